@@ -1,0 +1,40 @@
+# Settings that hold for every target of the project.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The host loads modules from its own directory, so everything that runs stands in one folder.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+
+# Relative run paths let the folder be moved or copied as a whole.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_BUILD_RPATH "$ORIGIN")
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib")
+
+# Exceptions name their source file: from the top of the repository, wherever that was checked out.
+add_compile_options("-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build configuration" FORCE)
+endif()
+
+if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(LUTESTSUITE_CCACHE ccache)
+    if(LUTESTSUITE_CCACHE)
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${LUTESTSUITE_CCACHE}")
+    endif()
+endif()
+
+if(WIN32)
+    # Names as on the home platform: LbBase.dll, not libLbBase.dll.
+    set(CMAKE_SHARED_LIBRARY_PREFIX "")
+elseif(NOT LUTESTSUITE_SANITIZERS)
+    # A missing symbol must fail here and not when a module is loaded. Sanitizer run-times are resolved late on purpose.
+    add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-Wl,--no-undefined>)
+endif()

@@ -1,0 +1,38 @@
+# Everything the project takes from outside. scripts/setup installs all of it on Debian.
+
+find_package(Threads REQUIRED)
+
+find_package(pugixml CONFIG QUIET)
+if(NOT pugixml_FOUND)
+    if(CMAKE_CROSSCOMPILING)
+        message(FATAL_ERROR "pugixml for MinGW is missing. Run: scripts/setup windows")
+    endif()
+    message(FATAL_ERROR "pugixml is missing. Run: scripts/setup linux")
+endif()
+
+# libgomp is not instrumented: under the thread sanitizer every parallel region would be reported.
+if(NOT "thread" IN_LIST LUTESTSUITE_SANITIZERS)
+    find_package(OpenMP QUIET COMPONENTS CXX)
+endif()
+
+# A module in a sub-folder does not find a zlib1.dll beside the host, hence the static library on Windows.
+if(WIN32)
+    set(ZLIB_USE_STATIC_LIBS ON)
+endif()
+if(LUTESTSUITE_BUILD_EXAMPLES)
+    find_package(ZLIB REQUIRED)
+endif()
+
+if(BUILD_TESTING OR LUTESTSUITE_BUILD_BENCHMARKS)
+    set(LUTESTSUITE_GOOGLETEST_SOURCE "/usr/src/googletest" CACHE PATH "GoogleTest sources, built for both platforms")
+    if(EXISTS "${LUTESTSUITE_GOOGLETEST_SOURCE}/CMakeLists.txt")
+        set(INSTALL_GTEST OFF)
+        add_subdirectory("${LUTESTSUITE_GOOGLETEST_SOURCE}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
+    else()
+        find_package(GTest CONFIG REQUIRED)
+    endif()
+endif()
+
+if(LUTESTSUITE_BUILD_BENCHMARKS)
+    find_package(benchmark CONFIG REQUIRED)
+endif()

@@ -1,0 +1,23 @@
+# Read by ctest: asks a GoogleTest program for its suites and makes one test of each.
+# Expects: program, emulator, name.
+
+if(NOT EXISTS "${program}")
+    add_test("${name}_NOT_BUILT" "${program}")
+    return()
+endif()
+
+get_filename_component(directory "${program}" DIRECTORY)
+execute_process(COMMAND "${emulator}" "${program}" --gtest_list_tests
+    WORKING_DIRECTORY "${directory}" OUTPUT_VARIABLE listing RESULT_VARIABLE status TIMEOUT 120)
+if(NOT status EQUAL 0)
+    add_test("${name}_NOT_LISTED" "${emulator}" "${program}" --gtest_list_tests)
+    return()
+endif()
+
+# A suite stands at the beginning of a line and ends in a dot; its tests follow indented.
+string(REGEX MATCHALL "(^|\n)[^ \r\n]+\\." suites "${listing}")
+foreach(suite IN LISTS suites)
+    string(STRIP "${suite}" suite)
+    add_test("${name}.${suite}*" "${emulator}" "${program}" "--gtest_filter=${suite}*")
+    set_tests_properties("${name}.${suite}*" PROPERTIES WORKING_DIRECTORY "${directory}" TIMEOUT 600)
+endforeach()

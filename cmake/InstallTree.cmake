@@ -1,0 +1,28 @@
+# The install tree: what find_package(LuTestSuite CONFIG) of another project gets.
+
+include(CMakePackageConfigHelpers)
+
+set(package_directory lib/cmake/LuTestSuite)
+
+install(TARGETS LbBase LuTestSuite LuTestSuiteCLI EXPORT LuTestSuiteTargets
+    RUNTIME DESTINATION bin LIBRARY DESTINATION lib ARCHIVE DESTINATION lib)
+install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION bin)
+install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION ${package_directory})
+
+# Of the seam only the platform marks are public; the rooms below testing/lutestsuite are private.
+file(GLOB headers CONFIGURE_DEPENDS base/*.h)
+install(FILES ${headers} DESTINATION include/base)
+install(FILES base/os/platform.h DESTINATION include/base/os)
+file(GLOB headers CONFIGURE_DEPENDS testing/lutestsuite/*.h)
+install(FILES ${headers} DESTINATION include/testing/lutestsuite)
+
+set(runtime_dll_names "")
+foreach(dll IN LISTS LUTESTSUITE_RUNTIME_DLLS)
+    cmake_path(GET dll FILENAME name)
+    list(APPEND runtime_dll_names ${name})
+endforeach()
+configure_package_config_file(cmake/LuTestSuiteConfig.cmake.in LuTestSuiteConfig.cmake
+    INSTALL_DESTINATION ${package_directory})
+write_basic_package_version_file(LuTestSuiteConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/LuTestSuiteConfig.cmake" "${PROJECT_BINARY_DIR}/LuTestSuiteConfigVersion.cmake"
+    cmake/LuTestSuiteAddModule.cmake DESTINATION ${package_directory})

@@ -1,0 +1,61 @@
+# Commands for projects that build test modules; used by this project itself and by projects that find it installed.
+
+include_guard(GLOBAL)
+
+# lutestsuite_add_module(<name> [FOLDER <folder>] [OUTPUT_DIRECTORY <directory>] <source>...)
+#
+# Builds a test module: a shared library "<name>.dll" or "<name>.so" (nothing in front of the name) that links LbBase.
+# It is put into OUTPUT_DIRECTORY, by default CMAKE_LIBRARY_OUTPUT_DIRECTORY or else ${CMAKE_BINARY_DIR}/bin. With
+# FOLDER it is put into that sub-folder and loaded as "<folder>/<name>".
+function(lutestsuite_add_module name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;OUTPUT_DIRECTORY" "")
+
+    if(NOT arg_OUTPUT_DIRECTORY)
+        lutestsuite_default_module_directory(arg_OUTPUT_DIRECTORY)
+    endif()
+    set(run_path "$ORIGIN")
+    if(arg_FOLDER)
+        string(APPEND arg_OUTPUT_DIRECTORY "/${arg_FOLDER}")
+        string(REGEX REPLACE "[^/]+" ".." up "${arg_FOLDER}")
+        list(APPEND run_path "$ORIGIN/${up}")
+    endif()
+
+    add_library(${name} MODULE ${arg_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE LuTestSuite::LbBase)
+    set_target_properties(${name} PROPERTIES
+        PREFIX ""
+        LIBRARY_OUTPUT_DIRECTORY "${arg_OUTPUT_DIRECTORY}"
+        BUILD_RPATH_USE_ORIGIN ON
+        BUILD_RPATH "${run_path}"
+        INSTALL_RPATH "${run_path}")
+    if(NOT WIN32)
+        set_target_properties(${name} PROPERTIES SUFFIX ".so")
+    endif()
+endfunction()
+
+# lutestsuite_deploy_host([<directory>])
+#
+# Copies the installed host and the shared libraries it needs into a directory, by default the one that
+# lutestsuite_add_module uses. The host looks for modules beside itself, so this makes the directory ready to run.
+function(lutestsuite_deploy_host)
+    if(ARGC GREATER 0)
+        set(directory "${ARGV0}")
+    else()
+        lutestsuite_default_module_directory(directory)
+    endif()
+
+    set(files "$<TARGET_FILE:LuTestSuite::LuTestSuiteCLI>" "$<TARGET_FILE:LuTestSuite::LuTestSuite>"
+        "$<TARGET_FILE:LuTestSuite::LbBase>" ${LUTESTSUITE_RUNTIME_DLLS})
+    add_custom_target(lutestsuite_host ALL
+        COMMAND "${CMAKE_COMMAND}" -E make_directory "${directory}"
+        COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${files} "${directory}"
+        COMMENT "Copying the LuTestSuite host to ${directory}" VERBATIM)
+endfunction()
+
+function(lutestsuite_default_module_directory result)
+    if(CMAKE_LIBRARY_OUTPUT_DIRECTORY)
+        set(${result} "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}" PARENT_SCOPE)
+    else()
+        set(${result} "${CMAKE_BINARY_DIR}/bin" PARENT_SCOPE)
+    endif()
+endfunction()

@@ -1,0 +1,7 @@
+# Sanitizers apply to every target, GoogleTest included: a mixture reports false positives.
+
+if(LUTESTSUITE_SANITIZERS)
+    list(JOIN LUTESTSUITE_SANITIZERS "," sanitizers)
+    add_compile_options(-fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${sanitizers})
+endif()

@@ -1,0 +1,58 @@
+"""Includes go down only. The table says on which floor a file stands; the first pattern that fits decides."""
+
+import fnmatch
+
+SUITE = "testing/lutestsuite/"
+
+FLOORS = [
+    # What the seam itself stands on: export marks, how it fails, and text conversion.
+    ("base/lbexport.h", 0),
+    ("base/lbexception.*", 0),
+    ("base/lbencoding.*", 0),
+    ("base/os/*", 0),
+    ("base/*", 1),
+    # Public headers: records, and operations that are declared here and defined in the room whose subject they are.
+    (SUITE + "lutestsuiteexport.h", 2),
+    (SUITE + "lutestsuiteout.*", 2),
+    (SUITE + "lutestsuitesetup.*", 2),
+    (SUITE + "lutestsuiterun.*", 2),
+    (SUITE + "*.h", 3),
+    (SUITE + "heap/*", 4),
+    (SUITE + "lutestsuiteheaptracker.cpp", 4),
+    (SUITE + "lutestsuiteenvironment.cpp", 4),
+    (SUITE + "lutestsuitetree.cpp", 4),
+    # The entry that picks the mode, and the auxiliary modes, stand above the run and its reports.
+    (SUITE + "modes/*", 7),
+    (SUITE + "utils/*", 4),
+    (SUITE + "run/*", 5),
+    (SUITE + "report/*", 6),
+    ("testing/lutestsuitecli/*", 8),
+]
+
+
+def floor_of(name):
+    for pattern, floor in FLOORS:
+        # A "*" must not reach into a sub-folder, or the public headers would swallow the rooms.
+        if fnmatch.fnmatchcase(name, pattern) and name.count("/") == pattern.count("/"):
+            return floor
+    return None
+
+
+def check(tree):
+    known = set(tree.files)
+    for name in tree.sources():
+        if not name.startswith(("base/", "testing/")):
+            continue
+        floor = floor_of(name)
+        if floor is None:
+            yield f"{name}: stands on no floor; scripts/house/floors.py must name its room"
+            continue
+        for line, included in tree.includes_of(name):
+            if included.startswith(("examples/", "tests/", "benchmarks/")):
+                yield f"{name}:{line}: includes {included}, which is not part of the product"
+            elif included in known:
+                target = floor_of(included)
+                if target is not None and target > floor:
+                    yield f"{name}:{line}: floor {floor} includes {included} of floor {target}"
+            elif included.startswith(("base/", "testing/")):
+                yield f"{name}:{line}: includes {included}, which does not exist"

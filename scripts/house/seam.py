@@ -1,0 +1,40 @@
+"""Operating-system code stays in base/os, and one header there includes <windows.h>."""
+
+import re
+
+ROOM = "base/os/"
+
+SWITCH = re.compile(
+    r"\b(_?_?WIN(?:32|64)(?:__)?|__linux(?:__)?|__unix(?:__)?|__APPLE__|__MINGW\w*|__CYGWIN__|_MSC_VER|__GLIBC\w*)\b"
+)
+PLATFORM_HEADER = re.compile(
+    r"(?:sys|linux|asm|arpa|netinet)/.*"
+    r"|win\w*\.h"
+    r"|(?:unistd|dlfcn|pthread|fcntl|signal|dirent|poll|spawn|sched|semaphore|termios|link|execinfo|pwd|grp|elf"
+    r"|ucontext|ftw|glob|fnmatch|langinfo|syslog|wait|netdb|io|direct|process|conio|psapi|tlhelp32|shellapi|shlobj"
+    r"|shlwapi|objbase|combaseapi|rpc|bcrypt|dbghelp|crtdbg|malloc|intrin|d3d9)\.h",
+    re.IGNORECASE,
+)
+
+
+def check(tree):
+    windows_headers = []
+    for name in tree.sources():
+        for line, included in tree.includes_of(name):
+            if included.lower() == "windows.h" and name.startswith(ROOM):
+                if name.endswith(".h"):
+                    windows_headers.append(name)
+                else:
+                    yield f"{name}:{line}: includes <windows.h> itself; take the seam's own header"
+            elif PLATFORM_HEADER.fullmatch(included) and not name.startswith(ROOM):
+                yield f"{name}:{line}: includes <{included}> outside {ROOM}"
+        if not name.startswith(ROOM):
+            yield from _switches(tree, name)
+    if len(windows_headers) > 1:
+        yield f"{ROOM}: more than one header includes <windows.h>: {', '.join(windows_headers)}"
+
+
+def _switches(tree, name):
+    for number, line in enumerate(tree.code_of(name).splitlines(), 1):
+        for match in SWITCH.finditer(line):
+            yield f"{name}:{number}: platform switch {match[0]} outside {ROOM}"

@@ -1,0 +1,68 @@
+"""The files under check, and C++ text without what a rule must not trip over."""
+
+import functools
+import os
+import pathlib
+import re
+import subprocess
+
+# Compared byte for byte by tests, or input of tests: their bytes are as they must be.
+DATA = ("examples/data/", "tests/data/", "tests/golden/", "tests/install/outside/data/")
+
+_NOISE = re.compile(
+    r'(?P<raw>R"(?P<mark>[^()\s\\]{0,16})\(.*?\)(?P=mark)")'
+    r"|(?P<comment>//[^\n]*|/\*.*?\*/)"
+    r'|(?P<string>"(?:\\.|[^"\\\n])*")'
+    r"|(?P<character>(?<![0-9A-Za-z_])(?:L|u8|u|U)?'(?:\\.|[^'\\\n])+')",
+    re.DOTALL,
+)
+
+
+class Tree:
+    """A checkout, or any folder: what git would commit, or every file where there is no git."""
+
+    def __init__(self, root: pathlib.Path) -> None:
+        self.root = root.resolve()
+        self.files = sorted(name for name in self._names() if (self.root / name).is_file())
+
+    def _names(self) -> list[str]:
+        if (self.root / ".git").exists():
+            command = ["git", "-c", "safe.directory=*", "ls-files", "-z", "--cached", "--others", "--exclude-standard"]
+            listing = subprocess.run(command, cwd=self.root, check=True, capture_output=True).stdout
+            return sorted({name for name in os.fsdecode(listing).split("\0") if name})
+        found = (path.relative_to(self.root) for path in self.root.rglob("*"))
+        return [path.as_posix() for path in found if path.parts[0] != "build"]
+
+    def sources(self) -> list[str]:
+        return [name for name in self.files if name.endswith((".h", ".cpp")) and not is_data(name)]
+
+    def headers(self) -> list[str]:
+        return [name for name in self.sources() if name.endswith(".h")]
+
+    @functools.cache
+    def bytes_of(self, name: str) -> bytes:
+        return (self.root / name).read_bytes()
+
+    def text_of(self, name: str) -> str:
+        return self.bytes_of(name).decode("utf-8", "replace")
+
+    def includes_of(self, name: str) -> list[tuple[int, str]]:
+        """Line number and text between quotes or brackets of each include line."""
+        pattern = re.compile(r'^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">]', re.MULTILINE)
+        text = self.text_of(name)
+        return [(text.count("\n", 0, match.start()) + 1, match[1]) for match in pattern.finditer(text)]
+
+    @functools.cache
+    def code_of(self, name: str) -> str:
+        """The text with comments and literals blanked; line numbers stay."""
+        return _NOISE.sub(lambda match: _blank(match), self.text_of(name))
+
+
+def _blank(match: re.Match) -> str:
+    # Quotes stay, so that a literal still counts as something.
+    quotes = "" if match["comment"] else '""'
+    return quotes + "\n" * match[0].count("\n")
+
+
+def is_data(name: str) -> bool:
+    return name.startswith(DATA)
