@@ -1,0 +1,25 @@
+/// Optional interface of unit tests: options for debugging.
+#pragma once
+
+#include <cstdint>
+
+#include "base/lbexport.h"
+
+/// Implemented by a class next to LuUnitTest. The runner asks and sets before each case, on the case's thread.
+class LB_API IDebugging
+{
+public:
+    enum EOption : std::uint32_t
+    {
+        eO_VerboseOutput = 0,
+        eO_DebuggingSerialization = 1,
+        eO_PredefinedBreakPoints = 2
+    };
+
+    virtual ~IDebugging();
+
+    virtual bool IsOptionSupported(EOption option) const = 0;
+
+    /// Called for supported options only.
+    virtual void SetOption(EOption option, bool value) = 0;
+};

@@ -1,0 +1,23 @@
+/// Assertions and the switch of their dialog.
+#pragma once
+
+#include "base/lbexport.h"
+
+namespace LbAssert
+{
+
+/// Whether a failed assertion shows a dialog (the default) or is only traced (LbDiagnostics). Any thread.
+LB_API void SetDialogEnabled(bool enabled) noexcept;
+LB_API bool IsDialogEnabled() noexcept;
+
+/// Handles a failed assertion: traces it; with the dialog enabled asks the user, who may go on, break or abort.
+LB_API void Fail(const char* condition, const char* file, int line);
+
+} // namespace LbAssert
+
+/// Checks a condition in debug builds; release builds do not evaluate it.
+#ifdef NDEBUG
+#define LB_ASSERT(Condition) static_cast<void>(sizeof(!(Condition)))
+#else
+#define LB_ASSERT(Condition) ((Condition) ? static_cast<void>(0) : LbAssert::Fail(#Condition, __FILE__, __LINE__))
+#endif

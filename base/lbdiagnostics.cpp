@@ -1,0 +1,60 @@
+#include "base/lbdiagnostics.h"
+
+#include <mutex>
+#include <utility>
+
+#include "base/lbcriticalsection.h"
+#include "base/os/process.h"
+
+namespace
+{
+
+/// Made on first use, since static objects of other modules may trace while they are made.
+struct SListening
+{
+    LbCriticalSection section;
+    std::function<void(const std::wstring&)> listener;
+    bool isBusy = false;
+};
+
+SListening& getListening()
+{
+    static SListening s_listening;
+    return s_listening;
+}
+
+/// Marks the listener as busy, so that a trace of its own cannot call it again without end.
+class CBusyScope
+{
+public:
+    explicit CBusyScope(bool& isBusy) : m_isBusy(isBusy) { m_isBusy = true; }
+    ~CBusyScope() { m_isBusy = false; }
+    CBusyScope(const CBusyScope&) = delete;
+    CBusyScope& operator=(const CBusyScope&) = delete;
+
+private:
+    bool& m_isBusy;
+};
+
+} // namespace
+
+void LbDiagnostics::Trace(const std::wstring& text)
+{
+    LbOs::TraceToSystem(text);
+    SListening& listening = getListening();
+    const LbCriticalSectionLock lock(listening.section);
+    if (listening.listener && !listening.isBusy)
+    {
+        const CBusyScope busy(listening.isBusy);
+        // A copy, since the listener may set another one.
+        const auto listener = listening.listener;
+        listener(text);
+    }
+}
+
+std::function<void(const std::wstring&)> LbDiagnostics::SetListener(std::function<void(const std::wstring&)> listener)
+{
+    SListening& listening = getListening();
+    const LbCriticalSectionLock lock(listening.section);
+    return std::exchange(listening.listener, std::move(listener));
+}

@@ -1,0 +1,216 @@
+#include "base/lbexception.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "base/lbencoding.h"
+
+namespace
+{
+
+/// Takes "Class::function" out of what the compiler calls a function: result, arguments, template parameters and
+/// qualifiers are left away, enclosing functions of a lambda are kept.
+class CFunctionName
+{
+public:
+    explicit CFunctionName(std::string_view signature) : m_signature(signature), m_rest(signature) {}
+
+    std::string Take()
+    {
+        while (!m_rest.empty() && !m_ended)
+        {
+            step();
+        }
+        return m_name.empty() ? std::string(m_signature) : std::move(m_name);
+    }
+
+private:
+    static constexpr std::string_view sc_operator = "operator";
+    static constexpr std::string_view sc_lambda = "<lambda";
+
+    void step()
+    {
+        const char next = m_rest.front();
+        if (startsOperator())
+        {
+            takeOperator();
+        }
+        else if (next == '(')
+        {
+            takeParenthesis();
+        }
+        else if (next == '<' || next == '{' || next == '[')
+        {
+            takeGroup();
+        }
+        else if (next == ' ')
+        {
+            dropResult();
+        }
+        else
+        {
+            take(1);
+        }
+    }
+
+    bool startsOperator() const
+    {
+        const bool atWord = m_name.empty() || m_name.ends_with("::");
+        return atWord && m_rest.starts_with(sc_operator) && m_rest.size() > sc_operator.size() &&
+               !isWordCharacter(m_rest[sc_operator.size()]);
+    }
+
+    /// Up to the arguments: "operator()", "operator<<", "operator bool", "operator std::function<void()>".
+    void takeOperator()
+    {
+        take(sc_operator.size());
+        const bool isConversion = m_rest.front() == ' ';
+        if (m_rest.starts_with("()"))
+        {
+            take(2);
+        }
+        while (!m_rest.empty() && m_rest.front() != '(')
+        {
+            take(isConversion && m_rest.front() == '<' ? getGroupLength(m_rest) : 1);
+        }
+    }
+
+    /// What stands in front of a space was a specifier or the result.
+    void dropResult()
+    {
+        const bool isExpression = m_name == "decltype";
+        m_name.clear();
+        m_rest.remove_prefix(1);
+        if (isExpression)
+        {
+            m_rest.remove_prefix(getGroupLength(m_rest));
+        }
+    }
+
+    void takeParenthesis()
+    {
+        if (m_name.empty())
+        {
+            // The result is a pointer or reference to a function or an array: the function's own name stands inside.
+            m_rest.remove_prefix(1);
+            return;
+        }
+        m_rest.remove_prefix(getGroupLength(m_rest));
+        skipToLocalName();
+    }
+
+    /// Behind arguments: the name is complete unless something local follows, perhaps behind qualifiers.
+    void skipToLocalName()
+    {
+        // A constraint may hold qualified names itself.
+        const std::size_t constraint = m_rest.find(" requires ");
+        std::size_t local = m_rest.find("::");
+        if (constraint < local)
+        {
+            local = m_rest.find("::<lambda");
+        }
+        m_ended = local == std::string_view::npos || m_rest.find('[') < local;
+        m_rest.remove_prefix(std::min(local, m_rest.size()));
+    }
+
+    void takeGroup()
+    {
+        const std::size_t length = getGroupLength(m_rest);
+        if (m_rest.starts_with(sc_lambda))
+        {
+            m_name += "<lambda>";
+            m_rest.remove_prefix(length);
+            skipToLocalName();
+        }
+        else if (m_rest.starts_with("["))
+        {
+            m_rest.remove_prefix(length);
+        }
+        else
+        {
+            take(length);
+        }
+    }
+
+    void take(std::size_t length)
+    {
+        m_name += m_rest.substr(0, length);
+        m_rest.remove_prefix(length);
+    }
+
+    static bool isWordCharacter(char character)
+    {
+        return character == '_' || (character >= '0' && character <= '9') || (character >= 'a' && character <= 'z') ||
+               (character >= 'A' && character <= 'Z');
+    }
+
+    /// Length of the bracketed piece at the begin of the text, nested ones of its kind included.
+    static std::size_t getGroupLength(std::string_view text)
+    {
+        constexpr std::string_view c_Opening = "(<[{";
+        constexpr std::string_view c_Closing = ")>]}";
+        const char opening = text.front();
+        const char closing = c_Closing[std::min(c_Opening.find(opening), c_Closing.size() - 1)];
+        std::size_t depth = 0;
+        for (std::size_t position = 0; position < text.size(); ++position)
+        {
+            if (text[position] == opening)
+            {
+                ++depth;
+            }
+            else if (text[position] == closing && --depth == 0)
+            {
+                return position + 1;
+            }
+        }
+        return text.size();
+    }
+
+    std::string_view m_signature;
+    std::string_view m_rest;
+    std::string m_name;
+    bool m_ended = false;
+};
+
+std::wstring getBareFileName(std::string_view path)
+{
+    const std::size_t separator = path.find_last_of("/\\");
+    std::string_view name = separator == std::string_view::npos ? path : path.substr(separator + 1);
+    const std::size_t dot = name.rfind('.');
+    if (dot != std::string_view::npos && dot > 0)
+    {
+        name = name.substr(0, dot);
+    }
+    return LbEncoding::FromUtf8(name);
+}
+
+std::string describe(const LbException& exception)
+{
+    const std::wstring place = L"(" + exception.GetSourceFile() + L"(" + std::to_wstring(exception.GetLine()) + L"): " +
+                               exception.GetFunction() + L")";
+    const std::wstring& message = exception.GetMessageText();
+    return LbEncoding::ToUtf8(message.empty() ? place : message + L" " + place);
+}
+
+} // namespace
+
+LbException::LbException(std::wstring message, std::source_location where)
+    : LbException(LbEncoding::FromUtf8(CFunctionName(where.function_name()).Take()).c_str(), std::move(message), where)
+{
+}
+
+LbException::LbException(const wchar_t* function, std::wstring message, std::source_location where)
+    : m_message(std::move(message)), m_sourceFile(getBareFileName(where.file_name())), m_function(function),
+      m_line(where.line())
+{
+    m_what = describe(*this);
+}
+
+LbException::~LbException() = default;
+
+const char* LbException::what() const noexcept
+{
+    return m_what.c_str();
+}

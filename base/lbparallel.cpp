@@ -1,0 +1,164 @@
+#include "base/lbparallel.h"
+
+#include <algorithm>
+#include <exception>
+#include <mutex>
+#include <vector>
+
+#include "base/lbthreadpool.h"
+
+namespace
+{
+
+using RangeFunction = std::function<void(std::int64_t, std::int64_t)>;
+
+/// One loop under way; lives on the caller's stack.
+class CLoop
+{
+public:
+    CLoop(std::int64_t first, std::int64_t last, const RangeFunction& body, unsigned threadCount)
+        : m_body(body), m_first(first), m_count(static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first)),
+          // Several ranges a thread, so that one that is held up does not hold up the others for long.
+          m_rangeSize(std::max<std::uint64_t>(1U, m_count / (std::uint64_t{threadCount} * sc_uiRangesPerThread))),
+          m_rangeCount((m_count - 1U) / m_rangeSize + 1U)
+    {
+    }
+
+    std::uint64_t GetRangeCount() const noexcept { return m_rangeCount; }
+
+    /// Takes ranges until none is left. Never throws.
+    void Work() noexcept;
+
+    void RethrowFailure() const
+    {
+        if (m_failure)
+        {
+            std::rethrow_exception(m_failure);
+        }
+    }
+
+private:
+    static constexpr unsigned sc_uiRangesPerThread = 8;
+
+    void runRange(std::uint64_t range) const;
+    void endEarly(std::exception_ptr failure) noexcept;
+
+    const RangeFunction& m_body;
+    const std::int64_t m_first;
+    const std::uint64_t m_count;
+    const std::uint64_t m_rangeSize;
+    const std::uint64_t m_rangeCount;
+    std::atomic<std::uint64_t> m_nextRange = 0;
+    std::mutex m_failureMutex;
+    std::exception_ptr m_failure;
+};
+
+void CLoop::Work() noexcept
+{
+    for (std::uint64_t range = m_nextRange++; range < m_rangeCount; range = m_nextRange++)
+    {
+        try
+        {
+            runRange(range);
+        }
+        catch (...)
+        {
+            endEarly(std::current_exception());
+        }
+    }
+}
+
+void CLoop::runRange(std::uint64_t range) const
+{
+    // In unsigned numbers, since a loop may span more than half of all values.
+    const std::uint64_t offset = range * m_rangeSize;
+    const std::uint64_t size = std::min(m_rangeSize, m_count - offset);
+    const std::uint64_t begin = static_cast<std::uint64_t>(m_first) + offset;
+    m_body(static_cast<std::int64_t>(begin), static_cast<std::int64_t>(begin + size));
+}
+
+void CLoop::endEarly(std::exception_ptr failure) noexcept
+{
+    m_nextRange = m_rangeCount;
+    const std::lock_guard lock(m_failureMutex);
+    if (!m_failure)
+    {
+        m_failure = std::move(failure);
+    }
+}
+
+/// The pool's part in a loop; ends before the loop does, whatever happens.
+class CHelpers : public INonCopyable
+{
+public:
+    CHelpers() = default;
+    ~CHelpers();
+
+    void Start(CLoop& loop, std::uint64_t count);
+
+private:
+    std::vector<LbThreadPool::CTask> m_tasks;
+};
+
+CHelpers::~CHelpers()
+{
+    for (const LbThreadPool::CTask& task : m_tasks)
+    {
+        // A helper that has not started by now is not needed; on a busy pool, to wait for it could be for ever.
+        if (!task.Cancel())
+        {
+            task.Wait();
+        }
+    }
+}
+
+void CHelpers::Start(CLoop& loop, std::uint64_t count)
+{
+    m_tasks.reserve(count);
+    while (m_tasks.size() < count)
+    {
+        m_tasks.push_back(LbThreadPool::GetInstance().Run([&loop] { loop.Work(); }));
+    }
+}
+
+} // namespace
+
+void LbParallel::ForRanges(std::int64_t first, std::int64_t last, const RangeFunction& body)
+{
+    if (first >= last)
+    {
+        return;
+    }
+    const unsigned threadCount = LbThreadPool::GetInstance().GetThreadCount();
+    CLoop loop(first, last, body, threadCount);
+
+    {
+        CHelpers helpers;
+        helpers.Start(loop, std::min<std::uint64_t>(threadCount, loop.GetRangeCount()) - 1U);
+        loop.Work();
+    }
+    loop.RethrowFailure();
+}
+
+void LbParallel::Invoke(std::initializer_list<std::function<void()>> functions)
+{
+    const std::function<void()>* const begin = functions.begin();
+    For(0, static_cast<std::int64_t>(functions.size()), [begin](std::int64_t index) { begin[index](); });
+}
+
+std::int64_t LbParallel::SumRange(std::int64_t first, std::int64_t last)
+{
+#ifdef _OPENMP
+    std::int64_t sum = 0;
+#pragma omp parallel for reduction(+ : sum)
+    for (std::int64_t index = first; index <= last; ++index)
+    {
+        sum += index;
+    }
+    return sum;
+#else
+    LbCombinable<std::int64_t> sums;
+    For(first, last + 1, [&sums](std::int64_t index) { sums.Local() += index; });
+    return sums.Combine([](std::int64_t left, std::int64_t right) { return left + right; });
+#endif
+}

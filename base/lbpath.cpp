@@ -1,0 +1,93 @@
+#include "base/lbpath.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "base/os/files.h"
+
+namespace
+{
+
+/// Length without the separators at the end.
+std::size_t getTrimmedLength(std::wstring_view path)
+{
+    return path.find_last_not_of(LbOs::c_PathSeparators) + 1;
+}
+
+/// Where the last component begins.
+std::size_t getLastStart(std::wstring_view path)
+{
+    return path.substr(0, getTrimmedLength(path)).find_last_of(LbOs::c_PathSeparators) + 1;
+}
+
+std::wstring withNativeSeparators(std::wstring_view path)
+{
+    std::wstring result(path);
+    std::replace_if(result.begin(), result.end(), LbPath::IsSeparator, LbPath::c_Separator);
+    return result;
+}
+
+bool isUnsafe(wchar_t character)
+{
+    constexpr std::wstring_view c_Reserved = L"\\/:*?\"<>|";
+    const auto code = static_cast<char32_t>(character);
+    return code < 0x20 || (code >= 0x7F && code < 0xA0) || c_Reserved.find(character) != std::wstring_view::npos;
+}
+
+} // namespace
+
+bool LbPath::IsSeparator(wchar_t character) noexcept
+{
+    return std::wstring_view(LbOs::c_PathSeparators).find(character) != std::wstring_view::npos;
+}
+
+std::wstring LbPath::WithSeparator(std::wstring_view path)
+{
+    std::wstring result = withNativeSeparators(path);
+    if (!result.empty() && result.back() != c_Separator)
+    {
+        result.push_back(c_Separator);
+    }
+    return result;
+}
+
+std::wstring LbPath::WithoutSeparator(std::wstring_view path)
+{
+    if (!path.empty() && IsSeparator(path.back()))
+    {
+        path.remove_suffix(1);
+    }
+    return withNativeSeparators(path);
+}
+
+std::wstring LbPath::GetLastComponent(std::wstring_view path)
+{
+    const std::size_t start = getLastStart(path);
+    return std::wstring(path.substr(start, getTrimmedLength(path) - start));
+}
+
+std::wstring LbPath::GetParent(std::wstring_view path)
+{
+    return withNativeSeparators(path.substr(0, getLastStart(path)));
+}
+
+std::wstring LbPath::ToNative(std::wstring_view path)
+{
+    std::wstring result(path);
+    std::replace_if(
+        result.begin(), result.end(), [](wchar_t character) { return character == L'/' || character == L'\\'; },
+        c_Separator);
+    return result;
+}
+
+bool LbPath::IsAbsolute(std::wstring_view path) noexcept
+{
+    return LbOs::IsAbsolutePath(path);
+}
+
+std::wstring LbPath::ToSafeName(std::wstring_view name)
+{
+    std::wstring result(name);
+    std::replace_if(result.begin(), result.end(), isUnsafe, L'_');
+    return result;
+}

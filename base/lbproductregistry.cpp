@@ -1,0 +1,58 @@
+#include "base/lbproductregistry.h"
+
+#include <algorithm>
+#include <mutex>
+
+namespace
+{
+
+/// Made on first use, since static objects of other modules may enter products while they are made.
+struct SProducts
+{
+    std::mutex mutex;
+    std::vector<LbProductRegistry::SProduct> products;
+
+    auto Find(const std::wstring& name)
+    {
+        return std::find_if(products.begin(), products.end(),
+                            [&name](const LbProductRegistry::SProduct& product) { return product.name == name; });
+    }
+};
+
+SProducts& getProducts()
+{
+    static SProducts s_products;
+    return s_products;
+}
+
+} // namespace
+
+void LbProductRegistry::Register(const std::wstring& name, const std::wstring& version)
+{
+    SProducts& registry = getProducts();
+    const std::lock_guard lock(registry.mutex);
+    const auto found = registry.Find(name);
+    if (found != registry.products.end())
+    {
+        found->version = version;
+    }
+    else
+    {
+        registry.products.push_back({name, version});
+    }
+}
+
+std::optional<LbProductRegistry::SProduct> LbProductRegistry::Find(const std::wstring& name)
+{
+    SProducts& registry = getProducts();
+    const std::lock_guard lock(registry.mutex);
+    const auto found = registry.Find(name);
+    return found != registry.products.end() ? std::optional(*found) : std::nullopt;
+}
+
+std::vector<LbProductRegistry::SProduct> LbProductRegistry::GetAll()
+{
+    SProducts& registry = getProducts();
+    const std::lock_guard lock(registry.mutex);
+    return registry.products;
+}

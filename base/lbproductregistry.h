@@ -1,0 +1,28 @@
+/// What product the process runs.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/lbexport.h"
+
+namespace LbProductRegistry
+{
+
+struct SProduct
+{
+    std::wstring name;
+    std::wstring version;
+};
+
+/// Enters a product; one of the same name is replaced. Any thread.
+LB_API void Register(const std::wstring& name, const std::wstring& version);
+
+/// The product of that name, if it was entered.
+LB_API std::optional<SProduct> Find(const std::wstring& name);
+
+/// All products in the order in which they were first entered.
+LB_API std::vector<SProduct> GetAll();
+
+} // namespace LbProductRegistry

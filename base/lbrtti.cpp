@@ -1,0 +1,99 @@
+#include "base/lbrtti.h"
+
+#include <algorithm>
+#include <mutex>
+#include <unordered_map>
+
+#include "base/lbdiagnostics.h"
+
+namespace
+{
+
+/// All records by name. Those that share a name stand in the order of their registration; the first is found.
+struct SRegistry
+{
+    // Held for one hash lookup at a time, which is why readers do not get a shared lock: that costs more than it saves.
+    std::mutex mutex;
+    std::unordered_map<std::wstring, std::vector<const LbRTTI*>> records;
+};
+
+SRegistry& getRegistry()
+{
+    // Made by the first record, whichever module it stands in, and never destroyed: records leave while modules are
+    // unloaded and at the end of the process, in an order that nobody knows.
+    static SRegistry& registry = *new SRegistry;
+    return registry;
+}
+
+} // namespace
+
+LbRTTI::LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create)
+    : m_name(name), m_base(base), m_create(create)
+{
+    bool isTaken = false;
+    {
+        SRegistry& registry = getRegistry();
+        const std::lock_guard lock(registry.mutex);
+        std::vector<const LbRTTI*>& namesakes = registry.records[m_name];
+        isTaken = !namesakes.empty();
+        namesakes.push_back(this);
+    }
+    if (isTaken)
+    {
+        LbDiagnostics::Trace(LbFormat(L"LbRTTI: class '%s' is registered more than once", m_name));
+    }
+}
+
+LbRTTI::~LbRTTI()
+{
+    SRegistry& registry = getRegistry();
+    const std::lock_guard lock(registry.mutex);
+    const auto entry = registry.records.find(m_name);
+    std::erase(entry->second, this);
+    if (entry->second.empty())
+    {
+        registry.records.erase(entry);
+    }
+}
+
+bool LbRTTI::IsDerivedFrom(const LbRTTI& type) const noexcept
+{
+    const LbRTTI* current = this;
+    while (current != nullptr && current != &type)
+    {
+        current = current->m_base;
+    }
+    return current != nullptr;
+}
+
+const LbRTTI* LbRTTI::Find(const std::wstring& name)
+{
+    SRegistry& registry = getRegistry();
+    const std::lock_guard lock(registry.mutex);
+    const auto entry = registry.records.find(name);
+    return entry == registry.records.end() ? nullptr : entry->second.front();
+}
+
+LbRTTI::CreateFunction LbRTTI::getCreate(const std::wstring& name)
+{
+    const LbRTTI* const record = Find(name);
+    return record == nullptr ? nullptr : record->GetCreate();
+}
+
+std::vector<const LbRTTI*> LbRTTI::FindDerived(const LbRTTI& type)
+{
+    std::vector<const LbRTTI*> found;
+    {
+        SRegistry& registry = getRegistry();
+        const std::lock_guard lock(registry.mutex);
+        for (const auto& [name, namesakes] : registry.records)
+        {
+            if (namesakes.front()->IsDerivedFrom(type))
+            {
+                found.push_back(namesakes.front());
+            }
+        }
+    }
+    std::ranges::sort(found, {}, &LbRTTI::GetName);
+    return found;
+}

@@ -1,0 +1,252 @@
+#include "base/lbthreadpool.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "base/os/process.h"
+
+namespace
+{
+
+/// True between the first use of the pool and its shut-down.
+std::atomic<bool> s_exists = false;
+
+thread_local bool t_isPoolThread = false;
+
+} // namespace
+
+struct LbThreadPool::CTask::SState
+{
+    explicit SState(std::function<void()> task) : function(std::move(task)) {}
+
+    /// Runs the task, unless another thread has taken it.
+    void Run();
+    void Wait();
+    bool Cancel();
+
+    void End(std::exception_ptr caught);
+
+    std::function<void()> function;
+    std::atomic<bool> isTaken = false;
+
+    std::mutex mutex;
+    std::condition_variable ended;
+    bool hasEnded = false;
+    std::exception_ptr failure;
+};
+
+void LbThreadPool::CTask::SState::Run()
+{
+    if (isTaken.exchange(true))
+    {
+        return;
+    }
+    std::exception_ptr caught;
+    try
+    {
+        function();
+    }
+    catch (...)
+    {
+        caught = std::current_exception();
+    }
+    End(std::move(caught));
+}
+
+void LbThreadPool::CTask::SState::End(std::exception_ptr caught)
+{
+    // What the task has captured is released before anyone goes on who waited for it.
+    function = nullptr;
+
+    const std::lock_guard lock(mutex);
+    failure = std::move(caught);
+    hasEnded = true;
+    ended.notify_all();
+}
+
+bool LbThreadPool::CTask::SState::Cancel()
+{
+    if (isTaken.exchange(true))
+    {
+        return false;
+    }
+    End(nullptr);
+    return true;
+}
+
+void LbThreadPool::CTask::SState::Wait()
+{
+    if (t_isPoolThread)
+    {
+        // All other pool threads may be waiting as this one is about to: then nobody is left to start the task.
+        Run();
+    }
+    std::unique_lock lock(mutex);
+    ended.wait(lock, [this] { return hasEnded; });
+    if (failure)
+    {
+        std::rethrow_exception(failure);
+    }
+}
+
+struct LbThreadPool::SShared
+{
+    void Start();
+    void Stop();
+    void Work();
+
+    const unsigned threadCount = std::max(1U, std::thread::hardware_concurrency());
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::shared_ptr<CTask::SState>> queue;
+    std::vector<std::thread> threads;
+    unsigned running = 0; ///< tasks that threads are at
+    bool isStopping = false;
+
+    std::mutex stopMutex; ///< one shut-down at a time
+};
+
+/// Starts the threads if there are none. Called with the mutex held.
+void LbThreadPool::SShared::Start()
+{
+    if (!threads.empty())
+    {
+        return;
+    }
+    threads.reserve(threadCount);
+    try
+    {
+        while (threads.size() < threadCount)
+        {
+            threads.emplace_back([this] { Work(); });
+        }
+    }
+    catch (const std::system_error&)
+    {
+        // A system short of threads: fewer of them do the work as well.
+        if (threads.empty())
+        {
+            throw;
+        }
+    }
+}
+
+void LbThreadPool::SShared::Work()
+{
+    t_isPoolThread = true;
+    LbOs::SetCurrentThreadName(L"LbThreadPool");
+    std::unique_lock lock(mutex);
+    for (;;)
+    {
+        // While a task runs it may hand in others, so no thread leaves before the last one has ended.
+        changed.wait(lock, [this] { return !queue.empty() || (isStopping && running == 0); });
+        if (queue.empty())
+        {
+            return;
+        }
+        std::shared_ptr<CTask::SState> task = std::move(queue.front());
+        queue.pop_front();
+        ++running;
+        lock.unlock();
+        task->Run();
+        task.reset();
+        lock.lock();
+        --running;
+        if (isStopping && running == 0)
+        {
+            changed.notify_all();
+        }
+    }
+}
+
+void LbThreadPool::SShared::Stop()
+{
+    const std::lock_guard stopLock(stopMutex);
+    {
+        const std::lock_guard lock(mutex);
+        isStopping = true;
+        changed.notify_all();
+    }
+    // Unlocked, but nobody changes the list meanwhile: as long as it is not empty, tasks handed in start no new threads.
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    const std::lock_guard lock(mutex);
+    threads.clear();
+    isStopping = false;
+}
+
+void LbThreadPool::CTask::Wait() const
+{
+    if (m_state)
+    {
+        m_state->Wait();
+    }
+}
+
+bool LbThreadPool::CTask::Cancel() const
+{
+    if (!m_state || !m_state->Cancel())
+    {
+        return false;
+    }
+    SShared& shared = *GetInstance().m_shared;
+    const std::lock_guard lock(shared.mutex);
+    std::erase(shared.queue, m_state);
+    return true;
+}
+
+LbThreadPool::LbThreadPool() : m_shared(std::make_unique<SShared>())
+{
+}
+
+LbThreadPool::~LbThreadPool() = default;
+
+LbThreadPool& LbThreadPool::GetInstance()
+{
+    // Never destroyed: a process that ends without a shut-down must neither wait for threads, which the system may have
+    // ended already, nor take the pool away from those that still run.
+    static LbThreadPool& pool = *new LbThreadPool;
+    s_exists = true;
+    return pool;
+}
+
+bool LbThreadPool::Exists()
+{
+    return s_exists;
+}
+
+void LbThreadPool::Shutdown()
+{
+    if (s_exists)
+    {
+        GetInstance().m_shared->Stop();
+        s_exists = false;
+    }
+}
+
+LbThreadPool::CTask LbThreadPool::Run(std::function<void()> function)
+{
+    CTask task;
+    task.m_state = std::make_shared<CTask::SState>(std::move(function));
+    const std::lock_guard lock(m_shared->mutex);
+    m_shared->Start();
+    m_shared->queue.push_back(task.m_state);
+    m_shared->changed.notify_one();
+    return task;
+}
+
+unsigned LbThreadPool::GetThreadCount() const noexcept
+{
+    return m_shared->threadCount;
+}

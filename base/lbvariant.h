@@ -1,0 +1,44 @@
+/// A value of one of a few types, with conversions that know when they fail.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "base/lbexport.h"
+
+/// Null, bool, 32- or 64-bit integer, double or wide text. A plain value: copied freely, one thread at a time.
+class LB_API LbVariant
+{
+public:
+    LbVariant() = default;
+    LbVariant(bool value) : m_value(value) {}
+    LbVariant(std::int32_t value) : m_value(value) {}
+    LbVariant(std::uint32_t value) : m_value(value) {}
+    LbVariant(std::int64_t value) : m_value(value) {}
+    LbVariant(std::uint64_t value) : m_value(value) {}
+    LbVariant(double value) : m_value(value) {}
+    LbVariant(std::wstring value) : m_value(std::move(value)) {}
+    LbVariant(const wchar_t* value) : m_value(std::wstring(value)) {}
+
+    bool IsNull() const noexcept { return std::holds_alternative<std::monostate>(m_value); }
+
+    /// Bool: itself; numbers: not zero; texts: exactly "true" or "false". Nothing for null and all other texts.
+    std::optional<bool> ToBool() const;
+
+    /// Numbers within the range of the result, without a fraction; bools as 0 and 1; texts made of decimal digits only
+    /// within the range. Nothing for all else.
+    std::optional<std::uint32_t> ToUInt32() const;
+    std::optional<std::uint64_t> ToUInt64() const;
+
+    /// Numbers in decimal, bools as "true" and "false", null as the empty text.
+    std::wstring ToString() const;
+
+    friend bool operator==(const LbVariant&, const LbVariant&) = default;
+
+private:
+    std::variant<std::monostate, bool, std::int32_t, std::uint32_t, std::int64_t, std::uint64_t, double, std::wstring>
+        m_value;
+};

@@ -1,0 +1,34 @@
+#include "base/ludebugserialization.h"
+
+#include <mutex>
+
+namespace
+{
+
+struct SDirectory
+{
+    std::mutex mutex;
+    std::wstring path;
+};
+
+SDirectory& getDirectory()
+{
+    static SDirectory s_directory;
+    return s_directory;
+}
+
+} // namespace
+
+void LuDebugSerializationGeneric::SetDefaultOutputDirectory(const std::wstring& directory)
+{
+    SDirectory& state = getDirectory();
+    const std::lock_guard lock(state.mutex);
+    state.path = directory;
+}
+
+std::wstring LuDebugSerializationGeneric::GetDefaultOutputDirectory()
+{
+    SDirectory& state = getDirectory();
+    const std::lock_guard lock(state.mutex);
+    return state.path;
+}

@@ -1,0 +1,29 @@
+/// Wall-clock time and random bytes of the system.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/lbexport.h"
+
+namespace LbOs
+{
+
+/// A point of local time, broken down.
+struct SLocalTime
+{
+    int year;   ///< e.g. 2024
+    int month;  ///< 1 to 12
+    int day;    ///< 1 to 31
+    int hour;   ///< 0 to 23
+    int minute; ///< 0 to 59
+    int second; ///< 0 to 60
+};
+
+/// The present local time. Any thread.
+LB_API SLocalTime GetLocalTimeNow();
+
+/// Fills `buffer` from the system's random source. Throws LbException when there is none. Any thread.
+LB_API void FillRandom(void* buffer, std::size_t size);
+
+} // namespace LbOs

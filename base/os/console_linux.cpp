@@ -1,0 +1,91 @@
+#include "base/os/console.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+#include <stdio_ext.h>
+#include <unistd.h>
+
+#include "base/lbencoding.h"
+
+namespace
+{
+
+/// Keeps the signal for a pipe without reader away from a scope: it would end the process, where lost output should
+/// not.
+class CPipeSignalBlock
+{
+public:
+    CPipeSignalBlock()
+    {
+        sigemptyset(&m_pipe);
+        sigaddset(&m_pipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &m_pipe, &m_former);
+    }
+
+    ~CPipeSignalBlock() { pthread_sigmask(SIG_SETMASK, &m_former, nullptr); }
+
+    CPipeSignalBlock(const CPipeSignalBlock&) = delete;
+    CPipeSignalBlock& operator=(const CPipeSignalBlock&) = delete;
+
+    /// Takes a signal that has come meanwhile, unless the caller had it blocked and may wait for one of its own.
+    void Discard() const
+    {
+        if (sigismember(&m_former, SIGPIPE) == 0)
+        {
+            const timespec noWait = {};
+            sigtimedwait(&m_pipe, nullptr, &noWait);
+        }
+    }
+
+private:
+    sigset_t m_pipe = {};
+    sigset_t m_former = {};
+};
+
+void writeStream(std::FILE* stream, std::string_view bytes)
+{
+    const CPipeSignalBlock block;
+    std::fwrite(bytes.data(), 1, bytes.size(), stream);
+    if (std::fflush(stream) != 0 || std::ferror(stream) != 0)
+    {
+        // Else the stream would keep the bytes and try them again with each later call.
+        __fpurge(stream);
+        std::clearerr(stream);
+        block.Discard();
+    }
+}
+
+} // namespace
+
+std::uint32_t LbOs::GetConsoleCodePage()
+{
+    return 0;
+}
+
+void LbOs::SetConsoleCodePage(std::uint32_t /*codePage*/) {}
+
+void LbOs::WriteStandardOutput(std::string_view bytes)
+{
+    writeStream(stdout, bytes);
+}
+
+void LbOs::WriteStandardError(std::string_view bytes)
+{
+    writeStream(stderr, bytes);
+}
+
+bool LbOs::EnableTerminalSequences()
+{
+    const std::wstring terminal = GetEnvironmentText(L"TERM");
+    return isatty(STDOUT_FILENO) == 1 && !terminal.empty() && terminal != L"dumb";
+}
+
+std::wstring LbOs::GetEnvironmentText(const wchar_t* name)
+{
+    const char* const value = std::getenv(LbEncoding::ToNative(name).c_str());
+    return value == nullptr ? std::wstring() : LbEncoding::FromNative(value);
+}

@@ -1,0 +1,85 @@
+/// Files, directories and the places of the process. Paths are native: the platform's separator, any length the system
+/// takes. Unless stated otherwise a failed call has no effect and may be repeated; all calls are thread-safe except
+/// that the working directory is one per process.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "base/lbexport.h"
+
+namespace LbOs
+{
+
+enum class EEntry
+{
+    Missing,
+    File,      ///< anything that is not a directory
+    Directory, ///< also a link to one
+};
+
+/// One entry of a directory listing. The name is valid during the visit only.
+struct SDirectoryEntry
+{
+    const std::wstring& name;
+    bool isDirectory; ///< links are followed
+};
+
+/// True when the path does not depend on the working directory (nor on its drive). Nothing is looked up.
+LB_API bool IsAbsolutePath(std::wstring_view path) noexcept;
+
+/// What stands at `path`; Missing also when the path cannot be looked at.
+LB_API EEntry QueryEntry(const std::wstring& path);
+
+/// Visits each entry of `directory` but "." and "..", in the file system's order.
+/// Returns false when the directory cannot be opened. Exceptions of `visit` pass through.
+LB_API bool VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit);
+
+/// Creates one directory level. True when it exists afterwards.
+LB_API bool MakeDirectory(const std::wstring& path);
+
+/// Removes a file or a link (never a link's target). False on failure.
+LB_API bool RemoveFile(const std::wstring& path);
+
+/// Removes an empty directory. False on failure.
+LB_API bool RemoveEmptyDirectory(const std::wstring& path);
+
+/// Absolute path of the working directory without trailing separator (but for a root's own); empty when it cannot be
+/// had.
+LB_API std::wstring GetWorkingDirectory();
+LB_API bool SetWorkingDirectory(const std::wstring& path);
+
+/// Absolute path of the running executable.
+LB_API std::wstring GetExecutablePath();
+
+/// Folder for the data of the present user's programs, without trailing separator: %APPDATA% on Windows, $XDG_DATA_HOME
+/// or ~/.local/share on Linux. Empty when the system knows none.
+LB_API std::wstring GetUserDataDirectory();
+
+/// Folder for temporary files, without trailing separator.
+LB_API std::wstring GetTemporaryDirectory();
+
+/// An open file. Opaque: the platform's handle, moved by the stream classes only.
+using FileHandle = std::intptr_t;
+inline constexpr FileHandle c_InvalidFile = -1;
+
+/// Opens for reading, or creates or truncates for writing. c_InvalidFile on failure (missing, a directory, no access).
+LB_API FileHandle OpenForReading(const std::wstring& path);
+LB_API FileHandle OpenForWriting(const std::wstring& path);
+
+/// Reads up to `size` bytes; 0 at the end of the file, -1 on failure.
+LB_API std::int64_t ReadFileBytes(FileHandle file, void* buffer, std::size_t size);
+
+/// Writes all bytes or returns false (disk full, handle closed).
+LB_API bool WriteFileBytes(FileHandle file, const void* data, std::size_t size);
+
+/// Size in bytes, -1 when it cannot be had (a pipe, a device).
+LB_API std::int64_t GetFileSize(FileHandle file);
+
+/// Closes; false when buffered data could not be brought to the disk. The handle is invalid afterwards either way.
+LB_API bool CloseFile(FileHandle file);
+
+} // namespace LbOs

@@ -1,0 +1,247 @@
+#include "base/os/files.h"
+
+#include <cerrno>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/lbencoding.h"
+#include "base/os/console.h"
+
+namespace
+{
+
+/// A name with a zero character inside would be cut by the system: the empty name, which nothing has, stands for it.
+std::string toSystemPath(const std::wstring& path)
+{
+    return path.find(L'\0') == std::wstring::npos ? LbEncoding::ToNative(path) : std::string();
+}
+
+int toDescriptor(LbOs::FileHandle file)
+{
+    return static_cast<int>(file);
+}
+
+/// Repeats a call that a signal interrupted.
+template<typename F>
+auto retry(const F& call)
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+    {
+        result = call();
+    }
+    return result;
+}
+
+LbOs::FileHandle openFile(const std::wstring& path, int flags)
+{
+    const std::string name = toSystemPath(path);
+    const int file = retry([&name, flags] { return open(name.c_str(), flags | O_CLOEXEC, 0666); });
+    struct stat status = {};
+    // Linux opens a directory for reading and fails only when it is read.
+    if (file >= 0 && fstat(file, &status) == 0 && S_ISDIR(status.st_mode))
+    {
+        close(file);
+        return LbOs::c_InvalidFile;
+    }
+    return file;
+}
+
+bool isDirectoryEntry(int directory, const dirent& entry)
+{
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
+    {
+        return entry.d_type == DT_DIR;
+    }
+    struct stat status = {};
+    return fstatat(directory, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::wstring withoutSeparators(std::wstring path)
+{
+    while (path.size() > 1 && path.back() == L'/')
+    {
+        path.pop_back();
+    }
+    return path;
+}
+
+/// Calls `read(buffer, size)`, which gives the text's length or 0 on failure, with larger buffers until the text fits.
+template<typename F>
+std::wstring readText(const F& read)
+{
+    std::string buffer(256, '\0');
+    while (true)
+    {
+        const std::size_t length = read(buffer.data(), buffer.size());
+        if (length < buffer.size())
+        {
+            return LbEncoding::FromNative(std::string_view(buffer).substr(0, length));
+        }
+        buffer.resize(buffer.size() * 2);
+    }
+}
+
+std::wstring getHomeDirectory()
+{
+    const std::wstring home = LbOs::GetEnvironmentText(L"HOME");
+    if (!home.empty())
+    {
+        return home;
+    }
+    std::vector<char> buffer(16384);
+    passwd entry = {};
+    passwd* found = nullptr;
+    const bool isKnown = getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr;
+    return isKnown ? LbEncoding::FromNative(entry.pw_dir) : std::wstring();
+}
+
+} // namespace
+
+bool LbOs::IsAbsolutePath(std::wstring_view path) noexcept
+{
+    return path.starts_with(L'/');
+}
+
+LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
+{
+    struct stat status = {};
+    if (stat(toSystemPath(path).c_str(), &status) != 0)
+    {
+        return EEntry::Missing;
+    }
+    return S_ISDIR(status.st_mode) ? EEntry::Directory : EEntry::File;
+}
+
+bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
+{
+    struct SClose
+    {
+        void operator()(DIR* stream) const { closedir(stream); }
+    };
+    const std::unique_ptr<DIR, SClose> stream(opendir(toSystemPath(directory).c_str()));
+    if (stream == nullptr)
+    {
+        return false;
+    }
+    const int descriptor = dirfd(stream.get());
+    std::wstring name;
+    while (const dirent* const entry = readdir(stream.get()))
+    {
+        const std::string_view bytes = entry->d_name;
+        if (bytes != "." && bytes != "..")
+        {
+            LbEncoding::FromNative(bytes, name);
+            visit({name, isDirectoryEntry(descriptor, *entry)});
+        }
+    }
+    return true;
+}
+
+bool LbOs::MakeDirectory(const std::wstring& path)
+{
+    return mkdir(toSystemPath(path).c_str(), 0777) == 0 || QueryEntry(path) == EEntry::Directory;
+}
+
+bool LbOs::RemoveFile(const std::wstring& path)
+{
+    return unlink(toSystemPath(path).c_str()) == 0;
+}
+
+bool LbOs::RemoveEmptyDirectory(const std::wstring& path)
+{
+    return rmdir(toSystemPath(path).c_str()) == 0;
+}
+
+std::wstring LbOs::GetWorkingDirectory()
+{
+    return readText([](char* buffer, std::size_t size) {
+        if (getcwd(buffer, size) != nullptr)
+        {
+            return std::string_view(buffer).size();
+        }
+        return errno == ERANGE ? size : 0;
+    });
+}
+
+bool LbOs::SetWorkingDirectory(const std::wstring& path)
+{
+    return chdir(toSystemPath(path).c_str()) == 0;
+}
+
+std::wstring LbOs::GetExecutablePath()
+{
+    return readText([](char* buffer, std::size_t size) {
+        const ssize_t length = readlink("/proc/self/exe", buffer, size);
+        return length < 0 ? 0 : static_cast<std::size_t>(length);
+    });
+}
+
+std::wstring LbOs::GetUserDataDirectory()
+{
+    const std::wstring data = GetEnvironmentText(L"XDG_DATA_HOME");
+    // Relative paths are to be ignored, as by all programs that know the variable.
+    if (IsAbsolutePath(data))
+    {
+        return withoutSeparators(data);
+    }
+    const std::wstring home = withoutSeparators(getHomeDirectory());
+    return home.empty() ? home : home + L"/.local/share";
+}
+
+std::wstring LbOs::GetTemporaryDirectory()
+{
+    const std::wstring directory = GetEnvironmentText(L"TMPDIR");
+    return directory.empty() ? L"/tmp" : withoutSeparators(directory);
+}
+
+LbOs::FileHandle LbOs::OpenForReading(const std::wstring& path)
+{
+    return openFile(path, O_RDONLY);
+}
+
+LbOs::FileHandle LbOs::OpenForWriting(const std::wstring& path)
+{
+    return openFile(path, O_WRONLY | O_CREAT | O_TRUNC);
+}
+
+std::int64_t LbOs::ReadFileBytes(FileHandle file, void* buffer, std::size_t size)
+{
+    return retry([file, buffer, size] { return read(toDescriptor(file), buffer, size); });
+}
+
+bool LbOs::WriteFileBytes(FileHandle file, const void* data, std::size_t size)
+{
+    const char* bytes = static_cast<const char*>(data);
+    while (size > 0)
+    {
+        const ssize_t count = retry([file, bytes, size] { return write(toDescriptor(file), bytes, size); });
+        if (count <= 0)
+        {
+            return false;
+        }
+        bytes += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+std::int64_t LbOs::GetFileSize(FileHandle file)
+{
+    struct stat status = {};
+    const bool hasSize = fstat(toDescriptor(file), &status) == 0 && S_ISREG(status.st_mode);
+    return hasSize ? status.st_size : -1;
+}
+
+bool LbOs::CloseFile(FileHandle file)
+{
+    // After EINTR the descriptor is closed all the same and must not be closed again.
+    return close(toDescriptor(file)) == 0 || errno == EINTR;
+}

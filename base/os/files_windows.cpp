@@ -1,0 +1,230 @@
+#include "base/os/files.h"
+
+#include <memory>
+
+#include "base/os/console.h"
+#include "base/os/windows_api.h"
+
+namespace
+{
+
+using LbOs::Windows::ReadText;
+using LbOs::Windows::ToSystemPath;
+
+/// Folders may be 12 characters shorter than MAX_PATH only, to leave room for a short file name.
+constexpr std::size_t c_LongestPlainPath = MAX_PATH - 13;
+
+bool isSeparator(wchar_t character)
+{
+    return character == L'\\' || character == L'/';
+}
+
+HANDLE toHandle(LbOs::FileHandle file)
+{
+    return reinterpret_cast<HANDLE>(file);
+}
+
+std::wstring withoutSeparators(std::wstring path)
+{
+    while (path.size() > 1 && isSeparator(path.back()) && path[path.size() - 2] != L':')
+    {
+        path.pop_back();
+    }
+    return path;
+}
+
+LbOs::FileHandle openFile(const std::wstring& path, DWORD access, DWORD sharing, DWORD creation)
+{
+    return reinterpret_cast<LbOs::FileHandle>(CreateFileW(ToSystemPath(path).c_str(), access, sharing, nullptr,
+                                                          creation, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN,
+                                                          nullptr));
+}
+
+/// One call of the system moves at most 4 GB.
+DWORD toChunk(std::size_t size)
+{
+    constexpr std::size_t c_Largest = 0x40000000;
+    return static_cast<DWORD>(std::min(size, c_Largest));
+}
+
+bool isDirectory(DWORD attributes)
+{
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+} // namespace
+
+std::wstring LbOs::Windows::ToSystemPath(const std::wstring& path)
+{
+    if (path.find(L'\0') != std::wstring::npos)
+    {
+        return {};
+    }
+    if (path.size() <= c_LongestPlainPath || path.starts_with(L"\\\\?\\") || path.starts_with(L"\\\\.\\"))
+    {
+        return path;
+    }
+    // The long form is taken literally by the system: no "/", no "." and "..", not relative.
+    const std::wstring full = ReadText(
+        [&path](wchar_t* buffer, DWORD size) { return GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
+    return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
+}
+
+bool LbOs::IsAbsolutePath(std::wstring_view path) noexcept
+{
+    if (path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1]))
+    {
+        return true;
+    }
+    const auto isLetter = [](wchar_t character) {
+        return (character >= L'a' && character <= L'z') || (character >= L'A' && character <= L'Z');
+    };
+    return path.size() >= 3 && isLetter(path[0]) && path[1] == L':' && isSeparator(path[2]);
+}
+
+LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
+{
+    const DWORD attributes = GetFileAttributesW(ToSystemPath(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+    {
+        return EEntry::Missing;
+    }
+    return isDirectory(attributes) ? EEntry::Directory : EEntry::File;
+}
+
+bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
+{
+    const std::wstring pattern =
+        directory.empty() || isSeparator(directory.back()) ? directory + L'*' : directory + L"\\*";
+    WIN32_FIND_DATAW data = {};
+    const HANDLE found = directory.empty()
+                             ? INVALID_HANDLE_VALUE
+                             : FindFirstFileExW(ToSystemPath(pattern).c_str(), FindExInfoBasic, &data,
+                                                FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+    if (found == INVALID_HANDLE_VALUE)
+    {
+        // The root of an empty drive does not even hold ".".
+        return !directory.empty() && GetLastError() == ERROR_FILE_NOT_FOUND;
+    }
+    struct SClose
+    {
+        void operator()(void* handle) const { FindClose(handle); }
+    };
+    const std::unique_ptr<void, SClose> closer(found);
+    std::wstring name;
+    do
+    {
+        name = data.cFileName;
+        if (name != L"." && name != L"..")
+        {
+            visit({name, isDirectory(data.dwFileAttributes)});
+        }
+    }
+    while (FindNextFileW(found, &data) != FALSE);
+    return true;
+}
+
+bool LbOs::MakeDirectory(const std::wstring& path)
+{
+    return CreateDirectoryW(ToSystemPath(path).c_str(), nullptr) != FALSE || QueryEntry(path) == EEntry::Directory;
+}
+
+bool LbOs::RemoveFile(const std::wstring& path)
+{
+    const std::wstring name = ToSystemPath(path);
+    if (DeleteFileW(name.c_str()) != FALSE)
+    {
+        return true;
+    }
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+    {
+        return false;
+    }
+    if (isDirectory(attributes))
+    {
+        return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && RemoveDirectoryW(name.c_str()) != FALSE;
+    }
+    // Write protection keeps a file from being removed on this platform only.
+    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+           SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) != FALSE && DeleteFileW(name.c_str()) != FALSE;
+}
+
+bool LbOs::RemoveEmptyDirectory(const std::wstring& path)
+{
+    return RemoveDirectoryW(ToSystemPath(path).c_str()) != FALSE;
+}
+
+std::wstring LbOs::GetWorkingDirectory()
+{
+    return ReadText([](wchar_t* buffer, DWORD size) { return GetCurrentDirectoryW(size, buffer); });
+}
+
+bool LbOs::SetWorkingDirectory(const std::wstring& path)
+{
+    return path.find(L'\0') == std::wstring::npos && SetCurrentDirectoryW(path.c_str()) != FALSE;
+}
+
+std::wstring LbOs::GetExecutablePath()
+{
+    return ReadText([](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });
+}
+
+std::wstring LbOs::GetUserDataDirectory()
+{
+    return withoutSeparators(GetEnvironmentText(L"APPDATA"));
+}
+
+std::wstring LbOs::GetTemporaryDirectory()
+{
+    return withoutSeparators(ReadText([](wchar_t* buffer, DWORD size) { return GetTempPathW(size, buffer); }));
+}
+
+LbOs::FileHandle LbOs::OpenForReading(const std::wstring& path)
+{
+    return openFile(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
+}
+
+LbOs::FileHandle LbOs::OpenForWriting(const std::wstring& path)
+{
+    return openFile(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
+}
+
+std::int64_t LbOs::ReadFileBytes(FileHandle file, void* buffer, std::size_t size)
+{
+    DWORD count = 0;
+    if (ReadFile(toHandle(file), buffer, toChunk(size), &count, nullptr) == FALSE)
+    {
+        return GetLastError() == ERROR_BROKEN_PIPE ? 0 : -1;
+    }
+    return count;
+}
+
+bool LbOs::WriteFileBytes(FileHandle file, const void* data, std::size_t size)
+{
+    const char* bytes = static_cast<const char*>(data);
+    while (size > 0)
+    {
+        DWORD count = 0;
+        if (WriteFile(toHandle(file), bytes, toChunk(size), &count, nullptr) == FALSE || count == 0)
+        {
+            return false;
+        }
+        bytes += count;
+        size -= count;
+    }
+    return true;
+}
+
+std::int64_t LbOs::GetFileSize(FileHandle file)
+{
+    LARGE_INTEGER size = {};
+    const bool hasSize = GetFileType(toHandle(file)) == FILE_TYPE_DISK && GetFileSizeEx(toHandle(file), &size) != FALSE;
+    return hasSize ? size.QuadPart : -1;
+}
+
+bool LbOs::CloseFile(FileHandle file)
+{
+    // The value of an invalid file is also the system's name for the present process, which can be "closed".
+    return file != c_InvalidFile && CloseHandle(toHandle(file)) != FALSE;
+}

@@ -1,0 +1,61 @@
+#include "base/os/modules.h"
+
+#include "base/os/windows_api.h"
+
+namespace
+{
+
+/// Lets loading fail without a dialog of the system on the calling thread.
+class CNoDialogScope
+{
+public:
+    CNoDialogScope() { SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &m_former); }
+    ~CNoDialogScope() { SetThreadErrorMode(m_former, nullptr); }
+    CNoDialogScope(const CNoDialogScope&) = delete;
+    CNoDialogScope& operator=(const CNoDialogScope&) = delete;
+
+private:
+    DWORD m_former = 0;
+};
+
+/// The system's words for an error in one line; `subject` is what the words leave open.
+std::wstring describeError(DWORD error, const std::wstring& subject)
+{
+    wchar_t* buffer = nullptr;
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                       nullptr, error, 0, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
+    std::wstring text = length > 0 ? std::wstring(buffer, length) : L"Fehler " + std::to_wstring(error);
+    LocalFree(buffer);
+    text.erase(text.find_last_not_of(L"\r\n ") + 1);
+    const std::size_t insert = text.find(L"%1");
+    return insert == std::wstring::npos ? text : text.replace(insert, 2, subject);
+}
+
+} // namespace
+
+bool LbOs::LoadModule(const std::wstring& path, std::wstring& reason)
+{
+    const CNoDialogScope noDialog;
+    if (LoadLibraryExW(Windows::ToSystemPath(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) != nullptr)
+    {
+        return true;
+    }
+    reason = describeError(GetLastError(), path);
+    return false;
+}
+
+std::wstring LbOs::GetModulePathOf(const void* address)
+{
+    HMODULE module = nullptr;
+    // A null address would ask for the executable.
+    const bool isFound = address != nullptr && GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                                                      GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                                                                  static_cast<LPCWSTR>(address), &module) != FALSE;
+    if (!isFound)
+    {
+        return {};
+    }
+    return Windows::ReadText(
+        [module](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(module, buffer, size); });
+}

@@ -1,0 +1,50 @@
+/// The one place that includes <windows.h>, and what the Windows side of the seam shares. Internal to base/os.
+#pragma once
+
+#ifndef UNICODE
+#define UNICODE
+#endif
+#ifndef _UNICODE
+#define _UNICODE
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef _WIN32_WINNT
+#define _WIN32_WINNT 0x0A00
+#endif
+#include <windows.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+namespace LbOs::Windows
+{
+
+/// Calls `read(buffer, size)`, which gives the text's length, the size it needs or 0 on failure as the system's calls
+/// do, with larger buffers until the text fits. Empty on failure.
+template<typename F>
+std::wstring ReadText(const F& read)
+{
+    std::wstring buffer(MAX_PATH, L'\0');
+    while (true)
+    {
+        const std::size_t length = read(buffer.data(), static_cast<DWORD>(buffer.size()));
+        if (length < buffer.size())
+        {
+            buffer.resize(length);
+            return buffer;
+        }
+        buffer.resize(std::max(length + 1, buffer.size() * 2));
+    }
+}
+
+/// The path in the form that system calls take at any length: "\\?\" stands in front of long ones. A path with a zero
+/// character inside becomes the empty path, since the system would cut it.
+std::wstring ToSystemPath(const std::wstring& path);
+
+} // namespace LbOs::Windows

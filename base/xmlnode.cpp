@@ -1,0 +1,183 @@
+#include "base/xmlnode.h"
+
+#include <utility>
+
+#include <pugixml.hpp>
+
+#include "base/lbencoding.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/xmlencoding.h"
+
+namespace
+{
+
+// Fragments are let in so that text outside the root becomes visible; isTopLevelInOrder turns it down.
+constexpr unsigned c_ParseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_eol |
+                                    pugi::parse_wconv_attribute | pugi::parse_ws_pcdata_single | pugi::parse_fragment |
+                                    pugi::parse_declaration | pugi::parse_doctype;
+
+pugi::xml_node toPugi(void* node)
+{
+    return pugi::xml_node(static_cast<pugi::xml_node_struct*>(node));
+}
+
+/// The node itself if it is an element, else the next sibling that is one; null when there is none.
+void* findElement(pugi::xml_node node)
+{
+    while (node && node.type() != pugi::node_element)
+    {
+        node = node.next_sibling();
+    }
+    return node.internal_object();
+}
+
+bool isText(pugi::xml_node node)
+{
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+
+/// True when the document is, in this order, at most one declaration, at most one document type and exactly one element.
+bool isTopLevelInOrder(const pugi::xml_document& document)
+{
+    constexpr int declaration = 1;
+    constexpr int type = 2;
+    constexpr int element = 3;
+    int last = 0;
+    for (const pugi::xml_node node : document.children())
+    {
+        int kind = 0;
+        switch (node.type())
+        {
+        case pugi::node_declaration:
+            kind = declaration;
+            break;
+        case pugi::node_doctype:
+            kind = type;
+            break;
+        case pugi::node_element:
+            kind = element;
+            break;
+        default:
+            break;
+        }
+        if (kind <= last)
+        {
+            return false;
+        }
+        last = kind;
+    }
+    return last == element;
+}
+
+} // namespace
+
+std::wstring XMLNode::GetName() const
+{
+    return LbEncoding::FromUtf8(toPugi(m_node).name());
+}
+
+std::wstring XMLNode::GetText() const
+{
+    std::string text;
+    for (const pugi::xml_node child : toPugi(m_node).children())
+    {
+        if (isText(child))
+        {
+            text += child.value();
+        }
+    }
+    return LbEncoding::FromUtf8(text);
+}
+
+bool XMLNode::HasText() const
+{
+    return static_cast<bool>(
+        toPugi(m_node).find_child([](pugi::xml_node child) { return isText(child) && *child.value() != '\0'; }));
+}
+
+bool XMLNode::HasAttribute(const char* name) const
+{
+    return static_cast<bool>(toPugi(m_node).attribute(name));
+}
+
+std::wstring XMLNode::GetAttribute(const char* name) const
+{
+    return LbEncoding::FromUtf8(toPugi(m_node).attribute(name).value());
+}
+
+XMLNode XMLNode::GetChild(const char* name) const
+{
+    return XMLNode(toPugi(m_node).child(name).internal_object());
+}
+
+XMLNode XMLNode::GetFirstChild() const
+{
+    return XMLNode(findElement(toPugi(m_node).first_child()));
+}
+
+XMLNode XMLNode::GetNextSibling() const
+{
+    return XMLNode(findElement(toPugi(m_node).next_sibling()));
+}
+
+XMLNode::CChildren XMLNode::GetChildren() const
+{
+    return CChildren(GetFirstChild());
+}
+
+struct XMLDocument::SContent
+{
+    std::string bytes; ///< the nodes' names and values point into it
+    pugi::xml_document document;
+};
+
+XMLDocument::XMLDocument() = default;
+XMLDocument::~XMLDocument() = default;
+XMLDocument::XMLDocument(XMLDocument&&) noexcept = default;
+XMLDocument& XMLDocument::operator=(XMLDocument&&) noexcept = default;
+
+XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* rootName)
+{
+    m_content.reset();
+    if (!LbFileSystem::IsFile(path))
+    {
+        return EResult::Missing;
+    }
+    std::string bytes;
+    try
+    {
+        bytes = LbFileSystem::ReadFile8Bit(path);
+    }
+    catch (const LbException&)
+    {
+        return EResult::Missing;
+    }
+    return LoadText(std::move(bytes), rootName);
+}
+
+XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootName)
+{
+    m_content.reset();
+    auto content = std::make_unique<SContent>();
+    content->bytes = XMLEncoding::ToUtf8(std::move(bytes));
+    // The parser would take a null character for the end and overlook what follows.
+    if (content->bytes.find('\0') != std::string::npos)
+    {
+        return EResult::Syntax;
+    }
+    const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(
+        content->bytes.data(), content->bytes.size(), c_ParseOptions, pugi::encoding_utf8);
+    if (!parsed || !isTopLevelInOrder(content->document) ||
+        content->document.document_element().name() != std::string_view(rootName))
+    {
+        return EResult::Syntax;
+    }
+    m_content = std::move(content);
+    return EResult::Ok;
+}
+
+XMLNode XMLDocument::GetRoot() const
+{
+    return m_content ? XMLNode(m_content->document.document_element().internal_object()) : XMLNode();
+}
