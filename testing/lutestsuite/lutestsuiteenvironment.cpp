@@ -1,0 +1,138 @@
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+
+#include <cstdint>
+
+#include "base/ioccontainer.h"
+#include "base/lbcriticalsection.h"
+#include "base/lbdiagnostics.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbmessagedispatcher.h"
+#include "base/lbparallel.h"
+#include "base/lbpath.h"
+#include "base/lbproductregistry.h"
+#include "base/lbthreadpool.h"
+#include "base/lbtimer.h"
+#include "base/lbuniqueid.h"
+#include "base/lustream.h"
+#include "base/os/modules.h"
+#include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuite/utils/testmodules.h"
+
+namespace
+{
+
+/// A container without services: test modules find one in any installation, and those that bring services have a
+/// configuration file.
+constexpr const char* c_DefaultContainer = "<Container/>";
+
+std::unique_ptr<IOC::CContainer> createContainer()
+{
+    const std::wstring file = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) +
+                              LbPath::ToNative(L"..\\Sources\\Development\\LuTestSuite\\LuTestSuite.xml");
+    std::unique_ptr<IOC::CContainer> container;
+    if (LbFileSystem::IsFile(file))
+    {
+        container = IOC::CContainer::CreateFromFile(file);
+    }
+    return container ? std::move(container) : IOC::CContainer::CreateFromText(c_DefaultContainer);
+}
+
+void warmUpParallelLoops()
+{
+    constexpr std::int64_t c_LoopLength = 2'000'000;
+    constexpr std::int64_t c_LockedLoopLength = 50'000;
+
+    LbParallel::SumRange(0, 99);
+
+    LbCombinable<std::int64_t> sums;
+    LbParallel::For(0, c_LoopLength, [&sums](std::int64_t index) { sums.Local() += index; });
+
+    LbCombinable<std::int64_t> calls;
+    LbParallel::Invoke({[&calls] { ++calls.Local(); }, [&calls] { ++calls.Local(); }});
+
+    LbCriticalSection lock;
+    std::int64_t count = 0;
+    LbParallel::For(0, c_LockedLoopLength, [&lock, &count](std::int64_t) {
+        const LbCriticalSectionLock guard(lock);
+        ++count;
+    });
+}
+
+/// The file is removed again: a run should leave nothing in the temporary files.
+void warmUpFileStreams()
+{
+    const std::wstring file = LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + L"LuTestSuite-" +
+                              LbUniqueId::Generate() + L".tmp";
+    LuStreamWriteBinaryFile(file).Close();
+    LuStreamReadBinaryFile(file).Close();
+    LbOs::RemoveFile(file);
+}
+
+} // namespace
+
+LuTestSuiteEnvironment::LuTestSuiteEnvironment()
+{
+    LbProductRegistry::Register(L"LuTestSuite", L"1.0");
+    m_workingDirectory = LbOs::GetWorkingDirectory();
+    m_container = createContainer();
+    if (!m_container)
+    {
+        throw LbException(L"Der Dienste-Container konnte nicht erzeugt werden");
+    }
+    LbMessageDispatcher& dispatcher = LbMessageDispatcher::GetInstance();
+    if (!dispatcher.IsRunning() && !dispatcher.Start())
+    {
+        throw LbException(L"Der Nachrichtenverteiler konnte nicht gestartet werden");
+    }
+    PreallocateStaticData();
+}
+
+LuTestSuiteEnvironment::~LuTestSuiteEnvironment()
+{
+    LbMessageDispatcher::Shutdown();
+    LbThreadPool::Shutdown();
+}
+
+void LuTestSuiteEnvironment::LoadTestDLLs()
+{
+    for (const wchar_t* name : LuTestSuite::c_TestModules)
+    {
+        LoadDLL(name, true);
+    }
+}
+
+void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
+{
+    const std::wstring file = LbPath::ToNative(name) + LbOs::c_ModuleSuffix;
+    const std::wstring path = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + file;
+    if (!LbFileSystem::IsFile(path))
+    {
+        return;
+    }
+    std::wstring reason;
+    if (!LbOs::LoadModule(path, reason))
+    {
+        LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %s: %s", path, reason));
+        LuTestSuiteOut::Write(L"DLL '%s' konnte nicht geladen werden.\n", file).Bold().Color(LuColor::c_GOLDENROD);
+    }
+}
+
+void LuTestSuiteEnvironment::PreallocateStaticData()
+{
+    LbThreadPool::GetInstance().Run([] {}).Wait();
+    LbDiagnostics::Trace(L"LuTestSuiteEnvironment: static data allocated");
+    warmUpParallelLoops();
+    warmUpFileStreams();
+    [[maybe_unused]] const LbTimer timer(LbTimer::eR_MilliSecond);
+}
+
+void LuTestSuiteEnvironment::SetExecutableDirectoryAsWorkingDirectory()
+{
+    LbOs::SetWorkingDirectory(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+}
+
+void LuTestSuiteEnvironment::RestoreWorkingDirectory()
+{
+    LbOs::SetWorkingDirectory(m_workingDirectory);
+}

@@ -1,0 +1,114 @@
+#include "testing/lutestsuite/lutestsuiteout.h"
+
+#include <exception>
+#include <utility>
+#include <vector>
+
+#include "base/lbcriticalsection.h"
+#include "base/lbdiagnostics.h"
+#include "base/lbencoding.h"
+#include "base/os/console.h"
+
+namespace
+{
+
+constexpr std::uint32_t c_Utf8CodePage = 65001;
+
+/// The console renders UTF-8 for as long as the library is loaded.
+class CConsoleCodePage
+{
+public:
+    CConsoleCodePage() : m_saved(LbOs::GetConsoleCodePage()) { LbOs::SetConsoleCodePage(c_Utf8CodePage); }
+    ~CConsoleCodePage() { LbOs::SetConsoleCodePage(m_saved); }
+    CConsoleCodePage(const CConsoleCodePage&) = delete;
+    CConsoleCodePage& operator=(const CConsoleCodePage&) = delete;
+
+private:
+    std::uint32_t m_saved;
+};
+
+const CConsoleCodePage s_CodePage;
+LbCriticalSection s_OutputLock;
+bool s_bConsoleOut = true;
+std::vector<LuTestSuiteOut::LuCustomOut*> s_CustomOuts;
+
+/// A custom output that throws costs its own line only: the destructor that emits must not throw.
+void outputTo(LuTestSuiteOut::LuCustomOut& out, const LuTestSuiteOut& line) noexcept
+{
+    try
+    {
+        out.Output(line);
+    }
+    catch (const std::exception& exception)
+    {
+        LbDiagnostics::Trace(LbFormat(L"LuTestSuiteOut: custom output threw: %S", exception.what()));
+    }
+    catch (...)
+    {
+        LbDiagnostics::Trace(L"LuTestSuiteOut: custom output threw");
+    }
+}
+
+} // namespace
+
+LuTestSuiteOut::LuCustomOut::~LuCustomOut() = default;
+
+LuTestSuiteOut::LuTestSuiteOut() = default;
+
+LuTestSuiteOut::LuTestSuiteOut(std::wstring text) : m_text(std::move(text))
+{
+}
+
+LuTestSuiteOut::LuTestSuiteOut(const LuTestSuiteOut& other) = default;
+
+LuTestSuiteOut& LuTestSuiteOut::operator=(const LuTestSuiteOut& other) = default;
+
+LuTestSuiteOut::~LuTestSuiteOut()
+{
+    writeOut();
+}
+
+LuTestSuiteOut& LuTestSuiteOut::Bold()
+{
+    m_isBold = true;
+    return *this;
+}
+
+LuTestSuiteOut& LuTestSuiteOut::Underlined()
+{
+    m_isUnderlined = true;
+    return *this;
+}
+
+LuTestSuiteOut& LuTestSuiteOut::Color(LuColor color)
+{
+    m_hasColor = true;
+    m_color = color;
+    return *this;
+}
+
+void LuTestSuiteOut::AddCustomOut(LuCustomOut* out)
+{
+    const LbCriticalSectionLock lock(s_OutputLock);
+    s_CustomOuts.push_back(out);
+}
+
+void LuTestSuiteOut::SetConsoleOut(bool on)
+{
+    const LbCriticalSectionLock lock(s_OutputLock);
+    s_bConsoleOut = on;
+}
+
+void LuTestSuiteOut::writeOut() const
+{
+    const LbCriticalSectionLock lock(s_OutputLock);
+    if (s_bConsoleOut)
+    {
+        LbOs::WriteStandardOutput(LbEncoding::ToUtf8(m_text));
+    }
+    // By index: an output may add another one while it prints.
+    for (std::size_t index = 0; index < s_CustomOuts.size(); ++index)
+    {
+        outputTo(*s_CustomOuts[index], *this);
+    }
+}

@@ -1,0 +1,178 @@
+/// Runs: the records that carry unit tests, cases, parameters and results, and the run itself.
+///
+/// The records are plain values, copied freely, used by one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "base/lbvariant.h"
+#include "testing/lutestsuite/lutestsuiteexport.h"
+
+class LuTestSuiteEnvironment;
+struct LuTestSuiteSetup;
+
+namespace LuTestSuite
+{
+
+/// Parameters of a case from its description file, by name: "Enable", "ReportMemLeak", "Parallel", "External",
+/// "Isolated" (bool, or null for an unreadable "Enable" or "ReportMemLeak"), "TimeOutSec", "MessageReportMax" (unsigned
+/// 32-bit).
+using ParameterMap = std::unordered_map<std::wstring, LbVariant>;
+
+/// Who answers for a unit test.
+struct SContact
+{
+    std::wstring name;
+    std::wstring email;
+    std::wstring role;
+};
+
+/// One case: a sub-test of a unit test.
+struct STestCase
+{
+    std::wstring dataSetFile; ///< full path when the sub-test is a file of the unit test's folder, else empty
+    std::wstring name;        ///< the sub-test's name
+    ParameterMap parameters;
+
+    /// 1 for a file data set, 0 for a named sub-test.
+    std::uint32_t GetKind() const { return dataSetFile.empty() ? 0U : 1U; }
+};
+
+/// One unit test with the cases to run, in order.
+struct SUnitTest
+{
+    std::wstring className;                 ///< registered name, also the display name
+    std::wstring dataDirectory;             ///< the unit test's own directory, ends in a separator
+    std::vector<std::wstring> dataSetFiles; ///< full paths of the cases that are file data sets, in case order
+    std::vector<STestCase> cases;
+    std::vector<SContact> contacts;
+    std::wstring moduleName; ///< file name of the module that holds the class; empty when unknown
+};
+
+} // namespace LuTestSuite
+
+namespace LuTestSuiteRun
+{
+
+/// Outcome of a case. The values are fixed: reports and other processes store them.
+enum class ECaseRunResult : std::uint32_t
+{
+    Ok = 0,
+    Error = 1,
+    Exception = 2,
+    NoInput = 3,
+    Different = 4,
+    Unknown = 5,        ///< every case starts so; it stays when the case never got as far as a verdict
+    NoMatchingCase = 6, ///< no such class, or no sub-test of that name
+    Canceled = 7,
+    TimeOut = 8
+};
+
+/// Target of re-created reference data. Handed through to the tests, never interpreted by the runner.
+enum class ETargetSystem : std::uint32_t
+{
+};
+
+/// "No limit" of the time-out and the case maximum, -1 on the command line's scale.
+inline constexpr std::uint32_t c_NoLimit = std::numeric_limits<std::uint32_t>::max();
+
+/// "Never" of the two breaks.
+inline constexpr std::uint64_t c_NoBreak = std::numeric_limits<std::uint64_t>::max();
+
+/// Parameters of a run or of one case. Order and widths are fixed: other processes receive the record as it stands.
+struct SParams
+{
+    bool trackHeap = false;                ///< track heap allocations during the case
+    bool dumpHeap = false;                 ///< list the live allocations when memory grew
+    bool reportMemLeak = true;             ///< a case whose memory grew is marked with a warning
+    bool external = false;                 ///< run the case in a child process
+    bool isolated = false;                 ///< one child process per case
+    bool assertDialog = true;              ///< assertion dialogs stay enabled during the run
+    bool verbose = false;                  ///< extra information
+    bool deVerboseOutput = false;          ///< value for IDebugging::eO_VerboseOutput
+    bool deDebuggingSerialization = false; ///< value for IDebugging::eO_DebuggingSerialization
+    bool dePredefinedBreakPoints = false;  ///< value for IDebugging::eO_PredefinedBreakPoints
+    bool parallel = false;                 ///< the case may run on a worker thread
+    std::uint32_t workerThreads = 0;       ///< number of worker threads; 0 means not chosen
+    std::uint32_t repetitions = 1;         ///< runs of every case
+    std::uint32_t timeOutSec = c_NoLimit;  ///< limit per case in seconds, only in a child process
+    std::uint32_t testCaseMax = c_NoLimit; ///< upper limit of cases to run
+    std::uint64_t breakAllocId = c_NoBreak;   ///< allocation number at which to break
+    std::uint64_t breakAllocSize = c_NoBreak; ///< allocation size in bytes at which to break
+    alignas(8) bool repetitionsGiven = false; ///< append the case time to the console's result line
+};
+
+/// One planned or executed run of one case.
+struct SCaseInfo
+{
+    std::uint32_t unitTest = 0;   ///< index into the run's unit tests
+    std::uint32_t testCase = 0;   ///< index into that unit test's cases
+    std::uint32_t repetition = 0; ///< 0-based
+    ECaseRunResult result = ECaseRunResult::Unknown;
+    std::uint64_t memoryGrowth = 0; ///< heap bytes still allocated when the case ended, a signed value in 64 bits
+    std::uint64_t allocations = 0;  ///< allocations plus reallocations during the case
+    std::uint64_t peakMemory = 0;   ///< highest heap use during the case, bytes
+    std::uint64_t time = 0;         ///< duration of the sub-test, nanoseconds
+    std::wstring messages;          ///< the test's message lines, then any heap dump lines
+    bool warning = false;           ///< memory grew and the case reports that
+    bool executed = false;          ///< the case was handed to an executor
+    std::int32_t threadIndex = -1;  ///< worker thread that ran it, -1 if none
+    std::int32_t processIndex = -1; ///< child process that ran it, -1 if none
+};
+
+/// Statistics of a run.
+struct SStats
+{
+    struct SCounts
+    {
+        static constexpr std::size_t sc_uiResults = 9;
+
+        std::uint32_t results[sc_uiResults] = {}; ///< by ECaseRunResult
+        std::uint32_t executed = 0;
+        std::uint32_t warnings = 0;
+
+        std::uint32_t GetCount(ECaseRunResult result) const { return results[static_cast<std::size_t>(result)]; }
+    };
+
+    SCounts total;
+    std::vector<SCounts> unitTests;                  ///< one per unit test, same order
+    std::uint32_t unitTestsExecuted = 0;             ///< with at least one executed case
+    std::uint32_t unitTestsPassed = 0;               ///< of these, every executed case is Ok
+    std::uint32_t unitTestsPassedWithoutWarning = 0; ///< of these, none with a warning
+    std::uint64_t caseTimeMin = std::numeric_limits<std::uint64_t>::max(); ///< nanoseconds, as all times
+    std::uint64_t caseTimeMax = 0;
+    std::uint64_t caseTimeSum = 0;
+    std::uint64_t totalTime = 0;
+    std::uint64_t peakMemoryMin = std::numeric_limits<std::uint64_t>::max(); ///< bytes, as all memory
+    std::uint64_t peakMemoryMax = 0;
+    std::uint64_t peakMemorySum = 0;
+    std::wstring startTime; ///< local time, "Y-m-d H:i:s"
+    std::wstring endTime;
+};
+
+/// What a run returns.
+struct SRunResult
+{
+    std::vector<SCaseInfo> cases; ///< one per planned case run, in plan order
+    SStats stats;
+};
+
+/// What a host hands to an operation. Calling an empty one raises std::bad_function_call.
+struct SCallbacks
+{
+    std::function<bool()> isCanceled;                 ///< true when the operation is to stop
+    std::function<void(ECaseRunResult)> caseFinished; ///< receives each executed case's result
+};
+
+/// Carries out one normal run: loads the test modules, gathers and selects the unit tests, runs their cases one after
+/// another, prints a line per case and the summary. The calling thread prints everything. While it runs, the
+/// executable's folder is the working directory; the environment's own is restored at the end, also when an exception
+/// leaves the run. What goes wrong inside a case becomes its result; throws what discovery and selection throw.
+LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,65 @@
+/// The settings of one call: what to run, how, which reports to write, which mode to enter.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuiteexport.h"
+#include "testing/lutestsuite/lutestsuiterun.h"
+
+/// What to do about data sets of identical content.
+enum EDuplicateMode : std::uint32_t
+{
+    eDM_None = 0,
+    eDM_List = 1,
+    eDM_Delete = 2
+};
+
+/// A plain value: copied field by field; a moved-from record is empty and usable. Used by one thread at a time.
+struct LUTESTSUITE_API LuTestSuiteSetup
+{
+    LuTestSuiteSetup();
+    LuTestSuiteSetup(const LuTestSuiteSetup& other);
+    LuTestSuiteSetup(LuTestSuiteSetup&& other) noexcept;
+    LuTestSuiteSetup& operator=(const LuTestSuiteSetup& other);
+    LuTestSuiteSetup& operator=(LuTestSuiteSetup&& other) noexcept;
+    ~LuTestSuiteSetup();
+
+    std::wstring dataDir;               ///< directory searched for unit-test folders, ends in a separator
+    std::vector<std::wstring> includes; ///< patterns of cases to select
+    std::vector<std::wstring> excludes; ///< patterns of cases to leave out
+    std::vector<LuTestSuite::SUnitTest> unitTests; ///< when not empty, run as they are instead of scanning dataDir
+
+    LuTestSuiteRun::SParams params; ///< the run's parameters, handed on as one record
+
+    std::wstring includeConfig; ///< configuration file whose stored selection is included
+    std::wstring xmlReport;     ///< path of the XML report to write
+    std::wstring htmlReport;    ///< path of the HTML report to write
+    bool autoXml = false;       ///< write an XML report under an automatic name; set by hosts only
+    bool autoHtml = false;      ///< write an HTML report under an automatic name
+    bool openReports = false;   ///< open the HTML report in the browser
+    bool smallReport = false;   ///< leave the per-case results out of reports
+    std::vector<std::wstring> diffInputs; ///< XML reports to compare
+    std::wstring diffOutput;              ///< file of the comparison, in place of the automatic name
+    bool writeCss = true;                 ///< write the style sheet next to each HTML report
+    bool writeJs = true;                  ///< write the script next to each HTML report
+    std::int32_t messageReportMax = 3;    ///< most message lines per case in reports
+    bool tolerateWarnings = true;         ///< warnings are not highlighted in HTML reports
+    bool queryMode = false;               ///< list, do not run
+    std::wstring archiveRun;              ///< "file:name" of an archive run
+    EDuplicateMode duplicateMode = eDM_None;
+    bool listDisabled = false;      ///< list the disabled cases
+    std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list, without ending
+    std::wstring memoryId;          ///< names of the objects shared with a parent run
+    std::wstring requestEventId;
+    std::wstring responseEventId;
+    bool noRegex = false; ///< patterns are compared as plain text with the end of names
+
+    /// Asked before each case; true stops the run. Answers false by default.
+    std::function<bool()> checkCallback;
+
+    /// Receives the result of each executed case. Does nothing by default.
+    std::function<void(LuTestSuiteRun::ECaseRunResult)> resultCallback;
+};

@@ -1,0 +1,163 @@
+/// The library's operations: entry, command line, configuration files, discovery, selection, paths, build information.
+#pragma once
+
+#include <cstdint>
+#include <regex>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuiteexport.h"
+#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+
+class LbRTTI;
+class LuTestSuiteEnvironment;
+class XMLNode;
+
+/// Static operations only. Unless stated otherwise they may be called by any thread, and print through LuTestSuiteOut.
+class LUTESTSUITE_API LuTestSuiteUtils
+{
+public:
+    LuTestSuiteUtils() = delete;
+
+    // Entry -----------------------------------------------------------------------------------------------------------
+
+    /// Runs the one mode that the arguments (the program's name first) ask for. False when they were refused (the reason
+    /// was printed) or when a case of a run did not end "OK". Exceptions of the mode pass through: LbException, or a
+    /// German message as std::wstring. By the thread that made the environment.
+    static bool RunCommandLine(LuTestSuiteEnvironment& environment, int argumentCount, const wchar_t* const* arguments);
+
+    // Command line ----------------------------------------------------------------------------------------------------
+
+    class LuOptionParser;
+
+    enum EPlatform : std::uint32_t
+    {
+        eP_Win32 = 0,
+        eP_x64 = 1
+    };
+
+    /// Fills the setup from the arguments (the program's name first). False when they were refused; the reason was
+    /// printed and the options before it stay applied. When only the help text was asked for or nothing is left to do, it
+    /// is printed and the setup selects no mode.
+    static bool ProcessCommandLine(LuTestSuiteSetup& setup, int argumentCount, const wchar_t* const* arguments);
+
+    static std::wstring GetCommandLineHelp();
+
+    /// Number of hardware threads, at least 1.
+    static std::uint32_t GetDefaultThreadCount();
+
+    /// "Release x64" or "Debug x64".
+    static std::wstring GetBuildConfiguration();
+    static EPlatform GetPlatform();
+
+    // Configuration files ---------------------------------------------------------------------------------------------
+
+    /// Content of a configuration file, with the values that a missing file or key leaves.
+    struct SConfigFileData
+    {
+        std::vector<std::wstring> dataDirHistory;
+        std::unordered_set<std::wstring> tests; ///< stored selection: class name, ":", case name
+        bool DEVerboseOutput = false;
+        bool DEDebuggingSerialization = false;
+        bool DEPredefinedBreakPoints = false;
+        bool ExternalDebug = false;
+        bool ExternalRelease = false;
+        bool AssertDialog = true;
+        bool Isolated = false;
+        bool Parallel = false;
+        std::uint32_t ThreadCount = 1;
+        std::uint32_t RepetitionCount = 1;
+        bool HTMLAuto = false;
+        bool XMLAuto = false;
+        bool OpenReport = true;
+        bool TrackHeap = true;
+        bool DumpHeap = false;
+        bool SelectedFailed = false;
+        std::uint64_t BreakAllocID = LuTestSuiteRun::c_NoBreak;
+        std::uint64_t BreakAllocSize = LuTestSuiteRun::c_NoBreak;
+    };
+
+    /// Reads a configuration file over `data`: missing keys leave their fields unchanged, a missing file leaves all.
+    /// Throws the message "XML-Syntax Fehler" as std::wstring when the file is not such a configuration.
+    static void ReadConfigXML(const std::wstring& path, SConfigFileData& data);
+
+    /// "true" or "false" exactly; any other text, or none, leaves `value` unchanged.
+    static void GetBool(const XMLNode& node, bool& value);
+
+    /// Leading white space, decimal digits, anything after them ignored, 0 without digits; too large a number gives the
+    /// largest. No text leaves `value` unchanged.
+    static void GetUInt32(const XMLNode& node, std::uint32_t& value);
+    static void GetUInt64(const XMLNode& node, std::uint64_t& value);
+
+    /// The data directories remembered in "LastConfig.xml" of the per-user folder, the latest first. A file that cannot be
+    /// read costs one line of output.
+    static std::vector<std::wstring> GetDataDirHistory();
+
+    /// Fills run parameters from the child elements of `node`; missing elements leave their fields unchanged.
+    static void GetRunParam(const XMLNode& node, LuTestSuiteRun::SParams& params);
+
+    // Discovery -------------------------------------------------------------------------------------------------------
+
+    /// Finds the unit tests of a data directory: each folder named after a registered class derived from LuUnitTest is
+    /// that class's data directory, and is not searched further. Folders that cannot become a unit test cost a warning.
+    /// The order of folders is the file system's; of a folder's sub-folders the last is searched first.
+    static std::vector<LuTestSuite::SUnitTest> ScanDirectoryForUnitTests(const std::wstring& dataDir,
+                                                                         bool removeDisabled);
+
+    /// Normalises a data directory given by the user: a path that does not exist but is a number selects that entry of
+    /// GetDataDirHistory (0 is the first); a separator is put at the end.
+    static void PreprocessDataDir(std::wstring& dataDir);
+
+    // Selection -------------------------------------------------------------------------------------------------------
+
+    /// Keeps the selected cases only; unit tests without any vanish, the order stays. Patterns are ECMAScript expressions,
+    /// searched in the path name: directory and class name with "/" as separator, ":", case name; with `noRegex` they are
+    /// plain ends of it. Excluding wins over including. Names stored in the configuration file are class name, ":", case
+    /// name. Without any pattern and stored name all are selected. At least one selected case is kept whatever `maxCases`.
+    /// Throws a German message as std::wstring naming an invalid pattern, a name too long to be matched, or the error in
+    /// the configuration file.
+    static void FilterTestCases(std::vector<LuTestSuite::SUnitTest>& tests, const std::wstring& includeConfigPath,
+                                const std::vector<std::wstring>& includes, const std::vector<std::wstring>& excludes,
+                                std::uint32_t maxCases, bool noRegex);
+
+    /// The expression of a wildcard name: "*" is any text, "?" any character; "{" and "}" keep their meaning as repetition
+    /// counts. To be matched against whole names. Throws std::regex_error for an invalid repetition count.
+    static std::wregex GenerateWildcardRegex(const std::wstring& wildcard);
+
+    // Paths and texts -------------------------------------------------------------------------------------------------
+
+    static std::wstring AddBackslash(const std::wstring& path);
+    static std::wstring RemoveBackslash(const std::wstring& path);
+
+    /// Last component, also of a directory string; and all before it, with its separator.
+    static std::wstring GetFileNameOnly(const std::wstring& path);
+    static std::wstring GetPrunedPath(const std::wstring& path);
+
+    /// Splits at the last separator, which goes to the folder.
+    static void SplitFileName(const std::wstring& path, std::wstring& folder, std::wstring& name);
+
+    /// True when the directory exists, after creating it if need be.
+    static bool AssertDirectory(const std::wstring& path);
+
+    /// Folder of the present user's test-suite data, ends in a separator; created if need be.
+    static std::wstring GetLocalTestSuiteDir();
+
+    /// A time with its unit: "0 s" for exactly 0, else the number with `decimals` digits and "ns", "µs", "ms" or "s".
+    static std::wstring FormatTime(double seconds, std::uint32_t decimals);
+
+    /// File name of the module that holds a class; empty when there is none.
+    static std::wstring GetModuleName(const LbRTTI& type);
+
+private:
+    using UnitTests = std::vector<LuTestSuite::SUnitTest>;
+
+    static void processDir(const std::wstring& directory, const std::wstring& folderName, UnitTests& tests,
+                           std::vector<std::wstring>& pendingDirs, bool removeDisabled);
+    static void processExtraInfoFile(LuTestSuite::SUnitTest& test);
+    static void processTestCaseNodes(LuTestSuite::SUnitTest& test, const std::vector<XMLNode>& nodes,
+                                     const std::wstring& file);
+    static void processParamNode(const XMLNode& node, LuTestSuite::ParameterMap& parameters, const std::wstring& file);
+    static void removeDisabledCases(LuTestSuite::SUnitTest& test);
+};

@@ -1,0 +1,114 @@
+#include "testing/lutestsuite/run/executor.h"
+
+#include <memory>
+#include <optional>
+
+#include "base/idebugging.h"
+#include "base/lbtimer.h"
+#include "base/luunittest.h"
+#include "base/lustream.h"
+#include "testing/lutestsuite/utils/unittestfactory.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+/// What a sub-test's own result means for its case; anything else leaves the case "Unknown".
+ECaseRunResult toCaseResult(LuUnitTest::EResult result)
+{
+    switch (result)
+    {
+    case LuUnitTest::eR_NoInput:
+        return ECaseRunResult::NoInput;
+    case LuUnitTest::eR_Passed:
+        return ECaseRunResult::Ok;
+    case LuUnitTest::eR_Failed:
+        return ECaseRunResult::Error;
+    case LuUnitTest::eR_Exception:
+        return ECaseRunResult::Exception;
+    case LuUnitTest::eR_Different:
+        return ECaseRunResult::Different;
+    default:
+        return ECaseRunResult::Unknown;
+    }
+}
+
+void setDebuggingOptions(LuUnitTest& unitTest, const SParams& params)
+{
+    auto* const debugging = dynamic_cast<IDebugging*>(&unitTest);
+    if (debugging == nullptr)
+    {
+        return;
+    }
+    const auto set = [debugging](IDebugging::EOption option, bool value) {
+        if (debugging->IsOptionSupported(option))
+        {
+            debugging->SetOption(option, value);
+        }
+    };
+    set(IDebugging::eO_DebuggingSerialization, params.deDebuggingSerialization);
+    set(IDebugging::eO_PredefinedBreakPoints, params.dePredefinedBreakPoints);
+    set(IDebugging::eO_VerboseOutput, params.deVerboseOutput);
+}
+
+/// The first sub-test of exactly that name.
+std::optional<std::uint32_t> findSubtest(const LuUnitTest& unitTest, const std::wstring& name)
+{
+    const std::uint32_t count = unitTest.GetSubtestCount();
+    for (std::uint32_t index = 0; index < count; ++index)
+    {
+        if (unitTest.GetSubtestName(index) == name)
+        {
+            return index;
+        }
+    }
+    return std::nullopt;
+}
+
+/// The case as far as it may throw. The created unit test is the caller's, who destroys it after taking the messages.
+ECaseRunResult runSubtest(SWorkBuffer& buffer, std::unique_ptr<LuUnitTest>& unitTest, LuStreamWriteText& messages)
+{
+    unitTest = LuTestSuite::CreateUnitTest(LoadName(buffer.className));
+    if (!unitTest)
+    {
+        return ECaseRunResult::NoMatchingCase;
+    }
+    unitTest->SetMessageStream(&messages);
+    unitTest->SetDataDirectory(LoadName(buffer.dataDirectory));
+    unitTest->InitSubtests();
+    setDebuggingOptions(*unitTest, buffer.params);
+    unitTest->PrepareSubtest();
+    const std::optional<std::uint32_t> subtest = findSubtest(*unitTest, LoadName(buffer.caseName));
+    if (!subtest)
+    {
+        return ECaseRunResult::NoMatchingCase;
+    }
+    const LbTimer timer(LbTimer::eR_NanoSecond);
+    const LuUnitTest::EResult result = unitTest->RunUnitTest(*subtest);
+    buffer.time = timer.GetElapsed();
+    return toCaseResult(result);
+}
+
+} // namespace
+
+void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
+{
+    LuStreamWriteTextMemory messages;
+    std::unique_ptr<LuUnitTest> unitTest;
+    ECaseRunResult result = ECaseRunResult::Exception;
+    try
+    {
+        result = runSubtest(buffer, unitTest, messages);
+    }
+    catch (...)
+    {
+        // The result says it; an exception that leaves a sub-test has been reported by the unit test itself.
+        result = ECaseRunResult::Exception;
+    }
+    buffer.result = static_cast<std::uint32_t>(result);
+    AppendMessages(buffer, messages.GetText());
+}
+
+} // namespace LuTestSuiteRun

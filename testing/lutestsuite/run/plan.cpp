@@ -1,0 +1,43 @@
+#include "testing/lutestsuite/run/plan.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+bool mayRunParallel(const SParams& params, const LuTestSuite::STestCase& testCase)
+{
+    if (!params.parallel || testCase.parameters.empty())
+    {
+        return params.parallel;
+    }
+    const auto parameter = testCase.parameters.find(L"Parallel");
+    return parameter == testCase.parameters.end() || parameter->second.ToBool().value_or(false);
+}
+
+} // namespace
+
+SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params)
+{
+    SPlan plan;
+    for (std::size_t unitTest = 0; unitTest < unitTests.size(); ++unitTest)
+    {
+        const std::vector<LuTestSuite::STestCase>& cases = unitTests[unitTest].cases;
+        for (std::size_t testCase = 0; testCase < cases.size(); ++testCase)
+        {
+            std::vector<std::uint32_t>& list = mayRunParallel(params, cases[testCase]) ? plan.parallel : plan.sequential;
+            for (std::uint32_t repetition = 0; repetition < params.repetitions; ++repetition)
+            {
+                list.push_back(static_cast<std::uint32_t>(plan.cases.size()));
+                SCaseInfo& info = plan.cases.emplace_back();
+                info.unitTest = static_cast<std::uint32_t>(unitTest);
+                info.testCase = static_cast<std::uint32_t>(testCase);
+                info.repetition = repetition;
+            }
+        }
+    }
+    return plan;
+}
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,74 @@
+#include "testing/lutestsuite/run/workbuffer.h"
+
+#include <algorithm>
+
+#include "base/lbencoding.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+bool isFirstOfPair(char16_t unit)
+{
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+} // namespace
+
+IWorkBuffer::~IWorkBuffer() = default;
+
+// Uninitialised on purpose: two megabytes of which a case uses a few hundred bytes.
+CHeapWorkBuffer::CHeapWorkBuffer() : m_buffer(std::make_unique_for_overwrite<SWorkBuffer>())
+{
+}
+
+CWorkBufferWriteView CHeapWorkBuffer::GetWriteAccess()
+{
+    return {*m_buffer, nullptr};
+}
+
+CWorkBufferReadView CHeapWorkBuffer::GetReadAccess()
+{
+    return {*m_buffer, nullptr};
+}
+
+bool StoreName(char16_t (&field)[c_NameCapacity], const std::wstring& name)
+{
+    const std::u16string units = LbEncoding::ToUtf16(name);
+    if (units.size() >= c_NameCapacity)
+    {
+        return false;
+    }
+    *std::ranges::copy(units, field).out = u'\0';
+    return true;
+}
+
+std::wstring LoadName(const char16_t (&field)[c_NameCapacity])
+{
+    const char16_t* const end = std::find(std::begin(field), std::end(field), u'\0');
+    return LbEncoding::FromUtf16({field, static_cast<std::size_t>(end - field)});
+}
+
+void AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
+{
+    const std::u16string units = LbEncoding::ToUtf16(text);
+    const std::size_t length = std::min<std::size_t>(buffer.messageLength, c_MessageMax);
+    std::size_t count = std::min(units.size(), c_MessageMax - length);
+    if (count > 0 && count < units.size() && isFirstOfPair(units[count - 1]))
+    {
+        --count;
+    }
+    std::copy_n(units.begin(), count, buffer.messages + length);
+    buffer.messages[length + count] = u'\0';
+    buffer.messageLength = static_cast<std::uint32_t>(length + count);
+}
+
+std::wstring LoadMessages(const SWorkBuffer& buffer)
+{
+    const std::size_t length = std::min<std::size_t>(buffer.messageLength, c_MessageMax);
+    return LbEncoding::FromUtf16({buffer.messages, length});
+}
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,106 @@
+/// The work buffer: one case's request and answer.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/inoncopyable.h"
+#include "testing/lutestsuite/lutestsuiterun.h"
+
+namespace LuTestSuiteRun
+{
+
+inline constexpr std::size_t c_NameCapacity = 1024;       ///< characters of a name with its terminator
+inline constexpr std::size_t c_MessageCapacity = 1048578; ///< characters of the message field
+inline constexpr std::size_t c_MessageMax = 1048575;      ///< characters of messages that are ever stored
+
+/// A wire format between processes: little-endian, text in UTF-16, the same on all platforms.
+struct SWorkBuffer
+{
+    char16_t className[c_NameCapacity];
+    char16_t caseName[c_NameCapacity];
+    char16_t dataDirectory[c_NameCapacity];
+    SParams params;
+    std::uint32_t result; ///< an ECaseRunResult
+    std::uint32_t reserved;
+    std::uint64_t memoryGrowth;
+    std::uint64_t allocations;
+    std::uint64_t peakMemory;
+    std::uint64_t time;
+    std::uint32_t messageLength; ///< characters, without the terminator
+    char16_t messages[c_MessageCapacity];
+};
+
+static_assert(sizeof(SParams) == 56);
+static_assert(offsetof(SParams, parallel) == 10);
+static_assert(offsetof(SParams, workerThreads) == 12);
+static_assert(offsetof(SParams, repetitions) == 16);
+static_assert(offsetof(SParams, timeOutSec) == 20);
+static_assert(offsetof(SParams, testCaseMax) == 24);
+static_assert(offsetof(SParams, breakAllocId) == 32);
+static_assert(offsetof(SParams, breakAllocSize) == 40);
+static_assert(offsetof(SParams, repetitionsGiven) == 48);
+static_assert(offsetof(SWorkBuffer, caseName) == 2048);
+static_assert(offsetof(SWorkBuffer, dataDirectory) == 4096);
+static_assert(offsetof(SWorkBuffer, params) == 6144);
+static_assert(offsetof(SWorkBuffer, result) == 6200);
+static_assert(offsetof(SWorkBuffer, memoryGrowth) == 6208);
+static_assert(offsetof(SWorkBuffer, allocations) == 6216);
+static_assert(offsetof(SWorkBuffer, peakMemory) == 6224);
+static_assert(offsetof(SWorkBuffer, time) == 6232);
+static_assert(offsetof(SWorkBuffer, messageLength) == 6240);
+static_assert(offsetof(SWorkBuffer, messages) == 6244);
+static_assert(sizeof(SWorkBuffer) == 2103400);
+
+/// Access to a buffer for as long as the view lives.
+template<typename Buffer>
+class CWorkBufferView : public INonCopyable
+{
+public:
+    /// `release` is the handle that goes with the view; it is dropped at the view's end.
+    CWorkBufferView(Buffer& buffer, std::shared_ptr<void> release) : m_buffer(buffer), m_release(std::move(release)) {}
+
+    Buffer& operator*() const { return m_buffer; }
+    Buffer* operator->() const { return &m_buffer; }
+
+private:
+    Buffer& m_buffer;
+    std::shared_ptr<void> m_release;
+};
+
+using CWorkBufferWriteView = CWorkBufferView<SWorkBuffer>;
+using CWorkBufferReadView = CWorkBufferView<const SWorkBuffer>;
+
+/// Where a buffer lives. Used by one thread at a time.
+class IWorkBuffer
+{
+public:
+    virtual CWorkBufferWriteView GetWriteAccess() = 0;
+    virtual CWorkBufferReadView GetReadAccess() = 0;
+    virtual ~IWorkBuffer();
+};
+
+/// A buffer in local memory, for cases that run in this process; one per executing thread.
+class CHeapWorkBuffer : public IWorkBuffer, public INonCopyable
+{
+public:
+    CHeapWorkBuffer();
+    CWorkBufferWriteView GetWriteAccess() override;
+    CWorkBufferReadView GetReadAccess() override;
+
+private:
+    std::unique_ptr<SWorkBuffer> m_buffer;
+};
+
+/// Stores a name; false, and nothing is stored, when it is longer than the field.
+bool StoreName(char16_t (&field)[c_NameCapacity], const std::wstring& name);
+std::wstring LoadName(const char16_t (&field)[c_NameCapacity]);
+
+/// Appends message text; what no longer fits is cut off, never in the middle of a character.
+void AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
+std::wstring LoadMessages(const SWorkBuffer& buffer);
+
+} // namespace LuTestSuiteRun

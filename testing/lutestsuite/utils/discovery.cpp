@@ -1,0 +1,159 @@
+/// The walk of the data directory.
+
+#include <algorithm>
+#include <memory>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lbrtti.h"
+#include "base/luunittest.h"
+#include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/unittestfactory.h"
+
+namespace
+{
+
+using LuTestSuite::STestCase;
+using LuTestSuite::SUnitTest;
+
+void writeWarning(const wchar_t* format, const std::wstring& name)
+{
+    LuTestSuiteOut::Write(format, name).Bold().Color(LuColor::c_GOLDENROD);
+}
+
+/// Asks the instance for its sub-tests. What goes wrong costs a warning; the cases collected so far stay.
+void collectCases(LuUnitTest& instance, SUnitTest& test)
+{
+    try
+    {
+        instance.SetDataDirectory(test.dataDirectory);
+        instance.InitSubtests();
+        const std::uint32_t count = instance.GetSubtestCount();
+        test.cases.reserve(count);
+        for (std::uint32_t index = 0; index < count; ++index)
+        {
+            test.cases.push_back({{}, instance.GetSubtestName(index), {}});
+        }
+    }
+    catch (...)
+    {
+        writeWarning(L"Warnung: Falsche Konfiguration des Unit-Test %s.\n", test.className);
+    }
+}
+
+/// The files of the unit test's folder. The instance has often listed them already; a class that keeps its directory to
+/// itself has not.
+const std::vector<std::wstring>& getFileNames(const LuUnitTest& instance, const SUnitTest& test,
+                                              std::vector<std::wstring>& ownList)
+{
+    if (instance.GetDataDirectory() == test.dataDirectory)
+    {
+        return instance.GetDataFileNames();
+    }
+    ownList = LbFileSystem::GetFileNames(test.dataDirectory);
+    return ownList;
+}
+
+/// A case is a file data set when the unit test's folder holds a file of the case's name.
+void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
+{
+    std::vector<std::wstring> ownList;
+    const std::vector<std::wstring>& fileNames = getFileNames(instance, test, ownList);
+    test.dataSetFiles.reserve(std::min(fileNames.size(), test.cases.size()));
+    for (STestCase& testCase : test.cases)
+    {
+        if (std::ranges::binary_search(fileNames, testCase.name))
+        {
+            testCase.dataSetFile = test.dataDirectory + testCase.name;
+            test.dataSetFiles.push_back(testCase.dataSetFile);
+        }
+    }
+}
+
+} // namespace
+
+std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(const std::wstring& dataDir,
+                                                                                bool removeDisabled)
+{
+    std::vector<SUnitTest> tests;
+    std::vector<std::wstring> pendingDirs;
+    const std::wstring root = dataDir.empty() ? dataDir : AddBackslash(dataDir);
+    processDir(root, GetFileNameOnly(root), tests, pendingDirs, removeDisabled);
+    while (!pendingDirs.empty())
+    {
+        const std::wstring directory = std::move(pendingDirs.back());
+        pendingDirs.pop_back();
+        LbOs::VisitDirectory(directory, [&](const LbOs::SDirectoryEntry& entry) {
+            if (entry.isDirectory && entry.name.find(L".svn") == std::wstring::npos)
+            {
+                processDir(directory + entry.name + LbPath::c_Separator, entry.name, tests, pendingDirs,
+                           removeDisabled);
+            }
+        });
+    }
+    return tests;
+}
+
+void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstring& folderName, UnitTests& tests,
+                                  std::vector<std::wstring>& pendingDirs, bool removeDisabled)
+{
+    const LbRTTI* const type = LbRTTI::Find(folderName);
+    if (type == nullptr || !type->IsDerivedFrom(LuUnitTest::RTTI))
+    {
+        pendingDirs.push_back(directory);
+        return;
+    }
+    if (type->IsExactly(LuUnitTest::RTTI))
+    {
+        writeWarning(L"Warnung: Zum Verzeichnis %s gehörende Unit-Test Klasse hat keine eigene RTTI.\n", folderName);
+        return;
+    }
+    if (type->GetCreate() == nullptr)
+    {
+        writeWarning(L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n",
+                     folderName);
+        return;
+    }
+    const std::unique_ptr<LuUnitTest> instance = LuTestSuite::CreateUnitTestOrNull(folderName);
+    if (!instance)
+    {
+        writeWarning(L"Warnung: Fehler beim Instanzieren von Unit-Test %s.\n", folderName);
+        return;
+    }
+    SUnitTest test;
+    test.className = folderName;
+    test.dataDirectory = directory;
+    test.moduleName = GetModuleName(*type);
+    collectCases(*instance, test);
+    assignDataSetFiles(*instance, test);
+    processExtraInfoFile(test);
+    if (removeDisabled)
+    {
+        removeDisabledCases(test);
+    }
+    if (!test.cases.empty())
+    {
+        tests.push_back(std::move(test));
+    }
+}
+
+void LuTestSuiteUtils::PreprocessDataDir(std::wstring& dataDir)
+{
+    if (!LbFileSystem::Exists(dataDir))
+    {
+        // Read the history only when it can matter: reading it creates the per-user folder.
+        if (const std::optional<std::uint32_t> index = LbVariant(dataDir).ToUInt32())
+        {
+            const std::vector<std::wstring> history = GetDataDirHistory();
+            if (*index < history.size())
+            {
+                dataDir = history[*index];
+            }
+        }
+    }
+    if (!dataDir.empty())
+    {
+        dataDir = AddBackslash(dataDir);
+    }
+}

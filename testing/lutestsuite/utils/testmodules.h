@@ -1,0 +1,13 @@
+/// The fixed list of test modules.
+#pragma once
+
+#include <span>
+
+namespace LuTestSuite
+{
+
+/// Module names without ending, possibly with a folder in front, in the order in which they are loaded. Made at configure
+/// time from the text file that the installation names.
+extern const std::span<const wchar_t* const> c_TestModules;
+
+} // namespace LuTestSuite

@@ -1,0 +1,17 @@
+/// Lenient reading of numbers: white space in front, an optional sign, decimal digits, anything after them ignored, 0
+/// without digits. Out of range gives the nearest limit. The same on all platforms, whatever the width of long.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace LuTestSuite
+{
+
+std::int32_t ReadInt(const std::wstring& text);
+
+/// A minus sign negates within the type: "-1" gives the largest number.
+std::uint32_t ReadUInt32(const std::wstring& text);
+std::uint64_t ReadUInt64(const std::wstring& text);
+
+} // namespace LuTestSuite
