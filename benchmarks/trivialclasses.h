@@ -1,0 +1,53 @@
+/// A hundred unit-test classes of fifty sub-tests that do nothing, for measuring what the runner adds.
+#pragma once
+
+#include <array>
+#include <string>
+#include <utility>
+
+#include "base/lbformat.h"
+#include "base/lbrtti.h"
+#include "base/luunittest.h"
+
+namespace Benchmarks
+{
+
+inline constexpr std::size_t c_ClassCount = 100;
+inline constexpr std::size_t c_CasesPerClass = 50;
+
+inline std::wstring GetCaseName(std::size_t index)
+{
+    return LbFormat(L"does nothing %u", index);
+}
+
+template<std::size_t Number>
+class CTrivialClass : public LuUnitTest
+{
+    LB_RTTI(CTrivialClass)
+
+    void InitSubtests() override
+    {
+        for (std::size_t index = 0; index < c_CasesPerClass; ++index)
+        {
+            AddSubtest(GetCaseName(index), [] { return eR_Passed; });
+        }
+    }
+};
+
+inline std::wstring GetClassName(std::size_t index)
+{
+    return LbFormat(L"CTrivialClass%u", index);
+}
+
+template<std::size_t Number>
+const LbRTTI CTrivialClass<Number>::RTTI(GetClassName(Number).c_str(), &LuUnitTest::RTTI,
+                                         []() -> std::unique_ptr<IObject> { return std::make_unique<CTrivialClass>(); });
+
+/// Naming the records makes the classes register themselves where this function is compiled in.
+template<std::size_t... Numbers>
+std::array<const LbRTTI*, sizeof...(Numbers)> GetRecords(std::index_sequence<Numbers...>)
+{
+    return {&CTrivialClass<Numbers>::RTTI...};
+}
+
+} // namespace Benchmarks
