@@ -73,8 +73,8 @@ bool LbFileSystem::AssertDirectory(const std::wstring& path)
     {
         return true;
     }
-    // Other threads may create the same folders meanwhile, so nothing is concluded from a look at them.
-    return !Exists(path) && AssertDirectory(LbPath::GetParent(path)) && LbOs::MakeDirectory(path);
+    // Only a file ends the attempt: other threads may create the same folders meanwhile.
+    return !IsFile(path) && AssertDirectory(LbPath::GetParent(path)) && LbOs::MakeDirectory(path);
 }
 
 std::vector<std::wstring> LbFileSystem::GetFileNames(const std::wstring& directory)

@@ -166,6 +166,8 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
     {
         return EResult::Syntax;
     }
+    // The parser overwrites the last character by a terminator, unseen where it is text: let that be one that counts not.
+    content->bytes += '\n';
     const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(
         content->bytes.data(), content->bytes.size(), c_ParseOptions, pugi::encoding_utf8);
     if (!parsed || !isTopLevelInOrder(content->document) ||

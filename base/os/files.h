@@ -52,6 +52,10 @@ LB_API bool RemoveEmptyDirectory(const std::wstring& path);
 LB_API std::wstring GetWorkingDirectory();
 LB_API bool SetWorkingDirectory(const std::wstring& path);
 
+/// The path as it stands when the working directory changes: absolute, by the present working directory. A separator at
+/// the end stays; an empty path stays empty. Nothing is looked up on the disk.
+LB_API std::wstring GetFullPath(const std::wstring& path);
+
 /// Absolute path of the running executable.
 LB_API std::wstring GetExecutablePath();
 

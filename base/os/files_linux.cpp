@@ -176,6 +176,11 @@ bool LbOs::SetWorkingDirectory(const std::wstring& path)
     return chdir(toSystemPath(path).c_str()) == 0;
 }
 
+std::wstring LbOs::GetFullPath(const std::wstring& path)
+{
+    return path.empty() || IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
+}
+
 std::wstring LbOs::GetExecutablePath()
 {
     return readText([](char* buffer, std::size_t size) {

@@ -165,6 +165,16 @@ bool LbOs::SetWorkingDirectory(const std::wstring& path)
     return path.find(L'\0') == std::wstring::npos && SetCurrentDirectoryW(path.c_str()) != FALSE;
 }
 
+std::wstring LbOs::GetFullPath(const std::wstring& path)
+{
+    if (path.empty() || path.find(L'\0') != std::wstring::npos)
+    {
+        return path;
+    }
+    return ReadText(
+        [&path](wchar_t* buffer, DWORD size) { return GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
+}
+
 std::wstring LbOs::GetExecutablePath()
 {
     return ReadText([](wchar_t* buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });

@@ -29,7 +29,8 @@ class CPreparation : public INonCopyable
 {
 public:
     CPreparation(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
-        : m_environment(environment), m_assertDialog(setup.params.assertDialog)
+        : m_environment(environment), m_assertDialog(setup.params.assertDialog),
+          m_dataDirectory(LbOs::GetFullPath(setup.dataDir)), m_includeConfig(LbOs::GetFullPath(setup.includeConfig))
     {
         environment.LoadTestDLLs();
         for (const std::wstring& name : setup.dlls)
@@ -49,20 +50,26 @@ public:
         m_environment.RestoreWorkingDirectory();
     }
 
+    /// The user's paths, which are meant from the working directory that the run leaves.
+    const std::wstring& GetDataDirectory() const { return m_dataDirectory; }
+    const std::wstring& GetIncludeConfig() const { return m_includeConfig; }
+
 private:
     LuTestSuiteEnvironment& m_environment;
     bool m_assertDialog;
+    std::wstring m_dataDirectory;
+    std::wstring m_includeConfig;
 };
 
 /// A host's own list of unit tests is run as it is.
-UnitTests gather(const LuTestSuiteSetup& setup)
+UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
 {
     if (!setup.unitTests.empty())
     {
         return setup.unitTests;
     }
-    UnitTests unitTests = LuTestSuiteUtils::ScanDirectoryForUnitTests(setup.dataDir, true);
-    LuTestSuiteUtils::FilterTestCases(unitTests, setup.includeConfig, setup.includes, setup.excludes,
+    UnitTests unitTests = LuTestSuiteUtils::ScanDirectoryForUnitTests(preparation.GetDataDirectory(), true);
+    LuTestSuiteUtils::FilterTestCases(unitTests, preparation.GetIncludeConfig(), setup.includes, setup.excludes,
                                       setup.params.testCaseMax, setup.noRegex);
     return unitTests;
 }
@@ -112,7 +119,7 @@ SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environmen
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
     const CPreparation preparation(setup, environment);
-    const UnitTests unitTests = gather(setup);
+    const UnitTests unitTests = gather(setup, preparation);
     WarnAboutMissingFeatures(setup, unitTests);
 
     SRunResult result;
