@@ -1,6 +1,7 @@
 #include "base/lustream.h"
 
 #include <algorithm>
+#include <source_location>
 #include <utility>
 
 #include "base/lbencoding.h"

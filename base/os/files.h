@@ -26,6 +26,7 @@ struct SDirectoryEntry
 {
     const std::wstring& name;
     bool isDirectory; ///< links are followed
+    bool isLink;      ///< a symbolic link, or another kind of entry that stands for a place elsewhere
 };
 
 /// True when the path does not depend on the working directory (nor on its drive). Nothing is looked up.
@@ -55,6 +56,10 @@ LB_API bool SetWorkingDirectory(const std::wstring& path);
 /// The path as it stands when the working directory changes: absolute, by the present working directory. A separator at
 /// the end stays; an empty path stays empty. Nothing is looked up on the disk.
 LB_API std::wstring GetFullPath(const std::wstring& path);
+
+/// The one name of an existing file or directory, with all links resolved, without separator at its end; empty when it
+/// cannot be had.
+LB_API std::wstring GetCanonicalPath(const std::wstring& path);
 
 /// Absolute path of the running executable.
 LB_API std::wstring GetExecutablePath();

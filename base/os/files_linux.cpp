@@ -1,6 +1,7 @@
 #include "base/os/files.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -91,7 +92,7 @@ std::wstring readText(const F& read)
 
 std::wstring getHomeDirectory()
 {
-    const std::wstring home = LbOs::GetEnvironmentText(L"HOME");
+    std::wstring home = LbOs::GetEnvironmentText(L"HOME");
     if (!home.empty())
     {
         return home;
@@ -139,7 +140,7 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
         if (bytes != "." && bytes != "..")
         {
             LbEncoding::FromNative(bytes, name);
-            visit({name, isDirectoryEntry(descriptor, *entry)});
+            visit({name, isDirectoryEntry(descriptor, *entry), entry->d_type == DT_LNK});
         }
     }
     return true;
@@ -181,6 +182,16 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
     return path.empty() || IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
 }
 
+std::wstring LbOs::GetCanonicalPath(const std::wstring& path)
+{
+    struct SFree
+    {
+        void operator()(char* text) const { std::free(text); }
+    };
+    const std::unique_ptr<char, SFree> canonical(realpath(toSystemPath(path).c_str(), nullptr));
+    return canonical ? LbEncoding::FromNative(canonical.get()) : std::wstring();
+}
+
 std::wstring LbOs::GetExecutablePath()
 {
     return readText([](char* buffer, std::size_t size) {
@@ -198,7 +209,7 @@ std::wstring LbOs::GetUserDataDirectory()
         return withoutSeparators(data);
     }
     const std::wstring home = withoutSeparators(getHomeDirectory());
-    return home.empty() ? home : home + L"/.local/share";
+    return home.empty() ? home : home + (home == L"/" ? L".local/share" : L"/.local/share");
 }
 
 std::wstring LbOs::GetTemporaryDirectory()

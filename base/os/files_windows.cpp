@@ -117,7 +117,8 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
         name = data.cFileName;
         if (name != L"." && name != L"..")
         {
-            visit({name, isDirectory(data.dwFileAttributes)});
+            visit({name, isDirectory(data.dwFileAttributes),
+                   (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0});
         }
     }
     while (FindNextFileW(found, &data) != FALSE);
@@ -173,6 +174,25 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
     }
     return ReadText(
         [&path](wchar_t* buffer, DWORD size) { return GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
+}
+
+std::wstring LbOs::GetCanonicalPath(const std::wstring& path)
+{
+    struct SClose
+    {
+        void operator()(void* handle) const { CloseHandle(handle); }
+    };
+    // Directories open with the backup flag only.
+    const HANDLE opened =
+        CreateFileW(ToSystemPath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (opened == INVALID_HANDLE_VALUE)
+    {
+        return {};
+    }
+    const std::unique_ptr<void, SClose> closer(opened);
+    return ReadText(
+        [opened](wchar_t* buffer, DWORD size) { return GetFinalPathNameByHandleW(opened, buffer, size, 0); });
 }
 
 std::wstring LbOs::GetExecutablePath()

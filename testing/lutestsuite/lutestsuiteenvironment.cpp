@@ -62,8 +62,8 @@ void warmUpParallelLoops()
 /// The file is removed again: a run should leave nothing in the temporary files.
 void warmUpFileStreams()
 {
-    const std::wstring file = LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + L"LuTestSuite-" +
-                              LbUniqueId::Generate() + L".tmp";
+    const std::wstring file =
+        LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + L"LuTestSuite-" + LbUniqueId::Generate() + L".tmp";
     LuStreamWriteBinaryFile(file).Close();
     LuStreamReadBinaryFile(file).Close();
     LbOs::RemoveFile(file);

@@ -12,15 +12,15 @@ namespace IOC
 class CContainer;
 }
 
-/// Created once by the host before it calls the library, destroyed after; by one thread. It prepares the process so that
-/// test modules can be loaded, and keeps the working directory that the process started with.
+/// Created once by the host before it calls the library, destroyed after; by one thread. It prepares the process so
+/// that test modules can be loaded, and keeps the working directory that the process started with.
 class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 {
 public:
     /// Registers the product, saves the working directory, makes the dependency container (from
-    /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml" beside the executable's folder where that exists, else from a
-    /// built-in text), starts the message dispatcher and warms up the run-time. Throws LbException when the container or
-    /// the dispatcher cannot be had.
+    /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml" beside the executable's folder where that exists, else from
+    /// a built-in text), starts the message dispatcher and warms up the run-time. Throws LbException when the container
+    /// or the dispatcher cannot be had.
     LuTestSuiteEnvironment();
 
     /// Shuts the message dispatcher and the thread pool down, waiting without limit, and drops the container.
@@ -29,13 +29,13 @@ public:
     /// Loads the fixed list of test modules; absent ones are skipped without a word.
     void LoadTestDLLs();
 
-    /// Loads one test module from the executable's folder, by its name without ending, which may hold a folder in front.
-    /// An absent module is skipped; one that cannot be loaded costs one line of output. Modules stay loaded for the life
-    /// of the process. The flag has no effect.
+    /// Loads one test module from the executable's folder, by its name without ending, which may hold a folder in
+    /// front. An absent module is skipped; one that cannot be loaded costs one line of output. Modules stay loaded for
+    /// the life of the process. The flag has no effect.
     void LoadDLL(const std::wstring& name, bool flag);
 
-    /// Uses once each facility of the run-time whose first use allocates memory, so that no test case is charged for it.
-    /// Any thread; each thread has data of its own to warm up.
+    /// Uses once each facility of the run-time whose first use allocates memory, so that no test case is charged for
+    /// it. Any thread; each thread has data of its own to warm up.
     static void PreallocateStaticData();
 
     void SetExecutableDirectoryAsWorkingDirectory();

@@ -55,9 +55,7 @@ LuTestSuiteOut::LuCustomOut::~LuCustomOut() = default;
 
 LuTestSuiteOut::LuTestSuiteOut() = default;
 
-LuTestSuiteOut::LuTestSuiteOut(std::wstring text) : m_text(std::move(text))
-{
-}
+LuTestSuiteOut::LuTestSuiteOut(std::wstring text) : m_text(std::move(text)) {}
 
 LuTestSuiteOut::LuTestSuiteOut(const LuTestSuiteOut& other) = default;
 

@@ -25,8 +25,8 @@ public:
         virtual ~LuCustomOut();
     };
 
-    /// A line of formatted text (see LbFormat), neither bold nor underlined nor coloured. Throws LbException for arguments
-    /// that do not fit the format.
+    /// A line of formatted text (see LbFormat), neither bold nor underlined nor coloured. Throws LbException for
+    /// arguments that do not fit the format.
     template<typename... T>
     static LuTestSuiteOut Write(const wchar_t* format, const T&... arguments)
     {
@@ -36,8 +36,8 @@ public:
     LuTestSuiteOut(const LuTestSuiteOut& other);
     LuTestSuiteOut& operator=(const LuTestSuiteOut& other);
 
-    /// Emits the line: as UTF-8 to standard output, unless switched off, and to the custom outputs in the order in which
-    /// they were added.
+    /// Emits the line: as UTF-8 to standard output, unless switched off, and to the custom outputs in the order in
+    /// which they were added.
     ~LuTestSuiteOut();
 
     LuTestSuiteOut& Bold();
@@ -52,8 +52,8 @@ public:
     /// The colour; all bits set while none was chosen.
     LuColor GetColor() const { return m_color; }
 
-    /// Adds a custom output. The caller keeps it alive for as long as anything may print; there is no removal. One that is
-    /// added twice receives each line twice.
+    /// Adds a custom output. The caller keeps it alive for as long as anything may print; there is no removal. One that
+    /// is added twice receives each line twice.
     static void AddCustomOut(LuCustomOut* out);
 
     /// Switches standard output on (the default) or off; custom outputs are not concerned.

@@ -44,14 +44,17 @@ struct STestCase
 };
 
 /// One unit test with the cases to run, in order.
-struct SUnitTest
+struct LUTESTSUITE_API SUnitTest
 {
-    std::wstring className;                 ///< registered name, also the display name
-    std::wstring dataDirectory;             ///< the unit test's own directory, ends in a separator
-    std::vector<std::wstring> dataSetFiles; ///< full paths of the cases that are file data sets, in case order
+    std::wstring className;     ///< registered name, also the display name
+    std::wstring dataDirectory; ///< the unit test's own directory, ends in a separator
     std::vector<STestCase> cases;
     std::vector<SContact> contacts;
     std::wstring moduleName; ///< file name of the module that holds the class; empty when unknown
+
+    /// The data-set files: full paths of the cases that are files of the unit test's folder, in case order. Taken from
+    /// the cases, which hold them, so that the two never disagree.
+    std::vector<std::wstring> GetDataSetFiles() const;
 };
 
 } // namespace LuTestSuite
@@ -87,21 +90,21 @@ inline constexpr std::uint64_t c_NoBreak = std::numeric_limits<std::uint64_t>::m
 /// Parameters of a run or of one case. Order and widths are fixed: other processes receive the record as it stands.
 struct SParams
 {
-    bool trackHeap = false;                ///< track heap allocations during the case
-    bool dumpHeap = false;                 ///< list the live allocations when memory grew
-    bool reportMemLeak = true;             ///< a case whose memory grew is marked with a warning
-    bool external = false;                 ///< run the case in a child process
-    bool isolated = false;                 ///< one child process per case
-    bool assertDialog = true;              ///< assertion dialogs stay enabled during the run
-    bool verbose = false;                  ///< extra information
-    bool deVerboseOutput = false;          ///< value for IDebugging::eO_VerboseOutput
-    bool deDebuggingSerialization = false; ///< value for IDebugging::eO_DebuggingSerialization
-    bool dePredefinedBreakPoints = false;  ///< value for IDebugging::eO_PredefinedBreakPoints
-    bool parallel = false;                 ///< the case may run on a worker thread
-    std::uint32_t workerThreads = 0;       ///< number of worker threads; 0 means not chosen
-    std::uint32_t repetitions = 1;         ///< runs of every case
-    std::uint32_t timeOutSec = c_NoLimit;  ///< limit per case in seconds, only in a child process
-    std::uint32_t testCaseMax = c_NoLimit; ///< upper limit of cases to run
+    bool trackHeap = false;                   ///< track heap allocations during the case
+    bool dumpHeap = false;                    ///< list the live allocations when memory grew
+    bool reportMemLeak = true;                ///< a case whose memory grew is marked with a warning
+    bool external = false;                    ///< run the case in a child process
+    bool isolated = false;                    ///< one child process per case
+    bool assertDialog = true;                 ///< assertion dialogs stay enabled during the run
+    bool verbose = false;                     ///< extra information
+    bool deVerboseOutput = false;             ///< value for IDebugging::eO_VerboseOutput
+    bool deDebuggingSerialization = false;    ///< value for IDebugging::eO_DebuggingSerialization
+    bool dePredefinedBreakPoints = false;     ///< value for IDebugging::eO_PredefinedBreakPoints
+    bool parallel = false;                    ///< the case may run on a worker thread
+    std::uint32_t workerThreads = 0;          ///< number of worker threads; 0 means not chosen
+    std::uint32_t repetitions = 1;            ///< runs of every case
+    std::uint32_t timeOutSec = c_NoLimit;     ///< limit per case in seconds, only in a child process
+    std::uint32_t testCaseMax = c_NoLimit;    ///< upper limit of cases to run
     std::uint64_t breakAllocId = c_NoBreak;   ///< allocation number at which to break
     std::uint64_t breakAllocSize = c_NoBreak; ///< allocation size in bytes at which to break
     alignas(8) bool repetitionsGiven = false; ///< append the case time to the console's result line
@@ -140,10 +143,10 @@ struct SStats
     };
 
     SCounts total;
-    std::vector<SCounts> unitTests;                  ///< one per unit test, same order
-    std::uint32_t unitTestsExecuted = 0;             ///< with at least one executed case
-    std::uint32_t unitTestsPassed = 0;               ///< of these, every executed case is Ok
-    std::uint32_t unitTestsPassedWithoutWarning = 0; ///< of these, none with a warning
+    std::vector<SCounts> unitTests;                                        ///< one per unit test, same order
+    std::uint32_t unitTestsExecuted = 0;                                   ///< with at least one executed case
+    std::uint32_t unitTestsPassed = 0;                                     ///< of these, every executed case is Ok
+    std::uint32_t unitTestsPassedWithoutWarning = 0;                       ///< of these, none with a warning
     std::uint64_t caseTimeMin = std::numeric_limits<std::uint64_t>::max(); ///< nanoseconds, as all times
     std::uint64_t caseTimeMax = 0;
     std::uint64_t caseTimeSum = 0;

@@ -27,20 +27,20 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     LuTestSuiteSetup& operator=(LuTestSuiteSetup&& other) noexcept;
     ~LuTestSuiteSetup();
 
-    std::wstring dataDir;               ///< directory searched for unit-test folders, ends in a separator
-    std::vector<std::wstring> includes; ///< patterns of cases to select
-    std::vector<std::wstring> excludes; ///< patterns of cases to leave out
+    std::wstring dataDir;                          ///< directory searched for unit-test folders, ends in a separator
+    std::vector<std::wstring> includes;            ///< patterns of cases to select
+    std::vector<std::wstring> excludes;            ///< patterns of cases to leave out
     std::vector<LuTestSuite::SUnitTest> unitTests; ///< when not empty, run as they are instead of scanning dataDir
 
     LuTestSuiteRun::SParams params; ///< the run's parameters, handed on as one record
 
-    std::wstring includeConfig; ///< configuration file whose stored selection is included
-    std::wstring xmlReport;     ///< path of the XML report to write
-    std::wstring htmlReport;    ///< path of the HTML report to write
-    bool autoXml = false;       ///< write an XML report under an automatic name; set by hosts only
-    bool autoHtml = false;      ///< write an HTML report under an automatic name
-    bool openReports = false;   ///< open the HTML report in the browser
-    bool smallReport = false;   ///< leave the per-case results out of reports
+    std::wstring includeConfig;           ///< configuration file whose stored selection is included
+    std::wstring xmlReport;               ///< path of the XML report to write
+    std::wstring htmlReport;              ///< path of the HTML report to write
+    bool autoXml = false;                 ///< write an XML report under an automatic name; set by hosts only
+    bool autoHtml = false;                ///< write an HTML report under an automatic name
+    bool openReports = false;             ///< open the HTML report in the browser
+    bool smallReport = false;             ///< leave the per-case results out of reports
     std::vector<std::wstring> diffInputs; ///< XML reports to compare
     std::wstring diffOutput;              ///< file of the comparison, in place of the automatic name
     bool writeCss = true;                 ///< write the style sheet next to each HTML report

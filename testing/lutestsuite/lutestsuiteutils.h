@@ -23,9 +23,9 @@ public:
 
     // Entry -----------------------------------------------------------------------------------------------------------
 
-    /// Runs the one mode that the arguments (the program's name first) ask for. False when they were refused (the reason
-    /// was printed) or when a case of a run did not end "OK". Exceptions of the mode pass through: LbException, or a
-    /// German message as std::wstring. By the thread that made the environment.
+    /// Runs the one mode that the arguments (the program's name first) ask for. False when they were refused (the
+    /// reason was printed) or when a case of a run did not end "OK". Exceptions of the mode pass through: LbException,
+    /// or a German message as std::wstring. By the thread that made the environment.
     static bool RunCommandLine(LuTestSuiteEnvironment& environment, int argumentCount, const wchar_t* const* arguments);
 
     // Command line ----------------------------------------------------------------------------------------------------
@@ -39,8 +39,8 @@ public:
     };
 
     /// Fills the setup from the arguments (the program's name first). False when they were refused; the reason was
-    /// printed and the options before it stay applied. When only the help text was asked for or nothing is left to do, it
-    /// is printed and the setup selects no mode.
+    /// printed and the options before it stay applied. When only the help text was asked for or nothing is left to do,
+    /// it is printed and the setup selects no mode.
     static bool ProcessCommandLine(LuTestSuiteSetup& setup, int argumentCount, const wchar_t* const* arguments);
 
     static std::wstring GetCommandLineHelp();
@@ -91,8 +91,8 @@ public:
     static void GetUInt32(const XMLNode& node, std::uint32_t& value);
     static void GetUInt64(const XMLNode& node, std::uint64_t& value);
 
-    /// The data directories remembered in "LastConfig.xml" of the per-user folder, the latest first. A file that cannot be
-    /// read costs one line of output.
+    /// The data directories remembered in "LastConfig.xml" of the per-user folder, the latest first. A file that cannot
+    /// be read costs one line of output.
     static std::vector<std::wstring> GetDataDirHistory();
 
     /// Fills run parameters from the child elements of `node`; missing elements leave their fields unchanged.
@@ -112,18 +112,18 @@ public:
 
     // Selection -------------------------------------------------------------------------------------------------------
 
-    /// Keeps the selected cases only; unit tests without any vanish, the order stays. Patterns are ECMAScript expressions,
-    /// searched in the path name: directory and class name with "/" as separator, ":", case name; with `noRegex` they are
-    /// plain ends of it. Excluding wins over including. Names stored in the configuration file are class name, ":", case
-    /// name. Without any pattern and stored name all are selected. At least one selected case is kept whatever `maxCases`.
-    /// Throws a German message as std::wstring naming an invalid pattern, a name too long to be matched, or the error in
-    /// the configuration file.
+    /// Keeps the selected cases only; unit tests without any vanish, the order stays. Patterns are ECMAScript
+    /// expressions, searched in the path name: directory and class name with "/" as separator, ":", case name; with
+    /// `noRegex` they are plain ends of it. Excluding wins over including. Names stored in the configuration file are
+    /// class name, ":", case name. Without any pattern and stored name all are selected. At least one selected case is
+    /// kept whatever `maxCases`. Throws a German message as std::wstring naming an invalid pattern, a name too long to
+    /// be matched, or the error in the configuration file.
     static void FilterTestCases(std::vector<LuTestSuite::SUnitTest>& tests, const std::wstring& includeConfigPath,
                                 const std::vector<std::wstring>& includes, const std::vector<std::wstring>& excludes,
                                 std::uint32_t maxCases, bool noRegex);
 
-    /// The expression of a wildcard name: "*" is any text, "?" any character; "{" and "}" keep their meaning as repetition
-    /// counts. To be matched against whole names. Throws std::regex_error for an invalid repetition count.
+    /// The expression of a wildcard name: "*" is any text, "?" any character; "{" and "}" keep their meaning as
+    /// repetition counts. To be matched against whole names. Throws std::regex_error for an invalid repetition count.
     static std::wregex GenerateWildcardRegex(const std::wstring& wildcard);
 
     // Paths and texts -------------------------------------------------------------------------------------------------

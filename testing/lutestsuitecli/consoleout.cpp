@@ -41,6 +41,5 @@ void CConsoleOut::Output(const LuTestSuiteOut& line)
     }
     // Attributes end before the line feeds: a terminal that scrolls fills the new line with what is in force.
     const std::size_t bodyEnd = text.find_last_not_of(L'\n') + 1;
-    LbOs::WriteStandardOutput(
-        LbEncoding::ToUtf8(start + text.substr(0, bodyEnd) + L"\x1b[0m" + text.substr(bodyEnd)));
+    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(start + text.substr(0, bodyEnd) + L"\x1b[0m" + text.substr(bodyEnd)));
 }

@@ -5,8 +5,8 @@
 
 #include "base/idebugging.h"
 #include "base/lbtimer.h"
-#include "base/luunittest.h"
 #include "base/lustream.h"
+#include "base/luunittest.h"
 #include "testing/lutestsuite/utils/unittestfactory.h"
 
 namespace LuTestSuiteRun

@@ -26,7 +26,8 @@ SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SPara
         const std::vector<LuTestSuite::STestCase>& cases = unitTests[unitTest].cases;
         for (std::size_t testCase = 0; testCase < cases.size(); ++testCase)
         {
-            std::vector<std::uint32_t>& list = mayRunParallel(params, cases[testCase]) ? plan.parallel : plan.sequential;
+            std::vector<std::uint32_t>& list =
+                mayRunParallel(params, cases[testCase]) ? plan.parallel : plan.sequential;
             for (std::uint32_t repetition = 0; repetition < params.repetitions; ++repetition)
             {
                 list.push_back(static_cast<std::uint32_t>(plan.cases.size()));

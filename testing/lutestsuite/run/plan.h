@@ -10,8 +10,8 @@ namespace LuTestSuiteRun
 
 struct SPlan
 {
-    std::vector<SCaseInfo> cases; ///< in plan order
-    std::vector<std::uint32_t> parallel;   ///< indices of case runs that may go parallel, in plan order; they come first
+    std::vector<SCaseInfo> cases;        ///< in plan order
+    std::vector<std::uint32_t> parallel; ///< indices of case runs that may go parallel, in plan order; they come first
     std::vector<std::uint32_t> sequential; ///< indices of the others, in plan order
 };
 

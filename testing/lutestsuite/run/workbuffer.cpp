@@ -20,9 +20,7 @@ bool isFirstOfPair(char16_t unit)
 IWorkBuffer::~IWorkBuffer() = default;
 
 // Uninitialised on purpose: two megabytes of which a case uses a few hundred bytes.
-CHeapWorkBuffer::CHeapWorkBuffer() : m_buffer(std::make_unique_for_overwrite<SWorkBuffer>())
-{
-}
+CHeapWorkBuffer::CHeapWorkBuffer() : m_buffer(std::make_unique_for_overwrite<SWorkBuffer>()) {}
 
 CWorkBufferWriteView CHeapWorkBuffer::GetWriteAccess()
 {

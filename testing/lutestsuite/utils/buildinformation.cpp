@@ -1,10 +1,10 @@
 /// What the library knows about its own build, and about the modules of the process.
 
+#include "testing/lutestsuite/utils/buildinformation.h"
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/os/modules.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
-#include "testing/lutestsuite/utils/buildinformation.h"
 
 std::wstring LuTestSuiteUtils::GetBuildConfiguration()
 {

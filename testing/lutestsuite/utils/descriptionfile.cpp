@@ -71,8 +71,9 @@ struct SParameter
 };
 
 constexpr SParameter c_Parameters[] = {
-    {L"Enable", setFlagOrNull},  {L"ReportMemLeak", setFlagOrNull}, {L"TimeOutSec", setNumber},
-    {L"MessageReportMax", setNumber}, {L"Parallel", setFlag},       {L"External", setFlag},
+    {L"Enable", setFlagOrNull}, {L"ReportMemLeak", setFlagOrNull},
+    {L"TimeOutSec", setNumber}, {L"MessageReportMax", setNumber},
+    {L"Parallel", setFlag},     {L"External", setFlag},
     {L"Isolated", setFlag},
 };
 
@@ -216,6 +217,10 @@ void LuTestSuiteUtils::processParamNode(const XMLNode& node, LuTestSuite::Parame
 void LuTestSuiteUtils::removeDisabledCases(LuTestSuite::SUnitTest& test)
 {
     std::erase_if(test.cases, [](const LuTestSuite::STestCase& testCase) {
+        if (testCase.parameters.empty())
+        {
+            return false;
+        }
         const auto enable = testCase.parameters.find(L"Enable");
         return enable != testCase.parameters.end() && enable->second.ToBool() == std::optional<bool>(false);
     });

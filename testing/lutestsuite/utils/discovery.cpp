@@ -33,7 +33,7 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
         test.cases.reserve(count);
         for (std::uint32_t index = 0; index < count; ++index)
         {
-            test.cases.push_back({{}, instance.GetSubtestName(index), {}});
+            test.cases.emplace_back().name = instance.GetSubtestName(index);
         }
     }
     catch (...)
@@ -60,16 +60,37 @@ void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
 {
     std::vector<std::wstring> ownList;
     const std::vector<std::wstring>& fileNames = getFileNames(instance, test, ownList);
-    test.dataSetFiles.reserve(std::min(fileNames.size(), test.cases.size()));
+    // Cases made from files come in the order of the names, so the next name is nearly always the right one.
+    auto next = fileNames.begin();
     for (STestCase& testCase : test.cases)
     {
-        if (std::ranges::binary_search(fileNames, testCase.name))
+        if (next == fileNames.end() || *next != testCase.name)
         {
-            testCase.dataSetFile = test.dataDirectory + testCase.name;
-            test.dataSetFiles.push_back(testCase.dataSetFile);
+            next = std::ranges::lower_bound(fileNames, testCase.name);
+        }
+        if (next != fileNames.end() && *next == testCase.name)
+        {
+            testCase.dataSetFile.reserve(test.dataDirectory.size() + testCase.name.size());
+            testCase.dataSetFile.append(test.dataDirectory).append(testCase.name);
+            ++next;
         }
     }
 }
+
+/// Keeps the walk out of circles: a linked directory is entered once, and never when the link stands inside it.
+class CLinkedDirectories
+{
+public:
+    bool MayEnter(const std::wstring& directory, const std::wstring& linkName)
+    {
+        const std::wstring target = LbOs::GetCanonicalPath(directory + linkName) + LbPath::c_Separator;
+        const std::wstring place = LbOs::GetCanonicalPath(directory) + LbPath::c_Separator;
+        return !place.starts_with(target) && m_entered.insert(target).second;
+    }
+
+private:
+    std::unordered_set<std::wstring> m_entered;
+};
 
 } // namespace
 
@@ -78,6 +99,7 @@ std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(
 {
     std::vector<SUnitTest> tests;
     std::vector<std::wstring> pendingDirs;
+    CLinkedDirectories links;
     const std::wstring root = dataDir.empty() ? dataDir : AddBackslash(dataDir);
     processDir(root, GetFileNameOnly(root), tests, pendingDirs, removeDisabled);
     while (!pendingDirs.empty())
@@ -85,7 +107,8 @@ std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(
         const std::wstring directory = std::move(pendingDirs.back());
         pendingDirs.pop_back();
         LbOs::VisitDirectory(directory, [&](const LbOs::SDirectoryEntry& entry) {
-            if (entry.isDirectory && entry.name.find(L".svn") == std::wstring::npos)
+            if (entry.isDirectory && entry.name.find(L".svn") == std::wstring::npos &&
+                (!entry.isLink || links.MayEnter(directory, entry.name)))
             {
                 processDir(directory + entry.name + LbPath::c_Separator, entry.name, tests, pendingDirs,
                            removeDisabled);

@@ -9,8 +9,8 @@ namespace
 /// Address space, not memory: pages are taken as the recursion reaches them.
 constexpr std::size_t c_StackSize = std::size_t{1} << 30U;
 
-/// Measured: 300 bytes for a character under a simple repetition, 50 more for each character of the expression inside the
-/// repetition. The bound leaves a factor of three, for builds with sanitizers.
+/// Measured: 300 bytes for a character under a simple repetition, 50 more for each character of the expression inside
+/// the repetition. The bound leaves a factor of three, for builds with sanitizers.
 constexpr std::size_t c_StackPerStep = 256;
 constexpr std::size_t c_StepsPerCharacter = 4;
 

@@ -28,13 +28,9 @@ LuTestSuiteUtils::LuOptionParser::SFunctionHandler::SFunctionHandler(const std::
 
 LuTestSuiteUtils::LuOptionParser::SFunctionHandler::~SFunctionHandler() = default;
 
-void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply()
-{
-}
+void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply() {}
 
-void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply(const std::wstring& /*value*/)
-{
-}
+void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply(const std::wstring& /*value*/) {}
 
 /// A value option goes by the first of its names that the argument begins with: an argument of the form name=value is
 /// never taken apart.

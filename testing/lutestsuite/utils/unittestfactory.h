@@ -9,8 +9,8 @@
 namespace LuTestSuite
 {
 
-/// A new object of the class registered under `className`, owned by the caller; null when there is no such class, when it
-/// cannot be created, or when it is no unit test. Passes on what the class's constructor throws.
+/// A new object of the class registered under `className`, owned by the caller; null when there is no such class, when
+/// it cannot be created, or when it is no unit test. Passes on what the class's constructor throws.
 std::unique_ptr<LuUnitTest> CreateUnitTest(const std::wstring& className);
 
 /// The same, null also when the constructor throws.
