@@ -185,6 +185,12 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
         return path;
     }
     const std::wstring full = IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
+    // Behind a link ".." is its target's parent, which the text does not tell.
+    const std::wstring canonical = full.find(L"..") == std::wstring::npos ? std::wstring() : GetCanonicalPath(full);
+    if (!canonical.empty())
+    {
+        return path.back() == L'/' && canonical.back() != L'/' ? canonical + L'/' : canonical;
+    }
     return LbEncoding::FromNative(std::filesystem::path(LbEncoding::ToNative(full)).lexically_normal().native());
 }
 
