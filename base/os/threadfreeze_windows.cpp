@@ -76,25 +76,26 @@ bool readContext(HANDLE thread, CONTEXT& context) noexcept
     return GetThreadContext(thread, &context) != FALSE;
 }
 
-/// A suspension takes effect some time after the call; to read the context waits for that.
+/// False when the thread runs on. When it has ended that is no failure.
 bool suspend(SThread& thread) noexcept
 {
-    alignas(16) CONTEXT context = {};
-    if (SuspendThread(thread.handle) != static_cast<DWORD>(-1))
-    {
-        thread.isSuspended = true;
-        if (readContext(thread.handle, context))
-        {
-            return true;
-        }
-    }
-    // Refused: no failure when it has ended.
-    return WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
+    thread.isSuspended = SuspendThread(thread.handle) != static_cast<DWORD>(-1);
+    return thread.isSuspended || WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
 }
 
-bool suspendAll(std::size_t first) noexcept
+/// A suspension takes effect some time after the call; to read the context waits for that.
+bool awaitSuspension(const SThread& thread) noexcept
 {
-    return std::all_of(s_threads + first, s_threads + s_count, suspend);
+    alignas(16) CONTEXT context = {};
+    return (thread.isSuspended && readContext(thread.handle, context)) ||
+           WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
+}
+
+/// All are told to stop before any is waited for.
+bool suspendFrom(std::size_t first) noexcept
+{
+    return std::all_of(s_threads + first, s_threads + s_count, suspend) &&
+           std::all_of(s_threads + first, s_threads + s_count, awaitSuspension);
 }
 
 /// Adds the threads that are not known yet.
@@ -127,15 +128,15 @@ bool freezeAll() noexcept
     const HMODULE system = GetModuleHandleW(L"ntdll.dll");
     const auto getNextThread = reinterpret_cast<FGetNextThread>(
         reinterpret_cast<void*>(system == nullptr ? nullptr : GetProcAddress(system, "NtGetNextThread")));
-    if (!openThreads() || !suspendAll(0))
+    if (getNextThread == nullptr)
     {
-        return false;
+        return openThreads() && suspendFrom(0);
     }
-    std::size_t known = s_count;
+    std::size_t known = 0;
     do
     {
         known = s_count;
-        if (getNextThread != nullptr && (!findNewThreads(getNextThread) || !suspendAll(known)))
+        if (!findNewThreads(getNextThread) || !suspendFrom(known))
         {
             return false;
         }

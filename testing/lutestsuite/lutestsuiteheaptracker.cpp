@@ -147,17 +147,14 @@ void LuTestSuiteHeapTracker::hookAll() noexcept
     hook(s_functions.malloc, reinterpret_cast<void*>(detourMalloc), s_mallocTrampoline);
     hook(s_functions.free, reinterpret_cast<void*>(detourFree), s_freeTrampoline);
     hook(s_functions.realloc, reinterpret_cast<void*>(detourRealloc), s_reallocTrampoline);
+    s_engine.EnableAll();
 }
 
 bool LuTestSuiteHeapTracker::hook(void* target, void* detour, void*& trampoline) noexcept
 {
     // After a shut-down it is the target itself, see the engine.
     const bool isEmpty = trampoline == nullptr || trampoline == target;
-    if (target == nullptr || (isEmpty && s_engine.Create(target, detour, trampoline) != EPatchStatus::Success))
-    {
-        return false;
-    }
-    return s_engine.Enable(target) == EPatchStatus::Success;
+    return target != nullptr && isEmpty && s_engine.Create(target, detour, trampoline) == EPatchStatus::Success;
 }
 
 void LuTestSuiteHeapTracker::UnhookAll()

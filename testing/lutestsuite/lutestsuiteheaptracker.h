@@ -75,6 +75,7 @@ private:
     static constexpr std::uint64_t sc_uiNone = ~std::uint64_t{0};
 
     static void hookAll() noexcept;
+    /// Makes a patch, still to be enabled.
     static bool hook(void* target, void* detour, void*& trampoline) noexcept;
 
     static void* detourMalloc(std::size_t size) noexcept;

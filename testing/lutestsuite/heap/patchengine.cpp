@@ -4,7 +4,6 @@
 #include <cstring>
 #include <new>
 
-#include "base/os/threadfreeze.h"
 #include "testing/lutestsuite/heap/nearmemory.h"
 
 namespace LuTestSuite
@@ -167,7 +166,33 @@ EPatchStatus CPatchEngine::Enable(void* target) noexcept
     {
         return EPatchStatus::NotCreated;
     }
-    return patch->isEnabled ? EPatchStatus::AlreadyEnabled : enable(*patch);
+    if (patch->isEnabled)
+    {
+        return EPatchStatus::AlreadyEnabled;
+    }
+    LbOs::CThreadFreezer threads;
+    return threads.Freeze(c_FreezeTimeoutMs) ? enable(*patch, threads) : EPatchStatus::NotProtectable;
+}
+
+EPatchStatus CPatchEngine::EnableAll() noexcept
+{
+    const LbCriticalSectionLock lock(s_engineLock);
+    if (!m_isInitialized)
+    {
+        return EPatchStatus::NotInitialized;
+    }
+    LbOs::CThreadFreezer threads;
+    if (m_first != nullptr && !threads.Freeze(c_FreezeTimeoutMs))
+    {
+        return EPatchStatus::NotProtectable;
+    }
+    EPatchStatus result = EPatchStatus::Success;
+    for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
+    {
+        const EPatchStatus status = patch->isEnabled ? EPatchStatus::Success : enable(*patch, threads);
+        result = status == EPatchStatus::Success ? result : status;
+    }
+    return result;
 }
 
 EPatchStatus CPatchEngine::Disable(void* target) noexcept
@@ -236,7 +261,8 @@ CPatchEngine::SPatch* CPatchEngine::find(const void* target) const noexcept
     return patch;
 }
 
-EPatchStatus CPatchEngine::enable(SPatch& patch) noexcept
+/// With the other threads frozen.
+EPatchStatus CPatchEngine::enable(SPatch& patch, LbOs::CThreadFreezer& threads) noexcept
 {
     const auto target = reinterpret_cast<std::uintptr_t>(patch.target);
     const auto block = reinterpret_cast<std::uintptr_t>(patch.block);
@@ -246,11 +272,6 @@ EPatchStatus CPatchEngine::enable(SPatch& patch) noexcept
     const auto displacement = static_cast<std::int32_t>(destination - end);
     std::memcpy(&jump[1], &displacement, sizeof(displacement));
 
-    LbOs::CThreadFreezer threads;
-    if (!threads.Freeze(c_FreezeTimeoutMs))
-    {
-        return EPatchStatus::NotProtectable;
-    }
     const CWritable writable(m_protect, patch);
     const auto findCopy = [&patch, block](std::size_t offset) { return patch.trampoline.FindCopy(block, offset); };
     if (!writable || !moveThreads(threads, target, c_PatchSize, findCopy))

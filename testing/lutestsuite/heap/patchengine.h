@@ -7,6 +7,7 @@
 
 #include "base/lbcriticalsection.h"
 #include "base/os/pages.h"
+#include "base/os/threadfreeze.h"
 #include "testing/lutestsuite/heap/trampoline.h"
 #include "testing/lutestsuite/lutestsuiteexport.h"
 
@@ -53,6 +54,9 @@ public:
     EPatchStatus Enable(void* target) noexcept;
     EPatchStatus Disable(void* target) noexcept;
 
+    /// Enables all patches that are not, at one stop of the threads. Goes on after a failure and returns the last one.
+    EPatchStatus EnableAll() noexcept;
+
     /// Disables all patches, leads threads out of the trampolines and frees these. When it fails nothing is freed and
     /// the engine stays initialised.
     EPatchStatus ShutDown() noexcept;
@@ -78,7 +82,7 @@ private:
 
     SPatch* find(const void* target) const noexcept;
     EPatchStatus fillBlock(SPatch& patch, const LbOs::SRegion& region) noexcept;
-    EPatchStatus enable(SPatch& patch) noexcept;
+    EPatchStatus enable(SPatch& patch, LbOs::CThreadFreezer& threads) noexcept;
     EPatchStatus disable(SPatch& patch) noexcept;
     void releaseAll() noexcept;
     void release(SPatch* patch) const noexcept;
