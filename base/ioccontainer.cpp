@@ -102,9 +102,7 @@ std::shared_ptr<IObject> IOC::CContainer::SContent::GetOnlyObject(SService& serv
     return service.object;
 }
 
-IOC::CContainer::CContainer() : m_content(std::make_unique<SContent>())
-{
-}
+IOC::CContainer::CContainer() : m_content(std::make_unique<SContent>()) {}
 
 IOC::CContainer::~CContainer() = default;
 

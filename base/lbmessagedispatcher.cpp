@@ -100,9 +100,7 @@ void LbMessageDispatcher::SShared::Stop()
     isStopping = false;
 }
 
-LbMessageDispatcher::LbMessageDispatcher() : m_shared(std::make_unique<SShared>())
-{
-}
+LbMessageDispatcher::LbMessageDispatcher() : m_shared(std::make_unique<SShared>()) {}
 
 LbMessageDispatcher::~LbMessageDispatcher() = default;
 

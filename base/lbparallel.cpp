@@ -153,8 +153,8 @@ void LbParallel::Invoke(std::initializer_list<std::function<void()>> functions)
 std::int64_t LbParallel::SumRange(std::int64_t first, std::int64_t last)
 {
 #ifdef _OPENMP
-    // Idle threads of the OpenMP run-time spin for milliseconds and take processors from what runs next, unless there are
-    // more of them than processors. Each thread that calls this gets threads of its own, hence not too many.
+    // Idle threads of the OpenMP run-time spin for milliseconds and take processors from what runs next, unless there
+    // are more of them than processors. Each thread that calls this gets threads of its own, hence not too many.
     const int threadCount = std::min(omp_get_num_procs() + 1, 8);
     std::int64_t sum = 0;
 #pragma omp parallel for reduction(+ : sum) num_threads(threadCount)

@@ -176,7 +176,7 @@ void LbThreadPool::SShared::Stop()
         isStopping = true;
         changed.notify_all();
     }
-    // Unlocked, but nobody changes the list meanwhile: as long as it is not empty, tasks handed in start no new threads.
+    // Unlocked, but nobody changes the list meanwhile: while it is not empty, tasks handed in start no new threads.
     for (std::thread& thread : threads)
     {
         thread.join();
@@ -206,9 +206,7 @@ bool LbThreadPool::CTask::Cancel() const
     return true;
 }
 
-LbThreadPool::LbThreadPool() : m_shared(std::make_unique<SShared>())
-{
-}
+LbThreadPool::LbThreadPool() : m_shared(std::make_unique<SShared>()) {}
 
 LbThreadPool::~LbThreadPool() = default;
 

@@ -79,7 +79,8 @@ std::wstring floatingToText(double value)
 {
     // The longest value without an exponent has 324 places after the point and a sign and a zero before it.
     char digits[512];
-    const std::to_chars_result result = std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed);
+    const std::to_chars_result result =
+        std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed);
     return std::wstring(digits, result.ptr);
 }
 

@@ -11,8 +11,8 @@ namespace
 
 constexpr std::wstring_view c_DescriptionFile = L"#ExtraInfo.xml";
 
-/// True when `name` matches `wildcard` ("*" and "?"). On a mismatch only the last "*" takes one character more, which is
-/// enough: what stands before it has matched as early as possible.
+/// True when `name` matches `wildcard` ("*" and "?"). On a mismatch only the last "*" takes one character more, which
+/// is enough: what stands before it has matched as early as possible.
 bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
 {
     std::size_t position = 0;
@@ -26,7 +26,8 @@ bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
             afterStar = ++inWildcard;
             takenByStar = position;
         }
-        else if (inWildcard < wildcard.size() && (wildcard[inWildcard] == L'?' || wildcard[inWildcard] == name[position]))
+        else if (inWildcard < wildcard.size() &&
+                 (wildcard[inWildcard] == L'?' || wildcard[inWildcard] == name[position]))
         {
             ++inWildcard;
             ++position;
@@ -65,9 +66,7 @@ void LuUnitTest::SetDataDirectory(const std::wstring& directory)
     m_dataFileNames.reset();
 }
 
-void LuUnitTest::PrepareSubtest()
-{
-}
+void LuUnitTest::PrepareSubtest() {}
 
 std::uint32_t LuUnitTest::GetSubtestCount() const
 {

@@ -25,13 +25,12 @@ struct SSignature
     std::size_t skip; ///< how much of it is no text
 };
 
-// The last two are "<" without a byte order mark.
 constexpr SSignature c_Signatures[] = {
-    {"\xEF\xBB\xBF"sv, EEncoding::Utf8, 3},
-    {"\xFF\xFE"sv, EEncoding::Utf16LittleEndian, 2},
-    {"\xFE\xFF"sv, EEncoding::Utf16BigEndian, 2},
-    {"<\0"sv, EEncoding::Utf16LittleEndian, 0},
-    {"\0<"sv, EEncoding::Utf16BigEndian, 0},
+    {"\xEF\xBB\xBF"sv, EEncoding::Utf8, 3},          // byte order marks
+    {"\xFF\xFE"sv, EEncoding::Utf16LittleEndian, 2}, //
+    {"\xFE\xFF"sv, EEncoding::Utf16BigEndian, 2},    //
+    {"<\0"sv, EEncoding::Utf16LittleEndian, 0},      // the first character without one
+    {"\0<"sv, EEncoding::Utf16BigEndian, 0},         //
 };
 
 constexpr std::string_view c_WhiteSpace = " \t\r\n";

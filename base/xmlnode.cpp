@@ -37,7 +37,7 @@ bool isText(pugi::xml_node node)
     return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
-/// True when the document is, in this order, at most one declaration, at most one document type and exactly one element.
+/// True when the document is, in this order, at most one declaration, at most one type and exactly one element.
 bool isTopLevelInOrder(const pugi::xml_document& document)
 {
     constexpr int declaration = 1;
@@ -166,7 +166,7 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
     {
         return EResult::Syntax;
     }
-    // The parser overwrites the last character by a terminator, unseen where it is text: let that be one that counts not.
+    // The parser overwrites the last character by a terminator and so loses text of one character after the root.
     content->bytes += '\n';
     const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(
         content->bytes.data(), content->bytes.size(), c_ParseOptions, pugi::encoding_utf8);
