@@ -26,5 +26,7 @@ void LbOs::SetBreakpointHandler(FBreakpointHandler handler) noexcept
     s_handler = handler;
     struct sigaction action = {};
     action.sa_handler = handler != nullptr ? onTrap : SIG_DFL;
+    // The handler is left alone by all signals.
+    sigfillset(&action.sa_mask);
     sigaction(SIGTRAP, &action, nullptr);
 }

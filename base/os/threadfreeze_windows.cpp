@@ -14,6 +14,8 @@ namespace
 using FGetNextThread = LONG(NTAPI*)(HANDLE process, HANDLE thread, ACCESS_MASK access, ULONG attributes, ULONG flags,
                                     HANDLE* next);
 
+using FQueryThread = LONG(NTAPI*)(HANDLE thread, int kind, void* information, ULONG size, ULONG* length);
+
 constexpr DWORD c_Access =
     THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_SET_CONTEXT | THREAD_QUERY_INFORMATION | SYNCHRONIZE;
 constexpr std::size_t c_ThreadMax = 8192;
@@ -23,7 +25,16 @@ struct SThread
     HANDLE handle;
     DWORD number;
     bool isSuspended;
+    bool hasStarted;
 };
+
+/// Calls of the system that it declares for drivers only.
+struct SSystemCalls
+{
+    FGetNextThread getNextThread = nullptr;
+    FQueryThread queryThread = nullptr;
+};
+SSystemCalls s_calls;
 
 // One freeze at a time in a process; on the heap it cannot be.
 SThread s_threads[c_ThreadMax];
@@ -42,7 +53,7 @@ bool append(HANDLE handle, DWORD number) noexcept
         CloseHandle(handle);
         return false;
     }
-    s_threads[s_count++] = {handle, number, false};
+    s_threads[s_count++] = {handle, number, false, true};
     return true;
 }
 
@@ -83,9 +94,35 @@ bool suspend(SThread& thread) noexcept
     return thread.isSuspended || WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
 }
 
-/// A suspension takes effect some time after the call; to read the context waits for that.
-bool awaitSuspension(const SThread& thread) noexcept
+/// A thread without its block of data has not run yet. Under Wine one stays like that when its creator is stopped in
+/// the middle of the creation, and to read its context would wait for ever.
+bool hasStarted(HANDLE thread) noexcept
 {
+    struct SBasicInformation
+    {
+        LONG exitStatus;
+        void* block;
+        HANDLE process;
+        HANDLE thread;
+        ULONG_PTR affinity;
+        LONG priority;
+        LONG basePriority;
+    };
+    constexpr int c_BasicInformation = 0;
+    SBasicInformation information = {};
+    return s_calls.queryThread == nullptr ||
+           s_calls.queryThread(thread, c_BasicInformation, &information, sizeof(information), nullptr) < 0 ||
+           information.block != nullptr;
+}
+
+/// A suspension takes effect some time after the call; to read the context waits for that.
+bool awaitSuspension(SThread& thread) noexcept
+{
+    thread.hasStarted = hasStarted(thread.handle);
+    if (!thread.hasStarted)
+    {
+        return true;
+    }
     alignas(16) CONTEXT context = {};
     return (thread.isSuspended && readContext(thread.handle, context)) ||
            WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
@@ -99,13 +136,13 @@ bool suspendFrom(std::size_t first) noexcept
 }
 
 /// Adds the threads that are not known yet.
-bool findNewThreads(FGetNextThread getNextThread) noexcept
+bool findNewThreads() noexcept
 {
     HANDLE previous = nullptr;
     HANDLE next = nullptr;
     bool isPreviousKept = true;
     bool isGood = true;
-    while (isGood && getNextThread(GetCurrentProcess(), previous, c_Access, 0, 0, &next) >= 0)
+    while (isGood && s_calls.getNextThread(GetCurrentProcess(), previous, c_Access, 0, 0, &next) >= 0)
     {
         if (!isPreviousKept)
         {
@@ -123,12 +160,22 @@ bool findNewThreads(FGetNextThread getNextThread) noexcept
     return isGood;
 }
 
-bool freezeAll() noexcept
+void findSystemCalls() noexcept
 {
     const HMODULE system = GetModuleHandleW(L"ntdll.dll");
-    const auto getNextThread = reinterpret_cast<FGetNextThread>(
-        reinterpret_cast<void*>(system == nullptr ? nullptr : GetProcAddress(system, "NtGetNextThread")));
-    if (getNextThread == nullptr)
+    if (system == nullptr)
+    {
+        return;
+    }
+    const auto find = [system](const char* name) { return reinterpret_cast<void*>(GetProcAddress(system, name)); };
+    s_calls.getNextThread = reinterpret_cast<FGetNextThread>(find("NtGetNextThread"));
+    s_calls.queryThread = reinterpret_cast<FQueryThread>(find("NtQueryInformationThread"));
+}
+
+bool freezeAll() noexcept
+{
+    findSystemCalls();
+    if (s_calls.getNextThread == nullptr)
     {
         return openThreads() && suspendFrom(0);
     }
@@ -136,7 +183,7 @@ bool freezeAll() noexcept
     do
     {
         known = s_count;
-        if (!findNewThreads(getNextThread) || !suspendFrom(known))
+        if (!findNewThreads() || !suspendFrom(known))
         {
             return false;
         }
@@ -186,7 +233,8 @@ void LbOs::CThreadFreezer::Thaw() noexcept
 std::uintptr_t LbOs::CThreadFreezer::GetInstructionPointer(std::size_t thread) const noexcept
 {
     alignas(16) CONTEXT context = {};
-    return readContext(s_threads[thread].handle, context) ? context.Rip : 0;
+    const SThread& frozen = s_threads[thread];
+    return frozen.hasStarted && readContext(frozen.handle, context) ? context.Rip : 0;
 }
 
 bool LbOs::CThreadFreezer::SetInstructionPointer(std::size_t thread, std::uintptr_t address) noexcept
