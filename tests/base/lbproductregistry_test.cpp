@@ -1,0 +1,85 @@
+#include "base/lbproductregistry.h"
+
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+std::ptrdiff_t countOf(const std::wstring& name)
+{
+    const auto products = LbProductRegistry::GetAll();
+    return std::count_if(products.begin(), products.end(),
+                         [&name](const LbProductRegistry::SProduct& product) { return product.name == name; });
+}
+
+std::size_t positionOf(const std::wstring& name)
+{
+    const auto products = LbProductRegistry::GetAll();
+    const auto found =
+        std::find_if(products.begin(), products.end(),
+                     [&name](const LbProductRegistry::SProduct& product) { return product.name == name; });
+    return static_cast<std::size_t>(found - products.begin());
+}
+
+TEST(LbProductRegistry, FindsWhatWasEntered)
+{
+    LbProductRegistry::Register(L"Finder", L"1.2.3");
+    const auto product = LbProductRegistry::Find(L"Finder");
+    ASSERT_TRUE(product.has_value());
+    EXPECT_EQ(product->name, L"Finder");
+    EXPECT_EQ(product->version, L"1.2.3");
+}
+
+TEST(LbProductRegistry, FindsNothingUnknown)
+{
+    LbProductRegistry::Register(L"Known", L"1");
+    EXPECT_FALSE(LbProductRegistry::Find(L"known").has_value());
+    EXPECT_FALSE(LbProductRegistry::Find(L"").has_value());
+}
+
+TEST(LbProductRegistry, ReplacesAProductOfTheSameName)
+{
+    LbProductRegistry::Register(L"Replaced", L"1");
+    LbProductRegistry::Register(L"Replaced", L"2");
+    EXPECT_EQ(LbProductRegistry::Find(L"Replaced")->version, L"2");
+    EXPECT_EQ(countOf(L"Replaced"), 1);
+}
+
+TEST(LbProductRegistry, KeepsTheOrderOfFirstEntry)
+{
+    LbProductRegistry::Register(L"Order B", L"1");
+    LbProductRegistry::Register(L"Order A", L"1");
+    LbProductRegistry::Register(L"Order B", L"2");
+    EXPECT_EQ(positionOf(L"Order B") + 1, positionOf(L"Order A"));
+}
+
+TEST(LbProductRegistryConcurrency, TakesEntriesFromManyThreads)
+{
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread)
+    {
+        threads.emplace_back([thread] {
+            for (int index = 0; index < 50; ++index)
+            {
+                const std::wstring number = std::to_wstring(index);
+                LbProductRegistry::Register(L"Many " + number, std::to_wstring(thread));
+                EXPECT_TRUE(LbProductRegistry::Find(L"Many " + number).has_value());
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    for (int index = 0; index < 50; ++index)
+    {
+        EXPECT_EQ(countOf(L"Many " + std::to_wstring(index)), 1);
+    }
+}
+
+} // namespace

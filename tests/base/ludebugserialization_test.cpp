@@ -1,0 +1,42 @@
+#include "base/ludebugserialization.h"
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// Puts the process-wide directory back.
+class LuDebugSerializationGenericTest : public testing::Test
+{
+protected:
+    ~LuDebugSerializationGenericTest() override { LuDebugSerializationGeneric::SetDefaultOutputDirectory(m_former); }
+
+private:
+    std::wstring m_former = LuDebugSerializationGeneric::GetDefaultOutputDirectory();
+};
+
+TEST_F(LuDebugSerializationGenericTest, ReturnsTheDirectoryThatWasSet)
+{
+    LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"first");
+    LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"größer");
+    EXPECT_EQ(LuDebugSerializationGeneric::GetDefaultOutputDirectory(), L"größer");
+}
+
+TEST_F(LuDebugSerializationGenericTest, CanBeSetToNothing)
+{
+    LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"directory");
+    LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"");
+    EXPECT_EQ(LuDebugSerializationGeneric::GetDefaultOutputDirectory(), L"");
+}
+
+TEST_F(LuDebugSerializationGenericTest, DoesNotCreateTheDirectory)
+{
+    const ScopedFolder folder;
+    LuDebugSerializationGeneric::SetDefaultOutputDirectory(folder.GetPathOf(L"debug"));
+    EXPECT_FALSE(LbFileSystem::Exists(folder.GetPathOf(L"debug")));
+}
+
+} // namespace

@@ -1,0 +1,97 @@
+#include "base/os/console.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "tests/support/fulldevice.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+TEST(OsConsole, WritesInOrderWithTheRunTime)
+{
+    testing::internal::CaptureStdout();
+    std::printf("first ");
+    LbOs::WriteStandardOutput("second ");
+    std::printf("third");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "first second third");
+}
+
+TEST(OsConsole, WritesBytesAboveAscii)
+{
+    testing::internal::CaptureStdout();
+    LbOs::WriteStandardOutput("gr\xC3\xB6\xC3\x9F"
+                              "er %s");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "gr\xC3\xB6\xC3\x9F"
+                                                      "er %s");
+}
+
+TEST(OsConsole, WritesErrorsToTheErrorStream)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    LbOs::WriteStandardError("error");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(OsConsole, SeesNoTerminalInAFile)
+{
+    testing::internal::CaptureStdout();
+    const bool isTerminal = LbOs::EnableTerminalSequences();
+    testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(isTerminal);
+}
+
+TEST(OsConsole, TakesAnyCodePage)
+{
+    const std::uint32_t former = LbOs::GetConsoleCodePage();
+    LbOs::SetConsoleCodePage(65001);
+    const std::uint32_t present = LbOs::GetConsoleCodePage();
+    EXPECT_TRUE(present == 65001 || present == former);
+    LbOs::SetConsoleCodePage(0);
+    EXPECT_EQ(LbOs::GetConsoleCodePage(), present);
+    LbOs::SetConsoleCodePage(former);
+    EXPECT_EQ(LbOs::GetConsoleCodePage(), former);
+}
+
+TEST(OsConsole, ReadsTheEnvironment)
+{
+    EXPECT_NE(LbOs::GetEnvironmentText(L"PATH"), L"");
+    EXPECT_EQ(LbOs::GetEnvironmentText(L"LUTESTSUITE_NEVER_SET"), L"");
+}
+
+/// Writes to a full device, then to a file that can be written.
+[[noreturn]] void writeToFullDeviceFirst(const std::wstring& device, const std::wstring& file)
+{
+    std::FILE* const full = std::freopen(LbEncoding::ToUtf8(device).c_str(), "w", stdout);
+    for (int line = 0; line < 3000; ++line)
+    {
+        LbOs::WriteStandardOutput("lost\n");
+    }
+    std::FILE* const good = std::freopen(LbEncoding::ToUtf8(file).c_str(), "w", stdout);
+    LbOs::WriteStandardOutput("kept");
+    std::_Exit(full != nullptr && good != nullptr ? 0 : 1);
+}
+
+TEST(OsConsoleDeathTest, DropsWhatCannotBeWritten)
+{
+    const std::wstring device = GetFullDevice();
+    if (device.empty())
+    {
+        GTEST_SKIP() << "no full device here";
+    }
+    // A name that is the same in the process that the death test starts.
+    const std::wstring file = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + L"console_test_output.txt";
+    EXPECT_EXIT(writeToFullDeviceFirst(device, file), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(file), "kept");
+    LbOs::RemoveFile(file);
+}
+
+} // namespace

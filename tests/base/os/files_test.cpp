@@ -1,0 +1,243 @@
+#include "base/os/files.h"
+
+#include <array>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include <gtest/gtest.h>
+
+#include "base/lbpath.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using Entries = std::map<std::wstring, bool>;
+
+/// Names, each with whether it is a directory.
+Entries list(const std::wstring& directory)
+{
+    Entries entries;
+    EXPECT_TRUE(LbOs::VisitDirectory(
+        directory, [&entries](const LbOs::SDirectoryEntry& entry) { entries[entry.name] = entry.isDirectory; }));
+    return entries;
+}
+
+TEST(OsFiles, VisitsFilesAndDirectories)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"file.txt", "x");
+    folder.WriteFile(L"größer €.txt", "x");
+    folder.WriteFile(L"folder/inner.txt", "x");
+    EXPECT_EQ(list(folder.GetPath()), (Entries{{L"file.txt", false}, {L"größer €.txt", false}, {L"folder", true}}));
+    EXPECT_EQ(list(LbPath::WithoutSeparator(folder.GetPath())).size(), 3U);
+}
+
+TEST(OsFiles, VisitsManyEntriesOnceEach)
+{
+    const ScopedFolder folder;
+    Entries expected;
+    for (int index = 0; index < 1500; ++index)
+    {
+        const std::wstring name = L"file number " + std::to_wstring(index);
+        folder.WriteFile(name, "");
+        expected[name] = false;
+    }
+    int visits = 0;
+    LbOs::VisitDirectory(folder.GetPath(), [&visits](const LbOs::SDirectoryEntry&) { ++visits; });
+    EXPECT_EQ(visits, 1500);
+    EXPECT_EQ(list(folder.GetPath()), expected);
+}
+
+TEST(OsFiles, VisitsNothingInAnEmptyDirectory)
+{
+    const ScopedFolder folder;
+    EXPECT_EQ(list(folder.GetPath()), Entries());
+}
+
+TEST(OsFiles, RefusesToVisitWhatIsNoDirectory)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"file", "x");
+    const auto ignore = [](const LbOs::SDirectoryEntry&) {};
+    EXPECT_FALSE(LbOs::VisitDirectory(file, ignore));
+    EXPECT_FALSE(LbOs::VisitDirectory(folder.GetPathOf(L"missing"), ignore));
+    EXPECT_FALSE(LbOs::VisitDirectory(L"", ignore));
+}
+
+TEST(OsFiles, PassesExceptionsOfTheVisitor)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"file", "x");
+    const auto fail = [](const LbOs::SDirectoryEntry&) { throw std::runtime_error("visit"); };
+    EXPECT_THROW(LbOs::VisitDirectory(folder.GetPath(), fail), std::runtime_error);
+    EXPECT_EQ(list(folder.GetPath()).size(), 1U);
+}
+
+TEST(OsFiles, FollowsLinksToDirectories)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"target/file", "x");
+    std::error_code error;
+    std::filesystem::create_directory_symlink(folder.GetPathOf(L"target"), folder.GetPathOf(L"link"), error);
+    std::filesystem::create_symlink(folder.GetPathOf(L"missing"), folder.GetPathOf(L"broken"), error);
+    if (error)
+    {
+        GTEST_SKIP() << "links cannot be made here: " << error.message();
+    }
+    EXPECT_EQ(list(folder.GetPath()), (Entries{{L"broken", false}, {L"link", true}, {L"target", true}}));
+    EXPECT_EQ(LbOs::QueryEntry(folder.GetPathOf(L"link")), LbOs::EEntry::Directory);
+    EXPECT_TRUE(LbOs::RemoveFile(folder.GetPathOf(L"link")));
+    EXPECT_EQ(LbOs::QueryEntry(folder.GetPathOf(L"target/file")), LbOs::EEntry::File);
+}
+
+TEST(OsFiles, KeepsNamesThatAreNoText)
+{
+    const ScopedFolder folder;
+    const std::wstring name = std::wstring(L"stray") + static_cast<wchar_t>(0xDCFF) + L".txt";
+    const std::wstring path = folder.GetPath() + name;
+    const LbOs::FileHandle file = LbOs::OpenForWriting(path);
+    if (file == LbOs::c_InvalidFile)
+    {
+        GTEST_SKIP() << "the file system takes text only";
+    }
+    LbOs::CloseFile(file);
+    EXPECT_EQ(list(folder.GetPath()), (Entries{{name, false}}));
+    EXPECT_EQ(LbOs::QueryEntry(path), LbOs::EEntry::File);
+    EXPECT_TRUE(LbOs::RemoveFile(path));
+}
+
+TEST(OsFiles, MakesOneLevelOfDirectories)
+{
+    const ScopedFolder folder;
+    EXPECT_TRUE(LbOs::MakeDirectory(folder.GetPathOf(L"new")));
+    EXPECT_TRUE(LbOs::MakeDirectory(folder.GetPathOf(L"new")));
+    EXPECT_FALSE(LbOs::MakeDirectory(folder.GetPathOf(L"missing/new")));
+    EXPECT_FALSE(LbOs::MakeDirectory(folder.WriteFile(L"file", "x")));
+}
+
+TEST(OsFiles, RemovesFilesButNoDirectories)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"file", "x");
+    EXPECT_TRUE(LbOs::RemoveFile(file));
+    EXPECT_FALSE(LbOs::RemoveFile(file));
+    EXPECT_FALSE(LbOs::RemoveFile(LbPath::WithoutSeparator(folder.MakeFolder(L"directory"))));
+    EXPECT_EQ(LbOs::QueryEntry(file), LbOs::EEntry::Missing);
+    EXPECT_EQ(LbOs::QueryEntry(folder.GetPathOf(L"directory")), LbOs::EEntry::Directory);
+}
+
+TEST(OsFiles, RemovesWriteProtectedFiles)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"file", "x");
+    std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+    EXPECT_TRUE(LbOs::RemoveFile(file));
+    EXPECT_EQ(LbOs::QueryEntry(file), LbOs::EEntry::Missing);
+}
+
+TEST(OsFiles, RemovesEmptyDirectoriesOnly)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"full/file", "x");
+    EXPECT_FALSE(LbOs::RemoveEmptyDirectory(folder.GetPathOf(L"full")));
+    EXPECT_FALSE(LbOs::RemoveEmptyDirectory(file));
+    EXPECT_FALSE(LbOs::RemoveEmptyDirectory(folder.GetPathOf(L"missing")));
+    EXPECT_TRUE(LbOs::RemoveFile(file));
+    EXPECT_TRUE(LbOs::RemoveEmptyDirectory(folder.GetPathOf(L"full")));
+    EXPECT_EQ(LbOs::QueryEntry(folder.GetPathOf(L"full")), LbOs::EEntry::Missing);
+}
+
+TEST(OsFiles, ChangesTheWorkingDirectory)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"größer/here.txt", "x");
+    const std::wstring former = LbOs::GetWorkingDirectory();
+    ASSERT_TRUE(LbOs::SetWorkingDirectory(folder.GetPathOf(L"größer")));
+    const std::wstring present = LbOs::GetWorkingDirectory();
+    EXPECT_EQ(LbOs::QueryEntry(L"here.txt"), LbOs::EEntry::File);
+    EXPECT_TRUE(LbOs::SetWorkingDirectory(former));
+    EXPECT_EQ(LbOs::QueryEntry(L"here.txt"), LbOs::EEntry::Missing);
+    EXPECT_EQ(LbPath::GetLastComponent(present), L"größer");
+    EXPECT_TRUE(LbPath::IsAbsolute(present));
+    EXPECT_FALSE(LbPath::IsSeparator(present.back()));
+}
+
+TEST(OsFiles, KeepsTheWorkingDirectoryOnFailure)
+{
+    const ScopedFolder folder;
+    const std::wstring former = LbOs::GetWorkingDirectory();
+    EXPECT_FALSE(LbOs::SetWorkingDirectory(folder.GetPathOf(L"missing")));
+    EXPECT_FALSE(LbOs::SetWorkingDirectory(folder.WriteFile(L"file", "x")));
+    EXPECT_EQ(LbOs::GetWorkingDirectory(), former);
+}
+
+TEST(OsFiles, KnowsItsOwnExecutable)
+{
+    const std::wstring path = LbOs::GetExecutablePath();
+    EXPECT_TRUE(LbOs::IsAbsolutePath(path));
+    EXPECT_EQ(LbOs::QueryEntry(path), LbOs::EEntry::File);
+    EXPECT_TRUE(path.ends_with(LbOs::c_ExecutableSuffix));
+}
+
+TEST(OsFiles, GivesWellKnownDirectoriesWithoutSeparator)
+{
+    for (const std::wstring& path : {LbOs::GetUserDataDirectory(), LbOs::GetTemporaryDirectory()})
+    {
+        ASSERT_FALSE(path.empty());
+        EXPECT_TRUE(LbOs::IsAbsolutePath(path));
+        EXPECT_FALSE(LbPath::IsSeparator(path.back()));
+    }
+}
+
+TEST(OsFiles, OpensOnlyFiles)
+{
+    const ScopedFolder folder;
+    for (const std::wstring& path : {folder.GetPathOf(L"missing/file"), folder.MakeFolder(L"directory"), std::wstring(),
+                                     folder.GetPathOf(L"file") + L'\0' + L"x"})
+    {
+        EXPECT_EQ(LbOs::OpenForReading(path), LbOs::c_InvalidFile);
+        EXPECT_EQ(LbOs::OpenForWriting(path), LbOs::c_InvalidFile);
+    }
+    EXPECT_EQ(LbOs::OpenForReading(folder.GetPathOf(L"missing")), LbOs::c_InvalidFile);
+    EXPECT_EQ(list(folder.GetPath()), (Entries{{L"directory", true}}));
+}
+
+TEST(OsFiles, TellsWhenAHandleCannotBeUsed)
+{
+    const ScopedFolder folder;
+    std::array<char, 4> buffer{};
+    const LbOs::FileHandle written = LbOs::OpenForWriting(folder.GetPathOf(L"file"));
+    ASSERT_NE(written, LbOs::c_InvalidFile);
+    EXPECT_EQ(LbOs::ReadFileBytes(written, buffer.data(), buffer.size()), -1);
+    EXPECT_TRUE(LbOs::WriteFileBytes(written, "abc", 3));
+    EXPECT_EQ(LbOs::GetFileSize(written), 3);
+    EXPECT_TRUE(LbOs::CloseFile(written));
+
+    const LbOs::FileHandle read = LbOs::OpenForReading(folder.GetPathOf(L"file"));
+    ASSERT_NE(read, LbOs::c_InvalidFile);
+    EXPECT_FALSE(LbOs::WriteFileBytes(read, "x", 1));
+    EXPECT_EQ(LbOs::ReadFileBytes(read, buffer.data(), buffer.size()), 3);
+    EXPECT_EQ(LbOs::ReadFileBytes(read, buffer.data(), buffer.size()), 0);
+    EXPECT_TRUE(LbOs::CloseFile(read));
+    EXPECT_FALSE(LbOs::CloseFile(LbOs::c_InvalidFile));
+    EXPECT_EQ(LbOs::GetFileSize(LbOs::c_InvalidFile), -1);
+}
+
+TEST(OsFiles, ReadsAFileThatIsStillBeingWritten)
+{
+    const ScopedFolder folder;
+    const std::wstring path = folder.GetPathOf(L"file");
+    const LbOs::FileHandle written = LbOs::OpenForWriting(path);
+    EXPECT_TRUE(LbOs::WriteFileBytes(written, "ab", 2));
+    const LbOs::FileHandle read = LbOs::OpenForReading(path);
+    std::array<char, 4> buffer{};
+    EXPECT_EQ(LbOs::ReadFileBytes(read, buffer.data(), buffer.size()), 2);
+    EXPECT_TRUE(LbOs::CloseFile(read));
+    EXPECT_TRUE(LbOs::CloseFile(written));
+}
+
+} // namespace

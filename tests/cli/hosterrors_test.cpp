@@ -1,0 +1,156 @@
+// What the host says when an exception leaves the library: exit status 2 and one line on standard error.
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/hostprocess.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+class HostErrors : public testing::Test
+{
+protected:
+    SHostRun Run(const std::vector<std::wstring>& options, const SHostOptions& hostOptions = {}) const
+    {
+        std::vector<std::wstring> arguments = {L"-d", m_folder.GetPath()};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return RunHost(arguments, hostOptions);
+    }
+
+    static void ExpectOneLine(const SHostRun& run, const std::string& line)
+    {
+        EXPECT_EQ(run.errors, ToPlatformLines(line));
+        EXPECT_EQ(run.output, "");
+        EXPECT_EQ(run.exitStatus, 2);
+    }
+
+    /// Makes the host fail for lack of memory while it plans.
+    SHostRun RunOutOfMemory(std::vector<std::wstring> options) const
+    {
+        m_folder.MakeFolder(L"CPassedModel");
+        SHostOptions hostOptions;
+        hostOptions.memoryLimitKilobytes = 600'000;
+        options.insert(options.end(), {L"--dll", L"resultmodels", L"-r", L"20000000"});
+        return Run(options, hostOptions);
+    }
+
+    ScopedFolder m_folder;
+};
+
+TEST_F(HostErrors, NameAnInvalidIncludePattern)
+{
+    ExpectOneLine(Run({L"-i", L"gut", L"-i", L"[offen"}), "Fehler: Ungültiger regulärer Ausdruck '[offen'\n");
+}
+
+TEST_F(HostErrors, NameAnInvalidExcludePattern)
+{
+    ExpectOneLine(Run({L"-e", L"(Größe"}), "Fehler: Ungültiger regulärer Ausdruck '(Größe'\n");
+}
+
+TEST_F(HostErrors, NameAnInvalidPatternThatIsComparedAsPlainText)
+{
+    ExpectOneLine(Run({L"--no-regex", L"-i", L"*.txt"}), "Fehler: Ungültiger regulärer Ausdruck '*.txt'\n");
+}
+
+TEST_F(HostErrors, NameABrokenConfigurationFile)
+{
+    const ScopedFolder other;
+    const std::wstring file = other.WriteFile(L"Auswahl.xml", "<Config><Tests></Config>");
+
+    ExpectOneLine(Run({L"--include-config", file}), "Fehler in Config-File: XML-Syntax Fehler\n");
+}
+
+TEST_F(HostErrors, NameAConfigurationFileOfAnotherKind)
+{
+    const ScopedFolder other;
+    const std::wstring file = other.WriteFile(L"Auswahl.xml", "<ArchiveRun/>");
+
+    ExpectOneLine(Run({L"--include-config", file}), "Fehler in Config-File: XML-Syntax Fehler\n");
+}
+
+TEST_F(HostErrors, DoNotComeFromAMissingConfigurationFile)
+{
+    const SHostRun run = Run({L"--include-config", m_folder.GetPathOf(L"gibt es nicht.xml")});
+
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostErrors, NameACaseThatIsTooLongForAPattern)
+{
+    m_folder.MakeFolder(L"CLongNameModel");
+
+    const SHostRun run = Run({L"--dll", L"namemodels", L"-e", std::wstring(100, L'x')});
+
+    EXPECT_TRUE(run.errors.starts_with("Fehler: Name mit ")) << run.errors;
+    EXPECT_EQ(std::ranges::count(run.errors, '\n'), 1);
+    EXPECT_TRUE(run.errors.ends_with('\n'));
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.exitStatus, 2);
+}
+
+TEST_F(HostErrors, DoNotComeFromALongNameThatAPatternCanCarry)
+{
+    m_folder.MakeFolder(L"CLongNameModel");
+
+    const SHostRun run = Run({L"--dll", L"namemodels", L"-i", L"n+$", L"-c", L"1"});
+
+    EXPECT_EQ(run.errors, "");
+    EXPECT_NE(run.output.find("nnn... OK"), std::string::npos);
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostErrors, ShowLongNamesAsCasesThatCannotBeAskedFor)
+{
+    m_folder.MakeFolder(L"CLongNameModel");
+
+    const SHostRun run = Run({L"--dll", L"namemodels", L"-i", L"n+$"});
+
+    EXPECT_EQ(run.errors, "");
+    EXPECT_NE(run.output.find("\tCLongNameModel: 2 fehlerhafte Testfälle"), std::string::npos);
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_F(HostErrors, TellWhereTheLibraryFailed)
+{
+    if (!CanLimitHostMemory())
+    {
+        GTEST_SKIP() << "memory cannot be limited here";
+    }
+    SHostOptions hostOptions;
+    // Too little for the stack that patterns are matched on.
+    hostOptions.memoryLimitKilobytes = 900'000;
+
+    const SHostRun run = Run({L"-i", L"gut"}, hostOptions);
+
+    EXPECT_TRUE(run.errors.starts_with("Fehler: Ein Thread konnte nicht gestartet werden (process_linux, Zeile "))
+        << run.errors;
+    EXPECT_TRUE(run.errors.ends_with(", LbOs::RunOnStack)\n")) << run.errors;
+    EXPECT_EQ(std::ranges::count(run.errors, '\n'), 1);
+    EXPECT_EQ(run.exitStatus, 2);
+}
+
+TEST_F(HostErrors, SayThatMemoryRanOut)
+{
+    if (!CanLimitHostMemory())
+    {
+        GTEST_SKIP() << "memory cannot be limited here";
+    }
+    ExpectOneLine(RunOutOfMemory({}), "Fehler: Nicht genügend Speicher\n");
+}
+
+TEST_F(HostErrors, SayThatAnExceptionIsUnknown)
+{
+    if (!CanLimitHostMemory())
+    {
+        GTEST_SKIP() << "memory cannot be limited here";
+    }
+    ExpectOneLine(RunOutOfMemory({L"--dll", L"memoryhandlermodels"}), "Fehler: Unbekannte Ausnahme\n");
+}
+
+} // namespace

@@ -1,0 +1,129 @@
+// Which test modules the host loads.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/inoncopyable.h"
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lbuniqueid.h"
+#include "base/lustream.h"
+#include "tests/support/hostprocess.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// A file beside the host that has the name of a module, but is none.
+class CBrokenModule : public INonCopyable
+{
+public:
+    CBrokenModule() : m_name(L"broken-" + LbUniqueId::Generate())
+    {
+        LuStreamWriteBinaryFile file(getPath());
+        const std::string bytes = "kein Modul";
+        file.Write(bytes.data(), bytes.size());
+        file.Close();
+    }
+
+    ~CBrokenModule() { LbFileSystem::RemoveTree(getPath()); }
+
+    /// As the option takes it.
+    const std::wstring& GetName() const { return m_name; }
+    std::wstring GetFileName() const { return m_name + LbOs::c_ModuleSuffix; }
+
+private:
+    std::wstring getPath() const
+    {
+        return LbPath::WithSeparator(LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR)) + GetFileName();
+    }
+
+    std::wstring m_name;
+};
+
+constexpr const char* c_TwoPassed = "\n"
+                                    "Zusammenfassung\n"
+                                    "\tAusgeführt:\t1 Klasse, 2 Tests\n"
+                                    "\tErfolgreich:\t1 Klasse, 2 Tests\n";
+
+class HostModules : public testing::Test
+{
+protected:
+    HostModules() { m_folder.MakeFolder(L"CPassedModel"); }
+
+    SHostRun Run(std::vector<std::wstring> options) const
+    {
+        options.insert(options.begin(), {L"-d", m_folder.GetPath()});
+        return RunHost(options);
+    }
+
+    ScopedFolder m_folder;
+};
+
+TEST_F(HostModules, FindNothingWithoutTheModuleOfAClass)
+{
+    const SHostRun run = Run({});
+
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostModules, AreLoadedByName)
+{
+    const SHostRun run = Run({L"--dll", L"resultmodels"});
+
+    EXPECT_TRUE(run.output.ends_with(ToPlatformLines(c_TwoPassed))) << run.output;
+}
+
+TEST_F(HostModules, AreLoadedFromAFolderBesideTheHost)
+{
+    m_folder.MakeFolder(L"CNestedModel");
+
+    const SHostRun run = Run({L"--dll", L"nested/nestedmodels"});
+
+    EXPECT_TRUE(run.output.starts_with(ToPlatformLines("CNestedModel\n\tFall... OK\n"))) << run.output;
+}
+
+TEST_F(HostModules, AreLoadedFromAFolderNamedWithABackslash)
+{
+    m_folder.MakeFolder(L"CNestedModel");
+
+    const SHostRun run = Run({L"--dll", L"nested\\nestedmodels"});
+
+    EXPECT_TRUE(run.output.starts_with(ToPlatformLines("CNestedModel\n\tFall... OK\n"))) << run.output;
+}
+
+TEST_F(HostModules, MayBeAbsent)
+{
+    const SHostRun run = Run({L"--dll", L"gibt es nicht"});
+
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostModules, CostOneLineWhenTheyCannotBeLoaded)
+{
+    const CBrokenModule broken;
+
+    const SHostRun run = Run({L"--dll", broken.GetName(), L"--dll", L"resultmodels"});
+
+    const std::string line = "DLL '" + LbEncoding::ToUtf8(broken.GetFileName()) + "' konnte nicht geladen werden.\n";
+    EXPECT_TRUE(run.output.starts_with(ToPlatformLines(line + "CPassedModel\n"))) << run.output;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostModules, AreNotLoadedWhereNothingRuns)
+{
+    const CBrokenModule broken;
+
+    const SHostRun run = RunHost({L"-q", L"--dll", broken.GetName()});
+
+    EXPECT_EQ(run.output.find("DLL"), std::string::npos) << run.output;
+}
+
+} // namespace

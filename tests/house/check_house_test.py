@@ -1,0 +1,168 @@
+#!/usr/bin/env python3
+"""Feeds scripts/check-house small trees, good and bad, and looks at what it says."""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "check-house"
+
+
+class CheckHouse(unittest.TestCase):
+    def breaches(self, check, files):
+        """The lines that the check prints for a tree of these files; without them the status must be 0."""
+        with tempfile.TemporaryDirectory() as folder:
+            for name, content in files.items():
+                path = pathlib.Path(folder, name)
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_bytes(content if isinstance(content, bytes) else content.encode())
+            result = subprocess.run(
+                [sys.executable, str(SCRIPT), "--root", folder, check], capture_output=True, text=True, check=False
+            )
+        self.assertEqual("", result.stderr)
+        lines = [line for line in result.stdout.splitlines() if not line.startswith("check-house:")]
+        self.assertEqual(1 if lines else 0, result.returncode)
+        return lines
+
+    def assert_breach(self, check, files, *words):
+        lines = self.breaches(check, files)
+        self.assertEqual(1, len(lines), lines)
+        for word in words:
+            self.assertIn(word, lines[0])
+
+    def assert_clean(self, check, files):
+        self.assertEqual([], self.breaches(check, files))
+
+
+class Seam(CheckHouse):
+    def test_platform_switch_above_the_seam(self):
+        self.assert_breach("seam", {"base/a.cpp": "\n#ifdef _WIN32\n#endif\n"}, "base/a.cpp:2", "_WIN32")
+        self.assert_breach("seam", {"testing/a.cpp": "#if defined(__linux__)\n#endif\n"}, "__linux__")
+        self.assert_breach("seam", {"tests/a.cpp": "#ifdef __MINGW32__\n#endif\n"}, "__MINGW32__")
+
+    def test_platform_header_above_the_seam(self):
+        for header in ("windows.h", "Windows.h", "unistd.h", "sys/stat.h", "dlfcn.h", "pthread.h", "tlhelp32.h"):
+            self.assert_breach("seam", {"base/a.cpp": f"#include <{header}>\n"}, header)
+
+    def test_platform_code_in_the_seam_is_clean(self):
+        self.assert_clean("seam", {"base/os/a_linux.cpp": "#include <unistd.h>\n#ifdef __linux__\n#endif\n"})
+
+    def test_words_in_comments_and_texts_are_clean(self):
+        self.assert_clean("seam", {"base/a.cpp": '// not _WIN32\n/* __linux__\n */ auto a = "_WIN32";\n'})
+
+    def test_one_header_includes_windows(self):
+        header = "#include <windows.h>\n"
+        self.assert_clean("seam", {"base/os/a.h": header})
+        self.assert_breach("seam", {"base/os/a.h": header, "base/os/b.h": header}, "more than one")
+        self.assert_breach("seam", {"base/os/a_windows.cpp": header}, "a_windows.cpp:1")
+
+    def test_waits_that_one_platform_gets_wrong(self):
+        self.assert_breach("seam", {"tests/a.cpp": "std::latch end(1);\n"}, "std::latch")
+
+
+class Floors(CheckHouse):
+    def test_upward_include(self):
+        pairs = [
+            ("base/a.cpp", "testing/lutestsuite/lutestsuiteout.h"),
+            ("base/os/a.h", "base/b.h"),
+            ("testing/lutestsuite/lutestsuitesetup.h", "testing/lutestsuite/utils/a.h"),
+            ("testing/lutestsuite/utils/a.cpp", "testing/lutestsuite/run/a.h"),
+            ("testing/lutestsuite/run/a.cpp", "testing/lutestsuite/report/a.h"),
+            ("testing/lutestsuite/report/a.cpp", "testing/lutestsuitecli/a.h"),
+        ]
+        for upper, lower in pairs:
+            with self.subTest(upper):
+                files = {upper: f'#include "{lower}"\n', lower: "#pragma once\n"}
+                self.assert_breach("floors", files, upper, lower)
+                self.assert_clean("floors", {lower: f'#include "{upper}"\n', upper: "#pragma once\n"})
+
+    def test_include_of_tests(self):
+        self.assert_breach("floors", {"base/a.cpp": '#include "tests/b.h"\n'}, "tests/b.h")
+
+    def test_missing_header(self):
+        self.assert_breach("floors", {"base/a.cpp": '#include "base/b.h"\n'}, "does not exist")
+
+    def test_unknown_room(self):
+        self.assert_breach("floors", {"testing/lutestsuite/cellar/a.h": "#pragma once\n"}, "no floor")
+
+
+class Sizes(CheckHouse):
+    @staticmethod
+    def function(lines, head="int f()"):
+        return head + "\n{\n" + "    g();\n" * (lines - 2) + "}\n"
+
+    def test_file_length(self):
+        self.assert_clean("sizes", {"base/a.h": "//\n" * 499})
+        self.assert_breach("sizes", {"base/a.h": "//\n" * 500}, "500 lines")
+        self.assert_clean("sizes", {"base/a.h": "// long because it is one table\n" + "//\n" * 500})
+
+    def test_function_length(self):
+        heads = [
+            "int f()",
+            "auto C::f(int a) const noexcept -> std::vector<int>",
+            "C::C(int a)\n    : m_a(a)\n    , m_b{a}",
+            "TEST(Suite, Name)",
+            "namespace a\n{\nclass C : public B\n{\npublic:\n    void f() override",
+        ]
+        for head in heads:
+            with self.subTest(head):
+                self.assert_clean("sizes", {"base/a.cpp": self.function(60, head)})
+                self.assert_breach("sizes", {"base/a.cpp": self.function(61, head)}, "function of 61 lines")
+
+    def test_function_with_a_reason(self):
+        reason = "// long because the steps share all of their state\n"
+        self.assert_clean("sizes", {"base/a.cpp": reason + self.function(80)})
+
+    def test_tables_and_types_are_no_functions(self):
+        self.assert_clean("sizes", {"base/a.cpp": "const S c_Table[] = {\n" + "    {f(1), 2},\n" * 80 + "};\n"})
+        self.assert_clean("sizes", {"base/a.h": "class C\n{\n" + "    void f();\n" * 80 + "};\n"})
+
+    def test_braces_in_texts_and_preprocessor_lines_do_not_count(self):
+        body = 'int f()\n{\n    g("}", \'{\', R"(}})");\n#define A {\n' + "    g();\n" * 70 + "}\n"
+        self.assert_breach("sizes", {"base/a.cpp": body}, "function of 74 lines")
+
+    def test_line_length(self):
+        self.assert_clean("sizes", {"scripts/a": "# " + "a" * 118 + "\n", "base/a.h": "//" + "a" * 130 + "\n"})
+        self.assert_breach("sizes", {"scripts/a": "# " + "a" * 119 + "\n"}, "121 characters")
+
+
+class Text(CheckHouse):
+    def test_encoding(self):
+        self.assert_clean("text", {"base/a.h": "// äöü\n"})
+        self.assert_breach("text", {"base/a.h": b"// \xe4\n"}, "not UTF-8")
+        self.assert_breach("text", {"base/a.h": b"\xef\xbb\xbf//\n"}, "byte order mark")
+
+    def test_blanks_and_line_ends(self):
+        self.assert_breach("text", {"base/a.h": "//\r\n"}, "carriage return")
+        self.assert_breach("text", {"base/a.h": "// \n"}, "blanks")
+        self.assert_breach("text", {"base/a.h": "\t//\n"}, "tab")
+        self.assert_breach("text", {"base/a.h": "//"}, "line feed")
+        self.assert_breach("text", {"base/a.h": "//\n\n"}, "line feed")
+
+    def test_data_is_left_alone(self):
+        self.assert_clean("text", {"tests/golden/a.txt": b"\t\xe4 \r\n\n", "examples/data/C/a.txt": b"\xe4"})
+
+    def test_words(self):
+        for text in ("see /home/me/a", "as the specification says", "Part 3.1", "// TODO"):
+            with self.subTest(text):
+                self.assert_breach("text", {"README.md": text + "\n"}, "README.md:1")
+        self.assert_clean("text", {"README.md": "particular parts, todo, homework/a\n"})
+
+
+class Headers(CheckHouse):
+    def test_header_that_needs_another_first(self):
+        lines = self.breaches("headers", {"base/a.h": "#pragma once\ninline std::string f() { return {}; }\n"})
+        self.assertTrue(lines)
+        self.assertIn("base/a.h: does not compile alone", lines[0])
+
+    def test_header_without_guard(self):
+        self.assertTrue(self.breaches("headers", {"base/a.h": "struct S\n{\n};\n"}))
+
+    def test_header_with_all_it_needs(self):
+        self.assert_clean("headers", {"base/a.h": "#pragma once\n#include <string>\nstruct S\n{\n};\n"})
+
+
+if __name__ == "__main__":
+    unittest.main()

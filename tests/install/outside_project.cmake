@@ -1,0 +1,43 @@
+# Installs a build tree, builds the project in outside/ against it and looks at what its run prints.
+# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST.
+
+set(source "${CMAKE_CURRENT_LIST_DIR}/outside")
+set(prefix "${WORK}/prefix")
+set(build "${WORK}/build")
+
+function(run)
+    execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE output RESULT_VARIABLE status
+        INPUT_FILE "${CMAKE_CURRENT_LIST_FILE}")
+    list(JOIN ARGN " " command)
+    message("> ${command}\n${output}")
+    if(NOT status EQUAL 0)
+        message(FATAL_ERROR "The command ended with ${status}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+# Nothing of an earlier run may help.
+file(REMOVE_RECURSE "${WORK}")
+run("${CMAKE_COMMAND}" --install "${BUILD_TREE}" --config "${CONFIG}" --prefix "${prefix}")
+
+set(toolchain_option "")
+if(TOOLCHAIN)
+    set(toolchain_option "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}")
+endif()
+run("${CMAKE_COMMAND}" -S "${source}" -B "${build}" -G "${GENERATOR}" ${toolchain_option}
+    "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_BUILD_TYPE=${CONFIG}")
+run("${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}")
+
+# Wine shows the root directory as drive Z.
+set(drive "")
+if(EMULATOR)
+    set(drive "Z:")
+endif()
+run(${EMULATOR} "${build}/bin/${HOST}" -d "${drive}${source}/data" --dll OutsideTests --dll Components/FolderTests)
+
+foreach(expected "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\tstands in a folder... ")
+    string(FIND "${output}" "${expected}" position)
+    if(position EQUAL -1)
+        message(FATAL_ERROR "The run does not print: ${expected}")
+    endif()
+endforeach()

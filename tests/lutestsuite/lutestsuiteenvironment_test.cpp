@@ -1,0 +1,338 @@
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+
+#include <algorithm>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbmessagedispatcher.h"
+#include "base/lbpath.h"
+#include "base/lbproductregistry.h"
+#include "base/lbrtti.h"
+#include "base/lbthreadpool.h"
+#include "base/lbuniqueid.h"
+#include "base/lustream.h"
+#include "base/os/files.h"
+#include "base/os/platform.h"
+#include "tests/support/capturedoutput.h"
+#include "tests/support/scopedenvironment.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Moves the working directory and moves it back at the end of the scope.
+class ScopedWorkingDirectory
+{
+public:
+    explicit ScopedWorkingDirectory(const std::wstring& path) : m_former(LbOs::GetWorkingDirectory())
+    {
+        EXPECT_TRUE(LbOs::SetWorkingDirectory(path));
+    }
+    ~ScopedWorkingDirectory() { LbOs::SetWorkingDirectory(m_former); }
+    ScopedWorkingDirectory(const ScopedWorkingDirectory&) = delete;
+    ScopedWorkingDirectory& operator=(const ScopedWorkingDirectory&) = delete;
+
+private:
+    std::wstring m_former;
+};
+
+std::wstring GetWorkingDirectoryString()
+{
+    return LbPath::WithSeparator(LbOs::GetWorkingDirectory());
+}
+
+TEST(LuTestSuiteEnvironment, RegistersTheProduct)
+{
+    const LuTestSuiteEnvironment environment;
+
+    const auto product = LbProductRegistry::Find(L"LuTestSuite");
+
+    ASSERT_TRUE(product);
+    EXPECT_EQ(product->version, L"1.0");
+}
+
+TEST(LuTestSuiteEnvironment, StartsTheMessageDispatcher)
+{
+    const LuTestSuiteEnvironment environment;
+
+    EXPECT_TRUE(LbMessageDispatcher::GetInstance().IsRunning());
+}
+
+TEST(LuTestSuiteEnvironment, LeavesARunningMessageDispatcherAlone)
+{
+    ASSERT_TRUE(LbMessageDispatcher::GetInstance().Start());
+    bool isHandled = false;
+
+    const LuTestSuiteEnvironment environment;
+
+    EXPECT_TRUE(LbMessageDispatcher::GetInstance().Post([&isHandled] { isHandled = true; }));
+    LbMessageDispatcher::GetInstance().Flush();
+    EXPECT_TRUE(isHandled);
+}
+
+TEST(LuTestSuiteEnvironment, ShutsDispatcherAndPoolDownAtItsEnd)
+{
+    {
+        const LuTestSuiteEnvironment environment;
+        EXPECT_TRUE(LbMessageDispatcher::Exists());
+        EXPECT_TRUE(LbThreadPool::Exists());
+    }
+    EXPECT_FALSE(LbMessageDispatcher::Exists());
+    EXPECT_FALSE(LbThreadPool::Exists());
+}
+
+TEST(LuTestSuiteEnvironment, WaitsForPostedMessagesAndTasksAtItsEnd)
+{
+    bool isHandled = false;
+    bool isDone = false;
+    {
+        const LuTestSuiteEnvironment environment;
+        LbMessageDispatcher::GetInstance().Post([&isHandled] { isHandled = true; });
+        LbThreadPool::GetInstance().Run([&isDone] { isDone = true; });
+    }
+    EXPECT_TRUE(isHandled);
+    EXPECT_TRUE(isDone);
+}
+
+TEST(LuTestSuiteEnvironment, EndsWellWithoutDispatcherAndPool)
+{
+    const LuTestSuiteEnvironment environment;
+
+    LbMessageDispatcher::Shutdown();
+    LbThreadPool::Shutdown();
+}
+
+TEST(LuTestSuiteEnvironment, CanBeMadeAgain)
+{
+    for (int round = 0; round < 2; ++round)
+    {
+        const LuTestSuiteEnvironment environment;
+        EXPECT_TRUE(LbMessageDispatcher::GetInstance().IsRunning());
+    }
+}
+
+TEST(LuTestSuiteEnvironment, CannotBeCopied)
+{
+    EXPECT_FALSE(std::is_copy_constructible_v<LuTestSuiteEnvironment>);
+    EXPECT_FALSE(std::is_copy_assignable_v<LuTestSuiteEnvironment>);
+}
+
+TEST(LuTestSuiteEnvironment, PrintsNothing)
+{
+    const CapturedOutput output;
+    {
+        LuTestSuiteEnvironment environment;
+        LuTestSuiteEnvironment::PreallocateStaticData();
+    }
+    EXPECT_EQ(output.GetText(), L"");
+}
+
+TEST(LuTestSuiteEnvironment, MovesTheWorkingDirectoryToTheExecutable)
+{
+    const ScopedFolder folder;
+    const ScopedWorkingDirectory workingDirectory(folder.GetPath());
+    LuTestSuiteEnvironment environment;
+    EXPECT_EQ(GetWorkingDirectoryString(), folder.GetPath());
+
+    environment.SetExecutableDirectoryAsWorkingDirectory();
+
+    EXPECT_EQ(GetWorkingDirectoryString(), LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+}
+
+TEST(LuTestSuiteEnvironment, RestoresTheWorkingDirectoryOfItsConstruction)
+{
+    const ScopedFolder folder;
+    const std::wstring later = folder.MakeFolder(L"später");
+    const ScopedWorkingDirectory workingDirectory(folder.GetPath());
+    LuTestSuiteEnvironment environment;
+    ASSERT_TRUE(LbOs::SetWorkingDirectory(later));
+
+    environment.SetExecutableDirectoryAsWorkingDirectory();
+    environment.RestoreWorkingDirectory();
+
+    EXPECT_EQ(GetWorkingDirectoryString(), folder.GetPath());
+}
+
+TEST(PreallocateStaticData, MayBeCalledAgain)
+{
+    LuTestSuiteEnvironment::PreallocateStaticData();
+    LuTestSuiteEnvironment::PreallocateStaticData();
+
+    EXPECT_TRUE(LbThreadPool::Exists());
+}
+
+TEST(PreallocateStaticData, LeavesNoFile)
+{
+    const ScopedFolder folder;
+    // Each platform reads its own one of the two.
+    const ScopedEnvironmentVariable temporaryOnLinux(L"TMPDIR", folder.GetPath());
+    const ScopedEnvironmentVariable temporaryOnWindows(L"TMP", folder.GetPath());
+    ASSERT_EQ(LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary), folder.GetPath());
+
+    LuTestSuiteEnvironment::PreallocateStaticData();
+
+    EXPECT_THAT(LbFileSystem::GetFileNames(folder.GetPath()), IsEmpty());
+}
+
+// Modules.
+
+class LoadDLL : public testing::Test
+{
+protected:
+    /// Puts a file that is no module beside the executable, under a name that no other test looks for.
+    std::wstring WriteBrokenModule(const std::wstring& folder = {})
+    {
+        const std::wstring name = folder + L"BrokenModule-" + LbUniqueId::Generate();
+        const std::wstring path = GetPathOf(name + LbOs::c_ModuleSuffix);
+        EXPECT_TRUE(LbFileSystem::AssertDirectory(LbPath::GetParent(path)));
+        LuStreamWriteBinaryFile file(path);
+        file.Write("kein Modul", 10);
+        file.Close();
+        m_files.push_back(path);
+        return name;
+    }
+
+    ~LoadDLL() override
+    {
+        for (const std::wstring& file : m_files)
+        {
+            LbOs::RemoveFile(file);
+        }
+    }
+
+    static std::wstring GetPathOf(const std::wstring& name)
+    {
+        return LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + LbPath::ToNative(name);
+    }
+
+    LuTestSuiteEnvironment m_environment;
+    CapturedOutput m_output;
+    std::vector<std::wstring> m_files;
+};
+
+TEST_F(LoadDLL, RegistersTheClassesOfAModule)
+{
+    for (const bool flag : {false, true})
+    {
+        m_environment.LoadDLL(L"registryprobe", flag);
+        EXPECT_NE(LbRTTI::Find(L"CRegistryProbe"), nullptr);
+    }
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(LoadDLL, KeepsModulesLoadedAfterTheEnvironment)
+{
+    {
+        LuTestSuiteEnvironment environment;
+        environment.LoadDLL(L"registryprobe", false);
+    }
+    EXPECT_NE(LbRTTI::Find(L"CRegistryProbe"), nullptr);
+}
+
+TEST_F(LoadDLL, SkipsAnAbsentModuleInSilence)
+{
+    m_environment.LoadDLL(L"NoSuchModule", true);
+    m_environment.LoadDLL(L"NoSuchFolder\\NoSuchModule", false);
+
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(LoadDLL, ReportsABrokenModuleInOneLine)
+{
+    for (const bool flag : {false, true})
+    {
+        const std::wstring name = WriteBrokenModule();
+        m_output.Clear();
+
+        EXPECT_NO_THROW(m_environment.LoadDLL(name, flag));
+
+        EXPECT_THAT(
+            m_output.GetLines(),
+            ElementsAre(CapturedOutput::BoldColored(
+                L"DLL '" + name + LbOs::c_ModuleSuffix + L"' konnte nicht geladen werden.\n", LuColor::c_GOLDENROD)));
+    }
+}
+
+TEST_F(LoadDLL, TakesANameWithAFolder)
+{
+    const std::wstring name = WriteBrokenModule(L"BrokenModules\\");
+
+    m_environment.LoadDLL(name, true);
+
+    EXPECT_EQ(m_output.GetText(),
+              L"DLL '" + LbPath::ToNative(name) + LbOs::c_ModuleSuffix + L"' konnte nicht geladen werden.\n");
+}
+
+TEST_F(LoadDLL, TakesNoFolderForAModule)
+{
+    const std::wstring path = GetPathOf(L"FolderModule-" + LbUniqueId::Generate());
+    ASSERT_TRUE(LbFileSystem::AssertDirectory(path + LbOs::c_ModuleSuffix));
+
+    m_environment.LoadDLL(LbPath::GetLastComponent(path), false);
+
+    EXPECT_EQ(m_output.GetText(), L"");
+    LbOs::RemoveEmptyDirectory(path + LbOs::c_ModuleSuffix);
+}
+
+TEST_F(LoadDLL, LooksBesideTheExecutableOnly)
+{
+    const ScopedFolder folder;
+    const ScopedWorkingDirectory workingDirectory(folder.GetPath());
+    folder.WriteFile(std::wstring(L"BrokenModuleElsewhere") + LbOs::c_ModuleSuffix, "kein Modul");
+
+    m_environment.LoadDLL(L"BrokenModuleElsewhere", false);
+
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(LoadDLL, IsSilentForTheFixedList)
+{
+    m_environment.LoadTestDLLs();
+
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+/// The names of the fixed list as they are delivered.
+std::vector<std::string> GetDeliveredNames()
+{
+    const std::wstring file =
+        LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/testing/lutestsuite/resources/testmodules.txt";
+    std::vector<std::string> names;
+    const std::string text = LbFileSystem::ReadFile8Bit(file);
+    for (std::size_t start = 0; start < text.size();)
+    {
+        const std::size_t end = text.find('\n', start);
+        if (text[start] != '#')
+        {
+            names.push_back(text.substr(start, end - start));
+        }
+        start = end + 1;
+    }
+    return names;
+}
+
+TEST(FixedListOfTestModules, HasThirtyNamesInAlphabeticalOrder)
+{
+    const std::vector<std::string> names = GetDeliveredNames();
+
+    EXPECT_EQ(names.size(), 30U);
+    EXPECT_TRUE(std::ranges::is_sorted(names));
+}
+
+TEST(FixedListOfTestModules, HasOneModuleInTheFolderComponents)
+{
+    const std::vector<std::string> names = GetDeliveredNames();
+
+    EXPECT_EQ(std::ranges::count_if(names, [](const std::string& name) { return name.starts_with("Components/"); }), 1);
+}
+
+} // namespace

@@ -1,0 +1,167 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/support/runtest.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// The call that hosts make.
+class RunCommandLine : public RunTest
+{
+protected:
+    bool Call(const std::vector<std::wstring>& arguments)
+    {
+        std::vector<const wchar_t*> vector = {L"LuTestSuiteCLI"};
+        for (const std::wstring& argument : arguments)
+        {
+            vector.push_back(argument.c_str());
+        }
+        return LuTestSuiteUtils::RunCommandLine(m_environment, static_cast<int>(vector.size()), vector.data());
+    }
+
+    std::string GetUtf8() const { return LbEncoding::ToUtf8(m_output.GetText()); }
+
+    static std::string GetWarning(const std::string& option)
+    {
+        return "Warnung: Der Modus " + option + " ist in dieser Version nicht enthalten.\n";
+    }
+
+    /// The options that run a directory with this content.
+    std::vector<std::wstring> GetRunOptions(std::vector<std::wstring> more = {}) const
+    {
+        std::vector<std::wstring> options = {L"-d",    m_folder.GetPath(), L"--dll", L"datasetmodels",
+                                             L"--dll", L"resultmodels"};
+        options.insert(options.end(), more.begin(), more.end());
+        return options;
+    }
+
+    ScopedFolder m_folder;
+};
+
+TEST_F(RunCommandLine, IsTrueWhenEveryCasePassed)
+{
+    m_folder.MakeFolder(L"CPassedModel");
+
+    EXPECT_TRUE(Call(GetRunOptions()));
+}
+
+TEST_F(RunCommandLine, IsFalseWhenACaseFailed)
+{
+    m_folder.MakeFolder(L"CPassedModel");
+    m_folder.MakeFolder(L"CFailedModel");
+
+    EXPECT_FALSE(Call(GetRunOptions()));
+}
+
+TEST_F(RunCommandLine, IsFalseWhenInputIsMissing)
+{
+    m_folder.WriteFile(L"CDataSetModel/leer.txt", "");
+
+    EXPECT_FALSE(Call(GetRunOptions()));
+}
+
+TEST_F(RunCommandLine, IsTrueWhenNothingRan)
+{
+    EXPECT_TRUE(Call(GetRunOptions()));
+    EXPECT_EQ(GetUtf8(), "");
+}
+
+TEST_F(RunCommandLine, IsTrueWhenNothingIsRepeated)
+{
+    m_folder.MakeFolder(L"CFailedModel");
+
+    EXPECT_TRUE(Call(GetRunOptions({L"-r", L"0"})));
+}
+
+TEST_F(RunCommandLine, IsFalseForRefusedArguments)
+{
+    EXPECT_FALSE(Call({L"--unbekannt"}));
+}
+
+TEST_F(RunCommandLine, ShowsOnlyTheHelpWithoutArguments)
+{
+    EXPECT_TRUE(Call({}));
+    EXPECT_EQ(GetUtf8(), LbEncoding::ToUtf8(LuTestSuiteUtils::GetCommandLineHelp()));
+}
+
+TEST_F(RunCommandLine, StartsNothingBesideTheHelp)
+{
+    m_folder.MakeFolder(L"CFailedModel");
+
+    EXPECT_TRUE(Call(GetRunOptions(
+        {L"-h", L"-q", L"--list-duplicates", L"--list-disabled", L"--archive-run", L"a:b", L"--diff-in", L"a.xml"})));
+    EXPECT_EQ(GetUtf8(), LbEncoding::ToUtf8(LuTestSuiteUtils::GetCommandLineHelp()));
+}
+
+TEST_F(RunCommandLine, SaysThatTheDiffIsMissing)
+{
+    EXPECT_TRUE(Call({L"--diff-in", L"a.xml", L"-q"}));
+    EXPECT_EQ(GetUtf8(), GetWarning("--diff-in"));
+}
+
+TEST_F(RunCommandLine, SaysThatTheQueryModeIsMissing)
+{
+    EXPECT_TRUE(Call({L"-q", L"--archive-run", L"a:b"}));
+    EXPECT_EQ(GetUtf8(), GetWarning("--query-mode"));
+}
+
+TEST_F(RunCommandLine, SaysThatTheArchiveRunIsMissing)
+{
+    EXPECT_TRUE(Call({L"--archive-run", L"a:b", L"--list-duplicates"}));
+    EXPECT_EQ(GetUtf8(), GetWarning("--archive-run"));
+}
+
+TEST_F(RunCommandLine, SaysThatTheListOfDuplicatesIsMissing)
+{
+    EXPECT_TRUE(Call(GetRunOptions({L"--list-duplicates", L"--list-disabled"})));
+    EXPECT_EQ(GetUtf8(), GetWarning("--list-duplicates"));
+}
+
+TEST_F(RunCommandLine, SaysThatTheDeletionOfDuplicatesIsMissing)
+{
+    m_folder.WriteFile(L"CDataSetModel/a.txt", "gut");
+    const std::wstring second = m_folder.WriteFile(L"CDataSetModel/b.txt", "gut");
+
+    EXPECT_TRUE(Call(GetRunOptions({L"--delete-duplicates"})));
+    EXPECT_EQ(GetUtf8(), GetWarning("--delete-duplicates"));
+    EXPECT_TRUE(LbFileSystem::IsFile(second));
+}
+
+TEST_F(RunCommandLine, SaysThatTheListOfDisabledCasesIsMissing)
+{
+    m_folder.MakeFolder(L"CFailedModel");
+
+    EXPECT_TRUE(Call(GetRunOptions({L"--list-disabled", L"--response-event-id", L"Ereignis"})));
+    EXPECT_EQ(GetUtf8(), GetWarning("--list-disabled"));
+}
+
+TEST_F(RunCommandLine, SaysThatTheServiceForAParentRunIsMissing)
+{
+    m_folder.MakeFolder(L"CFailedModel");
+
+    EXPECT_TRUE(Call(GetRunOptions({L"--response-event-id", L"Ereignis"})));
+    EXPECT_EQ(GetUtf8(), GetWarning("--response-event-id"));
+}
+
+TEST_F(RunCommandLine, ShowsTheWarningOfAMissingModeBoldAndGoldenrod)
+{
+    Call({L"-q"});
+
+    EXPECT_EQ(m_output.GetLines().at(0),
+              CapturedOutput::BoldColored(L"Warnung: Der Modus --query-mode ist in dieser Version nicht enthalten.\n",
+                                          LuColor::c_GOLDENROD));
+}
+
+TEST_F(RunCommandLine, PassesExceptionsOfTheRunOn)
+{
+    EXPECT_THROW(Call(GetRunOptions({L"-i", L"["})), std::wstring);
+}
+
+} // namespace

@@ -1,0 +1,170 @@
+// Where a run and its cases take place: directories and the assertion dialog.
+
+#include <functional>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbassert.h"
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/os/files.h"
+#include "tests/support/runtest.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// Another working directory for the scope.
+class ScopedWorkingDirectory : public INonCopyable
+{
+public:
+    explicit ScopedWorkingDirectory(const std::wstring& path) : m_former(LbOs::GetWorkingDirectory())
+    {
+        EXPECT_TRUE(LbOs::SetWorkingDirectory(path));
+    }
+    ~ScopedWorkingDirectory() { LbOs::SetWorkingDirectory(m_former); }
+
+private:
+    std::wstring m_former;
+};
+
+/// The environment of the test starts in a directory of the test.
+class RunPlaces : public testing::Test
+{
+protected:
+    /// The one information line of a case of CPlaceModel.
+    static std::wstring GetInfo(const LuTestSuiteRun::SCaseInfo& info)
+    {
+        const std::wstring tag = L"\t\tINFO:  ";
+        EXPECT_TRUE(info.messages.starts_with(tag));
+        return info.messages.substr(tag.size(), info.messages.size() - tag.size() - 1);
+    }
+
+    std::wstring GetInfo(const LuTestSuiteSetup& setup)
+    {
+        return GetInfo(LuTestSuiteRun::Run(setup, m_environment).cases.at(0));
+    }
+
+    static LuTestSuiteSetup MakePlaceSetup(const std::vector<std::wstring>& caseNames)
+    {
+        return MakeSetup({MakeUnitTest(L"CPlaceModel", caseNames)});
+    }
+
+    ScopedFolder m_folder;
+    ScopedWorkingDirectory m_start{m_folder.GetPath()};
+    CapturedOutput m_output;
+    LuTestSuiteEnvironment m_environment;
+};
+
+TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutable)
+{
+    const std::wstring directory = GetInfo(MakePlaceSetup({L"Arbeitsverzeichnis"}));
+
+    EXPECT_EQ(LbPath::WithSeparator(directory), LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+}
+
+TEST_F(RunPlaces, TheWorkingDirectoryIsRestored)
+{
+    const std::wstring before = LbOs::GetWorkingDirectory();
+
+    LuTestSuiteRun::Run(MakePlaceSetup({L"Dialog"}), m_environment);
+
+    EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
+}
+
+TEST_F(RunPlaces, TheWorkingDirectoryIsTheOneOfTheEnvironmentsConstruction)
+{
+    const std::wstring before = LbOs::GetWorkingDirectory();
+    const ScopedFolder other;
+    const ScopedWorkingDirectory changed(other.GetPath());
+
+    LuTestSuiteRun::Run(MakePlaceSetup({L"Dialog"}), m_environment);
+
+    EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
+}
+
+TEST_F(RunPlaces, TheWorkingDirectoryIsRestoredWhenSelectionFails)
+{
+    const std::wstring before = LbOs::GetWorkingDirectory();
+    LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
+    setup.includes = {L"["};
+
+    EXPECT_THROW(LuTestSuiteRun::Run(setup, m_environment), std::wstring);
+
+    EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
+}
+
+TEST_F(RunPlaces, UnitTestsReceiveTheirDataDirectory)
+{
+    LuTestSuiteSetup setup = MakePlaceSetup({L"Datenverzeichnis"});
+    setup.unitTests[0].dataDirectory = L"Größen und Maße/";
+
+    EXPECT_EQ(LbEncoding::ToUtf8(GetInfo(setup)), "Größen und Maße/");
+}
+
+TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerialization)
+{
+    const std::wstring directory = GetInfo(MakePlaceSetup({L"Serialisierung"}));
+
+    const std::wstring root = LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput);
+    ASSERT_TRUE(directory.starts_with(root));
+    const std::wstring rest = LbPath::ToNative(L"/Serialisierung");
+    ASSERT_TRUE(directory.ends_with(rest));
+    const std::wstring time = directory.substr(root.size(), directory.size() - root.size() - rest.size());
+    EXPECT_TRUE(std::regex_match(time, std::wregex(LR"(\d{4}-\d{2}-\d{2} \d{2}\.\d{2}\.\d{2})")));
+}
+
+TEST_F(RunPlaces, DebugSerializationTurnsNamesIntoSafeOnes)
+{
+    const std::wstring directory = GetInfo(MakePlaceSetup({L"a/b\\c:d*e?f\"g<h>i|j\tk"}));
+
+    EXPECT_EQ(LbPath::GetLastComponent(directory), L"a_b_c_d_e_f_g_h_i_j_k");
+}
+
+TEST_F(RunPlaces, DebugSerializationOfOneRunHasOneRoot)
+{
+    LuTestSuiteSetup setup = MakePlaceSetup({L"Serialisierung", L"a/b\\c:d*e?f\"g<h>i|j\tk"});
+    setup.params.repetitions = 2;
+
+    const auto result = LuTestSuiteRun::Run(setup, m_environment);
+
+    const std::wstring root = LbPath::GetParent(GetInfo(result.cases.at(0)));
+    for (const LuTestSuiteRun::SCaseInfo& info : result.cases)
+    {
+        EXPECT_EQ(LbPath::GetParent(GetInfo(info)), root);
+    }
+}
+
+TEST_F(RunPlaces, TheDialogIsEnabledByDefault)
+{
+    LbAssert::SetDialogEnabled(false);
+
+    EXPECT_EQ(GetInfo(MakePlaceSetup({L"Dialog"})), L"1");
+    EXPECT_TRUE(LbAssert::IsDialogEnabled());
+}
+
+TEST_F(RunPlaces, TheDialogCanBeSwitchedOffForARun)
+{
+    LuTestSuiteSetup setup = MakePlaceSetup({L"Dialog"});
+    setup.params.assertDialog = false;
+
+    EXPECT_EQ(GetInfo(setup), L"0");
+    EXPECT_TRUE(LbAssert::IsDialogEnabled());
+}
+
+TEST_F(RunPlaces, TheDialogIsEnabledAgainWhenARunFails)
+{
+    LuTestSuiteSetup setup = MakePlaceSetup({L"Dialog"});
+    setup.params.assertDialog = false;
+    setup.checkCallback = nullptr;
+
+    EXPECT_THROW(LuTestSuiteRun::Run(setup, m_environment), std::bad_function_call);
+
+    EXPECT_TRUE(LbAssert::IsDialogEnabled());
+}
+
+} // namespace

@@ -1,0 +1,397 @@
+// Selection of cases.
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuite::SUnitTest;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Patterns = std::vector<std::wstring>;
+
+SUnitTest MakeTest(const std::wstring& directory, const std::wstring& className, const Patterns& caseNames)
+{
+    SUnitTest test;
+    test.className = className;
+    test.dataDirectory = directory;
+    for (const std::wstring& name : caseNames)
+    {
+        test.cases.push_back({{}, name, {}});
+    }
+    return test;
+}
+
+class FilterTestCases : public testing::Test
+{
+protected:
+    /// Two tests with separators of both platforms in their directories.
+    FilterTestCases()
+        : m_tests{MakeTest(L"C:\\daten\\alpha\\CErster\\", L"CErster", {L"eins", L"zwei", L"drei"}),
+                  MakeTest(L"/daten/beta/CZweiter/", L"CZweiter", {L"eins", L"eins.txt", L"kleineins"})}
+    {
+    }
+
+    void Filter(const Patterns& includes, const Patterns& excludes = {})
+    {
+        LuTestSuiteUtils::FilterTestCases(m_tests, m_includeConfig, includes, excludes, m_maxCases, m_noRegex);
+    }
+
+    /// "class:case" of what is left, in order.
+    Patterns GetSelected() const
+    {
+        Patterns names;
+        for (const SUnitTest& test : m_tests)
+        {
+            for (const LuTestSuite::STestCase& testCase : test.cases)
+            {
+                names.push_back(test.className + L":" + testCase.name);
+            }
+        }
+        return names;
+    }
+
+    void ExpectAllSelected() const
+    {
+        EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:eins", L"CErster:zwei", L"CErster:drei", L"CZweiter:eins",
+                                               L"CZweiter:eins.txt", L"CZweiter:kleineins"));
+    }
+
+    std::vector<SUnitTest> m_tests;
+    std::wstring m_includeConfig;
+    std::uint32_t m_maxCases = std::numeric_limits<std::uint32_t>::max();
+    bool m_noRegex = false;
+};
+
+TEST_F(FilterTestCases, KeepsEverythingWithoutPatterns)
+{
+    Filter({});
+    ExpectAllSelected();
+}
+
+TEST_F(FilterTestCases, SearchesPlainLettersAnywhereInThePathName)
+{
+    Filter({L"ein"});
+    EXPECT_THAT(GetSelected(),
+                ElementsAre(L"CErster:eins", L"CZweiter:eins", L"CZweiter:eins.txt", L"CZweiter:kleineins"));
+}
+
+TEST_F(FilterTestCases, SearchesDirectoryAndClassToo)
+{
+    Filter({L"alpha", L"CZweiter:k"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:eins", L"CErster:zwei", L"CErster:drei", L"CZweiter:kleineins"));
+}
+
+TEST_F(FilterTestCases, DistinguishesLetterCases)
+{
+    Filter({L"EINS"});
+    EXPECT_THAT(GetSelected(), IsEmpty());
+}
+
+TEST_F(FilterTestCases, FormsThePathNameWithForwardSlashes)
+{
+    Filter({L"^C:/daten/alpha/CErster/CErster:zwei$", L"^/daten/beta/CZweiter/CZweiter:eins$"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CZweiter:eins"));
+}
+
+TEST_F(FilterTestCases, NeverMatchesABackslashAsSeparator)
+{
+    Filter({L"daten\\\\alpha", L"\\\\CZweiter"});
+    EXPECT_THAT(GetSelected(), IsEmpty());
+}
+
+TEST_F(FilterTestCases, TurnsBackslashesOfDirectoryAndClassOnly)
+{
+    m_tests[0].cases[0].name = L"a\\b";
+    Filter({L":a\\\\b$"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:a\\b"));
+}
+
+TEST_F(FilterTestCases, AnchorsAtTheStartOfTheDirectory)
+{
+    Filter({L"^CErster", L"^/daten"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CZweiter:eins", L"CZweiter:eins.txt", L"CZweiter:kleineins"));
+}
+
+TEST_F(FilterTestCases, TakesPatternsForEcmaScript)
+{
+    Filter({L":(?:zwei|\\w+\\.\\w{3})$"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CZweiter:eins.txt"));
+}
+
+TEST_F(FilterTestCases, ExcludesFromEverythingWithoutIncludes)
+{
+    Filter({}, {L"eins", L"drei"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei"));
+}
+
+TEST_F(FilterTestCases, LetsExcludingWinOverIncluding)
+{
+    Filter({L":eins$", L":zwei$"}, {L"CErster:eins"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CZweiter:eins"));
+}
+
+TEST_F(FilterTestCases, DropsUnitTestsWithoutSelectedCases)
+{
+    Filter({L"CZweiter:eins$"});
+    ASSERT_EQ(m_tests.size(), 1U);
+    EXPECT_EQ(m_tests[0].className, L"CZweiter");
+    EXPECT_EQ(m_tests[0].cases.size(), 1U);
+}
+
+TEST_F(FilterTestCases, KeepsAllOtherDataOfTestsAndCases)
+{
+    SUnitTest& test = m_tests[1];
+    test.contacts = {{L"Anna", L"anna@example.org", L"Autorin"}};
+    test.moduleName = L"Modul.dll";
+    test.cases[1].dataSetFile = L"/daten/beta/CZweiter/eins.txt";
+    test.cases[1].parameters[L"TimeOutSec"] = 5U;
+
+    Filter({L"txt$"});
+
+    ASSERT_EQ(m_tests.size(), 1U);
+    const SUnitTest& left = m_tests[0];
+    EXPECT_EQ(left.dataDirectory, L"/daten/beta/CZweiter/");
+    EXPECT_EQ(left.moduleName, L"Modul.dll");
+    EXPECT_THAT(left.GetDataSetFiles(), ElementsAre(L"/daten/beta/CZweiter/eins.txt"));
+    ASSERT_EQ(left.contacts.size(), 1U);
+    EXPECT_EQ(left.contacts[0].email, L"anna@example.org");
+    EXPECT_EQ(left.cases[0].dataSetFile, L"/daten/beta/CZweiter/eins.txt");
+    EXPECT_EQ(left.cases[0].parameters.at(L"TimeOutSec"), LbVariant(5U));
+}
+
+TEST_F(FilterTestCases, KeepsTestsOfOneNameApart)
+{
+    m_tests[1].className = L"CErster";
+    Filter({L"eins$"});
+    ASSERT_EQ(m_tests.size(), 2U);
+    EXPECT_EQ(m_tests[0].dataDirectory, L"C:\\daten\\alpha\\CErster\\");
+    EXPECT_EQ(m_tests[1].dataDirectory, L"/daten/beta/CZweiter/");
+}
+
+TEST_F(FilterTestCases, StopsAtTheMaximum)
+{
+    m_maxCases = 4;
+    Filter({});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:eins", L"CErster:zwei", L"CErster:drei", L"CZweiter:eins"));
+}
+
+TEST_F(FilterTestCases, StopsBetweenUnitTests)
+{
+    m_maxCases = 3;
+    Filter({});
+    EXPECT_EQ(m_tests.size(), 1U);
+    EXPECT_EQ(GetSelected().size(), 3U);
+}
+
+TEST_F(FilterTestCases, KeepsOneCaseForAMaximumOfOneOrZero)
+{
+    for (const std::uint32_t maximum : {1U, 0U})
+    {
+        m_maxCases = maximum;
+        Filter({L"eins"});
+        EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:eins")) << maximum;
+    }
+}
+
+TEST_F(FilterTestCases, CountsSelectedCasesOnly)
+{
+    m_maxCases = 2;
+    Filter({}, {L"eins$"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CErster:drei"));
+}
+
+TEST_F(FilterTestCases, IsContentWithNoTests)
+{
+    m_tests.clear();
+    Filter({L"x"}, {L"y"});
+    EXPECT_THAT(m_tests, IsEmpty());
+}
+
+// Plain text in place of expressions.
+
+TEST_F(FilterTestCases, ComparesPlainTextWithTheEndOfThePathName)
+{
+    m_noRegex = true;
+    Filter({L"eins"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:eins", L"CZweiter:eins", L"CZweiter:kleineins"));
+}
+
+TEST_F(FilterTestCases, ComparesPlainTextWithSpecialCharacters)
+{
+    m_noRegex = true;
+    Filter({L"beta/CZweiter/CZweiter:eins.txt", L".rei"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CZweiter:eins.txt"));
+}
+
+TEST_F(FilterTestCases, ExcludesByPlainText)
+{
+    m_noRegex = true;
+    Filter({}, {L":eins"});
+    EXPECT_THAT(GetSelected(),
+                ElementsAre(L"CErster:zwei", L"CErster:drei", L"CZweiter:eins.txt", L"CZweiter:kleineins"));
+}
+
+TEST_F(FilterTestCases, NeverMatchesPlainTextLongerThanTheName)
+{
+    m_noRegex = true;
+    Filter({L"x/daten/beta/CZweiter/CZweiter:eins"});
+    EXPECT_THAT(GetSelected(), IsEmpty());
+}
+
+TEST_F(FilterTestCases, ComparesPlainTextCaseSensitively)
+{
+    m_noRegex = true;
+    Filter({L"EINS"});
+    EXPECT_THAT(GetSelected(), IsEmpty());
+}
+
+// Invalid patterns.
+
+class FilterTestCasesInvalid : public FilterTestCases, public testing::WithParamInterface<bool>
+{
+protected:
+    std::wstring FilterAndGetMessage(const Patterns& includes, const Patterns& excludes)
+    {
+        m_noRegex = GetParam();
+        try
+        {
+            Filter(includes, excludes);
+        }
+        catch (const std::wstring& message)
+        {
+            return message;
+        }
+        return L"no exception";
+    }
+};
+
+TEST_P(FilterTestCasesInvalid, IncludePatternIsNamed)
+{
+    EXPECT_THAT(FilterAndGetMessage({L"gut", L"(offen"}, {}), HasSubstr(L"'(offen'"));
+}
+
+TEST_P(FilterTestCasesInvalid, ExcludePatternIsNamed)
+{
+    EXPECT_THAT(FilterAndGetMessage({}, {L"[a"}), HasSubstr(L"'[a'"));
+}
+
+TEST_P(FilterTestCasesInvalid, IncludePatternIsNamedFirst)
+{
+    EXPECT_THAT(FilterAndGetMessage({L"*"}, {L"[a"}), HasSubstr(L"'*'"));
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutExpressions, FilterTestCasesInvalid, testing::Bool());
+
+// Long names.
+
+TEST_F(FilterTestCases, MatchesLongNames)
+{
+    const std::wstring name(100'000, L'x');
+    m_tests[0].cases[1].name = name + L"!";
+    Filter({L"CErster:(x|y)*!$"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:" + name + L"!"));
+}
+
+TEST_F(FilterTestCases, RefusesNamesBeyondTheEngine)
+{
+    m_tests[0].cases[1].name = std::wstring(5'000'000, L'x');
+    try
+    {
+        Filter({L"^.*y$"});
+        FAIL() << "no exception";
+    }
+    catch (const std::wstring& message)
+    {
+        EXPECT_THAT(message, HasSubstr(L"zu lang"));
+    }
+}
+
+TEST_F(FilterTestCases, ComparesNamesOfAnyLengthAsPlainText)
+{
+    m_noRegex = true;
+    m_tests[0].cases[1].name = std::wstring(5'000'000, L'x');
+    Filter({L"xx"});
+    EXPECT_EQ(GetSelected().size(), 1U);
+}
+
+// Stored selections.
+
+class FilterTestCasesStored : public FilterTestCases
+{
+protected:
+    void Store(std::string_view content) { m_includeConfig = m_folder.WriteFile(L"auswahl.xml", content); }
+
+    ScopedFolder m_folder;
+};
+
+constexpr std::string_view c_Selection = "<Config><Tests><T name='CZweiter'><F name='eins'/></T>"
+                                         "<T name='CErster'><F name='drei'/><F name='fehlt'/></T></Tests></Config>";
+
+TEST_F(FilterTestCasesStored, SelectExactNames)
+{
+    Store(c_Selection);
+    Filter({});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:drei", L"CZweiter:eins"));
+}
+
+TEST_F(FilterTestCasesStored, JoinIncludePatterns)
+{
+    Store(c_Selection);
+    Filter({L"zwei$"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CErster:drei", L"CZweiter:eins"));
+}
+
+TEST_F(FilterTestCasesStored, YieldToExcludePatterns)
+{
+    Store(c_Selection);
+    Filter({}, {L"drei"});
+    EXPECT_THAT(GetSelected(), ElementsAre(L"CZweiter:eins"));
+}
+
+TEST_F(FilterTestCasesStored, AreNoExpressions)
+{
+    Store("<Config><Tests><T name='CErster'><F name='.*'/></T></Tests></Config>");
+    Filter({});
+    EXPECT_THAT(GetSelected(), IsEmpty());
+}
+
+TEST_F(FilterTestCasesStored, SelectEverythingWhenThereAreNone)
+{
+    Store("<Config><Tests/></Config>");
+    Filter({});
+    ExpectAllSelected();
+}
+
+TEST_F(FilterTestCasesStored, SelectEverythingWithoutAFile)
+{
+    m_includeConfig = m_folder.GetPathOf(L"fehlt.xml");
+    Filter({});
+    ExpectAllSelected();
+}
+
+TEST_F(FilterTestCasesStored, ThrowAMessageForABrokenFile)
+{
+    Store("<Config><Tests>");
+    try
+    {
+        Filter({});
+        FAIL() << "no exception";
+    }
+    catch (const std::wstring& message)
+    {
+        EXPECT_EQ(message, L"Fehler in Config-File: XML-Syntax Fehler\n");
+    }
+}
+
+} // namespace

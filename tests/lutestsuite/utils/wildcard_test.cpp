@@ -1,0 +1,103 @@
+// Expressions of wildcard names.
+
+#include <regex>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace
+{
+
+bool Matches(const std::wstring& wildcard, const std::wstring& name)
+{
+    return std::regex_match(name, LuTestSuiteUtils::GenerateWildcardRegex(wildcard));
+}
+
+TEST(GenerateWildcardRegex, MatchesPlainNamesExactly)
+{
+    EXPECT_TRUE(Matches(L"wort", L"wort"));
+    EXPECT_FALSE(Matches(L"wort", L"Wort"));
+    EXPECT_FALSE(Matches(L"wort", L"worte"));
+    EXPECT_FALSE(Matches(L"wort", L"antwort"));
+}
+
+TEST(GenerateWildcardRegex, TakesAQuestionMarkForAnyOneCharacter)
+{
+    EXPECT_TRUE(Matches(L"wort?", L"worte"));
+    EXPECT_TRUE(Matches(L"wort?", L"wort."));
+    EXPECT_FALSE(Matches(L"wort?", L"wort"));
+    EXPECT_FALSE(Matches(L"wort?", L"worten"));
+}
+
+TEST(GenerateWildcardRegex, TakesADotForADot)
+{
+    EXPECT_TRUE(Matches(L"a.b", L"a.b"));
+    EXPECT_FALSE(Matches(L"a.b", L"axb"));
+}
+
+TEST(GenerateWildcardRegex, TakesAStarForAnyText)
+{
+    EXPECT_TRUE(Matches(L"*", L""));
+    EXPECT_TRUE(Matches(L"*", L"ganz: beliebig/\\+"));
+    EXPECT_TRUE(Matches(L"a*c", L"ac"));
+    EXPECT_TRUE(Matches(L"a*c", L"abbc"));
+    EXPECT_FALSE(Matches(L"a*c", L"acb"));
+}
+
+TEST(GenerateWildcardRegex, CombinesAWordAndAllWildcards)
+{
+    EXPECT_TRUE(Matches(L"wort?.*", L"wort1.txt"));
+    EXPECT_TRUE(Matches(L"wort?.*", L"wortx."));
+    EXPECT_FALSE(Matches(L"wort?.*", L"wort.txt"));
+    EXPECT_FALSE(Matches(L"wort?.*", L"wort1-txt"));
+}
+
+class GenerateWildcardRegexSpecial : public testing::TestWithParam<wchar_t>
+{
+};
+
+TEST_P(GenerateWildcardRegexSpecial, CharacterStandsForItself)
+{
+    const std::wstring wildcard = std::wstring(L"a") + GetParam() + L"b";
+
+    EXPECT_TRUE(Matches(wildcard, wildcard));
+    EXPECT_FALSE(Matches(wildcard, L"ab"));
+    EXPECT_FALSE(Matches(wildcard, L"aab"));
+    EXPECT_FALSE(Matches(wildcard, L"a"));
+    EXPECT_FALSE(Matches(wildcard, L"axb"));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, GenerateWildcardRegexSpecial,
+                         testing::Values(L'\\', L'^', L'.', L'$', L'|', L'(', L')', L'[', L']', L'+', L'/'));
+
+TEST(GenerateWildcardRegex, KeepsBackslashesInFrontOfWildcards)
+{
+    EXPECT_TRUE(Matches(L"a\\*", L"a\\bc"));
+    EXPECT_FALSE(Matches(L"a\\*", L"a*"));
+    EXPECT_TRUE(Matches(L"\\d", L"\\d"));
+    EXPECT_FALSE(Matches(L"\\d", L"1"));
+}
+
+TEST(GenerateWildcardRegex, KeepsBracesAsRepetitionCounts)
+{
+    EXPECT_TRUE(Matches(L"fa{3}l", L"faaal"));
+    EXPECT_FALSE(Matches(L"fa{3}l", L"fal"));
+    EXPECT_FALSE(Matches(L"fa{3}l", L"fa{3}l"));
+    EXPECT_TRUE(Matches(L"?{2,3}", L"xyz"));
+    EXPECT_FALSE(Matches(L"?{2,3}", L"x"));
+}
+
+TEST(GenerateWildcardRegex, ThrowsForAnInvalidRepetitionCount)
+{
+    EXPECT_THROW(LuTestSuiteUtils::GenerateWildcardRegex(L"a{x}"), std::regex_error);
+}
+
+TEST(GenerateWildcardRegex, GivesAnEmptyNameForAnEmptyWildcard)
+{
+    EXPECT_TRUE(Matches(L"", L""));
+    EXPECT_FALSE(Matches(L"", L"a"));
+}
+
+} // namespace

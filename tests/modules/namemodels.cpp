@@ -1,0 +1,53 @@
+/// Classes and sub-tests that are found, or not, by their names.
+
+#include <string>
+
+#include "base/luunittest.h"
+
+class CNameModel : public LuUnitTest
+{
+    LB_RTTI(CNameModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"doppelt", [this] { Info(L"der erste"); });
+        AddSubtest(L"doppelt", [this] { Error(L"der zweite"); });
+        AddSubtest(L"Groß", [] {});
+    }
+};
+LB_RTTI_CLASS(CNameModel, LuUnitTest)
+
+/// Can be created by name, but is no unit test.
+class CNoUnitTest : public IObject
+{
+    LB_RTTI(CNoUnitTest)
+};
+LB_RTTI_CLASS(CNoUnitTest, IObject)
+
+/// A unit test that cannot be created by name.
+class CNotCreatableModel : public LuUnitTest
+{
+    LB_RTTI(CNotCreatableModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"Fall", [] {});
+    }
+};
+LB_RTTI_ABSTRACT(CNotCreatableModel, LuUnitTest)
+
+/// Names of the greatest length that a case can be asked for by, and of more. The last one is more than regular
+/// expressions of some length can carry.
+class CLongNameModel : public LuUnitTest
+{
+    LB_RTTI(CLongNameModel)
+
+    void InitSubtests() override
+    {
+        for (const std::size_t length : {1023U, 1024U, 50'000U})
+        {
+            AddSubtest(std::wstring(length, L'n'), [this] { Info(L"gelaufen"); });
+        }
+    }
+};
+LB_RTTI_CLASS(CLongNameModel, LuUnitTest)

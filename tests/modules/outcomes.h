@@ -1,0 +1,81 @@
+/// What the cases of the test modules end with: one table for every way of running them.
+#pragma once
+
+#include "testing/lutestsuite/lutestsuiterun.h"
+
+namespace models
+{
+
+/// One case. The path of the unit test's data directory is no part of it: no model of the table looks there.
+struct SOutcome
+{
+    const wchar_t* className;
+    const wchar_t* caseName;
+    LuTestSuiteRun::ECaseRunResult result;
+    const wchar_t* messages;
+};
+
+/// The modules that hold the classes of the table, as the option for loading them names them.
+inline constexpr const wchar_t* c_Modules[] = {L"resultmodels", L"exceptionmodels", L"messagemodels",
+                                               L"namemodels",   L"debuggingmodels", L"placemodels"};
+
+using enum LuTestSuiteRun::ECaseRunResult;
+
+inline constexpr SOutcome c_Outcomes[] = {
+    // Every answer of a sub-test.
+    {L"CResultModel", L"keine Eingabe", NoInput, L""},
+    {L"CResultModel", L"bestanden", Ok, L""},
+    {L"CResultModel", L"fehlgeschlagen", Error, L""},
+    {L"CResultModel", L"eigene Ausnahme", Exception, L""},
+    {L"CResultModel", L"abweichend", Different, L""},
+    {L"CResultModel", L"unbekannter Wert", Unknown, L""},
+    {L"CResultModel", L"ohne Antwort", Ok, L""},
+    {L"CPassedModel", L"eins", Ok, L""},
+    {L"CPassedModel", L"zwei mit Lücke", Ok, L""},
+    {L"CFailedModel", L"allein", Error, L""},
+
+    // Exceptions that leave one of the operations that the runner calls.
+    {L"CConstructorThrows", L"Fall", Exception, L""},
+    {L"CSetMessageStreamThrows", L"Fall", Exception, L""},
+    {L"CSetDataDirectoryThrows", L"Fall", Exception, L""},
+    {L"CInitSubtestsThrows", L"Fall", Exception, L""},
+    {L"CPrepareSubtestThrows", L"Fall", Exception, L""},
+    {L"CGetSubtestCountThrows", L"Fall", Exception, L""},
+    {L"CGetSubtestNameThrows", L"Fall", Exception, L""},
+    {L"CRunUnitTestThrows", L"Fall", Exception, L""},
+    {L"CRunUnitTestThrowsNumber", L"Fall", Exception, L"\t\tINFO:  vor der Ausnahme\n"},
+
+    // Exceptions that leave a sub-test's function: the unit test itself reports them.
+    {L"CSubtestExceptionModel", L"Standard", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CSubtestExceptionModel", L"Text", Exception, L"\t\tERROR: größer als erlaubt\n"},
+    {L"CSubtestExceptionModel", L"Literal", Exception, L"\t\tERROR: fester Text\n"},
+    {L"CSubtestExceptionModel", L"Zahl", Exception, L"\t\tERROR: Unbekannte Exception\n"},
+    {L"CSubtestExceptionModel", L"nach Meldungen", Exception,
+     L"\t\tINFO:  erste\n\t\tERROR: zweite\n\t\tERROR: kaputt\n"},
+
+    // Message lines.
+    {L"CMessageModel", L"Fehler", Error, L"\t\tERROR: 3 statt 4\n"},
+    {L"CMessageModel", L"Information", Ok, L"\t\tINFO:  Größe 12 µm\n"},
+    {L"CMessageModel", L"mehrere", Error, L"\t\tINFO:  erste\n\t\tERROR: zweite\n\t\tERROR: dritte\n"},
+    {L"CMessageModel", L"Fehler, doch bestanden", Ok, L"\t\tERROR: übergangen\n"},
+    {L"CMessageModel", L"außerhalb der Tabelle", Ok, L"\t\tINFO:  \U0001F600 €\n"},
+
+    // Names: exact and case-sensitive, the first of equal ones counts; classes that are none of ours.
+    {L"CNameModel", L"doppelt", Ok, L"\t\tINFO:  der erste\n"},
+    {L"CNameModel", L"Groß", Ok, L""},
+    {L"CNameModel", L"groß", NoMatchingCase, L""},
+    {L"CNameModel", L"Gro", NoMatchingCase, L""},
+    {L"CNameModel", L"Groß ", NoMatchingCase, L""},
+    {L"CNameModel", L"", NoMatchingCase, L""},
+    {L"CNameModel", L"gibt es nicht", NoMatchingCase, L""},
+    {L"cnamemodel", L"Groß", NoMatchingCase, L""},
+    {L"CUnknownModel", L"Fall", NoMatchingCase, L""},
+    {L"CNoUnitTest", L"Fall", NoMatchingCase, L""},
+    {L"CNotCreatableModel", L"Fall", NoMatchingCase, L""},
+
+    // Debugging options of a run that asks for none: the supported ones are set, in this order.
+    {L"CDebuggingModel", L"Optionen", Ok, L"\t\tINFO:  1=0\n\t\tINFO:  2=0\n\t\tINFO:  0=0\n"},
+    {L"CPartlyDebuggingModel", L"Optionen", Ok, L"\t\tINFO:  2=0\n"},
+};
+
+} // namespace models

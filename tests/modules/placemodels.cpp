@@ -1,0 +1,23 @@
+/// A unit test that reports where it runs.
+
+#include "base/lbassert.h"
+#include "base/ludebugserialization.h"
+#include "base/luunittest.h"
+#include "base/os/files.h"
+
+class CPlaceModel : public LuUnitTest
+{
+    LB_RTTI(CPlaceModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"Arbeitsverzeichnis", [this] { Info(L"%s", LbOs::GetWorkingDirectory()); });
+        AddSubtest(L"Datenverzeichnis", [this] { Info(L"%s", GetDataDirectory()); });
+        AddSubtest(L"Dialog", [this] { Info(L"%d", LbAssert::IsDialogEnabled() ? 1 : 0); });
+        for (const wchar_t* name : {L"Serialisierung", L"a/b\\c:d*e?f\"g<h>i|j\tk"})
+        {
+            AddSubtest(name, [this] { Info(L"%s", LuDebugSerializationGeneric::GetDefaultOutputDirectory()); });
+        }
+    }
+};
+LB_RTTI_CLASS(CPlaceModel, LuUnitTest)

@@ -1,0 +1,132 @@
+#include "tests/support/capturedoutput.h"
+
+#include <mutex>
+#include <ostream>
+#include <stdexcept>
+#include <utility>
+
+#include "base/lbencoding.h"
+#include "base/lbformat.h"
+
+namespace
+{
+
+/// Outputs cannot be removed again, so there is one for the process, which listens while a test wants it to.
+class CRecorder : public LuTestSuiteOut::LuCustomOut
+{
+public:
+    static CRecorder& GetInstance()
+    {
+        // Never destroyed: lines may be printed until the very end of the process.
+        static CRecorder* const s_recorder = make();
+        return *s_recorder;
+    }
+
+    void Output(const LuTestSuiteOut& line) override
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_isListening)
+        {
+            m_lines.push_back({line.GetText(), line.IsBold(), line.IsUnderlined(), line.HasColor(), line.GetColor()});
+        }
+    }
+
+    /// Starts with nothing, or stops. False when it is in that state already.
+    bool Listen(bool on)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_lines.clear();
+        return std::exchange(m_isListening, on) != on;
+    }
+
+    std::vector<CapturedOutput::SLine> GetLines() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_lines;
+    }
+
+    void Clear()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_lines.clear();
+    }
+
+private:
+    static CRecorder* make()
+    {
+        auto* const recorder = new CRecorder;
+        LuTestSuiteOut::AddCustomOut(recorder);
+        return recorder;
+    }
+
+    mutable std::mutex m_mutex;
+    std::vector<CapturedOutput::SLine> m_lines;
+    bool m_isListening = false;
+};
+
+} // namespace
+
+CapturedOutput::CapturedOutput()
+{
+    if (!CRecorder::GetInstance().Listen(true))
+    {
+        throw std::logic_error("Output is captured already");
+    }
+    LuTestSuiteOut::SetConsoleOut(false);
+}
+
+CapturedOutput::~CapturedOutput()
+{
+    LuTestSuiteOut::SetConsoleOut(true);
+    CRecorder::GetInstance().Listen(false);
+}
+
+std::vector<CapturedOutput::SLine> CapturedOutput::GetLines() const
+{
+    return CRecorder::GetInstance().GetLines();
+}
+
+std::wstring CapturedOutput::GetText() const
+{
+    std::wstring text;
+    for (const SLine& line : GetLines())
+    {
+        text += line.text;
+    }
+    return text;
+}
+
+void CapturedOutput::Clear()
+{
+    CRecorder::GetInstance().Clear();
+}
+
+CapturedOutput::SLine CapturedOutput::Plain(std::wstring text)
+{
+    return {std::move(text), false, false, false, LuColor()};
+}
+
+CapturedOutput::SLine CapturedOutput::Bold(std::wstring text)
+{
+    return {std::move(text), true, false, false, LuColor()};
+}
+
+CapturedOutput::SLine CapturedOutput::Colored(std::wstring text, LuColor color)
+{
+    return {std::move(text), false, false, true, color};
+}
+
+CapturedOutput::SLine CapturedOutput::BoldColored(std::wstring text, LuColor color)
+{
+    return {std::move(text), true, false, true, color};
+}
+
+void PrintTo(const CapturedOutput::SLine& line, std::ostream* stream)
+{
+    *stream << '"' << LbEncoding::ToUtf8(line.text) << '"' << (line.isBold ? " bold" : "")
+            << (line.isUnderlined ? " underlined" : "");
+    if (line.hasColor)
+    {
+        *stream << LbEncoding::ToUtf8(LbFormat(L" #%06x", line.color.GetValue() & 0xFFFFFFU));
+    }
+}

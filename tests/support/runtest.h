@@ -1,0 +1,37 @@
+/// What tests of whole runs share.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "tests/support/capturedoutput.h"
+
+/// A unit test for an explicit list, with cases of these names.
+LuTestSuite::SUnitTest MakeUnitTest(const std::wstring& className, const std::vector<std::wstring>& caseNames);
+
+/// A setup that loads the modules of the models and runs these unit tests.
+LuTestSuiteSetup MakeSetup(std::vector<LuTestSuite::SUnitTest> unitTests);
+
+/// A setup that loads the modules of the models and runs what it finds in the directory.
+LuTestSuiteSetup MakeSetup(const std::wstring& dataDir);
+
+/// Runs in an environment of its own, with the output recorded.
+class RunTest : public testing::Test
+{
+protected:
+    LuTestSuiteRun::SRunResult Run(const LuTestSuiteSetup& setup);
+
+    /// Runs one case and gives its record.
+    LuTestSuiteRun::SCaseInfo RunCase(const std::wstring& className, const std::wstring& caseName);
+
+    /// The recorded lines from the first one with this text on; empty when there is none.
+    std::vector<CapturedOutput::SLine> GetLinesFrom(const std::wstring& text) const;
+
+    CapturedOutput m_output;
+    LuTestSuiteEnvironment m_environment;
+};
