@@ -111,10 +111,12 @@ TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)
     // Threads that end give back what the run-time kept for them, through free.
     CFlag mayEnd;
     std::atomic<int> running = c_ThreadCount;
+    std::atomic<int> startedCount = 0;
     std::vector<std::thread> threads;
     for (int index = 0; index < c_ThreadCount; ++index)
     {
         threads.emplace_back([&] {
+            ++startedCount;
             start.Wait();
             for (int round = 0; round < c_Rounds; ++round)
             {
@@ -126,6 +128,10 @@ TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)
             }
             mayEnd.Wait();
         });
+    }
+    while (startedCount < c_ThreadCount)
+    {
+        std::this_thread::yield();
     }
     LuTestSuiteHeapTracker tracker;
     start.Set();
@@ -147,17 +153,23 @@ TEST_F(LuTestSuiteHeapTrackerThreads, BlockFreedByAnotherThreadIsFreed)
     std::atomic<void*> block = nullptr;
     CFlag handedOver;
     CFlag freed;
+    CFlag mayEnd;
+    CFlag started;
     std::thread thread([&] {
+        started.Set();
         handedOver.Wait();
         s_free(block);
         freed.Set();
+        mayEnd.Wait();
     });
+    started.Wait();
     LuTestSuiteHeapTracker tracker;
     block = s_malloc(1234);
     const std::int64_t before = tracker.GetCurrentAlloc();
     handedOver.Set();
     freed.Wait();
     tracker.Deactivate();
+    mayEnd.Set();
     thread.join();
     EXPECT_EQ(before, 1234);
     EXPECT_EQ(tracker.GetCurrentAlloc(), 0);

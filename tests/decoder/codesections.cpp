@@ -1,4 +1,4 @@
-#include "tests/lutestsuite/decoder/codesections.h"
+#include "tests/decoder/codesections.h"
 
 #include <cstring>
 #include <fstream>

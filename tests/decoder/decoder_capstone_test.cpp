@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "testing/lutestsuite/heap/instruction.h"
-#include "tests/lutestsuite/decoder/codesections.h"
+#include "tests/decoder/codesections.h"
 
 namespace
 {
