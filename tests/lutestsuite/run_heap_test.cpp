@@ -11,7 +11,7 @@ using LuTestSuiteRun::SRunResult;
 namespace
 {
 
-const std::wstring c_Warning = L"WARNUNG (Ein Speicheranstieg von 16 Bytes wurde entdeckt)\n";
+const std::wstring c_Warning = L"WARNUNG (Ein Speicheranstieg von 16 Bytes wurde entdeckt)";
 
 /// Cases whose heap is tracked.
 class RunHeap : public RunTest

@@ -87,4 +87,15 @@ TEST_F(RunMissingFeatures, NamesExternalExecutionThatACaseAsksFor)
     ExpectOnlyWarning(setup, c_External);
 }
 
+TEST_F(RunMissingFeatures, NamesEveryOneOnce)
+{
+    LuTestSuiteSetup setup = MakeOneCase();
+    setup.params.parallel = setup.params.external = true;
+    setup.xmlReport = L"Report.xml";
+
+    Run(setup);
+
+    EXPECT_TRUE(m_output.GetText().starts_with(c_Parallel + c_Reports + c_External + L"CPassedModel\n"));
+}
+
 } // namespace
