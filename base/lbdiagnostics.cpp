@@ -9,7 +9,7 @@
 namespace
 {
 
-/// Made on first use, since static objects of other modules may trace while they are made.
+/// Made on first use and never destroyed, since static objects of other modules may trace while they come and go.
 struct SListening
 {
     LbCriticalSection section;
@@ -19,8 +19,8 @@ struct SListening
 
 SListening& getListening()
 {
-    static SListening s_listening;
-    return s_listening;
+    static SListening& listening = *new SListening;
+    return listening;
 }
 
 /// Marks the listener as busy, so that a trace of its own cannot call it again without end.

@@ -214,3 +214,35 @@ const char* LbException::what() const noexcept
 {
     return m_what.c_str();
 }
+
+std::wstring LbDescribeCurrentException()
+{
+    try
+    {
+        throw;
+    }
+    catch (const std::exception& exception)
+    {
+        return LbEncoding::FromUtf8(exception.what());
+    }
+    catch (const std::wstring& text)
+    {
+        return text;
+    }
+    catch (const wchar_t* text)
+    {
+        return text == nullptr ? L"" : text;
+    }
+    catch (const std::string& text)
+    {
+        return LbEncoding::FromUtf8(text);
+    }
+    catch (const char* text)
+    {
+        return text == nullptr ? std::wstring() : LbEncoding::FromUtf8(text);
+    }
+    catch (...)
+    {
+        return L"Unbekannte Exception";
+    }
+}

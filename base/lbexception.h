@@ -37,3 +37,7 @@ private:
     std::uint32_t m_line;
     std::string m_what;
 };
+
+/// Inside a handler: the text of the exception that is being handled, for a person: an LbException's message and place,
+/// other standard exceptions' what(), wide or narrow texts themselves, "Unbekannte Exception" for all else.
+LB_API std::wstring LbDescribeCurrentException();

@@ -13,8 +13,9 @@ struct SDirectory
 
 SDirectory& getDirectory()
 {
-    static SDirectory s_directory;
-    return s_directory;
+    // Never destroyed: static objects of other modules may still ask at the end of the process.
+    static SDirectory& directory = *new SDirectory;
+    return directory;
 }
 
 } // namespace

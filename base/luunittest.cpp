@@ -9,8 +9,6 @@ LB_RTTI_ABSTRACT(LuUnitTest, IObject)
 namespace
 {
 
-constexpr std::wstring_view c_DescriptionFile = L"#ExtraInfo.xml";
-
 /// True when `name` matches `wildcard` ("*" and "?"). On a mismatch only the last "*" takes one character more, which
 /// is enough: what stands before it has matched as early as possible.
 bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
@@ -47,7 +45,7 @@ bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
 
 [[noreturn]] void throwNoSuchSubtest(std::uint32_t subtest, std::size_t count)
 {
-    throw LbException(LbFormat(L"Fehler: Untertest %u gibt es nicht, es sind %u.", subtest, count));
+    throw LbException(LbFormat(L"Untertest %u gibt es nicht, es sind %u", subtest, count));
 }
 
 } // namespace
@@ -93,22 +91,9 @@ LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
     {
         return m_subtests[subtest].function();
     }
-    catch (const std::exception& exception)
-    {
-        // An LbException's text holds its place, too.
-        writeMessage(true, LbEncoding::FromUtf8(exception.what()));
-    }
-    catch (const std::wstring& message)
-    {
-        writeMessage(true, message);
-    }
-    catch (const wchar_t* message)
-    {
-        writeMessage(true, message == nullptr ? L"" : message);
-    }
     catch (...)
     {
-        writeMessage(true, L"Unbekannte Exception");
+        writeMessage(true, LbDescribeCurrentException());
     }
     return eR_Exception;
 }
@@ -129,7 +114,7 @@ const std::vector<std::wstring>& LuUnitTest::GetDataFileNames() const
 
 bool LuUnitTest::isDataSet(std::wstring_view fileName, std::wstring_view wildcard)
 {
-    return fileName != c_DescriptionFile && matchesWildcard(fileName, wildcard);
+    return fileName != sc_DescriptionFile && matchesWildcard(fileName, wildcard);
 }
 
 void LuUnitTest::writeMessage(bool isError, const std::wstring& text)

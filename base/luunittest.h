@@ -48,6 +48,9 @@ public:
         eR_Different = 4  ///< output differs from the reference run
     };
 
+    /// The file of a unit test's folder that describes its cases; never a data set.
+    static constexpr const wchar_t* sc_DescriptionFile = L"#ExtraInfo.xml";
+
     LuUnitTest();
     ~LuUnitTest() override;
 
@@ -62,12 +65,13 @@ public:
     /// SetDataDirectory: large folders are read once.
     const std::vector<std::wstring>& GetDataFileNames() const;
 
-    /// Fills the list of sub-tests, by AddSubtest and AddFileSubtests.
+    /// Fills the list of sub-tests, by AddSubtest and AddFileSubtests. Called once per object.
     virtual void InitSubtests() = 0;
 
     /// Hook: called once per case after the debugging options are set. Does nothing by default.
     virtual void PrepareSubtest();
 
+    /// Number of sub-tests that InitSubtests has filled in.
     virtual std::uint32_t GetSubtestCount() const;
 
     /// Throws LbException for an index out of range, as RunUnitTest does.
@@ -96,9 +100,9 @@ protected:
         }
     }
 
-    /// Appends one sub-test per file of the data directory whose name matches the wildcard ("*": any characters, "?": one
-    /// character; exact otherwise), ordered by name, named after the file. Description files ("#ExtraInfo.xml") are left
-    /// out. `function` takes the file's full path and returns as in AddSubtest.
+    /// Appends one sub-test per file of the data directory whose name matches the wildcard ("*": any characters, "?":
+    /// one character; exact otherwise), ordered by name, named after the file. Description files ("#ExtraInfo.xml") are
+    /// left out. `function` takes the file's full path and returns as in AddSubtest.
     template<std::invocable<const std::wstring&> F>
     void AddFileSubtests(std::wstring_view wildcard, const F& function)
     {
@@ -114,8 +118,8 @@ protected:
         }
     }
 
-    /// Reports an error line ("\t\tERROR: ..."); the sub-test has failed unless it returns a result of its own. Formats as
-    /// LbFormat does.
+    /// Reports an error line ("\t\tERROR: ..."); the sub-test has failed unless it returns a result of its own. Formats
+    /// as LbFormat does.
     template<typename... T>
     void Error(std::wstring_view format, const T&... arguments)
     {

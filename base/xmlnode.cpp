@@ -140,7 +140,7 @@ XMLDocument& XMLDocument::operator=(XMLDocument&&) noexcept = default;
 XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* rootName)
 {
     m_content.reset();
-    if (!LbFileSystem::IsFile(path))
+    if (!LbFileSystem::Exists(path))
     {
         return EResult::Missing;
     }
@@ -151,7 +151,7 @@ XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* roo
     }
     catch (const LbException&)
     {
-        return EResult::Missing;
+        return EResult::Unreadable;
     }
     return LoadText(std::move(bytes), rootName);
 }

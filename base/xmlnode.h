@@ -92,8 +92,9 @@ public:
     enum class EResult
     {
         Ok,
-        Missing, ///< no such file, or it cannot be read
-        Syntax,  ///< not well-formed, or another root element
+        Missing,    ///< no such file
+        Unreadable, ///< the file cannot be read, or is a directory
+        Syntax,     ///< not well-formed, or another root element
     };
 
     XMLDocument();

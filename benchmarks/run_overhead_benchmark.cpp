@@ -33,9 +33,8 @@ std::vector<LuTestSuite::SUnitTest> makeUnitTests()
 
 void setCounters(benchmark::State& state)
 {
-    state.counters["time_per_case"] =
-        benchmark::Counter(static_cast<double>(c_CaseCount), benchmark::Counter::kIsIterationInvariantRate |
-                                                                 benchmark::Counter::kInvert);
+    state.counters["time_per_case"] = benchmark::Counter(
+        static_cast<double>(c_CaseCount), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void callDirectly(const LuTestSuite::SUnitTest& unitTest, const std::wstring& caseName)

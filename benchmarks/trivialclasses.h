@@ -41,7 +41,9 @@ inline std::wstring GetClassName(std::size_t index)
 
 template<std::size_t Number>
 const LbRTTI CTrivialClass<Number>::RTTI(GetClassName(Number).c_str(), &LuUnitTest::RTTI,
-                                         []() -> std::unique_ptr<IObject> { return std::make_unique<CTrivialClass>(); });
+                                         []() -> std::unique_ptr<IObject> {
+                                             return std::make_unique<CTrivialClass>();
+                                         });
 
 /// Naming the records makes the classes register themselves where this function is compiled in.
 template<std::size_t... Numbers>

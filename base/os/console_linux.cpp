@@ -49,12 +49,27 @@ private:
 void writeStream(std::FILE* stream, std::string_view bytes)
 {
     const CPipeSignalBlock block;
-    std::fwrite(bytes.data(), 1, bytes.size(), stream);
-    if (std::fflush(stream) != 0 || std::ferror(stream) != 0)
+    // What others left in the stream goes first. The bytes themselves pass it by: a stream that has once been used for
+    // wide text takes no bytes, and one that has taken bytes takes no wide text of others any more.
+    bool isWritten = std::fflush(stream) == 0;
+    if (!isWritten)
     {
         // Else the stream would keep the bytes and try them again with each later call.
         __fpurge(stream);
         std::clearerr(stream);
+    }
+    while (!bytes.empty())
+    {
+        const ssize_t count = write(fileno(stream), bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR)
+        {
+            isWritten = false;
+            break;
+        }
+        bytes.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
+    if (!isWritten)
+    {
         block.Discard();
     }
 }

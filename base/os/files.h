@@ -54,7 +54,7 @@ LB_API std::wstring GetWorkingDirectory();
 LB_API bool SetWorkingDirectory(const std::wstring& path);
 
 /// The path as it stands when the working directory changes: absolute, by the present working directory. A separator at
-/// the end stays; an empty path stays empty. Nothing is looked up on the disk.
+/// the end stays, "." and ".." are resolved textually; an empty path stays empty. Nothing is looked up on the disk.
 LB_API std::wstring GetFullPath(const std::wstring& path);
 
 /// The one name of an existing file or directory, with all links resolved, without separator at its end; empty when it

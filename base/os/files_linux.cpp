@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -179,7 +180,12 @@ bool LbOs::SetWorkingDirectory(const std::wstring& path)
 
 std::wstring LbOs::GetFullPath(const std::wstring& path)
 {
-    return path.empty() || IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
+    if (path.empty())
+    {
+        return path;
+    }
+    const std::wstring full = IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
+    return LbEncoding::FromNative(std::filesystem::path(LbEncoding::ToNative(full)).lexically_normal().native());
 }
 
 std::wstring LbOs::GetCanonicalPath(const std::wstring& path)

@@ -7,16 +7,25 @@
 #include <link.h>
 
 #include "base/lbencoding.h"
+#include "base/lbexception.h"
 #include "base/os/files.h"
 
 bool LbOs::LoadModule(const std::wstring& path, std::wstring& reason)
 {
-    if (dlopen(LbEncoding::ToNative(path).c_str(), RTLD_NOW | RTLD_LOCAL) != nullptr)
+    try
     {
-        return true;
+        if (dlopen(LbEncoding::ToNative(path).c_str(), RTLD_NOW | RTLD_LOCAL) != nullptr)
+        {
+            return true;
+        }
+        const char* const error = dlerror();
+        reason = error == nullptr ? std::wstring() : LbEncoding::FromNative(error);
     }
-    const char* const error = dlerror();
-    reason = error == nullptr ? std::wstring() : LbEncoding::FromNative(error);
+    catch (...)
+    {
+        // A static object of the module could not be made.
+        reason = LbDescribeCurrentException();
+    }
     return false;
 }
 

@@ -1,5 +1,6 @@
 #include "base/os/modules.h"
 
+#include "base/lbexception.h"
 #include "base/os/windows_api.h"
 
 namespace
@@ -37,11 +38,19 @@ std::wstring describeError(DWORD error, const std::wstring& subject)
 bool LbOs::LoadModule(const std::wstring& path, std::wstring& reason)
 {
     const CNoDialogScope noDialog;
-    if (LoadLibraryExW(Windows::ToSystemPath(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) != nullptr)
+    try
     {
-        return true;
+        if (LoadLibraryExW(Windows::ToSystemPath(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) != nullptr)
+        {
+            return true;
+        }
+        reason = describeError(GetLastError(), path);
     }
-    reason = describeError(GetLastError(), path);
+    catch (...)
+    {
+        // A static object of the module could not be made, and the loader let the exception pass.
+        reason = LbDescribeCurrentException();
+    }
     return false;
 }
 

@@ -1,4 +1,7 @@
-"""Operating-system code stays in base/os, and one header there includes <windows.h>."""
+"""Operating-system code stays in base/os, and one header there includes <windows.h>.
+
+What one of the platforms does not do right is used on none.
+"""
 
 import re
 
@@ -16,6 +19,9 @@ PLATFORM_HEADER = re.compile(
     re.IGNORECASE,
 )
 
+# libstdc++ without futexes, that is under MinGW, loses wake-ups of these. LbEvent and condition variables do not.
+LOSES_WAKE_UPS = re.compile(r"\bstd::(?:latch|barrier|counting_semaphore|binary_semaphore)\b")
+
 
 def check(tree):
     windows_headers = []
@@ -29,12 +35,13 @@ def check(tree):
             elif PLATFORM_HEADER.fullmatch(included) and not name.startswith(ROOM):
                 yield f"{name}:{line}: includes <{included}> outside {ROOM}"
         if not name.startswith(ROOM):
-            yield from _switches(tree, name)
+            yield from _find(tree, name, SWITCH, f"outside {ROOM}")
+        yield from _find(tree, name, LOSES_WAKE_UPS, "loses wake-ups on Windows")
     if len(windows_headers) > 1:
         yield f"{ROOM}: more than one header includes <windows.h>: {', '.join(windows_headers)}"
 
 
-def _switches(tree, name):
+def _find(tree, name, pattern, reason):
     for number, line in enumerate(tree.code_of(name).splitlines(), 1):
-        for match in SWITCH.finditer(line):
-            yield f"{name}:{number}: platform switch {match[0]} outside {ROOM}"
+        for match in pattern.finditer(line):
+            yield f"{name}:{number}: {match[0]} {reason}"

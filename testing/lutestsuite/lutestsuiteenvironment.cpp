@@ -17,8 +17,8 @@
 #include "base/lustream.h"
 #include "base/os/modules.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
-#include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/utils/testmodules.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
@@ -60,14 +60,28 @@ void warmUpParallelLoops()
     });
 }
 
-/// The file is removed again: a run should leave nothing in the temporary files.
+/// The file is removed again: a run should leave nothing in the temporary files. Without a place for it the streams
+/// stay cold, which costs a run exact figures at most.
 void warmUpFileStreams()
+try
 {
     const std::wstring file =
         LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + L"LuTestSuite-" + LbUniqueId::Generate() + L".tmp";
     LuStreamWriteBinaryFile(file).Close();
     LuStreamReadBinaryFile(file).Close();
     LbOs::RemoveFile(file);
+}
+catch (const LbException& exception)
+{
+    LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %S", exception.what()));
+}
+
+void setWorkingDirectory(const std::wstring& directory)
+{
+    if (!LbOs::SetWorkingDirectory(directory))
+    {
+        LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: no working directory %s", directory));
+    }
 }
 
 } // namespace
@@ -117,7 +131,7 @@ void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
     if (!LbOs::LoadModule(path, reason))
     {
         LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %s: %s", path, reason));
-        LuTestSuiteOut::Write(L"DLL '%s' konnte nicht geladen werden.\n", file).Bold().Color(LuColor::c_GOLDENROD);
+        LuTestSuite::WriteWarning(L"DLL '%s' konnte nicht geladen werden.\n", file);
     }
 }
 
@@ -132,10 +146,10 @@ void LuTestSuiteEnvironment::PreallocateStaticData()
 
 void LuTestSuiteEnvironment::SetExecutableDirectoryAsWorkingDirectory()
 {
-    LbOs::SetWorkingDirectory(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+    setWorkingDirectory(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
 }
 
 void LuTestSuiteEnvironment::RestoreWorkingDirectory()
 {
-    LbOs::SetWorkingDirectory(m_workingDirectory);
+    setWorkingDirectory(m_workingDirectory);
 }

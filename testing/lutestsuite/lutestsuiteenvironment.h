@@ -39,6 +39,8 @@ public:
     /// it. Any thread; each thread has data of its own to warm up.
     static void PreallocateStaticData();
 
+    /// Makes the executable's folder the working directory. No other thread may use relative paths meanwhile. A failure
+    /// is traced (LbDiagnostics) and leaves the working directory as it is; the same holds for the way back.
     void SetExecutableDirectoryAsWorkingDirectory();
 
     /// Back to the working directory of the construction.

@@ -40,6 +40,7 @@ public:
     /// which they were added.
     ~LuTestSuiteOut();
 
+    /// Attributes for custom outputs; each returns the line itself.
     LuTestSuiteOut& Bold();
     LuTestSuiteOut& Underlined();
     LuTestSuiteOut& Color(LuColor color);
@@ -52,8 +53,8 @@ public:
     /// The colour; all bits set while none was chosen.
     LuColor GetColor() const { return m_color; }
 
-    /// Adds a custom output. The caller keeps it alive for as long as anything may print; there is no removal. One that
-    /// is added twice receives each line twice.
+    /// Adds a custom output, never null. The caller keeps it alive for as long as anything may print; there is no
+    /// removal. One that is added twice receives each line twice.
     static void AddCustomOut(LuCustomOut* out);
 
     /// Switches standard output on (the default) or off; custom outputs are not concerned.

@@ -165,7 +165,8 @@ struct SRunResult
     SStats stats;
 };
 
-/// What a host hands to an operation. Calling an empty one raises std::bad_function_call.
+/// What a host hands to an operation that takes no setup (a setup carries the same two as checkCallback and
+/// resultCallback). Calling an empty one raises std::bad_function_call.
 struct SCallbacks
 {
     std::function<bool()> isCanceled;                 ///< true when the operation is to stop

@@ -17,7 +17,8 @@ enum EDuplicateMode : std::uint32_t
     eDM_Delete = 2
 };
 
-/// A plain value: copied field by field; a moved-from record is empty and usable. Used by one thread at a time.
+/// A plain value: copied field by field. A moved-from record has empty arrays and no callables: it may be filled or
+/// assigned, and is not run before that. Used by one thread at a time.
 struct LUTESTSUITE_API LuTestSuiteSetup
 {
     LuTestSuiteSetup();

@@ -30,8 +30,6 @@ public:
 
     // Command line ----------------------------------------------------------------------------------------------------
 
-    class LuOptionParser;
-
     enum EPlatform : std::uint32_t
     {
         eP_Win32 = 0,
@@ -43,6 +41,7 @@ public:
     /// it is printed and the setup selects no mode.
     static bool ProcessCommandLine(LuTestSuiteSetup& setup, int argumentCount, const wchar_t* const* arguments);
 
+    /// The help text, German, lines ended by line feeds.
     static std::wstring GetCommandLineHelp();
 
     /// Number of hardware threads, at least 1.
@@ -50,6 +49,8 @@ public:
 
     /// "Release x64" or "Debug x64".
     static std::wstring GetBuildConfiguration();
+
+    /// The platform of the build.
     static EPlatform GetPlatform();
 
     // Configuration files ---------------------------------------------------------------------------------------------
@@ -79,15 +80,16 @@ public:
         std::uint64_t BreakAllocSize = LuTestSuiteRun::c_NoBreak;
     };
 
-    /// Reads a configuration file over `data`: missing keys leave their fields unchanged, a missing file leaves all.
-    /// Throws the message "XML-Syntax Fehler" as std::wstring when the file is not such a configuration.
+    /// Reads a configuration file over `data`: missing keys leave their fields unchanged, a missing file leaves all;
+    /// history and selection are added to what is there. Throws a German message as std::wstring: "XML-Syntax Fehler"
+    /// when the file is not such a configuration, or that it cannot be read.
     static void ReadConfigXML(const std::wstring& path, SConfigFileData& data);
 
     /// "true" or "false" exactly; any other text, or none, leaves `value` unchanged.
     static void GetBool(const XMLNode& node, bool& value);
 
     /// Leading white space, decimal digits, anything after them ignored, 0 without digits; too large a number gives the
-    /// largest. No text leaves `value` unchanged.
+    /// largest, a minus sign negates within the type ("-1" is the largest). No text leaves `value` unchanged.
     static void GetUInt32(const XMLNode& node, std::uint32_t& value);
     static void GetUInt64(const XMLNode& node, std::uint64_t& value);
 
@@ -102,7 +104,9 @@ public:
 
     /// Finds the unit tests of a data directory: each folder named after a registered class derived from LuUnitTest is
     /// that class's data directory, and is not searched further. Folders that cannot become a unit test cost a warning.
-    /// The order of folders is the file system's; of a folder's sub-folders the last is searched first.
+    /// The order of folders is the file system's; of a folder's sub-folders the last is searched first. Folders with
+    /// ".svn" in their names are left out, linked folders are searched once. `removeDisabled` leaves out the cases that
+    /// their description disables, and unit tests without any other case. Throws nothing of its own.
     static std::vector<LuTestSuite::SUnitTest> ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                          bool removeDisabled);
 
@@ -128,6 +132,8 @@ public:
 
     // Paths and texts -------------------------------------------------------------------------------------------------
 
+    /// The path with the platform's separator at its end, unless it ends in a separator (also for an empty path); and
+    /// the path without one separator at its end. Nothing else changes.
     static std::wstring AddBackslash(const std::wstring& path);
     static std::wstring RemoveBackslash(const std::wstring& path);
 
@@ -141,16 +147,20 @@ public:
     /// True when the directory exists, after creating it if need be.
     static bool AssertDirectory(const std::wstring& path);
 
-    /// Folder of the present user's test-suite data, ends in a separator; created if need be.
+    /// Folder of the present user's test-suite data, ends in a separator; created if need be, which may fail unseen.
+    /// Throws LbException when the system knows no folder for the user's data.
     static std::wstring GetLocalTestSuiteDir();
 
     /// A time with its unit: "0 s" for exactly 0, else the number with `decimals` digits and "ns", "µs", "ms" or "s".
+    /// Negative times come in nanoseconds.
     static std::wstring FormatTime(double seconds, std::uint32_t decimals);
 
     /// File name of the module that holds a class; empty when there is none.
     static std::wstring GetModuleName(const LbRTTI& type);
 
 private:
+    class LuOptionParser;
+
     using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
     static void processDir(const std::wstring& directory, const std::wstring& folderName, UnitTests& tests,

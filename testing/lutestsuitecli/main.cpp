@@ -61,7 +61,8 @@ int reportError(std::wstring message)
     {
         character = character == L'\n' || character == L'\r' ? L' ' : character;
     }
-    const bool isMarked = message.starts_with(L"Fehler");
+    // Some messages bring the mark along: "Fehler: ..." and "Fehler in Config-File: ...".
+    const bool isMarked = message.starts_with(L"Fehler: ") || message.starts_with(L"Fehler in ");
     LbOs::WriteStandardError(LbEncoding::ToUtf8((isMarked ? L"" : L"Fehler: ") + message + L"\n"));
     return c_Broken;
 }

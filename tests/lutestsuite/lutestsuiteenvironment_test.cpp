@@ -206,6 +206,8 @@ protected:
         for (const std::wstring& file : m_files)
         {
             LbOs::RemoveFile(file);
+            // Takes the folder of a module that has one of its own; the executable's own is not empty.
+            LbOs::RemoveEmptyDirectory(LbPath::GetParent(file));
         }
     }
 
@@ -264,7 +266,7 @@ TEST_F(LoadDLL, ReportsABrokenModuleInOneLine)
 
 TEST_F(LoadDLL, TakesANameWithAFolder)
 {
-    const std::wstring name = WriteBrokenModule(L"BrokenModules\\");
+    const std::wstring name = WriteBrokenModule(L"BrokenModules-" + LbUniqueId::Generate() + L"\\");
 
     m_environment.LoadDLL(name, true);
 

@@ -1,10 +1,10 @@
 /// The entry of the host: one call, one mode.
 
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
-#include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
@@ -22,7 +22,7 @@ constexpr SMissingMode c_AuxiliaryModes[] = {
     {L"--query-mode", [](const LuTestSuiteSetup& setup) { return setup.queryMode; }},
     {L"--archive-run", [](const LuTestSuiteSetup& setup) { return !setup.archiveRun.empty(); }},
     {L"--list-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode == eDM_List; }},
-    {L"--delete-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode != eDM_None; }},
+    {L"--delete-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode == eDM_Delete; }},
     {L"--list-disabled", [](const LuTestSuiteSetup& setup) { return setup.listDisabled; }},
 };
 
@@ -35,9 +35,7 @@ bool endsAsMissing(const SMissingMode& mode, const LuTestSuiteSetup& setup)
     {
         return false;
     }
-    LuTestSuiteOut::Write(L"Warnung: Der Modus %s ist in dieser Version nicht enthalten.\n", mode.option)
-        .Bold()
-        .Color(LuColor::c_GOLDENROD);
+    LuTestSuite::WriteWarning(L"Warnung: Der Modus %s ist in dieser Version nicht enthalten.\n", mode.option);
     return true;
 }
 

@@ -1,30 +1,13 @@
 #include "testing/lutestsuite/run/caserunner.h"
 
 #include "testing/lutestsuite/run/executor.h"
+#include "testing/lutestsuite/utils/parameters.h"
 
 namespace LuTestSuiteRun
 {
 
 namespace
 {
-
-void replaceFlag(bool& value, const LuTestSuite::ParameterMap& parameters, const wchar_t* name)
-{
-    const auto parameter = parameters.find(name);
-    if (parameter != parameters.end())
-    {
-        value = parameter->second.ToBool().value_or(value);
-    }
-}
-
-void replaceNumber(std::uint32_t& value, const LuTestSuite::ParameterMap& parameters, const wchar_t* name)
-{
-    const auto parameter = parameters.find(name);
-    if (parameter != parameters.end())
-    {
-        value = parameter->second.ToUInt32().value_or(value);
-    }
-}
 
 /// False when a name does not fit; the buffer then says "no matching case" to whoever looks at it.
 bool writeRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase,
@@ -59,14 +42,13 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
 SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters)
 {
     SParams params = runParams;
-    if (!caseParameters.empty())
-    {
-        replaceFlag(params.reportMemLeak, caseParameters, L"ReportMemLeak");
-        replaceNumber(params.timeOutSec, caseParameters, L"TimeOutSec");
-        replaceFlag(params.external, caseParameters, L"External");
-        replaceFlag(params.isolated, caseParameters, L"Isolated");
-        replaceFlag(params.parallel, caseParameters, L"Parallel");
-    }
+    using LuTestSuite::GetFlag;
+    using LuTestSuite::GetNumber;
+    params.reportMemLeak = GetFlag(caseParameters, L"ReportMemLeak").value_or(params.reportMemLeak);
+    params.timeOutSec = GetNumber(caseParameters, L"TimeOutSec").value_or(params.timeOutSec);
+    params.external = GetFlag(caseParameters, L"External").value_or(params.external);
+    params.isolated = GetFlag(caseParameters, L"Isolated").value_or(params.isolated);
+    params.parallel = GetFlag(caseParameters, L"Parallel").value_or(params.parallel);
     return params;
 }
 

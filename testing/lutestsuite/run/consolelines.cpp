@@ -95,6 +95,7 @@ void CCaseLines::WriteHeader(const SCaseInfo& info)
     const LuTestSuite::SUnitTest& unitTest = m_unitTests[info.unitTest];
     if (info.unitTest != m_lastUnitTest)
     {
+        // Bold without a colour: a heading, told from the results below it.
         LuTestSuiteOut::Write(L"%s\n", unitTest.className).Bold();
         m_lastUnitTest = info.unitTest;
     }

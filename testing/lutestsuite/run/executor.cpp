@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/idebugging.h"
+#include "base/lbexception.h"
 #include "base/lbtimer.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
@@ -107,8 +108,8 @@ void runCase(SWorkBuffer& buffer)
     }
     catch (...)
     {
-        // The result says it; an exception that leaves a sub-test has been reported by the unit test itself.
-        result = ECaseRunResult::Exception;
+        // A sub-test's own exceptions are reported by LuUnitTest. These come from what surrounds it.
+        messages.WriteFormat(L"\t\tERROR: %s\n", LbDescribeCurrentException());
     }
     buffer.result = static_cast<std::uint32_t>(result);
     AppendMessages(buffer, messages.GetText());

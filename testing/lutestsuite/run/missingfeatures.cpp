@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuite/utils/parameters.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace LuTestSuiteRun
 {
@@ -27,25 +28,19 @@ constexpr SMissingFeature c_MissingFeatures[] = {
      }},
 };
 
-bool isTrue(const LuTestSuite::STestCase& testCase, const wchar_t* name)
-{
-    const auto parameter = testCase.parameters.find(name);
-    return parameter != testCase.parameters.end() && parameter->second.ToBool().value_or(false);
-}
-
 /// By the command line, or by a case's description.
 bool requestsExternal(const LuTestSuiteSetup& setup, const UnitTests& unitTests)
 {
     return setup.params.external || std::ranges::any_of(unitTests, [](const LuTestSuite::SUnitTest& unitTest) {
                return std::ranges::any_of(unitTest.cases, [](const LuTestSuite::STestCase& testCase) {
-                   return isTrue(testCase, L"External");
+                   return LuTestSuite::GetFlag(testCase.parameters, L"External") == true;
                });
            });
 }
 
 void warn(const wchar_t* text)
 {
-    LuTestSuiteOut::Write(L"Warnung: %s.\n", text).Bold().Color(LuColor::c_GOLDENROD);
+    LuTestSuite::WriteWarning(L"Warnung: %s.\n", text);
 }
 
 } // namespace

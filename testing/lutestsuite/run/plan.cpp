@@ -1,19 +1,19 @@
 #include "testing/lutestsuite/run/plan.h"
 
+#include "testing/lutestsuite/utils/parameters.h"
+
 namespace LuTestSuiteRun
 {
 
 namespace
 {
 
+/// A parameter that is there must say yes; one without a value says no.
 bool mayRunParallel(const SParams& params, const LuTestSuite::STestCase& testCase)
 {
-    if (!params.parallel || testCase.parameters.empty())
-    {
-        return params.parallel;
-    }
-    const auto parameter = testCase.parameters.find(L"Parallel");
-    return parameter == testCase.parameters.end() || parameter->second.ToBool().value_or(false);
+    constexpr const wchar_t* c_Name = L"Parallel";
+    return params.parallel && (testCase.parameters.empty() || !testCase.parameters.contains(c_Name) ||
+                               LuTestSuite::GetFlag(testCase.parameters, c_Name) == true);
 }
 
 } // namespace

@@ -24,6 +24,15 @@ namespace
 
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
+void loadTestModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
+{
+    environment.LoadTestDLLs();
+    for (const std::wstring& name : setup.dlls)
+    {
+        environment.LoadDLL(name, false);
+    }
+}
+
 /// The process as a run needs it, for as long as the object lives.
 class CPreparation : public INonCopyable
 {
@@ -32,11 +41,7 @@ public:
         : m_environment(environment), m_assertDialog(setup.params.assertDialog),
           m_dataDirectory(LbOs::GetFullPath(setup.dataDir)), m_includeConfig(LbOs::GetFullPath(setup.includeConfig))
     {
-        environment.LoadTestDLLs();
-        for (const std::wstring& name : setup.dlls)
-        {
-            environment.LoadDLL(name, false);
-        }
+        loadTestModules(setup, environment);
         LbAssert::SetDialogEnabled(m_assertDialog);
         environment.SetExecutableDirectoryAsWorkingDirectory();
     }

@@ -51,10 +51,13 @@ std::wstring LoadName(const char16_t (&field)[c_NameCapacity])
 
 void AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
 {
-    const std::u16string units = LbEncoding::ToUtf16(text);
     const std::size_t length = std::min<std::size_t>(buffer.messageLength, c_MessageMax);
-    std::size_t count = std::min(units.size(), c_MessageMax - length);
-    if (count > 0 && count < units.size() && isFirstOfPair(units[count - 1]))
+    const std::size_t capacity = c_MessageMax - length;
+    // A character has at least one unit: what cannot fit is not even converted.
+    const std::u16string units = LbEncoding::ToUtf16(text.substr(0, capacity));
+    const bool isCut = text.size() > capacity || units.size() > capacity;
+    std::size_t count = std::min(units.size(), capacity);
+    if (isCut && count > 0 && isFirstOfPair(units[count - 1]))
     {
         --count;
     }

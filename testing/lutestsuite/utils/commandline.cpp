@@ -8,12 +8,14 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/utils/optionparser.h"
 #include "testing/lutestsuite/utils/valuereaders.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
 
 using LuTestSuite::ReadInt;
 using LuTestSuite::ReadUInt64;
+using LuTestSuite::WriteWarning;
 
 /// What the options write to.
 struct STarget
@@ -118,28 +120,24 @@ constexpr SOption c_Options[] = {
     Flag(L"--tolerate-warnings", [](Setup& setup) { setup.tolerateWarnings = true; }),
 };
 
-void registerOptions(LuTestSuiteUtils::LuOptionParser& parser, STarget& target)
+void registerOptions(auto& parser, STarget& target)
 {
     for (const SOption& option : c_Options)
     {
         if (option.applyFlag != nullptr)
         {
-            parser.RegisterOption<Setup>(option.names, target.setup, option.applyFlag);
+            parser.template RegisterOption<Setup>(option.names, target.setup, option.applyFlag);
         }
         else if (option.applyValue != nullptr)
         {
-            parser.RegisterOptionWithValue<Setup>(option.names, target.setup, option.applyValue);
+            parser.template RegisterOptionWithValue<Setup>(option.names, target.setup, option.applyValue);
         }
         else
         {
-            parser.RegisterOption<bool>(option.names, target.helpRequested, [](bool& requested) { requested = true; });
+            parser.template RegisterOption<bool>(option.names, target.helpRequested,
+                                                 [](bool& requested) { requested = true; });
         }
     }
-}
-
-void writeError(const std::wstring& message)
-{
-    LuTestSuiteOut::Write(L"%s", message).Bold().Color(LuColor::c_GOLDENROD);
 }
 
 /// A request for help starts nothing else, whatever other options ask for.
@@ -159,10 +157,10 @@ bool checkStrayArguments(const std::vector<std::wstring>& strayArguments)
     {
         return true;
     }
-    writeError(L"Fehler: Unbekannte Argumente\n");
+    WriteWarning(L"Fehler: Unbekannte Argumente\n");
     for (const std::wstring& argument : strayArguments)
     {
-        writeError(L"  " + argument + L"\n");
+        WriteWarning(L"  %s\n", argument);
     }
     return false;
 }
@@ -174,7 +172,7 @@ bool checkDataDirectory(Setup& setup)
         LuTestSuiteUtils::PreprocessDataDir(setup.dataDir);
         if (!LbFileSystem::IsDirectory(setup.dataDir))
         {
-            writeError(LbFormat(L"Fehler: Datenverzeichnis '%s' konnte nicht gefunden werden\n", setup.dataDir));
+            WriteWarning(L"Fehler: Datenverzeichnis '%s' konnte nicht gefunden werden\n", setup.dataDir);
             return false;
         }
     }
@@ -200,7 +198,7 @@ bool LuTestSuiteUtils::ProcessCommandLine(LuTestSuiteSetup& setup, int argumentC
     }
     catch (const std::wstring& message)
     {
-        writeError(message);
+        WriteWarning(L"%s", message);
         return false;
     }
     if (target.helpRequested)

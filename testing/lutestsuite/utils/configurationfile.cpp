@@ -4,9 +4,9 @@
 
 #include "base/lbformat.h"
 #include "base/xmlnode.h"
-#include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/utils/valuereaders.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
@@ -123,6 +123,10 @@ void LuTestSuiteUtils::ReadConfigXML(const std::wstring& path, SConfigFileData& 
     {
         return;
     }
+    if (result == XMLDocument::EResult::Unreadable)
+    {
+        throw LbFormat(L"Datei %s konnte nicht gelesen werden", path);
+    }
     if (result == XMLDocument::EResult::Syntax)
     {
         throw std::wstring(L"XML-Syntax Fehler");
@@ -135,11 +139,7 @@ void LuTestSuiteUtils::ReadConfigXML(const std::wstring& path, SConfigFileData& 
 
 void LuTestSuiteUtils::GetBool(const XMLNode& node, bool& value)
 {
-    const std::wstring text = node.GetText();
-    if (text == L"true" || text == L"false")
-    {
-        value = text == L"true";
-    }
+    value = LuTestSuite::ReadBool(node.GetText()).value_or(value);
 }
 
 void LuTestSuiteUtils::GetUInt32(const XMLNode& node, std::uint32_t& value)
@@ -167,7 +167,7 @@ std::vector<std::wstring> LuTestSuiteUtils::GetDataDirHistory()
     }
     catch (const std::wstring& message)
     {
-        LuTestSuiteOut::Write(L"Fehler in Config-File: %s\n", message).Bold().Color(LuColor::c_GOLDENROD);
+        LuTestSuite::WriteWarning(L"Fehler in Config-File: %s\n", message);
     }
     return std::move(data.dataDirHistory);
 }

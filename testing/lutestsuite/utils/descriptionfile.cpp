@@ -1,56 +1,42 @@
 /// Test description files: contacts and per-case parameters of a unit test.
 
-#include <optional>
-
+#include "base/luunittest.h"
 #include "base/xmlnode.h"
-#include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/utils/buildinformation.h"
 #include "testing/lutestsuite/utils/expression.h"
+#include "testing/lutestsuite/utils/parameters.h"
+#include "testing/lutestsuite/utils/valuereaders.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
 
 using LuTestSuite::ParameterMap;
 
-template<typename... T>
-void writeWarning(const wchar_t* format, const T&... arguments)
-{
-    LuTestSuiteOut::Write(format, arguments...).Bold().Color(LuColor::c_GOLDENROD);
-}
-
-/// The map's buckets come with its first parameter: most of the cases of a large data directory never have one.
 LbVariant& getEntry(ParameterMap& parameters, const std::wstring& name)
 {
     if (parameters.empty())
     {
-        parameters.max_load_factor(1.5F);
-        parameters.rehash(128);
+        parameters.max_load_factor(LuTestSuite::c_ParameterLoadFactor);
+        parameters.rehash(LuTestSuite::c_ParameterBuckets);
     }
     return parameters[name];
 }
 
+/// A text that is no value makes the parameter null, also when an earlier element has set it.
 void setFlagOrNull(const XMLNode& node, ParameterMap& parameters)
 {
-    LbVariant& entry = getEntry(parameters, node.GetName());
-    entry = LbVariant();
-    const std::wstring text = node.GetText();
-    if (text == L"true" || text == L"false")
-    {
-        entry = text == L"true";
-    }
+    const std::optional<bool> flag = LuTestSuite::ReadBool(node.GetText());
+    getEntry(parameters, node.GetName()) = flag ? LbVariant(*flag) : LbVariant();
 }
 
 /// A text that is no value leaves the parameter as it is, absent or set by an earlier element.
 void setFlag(const XMLNode& node, ParameterMap& parameters)
 {
-    bool isTrue = false;
-    bool isNotFalse = true;
-    LuTestSuiteUtils::GetBool(node, isTrue);
-    LuTestSuiteUtils::GetBool(node, isNotFalse);
-    if (isTrue == isNotFalse)
+    if (const std::optional<bool> flag = LuTestSuite::ReadBool(node.GetText()))
     {
-        getEntry(parameters, node.GetName()) = isTrue;
+        getEntry(parameters, node.GetName()) = *flag;
     }
 }
 
@@ -137,20 +123,40 @@ SMatches matchElements(const std::vector<LuTestSuite::STestCase>& cases, const s
     return matches;
 }
 
+LuTestSuite::SExpressionSizes getSizes(const std::vector<LuTestSuite::STestCase>& cases,
+                                       const std::vector<XMLNode>& nodes)
+{
+    LuTestSuite::SExpressionSizes sizes;
+    for (const LuTestSuite::STestCase& testCase : cases)
+    {
+        sizes.AddName(testCase.name.size());
+    }
+    for (const XMLNode& node : nodes)
+    {
+        sizes.AddSource(node.GetAttribute("name").size());
+    }
+    return sizes;
+}
+
 } // namespace
 
 void LuTestSuiteUtils::processExtraInfoFile(LuTestSuite::SUnitTest& test)
 {
-    const std::wstring file = test.dataDirectory + L"#ExtraInfo.xml";
+    const std::wstring file = test.dataDirectory + LuUnitTest::sc_DescriptionFile;
     XMLDocument document;
     const XMLDocument::EResult result = document.Load(file, "ExtraInfo");
     if (result == XMLDocument::EResult::Missing)
     {
         return;
     }
+    if (result == XMLDocument::EResult::Unreadable)
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Datei %s konnte nicht gelesen werden.\n", file);
+        return;
+    }
     if (result == XMLDocument::EResult::Syntax)
     {
-        writeWarning(L"Warnung: XML-Syntax Fehler in Datei %s.\n", file);
+        LuTestSuite::WriteWarning(L"Warnung: XML-Syntax Fehler in Datei %s.\n", file);
         return;
     }
     std::vector<XMLNode> testCaseNodes;
@@ -168,7 +174,7 @@ void LuTestSuiteUtils::processExtraInfoFile(LuTestSuite::SUnitTest& test)
         }
         else
         {
-            writeWarning(L"Warnung XML '%s': Unbekanntes Element '%s'.\n", file, name);
+            LuTestSuite::WriteWarning(L"Warnung XML '%s': Unbekanntes Element '%s'.\n", file, name);
         }
     }
     processTestCaseNodes(test, testCaseNodes, file);
@@ -182,10 +188,19 @@ void LuTestSuiteUtils::processTestCaseNodes(LuTestSuite::SUnitTest& test, const 
         return;
     }
     SMatches matches;
-    LuTestSuite::RunWithExpressionStack([&] { matches = matchElements(test.cases, nodes); });
+    try
+    {
+        LuTestSuite::RunWithExpressionStack(getSizes(test.cases, nodes),
+                                            [&] { matches = matchElements(test.cases, nodes); });
+    }
+    catch (const std::wstring& message)
+    {
+        LuTestSuite::WriteWarning(L"Warnung XML '%s': %s.\n", file, message);
+        return;
+    }
     for (const std::wstring& name : matches.invalidNames)
     {
-        writeWarning(L"Warnung XML '%s': Ungültiger Name '%s'.\n", file, name);
+        LuTestSuite::WriteWarning(L"Warnung XML '%s': Ungültiger Name '%s'.\n", file, name);
     }
     for (std::size_t index = 0; index < test.cases.size(); ++index)
     {
@@ -211,17 +226,12 @@ void LuTestSuiteUtils::processParamNode(const XMLNode& node, LuTestSuite::Parame
             return;
         }
     }
-    writeWarning(L"Warnung XML '%s': Unbekannter Parameter '%s'.\n", file, name);
+    LuTestSuite::WriteWarning(L"Warnung XML '%s': Unbekannter Parameter '%s'.\n", file, name);
 }
 
 void LuTestSuiteUtils::removeDisabledCases(LuTestSuite::SUnitTest& test)
 {
     std::erase_if(test.cases, [](const LuTestSuite::STestCase& testCase) {
-        if (testCase.parameters.empty())
-        {
-            return false;
-        }
-        const auto enable = testCase.parameters.find(L"Enable");
-        return enable != testCase.parameters.end() && enable->second.ToBool() == std::optional<bool>(false);
+        return LuTestSuite::GetFlag(testCase.parameters, L"Enable") == false;
     });
 }

@@ -7,9 +7,10 @@
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/luunittest.h"
-#include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/parameters.h"
 #include "testing/lutestsuite/utils/unittestfactory.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
@@ -17,10 +18,7 @@ namespace
 using LuTestSuite::STestCase;
 using LuTestSuite::SUnitTest;
 
-void writeWarning(const wchar_t* format, const std::wstring& name)
-{
-    LuTestSuiteOut::Write(format, name).Bold().Color(LuColor::c_GOLDENROD);
-}
+constexpr std::uint32_t c_ReservedCases = 4096;
 
 /// Asks the instance for its sub-tests. What goes wrong costs a warning; the cases collected so far stay.
 void collectCases(LuUnitTest& instance, SUnitTest& test)
@@ -30,15 +28,19 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
         instance.SetDataDirectory(test.dataDirectory);
         instance.InitSubtests();
         const std::uint32_t count = instance.GetSubtestCount();
-        test.cases.reserve(count);
+        // A count beyond all reason must not cost the names that can be had.
+        test.cases.reserve(std::min(count, c_ReservedCases));
         for (std::uint32_t index = 0; index < count; ++index)
         {
-            test.cases.emplace_back().name = instance.GetSubtestName(index);
+            std::wstring name = instance.GetSubtestName(index);
+            STestCase& testCase = test.cases.emplace_back();
+            testCase.name = std::move(name);
+            testCase.parameters.max_load_factor(LuTestSuite::c_ParameterLoadFactor);
         }
     }
     catch (...)
     {
-        writeWarning(L"Warnung: Falsche Konfiguration des Unit-Test %s.\n", test.className);
+        LuTestSuite::WriteWarning(L"Warnung: Falsche Konfiguration des Unit-Test %s.\n", test.className);
     }
 }
 
@@ -77,7 +79,8 @@ void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
     }
 }
 
-/// Keeps the walk out of circles: a linked directory is entered once, and never when the link stands inside it.
+/// Keeps the walk out of circles: a linked directory is searched once, and never when the link stands inside it. Links
+/// to the folders of unit tests are not concerned, since these are not searched.
 class CLinkedDirectories
 {
 public:
@@ -107,11 +110,16 @@ std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(
         const std::wstring directory = std::move(pendingDirs.back());
         pendingDirs.pop_back();
         LbOs::VisitDirectory(directory, [&](const LbOs::SDirectoryEntry& entry) {
-            if (entry.isDirectory && entry.name.find(L".svn") == std::wstring::npos &&
-                (!entry.isLink || links.MayEnter(directory, entry.name)))
+            if (!entry.isDirectory || entry.name.find(L".svn") != std::wstring::npos)
             {
-                processDir(directory + entry.name + LbPath::c_Separator, entry.name, tests, pendingDirs,
-                           removeDisabled);
+                return;
+            }
+            const std::size_t pendingCount = pendingDirs.size();
+            processDir(directory + entry.name + LbPath::c_Separator, entry.name, tests, pendingDirs, removeDisabled);
+            const bool isPending = pendingDirs.size() > pendingCount;
+            if (isPending && entry.isLink && !links.MayEnter(directory, entry.name))
+            {
+                pendingDirs.pop_back();
             }
         });
     }
@@ -129,19 +137,20 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
     }
     if (type->IsExactly(LuUnitTest::RTTI))
     {
-        writeWarning(L"Warnung: Zum Verzeichnis %s gehörende Unit-Test Klasse hat keine eigene RTTI.\n", folderName);
+        LuTestSuite::WriteWarning(L"Warnung: Zum Verzeichnis %s gehörende Unit-Test Klasse hat keine eigene RTTI.\n",
+                                  folderName);
         return;
     }
     if (type->GetCreate() == nullptr)
     {
-        writeWarning(L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n",
-                     folderName);
+        LuTestSuite::WriteWarning(
+            L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n", folderName);
         return;
     }
     const std::unique_ptr<LuUnitTest> instance = LuTestSuite::CreateUnitTestOrNull(folderName);
     if (!instance)
     {
-        writeWarning(L"Warnung: Fehler beim Instanzieren von Unit-Test %s.\n", folderName);
+        LuTestSuite::WriteWarning(L"Warnung: Fehler beim Instanzieren von Unit-Test %s.\n", folderName);
         return;
     }
     SUnitTest test;

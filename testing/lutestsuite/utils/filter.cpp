@@ -130,6 +130,29 @@ std::vector<std::vector<std::size_t>> selectCases(const std::vector<SUnitTest>& 
     return selected;
 }
 
+/// No patterns need no stack, whatever the names.
+LuTestSuite::SExpressionSizes getSizes(const std::vector<SUnitTest>& tests, const std::vector<std::wstring>& includes,
+                                       const std::vector<std::wstring>& excludes)
+{
+    LuTestSuite::SExpressionSizes sizes;
+    for (const std::vector<std::wstring>* const patterns : {&includes, &excludes})
+    {
+        for (const std::wstring& pattern : *patterns)
+        {
+            sizes.AddSource(pattern.size());
+        }
+    }
+    for (std::size_t index = 0; index < tests.size() && sizes.source > 0; ++index)
+    {
+        const std::size_t prefix = tests[index].dataDirectory.size() + tests[index].className.size() + 1;
+        for (const LuTestSuite::STestCase& testCase : tests[index].cases)
+        {
+            sizes.AddName(prefix + testCase.name.size());
+        }
+    }
+    return sizes;
+}
+
 /// Moves the selected cases of a unit test to its front and drops the others.
 void keepCases(SUnitTest& test, const std::vector<std::size_t>& selected)
 {
@@ -154,14 +177,7 @@ void LuTestSuiteUtils::FilterTestCases(std::vector<LuTestSuite::SUnitTest>& test
         const SSelector selector{{includes, noRegex}, {excludes, noRegex}, readStoredNames(includeConfigPath)};
         selected = selectCases(tests, selector, maxCases);
     };
-    if (includes.empty() && excludes.empty())
-    {
-        select();
-    }
-    else
-    {
-        LuTestSuite::RunWithExpressionStack(select);
-    }
+    LuTestSuite::RunWithExpressionStack(getSizes(tests, includes, excludes), select);
     for (std::size_t index = 0; index < tests.size(); ++index)
     {
         keepCases(tests[index], selected[index]);

@@ -11,7 +11,7 @@ std::wstring LuTestSuiteUtils::AddBackslash(const std::wstring& path)
 
 std::wstring LuTestSuiteUtils::RemoveBackslash(const std::wstring& path)
 {
-    return LbPath::WithoutSeparator(path);
+    return !path.empty() && LbPath::IsSeparator(path.back()) ? path.substr(0, path.size() - 1) : path;
 }
 
 std::wstring LuTestSuiteUtils::GetFileNameOnly(const std::wstring& path)

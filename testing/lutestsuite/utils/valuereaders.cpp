@@ -8,6 +8,15 @@
 namespace LuTestSuite
 {
 
+std::optional<bool> ReadBool(std::wstring_view text)
+{
+    if (text == L"true" || text == L"false")
+    {
+        return text == L"true";
+    }
+    return std::nullopt;
+}
+
 std::int32_t ReadInt(const std::wstring& text)
 {
     const long long value = std::wcstoll(text.c_str(), nullptr, 10);

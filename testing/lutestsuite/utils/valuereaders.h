@@ -1,12 +1,18 @@
-/// Lenient reading of numbers: white space in front, an optional sign, decimal digits, anything after them ignored, 0
-/// without digits. Out of range gives the nearest limit. The same on all platforms, whatever the width of long.
+/// Reading of values. Flags are strict, numbers lenient: white space in front, an optional sign, decimal digits,
+/// anything after them ignored, 0 without digits. Out of range gives the nearest limit. The same on all platforms,
+/// whatever the width of long.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace LuTestSuite
 {
+
+/// Exactly "true" or "false"; nothing for any other text.
+std::optional<bool> ReadBool(std::wstring_view text);
 
 std::int32_t ReadInt(const std::wstring& text);
 

@@ -216,8 +216,7 @@ class PreprocessDataDir : public testing::Test
 protected:
     PreprocessDataDir()
     {
-        m_user.WriteLastConfig(
-            "<Config><DataDirHistory><D path='erste'/><D path='zweite'/></DataDirHistory></Config>");
+        m_user.WriteLastConfig("<Config><DataDirHistory><D path='erste'/><D path='zweite'/></DataDirHistory></Config>");
     }
 
     static std::wstring Preprocess(std::wstring path)

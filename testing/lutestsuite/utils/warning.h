@@ -1,0 +1,16 @@
+/// The look of warnings and errors.
+#pragma once
+
+#include "testing/lutestsuite/lutestsuiteout.h"
+
+namespace LuTestSuite
+{
+
+/// Prints one line, bold and in goldenrod. The text brings its "Warnung: " or "Fehler: " along.
+template<typename... T>
+void WriteWarning(const wchar_t* format, const T&... arguments)
+{
+    LuTestSuiteOut::Write(format, arguments...).Bold().Color(LuColor::c_GOLDENROD);
+}
+
+} // namespace LuTestSuite
