@@ -1,20 +1,76 @@
 /// A re-entrant lock.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <mutex>
 
-#include "base/inoncopyable.h"
+#include "base/lbexport.h"
+#include "base/os/platform.h"
 
 /// May be entered again by the thread that holds it; left as often as entered. Serves std::lock_guard as it is.
-class LbCriticalSection : public INonCopyable
+///
+/// Never allocates and has no destructor that does anything: it may guard the heap's own functions, and an object of
+/// static life serves until the last instruction of the process.
+class LB_API LbCriticalSection
 {
 public:
-    void lock() { m_mutex.lock(); }
-    bool try_lock() { return m_mutex.try_lock(); }
-    void unlock() { m_mutex.unlock(); }
+    constexpr LbCriticalSection() noexcept = default;
+    LbCriticalSection(const LbCriticalSection&) = delete;
+    LbCriticalSection& operator=(const LbCriticalSection&) = delete;
+
+    void lock() noexcept
+    {
+        if (!try_lock())
+        {
+            waitAndLock();
+        }
+    }
+
+    bool try_lock() noexcept
+    {
+        const std::uintptr_t thread = LbOs::GetThreadKey();
+        // Only the thread itself ever writes its own key, so no other order than its own matters.
+        if (m_owner.load(std::memory_order_relaxed) == thread)
+        {
+            ++m_depth;
+            return true;
+        }
+        std::uint32_t expected = sc_uiFree;
+        if (!m_state.compare_exchange_strong(expected, sc_uiLocked, std::memory_order_acquire,
+                                             std::memory_order_relaxed))
+        {
+            return false;
+        }
+        m_owner.store(thread, std::memory_order_relaxed);
+        m_depth = 1;
+        return true;
+    }
+
+    void unlock() noexcept
+    {
+        if (--m_depth > 0)
+        {
+            return;
+        }
+        m_owner.store(0, std::memory_order_relaxed);
+        if (m_state.exchange(sc_uiFree, std::memory_order_release) == sc_uiContended)
+        {
+            wakeWaiter();
+        }
+    }
 
 private:
-    std::recursive_mutex m_mutex;
+    static constexpr std::uint32_t sc_uiFree = 0;
+    static constexpr std::uint32_t sc_uiLocked = 1;
+    static constexpr std::uint32_t sc_uiContended = 2; ///< locked, and some thread may wait
+
+    void waitAndLock() noexcept;
+    void wakeWaiter() noexcept;
+
+    std::atomic<std::uint32_t> m_state = sc_uiFree;
+    std::uint32_t m_depth = 0;
+    std::atomic<std::uintptr_t> m_owner = 0;
 };
 
 /// Holds a critical section for the life of a scope.

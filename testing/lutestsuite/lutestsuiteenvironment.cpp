@@ -16,6 +16,7 @@
 #include "base/lbuniqueid.h"
 #include "base/lustream.h"
 #include "base/os/modules.h"
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
 #include "testing/lutestsuite/utils/testmodules.h"
 #include "testing/lutestsuite/utils/warning.h"
 
@@ -106,6 +107,8 @@ LuTestSuiteEnvironment::~LuTestSuiteEnvironment()
 {
     LbMessageDispatcher::Shutdown();
     LbThreadPool::Shutdown();
+    m_container.reset();
+    LuTestSuiteHeapTracker::UnhookAll();
 }
 
 void LuTestSuiteEnvironment::LoadTestDLLs()

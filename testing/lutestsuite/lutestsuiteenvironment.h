@@ -23,7 +23,8 @@ public:
     /// or the dispatcher cannot be had.
     LuTestSuiteEnvironment();
 
-    /// Shuts the message dispatcher and the thread pool down, waiting without limit, and drops the container.
+    /// Shuts the message dispatcher and the thread pool down, waiting without limit, drops the container and restores
+    /// the heap functions that heap trackers have patched.
     ~LuTestSuiteEnvironment();
 
     /// Loads the fixed list of test modules; absent ones are skipped without a word.

@@ -235,11 +235,10 @@ TEST_F(HostRun, WarnsAboutWhatThisVersionDoesNotDoAndGoesOn)
 {
     m_folder.MakeFolder(L"CPassedModel");
 
-    const SHostRun run = Run({L"-x", L"--track-heap"});
+    const SHostRun run = Run({L"-x"});
 
     EXPECT_TRUE(run.output.starts_with(
-        ToPlatformLines("Warnung: Heap-Tracking wird in dieser Version nicht ausgeführt.\n"
-                        "Warnung: Externe Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen im "
+        ToPlatformLines("Warnung: Externe Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen im "
                         "selben Prozess.\n"
                         "CPassedModel\n")))
         << run.output;

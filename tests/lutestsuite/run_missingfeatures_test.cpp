@@ -7,7 +7,6 @@
 namespace
 {
 
-const std::wstring c_Heap = L"Warnung: Heap-Tracking wird in dieser Version nicht ausgeführt.\n";
 const std::wstring c_Parallel =
     L"Warnung: Parallele Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen nacheinander.\n";
 const std::wstring c_Reports = L"Warnung: Reports werden in dieser Version nicht geschrieben.\n";
@@ -37,38 +36,6 @@ TEST_F(RunMissingFeatures, SaysNothingWhenNoneIsAskedFor)
     Run(MakeOneCase());
 
     EXPECT_EQ(m_output.GetLines().at(0), CapturedOutput::Bold(L"CPassedModel\n"));
-}
-
-TEST_F(RunMissingFeatures, NamesHeapTracking)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.trackHeap = true;
-
-    ExpectOnlyWarning(setup, c_Heap);
-}
-
-TEST_F(RunMissingFeatures, NamesHeapTrackingForADump)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.dumpHeap = true;
-
-    ExpectOnlyWarning(setup, c_Heap);
-}
-
-TEST_F(RunMissingFeatures, NamesHeapTrackingForABreakAtAnAllocation)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.breakAllocId = 1;
-
-    ExpectOnlyWarning(setup, c_Heap);
-}
-
-TEST_F(RunMissingFeatures, NamesHeapTrackingForABreakAtASize)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.breakAllocSize = 1;
-
-    ExpectOnlyWarning(setup, c_Heap);
 }
 
 TEST_F(RunMissingFeatures, NamesParallelExecution)
@@ -123,12 +90,12 @@ TEST_F(RunMissingFeatures, NamesExternalExecutionThatACaseAsksFor)
 TEST_F(RunMissingFeatures, NamesEveryOneOnce)
 {
     LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.trackHeap = setup.params.parallel = setup.params.external = true;
+    setup.params.parallel = setup.params.external = true;
     setup.xmlReport = L"Report.xml";
 
     Run(setup);
 
-    EXPECT_TRUE(m_output.GetText().starts_with(c_Heap + c_Parallel + c_Reports + c_External + L"CPassedModel\n"));
+    EXPECT_TRUE(m_output.GetText().starts_with(c_Parallel + c_Reports + c_External + L"CPassedModel\n"));
 }
 
 } // namespace

@@ -1,13 +1,17 @@
 #include "testing/lutestsuite/run/executor.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "base/idebugging.h"
 #include "base/lbexception.h"
 #include "base/lbtimer.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
 #include "testing/lutestsuite/utils/unittestfactory.h"
 
 namespace LuTestSuiteRun
@@ -92,9 +96,8 @@ ECaseRunResult runSubtest(SWorkBuffer& buffer, std::unique_ptr<LuUnitTest>& unit
     return toCaseResult(result);
 }
 
-} // namespace
-
-void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
+/// The case with everything that it allocates, all of it released again when this returns; what is left is the case's.
+void runCase(SWorkBuffer& buffer)
 {
     LuStreamWriteTextMemory messages;
     std::unique_ptr<LuUnitTest> unitTest;
@@ -110,6 +113,49 @@ void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
     }
     buffer.result = static_cast<std::uint32_t>(result);
     AppendMessages(buffer, messages.GetText());
+}
+
+/// Each line behind the mark of information lines.
+std::wstring toInfoLines(std::wstring_view text)
+{
+    std::wstring lines = L"\t\tINFO:  Dump()...\n";
+    while (!text.empty())
+    {
+        const std::size_t end = std::min(text.find(L'\n'), text.size());
+        lines.append(L"\t\tINFO:  ").append(text.substr(0, end)).append(L"\n");
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return lines;
+}
+
+void storeHeapUse(SWorkBuffer& buffer, LuTestSuiteHeapTracker& tracker)
+{
+    // What is made of the figures is no part of them.
+    tracker.Deactivate();
+    const std::int64_t growth = tracker.GetCurrentAlloc();
+    buffer.memoryGrowth = static_cast<std::uint64_t>(growth);
+    buffer.allocations = tracker.GetMallocCount() + tracker.GetReallocCount();
+    buffer.peakMemory = static_cast<std::uint64_t>(tracker.GetCurrentMax());
+    if (buffer.params.dumpHeap && growth != 0)
+    {
+        LuStreamWriteTextMemory dump;
+        tracker.dump(dump);
+        AppendMessages(buffer, toInfoLines(dump.GetText()));
+    }
+}
+
+} // namespace
+
+void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
+{
+    LuTestSuiteHeapTracker tracker(true, buffer.params.trackHeap);
+    tracker.ObserveID(buffer.params.breakAllocId);
+    tracker.ObserveSize(buffer.params.breakAllocSize);
+    runCase(buffer);
+    if (buffer.params.trackHeap)
+    {
+        storeHeapUse(buffer, tracker);
+    }
 }
 
 } // namespace LuTestSuiteRun

@@ -20,11 +20,6 @@ struct SMissingFeature
 };
 
 constexpr SMissingFeature c_MissingFeatures[] = {
-    {L"Heap-Tracking wird in dieser Version nicht ausgeführt",
-     [](const LuTestSuiteSetup& setup) {
-         return setup.params.trackHeap || setup.params.dumpHeap || setup.params.breakAllocId != c_NoBreak ||
-                setup.params.breakAllocSize != c_NoBreak;
-     }},
     {L"Parallele Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen nacheinander",
      [](const LuTestSuiteSetup& setup) { return setup.params.parallel; }},
     {L"Reports werden in dieser Version nicht geschrieben",

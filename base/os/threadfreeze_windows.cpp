@@ -1,0 +1,249 @@
+#include "base/os/threadfreeze.h"
+
+#include "base/os/windows_api.h"
+
+// Behind windows.h, which it needs.
+#include <tlhelp32.h>
+
+// A snapshot of the threads allocates, so it is taken and all handles are opened before any thread is suspended.
+// Threads that start meanwhile are then looked for with a call of the system that allocates nothing.
+
+namespace
+{
+
+using FGetNextThread = LONG(NTAPI*)(HANDLE process, HANDLE thread, ACCESS_MASK access, ULONG attributes, ULONG flags,
+                                    HANDLE* next);
+
+using FQueryThread = LONG(NTAPI*)(HANDLE thread, int kind, void* information, ULONG size, ULONG* length);
+
+constexpr DWORD c_Access =
+    THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_SET_CONTEXT | THREAD_QUERY_INFORMATION | SYNCHRONIZE;
+constexpr std::size_t c_ThreadMax = 8192;
+
+struct SThread
+{
+    HANDLE handle;
+    DWORD number;
+    bool isSuspended;
+    bool hasStarted;
+};
+
+/// Calls of the system that it declares for drivers only.
+struct SSystemCalls
+{
+    FGetNextThread getNextThread = nullptr;
+    FQueryThread queryThread = nullptr;
+};
+SSystemCalls s_calls;
+
+// One freeze at a time in a process; on the heap it cannot be.
+SThread s_threads[c_ThreadMax];
+std::size_t s_count = 0;
+
+bool isKnown(DWORD number) noexcept
+{
+    return std::any_of(s_threads, s_threads + s_count,
+                       [number](const SThread& thread) { return thread.number == number; });
+}
+
+bool append(HANDLE handle, DWORD number) noexcept
+{
+    if (s_count == c_ThreadMax)
+    {
+        CloseHandle(handle);
+        return false;
+    }
+    s_threads[s_count++] = {handle, number, false, true};
+    return true;
+}
+
+bool openThreads() noexcept
+{
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    if (snapshot == INVALID_HANDLE_VALUE)
+    {
+        return false;
+    }
+    bool isGood = true;
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof(entry);
+    for (BOOL isEntry = Thread32First(snapshot, &entry); isGood && isEntry; isEntry = Thread32Next(snapshot, &entry))
+    {
+        if (entry.th32OwnerProcessID != GetCurrentProcessId() || entry.th32ThreadID == GetCurrentThreadId())
+        {
+            continue;
+        }
+        // One that cannot be opened has ended.
+        const HANDLE handle = OpenThread(c_Access, FALSE, entry.th32ThreadID);
+        isGood = handle == nullptr || append(handle, entry.th32ThreadID);
+    }
+    CloseHandle(snapshot);
+    return isGood;
+}
+
+bool readContext(HANDLE thread, CONTEXT& context) noexcept
+{
+    context.ContextFlags = CONTEXT_CONTROL;
+    return GetThreadContext(thread, &context) != FALSE;
+}
+
+/// False when the thread runs on. When it has ended that is no failure.
+bool suspend(SThread& thread) noexcept
+{
+    thread.isSuspended = SuspendThread(thread.handle) != static_cast<DWORD>(-1);
+    return thread.isSuspended || WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
+}
+
+/// A thread without its block of data has not run yet. Under Wine one stays like that when its creator is stopped in
+/// the middle of the creation, and to read its context would wait for ever.
+bool hasStarted(HANDLE thread) noexcept
+{
+    struct SBasicInformation
+    {
+        LONG exitStatus;
+        void* block;
+        HANDLE process;
+        HANDLE thread;
+        ULONG_PTR affinity;
+        LONG priority;
+        LONG basePriority;
+    };
+    constexpr int c_BasicInformation = 0;
+    SBasicInformation information = {};
+    return s_calls.queryThread == nullptr ||
+           s_calls.queryThread(thread, c_BasicInformation, &information, sizeof(information), nullptr) < 0 ||
+           information.block != nullptr;
+}
+
+/// A suspension takes effect some time after the call; to read the context waits for that.
+bool awaitSuspension(SThread& thread) noexcept
+{
+    thread.hasStarted = hasStarted(thread.handle);
+    if (!thread.hasStarted)
+    {
+        return true;
+    }
+    alignas(16) CONTEXT context = {};
+    return (thread.isSuspended && readContext(thread.handle, context)) ||
+           WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
+}
+
+/// All are told to stop before any is waited for.
+bool suspendFrom(std::size_t first) noexcept
+{
+    return std::all_of(s_threads + first, s_threads + s_count, suspend) &&
+           std::all_of(s_threads + first, s_threads + s_count, awaitSuspension);
+}
+
+/// Adds the threads that are not known yet.
+bool findNewThreads() noexcept
+{
+    HANDLE previous = nullptr;
+    HANDLE next = nullptr;
+    bool isPreviousKept = true;
+    bool isGood = true;
+    while (isGood && s_calls.getNextThread(GetCurrentProcess(), previous, c_Access, 0, 0, &next) >= 0)
+    {
+        if (!isPreviousKept)
+        {
+            CloseHandle(previous);
+        }
+        const DWORD number = GetThreadId(next);
+        isPreviousKept = number != GetCurrentThreadId() && !isKnown(number);
+        isGood = !isPreviousKept || append(next, number);
+        previous = next;
+    }
+    if (!isPreviousKept)
+    {
+        CloseHandle(previous);
+    }
+    return isGood;
+}
+
+void findSystemCalls() noexcept
+{
+    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+    if (system == nullptr)
+    {
+        return;
+    }
+    const auto find = [system](const char* name) { return reinterpret_cast<void*>(GetProcAddress(system, name)); };
+    s_calls.getNextThread = reinterpret_cast<FGetNextThread>(find("NtGetNextThread"));
+    s_calls.queryThread = reinterpret_cast<FQueryThread>(find("NtQueryInformationThread"));
+}
+
+bool freezeAll() noexcept
+{
+    findSystemCalls();
+    if (s_calls.getNextThread == nullptr)
+    {
+        return openThreads() && suspendFrom(0);
+    }
+    std::size_t known = 0;
+    do
+    {
+        known = s_count;
+        if (!findNewThreads() || !suspendFrom(known))
+        {
+            return false;
+        }
+    }
+    while (s_count != known);
+    return true;
+}
+
+} // namespace
+
+bool LbOs::CThreadFreezer::Freeze(unsigned /*timeoutMs*/) noexcept
+{
+    Thaw();
+    m_isFrozen = true;
+    const bool isGood = freezeAll();
+    m_count = s_count;
+    if (!isGood)
+    {
+        Thaw();
+    }
+    return isGood;
+}
+
+void LbOs::CThreadFreezer::Thaw() noexcept
+{
+    if (!m_isFrozen)
+    {
+        return;
+    }
+    for (std::size_t index = 0; index < s_count; ++index)
+    {
+        if (s_threads[index].isSuspended)
+        {
+            ResumeThread(s_threads[index].handle);
+        }
+    }
+    // Behind the last resumption, since closing may take locks.
+    for (std::size_t index = 0; index < s_count; ++index)
+    {
+        CloseHandle(s_threads[index].handle);
+    }
+    s_count = 0;
+    m_count = 0;
+    m_isFrozen = false;
+}
+
+std::uintptr_t LbOs::CThreadFreezer::GetInstructionPointer(std::size_t thread) const noexcept
+{
+    alignas(16) CONTEXT context = {};
+    const SThread& frozen = s_threads[thread];
+    return frozen.hasStarted && readContext(frozen.handle, context) ? context.Rip : 0;
+}
+
+bool LbOs::CThreadFreezer::SetInstructionPointer(std::size_t thread, std::uintptr_t address) noexcept
+{
+    alignas(16) CONTEXT context = {};
+    if (!readContext(s_threads[thread].handle, context))
+    {
+        return false;
+    }
+    context.Rip = address;
+    return SetThreadContext(s_threads[thread].handle, &context) != FALSE;
+}

@@ -1,0 +1,43 @@
+/// Any bytes as code: the decoder stays within 15 bytes, and no function's beginning upsets the trampoline.
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+#include "testing/lutestsuite/heap/trampoline.h"
+
+namespace
+{
+
+void check(bool isGood)
+{
+    if (!isGood)
+    {
+        std::abort();
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    // In memory of their own, where one byte too many is noticed.
+    const std::vector<std::uint8_t> code(data, data + size);
+    const std::vector<std::uint8_t> most(data, data + std::min(size, LuTestSuite::c_InstructionMax));
+    const auto instruction = LuTestSuite::DecodeInstruction(code);
+    const auto again = LuTestSuite::DecodeInstruction(most);
+    check(instruction.has_value() == again.has_value());
+    if (instruction)
+    {
+        check(instruction->length >= 1 && instruction->length <= most.size());
+        check(instruction->length == again->length);
+        check(instruction->displacementOffset + instruction->displacementSize <= instruction->length);
+        check(instruction->immediateOffset + instruction->immediateSize == instruction->length);
+    }
+    constexpr std::uintptr_t c_Target = 0x7F0000001000;
+    constexpr std::uintptr_t c_Block = 0x7F0000100000;
+    if (const auto trampoline = LuTestSuite::BuildTrampoline(code, c_Target, c_Block, c_Target + 0x100))
+    {
+        check(trampoline->copyCount >= 1 && trampoline->placeCount >= 2);
+    }
+    return 0;
+}

@@ -1,0 +1,107 @@
+/// The live allocations that one heap tracker has seen.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "testing/lutestsuite/lutestsuiteexport.h"
+
+namespace LuTestSuite
+{
+
+struct SAllocData
+{
+    std::uint64_t id = 0;             ///< number of the operation that allocated the block last
+    std::uint32_t referenceCount = 0; ///< allocations outstanding at the address, normally 1
+    std::uint64_t size = 0;           ///< bytes
+};
+
+/// A hash map from address to SAllocData whose memory, its own included, comes in whole pages from the system: it is
+/// used inside of malloc. Entries come from a pool. Not for several threads at once. The process ends when the system
+/// has no more pages. Exported for tests.
+class LUTESTSUITE_API CAllocationMap
+{
+public:
+    struct SEntry
+    {
+        std::uint64_t address;
+        SAllocData data;
+        SEntry* next; ///< in the bucket, or in the list of free ones
+    };
+
+    static CAllocationMap* Create() noexcept;
+    static void Destroy(CAllocationMap* map) noexcept;
+    CAllocationMap(const CAllocationMap&) = delete;
+    CAllocationMap& operator=(const CAllocationMap&) = delete;
+
+    /// Where the address's entry hangs; what is there is null when the address has none. Valid until the next change.
+    SEntry** Find(std::uint64_t address) noexcept;
+    /// Makes an entry at a place without one, as found.
+    void InsertAt(SEntry** place, std::uint64_t address, const SAllocData& data) noexcept;
+    /// Removes the entry at a place, as found.
+    void RemoveAt(SEntry** place) noexcept;
+    void Clear() noexcept;
+
+    std::size_t GetCount() const noexcept { return m_count; }
+    std::size_t GetBucketCount() const noexcept { return m_bucketCount; }
+
+    /// Calls `function(entry)` for all entries, in no order.
+    template<typename F>
+    void ForEach(const F& function) const
+    {
+        for (std::size_t bucket = 0; bucket < m_bucketCount; ++bucket)
+        {
+            for (const SEntry* entry = m_buckets[bucket]; entry != nullptr; entry = entry->next)
+            {
+                function(*entry);
+            }
+        }
+    }
+
+    /// 64-bit FNV-1a over the key's bytes, the lowest first.
+    static std::uint64_t Hash(std::uint64_t key) noexcept
+    {
+        constexpr std::uint64_t c_OffsetBasis = 0xCBF29CE484222325;
+        constexpr std::uint64_t c_Prime = 0x100000001B3;
+        constexpr unsigned c_UsualBits = 48;
+        std::uint64_t hash = c_OffsetBasis;
+        for (unsigned shift = 0; shift < c_UsualBits; shift += 8)
+        {
+            hash = (hash ^ ((key >> shift) & 0xFFU)) * c_Prime;
+        }
+        // The two highest bytes of addresses are zero: one multiplication serves both.
+        const std::uint64_t seventh = (key >> c_UsualBits) & 0xFFU;
+        const std::uint64_t eighth = key >> (c_UsualBits + 8U);
+        return (seventh | eighth) == 0 ? hash * (c_Prime * c_Prime) : (((hash ^ seventh) * c_Prime) ^ eighth) * c_Prime;
+    }
+
+private:
+    static constexpr std::size_t sc_uiFirstBucketCount = 128;
+
+    /// Pages full of entries. The first one begins with the map itself.
+    struct SChunk
+    {
+        SChunk* next;
+    };
+
+    CAllocationMap() noexcept : m_buckets(m_firstBuckets.data()) {}
+
+    SEntry*& bucketOf(std::uint64_t address) noexcept { return m_buckets[Hash(address) & (m_bucketCount - 1)]; }
+    SEntry* takeEntry() noexcept;
+    void addEntries(std::byte* begin, std::byte* end) noexcept;
+    void grow() noexcept;
+    void releaseBuckets() noexcept;
+
+    // In front of what points to them.
+    std::array<SEntry*, sc_uiFirstBucketCount> m_firstBuckets = {};
+    std::size_t m_count = 0;
+    std::size_t m_bucketCount = sc_uiFirstBucketCount;
+    SEntry** m_buckets;
+    SEntry* m_free = nullptr;
+    std::byte* m_fresh = nullptr; ///< entries of the newest chunk that were never used
+    std::byte* m_freshEnd = nullptr;
+    SChunk* m_chunks = nullptr;
+};
+
+} // namespace LuTestSuite

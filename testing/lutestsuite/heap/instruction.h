@@ -1,0 +1,61 @@
+/// Where x86-64 instructions end, and which of their bytes depend on where they stand.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "testing/lutestsuite/lutestsuiteexport.h"
+
+namespace LuTestSuite
+{
+
+/// Longer ones the processor refuses.
+inline constexpr std::size_t c_InstructionMax = 15;
+
+/// Tables of operation codes, by the bytes in front of the code.
+enum class EOpcodeMap : std::uint8_t
+{
+    OneByte, ///< none
+    Map0F,   ///< 0F
+    Map0F38, ///< 0F 38
+    Map0F3A, ///< 0F 3A
+    Extended ///< a VEX, EVEX or XOP prefix
+};
+
+enum class ERelative : std::uint8_t
+{
+    None,
+    Jump,        ///< JMP
+    Conditional, ///< Jcc
+    Loop,        ///< LOOP, LOOPE, LOOPNE, JRCXZ: 8-bit displacement only
+    Call,
+    Transaction, ///< XBEGIN, a branch that the processor takes later
+};
+
+struct SInstruction
+{
+    std::uint8_t length = 0;
+    std::uint8_t opcodeOffset = 0; ///< of the last byte of the operation code
+    EOpcodeMap map = EOpcodeMap::OneByte;
+    std::uint8_t opcode = 0;
+    bool hasModRM = false;
+    std::uint8_t modRM = 0;
+    bool isRipRelative = false; ///< the displacement counts from the instruction's end
+    std::uint8_t displacementOffset = 0;
+    std::uint8_t displacementSize = 0;
+    std::uint8_t immediateOffset = 0; ///< a relative branch's displacement is its immediate
+    std::uint8_t immediateSize = 0;
+    ERelative relative = ERelative::None;
+};
+
+/// The instruction at the beginning of `code` in 64-bit mode; none when the bytes are no instruction of the kinds known
+/// (all but 3DNow!) or end too early. Looks at no more than c_InstructionMax bytes. Exported for tests.
+LUTESTSUITE_API std::optional<SInstruction> DecodeInstruction(std::span<const std::uint8_t> code) noexcept;
+
+/// Where a relative branch or RIP-relative operand of an instruction at `address` leads. Only for those.
+LUTESTSUITE_API std::uintptr_t GetRelativeDestination(const SInstruction& instruction, const std::uint8_t* code,
+                                                      std::uintptr_t address) noexcept;
+
+} // namespace LuTestSuite

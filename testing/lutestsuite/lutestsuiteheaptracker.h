@@ -1,0 +1,123 @@
+/// Counts what passes through the heap.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/inoncopyable.h"
+#include "base/lbcriticalsection.h"
+#include "base/lbidumpable.h"
+#include "testing/lutestsuite/lutestsuiteexport.h"
+
+namespace LuTestSuite
+{
+class CAllocationMap;
+}
+
+/// Sees every malloc, realloc and free of the shared run-time while it is active, of all modules and threads, operator
+/// new and delete included; any number of trackers may be at work, and each sees every operation.
+///
+/// Works by patching the entries of the three functions, from the first Initialize on until UnhookAll. Where that
+/// cannot be done (a static run-time, sanitizers, a thread that blocks all signals) a tracker counts nothing and says
+/// nothing. While a tracker is active one lock serialises the heap. The trackers' own memory comes from the system's
+/// pages, so no tracker counts that of another. A null pointer is no block: a failed malloc counts as an operation
+/// without bytes, and a failed realloc leaves its block as it was.
+///
+/// Any thread may call anything; construction and destruction are for one thread each.
+class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
+{
+public:
+    enum class EOperation
+    {
+        Malloc = 0,
+        Free = 1,
+        Realloc = 2
+    };
+
+    /// With `initialize` calls Initialize, then is active if `activate` says so.
+    explicit LuTestSuiteHeapTracker(bool activate = true, bool initialize = true);
+    /// Leaves the other trackers counting and the functions patched.
+    ~LuTestSuiteHeapTracker() override;
+
+    /// Patches the functions unless they are, registers the tracker, and resets it.
+    void Initialize();
+
+    /// Forgets all allocations and zeroes all counts and the numbering of operations. What is observed stays.
+    void Reset();
+
+    void Activate();
+    void Deactivate();
+    bool IsActive() const;
+
+    /// Stops in the debugger at the malloc or realloc with this number (operations of all three kinds are numbered,
+    /// from 0), or at each of this size in bytes. All bits set means never.
+    void ObserveID(std::uint64_t id);
+    void ObserveSize(std::uint64_t size);
+
+    std::uint64_t GetMallocCount() const;
+    std::uint64_t GetFreeCount() const;
+    std::uint64_t GetReallocCount() const;
+    /// Bytes allocated and not freed since the last Reset.
+    std::int64_t GetCurrentAlloc() const;
+    /// The most that this was.
+    std::int64_t GetCurrentMax() const;
+
+    /// Writes the counts, and a line for each live allocation by ascending number. Addresses are 16 upper-case
+    /// hexadecimal digits behind "0x" on all platforms.
+    void dump(LuStreamWriteText& stream) const override;
+
+    /// Restores the functions. Trackers stay registered and count again when another one is initialised.
+    static void UnhookAll();
+
+private:
+    friend struct LuTestSuiteHeapTrackerAccess;
+
+    static constexpr std::uint64_t sc_uiNone = ~std::uint64_t{0};
+
+    static void hookAll() noexcept;
+    /// Makes a patch, still to be enabled.
+    static bool hook(void* target, void* detour, void*& trampoline) noexcept;
+
+    static void* detourMalloc(std::size_t size) noexcept;
+    static void* detourRealloc(void* old, std::size_t size) noexcept;
+    static void detourFree(void* address) noexcept;
+
+    // With the lock held by the detours. A fault in there ends the process.
+    static void dispatchMalloc(const void* result, std::size_t size) noexcept;
+    static void dispatchRealloc(std::uint64_t old, const void* result, std::size_t size) noexcept;
+    static void dispatchFree(std::uint64_t address) noexcept;
+    static void dispatch(EOperation operation, std::uint64_t oldAddress, std::uint64_t newAddress,
+                         std::size_t size) noexcept;
+
+    void track(EOperation operation, std::uint64_t oldAddress, std::uint64_t newAddress, std::size_t size) noexcept;
+    void trackAllocatedMemory(std::uint64_t address, std::uint64_t size) noexcept;
+    void trackDeallocatedMemory(std::uint64_t address) noexcept;
+    void checkAllocation(std::uint64_t id, std::uint64_t size) const noexcept;
+    bool consistencyTest() const noexcept;
+    static std::uint64_t toAddress(const void* pointer) noexcept;
+
+    void setActive(bool isActive) noexcept;
+    void link() noexcept;
+    void unlink() noexcept;
+
+    // Nothing here has a destructor: the detours may run until the last instruction of the process. The list of
+    // trackers, in the order of their registration, goes through the trackers, since an array would have to allocate.
+    static LbCriticalSection s_CriticalSection;
+    static LuTestSuiteHeapTracker* s_TrackerList;
+    static bool s_bIsHooked;
+    static bool s_bDeactivateGlobal;
+
+    LuTestSuite::CAllocationMap* m_allocations = nullptr; ///< from registration on
+    bool m_initializeOnConstruction;
+    bool m_isRegistered = false;
+    bool m_isActive = false; ///< cleared while an operation is being tracked
+    std::uint64_t m_mallocCount = 0;
+    std::uint64_t m_freeCount = 0;
+    std::uint64_t m_reallocCount = 0;
+    std::uint64_t m_operationCounter = 0; ///< number of the next operation
+    std::int64_t m_currentAlloc = 0;
+    std::int64_t m_currentMax = 0;
+    std::uint64_t m_observedID = sc_uiNone;
+    std::uint64_t m_observedSize = sc_uiNone;
+    LuTestSuiteHeapTracker* m_next = nullptr;
+};

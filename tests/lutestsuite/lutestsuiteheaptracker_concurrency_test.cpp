@@ -1,0 +1,191 @@
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/os/heapfunctions.h"
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
+
+namespace
+{
+
+void* (*volatile s_malloc)(std::size_t) = std::malloc;
+void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
+void (*volatile s_free)(void*) = std::free;
+
+/// Without a lock of the run-time, which may allocate on first use.
+class CFlag
+{
+public:
+    void Set() { m_isSet = true; }
+    void Wait() const
+    {
+        while (!m_isSet)
+        {
+            std::this_thread::yield();
+        }
+    }
+
+private:
+    std::atomic<bool> m_isSet = false;
+};
+
+class LuTestSuiteHeapTrackerThreads : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (LbOs::GetHeapFunctions().malloc == nullptr)
+        {
+            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+        }
+    }
+    ~LuTestSuiteHeapTrackerThreads() override { LuTestSuiteHeapTracker::UnhookAll(); }
+};
+
+/// Allocates, resizes, fills, checks and frees until told to end.
+class CAllocatingThread
+{
+public:
+    explicit CAllocatingThread(unsigned seed) : m_thread([this, seed] { run(seed); }) {}
+
+    /// Number of blocks whose content was lost.
+    int End()
+    {
+        m_isDone = true;
+        m_thread.join();
+        return m_lostCount;
+    }
+
+private:
+    void run(unsigned seed)
+    {
+        std::mt19937 random(seed);
+        while (!m_isDone)
+        {
+            const auto mark = static_cast<int>(random() % 256);
+            std::size_t size = random() % 3000 + 1;
+            auto* block = static_cast<unsigned char*>(s_malloc(size));
+            std::memset(block, mark, size);
+            const std::size_t newSize = random() % 3000 + 1;
+            block = static_cast<unsigned char*>(s_realloc(block, newSize));
+            size = std::min(size, newSize);
+            m_lostCount += block[0] == mark && block[size - 1] == mark ? 0 : 1;
+            s_free(block);
+        }
+    }
+
+    std::atomic<bool> m_isDone = false;
+    int m_lostCount = 0;
+    std::thread m_thread;
+};
+
+} // namespace
+
+TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
+{
+    CAllocatingThread threads[] = {CAllocatingThread(1), CAllocatingThread(2), CAllocatingThread(3),
+                                   CAllocatingThread(4)};
+    for (int cycle = 0; cycle < 2000; ++cycle)
+    {
+        const LuTestSuiteHeapTracker tracker;
+        LuTestSuiteHeapTracker::UnhookAll();
+    }
+    for (CAllocatingThread& thread : threads)
+    {
+        EXPECT_EQ(thread.End(), 0);
+    }
+}
+
+TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)
+{
+    constexpr int c_ThreadCount = 4;
+    constexpr int c_Rounds = 20'000;
+    CFlag start;
+    CFlag allDone;
+    // Threads that end give back what the run-time kept for them, through free.
+    CFlag mayEnd;
+    std::atomic<int> running = c_ThreadCount;
+    std::atomic<int> startedCount = 0;
+    std::vector<std::thread> threads;
+    for (int index = 0; index < c_ThreadCount; ++index)
+    {
+        threads.emplace_back([&] {
+            ++startedCount;
+            start.Wait();
+            for (int round = 0; round < c_Rounds; ++round)
+            {
+                s_free(s_realloc(s_malloc(16), 32));
+            }
+            if (--running == 0)
+            {
+                allDone.Set();
+            }
+            mayEnd.Wait();
+        });
+    }
+    while (startedCount < c_ThreadCount)
+    {
+        std::this_thread::yield();
+    }
+    LuTestSuiteHeapTracker tracker;
+    start.Set();
+    allDone.Wait();
+    tracker.Deactivate();
+    mayEnd.Set();
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(tracker.GetMallocCount(), std::uint64_t{c_ThreadCount} * c_Rounds);
+    EXPECT_EQ(tracker.GetReallocCount(), std::uint64_t{c_ThreadCount} * c_Rounds);
+    EXPECT_EQ(tracker.GetFreeCount(), std::uint64_t{c_ThreadCount} * c_Rounds);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+}
+
+TEST_F(LuTestSuiteHeapTrackerThreads, BlockFreedByAnotherThreadIsFreed)
+{
+    std::atomic<void*> block = nullptr;
+    CFlag handedOver;
+    CFlag freed;
+    CFlag mayEnd;
+    CFlag started;
+    std::thread thread([&] {
+        started.Set();
+        handedOver.Wait();
+        s_free(block);
+        freed.Set();
+        mayEnd.Wait();
+    });
+    started.Wait();
+    LuTestSuiteHeapTracker tracker;
+    block = s_malloc(1234);
+    const std::int64_t before = tracker.GetCurrentAlloc();
+    handedOver.Set();
+    freed.Wait();
+    tracker.Deactivate();
+    mayEnd.Set();
+    thread.join();
+    EXPECT_EQ(before, 1234);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    EXPECT_EQ(tracker.GetMallocCount(), 1U);
+    EXPECT_EQ(tracker.GetFreeCount(), 1U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerThreads, ThreadThatEndsLeavesOnlyItsLeak)
+{
+    const auto leak = [](void*& block) { block = s_malloc(16); };
+    void* block = nullptr;
+    // The run-time keeps some memory from the first thread for the next.
+    std::thread([] {}).join();
+    LuTestSuiteHeapTracker tracker;
+    std::thread(leak, std::ref(block)).join();
+    tracker.Deactivate();
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 16);
+    s_free(block);
+}

@@ -1,0 +1,357 @@
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbformat.h"
+#include "base/lustream.h"
+#include "base/os/breakpoint.h"
+#include "base/os/heapfunctions.h"
+
+/// What the tracker keeps to itself.
+struct LuTestSuiteHeapTrackerAccess
+{
+    static bool IsConsistent(const LuTestSuiteHeapTracker& tracker) { return tracker.consistencyTest(); }
+};
+
+namespace
+{
+
+/// Called through pointers that the compiler does not see through: it leaves out allocations that nobody needs.
+void* (*volatile s_malloc)(std::size_t) = std::malloc;
+void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
+void (*volatile s_free)(void*) = std::free;
+
+bool isConsistent(const LuTestSuiteHeapTracker& tracker)
+{
+    return LuTestSuiteHeapTrackerAccess::IsConsistent(tracker);
+}
+
+std::uint64_t getOperationCount(const LuTestSuiteHeapTracker& tracker)
+{
+    return tracker.GetMallocCount() + tracker.GetFreeCount() + tracker.GetReallocCount();
+}
+
+std::wstring dump(const LuTestSuiteHeapTracker& tracker)
+{
+    LuStreamWriteTextMemory stream;
+    tracker.dump(stream);
+    return stream.GetText();
+}
+
+/// Where the heap's functions cannot be patched there is nothing to count.
+class LuTestSuiteHeapTrackerTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (LbOs::GetHeapFunctions().malloc == nullptr)
+        {
+            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+        }
+    }
+    ~LuTestSuiteHeapTrackerTest() override { LuTestSuiteHeapTracker::UnhookAll(); }
+};
+
+std::atomic<int> s_breakpointCount = 0;
+
+/// Counts breakpoint instructions instead of stopping at them.
+class LuTestSuiteHeapTrackerBreakpointTest : public LuTestSuiteHeapTrackerTest
+{
+protected:
+    LuTestSuiteHeapTrackerBreakpointTest()
+    {
+        s_breakpointCount = 0;
+        LbOs::SetBreakpointHandler([] { ++s_breakpointCount; });
+    }
+    ~LuTestSuiteHeapTrackerBreakpointTest() override { LbOs::SetBreakpointHandler(nullptr); }
+
+    LuTestSuiteHeapTracker m_tracker{false, true};
+};
+
+} // namespace
+
+TEST(LuTestSuiteHeapTrackerWithoutHeap, CountsNothingAndSaysNothing)
+{
+    if (LbOs::GetHeapFunctions().malloc != nullptr)
+    {
+        GTEST_SKIP() << "the heap of this process can be tracked";
+    }
+    const LuTestSuiteHeapTracker tracker;
+    s_free(s_malloc(100));
+    EXPECT_TRUE(tracker.IsActive());
+    EXPECT_EQ(getOperationCount(tracker), 0U);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, IsRegisteredAndActiveByDefault)
+{
+    const LuTestSuiteHeapTracker tracker;
+    EXPECT_TRUE(tracker.IsActive());
+    s_free(s_malloc(100));
+    EXPECT_EQ(tracker.GetMallocCount(), 1U);
+    EXPECT_EQ(tracker.GetFreeCount(), 1U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, CountsNothingUntilActivated)
+{
+    LuTestSuiteHeapTracker tracker(false, true);
+    EXPECT_FALSE(tracker.IsActive());
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), 0U);
+    tracker.Activate();
+    s_free(s_malloc(100));
+    tracker.Deactivate();
+    EXPECT_EQ(getOperationCount(tracker), 2U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, CountsNothingWithoutInitialization)
+{
+    LuTestSuiteHeapTracker tracker(true, false);
+    EXPECT_FALSE(tracker.IsActive());
+    tracker.Activate();
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), 0U);
+    tracker.Initialize();
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), 2U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, KnownScriptIsExactToTheByte)
+{
+    void* const untracked = s_malloc(700);
+    void* const untrackedToo = s_malloc(800);
+    LuTestSuiteHeapTracker tracker;
+    void* first = s_malloc(100);
+    void* const second = s_malloc(50);
+    first = s_realloc(first, 5000); // up
+    first = s_realloc(first, 10);   // down
+    void* const grown = s_realloc(untracked, 900);
+    s_free(untrackedToo);
+    s_free(nullptr);
+    s_free(second);
+    void* const fromNothing = s_realloc(nullptr, 30);
+    tracker.Deactivate();
+
+    EXPECT_EQ(tracker.GetMallocCount(), 2U);
+    EXPECT_EQ(tracker.GetReallocCount(), 4U);
+    EXPECT_EQ(tracker.GetFreeCount(), 3U);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 10 + 900 + 30);
+    EXPECT_EQ(tracker.GetCurrentMax(), 5050);
+    EXPECT_TRUE(isConsistent(tracker));
+
+    tracker.Activate();
+    s_free(first);
+    s_free(grown);
+    s_free(fromNothing);
+    tracker.Deactivate();
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    EXPECT_TRUE(isConsistent(tracker));
+    EXPECT_EQ(dump(tracker).find(L"ID "), std::wstring::npos);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, ReallocToNothingFreesTheBlock)
+{
+    LuTestSuiteHeapTracker tracker;
+    void* const block = s_malloc(100);
+    s_realloc(block, 0);
+    tracker.Deactivate();
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    EXPECT_EQ(getOperationCount(tracker), 2U) << "what the run-time calls itself does not count";
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, FailedAllocationsChangeNoBytes)
+{
+    constexpr std::size_t c_TooMuch = std::numeric_limits<std::size_t>::max() / 2;
+    LuTestSuiteHeapTracker tracker;
+    void* const block = s_malloc(100);
+    void* const none = s_malloc(c_TooMuch);
+    void* const noneToo = s_realloc(block, c_TooMuch);
+    const std::int64_t current = tracker.GetCurrentAlloc();
+    s_free(block);
+    tracker.Deactivate();
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(noneToo, nullptr);
+    EXPECT_EQ(current, 100);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    EXPECT_EQ(getOperationCount(tracker), 4U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, OperatorsNewAndDeleteAreSeen)
+{
+    LuTestSuiteHeapTracker tracker;
+    auto* const numbers = new std::vector<std::uint64_t>(1000);
+    tracker.Deactivate();
+    EXPECT_EQ(tracker.GetCurrentAlloc(), static_cast<std::int64_t>(sizeof(*numbers) + 8000));
+    tracker.Activate();
+    delete numbers;
+    tracker.Deactivate();
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    EXPECT_EQ(tracker.GetMallocCount(), 2U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, FreeOfAnEarlierBlockCountsTheOperationOnly)
+{
+    void* const block = s_malloc(100);
+    LuTestSuiteHeapTracker tracker;
+    s_free(block);
+    void* const next = s_malloc(5);
+    tracker.Deactivate();
+    EXPECT_EQ(tracker.GetFreeCount(), 1U);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 5);
+    EXPECT_NE(dump(tracker).find(L"ID 1, "), std::wstring::npos);
+    s_free(next);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, ResetForgetsAll)
+{
+    LuTestSuiteHeapTracker tracker;
+    void* const block = s_malloc(100);
+    tracker.Reset();
+    EXPECT_EQ(getOperationCount(tracker), 0U);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    EXPECT_EQ(tracker.GetCurrentMax(), 0);
+    s_free(block);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    EXPECT_EQ(tracker.GetFreeCount(), 1U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, DumpListsCountsAndLiveBlocksByNumber)
+{
+    LuTestSuiteHeapTracker tracker;
+    void* const first = s_malloc(100);
+    void* const second = s_malloc(200);
+    void* const third = s_realloc(nullptr, 300);
+    s_free(second);
+    tracker.Deactivate();
+    const std::wstring expected = LbFormat(L"CountMalloc 2\n"
+                                           L"CountFree 1\n"
+                                           L"CountRealloc 1\n"
+                                           L"CurrentAlloc 400 Bytes\n"
+                                           L"CurrentMax 600 Bytes\n"
+                                           L"Active Allocations:\n"
+                                           L"ID 0, Address 0x%p, Size 100 Bytes.\n"
+                                           L"ID 2, Address 0x%p, Size 300 Bytes.\n",
+                                           first, third);
+    EXPECT_EQ(dump(tracker), expected);
+    s_free(first);
+    s_free(third);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, NestedTrackersCountIndependently)
+{
+    LuTestSuiteHeapTracker outer;
+    void* const first = s_malloc(100);
+    {
+        LuTestSuiteHeapTracker inner;
+        void* const second = s_malloc(20);
+        EXPECT_EQ(inner.GetCurrentAlloc(), 20);
+        s_free(first);
+        EXPECT_EQ(inner.GetCurrentAlloc(), 20);
+        EXPECT_EQ(inner.GetFreeCount(), 1U);
+        s_free(second);
+    }
+    void* const third = s_malloc(3);
+    outer.Deactivate();
+    EXPECT_EQ(outer.GetMallocCount(), 3U);
+    EXPECT_EQ(outer.GetFreeCount(), 2U);
+    EXPECT_EQ(outer.GetCurrentAlloc(), 3) << "counts on after the other one is gone, and without its memory";
+    s_free(third);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, ManyBlocksOfOneTrackerAreInvisibleToAnother)
+{
+    constexpr std::size_t c_Count = 20'000;
+    std::vector<void*> blocks(c_Count);
+    LuTestSuiteHeapTracker first;
+    LuTestSuiteHeapTracker second;
+    for (void*& block : blocks)
+    {
+        block = s_malloc(16);
+    }
+    first.Deactivate();
+    second.Deactivate();
+    EXPECT_EQ(first.GetMallocCount(), c_Count);
+    EXPECT_EQ(second.GetMallocCount(), c_Count);
+    EXPECT_EQ(first.GetCurrentAlloc(), static_cast<std::int64_t>(16 * c_Count));
+    EXPECT_TRUE(isConsistent(first));
+    for (void* const block : blocks)
+    {
+        s_free(block);
+    }
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, UnhookAllRestoresTheFunctionsAndAnotherTrackerHooksAgain)
+{
+    LuTestSuiteHeapTracker tracker;
+    LuTestSuiteHeapTracker::UnhookAll();
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), 0U);
+    const LuTestSuiteHeapTracker another;
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), 2U);
+    EXPECT_EQ(getOperationCount(another), 2U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheObservedNumber)
+{
+    m_tracker.ObserveID(1);
+    m_tracker.Activate();
+    void* const first = s_malloc(10);
+    const int before = s_breakpointCount;
+    void* const second = s_malloc(10);
+    const int after = s_breakpointCount;
+    m_tracker.Deactivate();
+    EXPECT_EQ(before, 0);
+    EXPECT_EQ(after, 1);
+    EXPECT_EQ(m_tracker.GetMallocCount(), 2U) << "goes on behind it";
+    s_free(first);
+    s_free(second);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FreeWithTheObservedNumberDoesNotFire)
+{
+    m_tracker.ObserveID(1);
+    m_tracker.Activate();
+    s_free(s_malloc(10));
+    m_tracker.Deactivate();
+    EXPECT_EQ(m_tracker.GetFreeCount(), 1U);
+    EXPECT_EQ(s_breakpointCount, 0);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtEachAllocationOfTheObservedSize)
+{
+    m_tracker.ObserveSize(77);
+    m_tracker.Activate();
+    void* block = s_malloc(77);
+    block = s_realloc(block, 76);
+    block = s_realloc(block, 77);
+    s_free(block);
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 2);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, BothConditionsFireOnTheirOwn)
+{
+    m_tracker.ObserveID(0);
+    m_tracker.ObserveSize(77);
+    m_tracker.Activate();
+    s_free(s_malloc(77));
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 2);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedOverAReset)
+{
+    m_tracker.ObserveSize(77);
+    m_tracker.Reset();
+    m_tracker.Activate();
+    s_free(s_malloc(77));
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 1);
+}
