@@ -3,8 +3,8 @@
 /// Its configuration is XML:
 ///
 ///     <Container>
-///       <Service name="Clock" class="CSystemClock"/>                       one object for all, made when first asked for
-///       <Service name="Job" class="CJob" lifetime="transient"/>            a fresh object for each asker
+///       <Service name="Clock" class="CSystemClock"/>                       one object for all, made when first asked
+///       for <Service name="Job" class="CJob" lifetime="transient"/>            a fresh object for each asker
 ///     </Container>
 ///
 /// The lifetime is "singleton" unless it is given.
@@ -36,8 +36,8 @@ public:
     bool HasService(const std::wstring& name) const;
 
     /// The service's object; null when the name is unknown or its class cannot be created (modules that bring the class
-    /// may be loaded later: the class is looked up when asked for), or when its own constructor asks for it. Exceptions of
-    /// the constructor pass through; the next asker tries again.
+    /// may be loaded later: the class is looked up when asked for), or when its own constructor asks for it. Exceptions
+    /// of the constructor pass through; the next asker tries again.
     std::shared_ptr<IObject> Resolve(const std::wstring& name);
 
     /// The same, cast to an interface; null also when the object does not have it.

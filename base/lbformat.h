@@ -4,8 +4,8 @@
 /// ("0x" is the format's business; 16 upper-case hexadecimal digits), %f %e %g (double), %%; flags "-", "0", "+", " ",
 /// "#", width and precision as digits; the length marks h, l, ll, I32, I64, w, z, j, t are accepted and change nothing,
 /// since the arguments know their own width. A negative 32-bit argument under %u prints as unsigned 32-bit, an unsigned
-/// one under %d as signed: the width of the argument decides. Under %d %u %x a wide character stands for its code. Width
-/// and precision of texts count characters, not code units.
+/// one under %d as signed: the width of the argument decides. Under %d %u %x a wide character stands for its code.
+/// Width and precision of texts count characters, not code units.
 ///
 /// Arguments are checked: a conversion without argument, an argument of the wrong kind, a surplus argument or an
 /// unknown conversion throws LbException naming the format. Nothing is ever truncated.
@@ -42,8 +42,8 @@ public:
     {
     }
     template<typename T>
-        requires std::is_enum_v<T>
-    LbFormatArgument(T value) noexcept // NOLINT(google-explicit-constructor)
+    requires std::is_enum_v<T> LbFormatArgument(T value)
+    noexcept // NOLINT(google-explicit-constructor)
         : LbFormatArgument(static_cast<std::underlying_type_t<T>>(value))
     {
     }

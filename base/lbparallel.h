@@ -58,7 +58,8 @@ public:
     /// The calling thread's value, made on first use. A thread may inherit the value of one that has ended.
     T& Local();
 
-    /// All threads' values folded by `combine(const T&, const T&) -> T`, in no order; the initial value when there is none.
+    /// All threads' values folded by `combine(const T&, const T&) -> T`, in no order; the initial value when there is
+    /// none.
     template<typename F>
     T Combine(const F& combine) const;
 

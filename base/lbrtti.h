@@ -59,7 +59,10 @@ private:
 #define LB_RTTI(Class)                                                                                                 \
 public:                                                                                                                \
     static const LbRTTI RTTI;                                                                                          \
-    const LbRTTI& GetRTTI() const override { return RTTI; }                                                            \
+    const LbRTTI& GetRTTI() const override                                                                             \
+    {                                                                                                                  \
+        return RTTI;                                                                                                   \
+    }                                                                                                                  \
                                                                                                                        \
 private:
 

@@ -35,8 +35,8 @@ public:
     /// True when the pool has been made and not shut down.
     static bool Exists();
 
-    /// Lets every task handed in run to its end, then ends the threads; waits without limit. Does nothing without a pool.
-    /// Must not be called by a task, nor while other threads may hand in tasks.
+    /// Lets every task handed in run to its end, then ends the threads; waits without limit. Does nothing without a
+    /// pool. Must not be called by a task, nor while other threads may hand in tasks.
     static void Shutdown();
 
     /// Runs `function` on a pool thread. Tasks start in the order in which they are handed in.

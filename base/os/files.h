@@ -53,7 +53,8 @@ LB_API bool RemoveEmptyDirectory(const std::wstring& path);
 LB_API std::wstring GetWorkingDirectory();
 LB_API bool SetWorkingDirectory(const std::wstring& path);
 
-/// The path as it stands when the working directory changes: absolute, by the present working directory, without "." and
+/// The path as it stands when the working directory changes: absolute, by the present working directory, without "."
+/// and
 /// "..". A separator at the end stays; an empty path stays empty. The path need not exist.
 LB_API std::wstring GetFullPath(const std::wstring& path);
 
