@@ -34,7 +34,22 @@ struct SSystemCalls
     FGetNextThread getNextThread = nullptr;
     FQueryThread queryThread = nullptr;
 };
-SSystemCalls s_calls;
+
+SSystemCalls findSystemCalls() noexcept
+{
+    SSystemCalls calls;
+    if (const HMODULE system = GetModuleHandleW(L"ntdll.dll"))
+    {
+        const auto find = [system](const char* name) { return reinterpret_cast<void*>(GetProcAddress(system, name)); };
+        calls.getNextThread = reinterpret_cast<FGetNextThread>(find("NtGetNextThread"));
+        calls.queryThread = reinterpret_cast<FQueryThread>(find("NtQueryInformationThread"));
+    }
+    return calls;
+}
+
+// Found when the library is loaded: the search takes the loader's lock, which a thread that waits for one of the
+// caller's locks may hold later.
+const SSystemCalls s_calls = findSystemCalls();
 
 // One freeze at a time in a process; on the heap it cannot be.
 SThread s_threads[c_ThreadMax];
@@ -160,21 +175,8 @@ bool findNewThreads() noexcept
     return isGood;
 }
 
-void findSystemCalls() noexcept
-{
-    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
-    if (system == nullptr)
-    {
-        return;
-    }
-    const auto find = [system](const char* name) { return reinterpret_cast<void*>(GetProcAddress(system, name)); };
-    s_calls.getNextThread = reinterpret_cast<FGetNextThread>(find("NtGetNextThread"));
-    s_calls.queryThread = reinterpret_cast<FQueryThread>(find("NtQueryInformationThread"));
-}
-
 bool freezeAll() noexcept
 {
-    findSystemCalls();
     if (s_calls.getNextThread == nullptr)
     {
         return openThreads() && suspendFrom(0);

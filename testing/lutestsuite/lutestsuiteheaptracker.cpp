@@ -23,7 +23,6 @@ namespace
 {
 
 constinit CPatchEngine s_engine;
-constinit LbOs::SHeapFunctions s_functions;
 
 /// Registered trackers that are switched on. Without any, the detours need no lock.
 constinit std::atomic<unsigned> s_activeCount = 0;
@@ -119,10 +118,12 @@ LuTestSuiteHeapTracker::~LuTestSuiteHeapTracker()
 
 void LuTestSuiteHeapTracker::Initialize()
 {
+    // Ahead of the lock: the search takes the loader's lock, whose holder may be waiting in a detour.
+    static const LbOs::SHeapFunctions s_functions = LbOs::GetHeapFunctions();
     const LbCriticalSectionLock lock(s_CriticalSection);
     if (!s_bIsHooked)
     {
-        hookAll();
+        hookAll(s_functions);
         s_bIsHooked = true;
     }
     if (!m_isRegistered)
@@ -140,13 +141,12 @@ void LuTestSuiteHeapTracker::Initialize()
     }
 }
 
-void LuTestSuiteHeapTracker::hookAll() noexcept
+void LuTestSuiteHeapTracker::hookAll(const LbOs::SHeapFunctions& functions) noexcept
 {
-    s_functions = LbOs::GetHeapFunctions();
     s_engine.Initialize();
-    hook(s_functions.malloc, reinterpret_cast<void*>(detourMalloc), s_mallocTrampoline);
-    hook(s_functions.free, reinterpret_cast<void*>(detourFree), s_freeTrampoline);
-    hook(s_functions.realloc, reinterpret_cast<void*>(detourRealloc), s_reallocTrampoline);
+    hook(functions.malloc, reinterpret_cast<void*>(detourMalloc), s_mallocTrampoline);
+    hook(functions.free, reinterpret_cast<void*>(detourFree), s_freeTrampoline);
+    hook(functions.realloc, reinterpret_cast<void*>(detourRealloc), s_reallocTrampoline);
     s_engine.EnableAll();
 }
 

@@ -14,6 +14,11 @@ namespace LuTestSuite
 class CAllocationMap;
 }
 
+namespace LbOs
+{
+struct SHeapFunctions;
+}
+
 /// Sees every malloc, realloc and free of the shared run-time while it is active, of all modules and threads, operator
 /// new and delete included; any number of trackers may be at work, and each sees every operation.
 ///
@@ -74,7 +79,7 @@ private:
 
     static constexpr std::uint64_t sc_uiNone = ~std::uint64_t{0};
 
-    static void hookAll() noexcept;
+    static void hookAll(const LbOs::SHeapFunctions& functions) noexcept;
     /// Makes a patch, still to be enabled.
     static bool hook(void* target, void* detour, void*& trampoline) noexcept;
 
