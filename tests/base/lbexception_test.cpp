@@ -2,11 +2,14 @@
 
 #include <functional>
 #include <source_location>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
 
 namespace lbexceptiontest
 {
@@ -175,6 +178,60 @@ TEST(LbException, IsCaughtAsStandardExceptionWithItsText)
     {
         EXPECT_TRUE(std::string(exception.what()).starts_with("text (lbexception_test("));
     }
+}
+
+/// What is said about an exception of this value.
+template<typename T>
+std::wstring describe(const T& thrown)
+{
+    try
+    {
+        throw thrown;
+    }
+    catch (...)
+    {
+        return LbDescribeCurrentException();
+    }
+}
+
+TEST(LbDescribeCurrentException, GivesMessageAndPlaceOfOurOwn)
+{
+    const std::wstring text = describe(LbException(L"F", L"größer"));
+
+    EXPECT_TRUE(text.starts_with(L"größer (lbexception_test(")) << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(text.ends_with(L"): F)")) << LbEncoding::ToUtf8(text);
+}
+
+TEST(LbDescribeCurrentException, GivesTheTextOfStandardExceptions)
+{
+    EXPECT_EQ(describe(std::runtime_error("gr\xC3\xB6\xC3\x9F"
+                                          "er")),
+              L"größer");
+}
+
+TEST(LbDescribeCurrentException, GivesWideTexts)
+{
+    EXPECT_EQ(describe(std::wstring(L"größer")), L"größer");
+    EXPECT_EQ(describe<const wchar_t*>(L"größer"), L"größer");
+}
+
+TEST(LbDescribeCurrentException, GivesNarrowTexts)
+{
+    EXPECT_EQ(describe(std::string("gr\xC3\xB6\xC3\x9F"
+                                   "er")),
+              L"größer");
+    EXPECT_EQ(describe<const char*>("kleiner"), L"kleiner");
+}
+
+TEST(LbDescribeCurrentException, GivesNothingForNullTexts)
+{
+    EXPECT_EQ(describe<const wchar_t*>(nullptr), L"");
+    EXPECT_EQ(describe<const char*>(nullptr), L"");
+}
+
+TEST(LbDescribeCurrentException, KnowsNoOtherKinds)
+{
+    EXPECT_EQ(describe(42), L"Unbekannte Exception");
 }
 
 } // namespace

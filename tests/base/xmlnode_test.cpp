@@ -200,12 +200,12 @@ TEST(XMLDocument, MissingFileIsMissing)
     EXPECT_EQ(document.Load(L"", "r"), EResult::Missing);
 }
 
-TEST(XMLDocument, DirectoryInPlaceOfTheFileIsMissing)
+TEST(XMLDocument, DirectoryInPlaceOfTheFileIsUnreadable)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"folder.xml");
     XMLDocument document;
-    EXPECT_EQ(document.Load(folder.GetPathOf(L"folder.xml"), "r"), EResult::Missing);
+    EXPECT_EQ(document.Load(folder.GetPathOf(L"folder.xml"), "r"), EResult::Unreadable);
 }
 
 TEST(XMLDocument, EmptyFileIsASyntaxError)

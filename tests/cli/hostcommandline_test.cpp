@@ -28,7 +28,7 @@ void ExpectHelp(const Arguments& arguments)
 {
     const SHostRun run = RunHost(arguments);
 
-    ExpectGolden("cli/help.txt", FromPlatformLines(run.output));
+    ExpectGolden("help.txt", FromPlatformLines(run.output));
     EXPECT_EQ(run.output, ToPlatformLines(FromPlatformLines(run.output)));
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.exitStatus, 0);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "tests/support/hostprocess.h"
 #include "tests/support/scopedfolder.h"
 
@@ -73,6 +74,15 @@ TEST_F(HostErrors, NameAConfigurationFileOfAnotherKind)
     ExpectOneLine(Run({L"--include-config", file}), "Fehler in Config-File: XML-Syntax Fehler\n");
 }
 
+TEST_F(HostErrors, NameAConfigurationFileThatIsADirectory)
+{
+    const ScopedFolder other;
+    const std::wstring folder = other.MakeFolder(L"Auswahl.xml");
+
+    ExpectOneLine(Run({L"--include-config", folder}),
+                  "Fehler in Config-File: Datei " + LbEncoding::ToUtf8(folder) + " konnte nicht gelesen werden\n");
+}
+
 TEST_F(HostErrors, DoNotComeFromAMissingConfigurationFile)
 {
     const SHostRun run = Run({L"--include-config", m_folder.GetPathOf(L"gibt es nicht.xml")});
@@ -123,10 +133,12 @@ TEST_F(HostErrors, TellWhereTheLibraryFailed)
         GTEST_SKIP() << "memory cannot be limited here";
     }
     SHostOptions hostOptions;
-    // Too little for the stack that patterns are matched on.
+    // Too little for the stack that long names are matched with a long pattern on.
     hostOptions.memoryLimitKilobytes = 900'000;
 
-    const SHostRun run = Run({L"-i", L"gut"}, hostOptions);
+    m_folder.MakeFolder(L"CLongNameModel");
+
+    const SHostRun run = Run({L"--dll", L"namemodels", L"-i", std::wstring(20'000, L'n')}, hostOptions);
 
     EXPECT_TRUE(run.errors.starts_with("Fehler: Ein Thread konnte nicht gestartet werden (process_linux, Zeile "))
         << run.errors;

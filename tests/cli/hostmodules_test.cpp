@@ -117,13 +117,42 @@ TEST_F(HostModules, CostOneLineWhenTheyCannotBeLoaded)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostModules, AreNotLoadedWhereNothingRuns)
+TEST_F(HostModules, CostOneLineWhenTheirStaticObjectsThrow)
+{
+    const SHostRun run = Run({L"--dll", L"throwingstatic", L"--dll", L"resultmodels"});
+
+    const std::wstring file = std::wstring(L"throwingstatic") + LbOs::c_ModuleSuffix;
+    EXPECT_TRUE(run.output.starts_with(
+        ToPlatformLines("DLL '" + LbEncoding::ToUtf8(file) + "' konnte nicht geladen werden.\nCPassedModel\n")))
+        << run.output;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostModules, MayPrintWideText)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"CWideOutputModel");
+
+    const SHostRun run = RunHost({L"-d", folder.GetPath(), L"--dll", L"wideoutputmodels"});
+
+    EXPECT_EQ(run.output, ToPlatformLines("[Anfang]CWideOutputModel\n"
+                                          "\tFall... [Anfang][Fall]OK\n"
+                                          "\n"
+                                          "Zusammenfassung\n"
+                                          "\tAusgeführt:\t1 Klasse, 1 Test\n"
+                                          "\tErfolgreich:\t1 Klasse, 1 Test\n"));
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostModules, AreNotLoadedForHelp)
 {
     const CBrokenModule broken;
 
-    const SHostRun run = RunHost({L"-q", L"--dll", broken.GetName()});
+    const SHostRun run = RunHost({L"-h", L"--dll", broken.GetName()});
 
-    EXPECT_EQ(run.output.find("DLL"), std::string::npos) << run.output;
+    EXPECT_EQ(run.output, RunHost({L"-h"}).output);
+    EXPECT_EQ(run.exitStatus, 0);
 }
 
 } // namespace

@@ -22,28 +22,13 @@
 #include "tests/support/capturedoutput.h"
 #include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 
 namespace
 {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// Moves the working directory and moves it back at the end of the scope.
-class ScopedWorkingDirectory
-{
-public:
-    explicit ScopedWorkingDirectory(const std::wstring& path) : m_former(LbOs::GetWorkingDirectory())
-    {
-        EXPECT_TRUE(LbOs::SetWorkingDirectory(path));
-    }
-    ~ScopedWorkingDirectory() { LbOs::SetWorkingDirectory(m_former); }
-    ScopedWorkingDirectory(const ScopedWorkingDirectory&) = delete;
-    ScopedWorkingDirectory& operator=(const ScopedWorkingDirectory&) = delete;
-
-private:
-    std::wstring m_former;
-};
 
 std::wstring GetWorkingDirectoryString()
 {

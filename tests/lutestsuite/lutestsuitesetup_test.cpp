@@ -197,6 +197,48 @@ TEST(LuTestSuiteSetup, IsEmptyAndUsableAfterAMoveAssignment)
     expectEmptyUsableArrays(source);
 }
 
+TEST(LuTestSuiteSetup, HasNoCallablesAfterAMove)
+{
+    LuTestSuiteSetup source = MakeFilledSetup();
+    const LuTestSuiteSetup target(std::move(source));
+
+    EXPECT_FALSE(source.checkCallback);
+    EXPECT_FALSE(source.resultCallback);
+}
+
+TEST(LuTestSuiteSetup, HasNoCallablesAfterAMoveAssignment)
+{
+    LuTestSuiteSetup source = MakeFilledSetup();
+    LuTestSuiteSetup target;
+    target = std::move(source);
+
+    EXPECT_FALSE(source.checkCallback);
+    EXPECT_FALSE(source.resultCallback);
+}
+
+TEST(LuTestSuiteSetup, MayBeFilledAfterAMove)
+{
+    LuTestSuiteSetup source = MakeFilledSetup();
+    const LuTestSuiteSetup target(std::move(source));
+
+    source.dataDir = L"neu";
+    source.checkCallback = [] { return true; };
+
+    EXPECT_EQ(source.dataDir, L"neu");
+    EXPECT_TRUE(source.checkCallback());
+}
+
+TEST(LuTestSuiteSetup, MayBeAssignedAfterAMove)
+{
+    LuTestSuiteSetup source = MakeFilledSetup();
+    const LuTestSuiteSetup target(std::move(source));
+
+    source = LuTestSuiteSetup();
+
+    EXPECT_EQ(GetFields(source), GetFields(LuTestSuiteSetup()));
+    EXPECT_FALSE(source.checkCallback());
+}
+
 TEST(LuTestSuiteSetup, MovesBothCallables)
 {
     ECaseRunResult received = ECaseRunResult::Unknown;

@@ -7,6 +7,8 @@
 
 #include "base/os/files.h"
 #include "tests/support/runtest.h"
+#include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 
 namespace
 {
@@ -139,11 +141,18 @@ TEST_F(RunCallbacks, RaiseBadFunctionCallWithoutANotification)
 
 TEST_F(RunCallbacks, RestoreTheWorkingDirectoryWhenTheyThrow)
 {
+    // Another one than the executable's folder, which is where the cases run.
+    const ScopedFolder folder;
+    const ScopedWorkingDirectory workingDirectory(folder.GetPath());
     const std::wstring before = LbOs::GetWorkingDirectory();
+    LuTestSuiteEnvironment environment;
     LuTestSuiteSetup setup = MakeFiveCases();
-    setup.resultCallback = [](ECaseRunResult) { throw 42; };
+    setup.resultCallback = [&before](ECaseRunResult) {
+        EXPECT_NE(LbOs::GetWorkingDirectory(), before);
+        throw 42;
+    };
 
-    EXPECT_THROW(Run(setup), int);
+    EXPECT_THROW(LuTestSuiteRun::Run(setup, environment), int);
 
     EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
 }

@@ -14,23 +14,10 @@
 #include "base/os/files.h"
 #include "tests/support/runtest.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 
 namespace
 {
-
-/// Another working directory for the scope.
-class ScopedWorkingDirectory : public INonCopyable
-{
-public:
-    explicit ScopedWorkingDirectory(const std::wstring& path) : m_former(LbOs::GetWorkingDirectory())
-    {
-        EXPECT_TRUE(LbOs::SetWorkingDirectory(path));
-    }
-    ~ScopedWorkingDirectory() { LbOs::SetWorkingDirectory(m_former); }
-
-private:
-    std::wstring m_former;
-};
 
 /// The environment of the test starts in a directory of the test.
 class RunPlaces : public testing::Test

@@ -34,16 +34,17 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CPassedModel", L"zwei mit Lücke", Ok, L""},
     {L"CFailedModel", L"allein", Error, L""},
 
-    // Exceptions that leave one of the operations that the runner calls.
-    {L"CConstructorThrows", L"Fall", Exception, L""},
-    {L"CSetMessageStreamThrows", L"Fall", Exception, L""},
-    {L"CSetDataDirectoryThrows", L"Fall", Exception, L""},
-    {L"CInitSubtestsThrows", L"Fall", Exception, L""},
-    {L"CPrepareSubtestThrows", L"Fall", Exception, L""},
-    {L"CGetSubtestCountThrows", L"Fall", Exception, L""},
-    {L"CGetSubtestNameThrows", L"Fall", Exception, L""},
-    {L"CRunUnitTestThrows", L"Fall", Exception, L""},
-    {L"CRunUnitTestThrowsNumber", L"Fall", Exception, L"\t\tINFO:  vor der Ausnahme\n"},
+    // Exceptions that leave one of the operations that the runner calls: the runner reports them.
+    {L"CConstructorThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CSetMessageStreamThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CSetDataDirectoryThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CInitSubtestsThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CPrepareSubtestThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CGetSubtestCountThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CGetSubtestNameThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CRunUnitTestThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
+    {L"CRunUnitTestThrowsNumber", L"Fall", Exception,
+     L"\t\tINFO:  vor der Ausnahme\n\t\tERROR: Unbekannte Exception\n"},
 
     // Exceptions that leave a sub-test's function: the unit test itself reports them.
     {L"CSubtestExceptionModel", L"Standard", Exception, L"\t\tERROR: kaputt\n"},

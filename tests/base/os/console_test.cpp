@@ -49,18 +49,6 @@ TEST(OsConsole, SeesNoTerminalInAFile)
     EXPECT_FALSE(isTerminal);
 }
 
-TEST(OsConsole, TakesAnyCodePage)
-{
-    const std::uint32_t former = LbOs::GetConsoleCodePage();
-    LbOs::SetConsoleCodePage(65001);
-    const std::uint32_t present = LbOs::GetConsoleCodePage();
-    EXPECT_TRUE(present == 65001 || present == former);
-    LbOs::SetConsoleCodePage(0);
-    EXPECT_EQ(LbOs::GetConsoleCodePage(), present);
-    LbOs::SetConsoleCodePage(former);
-    EXPECT_EQ(LbOs::GetConsoleCodePage(), former);
-}
-
 TEST(OsConsole, ReadsTheEnvironment)
 {
     EXPECT_NE(LbOs::GetEnvironmentText(L"PATH"), L"");

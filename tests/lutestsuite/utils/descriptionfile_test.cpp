@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/lbpath.h"
 #include "base/luunittest.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/capturedoutput.h"
@@ -26,9 +27,21 @@ class CScanDescribed : public LuUnitTest
     }
 };
 
+/// One of its names is more than some expressions can carry.
+class CScanLongName : public LuUnitTest
+{
+    LB_RTTI(CScanLongName)
+    void InitSubtests() override
+    {
+        AddSubtest(L"kurz", [] {});
+        AddSubtest(std::wstring(200'000, L'a'), [] {});
+    }
+};
+
 } // namespace
 
 LB_RTTI_CLASS(CScanDescribed, LuUnitTest)
+LB_RTTI_CLASS(CScanLongName, LuUnitTest)
 
 namespace
 {
@@ -265,6 +278,41 @@ TEST_F(DescriptionFile, WarnsOfASyntaxErrorAndChangesNothing)
     ExpectWarning(L"Warnung: XML-Syntax Fehler in Datei ", L".\n");
     EXPECT_THAT(test.contacts, IsEmpty());
     EXPECT_THAT(test.cases.at(0).parameters, IsEmpty());
+}
+
+TEST_F(DescriptionFile, WarnsOfADirectoryInItsPlaceAndKeepsTheRecord)
+{
+    const std::wstring file = LbPath::WithoutSeparator(m_folder.MakeFolder(L"CScanDescribed/#ExtraInfo.xml"));
+
+    const auto tests = LuTestSuiteUtils::ScanDirectoryForUnitTests(m_folder.GetPath(), false);
+
+    EXPECT_THAT(m_output.GetLines(),
+                ElementsAre(CapturedOutput::BoldColored(L"Warnung: Datei " + file + L" konnte nicht gelesen werden.\n",
+                                                        LuColor::c_GOLDENROD)));
+    ASSERT_EQ(tests.size(), 1U);
+    EXPECT_EQ(tests[0].cases.size(), 5U);
+}
+
+TEST_F(DescriptionFile, WarnsOfNamesThatExpressionsCannotCarryAndGoesOn)
+{
+    std::string name;
+    for (int count = 0; count < 750; ++count)
+    {
+        name += "*a";
+    }
+    const std::wstring file = m_folder.WriteFile(L"CScanLongName/#ExtraInfo.xml",
+                                                 "<ExtraInfo><Contact><Name>N</Name></Contact><TestCase name='" + name +
+                                                     "'><Enable>false</Enable></TestCase></ExtraInfo>");
+
+    const auto tests = LuTestSuiteUtils::ScanDirectoryForUnitTests(m_folder.GetPath(), true);
+
+    EXPECT_EQ(m_output.GetText(), L"Warnung XML '" + file +
+                                      L"': Name mit 200000 Zeichen ist zu lang für einen regulären Ausdruck: " +
+                                      std::wstring(80, L'a') + L"....\n");
+    ASSERT_EQ(tests.size(), 2U);
+    const auto& longNames = tests[tests[0].className == L"CScanLongName" ? 0 : 1];
+    EXPECT_EQ(longNames.cases.size(), 2U);
+    EXPECT_EQ(longNames.contacts.size(), 1U);
 }
 
 TEST_F(DescriptionFile, WarnsOfAnotherRoot)

@@ -256,6 +256,17 @@ TEST_F(ScanDirectoryForUnitTests, KeepsTheCasesCollectedBeforeAnException)
     EXPECT_EQ(m_output.GetText(), L"Warnung: Falsche Konfiguration des Unit-Test CScanThrowsOnName.\n");
 }
 
+TEST_F(ScanDirectoryForUnitTests, KeepsTheCasesThatCanBeHadOfACountBeyondReason)
+{
+    m_folder.MakeFolder(L"CScanHugeCount");
+
+    const std::vector<SUnitTest> tests = Scan();
+
+    ASSERT_EQ(tests.size(), 1U);
+    EXPECT_THAT(GetCaseNames(tests[0]), ElementsAre(L"Fall 0", L"Fall 1"));
+    EXPECT_EQ(m_output.GetText(), L"Warnung: Falsche Konfiguration des Unit-Test CScanHugeCount.\n");
+}
+
 TEST_F(ScanDirectoryForUnitTests, GoesOnAfterWarnings)
 {
     m_folder.MakeFolder(L"CScanAbstract");
@@ -310,6 +321,24 @@ TEST_F(ScanDirectoryForUnitTests, StartsCasesWithoutParameters)
     m_folder.MakeFolder(L"CScanNamed");
 
     EXPECT_THAT(Scan().at(0).cases.at(0).parameters, IsEmpty());
+}
+
+TEST_F(ScanDirectoryForUnitTests, GivesEachCaseItsParametersInADenseMap)
+{
+    m_folder.WriteFile(L"CScanFiles/a.txt", "");
+    m_folder.WriteFile(L"CScanNamed/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name='eins'><Parallel>true</Parallel></TestCase></ExtraInfo>");
+
+    std::size_t count = 0;
+    for (const SUnitTest& test : Scan())
+    {
+        for (const LuTestSuite::STestCase& testCase : test.cases)
+        {
+            EXPECT_EQ(testCase.parameters.max_load_factor(), 1.5F);
+            ++count;
+        }
+    }
+    EXPECT_EQ(count, 4U);
 }
 
 TEST_F(ScanDirectoryForUnitTests, AsksTheInstanceInOrderAndDestroysIt)

@@ -1,5 +1,6 @@
 #include "tests/lutestsuite/utils/discoverymodels.h"
 
+#include <limits>
 #include <stdexcept>
 
 #include "base/luunittest.h"
@@ -111,6 +112,22 @@ class CScanThrowsOnName : public LuUnitTest
     }
 };
 
+/// Promises more names than there can be; the third one throws.
+class CScanHugeCount : public LuUnitTest
+{
+    LB_RTTI(CScanHugeCount)
+    void InitSubtests() override {}
+    std::uint32_t GetSubtestCount() const override { return std::numeric_limits<std::uint32_t>::max(); }
+    std::wstring GetSubtestName(std::uint32_t subtest) const override
+    {
+        if (subtest == 2)
+        {
+            throw std::runtime_error("name");
+        }
+        return L"Fall " + std::to_wstring(subtest);
+    }
+};
+
 /// Writes down what is done to it.
 class CScanJournal : public LuUnitTest
 {
@@ -162,6 +179,7 @@ LB_RTTI_CLASS(CScanThrowsWhenMade, LuUnitTest)
 LB_RTTI_CLASS(CScanThrowsOnInit, LuUnitTest)
 LB_RTTI_CLASS(CScanThrowsOnDirectory, LuUnitTest)
 LB_RTTI_CLASS(CScanThrowsOnName, LuUnitTest)
+LB_RTTI_CLASS(CScanHugeCount, LuUnitTest)
 LB_RTTI_CLASS(CScanJournal, LuUnitTest)
 
 namespace

@@ -1,0 +1,104 @@
+// What the environment does with the surroundings that it finds: temporary files, container file, traces.
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/inoncopyable.h"
+#include "base/lbdiagnostics.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lustream.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+#include "tests/support/scopedenvironment.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+/// Listens to the traces of a scope.
+class CTraces : public INonCopyable
+{
+public:
+    CTraces() : m_former(LbDiagnostics::SetListener([this](const std::wstring& text) { m_lines.push_back(text); })) {}
+    ~CTraces() { LbDiagnostics::SetListener(std::move(m_former)); }
+
+    const std::vector<std::wstring>& GetLines() const { return m_lines; }
+
+private:
+    std::vector<std::wstring> m_lines;
+    std::function<void(const std::wstring&)> m_former;
+};
+
+constexpr const wchar_t* c_WarmUpTrace = L"LuTestSuiteEnvironment: static data allocated";
+
+TEST(PreallocateStaticData, SendsATrace)
+{
+    const CTraces traces;
+
+    LuTestSuiteEnvironment::PreallocateStaticData();
+
+    EXPECT_THAT(traces.GetLines(), ElementsAre(c_WarmUpTrace));
+}
+
+TEST(PreallocateStaticData, TracesThatItCouldMakeNoFile)
+{
+    const ScopedFolder folder;
+    const std::wstring missing = folder.GetPathOf(L"fehlt");
+    // Each platform reads its own one of the two.
+    const ScopedEnvironmentVariable temporaryOnLinux(L"TMPDIR", missing);
+    const ScopedEnvironmentVariable temporaryOnWindows(L"TMP", missing);
+    const CTraces traces;
+
+    EXPECT_NO_THROW(LuTestSuiteEnvironment::PreallocateStaticData());
+
+    EXPECT_THAT(traces.GetLines(), ElementsAre(c_WarmUpTrace, StartsWith(L"LuTestSuiteEnvironment: Datei ")));
+}
+
+/// The place of the container file, as the installed tree has it: beside the folder of the executable.
+class CContainerPlace : public INonCopyable
+{
+public:
+    ~CContainerPlace() { LbFileSystem::RemoveTree(getSources()); }
+
+    bool IsEmpty() const { return !LbFileSystem::Exists(getSources()); }
+
+    void Write(const std::string& bytes) const
+    {
+        const std::wstring folder = getSources() + LbPath::ToNative(L"/Development/LuTestSuite/");
+        ASSERT_TRUE(LbFileSystem::AssertDirectory(folder));
+        LuStreamWriteBinaryFile file(folder + L"LuTestSuite.xml");
+        file.Write(bytes.data(), bytes.size());
+        file.Close();
+    }
+
+private:
+    static std::wstring getSources()
+    {
+        return LbPath::GetParent(LbPath::WithoutSeparator(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable))) +
+               L"Sources";
+    }
+};
+
+// One test, since the place is one for all processes of this program.
+TEST(LuTestSuiteEnvironment, CanBeMadeWhateverTheContainerFileHolds)
+{
+    const CContainerPlace place;
+    ASSERT_TRUE(place.IsEmpty());
+    EXPECT_NO_THROW(const LuTestSuiteEnvironment environment);
+
+    for (const char* const bytes : {"<Container><Service name='Uhr' class='CUhr'/></Container>", "<Container>", ""})
+    {
+        place.Write(bytes);
+        EXPECT_NO_THROW(const LuTestSuiteEnvironment environment) << bytes;
+    }
+}
+
+} // namespace

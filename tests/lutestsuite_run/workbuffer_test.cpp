@@ -1,0 +1,112 @@
+#include "testing/lutestsuite/run/workbuffer.h"
+
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using LuTestSuiteRun::AppendMessages;
+using LuTestSuiteRun::c_MessageMax;
+using LuTestSuiteRun::LoadMessages;
+using LuTestSuiteRun::LoadName;
+using LuTestSuiteRun::StoreName;
+using LuTestSuiteRun::SWorkBuffer;
+
+/// A character that takes two units in the buffer, as one text on any platform.
+const std::wstring c_Pair = L"\U0001F600";
+
+class WorkBuffer : public testing::Test
+{
+protected:
+    const std::unique_ptr<SWorkBuffer> m_buffer = std::make_unique<SWorkBuffer>();
+};
+
+TEST_F(WorkBuffer, HoldsANameOf1023Characters)
+{
+    const std::wstring name(1023, L'ä');
+
+    EXPECT_TRUE(StoreName(m_buffer->className, name));
+    EXPECT_EQ(LoadName(m_buffer->className), name);
+}
+
+TEST_F(WorkBuffer, RefusesANameOf1024CharactersAndKeepsTheFormerOne)
+{
+    ASSERT_TRUE(StoreName(m_buffer->className, L"vorher"));
+
+    EXPECT_FALSE(StoreName(m_buffer->className, std::wstring(1024, L'n')));
+    EXPECT_EQ(LoadName(m_buffer->className), L"vorher");
+}
+
+TEST_F(WorkBuffer, CountsPairsOfNamesTwice)
+{
+    EXPECT_TRUE(StoreName(m_buffer->caseName, std::wstring(1021, L'n') + c_Pair));
+    EXPECT_EQ(LoadName(m_buffer->caseName), std::wstring(1021, L'n') + c_Pair);
+    EXPECT_FALSE(StoreName(m_buffer->caseName, std::wstring(1022, L'n') + c_Pair));
+}
+
+TEST_F(WorkBuffer, ReadsAFieldWithoutTerminatorToItsEnd)
+{
+    for (char16_t& unit : m_buffer->caseName)
+    {
+        unit = u'x';
+    }
+    EXPECT_EQ(LoadName(m_buffer->caseName), std::wstring(1024, L'x'));
+}
+
+TEST_F(WorkBuffer, AppendsMessages)
+{
+    AppendMessages(*m_buffer, L"größer\n");
+    AppendMessages(*m_buffer, c_Pair);
+
+    EXPECT_EQ(LoadMessages(*m_buffer), L"größer\n" + c_Pair);
+    EXPECT_EQ(m_buffer->messageLength, 9U);
+    EXPECT_EQ(m_buffer->messages[9], u'\0');
+}
+
+TEST_F(WorkBuffer, CutsMessagesAtTheirLimit)
+{
+    AppendMessages(*m_buffer, std::wstring(c_MessageMax, L'a'));
+    AppendMessages(*m_buffer, L"b");
+
+    EXPECT_EQ(LoadMessages(*m_buffer), std::wstring(c_MessageMax, L'a'));
+    EXPECT_EQ(m_buffer->messages[c_MessageMax], u'\0');
+}
+
+TEST_F(WorkBuffer, LeavesOutAPairThatFitsByHalf)
+{
+    AppendMessages(*m_buffer, std::wstring(c_MessageMax - 1, L'a') + c_Pair + L"b");
+
+    EXPECT_EQ(LoadMessages(*m_buffer), std::wstring(c_MessageMax - 1, L'a'));
+    EXPECT_EQ(m_buffer->messages[c_MessageMax - 1], u'\0');
+}
+
+TEST_F(WorkBuffer, LeavesOutAPairThatFitsByHalfBehindOthers)
+{
+    AppendMessages(*m_buffer, std::wstring(c_MessageMax - 3, L'a') + c_Pair);
+    AppendMessages(*m_buffer, c_Pair);
+
+    EXPECT_EQ(LoadMessages(*m_buffer), std::wstring(c_MessageMax - 3, L'a') + c_Pair);
+}
+
+TEST_F(WorkBuffer, KeepsAPairThatEndsAtTheLimit)
+{
+    const std::wstring text = std::wstring(c_MessageMax - 2, L'a') + c_Pair;
+
+    AppendMessages(*m_buffer, text + L"b");
+
+    EXPECT_EQ(LoadMessages(*m_buffer), text);
+}
+
+TEST_F(WorkBuffer, TrustsNoLengthBeyondTheLimit)
+{
+    AppendMessages(*m_buffer, L"a");
+    m_buffer->messageLength = 4'294'967'295U;
+
+    EXPECT_EQ(LoadMessages(*m_buffer).size(), c_MessageMax);
+    EXPECT_EQ(LoadMessages(*m_buffer).front(), L'a');
+}
+
+} // namespace

@@ -1,0 +1,23 @@
+/// The working directory of one test.
+#pragma once
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/inoncopyable.h"
+#include "base/os/files.h"
+
+/// Moves the process to another working directory and back at the end of the scope.
+class ScopedWorkingDirectory : public INonCopyable
+{
+public:
+    explicit ScopedWorkingDirectory(const std::wstring& path) : m_former(LbOs::GetWorkingDirectory())
+    {
+        EXPECT_TRUE(LbOs::SetWorkingDirectory(path));
+    }
+    ~ScopedWorkingDirectory() { EXPECT_TRUE(LbOs::SetWorkingDirectory(m_former)); }
+
+private:
+    std::wstring m_former;
+};
