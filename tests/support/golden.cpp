@@ -67,6 +67,7 @@ void ExpectGolden(const std::string& name, const std::string& received)
 
 std::string NormalizeTimes(const std::string& text)
 {
-    static const std::regex s_time(R"(\[\d+\.\d\d(ns|µs|ms|s)\])");
+    // A clock of the platform may be too coarse to see a short case at all.
+    static const std::regex s_time(R"(\[(\d+\.\d\d(ns|µs|ms|s)|0 s)\])");
     return std::regex_replace(text, s_time, "[#.##s]");
 }
