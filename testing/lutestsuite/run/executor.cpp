@@ -151,10 +151,18 @@ void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
     LuTestSuiteHeapTracker tracker(true, buffer.params.trackHeap);
     tracker.ObserveID(buffer.params.breakAllocId);
     tracker.ObserveSize(buffer.params.breakAllocSize);
-    runCase(buffer);
-    if (buffer.params.trackHeap)
+    try
     {
-        storeHeapUse(buffer, tracker);
+        runCase(buffer);
+        if (buffer.params.trackHeap)
+        {
+            storeHeapUse(buffer, tracker);
+        }
+    }
+    catch (...)
+    {
+        // Memory ran out while the case's own end was written down.
+        buffer.result = static_cast<std::uint32_t>(ECaseRunResult::Exception);
     }
 }
 
