@@ -21,12 +21,14 @@ void onTrap(int /*signal*/)
 
 } // namespace
 
-void LbOs::SetBreakpointHandler(FBreakpointHandler handler) noexcept
+void LbOs::SetBreakpointHandler(FBreakpointHandler handler, bool blocksSignals) noexcept
 {
     s_handler = handler;
     struct sigaction action = {};
     action.sa_handler = handler != nullptr ? onTrap : SIG_DFL;
-    // The handler is left alone by all signals.
-    sigfillset(&action.sa_mask);
+    if (blocksSignals)
+    {
+        sigfillset(&action.sa_mask);
+    }
     sigaction(SIGTRAP, &action, nullptr);
 }

@@ -25,7 +25,7 @@ LONG NTAPI onException(EXCEPTION_POINTERS* exception)
 
 } // namespace
 
-void LbOs::SetBreakpointHandler(FBreakpointHandler handler) noexcept
+void LbOs::SetBreakpointHandler(FBreakpointHandler handler, bool /*blocksSignals*/) noexcept
 {
     s_handler = handler;
     if (handler != nullptr && s_registration == nullptr)

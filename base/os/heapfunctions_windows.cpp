@@ -1,14 +1,45 @@
 #include "base/os/heapfunctions.h"
 
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
 #include "base/os/windows_api.h"
+
+namespace
+{
+
+HMODULE findModule(const void* address) noexcept
+{
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       static_cast<const wchar_t*>(address), &module);
+    return module;
+}
+
+/// From what this library calls to the function itself, whatever the run-time's name: the address of an import is that
+/// of a jump through the table of imports, or the function's at once. Null when the function is this library's own.
+template<typename F>
+void* findImported(F* function) noexcept
+{
+    auto* address = reinterpret_cast<std::uint8_t*>(function);
+    constexpr std::uint8_t c_Jump[] = {0xFF, 0x25};
+    if (std::memcmp(address, c_Jump, sizeof(c_Jump)) == 0)
+    {
+        std::int32_t distance = 0;
+        std::memcpy(&distance, address + sizeof(c_Jump), sizeof(distance));
+        std::memcpy(&address, address + sizeof(c_Jump) + sizeof(distance) + distance, sizeof(address));
+    }
+    return findModule(address) == findModule(reinterpret_cast<const void*>(&findModule)) ? nullptr : address;
+}
+
+} // namespace
 
 LbOs::SHeapFunctions LbOs::GetHeapFunctions() noexcept
 {
-    const HMODULE runtime = GetModuleHandleW(L"msvcrt.dll");
-    if (runtime == nullptr)
-    {
-        return {};
-    }
-    const auto find = [runtime](const char* name) { return reinterpret_cast<void*>(GetProcAddress(runtime, name)); };
-    return {find("malloc"), find("free"), find("realloc")};
+    const SHeapFunctions functions = {findImported(std::malloc), findImported(std::free), findImported(std::realloc)};
+    const HMODULE runtime = findModule(functions.malloc);
+    const bool areTogether = functions.malloc != nullptr && functions.free != nullptr && functions.realloc != nullptr &&
+                             findModule(functions.free) == runtime && findModule(functions.realloc) == runtime;
+    return areTogether ? functions : SHeapFunctions();
 }

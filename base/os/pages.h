@@ -36,6 +36,12 @@ struct SRegion
 /// none that the process could use.
 LB_API bool QueryRegion(std::uintptr_t address, SRegion& region) noexcept;
 
+/// Takes a region and goes on with the next one, or not.
+using FVisitRegion = bool (*)(const SRegion& region, void* context) noexcept;
+
+/// Calls `visit` for all regions with an address from `begin` to `end`, ascending, in one pass over the system's table.
+LB_API void VisitRegions(std::uintptr_t begin, std::uintptr_t end, FVisitRegion visit, void* context) noexcept;
+
 struct SPageSizes
 {
     std::size_t page;        ///< unit of protection

@@ -129,33 +129,43 @@ void LbOs::ReleasePages(void* pages, std::size_t size) noexcept
     munmap(pages, size);
 }
 
+void LbOs::VisitRegions(std::uintptr_t begin, std::uintptr_t end, FVisitRegion visit, void* context) noexcept
+{
+    const auto goOn = [=](const SRegion& region) {
+        return region.begin == region.end || region.end <= begin || (region.begin < end && visit(region, context));
+    };
+    CMapsReader maps;
+    SRegion mapping;
+    std::uintptr_t gapBegin = c_AddressBegin;
+    bool isAny = false;
+    while (maps.Next(mapping) && mapping.begin < c_AddressEnd)
+    {
+        isAny = true;
+        if (!goOn({gapBegin, mapping.begin, true, false, 0}) || !goOn(mapping))
+        {
+            return;
+        }
+        gapBegin = mapping.end;
+    }
+    if (isAny)
+    {
+        goOn({gapBegin, c_AddressEnd, true, false, 0});
+    }
+}
+
 bool LbOs::QueryRegion(std::uintptr_t address, SRegion& region) noexcept
 {
     if (address < c_AddressBegin || address >= c_AddressEnd)
     {
         return false;
     }
-    CMapsReader maps;
-    SRegion mapping;
-    std::uintptr_t gapBegin = c_AddressBegin;
-    bool isAny = false;
-    while (maps.Next(mapping))
-    {
-        isAny = true;
-        if (address < mapping.begin)
-        {
-            region = {gapBegin, mapping.begin, true, false, 0};
-            return true;
-        }
-        if (address < mapping.end)
-        {
-            region = mapping;
-            return true;
-        }
-        gapBegin = mapping.end;
-    }
-    region = {gapBegin, c_AddressEnd, true, false, 0};
-    return isAny;
+    const auto take = [](const SRegion& found, void* context) noexcept {
+        *static_cast<SRegion*>(context) = found;
+        return false;
+    };
+    region = {};
+    VisitRegions(address, address + 1, take, &region);
+    return region.end != 0;
 }
 
 LbOs::SPageSizes LbOs::GetPageSizes() noexcept

@@ -52,6 +52,15 @@ bool LbOs::QueryRegion(std::uintptr_t address, SRegion& region) noexcept
     return true;
 }
 
+void LbOs::VisitRegions(std::uintptr_t begin, std::uintptr_t end, FVisitRegion visit, void* context) noexcept
+{
+    SRegion region;
+    region.end = begin;
+    while (region.end < end && QueryRegion(region.end, region) && visit(region, context))
+    {
+    }
+}
+
 LbOs::SPageSizes LbOs::GetPageSizes() noexcept
 {
     SYSTEM_INFO information = {};

@@ -40,6 +40,10 @@ LB_API EAssertAnswer ShowAssertDialog(const std::wstring& text);
 /// Stops in the debugger; ends the process when there is none.
 LB_API void BreakIntoDebugger();
 
+/// From now on `before` is called ahead of each fork of the process and `after` behind it, in parent and child, on the
+/// forking thread. Both are there for the life of the process. Windows does not fork.
+LB_API void CallAroundForks(void (*before)(), void (*after)());
+
 /// Number of the present process.
 LB_API unsigned long GetProcessNumber();
 

@@ -92,6 +92,11 @@ void LbOs::BreakIntoDebugger()
     raise(SIGTRAP);
 }
 
+void LbOs::CallAroundForks(void (*before)(), void (*after)())
+{
+    pthread_atfork(before, after, after);
+}
+
 unsigned long LbOs::GetProcessNumber()
 {
     return static_cast<unsigned long>(getpid());

@@ -103,6 +103,8 @@ void LbOs::BreakIntoDebugger()
     DebugBreak();
 }
 
+void LbOs::CallAroundForks(void (*/*before*/)(), void (*/*after*/)()) {}
+
 unsigned long LbOs::GetProcessNumber()
 {
     return GetCurrentProcessId();

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <string_view>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -71,32 +73,6 @@ void stopHere(int /*signal*/, siginfo_t* information, void* context)
     errno = savedError;
 }
 
-/// A signal that nobody uses; it keeps its handler for ever, since a late one would end the process otherwise.
-bool takeSignal() noexcept
-{
-    if (s_signal != 0)
-    {
-        return true;
-    }
-    for (int signal = SIGRTMAX; signal >= SIGRTMIN; --signal)
-    {
-        struct sigaction action = {};
-        if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
-        {
-            continue;
-        }
-        action.sa_sigaction = stopHere;
-        action.sa_flags = SA_SIGINFO | SA_RESTART;
-        sigfillset(&action.sa_mask);
-        if (sigaction(signal, &action, nullptr) == 0)
-        {
-            s_signal = signal;
-            return true;
-        }
-    }
-    return false;
-}
-
 bool sendStop(pid_t thread, std::size_t slot, std::uint32_t generation) noexcept
 {
     siginfo_t information = {};
@@ -119,34 +95,37 @@ pid_t parseNumber(const char* text) noexcept
     return number;
 }
 
-/// Appends a thread's number to the path of the list of threads, and a file's name.
-void makeStatPath(char (&path)[64], pid_t thread) noexcept
+/// The beginning of one of the files that tell of a thread, as a text. False when the thread is gone.
+template<std::size_t Size>
+bool readThreadFile(pid_t thread, std::string_view name, char (&text)[Size], std::size_t& length) noexcept
 {
+    char path[64];
     char digits[16];
-    std::size_t count = 0;
+    std::size_t digitCount = 0;
     for (; thread > 0; thread /= 10)
     {
-        digits[count++] = static_cast<char>('0' + thread % 10);
+        digits[digitCount++] = static_cast<char>('0' + thread % 10);
     }
     char* end = std::copy_n("/proc/self/task/", 16, path);
-    end = std::reverse_copy(digits, digits + count, end);
-    std::copy_n("/stat", 6, end);
+    end = std::reverse_copy(digits, digits + digitCount, end);
+    *std::ranges::copy(name, end).out = '\0';
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+    {
+        return false;
+    }
+    const ssize_t count = read(file, text, Size);
+    close(file);
+    length = count > 0 ? static_cast<std::size_t>(count) : 0;
+    return length > 0;
 }
 
 /// True for a thread that will never run again: gone, or the first one after it left the process to the others.
 bool hasEnded(pid_t thread) noexcept
 {
-    char path[64];
-    makeStatPath(path, thread);
-    const int file = open(path, O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-    {
-        return true;
-    }
     char text[512];
-    const ssize_t length = read(file, text, sizeof(text));
-    close(file);
-    if (length <= 0)
+    std::size_t length = 0;
+    if (!readThreadFile(thread, "/stat", text, length))
     {
         return true;
     }
@@ -160,6 +139,108 @@ bool hasEnded(pid_t thread) noexcept
     return name > text && name + 1 < end && (name[1] == 'Z' || name[1] == 'X');
 }
 
+struct SDirectoryEntry
+{
+    std::uint64_t number;
+    std::int64_t offset;
+    std::uint16_t length;
+    std::uint8_t type;
+    char name[1];
+};
+
+/// Calls `function` for all threads but this one until it returns false. False then, or without a list of threads.
+template<typename F>
+bool forOtherThreads(const F& function) noexcept
+{
+    const int directory = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory < 0)
+    {
+        return false;
+    }
+    const auto self = static_cast<pid_t>(syscall(SYS_gettid));
+    alignas(SDirectoryEntry) char buffer[4096];
+    long length = 1;
+    bool isGood = true;
+    while (isGood && length > 0)
+    {
+        length = syscall(SYS_getdents64, directory, buffer, sizeof(buffer));
+        isGood = length >= 0;
+        for (long position = 0; isGood && position < length;)
+        {
+            const auto* const entry = reinterpret_cast<const SDirectoryEntry*>(buffer + position);
+            position += entry->length;
+            const pid_t thread = parseNumber(entry->name);
+            isGood = thread == 0 || thread == self || function(thread);
+        }
+    }
+    close(directory);
+    return isGood;
+}
+
+/// The signals that a thread blocks, bit 0 for signal 1; none when it is gone.
+std::uint64_t readBlockedSignals(pid_t thread) noexcept
+{
+    constexpr std::string_view c_Field = "\nSigBlk:\t";
+    char buffer[4096];
+    std::size_t length = 0;
+    if (!readThreadFile(thread, "/status", buffer, length))
+    {
+        return 0;
+    }
+    const std::string_view text(buffer, length);
+    const std::size_t field = text.find(c_Field);
+    std::uint64_t blocked = 0;
+    if (field != std::string_view::npos)
+    {
+        std::from_chars(text.data() + field + c_Field.size(), text.data() + text.size(), blocked, 16);
+    }
+    return blocked;
+}
+
+/// Takes a signal that nobody uses, and that is none of these. It keeps its handler for ever, since a late one would end
+/// the process otherwise.
+bool takeSignalExcept(std::uint64_t blocked) noexcept
+{
+    for (int signal = SIGRTMAX; signal >= SIGRTMIN; --signal)
+    {
+        struct sigaction action = {};
+        const bool isBlocked = ((blocked >> static_cast<unsigned>(signal - 1)) & 1U) != 0;
+        if (isBlocked || sigaction(signal, nullptr, &action) != 0)
+        {
+            continue;
+        }
+        const bool isOurs = (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == stopHere;
+        if (!isOurs && action.sa_handler != SIG_DFL)
+        {
+            continue;
+        }
+        action.sa_sigaction = stopHere;
+        action.sa_flags = SA_SIGINFO | SA_RESTART;
+        sigfillset(&action.sa_mask);
+        if (sigaction(signal, &action, nullptr) == 0)
+        {
+            s_signal = signal;
+            return true;
+        }
+    }
+    return false;
+}
+
+/// A thread that blocks a signal may be one to wait for it, or have others do so, this one as well.
+bool takeSignal() noexcept
+{
+    if (s_signal != 0)
+    {
+        return true;
+    }
+    std::uint64_t blocked = readBlockedSignals(static_cast<pid_t>(syscall(SYS_gettid)));
+    forOtherThreads([&blocked](pid_t thread) {
+        blocked |= readBlockedSignals(thread);
+        return true;
+    });
+    return takeSignalExcept(blocked) || takeSignalExcept(0);
+}
+
 /// The slots in use during one freeze.
 class CFreeze
 {
@@ -169,16 +250,27 @@ public:
     /// Until a look at the list of threads finds no new one and all have answered.
     bool Run(unsigned timeoutMs) noexcept
     {
+        unsigned refusedMs = 0;
         while (true)
         {
             const std::size_t before = m_count;
+            m_isRefused = false;
             if (!stopNewThreads() || !awaitAnswers(timeoutMs))
             {
                 return false;
             }
-            if (m_count == before)
+            if (m_count == before && !m_isRefused)
             {
                 return true;
+            }
+            refusedMs = m_count == before ? refusedMs + c_SliceMs : 0;
+            if (refusedMs > timeoutMs)
+            {
+                return false;
+            }
+            if (m_isRefused)
+            {
+                waitOn(s_answerCount, s_answerCount, &c_Slice);
             }
         }
     }
@@ -186,49 +278,12 @@ public:
     std::size_t GetCount() const noexcept { return m_count; }
 
 private:
-    struct SDirectoryEntry
-    {
-        std::uint64_t number;
-        std::int64_t offset;
-        std::uint16_t length;
-        std::uint8_t type;
-        char name[1];
-    };
+    static constexpr unsigned c_SliceMs = 10;
+    static constexpr timespec c_Slice = {0, c_SliceMs * 1'000'000L};
 
     bool stopNewThreads() noexcept
     {
-        const int directory = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (directory < 0)
-        {
-            return false;
-        }
-        alignas(SDirectoryEntry) char buffer[4096];
-        bool isDone = false;
-        bool isGood = true;
-        while (isGood && !isDone)
-        {
-            const long length = syscall(SYS_getdents64, directory, buffer, sizeof(buffer));
-            isDone = length == 0;
-            isGood = length >= 0 && stopThreadsOf(buffer, length);
-        }
-        close(directory);
-        return isGood;
-    }
-
-    bool stopThreadsOf(const char* buffer, long length) noexcept
-    {
-        const auto self = static_cast<pid_t>(syscall(SYS_gettid));
-        for (long position = 0; position < length;)
-        {
-            const auto* const entry = reinterpret_cast<const SDirectoryEntry*>(buffer + position);
-            position += entry->length;
-            const pid_t thread = parseNumber(entry->name);
-            if (thread != 0 && thread != self && !isKnown(thread) && !stop(thread))
-            {
-                return false;
-            }
-        }
-        return true;
+        return forOtherThreads([this](pid_t thread) { return isKnown(thread) || stop(thread); });
     }
 
     bool isKnown(pid_t thread) const noexcept
@@ -247,12 +302,18 @@ private:
         slot.state = toPending(m_generation);
         if (!sendStop(thread, m_count, m_generation))
         {
-            // Ended meanwhile, or too many signals under way in the system.
+            slot.state = 0;
+            if (errno == EAGAIN)
+            {
+                // Too many signals under way in the system: the next look finds the thread again.
+                m_isRefused = true;
+                return true;
+            }
+            // Ended meanwhile.
             if (errno != ESRCH)
             {
                 return false;
             }
-            slot.state = 0;
         }
         ++m_count;
         return true;
@@ -278,8 +339,6 @@ private:
     /// The time counts anew with each answer: many threads on few processors may need longer together.
     bool awaitAnswers(unsigned timeoutMs) noexcept
     {
-        constexpr unsigned c_SliceMs = 10;
-        constexpr timespec c_Slice = {0, c_SliceMs * 1'000'000L};
         unsigned waitedMs = 0;
         while (true)
         {
@@ -306,6 +365,7 @@ private:
 
     const std::uint32_t m_generation;
     std::size_t m_count = 0;
+    bool m_isRefused = false;
 };
 
 greg_t& instructionPointer(std::uint64_t context) noexcept
@@ -315,6 +375,8 @@ greg_t& instructionPointer(std::uint64_t context) noexcept
 }
 
 } // namespace
+
+const bool LbOs::c_CanHideInstructionPointers = true;
 
 bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
 {
@@ -330,6 +392,8 @@ bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
     if (!isGood)
     {
         Thaw();
+        // Some thread may block it that does not block another.
+        s_signal = 0;
     }
     return isGood;
 }

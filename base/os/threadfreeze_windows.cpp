@@ -19,6 +19,8 @@ using FQueryThread = LONG(NTAPI*)(HANDLE thread, int kind, void* information, UL
 constexpr DWORD c_Access =
     THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_SET_CONTEXT | THREAD_QUERY_INFORMATION | SYNCHRONIZE;
 constexpr std::size_t c_ThreadMax = 8192;
+// Each look at the threads gives new handles.
+constexpr std::size_t c_HandleMax = 8 * c_ThreadMax;
 
 struct SThread
 {
@@ -55,21 +57,25 @@ const SSystemCalls s_calls = findSystemCalls();
 SThread s_threads[c_ThreadMax];
 std::size_t s_count = 0;
 
+// All that were opened, to be closed when the threads run again: to close one may take locks.
+HANDLE s_handles[c_HandleMax];
+std::size_t s_handleCount = 0;
+
 bool isKnown(DWORD number) noexcept
 {
     return std::any_of(s_threads, s_threads + s_count,
                        [number](const SThread& thread) { return thread.number == number; });
 }
 
-bool append(HANDLE handle, DWORD number) noexcept
+/// To be asked before a handle is opened.
+bool isRoomLeft() noexcept
 {
-    if (s_count == c_ThreadMax)
-    {
-        CloseHandle(handle);
-        return false;
-    }
+    return s_count < c_ThreadMax && s_handleCount < c_HandleMax;
+}
+
+void append(HANDLE handle, DWORD number) noexcept
+{
     s_threads[s_count++] = {handle, number, false, true};
-    return true;
 }
 
 bool openThreads() noexcept
@@ -88,9 +94,14 @@ bool openThreads() noexcept
         {
             continue;
         }
+        isGood = isRoomLeft();
         // One that cannot be opened has ended.
-        const HANDLE handle = OpenThread(c_Access, FALSE, entry.th32ThreadID);
-        isGood = handle == nullptr || append(handle, entry.th32ThreadID);
+        const HANDLE handle = isGood ? OpenThread(c_Access, FALSE, entry.th32ThreadID) : nullptr;
+        if (handle != nullptr)
+        {
+            s_handles[s_handleCount++] = handle;
+            append(handle, entry.th32ThreadID);
+        }
     }
     CloseHandle(snapshot);
     return isGood;
@@ -150,57 +161,60 @@ bool suspendFrom(std::size_t first) noexcept
            std::all_of(s_threads + first, s_threads + s_count, awaitSuspension);
 }
 
-/// Adds the threads that are not known yet.
+/// Adds the threads that are not known yet. False when there are too many.
 bool findNewThreads() noexcept
 {
-    HANDLE previous = nullptr;
-    HANDLE next = nullptr;
-    bool isPreviousKept = true;
-    bool isGood = true;
-    while (isGood && s_calls.getNextThread(GetCurrentProcess(), previous, c_Access, 0, 0, &next) >= 0)
+    HANDLE thread = nullptr;
+    while (isRoomLeft())
     {
-        if (!isPreviousKept)
+        if (s_calls.getNextThread(GetCurrentProcess(), thread, c_Access, 0, 0, &thread) < 0)
         {
-            CloseHandle(previous);
+            return true;
         }
-        const DWORD number = GetThreadId(next);
-        isPreviousKept = number != GetCurrentThreadId() && !isKnown(number);
-        isGood = !isPreviousKept || append(next, number);
-        previous = next;
+        s_handles[s_handleCount++] = thread;
+        const DWORD number = GetThreadId(thread);
+        if (number != GetCurrentThreadId() && !isKnown(number))
+        {
+            append(thread, number);
+        }
     }
-    if (!isPreviousKept)
-    {
-        CloseHandle(previous);
-    }
-    return isGood;
+    return false;
 }
 
-bool freezeAll() noexcept
+bool freezeAll(unsigned timeoutMs) noexcept
 {
     if (s_calls.getNextThread == nullptr)
     {
         return openThreads() && suspendFrom(0);
     }
-    std::size_t known = 0;
-    do
+    const ULONGLONG begin = GetTickCount64();
+    while (true)
     {
-        known = s_count;
+        const std::size_t known = s_count;
         if (!findNewThreads() || !suspendFrom(known))
         {
             return false;
         }
+        if (s_count == known)
+        {
+            return true;
+        }
+        if (GetTickCount64() - begin > timeoutMs)
+        {
+            return false;
+        }
     }
-    while (s_count != known);
-    return true;
 }
 
 } // namespace
 
-bool LbOs::CThreadFreezer::Freeze(unsigned /*timeoutMs*/) noexcept
+const bool LbOs::c_CanHideInstructionPointers = false;
+
+bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
 {
     Thaw();
     m_isFrozen = true;
-    const bool isGood = freezeAll();
+    const bool isGood = freezeAll(timeoutMs);
     m_count = s_count;
     if (!isGood)
     {
@@ -222,10 +236,9 @@ void LbOs::CThreadFreezer::Thaw() noexcept
             ResumeThread(s_threads[index].handle);
         }
     }
-    // Behind the last resumption, since closing may take locks.
-    for (std::size_t index = 0; index < s_count; ++index)
+    while (s_handleCount > 0)
     {
-        CloseHandle(s_threads[index].handle);
+        CloseHandle(s_handles[--s_handleCount]);
     }
     s_count = 0;
     m_count = 0;

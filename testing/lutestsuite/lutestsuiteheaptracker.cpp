@@ -4,9 +4,11 @@
 #include <atomic>
 #include <span>
 
+#include "base/lbassert.h"
 #include "base/lustream.h"
 #include "base/os/heapfunctions.h"
 #include "base/os/pages.h"
+#include "base/os/process.h"
 #include "testing/lutestsuite/heap/allocationmap.h"
 #include "testing/lutestsuite/heap/patchengine.h"
 
@@ -55,11 +57,21 @@ bool isWatched() noexcept
     return s_activeCount.load(std::memory_order_relaxed) != 0;
 }
 
+/// The numbers of a dump, in its order.
+struct SCounts
+{
+    std::uint64_t mallocs;
+    std::uint64_t frees;
+    std::uint64_t reallocs;
+    std::int64_t current;
+    std::int64_t maximum;
+};
+
 /// What a dump shows, taken at one moment, in memory of its own.
 class CSnapshot
 {
 public:
-    explicit CSnapshot(const CAllocationMap* map) noexcept
+    CSnapshot(const SCounts& snapshotCounts, const CAllocationMap* map) noexcept : counts(snapshotCounts)
     {
         const std::size_t count = map == nullptr ? 0 : map->GetCount();
         if (count == 0)
@@ -88,6 +100,8 @@ public:
 
     std::span<const CAllocationMap::SEntry> GetEntries() const noexcept { return m_entries; }
 
+    const SCounts counts;
+
 private:
     std::span<CAllocationMap::SEntry> m_entries;
 };
@@ -113,18 +127,18 @@ LuTestSuiteHeapTracker::~LuTestSuiteHeapTracker()
         unlink();
         s_bDeactivateGlobal = false;
     }
+    LB_ASSERT(consistencyTest());
     CAllocationMap::Destroy(m_allocations);
 }
 
 void LuTestSuiteHeapTracker::Initialize()
 {
     // Ahead of the lock: the search takes the loader's lock, whose holder may be waiting in a detour.
-    static const LbOs::SHeapFunctions s_functions = LbOs::GetHeapFunctions();
+    static const LbOs::SHeapFunctions s_functions = findFunctions();
     const LbCriticalSectionLock lock(s_CriticalSection);
     if (!s_bIsHooked)
     {
-        hookAll(s_functions);
-        s_bIsHooked = true;
+        s_bIsHooked = hookAll(s_functions);
     }
     if (!m_isRegistered)
     {
@@ -141,32 +155,40 @@ void LuTestSuiteHeapTracker::Initialize()
     }
 }
 
-void LuTestSuiteHeapTracker::hookAll(const LbOs::SHeapFunctions& functions) noexcept
+LbOs::SHeapFunctions LuTestSuiteHeapTracker::findFunctions()
+{
+    // Else a child would inherit the lock of a thread that it does not have.
+    LbOs::CallAroundForks([] { s_CriticalSection.lock(); }, [] { s_CriticalSection.unlock(); });
+    return LbOs::GetHeapFunctions();
+}
+
+bool LuTestSuiteHeapTracker::hookAll(const LbOs::SHeapFunctions& functions) noexcept
 {
     s_engine.Initialize();
-    hook(functions.malloc, reinterpret_cast<void*>(detourMalloc), s_mallocTrampoline);
-    hook(functions.free, reinterpret_cast<void*>(detourFree), s_freeTrampoline);
-    hook(functions.realloc, reinterpret_cast<void*>(detourRealloc), s_reallocTrampoline);
-    s_engine.EnableAll();
+    return hook(functions.malloc, reinterpret_cast<void*>(detourMalloc), s_mallocTrampoline) &&
+           hook(functions.free, reinterpret_cast<void*>(detourFree), s_freeTrampoline) &&
+           hook(functions.realloc, reinterpret_cast<void*>(detourRealloc), s_reallocTrampoline) &&
+           s_engine.EnableAll() == EPatchStatus::Success;
 }
 
 bool LuTestSuiteHeapTracker::hook(void* target, void* detour, void*& trampoline) noexcept
 {
-    // After a shut-down it is the target itself, see the engine.
-    const bool isEmpty = trampoline == nullptr || trampoline == target;
-    return target != nullptr && isEmpty && s_engine.Create(target, detour, trampoline) == EPatchStatus::Success;
+    if (target == nullptr)
+    {
+        return false;
+    }
+    const EPatchStatus status = s_engine.Create(target, detour, trampoline);
+    // It is there already when an earlier attempt went no further.
+    return status == EPatchStatus::Success || status == EPatchStatus::AlreadyCreated;
 }
 
 void LuTestSuiteHeapTracker::UnhookAll()
 {
     const LbCriticalSectionLock lock(s_CriticalSection);
-    if (!s_bIsHooked)
-    {
-        return;
-    }
-    // Disables all patches, at one stop of the threads, and takes the trampolines back.
-    // When the threads cannot be stopped the patches stay, and so must all that they lead to.
-    s_bIsHooked = s_engine.ShutDown() != EPatchStatus::Success;
+    // When that fails patches may stay, and with them all that they lead to. They count nothing until the next
+    // Initialize, and another call tries again.
+    s_engine.ShutDown();
+    s_bIsHooked = false;
 }
 
 void LuTestSuiteHeapTracker::Reset()
@@ -254,19 +276,18 @@ std::int64_t LuTestSuiteHeapTracker::GetCurrentMax() const
 
 void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
 {
+    const auto take = [this] {
+        const LbCriticalSectionLock lock(s_CriticalSection);
+        return CSnapshot({m_mallocCount, m_freeCount, m_reallocCount, m_currentAlloc, m_currentMax}, m_allocations);
+    };
     // Written without the lock, for the stream may wait for threads that allocate.
-    s_CriticalSection.lock();
-    const CSnapshot snapshot(m_allocations);
-    const std::uint64_t counts[] = {m_mallocCount, m_freeCount, m_reallocCount};
-    const std::int64_t currentAlloc = m_currentAlloc;
-    const std::int64_t currentMax = m_currentMax;
-    s_CriticalSection.unlock();
+    const CSnapshot snapshot = take();
 
-    stream.WriteFormat(L"CountMalloc %llu\n", counts[0]);
-    stream.WriteFormat(L"CountFree %llu\n", counts[1]);
-    stream.WriteFormat(L"CountRealloc %llu\n", counts[2]);
-    stream.WriteFormat(L"CurrentAlloc %lld Bytes\n", currentAlloc);
-    stream.WriteFormat(L"CurrentMax %lld Bytes\n", currentMax);
+    stream.WriteFormat(L"CountMalloc %llu\n", snapshot.counts.mallocs);
+    stream.WriteFormat(L"CountFree %llu\n", snapshot.counts.frees);
+    stream.WriteFormat(L"CountRealloc %llu\n", snapshot.counts.reallocs);
+    stream.WriteFormat(L"CurrentAlloc %lld Bytes\n", snapshot.counts.current);
+    stream.WriteFormat(L"CurrentMax %lld Bytes\n", snapshot.counts.maximum);
     stream.Write(L"Active Allocations:\n");
     for (const CAllocationMap::SEntry& entry : snapshot.GetEntries())
     {
@@ -344,7 +365,8 @@ void LuTestSuiteHeapTracker::dispatchFree(std::uint64_t address) noexcept
 void LuTestSuiteHeapTracker::dispatch(EOperation operation, std::uint64_t oldAddress, std::uint64_t newAddress,
                                       std::size_t size) noexcept
 {
-    if (s_bDeactivateGlobal)
+    // Without all three in place, after an UnhookAll that failed midway, counts would be wrong.
+    if (s_bDeactivateGlobal || !s_bIsHooked)
     {
         return;
     }

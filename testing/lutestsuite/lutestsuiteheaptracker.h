@@ -22,21 +22,30 @@ struct SHeapFunctions;
 /// Sees every malloc, realloc and free of the shared run-time while it is active, of all modules and threads, operator
 /// new and delete included; any number of trackers may be at work, and each sees every operation.
 ///
-/// Works by patching the entries of the three functions, from the first Initialize on until UnhookAll. Where that
-/// cannot be done (a static run-time, sanitizers, a thread that blocks all signals) a tracker counts nothing and says
-/// nothing. While a tracker is active one lock serialises the heap. The trackers' own memory comes from the system's
-/// pages, so no tracker counts that of another. A null pointer is no block: a failed malloc counts as an operation
-/// without bytes, and a failed realloc leaves its block as it was.
+/// Works by patching the entries of the three functions, from the first Initialize on until UnhookAll, all of them or
+/// none. Where that cannot be done (a static run-time, sanitizers, a thread that blocks all signals and costs a wait of
+/// 2 s the first time, 0.1 s later) a tracker counts nothing and says nothing; each Initialize tries again.
+///
+/// Not seen are calloc, aligned allocations and what else gives memory without passing through the three; a free of such
+/// a block counts as an operation. What the run-time's realloc calls itself does not count. A null pointer is no block: a
+/// failed malloc counts as an operation without bytes, and a failed realloc leaves its block as it was.
+///
+/// While a tracker is active one lock serialises the heap, held from before the run-time's function to behind the
+/// report: an address that another thread gets anew is never reported ahead of its release. Without an active tracker
+/// nothing is locked. The trackers' own memory comes from the system's pages, so no tracker counts that of another.
+///
+/// A process may fork while trackers are active; the child goes on with copies of them.
 ///
 /// Any thread may call anything; construction and destruction are for one thread each.
 class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
 {
 public:
+    /// What is counted, each kind by itself and all together by the numbers of operations.
     enum class EOperation
     {
-        Malloc = 0,
-        Free = 1,
-        Realloc = 2
+        Malloc = 0,  ///< new bytes
+        Free = 1,    ///< takes a number as the others do, but never meets a breakpoint
+        Realloc = 2, ///< a free and a malloc in one
     };
 
     /// With `initialize` calls Initialize, then is active if `activate` says so.
@@ -44,7 +53,7 @@ public:
     /// Leaves the other trackers counting and the functions patched.
     ~LuTestSuiteHeapTracker() override;
 
-    /// Patches the functions unless they are, registers the tracker, and resets it.
+    /// Patches the functions unless they are, registers the tracker unless it is, and resets it.
     void Initialize();
 
     /// Forgets all allocations and zeroes all counts and the numbering of operations. What is observed stays.
@@ -71,16 +80,17 @@ public:
     /// hexadecimal digits behind "0x" on all platforms.
     void dump(LuStreamWriteText& stream) const override;
 
-    /// Restores the functions. Trackers stay registered and count again when another one is initialised.
+    /// Restores the functions; for that it stops all other threads a moment. Trackers stay registered and count again
+    /// when one is initialised. To be called before the library is unloaded, with no thread on its way through an
+    /// allocation. When it fails, silently, nothing is counted either; another call tries again.
     static void UnhookAll();
 
 private:
-    friend struct LuTestSuiteHeapTrackerAccess;
-
     static constexpr std::uint64_t sc_uiNone = ~std::uint64_t{0};
 
-    static void hookAll(const LbOs::SHeapFunctions& functions) noexcept;
-    /// Makes a patch, still to be enabled.
+    static LbOs::SHeapFunctions findFunctions();
+    static bool hookAll(const LbOs::SHeapFunctions& functions) noexcept;
+    /// Makes a patch, still to be enabled together with the others. There is none alone to undo: see UnhookAll.
     static bool hook(void* target, void* detour, void*& trampoline) noexcept;
 
     static void* detourMalloc(std::size_t size) noexcept;

@@ -13,12 +13,6 @@
 #include "base/os/breakpoint.h"
 #include "base/os/heapfunctions.h"
 
-/// What the tracker keeps to itself.
-struct LuTestSuiteHeapTrackerAccess
-{
-    static bool IsConsistent(const LuTestSuiteHeapTracker& tracker) { return tracker.consistencyTest(); }
-};
-
 namespace
 {
 
@@ -26,11 +20,6 @@ namespace
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
 void (*volatile s_free)(void*) = std::free;
-
-bool isConsistent(const LuTestSuiteHeapTracker& tracker)
-{
-    return LuTestSuiteHeapTrackerAccess::IsConsistent(tracker);
-}
 
 std::uint64_t getOperationCount(const LuTestSuiteHeapTracker& tracker)
 {
@@ -42,6 +31,19 @@ std::wstring dump(const LuTestSuiteHeapTracker& tracker)
     LuStreamWriteTextMemory stream;
     tracker.dump(stream);
     return stream.GetText();
+}
+
+/// True when the sizes that a dump lists add up to the bytes that it tells.
+bool isConsistent(const LuTestSuiteHeapTracker& tracker)
+{
+    const std::wstring text = dump(tracker);
+    const std::wstring mark = L", Size ";
+    std::int64_t sum = 0;
+    for (std::size_t place = text.find(mark); place != std::wstring::npos; place = text.find(mark, place + 1))
+    {
+        sum += std::stoll(text.substr(place + mark.size()));
+    }
+    return sum == tracker.GetCurrentAlloc();
 }
 
 /// Where the heap's functions cannot be patched there is nothing to count.

@@ -14,6 +14,9 @@ namespace
 
 /// Threads answer within microseconds; only those that block every signal never do.
 constexpr unsigned c_FreezeTimeoutMs = 2000;
+/// After a freeze that failed: the same thread is likely to be there again, and a run of many cases must not wait long
+/// for it in each.
+constexpr unsigned c_NextFreezeTimeoutMs = 100;
 
 /// How much of a function is looked through for jumps into its beginning.
 constexpr std::size_t c_CodeMax = 2048;
@@ -47,32 +50,6 @@ bool moveThreads(LbOs::CThreadFreezer& threads, std::uintptr_t begin, std::size_
 
 } // namespace
 
-class CPatchEngine::CWritable
-{
-public:
-    CWritable(FProtect protect, const SPatch& patch) noexcept
-        : m_protect(protect), m_patch(patch), m_isGood(protect(patch.target, c_PatchSize, LbOs::c_ProtectionAll))
-    {
-    }
-    ~CWritable()
-    {
-        if (m_isGood)
-        {
-            m_protect(m_patch.target, c_PatchSize, m_patch.protection);
-            LbOs::FlushCode(m_patch.target, c_PatchSize);
-        }
-    }
-    CWritable(const CWritable&) = delete;
-    CWritable& operator=(const CWritable&) = delete;
-
-    explicit operator bool() const noexcept { return m_isGood; }
-
-private:
-    const FProtect m_protect;
-    const SPatch& m_patch;
-    const bool m_isGood;
-};
-
 EPatchStatus CPatchEngine::Initialize() noexcept
 {
     const LbCriticalSectionLock lock(s_engineLock);
@@ -80,10 +57,8 @@ EPatchStatus CPatchEngine::Initialize() noexcept
     {
         return EPatchStatus::AlreadyInitialized;
     }
-    if (m_protect == nullptr)
-    {
-        m_protect = LbOs::ProtectPages;
-    }
+    m_calls.protect = m_calls.protect == nullptr ? LbOs::ProtectPages : m_calls.protect;
+    m_calls.allocateNear = m_calls.allocateNear == nullptr ? AllocateNear : m_calls.allocateNear;
     m_pageSizes = LbOs::GetPageSizes();
     m_isInitialized = true;
     return EPatchStatus::Success;
@@ -106,37 +81,76 @@ EPatchStatus CPatchEngine::Create(void* target, void* detour, void*& trampoline)
     {
         return EPatchStatus::NotExecutable;
     }
+    SPatch* patch = nullptr;
+    const EPatchStatus status = makePatch(static_cast<std::uint8_t*>(target), detour, region, patch);
+    if (status == EPatchStatus::Success)
+    {
+        patch->next = m_first;
+        m_first = patch;
+        patch->trampolinePointer = &trampoline;
+        trampoline = patch->block + STrampoline::sc_uiEntry;
+    }
+    return status;
+}
+
+EPatchStatus CPatchEngine::makePatch(std::uint8_t* target, void* detour, const LbOs::SRegion& region,
+                                     SPatch*& patch) noexcept
+{
+    const auto detourAddress = reinterpret_cast<std::uintptr_t>(detour);
+    const auto address = reinterpret_cast<std::uintptr_t>(target);
+    const std::span<const std::uint8_t> code(target, std::min<std::size_t>(region.end - address, c_CodeMax));
+    patch = takeRetired(code, detourAddress);
+    if (patch != nullptr)
+    {
+        return EPatchStatus::Success;
+    }
     void* const memory = LbOs::AllocatePages(sizeof(SPatch));
     if (memory == nullptr)
     {
         return EPatchStatus::NoMemory;
     }
-    auto* const patch = new (memory) SPatch{};
-    patch->target = static_cast<std::uint8_t*>(target);
-    patch->detour = reinterpret_cast<std::uintptr_t>(detour);
-    patch->trampolinePointer = &trampoline;
-    patch->protection = region.protection;
-    const EPatchStatus status = fillBlock(*patch, region);
+    patch = new (memory) SPatch{};
+    patch->target = target;
+    patch->detour = detourAddress;
+    const EPatchStatus status = fillBlock(*patch, code);
     if (status != EPatchStatus::Success)
     {
         release(patch);
-        return status;
     }
-    patch->next = m_first;
-    m_first = patch;
-    trampoline = patch->block + STrampoline::sc_uiEntry;
-    return EPatchStatus::Success;
+    return status;
 }
 
-EPatchStatus CPatchEngine::fillBlock(SPatch& patch, const LbOs::SRegion& region) noexcept
+/// The patch of an earlier time whose block would be the same to the byte: a thread may be on its way back into it.
+CPatchEngine::SPatch* CPatchEngine::takeRetired(std::span<const std::uint8_t> code, std::uintptr_t detour) noexcept
+{
+    for (SPatch** place = &m_retired; *place != nullptr; place = &(*place)->next)
+    {
+        SPatch* const patch = *place;
+        if (patch->target != code.data() || patch->detour != detour)
+        {
+            continue;
+        }
+        const std::optional<STrampoline> trampoline =
+            BuildTrampoline(code, reinterpret_cast<std::uintptr_t>(patch->target),
+                            reinterpret_cast<std::uintptr_t>(patch->block), detour);
+        if (trampoline && trampoline->code == patch->trampoline.code)
+        {
+            *place = patch->next;
+            std::copy_n(patch->target, c_PatchSize, patch->saved.begin());
+            return patch;
+        }
+    }
+    return nullptr;
+}
+
+EPatchStatus CPatchEngine::fillBlock(SPatch& patch, std::span<const std::uint8_t> code) noexcept
 {
     const auto target = reinterpret_cast<std::uintptr_t>(patch.target);
-    patch.block = static_cast<std::uint8_t*>(AllocateNear(target, m_pageSizes.page));
+    patch.block = static_cast<std::uint8_t*>(m_calls.allocateNear(target, m_pageSizes.page));
     if (patch.block == nullptr)
     {
         return EPatchStatus::NoMemory;
     }
-    const std::span<const std::uint8_t> code(patch.target, std::min<std::size_t>(region.end - target, c_CodeMax));
     const std::optional<STrampoline> trampoline =
         BuildTrampoline(code, target, reinterpret_cast<std::uintptr_t>(patch.block), patch.detour);
     if (!trampoline)
@@ -156,6 +170,16 @@ EPatchStatus CPatchEngine::fillBlock(SPatch& patch, const LbOs::SRegion& region)
 
 EPatchStatus CPatchEngine::Enable(void* target) noexcept
 {
+    return setEnabled(target, true);
+}
+
+EPatchStatus CPatchEngine::Disable(void* target) noexcept
+{
+    return setEnabled(target, false);
+}
+
+EPatchStatus CPatchEngine::setEnabled(void* target, bool isEnabled) noexcept
+{
     const LbCriticalSectionLock lock(s_engineLock);
     if (!m_isInitialized)
     {
@@ -166,12 +190,16 @@ EPatchStatus CPatchEngine::Enable(void* target) noexcept
     {
         return EPatchStatus::NotCreated;
     }
-    if (patch->isEnabled)
+    if (patch->isEnabled == isEnabled)
     {
-        return EPatchStatus::AlreadyEnabled;
+        return isEnabled ? EPatchStatus::AlreadyEnabled : EPatchStatus::AlreadyDisabled;
     }
     LbOs::CThreadFreezer threads;
-    return threads.Freeze(c_FreezeTimeoutMs) ? enable(*patch, threads) : EPatchStatus::NotProtectable;
+    if (!freeze(threads))
+    {
+        return EPatchStatus::NotProtectable;
+    }
+    return isEnabled ? enable(*patch, threads) : disable(*patch);
 }
 
 EPatchStatus CPatchEngine::EnableAll() noexcept
@@ -181,38 +209,39 @@ EPatchStatus CPatchEngine::EnableAll() noexcept
     {
         return EPatchStatus::NotInitialized;
     }
+    bool areAllEnabled = true;
+    for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
+    {
+        patch->wasEnabled = patch->isEnabled;
+        areAllEnabled = areAllEnabled && patch->isEnabled;
+    }
     LbOs::CThreadFreezer threads;
-    if (m_first != nullptr && !threads.Freeze(c_FreezeTimeoutMs))
+    if (!areAllEnabled && !freeze(threads))
     {
         return EPatchStatus::NotProtectable;
     }
-    EPatchStatus result = EPatchStatus::Success;
     for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
     {
         const EPatchStatus status = patch->isEnabled ? EPatchStatus::Success : enable(*patch, threads);
-        result = status == EPatchStatus::Success ? result : status;
+        if (status != EPatchStatus::Success)
+        {
+            disableNewOnes();
+            return status;
+        }
     }
-    return result;
+    return EPatchStatus::Success;
 }
 
-EPatchStatus CPatchEngine::Disable(void* target) noexcept
+/// With the other threads frozen.
+void CPatchEngine::disableNewOnes() noexcept
 {
-    const LbCriticalSectionLock lock(s_engineLock);
-    if (!m_isInitialized)
+    for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
     {
-        return EPatchStatus::NotInitialized;
+        if (patch->isEnabled && !patch->wasEnabled)
+        {
+            disable(*patch);
+        }
     }
-    SPatch* const patch = find(target);
-    if (patch == nullptr)
-    {
-        return EPatchStatus::NotCreated;
-    }
-    if (!patch->isEnabled)
-    {
-        return EPatchStatus::AlreadyDisabled;
-    }
-    LbOs::CThreadFreezer threads;
-    return threads.Freeze(c_FreezeTimeoutMs) ? disable(*patch) : EPatchStatus::NotProtectable;
 }
 
 EPatchStatus CPatchEngine::ShutDown() noexcept
@@ -224,31 +253,49 @@ EPatchStatus CPatchEngine::ShutDown() noexcept
     }
     {
         LbOs::CThreadFreezer threads;
-        if (m_first != nullptr && !threads.Freeze(c_FreezeTimeoutMs))
+        if (m_first != nullptr && (!freeze(threads) || !leaveAll(threads)))
         {
             return EPatchStatus::NotProtectable;
         }
-        for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
-        {
-            if (patch->isEnabled && disable(*patch) != EPatchStatus::Success)
-            {
-                return EPatchStatus::NotProtectable;
-            }
-            const auto findResume = [patch](std::size_t offset) { return patch->trampoline.FindResume(offset); };
-            if (!moveThreads(threads, reinterpret_cast<std::uintptr_t>(patch->block), STrampoline::sc_uiCapacity,
-                             findResume))
-            {
-                return EPatchStatus::NotProtectable;
-            }
-        }
-        for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
-        {
-            *patch->trampolinePointer = patch->target;
-        }
     }
-    releaseAll();
+    while (m_first != nullptr)
+    {
+        SPatch* const patch = m_first;
+        m_first = patch->next;
+        retire(patch);
+    }
     m_isInitialized = false;
     return EPatchStatus::Success;
+}
+
+/// With the other threads frozen. Leads them and the detours back to the targets.
+bool CPatchEngine::leaveAll(LbOs::CThreadFreezer& threads) noexcept
+{
+    for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
+    {
+        if (patch->isEnabled && disable(*patch) != EPatchStatus::Success)
+        {
+            return false;
+        }
+        const auto findResume = [patch](std::size_t offset) { return patch->trampoline.FindResume(offset); };
+        if (!moveThreads(threads, reinterpret_cast<std::uintptr_t>(patch->block), STrampoline::sc_uiCapacity,
+                         findResume))
+        {
+            return false;
+        }
+    }
+    for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
+    {
+        *patch->trampolinePointer = patch->target;
+    }
+    return true;
+}
+
+bool CPatchEngine::freeze(LbOs::CThreadFreezer& threads) noexcept
+{
+    const bool isGood = threads.Freeze(m_hasFrozen ? c_FreezeTimeoutMs : c_NextFreezeTimeoutMs);
+    m_hasFrozen = isGood;
+    return isGood;
 }
 
 CPatchEngine::SPatch* CPatchEngine::find(const void* target) const noexcept
@@ -272,13 +319,12 @@ EPatchStatus CPatchEngine::enable(SPatch& patch, LbOs::CThreadFreezer& threads) 
     const auto displacement = static_cast<std::int32_t>(destination - end);
     std::memcpy(&jump[1], &displacement, sizeof(displacement));
 
-    const CWritable writable(m_protect, patch);
+    // Those that are moved do no harm when the jump is not written.
     const auto findCopy = [&patch, block](std::size_t offset) { return patch.trampoline.FindCopy(block, offset); };
-    if (!writable || !moveThreads(threads, target, c_PatchSize, findCopy))
+    if (!moveThreads(threads, target, c_PatchSize, findCopy) || !write(patch.target, jump))
     {
         return EPatchStatus::NotProtectable;
     }
-    std::ranges::copy(jump, patch.target);
     patch.isEnabled = true;
     return EPatchStatus::Success;
 }
@@ -286,24 +332,45 @@ EPatchStatus CPatchEngine::enable(SPatch& patch, LbOs::CThreadFreezer& threads) 
 /// With the other threads frozen. None of them can stand behind the jump's first byte.
 EPatchStatus CPatchEngine::disable(SPatch& patch) noexcept
 {
-    const CWritable writable(m_protect, patch);
-    if (!writable)
+    if (!write(patch.target, patch.saved))
     {
         return EPatchStatus::NotProtectable;
     }
-    std::ranges::copy(patch.saved, patch.target);
     patch.isEnabled = false;
     return EPatchStatus::Success;
 }
 
-void CPatchEngine::releaseAll() noexcept
+/// All bytes, with the pages' protection as it was, or none.
+bool CPatchEngine::write(std::uint8_t* target, const PatchBytes& bytes) const noexcept
 {
-    while (m_first != nullptr)
+    LbOs::SRegion region;
+    if (!LbOs::QueryRegion(reinterpret_cast<std::uintptr_t>(target), region) ||
+        !m_calls.protect(target, c_PatchSize, LbOs::c_ProtectionAll))
     {
-        SPatch* const patch = m_first;
-        m_first = patch->next;
-        release(patch);
+        return false;
     }
+    PatchBytes previous;
+    std::copy_n(target, c_PatchSize, previous.begin());
+    std::ranges::copy(bytes, target);
+    const bool isRestored = m_calls.protect(target, c_PatchSize, region.protection);
+    if (!isRestored)
+    {
+        std::ranges::copy(previous, target);
+    }
+    LbOs::FlushCode(target, c_PatchSize);
+    return isRestored;
+}
+
+void CPatchEngine::retire(SPatch* patch) noexcept
+{
+    if (!LbOs::c_CanHideInstructionPointers)
+    {
+        release(patch);
+        return;
+    }
+    patch->trampolinePointer = nullptr;
+    patch->next = m_retired;
+    m_retired = patch;
 }
 
 void CPatchEngine::release(SPatch* patch) const noexcept

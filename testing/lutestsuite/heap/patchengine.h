@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "base/lbcriticalsection.h"
 #include "base/os/pages.h"
@@ -29,17 +30,26 @@ enum class EPatchStatus
     NotProtectable = 10 ///< the pages' protection could not be changed, or the other threads could not be stopped
 };
 
+/// What an engine asks of the system; those left out are the system's own.
+struct SPatchCalls
+{
+    /// Sets the protection of the target's pages, as LbOs::ProtectPages.
+    bool (*protect)(void* address, std::size_t size, std::uint32_t protection) noexcept = nullptr;
+    /// Gives pages in reach of the target, as AllocateNear.
+    void* (*allocateNear)(std::uintptr_t target, std::size_t size) noexcept = nullptr;
+};
+
 /// A list of patches. Any thread; all engines of a process share one lock, since each stops the threads of the others.
 ///
 /// Nothing here uses the heap, which may be what is patched. Without destructor: who has initialised an engine shuts it
 /// down. Exported for tests.
+///
+/// Threads are stopped at most 2 s for each that does not answer, and 0.1 s after a time when one did not. Not seen is a
+/// thread whose present signal handler interrupted it inside of the bytes that a patch replaces.
 class LUTESTSUITE_API CPatchEngine
 {
 public:
-    using FProtect = bool (*)(void* address, std::size_t size, std::uint32_t protection) noexcept;
-
-    /// `protect` sets the protection of the target's pages.
-    constexpr explicit CPatchEngine(FProtect protect = nullptr) noexcept : m_protect(protect) {}
+    constexpr explicit CPatchEngine(const SPatchCalls& calls = {}) noexcept : m_calls(calls) {}
     CPatchEngine(const CPatchEngine&) = delete;
     CPatchEngine& operator=(const CPatchEngine&) = delete;
 
@@ -50,15 +60,16 @@ public:
     /// through it in one instruction, so that none can hold on to a trampoline that goes.
     EPatchStatus Create(void* target, void* detour, void*& trampoline) noexcept;
 
-    /// Both stop all other threads for the moment of the change.
+    /// Both stop all other threads for the moment of the change. When they fail nothing has changed.
     EPatchStatus Enable(void* target) noexcept;
     EPatchStatus Disable(void* target) noexcept;
 
-    /// Enables all patches that are not, at one stop of the threads. Goes on after a failure and returns the last one.
+    /// Enables all patches that are not, at one stop of the threads, or none of them.
     EPatchStatus EnableAll() noexcept;
 
-    /// Disables all patches, leads threads out of the trampolines and frees these. When it fails nothing is freed and
-    /// the engine stays initialised.
+    /// Disables all patches, leads threads out of the trampolines and frees these. Where threads may come back to a
+    /// trampoline unseen (LbOs::c_CanHideInstructionPointers) it stays, still good to run, for the next patch of the
+    /// same function. When it fails the engine stays initialised with all its patches, of which some may be disabled.
     EPatchStatus ShutDown() noexcept;
 
 private:
@@ -73,22 +84,28 @@ private:
         std::uint8_t* block;
         STrampoline trampoline;
         PatchBytes saved;
-        std::uint32_t protection; ///< of the target's pages
         bool isEnabled;
+        bool wasEnabled; ///< when EnableAll began
     };
 
-    /// Protection of the target's pages, restored at the end of the scope.
-    class CWritable;
-
     SPatch* find(const void* target) const noexcept;
-    EPatchStatus fillBlock(SPatch& patch, const LbOs::SRegion& region) noexcept;
+    EPatchStatus makePatch(std::uint8_t* target, void* detour, const LbOs::SRegion& region, SPatch*& patch) noexcept;
+    SPatch* takeRetired(std::span<const std::uint8_t> code, std::uintptr_t detour) noexcept;
+    EPatchStatus fillBlock(SPatch& patch, std::span<const std::uint8_t> code) noexcept;
+    EPatchStatus setEnabled(void* target, bool isEnabled) noexcept;
+    bool freeze(LbOs::CThreadFreezer& threads) noexcept;
     EPatchStatus enable(SPatch& patch, LbOs::CThreadFreezer& threads) noexcept;
     EPatchStatus disable(SPatch& patch) noexcept;
-    void releaseAll() noexcept;
+    void disableNewOnes() noexcept;
+    bool leaveAll(LbOs::CThreadFreezer& threads) noexcept;
+    bool write(std::uint8_t* target, const PatchBytes& bytes) const noexcept;
+    void retire(SPatch* patch) noexcept;
     void release(SPatch* patch) const noexcept;
 
-    FProtect m_protect;
+    SPatchCalls m_calls;
     SPatch* m_first = nullptr;
+    SPatch* m_retired = nullptr; ///< no patches any more, but their trampolines stand
+    bool m_hasFrozen = true;     ///< the last time
     LbOs::SPageSizes m_pageSizes = {};
     bool m_isInitialized = false;
 };

@@ -125,7 +125,7 @@ TEST_F(CPatchEngineTest, DataIsNeitherTargetNorDetour)
 
 TEST(CPatchEngineProtection, PagesThatStayReadOnlyStayUnpatched)
 {
-    CPatchEngine engine([](void*, std::size_t, std::uint32_t) noexcept { return false; });
+    CPatchEngine engine({.protect = [](void*, std::size_t, std::uint32_t) noexcept { return false; }});
     const CodePages code{0xB8, 1, 0, 0, 0, 0xC3};
     void* trampoline = nullptr;
     engine.Initialize();
