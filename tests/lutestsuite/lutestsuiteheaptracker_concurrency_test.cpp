@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbfilesystem.h"
 #include "base/os/heapfunctions.h"
+#include "base/os/platform.h"
+#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 
 namespace
@@ -89,6 +92,18 @@ private:
 
 TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
 {
+    std::atomic<bool> isDone = false;
+    std::atomic<bool> isLoaded = true;
+    // The loader's lock and threads that come and go are at work all the time.
+    std::thread loader([&] {
+        const std::wstring path = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + L"emptymodule" +
+                                  LbOs::c_ModuleSuffix;
+        while (!isDone)
+        {
+            isLoaded = LbOs::LoadAndUnloadModule(path) && isLoaded;
+            std::thread([] { s_free(s_malloc(100)); }).join();
+        }
+    });
     CAllocatingThread threads[] = {CAllocatingThread(1), CAllocatingThread(2), CAllocatingThread(3),
                                    CAllocatingThread(4)};
     for (int cycle = 0; cycle < 2000; ++cycle)
@@ -96,10 +111,31 @@ TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
         const LuTestSuiteHeapTracker tracker;
         LuTestSuiteHeapTracker::UnhookAll();
     }
+    isDone = true;
+    loader.join();
+    EXPECT_TRUE(isLoaded);
     for (CAllocatingThread& thread : threads)
     {
         EXPECT_EQ(thread.End(), 0);
     }
+}
+
+TEST_F(LuTestSuiteHeapTrackerThreads, ForkedChildrenAllocateAndCountOnTheirOwn)
+{
+    CAllocatingThread threads[] = {CAllocatingThread(1), CAllocatingThread(2)};
+    LuTestSuiteHeapTracker tracker;
+    const auto child = [&tracker] {
+        const std::uint64_t before = tracker.GetMallocCount();
+        s_free(s_malloc(100));
+        return tracker.GetMallocCount() - before == 1 ? 0 : 1;
+    };
+    for (int round = 0; round < 100; ++round)
+    {
+        const std::optional<int> status = LbOs::RunInFork(child);
+        EXPECT_EQ(status.value_or(0), 0) << "round " << round;
+    }
+    tracker.Deactivate();
+    EXPECT_EQ(threads[0].End() + threads[1].End(), 0);
 }
 
 TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)

@@ -3,15 +3,20 @@
 #include <atomic>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "base/inoncopyable.h"
 #include "base/lbformat.h"
 #include "base/lustream.h"
 #include "base/os/breakpoint.h"
 #include "base/os/heapfunctions.h"
+#include "base/os/pages.h"
+#include "base/os/platform.h"
+#include "tests/support/stuckthread.h"
 
 namespace
 {
@@ -298,6 +303,172 @@ TEST_F(LuTestSuiteHeapTrackerTest, UnhookAllRestoresTheFunctionsAndAnotherTracke
     s_free(s_malloc(100));
     EXPECT_EQ(getOperationCount(tracker), 2U);
     EXPECT_EQ(getOperationCount(another), 2U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, TrackersInFrontAndInTheMiddleGoWithoutTheOthers)
+{
+    std::optional<LuTestSuiteHeapTracker> trackers[4];
+    for (std::optional<LuTestSuiteHeapTracker>& tracker : trackers)
+    {
+        tracker.emplace();
+    }
+    trackers[0].reset();
+    s_free(s_malloc(1));
+    trackers[2].reset();
+    s_free(s_malloc(1));
+    trackers[3].reset();
+    s_free(s_malloc(1));
+    trackers[1]->Deactivate();
+    EXPECT_EQ(trackers[1]->GetMallocCount(), 3U);
+    EXPECT_EQ(trackers[1]->GetFreeCount(), 3U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, SecondInitializationOnlyResets)
+{
+    LuTestSuiteHeapTracker tracker;
+    void* const block = s_malloc(100);
+    tracker.Initialize();
+    const std::int64_t afterwards = tracker.GetCurrentAlloc();
+    s_free(s_malloc(10));
+    tracker.Deactivate();
+    EXPECT_EQ(afterwards, 0);
+    EXPECT_EQ(tracker.GetMallocCount(), 1U) << "registered once";
+    s_free(block);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, TwoAllocationsAtOneAddressAreCountedTogether)
+{
+    LuTestSuiteHeapTracker tracker;
+    void* const first = s_malloc(100);
+    tracker.Deactivate();
+    s_free(first);
+    tracker.Activate();
+    // The run-time hands a block out again sooner or later.
+    std::vector<void*> others;
+    tracker.Deactivate();
+    others.reserve(1000);
+    void* second = nullptr;
+    while (second != first && others.size() < others.capacity())
+    {
+        tracker.Activate();
+        second = s_malloc(100);
+        tracker.Deactivate();
+        if (second != first)
+        {
+            others.push_back(second);
+        }
+    }
+    ASSERT_EQ(second, first);
+    const auto othersSize = static_cast<std::int64_t>(others.size() * 100);
+    const std::wstring both = LbFormat(L"ID %d, Address 0x%p, Size 200 Bytes.\n", int(others.size()) + 1, second);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), othersSize + 200);
+    EXPECT_NE(dump(tracker).find(both), std::wstring::npos) << "the later number, both sizes";
+    tracker.Activate();
+    s_free(second);
+    tracker.Deactivate();
+    EXPECT_EQ(tracker.GetCurrentAlloc(), othersSize + 200) << "one allocation is still outstanding";
+    EXPECT_TRUE(isConsistent(tracker));
+    for (void* const block : others)
+    {
+        s_free(block);
+    }
+}
+
+namespace
+{
+
+/// A function whose first instruction cannot be moved, for a moment in which nobody calls it.
+class UnmovableFunction : public INonCopyable
+{
+public:
+    explicit UnmovableFunction(void* function) : m_begin(static_cast<std::uint8_t*>(function)), m_saved(*m_begin)
+    {
+        write(sc_uiInvalid);
+    }
+    ~UnmovableFunction() { write(m_saved); }
+
+private:
+    static constexpr std::uint8_t sc_uiInvalid = 0x06;
+
+    void write(std::uint8_t byte)
+    {
+        LbOs::ProtectPages(m_begin, 1, LbOs::c_ProtectionAll);
+        *m_begin = byte;
+        LbOs::ProtectPages(m_begin, 1, LbOs::c_ProtectionReadExecute);
+        LbOs::FlushCode(m_begin, 1);
+    }
+
+    std::uint8_t* const m_begin;
+    const std::uint8_t m_saved;
+};
+
+} // namespace
+
+TEST_F(LuTestSuiteHeapTrackerTest, NothingIsCountedWhenOneFunctionCannotBePatched)
+{
+    LuTestSuiteHeapTracker tracker(false, false);
+    {
+        const UnmovableFunction function(LbOs::GetHeapFunctions().realloc);
+        tracker.Initialize();
+        tracker.Activate();
+        s_free(s_malloc(100));
+        tracker.Deactivate();
+    }
+    EXPECT_EQ(getOperationCount(tracker), 0U);
+    tracker.Initialize();
+    tracker.Activate();
+    s_free(s_realloc(s_malloc(100), 200));
+    tracker.Deactivate();
+    EXPECT_EQ(getOperationCount(tracker), 3U) << "tried again";
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, ThreadThatCannotBeStoppedPutsTrackingOff)
+{
+    const bool canStop = LbOs::c_PathSeparator == L'\\';
+    StuckThread thread;
+    LuTestSuiteHeapTracker tracker;
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), canStop ? 2U : 0U);
+    tracker.Deactivate();
+    thread.LetGo();
+    tracker.Activate();
+    tracker.Initialize();
+    s_free(s_malloc(100));
+    tracker.Deactivate();
+    EXPECT_EQ(getOperationCount(tracker), 2U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, UnhookingThatCannotStopAThreadEndsCountingAndIsRepeated)
+{
+    LuTestSuiteHeapTracker tracker;
+    {
+        const StuckThread thread;
+        tracker.Reset();
+        LuTestSuiteHeapTracker::UnhookAll();
+        s_free(s_malloc(100));
+        EXPECT_EQ(getOperationCount(tracker), 0U);
+    }
+    tracker.Initialize();
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), 2U);
+    LuTestSuiteHeapTracker::UnhookAll();
+    s_free(s_malloc(100));
+    EXPECT_EQ(getOperationCount(tracker), 2U);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheReallocWithTheObservedNumber)
+{
+    m_tracker.ObserveID(2);
+    m_tracker.Activate();
+    void* block = s_malloc(10);
+    block = s_realloc(block, 20);
+    const int before = s_breakpointCount;
+    block = s_realloc(block, 30);
+    const int after = s_breakpointCount;
+    s_free(block);
+    m_tracker.Deactivate();
+    EXPECT_EQ(before, 0);
+    EXPECT_EQ(after, 1);
 }
 
 TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheObservedNumber)

@@ -1,15 +1,40 @@
+#include <atomic>
+#include <cstdlib>
+#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "base/luunittest.h"
+#include "base/os/breakpoint.h"
 #include "base/os/heapfunctions.h"
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
+#include "tests/modules/heapscript.h"
 #include "tests/support/runtest.h"
 
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SRunResult;
 
+/// Allocates in the program itself, not in a module. The names are so short that their copies need no block.
+class CHostHeap : public LuUnitTest
+{
+    LB_RTTI(CHostHeap)
+
+    static inline std::unique_ptr<char[]> s_kept;
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"nil", [] {});
+        AddSubtest(L"run", [] { s_kept.reset(new char[64]); });
+        AddSubtest(L"end", [] { s_kept.reset(); });
+    }
+};
+LB_RTTI_CLASS(CHostHeap, LuUnitTest)
+
 namespace
 {
+
+std::atomic<int> s_breakpointCount = 0;
 
 const std::wstring c_Warning = L"WARNUNG (Ein Speicheranstieg von 16 Bytes wurde entdeckt)";
 
@@ -31,6 +56,16 @@ protected:
         setup.dlls = {L"heapmodels"};
         setup.params.trackHeap = true;
         return setup;
+    }
+
+    /// Number of breakpoints at which the cases of a run stop.
+    int countBreakpoints(const LuTestSuiteSetup& setup)
+    {
+        s_breakpointCount = 0;
+        LbOs::SetBreakpointHandler([] { ++s_breakpointCount; });
+        Run(setup);
+        LbOs::SetBreakpointHandler(nullptr);
+        return s_breakpointCount;
     }
 
     SCaseInfo runTracked(const std::wstring& name) { return Run(makeTracked({name})).cases.at(0); }
@@ -126,4 +161,77 @@ TEST_F(RunHeap, NothingIsDumpedWithoutGrowth)
     setup.params.dumpHeap = true;
 
     EXPECT_EQ(Run(setup).cases.at(0).messages, L"");
+}
+
+TEST_F(RunHeap, KnownScriptOfAnotherModuleIsExact)
+{
+    LuTestSuiteSetup setup =
+        MakeSetup({MakeUnitTest(L"CHeapScript", {L"pre", L"nil", L"cmp", L"run", L"end"})});
+    setup.dlls = {L"heapscript"};
+    setup.params.trackHeap = true;
+
+    const SRunResult result = Run(setup);
+
+    const SCaseInfo& nothing = result.cases.at(1);
+    const SCaseInfo& compared = result.cases.at(2);
+    const SCaseInfo& script = result.cases.at(3);
+    EXPECT_EQ(nothing.memoryGrowth, 0U);
+    EXPECT_EQ(script.memoryGrowth, heapscript::c_Leak);
+    EXPECT_EQ(compared.allocations, nothing.allocations + 1);
+    EXPECT_EQ(script.allocations, nothing.allocations + heapscript::c_ScriptAllocations);
+    EXPECT_EQ(compared.peakMemory - script.peakMemory, heapscript::c_ComparedPeak - heapscript::c_ScriptPeak);
+}
+
+TEST_F(RunHeap, OperatorNewOfTheHostIsExact)
+{
+    LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CHostHeap", {L"nil", L"run", L"end"})});
+    setup.dlls.clear();
+    setup.params.trackHeap = true;
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(1).memoryGrowth, 64U);
+    EXPECT_EQ(result.cases.at(1).allocations, result.cases.at(0).allocations + 1);
+    EXPECT_EQ(result.cases.at(2).memoryGrowth, 0U);
+}
+
+TEST_F(RunHeap, StopsAtAllocationsOfTheObservedSize)
+{
+    LuTestSuiteSetup setup = makeTracked({L"gibt alles zurück", L"holt 54321 Bytes", L"holt 54321 Bytes"});
+    setup.params.breakAllocSize = 54'321;
+
+    EXPECT_EQ(countBreakpoints(setup), 2);
+}
+
+TEST_F(RunHeap, StopsAtTheAllocationWithTheObservedNumberOfEachCase)
+{
+    LuTestSuiteSetup setup = makeTracked({L"gibt alles zurück", L"holt 54321 Bytes"});
+    setup.params.breakAllocId = 0;
+
+    EXPECT_EQ(countBreakpoints(setup), 2);
+}
+
+TEST_F(RunHeap, StopsNowhereWhenTheHeapIsNotTracked)
+{
+    LuTestSuiteSetup setup = makeTracked({L"holt 54321 Bytes"});
+    setup.params.trackHeap = false;
+    setup.params.breakAllocSize = 54'321;
+
+    EXPECT_EQ(countBreakpoints(setup), 0);
+}
+
+TEST_F(RunHeap, EndOfTheEnvironmentRestoresTheHeapsFunctions)
+{
+    void* (*volatile const allocate)(std::size_t) = std::malloc;
+    auto environment = std::make_unique<LuTestSuiteEnvironment>();
+    LuTestSuiteHeapTracker tracker;
+    std::free(allocate(10));
+    const std::uint64_t before = tracker.GetMallocCount();
+
+    environment.reset();
+    tracker.Reset();
+    std::free(allocate(10));
+
+    EXPECT_EQ(before, 1U);
+    EXPECT_EQ(tracker.GetMallocCount(), 0U);
 }

@@ -6,11 +6,11 @@
 
 #include <gtest/gtest.h>
 
-#include "base/os/breakpoint.h"
 #include "base/os/heapfunctions.h"
 #include "base/os/platform.h"
 #include "base/os/threadfreeze.h"
 #include "tests/lutestsuite/heap/codepages.h"
+#include "tests/support/stuckthread.h"
 
 using LuTestSuite::CPatchEngine;
 using LuTestSuite::EPatchStatus;
@@ -123,19 +123,124 @@ TEST_F(CPatchEngineTest, DataIsNeitherTargetNorDetour)
     EXPECT_EQ(static_cast<int>(EPatchStatus::NotExecutable), 7);
 }
 
-TEST(CPatchEngineProtection, PagesThatStayReadOnlyStayUnpatched)
+namespace
 {
-    CPatchEngine engine({.protect = [](void*, std::size_t, std::uint32_t) noexcept { return false; }});
+
+/// Calls of ProtectPages that go well before all fail.
+int s_goodProtections = 0;
+
+bool protectSeldom(void* address, std::size_t size, std::uint32_t protection) noexcept
+{
+    return s_goodProtections-- > 0 && LbOs::ProtectPages(address, size, protection);
+}
+
+/// Two functions and an engine whose pages cannot be protected but a few times. Freezes threads, as CPatchEngineTest.
+class CPatchEngineProtection : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (LbOs::GetHeapFunctions().malloc == nullptr)
+        {
+            GTEST_SKIP() << "a sanitizer patches functions itself, and holds signals back";
+        }
+        m_engine.Initialize();
+        ASSERT_EQ(m_engine.Create(m_returnsOne.Get(), c_Detour, m_first), EPatchStatus::Success);
+        ASSERT_EQ(m_engine.Create(m_returnsTwo.Get(), c_Detour, m_second), EPatchStatus::Success);
+    }
+    ~CPatchEngineProtection() override
+    {
+        s_goodProtections = 100;
+        m_engine.ShutDown();
+    }
+
+    CPatchEngine m_engine{{.protect = protectSeldom}};
+    const CodePages m_returnsOne{0xB8, 1, 0, 0, 0, 0xC3};
+    const CodePages m_returnsTwo{0xB8, 2, 0, 0, 0, 0xC3};
+    void* m_first = nullptr;
+    void* m_second = nullptr;
+};
+
+} // namespace
+
+TEST_F(CPatchEngineProtection, PagesThatStayReadOnlyStayUnpatched)
+{
+    s_goodProtections = 0;
+    EXPECT_EQ(m_engine.Enable(m_returnsOne.Get()), EPatchStatus::NotProtectable);
+    EXPECT_EQ(m_returnsOne.Call(), 1);
+    EXPECT_EQ(m_engine.Disable(m_returnsOne.Get()), EPatchStatus::AlreadyDisabled);
+    EXPECT_EQ(static_cast<int>(EPatchStatus::NotProtectable), 10);
+}
+
+TEST_F(CPatchEngineProtection, PatchIsUndoneWhenTheProtectionCannotBeRestored)
+{
+    s_goodProtections = 1;
+    EXPECT_EQ(m_engine.Enable(m_returnsOne.Get()), EPatchStatus::NotProtectable);
+    EXPECT_EQ(m_returnsOne.Call(), 1);
+    s_goodProtections = 2;
+    EXPECT_EQ(m_engine.Enable(m_returnsOne.Get()), EPatchStatus::Success);
+    s_goodProtections = 1;
+    EXPECT_EQ(m_engine.Disable(m_returnsOne.Get()), EPatchStatus::NotProtectable);
+    EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
+}
+
+TEST_F(CPatchEngineProtection, AllAreEnabledOrNone)
+{
+    // Both protections of the first one, none of the second, both again to undo the first.
+    static int s_call = 0;
+    s_call = 0;
+    CPatchEngine engine({.protect = [](void* address, std::size_t size, std::uint32_t protection) noexcept {
+        return ++s_call != 3 && LbOs::ProtectPages(address, size, protection);
+    }});
+    engine.Initialize();
+    ASSERT_EQ(engine.Create(m_returnsOne.Get(), c_Detour, m_first), EPatchStatus::Success);
+    ASSERT_EQ(engine.Create(m_returnsTwo.Get(), c_Detour, m_second), EPatchStatus::Success);
+    EXPECT_EQ(engine.EnableAll(), EPatchStatus::NotProtectable);
+    EXPECT_EQ(m_returnsOne.Call(), 1);
+    EXPECT_EQ(m_returnsTwo.Call(), 2);
+    EXPECT_EQ(engine.EnableAll(), EPatchStatus::Success) << "tried again";
+    EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
+    EXPECT_EQ(m_returnsTwo.Call(), c_Detoured);
+    EXPECT_EQ(engine.ShutDown(), EPatchStatus::Success);
+}
+
+TEST_F(CPatchEngineProtection, ShutDownThatFailsMidwayIsRepeated)
+{
+    s_goodProtections = 4;
+    ASSERT_EQ(m_engine.EnableAll(), EPatchStatus::Success);
+    s_goodProtections = 2;
+    EXPECT_EQ(m_engine.ShutDown(), EPatchStatus::NotProtectable);
+    EXPECT_EQ(CodePages::Call(m_first), 1) << "the trampolines stand";
+    EXPECT_EQ(CodePages::Call(m_second), 2);
+    s_goodProtections = 4;
+    EXPECT_EQ(m_engine.EnableAll(), EPatchStatus::Success);
+    EXPECT_EQ(m_returnsOne.Call() + m_returnsTwo.Call(), 2 * c_Detoured);
+    s_goodProtections = 4;
+    EXPECT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
+    EXPECT_EQ(m_returnsOne.Call() + m_returnsTwo.Call(), 3);
+}
+
+TEST_F(CPatchEngineProtection, PagesGetBackTheProtectionOfThatMoment)
+{
+    s_goodProtections = 4;
+    ASSERT_TRUE(LbOs::ProtectPages(m_returnsOne.Get(), 1, LbOs::c_ProtectionReadExecute));
+    EXPECT_EQ(m_engine.Enable(m_returnsOne.Get()), EPatchStatus::Success);
+    LbOs::SRegion region;
+    ASSERT_TRUE(LbOs::QueryRegion(reinterpret_cast<std::uintptr_t>(m_returnsOne.Get()), region));
+    EXPECT_EQ(region.protection, LbOs::c_ProtectionReadExecute);
+}
+
+TEST(CPatchEngineMemory, WithoutMemoryInReachThereIsNoPatch)
+{
+    CPatchEngine engine({.allocateNear = [](std::uintptr_t, std::size_t) noexcept -> void* { return nullptr; }});
     const CodePages code{0xB8, 1, 0, 0, 0, 0xC3};
     void* trampoline = nullptr;
     engine.Initialize();
-    ASSERT_EQ(engine.Create(code.Get(), c_Detour, trampoline), EPatchStatus::Success);
-    EXPECT_EQ(engine.Enable(code.Get()), EPatchStatus::NotProtectable);
-    EXPECT_EQ(engine.EnableAll(), EPatchStatus::NotProtectable);
-    EXPECT_EQ(code.Call(), 1);
-    EXPECT_EQ(engine.Disable(code.Get()), EPatchStatus::AlreadyDisabled);
+    EXPECT_EQ(engine.Create(code.Get(), c_Detour, trampoline), EPatchStatus::NoMemory);
+    EXPECT_EQ(engine.Enable(code.Get()), EPatchStatus::NotCreated);
+    EXPECT_EQ(trampoline, nullptr);
     EXPECT_EQ(engine.ShutDown(), EPatchStatus::Success);
-    EXPECT_EQ(static_cast<int>(EPatchStatus::NotProtectable), 10);
+    EXPECT_EQ(static_cast<int>(EPatchStatus::NoMemory), 9);
 }
 
 TEST_F(CPatchEngineTest, DistantDetourIsReachedByARelay)
@@ -244,6 +349,7 @@ TEST_F(CPatchEngineTest, ShortFunctionInFrontOfAnotherIsRefused)
     const CodePages code{0x31, 0xC0, 0xC3, 0xB8, 1, 0, 0, 0, 0xC3};
     EXPECT_EQ(patch(code.Get()), EPatchStatus::NotMovable);
     EXPECT_EQ(code.Call(), 0);
+    EXPECT_EQ(static_cast<int>(EPatchStatus::NotMovable), 8);
 }
 
 TEST_F(CPatchEngineTest, JumpFromBehindIntoTheReplacedBytesIsRefused)
@@ -329,38 +435,78 @@ TEST_F(CPatchEngineTest, ThreadsThatComeAndGoAreNoHindrance)
     EXPECT_EQ(strange, 0);
 }
 
+// Windows stops any thread.
+TEST_F(CPatchEngineTest, ThreadThatCannotBeStoppedLeavesAllAsItWas)
+{
+    const bool canStop = LbOs::c_PathSeparator == L'\\';
+    StuckThread thread;
+    EXPECT_EQ(patch(m_returnsOne.Get()), canStop ? EPatchStatus::Success : EPatchStatus::NotProtectable);
+    EXPECT_EQ(m_returnsOne.Call(), canStop ? c_Detoured : 1);
+    EXPECT_EQ(m_engine.EnableAll(), canStop ? EPatchStatus::Success : EPatchStatus::NotProtectable);
+    thread.LetGo();
+    EXPECT_EQ(m_engine.EnableAll(), EPatchStatus::Success);
+    EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
+}
+
+TEST_F(CPatchEngineTest, ShutDownThatCannotStopAThreadKeepsAllAndIsRepeated)
+{
+    ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
+    const bool canStop = LbOs::c_PathSeparator == L'\\';
+    StuckThread thread;
+    EXPECT_EQ(m_engine.ShutDown(), canStop ? EPatchStatus::Success : EPatchStatus::NotProtectable);
+    EXPECT_EQ(m_returnsOne.Call(), canStop ? 1 : c_Detoured);
+    EXPECT_EQ(CodePages::Call(m_trampoline), 1);
+    thread.LetGo();
+    EXPECT_EQ(m_engine.ShutDown(), canStop ? EPatchStatus::NotInitialized : EPatchStatus::Success);
+    EXPECT_EQ(m_returnsOne.Call(), 1);
+}
+
 namespace
 {
 
-std::atomic<bool> s_isInHandler = false;
-std::atomic<bool> s_mayLeaveHandler = false;
+void* s_interrupted = nullptr;
+int s_interruptedResult = 0;
 
 } // namespace
 
-// On Linux a thread in a breakpoint's handler takes no signals, so it cannot be stopped; Windows stops any.
-TEST_F(CPatchEngineTest, ThreadThatCannotBeStoppedLeavesAllAsItWas)
+TEST_F(CPatchEngineTest, ThreadGoesBackIntoATrampolineThatIsNoMore)
 {
-    LbOs::SetBreakpointHandler([] {
-        s_isInHandler = true;
-        while (!s_mayLeaveHandler)
-        {
-            std::this_thread::yield();
-        }
-    });
-    std::thread thread([] { asm volatile("int3"); });
-    while (!s_isInHandler)
+    if (!LbOs::c_CanHideInstructionPointers)
     {
-        std::this_thread::yield();
+        GTEST_SKIP() << "no handler hides where its thread goes back to";
     }
-    const bool canStop = LbOs::c_PathSeparator == L'\\';
-    EXPECT_EQ(patch(m_returnsOne.Get()), canStop ? EPatchStatus::Success : EPatchStatus::NotProtectable);
-    EXPECT_EQ(m_returnsOne.Call(), canStop ? c_Detoured : 1);
-    s_mayLeaveHandler = true;
-    thread.join();
-    LbOs::SetBreakpointHandler(nullptr);
-    if (!canStop)
+    // nop (four times); int3; mov eax, 5; ret
+    const CodePages code{0x90, 0x90, 0x90, 0x90, 0xCC, 0xB8, 5, 0, 0, 0, 0xC3};
+    ASSERT_EQ(patch(code.Get()), EPatchStatus::Success);
+    s_interrupted = m_trampoline;
+    StuckThread thread([] { s_interruptedResult = CodePages::Call(s_interrupted); }, false);
+    EXPECT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
+    thread.LetGo();
+    EXPECT_EQ(s_interruptedResult, 5);
+}
+
+TEST_F(CPatchEngineTest, SameFunctionGetsItsTrampolineBack)
+{
+    if (!LbOs::c_CanHideInstructionPointers)
     {
-        EXPECT_EQ(m_engine.Enable(m_returnsOne.Get()), EPatchStatus::Success);
-        EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
+        GTEST_SKIP() << "trampolines are freed";
     }
+    ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
+    const void* const first = m_trampoline;
+    ASSERT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
+    ASSERT_EQ(m_engine.Initialize(), EPatchStatus::Success);
+    ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
+    EXPECT_EQ(m_trampoline, first);
+    EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
+    EXPECT_EQ(CodePages::Call(m_trampoline), 1);
+}
+
+TEST_F(CPatchEngineTest, OtherCodeAtTheSamePlaceGetsAnotherTrampoline)
+{
+    ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
+    ASSERT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
+    m_returnsOne.GetBytes()[1] = 3;
+    ASSERT_EQ(m_engine.Initialize(), EPatchStatus::Success);
+    ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
+    EXPECT_EQ(CodePages::Call(m_trampoline), 3);
 }

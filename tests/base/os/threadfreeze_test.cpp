@@ -1,0 +1,84 @@
+#include "base/os/threadfreeze.h"
+
+#include <atomic>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "base/os/heapfunctions.h"
+#include "base/os/testaids.h"
+
+namespace
+{
+
+/// Sanitizers hold signals back.
+class OsThreadFreeze : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (LbOs::GetHeapFunctions().malloc == nullptr)
+        {
+            GTEST_SKIP() << "a sanitizer holds signals back";
+        }
+    }
+    ~OsThreadFreeze() override
+    {
+        m_isDone = true;
+        m_thread.join();
+    }
+
+    /// True when the other thread does nothing while frozen, and goes on afterwards.
+    bool isStopped()
+    {
+        LbOs::CThreadFreezer threads;
+        if (!threads.Freeze(2000))
+        {
+            return false;
+        }
+        const std::uint64_t before = m_steps;
+        for (int round = 0; round < 1000; ++round)
+        {
+            std::this_thread::yield();
+        }
+        const bool isStill = m_steps == before;
+        threads.Thaw();
+        while (m_steps == before)
+        {
+            std::this_thread::yield();
+        }
+        return isStill;
+    }
+
+    std::atomic<bool> m_isDone = false;
+    std::atomic<std::uint64_t> m_steps = 0;
+    std::thread m_thread{[this] {
+        while (!m_isDone)
+        {
+            ++m_steps;
+        }
+    }};
+};
+
+TEST_F(OsThreadFreeze, StopsAnotherThreadAndLetsItGo)
+{
+    EXPECT_TRUE(isStopped());
+    EXPECT_TRUE(isStopped());
+}
+
+TEST_F(OsThreadFreeze, TellsWhenTheSystemRefusesAllTheTimeAndFreezesLater)
+{
+    if (!LbOs::SetSignalsForbidden(true))
+    {
+        GTEST_SKIP() << "no signals here";
+    }
+    {
+        LbOs::CThreadFreezer threads;
+        EXPECT_FALSE(threads.Freeze(30));
+        EXPECT_EQ(threads.GetCount(), 0U);
+    }
+    ASSERT_TRUE(LbOs::SetSignalsForbidden(false));
+    EXPECT_TRUE(isStopped());
+}
+
+} // namespace

@@ -1,0 +1,14 @@
+/// What the script of the module "heapscript" does to the heap.
+#pragma once
+
+#include <cstdint>
+
+namespace heapscript
+{
+
+constexpr std::uint64_t c_Leak = 16;
+constexpr std::uint64_t c_ScriptPeak = 300'960;
+constexpr std::uint64_t c_ScriptAllocations = 7; ///< mallocs, operator new and reallocs
+constexpr std::uint64_t c_ComparedPeak = 400'000;
+
+} // namespace heapscript

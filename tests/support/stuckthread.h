@@ -1,0 +1,55 @@
+/// A thread that no signal reaches.
+#pragma once
+
+#include <atomic>
+#include <thread>
+
+#include "base/inoncopyable.h"
+#include "base/os/breakpoint.h"
+
+/// A thread that stands in a breakpoint's handler from construction until it is let go. On Linux it takes no signals
+/// there, so it cannot be stopped; Windows stops any. One at a time.
+class StuckThread : public INonCopyable
+{
+public:
+    /// The thread calls `function`, which meets a breakpoint.
+    explicit StuckThread(void (*function)() = stop, bool blocksSignals = true)
+    {
+        s_isInside = false;
+        s_mayLeave = false;
+        LbOs::SetBreakpointHandler(wait, blocksSignals);
+        m_thread = std::thread(function);
+        while (!s_isInside)
+        {
+            std::this_thread::yield();
+        }
+    }
+    ~StuckThread() { LetGo(); }
+
+    /// Lets the thread go on behind the breakpoint and end.
+    void LetGo()
+    {
+        if (m_thread.joinable())
+        {
+            s_mayLeave = true;
+            m_thread.join();
+            LbOs::SetBreakpointHandler(nullptr);
+        }
+    }
+
+private:
+    static void stop() { asm volatile("int3"); }
+    static void wait()
+    {
+        s_isInside = true;
+        while (!s_mayLeave)
+        {
+            std::this_thread::yield();
+        }
+    }
+
+    static inline std::atomic<bool> s_isInside = false;
+    static inline std::atomic<bool> s_mayLeave = false;
+
+    std::thread m_thread;
+};
