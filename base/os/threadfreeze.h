@@ -9,8 +9,8 @@
 namespace LbOs
 {
 
-/// True where a thread that is stopped in a handler of its own may go back, by what that handler saved, to an instruction
-/// that its instruction pointer does not tell. Code that threads may have been in is then not to be freed.
+/// True where a thread that is stopped in a handler of its own may go back, by what that handler saved, to an
+/// instruction that its instruction pointer does not tell. Code that threads may have been in is then not to be freed.
 LB_API extern const bool c_CanHideInstructionPointers;
 
 /// All other threads, stopped wherever they are, from Freeze to Thaw or destruction. One object at a time in a process;
@@ -20,8 +20,8 @@ LB_API extern const bool c_CanHideInstructionPointers;
 /// may hold, for its holder may be among the frozen. The object itself keeps to that.
 ///
 /// On Linux a free real-time signal is taken on first use and kept for good, one that no thread blocks (to wait for it,
-/// say) if there is any; after a time-out another one may be taken. Calls that the system does not take up again after a
-/// signal (sleep, poll and the like) end early in frozen threads, as with any other signal.
+/// say) if there is any; after a time-out another one may be taken. Calls that the system does not take up again after
+/// a signal (sleep, poll and the like) end early in frozen threads, as with any other signal.
 class LB_API CThreadFreezer
 {
 public:

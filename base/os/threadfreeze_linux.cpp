@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <ctime>
 #include <string_view>
@@ -197,8 +197,8 @@ std::uint64_t readBlockedSignals(pid_t thread) noexcept
     return blocked;
 }
 
-/// Takes a signal that nobody uses, and that is none of these. It keeps its handler for ever, since a late one would end
-/// the process otherwise.
+/// Takes a signal that nobody uses, and that is none of these. It keeps its handler for ever, since a late one would
+/// end the process otherwise.
 bool takeSignalExcept(std::uint64_t blocked) noexcept
 {
     for (int signal = SIGRTMAX; signal >= SIGRTMIN; --signal)

@@ -26,9 +26,9 @@ struct SHeapFunctions;
 /// none. Where that cannot be done (a static run-time, sanitizers, a thread that blocks all signals and costs a wait of
 /// 2 s the first time, 0.1 s later) a tracker counts nothing and says nothing; each Initialize tries again.
 ///
-/// Not seen are calloc, aligned allocations and what else gives memory without passing through the three; a free of such
-/// a block counts as an operation. What the run-time's realloc calls itself does not count. A null pointer is no block: a
-/// failed malloc counts as an operation without bytes, and a failed realloc leaves its block as it was.
+/// Not seen are calloc, aligned allocations and what else gives memory without passing through the three; a free of
+/// such a block counts as an operation. What the run-time's realloc calls itself does not count. A null pointer is no
+/// block: a failed malloc counts as an operation without bytes, and a failed realloc leaves its block as it was.
 ///
 /// While a tracker is active one lock serialises the heap, held from before the run-time's function to behind the
 /// report: an address that another thread gets anew is never reported ahead of its release. Without an active tracker

@@ -33,15 +33,16 @@ TEST_P(HostHeapFirstCase, ShowsNoGrowthOfTheRunTime)
     const ScopedFolder folder;
     folder.MakeFolder(L"CHeapModel");
 
-    const SHostRun run =
-        RunHost({L"-d", folder.GetPath(), L"--dll", L"heapmodels", L"--track-heap", L"-i", std::wstring(L":") + GetParam()});
+    const SHostRun run = RunHost(
+        {L"-d", folder.GetPath(), L"--dll", L"heapmodels", L"--track-heap", L"-i", std::wstring(L":") + GetParam()});
 
     EXPECT_NE(run.output.find("1 Klasse, 1 Test"), std::string::npos) << run.output;
     EXPECT_EQ(run.output.find("WARNUNG"), std::string::npos) << run.output;
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, HostHeapFirstCase,
-                         testing::Values(L"gibt alles", L"fängt eine", L"wirft eine", L"meldet viel", L"startet einen"));
+                         testing::Values(L"gibt alles", L"fängt eine", L"wirft eine", L"meldet viel",
+                                         L"startet einen"));
 
 TEST_F(HostHeap, ExampleFamilyIsTrackedTwentyTimesWithoutAFalseWarning)
 {

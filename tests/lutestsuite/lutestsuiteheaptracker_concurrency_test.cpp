@@ -9,17 +9,12 @@
 #include <gtest/gtest.h>
 
 #include "base/lbfilesystem.h"
-#include "base/os/heapfunctions.h"
 #include "base/os/platform.h"
 #include "base/os/testaids.h"
-#include "testing/lutestsuite/lutestsuiteheaptracker.h"
+#include "tests/lutestsuite/heaptrackertest.h"
 
 namespace
 {
-
-void* (*volatile s_malloc)(std::size_t) = std::malloc;
-void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
-void (*volatile s_free)(void*) = std::free;
 
 /// Without a lock of the run-time, which may allocate on first use.
 class CFlag
@@ -38,17 +33,8 @@ private:
     std::atomic<bool> m_isSet = false;
 };
 
-class LuTestSuiteHeapTrackerThreads : public testing::Test
+class LuTestSuiteHeapTrackerThreads : public LuTestSuiteHeapTrackerTest
 {
-protected:
-    void SetUp() override
-    {
-        if (LbOs::GetHeapFunctions().malloc == nullptr)
-        {
-            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
-        }
-    }
-    ~LuTestSuiteHeapTrackerThreads() override { LuTestSuiteHeapTracker::UnhookAll(); }
 };
 
 /// Allocates, resizes, fills, checks and frees until told to end.
@@ -96,8 +82,8 @@ TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
     std::atomic<bool> isLoaded = true;
     // The loader's lock and threads that come and go are at work all the time.
     std::thread loader([&] {
-        const std::wstring path = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + L"emptymodule" +
-                                  LbOs::c_ModuleSuffix;
+        const std::wstring path =
+            LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + L"emptymodule" + LbOs::c_ModuleSuffix;
         while (!isDone)
         {
             isLoaded = LbOs::LoadAndUnloadModule(path) && isLoaded;

@@ -1,35 +1,16 @@
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 
-#include <atomic>
-#include <cstdlib>
 #include <limits>
 #include <optional>
-#include <thread>
+#include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "base/inoncopyable.h"
 #include "base/lbformat.h"
 #include "base/lustream.h"
-#include "base/os/breakpoint.h"
-#include "base/os/heapfunctions.h"
-#include "base/os/pages.h"
-#include "base/os/platform.h"
-#include "tests/support/stuckthread.h"
+#include "tests/lutestsuite/heaptrackertest.h"
 
 namespace
 {
-
-/// Called through pointers that the compiler does not see through: it leaves out allocations that nobody needs.
-void* (*volatile s_malloc)(std::size_t) = std::malloc;
-void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
-void (*volatile s_free)(void*) = std::free;
-
-std::uint64_t getOperationCount(const LuTestSuiteHeapTracker& tracker)
-{
-    return tracker.GetMallocCount() + tracker.GetFreeCount() + tracker.GetReallocCount();
-}
 
 std::wstring dump(const LuTestSuiteHeapTracker& tracker)
 {
@@ -46,40 +27,11 @@ bool isConsistent(const LuTestSuiteHeapTracker& tracker)
     std::int64_t sum = 0;
     for (std::size_t place = text.find(mark); place != std::wstring::npos; place = text.find(mark, place + 1))
     {
-        sum += std::stoll(text.substr(place + mark.size()));
+        constexpr std::size_t c_DigitsMax = 20;
+        sum += std::stoll(text.substr(place + mark.size(), c_DigitsMax));
     }
     return sum == tracker.GetCurrentAlloc();
 }
-
-/// Where the heap's functions cannot be patched there is nothing to count.
-class LuTestSuiteHeapTrackerTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (LbOs::GetHeapFunctions().malloc == nullptr)
-        {
-            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
-        }
-    }
-    ~LuTestSuiteHeapTrackerTest() override { LuTestSuiteHeapTracker::UnhookAll(); }
-};
-
-std::atomic<int> s_breakpointCount = 0;
-
-/// Counts breakpoint instructions instead of stopping at them.
-class LuTestSuiteHeapTrackerBreakpointTest : public LuTestSuiteHeapTrackerTest
-{
-protected:
-    LuTestSuiteHeapTrackerBreakpointTest()
-    {
-        s_breakpointCount = 0;
-        LbOs::SetBreakpointHandler([] { ++s_breakpointCount; });
-    }
-    ~LuTestSuiteHeapTrackerBreakpointTest() override { LbOs::SetBreakpointHandler(nullptr); }
-
-    LuTestSuiteHeapTracker m_tracker{false, true};
-};
 
 } // namespace
 
@@ -372,159 +324,4 @@ TEST_F(LuTestSuiteHeapTrackerTest, TwoAllocationsAtOneAddressAreCountedTogether)
     {
         s_free(block);
     }
-}
-
-namespace
-{
-
-/// A function whose first instruction cannot be moved, for a moment in which nobody calls it.
-class UnmovableFunction : public INonCopyable
-{
-public:
-    explicit UnmovableFunction(void* function) : m_begin(static_cast<std::uint8_t*>(function)), m_saved(*m_begin)
-    {
-        write(sc_uiInvalid);
-    }
-    ~UnmovableFunction() { write(m_saved); }
-
-private:
-    static constexpr std::uint8_t sc_uiInvalid = 0x06;
-
-    void write(std::uint8_t byte)
-    {
-        LbOs::ProtectPages(m_begin, 1, LbOs::c_ProtectionAll);
-        *m_begin = byte;
-        LbOs::ProtectPages(m_begin, 1, LbOs::c_ProtectionReadExecute);
-        LbOs::FlushCode(m_begin, 1);
-    }
-
-    std::uint8_t* const m_begin;
-    const std::uint8_t m_saved;
-};
-
-} // namespace
-
-TEST_F(LuTestSuiteHeapTrackerTest, NothingIsCountedWhenOneFunctionCannotBePatched)
-{
-    LuTestSuiteHeapTracker tracker(false, false);
-    {
-        const UnmovableFunction function(LbOs::GetHeapFunctions().realloc);
-        tracker.Initialize();
-        tracker.Activate();
-        s_free(s_malloc(100));
-        tracker.Deactivate();
-    }
-    EXPECT_EQ(getOperationCount(tracker), 0U);
-    tracker.Initialize();
-    tracker.Activate();
-    s_free(s_realloc(s_malloc(100), 200));
-    tracker.Deactivate();
-    EXPECT_EQ(getOperationCount(tracker), 3U) << "tried again";
-}
-
-TEST_F(LuTestSuiteHeapTrackerTest, ThreadThatCannotBeStoppedPutsTrackingOff)
-{
-    const bool canStop = LbOs::c_PathSeparator == L'\\';
-    StuckThread thread;
-    LuTestSuiteHeapTracker tracker;
-    s_free(s_malloc(100));
-    EXPECT_EQ(getOperationCount(tracker), canStop ? 2U : 0U);
-    tracker.Deactivate();
-    thread.LetGo();
-    tracker.Activate();
-    tracker.Initialize();
-    s_free(s_malloc(100));
-    tracker.Deactivate();
-    EXPECT_EQ(getOperationCount(tracker), 2U);
-}
-
-TEST_F(LuTestSuiteHeapTrackerTest, UnhookingThatCannotStopAThreadEndsCountingAndIsRepeated)
-{
-    LuTestSuiteHeapTracker tracker;
-    {
-        const StuckThread thread;
-        tracker.Reset();
-        LuTestSuiteHeapTracker::UnhookAll();
-        s_free(s_malloc(100));
-        EXPECT_EQ(getOperationCount(tracker), 0U);
-    }
-    tracker.Initialize();
-    s_free(s_malloc(100));
-    EXPECT_EQ(getOperationCount(tracker), 2U);
-    LuTestSuiteHeapTracker::UnhookAll();
-    s_free(s_malloc(100));
-    EXPECT_EQ(getOperationCount(tracker), 2U);
-}
-
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheReallocWithTheObservedNumber)
-{
-    m_tracker.ObserveID(2);
-    m_tracker.Activate();
-    void* block = s_malloc(10);
-    block = s_realloc(block, 20);
-    const int before = s_breakpointCount;
-    block = s_realloc(block, 30);
-    const int after = s_breakpointCount;
-    s_free(block);
-    m_tracker.Deactivate();
-    EXPECT_EQ(before, 0);
-    EXPECT_EQ(after, 1);
-}
-
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheObservedNumber)
-{
-    m_tracker.ObserveID(1);
-    m_tracker.Activate();
-    void* const first = s_malloc(10);
-    const int before = s_breakpointCount;
-    void* const second = s_malloc(10);
-    const int after = s_breakpointCount;
-    m_tracker.Deactivate();
-    EXPECT_EQ(before, 0);
-    EXPECT_EQ(after, 1);
-    EXPECT_EQ(m_tracker.GetMallocCount(), 2U) << "goes on behind it";
-    s_free(first);
-    s_free(second);
-}
-
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FreeWithTheObservedNumberDoesNotFire)
-{
-    m_tracker.ObserveID(1);
-    m_tracker.Activate();
-    s_free(s_malloc(10));
-    m_tracker.Deactivate();
-    EXPECT_EQ(m_tracker.GetFreeCount(), 1U);
-    EXPECT_EQ(s_breakpointCount, 0);
-}
-
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtEachAllocationOfTheObservedSize)
-{
-    m_tracker.ObserveSize(77);
-    m_tracker.Activate();
-    void* block = s_malloc(77);
-    block = s_realloc(block, 76);
-    block = s_realloc(block, 77);
-    s_free(block);
-    m_tracker.Deactivate();
-    EXPECT_EQ(s_breakpointCount, 2);
-}
-
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, BothConditionsFireOnTheirOwn)
-{
-    m_tracker.ObserveID(0);
-    m_tracker.ObserveSize(77);
-    m_tracker.Activate();
-    s_free(s_malloc(77));
-    m_tracker.Deactivate();
-    EXPECT_EQ(s_breakpointCount, 2);
-}
-
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedOverAReset)
-{
-    m_tracker.ObserveSize(77);
-    m_tracker.Reset();
-    m_tracker.Activate();
-    s_free(s_malloc(77));
-    m_tracker.Deactivate();
-    EXPECT_EQ(s_breakpointCount, 1);
 }

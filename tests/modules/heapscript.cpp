@@ -20,8 +20,18 @@ void (*volatile s_delete)(void*) = ::operator delete;
 void* s_resized = nullptr;
 void* s_freed = nullptr;
 void* s_leaked = nullptr;
+std::thread s_idleThread;
 std::thread s_thread;
+std::atomic<bool> s_mayEnd = false;
 std::atomic<void*> s_handedOver = nullptr;
+
+void awaitEnd()
+{
+    while (!s_mayEnd)
+    {
+        std::this_thread::yield();
+    }
+}
 
 void awaitBlock()
 {
@@ -38,19 +48,29 @@ void prepare()
 {
     s_resized = s_malloc(700);
     s_freed = s_malloc(800);
+    s_idleThread = std::thread(awaitEnd);
     s_thread = std::thread(awaitBlock);
+    // What the run-time does at the first end of a thread.
+    std::thread([] {}).join();
+}
+
+/// What the run-time does at the end of any thread.
+void endThread()
+{
+    s_mayEnd = true;
+    s_idleThread.join();
 }
 
 // Behind each line: bytes that are allocated then.
 void runScript()
 {
-    void* first = s_malloc(100);                    // 100
-    void* const second = s_malloc(50);              // 150
-    first = s_realloc(first, 5000);                 // 5050
-    first = s_realloc(first, 10);                   // 60
-    void* const grown = s_realloc(s_resized, 900);  // 960
-    s_free(s_freed);                                // 960
-    s_free(nullptr);                                // 960
+    void* first = s_malloc(100);                     // 100
+    void* const second = s_malloc(50);               // 150
+    first = s_realloc(first, 5000);                  // 5050
+    first = s_realloc(first, 10);                    // 60
+    void* const grown = s_realloc(s_resized, 900);   // 960
+    s_free(s_freed);                                 // 960
+    s_free(nullptr);                                 // 960
     s_delete(s_new(heapscript::c_ScriptPeak - 960)); // c_ScriptPeak, 960
     s_handedOver = second;
     s_thread.join(); // 926
@@ -70,6 +90,7 @@ class CHeapScript : public LuUnitTest
         AddSubtest(L"pre", prepare);
         AddSubtest(L"nil", [] {});
         AddSubtest(L"cmp", [] { s_free(s_malloc(heapscript::c_ComparedPeak)); });
+        AddSubtest(L"thr", endThread);
         AddSubtest(L"run", runScript);
         AddSubtest(L"end", [] { s_free(s_leaked); });
     }

@@ -44,8 +44,8 @@ struct SPatchCalls
 /// Nothing here uses the heap, which may be what is patched. Without destructor: who has initialised an engine shuts it
 /// down. Exported for tests.
 ///
-/// Threads are stopped at most 2 s for each that does not answer, and 0.1 s after a time when one did not. Not seen is a
-/// thread whose present signal handler interrupted it inside of the bytes that a patch replaces.
+/// Threads are stopped at most 2 s for each that does not answer, and 0.1 s after a time when one did not. Not seen is
+/// a thread whose present signal handler interrupted it inside of the bytes that a patch replaces.
 class LUTESTSUITE_API CPatchEngine
 {
 public:

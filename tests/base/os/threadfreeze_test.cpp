@@ -81,4 +81,25 @@ TEST_F(OsThreadFreeze, TellsWhenTheSystemRefusesAllTheTimeAndFreezesLater)
     EXPECT_TRUE(isStopped());
 }
 
+TEST_F(OsThreadFreeze, TriesAgainUntilTheSystemTakesSignals)
+{
+    if (!LbOs::SetSignalsForbidden(true))
+    {
+        GTEST_SKIP() << "no signals here";
+    }
+    std::thread helper([this] {
+        const std::uint64_t begin = m_steps;
+        while (m_steps - begin < 10'000'000)
+        {
+            std::this_thread::yield();
+        }
+        LbOs::SetSignalsForbidden(false);
+    });
+    {
+        LbOs::CThreadFreezer threads;
+        EXPECT_TRUE(threads.Freeze(60'000));
+    }
+    helper.join();
+}
+
 } // namespace

@@ -1,0 +1,34 @@
+/// What tests of the heap tracker share.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include "base/os/heapfunctions.h"
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
+
+// Called through pointers that the compiler does not see through: it leaves out allocations that nobody needs.
+inline void* (*volatile s_malloc)(std::size_t) = std::malloc;
+inline void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
+inline void (*volatile s_free)(void*) = std::free;
+
+inline std::uint64_t getOperationCount(const LuTestSuiteHeapTracker& tracker)
+{
+    return tracker.GetMallocCount() + tracker.GetFreeCount() + tracker.GetReallocCount();
+}
+
+/// Where the heap's functions cannot be patched there is nothing to count.
+class LuTestSuiteHeapTrackerTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (LbOs::GetHeapFunctions().malloc == nullptr)
+        {
+            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+        }
+    }
+    ~LuTestSuiteHeapTrackerTest() override { LuTestSuiteHeapTracker::UnhookAll(); }
+};

@@ -1,0 +1,98 @@
+#include <atomic>
+
+#include "base/os/breakpoint.h"
+#include "tests/lutestsuite/heaptrackertest.h"
+
+namespace
+{
+
+std::atomic<int> s_breakpointCount = 0;
+
+/// Counts breakpoint instructions instead of stopping at them.
+class LuTestSuiteHeapTrackerBreakpointTest : public LuTestSuiteHeapTrackerTest
+{
+protected:
+    LuTestSuiteHeapTrackerBreakpointTest()
+    {
+        s_breakpointCount = 0;
+        LbOs::SetBreakpointHandler([] { ++s_breakpointCount; });
+    }
+    ~LuTestSuiteHeapTrackerBreakpointTest() override { LbOs::SetBreakpointHandler(nullptr); }
+
+    LuTestSuiteHeapTracker m_tracker{false, true};
+};
+
+} // namespace
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheReallocWithTheObservedNumber)
+{
+    m_tracker.ObserveID(2);
+    m_tracker.Activate();
+    void* block = s_malloc(10);
+    block = s_realloc(block, 20);
+    const int before = s_breakpointCount;
+    block = s_realloc(block, 30);
+    const int after = s_breakpointCount;
+    s_free(block);
+    m_tracker.Deactivate();
+    EXPECT_EQ(before, 0);
+    EXPECT_EQ(after, 1);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheObservedNumber)
+{
+    m_tracker.ObserveID(1);
+    m_tracker.Activate();
+    void* const first = s_malloc(10);
+    const int before = s_breakpointCount;
+    void* const second = s_malloc(10);
+    const int after = s_breakpointCount;
+    m_tracker.Deactivate();
+    EXPECT_EQ(before, 0);
+    EXPECT_EQ(after, 1);
+    EXPECT_EQ(m_tracker.GetMallocCount(), 2U) << "goes on behind it";
+    s_free(first);
+    s_free(second);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FreeWithTheObservedNumberDoesNotFire)
+{
+    m_tracker.ObserveID(1);
+    m_tracker.Activate();
+    s_free(s_malloc(10));
+    m_tracker.Deactivate();
+    EXPECT_EQ(m_tracker.GetFreeCount(), 1U);
+    EXPECT_EQ(s_breakpointCount, 0);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtEachAllocationOfTheObservedSize)
+{
+    m_tracker.ObserveSize(77);
+    m_tracker.Activate();
+    void* block = s_malloc(77);
+    block = s_realloc(block, 76);
+    block = s_realloc(block, 77);
+    s_free(block);
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 2);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, BothConditionsFireOnTheirOwn)
+{
+    m_tracker.ObserveID(0);
+    m_tracker.ObserveSize(77);
+    m_tracker.Activate();
+    s_free(s_malloc(77));
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 2);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedOverAReset)
+{
+    m_tracker.ObserveSize(77);
+    m_tracker.Reset();
+    m_tracker.Activate();
+    s_free(s_malloc(77));
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 1);
+}
