@@ -1,7 +1,6 @@
 #include "testing/lutestsuite/run/executor.h"
 
 #include <algorithm>
-#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -116,6 +115,22 @@ void runCase(SWorkBuffer& buffer)
     AppendMessages(buffer, messages.GetText());
 }
 
+/// The Windows run-time takes some memory at the first exception of a process, and of a thread, and keeps it. That is
+/// no growth of the first case that meets one.
+void raiseFirstException()
+{
+    [[maybe_unused]] thread_local const bool s_isRaised = [] {
+        try
+        {
+            throw false;
+        }
+        catch (bool)
+        {
+            return true;
+        }
+    }();
+}
+
 /// Each line behind the mark of information lines.
 std::wstring toInfoLines(std::wstring_view text)
 {
@@ -149,9 +164,10 @@ void storeHeapUse(SWorkBuffer& buffer, LuTestSuiteHeapTracker& tracker)
 
 void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
 {
-    // The Windows run-time keeps a thread's exceptions in memory that it takes when it is first asked for them. That is
-    // no growth of the thread's first case with one.
-    static_cast<void>(std::uncaught_exceptions());
+    if (buffer.params.trackHeap)
+    {
+        raiseFirstException();
+    }
     LuTestSuiteHeapTracker tracker(true, buffer.params.trackHeap);
     tracker.ObserveID(buffer.params.breakAllocId);
     tracker.ObserveSize(buffer.params.breakAllocSize);
