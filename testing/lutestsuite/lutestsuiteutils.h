@@ -158,6 +158,16 @@ public:
     /// File name of the module that holds a class; empty when there is none.
     static std::wstring GetModuleName(const LbRTTI& type);
 
+    // Resources -------------------------------------------------------------------------------------------------------
+
+    /// The bytes that the build embedded in this library under a name and a type, as they stand in their file; empty
+    /// when there is no such resource.
+    static std::string LoadResourceToString(const std::wstring& name, const std::wstring& type);
+
+    /// The style sheet and the script of the HTML reports.
+    static std::string GetDefaultStylesheet();
+    static std::string GetJavascriptSource();
+
 private:
     class LuOptionParser;
 
