@@ -57,6 +57,9 @@ public:
     /// already is escaped again.
     static std::wstring Escape(std::wstring_view text);
 
+    /// The reverse. All that is none of the five entities stays as it is.
+    static std::wstring Unescape(std::wstring_view text);
+
 private:
     LuStreamWriteASCIIFile& m_file;
     std::uint32_t m_level = 0;

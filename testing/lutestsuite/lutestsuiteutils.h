@@ -188,9 +188,6 @@ public:
     static std::unique_ptr<SSvnInfo> GetSvnInfo();
     static std::unique_ptr<SPscmInfo> GetPscmInfo();
 
-    /// Bytes of a file that the build embedded in the library; empty when there is none of that name and type.
-    static std::string LoadResourceToString(const std::wstring& name, const std::wstring& type);
-
     /// File name of the module that holds a class; empty when there is none.
     static std::wstring GetModuleName(const LbRTTI& type);
 
@@ -203,7 +200,13 @@ public:
     /// or cannot be read costs a line of output; nothing is written then.
     static void GenerateReportDiff(const LuTestSuiteSetup& setup);
 
-    /// Style sheet and script of the pages, 8-bit text.
+    // Resources -------------------------------------------------------------------------------------------------------
+
+    /// The bytes that the build embedded in this library under a name and a type, as they stand in their file; empty
+    /// when there is no such resource.
+    static std::string LoadResourceToString(const std::wstring& name, const std::wstring& type);
+
+    /// The style sheet and the script of the HTML reports.
     static std::string GetDefaultStylesheet();
     static std::string GetJavascriptSource();
 

@@ -1,6 +1,7 @@
 /// The mode that compares two XML reports.
 
 #include "base/lbfilesystem.h"
+#include "base/os/desktop.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -64,4 +65,8 @@ void LuTestSuiteUtils::GenerateReportDiff(const LuTestSuiteSetup& setup)
     const std::wstring output = setup.diffOutput.empty() ? getAutomaticPath(pathA, pathB) : setup.diffOutput;
     LuTestSuiteReport::GenerateHTMLDiffReport(output, pathA, pathB, a, b, setup.writeCss, setup.writeJs,
                                               setup.smallReport, setup.tolerateWarnings);
+    if (setup.openReports && LbFileSystem::IsFile(output))
+    {
+        LbOs::OpenOnDesktop(LbOs::GetFullPath(output));
+    }
 }

@@ -1,5 +1,8 @@
 #include "testing/lutestsuite/lutestsuitemarkupwriter.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "base/lbformat.h"
 
 namespace
@@ -7,25 +10,15 @@ namespace
 
 constexpr std::wstring_view c_LineEnd = L"\n";
 
-/// The entity of a character of markup; empty for any other.
-constexpr std::wstring_view getEntity(wchar_t character)
+struct SEntity
 {
-    switch (character)
-    {
-    case L'"':
-        return L"&quot;";
-    case L'&':
-        return L"&amp;";
-    case L'\'':
-        return L"&apos;";
-    case L'<':
-        return L"&lt;";
-    case L'>':
-        return L"&gt;";
-    default:
-        return {};
-    }
-}
+    wchar_t character;
+    std::wstring_view text;
+};
+
+constexpr SEntity c_Entities[] = {
+    {L'"', L"&quot;"}, {L'&', L"&amp;"}, {L'\'', L"&apos;"}, {L'<', L"&lt;"}, {L'>', L"&gt;"},
+};
 
 } // namespace
 
@@ -146,15 +139,30 @@ std::wstring LuTestSuiteUtils::LuMarkupWriter::Escape(std::wstring_view text)
     result.reserve(text.size());
     for (const wchar_t character : text)
     {
-        const std::wstring_view entity = getEntity(character);
-        if (entity.empty())
+        const auto* const entity = std::ranges::find(c_Entities, character, &SEntity::character);
+        if (entity == std::end(c_Entities))
         {
             result.push_back(character);
         }
         else
         {
-            result.append(entity);
+            result.append(entity->text);
         }
+    }
+    return result;
+}
+
+std::wstring LuTestSuiteUtils::LuMarkupWriter::Unescape(std::wstring_view text)
+{
+    std::wstring result;
+    result.reserve(text.size());
+    while (!text.empty())
+    {
+        const auto* const entity =
+            std::ranges::find_if(c_Entities, [text](const SEntity& one) { return text.starts_with(one.text); });
+        const bool isEntity = entity != std::end(c_Entities);
+        result.push_back(isEntity ? entity->character : text.front());
+        text.remove_prefix(isEntity ? entity->text.size() : 1);
     }
     return result;
 }

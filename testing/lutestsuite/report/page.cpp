@@ -1,7 +1,7 @@
 #include "testing/lutestsuite/report/page.h"
 
 #include "base/lbencoding.h"
-#include "testing/lutestsuite/utils/warning.h"
+#include "testing/lutestsuite/report/reportfailure.h"
 
 namespace
 {
@@ -57,7 +57,7 @@ void LuTestSuite::WorkOrReport(const wchar_t* format, const std::wstring& path, 
     }
     catch (...)
     {
-        WriteWarning(format, path);
+        WriteReportFailure(format, path);
     }
 }
 
