@@ -34,8 +34,9 @@ protected:
         info.executed = true;
         m_unitTests[0].cases.resize(1);
         m_cases = {info};
+        const SReportData data = Generate();
         std::vector<std::wstring> lines;
-        for (const LuTestSuiteReport::SReportDump& dump : Generate().Cases.at(0).Dumps)
+        for (const LuTestSuiteReport::SReportDump& dump : data.Cases.at(0).Dumps)
         {
             lines.push_back((dump.IsError ? L"E:" : L"I:") + dump.Text);
         }
