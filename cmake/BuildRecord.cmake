@@ -64,7 +64,7 @@ function(lutestsuite_ask_git directory variable)
     find_program(LUTESTSUITE_GIT git)
     set(answer "")
     if(LUTESTSUITE_GIT)
-        execute_process(COMMAND "${LUTESTSUITE_GIT}" -C "${directory}" ${ARGN}
+        execute_process(COMMAND "${LUTESTSUITE_GIT}" -c "safe.directory=*" -C "${directory}" ${ARGN}
             OUTPUT_VARIABLE answer RESULT_VARIABLE status ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
         if(NOT status EQUAL 0)
             set(answer "")
