@@ -180,7 +180,7 @@ class Sorting(Pages):
 
     def test_many_rows_are_sorted_soon(self):
         self.open("diff_large.html")
-        self.assertEqual(20003, len(self.column(0)))
+        self.assertEqual(20003, self.browser.run("return document.querySelectorAll('#testcases tr').length - 1"))
         for name, index in (("text", 4), ("number", 5), ("few texts", 11)):
             times = [self.browser.run(SORT_TIME, index) for _ in range(3)]
             print(f"20000 rows by {name}: {min(times):.0f} ms to {max(times):.0f} ms")
