@@ -200,7 +200,8 @@ class Look(Pages):
         self.assertEqual(12, len(widths))
         for ok, error, height_difference, gap in widths:
             self.assertEqual(500, ok + error)
-            self.assertEqual((0, 0), (height_difference, gap))
+            self.assertEqual(0, height_difference)
+            self.assertLess(abs(gap), 0.5)
 
     def test_headings_of_overviews_stand_over_their_columns(self):
         self.open("overview.html")
@@ -257,7 +258,7 @@ class WithoutScripts(Pages):
         root = self.browser.command("DOM.getDocument")["root"]["nodeId"]
         page = self.browser.command("DOM.getOuterHTML", nodeId=root)["outerHTML"]
         self.assertNotIn("aria-sort=\"", page[page.index("<body"):])
-        self.assertEqual(16, page[page.index("Case Diff"):].count("<tr"))
+        self.assertEqual(15, page[page.index("Case Diff"):].count("<tr"))
         self.assertIn("Größe &lt;A4&gt;", page)
 
 
