@@ -156,6 +156,17 @@ TEST_F(LuMarkupWriterTest, EscapesAnEmptyTextToNothing)
     EXPECT_EQ(LuMarkupWriter::Escape(L""), L"");
 }
 
+TEST_F(LuMarkupWriterTest, UnescapesWhatItEscaped)
+{
+    const std::wstring text = L"\"&'<> &amp; &amp;amp; &lt";
+    EXPECT_EQ(LuMarkupWriter::Unescape(LuMarkupWriter::Escape(text)), text);
+}
+
+TEST_F(LuMarkupWriterTest, UnescapesNothingButTheFiveEntities)
+{
+    EXPECT_EQ(LuMarkupWriter::Unescape(L"&AMP; &lt &#65; &auml; & &&amp;"), L"&AMP; &lt &#65; &auml; & &&");
+}
+
 TEST_F(LuMarkupWriterTest, EscapesAnEscapedTextAgain)
 {
     EXPECT_EQ(LuMarkupWriter::Escape(L"&lt;"), L"&amp;lt;");
