@@ -46,8 +46,7 @@ std::wstring ReadText(const F& read)
 /// The module that contains `address`; null when none does. Its life is not prolonged.
 inline HMODULE FindModuleOf(const void* address)
 {
-    constexpr DWORD c_Flags =
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    constexpr DWORD c_Flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE module = nullptr;
     // A null address would ask for the executable.
     const bool isFound =

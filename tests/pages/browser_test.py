@@ -179,13 +179,17 @@ class Sorting(Pages):
         self.assertEqual(0, self.browser.run("return document.querySelectorAll('[aria-sort], [tabindex]').length"))
 
     def test_many_rows_are_sorted_soon(self):
+        self.browser.command("Performance.enable", timeDomain="threadTicks")
         self.open("diff_large.html")
-        self.assertEqual(20003, len(self.column(0)))
+        self.assertEqual(20003, self.browser.run("return document.querySelectorAll('#testcases tr').length - 1"))
         for name, index in (("text", 4), ("number", 5), ("few texts", 11)):
-            times = [self.browser.run(SORT_TIME, index) for _ in range(3)]
-            print(f"20000 rows by {name}: {min(times):.0f} ms to {max(times):.0f} ms")
-        numbers = [float(text) for text in self.column(5)]
-        self.assertEqual(20003, len(numbers))
+            times, work = [], []
+            for _ in range(3):
+                before = self.browser.cpu_time()
+                times.append(self.browser.run(SORT_TIME, index))
+                work.append(1000 * (self.browser.cpu_time() - before))
+            print(f"20000 rows by {name}: {min(times):.0f} ms, of the page's processor time {min(work):.0f} ms")
+        self.assertEqual("ascending", self.browser.run(SORTS)[11])
 
 
 class Look(Pages):
@@ -200,7 +204,8 @@ class Look(Pages):
         self.assertEqual(12, len(widths))
         for ok, error, height_difference, gap in widths:
             self.assertEqual(500, ok + error)
-            self.assertEqual((0, 0), (height_difference, gap))
+            self.assertEqual(0, height_difference)
+            self.assertLess(abs(gap), 0.5)
 
     def test_headings_of_overviews_stand_over_their_columns(self):
         self.open("overview.html")
@@ -257,7 +262,7 @@ class WithoutScripts(Pages):
         root = self.browser.command("DOM.getDocument")["root"]["nodeId"]
         page = self.browser.command("DOM.getOuterHTML", nodeId=root)["outerHTML"]
         self.assertNotIn("aria-sort=\"", page[page.index("<body"):])
-        self.assertEqual(16, page[page.index("Case Diff"):].count("<tr"))
+        self.assertEqual(15, page[page.index("Case Diff"):].count("<tr"))
         self.assertIn("Größe &lt;A4&gt;", page)
 
 

@@ -79,6 +79,11 @@ class Browser:
         """Of the browser's own protocol."""
         return self.do("goog/cdp/execute", {"cmd": name, "params": parameters})
 
+    def cpu_time(self):
+        """Seconds that the page's main thread has worked; Performance must be enabled for threadTicks."""
+        metrics = {metric["name"]: metric["value"] for metric in self.command("Performance.getMetrics")["metrics"]}
+        return metrics["TaskDuration"]
+
     def save_screenshot(self, file):
         file.write_bytes(base64.b64decode(self.call("GET", f"/session/{self.session}/screenshot")))
 

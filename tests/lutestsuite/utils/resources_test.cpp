@@ -20,7 +20,7 @@ TEST(LoadResourceToString, GivesTheBytesOfTheFile)
     const std::string text = LuTestSuiteUtils::LoadResourceToString(L"IDR_HTML_REPORT_CSS", L"CSSFILE");
 
     EXPECT_FALSE(text.empty());
-    EXPECT_EQ(text, readSource(L"htmlreport.css"));
+    EXPECT_TRUE(text == readSource(L"htmlreport.css"));
 }
 
 TEST(LoadResourceToString, IsEmptyForAnUnknownName)
@@ -36,7 +36,7 @@ TEST(LoadResourceToString, IsEmptyForAnotherType)
 
 TEST(DefaultStylesheet, IsTheEmbeddedFile)
 {
-    EXPECT_EQ(LuTestSuiteUtils::GetDefaultStylesheet(), readSource(L"htmlreport.css"));
+    EXPECT_TRUE(LuTestSuiteUtils::GetDefaultStylesheet() == readSource(L"htmlreport.css"));
 }
 
 TEST(DefaultStylesheet, KnowsEveryClassOfThePages)
@@ -61,7 +61,7 @@ TEST(DefaultStylesheet, FitsIntoAnyPage)
 TEST(JavascriptSource, IsTheEmbeddedFile)
 {
     EXPECT_FALSE(LuTestSuiteUtils::GetJavascriptSource().empty());
-    EXPECT_EQ(LuTestSuiteUtils::GetJavascriptSource(), readSource(L"htmlreport.js"));
+    EXPECT_TRUE(LuTestSuiteUtils::GetJavascriptSource() == readSource(L"htmlreport.js"));
 }
 
 } // namespace
