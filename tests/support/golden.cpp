@@ -89,7 +89,7 @@ std::string NormalizeHtmlReport(const std::string& page)
     if (style != std::string::npos)
     {
         const std::size_t content = style + c_StyleStart.size();
-        text.replace(content, text.find("</style>") - content, "#");
+        text.erase(content, text.find("</style>") - content);
     }
     // A row of label and value, and a case's cells of time and memory.
     static const std::regex s_row(
