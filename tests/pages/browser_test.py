@@ -67,7 +67,7 @@ class Pages(unittest.TestCase):
         cls.browser = Browser(chromium, chromedriver)
         cls.addClassCleanup(cls.browser.close)
 
-    def open(self, page, scheme="light", media="screen"):
+    def open(self, page, scheme="light", media=""):
         self.browser.emulate(scheme, media)
         self.browser.open(pages / page)
 

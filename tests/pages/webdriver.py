@@ -71,7 +71,8 @@ class Browser:
         element = next(iter(self.do("element", {"using": "css selector", "value": css}).values()))
         self.do(f"element/{element}/click", {})
 
-    def emulate(self, scheme="light", media="screen"):
+    def emulate(self, scheme="light", media=""):
+        """Without a medium pages are for the screen, and printed ones for paper."""
         features = [{"name": "prefers-color-scheme", "value": scheme}]
         self.command("Emulation.setEmulatedMedia", media=media, features=features)
 
