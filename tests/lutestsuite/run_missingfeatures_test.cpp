@@ -9,7 +9,6 @@ namespace
 
 const std::wstring c_Parallel =
     L"Warnung: Parallele Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen nacheinander.\n";
-const std::wstring c_Reports = L"Warnung: Reports werden in dieser Version nicht geschrieben.\n";
 const std::wstring c_External =
     L"Warnung: Externe Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen im selben Prozess.\n";
 
@@ -46,31 +45,6 @@ TEST_F(RunMissingFeatures, NamesParallelExecution)
     ExpectOnlyWarning(setup, c_Parallel);
 }
 
-TEST_F(RunMissingFeatures, NamesTheXmlReport)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.xmlReport = L"Report.xml";
-
-    ExpectOnlyWarning(setup, c_Reports);
-}
-
-TEST_F(RunMissingFeatures, NamesTheHtmlReport)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.htmlReport = L"Report.html";
-
-    ExpectOnlyWarning(setup, c_Reports);
-}
-
-TEST_F(RunMissingFeatures, NamesAutomaticReports)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.autoXml = true;
-    setup.autoHtml = true;
-
-    ExpectOnlyWarning(setup, c_Reports);
-}
-
 TEST_F(RunMissingFeatures, NamesExternalExecution)
 {
     LuTestSuiteSetup setup = MakeOneCase();
@@ -91,11 +65,10 @@ TEST_F(RunMissingFeatures, NamesEveryOneOnce)
 {
     LuTestSuiteSetup setup = MakeOneCase();
     setup.params.parallel = setup.params.external = true;
-    setup.xmlReport = L"Report.xml";
 
     Run(setup);
 
-    EXPECT_TRUE(m_output.GetText().starts_with(c_Parallel + c_Reports + c_External + L"CPassedModel\n"));
+    EXPECT_TRUE(m_output.GetText().starts_with(c_Parallel + c_External + L"CPassedModel\n"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -70,4 +71,31 @@ std::string NormalizeTimes(const std::string& text)
     // A clock of the platform may be too coarse to see a short case at all.
     static const std::regex s_time(R"(\[(\d+\.\d\d(ns|µs|ms|s)|0 s)\])");
     return std::regex_replace(text, s_time, "[#.##s]");
+}
+
+std::string NormalizeXmlReport(const std::string& text)
+{
+    static const std::regex s_element(
+        R"(<(Processor|GPU|MachineName|BuildConfiguration|Pscm\w+|DataDirectory|Date\w+|Time(?:Total|Max|Min|Avg))"
+        R"(|Memory\w+|time|memory|memorydelta)>[^<]*</)");
+    return std::regex_replace(text, s_element, "<$1>#</");
+}
+
+std::string NormalizeHtmlReport(const std::string& page)
+{
+    constexpr std::string_view c_StyleStart = "<style type=\"text/css\">";
+    std::string text = page;
+    const std::size_t style = text.find(c_StyleStart);
+    if (style != std::string::npos)
+    {
+        const std::size_t content = style + c_StyleStart.size();
+        text.erase(content, text.find("</style>") - content);
+    }
+    // A row of label and value, and a case's cells of time and memory.
+    static const std::regex s_row(
+        R"(<td>(Build Configuration|PSCM [\w ]+|CPU|GPU|Machine Name|Data Directory|Begin Date|End Date|Time [\w ]+\(sec\))"
+        R"(|Memory [\w ]+\(Bytes\)):</td>(\s*)<td>[^<]*</td>)");
+    static const std::regex s_figures(R"(<td>\d+\.\d{6}</td>(\s*)<td>\d+</td>)");
+    return std::regex_replace(std::regex_replace(text, s_row, "<td>$1:</td>$2<td>#</td>"), s_figures,
+                              "<td>#</td>$1<td>#</td>");
 }

@@ -13,3 +13,10 @@ std::string ReadGolden(const std::string& name);
 /// Replaces each time of two decimals in brackets, "[12.34ms]", by "[#.##s]": neither the number nor its unit is the
 /// same in two runs.
 std::string NormalizeTimes(const std::string& text);
+
+/// Replaces what differs between machines, builds and runs in an XML report of a host's run: contents of the elements
+/// about machine, build, data directory, dates, times and memory become "#".
+std::string NormalizeXmlReport(const std::string& text);
+
+/// The same in an HTML report, by the labels of its rows; and without the style sheet inside.
+std::string NormalizeHtmlReport(const std::string& page);

@@ -1,0 +1,271 @@
+#!/usr/bin/env python3
+"""Do the pages do in a browser what they should? browser_test.py PAGES CHROMIUM CHROMEDRIVER
+
+Leaves pictures of the pages in PAGES, for those who want to look.
+"""
+
+import pathlib
+import sys
+import unittest
+
+from webdriver import ENTER, SPACE, TAB, Browser
+
+pages, chromium, chromedriver = pathlib.Path(), "", ""
+
+COLUMN = """
+    var column = arguments[0];
+    return Array.from(document.querySelectorAll('#testcases tr')).slice(1, arguments[1])
+        .map(function (row) { return row.cells[column].textContent; });
+"""
+SORTS = """
+    return Array.from(document.querySelectorAll('#testcases th'), function (cell) {
+        return cell.getAttribute('aria-sort'); });
+"""
+# Of a table with these rows under one sortable heading, the texts after a click, and after a second one.
+SORT_TEXTS = """
+    var table = document.getElementById('testcases');
+    var rows = table.tBodies[0];
+    while (rows.rows.length > 1) { rows.deleteRow(1); }
+    arguments[0].forEach(function (text) { rows.insertRow().insertCell().textContent = text; });
+    function sort() {
+        table.rows[0].cells[0].click();
+        return Array.from(table.rows).slice(1).map(function (row) { return row.cells[0].textContent; });
+    }
+    return [sort(), sort()];
+"""
+# Time until the sorted rows have their places on the page, which asking for one of these enforces.
+SORT_TIME = """
+    var header = document.querySelectorAll('#testcases th')[arguments[0]];
+    var start = performance.now();
+    header.click();
+    document.querySelector('#testcases tr:last-child').getBoundingClientRect();
+    return performance.now() - start;
+"""
+# Contrast of the text of an element with what is behind it, by the usual formula.
+CONTRAST = """
+    function luminance(color) {
+        var parts = color.match(/[\\d.]+/g).slice(0, 3).map(function (part) {
+            var value = part / 255;
+            return value <= 0.03928 ? value / 12.92 : Math.pow((value + 0.055) / 1.055, 2.4);
+        });
+        return 0.2126 * parts[0] + 0.7152 * parts[1] + 0.0722 * parts[2];
+    }
+    function background(element) {
+        var color = getComputedStyle(element).backgroundColor;
+        return color === 'rgba(0, 0, 0, 0)' ? background(element.parentElement) : color;
+    }
+    return Array.from(document.querySelectorAll('td, th, h1, h2, a'), function (element) {
+        var a = luminance(getComputedStyle(element).color), b = luminance(background(element));
+        return { element: element.outerHTML.slice(0, 80), ratio: (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05) };
+    }).filter(function (entry) { return entry.ratio < 4.5; });
+"""
+
+
+class Pages(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.browser = Browser(chromium, chromedriver)
+        cls.addClassCleanup(cls.browser.close)
+
+    def open(self, page, scheme="light", media=""):
+        self.browser.emulate(scheme, media)
+        self.browser.open(pages / page)
+
+    def column(self, index, end=1000000):
+        return self.browser.run(COLUMN, index, end)
+
+    def sort_texts(self, texts):
+        self.open("diff.html")
+        return self.browser.run(SORT_TEXTS, texts)
+
+
+class Sorting(Pages):
+    def test_click_sorts_and_a_second_one_turns_the_order_around(self):
+        self.open("diff.html")
+        before = self.column(4)
+
+        self.browser.click("#testcases th:nth-child(5)")
+        ascending = self.column(4)
+        self.browser.click("#testcases th:nth-child(5)")
+
+        self.assertNotEqual(before, ascending)
+        self.assertEqual(sorted(before, key=str.casefold), sorted(ascending, key=str.casefold))
+        self.assertEqual(["abgebrochen", "Absturz", "bricht ab"], ascending[:3])
+        self.assertEqual(ascending[::-1], self.column(4))
+
+    def test_heading_stays_first(self):
+        self.open("diff.html")
+        self.browser.click("#testcases th:nth-child(5)")
+        self.assertEqual("TH", self.browser.run("return document.querySelector('#testcases tr').cells[0].tagName"))
+
+    def test_keys_sort(self):
+        self.open("diff.html")
+        before = self.column(6)
+        self.browser.run("document.querySelectorAll('#testcases th')[5].focus()")
+        self.browser.press(TAB)
+        self.browser.press(ENTER)
+        numbers = [float(text) for text in self.column(6) if text]
+        self.assertEqual(sorted(float(text) for text in before if text), numbers)
+        self.assertEqual("ascending", self.browser.run(SORTS)[6])
+
+        place = self.browser.run("return scrollY")
+        self.browser.press(SPACE)
+        self.assertEqual(numbers[::-1], [float(text) for text in self.column(6) if text])
+        self.assertEqual("descending", self.browser.run(SORTS)[6])
+        self.assertEqual(place, self.browser.run("return scrollY"))
+
+    def test_other_keys_do_not_sort(self):
+        self.open("diff.html")
+        before = self.column(6)
+        self.browser.run("document.querySelectorAll('#testcases th')[6].focus()")
+        self.browser.press("x")
+        self.assertEqual(before, self.column(6))
+
+    def test_order_is_told_to_screen_readers(self):
+        self.open("diff.html")
+        self.assertEqual({"none"}, set(self.browser.run(SORTS)))
+        self.browser.click("#testcases th:nth-child(3)")
+        self.browser.click("#testcases th:nth-child(5)")
+        self.assertEqual(["none"] * 4 + ["ascending"] + ["none"] * 10, self.browser.run(SORTS))
+
+    def test_class_table_is_sorted_apart(self):
+        self.open("diff.html")
+        before = self.column(4)
+        self.browser.click("#testclasses th:nth-child(2)")
+        self.assertEqual("ascending", self.browser.run(
+            "return document.querySelector('#testclasses th:nth-child(2)').getAttribute('aria-sort')"))
+        self.assertEqual(before, self.column(4))
+
+    def test_empty_cells_come_last_in_both_orders(self):
+        ascending, descending = self.sort_texts(["2", "", "1", "", "3"])
+        self.assertEqual(["1", "2", "3", "", ""], ascending)
+        self.assertEqual(["3", "2", "1", "", ""], descending)
+
+    def test_numbers_are_sorted_as_numbers(self):
+        self.assertEqual(["-1", "0.5", "2", "10", "1e3"], self.sort_texts(["10", "2", "1e3", "-1", "0.5"])[0])
+        self.assertEqual(["9.00% (1/9)", "75.00%", "100.00% (3/3)"],
+                         self.sort_texts(["100.00% (3/3)", "9.00% (1/9)", "75.00%"])[0])
+        self.assertEqual(["-inf", "7", "inf"], self.sort_texts(["7", "inf", "-inf"])[0])
+
+    def test_large_numbers_are_exact(self):
+        texts = ["18446744073709551615", "18446744073709551614", "5"]
+        self.assertEqual(texts[::-1], self.sort_texts(texts)[0])
+
+    def test_dates_are_sorted_as_dates(self):
+        self.assertEqual(["31.12.2023", "01.02.2024 07:30:00", "1.10.2024"],
+                         self.sort_texts(["1.10.2024", "31.12.2023", "01.02.2024 07:30:00"])[0])
+        self.assertEqual(["2024-05-03 09:00:00", "2024-05-03 10:00:00", "2024-10-01 00:00:00"],
+                         self.sort_texts(["2024-10-01 00:00:00", "2024-05-03 10:00:00", "2024-05-03 09:00:00"])[0])
+        self.assertEqual(["[2024-05-03]-[09-00-00]", "[2024-05-03]-[10-00-00]"],
+                         self.sort_texts(["[2024-05-03]-[10-00-00]", "[2024-05-03]-[09-00-00]"])[0])
+
+    def test_texts_are_sorted_as_germans_do(self):
+        self.assertEqual(["Datei 2", "Datei 10", "Ökonomie", "Zebra"],
+                         self.sort_texts(["Zebra", "Datei 10", "Ökonomie", "Datei 2"])[0])
+
+    def test_equal_rows_keep_their_order(self):
+        self.open("diff_large.html")
+        before = list(zip(self.column(11), self.column(4)))
+        for _ in range(2):
+            self.browser.click("#testcases th:nth-child(12)")
+            after = list(zip(self.column(11), self.column(4)))
+            for result in ("Ok", "Fehler", ""):
+                self.assertEqual([name for text, name in before if text == result],
+                                 [name for text, name in after if text == result])
+            before = after
+
+    def test_other_tables_are_left_alone(self):
+        self.open("run.html")
+        self.assertEqual(0, self.browser.run("return document.querySelectorAll('[aria-sort], [tabindex]').length"))
+
+    def test_many_rows_are_sorted_soon(self):
+        self.browser.command("Performance.enable", timeDomain="threadTicks")
+        self.open("diff_large.html")
+        self.assertEqual(20003, self.browser.run("return document.querySelectorAll('#testcases tr').length - 1"))
+        for name, index in (("text", 4), ("number", 5), ("few texts", 11)):
+            times, work = [], []
+            for _ in range(3):
+                before = self.browser.cpu_time()
+                times.append(self.browser.run(SORT_TIME, index))
+                work.append(1000 * (self.browser.cpu_time() - before))
+            print(f"20000 rows by {name}: {min(times):.0f} ms, of the page's processor time {min(work):.0f} ms")
+        self.assertEqual("ascending", self.browser.run(SORTS)[11])
+
+
+class Look(Pages):
+    def test_bars_are_500_pixels_wide(self):
+        self.open("overview.html")
+        widths = self.browser.run("""
+            return Array.from(document.querySelectorAll('#overview td:nth-child(5)'), function (cell) {
+                var ok = cell.children[0].getBoundingClientRect(), error = cell.children[1].getBoundingClientRect();
+                return [ok.width, error.width, ok.top - error.top, error.left - ok.right];
+            });
+        """)
+        self.assertEqual(12, len(widths))
+        for ok, error, height_difference, gap in widths:
+            self.assertEqual(500, ok + error)
+            self.assertEqual(0, height_difference)
+            self.assertLess(abs(gap), 0.5)
+
+    def test_headings_of_overviews_stand_over_their_columns(self):
+        self.open("overview.html")
+        lefts = self.browser.run("""
+            var rows = document.querySelectorAll('#overview tr');
+            return [0, 1].map(function (row) {
+                return Array.from(rows[row].cells, function (cell) { return cell.getBoundingClientRect().left; });
+            });
+        """)
+        self.assertEqual(lefts[0], lefts[1][:4] + lefts[1][5:])
+
+    def test_texts_stand_out_in_both_schemes(self):
+        for page in ("run.html", "diff.html", "overview.html"):
+            for scheme in ("light", "dark"):
+                self.open(page, scheme)
+                self.assertEqual([], self.browser.run(CONTRAST), f"{page} {scheme}")
+
+    def test_rows_have_the_colors_of_their_classes(self):
+        self.open("run.html")
+        colors = self.browser.run("""
+            return ['ok', 'failure', 'error', 'warning'].map(function (name) {
+                return getComputedStyle(document.querySelector('#testcases tr.' + name)).color; });
+        """)
+        self.assertEqual(4, len(set(colors)))
+
+    def test_scheme_follows_the_reader(self):
+        backgrounds = []
+        for scheme in ("light", "dark"):
+            self.open("run.html", scheme)
+            backgrounds.append(self.browser.run("return getComputedStyle(document.body).backgroundColor"))
+        self.assertNotEqual(*backgrounds)
+
+    def test_paper_is_white(self):
+        self.open("run.html", "dark", "print")
+        self.assertEqual("rgb(255, 255, 255)",
+                         self.browser.run("return getComputedStyle(document.body).backgroundColor"))
+
+    def test_pages_have_pictures(self):
+        for page in ("run", "diff", "overview", "large"):
+            for scheme in ("light", "dark"):
+                self.open(f"{page}.html", scheme)
+                self.browser.save_screenshot(pages / f"{page}_{scheme}.png")
+            self.open(f"{page}.html")
+            if page != "large":
+                self.browser.save_print(pages / f"{page}.pdf")
+                self.assertTrue((pages / f"{page}.pdf").read_bytes().startswith(b"%PDF"))
+
+
+class WithoutScripts(Pages):
+    def test_pages_show_everything(self):
+        self.browser.command("Emulation.setScriptExecutionDisabled", value=True)
+        self.addCleanup(self.browser.command, "Emulation.setScriptExecutionDisabled", value=False)
+        self.open("diff.html")
+        root = self.browser.command("DOM.getDocument")["root"]["nodeId"]
+        page = self.browser.command("DOM.getOuterHTML", nodeId=root)["outerHTML"]
+        self.assertNotIn("aria-sort=\"", page[page.index("<body"):])
+        self.assertEqual(15, page[page.index("Case Diff"):].count("<tr"))
+        self.assertIn("Größe &lt;A4&gt;", page)
+
+
+if __name__ == "__main__":
+    pages, chromium, chromedriver = pathlib.Path(sys.argv[1]), sys.argv[2], sys.argv[3]
+    unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -1,0 +1,50 @@
+#!/usr/bin/env python3
+"""Are the pages well-formed, and valid by their document type? validity_test.py PAGES XMLLINT CATALOG"""
+
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+pages, xmllint, catalog = pathlib.Path(), "", ""
+
+# What the overview's markup has been from the start: an anchor beside its heading, one identifier for all tables.
+KNOWN_IN_OVERVIEWS = re.compile(r"Element body content does not follow the DTD|ID overview already defined")
+
+
+class Validity(unittest.TestCase):
+    def complaints(self, page, *options):
+        # The encoding stands in a meta element, which XML knows nothing of.
+        text = (pages / page).read_bytes().decode("iso-8859-1")
+        with tempfile.NamedTemporaryFile(suffix=".xhtml") as file:
+            file.write(text.encode())
+            file.flush()
+            command = [xmllint, "--noout", "--nonet", "--loaddtd", *options, file.name]
+            result = subprocess.run(command, capture_output=True, text=True, check=False,
+                                    env={"XML_CATALOG_FILES": catalog})
+        return [line for line in result.stderr.splitlines() if "error" in line or "warning" in line]
+
+    def test_runs_and_comparisons_are_valid(self):
+        for page in ("run.html", "passed.html", "diff.html", "diff_large.html", "large.html"):
+            self.assertEqual([], self.complaints(page, "--valid"), page)
+
+    def test_overviews_are_well_formed(self):
+        complaints = self.complaints("overview.html")
+        self.assertEqual([], [line for line in complaints if "validity error" not in line])
+
+    def test_overviews_are_valid_but_for_what_is_known(self):
+        complaints = self.complaints("overview.html", "--valid")
+        self.assertEqual([], [line for line in complaints if not KNOWN_IN_OVERVIEWS.search(line)])
+
+    def test_breaches_are_found(self):
+        with tempfile.NamedTemporaryFile(suffix=".html", dir=pages) as file:
+            file.write((pages / "run.html").read_bytes().replace(b"<h2>Result</h2>", b"<h2><p>Result</p></h2>"))
+            file.flush()
+            self.assertNotEqual([], self.complaints(pathlib.Path(file.name).name, "--valid"))
+
+
+if __name__ == "__main__":
+    pages, xmllint, catalog = pathlib.Path(sys.argv[1]), sys.argv[2], sys.argv[3]
+    unittest.main(argv=sys.argv[:1], verbosity=2)
