@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace LbOs::Windows
@@ -42,6 +43,14 @@ std::wstring ReadText(const F& read)
         buffer.resize(std::max(length + 1, buffer.size() * 2));
     }
 }
+
+struct SCloseHandle
+{
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+
+/// An owned handle; null where there is none.
+using Handle = std::unique_ptr<void, SCloseHandle>;
 
 /// The path in the form that system calls take at any length: "\\?\" stands in front of long ones. A path with a zero
 /// character inside becomes the empty path, since the system would cut it.
