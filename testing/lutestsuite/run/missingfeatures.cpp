@@ -1,8 +1,5 @@
 #include "testing/lutestsuite/run/missingfeatures.h"
 
-#include <algorithm>
-
-#include "testing/lutestsuite/utils/parameters.h"
 #include "testing/lutestsuite/utils/warning.h"
 
 namespace LuTestSuiteRun
@@ -11,8 +8,6 @@ namespace LuTestSuiteRun
 namespace
 {
 
-using UnitTests = std::vector<LuTestSuite::SUnitTest>;
-
 struct SMissingFeature
 {
     const wchar_t* text;
@@ -20,23 +15,11 @@ struct SMissingFeature
 };
 
 constexpr SMissingFeature c_MissingFeatures[] = {
-    {L"Parallele Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen nacheinander",
-     [](const LuTestSuiteSetup& setup) { return setup.params.parallel; }},
     {L"Reports werden in dieser Version nicht geschrieben",
      [](const LuTestSuiteSetup& setup) {
          return !setup.xmlReport.empty() || !setup.htmlReport.empty() || setup.autoXml || setup.autoHtml;
      }},
 };
-
-/// By the command line, or by a case's description.
-bool requestsExternal(const LuTestSuiteSetup& setup, const UnitTests& unitTests)
-{
-    return setup.params.external || std::ranges::any_of(unitTests, [](const LuTestSuite::SUnitTest& unitTest) {
-               return std::ranges::any_of(unitTest.cases, [](const LuTestSuite::STestCase& testCase) {
-                   return LuTestSuite::GetFlag(testCase.parameters, L"External") == true;
-               });
-           });
-}
 
 void warn(const wchar_t* text)
 {
@@ -45,7 +28,7 @@ void warn(const wchar_t* text)
 
 } // namespace
 
-void WarnAboutMissingFeatures(const LuTestSuiteSetup& setup, const UnitTests& unitTests)
+void WarnAboutMissingFeatures(const LuTestSuiteSetup& setup)
 {
     for (const SMissingFeature& feature : c_MissingFeatures)
     {
@@ -53,10 +36,6 @@ void WarnAboutMissingFeatures(const LuTestSuiteSetup& setup, const UnitTests& un
         {
             warn(feature.text);
         }
-    }
-    if (requestsExternal(setup, unitTests))
-    {
-        warn(L"Externe Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen im selben Prozess");
     }
 }
 
