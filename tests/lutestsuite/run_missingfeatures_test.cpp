@@ -7,11 +7,7 @@
 namespace
 {
 
-const std::wstring c_Parallel =
-    L"Warnung: Parallele Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen nacheinander.\n";
 const std::wstring c_Reports = L"Warnung: Reports werden in dieser Version nicht geschrieben.\n";
-const std::wstring c_External =
-    L"Warnung: Externe Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen im selben Prozess.\n";
 
 /// A setting that this version does not act on is named in a warning, and the run goes on.
 class RunMissingFeatures : public RunTest
@@ -38,14 +34,6 @@ TEST_F(RunMissingFeatures, SaysNothingWhenNoneIsAskedFor)
     EXPECT_EQ(m_output.GetLines().at(0), CapturedOutput::Bold(L"CPassedModel\n"));
 }
 
-TEST_F(RunMissingFeatures, NamesParallelExecution)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.parallel = true;
-
-    ExpectOnlyWarning(setup, c_Parallel);
-}
-
 TEST_F(RunMissingFeatures, NamesTheXmlReport)
 {
     LuTestSuiteSetup setup = MakeOneCase();
@@ -69,33 +57,6 @@ TEST_F(RunMissingFeatures, NamesAutomaticReports)
     setup.autoHtml = true;
 
     ExpectOnlyWarning(setup, c_Reports);
-}
-
-TEST_F(RunMissingFeatures, NamesExternalExecution)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.external = true;
-
-    ExpectOnlyWarning(setup, c_External);
-}
-
-TEST_F(RunMissingFeatures, NamesExternalExecutionThatACaseAsksFor)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.unitTests[0].cases[0].parameters[L"External"] = true;
-
-    ExpectOnlyWarning(setup, c_External);
-}
-
-TEST_F(RunMissingFeatures, NamesEveryOneOnce)
-{
-    LuTestSuiteSetup setup = MakeOneCase();
-    setup.params.parallel = setup.params.external = true;
-    setup.xmlReport = L"Report.xml";
-
-    Run(setup);
-
-    EXPECT_TRUE(m_output.GetText().starts_with(c_Parallel + c_Reports + c_External + L"CPassedModel\n"));
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 ///     sleep                    ends after a minute
 ///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
+///     leaver NAME              as owner, but ends without a word when "NAME-l" is set
 ///     owner NAME               starts "parent NAME", which is to end with it, ends after a minute
 
 #include <chrono>
@@ -75,13 +76,20 @@ int beParent(const std::wstring& name)
     return isStarted && ready && ready->Set() ? sleepLong() : 1;
 }
 
-/// Starts such a parent, which is to end with it.
-int beOwner(const std::wstring& name)
+/// Starts such a parent, which is to end with it. With `leaves` it is gone, as if it had been killed, when "NAME-l" is
+/// set.
+int beOwner(const std::wstring& name, bool leaves)
 {
     LbOs::SChildOptions options;
     options.program = LbOs::GetExecutablePath();
     options.commandLine = L"probe parent " + LbCommandLine::Quote(name);
     const auto child = LbOs::CChildProcess::Start(options);
+    const auto leave = LbOs::CNamedEvent::Open(name + L"-l");
+    if (child && leaves && leave->Wait(c_Minute * c_Second) == LbOs::EEventWait::Signaled)
+    {
+        constexpr int c_Left = 3;
+        std::_Exit(c_Left);
+    }
     return child ? sleepLong() : 1;
 }
 
@@ -109,7 +117,8 @@ int run(const Arguments& arguments)
     {
         return beParent(arguments.at(2));
     }
-    return command == L"owner" ? beOwner(arguments.at(2)) : sleepLong();
+    const bool leaves = command == L"leaver";
+    return leaves || command == L"owner" ? beOwner(arguments.at(2), leaves) : sleepLong();
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 #include "base/lbformat.h"
 #include "base/lbtimer.h"
 #include "base/lbuniqueid.h"
-#include "testing/lutestsuite/utils/buildinformation.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace LuTestSuiteRun
 {
@@ -20,7 +20,7 @@ namespace
 /// The host of this build, which stands beside the running one and mostly is that.
 std::wstring getHostName()
 {
-    const bool isDebug = LuTestSuite::c_BuildConfigurationName == L"Debug";
+    const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
     return LbFormat(L"LuTestSuiteCLI%s%s", isDebug ? L"D" : L"", LbOs::c_ExecutableSuffix);
 }
 

@@ -202,6 +202,11 @@ void CWorkerThread::run() noexcept
 void CWorkerThread::runCases()
 {
     LbOs::SetCurrentThreadName(L"LuTestSuiteRun::CWorkerThread");
+    if (!m_work.IsMoreToCome())
+    {
+        // The others were done before this thread started: to warm it up would only hold up the end of the run.
+        return;
+    }
     LuTestSuiteEnvironment::PreallocateStaticData();
     const std::function<bool()> isCanceled = [this] { return m_work.IsCanceled(); };
     CCaseRunner runner(m_context.unitTests, m_context.params, isCanceled, m_context.childSettings);
