@@ -3,6 +3,7 @@
 #include <chrono>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -197,6 +198,18 @@ TEST_F(RunExternal, StartsAnotherProcessAfterACrash)
 
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
     EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 1);
+}
+
+TEST_F(RunExternal, StartsAnotherProcessWhenOneHasLeftForLackOfWork)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
+    // A moment longer than a process waits: it may be there still, be about to leave, or have left.
+    setup.resultCallback = [](ECaseRunResult) { std::this_thread::sleep_for(std::chrono::milliseconds(5003)); };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
 }
 
 TEST_F(RunExternal, GivesUpAfterMoreThanTheTimeOutInWholeSeconds)
