@@ -101,7 +101,7 @@ bool CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase,
     lane.Ask();
     if (params.isolated && isMoreToCome)
     {
-        m_external.StartSpare();
+        m_external.StartSpares();
     }
     info.processIndex = lane.WaitForAnswer(params.timeOutSec, m_isCanceled);
     readAnswer(*lane.GetBuffer().GetReadAccess(), info);

@@ -164,6 +164,31 @@ void CExternalLane::writeResult(ECaseRunResult result)
     m_buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
 }
 
+namespace
+{
+
+/// Spare lanes of all threads.
+std::atomic<std::uint32_t> s_spareCount = 0;
+
+/// Counts one more, unless there are enough.
+bool takeSparePlace()
+{
+    static const std::uint32_t s_most = LuTestSuiteUtils::GetDefaultThreadCount();
+    if (s_spareCount++ < s_most)
+    {
+        return true;
+    }
+    --s_spareCount;
+    return false;
+}
+
+} // namespace
+
+CExternalContext::~CExternalContext()
+{
+    s_spareCount -= static_cast<std::uint32_t>(m_spares.size());
+}
+
 CExternalLane& CExternalContext::Obtain(bool isIsolated)
 {
     if (isIsolated)
@@ -174,6 +199,7 @@ CExternalLane& CExternalContext::Obtain(bool isIsolated)
     {
         m_lane = std::move(m_spares.front());
         m_spares.erase(m_spares.begin());
+        --s_spareCount;
     }
     if (!m_lane)
     {
@@ -183,12 +209,19 @@ CExternalLane& CExternalContext::Obtain(bool isIsolated)
     return *m_lane;
 }
 
-void CExternalContext::StartSpare()
+void CExternalContext::StartSpares()
 {
-    constexpr std::size_t c_Spares = 1;
-    while (m_spares.size() < c_Spares)
+    while (takeSparePlace())
     {
-        m_spares.push_back(std::make_unique<CExternalLane>(m_settings));
+        try
+        {
+            m_spares.push_back(std::make_unique<CExternalLane>(m_settings));
+        }
+        catch (...)
+        {
+            --s_spareCount;
+            throw;
+        }
         m_spares.back()->AssertChild();
     }
 }

@@ -80,12 +80,14 @@ class CExternalContext : public INonCopyable
 {
 public:
     explicit CExternalContext(const SChildSettings& settings) : m_settings(settings) {}
+    ~CExternalContext();
 
     /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody has used.
     CExternalLane& Obtain(bool isIsolated);
 
-    /// Starts children for isolated cases to come, so that these need not wait for the start.
-    void StartSpare();
+    /// Starts children for isolated cases to come, so that these need not wait for the start. All threads together have
+    /// as many of them waiting as the machine can start at a time.
+    void StartSpares();
 
 private:
     const SChildSettings& m_settings;
