@@ -99,7 +99,7 @@ TEST_F(BrokenWorkBuffer, HasNamesThatEnd)
 
 TEST_F(BrokenWorkBuffer, HasFlagsThatAreSetOrNot)
 {
-    std::memset(&GetBuffer().params, 0xFE, sizeof(GetBuffer().params));
+    std::memset(static_cast<void*>(&GetBuffer().params), 0xFE, sizeof(GetBuffer().params));
 
     const LuTestSuiteRun::SParams params = LuTestSuiteRun::LoadParams(GetBuffer());
 

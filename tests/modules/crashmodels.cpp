@@ -58,7 +58,7 @@ void closeAllFiles()
 
 void useAllMemory()
 {
-    constexpr std::size_t c_Block = std::size_t{1} << 44U;
+    constexpr std::size_t c_Block = std::size_t{1} << 46U;
     std::vector<void*> blocks;
     while (true)
     {
