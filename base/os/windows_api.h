@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace LbOs::Windows
@@ -53,6 +54,14 @@ inline HMODULE FindModuleOf(const void* address)
         address != nullptr && GetModuleHandleExW(c_Flags, static_cast<LPCWSTR>(address), &module) != FALSE;
     return isFound ? module : nullptr;
 }
+
+struct SCloseHandle
+{
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+
+/// An owned handle; null where there is none.
+using Handle = std::unique_ptr<void, SCloseHandle>;
 
 /// The path in the form that system calls take at any length: "\\?\" stands in front of long ones. A path with a zero
 /// character inside becomes the empty path, since the system would cut it.

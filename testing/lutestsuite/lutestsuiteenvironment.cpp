@@ -47,16 +47,26 @@ void warmUpParallelLoops()
     LbParallel::SumRange(0, 99);
 
     LbCombinable<std::int64_t> sums;
-    LbParallel::For(0, c_LoopLength, [&sums](std::int64_t index) { sums.Local() += index; });
+    // The loops range by range: each child process and each worker waits for them before its first case.
+    LbParallel::ForRanges(0, c_LoopLength, [&sums](std::int64_t first, std::int64_t last) {
+        std::int64_t& sum = sums.Local();
+        for (std::int64_t index = first; index < last; ++index)
+        {
+            sum += index;
+        }
+    });
 
     LbCombinable<std::int64_t> calls;
     LbParallel::Invoke({[&calls] { ++calls.Local(); }, [&calls] { ++calls.Local(); }});
 
     LbCriticalSection lock;
     std::int64_t count = 0;
-    LbParallel::For(0, c_LockedLoopLength, [&lock, &count](std::int64_t) {
-        const LbCriticalSectionLock guard(lock);
-        ++count;
+    LbParallel::ForRanges(0, c_LockedLoopLength, [&lock, &count](std::int64_t first, std::int64_t last) {
+        for (std::int64_t index = first; index < last; ++index)
+        {
+            const LbCriticalSectionLock guard(lock);
+            ++count;
+        }
     });
 }
 

@@ -231,18 +231,58 @@ TEST_F(HostRun, NamesTheDescriptionFileThatItWarnsAbout)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostRun, WarnsAboutWhatThisVersionDoesNotDoAndGoesOn)
+TEST_F(HostRun, SaysWhichProcessRanACase)
 {
-    m_folder.MakeFolder(L"CPassedModel");
+    WriteManyOutcomes();
 
-    const SHostRun run = Run({L"-x"});
+    const SHostRun run = Run({L"-x", L"-v"});
 
-    EXPECT_TRUE(run.output.starts_with(
-        ToPlatformLines("Warnung: Externe Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen im "
-                        "selben Prozess.\n"
-                        "CPassedModel\n")))
-        << run.output;
-    EXPECT_EQ(run.exitStatus, 0);
+    ExpectGolden("cli/external.txt", FromPlatformLines(run.output));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_F(HostRun, SaysWhichProcessRanAnIsolatedCase)
+{
+    WriteManyOutcomes();
+
+    const SHostRun run = Run({L"-s", L"-v"});
+
+    ExpectGolden("cli/isolated.txt", FromPlatformLines(run.output));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_F(HostRun, SaysWhichThreadRanACase)
+{
+    WriteManyOutcomes();
+
+    const SHostRun run = Run({L"-w", L"1", L"-v"});
+
+    ExpectGolden("cli/parallel.txt", FromPlatformLines(run.output));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_F(HostRun, FindsTheDataOfExternalCasesFromAnyDirectory)
+{
+    m_folder.WriteFile(L"Größen und Maße/CDataSetModel/äöü ß.txt", "gut");
+    SHostOptions options;
+    options.workingDirectory = m_folder.GetPath();
+
+    const SHostRun run = RunOn(L"Größen und Maße", {L"-x"}, options);
+
+    EXPECT_TRUE(run.output.starts_with(ToPlatformLines("CDataSetModel\n\täöü ß.txt... OK\n"))) << run.output;
+}
+
+TEST_F(HostRun, ShowsNothingOfWhatExternalCasesPrint)
+{
+    m_folder.MakeFolder(L"CWideOutputModel");
+
+    const SHostRun run = Run({L"-x", L"--dll", L"wideoutputmodels"});
+
+    EXPECT_NE(run.output.find("\tFall... OK"), std::string::npos) << run.output;
+    EXPECT_EQ(run.errors, "");
 }
 
 TEST_F(HostRun, WritesPlainTextWhereThereIsNoTerminal)

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
+#include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/runtest.h"
@@ -154,12 +155,12 @@ TEST_F(RunCommandLine, SaysThatTheListOfDisabledCasesIsMissing)
     EXPECT_EQ(GetUtf8(), GetWarning("--list-disabled"));
 }
 
-TEST_F(RunCommandLine, SaysThatTheServiceForAParentRunIsMissing)
+TEST_F(RunCommandLine, ServesAParentRunInsteadOfRunning)
 {
     m_folder.MakeFolder(L"CFailedModel");
 
-    EXPECT_TRUE(Call(GetRunOptions({L"--response-event-id", L"Ereignis"})));
-    EXPECT_EQ(GetUtf8(), GetWarning("--response-event-id"));
+    EXPECT_THROW(Call(GetRunOptions({L"--response-event-id", L"Ereignis"})), LbException);
+    EXPECT_EQ(GetUtf8(), "");
 }
 
 TEST_F(RunCommandLine, ShowsTheWarningOfAMissingModeBoldAndGoldenrod)

@@ -108,7 +108,8 @@ protected:
         unitTests[0].cases[0].name = caseName;
         const std::function<bool()> cancel = [isCanceled] { return isCanceled; };
         SCaseInfo info;
-        LuTestSuiteRun::CCaseRunner(unitTests, m_params, cancel).Run(info);
+        const LuTestSuiteRun::SChildSettings childSettings;
+        LuTestSuiteRun::CCaseRunner(unitTests, m_params, cancel, childSettings).Run(info, false);
         return info;
     }
 

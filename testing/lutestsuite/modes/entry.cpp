@@ -25,9 +25,6 @@ constexpr SMissingMode c_AuxiliaryModes[] = {
     {L"--list-disabled", [](const LuTestSuiteSetup& setup) { return setup.listDisabled; }},
 };
 
-constexpr SMissingMode c_ChildProcessMode = {
-    L"--response-event-id", [](const LuTestSuiteSetup& setup) { return !setup.responseEventId.empty(); }};
-
 bool endsAsMissing(const SMissingMode& mode, const LuTestSuiteSetup& setup)
 {
     if (!mode.isRequested(setup))
@@ -66,8 +63,13 @@ bool LuTestSuiteUtils::RunCommandLine(LuTestSuiteEnvironment& environment, int a
             return true;
         }
     }
-    if (setup.dataDir.empty() || endsAsMissing(c_ChildProcessMode, setup))
+    if (setup.dataDir.empty())
     {
+        return true;
+    }
+    if (!setup.responseEventId.empty())
+    {
+        LuTestSuiteRun::RunExternalExecution(setup, environment);
         return true;
     }
     return isPassed(LuTestSuiteRun::Run(setup, environment).stats);

@@ -29,7 +29,7 @@ bool writeRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, c
 
 void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
 {
-    info.result = static_cast<ECaseRunResult>(buffer.result);
+    info.result = LoadResult(buffer);
     info.memoryGrowth = buffer.memoryGrowth;
     info.allocations = buffer.allocations;
     info.peakMemory = buffer.peakMemory;
@@ -53,30 +53,59 @@ SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap&
 }
 
 CCaseRunner::CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& runParams,
-                         const std::function<bool()>& isCanceled)
-    : m_unitTests(unitTests), m_runParams(runParams), m_isCanceled(isCanceled)
+                         const std::function<bool()>& isCanceled, const SChildSettings& childSettings)
+    : m_unitTests(unitTests), m_runParams(runParams), m_isCanceled(isCanceled), m_external(childSettings)
 {
 }
 
-void CCaseRunner::Run(SCaseInfo& info)
+void CCaseRunner::Run(SCaseInfo& info, bool isMoreToCome)
 {
     if (m_isCanceled())
     {
         return;
     }
-    const LuTestSuite::SUnitTest& unitTest = m_unitTests[info.unitTest];
-    const LuTestSuite::STestCase& testCase = unitTest.cases[info.testCase];
+    const UnitTest& unitTest = m_unitTests[info.unitTest];
+    const TestCase& testCase = unitTest.cases[info.testCase];
     const SParams params = GetCaseParams(m_runParams, testCase.parameters);
+    const bool isRun = params.external ? runInChild(unitTest, testCase, params, info, isMoreToCome)
+                                       : runHere(unitTest, testCase, params, info);
+    info.warning = isRun && params.reportMemLeak && static_cast<std::int64_t>(info.memoryGrowth) > 0;
+}
+
+bool CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info)
+{
+    if (!m_buffer)
     {
-        const CWorkBufferWriteView buffer = m_buffer.GetWriteAccess();
+        m_buffer.emplace();
+    }
+    {
+        const CWorkBufferWriteView buffer = m_buffer->GetWriteAccess();
         if (!writeRequest(*buffer, unitTest, testCase, params))
         {
-            return;
+            return false;
         }
         ExecuteInBuffer(*buffer);
     }
-    readAnswer(*m_buffer.GetReadAccess(), info);
-    info.warning = params.reportMemLeak && static_cast<std::int64_t>(info.memoryGrowth) > 0;
+    readAnswer(*m_buffer->GetReadAccess(), info);
+    return true;
+}
+
+bool CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
+                             bool isMoreToCome)
+{
+    CExternalLane& lane = m_external.Obtain(params.isolated);
+    if (!writeRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
+    {
+        return false;
+    }
+    lane.Ask();
+    if (params.isolated && isMoreToCome)
+    {
+        m_external.StartSpares();
+    }
+    info.processIndex = lane.WaitForAnswer(params.timeOutSec, m_isCanceled);
+    readAnswer(*lane.GetBuffer().GetReadAccess(), info);
+    return true;
 }
 
 } // namespace LuTestSuiteRun

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/run/externalcontext.h"
 #include "testing/lutestsuite/run/workbuffer.h"
 
 namespace LuTestSuiteRun
@@ -12,23 +14,31 @@ namespace LuTestSuiteRun
 /// The parameters of a case: the run's, with what the case itself says in their place.
 SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);
 
-/// Owned by one executing thread.
+/// Owned by one executing thread, with the child processes that run its external cases.
 class CCaseRunner : public INonCopyable
 {
 public:
     /// The arguments are the caller's and outlive the runner.
     CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& runParams,
-                const std::function<bool()>& isCanceled);
+                const std::function<bool()>& isCanceled, const SChildSettings& childSettings);
 
     /// Runs the case and fills its record. A case that cannot be asked for (a name too long) and a canceled one keep
-    /// their record as it is.
-    void Run(SCaseInfo& info);
+    /// their record as it is. When there is more to come, processes for it may be started meanwhile.
+    void Run(SCaseInfo& info, bool isMoreToCome);
 
 private:
+    using UnitTest = LuTestSuite::SUnitTest;
+    using TestCase = LuTestSuite::STestCase;
+
+    bool runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info);
+    bool runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
+                    bool isMoreToCome);
+
     const std::vector<LuTestSuite::SUnitTest>& m_unitTests;
     const SParams& m_runParams;
     const std::function<bool()>& m_isCanceled;
-    CHeapWorkBuffer m_buffer;
+    std::optional<CHeapWorkBuffer> m_buffer;
+    CExternalContext m_external;
 };
 
 } // namespace LuTestSuiteRun

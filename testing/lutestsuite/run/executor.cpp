@@ -72,8 +72,22 @@ std::optional<std::uint32_t> findSubtest(const LuUnitTest& unitTest, const std::
     return std::nullopt;
 }
 
-/// The case as far as it may throw. The created unit test is the caller's, who destroys it after taking the messages.
-ECaseRunResult runSubtest(SWorkBuffer& buffer, std::unique_ptr<LuUnitTest>& unitTest, LuStreamWriteText& messages)
+/// Messages as they come: what a test wrote before it crashed is in the buffer.
+class CBufferStream : public LuStreamWriteText, public INonCopyable
+{
+public:
+    explicit CBufferStream(SWorkBuffer& buffer) : m_buffer(buffer) {}
+
+    void Write(std::wstring_view text) override { m_isFull = m_isFull || !AppendMessages(m_buffer, text); }
+
+private:
+    SWorkBuffer& m_buffer;
+    bool m_isFull = false;
+};
+
+/// The case as far as it may throw. The created unit test is the caller's, who destroys it.
+ECaseRunResult runSubtest(SWorkBuffer& buffer, const SParams& params, std::unique_ptr<LuUnitTest>& unitTest,
+                          LuStreamWriteText& messages)
 {
     unitTest = LuTestSuite::CreateUnitTest(LoadName(buffer.className));
     if (!unitTest)
@@ -83,7 +97,7 @@ ECaseRunResult runSubtest(SWorkBuffer& buffer, std::unique_ptr<LuUnitTest>& unit
     unitTest->SetMessageStream(&messages);
     unitTest->SetDataDirectory(LoadName(buffer.dataDirectory));
     unitTest->InitSubtests();
-    setDebuggingOptions(*unitTest, buffer.params);
+    setDebuggingOptions(*unitTest, params);
     unitTest->PrepareSubtest();
     const std::optional<std::uint32_t> subtest = findSubtest(*unitTest, LoadName(buffer.caseName));
     if (!subtest)
@@ -97,14 +111,14 @@ ECaseRunResult runSubtest(SWorkBuffer& buffer, std::unique_ptr<LuUnitTest>& unit
 }
 
 /// The case with everything that it allocates, all of it released again when this returns; what is left is the case's.
-void runCase(SWorkBuffer& buffer)
+void runCase(SWorkBuffer& buffer, const SParams& params)
 {
-    LuStreamWriteTextMemory messages;
+    CBufferStream messages(buffer);
     std::unique_ptr<LuUnitTest> unitTest;
     ECaseRunResult result = ECaseRunResult::Exception;
     try
     {
-        result = runSubtest(buffer, unitTest, messages);
+        result = runSubtest(buffer, params, unitTest, messages);
     }
     catch (...)
     {
@@ -112,7 +126,6 @@ void runCase(SWorkBuffer& buffer)
         messages.WriteFormat(L"\t\tERROR: %s\n", LbDescribeCurrentException());
     }
     buffer.result = static_cast<std::uint32_t>(result);
-    AppendMessages(buffer, messages.GetText());
 }
 
 /// The Windows run-time takes some memory at the first exception of a process, and of a thread, and keeps it. That is
@@ -144,7 +157,7 @@ std::wstring toInfoLines(std::wstring_view text)
     return lines;
 }
 
-void storeHeapUse(SWorkBuffer& buffer, LuTestSuiteHeapTracker& tracker)
+void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTracker& tracker)
 {
     // What is made of the figures is no part of them.
     tracker.Deactivate();
@@ -152,7 +165,7 @@ void storeHeapUse(SWorkBuffer& buffer, LuTestSuiteHeapTracker& tracker)
     buffer.memoryGrowth = static_cast<std::uint64_t>(growth);
     buffer.allocations = tracker.GetMallocCount() + tracker.GetReallocCount();
     buffer.peakMemory = static_cast<std::uint64_t>(tracker.GetCurrentMax());
-    if (buffer.params.dumpHeap && growth != 0)
+    if (params.dumpHeap && growth != 0)
     {
         LuStreamWriteTextMemory dump;
         tracker.dump(dump);
@@ -164,19 +177,20 @@ void storeHeapUse(SWorkBuffer& buffer, LuTestSuiteHeapTracker& tracker)
 
 void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
 {
-    if (buffer.params.trackHeap)
+    const SParams params = LoadParams(buffer);
+    if (params.trackHeap)
     {
         raiseFirstException();
     }
-    LuTestSuiteHeapTracker tracker(true, buffer.params.trackHeap);
-    tracker.ObserveID(buffer.params.breakAllocId);
-    tracker.ObserveSize(buffer.params.breakAllocSize);
+    LuTestSuiteHeapTracker tracker(true, params.trackHeap);
+    tracker.ObserveID(params.breakAllocId);
+    tracker.ObserveSize(params.breakAllocSize);
     try
     {
-        runCase(buffer);
-        if (buffer.params.trackHeap)
+        runCase(buffer, params);
+        if (params.trackHeap)
         {
-            storeHeapUse(buffer, tracker);
+            storeHeapUse(buffer, params, tracker);
         }
     }
     catch (...)

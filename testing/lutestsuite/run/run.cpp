@@ -1,21 +1,20 @@
 /// A normal run, stage by stage.
 
-#include "base/lbassert.h"
 #include "base/lbdatetime.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbtimer.h"
 #include "base/ludebugserialization.h"
-#include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
-#include "testing/lutestsuite/run/missingfeatures.h"
 #include "testing/lutestsuite/run/plan.h"
+#include "testing/lutestsuite/run/preparation.h"
 #include "testing/lutestsuite/run/reports.h"
 #include "testing/lutestsuite/run/statistics.h"
+#include "testing/lutestsuite/run/workerthreads.h"
 
 namespace LuTestSuiteRun
 {
@@ -24,48 +23,6 @@ namespace
 {
 
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
-
-void loadTestModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
-{
-    environment.LoadTestDLLs();
-    for (const std::wstring& name : setup.dlls)
-    {
-        environment.LoadDLL(name, false);
-    }
-}
-
-/// The process as a run needs it, for as long as the object lives.
-class CPreparation : public INonCopyable
-{
-public:
-    CPreparation(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
-        : m_environment(environment), m_assertDialog(setup.params.assertDialog),
-          m_dataDirectory(LbOs::GetFullPath(setup.dataDir)), m_includeConfig(LbOs::GetFullPath(setup.includeConfig))
-    {
-        loadTestModules(setup, environment);
-        LbAssert::SetDialogEnabled(m_assertDialog);
-        environment.SetExecutableDirectoryAsWorkingDirectory();
-    }
-
-    ~CPreparation()
-    {
-        if (!m_assertDialog)
-        {
-            LbAssert::SetDialogEnabled(true);
-        }
-        m_environment.RestoreWorkingDirectory();
-    }
-
-    /// The user's paths, which are meant from the working directory that the run leaves.
-    const std::wstring& GetDataDirectory() const { return m_dataDirectory; }
-    const std::wstring& GetIncludeConfig() const { return m_includeConfig; }
-
-private:
-    LuTestSuiteEnvironment& m_environment;
-    bool m_assertDialog;
-    std::wstring m_dataDirectory;
-    std::wstring m_includeConfig;
-};
 
 /// A host's own list of unit tests is run as it is.
 UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
@@ -81,7 +38,7 @@ UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
 }
 
 /// Runs the listed cases one after another on the calling thread.
-void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTests,
+void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
                          const std::vector<std::uint32_t>& list, std::vector<SCaseInfo>& cases)
 {
     if (list.empty())
@@ -90,7 +47,7 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
     }
     const std::wstring debugRoot =
         LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput) + LbDateTime::FormatNow(L"Y-m-d H.i.s");
-    CCaseRunner runner(unitTests, setup.params, setup.checkCallback);
+    CCaseRunner runner(unitTests, setup.params, setup.checkCallback, childSettings);
     CCaseLines lines(unitTests, setup.params);
     for (const std::uint32_t index : list)
     {
@@ -104,19 +61,20 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugRoot + LbPath::c_Separator +
                                                                LbPath::ToSafeName(caseName));
         lines.WriteHeader(info);
-        runner.Run(info);
+        runner.Run(info, index != list.back());
         lines.WriteResult(info);
         setup.resultCallback(info.result);
         info.executed = true;
     }
 }
 
-void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, SRunResult& result)
+void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
+                    SRunResult& result)
 {
     SPlan plan = MakePlan(unitTests, setup.params);
     result.cases = std::move(plan.cases);
-    executeSequentially(setup, unitTests, plan.parallel, result.cases);
-    executeSequentially(setup, unitTests, plan.sequential, result.cases);
+    ExecuteInParallel(setup, unitTests, childSettings, plan.parallel, result.cases);
+    executeSequentially(setup, unitTests, childSettings, plan.sequential, result.cases);
 }
 
 /// The run up to its summary. The working directory is restored when it returns, so that the user's paths of reports
@@ -126,14 +84,14 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
-    WarnAboutMissingFeatures(setup, unitTests);
 
     SRunResult result;
     const LbTimer timer(LbTimer::eR_NanoSecond);
     result.stats.startTime = LbDateTime::FormatNow(c_TimeFormat);
     if (!unitTests.empty())
     {
-        planAndExecute(setup, unitTests, result);
+        planAndExecute(setup, unitTests, {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog},
+                       result);
         CountCases(result.cases, unitTests.size(), result.stats);
         WriteSummary(unitTests, result.stats);
     }

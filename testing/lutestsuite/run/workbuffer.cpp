@@ -1,6 +1,7 @@
 #include "testing/lutestsuite/run/workbuffer.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "base/lbencoding.h"
 
@@ -14,6 +15,19 @@ bool isFirstOfPair(char16_t unit)
 {
     return unit >= 0xD800 && unit <= 0xDBFF;
 }
+
+/// A number that another process may change at any time: read once, so that what is checked is what is used.
+std::uint32_t readOnce(const std::uint32_t& number)
+{
+    return *static_cast<const volatile std::uint32_t*>(&number);
+}
+
+std::size_t getMessageLength(const SWorkBuffer& buffer)
+{
+    return std::min<std::size_t>(readOnce(buffer.messageLength), c_MessageMax);
+}
+
+constexpr std::size_t c_LeadingFlags = offsetof(SParams, parallel) + 1;
 
 } // namespace
 
@@ -49,9 +63,9 @@ std::wstring LoadName(const char16_t (&field)[c_NameCapacity])
     return LbEncoding::FromUtf16({field, static_cast<std::size_t>(end - field)});
 }
 
-void AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
+bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
 {
-    const std::size_t length = std::min<std::size_t>(buffer.messageLength, c_MessageMax);
+    const std::size_t length = getMessageLength(buffer);
     const std::size_t capacity = c_MessageMax - length;
     // A character has at least one unit: what cannot fit is not even converted.
     const std::u16string units = LbEncoding::ToUtf16(text.substr(0, capacity));
@@ -64,12 +78,32 @@ void AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
     std::copy_n(units.begin(), count, buffer.messages + length);
     buffer.messages[length + count] = u'\0';
     buffer.messageLength = static_cast<std::uint32_t>(length + count);
+    return !isCut;
 }
 
 std::wstring LoadMessages(const SWorkBuffer& buffer)
 {
-    const std::size_t length = std::min<std::size_t>(buffer.messageLength, c_MessageMax);
-    return LbEncoding::FromUtf16({buffer.messages, length});
+    return LbEncoding::FromUtf16({buffer.messages, getMessageLength(buffer)});
+}
+
+SParams LoadParams(const SWorkBuffer& buffer)
+{
+    // By way of bytes: a bool that is neither true nor false must not even be looked at.
+    unsigned char bytes[sizeof(SParams)];
+    std::memcpy(bytes, &buffer.params, sizeof(bytes));
+    const auto normalize = [](unsigned char flag) { return static_cast<unsigned char>(flag == 0 ? 0 : 1); };
+    std::transform(bytes, bytes + c_LeadingFlags, bytes, normalize);
+    unsigned char& showsTime = bytes[offsetof(SParams, repetitionsGiven)];
+    showsTime = normalize(showsTime);
+    SParams params;
+    std::memcpy(&params, bytes, sizeof(bytes));
+    return params;
+}
+
+ECaseRunResult LoadResult(const SWorkBuffer& buffer)
+{
+    const std::uint32_t result = readOnce(buffer.result);
+    return result < SStats::SCounts::sc_uiResults ? static_cast<ECaseRunResult>(result) : ECaseRunResult::Unknown;
 }
 
 } // namespace LuTestSuiteRun

@@ -99,8 +99,13 @@ private:
 bool StoreName(char16_t (&field)[c_NameCapacity], const std::wstring& name);
 std::wstring LoadName(const char16_t (&field)[c_NameCapacity]);
 
-/// Appends message text; what no longer fits is cut off, never in the middle of a character.
-void AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
+/// Appends message text; what no longer fits is cut off, never in the middle of a character. False when it was.
+bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
 std::wstring LoadMessages(const SWorkBuffer& buffer);
+
+/// Parameters and result as far as they can be: the process on the other side may be broken. A flag that is neither set
+/// nor clear counts as set, a result that is none as "Unknown".
+SParams LoadParams(const SWorkBuffer& buffer);
+ECaseRunResult LoadResult(const SWorkBuffer& buffer);
 
 } // namespace LuTestSuiteRun

@@ -1,0 +1,229 @@
+#include "testing/lutestsuite/run/externalcontext.h"
+
+#include <atomic>
+#include <utility>
+
+#include "base/lbcommandline.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbtimer.h"
+#include "base/lbuniqueid.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+/// The host of this build, which stands beside the running one and mostly is that.
+std::wstring getHostName()
+{
+    const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
+    return LbFormat(L"LuTestSuiteCLI%s%s", isDebug ? L"D" : L"", LbOs::c_ExecutableSuffix);
+}
+
+std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
+{
+    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name);
+    if (!event)
+    {
+        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden", name));
+    }
+    return event;
+}
+
+} // namespace
+
+std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
+                                 const std::wstring& requestEventId, const std::wstring& responseEventId)
+{
+    // A run over a host's own list of unit tests may have no data directory; the child wants one and does not look.
+    const std::wstring dataDirectory = settings.dataDirectory.empty()
+                                           ? LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)
+                                           : settings.dataDirectory;
+    std::wstring line =
+        LbFormat(L"%s -d %s -x --memory-id %s --request-event-id %s --response-event-id %s", getHostName(),
+                 LbCommandLine::Quote(dataDirectory), memoryId, requestEventId, responseEventId);
+    if (!settings.assertDialog)
+    {
+        line += L" --no-assert-dialog";
+    }
+    for (const std::wstring& name : settings.dlls)
+    {
+        line += L" --dll " + LbCommandLine::Quote(name);
+    }
+    return line;
+}
+
+CExternalLane::CExternalLane(const SChildSettings& settings)
+    : m_settings(settings), m_buffer(LbUniqueId::Generate(), CSharedMemoryWorkBuffer::eO_Create),
+      m_requestEventId(LbUniqueId::Generate()), m_responseEventId(LbUniqueId::Generate()),
+      m_request(createEvent(m_requestEventId)), m_response(createEvent(m_responseEventId))
+{
+}
+
+void CExternalLane::startChild()
+{
+    // What a child before this one has left behind is none of the new one's business.
+    m_child.reset();
+    m_request->Reset();
+    m_response->Reset();
+    LbOs::SChildOptions options;
+    const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
+    options.program = folder + getHostName();
+    options.commandLine = GetChildCommandLine(m_settings, m_buffer.GetName(), m_requestEventId, m_responseEventId);
+    options.workingDirectory = folder;
+    options.isSilent = true;
+    m_child = LbOs::CChildProcess::Start(options);
+    m_processIndex = sc_iNone;
+    m_isOld = false;
+}
+
+void CExternalLane::AssertChild()
+{
+    m_isOld = m_child != nullptr;
+    if (!m_child || !m_child->IsRunning())
+    {
+        startChild();
+    }
+}
+
+void CExternalLane::Ask()
+{
+    static std::atomic<std::int32_t> s_nextProcessIndex = 0;
+    if (!m_child)
+    {
+        return;
+    }
+    if (m_processIndex == sc_iNone)
+    {
+        m_processIndex = s_nextProcessIndex++;
+    }
+    m_request->Set();
+}
+
+std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
+{
+    if (!m_child)
+    {
+        return sc_iNone;
+    }
+    EEnd end = wait(timeOutSec, isCanceled);
+    // A request that nobody has taken: a child that had been without work for too long went at that moment.
+    if (end == EEnd::ChildEnded && m_isOld && m_request->Reset())
+    {
+        startChild();
+        Ask();
+        end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
+    }
+    const std::int32_t processIndex = m_processIndex;
+    if (end != EEnd::Answered)
+    {
+        // Gone before the buffer is written or read: until then it could still be writing itself.
+        m_child.reset();
+    }
+    if (end == EEnd::TimedOut || end == EEnd::Canceled)
+    {
+        writeResult(end == EEnd::TimedOut ? ECaseRunResult::TimeOut : ECaseRunResult::Canceled);
+    }
+    return processIndex;
+}
+
+CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
+{
+    constexpr std::uint32_t c_SliceMilliseconds = 1000;
+    const LbTimer timer(LbTimer::eR_Second);
+    while (true)
+    {
+        switch (m_response->Wait(c_SliceMilliseconds, m_child.get()))
+        {
+        case LbOs::EEventWait::Signaled:
+            return EEnd::Answered;
+        case LbOs::EEventWait::ChildEnded:
+            return EEnd::ChildEnded;
+        case LbOs::EEventWait::Failed:
+            return EEnd::Failed;
+        case LbOs::EEventWait::TimedOut:
+            break;
+        }
+        if (timer.GetElapsed() > timeOutSec)
+        {
+            return EEnd::TimedOut;
+        }
+        if (isCanceled())
+        {
+            return EEnd::Canceled;
+        }
+    }
+}
+
+void CExternalLane::writeResult(ECaseRunResult result)
+{
+    m_buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
+}
+
+namespace
+{
+
+/// Spare lanes of all threads.
+std::atomic<std::uint32_t> s_spareCount = 0;
+
+/// Counts one more, unless there are enough.
+bool takeSparePlace()
+{
+    static const std::uint32_t s_most = LuTestSuiteUtils::GetDefaultThreadCount();
+    if (s_spareCount++ < s_most)
+    {
+        return true;
+    }
+    --s_spareCount;
+    return false;
+}
+
+} // namespace
+
+CExternalContext::~CExternalContext()
+{
+    s_spareCount -= static_cast<std::uint32_t>(m_spares.size());
+}
+
+CExternalLane& CExternalContext::Obtain(bool isIsolated)
+{
+    if (isIsolated)
+    {
+        m_lane.reset();
+    }
+    if (isIsolated && !m_spares.empty())
+    {
+        m_lane = std::move(m_spares.front());
+        m_spares.erase(m_spares.begin());
+        --s_spareCount;
+    }
+    if (!m_lane)
+    {
+        m_lane = std::make_unique<CExternalLane>(m_settings);
+    }
+    m_lane->AssertChild();
+    return *m_lane;
+}
+
+void CExternalContext::StartSpares()
+{
+    while (takeSparePlace())
+    {
+        try
+        {
+            m_spares.push_back(std::make_unique<CExternalLane>(m_settings));
+        }
+        catch (...)
+        {
+            --s_spareCount;
+            throw;
+        }
+        m_spares.back()->AssertChild();
+    }
+}
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,98 @@
+/// Child processes of a run, and what one executing thread shares with them.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/inoncopyable.h"
+#include "base/os/childprocess.h"
+#include "base/os/namedevent.h"
+#include "testing/lutestsuite/run/sharedworkbuffer.h"
+
+namespace LuTestSuiteRun
+{
+
+/// What all child processes of a run are started with.
+struct SChildSettings
+{
+    std::wstring dataDirectory;     ///< full path
+    std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
+    bool assertDialog = true;
+};
+
+/// The command line of a child that serves through objects of these names.
+std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
+                                 const std::wstring& requestEventId, const std::wstring& responseEventId);
+
+/// A work buffer, two events and the child process at their other end. Used by one thread.
+class CExternalLane : public INonCopyable
+{
+public:
+    /// Creates the shared objects under fresh names; throws LbException when they cannot be had. The settings are the
+    /// caller's and outlive the object.
+    explicit CExternalLane(const SChildSettings& settings);
+
+    /// Starts a child unless there is one that runs. Without success there is none.
+    void AssertChild();
+
+    IWorkBuffer& GetBuffer() { return m_buffer; }
+
+    /// Hands the request in the buffer to the child.
+    void Ask();
+
+    /// Waits until the child has answered. When it does not, its processes are ended, and the buffer says why: the
+    /// limit in whole seconds was exceeded, the run was canceled, or the child itself has ended, which leaves the
+    /// buffer as it is. Returns the index of the process that had the request, -1 without one.
+    std::int32_t WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
+
+private:
+    enum class EEnd
+    {
+        Answered,
+        TimedOut,
+        Canceled,
+        ChildEnded,
+        Failed
+    };
+
+    void startChild();
+    EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
+    void writeResult(ECaseRunResult result);
+
+    const SChildSettings& m_settings;
+    CSharedMemoryWorkBuffer m_buffer;
+    std::wstring m_requestEventId;
+    std::wstring m_responseEventId;
+    std::unique_ptr<LbOs::CNamedEvent> m_request;
+    std::unique_ptr<LbOs::CNamedEvent> m_response;
+    std::unique_ptr<LbOs::CChildProcess> m_child;
+    std::int32_t m_processIndex = sc_iNone; ///< given to a child with its first request
+    bool m_isOld = false;                   ///< the child has been without work: it may go at any moment
+
+    static constexpr std::int32_t sc_iNone = -1;
+};
+
+/// The lanes of one executing thread.
+class CExternalContext : public INonCopyable
+{
+public:
+    explicit CExternalContext(const SChildSettings& settings) : m_settings(settings) {}
+    ~CExternalContext();
+
+    /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody has used.
+    CExternalLane& Obtain(bool isIsolated);
+
+    /// Starts children for isolated cases to come, so that these need not wait for the start. All threads together have
+    /// as many of them waiting as the machine can start at a time.
+    void StartSpares();
+
+private:
+    const SChildSettings& m_settings;
+    std::unique_ptr<CExternalLane> m_lane;
+    std::vector<std::unique_ptr<CExternalLane>> m_spares;
+};
+
+} // namespace LuTestSuiteRun

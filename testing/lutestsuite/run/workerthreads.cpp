@@ -1,0 +1,312 @@
+#include "testing/lutestsuite/run/workerthreads.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "base/lbcriticalsection.h"
+#include "base/os/process.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+#include "testing/lutestsuite/run/caserunner.h"
+#include "testing/lutestsuite/run/consolelines.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+using UnitTests = std::vector<LuTestSuite::SUnitTest>;
+
+/// What workers and the calling thread share.
+class CWork : public INonCopyable
+{
+public:
+    CWork(const std::vector<std::uint32_t>& list, std::vector<SCaseInfo>& cases,
+          const std::function<bool()>& isCanceled)
+        : m_list(list), m_cases(cases), m_isCanceled(isCanceled)
+    {
+    }
+
+    /// The next case, null when there is none for anybody any more.
+    SCaseInfo* Take();
+
+    /// Some cases have not been handed out.
+    bool IsMoreToCome();
+
+    /// Nothing is handed out from now on.
+    void Stop();
+
+    /// One thread at a time asks: a host's callback need not know of threads.
+    bool IsCanceled();
+
+    void AddFinished(SCaseInfo& info);
+
+    void AddWorker();
+    void RemoveWorker(std::exception_ptr failure);
+
+    struct SProgress
+    {
+        std::vector<SCaseInfo*> finished; ///< since the last look
+        bool hasEnded = false;            ///< no worker is left
+    };
+
+    SProgress Look();
+
+    std::size_t GetCount() const noexcept { return m_list.size(); }
+    void RethrowFailure() const;
+
+private:
+    const std::vector<std::uint32_t>& m_list;
+    std::vector<SCaseInfo>& m_cases;
+    const std::function<bool()>& m_isCanceled;
+
+    LbCriticalSection m_workLock; ///< of the next index and the question for cancellation
+    std::size_t m_next = 0;
+
+    LbCriticalSection m_finishedLock; ///< of all below
+    std::vector<SCaseInfo*> m_finished;
+    std::size_t m_workers = 0;
+    std::exception_ptr m_failure;
+};
+
+SCaseInfo* CWork::Take()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    if (m_next >= m_list.size() || m_isCanceled())
+    {
+        m_next = m_list.size();
+        return nullptr;
+    }
+    return &m_cases[m_list[m_next++]];
+}
+
+bool CWork::IsMoreToCome()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    return m_next < m_list.size();
+}
+
+void CWork::Stop()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    m_next = m_list.size();
+}
+
+bool CWork::IsCanceled()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    return m_isCanceled();
+}
+
+void CWork::AddFinished(SCaseInfo& info)
+{
+    const LbCriticalSectionLock lock(m_finishedLock);
+    m_finished.push_back(&info);
+}
+
+void CWork::AddWorker()
+{
+    const LbCriticalSectionLock lock(m_finishedLock);
+    ++m_workers;
+}
+
+void CWork::RemoveWorker(std::exception_ptr failure)
+{
+    if (failure)
+    {
+        Stop();
+    }
+    const LbCriticalSectionLock lock(m_finishedLock);
+    --m_workers;
+    if (!m_failure)
+    {
+        m_failure = std::move(failure);
+    }
+}
+
+CWork::SProgress CWork::Look()
+{
+    const LbCriticalSectionLock lock(m_finishedLock);
+    return {std::exchange(m_finished, {}), m_workers == 0};
+}
+
+void CWork::RethrowFailure() const
+{
+    if (m_failure)
+    {
+        std::rethrow_exception(m_failure);
+    }
+}
+
+/// What each worker needs to run cases.
+struct SRunContext
+{
+    const UnitTests& unitTests;
+    const SParams& params;
+    const SChildSettings& childSettings;
+};
+
+/// Runs cases until none is left. Ends with its object at the latest.
+class CWorkerThread : public INonCopyable
+{
+public:
+    /// Throws std::system_error when the system has no more threads.
+    CWorkerThread(std::int32_t index, CWork& work, const SRunContext& context);
+    ~CWorkerThread() { m_thread.join(); }
+
+private:
+    void run() noexcept;
+    void runCases();
+
+    std::int32_t m_index;
+    CWork& m_work;
+    const SRunContext& m_context;
+    std::thread m_thread;
+};
+
+CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, const SRunContext& context)
+    : m_index(index), m_work(work), m_context(context)
+{
+    m_work.AddWorker();
+    try
+    {
+        m_thread = std::thread([this] { run(); });
+    }
+    catch (...)
+    {
+        m_work.RemoveWorker(nullptr);
+        throw;
+    }
+}
+
+void CWorkerThread::run() noexcept
+{
+    std::exception_ptr failure;
+    try
+    {
+        runCases();
+    }
+    catch (...)
+    {
+        failure = std::current_exception();
+    }
+    m_work.RemoveWorker(std::move(failure));
+}
+
+void CWorkerThread::runCases()
+{
+    LbOs::SetCurrentThreadName(L"LuTestSuiteRun::CWorkerThread");
+    if (!m_work.IsMoreToCome())
+    {
+        // The others were done before this thread started: to warm it up would only hold up the end of the run.
+        return;
+    }
+    LuTestSuiteEnvironment::PreallocateStaticData();
+    const std::function<bool()> isCanceled = [this] { return m_work.IsCanceled(); };
+    CCaseRunner runner(m_context.unitTests, m_context.params, isCanceled, m_context.childSettings);
+    while (SCaseInfo* const info = m_work.Take())
+    {
+        info->threadIndex = m_index;
+        runner.Run(*info, m_work.IsMoreToCome());
+        m_work.AddFinished(*info);
+    }
+}
+
+/// The workers of a run. They end with the object, after the cases that they are at.
+class CWorkers : public INonCopyable
+{
+public:
+    CWorkers(std::uint32_t count, CWork& work, const SRunContext& context);
+    ~CWorkers() { m_work.Stop(); }
+
+private:
+    CWork& m_work;
+    std::vector<std::unique_ptr<CWorkerThread>> m_threads;
+};
+
+CWorkers::CWorkers(std::uint32_t count, CWork& work, const SRunContext& context) : m_work(work)
+{
+    try
+    {
+        while (m_threads.size() < count)
+        {
+            const auto index = static_cast<std::int32_t>(m_threads.size());
+            m_threads.push_back(std::make_unique<CWorkerThread>(index, work, context));
+        }
+    }
+    catch (const std::system_error&)
+    {
+        // A system short of threads: fewer of them do the work as well.
+        if (m_threads.empty())
+        {
+            throw;
+        }
+    }
+}
+
+/// Prints cases in the order in which they finish, until all are printed or the run is canceled.
+void printFinished(const LuTestSuiteSetup& setup, const UnitTests& unitTests, CWork& work)
+{
+    constexpr std::chrono::milliseconds c_LookInterval(250);
+    CCaseLines lines(unitTests, setup.params);
+    std::size_t printed = 0;
+    while (printed < work.GetCount())
+    {
+        std::this_thread::sleep_for(c_LookInterval);
+        const CWork::SProgress progress = work.Look();
+        for (SCaseInfo* const info : progress.finished)
+        {
+            if (work.IsCanceled())
+            {
+                WriteCanceled();
+                return;
+            }
+            lines.WriteHeader(*info);
+            lines.WriteResult(*info);
+            setup.resultCallback(info->result);
+            info->executed = true;
+            ++printed;
+        }
+        if (progress.hasEnded && printed < work.GetCount())
+        {
+            // The workers were told of the cancellation before anything else had finished, or one of them failed.
+            if (work.IsCanceled())
+            {
+                WriteCanceled();
+            }
+            return;
+        }
+    }
+}
+
+} // namespace
+
+std::uint32_t GetWorkerCount(std::uint32_t wanted)
+{
+    constexpr std::uint32_t c_Most = 256;
+    return std::clamp(wanted, 1U, c_Most);
+}
+
+void ExecuteInParallel(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
+                       const std::vector<std::uint32_t>& list, std::vector<SCaseInfo>& cases)
+{
+    if (list.empty())
+    {
+        return;
+    }
+    CWork work(list, cases, setup.checkCallback);
+    const SRunContext context = {unitTests, setup.params, childSettings};
+    {
+        const CWorkers workers(GetWorkerCount(setup.params.workerThreads), work, context);
+        printFinished(setup, unitTests, work);
+    }
+    work.RethrowFailure();
+}
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,342 @@
+// Cases in child processes.
+
+#include <chrono>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbexception.h"
+#include "tests/support/probe.h"
+#include "tests/support/runtest.h"
+#include "tests/support/scopedenvironment.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using LuTestSuiteRun::SCaseInfo;
+using LuTestSuiteRun::SRunResult;
+
+class RunExternal : public RunTest
+{
+protected:
+    static LuTestSuiteSetup MakeExternal(std::vector<LuTestSuite::SUnitTest> unitTests)
+    {
+        LuTestSuiteSetup setup = MakeSetup(std::move(unitTests));
+        setup.dlls.emplace_back(L"crashmodels");
+        setup.params.external = true;
+        return setup;
+    }
+
+    static LuTestSuiteSetup MakeCrash(const std::vector<std::wstring>& caseNames)
+    {
+        return MakeExternal({MakeUnitTest(L"CCrashModel", caseNames)});
+    }
+
+    /// The case between two that pass.
+    SCaseInfo RunCrash(const std::wstring& caseName, std::uint32_t timeOutSec = LuTestSuiteRun::c_NoLimit)
+    {
+        LuTestSuiteSetup setup = MakeCrash({L"vorher", caseName, L"nachher"});
+        setup.unitTests[0].cases[1].parameters[L"TimeOutSec"] = timeOutSec;
+        const SRunResult result = Run(setup);
+        EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+        EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
+        return result.cases.at(1);
+    }
+};
+
+TEST_F(RunExternal, UsesOneProcessForAllCases)
+{
+    const SRunResult result = Run(MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})}));
+
+    EXPECT_GE(result.cases.at(0).processIndex, 0);
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
+}
+
+TEST_F(RunExternal, UsesAProcessForEachIsolatedCase)
+{
+    LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
+    setup.params.isolated = true;
+    setup.params.repetitions = 3;
+
+    std::set<std::int32_t> processes;
+    for (const SCaseInfo& info : Run(setup).cases)
+    {
+        processes.insert(info.processIndex);
+    }
+
+    EXPECT_EQ(processes.size(), 6U);
+    EXPECT_GE(*processes.begin(), 0);
+    EXPECT_EQ(*processes.rbegin() - *processes.begin(), 5);
+}
+
+TEST_F(RunExternal, LeavesCasesInThisProcessThatSaySo)
+{
+    LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
+    setup.unitTests[0].cases[0].parameters[L"External"] = false;
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(0).processIndex, -1);
+    EXPECT_GE(result.cases.at(1).processIndex, 0);
+}
+
+TEST_F(RunExternal, TakesCasesThatSaySoInAnyRun)
+{
+    LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
+    setup.unitTests[0].cases[1].parameters[L"External"] = true;
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(0).processIndex, -1);
+    EXPECT_GE(result.cases.at(1).processIndex, 0);
+}
+
+TEST_F(RunExternal, IgnoresIsolationOfCasesInThisProcess)
+{
+    LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})});
+    setup.params.isolated = true;
+
+    EXPECT_EQ(Run(setup).cases.at(0).processIndex, -1);
+}
+
+TEST_F(RunExternal, HandsDataDirectoriesOnUnchanged)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"Größen und Maße/CDataSetModel/äöü ß.txt", "gut");
+    LuTestSuiteSetup setup = MakeSetup(folder.GetPathOf(L"Größen und Maße"));
+    setup.dataDir = LbPath::WithSeparator(setup.dataDir);
+    setup.params.external = true;
+
+    const SRunResult result = Run(setup);
+
+    ASSERT_EQ(result.cases.size(), 1U);
+    EXPECT_EQ(result.cases[0].result, ECaseRunResult::Ok);
+    EXPECT_GE(result.cases[0].processIndex, 0);
+}
+
+TEST_F(RunExternal, SurvivesAnAccessViolation)
+{
+    const SCaseInfo info = RunCrash(L"Zugriffsverletzung");
+
+    EXPECT_EQ(info.result, ECaseRunResult::Unknown);
+    EXPECT_GE(info.processIndex, 0);
+}
+
+TEST_F(RunExternal, KeepsWhatACaseWroteBeforeItCrashed)
+{
+    EXPECT_EQ(RunCrash(L"Zugriffsverletzung").messages, L"\t\tINFO:  vor dem Absturz\n");
+}
+
+TEST_F(RunExternal, SurvivesAStackOverflow)
+{
+    EXPECT_EQ(RunCrash(L"Stapelüberlauf").result, ECaseRunResult::Unknown);
+}
+
+TEST_F(RunExternal, SurvivesAbort)
+{
+    EXPECT_EQ(RunCrash(L"abort").result, ECaseRunResult::Unknown);
+}
+
+TEST_F(RunExternal, SurvivesTerminate)
+{
+    EXPECT_EQ(RunCrash(L"terminate").result, ECaseRunResult::Unknown);
+}
+
+TEST_F(RunExternal, SurvivesExit)
+{
+    EXPECT_EQ(RunCrash(L"exit").result, ECaseRunResult::Unknown);
+}
+
+TEST_F(RunExternal, SurvivesADivisionByZero)
+{
+    EXPECT_EQ(RunCrash(L"Division durch null").result, ECaseRunResult::Unknown);
+}
+
+TEST_F(RunExternal, EndsAnEndlessLoop)
+{
+    EXPECT_EQ(RunCrash(L"Endlosschleife", 1).result, ECaseRunResult::TimeOut);
+}
+
+TEST_F(RunExternal, EndsADeadLock)
+{
+    EXPECT_EQ(RunCrash(L"Verklemmung", 1).result, ECaseRunResult::TimeOut);
+}
+
+TEST_F(RunExternal, SurvivesClosedFiles)
+{
+    EXPECT_EQ(RunCrash(L"geschlossene Dateien").result, ECaseRunResult::Ok);
+}
+
+TEST_F(RunExternal, SurvivesALackOfMemory)
+{
+    EXPECT_EQ(RunCrash(L"kein Speicher").result, ECaseRunResult::Exception);
+}
+
+TEST_F(RunExternal, SurvivesAllOfThemOnWorkers)
+{
+    LuTestSuiteSetup setup =
+        MakeCrash({L"vorher", L"Zugriffsverletzung", L"abort", L"terminate", L"Division durch null", L"nachher"});
+    setup.params.parallel = true;
+    setup.params.workerThreads = 3;
+    setup.params.repetitions = 3;
+
+    for (const SCaseInfo& info : Run(setup).cases)
+    {
+        const bool passes = info.testCase == 0 || info.testCase == 5;
+        EXPECT_EQ(info.result, passes ? ECaseRunResult::Ok : ECaseRunResult::Unknown) << info.testCase;
+    }
+}
+
+TEST_F(RunExternal, StartsAnotherProcessAfterACrash)
+{
+    const SRunResult result = Run(MakeCrash({L"vorher", L"abort", L"nachher"}));
+
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
+    EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 1);
+}
+
+TEST_F(RunExternal, StartsAnotherProcessWhenOneHasLeftForLackOfWork)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
+    // A moment longer than a process waits: it may be there still, be about to leave, or have left.
+    setup.resultCallback = [](ECaseRunResult) { std::this_thread::sleep_for(std::chrono::milliseconds(5003)); };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+}
+
+TEST_F(RunExternal, GivesUpAfterMoreThanTheTimeOutInWholeSeconds)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"schläft", L"nachher"});
+    setup.params.timeOutSec = 2;
+    const auto start = std::chrono::steady_clock::now();
+
+    const SRunResult result = Run(setup);
+
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(elapsed.count(), 2.9);
+    EXPECT_LT(elapsed.count(), 30.0);
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::TimeOut);
+    EXPECT_EQ(result.cases.at(0).messages, L"\t\tINFO:  vor dem Schlaf\n");
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex + 1);
+}
+
+TEST_F(RunExternal, EndsWhatACaseStartedWithTheCase)
+{
+    CProbeLine line;
+    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
+    LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});
+    setup.params.timeOutSec = 1;
+
+    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::TimeOut);
+
+    EXPECT_TRUE(line.WaitReady());
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST_F(RunExternal, EndsWhatIsolatedCasesLeaveBehind)
+{
+    CProbeLine line;
+    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
+    LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse und endet"});
+    setup.params.isolated = true;
+
+    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::Ok);
+
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST_F(RunExternal, StopsWaitingWhenCanceled)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"schläft", L"nachher"});
+    int questions = 0;
+    setup.checkCallback = [&questions] { return ++questions > 2; };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Canceled);
+    EXPECT_TRUE(result.cases.at(0).executed);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Unknown);
+    EXPECT_FALSE(result.cases.at(1).executed);
+}
+
+TEST_F(RunExternal, NamesThreadAndProcessWhenVerbose)
+{
+    LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins"})});
+    setup.params.verbose = true;
+
+    const std::wstring process = std::to_wstring(Run(setup).cases.at(0).processIndex);
+
+    EXPECT_NE(m_output.GetText().find(L"OK [P" + process + L"]\n"), std::wstring::npos);
+}
+
+TEST_F(RunExternal, CountsTheHeapWhereTheCaseRuns)
+{
+    LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins"})});
+    setup.params.trackHeap = true;
+    const std::uint64_t there = Run(setup).cases.at(0).allocations;
+    setup.params.external = false;
+
+    EXPECT_EQ(there != 0, Run(setup).cases.at(0).allocations != 0);
+}
+
+class RunExternalExecution : public RunTest
+{
+protected:
+    static std::wstring GetFunction(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
+    {
+        try
+        {
+            LuTestSuiteRun::RunExternalExecution(setup, environment);
+        }
+        catch (const LbException& exception)
+        {
+            return exception.GetFunction();
+        }
+        return {};
+    }
+};
+
+TEST_F(RunExternalExecution, NeedsThreeNames)
+{
+    for (std::wstring LuTestSuiteSetup::*missing :
+         {&LuTestSuiteSetup::memoryId, &LuTestSuiteSetup::requestEventId, &LuTestSuiteSetup::responseEventId})
+    {
+        LuTestSuiteSetup setup;
+        setup.memoryId = setup.requestEventId = setup.responseEventId = L"a";
+        (setup.*missing).clear();
+        EXPECT_EQ(GetFunction(setup, m_environment), L"LuTestSuiteRun::RunExternalExecution");
+    }
+}
+
+TEST_F(RunExternalExecution, NeedsTheEvents)
+{
+    LuTestSuiteSetup setup;
+    setup.memoryId = setup.requestEventId = setup.responseEventId = LbUniqueId::Generate();
+
+    EXPECT_EQ(GetFunction(setup, m_environment), L"LuTestSuiteRun::RunExternalExecution");
+}
+
+TEST_F(RunExternalExecution, NeedsTheMemoryWhenARequestComes)
+{
+    LuTestSuiteSetup setup;
+    setup.memoryId = LbUniqueId::Generate();
+    setup.requestEventId = LbUniqueId::Generate();
+    setup.responseEventId = LbUniqueId::Generate();
+    const auto request = LbOs::CNamedEvent::Create(setup.requestEventId);
+    const auto response = LbOs::CNamedEvent::Create(setup.responseEventId);
+    ASSERT_TRUE(request && response);
+    request->Set();
+
+    EXPECT_EQ(GetFunction(setup, m_environment), L"LuTestSuiteRun::CSharedMemoryWorkBuffer::GetWriteAccess");
+}
+
+} // namespace

@@ -1,0 +1,135 @@
+// The ways of running cases: each gives the same outcomes.
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "tests/modules/outcomes.h"
+#include "tests/support/runtest.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using LuTestSuiteRun::SCaseInfo;
+using LuTestSuiteRun::SRunResult;
+
+struct SMode
+{
+    const char* name;
+    std::uint32_t workers; ///< 0 for a run without
+    bool external;
+    bool isolated;
+};
+
+constexpr SMode c_Modes[] = {
+    {"MostWorkers", 256, false, false}, // first, see below
+    {"InProcess", 0, false, false},
+    {"OneWorker", 1, false, false},
+    {"FourWorkers", 4, false, false},
+    {"External", 0, true, false},
+    {"Isolated", 0, true, true},
+    {"ExternalOnWorkers", 4, true, false},
+    {"IsolatedOnWorkers", 4, true, true},
+};
+
+void setMode(const SMode& mode, LuTestSuiteSetup& setup)
+{
+    setup.params.parallel = mode.workers != 0;
+    setup.params.workerThreads = mode.workers;
+    setup.params.external = mode.external;
+    setup.params.isolated = mode.isolated;
+}
+
+/// A unit test for each row of the table.
+std::vector<LuTestSuite::SUnitTest> makeTable()
+{
+    std::vector<LuTestSuite::SUnitTest> unitTests;
+    for (const models::SOutcome& outcome : models::c_Outcomes)
+    {
+        unitTests.push_back(MakeUnitTest(outcome.className, {outcome.caseName}));
+    }
+    return unitTests;
+}
+
+class RunParallelModes : public RunTest, public testing::WithParamInterface<SMode>
+{
+};
+
+TEST_P(RunParallelModes, EndAsTheTableSays)
+{
+    LuTestSuiteSetup setup = MakeSetup(makeTable());
+    setMode(GetParam(), setup);
+
+    const SRunResult result = Run(setup);
+
+    ASSERT_EQ(result.cases.size(), std::size(models::c_Outcomes));
+    for (const SCaseInfo& info : result.cases)
+    {
+        const models::SOutcome& expected = models::c_Outcomes[info.unitTest];
+        SCOPED_TRACE(LbEncoding::ToUtf8(std::wstring(expected.className) + L":" + expected.caseName));
+        EXPECT_EQ(info.result, expected.result);
+        EXPECT_EQ(LbEncoding::ToUtf8(info.messages), LbEncoding::ToUtf8(expected.messages));
+        EXPECT_TRUE(info.executed);
+        EXPECT_EQ(info.threadIndex >= 0, GetParam().workers != 0);
+        EXPECT_EQ(info.processIndex >= 0, GetParam().external);
+    }
+}
+
+/// Without the mode whose threads take seconds to start.
+class RunParallelModesBesides : public RunParallelModes
+{
+};
+
+TEST_P(RunParallelModesBesides, CallBackOnceForEachCase)
+{
+    LuTestSuiteSetup setup =
+        MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"}), MakeUnitTest(L"CFailedModel", {L"allein"})});
+    setup.params.repetitions = 5;
+    setMode(GetParam(), setup);
+    std::map<ECaseRunResult, int> counts;
+    setup.resultCallback = [&counts](ECaseRunResult result) { ++counts[result]; };
+
+    Run(setup);
+
+    EXPECT_EQ(counts, (std::map<ECaseRunResult, int>{{ECaseRunResult::Ok, 5}, {ECaseRunResult::Error, 5}}));
+}
+
+TEST_P(RunParallelModesBesides, KeepTheRecordOfACaseWithTooLongAName)
+{
+    LuTestSuiteSetup setup =
+        MakeSetup({MakeUnitTest(std::wstring(1024, L'K'), {L"Fall"}), MakeUnitTest(L"CPassedModel", {L"eins"})});
+    setMode(GetParam(), setup);
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Unknown);
+    EXPECT_EQ(result.cases.at(0).processIndex, -1);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+}
+
+TEST_P(RunParallelModesBesides, CutMessagesAtTheirLimit)
+{
+    LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CLongMessageModel", {L"über der Grenze"})});
+    setMode(GetParam(), setup);
+
+    const std::wstring messages = Run(setup).cases.at(0).messages;
+
+    EXPECT_EQ(messages.size(), 1'048'575U);
+    EXPECT_EQ(messages.substr(messages.size() - 2), L"ab");
+}
+
+std::string getModeName(const testing::TestParamInfo<SMode>& mode)
+{
+    return mode.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, RunParallelModes, testing::ValuesIn(c_Modes), getModeName);
+INSTANTIATE_TEST_SUITE_P(Modes, RunParallelModesBesides, testing::ValuesIn(std::begin(c_Modes) + 1, std::end(c_Modes)),
+                         getModeName);
+
+} // namespace
