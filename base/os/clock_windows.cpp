@@ -1,7 +1,5 @@
 #include "base/os/clock.h"
 
-#include <memory>
-
 #include "base/lbexception.h"
 #include "base/os/windows_api.h"
 
@@ -27,10 +25,6 @@ LbOs::SLocalTime LbOs::GetLocalTimeNow()
 
 std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)
 {
-    struct SClose
-    {
-        void operator()(void* handle) const { CloseHandle(handle); }
-    };
     // Opened, since the entry of a link tells the time of the link. Directories open with the backup flag only.
     const HANDLE opened = CreateFileW(Windows::ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
@@ -39,7 +33,7 @@ std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& pa
     {
         return std::nullopt;
     }
-    const std::unique_ptr<void, SClose> closer(opened);
+    const Windows::Handle closer(opened);
     FILETIME written = {};
     SYSTEMTIME universal = {};
     SYSTEMTIME local = {};
