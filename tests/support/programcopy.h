@@ -8,7 +8,7 @@
 #include "base/lbpath.h"
 
 /// Copies a program of the build, within its folder, where it finds its libraries; removes the copy at the end of the
-/// scope. The names are without ending.
+/// scope. The names are without ending, of ASCII characters.
 class ProgramCopy : public INonCopyable
 {
 public:

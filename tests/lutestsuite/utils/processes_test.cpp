@@ -91,7 +91,7 @@ TEST(ExecuteWithTimeout, HandsArgumentsAndWorkingDirectoryOn)
 TEST(ExecuteWithTimeout, TakesExecutablesWithBlanksInTheirPaths)
 {
     const ScopedFolder folder;
-    const ProgramCopy program(L"processprobe", L"mit Lücke " + LbUniqueId::Generate());
+    const ProgramCopy program(L"processprobe", L"mit Blank " + LbUniqueId::Generate());
     const std::wstring file = folder.GetPathOf(L"a.txt");
 
     LuTestSuiteUtils::ExecuteWithTimeout(program.GetPath(), L"arguments " + LbCommandLine::Quote(file), L"", c_LongSec);
