@@ -111,6 +111,12 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     return S_ISDIR(status.st_mode) ? EEntry::Directory : EEntry::File;
 }
 
+bool LbOs::IsLink(const std::wstring& path)
+{
+    struct stat status = {};
+    return lstat(toSystemPath(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
 {
     struct SClose

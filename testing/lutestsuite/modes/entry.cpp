@@ -4,36 +4,29 @@
 #include "testing/lutestsuite/lutestsuiterun.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
-#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
 
-/// A mode that is known but not part of this version: it says so and does nothing.
-struct SMissingMode
+using Setup = LuTestSuiteSetup;
+using Environment = LuTestSuiteEnvironment;
+
+struct SMode
 {
-    const wchar_t* option;
-    bool (*isRequested)(const LuTestSuiteSetup& setup);
+    bool (*isRequested)(const Setup& setup);
+    void (*run)(const Setup& setup, Environment& environment);
 };
 
-/// In the order in which modes are tested.
-constexpr SMissingMode c_AuxiliaryModes[] = {
-    {L"--query-mode", [](const LuTestSuiteSetup& setup) { return setup.queryMode; }},
-    {L"--archive-run", [](const LuTestSuiteSetup& setup) { return !setup.archiveRun.empty(); }},
-    {L"--list-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode == eDM_List; }},
-    {L"--delete-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode == eDM_Delete; }},
-    {L"--list-disabled", [](const LuTestSuiteSetup& setup) { return setup.listDisabled; }},
+/// In the order in which modes are tested; the first that is requested is the only one that runs.
+constexpr SMode c_AuxiliaryModes[] = {
+    {[](const Setup& setup) { return !setup.diffInputs.empty(); },
+     [](const Setup& setup, Environment& /*environment*/) { LuTestSuiteUtils::GenerateReportDiff(setup); }},
+    {[](const Setup& setup) { return setup.queryMode; }, LuTestSuiteUtils::RunQueryMode},
+    {[](const Setup& setup) { return !setup.archiveRun.empty(); },
+     [](const Setup& setup, Environment& /*environment*/) { LuTestSuiteUtils::RunArchiveMode(setup); }},
+    {[](const Setup& setup) { return setup.duplicateMode != eDM_None; }, LuTestSuiteUtils::RunDuplicateDetection},
+    {[](const Setup& setup) { return setup.listDisabled; }, LuTestSuiteUtils::ListDisabledTestCases},
 };
-
-bool endsAsMissing(const SMissingMode& mode, const LuTestSuiteSetup& setup)
-{
-    if (!mode.isRequested(setup))
-    {
-        return false;
-    }
-    LuTestSuite::WriteWarning(L"Warnung: Der Modus %s ist in dieser Version nicht enthalten.\n", mode.option);
-    return true;
-}
 
 /// Warnings do not spoil a verdict, and a run in which nothing was executed has none to spoil.
 bool isPassed(const LuTestSuiteRun::SStats& stats)
@@ -51,15 +44,11 @@ bool LuTestSuiteUtils::RunCommandLine(LuTestSuiteEnvironment& environment, int a
     {
         return false;
     }
-    if (!setup.diffInputs.empty())
+    for (const SMode& mode : c_AuxiliaryModes)
     {
-        GenerateReportDiff(setup);
-        return true;
-    }
-    for (const SMissingMode& mode : c_AuxiliaryModes)
-    {
-        if (endsAsMissing(mode, setup))
+        if (mode.isRequested(setup))
         {
+            mode.run(setup, environment);
             return true;
         }
     }

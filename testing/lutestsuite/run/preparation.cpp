@@ -4,6 +4,7 @@
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/utils/selection.h"
 
 namespace LuTestSuiteRun
 {
@@ -12,11 +13,7 @@ CPreparation::CPreparation(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment
     : m_environment(environment), m_assertDialog(setup.params.assertDialog),
       m_dataDirectory(LbOs::GetFullPath(setup.dataDir)), m_includeConfig(LbOs::GetFullPath(setup.includeConfig))
 {
-    environment.LoadTestDLLs();
-    for (const std::wstring& name : setup.dlls)
-    {
-        environment.LoadDLL(name, false);
-    }
+    LuTestSuite::LoadTestModules(setup, environment);
     LbAssert::SetDialogEnabled(m_assertDialog);
     environment.SetExecutableDirectoryAsWorkingDirectory();
 }
