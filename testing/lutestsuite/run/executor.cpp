@@ -58,20 +58,6 @@ void setDebuggingOptions(LuUnitTest& unitTest, const SParams& params)
     set(IDebugging::eO_VerboseOutput, params.deVerboseOutput);
 }
 
-/// The first sub-test of exactly that name.
-std::optional<std::uint32_t> findSubtest(const LuUnitTest& unitTest, const std::wstring& name)
-{
-    const std::uint32_t count = unitTest.GetSubtestCount();
-    for (std::uint32_t index = 0; index < count; ++index)
-    {
-        if (unitTest.GetSubtestName(index) == name)
-        {
-            return index;
-        }
-    }
-    return std::nullopt;
-}
-
 /// The case as far as it may throw. The created unit test is the caller's, who destroys it after taking the messages.
 ECaseRunResult runSubtest(SWorkBuffer& buffer, std::unique_ptr<LuUnitTest>& unitTest, LuStreamWriteText& messages)
 {
@@ -85,7 +71,7 @@ ECaseRunResult runSubtest(SWorkBuffer& buffer, std::unique_ptr<LuUnitTest>& unit
     unitTest->InitSubtests();
     setDebuggingOptions(*unitTest, buffer.params);
     unitTest->PrepareSubtest();
-    const std::optional<std::uint32_t> subtest = findSubtest(*unitTest, LoadName(buffer.caseName));
+    const std::optional<std::uint32_t> subtest = LuTestSuite::FindSubtest(*unitTest, LoadName(buffer.caseName));
     if (!subtest)
     {
         return ECaseRunResult::NoMatchingCase;
