@@ -1,5 +1,6 @@
 #include "base/lbencoding.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -319,6 +320,23 @@ std::wstring LbEncoding::FromLatin1(std::string_view bytes)
     for (const char byte : bytes)
     {
         result.push_back(static_cast<wchar_t>(static_cast<unsigned char>(byte)));
+    }
+    return result;
+}
+
+std::string LbEncoding::Latin1ToUtf8(std::string bytes)
+{
+    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+    const auto others = bytes.size() - static_cast<std::size_t>(std::ranges::count_if(bytes, isAscii));
+    if (others == 0)
+    {
+        return bytes;
+    }
+    std::string result;
+    result.reserve(bytes.size() + others);
+    for (const char byte : bytes)
+    {
+        appendUtf8(result, static_cast<unsigned char>(byte));
     }
     return result;
 }

@@ -38,4 +38,7 @@ LB_API std::wstring FromUtf16(std::u16string_view text);
 LB_API std::string ToLatin1(std::wstring_view text);
 LB_API std::wstring FromLatin1(std::string_view bytes);
 
+/// ISO-8859-1 as UTF-8, without the detour over wide text: for large files.
+LB_API std::string Latin1ToUtf8(std::string bytes);
+
 } // namespace LbEncoding

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "base/lbencoding.h"
 
@@ -110,7 +111,7 @@ std::string XMLEncoding::ToUtf8(std::string bytes)
     switch (isSigned ? signature->encoding : chooseByDeclaration(bytes))
     {
     case EEncoding::Latin1:
-        return LbEncoding::ToUtf8(LbEncoding::FromLatin1(bytes));
+        return LbEncoding::Latin1ToUtf8(std::move(bytes));
     case EEncoding::Utf16LittleEndian:
         return fromUtf16(bytes, false);
     case EEncoding::Utf16BigEndian:

@@ -13,9 +13,9 @@ namespace
 {
 
 // Fragments are let in so that text outside the root becomes visible; isTopLevelInOrder turns it down.
-constexpr unsigned c_ParseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_eol |
-                                    pugi::parse_wconv_attribute | pugi::parse_ws_pcdata_single | pugi::parse_fragment |
+constexpr unsigned c_ParseOptions = pugi::parse_cdata | pugi::parse_ws_pcdata_single | pugi::parse_fragment |
                                     pugi::parse_declaration | pugi::parse_doctype;
+constexpr unsigned c_ResolveOptions = pugi::parse_escapes | pugi::parse_eol | pugi::parse_wconv_attribute;
 
 pugi::xml_node toPugi(void* node)
 {
@@ -121,9 +121,19 @@ XMLNode XMLNode::GetNextSibling() const
     return XMLNode(findElement(toPugi(m_node).next_sibling()));
 }
 
+XMLNode XMLNode::GetNextSibling(const char* name) const
+{
+    return XMLNode(toPugi(m_node).next_sibling(name).internal_object());
+}
+
 XMLNode::CChildren XMLNode::GetChildren() const
 {
     return CChildren(GetFirstChild());
+}
+
+XMLNode::CChildren XMLNode::GetChildren(const char* name) const
+{
+    return CChildren(GetChild(name), name);
 }
 
 struct XMLDocument::SContent
@@ -137,7 +147,7 @@ XMLDocument::~XMLDocument() = default;
 XMLDocument::XMLDocument(XMLDocument&&) noexcept = default;
 XMLDocument& XMLDocument::operator=(XMLDocument&&) noexcept = default;
 
-XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* rootName)
+XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* rootName, EText text)
 {
     m_content.reset();
     if (!LbFileSystem::Exists(path))
@@ -153,10 +163,10 @@ XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* roo
     {
         return EResult::Unreadable;
     }
-    return LoadText(std::move(bytes), rootName);
+    return LoadText(std::move(bytes), rootName, text);
 }
 
-XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootName)
+XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootName, EText text)
 {
     m_content.reset();
     auto content = std::make_unique<SContent>();
@@ -168,8 +178,9 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
     }
     // The parser overwrites the last character by a terminator and so loses text of one character after the root.
     content->bytes += '\n';
+    const unsigned options = c_ParseOptions | (text == EText::Resolved ? c_ResolveOptions : 0U);
     const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(
-        content->bytes.data(), content->bytes.size(), c_ParseOptions, pugi::encoding_utf8);
+        content->bytes.data(), content->bytes.size(), options, pugi::encoding_utf8);
     if (!parsed || !isTopLevelInOrder(content->document) ||
         content->document.document_element().name() != std::string_view(rootName))
     {

@@ -40,9 +40,15 @@ public:
     XMLNode GetFirstChild() const;
     XMLNode GetNextSibling() const;
 
+    /// Next sibling element of that name; an empty view at the end.
+    XMLNode GetNextSibling(const char* name) const;
+
     /// Iterates over child elements in document order: for (const XMLNode child : node.GetChildren())
     class CChildren;
     CChildren GetChildren() const;
+
+    /// The same over those of that name only. The name outlives the iteration.
+    CChildren GetChildren(const char* name) const;
 
 private:
     friend class XMLDocument;
@@ -64,25 +70,27 @@ public:
         using reference = const XMLNode&;
 
         CIterator() = default;
-        explicit CIterator(XMLNode node) : m_current(node) {}
+        CIterator(XMLNode node, const char* name) : m_current(node), m_name(name) {}
         const XMLNode& operator*() const { return m_current; }
         CIterator& operator++()
         {
-            m_current = m_current.GetNextSibling();
+            m_current = m_name == nullptr ? m_current.GetNextSibling() : m_current.GetNextSibling(m_name);
             return *this;
         }
         bool operator==(const CIterator& other) const { return m_current.m_node == other.m_current.m_node; }
 
     private:
         XMLNode m_current;
+        const char* m_name = nullptr; ///< null for elements of any name
     };
 
-    explicit CChildren(XMLNode first) : m_first(first) {}
-    CIterator begin() const { return CIterator(m_first); }
+    explicit CChildren(XMLNode first, const char* name = nullptr) : m_first(first), m_name(name) {}
+    CIterator begin() const { return CIterator(m_first, m_name); }
     CIterator end() const { return CIterator(); }
 
 private:
     XMLNode m_first;
+    const char* m_name;
 };
 
 /// Owns a parsed document.
@@ -97,16 +105,23 @@ public:
         Syntax,     ///< not well-formed, or another root element
     };
 
+    /// What texts and attributes hold.
+    enum class EText
+    {
+        Resolved,  ///< references resolved, line ends as line feeds, white space of attributes as blanks
+        AsWritten, ///< every character as it stands in the file, for those that write it again
+    };
+
     XMLDocument();
     ~XMLDocument();
     XMLDocument(XMLDocument&&) noexcept;
     XMLDocument& operator=(XMLDocument&&) noexcept;
 
     /// Reads a file whose root element must be `rootName`. The former content is dropped first.
-    EResult Load(const std::wstring& path, const char* rootName);
+    EResult Load(const std::wstring& path, const char* rootName, EText text = EText::Resolved);
 
     /// The same from bytes in memory.
-    EResult LoadText(std::string bytes, const char* rootName);
+    EResult LoadText(std::string bytes, const char* rootName, EText text = EText::Resolved);
 
     /// The root element; empty unless the last load was Ok.
     XMLNode GetRoot() const;

@@ -56,12 +56,8 @@ bool LbOs::LoadModule(const std::wstring& path, std::wstring& reason)
 
 std::wstring LbOs::GetModulePathOf(const void* address)
 {
-    HMODULE module = nullptr;
-    // A null address would ask for the executable.
-    const bool isFound = address != nullptr && GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                                                                      GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                                                                  static_cast<LPCWSTR>(address), &module) != FALSE;
-    if (!isFound)
+    const HMODULE module = Windows::FindModuleOf(address);
+    if (module == nullptr)
     {
         return {};
     }

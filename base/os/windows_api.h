@@ -43,6 +43,18 @@ std::wstring ReadText(const F& read)
     }
 }
 
+/// The module that contains `address`; null when none does. Its life is not prolonged.
+inline HMODULE FindModuleOf(const void* address)
+{
+    constexpr DWORD c_Flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE module = nullptr;
+    // A null address would ask for the executable.
+    const bool isFound =
+        address != nullptr && GetModuleHandleExW(c_Flags, static_cast<LPCWSTR>(address), &module) != FALSE;
+    return isFound ? module : nullptr;
+}
+
 /// The path in the form that system calls take at any length: "\\?\" stands in front of long ones. A path with a zero
 /// character inside becomes the empty path, since the system would cut it.
 std::wstring ToSystemPath(const std::wstring& path);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <regex>
 #include <string>
 #include <unordered_set>
@@ -155,8 +156,59 @@ public:
     /// Negative times come in nanoseconds.
     static std::wstring FormatTime(double seconds, std::uint32_t decimals);
 
+    /// The text up to and including its `maxLines`-th line feed; all of it when it has fewer.
+    static std::wstring GetTrimmedLines(const std::wstring& text, std::uint32_t maxLines);
+
+    // Build information -----------------------------------------------------------------------------------------------
+
+    /// Where the sources of the build came from.
+    struct SSvnInfo
+    {
+        std::wstring Path;
+        std::wstring WorkingCopyRootPath;
+        std::wstring URL;
+        std::wstring RepositoryRoot;
+        std::wstring Revision;
+        std::wstring LastChangedAuthor;
+        std::wstring LastChangedRev;
+        std::wstring LastChangedDate;
+    };
+
+    struct SPscmInfo
+    {
+        std::wstring Server;
+        std::wstring Repository;
+        std::wstring Branch;
+        std::wstring Changeset;
+        std::wstring ChangesetAuthor;
+        std::wstring WorkspacePath;
+    };
+
+    /// The records that the build left in the library; null when it left none.
+    static std::unique_ptr<SSvnInfo> GetSvnInfo();
+    static std::unique_ptr<SPscmInfo> GetPscmInfo();
+
     /// File name of the module that holds a class; empty when there is none.
     static std::wstring GetModuleName(const LbRTTI& type);
+
+    // Reports ---------------------------------------------------------------------------------------------------------
+
+    /// Writes lines of indented markup; defined in lutestsuitemarkupwriter.h.
+    class LUTESTSUITE_API LuMarkupWriter;
+
+    /// Compares the two XML reports that the setup names in a page, and shows it if the setup says so. What is missing
+    /// or cannot be read costs a line of output; nothing is written then.
+    static void GenerateReportDiff(const LuTestSuiteSetup& setup);
+
+    // Resources -------------------------------------------------------------------------------------------------------
+
+    /// The bytes that the build embedded in this library under a name and a type, as they stand in their file; empty
+    /// when there is no such resource.
+    static std::string LoadResourceToString(const std::wstring& name, const std::wstring& type);
+
+    /// The style sheet and the script of the HTML reports.
+    static std::string GetDefaultStylesheet();
+    static std::string GetJavascriptSource();
 
 private:
     class LuOptionParser;

@@ -141,6 +141,12 @@ class Text(CheckHouse):
         self.assert_breach("text", {"base/a.h": "//"}, "line feed")
         self.assert_breach("text", {"base/a.h": "//\n\n"}, "line feed")
 
+    def test_line_ends_of_embedded_texts(self):
+        style = "testing/lutestsuite/resources/a.css"
+        self.assert_clean("text", {style: "a\r\nb\r\n"})
+        self.assert_breach("text", {style: "a\r\nb\n"}, style, "carriage return and line feed")
+        self.assert_breach("text", {style: "a\r\rb\r\n"}, style, "carriage return and line feed")
+
     def test_data_is_left_alone(self):
         self.assert_clean("text", {"tests/golden/a.txt": b"\t\xe4 \r\n\n", "examples/data/C/a.txt": b"\xe4"})
 

@@ -100,10 +100,22 @@ TEST_F(RunCommandLine, StartsNothingBesideTheHelp)
     EXPECT_EQ(GetUtf8(), LbEncoding::ToUtf8(LuTestSuiteUtils::GetCommandLineHelp()));
 }
 
-TEST_F(RunCommandLine, SaysThatTheDiffIsMissing)
+TEST_F(RunCommandLine, OnlyComparesReportsWhateverElseIsAskedFor)
 {
-    EXPECT_TRUE(Call({L"--diff-in", L"a.xml", L"-q"}));
-    EXPECT_EQ(GetUtf8(), GetWarning("--diff-in"));
+    m_folder.MakeFolder(L"CFailedModel");
+    const std::wstring report = m_folder.WriteFile(L"a.xml", "<testsuite/>");
+
+    EXPECT_TRUE(Call(GetRunOptions({L"--diff-in", report, L"--diff-in", report, L"-q", L"--no-css", L"--no-js"})));
+
+    EXPECT_EQ(GetUtf8(), "");
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()),
+              (std::vector<std::wstring>{L"Diff-[a][a].html", L"a.xml"}));
+}
+
+TEST_F(RunCommandLine, IsTrueWhenReportsCannotBeCompared)
+{
+    EXPECT_TRUE(Call({L"--diff-in", L"a.xml"}));
+    EXPECT_EQ(GetUtf8(), "Fehler Diff: Es müssen zwei Dateien angegeben werden.\n");
 }
 
 TEST_F(RunCommandLine, SaysThatTheQueryModeIsMissing)

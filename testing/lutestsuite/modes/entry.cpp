@@ -18,7 +18,6 @@ struct SMissingMode
 
 /// In the order in which modes are tested.
 constexpr SMissingMode c_AuxiliaryModes[] = {
-    {L"--diff-in", [](const LuTestSuiteSetup& setup) { return !setup.diffInputs.empty(); }},
     {L"--query-mode", [](const LuTestSuiteSetup& setup) { return setup.queryMode; }},
     {L"--archive-run", [](const LuTestSuiteSetup& setup) { return !setup.archiveRun.empty(); }},
     {L"--list-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode == eDM_List; }},
@@ -54,6 +53,11 @@ bool LuTestSuiteUtils::RunCommandLine(LuTestSuiteEnvironment& environment, int a
     if (!ProcessCommandLine(setup, argumentCount, arguments))
     {
         return false;
+    }
+    if (!setup.diffInputs.empty())
+    {
+        GenerateReportDiff(setup);
+        return true;
     }
     for (const SMissingMode& mode : c_AuxiliaryModes)
     {

@@ -22,10 +22,6 @@ struct SMissingFeature
 constexpr SMissingFeature c_MissingFeatures[] = {
     {L"Parallele Ausführung ist in dieser Version nicht enthalten, alle Testfälle laufen nacheinander",
      [](const LuTestSuiteSetup& setup) { return setup.params.parallel; }},
-    {L"Reports werden in dieser Version nicht geschrieben",
-     [](const LuTestSuiteSetup& setup) {
-         return !setup.xmlReport.empty() || !setup.htmlReport.empty() || setup.autoXml || setup.autoHtml;
-     }},
 };
 
 /// By the command line, or by a case's description.

@@ -14,6 +14,7 @@
 #include "testing/lutestsuite/run/consolelines.h"
 #include "testing/lutestsuite/run/missingfeatures.h"
 #include "testing/lutestsuite/run/plan.h"
+#include "testing/lutestsuite/run/reports.h"
 #include "testing/lutestsuite/run/statistics.h"
 
 namespace LuTestSuiteRun
@@ -118,13 +119,13 @@ void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, S
     executeSequentially(setup, unitTests, plan.sequential, result.cases);
 }
 
-} // namespace
-
-SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
+/// The run up to its summary. The working directory is restored when it returns, so that the user's paths of reports
+/// count from there.
+SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, UnitTests& unitTests)
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
     const CPreparation preparation(setup, environment);
-    const UnitTests unitTests = gather(setup, preparation);
+    unitTests = gather(setup, preparation);
     WarnAboutMissingFeatures(setup, unitTests);
 
     SRunResult result;
@@ -138,6 +139,16 @@ SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environmen
     }
     result.stats.totalTime = timer.GetElapsed();
     result.stats.endTime = LbDateTime::FormatNow(c_TimeFormat);
+    return result;
+}
+
+} // namespace
+
+SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
+{
+    UnitTests unitTests;
+    SRunResult result = runCases(setup, environment, unitTests);
+    WriteReports(setup, unitTests, result);
     return result;
 }
 

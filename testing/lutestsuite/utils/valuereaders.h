@@ -15,9 +15,13 @@ namespace LuTestSuite
 std::optional<bool> ReadBool(std::wstring_view text);
 
 std::int32_t ReadInt(const std::wstring& text);
+std::int64_t ReadInt64(const std::wstring& text);
 
 /// A minus sign negates within the type: "-1" gives the largest number.
 std::uint32_t ReadUInt32(const std::wstring& text);
 std::uint64_t ReadUInt64(const std::wstring& text);
+
+/// With a point, whatever the locale, and an exponent.
+float ReadFloat(const std::wstring& text);
 
 } // namespace LuTestSuite

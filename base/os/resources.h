@@ -1,0 +1,16 @@
+/// Data that the build embeds in a module, see lutestsuite_embed_resources.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/lbexport.h"
+
+namespace LbOs
+{
+
+/// The bytes of the resource of this name and type, both in capitals, in the shared library that contains `address`;
+/// they live as long as the library. Empty when it has no such resource, or when `address` is in none. Any thread.
+LB_API std::string_view FindEmbeddedResource(const void* address, const std::wstring& name, const std::wstring& type);
+
+} // namespace LbOs

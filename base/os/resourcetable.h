@@ -1,0 +1,20 @@
+/// The table of resources that a module carries where the system has no resources of its own. Internal to base/os and
+/// to the sources that lutestsuite_embed_resources generates.
+#pragma once
+
+#include "base/os/platform.h"
+
+namespace LbOs
+{
+
+struct SEmbeddedResource
+{
+    const wchar_t* name; ///< null ends the table
+    const wchar_t* type;
+    const char* begin;
+    const char* end;
+};
+
+} // namespace LbOs
+
+extern "C" LB_OS_EXPORT const LbOs::SEmbeddedResource LbEmbeddedResources[];

@@ -1,0 +1,74 @@
+# Where the sources of a build came from, as a text file of "key:value" lines.
+
+# lutestsuite_split_remote(<url> <server variable> <repository variable>): server and path of a remote repository, for
+# all spellings that git knows. Names and passwords of users stay behind, and so does what follows "?" or "#".
+function(lutestsuite_split_remote url server_variable repository_variable)
+    set(server "")
+    set(repository "")
+    string(REGEX REPLACE "[?#].*$" "" url "${url}")
+    if(url MATCHES "^file://[^/]*(/.*)$")
+        set(repository "${CMAKE_MATCH_1}")
+    elseif(url MATCHES "^[A-Za-z][A-Za-z0-9+.-]*://([^/]*)/*(.*)$")
+        set(server "${CMAKE_MATCH_1}")
+        set(repository "${CMAKE_MATCH_2}")
+    elseif(url MATCHES "^([^/\\]+[^/\\:]):(.*)$")
+        # One letter in front of the colon is a drive.
+        set(server "${CMAKE_MATCH_1}")
+        set(repository "${CMAKE_MATCH_2}")
+    else()
+        set(repository "${url}")
+    endif()
+    string(REGEX REPLACE "^.*@" "" server "${server}")
+    set(${server_variable} "${server}" PARENT_SCOPE)
+    set(${repository_variable} "${repository}" PARENT_SCOPE)
+endfunction()
+
+# lutestsuite_write_build_record(<source directory> <file>): from git, as things stand when the build is configured.
+# Fields are empty when the sources are in no checkout.
+function(lutestsuite_write_build_record source_directory file)
+    foreach(variable root server repository changeset branch author)
+        set(${variable} "")
+    endforeach()
+    lutestsuite_ask_git("${source_directory}" tracked ls-files --error-unmatch CMakeLists.txt)
+    if(tracked)
+        lutestsuite_ask_git("${source_directory}" root rev-parse --show-toplevel)
+        lutestsuite_ask_git("${source_directory}" branch rev-parse --abbrev-ref HEAD)
+        lutestsuite_ask_git("${source_directory}" changeset rev-parse HEAD)
+        lutestsuite_ask_git("${source_directory}" author log -1 --format=%an)
+        lutestsuite_ask_git("${source_directory}" url remote get-url origin)
+        if(NOT url)
+            set(url "${root}")
+        endif()
+        lutestsuite_split_remote("${url}" server repository)
+    endif()
+    # Not configured into a template: a name may hold what CMake would expand.
+    set(text "")
+    foreach(pair "WorkspacePath;root" "Server;server" "Repository;repository" "Changeset;changeset" "Branch;branch"
+                 "ChangesetAuthor;author")
+        list(GET pair 0 key)
+        list(GET pair 1 variable)
+        string(APPEND text "${key}: ${${variable}}\n")
+    endforeach()
+    # Untouched when it holds the same already, so that nothing is built anew.
+    set(former "")
+    if(EXISTS "${file}")
+        file(READ "${file}" former)
+    endif()
+    if(NOT former STREQUAL text)
+        file(WRITE "${file}" "${text}")
+    endif()
+endfunction()
+
+# Empty when there is no git, or when it has no answer.
+function(lutestsuite_ask_git directory variable)
+    find_program(LUTESTSUITE_GIT git)
+    set(answer "")
+    if(LUTESTSUITE_GIT)
+        execute_process(COMMAND "${LUTESTSUITE_GIT}" -C "${directory}" ${ARGN}
+            OUTPUT_VARIABLE answer RESULT_VARIABLE status ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
+        if(NOT status EQUAL 0)
+            set(answer "")
+        endif()
+    endif()
+    set(${variable} "${answer}" PARENT_SCOPE)
+endfunction()

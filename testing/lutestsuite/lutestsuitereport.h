@@ -1,0 +1,161 @@
+/// Reports: the record of a finished run, its XML report written and read back, and the pages made from records.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuiteexport.h"
+#include "testing/lutestsuite/lutestsuitemarkupwriter.h"
+#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+/// Static operations only; any thread may call them. Files are 8-bit text, ISO-8859-1, see LuStreamWriteASCIIFile. A
+/// report that cannot be written costs one line of output and throws nothing.
+class LUTESTSUITE_API LuTestSuiteReport
+{
+public:
+    LuTestSuiteReport() = delete;
+
+    // The record ------------------------------------------------------------------------------------------------------
+
+    /// How reports class the result of a case.
+    enum EReportResult : std::uint32_t
+    {
+        eRR_Success = 0,
+        eRR_Failure = 1, ///< failed in a foreseen way
+        eRR_Error = 2    ///< did not complete
+    };
+
+    /// Numbers of cases by EReportResult.
+    struct SReportCounts
+    {
+        std::uint32_t counts[3] = {};
+    };
+
+    /// One message line of a case.
+    struct SReportDump
+    {
+        bool IsError = false;
+        std::wstring Text; ///< escaped for markup
+    };
+
+    /// One unit test.
+    struct SReportClass
+    {
+        std::wstring Name;
+        std::uint32_t CasesTotal = 0; ///< case runs, as all counts
+        std::uint32_t Successful = 0;
+        std::uint32_t Errors = 0;
+        std::uint32_t Failures = 0;
+        std::uint32_t Warnings = 0;
+        std::wstring ContactName; ///< the first contact; empty without one
+        std::wstring ContactEMail;
+    };
+
+    /// One case run.
+    struct SReportCase
+    {
+        std::uint32_t Id = 0; ///< position among the planned case runs
+        std::wstring ClassName;
+        std::wstring CaseName;
+        float Time = 0.0F;            ///< seconds, as all times
+        std::uint64_t Memory = 0;     ///< highest heap use, bytes
+        std::int64_t MemoryDelta = 0; ///< bytes still allocated when the case ended
+        LuTestSuiteRun::ECaseRunResult Result = LuTestSuiteRun::ECaseRunResult::Ok;
+        std::wstring Info; ///< German note of a leak; empty without one
+        bool Warning = false;
+        std::vector<SReportDump> Dumps;
+    };
+
+    /// All that any report shows of a run. Moved, not copied.
+    struct SReportData
+    {
+        std::wstring BuildConfiguration;
+        std::unique_ptr<LuTestSuiteUtils::SSvnInfo> SvnInfo;   ///< null when unknown
+        std::unique_ptr<LuTestSuiteUtils::SPscmInfo> PscmInfo; ///< null when unknown
+        std::wstring Processor;
+        std::wstring GPU;
+        std::wstring MachineName;
+        std::wstring DataDirectory;
+        std::wstring ExecutionMode; ///< "Internal", "External" or "External Isolated"
+        std::uint32_t ThreadCount = 0;
+        std::uint32_t TimeOut = 0; ///< seconds; LuTestSuiteRun::c_NoLimit means none
+        std::uint32_t ClassesTotal = 0;
+        std::uint32_t ClassesSuccessful = 0; ///< every case of them is Ok
+        std::uint32_t ClassesFlagged = 0;    ///< all but those without failed case and without warning
+        std::uint32_t CasesTotal = 0;
+        std::uint32_t Successful = 0;
+        std::uint32_t Failures = 0;
+        std::uint32_t Errors = 0;
+        std::uint32_t Warnings = 0;
+        std::wstring DateBegin; ///< local time, "Y-m-d H:i:s"
+        std::wstring DateEnd;
+        float TimeTotal = 0.0F;
+        float TimeAvg = 0.0F;
+        float TimeMax = 0.0F;
+        float TimeMin = 0.0F;
+        std::uint64_t MemoryAvg = 0;
+        std::uint64_t MemoryMax = 0;
+        std::uint64_t MemoryMin = 0;
+        std::vector<SReportClass> Classes; ///< one per unit test, in their order
+        std::vector<SReportCase> Cases;    ///< one per executed case run, in plan order
+    };
+
+    /// Fills a fresh record from a finished run. Throws nothing of its own.
+    static void GenerateReportData(SReportData& data, const LuTestSuiteSetup& setup,
+                                   const std::vector<LuTestSuite::SUnitTest>& unitTests,
+                                   const std::vector<LuTestSuiteRun::SCaseInfo>& cases,
+                                   const LuTestSuiteRun::SStats& stats);
+
+    // XML -------------------------------------------------------------------------------------------------------------
+
+    /// Writes the XML report. An empty path writes nothing.
+    static void GenerateXMLReport(const std::wstring& path, const SReportData& data);
+
+    /// Resets the record and reads an XML report into it. False when there is no such file, and when it cannot be read,
+    /// which costs a line of output. Missing elements read as empty text or 0.
+    static bool LoadReportDataFromXMLFile(const std::wstring& path, SReportData& data);
+
+    // Pages -----------------------------------------------------------------------------------------------------------
+
+    /// Writes the page of one run. The style sheet and the script are files beside it; `smallReport` leaves out the
+    /// cases, `tolerateWarnings` does not highlight warnings. An empty path writes nothing.
+    static void GenerateHTMLReport(const std::wstring& path, const SReportData& data, bool writeCss, bool writeJs,
+                                   bool smallReport, bool tolerateWarnings);
+
+    /// Writes the page that compares run B with run A, the reference. The two paths are shown as their sources.
+    static void GenerateHTMLDiffReport(const std::wstring& path, const std::wstring& pathA, const std::wstring& pathB,
+                                       const SReportData& a, const SReportData& b, bool writeCss, bool writeJs,
+                                       bool smallReport, bool tolerateWarnings);
+
+    /// Writes "<name>.html" in `root`: the reports in its folder `subDirectory` whose names begin with `reportPrefix`,
+    /// with a link to each and to its comparison with the next older one, which is written when it is missing.
+    static void GenerateReportDirectoryOverview(const std::wstring& root, const std::wstring& name,
+                                                const std::wstring& subDirectory, const std::wstring& reportPrefix);
+
+    /// Document type, the start tag of "html", and "head" with the style sheet inside when `inlineStylesheet` is set.
+    static void writeHTMLHeader(LuTestSuiteUtils::LuMarkupWriter& writer, bool inlineStylesheet);
+
+    // Parts of records ------------------------------------------------------------------------------------------------
+
+    static EReportResult getReportResult(LuTestSuiteRun::ECaseRunResult result);
+
+    /// Sums the nine counts of results up by their class, and returns the sum of all.
+    static std::uint32_t getReportCounts(const LuTestSuiteRun::SStats::SCounts& counts, SReportCounts& reportCounts);
+
+    /// The name of a result in XML reports, its German description, and the result of a name. NoMatchingCase has no
+    /// name of its own; unknown names are Unknown.
+    static std::wstring toResultString(LuTestSuiteRun::ECaseRunResult result);
+    static std::wstring toDescriptionString(LuTestSuiteRun::ECaseRunResult result);
+    static LuTestSuiteRun::ECaseRunResult resultStringToType(const std::wstring& name);
+
+    /// Nanoseconds to seconds.
+    static float toSeconds(std::uint64_t nanoseconds);
+
+    /// Processor, clock and memory of the machine; and its graphics adapter, empty when there is none.
+    static std::wstring getCPUInfo();
+    static std::wstring getGPUInfo();
+};

@@ -1,0 +1,79 @@
+/// The unit tests as a tree of folders, classes and cases, for hosts that show it.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuiteexport.h"
+#include "testing/lutestsuite/lutestsuiterun.h"
+
+/// A plain value that refers to the list it was built from by index only. Reading is safe from any thread.
+class LUTESTSUITE_API LuTestSuiteTree
+{
+public:
+    /// "No such index."
+    static constexpr std::uint32_t sc_uiInvalid = std::numeric_limits<std::uint32_t>::max();
+
+    enum EKind : std::uint32_t
+    {
+        eK_Group = 0, ///< a folder
+        eK_Class = 1  ///< a unit test, whose children are cases
+    };
+
+    /// Node 0 is the root. The children of a node follow each other, as do the cases of a class node.
+    struct SNode
+    {
+        EKind kind = eK_Group;
+        std::wstring name;                     ///< one folder's name; for the root that of the common folder, or "-"
+        std::uint32_t unitTest = sc_uiInvalid; ///< class nodes: index into the unit tests of Build
+        std::uint32_t parent = sc_uiInvalid;   ///< none for the root
+        std::uint32_t firstChild = sc_uiInvalid;
+        std::uint32_t childCount = 0;
+        std::uint32_t firstCase = sc_uiInvalid; ///< class nodes: index of the first case
+        std::uint32_t caseCount = 0;            ///< of the whole subtree
+    };
+
+    struct SCase
+    {
+        std::uint32_t kind = 0; ///< as STestCase::GetKind
+        std::wstring name;
+        std::uint32_t testCase = 0; ///< index into its unit test's cases
+        std::uint32_t node = 0;     ///< its class node
+    };
+
+    /// Replaces the tree. Classes and cases are ordered by path and name, character by character. Unit tests without
+    /// cases have no node; no unit tests make a tree without nodes. Throws LbException when the list is inconsistent:
+    /// two unit tests with one path, one inside the other's folder. The tree is then incomplete.
+    void Build(const std::vector<LuTestSuite::SUnitTest>& tests);
+
+    /// Indices are the caller's to keep in range.
+    std::uint32_t GetNodeCount() const { return static_cast<std::uint32_t>(m_nodes.size()); }
+    const SNode& GetNode(std::uint32_t index) const { return m_nodes[index]; }
+    std::uint32_t GetCaseCount() const { return static_cast<std::uint32_t>(m_cases.size()); }
+    const SCase& GetCase(std::uint32_t index) const { return m_cases[index]; }
+
+private:
+    /// Entries from `first` up to, not including, `end`.
+    struct SRange
+    {
+        std::uint32_t first;
+        std::uint32_t end;
+    };
+
+    /// An entry's folders from the root on, then its case's name.
+    using Components = std::vector<std::wstring_view>;
+
+    void buildRecursive(const std::vector<Components>& entries, const SRange& range, std::uint32_t depth,
+                        std::uint32_t nodeIndex);
+    void addGroups(const std::vector<Components>& entries, const SRange& range, std::uint32_t depth,
+                   std::uint32_t nodeIndex);
+    void addCases(const std::vector<Components>& entries, const SRange& range, std::uint32_t depth,
+                  std::uint32_t nodeIndex);
+
+    std::vector<SNode> m_nodes;
+    std::vector<SCase> m_cases;
+    std::vector<std::uint32_t> m_classNodes;
+};

@@ -1,0 +1,72 @@
+/// The mode that compares two XML reports.
+
+#include "base/lbfilesystem.h"
+#include "base/os/desktop.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/warning.h"
+
+namespace
+{
+
+bool haveFiles(const std::vector<std::wstring>& paths)
+{
+    for (const std::wstring& path : paths)
+    {
+        if (!LbFileSystem::Exists(path))
+        {
+            LuTestSuite::WriteWarning(L"Fehler Diff: Datei %s existiert nicht.\n", path);
+            return false;
+        }
+    }
+    return true;
+}
+
+bool load(const std::wstring& path, LuTestSuiteReport::SReportData& data)
+{
+    const bool isLoaded = LuTestSuiteReport::LoadReportDataFromXMLFile(path, data);
+    if (!isLoaded)
+    {
+        LuTestSuite::WriteWarning(L"Fehler Diff: Daten der Datei %s konnten nicht geladen werden.\n", path);
+    }
+    return isLoaded;
+}
+
+std::wstring getStem(const std::wstring& path)
+{
+    const std::wstring name = LuTestSuiteUtils::GetFileNameOnly(path);
+    return name.substr(0, name.rfind(L'.'));
+}
+
+/// Beside the reference.
+std::wstring getAutomaticPath(const std::wstring& pathA, const std::wstring& pathB)
+{
+    return LbFormat(L"%sDiff-[%s][%s].html", LuTestSuiteUtils::GetPrunedPath(pathA), getStem(pathA), getStem(pathB));
+}
+
+} // namespace
+
+void LuTestSuiteUtils::GenerateReportDiff(const LuTestSuiteSetup& setup)
+{
+    if (setup.diffInputs.size() != 2)
+    {
+        LuTestSuite::WriteWarning(L"Fehler Diff: Es müssen zwei Dateien angegeben werden.\n");
+        return;
+    }
+    const std::wstring& pathA = setup.diffInputs[0];
+    const std::wstring& pathB = setup.diffInputs[1];
+    LuTestSuiteReport::SReportData a;
+    LuTestSuiteReport::SReportData b;
+    if (!haveFiles(setup.diffInputs) || !load(pathA, a) || !load(pathB, b))
+    {
+        return;
+    }
+    const std::wstring output = setup.diffOutput.empty() ? getAutomaticPath(pathA, pathB) : setup.diffOutput;
+    LuTestSuiteReport::GenerateHTMLDiffReport(output, pathA, pathB, a, b, setup.writeCss, setup.writeJs,
+                                              setup.smallReport, setup.tolerateWarnings);
+    if (setup.openReports && LbFileSystem::IsFile(output))
+    {
+        LbOs::OpenOnDesktop(LbOs::GetFullPath(output));
+    }
+}

@@ -1,0 +1,255 @@
+/// The page over an archive of reports.
+
+#include <algorithm>
+#include <tuple>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/xmlnode.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/report/page.h"
+#include "testing/lutestsuite/utils/warning.h"
+
+namespace
+{
+
+using LuTestSuite::MarkupWriter;
+
+struct SConfiguration
+{
+    const wchar_t* name; ///< as reports call it
+    const wchar_t* tag;  ///< in names of files
+};
+
+/// In the order of the page.
+constexpr SConfiguration c_Configurations[] = {
+    {L"Release x64", L"x64.release"},
+    {L"Release Win32", L"x86.release"},
+    {L"Debug x64", L"x64.debug"},
+    {L"Debug Win32", L"x86.debug"},
+};
+
+/// How many of how many.
+struct SRate
+{
+    std::uint32_t successful = 0;
+    std::uint32_t total = 0;
+};
+
+struct SArchivedRun
+{
+    std::wstring name; ///< of its files, without ending
+    std::wstring version;
+    std::wstring configuration;
+    std::wstring dateBegin;
+    SRate classes;
+    SRate cases;
+};
+
+/// Directories end in a separator.
+struct SArchive
+{
+    std::wstring root;
+    std::wstring reports;
+    std::wstring diffs;
+    std::wstring subDirectory; ///< of the reports, in links
+};
+
+/// The time stamp in the name, "[Y-m-d]-[H-i-s]"; the name itself when it has none.
+std::wstring getVersion(const std::wstring& name)
+{
+    constexpr std::size_t c_TimeStampLength = 23;
+    const std::size_t start = name.find(L'[');
+    return start == std::wstring::npos ? name : name.substr(start, c_TimeStampLength);
+}
+
+SRate readRate(const XMLNode& node, const char* totalName)
+{
+    SRate rate;
+    LuTestSuiteUtils::GetUInt32(node.GetChild("Successful"), rate.successful);
+    LuTestSuiteUtils::GetUInt32(node.GetChild(totalName), rate.total);
+    return rate;
+}
+
+/// Only what the page shows: archives grow, and whole reports are large. False when the report cannot be read.
+bool readRun(const std::wstring& path, SArchivedRun& run)
+{
+    XMLDocument document;
+    if (document.Load(path, "testsuite") != XMLDocument::EResult::Ok)
+    {
+        return false;
+    }
+    const XMLNode root = document.GetRoot();
+    const XMLNode statistics = root.GetChild("Statistics");
+    run.configuration = root.GetChild("BuildInfo").GetChild("BuildConfiguration").GetText();
+    run.dateBegin = statistics.GetChild("DateBegin").GetText();
+    run.classes = readRate(root.GetChild("ClassStatistics"), "ClassesTotal");
+    run.cases = readRate(statistics, "CasesTotal");
+    return true;
+}
+
+bool isKnown(const std::wstring& configuration)
+{
+    return std::ranges::any_of(c_Configurations,
+                               [&](const SConfiguration& known) { return configuration == known.name; });
+}
+
+/// The newest first, so that each run is compared with the one below it.
+std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& reportPrefix)
+{
+    constexpr std::wstring_view c_Ending = L".xml";
+    std::vector<SArchivedRun> runs;
+    for (const std::wstring& file : LbFileSystem::GetFileNames(archive.reports))
+    {
+        if (!file.starts_with(reportPrefix) || !file.ends_with(c_Ending))
+        {
+            continue;
+        }
+        SArchivedRun run;
+        run.name = file.substr(0, file.size() - c_Ending.size());
+        run.version = getVersion(run.name);
+        if (!readRun(archive.reports + file, run))
+        {
+            LuTestSuite::WriteWarning(L"Fehler: Report %s konnte nicht gelesen werden.\n", archive.reports + file);
+        }
+        else if (!isKnown(run.configuration))
+        {
+            LuTestSuite::WriteWarning(L"Warnung: Report %s hat die unbekannte Konfiguration '%s'.\n",
+                                      archive.reports + file, run.configuration);
+        }
+        else
+        {
+            runs.push_back(std::move(run));
+        }
+    }
+    std::ranges::stable_sort(runs, std::ranges::greater(),
+                             [](const SArchivedRun& run) { return std::tie(run.dateBegin, run.version); });
+    return runs;
+}
+
+/// Writes the comparison of a run with an older one, the reference.
+void writeDiff(const SArchive& archive, const std::wstring& path, const SArchivedRun& older, const SArchivedRun& newer)
+{
+    const std::wstring pathA = archive.reports + older.name + L".xml";
+    const std::wstring pathB = archive.reports + newer.name + L".xml";
+    LuTestSuiteReport::SReportData a;
+    LuTestSuiteReport::SReportData b;
+    if (LuTestSuiteReport::LoadReportDataFromXMLFile(pathA, a) &&
+        LuTestSuiteReport::LoadReportDataFromXMLFile(pathB, b))
+    {
+        LuTestSuiteReport::GenerateHTMLDiffReport(path, pathA, pathB, a, b, true, true, true, true);
+    }
+}
+
+std::wstring getLinkCell(const std::wstring& link, const wchar_t* text)
+{
+    return link.empty() ? std::wstring() : LbFormat(L"<a href=\"%s\">%s</a>", link, text);
+}
+
+/// Link to the comparison, which is written when there is none; empty when it cannot be had.
+std::wstring provideDiff(const SArchive& archive, const std::wstring& tag, const SArchivedRun& older,
+                         const SArchivedRun& newer)
+{
+    const std::wstring name = LbFormat(L"Diff.%s.%s-vs-%s.html", tag, older.version, newer.version);
+    const std::wstring path = archive.diffs + name;
+    if (!LbFileSystem::Exists(path))
+    {
+        writeDiff(archive, path, older, newer);
+    }
+    return LbFileSystem::Exists(path) ? archive.subDirectory + L"/Diff/" + name : std::wstring();
+}
+
+std::wstring getReportLink(const SArchive& archive, const SArchivedRun& run)
+{
+    const std::wstring file = run.name + L".html";
+    return LbFileSystem::Exists(archive.reports + file) ? archive.subDirectory + L'/' + file : std::wstring();
+}
+
+std::wstring getRateCell(const SRate& rate)
+{
+    return LbFormat(L"%4.2f%% (%d/%d)", LuTestSuite::GetPercentage(rate.successful, rate.total), rate.successful,
+                    rate.total);
+}
+
+/// Two bars of 500 pixels together.
+std::wstring getBarCell(const SRate& rate)
+{
+    constexpr std::uint64_t c_FullWidth = 500;
+    // A report that someone edited may claim more successes than cases.
+    const std::uint64_t width = rate.total == 0 ? 0 : std::min(rate.successful * c_FullWidth / rate.total, c_FullWidth);
+    return LbFormat(L"<div class=\"ok\" style=\"width:%dpx\">&nbsp;</div>"
+                    L"<div class=\"error\" style=\"width:%dpx\">&nbsp;</div>",
+                    width, c_FullWidth - width);
+}
+
+void writeRun(MarkupWriter& writer, const SArchivedRun& run, const std::wstring& reportLink,
+              const std::wstring& diffLink)
+{
+    LuTestSuite::WriteRow(writer, L"<tr>", L"td",
+                          {run.version, run.dateBegin, getRateCell(run.classes), getRateCell(run.cases),
+                           getBarCell(run.cases), getLinkCell(reportLink, L"Report"), getLinkCell(diffLink, L"Diff")});
+}
+
+void writeConfiguration(MarkupWriter& writer, const SArchive& archive, const SConfiguration& configuration,
+                        const std::vector<SArchivedRun>& runs)
+{
+    writer.WriteLine(LbFormat(L"<a name=\"%s\"></a><h2>%s</h2>", configuration.tag, configuration.name));
+    writer.WriteLineOpen(L"<table id=\"overview\">");
+    LuTestSuite::WriteRow(writer, L"<tr>", L"th",
+                          {L"Version", L"Run Date", L"Successful Classes", L"Successful Cases", L"Report", L"Diff"});
+    const SArchivedRun* newer = nullptr;
+    for (const SArchivedRun& run : runs)
+    {
+        if (run.configuration == configuration.name)
+        {
+            writeRun(writer, run, getReportLink(archive, run),
+                     newer == nullptr ? std::wstring() : provideDiff(archive, configuration.tag, run, *newer));
+            newer = &run;
+        }
+    }
+    writer.WriteLineClose(L"</table>");
+}
+
+void writeOverview(MarkupWriter& writer, const SArchive& archive, const std::vector<SArchivedRun>& runs)
+{
+    writer.WriteLineOpen(L"<table id=\"overview-info\">");
+    LuTestSuite::WriteRow(writer, L"<tr>", L"td", {L"Directory:", archive.root});
+    writer.WriteLineClose(L"</table>");
+    for (const SConfiguration& configuration : c_Configurations)
+    {
+        const bool hasRuns =
+            std::ranges::any_of(runs, [&](const SArchivedRun& run) { return run.configuration == configuration.name; });
+        if (hasRuns)
+        {
+            writeConfiguration(writer, archive, configuration, runs);
+        }
+    }
+}
+
+} // namespace
+
+void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root, const std::wstring& name,
+                                                        const std::wstring& subDirectory,
+                                                        const std::wstring& reportPrefix)
+{
+    SArchive archive;
+    archive.root = LuTestSuiteUtils::AddBackslash(root);
+    archive.reports = LuTestSuiteUtils::AddBackslash(archive.root + subDirectory);
+    archive.diffs = archive.reports + L"Diff" + LbPath::c_Separator;
+    archive.subDirectory = subDirectory;
+    for (const std::wstring& directory : {archive.root, archive.reports})
+    {
+        if (!LuTestSuiteUtils::AssertDirectory(directory))
+        {
+            LuTestSuite::WriteWarning(L"Fehler: Ungültiges Verzeichnis %s\n", directory);
+            return;
+        }
+    }
+    // Without it the comparisons cannot be written, each of which says so.
+    LuTestSuiteUtils::AssertDirectory(archive.diffs);
+    LuTestSuite::WorkOrReport(L"Fehler beim Erzeugen der Report-Übersicht für Verzeichnis %s", archive.root, [&] {
+        const std::vector<SArchivedRun> runs = readRuns(archive, reportPrefix);
+        LuTestSuite::WritePage(archive.root + name + L".html", L"Archive Overview",
+                               [&](MarkupWriter& writer) { writeOverview(writer, archive, runs); });
+    });
+}

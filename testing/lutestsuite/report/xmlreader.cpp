@@ -1,0 +1,156 @@
+/// Reading the XML report back.
+
+#include <new>
+#include <span>
+
+#include "base/lbformat.h"
+#include "base/xmlnode.h"
+#include "testing/lutestsuite/report/leaknote.h"
+#include "testing/lutestsuite/report/xmlformat.h"
+#include "testing/lutestsuite/utils/valuereaders.h"
+#include "testing/lutestsuite/utils/warning.h"
+
+namespace
+{
+
+using LuTestSuite::ReportClass;
+using LuTestSuite::ReportData;
+using SReportCase = LuTestSuiteReport::SReportCase;
+
+void readValue(const XMLNode& node, std::wstring& value)
+{
+    value = node.GetText();
+}
+
+void readValue(const XMLNode& node, std::uint32_t& value)
+{
+    LuTestSuiteUtils::GetUInt32(node, value);
+}
+
+void readValue(const XMLNode& node, std::uint64_t& value)
+{
+    LuTestSuiteUtils::GetUInt64(node, value);
+}
+
+void readValue(const XMLNode& node, float& value)
+{
+    value = LuTestSuite::ReadFloat(node.GetText());
+}
+
+template<typename Record>
+void readFields(const XMLNode& node, std::span<const LuTestSuite::SXmlField<Record>> fields, Record& record)
+{
+    for (const LuTestSuite::SXmlField<Record>& field : fields)
+    {
+        std::visit([&](const auto member) { readValue(node.GetChild(field.element), record.*member); }, field.member);
+    }
+}
+
+/// Null unless the field that tells whether the report has such a record holds a text.
+template<typename Record>
+std::unique_ptr<Record> readRecord(const XMLNode& node, std::span<const LuTestSuite::SXmlField<Record>> fields,
+                                   std::wstring Record::*tellingField)
+{
+    auto record = std::make_unique<Record>();
+    readFields(node, fields, *record);
+    return ((*record).*tellingField).empty() ? nullptr : std::move(record);
+}
+
+void readBuildInfo(const XMLNode& node, ReportData& data)
+{
+    readFields<ReportData>(node, LuTestSuite::c_BuildInfoFields, data);
+    data.SvnInfo = readRecord<LuTestSuite::SvnInfo>(node, LuTestSuite::c_SvnInfoFields, &LuTestSuite::SvnInfo::URL);
+    data.PscmInfo =
+        readRecord<LuTestSuite::PscmInfo>(node, LuTestSuite::c_PscmInfoFields, &LuTestSuite::PscmInfo::Repository);
+}
+
+ReportClass readClass(const XMLNode& node)
+{
+    ReportClass unitTest;
+    unitTest.Name = node.GetAttribute("Name");
+    readFields<ReportClass>(node, LuTestSuite::c_ClassFields, unitTest);
+    unitTest.Successful = unitTest.CasesTotal - unitTest.Failures - unitTest.Errors;
+    return unitTest;
+}
+
+void readResult(const XMLNode& node, SReportCase& testCase)
+{
+    testCase.Result = LuTestSuiteReport::resultStringToType(node.GetAttribute("type"));
+    testCase.Warning = node.GetAttribute("warning") == L"true";
+    for (const XMLNode& dump : node.GetChildren("dump"))
+    {
+        testCase.Dumps.push_back({dump.GetAttribute("type") != L"info", dump.GetText()});
+    }
+}
+
+SReportCase readCase(const XMLNode& node)
+{
+    SReportCase testCase;
+    testCase.Id = LuTestSuite::ReadUInt32(node.GetAttribute("id"));
+    testCase.ClassName = node.GetAttribute("classname");
+    testCase.CaseName = LuTestSuiteUtils::LuMarkupWriter::Unescape(node.GetAttribute("name"));
+    readValue(node.GetChild("time"), testCase.Time);
+    readValue(node.GetChild("memory"), testCase.Memory);
+    testCase.MemoryDelta = LuTestSuite::ReadInt64(node.GetChild("memorydelta").GetText());
+    testCase.Info = LuTestSuite::GetLeakNote(testCase.MemoryDelta);
+    readResult(node.GetChild("result"), testCase);
+    return testCase;
+}
+
+void readReport(const XMLNode& root, ReportData& data)
+{
+    const XMLNode runInfo = root.GetChild("RunInfo");
+    const XMLNode classStatistics = root.GetChild("ClassStatistics");
+    readFields<ReportData>(root.GetChild("SystemInfo"), LuTestSuite::c_SystemInfoFields, data);
+    readBuildInfo(root.GetChild("BuildInfo"), data);
+    readFields<ReportData>(runInfo, LuTestSuite::c_RunInfoFields, data);
+    readValue(runInfo.GetChild("TimeOut"), data.TimeOut);
+    readFields<ReportData>(root.GetChild("Statistics"), LuTestSuite::c_StatisticsFields, data);
+    readFields<ReportData>(classStatistics, LuTestSuite::c_ClassStatisticsFields, data);
+    for (const XMLNode& child : classStatistics.GetChildren("Class"))
+    {
+        data.Classes.push_back(readClass(child));
+    }
+    for (const XMLNode& child : root.GetChildren("testcase"))
+    {
+        data.Cases.push_back(readCase(child));
+    }
+}
+
+/// False when there is no such file. Throws the reason why it cannot be read.
+bool readFile(const std::wstring& path, ReportData& data)
+{
+    XMLDocument document;
+    switch (document.Load(path, "testsuite", XMLDocument::EText::AsWritten))
+    {
+    case XMLDocument::EResult::Missing:
+        return false;
+    case XMLDocument::EResult::Unreadable:
+        throw LbFormat(L"Datei %s konnte nicht gelesen werden", path);
+    case XMLDocument::EResult::Syntax:
+        throw std::wstring(L"XML-Syntax Fehler");
+    default:
+        readReport(document.GetRoot(), data);
+        return true;
+    }
+}
+
+} // namespace
+
+bool LuTestSuiteReport::LoadReportDataFromXMLFile(const std::wstring& path, SReportData& data)
+{
+    data = {};
+    try
+    {
+        return readFile(path, data);
+    }
+    catch (const std::wstring& message)
+    {
+        LuTestSuite::WriteWarning(L"Fehler in Config-File: %s\n", message);
+    }
+    catch (const std::bad_alloc&)
+    {
+        LuTestSuite::WriteWarning(L"Fehler in Config-File: %s\n", LbFormat(L"Datei %s ist zu groß", path));
+    }
+    return false;
+}

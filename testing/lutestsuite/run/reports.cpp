@@ -1,0 +1,84 @@
+#include "testing/lutestsuite/run/reports.h"
+
+#include <string>
+
+#include "base/lbdatetime.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/os/desktop.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/utils/warning.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+struct STargets
+{
+    std::wstring xml; ///< empty for none
+    std::wstring html;
+};
+
+/// Path of an automatic report without its ending.
+std::wstring makeAutomaticName()
+{
+    const std::wstring folder = LuTestSuiteUtils::AddBackslash(LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Reports");
+    LuTestSuiteUtils::AssertDirectory(folder);
+    return LbFormat(L"%sLuTestSuiteReport-%s", folder, LbDateTime::FormatNow(L"[Y-m-d]-[H-i-s]"));
+}
+
+/// Automatic names replace those that the user gave.
+STargets getTargets(const LuTestSuiteSetup& setup)
+{
+    STargets targets{setup.xmlReport, setup.htmlReport};
+    if (setup.autoXml || setup.autoHtml)
+    {
+        const std::wstring name = makeAutomaticName();
+        targets.xml = setup.autoXml ? name + L".xml" : targets.xml;
+        targets.html = setup.autoHtml ? name + L".html" : targets.html;
+    }
+    return targets;
+}
+
+void writeHtml(const LuTestSuiteSetup& setup, const std::wstring& path, const LuTestSuiteReport::SReportData& data)
+{
+    LuTestSuiteReport::GenerateHTMLReport(path, data, setup.writeCss, setup.writeJs, setup.smallReport,
+                                          setup.tolerateWarnings);
+    if (setup.openReports && LbFileSystem::IsFile(path))
+    {
+        LbOs::OpenOnDesktop(LbOs::GetFullPath(path));
+    }
+}
+
+} // namespace
+
+void WriteReports(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests,
+                  const SRunResult& result)
+{
+    if (setup.xmlReport.empty() && setup.htmlReport.empty() && !setup.autoXml && !setup.autoHtml)
+    {
+        return;
+    }
+    STargets targets{setup.xmlReport, setup.htmlReport};
+    try
+    {
+        targets = getTargets(setup);
+    }
+    catch (const LbException& exception)
+    {
+        // The system knows no folder for the user's data: the reports that have a name of their own stand.
+        LuTestSuite::WriteWarning(L"Fehler: Der Ordner für Reports fehlt: %s\n", exception.GetMessageText());
+    }
+    LuTestSuiteReport::SReportData data;
+    LuTestSuiteReport::GenerateReportData(data, setup, unitTests, result.cases, result.stats);
+    LuTestSuiteReport::GenerateXMLReport(targets.xml, data);
+    if (!targets.html.empty())
+    {
+        writeHtml(setup, targets.html, data);
+    }
+}
+
+} // namespace LuTestSuiteRun

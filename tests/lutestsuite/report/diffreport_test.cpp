@@ -1,0 +1,341 @@
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "tests/support/capturedoutput.h"
+#include "tests/support/golden.h"
+#include "tests/support/page.h"
+#include "tests/support/samplereports.h"
+#include "tests/support/scopedfolder.h"
+#include "tests/support/unwritable.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using SCase = LuTestSuiteReport::SReportCase;
+using SClass = LuTestSuiteReport::SReportClass;
+using SData = LuTestSuiteReport::SReportData;
+
+struct SDiffOptions
+{
+    bool smallReport = false;
+    bool tolerateWarnings = false;
+};
+
+class HTMLDiffReport : public testing::Test
+{
+protected:
+    std::string GetPage(const SData& a, const SData& b, const SDiffOptions& options = {})
+    {
+        LuTestSuiteReport::GenerateHTMLDiffReport(m_path, L"A.xml", L"B.xml", a, b, false, false, options.smallReport,
+                                                  options.tolerateWarnings);
+        return ReadPage(m_path);
+    }
+
+    /// Rows of the case table without its heading.
+    std::vector<SPageRow> GetCaseRows(const std::vector<SCase>& a, const std::vector<SCase>& b,
+                                      const SDiffOptions& options = {})
+    {
+        SData dataA;
+        SData dataB;
+        dataA.Cases = a;
+        dataB.Cases = b;
+        std::vector<SPageRow> rows = GetRows(GetPage(dataA, dataB, options), "testcases");
+        rows.erase(rows.begin());
+        return rows;
+    }
+
+    /// The class of the one row of the case table.
+    std::string GetState(const std::vector<SCase>& a, const std::vector<SCase>& b, bool tolerateWarnings = false)
+    {
+        const std::vector<SPageRow> rows = GetCaseRows(a, b, {.tolerateWarnings = tolerateWarnings});
+        EXPECT_EQ(rows.size(), 1U);
+        return rows.at(0).rowClass;
+    }
+
+    /// Rows of the class table without its heading; none without table.
+    std::vector<SPageRow> GetClassRows(const std::vector<SClass>& a, const std::vector<SClass>& b,
+                                       bool tolerateWarnings = false)
+    {
+        SData dataA;
+        SData dataB;
+        dataA.Classes = a;
+        dataB.Classes = b;
+        std::vector<SPageRow> rows =
+            GetRows(GetPage(dataA, dataB, {.tolerateWarnings = tolerateWarnings}), "testclasses");
+        rows.erase(rows.begin(), rows.empty() ? rows.begin() : rows.begin() + 1);
+        return rows;
+    }
+
+    std::string GetClassState(const SClass& a, const SClass& b, bool tolerateWarnings = false)
+    {
+        const std::vector<SPageRow> rows = GetClassRows({a}, {b}, tolerateWarnings);
+        return rows.empty() ? "" : rows.at(0).rowClass;
+    }
+
+    static SCase MakeCase(ECaseRunResult result = ECaseRunResult::Ok, bool warning = false)
+    {
+        return MakeReportCase(L"C", L"a", result, warning);
+    }
+
+    CapturedOutput m_output;
+    ScopedFolder m_folder;
+    std::wstring m_path = m_folder.GetPathOf(L"diff.html");
+};
+
+TEST_F(HTMLDiffReport, ShowsTwoRuns)
+{
+    ExpectGolden("report/diff.html", GetPage(MakeMixedReport(), MakeLaterReport()));
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(HTMLDiffReport, LeavesPlainRowsOutWhenItIsSmall)
+{
+    ExpectGolden("report/diff_small.html",
+                 GetPage(MakeMixedReport(), MakeLaterReport(), {.smallReport = true, .tolerateWarnings = true}));
+}
+
+TEST_F(HTMLDiffReport, HasPlainRowsOnlyForTheSameRun)
+{
+    const std::string page = GetPage(MakeMixedReport(), MakeMixedReport());
+
+    EXPECT_EQ(GetHeadings(page),
+              (std::vector<std::string>{"Diff Sources", "Build Version", "Test Setup", "Result", "Case Diff"}));
+    EXPECT_EQ(GetRows(page, "testcases").size(), 1 + MakeMixedReport().Cases.size());
+    for (const char* id : {"build", "setup", "result", "testcases"})
+    {
+        for (const SPageRow& row : GetRows(page, id))
+        {
+            EXPECT_EQ(row.rowClass, "") << row.cells.at(0);
+        }
+    }
+}
+
+TEST_F(HTMLDiffReport, NamesItsSources)
+{
+    EXPECT_EQ(GetRows(GetPage(SData(), SData()), "diffsource"),
+              (std::vector<SPageRow>{{"", {"", "Reference Data\"A\"", "Test Data\"B\""}},
+                                     {"", {"Data Source", "A.xml", "B.xml"}}}));
+}
+
+TEST_F(HTMLDiffReport, ShowsRatesAsBetterOrWorse)
+{
+    SData a;
+    SData b;
+    a.ClassesTotal = b.ClassesTotal = 3;
+    a.CasesTotal = b.CasesTotal = 3;
+    a.ClassesSuccessful = b.Successful = 1;
+    b.ClassesSuccessful = a.Successful = 2;
+
+    const std::string page = GetPage(a, b);
+
+    EXPECT_EQ(GetRow(page, "result", "Successful Classes / Total Classes:"),
+              (SPageRow{"better", {"Successful Classes / Total Classes:", "1/3 = 33.33%", "2/3 = 66.67%"}}));
+    EXPECT_EQ(GetRow(page, "result", "Successful Cases / Total Cases:"),
+              (SPageRow{"worse", {"Successful Cases / Total Cases:", "2/3 = 66.67%", "1/3 = 33.33%"}}));
+}
+
+TEST_F(HTMLDiffReport, ShowsOtherTimesAsDifferent)
+{
+    SData a;
+    SData b;
+    b.TimeTotal = 1.1920928955078125e-07F;
+    b.TimeAvg = 1.0e-07F;
+    a.TimeMax = 2.0F;
+
+    const std::string page = GetPage(a, b);
+
+    EXPECT_EQ(GetRow(page, "result", "Time total (sec):").rowClass, "diff");
+    EXPECT_EQ(GetRow(page, "result", "Time per case avg (sec):").rowClass, "");
+    EXPECT_EQ(GetRow(page, "result", "Time per case max (sec):").rowClass, "diff");
+    EXPECT_EQ(GetRow(page, "result", "Time per case min (sec):").rowClass, "");
+}
+
+TEST_F(HTMLDiffReport, LeavesCellsEmptyForBuildInformationOfOneSide)
+{
+    EXPECT_EQ(GetRow(GetPage(SData(), MakeMixedReport()), "build", "PSCM Branch:").cells,
+              (std::vector<std::string>{"PSCM Branch:", "", "main"}));
+}
+
+TEST_F(HTMLDiffReport, ComparesClassesByTheirUnsuccessfulCases)
+{
+    EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3, 1, 1), MakeReportClass(L"C", 3, 0, 1)), "better");
+    EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3, 0, 1, 5), MakeReportClass(L"C", 3, 1, 1)), "worse");
+    EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3), MakeReportClass(L"C", 3)), "");
+}
+
+TEST_F(HTMLDiffReport, ComparesClassesByTheirWarningsUnlessTheyAreTolerated)
+{
+    const SClass without = MakeReportClass(L"C", 3);
+    const SClass with = MakeReportClass(L"C", 3, 0, 0, 2);
+
+    EXPECT_EQ(GetClassState(with, without), "better");
+    EXPECT_EQ(GetClassState(without, with), "worse");
+    EXPECT_EQ(GetClassState(without, with, true), "");
+}
+
+TEST_F(HTMLDiffReport, ShowsClassesWithOtherNumbersOfCasesAsDifferent)
+{
+    EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3), MakeReportClass(L"C", 4)), "diff");
+    EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3), MakeReportClass(L"C", 4, 0, 0, 1), true), "diff");
+}
+
+TEST_F(HTMLDiffReport, ShowsAClassOfOneSideAsWorseWhenSomethingIsWrongWithIt)
+{
+    const std::vector<SClass> failed = {MakeReportClass(L"C", 3, 1)};
+    const std::vector<SClass> warned = {MakeReportClass(L"C", 3, 0, 0, 1)};
+    const std::vector<SClass> good = {MakeReportClass(L"C", 3)};
+
+    EXPECT_EQ(GetClassRows(failed, {}), (std::vector<SPageRow>{{"worse", {"C", "3", "", "1", "", "0", ""}}}));
+    EXPECT_EQ(GetClassRows({}, failed), (std::vector<SPageRow>{{"worse", {"C", "", "3", "", "1", "", "0"}}}));
+    EXPECT_EQ(GetClassRows({}, warned).size(), 1U);
+    EXPECT_TRUE(GetClassRows({}, warned, true).empty());
+    EXPECT_TRUE(GetClassRows(good, {}).empty());
+}
+
+TEST_F(HTMLDiffReport, LinksTheContactOfAClass)
+{
+    SClass a = MakeReportClass(L"C", 1);
+    SClass b = MakeReportClass(L"C", 2);
+    a.ContactEMail = L"a@example.org";
+    EXPECT_EQ(GetClassRows({a}, {b}).at(0).cells.at(0), "C <a href=\"mailto:a@example.org\">a@example.org</a>");
+
+    b.ContactEMail = L"b@example.org";
+    b.ContactName = L"Berta";
+    EXPECT_EQ(GetClassRows({a}, {b}).at(0).cells.at(0), "C <a href=\"mailto:b@example.org\">Berta</a>");
+}
+
+TEST_F(HTMLDiffReport, ShowsAPassedCaseThatFailedBeforeAsImproved)
+{
+    const std::vector<SPageRow> rows = GetCaseRows({MakeCase(ECaseRunResult::Error)}, {MakeCase()});
+
+    EXPECT_EQ(rows.at(0).rowClass, "better");
+    EXPECT_EQ(rows.at(0).cells.at(0), "Improved");
+}
+
+TEST_F(HTMLDiffReport, ShowsAFailedCaseThatPassedBeforeAsWorse)
+{
+    const std::vector<SPageRow> rows = GetCaseRows({MakeCase()}, {MakeCase(ECaseRunResult::TimeOut)});
+
+    EXPECT_EQ(rows.at(0).rowClass, "worse");
+    EXPECT_EQ(rows.at(0).cells.at(0), "Worse");
+}
+
+TEST_F(HTMLDiffReport, ShowsAnotherFailureAsDifferent)
+{
+    const std::vector<SPageRow> rows =
+        GetCaseRows({MakeCase(ECaseRunResult::Error, true)}, {MakeCase(ECaseRunResult::TimeOut)});
+
+    EXPECT_EQ(rows.at(0).rowClass, "diff");
+    EXPECT_EQ(rows.at(0).cells.at(0), "Different");
+}
+
+TEST_F(HTMLDiffReport, ShowsAWarningThatIsGoneAsImprovedEvenWhenTolerated)
+{
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {MakeCase()}), "better");
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {MakeCase()}, true), "better");
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Error, true)}, {MakeCase(ECaseRunResult::Error)}), "better");
+}
+
+TEST_F(HTMLDiffReport, ShowsANewWarningAsWorseUnlessTolerated)
+{
+    EXPECT_EQ(GetState({MakeCase()}, {MakeCase(ECaseRunResult::Ok, true)}), "worse");
+    EXPECT_EQ(GetState({MakeCase()}, {MakeCase(ECaseRunResult::Ok, true)}, true), "");
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {MakeCase(ECaseRunResult::Ok, true)}), "");
+}
+
+TEST_F(HTMLDiffReport, ShowsAnImprovedCaseAsImprovedWhateverItsWarning)
+{
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Error)}, {MakeCase(ECaseRunResult::Ok, true)}), "better");
+}
+
+TEST_F(HTMLDiffReport, ShowsAFailedCaseOfOneSideAsWorse)
+{
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Error)}, {}), "worse");
+    EXPECT_EQ(GetState({}, {MakeCase(ECaseRunResult::Error)}), "worse");
+    EXPECT_EQ(GetState({MakeCase()}, {}), "");
+    EXPECT_EQ(GetState({}, {MakeCase()}), "");
+}
+
+TEST_F(HTMLDiffReport, ShowsAWarningOfReferenceDataOnlyAsWorseUnlessTolerated)
+{
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {}), "worse");
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {}, true), "");
+}
+
+TEST_F(HTMLDiffReport, ShowsAWarningOfTestDataOnlyAsWorseOnlyWhenTolerated)
+{
+    EXPECT_EQ(GetState({}, {MakeCase(ECaseRunResult::Ok, true)}, true), "worse");
+    EXPECT_EQ(GetState({}, {MakeCase(ECaseRunResult::Ok, true)}), "");
+}
+
+TEST_F(HTMLDiffReport, ShowsBothSidesOfACase)
+{
+    SCase a = MakeReportCase(L"CTest<int>", L"a<b", ECaseRunResult::Ok);
+    SCase b = a;
+    a.Id = 3;
+    b.Id = 5;
+    b.Time = 1.25F;
+    b.Memory = 1024;
+    b.Info = L"Speicherleck von 8 Bytes detektiert.";
+
+    EXPECT_EQ(GetCaseRows({a}, {b}),
+              (std::vector<SPageRow>{{"",
+                                      {"", "3", "5", "CTest<int>", "a&lt;b", "0.500000", "1.250000", "2.50", "2048",
+                                       "1024", "0.50", "Ok", "Ok", "", "Speicherleck von 8 Bytes detektiert."}}}));
+}
+
+TEST_F(HTMLDiffReport, LeavesTheCellsOfAMissingSideEmpty)
+{
+    EXPECT_EQ(
+        GetCaseRows({}, {MakeCase()}),
+        (std::vector<SPageRow>{{"", {"", "", "0", "C", "a", "", "0.500000", "", "", "2048", "", "", "Ok", "", ""}}}));
+}
+
+TEST_F(HTMLDiffReport, HasARatioOfZeroForNothingInReferenceData)
+{
+    SCase a = MakeCase();
+    a.Time = 0.0F;
+    a.Memory = 0;
+
+    const SPageRow row = GetCaseRows({a}, {MakeCase()}).at(0);
+
+    EXPECT_EQ(row.cells.at(7), "0.00");
+    EXPECT_EQ(row.cells.at(10), "0.00");
+}
+
+TEST_F(HTMLDiffReport, OrdersCasesByClassAndName)
+{
+    const std::vector<SPageRow> rows = GetCaseRows({MakeReportCase(L"D", L"a"), MakeReportCase(L"C", L"b")},
+                                                   {MakeReportCase(L"C", L"a"), MakeReportCase(L"C", L"c")});
+
+    ASSERT_EQ(rows.size(), 4U);
+    EXPECT_EQ(rows[0].cells.at(4), "a");
+    EXPECT_EQ(rows[1].cells.at(4), "b");
+    EXPECT_EQ(rows[2].cells.at(4), "c");
+    EXPECT_EQ(rows[3].cells.at(3), "D");
+}
+
+TEST_F(HTMLDiffReport, ComparesTheLastRunOfARepeatedCase)
+{
+    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Error), MakeCase()}, {MakeCase(), MakeCase(ECaseRunResult::Error)}),
+              "worse");
+}
+
+TEST_F(HTMLDiffReport, CostsOneLineWhenItCannotBeWritten)
+{
+    for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"zu.html"))
+    {
+        SCOPED_TRACE(place.name);
+        m_output.Clear();
+
+        LuTestSuiteReport::GenerateHTMLDiffReport(place.path, L"A.xml", L"B.xml", MakeMixedReport(), MakeLaterReport(),
+                                                  true, true, false, false);
+
+        EXPECT_EQ(m_output.GetText(), L"HTML-Report " + place.path + L" konnte nicht erzeugt werden.\n");
+        EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"LuTestSuite.css")));
+    }
+}
+
+} // namespace

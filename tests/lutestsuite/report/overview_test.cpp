@@ -1,0 +1,274 @@
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "tests/support/capturedoutput.h"
+#include "tests/support/golden.h"
+#include "tests/support/page.h"
+#include "tests/support/samplereports.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using SData = LuTestSuiteReport::SReportData;
+
+class ReportDirectoryOverview : public testing::Test
+{
+protected:
+    /// Puts a report into the archive, by default of a run of three cases of which one failed.
+    void AddReport(const std::wstring& name, const std::wstring& dateBegin,
+                   const std::wstring& configuration = L"Release x64", std::uint32_t successful = 2,
+                   std::uint32_t total = 3)
+    {
+        SData data;
+        data.BuildConfiguration = configuration;
+        data.DateBegin = dateBegin;
+        data.ClassesTotal = 4;
+        data.ClassesSuccessful = 3;
+        data.CasesTotal = total;
+        data.Successful = successful;
+        m_folder.MakeFolder(L"Archive");
+        LuTestSuiteReport::GenerateXMLReport(GetReportPath(name + L".xml"), data);
+    }
+
+    std::wstring GetReportPath(const std::wstring& file) const { return m_folder.GetPathOf(L"Archive/" + file); }
+
+    void Generate(const std::wstring& root)
+    {
+        LuTestSuiteReport::GenerateReportDirectoryOverview(root, L"index", L"Archive", L"Report");
+    }
+
+    std::string GetPage()
+    {
+        Generate(m_folder.GetPath());
+        return ReadPage(m_folder.GetPathOf(L"index.html"));
+    }
+
+    /// Rows about runs.
+    std::vector<SPageRow> GetRunRows()
+    {
+        std::vector<SPageRow> rows = GetRows(GetPage(), "overview");
+        std::erase_if(rows, [](const SPageRow& row) { return row.cells.at(0) == "Version"; });
+        return rows;
+    }
+
+    CapturedOutput m_output;
+    ScopedFolder m_folder;
+};
+
+constexpr const wchar_t* c_First = L"Report.x64.release.[2024-05-01]-[10-00-00]";
+constexpr const wchar_t* c_Second = L"Report.x64.release.[2024-05-02]-[10-00-00]";
+constexpr const wchar_t* c_Third = L"Report.x64.release.[2024-05-03]-[10-00-00]";
+
+TEST_F(ReportDirectoryOverview, ShowsAnArchiveOfSeveralConfigurations)
+{
+    AddReport(c_First, L"2024-05-01 09:58:00");
+    AddReport(c_Second, L"2024-05-02 09:58:00", L"Release x64", 3);
+    AddReport(c_Third, L"2024-05-03 09:58:00", L"Release x64", 0);
+    AddReport(L"Report.x64.debug.[2024-05-03]-[11-00-00]", L"2024-05-03 10:58:00", L"Debug x64");
+    AddReport(L"Report.x86.release.[2024-05-03]-[12-00-00]", L"2024-05-03 11:58:00", L"Release Win32");
+    AddReport(L"Report.x86.debug.[2024-05-03]-[13-00-00]", L"2024-05-03 12:58:00", L"Debug Win32");
+    m_folder.WriteFile(L"Archive/" + std::wstring(c_Second) + L".html", "<html/>");
+
+    std::string page = GetPage();
+
+    const std::string root = LbEncoding::ToUtf8(m_folder.GetPath());
+    page.replace(page.find(root), root.size(), "ROOT");
+    ExpectGolden("report/overview.html", page);
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(ReportDirectoryOverview, ShowsAnEmptyArchive)
+{
+    EXPECT_TRUE(GetHeadings(GetPage()).empty());
+    EXPECT_TRUE(LbFileSystem::IsDirectory(GetReportPath(L"Diff")));
+}
+
+TEST_F(ReportDirectoryOverview, TakesARootWithoutSeparator)
+{
+    Generate(LuTestSuiteUtils::RemoveBackslash(m_folder.GetPath()));
+
+    EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"index.html")));
+}
+
+TEST_F(ReportDirectoryOverview, ShowsTheNewestRunFirst)
+{
+    AddReport(c_First, L"2024-05-02 10:00:00");
+    AddReport(c_Second, L"2024-05-03 10:00:00");
+    AddReport(c_Third, L"2024-05-01 10:00:00");
+
+    const std::vector<SPageRow> rows = GetRunRows();
+
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_EQ(rows[0].cells.at(1), "2024-05-03 10:00:00");
+    EXPECT_EQ(rows[1].cells.at(1), "2024-05-02 10:00:00");
+    EXPECT_EQ(rows[2].cells.at(1), "2024-05-01 10:00:00");
+}
+
+TEST_F(ReportDirectoryOverview, ComparesEachRunWithTheNextNewerOne)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+
+    const std::vector<SPageRow> rows = GetRunRows();
+
+    const std::string name = "Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html";
+    EXPECT_EQ(rows.at(0).cells.at(6), "");
+    EXPECT_EQ(rows.at(1).cells.at(6), "<a href=\"Archive/Diff/" + name + "\">Diff</a>");
+
+    const std::string diff = ReadPage(GetReportPath(L"Diff/" + LbEncoding::FromUtf8(name)));
+    const std::vector<std::string> sources = GetRows(diff, "diffsource").at(1).cells;
+    EXPECT_EQ(sources.at(1), LbEncoding::ToUtf8(GetReportPath(c_First + std::wstring(L".xml"))));
+    EXPECT_EQ(sources.at(2), LbEncoding::ToUtf8(GetReportPath(c_Second + std::wstring(L".xml"))));
+    EXPECT_TRUE(LbFileSystem::IsFile(GetReportPath(L"Diff/LuTestSuite.css")));
+    EXPECT_TRUE(LbFileSystem::IsFile(GetReportPath(L"Diff/LuTestSuite.js")));
+}
+
+TEST_F(ReportDirectoryOverview, LinksADiffThatIsThereWithoutWritingItAgain)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+    const std::wstring diff = m_folder.WriteFile(
+        L"Archive/Diff/Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html", "schon da");
+
+    EXPECT_NE(GetRunRows().at(1).cells.at(6), "");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(diff), "schon da");
+}
+
+TEST_F(ReportDirectoryOverview, HasNoDiffLinkForTheOnlyRunOfAConfiguration)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(L"Report.x64.debug.[2024-05-02]-[10-00-00]", L"2024-05-02 10:00:00", L"Debug x64");
+
+    const std::vector<SPageRow> rows = GetRunRows();
+
+    EXPECT_EQ(rows.at(0).cells.at(6), "");
+    EXPECT_EQ(rows.at(1).cells.at(6), "");
+    EXPECT_TRUE(LbFileSystem::GetFileNames(GetReportPath(L"Diff/")).empty());
+}
+
+TEST_F(ReportDirectoryOverview, LinksTheHtmlReportOnlyWhenItExists)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+    m_folder.WriteFile(L"Archive/" + std::wstring(c_Second) + L".html", "<html/>");
+
+    const std::vector<SPageRow> rows = GetRunRows();
+
+    EXPECT_EQ(rows.at(0).cells.at(5), "<a href=\"Archive/Report.x64.release.[2024-05-02]-[10-00-00].html\">Report</a>");
+    EXPECT_EQ(rows.at(1).cells.at(5), "");
+}
+
+TEST_F(ReportDirectoryOverview, HasARedBarForARunWithoutCases)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00", L"Release x64", 0, 0);
+
+    const SPageRow row = GetRunRows().at(0);
+
+    EXPECT_EQ(row.cells.at(3), "0.00% (0/0)");
+    EXPECT_EQ(row.cells.at(4), "<div class=\"ok\" style=\"width:0px\">&nbsp;</div>"
+                               "<div class=\"error\" style=\"width:500px\">&nbsp;</div>");
+}
+
+TEST_F(ReportDirectoryOverview, CutsTheWidthOfABarToWholePixels)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00", L"Release x64", 2, 3);
+
+    const SPageRow row = GetRunRows().at(0);
+
+    EXPECT_EQ(row.cells.at(2), "75.00% (3/4)");
+    EXPECT_EQ(row.cells.at(3), "66.67% (2/3)");
+    EXPECT_EQ(row.cells.at(4), "<div class=\"ok\" style=\"width:333px\">&nbsp;</div>"
+                               "<div class=\"error\" style=\"width:167px\">&nbsp;</div>");
+}
+
+TEST_F(ReportDirectoryOverview, HasNoWiderBarForMoreSuccessesThanCases)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00", L"Release x64", 9, 3);
+
+    EXPECT_EQ(GetRunRows().at(0).cells.at(4), "<div class=\"ok\" style=\"width:500px\">&nbsp;</div>"
+                                              "<div class=\"error\" style=\"width:0px\">&nbsp;</div>");
+}
+
+TEST_F(ReportDirectoryOverview, TakesTheNameOfTheFileForAVersionWithoutTimeStamp)
+{
+    AddReport(L"Report 7.2", L"2024-05-01 10:00:00");
+
+    EXPECT_EQ(GetRunRows().at(0).cells.at(0), "Report 7.2");
+}
+
+TEST_F(ReportDirectoryOverview, CountsOnlyReportsWithThePrefix)
+{
+    AddReport(L"Alt [2024-05-01]-[10-00-00]", L"2024-05-01 10:00:00");
+    m_folder.WriteFile(L"Archive/Report.txt", "kein Report");
+
+    EXPECT_TRUE(GetRunRows().empty());
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(ReportDirectoryOverview, LeavesOutReportsThatCannotBeRead)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    const std::wstring broken = m_folder.WriteFile(L"Archive/Report.kaputt.xml", "<testsuite><Statistics>");
+
+    EXPECT_EQ(GetRunRows().size(), 1U);
+    EXPECT_EQ(m_output.GetText(), L"Fehler: Report " + broken + L" konnte nicht gelesen werden.\n");
+}
+
+TEST_F(ReportDirectoryOverview, LeavesOutReportsOfUnknownConfigurations)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00", L"Release ARM");
+
+    EXPECT_TRUE(GetRunRows().empty());
+    EXPECT_EQ(m_output.GetText(), L"Warnung: Report " + GetReportPath(c_First + std::wstring(L".xml")) +
+                                      L" hat die unbekannte Konfiguration 'Release ARM'.\n");
+}
+
+TEST_F(ReportDirectoryOverview, IsWrittenWithoutTheDiffsThatCannotBe)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+    m_folder.WriteFile(L"Archive/Diff", "kein Ordner");
+
+    const std::vector<SPageRow> rows = GetRunRows();
+
+    EXPECT_EQ(rows.at(1).cells.at(6), "");
+    EXPECT_EQ(m_output.GetText(),
+              L"HTML-Report " +
+                  GetReportPath(L"Diff/Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html") +
+                  L" konnte nicht erzeugt werden.\n");
+}
+
+TEST_F(ReportDirectoryOverview, RefusesARootThatCannotBe)
+{
+    const std::wstring root = m_folder.WriteFile(L"Datei", "") + LbPath::c_Separator;
+
+    Generate(root);
+
+    EXPECT_EQ(m_output.GetText(), L"Fehler: Ungültiges Verzeichnis " + root + L"\n");
+}
+
+TEST_F(ReportDirectoryOverview, RefusesAReportDirectoryThatCannotBe)
+{
+    const std::wstring directory = m_folder.WriteFile(L"Archive", "") + LbPath::c_Separator;
+
+    Generate(m_folder.GetPath());
+
+    EXPECT_EQ(m_output.GetText(), L"Fehler: Ungültiges Verzeichnis " + directory + L"\n");
+    EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"index.html")));
+}
+
+TEST_F(ReportDirectoryOverview, CostsOneLineWhenItCannotBeWritten)
+{
+    m_folder.MakeFolder(L"index.html");
+
+    Generate(m_folder.GetPath());
+
+    EXPECT_EQ(m_output.GetText(),
+              L"Fehler beim Erzeugen der Report-Übersicht für Verzeichnis " + m_folder.GetPath() + L"\n");
+}
+
+} // namespace

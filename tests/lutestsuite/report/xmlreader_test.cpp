@@ -1,0 +1,271 @@
+#include <cmath>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lustream.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "tests/support/capturedoutput.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using SReportData = LuTestSuiteReport::SReportData;
+
+class XmlReportReader : public testing::Test
+{
+protected:
+    /// Reads a report of this root content. The record holds something else first.
+    SReportData Read(const std::string& content) const
+    {
+        SReportData data;
+        data.GPU = L"alt";
+        data.Cases.resize(3);
+        EXPECT_TRUE(LuTestSuiteReport::LoadReportDataFromXMLFile(
+            m_folder.WriteFile(L"Report.xml", "<testsuite>" + content + "</testsuite>"), data));
+        return data;
+    }
+
+    SReportData ReadStatistics(const std::string& content) const
+    {
+        return Read("<Statistics>" + content + "</Statistics>");
+    }
+
+    LuTestSuiteReport::SReportCase ReadCase(const std::string& content) const
+    {
+        SReportData data = Read(content);
+        return data.Cases.size() == 1 ? std::move(data.Cases[0]) : LuTestSuiteReport::SReportCase();
+    }
+
+    void ExpectBroken(const std::string& bytes) const
+    {
+        ExpectFailure(m_folder.WriteFile(L"Report.xml", bytes), L"XML-Syntax Fehler");
+    }
+
+    static void ExpectFailure(const std::wstring& path, const std::wstring& reason)
+    {
+        const CapturedOutput output;
+        SReportData data;
+        data.GPU = L"alt";
+        EXPECT_FALSE(LuTestSuiteReport::LoadReportDataFromXMLFile(path, data));
+        EXPECT_EQ(output.GetText(), L"Fehler in Config-File: " + reason + L"\n");
+        EXPECT_EQ(data.GPU, L"");
+    }
+
+    ScopedFolder m_folder;
+};
+
+TEST_F(XmlReportReader, ResetsTheRecordFirst)
+{
+    const SReportData data = Read("");
+
+    EXPECT_EQ(data.GPU, L"");
+    EXPECT_TRUE(data.Cases.empty());
+}
+
+TEST_F(XmlReportReader, AnswersAMissingFileInSilence)
+{
+    const CapturedOutput output;
+    SReportData data;
+    data.GPU = L"alt";
+
+    EXPECT_FALSE(LuTestSuiteReport::LoadReportDataFromXMLFile(m_folder.GetPathOf(L"fehlt.xml"), data));
+
+    EXPECT_EQ(output.GetText(), L"");
+    EXPECT_EQ(data.GPU, L"");
+}
+
+TEST_F(XmlReportReader, ReadsMissingThingsAsEmptyOrZero)
+{
+    const SReportData data = Read("<ClassStatistics><Class/></ClassStatistics><testcase/>");
+
+    EXPECT_EQ(data.TimeOut, 0U);
+    EXPECT_EQ(data.SvnInfo, nullptr);
+    EXPECT_EQ(data.PscmInfo, nullptr);
+    ASSERT_EQ(data.Classes.size(), 1U);
+    EXPECT_EQ(data.Classes[0].Name, L"");
+    EXPECT_EQ(data.Classes[0].Successful, 0U);
+    ASSERT_EQ(data.Cases.size(), 1U);
+    EXPECT_EQ(data.Cases[0].Time, 0.0F);
+    EXPECT_EQ(data.Cases[0].Result, ECaseRunResult::Unknown);
+}
+
+TEST_F(XmlReportReader, TakesTheRecordsOfTheBuildByTheFieldThatNamesThem)
+{
+    EXPECT_EQ(Read("<BuildInfo><SvnRevision>1</SvnRevision></BuildInfo>").SvnInfo, nullptr);
+    EXPECT_EQ(Read("<BuildInfo><PscmServer>s</PscmServer></BuildInfo>").PscmInfo, nullptr);
+    const SReportData data = Read("<BuildInfo><SvnURL>u</SvnURL><PscmRepository>r</PscmRepository></BuildInfo>");
+    ASSERT_NE(data.SvnInfo, nullptr);
+    EXPECT_EQ(data.SvnInfo->URL, L"u");
+    ASSERT_NE(data.PscmInfo, nullptr);
+    EXPECT_EQ(data.PscmInfo->Repository, L"r");
+}
+
+TEST_F(XmlReportReader, ComputesTheSuccessfulCasesOfAClass)
+{
+    const SReportData data = Read("<ClassStatistics><Class Name='C'><CasesTotal>10</CasesTotal><Errors>1</Errors>"
+                                  "<Failures>2</Failures></Class></ClassStatistics>");
+
+    EXPECT_EQ(data.Classes.at(0).Successful, 7U);
+}
+
+TEST_F(XmlReportReader, ReadsATimeOutOfNone)
+{
+    EXPECT_EQ(Read("<RunInfo><TimeOut>-1</TimeOut></RunInfo>").TimeOut, 4294967295U);
+}
+
+TEST_F(XmlReportReader, RebuildsTheNoteOfALeak)
+{
+    EXPECT_EQ(ReadCase("<testcase><memorydelta>-24</memorydelta></testcase>").Info,
+              L"Speicherleck von -24 Bytes detektiert.");
+    EXPECT_EQ(ReadCase("<testcase><memorydelta>0</memorydelta></testcase>").Info, L"");
+}
+
+TEST_F(XmlReportReader, ReadsResultsByTheirExactNames)
+{
+    EXPECT_EQ(ReadCase("<testcase><result type='TIMEOUT'/></testcase>").Result, ECaseRunResult::TimeOut);
+    EXPECT_EQ(ReadCase("<testcase><result type='ok'/></testcase>").Result, ECaseRunResult::Unknown);
+    EXPECT_TRUE(ReadCase("<testcase><result warning='true'/></testcase>").Warning);
+    EXPECT_FALSE(ReadCase("<testcase><result warning='True'/></testcase>").Warning);
+}
+
+TEST_F(XmlReportReader, ReadsLinesOfUnknownKindsAsErrors)
+{
+    const auto dumps = ReadCase("<testcase><result><dump type='info'>a</dump><dump type='note'>b</dump><other/>"
+                                "<dump>c</dump></result></testcase>")
+                           .Dumps;
+
+    ASSERT_EQ(dumps.size(), 3U);
+    EXPECT_FALSE(dumps[0].IsError);
+    EXPECT_TRUE(dumps[1].IsError);
+    EXPECT_TRUE(dumps[2].IsError);
+    EXPECT_EQ(dumps[2].Text, L"c");
+}
+
+TEST_F(XmlReportReader, ResolvesTheNamesOfCasesAndKeepsAllOtherTextsAsTheyAreWritten)
+{
+    const auto testCase = ReadCase("<testcase classname='C&lt;&#65;' name='a &lt;&amp;&#65;&quot;&apos;&gt;'><result>"
+                                   "<dump>a &lt; b &amp;\r\n</dump></result></testcase>");
+
+    EXPECT_EQ(testCase.ClassName, L"C&lt;&#65;");
+    EXPECT_EQ(testCase.CaseName, L"a <&&#65;\"'>");
+    EXPECT_EQ(testCase.Dumps.at(0).Text, L"a &lt; b &amp;\r\n");
+}
+
+TEST_F(XmlReportReader, OverlooksUnknownElementsAndTakesTheFirstOfEqualOnes)
+{
+    const SReportData data = Read("<x/>text<testcase name='1'/><y><testcase name='2'/></y>"
+                                  "<SystemInfo><GPU>a</GPU><GPU>b</GPU></SystemInfo><testcase name='3'/>");
+
+    EXPECT_EQ(data.GPU, L"a");
+    ASSERT_EQ(data.Cases.size(), 2U);
+    EXPECT_EQ(data.Cases[1].CaseName, L"3");
+}
+
+TEST_F(XmlReportReader, TakesTheLimitForNumbersOutOfRange)
+{
+    const SReportData data =
+        ReadStatistics("<CasesTotal>4294967296</CasesTotal><Errors>99999999999999999999999</Errors>"
+                       "<MemoryMax>18446744073709551616</MemoryMax><TimeMax>1e99</TimeMax>"
+                       "<TimeMin>-1e99</TimeMin><TimeAvg>1e-99</TimeAvg>");
+
+    EXPECT_EQ(data.CasesTotal, 4294967295U);
+    EXPECT_EQ(data.Errors, 4294967295U);
+    EXPECT_EQ(data.MemoryMax, 18446744073709551615U);
+    EXPECT_TRUE(std::isinf(data.TimeMax) && data.TimeMax > 0);
+    EXPECT_TRUE(std::isinf(data.TimeMin) && data.TimeMin < 0);
+    EXPECT_EQ(data.TimeAvg, 0.0F);
+    EXPECT_EQ(ReadCase("<testcase><memorydelta>9223372036854775808</memorydelta></testcase>").MemoryDelta,
+              9223372036854775807);
+    EXPECT_EQ(ReadCase("<testcase><memorydelta>-9223372036854775809</memorydelta></testcase>").MemoryDelta,
+              -9223372036854775807 - 1);
+}
+
+TEST_F(XmlReportReader, ReadsWhatIsNoNumberAsZero)
+{
+    const SReportData data = ReadStatistics("<CasesTotal>viele</CasesTotal><MemoryMax/><TimeMax>,5</TimeMax>"
+                                            "<TimeMin> +0.5s</TimeMin>");
+
+    EXPECT_EQ(data.CasesTotal, 0U);
+    EXPECT_EQ(data.MemoryMax, 0U);
+    EXPECT_EQ(data.TimeMax, 0.0F);
+    EXPECT_EQ(data.TimeMin, 0.5F);
+}
+
+TEST_F(XmlReportReader, RefusesBrokenMarkup)
+{
+    for (const char* bytes : {"", "kein XML", "<testsuite>", "<testsuite></testsuite", "<testsuite><a></testsuite>",
+                              "<testsuite/><testsuite/>", "<testsuite a></testsuite>", "<testsuite></Testsuite>"})
+    {
+        ExpectBroken(bytes);
+    }
+    ExpectBroken(std::string("<testsuite>\0</testsuite>", 24));
+}
+
+TEST_F(XmlReportReader, RefusesAnotherRoot)
+{
+    ExpectBroken("<testsuites><testsuite/></testsuites>");
+    ExpectBroken("<Testsuite/>");
+}
+
+TEST_F(XmlReportReader, RefusesWhatIsNoFile)
+{
+    const std::wstring folder = LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"));
+    ExpectFailure(folder, L"Datei " + folder + L" konnte nicht gelesen werden");
+}
+
+TEST_F(XmlReportReader, NeverExpandsEntitiesOfADocumentType)
+{
+    std::string text = "<!DOCTYPE testsuite [<!ENTITY a \"0123456789\">";
+    for (char name = 'b'; name <= 'p'; ++name)
+    {
+        text += std::string("<!ENTITY ") + name + " \"";
+        for (int count = 0; count < 10; ++count)
+        {
+            text += std::string("&") + static_cast<char>(name - 1) + ";";
+        }
+        text += "\">";
+    }
+    SReportData data;
+    const std::wstring path =
+        m_folder.WriteFile(L"Report.xml", text + "]><testsuite><SystemInfo><GPU>&p;</GPU></SystemInfo></testsuite>");
+
+    EXPECT_TRUE(LuTestSuiteReport::LoadReportDataFromXMLFile(path, data));
+    EXPECT_EQ(data.GPU, L"&p;");
+}
+
+TEST_F(XmlReportReader, BearsTenThousandLevels)
+{
+    std::string open;
+    std::string close;
+    for (int level = 0; level < 10000; ++level)
+    {
+        open += "<a>";
+        close += "</a>";
+    }
+
+    EXPECT_EQ(Read(open + close + "<testcase/>").Cases.size(), 1U);
+    ExpectBroken("<testsuite>" + open);
+}
+
+TEST_F(XmlReportReader, RefusesTwoHundredMegabytesOfSomethingElse)
+{
+    constexpr std::size_t c_Block = 1 << 20U;
+    const std::wstring path = m_folder.GetPathOf(L"Report.xml");
+    LuStreamWriteBinaryFile file(path);
+    const std::string block(c_Block, 'x');
+    file.Write("<testsuite>", 11);
+    for (int count = 0; count < 200; ++count)
+    {
+        file.Write(block.data(), block.size());
+    }
+    file.Close();
+
+    ExpectFailure(path, L"XML-Syntax Fehler");
+}
+
+} // namespace

@@ -1,0 +1,142 @@
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "tests/support/capturedoutput.h"
+#include "tests/support/fulldevice.h"
+#include "tests/support/golden.h"
+#include "tests/support/reportmodels.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using SReportData = LuTestSuiteReport::SReportData;
+
+class XmlReportWriter : public testing::Test
+{
+protected:
+    std::string Write(const SReportData& data) const
+    {
+        const std::wstring path = m_folder.GetPathOf(L"Report.xml");
+        LuTestSuiteReport::GenerateXMLReport(path, data);
+        return LbFileSystem::ReadFile8Bit(path);
+    }
+
+    /// One case of this content, and the lines from its start tag to its end tag.
+    std::string WriteCase(const LuTestSuiteReport::SReportCase& testCase) const
+    {
+        SReportData data;
+        data.Cases.push_back(testCase);
+        const std::string text = Write(data);
+        const std::size_t start = text.find("\t<testcase");
+        return text.substr(start, text.find("</testsuite>") - start);
+    }
+
+    void ExpectFailure(const std::wstring& path) const
+    {
+        CapturedOutput output;
+        LuTestSuiteReport::GenerateXMLReport(path, MakeReport());
+        const auto lines = output.GetLines();
+        ASSERT_EQ(lines.size(), 2U);
+        EXPECT_EQ(lines[0], CapturedOutput::Plain(L"XML-Report " + path + L" konnte nicht erzeugt werden."));
+        EXPECT_EQ(lines[1], CapturedOutput::Plain(L"\n"));
+    }
+
+    ScopedFolder m_folder;
+};
+
+TEST_F(XmlReportWriter, WritesEveryFieldInItsPlace)
+{
+    ExpectGolden("report/full.xml", Write(MakeReport()));
+}
+
+TEST_F(XmlReportWriter, WritesAnEmptyRecord)
+{
+    ExpectGolden("report/empty.xml", Write({}));
+}
+
+TEST_F(XmlReportWriter, SaysNothingWhenAllIsWell)
+{
+    const CapturedOutput output;
+    Write(MakeReport());
+    EXPECT_EQ(output.GetText(), L"");
+}
+
+TEST_F(XmlReportWriter, ReplacesAnOlderReport)
+{
+    m_folder.WriteFile(L"Report.xml", std::string(100000, 'x'));
+    EXPECT_TRUE(Write({}).ends_with("</testsuite>\n"));
+}
+
+TEST_F(XmlReportWriter, WritesNothingWithoutAPath)
+{
+    const CapturedOutput output;
+    LuTestSuiteReport::GenerateXMLReport(L"", MakeReport());
+    EXPECT_EQ(output.GetText(), L"");
+}
+
+TEST_F(XmlReportWriter, EscapesNamesOfCasesButNotOfClasses)
+{
+    LuTestSuiteReport::SReportCase testCase;
+    testCase.ClassName = L"CTest<int>";
+    testCase.CaseName = L"a < b & c";
+    EXPECT_NE(WriteCase(testCase).find("classname=\"CTest<int>\" name=\"a &lt; b &amp; c\""), std::string::npos);
+}
+
+TEST_F(XmlReportWriter, WritesAQuestionMarkForWhatAFileCannotHold)
+{
+    LuTestSuiteReport::SReportCase testCase;
+    testCase.CaseName = L"\u20AC \U0001F600 \x01\x1B\xFF\t";
+    EXPECT_NE(WriteCase(testCase).find("name=\"? ? ??\xFF\t\""), std::string::npos);
+}
+
+TEST_F(XmlReportWriter, WritesLargeNumbersAsTheyAreRead)
+{
+    SReportData data;
+    data.TimeOut = 4294967295U;
+    data.ThreadCount = 4294967295U;
+    const std::string text = Write(data);
+    EXPECT_NE(text.find("<TimeOut>-1</TimeOut>"), std::string::npos);
+    EXPECT_NE(text.find("<ThreadCount>4294967295</ThreadCount>"), std::string::npos);
+    data.TimeOut = 4294967294U;
+    EXPECT_NE(Write(data).find("<TimeOut>-2</TimeOut>"), std::string::npos);
+}
+
+TEST_F(XmlReportWriter, LeavesOutTheRecordsOfTheBuildThatAreAbsent)
+{
+    SReportData data;
+    data.BuildConfiguration = L"Release x64";
+    EXPECT_NE(Write(data).find("\t<BuildInfo>\n\t\t<BuildConfiguration>Release x64</BuildConfiguration>\n"
+                               "\t</BuildInfo>\n"),
+              std::string::npos);
+}
+
+TEST_F(XmlReportWriter, FailsInOneLineWhenAFolderStandsInPlaceOfTheFile)
+{
+    ExpectFailure(m_folder.MakeFolder(L"Ordner"));
+    ExpectFailure(m_folder.GetPathOf(L"Ordner"));
+}
+
+TEST_F(XmlReportWriter, FailsInOneLineWhenTheFolderIsMissing)
+{
+    ExpectFailure(m_folder.GetPathOf(L"gibt es nicht/Report.xml"));
+}
+
+TEST_F(XmlReportWriter, FailsInOneLineWhenThePathIsTooLong)
+{
+    ExpectFailure(m_folder.GetPathOf(std::wstring(40000, L'x')));
+}
+
+TEST_F(XmlReportWriter, FailsInOneLineWhenTheDiskIsFull)
+{
+    if (GetFullDevice().empty())
+    {
+        GTEST_SKIP() << "there is no full device";
+    }
+    ExpectFailure(GetFullDevice());
+}
+
+} // namespace

@@ -1,0 +1,151 @@
+// The mode that compares two XML reports.
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "tests/support/capturedoutput.h"
+#include "tests/support/page.h"
+#include "tests/support/samplereports.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+class GenerateReportDiff : public testing::Test
+{
+protected:
+    /// Nothing but the two files.
+    LuTestSuiteSetup MakeSetup(std::vector<std::wstring> inputs) const
+    {
+        LuTestSuiteSetup setup;
+        setup.diffInputs = std::move(inputs);
+        setup.writeCss = false;
+        setup.writeJs = false;
+        return setup;
+    }
+
+    std::wstring WriteReport(const std::wstring& name, const LuTestSuiteReport::SReportData& data)
+    {
+        const std::wstring path = m_folder.GetPathOf(name);
+        LuTestSuiteReport::GenerateXMLReport(path, data);
+        return path;
+    }
+
+    void Generate(const LuTestSuiteSetup& setup) { LuTestSuiteUtils::GenerateReportDiff(setup); }
+
+    CapturedOutput m_output;
+    ScopedFolder m_folder;
+    std::wstring m_a = WriteReport(L"alt.xml", MakeMixedReport());
+    std::wstring m_b = WriteReport(L"neu.1.xml", MakeLaterReport());
+};
+
+TEST_F(GenerateReportDiff, WritesThePageBesideTheReference)
+{
+    m_folder.MakeFolder(L"anderswo");
+    const std::wstring b = WriteReport(L"anderswo/neu.xml", MakeLaterReport());
+
+    Generate(MakeSetup({m_a, b}));
+
+    const std::string page = ReadPage(m_folder.GetPathOf(L"Diff-[alt][neu].html"));
+    EXPECT_EQ(GetHeadings(page), (std::vector<std::string>{"Diff Sources", "Build Version", "Test Setup", "Result",
+                                                           "Class Diff", "Case Diff"}));
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(GenerateReportDiff, CutsOnlyTheLastEndingFromNames)
+{
+    Generate(MakeSetup({m_a, m_b}));
+
+    EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"Diff-[alt][neu.1].html")));
+}
+
+TEST_F(GenerateReportDiff, WritesThePageThatTheSetupNames)
+{
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
+
+    Generate(setup);
+
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()),
+              (std::vector<std::wstring>{L"alt.xml", L"neu.1.xml", L"vergleich.html"}));
+}
+
+TEST_F(GenerateReportDiff, TakesTheSettingsOfPagesFromTheSetup)
+{
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
+    setup.writeCss = true;
+    setup.smallReport = true;
+    setup.tolerateWarnings = false;
+
+    Generate(setup);
+
+    EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"LuTestSuite.css")));
+    EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"LuTestSuite.js")));
+    const std::vector<SPageRow> rows = GetRows(ReadPage(setup.diffOutput), "testcases");
+    EXPECT_TRUE(std::ranges::none_of(rows.begin() + 1, rows.end(), &std::string::empty, &SPageRow::rowClass));
+    // The leak of the reference run is no case of the later one: worse only where warnings count.
+    EXPECT_TRUE(std::ranges::any_of(rows, [](const SPageRow& row) { return row.cells.at(4) == "Leck"; }));
+}
+
+TEST_F(GenerateReportDiff, NeedsTwoFiles)
+{
+    for (const std::vector<std::wstring>& inputs :
+         {std::vector<std::wstring>{m_a}, std::vector<std::wstring>{m_a, m_b, m_a}})
+    {
+        m_output.Clear();
+        Generate(MakeSetup(inputs));
+        EXPECT_EQ(m_output.GetText(), L"Fehler Diff: Es müssen zwei Dateien angegeben werden.\n");
+    }
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()).size(), 2U);
+}
+
+TEST_F(GenerateReportDiff, NamesTheFirstFileThatIsMissing)
+{
+    const std::wstring missing = m_folder.GetPathOf(L"fehlt.xml");
+
+    Generate(MakeSetup({missing, m_folder.GetPathOf(L"fehlt auch.xml")}));
+    EXPECT_EQ(m_output.GetText(), L"Fehler Diff: Datei " + missing + L" existiert nicht.\n");
+
+    m_output.Clear();
+    Generate(MakeSetup({m_a, missing}));
+    EXPECT_EQ(m_output.GetText(), L"Fehler Diff: Datei " + missing + L" existiert nicht.\n");
+}
+
+TEST_F(GenerateReportDiff, NamesTheFileThatCannotBeRead)
+{
+    const std::wstring broken = m_folder.WriteFile(L"kaputt.xml", "<testsuite>");
+    const std::wstring line = L"Fehler Diff: Daten der Datei " + broken + L" konnten nicht geladen werden.\n";
+
+    for (const std::vector<std::wstring>& inputs :
+         {std::vector<std::wstring>{broken, m_b}, std::vector<std::wstring>{m_a, broken}})
+    {
+        m_output.Clear();
+        Generate(MakeSetup(inputs));
+        EXPECT_EQ(m_output.GetText(), L"Fehler in Config-File: XML-Syntax Fehler\n" + line);
+    }
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()).size(), 3U);
+}
+
+TEST_F(GenerateReportDiff, CostsOneLineWhenThePageCannotBeWritten)
+{
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    setup.diffOutput = m_folder.GetPathOf(L"fehlt/vergleich.html");
+
+    Generate(setup);
+
+    EXPECT_EQ(m_output.GetText(), L"HTML-Report " + setup.diffOutput + L" konnte nicht erzeugt werden.\n");
+}
+
+TEST_F(GenerateReportDiff, ComparesARunWithItself)
+{
+    Generate(MakeSetup({m_a, m_a}));
+
+    EXPECT_EQ(GetHeadings(ReadPage(m_folder.GetPathOf(L"Diff-[alt][alt].html"))),
+              (std::vector<std::string>{"Diff Sources", "Build Version", "Test Setup", "Result", "Case Diff"}));
+}
+
+} // namespace

@@ -1,0 +1,67 @@
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace
+{
+
+std::string readSource(const wchar_t* name)
+{
+    return LbFileSystem::ReadFile8Bit(LbPath::ToNative(L"" LUTESTSUITE_SOURCE_DIR "/testing/lutestsuite/resources/") +
+                                      name);
+}
+
+TEST(LoadResourceToString, GivesTheBytesOfTheFile)
+{
+    const std::string text = LuTestSuiteUtils::LoadResourceToString(L"IDR_HTML_REPORT_CSS", L"CSSFILE");
+
+    EXPECT_FALSE(text.empty());
+    EXPECT_EQ(text, readSource(L"htmlreport.css"));
+}
+
+TEST(LoadResourceToString, IsEmptyForAnUnknownName)
+{
+    EXPECT_EQ(LuTestSuiteUtils::LoadResourceToString(L"IDR_UNBEKANNT", L"CSSFILE"), "");
+    EXPECT_EQ(LuTestSuiteUtils::LoadResourceToString(L"", L""), "");
+}
+
+TEST(LoadResourceToString, IsEmptyForAnotherType)
+{
+    EXPECT_EQ(LuTestSuiteUtils::LoadResourceToString(L"IDR_HTML_REPORT_CSS", L"JSFILE"), "");
+}
+
+TEST(DefaultStylesheet, IsTheEmbeddedFile)
+{
+    EXPECT_EQ(LuTestSuiteUtils::GetDefaultStylesheet(), readSource(L"htmlreport.css"));
+}
+
+TEST(DefaultStylesheet, KnowsEveryClassOfThePages)
+{
+    const std::string text = LuTestSuiteUtils::GetDefaultStylesheet();
+    for (const char* selector : {"tr.ok", "tr.failure", "tr.error", "tr.warning", "tr.diff", "tr.better", "tr.worse",
+                                 "div.ok", "div.error", "#testcases"})
+    {
+        EXPECT_NE(text.find(std::string("\r\n") + selector), std::string::npos) << selector;
+    }
+}
+
+TEST(DefaultStylesheet, FitsIntoAnyPage)
+{
+    // ASCII looks the same in every encoding; "<" and "&" would be markup.
+    EXPECT_TRUE(std::ranges::all_of(LuTestSuiteUtils::GetDefaultStylesheet(), [](char character) {
+        return character == '\r' || character == '\n' ||
+               (character >= ' ' && character <= '~' && character != '<' && character != '&');
+    }));
+}
+
+TEST(JavascriptSource, IsTheEmbeddedFile)
+{
+    EXPECT_FALSE(LuTestSuiteUtils::GetJavascriptSource().empty());
+    EXPECT_EQ(LuTestSuiteUtils::GetJavascriptSource(), readSource(L"htmlreport.js"));
+}
+
+} // namespace

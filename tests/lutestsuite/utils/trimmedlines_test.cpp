@@ -1,0 +1,31 @@
+#include <gtest/gtest.h>
+
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace
+{
+
+TEST(GetTrimmedLines, KeepsTheFirstLinesWithTheirLineFeeds)
+{
+    EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb\nc", 2), L"a\nb\n");
+    EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb\nc\n", 1), L"a\n");
+}
+
+TEST(GetTrimmedLines, KeepsAllWhenThereAreFewer)
+{
+    EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb\nc", 5), L"a\nb\nc");
+    EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb\nc", 3), L"a\nb\nc");
+    EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"", 5), L"");
+}
+
+TEST(GetTrimmedLines, KeepsNothingForNoLines)
+{
+    EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb", 0), L"");
+}
+
+TEST(GetTrimmedLines, CountsEmptyLinesAndLeavesCarriageReturnsAlone)
+{
+    EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"\r\n\n\rx\n", 2), L"\r\n\n");
+}
+
+} // namespace

@@ -1,0 +1,246 @@
+#include "tests/support/reportmodels.h"
+
+#include <cmath>
+#include <iterator>
+#include <limits>
+#include <string_view>
+
+#include "base/lbformat.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using SReportData = LuTestSuiteReport::SReportData;
+using SReportClass = LuTestSuiteReport::SReportClass;
+using SReportCase = LuTestSuiteReport::SReportCase;
+
+constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Ok,       ECaseRunResult::Error,     ECaseRunResult::Exception,
+                                        ECaseRunResult::NoInput,  ECaseRunResult::Different, ECaseRunResult::Unknown,
+                                        ECaseRunResult::Canceled, ECaseRunResult::TimeOut};
+
+void describe(SReportData& data)
+{
+    data.BuildConfiguration = L"Release x64";
+    data.SvnInfo = std::make_unique<LuTestSuiteUtils::SSvnInfo>();
+    *data.SvnInfo = {L"trunk", L"D:\\Arbeit", L"svn://server/trunk",       L"svn://server", L"4711",
+                     L"jörg",  L"4700",       L"2024-02-29 12:34:56 +0100"};
+    data.PscmInfo = std::make_unique<LuTestSuiteUtils::SPscmInfo>();
+    *data.PscmInfo = {L"server:8084", L"produkt", L"/main/ä", L"0815", L"Jörg Müller", L"D:\\Arbeit\\produkt"};
+    data.Processor = L"Model: Prozessor, Cores: 8, Speed 2.600 GHz, Memory 23.5 GB";
+    data.GPU = L"Grafik 3000";
+    data.MachineName = L"RECHNER";
+    data.DataDirectory = L"D:\\Daten für Tests\\";
+    data.ExecutionMode = L"External Isolated";
+    data.ThreadCount = 4;
+    data.TimeOut = 60;
+    data.DateBegin = L"2024-02-29 23:59:58";
+    data.DateEnd = L"2024-03-01 00:00:01";
+}
+
+void addFigures(SReportData& data)
+{
+    data.ClassesTotal = 2;
+    data.ClassesSuccessful = 1;
+    data.ClassesFlagged = 2;
+    data.CasesTotal = 9;
+    data.Successful = 2;
+    data.Failures = 4;
+    data.Errors = 3;
+    data.Warnings = 1;
+    data.TimeTotal = 3.25F;
+    data.TimeAvg = 0.5F;
+    data.TimeMax = 1.125F;
+    data.TimeMin = 0.000001F;
+    data.MemoryAvg = 2048;
+    data.MemoryMax = 18446744073709551615U;
+    data.MemoryMin = 16;
+}
+
+SReportCase makeCase(std::uint32_t id, ECaseRunResult result)
+{
+    SReportCase testCase;
+    testCase.Id = id;
+    testCase.ClassName = L"CManyOutcomes";
+    testCase.CaseName = LbFormat(L"Fall %u & \"ä\" <b>", id);
+    testCase.Time = 0.25F * static_cast<float>(id);
+    testCase.Memory = 1024U * id;
+    testCase.Result = result;
+    if (result != ECaseRunResult::Ok)
+    {
+        testCase.Dumps = {{true, L"3 statt 4 &amp; 5"}, {false, L"Größe 12 µm"}, {false, L"..."}};
+    }
+    return testCase;
+}
+
+SReportCase makeLeakingCase(std::uint32_t id)
+{
+    SReportCase testCase;
+    testCase.Id = id;
+    testCase.ClassName = L"CLeak";
+    testCase.CaseName = L"undicht";
+    testCase.MemoryDelta = -9223372036854775807 - 1;
+    testCase.Info = L"Speicherleck von -9223372036854775808 Bytes detektiert.";
+    testCase.Warning = true;
+    return testCase;
+}
+
+/// The random content of one record.
+class CRandom
+{
+public:
+    explicit CRandom(std::mt19937& random) : m_random(random) {}
+
+    template<typename T>
+    T Number()
+    {
+        return std::uniform_int_distribution<T>(std::numeric_limits<T>::min(), std::numeric_limits<T>::max())(m_random);
+    }
+
+    std::uint32_t Below(std::uint32_t limit)
+    {
+        return std::uniform_int_distribution<std::uint32_t>(0, limit - 1)(m_random);
+    }
+
+    bool Flag() { return Below(2) == 0; }
+
+    /// Of all sizes that a float has.
+    float Float()
+    {
+        constexpr int c_LargestExponent = 120;
+        const float mantissa = std::uniform_real_distribution<float>(0.0F, 1.0F)(m_random);
+        return std::ldexp(mantissa, static_cast<int>(Below(2 * c_LargestExponent)) - c_LargestExponent);
+    }
+
+    /// Any characters of a report file.
+    std::wstring Text(std::uint32_t shortest = 0)
+    {
+        std::wstring text;
+        const std::uint32_t length = shortest + Below(12);
+        while (text.size() < length)
+        {
+            const auto character = static_cast<wchar_t>(Below(256));
+            const bool isControl =
+                character < L' ' && std::wstring_view(L"\t\n\r").find(character) == std::wstring::npos;
+            text.push_back(isControl ? L' ' : character);
+        }
+        return text;
+    }
+
+    /// Without markup. An entity of its own, a line feed or a blank at the end stays as it is.
+    std::wstring RawText(std::uint32_t shortest = 0)
+    {
+        std::wstring text = Text(shortest);
+        for (wchar_t& character : text)
+        {
+            character = std::wstring_view(L"<>&\"'").find(character) == std::wstring::npos ? character : L'_';
+        }
+        return Below(8) == 0 ? text + L"&lt;&auml;&#65;" : text;
+    }
+
+private:
+    std::mt19937& m_random;
+};
+
+void randomizeDescription(CRandom& random, SReportData& data)
+{
+    for (std::wstring* text : {&data.BuildConfiguration, &data.Processor, &data.GPU, &data.MachineName,
+                               &data.DataDirectory, &data.ExecutionMode, &data.DateBegin, &data.DateEnd})
+    {
+        *text = random.RawText();
+    }
+    if (random.Flag())
+    {
+        data.SvnInfo = std::make_unique<LuTestSuiteUtils::SSvnInfo>();
+        data.SvnInfo->URL = random.RawText(1);
+        data.SvnInfo->Revision = random.RawText();
+    }
+    if (random.Flag())
+    {
+        data.PscmInfo = std::make_unique<LuTestSuiteUtils::SPscmInfo>();
+        data.PscmInfo->Repository = random.RawText(1);
+        data.PscmInfo->Branch = random.RawText();
+    }
+}
+
+void randomizeFigures(CRandom& random, SReportData& data)
+{
+    for (std::uint32_t* number : {&data.ThreadCount, &data.TimeOut, &data.ClassesTotal, &data.ClassesSuccessful,
+                                  &data.CasesTotal, &data.Successful, &data.Failures, &data.Errors, &data.Warnings})
+    {
+        *number = random.Number<std::uint32_t>();
+    }
+    for (std::uint64_t* number : {&data.MemoryAvg, &data.MemoryMax, &data.MemoryMin})
+    {
+        *number = random.Number<std::uint64_t>();
+    }
+    for (float* number : {&data.TimeTotal, &data.TimeAvg, &data.TimeMax, &data.TimeMin})
+    {
+        *number = random.Float();
+    }
+}
+
+SReportClass makeRandomClass(CRandom& random)
+{
+    SReportClass unitTest;
+    unitTest.Name = random.RawText();
+    unitTest.CasesTotal = random.Number<std::uint32_t>();
+    unitTest.Errors = random.Number<std::uint32_t>();
+    unitTest.Failures = random.Number<std::uint32_t>();
+    unitTest.Warnings = random.Number<std::uint32_t>();
+    unitTest.ContactName = random.RawText();
+    unitTest.ContactEMail = random.RawText();
+    return unitTest;
+}
+
+SReportCase makeRandomCase(CRandom& random)
+{
+    SReportCase testCase;
+    testCase.Id = random.Number<std::uint32_t>();
+    testCase.ClassName = random.RawText();
+    testCase.CaseName = random.Text();
+    testCase.Time = random.Float();
+    testCase.Memory = random.Number<std::uint64_t>();
+    testCase.MemoryDelta = random.Flag() ? 0 : random.Number<std::int64_t>();
+    testCase.Result = c_Results[random.Below(std::size(c_Results))];
+    testCase.Warning = random.Flag();
+    for (std::uint32_t count = random.Below(4); count > 0; --count)
+    {
+        testCase.Dumps.push_back({random.Flag(), LuTestSuiteUtils::LuMarkupWriter::Escape(random.Text())});
+    }
+    return testCase;
+}
+
+} // namespace
+
+SReportData MakeReport()
+{
+    SReportData data;
+    describe(data);
+    addFigures(data);
+    data.Classes = {{L"CManyOutcomes", 8, 1, 3, 4, 0, L"Jörg Müller", L"joerg@example.org"},
+                    {L"CLeak", 1, 1, 0, 0, 1, L"", L""}};
+    for (const ECaseRunResult result : c_Results)
+    {
+        data.Cases.push_back(makeCase(static_cast<std::uint32_t>(data.Cases.size()), result));
+    }
+    data.Cases.push_back(makeLeakingCase(17));
+    return data;
+}
+
+SReportData MakeRandomReport(std::mt19937& random)
+{
+    CRandom source(random);
+    SReportData data;
+    randomizeDescription(source, data);
+    randomizeFigures(source, data);
+    for (std::uint32_t count = source.Below(4); count > 0; --count)
+    {
+        data.Classes.push_back(makeRandomClass(source));
+    }
+    for (std::uint32_t count = source.Below(16); count > 0; --count)
+    {
+        data.Cases.push_back(makeRandomCase(source));
+    }
+    return data;
+}
