@@ -1,0 +1,28 @@
+/// A program without a test framework that calls every exported operation.
+#pragma once
+
+#include <string>
+
+class LuTestSuiteEnvironment;
+
+/// Where the calls find data and may write.
+struct SPlaces
+{
+    std::wstring data; ///< data directory, with separator at its end
+    std::wstring work; ///< folder of this run, with separator at its end
+};
+
+/// Says what failed; the program's status tells, too.
+void Expect(bool condition, const char* what);
+bool HasFailed();
+
+void CallEnvironment(LuTestSuiteEnvironment& environment);
+void CallOutput();
+void CallHeapTracker();
+void CallMarkupWriter(const SPlaces& places);
+void CallPathsAndTexts(const SPlaces& places);
+void CallConfiguration(const SPlaces& places);
+void CallCommandLine(LuTestSuiteEnvironment& environment, const SPlaces& places);
+void CallSelection(const SPlaces& places);
+void CallRuns(LuTestSuiteEnvironment& environment, const SPlaces& places);
+void CallReports(LuTestSuiteEnvironment& environment, const SPlaces& places);

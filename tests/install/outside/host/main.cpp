@@ -1,0 +1,60 @@
+/// OutsideHost DATA WORK: calls all, says what failed, ends with 1 then.
+
+#include <iostream>
+
+#include "base/lbencoding.h"
+#include "base/lbexception.h"
+#include "base/os/process.h"
+#include "calls.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+
+namespace
+{
+
+bool s_hasFailed = false;
+
+void callAll(const SPlaces& places)
+{
+    LuTestSuiteEnvironment environment;
+    CallEnvironment(environment);
+    CallOutput();
+    CallHeapTracker();
+    CallMarkupWriter(places);
+    CallPathsAndTexts(places);
+    CallConfiguration(places);
+    CallCommandLine(environment, places);
+    CallSelection(places);
+    CallRuns(environment, places);
+    CallReports(environment, places);
+}
+
+} // namespace
+
+void Expect(bool condition, const char* what)
+{
+    if (!condition)
+    {
+        s_hasFailed = true;
+        std::cout << "failed: " << what << std::endl;
+    }
+}
+
+bool HasFailed()
+{
+    return s_hasFailed;
+}
+
+int main(int argumentCount, char** arguments)
+{
+    try
+    {
+        const std::vector<std::wstring> texts = LbOs::GetArguments(argumentCount, arguments);
+        callAll({texts.at(1), texts.at(2)});
+    }
+    catch (...)
+    {
+        Expect(false, LbEncoding::ToUtf8(LbDescribeCurrentException()).c_str());
+    }
+    std::cout << (HasFailed() ? "failed" : "every operation answers") << std::endl;
+    return HasFailed() ? 1 : 0;
+}
