@@ -1,5 +1,8 @@
 # Compares what a library exports with what a program takes from it. Expects: NM.
 
+# Run as a script, where nothing else says so.
+cmake_policy(VERSION 3.25)
+
 # The public classes and functions. Private operations begin in lower case, but for those of the reports; constructors of
 # LuTestSuiteOut without arguments and the option parser are private, too.
 set(public_names "LuTestSuite(Utils|Report|Tree|Out|HeapTracker|Setup|Environment|Run)::")
