@@ -1,8 +1,10 @@
-/// Wall-clock time and random bytes of the system.
+/// Wall-clock time, of files too, and random bytes of the system.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "base/lbexport.h"
 
@@ -22,6 +24,10 @@ struct SLocalTime
 
 /// The present local time. Any thread.
 LB_API SLocalTime GetLocalTimeNow();
+
+/// When the content of a file was last changed, links followed, in local time; nothing when there is no such file. Any
+/// thread.
+LB_API std::optional<SLocalTime> GetModificationTime(const std::wstring& path);
 
 /// Fills `buffer` from the system's random source. Throws LbException when there is none. Any thread.
 LB_API void FillRandom(void* buffer, std::size_t size);

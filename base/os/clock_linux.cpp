@@ -4,15 +4,33 @@
 #include <ctime>
 
 #include <sys/random.h>
+#include <sys/stat.h>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
+
+namespace
+{
+
+LbOs::SLocalTime toLocalTime(std::time_t time)
+{
+    std::tm local = {};
+    localtime_r(&time, &local);
+    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
+}
+
+} // namespace
 
 LbOs::SLocalTime LbOs::GetLocalTimeNow()
 {
-    const std::time_t now = std::time(nullptr);
-    std::tm local = {};
-    localtime_r(&now, &local);
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
+    return toLocalTime(std::time(nullptr));
+}
+
+std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)
+{
+    struct stat status = {};
+    const bool isKnown = stat(LbEncoding::ToNative(path).c_str(), &status) == 0;
+    return isKnown ? std::optional(toLocalTime(status.st_mtime)) : std::nullopt;
 }
 
 void LbOs::FillRandom(void* buffer, std::size_t size)

@@ -6,11 +6,41 @@
 // Behind windows.h, which it needs.
 #include <bcrypt.h>
 
+namespace
+{
+
+LbOs::SLocalTime toLocalTime(const SYSTEMTIME& local)
+{
+    return {local.wYear, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond};
+}
+
+} // namespace
+
 LbOs::SLocalTime LbOs::GetLocalTimeNow()
 {
     SYSTEMTIME local = {};
     GetLocalTime(&local);
-    return {local.wYear, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond};
+    return toLocalTime(local);
+}
+
+std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)
+{
+    // Opened, since the entry of a link tells the time of the link. Directories open with the backup flag only.
+    const HANDLE opened = CreateFileW(Windows::ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (opened == INVALID_HANDLE_VALUE)
+    {
+        return std::nullopt;
+    }
+    const Windows::Handle closer(opened);
+    FILETIME written = {};
+    SYSTEMTIME universal = {};
+    SYSTEMTIME local = {};
+    const bool isKnown = GetFileTime(opened, nullptr, nullptr, &written) != FALSE &&
+                         FileTimeToSystemTime(&written, &universal) != FALSE &&
+                         SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local) != FALSE;
+    return isKnown ? std::optional(toLocalTime(local)) : std::nullopt;
 }
 
 void LbOs::FillRandom(void* buffer, std::size_t size)

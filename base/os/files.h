@@ -35,6 +35,9 @@ LB_API bool IsAbsolutePath(std::wstring_view path) noexcept;
 /// What stands at `path`; Missing also when the path cannot be looked at.
 LB_API EEntry QueryEntry(const std::wstring& path);
 
+/// True when `path` itself is a link, whatever it leads to.
+LB_API bool IsLink(const std::wstring& path);
+
 /// Visits each entry of `directory` but "." and "..", in the file system's order.
 /// Returns false when the directory cannot be opened. Exceptions of `visit` pass through.
 LB_API bool VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit);

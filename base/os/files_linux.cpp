@@ -15,6 +15,7 @@
 
 #include "base/lbencoding.h"
 #include "base/os/console.h"
+#include "base/os/descriptor_linux.h"
 
 namespace
 {
@@ -30,22 +31,10 @@ int toDescriptor(LbOs::FileHandle file)
     return static_cast<int>(file);
 }
 
-/// Repeats a call that a signal interrupted.
-template<typename F>
-auto retry(const F& call)
-{
-    auto result = call();
-    while (result < 0 && errno == EINTR)
-    {
-        result = call();
-    }
-    return result;
-}
-
 LbOs::FileHandle openFile(const std::wstring& path, int flags)
 {
     const std::string name = toSystemPath(path);
-    const int file = retry([&name, flags] { return open(name.c_str(), flags | O_CLOEXEC, 0666); });
+    const int file = LbOs::Linux::Retry([&name, flags] { return open(name.c_str(), flags | O_CLOEXEC, 0666); });
     struct stat status = {};
     // Linux opens a directory for reading and fails only when it is read.
     if (file >= 0 && fstat(file, &status) == 0 && S_ISDIR(status.st_mode))
@@ -120,6 +109,12 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
         return EEntry::Missing;
     }
     return S_ISDIR(status.st_mode) ? EEntry::Directory : EEntry::File;
+}
+
+bool LbOs::IsLink(const std::wstring& path)
+{
+    struct stat status = {};
+    return lstat(toSystemPath(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
@@ -242,7 +237,7 @@ LbOs::FileHandle LbOs::OpenForWriting(const std::wstring& path)
 
 std::int64_t LbOs::ReadFileBytes(FileHandle file, void* buffer, std::size_t size)
 {
-    return retry([file, buffer, size] { return read(toDescriptor(file), buffer, size); });
+    return LbOs::Linux::Retry([file, buffer, size] { return read(toDescriptor(file), buffer, size); });
 }
 
 bool LbOs::WriteFileBytes(FileHandle file, const void* data, std::size_t size)
@@ -250,7 +245,8 @@ bool LbOs::WriteFileBytes(FileHandle file, const void* data, std::size_t size)
     const char* bytes = static_cast<const char*>(data);
     while (size > 0)
     {
-        const ssize_t count = retry([file, bytes, size] { return write(toDescriptor(file), bytes, size); });
+        const ssize_t count =
+            LbOs::Linux::Retry([file, bytes, size] { return write(toDescriptor(file), bytes, size); });
         if (count <= 0)
         {
             return false;

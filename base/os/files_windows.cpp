@@ -92,6 +92,12 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     return isDirectory(attributes) ? EEntry::Directory : EEntry::File;
 }
 
+bool LbOs::IsLink(const std::wstring& path)
+{
+    const DWORD attributes = GetFileAttributesW(ToSystemPath(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
 {
     const std::wstring pattern =

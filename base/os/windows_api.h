@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace LbOs::Windows
@@ -46,14 +47,21 @@ std::wstring ReadText(const F& read)
 /// The module that contains `address`; null when none does. Its life is not prolonged.
 inline HMODULE FindModuleOf(const void* address)
 {
-    constexpr DWORD c_Flags =
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    constexpr DWORD c_Flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE module = nullptr;
     // A null address would ask for the executable.
     const bool isFound =
         address != nullptr && GetModuleHandleExW(c_Flags, static_cast<LPCWSTR>(address), &module) != FALSE;
     return isFound ? module : nullptr;
 }
+
+struct SCloseHandle
+{
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+
+/// An owned handle; null where there is none.
+using Handle = std::unique_ptr<void, SCloseHandle>;
 
 /// The path in the form that system calls take at any length: "\\?\" stands in front of long ones. A path with a zero
 /// character inside becomes the empty path, since the system would cut it.

@@ -5,10 +5,11 @@ import fnmatch
 SUITE = "testing/lutestsuite/"
 
 FLOORS = [
-    # What the seam itself stands on: export marks, how it fails, and text conversion.
+    # What the seam itself stands on: export marks, how it fails, text conversion, command lines.
     ("base/lbexport.h", 0),
     ("base/lbexception.*", 0),
     ("base/lbencoding.*", 0),
+    ("base/lbcommandline.*", 0),
     ("base/os/*", 0),
     ("base/*", 1),
     # Public headers: records, and operations that are declared here and defined in the room whose subject they are.

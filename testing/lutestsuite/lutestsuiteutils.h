@@ -191,6 +191,20 @@ public:
     /// File name of the module that holds a class; empty when there is none.
     static std::wstring GetModuleName(const LbRTTI& type);
 
+    // Auxiliary modes -------------------------------------------------------------------------------------------------
+
+    /// Lists the selected unit tests and cases and how many were found, cases that are disabled left out. Without a
+    /// data directory lists those of GetDataDirHistory, nothing when there are none. Throws what selection throws.
+    static void RunQueryMode(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
+
+    /// Lists the selected cases that their descriptions disable, by unit test. Throws what selection throws.
+    static void ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
+
+    /// Finds the selected data sets whose files have the same content within one unit test, lists them, and deletes all
+    /// but the oldest of each set, as the setup's duplicate mode says; eDM_None only names the unit tests. Files of
+    /// 4 GiB and more are left out. What cannot be read or deleted costs a line of output. Throws what selection throws.
+    static void RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
+
     // Reports ---------------------------------------------------------------------------------------------------------
 
     /// Writes lines of indented markup; defined in lutestsuitemarkupwriter.h.

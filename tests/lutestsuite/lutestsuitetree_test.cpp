@@ -95,8 +95,8 @@ TEST(LuTestSuiteTree, OfNoUnitTestsHasNoRoot)
 TEST(LuTestSuiteTree, GroupsClassesByFolders)
 {
     const LuTestSuiteTree tree =
-        build({makeTest(L"/home/data/base/CA/", {L"x", L"y"}), makeTest(L"/home/data/base/text/CB/", {L"z"}),
-               makeTest(L"/home/data/CC/", {L"w"})});
+        build({makeTest(L"/disk/data/base/CA/", {L"x", L"y"}), makeTest(L"/disk/data/base/text/CB/", {L"z"}),
+               makeTest(L"/disk/data/CC/", {L"w"})});
 
     EXPECT_EQ(print(tree), L"data(CC{w} base(CA{x y} text(CB{z})))");
 }
@@ -104,7 +104,7 @@ TEST(LuTestSuiteTree, GroupsClassesByFolders)
 TEST(LuTestSuiteTree, NamesTheRootAfterTheLastSharedFolder)
 {
     // The paths share "CAa", too, which is no complete folder.
-    EXPECT_EQ(build({makeTest(L"/home/data/CAa/", {L"x"}), makeTest(L"/home/data/CAab/", {L"x"})}).GetNode(0).name,
+    EXPECT_EQ(build({makeTest(L"/disk/data/CAa/", {L"x"}), makeTest(L"/disk/data/CAab/", {L"x"})}).GetNode(0).name,
               L"data");
 }
 

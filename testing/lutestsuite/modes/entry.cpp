@@ -9,20 +9,33 @@
 namespace
 {
 
+using Setup = LuTestSuiteSetup;
+using Environment = LuTestSuiteEnvironment;
+
+struct SMode
+{
+    bool (*isRequested)(const Setup& setup);
+    void (*run)(const Setup& setup, Environment& environment);
+};
+
+/// In the order in which modes are tested; the first that is requested is the only one that runs.
+constexpr SMode c_AuxiliaryModes[] = {
+    {[](const Setup& setup) { return !setup.diffInputs.empty(); },
+     [](const Setup& setup, Environment& /*environment*/) { LuTestSuiteUtils::GenerateReportDiff(setup); }},
+    {[](const Setup& setup) { return setup.queryMode; }, LuTestSuiteUtils::RunQueryMode},
+    {[](const Setup& setup) { return !setup.archiveRun.empty(); },
+     [](const Setup& /*setup*/, Environment& /*environment*/) {
+         LuTestSuite::WriteWarning(L"Warnung: Der Modus %s ist in dieser Version nicht enthalten.\n", L"--archive-run");
+     }},
+    {[](const Setup& setup) { return setup.duplicateMode != eDM_None; }, LuTestSuiteUtils::RunDuplicateDetection},
+    {[](const Setup& setup) { return setup.listDisabled; }, LuTestSuiteUtils::ListDisabledTestCases},
+};
+
 /// A mode that is known but not part of this version: it says so and does nothing.
 struct SMissingMode
 {
     const wchar_t* option;
     bool (*isRequested)(const LuTestSuiteSetup& setup);
-};
-
-/// In the order in which modes are tested.
-constexpr SMissingMode c_AuxiliaryModes[] = {
-    {L"--query-mode", [](const LuTestSuiteSetup& setup) { return setup.queryMode; }},
-    {L"--archive-run", [](const LuTestSuiteSetup& setup) { return !setup.archiveRun.empty(); }},
-    {L"--list-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode == eDM_List; }},
-    {L"--delete-duplicates", [](const LuTestSuiteSetup& setup) { return setup.duplicateMode == eDM_Delete; }},
-    {L"--list-disabled", [](const LuTestSuiteSetup& setup) { return setup.listDisabled; }},
 };
 
 constexpr SMissingMode c_ChildProcessMode = {
@@ -54,15 +67,11 @@ bool LuTestSuiteUtils::RunCommandLine(LuTestSuiteEnvironment& environment, int a
     {
         return false;
     }
-    if (!setup.diffInputs.empty())
+    for (const SMode& mode : c_AuxiliaryModes)
     {
-        GenerateReportDiff(setup);
-        return true;
-    }
-    for (const SMissingMode& mode : c_AuxiliaryModes)
-    {
-        if (endsAsMissing(mode, setup))
+        if (mode.isRequested(setup))
         {
+            mode.run(setup, environment);
             return true;
         }
     }

@@ -16,6 +16,7 @@
 #include "testing/lutestsuite/run/plan.h"
 #include "testing/lutestsuite/run/reports.h"
 #include "testing/lutestsuite/run/statistics.h"
+#include "testing/lutestsuite/utils/selection.h"
 
 namespace LuTestSuiteRun
 {
@@ -25,15 +26,6 @@ namespace
 
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
-void loadTestModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
-{
-    environment.LoadTestDLLs();
-    for (const std::wstring& name : setup.dlls)
-    {
-        environment.LoadDLL(name, false);
-    }
-}
-
 /// The process as a run needs it, for as long as the object lives.
 class CPreparation : public INonCopyable
 {
@@ -42,7 +34,7 @@ public:
         : m_environment(environment), m_assertDialog(setup.params.assertDialog),
           m_dataDirectory(LbOs::GetFullPath(setup.dataDir)), m_includeConfig(LbOs::GetFullPath(setup.includeConfig))
     {
-        loadTestModules(setup, environment);
+        LuTestSuite::LoadTestModules(setup, environment);
         LbAssert::SetDialogEnabled(m_assertDialog);
         environment.SetExecutableDirectoryAsWorkingDirectory();
     }

@@ -231,7 +231,5 @@ void LuTestSuiteUtils::processParamNode(const XMLNode& node, LuTestSuite::Parame
 
 void LuTestSuiteUtils::removeDisabledCases(LuTestSuite::SUnitTest& test)
 {
-    std::erase_if(test.cases, [](const LuTestSuite::STestCase& testCase) {
-        return LuTestSuite::GetFlag(testCase.parameters, L"Enable") == false;
-    });
+    std::erase_if(test.cases, LuTestSuite::IsDisabled);
 }

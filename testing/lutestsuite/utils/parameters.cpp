@@ -24,3 +24,8 @@ std::optional<std::uint32_t> LuTestSuite::GetNumber(const ParameterMap& paramete
     const LbVariant* const value = findParameter(parameters, name);
     return value == nullptr ? std::nullopt : value->ToUInt32();
 }
+
+bool LuTestSuite::IsDisabled(const STestCase& testCase)
+{
+    return GetFlag(testCase.parameters, L"Enable") == false;
+}

@@ -17,4 +17,7 @@ inline constexpr std::size_t c_ParameterBuckets = 128;
 std::optional<bool> GetFlag(const ParameterMap& parameters, const wchar_t* name);
 std::optional<std::uint32_t> GetNumber(const ParameterMap& parameters, const wchar_t* name);
 
+/// True when the case's description switches it off.
+bool IsDisabled(const STestCase& testCase);
+
 } // namespace LuTestSuite

@@ -1,0 +1,76 @@
+#include "base/lumurmurhash3.h"
+
+#include <bit>
+#include <cstring>
+
+static_assert(std::endian::native == std::endian::little);
+
+namespace
+{
+
+constexpr std::uint64_t c_Multiplier1 = 0x87C37B91114253D5U;
+constexpr std::uint64_t c_Multiplier2 = 0x4CF5AD432745937FU;
+constexpr std::size_t c_WordSize = sizeof(std::uint64_t);
+constexpr std::size_t c_BlockSize = 2 * c_WordSize;
+
+std::uint64_t readWord(const unsigned char* bytes, std::size_t size = c_WordSize)
+{
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, size);
+    return word;
+}
+
+std::uint64_t scramble1(std::uint64_t word)
+{
+    return std::rotl(word * c_Multiplier1, 31) * c_Multiplier2;
+}
+
+std::uint64_t scramble2(std::uint64_t word)
+{
+    return std::rotl(word * c_Multiplier2, 33) * c_Multiplier1;
+}
+
+/// Lets each bit of the word reach all others.
+std::uint64_t finish(std::uint64_t word)
+{
+    word = (word ^ (word >> 33)) * 0xFF51AFD7ED558CCDU;
+    word = (word ^ (word >> 33)) * 0xC4CEB9FE1A85EC53U;
+    return word ^ (word >> 33);
+}
+
+/// What is behind the last whole block.
+void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
+{
+    if (size > c_WordSize)
+    {
+        hash2 ^= scramble2(readWord(bytes + c_WordSize, size - c_WordSize));
+    }
+    if (size > 0)
+    {
+        hash1 ^= scramble1(readWord(bytes, size < c_WordSize ? size : c_WordSize));
+    }
+}
+
+} // namespace
+
+LuMurmurHash3::S128 LuMurmurHash3::GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed)
+{
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    std::uint64_t hash1 = seed;
+    std::uint64_t hash2 = seed;
+    for (std::size_t block = length / c_BlockSize; block > 0; --block, bytes += c_BlockSize)
+    {
+        hash1 = (std::rotl(hash1 ^ scramble1(readWord(bytes)), 27) + hash2) * 5 + 0x52DCE729;
+        hash2 = (std::rotl(hash2 ^ scramble2(readWord(bytes + c_WordSize)), 31) + hash1) * 5 + 0x38495AB5;
+    }
+    addTail(bytes, length % c_BlockSize, hash1, hash2);
+    hash1 ^= length;
+    hash2 ^= length;
+    hash1 += hash2;
+    hash2 += hash1;
+    hash1 = finish(hash1);
+    hash2 = finish(hash2);
+    hash1 += hash2;
+    hash2 += hash1;
+    return {hash1, hash2};
+}

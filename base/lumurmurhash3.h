@@ -1,0 +1,25 @@
+/// Checksums that tell contents apart: fast, not safe against intent.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/lbexport.h"
+
+/// The public MurmurHash3. Pure functions; any thread.
+class LB_API LuMurmurHash3
+{
+public:
+    /// 128 bits; `low` is what the algorithm's bytes begin with.
+    struct S128
+    {
+        std::uint64_t low;
+        std::uint64_t high;
+
+        friend bool operator==(const S128&, const S128&) = default;
+    };
+
+    /// The checksum of `length` bytes by the variant for 64-bit machines. The memory needs no alignment, and may be
+    /// null when there are no bytes.
+    static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed);
+};

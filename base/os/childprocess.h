@@ -1,0 +1,70 @@
+/// Child processes, with all that they start in turn.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "base/lbexport.h"
+
+namespace LbOs
+{
+
+struct SChildOptions
+{
+    /// The executable's full path; empty: the first word of the command line, looked up as the system does.
+    std::wstring program;
+
+    /// With the program's name as its first word, written as LbCommandLine says. Windows hands it on as it stands,
+    /// Linux splits it.
+    std::wstring commandLine;
+
+    /// Empty: the caller's own.
+    std::wstring workingDirectory;
+
+    /// No console window, and nothing behind standard input, output and error; else the child has those of the caller.
+    bool isSilent = false;
+
+    /// The child and the processes that it started end at the latest with its object and with the present process,
+    /// however that ends. Without this they may outlive both, and only Terminate ends them.
+    bool endsWithOwner = true;
+};
+
+/// A process that was started. One thread at a time, but different objects are independent of each other.
+class LB_API CChildProcess
+{
+public:
+    static constexpr std::uint32_t sc_uiInfinite = 0xFFFFFFFFU;
+
+    /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
+    static std::unique_ptr<CChildProcess> Start(const SChildOptions& options);
+
+    /// See SChildOptions::endsWithOwner.
+    ~CChildProcess();
+
+    CChildProcess(const CChildProcess&) = delete;
+    CChildProcess& operator=(const CChildProcess&) = delete;
+
+    /// Waits for up to `milliseconds`; true when the process has ended.
+    bool Wait(std::uint32_t milliseconds = sc_uiInfinite);
+
+    bool IsRunning() { return !Wait(0); }
+
+    /// Ends the process and those that it started, and returns when it is gone. Its exit status is 0.
+    void Terminate();
+
+    /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that
+    /// ended it.
+    std::int64_t GetExitStatus();
+
+    /// The system's handle that waits for the end, owned by the object. For the seam's own use.
+    std::intptr_t GetWaitHandle() const noexcept;
+
+private:
+    struct SState;
+    explicit CChildProcess(std::unique_ptr<SState> state);
+
+    std::unique_ptr<SState> m_state;
+};
+
+} // namespace LbOs

@@ -1,0 +1,281 @@
+#include "base/os/childprocess.h"
+
+#include <cerrno>
+#include <csignal>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "base/lbcommandline.h"
+#include "base/lbencoding.h"
+#include "base/os/descriptor_linux.h"
+#include "base/os/keeper_linux.h"
+
+namespace LbOs
+{
+
+struct CChildProcess::SState
+{
+    pid_t process = -1;
+    Linux::CDescriptor file;           ///< of the process, readable when it has ended
+    Linux::KeptGroup* group = nullptr; ///< null when nobody keeps it
+    bool endsWithOwner = true;
+    bool isReaped = false;
+    std::int64_t exitStatus = 0;
+};
+
+namespace
+{
+
+constexpr int c_CannotStart = 127;
+
+/// All that the child needs, made before it exists: between its birth and its program it may only make system calls.
+struct SStart
+{
+    std::string program;
+    std::vector<std::string> words;
+    std::vector<char*> arguments; ///< the words as the system takes them
+    std::string workingDirectory;
+    bool isSilent = false;
+    bool isSearched = false; ///< the program's name is to be looked up
+    Linux::KeptGroup* group = nullptr;
+    pid_t owner = 0;
+    sigset_t signals = {}; ///< blocked in the caller
+};
+
+SStart prepare(const SChildOptions& options)
+{
+    SStart start;
+    for (const std::wstring& word : LbCommandLine::Split(options.commandLine))
+    {
+        start.words.push_back(LbEncoding::ToNative(word));
+    }
+    for (std::string& word : start.words)
+    {
+        start.arguments.push_back(word.data());
+    }
+    start.arguments.push_back(nullptr);
+    start.isSearched = options.program.empty();
+    start.program = !start.isSearched     ? LbEncoding::ToNative(options.program)
+                    : start.words.empty() ? std::string()
+                                          : start.words.front();
+    start.workingDirectory = LbEncoding::ToNative(options.workingDirectory);
+    start.isSilent = options.isSilent;
+    start.owner = getpid();
+    return start;
+}
+
+bool redirectToNothing()
+{
+    const int nothing = open("/dev/null", O_RDWR);
+    if (nothing < 0)
+    {
+        return false;
+    }
+    for (int standard = 0; standard <= 2; ++standard)
+    {
+        dup2(nothing, standard);
+    }
+    if (nothing > 2)
+    {
+        close(nothing);
+    }
+    return true;
+}
+
+/// The handlers of the caller are not the child's: they must not run in memory that the two share.
+void resetSignals(const sigset_t& blocked)
+{
+    for (int signal = 1; signal < NSIG; ++signal)
+    {
+        struct sigaction action = {};
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN)
+        {
+            action = {};
+            action.sa_handler = SIG_DFL;
+            sigaction(signal, &action, nullptr);
+        }
+    }
+    sigprocmask(SIG_SETMASK, &blocked, nullptr);
+}
+
+/// The child's way to its program.
+[[noreturn]] void becomeProgram(const SStart& start, int failureFile)
+{
+    setpgid(0, 0);
+    if (start.group != nullptr)
+    {
+        *start.group = getpid();
+        // An owner that has ended before this had a keeper that did not know the group.
+        if (getppid() != start.owner)
+        {
+            _exit(c_CannotStart);
+        }
+    }
+    resetSignals(start.signals);
+    const bool isReady = (!start.isSilent || redirectToNothing()) &&
+                         (start.workingDirectory.empty() || chdir(start.workingDirectory.c_str()) == 0);
+    if (isReady)
+    {
+        const auto execute = start.isSearched ? &execvp : &execv;
+        execute(start.program.c_str(), start.arguments.data());
+    }
+    const char failed = 1;
+    [[maybe_unused]] const auto written = write(failureFile, &failed, 1);
+    _exit(c_CannotStart);
+}
+
+/// As fork(), but the memory is shared and the caller stands still until the child has become its program: copying the
+/// tables of a large process would take longer than all else.
+pid_t startShared(const SStart& start, int failureFile)
+{
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    const pid_t process = vfork();
+#pragma GCC diagnostic pop
+    if (process == 0)
+    {
+        becomeProgram(start, failureFile);
+    }
+    return process;
+}
+
+void reap(pid_t process)
+{
+    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR)
+    {
+    }
+}
+
+/// Number of a process that runs its program; -1 on failure.
+pid_t startProcess(SStart& start)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+    {
+        return -1;
+    }
+    const Linux::CDescriptor readEnd(ends[0]);
+    Linux::CDescriptor writeEnd(ends[1]);
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &start.signals);
+    const pid_t process = startShared(start, writeEnd.Get());
+    pthread_sigmask(SIG_SETMASK, &start.signals, nullptr);
+    writeEnd.Reset();
+    char failed = 0;
+    if (process > 0 && Linux::Retry([&] { return read(readEnd.Get(), &failed, 1); }) != 0)
+    {
+        reap(process);
+        return -1;
+    }
+    return process;
+}
+
+std::int64_t toExitStatus(const siginfo_t& end)
+{
+    return end.si_code == CLD_EXITED ? end.si_status : -std::int64_t{end.si_status};
+}
+
+/// What is left of the group ends. Only before the process is reaped: then its number may become another's.
+void killGroup(pid_t process)
+{
+    kill(-process, SIGKILL);
+}
+
+} // namespace
+
+CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
+
+std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
+{
+    SStart start = prepare(options);
+    if (start.words.empty())
+    {
+        return nullptr;
+    }
+    auto state = std::make_unique<SState>();
+    state->endsWithOwner = options.endsWithOwner;
+    state->group = start.group = options.endsWithOwner ? Linux::TakeKeptGroup() : nullptr;
+    const bool isKept = !options.endsWithOwner || start.group != nullptr;
+    state->process = isKept ? startProcess(start) : -1;
+    if (state->process > 0)
+    {
+        state->file = Linux::CDescriptor(static_cast<int>(syscall(SYS_pidfd_open, state->process, 0)));
+    }
+    if (state->file.IsOpen())
+    {
+        return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
+    }
+    if (state->process > 0)
+    {
+        killGroup(state->process);
+    }
+    Linux::ReleaseKeptGroup(start.group);
+    if (state->process > 0)
+    {
+        reap(state->process);
+    }
+    return nullptr;
+}
+
+CChildProcess::~CChildProcess()
+{
+    if (m_state->endsWithOwner)
+    {
+        Terminate();
+    }
+    else
+    {
+        // Ended or not, it is nobody's business any more; init takes over what is left of it.
+        waitpid(m_state->process, nullptr, WNOHANG);
+    }
+}
+
+bool CChildProcess::Wait(std::uint32_t milliseconds)
+{
+    return m_state->isReaped || Linux::WaitReadable({m_state->file.Get()}, milliseconds) == 0;
+}
+
+void CChildProcess::Terminate()
+{
+    if (m_state->isReaped)
+    {
+        return;
+    }
+    killGroup(m_state->process);
+    GetExitStatus();
+}
+
+std::int64_t CChildProcess::GetExitStatus()
+{
+    if (m_state->isReaped)
+    {
+        return m_state->exitStatus;
+    }
+    siginfo_t end = {};
+    Linux::Retry([&] { return waitid(P_PID, static_cast<id_t>(m_state->process), &end, WEXITED | WNOWAIT); });
+    if (m_state->endsWithOwner)
+    {
+        killGroup(m_state->process);
+        Linux::ReleaseKeptGroup(m_state->group);
+        m_state->group = nullptr;
+    }
+    reap(m_state->process);
+    m_state->isReaped = true;
+    m_state->exitStatus = toExitStatus(end);
+    return m_state->exitStatus;
+}
+
+std::intptr_t CChildProcess::GetWaitHandle() const noexcept
+{
+    return m_state->file.Get();
+}
+
+} // namespace LbOs

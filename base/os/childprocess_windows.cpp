@@ -1,0 +1,153 @@
+#include "base/os/childprocess.h"
+
+#include <utility>
+#include <vector>
+
+#include "base/os/windows_api.h"
+
+namespace LbOs
+{
+
+struct CChildProcess::SState
+{
+    Windows::Handle process;
+    Windows::Handle job;
+    bool endsWithOwner = true;
+};
+
+namespace
+{
+
+/// A job takes in what its processes start, and ends them all at once: with `endsWithOwner` when its only handle is
+/// closed, which the system does when the present process ends.
+Windows::Handle makeJob(bool endsWithOwner)
+{
+    Windows::Handle job(CreateJobObjectW(nullptr, nullptr));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags =
+        endsWithOwner ? JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE : JOB_OBJECT_LIMIT_SILENT_BREAKAWAY_OK;
+    const bool isReady =
+        job.get() != nullptr && (!endsWithOwner || SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation,
+                                                                           &limits, sizeof(limits)) != FALSE);
+    return isReady ? std::move(job) : Windows::Handle();
+}
+
+/// What a process is to be born with.
+class CStartAttributes
+{
+public:
+    explicit CStartAttributes(HANDLE job) : m_job(job)
+    {
+        SIZE_T size = 0;
+        InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        m_memory.resize(size);
+        m_isReady = InitializeProcThreadAttributeList(get(), 1, 0, &size) != FALSE;
+        m_isReady = m_isReady && UpdateProcThreadAttribute(get(), 0, PROC_THREAD_ATTRIBUTE_JOB_LIST, &m_job,
+                                                           sizeof(m_job), nullptr, nullptr) != FALSE;
+    }
+
+    ~CStartAttributes()
+    {
+        if (m_isReady)
+        {
+            DeleteProcThreadAttributeList(get());
+        }
+    }
+
+    CStartAttributes(const CStartAttributes&) = delete;
+    CStartAttributes& operator=(const CStartAttributes&) = delete;
+
+    bool IsReady() const { return m_isReady; }
+    LPPROC_THREAD_ATTRIBUTE_LIST get() { return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(m_memory.data()); }
+
+private:
+    HANDLE m_job; // The list points here.
+    std::vector<char> m_memory;
+    bool m_isReady = false;
+};
+
+/// The null device, for a child that inherits it.
+Windows::Handle openNothing()
+{
+    SECURITY_ATTRIBUTES inheritable = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    const HANDLE file = CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    &inheritable, OPEN_EXISTING, 0, nullptr);
+    return Windows::Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+}
+
+const wchar_t* orNull(const std::wstring& text)
+{
+    return text.empty() ? nullptr : text.c_str();
+}
+
+/// The process is in its job from its first instruction on. Null on failure.
+Windows::Handle start(const SChildOptions& options, HANDLE job)
+{
+    CStartAttributes attributes(job);
+    const Windows::Handle nothing = options.isSilent ? openNothing() : Windows::Handle();
+    STARTUPINFOEXW startup = {};
+    startup.StartupInfo.cb = sizeof(startup);
+    startup.lpAttributeList = attributes.get();
+    if (nothing.get() != nullptr)
+    {
+        startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+        startup.StartupInfo.hStdInput = startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError = nothing.get();
+    }
+    std::wstring commandLine = options.commandLine; // The system writes into it.
+    PROCESS_INFORMATION process = {};
+    const DWORD flags = EXTENDED_STARTUPINFO_PRESENT | (options.isSilent ? CREATE_NO_WINDOW : 0U);
+    if (!attributes.IsReady() ||
+        CreateProcessW(orNull(options.program), commandLine.data(), nullptr, nullptr, TRUE, flags, nullptr,
+                       orNull(options.workingDirectory), &startup.StartupInfo, &process) == FALSE)
+    {
+        return Windows::Handle();
+    }
+    CloseHandle(process.hThread);
+    return Windows::Handle(process.hProcess);
+}
+
+} // namespace
+
+CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
+
+std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
+{
+    auto state = std::make_unique<SState>();
+    state->endsWithOwner = options.endsWithOwner;
+    state->job = makeJob(options.endsWithOwner);
+    state->process = state->job ? start(options, state->job.get()) : Windows::Handle();
+    return state->process ? std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state))) : nullptr;
+}
+
+CChildProcess::~CChildProcess()
+{
+    if (m_state->endsWithOwner)
+    {
+        Terminate();
+    }
+}
+
+bool CChildProcess::Wait(std::uint32_t milliseconds)
+{
+    return WaitForSingleObject(m_state->process.get(), milliseconds) == WAIT_OBJECT_0;
+}
+
+void CChildProcess::Terminate()
+{
+    TerminateJobObject(m_state->job.get(), 0);
+    WaitForSingleObject(m_state->process.get(), INFINITE);
+}
+
+std::int64_t CChildProcess::GetExitStatus()
+{
+    DWORD status = 0;
+    GetExitCodeProcess(m_state->process.get(), &status);
+    return status;
+}
+
+std::intptr_t CChildProcess::GetWaitHandle() const noexcept
+{
+    return reinterpret_cast<std::intptr_t>(m_state->process.get());
+}
+
+} // namespace LbOs

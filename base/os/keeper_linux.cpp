@@ -1,0 +1,154 @@
+#include "base/os/keeper_linux.h"
+
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <new>
+
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace LbOs::Linux
+{
+
+namespace
+{
+
+/// Shared with the keeper, and all zero at first.
+struct SBooks
+{
+    KeptGroup groups[c_KeptGroups];
+    SKeptFile files[c_KeptFiles];
+};
+
+void clean(SBooks& books)
+{
+    for (const KeptGroup& group : books.groups)
+    {
+        if (const pid_t number = group.load(); number > 0)
+        {
+            kill(-number, SIGKILL);
+        }
+    }
+    for (const SKeptFile& file : books.files)
+    {
+        if (file.state.load() == SKeptFile::eS_Kept)
+        {
+            unlink(file.path);
+        }
+    }
+}
+
+/// Lets go of all that the fork has inherited: an open pipe, say, whose reader waits for its end.
+int keepOnly(int file)
+{
+    const int kept = file < 0 ? -1 : dup2(file, 0);
+    close_range(kept < 0 ? 0U : 1U, UINT_MAX, 0);
+    return kept;
+}
+
+/// The keeper's whole life. The fork of a process with threads may only make system calls.
+[[noreturn]] void keep(SBooks& books, pid_t owner, int ownerFile)
+{
+    constexpr int c_LookInterval = 100;
+    // Out of reach of what a terminal sends to its processes.
+    setsid();
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, nullptr);
+    prctl(PR_SET_NAME, "LuKeeper");
+    [[maybe_unused]] const int left = chdir("/");
+    pollfd waiting = {keepOnly(ownerFile), POLLIN, 0};
+    // By the parent's number and not by the handle alone: once it has changed, no child-to-be can take the owner for
+    // alive any more.
+    while (getppid() == owner)
+    {
+        poll(&waiting, 1, waiting.fd < 0 ? c_LookInterval : c_LookInterval * 10);
+    }
+    clean(books);
+    _exit(0);
+}
+
+SBooks* startKeeper()
+{
+    void* const memory = mmap(nullptr, sizeof(SBooks), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+    {
+        return nullptr;
+    }
+    auto* const books = new (memory) SBooks;
+    const pid_t owner = getpid();
+    const auto ownerFile = static_cast<int>(syscall(SYS_pidfd_open, owner, 0));
+    // Without a signal at its end the fork is none of the children that a test's own wait() would see.
+    const long keeper = syscall(SYS_clone, 0, nullptr, nullptr, nullptr, nullptr);
+    if (keeper == 0)
+    {
+        keep(*books, owner, ownerFile);
+    }
+    if (ownerFile >= 0)
+    {
+        close(ownerFile);
+    }
+    return keeper > 0 ? books : nullptr;
+}
+
+/// Null when there is no keeper. Never released: the keeper needs it to the end.
+SBooks* getBooks()
+{
+    static SBooks* const s_books = startKeeper();
+    return s_books;
+}
+
+} // namespace
+
+KeptGroup* TakeKeptGroup()
+{
+    SBooks* const books = getBooks();
+    for (std::size_t index = 0; books != nullptr && index < c_KeptGroups; ++index)
+    {
+        pid_t free = 0;
+        if (books->groups[index].compare_exchange_strong(free, -1))
+        {
+            return &books->groups[index];
+        }
+    }
+    return nullptr;
+}
+
+void ReleaseKeptGroup(KeptGroup* group) noexcept
+{
+    if (group != nullptr)
+    {
+        *group = 0;
+    }
+}
+
+SKeptFile* KeepFile(const char* path)
+{
+    SBooks* const books = std::strlen(path) < c_KeptPathCapacity ? getBooks() : nullptr;
+    for (std::size_t index = 0; books != nullptr && index < c_KeptFiles; ++index)
+    {
+        SKeptFile& file = books->files[index];
+        int free = SKeptFile::eS_Free;
+        if (file.state.compare_exchange_strong(free, SKeptFile::eS_Writing))
+        {
+            std::strcpy(file.path, path);
+            file.state = SKeptFile::eS_Kept;
+            return &file;
+        }
+    }
+    return nullptr;
+}
+
+void ReleaseKeptFile(SKeptFile* file) noexcept
+{
+    if (file != nullptr)
+    {
+        file->state = SKeptFile::eS_Free;
+    }
+}
+
+} // namespace LbOs::Linux

@@ -1,0 +1,52 @@
+/// Files that carry the names of objects between processes. Internal to the Linux side.
+#pragma once
+
+#include <string>
+
+#include <sys/types.h>
+
+#include "base/os/descriptor_linux.h"
+#include "base/os/keeper_linux.h"
+
+namespace LbOs::Linux
+{
+
+/// Where the file of a name stands; empty for a name that is none.
+std::string ToObjectPath(const std::wstring& name);
+
+/// A file that is removed with its object or, by the keeper, with the present process.
+class CNamedFile
+{
+public:
+    CNamedFile() = default;
+
+    /// Runs `make(path)`, which makes a file that does not exist and says whether it could.
+    template<typename F>
+    CNamedFile(const std::string& path, const F& make);
+    CNamedFile(CNamedFile&& other) noexcept : m_kept(std::exchange(other.m_kept, nullptr)) {}
+    CNamedFile& operator=(CNamedFile&& other) noexcept
+    {
+        std::swap(m_kept, other.m_kept);
+        return *this;
+    }
+    ~CNamedFile();
+
+    bool Exists() const noexcept { return m_kept != nullptr; }
+
+private:
+    SKeptFile* m_kept = nullptr;
+};
+
+template<typename F>
+CNamedFile::CNamedFile(const std::string& path, const F& make) : m_kept(path.empty() ? nullptr : KeepFile(path.c_str()))
+{
+    if (m_kept != nullptr && !make(path.c_str()))
+    {
+        ReleaseKeptFile(std::exchange(m_kept, nullptr));
+    }
+}
+
+/// Opens a file of that kind (S_IFREG, S_IFIFO) that belongs to the present user.
+CDescriptor OpenOwnFile(const std::string& path, int flags, mode_t kind);
+
+} // namespace LbOs::Linux

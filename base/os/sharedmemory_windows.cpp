@@ -1,0 +1,47 @@
+#include "base/os/sharedmemory.h"
+
+#include <utility>
+
+#include "base/os/namedobject_windows.h"
+
+namespace LbOs
+{
+
+struct CSharedMemory::SState
+{
+    Windows::Handle mapping;
+};
+
+CSharedMemory::CSharedMemory(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
+
+CSharedMemory::~CSharedMemory() = default;
+
+std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size)
+{
+    const std::wstring objectName = Windows::ToObjectName(name);
+    auto state = std::make_unique<SState>();
+    if (!objectName.empty())
+    {
+        state->mapping = Windows::CreateNew([&](SECURITY_ATTRIBUTES* access) {
+            return CreateFileMappingW(INVALID_HANDLE_VALUE, access, PAGE_READWRITE, static_cast<DWORD>(size >> 32U),
+                                      static_cast<DWORD>(size), objectName.c_str());
+        });
+    }
+    return state->mapping ? std::unique_ptr<CSharedMemory>(new CSharedMemory(std::move(state))) : nullptr;
+}
+
+std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
+{
+    const DWORD rights = access == EMemoryAccess::Write ? FILE_MAP_WRITE | FILE_MAP_READ : FILE_MAP_READ;
+    const std::wstring objectName = Windows::ToObjectName(name);
+    const Windows::Handle mapping(objectName.empty() ? nullptr : OpenFileMappingW(rights, FALSE, objectName.c_str()));
+    // Fails when the block is smaller. The view keeps the block, so the handle is no longer needed.
+    void* const view = mapping ? MapViewOfFile(mapping.get(), rights, 0, 0, size) : nullptr;
+    if (view == nullptr)
+    {
+        return nullptr;
+    }
+    return {view, [](void* memory) { UnmapViewOfFile(memory); }};
+}
+
+} // namespace LbOs

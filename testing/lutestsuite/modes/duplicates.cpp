@@ -1,0 +1,256 @@
+/// The mode that finds data sets of identical content, and deletes all but the oldest of each.
+
+#include <algorithm>
+#include <limits>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "base/lbdatetime.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lumurmurhash3.h"
+#include "base/lustream.h"
+#include "base/os/clock.h"
+#include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/selection.h"
+#include "testing/lutestsuite/utils/warning.h"
+
+namespace
+{
+
+using Checksum = LuMurmurHash3::S128;
+
+struct SDataSet
+{
+    std::wstring unitTestPath;
+    std::wstring caseName;
+    std::wstring path;
+    Checksum checksum;
+    std::wstring modificationTime; ///< the order of these texts is the order of times
+};
+
+/// Data sets of one content, at least two, the one to keep first.
+using DuplicateSet = std::vector<SDataSet>;
+
+struct SDuplicates
+{
+    std::wstring unitTestPath;
+    std::vector<DuplicateSet> sets;
+};
+
+struct SChecksumHash
+{
+    std::size_t operator()(const Checksum& checksum) const noexcept
+    {
+        return static_cast<std::size_t>(checksum.low ^ checksum.high);
+    }
+};
+
+/// Reads whole files, one at a time, and computes their checksums.
+class CFileChecksums
+{
+public:
+    /// Nothing for a file that is too long for a checksum. Throws LbException when the file cannot be read as a whole.
+    std::optional<Checksum> Get(const std::wstring& path)
+    {
+        LuStreamReadBinaryFile file(path);
+        const std::uint64_t size = file.GetSize();
+        if (size > std::numeric_limits<std::uint32_t>::max())
+        {
+            return std::nullopt;
+        }
+        // The memory stays for the next file. One byte more than the file had shows that it grew meanwhile.
+        if (m_buffer.size() <= size)
+        {
+            m_buffer.resize(static_cast<std::size_t>(size) + 1);
+        }
+        if (file.Read(m_buffer.data(), static_cast<std::size_t>(size) + 1) != size)
+        {
+            throw LbException();
+        }
+        return LuMurmurHash3::GetOptimizedChecksum128(m_buffer.data(), static_cast<std::uint32_t>(size), 0);
+    }
+
+private:
+    std::vector<char> m_buffer;
+};
+
+std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const LuTestSuite::STestCase& testCase,
+                                    CFileChecksums& checksums)
+{
+    const std::optional<Checksum> checksum = checksums.Get(testCase.dataSetFile);
+    const std::optional<LbOs::SLocalTime> time = LbOs::GetModificationTime(testCase.dataSetFile);
+    if (!time)
+    {
+        throw LbException();
+    }
+    return checksum ? std::optional(SDataSet{test.dataDirectory, testCase.name, testCase.dataSetFile, *checksum,
+                                             LbDateTime::Format(*time, L"Y.m.d-H:i:s")})
+                    : std::nullopt;
+}
+
+/// In case order. Two cases of one file are one data set.
+std::vector<SDataSet> examineFiles(const LuTestSuite::SUnitTest& test, CFileChecksums& checksums)
+{
+    std::vector<SDataSet> dataSets;
+    std::unordered_set<std::wstring> paths;
+    for (const LuTestSuite::STestCase& testCase : test.cases)
+    {
+        const std::wstring& path = testCase.dataSetFile;
+        if (testCase.GetKind() != 1 || !LbFileSystem::IsFile(path) || !paths.insert(path).second)
+        {
+            continue;
+        }
+        try
+        {
+            if (const std::optional<SDataSet> dataSet = examineFile(test, testCase, checksums))
+            {
+                dataSets.push_back(*dataSet);
+            }
+        }
+        catch (const std::exception&)
+        {
+            LuTestSuite::WriteWarning(L"Fehler während Einlesen von Datei %s\n", path);
+        }
+    }
+    return dataSets;
+}
+
+/// Groups by content, in the order of first appearance.
+std::vector<std::vector<SDataSet>> groupByChecksum(std::vector<SDataSet> dataSets)
+{
+    std::vector<std::vector<SDataSet>> groups;
+    std::unordered_map<Checksum, std::size_t, SChecksumHash> groupOf;
+    for (SDataSet& dataSet : dataSets)
+    {
+        const auto [entry, isNew] = groupOf.try_emplace(dataSet.checksum, groups.size());
+        if (isNew)
+        {
+            groups.emplace_back();
+        }
+        groups[entry->second].push_back(std::move(dataSet));
+    }
+    return groups;
+}
+
+/// The first of the oldest goes to the front, the others keep their order.
+void putOldestFirst(DuplicateSet& set)
+{
+    const auto oldest = std::ranges::min_element(set, {}, &SDataSet::modificationTime);
+    std::rotate(set.begin(), oldest, oldest + 1);
+}
+
+SDuplicates examine(const LuTestSuite::SUnitTest& test, CFileChecksums& checksums)
+{
+    SDuplicates duplicates{test.dataDirectory, {}};
+    for (std::vector<SDataSet>& group : groupByChecksum(examineFiles(test, checksums)))
+    {
+        if (group.size() >= 2)
+        {
+            putOldestFirst(group);
+            duplicates.sets.push_back(std::move(group));
+        }
+    }
+    return duplicates;
+}
+
+std::size_t countRedundant(const SDuplicates& duplicates)
+{
+    std::size_t count = 0;
+    for (const DuplicateSet& set : duplicates.sets)
+    {
+        count += set.size() - 1;
+    }
+    return count;
+}
+
+/// Deleting must leave the content in the kept file: that one must be there still, and when it is a link, its target is
+/// no redundant copy.
+bool mayDelete(const SDataSet& dataSet, const SDataSet& kept)
+{
+    return LbFileSystem::IsFile(kept.path) &&
+           !(LbOs::IsLink(kept.path) && LbOs::GetCanonicalPath(kept.path) == LbOs::GetCanonicalPath(dataSet.path));
+}
+
+void deleteDuplicates(const DuplicateSet& set)
+{
+    if (set.size() < 2)
+    {
+        throw LbException();
+    }
+    const SDataSet& kept = set.front();
+    LuTestSuiteOut::Write(L"    %s... [KEEP]\n", kept.caseName);
+    for (auto dataSet = set.begin() + 1; dataSet != set.end(); ++dataSet)
+    {
+        if (mayDelete(*dataSet, kept) && LbOs::RemoveFile(dataSet->path))
+        {
+            LuTestSuiteOut::Write(L"    %s... [DELETED]\n", dataSet->caseName);
+        }
+        else
+        {
+            LuTestSuite::WriteWarning(L"Fehler während Löschen von Datei %s\n", dataSet->path);
+        }
+    }
+}
+
+void listDuplicates(const DuplicateSet& set)
+{
+    for (const SDataSet& dataSet : set)
+    {
+        LuTestSuiteOut::Write(L"    %s\n", dataSet.caseName);
+    }
+}
+
+void writeSets(const SDuplicates& duplicates, EDuplicateMode mode)
+{
+    if (duplicates.sets.empty())
+    {
+        return;
+    }
+    LuTestSuiteOut::Write(L"%s\n", duplicates.unitTestPath);
+    for (std::size_t index = 0; index < duplicates.sets.size(); ++index)
+    {
+        LuTestSuiteOut::Write(L"  Duplikat-Set (%d/%d):\n", index + 1, duplicates.sets.size());
+        if (mode == eDM_Delete)
+        {
+            deleteDuplicates(duplicates.sets[index]);
+        }
+        else
+        {
+            listDuplicates(duplicates.sets[index]);
+        }
+    }
+    LuTestSuiteOut::Write(L"\n");
+}
+
+} // namespace
+
+void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
+{
+    LuTestSuite::LoadTestModules(setup, environment);
+    UnitTests tests = LuTestSuite::FindUnitTests(setup, true);
+    LuTestSuite::SelectTestCases(setup, tests);
+    CFileChecksums checksums;
+    std::vector<SDuplicates> results;
+    std::size_t redundantCount = 0;
+    for (const LuTestSuite::SUnitTest& test : tests)
+    {
+        LuTestSuiteOut::Write(L"Check: %s\n", test.dataDirectory);
+        results.push_back(examine(test, checksums));
+        redundantCount += countRedundant(results.back());
+    }
+    LuTestSuiteOut::Write(L"\n");
+    if (setup.duplicateMode == eDM_None)
+    {
+        return;
+    }
+    for (const SDuplicates& duplicates : results)
+    {
+        writeSets(duplicates, setup.duplicateMode);
+    }
+    LuTestSuiteOut::Write(L"Durchsuchtes Datenverzeichnis: %s\n", setup.dataDir);
+    LuTestSuiteOut::Write(L"Gefundene Unittest-Klassen: %d\n", tests.size());
+    LuTestSuiteOut::Write(L"Redundante Datensätze darin: %d\n", redundantCount);
+}

@@ -1,0 +1,77 @@
+#include "base/lbcommandline.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using Words = std::vector<std::wstring>;
+
+TEST(LbCommandLine, QuotesBlanks)
+{
+    EXPECT_EQ(LbCommandLine::Quote(L"a b"), L"\"a b\"");
+}
+
+TEST(LbCommandLine, QuotesNothing)
+{
+    EXPECT_EQ(LbCommandLine::Quote(L""), L"\"\"");
+}
+
+TEST(LbCommandLine, DoublesABackslashBeforeTheClosingMark)
+{
+    EXPECT_EQ(LbCommandLine::Quote(L"D:\\Größen und Maße\\"), L"\"D:\\Größen und Maße\\\\\"");
+}
+
+TEST(LbCommandLine, MarksAQuotationMarkWithABackslash)
+{
+    EXPECT_EQ(LbCommandLine::Quote(L"a\"b\\\"c"), L"\"a\\\"b\\\\\\\"c\"");
+}
+
+TEST(LbCommandLine, SplitsAtBlanks)
+{
+    EXPECT_EQ(LbCommandLine::Split(L"  eins\tzwei  drei "), (Words{L"eins", L"zwei", L"drei"}));
+}
+
+TEST(LbCommandLine, FindsNoWordsInBlanks)
+{
+    EXPECT_EQ(LbCommandLine::Split(L" \t "), Words());
+    EXPECT_EQ(LbCommandLine::Split(L""), Words());
+}
+
+TEST(LbCommandLine, KeepsBlanksBetweenMarks)
+{
+    EXPECT_EQ(LbCommandLine::Split(L"-i \"a b\" c\" \"d"), (Words{L"-i", L"a b", L"c d"}));
+}
+
+TEST(LbCommandLine, KeepsEmptyWordsBetweenMarks)
+{
+    EXPECT_EQ(LbCommandLine::Split(L"a \"\" b"), (Words{L"a", L"", L"b"}));
+}
+
+TEST(LbCommandLine, ReadsToTheEndWithoutAClosingMark)
+{
+    EXPECT_EQ(LbCommandLine::Split(L"a \"b c"), (Words{L"a", L"b c"}));
+}
+
+TEST(LbCommandLine, LeavesBackslashesAloneThatStandBeforeNoMark)
+{
+    EXPECT_EQ(LbCommandLine::Split(L"a\\\\b \\c\\ d"), (Words{L"a\\\\b", L"\\c\\", L"d"}));
+}
+
+TEST(LbCommandLine, GivesBackWhatItQuoted)
+{
+    const Words words = {L"",         L" ",     L"\"",      L"\\",      L"\\\\",       L"\\\"",
+                         L"a\\\\\"b", L"a b\\", L"ä ö ü\t", L"\"\"a\"", L"\\\\\\\"\\", L"-d"};
+    std::wstring text;
+    for (const std::wstring& word : words)
+    {
+        text += L" " + LbCommandLine::Quote(word);
+    }
+
+    EXPECT_EQ(LbCommandLine::Split(text), words);
+}
+
+} // namespace

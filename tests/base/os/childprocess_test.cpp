@@ -1,0 +1,152 @@
+#include "base/os/childprocess.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbcommandline.h"
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "tests/support/probe.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LbOs::CChildProcess;
+
+/// Waits for the end of a process and gives its status; fails the test when it does not end.
+std::int64_t getStatus(CChildProcess& child)
+{
+    constexpr std::uint32_t c_Long = 60000;
+    EXPECT_TRUE(child.Wait(c_Long));
+    return child.GetExitStatus();
+}
+
+TEST(OsChildProcess, GivesTheExitStatus)
+{
+    const auto child = StartProbe(L"exit 7");
+    ASSERT_NE(child, nullptr);
+
+    EXPECT_EQ(getStatus(*child), 7);
+}
+
+TEST(OsChildProcess, IsNotThereWithoutAProgram)
+{
+    LbOs::SChildOptions options;
+    options.program = LbOs::GetExecutablePath() + L"-gibt es nicht";
+    options.commandLine = L"a";
+
+    EXPECT_EQ(CChildProcess::Start(options), nullptr);
+    options.program.clear();
+    options.commandLine = LbCommandLine::Quote(LbOs::GetExecutablePath() + L"-gibt es nicht");
+    EXPECT_EQ(CChildProcess::Start(options), nullptr);
+}
+
+TEST(OsChildProcess, IsNotThereWithoutItsWorkingDirectory)
+{
+    const ScopedFolder folder;
+    LbOs::SChildOptions options = GetProbeOptions(L"exit 0");
+    options.workingDirectory = folder.GetPathOf(L"fehlt");
+
+    EXPECT_EQ(CChildProcess::Start(options), nullptr);
+}
+
+TEST(OsChildProcess, ReceivesItsArgumentsUnchanged)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.GetPathOf(L"Größen und Maße.txt");
+    const std::wstring directory = folder.MakeFolder(L"mit Lücke und ß");
+    LbOs::SChildOptions options = GetProbeOptions(L"arguments");
+    options.workingDirectory = directory;
+    for (const std::wstring& argument : {file, std::wstring(L"mit Lücke\\"), std::wstring(L"a\"b"), std::wstring()})
+    {
+        options.commandLine += L" " + LbCommandLine::Quote(argument);
+    }
+    const auto child = CChildProcess::Start(options);
+    ASSERT_NE(child, nullptr);
+    ASSERT_EQ(getStatus(*child), 0);
+
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(file),
+              "processprobe\narguments\n" + LbEncoding::ToUtf8(file) + "\nmit Lücke\\\na\"b\n\n" +
+                  LbEncoding::ToUtf8(LbPath::WithoutSeparator(LbOs::GetCanonicalPath(directory))) + "\n");
+}
+
+TEST(OsChildProcess, LooksItsProgramUpWhenOnlyTheCommandLineNamesIt)
+{
+    LbOs::SChildOptions options = GetProbeOptions(L"");
+    options.commandLine = LbCommandLine::Quote(options.program) + L" exit 5";
+    options.program.clear();
+    const auto child = CChildProcess::Start(options);
+    ASSERT_NE(child, nullptr);
+
+    EXPECT_EQ(getStatus(*child), 5);
+}
+
+TEST(OsChildProcess, RunsUntilItIsTerminated)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+
+    EXPECT_TRUE(child->IsRunning());
+    EXPECT_FALSE(child->Wait(1));
+    child->Terminate();
+    EXPECT_FALSE(child->IsRunning());
+    child->Terminate();
+    EXPECT_FALSE(child->IsRunning());
+}
+
+TEST(OsChildProcess, TakesWhatItStartedAlongWhenTerminated)
+{
+    CProbeLine line;
+    const auto child = StartProbe(L"parent " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    child->Terminate();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST(OsChildProcess, TakesWhatItStartedAlongWithItsObject)
+{
+    CProbeLine line;
+    auto child = StartProbe(L"parent " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    child.reset();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerIsKilled)
+{
+    CProbeLine line;
+    LbOs::SChildOptions options = GetProbeOptions(L"owner " + line.GetName());
+    options.endsWithOwner = false;
+    const auto owner = CChildProcess::Start(options);
+    ASSERT_NE(owner, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    // The owner's child leads a group of its own, so that this reaches the owner alone.
+    owner->Terminate();
+
+    // What watches over the owner needs a moment.
+    EXPECT_TRUE(line.IsGone() || line.IsGone());
+}
+
+TEST(OsChildProcess, OutlivesItsObjectWhenAsked)
+{
+    CProbeLine line;
+    LbOs::SChildOptions options = GetProbeOptions(L"answer " + line.GetName());
+    options.endsWithOwner = false;
+    CChildProcess::Start(options);
+
+    EXPECT_TRUE(line.IsAlive());
+}
+
+} // namespace

@@ -1,0 +1,171 @@
+#include "base/os/namedevent.h"
+
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "base/lbuniqueid.h"
+#include "tests/support/probe.h"
+
+namespace
+{
+
+using LbOs::CNamedEvent;
+using LbOs::EEventWait;
+
+constexpr std::uint32_t c_Long = 60000;
+
+class OsNamedEvent : public testing::Test
+{
+protected:
+    std::wstring m_name = LbUniqueId::Generate();
+    std::unique_ptr<CNamedEvent> m_event = CNamedEvent::Create(m_name);
+};
+
+TEST_F(OsNamedEvent, IsNotSetAtFirst)
+{
+    EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
+}
+
+TEST_F(OsNamedEvent, ReleasesOneWaitForEachSet)
+{
+    EXPECT_TRUE(m_event->Set());
+    EXPECT_EQ(m_event->Wait(c_Long), EEventWait::Signaled);
+    EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
+}
+
+TEST_F(OsNamedEvent, DoesNotCount)
+{
+    for (int count = 0; count < 200; ++count)
+    {
+        m_event->Set();
+    }
+
+    EXPECT_EQ(m_event->Wait(0), EEventWait::Signaled);
+    EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
+}
+
+TEST_F(OsNamedEvent, IsNeverTooFullToBeSet)
+{
+    bool isSet = true;
+    for (int count = 0; count < 70000; ++count)
+    {
+        isSet = m_event->Set() && isSet;
+    }
+
+    EXPECT_TRUE(isSet);
+    EXPECT_TRUE(m_event->Reset());
+    EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
+}
+
+TEST_F(OsNamedEvent, IsTakenBack)
+{
+    EXPECT_FALSE(m_event->Reset());
+    m_event->Set();
+    EXPECT_TRUE(m_event->Reset());
+    EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
+}
+
+TEST_F(OsNamedEvent, IsOpenedByItsName)
+{
+    const auto other = CNamedEvent::Open(m_name);
+    ASSERT_NE(other, nullptr);
+
+    other->Set();
+    EXPECT_EQ(m_event->Wait(c_Long), EEventWait::Signaled);
+    m_event->Set();
+    EXPECT_EQ(other->Wait(c_Long), EEventWait::Signaled);
+}
+
+TEST_F(OsNamedEvent, IsNotCreatedTwice)
+{
+    EXPECT_EQ(CNamedEvent::Create(m_name), nullptr);
+    EXPECT_NE(CNamedEvent::Open(m_name), nullptr);
+}
+
+TEST_F(OsNamedEvent, TakesItsNameAlong)
+{
+    m_event.reset();
+
+    EXPECT_EQ(CNamedEvent::Open(m_name), nullptr);
+    EXPECT_NE(CNamedEvent::Create(m_name), nullptr);
+}
+
+TEST_F(OsNamedEvent, HasNoOtherNamesThanPlainOnes)
+{
+    for (const wchar_t* name : {L"", L"../a", L"a/b", L"a\\b", L"ä", L".", L"a b"})
+    {
+        EXPECT_EQ(CNamedEvent::Create(name), nullptr);
+        EXPECT_EQ(CNamedEvent::Open(name), nullptr);
+    }
+}
+
+TEST_F(OsNamedEvent, NoticesTheEndOfAProcess)
+{
+    const auto child = StartProbe(L"exit 0");
+    ASSERT_NE(child, nullptr);
+
+    EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::ChildEnded);
+}
+
+TEST_F(OsNamedEvent, CountsMoreThanTheEndOfAProcess)
+{
+    const auto child = StartProbe(L"exit 0");
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(child->Wait(c_Long));
+    m_event->Set();
+
+    EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::Signaled);
+}
+
+TEST_F(OsNamedEvent, TimesOutBesideAProcessThatRuns)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+
+    EXPECT_EQ(m_event->Wait(1, child.get()), EEventWait::TimedOut);
+}
+
+TEST_F(OsNamedEvent, DoesNotTimeOutEarly)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+
+    m_event->Wait(30);
+
+    // The clock of one of the platforms is that coarse.
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(14));
+}
+
+TEST(OsNamedEventThreads, HandEveryTurnOver)
+{
+    constexpr int c_Turns = 2000;
+    const std::wstring name = LbUniqueId::Generate();
+    const auto request = CNamedEvent::Create(name + L"-q");
+    const auto response = CNamedEvent::Create(name + L"-a");
+    int turns = 0;
+    std::thread other([&] {
+        const auto theirRequest = CNamedEvent::Open(name + L"-q");
+        const auto theirResponse = CNamedEvent::Open(name + L"-a");
+        for (int turn = 0; turn < c_Turns && theirRequest->Wait(c_Long) == EEventWait::Signaled; ++turn)
+        {
+            ++turns;
+            theirResponse->Set();
+        }
+    });
+    int answers = 0;
+    for (int turn = 0; turn < c_Turns; ++turn)
+    {
+        request->Set();
+        answers += response->Wait(c_Long) == EEventWait::Signaled ? 1 : 0;
+    }
+    other.join();
+
+    EXPECT_EQ(turns, c_Turns);
+    EXPECT_EQ(answers, c_Turns);
+}
+
+} // namespace

@@ -1,0 +1,87 @@
+#include "base/os/sharedmemory.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbuniqueid.h"
+
+namespace
+{
+
+using LbOs::CSharedMemory;
+using LbOs::EMemoryAccess;
+using LbOs::MapSharedMemory;
+
+constexpr std::size_t c_Size = 100000;
+
+class OsSharedMemory : public testing::Test
+{
+protected:
+    std::wstring m_name = LbUniqueId::Generate();
+    std::unique_ptr<CSharedMemory> m_memory = CSharedMemory::Create(m_name, c_Size);
+};
+
+TEST_F(OsSharedMemory, IsZeroAtFirst)
+{
+    const auto view = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
+    ASSERT_NE(view, nullptr);
+
+    const char* const bytes = static_cast<const char*>(view.get());
+    EXPECT_EQ(std::count(bytes, bytes + c_Size, '\0'), static_cast<std::ptrdiff_t>(c_Size));
+}
+
+TEST_F(OsSharedMemory, IsOneForAllViews)
+{
+    const auto written = MapSharedMemory(m_name, c_Size, EMemoryAccess::Write);
+    const auto read = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
+    ASSERT_TRUE(written && read);
+    ASSERT_NE(written, read);
+
+    std::memcpy(static_cast<char*>(written.get()) + c_Size - 5, "Text", 5);
+
+    EXPECT_STREQ(static_cast<const char*>(read.get()) + c_Size - 5, "Text");
+}
+
+TEST_F(OsSharedMemory, IsNotCreatedTwice)
+{
+    EXPECT_EQ(CSharedMemory::Create(m_name, c_Size), nullptr);
+    EXPECT_NE(MapSharedMemory(m_name, c_Size, EMemoryAccess::Read), nullptr);
+}
+
+TEST_F(OsSharedMemory, TakesItsNameAlong)
+{
+    m_memory.reset();
+
+    EXPECT_EQ(MapSharedMemory(m_name, c_Size, EMemoryAccess::Read), nullptr);
+    EXPECT_NE(CSharedMemory::Create(m_name, c_Size), nullptr);
+}
+
+TEST_F(OsSharedMemory, StaysInViewsWithoutItsName)
+{
+    const auto view = MapSharedMemory(m_name, c_Size, EMemoryAccess::Write);
+    ASSERT_NE(view, nullptr);
+    m_memory.reset();
+
+    std::memset(view.get(), 1, c_Size);
+    EXPECT_EQ(static_cast<const char*>(view.get())[c_Size - 1], 1);
+}
+
+TEST_F(OsSharedMemory, IsNotMappedBeyondItsEnd)
+{
+    constexpr std::size_t c_Pages = 65536;
+    EXPECT_EQ(MapSharedMemory(m_name, c_Size + c_Pages, EMemoryAccess::Write), nullptr);
+}
+
+TEST_F(OsSharedMemory, HasNoOtherNamesThanPlainOnes)
+{
+    for (const wchar_t* name : {L"", L"../a", L"a/b", L"a\\b", L"ä", L".", L"a b"})
+    {
+        EXPECT_EQ(CSharedMemory::Create(name, c_Size), nullptr);
+        EXPECT_EQ(MapSharedMemory(name, c_Size, EMemoryAccess::Read), nullptr);
+    }
+}
+
+} // namespace

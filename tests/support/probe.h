@@ -1,0 +1,53 @@
+/// The program of tests about processes.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/lbpath.h"
+#include "base/lbuniqueid.h"
+#include "base/os/childprocess.h"
+#include "base/os/namedevent.h"
+
+/// How the probe is started with these arguments, given as one text.
+inline LbOs::SChildOptions GetProbeOptions(const std::wstring& arguments)
+{
+    LbOs::SChildOptions options;
+    options.program = LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/processprobe") + LbOs::c_ExecutableSuffix;
+    options.commandLine = L"processprobe " + arguments;
+    return options;
+}
+
+inline std::unique_ptr<LbOs::CChildProcess> StartProbe(const std::wstring& arguments)
+{
+    return LbOs::CChildProcess::Start(GetProbeOptions(arguments));
+}
+
+/// The other end of a probe that answers: tells whether it is alive.
+class CProbeLine
+{
+public:
+    const std::wstring& GetName() const { return m_name; }
+
+    /// Waits until the probe has set the event that says that it is ready.
+    bool WaitReady() { return m_ready->Wait(sc_uiLong) == LbOs::EEventWait::Signaled; }
+
+    /// One that runs answers within microseconds, so that the time-out is only for one that does not.
+    bool IsAnswered(std::uint32_t milliseconds)
+    {
+        m_question->Set();
+        return m_answer->Wait(milliseconds) == LbOs::EEventWait::Signaled;
+    }
+
+    bool IsAlive() { return IsAnswered(sc_uiLong); }
+    bool IsGone() { return !IsAnswered(sc_uiShort); }
+
+private:
+    static constexpr std::uint32_t sc_uiLong = 30000;
+    static constexpr std::uint32_t sc_uiShort = 500;
+
+    std::wstring m_name = LbUniqueId::Generate();
+    std::unique_ptr<LbOs::CNamedEvent> m_question = LbOs::CNamedEvent::Create(m_name + L"-q");
+    std::unique_ptr<LbOs::CNamedEvent> m_answer = LbOs::CNamedEvent::Create(m_name + L"-a");
+    std::unique_ptr<LbOs::CNamedEvent> m_ready = LbOs::CNamedEvent::Create(m_name + L"-r");
+};
