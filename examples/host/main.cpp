@@ -2,8 +2,8 @@
 ///
 ///     ExampleHost show|run|recreate DATA PAGE [PATTERN...]
 ///
-/// "show" draws the tree of all cases with the selected ones checked, "run" runs these and stops at the first failure,
-/// "recreate" makes their reference data anew. PAGE receives what the runner prints, with its colours.
+/// "show" draws the tree of all cases with the selected ones checked and lists these, "run" runs these and stops at the
+/// first failure, "recreate" makes their reference data anew. PAGE receives what the runner prints, with its colours.
 ///
 /// Exit status: 0 when all went well, 1 when cases failed or nothing was selected, 2 when the call broke off.
 
@@ -101,6 +101,10 @@ private:
     int show()
     {
         print(DrawTree(m_found, m_selected));
+        LuTestSuiteSetup setup;
+        setup.dataDir = m_request.dataDir;
+        setup.includes = m_request.patterns;
+        LuTestSuiteUtils::RunQueryMode(setup, m_environment);
         return c_Succeeded;
     }
 

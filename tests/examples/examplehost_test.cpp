@@ -59,6 +59,7 @@ TEST_F(ExampleHost, ShowsTheTreeWithTheSelectedCasesChecked)
 
     EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
     ExpectGolden("examples/host_show.txt", run.output);
+    EXPECT_THAT(ReadPage(), HasSubstr("\nAusgewählte/Gefundene Fälle: 3/6\n"));
 }
 
 TEST_F(ExampleHost, RunsTheSelectedCasesWithItsOwnProgress)

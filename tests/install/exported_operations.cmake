@@ -3,11 +3,12 @@
 # Run as a script, where nothing else says so.
 cmake_policy(VERSION 3.25)
 
-# The public classes and functions. Private operations begin in lower case, but for those of the reports; constructors of
-# LuTestSuiteOut without arguments and the option parser are private, too.
+# The public classes and functions. Private operations begin in lower case, but for those of the reports; the empty
+# constructor of LuTestSuiteOut and the option parser are private, too.
 set(public_names "LuTestSuite(Utils|Report|Tree|Out|HeapTracker|Setup|Environment|Run)::")
 set(private_names "LuOptionParser|^LuTestSuiteOut::LuTestSuiteOut\\(\\)|^LuTestSuite(Utils|Tree|Out)::[a-z]")
-string(APPEND private_names "|^LuTestSuiteHeapTracker::(check|consistency|detour|dispatch|hook|link|set|to|track|unlink)")
+string(APPEND private_names
+    "|^LuTestSuiteHeapTracker::(check|consistency|detour|dispatch|hook|link|set|to|track|unlink)")
 
 function(list_symbols file options result)
     execute_process(COMMAND "${NM}" -D -C ${options} "${file}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)

@@ -12,6 +12,19 @@ struct SPlaces
     std::wstring work; ///< folder of this run, with separator at its end
 };
 
+/// What the library prints, kept off the console as long as this lives. One at a time.
+class CRecordedText
+{
+public:
+    CRecordedText();
+    ~CRecordedText();
+    CRecordedText(const CRecordedText&) = delete;
+    CRecordedText& operator=(const CRecordedText&) = delete;
+
+    /// The text since the last call.
+    std::wstring Take();
+};
+
 /// Says what failed; the program's status tells, too.
 void Expect(bool condition, const char* what);
 bool HasFailed();
@@ -24,5 +37,6 @@ void CallPathsAndTexts(const SPlaces& places);
 void CallConfiguration(const SPlaces& places);
 void CallCommandLine(LuTestSuiteEnvironment& environment, const SPlaces& places);
 void CallSelection(const SPlaces& places);
+void CallAuxiliaryModes(LuTestSuiteEnvironment& environment, const SPlaces& places);
 void CallRuns(LuTestSuiteEnvironment& environment, const SPlaces& places);
 void CallReports(LuTestSuiteEnvironment& environment, const SPlaces& places);

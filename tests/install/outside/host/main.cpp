@@ -24,6 +24,7 @@ void callAll(const SPlaces& places)
     CallConfiguration(places);
     CallCommandLine(environment, places);
     CallSelection(places);
+    CallAuxiliaryModes(environment, places);
     CallRuns(environment, places);
     CallReports(environment, places);
 }

@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 #include "base/lbfilesystem.h"
@@ -11,17 +12,32 @@
 namespace
 {
 
-class CLastLine : public LuTestSuiteOut::LuCustomOut
+/// Outputs cannot be taken away again, so there is one for the whole program.
+class CRecorder : public LuTestSuiteOut::LuCustomOut
 {
 public:
+    static CRecorder& GetInstance()
+    {
+        static CRecorder* const s_recorder = make();
+        return *s_recorder;
+    }
+
     void Output(const LuTestSuiteOut& line) override
     {
-        text = line.GetText();
+        text += line.GetText();
         hasAttributes = line.IsBold() && line.IsUnderlined() && line.HasColor() && line.GetColor() == LuColor::c_RED;
     }
 
     std::wstring text;
-    bool hasAttributes = false;
+    bool hasAttributes = false; ///< of the last line
+
+private:
+    static CRecorder* make()
+    {
+        auto* const recorder = new CRecorder;
+        LuTestSuiteOut::AddCustomOut(recorder);
+        return recorder;
+    }
 };
 
 using LuMarkupWriter = LuTestSuiteUtils::LuMarkupWriter;
@@ -60,22 +76,35 @@ constexpr const char* c_Markup = "<a>\n"
 
 } // namespace
 
+CRecordedText::CRecordedText()
+{
+    LuTestSuiteOut::SetConsoleOut(false);
+    CRecorder::GetInstance().text.clear();
+}
+
+CRecordedText::~CRecordedText()
+{
+    LuTestSuiteOut::SetConsoleOut(true);
+}
+
+std::wstring CRecordedText::Take()
+{
+    return std::exchange(CRecorder::GetInstance().text, {});
+}
+
 void CallOutput()
 {
-    // Outputs cannot be taken away again.
-    static CLastLine s_lastLine;
-    LuTestSuiteOut::AddCustomOut(&s_lastLine);
-    LuTestSuiteOut::SetConsoleOut(false);
+    CRecordedText output;
     LuTestSuiteOut::Write(L"%s %d\n", L"eins", 2).Bold().Underlined().Color(LuColor::c_RED);
-    Expect(s_lastLine.text == L"eins 2\n", "LuTestSuiteOut::Write");
-    Expect(s_lastLine.hasAttributes, "attributes of LuTestSuiteOut");
+    Expect(output.Take() == L"eins 2\n", "LuTestSuiteOut::Write");
+    Expect(CRecorder::GetInstance().hasAttributes, "attributes of LuTestSuiteOut");
     {
         LuTestSuiteOut line = LuTestSuiteOut::Write(L"drei");
         const LuTestSuiteOut copy = line;
         line = LuTestSuiteOut::Write(L"vier");
     }
-    Expect(s_lastLine.text == L"vier", "copies of LuTestSuiteOut");
-    LuTestSuiteOut::SetConsoleOut(true);
+    // Each is printed by its own end, the last one made first.
+    Expect(output.Take() == L"vierdreivier", "copies of LuTestSuiteOut");
 }
 
 void CallHeapTracker()

@@ -105,3 +105,17 @@ void CallSelection(const SPlaces& places)
     Expect(unitTests.at(0).GetDataSetFiles().size() == 1, "SUnitTest::GetDataSetFiles");
     Expect(std::regex_match(L"hello.txt", Utils::GenerateWildcardRegex(L"*.t?t")), "GenerateWildcardRegex");
 }
+
+void CallAuxiliaryModes(LuTestSuiteEnvironment& environment, const SPlaces& places)
+{
+    LuTestSuiteSetup setup;
+    setup.dataDir = places.data;
+    setup.duplicateMode = eDM_List;
+    CRecordedText output;
+    Utils::RunQueryMode(setup, environment);
+    Expect(output.Take().find(L"Ausgewählte/Gefundene Klassen: 2/2\n") != std::wstring::npos, "RunQueryMode");
+    Utils::ListDisabledTestCases(setup, environment);
+    Expect(output.Take().find(L"Deaktivierte Fälle: 0 von 3\n") != std::wstring::npos, "ListDisabledTestCases");
+    Utils::RunDuplicateDetection(setup, environment);
+    Expect(output.Take().find(L"COutsideTest") != std::wstring::npos, "RunDuplicateDetection");
+}
