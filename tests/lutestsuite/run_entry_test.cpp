@@ -118,40 +118,34 @@ TEST_F(RunCommandLine, IsTrueWhenReportsCannotBeCompared)
     EXPECT_EQ(GetUtf8(), "Fehler Diff: Es müssen zwei Dateien angegeben werden.\n");
 }
 
-TEST_F(RunCommandLine, SaysThatTheQueryModeIsMissing)
+TEST_F(RunCommandLine, ListsTheSelectionWhateverElseIsAskedFor)
 {
-    EXPECT_TRUE(Call({L"-q", L"--archive-run", L"a:b"}));
-    EXPECT_EQ(GetUtf8(), GetWarning("--query-mode"));
+    EXPECT_TRUE(Call(GetRunOptions({L"-q", L"--archive-run", L"a:b", L"--list-duplicates"})));
+    EXPECT_TRUE(GetUtf8().starts_with("Datenverzeichnis: ")) << GetUtf8();
 }
 
-TEST_F(RunCommandLine, SaysThatTheArchiveRunIsMissing)
-{
-    EXPECT_TRUE(Call({L"--archive-run", L"a:b", L"--list-duplicates"}));
-    EXPECT_EQ(GetUtf8(), GetWarning("--archive-run"));
-}
-
-TEST_F(RunCommandLine, SaysThatTheListOfDuplicatesIsMissing)
+TEST_F(RunCommandLine, ListsDuplicatesWhateverElseIsAskedFor)
 {
     EXPECT_TRUE(Call(GetRunOptions({L"--list-duplicates", L"--list-disabled"})));
-    EXPECT_EQ(GetUtf8(), GetWarning("--list-duplicates"));
+    EXPECT_TRUE(GetUtf8().ends_with("Redundante Datensätze darin: 0\n")) << GetUtf8();
 }
 
-TEST_F(RunCommandLine, SaysThatTheDeletionOfDuplicatesIsMissing)
+TEST_F(RunCommandLine, DeletesDuplicates)
 {
     m_folder.WriteFile(L"CDataSetModel/a.txt", "gut");
-    const std::wstring second = m_folder.WriteFile(L"CDataSetModel/b.txt", "gut");
+    m_folder.WriteFile(L"CDataSetModel/b.txt", "gut");
 
     EXPECT_TRUE(Call(GetRunOptions({L"--delete-duplicates"})));
-    EXPECT_EQ(GetUtf8(), GetWarning("--delete-duplicates"));
-    EXPECT_TRUE(LbFileSystem::IsFile(second));
+    EXPECT_NE(GetUtf8().find("[KEEP]"), std::string::npos) << GetUtf8();
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"CDataSetModel")).size(), 1U);
 }
 
-TEST_F(RunCommandLine, SaysThatTheListOfDisabledCasesIsMissing)
+TEST_F(RunCommandLine, ListsDisabledCasesWhateverElseIsAskedFor)
 {
     m_folder.MakeFolder(L"CFailedModel");
 
     EXPECT_TRUE(Call(GetRunOptions({L"--list-disabled", L"--response-event-id", L"Ereignis"})));
-    EXPECT_EQ(GetUtf8(), GetWarning("--list-disabled"));
+    EXPECT_TRUE(GetUtf8().ends_with("Deaktivierte Fälle: 0 von 1\n")) << GetUtf8();
 }
 
 TEST_F(RunCommandLine, SaysThatTheServiceForAParentRunIsMissing)
@@ -160,15 +154,6 @@ TEST_F(RunCommandLine, SaysThatTheServiceForAParentRunIsMissing)
 
     EXPECT_TRUE(Call(GetRunOptions({L"--response-event-id", L"Ereignis"})));
     EXPECT_EQ(GetUtf8(), GetWarning("--response-event-id"));
-}
-
-TEST_F(RunCommandLine, ShowsTheWarningOfAMissingModeBoldAndGoldenrod)
-{
-    Call({L"-q"});
-
-    EXPECT_EQ(m_output.GetLines().at(0),
-              CapturedOutput::BoldColored(L"Warnung: Der Modus --query-mode ist in dieser Version nicht enthalten.\n",
-                                          LuColor::c_GOLDENROD));
 }
 
 TEST_F(RunCommandLine, PassesExceptionsOfTheRunOn)

@@ -1,0 +1,74 @@
+#include "base/lumurmurhash3.h"
+
+#include <array>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using S128 = LuMurmurHash3::S128;
+
+S128 hash(std::string_view text, std::uint32_t seed = 0)
+{
+    return LuMurmurHash3::GetOptimizedChecksum128(text.data(), static_cast<std::uint32_t>(text.size()), seed);
+}
+
+TEST(LuMurmurHash3, GivesThePublishedValueOfAText)
+{
+    const S128 checksum = hash("The quick brown fox jumps over the lazy dog");
+
+    EXPECT_EQ(checksum.low, 0xE34BBC7BBC071B6CU);
+    EXPECT_EQ(checksum.high, 0x7A433CA9C49A9347U);
+}
+
+TEST(LuMurmurHash3, GivesZeroForNothing)
+{
+    EXPECT_EQ(LuMurmurHash3::GetOptimizedChecksum128(nullptr, 0, 0), (S128{0, 0}));
+}
+
+/// The verification that is published with the algorithm: keys of 0 to 255 bytes, each with a seed of its own, and the
+/// checksum of all their checksums.
+TEST(LuMurmurHash3, PassesTheVerificationOfTheAlgorithm)
+{
+    constexpr std::uint32_t c_Keys = 256;
+    std::array<unsigned char, c_Keys> key = {};
+    std::array<unsigned char, c_Keys* 16> checksums = {};
+    for (std::uint32_t length = 0; length < c_Keys; ++length)
+    {
+        key[length] = static_cast<unsigned char>(length);
+        const S128 checksum = LuMurmurHash3::GetOptimizedChecksum128(key.data(), length, c_Keys - length);
+        std::memcpy(&checksums[length * 16], &checksum.low, 8);
+        std::memcpy(&checksums[length * 16 + 8], &checksum.high, 8);
+    }
+
+    const S128 all = LuMurmurHash3::GetOptimizedChecksum128(checksums.data(), checksums.size(), 0);
+
+    EXPECT_EQ(all.low & 0xFFFFFFFFU, 0x6384BA69U);
+}
+
+TEST(LuMurmurHash3, DependsOnTheSeed)
+{
+    EXPECT_FALSE(hash("abc", 0) == hash("abc", 1));
+}
+
+TEST(LuMurmurHash3, DependsOnTheLength)
+{
+    EXPECT_FALSE(hash(std::string_view("\0", 1)) == hash(std::string_view("\0\0", 2)));
+}
+
+TEST(LuMurmurHash3, DoesNotDependOnTheAlignment)
+{
+    const std::string_view text = "Ein Text von mehr als zwei Blöcken, an jeder Stelle im Speicher";
+    std::vector<char> memory(text.size() + 8);
+    for (std::size_t offset = 0; offset < 8; ++offset)
+    {
+        std::memcpy(memory.data() + offset, text.data(), text.size());
+        EXPECT_EQ(hash({memory.data() + offset, text.size()}), hash(text));
+    }
+}
+
+} // namespace
