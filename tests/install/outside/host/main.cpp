@@ -1,9 +1,11 @@
 /// OutsideHost DATA WORK: calls all, says what failed, ends with 1 then.
 
 #include <iostream>
+#include <vector>
 
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
+#include "base/lbpath.h"
 #include "base/os/process.h"
 #include "calls.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
@@ -50,7 +52,7 @@ int main(int argumentCount, char** arguments)
     try
     {
         const std::vector<std::wstring> texts = LbOs::GetArguments(argumentCount, arguments);
-        callAll({texts.at(1), texts.at(2)});
+        callAll({LbPath::ToNative(texts.at(1)), LbPath::ToNative(texts.at(2))});
     }
     catch (...)
     {
