@@ -110,6 +110,27 @@ bool LbFileSystem::RemoveTree(const std::wstring& directory)
     return !Exists(directory);
 }
 
+bool LbFileSystem::CopyContent(const std::wstring& source, const std::wstring& target)
+{
+    constexpr std::size_t c_ChunkSize = 65536;
+    try
+    {
+        LuStreamReadBinaryFile from(source);
+        LuStreamWriteBinaryFile to(target);
+        std::vector<char> chunk(c_ChunkSize);
+        while (const std::size_t size = from.Read(chunk.data(), chunk.size()))
+        {
+            to.Write(chunk.data(), size);
+        }
+        to.Close();
+        return true;
+    }
+    catch (const LbException&)
+    {
+        return false;
+    }
+}
+
 std::string LbFileSystem::ReadFile8Bit(const std::wstring& path)
 {
     LuStreamReadBinaryFile file(path);

@@ -36,6 +36,10 @@ LB_API std::vector<std::wstring> GetFileNames(const std::wstring& directory);
 /// Removes a directory with all that is in it, or a file; links are removed as links. True when nothing is left.
 LB_API bool RemoveTree(const std::wstring& directory);
 
+/// Copies a file's content over what stands at the target. False when there is no such file, or the target cannot be
+/// written.
+LB_API bool CopyContent(const std::wstring& source, const std::wstring& target);
+
 /// Reads a whole file. Throws LbException with a German message naming the file when it cannot be read.
 LB_API std::string ReadFile8Bit(const std::wstring& path);
 

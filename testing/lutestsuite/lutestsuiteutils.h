@@ -191,6 +191,25 @@ public:
     /// File name of the module that holds a class; empty when there is none.
     static std::wstring GetModuleName(const LbRTTI& type);
 
+    // Processes -------------------------------------------------------------------------------------------------------
+
+    /// Starts a process, waits for its end, and ends it and what it started after the given time; the arguments are one
+    /// text, quoted by the caller. The exit status is not looked at. A process that cannot be started, and one that is
+    /// ended, cost a warning.
+    static void ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
+                                   const std::wstring& workingDir, std::uint32_t timeoutSec);
+
+    /// Ends all processes whose executable has exactly this file name, the present one among them. Those that are not
+    /// the caller's to end go on.
+    static void KillAllByName(const std::wstring& exeName);
+
+    /// True when the parent process runs an executable of the same file name. Throws LbException when there is no
+    /// parent any more, or it cannot be asked.
+    static bool CheckForSameParentProcess();
+
+    /// Never returns: parks the calling thread, so that a debugger can be attached.
+    [[noreturn]] static void EnterDebugBreakpoint();
+
     // Auxiliary modes -------------------------------------------------------------------------------------------------
 
     /// Lists the selected unit tests and cases and how many were found, cases that are disabled left out. Without a
@@ -200,9 +219,16 @@ public:
     /// Lists the selected cases that their descriptions disable, by unit test. Throws what selection throws.
     static void ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
+    /// Carries out the run that the setup's "file:name" names in a child process of a configured host, keeps its
+    /// reports in the archive, and renews the archive's overview. The child may run for 8 hours; what becomes of it is
+    /// no failure. A name that the file does not hold costs one line of output. Throws a German message as std::wstring
+    /// when the file or what it names is wrong or missing.
+    static void RunArchiveMode(const LuTestSuiteSetup& setup);
+
     /// Finds the selected data sets whose files have the same content within one unit test, lists them, and deletes all
     /// but the oldest of each set, as the setup's duplicate mode says; eDM_None only names the unit tests. Files of
-    /// 4 GiB and more are left out. What cannot be read or deleted costs a line of output. Throws what selection throws.
+    /// 4 GiB and more are left out. What cannot be read or deleted costs a line of output. Throws what selection
+    /// throws.
     static void RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
     // Reports ---------------------------------------------------------------------------------------------------------

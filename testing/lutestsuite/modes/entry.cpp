@@ -24,9 +24,7 @@ constexpr SMode c_AuxiliaryModes[] = {
      [](const Setup& setup, Environment& /*environment*/) { LuTestSuiteUtils::GenerateReportDiff(setup); }},
     {[](const Setup& setup) { return setup.queryMode; }, LuTestSuiteUtils::RunQueryMode},
     {[](const Setup& setup) { return !setup.archiveRun.empty(); },
-     [](const Setup& /*setup*/, Environment& /*environment*/) {
-         LuTestSuite::WriteWarning(L"Warnung: Der Modus %s ist in dieser Version nicht enthalten.\n", L"--archive-run");
-     }},
+     [](const Setup& setup, Environment& /*environment*/) { LuTestSuiteUtils::RunArchiveMode(setup); }},
     {[](const Setup& setup) { return setup.duplicateMode != eDM_None; }, LuTestSuiteUtils::RunDuplicateDetection},
     {[](const Setup& setup) { return setup.listDisabled; }, LuTestSuiteUtils::ListDisabledTestCases},
 };

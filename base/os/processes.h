@@ -1,0 +1,30 @@
+/// The processes of the system.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/lbexport.h"
+
+namespace LbOs
+{
+
+struct SProcess
+{
+    unsigned long number = 0;
+    unsigned long parentNumber = 0;
+    std::wstring executableName; ///< file name of the executable; empty when it is not for the caller to know
+};
+
+/// The processes at some moment of the call; empty when the system does not tell. Any thread.
+LB_API std::vector<SProcess> ListProcesses();
+
+/// The file name of the executable of a process that runs now, as the process itself would name it; empty when there is
+/// no such process or it cannot be asked. Any thread.
+LB_API std::wstring GetProcessExecutableName(unsigned long number);
+
+/// Ends a process at once, with exit status 0 where the system lets the caller choose. A failure has no effect: the
+/// process has ended already, or is not the caller's to end. Any thread.
+LB_API void KillProcess(unsigned long number);
+
+} // namespace LbOs

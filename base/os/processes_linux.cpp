@@ -1,0 +1,89 @@
+#include "base/os/processes.h"
+
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include <sys/types.h>
+
+#include "base/lbencoding.h"
+
+namespace
+{
+
+std::filesystem::path getFolder(unsigned long number)
+{
+    return std::filesystem::path("/proc") / std::to_string(number);
+}
+
+std::optional<unsigned long> toNumber(std::string_view text)
+{
+    unsigned long number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+/// The parent is the second word behind the program's name, which stands in brackets and may hold any character.
+unsigned long getParentNumber(unsigned long number)
+{
+    std::ifstream file(getFolder(number) / "stat");
+    std::string line;
+    std::getline(file, line);
+    const std::size_t bracket = line.rfind(") ");
+    const std::size_t start = bracket == std::string::npos ? bracket : line.find(' ', bracket + 2);
+    if (start == std::string::npos)
+    {
+        return 0;
+    }
+    const std::size_t end = line.find(' ', start + 1);
+    return toNumber(std::string_view(line).substr(start + 1, end - start - 1)).value_or(0);
+}
+
+} // namespace
+
+std::vector<LbOs::SProcess> LbOs::ListProcesses()
+{
+    std::vector<SProcess> processes;
+    std::error_code error;
+    std::filesystem::directory_iterator entry("/proc", error);
+    // A process may end while it is looked at: what is not known of it stays empty.
+    while (!error && entry != std::filesystem::directory_iterator())
+    {
+        if (const std::optional<unsigned long> number = toNumber(entry->path().filename().native()))
+        {
+            processes.push_back({*number, getParentNumber(*number), GetProcessExecutableName(*number)});
+        }
+        entry.increment(error);
+    }
+    return processes;
+}
+
+std::wstring LbOs::GetProcessExecutableName(unsigned long number)
+{
+    // What the system appends to the path of a file that is gone, after an update say.
+    constexpr std::string_view c_Deleted = " (deleted)";
+    std::error_code error;
+    const std::filesystem::path link = std::filesystem::read_symlink(getFolder(number) / "exe", error);
+    std::string name = link.filename().native();
+    if (name.ends_with(c_Deleted))
+    {
+        name.resize(name.size() - c_Deleted.size());
+    }
+    return LbEncoding::FromNative(name);
+}
+
+void LbOs::KillProcess(unsigned long number)
+{
+    // 0 and what becomes negative mean whole groups of processes.
+    if (number > 0 && number <= static_cast<unsigned long>(std::numeric_limits<pid_t>::max()))
+    {
+        kill(static_cast<pid_t>(number), SIGKILL);
+    }
+}

@@ -1,0 +1,134 @@
+/// One archive run: the child process, its reports, the archive.
+
+#include "base/lbcommandline.h"
+#include "base/lbdatetime.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lbuniqueid.h"
+#include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/modes/archive.h"
+
+namespace
+{
+
+using LuTestSuite::SArchiveRun;
+using LuTestSuite::STemporaryReports;
+
+[[noreturn]] void throwMissing(const std::wstring& directory)
+{
+    throw LbFormat(L"Verzeichnis %s existiert nicht", directory);
+}
+
+void completeDirectories(SArchiveRun& run)
+{
+    for (std::wstring* directory : {&run.binaryDir, &run.dataDir, &run.outDir})
+    {
+        // With a separator it would become the root of all.
+        if (directory->empty())
+        {
+            throwMissing(*directory);
+        }
+        *directory = LuTestSuiteUtils::AddBackslash(*directory);
+    }
+    for (const std::wstring* directory : {&run.binaryDir, &run.dataDir})
+    {
+        if (!LbFileSystem::IsDirectory(*directory))
+        {
+            throwMissing(*directory);
+        }
+    }
+    if (!LuTestSuiteUtils::AssertDirectory(run.outDir))
+    {
+        throwMissing(run.outDir);
+    }
+    // The child works in another folder than the paths are meant from.
+    for (std::wstring* directory : {&run.binaryDir, &run.dataDir, &run.outDir})
+    {
+        *directory = LbOs::GetFullPath(*directory);
+    }
+}
+
+std::wstring getExecutable(const SArchiveRun& run)
+{
+    const wchar_t* const name = run.config == L"Debug" ? L"LuTestSuiteCLID" : L"LuTestSuiteCLI";
+    std::wstring executable = run.binaryDir + name + LbOs::c_ExecutableSuffix;
+    if (!LbFileSystem::IsFile(executable))
+    {
+        throw LbFormat(L"Fehler: Executable %s nicht gefunden.\n", executable);
+    }
+    return executable;
+}
+
+STemporaryReports makeTemporaryReports()
+{
+    const std::wstring folder = LuTestSuiteUtils::AddBackslash(LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp");
+    LuTestSuiteUtils::AssertDirectory(folder);
+    const std::wstring stem = folder + L"Temp-" + LbUniqueId::Generate();
+    return {stem + L"-Report.xml", stem + L"-Report.html"};
+}
+
+std::wstring getSuffix(const SArchiveRun& run)
+{
+    return LbFormat(L".%s.%s", run.platform == L"Win32" ? L"x86" : L"x64",
+                    run.config == L"Debug" ? L"debug" : L"release");
+}
+
+/// A report that the child never wrote leaves the archive without one.
+void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const std::wstring& timestamp)
+{
+    const std::wstring archive = LuTestSuiteUtils::AddBackslash(run.outDir + L"Archive");
+    LuTestSuiteUtils::AssertDirectory(archive);
+    const std::wstring suffix = getSuffix(run);
+    LbFileSystem::CopyContent(reports.xml, LbFormat(L"%sReport%s.%s.xml", archive, suffix, timestamp));
+    LbFileSystem::CopyContent(reports.html, LbFormat(L"%sReport%s.%s.html", archive, suffix, timestamp));
+    LbOs::RemoveFile(reports.xml);
+    LbOs::RemoveFile(reports.html);
+}
+
+/// A drive keeps its separator: without it the name would mean the drive's working directory.
+std::wstring withoutSeparators(std::wstring directory)
+{
+    while (directory.size() > 1 && LbPath::IsSeparator(directory.back()) && directory[directory.size() - 2] != L':')
+    {
+        directory.pop_back();
+    }
+    return directory;
+}
+
+} // namespace
+
+std::wstring LuTestSuite::GetArchiveRunArguments(const SArchiveRun& run, const STemporaryReports& reports)
+{
+    const LuTestSuiteRun::SParams& params = run.params;
+    std::wstring arguments;
+    for (const auto& [option, path] : {std::pair(L"-d", withoutSeparators(run.dataDir)),
+                                       std::pair(L"--xml", reports.xml), std::pair(L"--html", reports.html)})
+    {
+        arguments += LbFormat(L" %s %s", option, LbCommandLine::Quote(path));
+    }
+    arguments += params.external ? L" -x" : L"";
+    arguments += params.isolated ? L" -s" : L"";
+    arguments += params.parallel ? LbFormat(L" -w %u", params.workerThreads) : std::wstring();
+    arguments += params.trackHeap ? L" --track-heap" : L"";
+    arguments += params.assertDialog ? L"" : L" --no-assert-dialog";
+    arguments += params.verbose ? L" -v" : L"";
+    arguments += params.repetitions > 1 ? LbFormat(L" -r %u", params.repetitions) : std::wstring();
+    return arguments + LbFormat(L" -t %u -c %u", params.timeOutSec, params.testCaseMax);
+}
+
+void LuTestSuite::ExecuteArchiveRun(SArchiveRun run, std::uint32_t timeOutSec)
+{
+    completeDirectories(run);
+    const std::wstring executable = getExecutable(run);
+    const STemporaryReports reports = makeTemporaryReports();
+    const std::wstring timestamp = LbDateTime::FormatNow(L"[Y-m-d]-[H-i-s]");
+    const std::wstring arguments = GetArchiveRunArguments(run, reports);
+    LuTestSuiteOut::Write(L"Ausführung...\n");
+    LuTestSuiteOut::Write(L"%s %s\n", executable, arguments);
+    LuTestSuiteUtils::ExecuteWithTimeout(executable, arguments, run.binaryDir, timeOutSec);
+    moveReports(run, reports, timestamp);
+    LbOs::RemoveFile(run.outDir + L"index");
+    LuTestSuiteReport::GenerateReportDirectoryOverview(run.outDir, L"index", L"Archive", L"Report");
+}

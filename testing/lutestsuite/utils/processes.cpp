@@ -1,0 +1,96 @@
+/// Other processes: starting one for a limited time, ending those of a name, knowing the parent.
+
+#include "base/os/processes.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "base/lbcommandline.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/os/childprocess.h"
+#include "base/os/process.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/warning.h"
+
+namespace
+{
+
+/// A path with blanks would fall apart into words. What names no file may bring arguments of its own along.
+std::wstring toWord(const std::wstring& executable)
+{
+    const bool isPathWithBlanks = executable.find(L' ') != std::wstring::npos && LbFileSystem::IsFile(executable);
+    return isPathWithBlanks ? LbCommandLine::Quote(executable) : executable;
+}
+
+} // namespace
+
+void LuTestSuiteUtils::ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
+                                          const std::wstring& workingDir, std::uint32_t timeoutSec)
+{
+    constexpr std::uint32_t c_Second = 1000;
+    LbOs::SChildOptions options;
+    options.commandLine = toWord(executable) + L" " + arguments;
+    options.workingDirectory = workingDir;
+    const std::unique_ptr<LbOs::CChildProcess> child = LbOs::CChildProcess::Start(options);
+    if (child == nullptr)
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Prozess %s konnte nicht gestartet werden:\n", executable);
+        LuTestSuiteOut::Write(L"         Argumente: %s\n", arguments);
+        LuTestSuiteOut::Write(L"         Working Directory: %s\n", workingDir);
+        return;
+    }
+    if (!child->Wait(timeoutSec * c_Second))
+    {
+        child->Terminate();
+        LuTestSuite::WriteWarning(L"Warnung: Prozess %s nach %d Sekunden abgebrochen.\n", GetFileNameOnly(executable),
+                                  timeoutSec);
+    }
+}
+
+void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
+{
+    const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
+    if (processes.empty())
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Prozess Snapshot konnte nicht erstellt werden.\n");
+        return;
+    }
+    std::vector<unsigned long> numbers;
+    for (const LbOs::SProcess& process : processes)
+    {
+        if (process.executableName == exeName)
+        {
+            numbers.push_back(process.number);
+            LuTestSuiteOut::Write(L"Aktiver Prozess %s gefunden. Wird terminiert.\n", exeName);
+        }
+    }
+    std::ranges::for_each(numbers, LbOs::KillProcess);
+}
+
+bool LuTestSuiteUtils::CheckForSameParentProcess()
+{
+    const unsigned long own = LbOs::GetProcessNumber();
+    const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
+    const auto process = std::ranges::find(processes, own, &LbOs::SProcess::number);
+    if (process == processes.end())
+    {
+        return false;
+    }
+    const std::wstring ownName = LbOs::GetProcessExecutableName(own);
+    const std::wstring parentName = LbOs::GetProcessExecutableName(process->parentNumber);
+    if (ownName.empty() || parentName.empty())
+    {
+        throw LbException();
+    }
+    return ownName == parentName;
+}
+
+void LuTestSuiteUtils::EnterDebugBreakpoint()
+{
+    while (true)
+    {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+}

@@ -1,0 +1,243 @@
+// What the host prints in each mode that runs no case itself.
+
+#include <algorithm>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "tests/support/golden.h"
+#include "tests/support/hostprocess.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+void replaceAll(std::string& text, const std::string& part, const std::string& other)
+{
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + other.size()))
+    {
+        text.replace(at, part.size(), other);
+    }
+}
+
+class HostModes : public testing::Test
+{
+protected:
+    /// Runs the host over the test's data directory.
+    SHostRun Run(std::vector<std::wstring> options) const
+    {
+        options.insert(options.end(),
+                       {L"-d", m_folder.GetPathOf(L"Daten"), L"--dll", L"datasetmodels", L"--dll", L"resultmodels"});
+        return RunPlain(options);
+    }
+
+    SHostRun RunPlain(const std::vector<std::wstring>& options) const
+    {
+        SHostOptions hostOptions;
+        hostOptions.variables = {{L"XDG_DATA_HOME", m_user.GetPath()}, {L"APPDATA", m_user.GetPath()}};
+        return RunHost(options, hostOptions);
+    }
+
+    /// The same text on all platforms and in all places.
+    std::string Normalize(const SHostRun& run) const
+    {
+        std::string text = FromPlatformLines(run.output);
+        replaceAll(text, LbEncoding::ToUtf8(m_folder.GetPath()), "ORDNER/");
+        replaceAll(text, LbEncoding::ToUtf8(m_user.GetPath()), "BENUTZER/");
+        const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
+        replaceAll(text, LbEncoding::ToUtf8(host), "HOST");
+        replaceAll(text, LbEncoding::ToUtf8(LbOs::c_ModuleSuffix), ".modul");
+        replaceAll(text, "\\", "/");
+        return std::regex_replace(text, std::regex("Temp-[-0-9a-f]{36}"), "Temp-ID");
+    }
+
+    /// One unit test on each level, since the order within a directory is the file system's.
+    void WriteData() const
+    {
+        m_folder.WriteFile(L"Daten/CPassedModel/#ExtraInfo.xml",
+                           "<ExtraInfo><TestCase name=\"eins\"><Enable>false</Enable></TestCase></ExtraInfo>");
+        const std::wstring dataSets = L"Daten/weiter/CDataSetModel/";
+        for (const wchar_t* const name : {L"a.txt", L"b mit Lücke.txt", L"c.txt", L"d.txt", L"e.txt"})
+        {
+            m_folder.WriteFile(dataSets + name, name[0] == L'd' ? "gut" : name[0] == L'e' ? "" : "anders");
+        }
+        m_folder.WriteFile(dataSets + L"f.txt", "");
+        m_folder.WriteFile(dataSets + L"#ExtraInfo.xml",
+                           "<ExtraInfo><TestCase name=\"[cd]*\"><Enable>true</Enable></TestCase>"
+                           "<TestCase name=\"a*\"><Enable>true</Enable></TestCase></ExtraInfo>");
+    }
+
+    void ExpectOutput(const std::string& golden, const SHostRun& run) const
+    {
+        ExpectGolden("cli/" + golden, Normalize(run));
+        EXPECT_EQ(run.errors, "");
+        EXPECT_EQ(run.exitStatus, 0);
+    }
+
+    ScopedFolder m_user;
+    ScopedFolder m_folder;
+};
+
+TEST_F(HostModes, ListTheSelection)
+{
+    WriteData();
+
+    ExpectOutput("query.txt", Run({L"-q", L"-e", L"b mit"}));
+}
+
+TEST_F(HostModes, ListRememberedDataDirectories)
+{
+    m_user.WriteFile(L"LuTestSuite/Orvell/LastConfig.xml",
+                     "<Config><DataDirHistory><Dir path=\"eins\"/><Dir path=\"zwei\"/></DataDirHistory></Config>");
+
+    ExpectOutput("query_history.txt", RunPlain({L"-q"}));
+}
+
+TEST_F(HostModes, ListNothingWithoutAnyDataDirectory)
+{
+    EXPECT_EQ(RunPlain({L"-q"}).output, "");
+}
+
+TEST_F(HostModes, ListDisabledCases)
+{
+    WriteData();
+
+    ExpectOutput("disabled.txt", Run({L"--list-disabled"}));
+}
+
+TEST_F(HostModes, ListDuplicates)
+{
+    WriteData();
+
+    ExpectOutput("duplicates_list.txt", Run({L"--list-duplicates"}));
+}
+
+TEST_F(HostModes, DeleteDuplicates)
+{
+    WriteData();
+
+    ExpectOutput("duplicates_delete.txt", Run({L"--delete-duplicates"}));
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"Daten/weiter/CDataSetModel")),
+              (std::vector<std::wstring>{L"#ExtraInfo.xml", L"a.txt", L"d.txt", L"e.txt"}));
+}
+
+/// Archive runs by the host of this build, of the example's checksum tests.
+class HostArchive : public HostModes
+{
+protected:
+    HostArchive()
+    {
+        const std::wstring stored =
+            LbPath::ToNative(L"" LUTESTSUITE_SOURCE_DIR "/examples/data/Checksums/CGzipTrailers/stored.gz");
+        m_folder.WriteFile(L"Daten und mehr/CGzipTrailers/stored.gz", LbFileSystem::ReadFile8Bit(stored));
+    }
+
+    /// Writes the configuration with one run and gives the option's value.
+    std::wstring Configure(const std::wstring& elements = L"") const
+    {
+        const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
+        const std::wstring text =
+            LbFormat(L"<?xml version=\"1.0\" encoding=\"UTF-8\"?><ArchiveRun><Run name=\"Nacht\"><BinaryDir>%s"
+                     L"</BinaryDir><Config>%s</Config><Platform>x64</Platform><DataDir>%s</DataDir><OutDir>%s</OutDir>"
+                     L"<External>false</External>%s</Run></ArchiveRun>",
+                     LbPath::GetParent(host), IsDebug() ? L"Debug" : L"Release", m_folder.GetPathOf(L"Daten und mehr"),
+                     m_folder.GetPathOf(L"Ausgabe"), elements);
+        return m_folder.WriteFile(L"Archiv.xml", LbEncoding::ToUtf8(text)) + L":Nacht";
+    }
+
+    static bool IsDebug() { return std::wstring(L"" LUTESTSUITE_HOST).find(L"CLID") != std::wstring::npos; }
+
+    std::vector<std::wstring> GetArchive(const std::wstring& ending) const
+    {
+        std::vector<std::wstring> names = LbFileSystem::GetFileNames(m_folder.GetPathOf(L"Ausgabe/Archive"));
+        std::erase_if(names, [&ending](const std::wstring& name) {
+            return !name.starts_with(L"Report") || !name.ends_with(ending);
+        });
+        return names;
+    }
+};
+
+TEST_F(HostArchive, SaysWhatItExecutes)
+{
+    const SHostRun run = RunPlain({L"--archive-run", Configure()});
+
+    ExpectOutput("archive.txt", run);
+    ASSERT_EQ(GetArchive(L".xml").size(), 1U);
+    const std::wstring pattern =
+        LbFormat(L"Report\\.x64\\.%s\\.\\[\\d{4}-\\d\\d-\\d\\d\\]-\\[\\d\\d-\\d\\d-\\d\\d\\]\\.xml",
+                 IsDebug() ? L"debug" : L"release");
+    EXPECT_TRUE(std::regex_match(GetArchive(L".xml")[0], std::wregex(pattern)));
+    EXPECT_EQ(GetArchive(L".html").size(), 1U);
+}
+
+/// As if the first run had been a day earlier: two in one second would be one.
+TEST_F(HostArchive, ComparesRunsOfTwoDays)
+{
+    const std::wstring value = Configure();
+    RunPlain({L"--archive-run", value});
+    const std::wstring folder = m_folder.GetPathOf(L"Ausgabe/Archive") + LbPath::c_Separator;
+    for (const wchar_t* const ending : {L".xml", L".html"})
+    {
+        const std::wstring name = GetArchive(ending).at(0);
+        std::wstring earlier = name;
+        earlier.replace(earlier.find(L'['), 5, L"[2001");
+        ASSERT_TRUE(LbFileSystem::CopyContent(folder + name, folder + earlier));
+        ASSERT_TRUE(LbFileSystem::RemoveTree(folder + name));
+    }
+    m_folder.WriteFile(L"Daten und mehr/CGzipTrailers/stored.gz", "kein Archiv");
+
+    RunPlain({L"--archive-run", value});
+
+    EXPECT_EQ(GetArchive(L".xml").size(), 2U);
+    EXPECT_EQ(GetArchive(L".html").size(), 2U);
+    EXPECT_TRUE(std::ranges::any_of(LbFileSystem::GetFileNames(folder + L"Diff"),
+                                    [](const std::wstring& name) { return name.starts_with(L"Diff.x64."); }));
+    const std::string overview = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"Ausgabe/index.html"));
+    EXPECT_NE(overview.find("100.00% (1/1)"), std::string::npos) << overview;
+    EXPECT_NE(overview.find("0.00% (0/1)"), std::string::npos) << overview;
+    EXPECT_NE(overview.find(">Diff</a>"), std::string::npos) << overview;
+}
+
+TEST_F(HostArchive, SaysThatThereIsNoSuchRun)
+{
+    const std::wstring value = Configure();
+
+    const SHostRun run = RunPlain({L"--archive-run", value + L"s"});
+
+    EXPECT_EQ(run.output, ToPlatformLines("Fehler: Run Eintrag 'Nachts' nicht gefunden\n"));
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(HostArchive, FailsInOneLine)
+{
+    const std::vector<std::pair<std::wstring, std::string>> failures = {
+        {L"Nacht", "Fehler: Datei  nicht gefunden\n"},
+        {L"fehlt.xml:Nacht", "Fehler: Datei fehlt.xml nicht gefunden\n"},
+        {m_folder.WriteFile(L"kaputt.xml", "<ArchiveRun>") + L":Nacht", "Fehler: XML-Syntax Fehler\n"},
+        {Configure(L"</Run><Run><Config>x</Config>"), "Fehler: Ungültige Konfiguration\n"},
+    };
+    for (const auto& [value, line] : failures)
+    {
+        const SHostRun run = RunPlain({L"--archive-run", value});
+
+        EXPECT_EQ(run.errors, ToPlatformLines(line));
+        EXPECT_EQ(run.output, "");
+        EXPECT_EQ(run.exitStatus, 2);
+    }
+}
+
+TEST_F(HostArchive, RunsWhateverElseIsAskedFor)
+{
+    const SHostRun run = RunPlain({L"--list-duplicates", L"--archive-run", Configure()});
+
+    EXPECT_TRUE(run.output.starts_with(ToPlatformLines("Ausführung...\n"))) << run.output;
+    EXPECT_EQ(run.output.find("Check: "), std::string::npos);
+}
+
+} // namespace

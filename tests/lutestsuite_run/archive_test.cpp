@@ -1,0 +1,316 @@
+// The configuration of archive runs, and runs whose host fails.
+
+#include "testing/lutestsuite/modes/archive.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "tests/support/capturedoutput.h"
+#include "tests/support/scopedenvironment.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuite::SArchiveRun;
+
+constexpr const char* c_Build = "<Config>Release</Config><Platform>x64</Platform>";
+
+/// The text of the exception that the call throws.
+template<typename F>
+std::wstring getMessage(const F& call)
+{
+    try
+    {
+        call();
+    }
+    catch (const std::wstring& message)
+    {
+        return message;
+    }
+    return L"none";
+}
+
+class ArchiveRuns : public testing::Test
+{
+protected:
+    std::vector<SArchiveRun> Read(const std::string& runs, const LuTestSuiteSetup& setup = {}) const
+    {
+        return LuTestSuite::ReadArchiveRuns(m_folder.WriteFile(L"a.xml", "<ArchiveRun>" + runs + "</ArchiveRun>"),
+                                            setup);
+    }
+
+    LuTestSuiteRun::SParams ReadParams(const std::string& elements, const LuTestSuiteSetup& setup = {}) const
+    {
+        return Read("<Run name=\"a\">" + std::string(c_Build) + elements + "</Run>", setup).at(0).params;
+    }
+
+    static std::wstring GetOptions(const SArchiveRun& run)
+    {
+        return LuTestSuite::GetArchiveRunArguments(run, {L"x.xml", L"h.html"});
+    }
+
+    ScopedFolder m_folder;
+};
+
+TEST_F(ArchiveRuns, AreReadInTheirOrder)
+{
+    const std::vector<SArchiveRun> runs =
+        Read("<Run name=\"a\"><BinaryDir>b</BinaryDir><Config>Debug</Config><Platform>Win32</Platform>"
+             "<DataDir>d</DataDir><OutDir>o</OutDir></Run><Other/><Run name=\"c\">" +
+             std::string(c_Build) + "</Run>");
+
+    ASSERT_EQ(runs.size(), 2U);
+    EXPECT_EQ(runs[0].name, L"a");
+    EXPECT_EQ(runs[0].binaryDir, L"b");
+    EXPECT_EQ(runs[0].config, L"Debug");
+    EXPECT_EQ(runs[0].platform, L"Win32");
+    EXPECT_EQ(runs[0].dataDir, L"d");
+    EXPECT_EQ(runs[0].outDir, L"o");
+    EXPECT_EQ(runs[1].name, L"c");
+}
+
+TEST_F(ArchiveRuns, HaveDefaultsOfTheirOwn)
+{
+    const LuTestSuiteRun::SParams params = ReadParams("");
+
+    EXPECT_TRUE(params.trackHeap);
+    EXPECT_TRUE(params.external);
+    EXPECT_FALSE(params.isolated);
+    EXPECT_FALSE(params.assertDialog);
+    EXPECT_FALSE(params.verbose);
+    EXPECT_FALSE(params.parallel);
+    EXPECT_EQ(params.workerThreads, 0U);
+    EXPECT_EQ(params.repetitions, 1U);
+    EXPECT_EQ(params.timeOutSec, 300U);
+    EXPECT_EQ(params.testCaseMax, LuTestSuiteRun::c_NoLimit);
+}
+
+TEST_F(ArchiveRuns, TakeTheRestOfTheirDefaultsFromTheSetup)
+{
+    LuTestSuiteSetup setup;
+    setup.params.isolated = true;
+    setup.params.verbose = true;
+    setup.params.parallel = true;
+    setup.params.workerThreads = 7;
+    setup.params.repetitions = 3;
+    setup.params.timeOutSec = 9;
+    setup.params.testCaseMax = 50;
+    setup.params.trackHeap = false;
+
+    const LuTestSuiteRun::SParams params = ReadParams("", setup);
+
+    EXPECT_TRUE(params.isolated);
+    EXPECT_TRUE(params.verbose);
+    EXPECT_TRUE(params.parallel);
+    EXPECT_EQ(params.workerThreads, 7U);
+    EXPECT_EQ(params.repetitions, 3U);
+    EXPECT_EQ(params.timeOutSec, 300U);
+    EXPECT_EQ(params.testCaseMax, 50U);
+    EXPECT_TRUE(params.trackHeap);
+}
+
+TEST_F(ArchiveRuns, HaveNoThreadsWhenTheSetupIsNotParallel)
+{
+    LuTestSuiteSetup setup;
+    setup.params.workerThreads = 7;
+
+    EXPECT_EQ(ReadParams("", setup).workerThreads, 0U);
+}
+
+TEST_F(ArchiveRuns, ReadTheirParameters)
+{
+    const LuTestSuiteRun::SParams params =
+        ReadParams("<TrackHeap>false</TrackHeap><ExternalRelease>false</ExternalRelease><AssertDialog>true"
+                   "</AssertDialog><TimeOutSec>12</TimeOutSec><Unbekannt>1</Unbekannt>");
+
+    EXPECT_FALSE(params.trackHeap);
+    EXPECT_FALSE(params.external);
+    EXPECT_TRUE(params.assertDialog);
+    EXPECT_EQ(params.timeOutSec, 12U);
+}
+
+TEST_F(ArchiveRuns, NameTheMissingFile)
+{
+    const std::wstring path = m_folder.GetPathOf(L"fehlt.xml");
+
+    EXPECT_EQ(getMessage([&] { LuTestSuite::ReadArchiveRuns(path, {}); }), L"Datei " + path + L" nicht gefunden");
+}
+
+TEST_F(ArchiveRuns, RefuseAnotherRootAndBrokenFiles)
+{
+    for (const char* const text : {"<Config/>", "<ArchiveRun>", ""})
+    {
+        const std::wstring path = m_folder.WriteFile(L"b.xml", text);
+        EXPECT_EQ(getMessage([&] { LuTestSuite::ReadArchiveRuns(path, {}); }), L"XML-Syntax Fehler") << text;
+    }
+}
+
+TEST_F(ArchiveRuns, RefuseUnknownBuildsOfAnyEntry)
+{
+    const std::string good = "<Run name=\"a\">" + std::string(c_Build) + "</Run>";
+
+    EXPECT_EQ(getMessage([&] { Read(good + "<Run><Config>debug</Config><Platform>x64</Platform></Run>"); }),
+              L"Ungültige Konfiguration");
+    EXPECT_EQ(getMessage([&] { Read(good + "<Run><Config>Debug</Config><Platform>ARM</Platform></Run>"); }),
+              L"Ungültige Platform");
+    EXPECT_EQ(getMessage([&] { Read(good + "<Run/>"); }), L"Ungültige Konfiguration");
+}
+
+TEST_F(ArchiveRuns, BecomeArguments)
+{
+    SArchiveRun run = Read("<Run>" + std::string(c_Build) + "<DataDir>a b</DataDir></Run>").at(0);
+
+    EXPECT_EQ(GetOptions(run), L" -d \"a b\" --xml \"x.xml\" --html \"h.html\" -x --track-heap --no-assert-dialog"
+                               L" -t 300 -c 4294967295");
+}
+
+TEST_F(ArchiveRuns, BecomeArgumentsWithEverythingSet)
+{
+    SArchiveRun run;
+    run.dataDir = L"d//";
+    run.params.isolated = run.params.external = run.params.parallel = run.params.trackHeap = run.params.verbose = true;
+    run.params.workerThreads = 3;
+    run.params.repetitions = 2;
+    run.params.timeOutSec = 5;
+    run.params.testCaseMax = 6;
+    run.params.dumpHeap = run.params.deVerboseOutput = true;
+    run.params.deDebuggingSerialization = run.params.dePredefinedBreakPoints = true;
+
+    EXPECT_EQ(GetOptions(run),
+              L" -d \"d\" --xml \"x.xml\" --html \"h.html\" -x -s -w 3 --track-heap -v -r 2 -t 5 -c 6");
+}
+
+TEST_F(ArchiveRuns, BecomeArgumentsWithNothingSet)
+{
+    SArchiveRun run;
+    run.dataDir = L"d";
+    run.params.assertDialog = false;
+    run.params.timeOutSec = 0;
+    run.params.testCaseMax = 1;
+
+    EXPECT_EQ(GetOptions(run), L" -d \"d\" --xml \"x.xml\" --html \"h.html\" --no-assert-dialog -t 0 -c 1");
+}
+
+/// A run whose host is the program that ends as its data directory says.
+class ArchiveRunChild : public testing::Test
+{
+protected:
+    ArchiveRunChild()
+    {
+        const std::wstring suffix = LbOs::c_ExecutableSuffix;
+        m_run.binaryDir = m_folder.MakeFolder(L"Programme und mehr");
+        std::filesystem::copy_file(
+            std::filesystem::path(LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/archivechild") + suffix),
+            std::filesystem::path(GetHost()));
+        CopyLibraries();
+        m_run.config = L"Release";
+        m_run.platform = L"x64";
+        m_run.dataDir = m_folder.MakeFolder(L"leer");
+        m_run.outDir = m_folder.GetPathOf(L"neu/Ausgabe");
+    }
+
+    std::wstring GetHost() const { return m_run.binaryDir + L"LuTestSuiteCLI" + LbOs::c_ExecutableSuffix; }
+
+    /// What the program needs beside it where there is no other way to find it.
+    void CopyLibraries() const
+    {
+        const std::wstring bin = LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/");
+        for (const std::wstring& name : LbFileSystem::GetFileNames(bin))
+        {
+            if (LbPath::c_Separator == L'\\' && name.starts_with(L"lib") && name.ends_with(L".dll"))
+            {
+                LbFileSystem::CopyContent(bin + name, m_run.binaryDir + name);
+            }
+        }
+    }
+
+    std::wstring Execute(std::uint32_t timeOutSec = 60)
+    {
+        const CapturedOutput output;
+        LuTestSuite::ExecuteArchiveRun(m_run, timeOutSec);
+        return output.GetText();
+    }
+
+    void ExpectEmptyArchive()
+    {
+        EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"neu/Ausgabe/index.html")));
+        EXPECT_TRUE(LbFileSystem::IsDirectory(m_folder.GetPathOf(L"neu/Ausgabe/Archive")));
+        EXPECT_TRUE(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive")).empty());
+    }
+
+    ScopedUserFolder m_user;
+    ScopedFolder m_folder;
+    SArchiveRun m_run;
+};
+
+TEST_F(ArchiveRunChild, MayWriteNothing)
+{
+    const std::wstring text = Execute();
+
+    EXPECT_TRUE(text.starts_with(L"Ausführung...\n" + GetHost() + L"  -d \"")) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(text.find(L"Warnung"), std::wstring::npos) << LbEncoding::ToUtf8(text);
+    ExpectEmptyArchive();
+}
+
+TEST_F(ArchiveRunChild, MayCrash)
+{
+    m_run.dataDir = m_folder.MakeFolder(L"crash");
+    Execute();
+
+    ExpectEmptyArchive();
+}
+
+TEST_F(ArchiveRunChild, IsEndedAfterItsTime)
+{
+    m_run.dataDir = m_folder.MakeFolder(L"hang");
+
+    const std::wstring text = Execute(1);
+
+    EXPECT_TRUE(text.ends_with(
+        LbFormat(L"Warnung: Prozess LuTestSuiteCLI%s nach 1 Sekunden abgebrochen.\n", LbOs::c_ExecutableSuffix)))
+        << LbEncoding::ToUtf8(text);
+    ExpectEmptyArchive();
+}
+
+TEST_F(ArchiveRunChild, IsAnExecutableThatExists)
+{
+    m_run.config = L"Debug";
+
+    EXPECT_EQ(getMessage([this] { Execute(); }), LbFormat(L"Fehler: Executable %sLuTestSuiteCLID%s nicht gefunden.\n",
+                                                          m_run.binaryDir, LbOs::c_ExecutableSuffix));
+}
+
+TEST_F(ArchiveRunChild, NeedsItsDirectories)
+{
+    const std::wstring missing = m_folder.GetPathOf(L"fehlt");
+    const std::wstring file = m_folder.WriteFile(L"Datei", "");
+    for (std::wstring SArchiveRun::*const field : {&SArchiveRun::binaryDir, &SArchiveRun::dataDir})
+    {
+        SArchiveRun run = m_run;
+        run.*field = missing;
+        EXPECT_EQ(getMessage([&run] { LuTestSuite::ExecuteArchiveRun(run, 1); }),
+                  L"Verzeichnis " + missing + LbPath::c_Separator + L" existiert nicht");
+        run.*field = L"";
+        EXPECT_EQ(getMessage([&run] { LuTestSuite::ExecuteArchiveRun(run, 1); }), L"Verzeichnis  existiert nicht");
+    }
+    m_run.outDir = file;
+    EXPECT_EQ(getMessage([this] { Execute(); }), L"Verzeichnis " + file + LbPath::c_Separator + L" existiert nicht");
+}
+
+TEST_F(ArchiveRunChild, LeavesNoTemporaryFiles)
+{
+    m_folder.WriteFile(L"neu/Ausgabe/index", "alt");
+    Execute();
+
+    EXPECT_TRUE(LbFileSystem::GetFileNames(m_user.GetPath() + LbPath::ToNative(L"LuTestSuite/Orvell/Temp/")).empty());
+    EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"neu/Ausgabe/index")));
+}
+
+} // namespace
