@@ -29,6 +29,11 @@ public:
 void Expect(bool condition, const char* what);
 bool HasFailed();
 
+void WriteFile(const std::wstring& path, const std::string& bytes);
+
+/// What the program does when it has started itself: "park" waits for its end, "ask" writes an answer about its parent.
+int WorkAsChild(const std::wstring& task, const std::wstring& answer);
+
 void CallEnvironment(LuTestSuiteEnvironment& environment);
 void CallOutput();
 void CallHeapTracker();
@@ -39,4 +44,5 @@ void CallCommandLine(LuTestSuiteEnvironment& environment, const SPlaces& places)
 void CallSelection(const SPlaces& places);
 void CallAuxiliaryModes(LuTestSuiteEnvironment& environment, const SPlaces& places);
 void CallRuns(LuTestSuiteEnvironment& environment, const SPlaces& places);
+void CallProcesses(const std::wstring& program, const SPlaces& places);
 void CallReports(LuTestSuiteEnvironment& environment, const SPlaces& places);

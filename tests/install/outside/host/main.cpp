@@ -6,6 +6,7 @@
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbpath.h"
+#include "base/lustream.h"
 #include "base/os/process.h"
 #include "calls.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
@@ -15,7 +16,7 @@ namespace
 
 bool s_hasFailed = false;
 
-void callAll(const SPlaces& places)
+void callAll(const std::wstring& program, const SPlaces& places)
 {
     LuTestSuiteEnvironment environment;
     CallEnvironment(environment);
@@ -29,6 +30,7 @@ void callAll(const SPlaces& places)
     CallAuxiliaryModes(environment, places);
     CallRuns(environment, places);
     CallReports(environment, places);
+    CallProcesses(program, places);
 }
 
 } // namespace
@@ -47,12 +49,23 @@ bool HasFailed()
     return s_hasFailed;
 }
 
+void WriteFile(const std::wstring& path, const std::string& bytes)
+{
+    LuStreamWriteBinaryFile file(path);
+    file.Write(bytes.data(), bytes.size());
+    file.Close();
+}
+
 int main(int argumentCount, char** arguments)
 {
     try
     {
         const std::vector<std::wstring> texts = LbOs::GetArguments(argumentCount, arguments);
-        callAll({LbPath::ToNative(texts.at(1)), LbPath::ToNative(texts.at(2))});
+        if (texts.at(1) == L"park" || texts.at(1) == L"ask")
+        {
+            return WorkAsChild(texts[1], texts.at(2));
+        }
+        callAll(LbPath::ToNative(texts[0]), {LbPath::ToNative(texts[1]), LbPath::ToNative(texts.at(2))});
     }
     catch (...)
     {

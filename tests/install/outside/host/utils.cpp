@@ -3,7 +3,6 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
-#include "base/lustream.h"
 #include "base/xmlnode.h"
 #include "calls.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -14,13 +13,6 @@ namespace
 using Utils = LuTestSuiteUtils;
 
 const wchar_t c_Separator = LbPath::c_Separator;
-
-void writeFile(const std::wstring& path, const std::string& bytes)
-{
-    LuStreamWriteBinaryFile file(path);
-    file.Write(bytes.data(), bytes.size());
-    file.Close();
-}
 
 void callBuildInformation()
 {
@@ -59,7 +51,7 @@ void CallPathsAndTexts(const SPlaces& places)
 void CallConfiguration(const SPlaces& places)
 {
     const std::wstring path = places.work + L"config.xml";
-    writeFile(path, "<Config><ThreadCount>7</ThreadCount><Isolated>true</Isolated></Config>");
+    WriteFile(path, "<Config><ThreadCount>7</ThreadCount><Isolated>true</Isolated></Config>");
     Utils::SConfigFileData data;
     Utils::ReadConfigXML(path, data);
     Expect(data.ThreadCount == 7 && data.Isolated, "ReadConfigXML");
