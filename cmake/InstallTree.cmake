@@ -9,10 +9,12 @@ install(TARGETS LbBase LuTestSuite LuTestSuiteCLI EXPORT LuTestSuiteTargets
 install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION bin)
 install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION ${package_directory})
 
-# Of the seam only what public headers name is public; the rooms below testing/lutestsuite are private.
+# Of the seam only what public headers name is public, and what a host needs to know its arguments; the rooms below
+# testing/lutestsuite are private.
 file(GLOB headers CONFIGURE_DEPENDS base/*.h)
 install(FILES ${headers} DESTINATION include/base)
-install(FILES base/os/clock.h base/os/files.h base/os/platform.h DESTINATION include/base/os)
+install(FILES base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h
+    DESTINATION include/base/os)
 file(GLOB headers CONFIGURE_DEPENDS testing/lutestsuite/*.h)
 install(FILES ${headers} DESTINATION include/testing/lutestsuite)
 

@@ -188,4 +188,13 @@ LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnviron
 /// is missing or an object cannot be opened.
 LUTESTSUITE_API void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
+/// Makes the stored reference data of cases anew instead of checking against them: asks each unit test that implements
+/// IUnitTestRecreate, one case after another, and prints what comes of each. The modules are loaded before by the host,
+/// data directories are full paths, since the executable's folder is the working directory meanwhile. `targetSystem`
+/// and `option` reach the unit tests as IUnitTestRecreate::SRequest. Both callbacks must be set; the notification
+/// receives Ok after each case, whatever happened. What goes wrong in a case costs a line of output; what a callback
+/// throws passes through. By the thread that made the environment.
+LUTESTSUITE_API void Recreate(LuTestSuiteEnvironment& environment, const std::vector<LuTestSuite::SUnitTest>& unitTests,
+                              ETargetSystem targetSystem, bool option, const SCallbacks& callbacks);
+
 } // namespace LuTestSuiteRun

@@ -1,5 +1,5 @@
 # Installs a build tree, builds the project in outside/ against it and looks at what its run prints.
-# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST.
+# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, NM (empty where it reads no such files).
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/outside")
 set(prefix "${WORK}/prefix")
@@ -41,3 +41,17 @@ foreach(expected "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\t
         message(FATAL_ERROR "The run does not print: ${expected}")
     endif()
 endforeach()
+
+# The program that calls every exported operation, with user data of its own.
+cmake_path(GET HOST EXTENSION suffix)
+set(ENV{XDG_DATA_HOME} "${WORK}/user")
+set(calls "${WORK}/calls/")
+file(MAKE_DIRECTORY "${calls}")
+run(${EMULATOR} "${build}/bin/OutsideHost${suffix}" "${drive}${source}/data/" "${drive}${calls}")
+
+# What the library exports and what the program takes from it, by signature, so that no operation is forgotten. The
+# sources are the same for all platforms.
+if(NM)
+    include("${CMAKE_CURRENT_LIST_DIR}/exported_operations.cmake")
+    expect_every_operation_called("${build}/bin/libLuTestSuite.so" "${build}/bin/OutsideHost")
+endif()

@@ -71,7 +71,7 @@ std::wstring getSettings(const SHostOptions& options)
 
 std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SHostOptions& options)
 {
-    std::wstring command = quote(LbPath::ToNative(L"" LUTESTSUITE_HOST));
+    std::wstring command = quote(LbPath::ToNative(options.program.empty() ? L"" LUTESTSUITE_HOST : options.program));
     for (const std::wstring& argument : arguments)
     {
         command += L" " + quote(argument);

@@ -9,6 +9,7 @@
 /// How the host is started.
 struct SHostOptions
 {
+    std::wstring program;                                         ///< full path; empty: the host of this build
     std::wstring workingDirectory;                                ///< empty: the test's own
     std::vector<std::pair<std::wstring, std::wstring>> variables; ///< environment; an empty value unsets
     std::uint32_t memoryLimitKilobytes = 0;                       ///< of address space, 0 for none; Linux only

@@ -58,20 +58,6 @@ void setDebuggingOptions(LuUnitTest& unitTest, const SParams& params)
     set(IDebugging::eO_VerboseOutput, params.deVerboseOutput);
 }
 
-/// The first sub-test of exactly that name.
-std::optional<std::uint32_t> findSubtest(const LuUnitTest& unitTest, const std::wstring& name)
-{
-    const std::uint32_t count = unitTest.GetSubtestCount();
-    for (std::uint32_t index = 0; index < count; ++index)
-    {
-        if (unitTest.GetSubtestName(index) == name)
-        {
-            return index;
-        }
-    }
-    return std::nullopt;
-}
-
 /// Messages as they come: what a test wrote before it crashed is in the buffer.
 class CBufferStream : public LuStreamWriteText, public INonCopyable
 {
@@ -99,7 +85,7 @@ ECaseRunResult runSubtest(SWorkBuffer& buffer, const SParams& params, std::uniqu
     unitTest->InitSubtests();
     setDebuggingOptions(*unitTest, params);
     unitTest->PrepareSubtest();
-    const std::optional<std::uint32_t> subtest = findSubtest(*unitTest, LoadName(buffer.caseName));
+    const std::optional<std::uint32_t> subtest = LuTestSuite::FindSubtest(*unitTest, LoadName(buffer.caseName));
     if (!subtest)
     {
         return ECaseRunResult::NoMatchingCase;

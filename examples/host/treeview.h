@@ -1,0 +1,12 @@
+/// A tree of tests with check boxes, as text.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuiterun.h"
+
+/// All of `found` by folder, class and case. Each node shows how many cases are below it; a case has its box checked
+/// when it is among `selected`.
+std::wstring DrawTree(const std::vector<LuTestSuite::SUnitTest>& found,
+                      const std::vector<LuTestSuite::SUnitTest>& selected);

@@ -1,0 +1,138 @@
+/// Reference data made anew: the walk over the cases, and what is asked of each.
+
+#include <optional>
+
+#include "base/inoncopyable.h"
+#include "base/iunittestrecreate.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+#include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/run/consolelines.h"
+#include "testing/lutestsuite/utils/unittestfactory.h"
+#include "testing/lutestsuite/utils/warning.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+/// The executable's folder is the working directory for as long as the object lives, also when a callback throws.
+class CExecutableDirectory : public INonCopyable
+{
+public:
+    explicit CExecutableDirectory(LuTestSuiteEnvironment& environment) : m_environment(environment)
+    {
+        m_environment.SetExecutableDirectoryAsWorkingDirectory();
+    }
+
+    ~CExecutableDirectory() { m_environment.RestoreWorkingDirectory(); }
+
+private:
+    LuTestSuiteEnvironment& m_environment;
+};
+
+/// Null also for an object whose record in the registry does not descend from unit tests.
+std::unique_ptr<LuUnitTest> createUnitTest(const std::wstring& className)
+{
+    std::unique_ptr<LuUnitTest> unitTest = LuTestSuite::CreateUnitTest(className);
+    return unitTest && unitTest->IsKindOf(LuUnitTest::RTTI) ? std::move(unitTest) : nullptr;
+}
+
+/// False when the sub-test has nothing that can be made anew.
+bool recreateSubtest(LuUnitTest& unitTest, const std::wstring& name, const IUnitTestRecreate::SRequest& request)
+{
+    const std::optional<std::uint32_t> subtest = LuTestSuite::FindSubtest(unitTest, name);
+    auto* const recreate = dynamic_cast<IUnitTestRecreate*>(&unitTest);
+    if (!subtest || recreate == nullptr)
+    {
+        return false;
+    }
+    recreate->SetRequest(request);
+    if (!recreate->IsRecreatable(*subtest))
+    {
+        return false;
+    }
+    LuTestSuiteOut::Write(L"\t%s...\n", name).Bold().Color(LuColor::c_BLUE);
+    recreate->Recreate(*subtest);
+    LuTestSuiteOut::Write(L"\t\tDatensatz wurde erneuert.\n").Bold().Color(LuColor::c_GREEN);
+    return true;
+}
+
+/// One case as far as it may throw.
+void recreateCase(const LuTestSuite::SUnitTest& unitTest, const std::wstring& caseName,
+                  const IUnitTestRecreate::SRequest& request)
+{
+    const std::unique_ptr<LuUnitTest> object = createUnitTest(unitTest.className);
+    if (!object)
+    {
+        LuTestSuite::WriteWarning(L"\tFehler: Unit-Test '%s' konnte nicht instanziert werden.\n", unitTest.className);
+        return;
+    }
+    object->SetDataDirectory(unitTest.dataDirectory);
+    object->InitSubtests();
+    if (!recreateSubtest(*object, caseName, request))
+    {
+        LuTestSuite::WriteWarning(L"\tSubtest '%s' hat keine erneuerbaren Daten.\n", caseName);
+    }
+}
+
+void recreateCaseOrReport(const LuTestSuite::SUnitTest& unitTest, const std::wstring& caseName,
+                          const IUnitTestRecreate::SRequest& request)
+{
+    try
+    {
+        recreateCase(unitTest, caseName, request);
+    }
+    catch (...)
+    {
+        LuTestSuite::WriteWarning(L"\t\tFehler: Exception während dem Neuerzeugen.\n");
+    }
+}
+
+/// False when it was canceled.
+bool recreateAll(const std::vector<LuTestSuite::SUnitTest>& unitTests, const IUnitTestRecreate::SRequest& request,
+                 const SCallbacks& callbacks)
+{
+    for (const LuTestSuite::SUnitTest& unitTest : unitTests)
+    {
+        LuTestSuiteOut::Write(L"%s:\n", unitTest.className).Bold();
+        for (const LuTestSuite::STestCase& testCase : unitTest.cases)
+        {
+            if (callbacks.isCanceled())
+            {
+                return false;
+            }
+            recreateCaseOrReport(unitTest, testCase.name, request);
+            // Progress, not a verdict: whatever happened stands on the console.
+            callbacks.caseFinished(ECaseRunResult::Ok);
+        }
+    }
+    return true;
+}
+
+bool recreateInExecutableDirectory(LuTestSuiteEnvironment& environment,
+                                   const std::vector<LuTestSuite::SUnitTest>& unitTests,
+                                   const IUnitTestRecreate::SRequest& request, const SCallbacks& callbacks)
+{
+    const CExecutableDirectory directory(environment);
+    return recreateAll(unitTests, request, callbacks);
+}
+
+} // namespace
+
+void Recreate(LuTestSuiteEnvironment& environment, const std::vector<LuTestSuite::SUnitTest>& unitTests,
+              ETargetSystem targetSystem, bool option, const SCallbacks& callbacks)
+{
+    const IUnitTestRecreate::SRequest request = {static_cast<std::uint32_t>(targetSystem), option};
+    if (recreateInExecutableDirectory(environment, unitTests, request, callbacks))
+    {
+        LuTestSuiteOut::Write(L"\nNeuerzeugen der Testfälle beendet.\n");
+    }
+    else
+    {
+        WriteCanceled();
+    }
+}
+
+} // namespace LuTestSuiteRun
