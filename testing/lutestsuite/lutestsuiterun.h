@@ -176,8 +176,8 @@ struct SCallbacks
 /// Carries out one normal run: loads the test modules, gathers and selects the unit tests, runs their cases one after
 /// another, prints a line per case and the summary, and writes the reports that the setup asks for. The calling thread
 /// prints everything. While cases run, the executable's folder is the working directory; the environment's own is
-/// restored before the reports, also when an exception leaves the run. What goes wrong inside a case becomes its result,
-/// and a report that cannot be written costs a line; throws what discovery and selection throw.
+/// restored before the reports, also when an exception leaves the run. What goes wrong inside a case becomes its
+/// result, and a report that cannot be written costs a line; throws what discovery and selection throw.
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
 } // namespace LuTestSuiteRun
