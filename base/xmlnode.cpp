@@ -189,6 +189,10 @@ XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* roo
     {
         return EResult::Missing;
     }
+    if (!LbOs::IsRegularFile(path))
+    {
+        return EResult::Unreadable;
+    }
     std::string bytes;
     try
     {

@@ -38,6 +38,10 @@ LB_API EEntry QueryEntry(const std::wstring& path);
 /// True when `path` itself is a link, whatever it leads to.
 LB_API bool IsLink(const std::wstring& path);
 
+/// True for a file with bytes of its own: no directory, device or pipe, whose reading may wait or never end. Links are
+/// followed.
+LB_API bool IsRegularFile(const std::wstring& path);
+
 /// Visits each entry of `directory` but "." and "..", in the file system's order.
 /// Returns false when the directory cannot be opened. Exceptions of `visit` pass through.
 LB_API bool VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit);

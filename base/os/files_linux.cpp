@@ -117,6 +117,12 @@ bool LbOs::IsLink(const std::wstring& path)
     return lstat(toSystemPath(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
+bool LbOs::IsRegularFile(const std::wstring& path)
+{
+    struct stat status = {};
+    return stat(toSystemPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
 {
     struct SClose

@@ -98,6 +98,18 @@ bool LbOs::IsLink(const std::wstring& path)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
+bool LbOs::IsRegularFile(const std::wstring& path)
+{
+    const FileHandle file = OpenForReading(path);
+    if (file == c_InvalidFile)
+    {
+        return false;
+    }
+    const bool isOnDisk = GetFileType(toHandle(file)) == FILE_TYPE_DISK;
+    CloseFile(file);
+    return isOnDisk;
+}
+
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
 {
     const std::wstring pattern =
