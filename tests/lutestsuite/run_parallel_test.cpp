@@ -139,6 +139,17 @@ TEST_F(RunParallel, SaysThatItWasCanceledBeforeAnythingRan)
     EXPECT_EQ(result.stats.total.executed, 0U);
 }
 
+TEST_F(RunParallel, EndsWhenOnlyTheWorkersWereToldOfTheCancellation)
+{
+    LuTestSuiteSetup setup = MakeParallel(2, 50);
+    const std::thread::id here = std::this_thread::get_id();
+    setup.checkCallback = [here] { return std::this_thread::get_id() != here; };
+
+    Run(setup);
+
+    EXPECT_EQ(CountLines(c_Canceled), 1);
+}
+
 TEST_F(RunParallel, EndsItsWorkersWhenACallbackThrows)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 100);

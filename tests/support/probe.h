@@ -4,16 +4,17 @@
 #include <memory>
 #include <string>
 
-#include "base/lbpath.h"
 #include "base/lbuniqueid.h"
 #include "base/os/childprocess.h"
 #include "base/os/namedevent.h"
+#include "base/os/platform.h"
+#include "tests/support/binaryfolder.h"
 
 /// How the probe is started with these arguments, given as one text.
 inline LbOs::SChildOptions GetProbeOptions(const std::wstring& arguments)
 {
     LbOs::SChildOptions options;
-    options.program = LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/processprobe") + LbOs::c_ExecutableSuffix;
+    options.program = GetBinaryFolder() + L"processprobe" + LbOs::c_ExecutableSuffix;
     options.commandLine = L"processprobe " + arguments;
     return options;
 }

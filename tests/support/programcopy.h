@@ -5,7 +5,8 @@
 #include <string>
 
 #include "base/inoncopyable.h"
-#include "base/lbpath.h"
+#include "base/os/platform.h"
+#include "tests/support/binaryfolder.h"
 
 /// Copies a program of the build, within its folder, where it finds its libraries; removes the copy at the end of the
 /// scope. The names are without ending, of ASCII characters.
@@ -13,9 +14,9 @@ class ProgramCopy : public INonCopyable
 {
 public:
     ProgramCopy(const std::wstring& program, const std::wstring& name)
-        : m_fileName(name + LbOs::c_ExecutableSuffix), m_path(getFolder() + m_fileName)
+        : m_fileName(name + LbOs::c_ExecutableSuffix), m_path(GetBinaryFolder() + m_fileName)
     {
-        std::filesystem::copy_file(std::filesystem::path(getFolder() + program + LbOs::c_ExecutableSuffix),
+        std::filesystem::copy_file(std::filesystem::path(GetBinaryFolder() + program + LbOs::c_ExecutableSuffix),
                                    std::filesystem::path(m_path));
     }
 
@@ -30,8 +31,6 @@ public:
     const std::wstring& GetPath() const { return m_path; }
 
 private:
-    static std::wstring getFolder() { return LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/"); }
-
     std::wstring m_fileName;
     std::wstring m_path;
 };

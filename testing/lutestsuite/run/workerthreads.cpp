@@ -33,7 +33,7 @@ public:
     {
     }
 
-    /// The next case, null when there is none for anybody any more.
+    /// The next case; null when there is none, or the run is canceled.
     SCaseInfo* Take();
 
     /// Some cases have not been handed out.
@@ -54,6 +54,7 @@ public:
     {
         std::vector<SCaseInfo*> finished; ///< since the last look
         bool hasEnded = false;            ///< no worker is left
+        bool hasFailed = false;           ///< one has ended by an exception
     };
 
     SProgress Look();
@@ -78,12 +79,7 @@ private:
 SCaseInfo* CWork::Take()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    if (m_next >= m_list.size() || m_isCanceled())
-    {
-        m_next = m_list.size();
-        return nullptr;
-    }
-    return &m_cases[m_list[m_next++]];
+    return m_next >= m_list.size() || m_isCanceled() ? nullptr : &m_cases[m_list[m_next++]];
 }
 
 bool CWork::IsMoreToCome()
@@ -133,7 +129,7 @@ void CWork::RemoveWorker(std::exception_ptr failure)
 CWork::SProgress CWork::Look()
 {
     const LbCriticalSectionLock lock(m_finishedLock);
-    return {std::exchange(m_finished, {}), m_workers == 0};
+    return {std::exchange(m_finished, {}), m_workers == 0, m_failure != nullptr};
 }
 
 void CWork::RethrowFailure() const
@@ -275,8 +271,8 @@ void printFinished(const LuTestSuiteSetup& setup, const UnitTests& unitTests, CW
         }
         if (progress.hasEnded && printed < work.GetCount())
         {
-            // The workers were told of the cancellation before anything else had finished, or one of them failed.
-            if (work.IsCanceled())
+            // Without a failure it was a cancellation that the workers were told of and this thread was not.
+            if (!progress.hasFailed)
             {
                 WriteCanceled();
             }
