@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbexception.h"
+#include "base/lbpath.h"
 #include "tests/support/probe.h"
 #include "tests/support/runtest.h"
 #include "tests/support/scopedenvironment.h"

@@ -7,6 +7,7 @@
 #include "base/lbcommandline.h"
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
+#include "base/lbpath.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedfolder.h"
 

@@ -10,6 +10,7 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbpath.h"
 #include "base/lbuniqueid.h"
 #include "base/os/console.h"
 #include "base/os/process.h"
