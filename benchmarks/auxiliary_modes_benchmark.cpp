@@ -12,6 +12,7 @@
 
 #include "base/lbencoding.h"
 #include "base/lbpath.h"
+#include "base/lbuniqueid.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
@@ -72,10 +73,7 @@ LB_RTTI_CLASS(CAuxiliaryFiles, LuUnitTest)
 class CFolder : public INonCopyable
 {
 public:
-    CFolder() : m_path(std::filesystem::temp_directory_path() / "lutestsuite-auxiliary-benchmark")
-    {
-        std::filesystem::remove_all(m_path);
-    }
+    CFolder() : m_path(std::filesystem::temp_directory_path() / LbEncoding::ToNative(LbUniqueId::Generate())) {}
     ~CFolder() { std::filesystem::remove_all(m_path); }
 
     std::filesystem::path AddClass(const std::string& group) const
@@ -105,19 +103,36 @@ LuTestSuiteEnvironment& getEnvironment()
     return s_Environment;
 }
 
-/// With the discovery, whose time stands beside it.
-template<auto Operation>
-void listCases(benchmark::State& state)
+/// Made once: writing 100,000 files takes longer than all that is measured.
+class CManyCases : public CFolder
 {
-    const CFolder folder;
+public:
+    CManyCases();
+};
+
+CManyCases::CManyCases()
+{
     for (int index = 0; index < c_Classes; ++index)
     {
-        const std::filesystem::path directory = folder.AddClass(std::to_string(index));
+        const std::filesystem::path directory = AddClass(std::to_string(index));
         for (int file = 0; file < c_CasesOfClass; ++file)
         {
             std::ofstream(directory / std::to_string(file));
         }
     }
+}
+
+const CManyCases& getManyCases()
+{
+    static const CManyCases s_ManyCases;
+    return s_ManyCases;
+}
+
+/// With the discovery, whose time stands beside it.
+template<auto Operation>
+void listCases(benchmark::State& state)
+{
+    const CManyCases& folder = getManyCases();
     LuTestSuiteEnvironment& environment = getEnvironment();
     const LuTestSuiteSetup setup = folder.GetSetup();
     for ([[maybe_unused]] const auto iteration : state)
