@@ -140,6 +140,8 @@ std::vector<std::vector<std::wstring_view>> splitPaths(const SPaths& paths)
 
 } // namespace
 
+const std::uint32_t LuTestSuiteTree::sc_uiInvalid;
+
 void LuTestSuiteTree::Build(const UnitTests& tests)
 {
     m_nodes.clear();

@@ -14,8 +14,9 @@
 class LUTESTSUITE_API LuTestSuiteTree
 {
 public:
-    /// "No such index."
-    static constexpr std::uint32_t sc_uiInvalid = std::numeric_limits<std::uint32_t>::max();
+    /// "No such index." Not constexpr, which would make it inline: Windows libraries hand out no inline objects that
+    /// they do not use themselves.
+    static const std::uint32_t sc_uiInvalid = std::numeric_limits<std::uint32_t>::max();
 
     enum EKind : std::uint32_t
     {

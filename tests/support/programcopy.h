@@ -1,7 +1,6 @@
 /// A test program under a name of its own.
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 #include "base/inoncopyable.h"
