@@ -334,9 +334,15 @@ std::string LbEncoding::Latin1ToUtf8(std::string bytes)
     }
     std::string result;
     result.reserve(bytes.size() + others);
-    for (const char byte : bytes)
+    for (auto rest = bytes.begin(); rest != bytes.end();)
     {
-        appendUtf8(result, static_cast<unsigned char>(byte));
+        const auto other = std::find_if_not(rest, bytes.end(), isAscii);
+        result.append(rest, other);
+        rest = other;
+        if (rest != bytes.end())
+        {
+            appendUtf8(result, static_cast<unsigned char>(*rest++));
+        }
     }
     return result;
 }

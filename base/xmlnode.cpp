@@ -1,5 +1,7 @@
 #include "base/xmlnode.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include <pugixml.hpp>
@@ -13,8 +15,9 @@ namespace
 {
 
 // Fragments are let in so that text outside the root becomes visible; isTopLevelInOrder turns it down.
-constexpr unsigned c_ParseOptions = pugi::parse_cdata | pugi::parse_ws_pcdata_single | pugi::parse_fragment |
-                                    pugi::parse_declaration | pugi::parse_doctype;
+// An element holds its first text itself, which spares a node for most elements.
+constexpr unsigned c_ParseOptions = pugi::parse_cdata | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata |
+                                    pugi::parse_fragment | pugi::parse_declaration | pugi::parse_doctype;
 constexpr unsigned c_ResolveOptions = pugi::parse_escapes | pugi::parse_eol | pugi::parse_wconv_attribute;
 
 pugi::xml_node toPugi(void* node)
@@ -32,9 +35,40 @@ void* findElement(pugi::xml_node node)
     return node.internal_object();
 }
 
-bool isText(pugi::xml_node node)
+bool isBlank(std::string_view text)
 {
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+/// Visits the pieces of an element's own text in their order; the visitor answers whether it wants more.
+template<typename F>
+void visitTexts(pugi::xml_node element, const F& visit)
+{
+    const std::string_view first = element.value();
+    if (!first.empty() && !visit(first))
+    {
+        return;
+    }
+    for (const pugi::xml_node child : element.children())
+    {
+        // Behind a text and a comment the parser takes the layout in front of the end tag for a text.
+        const bool isLayout = child.type() == pugi::node_pcdata && !first.empty() && isBlank(child.value());
+        const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
+        if (isText && !isLayout && *child.value() != '\0' && !visit(child.value()))
+        {
+            return;
+        }
+    }
+}
+
+/// A file of nothing but tags would need many times its size in memory. Eight bytes a tag are less than any element
+/// with a name takes.
+bool isTooDense(std::string_view bytes)
+{
+    constexpr std::size_t c_AlwaysAllowed = 1 << 20U;
+    constexpr std::size_t c_BytesPerTag = 8;
+    return bytes.size() > c_AlwaysAllowed &&
+           static_cast<std::size_t>(std::ranges::count(bytes, '<')) > bytes.size() / c_BytesPerTag;
 }
 
 /// True when the document is, in this order, at most one declaration, at most one type and exactly one element.
@@ -80,20 +114,21 @@ std::wstring XMLNode::GetName() const
 std::wstring XMLNode::GetText() const
 {
     std::string text;
-    for (const pugi::xml_node child : toPugi(m_node).children())
-    {
-        if (isText(child))
-        {
-            text += child.value();
-        }
-    }
+    visitTexts(toPugi(m_node), [&text](std::string_view piece) {
+        text += piece;
+        return true;
+    });
     return LbEncoding::FromUtf8(text);
 }
 
 bool XMLNode::HasText() const
 {
-    return static_cast<bool>(
-        toPugi(m_node).find_child([](pugi::xml_node child) { return isText(child) && *child.value() != '\0'; }));
+    bool hasText = false;
+    visitTexts(toPugi(m_node), [&hasText](std::string_view) {
+        hasText = true;
+        return false;
+    });
+    return hasText;
 }
 
 bool XMLNode::HasAttribute(const char* name) const
@@ -154,6 +189,10 @@ XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* roo
     {
         return EResult::Missing;
     }
+    if (!LbOs::IsRegularFile(path))
+    {
+        return EResult::Unreadable;
+    }
     std::string bytes;
     try
     {
@@ -172,15 +211,15 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
     auto content = std::make_unique<SContent>();
     content->bytes = XMLEncoding::ToUtf8(std::move(bytes));
     // The parser would take a null character for the end and overlook what follows.
-    if (content->bytes.find('\0') != std::string::npos)
+    if (content->bytes.find('\0') != std::string::npos || isTooDense(content->bytes))
     {
         return EResult::Syntax;
     }
-    // The parser overwrites the last character by a terminator and so loses text of one character after the root.
-    content->bytes += '\n';
+    // The parser overwrites the last byte by a terminator and so would lose text of one character after the root:
+    // it gets the string's own terminator to overwrite.
     const unsigned options = c_ParseOptions | (text == EText::Resolved ? c_ResolveOptions : 0U);
     const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(
-        content->bytes.data(), content->bytes.size(), options, pugi::encoding_utf8);
+        content->bytes.data(), content->bytes.size() + 1, options, pugi::encoding_utf8);
     if (!parsed || !isTopLevelInOrder(content->document) ||
         content->document.document_element().name() != std::string_view(rootName))
     {

@@ -101,8 +101,8 @@ public:
     {
         Ok,
         Missing,    ///< no such file
-        Unreadable, ///< the file cannot be read, or is a directory
-        Syntax,     ///< not well-formed, or another root element
+        Unreadable, ///< the file cannot be read, or is a directory, device or pipe
+        Syntax,     ///< not well-formed, or another root element, or a large file of hardly anything but tags
     };
 
     /// What texts and attributes hold.

@@ -35,6 +35,10 @@ LB_API bool IsAbsolutePath(std::wstring_view path) noexcept;
 /// What stands at `path`; Missing also when the path cannot be looked at.
 LB_API EEntry QueryEntry(const std::wstring& path);
 
+/// True for a file with bytes of its own: no directory, device or pipe, whose reading may wait or never end. Links are
+/// followed.
+LB_API bool IsRegularFile(const std::wstring& path);
+
 /// Visits each entry of `directory` but "." and "..", in the file system's order.
 /// Returns false when the directory cannot be opened. Exceptions of `visit` pass through.
 LB_API bool VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit);

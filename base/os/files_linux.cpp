@@ -122,6 +122,12 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     return S_ISDIR(status.st_mode) ? EEntry::Directory : EEntry::File;
 }
 
+bool LbOs::IsRegularFile(const std::wstring& path)
+{
+    struct stat status = {};
+    return stat(toSystemPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
 {
     struct SClose

@@ -92,6 +92,18 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     return isDirectory(attributes) ? EEntry::Directory : EEntry::File;
 }
 
+bool LbOs::IsRegularFile(const std::wstring& path)
+{
+    const FileHandle file = OpenForReading(path);
+    if (file == c_InvalidFile)
+    {
+        return false;
+    }
+    const bool isOnDisk = GetFileType(toHandle(file)) == FILE_TYPE_DISK;
+    CloseFile(file);
+    return isOnDisk;
+}
+
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
 {
     const std::wstring pattern =

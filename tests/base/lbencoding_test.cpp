@@ -200,4 +200,17 @@ TEST(LbEncoding, ReadsEveryLatin1Byte)
     }
 }
 
+TEST(LbEncodingLatin1ToUtf8, IsTheSameAsByWayOfWideText)
+{
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte)
+    {
+        all.push_back(static_cast<char>(byte));
+    }
+    for (const std::string& bytes : {std::string(), std::string("nur ASCII"), all, std::string("\xE4"), "a\xFF" + all})
+    {
+        EXPECT_EQ(LbEncoding::Latin1ToUtf8(bytes), LbEncoding::ToUtf8(LbEncoding::FromLatin1(bytes)));
+    }
+}
+
 } // namespace

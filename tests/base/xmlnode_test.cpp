@@ -386,3 +386,58 @@ TEST(XMLDocument, HalfACodeUnitAtTheEndIsASyntaxError)
 {
     EXPECT_EQ(parse("\xFF\xFE"s + toUtf16("<r/>", false) + "\n"), EResult::Syntax);
 }
+
+TEST(XMLNode, IteratesOverChildrenOfOneName)
+{
+    const CParsed parsed("<r><a n='1'/><b n='2'/>text<a n='3'><a n='4'/></a><!-- --><a n='5'/></r>");
+    std::wstring numbers;
+    for (const XMLNode& child : parsed.GetRoot().GetChildren("a"))
+    {
+        numbers += child.GetAttribute("n");
+    }
+    EXPECT_EQ(numbers, L"135");
+    EXPECT_EQ(parsed.GetRoot().GetChildren("c").begin(), parsed.GetRoot().GetChildren("c").end());
+    EXPECT_EQ(XMLNode().GetChildren("a").begin(), XMLNode().GetChildren("a").end());
+}
+
+TEST(XMLNode, JoinsAllPiecesOfItsText)
+{
+    EXPECT_EQ(getRootText("<r>a<![CDATA[b]]>c<x>no</x>d<!-- no -->e</r>"), L"abcde");
+    EXPECT_EQ(getRootText("<r><x/>a</r>"), L"a");
+    EXPECT_EQ(getRootText("<r><![CDATA[ ]]>a</r>"), L" a");
+}
+
+TEST(XMLNode, TakesNoLayoutBehindItsTextForText)
+{
+    EXPECT_EQ(getRootText("<r>a<!-- no -->  </r>"), L"a");
+    EXPECT_EQ(getRootText("<r>a<x/>\n</r>"), L"a");
+    EXPECT_EQ(getRootText("<r> a </r>"), L" a ");
+    EXPECT_EQ(getRootText("<r>  </r>"), L"  ");
+}
+
+TEST(XMLDocument, KeepsTextsAsTheyAreWrittenWhenAsked)
+{
+    const std::string text = "<r n='a&amp;\t\r\n&#65;'> &lt;\r\n&x;\r</r>";
+    XMLDocument document;
+    ASSERT_EQ(document.LoadText(text, "r", XMLDocument::EText::AsWritten), EResult::Ok);
+    EXPECT_EQ(document.GetRoot().GetAttribute("n"), L"a&amp;\t\r\n&#65;");
+    EXPECT_EQ(document.GetRoot().GetText(), L" &lt;\r\n&x;\r");
+
+    ASSERT_EQ(document.LoadText(text, "r"), EResult::Ok);
+    EXPECT_EQ(document.GetRoot().GetAttribute("n"), L"a&  A");
+    EXPECT_EQ(document.GetRoot().GetText(), L" <\n&x;\n");
+}
+
+TEST(XMLDocument, RefusesLargeFilesOfHardlyAnythingButTags)
+{
+    const auto makeDense = [](std::size_t count) {
+        std::string text = "<r>";
+        for (std::size_t index = 0; index < count; ++index)
+        {
+            text += "<a/>";
+        }
+        return text + "</r>";
+    };
+    EXPECT_EQ(parse(makeDense(1000)), EResult::Ok);
+    EXPECT_EQ(parse(makeDense(1000000)), EResult::Syntax);
+}

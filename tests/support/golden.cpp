@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -80,8 +81,16 @@ std::string NormalizeXmlReport(const std::string& text)
     return std::regex_replace(text, s_element, "<$1>#</");
 }
 
-std::string NormalizeHtmlReport(const std::string& text)
+std::string NormalizeHtmlReport(const std::string& page)
 {
+    constexpr std::string_view c_StyleStart = "<style type=\"text/css\">";
+    std::string text = page;
+    const std::size_t style = text.find(c_StyleStart);
+    if (style != std::string::npos)
+    {
+        const std::size_t content = style + c_StyleStart.size();
+        text.erase(content, text.find("</style>") - content);
+    }
     // A row of label and value, and a case's cells of time and memory.
     static const std::regex s_row(
         R"(<td>(Build Configuration|PSCM [\w ]+|CPU|GPU|Machine Name|Data Directory|Begin Date|End Date|Time [\w ]+\(sec\))"

@@ -18,5 +18,5 @@ std::string NormalizeTimes(const std::string& text);
 /// about machine, build, data directory, dates, times and memory become "#".
 std::string NormalizeXmlReport(const std::string& text);
 
-/// The same in an HTML report, by the labels of its rows.
-std::string NormalizeHtmlReport(const std::string& text);
+/// The same in an HTML report, by the labels of its rows; and without the style sheet inside.
+std::string NormalizeHtmlReport(const std::string& page);

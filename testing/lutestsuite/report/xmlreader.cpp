@@ -1,5 +1,6 @@
 /// Reading the XML report back.
 
+#include <iterator>
 #include <new>
 #include <span>
 
@@ -111,7 +112,9 @@ void readReport(const XMLNode& root, ReportData& data)
     {
         data.Classes.push_back(readClass(child));
     }
-    for (const XMLNode& child : root.GetChildren("testcase"))
+    const auto testCases = root.GetChildren("testcase");
+    data.Cases.reserve(static_cast<std::size_t>(std::distance(testCases.begin(), testCases.end())));
+    for (const XMLNode& child : testCases)
     {
         data.Cases.push_back(readCase(child));
     }

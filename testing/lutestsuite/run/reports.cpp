@@ -1,5 +1,6 @@
 #include "testing/lutestsuite/run/reports.h"
 
+#include <new>
 #include <string>
 
 #include "base/lbdatetime.h"
@@ -33,12 +34,23 @@ std::wstring makeAutomaticName()
 /// Automatic names replace those that the user gave.
 STargets getTargets(const LuTestSuiteSetup& setup)
 {
-    STargets targets{setup.xmlReport, setup.htmlReport};
-    if (setup.autoXml || setup.autoHtml)
+    STargets targets;
+    targets.xml = setup.autoXml ? L"" : setup.xmlReport;
+    targets.html = setup.autoHtml ? L"" : setup.htmlReport;
+    if (!setup.autoXml && !setup.autoHtml)
+    {
+        return targets;
+    }
+    try
     {
         const std::wstring name = makeAutomaticName();
         targets.xml = setup.autoXml ? name + L".xml" : targets.xml;
         targets.html = setup.autoHtml ? name + L".html" : targets.html;
+    }
+    catch (const LbException& exception)
+    {
+        // The system knows no folder for the user's data: the reports that have a name of their own stand.
+        LuTestSuite::WriteWarning(L"Fehler: Der Ordner für Reports fehlt: %s\n", exception.GetMessageText());
     }
     return targets;
 }
@@ -62,22 +74,21 @@ void WriteReports(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::
     {
         return;
     }
-    STargets targets{setup.xmlReport, setup.htmlReport};
     try
     {
-        targets = getTargets(setup);
+        const STargets targets = getTargets(setup);
+        LuTestSuiteReport::SReportData data;
+        LuTestSuiteReport::GenerateReportData(data, setup, unitTests, result.cases, result.stats);
+        LuTestSuiteReport::GenerateXMLReport(targets.xml, data);
+        if (!targets.html.empty())
+        {
+            writeHtml(setup, targets.html, data);
+        }
     }
-    catch (const LbException& exception)
+    catch (const std::bad_alloc&)
     {
-        // The system knows no folder for the user's data: the reports that have a name of their own stand.
-        LuTestSuite::WriteWarning(L"Fehler: Der Ordner für Reports fehlt: %s\n", exception.GetMessageText());
-    }
-    LuTestSuiteReport::SReportData data;
-    LuTestSuiteReport::GenerateReportData(data, setup, unitTests, result.cases, result.stats);
-    LuTestSuiteReport::GenerateXMLReport(targets.xml, data);
-    if (!targets.html.empty())
-    {
-        writeHtml(setup, targets.html, data);
+        // The run has its verdict already.
+        LuTestSuite::WriteWarning(L"Fehler: Der Speicher reicht für die Reports nicht aus.\n");
     }
 }
 

@@ -5,6 +5,7 @@
 #include "base/lbrtti.h"
 #include "base/os/modules.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/buildrecord.h"
 
 std::wstring LuTestSuiteUtils::GetBuildConfiguration()
 {
@@ -14,6 +15,16 @@ std::wstring LuTestSuiteUtils::GetBuildConfiguration()
 LuTestSuiteUtils::EPlatform LuTestSuiteUtils::GetPlatform()
 {
     return eP_x64;
+}
+
+std::unique_ptr<LuTestSuiteUtils::SSvnInfo> LuTestSuiteUtils::GetSvnInfo()
+{
+    return LuTestSuite::ReadSvnRecord(LoadResourceToString(L"IDR_SVNINFO", L"SVNINFOFILE"));
+}
+
+std::unique_ptr<LuTestSuiteUtils::SPscmInfo> LuTestSuiteUtils::GetPscmInfo()
+{
+    return LuTestSuite::ReadPscmRecord(LoadResourceToString(L"IDR_PSCMINFO", L"PSCMINFOFILE"));
 }
 
 std::wstring LuTestSuiteUtils::GetModuleName(const LbRTTI& type)

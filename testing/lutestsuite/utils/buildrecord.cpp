@@ -90,13 +90,3 @@ std::unique_ptr<SPscmInfo> LuTestSuite::ReadPscmRecord(std::string_view bytes)
 {
     return readRecord<SPscmInfo>(bytes, c_PscmFields);
 }
-
-std::unique_ptr<SSvnInfo> LuTestSuiteUtils::GetSvnInfo()
-{
-    return LuTestSuite::ReadSvnRecord(LoadResourceToString(L"IDR_SVNINFO", L"SVNINFOFILE"));
-}
-
-std::unique_ptr<SPscmInfo> LuTestSuiteUtils::GetPscmInfo()
-{
-    return LuTestSuite::ReadPscmRecord(LoadResourceToString(L"IDR_PSCMINFO", L"PSCMINFOFILE"));
-}
