@@ -85,8 +85,12 @@ class Browser:
         metrics = {metric["name"]: metric["value"] for metric in self.command("Performance.getMetrics")["metrics"]}
         return metrics["TaskDuration"]
 
-    def save_screenshot(self, file):
-        file.write_bytes(base64.b64decode(self.call("GET", f"/session/{self.session}/screenshot")))
+    def save_screenshot(self, file, highest=4000):
+        """Of the whole page, not only of what fits the window, but for what is below `highest` pixels."""
+        width, height = self.run("return [innerWidth, document.documentElement.scrollHeight]")
+        clip = {"x": 0, "y": 0, "width": width, "height": min(height, highest), "scale": 1}
+        picture = self.command("Page.captureScreenshot", captureBeyondViewport=True, clip=clip)["data"]
+        file.write_bytes(base64.b64decode(picture))
 
     def save_print(self, file):
         file.write_bytes(base64.b64decode(self.do("print", {"orientation": "landscape"})))
