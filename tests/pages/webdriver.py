@@ -88,8 +88,11 @@ class Browser:
     def save_screenshot(self, file, highest=4000):
         """Of the whole page, not only of what fits the window, but for what is below `highest` pixels."""
         width, height = self.run("return [innerWidth, document.documentElement.scrollHeight]")
-        clip = {"x": 0, "y": 0, "width": width, "height": min(height, highest), "scale": 1}
-        picture = self.command("Page.captureScreenshot", captureBeyondViewport=True, clip=clip)["data"]
+        # A window of that height: rows below its end would be empty, since only rows that are seen are laid out.
+        self.command("Emulation.setDeviceMetricsOverride", width=width, height=min(height, highest),
+                     deviceScaleFactor=1, mobile=False)
+        picture = self.command("Page.captureScreenshot")["data"]
+        self.command("Emulation.clearDeviceMetricsOverride")
         file.write_bytes(base64.b64decode(picture))
 
     def save_print(self, file):
