@@ -1,6 +1,7 @@
 #include "base/os/files.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -156,6 +157,11 @@ bool LbOs::MakeDirectory(const std::wstring& path)
 bool LbOs::RemoveFile(const std::wstring& path)
 {
     return unlink(toSystemPath(path).c_str()) == 0;
+}
+
+bool LbOs::RenameFile(const std::wstring& path, const std::wstring& newPath)
+{
+    return std::rename(toSystemPath(path).c_str(), toSystemPath(newPath).c_str()) == 0;
 }
 
 bool LbOs::RemoveEmptyDirectory(const std::wstring& path)

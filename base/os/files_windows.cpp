@@ -169,6 +169,11 @@ bool LbOs::RemoveFile(const std::wstring& path)
            SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) != FALSE && DeleteFileW(name.c_str()) != FALSE;
 }
 
+bool LbOs::RenameFile(const std::wstring& path, const std::wstring& newPath)
+{
+    return MoveFileExW(ToSystemPath(path).c_str(), ToSystemPath(newPath).c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
+}
+
 bool LbOs::RemoveEmptyDirectory(const std::wstring& path)
 {
     return RemoveDirectoryW(ToSystemPath(path).c_str()) != FALSE;

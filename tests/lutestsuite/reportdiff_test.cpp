@@ -7,8 +7,10 @@
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
+#include "tests/support/openedfiles.h"
 #include "tests/support/page.h"
 #include "tests/support/samplereports.h"
+#include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -138,6 +140,53 @@ TEST_F(GenerateReportDiff, CostsOneLineWhenThePageCannotBeWritten)
     Generate(setup);
 
     EXPECT_EQ(m_output.GetText(), L"HTML-Report " + setup.diffOutput + L" konnte nicht erzeugt werden.\n");
+}
+
+TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFiles)
+{
+    const std::string before = LbFileSystem::ReadFile8Bit(m_b);
+    m_folder.MakeFolder(L"anderswo");
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    for (const std::wstring& output : {m_a, m_b, m_folder.GetPathOf(L"anderswo/../neu.1.xml")})
+    {
+        m_output.Clear();
+        setup.diffOutput = output;
+        Generate(setup);
+        EXPECT_EQ(m_output.GetText(), L"Fehler Diff: Die Ausgabe würde die Datei " + output + L" überschreiben.\n");
+    }
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_b), before);
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()), (std::vector<std::wstring>{L"alt.xml", L"neu.1.xml"}));
+}
+
+TEST_F(GenerateReportDiff, ReplacesAFileThatItDoesNotRead)
+{
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    setup.diffOutput = m_folder.WriteFile(L"vergleich.html", "alt");
+
+    Generate(setup);
+
+    EXPECT_FALSE(GetHeadings(ReadPage(setup.diffOutput)).empty());
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(GenerateReportDiff, OpensThePageOnTheDesktop)
+{
+    if (!OpenedFiles::CanStandIn())
+    {
+        GTEST_SKIP() << "there is no way to stand in for the desktop";
+    }
+    const OpenedFiles opened;
+    const ScopedEnvironmentVariable path(L"PATH", opened.GetSearchPath());
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    Generate(setup);
+    setup.openReports = true;
+    setup.diffOutput = m_folder.GetPathOf(L"fehlt/vergleich.html");
+    Generate(setup);
+    setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
+    Generate(setup);
+
+    // Neither the page that nobody asked for nor the one that could not be written.
+    EXPECT_EQ(opened.Await(), std::vector<std::wstring>{setup.diffOutput});
 }
 
 TEST_F(GenerateReportDiff, ComparesARunWithItself)

@@ -56,7 +56,7 @@ void addArchived(const std::wstring& folder, const std::wstring& configuration, 
     data.BuildConfiguration = configuration;
     data.DateBegin = LbFormat(L"2024-05-%02d 22:00:00", day);
     data.Successful = successful;
-    const std::wstring name = LbFormat(L"Report.%s.[2024-05-%02d]-[22-00-00]", tag, day);
+    const std::wstring name = LbFormat(L"Report %s & 100%% größer #1 [2024-05-%02d]-[22-00-00]", tag, day);
     LuTestSuiteReport::GenerateXMLReport(folder + name + L".xml", data);
     writeRun(folder + name + L".html", data);
 }

@@ -85,8 +85,15 @@ class Browser:
         metrics = {metric["name"]: metric["value"] for metric in self.command("Performance.getMetrics")["metrics"]}
         return metrics["TaskDuration"]
 
-    def save_screenshot(self, file):
-        file.write_bytes(base64.b64decode(self.call("GET", f"/session/{self.session}/screenshot")))
+    def save_screenshot(self, file, highest=4000):
+        """Of the whole page, not only of what fits the window, but for what is below `highest` pixels."""
+        width, height = self.run("return [innerWidth, document.documentElement.scrollHeight]")
+        # A window of that height: rows below its end would be empty, since only rows that are seen are laid out.
+        self.command("Emulation.setDeviceMetricsOverride", width=width, height=min(height, highest),
+                     deviceScaleFactor=1, mobile=False)
+        picture = self.command("Page.captureScreenshot")["data"]
+        self.command("Emulation.clearDeviceMetricsOverride")
+        file.write_bytes(base64.b64decode(picture))
 
     def save_print(self, file):
         file.write_bytes(base64.b64decode(self.do("print", {"orientation": "landscape"})))

@@ -1,10 +1,12 @@
 /// The mode that compares two XML reports.
 
+#include <algorithm>
+
 #include "base/lbfilesystem.h"
-#include "base/os/desktop.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/openpage.h"
 #include "testing/lutestsuite/utils/warning.h"
 
 namespace
@@ -21,6 +23,13 @@ bool haveFiles(const std::vector<std::wstring>& paths)
         }
     }
     return true;
+}
+
+/// Canonical names tell whether two paths mean one file; a page that is not there yet has none.
+bool wouldReplaceInput(const std::wstring& output, const std::vector<std::wstring>& inputs)
+{
+    const std::wstring canonical = LbOs::GetCanonicalPath(output);
+    return !canonical.empty() && std::ranges::find(inputs, canonical, &LbOs::GetCanonicalPath) != inputs.end();
 }
 
 bool load(const std::wstring& path, LuTestSuiteReport::SReportData& data)
@@ -56,17 +65,26 @@ void LuTestSuiteUtils::GenerateReportDiff(const LuTestSuiteSetup& setup)
     }
     const std::wstring& pathA = setup.diffInputs[0];
     const std::wstring& pathB = setup.diffInputs[1];
-    LuTestSuiteReport::SReportData a;
-    LuTestSuiteReport::SReportData b;
-    if (!haveFiles(setup.diffInputs) || !load(pathA, a) || !load(pathB, b))
+    if (!haveFiles(setup.diffInputs))
     {
         return;
     }
     const std::wstring output = setup.diffOutput.empty() ? getAutomaticPath(pathA, pathB) : setup.diffOutput;
+    if (wouldReplaceInput(output, setup.diffInputs))
+    {
+        LuTestSuite::WriteWarning(L"Fehler Diff: Die Ausgabe würde die Datei %s überschreiben.\n", output);
+        return;
+    }
+    LuTestSuiteReport::SReportData a;
+    LuTestSuiteReport::SReportData b;
+    if (!load(pathA, a) || !load(pathB, b))
+    {
+        return;
+    }
     LuTestSuiteReport::GenerateHTMLDiffReport(output, pathA, pathB, a, b, setup.writeCss, setup.writeJs,
                                               setup.smallReport, setup.tolerateWarnings);
-    if (setup.openReports && LbFileSystem::IsFile(output))
+    if (setup.openReports)
     {
-        LbOs::OpenOnDesktop(LbOs::GetFullPath(output));
+        LuTestSuite::OpenPage(output);
     }
 }

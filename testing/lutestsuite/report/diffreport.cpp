@@ -1,6 +1,6 @@
 /// The page that compares two runs.
 
-#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/report/diffpage.h"
 #include "testing/lutestsuite/report/matching.h"
 #include "testing/lutestsuite/report/page.h"
 #include "testing/lutestsuite/report/rundata.h"
@@ -185,18 +185,24 @@ void writeCases(MarkupWriter& writer, const SComparison& comparison)
 
 } // namespace
 
+void LuTestSuite::WriteDiffPage(const std::wstring& path, const SDiffSide& a, const SDiffSide& b, bool smallReport,
+                                bool tolerateWarnings)
+{
+    WritePage(path, L"LuTestSuite Report Diff", [&](MarkupWriter& writer) {
+        const SComparison comparison = {a.data, b.data, smallReport, tolerateWarnings};
+        writeSources(writer, a.path, b.path);
+        writeRunData(writer, a.data, b.data);
+        writeClasses(writer, comparison);
+        writeCases(writer, comparison);
+    });
+}
+
 void LuTestSuiteReport::GenerateHTMLDiffReport(const std::wstring& path, const std::wstring& pathA,
                                                const std::wstring& pathB, const SReportData& a, const SReportData& b,
                                                bool writeCss, bool writeJs, bool smallReport, bool tolerateWarnings)
 {
-    const SComparison comparison = {a, b, smallReport, tolerateWarnings};
     LuTestSuite::WorkOrReport(LuTestSuite::c_PageFailed, path, [&] {
-        LuTestSuite::WritePage(path, L"LuTestSuite Report Diff", [&](MarkupWriter& writer) {
-            writeSources(writer, pathA, pathB);
-            writeRunData(writer, a, b);
-            writeClasses(writer, comparison);
-            writeCases(writer, comparison);
-        });
+        LuTestSuite::WriteDiffPage(path, {pathA, a}, {pathB, b}, smallReport, tolerateWarnings);
         LuTestSuite::WriteCompanions(path, writeCss, writeJs);
     });
 }

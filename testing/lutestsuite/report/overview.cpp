@@ -1,12 +1,14 @@
 /// The page over an archive of reports.
 
 #include <algorithm>
+#include <new>
 #include <tuple>
 
+#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/xmlnode.h"
-#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/report/diffpage.h"
 #include "testing/lutestsuite/report/page.h"
 #include "testing/lutestsuite/utils/warning.h"
 
@@ -71,11 +73,13 @@ SRate readRate(const XMLNode& node, const char* totalName)
     return rate;
 }
 
-/// Only what the page shows: archives grow, and whole reports are large. False when the report cannot be read.
+/// Only what the page shows: archives grow, and whole reports are large. Texts stay as they are written, since they are
+/// written again. False when the report cannot be read.
 bool readRun(const std::wstring& path, SArchivedRun& run)
+try
 {
     XMLDocument document;
-    if (document.Load(path, "testsuite") != XMLDocument::EResult::Ok)
+    if (document.Load(path, "testsuite", XMLDocument::EText::AsWritten) != XMLDocument::EResult::Ok)
     {
         return false;
     }
@@ -86,6 +90,11 @@ bool readRun(const std::wstring& path, SArchivedRun& run)
     run.classes = readRate(root.GetChild("ClassStatistics"), "ClassesTotal");
     run.cases = readRate(statistics, "CasesTotal");
     return true;
+}
+catch (const std::bad_alloc&)
+{
+    // One report that is too large costs nothing but itself.
+    return false;
 }
 
 bool isKnown(const std::wstring& configuration)
@@ -127,6 +136,25 @@ std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& 
     return runs;
 }
 
+/// The file appears when it is complete: a page that is there is linked ever after and never written again.
+void writeWhole(const std::wstring& path, const std::function<void(const std::wstring& temporary)>& write)
+{
+    const std::wstring temporary = path + L".tmp";
+    try
+    {
+        write(temporary);
+        if (!LbOs::RenameFile(temporary, path))
+        {
+            throw LbFormat(L"Datei %s konnte nicht umbenannt werden", temporary);
+        }
+    }
+    catch (...)
+    {
+        LbOs::RemoveFile(temporary);
+        throw;
+    }
+}
+
 /// Writes the comparison of a run with an older one, the reference.
 void writeDiff(const SArchive& archive, const std::wstring& path, const SArchivedRun& older, const SArchivedRun& newer)
 {
@@ -137,16 +165,42 @@ void writeDiff(const SArchive& archive, const std::wstring& path, const SArchive
     if (LuTestSuiteReport::LoadReportDataFromXMLFile(pathA, a) &&
         LuTestSuiteReport::LoadReportDataFromXMLFile(pathB, b))
     {
-        LuTestSuiteReport::GenerateHTMLDiffReport(path, pathA, pathB, a, b, true, true, true, true);
+        LuTestSuite::WorkOrReport(LuTestSuite::c_PageFailed, path, [&] {
+            writeWhole(path, [&](const std::wstring& temporary) {
+                LuTestSuite::WriteDiffPage(temporary, {pathA, a}, {pathB, b}, true, true);
+            });
+            LuTestSuite::WriteCompanions(path, true, true);
+        });
     }
 }
 
-std::wstring getLinkCell(const std::wstring& link, const wchar_t* text)
+/// A character of a path that would not be taken for one of a link, or not for itself. A backslash that parts folders
+/// does so in links of files, too.
+bool breaksLink(char character)
 {
-    return link.empty() ? std::wstring() : LbFormat(L"<a href=\"%s\">%s</a>", link, text);
+    const bool isPlain = character > ' ' && character < '\x7F';
+    return !isPlain || std::string_view("\"#%&<>?").find(character) != std::string_view::npos ||
+           (character == '\\' && !LbPath::IsSeparator(L'\\'));
 }
 
-/// Link to the comparison, which is written when there is none; empty when it cannot be had.
+std::wstring toLink(const std::wstring& path)
+{
+    std::wstring link;
+    for (const char byte : LbEncoding::ToUtf8(path))
+    {
+        link += breaksLink(byte) ? LbFormat(L"%%%02X", static_cast<unsigned char>(byte))
+                                 : std::wstring(1, static_cast<wchar_t>(byte));
+    }
+    return link;
+}
+
+/// Empty without a path.
+std::wstring getLinkCell(const std::wstring& path, const wchar_t* text)
+{
+    return path.empty() ? std::wstring() : LbFormat(L"<a href=\"%s\">%s</a>", toLink(path), text);
+}
+
+/// The comparison as seen from the page, written when there is none; empty when it cannot be had.
 std::wstring provideDiff(const SArchive& archive, const std::wstring& tag, const SArchivedRun& older,
                          const SArchivedRun& newer)
 {
@@ -174,9 +228,10 @@ std::wstring getRateCell(const SRate& rate)
 /// Two bars of 500 pixels together.
 std::wstring getBarCell(const SRate& rate)
 {
-    constexpr std::uint64_t c_FullWidth = 500;
+    constexpr int c_FullWidth = 500;
+    const float ratio = rate.total == 0 ? 0.0F : static_cast<float>(rate.successful) / static_cast<float>(rate.total);
     // A report that someone edited may claim more successes than cases.
-    const std::uint64_t width = rate.total == 0 ? 0 : std::min(rate.successful * c_FullWidth / rate.total, c_FullWidth);
+    const int width = static_cast<int>(std::min(ratio, 1.0F) * static_cast<float>(c_FullWidth));
     return LbFormat(L"<div class=\"ok\" style=\"width:%dpx\">&nbsp;</div>"
                     L"<div class=\"error\" style=\"width:%dpx\">&nbsp;</div>",
                     width, c_FullWidth - width);

@@ -5,10 +5,9 @@
 
 #include "base/lbdatetime.h"
 #include "base/lbexception.h"
-#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
-#include "base/os/desktop.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/utils/openpage.h"
 #include "testing/lutestsuite/utils/warning.h"
 
 namespace LuTestSuiteRun
@@ -59,9 +58,9 @@ void writeHtml(const LuTestSuiteSetup& setup, const std::wstring& path, const Lu
 {
     LuTestSuiteReport::GenerateHTMLReport(path, data, setup.writeCss, setup.writeJs, setup.smallReport,
                                           setup.tolerateWarnings);
-    if (setup.openReports && LbFileSystem::IsFile(path))
+    if (setup.openReports)
     {
-        LbOs::OpenOnDesktop(LbOs::GetFullPath(path));
+        LuTestSuite::OpenPage(path);
     }
 }
 

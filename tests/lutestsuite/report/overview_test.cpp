@@ -1,3 +1,6 @@
+#include <filesystem>
+#include <system_error>
+
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
@@ -5,6 +8,7 @@
 #include "base/lbpath.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
+#include "tests/support/fulldevice.h"
 #include "tests/support/golden.h"
 #include "tests/support/page.h"
 #include "tests/support/samplereports.h"
@@ -240,6 +244,69 @@ TEST_F(ReportDirectoryOverview, IsWrittenWithoutTheDiffsThatCannotBe)
               L"HTML-Report " +
                   GetReportPath(L"Diff/Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html") +
                   L" konnte nicht erzeugt werden.\n");
+}
+
+TEST_F(ReportDirectoryOverview, LinksNoDiffThatWasNotFinished)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+    const std::wstring diff =
+        GetReportPath(L"Diff/Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html");
+    m_folder.MakeFolder(L"Archive/Diff");
+    std::error_code error;
+    // What is written to a device that is full comes to an end half-way.
+    std::filesystem::create_symlink(LbEncoding::ToNative(GetFullDevice()), LbEncoding::ToNative(diff + L".tmp"), error);
+    if (GetFullDevice().empty() || error)
+    {
+        GTEST_SKIP() << "no disk can be full here";
+    }
+
+    EXPECT_EQ(GetRunRows().at(1).cells.at(6), "");
+    EXPECT_EQ(m_output.GetText(), L"HTML-Report " + diff + L" konnte nicht erzeugt werden.\n");
+    EXPECT_TRUE(LbFileSystem::GetFileNames(GetReportPath(L"Diff/")).empty());
+
+    EXPECT_NE(GetRunRows().at(1).cells.at(6), "") << "the next overview writes it";
+}
+
+TEST_F(ReportDirectoryOverview, FinishesADiffThatWasBrokenOff)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+    const std::wstring name = L"Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html";
+    m_folder.WriteFile(L"Archive/Diff/" + name + L".tmp", "<html>");
+
+    EXPECT_NE(GetRunRows().at(1).cells.at(6), "");
+
+    EXPECT_EQ(GetHeadings(ReadPage(GetReportPath(L"Diff/" + name))).back(), "Case Diff");
+    EXPECT_FALSE(LbFileSystem::Exists(GetReportPath(L"Diff/" + name + L".tmp")));
+}
+
+TEST_F(ReportDirectoryOverview, LinksADiffWhoseStyleSheetCannotBeWritten)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+    m_folder.MakeFolder(L"Archive/Diff/LuTestSuite.css");
+
+    EXPECT_NE(GetRunRows().at(1).cells.at(6), "");
+    EXPECT_NE(m_output.GetText(), L"");
+}
+
+TEST_F(ReportDirectoryOverview, EncodesWhatWouldBreakALink)
+{
+    const std::wstring name = L"Report 100% #1 & größer [2024-05-01]-[10-00-00]";
+    AddReport(name, L"2024-05-01 10:00:00");
+    m_folder.WriteFile(L"Archive/" + name + L".html", "<html/>");
+
+    EXPECT_EQ(GetRunRows().at(0).cells.at(5),
+              "<a href=\"Archive/Report%20100%25%20%231%20%26%20gr%C3%B6%C3%9Fer%20[2024-05-01]-[10-00-00].html\">"
+              "Report</a>");
+}
+
+TEST_F(ReportDirectoryOverview, ShowsTextsOfReportsAsTheyAreWritten)
+{
+    AddReport(c_First, L"1. Mai &lt;früh&gt;");
+
+    EXPECT_EQ(GetRunRows().at(0).cells.at(1), "1. Mai &lt;früh&gt;");
 }
 
 TEST_F(ReportDirectoryOverview, RefusesARootThatCannotBe)

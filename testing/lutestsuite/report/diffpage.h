@@ -1,0 +1,21 @@
+/// The page that compares two runs, for those who mind themselves what happens when it fails.
+#pragma once
+
+#include <string>
+
+#include "testing/lutestsuite/lutestsuitereport.h"
+
+namespace LuTestSuite
+{
+
+struct SDiffSide
+{
+    const std::wstring& path; ///< of the XML report
+    const LuTestSuiteReport::SReportData& data;
+};
+
+/// Writes the page alone. `a` is the reference. Failures are thrown; what was written stays.
+void WriteDiffPage(const std::wstring& path, const SDiffSide& a, const SDiffSide& b, bool smallReport,
+                   bool tolerateWarnings);
+
+} // namespace LuTestSuite
