@@ -1,4 +1,5 @@
 #include "base/iunittestrecreate.h"
+#include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/luunittest.h"
@@ -60,6 +61,30 @@ void callTree(const std::vector<LuTestSuite::SUnitTest>& unitTests)
     Expect(tree.GetNodeCount() != 0 && tree.GetNode(0).parent == LuTestSuiteTree::sc_uiInvalid, "its root");
 }
 
+/// In the deployed host as child process, which loads the module for itself.
+void callExternalRun(LuTestSuiteEnvironment& environment, const SPlaces& places)
+{
+    LuTestSuiteSetup setup;
+    setup.dataDir = places.data;
+    setup.includes = {L"/COutsideTest:"};
+    setup.dlls = {L"OutsideTests"};
+    setup.params.external = true;
+    const LuTestSuiteRun::SRunResult result = LuTestSuiteRun::Run(setup, environment);
+    Expect(result.stats.total.GetCount(ECaseRunResult::Ok) == 2, "LuTestSuiteRun::Run in child processes");
+    Expect(!result.cases.empty() && result.cases[0].processIndex >= 0, "the child process of a case");
+    bool isRefused = false;
+    try
+    {
+        // No names of shared objects.
+        LuTestSuiteRun::RunExternalExecution(LuTestSuiteSetup(), environment);
+    }
+    catch (const LbException&)
+    {
+        isRefused = true;
+    }
+    Expect(isRefused, "LuTestSuiteRun::RunExternalExecution");
+}
+
 } // namespace
 
 void CallEnvironment(LuTestSuiteEnvironment& environment)
@@ -86,6 +111,7 @@ void CallRuns(LuTestSuiteEnvironment& environment, const SPlaces& places)
     setup.unitTests = unitTests;
     const LuTestSuiteRun::SRunResult result = LuTestSuiteRun::Run(setup, environment);
     Expect(result.stats.total.GetCount(ECaseRunResult::Ok) == 1, "LuTestSuiteRun::Run");
+    callExternalRun(environment, places);
     constexpr std::uint32_t c_Target = 7;
     std::size_t finished = 0;
     LuTestSuiteRun::Recreate(environment, unitTests, LuTestSuiteRun::ETargetSystem(c_Target), true,
