@@ -2,22 +2,13 @@
 
 #include <filesystem>
 
-#include "base/lbpath.h"
-
-namespace
-{
-
-std::wstring getFolder()
-{
-    return LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/");
-}
-
-} // namespace
+#include "base/os/platform.h"
+#include "tests/support/binaryfolder.h"
 
 ProgramCopy::ProgramCopy(const std::wstring& program, const std::wstring& name)
-    : m_fileName(name + LbOs::c_ExecutableSuffix), m_path(getFolder() + m_fileName)
+    : m_fileName(name + LbOs::c_ExecutableSuffix), m_path(GetBinaryFolder() + m_fileName)
 {
-    std::filesystem::copy_file(std::filesystem::path(getFolder() + program + LbOs::c_ExecutableSuffix),
+    std::filesystem::copy_file(std::filesystem::path(GetBinaryFolder() + program + LbOs::c_ExecutableSuffix),
                                std::filesystem::path(m_path));
 }
 
