@@ -127,9 +127,4 @@ TEST(HostCommandLine, RefusesAFileAsDataDirectory)
                  1);
 }
 
-TEST(HostCommandLine, SaysThatAModeIsMissing)
-{
-    ExpectAnswer({L"-q"}, "Warnung: Der Modus --query-mode ist in dieser Version nicht enthalten.\n", 0);
-}
-
 } // namespace
