@@ -1,10 +1,8 @@
 #include "testing/lutestsuite/heap/warmup.h"
 
-#include <clocale>
 #include <cstring>
 #include <ctime>
 #include <mutex>
-#include <string>
 
 namespace LuTestSuite
 {
@@ -33,11 +31,6 @@ bool warmUp()
     // It calls localtime, which looks up the time zone.
     [[maybe_unused]] const char* const time = std::ctime(&begin);
     [[maybe_unused]] const char* const error = std::strerror(0);
-    // The same again changes nothing but what the run-time keeps for it.
-    if (const char* const locale = std::setlocale(LC_ALL, nullptr))
-    {
-        std::setlocale(LC_ALL, std::string(locale).c_str());
-    }
     return true;
 }
 
