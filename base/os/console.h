@@ -23,6 +23,10 @@ LB_API void SetConsoleCodePage(std::uint32_t codePage);
 LB_API void WriteStandardOutput(std::string_view bytes);
 LB_API void WriteStandardError(std::string_view bytes);
 
+/// Has the run-time allocate the buffer of standard output where it does so with the first output otherwise. Not while
+/// other threads use the stream.
+LB_API void AllocateOutputBuffer() noexcept;
+
 /// True when standard output is a terminal that understands ANSI escape sequences; switches them on where the platform
 /// wants that.
 LB_API bool EnableTerminalSequences();

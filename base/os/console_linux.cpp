@@ -93,6 +93,20 @@ void LbOs::WriteStandardError(std::string_view bytes)
     writeStream(stderr, bytes);
 }
 
+void LbOs::AllocateOutputBuffer() noexcept
+{
+    if (__fbufsize(stdout) != 0)
+    {
+        return;
+    }
+    // Only full buffering is allocated at once. A terminal's output goes by lines again behind that.
+    std::setvbuf(stdout, nullptr, _IOFBF, 0);
+    if (isatty(fileno(stdout)) != 0)
+    {
+        std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    }
+}
+
 bool LbOs::EnableTerminalSequences()
 {
     const std::wstring terminal = GetEnvironmentText(L"TERM");

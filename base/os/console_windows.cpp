@@ -41,6 +41,9 @@ void LbOs::WriteStandardError(std::string_view bytes)
     writeStream(stderr, bytes);
 }
 
+// The run-time's buffers are not allocated by malloc.
+void LbOs::AllocateOutputBuffer() noexcept {}
+
 bool LbOs::EnableTerminalSequences()
 {
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);

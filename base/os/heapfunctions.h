@@ -18,4 +18,13 @@ struct SHeapFunctions
 /// allocator). Any thread, but not while threads are frozen.
 LB_API SHeapFunctions GetHeapFunctions() noexcept;
 
+/// True when the run-time's realloc may move a block by its own malloc. For a null pointer and for no bytes each one
+/// calls malloc or free.
+LB_API extern const bool c_ReallocCallsMalloc;
+
+/// Takes the lock of the run-time's heap where programs can hold it, too; re-entrant. Each is followed by one unlock on
+/// the same thread.
+LB_API void LockHeap() noexcept;
+LB_API void UnlockHeap() noexcept;
+
 } // namespace LbOs

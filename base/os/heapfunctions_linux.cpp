@@ -14,6 +14,12 @@ void* findOwn(void* runtime, const char* name) noexcept
 
 } // namespace
 
+const bool LbOs::c_ReallocCallsMalloc = true;
+
+// Programs cannot hold the locks of the run-time's heap.
+void LbOs::LockHeap() noexcept {}
+void LbOs::UnlockHeap() noexcept {}
+
 LbOs::SHeapFunctions LbOs::GetHeapFunctions() noexcept
 {
     void* const runtime = dlopen("libc.so.6", RTLD_NOW | RTLD_NOLOAD);

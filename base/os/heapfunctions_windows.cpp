@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <malloc.h>
+
 #include "base/os/windows_api.h"
 
 namespace
@@ -33,7 +35,22 @@ void* findImported(F* function) noexcept
     return findModule(address) == findModule(reinterpret_cast<const void*>(&findModule)) ? nullptr : address;
 }
 
+/// Asked for when the library is loaded, since threads may be frozen later.
+const HANDLE s_heap = reinterpret_cast<HANDLE>(_get_heap_handle());
+
 } // namespace
+
+const bool LbOs::c_ReallocCallsMalloc = false;
+
+void LbOs::LockHeap() noexcept
+{
+    HeapLock(s_heap);
+}
+
+void LbOs::UnlockHeap() noexcept
+{
+    HeapUnlock(s_heap);
+}
 
 LbOs::SHeapFunctions LbOs::GetHeapFunctions() noexcept
 {

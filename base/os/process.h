@@ -40,9 +40,16 @@ LB_API EAssertAnswer ShowAssertDialog(const std::wstring& text);
 /// Stops in the debugger; ends the process when there is none.
 LB_API void BreakIntoDebugger();
 
-/// From now on `before` is called ahead of each fork of the process and `after` behind it, in parent and child, on the
-/// forking thread. Both are there for the life of the process. Windows does not fork.
-LB_API void CallAroundForks(void (*before)(), void (*after)());
+/// What is called around each fork of the process, on the forking thread.
+struct SForkHandlers
+{
+    void (*before)() noexcept; ///< must not leave locks behind that a thread takes while it holds one of the run-time
+    void (*afterInParent)() noexcept; ///< also when the fork failed
+    void (*afterInChild)() noexcept;  ///< behind those that were there earlier
+};
+
+/// From now on the handlers are called, for the life of the process. Windows does not fork.
+LB_API void CallAroundForks(const SForkHandlers& handlers);
 
 /// Number of the present process.
 LB_API unsigned long GetProcessNumber();

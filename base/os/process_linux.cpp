@@ -92,9 +92,9 @@ void LbOs::BreakIntoDebugger()
     raise(SIGTRAP);
 }
 
-void LbOs::CallAroundForks(void (*before)(), void (*after)())
+void LbOs::CallAroundForks(const SForkHandlers& handlers)
 {
-    pthread_atfork(before, after, after);
+    pthread_atfork(handlers.before, handlers.afterInParent, handlers.afterInChild);
 }
 
 unsigned long LbOs::GetProcessNumber()

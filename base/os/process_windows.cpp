@@ -103,7 +103,7 @@ void LbOs::BreakIntoDebugger()
     DebugBreak();
 }
 
-void LbOs::CallAroundForks(void (* /*before*/)(), void (* /*after*/)()) {}
+void LbOs::CallAroundForks(const SForkHandlers& /*handlers*/) {}
 
 unsigned long LbOs::GetProcessNumber()
 {

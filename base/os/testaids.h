@@ -15,6 +15,19 @@ bool LoadAndUnloadModule(const std::wstring& path);
 /// The child's exit status, -1 for a signal; none where processes do not fork.
 std::optional<int> RunInFork(const std::function<int()>& function);
 
+/// Writes to a stream and flushes all streams; `function` is called from there, while the run-time holds the lock of
+/// the list of streams. False where streams call nothing.
+bool CallWhileFlushing(void (*function)());
+
+/// Gives every real-time signal back to the system, as whoever has use for one may do. False where there are none.
+bool ResetRealTimeSignals();
+
+/// Has a signal interrupt the process each half millisecond, or no more. False where that cannot be.
+bool SetInterruptedOften(bool isInterrupted);
+
+/// Makes the system refuse pages, or give them again. False where it cannot be told to.
+bool SetPagesForbidden(bool areForbidden);
+
 /// Makes the system refuse signals that it would have to queue, or take them again. False where there are none.
 bool SetSignalsForbidden(bool areForbidden);
 

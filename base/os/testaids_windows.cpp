@@ -13,6 +13,26 @@ std::optional<int> LbOs::RunInFork(const std::function<int()>& /*function*/)
     return std::nullopt;
 }
 
+bool LbOs::CallWhileFlushing(void (* /*function*/)())
+{
+    return false;
+}
+
+bool LbOs::ResetRealTimeSignals()
+{
+    return false;
+}
+
+bool LbOs::SetInterruptedOften(bool /*isInterrupted*/)
+{
+    return false;
+}
+
+bool LbOs::SetPagesForbidden(bool /*areForbidden*/)
+{
+    return false;
+}
+
 bool LbOs::SetSignalsForbidden(bool /*areForbidden*/)
 {
     return false;

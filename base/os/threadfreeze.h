@@ -9,19 +9,20 @@
 namespace LbOs
 {
 
-/// True where a thread that is stopped in a handler of its own may go back, by what that handler saved, to an
-/// instruction that its instruction pointer does not tell. Code that threads may have been in is then not to be freed.
-LB_API extern const bool c_CanHideInstructionPointers;
-
 /// All other threads, stopped wherever they are, from Freeze to Thaw or destruction. One object at a time in a process;
 /// callers see to that.
 ///
 /// While threads are frozen the caller must not allocate from the heap, use stdio or take any lock that another thread
 /// may hold, for its holder may be among the frozen. The object itself keeps to that.
 ///
+/// A thread that is stopped in a handler of its own (of a signal, an exception) may go back, by what that handler
+/// saved, to an instruction that its instruction pointer does not tell. Code that threads may have been in is not to be
+/// freed.
+///
 /// On Linux a free real-time signal is taken on first use and kept for good, one that no thread blocks (to wait for it,
-/// say) if there is any; after a time-out another one may be taken. Calls that the system does not take up again after
-/// a signal (sleep, poll and the like) end early in frozen threads, as with any other signal.
+/// say) if there is any; after a time-out, or when others gave it a handler, another one is taken. Calls that the
+/// system does not take up again after a signal (sleep, poll and the like) end early in frozen threads, as with any
+/// other signal.
 class LB_API CThreadFreezer
 {
 public:
@@ -32,7 +33,8 @@ public:
 
     /// Stops all other threads, those too that start meanwhile. False when none did so for this time though one still
     /// had to (it blocks all signals, or the system has no room for more), when threads kept starting for this time
-    /// (Windows, which stops any), or when the threads cannot be had; all run again then.
+    /// (Windows, which stops any), or when the threads cannot be had (no "/proc" of this process's numbers); all
+    /// run again then.
     bool Freeze(unsigned timeoutMs) noexcept;
 
     /// Lets them run. Does nothing when they do.

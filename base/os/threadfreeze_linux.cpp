@@ -95,9 +95,34 @@ pid_t parseNumber(const char* text) noexcept
     return number;
 }
 
-/// The beginning of one of the files that tell of a thread, as a text. False when the thread is gone.
+/// Time that passed since its construction. Signals that interrupt waits do not upset it.
+class CStopwatch
+{
+public:
+    std::int64_t GetMilliseconds() const noexcept { return now() - m_begin; }
+    void Restart() noexcept { m_begin = now(); }
+
+private:
+    static std::int64_t now() noexcept
+    {
+        timespec time = {};
+        clock_gettime(CLOCK_MONOTONIC, &time);
+        return time.tv_sec * std::int64_t{1000} + time.tv_nsec / 1'000'000;
+    }
+
+    std::int64_t m_begin = now();
+};
+
+enum class EThreadFile
+{
+    Read,
+    Gone,      ///< and the thread with it
+    Unreadable ///< which says nothing about the thread
+};
+
+/// The beginning of one of the files that tell of a thread, as a text.
 template<std::size_t Size>
-bool readThreadFile(pid_t thread, std::string_view name, char (&text)[Size], std::size_t& length) noexcept
+EThreadFile readThreadFile(pid_t thread, std::string_view name, char (&text)[Size], std::size_t& length) noexcept
 {
     char path[64];
     char digits[16];
@@ -110,14 +135,14 @@ bool readThreadFile(pid_t thread, std::string_view name, char (&text)[Size], std
     end = std::reverse_copy(digits, digits + digitCount, end);
     *std::ranges::copy(name, end).out = '\0';
     const int file = open(path, O_RDONLY | O_CLOEXEC);
-    if (file < 0)
+    const ssize_t count = file < 0 ? -1 : read(file, text, Size);
+    const bool isGone = count < 0 && (errno == ENOENT || errno == ESRCH);
+    if (file >= 0)
     {
-        return false;
+        close(file);
     }
-    const ssize_t count = read(file, text, Size);
-    close(file);
     length = count > 0 ? static_cast<std::size_t>(count) : 0;
-    return length > 0;
+    return length > 0 ? EThreadFile::Read : isGone ? EThreadFile::Gone : EThreadFile::Unreadable;
 }
 
 /// True for a thread that will never run again: gone, or the first one after it left the process to the others.
@@ -125,9 +150,10 @@ bool hasEnded(pid_t thread) noexcept
 {
     char text[512];
     std::size_t length = 0;
-    if (!readThreadFile(thread, "/stat", text, length))
+    const EThreadFile result = readThreadFile(thread, "/stat", text, length);
+    if (result != EThreadFile::Read)
     {
-        return true;
+        return result == EThreadFile::Gone;
     }
     // "number (name) state ...", and a name may hold brackets.
     const char* const end = text + length;
@@ -148,7 +174,8 @@ struct SDirectoryEntry
     char name[1];
 };
 
-/// Calls `function` for all threads but this one until it returns false. False then, or without a list of threads.
+/// Calls `function` for all threads but this one until it returns false. False then, or without a list of threads; one
+/// that does not hold this thread belongs to other numbers than the process knows itself by.
 template<typename F>
 bool forOtherThreads(const F& function) noexcept
 {
@@ -161,6 +188,7 @@ bool forOtherThreads(const F& function) noexcept
     alignas(SDirectoryEntry) char buffer[4096];
     long length = 1;
     bool isGood = true;
+    bool isListed = false;
     while (isGood && length > 0)
     {
         length = syscall(SYS_getdents64, directory, buffer, sizeof(buffer));
@@ -170,11 +198,17 @@ bool forOtherThreads(const F& function) noexcept
             const auto* const entry = reinterpret_cast<const SDirectoryEntry*>(buffer + position);
             position += entry->length;
             const pid_t thread = parseNumber(entry->name);
+            isListed = isListed || thread == self;
             isGood = thread == 0 || thread == self || function(thread);
         }
     }
     close(directory);
-    return isGood;
+    return isGood && isListed;
+}
+
+constexpr std::uint64_t toMask(int signal) noexcept
+{
+    return std::uint64_t{1} << static_cast<unsigned>(signal - 1);
 }
 
 /// The signals that a thread blocks, bit 0 for signal 1; none when it is gone.
@@ -183,7 +217,7 @@ std::uint64_t readBlockedSignals(pid_t thread) noexcept
     constexpr std::string_view c_Field = "\nSigBlk:\t";
     char buffer[4096];
     std::size_t length = 0;
-    if (!readThreadFile(thread, "/status", buffer, length))
+    if (readThreadFile(thread, "/status", buffer, length) != EThreadFile::Read)
     {
         return 0;
     }
@@ -197,6 +231,11 @@ std::uint64_t readBlockedSignals(pid_t thread) noexcept
     return blocked;
 }
 
+bool isOurs(const struct sigaction& action) noexcept
+{
+    return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == stopHere;
+}
+
 /// Takes a signal that nobody uses, and that is none of these. It keeps its handler for ever, since a late one would
 /// end the process otherwise.
 bool takeSignalExcept(std::uint64_t blocked) noexcept
@@ -204,13 +243,12 @@ bool takeSignalExcept(std::uint64_t blocked) noexcept
     for (int signal = SIGRTMAX; signal >= SIGRTMIN; --signal)
     {
         struct sigaction action = {};
-        const bool isBlocked = ((blocked >> static_cast<unsigned>(signal - 1)) & 1U) != 0;
+        const bool isBlocked = (blocked & toMask(signal)) != 0;
         if (isBlocked || sigaction(signal, nullptr, &action) != 0)
         {
             continue;
         }
-        const bool isOurs = (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == stopHere;
-        if (!isOurs && action.sa_handler != SIG_DFL)
+        if (!isOurs(action) && action.sa_handler != SIG_DFL)
         {
             continue;
         }
@@ -226,14 +264,21 @@ bool takeSignalExcept(std::uint64_t blocked) noexcept
     return false;
 }
 
-/// A thread that blocks a signal may be one to wait for it, or have others do so, this one as well.
+/// A thread that blocks a signal may be one to wait for it, or have others do so, this one as well. Who gave ours
+/// another handler, or the system's, may do that again.
 bool takeSignal() noexcept
 {
-    if (s_signal != 0)
+    struct sigaction action = {};
+    if (s_signal != 0 && sigaction(s_signal, nullptr, &action) == 0 && isOurs(action))
     {
         return true;
     }
     std::uint64_t blocked = readBlockedSignals(static_cast<pid_t>(syscall(SYS_gettid)));
+    if (s_signal != 0)
+    {
+        blocked |= toMask(s_signal);
+        s_signal = 0;
+    }
     forOtherThreads([&blocked](pid_t thread) {
         blocked |= readBlockedSignals(thread);
         return true;
@@ -250,7 +295,7 @@ public:
     /// Until a look at the list of threads finds no new one and all have answered.
     bool Run(unsigned timeoutMs) noexcept
     {
-        unsigned refusedMs = 0;
+        CStopwatch refused;
         while (true)
         {
             const std::size_t before = m_count;
@@ -263,8 +308,11 @@ public:
             {
                 return true;
             }
-            refusedMs = m_count == before ? refusedMs + c_SliceMs : 0;
-            if (refusedMs > timeoutMs)
+            if (m_count != before)
+            {
+                refused.Restart();
+            }
+            if (refused.GetMilliseconds() > timeoutMs)
             {
                 return false;
             }
@@ -278,8 +326,7 @@ public:
     std::size_t GetCount() const noexcept { return m_count; }
 
 private:
-    static constexpr unsigned c_SliceMs = 10;
-    static constexpr timespec c_Slice = {0, c_SliceMs * 1'000'000L};
+    static constexpr timespec c_Slice = {0, 10'000'000};
 
     bool stopNewThreads() noexcept
     {
@@ -309,8 +356,7 @@ private:
                 m_isRefused = true;
                 return true;
             }
-            // Ended meanwhile.
-            if (errno != ESRCH)
+            if (errno != ESRCH || !hasEnded(thread))
             {
                 return false;
             }
@@ -339,7 +385,7 @@ private:
     /// The time counts anew with each answer: many threads on few processors may need longer together.
     bool awaitAnswers(unsigned timeoutMs) noexcept
     {
-        unsigned waitedMs = 0;
+        CStopwatch waited;
         while (true)
         {
             const std::uint32_t answers = s_answerCount;
@@ -351,12 +397,11 @@ private:
             waitOn(s_answerCount, answers, &c_Slice);
             if (s_answerCount != answers)
             {
-                waitedMs = 0;
+                waited.Restart();
                 continue;
             }
             dropEnded();
-            waitedMs += c_SliceMs;
-            if (waitedMs > timeoutMs)
+            if (waited.GetMilliseconds() > timeoutMs)
             {
                 return false;
             }
@@ -375,8 +420,6 @@ greg_t& instructionPointer(std::uint64_t context) noexcept
 }
 
 } // namespace
-
-const bool LbOs::c_CanHideInstructionPointers = true;
 
 bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
 {

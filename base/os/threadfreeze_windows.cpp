@@ -2,11 +2,8 @@
 
 #include "base/os/windows_api.h"
 
-// Behind windows.h, which it needs.
-#include <tlhelp32.h>
-
-// A snapshot of the threads allocates, so it is taken and all handles are opened before any thread is suspended.
-// Threads that start meanwhile are then looked for with a call of the system that allocates nothing.
+// Threads are looked for with a call of the system that allocates nothing, again and again until no new one appears. A
+// snapshot of them would allocate, which must not be once one is suspended, and miss those that start meanwhile.
 
 namespace
 {
@@ -18,6 +15,9 @@ using FQueryThread = LONG(NTAPI*)(HANDLE thread, int kind, void* information, UL
 
 constexpr DWORD c_Access =
     THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_SET_CONTEXT | THREAD_QUERY_INFORMATION | SYNCHRONIZE;
+/// The system's answer behind the last thread.
+constexpr LONG c_NoMoreEntries = static_cast<LONG>(0x8000001A);
+
 constexpr std::size_t c_ThreadMax = 8192;
 // Each look at the threads gives new handles.
 constexpr std::size_t c_HandleMax = 8 * c_ThreadMax;
@@ -78,35 +78,6 @@ void append(HANDLE handle, DWORD number) noexcept
     s_threads[s_count++] = {handle, number, false, true};
 }
 
-bool openThreads() noexcept
-{
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    if (snapshot == INVALID_HANDLE_VALUE)
-    {
-        return false;
-    }
-    bool isGood = true;
-    THREADENTRY32 entry = {};
-    entry.dwSize = sizeof(entry);
-    for (BOOL isEntry = Thread32First(snapshot, &entry); isGood && isEntry; isEntry = Thread32Next(snapshot, &entry))
-    {
-        if (entry.th32OwnerProcessID != GetCurrentProcessId() || entry.th32ThreadID == GetCurrentThreadId())
-        {
-            continue;
-        }
-        isGood = isRoomLeft();
-        // One that cannot be opened has ended.
-        const HANDLE handle = isGood ? OpenThread(c_Access, FALSE, entry.th32ThreadID) : nullptr;
-        if (handle != nullptr)
-        {
-            s_handles[s_handleCount++] = handle;
-            append(handle, entry.th32ThreadID);
-        }
-    }
-    CloseHandle(snapshot);
-    return isGood;
-}
-
 bool readContext(HANDLE thread, CONTEXT& context) noexcept
 {
     context.ContextFlags = CONTEXT_CONTROL;
@@ -161,15 +132,16 @@ bool suspendFrom(std::size_t first) noexcept
            std::all_of(s_threads + first, s_threads + s_count, awaitSuspension);
 }
 
-/// Adds the threads that are not known yet. False when there are too many.
+/// Adds the threads that are not known yet. False when there are too many or the system does not tell.
 bool findNewThreads() noexcept
 {
     HANDLE thread = nullptr;
     while (isRoomLeft())
     {
-        if (s_calls.getNextThread(GetCurrentProcess(), thread, c_Access, 0, 0, &thread) < 0)
+        const LONG status = s_calls.getNextThread(GetCurrentProcess(), thread, c_Access, 0, 0, &thread);
+        if (status < 0)
         {
-            return true;
+            return status == c_NoMoreEntries;
         }
         s_handles[s_handleCount++] = thread;
         const DWORD number = GetThreadId(thread);
@@ -185,7 +157,7 @@ bool freezeAll(unsigned timeoutMs) noexcept
 {
     if (s_calls.getNextThread == nullptr)
     {
-        return openThreads() && suspendFrom(0);
+        return false;
     }
     const ULONGLONG begin = GetTickCount64();
     while (true)
@@ -207,8 +179,6 @@ bool freezeAll(unsigned timeoutMs) noexcept
 }
 
 } // namespace
-
-const bool LbOs::c_CanHideInstructionPointers = false;
 
 bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
 {

@@ -15,6 +15,7 @@
 #include "base/lbtimer.h"
 #include "base/lbuniqueid.h"
 #include "base/lustream.h"
+#include "base/os/console.h"
 #include "base/os/modules.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 #include "testing/lutestsuite/utils/testmodules.h"
@@ -151,6 +152,7 @@ void LuTestSuiteEnvironment::PreallocateStaticData()
     LbDiagnostics::Trace(L"LuTestSuiteEnvironment: static data allocated");
     warmUpParallelLoops();
     warmUpFileStreams();
+    LbOs::AllocateOutputBuffer();
     [[maybe_unused]] const LbTimer timer(LbTimer::eR_MilliSecond);
 }
 

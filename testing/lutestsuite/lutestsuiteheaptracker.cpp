@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <span>
+#include <thread>
+#include <utility>
 
 #include "base/lbassert.h"
 #include "base/lustream.h"
@@ -10,11 +13,14 @@
 #include "base/os/pages.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/heap/allocationmap.h"
+#include "testing/lutestsuite/heap/operationlog.h"
 #include "testing/lutestsuite/heap/patchengine.h"
 
 using LuTestSuite::CAllocationMap;
+using LuTestSuite::COperationLog;
 using LuTestSuite::CPatchEngine;
 using LuTestSuite::EPatchStatus;
+using LuTestSuite::SOperation;
 
 constinit LbCriticalSection LuTestSuiteHeapTracker::s_CriticalSection;
 constinit LuTestSuiteHeapTracker* LuTestSuiteHeapTracker::s_TrackerList = nullptr;
@@ -29,8 +35,16 @@ constinit CPatchEngine s_engine;
 /// Registered trackers that are switched on. Without any, the detours need no lock.
 constinit std::atomic<unsigned> s_activeCount = 0;
 
-/// The run-time's realloc may call its own malloc and free, which are no operations of the program. Under the lock.
+/// The run-time's realloc is about to call its own malloc or free, once, which is no operation of the program. What
+/// these call in turn (the program's handler for a lack of memory) is. Under the lock.
 constinit bool s_isInsideRealloc = false;
+
+/// Forks under way, on their threads; written under the lock. A fork cannot hold the lock: behind this library's own
+/// handler it waits for locks of the run-time, such as that of the list of streams, whose holders may allocate. So as
+/// long as there are any, trackers stay as they are, for the child to find whole, and operations are put down here.
+constinit std::atomic<unsigned> s_forkCount = 0;
+constinit std::atomic<unsigned long> s_forkingProcess = 0;
+constinit COperationLog s_operationsDuringForks;
 
 // Where the unpatched functions are reached; under these names for the jumps below.
 void* s_mallocTrampoline asm("LuTestSuiteHeapTracker_malloc") __attribute__((used)) = nullptr;
@@ -67,7 +81,7 @@ struct SCounts
     std::int64_t maximum;
 };
 
-/// What a dump shows, taken at one moment, in memory of its own.
+/// What a dump shows, taken at one moment, in memory of its own. Without that memory it is incomplete.
 class CSnapshot
 {
 public:
@@ -81,6 +95,7 @@ public:
         void* const pages = LbOs::AllocatePages(count * sizeof(CAllocationMap::SEntry));
         if (pages == nullptr)
         {
+            m_isComplete = false;
             return;
         }
         m_entries = {static_cast<CAllocationMap::SEntry*>(pages), count};
@@ -99,14 +114,37 @@ public:
     CSnapshot& operator=(const CSnapshot&) = delete;
 
     std::span<const CAllocationMap::SEntry> GetEntries() const noexcept { return m_entries; }
+    bool IsComplete() const noexcept { return m_isComplete; }
 
     const SCounts counts;
 
 private:
     std::span<CAllocationMap::SEntry> m_entries;
+    bool m_isComplete = true;
 };
 
 } // namespace
+
+/// The lock for all that reads or changes trackers, at a moment without forks.
+class LuTestSuiteHeapTracker::CChange : public INonCopyable
+{
+public:
+    CChange() noexcept
+    {
+        while (true)
+        {
+            goOnInChild();
+            s_CriticalSection.lock();
+            if (s_forkCount == 0)
+            {
+                return;
+            }
+            s_CriticalSection.unlock();
+            std::this_thread::yield();
+        }
+    }
+    ~CChange() { s_CriticalSection.unlock(); }
+};
 
 LuTestSuiteHeapTracker::LuTestSuiteHeapTracker(bool activate, bool initialize) : m_initializeOnConstruction(initialize)
 {
@@ -121,7 +159,7 @@ LuTestSuiteHeapTracker::~LuTestSuiteHeapTracker()
 {
     if (m_isRegistered)
     {
-        const LbCriticalSectionLock lock(s_CriticalSection);
+        const CChange change;
         setActive(false);
         s_bDeactivateGlobal = true;
         unlink();
@@ -135,7 +173,7 @@ void LuTestSuiteHeapTracker::Initialize()
 {
     // Ahead of the lock: the search takes the loader's lock, whose holder may be waiting in a detour.
     static const LbOs::SHeapFunctions s_functions = findFunctions();
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     if (!s_bIsHooked)
     {
         s_bIsHooked = hookAll(s_functions);
@@ -157,9 +195,38 @@ void LuTestSuiteHeapTracker::Initialize()
 
 LbOs::SHeapFunctions LuTestSuiteHeapTracker::findFunctions()
 {
-    // Else a child would inherit the lock of a thread that it does not have.
-    LbOs::CallAroundForks([] { s_CriticalSection.lock(); }, [] { s_CriticalSection.unlock(); });
+    LbOs::CallAroundForks({.before = beforeFork, .afterInParent = afterForkInParent, .afterInChild = goOnInChild});
     return LbOs::GetHeapFunctions();
+}
+
+void LuTestSuiteHeapTracker::beforeFork() noexcept
+{
+    const LbCriticalSectionLock lock(s_CriticalSection);
+    s_forkingProcess = LbOs::GetProcessNumber();
+    ++s_forkCount;
+}
+
+void LuTestSuiteHeapTracker::afterForkInParent() noexcept
+{
+    const LbCriticalSectionLock lock(s_CriticalSection);
+    if (--s_forkCount == 0)
+    {
+        s_operationsDuringForks.Replay([](const SOperation& operation) noexcept { dispatch(operation); });
+    }
+}
+
+/// To be called ahead of the lock. Handlers of others, which may allocate, come before this library's in a child.
+void LuTestSuiteHeapTracker::goOnInChild() noexcept
+{
+    if (s_forkCount.load(std::memory_order_relaxed) == 0 || LbOs::GetProcessNumber() == s_forkingProcess)
+    {
+        return;
+    }
+    // The lock may be that of a thread that the child does not have; what it guarded meanwhile may be half written.
+    std::construct_at(&s_CriticalSection);
+    s_operationsDuringForks.Abandon();
+    s_isInsideRealloc = false;
+    s_forkCount = 0;
 }
 
 bool LuTestSuiteHeapTracker::hookAll(const LbOs::SHeapFunctions& functions) noexcept
@@ -184,7 +251,7 @@ bool LuTestSuiteHeapTracker::hook(void* target, void* detour, void*& trampoline)
 
 void LuTestSuiteHeapTracker::UnhookAll()
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     // When that fails patches may stay, and with them all that they lead to. They count nothing until the next
     // Initialize, and another call tries again.
     s_engine.ShutDown();
@@ -193,7 +260,7 @@ void LuTestSuiteHeapTracker::UnhookAll()
 
 void LuTestSuiteHeapTracker::Reset()
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     if (m_allocations != nullptr)
     {
         m_allocations->Clear();
@@ -214,7 +281,7 @@ void LuTestSuiteHeapTracker::Deactivate()
 
 void LuTestSuiteHeapTracker::setActive(bool isActive) noexcept
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     if (m_isActive == isActive)
     {
         return;
@@ -228,56 +295,56 @@ void LuTestSuiteHeapTracker::setActive(bool isActive) noexcept
 
 bool LuTestSuiteHeapTracker::IsActive() const
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     return m_isActive;
 }
 
 void LuTestSuiteHeapTracker::ObserveID(std::uint64_t id)
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     m_observedID = id;
 }
 
 void LuTestSuiteHeapTracker::ObserveSize(std::uint64_t size)
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     m_observedSize = size;
 }
 
 std::uint64_t LuTestSuiteHeapTracker::GetMallocCount() const
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     return m_mallocCount;
 }
 
 std::uint64_t LuTestSuiteHeapTracker::GetFreeCount() const
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     return m_freeCount;
 }
 
 std::uint64_t LuTestSuiteHeapTracker::GetReallocCount() const
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     return m_reallocCount;
 }
 
 std::int64_t LuTestSuiteHeapTracker::GetCurrentAlloc() const
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     return m_currentAlloc;
 }
 
 std::int64_t LuTestSuiteHeapTracker::GetCurrentMax() const
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     return m_currentMax;
 }
 
 void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
 {
     const auto take = [this] {
-        const LbCriticalSectionLock lock(s_CriticalSection);
+        const CChange change;
         return CSnapshot({m_mallocCount, m_freeCount, m_reallocCount, m_currentAlloc, m_currentMax}, m_allocations);
     };
     // Written without the lock, for the stream may wait for threads that allocate.
@@ -289,6 +356,10 @@ void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
     stream.WriteFormat(L"CurrentAlloc %lld Bytes\n", snapshot.counts.current);
     stream.WriteFormat(L"CurrentMax %lld Bytes\n", snapshot.counts.maximum);
     stream.Write(L"Active Allocations:\n");
+    if (!snapshot.IsComplete())
+    {
+        stream.Write(L"Warnung: Für die Liste reicht der Speicher nicht.\n");
+    }
     for (const CAllocationMap::SEntry& entry : snapshot.GetEntries())
     {
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
@@ -297,8 +368,24 @@ void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
     }
 }
 
-// The lock is held across the call and the report: else another thread could get a freed block, and report it, before
-// it is reported as freed.
+/// Held across the run-time's call and the report: else another thread could get a freed block, and report it, before
+/// it is reported as freed. The heap's own lock comes first, as it does for a thread that locked the heap and then
+/// allocates.
+class LuTestSuiteHeapTracker::COperationLock : public INonCopyable
+{
+public:
+    COperationLock() noexcept
+    {
+        goOnInChild();
+        LbOs::LockHeap();
+        s_CriticalSection.lock();
+    }
+    ~COperationLock()
+    {
+        s_CriticalSection.unlock();
+        LbOs::UnlockHeap();
+    }
+};
 
 void* LuTestSuiteHeapTracker::detourMalloc(std::size_t size) noexcept
 {
@@ -306,9 +393,10 @@ void* LuTestSuiteHeapTracker::detourMalloc(std::size_t size) noexcept
     {
         return callMalloc(size);
     }
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const COperationLock lock;
+    const bool isPartOfRealloc = std::exchange(s_isInsideRealloc, false);
     void* const result = callMalloc(size);
-    if (!s_isInsideRealloc)
+    if (!isPartOfRealloc)
     {
         dispatchMalloc(result, size);
     }
@@ -322,11 +410,12 @@ void LuTestSuiteHeapTracker::detourFree(void* address) noexcept
         callFree(address);
         return;
     }
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const COperationLock lock;
+    const bool isPartOfRealloc = std::exchange(s_isInsideRealloc, false);
     // As a number, since the pointer means nothing after the call.
     const std::uint64_t freed = toAddress(address);
     callFree(address);
-    if (!s_isInsideRealloc)
+    if (!isPartOfRealloc)
     {
         dispatchFree(freed);
     }
@@ -338,9 +427,9 @@ void* LuTestSuiteHeapTracker::detourRealloc(void* old, std::size_t size) noexcep
     {
         return callRealloc(old, size);
     }
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const COperationLock lock;
     const std::uint64_t oldAddress = toAddress(old);
-    s_isInsideRealloc = true;
+    s_isInsideRealloc = old == nullptr || size == 0 || LbOs::c_ReallocCallsMalloc;
     void* const result = callRealloc(old, size);
     s_isInsideRealloc = false;
     dispatchRealloc(oldAddress, result, size);
@@ -349,21 +438,30 @@ void* LuTestSuiteHeapTracker::detourRealloc(void* old, std::size_t size) noexcep
 
 void LuTestSuiteHeapTracker::dispatchMalloc(const void* result, std::size_t size) noexcept
 {
-    dispatch(EOperation::Malloc, 0, toAddress(result), size);
+    dispatchOrPutDown({static_cast<int>(EOperation::Malloc), 0, toAddress(result), size});
 }
 
 void LuTestSuiteHeapTracker::dispatchRealloc(std::uint64_t old, const void* result, std::size_t size) noexcept
 {
-    dispatch(EOperation::Realloc, old, toAddress(result), size);
+    dispatchOrPutDown({static_cast<int>(EOperation::Realloc), old, toAddress(result), size});
 }
 
 void LuTestSuiteHeapTracker::dispatchFree(std::uint64_t address) noexcept
 {
-    dispatch(EOperation::Free, address, 0, 0);
+    dispatchOrPutDown({static_cast<int>(EOperation::Free), address, 0, 0});
 }
 
-void LuTestSuiteHeapTracker::dispatch(EOperation operation, std::uint64_t oldAddress, std::uint64_t newAddress,
-                                      std::size_t size) noexcept
+void LuTestSuiteHeapTracker::dispatchOrPutDown(const SOperation& operation) noexcept
+{
+    if (s_forkCount.load(std::memory_order_relaxed) != 0)
+    {
+        s_operationsDuringForks.Append(operation);
+        return;
+    }
+    dispatch(operation);
+}
+
+void LuTestSuiteHeapTracker::dispatch(const SOperation& operation) noexcept
 {
     // Without all three in place, after an UnhookAll that failed midway, counts would be wrong.
     if (s_bDeactivateGlobal || !s_bIsHooked)
@@ -375,7 +473,8 @@ void LuTestSuiteHeapTracker::dispatch(EOperation operation, std::uint64_t oldAdd
         if (tracker->m_isActive)
         {
             tracker->m_isActive = false;
-            tracker->track(operation, oldAddress, newAddress, size);
+            tracker->track(static_cast<EOperation>(operation.kind), operation.oldAddress, operation.newAddress,
+                           operation.size);
             tracker->m_isActive = true;
         }
     }
@@ -454,7 +553,7 @@ void LuTestSuiteHeapTracker::checkAllocation(std::uint64_t id, std::uint64_t siz
 
 bool LuTestSuiteHeapTracker::consistencyTest() const noexcept
 {
-    const LbCriticalSectionLock lock(s_CriticalSection);
+    const CChange change;
     std::int64_t sum = 0;
     if (m_allocations != nullptr)
     {

@@ -12,7 +12,8 @@
 namespace LuTestSuite
 {
 class CAllocationMap;
-}
+struct SOperation;
+} // namespace LuTestSuite
 
 namespace LbOs
 {
@@ -34,7 +35,9 @@ struct SHeapFunctions;
 /// report: an address that another thread gets anew is never reported ahead of its release. Without an active tracker
 /// nothing is locked. The trackers' own memory comes from the system's pages, so no tracker counts that of another.
 ///
-/// A process may fork while trackers are active; the child goes on with copies of them.
+/// A process may fork while trackers are active; the child goes on with copies of them. What is allocated during a fork
+/// is tracked, and meets breakpoints, at its end; all operations here wait for that, so handlers of forks must not call
+/// any.
 ///
 /// Any thread may call anything; construction and destruction are for one thread each.
 class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
@@ -88,7 +91,14 @@ public:
 private:
     static constexpr std::uint64_t sc_uiNone = ~std::uint64_t{0};
 
+    class CChange;
+    class COperationLock;
+    friend class LuTestSuiteHeapTrackerConsistency; ///< a test
+
     static LbOs::SHeapFunctions findFunctions();
+    static void beforeFork() noexcept;
+    static void afterForkInParent() noexcept;
+    static void goOnInChild() noexcept;
     static bool hookAll(const LbOs::SHeapFunctions& functions) noexcept;
     /// Makes a patch, still to be enabled together with the others. There is none alone to undo: see UnhookAll.
     static bool hook(void* target, void* detour, void*& trampoline) noexcept;
@@ -101,8 +111,8 @@ private:
     static void dispatchMalloc(const void* result, std::size_t size) noexcept;
     static void dispatchRealloc(std::uint64_t old, const void* result, std::size_t size) noexcept;
     static void dispatchFree(std::uint64_t address) noexcept;
-    static void dispatch(EOperation operation, std::uint64_t oldAddress, std::uint64_t newAddress,
-                         std::size_t size) noexcept;
+    static void dispatchOrPutDown(const LuTestSuite::SOperation& operation) noexcept;
+    static void dispatch(const LuTestSuite::SOperation& operation) noexcept;
 
     void track(EOperation operation, std::uint64_t oldAddress, std::uint64_t newAddress, std::size_t size) noexcept;
     void trackAllocatedMemory(std::uint64_t address, std::uint64_t size) noexcept;

@@ -96,3 +96,54 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedOverAReset)
     m_tracker.Deactivate();
     EXPECT_EQ(s_breakpointCount, 1);
 }
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, WhatIsAllocatedWhileAnOperationIsTrackedDoesNotCount)
+{
+    LbOs::SetBreakpointHandler([] {
+        ++s_breakpointCount;
+        s_free(s_realloc(s_malloc(1000), 2000));
+    });
+    m_tracker.ObserveSize(77);
+    m_tracker.Activate();
+    void* const block = s_malloc(77);
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 1);
+    EXPECT_EQ(getOperationCount(m_tracker), 1U);
+    EXPECT_EQ(m_tracker.GetCurrentAlloc(), 77);
+    EXPECT_EQ(m_tracker.GetCurrentMax(), 77);
+    s_free(block);
+}
+
+namespace
+{
+
+const LuTestSuiteHeapTracker* s_first = nullptr;
+const LuTestSuiteHeapTracker* s_second = nullptr;
+std::uint64_t s_firstCount = 0;
+std::uint64_t s_secondCount = 0;
+
+} // namespace
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, TrackersAreToldInTheOrderOfTheirRegistration)
+{
+    LuTestSuiteHeapTracker second{false, true};
+    s_first = &m_tracker;
+    s_second = &second;
+    LbOs::SetBreakpointHandler([] {
+        s_firstCount = s_first->GetMallocCount();
+        s_secondCount = s_second->GetMallocCount();
+    });
+    m_tracker.ObserveSize(77);
+    second.ObserveSize(78);
+    // The order of activation does not matter.
+    second.Activate();
+    m_tracker.Activate();
+    s_free(s_malloc(77));
+    EXPECT_EQ(s_firstCount, 0U);
+    EXPECT_EQ(s_secondCount, 0U);
+    s_free(s_malloc(78));
+    EXPECT_EQ(s_firstCount, 2U) << "told of the second block before the other one";
+    EXPECT_EQ(s_secondCount, 1U);
+    m_tracker.Deactivate();
+    second.Deactivate();
+}

@@ -92,14 +92,20 @@ TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
     });
     CAllocatingThread threads[] = {CAllocatingThread(1), CAllocatingThread(2), CAllocatingThread(3),
                                    CAllocatingThread(4)};
-    for (int cycle = 0; cycle < 2000; ++cycle)
+    constexpr int c_Cycles = 2000;
+    int hooked = 0;
+    for (int cycle = 0; cycle < c_Cycles; ++cycle)
     {
         const LuTestSuiteHeapTracker tracker;
+        const std::uint64_t before = tracker.GetMallocCount();
+        s_free(s_malloc(1));
+        hooked += tracker.GetMallocCount() > before ? 1 : 0;
         LuTestSuiteHeapTracker::UnhookAll();
     }
     isDone = true;
     loader.join();
     EXPECT_TRUE(isLoaded);
+    EXPECT_EQ(hooked, c_Cycles);
     for (CAllocatingThread& thread : threads)
     {
         EXPECT_EQ(thread.End(), 0);
@@ -108,6 +114,10 @@ TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
 
 TEST_F(LuTestSuiteHeapTrackerThreads, ForkedChildrenAllocateAndCountOnTheirOwn)
 {
+    if (!LbOs::RunInFork([] { return 0; }))
+    {
+        GTEST_SKIP() << "processes do not fork here";
+    }
     CAllocatingThread threads[] = {CAllocatingThread(1), CAllocatingThread(2)};
     LuTestSuiteHeapTracker tracker;
     const auto child = [&tracker] {
@@ -117,11 +127,87 @@ TEST_F(LuTestSuiteHeapTrackerThreads, ForkedChildrenAllocateAndCountOnTheirOwn)
     };
     for (int round = 0; round < 100; ++round)
     {
-        const std::optional<int> status = LbOs::RunInFork(child);
-        EXPECT_EQ(status.value_or(0), 0) << "round " << round;
+        EXPECT_EQ(LbOs::RunInFork(child), 0) << "round " << round;
     }
     tracker.Deactivate();
     EXPECT_EQ(threads[0].End() + threads[1].End(), 0);
+}
+
+TEST_F(LuTestSuiteHeapTrackerThreads, ForksDoNotWaitForThreadsThatAllocateWhileTheyFlush)
+{
+    if (!LbOs::CallWhileFlushing([] {}))
+    {
+        GTEST_SKIP() << "no stream calls anything here";
+    }
+    const LuTestSuiteHeapTracker tracker;
+    std::atomic<bool> isDone = false;
+    std::thread flusher([&isDone] {
+        while (!isDone)
+        {
+            LbOs::CallWhileFlushing([] {
+                for (int count = 0; count < 50; ++count)
+                {
+                    s_free(s_malloc(100));
+                }
+            });
+        }
+    });
+    for (int round = 0; round < 100; ++round)
+    {
+        EXPECT_EQ(LbOs::RunInFork([] { return 0; }), 0) << "round " << round;
+    }
+    isDone = true;
+    flusher.join();
+}
+
+TEST_F(LuTestSuiteHeapTrackerThreads, NothingIsLostThatHappensDuringForks)
+{
+    if (!LbOs::RunInFork([] { return 0; }))
+    {
+        GTEST_SKIP() << "processes do not fork here";
+    }
+    std::atomic<bool> isDone = false;
+    std::atomic<bool> isCounting = false;
+    std::atomic<bool> hasCounted = false;
+    std::uint64_t rounds = 0;
+    std::thread thread([&] {
+        while (!isCounting)
+        {
+            std::this_thread::yield();
+        }
+        for (; !isDone; ++rounds)
+        {
+            s_free(s_realloc(s_malloc(16), 32));
+        }
+        hasCounted = true;
+        while (isCounting)
+        {
+            std::this_thread::yield();
+        }
+    });
+    LuTestSuiteHeapTracker tracker;
+    void* const kept = s_malloc(10);
+    const auto child = [] { return 0; };
+    const std::uint64_t before = tracker.GetMallocCount();
+    isCounting = true;
+    int failures = 0;
+    for (int round = 0; round < 50; ++round)
+    {
+        failures += LbOs::RunInFork(child) == 0 ? 0 : 1;
+    }
+    isDone = true;
+    while (!hasCounted)
+    {
+        std::this_thread::yield();
+    }
+    tracker.Deactivate();
+    isCounting = false;
+    thread.join();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(tracker.GetReallocCount(), rounds);
+    EXPECT_GE(tracker.GetMallocCount() - before, rounds);
+    EXPECT_EQ(tracker.GetCurrentAlloc(), 10);
+    s_free(kept);
 }
 
 TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)

@@ -7,6 +7,7 @@
 
 #include "base/lbformat.h"
 #include "base/lustream.h"
+#include "base/os/testaids.h"
 #include "tests/lutestsuite/heaptrackertest.h"
 
 namespace
@@ -41,11 +42,82 @@ TEST(LuTestSuiteHeapTrackerWithoutHeap, CountsNothingAndSaysNothing)
     {
         GTEST_SKIP() << "the heap of this process can be tracked";
     }
-    const LuTestSuiteHeapTracker tracker;
-    s_free(s_malloc(100));
-    EXPECT_TRUE(tracker.IsActive());
-    EXPECT_EQ(getOperationCount(tracker), 0U);
-    EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    {
+        const LuTestSuiteHeapTracker tracker;
+        s_free(s_malloc(100));
+        EXPECT_TRUE(tracker.IsActive());
+        EXPECT_EQ(getOperationCount(tracker), 0U);
+        EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+/// What no operation that goes well can bring about.
+class LuTestSuiteHeapTrackerConsistency : public LuTestSuiteHeapTrackerTest
+{
+protected:
+    ~LuTestSuiteHeapTrackerConsistency() override { m_tracker.Reset(); }
+
+    bool isConsistent() const { return m_tracker.consistencyTest(); }
+    void addToCurrentAlloc(std::int64_t bytes) { m_tracker.m_currentAlloc += bytes; }
+
+    LuTestSuiteHeapTracker m_tracker{false, true};
+};
+
+TEST_F(LuTestSuiteHeapTrackerConsistency, NothingAllocatedWithAnEmptyMapIsConsistent)
+{
+    EXPECT_TRUE(isConsistent());
+}
+
+TEST_F(LuTestSuiteHeapTrackerConsistency, SomethingAllocatedWithAnEmptyMapIsInconsistent)
+{
+    addToCurrentAlloc(16);
+    EXPECT_FALSE(isConsistent());
+}
+
+TEST_F(LuTestSuiteHeapTrackerConsistency, SizesOfTheMapMustAddUp)
+{
+    m_tracker.Activate();
+    void* const first = s_malloc(100);
+    void* const second = s_malloc(200);
+    m_tracker.Deactivate();
+    EXPECT_TRUE(isConsistent());
+    addToCurrentAlloc(1);
+    EXPECT_FALSE(isConsistent());
+    addToCurrentAlloc(-1);
+    EXPECT_TRUE(isConsistent());
+    s_free(first);
+    s_free(second);
+}
+
+TEST_F(LuTestSuiteHeapTrackerTest, DumpTellsWhenThereIsNoMemoryForItsList)
+{
+    std::vector<void*> blocks(20'000);
+    LuTestSuiteHeapTracker tracker;
+    for (void*& block : blocks)
+    {
+        block = s_malloc(16);
+    }
+    tracker.Deactivate();
+    // Room for the text on the heap, which gets no more either.
+    s_free(s_malloc(100'000));
+    if (!LbOs::SetPagesForbidden(true))
+    {
+        GTEST_SKIP() << "the system gives pages always";
+    }
+    LuStreamWriteTextMemory stream;
+    tracker.dump(stream);
+    ASSERT_TRUE(LbOs::SetPagesForbidden(false));
+    const std::wstring& text = stream.GetText();
+    EXPECT_NE(text.find(L"CountMalloc 20000\n"), std::wstring::npos) << "the figures are there";
+    EXPECT_TRUE(text.ends_with(L"Active Allocations:\nWarnung: Für die Liste reicht der Speicher nicht.\n"));
+    for (void* const block : blocks)
+    {
+        s_free(block);
+    }
 }
 
 TEST_F(LuTestSuiteHeapTrackerTest, IsRegisteredAndActiveByDefault)

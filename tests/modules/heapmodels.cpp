@@ -1,6 +1,12 @@
 /// Unit tests that leave memory behind, or do not.
 
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <future>
+#include <iostream>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -14,6 +20,16 @@ namespace
 /// The compiler does not see through it: it leaves out allocations that nobody needs.
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void* s_kept = nullptr;
+std::time_t s_begin = 0;
+const char* volatile s_text = nullptr;
+std::once_flag s_once;
+
+void writeTime(const std::tm* time)
+{
+    static char s_buffer[32];
+    std::strftime(s_buffer, sizeof(s_buffer), "%H:%M", time);
+    s_text = s_buffer;
+}
 
 } // namespace
 
@@ -44,6 +60,18 @@ class CHeapModel : public LuUnitTest
             }
         });
         AddSubtest(L"startet einen Thread", [] { std::thread([] { std::vector<int> values(1000); }).join(); });
+        AddSubtest(L"druckt eine Zeile", [] { std::printf("eine Zeile\n"); });
+        AddSubtest(L"schreibt in den Strom", [] { std::cout << "eine Zeile" << std::endl; });
+        AddSubtest(L"rechnet Ortszeit", [] { writeTime(std::localtime(&s_begin)); });
+        AddSubtest(L"rechnet Sekunden", [] {
+            std::tm time = {};
+            time.tm_year = 100;
+            s_begin = std::mktime(&time);
+        });
+        AddSubtest(L"schreibt Ortszeit", [] { s_text = std::ctime(&s_begin); });
+        AddSubtest(L"nennt einen Fehler", [] { s_text = std::strerror(2); });
+        AddSubtest(L"ruft einmal", [] { std::call_once(s_once, [] {}); });
+        AddSubtest(L"wartet auf Zukunft", [] { std::async(std::launch::async, [] { return 1; }).get(); });
     }
 };
 LB_RTTI_CLASS(CHeapModel, LuUnitTest)

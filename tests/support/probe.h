@@ -1,6 +1,7 @@
 /// The program of tests about processes.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -42,6 +43,20 @@ public:
 
     bool IsAlive() { return IsAnswered(sc_uiLong); }
     bool IsGone() { return !IsAnswered(sc_uiShort); }
+
+    /// Asks until there is no answer: for one whose end takes a moment.
+    bool WaitGone()
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(sc_uiLong);
+        while (!IsGone())
+        {
+            if (std::chrono::steady_clock::now() > end)
+            {
+                return false;
+            }
+        }
+        return true;
+    }
 
 private:
     static constexpr std::uint32_t sc_uiLong = 30000;

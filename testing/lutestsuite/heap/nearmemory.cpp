@@ -32,7 +32,8 @@ struct SSearch
         const bool isAbove = gap.begin > target;
         const std::uintptr_t candidate = isAbove ? first : (gap.end - size) & mask;
         const std::uintptr_t candidateDistance = isAbove ? candidate - target : target - candidate;
-        if (candidateDistance > tried && candidateDistance < distance)
+        // Address 0 means none, and the system would not give it anyway.
+        if (candidate != 0 && candidateDistance > tried && candidateDistance < distance)
         {
             place = candidate;
             distance = candidateDistance;

@@ -363,11 +363,6 @@ bool CPatchEngine::write(std::uint8_t* target, const PatchBytes& bytes) const no
 
 void CPatchEngine::retire(SPatch* patch) noexcept
 {
-    if (!LbOs::c_CanHideInstructionPointers)
-    {
-        release(patch);
-        return;
-    }
     patch->trampolinePointer = nullptr;
     patch->next = m_retired;
     m_retired = patch;

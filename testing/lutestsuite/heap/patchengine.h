@@ -67,9 +67,9 @@ public:
     /// Enables all patches that are not, at one stop of the threads, or none of them.
     EPatchStatus EnableAll() noexcept;
 
-    /// Disables all patches, leads threads out of the trampolines and frees these. Where threads may come back to a
-    /// trampoline unseen (LbOs::c_CanHideInstructionPointers) it stays, still good to run, for the next patch of the
-    /// same function. When it fails the engine stays initialised with all its patches, of which some may be disabled.
+    /// Disables all patches, leads threads out of the trampolines. As a thread may come back to one unseen, when it
+    /// leaves a handler of its own, these stay, still good to run, for the next patch of the same function. When it
+    /// fails the engine stays initialised with all its patches, of which some may be disabled.
     EPatchStatus ShutDown() noexcept;
 
 private:

@@ -11,6 +11,7 @@
 #include "base/lbtimer.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
+#include "testing/lutestsuite/heap/warmup.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 #include "testing/lutestsuite/utils/unittestfactory.h"
 
@@ -114,22 +115,6 @@ void runCase(SWorkBuffer& buffer, const SParams& params)
     buffer.result = static_cast<std::uint32_t>(result);
 }
 
-/// The Windows run-time takes some memory at the first exception of a process, and of a thread, and keeps it. That is
-/// no growth of the first case that meets one.
-void raiseFirstException()
-{
-    [[maybe_unused]] thread_local const bool s_isRaised = [] {
-        try
-        {
-            throw false;
-        }
-        catch (bool)
-        {
-            return true;
-        }
-    }();
-}
-
 /// Each line behind the mark of information lines.
 std::wstring toInfoLines(std::wstring_view text)
 {
@@ -166,7 +151,7 @@ void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
     const SParams params = LoadParams(buffer);
     if (params.trackHeap)
     {
-        raiseFirstException();
+        LuTestSuite::WarmUpThread();
     }
     LuTestSuiteHeapTracker tracker(true, params.trackHeap);
     tracker.ObserveID(params.breakAllocId);

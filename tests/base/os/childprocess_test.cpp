@@ -137,7 +137,7 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerIsKilled)
     owner->Terminate();
 
     // What watches over the owner needs a moment.
-    EXPECT_TRUE(line.IsGone() || line.IsGone());
+    EXPECT_TRUE(line.WaitGone());
 }
 
 TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
@@ -154,7 +154,7 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
     leave->Set();
     EXPECT_EQ(getStatus(*owner), 3);
 
-    EXPECT_TRUE(line.IsGone() || line.IsGone());
+    EXPECT_TRUE(line.WaitGone());
 }
 
 TEST(OsChildProcess, OutlivesItsObjectWhenAsked)

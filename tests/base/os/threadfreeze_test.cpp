@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbtimer.h"
 #include "base/os/heapfunctions.h"
 #include "base/os/testaids.h"
 
@@ -79,6 +80,33 @@ TEST_F(OsThreadFreeze, TellsWhenTheSystemRefusesAllTheTimeAndFreezesLater)
     }
     ASSERT_TRUE(LbOs::SetSignalsForbidden(false));
     EXPECT_TRUE(isStopped());
+}
+
+TEST_F(OsThreadFreeze, TakesAnotherSignalWhenItsOwnWasTakenAway)
+{
+    EXPECT_TRUE(isStopped());
+    if (!LbOs::ResetRealTimeSignals())
+    {
+        GTEST_SKIP() << "no signals here";
+    }
+    EXPECT_TRUE(isStopped());
+}
+
+TEST_F(OsThreadFreeze, InterruptionsDoNotShortenItsTime)
+{
+    if (!LbOs::SetSignalsForbidden(true))
+    {
+        GTEST_SKIP() << "no signals here";
+    }
+    ASSERT_TRUE(LbOs::SetInterruptedOften(true));
+    const LbTimer timer(LbTimer::eR_MilliSecond);
+    {
+        LbOs::CThreadFreezer threads;
+        EXPECT_FALSE(threads.Freeze(300));
+    }
+    EXPECT_GE(timer.GetElapsed(), 299U);
+    LbOs::SetInterruptedOften(false);
+    ASSERT_TRUE(LbOs::SetSignalsForbidden(false));
 }
 
 TEST_F(OsThreadFreeze, TriesAgainUntilTheSystemTakesSignals)

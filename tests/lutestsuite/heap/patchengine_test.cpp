@@ -1,7 +1,10 @@
+#include <cstring>
+
 #include "tests/lutestsuite/heap/patchenginetest.h"
 
 using LuTestSuite::CPatchEngine;
 using LuTestSuite::EPatchStatus;
+using LuTestSuite::STrampoline;
 
 TEST_F(CPatchEngineTest, SecondInitializationIsRefused)
 {
@@ -178,7 +181,17 @@ TEST(CPatchEngineMemory, WithoutMemoryInReachThereIsNoPatch)
 
 TEST_F(CPatchEngineTest, DistantDetourIsReachedByARelay)
 {
-    expectMovable(m_returnsOne, 1);
+    const auto target = reinterpret_cast<std::uintptr_t>(m_returnsOne.Get());
+    const auto detourAddress = reinterpret_cast<std::uintptr_t>(c_Detour);
+    const std::uintptr_t distance = target > detourAddress ? target - detourAddress : detourAddress - target;
+    ASSERT_GT(distance, std::uintptr_t{1} << 31U);
+    ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
+    std::int32_t displacement = 0;
+    std::memcpy(&displacement, m_returnsOne.GetBytes() + 1, sizeof(displacement));
+    const auto* const block = static_cast<const std::uint8_t*>(m_trampoline) - STrampoline::sc_uiEntry;
+    EXPECT_EQ(m_returnsOne.GetBytes() + LuTestSuite::c_PatchSize + displacement, block + STrampoline::sc_uiRelay);
+    EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
+    EXPECT_EQ(CodePages::Call(m_trampoline), 1);
 }
 
 TEST_F(CPatchEngineTest, NearDetourIsReachedDirectly)

@@ -119,10 +119,6 @@ int s_interruptedResult = 0;
 
 TEST_F(CPatchEngineThreads, ThreadGoesBackIntoATrampolineThatIsNoMore)
 {
-    if (!LbOs::c_CanHideInstructionPointers)
-    {
-        GTEST_SKIP() << "no handler hides where its thread goes back to";
-    }
     // nop (four times); int3; mov eax, 5; ret
     const CodePages code{0x90, 0x90, 0x90, 0x90, 0xCC, 0xB8, 5, 0, 0, 0, 0xC3};
     ASSERT_EQ(patch(code.Get()), EPatchStatus::Success);
@@ -135,10 +131,6 @@ TEST_F(CPatchEngineThreads, ThreadGoesBackIntoATrampolineThatIsNoMore)
 
 TEST_F(CPatchEngineThreads, SameFunctionGetsItsTrampolineBack)
 {
-    if (!LbOs::c_CanHideInstructionPointers)
-    {
-        GTEST_SKIP() << "trampolines are freed";
-    }
     ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
     const void* const first = m_trampoline;
     ASSERT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
