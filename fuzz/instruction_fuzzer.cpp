@@ -23,7 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // In memory of their own, where one byte too many is noticed.
     const std::vector<std::uint8_t> code(data, data + size);
     const std::vector<std::uint8_t> most(data, data + std::min(size, LuTestSuite::c_InstructionMax));
-    const auto instruction = LuTestSuite::DecodeInstruction(code);
+    // The decoder is told of more than the 15 bytes that are there.
+    const auto instruction = LuTestSuite::DecodeInstruction({most.data(), size});
     const auto again = LuTestSuite::DecodeInstruction(most);
     check(instruction.has_value() == again.has_value());
     if (instruction)

@@ -3,22 +3,22 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
-#include <span>
 #include <thread>
 #include <utility>
 
 #include "base/lbassert.h"
-#include "base/lustream.h"
 #include "base/os/heapfunctions.h"
-#include "base/os/pages.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/heap/allocationmap.h"
 #include "testing/lutestsuite/heap/operationlog.h"
 #include "testing/lutestsuite/heap/patchengine.h"
+#include "testing/lutestsuite/heap/snapshot.h"
+#include "testing/lutestsuite/heap/unpatchedheap.h"
 
 using LuTestSuite::CAllocationMap;
 using LuTestSuite::COperationLog;
 using LuTestSuite::CPatchEngine;
+using LuTestSuite::CSnapshot;
 using LuTestSuite::EPatchStatus;
 using LuTestSuite::SOperation;
 
@@ -46,82 +46,10 @@ constinit std::atomic<unsigned> s_forkCount = 0;
 constinit std::atomic<unsigned long> s_forkingProcess = 0;
 constinit COperationLog s_operationsDuringForks;
 
-// Where the unpatched functions are reached; under these names for the jumps below.
-void* s_mallocTrampoline asm("LuTestSuiteHeapTracker_malloc") __attribute__((used)) = nullptr;
-void* s_freeTrampoline asm("LuTestSuiteHeapTracker_free") __attribute__((used)) = nullptr;
-void* s_reallocTrampoline asm("LuTestSuiteHeapTracker_realloc") __attribute__((used)) = nullptr;
-
-// One instruction takes the trampoline's address and goes there, so that a thread is either still here when the engine
-// shuts down, and will find the function itself, or in the trampoline, where the engine finds it.
-__attribute__((naked, noinline)) void* callMalloc(std::size_t /*size*/) noexcept
-{
-    asm("jmpq *LuTestSuiteHeapTracker_malloc(%rip)");
-}
-__attribute__((naked, noinline)) void callFree(void* /*address*/) noexcept
-{
-    asm("jmpq *LuTestSuiteHeapTracker_free(%rip)");
-}
-__attribute__((naked, noinline)) void* callRealloc(void* /*address*/, std::size_t /*size*/) noexcept
-{
-    asm("jmpq *LuTestSuiteHeapTracker_realloc(%rip)");
-}
-
 bool isWatched() noexcept
 {
     return s_activeCount.load(std::memory_order_relaxed) != 0;
 }
-
-/// The numbers of a dump, in its order.
-struct SCounts
-{
-    std::uint64_t mallocs;
-    std::uint64_t frees;
-    std::uint64_t reallocs;
-    std::int64_t current;
-    std::int64_t maximum;
-};
-
-/// What a dump shows, taken at one moment, in memory of its own. Without that memory it is incomplete.
-class CSnapshot
-{
-public:
-    CSnapshot(const SCounts& snapshotCounts, const CAllocationMap* map) noexcept : counts(snapshotCounts)
-    {
-        const std::size_t count = map == nullptr ? 0 : map->GetCount();
-        if (count == 0)
-        {
-            return;
-        }
-        void* const pages = LbOs::AllocatePages(count * sizeof(CAllocationMap::SEntry));
-        if (pages == nullptr)
-        {
-            m_isComplete = false;
-            return;
-        }
-        m_entries = {static_cast<CAllocationMap::SEntry*>(pages), count};
-        std::size_t index = 0;
-        map->ForEach([this, &index](const CAllocationMap::SEntry& entry) { m_entries[index++] = entry; });
-        std::ranges::sort(m_entries, {}, [](const CAllocationMap::SEntry& entry) { return entry.data.id; });
-    }
-    ~CSnapshot()
-    {
-        if (!m_entries.empty())
-        {
-            LbOs::ReleasePages(m_entries.data(), m_entries.size_bytes());
-        }
-    }
-    CSnapshot(const CSnapshot&) = delete;
-    CSnapshot& operator=(const CSnapshot&) = delete;
-
-    std::span<const CAllocationMap::SEntry> GetEntries() const noexcept { return m_entries; }
-    bool IsComplete() const noexcept { return m_isComplete; }
-
-    const SCounts counts;
-
-private:
-    std::span<CAllocationMap::SEntry> m_entries;
-    bool m_isComplete = true;
-};
 
 } // namespace
 
@@ -232,9 +160,9 @@ void LuTestSuiteHeapTracker::goOnInChild() noexcept
 bool LuTestSuiteHeapTracker::hookAll(const LbOs::SHeapFunctions& functions) noexcept
 {
     s_engine.Initialize();
-    return hook(functions.malloc, reinterpret_cast<void*>(detourMalloc), s_mallocTrampoline) &&
-           hook(functions.free, reinterpret_cast<void*>(detourFree), s_freeTrampoline) &&
-           hook(functions.realloc, reinterpret_cast<void*>(detourRealloc), s_reallocTrampoline) &&
+    return hook(functions.malloc, reinterpret_cast<void*>(detourMalloc), LuTestSuite::s_mallocTrampoline) &&
+           hook(functions.free, reinterpret_cast<void*>(detourFree), LuTestSuite::s_freeTrampoline) &&
+           hook(functions.realloc, reinterpret_cast<void*>(detourRealloc), LuTestSuite::s_reallocTrampoline) &&
            s_engine.EnableAll() == EPatchStatus::Success;
 }
 
@@ -350,22 +278,7 @@ void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
     // Written without the lock, for the stream may wait for threads that allocate.
     const CSnapshot snapshot = take();
 
-    stream.WriteFormat(L"CountMalloc %llu\n", snapshot.counts.mallocs);
-    stream.WriteFormat(L"CountFree %llu\n", snapshot.counts.frees);
-    stream.WriteFormat(L"CountRealloc %llu\n", snapshot.counts.reallocs);
-    stream.WriteFormat(L"CurrentAlloc %lld Bytes\n", snapshot.counts.current);
-    stream.WriteFormat(L"CurrentMax %lld Bytes\n", snapshot.counts.maximum);
-    stream.Write(L"Active Allocations:\n");
-    if (!snapshot.IsComplete())
-    {
-        stream.Write(L"Warnung: Für die Liste reicht der Speicher nicht.\n");
-    }
-    for (const CAllocationMap::SEntry& entry : snapshot.GetEntries())
-    {
-        // NOLINTNEXTLINE(performance-no-int-to-ptr)
-        const void* const address = reinterpret_cast<const void*>(entry.address);
-        stream.WriteFormat(L"ID %lld, Address 0x%p, Size %lld Bytes.\n", entry.data.id, address, entry.data.size);
-    }
+    snapshot.Write(stream);
 }
 
 /// Held across the run-time's call and the report: else another thread could get a freed block, and report it, before
@@ -391,11 +304,11 @@ void* LuTestSuiteHeapTracker::detourMalloc(std::size_t size) noexcept
 {
     if (!isWatched())
     {
-        return callMalloc(size);
+        return LuTestSuite::CallMalloc(size);
     }
     const COperationLock lock;
     const bool isPartOfRealloc = std::exchange(s_isInsideRealloc, false);
-    void* const result = callMalloc(size);
+    void* const result = LuTestSuite::CallMalloc(size);
     if (!isPartOfRealloc)
     {
         dispatchMalloc(result, size);
@@ -407,14 +320,14 @@ void LuTestSuiteHeapTracker::detourFree(void* address) noexcept
 {
     if (!isWatched())
     {
-        callFree(address);
+        LuTestSuite::CallFree(address);
         return;
     }
     const COperationLock lock;
     const bool isPartOfRealloc = std::exchange(s_isInsideRealloc, false);
     // As a number, since the pointer means nothing after the call.
     const std::uint64_t freed = toAddress(address);
-    callFree(address);
+    LuTestSuite::CallFree(address);
     if (!isPartOfRealloc)
     {
         dispatchFree(freed);
@@ -425,12 +338,12 @@ void* LuTestSuiteHeapTracker::detourRealloc(void* old, std::size_t size) noexcep
 {
     if (!isWatched())
     {
-        return callRealloc(old, size);
+        return LuTestSuite::CallRealloc(old, size);
     }
     const COperationLock lock;
     const std::uint64_t oldAddress = toAddress(old);
     s_isInsideRealloc = old == nullptr || size == 0 || LbOs::c_ReallocCallsMalloc;
-    void* const result = callRealloc(old, size);
+    void* const result = LuTestSuite::CallRealloc(old, size);
     s_isInsideRealloc = false;
     dispatchRealloc(oldAddress, result, size);
     return result;
@@ -561,11 +474,6 @@ bool LuTestSuiteHeapTracker::consistencyTest() const noexcept
             [&sum](const CAllocationMap::SEntry& entry) { sum += static_cast<std::int64_t>(entry.data.size); });
     }
     return sum == m_currentAlloc;
-}
-
-std::uint64_t LuTestSuiteHeapTracker::toAddress(const void* pointer) noexcept
-{
-    return reinterpret_cast<std::uint64_t>(pointer);
 }
 
 void LuTestSuiteHeapTracker::link() noexcept

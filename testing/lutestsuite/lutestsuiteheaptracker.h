@@ -119,7 +119,7 @@ private:
     void trackDeallocatedMemory(std::uint64_t address) noexcept;
     void checkAllocation(std::uint64_t id, std::uint64_t size) const noexcept;
     bool consistencyTest() const noexcept;
-    static std::uint64_t toAddress(const void* pointer) noexcept;
+    static std::uint64_t toAddress(const void* pointer) noexcept { return reinterpret_cast<std::uint64_t>(pointer); }
 
     void setActive(bool isActive) noexcept;
     void link() noexcept;

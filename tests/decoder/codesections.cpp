@@ -58,7 +58,7 @@ std::vector<SCodeSection> readElf(const CImage& image)
         if (image.Read32(header + 4) == c_Program && (image.Read64(header + 8) & c_Executable) != 0)
         {
             sections.push_back(
-                {image.Read64(header + 16), image.Cut(image.Read64(header + 24), image.Read64(header + 32)), {}});
+                {image.Read64(header + 16), image.Cut(image.Read64(header + 24), image.Read64(header + 32)), {}, {}});
         }
     }
     return sections;
@@ -98,6 +98,27 @@ std::uint64_t toOffset(const std::vector<SPeSection>& sections, std::uint32_t ad
     return ~std::uint64_t{0};
 }
 
+/// Those of the table for unwinding that lie in the section.
+std::vector<SFunction> readFunctions(const CImage& image, std::uint64_t header, const std::vector<SPeSection>& table,
+                                     const SCodeSection& code)
+{
+    constexpr std::uint64_t c_EntrySize = 12;
+    constexpr std::uint64_t c_ExceptionDirectory = 24 + 112 + 3 * 8;
+    const std::uint64_t entries = toOffset(table, image.Read32(header + c_ExceptionDirectory));
+    const std::uint64_t size = image.Read32(header + c_ExceptionDirectory + 4);
+    std::vector<SFunction> functions;
+    for (std::uint64_t offset = 0; offset + c_EntrySize <= size; offset += c_EntrySize)
+    {
+        const std::uint64_t begin = image.Read32(entries + offset);
+        const std::uint64_t end = image.Read32(entries + offset + 4);
+        if (begin >= code.address && begin < end && end <= code.address + code.bytes.size())
+        {
+            functions.push_back({begin - code.address, end - code.address});
+        }
+    }
+    return functions;
+}
+
 std::vector<SCodeSection> readPe(const CImage& image)
 {
     const std::uint64_t header = image.Read32(0x3C);
@@ -114,6 +135,7 @@ std::vector<SCodeSection> readPe(const CImage& image)
         SCodeSection& code = sections.emplace_back();
         code.address = section.address;
         code.bytes = image.Cut(section.offset, section.size);
+        code.functions = readFunctions(image, header, table, code);
         for (std::uint64_t index = 0; index < image.Read32(exports + 20); ++index)
         {
             const std::uint32_t entry = image.Read32(functions + index * 4);

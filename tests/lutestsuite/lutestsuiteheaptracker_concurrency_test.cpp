@@ -160,6 +160,25 @@ TEST_F(LuTestSuiteHeapTrackerThreads, ForksDoNotWaitForThreadsThatAllocateWhileT
     flusher.join();
 }
 
+TEST_F(LuTestSuiteHeapTrackerThreads, HeapMayBeLockedByAThreadThatAllocates)
+{
+    if (LbOs::c_PathSeparator == L'/')
+    {
+        GTEST_SKIP() << "programs cannot lock the heap here";
+    }
+    LuTestSuiteHeapTracker tracker;
+    CAllocatingThread threads[] = {CAllocatingThread(1), CAllocatingThread(2)};
+    for (int round = 0; round < 2000; ++round)
+    {
+        LbOs::LockHeap();
+        std::this_thread::yield();
+        s_free(s_malloc(10));
+        LbOs::UnlockHeap();
+    }
+    EXPECT_EQ(threads[0].End() + threads[1].End(), 0);
+    EXPECT_GE(tracker.GetMallocCount(), 2000U);
+}
+
 TEST_F(LuTestSuiteHeapTrackerThreads, NothingIsLostThatHappensDuringForks)
 {
     if (!LbOs::RunInFork([] { return 0; }))
