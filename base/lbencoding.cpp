@@ -222,7 +222,8 @@ Target convertUtf16(Source text)
 
 constexpr bool isLatin1(char32_t codePoint)
 {
-    return codePoint <= 0xFF && (codePoint >= 0x20 || codePoint == U'\t' || codePoint == U'\n' || codePoint == U'\r');
+    const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
+    return codePoint <= 0xFF && (!isControl || codePoint == U'\t' || codePoint == U'\n' || codePoint == U'\r');
 }
 
 } // namespace

@@ -33,8 +33,8 @@ LB_API void FromNative(std::string_view bytes, std::wstring& result);
 LB_API std::u16string ToUtf16(std::wstring_view text);
 LB_API std::wstring FromUtf16(std::u16string_view text);
 
-/// One byte a character, ISO-8859-1. Characters above U+00FF and those below U+0020 other than tab, line feed and
-/// carriage return become "?" (on Windows one "?" for a surrogate pair, too).
+/// One byte a character, ISO-8859-1. Characters above U+00FF and control characters (below U+0020, U+007F to U+009F)
+/// other than tab, line feed and carriage return become "?" (on Windows one "?" for a surrogate pair, too).
 LB_API std::string ToLatin1(std::wstring_view text);
 LB_API std::wstring FromLatin1(std::string_view bytes);
 

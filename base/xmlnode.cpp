@@ -104,6 +104,45 @@ bool isTopLevelInOrder(const pugi::xml_document& document)
     return last == element;
 }
 
+/// Gives sections of plain text the form that the same text has outside of them, so that it can be written as it
+/// stands.
+class CSectionEscaper : public pugi::xml_tree_walker
+{
+public:
+    bool for_each(pugi::xml_node& node) override
+    {
+        if (node.type() == pugi::node_cdata)
+        {
+            node.set_value(escape(node.value()).c_str());
+        }
+        return true;
+    }
+
+private:
+    static std::string escape(std::string_view text)
+    {
+        std::string result;
+        for (const char character : text)
+        {
+            switch (character)
+            {
+            case '&':
+                result += "&amp;";
+                break;
+            case '<':
+                result += "&lt;";
+                break;
+            case '>':
+                result += "&gt;";
+                break;
+            default:
+                result += character;
+            }
+        }
+        return result;
+    }
+};
+
 } // namespace
 
 std::wstring XMLNode::GetName() const
@@ -217,6 +256,7 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
     }
     // The parser overwrites the last byte by a terminator and so would lose text of one character after the root:
     // it gets the string's own terminator to overwrite.
+    const bool isToEscape = text == EText::AsWritten && content->bytes.find("<![CDATA[") != std::string::npos;
     const unsigned options = c_ParseOptions | (text == EText::Resolved ? c_ResolveOptions : 0U);
     const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(
         content->bytes.data(), content->bytes.size() + 1, options, pugi::encoding_utf8);
@@ -224,6 +264,11 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
         content->document.document_element().name() != std::string_view(rootName))
     {
         return EResult::Syntax;
+    }
+    if (isToEscape)
+    {
+        CSectionEscaper escaper;
+        content->document.traverse(escaper);
     }
     m_content = std::move(content);
     return EResult::Ok;

@@ -109,7 +109,8 @@ public:
     enum class EText
     {
         Resolved,  ///< references resolved, line ends as line feeds, white space of attributes as blanks
-        AsWritten, ///< every character as it stands in the file, for those that write it again
+        AsWritten, ///< every character as it stands in the file, for those that write it again; that of CDATA sections
+                   ///< as it would stand outside
     };
 
     XMLDocument();

@@ -4,11 +4,16 @@
 #include <climits>
 #include <fstream>
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 
 #include <unistd.h>
 
 #include "base/lbencoding.h"
+#include "base/os/files.h"
+#include "base/os/machine_linux.h"
 
 namespace
 {
@@ -48,6 +53,21 @@ double getRatedMegahertz()
     return file >> kilohertz ? kilohertz / c_KilohertzPerMegahertz : 0.0;
 }
 
+/// Of "card3"; none of its connectors, which are "card3-HDMI-A-1" and the like.
+std::optional<std::uint32_t> getCardNumber(std::string_view name)
+{
+    constexpr std::string_view c_Prefix = "card";
+    if (!name.starts_with(c_Prefix))
+    {
+        return std::nullopt;
+    }
+    name.remove_prefix(c_Prefix.size());
+    std::uint32_t number = 0;
+    const char* const end = name.data() + name.size();
+    const auto parsed = std::from_chars(name.data(), end, number);
+    return parsed.ec == std::errc() && parsed.ptr == end ? std::optional(number) : std::nullopt;
+}
+
 } // namespace
 
 LbOs::SProcessor LbOs::QueryProcessor()
@@ -75,11 +95,30 @@ std::wstring LbOs::GetMachineName()
     return gethostname(name, sizeof(name) - 1) == 0 ? LbEncoding::FromUtf8(name) : std::wstring();
 }
 
+std::wstring LbOs::Linux::DescribeGraphics(const std::wstring& folder)
+{
+    std::set<std::uint32_t> cards;
+    VisitDirectory(folder, [&cards](const SDirectoryEntry& entry) {
+        if (const std::optional<std::uint32_t> number = getCardNumber(LbEncoding::ToNative(entry.name)))
+        {
+            cards.insert(*number);
+        }
+    });
+    for (const std::uint32_t card : cards)
+    {
+        // The kernel knows drivers and numbers, names are the matter of libraries that a machine without display lacks.
+        auto pairs = readPairs(LbEncoding::ToNative(folder) + "/card" + std::to_string(card) + "/device/uevent", '=');
+        const std::string& driver = pairs["DRIVER"];
+        const std::string& pciNumber = pairs["PCI_ID"];
+        if (!driver.empty())
+        {
+            return LbEncoding::FromUtf8(pciNumber.empty() ? driver : driver + " (PCI " + pciNumber + ")");
+        }
+    }
+    return {};
+}
+
 std::wstring LbOs::GetGraphicsAdapter()
 {
-    // The kernel knows drivers and numbers, names are the matter of libraries that a machine without display lacks.
-    auto pairs = readPairs("/sys/class/drm/card0/device/uevent", '=');
-    const std::string& driver = pairs["DRIVER"];
-    const std::string& pciNumber = pairs["PCI_ID"];
-    return LbEncoding::FromUtf8(pciNumber.empty() ? driver : driver + " (PCI " + pciNumber + ")");
+    return Linux::DescribeGraphics(L"/sys/class/drm");
 }

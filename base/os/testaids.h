@@ -1,7 +1,9 @@
 /// What only tests ask of the system. A part of the tests, in no library.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -21,6 +23,20 @@ bool CallWhileFlushing(void (*function)());
 
 /// Gives every real-time signal back to the system, as whoever has use for one may do. False where there are none.
 bool ResetRealTimeSignals();
+
+/// Makes a named pipe, whose reader waits for a writer. False where files are no pipes.
+bool MakePipe(const std::wstring& path);
+
+/// Opens an existing file for as long as the result lives, and lets nobody else open it; null where that cannot be.
+std::shared_ptr<void> HoldFile(const std::wstring& path);
+
+/// Forks; the child calls `function`. The bytes by which the child's memory had risen at its peak; none when the
+/// function says false, and where processes do not fork.
+std::optional<std::uint64_t> MeasurePeakMemory(const std::function<bool()>& function);
+
+/// The text for the first graphics card that has a driver in `folder`, which is laid out as the kernel lays out its
+/// own; none where there is no such folder.
+std::optional<std::wstring> DescribeGraphicsIn(const std::wstring& folder);
 
 /// Has a signal interrupt the process each half millisecond, or no more. False where that cannot be.
 bool SetInterruptedOften(bool isInterrupted);

@@ -4,12 +4,16 @@
 #include <cstdio>
 
 #include <dlfcn.h>
+#include <malloc.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "base/lbencoding.h"
+#include "base/os/machine_linux.h"
 
 bool LbOs::LoadAndUnloadModule(const std::wstring& path)
 {
@@ -55,6 +59,49 @@ bool LbOs::ResetRealTimeSignals()
         std::signal(signal, SIG_DFL);
     }
     return true;
+}
+
+bool LbOs::MakePipe(const std::wstring& path)
+{
+    return mkfifo(LbEncoding::ToNative(path).c_str(), S_IRUSR | S_IWUSR) == 0;
+}
+
+std::shared_ptr<void> LbOs::HoldFile(const std::wstring& /*path*/)
+{
+    return nullptr;
+}
+
+std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>& function)
+{
+    const auto getPeak = [] {
+        constexpr std::uint64_t c_BytesPerKilobyte = 1024;
+        rusage usage = {};
+        getrusage(RUSAGE_SELF, &usage);
+        return static_cast<std::uint64_t>(usage.ru_maxrss) * c_BytesPerKilobyte;
+    };
+    void* const shared =
+        mmap(nullptr, sizeof(std::uint64_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (shared == MAP_FAILED)
+    {
+        return std::nullopt;
+    }
+    auto* const risen = static_cast<std::uint64_t*>(shared);
+    // What the heap keeps for later would not be seen when it is used again.
+    malloc_trim(0);
+    const std::optional<int> status = RunInFork([&] {
+        const std::uint64_t before = getPeak();
+        const bool isDone = function();
+        *risen = getPeak() - before;
+        return isDone ? 0 : 1;
+    });
+    const std::uint64_t result = *risen;
+    munmap(shared, sizeof(std::uint64_t));
+    return status == 0 ? std::optional(result) : std::nullopt;
+}
+
+std::optional<std::wstring> LbOs::DescribeGraphicsIn(const std::wstring& folder)
+{
+    return Linux::DescribeGraphics(folder);
 }
 
 bool LbOs::SetInterruptedOften(bool isInterrupted)

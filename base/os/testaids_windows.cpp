@@ -23,6 +23,27 @@ bool LbOs::ResetRealTimeSignals()
     return false;
 }
 
+bool LbOs::MakePipe(const std::wstring& /*path*/)
+{
+    return false;
+}
+
+std::shared_ptr<void> LbOs::HoldFile(const std::wstring& path)
+{
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    return file == INVALID_HANDLE_VALUE ? nullptr : std::shared_ptr<void>(file, CloseHandle);
+}
+
+std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>& /*function*/)
+{
+    return std::nullopt;
+}
+
+std::optional<std::wstring> LbOs::DescribeGraphicsIn(const std::wstring& /*folder*/)
+{
+    return std::nullopt;
+}
+
 bool LbOs::SetInterruptedOften(bool /*isInterrupted*/)
 {
     return false;

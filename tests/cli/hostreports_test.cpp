@@ -133,4 +133,20 @@ TEST_F(HostReports, GetAnAutomaticNameAndAreOpened)
     EXPECT_EQ(opened.Await(), Names{reports + names[2]});
 }
 
+TEST_F(HostReports, NeitherWaitForTheDesktopNorFailWithoutOne)
+{
+    m_data.MakeFolder(L"CPassedModel");
+    if (OpenedFiles::CanStandIn())
+    {
+        m_options.variables = {{L"PATH", m_folder.GetPath()}};
+    }
+
+    const SHostRun run = Run({L"--html", L"Report.html", L"-o"});
+
+    EXPECT_EQ(run.exitStatus, 0);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.output, Run({}).output);
+    EXPECT_NE(Read(L"Report.html").find("</html>"), std::string::npos);
+}
+
 } // namespace

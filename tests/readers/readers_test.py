@@ -1,6 +1,8 @@
 """XML reports as readers see them that know nothing of this project: all count the same cases, failures and errors.
 
-readers_test.py MAKE_REPORT FOLDER XMLLINT NODE NODE_FOLDER SYSTEM_PYTHON
+One report is made up and has every outcome there is; the other one is that of the host's run of the tests' modules.
+
+readers_test.py MAKE_REPORT HOST FOLDER XMLLINT NODE NODE_FOLDER SYSTEM_PYTHON
 """
 
 import json
@@ -12,10 +14,19 @@ import unittest
 import xml.parsers.expat
 
 CASES = 60000
-# By the remainder of a case's number: the results 0 to 8, then 0 and 1 again.
-FAILURES = sum(1 for index in range(CASES) if index % 11 % 9 in (1, 2, 3, 4))
-ERRORS = sum(1 for index in range(CASES) if index % 11 % 9 in (5, 6, 7, 8))
-EXPECTED = (CASES, FAILURES, ERRORS)
+# In a data set's file and so in a message of the cases that fail.
+CONTENTS = ("gut", "schlecht <a href=\"x\">'&'</a> ]]> größer \x02\x1b[31m\u0085 € \U0001F600", "anders", "")
+FILES_IN_A_FOLDER = 100
+MODULES = ("resultmodels", "exceptionmodels", "messagemodels", "datasetmodels")
+# Cases, failures and errors of the modules' other classes.
+OTHER_CLASSES = {
+    "CResultModel": (7, 4, 1),
+    "CPassedModel": (2, 0, 0),
+    "CFailedModel": (1, 1, 0),
+    "CSubtestExceptionModel": (5, 5, 0),
+    "CMessageModel": (5, 2, 0),
+    "CRunUnitTestThrows": (1, 1, 0),
+}
 
 COUNT_WITH_JUNITPARSER = """
 import sys
@@ -48,34 +59,40 @@ def count_with_expat(path):
     return tuple(counts.values()), root["attributes"]
 
 
-class Readers(unittest.TestCase):
+class Tools:
+    """Set from the command line."""
+
+
+class Readers:
     @classmethod
     def setUpClass(cls):
-        cls.folder.mkdir(parents=True, exist_ok=True)
+        cls.folder = Tools.folder / cls.__name__
+        shutil.rmtree(cls.folder, ignore_errors=True)
+        cls.folder.mkdir(parents=True)
         cls.report = cls.folder / "Report.xml"
-        run(cls.make_report, cls.report, CASES)
+        cls.expected = cls.make()
 
     def test_xmllint(self):
-        run(self.xmllint, "--noout", self.report)
-        for number, path in zip(EXPECTED, ("//testcase", "//testcase/failure", "//testcase/error")):
-            self.assertEqual(float(run(self.xmllint, "--xpath", f"count({path})", self.report)), number)
+        run(Tools.xmllint, "--noout", self.report)
+        for number, path in zip(self.expected, ("//testcase", "//testcase/failure", "//testcase/error")):
+            self.assertEqual(float(run(Tools.xmllint, "--xpath", f"count({path})", self.report)), number)
 
     def test_expat(self):
         counts, attributes = count_with_expat(self.report)
-        self.assertEqual(counts, EXPECTED)
-        self.assertEqual([int(attributes[name]) for name in ("tests", "failures", "errors")], list(EXPECTED))
+        self.assertEqual(counts, self.expected)
+        self.assertEqual([int(attributes[name]) for name in ("tests", "failures", "errors")], list(self.expected))
 
     def test_junitparser(self):
-        counted = run(self.system_python, "-c", COUNT_WITH_JUNITPARSER, self.report)
-        self.assertEqual(tuple(map(int, counted.split())), EXPECTED)
+        counted = run(Tools.system_python, "-c", COUNT_WITH_JUNITPARSER, self.report)
+        self.assertEqual(tuple(map(int, counted.split())), self.expected)
 
     def test_junit_report_merger(self):
         merged = self.folder / "Merged.xml"
         merged.unlink(missing_ok=True)
-        run(self.node, self.node_folder / "node_modules/junit-report-merger/cli.js", merged, self.report)
+        run(Tools.node, Tools.node_folder / "node_modules/junit-report-merger/cli.js", merged, self.report)
         counts, attributes = count_with_expat(merged)
-        self.assertEqual(counts, EXPECTED)
-        self.assertEqual([int(attributes[name]) for name in ("tests", "failures", "errors")], list(EXPECTED))
+        self.assertEqual(counts, self.expected)
+        self.assertEqual([int(attributes[name]) for name in ("tests", "failures", "errors")], list(self.expected))
 
     def test_junit2json_and_xunit_viewer(self):
         # Modules are looked for beside the script.
@@ -83,15 +100,43 @@ class Readers(unittest.TestCase):
         shutil.copy(pathlib.Path(__file__).with_name(script.name), script)
         modules = self.folder / "node_modules"
         modules.unlink(missing_ok=True)
-        modules.symlink_to(self.node_folder / "node_modules")
-        seen = [json.loads(line) for line in run(self.node, script, self.report).splitlines()]
+        modules.symlink_to(Tools.node_folder / "node_modules")
+        seen = [json.loads(line) for line in run(Tools.node, script, self.report).splitlines()]
         self.assertEqual([one["reader"] for one in seen], ["junit2json", "xunit-viewer"])
         for one in seen:
-            self.assertEqual((one["cases"], one["failures"], one["errors"]), EXPECTED, one["reader"])
+            self.assertEqual((one["cases"], one["failures"], one["errors"]), self.expected, one["reader"])
+
+
+class MadeReport(Readers, unittest.TestCase):
+    @classmethod
+    def make(cls):
+        run(Tools.make_report, cls.report, CASES)
+        # By the remainder of a case's number: the results 0 to 8, then 0 and 1 again.
+        results = [index % 11 % 9 for index in range(CASES)]
+        return CASES, sum(result in (1, 2, 3, 4) for result in results), sum(result > 4 for result in results)
+
+
+class HostReport(Readers, unittest.TestCase):
+    @classmethod
+    def make(cls):
+        data = cls.folder / "data"
+        for name in OTHER_CLASSES:
+            (data / name).mkdir(parents=True)
+        for index in range(CASES):
+            folder = data / str(index // FILES_IN_A_FOLDER) / "CDataSetModel"
+            folder.mkdir(parents=True, exist_ok=True)
+            (folder / f"Satz {index} 'größer' & \"kleiner\" <b>.txt").write_text(CONTENTS[index % len(CONTENTS)])
+        modules = [word for module in MODULES for word in ("--dll", module)]
+        # Some cases fail, and the verdict with them.
+        done = subprocess.run([Tools.host, "-d", data, *modules, "--xml", cls.report], capture_output=True, timeout=500)
+        if done.returncode != 1:
+            raise AssertionError(f"The host ended with {done.returncode}: {done.stderr[-2000:]}")
+        failures = CASES - CASES // len(CONTENTS)
+        return tuple(map(sum, zip((CASES, failures, 0), *OTHER_CLASSES.values())))
 
 
 if __name__ == "__main__":
-    Readers.make_report, folder, Readers.xmllint, Readers.node, node_folder, Readers.system_python = sys.argv[1:7]
-    Readers.folder = pathlib.Path(folder)
-    Readers.node_folder = pathlib.Path(node_folder)
+    Tools.make_report, Tools.host, folder, Tools.xmllint, Tools.node, node_folder, Tools.system_python = sys.argv[1:8]
+    Tools.folder = pathlib.Path(folder)
+    Tools.node_folder = pathlib.Path(node_folder)
     unittest.main(argv=sys.argv[:1])

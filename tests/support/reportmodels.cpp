@@ -120,9 +120,9 @@ public:
         while (text.size() < length)
         {
             const auto character = static_cast<wchar_t>(Below(256));
-            const bool isControl =
-                character < L' ' && std::wstring_view(L"\t\n\r").find(character) == std::wstring::npos;
-            text.push_back(isControl ? L' ' : character);
+            const bool isControl = character < L' ' || (character >= 0x7F && character < 0xA0);
+            const bool isLayout = std::wstring_view(L"\t\n\r").find(character) != std::wstring::npos;
+            text.push_back(isControl && !isLayout ? L' ' : character);
         }
         return text;
     }

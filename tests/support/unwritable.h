@@ -1,6 +1,7 @@
 /// Places where no report can be written.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,9 +10,11 @@
 struct SUnwritablePlace
 {
     std::string name;
-    std::wstring path; ///< of the file that cannot be written
+    std::wstring path;          ///< of the file that cannot be written
+    std::shared_ptr<void> hold; ///< what makes it so, if anything must
 };
 
-/// A folder in place of the file, a folder that is missing, a name that is too long; where the system has them a full
-/// disk and a folder that takes no files. `name` is that of the file.
+/// A folder in place of the file and the reverse, a folder that is missing, a name and a path that are too long; where
+/// the system has them a full disk, a folder that takes no files, and a file that another program holds. `name` is that
+/// of the file. The places stand as long as the folder.
 std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, const std::wstring& name);

@@ -3,17 +3,16 @@
 
 #include <string>
 
+#include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 
 namespace LuTestSuite
 {
 
-/// Prints the line that names the report; `format` takes its path.
+/// Prints the line that names the report; `format` takes its path and ends without a line feed.
 inline void WriteReportFailure(const wchar_t* format, const std::wstring& path)
 {
-    LuTestSuiteOut::Write(format, path);
-    // Apart, since the text has none of its own: what follows begins on a line of its own all the same.
-    LuTestSuiteOut::Write(L"\n");
+    LuTestSuiteOut::Write(L"%s\n", LbFormat(format, path));
 }
 
 } // namespace LuTestSuite

@@ -1,6 +1,14 @@
 #include "base/os/machine.h"
 
+#include <cstdlib>
+#include <optional>
+
 #include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/os/testaids.h"
+#include "tests/support/scopedfolder.h"
 
 namespace
 {
@@ -31,6 +39,46 @@ TEST(Machine, AnswersTheSameAgain)
     EXPECT_EQ(LbOs::QueryProcessor().model, LbOs::QueryProcessor().model);
     EXPECT_EQ(LbOs::GetPhysicalMemory(), LbOs::GetPhysicalMemory());
     EXPECT_EQ(LbOs::GetGraphicsAdapter(), LbOs::GetGraphicsAdapter());
+}
+
+TEST(Machine, TakesTheFirstGraphicsCardThatHasADriver)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"card0-HDMI-A-1/device/uevent", "DRIVER=kein Adapter\n");
+    folder.WriteFile(L"card0/device/uevent", "MODALIAS=platform\n");
+    folder.WriteFile(L"card10/device/uevent", "DRIVER=zehnter\n");
+    folder.WriteFile(L"renderD128/device/uevent", "DRIVER=auch keiner\n");
+    const std::optional<std::wstring> text = LbOs::DescribeGraphicsIn(folder.GetPath());
+    if (!text)
+    {
+        GTEST_SKIP() << "the kernel has no such folder";
+    }
+    EXPECT_EQ(*text, L"zehnter");
+
+    folder.WriteFile(L"card2/device/uevent", "DRIVER=zweiter\nPCI_ID=8086:1234\n");
+    EXPECT_EQ(LbOs::DescribeGraphicsIn(folder.GetPath()), L"zweiter (PCI 8086:1234)");
+    EXPECT_EQ(LbOs::DescribeGraphicsIn(folder.GetPathOf(L"fehlt")), L"");
+}
+
+/// Unknown on Windows itself.
+std::optional<bool> isHeadless()
+{
+    if (LbPath::c_Separator == L'/')
+    {
+        return !LbFileSystem::IsDirectory(L"/sys/class/drm/");
+    }
+    const bool isWine = LbFileSystem::IsDirectory(L"Z:\\proc\\self");
+    return isWine ? std::optional(std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
+                  : std::nullopt;
+}
+
+TEST(Machine, HasNoGraphicsAdapterWithoutADisplay)
+{
+    if (!isHeadless().value_or(false))
+    {
+        GTEST_SKIP() << "there may be an adapter";
+    }
+    EXPECT_EQ(LbOs::GetGraphicsAdapter(), L"");
 }
 
 } // namespace

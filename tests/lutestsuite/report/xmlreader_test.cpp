@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 
 #include "base/lbfilesystem.h"
+#include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "base/lustream.h"
+#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
+#include "tests/support/samplereports.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -59,6 +62,25 @@ protected:
 
     ScopedFolder m_folder;
 };
+
+constexpr std::size_t c_ManyCases = 40000;
+
+SReportData makeLargeReport()
+{
+    SReportData data;
+    for (std::uint32_t index = 0; index < c_ManyCases; ++index)
+    {
+        const bool isGood = index % 10 != 0;
+        data.Cases.push_back(MakeReportCase(LbFormat(L"CDeflateVectors%u", index % 300),
+                                            LbFormat(L"level %u, größer.vector", index),
+                                            isGood ? ECaseRunResult::Ok : ECaseRunResult::Error));
+        if (!isGood)
+        {
+            data.Cases.back().Dumps = {{true, L"3 statt 4 Bytes an der Stelle 17"}, {false, L"Datei gelesen"}};
+        }
+    }
+    return data;
+}
 
 TEST_F(XmlReportReader, ResetsTheRecordFirst)
 {
@@ -157,6 +179,17 @@ TEST_F(XmlReportReader, ResolvesTheNamesOfCasesAndKeepsAllOtherTextsAsTheyAreWri
     EXPECT_EQ(testCase.Dumps.at(0).Text, L"a &lt; b &amp;\r\n");
 }
 
+TEST_F(XmlReportReader, TakesSectionsOfPlainTextAsTheTextThatTheyMean)
+{
+    const auto dumps = ReadCase("<testcase><result><dump>a &lt; <![CDATA[b < c && d]]> e</dump>"
+                                "<dump><!-- <![CDATA[ --></dump></result></testcase>")
+                           .Dumps;
+
+    ASSERT_EQ(dumps.size(), 2U);
+    EXPECT_EQ(dumps[0].Text, L"a &lt; b &lt; c &amp;&amp; d e");
+    EXPECT_EQ(dumps[1].Text, L"");
+}
+
 TEST_F(XmlReportReader, OverlooksUnknownElementsAndTakesTheFirstOfEqualOnes)
 {
     const SReportData data = Read("<x/>text<testcase name='1'/><y><testcase name='2'/></y>"
@@ -222,6 +255,11 @@ TEST_F(XmlReportReader, RefusesWhatIsNoFile)
     {
         places.push_back(device);
     }
+    // Nobody will ever write to it.
+    if (const std::wstring pipe = m_folder.GetPathOf(L"Leitung.xml"); LbOs::MakePipe(pipe))
+    {
+        places.push_back(pipe);
+    }
     for (const std::wstring& place : places)
     {
         ExpectFailure(place, L"Datei " + place + L" konnte nicht gelesen werden");
@@ -260,6 +298,25 @@ TEST_F(XmlReportReader, BearsTenThousandLevels)
 
     EXPECT_EQ(Read(open + close + "<testcase/>").Cases.size(), 1U);
     ExpectBroken("<testsuite>" + open);
+}
+
+TEST_F(XmlReportReader, TakesLessThanSixTimesTheFileInMemory)
+{
+    const std::wstring path = m_folder.GetPathOf(L"Report.xml");
+    LuTestSuiteReport::GenerateXMLReport(path, makeLargeReport());
+    const auto size = static_cast<double>(LuStreamReadBinaryFile(path).GetSize());
+    const auto peak = LbOs::MeasurePeakMemory([&path] {
+        SReportData data;
+        return LuTestSuiteReport::LoadReportDataFromXMLFile(path, data) && data.Cases.size() == c_ManyCases;
+    });
+    if (!peak)
+    {
+        GTEST_SKIP() << "no process of its own can be had";
+    }
+    const double ratio = static_cast<double>(*peak) / size;
+    RecordProperty("times_the_file", std::to_string(ratio));
+    EXPECT_LT(ratio, 6.0);
+    EXPECT_GT(ratio, 1.0) << "not even the file itself was seen";
 }
 
 TEST_F(XmlReportReader, RefusesTwoHundredMegabytesOfSomethingElse)
