@@ -5,6 +5,7 @@
 
 #include <dlfcn.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +16,12 @@ bool LbOs::LoadAndUnloadModule(const std::wstring& path)
 {
     void* const module = dlopen(LbEncoding::ToUtf8(path).c_str(), RTLD_NOW | RTLD_LOCAL);
     return module != nullptr && dlclose(module) == 0;
+}
+
+bool LbOs::MakePipeFile(const std::wstring& path)
+{
+    constexpr mode_t c_OwnersOnly = 0600;
+    return mkfifo(LbEncoding::ToNative(path).c_str(), c_OwnersOnly) == 0;
 }
 
 std::optional<int> LbOs::RunInFork(const std::function<int()>& function)
