@@ -276,6 +276,18 @@ TEST_F(HostArchive, CarriesOutTheExampleTwice)
     }
 }
 
+/// The host has written both: they are in the archive.
+TEST_F(HostArchive, LeavesNoTemporaryFiles)
+{
+    RunPlain({L"--archive-run", Configure()});
+
+    const std::wstring folder = m_user.GetPathOf(L"LuTestSuite/Orvell/Temp");
+    EXPECT_EQ(GetArchive(L".xml").size(), 1U);
+    EXPECT_TRUE(LbFileSystem::IsDirectory(folder));
+    EXPECT_TRUE(std::ranges::none_of(LbFileSystem::GetFileNames(folder),
+                                     [](const std::wstring& name) { return name.starts_with(L"Temp-"); }));
+}
+
 TEST_F(HostArchive, SaysThatThereIsNoSuchRun)
 {
     const std::wstring value = Configure();
