@@ -15,6 +15,7 @@
 #include "base/lbcommandline.h"
 #include "base/lbencoding.h"
 #include "base/os/descriptor_linux.h"
+#include "base/os/files.h"
 #include "base/os/keeper_linux.h"
 
 namespace LbOs
@@ -49,10 +50,18 @@ struct SStart
     sigset_t signals = {}; ///< blocked in the caller
 };
 
+/// A path is meant from the caller's folder, wherever the child works; a bare name is looked up.
+std::wstring fromHere(const std::wstring& program)
+{
+    const bool isRelativePath = program.find(L'/') != std::wstring::npos && !IsAbsolutePath(program);
+    return isRelativePath ? GetWorkingDirectory() + L"/" + program : program;
+}
+
 SStart prepare(const SChildOptions& options)
 {
     SStart start;
-    for (const std::wstring& word : LbCommandLine::Split(options.commandLine))
+    const std::vector<std::wstring> words = LbCommandLine::Split(options.commandLine);
+    for (const std::wstring& word : words)
     {
         start.words.push_back(LbEncoding::ToNative(word));
     }
@@ -62,9 +71,9 @@ SStart prepare(const SChildOptions& options)
     }
     start.arguments.push_back(nullptr);
     start.isSearched = options.program.empty();
-    start.program = !start.isSearched     ? LbEncoding::ToNative(options.program)
-                    : start.words.empty() ? std::string()
-                                          : start.words.front();
+    start.program = LbEncoding::ToNative(fromHere(!start.isSearched ? options.program
+                                                  : words.empty()   ? std::wstring()
+                                                                    : words.front()));
     start.workingDirectory = LbEncoding::ToNative(options.workingDirectory);
     start.isSilent = options.isSilent;
     start.owner = getpid();

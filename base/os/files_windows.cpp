@@ -165,8 +165,16 @@ bool LbOs::RemoveFile(const std::wstring& path)
         return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && RemoveDirectoryW(name.c_str()) != FALSE;
     }
     // Write protection keeps a file from being removed on this platform only.
-    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
-           SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) != FALSE && DeleteFileW(name.c_str()) != FALSE;
+    if ((attributes & FILE_ATTRIBUTE_READONLY) == 0 || SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) == FALSE)
+    {
+        return false;
+    }
+    if (DeleteFileW(name.c_str()) != FALSE)
+    {
+        return true;
+    }
+    SetFileAttributesW(name.c_str(), attributes);
+    return false;
 }
 
 bool LbOs::RenameFile(const std::wstring& path, const std::wstring& newPath)

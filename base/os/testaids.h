@@ -13,6 +13,9 @@ namespace LbOs
 /// Loads a shared library that nothing else uses, and unloads it. False when it cannot be loaded.
 bool LoadAndUnloadModule(const std::wstring& path);
 
+/// Makes a named pipe that stands in its folder like a file. False where there are none.
+bool MakePipeFile(const std::wstring& path);
+
 /// Forks; the child calls `function` and ends with what it gives, without any destructors, or with a signal after 60 s.
 /// The child's exit status, -1 for a signal; none where processes do not fork.
 std::optional<int> RunInFork(const std::function<int()>& function);

@@ -21,6 +21,12 @@ bool LbOs::LoadAndUnloadModule(const std::wstring& path)
     return module != nullptr && dlclose(module) == 0;
 }
 
+bool LbOs::MakePipeFile(const std::wstring& path)
+{
+    constexpr mode_t c_OwnersOnly = 0600;
+    return mkfifo(LbEncoding::ToNative(path).c_str(), c_OwnersOnly) == 0;
+}
+
 std::optional<int> LbOs::RunInFork(const std::function<int()>& function)
 {
     constexpr unsigned c_LimitSeconds = 60;

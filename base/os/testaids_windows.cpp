@@ -8,6 +8,11 @@ bool LbOs::LoadAndUnloadModule(const std::wstring& path)
     return module != nullptr && FreeLibrary(module) != FALSE;
 }
 
+bool LbOs::MakePipeFile(const std::wstring& /*path*/)
+{
+    return false;
+}
+
 std::optional<int> LbOs::RunInFork(const std::function<int()>& /*function*/)
 {
     return std::nullopt;

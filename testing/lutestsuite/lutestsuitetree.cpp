@@ -72,12 +72,28 @@ SPaths getPaths(const UnitTests& tests)
     return result;
 }
 
+/// Orders characters as the code units of UTF-16 are ordered, with the separator of Windows: the tree is the same on
+/// all platforms. A backslash that separates nothing comes behind one that does.
+std::uint64_t getOrder(wchar_t character)
+{
+    constexpr std::uint64_t c_BehindPairs = 0x200000;
+    const std::uint64_t unit = LbPath::IsSeparator(character) ? L'\\' : static_cast<std::uint32_t>(character);
+    const bool isBehindPairs = unit >= 0xDC00 && unit <= 0xFFFF;
+    return 2 * (isBehindPairs ? unit + c_BehindPairs : unit) + (character == L'\\' && !LbPath::IsSeparator(character));
+}
+
+bool isBefore(const std::wstring& a, const std::wstring& b)
+{
+    const auto [atA, atB] = std::ranges::mismatch(a, b);
+    return atB != b.end() && (atA == a.end() || getOrder(*atA) < getOrder(*atB));
+}
+
 /// The place of each path in the order of all; equal paths share one.
 std::vector<std::uint32_t> getRanks(const std::vector<std::wstring>& paths)
 {
     std::vector<std::uint32_t> order(paths.size());
     std::iota(order.begin(), order.end(), 0U);
-    std::ranges::sort(order, [&paths](std::uint32_t a, std::uint32_t b) { return paths[a] < paths[b]; });
+    std::ranges::sort(order, [&paths](std::uint32_t a, std::uint32_t b) { return isBefore(paths[a], paths[b]); });
     std::vector<std::uint32_t> ranks(paths.size(), 0);
     for (std::size_t place = 1; place < order.size(); ++place)
     {
@@ -103,7 +119,7 @@ std::vector<SEntry> getSortedEntries(const UnitTests& tests, const std::vector<s
     std::ranges::stable_sort(entries, [&](const SEntry& a, const SEntry& b) {
         return ranks[a.unitTest] != ranks[b.unitTest]
                    ? ranks[a.unitTest] < ranks[b.unitTest]
-                   : tests[a.unitTest].cases[a.testCase].name < tests[b.unitTest].cases[b.testCase].name;
+                   : isBefore(tests[a.unitTest].cases[a.testCase].name, tests[b.unitTest].cases[b.testCase].name);
     });
     return entries;
 }

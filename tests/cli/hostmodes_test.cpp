@@ -1,6 +1,7 @@
 // What the host prints in each mode that runs no case itself.
 
 #include <algorithm>
+#include <ctime>
 #include <regex>
 #include <string>
 #include <vector>
@@ -53,7 +54,7 @@ protected:
         const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
         replaceAll(text, LbEncoding::ToUtf8(host), "HOST");
         replaceAll(text, LbEncoding::ToUtf8(LbOs::c_ModuleSuffix), ".modul");
-        replaceAll(text, "\\", "/");
+        replaceAll(text, LbEncoding::ToUtf8(std::wstring(1, LbPath::c_Separator)), "/");
         return std::regex_replace(text, std::regex("Temp-[-0-9a-f]{36}"), "Temp-ID");
     }
 
@@ -151,6 +152,17 @@ protected:
         return m_folder.WriteFile(L"Archiv.xml", LbEncoding::ToUtf8(text)) + L":Nacht";
     }
 
+    /// Writes a configuration whose run may be wrong and gives the option's value.
+    std::wstring WriteRun(const std::wstring& file, const std::wstring& binaryDir, const std::wstring& config,
+                          const std::wstring& platform) const
+    {
+        const std::wstring text = LbFormat(
+            L"<ArchiveRun><Run name=\"Nacht\"><BinaryDir>%s</BinaryDir><Config>%s</Config><Platform>%s"
+            L"</Platform><DataDir>%s</DataDir><OutDir>%s</OutDir></Run></ArchiveRun>",
+            binaryDir, config, platform, m_folder.GetPathOf(L"Daten und mehr"), m_folder.GetPathOf(L"Ausgabe"));
+        return m_folder.WriteFile(file, LbEncoding::ToUtf8(text)) + L":Nacht";
+    }
+
     static bool IsDebug() { return std::wstring(L"" LUTESTSUITE_HOST).find(L"CLID") != std::wstring::npos; }
 
     std::vector<std::wstring> GetArchive(const std::wstring& ending) const
@@ -204,6 +216,78 @@ TEST_F(HostArchive, ComparesRunsOfTwoDays)
     EXPECT_NE(overview.find(">Diff</a>"), std::string::npos) << overview;
 }
 
+/// Reports of all seconds that the run may begin in are there already.
+TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
+{
+    constexpr std::time_t c_Seconds = 60;
+    const std::time_t now = std::time(nullptr);
+    for (std::time_t second = now; second < now + c_Seconds; ++second)
+    {
+        const std::tm* const time = std::localtime(&second);
+        ASSERT_NE(time, nullptr);
+        char text[32] = {};
+        ASSERT_GT(std::strftime(text, sizeof(text), "[%Y-%m-%d]-[%H-%M-%S]", time), 0U);
+        const std::wstring stem =
+            LbFormat(L"Ausgabe/Archive/Report.x64.%s.%S", IsDebug() ? L"debug" : L"release", text);
+        m_folder.WriteFile(stem + L".xml", "alt");
+        m_folder.WriteFile(stem + L".html", "alt");
+    }
+
+    RunPlain({L"--archive-run", Configure()});
+
+    for (const wchar_t* const ending : {L".xml", L".html"})
+    {
+        const std::vector<std::wstring> names = GetArchive(ending);
+        EXPECT_EQ(names.size(), static_cast<std::size_t>(c_Seconds));
+        EXPECT_EQ(std::ranges::count_if(names,
+                                        [this](const std::wstring& name) {
+                                            return LbFileSystem::ReadFile8Bit(
+                                                       m_folder.GetPathOf(L"Ausgabe/Archive/" + name)) != "alt";
+                                        }),
+                  1);
+    }
+}
+
+/// The configuration that is shipped, with the folders of this build and this test.
+TEST_F(HostArchive, CarriesOutTheExampleTwice)
+{
+    const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
+    std::string text =
+        LbFileSystem::ReadFile8Bit(LbPath::ToNative(L"" LUTESTSUITE_SOURCE_DIR "/examples/archive/ArchiveRun.xml"));
+    const std::string run = IsDebug() ? "build/linux-debug/bin" : "build/linux-release/bin";
+    ASSERT_NE(text.find(run), std::string::npos);
+    replaceAll(text, run, LbEncoding::ToUtf8(LbPath::WithoutSeparator(LbPath::GetParent(host))));
+    const std::string data = LbEncoding::ToUtf8(m_folder.GetPathOf(L"Daten und mehr"));
+    replaceAll(text, "examples/data/Checksums", data);
+    replaceAll(text, "examples/data", data);
+    replaceAll(text, "build/archive", LbEncoding::ToUtf8(m_folder.GetPathOf(L"Ausgabe")));
+    const std::wstring value = m_folder.WriteFile(L"ArchiveRun.xml", text) + (IsDebug() ? L":Linux Debug" : L":Linux");
+
+    for (int round = 0; round < 2; ++round)
+    {
+        const SHostRun result = RunPlain({L"--archive-run", value});
+
+        EXPECT_EQ(result.errors, "");
+        EXPECT_EQ(result.exitStatus, 0) << result.output;
+        EXPECT_FALSE(GetArchive(L".xml").empty());
+        EXPECT_FALSE(GetArchive(L".html").empty());
+        EXPECT_NE(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"Ausgabe/index.html")).find("100.00% (1/1)"),
+                  std::string::npos);
+    }
+}
+
+/// The host has written both: they are in the archive.
+TEST_F(HostArchive, LeavesNoTemporaryFiles)
+{
+    RunPlain({L"--archive-run", Configure()});
+
+    const std::wstring folder = m_user.GetPathOf(L"LuTestSuite/Orvell/Temp");
+    EXPECT_EQ(GetArchive(L".xml").size(), 1U);
+    EXPECT_TRUE(LbFileSystem::IsDirectory(folder));
+    EXPECT_TRUE(std::ranges::none_of(LbFileSystem::GetFileNames(folder),
+                                     [](const std::wstring& name) { return name.starts_with(L"Temp-"); }));
+}
+
 TEST_F(HostArchive, SaysThatThereIsNoSuchRun)
 {
     const std::wstring value = Configure();
@@ -216,11 +300,19 @@ TEST_F(HostArchive, SaysThatThereIsNoSuchRun)
 
 TEST_F(HostArchive, FailsInOneLine)
 {
+    const std::wstring data = m_folder.GetPathOf(L"Daten und mehr") + LbPath::c_Separator;
+    const std::wstring missing = m_folder.GetPathOf(L"fehlt") + LbPath::c_Separator;
     const std::vector<std::pair<std::wstring, std::string>> failures = {
         {L"Nacht", "Fehler: Datei  nicht gefunden\n"},
         {L"fehlt.xml:Nacht", "Fehler: Datei fehlt.xml nicht gefunden\n"},
         {m_folder.WriteFile(L"kaputt.xml", "<ArchiveRun>") + L":Nacht", "Fehler: XML-Syntax Fehler\n"},
-        {Configure(L"</Run><Run><Config>x</Config>"), "Fehler: Ungültige Konfiguration\n"},
+        {WriteRun(L"Konfiguration.xml", L"a", L"x", L"x64"), "Fehler: Ungültige Konfiguration\n"},
+        {WriteRun(L"Platform.xml", L"a", L"Debug", L"ARM"), "Fehler: Ungültige Platform\n"},
+        {WriteRun(L"Ordner.xml", missing, L"Debug", L"x64"),
+         LbEncoding::ToUtf8(LbFormat(L"Fehler: Verzeichnis %s existiert nicht\n", missing))},
+        {WriteRun(L"Programm.xml", data, L"Debug", L"x64"),
+         LbEncoding::ToUtf8(
+             LbFormat(L"Fehler: Executable %sLuTestSuiteCLID%s nicht gefunden.\n", data, LbOs::c_ExecutableSuffix))},
     };
     for (const auto& [value, line] : failures)
     {

@@ -101,6 +101,20 @@ TEST(LuTestSuiteTree, GroupsClassesByFolders)
     EXPECT_EQ(print(tree), L"data(CC{w} base(CA{x y} text(CB{z})))");
 }
 
+/// On all platforms the order of Windows, where the separator comes behind the digits.
+TEST(LuTestSuiteTree, OrdersFoldersByTheSeparatorOfWindows)
+{
+    EXPECT_EQ(print(build({makeTest(L"/disk/data/CA/", {L"x"}), makeTest(L"/disk/data/CA1/", {L"x"}),
+                           makeTest(L"/disk/data/CAa/", {L"x"})})),
+              L"data(CA1{x} CA{x} CAa{x})");
+}
+
+TEST(LuTestSuiteTree, OrdersCharactersByTheirCodeUnits)
+{
+    EXPECT_EQ(print(build({makeTest(L"/disk/data/CA/", {L"\uFF5E", L"\U0001F600", L"\uD7FF", L"\uFF5Ea"})})),
+              L"CA{\uD7FF \U0001F600 \uFF5E \uFF5Ea}");
+}
+
 TEST(LuTestSuiteTree, NamesTheRootAfterTheLastSharedFolder)
 {
     // The paths share "CAa", too, which is no complete folder.

@@ -304,12 +304,11 @@ TEST_F(ArchiveRunChild, NeedsItsDirectories)
     EXPECT_EQ(getMessage([this] { Execute(); }), L"Verzeichnis " + file + LbPath::c_Separator + L" existiert nicht");
 }
 
-TEST_F(ArchiveRunChild, LeavesNoTemporaryFiles)
+TEST_F(ArchiveRunChild, RemovesAFileInPlaceOfTheOverview)
 {
     m_folder.WriteFile(L"neu/Ausgabe/index", "alt");
     Execute();
 
-    EXPECT_TRUE(LbFileSystem::GetFileNames(m_user.GetPath() + LbPath::ToNative(L"LuTestSuite/Orvell/Temp/")).empty());
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"neu/Ausgabe/index")));
 }
 

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "base/lbdatetime.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lbuniqueid.h"
 #include "base/lumurmurhash3.h"
 #include "base/lustream.h"
 #include "base/os/clock.h"
@@ -15,6 +19,7 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/utils/selection.h"
+#include "testing/lutestsuite/utils/utilsfailure.h"
 #include "testing/lutestsuite/utils/warning.h"
 
 namespace
@@ -80,6 +85,11 @@ private:
 std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const LuTestSuite::STestCase& testCase,
                                     CFileChecksums& checksums)
 {
+    // Opening a pipe would wait for somebody who writes to it.
+    if (!LbOs::IsRegularFile(testCase.dataSetFile))
+    {
+        throw LbException();
+    }
     const std::optional<Checksum> checksum = checksums.Get(testCase.dataSetFile);
     const std::optional<LbOs::SLocalTime> time = LbOs::GetModificationTime(testCase.dataSetFile);
     if (!time)
@@ -166,25 +176,90 @@ std::size_t countRedundant(const SDuplicates& duplicates)
     return count;
 }
 
-/// Deleting must leave the content in the kept file: that one must be there still, and when it is a link, its target is
-/// no redundant copy.
-bool mayDelete(const SDataSet& dataSet, const SDataSet& kept)
+/// Deletes what is redundant and nothing else, however links lead from one place to another.
+class CDeletion
 {
-    return LbFileSystem::IsFile(kept.path) &&
-           !(LbOs::IsLink(kept.path) && LbOs::GetCanonicalPath(kept.path) == LbOs::GetCanonicalPath(dataSet.path));
-}
+public:
+    /// Looks at all sets before anything is deleted: a file may be redundant in its own set and kept by another's link.
+    CDeletion(const std::vector<SDuplicates>& results, const std::wstring& dataDir)
+        : m_dataDirectory(LbPath::WithSeparator(LbOs::GetCanonicalPath(dataDir)))
+    {
+        for (const SDuplicates& duplicates : results)
+        {
+            for (const DuplicateSet& set : duplicates.sets)
+            {
+                addKept(set.front().path);
+            }
+        }
+    }
 
-void deleteDuplicates(const DuplicateSet& set)
+    /// False when it failed, or must not be.
+    bool Delete(const SDataSet& dataSet, const SDataSet& kept) const
+    {
+        if (!LbFileSystem::IsFile(kept.path) || !isInside(dataSet.path))
+        {
+            return false;
+        }
+        if (LbOs::IsLink(dataSet.path))
+        {
+            return deleteLink(dataSet.path);
+        }
+        return !m_keptFiles.contains(LbOs::GetCanonicalPath(dataSet.path)) && LbOs::RemoveFile(dataSet.path);
+    }
+
+private:
+    void addKept(const std::wstring& path)
+    {
+        m_keptFiles.insert(LbOs::GetCanonicalPath(path));
+        if (LbOs::IsLink(path))
+        {
+            m_keptLinks.push_back(path);
+        }
+    }
+
+    /// A linked folder belongs to somebody else.
+    bool isInside(const std::wstring& path) const
+    {
+        const std::wstring folder = LbOs::GetCanonicalPath(LbPath::GetParent(path));
+        return !m_dataDirectory.empty() && LbPath::WithSeparator(folder).starts_with(m_dataDirectory);
+    }
+
+    /// Whether a kept link leads through this one shows when this one is away.
+    bool deleteLink(const std::wstring& path) const
+    {
+        if (m_keptLinks.empty())
+        {
+            return LbOs::RemoveFile(path);
+        }
+        const std::wstring aside = path + L"." + LbUniqueId::Generate();
+        if (!LbOs::RenameFile(path, aside))
+        {
+            return false;
+        }
+        if (std::ranges::all_of(m_keptLinks, LbFileSystem::IsFile) && LbOs::RemoveFile(aside))
+        {
+            return true;
+        }
+        LbOs::RenameFile(aside, path);
+        return false;
+    }
+
+    std::wstring m_dataDirectory;                 ///< canonical
+    std::unordered_set<std::wstring> m_keptFiles; ///< canonical: of a link what it leads to
+    std::vector<std::wstring> m_keptLinks;
+};
+
+void deleteDuplicates(const DuplicateSet& set, const CDeletion& deletion)
 {
     if (set.size() < 2)
     {
-        throw LbException();
+        LuTestSuite::ThrowUtilsFailure(L"LuTestSuiteUtils::RunDuplicateDetection");
     }
     const SDataSet& kept = set.front();
     LuTestSuiteOut::Write(L"    %s... [KEEP]\n", kept.caseName);
     for (auto dataSet = set.begin() + 1; dataSet != set.end(); ++dataSet)
     {
-        if (mayDelete(*dataSet, kept) && LbOs::RemoveFile(dataSet->path))
+        if (deletion.Delete(*dataSet, kept))
         {
             LuTestSuiteOut::Write(L"    %s... [DELETED]\n", dataSet->caseName);
         }
@@ -203,7 +278,8 @@ void listDuplicates(const DuplicateSet& set)
     }
 }
 
-void writeSets(const SDuplicates& duplicates, EDuplicateMode mode)
+/// Without a deletion the sets are listed.
+void writeSets(const SDuplicates& duplicates, const std::optional<CDeletion>& deletion)
 {
     if (duplicates.sets.empty())
     {
@@ -213,9 +289,9 @@ void writeSets(const SDuplicates& duplicates, EDuplicateMode mode)
     for (std::size_t index = 0; index < duplicates.sets.size(); ++index)
     {
         LuTestSuiteOut::Write(L"  Duplikat-Set (%d/%d):\n", index + 1, duplicates.sets.size());
-        if (mode == eDM_Delete)
+        if (deletion)
         {
-            deleteDuplicates(duplicates.sets[index]);
+            deleteDuplicates(duplicates.sets[index], *deletion);
         }
         else
         {
@@ -246,9 +322,12 @@ void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTe
     {
         return;
     }
+    const auto deletion = setup.duplicateMode == eDM_Delete
+                              ? std::optional<CDeletion>(std::in_place, results, setup.dataDir)
+                              : std::nullopt;
     for (const SDuplicates& duplicates : results)
     {
-        writeSets(duplicates, setup.duplicateMode);
+        writeSets(duplicates, deletion);
     }
     LuTestSuiteOut::Write(L"Durchsuchtes Datenverzeichnis: %s\n", setup.dataDir);
     LuTestSuiteOut::Write(L"Gefundene Unittest-Klassen: %d\n", tests.size());

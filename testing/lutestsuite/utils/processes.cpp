@@ -7,21 +7,22 @@
 #include <thread>
 
 #include "base/lbcommandline.h"
-#include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/os/childprocess.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/utils/utilsfailure.h"
 #include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
 
-/// A path with blanks would fall apart into words. What names no file may bring arguments of its own along.
+/// A path with blanks or quotation marks would not stay the word it is. What names no file may bring arguments of its
+/// own along.
 std::wstring toWord(const std::wstring& executable)
 {
-    const bool isPathWithBlanks = executable.find(L' ') != std::wstring::npos && LbFileSystem::IsFile(executable);
-    return isPathWithBlanks ? LbCommandLine::Quote(executable) : executable;
+    const bool isOneWord = LbCommandLine::Split(executable) == std::vector{executable};
+    return !isOneWord && LbFileSystem::IsFile(executable) ? LbCommandLine::Quote(executable) : executable;
 }
 
 } // namespace
@@ -60,7 +61,8 @@ void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
     std::vector<unsigned long> numbers;
     for (const LbOs::SProcess& process : processes)
     {
-        if (process.executableName == exeName)
+        // Those that the system does not name are not meant by an empty name.
+        if (!process.executableName.empty() && process.executableName == exeName)
         {
             numbers.push_back(process.number);
             LuTestSuiteOut::Write(L"Aktiver Prozess %s gefunden. Wird terminiert.\n", exeName);
@@ -82,7 +84,7 @@ bool LuTestSuiteUtils::CheckForSameParentProcess()
     const std::wstring parentName = LbOs::GetProcessExecutableName(process->parentNumber);
     if (ownName.empty() || parentName.empty())
     {
-        throw LbException();
+        LuTestSuite::ThrowUtilsFailure(L"LuTestSuiteUtils::CheckForSameParentProcess");
     }
     return ownName == parentName;
 }

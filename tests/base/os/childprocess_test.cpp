@@ -73,6 +73,24 @@ TEST(OsChildProcess, ReceivesItsArgumentsUnchanged)
                                                     LbEncoding::ToUtf8(LbPath::WithoutSeparator(directory)) + "\n");
 }
 
+/// Tests run in the folder of the programs.
+TEST(OsChildProcess, IsAProgramFromTheCallersFolderWhereverItWorks)
+{
+    const ScopedFolder folder;
+    LbOs::SChildOptions options = GetProbeOptions(L"");
+    options.program = LbPath::ToNative(L"./processprobe") + LbOs::c_ExecutableSuffix;
+    options.workingDirectory = folder.GetPath();
+    options.commandLine = options.program + L" exit 5";
+    const auto named = CChildProcess::Start(options);
+    options.program.clear();
+    const auto lookedUp = CChildProcess::Start(options);
+    ASSERT_NE(named, nullptr);
+    ASSERT_NE(lookedUp, nullptr);
+
+    EXPECT_EQ(getStatus(*named), 5);
+    EXPECT_EQ(getStatus(*lookedUp), 5);
+}
+
 TEST(OsChildProcess, LooksItsProgramUpWhenOnlyTheCommandLineNamesIt)
 {
     LbOs::SChildOptions options = GetProbeOptions(L"");

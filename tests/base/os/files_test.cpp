@@ -164,6 +164,23 @@ TEST(OsFiles, RemovesWriteProtectedFiles)
     EXPECT_EQ(LbOs::QueryEntry(file), LbOs::EEntry::Missing);
 }
 
+TEST(OsFiles, KeepsTheProtectionOfFilesThatItCannotRemove)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"file", "x");
+    const LbOs::FileHandle opened = LbOs::OpenForWriting(file);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+    const bool isRemoved = LbOs::RemoveFile(file);
+    LbOs::CloseFile(opened);
+    if (isRemoved)
+    {
+        GTEST_SKIP() << "open files can be removed here";
+    }
+    EXPECT_EQ(std::filesystem::status(file).permissions() & std::filesystem::perms::owner_write,
+              std::filesystem::perms::none);
+    EXPECT_TRUE(LbOs::RemoveFile(file));
+}
+
 TEST(OsFiles, RemovesEmptyDirectoriesOnly)
 {
     const ScopedFolder folder;

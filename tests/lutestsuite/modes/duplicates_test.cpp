@@ -8,6 +8,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/runtest.h"
 #include "tests/support/scopedfolder.h"
@@ -87,12 +88,14 @@ TEST_F(Duplicates, AreListedWithTheOldestFirst)
                                     L"\n  Duplikat-Set (1/1):\n    b.txt\n    a.txt\n    c.txt\n\n" + GetSummary(1, 2));
 }
 
+/// A younger one in front shows that the first of the oldest was chosen, not the first of all or the last.
 TEST_F(Duplicates, OfOneAgeKeepTheFirst)
 {
-    Write(L"b.txt", "gut");
-    Write(L"a.txt", "gut");
+    Write(L"a.txt", "gut", 100);
+    Write(L"b.txt", "gut", 200);
+    Write(L"c.txt", "gut", 200);
 
-    EXPECT_NE(Detect(eDM_List).find(L"    a.txt\n    b.txt\n"), std::wstring::npos);
+    EXPECT_NE(Detect(eDM_List).find(L"    b.txt\n    a.txt\n    c.txt\n"), std::wstring::npos);
 }
 
 TEST_F(Duplicates, ComeInSetsByFirstAppearance)
@@ -241,6 +244,111 @@ TEST_F(Duplicates, KeepTheTargetOfALinkThatIsKept)
         << LbEncoding::ToUtf8(text);
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(target), "gut");
     EXPECT_FALSE(LbFileSystem::Exists(copy));
+}
+
+/// The oldest of one set is a link to what another set could do without.
+TEST_F(Duplicates, KeepWhatTheKeptLinkOfAnotherSetLeadsTo)
+{
+    const std::wstring copy = m_folder.WriteFile(L"1/CDataSetModel/c.txt", "gut");
+    const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
+    const std::wstring target = m_folder.WriteFile(L"2/CDataSetModel/y.txt", "gut");
+    SetAge(copy, 100);
+    SetAge(target, 200);
+    SetAge(oldest, 300);
+    std::error_code error;
+    std::filesystem::create_symlink(toPath(LbPath::ToNative(L"../../2/CDataSetModel/y.txt")),
+                                    toPath(m_folder.GetPathOf(L"1/CDataSetModel/a.txt")), error);
+    if (error)
+    {
+        GTEST_SKIP() << "links cannot be made here";
+    }
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_NE(text.find(L"    a.txt... [KEEP]\n    c.txt... [DELETED]\n"), std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_NE(text.find(L"    x.txt... [KEEP]\nFehler während Löschen von Datei " + target + L"\n"), std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"1/CDataSetModel/a.txt")), "gut");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(oldest), "gut");
+}
+
+TEST_F(Duplicates, LoseAllLinksToOneFileButTheFirst)
+{
+    const ScopedFolder elsewhere;
+    const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
+    m_folder.MakeFolder(L"CDataSetModel");
+    if (!Link(L"a.txt", target) || !Link(L"b.txt", target))
+    {
+        GTEST_SKIP() << "links cannot be made here";
+    }
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_NE(text.find(L"    a.txt... [KEEP]\n    b.txt... [DELETED]\n"), std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::GetFileNames(GetDirectory()), std::vector<std::wstring>{L"a.txt"});
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetDirectory() + L"a.txt"), "gut");
+}
+
+TEST_F(Duplicates, KeepTheLinkThatAKeptOneLeadsThrough)
+{
+    const ScopedFolder elsewhere;
+    const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
+    m_folder.MakeFolder(L"CDataSetModel");
+    if (!Link(L"a.txt", L"b.txt") || !Link(L"b.txt", target) || !Link(L"c.txt", target))
+    {
+        GTEST_SKIP() << "links cannot be made here";
+    }
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_NE(text.find(L"    a.txt... [KEEP]\nFehler während Löschen von Datei " + GetDirectory() +
+                        L"b.txt\n    c.txt... [DELETED]\n"),
+              std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::GetFileNames(GetDirectory()), (std::vector<std::wstring>{L"a.txt", L"b.txt"}));
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetDirectory() + L"a.txt"), "gut");
+}
+
+TEST_F(Duplicates, AreNotDeletedOutsideTheDataDirectory)
+{
+    const ScopedFolder elsewhere;
+    const std::wstring a = elsewhere.WriteFile(L"CDataSetModel/a.txt", "gut");
+    const std::wstring b = elsewhere.WriteFile(L"CDataSetModel/b.txt", "gut");
+    SetAge(a, 200);
+    std::error_code error;
+    std::filesystem::create_directory_symlink(toPath(elsewhere.GetPathOf(L"CDataSetModel")),
+                                              toPath(m_folder.GetPathOf(L"CDataSetModel")), error);
+    if (error)
+    {
+        GTEST_SKIP() << "links cannot be made here";
+    }
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_NE(text.find(L"    a.txt... [KEEP]\nFehler während Löschen von Datei " + GetDirectory() + L"b.txt\n"),
+              std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(LbFileSystem::IsFile(a));
+    EXPECT_TRUE(LbFileSystem::IsFile(b));
+}
+
+/// A pipe that nobody writes to.
+TEST_F(Duplicates, DoNotWaitForWhatIsNoFile)
+{
+    Write(L"b.txt", "gut");
+    Write(L"c.txt", "gut");
+    if (!LbOs::MakePipeFile(GetDirectory() + L"a.txt"))
+    {
+        GTEST_SKIP() << "no pipes in folders here";
+    }
+
+    const std::wstring text = Detect(eDM_List);
+
+    EXPECT_NE(text.find(L"Fehler während Einlesen von Datei " + GetDirectory() + L"a.txt\n"), std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
 }
 
 /// One folder under two names: the second time the files are gone already.

@@ -100,6 +100,25 @@ TEST(ExecuteWithTimeout, TakesExecutablesWithBlanksInTheirPaths)
     EXPECT_TRUE(LbFileSystem::IsFile(file));
 }
 
+TEST(ExecuteWithTimeout, TakesExecutablesWithTabsAndQuotationMarksInTheirPaths)
+{
+    if (LbPath::c_Separator == L'\\')
+    {
+        GTEST_SKIP() << "no such names here";
+    }
+    const ScopedFolder folder;
+    for (const wchar_t* const name : {L"mit\tTab ", L"\"mit\"Zeichen "})
+    {
+        const ProgramCopy program(L"processprobe", name + LbUniqueId::Generate());
+        const std::wstring file = folder.GetPathOf(LbUniqueId::Generate());
+
+        LuTestSuiteUtils::ExecuteWithTimeout(program.GetPath(), L"arguments " + LbCommandLine::Quote(file), L"",
+                                             c_LongSec);
+
+        EXPECT_TRUE(LbFileSystem::IsFile(file)) << LbEncoding::ToUtf8(name);
+    }
+}
+
 TEST(ExecuteWithTimeout, WarnsWhenTheProcessCannotBeStarted)
 {
     const CapturedOutput output;
@@ -150,6 +169,19 @@ TEST(KillAllByName, FindsNothingInOtherLetterCase)
     child->Terminate();
 }
 
+/// On Linux one that has ended and that nobody has asked for its status has no name any more.
+TEST(KillAllByName, LeavesProcessesWithoutNameAlone)
+{
+    const auto child = StartProbe(L"exit 0");
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(child->Wait(c_Long));
+    const CapturedOutput output;
+
+    LuTestSuiteUtils::KillAllByName(L"");
+
+    EXPECT_EQ(output.GetText(), L"");
+}
+
 TEST(CheckForSameParentProcess, IsTrueForAChildOfTheSameExecutable)
 {
     const auto child = startOwnTest(L"HasAParentOfTheSameName");
@@ -165,8 +197,9 @@ TEST(CheckForSameParentProcess, IsFalseForOtherExecutables)
     {
         EXPECT_FALSE(LuTestSuiteUtils::CheckForSameParentProcess());
     }
-    catch (const LbException&)
+    catch (const LbException& exception)
     {
+        EXPECT_EQ(exception.GetSourceFile(), L"lutestsuiteutils");
         GTEST_SKIP() << "the parent of this program cannot be asked";
     }
 }
