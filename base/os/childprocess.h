@@ -50,7 +50,8 @@ public:
 
     bool IsRunning() { return !Wait(0); }
 
-    /// Ends the process and those that it started, and returns when it is gone. Its exit status is 0.
+    /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
+    /// end it. Its exit status is 0.
     void Terminate();
 
     /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that

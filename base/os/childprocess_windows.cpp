@@ -134,8 +134,13 @@ bool CChildProcess::Wait(std::uint32_t milliseconds)
 
 void CChildProcess::Terminate()
 {
-    TerminateJobObject(m_state->job.get(), 0);
-    WaitForSingleObject(m_state->process.get(), INFINITE);
+    if (TerminateJobObject(m_state->job.get(), 0) == FALSE)
+    {
+        TerminateProcess(m_state->process.get(), 0);
+    }
+    // A process within a driver's call ends when that does, which may be never.
+    constexpr DWORD c_LongestEndMilliseconds = 10000;
+    WaitForSingleObject(m_state->process.get(), c_LongestEndMilliseconds);
 }
 
 std::int64_t CChildProcess::GetExitStatus()

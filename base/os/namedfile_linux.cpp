@@ -34,13 +34,13 @@ CNamedFile::~CNamedFile()
     }
 }
 
-CDescriptor OpenOwnFile(const std::string& path, int flags, mode_t kind)
+CDescriptor OpenOwnFile(const std::string& path, int flags, mode_t kind, int linkFlag)
 {
     if (path.empty())
     {
         return {};
     }
-    CDescriptor file(Retry([&] { return open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK); }));
+    CDescriptor file(Retry([&] { return open(path.c_str(), flags | O_CLOEXEC | linkFlag | O_NONBLOCK); }));
     struct stat status = {};
     const bool isOwn = file.IsOpen() && fstat(file.Get(), &status) == 0 && (status.st_mode & S_IFMT) == kind &&
                        status.st_uid == geteuid();

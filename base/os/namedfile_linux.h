@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include <fcntl.h>
 #include <sys/types.h>
 
 #include "base/os/descriptor_linux.h"
@@ -46,7 +47,8 @@ CNamedFile::CNamedFile(const std::string& path, const F& make) : m_kept(path.emp
     }
 }
 
-/// Opens a file of that kind (S_IFREG, S_IFIFO) that belongs to the present user.
-CDescriptor OpenOwnFile(const std::string& path, int flags, mode_t kind);
+/// Opens a file of that kind (S_IFREG, S_IFIFO) that belongs to the present user. With 0 as `linkFlag` a link at the
+/// end of the path is followed.
+CDescriptor OpenOwnFile(const std::string& path, int flags, mode_t kind, int linkFlag = O_NOFOLLOW);
 
 } // namespace LbOs::Linux

@@ -101,3 +101,8 @@ unsigned long LbOs::GetProcessNumber()
 {
     return static_cast<unsigned long>(getpid());
 }
+
+void LbOs::EndProcess(int status)
+{
+    _exit(status);
+}

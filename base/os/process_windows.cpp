@@ -1,5 +1,6 @@
 #include "base/os/process.h"
 
+#include <cstdlib>
 #include <limits>
 #include <memory>
 
@@ -108,4 +109,11 @@ void LbOs::CallAroundForks(const SForkHandlers& /*handlers*/) {}
 unsigned long LbOs::GetProcessNumber()
 {
     return GetCurrentProcessId();
+}
+
+void LbOs::EndProcess(int status)
+{
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+    // The system does not come back from that, but does not promise it either.
+    std::abort();
 }

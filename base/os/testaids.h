@@ -20,6 +20,13 @@ bool MakePipeFile(const std::wstring& path);
 /// The child's exit status, -1 for a signal; none where processes do not fork.
 std::optional<int> RunInFork(const std::function<int()>& function);
 
+/// Forks, and both go on from here: 0 in the copy, which ends with a signal after 60 s at the latest, its number in the
+/// original. None where processes do not fork.
+std::optional<long> Fork();
+
+/// Waits until a copy has ended.
+void WaitForFork(long number);
+
 /// Writes to a stream and flushes all streams; `function` is called from there, while the run-time holds the lock of
 /// the list of streams. False where streams call nothing.
 bool CallWhileFlushing(void (*function)());

@@ -15,6 +15,22 @@
 #include "base/lbencoding.h"
 #include "base/os/machine_linux.h"
 
+namespace
+{
+
+pid_t forkForAWhile()
+{
+    constexpr unsigned c_LimitSeconds = 60;
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        alarm(c_LimitSeconds);
+    }
+    return child;
+}
+
+} // namespace
+
 bool LbOs::LoadAndUnloadModule(const std::wstring& path)
 {
     void* const module = dlopen(LbEncoding::ToUtf8(path).c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -29,15 +45,23 @@ bool LbOs::MakePipeFile(const std::wstring& path)
 
 std::optional<int> LbOs::RunInFork(const std::function<int()>& function)
 {
-    constexpr unsigned c_LimitSeconds = 60;
-    const pid_t child = fork();
+    const pid_t child = forkForAWhile();
     if (child == 0)
     {
-        alarm(c_LimitSeconds);
         _exit(function());
     }
     int status = 0;
     return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::optional<long> LbOs::Fork()
+{
+    return forkForAWhile();
+}
+
+void LbOs::WaitForFork(long number)
+{
+    waitpid(static_cast<pid_t>(number), nullptr, 0);
 }
 
 bool LbOs::CallWhileFlushing(void (*function)())

@@ -18,6 +18,13 @@ std::optional<int> LbOs::RunInFork(const std::function<int()>& /*function*/)
     return std::nullopt;
 }
 
+std::optional<long> LbOs::Fork()
+{
+    return std::nullopt;
+}
+
+void LbOs::WaitForFork(long /*number*/) {}
+
 bool LbOs::CallWhileFlushing(void (* /*function*/)())
 {
     return false;

@@ -1,5 +1,6 @@
 #include "testing/lutestsuite/run/caserunner.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -94,6 +95,26 @@ TEST(GetCaseParams, DoNotTouchTheOtherParameters)
 
     EXPECT_TRUE(params.verbose);
     EXPECT_EQ(params.repetitions, 4U);
+}
+
+TEST(WriteRequest, AnswersItselfForAClassNameThatDoesNotFit)
+{
+    const auto buffer = std::make_unique<LuTestSuiteRun::SWorkBuffer>();
+    LuTestSuite::SUnitTest unitTest;
+    unitTest.className = std::wstring(1024, L'n');
+
+    EXPECT_FALSE(LuTestSuiteRun::WriteRequest(*buffer, unitTest, {{}, L"Fall", {}}, SParams()));
+    EXPECT_EQ(buffer->result, 6U);
+}
+
+TEST(WriteRequest, SaysUnknownUntilThereIsAnAnswer)
+{
+    const auto buffer = std::make_unique<LuTestSuiteRun::SWorkBuffer>();
+    LuTestSuite::SUnitTest unitTest;
+    unitTest.className = std::wstring(1023, L'n');
+
+    EXPECT_TRUE(LuTestSuiteRun::WriteRequest(*buffer, unitTest, {{}, L"Fall", {}}, SParams()));
+    EXPECT_EQ(buffer->result, 5U);
 }
 
 class CaseRunner : public testing::Test

@@ -3,8 +3,11 @@
 #include <chrono>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <new>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,6 +17,8 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/luunittest.h"
+#include "base/os/namedevent.h"
+#include "base/os/testaids.h"
 
 // By the run-time's own name, since its header differs between platforms.
 extern "C" int close(int file);
@@ -84,6 +89,56 @@ void startGrandchild()
     static_cast<void>(status);
 }
 
+/// An event of the test that runs the case; the name begins with what the test says.
+std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& suffix)
+{
+    const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
+    return LbOs::CNamedEvent::Open(LbEncoding::FromUtf8(name == nullptr ? "" : name) + suffix);
+}
+
+/// Until it is there, it could only be said of it that it never was.
+void awaitGrandchild()
+{
+    constexpr std::uint32_t c_Long = 30000;
+    const auto ready = openEvent(L"-r");
+    ready->Wait(c_Long);
+    ready->Set();
+}
+
+std::optional<long> s_copy;
+
+/// True in a copy of the process, in the midst of the case after that which made it.
+bool isCopyInNextCase()
+{
+    s_copy = LbOs::Fork();
+    constexpr std::uint32_t c_Long = 30000;
+    return s_copy == 0 && openEvent(L"-q")->Wait(c_Long) == LbOs::EEventWait::Signaled;
+}
+
+void awaitCopy()
+{
+    openEvent(L"-q")->Set();
+    LbOs::WaitForFork(s_copy.value_or(0));
+}
+
+} // namespace
+
+namespace
+{
+
+/// Ends a process that loads the module, if a test says so.
+bool comesToLife()
+{
+    const char* const dies = std::getenv("LUTESTSUITE_TEST_DIES");
+    if (dies != nullptr && *dies != '\0')
+    {
+        std::_Exit(EXIT_FAILURE);
+    }
+    return true;
+}
+
+const bool s_lives = comesToLife();
+
 } // namespace
 
 class CCrashModel : public LuUnitTest
@@ -92,7 +147,7 @@ class CCrashModel : public LuUnitTest
 
     void InitSubtests() override
     {
-        AddSubtest(L"vorher", [] { return eR_Passed; });
+        AddSubtest(L"vorher", [] { return s_lives ? eR_Passed : eR_Failed; });
         AddSubtest(L"Zugriffsverletzung", [this] {
             Info(L"vor dem Absturz");
             *s_nothing = 1;
@@ -111,11 +166,30 @@ class CCrashModel : public LuUnitTest
             Info(L"vor dem Schlaf");
             sleepLong();
         });
+        AddSubtest(L"Kopie kehrt zurück", [this] {
+            if (isCopyInNextCase())
+            {
+                Info(L"aus der Kopie");
+            }
+        });
+        AddSubtest(L"Kopie wirft", [] {
+            if (isCopyInNextCase())
+            {
+                throw std::runtime_error("aus der Kopie");
+            }
+        });
+        AddSubtest(L"erwartet Kopie", [this] {
+            awaitCopy();
+            Info(L"Ende der Kopie");
+        });
         AddSubtest(L"startet Prozesse", [] {
             startGrandchild();
             sleepLong();
         });
-        AddSubtest(L"startet Prozesse und endet", [] { startGrandchild(); });
+        AddSubtest(L"startet Prozesse und endet", [] {
+            startGrandchild();
+            awaitGrandchild();
+        });
     }
 };
 LB_RTTI_CLASS(CCrashModel, LuUnitTest)

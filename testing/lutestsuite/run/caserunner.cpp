@@ -6,11 +6,7 @@
 namespace LuTestSuiteRun
 {
 
-namespace
-{
-
-/// False when a name does not fit; the buffer then says "no matching case" to whoever looks at it.
-bool writeRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase,
+bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase,
                   const SParams& params)
 {
     if (!StoreName(buffer.className, unitTest.className) || !StoreName(buffer.caseName, testCase.name) ||
@@ -26,6 +22,9 @@ bool writeRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, c
     buffer.messages[0] = u'\0';
     return true;
 }
+
+namespace
+{
 
 void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
 {
@@ -67,12 +66,18 @@ void CCaseRunner::Run(SCaseInfo& info, bool isMoreToCome)
     const UnitTest& unitTest = m_unitTests[info.unitTest];
     const TestCase& testCase = unitTest.cases[info.testCase];
     const SParams params = GetCaseParams(m_runParams, testCase.parameters);
-    const bool isRun = params.external ? runInChild(unitTest, testCase, params, info, isMoreToCome)
-                                       : runHere(unitTest, testCase, params, info);
-    info.warning = isRun && params.reportMemLeak && static_cast<std::int64_t>(info.memoryGrowth) > 0;
+    if (params.external)
+    {
+        runInChild(unitTest, testCase, params, info, isMoreToCome);
+    }
+    else
+    {
+        runHere(unitTest, testCase, params, info);
+    }
+    info.warning = params.reportMemLeak && static_cast<std::int64_t>(info.memoryGrowth) > 0;
 }
 
-bool CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info)
+void CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info)
 {
     if (!m_buffer)
     {
@@ -80,23 +85,22 @@ bool CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, co
     }
     {
         const CWorkBufferWriteView buffer = m_buffer->GetWriteAccess();
-        if (!writeRequest(*buffer, unitTest, testCase, params))
+        if (!WriteRequest(*buffer, unitTest, testCase, params))
         {
-            return false;
+            return;
         }
         ExecuteInBuffer(*buffer);
     }
     readAnswer(*m_buffer->GetReadAccess(), info);
-    return true;
 }
 
-bool CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
+void CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
                              bool isMoreToCome)
 {
     CExternalLane& lane = m_external.Obtain(params.isolated);
-    if (!writeRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
+    if (!WriteRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
     {
-        return false;
+        return;
     }
     lane.Ask();
     if (params.isolated && isMoreToCome)
@@ -105,7 +109,6 @@ bool CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase,
     }
     info.processIndex = lane.WaitForAnswer(params.timeOutSec, m_isCanceled);
     readAnswer(*lane.GetBuffer().GetReadAccess(), info);
-    return true;
 }
 
 } // namespace LuTestSuiteRun

@@ -14,6 +14,11 @@ namespace LuTestSuiteRun
 /// The parameters of a case: the run's, with what the case itself says in their place.
 SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);
 
+/// Makes a request of the buffer. False when a name does not fit; the buffer then says "no matching case" to whoever
+/// looks at it.
+bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase,
+                  const SParams& params);
+
 /// Owned by one executing thread, with the child processes that run its external cases.
 class CCaseRunner : public INonCopyable
 {
@@ -30,8 +35,8 @@ private:
     using UnitTest = LuTestSuite::SUnitTest;
     using TestCase = LuTestSuite::STestCase;
 
-    bool runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info);
-    bool runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
+    void runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info);
+    void runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
                     bool isMoreToCome);
 
     const std::vector<LuTestSuite::SUnitTest>& m_unitTests;

@@ -1,6 +1,7 @@
 #include "testing/lutestsuite/run/executor.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "base/lbtimer.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
+#include "base/os/process.h"
 #include "testing/lutestsuite/heap/warmup.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 #include "testing/lutestsuite/utils/unittestfactory.h"
@@ -65,16 +67,23 @@ class CBufferStream : public LuStreamWriteText, public INonCopyable
 public:
     explicit CBufferStream(SWorkBuffer& buffer) : m_buffer(buffer) {}
 
-    void Write(std::wstring_view text) override { m_isFull = m_isFull || !AppendMessages(m_buffer, text); }
+    void Write(std::wstring_view text) override
+    {
+        m_isFull = m_isFull || (!IsInCopy() && !AppendMessages(m_buffer, text));
+    }
+
+    /// A test that forks has its case twice. By the time the copy writes the buffer may be another case's.
+    bool IsInCopy() const { return LbOs::GetProcessNumber() != m_process; }
 
 private:
     SWorkBuffer& m_buffer;
+    unsigned long m_process = LbOs::GetProcessNumber();
     bool m_isFull = false;
 };
 
 /// The case as far as it may throw. The created unit test is the caller's, who destroys it.
-ECaseRunResult runSubtest(SWorkBuffer& buffer, const SParams& params, std::unique_ptr<LuUnitTest>& unitTest,
-                          LuStreamWriteText& messages)
+ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std::unique_ptr<LuUnitTest>& unitTest,
+                          LuStreamWriteText& messages, std::uint64_t& time)
 {
     unitTest = LuTestSuite::CreateUnitTest(LoadName(buffer.className));
     if (!unitTest)
@@ -93,7 +102,7 @@ ECaseRunResult runSubtest(SWorkBuffer& buffer, const SParams& params, std::uniqu
     }
     const LbTimer timer(LbTimer::eR_NanoSecond);
     const LuUnitTest::EResult result = unitTest->RunUnitTest(*subtest);
-    buffer.time = timer.GetElapsed();
+    time = timer.GetElapsed();
     return toCaseResult(result);
 }
 
@@ -103,15 +112,21 @@ void runCase(SWorkBuffer& buffer, const SParams& params)
     CBufferStream messages(buffer);
     std::unique_ptr<LuUnitTest> unitTest;
     ECaseRunResult result = ECaseRunResult::Exception;
+    std::uint64_t time = 0;
     try
     {
-        result = runSubtest(buffer, params, unitTest, messages);
+        result = runSubtest(buffer, params, unitTest, messages, time);
     }
     catch (...)
     {
         // A sub-test's own exceptions are reported by LuUnitTest. These come from what surrounds it.
         messages.WriteFormat(L"\t\tERROR: %s\n", LbDescribeCurrentException());
     }
+    if (messages.IsInCopy())
+    {
+        LbOs::EndProcess(EXIT_FAILURE);
+    }
+    buffer.time = time;
     buffer.result = static_cast<std::uint32_t>(result);
 }
 

@@ -78,29 +78,38 @@ void CExternalLane::startChild()
     options.isSilent = true;
     m_child = LbOs::CChildProcess::Start(options);
     m_processIndex = sc_iNone;
-    m_isOld = false;
 }
 
 void CExternalLane::AssertChild()
 {
-    m_isOld = m_child != nullptr;
-    if (!m_child || !m_child->IsRunning())
+    if (!m_child || hasLeft())
     {
         startChild();
     }
 }
 
-void CExternalLane::Ask()
+bool CExternalLane::hasLeft()
+{
+    return !m_child->IsRunning() && m_child->GetExitStatus() == 0;
+}
+
+void CExternalLane::AssertProcessIndex()
 {
     static std::atomic<std::int32_t> s_nextProcessIndex = 0;
+    if (m_child && m_processIndex == sc_iNone)
+    {
+        m_processIndex = s_nextProcessIndex++;
+    }
+}
+
+void CExternalLane::Ask()
+{
     if (!m_child)
     {
         return;
     }
-    if (m_processIndex == sc_iNone)
-    {
-        m_processIndex = s_nextProcessIndex++;
-    }
+    // A test may have made an answer of its own, which is none to this request.
+    m_response->Reset();
     m_request->Set();
 }
 
@@ -112,9 +121,10 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     }
     EEnd end = wait(timeOutSec, isCanceled);
     // A request that nobody has taken: a child that had been without work for too long went at that moment.
-    if (end == EEnd::ChildEnded && m_isOld && m_request->Reset())
+    if (end == EEnd::ChildEnded && hasLeft() && m_request->Reset())
     {
         startChild();
+        AssertProcessIndex();
         Ask();
         end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
     }
@@ -191,10 +201,11 @@ CExternalContext::~CExternalContext()
 
 CExternalLane& CExternalContext::Obtain(bool isIsolated)
 {
-    if (isIsolated)
+    if (isIsolated || m_isLaneIsolated)
     {
         m_lane.reset();
     }
+    m_isLaneIsolated = isIsolated;
     if (isIsolated && !m_spares.empty())
     {
         m_lane = std::move(m_spares.front());
@@ -206,6 +217,7 @@ CExternalLane& CExternalContext::Obtain(bool isIsolated)
         m_lane = std::make_unique<CExternalLane>(m_settings);
     }
     m_lane->AssertChild();
+    m_lane->AssertProcessIndex();
     return *m_lane;
 }
 

@@ -35,8 +35,11 @@ public:
     /// caller's and outlive the object.
     explicit CExternalLane(const SChildSettings& settings);
 
-    /// Starts a child unless there is one that runs. Without success there is none.
+    /// Starts a child unless there is one, or when it has left for lack of work. Without success there is none.
     void AssertChild();
+
+    /// Numbers the child, unless it is: those that a case was given, in that order.
+    void AssertProcessIndex();
 
     IWorkBuffer& GetBuffer() { return m_buffer; }
 
@@ -59,6 +62,10 @@ private:
     };
 
     void startChild();
+
+    /// The child has ended by itself and not by a crash.
+    bool hasLeft();
+
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     void writeResult(ECaseRunResult result);
 
@@ -69,8 +76,7 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_request;
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     std::unique_ptr<LbOs::CChildProcess> m_child;
-    std::int32_t m_processIndex = sc_iNone; ///< given to a child with its first request
-    bool m_isOld = false;                   ///< the child has been without work: it may go at any moment
+    std::int32_t m_processIndex = sc_iNone;
 
     static constexpr std::int32_t sc_iNone = -1;
 };
@@ -82,7 +88,8 @@ public:
     explicit CExternalContext(const SChildSettings& settings) : m_settings(settings) {}
     ~CExternalContext();
 
-    /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody has used.
+    /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody
+    /// has used or will use.
     CExternalLane& Obtain(bool isIsolated);
 
     /// Starts children for isolated cases to come, so that these need not wait for the start. All threads together have
@@ -92,6 +99,7 @@ public:
 private:
     const SChildSettings& m_settings;
     std::unique_ptr<CExternalLane> m_lane;
+    bool m_isLaneIsolated = false; ///< an isolated case has it: it is no other's
     std::vector<std::unique_ptr<CExternalLane>> m_spares;
 };
 

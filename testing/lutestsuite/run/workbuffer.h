@@ -1,6 +1,7 @@
 /// The work buffer: one case's request and answer.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -34,6 +35,7 @@ struct SWorkBuffer
     char16_t messages[c_MessageCapacity];
 };
 
+static_assert(std::endian::native == std::endian::little);
 static_assert(sizeof(SParams) == 56);
 static_assert(offsetof(SParams, parallel) == 10);
 static_assert(offsetof(SParams, workerThreads) == 12);

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include <gtest/gtest.h>
 
@@ -73,6 +75,19 @@ TEST_F(OsSharedMemory, IsNotMappedBeyondItsEnd)
 {
     constexpr std::size_t c_Pages = 65536;
     EXPECT_EQ(MapSharedMemory(m_name, c_Size + c_Pages, EMemoryAccess::Write), nullptr);
+}
+
+TEST_F(OsSharedMemory, IsNotCutByOthers)
+{
+    const auto view = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
+    ASSERT_NE(view, nullptr);
+
+    // Where one platform has such a path; the other one cannot cut such memory at all.
+    std::error_code error;
+    std::filesystem::resize_file(std::filesystem::path(L"/dev/shm/LuTestSuite-" + m_name), 0, error);
+
+    EXPECT_TRUE(error);
+    EXPECT_EQ(static_cast<const char*>(view.get())[c_Size - 1], '\0');
 }
 
 TEST_F(OsSharedMemory, HasNoOtherNamesThanPlainOnes)
