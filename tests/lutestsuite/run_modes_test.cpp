@@ -28,12 +28,8 @@ struct SMode
 
 constexpr SMode c_Modes[] = {
     {"MostWorkers", 256, false, false}, // first, see below
-    {"InProcess", 0, false, false},
-    {"OneWorker", 1, false, false},
-    {"FourWorkers", 4, false, false},
-    {"External", 0, true, false},
-    {"Isolated", 0, true, true},
-    {"ExternalOnWorkers", 4, true, false},
+    {"InProcess", 0, false, false},       {"OneWorker", 1, false, false}, {"FourWorkers", 4, false, false},
+    {"External", 0, true, false},         {"Isolated", 0, true, true},    {"ExternalOnWorkers", 4, true, false},
     {"IsolatedOnWorkers", 4, true, true},
 };
 
