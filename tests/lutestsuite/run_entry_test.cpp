@@ -29,11 +29,6 @@ protected:
 
     std::string GetUtf8() const { return LbEncoding::ToUtf8(m_output.GetText()); }
 
-    static std::string GetWarning(const std::string& option)
-    {
-        return "Warnung: Der Modus " + option + " ist in dieser Version nicht enthalten.\n";
-    }
-
     /// The options that run a directory with this content.
     std::vector<std::wstring> GetRunOptions(std::vector<std::wstring> more = {}) const
     {
