@@ -6,7 +6,7 @@
 namespace LbOs
 {
 
-/// Entries of the run-time's functions, not of the import stubs that lead there.
+/// Entries of the run-time's functions, not of the import thunks that lead there.
 struct SHeapFunctions
 {
     void* malloc = nullptr;

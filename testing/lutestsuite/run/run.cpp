@@ -15,7 +15,6 @@
 #include "testing/lutestsuite/run/reports.h"
 #include "testing/lutestsuite/run/statistics.h"
 #include "testing/lutestsuite/run/workerthreads.h"
-#include "testing/lutestsuite/utils/selection.h"
 
 namespace LuTestSuiteRun
 {
