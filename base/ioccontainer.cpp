@@ -1,5 +1,6 @@
 #include "base/ioccontainer.h"
 
+#include <atomic>
 #include <map>
 #include <utility>
 #include <vector>
@@ -20,6 +21,8 @@ struct SService
     bool isBeingMade = false;
     std::shared_ptr<IObject> object; ///< the one for all, once made
 };
+
+std::atomic<IOC::CContainer*> s_Current = nullptr;
 
 std::shared_ptr<IObject> create(const std::wstring& className)
 {
@@ -105,6 +108,16 @@ std::shared_ptr<IObject> IOC::CContainer::SContent::GetOnlyObject(SService& serv
 IOC::CContainer::CContainer() : m_content(std::make_unique<SContent>()) {}
 
 IOC::CContainer::~CContainer() = default;
+
+IOC::CContainer* IOC::CContainer::GetCurrent() noexcept
+{
+    return s_Current;
+}
+
+void IOC::CContainer::SetCurrent(CContainer* container) noexcept
+{
+    s_Current = container;
+}
 
 std::unique_ptr<IOC::CContainer> IOC::CContainer::CreateFromFile(const std::wstring& path)
 {

@@ -3,11 +3,12 @@
 /// Its configuration is XML:
 ///
 ///     <Container>
-///       <Service name="Clock" class="CSystemClock"/>                       one object for all, made when first asked
-///       for <Service name="Job" class="CJob" lifetime="transient"/>            a fresh object for each asker
+///       <Service name="Clock" class="CSystemClock"/>
+///       <Service name="Job" class="CJob" lifetime="transient"/>
 ///     </Container>
 ///
-/// The lifetime is "singleton" unless it is given.
+/// A service of the lifetime "singleton", which it has unless another is given, is one object for all, made when first
+/// asked for; each asker gets an object of its own of a "transient" one.
 #pragma once
 
 #include <memory>
@@ -32,6 +33,12 @@ public:
     static std::unique_ptr<CContainer> CreateFromText(const std::string& xml);
 
     ~CContainer();
+
+    /// The container that the program shares with the modules it loads; null while there is none. Any thread may ask.
+    static CContainer* GetCurrent() noexcept;
+
+    /// Shares a container, which must not end before another one, or none (null), is shared.
+    static void SetCurrent(CContainer* container) noexcept;
 
     bool HasService(const std::wstring& name) const;
 

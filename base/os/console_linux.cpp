@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include <poll.h>
 #include <stdio_ext.h>
 #include <unistd.h>
 
@@ -46,6 +47,18 @@ private:
     sigset_t m_former = {};
 };
 
+/// Whether a failed write is to be tried again: some callers hand over a pipe that does not block when it is full.
+/// Waits until there is place in it.
+bool waitForPlace(int file)
+{
+    if (errno != EAGAIN && errno != EWOULDBLOCK)
+    {
+        return false;
+    }
+    pollfd place = {file, POLLOUT, 0};
+    return poll(&place, 1, -1) > 0 || errno == EINTR;
+}
+
 void writeStream(std::FILE* stream, std::string_view bytes)
 {
     const CPipeSignalBlock block;
@@ -61,7 +74,7 @@ void writeStream(std::FILE* stream, std::string_view bytes)
     while (!bytes.empty())
     {
         const ssize_t count = write(fileno(stream), bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR)
+        if (count < 0 && errno != EINTR && !waitForPlace(fileno(stream)))
         {
             isWritten = false;
             break;

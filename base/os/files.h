@@ -64,8 +64,9 @@ LB_API std::wstring GetWorkingDirectory();
 LB_API bool SetWorkingDirectory(const std::wstring& path);
 
 /// The path as it stands when the working directory changes: absolute, by the present working directory, without "."
-/// and
-/// "..". A separator at the end stays; an empty path stays empty. The path need not exist.
+/// and "..". Names are kept as they are, links too; only ".." goes where the platform goes with it: on Linux behind a
+/// link to the parent of its target, on Windows by the text. A separator at the end stays; an empty path stays empty.
+/// The path need not exist.
 LB_API std::wstring GetFullPath(const std::wstring& path);
 
 /// The one name of an existing file or directory, with all links resolved, without separator at its end; empty when it

@@ -56,6 +56,35 @@ bool isDirectoryEntry(int directory, const dirent& entry)
     return fstatat(directory, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
 }
 
+bool isLinkEntry(int directory, const dirent& entry)
+{
+    if (entry.d_type != DT_UNKNOWN)
+    {
+        return entry.d_type == DT_LNK;
+    }
+    struct stat status = {};
+    return fstatat(directory, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+}
+
+/// Behind the last "..": up to there links matter, since behind a link ".." is its target's parent, which the text does
+/// not tell. 0 when the path has none.
+std::size_t findEndOfLastParent(const std::wstring& path)
+{
+    for (std::size_t start = path.rfind(L"/.."); start != std::wstring::npos; start = path.rfind(L"/..", start - 1))
+    {
+        const std::size_t end = start + 3;
+        if (end == path.size() || path[end] == L'/')
+        {
+            return end;
+        }
+        if (start == 0)
+        {
+            break;
+        }
+    }
+    return 0;
+}
+
 std::wstring withoutSeparators(std::wstring path)
 {
     while (path.size() > 1 && path.back() == L'/')
@@ -143,7 +172,7 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
         if (bytes != "." && bytes != "..")
         {
             LbEncoding::FromNative(bytes, name);
-            visit({name, isDirectoryEntry(descriptor, *entry), entry->d_type == DT_LNK});
+            visit({name, isDirectoryEntry(descriptor, *entry), isLinkEntry(descriptor, *entry)});
         }
     }
     return true;
@@ -191,12 +220,12 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
     {
         return path;
     }
-    const std::wstring full = IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
-    // Behind a link ".." is its target's parent, which the text does not tell.
-    const std::wstring canonical = full.find(L"..") == std::wstring::npos ? std::wstring() : GetCanonicalPath(full);
-    if (!canonical.empty())
+    std::wstring full = IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
+    const std::size_t parentEnd = findEndOfLastParent(full);
+    const std::wstring parent = parentEnd == 0 ? std::wstring() : GetCanonicalPath(full.substr(0, parentEnd));
+    if (!parent.empty())
     {
-        return path.back() == L'/' && canonical.back() != L'/' ? canonical + L'/' : canonical;
+        full.replace(0, parentEnd, parent);
     }
     return LbEncoding::FromNative(std::filesystem::path(LbEncoding::ToNative(full)).lexically_normal().native());
 }

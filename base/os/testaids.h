@@ -13,7 +13,7 @@ namespace LbOs
 /// Loads a shared library that nothing else uses, and unloads it. False when it cannot be loaded.
 bool LoadAndUnloadModule(const std::wstring& path);
 
-/// Makes a named pipe that stands in its folder like a file. False where there are none.
+/// Makes a named pipe that stands in its folder like a file; its reader waits for a writer. False where there are none.
 bool MakePipeFile(const std::wstring& path);
 
 /// Forks; the child calls `function` and ends with what it gives, without any destructors, or with a signal after 60 s.
@@ -34,8 +34,9 @@ bool CallWhileFlushing(void (*function)());
 /// Gives every real-time signal back to the system, as whoever has use for one may do. False where there are none.
 bool ResetRealTimeSignals();
 
-/// Makes a named pipe, whose reader waits for a writer. False where files are no pipes.
-bool MakePipe(const std::wstring& path);
+/// What `function` writes to standard output, which is a small pipe meanwhile that refuses bytes when it is full. None
+/// where pipes always block.
+std::optional<std::string> CaptureThroughFullPipe(const std::function<void()>& function);
 
 /// Opens an existing file for as long as the result lives, and lets nobody else open it; null where that cannot be.
 std::shared_ptr<void> HoldFile(const std::wstring& path);

@@ -1,9 +1,12 @@
 #include "base/os/testaids.h"
 
+#include <array>
 #include <csignal>
 #include <cstdio>
+#include <thread>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <malloc.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -91,9 +94,34 @@ bool LbOs::ResetRealTimeSignals()
     return true;
 }
 
-bool LbOs::MakePipe(const std::wstring& path)
+std::optional<std::string> LbOs::CaptureThroughFullPipe(const std::function<void()>& function)
 {
-    return mkfifo(LbEncoding::ToNative(path).c_str(), S_IRUSR | S_IWUSR) == 0;
+    constexpr int c_SmallestPipe = 4096;
+    std::array<int, 2> ends = {};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0 || fcntl(ends[1], F_SETFL, O_NONBLOCK) != 0)
+    {
+        return std::nullopt;
+    }
+    fcntl(ends[1], F_SETPIPE_SZ, c_SmallestPipe);
+    std::fflush(stdout);
+    const int former = dup(STDOUT_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    close(ends[1]);
+    std::string captured;
+    std::thread reader([&captured, file = ends[0]] {
+        std::array<char, 512> part = {};
+        for (ssize_t count = 1; count > 0;)
+        {
+            count = read(file, part.data(), part.size());
+            captured.append(part.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+        }
+    });
+    function();
+    dup2(former, STDOUT_FILENO);
+    close(former);
+    reader.join();
+    close(ends[0]);
+    return captured;
 }
 
 std::shared_ptr<void> LbOs::HoldFile(const std::wstring& /*path*/)

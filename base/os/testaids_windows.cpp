@@ -35,9 +35,9 @@ bool LbOs::ResetRealTimeSignals()
     return false;
 }
 
-bool LbOs::MakePipe(const std::wstring& /*path*/)
+std::optional<std::string> LbOs::CaptureThroughFullPipe(const std::function<void()>& /*function*/)
 {
-    return false;
+    return std::nullopt;
 }
 
 std::shared_ptr<void> LbOs::HoldFile(const std::wstring& path)

@@ -111,6 +111,7 @@ LuTestSuiteEnvironment::LuTestSuiteEnvironment()
     {
         throw LbException(L"Der Nachrichtenverteiler konnte nicht gestartet werden");
     }
+    IOC::CContainer::SetCurrent(m_container.get());
     PreallocateStaticData();
 }
 
@@ -118,6 +119,7 @@ LuTestSuiteEnvironment::~LuTestSuiteEnvironment()
 {
     LbMessageDispatcher::Shutdown();
     LbThreadPool::Shutdown();
+    IOC::CContainer::SetCurrent(nullptr);
     m_container.reset();
     LuTestSuiteHeapTracker::UnhookAll();
 }

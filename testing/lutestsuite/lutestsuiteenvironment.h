@@ -19,8 +19,8 @@ class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 public:
     /// Registers the product, saves the working directory, makes the dependency container (from
     /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml" beside the executable's folder where that exists, else from
-    /// a built-in text), starts the message dispatcher and warms up the run-time. Throws LbException when the container
-    /// or the dispatcher cannot be had.
+    /// a built-in text) and shares it (IOC::CContainer::GetCurrent), starts the message dispatcher and warms up the
+    /// run-time. Throws LbException when the container or the dispatcher cannot be had.
     LuTestSuiteEnvironment();
 
     /// Shuts the message dispatcher and the thread pool down, waiting without limit, drops the container and restores

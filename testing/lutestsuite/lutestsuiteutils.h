@@ -107,7 +107,8 @@ public:
     /// that class's data directory, and is not searched further. Folders that cannot become a unit test cost a warning.
     /// The order of folders is the file system's; of a folder's sub-folders the last is searched first. Folders with
     /// ".svn" in their names are left out, linked folders are searched once. `removeDisabled` leaves out the cases that
-    /// their description disables, and unit tests without any other case. Throws nothing of its own.
+    /// their description disables, and unit tests without any other case. An empty `dataDir` holds nothing. Throws
+    /// nothing of its own.
     static std::vector<LuTestSuite::SUnitTest> ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                          bool removeDisabled);
 

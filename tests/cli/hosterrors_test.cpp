@@ -147,6 +147,25 @@ TEST_F(HostErrors, TellWhereTheLibraryFailed)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
+TEST_F(HostErrors, TellWhichDescriptionTheLibraryCouldNotMatch)
+{
+    if (!CanLimitHostMemory())
+    {
+        GTEST_SKIP() << "memory cannot be limited here";
+    }
+    SHostOptions hostOptions;
+    hostOptions.memoryLimitKilobytes = 900'000;
+    const std::string pattern(20'000, '?');
+    m_folder.WriteFile(L"CLongNameModel/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name=\"" + pattern + "\"><Enable>false</Enable></TestCase></ExtraInfo>");
+
+    const SHostRun run = Run({L"--dll", L"namemodels"}, hostOptions);
+
+    EXPECT_NE(run.output.find("#ExtraInfo.xml': Ein Thread konnte nicht gestartet werden.\n"), std::string::npos);
+    EXPECT_NE(run.output.find("\tCLongNameModel: 2 fehlerhafte Testfälle"), std::string::npos);
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
 TEST_F(HostErrors, SayThatMemoryRanOut)
 {
     if (!CanLimitHostMemory())

@@ -96,6 +96,18 @@ TEST_F(HostModules, AreLoadedFromAFolderNamedWithABackslash)
     EXPECT_TRUE(run.output.starts_with(ToPlatformLines("CNestedModel\n\tFall... OK\n"))) << run.output;
 }
 
+TEST_F(HostModules, AreLoadedInTheOrderOfTheirOptions)
+{
+    m_folder.MakeFolder(L"CRivalModel");
+
+    const std::string firstFirst = Run({L"--dll", L"firstrival", L"--dll", L"secondrival"}).output;
+    const std::string secondFirst = Run({L"--dll", L"secondrival", L"--dll", L"firstrival"}).output;
+
+    // The module that comes first has the class name.
+    EXPECT_NE(firstFirst.find("\tErster... OK"), std::string::npos) << firstFirst;
+    EXPECT_NE(secondFirst.find("\tZweiter... OK"), std::string::npos) << secondFirst;
+}
+
 TEST_F(HostModules, MayBeAbsent)
 {
     const SHostRun run = Run({L"--dll", L"gibt es nicht"});

@@ -1,11 +1,14 @@
 // Where the host looks for its data, and which surroundings it gets along with.
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "tests/support/hostprocess.h"
 #include "tests/support/scopedfolder.h"
 
@@ -58,6 +61,19 @@ TEST_F(HostPlaces, TakeADataDirectoryByTheCallersWorkingDirectory)
 TEST_F(HostPlaces, TakeADataDirectoryAboveTheWorkingDirectory)
 {
     ExpectTheCase(Run(L"../Daten", m_folder.MakeFolder(L"anderswo")));
+}
+
+TEST_F(HostPlaces, TakeALinkOfAClassNameAboveTheWorkingDirectory)
+{
+    m_folder.WriteFile(L"Menge/gut.txt", "gut");
+    std::error_code error;
+    std::filesystem::create_directory_symlink(LbEncoding::ToNative(m_folder.GetPathOf(L"Menge")),
+                                              LbEncoding::ToNative(m_folder.GetPathOf(L"CDataSetModel")), error);
+    if (error)
+    {
+        GTEST_SKIP() << "links cannot be made here: " << error.message();
+    }
+    ExpectTheCase(Run(L"../CDataSetModel", m_folder.MakeFolder(L"anderswo")));
 }
 
 TEST_F(HostPlaces, TakeAnAbsoluteDataDirectoryFromAnywhere)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "base/inoncopyable.h"
+#include "base/ioccontainer.h"
 #include "base/lbdiagnostics.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
@@ -87,17 +88,29 @@ private:
     }
 };
 
+/// Whether modules find a container, and in it the service "Uhr".
+std::pair<bool, bool> findContainerAndClock()
+{
+    const LuTestSuiteEnvironment environment;
+    const IOC::CContainer* const container = IOC::CContainer::GetCurrent();
+    return {container != nullptr, container != nullptr && container->HasService(L"Uhr")};
+}
+
 // One test, since the place is one for all processes of this program.
-TEST(LuTestSuiteEnvironment, CanBeMadeWhateverTheContainerFileHolds)
+TEST(LuTestSuiteEnvironment, SharesTheContainerOfTheFileOrTheDefaultWhereItIsMissingOrBroken)
 {
     const CContainerPlace place;
     ASSERT_TRUE(place.IsEmpty());
-    EXPECT_NO_THROW(const LuTestSuiteEnvironment environment);
+    EXPECT_EQ(findContainerAndClock(), std::pair(true, false));
 
-    for (const char* const bytes : {"<Container><Service name='Uhr' class='CUhr'/></Container>", "<Container>", ""})
+    place.Write("<Container><Service name='Uhr' class='CUhr'/></Container>");
+    EXPECT_EQ(findContainerAndClock(), std::pair(true, true));
+    EXPECT_EQ(IOC::CContainer::GetCurrent(), nullptr) << "the container has ended with its environment";
+
+    for (const char* const broken : {"<Container>", ""})
     {
-        place.Write(bytes);
-        EXPECT_NO_THROW(const LuTestSuiteEnvironment environment) << bytes;
+        place.Write(broken);
+        EXPECT_EQ(findContainerAndClock(), std::pair(true, false)) << broken;
     }
 }
 

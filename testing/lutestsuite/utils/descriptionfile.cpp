@@ -1,5 +1,6 @@
 /// Test description files: contacts and per-case parameters of a unit test.
 
+#include "base/lbexception.h"
 #include "base/luunittest.h"
 #include "base/xmlnode.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -196,6 +197,12 @@ void LuTestSuiteUtils::processTestCaseNodes(LuTestSuite::SUnitTest& test, const 
     catch (const std::wstring& message)
     {
         LuTestSuite::WriteWarning(L"Warnung XML '%s': %s.\n", file, message);
+        return;
+    }
+    catch (const LbException& exception)
+    {
+        // No memory for the stack: the description is lost, the search goes on.
+        LuTestSuite::WriteWarning(L"Warnung XML '%s': %s.\n", file, exception.GetMessageText());
         return;
     }
     for (const std::wstring& name : matches.invalidNames)

@@ -8,6 +8,7 @@
 
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
+#include "base/os/testaids.h"
 #include "tests/support/fulldevice.h"
 #include "tests/support/scopedfolder.h"
 
@@ -30,6 +31,33 @@ TEST(OsConsole, WritesBytesAboveAscii)
                               "er %s");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "gr\xC3\xB6\xC3\x9F"
                                                       "er %s");
+}
+
+TEST(OsConsole, WaitsForPlaceInAPipeThatDoesNotBlock)
+{
+    const std::string bytes(300'000, 'x');
+
+    const auto captured = LbOs::CaptureThroughFullPipe([&bytes] { LbOs::WriteStandardOutput(bytes); });
+
+    if (!captured)
+    {
+        GTEST_SKIP() << "pipes always block here";
+    }
+    EXPECT_EQ(captured->size(), bytes.size());
+}
+
+TEST(OsConsole, TakesACodePage)
+{
+    const std::uint32_t saved = LbOs::GetConsoleCodePage();
+    if (saved == 0)
+    {
+        GTEST_SKIP() << "no console with a code page here";
+    }
+    constexpr std::uint32_t c_Latin1 = 28591;
+    LbOs::SetConsoleCodePage(c_Latin1);
+    EXPECT_EQ(LbOs::GetConsoleCodePage(), c_Latin1);
+    LbOs::SetConsoleCodePage(saved);
+    EXPECT_EQ(LbOs::GetConsoleCodePage(), saved);
 }
 
 TEST(OsConsole, WritesErrorsToTheErrorStream)

@@ -95,6 +95,24 @@ TEST(OsFiles, FollowsLinksToDirectories)
     EXPECT_EQ(LbOs::QueryEntry(folder.GetPathOf(L"target/file")), LbOs::EEntry::File);
 }
 
+TEST(OsFiles, FullPathKeepsTheNamesOfLinks)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"target/inner/file", "x");
+    folder.MakeFolder(L"a..b");
+    std::error_code error;
+    std::filesystem::create_directory_symlink(folder.GetPathOf(L"target"), folder.GetPathOf(L"a..b/link"), error);
+    if (error)
+    {
+        GTEST_SKIP() << "links cannot be made here: " << error.message();
+    }
+    const std::wstring link = folder.GetPathOf(LbPath::ToNative(L"a..b/link"));
+
+    EXPECT_EQ(LbOs::GetFullPath(link), link);
+    EXPECT_EQ(LbOs::GetFullPath(folder.GetPathOf(LbPath::ToNative(L"target/../a..b/./link"))), link);
+    EXPECT_EQ(LbOs::GetFullPath(folder.GetPathOf(LbPath::ToNative(L"fehlt/../a..b/link"))), link);
+}
+
 TEST(OsFiles, KeepsNamesThatAreNoText)
 {
     const ScopedFolder folder;
