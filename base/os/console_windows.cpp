@@ -1,14 +1,76 @@
 #include "base/os/console.h"
 
+#include <algorithm>
 #include <cstdio>
 
+#include "base/lbencoding.h"
 #include "base/os/windows_api.h"
 
 namespace
 {
 
+HANDLE getHandle(std::FILE* stream)
+{
+    return GetStdHandle(stream == stdout ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+}
+
+/// Whether a sequence leaves the cursor where it is. Some consoles accept the mode and show the sequences all the same;
+/// what such a one has shown is wiped.
+bool understandsSequences(HANDLE console)
+{
+    constexpr std::wstring_view c_NoAttributes = L"\x1b[0m";
+    CONSOLE_SCREEN_BUFFER_INFO before = {};
+    CONSOLE_SCREEN_BUFFER_INFO after = {};
+    DWORD count = 0;
+    if (GetConsoleScreenBufferInfo(console, &before) == FALSE ||
+        WriteConsoleW(console, c_NoAttributes.data(), c_NoAttributes.size(), &count, nullptr) == FALSE ||
+        GetConsoleScreenBufferInfo(console, &after) == FALSE)
+    {
+        return false;
+    }
+    if (before.dwCursorPosition.X == after.dwCursorPosition.X && before.dwCursorPosition.Y == after.dwCursorPosition.Y)
+    {
+        return true;
+    }
+    FillConsoleOutputCharacterW(console, L' ', c_NoAttributes.size(), before.dwCursorPosition, &count);
+    SetConsoleCursorPosition(console, before.dwCursorPosition);
+    return false;
+}
+
+/// Writes to a console as text, whatever its code page; the run-time would hand it over byte by byte. False when the
+/// stream leads elsewhere.
+bool writeToConsole(std::FILE* stream, std::string_view bytes)
+{
+    // A console takes at most 64 KiB at once on some systems.
+    constexpr std::size_t c_LongestPart = 8'000;
+    const HANDLE console = getHandle(stream);
+    DWORD mode = 0;
+    if (GetConsoleMode(console, &mode) == FALSE)
+    {
+        return false;
+    }
+    std::fflush(stream);
+    const std::wstring text = LbEncoding::FromUtf8(bytes);
+    for (std::size_t start = 0; start < text.size();)
+    {
+        DWORD count = 0;
+        if (WriteConsoleW(console, text.data() + start,
+                          static_cast<DWORD>(std::min(text.size() - start, c_LongestPart)), &count, nullptr) == FALSE ||
+            count == 0)
+        {
+            break;
+        }
+        start += count;
+    }
+    return true;
+}
+
 void writeStream(std::FILE* stream, std::string_view bytes)
 {
+    if (writeToConsole(stream, bytes))
+    {
+        return;
+    }
     std::fwrite(bytes.data(), 1, bytes.size(), stream);
     if (std::fflush(stream) != 0 || std::ferror(stream) != 0)
     {
@@ -48,8 +110,17 @@ bool LbOs::EnableTerminalSequences()
 {
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
-    return GetConsoleMode(output, &mode) != FALSE &&
-           SetConsoleMode(output, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
+    if (GetConsoleMode(output, &mode) == FALSE ||
+        SetConsoleMode(output, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) == FALSE)
+    {
+        return false;
+    }
+    if (understandsSequences(output))
+    {
+        return true;
+    }
+    SetConsoleMode(output, mode);
+    return false;
 }
 
 std::wstring LbOs::GetEnvironmentText(const wchar_t* name)

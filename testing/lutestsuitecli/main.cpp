@@ -1,13 +1,17 @@
 /// The command-line host.
 ///
 /// Exit status: 0 when the call succeeded, 1 when cases failed or the arguments were refused, 2 when an exception left
-/// the library; its text goes to standard error, in one line.
+/// the library, or a case ended the process; what happened goes to standard error, in one line.
 
+#include <algorithm>
+#include <cstdlib>
 #include <exception>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "base/inoncopyable.h"
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbformat.h"
@@ -35,6 +39,33 @@ void chooseOutput()
     }
 }
 
+/// The process that works for the user, as long as it does; 0 else.
+unsigned long s_workingProcess = 0;
+
+/// Lasts as long as the work, however it ends but by exit(), which leaves objects of scopes alone.
+class CWork : public INonCopyable
+{
+public:
+    CWork() { s_workingProcess = LbOs::GetProcessNumber(); }
+    ~CWork() { s_workingProcess = 0; }
+};
+
+/// A case that calls exit() must not look like a success. Copies of the process that a case makes may end as they like.
+void endUnfinished()
+{
+    if (s_workingProcess == LbOs::GetProcessNumber())
+    {
+        LbOs::WriteStandardError(LbEncoding::ToUtf8(L"Fehler: Der Prozess wurde mitten im Aufruf beendet\n"));
+        LbOs::EndProcess(c_Broken);
+    }
+}
+
+/// Whether another host has started this one to run cases for it: that one sees by itself how this one ends.
+bool isChild(const std::vector<std::wstring>& arguments)
+{
+    return std::ranges::find(arguments, L"--response-event-id") != arguments.end();
+}
+
 int run(int argumentCount, const char* const* arguments)
 {
     chooseOutput();
@@ -45,6 +76,7 @@ int run(int argumentCount, const char* const* arguments)
         vector.push_back(text.c_str());
     }
     LuTestSuiteEnvironment environment;
+    const auto work = isChild(texts) ? nullptr : std::make_unique<CWork>();
     const bool succeeded =
         LuTestSuiteUtils::RunCommandLine(environment, static_cast<int>(vector.size()), vector.data());
     return succeeded ? c_Succeeded : c_Failed;
@@ -79,6 +111,7 @@ std::wstring describe(const LbException& exception)
 
 int main(int argumentCount, char** arguments)
 {
+    std::atexit(&endUnfinished);
     try
     {
         return run(argumentCount, arguments);

@@ -43,6 +43,26 @@ protected:
     ScopedFolder m_folder;
 };
 
+TEST_F(HostErrors, TellThatACaseHasEndedTheProcess)
+{
+    m_folder.MakeFolder(L"CCrashModel");
+
+    const SHostRun run = Run({L"--dll", L"crashmodels", L"-i", L":exit$"});
+
+    EXPECT_EQ(run.errors, ToPlatformLines("Fehler: Der Prozess wurde mitten im Aufruf beendet\n"));
+    EXPECT_EQ(run.exitStatus, 2);
+}
+
+TEST_F(HostErrors, DoNotComeFromACaseThatEndsItsChild)
+{
+    m_folder.MakeFolder(L"CCrashModel");
+
+    const SHostRun run = Run({L"-x", L"--dll", L"crashmodels", L"-i", L":exit$"});
+
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
 TEST_F(HostErrors, NameAnInvalidIncludePattern)
 {
     ExpectOneLine(Run({L"-i", L"gut", L"-i", L"[offen"}), "Fehler: Ungültiger regulärer Ausdruck '[offen'\n");
