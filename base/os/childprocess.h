@@ -22,7 +22,8 @@ struct SChildOptions
     /// Empty: the caller's own.
     std::wstring workingDirectory;
 
-    /// No console window, and nothing behind standard input, output and error; else the child has those of the caller.
+    /// No console window, and nothing behind standard input, output and error; else the child has those of the caller,
+    /// on Linux without the input: it is in the background, where reading from a terminal would stop it.
     bool isSilent = false;
 
     /// The child and the processes that it started end at the latest with its object and with the present process,
@@ -51,7 +52,8 @@ public:
     bool IsRunning() { return !Wait(0); }
 
     /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
-    /// end it. Its exit status is 0.
+    /// end it. Its exit status is 0. On Linux what has left its process group is found as long as the process itself
+    /// runs, and with endsWithOwner only.
     void Terminate();
 
     /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that

@@ -17,6 +17,7 @@
 #include "base/os/descriptor_linux.h"
 #include "base/os/files.h"
 #include "base/os/keeper_linux.h"
+#include "base/os/processtree_linux.h"
 
 namespace LbOs
 {
@@ -80,14 +81,16 @@ SStart prepare(const SChildOptions& options)
     return start;
 }
 
-bool redirectToNothing()
+/// Nothing behind standard input and, with `isSilent`, standard output and error. The child's group is none that a
+/// terminal reads for: to read there would stop it, and nobody would make it go on.
+bool redirectToNothing(bool isSilent)
 {
     const int nothing = open("/dev/null", O_RDWR);
     if (nothing < 0)
     {
         return false;
     }
-    for (int standard = 0; standard <= 2; ++standard)
+    for (int standard = 0; standard <= (isSilent ? 2 : 0); ++standard)
     {
         dup2(nothing, standard);
     }
@@ -121,6 +124,7 @@ void resetSignals(const sigset_t& blocked)
     if (start.group != nullptr)
     {
         *start.group = getpid();
+        Linux::KeepDescendants();
         // An owner that has ended before this had a keeper that did not know the group.
         if (getppid() != start.owner)
         {
@@ -128,7 +132,7 @@ void resetSignals(const sigset_t& blocked)
         }
     }
     resetSignals(start.signals);
-    const bool isReady = (!start.isSilent || redirectToNothing()) &&
+    const bool isReady = redirectToNothing(start.isSilent) &&
                          (start.workingDirectory.empty() || chdir(start.workingDirectory.c_str()) == 0);
     if (isReady)
     {
@@ -258,7 +262,14 @@ void CChildProcess::Terminate()
     {
         return;
     }
-    killGroup(m_state->process);
+    if (m_state->endsWithOwner && IsRunning())
+    {
+        Linux::EndProcessTree(m_state->process);
+    }
+    else
+    {
+        killGroup(m_state->process);
+    }
     GetExitStatus();
 }
 

@@ -1,5 +1,6 @@
 #include "base/os/childprocess.h"
 
+#include <cstdlib>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -115,10 +116,15 @@ TEST(OsChildProcess, RunsUntilItIsTerminated)
     EXPECT_FALSE(child->IsRunning());
 }
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWhenTerminated)
+/// How a process starts another: as a command of the probe.
+class OsChildProcessTree : public testing::TestWithParam<const wchar_t*>
+{
+};
+
+TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminated)
 {
     CProbeLine line;
-    const auto child = StartProbe(L"parent " + line.GetName());
+    const auto child = StartProbe(GetParam() + (L" " + line.GetName()));
     ASSERT_NE(child, nullptr);
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
@@ -128,10 +134,10 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenTerminated)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWithItsObject)
+TEST_P(OsChildProcessTree, EndsWithItsObject)
 {
     CProbeLine line;
-    auto child = StartProbe(L"parent " + line.GetName());
+    auto child = StartProbe(GetParam() + (L" " + line.GetName()));
     ASSERT_NE(child, nullptr);
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
@@ -141,10 +147,10 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWithItsObject)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerIsKilled)
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
 {
     CProbeLine line;
-    LbOs::SChildOptions options = GetProbeOptions(L"owner " + line.GetName());
+    LbOs::SChildOptions options = GetProbeOptions(L"owner " + line.GetName() + L" " + GetParam());
     options.endsWithOwner = false;
     const auto owner = CChildProcess::Start(options);
     ASSERT_NE(owner, nullptr);
@@ -158,11 +164,26 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerIsKilled)
     EXPECT_TRUE(line.WaitGone());
 }
 
+TEST_P(OsChildProcessTree, EndsWhenItsOwnersOwnerTerminatesThat)
+{
+    CProbeLine line;
+    const auto owner = StartProbe(L"owner " + line.GetName() + L" " + GetParam());
+    ASSERT_NE(owner, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    owner->Terminate();
+
+    EXPECT_TRUE(line.WaitGone());
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree, testing::Values(L"parent", L"runaway"));
+
 TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
 {
     CProbeLine line;
     const auto leave = LbOs::CNamedEvent::Create(line.GetName() + L"-l");
-    LbOs::SChildOptions options = GetProbeOptions(L"leaver " + line.GetName());
+    LbOs::SChildOptions options = GetProbeOptions(L"leaver " + line.GetName() + L" parent");
     options.endsWithOwner = false;
     const auto owner = CChildProcess::Start(options);
     ASSERT_NE(owner, nullptr);
@@ -173,6 +194,21 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
     EXPECT_EQ(getStatus(*owner), 3);
 
     EXPECT_TRUE(line.WaitGone());
+}
+
+/// On Windows nothing stops a process that reads.
+TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
+{
+    if constexpr (LbPath::c_Separator == L'\\')
+    {
+        GTEST_SKIP() << "children share the input";
+    }
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"Eingabe.txt", "Text");
+    const std::wstring command =
+        LbCommandLine::Quote(GetProbeOptions(L"").program) + L" feeder <" + LbCommandLine::Quote(file);
+
+    EXPECT_EQ(std::system(LbEncoding::ToNative(command).c_str()), 0);
 }
 
 TEST(OsChildProcess, OutlivesItsObjectWhenAsked)
