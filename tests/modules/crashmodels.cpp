@@ -193,3 +193,37 @@ class CCrashModel : public LuUnitTest
     }
 };
 LB_RTTI_CLASS(CCrashModel, LuUnitTest)
+
+/// Passes, and takes its process down when it is destroyed.
+class CDyingModel : public LuUnitTest
+{
+    LB_RTTI(CDyingModel)
+
+public:
+    ~CDyingModel() override
+    {
+        if (m_end)
+        {
+            m_end();
+        }
+    }
+
+private:
+    void InitSubtests() override
+    {
+        addEnd(L"Zugriffsverletzung danach", [] { *s_nothing = 1; });
+        addEnd(L"Exception danach", [] { throw std::runtime_error("aus dem Destruktor"); });
+        addEnd(L"exit danach", [] { std::_Exit(EXIT_SUCCESS); });
+    }
+
+    void addEnd(const wchar_t* name, void (*end)())
+    {
+        AddSubtest(name, [this, end] {
+            Info(L"bestanden");
+            m_end = end;
+        });
+    }
+
+    void (*m_end)() = nullptr;
+};
+LB_RTTI_CLASS(CDyingModel, LuUnitTest)

@@ -98,6 +98,9 @@ inline constexpr SOutcome c_CrashOutcomes[] = {
     // Sanitizers end the process when there is no memory.
     {L"CCrashModel", L"kein Speicher", Exception, L"\t\tERROR: std::bad_alloc\n"},
 #endif
+    {L"CDyingModel", L"Zugriffsverletzung danach", Unknown, L"\t\tINFO:  bestanden\n"},
+    {L"CDyingModel", L"Exception danach", Unknown, L"\t\tINFO:  bestanden\n"},
+    {L"CDyingModel", L"exit danach", Unknown, L"\t\tINFO:  bestanden\n"},
     {L"CCrashModel", L"nachher", Ok, L""},
 };
 
