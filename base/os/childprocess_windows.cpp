@@ -134,10 +134,7 @@ bool CChildProcess::Wait(std::uint32_t milliseconds)
 
 void CChildProcess::Terminate()
 {
-    if (TerminateJobObject(m_state->job.get(), 0) == FALSE)
-    {
-        TerminateProcess(m_state->process.get(), 0);
-    }
+    TerminateJobObject(m_state->job.get(), 0);
     // A process within a driver's call ends when that does, which may be never.
     constexpr DWORD c_LongestEndMilliseconds = 10000;
     WaitForSingleObject(m_state->process.get(), c_LongestEndMilliseconds);

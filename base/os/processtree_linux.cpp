@@ -1,5 +1,6 @@
 #include "base/os/processtree_linux.h"
 
+#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -60,16 +61,15 @@ pid_t getLowestLaterNumber(int folder, pid_t process)
 }
 
 /// Kills a process if it is a child of that one.
-bool killIfChild(int folder, const char* number, pid_t parent)
+bool killIfChild(int folder, pid_t process, pid_t parent)
 {
-    char path[32] = {};
-    std::strncat(path, number, 16);
-    std::strcat(path, "/stat");
+    char path[32];
+    std::strcpy(std::to_chars(path, path + sizeof(path), process).ptr, "/stat");
     char line[c_TextSize];
     const bool isChild = readText(folder, path, line) && isLivingChild(line, parent);
     if (isChild)
     {
-        kill(static_cast<pid_t>(std::strtol(number, nullptr, 10)), SIGKILL);
+        kill(process, SIGKILL);
     }
     return isChild;
 }
@@ -87,9 +87,9 @@ bool killChildren(pid_t process)
         for (ssize_t offset = 0; offset < size;)
         {
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
-            // What is no process has no number.
-            const bool isLater = std::strtol(entry->d_name, nullptr, 10) >= lowest;
-            wereThere = (isLater && killIfChild(folder.Get(), entry->d_name, process)) || wereThere;
+            // 0 for what is no process.
+            const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
+            wereThere = (number >= lowest && killIfChild(folder.Get(), number, process)) || wereThere;
             offset += entry->d_reclen;
         }
     }
@@ -110,10 +110,12 @@ void EndProcessTree(pid_t process) noexcept
     constexpr timespec c_Pause = {0, 1'000'000};
     // It stands still, so that it starts no more, and so that the numbers of its children stay theirs.
     kill(process, SIGSTOP);
-    for (int round = 0; round < c_MostRounds && killChildren(process); ++round)
+    bool wereThere = killChildren(process);
+    for (int round = 0; round < c_MostRounds && wereThere; ++round)
     {
-        // Children of those that end become its own.
         nanosleep(&c_Pause, nullptr);
+        // Children of those that end become its own, behind the back of one look perhaps.
+        wereThere = killChildren(process) || killChildren(process);
     }
     kill(-process, SIGKILL);
 }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace LbOs
 {
@@ -56,5 +57,11 @@ bool SetPagesForbidden(bool areForbidden);
 
 /// Makes the system refuse signals that it would have to queue, or take them again. False where there are none.
 bool SetSignalsForbidden(bool areForbidden);
+
+/// Whether the named event or shared memory of that name exists and may be used by the present user and nobody else.
+bool IsForOwnUserOnly(const std::wstring& name);
+
+/// The words that the present process was started with, for code that main() tells nothing.
+std::vector<std::wstring> GetOwnArguments();
 
 } // namespace LbOs

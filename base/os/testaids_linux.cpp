@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <fstream>
 
 #include <dlfcn.h>
 #include <malloc.h>
@@ -166,4 +167,23 @@ bool LbOs::SetSignalsForbidden(bool areForbidden)
     }
     limit.rlim_cur = areForbidden ? 0 : limit.rlim_max;
     return setrlimit(RLIMIT_SIGPENDING, &limit) == 0;
+}
+
+bool LbOs::IsForOwnUserOnly(const std::wstring& name)
+{
+    constexpr mode_t c_OthersRights = 0077;
+    struct stat status = {};
+    return stat(("/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name)).c_str(), &status) == 0 &&
+           status.st_uid == geteuid() && (status.st_mode & c_OthersRights) == 0;
+}
+
+std::vector<std::wstring> LbOs::GetOwnArguments()
+{
+    std::ifstream file("/proc/self/cmdline", std::ios::binary);
+    std::vector<std::wstring> arguments;
+    for (std::string argument; std::getline(file, argument, '\0');)
+    {
+        arguments.push_back(LbEncoding::FromNative(argument));
+    }
+    return arguments;
 }

@@ -1,6 +1,43 @@
 #include "base/os/testaids.h"
 
+#include "base/os/process.h"
 #include "base/os/windows_api.h"
+
+// Behind windows.h, which it needs.
+#include <aclapi.h>
+
+namespace
+{
+
+/// The present user's number; empty when it cannot be had.
+std::vector<char> getUser()
+{
+    HANDLE opened = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened) == FALSE)
+    {
+        return {};
+    }
+    const LbOs::Windows::Handle token(opened);
+    DWORD size = 0;
+    GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
+    std::vector<char> user(size);
+    const BOOL isKnown = GetTokenInformation(token.get(), TokenUser, user.data(), size, &size);
+    return isKnown != FALSE ? user : std::vector<char>();
+}
+
+/// A list of rights with nothing in it but those of the user.
+bool isOnlyFor(ACL* list, SID* user)
+{
+    void* entry = nullptr;
+    if (list == nullptr || list->AceCount != 1 || GetAce(list, 0, &entry) == FALSE)
+    {
+        return false;
+    }
+    auto* const allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
+    return allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && EqualSid(&allowed->SidStart, user) != FALSE;
+}
+
+} // namespace
 
 bool LbOs::LoadAndUnloadModule(const std::wstring& path)
 {
@@ -69,4 +106,31 @@ bool LbOs::SetPagesForbidden(bool /*areForbidden*/)
 bool LbOs::SetSignalsForbidden(bool /*areForbidden*/)
 {
     return false;
+}
+
+bool LbOs::IsForOwnUserOnly(const std::wstring& name)
+{
+    const std::wstring objectName = L"Local\\" + name;
+    Windows::Handle object(OpenEventW(READ_CONTROL, FALSE, objectName.c_str()));
+    if (!object)
+    {
+        object.reset(OpenFileMappingW(READ_CONTROL, FALSE, objectName.c_str()));
+    }
+    ACL* list = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    std::vector<char> user = getUser();
+    if (!object || user.empty() ||
+        GetSecurityInfo(object.get(), SE_KERNEL_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &list, nullptr,
+                        &descriptor) != ERROR_SUCCESS)
+    {
+        return false;
+    }
+    const bool isOnlyForUser = isOnlyFor(list, static_cast<SID*>(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid));
+    LocalFree(descriptor);
+    return isOnlyForUser;
+}
+
+std::vector<std::wstring> LbOs::GetOwnArguments()
+{
+    return GetArguments(0, nullptr);
 }

@@ -1,5 +1,6 @@
 /// Unit tests that take their process down, or never end.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <exception>
@@ -77,13 +78,13 @@ void sleepLong()
 }
 
 /// Starts a process that outlives nobody's patience, unless somebody ends it.
-void startGrandchild()
+void startGrandchild(const std::string& how)
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
     const std::string command =
         LbEncoding::ToUtf8(LbCommandLine::Quote(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) +
                                                 L"processprobe" + LbOs::c_ExecutableSuffix)) +
-        " parent " + (name == nullptr ? "" : name);
+        " " + how + " " + (name == nullptr ? "" : name);
     const int status =
         std::system((LbPath::c_Separator == L'\\' ? "start \"\" /b " + command : command + " &").c_str());
     static_cast<void>(status);
@@ -103,6 +104,19 @@ void awaitGrandchild()
     const auto ready = openEvent(L"-r");
     ready->Wait(c_Long);
     ready->Set();
+}
+
+/// Gives the run an answer that it has not asked for, when the test says so.
+void answerLater()
+{
+    const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();
+    const auto option = std::ranges::find(arguments, L"--response-event-id");
+    std::thread([response = LbOs::CNamedEvent::Open(option[1]), question = openEvent(L"-q"), done = openEvent(L"-a")] {
+        constexpr std::uint32_t c_Long = 30000;
+        question->Wait(c_Long);
+        response->Set();
+        done->Set();
+    }).detach();
 }
 
 std::optional<long> s_copy;
@@ -183,11 +197,16 @@ class CCrashModel : public LuUnitTest
             Info(L"Ende der Kopie");
         });
         AddSubtest(L"startet Prozesse", [] {
-            startGrandchild();
+            startGrandchild("parent");
             sleepLong();
         });
+        AddSubtest(L"startet Ausreißer", [] {
+            startGrandchild("runaway");
+            sleepLong();
+        });
+        AddSubtest(L"antwortet noch einmal", [] { answerLater(); });
         AddSubtest(L"startet Prozesse und endet", [] {
-            startGrandchild();
+            startGrandchild("parent");
             awaitGrandchild();
         });
     }

@@ -60,7 +60,9 @@ int answer(const std::wstring& name)
 {
     const auto question = LbOs::CNamedEvent::Open(name + L"-q");
     const auto reply = LbOs::CNamedEvent::Open(name + L"-a");
-    for (int second = 0; question && reply && second < c_Minute; ++second)
+    // By the clock: whoever asks until there is no answer asks often.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(c_Minute);
+    while (question && reply && std::chrono::steady_clock::now() < end)
     {
         if (question->Wait(c_Second) == LbOs::EEventWait::Signaled)
         {
