@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,8 +29,16 @@ struct CChildProcess::SState
     Linux::CDescriptor file;           ///< of the process, readable when it has ended
     Linux::KeptGroup* group = nullptr; ///< null when nobody keeps it
     bool endsWithOwner = true;
+    bool isTerminated = false;
     bool isReaped = false;
-    std::int64_t exitStatus = 0;
+    std::optional<std::int64_t> exitStatus;
+
+    /// How the process has ended, if it has; none when others have waited for it, or the system has forgotten it. From
+    /// then on its number may be another's. By the descriptor, which is that of this process only.
+    std::optional<siginfo_t> Look(int options) const;
+
+    /// Of a process that has ended.
+    void Reap();
 };
 
 namespace
@@ -196,13 +205,38 @@ std::int64_t toExitStatus(const siginfo_t& end)
     return end.si_code == CLD_EXITED ? end.si_status : -std::int64_t{end.si_status};
 }
 
-/// What is left of the group ends. Only before the process is reaped: then its number may become another's.
+/// The process ends, wherever it has gone, and what is left of its group. Only before it is reaped: then its number may
+/// become another's.
 void killGroup(pid_t process)
 {
     kill(-process, SIGKILL);
+    kill(process, SIGKILL);
 }
 
 } // namespace
+
+std::optional<siginfo_t> CChildProcess::SState::Look(int options) const
+{
+    siginfo_t end = {};
+    const auto look = [&] { return waitid(P_PIDFD, static_cast<id_t>(file.Get()), &end, WEXITED | options); };
+    return Linux::Retry(look) == 0 ? std::optional(end) : std::nullopt;
+}
+
+void CChildProcess::SState::Reap()
+{
+    const std::optional<siginfo_t> end = Look(WNOWAIT);
+    if (end && endsWithOwner)
+    {
+        killGroup(process);
+    }
+    Linux::ReleaseKeptGroup(std::exchange(group, nullptr));
+    if (end)
+    {
+        Look(0);
+        exitStatus = toExitStatus(*end);
+    }
+    isReaped = true;
+}
 
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
@@ -247,7 +281,7 @@ CChildProcess::~CChildProcess()
     else
     {
         // Ended or not, it is nobody's business any more; init takes over what is left of it.
-        waitpid(m_state->process, nullptr, WNOHANG);
+        m_state->Look(WNOHANG);
     }
 }
 
@@ -258,8 +292,13 @@ bool CChildProcess::Wait(std::uint32_t milliseconds)
 
 void CChildProcess::Terminate()
 {
-    if (m_state->isReaped)
+    if (m_state->isReaped || std::exchange(m_state->isTerminated, true))
     {
+        return;
+    }
+    if (!m_state->Look(WNOHANG | WNOWAIT))
+    {
+        m_state->Reap();
         return;
     }
     if (m_state->endsWithOwner && IsRunning())
@@ -270,26 +309,18 @@ void CChildProcess::Terminate()
     {
         killGroup(m_state->process);
     }
-    GetExitStatus();
+    if (Wait(sc_uiLongestEnd))
+    {
+        m_state->Reap();
+    }
 }
 
-std::int64_t CChildProcess::GetExitStatus()
+std::optional<std::int64_t> CChildProcess::GetExitStatus()
 {
-    if (m_state->isReaped)
+    if (!m_state->isReaped && !IsRunning())
     {
-        return m_state->exitStatus;
+        m_state->Reap();
     }
-    siginfo_t end = {};
-    Linux::Retry([&] { return waitid(P_PID, static_cast<id_t>(m_state->process), &end, WEXITED | WNOWAIT); });
-    if (m_state->endsWithOwner)
-    {
-        killGroup(m_state->process);
-        Linux::ReleaseKeptGroup(m_state->group);
-        m_state->group = nullptr;
-    }
-    reap(m_state->process);
-    m_state->isReaped = true;
-    m_state->exitStatus = toExitStatus(end);
     return m_state->exitStatus;
 }
 

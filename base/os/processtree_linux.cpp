@@ -118,6 +118,8 @@ void EndProcessTree(pid_t process) noexcept
         wereThere = killChildren(process) || killChildren(process);
     }
     kill(-process, SIGKILL);
+    // It may have gone to another group.
+    kill(process, SIGKILL);
 }
 
 } // namespace LbOs::Linux

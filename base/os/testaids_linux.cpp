@@ -187,3 +187,40 @@ std::vector<std::wstring> LbOs::GetOwnArguments()
     }
     return arguments;
 }
+
+bool LbOs::JoinGroupOfParent()
+{
+    return setpgid(0, getpgid(getppid())) == 0;
+}
+
+bool LbOs::WaitForAllChildren()
+{
+    while (wait(nullptr) > 0)
+    {
+    }
+    return true;
+}
+
+bool LbOs::LimitMemory(std::size_t bytes)
+{
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    rlimit limit = {};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + bytes;
+    return pages > 0 && setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
+std::optional<std::uint64_t> LbOs::GetOpenFileLimit()
+{
+    rlimit limit = {};
+    return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::optional<std::uint64_t>(limit.rlim_cur) : std::nullopt;
+}
+
+bool LbOs::SetOpenFileLimit(std::uint64_t count)
+{
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = count;
+    return setrlimit(RLIMIT_NOFILE, &limit) == 0;
+}

@@ -5,6 +5,7 @@
 
 // Behind windows.h, which it needs.
 #include <aclapi.h>
+#include <psapi.h>
 
 namespace
 {
@@ -133,4 +134,45 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
 std::vector<std::wstring> LbOs::GetOwnArguments()
 {
     return GetArguments(0, nullptr);
+}
+
+bool LbOs::JoinGroupOfParent()
+{
+    return false;
+}
+
+bool LbOs::WaitForAllChildren()
+{
+    return false;
+}
+
+bool LbOs::LimitMemory(std::size_t bytes)
+{
+    PROCESS_MEMORY_COUNTERS used = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &used, sizeof(used));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_PROCESS_MEMORY;
+    limits.ProcessMemoryLimit = used.PagefileUsage + bytes;
+    // Never closed: the limit is to last as long as the process.
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    const bool isLimited =
+        SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits)) != FALSE &&
+        AssignProcessToJobObject(job, GetCurrentProcess()) != FALSE;
+    // Some systems take the limit and keep to none.
+    void* const beyond = VirtualAlloc(nullptr, bytes * 2, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    if (beyond != nullptr)
+    {
+        VirtualFree(beyond, 0, MEM_RELEASE);
+    }
+    return isLimited && beyond == nullptr;
+}
+
+std::optional<std::uint64_t> LbOs::GetOpenFileLimit()
+{
+    return std::nullopt;
+}
+
+bool LbOs::SetOpenFileLimit(std::uint64_t /*count*/)
+{
+    return false;
 }

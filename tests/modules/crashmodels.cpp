@@ -62,7 +62,7 @@ void closeAllFiles()
     }
 }
 
-void useAllMemory()
+void useTooMuchMemory()
 {
     constexpr std::size_t c_Block = std::size_t{1} << 46U;
     std::vector<void*> blocks;
@@ -70,6 +70,27 @@ void useAllMemory()
     {
         blocks.push_back(::operator new(c_Block));
     }
+}
+
+/// Leaves nothing for whoever comes next, where the system keeps to a limit.
+LuUnitTest::EResult useAllMemory()
+{
+    constexpr std::size_t c_Limit = std::size_t{64} << 20U;
+    constexpr std::size_t c_LargestBlock = std::size_t{1} << 20U;
+    if (!LbOs::LimitMemory(c_Limit))
+    {
+        return LuUnitTest::eR_NoInput;
+    }
+    void* blocks = nullptr;
+    for (std::size_t size = c_LargestBlock; size >= sizeof(void*); size = size > 2048 ? size / 2 : size - sizeof(void*))
+    {
+        while (void* const block = std::malloc(size))
+        {
+            *static_cast<void**>(block) = blocks;
+            blocks = block;
+        }
+    }
+    throw std::bad_alloc();
 }
 
 void sleepLong()
@@ -174,7 +195,8 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"Endlosschleife", [] { hang(); });
         AddSubtest(L"Verklemmung", [] { deadLock(); });
         AddSubtest(L"geschlossene Dateien", [] { closeAllFiles(); });
-        AddSubtest(L"kein Speicher", [] { useAllMemory(); });
+        AddSubtest(L"kein Speicher", [] { useTooMuchMemory(); });
+        AddSubtest(L"aller Speicher", [] { return useAllMemory(); });
         AddSubtest(L"nachher", [] { return eR_Passed; });
         AddSubtest(L"schläft", [this] {
             Info(L"vor dem Schlaf");
@@ -195,6 +217,15 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"erwartet Kopie", [this] {
             awaitCopy();
             Info(L"Ende der Kopie");
+        });
+        AddSubtest(L"fremde Prozessgruppe", [] {
+            LbOs::JoinGroupOfParent();
+            sleepLong();
+        });
+        AddSubtest(L"schläft am Ende des Prozesses", [] { std::atexit(sleepLong); });
+        AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
+        AddSubtest(L"offene Dateien", [this] {
+            Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0));
         });
         AddSubtest(L"startet Prozesse", [] {
             startGrandchild("parent");

@@ -7,6 +7,8 @@
 ///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
 ///     runaway NAME             as parent, but what it starts leaves for a session of its own, where there are any
+///     outsider NAME            goes over to its parent's process group, where there are any, sets "NAME-r", then
+///                              answers
 ///     owner NAME COMMAND       starts "COMMAND NAME", which is to end with it, ends after a minute
 ///     leaver NAME COMMAND      as owner, but ends without a word when "NAME-l" is set
 ///     input                    ends with 0 when there is nothing to be read, else with 1
@@ -27,6 +29,7 @@
 #include "base/os/console.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
+#include "base/os/testaids.h"
 
 namespace
 {
@@ -83,6 +86,13 @@ int beParent(const std::wstring& name, bool isRunaway)
     return isStarted && ready && ready->Set() ? sleepLong() : 1;
 }
 
+int beOutsider(const std::wstring& name)
+{
+    LbOs::JoinGroupOfParent();
+    const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
+    return ready && ready->Set() ? answer(name) : 1;
+}
+
 LbOs::SChildOptions getOptions(const std::wstring& arguments)
 {
     LbOs::SChildOptions options;
@@ -108,7 +118,7 @@ int beOwner(const std::wstring& name, const std::wstring& command, bool leaves)
 int feed()
 {
     const auto child = LbOs::CChildProcess::Start(getOptions(L"input"));
-    return child && child->Wait() ? static_cast<int>(child->GetExitStatus()) : 2;
+    return child && child->Wait() ? static_cast<int>(child->GetExitStatus().value_or(2)) : 2;
 }
 
 int run(const Arguments& arguments)
@@ -134,6 +144,10 @@ int run(const Arguments& arguments)
     if (command == L"parent" || command == L"runaway")
     {
         return beParent(arguments.at(2), command == L"runaway");
+    }
+    if (command == L"outsider")
+    {
+        return beOutsider(arguments.at(2));
     }
     if (command == L"owner" || command == L"leaver")
     {

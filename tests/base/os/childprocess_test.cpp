@@ -1,6 +1,7 @@
 #include "base/os/childprocess.h"
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "base/os/testaids.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedfolder.h"
 
@@ -18,7 +20,7 @@ namespace
 using LbOs::CChildProcess;
 
 /// Waits for the end of a process and gives its status; fails the test when it does not end.
-std::int64_t getStatus(CChildProcess& child)
+std::optional<std::int64_t> getStatus(CChildProcess& child)
 {
     constexpr std::uint32_t c_Long = 60000;
     EXPECT_TRUE(child.Wait(c_Long));
@@ -31,6 +33,41 @@ TEST(OsChildProcess, GivesTheExitStatus)
     ASSERT_NE(child, nullptr);
 
     EXPECT_EQ(getStatus(*child), 7);
+}
+
+TEST(OsChildProcess, HasNoExitStatusWhileItRuns)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+
+    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+}
+
+TEST(OsChildProcess, HasAnExitStatusOnceItIsTerminated)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+
+    child->Terminate();
+
+    EXPECT_EQ(child->GetExitStatus(), LbPath::c_Separator == L'\\' ? 0 : -9);
+}
+
+/// Without a status nobody can take a process that has crashed for one that has left.
+TEST(OsChildProcess, HasNoExitStatusWhenOthersHaveWaitedForIt)
+{
+    const auto child = StartProbe(L"exit 0");
+    ASSERT_NE(child, nullptr);
+    ASSERT_EQ(child->Wait(), true);
+    if (!LbOs::WaitForAllChildren())
+    {
+        GTEST_SKIP() << "waiting takes nothing from others here";
+    }
+
+    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+    child->Terminate();
+    EXPECT_FALSE(child->IsRunning());
+    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
 }
 
 TEST(OsChildProcess, IsNotThereWithoutAProgram)
@@ -177,13 +214,13 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnersOwnerTerminatesThat)
     EXPECT_TRUE(line.WaitGone());
 }
 
-INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree, testing::Values(L"parent", L"runaway"));
+INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree, testing::Values(L"parent", L"runaway", L"outsider"));
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsWithoutAWord)
 {
     CProbeLine line;
     const auto leave = LbOs::CNamedEvent::Create(line.GetName() + L"-l");
-    LbOs::SChildOptions options = GetProbeOptions(L"leaver " + line.GetName() + L" parent");
+    LbOs::SChildOptions options = GetProbeOptions(L"leaver " + line.GetName() + L" " + GetParam());
     options.endsWithOwner = false;
     const auto owner = CChildProcess::Start(options);
     ASSERT_NE(owner, nullptr);
