@@ -59,7 +59,8 @@ public:
 
     /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that
     /// ended it. None while it runs, and on Linux when somebody else in the present process has waited for it, or made
-    /// the system forget its children; nothing that it has left behind is ended then, since its number may be another's.
+    /// the system forget its children; nothing that it has left behind is ended then, since its number may be
+    /// another's.
     std::optional<std::int64_t> GetExitStatus();
 
     /// The system's handle that waits for the end, owned by the object. For the seam's own use.

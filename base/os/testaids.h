@@ -65,9 +65,9 @@ bool IsForOwnUserOnly(const std::wstring& name);
 /// The present process goes over to the process group of its parent. False where there are no groups.
 bool JoinGroupOfParent();
 
-/// Waits for all children of the present process that have ended or will, as a test may do that knows of its own only.
-/// False where a process can be waited for more than once.
-bool WaitForAllChildren();
+/// Waits for all children of the present process that have ended, as a test may do that knows of its own only. False
+/// where a process can be waited for more than once.
+bool WaitForEndedChildren();
 
 /// Lets the present process have no more than `bytes` of memory beyond what it has. False where the system does not see
 /// to that.

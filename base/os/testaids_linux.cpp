@@ -193,9 +193,9 @@ bool LbOs::JoinGroupOfParent()
     return setpgid(0, getpgid(getppid())) == 0;
 }
 
-bool LbOs::WaitForAllChildren()
+bool LbOs::WaitForEndedChildren()
 {
-    while (wait(nullptr) > 0)
+    while (waitpid(-1, nullptr, WNOHANG) > 0)
     {
     }
     return true;

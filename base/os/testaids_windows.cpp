@@ -141,7 +141,7 @@ bool LbOs::JoinGroupOfParent()
     return false;
 }
 
-bool LbOs::WaitForAllChildren()
+bool LbOs::WaitForEndedChildren()
 {
     return false;
 }

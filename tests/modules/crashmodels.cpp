@@ -224,9 +224,7 @@ class CCrashModel : public LuUnitTest
         });
         AddSubtest(L"schläft am Ende des Prozesses", [] { std::atexit(sleepLong); });
         AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
-        AddSubtest(L"offene Dateien", [this] {
-            Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0));
-        });
+        AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
         AddSubtest(L"startet Prozesse", [] {
             startGrandchild("parent");
             sleepLong();

@@ -9,12 +9,16 @@
 #include <vector>
 
 #include "base/inoncopyable.h"
+#include "base/lbtimer.h"
 #include "base/os/childprocess.h"
 #include "base/os/namedevent.h"
 #include "testing/lutestsuite/run/sharedworkbuffer.h"
 
 namespace LuTestSuiteRun
 {
+
+/// A child that has had no request for so long leaves.
+inline constexpr std::uint32_t c_LongestIdleMilliseconds = 5000;
 
 /// What all child processes of a run are started with.
 struct SChildSettings
@@ -60,13 +64,14 @@ private:
         TimedOut,
         Canceled,
         ChildEnded,
+        NotTaken, ///< the child did not take the request, and cannot any more
         Failed
     };
 
     void startChild();
 
-    /// The child has ended by itself and not by a crash.
-    bool hasLeft();
+    /// The request was left to nobody: by a child that has ended by itself, or was about to.
+    bool isNotTaken(EEnd end);
 
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     void writeResult(ECaseRunResult result);
@@ -79,6 +84,8 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     std::unique_ptr<LbOs::CChildProcess> m_child;
     std::int32_t m_processIndex = sc_iNone;
+    LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
+    bool m_mayBeLeaving = false;             ///< it had been idle for long when it was asked
 
     static constexpr std::int32_t sc_iNone = -1;
 };
