@@ -12,9 +12,10 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
-# Relative run paths let the folder be moved or copied as a whole.
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
-set(CMAKE_BUILD_RPATH "$ORIGIN")
+# Relative run paths let the folder be moved or copied as a whole. The same ones before and after the installation: to
+# make room for a longer one the build would fill up its own with colons, which stand for the working directory. A
+# library there would be taken for ours, and each start of a process looks for all of them there.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib")
 
 # Exceptions name their source file: from the top of the repository, wherever that was checked out.

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/lbexport.h"
@@ -22,7 +23,8 @@ struct SChildOptions
     /// Empty: the caller's own.
     std::wstring workingDirectory;
 
-    /// No console window, and nothing behind standard input, output and error; else the child has those of the caller.
+    /// No console window, and nothing behind standard input, output and error; else the child has those of the caller,
+    /// on Linux without the input: it is in the background, where reading from a terminal would stop it.
     bool isSilent = false;
 
     /// The child and the processes that it started end at the latest with its object and with the present process,
@@ -51,17 +53,23 @@ public:
     bool IsRunning() { return !Wait(0); }
 
     /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
-    /// end it. Its exit status is 0.
+    /// end it. Its exit status is then 0 on Windows and -9 on Linux. On Linux what has left its process group is found
+    /// as long as the process itself runs, and with endsWithOwner only.
     void Terminate();
 
     /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that
-    /// ended it.
-    std::int64_t GetExitStatus();
+    /// ended it. None while it runs, and on Linux when somebody else in the present process has waited for it, or made
+    /// the system forget its children; nothing that it has left behind is ended then, since its number may be
+    /// another's.
+    std::optional<std::int64_t> GetExitStatus();
 
     /// The system's handle that waits for the end, owned by the object. For the seam's own use.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:
+    /// One that the system cannot end is not waited for any longer.
+    static constexpr std::uint32_t sc_uiLongestEnd = 10000;
+
     struct SState;
     explicit CChildProcess(std::unique_ptr<SState> state);
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +18,7 @@
 #include "base/os/descriptor_linux.h"
 #include "base/os/files.h"
 #include "base/os/keeper_linux.h"
+#include "base/os/processtree_linux.h"
 
 namespace LbOs
 {
@@ -27,8 +29,16 @@ struct CChildProcess::SState
     Linux::CDescriptor file;           ///< of the process, readable when it has ended
     Linux::KeptGroup* group = nullptr; ///< null when nobody keeps it
     bool endsWithOwner = true;
+    bool isTerminated = false;
     bool isReaped = false;
-    std::int64_t exitStatus = 0;
+    std::optional<std::int64_t> exitStatus;
+
+    /// How the process has ended, if it has; none when others have waited for it, or the system has forgotten it. From
+    /// then on its number may be another's. By the descriptor, which is that of this process only.
+    std::optional<siginfo_t> Look(int options) const;
+
+    /// Of a process that has ended.
+    void Reap();
 };
 
 namespace
@@ -80,14 +90,16 @@ SStart prepare(const SChildOptions& options)
     return start;
 }
 
-bool redirectToNothing()
+/// Nothing behind standard input and, with `isSilent`, standard output and error. The child's group is none that a
+/// terminal reads for: to read there would stop it, and nobody would make it go on.
+bool redirectToNothing(bool isSilent)
 {
     const int nothing = open("/dev/null", O_RDWR);
     if (nothing < 0)
     {
         return false;
     }
-    for (int standard = 0; standard <= 2; ++standard)
+    for (int standard = 0; standard <= (isSilent ? 2 : 0); ++standard)
     {
         dup2(nothing, standard);
     }
@@ -121,6 +133,7 @@ void resetSignals(const sigset_t& blocked)
     if (start.group != nullptr)
     {
         *start.group = getpid();
+        Linux::KeepDescendants();
         // An owner that has ended before this had a keeper that did not know the group.
         if (getppid() != start.owner)
         {
@@ -128,7 +141,7 @@ void resetSignals(const sigset_t& blocked)
         }
     }
     resetSignals(start.signals);
-    const bool isReady = (!start.isSilent || redirectToNothing()) &&
+    const bool isReady = redirectToNothing(start.isSilent) &&
                          (start.workingDirectory.empty() || chdir(start.workingDirectory.c_str()) == 0);
     if (isReady)
     {
@@ -192,13 +205,38 @@ std::int64_t toExitStatus(const siginfo_t& end)
     return end.si_code == CLD_EXITED ? end.si_status : -std::int64_t{end.si_status};
 }
 
-/// What is left of the group ends. Only before the process is reaped: then its number may become another's.
+/// The process ends, wherever it has gone, and what is left of its group. Only before it is reaped: then its number may
+/// become another's.
 void killGroup(pid_t process)
 {
     kill(-process, SIGKILL);
+    kill(process, SIGKILL);
 }
 
 } // namespace
+
+std::optional<siginfo_t> CChildProcess::SState::Look(int options) const
+{
+    siginfo_t end = {};
+    const auto look = [&] { return waitid(P_PIDFD, static_cast<id_t>(file.Get()), &end, WEXITED | options); };
+    return Linux::Retry(look) == 0 ? std::optional(end) : std::nullopt;
+}
+
+void CChildProcess::SState::Reap()
+{
+    const std::optional<siginfo_t> end = Look(WNOWAIT);
+    if (end && endsWithOwner)
+    {
+        killGroup(process);
+    }
+    Linux::ReleaseKeptGroup(std::exchange(group, nullptr));
+    if (end)
+    {
+        Look(0);
+        exitStatus = toExitStatus(*end);
+    }
+    isReaped = true;
+}
 
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
@@ -243,7 +281,7 @@ CChildProcess::~CChildProcess()
     else
     {
         // Ended or not, it is nobody's business any more; init takes over what is left of it.
-        waitpid(m_state->process, nullptr, WNOHANG);
+        m_state->Look(WNOHANG);
     }
 }
 
@@ -254,31 +292,35 @@ bool CChildProcess::Wait(std::uint32_t milliseconds)
 
 void CChildProcess::Terminate()
 {
-    if (m_state->isReaped)
+    if (m_state->isReaped || std::exchange(m_state->isTerminated, true))
     {
         return;
     }
-    killGroup(m_state->process);
-    GetExitStatus();
-}
-
-std::int64_t CChildProcess::GetExitStatus()
-{
-    if (m_state->isReaped)
+    if (!m_state->Look(WNOHANG | WNOWAIT))
     {
-        return m_state->exitStatus;
+        m_state->Reap();
+        return;
     }
-    siginfo_t end = {};
-    Linux::Retry([&] { return waitid(P_PID, static_cast<id_t>(m_state->process), &end, WEXITED | WNOWAIT); });
-    if (m_state->endsWithOwner)
+    if (m_state->endsWithOwner && IsRunning())
+    {
+        Linux::EndProcessTree(m_state->process);
+    }
+    else
     {
         killGroup(m_state->process);
-        Linux::ReleaseKeptGroup(m_state->group);
-        m_state->group = nullptr;
     }
-    reap(m_state->process);
-    m_state->isReaped = true;
-    m_state->exitStatus = toExitStatus(end);
+    if (Wait(sc_uiLongestEnd))
+    {
+        m_state->Reap();
+    }
+}
+
+std::optional<std::int64_t> CChildProcess::GetExitStatus()
+{
+    if (!m_state->isReaped && !IsRunning())
+    {
+        m_state->Reap();
+    }
     return m_state->exitStatus;
 }
 

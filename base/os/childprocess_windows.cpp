@@ -134,20 +134,16 @@ bool CChildProcess::Wait(std::uint32_t milliseconds)
 
 void CChildProcess::Terminate()
 {
-    if (TerminateJobObject(m_state->job.get(), 0) == FALSE)
-    {
-        TerminateProcess(m_state->process.get(), 0);
-    }
+    TerminateJobObject(m_state->job.get(), 0);
     // A process within a driver's call ends when that does, which may be never.
-    constexpr DWORD c_LongestEndMilliseconds = 10000;
-    WaitForSingleObject(m_state->process.get(), c_LongestEndMilliseconds);
+    Wait(sc_uiLongestEnd);
 }
 
-std::int64_t CChildProcess::GetExitStatus()
+std::optional<std::int64_t> CChildProcess::GetExitStatus()
 {
     DWORD status = 0;
-    GetExitCodeProcess(m_state->process.get(), &status);
-    return status;
+    const bool isKnown = !IsRunning() && GetExitCodeProcess(m_state->process.get(), &status) != FALSE;
+    return isKnown ? std::optional<std::int64_t>(status) : std::nullopt;
 }
 
 std::intptr_t CChildProcess::GetWaitHandle() const noexcept

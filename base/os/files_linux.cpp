@@ -242,10 +242,12 @@ std::wstring LbOs::GetCanonicalPath(const std::wstring& path)
 
 std::wstring LbOs::GetExecutablePath()
 {
-    return readText([](char* buffer, std::size_t size) {
+    // As it was when first asked for: once a build has replaced the file, the system calls it "... (deleted)".
+    static const std::wstring& s_path = *new std::wstring(readText([](char* buffer, std::size_t size) {
         const ssize_t length = readlink("/proc/self/exe", buffer, size);
         return length < 0 ? 0 : static_cast<std::size_t>(length);
-    });
+    }));
+    return s_path;
 }
 
 std::wstring LbOs::GetUserDataDirectory()

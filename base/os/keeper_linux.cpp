@@ -11,6 +11,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "base/os/processtree_linux.h"
+
 namespace LbOs::Linux
 {
 
@@ -30,7 +32,7 @@ void clean(SBooks& books)
     {
         if (const pid_t number = group.load(); number > 0)
         {
-            kill(-number, SIGKILL);
+            EndProcessTree(number);
         }
     }
     for (const SKeptFile& file : books.files)
@@ -59,7 +61,7 @@ int keepOnly(int file)
     sigset_t all;
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
-    prctl(PR_SET_NAME, "LuKeeper");
+    prctl(PR_SET_NAME, c_KeeperName);
     [[maybe_unused]] const int left = chdir("/");
     pollfd waiting = {keepOnly(ownerFile), POLLIN, 0};
     // By the parent's number and not by the handle alone: once it has changed, no child-to-be can take the owner for

@@ -1,7 +1,7 @@
 /// What must not outlive the present process, and the small process that sees to it. Internal to the Linux side.
 ///
 /// A process that is killed cleans nothing up. The keeper is a fork that waits for that and then ends the process
-/// groups and removes the files that are in its books. It is started with the first entry and ends with this process.
+/// trees and removes the files that are in its books. It is started with the first entry and ends with this process.
 /// Any thread.
 #pragma once
 
@@ -17,7 +17,11 @@ inline constexpr std::size_t c_KeptGroups = 1024;
 inline constexpr std::size_t c_KeptFiles = 4096;
 inline constexpr std::size_t c_KeptPathCapacity = 128;
 
-/// An entry for a process group: 0 while free, -1 while taken without a group yet.
+/// Name of the process, by which another one's keeper is known.
+inline constexpr const char c_KeeperName[] = "LuKeeper";
+
+/// An entry for a process with what it starts, which leads a group and keeps its descendants: 0 while free, -1 while
+/// taken without a group yet.
 using KeptGroup = std::atomic<pid_t>;
 
 /// A free entry; null when there is none, or no keeper. The child-to-be writes its own number into it before it is

@@ -31,7 +31,8 @@ constexpr std::size_t c_ReservedSize = 8192;
 Linux::CDescriptor makeBlock(std::size_t size)
 {
     Linux::CDescriptor memory(memfd_create("LuTestSuite", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    const bool isMade = memory.IsOpen() && ftruncate(memory.Get(), static_cast<off_t>(size)) == 0 &&
+    const bool isMade = memory.IsOpen() && fchmod(memory.Get(), S_IRUSR | S_IWUSR) == 0 &&
+                        ftruncate(memory.Get(), static_cast<off_t>(size)) == 0 &&
                         posix_fallocate(memory.Get(), 0, static_cast<off_t>(std::min(size, c_ReservedSize))) == 0 &&
                         fcntl(memory.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_SEAL) == 0;
     return isMade ? std::move(memory) : Linux::CDescriptor();

@@ -1,11 +1,13 @@
 /// What only tests ask of the system. A part of the tests, in no library.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace LbOs
 {
@@ -57,5 +59,28 @@ bool SetPagesForbidden(bool areForbidden);
 
 /// Makes the system refuse signals that it would have to queue, or take them again. False where there are none.
 bool SetSignalsForbidden(bool areForbidden);
+
+/// Whether the named event or shared memory of that name exists and may be used by the present user and nobody else.
+bool IsForOwnUserOnly(const std::wstring& name);
+
+/// The present process goes over to the process group of its parent. False where there are no groups.
+bool JoinGroupOfParent();
+
+/// Waits for all children of the present process that have ended, as a test may do that knows of its own only. False
+/// where a process can be waited for more than once.
+bool WaitForEndedChildren();
+
+/// Lets the present process have no more than `bytes` of memory beyond what it has. False where the system does not see
+/// to that.
+bool LimitMemory(std::size_t bytes);
+
+/// Number of files that the present process may have open; none where there is no such limit.
+std::optional<std::uint64_t> GetOpenFileLimit();
+
+/// Sets that number, for as long as nobody raises it again. False where there is no such limit.
+bool SetOpenFileLimit(std::uint64_t count);
+
+/// The words that the present process was started with, for code that main() tells nothing.
+std::vector<std::wstring> GetOwnArguments();
 
 } // namespace LbOs

@@ -3,6 +3,7 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <fstream>
 #include <thread>
 
 #include <dlfcn.h>
@@ -194,4 +195,60 @@ bool LbOs::SetSignalsForbidden(bool areForbidden)
     }
     limit.rlim_cur = areForbidden ? 0 : limit.rlim_max;
     return setrlimit(RLIMIT_SIGPENDING, &limit) == 0;
+}
+
+bool LbOs::IsForOwnUserOnly(const std::wstring& name)
+{
+    constexpr mode_t c_OthersRights = 0077;
+    struct stat status = {};
+    return stat(("/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name)).c_str(), &status) == 0 &&
+           status.st_uid == geteuid() && (status.st_mode & c_OthersRights) == 0;
+}
+
+std::vector<std::wstring> LbOs::GetOwnArguments()
+{
+    std::ifstream file("/proc/self/cmdline", std::ios::binary);
+    std::vector<std::wstring> arguments;
+    for (std::string argument; std::getline(file, argument, '\0');)
+    {
+        arguments.push_back(LbEncoding::FromNative(argument));
+    }
+    return arguments;
+}
+
+bool LbOs::JoinGroupOfParent()
+{
+    return setpgid(0, getpgid(getppid())) == 0;
+}
+
+bool LbOs::WaitForEndedChildren()
+{
+    while (waitpid(-1, nullptr, WNOHANG) > 0)
+    {
+    }
+    return true;
+}
+
+bool LbOs::LimitMemory(std::size_t bytes)
+{
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    rlimit limit = {};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + bytes;
+    return pages > 0 && setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
+std::optional<std::uint64_t> LbOs::GetOpenFileLimit()
+{
+    rlimit limit = {};
+    return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::optional<std::uint64_t>(limit.rlim_cur) : std::nullopt;
+}
+
+bool LbOs::SetOpenFileLimit(std::uint64_t count)
+{
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = count;
+    return setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }

@@ -1,6 +1,44 @@
 #include "base/os/testaids.h"
 
+#include "base/os/process.h"
 #include "base/os/windows_api.h"
+
+// Behind windows.h, which it needs.
+#include <aclapi.h>
+#include <psapi.h>
+
+namespace
+{
+
+/// The present user's number; empty when it cannot be had.
+std::vector<char> getUser()
+{
+    HANDLE opened = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened) == FALSE)
+    {
+        return {};
+    }
+    const LbOs::Windows::Handle token(opened);
+    DWORD size = 0;
+    GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
+    std::vector<char> user(size);
+    const BOOL isKnown = GetTokenInformation(token.get(), TokenUser, user.data(), size, &size);
+    return isKnown != FALSE ? user : std::vector<char>();
+}
+
+/// A list of rights with nothing in it but those of the user.
+bool isOnlyFor(ACL* list, SID* user)
+{
+    void* entry = nullptr;
+    if (list == nullptr || list->AceCount != 1 || GetAce(list, 0, &entry) == FALSE)
+    {
+        return false;
+    }
+    auto* const allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
+    return allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && EqualSid(&allowed->SidStart, user) != FALSE;
+}
+
+} // namespace
 
 bool LbOs::LoadAndUnloadModule(const std::wstring& path)
 {
@@ -67,6 +105,74 @@ bool LbOs::SetPagesForbidden(bool /*areForbidden*/)
 }
 
 bool LbOs::SetSignalsForbidden(bool /*areForbidden*/)
+{
+    return false;
+}
+
+bool LbOs::IsForOwnUserOnly(const std::wstring& name)
+{
+    const std::wstring objectName = L"Local\\" + name;
+    Windows::Handle object(OpenEventW(READ_CONTROL, FALSE, objectName.c_str()));
+    if (!object)
+    {
+        object.reset(OpenFileMappingW(READ_CONTROL, FALSE, objectName.c_str()));
+    }
+    ACL* list = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    std::vector<char> user = getUser();
+    if (!object || user.empty() ||
+        GetSecurityInfo(object.get(), SE_KERNEL_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &list, nullptr,
+                        &descriptor) != ERROR_SUCCESS)
+    {
+        return false;
+    }
+    const bool isOnlyForUser = isOnlyFor(list, static_cast<SID*>(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid));
+    LocalFree(descriptor);
+    return isOnlyForUser;
+}
+
+std::vector<std::wstring> LbOs::GetOwnArguments()
+{
+    return GetArguments(0, nullptr);
+}
+
+bool LbOs::JoinGroupOfParent()
+{
+    return false;
+}
+
+bool LbOs::WaitForEndedChildren()
+{
+    return false;
+}
+
+bool LbOs::LimitMemory(std::size_t bytes)
+{
+    PROCESS_MEMORY_COUNTERS used = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &used, sizeof(used));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_PROCESS_MEMORY;
+    limits.ProcessMemoryLimit = used.PagefileUsage + bytes;
+    // Never closed: the limit is to last as long as the process.
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    const bool isLimited =
+        SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits)) != FALSE &&
+        AssignProcessToJobObject(job, GetCurrentProcess()) != FALSE;
+    // Some systems take the limit and keep to none.
+    void* const beyond = VirtualAlloc(nullptr, bytes * 2, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    if (beyond != nullptr)
+    {
+        VirtualFree(beyond, 0, MEM_RELEASE);
+    }
+    return isLimited && beyond == nullptr;
+}
+
+std::optional<std::uint64_t> LbOs::GetOpenFileLimit()
+{
+    return std::nullopt;
+}
+
+bool LbOs::SetOpenFileLimit(std::uint64_t /*count*/)
 {
     return false;
 }

@@ -32,12 +32,13 @@ constexpr std::uint64_t toPending(std::uint32_t generation) noexcept
 
 struct SSlot
 {
-    pid_t thread;
-    std::atomic<std::uint64_t> state; ///< pending, or address of the frozen thread's context, or 0 when it has ended
+    pid_t thread = 0;
+    std::atomic<std::uint64_t> state = 0; ///< pending, or address of the frozen thread's context, or 0 when it has ended
 };
 
-// Of static life, since a late signal may look at them at any time.
-SSlot s_slots[c_SlotCount];
+// Of static life, since a late signal may look at them at any time. Constant, so that no process pays for their pages
+// at its start.
+constinit SSlot s_slots[c_SlotCount];
 std::atomic<std::uint32_t> s_generation = 0;
 std::atomic<std::uint32_t> s_answerCount = 0;
 int s_signal = 0;

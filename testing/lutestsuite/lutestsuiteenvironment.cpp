@@ -47,15 +47,10 @@ void warmUpParallelLoops()
 
     LbParallel::SumRange(0, 99);
 
-    LbCombinable<std::int64_t> sums;
-    // The loops range by range: each child process and each worker waits for them before its first case.
-    LbParallel::ForRanges(0, c_LoopLength, [&sums](std::int64_t first, std::int64_t last) {
-        std::int64_t& sum = sums.Local();
-        for (std::int64_t index = first; index < last; ++index)
-        {
-            sum += index;
-        }
-    });
+    // Ranges are counted as a whole: threads, values and lock are to be used once, and each child process waits for it.
+    LbCombinable<std::int64_t> counts;
+    LbParallel::ForRanges(0, c_LoopLength,
+                          [&counts](std::int64_t first, std::int64_t last) { counts.Local() += last - first; });
 
     LbCombinable<std::int64_t> calls;
     LbParallel::Invoke({[&calls] { ++calls.Local(); }, [&calls] { ++calls.Local(); }});
@@ -63,11 +58,8 @@ void warmUpParallelLoops()
     LbCriticalSection lock;
     std::int64_t count = 0;
     LbParallel::ForRanges(0, c_LockedLoopLength, [&lock, &count](std::int64_t first, std::int64_t last) {
-        for (std::int64_t index = first; index < last; ++index)
-        {
-            const LbCriticalSectionLock guard(lock);
-            ++count;
-        }
+        const LbCriticalSectionLock guard(lock);
+        count += last - first;
     });
 }
 

@@ -11,8 +11,8 @@
 
 #include "base/lbexception.h"
 #include "base/lbpath.h"
+#include "tests/support/externalruntest.h"
 #include "tests/support/probe.h"
-#include "tests/support/runtest.h"
 #include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
 
@@ -23,22 +23,9 @@ using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SRunResult;
 
-class RunExternal : public RunTest
+class RunExternal : public ExternalRunTest
 {
 protected:
-    static LuTestSuiteSetup MakeExternal(std::vector<LuTestSuite::SUnitTest> unitTests)
-    {
-        LuTestSuiteSetup setup = MakeSetup(std::move(unitTests));
-        setup.dlls.emplace_back(L"crashmodels");
-        setup.params.external = true;
-        return setup;
-    }
-
-    static LuTestSuiteSetup MakeCrash(const std::vector<std::wstring>& caseNames)
-    {
-        return MakeExternal({MakeUnitTest(L"CCrashModel", caseNames)});
-    }
-
     /// The case between two that pass.
     SCaseInfo RunCrash(const std::wstring& caseName, std::uint32_t timeOutSec = LuTestSuiteRun::c_NoLimit)
     {
@@ -48,21 +35,6 @@ protected:
         EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
         EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
         return result.cases.at(1);
-    }
-
-    /// The case makes a copy of its process, which leaves the case during the next one.
-    void ExpectCopyToEndWith(const std::wstring& caseName)
-    {
-        const CProbeLine line;
-        const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
-
-        const SRunResult result = Run(MakeCrash({caseName, L"erwartet Kopie", L"nachher"}));
-
-        EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
-        EXPECT_EQ(result.cases.at(0).messages, L"");
-        EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
-        EXPECT_EQ(result.cases.at(1).messages, L"\t\tINFO:  Ende der Kopie\n");
-        EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
     }
 };
 
@@ -267,6 +239,42 @@ TEST_F(RunExternal, StartsAnotherProcessAfterACrash)
     EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 1);
 }
 
+TEST_F(RunExternal, NoticesACrashAtOnce)
+{
+    // That many slices of waiting would take as many seconds.
+    constexpr std::uint32_t c_Crashes = 10;
+    double elapsed = c_Crashes;
+    // Once more on a machine that was busy elsewhere.
+    for (int attempt = 0; attempt < 2 && elapsed >= c_Crashes / 2.0; ++attempt)
+    {
+        LuTestSuiteSetup setup = MakeCrash({L"abort"});
+        setup.params.repetitions = c_Crashes;
+        const auto start = std::chrono::steady_clock::now();
+
+        Run(setup);
+
+        elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+    EXPECT_LT(elapsed, c_Crashes / 2.0);
+}
+
+TEST_F(RunExternal, TakesNoAnswerForOneToALaterRequest)
+{
+    CProbeLine line;
+    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
+    LuTestSuiteSetup setup = MakeCrash({L"antwortet noch einmal", L"geschlossene Dateien"});
+    // Between the two cases.
+    bool isAnswered = false;
+    setup.resultCallback = [&](ECaseRunResult) { isAnswered = isAnswered || line.IsAlive(); };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_TRUE(isAnswered);
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
+}
+
 TEST_F(RunExternal, StartsAnotherProcessWhenOneHasLeftForLackOfWork)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
@@ -293,64 +301,6 @@ TEST_F(RunExternal, GivesUpAfterMoreThanTheTimeOutInWholeSeconds)
     EXPECT_EQ(result.cases.at(0).messages, L"\t\tINFO:  vor dem Schlaf\n");
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex + 1);
-}
-
-TEST_F(RunExternal, GivesUpInTimeBesideProcessesOfTheCase)
-{
-    constexpr double c_Latest = 4.1;
-    double elapsed = c_Latest;
-    // Once more on a machine that was busy elsewhere.
-    for (int attempt = 0; attempt < 2 && elapsed >= c_Latest; ++attempt)
-    {
-        CProbeLine line;
-        const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
-        LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});
-        setup.params.timeOutSec = 2;
-        const auto start = std::chrono::steady_clock::now();
-
-        EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::TimeOut);
-
-        elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        EXPECT_TRUE(line.WaitReady());
-        EXPECT_TRUE(line.IsGone());
-    }
-    EXPECT_LT(elapsed, c_Latest);
-}
-
-TEST_F(RunExternal, EndsWhatACaseStartedWithTheCase)
-{
-    CProbeLine line;
-    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
-    LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});
-    setup.params.timeOutSec = 1;
-
-    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::TimeOut);
-
-    EXPECT_TRUE(line.WaitReady());
-    EXPECT_TRUE(line.IsGone());
-}
-
-TEST_F(RunExternal, EndsWhatIsolatedCasesLeaveBehind)
-{
-    CProbeLine line;
-    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
-    LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse und endet"});
-    setup.params.isolated = true;
-
-    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::Ok);
-
-    EXPECT_TRUE(line.WaitReady());
-    EXPECT_TRUE(line.IsGone());
-}
-
-TEST_F(RunExternal, EndsCopiesThatReturnFromACase)
-{
-    ExpectCopyToEndWith(L"Kopie kehrt zurück");
-}
-
-TEST_F(RunExternal, EndsCopiesThatLeaveACaseByAnException)
-{
-    ExpectCopyToEndWith(L"Kopie wirft");
 }
 
 TEST_F(RunExternal, StopsWaitingWhenCanceled)

@@ -1,5 +1,6 @@
 /// Unit tests that take their process down, or never end.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <exception>
@@ -61,7 +62,7 @@ void closeAllFiles()
     }
 }
 
-void useAllMemory()
+void useTooMuchMemory()
 {
     constexpr std::size_t c_Block = std::size_t{1} << 46U;
     std::vector<void*> blocks;
@@ -71,19 +72,40 @@ void useAllMemory()
     }
 }
 
+/// Leaves nothing for whoever comes next, where the system keeps to a limit.
+LuUnitTest::EResult useAllMemory()
+{
+    constexpr std::size_t c_Limit = std::size_t{64} << 20U;
+    constexpr std::size_t c_LargestBlock = std::size_t{1} << 20U;
+    if (!LbOs::LimitMemory(c_Limit))
+    {
+        return LuUnitTest::eR_NoInput;
+    }
+    void* blocks = nullptr;
+    for (std::size_t size = c_LargestBlock; size >= sizeof(void*); size = size > 2048 ? size / 2 : size - sizeof(void*))
+    {
+        while (void* const block = std::malloc(size))
+        {
+            *static_cast<void**>(block) = blocks;
+            blocks = block;
+        }
+    }
+    throw std::bad_alloc();
+}
+
 void sleepLong()
 {
     std::this_thread::sleep_for(std::chrono::seconds(60));
 }
 
 /// Starts a process that outlives nobody's patience, unless somebody ends it.
-void startGrandchild()
+void startGrandchild(const std::string& how)
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
     const std::string command =
         LbEncoding::ToUtf8(LbCommandLine::Quote(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) +
                                                 L"processprobe" + LbOs::c_ExecutableSuffix)) +
-        " parent " + (name == nullptr ? "" : name);
+        " " + how + " " + (name == nullptr ? "" : name);
     const int status =
         std::system((LbPath::c_Separator == L'\\' ? "start \"\" /b " + command : command + " &").c_str());
     static_cast<void>(status);
@@ -103,6 +125,19 @@ void awaitGrandchild()
     const auto ready = openEvent(L"-r");
     ready->Wait(c_Long);
     ready->Set();
+}
+
+/// Gives the run an answer that it has not asked for, when the test says so.
+void answerLater()
+{
+    const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();
+    const auto option = std::ranges::find(arguments, L"--response-event-id");
+    std::thread([response = LbOs::CNamedEvent::Open(option[1]), question = openEvent(L"-q"), done = openEvent(L"-a")] {
+        constexpr std::uint32_t c_Long = 30000;
+        question->Wait(c_Long);
+        response->Set();
+        done->Set();
+    }).detach();
 }
 
 std::optional<long> s_copy;
@@ -160,7 +195,8 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"Endlosschleife", [] { hang(); });
         AddSubtest(L"Verklemmung", [] { deadLock(); });
         AddSubtest(L"geschlossene Dateien", [] { closeAllFiles(); });
-        AddSubtest(L"kein Speicher", [] { useAllMemory(); });
+        AddSubtest(L"kein Speicher", [] { useTooMuchMemory(); });
+        AddSubtest(L"aller Speicher", [] { return useAllMemory(); });
         AddSubtest(L"nachher", [] { return eR_Passed; });
         AddSubtest(L"schläft", [this] {
             Info(L"vor dem Schlaf");
@@ -182,14 +218,60 @@ class CCrashModel : public LuUnitTest
             awaitCopy();
             Info(L"Ende der Kopie");
         });
-        AddSubtest(L"startet Prozesse", [] {
-            startGrandchild();
+        AddSubtest(L"fremde Prozessgruppe", [] {
+            LbOs::JoinGroupOfParent();
             sleepLong();
         });
+        AddSubtest(L"schläft am Ende des Prozesses", [] { std::atexit(sleepLong); });
+        AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
+        AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
+        AddSubtest(L"startet Prozesse", [] {
+            startGrandchild("parent");
+            sleepLong();
+        });
+        AddSubtest(L"startet Ausreißer", [] {
+            startGrandchild("runaway");
+            sleepLong();
+        });
+        AddSubtest(L"antwortet noch einmal", [] { answerLater(); });
         AddSubtest(L"startet Prozesse und endet", [] {
-            startGrandchild();
+            startGrandchild("parent");
             awaitGrandchild();
         });
     }
 };
 LB_RTTI_CLASS(CCrashModel, LuUnitTest)
+
+/// Passes, and takes its process down when it is destroyed.
+class CDyingModel : public LuUnitTest
+{
+    LB_RTTI(CDyingModel)
+
+public:
+    ~CDyingModel() override
+    {
+        if (m_end)
+        {
+            m_end();
+        }
+    }
+
+private:
+    void InitSubtests() override
+    {
+        addEnd(L"Zugriffsverletzung danach", [] { *s_nothing = 1; });
+        addEnd(L"Exception danach", [] { throw std::runtime_error("aus dem Destruktor"); });
+        addEnd(L"exit danach", [] { std::_Exit(EXIT_SUCCESS); });
+    }
+
+    void addEnd(const wchar_t* name, void (*end)())
+    {
+        AddSubtest(name, [this, end] {
+            Info(L"bestanden");
+            m_end = end;
+        });
+    }
+
+    void (*m_end)() = nullptr;
+};
+LB_RTTI_CLASS(CDyingModel, LuUnitTest)

@@ -79,4 +79,29 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CPartlyDebuggingModel", L"Optionen", Ok, L"\t\tINFO:  2=0\n"},
 };
 
+/// The module of the cases that only child processes can run.
+inline constexpr const wchar_t* c_CrashModule = L"crashmodels";
+
+/// The cases that would take the runner down, between two that pass.
+inline constexpr SOutcome c_CrashOutcomes[] = {
+    {L"CCrashModel", L"vorher", Ok, L""},
+    {L"CCrashModel", L"Zugriffsverletzung", Unknown, L"\t\tINFO:  vor dem Absturz\n"},
+    {L"CCrashModel", L"Stapelüberlauf", Unknown, L""},
+    {L"CCrashModel", L"abort", Unknown, L""},
+    {L"CCrashModel", L"terminate", Unknown, L""},
+    {L"CCrashModel", L"exit", Unknown, L""},
+    {L"CCrashModel", L"Division durch null", Unknown, L""},
+    {L"CCrashModel", L"Endlosschleife", TimeOut, L""},
+    {L"CCrashModel", L"Verklemmung", TimeOut, L""},
+    {L"CCrashModel", L"geschlossene Dateien", Ok, L""},
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    // Sanitizers end the process when there is no memory.
+    {L"CCrashModel", L"kein Speicher", Exception, L"\t\tERROR: std::bad_alloc\n"},
+#endif
+    {L"CDyingModel", L"Zugriffsverletzung danach", Unknown, L"\t\tINFO:  bestanden\n"},
+    {L"CDyingModel", L"Exception danach", Unknown, L"\t\tINFO:  bestanden\n"},
+    {L"CDyingModel", L"exit danach", Unknown, L"\t\tINFO:  bestanden\n"},
+    {L"CCrashModel", L"nachher", Ok, L""},
+};
+
 } // namespace models

@@ -6,10 +6,16 @@
 ///     sleep                    ends after a minute
 ///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
-///     leaver NAME              as owner, but ends without a word when "NAME-l" is set
-///     owner NAME               starts "parent NAME", which is to end with it, ends after a minute
+///     runaway NAME             as parent, but what it starts leaves for a session of its own, where there are any
+///     outsider NAME            goes over to its parent's process group, where there are any, sets "NAME-r", then
+///                              answers
+///     owner NAME COMMAND       starts "COMMAND NAME", which is to end with it, ends after a minute
+///     leaver NAME COMMAND      as owner, but ends without a word when "NAME-l" is set
+///     input                    ends with 0 when there is nothing to be read, else with 1
+///     feeder                   starts "input", ends with its status
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -23,6 +29,7 @@
 #include "base/os/console.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
+#include "base/os/testaids.h"
 
 namespace
 {
@@ -56,7 +63,9 @@ int answer(const std::wstring& name)
 {
     const auto question = LbOs::CNamedEvent::Open(name + L"-q");
     const auto reply = LbOs::CNamedEvent::Open(name + L"-a");
-    for (int second = 0; question && reply && second < c_Minute; ++second)
+    // By the clock: whoever asks until there is no answer asks often.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(c_Minute);
+    while (question && reply && std::chrono::steady_clock::now() < end)
     {
         if (question->Wait(c_Second) == LbOs::EEventWait::Signaled)
         {
@@ -67,23 +76,36 @@ int answer(const std::wstring& name)
 }
 
 /// Starts a process that answers, as any program would, and tells who has asked for it.
-int beParent(const std::wstring& name)
+int beParent(const std::wstring& name, bool isRunaway)
 {
     const std::wstring command = LbCommandLine::Quote(LbOs::GetExecutablePath()) + L" answer " + name;
-    const std::wstring inBackground = LbPath::c_Separator == L'\\' ? L"start \"\" /b " + command : command + L" &";
+    const std::wstring inBackground =
+        LbPath::c_Separator == L'\\' ? L"start \"\" /b " + command : (isRunaway ? L"setsid " : L"") + command + L" &";
     const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
     const bool isStarted = std::system(LbEncoding::ToUtf8(inBackground).c_str()) == 0;
     return isStarted && ready && ready->Set() ? sleepLong() : 1;
 }
 
-/// Starts such a parent, which is to end with it. With `leaves` it is gone, as if it had been killed, when "NAME-l" is
-/// set.
-int beOwner(const std::wstring& name, bool leaves)
+int beOutsider(const std::wstring& name)
+{
+    LbOs::JoinGroupOfParent();
+    const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
+    return ready && ready->Set() ? answer(name) : 1;
+}
+
+LbOs::SChildOptions getOptions(const std::wstring& arguments)
 {
     LbOs::SChildOptions options;
     options.program = LbOs::GetExecutablePath();
-    options.commandLine = L"probe parent " + LbCommandLine::Quote(name);
-    const auto child = LbOs::CChildProcess::Start(options);
+    options.commandLine = L"probe " + arguments;
+    return options;
+}
+
+/// Starts such a parent, which is to end with it. With `leaves` it is gone, as if it had been killed, when "NAME-l" is
+/// set.
+int beOwner(const std::wstring& name, const std::wstring& command, bool leaves)
+{
+    const auto child = LbOs::CChildProcess::Start(getOptions(command + L" " + LbCommandLine::Quote(name)));
     const auto leave = LbOs::CNamedEvent::Open(name + L"-l");
     if (child && leaves && leave->Wait(c_Minute * c_Second) == LbOs::EEventWait::Signaled)
     {
@@ -91,6 +113,12 @@ int beOwner(const std::wstring& name, bool leaves)
         std::_Exit(c_Left);
     }
     return child ? sleepLong() : 1;
+}
+
+int feed()
+{
+    const auto child = LbOs::CChildProcess::Start(getOptions(L"input"));
+    return child && child->Wait() ? static_cast<int>(child->GetExitStatus().value_or(2)) : 2;
 }
 
 int run(const Arguments& arguments)
@@ -113,12 +141,23 @@ int run(const Arguments& arguments)
     {
         return answer(arguments.at(2));
     }
-    if (command == L"parent")
+    if (command == L"parent" || command == L"runaway")
     {
-        return beParent(arguments.at(2));
+        return beParent(arguments.at(2), command == L"runaway");
     }
-    const bool leaves = command == L"leaver";
-    return leaves || command == L"owner" ? beOwner(arguments.at(2), leaves) : sleepLong();
+    if (command == L"outsider")
+    {
+        return beOutsider(arguments.at(2));
+    }
+    if (command == L"owner" || command == L"leaver")
+    {
+        return beOwner(arguments.at(2), arguments.at(3), command == L"leaver");
+    }
+    if (command == L"input")
+    {
+        return std::getchar() == EOF ? 0 : 1;
+    }
+    return command == L"feeder" ? feed() : sleepLong();
 }
 
 } // namespace

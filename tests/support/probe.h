@@ -34,6 +34,9 @@ public:
     /// Waits until the probe has set the event that says that it is ready.
     bool WaitReady() { return m_ready->Wait(sc_uiLong) == LbOs::EEventWait::Signaled; }
 
+    /// Whether the probe has said so since somebody asked.
+    bool IsReady() { return m_ready->Wait(0) == LbOs::EEventWait::Signaled; }
+
     /// One that runs answers within microseconds, so that the time-out is only for one that does not.
     bool IsAnswered(std::uint32_t milliseconds)
     {

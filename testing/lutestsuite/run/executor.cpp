@@ -107,7 +107,7 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
 }
 
 /// The case with everything that it allocates, all of it released again when this returns; what is left is the case's.
-void runCase(SWorkBuffer& buffer, const SParams& params)
+ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
 {
     CBufferStream messages(buffer);
     std::unique_ptr<LuUnitTest> unitTest;
@@ -127,7 +127,7 @@ void runCase(SWorkBuffer& buffer, const SParams& params)
         LbOs::EndProcess(EXIT_FAILURE);
     }
     buffer.time = time;
-    buffer.result = static_cast<std::uint32_t>(result);
+    return result;
 }
 
 /// Each line behind the mark of information lines.
@@ -159,9 +159,7 @@ void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTra
     }
 }
 
-} // namespace
-
-void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
+ECaseRunResult runTracked(SWorkBuffer& buffer)
 {
     const SParams params = LoadParams(buffer);
     if (params.trackHeap)
@@ -173,17 +171,26 @@ void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
     tracker.ObserveSize(params.breakAllocSize);
     try
     {
-        runCase(buffer, params);
+        const ECaseRunResult result = runCase(buffer, params);
         if (params.trackHeap)
         {
             storeHeapUse(buffer, params, tracker);
         }
+        return result;
     }
     catch (...)
     {
         // Memory ran out while the case's own end was written down.
-        buffer.result = static_cast<std::uint32_t>(ECaseRunResult::Exception);
+        return ECaseRunResult::Exception;
     }
+}
+
+} // namespace
+
+void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
+{
+    // Last of all: a case that takes its process down on the way out has no result.
+    buffer.result = static_cast<std::uint32_t>(runTracked(buffer));
 }
 
 } // namespace LuTestSuiteRun

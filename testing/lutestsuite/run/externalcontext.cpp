@@ -78,19 +78,22 @@ void CExternalLane::startChild()
     options.isSilent = true;
     m_child = LbOs::CChildProcess::Start(options);
     m_processIndex = sc_iNone;
+    m_idle.Restart();
 }
 
 void CExternalLane::AssertChild()
 {
-    if (!m_child || hasLeft())
+    if (!m_child)
     {
         startChild();
     }
 }
 
-bool CExternalLane::hasLeft()
+bool CExternalLane::isNotTaken(EEnd end)
 {
-    return !m_child->IsRunning() && m_child->GetExitStatus() == 0;
+    // Whatever a child that leaves comes to grief with is what the cases before have left in it.
+    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_child->GetExitStatus() == 0);
+    return end == EEnd::NotTaken || (hasLeft && m_request->Reset());
 }
 
 void CExternalLane::AssertProcessIndex()
@@ -108,6 +111,8 @@ void CExternalLane::Ask()
     {
         return;
     }
+    constexpr std::uint32_t c_Doubt = 1000; // The child began to wait earlier than this side knows.
+    m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     // A test may have made an answer of its own, which is none to this request.
     m_response->Reset();
     m_request->Set();
@@ -120,14 +125,14 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
         return sc_iNone;
     }
     EEnd end = wait(timeOutSec, isCanceled);
-    // A request that nobody has taken: a child that had been without work for too long went at that moment.
-    if (end == EEnd::ChildEnded && hasLeft() && m_request->Reset())
+    if (isNotTaken(end))
     {
         startChild();
         AssertProcessIndex();
         Ask();
         end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
     }
+    m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
     if (end != EEnd::Answered)
     {
@@ -144,10 +149,12 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
 CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
     constexpr std::uint32_t c_SliceMilliseconds = 1000;
+    constexpr std::uint32_t c_TakingMilliseconds = 250;
     const LbTimer timer(LbTimer::eR_Second);
-    while (true)
+    for (std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;;
+         slice = c_SliceMilliseconds)
     {
-        switch (m_response->Wait(c_SliceMilliseconds, m_child.get()))
+        switch (m_response->Wait(slice, m_child.get()))
         {
         case LbOs::EEventWait::Signaled:
             return EEnd::Answered;
@@ -157,6 +164,12 @@ CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::fun
             return EEnd::Failed;
         case LbOs::EEventWait::TimedOut:
             break;
+        }
+        // A child that waits for requests takes them at once. Taken back, it can no longer be taken by one that is
+        // slow.
+        if (slice == c_TakingMilliseconds && m_request->Reset())
+        {
+            return EEnd::NotTaken;
         }
         if (timer.GetElapsed() > timeOutSec)
         {
@@ -221,9 +234,9 @@ CExternalLane& CExternalContext::Obtain(bool isIsolated)
     return *m_lane;
 }
 
-void CExternalContext::StartSpares()
+void CExternalContext::StartSpares(std::size_t most)
 {
-    while (takeSparePlace())
+    while (m_spares.size() < most && takeSparePlace())
     {
         try
         {

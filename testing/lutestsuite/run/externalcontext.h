@@ -1,6 +1,7 @@
 /// Child processes of a run, and what one executing thread shares with them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -8,12 +9,16 @@
 #include <vector>
 
 #include "base/inoncopyable.h"
+#include "base/lbtimer.h"
 #include "base/os/childprocess.h"
 #include "base/os/namedevent.h"
 #include "testing/lutestsuite/run/sharedworkbuffer.h"
 
 namespace LuTestSuiteRun
 {
+
+/// A child that has had no request for so long leaves.
+inline constexpr std::uint32_t c_LongestIdleMilliseconds = 5000;
 
 /// What all child processes of a run are started with.
 struct SChildSettings
@@ -35,7 +40,8 @@ public:
     /// caller's and outlive the object.
     explicit CExternalLane(const SChildSettings& settings);
 
-    /// Starts a child unless there is one, or when it has left for lack of work. Without success there is none.
+    /// Starts a child unless there is one. Without success there is none. One that has meanwhile left for lack of work
+    /// is replaced when it does not answer: to look for it ahead of each case would cost all of them time.
     void AssertChild();
 
     /// Numbers the child, unless it is: those that a case was given, in that order.
@@ -58,13 +64,14 @@ private:
         TimedOut,
         Canceled,
         ChildEnded,
+        NotTaken, ///< the child did not take the request, and cannot any more
         Failed
     };
 
     void startChild();
 
-    /// The child has ended by itself and not by a crash.
-    bool hasLeft();
+    /// The request was left to nobody: by a child that has ended by itself, or was about to.
+    bool isNotTaken(EEnd end);
 
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     void writeResult(ECaseRunResult result);
@@ -77,6 +84,8 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     std::unique_ptr<LbOs::CChildProcess> m_child;
     std::int32_t m_processIndex = sc_iNone;
+    LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
+    bool m_mayBeLeaving = false;             ///< it had been idle for long when it was asked
 
     static constexpr std::int32_t sc_iNone = -1;
 };
@@ -92,9 +101,9 @@ public:
     /// has used or will use.
     CExternalLane& Obtain(bool isIsolated);
 
-    /// Starts children for isolated cases to come, so that these need not wait for the start. All threads together have
-    /// as many of them waiting as the machine can start at a time.
-    void StartSpares();
+    /// Starts children for at most that many isolated cases to come, so that these need not wait for the start. All
+    /// threads together have as many of them waiting as the machine can start at a time.
+    void StartSpares(std::size_t most);
 
 private:
     const SChildSettings& m_settings;

@@ -1,5 +1,7 @@
 #include "base/os/childprocess.h"
 
+#include <cstdlib>
+#include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -8,6 +10,7 @@
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "base/os/testaids.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedfolder.h"
 
@@ -17,7 +20,7 @@ namespace
 using LbOs::CChildProcess;
 
 /// Waits for the end of a process and gives its status; fails the test when it does not end.
-std::int64_t getStatus(CChildProcess& child)
+std::optional<std::int64_t> getStatus(CChildProcess& child)
 {
     constexpr std::uint32_t c_Long = 60000;
     EXPECT_TRUE(child.Wait(c_Long));
@@ -30,6 +33,41 @@ TEST(OsChildProcess, GivesTheExitStatus)
     ASSERT_NE(child, nullptr);
 
     EXPECT_EQ(getStatus(*child), 7);
+}
+
+TEST(OsChildProcess, HasNoExitStatusWhileItRuns)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+
+    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+}
+
+TEST(OsChildProcess, HasAnExitStatusOnceItIsTerminated)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+
+    child->Terminate();
+
+    EXPECT_EQ(child->GetExitStatus(), LbPath::c_Separator == L'\\' ? 0 : -9);
+}
+
+/// Without a status nobody can take a process that has crashed for one that has left.
+TEST(OsChildProcess, HasNoExitStatusWhenOthersHaveWaitedForIt)
+{
+    const auto child = StartProbe(L"exit 0");
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(child->Wait());
+    if (!LbOs::WaitForEndedChildren())
+    {
+        GTEST_SKIP() << "waiting takes nothing from others here";
+    }
+
+    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+    child->Terminate();
+    EXPECT_FALSE(child->IsRunning());
+    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
 }
 
 TEST(OsChildProcess, IsNotThereWithoutAProgram)
@@ -115,10 +153,15 @@ TEST(OsChildProcess, RunsUntilItIsTerminated)
     EXPECT_FALSE(child->IsRunning());
 }
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWhenTerminated)
+/// How a process starts another: as a command of the probe.
+class OsChildProcessTree : public testing::TestWithParam<const wchar_t*>
+{
+};
+
+TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminated)
 {
     CProbeLine line;
-    const auto child = StartProbe(L"parent " + line.GetName());
+    const auto child = StartProbe(GetParam() + (L" " + line.GetName()));
     ASSERT_NE(child, nullptr);
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
@@ -128,10 +171,10 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenTerminated)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWithItsObject)
+TEST_P(OsChildProcessTree, EndsWithItsObject)
 {
     CProbeLine line;
-    auto child = StartProbe(L"parent " + line.GetName());
+    auto child = StartProbe(GetParam() + (L" " + line.GetName()));
     ASSERT_NE(child, nullptr);
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
@@ -141,10 +184,10 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWithItsObject)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerIsKilled)
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
 {
     CProbeLine line;
-    LbOs::SChildOptions options = GetProbeOptions(L"owner " + line.GetName());
+    LbOs::SChildOptions options = GetProbeOptions(L"owner " + line.GetName() + L" " + GetParam());
     options.endsWithOwner = false;
     const auto owner = CChildProcess::Start(options);
     ASSERT_NE(owner, nullptr);
@@ -158,11 +201,26 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerIsKilled)
     EXPECT_TRUE(line.WaitGone());
 }
 
-TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
+TEST_P(OsChildProcessTree, EndsWhenItsOwnersOwnerTerminatesThat)
+{
+    CProbeLine line;
+    const auto owner = StartProbe(L"owner " + line.GetName() + L" " + GetParam());
+    ASSERT_NE(owner, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    owner->Terminate();
+
+    EXPECT_TRUE(line.WaitGone());
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree, testing::Values(L"parent", L"runaway", L"outsider"));
+
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsWithoutAWord)
 {
     CProbeLine line;
     const auto leave = LbOs::CNamedEvent::Create(line.GetName() + L"-l");
-    LbOs::SChildOptions options = GetProbeOptions(L"leaver " + line.GetName());
+    LbOs::SChildOptions options = GetProbeOptions(L"leaver " + line.GetName() + L" " + GetParam());
     options.endsWithOwner = false;
     const auto owner = CChildProcess::Start(options);
     ASSERT_NE(owner, nullptr);
@@ -173,6 +231,21 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
     EXPECT_EQ(getStatus(*owner), 3);
 
     EXPECT_TRUE(line.WaitGone());
+}
+
+/// On Windows nothing stops a process that reads.
+TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
+{
+    if constexpr (LbPath::c_Separator == L'\\')
+    {
+        GTEST_SKIP() << "children share the input";
+    }
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"Eingabe.txt", "Text");
+    const std::wstring command =
+        LbCommandLine::Quote(GetProbeOptions(L"").program) + L" feeder <" + LbCommandLine::Quote(file);
+
+    EXPECT_EQ(std::system(LbEncoding::ToNative(command).c_str()), 0);
 }
 
 TEST(OsChildProcess, OutlivesItsObjectWhenAsked)

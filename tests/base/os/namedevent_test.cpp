@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbuniqueid.h"
+#include "base/os/testaids.h"
 #include "tests/support/probe.h"
 
 namespace
@@ -86,6 +87,12 @@ TEST_F(OsNamedEvent, IsNotCreatedTwice)
     EXPECT_NE(CNamedEvent::Open(m_name), nullptr);
 }
 
+TEST_F(OsNamedEvent, IsForTheOwnUserOnly)
+{
+    EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));
+    EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
+}
+
 TEST_F(OsNamedEvent, TakesItsNameAlong)
 {
     m_event.reset();
@@ -103,12 +110,16 @@ TEST_F(OsNamedEvent, HasNoOtherNamesThanPlainOnes)
     }
 }
 
-TEST_F(OsNamedEvent, NoticesTheEndOfAProcess)
+TEST_F(OsNamedEvent, NoticesTheEndOfAProcessLongBeforeItsTime)
 {
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
     const auto child = StartProbe(L"exit 0");
     ASSERT_NE(child, nullptr);
 
     EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::ChildEnded);
+
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(c_Long / 2));
 }
 
 TEST_F(OsNamedEvent, CountsMoreThanTheEndOfAProcess)

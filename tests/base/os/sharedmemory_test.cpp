@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbuniqueid.h"
+#include "base/os/testaids.h"
 
 namespace
 {
@@ -51,6 +52,12 @@ TEST_F(OsSharedMemory, IsNotCreatedTwice)
 {
     EXPECT_EQ(CSharedMemory::Create(m_name, c_Size), nullptr);
     EXPECT_NE(MapSharedMemory(m_name, c_Size, EMemoryAccess::Read), nullptr);
+}
+
+TEST_F(OsSharedMemory, IsForTheOwnUserOnly)
+{
+    EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));
+    EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
 }
 
 TEST_F(OsSharedMemory, TakesItsNameAlong)

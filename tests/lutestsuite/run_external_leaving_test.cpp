@@ -1,0 +1,77 @@
+// Child processes that can serve no longer, or will not end.
+
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/externalruntest.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using LuTestSuiteRun::SRunResult;
+
+using RunExternalLeaving = ExternalRunTest;
+
+TEST_F(RunExternalLeaving, EndsAProcessThatHasGoneToAnotherGroup)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"fremde Prozessgruppe", L"nachher"});
+    setup.params.timeOutSec = 1;
+    const auto start = std::chrono::steady_clock::now();
+
+    const SRunResult result = Run(setup);
+
+    // The case would end by itself after a minute.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::TimeOut);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+}
+
+TEST_F(RunExternalLeaving, StartsAnotherProcessWhenACaseHasUsedAllMemory)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers end the process when there is no memory";
+#endif
+    const SRunResult result = Run(MakeCrash({L"vorher", L"aller Speicher", L"vorher", L"nachher"}));
+
+    if (result.cases.at(1).result == ECaseRunResult::NoInput)
+    {
+        GTEST_SKIP() << "the system limits nobody's memory";
+    }
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Exception);
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
+    EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 1);
+    EXPECT_EQ(result.cases.at(3).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(3).processIndex, result.cases.at(2).processIndex);
+}
+
+/// With a case that is in the way of its process's end.
+class RunExternalLeavingAfter : public RunExternalLeaving, public testing::WithParamInterface<const wchar_t*>
+{
+};
+
+TEST_P(RunExternalLeavingAfter, GivesTheNextCaseToAnotherProcess)
+{
+    LuTestSuiteSetup setup = MakeCrash({GetParam(), L"nachher"});
+    setup.params.timeOutSec = 2;
+    // Longer than a process waits for a request.
+    setup.resultCallback = [isFirst = true](ECaseRunResult) mutable {
+        std::this_thread::sleep_for(std::chrono::milliseconds(isFirst ? 5500 : 0));
+        isFirst = false;
+    };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex + 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, RunExternalLeavingAfter,
+                         testing::Values(L"schläft am Ende des Prozesses", L"stürzt am Ende des Prozesses ab"));
+
+} // namespace

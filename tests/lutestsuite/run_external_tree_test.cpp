@@ -1,0 +1,127 @@
+// What cases in child processes start, and how it ends.
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/externalruntest.h"
+#include "tests/support/probe.h"
+#include "tests/support/scopedenvironment.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using LuTestSuiteRun::SCaseInfo;
+using LuTestSuiteRun::SRunResult;
+
+class RunExternalTree : public ExternalRunTest
+{
+protected:
+    /// The case makes a copy of its process, which leaves the case during the next one.
+    void ExpectCopyToEndWith(const std::wstring& caseName)
+    {
+        const SRunResult result = Run(MakeCrash({caseName, L"erwartet Kopie", L"nachher"}));
+
+        EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+        EXPECT_EQ(result.cases.at(0).messages, L"");
+        EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+        EXPECT_EQ(result.cases.at(1).messages, L"\t\tINFO:  Ende der Kopie\n");
+        EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
+    }
+
+    CProbeLine m_line;
+    const ScopedEnvironmentVariable m_environmentVariable{L"LUTESTSUITE_TEST_LINE", m_line.GetName()};
+};
+
+TEST_F(RunExternalTree, IsNoReasonToGiveUpLate)
+{
+    constexpr double c_Latest = 4.1;
+    double elapsed = c_Latest;
+    // Once more on a machine that was busy elsewhere.
+    for (int attempt = 0; attempt < 2 && elapsed >= c_Latest; ++attempt)
+    {
+        LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});
+        setup.params.timeOutSec = 2;
+        const auto start = std::chrono::steady_clock::now();
+
+        EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::TimeOut);
+
+        elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        EXPECT_TRUE(m_line.WaitReady());
+        EXPECT_TRUE(m_line.IsGone());
+    }
+    EXPECT_LT(elapsed, c_Latest);
+}
+
+TEST_F(RunExternalTree, EndsWithAnIsolatedCaseThatLeavesItBehind)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse und endet"});
+    setup.params.isolated = true;
+
+    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::Ok);
+
+    EXPECT_TRUE(m_line.WaitReady());
+    EXPECT_TRUE(m_line.IsGone());
+}
+
+TEST_F(RunExternalTree, EndsCopiesThatReturnFromACase)
+{
+    ExpectCopyToEndWith(L"Kopie kehrt zurück");
+}
+
+TEST_F(RunExternalTree, EndsCopiesThatLeaveACaseByAnException)
+{
+    ExpectCopyToEndWith(L"Kopie wirft");
+}
+
+/// With a case that starts processes and sleeps.
+class RunExternalTreeOf : public RunExternalTree, public testing::WithParamInterface<const wchar_t*>
+{
+};
+
+TEST_P(RunExternalTreeOf, EndsWhenTheTimeIsOut)
+{
+    LuTestSuiteSetup setup = MakeCrash({GetParam()});
+    setup.params.timeOutSec = 1;
+
+    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::TimeOut);
+
+    EXPECT_TRUE(m_line.WaitReady());
+    EXPECT_TRUE(m_line.IsGone());
+}
+
+TEST_P(RunExternalTreeOf, EndsWhenTheRunIsCanceled)
+{
+    LuTestSuiteSetup setup = MakeCrash({GetParam()});
+    setup.checkCallback = [this] { return m_line.IsReady(); };
+
+    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::Canceled);
+
+    EXPECT_TRUE(m_line.IsGone());
+}
+
+TEST_P(RunExternalTreeOf, EndsWhenBusyWorkersAreCanceled)
+{
+    LuTestSuiteSetup setup = MakeCrash({GetParam()});
+    setup.params.parallel = true;
+    setup.params.workerThreads = 3;
+    setup.params.repetitions = 9;
+    bool isCanceled = false;
+    // Asked by one thread at a time.
+    setup.checkCallback = [this, &isCanceled] { return isCanceled = isCanceled || m_line.IsReady(); };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Canceled, &SCaseInfo::result), 3);
+    EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Unknown, &SCaseInfo::result), 6);
+    // One line for all of them: the first that is left would answer.
+    EXPECT_TRUE(m_line.IsGone());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, RunExternalTreeOf, testing::Values(L"startet Prozesse", L"startet Ausreißer"));
+
+} // namespace
