@@ -240,9 +240,14 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
 
 CChildProcess::~CChildProcess()
 {
+    if (m_state->isReaped)
+    {
+        return;
+    }
     if (m_state->endsWithOwner)
     {
-        Terminate();
+        killGroup(m_state->process);
+        GetExitStatus();
     }
     else
     {
