@@ -41,7 +41,7 @@ public:
     /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
     static std::unique_ptr<CChildProcess> Start(const SChildOptions& options);
 
-    /// See SChildOptions::endsWithOwner.
+    /// See SChildOptions::endsWithOwner. On Linux that reaches what is in the process's group.
     ~CChildProcess();
 
     CChildProcess(const CChildProcess&) = delete;
@@ -53,8 +53,8 @@ public:
     bool IsRunning() { return !Wait(0); }
 
     /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
-    /// end it. Its exit status is then 0 on Windows and -9 on Linux. On Linux what has left its process group is found
-    /// as long as the process itself runs, and with endsWithOwner only.
+    /// end it. Its exit status is then 0 on Windows and -9 on Linux. On Linux, with endsWithOwner, what has left the
+    /// process's group is looked for, as long as the process itself runs; that takes up to a millisecond.
     void Terminate();
 
     /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that

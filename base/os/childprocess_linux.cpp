@@ -37,8 +37,13 @@ struct CChildProcess::SState
     /// then on its number may be another's. By the descriptor, which is that of this process only.
     std::optional<siginfo_t> Look(int options) const;
 
+    bool WaitForEnd(std::uint32_t milliseconds) const { return Linux::WaitReadable({file.Get()}, milliseconds) == 0; }
+
     /// Of a process that has ended.
     void Reap();
+
+    /// By force, with all that it has started where `isTreeEnded`.
+    void End(bool isTreeEnded);
 };
 
 namespace
@@ -238,6 +243,31 @@ void CChildProcess::SState::Reap()
     isReaped = true;
 }
 
+void CChildProcess::SState::End(bool isTreeEnded)
+{
+    if (isReaped || std::exchange(isTerminated, true))
+    {
+        return;
+    }
+    if (!Look(WNOHANG | WNOWAIT))
+    {
+        Reap();
+        return;
+    }
+    if (isTreeEnded && endsWithOwner && !WaitForEnd(0))
+    {
+        Linux::EndProcessTree(process);
+    }
+    else
+    {
+        killGroup(process);
+    }
+    if (WaitForEnd(sc_uiLongestEnd))
+    {
+        Reap();
+    }
+}
+
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
 std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
@@ -276,9 +306,9 @@ CChildProcess::~CChildProcess()
 {
     if (m_state->endsWithOwner)
     {
-        Terminate();
+        m_state->End(false);
     }
-    else
+    else if (!m_state->isReaped)
     {
         // Ended or not, it is nobody's business any more; init takes over what is left of it.
         m_state->Look(WNOHANG);
@@ -287,32 +317,12 @@ CChildProcess::~CChildProcess()
 
 bool CChildProcess::Wait(std::uint32_t milliseconds)
 {
-    return m_state->isReaped || Linux::WaitReadable({m_state->file.Get()}, milliseconds) == 0;
+    return m_state->isReaped || m_state->WaitForEnd(milliseconds);
 }
 
 void CChildProcess::Terminate()
 {
-    if (m_state->isReaped || std::exchange(m_state->isTerminated, true))
-    {
-        return;
-    }
-    if (!m_state->Look(WNOHANG | WNOWAIT))
-    {
-        m_state->Reap();
-        return;
-    }
-    if (m_state->endsWithOwner && IsRunning())
-    {
-        Linux::EndProcessTree(m_state->process);
-    }
-    else
-    {
-        killGroup(m_state->process);
-    }
-    if (Wait(sc_uiLongestEnd))
-    {
-        m_state->Reap();
-    }
+    m_state->End(true);
 }
 
 std::optional<std::int64_t> CChildProcess::GetExitStatus()

@@ -137,6 +137,10 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     if (end != EEnd::Answered)
     {
         // Gone before the buffer is written or read: until then it could still be writing itself.
+        if (m_child)
+        {
+            m_child->Terminate();
+        }
         m_child.reset();
     }
     if (end == EEnd::TimedOut || end == EEnd::Canceled)

@@ -153,6 +153,19 @@ TEST(OsChildProcess, RunsUntilItIsTerminated)
     EXPECT_FALSE(child->IsRunning());
 }
 
+TEST(OsChildProcess, TakesWhatItStartedAlongWithItsObject)
+{
+    CProbeLine line;
+    auto child = StartProbe(L"parent " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    child.reset();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
 /// How a process starts another: as a command of the probe.
 class OsChildProcessTree : public testing::TestWithParam<const wchar_t*>
 {
@@ -167,19 +180,6 @@ TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminated)
     ASSERT_TRUE(line.IsAlive());
 
     child->Terminate();
-
-    EXPECT_TRUE(line.IsGone());
-}
-
-TEST_P(OsChildProcessTree, EndsWithItsObject)
-{
-    CProbeLine line;
-    auto child = StartProbe(GetParam() + (L" " + line.GetName()));
-    ASSERT_NE(child, nullptr);
-    ASSERT_TRUE(line.WaitReady());
-    ASSERT_TRUE(line.IsAlive());
-
-    child.reset();
 
     EXPECT_TRUE(line.IsGone());
 }
