@@ -29,8 +29,10 @@ std::wstring takeWord(std::wstring_view& text)
         word.append(isBeforeMark ? backslashes / 2 : backslashes, L'\\');
         if (isBeforeMark && backslashes % 2 == 0)
         {
-            isQuoted = !isQuoted;
-            text.remove_prefix(1);
+            const bool isDoubled = isQuoted && text.starts_with(L"\"\"");
+            word.append(isDoubled ? L"\"" : L"");
+            isQuoted = isDoubled || !isQuoted;
+            text.remove_prefix(isDoubled ? 2 : 1);
         }
         else if (isBeforeMark || (backslashes == 0 && !text.empty()))
         {

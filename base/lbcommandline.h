@@ -1,5 +1,6 @@
 /// Command lines as one text, the way programs of Windows read them: words apart by blanks, quotation marks around
-/// blanks, a backslash in front of a quotation mark that is meant. Pure functions, the same on all platforms.
+/// blanks, a backslash in front of a quotation mark that is meant, or two marks for one between others. Pure functions,
+/// the same on all platforms.
 #pragma once
 
 #include <string>

@@ -4,7 +4,7 @@
 #include "base/os/windows_api.h"
 
 // Behind windows.h, which it needs.
-#include <bcrypt.h>
+#include <ntsecapi.h>
 
 namespace
 {
@@ -50,7 +50,7 @@ void LbOs::FillRandom(void* buffer, std::size_t size)
     while (size > 0)
     {
         const std::size_t chunk = std::min(size, c_LargestChunk);
-        if (BCryptGenRandom(nullptr, bytes, static_cast<ULONG>(chunk), BCRYPT_USE_SYSTEM_PREFERRED_RNG) < 0)
+        if (RtlGenRandom(bytes, static_cast<ULONG>(chunk)) == FALSE)
         {
             throw LbException(L"Das System liefert keine Zufallszahlen");
         }

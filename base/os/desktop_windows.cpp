@@ -7,8 +7,16 @@
 
 void LbOs::OpenOnDesktop(const std::wstring& path)
 {
+    using Windows::FindSystemFunction;
+    const auto initialize = FindSystemFunction<decltype(CoInitializeEx)>(L"ole32.dll", "CoInitializeEx");
+    const auto uninitialize = FindSystemFunction<decltype(CoUninitialize)>(L"ole32.dll", "CoUninitialize");
+    const auto execute = FindSystemFunction<decltype(ShellExecuteExW)>(L"shell32.dll", "ShellExecuteExW");
+    if (initialize == nullptr || uninitialize == nullptr || execute == nullptr)
+    {
+        return;
+    }
     // Some of the shell's handlers are components.
-    const HRESULT initialized = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+    const HRESULT initialized = initialize(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
     SHELLEXECUTEINFOW call = {};
     call.cbSize = sizeof(call);
     call.fMask = SEE_MASK_FLAG_NO_UI | SEE_MASK_NOASYNC;
@@ -16,9 +24,9 @@ void LbOs::OpenOnDesktop(const std::wstring& path)
     call.lpFile = path.c_str();
     call.nShow = SW_SHOWNORMAL;
     // Success says nothing: it is reported when nothing was opened, too.
-    ShellExecuteExW(&call);
+    execute(&call);
     if (SUCCEEDED(initialized))
     {
-        CoUninitialize();
+        uninitialize();
     }
 }

@@ -2,18 +2,15 @@
 
 #include <cstdlib>
 #include <limits>
-#include <memory>
 
 #include <process.h>
 
+#include "base/lbcommandline.h"
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/os/carriedcall.h"
 #include "base/os/console.h"
 #include "base/os/windows_api.h"
-
-// Behind windows.h, which it needs.
-#include <shellapi.h>
 
 namespace
 {
@@ -24,26 +21,37 @@ unsigned __stdcall runCall(void* argument)
     return 0;
 }
 
+constexpr const wchar_t* c_WindowLibrary = L"user32.dll";
+
 /// A service or a session without desktop cannot show anything.
 bool hasDesktop()
 {
+    using LbOs::Windows::FindSystemFunction;
+    const auto getStation =
+        FindSystemFunction<decltype(GetProcessWindowStation)>(c_WindowLibrary, "GetProcessWindowStation");
+    const auto getInformation =
+        FindSystemFunction<decltype(GetUserObjectInformationW)>(c_WindowLibrary, "GetUserObjectInformationW");
     USEROBJECTFLAGS flags = {};
-    return GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof(flags), nullptr) != FALSE &&
+    return getStation != nullptr && getInformation != nullptr &&
+           getInformation(getStation(), UOI_FLAGS, &flags, sizeof(flags), nullptr) != FALSE &&
            (flags.dwFlags & WSF_VISIBLE) != 0;
+}
+
+int showAssertBox(const wchar_t* text)
+{
+    const auto show = LbOs::Windows::FindSystemFunction<decltype(MessageBoxW)>(c_WindowLibrary, "MessageBoxW");
+    return show == nullptr || !hasDesktop()
+               ? 0
+               : show(nullptr, text, L"Assertion",
+                      MB_ABORTRETRYIGNORE | MB_ICONERROR | MB_TASKMODAL | MB_SETFOREGROUND);
 }
 
 } // namespace
 
 std::vector<std::wstring> LbOs::GetArguments(int /*count*/, const char* const* /*arguments*/)
 {
-    struct SFree
-    {
-        void operator()(wchar_t** memory) const { LocalFree(memory); }
-    };
-    int count = 0;
-    const std::unique_ptr<wchar_t*[], SFree> arguments(CommandLineToArgvW(GetCommandLineW(), &count));
-    return arguments == nullptr ? std::vector<std::wstring>()
-                                : std::vector<std::wstring>(arguments.get(), arguments.get() + count);
+    // Not by the system's call for it: the shell's library has that.
+    return LbCommandLine::Split(GetCommandLineW());
 }
 
 void LbOs::RunOnStack(std::size_t stackSize, const std::function<void()>& function)
@@ -82,10 +90,7 @@ void LbOs::TraceToSystem(const std::wstring& text)
 
 LbOs::EAssertAnswer LbOs::ShowAssertDialog(const std::wstring& text)
 {
-    const int answer = hasDesktop() ? MessageBoxW(nullptr, text.c_str(), L"Assertion",
-                                                  MB_ABORTRETRYIGNORE | MB_ICONERROR | MB_TASKMODAL | MB_SETFOREGROUND)
-                                    : 0;
-    switch (answer)
+    switch (showAssertBox(text.c_str()))
     {
     case IDABORT:
         return EAssertAnswer::Abort;

@@ -56,6 +56,11 @@ TEST(LbCommandLine, ReadsToTheEndWithoutAClosingMark)
     EXPECT_EQ(LbCommandLine::Split(L"a \"b c"), (Words{L"a", L"b c"}));
 }
 
+TEST(LbCommandLine, TakesTwoMarksBetweenMarksForOne)
+{
+    EXPECT_EQ(LbCommandLine::Split(L"\"a\"\"b c\" \"\"\"\" \"\"d"), (Words{L"a\"b c", L"\"", L"d"}));
+}
+
 TEST(LbCommandLine, LeavesBackslashesAloneThatStandBeforeNoMark)
 {
     EXPECT_EQ(LbCommandLine::Split(L"a\\\\b \\c\\ d"), (Words{L"a\\\\b", L"\\c\\", L"d"}));

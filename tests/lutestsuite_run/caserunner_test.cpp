@@ -130,7 +130,7 @@ protected:
         const std::function<bool()> cancel = [isCanceled] { return isCanceled; };
         SCaseInfo info;
         const LuTestSuiteRun::SChildSettings childSettings;
-        LuTestSuiteRun::CCaseRunner(unitTests, m_params, cancel, childSettings).Run(info, false);
+        LuTestSuiteRun::CCaseRunner(unitTests, m_params, cancel, childSettings).Run(info, 0);
         return info;
     }
 

@@ -1,11 +1,14 @@
 #include "testing/lutestsuite/run/externalcontext.h"
 
+#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "base/lbcommandline.h"
 #include "base/lbformat.h"
+#include "base/os/process.h"
+#include "base/os/processes.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace
@@ -48,6 +51,26 @@ TEST(GetChildCommandLine, AlwaysNamesADataDirectory)
     const auto words = LbCommandLine::Split(GetChildCommandLine({}, L"m", L"q", L"a"));
 
     EXPECT_FALSE(words.at(2).empty());
+}
+
+std::ptrdiff_t countChildren()
+{
+    return std::ranges::count_if(LbOs::ListProcesses(), [](const LbOs::SProcess& process) {
+        return process.parentNumber == LbOs::GetProcessNumber() && process.executableName == getHost();
+    });
+}
+
+TEST(ExternalContext, StartsNoMoreProcessesAheadThanThereAreCasesToCome)
+{
+    const SChildSettings settings;
+    LuTestSuiteRun::CExternalContext context(settings);
+
+    context.StartSpares(0);
+    EXPECT_EQ(countChildren(), 0);
+    context.StartSpares(1);
+    EXPECT_EQ(countChildren(), 1);
+    context.StartSpares(1);
+    EXPECT_EQ(countChildren(), 1);
 }
 
 } // namespace

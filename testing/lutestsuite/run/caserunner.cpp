@@ -57,7 +57,7 @@ CCaseRunner::CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, c
 {
 }
 
-void CCaseRunner::Run(SCaseInfo& info, bool isMoreToCome)
+void CCaseRunner::Run(SCaseInfo& info, std::size_t casesToCome)
 {
     if (m_isCanceled())
     {
@@ -68,7 +68,7 @@ void CCaseRunner::Run(SCaseInfo& info, bool isMoreToCome)
     const SParams params = GetCaseParams(m_runParams, testCase.parameters);
     if (params.external)
     {
-        runInChild(unitTest, testCase, params, info, isMoreToCome);
+        runInChild(unitTest, testCase, params, info, casesToCome);
     }
     else
     {
@@ -95,7 +95,7 @@ void CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, co
 }
 
 void CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
-                             bool isMoreToCome)
+                             std::size_t casesToCome)
 {
     CExternalLane& lane = m_external.Obtain(params.isolated);
     if (!WriteRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
@@ -103,9 +103,9 @@ void CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase,
         return;
     }
     lane.Ask();
-    if (params.isolated && isMoreToCome)
+    if (params.isolated)
     {
-        m_external.StartSpares();
+        m_external.StartSpares(casesToCome);
     }
     info.processIndex = lane.WaitForAnswer(params.timeOutSec, m_isCanceled);
     readAnswer(*lane.GetBuffer().GetReadAccess(), info);

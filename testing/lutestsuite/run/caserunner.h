@@ -28,8 +28,8 @@ public:
                 const std::function<bool()>& isCanceled, const SChildSettings& childSettings);
 
     /// Runs the case and fills its record. A case that cannot be asked for (a name too long) and a canceled one keep
-    /// their record as it is. When there is more to come, processes for it may be started meanwhile.
-    void Run(SCaseInfo& info, bool isMoreToCome);
+    /// their record as it is. For the cases to come processes may be started meanwhile.
+    void Run(SCaseInfo& info, std::size_t casesToCome);
 
 private:
     using UnitTest = LuTestSuite::SUnitTest;
@@ -37,7 +37,7 @@ private:
 
     void runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info);
     void runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
-                    bool isMoreToCome);
+                    std::size_t casesToCome);
 
     const std::vector<LuTestSuite::SUnitTest>& m_unitTests;
     const SParams& m_runParams;

@@ -82,7 +82,7 @@ void CExternalLane::startChild()
 
 void CExternalLane::AssertChild()
 {
-    if (!m_child || hasLeft())
+    if (!m_child)
     {
         startChild();
     }
@@ -221,9 +221,9 @@ CExternalLane& CExternalContext::Obtain(bool isIsolated)
     return *m_lane;
 }
 
-void CExternalContext::StartSpares()
+void CExternalContext::StartSpares(std::size_t most)
 {
-    while (takeSparePlace())
+    while (m_spares.size() < most && takeSparePlace())
     {
         try
         {

@@ -1,6 +1,7 @@
 /// Child processes of a run, and what one executing thread shares with them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -35,7 +36,8 @@ public:
     /// caller's and outlive the object.
     explicit CExternalLane(const SChildSettings& settings);
 
-    /// Starts a child unless there is one, or when it has left for lack of work. Without success there is none.
+    /// Starts a child unless there is one. Without success there is none. One that has meanwhile left for lack of work
+    /// is replaced when it does not answer: to look for it ahead of each case would cost all of them time.
     void AssertChild();
 
     /// Numbers the child, unless it is: those that a case was given, in that order.
@@ -92,9 +94,9 @@ public:
     /// has used or will use.
     CExternalLane& Obtain(bool isIsolated);
 
-    /// Starts children for isolated cases to come, so that these need not wait for the start. All threads together have
-    /// as many of them waiting as the machine can start at a time.
-    void StartSpares();
+    /// Starts children for at most that many isolated cases to come, so that these need not wait for the start. All
+    /// threads together have as many of them waiting as the machine can start at a time.
+    void StartSpares(std::size_t most);
 
 private:
     const SChildSettings& m_settings;

@@ -49,6 +49,7 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
         LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput) + LbDateTime::FormatNow(L"Y-m-d H.i.s");
     CCaseRunner runner(unitTests, setup.params, setup.checkCallback, childSettings);
     CCaseLines lines(unitTests, setup.params);
+    std::size_t casesToCome = list.size();
     for (const std::uint32_t index : list)
     {
         if (setup.checkCallback())
@@ -61,7 +62,7 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugRoot + LbPath::c_Separator +
                                                                LbPath::ToSafeName(caseName));
         lines.WriteHeader(info);
-        runner.Run(info, index != list.back());
+        runner.Run(info, --casesToCome);
         lines.WriteResult(info);
         setup.resultCallback(info.result);
         info.executed = true;

@@ -36,8 +36,8 @@ public:
     /// The next case; null when there is none, or the run is canceled.
     SCaseInfo* Take();
 
-    /// Some cases have not been handed out.
-    bool IsMoreToCome();
+    /// Cases that have not been handed out.
+    std::size_t CountToCome();
 
     /// Nothing is handed out from now on.
     void Stop();
@@ -82,10 +82,10 @@ SCaseInfo* CWork::Take()
     return m_next >= m_list.size() || m_isCanceled() ? nullptr : &m_cases[m_list[m_next++]];
 }
 
-bool CWork::IsMoreToCome()
+std::size_t CWork::CountToCome()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    return m_next < m_list.size();
+    return m_list.size() - m_next;
 }
 
 void CWork::Stop()
@@ -198,7 +198,7 @@ void CWorkerThread::run() noexcept
 void CWorkerThread::runCases()
 {
     LbOs::SetCurrentThreadName(L"LuTestSuiteRun::CWorkerThread");
-    if (!m_work.IsMoreToCome())
+    if (m_work.CountToCome() == 0)
     {
         // The others were done before this thread started: to warm it up would only hold up the end of the run.
         return;
@@ -209,7 +209,7 @@ void CWorkerThread::runCases()
     while (SCaseInfo* const info = m_work.Take())
     {
         info->threadIndex = m_index;
-        runner.Run(*info, m_work.IsMoreToCome());
+        runner.Run(*info, m_work.CountToCome());
         m_work.AddFinished(*info);
     }
 }
