@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/inoncopyable.h"
+#include "base/lbtimer.h"
 #include "base/os/childprocess.h"
 #include "base/os/namedevent.h"
 #include "testing/lutestsuite/run/sharedworkbuffer.h"
@@ -45,7 +46,7 @@ public:
 
     IWorkBuffer& GetBuffer() { return m_buffer; }
 
-    /// Hands the request in the buffer to the child.
+    /// Hands the request in the buffer to the child; its time counts from here.
     void Ask();
 
     /// Waits until the child has answered. When it does not, its processes are ended, and the buffer says why: the
@@ -79,6 +80,7 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     std::unique_ptr<LbOs::CChildProcess> m_child;
     std::int32_t m_processIndex = sc_iNone;
+    LbTimer m_timer{LbTimer::eR_Second}; ///< since the request
 
     static constexpr std::int32_t sc_iNone = -1;
 };
