@@ -33,7 +33,8 @@ constexpr std::uint64_t toPending(std::uint32_t generation) noexcept
 struct SSlot
 {
     pid_t thread = 0;
-    std::atomic<std::uint64_t> state = 0; ///< pending, or address of the frozen thread's context, or 0 when it has ended
+    std::atomic<std::uint64_t> state =
+        0; ///< pending, or address of the frozen thread's context, or 0 when it has ended
 };
 
 // Of static life, since a late signal may look at them at any time. Constant, so that no process pays for their pages

@@ -49,7 +49,7 @@ public:
 
     IWorkBuffer& GetBuffer() { return m_buffer; }
 
-    /// Hands the request in the buffer to the child.
+    /// Hands the request in the buffer to the child; its time counts from here.
     void Ask();
 
     /// Waits until the child has answered. When it does not, its processes are ended, and the buffer says why: the
@@ -86,6 +86,7 @@ private:
     std::int32_t m_processIndex = sc_iNone;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_mayBeLeaving = false;             ///< it had been idle for long when it was asked
+    LbTimer m_timer{LbTimer::eR_Second}; ///< since the request
 
     static constexpr std::int32_t sc_iNone = -1;
 };
