@@ -1,7 +1,6 @@
 /// The mode that finds data sets of identical content, and deletes all but the oldest of each.
 
 #include <algorithm>
-#include <limits>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -13,11 +12,11 @@
 #include "base/lbpath.h"
 #include "base/lbuniqueid.h"
 #include "base/lumurmurhash3.h"
-#include "base/lustream.h"
 #include "base/os/clock.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/modes/filechecksums.h"
 #include "testing/lutestsuite/utils/selection.h"
 #include "testing/lutestsuite/utils/utilsfailure.h"
 #include "testing/lutestsuite/utils/warning.h"
@@ -53,37 +52,8 @@ struct SChecksumHash
     }
 };
 
-/// Reads whole files, one at a time, and computes their checksums.
-class CFileChecksums
-{
-public:
-    /// Nothing for a file that is too long for a checksum. Throws LbException when the file cannot be read as a whole.
-    std::optional<Checksum> Get(const std::wstring& path)
-    {
-        LuStreamReadBinaryFile file(path);
-        const std::uint64_t size = file.GetSize();
-        if (size > std::numeric_limits<std::uint32_t>::max())
-        {
-            return std::nullopt;
-        }
-        // The memory stays for the next file. One byte more than the file had shows that it grew meanwhile.
-        if (m_buffer.size() <= size)
-        {
-            m_buffer.resize(static_cast<std::size_t>(size) + 1);
-        }
-        if (file.Read(m_buffer.data(), static_cast<std::size_t>(size) + 1) != size)
-        {
-            throw LbException();
-        }
-        return LuMurmurHash3::GetOptimizedChecksum128(m_buffer.data(), static_cast<std::uint32_t>(size), 0);
-    }
-
-private:
-    std::vector<char> m_buffer;
-};
-
 std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const LuTestSuite::STestCase& testCase,
-                                    CFileChecksums& checksums)
+                                    LuTestSuite::CFileChecksums& checksums)
 {
     // Opening a pipe would wait for somebody who writes to it.
     if (!LbOs::IsRegularFile(testCase.dataSetFile))
@@ -102,7 +72,7 @@ std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const Lu
 }
 
 /// In case order. Two cases of one file are one data set.
-std::vector<SDataSet> examineFiles(const LuTestSuite::SUnitTest& test, CFileChecksums& checksums)
+std::vector<SDataSet> examineFiles(const LuTestSuite::SUnitTest& test, LuTestSuite::CFileChecksums& checksums)
 {
     std::vector<SDataSet> dataSets;
     std::unordered_set<std::wstring> paths;
@@ -152,7 +122,7 @@ void putOldestFirst(DuplicateSet& set)
     std::rotate(set.begin(), oldest, oldest + 1);
 }
 
-SDuplicates examine(const LuTestSuite::SUnitTest& test, CFileChecksums& checksums)
+SDuplicates examine(const LuTestSuite::SUnitTest& test, LuTestSuite::CFileChecksums& checksums)
 {
     SDuplicates duplicates{test.dataDirectory, {}};
     for (std::vector<SDataSet>& group : groupByChecksum(examineFiles(test, checksums)))
@@ -308,7 +278,7 @@ void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTe
     LuTestSuite::LoadTestModules(setup, environment);
     UnitTests tests = LuTestSuite::FindUnitTests(setup, true);
     LuTestSuite::SelectTestCases(setup, tests);
-    CFileChecksums checksums;
+    LuTestSuite::CFileChecksums checksums;
     std::vector<SDuplicates> results;
     std::size_t redundantCount = 0;
     for (const LuTestSuite::SUnitTest& test : tests)
