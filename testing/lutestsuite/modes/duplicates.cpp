@@ -152,7 +152,8 @@ class CDeletion
 public:
     /// Looks at all sets before anything is deleted: a file may be redundant in its own set and kept by another's link.
     CDeletion(const std::vector<SDuplicates>& results, const std::wstring& dataDir)
-        : m_dataDirectory(LbPath::WithSeparator(LbOs::GetCanonicalPath(dataDir)))
+        : m_dataDirectory(LuTestSuiteUtils::AddBackslash(LbOs::GetFullPath(dataDir))),
+          m_canonicalDirectory(LbPath::WithSeparator(LbOs::GetCanonicalPath(m_dataDirectory)))
     {
         for (const SDuplicates& duplicates : results)
         {
@@ -166,7 +167,7 @@ public:
     /// False when it failed, or must not be.
     bool Delete(const SDataSet& dataSet, const SDataSet& kept) const
     {
-        if (!LbFileSystem::IsFile(kept.path) || !isInside(dataSet.path))
+        if (!LbFileSystem::IsFile(kept.path) || !isInOwnFolder(dataSet))
         {
             return false;
         }
@@ -187,11 +188,15 @@ private:
         }
     }
 
-    /// A linked folder belongs to somebody else.
-    bool isInside(const std::wstring& path) const
+    /// What a link between the data directory and the file leads to belongs to somebody else.
+    bool isInOwnFolder(const SDataSet& dataSet) const
     {
-        const std::wstring folder = LbOs::GetCanonicalPath(LbPath::GetParent(path));
-        return !m_dataDirectory.empty() && LbPath::WithSeparator(folder).starts_with(m_dataDirectory);
+        if (m_canonicalDirectory.empty() || !dataSet.unitTestPath.starts_with(m_dataDirectory))
+        {
+            return false;
+        }
+        const std::wstring ownFolder = m_canonicalDirectory + dataSet.unitTestPath.substr(m_dataDirectory.size());
+        return LbPath::WithSeparator(LbOs::GetCanonicalPath(LbPath::GetParent(dataSet.path))) == ownFolder;
     }
 
     /// Whether a kept link leads through this one shows when this one is away.
@@ -214,7 +219,8 @@ private:
         return false;
     }
 
-    std::wstring m_dataDirectory;                 ///< canonical
+    std::wstring m_dataDirectory; ///< as the paths of unit tests begin
+    std::wstring m_canonicalDirectory;
     std::unordered_set<std::wstring> m_keptFiles; ///< canonical: of a link what it leads to
     std::vector<std::wstring> m_keptLinks;
 };

@@ -14,7 +14,7 @@
 namespace LuTestSuite
 {
 
-class CFileReader;
+class CBackgroundReader;
 
 /// Reads whole files, one at a time, and computes their checksums. The memory for a file serves the next one, too. One
 /// thread at a time.
@@ -35,7 +35,7 @@ private:
 
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_capacity = 0;
-    std::unique_ptr<CFileReader> m_reader; ///< made for the first large file
+    std::unique_ptr<CBackgroundReader> m_reader; ///< made for the first large file
 };
 
 } // namespace LuTestSuite
