@@ -14,6 +14,7 @@
 #include "base/lbuniqueid.h"
 #include "base/os/console.h"
 #include "base/os/process.h"
+#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/probe.h"
@@ -49,6 +50,35 @@ TEST(ProcessChild, DISABLED_Parks)
     ASSERT_NE(ready, nullptr);
     ready->Set();
     LuTestSuiteUtils::EnterDebugBreakpoint();
+}
+
+/// Starts the next one and ends before that has asked.
+TEST(ProcessChild, DISABLED_LeavesAnOrphan)
+{
+    const auto ready = LbOs::CNamedEvent::Open(LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY"));
+    const auto orphan = startOwnTest(L"HasLostItsParent");
+    ASSERT_TRUE(orphan && ready);
+    EXPECT_EQ(ready->Wait(c_Long), LbOs::EEventWait::Signaled);
+}
+
+TEST(ProcessChild, DISABLED_HasLostItsParent)
+{
+    const std::wstring name = LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY");
+    const auto ready = LbOs::CNamedEvent::Open(name);
+    const auto left = LbOs::CNamedEvent::Open(name + L"-left");
+    const auto refused = LbOs::CNamedEvent::Open(name + L"-refused");
+    ASSERT_TRUE(ready && left && refused);
+    ready->Set();
+    ASSERT_EQ(left->Wait(c_Long), LbOs::EEventWait::Signaled);
+    try
+    {
+        LuTestSuiteUtils::CheckForSameParentProcess();
+    }
+    catch (const LbException& exception)
+    {
+        EXPECT_EQ(exception.GetSourceFile(), L"lutestsuiteutils");
+        refused->Set();
+    }
 }
 
 std::wstring getProbe()
@@ -169,6 +199,22 @@ TEST(KillAllByName, FindsNothingInOtherLetterCase)
     child->Terminate();
 }
 
+TEST(KillAllByName, WarnsWhenTheSystemDoesNotTellItsProcesses)
+{
+    const CapturedOutput output;
+    if (!LbOs::SetFilesForbidden(true))
+    {
+        GTEST_SKIP() << "the system always tells";
+    }
+    LuTestSuiteUtils::KillAllByName(L"gibt-es-nicht");
+    LbOs::SetFilesForbidden(false);
+
+    ASSERT_EQ(output.GetLines().size(), 1U);
+    EXPECT_EQ(output.GetLines()[0],
+              CapturedOutput::BoldColored(L"Warnung: Prozess Snapshot konnte nicht erstellt werden.\n",
+                                          LuColor::c_GOLDENROD));
+}
+
 /// On Linux one that has ended and that nobody has asked for its status has no name any more.
 TEST(KillAllByName, LeavesProcessesWithoutNameAlone)
 {
@@ -189,6 +235,36 @@ TEST(CheckForSameParentProcess, IsTrueForAChildOfTheSameExecutable)
 
     ASSERT_TRUE(child->Wait(c_Long));
     EXPECT_EQ(child->GetExitStatus(), 0);
+}
+
+TEST(CheckForSameParentProcess, FailsWhenTheParentHasEnded)
+{
+    const std::wstring name = LbUniqueId::Generate();
+    const ScopedEnvironmentVariable variable(L"LUTESTSUITE_TEST_READY", name);
+    const auto ready = LbOs::CNamedEvent::Create(name);
+    const auto left = LbOs::CNamedEvent::Create(name + L"-left");
+    const auto refused = LbOs::CNamedEvent::Create(name + L"-refused");
+    auto parent = startOwnTest(L"LeavesAnOrphan");
+    ASSERT_NE(parent, nullptr);
+    ASSERT_TRUE(parent->Wait(c_Long));
+    EXPECT_EQ(parent->GetExitStatus(), 0);
+    // Nothing of it is left in the system.
+    parent.reset();
+    left->Set();
+
+    EXPECT_EQ(refused->Wait(c_Long), LbOs::EEventWait::Signaled);
+}
+
+/// A copy that goes on without its file's beginning has the present process as parent.
+TEST(CheckForSameParentProcess, IsTrueForAFork)
+{
+    const std::optional<int> status =
+        LbOs::RunInFork([] { return LuTestSuiteUtils::CheckForSameParentProcess() ? 0 : 1; });
+    if (!status)
+    {
+        GTEST_SKIP() << "processes do not fork here";
+    }
+    EXPECT_EQ(status, 0);
 }
 
 TEST(CheckForSameParentProcess, IsFalseForOtherExecutables)
@@ -225,7 +301,6 @@ TEST(OsProcesses, HoldThePresentOne)
     ASSERT_NE(own, processes.end());
     EXPECT_EQ(own->executableName, LbPath::GetLastComponent(LbOs::GetExecutablePath()));
     EXPECT_EQ(LbOs::GetProcessExecutableName(own->number), own->executableName);
-    EXPECT_NE(own->parentNumber, own->number);
 }
 
 } // namespace
