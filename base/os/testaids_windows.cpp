@@ -1,7 +1,24 @@
 #include "base/os/testaids.h"
 
+#include <vector>
+
 #include "base/os/files.h"
 #include "base/os/windows_api.h"
+
+namespace
+{
+
+/// Wine takes locks of bytes, but lets everybody read them.
+bool canRead(const std::wstring& path, std::uint32_t offset)
+{
+    const LbOs::FileHandle file = LbOs::OpenForReading(path);
+    std::vector<char> bytes(std::size_t{offset} + 1);
+    const bool isRead = LbOs::ReadFileBytes(file, bytes.data(), bytes.size()) == std::int64_t{offset} + 1;
+    LbOs::CloseFile(file);
+    return isRead;
+}
+
+} // namespace
 
 bool LbOs::LoadAndUnloadModule(const std::wstring& path)
 {
@@ -65,7 +82,8 @@ std::shared_ptr<void> LbOs::HoldBytes(const std::wstring& path, std::uint32_t of
     OVERLAPPED place = {};
     place.Offset = offset;
     constexpr DWORD c_Kind = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
-    return LockFileEx(file, c_Kind, 0, size, 0, &place) != FALSE ? held : nullptr;
+    const bool isLocked = LockFileEx(file, c_Kind, 0, size, 0, &place) != FALSE;
+    return isLocked && !canRead(path, offset) ? held : nullptr;
 }
 
 bool LbOs::SetFilesForbidden(bool /*areForbidden*/)
