@@ -1,5 +1,6 @@
 #include "base/lumurmurhash3.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -51,19 +52,54 @@ void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1,
     }
 }
 
+/// Whole blocks. The prefetches pay where another processor has just written the bytes; the system's own does not take
+/// them over from there. They stay off what lies behind the blocks, since that may be being written.
+void addBlocks(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
+{
+    constexpr std::size_t c_Ahead = 1024;
+    constexpr std::size_t c_CacheLine = 64;
+    std::uint64_t state1 = hash1;
+    std::uint64_t state2 = hash2;
+    for (std::size_t offset = 0; offset < size; offset += c_BlockSize)
+    {
+        if (offset % c_CacheLine == 0 && offset + c_Ahead < size)
+        {
+            __builtin_prefetch(bytes + offset + c_Ahead);
+        }
+        state1 = (std::rotl(state1 ^ scramble1(readWord(bytes + offset)), 27) + state2) * 5 + 0x52DCE729;
+        state2 = (std::rotl(state2 ^ scramble2(readWord(bytes + offset + c_WordSize)), 31) + state1) * 5 + 0x38495AB5;
+    }
+    hash1 = state1;
+    hash2 = state2;
+}
+
 } // namespace
 
 LuMurmurHash3::S128 LuMurmurHash3::GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed)
 {
-    const auto* bytes = static_cast<const unsigned char*>(data);
+    return GetOptimizedChecksum128(data, length, seed, [length](std::size_t /*count*/) { return length; });
+}
+
+LuMurmurHash3::S128 LuMurmurHash3::GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed,
+                                                           const std::function<std::size_t(std::size_t count)>& await)
+{
+    const auto* const bytes = static_cast<const unsigned char*>(data);
+    const std::size_t tail = length % c_BlockSize;
     std::uint64_t hash1 = seed;
     std::uint64_t hash2 = seed;
-    for (std::size_t block = length / c_BlockSize; block > 0; --block, bytes += c_BlockSize)
+    std::size_t position = 0;
+    while (position < length - tail)
     {
-        hash1 = (std::rotl(hash1 ^ scramble1(readWord(bytes)), 27) + hash2) * 5 + 0x52DCE729;
-        hash2 = (std::rotl(hash2 ^ scramble2(readWord(bytes + c_WordSize)), 31) + hash1) * 5 + 0x38495AB5;
+        const std::size_t there = std::min<std::size_t>(await(position + c_BlockSize), length);
+        const std::size_t size = (there - position) / c_BlockSize * c_BlockSize;
+        addBlocks(bytes + position, size, hash1, hash2);
+        position += size;
     }
-    addTail(bytes, length % c_BlockSize, hash1, hash2);
+    if (tail > 0)
+    {
+        await(length);
+        addTail(bytes + position, tail, hash1, hash2);
+    }
     hash1 ^= length;
     hash2 ^= length;
     hash1 += hash2;

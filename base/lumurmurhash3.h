@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 #include "base/lbexport.h"
 
@@ -22,4 +23,9 @@ public:
     /// The checksum of `length` bytes by the variant for 64-bit machines. The memory needs no alignment, and may be
     /// null when there are no bytes.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed);
+
+    /// The same for memory that another thread is filling, from its beginning on: `await(count)` returns when the first
+    /// `count` bytes or more are there, and gives how many are. What it throws passes through.
+    static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed,
+                                        const std::function<std::size_t(std::size_t count)>& await);
 };

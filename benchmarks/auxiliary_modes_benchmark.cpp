@@ -1,10 +1,13 @@
 /// The tree and the lists of 100,000 cases; duplicates among 400 files of 1 MiB, a quarter of them identical, beside
 /// reading them and beside the programs fdupes and rmlint where they are installed. Warm cache: each measurement
-/// repeats.
+/// repeats. What is compared is measured in turn, since times of different moments differ on a machine that has other
+/// work.
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +18,7 @@
 #include "base/lbuniqueid.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
+#include "benchmarks/support/limits.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
@@ -28,6 +32,10 @@ constexpr int c_Classes = 100;
 constexpr int c_CasesOfClass = 1000;
 constexpr int c_Files = 400;
 constexpr std::size_t c_FileSize = 1 << 20;
+
+constexpr double c_TreeLimitSeconds = 0.5;
+constexpr double c_ListLimitSeconds = 2;
+constexpr double c_TimesReadingLimit = 1.5;
 
 std::vector<LuTestSuite::SUnitTest> makeTests()
 {
@@ -48,12 +56,14 @@ std::vector<LuTestSuite::SUnitTest> makeTests()
 void buildTree(benchmark::State& state)
 {
     const std::vector<LuTestSuite::SUnitTest> tests = makeTests();
+    std::vector<double> seconds;
     for ([[maybe_unused]] const auto iteration : state)
     {
         LuTestSuiteTree tree;
-        tree.Build(tests);
+        seconds.push_back(MeasureSeconds([&] { tree.Build(tests); }));
         benchmark::DoNotOptimize(tree.GetCaseCount());
     }
+    HoldMedian(state, "seconds", seconds, c_TreeLimitSeconds);
 }
 BENCHMARK(buildTree)->Unit(benchmark::kMillisecond);
 
@@ -128,28 +138,35 @@ const CManyCases& getManyCases()
     return s_ManyCases;
 }
 
-/// With the discovery, whose time stands beside it.
+/// What the mode takes beyond the discovery that is a part of it.
 template<auto Operation>
 void listCases(benchmark::State& state)
 {
     const CManyCases& folder = getManyCases();
     LuTestSuiteEnvironment& environment = getEnvironment();
     const LuTestSuiteSetup setup = folder.GetSetup();
+    std::vector<double> discoveries;
+    std::vector<double> lists;
     for ([[maybe_unused]] const auto iteration : state)
     {
-        Operation(setup, environment);
+        discoveries.push_back(
+            MeasureSeconds([&] { LuTestSuiteUtils::ScanDirectoryForUnitTests(setup.dataDir, true); }));
+        const double whole = MeasureSeconds([&] { Operation(setup, environment); });
+        lists.push_back(std::max(whole - discoveries.back(), 0.0));
+        state.SetIterationTime(lists.back());
     }
+    ReportMedian(state, "discovery", discoveries);
+    HoldMedian(state, "seconds", lists, c_ListLimitSeconds);
 }
-
-void discover(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& /*environment*/)
-{
-    LuTestSuiteUtils::ScanDirectoryForUnitTests(setup.dataDir, true);
-}
-
-BENCHMARK(listCases<discover>)->Unit(benchmark::kMillisecond)->Name("listCases/discoveryAlone");
-BENCHMARK(listCases<LuTestSuiteUtils::RunQueryMode>)->Unit(benchmark::kMillisecond)->Name("listCases/query");
+BENCHMARK(listCases<LuTestSuiteUtils::RunQueryMode>)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(5)
+    ->Name("listCases/query");
 BENCHMARK(listCases<LuTestSuiteUtils::ListDisabledTestCases>)
     ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(5)
     ->Name("listCases/listDisabled");
 
 /// The first quarter has one content, all others one of their own.
@@ -164,57 +181,70 @@ void writeFiles(const std::filesystem::path& directory)
 }
 
 /// One buffer for all, as fast as reading can be.
-void readFiles(benchmark::State& state)
+void readFiles(const std::filesystem::path& directory)
+{
+    std::vector<char> buffer(c_FileSize);
+    for (int file = 0; file < c_Files; ++file)
+    {
+        LuStreamReadBinaryFile stream((directory / std::to_string(file)).wstring());
+        benchmark::DoNotOptimize(stream.Read(buffer.data(), buffer.size()));
+    }
+}
+
+/// How many times as long as reading alone a search takes; each search says whether it went well.
+std::vector<double> compareWithReading(benchmark::State& state, const std::function<bool(const CFolder&)>& search)
 {
     const CFolder folder;
     const std::filesystem::path directory = folder.AddClass("");
     writeFiles(directory);
-    std::vector<char> buffer(c_FileSize);
+    std::vector<double> readings;
+    std::vector<double> ratios;
     for ([[maybe_unused]] const auto iteration : state)
     {
-        for (int file = 0; file < c_Files; ++file)
-        {
-            LuStreamReadBinaryFile stream((directory / std::to_string(file)).wstring());
-            benchmark::DoNotOptimize(stream.Read(buffer.data(), buffer.size()));
-        }
-    }
-}
-BENCHMARK(readFiles)->Unit(benchmark::kMillisecond)->Name("duplicates/readingAlone");
-
-void listDuplicates(benchmark::State& state)
-{
-    const CFolder folder;
-    writeFiles(folder.AddClass(""));
-    LuTestSuiteEnvironment& environment = getEnvironment();
-    LuTestSuiteSetup setup = folder.GetSetup();
-    setup.duplicateMode = eDM_List;
-    for ([[maybe_unused]] const auto iteration : state)
-    {
-        LuTestSuiteUtils::RunDuplicateDetection(setup, environment);
-    }
-}
-BENCHMARK(listDuplicates)->Unit(benchmark::kMillisecond)->Name("duplicates/list");
-
-void runProgram(benchmark::State& state, const std::string& command)
-{
-    const CFolder folder;
-    writeFiles(folder.AddClass(""));
-    for ([[maybe_unused]] const auto iteration : state)
-    {
-        if (std::system((command + " \"" + folder.GetPath().string() + "\" >/dev/null 2>&1").c_str()) != 0)
+        bool isDone = false;
+        readings.push_back(MeasureSeconds([&] { readFiles(directory); }));
+        const double seconds = MeasureSeconds([&] { isDone = search(folder); });
+        if (!isDone)
         {
             state.SkipWithError("the program is not there, or failed");
             break;
         }
+        ratios.push_back(seconds / readings.back());
+        state.SetIterationTime(seconds);
     }
+    ReportMedian(state, "reading", readings);
+    return ratios;
+}
+
+void listDuplicates(benchmark::State& state)
+{
+    LuTestSuiteEnvironment& environment = getEnvironment();
+    const std::vector<double> ratios = compareWithReading(state, [&environment](const CFolder& folder) {
+        LuTestSuiteSetup setup = folder.GetSetup();
+        setup.duplicateMode = eDM_List;
+        LuTestSuiteUtils::RunDuplicateDetection(setup, environment);
+        return true;
+    });
+    HoldMedian(state, "timesReading", ratios, c_TimesReadingLimit);
+}
+BENCHMARK(listDuplicates)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(21)->Name("duplicates/list");
+
+void runProgram(benchmark::State& state, const std::string& command)
+{
+    const std::vector<double> ratios = compareWithReading(state, [&command](const CFolder& folder) {
+        return std::system((command + " \"" + folder.GetPath().string() + "\" >/dev/null 2>&1").c_str()) == 0;
+    });
+    ReportMedian(state, "timesReading", ratios);
 }
 BENCHMARK_CAPTURE(runProgram, fdupes, "fdupes -r")
     ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
+    ->UseManualTime()
+    ->Iterations(11)
     ->Name("duplicates/fdupes");
 BENCHMARK_CAPTURE(runProgram, rmlint, "rmlint -T df -o summary:stdout")
     ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
+    ->UseManualTime()
+    ->Iterations(11)
     ->Name("duplicates/rmlint");
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbuniqueid.h"
+#include "benchmarks/support/limits.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 
 namespace
@@ -12,6 +13,7 @@ namespace
 constexpr std::uint32_t c_Runs = 1000;
 constexpr std::uint32_t c_Classes = 10;
 constexpr std::uint32_t c_Cases = 200;
+constexpr double c_LimitSeconds = 5;
 
 /// Every tenth case failed, in each run another one.
 LuTestSuiteReport::SReportData makeReport(std::uint32_t run)
@@ -58,10 +60,12 @@ void overviewOfReadyComparisons(benchmark::State& state)
         LuTestSuiteReport::GenerateReportDirectoryOverview(root, L"index", L"Archive", L"Report");
     };
     generate();
+    std::vector<double> seconds;
     for (auto _ : state)
     {
-        generate();
+        seconds.push_back(MeasureSeconds(generate));
     }
+    HoldMedian(state, "seconds", seconds, c_LimitSeconds);
     state.counters["comparisons"] = static_cast<double>(LbFileSystem::GetFileNames(archive + L"Diff").size());
     LbFileSystem::RemoveTree(root);
 }

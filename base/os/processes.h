@@ -1,6 +1,7 @@
 /// The processes of the system.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,12 +13,15 @@ namespace LbOs
 struct SProcess
 {
     unsigned long number = 0;
-    unsigned long parentNumber = 0;
     std::wstring executableName; ///< file name of the executable; empty when it is not for the caller to know
 };
 
 /// The processes at some moment of the call; empty when the system does not tell. Any thread.
 LB_API std::vector<SProcess> ListProcesses();
+
+/// The process that started this one, 0 when it has ended and another one has taken its place; none when the system
+/// does not tell. Where the system keeps the number of one that has ended (Windows) it is given. Any thread.
+LB_API std::optional<unsigned long> GetParentProcessNumber();
 
 /// The file name of the executable of a process that runs now, as the process itself would name it; empty when there is
 /// no such process or it cannot be asked. Any thread.

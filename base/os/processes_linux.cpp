@@ -1,16 +1,18 @@
 #include "base/os/processes.h"
 
+#include <atomic>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <optional>
 #include <string_view>
 #include <system_error>
 
+#include <pthread.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include "base/lbencoding.h"
 
@@ -30,21 +32,11 @@ std::optional<unsigned long> toNumber(std::string_view text)
     return isNumber ? std::optional(number) : std::nullopt;
 }
 
-/// The parent is the second word behind the program's name, which stands in brackets and may hold any character.
-unsigned long getParentNumber(unsigned long number)
-{
-    std::ifstream file(getFolder(number) / "stat");
-    std::string line;
-    std::getline(file, line);
-    const std::size_t bracket = line.rfind(") ");
-    const std::size_t start = bracket == std::string::npos ? bracket : line.find(' ', bracket + 2);
-    if (start == std::string::npos)
-    {
-        return 0;
-    }
-    const std::size_t end = line.find(' ', start + 1);
-    return toNumber(std::string_view(line).substr(start + 1, end - start - 1)).value_or(0);
-}
+/// Whoever has lost its parent gets another one, which cannot be told from a parent but by having known the first.
+std::atomic<pid_t> s_firstParent = [] {
+    pthread_atfork(nullptr, nullptr, [] { s_firstParent = getppid(); });
+    return getppid();
+}();
 
 } // namespace
 
@@ -58,11 +50,17 @@ std::vector<LbOs::SProcess> LbOs::ListProcesses()
     {
         if (const std::optional<unsigned long> number = toNumber(entry->path().filename().native()))
         {
-            processes.push_back({*number, getParentNumber(*number), GetProcessExecutableName(*number)});
+            processes.push_back({*number, GetProcessExecutableName(*number)});
         }
         entry.increment(error);
     }
     return processes;
+}
+
+std::optional<unsigned long> LbOs::GetParentProcessNumber()
+{
+    const pid_t parent = getppid();
+    return parent == s_firstParent ? static_cast<unsigned long>(parent) : 0;
 }
 
 std::wstring LbOs::GetProcessExecutableName(unsigned long number)

@@ -6,22 +6,51 @@
 #include <psapi.h>
 #include <tlhelp32.h>
 
-std::vector<LbOs::SProcess> LbOs::ListProcesses()
+namespace
 {
-    std::vector<SProcess> processes;
+
+/// Visits the processes until `visit` says false.
+template<typename F>
+void visitProcesses(const F& visit)
+{
     const HANDLE opened = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
     if (opened == INVALID_HANDLE_VALUE)
     {
-        return processes;
+        return;
     }
-    const Windows::Handle snapshot(opened);
+    const LbOs::Windows::Handle snapshot(opened);
     PROCESSENTRY32W entry = {};
     entry.dwSize = sizeof(entry);
-    for (BOOL isFound = Process32FirstW(opened, &entry); isFound != FALSE; isFound = Process32NextW(opened, &entry))
+    BOOL isFound = Process32FirstW(opened, &entry);
+    while (isFound != FALSE && visit(entry))
     {
-        processes.push_back({entry.th32ProcessID, entry.th32ParentProcessID, entry.szExeFile});
+        isFound = Process32NextW(opened, &entry);
     }
+}
+
+} // namespace
+
+std::vector<LbOs::SProcess> LbOs::ListProcesses()
+{
+    std::vector<SProcess> processes;
+    visitProcesses([&processes](const PROCESSENTRY32W& entry) {
+        processes.push_back({entry.th32ProcessID, entry.szExeFile});
+        return true;
+    });
     return processes;
+}
+
+std::optional<unsigned long> LbOs::GetParentProcessNumber()
+{
+    std::optional<unsigned long> number;
+    visitProcesses([&number, own = GetCurrentProcessId()](const PROCESSENTRY32W& entry) {
+        if (entry.th32ProcessID == own)
+        {
+            number = entry.th32ParentProcessID;
+        }
+        return !number;
+    });
+    return number;
 }
 
 std::wstring LbOs::GetProcessExecutableName(unsigned long number)

@@ -16,7 +16,11 @@ namespace LbOs
 bool LoadAndUnloadModule(const std::wstring& path);
 
 /// Makes a named pipe that stands in its folder like a file; its reader waits for a writer. False where there are none.
-bool MakePipeFile(const std::wstring& path);
+bool MakePipe(const std::wstring& path);
+
+/// Makes a symbolic link to a file or directory, which may be missing; a relative target is meant from the link's
+/// folder. False where that cannot be.
+bool MakeLink(const std::wstring& path, const std::wstring& target);
 
 /// Forks; the child calls `function` and ends with what it gives, without any destructors, or with a signal after 60 s.
 /// The child's exit status, -1 for a signal; none where processes do not fork.
@@ -42,6 +46,12 @@ std::optional<std::string> CaptureThroughFullPipe(const std::function<void()>& f
 
 /// Opens an existing file for as long as the result lives, and lets nobody else open it; null where that cannot be.
 std::shared_ptr<void> HoldFile(const std::wstring& path);
+
+/// Lets nobody read a part of a file as long as the result lives; null where that cannot be.
+std::shared_ptr<void> HoldBytes(const std::wstring& path, std::uint32_t offset, std::uint32_t size);
+
+/// Has the system open no further files, or open them again. False where it cannot be told to.
+bool SetFilesForbidden(bool areForbidden);
 
 /// Forks; the child calls `function`. The bytes by which the child's memory had risen at its peak; none when the
 /// function says false, and where processes do not fork.

@@ -33,6 +33,17 @@ pid_t forkForAWhile()
     return child;
 }
 
+bool setForbidden(__rlimit_resource_t resource, bool isForbidden)
+{
+    rlimit limit = {};
+    if (getrlimit(resource, &limit) != 0)
+    {
+        return false;
+    }
+    limit.rlim_cur = isForbidden ? 0 : limit.rlim_max;
+    return setrlimit(resource, &limit) == 0;
+}
+
 } // namespace
 
 bool LbOs::LoadAndUnloadModule(const std::wstring& path)
@@ -41,10 +52,9 @@ bool LbOs::LoadAndUnloadModule(const std::wstring& path)
     return module != nullptr && dlclose(module) == 0;
 }
 
-bool LbOs::MakePipeFile(const std::wstring& path)
+bool LbOs::MakeLink(const std::wstring& path, const std::wstring& target)
 {
-    constexpr mode_t c_OwnersOnly = 0600;
-    return mkfifo(LbEncoding::ToNative(path).c_str(), c_OwnersOnly) == 0;
+    return symlink(LbEncoding::ToNative(target).c_str(), LbEncoding::ToNative(path).c_str()) == 0;
 }
 
 std::optional<int> LbOs::RunInFork(const std::function<int()>& function)
@@ -95,6 +105,11 @@ bool LbOs::ResetRealTimeSignals()
     return true;
 }
 
+bool LbOs::MakePipe(const std::wstring& path)
+{
+    return mkfifo(LbEncoding::ToNative(path).c_str(), S_IRUSR | S_IWUSR) == 0;
+}
+
 std::optional<std::string> LbOs::CaptureThroughFullPipe(const std::function<void()>& function)
 {
     constexpr int c_SmallestPipe = 4096;
@@ -128,6 +143,16 @@ std::optional<std::string> LbOs::CaptureThroughFullPipe(const std::function<void
 std::shared_ptr<void> LbOs::HoldFile(const std::wstring& /*path*/)
 {
     return nullptr;
+}
+
+std::shared_ptr<void> LbOs::HoldBytes(const std::wstring& /*path*/, std::uint32_t /*offset*/, std::uint32_t /*size*/)
+{
+    return nullptr;
+}
+
+bool LbOs::SetFilesForbidden(bool areForbidden)
+{
+    return setForbidden(RLIMIT_NOFILE, areForbidden);
 }
 
 std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>& function)
@@ -177,24 +202,12 @@ bool LbOs::SetInterruptedOften(bool isInterrupted)
 
 bool LbOs::SetPagesForbidden(bool areForbidden)
 {
-    rlimit limit = {};
-    if (getrlimit(RLIMIT_AS, &limit) != 0)
-    {
-        return false;
-    }
-    limit.rlim_cur = areForbidden ? 0 : limit.rlim_max;
-    return setrlimit(RLIMIT_AS, &limit) == 0;
+    return setForbidden(RLIMIT_AS, areForbidden);
 }
 
 bool LbOs::SetSignalsForbidden(bool areForbidden)
 {
-    rlimit limit = {};
-    if (getrlimit(RLIMIT_SIGPENDING, &limit) != 0)
-    {
-        return false;
-    }
-    limit.rlim_cur = areForbidden ? 0 : limit.rlim_max;
-    return setrlimit(RLIMIT_SIGPENDING, &limit) == 0;
+    return setForbidden(RLIMIT_SIGPENDING, areForbidden);
 }
 
 bool LbOs::IsForOwnUserOnly(const std::wstring& name)

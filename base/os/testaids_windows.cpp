@@ -1,5 +1,8 @@
 #include "base/os/testaids.h"
 
+#include <vector>
+
+#include "base/os/files.h"
 #include "base/os/process.h"
 #include "base/os/windows_api.h"
 
@@ -38,6 +41,16 @@ bool isOnlyFor(ACL* list, SID* user)
     return allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && EqualSid(&allowed->SidStart, user) != FALSE;
 }
 
+/// Wine takes locks of bytes, but lets everybody read them.
+bool canRead(const std::wstring& path, std::uint32_t offset)
+{
+    const LbOs::FileHandle file = LbOs::OpenForReading(path);
+    std::vector<char> bytes(std::size_t{offset} + 1);
+    const bool isRead = LbOs::ReadFileBytes(file, bytes.data(), bytes.size()) == std::int64_t{offset} + 1;
+    LbOs::CloseFile(file);
+    return isRead;
+}
+
 } // namespace
 
 bool LbOs::LoadAndUnloadModule(const std::wstring& path)
@@ -46,9 +59,15 @@ bool LbOs::LoadAndUnloadModule(const std::wstring& path)
     return module != nullptr && FreeLibrary(module) != FALSE;
 }
 
-bool LbOs::MakePipeFile(const std::wstring& /*path*/)
+bool LbOs::MakeLink(const std::wstring& path, const std::wstring& target)
 {
-    return false;
+    const std::size_t name = path.find_last_of(L"\\/") + 1;
+    const std::wstring place = IsAbsolutePath(target) ? target : path.substr(0, name) + target;
+    const DWORD kind = QueryEntry(place) == EEntry::Directory ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
+    // Wine says that it has done so without doing anything.
+    return CreateSymbolicLinkW(path.c_str(), target.c_str(), kind | SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) !=
+               FALSE &&
+           IsLink(path);
 }
 
 std::optional<int> LbOs::RunInFork(const std::function<int()>& /*function*/)
@@ -73,6 +92,11 @@ bool LbOs::ResetRealTimeSignals()
     return false;
 }
 
+bool LbOs::MakePipe(const std::wstring& /*path*/)
+{
+    return false;
+}
+
 std::optional<std::string> LbOs::CaptureThroughFullPipe(const std::function<void()>& /*function*/)
 {
     return std::nullopt;
@@ -82,6 +106,27 @@ std::shared_ptr<void> LbOs::HoldFile(const std::wstring& path)
 {
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     return file == INVALID_HANDLE_VALUE ? nullptr : std::shared_ptr<void>(file, CloseHandle);
+}
+
+std::shared_ptr<void> LbOs::HoldBytes(const std::wstring& path, std::uint32_t offset, std::uint32_t size)
+{
+    constexpr DWORD c_Sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, c_Sharing, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+    {
+        return nullptr;
+    }
+    std::shared_ptr<void> held(file, CloseHandle);
+    OVERLAPPED place = {};
+    place.Offset = offset;
+    constexpr DWORD c_Kind = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
+    const bool isLocked = LockFileEx(file, c_Kind, 0, size, 0, &place) != FALSE;
+    return isLocked && !canRead(path, offset) ? held : nullptr;
+}
+
+bool LbOs::SetFilesForbidden(bool /*areForbidden*/)
+{
+    return false;
 }
 
 std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>& /*function*/)

@@ -25,6 +25,14 @@ TEST(LbCommandLine, DoublesABackslashBeforeTheClosingMark)
     EXPECT_EQ(LbCommandLine::Quote(L"D:\\Größen und Maße\\"), L"\"D:\\Größen und Maße\\\\\"");
 }
 
+TEST(LbCommandLine, QuotesRoots)
+{
+    EXPECT_EQ(LbCommandLine::Quote(L"C:\\"), L"\"C:\\\\\"");
+    EXPECT_EQ(LbCommandLine::Quote(L"\\\\Rechner\\"), L"\"\\\\Rechner\\\\\"");
+    EXPECT_EQ(LbCommandLine::Quote(L"\\"), L"\"\\\\\"");
+    EXPECT_EQ(LbCommandLine::Quote(L"/"), L"\"/\"");
+}
+
 TEST(LbCommandLine, MarksAQuotationMarkWithABackslash)
 {
     EXPECT_EQ(LbCommandLine::Quote(L"a\"b\\\"c"), L"\"a\\\"b\\\\\\\"c\"");
@@ -68,8 +76,8 @@ TEST(LbCommandLine, LeavesBackslashesAloneThatStandBeforeNoMark)
 
 TEST(LbCommandLine, GivesBackWhatItQuoted)
 {
-    const Words words = {L"",         L" ",     L"\"",      L"\\",      L"\\\\",       L"\\\"",
-                         L"a\\\\\"b", L"a b\\", L"ä ö ü\t", L"\"\"a\"", L"\\\\\\\"\\", L"-d"};
+    const Words words = {L"",      L" ",       L"\"",      L"\\",         L"\\\\", L"\\\"", L"a\\\\\"b",
+                         L"a b\\", L"ä ö ü\t", L"\"\"a\"", L"\\\\\\\"\\", L"C:\\", L"-d"};
     std::wstring text;
     for (const std::wstring& word : words)
     {

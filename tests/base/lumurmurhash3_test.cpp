@@ -1,7 +1,10 @@
 #include "base/lumurmurhash3.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -58,6 +61,53 @@ TEST(LuMurmurHash3, DependsOnTheSeed)
 TEST(LuMurmurHash3, DependsOnTheLength)
 {
     EXPECT_FALSE(hash(std::string_view("\0", 1)) == hash(std::string_view("\0\0", 2)));
+}
+
+/// The memory as it is when each byte arrives alone, or many at once; what has not arrived is wrong.
+TEST(LuMurmurHash3, WaitsForTheBytesThatItLooksAt)
+{
+    for (const std::size_t step : {1U, 7U, 16U, 100U, 5000U})
+    {
+        for (const std::size_t length : {0U, 1U, 8U, 15U, 16U, 17U, 31U, 32U, 1000U, 3005U})
+        {
+            std::string text(length, 'x');
+            for (std::size_t index = 0; index < length; ++index)
+            {
+                text[index] = static_cast<char>(index * 31);
+            }
+            std::string memory(length, '?');
+            std::size_t there = 0;
+            const S128 checksum = LuMurmurHash3::GetOptimizedChecksum128(
+                memory.data(), static_cast<std::uint32_t>(length), 5, [&](std::size_t count) {
+                    EXPECT_LE(count, length);
+                    for (; there < count; there = std::min(there + step, length))
+                    {
+                        memory.replace(there, step, text, there, step);
+                    }
+                    return there;
+                });
+
+            EXPECT_EQ(checksum, hash(text, 5)) << length << " bytes, " << step << " at once";
+        }
+    }
+}
+
+TEST(LuMurmurHash3, PassesOnThatBytesNeverArrive)
+{
+    const std::string text(100, 'x');
+    const auto await = [](std::size_t count) -> std::size_t {
+        return count > 50 ? throw std::runtime_error("away") : 50;
+    };
+
+    EXPECT_THROW(LuMurmurHash3::GetOptimizedChecksum128(text.data(), 100, 0, await), std::runtime_error);
+}
+
+TEST(LuMurmurHash3, TakesMoreBytesThanItNeeds)
+{
+    const std::string text(100, 'x');
+
+    EXPECT_EQ(LuMurmurHash3::GetOptimizedChecksum128(text.data(), 99, 0, [](std::size_t) { return 100; }),
+              hash({text.data(), 99}));
 }
 
 TEST(LuMurmurHash3, DoesNotDependOnTheAlignment)

@@ -1,6 +1,7 @@
 // What the host prints in each mode that runs no case itself.
 
 #include <algorithm>
+#include <array>
 #include <ctime>
 #include <regex>
 #include <string>
@@ -46,9 +47,11 @@ protected:
     }
 
     /// The same text on all platforms and in all places.
-    std::string Normalize(const SHostRun& run) const
+    std::string Normalize(const SHostRun& run) const { return Normalize(run.output); }
+
+    std::string Normalize(const std::string& output) const
     {
-        std::string text = FromPlatformLines(run.output);
+        std::string text = FromPlatformLines(output);
         replaceAll(text, LbEncoding::ToUtf8(m_folder.GetPath()), "ORDNER/");
         replaceAll(text, LbEncoding::ToUtf8(m_user.GetPath()), "BENUTZER/");
         const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
@@ -126,6 +129,48 @@ TEST_F(HostModes, DeleteDuplicates)
     ExpectOutput("duplicates_delete.txt", Run({L"--delete-duplicates"}));
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"Daten/weiter/CDataSetModel")),
               (std::vector<std::wstring>{L"#ExtraInfo.xml", L"a.txt", L"d.txt", L"e.txt"}));
+}
+
+/// All that the comparison of reports has to say; a page that was made is not mentioned.
+TEST_F(HostModes, SayWhyReportsAreNotCompared)
+{
+    const std::wstring report = m_folder.WriteFile(
+        L"a.xml", LbFileSystem::ReadFile8Bit(LbPath::ToNative(L"" LUTESTSUITE_GOLDEN_DIR "/report/full.xml")));
+    const std::wstring broken = m_folder.WriteFile(L"kaputt.xml", "<report>");
+    const std::wstring missing = m_folder.GetPathOf(L"fehlt.xml");
+    const std::wstring page = m_folder.GetPathOf(L"Seite.html");
+    std::string output;
+    for (const auto& [first, second, out] : std::vector<std::array<std::wstring, 3>>{{report, L"", page},
+                                                                                     {report, missing, page},
+                                                                                     {report, broken, page},
+                                                                                     {report, report, report},
+                                                                                     {report, report, page}})
+    {
+        std::vector<std::wstring> options = {L"--diff-in", first, L"--diff-out", out};
+        if (!second.empty())
+        {
+            options.insert(options.end(), {L"--diff-in", second});
+        }
+        const SHostRun run = RunPlain(options);
+
+        output += run.output;
+        EXPECT_EQ(run.errors, "");
+        EXPECT_EQ(run.exitStatus, 0);
+    }
+    ExpectGolden("cli/diff.txt", Normalize(output));
+    EXPECT_TRUE(LbFileSystem::IsFile(page));
+}
+
+/// A child process without a parent: all that it ever says.
+TEST_F(HostModes, SayThatAChildWasNotStartedByARun)
+{
+    m_folder.MakeFolder(L"Daten");
+
+    const SHostRun run = Run({L"--memory-id", L"a", L"--request-event-id", L"b", L"--response-event-id", L"c"});
+
+    ExpectGolden("cli/child.txt", std::regex_replace(Normalize(run.errors), std::regex("Zeile \\d+"), "Zeile N"));
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.exitStatus, 2);
 }
 
 /// Archive runs by the host of this build, of the example's checksum tests.
@@ -254,14 +299,19 @@ TEST_F(HostArchive, CarriesOutTheExampleTwice)
     const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
     std::string text =
         LbFileSystem::ReadFile8Bit(LbPath::ToNative(L"" LUTESTSUITE_SOURCE_DIR "/examples/archive/ArchiveRun.xml"));
-    const std::string run = IsDebug() ? "build/linux-debug/bin" : "build/linux-release/bin";
-    ASSERT_NE(text.find(run), std::string::npos);
-    replaceAll(text, run, LbEncoding::ToUtf8(LbPath::WithoutSeparator(LbPath::GetParent(host))));
-    const std::string data = LbEncoding::ToUtf8(m_folder.GetPathOf(L"Daten und mehr"));
-    replaceAll(text, "examples/data/Checksums", data);
-    replaceAll(text, "examples/data", data);
-    replaceAll(text, "build/archive", LbEncoding::ToUtf8(m_folder.GetPathOf(L"Ausgabe")));
-    const std::wstring value = m_folder.WriteFile(L"ArchiveRun.xml", text) + (IsDebug() ? L":Linux Debug" : L":Linux");
+    const auto replace = [&text](const std::wstring& path, const std::wstring& other) {
+        const std::string native = LbEncoding::ToUtf8(LbPath::ToNative(path));
+        ASSERT_NE(text.find(">" + native), std::string::npos) << native;
+        replaceAll(text, native, LbEncoding::ToUtf8(LbPath::WithoutSeparator(other)));
+    };
+    const bool isWindows = LbPath::c_Separator == L'\\';
+    replace(LbFormat(L"build/%s-%s/bin", isWindows ? L"mingw" : L"linux", IsDebug() ? L"debug" : L"release"),
+            LbPath::GetParent(host));
+    replace(L"examples/data/Checksums", m_folder.GetPathOf(L"Daten und mehr"));
+    replace(L"examples/data", m_folder.GetPathOf(L"Daten und mehr"));
+    replace(L"build/archive", m_folder.GetPathOf(L"Ausgabe"));
+    const std::wstring value = LbFormat(L"%s:%s%s", m_folder.WriteFile(L"ArchiveRun.xml", text),
+                                        isWindows ? L"Windows" : L"Linux", IsDebug() ? L" Debug" : L"");
 
     for (int round = 0; round < 2; ++round)
     {
@@ -269,6 +319,8 @@ TEST_F(HostArchive, CarriesOutTheExampleTwice)
 
         EXPECT_EQ(result.errors, "");
         EXPECT_EQ(result.exitStatus, 0) << result.output;
+        EXPECT_NE(FromPlatformLines(result.output).find("\n" + LbEncoding::ToUtf8(host) + "  -d "), std::string::npos)
+            << result.output;
         EXPECT_FALSE(GetArchive(L".xml").empty());
         EXPECT_FALSE(GetArchive(L".html").empty());
         EXPECT_NE(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"Ausgabe/index.html")).find("100.00% (1/1)"),

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbcommandline.h"
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
@@ -196,6 +197,31 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithNothingSet)
     run.params.testCaseMax = 1;
 
     EXPECT_EQ(GetOptions(run), L" -d \"d\" --xml \"x.xml\" --html \"h.html\" --no-assert-dialog -t 0 -c 1");
+}
+
+/// Only a root keeps its separator; in front of the closing mark it must not take that mark's meaning away.
+TEST_F(ArchiveRuns, BecomeArgumentsWithDirectoriesOfAnyEnd)
+{
+    const bool isWindows = LbPath::c_Separator == L'\\';
+    const std::vector<std::pair<std::wstring, std::wstring>> rows =
+        isWindows ? std::vector<std::pair<std::wstring, std::wstring>>{{L"C:\\", L"\"C:\\\\\""},
+                                                                       {L"C:\\\\", L"\"C:\\\\\""},
+                                                                       {L"C:\\mit Lücke\\", L"\"C:\\mit Lücke\""},
+                                                                       {L"C:\\a\\\\", L"\"C:\\a\""},
+                                                                       {L"\\", L"\"\\\\\""}}
+                  : std::vector<std::pair<std::wstring, std::wstring>>{{L"/", L"\"/\""},
+                                                                       {L"//", L"\"/\""},
+                                                                       {L"/mit Lücke/", L"\"/mit Lücke\""},
+                                                                       {L"/a//", L"\"/a\""},
+                                                                       {L"/a\\", L"\"/a\\\\\""}};
+    for (const auto& [directory, word] : rows)
+    {
+        SArchiveRun run;
+        run.dataDir = directory;
+
+        EXPECT_TRUE(GetOptions(run).starts_with(L" -d " + word + L" --xml ")) << LbEncoding::ToUtf8(GetOptions(run));
+        EXPECT_EQ(LbCommandLine::Split(GetOptions(run)).at(2), L"--xml");
+    }
 }
 
 /// A run whose host is the program that ends as its data directory says.

@@ -39,6 +39,17 @@ TEST(GetChildCommandLine, KeepsASeparatorBeforeTheClosingMark)
     EXPECT_EQ(words[3], L"-x");
 }
 
+TEST(GetChildCommandLine, KeepsTheSeparatorOfRoots)
+{
+    for (const wchar_t* const root : {L"C:\\", L"\\\\Rechner\\Freigabe\\", L"/"})
+    {
+        const auto words = LbCommandLine::Split(GetChildCommandLine({root, {}, true}, L"m", L"q", L"a"));
+
+        ASSERT_EQ(words.size(), 10U);
+        EXPECT_EQ(words[2], root);
+    }
+}
+
 TEST(GetChildCommandLine, HandsOnWhatTheRunWasStartedWith)
 {
     const std::wstring line = GetChildCommandLine({L"/d/", {L"eins", L"mit Lücke"}, false}, L"m", L"q", L"a");

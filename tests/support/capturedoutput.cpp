@@ -24,10 +24,9 @@ public:
 
     void Output(const LuTestSuiteOut& line) override
     {
-        const std::lock_guard lock(m_mutex);
-        if (m_isListening)
+        if (const std::function<void()> function = record(line))
         {
-            m_lines.push_back({line.GetText(), line.IsBold(), line.IsUnderlined(), line.HasColor(), line.GetColor()});
+            function();
         }
     }
 
@@ -36,6 +35,7 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         m_lines.clear();
+        m_function = nullptr;
         return std::exchange(m_isListening, on) != on;
     }
 
@@ -51,7 +51,26 @@ public:
         m_lines.clear();
     }
 
+    void OnLine(const std::wstring& text, std::function<void()> function)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_awaited = text;
+        m_function = std::move(function);
+    }
+
 private:
+    /// The function that the line calls for, if any.
+    std::function<void()> record(const LuTestSuiteOut& line)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_isListening)
+        {
+            return nullptr;
+        }
+        m_lines.push_back({line.GetText(), line.IsBold(), line.IsUnderlined(), line.HasColor(), line.GetColor()});
+        return m_function && line.GetText() == m_awaited ? std::exchange(m_function, nullptr) : nullptr;
+    }
+
     static CRecorder* make()
     {
         auto* const recorder = new CRecorder;
@@ -62,6 +81,8 @@ private:
     mutable std::mutex m_mutex;
     std::vector<CapturedOutput::SLine> m_lines;
     bool m_isListening = false;
+    std::wstring m_awaited;
+    std::function<void()> m_function;
 };
 
 } // namespace
@@ -99,6 +120,11 @@ std::wstring CapturedOutput::GetText() const
 void CapturedOutput::Clear()
 {
     CRecorder::GetInstance().Clear();
+}
+
+void CapturedOutput::OnLine(const std::wstring& text, std::function<void()> function)
+{
+    CRecorder::GetInstance().OnLine(text, std::move(function));
 }
 
 CapturedOutput::SLine CapturedOutput::Plain(std::wstring text)

@@ -1,6 +1,7 @@
 /// The output lines of a test.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -35,6 +36,9 @@ public:
     std::wstring GetText() const;
 
     void Clear();
+
+    /// Has the function called within the emission of the next line of this text, after it was recorded.
+    void OnLine(const std::wstring& text, std::function<void()> function);
 
     // Expected lines.
     static SLine Plain(std::wstring text);

@@ -1,7 +1,6 @@
 /// The mode that finds data sets of identical content, and deletes all but the oldest of each.
 
 #include <algorithm>
-#include <limits>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -13,11 +12,11 @@
 #include "base/lbpath.h"
 #include "base/lbuniqueid.h"
 #include "base/lumurmurhash3.h"
-#include "base/lustream.h"
 #include "base/os/clock.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/modes/filechecksums.h"
 #include "testing/lutestsuite/utils/selection.h"
 #include "testing/lutestsuite/utils/utilsfailure.h"
 #include "testing/lutestsuite/utils/warning.h"
@@ -53,37 +52,8 @@ struct SChecksumHash
     }
 };
 
-/// Reads whole files, one at a time, and computes their checksums.
-class CFileChecksums
-{
-public:
-    /// Nothing for a file that is too long for a checksum. Throws LbException when the file cannot be read as a whole.
-    std::optional<Checksum> Get(const std::wstring& path)
-    {
-        LuStreamReadBinaryFile file(path);
-        const std::uint64_t size = file.GetSize();
-        if (size > std::numeric_limits<std::uint32_t>::max())
-        {
-            return std::nullopt;
-        }
-        // The memory stays for the next file. One byte more than the file had shows that it grew meanwhile.
-        if (m_buffer.size() <= size)
-        {
-            m_buffer.resize(static_cast<std::size_t>(size) + 1);
-        }
-        if (file.Read(m_buffer.data(), static_cast<std::size_t>(size) + 1) != size)
-        {
-            throw LbException();
-        }
-        return LuMurmurHash3::GetOptimizedChecksum128(m_buffer.data(), static_cast<std::uint32_t>(size), 0);
-    }
-
-private:
-    std::vector<char> m_buffer;
-};
-
 std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const LuTestSuite::STestCase& testCase,
-                                    CFileChecksums& checksums)
+                                    LuTestSuite::CFileChecksums& checksums)
 {
     // Opening a pipe would wait for somebody who writes to it.
     if (!LbOs::IsRegularFile(testCase.dataSetFile))
@@ -102,7 +72,7 @@ std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const Lu
 }
 
 /// In case order. Two cases of one file are one data set.
-std::vector<SDataSet> examineFiles(const LuTestSuite::SUnitTest& test, CFileChecksums& checksums)
+std::vector<SDataSet> examineFiles(const LuTestSuite::SUnitTest& test, LuTestSuite::CFileChecksums& checksums)
 {
     std::vector<SDataSet> dataSets;
     std::unordered_set<std::wstring> paths;
@@ -152,7 +122,7 @@ void putOldestFirst(DuplicateSet& set)
     std::rotate(set.begin(), oldest, oldest + 1);
 }
 
-SDuplicates examine(const LuTestSuite::SUnitTest& test, CFileChecksums& checksums)
+SDuplicates examine(const LuTestSuite::SUnitTest& test, LuTestSuite::CFileChecksums& checksums)
 {
     SDuplicates duplicates{test.dataDirectory, {}};
     for (std::vector<SDataSet>& group : groupByChecksum(examineFiles(test, checksums)))
@@ -182,7 +152,8 @@ class CDeletion
 public:
     /// Looks at all sets before anything is deleted: a file may be redundant in its own set and kept by another's link.
     CDeletion(const std::vector<SDuplicates>& results, const std::wstring& dataDir)
-        : m_dataDirectory(LbPath::WithSeparator(LbOs::GetCanonicalPath(dataDir)))
+        : m_dataDirectory(LuTestSuiteUtils::AddBackslash(LbOs::GetFullPath(dataDir))),
+          m_canonicalDirectory(LbPath::WithSeparator(LbOs::GetCanonicalPath(m_dataDirectory)))
     {
         for (const SDuplicates& duplicates : results)
         {
@@ -196,7 +167,7 @@ public:
     /// False when it failed, or must not be.
     bool Delete(const SDataSet& dataSet, const SDataSet& kept) const
     {
-        if (!LbFileSystem::IsFile(kept.path) || !isInside(dataSet.path))
+        if (!LbFileSystem::IsFile(kept.path) || !isInOwnFolder(dataSet))
         {
             return false;
         }
@@ -217,11 +188,15 @@ private:
         }
     }
 
-    /// A linked folder belongs to somebody else.
-    bool isInside(const std::wstring& path) const
+    /// What a link between the data directory and the file leads to belongs to somebody else.
+    bool isInOwnFolder(const SDataSet& dataSet) const
     {
-        const std::wstring folder = LbOs::GetCanonicalPath(LbPath::GetParent(path));
-        return !m_dataDirectory.empty() && LbPath::WithSeparator(folder).starts_with(m_dataDirectory);
+        if (m_canonicalDirectory.empty() || !dataSet.unitTestPath.starts_with(m_dataDirectory))
+        {
+            return false;
+        }
+        const std::wstring ownFolder = m_canonicalDirectory + dataSet.unitTestPath.substr(m_dataDirectory.size());
+        return LbPath::WithSeparator(LbOs::GetCanonicalPath(LbPath::GetParent(dataSet.path))) == ownFolder;
     }
 
     /// Whether a kept link leads through this one shows when this one is away.
@@ -244,7 +219,8 @@ private:
         return false;
     }
 
-    std::wstring m_dataDirectory;                 ///< canonical
+    std::wstring m_dataDirectory; ///< as the paths of unit tests begin
+    std::wstring m_canonicalDirectory;
     std::unordered_set<std::wstring> m_keptFiles; ///< canonical: of a link what it leads to
     std::vector<std::wstring> m_keptLinks;
 };
@@ -308,7 +284,7 @@ void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTe
     LuTestSuite::LoadTestModules(setup, environment);
     UnitTests tests = LuTestSuite::FindUnitTests(setup, true);
     LuTestSuite::SelectTestCases(setup, tests);
-    CFileChecksums checksums;
+    LuTestSuite::CFileChecksums checksums;
     std::vector<SDuplicates> results;
     std::size_t redundantCount = 0;
     for (const LuTestSuite::SUnitTest& test : tests)

@@ -73,15 +73,13 @@ void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
 
 bool LuTestSuiteUtils::CheckForSameParentProcess()
 {
-    const unsigned long own = LbOs::GetProcessNumber();
-    const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
-    const auto process = std::ranges::find(processes, own, &LbOs::SProcess::number);
-    if (process == processes.end())
+    const std::optional<unsigned long> parent = LbOs::GetParentProcessNumber();
+    if (!parent)
     {
         return false;
     }
-    const std::wstring ownName = LbOs::GetProcessExecutableName(own);
-    const std::wstring parentName = LbOs::GetProcessExecutableName(process->parentNumber);
+    const std::wstring ownName = LbOs::GetProcessExecutableName(LbOs::GetProcessNumber());
+    const std::wstring parentName = LbOs::GetProcessExecutableName(*parent);
     if (ownName.empty() || parentName.empty())
     {
         LuTestSuite::ThrowUtilsFailure(L"LuTestSuiteUtils::CheckForSameParentProcess");

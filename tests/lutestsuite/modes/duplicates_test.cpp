@@ -1,81 +1,9 @@
-#include <chrono>
-#include <filesystem>
-#include <fstream>
-
-#include <gtest/gtest.h>
-
-#include "base/lbencoding.h"
-#include "base/lbfilesystem.h"
-#include "base/lbformat.h"
-#include "base/lbpath.h"
-#include "base/os/testaids.h"
-#include "testing/lutestsuite/lutestsuiteutils.h"
-#include "tests/support/runtest.h"
-#include "tests/support/scopedfolder.h"
+#include "tests/lutestsuite/modes/duplicatestest.h"
 
 namespace
 {
 
-std::filesystem::path toPath(const std::wstring& path)
-{
-    // Names of any script reach the system's wide or narrow calls as they stand.
-    return std::filesystem::path(path);
-}
-
-class Duplicates : public RunTest
-{
-protected:
-    std::wstring Detect(EDuplicateMode mode)
-    {
-        LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
-        setup.duplicateMode = mode;
-        return Detect(setup);
-    }
-
-    std::wstring Detect(const LuTestSuiteSetup& setup)
-    {
-        LuTestSuiteUtils::RunDuplicateDetection(setup, m_environment);
-        return m_output.GetText();
-    }
-
-    /// Writes a data set that was last changed so many seconds ago.
-    std::wstring Write(const std::wstring& name, const std::string& content, int age = 100) const
-    {
-        const std::wstring path = m_folder.WriteFile(L"CDataSetModel/" + name, content);
-        SetAge(path, age);
-        return path;
-    }
-
-    static void SetAge(const std::wstring& path, int age)
-    {
-        std::filesystem::last_write_time(toPath(path), s_Now - std::chrono::seconds(age));
-    }
-
-    bool Link(const std::wstring& name, const std::wstring& target) const
-    {
-        std::error_code error;
-        std::filesystem::create_symlink(toPath(target), toPath(m_folder.GetPathOf(L"CDataSetModel/" + name)), error);
-        return !error;
-    }
-
-    std::wstring GetCheck() const { return L"Check: " + GetDirectory() + L"\n\n"; }
-
-    std::wstring GetDirectory() const { return m_folder.GetPathOf(L"CDataSetModel") + LbPath::c_Separator; }
-
-    std::wstring GetSummary(int classes, int redundant) const
-    {
-        return LbFormat(L"Durchsuchtes Datenverzeichnis: %s\n"
-                        L"Gefundene Unittest-Klassen: %d\n"
-                        L"Redundante Datensätze darin: %d\n",
-                        m_folder.GetPath(), classes, redundant);
-    }
-
-    static std::filesystem::file_time_type s_Now;
-
-    ScopedFolder m_folder;
-};
-
-std::filesystem::file_time_type Duplicates::s_Now = std::filesystem::file_time_type::clock::now();
+using Duplicates = DuplicatesTest;
 
 TEST_F(Duplicates, AreListedWithTheOldestFirst)
 {
@@ -124,23 +52,6 @@ TEST_F(Duplicates, AreOnlyListedInTheListMode)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-TEST_F(Duplicates, AreDeletedButForTheOldest)
-{
-    const std::wstring a = Write(L"a.txt", "gut", 100);
-    const std::wstring b = Write(L"b.txt", "gut", 200);
-    const std::wstring c = Write(L"c.txt", "gut", 100);
-    const std::wstring d = Write(L"d.txt", "anders", 100);
-
-    EXPECT_EQ(Detect(eDM_Delete),
-              GetCheck() + GetDirectory() +
-                  L"\n  Duplikat-Set (1/1):\n    b.txt... [KEEP]\n    a.txt... [DELETED]\n    c.txt... [DELETED]\n\n" +
-                  GetSummary(1, 2));
-    EXPECT_FALSE(LbFileSystem::Exists(a));
-    EXPECT_FALSE(LbFileSystem::Exists(c));
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(b), "gut");
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(d), "anders");
-}
-
 TEST_F(Duplicates, AreOnlyLookedForInTheModeNone)
 {
     Write(L"a.txt", "gut");
@@ -181,14 +92,6 @@ TEST_F(Duplicates, AreLookedForInTheSelection)
     EXPECT_EQ(Detect(setup), GetCheck() + GetSummary(1, 0));
 }
 
-TEST_F(Duplicates, AreNoneAmongCasesThatAreNoFiles)
-{
-    m_folder.WriteFile(L"CPassedModel/x.txt", "gut");
-    m_folder.WriteFile(L"CPassedModel/y.txt", "gut");
-
-    EXPECT_TRUE(Detect(eDM_Delete).ends_with(L"\n\n" + GetSummary(1, 0)));
-}
-
 TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
 {
     Write(L"a.txt", std::string(100, 'x'));
@@ -198,148 +101,12 @@ TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
     EXPECT_TRUE(Detect(eDM_List).ends_with(GetSummary(1, 0)));
 }
 
-TEST_F(Duplicates, LeaveOutFilesThatAreTooLong)
-{
-    const std::wstring a = Write(L"a.txt", "gut");
-    const std::wstring b = Write(L"b.txt", "gut");
-    std::filesystem::resize_file(toPath(a), 0x100000000);
-    std::filesystem::resize_file(toPath(b), 0x100000000);
-
-    EXPECT_EQ(Detect(eDM_Delete), GetCheck() + GetSummary(1, 0));
-    EXPECT_TRUE(LbFileSystem::IsFile(a));
-    EXPECT_TRUE(LbFileSystem::IsFile(b));
-}
-
-TEST_F(Duplicates, LoseLinksButNotTheirTargets)
-{
-    const ScopedFolder elsewhere;
-    const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
-    SetAge(target, 100);
-    const std::wstring kept = Write(L"a.txt", "gut", 200);
-    if (!Link(L"b.txt", target))
-    {
-        GTEST_SKIP() << "links cannot be made here";
-    }
-
-    EXPECT_NE(Detect(eDM_Delete).find(L"    a.txt... [KEEP]\n    b.txt... [DELETED]\n"), std::wstring::npos);
-    EXPECT_TRUE(LbFileSystem::IsFile(target));
-    EXPECT_TRUE(LbFileSystem::IsFile(kept));
-    EXPECT_FALSE(LbOs::IsLink(m_folder.GetPathOf(L"CDataSetModel/b.txt")));
-}
-
-TEST_F(Duplicates, KeepTheTargetOfALinkThatIsKept)
-{
-    const std::wstring target = Write(L"b.txt", "gut", 200);
-    const std::wstring copy = Write(L"c.txt", "gut", 100);
-    if (!Link(L"a.txt", target))
-    {
-        GTEST_SKIP() << "links cannot be made here";
-    }
-
-    const std::wstring text = Detect(eDM_Delete);
-
-    EXPECT_NE(
-        text.find(L"    a.txt... [KEEP]\nFehler während Löschen von Datei " + target + L"\n    c.txt... [DELETED]\n"),
-        std::wstring::npos)
-        << LbEncoding::ToUtf8(text);
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(target), "gut");
-    EXPECT_FALSE(LbFileSystem::Exists(copy));
-}
-
-/// The oldest of one set is a link to what another set could do without.
-TEST_F(Duplicates, KeepWhatTheKeptLinkOfAnotherSetLeadsTo)
-{
-    const std::wstring copy = m_folder.WriteFile(L"1/CDataSetModel/c.txt", "gut");
-    const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
-    const std::wstring target = m_folder.WriteFile(L"2/CDataSetModel/y.txt", "gut");
-    SetAge(copy, 100);
-    SetAge(target, 200);
-    SetAge(oldest, 300);
-    std::error_code error;
-    std::filesystem::create_symlink(toPath(LbPath::ToNative(L"../../2/CDataSetModel/y.txt")),
-                                    toPath(m_folder.GetPathOf(L"1/CDataSetModel/a.txt")), error);
-    if (error)
-    {
-        GTEST_SKIP() << "links cannot be made here";
-    }
-
-    const std::wstring text = Detect(eDM_Delete);
-
-    EXPECT_NE(text.find(L"    a.txt... [KEEP]\n    c.txt... [DELETED]\n"), std::wstring::npos)
-        << LbEncoding::ToUtf8(text);
-    EXPECT_NE(text.find(L"    x.txt... [KEEP]\nFehler während Löschen von Datei " + target + L"\n"), std::wstring::npos)
-        << LbEncoding::ToUtf8(text);
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"1/CDataSetModel/a.txt")), "gut");
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(oldest), "gut");
-}
-
-TEST_F(Duplicates, LoseAllLinksToOneFileButTheFirst)
-{
-    const ScopedFolder elsewhere;
-    const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
-    m_folder.MakeFolder(L"CDataSetModel");
-    if (!Link(L"a.txt", target) || !Link(L"b.txt", target))
-    {
-        GTEST_SKIP() << "links cannot be made here";
-    }
-
-    const std::wstring text = Detect(eDM_Delete);
-
-    EXPECT_NE(text.find(L"    a.txt... [KEEP]\n    b.txt... [DELETED]\n"), std::wstring::npos)
-        << LbEncoding::ToUtf8(text);
-    EXPECT_EQ(LbFileSystem::GetFileNames(GetDirectory()), std::vector<std::wstring>{L"a.txt"});
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetDirectory() + L"a.txt"), "gut");
-}
-
-TEST_F(Duplicates, KeepTheLinkThatAKeptOneLeadsThrough)
-{
-    const ScopedFolder elsewhere;
-    const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
-    m_folder.MakeFolder(L"CDataSetModel");
-    if (!Link(L"a.txt", L"b.txt") || !Link(L"b.txt", target) || !Link(L"c.txt", target))
-    {
-        GTEST_SKIP() << "links cannot be made here";
-    }
-
-    const std::wstring text = Detect(eDM_Delete);
-
-    EXPECT_NE(text.find(L"    a.txt... [KEEP]\nFehler während Löschen von Datei " + GetDirectory() +
-                        L"b.txt\n    c.txt... [DELETED]\n"),
-              std::wstring::npos)
-        << LbEncoding::ToUtf8(text);
-    EXPECT_EQ(LbFileSystem::GetFileNames(GetDirectory()), (std::vector<std::wstring>{L"a.txt", L"b.txt"}));
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetDirectory() + L"a.txt"), "gut");
-}
-
-TEST_F(Duplicates, AreNotDeletedOutsideTheDataDirectory)
-{
-    const ScopedFolder elsewhere;
-    const std::wstring a = elsewhere.WriteFile(L"CDataSetModel/a.txt", "gut");
-    const std::wstring b = elsewhere.WriteFile(L"CDataSetModel/b.txt", "gut");
-    SetAge(a, 200);
-    std::error_code error;
-    std::filesystem::create_directory_symlink(toPath(elsewhere.GetPathOf(L"CDataSetModel")),
-                                              toPath(m_folder.GetPathOf(L"CDataSetModel")), error);
-    if (error)
-    {
-        GTEST_SKIP() << "links cannot be made here";
-    }
-
-    const std::wstring text = Detect(eDM_Delete);
-
-    EXPECT_NE(text.find(L"    a.txt... [KEEP]\nFehler während Löschen von Datei " + GetDirectory() + L"b.txt\n"),
-              std::wstring::npos)
-        << LbEncoding::ToUtf8(text);
-    EXPECT_TRUE(LbFileSystem::IsFile(a));
-    EXPECT_TRUE(LbFileSystem::IsFile(b));
-}
-
 /// A pipe that nobody writes to.
 TEST_F(Duplicates, DoNotWaitForWhatIsNoFile)
 {
     Write(L"b.txt", "gut");
     Write(L"c.txt", "gut");
-    if (!LbOs::MakePipeFile(GetDirectory() + L"a.txt"))
+    if (!LbOs::MakePipe(GetDirectory() + L"a.txt"))
     {
         GTEST_SKIP() << "no pipes in folders here";
     }
@@ -351,34 +118,58 @@ TEST_F(Duplicates, DoNotWaitForWhatIsNoFile)
     EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
 }
 
-/// One folder under two names: the second time the files are gone already.
-TEST_F(Duplicates, ReportWhatCannotBeDeletedAndGoOn)
+/// Files that open, but whose bytes are not to be had: a small one, and one that a thread of its own reads.
+TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
 {
-    const std::wstring kept = Write(L"a.txt", "gut", 200);
-    Write(L"b.txt", "gut");
-    Write(L"c.txt", "gut");
-    m_folder.MakeFolder(L"auch");
-    std::error_code error;
-    std::filesystem::create_directory_symlink(toPath(m_folder.GetPathOf(L"CDataSetModel")),
-                                              toPath(m_folder.GetPathOf(L"auch/CDataSetModel")), error);
-    if (error)
+    constexpr std::uint32_t c_Large = 1 << 20;
+    const std::wstring small = Write(L"a.txt", "gut");
+    const std::wstring large = Write(L"b.txt", std::string(c_Large, 'x'));
+    Write(L"c.txt", std::string(c_Large, 'x'));
+    Write(L"d.txt", std::string(c_Large, 'x'));
+    const std::shared_ptr<void> holdSmall = LbOs::HoldBytes(small, 0, 1);
+    const std::shared_ptr<void> holdLarge = LbOs::HoldBytes(large, c_Large / 2, 1);
+    if (!holdSmall || !holdLarge)
     {
-        GTEST_SKIP() << "links cannot be made here";
+        GTEST_SKIP() << "bytes cannot be held here";
     }
 
-    const std::wstring text = Detect(eDM_Delete);
+    const std::wstring text = Detect(eDM_List);
 
-    const auto count = [&text](std::wstring_view part) {
-        std::size_t found = 0;
-        for (std::size_t at = text.find(part); at != std::wstring::npos; at = text.find(part, at + 1))
+    EXPECT_TRUE(text.starts_with(L"Check: " + GetDirectory() + L"\nFehler während Einlesen von Datei " + small +
+                                 L"\nFehler während Einlesen von Datei " + large + L"\n\n"))
+        << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(text.ends_with(L"(1/1):\n    c.txt\n    d.txt\n\n" + GetSummary(1, 1))) << LbEncoding::ToUtf8(text);
+}
+
+/// Sizes around those at which another way of reading begins, each with a copy and one that differs in its last byte.
+TEST_F(Duplicates, AreFoundAtAnySize)
+{
+    constexpr std::size_t c_Piece = 64 * 1024;
+    int sets = 0;
+    for (const std::size_t size : {std::size_t{1}, std::size_t{17}, 4 * c_Piece - 1, 4 * c_Piece, 4 * c_Piece + 1,
+                                   16 * c_Piece - 1, 16 * c_Piece, 16 * c_Piece + 15, 50 * c_Piece})
+    {
+        const std::wstring name = LbFormat(L"%02d", sets++);
+        std::string content(size, '\0');
+        for (std::size_t index = 0; index < size; ++index)
         {
-            ++found;
+            content[index] = static_cast<char>(index * 31 + index / 251);
         }
-        return found;
-    };
-    EXPECT_EQ(count(L"[DELETED]"), 2U) << LbEncoding::ToUtf8(text);
-    EXPECT_EQ(count(L"Fehler während Löschen von Datei "), 2U) << LbEncoding::ToUtf8(text);
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(kept), "gut");
+        Write(name + L" a.txt", content);
+        Write(name + L" b.txt", content);
+        ++content.back();
+        Write(name + L" c.txt", content);
+    }
+
+    const std::wstring text = Detect(eDM_List);
+
+    for (int set = 0; set < sets; ++set)
+    {
+        EXPECT_NE(text.find(LbFormat(L"(%d/%d):\n    %02d a.txt\n    %02d b.txt\n", set + 1, sets, set, set)),
+                  std::wstring::npos)
+            << set;
+    }
+    EXPECT_TRUE(text.ends_with(GetSummary(1, sets))) << LbEncoding::ToUtf8(text);
 }
 
 TEST_F(Duplicates, ReportWhatCannotBeReadAndGoOn)
@@ -395,6 +186,46 @@ TEST_F(Duplicates, ReportWhatCannotBeReadAndGoOn)
 
     EXPECT_TRUE(text.starts_with(L"Check: " + GetDirectory() + L"\nFehler während Einlesen von Datei " +
                                  GetDirectory() + L"a.txt\n\n"))
+        << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
+}
+
+TEST_F(Duplicates, AreNoneAmongCasesThatAreNoFiles)
+{
+    m_folder.WriteFile(L"CPassedModel/x.txt", "gut");
+    m_folder.WriteFile(L"CPassedModel/y.txt", "gut");
+
+    EXPECT_TRUE(Detect(eDM_Delete).ends_with(L"\n\n" + GetSummary(1, 0)));
+}
+
+TEST_F(Duplicates, LeaveOutFilesThatAreTooLong)
+{
+    const std::wstring a = Write(L"a.txt", "gut");
+    const std::wstring b = Write(L"b.txt", "gut");
+    std::filesystem::resize_file(std::filesystem::path(a), 0x100000000);
+    std::filesystem::resize_file(std::filesystem::path(b), 0x100000000);
+
+    EXPECT_EQ(Detect(eDM_Delete), GetCheck() + GetSummary(1, 0));
+    EXPECT_TRUE(LbFileSystem::IsFile(a));
+    EXPECT_TRUE(LbFileSystem::IsFile(b));
+}
+
+TEST_F(Duplicates, ReportHeldFilesThatCannotBeReadAndGoOn)
+{
+    const std::shared_ptr<void> hold = LbOs::HoldFile(Write(L"a.txt", "gut"));
+    Write(L"b.txt", "gut");
+    Write(L"c.txt", "gut");
+    if (!hold)
+    {
+        GTEST_SKIP() << "files cannot be held here";
+    }
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_TRUE(text.starts_with(L"Check: " + GetDirectory() + L"\nFehler während Einlesen von Datei " +
+                                 GetDirectory() + L"a.txt\n\n"))
+        << LbEncoding::ToUtf8(text);
+    EXPECT_NE(text.find(L"    b.txt... [KEEP]\n    c.txt... [DELETED]\n"), std::wstring::npos)
         << LbEncoding::ToUtf8(text);
     EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
 }

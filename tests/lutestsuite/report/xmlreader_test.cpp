@@ -257,7 +257,7 @@ TEST_F(XmlReportReader, RefusesWhatIsNoFile)
         places.push_back(device);
     }
     // Nobody will ever write to it.
-    if (const std::wstring pipe = m_folder.GetPathOf(L"Leitung.xml"); LbOs::MakePipeFile(pipe))
+    if (const std::wstring pipe = m_folder.GetPathOf(L"Leitung.xml"); LbOs::MakePipe(pipe))
     {
         places.push_back(pipe);
     }

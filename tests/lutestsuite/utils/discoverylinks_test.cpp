@@ -1,16 +1,14 @@
 // The walk of a data directory with links to folders.
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "base/lbencoding.h"
 #include "base/lbpath.h"
+#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/scopedfolder.h"
 
@@ -35,10 +33,7 @@ protected:
     /// Makes a link of this name in the data directory.
     bool Link(const std::wstring& name, const std::wstring& target) const
     {
-        std::error_code error;
-        std::filesystem::create_directory_symlink(LbEncoding::ToNative(LbPath::WithoutSeparator(target)),
-                                                  LbEncoding::ToNative(m_folder.GetPathOf(name)), error);
-        return !error;
+        return LbOs::MakeLink(m_folder.GetPathOf(name), LbPath::WithoutSeparator(target));
     }
 
     /// The data directories of what is found, below the test's folder, with "/".

@@ -14,6 +14,7 @@
 #include "base/lbuniqueid.h"
 #include "base/os/console.h"
 #include "base/os/process.h"
+#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/probe.h"
@@ -28,10 +29,11 @@ constexpr std::uint32_t c_Long = 60000;
 constexpr std::uint32_t c_LongSec = 60;
 
 /// This test program as its own child, which runs one of the disabled tests below.
-std::unique_ptr<LbOs::CChildProcess> startOwnTest(const std::wstring& name)
+std::unique_ptr<LbOs::CChildProcess> startOwnTest(const std::wstring& name,
+                                                  const std::wstring& program = LbOs::GetExecutablePath())
 {
     LbOs::SChildOptions options;
-    options.program = LbOs::GetExecutablePath();
+    options.program = program;
     options.commandLine = L"tests --gtest_also_run_disabled_tests --gtest_filter=ProcessChild.DISABLED_" + name;
     options.isSilent = true;
     options.endsWithOwner = false;
@@ -43,12 +45,46 @@ TEST(ProcessChild, DISABLED_HasAParentOfTheSameName)
     EXPECT_TRUE(LuTestSuiteUtils::CheckForSameParentProcess());
 }
 
+TEST(ProcessChild, DISABLED_HasAParentOfAnotherName)
+{
+    EXPECT_FALSE(LuTestSuiteUtils::CheckForSameParentProcess());
+}
+
 TEST(ProcessChild, DISABLED_Parks)
 {
     const auto ready = LbOs::CNamedEvent::Open(LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY"));
     ASSERT_NE(ready, nullptr);
     ready->Set();
     LuTestSuiteUtils::EnterDebugBreakpoint();
+}
+
+/// Starts the next one and ends before that has asked.
+TEST(ProcessChild, DISABLED_LeavesAnOrphan)
+{
+    const auto ready = LbOs::CNamedEvent::Open(LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY"));
+    const auto orphan = startOwnTest(L"HasLostItsParent");
+    ASSERT_TRUE(orphan && ready);
+    EXPECT_EQ(ready->Wait(c_Long), LbOs::EEventWait::Signaled);
+}
+
+TEST(ProcessChild, DISABLED_HasLostItsParent)
+{
+    const std::wstring name = LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY");
+    const auto ready = LbOs::CNamedEvent::Open(name);
+    const auto left = LbOs::CNamedEvent::Open(name + L"-left");
+    const auto refused = LbOs::CNamedEvent::Open(name + L"-refused");
+    ASSERT_TRUE(ready && left && refused);
+    ready->Set();
+    ASSERT_EQ(left->Wait(c_Long), LbOs::EEventWait::Signaled);
+    try
+    {
+        LuTestSuiteUtils::CheckForSameParentProcess();
+    }
+    catch (const LbException& exception)
+    {
+        EXPECT_EQ(exception.GetSourceFile(), L"lutestsuiteutils");
+        refused->Set();
+    }
 }
 
 std::wstring getProbe()
@@ -169,6 +205,22 @@ TEST(KillAllByName, FindsNothingInOtherLetterCase)
     child->Terminate();
 }
 
+TEST(KillAllByName, WarnsWhenTheSystemDoesNotTellItsProcesses)
+{
+    const CapturedOutput output;
+    if (!LbOs::SetFilesForbidden(true))
+    {
+        GTEST_SKIP() << "the system always tells";
+    }
+    LuTestSuiteUtils::KillAllByName(L"gibt-es-nicht");
+    LbOs::SetFilesForbidden(false);
+
+    ASSERT_EQ(output.GetLines().size(), 1U);
+    EXPECT_EQ(output.GetLines()[0],
+              CapturedOutput::BoldColored(L"Warnung: Prozess Snapshot konnte nicht erstellt werden.\n",
+                                          LuColor::c_GOLDENROD));
+}
+
 /// On Linux one that has ended and that nobody has asked for its status has no name any more.
 TEST(KillAllByName, LeavesProcessesWithoutNameAlone)
 {
@@ -191,17 +243,46 @@ TEST(CheckForSameParentProcess, IsTrueForAChildOfTheSameExecutable)
     EXPECT_EQ(child->GetExitStatus(), 0);
 }
 
-TEST(CheckForSameParentProcess, IsFalseForOtherExecutables)
+TEST(CheckForSameParentProcess, FailsWhenTheParentHasEnded)
 {
-    try
+    const std::wstring name = LbUniqueId::Generate();
+    const ScopedEnvironmentVariable variable(L"LUTESTSUITE_TEST_READY", name);
+    const auto ready = LbOs::CNamedEvent::Create(name);
+    const auto left = LbOs::CNamedEvent::Create(name + L"-left");
+    const auto refused = LbOs::CNamedEvent::Create(name + L"-refused");
+    auto parent = startOwnTest(L"LeavesAnOrphan");
+    ASSERT_NE(parent, nullptr);
+    ASSERT_TRUE(parent->Wait(c_Long));
+    EXPECT_EQ(parent->GetExitStatus(), 0);
+    // Nothing of it is left in the system.
+    parent.reset();
+    left->Set();
+
+    EXPECT_EQ(refused->Wait(c_Long), LbOs::EEventWait::Signaled);
+}
+
+TEST(CheckForSameParentProcess, IsTrueForAFork)
+{
+    const std::optional<int> status =
+        LbOs::RunInFork([] { return LuTestSuiteUtils::CheckForSameParentProcess() ? 0 : 1; });
+    if (!status)
     {
-        EXPECT_FALSE(LuTestSuiteUtils::CheckForSameParentProcess());
+        GTEST_SKIP() << "processes do not fork here";
     }
-    catch (const LbException& exception)
-    {
-        EXPECT_EQ(exception.GetSourceFile(), L"lutestsuiteutils");
-        GTEST_SKIP() << "the parent of this program cannot be asked";
-    }
+    EXPECT_EQ(status, 0);
+}
+
+TEST(CheckForSameParentProcess, IsFalseForAChildOfAnotherExecutable)
+{
+    const std::wstring own = LbPath::GetLastComponent(LbOs::GetExecutablePath());
+    const std::wstring stem = own.substr(0, own.size() - std::wstring_view(LbOs::c_ExecutableSuffix).size());
+    const ProgramCopy program(stem, L"Kopie-" + LbUniqueId::Generate());
+
+    const auto child = startOwnTest(L"HasAParentOfAnotherName", program.GetPath());
+    ASSERT_NE(child, nullptr);
+
+    ASSERT_TRUE(child->Wait(c_Long));
+    EXPECT_EQ(child->GetExitStatus(), 0);
 }
 
 TEST(EnterDebugBreakpoint, ParksTheProcess)
@@ -225,7 +306,6 @@ TEST(OsProcesses, HoldThePresentOne)
     ASSERT_NE(own, processes.end());
     EXPECT_EQ(own->executableName, LbPath::GetLastComponent(LbOs::GetExecutablePath()));
     EXPECT_EQ(LbOs::GetProcessExecutableName(own->number), own->executableName);
-    EXPECT_NE(own->parentNumber, own->number);
 }
 
 } // namespace
