@@ -240,7 +240,7 @@ CChildProcess::~CChildProcess()
     {
         Terminate();
     }
-    else
+    else if (!m_state->isReaped)
     {
         // Ended or not, it is nobody's business any more; init takes over what is left of it.
         waitpid(m_state->process, nullptr, WNOHANG);
@@ -280,6 +280,13 @@ std::int64_t CChildProcess::GetExitStatus()
     m_state->isReaped = true;
     m_state->exitStatus = toExitStatus(end);
     return m_state->exitStatus;
+}
+
+void CChildProcess::LetGo()
+{
+    m_state->endsWithOwner = false;
+    Linux::ReleaseKeptGroup(m_state->group);
+    m_state->group = nullptr;
 }
 
 std::intptr_t CChildProcess::GetWaitHandle() const noexcept

@@ -150,6 +150,13 @@ std::int64_t CChildProcess::GetExitStatus()
     return status;
 }
 
+void CChildProcess::LetGo()
+{
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION none = {};
+    SetInformationJobObject(m_state->job.get(), JobObjectExtendedLimitInformation, &none, sizeof(none));
+    m_state->endsWithOwner = false;
+}
+
 std::intptr_t CChildProcess::GetWaitHandle() const noexcept
 {
     return reinterpret_cast<std::intptr_t>(m_state->process.get());
