@@ -6,6 +6,7 @@
 ///     sleep                    ends after a minute
 ///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
+///     starter NAME             the same, but ends at once
 ///     leaver NAME              as owner, but ends without a word when "NAME-l" is set
 ///     owner NAME               starts "parent NAME", which is to end with it, ends after a minute
 
@@ -67,13 +68,17 @@ int answer(const std::wstring& name)
 }
 
 /// Starts a process that answers, as any program would, and tells who has asked for it.
-int beParent(const std::wstring& name)
+int beParent(const std::wstring& name, bool stays)
 {
     const std::wstring command = LbCommandLine::Quote(LbOs::GetExecutablePath()) + L" answer " + name;
     const std::wstring inBackground = LbPath::c_Separator == L'\\' ? L"start \"\" /b " + command : command + L" &";
     const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
     const bool isStarted = std::system(LbEncoding::ToUtf8(inBackground).c_str()) == 0;
-    return isStarted && ready && ready->Set() ? sleepLong() : 1;
+    if (!isStarted || !ready || !ready->Set())
+    {
+        return 1;
+    }
+    return stays ? sleepLong() : 0;
 }
 
 /// Starts such a parent, which is to end with it. With `leaves` it is gone, as if it had been killed, when "NAME-l" is
@@ -113,9 +118,9 @@ int run(const Arguments& arguments)
     {
         return answer(arguments.at(2));
     }
-    if (command == L"parent")
+    if (command == L"parent" || command == L"starter")
     {
-        return beParent(arguments.at(2));
+        return beParent(arguments.at(2), command == L"parent");
     }
     const bool leaves = command == L"leaver";
     return leaves || command == L"owner" ? beOwner(arguments.at(2), leaves) : sleepLong();

@@ -175,6 +175,32 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWhenItsOwnerEndsWithoutAWord)
     EXPECT_TRUE(line.WaitGone());
 }
 
+TEST(OsChildProcess, OutlivesItsObjectWhenLetGo)
+{
+    CProbeLine line;
+    {
+        const auto child = StartProbe(L"answer " + line.GetName());
+        ASSERT_NE(child, nullptr);
+        child->LetGo();
+    }
+
+    EXPECT_TRUE(line.IsAlive());
+}
+
+TEST(OsChildProcess, CanBeTerminatedAfterItWasLetGo)
+{
+    CProbeLine line;
+    const auto child = StartProbe(L"parent " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+    child->LetGo();
+
+    child->Terminate();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
 TEST(OsChildProcess, OutlivesItsObjectWhenAsked)
 {
     CProbeLine line;
