@@ -128,8 +128,6 @@ TEST_F(HostModes, DeleteDuplicates)
               (std::vector<std::wstring>{L"#ExtraInfo.xml", L"a.txt", L"d.txt", L"e.txt"}));
 }
 
-constexpr bool c_IsWindows = LbPath::c_Separator == L'\\';
-
 /// Archive runs by the host of this build, of the example's checksum tests.
 class HostArchive : public HostModes
 {
@@ -192,35 +190,26 @@ protected:
         }
     }
 
-    /// Writes the example's configuration and gives the option's value for its run on this platform.
+    /// Writes the example's configuration and gives the option's value for its run of this build.
     std::wstring WriteExample() const
     {
-        const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
-        const std::wstring example = LbPath::ToNative(L"" LUTESTSUITE_SOURCE_DIR "/examples/archive/ArchiveRun.xml");
-        const std::wstring data = m_folder.GetPathOf(L"Daten und mehr");
-        const std::pair<std::wstring, std::wstring> folders[] = {
-            {c_IsWindows ? L"build/mingw-release/bin"
-             : IsDebug() ? L"build/linux-debug/bin"
-                         : L"build/linux-release/bin",
-             LbPath::WithoutSeparator(LbPath::GetParent(host))},
-            {c_IsWindows || !IsDebug() ? L"examples/data" : L"examples/data/Checksums", data},
-            {L"build/archive", m_folder.GetPathOf(L"Ausgabe")},
-        };
-        std::string text = LbFileSystem::ReadFile8Bit(example);
-        for (const auto& [folder, ours] : folders)
+        const bool isWindows = LbPath::c_Separator == L'\\';
+        const std::wstring binaryDir =
+            LbFormat(L"build/%s-%s/bin", isWindows ? L"mingw" : L"linux", IsDebug() ? L"debug" : L"release");
+        std::string text =
+            LbFileSystem::ReadFile8Bit(LbPath::ToNative(L"" LUTESTSUITE_SOURCE_DIR "/examples/archive/ArchiveRun.xml"));
+        for (const auto& [folder, ours] :
+             {std::pair(binaryDir, LbPath::GetParent(LbPath::ToNative(L"" LUTESTSUITE_HOST))),
+              std::pair(std::wstring(IsDebug() ? L"examples/data/Checksums" : L"examples/data"),
+                        m_folder.GetPathOf(L"Daten und mehr")),
+              std::pair(std::wstring(L"build/archive"), m_folder.GetPathOf(L"Ausgabe"))})
         {
-            const std::string marked = ">" + LbEncoding::ToUtf8(LbPath::ToNative(folder)) + "<";
-            EXPECT_NE(text.find(marked), std::string::npos) << marked;
-            replaceAll(text, marked, ">" + LbEncoding::ToUtf8(ours) + "<");
+            const std::string element = ">" + LbEncoding::ToUtf8(LbPath::ToNative(folder)) + "<";
+            EXPECT_NE(text.find(element), std::string::npos) << element;
+            replaceAll(text, element, ">" + LbEncoding::ToUtf8(LbPath::WithoutSeparator(ours)) + "<");
         }
-        if (c_IsWindows && IsDebug())
-        {
-            // The example has none for debug builds.
-            replaceAll(text, ">Release<", ">Debug<");
-        }
-        return m_folder.WriteFile(L"ArchiveRun.xml", text) + (c_IsWindows ? L":Windows"
-                                                              : IsDebug() ? L":Linux Debug"
-                                                                          : L":Linux");
+        return LbFormat(L"%s:%s%s", m_folder.WriteFile(L"ArchiveRun.xml", text), isWindows ? L"Windows" : L"Linux",
+                        IsDebug() ? L" Debug" : L"");
     }
 };
 
