@@ -10,8 +10,8 @@ set(private_names "LuOptionParser|^LuTestSuiteOut::LuTestSuiteOut\\(\\)|^LuTestS
 # Of the heap tracker all but "dump".
 string(APPEND private_names "|^LuTestSuiteHeapTracker::([a-ce-z]|d[^u])")
 
-# The tables of Windows programs and libraries name what is exported and what is imported, as the linker knows it. No
-# more is left in files that are shipped. The library imports nothing that it exports, and the program the reverse.
+# What is shipped for Windows names in its tables only what is exported and what is imported. A library does not import
+# what it exports, and a program exports nothing, so that the two need not be told apart.
 function(dump_windows_symbols file result)
     execute_process(COMMAND "${OBJDUMP}" -p "${file}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
     string(REGEX MATCHALL "_Z[A-Za-z0-9_.]+" symbols "${output}")
