@@ -193,9 +193,9 @@ public:
 
     // Processes -------------------------------------------------------------------------------------------------------
 
-    /// Starts a process and waits for its end, but not longer than the given time: then it is ended, and what it started
-    /// with it. What a process that ended in time has left running goes on. The arguments are one text, quoted by the
-    /// caller; the exit status is not looked at. A process that cannot be started, and one that is ended, cost a warning.
+    /// Starts a process and waits for its end, or ends it after the given time, and what it started with it. What a
+    /// process that ended in time has left running goes on. The arguments are one text, quoted by the caller; the exit
+    /// status is not looked at. A process that cannot be started, and one that is ended, cost a warning.
     static void ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
                                    const std::wstring& workingDir, std::uint32_t timeoutSec);
 
