@@ -202,8 +202,12 @@ LbException::LbException(std::wstring message, std::source_location where)
 }
 
 LbException::LbException(const wchar_t* function, std::wstring message, std::source_location where)
-    : m_message(std::move(message)), m_sourceFile(getBareFileName(where.file_name())), m_function(function),
-      m_line(where.line())
+    : LbException(function, std::move(message), getBareFileName(where.file_name()), where.line())
+{
+}
+
+LbException::LbException(const wchar_t* function, std::wstring message, std::wstring sourceFile, std::uint32_t line)
+    : m_message(std::move(message)), m_sourceFile(std::move(sourceFile)), m_function(function), m_line(line)
 {
     m_what = describe(*this);
 }

@@ -20,6 +20,10 @@ public:
     LbException(const wchar_t* function, std::wstring message,
                 std::source_location where = std::source_location::current());
 
+    /// With a function and a source file (bare name) of the caller's choice, for a class whose operations stand in many
+    /// files.
+    LbException(const wchar_t* function, std::wstring message, std::wstring sourceFile, std::uint32_t line);
+
     ~LbException() override;
 
     const std::wstring& GetMessageText() const noexcept { return m_message; }

@@ -63,6 +63,9 @@ public:
     /// another's.
     std::optional<std::int64_t> GetExitStatus();
 
+    /// From now on what was started ends neither with this object nor with the present process.
+    void LetGo();
+
     /// The system's handle that waits for the end, owned by the object. For the seam's own use.
     std::intptr_t GetWaitHandle() const noexcept;
 

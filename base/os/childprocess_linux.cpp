@@ -334,6 +334,13 @@ std::optional<std::int64_t> CChildProcess::GetExitStatus()
     return m_state->exitStatus;
 }
 
+void CChildProcess::LetGo()
+{
+    m_state->endsWithOwner = false;
+    Linux::ReleaseKeptGroup(m_state->group);
+    m_state->group = nullptr;
+}
+
 std::intptr_t CChildProcess::GetWaitHandle() const noexcept
 {
     return m_state->file.Get();

@@ -146,6 +146,13 @@ std::optional<std::int64_t> CChildProcess::GetExitStatus()
     return isKnown ? std::optional<std::int64_t>(status) : std::nullopt;
 }
 
+void CChildProcess::LetGo()
+{
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION none = {};
+    SetInformationJobObject(m_state->job.get(), JobObjectExtendedLimitInformation, &none, sizeof(none));
+    m_state->endsWithOwner = false;
+}
+
 std::intptr_t CChildProcess::GetWaitHandle() const noexcept
 {
     return reinterpret_cast<std::intptr_t>(m_state->process.get());

@@ -22,7 +22,6 @@ FLOORS = [
     (SUITE + "lutestsuiteheaptracker.cpp", 4),
     (SUITE + "lutestsuiteenvironment.cpp", 4),
     (SUITE + "lutestsuitetree.cpp", 4),
-    (SUITE + "lutestsuiteutils.cpp", 4),
     # The entry that picks the mode, and the auxiliary modes, stand above the run and its reports.
     (SUITE + "modes/*", 7),
     (SUITE + "utils/*", 4),

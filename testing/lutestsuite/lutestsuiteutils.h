@@ -194,9 +194,9 @@ public:
 
     // Processes -------------------------------------------------------------------------------------------------------
 
-    /// Starts a process, waits for its end, and ends it and what it started after the given time; the arguments are one
-    /// text, quoted by the caller. The exit status is not looked at. A process that cannot be started, and one that is
-    /// ended, cost a warning.
+    /// Starts a process and waits for its end, or ends it after the given time, and what it started with it. What a
+    /// process that ended in time has left running goes on. The arguments are one text, quoted by the caller; the exit
+    /// status is not looked at. A process that cannot be started, and one that is ended, cost a warning.
     static void ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
                                    const std::wstring& workingDir, std::uint32_t timeoutSec);
 
@@ -220,10 +220,10 @@ public:
     /// Lists the selected cases that their descriptions disable, by unit test. Throws what selection throws.
     static void ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-    /// Carries out the run that the setup's "file:name" names in a child process of a configured host, keeps its
-    /// reports in the archive, and renews the archive's overview. The child may run for 8 hours; what becomes of it is
-    /// no failure. A name that the file does not hold costs one line of output. Throws a German message as std::wstring
-    /// when the file or what it names is wrong or missing.
+    /// Carries out the run that the setup's "file:name" names in a child process of a configured host, which may take 8
+    /// hours, moves its reports to the archive, and renews the archive's overview. What becomes of the child is no
+    /// failure. A name that the file does not hold, and a report that cannot be moved, cost a line of output. Throws a
+    /// German message as std::wstring when the file or what it names is wrong or missing.
     static void RunArchiveMode(const LuTestSuiteSetup& setup);
 
     /// Finds the selected data sets whose files have the same content within one unit test, lists them, and deletes all

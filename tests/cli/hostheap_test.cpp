@@ -56,6 +56,20 @@ INSTANTIATE_TEST_SUITE_P(Cases, HostHeapFirstCase,
                                          L"druckt eine", L"schreibt in", L"rechnet Ortszeit", L"rechnet Sekunden",
                                          L"schreibt Ortszeit", L"nennt einen", L"ruft einmal", L"wartet auf"));
 
+TEST_F(HostHeap, GrowthIsNoFailure)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"CHeapModel");
+
+    const SHostRun run = RunHost({L"-d", folder.GetPath(), L"--dll", L"heapmodels", L"--track-heap", L"-i",
+                                  L":wächst um", L"-i", L":gibt alles"});
+
+    EXPECT_NE(run.output.find("WARNUNG (Ein Speicheranstieg von 16 Bytes wurde entdeckt)"), std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("\tgibt alles zurück... OK"), std::string::npos) << run.output;
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
 TEST_F(HostHeap, PreloadedAllocatorIsLeftAloneAndNothingIsCounted)
 {
     const std::wstring allocator = LbEncoding::FromUtf8(LUTESTSUITE_BIN_DIR "/preloadedallocator.so");

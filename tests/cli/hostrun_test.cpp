@@ -121,6 +121,20 @@ TEST_F(HostRun, FailsWhenACaseFailed)
     EXPECT_EQ(Run({}).exitStatus, 1);
 }
 
+TEST_F(HostRun, FailsWhenACaseTookTooLong)
+{
+    // The others are not to end by the limit, however long a busy machine takes for them.
+    m_folder.WriteFile(L"CCrashModel/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name=\"*her\"><TimeOutSec>600</TimeOutSec></TestCase></ExtraInfo>");
+
+    const SHostRun run = Run({L"--dll", L"crashmodels", L"-x", L"-t", L"1", L"-i", L":vorher$", L"-i",
+                              L":Endlosschleife$", L"-i", L":nachher$"});
+
+    ExpectGolden("cli/timeout.txt", FromPlatformLines(run.output));
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
 TEST_F(HostRun, SucceedsInSilenceWithoutUnitTests)
 {
     const SHostRun run = Run({});

@@ -1,4 +1,4 @@
-# Compares what a library exports with what a program takes from it. Expects: NM.
+# Compares what a library exports with what a program takes from it. Expects: NM, OBJDUMP.
 
 # Run as a script, where nothing else says so.
 cmake_policy(VERSION 3.25)
@@ -10,8 +10,32 @@ set(private_names "LuOptionParser|^LuTestSuiteOut::LuTestSuiteOut\\(\\)|^LuTestS
 # Of the heap tracker all but "dump".
 string(APPEND private_names "|^LuTestSuiteHeapTracker::([a-ce-z]|d[^u])")
 
-function(list_symbols file options result)
-    execute_process(COMMAND "${NM}" -D -C ${options} "${file}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+# What is shipped for Windows names in its tables only what is exported and what is imported. A library does not import
+# what it exports, and a program exports nothing, so that the two need not be told apart.
+function(dump_windows_symbols file result)
+    execute_process(COMMAND "${OBJDUMP}" -p "${file}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "_Z[A-Za-z0-9_.]+" symbols "${output}")
+    list(JOIN symbols "\n" lines)
+    set(list_file "${WORK}/symbols.txt")
+    file(WRITE "${list_file}" "${lines}\n")
+    find_program(CXXFILT NAMES c++filt REQUIRED)
+    execute_process(COMMAND "${CXXFILT}" INPUT_FILE "${list_file}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+    set(${result} "${output}" PARENT_SCOPE)
+endfunction()
+
+# `kind` is "defined" or "undefined".
+function(dump_symbols file kind result)
+    if(file MATCHES "\\.(dll|exe)$")
+        dump_windows_symbols("${file}" output)
+    else()
+        execute_process(COMMAND "${NM}" -D -C --${kind}-only "${file}"
+            OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+    set(${result} "${output}" PARENT_SCOPE)
+endfunction()
+
+function(list_symbols file kind result)
+    dump_symbols("${file}" ${kind} output)
     # Brackets would keep a list from being split.
     string(REGEX REPLACE "[][]" "" output "${output}")
     string(REPLACE "\n" ";" lines "${output}")
@@ -23,8 +47,8 @@ function(list_symbols file options result)
 endfunction()
 
 function(expect_every_operation_called library program)
-    list_symbols("${library}" --defined-only exported)
-    list_symbols("${program}" --undefined-only called)
+    list_symbols("${library}" defined exported)
+    list_symbols("${program}" undefined called)
     list(LENGTH exported count)
     if(count EQUAL 0)
         message(FATAL_ERROR "${library} exports nothing")

@@ -1,5 +1,5 @@
 # Installs a build tree, builds the project in outside/ against it and looks at what its run prints.
-# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, NM (empty where it reads no such files).
+# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, NM, OBJDUMP.
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/outside")
 set(prefix "${WORK}/prefix")
@@ -44,14 +44,25 @@ endforeach()
 
 # The program that calls every exported operation, with user data of its own.
 cmake_path(GET HOST EXTENSION suffix)
-set(ENV{XDG_DATA_HOME} "${WORK}/user")
+set(user "${WORK}/user")
 set(calls "${WORK}/calls/")
-file(MAKE_DIRECTORY "${calls}")
-run(${EMULATOR} "${build}/bin/OutsideHost${suffix}" "${drive}${source}/data/" "${drive}${calls}")
-
-# What the library exports and what the program takes from it, by signature, so that no operation is forgotten. The
-# sources are the same for all platforms.
-if(NM)
-    include("${CMAKE_CURRENT_LIST_DIR}/exported_operations.cmake")
-    expect_every_operation_called("${build}/bin/libLuTestSuite.so" "${build}/bin/OutsideHost")
+file(MAKE_DIRECTORY "${calls}" "${user}")
+set(command "${drive}${build}/bin/OutsideHost${suffix}" "${drive}${source}/data/" "${drive}${calls}")
+if(suffix STREQUAL ".exe")
+    # Wine sets the variable anew for each program that is started from outside.
+    string(REPLACE "/" "\\" native_user "${drive}${user}")
+    list(JOIN command "\" \"" words)
+    file(WRITE "${WORK}/calls.bat" "@set APPDATA=${native_user}\r\n@\"${words}\"\r\n")
+    run(${EMULATOR} cmd /c "${drive}${WORK}/calls.bat")
+else()
+    set(ENV{XDG_DATA_HOME} "${user}")
+    run(${command})
 endif()
+if(NOT IS_DIRECTORY "${user}/LuTestSuite/Orvell/Temp")
+    message(FATAL_ERROR "The program's user data is not in ${user}")
+endif()
+
+# What the library exports and what the program takes from it, by signature, so that no operation is forgotten.
+include("${CMAKE_CURRENT_LIST_DIR}/exported_operations.cmake")
+file(GLOB library "${build}/bin/*LuTestSuite.so" "${build}/bin/*LuTestSuite.dll")
+expect_every_operation_called("${library}" "${build}/bin/OutsideHost${suffix}")

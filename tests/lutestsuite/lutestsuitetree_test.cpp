@@ -254,6 +254,13 @@ TEST(LuTestSuiteTree, ThrowsWhenTwoUnitTestsShareAPath)
               L"LuTestSuiteTree::Build::<lambda>");
 }
 
+/// "B" is a case of one unit test and, behind the doubled separator, a folder of another.
+TEST(LuTestSuiteTree, ThrowsWhenAPathIsTooShortForItsFolder)
+{
+    EXPECT_EQ(getThrowingFunction({makeTest(L"/d/CA//", {L"B"}), makeTest(L"/d/CA/B/CX/", {L"x"})}),
+              L"LuTestSuiteTree::buildRecursive");
+}
+
 TEST(LuTestSuiteTree, ThrowsWhenTheOtherUnitTestOfAPathHasMoreCases)
 {
     EXPECT_EQ(getThrowingFunction({makeTest(L"/d/CA/", {L"a"}), makeTest(L"/d/CA/", {L"x", L"y"})}),

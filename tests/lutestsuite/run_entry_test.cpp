@@ -6,6 +6,7 @@
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
+#include "base/os/heapfunctions.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/runtest.h"
 #include "tests/support/scopedfolder.h"
@@ -61,6 +62,34 @@ TEST_F(RunCommandLine, IsFalseWhenInputIsMissing)
     m_folder.WriteFile(L"CDataSetModel/leer.txt", "");
 
     EXPECT_FALSE(Call(GetRunOptions()));
+}
+
+TEST_F(RunCommandLine, IsFalseWhenACaseTookTooLong)
+{
+    // That of the others is not to count, however long a busy machine takes for them.
+    m_folder.WriteFile(L"CPassedModel/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name=\"*\"><TimeOutSec>600</TimeOutSec></TestCase></ExtraInfo>");
+    m_folder.MakeFolder(L"CCrashModel");
+
+    EXPECT_FALSE(Call(GetRunOptions(
+        {L"--dll", L"crashmodels", L"-x", L"-t", L"1", L"-i", L"CPassedModel", L"-i", L":Endlosschleife$"})));
+    EXPECT_NE(GetUtf8().find("\tErfolgreich:\t1 Klasse, 2 Tests\n"), std::string::npos) << GetUtf8();
+}
+
+/// All that is wrong is the heap that one of the cases keeps.
+TEST_F(RunCommandLine, IsTrueWhenTheHeapGrew)
+{
+    if (LbOs::GetHeapFunctions().malloc == nullptr)
+    {
+        GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+    }
+    m_folder.MakeFolder(L"CPassedModel");
+    m_folder.MakeFolder(L"CHeapModel");
+
+    EXPECT_TRUE(Call(GetRunOptions({L"--dll", L"heapmodels", L"--track-heap", L"-i", L"CPassedModel", L"-i",
+                                    L":wächst um 16 Bytes$", L"-i", L":gibt alles zurück$"})));
+    EXPECT_NE(GetUtf8().find("WARNUNG (Ein Speicheranstieg von 16 Bytes wurde entdeckt)"), std::string::npos)
+        << GetUtf8();
 }
 
 TEST_F(RunCommandLine, IsTrueWhenNothingRan)

@@ -313,6 +313,8 @@ TEST_F(RunExternal, StopsWaitingWhenCanceled)
 
     EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Canceled);
     EXPECT_TRUE(result.cases.at(0).executed);
+    EXPECT_EQ(result.stats.unitTestsExecuted, 1U);
+    EXPECT_EQ(result.stats.unitTestsPassed, 0U);
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Unknown);
     EXPECT_FALSE(result.cases.at(1).executed);
 }

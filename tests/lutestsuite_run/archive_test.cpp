@@ -2,6 +2,7 @@
 
 #include "testing/lutestsuite/modes/archive.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -12,9 +13,12 @@
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/capturedoutput.h"
+#include "tests/support/fulldevice.h"
 #include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/timestamps.h"
 
 namespace
 {
@@ -271,6 +275,48 @@ protected:
         EXPECT_TRUE(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive")).empty());
     }
 
+    /// The archived report of each second that the run may begin in, without its ending.
+    std::vector<std::wstring> GetReportStems() const
+    {
+        std::vector<std::wstring> stems;
+        for (const std::wstring& stamp : GetNextTimeStamps())
+        {
+            stems.push_back(L"neu/Ausgabe/Archive/Report.x64.release." + stamp);
+        }
+        return stems;
+    }
+
+    std::vector<std::wstring> GetArchive() const
+    {
+        return LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive"));
+    }
+
+    /// Full paths of the child's own files that are there still.
+    std::vector<std::wstring> GetTemporaryFiles() const
+    {
+        const std::wstring folder = LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp" + LbPath::c_Separator;
+        std::vector<std::wstring> paths = LbFileSystem::GetFileNames(folder);
+        std::ranges::for_each(paths, [&folder](std::wstring& path) { path.insert(0, folder); });
+        return paths;
+    }
+
+    /// The child's XML report is where it was written, which `text` says once, and its page in the archive.
+    void ExpectOnlyThePage(const std::wstring& text) const
+    {
+        const std::vector<std::wstring> left = GetTemporaryFiles();
+        ASSERT_EQ(left.size(), 1U);
+        EXPECT_TRUE(left[0].ends_with(L"-Report.xml")) << LbEncoding::ToUtf8(left[0]);
+        EXPECT_EQ(LbFileSystem::ReadFile8Bit(left[0]), "xml");
+        const std::wstring line = L"Fehler: Report " + left[0] + L" konnte nicht archiviert werden.\n";
+        const std::size_t found = text.find(line);
+        EXPECT_NE(found, std::wstring::npos) << LbEncoding::ToUtf8(text);
+        EXPECT_EQ(text.find(L"Fehler", found + 1), std::wstring::npos) << LbEncoding::ToUtf8(text);
+
+        const std::vector<std::wstring> archive = GetArchive();
+        ASSERT_EQ(archive.size(), 3U);
+        EXPECT_TRUE(archive[2].ends_with(L".html")) << LbEncoding::ToUtf8(archive[2]);
+    }
+
     ScopedUserFolder m_user;
     ScopedFolder m_folder;
     SArchiveRun m_run;
@@ -303,6 +349,93 @@ TEST_F(ArchiveRunChild, IsEndedAfterItsTime)
         LbFormat(L"Warnung: Prozess LuTestSuiteCLI%s nach 1 Sekunden abgebrochen.\n", LbOs::c_ExecutableSuffix)))
         << LbEncoding::ToUtf8(text);
     ExpectEmptyArchive();
+}
+
+TEST_F(ArchiveRunChild, HasItsReportsArchived)
+{
+    m_run.dataDir = m_folder.MakeFolder(L"reports");
+    Execute();
+
+    const std::vector<std::wstring> archive = GetArchive();
+    ASSERT_EQ(archive.size(), 4U);
+    const std::wstring folder = m_folder.GetPathOf(L"neu/Ausgabe/Archive") + LbPath::c_Separator;
+    EXPECT_EQ(archive[0], L"LuTestSuite.css");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(folder + archive[0]), LuTestSuiteUtils::GetDefaultStylesheet());
+    EXPECT_EQ(archive[1], L"LuTestSuite.js");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(folder + archive[1]), LuTestSuiteUtils::GetJavascriptSource());
+    EXPECT_TRUE(archive[2].ends_with(L".html")) << LbEncoding::ToUtf8(archive[2]);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(folder + archive[2]), "html");
+    EXPECT_TRUE(archive[3].ends_with(L".xml")) << LbEncoding::ToUtf8(archive[3]);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(folder + archive[3]), "xml");
+    EXPECT_TRUE(GetTemporaryFiles().empty());
+}
+
+TEST_F(ArchiveRunChild, KeepsTheReportWhosePlaceInTheArchiveIsTaken)
+{
+    m_run.dataDir = m_folder.MakeFolder(L"reports");
+    for (const std::wstring& stem : GetReportStems())
+    {
+        m_folder.MakeFolder(stem + L".xml");
+    }
+
+    ExpectOnlyThePage(Execute());
+}
+
+TEST_F(ArchiveRunChild, KeepsTheReportThatFindsTheDiskFull)
+{
+    const std::wstring device = GetFullDevice();
+    if (device.empty())
+    {
+        GTEST_SKIP() << "no disk is full here";
+    }
+    m_run.dataDir = m_folder.MakeFolder(L"reports");
+    m_folder.MakeFolder(L"neu/Ausgabe/Archive");
+    for (const std::wstring& stem : GetReportStems())
+    {
+        std::filesystem::create_symlink(device, m_folder.GetPathOf(stem + L".xml.tmp"));
+    }
+
+    const std::wstring text = Execute();
+
+    // The links of the other seconds.
+    for (const std::wstring& name : GetArchive())
+    {
+        if (name.ends_with(L".tmp"))
+        {
+            std::filesystem::remove(m_folder.GetPathOf(L"neu/Ausgabe/Archive/" + name));
+        }
+    }
+    ExpectOnlyThePage(text);
+}
+
+TEST_F(ArchiveRunChild, KeepsItsReportsWithoutAnArchive)
+{
+    m_run.dataDir = m_folder.MakeFolder(L"reports");
+    const std::wstring archive = m_folder.WriteFile(L"neu/Ausgabe/Archive", "");
+    const std::wstring text = Execute();
+
+    const std::vector<std::wstring> left = GetTemporaryFiles();
+    ASSERT_EQ(left.size(), 2U);
+    EXPECT_TRUE(text.ends_with(LbFormat(L"Fehler: Report %s konnte nicht archiviert werden.\n"
+                                        L"Fehler: Report %s konnte nicht archiviert werden.\n"
+                                        L"Fehler: Ungültiges Verzeichnis %s%c\n",
+                                        left[1], left[0], archive, LbPath::c_Separator)))
+        << LbEncoding::ToUtf8(text);
+}
+
+TEST_F(ArchiveRunChild, HasItsReportsArchivedWithoutStylesheetWhenThatCannotBeWritten)
+{
+    m_run.dataDir = m_folder.MakeFolder(L"reports");
+    const std::wstring folder = m_folder.MakeFolder(L"neu/Ausgabe/Archive/LuTestSuite.css");
+
+    const std::wstring text = Execute();
+
+    EXPECT_NE(
+        text.find(LbFormat(L"\nFehler: Datei %s konnte nicht geöffnet werden\n", LbPath::WithoutSeparator(folder))),
+        std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(GetArchive().size(), 2U);
+    EXPECT_TRUE(GetTemporaryFiles().empty());
 }
 
 TEST_F(ArchiveRunChild, IsAnExecutableThatExists)

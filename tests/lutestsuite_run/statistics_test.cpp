@@ -51,6 +51,27 @@ TEST(CountCases, CountsWarningsOfCasesAndUnitTests)
     EXPECT_EQ(stats.unitTests.at(1).warnings, 1U);
 }
 
+/// Each of them alone spoils the verdict of a run.
+class CountCasesSpoiled : public testing::TestWithParam<ECaseRunResult>
+{
+};
+
+TEST_P(CountCasesSpoiled, PassesNoUnitTestWithOneSuchCase)
+{
+    const SStats stats = Count({MakeCase(0, ECaseRunResult::Ok, false), MakeCase(1, ECaseRunResult::Ok, false),
+                                MakeCase(1, GetParam(), false)},
+                               2);
+
+    EXPECT_EQ(stats.unitTestsExecuted, 2U);
+    EXPECT_EQ(stats.unitTestsPassed, 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Results, CountCasesSpoiled,
+                         testing::Values(ECaseRunResult::Error, ECaseRunResult::Exception, ECaseRunResult::NoInput,
+                                         ECaseRunResult::Different, ECaseRunResult::Unknown,
+                                         ECaseRunResult::NoMatchingCase, ECaseRunResult::Canceled,
+                                         ECaseRunResult::TimeOut));
+
 TEST(CountCases, CountsCanceledCasesAndThoseThatTookTooLong)
 {
     const SStats stats =

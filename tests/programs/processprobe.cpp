@@ -6,6 +6,7 @@
 ///     sleep                    ends after a minute
 ///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
+///     starter NAME             as parent, but ends at once
 ///     runaway NAME             as parent, but what it starts leaves for a session of its own, where there are any
 ///     outsider NAME            goes over to its parent's process group, where there are any, sets "NAME-r", then
 ///                              answers
@@ -76,14 +77,18 @@ int answer(const std::wstring& name)
 }
 
 /// Starts a process that answers, as any program would, and tells who has asked for it.
-int beParent(const std::wstring& name, bool isRunaway)
+int beParent(const std::wstring& name, bool stays, bool isRunaway)
 {
     const std::wstring command = LbCommandLine::Quote(LbOs::GetExecutablePath()) + L" answer " + name;
     const std::wstring inBackground =
         LbPath::c_Separator == L'\\' ? L"start \"\" /b " + command : (isRunaway ? L"setsid " : L"") + command + L" &";
     const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
     const bool isStarted = std::system(LbEncoding::ToUtf8(inBackground).c_str()) == 0;
-    return isStarted && ready && ready->Set() ? sleepLong() : 1;
+    if (!isStarted || !ready || !ready->Set())
+    {
+        return 1;
+    }
+    return stays ? sleepLong() : 0;
 }
 
 int beOutsider(const std::wstring& name)
@@ -141,9 +146,9 @@ int run(const Arguments& arguments)
     {
         return answer(arguments.at(2));
     }
-    if (command == L"parent" || command == L"runaway")
+    if (command == L"parent" || command == L"starter" || command == L"runaway")
     {
-        return beParent(arguments.at(2), command == L"runaway");
+        return beParent(arguments.at(2), command != L"starter", command == L"runaway");
     }
     if (command == L"outsider")
     {

@@ -2,6 +2,7 @@
 
 #include "base/lbcommandline.h"
 #include "base/lbdatetime.h"
+#include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbuniqueid.h"
@@ -9,6 +10,8 @@
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/modes/archive.h"
+#include "testing/lutestsuite/report/companions.h"
+#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {
@@ -75,16 +78,54 @@ std::wstring getSuffix(const SArchiveRun& run)
                     run.config == L"Debug" ? L"debug" : L"release");
 }
 
-/// A report that the child never wrote leaves the archive without one.
+/// The archive has the report whole or not at all; one that it cannot take stays where it is. A report that the child
+/// never wrote leaves the archive without one.
+bool moveReport(const std::wstring& report, const std::wstring& target)
+{
+    if (!LbFileSystem::IsFile(report))
+    {
+        return false;
+    }
+    const std::wstring temporary = target + L".tmp";
+    if (LbFileSystem::CopyContent(report, temporary) && LbOs::RenameFile(temporary, target))
+    {
+        LbOs::RemoveFile(report);
+        return true;
+    }
+    LbOs::RemoveFile(temporary);
+    LuTestSuite::WriteWarning(L"Fehler: Report %s konnte nicht archiviert werden.\n", report);
+    return false;
+}
+
+/// The style sheet and the script that the page links are written anew: the child's lie where other runs may take them
+/// away at any time.
+void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
+{
+    try
+    {
+        LuTestSuite::WriteCompanions(archivedPage, true, true);
+    }
+    catch (const LbException& exception)
+    {
+        LuTestSuite::WriteWarning(L"Fehler: %s\n", exception.GetMessageText());
+    }
+    for (const wchar_t* const name : {LuTestSuite::c_StylesheetName, LuTestSuite::c_ScriptName})
+    {
+        LbOs::RemoveFile(LuTestSuiteUtils::GetPrunedPath(page) + name);
+    }
+}
+
 void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const std::wstring& timestamp)
 {
     const std::wstring archive = LuTestSuiteUtils::AddBackslash(run.outDir + L"Archive");
+    // Without it the reports cannot be archived, each of which says so.
     LuTestSuiteUtils::AssertDirectory(archive);
-    const std::wstring suffix = getSuffix(run);
-    LbFileSystem::CopyContent(reports.xml, LbFormat(L"%sReport%s.%s.xml", archive, suffix, timestamp));
-    LbFileSystem::CopyContent(reports.html, LbFormat(L"%sReport%s.%s.html", archive, suffix, timestamp));
-    LbOs::RemoveFile(reports.xml);
-    LbOs::RemoveFile(reports.html);
+    const std::wstring stem = LbFormat(L"%sReport%s.%s", archive, getSuffix(run), timestamp);
+    moveReport(reports.xml, stem + L".xml");
+    if (moveReport(reports.html, stem + L".html"))
+    {
+        moveCompanions(reports.html, stem + L".html");
+    }
 }
 
 /// A drive keeps its separator: without it the name would mean the drive's working directory.

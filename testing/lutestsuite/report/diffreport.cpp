@@ -1,5 +1,6 @@
 /// The page that compares two runs.
 
+#include "testing/lutestsuite/report/companions.h"
 #include "testing/lutestsuite/report/diffpage.h"
 #include "testing/lutestsuite/report/matching.h"
 #include "testing/lutestsuite/report/page.h"

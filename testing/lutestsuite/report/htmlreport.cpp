@@ -1,6 +1,7 @@
 /// The page of one run.
 
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/report/companions.h"
 #include "testing/lutestsuite/report/page.h"
 #include "testing/lutestsuite/report/rundata.h"
 

@@ -22,13 +22,6 @@ void writeInlineStylesheet(LuTestSuite::MarkupWriter& writer)
     writer.WriteLine(std::wstring_view(text).substr(start));
 }
 
-void writeBytes(const std::wstring& path, const std::string& bytes)
-{
-    LuStreamWriteBinaryFile file(path);
-    file.Write(bytes.data(), bytes.size());
-    file.Close();
-}
-
 } // namespace
 
 void LuTestSuiteReport::writeHTMLHeader(LuTestSuiteUtils::LuMarkupWriter& writer, bool inlineStylesheet)
@@ -73,21 +66,6 @@ void LuTestSuite::WritePage(const std::wstring& path, const std::wstring& title,
     writer.WriteLineClose(L"</body>");
     writer.WriteLineClose(L"</html>");
     file.Close();
-}
-
-void LuTestSuite::WriteCompanions(const std::wstring& pagePath, bool writeCss, bool writeJs)
-{
-    std::wstring folder;
-    std::wstring name;
-    LuTestSuiteUtils::SplitFileName(pagePath, folder, name);
-    if (writeCss)
-    {
-        writeBytes(folder + L"LuTestSuite.css", LuTestSuiteUtils::GetDefaultStylesheet());
-    }
-    if (writeJs)
-    {
-        writeBytes(folder + L"LuTestSuite.js", LuTestSuiteUtils::GetJavascriptSource());
-    }
 }
 
 void LuTestSuite::WriteRow(MarkupWriter& writer, std::wstring_view start, std::wstring_view element,

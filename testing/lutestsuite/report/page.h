@@ -23,9 +23,6 @@ void WorkOrReport(const wchar_t* format, const std::wstring& path, const std::fu
 void WritePage(const std::wstring& path, const std::wstring& title,
                const std::function<void(MarkupWriter& writer)>& writeBody);
 
-/// Writes the style sheet and the script beside a page, each if it is wanted. Failures are thrown.
-void WriteCompanions(const std::wstring& pagePath, bool writeCss, bool writeJs);
-
 /// A row of one cell a text; `element` is "td" or "th", `start` its start tag.
 void WriteRow(MarkupWriter& writer, std::wstring_view start, std::wstring_view element,
               std::initializer_list<std::wstring_view> cells);

@@ -42,12 +42,15 @@ void LuTestSuiteUtils::ExecuteWithTimeout(const std::wstring& executable, const 
         LuTestSuiteOut::Write(L"         Working Directory: %s\n", workingDir);
         return;
     }
-    if (!child->Wait(timeoutSec * c_Second))
+    if (child->Wait(timeoutSec * c_Second))
     {
-        child->Terminate();
-        LuTestSuite::WriteWarning(L"Warnung: Prozess %s nach %d Sekunden abgebrochen.\n", GetFileNameOnly(executable),
-                                  timeoutSec);
+        // It may have left something running on purpose.
+        child->LetGo();
+        return;
     }
+    child->Terminate();
+    LuTestSuite::WriteWarning(L"Warnung: Prozess %s nach %d Sekunden abgebrochen.\n", GetFileNameOnly(executable),
+                              timeoutSec);
 }
 
 void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)

@@ -248,6 +248,32 @@ TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
     EXPECT_EQ(std::system(LbEncoding::ToNative(command).c_str()), 0);
 }
 
+TEST(OsChildProcess, OutlivesItsObjectWhenLetGo)
+{
+    CProbeLine line;
+    {
+        const auto child = StartProbe(L"answer " + line.GetName());
+        ASSERT_NE(child, nullptr);
+        child->LetGo();
+    }
+
+    EXPECT_TRUE(line.IsAlive());
+}
+
+TEST(OsChildProcess, CanBeTerminatedAfterItWasLetGo)
+{
+    CProbeLine line;
+    const auto child = StartProbe(L"parent " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+    child->LetGo();
+
+    child->Terminate();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
 TEST(OsChildProcess, OutlivesItsObjectWhenAsked)
 {
     CProbeLine line;

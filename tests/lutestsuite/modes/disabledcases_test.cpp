@@ -1,11 +1,26 @@
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/lbrtti.h"
+#include "base/luunittest.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/runtest.h"
 #include "tests/support/scopedfolder.h"
+
+/// A test may register it under other names.
+class CHomelessModel : public LuUnitTest
+{
+    LB_RTTI(CHomelessModel)
+    void InitSubtests() override
+    {
+        AddSubtest(L"eins", [] {});
+    }
+};
+LB_RTTI_CLASS(CHomelessModel, LuUnitTest)
 
 namespace
 {
@@ -45,6 +60,17 @@ TEST_F(DisabledCases, AreListedWithTheModuleOfTheirClass)
 
     EXPECT_EQ(List(), LbFormat(L"%s (resultmodels%s):\n    (1/1) zwei mit Lücke\n\n", directory, LbOs::c_ModuleSuffix) +
                           GetSummary(L"1 von 1", L"1 von 2"));
+}
+
+TEST_F(DisabledCases, AreListedWithoutTheModuleOfAClassThatIsInNone)
+{
+    const auto record =
+        std::make_unique<LbRTTI>(L"CModelOnTheHeap", &LuUnitTest::RTTI, LbRTTI::getCreate(L"CHomelessModel"));
+    m_folder.WriteFile(L"CModelOnTheHeap/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name=\"*\"><Enable>false</Enable></TestCase></ExtraInfo>");
+    const std::wstring directory = m_folder.GetPathOf(L"CModelOnTheHeap") + LbPath::c_Separator;
+
+    EXPECT_EQ(List(), directory + L" (Unbekannt):\n    (1/1) eins\n\n" + GetSummary(L"1 von 1", L"1 von 1"));
 }
 
 TEST_F(DisabledCases, AreNumbered)

@@ -111,6 +111,28 @@ TEST(ExecuteWithTimeout, EndsTheProcessAndSaysSo)
     EXPECT_EQ(output.GetLines()[0], CapturedOutput::BoldColored(text, LuColor::c_GOLDENROD));
 }
 
+TEST(ExecuteWithTimeout, EndsWhatTheProcessStartedAlongWithIt)
+{
+    CProbeLine line;
+    LuTestSuiteUtils::ExecuteWithTimeout(getProbe(), L"parent " + line.GetName(), L"", 1);
+
+    EXPECT_TRUE(line.WaitReady());
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST(ExecuteWithTimeout, LeavesAloneWhatAProcessHasStartedThatEndsInTime)
+{
+    const ProgramCopy program(L"processprobe", L"Probe-" + LbUniqueId::Generate());
+    CProbeLine line;
+    LuTestSuiteUtils::ExecuteWithTimeout(program.GetPath(), L"starter " + line.GetName(), L"", c_LongSec);
+
+    EXPECT_TRUE(line.WaitReady());
+    EXPECT_TRUE(line.IsAlive());
+    const CapturedOutput output;
+    LuTestSuiteUtils::KillAllByName(program.GetFileName());
+    EXPECT_TRUE(line.WaitGone());
+}
+
 TEST(ExecuteWithTimeout, HandsArgumentsAndWorkingDirectoryOn)
 {
     const ScopedFolder folder;

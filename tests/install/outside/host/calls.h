@@ -31,7 +31,8 @@ bool HasFailed();
 
 void WriteFile(const std::wstring& path, const std::string& bytes);
 
-/// What the program does when it has started itself: "park" waits for its end, "ask" writes an answer about its parent.
+/// What the program does when it has started itself: "park" writes a file and waits for its end, "ask" writes an
+/// answer about its parent.
 int WorkAsChild(const std::wstring& task, const std::wstring& answer);
 
 void CallEnvironment(LuTestSuiteEnvironment& environment);

@@ -1,7 +1,13 @@
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/lbuniqueid.h"
+#include "base/os/platform.h"
 #include "calls.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
@@ -10,6 +16,7 @@ namespace
 
 using Utils = LuTestSuiteUtils;
 
+constexpr std::uint32_t c_Enough = 60;
 constexpr const char* c_SameParent = "the parent runs the same program";
 
 /// The configuration of one run with the host beside this program.
@@ -28,12 +35,38 @@ std::wstring writeArchiveConfiguration(const SPlaces& places)
     return path;
 }
 
+void awaitFile(const std::wstring& path)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(c_Enough);
+    while (!LbFileSystem::IsFile(path) && std::chrono::steady_clock::now() < end)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+/// A copy of this program under a name that no other has parks until it is ended by that name.
+void callKillAllByName(const std::wstring& program, const SPlaces& places, CRecordedText& output)
+{
+    const std::wstring name = L"OutsideHost-" + LbUniqueId::Generate() + LbOs::c_ExecutableSuffix;
+    const std::wstring copy = Utils::GetPrunedPath(program) + name;
+    const std::wstring parked = places.work + L"killed.txt";
+    std::filesystem::copy_file(std::filesystem::path(program), std::filesystem::path(copy));
+    std::thread starter(
+        [&] { Utils::ExecuteWithTimeout(copy, LbFormat(L"park \"%s\"", parked), places.work, 2 * c_Enough); });
+    awaitFile(parked);
+    Utils::KillAllByName(name);
+    starter.join();
+    Expect(output.Take() == LbFormat(L"Aktiver Prozess %s gefunden. Wird terminiert.\n", name), "KillAllByName");
+    std::filesystem::remove(std::filesystem::path(copy));
+}
+
 } // namespace
 
 int WorkAsChild(const std::wstring& task, const std::wstring& answer)
 {
     if (task == L"park")
     {
+        WriteFile(answer, "");
         Utils::EnterDebugBreakpoint();
     }
     WriteFile(answer, Utils::CheckForSameParentProcess() ? c_SameParent : "");
@@ -43,16 +76,14 @@ int WorkAsChild(const std::wstring& task, const std::wstring& answer)
 void CallProcesses(const std::wstring& program, const SPlaces& places)
 {
     const std::wstring answer = places.work + L"answer.txt";
-    constexpr std::uint32_t c_Enough = 60;
     Utils::ExecuteWithTimeout(program, LbFormat(L"ask \"%s\"", answer), places.work, c_Enough);
     Expect(LbFileSystem::IsFile(answer) && LbFileSystem::ReadFile8Bit(answer) == c_SameParent,
            "CheckForSameParentProcess");
     CRecordedText output;
-    Utils::ExecuteWithTimeout(program, L"park -", places.work, 1);
+    Utils::ExecuteWithTimeout(program, LbFormat(L"park \"%s\"", places.work + L"parked.txt"), places.work, 1);
     Expect(output.Take().find(L"nach 1 Sekunden abgebrochen") != std::wstring::npos,
            "ExecuteWithTimeout, EnterDebugBreakpoint");
-    Utils::KillAllByName(L"no program has this name");
-    Expect(output.Take().empty(), "KillAllByName");
+    callKillAllByName(program, places, output);
 
     LuTestSuiteSetup setup;
     setup.archiveRun = writeArchiveConfiguration(places) + L":outside";
