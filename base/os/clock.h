@@ -25,6 +25,10 @@ struct SLocalTime
 /// The present local time. Any thread.
 LB_API SLocalTime GetLocalTimeNow();
 
+/// Has the run-time take what its calendar functions take once, for the process or for the calling thread. What another
+/// thread got from them stays as it is. Any thread.
+LB_API void WarmUpCalendar();
+
 /// When the content of a file was last changed, links followed, in local time; nothing when there is no such file. Any
 /// thread.
 LB_API std::optional<SLocalTime> GetModificationTime(const std::wstring& path);

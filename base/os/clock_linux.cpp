@@ -26,6 +26,12 @@ LbOs::SLocalTime LbOs::GetLocalTimeNow()
     return toLocalTime(std::time(nullptr));
 }
 
+void LbOs::WarmUpCalendar()
+{
+    // Looks up the time zone as localtime and ctime do, whose results threads share.
+    toLocalTime(0);
+}
+
 std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)
 {
     struct stat status = {};

@@ -1,5 +1,7 @@
 #include "base/os/clock.h"
 
+#include <ctime>
+
 #include "base/lbexception.h"
 #include "base/os/windows_api.h"
 
@@ -21,6 +23,13 @@ LbOs::SLocalTime LbOs::GetLocalTimeNow()
     SYSTEMTIME local = {};
     GetLocalTime(&local);
     return toLocalTime(local);
+}
+
+void LbOs::WarmUpCalendar()
+{
+    // Each thread has buffers of its own, and takes them with its first call.
+    const std::time_t begin = 0;
+    [[maybe_unused]] const char* const text = std::ctime(&begin);
 }
 
 std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)

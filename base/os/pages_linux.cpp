@@ -6,6 +6,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "base/os/cancellation_linux.h"
+
 namespace
 {
 
@@ -95,6 +97,7 @@ private:
         return character == '\n';
     }
 
+    const LbOs::Linux::CCancellationOff m_cancellationOff; ///< ahead of the file, which is opened and closed under it
     int m_file;
     std::size_t m_position = 0;
     std::size_t m_length = 0;

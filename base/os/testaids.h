@@ -26,6 +26,14 @@ bool MakeLink(const std::wstring& path, const std::wstring& target);
 /// The child's exit status, -1 for a signal; none where processes do not fork.
 std::optional<int> RunInFork(const std::function<int()>& function);
 
+/// As RunInFork, but the child has its parent's number: each is the first process of a name space of its own. None
+/// where the system does not allow that.
+std::optional<int> RunInForkOfSameNumber(const std::function<int()>& function);
+
+/// Calls `function` on a thread whose cancellation is pending. True when it came back. False where threads are not
+/// canceled.
+bool CallCanceled(const std::function<void()>& function);
+
 /// Forks, and both go on from here: 0 in the copy, which ends with a signal after 60 s at the latest, its number in the
 /// original. None where processes do not fork.
 std::optional<long> Fork();

@@ -9,7 +9,10 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <malloc.h>
+#include <pthread.h>
+#include <sched.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -66,6 +69,39 @@ std::optional<int> LbOs::RunInFork(const std::function<int()>& function)
     }
     int status = 0;
     return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& function)
+{
+    constexpr int c_Refused = 77;
+    const auto runFirst = [&function] {
+        // As the first process it hears no alarm of its own, so it ends with its parent, which does.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        return unshare(CLONE_NEWPID) == 0 ? *RunInFork(function) : c_Refused;
+    };
+    const std::optional<int> status = RunInFork(
+        [&runFirst] { return unshare(CLONE_NEWUSER | CLONE_NEWPID) == 0 ? *RunInFork(runFirst) : c_Refused; });
+    return status == c_Refused ? std::nullopt : status;
+}
+
+bool LbOs::CallCanceled(const std::function<void()>& function)
+{
+    struct SCall
+    {
+        const std::function<void()>& function;
+        bool isBack = false;
+    };
+    SCall call = {function};
+    const auto run = [](void* argument) -> void* {
+        auto& made = *static_cast<SCall*>(argument);
+        pthread_cancel(pthread_self());
+        made.function();
+        made.isBack = true;
+        pthread_testcancel();
+        return nullptr;
+    };
+    pthread_t thread = {};
+    return pthread_create(&thread, nullptr, run, &call) == 0 && pthread_join(thread, nullptr) == 0 && call.isBack;
 }
 
 std::optional<long> LbOs::Fork()

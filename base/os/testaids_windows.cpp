@@ -75,6 +75,16 @@ std::optional<int> LbOs::RunInFork(const std::function<int()>& /*function*/)
     return std::nullopt;
 }
 
+std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& /*function*/)
+{
+    return std::nullopt;
+}
+
+bool LbOs::CallCanceled(const std::function<void()>& /*function*/)
+{
+    return false;
+}
+
 std::optional<long> LbOs::Fork()
 {
     return std::nullopt;

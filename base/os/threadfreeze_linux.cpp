@@ -15,6 +15,8 @@
 #include <ucontext.h>
 #include <unistd.h>
 
+#include "base/os/cancellation_linux.h"
+
 // Each frozen thread sits in the handler of a real-time signal until the generation changes. A signal carries the
 // generation and the thread's slot, so that one that arrives after its freeze was given up does nothing.
 
@@ -426,6 +428,7 @@ greg_t& instructionPointer(std::uint64_t context) noexcept
 bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
 {
     Thaw();
+    const Linux::CCancellationOff cancellationOff;
     if (!takeSignal())
     {
         return false;

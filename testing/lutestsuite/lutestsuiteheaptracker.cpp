@@ -2,24 +2,23 @@
 
 #include <algorithm>
 #include <atomic>
-#include <memory>
 #include <thread>
 #include <utility>
 
 #include "base/lbassert.h"
 #include "base/os/heapfunctions.h"
-#include "base/os/process.h"
+#include "base/os/platform.h"
 #include "testing/lutestsuite/heap/allocationmap.h"
-#include "testing/lutestsuite/heap/operationlog.h"
 #include "testing/lutestsuite/heap/patchengine.h"
 #include "testing/lutestsuite/heap/snapshot.h"
+#include "testing/lutestsuite/heap/trackerstate.h"
 #include "testing/lutestsuite/heap/unpatchedheap.h"
 
 using LuTestSuite::CAllocationMap;
-using LuTestSuite::COperationLog;
 using LuTestSuite::CPatchEngine;
 using LuTestSuite::CSnapshot;
 using LuTestSuite::EPatchStatus;
+using LuTestSuite::s_trackerState;
 using LuTestSuite::SOperation;
 
 constinit LbCriticalSection LuTestSuiteHeapTracker::s_CriticalSection;
@@ -27,31 +26,28 @@ constinit LuTestSuiteHeapTracker* LuTestSuiteHeapTracker::s_TrackerList = nullpt
 constinit bool LuTestSuiteHeapTracker::s_bIsHooked = false;
 constinit bool LuTestSuiteHeapTracker::s_bDeactivateGlobal = false;
 
+constinit LuTestSuite::STrackerState LuTestSuite::s_trackerState;
+
 namespace
 {
 
 constinit CPatchEngine s_engine;
 
-/// Registered trackers that are switched on. Without any, the detours need no lock.
-constinit std::atomic<unsigned> s_activeCount = 0;
-
-/// The run-time's realloc is about to call its own malloc or free, once, which is no operation of the program. What
-/// these call in turn (the program's handler for a lack of memory) is. Under the lock.
-constinit bool s_isInsideRealloc = false;
-
-/// Forks under way, on their threads; written under the lock. A fork cannot hold the lock: behind this library's own
-/// handler it waits for locks of the run-time, such as that of the list of streams, whose holders may allocate. So as
-/// long as there are any, trackers stay as they are, for the child to find whole, and operations are put down here.
-constinit std::atomic<unsigned> s_forkCount = 0;
-constinit std::atomic<unsigned long> s_forkingProcess = 0;
-constinit COperationLog s_operationsDuringForks;
-
 bool isWatched() noexcept
 {
-    return s_activeCount.load(std::memory_order_relaxed) != 0;
+    return s_trackerState.activeCount.load(std::memory_order_relaxed) != 0;
 }
 
 } // namespace
+
+/// To be called ahead of the lock. Handlers of others, which may allocate, come before this library's in a child.
+void LuTestSuiteHeapTracker::goOnInChild() noexcept
+{
+    if (s_trackerState.forks.IsInChild())
+    {
+        startOverInChild();
+    }
+}
 
 /// The lock for all that reads or changes trackers, at a moment without forks.
 class LuTestSuiteHeapTracker::CChange : public INonCopyable
@@ -63,7 +59,7 @@ public:
         {
             goOnInChild();
             s_CriticalSection.lock();
-            if (s_forkCount == 0)
+            if (!s_trackerState.forks.AreUnderWay())
             {
                 return;
             }
@@ -99,70 +95,34 @@ LuTestSuiteHeapTracker::~LuTestSuiteHeapTracker()
 
 void LuTestSuiteHeapTracker::Initialize()
 {
-    // Ahead of the lock: the search takes the loader's lock, whose holder may be waiting in a detour.
-    static const LbOs::SHeapFunctions s_functions = findFunctions();
     const CChange change;
     if (!s_bIsHooked)
     {
-        s_bIsHooked = hookAll(s_functions);
+        s_bIsHooked = hookAll();
     }
     if (!m_isRegistered)
     {
-        m_allocations = CAllocationMap::Create();
+        // There is one already when a fork has dropped the tracker.
+        m_allocations = m_allocations == nullptr ? CAllocationMap::Create() : m_allocations;
         s_bDeactivateGlobal = true;
         link();
         s_bDeactivateGlobal = false;
     }
+    m_thread = LbOs::GetThreadKey();
     Reset();
     if (!m_isRegistered)
     {
         m_isRegistered = true;
-        s_activeCount += m_isActive ? 1U : 0U;
+        s_trackerState.activeCount += m_isActive ? 1U : 0U;
     }
 }
 
-LbOs::SHeapFunctions LuTestSuiteHeapTracker::findFunctions()
-{
-    LbOs::CallAroundForks({.before = beforeFork, .afterInParent = afterForkInParent, .afterInChild = goOnInChild});
-    return LbOs::GetHeapFunctions();
-}
-
-void LuTestSuiteHeapTracker::beforeFork() noexcept
-{
-    const LbCriticalSectionLock lock(s_CriticalSection);
-    s_forkingProcess = LbOs::GetProcessNumber();
-    ++s_forkCount;
-}
-
-void LuTestSuiteHeapTracker::afterForkInParent() noexcept
-{
-    const LbCriticalSectionLock lock(s_CriticalSection);
-    if (--s_forkCount == 0)
-    {
-        s_operationsDuringForks.Replay([](const SOperation& operation) noexcept { dispatch(operation); });
-    }
-}
-
-/// To be called ahead of the lock. Handlers of others, which may allocate, come before this library's in a child.
-void LuTestSuiteHeapTracker::goOnInChild() noexcept
-{
-    if (s_forkCount.load(std::memory_order_relaxed) == 0 || LbOs::GetProcessNumber() == s_forkingProcess)
-    {
-        return;
-    }
-    // The lock may be that of a thread that the child does not have; what it guarded meanwhile may be half written.
-    std::construct_at(&s_CriticalSection);
-    s_operationsDuringForks.Abandon();
-    s_isInsideRealloc = false;
-    s_forkCount = 0;
-}
-
-bool LuTestSuiteHeapTracker::hookAll(const LbOs::SHeapFunctions& functions) noexcept
+bool LuTestSuiteHeapTracker::hookAll() noexcept
 {
     s_engine.Initialize();
-    return hook(functions.malloc, reinterpret_cast<void*>(detourMalloc), LuTestSuite::s_mallocTrampoline) &&
-           hook(functions.free, reinterpret_cast<void*>(detourFree), LuTestSuite::s_freeTrampoline) &&
-           hook(functions.realloc, reinterpret_cast<void*>(detourRealloc), LuTestSuite::s_reallocTrampoline) &&
+    return hook(s_functions.malloc, reinterpret_cast<void*>(detourMalloc), LuTestSuite::s_mallocTrampoline) &&
+           hook(s_functions.free, reinterpret_cast<void*>(detourFree), LuTestSuite::s_freeTrampoline) &&
+           hook(s_functions.realloc, reinterpret_cast<void*>(detourRealloc), LuTestSuite::s_reallocTrampoline) &&
            s_engine.EnableAll() == EPatchStatus::Success;
 }
 
@@ -217,7 +177,7 @@ void LuTestSuiteHeapTracker::setActive(bool isActive) noexcept
     m_isActive = isActive;
     if (m_isRegistered)
     {
-        s_activeCount += isActive ? 1U : ~0U;
+        s_trackerState.activeCount += isActive ? 1U : ~0U;
     }
 }
 
@@ -307,7 +267,7 @@ void* LuTestSuiteHeapTracker::detourMalloc(std::size_t size) noexcept
         return LuTestSuite::CallMalloc(size);
     }
     const COperationLock lock;
-    const bool isPartOfRealloc = std::exchange(s_isInsideRealloc, false);
+    const bool isPartOfRealloc = std::exchange(s_trackerState.isInsideRealloc, false);
     void* const result = LuTestSuite::CallMalloc(size);
     if (!isPartOfRealloc)
     {
@@ -324,7 +284,7 @@ void LuTestSuiteHeapTracker::detourFree(void* address) noexcept
         return;
     }
     const COperationLock lock;
-    const bool isPartOfRealloc = std::exchange(s_isInsideRealloc, false);
+    const bool isPartOfRealloc = std::exchange(s_trackerState.isInsideRealloc, false);
     // As a number, since the pointer means nothing after the call.
     const std::uint64_t freed = toAddress(address);
     LuTestSuite::CallFree(address);
@@ -342,9 +302,9 @@ void* LuTestSuiteHeapTracker::detourRealloc(void* old, std::size_t size) noexcep
     }
     const COperationLock lock;
     const std::uint64_t oldAddress = toAddress(old);
-    s_isInsideRealloc = old == nullptr || size == 0 || LbOs::c_ReallocCallsMalloc;
+    s_trackerState.isInsideRealloc = old == nullptr || size == 0 || LbOs::c_ReallocCallsMalloc;
     void* const result = LuTestSuite::CallRealloc(old, size);
-    s_isInsideRealloc = false;
+    s_trackerState.isInsideRealloc = false;
     dispatchRealloc(oldAddress, result, size);
     return result;
 }
@@ -366,9 +326,9 @@ void LuTestSuiteHeapTracker::dispatchFree(std::uint64_t address) noexcept
 
 void LuTestSuiteHeapTracker::dispatchOrPutDown(const SOperation& operation) noexcept
 {
-    if (s_forkCount.load(std::memory_order_relaxed) != 0)
+    if (s_trackerState.forks.AreUnderWay())
     {
-        s_operationsDuringForks.Append(operation);
+        s_trackerState.forks.PutDown(operation);
         return;
     }
     dispatch(operation);
@@ -454,11 +414,11 @@ void LuTestSuiteHeapTracker::trackDeallocatedMemory(std::uint64_t address) noexc
 
 void LuTestSuiteHeapTracker::checkAllocation(std::uint64_t id, std::uint64_t size) const noexcept
 {
-    if (id == m_observedID)
+    if (id == m_observedID && id != sc_uiNone)
     {
         asm volatile("int3");
     }
-    if (size == m_observedSize)
+    if (size == m_observedSize && size != sc_uiNone)
     {
         asm volatile("int3");
     }

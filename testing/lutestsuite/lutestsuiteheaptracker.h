@@ -35,9 +35,10 @@ struct SHeapFunctions;
 /// report: an address that another thread gets anew is never reported ahead of its release. Without an active tracker
 /// nothing is locked. The trackers' own memory comes from the system's pages, so no tracker counts that of another.
 ///
-/// A process may fork while trackers are active; the child goes on with copies of them. What is allocated during a fork
-/// is tracked, and meets breakpoints, at its end; all operations here wait for that, so handlers of forks must not call
-/// any.
+/// A process may fork while trackers are active; the child goes on with copies of those that the forking thread has
+/// initialised. Those of other threads, which may lie on stacks that the child reuses, are no more registered there:
+/// they count again when they are initialised in the child. What is allocated during a fork is tracked, and meets
+/// breakpoints, at its end; all operations here wait for that, so handlers of forks must not call any.
 ///
 /// Any thread may call anything; construction and destruction are for one thread each.
 class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
@@ -95,11 +96,14 @@ private:
     class COperationLock;
     friend class LuTestSuiteHeapTrackerConsistency; ///< a test
 
-    static LbOs::SHeapFunctions findFunctions();
+    static LbOs::SHeapFunctions prepare();
     static void beforeFork() noexcept;
     static void afterForkInParent() noexcept;
+    static void afterForkInChild() noexcept;
     static void goOnInChild() noexcept;
-    static bool hookAll(const LbOs::SHeapFunctions& functions) noexcept;
+    static void startOverInChild() noexcept;
+    static void dropTrackersOfOtherThreads() noexcept;
+    static bool hookAll() noexcept;
     /// Makes a patch, still to be enabled together with the others. There is none alone to undo: see UnhookAll.
     static bool hook(void* target, void* detour, void*& trampoline) noexcept;
 
@@ -127,6 +131,7 @@ private:
 
     // Nothing here has a destructor: the detours may run until the last instruction of the process. The list of
     // trackers, in the order of their registration, goes through the trackers, since an array would have to allocate.
+    static const LbOs::SHeapFunctions s_functions;
     static LbCriticalSection s_CriticalSection;
     static LuTestSuiteHeapTracker* s_TrackerList;
     static bool s_bIsHooked;
@@ -144,5 +149,6 @@ private:
     std::int64_t m_currentMax = 0;
     std::uint64_t m_observedID = sc_uiNone;
     std::uint64_t m_observedSize = sc_uiNone;
+    std::uintptr_t m_thread = 0; ///< that initialised it, by its key
     LuTestSuiteHeapTracker* m_next = nullptr;
 };

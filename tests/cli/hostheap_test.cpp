@@ -29,26 +29,38 @@ protected:
 /// Cases that leave nothing behind, each as the first one that its process tracks.
 class HostHeapFirstCase : public HostHeap, public testing::WithParamInterface<const wchar_t*>
 {
+protected:
+    static void ExpectNoWarning(const std::vector<std::wstring>& threads)
+    {
+        const ScopedFolder folder;
+        folder.MakeFolder(L"CHeapModel");
+
+        // Without the variable glibc copies the path of the time zone anew with each call.
+        SHostOptions options;
+        if (LbOs::c_PathSeparator == L'/')
+        {
+            options.variables = {{L"TZ", L":/etc/localtime"}};
+        }
+        std::vector<std::wstring> arguments = {L"-d", folder.GetPath(), L"--dll", L"heapmodels", L"--track-heap", L"-i",
+                                               L":"};
+        arguments.back() += GetParam();
+        arguments.insert(arguments.end(), threads.begin(), threads.end());
+
+        const SHostRun run = RunHost(arguments, options);
+
+        EXPECT_NE(run.output.find("1 Klasse, 1 Test"), std::string::npos) << run.output;
+        EXPECT_EQ(run.output.find("WARNUNG"), std::string::npos) << run.output;
+    }
 };
 
 TEST_P(HostHeapFirstCase, ShowsNoGrowthOfTheRunTime)
 {
-    const ScopedFolder folder;
-    folder.MakeFolder(L"CHeapModel");
+    ExpectNoWarning({});
+}
 
-    // Without the variable glibc copies the path of the time zone anew with each call.
-    SHostOptions options;
-    if (LbOs::c_PathSeparator == L'/')
-    {
-        options.variables = {{L"TZ", L":/etc/localtime"}};
-    }
-
-    const SHostRun run = RunHost(
-        {L"-d", folder.GetPath(), L"--dll", L"heapmodels", L"--track-heap", L"-i", std::wstring(L":") + GetParam()},
-        options);
-
-    EXPECT_NE(run.output.find("1 Klasse, 1 Test"), std::string::npos) << run.output;
-    EXPECT_EQ(run.output.find("WARNUNG"), std::string::npos) << run.output;
+TEST_P(HostHeapFirstCase, ShowsNoGrowthOfTheRunTimeOnAWorkerThread)
+{
+    ExpectNoWarning({L"-w", L"1"});
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, HostHeapFirstCase,
@@ -102,6 +114,20 @@ TEST_F(HostHeap, ExampleFamilyIsTrackedTwentyTimesWithoutAFalseWarning)
         const SHostRun run = RunHost({L"-d", data, L"--track-heap"});
         ASSERT_NE(run.output.find("COutcomeDemonstration"), std::string::npos) << round << ": " << run.output;
         ASSERT_NE(run.output.find("Erfolgreich:\t9 Klassen"), std::string::npos) << round << ": " << run.output;
+        ASSERT_EQ(run.output.find("WARNUNG"), std::string::npos) << round << ": " << run.output;
+    }
+}
+
+// In one process parallel cases see each other's blocks, so this leaves out the class with cases that stay there.
+TEST_F(HostHeap, ParallelChildProcessesAreTrackedWithoutAFalseWarning)
+{
+    const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";
+    for (int round = 0; round < 5; ++round)
+    {
+        const SHostRun run =
+            RunHost({L"-d", data, L"--track-heap", L"-x", L"-w", L"4", L"-v", L"-e", L"/CDeflateVectors:"});
+        ASSERT_NE(run.output.find("][P"), std::string::npos) << round << ": " << run.output;
+        ASSERT_NE(run.output.find("Erfolgreich:\t8 Klassen"), std::string::npos) << round << ": " << run.output;
         ASSERT_EQ(run.output.find("WARNUNG"), std::string::npos) << round << ": " << run.output;
     }
 }

@@ -1,4 +1,5 @@
 #include <atomic>
+#include <limits>
 
 #include "base/os/breakpoint.h"
 #include "tests/lutestsuite/heaptrackertest.h"
@@ -85,6 +86,25 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, BothConditionsFireOnTheirOwn)
     s_free(s_malloc(77));
     m_tracker.Deactivate();
     EXPECT_EQ(s_breakpointCount, 2);
+}
+
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, NothingObservedIsNoSize)
+{
+    constexpr std::size_t c_AllBits = std::numeric_limits<std::size_t>::max();
+    m_tracker.Activate();
+    void* const none = s_malloc(c_AllBits);
+    void* const block = s_malloc(100);
+    void* const noneToo = s_realloc(block, c_AllBits);
+    m_tracker.ObserveSize(c_AllBits);
+    void* const noneEither = s_malloc(c_AllBits);
+    s_free(block);
+    m_tracker.Deactivate();
+    EXPECT_EQ(s_breakpointCount, 0);
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(noneToo, nullptr);
+    EXPECT_EQ(noneEither, nullptr);
+    EXPECT_EQ(getOperationCount(m_tracker), 5U);
+    EXPECT_EQ(m_tracker.GetCurrentAlloc(), 0);
 }
 
 TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedOverAReset)

@@ -7,6 +7,7 @@
 
 #include "base/lbformat.h"
 #include "base/lustream.h"
+#include "base/os/breakpoint.h"
 #include "base/os/testaids.h"
 #include "tests/lutestsuite/heaptrackertest.h"
 
@@ -63,6 +64,7 @@ protected:
 
     bool isConsistent() const { return m_tracker.consistencyTest(); }
     void addToCurrentAlloc(std::int64_t bytes) { m_tracker.m_currentAlloc += bytes; }
+    void setOperationCounter(std::uint64_t number) { m_tracker.m_operationCounter = number; }
 
     LuTestSuiteHeapTracker m_tracker{false, true};
 };
@@ -91,6 +93,19 @@ TEST_F(LuTestSuiteHeapTrackerConsistency, SizesOfTheMapMustAddUp)
     EXPECT_TRUE(isConsistent());
     s_free(first);
     s_free(second);
+}
+
+TEST_F(LuTestSuiteHeapTrackerConsistency, NothingObservedIsNoNumber)
+{
+    static int s_breakpointCount = 0;
+    LbOs::SetBreakpointHandler([] { ++s_breakpointCount; });
+    setOperationCounter(std::numeric_limits<std::uint64_t>::max());
+    m_tracker.Activate();
+    s_free(s_malloc(100));
+    m_tracker.Deactivate();
+    LbOs::SetBreakpointHandler(nullptr);
+    EXPECT_EQ(s_breakpointCount, 0);
+    EXPECT_EQ(m_tracker.GetMallocCount(), 1U);
 }
 
 TEST_F(LuTestSuiteHeapTrackerTest, DumpTellsWhenThereIsNoMemoryForItsList)

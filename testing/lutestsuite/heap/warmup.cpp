@@ -1,8 +1,9 @@
 #include "testing/lutestsuite/heap/warmup.h"
 
 #include <cstring>
-#include <ctime>
 #include <mutex>
+
+#include "base/os/clock.h"
 
 namespace LuTestSuite
 {
@@ -27,9 +28,7 @@ bool warmUp()
     raiseException();
     std::once_flag once;
     std::call_once(once, [] {});
-    const std::time_t begin = 0;
-    // It calls localtime, which looks up the time zone.
-    [[maybe_unused]] const char* const time = std::ctime(&begin);
+    LbOs::WarmUpCalendar();
     [[maybe_unused]] const char* const error = std::strerror(0);
     return true;
 }
