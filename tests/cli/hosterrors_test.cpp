@@ -128,7 +128,7 @@ TEST_F(HostErrors, ShowLongNamesAsCasesThatCannotBeAskedFor)
 
 TEST_F(HostErrors, TellWhereTheLibraryFailed)
 {
-    if (!CanLimitHostMemory())
+    if (!CanLimitHost())
     {
         GTEST_SKIP() << "memory cannot be limited here";
     }
@@ -149,7 +149,7 @@ TEST_F(HostErrors, TellWhereTheLibraryFailed)
 
 TEST_F(HostErrors, SayThatMemoryRanOut)
 {
-    if (!CanLimitHostMemory())
+    if (!CanLimitHost())
     {
         GTEST_SKIP() << "memory cannot be limited here";
     }
@@ -158,7 +158,7 @@ TEST_F(HostErrors, SayThatMemoryRanOut)
 
 TEST_F(HostErrors, SayThatAnExceptionIsUnknown)
 {
-    if (!CanLimitHostMemory())
+    if (!CanLimitHost())
     {
         GTEST_SKIP() << "memory cannot be limited here";
     }
