@@ -95,7 +95,7 @@ TEST_F(HostChildrenParallel, AreAllStartedWhateverNumberOfFilesMayBeOpenAtFirst)
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
     // Whatever the host needs, the cases find what it was started with.
-    EXPECT_EQ(CountInReport(">1024<"), 600U);
+    EXPECT_EQ(CountInReport("info\">1024<"), 600U);
 }
 
 TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
@@ -106,7 +106,7 @@ TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
     const SHostRun run = Run(L"64", options);
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
-    EXPECT_EQ(CountInReport(">64<"), 600U);
+    EXPECT_EQ(CountInReport("info\">64<"), 600U);
 }
 
 } // namespace
