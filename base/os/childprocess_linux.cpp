@@ -18,6 +18,7 @@
 #include "base/os/descriptor_linux.h"
 #include "base/os/files.h"
 #include "base/os/keeper_linux.h"
+#include "base/os/openfiles_linux.h"
 #include "base/os/processtree_linux.h"
 
 namespace LbOs
@@ -150,6 +151,7 @@ void resetSignals(const sigset_t& blocked)
                          (start.workingDirectory.empty() || chdir(start.workingDirectory.c_str()) == 0);
     if (isReady)
     {
+        Linux::RestoreOpenFileLimit();
         const auto execute = start.isSearched ? &execvp : &execv;
         execute(start.program.c_str(), start.arguments.data());
     }

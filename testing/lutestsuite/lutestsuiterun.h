@@ -177,10 +177,10 @@ struct SCallbacks
 /// those that may run on worker threads, then the others one after another, in this process or in child processes,
 /// prints a line per case and the summary, and writes the reports that the setup asks for. The calling thread prints
 /// everything and calls the setup's resultCallback; its checkCallback is called by all executing threads, one at a
-/// time. While cases run, the executable's folder is the working directory; the environment's own is restored before
-/// the reports, also when an exception leaves the run. What goes wrong inside a case becomes its result, and a report
-/// that cannot be written costs a line; throws what discovery and selection throw, and LbException when the objects
-/// shared with child processes cannot be had.
+/// time, and must not wait for another of them. While cases run, the executable's folder is the working directory; the
+/// environment's own is restored before the reports, also when an exception leaves the run. What goes wrong inside a
+/// case becomes its result, and a report that cannot be written costs a line; throws what discovery and selection
+/// throw, and LbException when the objects shared with child processes cannot be had.
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
 /// Serves a parent run as its child process: runs the cases that come through the shared objects that the setup names,

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbfilesystem.h"
 #include "base/os/platform.h"
 #include "tests/support/binaryfolder.h"
 #include "tests/support/hostprocess.h"
@@ -45,6 +46,67 @@ TEST(HostChildren, AreUnknownErrorsWithoutAHostBesideTheProgram)
         << run.output;
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.exitStatus, 1);
+}
+
+/// On many workers, each of which has files open for its child.
+class HostChildrenParallel : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!CanLimitHost())
+        {
+            GTEST_SKIP() << "open files are not limited";
+        }
+        m_data.MakeFolder(L"CCrashModel");
+    }
+
+    /// Repeats the case that tells how many files its process may have open.
+    SHostRun Run(const std::wstring& workers, const SHostOptions& options) const
+    {
+        return RunHost({L"-d", m_data.GetPath(), L"--dll", L"crashmodels", L"-i", L":offene Dateien$", L"-r", L"600",
+                        L"-w", workers, L"--xml", m_report, L"-x"},
+                       options);
+    }
+
+    /// How often this stands in the report.
+    std::size_t CountInReport(const std::string& text) const
+    {
+        const std::string report = LbFileSystem::ReadFile8Bit(m_report);
+        std::size_t count = 0;
+        for (std::size_t at = report.find(text); at != std::string::npos; at = report.find(text, at + 1))
+        {
+            ++count;
+        }
+        return count;
+    }
+
+    const ScopedFolder m_data;
+    const ScopedFolder m_folder;
+    const std::wstring m_report = m_folder.GetPathOf(L"Bericht.xml");
+};
+
+TEST_F(HostChildrenParallel, AreAllStartedWhateverNumberOfFilesMayBeOpenAtFirst)
+{
+    SHostOptions options;
+    options.openFilesLimit = 1024;
+
+    const SHostRun run = Run(L"256", options);
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    // Whatever the host needs, the cases find what it was started with.
+    EXPECT_EQ(CountInReport("info\">1024<"), 600U);
+}
+
+TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
+{
+    SHostOptions options;
+    options.openFilesHardLimit = 64;
+
+    const SHostRun run = Run(L"64", options);
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    EXPECT_EQ(CountInReport("info\">64<"), 600U);
 }
 
 } // namespace

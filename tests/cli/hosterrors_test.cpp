@@ -148,7 +148,7 @@ TEST_F(HostErrors, ShowLongNamesAsCasesThatCannotBeAskedFor)
 
 TEST_F(HostErrors, TellWhereTheLibraryFailed)
 {
-    if (!CanLimitHostMemory())
+    if (!CanLimitHost())
     {
         GTEST_SKIP() << "memory cannot be limited here";
     }
@@ -188,7 +188,7 @@ TEST_F(HostErrors, TellWhichDescriptionTheLibraryCouldNotMatch)
 
 TEST_F(HostErrors, SayThatMemoryRanOut)
 {
-    if (!CanLimitHostMemory())
+    if (!CanLimitHost())
     {
         GTEST_SKIP() << "memory cannot be limited here";
     }
@@ -197,7 +197,7 @@ TEST_F(HostErrors, SayThatMemoryRanOut)
 
 TEST_F(HostErrors, SayThatAnExceptionIsUnknown)
 {
-    if (!CanLimitHostMemory())
+    if (!CanLimitHost())
     {
         GTEST_SKIP() << "memory cannot be limited here";
     }

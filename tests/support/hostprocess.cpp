@@ -66,6 +66,14 @@ std::wstring getSettings(const SHostOptions& options)
     {
         settings += LbFormat(L"ulimit -v %u&&", options.memoryLimitKilobytes);
     }
+    if (options.openFilesLimit != 0)
+    {
+        settings += LbFormat(L"ulimit -S -n %u&&", options.openFilesLimit);
+    }
+    if (options.openFilesHardLimit != 0)
+    {
+        settings += LbFormat(L"ulimit -n %u&&", options.openFilesHardLimit);
+    }
     return settings;
 }
 
@@ -133,7 +141,7 @@ bool CanRunHostOnTerminal()
     return !c_IsWindows && LbFileSystem::IsFile(c_TerminalProgram);
 }
 
-bool CanLimitHostMemory()
+bool CanLimitHost()
 {
     // Sanitizers reserve more than any limit that would serve a test.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

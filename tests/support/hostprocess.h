@@ -13,6 +13,8 @@ struct SHostOptions
     std::wstring workingDirectory;                                ///< empty: the test's own
     std::vector<std::pair<std::wstring, std::wstring>> variables; ///< environment; an empty value unsets
     std::uint32_t memoryLimitKilobytes = 0;                       ///< of address space, 0 for none; Linux only
+    std::uint32_t openFilesLimit = 0;                             ///< soft limit, 0 for the test's own; Linux only
+    std::uint32_t openFilesHardLimit = 0;                         ///< which nobody can raise; the same
     bool onTerminal = false;                                      ///< standard output is a terminal; Linux only
 };
 
@@ -30,8 +32,8 @@ SHostRun RunHost(const std::vector<std::wstring>& arguments, const SHostOptions&
 /// True where SHostOptions::onTerminal is possible.
 bool CanRunHostOnTerminal();
 
-/// True where SHostOptions::memoryLimitKilobytes is possible.
-bool CanLimitHostMemory();
+/// True where the limits are possible.
+bool CanLimitHost();
 
 /// What text mode writes for each line feed of standard output on this platform.
 std::string ToPlatformLines(const std::string& text);

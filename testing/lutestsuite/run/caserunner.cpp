@@ -57,6 +57,22 @@ CCaseRunner::CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, c
 {
 }
 
+SParams CCaseRunner::getParams(const SCaseInfo& info) const
+{
+    return GetCaseParams(m_runParams, m_unitTests[info.unitTest].cases[info.testCase].parameters);
+}
+
+bool CCaseRunner::IsReadyFor(const SCaseInfo& info) const
+{
+    const SParams params = getParams(info);
+    return !params.external || m_external.IsReady(params.isolated);
+}
+
+bool CCaseRunner::MakeReadyFor(const SCaseInfo& info)
+{
+    return m_external.MakeReady(getParams(info).isolated);
+}
+
 void CCaseRunner::Run(SCaseInfo& info, std::size_t casesToCome)
 {
     if (m_isCanceled())
@@ -65,7 +81,7 @@ void CCaseRunner::Run(SCaseInfo& info, std::size_t casesToCome)
     }
     const UnitTest& unitTest = m_unitTests[info.unitTest];
     const TestCase& testCase = unitTest.cases[info.testCase];
-    const SParams params = GetCaseParams(m_runParams, testCase.parameters);
+    const SParams params = getParams(info);
     if (params.external)
     {
         runInChild(unitTest, testCase, params, info, casesToCome);

@@ -31,10 +31,20 @@ public:
     /// their record as it is. For the cases to come processes may be started meanwhile.
     void Run(SCaseInfo& info, std::size_t casesToCome);
 
+    /// The case can be run without asking the system for shared objects first.
+    bool IsReadyFor(const SCaseInfo& info) const;
+
+    /// Gets what such a case needs; false when no child process could be started. Throws LbException.
+    bool MakeReadyFor(const SCaseInfo& info);
+
+    /// Gives back what cases in child processes need.
+    void ReleaseChildren() { m_external.Release(); }
+
 private:
     using UnitTest = LuTestSuite::SUnitTest;
     using TestCase = LuTestSuite::STestCase;
 
+    SParams getParams(const SCaseInfo& info) const;
     void runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info);
     void runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
                     std::size_t casesToCome);

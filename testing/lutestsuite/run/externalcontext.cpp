@@ -8,6 +8,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbuniqueid.h"
+#include "base/os/openfiles.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace LuTestSuiteRun
@@ -33,6 +34,9 @@ std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
     return event;
 }
 
+/// Lanes of all threads.
+std::atomic<std::uint32_t> s_laneCount = 0;
+
 } // namespace
 
 std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
@@ -54,6 +58,18 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
         line += L" --dll " + LbCommandLine::Quote(name);
     }
     return line;
+}
+
+CExternalLane::CRoom::CRoom()
+{
+    constexpr std::uint64_t c_FilesPerLane = 8; // More than stay open.
+    constexpr std::uint64_t c_OtherFiles = 256; // Of the cases of this process, among others.
+    LbOs::AssertOpenFiles(++s_laneCount * c_FilesPerLane + c_OtherFiles);
+}
+
+CExternalLane::CRoom::~CRoom()
+{
+    --s_laneCount;
 }
 
 CExternalLane::CExternalLane(const SChildSettings& settings)
@@ -210,28 +226,52 @@ bool takeSparePlace()
 
 } // namespace
 
-CExternalContext::~CExternalContext()
+void CExternalContext::Release()
 {
+    m_lane.reset();
     s_spareCount -= static_cast<std::uint32_t>(m_spares.size());
+    m_spares.clear();
 }
 
-CExternalLane& CExternalContext::Obtain(bool isIsolated)
+bool CExternalContext::IsReady(bool isIsolated) const
 {
-    if (isIsolated || m_isLaneIsolated)
+    return isLaneFor(isIsolated) || (isIsolated && !m_spares.empty());
+}
+
+void CExternalContext::assertLane(bool isIsolated)
+{
+    if (isLaneFor(isIsolated))
     {
-        m_lane.reset();
+        return;
     }
-    m_isLaneIsolated = isIsolated;
+    m_lane.reset();
     if (isIsolated && !m_spares.empty())
     {
         m_lane = std::move(m_spares.front());
         m_spares.erase(m_spares.begin());
         --s_spareCount;
     }
-    if (!m_lane)
+    else
     {
         m_lane = std::make_unique<CExternalLane>(m_settings);
     }
+    m_use = EUse::None;
+}
+
+bool CExternalContext::MakeReady(bool isIsolated)
+{
+    assertLane(isIsolated);
+    m_lane->AssertChild();
+    // Opened now, since that takes a file, too.
+    m_lane->GetBuffer().GetWriteAccess();
+    m_lane->GetBuffer().GetReadAccess();
+    return m_lane->HasChild();
+}
+
+CExternalLane& CExternalContext::Obtain(bool isIsolated)
+{
+    assertLane(isIsolated);
+    m_use = isIsolated ? EUse::Isolated : EUse::Shared;
     m_lane->AssertChild();
     m_lane->AssertProcessIndex();
     return *m_lane;

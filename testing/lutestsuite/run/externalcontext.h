@@ -47,6 +47,8 @@ public:
     /// Numbers the child, unless it is: those that a case was given, in that order.
     void AssertProcessIndex();
 
+    bool HasChild() const { return m_child != nullptr; }
+
     IWorkBuffer& GetBuffer() { return m_buffer; }
 
     /// Hands the request in the buffer to the child; its time counts from here.
@@ -76,7 +78,16 @@ private:
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     void writeResult(ECaseRunResult result);
 
+    /// Counts the lanes of all threads, and makes room for what this one opens.
+    class CRoom : public INonCopyable
+    {
+    public:
+        CRoom();
+        ~CRoom();
+    };
+
     const SChildSettings& m_settings;
+    CRoom m_room;
     CSharedMemoryWorkBuffer m_buffer;
     std::wstring m_requestEventId;
     std::wstring m_responseEventId;
@@ -96,10 +107,19 @@ class CExternalContext : public INonCopyable
 {
 public:
     explicit CExternalContext(const SChildSettings& settings) : m_settings(settings) {}
-    ~CExternalContext();
+    ~CExternalContext() { Release(); }
+
+    /// The next lane can be obtained without anything that the system may have run out of.
+    bool IsReady(bool isIsolated) const;
+
+    /// Gets the next lane ready with its child; false without a child. Throws LbException.
+    bool MakeReady(bool isIsolated);
+
+    /// Gives all lanes back.
+    void Release();
 
     /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody
-    /// has used or will use.
+    /// has used or will use. Throws LbException.
     CExternalLane& Obtain(bool isIsolated);
 
     /// Starts children for at most that many isolated cases to come, so that these need not wait for the start. All
@@ -107,9 +127,23 @@ public:
     void StartSpares(std::size_t most);
 
 private:
+    enum class EUse
+    {
+        None,
+        Shared,
+        Isolated ///< an isolated case has it: it is no other's
+    };
+
+    bool isLaneFor(bool isIsolated) const
+    {
+        return m_lane && (m_use == EUse::None || (m_use == EUse::Shared && !isIsolated));
+    }
+
+    void assertLane(bool isIsolated);
+
     const SChildSettings& m_settings;
     std::unique_ptr<CExternalLane> m_lane;
-    bool m_isLaneIsolated = false; ///< an isolated case has it: it is no other's
+    EUse m_use = EUse::None;
     std::vector<std::unique_ptr<CExternalLane>> m_spares;
 };
 

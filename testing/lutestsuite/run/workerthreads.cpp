@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/lbcriticalsection.h"
+#include "base/lbexception.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/run/caserunner.h"
@@ -33,8 +34,17 @@ public:
     {
     }
 
-    /// The next case; null when there is none, or the run is canceled.
-    SCaseInfo* Take();
+    struct SNext
+    {
+        SCaseInfo* info = nullptr; ///< null when there is none, or the run is canceled
+        bool isTaken = false;      ///< else the worker is to get ready first
+    };
+
+    /// The next case, which stays for others as long as the worker is not ready for it.
+    SNext Take(const CCaseRunner& runner);
+
+    /// A worker that cannot get ready leaves. False when there is more to do and no other worker to do it.
+    bool LeaveToOthers();
 
     /// Cases that have not been handed out.
     std::size_t CountToCome();
@@ -67,8 +77,9 @@ private:
     std::vector<SCaseInfo>& m_cases;
     const std::function<bool()>& m_isCanceled;
 
-    LbCriticalSection m_workLock; ///< of the next index and the question for cancellation
+    LbCriticalSection m_workLock; ///< of the question for cancellation and all below
     std::size_t m_next = 0;
+    std::size_t m_takers = 0; ///< workers that have not left
 
     LbCriticalSection m_finishedLock; ///< of all below
     std::vector<SCaseInfo*> m_finished;
@@ -76,10 +87,25 @@ private:
     std::exception_ptr m_failure;
 };
 
-SCaseInfo* CWork::Take()
+CWork::SNext CWork::Take(const CCaseRunner& runner)
 {
     const LbCriticalSectionLock lock(m_workLock);
-    return m_next >= m_list.size() || m_isCanceled() ? nullptr : &m_cases[m_list[m_next++]];
+    if (m_next >= m_list.size() || m_isCanceled())
+    {
+        return {};
+    }
+    SCaseInfo& info = m_cases[m_list[m_next]];
+    const bool isReady = runner.IsReadyFor(info);
+    m_next += isReady ? 1 : 0;
+    return {&info, isReady};
+}
+
+bool CWork::LeaveToOthers()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    const bool mayLeave = m_takers > 1 || m_next >= m_list.size();
+    m_takers -= mayLeave ? 1 : 0;
+    return mayLeave;
 }
 
 std::size_t CWork::CountToCome()
@@ -108,6 +134,10 @@ void CWork::AddFinished(SCaseInfo& info)
 
 void CWork::AddWorker()
 {
+    {
+        const LbCriticalSectionLock lock(m_workLock);
+        ++m_takers;
+    }
     const LbCriticalSectionLock lock(m_finishedLock);
     ++m_workers;
 }
@@ -159,6 +189,7 @@ public:
 private:
     void run() noexcept;
     void runCases();
+    bool getReady(CCaseRunner& runner, const SCaseInfo& info);
 
     std::int32_t m_index;
     CWork& m_work;
@@ -176,6 +207,7 @@ CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, const SRunContext&
     }
     catch (...)
     {
+        m_work.LeaveToOthers();
         m_work.RemoveWorker(nullptr);
         throw;
     }
@@ -206,12 +238,41 @@ void CWorkerThread::runCases()
     LuTestSuiteEnvironment::PreallocateStaticData();
     const std::function<bool()> isCanceled = [this] { return m_work.IsCanceled(); };
     CCaseRunner runner(m_context.unitTests, m_context.params, isCanceled, m_context.childSettings);
-    while (SCaseInfo* const info = m_work.Take())
+    CWork::SNext next = m_work.Take(runner);
+    while (next.info != nullptr && (next.isTaken || getReady(runner, *next.info)))
     {
-        info->threadIndex = m_index;
-        runner.Run(*info, m_work.CountToCome());
-        m_work.AddFinished(*info);
+        if (next.isTaken)
+        {
+            next.info->threadIndex = m_index;
+            runner.Run(*next.info, m_work.CountToCome());
+            m_work.AddFinished(*next.info);
+        }
+        next = m_work.Take(runner);
     }
+}
+
+/// False when the system is short of what the case needs, and other workers are there that have it.
+bool CWorkerThread::getReady(CCaseRunner& runner, const SCaseInfo& info)
+{
+    try
+    {
+        if (runner.MakeReadyFor(info))
+        {
+            return true;
+        }
+    }
+    catch (const LbException&)
+    {
+        // Said by the second attempt, if it comes to that.
+    }
+    runner.ReleaseChildren();
+    if (m_work.LeaveToOthers())
+    {
+        return false;
+    }
+    // By now the others have given back what they had. Without a child the cases have their result all the same.
+    runner.MakeReadyFor(info);
+    return true;
 }
 
 /// The workers of a run. They end with the object, after the cases that they are at.
@@ -243,6 +304,12 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, const SRunContext& context)
         {
             throw;
         }
+    }
+    catch (...)
+    {
+        // Those that there are end before this is known: nobody prints their cases.
+        m_work.Stop();
+        throw;
     }
 }
 

@@ -311,7 +311,7 @@ TEST_F(XmlReportReader, TakesLessThanSixTimesTheFileInMemory)
         return LuTestSuiteReport::LoadReportDataFromXMLFile(path, data) && data.Cases.size() == c_ManyCases;
     });
     // Sanitizers keep more of everything.
-    if (!peak || !CanLimitHostMemory())
+    if (!peak || !CanLimitHost())
     {
         GTEST_SKIP() << "the memory of a process of its own cannot be had";
     }
