@@ -301,7 +301,7 @@ TEST_F(HostArchive, CarriesOutTheExampleTwice)
         LbFileSystem::ReadFile8Bit(LbPath::ToNative(L"" LUTESTSUITE_SOURCE_DIR "/examples/archive/ArchiveRun.xml"));
     const auto replace = [&text](const std::wstring& path, const std::wstring& other) {
         const std::string native = LbEncoding::ToUtf8(LbPath::ToNative(path));
-        ASSERT_NE(text.find(">" + native), std::string::npos) << native;
+        ASSERT_NE(text.find(std::string(">").append(native)), std::string::npos) << native;
         replaceAll(text, native, LbEncoding::ToUtf8(LbPath::WithoutSeparator(other)));
     };
     const bool isWindows = LbPath::c_Separator == L'\\';
@@ -319,7 +319,9 @@ TEST_F(HostArchive, CarriesOutTheExampleTwice)
 
         EXPECT_EQ(result.errors, "");
         EXPECT_EQ(result.exitStatus, 0) << result.output;
-        EXPECT_NE(FromPlatformLines(result.output).find("\n" + LbEncoding::ToUtf8(host) + "  -d "), std::string::npos)
+        EXPECT_NE(
+            FromPlatformLines(result.output).find(std::string("\n").append(LbEncoding::ToUtf8(host)).append("  -d ")),
+            std::string::npos)
             << result.output;
         EXPECT_FALSE(GetArchive(L".xml").empty());
         EXPECT_FALSE(GetArchive(L".html").empty());
