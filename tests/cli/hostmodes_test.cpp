@@ -249,9 +249,9 @@ protected:
                         m_folder.GetPathOf(L"Daten und mehr")),
               std::pair(std::wstring(L"build/archive"), m_folder.GetPathOf(L"Ausgabe"))})
         {
-            const std::string element = ">" + LbEncoding::ToUtf8(LbPath::ToNative(folder)) + "<";
+            const std::string element = LbEncoding::ToUtf8(LbFormat(L">%s<", LbPath::ToNative(folder)));
             EXPECT_NE(text.find(element), std::string::npos) << element;
-            replaceAll(text, element, ">" + LbEncoding::ToUtf8(LbPath::WithoutSeparator(ours)) + "<");
+            replaceAll(text, element, LbEncoding::ToUtf8(LbFormat(L">%s<", LbPath::WithoutSeparator(ours))));
         }
         return LbFormat(L"%s:%s%s", m_folder.WriteFile(L"ArchiveRun.xml", text), isWindows ? L"Windows" : L"Linux",
                         IsDebug() ? L" Debug" : L"");
