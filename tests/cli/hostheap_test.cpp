@@ -122,7 +122,7 @@ TEST_F(HostHeap, ExampleFamilyIsTrackedTwentyTimesWithoutAFalseWarning)
 TEST_F(HostHeap, ParallelChildProcessesAreTrackedWithoutAFalseWarning)
 {
     const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";
-    for (int round = 0; round < 5; ++round)
+    for (int round = 0; round < 3; ++round)
     {
         const SHostRun run =
             RunHost({L"-d", data, L"--track-heap", L"-x", L"-w", L"4", L"-v", L"-e", L"/CDeflateVectors:"});

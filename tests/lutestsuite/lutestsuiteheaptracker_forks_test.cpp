@@ -175,13 +175,16 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, TrackersComeAndGoOnThreadsBesideForks)
     };
     const auto child = [] {
         int result = 1;
-        std::thread([&result] { result = countOnce(); }).join();
+        std::thread([&result] {
+            allocateOnUsedStack();
+            result = countOnce();
+        }).join();
         return result + countOnce();
     };
+    const CRepeatingThread unhooking([] { LuTestSuiteHeapTracker::UnhookAll(); });
+    // The latest, since a child's thread gets the stack of the latest thread first.
     const CRepeatingThread first(make);
     const CRepeatingThread second(make);
-    // Hooks and restores all the time.
-    const CRepeatingThread third([] { LuTestSuiteHeapTracker::UnhookAll(); });
     for (int round = 0; round < 100; ++round)
     {
         EXPECT_EQ(LbOs::RunInFork(child), 0) << "round " << round;
