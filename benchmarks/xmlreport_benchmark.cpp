@@ -1,13 +1,10 @@
-/// The XML report of 100,000 cases: writing, reading, and the memory that the reader takes at its peak, as a multiple
-/// of the file.
+/// The XML report of 100,000 cases, and one of 200 MB: writing, reading, and the memory that the reader takes at its
+/// peak, as a multiple of the file.
 #include <benchmark/benchmark.h>
 
-#include "base/lbfilesystem.h"
-#include "base/lbformat.h"
-#include "base/lbuniqueid.h"
 #include "base/lustream.h"
+#include "benchmarks/support/samplereports.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
-#include "testing/lutestsuite/lutestsuitereport.h"
 
 namespace
 {
@@ -15,79 +12,79 @@ namespace
 using SReportData = LuTestSuiteReport::SReportData;
 
 constexpr std::uint32_t c_Cases = 100000;
+constexpr std::uint32_t c_Classes = 300;
+constexpr std::int64_t c_LargeSize = 200'000'000;
 
-LuTestSuiteReport::SReportCase makeCase(std::uint32_t index)
-{
-    LuTestSuiteReport::SReportCase testCase;
-    testCase.Id = index;
-    testCase.ClassName = LbFormat(L"CDeflateVectors%u", index % 300);
-    testCase.CaseName = LbFormat(L"level %u, größer.vector", index);
-    testCase.Time = 0.000001F * static_cast<float>(index);
-    testCase.Memory = 64U * index;
-    if (index % 10 == 0)
-    {
-        testCase.Result = LuTestSuiteRun::ECaseRunResult::Error;
-        testCase.Dumps = {{true, L"3 statt 4 Bytes an der Stelle 17"}, {false, L"Datei gelesen"}};
-    }
-    return testCase;
-}
-
-const SReportData& getData()
-{
-    static const SReportData s_data = [] {
-        SReportData data;
-        for (std::uint32_t index = 0; index < c_Cases; ++index)
-        {
-            data.Cases.push_back(makeCase(index));
-        }
-        return data;
-    }();
-    return s_data;
-}
-
-/// A report file for as long as the object lives.
+/// A report file for as long as the object lives: of all cases, repeated until it has its size.
 class CReportFile
 {
 public:
-    CReportFile() { LuTestSuiteReport::GenerateXMLReport(m_path, getData()); }
-    ~CReportFile() { LbFileSystem::RemoveTree(m_path); }
-    CReportFile(const CReportFile&) = delete;
-    CReportFile& operator=(const CReportFile&) = delete;
+    explicit CReportFile(std::int64_t smallestSize)
+    {
+        LuTestSuiteReport::GenerateXMLReport(m_path, Benchmarks::MakeReport(c_Classes, c_Cases, 0));
+        const std::string text = LbFileSystem::ReadFile8Bit(m_path);
+        const std::size_t start = text.find("\t<testcase");
+        const std::size_t end = text.rfind("</testsuite>");
+        LuStreamWriteBinaryFile file(m_path);
+        file.Write(text.data(), start);
+        do
+        {
+            file.Write(text.data() + start, end - start);
+            m_size += static_cast<std::int64_t>(end - start);
+            m_caseCount += c_Cases;
+        }
+        while (m_size < smallestSize);
+        file.Write(text.data() + end, text.size() - end);
+        file.Close();
+        m_size = LuStreamReadBinaryFile(m_path).GetSize();
+    }
 
     const std::wstring& GetPath() const { return m_path; }
-    double GetSize() const { return static_cast<double>(LuStreamReadBinaryFile(m_path).GetSize()); }
+    double GetSize() const { return static_cast<double>(m_size); }
+
+    /// Whether all of the file was read.
+    bool HasAllCases(const SReportData& data) const { return data.Cases.size() == m_caseCount; }
 
 private:
-    std::wstring m_path = LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + LbUniqueId::Generate() + L".xml";
+    Benchmarks::CFolder m_folder;
+    std::wstring m_path = m_folder.GetPathOf(L"report.xml");
+    std::int64_t m_size = 0;
+    std::size_t m_caseCount = 0;
 };
 
 void BM_Write(benchmark::State& state)
 {
-    const CReportFile file;
+    const Benchmarks::CFolder folder;
+    const std::wstring path = folder.GetPathOf(L"report.xml");
+    const SReportData data = Benchmarks::MakeReport(c_Classes, c_Cases, 0);
     for (auto _ : state)
     {
-        LuTestSuiteReport::GenerateXMLReport(file.GetPath(), getData());
+        LuTestSuiteReport::GenerateXMLReport(path, data);
     }
-    state.counters["megabytes"] = file.GetSize() / 1e6;
+    state.counters["megabytes"] = static_cast<double>(LuStreamReadBinaryFile(path).GetSize()) / 1e6;
 }
 BENCHMARK(BM_Write)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_Read(benchmark::State& state)
 {
-    const CReportFile file;
+    const CReportFile file(state.range());
     for (auto _ : state)
     {
         SReportData data;
         LuTestSuiteReport::LoadReportDataFromXMLFile(file.GetPath(), data);
-        benchmark::DoNotOptimize(data);
+        if (!file.HasAllCases(data))
+        {
+            state.SkipWithError("the report was not read");
+        }
     }
+    state.counters["megabytes"] = file.GetSize() / 1e6;
 }
-BENCHMARK(BM_Read)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_Read)->ArgName("bytes")->Arg(0)->Arg(c_LargeSize)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// Without a figure of time: the tracker slows the reader down.
 void BM_MemoryOfReading(benchmark::State& state)
 {
-    const CReportFile file;
+    const CReportFile file(state.range());
     double peak = 0.0;
     for (auto _ : state)
     {
@@ -102,6 +99,6 @@ void BM_MemoryOfReading(benchmark::State& state)
     LuTestSuiteHeapTracker::UnhookAll();
     state.counters["times_the_file"] = peak / file.GetSize();
 }
-BENCHMARK(BM_MemoryOfReading)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_MemoryOfReading)->ArgName("bytes")->Arg(0)->Arg(c_LargeSize)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -42,6 +42,10 @@ LB_API bool IsLink(const std::wstring& path);
 /// followed.
 LB_API bool IsRegularFile(const std::wstring& path);
 
+/// True when both paths lead to one file or directory, whatever their names: links are followed, and a file may have
+/// several names. False when either cannot be looked at.
+LB_API bool AreSameFile(const std::wstring& path, const std::wstring& otherPath);
+
 /// Visits each entry of `directory` but "." and "..", in the file system's order.
 /// Returns false when the directory cannot be opened. Exceptions of `visit` pass through.
 LB_API bool VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit);

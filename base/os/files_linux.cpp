@@ -153,6 +153,14 @@ bool LbOs::IsRegularFile(const std::wstring& path)
     return stat(toSystemPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+bool LbOs::AreSameFile(const std::wstring& path, const std::wstring& otherPath)
+{
+    struct stat status = {};
+    struct stat otherStatus = {};
+    return stat(toSystemPath(path).c_str(), &status) == 0 && stat(toSystemPath(otherPath).c_str(), &otherStatus) == 0 &&
+           status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino;
+}
+
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
 {
     struct SClose

@@ -52,6 +52,22 @@ bool isDirectory(DWORD attributes)
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+struct SCloseHandle
+{
+    void operator()(void* handle) const { CloseHandle(handle); }
+};
+using OwnedHandle = std::unique_ptr<void, SCloseHandle>;
+
+/// What stands at a path, opened to be looked at only; null when it cannot be. Directories open with the backup flag
+/// only.
+OwnedHandle openToLookAt(const std::wstring& path)
+{
+    const HANDLE opened =
+        CreateFileW(ToSystemPath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    return OwnedHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+}
+
 } // namespace
 
 std::wstring LbOs::Windows::ToSystemPath(const std::wstring& path)
@@ -108,6 +124,19 @@ bool LbOs::IsRegularFile(const std::wstring& path)
     const bool isOnDisk = GetFileType(toHandle(file)) == FILE_TYPE_DISK;
     CloseFile(file);
     return isOnDisk;
+}
+
+bool LbOs::AreSameFile(const std::wstring& path, const std::wstring& otherPath)
+{
+    // The index of a file is its own for as long as it is open.
+    const OwnedHandle file = openToLookAt(path);
+    const OwnedHandle otherFile = openToLookAt(otherPath);
+    BY_HANDLE_FILE_INFORMATION info = {};
+    BY_HANDLE_FILE_INFORMATION otherInfo = {};
+    return file != nullptr && otherFile != nullptr && GetFileInformationByHandle(file.get(), &info) != FALSE &&
+           GetFileInformationByHandle(otherFile.get(), &otherInfo) != FALSE &&
+           info.dwVolumeSerialNumber == otherInfo.dwVolumeSerialNumber &&
+           info.nFileIndexHigh == otherInfo.nFileIndexHigh && info.nFileIndexLow == otherInfo.nFileIndexLow;
 }
 
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)
@@ -209,21 +238,10 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
 
 std::wstring LbOs::GetCanonicalPath(const std::wstring& path)
 {
-    struct SClose
-    {
-        void operator()(void* handle) const { CloseHandle(handle); }
-    };
-    // Directories open with the backup flag only.
-    const HANDLE opened =
-        CreateFileW(ToSystemPath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (opened == INVALID_HANDLE_VALUE)
-    {
-        return {};
-    }
-    const std::unique_ptr<void, SClose> closer(opened);
-    return ReadText(
-        [opened](wchar_t* buffer, DWORD size) { return GetFinalPathNameByHandleW(opened, buffer, size, 0); });
+    const OwnedHandle opened = openToLookAt(path);
+    return opened == nullptr ? std::wstring() : ReadText([&opened](wchar_t* buffer, DWORD size) {
+        return GetFinalPathNameByHandleW(opened.get(), buffer, size, 0);
+    });
 }
 
 std::wstring LbOs::GetExecutablePath()

@@ -1,12 +1,17 @@
 // The mode that compares two XML reports.
 
 #include <algorithm>
+#include <filesystem>
+#include <regex>
+#include <system_error>
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
+#include "tests/support/fulldevice.h"
 #include "tests/support/openedfiles.h"
 #include "tests/support/page.h"
 #include "tests/support/samplereports.h"
@@ -158,6 +163,22 @@ TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFiles)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()), (std::vector<std::wstring>{L"alt.xml", L"neu.1.xml"}));
 }
 
+TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFilesByAnotherNameOfIt)
+{
+    const std::string before = LbFileSystem::ReadFile8Bit(m_b);
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
+    std::error_code error;
+    std::filesystem::create_hard_link(LbEncoding::ToNative(m_b), LbEncoding::ToNative(setup.diffOutput), error);
+    ASSERT_FALSE(error) << error.message();
+
+    Generate(setup);
+
+    EXPECT_EQ(m_output.GetText(),
+              L"Fehler Diff: Die Ausgabe würde die Datei " + setup.diffOutput + L" überschreiben.\n");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_b), before);
+}
+
 TEST_F(GenerateReportDiff, ReplacesAFileThatItDoesNotRead)
 {
     LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
@@ -182,11 +203,38 @@ TEST_F(GenerateReportDiff, OpensThePageOnTheDesktop)
     setup.openReports = true;
     setup.diffOutput = m_folder.GetPathOf(L"fehlt/vergleich.html");
     Generate(setup);
+    setup.diffOutput = MakeFullFile(m_folder, L"voll.html");
+    Generate(setup);
     setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
     Generate(setup);
 
-    // Neither the page that nobody asked for nor the one that could not be written.
+    // Neither the page that nobody asked for, nor those that could not be written, be there an older one or not.
     EXPECT_EQ(opened.Await(), std::vector<std::wstring>{setup.diffOutput});
+}
+
+TEST_F(GenerateReportDiff, ShowsNumbersWhateverAReportClaims)
+{
+    const auto makeReport = [](const std::string& time, const std::string& memory) {
+        const std::string times = "<TimeTotal>" + time + "</TimeTotal><TimeAvg>" + time + "</TimeAvg><TimeMax>" + time +
+                                  "</TimeMax><TimeMin>" + time + "</TimeMin>";
+        return "<testsuite><Statistics>" + times + "<CasesTotal>0</CasesTotal><Successful>4294967295</Successful>" +
+               "</Statistics><testcase classname='C' name='a'><time>" + time + "</time><memory>" + memory +
+               "</memory></testcase></testsuite>";
+    };
+    LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
+    setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
+    for (const char* timeA : {"0", "1e-45", "1E-50", "-1e-45", "1e99", "-1E99", "inf", "nan", "-nan"})
+    {
+        for (const char* timeB : {"0", "1e99", "-1e99", "-inf", "nan"})
+        {
+            m_folder.WriteFile(L"alt.xml", makeReport(timeA, "0"));
+            m_folder.WriteFile(L"neu.1.xml", makeReport(timeB, "18446744073709551615"));
+            Generate(setup);
+            const std::string page = ReadPage(setup.diffOutput);
+            EXPECT_EQ(GetRows(page, "testcases").size(), 2U);
+            EXPECT_FALSE(std::regex_search(page, std::regex("<td>-?(inf|nan)"))) << timeA << ", " << timeB;
+        }
+    }
 }
 
 TEST_F(GenerateReportDiff, ComparesARunWithItself)

@@ -6,6 +6,7 @@
 
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "tests/support/fulldevice.h"
 #include "tests/support/openedfiles.h"
 #include "tests/support/runtest.h"
 #include "tests/support/scopedenvironment.h"
@@ -206,10 +207,12 @@ TEST_F(RunReports, AreOpenedOnTheDesktopWithoutWaitingForIt)
     m_setup.openReports = true;
     m_setup.xmlReport = GetPathOf(L"Report.xml");
     Run();
+    m_setup.htmlReport = MakeFullFile(m_folder, L"voll.html");
+    Run();
     m_setup.htmlReport = GetPathOf(L"Über mich & \"dich\" $x.html");
     Run();
 
-    // The opener goes on from here only, and the XML report has had none.
+    // The opener goes on from here only; the XML report and the page that could not be written have had none.
     EXPECT_EQ(opened.Await(), Names{m_setup.htmlReport});
 }
 

@@ -206,6 +206,20 @@ class Look(Pages):
             self.browser.do("url", {"url": link})
             self.assertEqual("LuTestSuite Report", self.browser.run("return document.title"), link)
 
+    def test_hostile_reports_stay_texts(self):
+        self.open("hostile.html")
+        # What a text did at once has happened by now; what it would do under a mouse is an attribute of an element.
+        self.assertEqual("LuTestSuite Report", self.browser.run("return document.title"))
+        self.assertEqual([], self.browser.run("""
+            return Array.from(document.querySelectorAll('body *')).filter(function (element) {
+                return /^(SCRIPT|IMG|B)$/.test(element.tagName) || element.hasAttribute('style') ||
+                    element.getAttributeNames().some(function (name) { return name.startsWith('on'); });
+            }).map(function (element) { return element.outerHTML; });
+        """))
+        self.assertEqual(["mailto:"], self.browser.run(
+            "return Array.from(document.links, function (link) { return link.protocol; });"))
+        self.assertEqual(4, len(self.column(0)))
+
     def test_headings_of_overviews_stand_over_their_columns(self):
         self.open("overview.html")
         lefts = self.browser.run("""

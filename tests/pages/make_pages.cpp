@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
@@ -49,6 +50,18 @@ SData makeLargeReport(std::uint32_t shift)
     return data;
 }
 
+/// Of a file that tries every way out of a page's markup that our reader, which takes more than XML, leaves it.
+void writeHostileDiff(const std::wstring& path)
+{
+    SData data;
+    if (!LuTestSuiteReport::LoadReportDataFromXMLFile(
+            LbEncoding::FromNative(LUTESTSUITE_SOURCE_DIR "/tests/pages/hostile.xml"), data))
+    {
+        throw std::runtime_error("the hostile report cannot be read");
+    }
+    writeDiff(path, MakePassedReport(), data);
+}
+
 void addArchived(const std::wstring& folder, const std::wstring& configuration, const std::wstring& tag,
                  std::uint32_t day, std::uint32_t successful)
 {
@@ -84,6 +97,7 @@ void writePages(const std::wstring& folder)
     writeRun(folder + L"large.html", makeLargeReport(0));
     writeDiff(folder + L"diff.html", MakeMixedReport(), MakeLaterReport());
     writeDiff(folder + L"diff_large.html", makeLargeReport(0), makeLargeReport(1));
+    writeHostileDiff(folder + L"hostile.html");
     writeArchive(folder);
 }
 

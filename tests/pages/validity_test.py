@@ -27,7 +27,8 @@ class Validity(unittest.TestCase):
         return [line for line in result.stderr.splitlines() if "error" in line or "warning" in line]
 
     def test_runs_and_comparisons_are_valid(self):
-        for page in ("run.html", "passed.html", "diff.html", "diff_large.html", "large.html"):
+        for page in ("run.html", "passed.html", "diff.html", "diff_large.html", "large.html",
+                     "hostile.html"):
             self.assertEqual([], self.complaints(page, "--valid"), page)
 
     def test_overviews_are_well_formed(self):

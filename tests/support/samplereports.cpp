@@ -1,6 +1,9 @@
 #include "tests/support/samplereports.h"
 
 #include <iterator>
+#include <limits>
+
+#include "base/lbformat.h"
 
 namespace
 {
@@ -32,6 +35,17 @@ void setPscm(SData& data)
     data.PscmInfo->Changeset = L"4711";
     data.PscmInfo->ChangesetAuthor = L"Erika Muster";
     data.PscmInfo->WorkspacePath = L"C:\\Quellen\\Produkt";
+}
+
+void setSvn(SData& data)
+{
+    data.SvnInfo = std::make_unique<LuTestSuiteUtils::SSvnInfo>();
+    data.SvnInfo->URL = L"svn://server/trunk";
+    data.SvnInfo->Revision = L"4699";
+    data.SvnInfo->WorkingCopyRootPath = L"D:\\Arbeit";
+    data.SvnInfo->LastChangedAuthor = L"jörg";
+    data.SvnInfo->LastChangedRev = L"4700";
+    data.SvnInfo->LastChangedDate = L"2024-02-29 12:34:56 +0100";
 }
 
 /// The figures that follow from classes and cases.
@@ -69,11 +83,24 @@ SCase makeCase(std::uint32_t id, const std::wstring& className, const std::wstri
     return testCase;
 }
 
-void setLeak(SCase& testCase)
+void setLeak(SCase& testCase, std::int64_t bytes)
 {
-    testCase.MemoryDelta = 48;
-    testCase.Info = L"Speicherleck von 48 Bytes detektiert.";
+    testCase.MemoryDelta = bytes;
+    testCase.Info = LbFormat(L"Speicherleck von %I64i Bytes detektiert.", bytes);
     testCase.Warning = true;
+}
+
+/// No two alike, so that none can stand in the place of another, and at the limits of their types.
+void setFiguresApart(SData& data)
+{
+    std::uint32_t number = 100;
+    for (std::uint32_t* figure : {&data.ThreadCount, &data.TimeOut, &data.ClassesTotal, &data.ClassesSuccessful,
+                                  &data.CasesTotal, &data.Successful, &data.Failures, &data.Errors, &data.Warnings})
+    {
+        *figure = ++number;
+    }
+    data.TimeMin = 0.000001F;
+    data.MemoryMax = std::numeric_limits<std::uint64_t>::max();
 }
 
 } // namespace
@@ -141,8 +168,18 @@ SData MakeMixedReport()
         makeCase(12, L"CNetz", L"hängt", ECaseRunResult::TimeOut),
     };
     data.Cases.assign(std::begin(cases), std::end(cases));
-    setLeak(data.Cases[2]);
+    setLeak(data.Cases[2], 48);
     setFigures(data);
+    return data;
+}
+
+SData MakeFullReport()
+{
+    SData data = MakeMixedReport();
+    setSvn(data);
+    setFiguresApart(data);
+    std::erase_if(data.Cases, [](const SCase& testCase) { return testCase.Result == ECaseRunResult::NoMatchingCase; });
+    setLeak(data.Cases.back(), std::numeric_limits<std::int64_t>::min());
     return data;
 }
 

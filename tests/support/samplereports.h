@@ -11,6 +11,10 @@ LuTestSuiteReport::SReportData MakePassedReport();
 /// A run with every outcome, umlauts, markup characters, messages, leaks, contacts and the build's Pscm information.
 LuTestSuiteReport::SReportData MakeMixedReport();
 
+/// The mixed report with every field of a file set, figures to values of their own, and without the one result that no
+/// file tells from another.
+LuTestSuiteReport::SReportData MakeFullReport();
+
 /// A later run of the same product: some cases of the mixed report better, some worse, some gone, some new.
 LuTestSuiteReport::SReportData MakeLaterReport();
 

@@ -1,7 +1,12 @@
 #include "tests/support/unwritable.h"
 
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 #include <utility>
 
+#include "base/inoncopyable.h"
+#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/os/testaids.h"
 #include "tests/support/fulldevice.h"
@@ -21,6 +26,38 @@ std::wstring makeLongFolder()
     return path;
 }
 
+/// Forbids writing to a file, or into a folder, for as long as it lives.
+class CProtection : public INonCopyable
+{
+public:
+    explicit CProtection(const std::wstring& place) : m_place(LbEncoding::ToNative(place))
+    {
+        std::filesystem::permissions(m_place, c_Writing, std::filesystem::perm_options::remove);
+    }
+
+    ~CProtection()
+    {
+        std::error_code ignored;
+        std::filesystem::permissions(m_place, c_Writing, std::filesystem::perm_options::add, ignored);
+    }
+
+private:
+    static constexpr std::filesystem::perms c_Writing = std::filesystem::perms::owner_write;
+
+    std::filesystem::path m_place;
+};
+
+/// Adds `path`, which stands or would stand in the protected `place`, unless the present user may write everywhere.
+void addProtected(std::vector<SUnwritablePlace>& places, const std::string& name, const std::wstring& place,
+                  const std::wstring& path)
+{
+    auto protection = std::make_shared<CProtection>(place);
+    if (!std::ofstream(std::filesystem::path(LbEncoding::ToNative(path))).is_open())
+    {
+        places.push_back({name, path, std::move(protection)});
+    }
+}
+
 } // namespace
 
 std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, const std::wstring& name)
@@ -38,11 +75,15 @@ std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, co
     {
         places.push_back({"full disk", device, {}});
     }
-    // Takes no files, whoever asks.
+    // Takes no files, whoever asks; folders of its own refuse the administrator nothing.
     if (const std::wstring directory = L"/proc/"; LbFileSystem::IsDirectory(directory))
     {
         places.push_back({"folder that takes no files", directory + name, {}});
     }
+    const std::wstring file = folder.WriteFile(L"nur lesbar " + name, "");
+    addProtected(places, "read-only file", file, file);
+    const std::wstring readOnly = folder.MakeFolder(L"nur lesbar");
+    addProtected(places, "read-only folder", readOnly, readOnly + name);
     const std::wstring held = folder.WriteFile(L"gehalten " + name, "");
     if (std::shared_ptr<void> hold = LbOs::HoldFile(held))
     {

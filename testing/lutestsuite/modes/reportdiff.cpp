@@ -6,6 +6,7 @@
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/report/diffpage.h"
 #include "testing/lutestsuite/utils/openpage.h"
 #include "testing/lutestsuite/utils/warning.h"
 
@@ -25,11 +26,10 @@ bool haveFiles(const std::vector<std::wstring>& paths)
     return true;
 }
 
-/// Canonical names tell whether two paths mean one file; a page that is not there yet has none.
 bool wouldReplaceInput(const std::wstring& output, const std::vector<std::wstring>& inputs)
 {
-    const std::wstring canonical = LbOs::GetCanonicalPath(output);
-    return !canonical.empty() && std::ranges::find(inputs, canonical, &LbOs::GetCanonicalPath) != inputs.end();
+    return std::ranges::any_of(inputs,
+                               [&output](const std::wstring& input) { return LbOs::AreSameFile(input, output); });
 }
 
 bool load(const std::wstring& path, LuTestSuiteReport::SReportData& data)
@@ -81,9 +81,9 @@ void LuTestSuiteUtils::GenerateReportDiff(const LuTestSuiteSetup& setup)
     {
         return;
     }
-    LuTestSuiteReport::GenerateHTMLDiffReport(output, pathA, pathB, a, b, setup.writeCss, setup.writeJs,
-                                              setup.smallReport, setup.tolerateWarnings);
-    if (setup.openReports)
+    const bool isFinished = LuTestSuite::WriteDiffWithCompanions(
+        output, {pathA, a}, {pathB, b}, setup.writeCss, setup.writeJs, setup.smallReport, setup.tolerateWarnings);
+    if (isFinished && setup.openReports)
     {
         LuTestSuite::OpenPage(output);
     }

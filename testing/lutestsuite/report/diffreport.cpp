@@ -50,13 +50,14 @@ void writeSources(MarkupWriter& writer, const std::wstring& pathA, const std::ws
     writer.WriteElement(L"h2", L"Diff Sources");
     writer.WriteLineOpen(L"<table id=\"diffsource\">");
     writer.WriteLine(L"<tr><th></th><th>Reference Data\"A\"</th><th>Test Data\"B\"</th></tr>");
-    writer.WriteLine(LbFormat(L"<tr><td>Data Source</td><td>%s</td><td>%s</td></tr>", pathA, pathB));
+    writer.WriteLine(LbFormat(L"<tr><td>Data Source</td><td>%s</td><td>%s</td></tr>", MarkupWriter::Escape(pathA),
+                              MarkupWriter::Escape(pathB)));
     writer.WriteLineClose(L"</table>");
 }
 
 std::wstring getText(const LuTestSuite::SRunDataRow& row, const SData& data)
 {
-    return LuTestSuite::IsPresent(row, data) ? row.getText(data) : std::wstring();
+    return LuTestSuite::IsPresent(row, data) ? LuTestSuite::ToMarkup(row.getText(data)) : std::wstring();
 }
 
 void writeRunDataRow(MarkupWriter& writer, const LuTestSuite::SRunDataRow& row, const SData& a, const SData& b)
@@ -98,7 +99,7 @@ std::wstring getClassCell(const SClass* a, const SClass* b)
     {
         link = LuTestSuite::GetContactLink(*a);
     }
-    const std::wstring& name = (b != nullptr ? b : a)->Name;
+    const std::wstring name = LuTestSuite::ToMarkup((b != nullptr ? b : a)->Name);
     return link.empty() ? name : name + L' ' + link;
 }
 
@@ -154,7 +155,7 @@ void writeCase(MarkupWriter& writer, const SCase* a, const SCase* b, const SCase
     writer.WriteLineOpen(getTexts(match.state).rowStart);
     writer.WriteElement(L"td", getTexts(match.state).name);
     writePair(writer, a, b, [](const SCase& side) { return LbFormat(L"%u", side.Id); });
-    writer.WriteElement(L"td", either.ClassName);
+    writer.WriteElement(L"td", LuTestSuite::ToMarkup(either.ClassName));
     writer.WriteElement(L"td", MarkupWriter::Escape(either.CaseName));
     writePair(writer, a, b, [](const SCase& side) { return LbFormat(L"%f", side.Time); });
     writeRatio(writer, areBothThere, match.timeRatio);
@@ -198,12 +199,19 @@ void LuTestSuite::WriteDiffPage(const std::wstring& path, const SDiffSide& a, co
     });
 }
 
+bool LuTestSuite::WriteDiffWithCompanions(const std::wstring& path, const SDiffSide& a, const SDiffSide& b,
+                                          bool writeCss, bool writeJs, bool smallReport, bool tolerateWarnings)
+{
+    return WorkOrReport(c_PageFailed, path, [&] {
+        WriteDiffPage(path, a, b, smallReport, tolerateWarnings);
+        WriteCompanions(path, writeCss, writeJs);
+    });
+}
+
 void LuTestSuiteReport::GenerateHTMLDiffReport(const std::wstring& path, const std::wstring& pathA,
                                                const std::wstring& pathB, const SReportData& a, const SReportData& b,
                                                bool writeCss, bool writeJs, bool smallReport, bool tolerateWarnings)
 {
-    LuTestSuite::WorkOrReport(LuTestSuite::c_PageFailed, path, [&] {
-        LuTestSuite::WriteDiffPage(path, {pathA, a}, {pathB, b}, smallReport, tolerateWarnings);
-        LuTestSuite::WriteCompanions(path, writeCss, writeJs);
-    });
+    LuTestSuite::WriteDiffWithCompanions(path, {pathA, a}, {pathB, b}, writeCss, writeJs, smallReport,
+                                         tolerateWarnings);
 }

@@ -4,6 +4,7 @@
 #include "testing/lutestsuite/report/companions.h"
 #include "testing/lutestsuite/report/page.h"
 #include "testing/lutestsuite/report/rundata.h"
+#include "testing/lutestsuite/run/runpage.h"
 
 namespace
 {
@@ -141,15 +142,15 @@ void writeCases(MarkupWriter& writer, const std::vector<SCase>& cases, bool tole
 
 } // namespace
 
-void LuTestSuiteReport::GenerateHTMLReport(const std::wstring& path, const SReportData& data, bool writeCss,
-                                           bool writeJs, bool smallReport, bool tolerateWarnings)
+bool LuTestSuite::WriteRunPage(const std::wstring& path, const SData& data, bool writeCss, bool writeJs,
+                               bool smallReport, bool tolerateWarnings)
 {
     if (path.empty())
     {
-        return;
+        return false;
     }
-    LuTestSuite::WorkOrReport(LuTestSuite::c_PageFailed, path, [&] {
-        LuTestSuite::WritePage(path, L"LuTestSuite Report", [&](MarkupWriter& writer) {
+    return WorkOrReport(c_PageFailed, path, [&] {
+        WritePage(path, L"LuTestSuite Report", [&](MarkupWriter& writer) {
             writeRunData(writer, data);
             writeClassSummary(writer, data, tolerateWarnings);
             if (!smallReport)
@@ -157,6 +158,12 @@ void LuTestSuiteReport::GenerateHTMLReport(const std::wstring& path, const SRepo
                 writeCases(writer, data.Cases, tolerateWarnings);
             }
         });
-        LuTestSuite::WriteCompanions(path, writeCss, writeJs);
+        WriteCompanions(path, writeCss, writeJs);
     });
+}
+
+void LuTestSuiteReport::GenerateHTMLReport(const std::wstring& path, const SReportData& data, bool writeCss,
+                                           bool writeJs, bool smallReport, bool tolerateWarnings)
+{
+    LuTestSuite::WriteRunPage(path, data, writeCss, writeJs, smallReport, tolerateWarnings);
 }

@@ -1,6 +1,7 @@
 #include "testing/lutestsuite/report/matching.h"
 
 #include <algorithm>
+#include <limits>
 #include <tuple>
 
 namespace LuTestSuite
@@ -130,9 +131,11 @@ EDiffState getStateAlone(const SCase& testCase, bool warningCounts)
     return !isOk(testCase) || (warningCounts && testCase.Warning) ? EDiffState::Worse : EDiffState::Plain;
 }
 
+/// Finite, whatever the reports claim.
 float getRatio(double a, double b)
 {
-    return a == 0.0 ? 0.0F : static_cast<float>(b / a);
+    constexpr double c_Largest = std::numeric_limits<float>::max();
+    return a == 0.0 ? 0.0F : static_cast<float>(std::clamp(b / a, -c_Largest, c_Largest));
 }
 
 void compare(SCaseMatch& match, const SCase* a, const SCase* b, bool tolerateWarnings)

@@ -1,8 +1,10 @@
 /// The page over an archive of reports.
 
 #include <algorithm>
+#include <map>
 #include <new>
 #include <tuple>
+#include <utility>
 
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
@@ -55,7 +57,7 @@ struct SArchive
     std::wstring root;
     std::wstring reports;
     std::wstring diffs;
-    std::wstring subDirectory; ///< of the reports, in links
+    std::wstring linkPrefix; ///< of the reports, as seen from the page
 };
 
 /// The time stamp in the name, "[Y-m-d]-[H-i-s]"; the name itself when it has none.
@@ -64,6 +66,22 @@ std::wstring getVersion(const std::wstring& name)
     constexpr std::size_t c_TimeStampLength = 23;
     const std::size_t start = name.find(L'[');
     return start == std::wstring::npos ? name : name.substr(start, c_TimeStampLength);
+}
+
+/// Comparisons go by the versions of their runs. Runs of one configuration that share a time stamp would share a
+/// comparison, too, so the names of their files are their versions.
+void tellVersionsApart(std::vector<SArchivedRun>& runs)
+{
+    std::map<std::pair<std::wstring, std::wstring>, int> counts;
+    const auto getKey = [](const SArchivedRun& run) { return std::pair(run.configuration, getVersion(run.name)); };
+    for (const SArchivedRun& run : runs)
+    {
+        ++counts[getKey(run)];
+    }
+    for (SArchivedRun& run : runs)
+    {
+        run.version = counts[getKey(run)] == 1 ? getVersion(run.name) : run.name;
+    }
 }
 
 SRate readRate(const XMLNode& node, const char* totalName)
@@ -117,7 +135,6 @@ std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& 
         }
         SArchivedRun run;
         run.name = file.substr(0, file.size() - c_Ending.size());
-        run.version = getVersion(run.name);
         if (!readRun(archive.reports + file, run))
         {
             LuTestSuite::WriteWarning(L"Fehler: Report %s konnte nicht gelesen werden.\n", archive.reports + file);
@@ -132,6 +149,7 @@ std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& 
             runs.push_back(std::move(run));
         }
     }
+    tellVersionsApart(runs);
     std::ranges::stable_sort(runs, std::ranges::greater(),
                              [](const SArchivedRun& run) { return std::tie(run.dateBegin, run.version); });
     return runs;
@@ -176,11 +194,11 @@ void writeDiff(const SArchive& archive, const std::wstring& path, const SArchive
 }
 
 /// A character of a path that would not be taken for one of a link, or not for itself. A backslash that parts folders
-/// does so in links of files, too.
+/// does so in links of files, too. What stands in front of a colon could be taken for a protocol.
 bool breaksLink(char character)
 {
     const bool isPlain = character > ' ' && character < '\x7F';
-    return !isPlain || std::string_view("\"#%&<>?").find(character) != std::string_view::npos ||
+    return !isPlain || std::string_view("\"#%&:<>?").find(character) != std::string_view::npos ||
            (character == '\\' && !LbPath::IsSeparator(L'\\'));
 }
 
@@ -211,13 +229,13 @@ std::wstring provideDiff(const SArchive& archive, const std::wstring& tag, const
     {
         writeDiff(archive, path, older, newer);
     }
-    return LbFileSystem::Exists(path) ? archive.subDirectory + L"/Diff/" + name : std::wstring();
+    return LbFileSystem::Exists(path) ? archive.linkPrefix + L"Diff/" + name : std::wstring();
 }
 
 std::wstring getReportLink(const SArchive& archive, const SArchivedRun& run)
 {
     const std::wstring file = run.name + L".html";
-    return LbFileSystem::Exists(archive.reports + file) ? archive.subDirectory + L'/' + file : std::wstring();
+    return LbFileSystem::Exists(archive.reports + file) ? archive.linkPrefix + file : std::wstring();
 }
 
 std::wstring getRateCell(const SRate& rate)
@@ -242,8 +260,9 @@ void writeRun(MarkupWriter& writer, const SArchivedRun& run, const std::wstring&
               const std::wstring& diffLink)
 {
     LuTestSuite::WriteRow(writer, L"<tr>", L"td",
-                          {run.version, run.dateBegin, getRateCell(run.classes), getRateCell(run.cases),
-                           getBarCell(run.cases), getLinkCell(reportLink, L"Report"), getLinkCell(diffLink, L"Diff")});
+                          {MarkupWriter::Escape(run.version), LuTestSuite::ToMarkup(run.dateBegin),
+                           getRateCell(run.classes), getRateCell(run.cases), getBarCell(run.cases),
+                           getLinkCell(reportLink, L"Report"), getLinkCell(diffLink, L"Diff")});
 }
 
 void writeConfiguration(MarkupWriter& writer, const SArchive& archive, const SConfiguration& configuration,
@@ -269,7 +288,7 @@ void writeConfiguration(MarkupWriter& writer, const SArchive& archive, const SCo
 void writeOverview(MarkupWriter& writer, const SArchive& archive, const std::vector<SArchivedRun>& runs)
 {
     writer.WriteLineOpen(L"<table id=\"overview-info\">");
-    LuTestSuite::WriteRow(writer, L"<tr>", L"td", {L"Directory:", archive.root});
+    LuTestSuite::WriteRow(writer, L"<tr>", L"td", {L"Directory:", MarkupWriter::Escape(archive.root)});
     writer.WriteLineClose(L"</table>");
     for (const SConfiguration& configuration : c_Configurations)
     {
@@ -289,10 +308,11 @@ void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root
                                                         const std::wstring& reportPrefix)
 {
     SArchive archive;
-    archive.root = LuTestSuiteUtils::AddBackslash(root);
-    archive.reports = LuTestSuiteUtils::AddBackslash(archive.root + subDirectory);
+    // Without a name there is no directory: a separator alone would be the root of all files, or of all links.
+    archive.root = LbPath::WithSeparator(root);
+    archive.reports = LbPath::WithSeparator(archive.root + subDirectory);
     archive.diffs = archive.reports + L"Diff" + LbPath::c_Separator;
-    archive.subDirectory = subDirectory;
+    archive.linkPrefix = subDirectory.empty() ? std::wstring() : subDirectory + L'/';
     for (const std::wstring& directory : {archive.root, archive.reports})
     {
         if (!LuTestSuiteUtils::AssertDirectory(directory))

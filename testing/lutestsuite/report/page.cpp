@@ -1,5 +1,8 @@
 #include "testing/lutestsuite/report/page.h"
 
+#include <algorithm>
+#include <charconv>
+
 #include "base/lbencoding.h"
 #include "testing/lutestsuite/report/reportfailure.h"
 
@@ -22,6 +25,43 @@ void writeInlineStylesheet(LuTestSuite::MarkupWriter& writer)
     writer.WriteLine(std::wstring_view(text).substr(start));
 }
 
+/// Of those that XML knows.
+bool isCharacter(std::uint32_t number)
+{
+    constexpr std::uint32_t c_FirstSurrogate = 0xD800;
+    constexpr std::uint32_t c_LastSurrogate = 0xDFFF;
+    constexpr std::uint32_t c_Last = 0x10FFFF;
+    const bool isLayout = number == '\t' || number == '\n' || number == '\r';
+    const bool isNone = (number >= c_FirstSurrogate && number <= c_LastSurrogate) || number == 0xFFFE ||
+                        number == 0xFFFF || number > c_Last;
+    return isLayout || (number >= ' ' && !isNone);
+}
+
+/// Whether this is the number of a character, "#65" or "#x41".
+bool isCharacterNumber(std::wstring_view name)
+{
+    const bool isHexadecimal = name.starts_with(L"#x");
+    const std::string digits =
+        LbEncoding::ToLatin1(name.substr(std::min<std::size_t>(isHexadecimal ? 2 : 1, name.size())));
+    std::uint32_t number = 0;
+    const char* const end = digits.data() + digits.size();
+    const std::from_chars_result result = std::from_chars(digits.data(), end, number, isHexadecimal ? 16 : 10);
+    return name.starts_with(L'#') && result.ec == std::errc() && result.ptr == end && isCharacter(number);
+}
+
+/// Length of the reference to a character at the beginning of the text; 0 when there is none.
+std::size_t getReferenceLength(std::wstring_view text)
+{
+    constexpr std::size_t c_Longest = 12;
+    const std::size_t end = text.substr(0, c_Longest).find(L';');
+    if (!text.starts_with(L'&') || end == std::wstring_view::npos)
+    {
+        return 0;
+    }
+    const bool isEntity = LuTestSuite::MarkupWriter::Unescape(text.substr(0, end + 1)).size() == 1;
+    return isEntity || isCharacterNumber(text.substr(1, end - 1)) ? end + 1 : 0;
+}
+
 } // namespace
 
 void LuTestSuiteReport::writeHTMLHeader(LuTestSuiteUtils::LuMarkupWriter& writer, bool inlineStylesheet)
@@ -42,15 +82,17 @@ void LuTestSuiteReport::writeHTMLHeader(LuTestSuiteUtils::LuMarkupWriter& writer
     writer.WriteLineClose(L"</head>");
 }
 
-void LuTestSuite::WorkOrReport(const wchar_t* format, const std::wstring& path, const std::function<void()>& work)
+bool LuTestSuite::WorkOrReport(const wchar_t* format, const std::wstring& path, const std::function<void()>& work)
 {
     try
     {
         work();
+        return true;
     }
     catch (...)
     {
         WriteReportFailure(format, path);
+        return false;
     }
 }
 
@@ -79,6 +121,19 @@ void LuTestSuite::WriteRow(MarkupWriter& writer, std::wstring_view start, std::w
     writer.WriteLineClose(L"</tr>");
 }
 
+std::wstring LuTestSuite::ToMarkup(std::wstring_view text)
+{
+    std::wstring markup;
+    while (!text.empty())
+    {
+        const std::size_t reference = getReferenceLength(text);
+        const std::wstring_view piece = text.substr(0, reference > 0 ? reference : text.find(L'&', 1));
+        markup += reference > 0 ? std::wstring(piece) : MarkupWriter::Escape(piece);
+        text.remove_prefix(piece.size());
+    }
+    return markup;
+}
+
 float LuTestSuite::GetPercentage(std::uint32_t successful, std::uint32_t total)
 {
     return total == 0 ? 0.0F : static_cast<float>(successful) / static_cast<float>(total) * 100.0F;
@@ -88,6 +143,6 @@ std::wstring LuTestSuite::GetContactLink(const LuTestSuiteReport::SReportClass& 
 {
     const std::wstring& email = testClass.ContactEMail;
     return email.empty() ? std::wstring()
-                         : LbFormat(L"<a href=\"mailto:%s\">%s</a>", email,
-                                    testClass.ContactName.empty() ? email : testClass.ContactName);
+                         : LbFormat(L"<a href=\"mailto:%s\">%s</a>", ToMarkup(email),
+                                    ToMarkup(testClass.ContactName.empty() ? email : testClass.ContactName));
 }

@@ -17,7 +17,8 @@ using MarkupWriter = LuTestSuiteUtils::LuMarkupWriter;
 inline constexpr const wchar_t* c_PageFailed = L"HTML-Report %s konnte nicht erzeugt werden.";
 
 /// Does `work`; when that fails, prints `format` with `path` as one line and goes on. Out of memory counts as failing.
-void WorkOrReport(const wchar_t* format, const std::wstring& path, const std::function<void()>& work);
+/// True when it is done.
+bool WorkOrReport(const wchar_t* format, const std::wstring& path, const std::function<void()>& work);
 
 /// Writes a page with the style sheet inside: `writeBody` fills the body. Failures are thrown; what was written stays.
 void WritePage(const std::wstring& path, const std::wstring& title,
@@ -26,6 +27,10 @@ void WritePage(const std::wstring& path, const std::wstring& title,
 /// A row of one cell a text; `element` is "td" or "th", `start` its start tag.
 void WriteRow(MarkupWriter& writer, std::wstring_view start, std::wstring_view element,
               std::initializer_list<std::wstring_view> cells);
+
+/// A text of a report as part of a page or of an attribute: characters of markup as entities, but references, which
+/// the texts of a report may hold, stay.
+std::wstring ToMarkup(std::wstring_view text);
 
 /// `successful` of `total` in hundredths; 0 when there is nothing.
 float GetPercentage(std::uint32_t successful, std::uint32_t total);

@@ -7,6 +7,7 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/run/runpage.h"
 #include "testing/lutestsuite/utils/openpage.h"
 #include "testing/lutestsuite/utils/warning.h"
 
@@ -56,9 +57,9 @@ STargets getTargets(const LuTestSuiteSetup& setup)
 
 void writeHtml(const LuTestSuiteSetup& setup, const std::wstring& path, const LuTestSuiteReport::SReportData& data)
 {
-    LuTestSuiteReport::GenerateHTMLReport(path, data, setup.writeCss, setup.writeJs, setup.smallReport,
-                                          setup.tolerateWarnings);
-    if (setup.openReports)
+    const bool isFinished =
+        LuTestSuite::WriteRunPage(path, data, setup.writeCss, setup.writeJs, setup.smallReport, setup.tolerateWarnings);
+    if (isFinished && setup.openReports)
     {
         LuTestSuite::OpenPage(path);
     }

@@ -6,7 +6,7 @@
 namespace LuTestSuite
 {
 
-/// Hands a page to the desktop; nothing when it could not be written. Relative paths count from the working directory.
+/// Hands a finished page to the desktop. Relative paths count from the working directory.
 void OpenPage(const std::wstring& path);
 
 } // namespace LuTestSuite

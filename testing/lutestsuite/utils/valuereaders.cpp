@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cwchar>
 #include <limits>
 
@@ -13,6 +14,24 @@ namespace
 {
 
 constexpr std::wstring_view c_WhiteSpace = L" \t\n\v\f\r";
+
+/// The sign is none in front of another one.
+bool beginsWithPlus(std::string_view number)
+{
+    constexpr std::string_view c_Beginnings = ".0123456789";
+    return number.size() > 1 && number[0] == '+' && c_Beginnings.find(number[1]) != std::string_view::npos;
+}
+
+/// Of a number that no float can hold, whether it is too near to zero: its first digit of worth stands behind the point
+/// once the exponent has moved that.
+bool isTiny(const std::string& number)
+{
+    const std::size_t end = std::min(number.find_first_of("eE"), number.size());
+    const auto point = static_cast<std::int64_t>(std::min(number.find('.'), end));
+    const auto first = static_cast<std::int64_t>(number.find_first_of("123456789"));
+    const std::int64_t exponent = end == number.size() ? 0 : std::strtoll(number.c_str() + end + 1, nullptr, 10);
+    return exponent < first - point;
+}
 
 } // namespace
 
@@ -61,16 +80,17 @@ float ReadFloat(const std::wstring& text)
 {
     const std::size_t start = std::min(text.find_first_not_of(c_WhiteSpace), text.size());
     std::string number = LbEncoding::ToLatin1(std::wstring_view(text).substr(start));
-    number.erase(0, number.starts_with('+') ? 1 : 0);
+    number.erase(0, beginsWithPlus(number) ? 1 : 0);
     float value = 0.0F;
     const std::from_chars_result result = std::from_chars(number.data(), number.data() + number.size(), value);
     if (result.ec != std::errc::result_out_of_range)
     {
-        return value;
+        // Names of what is no number are none here.
+        return std::isfinite(value) ? value : 0.0F;
     }
-    const bool isTiny = number.find("e-") < static_cast<std::size_t>(result.ptr - number.data());
-    constexpr float c_Infinity = std::numeric_limits<float>::infinity();
-    return isTiny ? 0.0F : std::copysign(c_Infinity, number.starts_with('-') ? -1.0F : 1.0F);
+    number.resize(static_cast<std::size_t>(result.ptr - number.data()));
+    const float limit = isTiny(number) ? 0.0F : std::numeric_limits<float>::max();
+    return std::copysign(limit, number.starts_with('-') ? -1.0F : 1.0F);
 }
 
 } // namespace LuTestSuite

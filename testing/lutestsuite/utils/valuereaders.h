@@ -21,7 +21,7 @@ std::int64_t ReadInt64(const std::wstring& text);
 std::uint32_t ReadUInt32(const std::wstring& text);
 std::uint64_t ReadUInt64(const std::wstring& text);
 
-/// With a point, whatever the locale, and an exponent.
+/// With a point, whatever the locale, and an exponent. Always finite.
 float ReadFloat(const std::wstring& text);
 
 } // namespace LuTestSuite

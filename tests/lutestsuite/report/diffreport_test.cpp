@@ -280,10 +280,43 @@ TEST_F(HTMLDiffReport, ShowsBothSidesOfACase)
     b.Memory = 1024;
     b.Info = L"Speicherleck von 8 Bytes detektiert.";
 
-    EXPECT_EQ(GetCaseRows({a}, {b}),
-              (std::vector<SPageRow>{{"",
-                                      {"", "3", "5", "CTest<int>", "a&lt;b", "0.500000", "1.250000", "2.50", "2048",
-                                       "1024", "0.50", "Ok", "Ok", "", "Speicherleck von 8 Bytes detektiert."}}}));
+    EXPECT_EQ(GetCaseRows({a}, {b}), (std::vector<SPageRow>{{"",
+                                                             {"", "3", "5", "CTest&lt;int&gt;", "a&lt;b", "0.500000",
+                                                              "1.250000", "2.50", "2048", "1024", "0.50", "Ok", "Ok",
+                                                              "", "Speicherleck von 8 Bytes detektiert."}}}));
+}
+
+TEST_F(HTMLDiffReport, EscapesItsSources)
+{
+    LuTestSuiteReport::GenerateHTMLDiffReport(m_path, L"Report R&D <1>.xml", L"&amp;.xml", SData(), SData(), false,
+                                              false, false, false);
+
+    EXPECT_EQ(GetRows(ReadPage(m_path), "diffsource").at(1).cells,
+              (std::vector<std::string>{"Data Source", "Report R&amp;D &lt;1&gt;.xml", "&amp;amp;.xml"}));
+}
+
+TEST_F(HTMLDiffReport, EscapesWhatReportsMayNotHoldButNoReferences)
+{
+    const std::wstring script = L"<script>\"'</script>";
+    SClass a = MakeReportClass(L"C" + script, 1);
+    const SClass b = MakeReportClass(L"C" + script, 2);
+    a.ContactEMail = L"\"><b>";
+    SData dataA;
+    SData dataB;
+    dataA.Classes = {a};
+    dataB.Classes = {b};
+    dataA.GPU = script;
+    dataB.GPU = L"R&D &foo; &amp; &#65; &#x42; &#0; &#xFFFF; &#1114112; &#; &#x; &; & &#-1; &#99999999999; &lt";
+
+    const std::string page = GetPage(dataA, dataB);
+
+    const std::string shown = "&lt;script&gt;&quot;&apos;&lt;/script&gt;";
+    EXPECT_EQ(GetRows(page, "testclasses").at(1).cells.at(0),
+              "C" + shown + " <a href=\"mailto:&quot;&gt;&lt;b&gt;\">&quot;&gt;&lt;b&gt;</a>");
+    EXPECT_EQ(GetRow(page, "setup", "GPU:").cells.at(1), shown);
+    EXPECT_EQ(GetRow(page, "setup", "GPU:").cells.at(2),
+              "R&amp;D &amp;foo; &amp; &#65; &#x42; &amp;#0; &amp;#xFFFF; &amp;#1114112; &amp;#; &amp;#x; &amp;; &amp; "
+              "&amp;#-1; &amp;#99999999999; &amp;lt");
 }
 
 TEST_F(HTMLDiffReport, LeavesTheCellsOfAMissingSideEmpty)

@@ -166,6 +166,19 @@ TEST_F(HTMLReport, EscapesNamesOfCasesButNotOfClasses)
     EXPECT_EQ(row.cells.at(2), "a&lt;b");
 }
 
+TEST_F(HTMLReport, LeavesAContactNoWayOutOfItsLink)
+{
+    SData data = MakePassedReport();
+    data.ClassesSuccessful = 1;
+    data.Classes[0] = MakeReportClass(L"CDruck", 3, 1);
+    data.Classes[0].ContactEMail = L"a@example.org\" onclick=\"alert(1)";
+    data.Classes[0].ContactName = L"Müller & <b>Söhne</b> &amp; Co";
+
+    EXPECT_EQ(GetRow(GetPage(data), "testclasses", "CDruck").cells.at(4),
+              "<a href=\"mailto:a@example.org&quot; onclick=&quot;alert(1)\">"
+              "Müller &amp; &lt;b&gt;Söhne&lt;/b&gt; &amp; Co</a>");
+}
+
 TEST_F(HTMLReport, NumbersCasesByTheirPositionInTheRecord)
 {
     SData data;

@@ -1,5 +1,4 @@
-#include <filesystem>
-#include <system_error>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +12,8 @@
 #include "tests/support/page.h"
 #include "tests/support/samplereports.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
+#include "tests/support/unwritable.h"
 
 namespace
 {
@@ -204,6 +205,33 @@ TEST_F(ReportDirectoryOverview, TakesTheNameOfTheFileForAVersionWithoutTimeStamp
     EXPECT_EQ(GetRunRows().at(0).cells.at(0), "Report 7.2");
 }
 
+TEST_F(ReportDirectoryOverview, TellsRunsOfOneTimeStampApart)
+{
+    const std::wstring stamp = L"[2024-05-01]-[10-00-00]";
+    AddReport(L"Report.1." + stamp, L"2024-05-01 10:00:00");
+    AddReport(L"Report.2." + stamp, L"2024-05-01 10:00:01");
+    AddReport(L"Report.3." + stamp, L"2024-05-01 10:00:02");
+    AddReport(L"Report.4." + stamp + L".neu", L"2024-05-01 10:00:03", L"Debug x64");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+
+    const std::vector<SPageRow> rows = GetRunRows();
+
+    ASSERT_EQ(rows.size(), 5U);
+    EXPECT_EQ(rows[0].cells.at(0), "[2024-05-02]-[10-00-00]");
+    EXPECT_EQ(rows[1].cells.at(0), "Report.3.[2024-05-01]-[10-00-00]");
+    EXPECT_EQ(rows[4].cells.at(0), "[2024-05-01]-[10-00-00]") << "the only one of its configuration";
+    EXPECT_EQ(rows[1].cells.at(6), "<a href=\"Archive/Diff/Diff.x64.release.Report.3.[2024-05-01]-[10-00-00]-vs-"
+                                   "[2024-05-02]-[10-00-00].html\">Diff</a>");
+    for (const auto& [older, newer] : {std::pair(L"1", L"2"), std::pair(L"2", L"3")})
+    {
+        const std::wstring name =
+            L"Diff.x64.release.Report." + std::wstring(older) + L'.' + stamp + L"-vs-Report." + newer + L'.' + stamp;
+        const auto sources = GetRows(ReadPage(GetReportPath(L"Diff/" + name + L".html")), "diffsource").at(1).cells;
+        EXPECT_TRUE(sources.at(1).ends_with(LbEncoding::ToUtf8(L"Report." + (older + (L"." + stamp)) + L".xml")));
+        EXPECT_TRUE(sources.at(2).ends_with(LbEncoding::ToUtf8(L"Report." + (newer + (L"." + stamp)) + L".xml")));
+    }
+}
+
 TEST_F(ReportDirectoryOverview, CountsOnlyReportsWithThePrefix)
 {
     AddReport(L"Alt [2024-05-01]-[10-00-00]", L"2024-05-01 10:00:00");
@@ -250,13 +278,11 @@ TEST_F(ReportDirectoryOverview, LinksNoDiffThatWasNotFinished)
 {
     AddReport(c_First, L"2024-05-01 10:00:00");
     AddReport(c_Second, L"2024-05-02 10:00:00");
-    const std::wstring diff =
-        GetReportPath(L"Diff/Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html");
+    const std::wstring name = L"Archive/Diff/Diff.x64.release.[2024-05-01]-[10-00-00]-vs-[2024-05-02]-[10-00-00].html";
+    const std::wstring diff = m_folder.GetPathOf(name);
     m_folder.MakeFolder(L"Archive/Diff");
-    std::error_code error;
     // What is written to a device that is full comes to an end half-way.
-    std::filesystem::create_symlink(LbEncoding::ToNative(GetFullDevice()), LbEncoding::ToNative(diff + L".tmp"), error);
-    if (GetFullDevice().empty() || error)
+    if (MakeFullFile(m_folder, name + L".tmp").empty())
     {
         GTEST_SKIP() << "no disk can be full here";
     }
@@ -309,6 +335,76 @@ TEST_F(ReportDirectoryOverview, ShowsTextsOfReportsAsTheyAreWritten)
     EXPECT_EQ(GetRunRows().at(0).cells.at(1), "1. Mai &lt;früh&gt;");
 }
 
+TEST_F(ReportDirectoryOverview, EscapesNamesOfFiles)
+{
+    const std::wstring name = L"Report R&D 'neu'";
+    const ScopedFolder folder;
+    const std::wstring root = folder.MakeFolder(L"A&B");
+    folder.MakeFolder(L"A&B/Archive");
+    AddReport(name, L"2024-05-01 10:00:00");
+    AddReport(L"Report Z", L"2024-05-02 10:00:00");
+    for (const wchar_t* report : {L"Report R&D 'neu'.xml", L"Report Z.xml"})
+    {
+        LbFileSystem::CopyContent(GetReportPath(report), root + L"Archive" + LbPath::c_Separator + report);
+    }
+
+    Generate(root);
+
+    const std::string page = ReadPage(root + L"index.html");
+    EXPECT_EQ(GetRow(page, "overview", "Report R&amp;D &apos;neu&apos;").cells.at(1), "2024-05-01 10:00:00");
+    EXPECT_TRUE(GetRow(page, "overview-info", "Directory:").cells.at(1).find("A&amp;B") != std::string::npos);
+    const std::string diff =
+        ReadPage(folder.GetPathOf(L"A&B/Archive/Diff/Diff.x64.release.Report R&D 'neu'-vs-Report Z.html"));
+    EXPECT_NE(GetRow(diff, "diffsource", "Data Source").cells.at(1).find("R&amp;D &apos;neu&apos;.xml"),
+              std::string::npos);
+}
+
+TEST_F(ReportDirectoryOverview, EscapesMarkupInNamesOfFiles)
+{
+    const std::wstring name = L"Report <b>\"1\"";
+    AddReport(name, L"2024-05-01 10:00:00");
+    if (!LbFileSystem::IsFile(GetReportPath(name + L".xml")))
+    {
+        GTEST_SKIP() << "no file can have such a name here";
+    }
+
+    EXPECT_EQ(GetRunRows().at(0).cells.at(0), "Report &lt;b&gt;&quot;1&quot;");
+}
+
+TEST_F(ReportDirectoryOverview, ShowsNoMarkupThatAReportMustNotHold)
+{
+    AddReport(c_First, L"A &amp; B & C");
+
+    EXPECT_EQ(GetRunRows().at(0).cells.at(1), "A &amp; B &amp; C");
+}
+
+TEST_F(ReportDirectoryOverview, RefusesARootWithoutName)
+{
+    const ScopedWorkingDirectory directory(m_folder.GetPath());
+
+    Generate(L"");
+
+    EXPECT_EQ(m_output.GetText(), L"Fehler: Ungültiges Verzeichnis \n");
+    EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"index.html")));
+    EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"Archive")));
+}
+
+TEST_F(ReportDirectoryOverview, FindsReportsInTheRootItself)
+{
+    AddReport(c_First, L"2024-05-01 10:00:00");
+    AddReport(c_Second, L"2024-05-02 10:00:00");
+    m_folder.WriteFile(L"Archive/" + std::wstring(c_First) + L".html", "<html/>");
+
+    LuTestSuiteReport::GenerateReportDirectoryOverview(GetReportPath(L""), L"index", L"", L"Report");
+
+    const std::vector<SPageRow> rows = GetRows(ReadPage(GetReportPath(L"index.html")), "overview");
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_EQ(rows[2].cells.at(5), "<a href=\"Report.x64.release.[2024-05-01]-[10-00-00].html\">Report</a>");
+    EXPECT_EQ(rows[2].cells.at(6), "<a href=\"Diff/Diff.x64.release.[2024-05-01]-[10-00-00]-vs-"
+                                   "[2024-05-02]-[10-00-00].html\">Diff</a>");
+    EXPECT_TRUE(LbFileSystem::IsDirectory(GetReportPath(L"Diff")));
+}
+
 TEST_F(ReportDirectoryOverview, RefusesARootThatCannotBe)
 {
     const std::wstring root = m_folder.WriteFile(L"Datei", "") + LbPath::c_Separator;
@@ -330,12 +426,30 @@ TEST_F(ReportDirectoryOverview, RefusesAReportDirectoryThatCannotBe)
 
 TEST_F(ReportDirectoryOverview, CostsOneLineWhenItCannotBeWritten)
 {
-    m_folder.MakeFolder(L"index.html");
+    constexpr std::wstring_view c_Ending = L".html";
+    std::vector<SUnwritablePlace> places = GetUnwritablePlaces(m_folder, L"zu.html");
+    places.push_back({"full disk", MakeFullFile(m_folder, L"voll.html"), {}});
+    int count = 0;
+    for (const SUnwritablePlace& place : places)
+    {
+        // An overview has no place elsewhere.
+        if (!place.path.starts_with(m_folder.GetPath()))
+        {
+            continue;
+        }
+        ++count;
+        SCOPED_TRACE(place.name);
+        m_output.Clear();
+        const std::size_t start = m_folder.GetPath().size();
 
-    Generate(m_folder.GetPath());
+        LuTestSuiteReport::GenerateReportDirectoryOverview(
+            m_folder.GetPath(), place.path.substr(start, place.path.size() - start - c_Ending.size()), L"Archive",
+            L"Report");
 
-    EXPECT_EQ(m_output.GetText(),
-              L"Fehler beim Erzeugen der Report-Übersicht für Verzeichnis " + m_folder.GetPath() + L"\n");
+        EXPECT_EQ(m_output.GetText(),
+                  L"Fehler beim Erzeugen der Report-Übersicht für Verzeichnis " + m_folder.GetPath() + L"\n");
+    }
+    EXPECT_GE(count, 6);
 }
 
 } // namespace

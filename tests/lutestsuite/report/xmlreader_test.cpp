@@ -1,4 +1,4 @@
-#include <cmath>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -38,6 +38,11 @@ protected:
     SReportData ReadStatistics(const std::string& content) const
     {
         return Read("<Statistics>" + content + "</Statistics>");
+    }
+
+    float ReadTime(const std::string& text) const
+    {
+        return ReadStatistics("<TimeTotal>" + text + "</TimeTotal>").TimeTotal;
     }
 
     LuTestSuiteReport::SReportCase ReadCase(const std::string& content) const
@@ -211,13 +216,57 @@ TEST_F(XmlReportReader, TakesTheLimitForNumbersOutOfRange)
     EXPECT_EQ(data.CasesTotal, 4294967295U);
     EXPECT_EQ(data.Errors, 4294967295U);
     EXPECT_EQ(data.MemoryMax, 18446744073709551615U);
-    EXPECT_TRUE(std::isinf(data.TimeMax) && data.TimeMax > 0);
-    EXPECT_TRUE(std::isinf(data.TimeMin) && data.TimeMin < 0);
+    EXPECT_EQ(data.TimeMax, std::numeric_limits<float>::max());
+    EXPECT_EQ(data.TimeMin, std::numeric_limits<float>::lowest());
     EXPECT_EQ(data.TimeAvg, 0.0F);
     EXPECT_EQ(ReadCase("<testcase><memorydelta>9223372036854775808</memorydelta></testcase>").MemoryDelta,
               9223372036854775807);
     EXPECT_EQ(ReadCase("<testcase><memorydelta>-9223372036854775809</memorydelta></testcase>").MemoryDelta,
               -9223372036854775807 - 1);
+}
+
+TEST_F(XmlReportReader, TellsTimesThatAreTooSmallFromThoseThatAreTooLarge)
+{
+    const std::string zeros(60, '0');
+    for (const std::string& text :
+         {std::string("1E-50"), std::string("1e-50"), "0." + zeros + "1", "." + zeros + "1e5", "0." + zeros + "1E+10",
+          "1" + zeros + "e-120", std::string("1e-99999999999999999999"), "0.1e-" + zeros + "99"})
+    {
+        EXPECT_EQ(ReadTime(text), 0.0F) << text;
+    }
+    for (const std::string& text :
+         {std::string("1E50"), std::string("1e+50"), "1" + zeros, "1" + zeros + ".5e-5", "0." + zeros + "1E+120",
+          std::string("1e99999999999999999999"), "1" + zeros + "e -120"})
+    {
+        EXPECT_EQ(ReadTime(text), std::numeric_limits<float>::max()) << text;
+        EXPECT_EQ(ReadTime("-" + text), std::numeric_limits<float>::lowest()) << text;
+    }
+}
+
+TEST_F(XmlReportReader, ReadsTimesThatAFloatCanJustHold)
+{
+    EXPECT_EQ(ReadTime("1.5E-3"), 0.0015F);
+    EXPECT_EQ(ReadTime("1e-45"), std::numeric_limits<float>::denorm_min());
+    EXPECT_EQ(ReadTime("340282346638528859811704183484516925440.000000"), std::numeric_limits<float>::max());
+    EXPECT_EQ(ReadTime("1" + std::string(60, '0') + "e-60"), 1.0F);
+}
+
+TEST_F(XmlReportReader, TakesAPlusInFrontOfANumberOnly)
+{
+    EXPECT_EQ(ReadTime("+5"), 5.0F);
+    EXPECT_EQ(ReadTime("+.5"), 0.5F);
+    for (const char* text : {"+-5", "-+5", "++5", "+", "+ 5", "- 5", "+e5", "+inf"})
+    {
+        EXPECT_EQ(ReadTime(text), 0.0F) << text;
+    }
+}
+
+TEST_F(XmlReportReader, KnowsNoTimesWithoutEnd)
+{
+    for (const char* text : {"inf", "-inf", "INFINITY", "nan", "-NaN", "nan(7)", "0x1p3"})
+    {
+        EXPECT_EQ(ReadTime(text), 0.0F) << text;
+    }
 }
 
 TEST_F(XmlReportReader, ReadsWhatIsNoNumberAsZero)

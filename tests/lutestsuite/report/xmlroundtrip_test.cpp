@@ -9,7 +9,8 @@
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
-#include "tests/support/reportmodels.h"
+#include "tests/support/randomreports.h"
+#include "tests/support/samplereports.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -35,7 +36,7 @@ protected:
 
 TEST_F(XmlReportRoundTrip, KeepsEveryFieldThatAFileHolds)
 {
-    const SReportData written = MakeReport();
+    const SReportData written = MakeFullReport();
     const std::string first = Write(written);
     SReportData data;
     ASSERT_TRUE(Read(data));

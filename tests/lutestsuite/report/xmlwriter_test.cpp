@@ -6,7 +6,7 @@
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/golden.h"
-#include "tests/support/reportmodels.h"
+#include "tests/support/samplereports.h"
 #include "tests/support/scopedfolder.h"
 #include "tests/support/unwritable.h"
 
@@ -40,7 +40,7 @@ protected:
 
 TEST_F(XmlReportWriter, WritesEveryFieldInItsPlace)
 {
-    ExpectGolden("report/full.xml", Write(MakeReport()));
+    ExpectGolden("report/full.xml", Write(MakeFullReport()));
 }
 
 TEST_F(XmlReportWriter, WritesAnEmptyRecord)
@@ -51,7 +51,7 @@ TEST_F(XmlReportWriter, WritesAnEmptyRecord)
 TEST_F(XmlReportWriter, SaysNothingWhenAllIsWell)
 {
     const CapturedOutput output;
-    Write(MakeReport());
+    Write(MakeFullReport());
     EXPECT_EQ(output.GetText(), L"");
 }
 
@@ -64,7 +64,7 @@ TEST_F(XmlReportWriter, ReplacesAnOlderReport)
 TEST_F(XmlReportWriter, WritesNothingWithoutAPath)
 {
     const CapturedOutput output;
-    LuTestSuiteReport::GenerateXMLReport(L"", MakeReport());
+    LuTestSuiteReport::GenerateXMLReport(L"", MakeFullReport());
     EXPECT_EQ(output.GetText(), L"");
 }
 
@@ -109,7 +109,7 @@ TEST_F(XmlReportWriter, FailsInOneLineWhereNoReportCanBeWritten)
     for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"Report.xml"))
     {
         const CapturedOutput output;
-        LuTestSuiteReport::GenerateXMLReport(place.path, MakeReport());
+        LuTestSuiteReport::GenerateXMLReport(place.path, MakeFullReport());
         ASSERT_EQ(output.GetLines().size(), 1U) << place.name;
         EXPECT_EQ(output.GetLines()[0],
                   CapturedOutput::Plain(L"XML-Report " + place.path + L" konnte nicht erzeugt werden.\n"))

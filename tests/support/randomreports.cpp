@@ -1,11 +1,9 @@
-#include "tests/support/reportmodels.h"
+#include "tests/support/randomreports.h"
 
 #include <cmath>
 #include <iterator>
 #include <limits>
 #include <string_view>
-
-#include "base/lbformat.h"
 
 namespace
 {
@@ -15,75 +13,10 @@ using SReportData = LuTestSuiteReport::SReportData;
 using SReportClass = LuTestSuiteReport::SReportClass;
 using SReportCase = LuTestSuiteReport::SReportCase;
 
+/// Those that a file tells apart.
 constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Ok,       ECaseRunResult::Error,     ECaseRunResult::Exception,
                                         ECaseRunResult::NoInput,  ECaseRunResult::Different, ECaseRunResult::Unknown,
                                         ECaseRunResult::Canceled, ECaseRunResult::TimeOut};
-
-void describe(SReportData& data)
-{
-    data.BuildConfiguration = L"Release x64";
-    data.SvnInfo = std::make_unique<LuTestSuiteUtils::SSvnInfo>();
-    *data.SvnInfo = {L"trunk", L"D:\\Arbeit", L"svn://server/trunk",       L"svn://server", L"4711",
-                     L"jörg",  L"4700",       L"2024-02-29 12:34:56 +0100"};
-    data.PscmInfo = std::make_unique<LuTestSuiteUtils::SPscmInfo>();
-    *data.PscmInfo = {L"server:8084", L"produkt", L"/main/ä", L"0815", L"Jörg Müller", L"D:\\Arbeit\\produkt"};
-    data.Processor = L"Model: Prozessor, Cores: 8, Speed 2.600 GHz, Memory 23.5 GB";
-    data.GPU = L"Grafik 3000";
-    data.MachineName = L"RECHNER";
-    data.DataDirectory = L"D:\\Daten für Tests\\";
-    data.ExecutionMode = L"External Isolated";
-    data.ThreadCount = 4;
-    data.TimeOut = 60;
-    data.DateBegin = L"2024-02-29 23:59:58";
-    data.DateEnd = L"2024-03-01 00:00:01";
-}
-
-void addFigures(SReportData& data)
-{
-    data.ClassesTotal = 2;
-    data.ClassesSuccessful = 1;
-    data.ClassesFlagged = 2;
-    data.CasesTotal = 9;
-    data.Successful = 2;
-    data.Failures = 4;
-    data.Errors = 3;
-    data.Warnings = 1;
-    data.TimeTotal = 3.25F;
-    data.TimeAvg = 0.5F;
-    data.TimeMax = 1.125F;
-    data.TimeMin = 0.000001F;
-    data.MemoryAvg = 2048;
-    data.MemoryMax = 18446744073709551615U;
-    data.MemoryMin = 16;
-}
-
-SReportCase makeCase(std::uint32_t id, ECaseRunResult result)
-{
-    SReportCase testCase;
-    testCase.Id = id;
-    testCase.ClassName = L"CManyOutcomes";
-    testCase.CaseName = LbFormat(L"Fall %u & \"ä\" <b>", id);
-    testCase.Time = 0.25F * static_cast<float>(id);
-    testCase.Memory = 1024U * id;
-    testCase.Result = result;
-    if (result != ECaseRunResult::Ok)
-    {
-        testCase.Dumps = {{true, L"3 statt 4 &amp; 5"}, {false, L"Größe 12 µm"}, {false, L"..."}};
-    }
-    return testCase;
-}
-
-SReportCase makeLeakingCase(std::uint32_t id)
-{
-    SReportCase testCase;
-    testCase.Id = id;
-    testCase.ClassName = L"CLeak";
-    testCase.CaseName = L"undicht";
-    testCase.MemoryDelta = -9223372036854775807 - 1;
-    testCase.Info = L"Speicherleck von -9223372036854775808 Bytes detektiert.";
-    testCase.Warning = true;
-    return testCase;
-}
 
 /// The random content of one record.
 class CRandom
@@ -212,21 +145,6 @@ SReportCase makeRandomCase(CRandom& random)
 }
 
 } // namespace
-
-SReportData MakeReport()
-{
-    SReportData data;
-    describe(data);
-    addFigures(data);
-    data.Classes = {{L"CManyOutcomes", 8, 1, 3, 4, 0, L"Jörg Müller", L"joerg@example.org"},
-                    {L"CLeak", 1, 1, 0, 0, 1, L"", L""}};
-    for (const ECaseRunResult result : c_Results)
-    {
-        data.Cases.push_back(makeCase(static_cast<std::uint32_t>(data.Cases.size()), result));
-    }
-    data.Cases.push_back(makeLeakingCase(17));
-    return data;
-}
 
 SReportData MakeRandomReport(std::mt19937& random)
 {

@@ -1,12 +1,9 @@
-/// Report records for tests.
+/// Report records of random content.
 #pragma once
 
 #include <random>
 
 #include "testing/lutestsuite/lutestsuitereport.h"
-
-/// A record with every field set to a value of its own, two classes, and a case for each result that a report can hold.
-LuTestSuiteReport::SReportData MakeReport();
 
 /// A record of random size and content. Its texts come through writing and reading: raw ones hold no markup, and all
 /// characters are among those that a report file can hold. Numbers are drawn from the whole range of their types.
