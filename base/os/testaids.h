@@ -15,6 +15,9 @@ namespace LbOs
 /// Loads a shared library that nothing else uses, and unloads it. False when it cannot be loaded.
 bool LoadAndUnloadModule(const std::wstring& path);
 
+/// The processes that the present one has started and that run.
+std::vector<unsigned long> ListChildren();
+
 /// Makes a named pipe that stands in its folder like a file; its reader waits for a writer. False where there are none.
 bool MakePipe(const std::wstring& path);
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -139,6 +140,20 @@ bool LbOs::ResetRealTimeSignals()
         std::signal(signal, SIG_DFL);
     }
     return true;
+}
+
+std::vector<unsigned long> LbOs::ListChildren()
+{
+    std::vector<unsigned long> children;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
+    {
+        std::ifstream file(thread.path() / "children");
+        for (unsigned long number = 0; file >> number;)
+        {
+            children.push_back(number);
+        }
+    }
+    return children;
 }
 
 bool LbOs::MakePipe(const std::wstring& path)

@@ -9,6 +9,7 @@
 // Behind windows.h, which it needs.
 #include <aclapi.h>
 #include <psapi.h>
+#include <tlhelp32.h>
 
 namespace
 {
@@ -100,6 +101,23 @@ bool LbOs::CallWhileFlushing(void (* /*function*/)())
 bool LbOs::ResetRealTimeSignals()
 {
     return false;
+}
+
+std::vector<unsigned long> LbOs::ListChildren()
+{
+    std::vector<unsigned long> children;
+    const Windows::Handle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof(entry);
+    for (BOOL isFound = Process32FirstW(snapshot.get(), &entry); isFound != FALSE;
+         isFound = Process32NextW(snapshot.get(), &entry))
+    {
+        if (entry.th32ParentProcessID == GetCurrentProcessId())
+        {
+            children.push_back(entry.th32ProcessID);
+        }
+    }
+    return children;
 }
 
 bool LbOs::MakePipe(const std::wstring& /*path*/)

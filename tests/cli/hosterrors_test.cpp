@@ -169,7 +169,7 @@ TEST_F(HostErrors, TellWhereTheLibraryFailed)
 
 TEST_F(HostErrors, TellWhichDescriptionTheLibraryCouldNotMatch)
 {
-    if (!CanLimitHostMemory())
+    if (!CanLimitHost())
     {
         GTEST_SKIP() << "memory cannot be limited here";
     }

@@ -9,6 +9,7 @@
 #include "base/lbformat.h"
 #include "base/os/process.h"
 #include "base/os/processes.h"
+#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace
@@ -66,8 +67,8 @@ TEST(GetChildCommandLine, AlwaysNamesADataDirectory)
 
 std::ptrdiff_t countChildren()
 {
-    return std::ranges::count_if(LbOs::ListProcesses(), [](const LbOs::SProcess& process) {
-        return process.parentNumber == LbOs::GetProcessNumber() && process.executableName == getHost();
+    return std::ranges::count_if(LbOs::ListChildren(), [](unsigned long number) {
+        return LbOs::GetProcessExecutableName(number) == getHost();
     });
 }
 
