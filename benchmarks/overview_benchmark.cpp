@@ -1,8 +1,8 @@
 /// The overview of an archive of 1,000 runs whose comparisons are there already, as after every night but the first.
 #include <benchmark/benchmark.h>
 
-#include "benchmarks/support/samplereports.h"
 #include "benchmarks/support/limits.h"
+#include "benchmarks/support/samplereports.h"
 
 namespace
 {

@@ -67,9 +67,8 @@ TEST(GetChildCommandLine, AlwaysNamesADataDirectory)
 
 std::ptrdiff_t countChildren()
 {
-    return std::ranges::count_if(LbOs::ListChildren(), [](unsigned long number) {
-        return LbOs::GetProcessExecutableName(number) == getHost();
-    });
+    return std::ranges::count_if(
+        LbOs::ListChildren(), [](unsigned long number) { return LbOs::GetProcessExecutableName(number) == getHost(); });
 }
 
 TEST(ExternalContext, StartsNoMoreProcessesAheadThanThereAreCasesToCome)

@@ -97,7 +97,7 @@ private:
     std::int32_t m_processIndex = sc_iNone;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_mayBeLeaving = false;             ///< it had been idle for long when it was asked
-    LbTimer m_timer{LbTimer::eR_Second}; ///< since the request
+    LbTimer m_timer{LbTimer::eR_Second};     ///< since the request
 
     static constexpr std::int32_t sc_iNone = -1;
 };
