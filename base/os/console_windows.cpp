@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <io.h>
+
 #include "base/lbencoding.h"
 #include "base/os/windows_api.h"
 
@@ -11,7 +13,7 @@ namespace
 
 HANDLE getHandle(std::FILE* stream)
 {
-    return GetStdHandle(stream == stdout ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
 /// Whether a sequence leaves the cursor where it is. Some consoles accept the mode and show the sequences all the same;

@@ -1,9 +1,9 @@
 #include "base/os/files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -66,23 +66,12 @@ bool isLinkEntry(int directory, const dirent& entry)
     return fstatat(directory, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-/// Behind the last "..": up to there links matter, since behind a link ".." is its target's parent, which the text does
-/// not tell. 0 when the path has none.
-std::size_t findEndOfLastParent(const std::wstring& path)
+/// Of an absolute path without separator at its end; empty for the root. Behind a link it is the parent of the target,
+/// which the text does not tell.
+std::wstring getParent(const std::wstring& path)
 {
-    for (std::size_t start = path.rfind(L"/.."); start != std::wstring::npos; start = path.rfind(L"/..", start - 1))
-    {
-        const std::size_t end = start + 3;
-        if (end == path.size() || path[end] == L'/')
-        {
-            return end;
-        }
-        if (start == 0)
-        {
-            break;
-        }
-    }
-    return 0;
+    const std::wstring target = LbOs::IsLink(path) ? LbOs::GetCanonicalPath(path + L"/..") : std::wstring();
+    return target.empty() ? path.substr(0, std::min(path.rfind(L'/'), path.size())) : target == L"/" ? L"" : target;
 }
 
 std::wstring withoutSeparators(std::wstring path)
@@ -228,14 +217,23 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
     {
         return path;
     }
-    std::wstring full = IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
-    const std::size_t parentEnd = findEndOfLastParent(full);
-    const std::wstring parent = parentEnd == 0 ? std::wstring() : GetCanonicalPath(full.substr(0, parentEnd));
-    if (!parent.empty())
+    const std::wstring full = IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
+    std::wstring result;
+    std::wstring_view name;
+    for (std::size_t start = 0; start < full.size(); start += name.size() + 1)
     {
-        full.replace(0, parentEnd, parent);
+        name = std::wstring_view(full).substr(start, full.find(L'/', start) - start);
+        if (name == L"..")
+        {
+            result = getParent(result);
+        }
+        else if (!name.empty() && name != L".")
+        {
+            result.append(L"/").append(name);
+        }
     }
-    return LbEncoding::FromNative(std::filesystem::path(LbEncoding::ToNative(full)).lexically_normal().native());
+    const bool isFolder = full.ends_with(L'/') || name == L"." || name == L"..";
+    return isFolder || result.empty() ? result + L"/" : result;
 }
 
 std::wstring LbOs::GetCanonicalPath(const std::wstring& path)

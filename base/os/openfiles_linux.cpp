@@ -26,12 +26,11 @@ void LbOs::AssertOpenFiles(std::uint64_t count)
     {
         return;
     }
-    const rlim_t former = limit.rlim_cur;
+    // Before it is raised: a child that another thread starts meanwhile is to have it back, too.
+    rlim_t none = 0;
+    s_former.compare_exchange_strong(none, limit.rlim_cur);
     limit.rlim_cur = std::min<rlim_t>(count, limit.rlim_max);
-    if (setrlimit(RLIMIT_NOFILE, &limit) == 0 && s_former == 0)
-    {
-        s_former = former;
-    }
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 void LbOs::Linux::RestoreOpenFileLimit() noexcept

@@ -1,5 +1,6 @@
 #include "base/os/process.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
@@ -50,8 +51,15 @@ int showAssertBox(const wchar_t* text)
 
 std::vector<std::wstring> LbOs::GetArguments(int /*count*/, const char* const* /*arguments*/)
 {
-    // Not by the system's call for it: the shell's library has that.
-    return LbCommandLine::Split(GetCommandLineW());
+    // Not by the system's call for it: the shell's library has that. The program's name knows no escapes, and is empty
+    // when the line begins with a blank.
+    const std::wstring line = GetCommandLineW();
+    const bool isQuoted = line.starts_with(L'"');
+    const std::size_t start = isQuoted ? 1 : 0;
+    const std::size_t end = std::min(line.find_first_of(isQuoted ? L"\"" : L" \t", start), line.size());
+    std::vector<std::wstring> arguments = LbCommandLine::Split(line.substr(std::min(end + start, line.size())));
+    arguments.insert(arguments.begin(), line.substr(start, end - start));
+    return arguments;
 }
 
 void LbOs::RunOnStack(std::size_t stackSize, const std::function<void()>& function)

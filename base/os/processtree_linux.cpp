@@ -34,51 +34,46 @@ bool readText(int folder, const char* path, char (&text)[c_TextSize])
     return size > 0;
 }
 
-/// Whether a process's line "number (name) state parent ..." is that of a child that is to end.
-bool isLivingChild(std::string_view line, pid_t parent)
+struct SLine
+{
+    bool isChild = false;
+    bool hasEnded = false;
+};
+
+/// Of a process's line "number (name) state parent ...". Keepers are nobody's children.
+SLine readLine(std::string_view line, pid_t parent)
 {
     // A name may hold brackets of its own.
     const std::size_t name = line.find('(') + 1;
     const std::size_t end = line.rfind(") ");
     if (end == std::string_view::npos || end < name)
     {
-        return false;
+        return {};
     }
     const char state = line[end + 2];
-    const bool hasEnded = state == 'Z' || state == 'X';
     const bool isKeeper = line.substr(name, end - name) == c_KeeperName;
-    return !hasEnded && !isKeeper && std::strtol(line.data() + end + 3, nullptr, 10) == parent;
+    return {!isKeeper && std::strtol(line.data() + end + 3, nullptr, 10) == parent, state == 'Z' || state == 'X'};
 }
 
-/// The lowest number that a process can have that was born after this one.
-pid_t getLowestLaterNumber(int folder, pid_t process)
-{
-    char load[c_TextSize];
-    const char* const newest = readText(folder, "loadavg", load) ? std::strrchr(load, ' ') : nullptr;
-    const bool isInOrder = newest != nullptr && std::strtol(newest, nullptr, 10) >= process;
-    // Numbers begin anew when they are used up.
-    return isInOrder ? process + 1 : 1;
-}
-
-/// Kills a process if it is a child of that one.
+/// Kills a process if it is a child of that one; true when it has still to end.
 bool killIfChild(int folder, pid_t process, pid_t parent)
 {
     char path[32];
     std::strcpy(std::to_chars(path, path + sizeof(path), process).ptr, "/stat");
-    char line[c_TextSize];
-    const bool isChild = readText(folder, path, line) && isLivingChild(line, parent);
-    if (isChild)
+    char text[c_TextSize];
+    const SLine line = readText(folder, path, text) ? readLine(text, parent) : SLine();
+    if (line.isChild)
     {
+        // One whose first thread alone has ended looks as if it had ended as a whole.
         kill(process, SIGKILL);
     }
-    return isChild;
+    return line.isChild && !line.hasEnded;
 }
 
 /// Kills the children of a process; true when there were any.
 bool killChildren(pid_t process)
 {
     const CDescriptor folder(open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const pid_t lowest = getLowestLaterNumber(folder.Get(), process);
     bool wereThere = false;
     alignas(dirent64) char entries[4096];
     ssize_t size = 0;
@@ -89,7 +84,7 @@ bool killChildren(pid_t process)
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
             // 0 for what is no process.
             const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-            wereThere = (number >= lowest && killIfChild(folder.Get(), number, process)) || wereThere;
+            wereThere = (number > 0 && killIfChild(folder.Get(), number, process)) || wereThere;
             offset += entry->d_reclen;
         }
     }

@@ -4,6 +4,7 @@
 /// the library, or a case ended the process; what happened goes to standard error, in one line.
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -28,7 +29,7 @@ constexpr int c_Succeeded = 0;
 constexpr int c_Failed = 1;
 constexpr int c_Broken = 2;
 
-/// Colours are for people: a terminal shows them unless NO_COLOR is set, files and pipes get plain text.
+/// Colours are for people: a terminal shows them unless NO_COLOR is set and not empty, files and pipes get plain text.
 void chooseOutput()
 {
     if (LbOs::GetEnvironmentText(L"NO_COLOR").empty() && LbOs::EnableTerminalSequences())
@@ -56,6 +57,7 @@ void endUnfinished()
     if (s_workingProcess == LbOs::GetProcessNumber())
     {
         LbOs::WriteStandardError(LbEncoding::ToUtf8(L"Fehler: Der Prozess wurde mitten im Aufruf beendet\n"));
+        std::fflush(nullptr);
         LbOs::EndProcess(c_Broken);
     }
 }

@@ -108,6 +108,7 @@ void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
     catch (const LbException& exception)
     {
         LuTestSuite::WriteWarning(L"Fehler: %s\n", exception.GetMessageText());
+        return;
     }
     for (const wchar_t* const name : {LuTestSuite::c_StylesheetName, LuTestSuite::c_ScriptName})
     {

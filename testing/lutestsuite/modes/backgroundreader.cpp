@@ -61,11 +61,13 @@ std::size_t CBackgroundReader::Await(std::size_t count)
     {
         return static_cast<std::size_t>(bytes);
     }
-    if (AwaitEnd() < count)
+    // All that was read counts, also before a failure.
+    if (m_total >= count)
     {
-        throw LbException();
+        return m_total;
     }
-    return m_total;
+    AwaitEnd();
+    throw LbException();
 }
 
 std::size_t CBackgroundReader::AwaitEnd()

@@ -1,7 +1,9 @@
 /// The mode that finds data sets of identical content, and deletes all but the oldest of each.
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+#include <ranges>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -13,6 +15,7 @@
 #include "base/lbuniqueid.h"
 #include "base/lumurmurhash3.h"
 #include "base/os/clock.h"
+#include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -146,6 +149,28 @@ std::size_t countRedundant(const SDuplicates& duplicates)
     return count;
 }
 
+/// The links below a directory, those of cases that were not selected, too. Linked folders are not looked into.
+std::vector<std::wstring> findLinks(const std::wstring& directory)
+{
+    std::vector<std::wstring> links;
+    std::vector<std::wstring> folders;
+    LbOs::VisitDirectory(directory, [&](const LbOs::SDirectoryEntry& entry) {
+        if (entry.isLink)
+        {
+            links.push_back(directory + entry.name);
+        }
+        else if (entry.isDirectory)
+        {
+            folders.push_back(LbPath::WithSeparator(directory + entry.name));
+        }
+    });
+    for (const std::wstring& folder : folders)
+    {
+        std::ranges::copy(findLinks(folder), std::back_inserter(links));
+    }
+    return links;
+}
+
 /// Deletes what is redundant and nothing else, however links lead from one place to another.
 class CDeletion
 {
@@ -155,11 +180,21 @@ public:
         : m_dataDirectory(LuTestSuiteUtils::AddBackslash(LbOs::GetFullPath(dataDir))),
           m_canonicalDirectory(LbPath::WithSeparator(LbOs::GetCanonicalPath(m_dataDirectory)))
     {
+        std::unordered_set<std::wstring> redundant;
         for (const SDuplicates& duplicates : results)
         {
             for (const DuplicateSet& set : duplicates.sets)
             {
                 addKept(set.front().path);
+                std::ranges::for_each(set | std::views::drop(1),
+                                      [&redundant](const SDataSet& dataSet) { redundant.insert(dataSet.path); });
+            }
+        }
+        for (const std::wstring& link : findLinks(m_dataDirectory))
+        {
+            if (!redundant.contains(link))
+            {
+                addKept(link);
             }
         }
     }
@@ -202,7 +237,9 @@ private:
     /// Whether a kept link leads through this one shows when this one is away.
     bool deleteLink(const std::wstring& path) const
     {
-        if (m_keptLinks.empty())
+        std::vector<std::wstring> intact;
+        std::ranges::copy_if(m_keptLinks, std::back_inserter(intact), LbFileSystem::IsFile);
+        if (intact.empty())
         {
             return LbOs::RemoveFile(path);
         }
@@ -211,7 +248,7 @@ private:
         {
             return false;
         }
-        if (std::ranges::all_of(m_keptLinks, LbFileSystem::IsFile) && LbOs::RemoveFile(aside))
+        if (std::ranges::all_of(intact, LbFileSystem::IsFile) && LbOs::RemoveFile(aside))
         {
             return true;
         }

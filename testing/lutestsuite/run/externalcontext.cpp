@@ -235,7 +235,7 @@ void CExternalContext::Release()
 
 bool CExternalContext::IsReady(bool isIsolated) const
 {
-    return isLaneFor(isIsolated) || (isIsolated && !m_spares.empty());
+    return isLaneFor(isIsolated) ? m_lane->HasChild() : isIsolated && !m_spares.empty();
 }
 
 void CExternalContext::assertLane(bool isIsolated)
@@ -292,6 +292,12 @@ void CExternalContext::StartSpares(std::size_t most)
             return;
         }
         m_spares.back()->AssertChild();
+        if (!m_spares.back()->HasChild())
+        {
+            m_spares.pop_back();
+            --s_spareCount;
+            return;
+        }
     }
 }
 

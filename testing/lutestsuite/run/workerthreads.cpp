@@ -41,10 +41,13 @@ public:
     };
 
     /// The next case, which stays for others as long as the worker is not ready for it.
-    SNext Take(const CCaseRunner& runner);
+    SNext Take(const CCaseRunner& runner, bool takesAnyway);
 
     /// A worker that cannot get ready leaves. False when there is more to do and no other worker to do it.
     bool LeaveToOthers();
+
+    /// After a Take that took nothing.
+    void EndPreparing();
 
     /// Cases that have not been handed out.
     std::size_t CountToCome();
@@ -79,7 +82,8 @@ private:
 
     LbCriticalSection m_workLock; ///< of the question for cancellation and all below
     std::size_t m_next = 0;
-    std::size_t m_takers = 0; ///< workers that have not left
+    std::size_t m_takers = 0;    ///< workers that have not left
+    std::size_t m_preparing = 0; ///< of these, who are getting ready for a case that nobody has taken yet
 
     LbCriticalSection m_finishedLock; ///< of all below
     std::vector<SCaseInfo*> m_finished;
@@ -87,7 +91,7 @@ private:
     std::exception_ptr m_failure;
 };
 
-CWork::SNext CWork::Take(const CCaseRunner& runner)
+CWork::SNext CWork::Take(const CCaseRunner& runner, bool takesAnyway)
 {
     const LbCriticalSectionLock lock(m_workLock);
     if (m_next >= m_list.size() || m_isCanceled())
@@ -95,9 +99,21 @@ CWork::SNext CWork::Take(const CCaseRunner& runner)
         return {};
     }
     SCaseInfo& info = m_cases[m_list[m_next]];
-    const bool isReady = runner.IsReadyFor(info);
-    m_next += isReady ? 1 : 0;
+    const bool isReady = takesAnyway || runner.IsReadyFor(info);
+    if (!isReady && m_preparing >= m_list.size() - m_next && m_takers > 1)
+    {
+        // For each case to come another worker is getting ready.
+        --m_takers;
+        return {};
+    }
+    ++(isReady ? m_next : m_preparing);
     return {&info, isReady};
+}
+
+void CWork::EndPreparing()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    --m_preparing;
 }
 
 bool CWork::LeaveToOthers()
@@ -170,6 +186,17 @@ void CWork::RethrowFailure() const
     }
 }
 
+/// Of a worker that is getting ready for a case.
+class CPreparation : public INonCopyable
+{
+public:
+    explicit CPreparation(CWork& work) : m_work(work) {}
+    ~CPreparation() { m_work.EndPreparing(); }
+
+private:
+    CWork& m_work;
+};
+
 /// What each worker needs to run cases.
 struct SRunContext
 {
@@ -191,6 +218,7 @@ private:
     void runCases();
     bool getReady(CCaseRunner& runner, const SCaseInfo& info);
 
+    bool m_isLast = false; ///< the others have left for lack of what cases need: this one takes them all the same
     std::int32_t m_index;
     CWork& m_work;
     const SRunContext& m_context;
@@ -207,8 +235,7 @@ CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, const SRunContext&
     }
     catch (...)
     {
-        m_work.LeaveToOthers();
-        m_work.RemoveWorker(nullptr);
+        m_work.RemoveWorker(m_work.LeaveToOthers() ? nullptr : std::current_exception());
         throw;
     }
 }
@@ -238,7 +265,7 @@ void CWorkerThread::runCases()
     LuTestSuiteEnvironment::PreallocateStaticData();
     const std::function<bool()> isCanceled = [this] { return m_work.IsCanceled(); };
     CCaseRunner runner(m_context.unitTests, m_context.params, isCanceled, m_context.childSettings);
-    CWork::SNext next = m_work.Take(runner);
+    CWork::SNext next = m_work.Take(runner, m_isLast);
     while (next.info != nullptr && (next.isTaken || getReady(runner, *next.info)))
     {
         if (next.isTaken)
@@ -247,13 +274,14 @@ void CWorkerThread::runCases()
             runner.Run(*next.info, m_work.CountToCome());
             m_work.AddFinished(*next.info);
         }
-        next = m_work.Take(runner);
+        next = m_work.Take(runner, m_isLast);
     }
 }
 
 /// False when the system is short of what the case needs, and other workers are there that have it.
 bool CWorkerThread::getReady(CCaseRunner& runner, const SCaseInfo& info)
 {
+    const CPreparation preparation(m_work);
     try
     {
         if (runner.MakeReadyFor(info))
@@ -271,6 +299,7 @@ bool CWorkerThread::getReady(CCaseRunner& runner, const SCaseInfo& info)
         return false;
     }
     // By now the others have given back what they had. Without a child the cases have their result all the same.
+    m_isLast = true;
     runner.MakeReadyFor(info);
     return true;
 }

@@ -110,6 +110,22 @@ TEST(OsFiles, FullPathKeepsTheNamesOfLinks)
     EXPECT_EQ(LbOs::GetFullPath(link), link);
     EXPECT_EQ(LbOs::GetFullPath(folder.GetPathOf(LbPath::ToNative(L"target/../a..b/./link"))), link);
     EXPECT_EQ(LbOs::GetFullPath(folder.GetPathOf(LbPath::ToNative(L"fehlt/../a..b/link"))), link);
+    EXPECT_EQ(LbOs::GetFullPath(link + LbPath::ToNative(L"/inner/./../inner")), link + LbPath::ToNative(L"/inner"));
+    EXPECT_EQ(LbOs::GetFullPath(link + LbPath::ToNative(L"/inner/")), link + LbPath::ToNative(L"/inner/"));
+}
+
+TEST(OsFiles, FullPathTakesTheParentThatTheSystemTakes)
+{
+    if (LbPath::c_Separator == L'\\')
+    {
+        GTEST_SKIP() << "parents are taken by the text here";
+    }
+    const ScopedFolder folder;
+    folder.WriteFile(L"target/inner/file", "x");
+    std::filesystem::create_directory_symlink(folder.GetPathOf(L"target/inner"), folder.GetPathOf(L"link"));
+
+    EXPECT_EQ(LbOs::GetFullPath(folder.GetPathOf(L"link/../inner")), folder.GetPathOf(L"target/inner"));
+    EXPECT_EQ(LbOs::GetFullPath(L"/../.."), L"/");
 }
 
 TEST(OsFiles, KeepsNamesThatAreNoText)

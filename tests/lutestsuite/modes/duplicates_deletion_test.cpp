@@ -84,6 +84,33 @@ TEST_F(DuplicateDeletion, KeepWhatTheKeptLinkOfAnotherSetLeadsTo)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(oldest), "gut");
 }
 
+/// The link is the only data set of its unit test, or of no case at all.
+TEST_F(DuplicateDeletion, KeepWhatALinkOutsideOfAllSetsLeadsTo)
+{
+    const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
+    const std::wstring target = m_folder.WriteFile(L"2/CDataSetModel/y.txt", "gut");
+    SetAge(target, 200);
+    SetAge(oldest, 300);
+    m_folder.MakeFolder(L"1/CDataSetModel");
+    for (const wchar_t* const link : {L"1/CDataSetModel/a.txt", L"1/CDataSetModel/a.dat"})
+    {
+        const std::wstring path = m_folder.GetPathOf(link);
+        if (!LbOs::MakeLink(path, target))
+        {
+            GTEST_SKIP() << "links cannot be made here";
+        }
+
+        const std::wstring text = Detect(eDM_Delete);
+
+        EXPECT_NE(text.find(L"    x.txt... [KEEP]\nFehler während Löschen von Datei " + target + L"\n"),
+                  std::wstring::npos)
+            << LbEncoding::ToUtf8(text);
+        EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "gut");
+        LbOs::RemoveFile(path);
+        m_output.Clear();
+    }
+}
+
 TEST_F(DuplicateDeletion, LoseAllLinksToOneFileButTheFirst)
 {
     const ScopedFolder elsewhere;
