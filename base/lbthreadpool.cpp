@@ -99,7 +99,7 @@ void LbThreadPool::CTask::SState::Wait()
 
 struct LbThreadPool::SShared
 {
-    void Start();
+    void Start(std::unique_lock<std::mutex>& lock);
     void Stop();
     void Work();
 
@@ -109,14 +109,17 @@ struct LbThreadPool::SShared
     std::condition_variable changed;
     std::deque<std::shared_ptr<CTask::SState>> queue;
     std::vector<std::thread> threads;
-    unsigned running = 0; ///< tasks that threads are at
+    std::condition_variable arrived;
+    unsigned arrivedCount = 0; ///< threads that have been ready for tasks
+    unsigned running = 0;      ///< tasks that threads are at
     bool isStopping = false;
 
     std::mutex stopMutex; ///< one shut-down at a time
 };
 
-/// Starts the threads if there are none. Called with the mutex held.
-void LbThreadPool::SShared::Start()
+/// Starts the threads if there are none, and waits until all of them are ready: what a thread takes from the heap when
+/// it begins would else be seen by whatever runs and is measured at that time.
+void LbThreadPool::SShared::Start(std::unique_lock<std::mutex>& lock)
 {
     if (!threads.empty())
     {
@@ -138,6 +141,7 @@ void LbThreadPool::SShared::Start()
             throw;
         }
     }
+    arrived.wait(lock, [this] { return arrivedCount == threads.size(); });
 }
 
 void LbThreadPool::SShared::Work()
@@ -145,6 +149,8 @@ void LbThreadPool::SShared::Work()
     t_isPoolThread = true;
     LbOs::SetCurrentThreadName(L"LbThreadPool");
     std::unique_lock lock(mutex);
+    ++arrivedCount;
+    arrived.notify_all();
     for (;;)
     {
         // While a task runs it may hand in others, so no thread leaves before the last one has ended.
@@ -183,6 +189,7 @@ void LbThreadPool::SShared::Stop()
     }
     const std::lock_guard lock(mutex);
     threads.clear();
+    arrivedCount = 0;
     isStopping = false;
 }
 
@@ -237,8 +244,8 @@ LbThreadPool::CTask LbThreadPool::Run(std::function<void()> function)
 {
     CTask task;
     task.m_state = std::make_shared<CTask::SState>(std::move(function));
-    const std::lock_guard lock(m_shared->mutex);
-    m_shared->Start();
+    std::unique_lock lock(m_shared->mutex);
+    m_shared->Start(lock);
     m_shared->queue.push_back(task.m_state);
     m_shared->changed.notify_one();
     return task;

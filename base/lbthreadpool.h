@@ -39,7 +39,8 @@ public:
     /// pool. Must not be called by a task, nor while other threads may hand in tasks.
     static void Shutdown();
 
-    /// Runs `function` on a pool thread. Tasks start in the order in which they are handed in.
+    /// Runs `function` on a pool thread. Tasks start in the order in which they are handed in. The first one also waits
+    /// until the threads have started, so it must not be handed in while a library is being loaded.
     CTask Run(std::function<void()> function);
 
     /// Number of pool threads, at least 1.

@@ -66,6 +66,9 @@ public:
     /// From now on what was started ends neither with this object nor with the present process.
     void LetGo();
 
+    /// The system's number of the process; on Linux another's as soon as somebody has waited for its end.
+    std::uint64_t GetNumber() const noexcept;
+
     /// The system's handle that waits for the end, owned by the object. For the seam's own use.
     std::intptr_t GetWaitHandle() const noexcept;
 

@@ -347,6 +347,11 @@ void CChildProcess::LetGo()
     m_state->group = nullptr;
 }
 
+std::uint64_t CChildProcess::GetNumber() const noexcept
+{
+    return static_cast<std::uint64_t>(m_state->process);
+}
+
 std::intptr_t CChildProcess::GetWaitHandle() const noexcept
 {
     return m_state->file.Get();

@@ -153,6 +153,11 @@ void CChildProcess::LetGo()
     m_state->endsWithOwner = false;
 }
 
+std::uint64_t CChildProcess::GetNumber() const noexcept
+{
+    return GetProcessId(m_state->process.get());
+}
+
 std::intptr_t CChildProcess::GetWaitHandle() const noexcept
 {
     return reinterpret_cast<std::intptr_t>(m_state->process.get());

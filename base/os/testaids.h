@@ -104,4 +104,7 @@ bool SetOpenFileLimit(std::uint64_t count);
 /// The words that the present process was started with, for code that main() tells nothing.
 std::vector<std::wstring> GetOwnArguments();
 
+/// How many processors the calling thread may use, at least 1.
+std::uint32_t CountOwnProcessors();
+
 } // namespace LbOs

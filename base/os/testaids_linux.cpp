@@ -316,3 +316,10 @@ bool LbOs::SetOpenFileLimit(std::uint64_t count)
     limit.rlim_cur = count;
     return setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }
+
+std::uint32_t LbOs::CountOwnProcessors()
+{
+    cpu_set_t processors;
+    const bool isKnown = sched_getaffinity(0, sizeof(processors), &processors) == 0;
+    return isKnown ? static_cast<std::uint32_t>(CPU_COUNT(&processors)) : 1;
+}

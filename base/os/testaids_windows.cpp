@@ -1,5 +1,7 @@
 #include "base/os/testaids.h"
 
+#include <algorithm>
+#include <bit>
 #include <vector>
 
 #include "base/os/files.h"
@@ -248,4 +250,12 @@ std::optional<std::uint64_t> LbOs::GetOpenFileLimit()
 bool LbOs::SetOpenFileLimit(std::uint64_t /*count*/)
 {
     return false;
+}
+
+std::uint32_t LbOs::CountOwnProcessors()
+{
+    DWORD_PTR own = 0;
+    DWORD_PTR all = 0;
+    GetProcessAffinityMask(GetCurrentProcess(), &own, &all);
+    return std::max(1U, static_cast<std::uint32_t>(std::popcount(own)));
 }

@@ -11,6 +11,7 @@
 
 #include "base/lbexception.h"
 #include "base/lbpath.h"
+#include "base/os/testaids.h"
 #include "tests/support/externalruntest.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedenvironment.h"
@@ -108,6 +109,20 @@ TEST_F(RunExternal, DoesNotReplaceProcessesThatDieAtTheirStart)
         EXPECT_EQ(result.cases.at(index).result, ECaseRunResult::Unknown);
         EXPECT_EQ(result.cases.at(index).processIndex - result.cases.at(0).processIndex, static_cast<int>(index));
     }
+}
+
+/// Also where parent and child meet on one while they wait for each other.
+TEST_F(RunExternal, LetsEachCaseUseAllProcessors)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"zählt Prozessoren"});
+    setup.params.repetitions = 300;
+    const std::wstring all = std::to_wstring(LbOs::CountOwnProcessors());
+
+    for (const SCaseInfo& info : Run(setup).cases)
+    {
+        EXPECT_EQ(info.messages, L"\t\tINFO:  " + all + L"\n");
+    }
+    EXPECT_EQ(std::to_wstring(LbOs::CountOwnProcessors()), all);
 }
 
 TEST_F(RunExternal, LeavesCasesInThisProcessThatSaySo)

@@ -71,6 +71,55 @@ std::ptrdiff_t countChildren()
         LbOs::ListChildren(), [](unsigned long number) { return LbOs::GetProcessExecutableName(number) == getHost(); });
 }
 
+constexpr std::uint64_t c_Slow = 60'000;
+
+TEST(Meetings, AreForShortAnswersThatTookTheirTime)
+{
+    LuTestSuiteRun::CMeetings meetings;
+    EXPECT_FALSE(meetings.IsNext());
+
+    meetings.Learn(LuTestSuiteRun::CMeetings::sc_uiQuick);
+    EXPECT_FALSE(meetings.IsNext());
+
+    meetings.Learn(LuTestSuiteRun::CMeetings::sc_uiLong);
+    EXPECT_FALSE(meetings.IsNext());
+
+    meetings.Learn(c_Slow);
+    EXPECT_TRUE(meetings.IsNext());
+}
+
+TEST(Meetings, EndWithALongCase)
+{
+    LuTestSuiteRun::CMeetings meetings;
+    meetings.Learn(c_Slow);
+
+    meetings.Learn(LuTestSuiteRun::CMeetings::sc_uiLong);
+
+    EXPECT_FALSE(meetings.IsNext());
+}
+
+TEST(Meetings, EndWithTheChild)
+{
+    LuTestSuiteRun::CMeetings meetings;
+    meetings.Learn(c_Slow);
+
+    meetings.Forget();
+
+    EXPECT_FALSE(meetings.IsNext());
+}
+
+TEST(Meetings, AreLeftOutNowAndThen)
+{
+    LuTestSuiteRun::CMeetings meetings;
+    meetings.Learn(c_Slow);
+    for (std::uint32_t meeting = 0; meeting < LuTestSuiteRun::CMeetings::sc_uiInARow; ++meeting)
+    {
+        EXPECT_TRUE(meetings.IsNext());
+        meetings.Learn(0);
+    }
+    EXPECT_FALSE(meetings.IsNext());
+}
+
 TEST(ExternalContext, StartsNoMoreProcessesAheadThanThereAreCasesToCome)
 {
     const SChildSettings settings;

@@ -62,14 +62,13 @@ void closeAllFiles()
     }
 }
 
+/// More than a process can address: half of it is what some systems would give, and keep a book of for a minute.
 void useTooMuchMemory()
 {
-    constexpr std::size_t c_Block = std::size_t{1} << 46U;
-    std::vector<void*> blocks;
-    while (true)
-    {
-        blocks.push_back(::operator new(c_Block));
-    }
+    constexpr std::size_t c_Block = std::size_t{1} << 47U;
+    // Volatile, since compilers may leave out what is given back at once.
+    void* volatile const block = ::operator new(c_Block);
+    ::operator delete(block);
 }
 
 /// Leaves nothing for whoever comes next, where the system keeps to a limit.
@@ -197,6 +196,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"geschlossene Dateien", [] { closeAllFiles(); });
         AddSubtest(L"kein Speicher", [] { useTooMuchMemory(); });
         AddSubtest(L"aller Speicher", [] { return useAllMemory(); });
+        AddSubtest(L"zählt Prozessoren", [this] { Info(L"%u", LbOs::CountOwnProcessors()); });
         AddSubtest(L"nachher", [] { return eR_Passed; });
         AddSubtest(L"schläft", [this] {
             Info(L"vor dem Schlaf");

@@ -46,6 +46,8 @@ void awaitBlock()
 /// What is there before the script, so that it is not seen.
 void prepare()
 {
+    s_mayEnd = false;
+    s_handedOver = nullptr;
     s_resized = s_malloc(700);
     s_freed = s_malloc(800);
     s_idleThread = std::thread(awaitEnd);

@@ -12,6 +12,8 @@
 ///                              answers
 ///     owner NAME COMMAND       starts "COMMAND NAME", which is to end with it, ends after a minute
 ///     leaver NAME COMMAND      as owner, but ends without a word when "NAME-l" is set
+///     brought NAME             sets "NAME-r", waits for "NAME-q", ends with the number of processors that it may use
+///     freed NAME               as brought, but frees itself from what others have chosen meanwhile
 ///     input                    ends with 0 when there is nothing to be read, else with 1
 ///     feeder                   starts "input", ends with its status
 
@@ -30,6 +32,7 @@
 #include "base/os/console.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
+#include "base/os/processors.h"
 #include "base/os/testaids.h"
 
 namespace
@@ -120,6 +123,23 @@ int beOwner(const std::wstring& name, const std::wstring& command, bool leaves)
     return child ? sleepLong() : 1;
 }
 
+int countProcessors(const std::wstring& name, bool isFreed)
+{
+    const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
+    const auto question = LbOs::CNamedEvent::Open(name + L"-q");
+    LbOs::CThreadProcessors processors;
+    processors.Read();
+    if (!ready || !question || !ready->Set() || question->Wait(c_Minute * c_Second) != LbOs::EEventWait::Signaled)
+    {
+        return 0;
+    }
+    if (isFreed)
+    {
+        processors.Restore();
+    }
+    return static_cast<int>(LbOs::CountOwnProcessors());
+}
+
 int feed()
 {
     const auto child = LbOs::CChildProcess::Start(getOptions(L"input"));
@@ -157,6 +177,10 @@ int run(const Arguments& arguments)
     if (command == L"owner" || command == L"leaver")
     {
         return beOwner(arguments.at(2), arguments.at(3), command == L"leaver");
+    }
+    if (command == L"brought" || command == L"freed")
+    {
+        return countProcessors(arguments.at(2), command == L"freed");
     }
     if (command == L"input")
     {

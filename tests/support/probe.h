@@ -37,10 +37,12 @@ public:
     /// Whether the probe has said so since somebody asked.
     bool IsReady() { return m_ready->Wait(0) == LbOs::EEventWait::Signaled; }
 
+    void Ask() { m_question->Set(); }
+
     /// One that runs answers within microseconds, so that the time-out is only for one that does not.
     bool IsAnswered(std::uint32_t milliseconds)
     {
-        m_question->Set();
+        Ask();
         return m_answer->Wait(milliseconds) == LbOs::EEventWait::Signaled;
     }
 

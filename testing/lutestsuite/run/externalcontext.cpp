@@ -34,6 +34,14 @@ std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
     return event;
 }
 
+/// Whoever had to wait may use all processors again.
+struct SRestored
+{
+    LbOs::CThreadProcessors& processors;
+
+    ~SRestored() { processors.Restore(); }
+};
+
 /// Lanes of all threads.
 std::atomic<std::uint32_t> s_laneCount = 0;
 
@@ -58,6 +66,19 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
         line += L" --dll " + LbCommandLine::Quote(name);
     }
     return line;
+}
+
+void CMeetings::Learn(std::uint64_t nanoseconds)
+{
+    const bool isLong = nanoseconds >= sc_uiLong;
+    if (IsNext())
+    {
+        m_left = isLong ? 0 : m_left - 1;
+    }
+    else
+    {
+        m_left = nanoseconds > sc_uiQuick && !isLong ? sc_uiInARow : 0;
+    }
 }
 
 CExternalLane::CRoom::CRoom()
@@ -93,6 +114,7 @@ void CExternalLane::startChild()
     options.isSilent = true;
     m_child = LbOs::CChildProcess::Start(options);
     m_processIndex = sc_iNone;
+    m_meetings.Forget();
     m_idle.Restart();
 }
 
@@ -130,8 +152,13 @@ void CExternalLane::Ask()
     m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     // A test may have made an answer of its own, which is none to this request.
     m_response->Reset();
-    m_request->Set();
+    if (m_meetings.IsNext())
+    {
+        m_processors.Read();
+        m_processors.MeetWith(*m_child);
+    }
     m_timer.Restart();
+    m_request->Set();
 }
 
 std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
@@ -148,6 +175,7 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
         Ask();
         end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
     }
+    m_meetings.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
     if (end != EEnd::Answered)
@@ -168,8 +196,10 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
 
 CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
+    constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
     constexpr std::uint32_t c_SliceMilliseconds = 1000;
     constexpr std::uint32_t c_TakingMilliseconds = 250;
+    const SRestored restored{m_processors};
     for (std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;;
          slice = c_SliceMilliseconds)
     {
@@ -190,7 +220,7 @@ CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::fun
         {
             return EEnd::NotTaken;
         }
-        if (m_timer.GetElapsed() > timeOutSec)
+        if (m_timer.GetElapsed() / c_NanosecondsPerSecond > timeOutSec)
         {
             return EEnd::TimedOut;
         }

@@ -12,6 +12,7 @@
 #include "base/lbtimer.h"
 #include "base/os/childprocess.h"
 #include "base/os/namedevent.h"
+#include "base/os/processors.h"
 #include "testing/lutestsuite/run/sharedworkbuffer.h"
 
 namespace LuTestSuiteRun
@@ -31,6 +32,28 @@ struct SChildSettings
 /// The command line of a child that serves through objects of these names.
 std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
                                  const std::wstring& requestEventId, const std::wstring& responseEventId);
+
+/// Whether parent and child are to meet on one processor for their next request: only when that spares them something.
+/// A short answer that nevertheless took its time had to wait until another processor was awake. To meet costs some
+/// system calls, so now and then a request goes without, to see whether there is still need.
+class CMeetings
+{
+public:
+    bool IsNext() const { return m_left > 0; }
+
+    /// How long the last request took, which was made as IsNext said.
+    void Learn(std::uint64_t nanoseconds);
+
+    /// Nothing is known about the next child.
+    void Forget() { m_left = 0; }
+
+    static constexpr std::uint64_t sc_uiQuick = 25'000; ///< at most: both processors were awake, or there was but one
+    static constexpr std::uint64_t sc_uiLong = 200'000; ///< at least: the case itself takes long
+    static constexpr std::uint32_t sc_uiInARow = 255;
+
+private:
+    std::uint32_t m_left = 0;
+};
 
 /// A work buffer, two events and the child process at their other end. Used by one thread.
 class CExternalLane : public INonCopyable
@@ -95,9 +118,11 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     std::unique_ptr<LbOs::CChildProcess> m_child;
     std::int32_t m_processIndex = sc_iNone;
+    LbOs::CThreadProcessors m_processors; ///< of the thread that asks
+    CMeetings m_meetings;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_mayBeLeaving = false;             ///< it had been idle for long when it was asked
-    LbTimer m_timer{LbTimer::eR_Second};     ///< since the request
+    LbTimer m_timer{LbTimer::eR_NanoSecond}; ///< since the request
 
     static constexpr std::int32_t sc_iNone = -1;
 };

@@ -7,6 +7,7 @@
 #include "base/os/crash.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
+#include "base/os/processors.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/executor.h"
 #include "testing/lutestsuite/run/externalcontext.h"
@@ -54,9 +55,13 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
     LbOs::EndSilentlyOnCrash();
     const CPreparation preparation(setup, environment);
+    LbOs::CThreadProcessors processors;
     while (request->Wait(c_LongestIdleMilliseconds) == LbOs::EEventWait::Signaled)
     {
+        // The parent may have brought this thread to its own processor. The case uses what it always could.
+        processors.Restore();
         ExecuteInBuffer(*buffer.GetWriteAccess());
+        processors.Read();
         if (!response->Set())
         {
             throw LbException(c_Operation, L"Die Antwort kann nicht gemeldet werden");

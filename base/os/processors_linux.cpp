@@ -1,0 +1,65 @@
+#include "base/os/processors.h"
+
+#include <optional>
+#include <utility>
+
+#include <sched.h>
+
+namespace LbOs
+{
+
+namespace
+{
+
+constexpr pid_t c_CallingThread = 0;
+
+/// None where the thread's processor has no place in a set.
+std::optional<cpu_set_t> getPresentProcessor()
+{
+    const int processor = sched_getcpu();
+    if (processor < 0 || processor >= CPU_SETSIZE)
+    {
+        return std::nullopt;
+    }
+    cpu_set_t processors;
+    CPU_ZERO(&processors);
+    CPU_SET(processor, &processors);
+    return processors;
+}
+
+} // namespace
+
+struct CThreadProcessors::SState
+{
+    bool isRead = false; ///< never on machines with more processors than a set has places for
+    cpu_set_t processors = {};
+};
+
+CThreadProcessors::CThreadProcessors() : m_state(std::make_unique<SState>()) {}
+
+CThreadProcessors::~CThreadProcessors() = default;
+
+void CThreadProcessors::Read()
+{
+    m_state->isRead = sched_getaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors) == 0;
+}
+
+void CThreadProcessors::MeetWith(const CChildProcess& child)
+{
+    const std::optional<cpu_set_t> present = getPresentProcessor();
+    if (present && m_state->isRead)
+    {
+        sched_setaffinity(c_CallingThread, sizeof(*present), &*present);
+        sched_setaffinity(static_cast<pid_t>(child.GetNumber()), sizeof(*present), &*present);
+    }
+}
+
+void CThreadProcessors::Restore()
+{
+    if (std::exchange(m_state->isRead, false))
+    {
+        sched_setaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors);
+    }
+}
+
+} // namespace LbOs

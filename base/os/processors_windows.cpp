@@ -1,0 +1,20 @@
+#include "base/os/processors.h"
+
+namespace LbOs
+{
+
+struct CThreadProcessors::SState
+{
+};
+
+CThreadProcessors::CThreadProcessors() = default;
+
+CThreadProcessors::~CThreadProcessors() = default;
+
+void CThreadProcessors::Read() {}
+
+void CThreadProcessors::MeetWith(const CChildProcess& /*child*/) {}
+
+void CThreadProcessors::Restore() {}
+
+} // namespace LbOs

@@ -1,0 +1,95 @@
+#include "base/os/processors.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbpath.h"
+#include "base/os/testaids.h"
+#include "tests/support/probe.h"
+
+namespace
+{
+
+/// What processes are left when they meet.
+std::uint32_t getMeeting()
+{
+    return LbPath::c_Separator == L'\\' ? LbOs::CountOwnProcessors() : 1;
+}
+
+/// What a child says that was met while it waited.
+std::optional<std::int64_t> getCountOf(const std::wstring& command)
+{
+    CProbeLine line;
+    const auto child = StartProbe(command + L" " + line.GetName());
+    if (!child || !line.WaitReady())
+    {
+        return std::nullopt;
+    }
+    LbOs::CThreadProcessors processors;
+    processors.Read();
+    processors.MeetWith(*child);
+    processors.Restore();
+    line.Ask();
+    constexpr std::uint32_t c_Long = 60000;
+    return child->Wait(c_Long) ? child->GetExitStatus() : std::nullopt;
+}
+
+TEST(OsThreadProcessors, LeaveTheThreadOneUntilTheyAreRestored)
+{
+    const std::uint32_t all = LbOs::CountOwnProcessors();
+    const std::uint32_t meeting = getMeeting();
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    LbOs::CThreadProcessors processors;
+    processors.Read();
+
+    processors.MeetWith(*child);
+    EXPECT_EQ(LbOs::CountOwnProcessors(), meeting);
+
+    processors.Restore();
+    EXPECT_EQ(LbOs::CountOwnProcessors(), all);
+}
+
+TEST(OsThreadProcessors, BringTheChildThere)
+{
+    EXPECT_EQ(getCountOf(L"brought"), getMeeting());
+}
+
+TEST(OsThreadProcessors, FreeTheChildAgain)
+{
+    EXPECT_EQ(getCountOf(L"freed"), LbOs::CountOwnProcessors());
+}
+
+TEST(OsThreadProcessors, AreRestoredOnce)
+{
+    const std::uint32_t meeting = getMeeting();
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    LbOs::CThreadProcessors all;
+    all.Read();
+    LbOs::CThreadProcessors processors;
+    processors.Read();
+    processors.Restore();
+    all.MeetWith(*child);
+
+    processors.Restore();
+    EXPECT_EQ(LbOs::CountOwnProcessors(), meeting);
+    all.Restore();
+}
+
+TEST(OsThreadProcessors, ChangeNothingWhenNothingIsRead)
+{
+    const std::uint32_t all = LbOs::CountOwnProcessors();
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    LbOs::CThreadProcessors processors;
+
+    processors.MeetWith(*child);
+
+    EXPECT_EQ(LbOs::CountOwnProcessors(), all);
+}
+
+} // namespace
