@@ -62,10 +62,10 @@ protected:
     }
 
     /// Repeats the case that tells how many files its process may have open.
-    SHostRun Run(const std::wstring& workers, const SHostOptions& options) const
+    SHostRun Run(const std::wstring& workers, const SHostOptions& options, const std::wstring& mode = L"-x") const
     {
         return RunHost({L"-d", m_data.GetPath(), L"--dll", L"crashmodels", L"-i", L":offene Dateien$", L"-r", L"600",
-                        L"-w", workers, L"--xml", m_report, L"-x"},
+                        L"-w", workers, L"--xml", m_report, mode},
                        options);
     }
 
@@ -104,6 +104,18 @@ TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
     options.openFilesHardLimit = 64;
 
     const SHostRun run = Run(L"64", options);
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    EXPECT_EQ(CountInReport("info\">64<"), 600U);
+}
+
+/// Also those that are started ahead.
+TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
+{
+    SHostOptions options;
+    options.openFilesHardLimit = 64;
+
+    const SHostRun run = Run(L"64", options, L"-s");
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
     EXPECT_EQ(CountInReport("info\">64<"), 600U);

@@ -106,6 +106,8 @@ TEST_F(RunParallel, AsksForCancellationOneThreadAtATime)
     std::atomic<int> together = 0;
     setup.checkCallback = [&] {
         together += ++inside > 1 ? 1 : 0;
+        // Others come in now if they can.
+        std::this_thread::yield();
         --inside;
         return false;
     };

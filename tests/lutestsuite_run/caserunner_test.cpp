@@ -1,6 +1,7 @@
 #include "testing/lutestsuite/run/caserunner.h"
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -128,10 +129,12 @@ protected:
         unitTests[0].cases.resize(1);
         unitTests[0].cases[0].name = caseName;
         const std::function<bool()> cancel = [isCanceled] { return isCanceled; };
-        SCaseInfo info;
+        std::vector<SCaseInfo> cases(1);
         const LuTestSuiteRun::SChildSettings childSettings;
-        LuTestSuiteRun::CCaseRunner(unitTests, m_params, cancel, childSettings).Run(info, 0);
-        return info;
+        LuTestSuiteRun::CSpareLanes spares(childSettings);
+        LuTestSuiteRun::CCaseRunner runner(unitTests, cases, m_params, cancel, spares);
+        runner.Run(cases.front(), [] { return std::span<const std::uint32_t>(); });
+        return cases.front();
     }
 
     SParams m_params;

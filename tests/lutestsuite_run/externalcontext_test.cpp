@@ -1,7 +1,11 @@
 #include "testing/lutestsuite/run/externalcontext.h"
 
 #include <algorithm>
+#include <functional>
+#include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -15,6 +19,8 @@
 namespace
 {
 
+using LuTestSuiteRun::CExternalContext;
+using LuTestSuiteRun::CSpareLanes;
 using LuTestSuiteRun::GetChildCommandLine;
 using LuTestSuiteRun::SChildSettings;
 
@@ -120,17 +126,107 @@ TEST(Meetings, AreLeftOutNowAndThen)
     EXPECT_FALSE(meetings.IsNext());
 }
 
-TEST(ExternalContext, StartsNoMoreProcessesAheadThanThereAreCasesToCome)
+std::function<std::size_t()> just(std::size_t count)
+{
+    return [count] { return count; };
+}
+
+TEST(SpareLanes, AreAsManyAsCasesToCome)
 {
     const SChildSettings settings;
-    LuTestSuiteRun::CExternalContext context(settings);
+    CSpareLanes spares(settings);
 
-    context.StartSpares(0);
+    spares.Start(just(0));
     EXPECT_EQ(countChildren(), 0);
-    context.StartSpares(1);
+    spares.Start(just(1));
     EXPECT_EQ(countChildren(), 1);
-    context.StartSpares(1);
+    spares.Start(just(1));
     EXPECT_EQ(countChildren(), 1);
+}
+
+TEST(SpareLanes, AreNoMoreThanProcessors)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    const auto most = static_cast<std::ptrdiff_t>(CSpareLanes::GetMost());
+
+    for (std::ptrdiff_t start = 0; start <= most; ++start)
+    {
+        spares.Start(just(1000));
+    }
+
+    EXPECT_EQ(countChildren(), most);
+}
+
+TEST(SpareLanes, AreStartedTwoAtATime)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+
+    spares.Start(just(1000));
+
+    EXPECT_EQ(countChildren(), std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(CSpareLanes::GetMost())));
+}
+
+TEST(SpareLanes, AreTakenOnce)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    spares.Start(just(1));
+
+    const auto lane = spares.Take();
+
+    ASSERT_NE(lane, nullptr);
+    EXPECT_TRUE(lane->HasChild());
+    EXPECT_EQ(spares.Take(), nullptr);
+}
+
+/// Whoever needs one while it is being started does not start another.
+TEST(SpareLanes, AreWaitedForWhileTheyStart)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    std::unique_ptr<LuTestSuiteRun::CExternalLane> taken;
+    std::thread taker;
+    spares.Start([&]() -> std::size_t {
+        if (taker.joinable())
+        {
+            return 0;
+        }
+        // It cannot come to it before this question is answered.
+        taker = std::thread([&] { taken = spares.Take(); });
+        return 1;
+    });
+    taker.join();
+
+    EXPECT_NE(taken, nullptr);
+    EXPECT_EQ(countChildren(), 1);
+}
+
+TEST(ExternalContext, GivesIsolatedCasesTheSpares)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    CExternalContext context(spares);
+    spares.Start(just(1));
+
+    context.Obtain(true);
+
+    EXPECT_EQ(countChildren(), 1);
+    EXPECT_EQ(spares.Take(), nullptr);
+}
+
+TEST(ExternalContext, LeavesTheSparesOfOthersAlone)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    CExternalContext context(spares);
+    spares.Start(just(1));
+
+    context.Obtain(false);
+
+    EXPECT_EQ(countChildren(), 2);
+    EXPECT_NE(spares.Take(), nullptr);
 }
 
 } // namespace

@@ -222,6 +222,7 @@ class CCrashModel : public LuUnitTest
             LbOs::JoinGroupOfParent();
             sleepLong();
         });
+        AddSubtest(L"schläft kurz", [] { std::this_thread::sleep_for(std::chrono::milliseconds(600)); });
         AddSubtest(L"schläft am Ende des Prozesses", [] { std::atexit(sleepLong); });
         AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
         AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });

@@ -1,5 +1,7 @@
 #include "testing/lutestsuite/run/caserunner.h"
 
+#include <algorithm>
+
 #include "testing/lutestsuite/run/executor.h"
 #include "testing/lutestsuite/utils/parameters.h"
 
@@ -51,9 +53,10 @@ SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap&
     return params;
 }
 
-CCaseRunner::CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& runParams,
-                         const std::function<bool()>& isCanceled, const SChildSettings& childSettings)
-    : m_unitTests(unitTests), m_runParams(runParams), m_isCanceled(isCanceled), m_external(childSettings)
+CCaseRunner::CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
+                         const SParams& runParams, const std::function<bool()>& isCanceled, CSpareLanes& spares)
+    : m_unitTests(unitTests), m_cases(cases), m_runParams(runParams), m_isCanceled(isCanceled), m_spares(spares),
+      m_external(spares)
 {
 }
 
@@ -62,18 +65,23 @@ SParams CCaseRunner::getParams(const SCaseInfo& info) const
     return GetCaseParams(m_runParams, m_unitTests[info.unitTest].cases[info.testCase].parameters);
 }
 
-bool CCaseRunner::IsReadyFor(const SCaseInfo& info) const
-{
-    const SParams params = getParams(info);
-    return !params.external || m_external.IsReady(params.isolated);
-}
-
 bool CCaseRunner::MakeReadyFor(const SCaseInfo& info)
 {
-    return m_external.MakeReady(getParams(info).isolated);
+    const SParams params = getParams(info);
+    return !params.external || m_external.MakeReady(params.isolated);
 }
 
-void CCaseRunner::Run(SCaseInfo& info, std::size_t casesToCome)
+/// Of the next few: more processes than for these are not started ahead anyway.
+std::size_t CCaseRunner::countIsolated(std::span<const std::uint32_t> toCome) const
+{
+    const auto next = toCome.first(std::min(toCome.size(), CSpareLanes::GetMost()));
+    return static_cast<std::size_t>(std::ranges::count_if(next, [this](std::uint32_t index) {
+        const SParams params = getParams(m_cases[index]);
+        return params.external && params.isolated;
+    }));
+}
+
+void CCaseRunner::Run(SCaseInfo& info, const ToCome& toCome)
 {
     if (m_isCanceled())
     {
@@ -84,7 +92,7 @@ void CCaseRunner::Run(SCaseInfo& info, std::size_t casesToCome)
     const SParams params = getParams(info);
     if (params.external)
     {
-        runInChild(unitTest, testCase, params, info, casesToCome);
+        runInChild(unitTest, testCase, params, info, toCome);
     }
     else
     {
@@ -111,7 +119,7 @@ void CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, co
 }
 
 void CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
-                             std::size_t casesToCome)
+                             const ToCome& toCome)
 {
     CExternalLane& lane = m_external.Obtain(params.isolated);
     if (!WriteRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
@@ -121,7 +129,7 @@ void CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase,
     lane.Ask();
     if (params.isolated)
     {
-        m_external.StartSpares(casesToCome);
+        m_spares.Start([this, &toCome] { return countIsolated(toCome()); });
     }
     info.processIndex = lane.WaitForAnswer(params.timeOutSec, m_isCanceled);
     readAnswer(*lane.GetBuffer().GetReadAccess(), info);

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 
 #include "testing/lutestsuite/lutestsuiterun.h"
 #include "testing/lutestsuite/run/externalcontext.h"
@@ -24,15 +25,14 @@ class CCaseRunner : public INonCopyable
 {
 public:
     /// The arguments are the caller's and outlive the runner.
-    CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& runParams,
-                const std::function<bool()>& isCanceled, const SChildSettings& childSettings);
+    CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
+                const SParams& runParams, const std::function<bool()>& isCanceled, CSpareLanes& spares);
 
     /// Runs the case and fills its record. A case that cannot be asked for (a name too long) and a canceled one keep
-    /// their record as it is. For the cases to come processes may be started meanwhile.
-    void Run(SCaseInfo& info, std::size_t casesToCome);
-
-    /// The case can be run without asking the system for shared objects first.
-    bool IsReadyFor(const SCaseInfo& info) const;
+    /// their record as it is. `toCome` gives the indices of the cases that will be run next, by whatever thread:
+    /// processes for them may be started meanwhile.
+    using ToCome = std::function<std::span<const std::uint32_t>()>;
+    void Run(SCaseInfo& info, const ToCome& toCome);
 
     /// Gets what such a case needs; false when no child process could be started. Throws LbException.
     bool MakeReadyFor(const SCaseInfo& info);
@@ -47,11 +47,14 @@ private:
     SParams getParams(const SCaseInfo& info) const;
     void runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info);
     void runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
-                    std::size_t casesToCome);
+                    const ToCome& toCome);
+    std::size_t countIsolated(std::span<const std::uint32_t> toCome) const;
 
     const std::vector<LuTestSuite::SUnitTest>& m_unitTests;
+    const std::vector<SCaseInfo>& m_cases;
     const SParams& m_runParams;
     const std::function<bool()>& m_isCanceled;
+    CSpareLanes& m_spares;
     std::optional<CHeapWorkBuffer> m_buffer;
     CExternalContext m_external;
 };

@@ -1,5 +1,6 @@
 #include "testing/lutestsuite/run/externalcontext.h"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
@@ -126,6 +127,15 @@ void CExternalLane::AssertChild()
     }
 }
 
+bool CExternalLane::MakeReady()
+{
+    AssertChild();
+    // Opened now, since that takes a file, too.
+    m_buffer.GetWriteAccess();
+    m_buffer.GetReadAccess();
+    return HasChild();
+}
+
 bool CExternalLane::isNotTaken(EEnd end)
 {
     // Whatever a child that leaves comes to grief with is what the cases before have left in it.
@@ -236,36 +246,66 @@ void CExternalLane::writeResult(ECaseRunResult result)
     m_buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
 }
 
-namespace
+std::size_t CSpareLanes::GetMost()
 {
+    return LuTestSuiteUtils::GetDefaultThreadCount();
+}
 
-/// Spare lanes of all threads.
-std::atomic<std::uint32_t> s_spareCount = 0;
-
-/// Counts one more, unless there are enough.
-bool takeSparePlace()
+bool CSpareLanes::takePlace(const std::function<std::size_t()>& count)
 {
-    static const std::uint32_t s_most = LuTestSuiteUtils::GetDefaultThreadCount();
-    if (s_spareCount++ < s_most)
+    const std::lock_guard lock(m_mutex);
+    if (m_lanes.size() + m_starting >= std::min(count(), GetMost()))
     {
-        return true;
+        return false;
     }
-    --s_spareCount;
-    return false;
+    ++m_starting;
+    return true;
 }
 
-} // namespace
-
-void CExternalContext::Release()
+/// Null when something is missing for it.
+std::unique_ptr<CExternalLane> CSpareLanes::start() const
 {
-    m_lane.reset();
-    s_spareCount -= static_cast<std::uint32_t>(m_spares.size());
-    m_spares.clear();
+    try
+    {
+        auto lane = std::make_unique<CExternalLane>(m_settings);
+        return lane->MakeReady() ? std::move(lane) : nullptr;
+    }
+    catch (...)
+    {
+        // The case that is under way needs none. One that does not get its objects itself says so.
+        return nullptr;
+    }
 }
 
-bool CExternalContext::IsReady(bool isIsolated) const
+void CSpareLanes::Start(const std::function<std::size_t()>& count)
 {
-    return isLaneFor(isIsolated) ? m_lane->HasChild() : isIsolated && !m_spares.empty();
+    constexpr int c_AtATime = 2;
+    for (int started = 0; started < c_AtATime && takePlace(count); ++started)
+    {
+        std::unique_ptr<CExternalLane> lane = start();
+        const std::lock_guard lock(m_mutex);
+        --m_starting;
+        m_started.notify_all();
+        if (!lane)
+        {
+            return;
+        }
+        m_lanes.push_back(std::move(lane));
+    }
+}
+
+std::unique_ptr<CExternalLane> CSpareLanes::Take()
+{
+    std::unique_lock lock(m_mutex);
+    // To start another one would take as long.
+    m_started.wait(lock, [this] { return !m_lanes.empty() || m_starting == 0; });
+    if (m_lanes.empty())
+    {
+        return nullptr;
+    }
+    std::unique_ptr<CExternalLane> lane = std::move(m_lanes.front());
+    m_lanes.erase(m_lanes.begin());
+    return lane;
 }
 
 void CExternalContext::assertLane(bool isIsolated)
@@ -275,15 +315,13 @@ void CExternalContext::assertLane(bool isIsolated)
         return;
     }
     m_lane.reset();
-    if (isIsolated && !m_spares.empty())
+    if (isIsolated)
     {
-        m_lane = std::move(m_spares.front());
-        m_spares.erase(m_spares.begin());
-        --s_spareCount;
+        m_lane = m_spares.Take();
     }
-    else
+    if (!m_lane)
     {
-        m_lane = std::make_unique<CExternalLane>(m_settings);
+        m_lane = std::make_unique<CExternalLane>(m_spares.GetSettings());
     }
     m_use = EUse::None;
 }
@@ -291,11 +329,7 @@ void CExternalContext::assertLane(bool isIsolated)
 bool CExternalContext::MakeReady(bool isIsolated)
 {
     assertLane(isIsolated);
-    m_lane->AssertChild();
-    // Opened now, since that takes a file, too.
-    m_lane->GetBuffer().GetWriteAccess();
-    m_lane->GetBuffer().GetReadAccess();
-    return m_lane->HasChild();
+    return m_lane->MakeReady();
 }
 
 CExternalLane& CExternalContext::Obtain(bool isIsolated)
@@ -305,30 +339,6 @@ CExternalLane& CExternalContext::Obtain(bool isIsolated)
     m_lane->AssertChild();
     m_lane->AssertProcessIndex();
     return *m_lane;
-}
-
-void CExternalContext::StartSpares(std::size_t most)
-{
-    while (m_spares.size() < most && takeSparePlace())
-    {
-        try
-        {
-            m_spares.push_back(std::make_unique<CExternalLane>(m_settings));
-        }
-        catch (...)
-        {
-            // The case that is under way needs none. One that does not get its objects itself ends the run.
-            --s_spareCount;
-            return;
-        }
-        m_spares.back()->AssertChild();
-        if (!m_spares.back()->HasChild())
-        {
-            m_spares.pop_back();
-            --s_spareCount;
-            return;
-        }
-    }
 }
 
 } // namespace LuTestSuiteRun

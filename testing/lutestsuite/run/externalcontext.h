@@ -1,10 +1,12 @@
 /// Child processes of a run, and what one executing thread shares with them.
 #pragma once
 
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -67,6 +69,9 @@ public:
     /// is replaced when it does not answer: to look for it ahead of each case would cost all of them time.
     void AssertChild();
 
+    /// Does so, and gets all that its next case needs; false without a child. Throws LbException.
+    bool MakeReady();
+
     /// Numbers the child, unless it is: those that a case was given, in that order.
     void AssertProcessIndex();
 
@@ -127,29 +132,53 @@ private:
     static constexpr std::int32_t sc_iNone = -1;
 };
 
-/// The lanes of one executing thread.
+/// Lanes with children that were started ahead, for the isolated cases of all threads of a run, so that these need not
+/// wait for the start. Any thread.
+class CSpareLanes : public INonCopyable
+{
+public:
+    /// The settings are the caller's and outlive the object.
+    explicit CSpareLanes(const SChildSettings& settings) : m_settings(settings) {}
+
+    const SChildSettings& GetSettings() const { return m_settings; }
+
+    /// How many there are at most: as many as the machine can start at a time.
+    static std::size_t GetMost();
+
+    /// Sees to it that there are as many as `count` says that cases to come could use. Returns after two starts, since
+    /// whoever calls has to look after a case, too. What cannot be had for them is no error. The question is asked
+    /// while nobody else takes or starts one, so that no more are started than are taken as long as cases are.
+    void Start(const std::function<std::size_t()>& count);
+
+    /// One that nobody has used, also when it is being started just now; null when there is none.
+    std::unique_ptr<CExternalLane> Take();
+
+private:
+    bool takePlace(const std::function<std::size_t()>& count);
+    std::unique_ptr<CExternalLane> start() const;
+
+    const SChildSettings& m_settings;
+    std::mutex m_mutex; ///< of all below
+    std::condition_variable m_started;
+    std::vector<std::unique_ptr<CExternalLane>> m_lanes;
+    std::size_t m_starting = 0;
+};
+
+/// The lane of one executing thread.
 class CExternalContext : public INonCopyable
 {
 public:
-    explicit CExternalContext(const SChildSettings& settings) : m_settings(settings) {}
-    ~CExternalContext() { Release(); }
-
-    /// The next lane can be obtained without anything that the system may have run out of.
-    bool IsReady(bool isIsolated) const;
+    explicit CExternalContext(CSpareLanes& spares) : m_spares(spares) {}
 
     /// Gets the next lane ready with its child; false without a child. Throws LbException.
     bool MakeReady(bool isIsolated);
 
-    /// Gives all lanes back.
-    void Release();
+    /// Gives the lane back.
+    void Release() { m_lane.reset(); }
 
     /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody
     /// has used or will use. Throws LbException.
     CExternalLane& Obtain(bool isIsolated);
-
-    /// Starts children for at most that many isolated cases to come, so that these need not wait for the start. All
-    /// threads together have as many of them waiting as the machine can start at a time.
-    void StartSpares(std::size_t most);
 
 private:
     enum class EUse
@@ -166,10 +195,9 @@ private:
 
     void assertLane(bool isIsolated);
 
-    const SChildSettings& m_settings;
+    CSpareLanes& m_spares;
     std::unique_ptr<CExternalLane> m_lane;
     EUse m_use = EUse::None;
-    std::vector<std::unique_ptr<CExternalLane>> m_spares;
 };
 
 } // namespace LuTestSuiteRun

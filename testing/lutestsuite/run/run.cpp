@@ -1,5 +1,7 @@
 /// A normal run, stage by stage.
 
+#include <span>
+
 #include "base/lbdatetime.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
@@ -47,22 +49,24 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
     }
     const std::wstring debugRoot =
         LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput) + LbDateTime::FormatNow(L"Y-m-d H.i.s");
-    CCaseRunner runner(unitTests, setup.params, setup.checkCallback, childSettings);
+    CSpareLanes spares(childSettings);
+    CCaseRunner runner(unitTests, cases, setup.params, setup.checkCallback, spares);
     CCaseLines lines(unitTests, setup.params);
-    std::size_t casesToCome = list.size();
-    for (const std::uint32_t index : list)
+    std::span<const std::uint32_t> toCome = list;
+    while (!toCome.empty())
     {
         if (setup.checkCallback())
         {
             WriteCanceled();
             return;
         }
-        SCaseInfo& info = cases[index];
+        SCaseInfo& info = cases[toCome.front()];
+        toCome = toCome.subspan(1);
         const std::wstring& caseName = unitTests[info.unitTest].cases[info.testCase].name;
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugRoot + LbPath::c_Separator +
                                                                LbPath::ToSafeName(caseName));
         lines.WriteHeader(info);
-        runner.Run(info, --casesToCome);
+        runner.Run(info, [toCome] { return toCome; });
         lines.WriteResult(info);
         setup.resultCallback(info.result);
         info.executed = true;

@@ -5,6 +5,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <span>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -34,23 +35,21 @@ public:
     {
     }
 
-    struct SNext
-    {
-        SCaseInfo* info = nullptr; ///< null when there is none, or the run is canceled
-        bool isTaken = false;      ///< else the worker is to get ready first
-    };
+    /// The next case; null when there is none for now, or the run is canceled.
+    SCaseInfo* Take();
 
-    /// The next case, which stays for others as long as the worker is not ready for it.
-    SNext Take(const CCaseRunner& runner, bool takesAnyway);
+    /// A worker that cannot run the case it has taken leaves it, and all others, to the other workers, if there are
+    /// any.
+    bool LeaveToOthers(SCaseInfo& info);
 
-    /// A worker that cannot get ready leaves. False when there is more to do and no other worker to do it.
-    bool LeaveToOthers();
+    /// A worker that got no case leaves, unless others have left it one meanwhile. Until then it may be given one.
+    bool Leave();
 
-    /// After a Take that took nothing.
-    void EndPreparing();
+    /// A worker whose thread cannot be had is none. False when there is something to do and nobody left to do it.
+    bool Abandon();
 
-    /// Cases that have not been handed out.
-    std::size_t CountToCome();
+    /// Those that have not been handed out.
+    std::span<const std::uint32_t> GetToCome();
 
     /// Nothing is handed out from now on.
     void Stop();
@@ -76,14 +75,16 @@ public:
     void RethrowFailure() const;
 
 private:
+    void stopHandingOut();
+
     const std::vector<std::uint32_t>& m_list;
     std::vector<SCaseInfo>& m_cases;
     const std::function<bool()>& m_isCanceled;
 
     LbCriticalSection m_workLock; ///< of the question for cancellation and all below
     std::size_t m_next = 0;
-    std::size_t m_takers = 0;    ///< workers that have not left
-    std::size_t m_preparing = 0; ///< of these, who are getting ready for a case that nobody has taken yet
+    std::vector<SCaseInfo*> m_leftOver; ///< by workers that could not run them
+    std::size_t m_takers = 0;           ///< workers that have not left
 
     LbCriticalSection m_finishedLock; ///< of all below
     std::vector<SCaseInfo*> m_finished;
@@ -91,49 +92,67 @@ private:
     std::exception_ptr m_failure;
 };
 
-CWork::SNext CWork::Take(const CCaseRunner& runner, bool takesAnyway)
+SCaseInfo* CWork::Take()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    if (m_next >= m_list.size() || m_isCanceled())
+    const bool isNone = m_leftOver.empty() && m_next >= m_list.size();
+    if (isNone || m_isCanceled())
     {
-        return {};
+        stopHandingOut();
+        return nullptr;
     }
-    SCaseInfo& info = m_cases[m_list[m_next]];
-    const bool isReady = takesAnyway || runner.IsReadyFor(info);
-    if (!isReady && m_preparing >= m_list.size() - m_next && m_takers > 1)
+    if (m_leftOver.empty())
     {
-        // For each case to come another worker is getting ready.
-        --m_takers;
-        return {};
+        return &m_cases[m_list[m_next++]];
     }
-    ++(isReady ? m_next : m_preparing);
-    return {&info, isReady};
+    SCaseInfo* const info = m_leftOver.back();
+    m_leftOver.pop_back();
+    return info;
 }
 
-void CWork::EndPreparing()
+bool CWork::LeaveToOthers(SCaseInfo& info)
 {
     const LbCriticalSectionLock lock(m_workLock);
-    --m_preparing;
+    if (m_takers <= 1)
+    {
+        return false;
+    }
+    m_leftOver.push_back(&info);
+    --m_takers;
+    return true;
 }
 
-bool CWork::LeaveToOthers()
+bool CWork::Leave()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    const bool mayLeave = m_takers > 1 || m_next >= m_list.size();
-    m_takers -= mayLeave ? 1 : 0;
-    return mayLeave;
+    m_takers -= m_leftOver.empty() ? 1 : 0;
+    return m_leftOver.empty();
 }
 
-std::size_t CWork::CountToCome()
+bool CWork::Abandon()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    return m_list.size() - m_next;
+    --m_takers;
+    return m_takers > 0 || (m_leftOver.empty() && m_next >= m_list.size());
+}
+
+std::span<const std::uint32_t> CWork::GetToCome()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    return std::span(m_list).subspan(m_next);
+}
+
+/// Called with the lock held.
+void CWork::stopHandingOut()
+{
+    m_next = m_list.size();
+    m_leftOver.clear();
 }
 
 void CWork::Stop()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    m_next = m_list.size();
+    stopHandingOut();
 }
 
 bool CWork::IsCanceled()
@@ -186,23 +205,13 @@ void CWork::RethrowFailure() const
     }
 }
 
-/// Of a worker that is getting ready for a case.
-class CPreparation : public INonCopyable
-{
-public:
-    explicit CPreparation(CWork& work) : m_work(work) {}
-    ~CPreparation() { m_work.EndPreparing(); }
-
-private:
-    CWork& m_work;
-};
-
 /// What each worker needs to run cases.
 struct SRunContext
 {
     const UnitTests& unitTests;
     const SParams& params;
-    const SChildSettings& childSettings;
+    const std::vector<SCaseInfo>& cases;
+    CSpareLanes& spares;
 };
 
 /// Runs cases until none is left. Ends with its object at the latest.
@@ -216,9 +225,10 @@ public:
 private:
     void run() noexcept;
     void runCases();
-    bool getReady(CCaseRunner& runner, const SCaseInfo& info);
+    void runTaken(CCaseRunner& runner);
+    bool getReady(CCaseRunner& runner, SCaseInfo& info);
 
-    bool m_isLast = false; ///< the others have left for lack of what cases need: this one takes them all the same
+    bool m_hasLeft = false; ///< its case and all others are the other workers'
     std::int32_t m_index;
     CWork& m_work;
     const SRunContext& m_context;
@@ -235,7 +245,7 @@ CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, const SRunContext&
     }
     catch (...)
     {
-        m_work.RemoveWorker(m_work.LeaveToOthers() ? nullptr : std::current_exception());
+        m_work.RemoveWorker(m_work.Abandon() ? nullptr : std::current_exception());
         throw;
     }
 }
@@ -257,31 +267,37 @@ void CWorkerThread::run() noexcept
 void CWorkerThread::runCases()
 {
     LbOs::SetCurrentThreadName(L"LuTestSuiteRun::CWorkerThread");
-    if (m_work.CountToCome() == 0)
+    if (m_work.GetToCome().empty() && m_work.Leave())
     {
         // The others were done before this thread started: to warm it up would only hold up the end of the run.
         return;
     }
     LuTestSuiteEnvironment::PreallocateStaticData();
     const std::function<bool()> isCanceled = [this] { return m_work.IsCanceled(); };
-    CCaseRunner runner(m_context.unitTests, m_context.params, isCanceled, m_context.childSettings);
-    CWork::SNext next = m_work.Take(runner, m_isLast);
-    while (next.info != nullptr && (next.isTaken || getReady(runner, *next.info)))
+    CCaseRunner runner(m_context.unitTests, m_context.cases, m_context.params, isCanceled, m_context.spares);
+    do
     {
-        if (next.isTaken)
-        {
-            next.info->threadIndex = m_index;
-            runner.Run(*next.info, m_work.CountToCome());
-            m_work.AddFinished(*next.info);
-        }
-        next = m_work.Take(runner, m_isLast);
+        runTaken(runner);
+        // First, so that the last worker of all finds it given back.
+        runner.ReleaseChildren();
+    }
+    while (!m_hasLeft && !m_work.Leave());
+}
+
+/// Until there is nothing to be taken, or this worker leaves the rest to others.
+void CWorkerThread::runTaken(CCaseRunner& runner)
+{
+    for (SCaseInfo* info = m_work.Take(); info != nullptr && getReady(runner, *info); info = m_work.Take())
+    {
+        info->threadIndex = m_index;
+        runner.Run(*info, [this] { return m_work.GetToCome(); });
+        m_work.AddFinished(*info);
     }
 }
 
 /// False when the system is short of what the case needs, and other workers are there that have it.
-bool CWorkerThread::getReady(CCaseRunner& runner, const SCaseInfo& info)
+bool CWorkerThread::getReady(CCaseRunner& runner, SCaseInfo& info)
 {
-    const CPreparation preparation(m_work);
     try
     {
         if (runner.MakeReadyFor(info))
@@ -294,14 +310,13 @@ bool CWorkerThread::getReady(CCaseRunner& runner, const SCaseInfo& info)
         // Said by the second attempt, if it comes to that.
     }
     runner.ReleaseChildren();
-    if (m_work.LeaveToOthers())
+    m_hasLeft = m_work.LeaveToOthers(info);
+    if (!m_hasLeft)
     {
-        return false;
+        // By now the others have given back what they had. Without a child the case has its result all the same.
+        runner.MakeReadyFor(info);
     }
-    // By now the others have given back what they had. Without a child the cases have their result all the same.
-    m_isLast = true;
-    runner.MakeReadyFor(info);
-    return true;
+    return !m_hasLeft;
 }
 
 /// The workers of a run. They end with the object, after the cases that they are at.
@@ -393,7 +408,8 @@ void ExecuteInParallel(const LuTestSuiteSetup& setup, const UnitTests& unitTests
         return;
     }
     CWork work(list, cases, setup.checkCallback);
-    const SRunContext context = {unitTests, setup.params, childSettings};
+    CSpareLanes spares(childSettings);
+    const SRunContext context = {unitTests, setup.params, cases, spares};
     {
         const CWorkers workers(GetWorkerCount(setup.params.workerThreads), work, context);
         printFinished(setup, unitTests, work);

@@ -1,0 +1,87 @@
+// Processes that are started ahead, counted while a run is at its cases.
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/os/platform.h"
+#include "base/os/processes.h"
+#include "base/os/testaids.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/support/externalruntest.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using LuTestSuiteRun::SCaseInfo;
+using LuTestSuiteRun::SRunResult;
+
+class RunExternalSpares : public ExternalRunTest
+{
+protected:
+    /// The most children that were seen at the end of a case.
+    std::ptrdiff_t CountChildren(LuTestSuiteSetup setup)
+    {
+        const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
+        const std::wstring host =
+            std::wstring(isDebug ? L"LuTestSuiteCLID" : L"LuTestSuiteCLI") + LbOs::c_ExecutableSuffix;
+        std::ptrdiff_t most = 0;
+        setup.resultCallback = [&most, &host](ECaseRunResult result) {
+            EXPECT_EQ(result, ECaseRunResult::Ok);
+            most = std::max(most, std::ranges::count(LbOs::ListChildren(), host, &LbOs::GetProcessExecutableName));
+        };
+        Run(setup);
+        return most;
+    }
+
+    static void SetAll(LuTestSuiteSetup& setup, const std::wstring& parameter, bool value)
+    {
+        for (auto& testCase : setup.unitTests[0].cases)
+        {
+            testCase.parameters[parameter] = value;
+        }
+    }
+};
+
+TEST_F(RunExternalSpares, AreForIsolatedCasesOnly)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"vorher", L"vorher", L"nachher", L"nachher"});
+    SetAll(setup, L"External", false);
+    setup.unitTests[0].cases[0].parameters[L"External"] = true;
+    setup.unitTests[0].cases[0].parameters[L"Isolated"] = true;
+
+    EXPECT_EQ(CountChildren(setup), 1);
+}
+
+TEST_F(RunExternalSpares, AreNotForTheLastCase)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"vorher"});
+    setup.params.isolated = true;
+
+    EXPECT_EQ(CountChildren(setup), 1);
+}
+
+TEST_F(RunExternalSpares, AreThereBeforeTheNextCase)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
+    setup.params.isolated = true;
+
+    EXPECT_EQ(CountChildren(setup), 2);
+}
+
+/// Each has its own, however many workers could want one.
+TEST_F(RunExternalSpares, AreNoMoreThanCasesOnWorkers)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"schläft kurz"});
+    setup.params.isolated = true;
+    setup.params.parallel = true;
+    setup.params.workerThreads = 8;
+    setup.params.repetitions = 3;
+
+    EXPECT_LE(CountChildren(setup), 3);
+}
+
+} // namespace
