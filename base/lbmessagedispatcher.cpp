@@ -51,7 +51,9 @@ struct LbMessageDispatcher::SShared
     std::uint64_t postedCount = 0;
     std::uint64_t handledCount = 0;
     std::thread thread;
+    std::condition_variable ready; ///< for those who start: the dispatcher thread has begun
     bool hasThread = false;
+    bool isReady = false;
     bool isStopping = false;
 
     std::mutex stopMutex; ///< one shut-down at a time
@@ -62,6 +64,8 @@ void LbMessageDispatcher::SShared::Work()
     t_isDispatcherThread = true;
     LbOs::SetCurrentThreadName(L"LbMessages");
     std::unique_lock lock(mutex);
+    isReady = true;
+    ready.notify_all();
     for (;;)
     {
         changed.wait(lock, [this] { return !queue.empty() || isStopping; });
@@ -96,7 +100,7 @@ void LbMessageDispatcher::SShared::Stop()
     // Unlocked, but nobody else touches the thread as long as there is one.
     thread.join();
     const std::lock_guard lock(mutex);
-    hasThread = false;
+    hasThread = isReady = false;
     isStopping = false;
 }
 
@@ -129,7 +133,7 @@ void LbMessageDispatcher::Shutdown()
 
 bool LbMessageDispatcher::Start()
 {
-    const std::lock_guard lock(m_shared->mutex);
+    std::unique_lock lock(m_shared->mutex);
     if (!m_shared->hasThread)
     {
         try
@@ -143,7 +147,9 @@ bool LbMessageDispatcher::Start()
             return false;
         }
     }
-    return !m_shared->isStopping;
+    // What the thread takes from the heap when it begins would else be seen by whatever is measured at that time.
+    m_shared->ready.wait(lock, [this] { return m_shared->isReady || !m_shared->hasThread; });
+    return m_shared->hasThread && !m_shared->isStopping;
 }
 
 bool LbMessageDispatcher::IsRunning() const

@@ -21,7 +21,7 @@ public:
     /// nothing without one. Must not be called by a message.
     static void Shutdown();
 
-    /// Starts the thread; true when it runs afterwards.
+    /// Starts the thread and waits until it has begun; true when it runs afterwards.
     bool Start();
     bool IsRunning() const;
 

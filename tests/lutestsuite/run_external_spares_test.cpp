@@ -6,11 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/os/platform.h"
-#include "base/os/processes.h"
-#include "base/os/testaids.h"
-#include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/externalruntest.h"
+#include "tests/support/hostchildren.h"
 
 namespace
 {
@@ -25,13 +22,10 @@ protected:
     /// The most children that were seen at the end of a case.
     std::ptrdiff_t CountChildren(LuTestSuiteSetup setup)
     {
-        const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
-        const std::wstring host =
-            std::wstring(isDebug ? L"LuTestSuiteCLID" : L"LuTestSuiteCLI") + LbOs::c_ExecutableSuffix;
         std::ptrdiff_t most = 0;
-        setup.resultCallback = [&most, &host](ECaseRunResult result) {
+        setup.resultCallback = [&most](ECaseRunResult result) {
             EXPECT_EQ(result, ECaseRunResult::Ok);
-            most = std::max(most, std::ranges::count(LbOs::ListChildren(), host, &LbOs::GetProcessExecutableName));
+            most = std::max(most, CountHostChildren());
         };
         Run(setup);
         return most;

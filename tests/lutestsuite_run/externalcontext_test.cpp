@@ -12,9 +12,8 @@
 #include "base/lbcommandline.h"
 #include "base/lbformat.h"
 #include "base/os/process.h"
-#include "base/os/processes.h"
-#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/support/hostchildren.h"
 
 namespace
 {
@@ -69,12 +68,6 @@ TEST(GetChildCommandLine, AlwaysNamesADataDirectory)
     const auto words = LbCommandLine::Split(GetChildCommandLine({}, L"m", L"q", L"a"));
 
     EXPECT_FALSE(words.at(2).empty());
-}
-
-std::ptrdiff_t countChildren()
-{
-    return std::ranges::count_if(
-        LbOs::ListChildren(), [](unsigned long number) { return LbOs::GetProcessExecutableName(number) == getHost(); });
 }
 
 constexpr std::uint64_t c_Slow = 60'000;
@@ -137,11 +130,11 @@ TEST(SpareLanes, AreAsManyAsCasesToCome)
     CSpareLanes spares(settings);
 
     spares.Start(just(0));
-    EXPECT_EQ(countChildren(), 0);
+    EXPECT_EQ(CountHostChildren(), 0);
     spares.Start(just(1));
-    EXPECT_EQ(countChildren(), 1);
+    EXPECT_EQ(CountHostChildren(), 1);
     spares.Start(just(1));
-    EXPECT_EQ(countChildren(), 1);
+    EXPECT_EQ(CountHostChildren(), 1);
 }
 
 TEST(SpareLanes, AreNoMoreThanProcessors)
@@ -155,7 +148,7 @@ TEST(SpareLanes, AreNoMoreThanProcessors)
         spares.Start(just(1000));
     }
 
-    EXPECT_EQ(countChildren(), most);
+    EXPECT_EQ(CountHostChildren(), most);
 }
 
 TEST(SpareLanes, AreStartedTwoAtATime)
@@ -165,7 +158,7 @@ TEST(SpareLanes, AreStartedTwoAtATime)
 
     spares.Start(just(1000));
 
-    EXPECT_EQ(countChildren(), std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(CSpareLanes::GetMost())));
+    EXPECT_EQ(CountHostChildren(), std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(CSpareLanes::GetMost())));
 }
 
 TEST(SpareLanes, AreTakenOnce)
@@ -200,7 +193,7 @@ TEST(SpareLanes, AreWaitedForWhileTheyStart)
     taker.join();
 
     EXPECT_NE(taken, nullptr);
-    EXPECT_EQ(countChildren(), 1);
+    EXPECT_EQ(CountHostChildren(), 1);
 }
 
 TEST(ExternalContext, GivesIsolatedCasesTheSpares)
@@ -212,7 +205,7 @@ TEST(ExternalContext, GivesIsolatedCasesTheSpares)
 
     context.Obtain(true);
 
-    EXPECT_EQ(countChildren(), 1);
+    EXPECT_EQ(CountHostChildren(), 1);
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
@@ -225,7 +218,7 @@ TEST(ExternalContext, LeavesTheSparesOfOthersAlone)
 
     context.Obtain(false);
 
-    EXPECT_EQ(countChildren(), 2);
+    EXPECT_EQ(CountHostChildren(), 2);
     EXPECT_NE(spares.Take(), nullptr);
 }
 
