@@ -16,7 +16,6 @@
 
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
-#include "base/lbformat.h"
 #include "base/os/console.h"
 #include "base/os/descriptor_linux.h"
 
@@ -107,7 +106,7 @@ std::wstring getStart(const std::wstring& path)
     const std::wstring directory = LbOs::GetWorkingDirectory();
     if (directory.empty())
     {
-        throw LbException(LbFormat(L"Das Arbeitsverzeichnis für den Pfad %s ist nicht bekannt", path));
+        throw LbException(L"Das Arbeitsverzeichnis für den Pfad " + path + L" ist nicht bekannt");
     }
     return directory + L"/";
 }

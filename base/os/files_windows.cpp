@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "base/lbexception.h"
-#include "base/lbformat.h"
 #include "base/os/console.h"
 #include "base/os/windows_api.h"
 
@@ -341,7 +340,7 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
         [&path](wchar_t* buffer, DWORD size) { return GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
     if (full.empty())
     {
-        throw LbException(LbFormat(L"Der volle Pfad von %s ist nicht bekannt", path));
+        throw LbException(L"Der volle Pfad von " + path + L" ist nicht bekannt");
     }
     return full;
 }

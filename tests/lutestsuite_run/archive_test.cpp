@@ -409,7 +409,6 @@ TEST_F(ArchiveRunChild, KeepsTheReportThatFindsTheDiskFull)
     ExpectOnlyThePage(text);
 }
 
-/// It links the style sheet and the script that stand beside it.
 TEST_F(ArchiveRunChild, LeavesTheStylesheetToPagesThatCouldNotBeArchived)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");
@@ -417,10 +416,8 @@ TEST_F(ArchiveRunChild, LeavesTheStylesheetToPagesThatCouldNotBeArchived)
     Execute();
     LbOs::RemoveFile(archive);
     const std::wstring folder = LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp" + LbPath::c_Separator;
-    for (const wchar_t* const name : {L"LuTestSuite.css", L"LuTestSuite.js"})
-    {
-        LuStreamWriteBinaryFile(folder + name).Close();
-    }
+    LuStreamWriteBinaryFile(folder + L"LuTestSuite.css").Close();
+    LuStreamWriteBinaryFile(folder + L"LuTestSuite.js").Close();
 
     Execute();
 

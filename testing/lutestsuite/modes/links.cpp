@@ -23,14 +23,14 @@ std::vector<std::wstring> getChain(const std::wstring& link, std::wstring target
         std::wstring place = LbOs::GetCanonicalPlace(target);
         if (place.empty())
         {
-            return chain;
+            break;
         }
         target = LbOs::GetLinkTarget(place);
         chain.push_back(std::move(place));
     }
     // Should the system go another way, what it finds counts, too.
     std::wstring file = LbOs::GetCanonicalPath(link);
-    if (!file.empty() && file != chain.back())
+    if (!file.empty() && (chain.empty() || file != chain.back()))
     {
         chain.push_back(std::move(file));
     }
