@@ -159,7 +159,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantGoWhenNoneLeadsThroughThemAnyMore)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"1/CDataSetModel/")), std::vector<std::wstring>{L"a.txt"});
 }
 
-/// The chain goes through a link of a name that is a link itself, in a linked folder.
+/// The kept one leads to a link that stands elsewhere, and that one back through a linked folder.
 TEST_F(DuplicateLinks, OnTheWayOfAKeptOneStay)
 {
     const ScopedFolder elsewhere;
@@ -168,7 +168,9 @@ TEST_F(DuplicateLinks, OnTheWayOfAKeptOneStay)
     SetAge(file, 100);
     const std::wstring way = LinkAt(L"1/CDataSetModel/b.txt", file);
     LinkAt(L"Umweg", L"1");
-    const std::wstring kept = LinkAt(L"2/CDataSetModel/k.txt", LbPath::ToNative(L"../../Umweg/CDataSetModel/b.txt"));
+    const std::wstring middle = elsewhere.GetPathOf(L"y.txt");
+    ASSERT_TRUE(LbOs::MakeLink(middle, m_folder.GetPathOf(L"Umweg/CDataSetModel/b.txt")));
+    const std::wstring kept = LinkAt(L"2/CDataSetModel/k.txt", middle);
 
     const std::wstring text = Detect(eDM_Delete);
 
