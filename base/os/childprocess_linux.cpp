@@ -66,11 +66,16 @@ struct SStart
     sigset_t signals = {}; ///< blocked in the caller
 };
 
-/// A path is meant from the caller's folder, wherever the child works; a bare name is looked up.
+/// A path is meant from the caller's folder, wherever the child works; a bare name is looked up. No program when that
+/// folder is not known.
 std::wstring fromHere(const std::wstring& program)
 {
-    const bool isRelativePath = program.find(L'/') != std::wstring::npos && !IsAbsolutePath(program);
-    return isRelativePath ? GetWorkingDirectory() + L"/" + program : program;
+    if (program.find(L'/') == std::wstring::npos || IsAbsolutePath(program))
+    {
+        return program;
+    }
+    const std::wstring here = GetWorkingDirectory();
+    return here.empty() ? here : here + L"/" + program;
 }
 
 SStart prepare(const SChildOptions& options)

@@ -1,7 +1,7 @@
 #include "base/os/console.h"
 
-#include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 #include <io.h>
 
@@ -17,7 +17,7 @@ HANDLE getHandle(std::FILE* stream)
 }
 
 /// Whether a sequence leaves the cursor where it is. Some consoles accept the mode and show the sequences all the same;
-/// what such a one has shown is wiped.
+/// what such a one has shown is wiped. At the end of a line it might go on in the next, and all lines move up for it.
 bool understandsSequences(HANDLE console)
 {
     constexpr std::wstring_view c_NoAttributes = L"\x1b[0m";
@@ -25,6 +25,7 @@ bool understandsSequences(HANDLE console)
     CONSOLE_SCREEN_BUFFER_INFO after = {};
     DWORD count = 0;
     if (GetConsoleScreenBufferInfo(console, &before) == FALSE ||
+        before.dwCursorPosition.X + static_cast<int>(c_NoAttributes.size()) >= before.dwSize.X ||
         WriteConsoleW(console, c_NoAttributes.data(), c_NoAttributes.size(), &count, nullptr) == FALSE ||
         GetConsoleScreenBufferInfo(console, &after) == FALSE)
     {
@@ -37,6 +38,13 @@ bool understandsSequences(HANDLE console)
     FillConsoleOutputCharacterW(console, L' ', c_NoAttributes.size(), before.dwCursorPosition, &count);
     SetConsoleCursorPosition(console, before.dwCursorPosition);
     return false;
+}
+
+/// The size of a part without half a character at its end, which would be shown as a broken one.
+std::size_t getWholeSize(std::wstring_view part)
+{
+    const bool isCut = part.size() > 1 && part.back() >= 0xD800 && part.back() <= 0xDBFF;
+    return part.size() - (isCut ? 1 : 0);
 }
 
 /// Writes to a console as text, whatever its code page; the run-time would hand it over byte by byte. False when the
@@ -53,16 +61,17 @@ bool writeToConsole(std::FILE* stream, std::string_view bytes)
     }
     std::fflush(stream);
     const std::wstring text = LbEncoding::FromUtf8(bytes);
-    for (std::size_t start = 0; start < text.size();)
+    std::wstring_view rest = text;
+    while (!rest.empty())
     {
         DWORD count = 0;
-        if (WriteConsoleW(console, text.data() + start,
-                          static_cast<DWORD>(std::min(text.size() - start, c_LongestPart)), &count, nullptr) == FALSE ||
-            count == 0)
+        const auto size = static_cast<DWORD>(getWholeSize(rest.substr(0, c_LongestPart)));
+        if (WriteConsoleW(console, rest.data(), size, &count, nullptr) == FALSE || count == 0)
         {
             break;
         }
-        start += count;
+        // A console may take less than it was given.
+        rest.remove_prefix(getWholeSize(rest.substr(0, count)));
     }
     return true;
 }

@@ -26,17 +26,22 @@ struct SDirectoryEntry
 {
     const std::wstring& name;
     bool isDirectory; ///< links are followed
-    bool isLink;      ///< a symbolic link, or another kind of entry that stands for a place elsewhere
+    bool isLink;      ///< as IsLink says
 };
 
 /// True when the path does not depend on the working directory (nor on its drive). Nothing is looked up.
 LB_API bool IsAbsolutePath(std::wstring_view path) noexcept;
 
-/// What stands at `path`; Missing also when the path cannot be looked at.
+/// What stands at `path`, links followed; Missing also when the path cannot be looked at, as a link to nothing.
 LB_API EEntry QueryEntry(const std::wstring& path);
 
-/// True when `path` itself is a link, whatever it leads to.
+/// True when `path` itself is a link, whatever it leads to: a symbolic link, on Windows also a mount point. What else
+/// stands in for its content there, as files of a cloud do, is none.
 LB_API bool IsLink(const std::wstring& path);
+
+/// The path that the link at `path` names, absolute: a relative one is meant from the link's folder, which `path` must
+/// name without links on the way. The target need not exist. Empty when there is no link, or it cannot be read.
+LB_API std::wstring GetLinkTarget(const std::wstring& path);
 
 /// True for a file with bytes of its own: no directory, device or pipe, whose reading may wait or never end. Links are
 /// followed.
@@ -47,7 +52,7 @@ LB_API bool IsRegularFile(const std::wstring& path);
 LB_API bool AreSameFile(const std::wstring& path, const std::wstring& otherPath);
 
 /// Visits each entry of `directory` but "." and "..", in the file system's order.
-/// Returns false when the directory cannot be opened. Exceptions of `visit` pass through.
+/// Returns false when the directory cannot be opened, or not be read to its end. Exceptions of `visit` pass through.
 LB_API bool VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit);
 
 /// Creates one directory level. True when it exists afterwards.
@@ -70,12 +75,15 @@ LB_API bool SetWorkingDirectory(const std::wstring& path);
 /// The path as it stands when the working directory changes: absolute, by the present working directory, without "."
 /// and "..". Names are kept as they are, links too; only ".." goes where the platform goes with it: on Linux behind a
 /// link to the parent of its target, on Windows by the text. A separator at the end stays; an empty path stays empty.
-/// The path need not exist.
+/// The path need not exist. Throws LbException when it cannot be had: of a relative path without a working directory.
 LB_API std::wstring GetFullPath(const std::wstring& path);
 
 /// The one name of an existing file or directory, with all links resolved, without separator at its end; empty when it
 /// cannot be had.
 LB_API std::wstring GetCanonicalPath(const std::wstring& path);
+
+/// As GetCanonicalPath, but a link at the end of the path is not followed: the one name of the link itself.
+LB_API std::wstring GetCanonicalPlace(const std::wstring& path);
 
 /// Absolute path of the running executable.
 LB_API std::wstring GetExecutablePath();

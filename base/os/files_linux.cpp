@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include "base/lbencoding.h"
+#include "base/lbexception.h"
 #include "base/os/console.h"
 #include "base/os/descriptor_linux.h"
 
@@ -99,6 +100,17 @@ std::wstring readText(const F& read)
     }
 }
 
+/// Without a working directory there is nothing that a relative path could be meant from, least of all the root.
+std::wstring getStart(const std::wstring& path)
+{
+    const std::wstring directory = LbOs::GetWorkingDirectory();
+    if (directory.empty())
+    {
+        throw LbException(L"Das Arbeitsverzeichnis für den Pfad " + path + L" ist nicht bekannt");
+    }
+    return directory + L"/";
+}
+
 std::wstring getHomeDirectory()
 {
     std::wstring home = LbOs::GetEnvironmentText(L"HOME");
@@ -136,6 +148,16 @@ bool LbOs::IsLink(const std::wstring& path)
     return lstat(toSystemPath(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
+std::wstring LbOs::GetLinkTarget(const std::wstring& path)
+{
+    const std::string name = toSystemPath(path);
+    const std::wstring target = readText([&name](char* buffer, std::size_t size) {
+        const ssize_t length = readlink(name.c_str(), buffer, size);
+        return length < 0 ? 0 : static_cast<std::size_t>(length);
+    });
+    return target.empty() || IsAbsolutePath(target) ? target : path.substr(0, path.rfind(L'/') + 1) + target;
+}
+
 bool LbOs::IsRegularFile(const std::wstring& path)
 {
     struct stat status = {};
@@ -162,8 +184,13 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
         return false;
     }
     const int descriptor = dirfd(stream.get());
+    // The end and a failure differ by the error number only.
+    const auto readNext = [&stream] {
+        errno = 0;
+        return readdir(stream.get());
+    };
     std::wstring name;
-    while (const dirent* const entry = readdir(stream.get()))
+    while (const dirent* const entry = readNext())
     {
         const std::string_view bytes = entry->d_name;
         if (bytes != "." && bytes != "..")
@@ -172,7 +199,7 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
             visit({name, isDirectoryEntry(descriptor, *entry), isLinkEntry(descriptor, *entry)});
         }
     }
-    return true;
+    return errno == 0;
 }
 
 bool LbOs::MakeDirectory(const std::wstring& path)
@@ -217,7 +244,7 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
     {
         return path;
     }
-    const std::wstring full = IsAbsolutePath(path) ? path : GetWorkingDirectory() + L"/" + path;
+    const std::wstring full = IsAbsolutePath(path) ? path : getStart(path) + path;
     std::wstring result;
     std::wstring_view name;
     for (std::size_t start = 0; start < full.size(); start += name.size() + 1)
@@ -244,6 +271,17 @@ std::wstring LbOs::GetCanonicalPath(const std::wstring& path)
     };
     const std::unique_ptr<char, SFree> canonical(realpath(toSystemPath(path).c_str(), nullptr));
     return canonical ? LbEncoding::FromNative(canonical.get()) : std::wstring();
+}
+
+std::wstring LbOs::GetCanonicalPlace(const std::wstring& path)
+{
+    if (!IsLink(path))
+    {
+        return GetCanonicalPath(path);
+    }
+    const std::size_t name = path.rfind(L'/') + 1;
+    const std::wstring folder = GetCanonicalPath(name == 0 ? L"." : path.substr(0, name));
+    return folder.empty() ? folder : (folder == L"/" ? folder : folder + L"/") + path.substr(name);
 }
 
 std::wstring LbOs::GetExecutablePath()

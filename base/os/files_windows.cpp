@@ -1,9 +1,16 @@
 #include "base/os/files.h"
 
+#include <cstring>
 #include <memory>
+#include <string_view>
+#include <vector>
 
+#include "base/lbexception.h"
 #include "base/os/console.h"
 #include "base/os/windows_api.h"
+
+// Behind windows.h, which it needs.
+#include <winioctl.h>
 
 namespace
 {
@@ -60,12 +67,75 @@ using OwnedHandle = std::unique_ptr<void, SCloseHandle>;
 
 /// What stands at a path, opened to be looked at only; null when it cannot be. Directories open with the backup flag
 /// only.
-OwnedHandle openToLookAt(const std::wstring& path)
+OwnedHandle openToLookAt(const std::wstring& path, DWORD flags = 0)
 {
     const HANDLE opened =
         CreateFileW(ToSystemPath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr);
     return OwnedHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+}
+
+std::wstring getFinalPath(const OwnedHandle& opened)
+{
+    return opened == nullptr ? std::wstring() : ReadText([&opened](wchar_t* buffer, DWORD size) {
+        return GetFinalPathNameByHandleW(opened.get(), buffer, size, 0);
+    });
+}
+
+/// Files of a cloud, deduplicated ones and others are marked, too, but stand where they are. Wine marks a folder's link
+/// without saying what it is.
+bool isLinkOf(DWORD attributes, DWORD tag)
+{
+    return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           (tag == IO_REPARSE_TAG_SYMLINK || tag == IO_REPARSE_TAG_MOUNT_POINT || tag == 0);
+}
+
+/// What the system keeps of a link, one kind of it in front of the names.
+struct SLinkData
+{
+    DWORD tag;
+    WORD size;
+    WORD reserved;
+    WORD targetOffset; ///< in bytes, behind the last member
+    WORD targetSize;
+    WORD shownOffset;
+    WORD shownSize;
+};
+
+/// As the link holds it, relative or with the system's own prefix.
+std::wstring readTarget(const OwnedHandle& link)
+{
+    std::vector<char> bytes(MAXIMUM_REPARSE_DATA_BUFFER_SIZE);
+    DWORD size = 0;
+    SLinkData data = {};
+    if (link == nullptr ||
+        DeviceIoControl(link.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, bytes.data(), static_cast<DWORD>(bytes.size()),
+                        &size, nullptr) == FALSE ||
+        size < sizeof(data))
+    {
+        return {};
+    }
+    std::memcpy(&data, bytes.data(), sizeof(data));
+    // Only symbolic links have a word of flags there.
+    const std::size_t names = sizeof(data) + (data.tag == IO_REPARSE_TAG_SYMLINK ? sizeof(DWORD) : 0);
+    const std::size_t start = names + data.targetOffset;
+    if (start + data.targetSize > size)
+    {
+        return {};
+    }
+    std::wstring target(data.targetSize / sizeof(wchar_t), L'\0');
+    std::memcpy(target.data(), bytes.data() + start, target.size() * sizeof(wchar_t));
+    return target;
+}
+
+/// A target from the root of a drive, or from the folder of its link; ".." is taken by the text as the system does.
+std::wstring completeTarget(const std::wstring& path, const std::wstring& target)
+{
+    const std::size_t colon = path.find(L':');
+    const std::wstring start = !isSeparator(target.front())  ? path.substr(0, path.find_last_of(L"\\/") + 1)
+                               : colon != std::wstring::npos ? path.substr(0, colon + 1)
+                                                             : std::wstring();
+    return start.empty() ? start : LbOs::GetFullPath(start + target);
 }
 
 } // namespace
@@ -100,7 +170,15 @@ bool LbOs::IsAbsolutePath(std::wstring_view path) noexcept
 
 LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
 {
-    const DWORD attributes = GetFileAttributesW(ToSystemPath(path).c_str());
+    DWORD attributes = GetFileAttributesW(ToSystemPath(path).c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLink(path))
+    {
+        // Those were the link's own.
+        const OwnedHandle target = openToLookAt(path);
+        BY_HANDLE_FILE_INFORMATION info = {};
+        const bool isThere = target != nullptr && GetFileInformationByHandle(target.get(), &info) != FALSE;
+        attributes = isThere ? info.dwFileAttributes : INVALID_FILE_ATTRIBUTES;
+    }
     if (attributes == INVALID_FILE_ATTRIBUTES)
     {
         return EEntry::Missing;
@@ -110,8 +188,33 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
 
 bool LbOs::IsLink(const std::wstring& path)
 {
-    const DWORD attributes = GetFileAttributesW(ToSystemPath(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    const std::wstring name = ToSystemPath(path);
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+    {
+        return false;
+    }
+    // Only a listing tells the kind without opening what may not be opened.
+    WIN32_FIND_DATAW data = {};
+    const HANDLE found = FindFirstFileW(name.c_str(), &data);
+    if (found == INVALID_HANDLE_VALUE)
+    {
+        return false;
+    }
+    FindClose(found);
+    return isLinkOf(data.dwFileAttributes, data.dwReserved0);
+}
+
+std::wstring LbOs::GetLinkTarget(const std::wstring& path)
+{
+    constexpr std::wstring_view c_SystemPrefix = L"\\??\\";
+    const std::wstring target =
+        IsLink(path) ? readTarget(openToLookAt(path, FILE_FLAG_OPEN_REPARSE_POINT)) : std::wstring();
+    if (target.starts_with(c_SystemPrefix))
+    {
+        return L"\\\\?\\" + target.substr(c_SystemPrefix.size());
+    }
+    return target.empty() ? target : completeTarget(path, target);
 }
 
 bool LbOs::IsRegularFile(const std::wstring& path)
@@ -164,12 +267,13 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
         name = data.cFileName;
         if (name != L"." && name != L"..")
         {
-            visit({name, isDirectory(data.dwFileAttributes),
-                   (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0});
+            const bool isLink = isLinkOf(data.dwFileAttributes, data.dwReserved0);
+            const std::wstring path = isLink ? pattern.substr(0, pattern.size() - 1) + name : std::wstring();
+            visit({name, isLink ? QueryEntry(path) == EEntry::Directory : isDirectory(data.dwFileAttributes), isLink});
         }
     }
     while (FindNextFileW(found, &data) != FALSE);
-    return true;
+    return GetLastError() == ERROR_NO_MORE_FILES;
 }
 
 bool LbOs::MakeDirectory(const std::wstring& path)
@@ -191,7 +295,7 @@ bool LbOs::RemoveFile(const std::wstring& path)
     }
     if (isDirectory(attributes))
     {
-        return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && RemoveDirectoryW(name.c_str()) != FALSE;
+        return IsLink(path) && RemoveDirectoryW(name.c_str()) != FALSE;
     }
     // Write protection keeps a file from being removed on this platform only.
     if ((attributes & FILE_ATTRIBUTE_READONLY) == 0 || SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) == FALSE)
@@ -232,16 +336,23 @@ std::wstring LbOs::GetFullPath(const std::wstring& path)
     {
         return path;
     }
-    return ReadText(
+    const std::wstring full = ReadText(
         [&path](wchar_t* buffer, DWORD size) { return GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
+    if (full.empty())
+    {
+        throw LbException(L"Der volle Pfad von " + path + L" ist nicht bekannt");
+    }
+    return full;
 }
 
 std::wstring LbOs::GetCanonicalPath(const std::wstring& path)
 {
-    const OwnedHandle opened = openToLookAt(path);
-    return opened == nullptr ? std::wstring() : ReadText([&opened](wchar_t* buffer, DWORD size) {
-        return GetFinalPathNameByHandleW(opened.get(), buffer, size, 0);
-    });
+    return getFinalPath(openToLookAt(path));
+}
+
+std::wstring LbOs::GetCanonicalPlace(const std::wstring& path)
+{
+    return getFinalPath(openToLookAt(path, FILE_FLAG_OPEN_REPARSE_POINT));
 }
 
 std::wstring LbOs::GetExecutablePath()

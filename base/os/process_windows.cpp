@@ -1,6 +1,5 @@
 #include "base/os/process.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
@@ -20,6 +19,32 @@ unsigned __stdcall runCall(void* argument)
 {
     static_cast<LbOs::CCarriedCall*>(argument)->Run();
     return 0;
+}
+
+struct SProgramName
+{
+    std::wstring text;
+    std::size_t end = 0; ///< of its part of the line
+};
+
+/// The first word of a command line knows no escapes: each quotation mark in it begins or ends a part that may hold
+/// blanks. It is empty when the line begins with a blank.
+SProgramName readProgramName(const std::wstring& line)
+{
+    SProgramName name;
+    bool isQuoted = false;
+    for (; name.end < line.size() && (isQuoted || (line[name.end] != L' ' && line[name.end] != L'\t')); ++name.end)
+    {
+        if (line[name.end] == L'"')
+        {
+            isQuoted = !isQuoted;
+        }
+        else
+        {
+            name.text += line[name.end];
+        }
+    }
+    return name;
 }
 
 constexpr const wchar_t* c_WindowLibrary = L"user32.dll";
@@ -51,14 +76,11 @@ int showAssertBox(const wchar_t* text)
 
 std::vector<std::wstring> LbOs::GetArguments(int /*count*/, const char* const* /*arguments*/)
 {
-    // Not by the system's call for it: the shell's library has that. The program's name knows no escapes, and is empty
-    // when the line begins with a blank.
+    // Not by the system's call for it: the shell's library has that.
     const std::wstring line = GetCommandLineW();
-    const bool isQuoted = line.starts_with(L'"');
-    const std::size_t start = isQuoted ? 1 : 0;
-    const std::size_t end = std::min(line.find_first_of(isQuoted ? L"\"" : L" \t", start), line.size());
-    std::vector<std::wstring> arguments = LbCommandLine::Split(line.substr(std::min(end + start, line.size())));
-    arguments.insert(arguments.begin(), line.substr(start, end - start));
+    const SProgramName program = readProgramName(line);
+    std::vector<std::wstring> arguments = LbCommandLine::Split(line.substr(program.end));
+    arguments.insert(arguments.begin(), program.text);
     return arguments;
 }
 

@@ -27,8 +27,9 @@ LB_API std::optional<unsigned long> GetParentProcessNumber();
 /// no such process or it cannot be asked. Any thread.
 LB_API std::wstring GetProcessExecutableName(unsigned long number);
 
-/// Ends a process at once, with exit status 0 where the system lets the caller choose. A failure has no effect: the
-/// process has ended already, or is not the caller's to end. Any thread.
-LB_API void KillProcess(unsigned long number);
+/// Ends a listed process at once, with exit status 0 where the system lets the caller choose. A failure has no effect:
+/// the process has ended already, on Linux also when its number is another executable's now, or it is not the caller's
+/// to end. Any thread.
+LB_API void KillProcess(const SProcess& process);
 
 } // namespace LbOs

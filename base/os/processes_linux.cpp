@@ -5,16 +5,17 @@
 #include <charconv>
 #include <csignal>
 #include <filesystem>
-#include <limits>
 #include <optional>
 #include <string_view>
 #include <system_error>
 
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
 #include <unistd.h>
 
 #include "base/lbencoding.h"
+#include "base/os/descriptor_linux.h"
 
 namespace
 {
@@ -77,11 +78,12 @@ std::wstring LbOs::GetProcessExecutableName(unsigned long number)
     return LbEncoding::FromNative(name);
 }
 
-void LbOs::KillProcess(unsigned long number)
+void LbOs::KillProcess(const SProcess& process)
 {
-    // 0 and what becomes negative mean whole groups of processes.
-    if (number > 0 && number <= static_cast<unsigned long>(std::numeric_limits<pid_t>::max()))
+    // As long as it is open no other process is meant, whatever becomes of the number.
+    const Linux::CDescriptor file(static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(process.number), 0)));
+    if (file.IsOpen() && GetProcessExecutableName(process.number) == process.executableName)
     {
-        kill(static_cast<pid_t>(number), SIGKILL);
+        syscall(SYS_pidfd_send_signal, file.Get(), SIGKILL, nullptr, 0);
     }
 }

@@ -61,11 +61,11 @@ std::wstring LbOs::GetProcessExecutableName(unsigned long number)
     });
 }
 
-void LbOs::KillProcess(unsigned long number)
+void LbOs::KillProcess(const SProcess& process)
 {
-    const Windows::Handle process(OpenProcess(PROCESS_TERMINATE, FALSE, number));
-    if (process != nullptr)
+    const Windows::Handle opened(OpenProcess(PROCESS_TERMINATE, FALSE, process.number));
+    if (opened != nullptr)
     {
-        TerminateProcess(process.get(), 0);
+        TerminateProcess(opened.get(), 0);
     }
 }

@@ -12,6 +12,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/lustream.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/capturedoutput.h"
@@ -406,6 +407,30 @@ TEST_F(ArchiveRunChild, KeepsTheReportThatFindsTheDiskFull)
         }
     }
     ExpectOnlyThePage(text);
+}
+
+TEST_F(ArchiveRunChild, LeavesTheStylesheetToPagesThatCouldNotBeArchived)
+{
+    m_run.dataDir = m_folder.MakeFolder(L"reports");
+    const std::wstring archive = m_folder.WriteFile(L"neu/Ausgabe/Archive", "");
+    Execute();
+    LbOs::RemoveFile(archive);
+    const std::wstring folder = LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp" + LbPath::c_Separator;
+    LuStreamWriteBinaryFile(folder + L"LuTestSuite.css").Close();
+    LuStreamWriteBinaryFile(folder + L"LuTestSuite.js").Close();
+
+    Execute();
+
+    const std::vector<std::wstring> left = GetTemporaryFiles();
+    EXPECT_EQ(GetArchive().size(), 4U);
+    ASSERT_EQ(left.size(), 4U);
+    EXPECT_EQ(left[0], folder + L"LuTestSuite.css");
+    EXPECT_EQ(left[1], folder + L"LuTestSuite.js");
+}
+
+TEST_F(ArchiveRunChild, MayTakeEightHours)
+{
+    EXPECT_EQ(LuTestSuite::c_ArchiveTimeOutSec, 28800U);
 }
 
 TEST_F(ArchiveRunChild, KeepsItsReportsWithoutAnArchive)

@@ -124,6 +124,23 @@ TEST_F(BackgroundReaderThread, PassesFailuresOnAndReadsTheNext)
     EXPECT_EQ(m_reader.AwaitEnd(), content.size());
 }
 
+/// What was read counts, however much later than the failure it is asked for.
+TEST_F(BackgroundReaderThread, HandsOverWhatWasReadBeforeAFailure)
+{
+    const std::string content = makeContent(3 * c_Piece);
+    m_reader.Start(
+        [source = makeSource(content), calls = 0](void* buffer, std::size_t size) mutable {
+            return calls++ == 2 ? throw std::runtime_error("away") : source(buffer, size);
+        },
+        m_buffer.data(), content.size());
+    EXPECT_THROW(m_reader.AwaitEnd(), std::runtime_error);
+
+    EXPECT_EQ(m_reader.Await(1), 2 * c_Piece);
+    EXPECT_EQ(m_reader.Await(2 * c_Piece), 2 * c_Piece);
+    EXPECT_EQ(std::string_view(m_buffer.data(), 2 * c_Piece), std::string_view(content).substr(0, 2 * c_Piece));
+    EXPECT_THROW(m_reader.Await(2 * c_Piece + 1), std::runtime_error);
+}
+
 TEST_F(BackgroundReaderThread, WaitsAsLongAsItTakes)
 {
     LbEvent isWanted;

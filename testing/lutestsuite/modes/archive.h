@@ -38,8 +38,11 @@ std::vector<SArchiveRun> ReadArchiveRuns(const std::wstring& path, const LuTestS
 /// The child's arguments as one text.
 std::wstring GetArchiveRunArguments(const SArchiveRun& run, const STemporaryReports& reports);
 
+/// As long as the child process of an entry may take.
+inline constexpr std::uint32_t c_ArchiveTimeOutSec = 8 * 60 * 60;
+
 /// Carries out one entry; the child process may take `timeOutSec` seconds. Throws a German message as std::wstring when
 /// the entry names what does not exist.
-void ExecuteArchiveRun(SArchiveRun run, std::uint32_t timeOutSec);
+void ExecuteArchiveRun(SArchiveRun run, std::uint32_t timeOutSec = c_ArchiveTimeOutSec);
 
 } // namespace LuTestSuite

@@ -1,5 +1,8 @@
 /// One archive run: the child process, its reports, the archive.
 
+#include <algorithm>
+#include <string_view>
+
 #include "base/lbcommandline.h"
 #include "base/lbdatetime.h"
 #include "base/lbexception.h"
@@ -18,6 +21,8 @@ namespace
 
 using LuTestSuite::SArchiveRun;
 using LuTestSuite::STemporaryReports;
+
+constexpr std::wstring_view c_PageSuffix = L"-Report.html";
 
 [[noreturn]] void throwMissing(const std::wstring& directory)
 {
@@ -69,7 +74,7 @@ STemporaryReports makeTemporaryReports()
     const std::wstring folder = LuTestSuiteUtils::AddBackslash(LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp");
     LuTestSuiteUtils::AssertDirectory(folder);
     const std::wstring stem = folder + L"Temp-" + LbUniqueId::Generate();
-    return {stem + L"-Report.xml", stem + L"-Report.html"};
+    return {stem + L"-Report.xml", stem + std::wstring(c_PageSuffix)};
 }
 
 std::wstring getSuffix(const SArchiveRun& run)
@@ -97,8 +102,15 @@ bool moveReport(const std::wstring& report, const std::wstring& target)
     return false;
 }
 
+/// Whether a page that could not be archived stands there still, or another run's.
+bool hasPages(const std::wstring& folder)
+{
+    return std::ranges::any_of(LbFileSystem::GetFileNames(folder),
+                               [](const std::wstring& name) { return name.ends_with(c_PageSuffix); });
+}
+
 /// The style sheet and the script that the page links are written anew: the child's lie where other runs may take them
-/// away at any time.
+/// away at any time. They stay there as long as another page may need them.
 void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
 {
     try
@@ -110,9 +122,14 @@ void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
         LuTestSuite::WriteWarning(L"Fehler: %s\n", exception.GetMessageText());
         return;
     }
+    const std::wstring folder = LuTestSuiteUtils::GetPrunedPath(page);
+    if (hasPages(folder))
+    {
+        return;
+    }
     for (const wchar_t* const name : {LuTestSuite::c_StylesheetName, LuTestSuite::c_ScriptName})
     {
-        LbOs::RemoveFile(LuTestSuiteUtils::GetPrunedPath(page) + name);
+        LbOs::RemoveFile(folder + name);
     }
 }
 

@@ -9,7 +9,6 @@
 
 void LuTestSuiteUtils::RunArchiveMode(const LuTestSuiteSetup& setup)
 {
-    constexpr std::uint32_t c_TimeOutSec = 8 * 60 * 60;
     const std::size_t colon = setup.archiveRun.rfind(L':');
     const bool hasPath = colon != std::wstring::npos;
     const std::wstring path = hasPath ? setup.archiveRun.substr(0, colon) : std::wstring();
@@ -21,5 +20,5 @@ void LuTestSuiteUtils::RunArchiveMode(const LuTestSuiteSetup& setup)
         LuTestSuite::WriteWarning(L"Fehler: Run Eintrag '%s' nicht gefunden\n", name);
         return;
     }
-    LuTestSuite::ExecuteArchiveRun(*run, c_TimeOutSec);
+    LuTestSuite::ExecuteArchiveRun(*run);
 }

@@ -1,9 +1,7 @@
 /// The mode that finds data sets of identical content, and deletes all but the oldest of each.
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
-#include <ranges>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -11,14 +9,13 @@
 #include "base/lbdatetime.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
-#include "base/lbpath.h"
-#include "base/lbuniqueid.h"
-#include "base/lumurmurhash3.h"
 #include "base/os/clock.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/modes/deletion.h"
+#include "testing/lutestsuite/modes/duplicatesets.h"
 #include "testing/lutestsuite/modes/filechecksums.h"
 #include "testing/lutestsuite/utils/selection.h"
 #include "testing/lutestsuite/utils/utilsfailure.h"
@@ -27,25 +24,10 @@
 namespace
 {
 
-using Checksum = LuMurmurHash3::S128;
-
-struct SDataSet
-{
-    std::wstring unitTestPath;
-    std::wstring caseName;
-    std::wstring path;
-    Checksum checksum;
-    std::wstring modificationTime; ///< the order of these texts is the order of times
-};
-
-/// Data sets of one content, at least two, the one to keep first.
-using DuplicateSet = std::vector<SDataSet>;
-
-struct SDuplicates
-{
-    std::wstring unitTestPath;
-    std::vector<DuplicateSet> sets;
-};
+using LuTestSuite::Checksum;
+using LuTestSuite::DuplicateSet;
+using LuTestSuite::SDataSet;
+using LuTestSuite::SDuplicates;
 
 struct SChecksumHash
 {
@@ -149,120 +131,7 @@ std::size_t countRedundant(const SDuplicates& duplicates)
     return count;
 }
 
-/// The links below a directory, those of cases that were not selected, too. Linked folders are not looked into.
-std::vector<std::wstring> findLinks(const std::wstring& directory)
-{
-    std::vector<std::wstring> links;
-    std::vector<std::wstring> folders;
-    LbOs::VisitDirectory(directory, [&](const LbOs::SDirectoryEntry& entry) {
-        if (entry.isLink)
-        {
-            links.push_back(directory + entry.name);
-        }
-        else if (entry.isDirectory)
-        {
-            folders.push_back(LbPath::WithSeparator(directory + entry.name));
-        }
-    });
-    for (const std::wstring& folder : folders)
-    {
-        std::ranges::copy(findLinks(folder), std::back_inserter(links));
-    }
-    return links;
-}
-
-/// Deletes what is redundant and nothing else, however links lead from one place to another.
-class CDeletion
-{
-public:
-    /// Looks at all sets before anything is deleted: a file may be redundant in its own set and kept by another's link.
-    CDeletion(const std::vector<SDuplicates>& results, const std::wstring& dataDir)
-        : m_dataDirectory(LuTestSuiteUtils::AddBackslash(LbOs::GetFullPath(dataDir))),
-          m_canonicalDirectory(LbPath::WithSeparator(LbOs::GetCanonicalPath(m_dataDirectory)))
-    {
-        std::unordered_set<std::wstring> redundant;
-        for (const SDuplicates& duplicates : results)
-        {
-            for (const DuplicateSet& set : duplicates.sets)
-            {
-                addKept(set.front().path);
-                std::ranges::for_each(set | std::views::drop(1),
-                                      [&redundant](const SDataSet& dataSet) { redundant.insert(dataSet.path); });
-            }
-        }
-        for (const std::wstring& link : findLinks(m_dataDirectory))
-        {
-            if (!redundant.contains(link))
-            {
-                addKept(link);
-            }
-        }
-    }
-
-    /// False when it failed, or must not be.
-    bool Delete(const SDataSet& dataSet, const SDataSet& kept) const
-    {
-        if (!LbFileSystem::IsFile(kept.path) || !isInOwnFolder(dataSet))
-        {
-            return false;
-        }
-        if (LbOs::IsLink(dataSet.path))
-        {
-            return deleteLink(dataSet.path);
-        }
-        return !m_keptFiles.contains(LbOs::GetCanonicalPath(dataSet.path)) && LbOs::RemoveFile(dataSet.path);
-    }
-
-private:
-    void addKept(const std::wstring& path)
-    {
-        m_keptFiles.insert(LbOs::GetCanonicalPath(path));
-        if (LbOs::IsLink(path))
-        {
-            m_keptLinks.push_back(path);
-        }
-    }
-
-    /// What a link between the data directory and the file leads to belongs to somebody else.
-    bool isInOwnFolder(const SDataSet& dataSet) const
-    {
-        if (m_canonicalDirectory.empty() || !dataSet.unitTestPath.starts_with(m_dataDirectory))
-        {
-            return false;
-        }
-        const std::wstring ownFolder = m_canonicalDirectory + dataSet.unitTestPath.substr(m_dataDirectory.size());
-        return LbPath::WithSeparator(LbOs::GetCanonicalPath(LbPath::GetParent(dataSet.path))) == ownFolder;
-    }
-
-    /// Whether a kept link leads through this one shows when this one is away.
-    bool deleteLink(const std::wstring& path) const
-    {
-        std::vector<std::wstring> intact;
-        std::ranges::copy_if(m_keptLinks, std::back_inserter(intact), LbFileSystem::IsFile);
-        if (intact.empty())
-        {
-            return LbOs::RemoveFile(path);
-        }
-        const std::wstring aside = path + L"." + LbUniqueId::Generate();
-        if (!LbOs::RenameFile(path, aside))
-        {
-            return false;
-        }
-        if (std::ranges::all_of(intact, LbFileSystem::IsFile) && LbOs::RemoveFile(aside))
-        {
-            return true;
-        }
-        LbOs::RenameFile(aside, path);
-        return false;
-    }
-
-    std::wstring m_dataDirectory; ///< as the paths of unit tests begin
-    std::wstring m_canonicalDirectory;
-    std::unordered_set<std::wstring> m_keptFiles; ///< canonical: of a link what it leads to
-    std::vector<std::wstring> m_keptLinks;
-};
-
-void deleteDuplicates(const DuplicateSet& set, const CDeletion& deletion)
+void deleteDuplicates(const DuplicateSet& set, LuTestSuite::CDeletion& deletion)
 {
     if (set.size() < 2)
     {
@@ -292,7 +161,7 @@ void listDuplicates(const DuplicateSet& set)
 }
 
 /// Without a deletion the sets are listed.
-void writeSets(const SDuplicates& duplicates, const std::optional<CDeletion>& deletion)
+void writeSets(const SDuplicates& duplicates, std::optional<LuTestSuite::CDeletion>& deletion)
 {
     if (duplicates.sets.empty())
     {
@@ -335,9 +204,13 @@ void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTe
     {
         return;
     }
-    const auto deletion = setup.duplicateMode == eDM_Delete
-                              ? std::optional<CDeletion>(std::in_place, results, setup.dataDir)
-                              : std::nullopt;
+    std::optional<LuTestSuite::CDeletion> deletion;
+    // Without anything to delete there is nothing to search for, least of all where no directory was named.
+    if (setup.duplicateMode == eDM_Delete && redundantCount > 0)
+    {
+        deletion.emplace(results, setup.dataDir);
+        deletion->DeleteLinks();
+    }
     for (const SDuplicates& duplicates : results)
     {
         writeSets(duplicates, deletion);

@@ -55,23 +55,21 @@ void LuTestSuiteUtils::ExecuteWithTimeout(const std::wstring& executable, const 
 
 void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
 {
-    const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
+    std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
     if (processes.empty())
     {
         LuTestSuite::WriteWarning(L"Warnung: Prozess Snapshot konnte nicht erstellt werden.\n");
         return;
     }
-    std::vector<unsigned long> numbers;
+    // Those that the system does not name are not meant by an empty name.
+    std::erase_if(processes, [&exeName](const LbOs::SProcess& process) {
+        return process.executableName.empty() || process.executableName != exeName;
+    });
     for (const LbOs::SProcess& process : processes)
     {
-        // Those that the system does not name are not meant by an empty name.
-        if (!process.executableName.empty() && process.executableName == exeName)
-        {
-            numbers.push_back(process.number);
-            LuTestSuiteOut::Write(L"Aktiver Prozess %s gefunden. Wird terminiert.\n", exeName);
-        }
+        LuTestSuiteOut::Write(L"Aktiver Prozess %s gefunden. Wird terminiert.\n", process.executableName);
     }
-    std::ranges::for_each(numbers, LbOs::KillProcess);
+    std::ranges::for_each(processes, LbOs::KillProcess);
 }
 
 bool LuTestSuiteUtils::CheckForSameParentProcess()

@@ -13,6 +13,7 @@
 #include "base/os/testaids.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 
 namespace
 {
@@ -127,6 +128,23 @@ TEST(OsChildProcess, IsAProgramFromTheCallersFolderWhereverItWorks)
 
     EXPECT_EQ(getStatus(*named), 5);
     EXPECT_EQ(getStatus(*lookedUp), 5);
+}
+
+/// Which is not the root.
+TEST(OsChildProcess, IsNoProgramFromAFolderThatIsGone)
+{
+    const ScopedFolder folder;
+    const std::wstring gone = LbPath::WithoutSeparator(folder.MakeFolder(L"weg"));
+    const ScopedWorkingDirectory place(gone);
+    if (!LbOs::RemoveEmptyDirectory(gone))
+    {
+        GTEST_SKIP() << "working directories cannot be removed here";
+    }
+    LbOs::SChildOptions options = GetProbeOptions(L"exit 5");
+    ASSERT_TRUE(options.program.starts_with(L'/'));
+    options.program.erase(0, 1);
+
+    EXPECT_EQ(CChildProcess::Start(options), nullptr);
 }
 
 TEST(OsChildProcess, LooksItsProgramUpWhenOnlyTheCommandLineNamesIt)

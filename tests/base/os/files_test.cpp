@@ -9,10 +9,12 @@
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
+#include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/testaids.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 
 namespace
 {
@@ -126,6 +128,63 @@ TEST(OsFiles, FullPathTakesTheParentThatTheSystemTakes)
 
     EXPECT_EQ(LbOs::GetFullPath(folder.GetPathOf(L"link/../inner")), folder.GetPathOf(L"target/inner"));
     EXPECT_EQ(LbOs::GetFullPath(L"/../.."), L"/");
+}
+
+TEST(OsFiles, FullPathOfARelativeOneNeedsAWorkingDirectory)
+{
+    const ScopedFolder folder;
+    const std::wstring gone = LbPath::WithoutSeparator(folder.MakeFolder(L"weg"));
+    const ScopedWorkingDirectory place(gone);
+    if (!LbOs::RemoveEmptyDirectory(gone))
+    {
+        GTEST_SKIP() << "working directories cannot be removed here";
+    }
+    EXPECT_EQ(LbOs::GetWorkingDirectory(), L"");
+    EXPECT_THROW(LbOs::GetFullPath(L"."), LbException);
+    EXPECT_THROW(LbOs::GetFullPath(L"a/b"), LbException);
+    EXPECT_EQ(LbOs::GetFullPath(L""), L"");
+    EXPECT_EQ(LbOs::GetFullPath(L"/a/./b"), L"/a/b");
+}
+
+TEST(OsFiles, TellsLinksFromWhatTheyLeadTo)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"Ordner/Datei", "x");
+    const std::wstring link = folder.GetPathOf(L"Ordner/Verweis");
+    const std::wstring dangling = folder.GetPathOf(L"ins Leere");
+    const std::wstring directory = folder.GetPathOf(L"Abkürzung");
+    if (!LbOs::MakeLink(link, L"Datei") || !LbOs::MakeLink(dangling, folder.GetPathOf(L"fehlt")) ||
+        !LbOs::MakeLink(directory, L"Ordner"))
+    {
+        GTEST_SKIP() << "links cannot be made here";
+    }
+    EXPECT_TRUE(LbOs::IsLink(link) && LbOs::IsLink(dangling) && LbOs::IsLink(directory));
+    EXPECT_EQ(LbOs::QueryEntry(link), LbOs::EEntry::File);
+    EXPECT_EQ(LbOs::QueryEntry(dangling), LbOs::EEntry::Missing);
+    EXPECT_EQ(LbOs::QueryEntry(directory), LbOs::EEntry::Directory);
+
+    const std::wstring place = LbOs::GetCanonicalPlace(directory + LbPath::ToNative(L"/Verweis"));
+    EXPECT_EQ(place, LbOs::GetCanonicalPlace(link));
+    EXPECT_EQ(LbPath::GetLastComponent(place), L"Verweis");
+    EXPECT_EQ(LbPath::GetLastComponent(LbOs::GetCanonicalPath(link)), L"Datei");
+    EXPECT_TRUE(LbOs::AreSameFile(LbOs::GetLinkTarget(place), file));
+    EXPECT_EQ(LbPath::GetLastComponent(LbOs::GetLinkTarget(dangling)), L"fehlt");
+    EXPECT_EQ(LbPath::GetLastComponent(LbOs::GetLinkTarget(directory)), L"Ordner");
+}
+
+TEST(OsFiles, TakesNothingElseForALink)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.WriteFile(L"Ordner/Datei", "x");
+    for (const std::wstring& path : {file, folder.GetPathOf(L"Ordner"), folder.GetPathOf(L"fehlt"), std::wstring()})
+    {
+        EXPECT_FALSE(LbOs::IsLink(path));
+        EXPECT_EQ(LbOs::GetLinkTarget(path), L"");
+        EXPECT_EQ(LbOs::GetCanonicalPlace(path), LbOs::GetCanonicalPath(path));
+    }
+    EXPECT_EQ(LbPath::GetLastComponent(LbOs::GetCanonicalPlace(file)), L"Datei");
+    EXPECT_EQ(LbOs::GetCanonicalPlace(folder.GetPathOf(L"fehlt")), L"");
+    EXPECT_EQ(LbOs::GetCanonicalPlace(folder.GetPathOf(L"Ordner/../Ordner/Datei")), LbOs::GetCanonicalPlace(file));
 }
 
 TEST(OsFiles, KeepsNamesThatAreNoText)

@@ -7,9 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbcommandline.h"
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
+#include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/files.h"
+#include "tests/support/probe.h"
+#include "tests/support/scopedfolder.h"
 
 namespace
 {
@@ -33,6 +38,24 @@ TEST(OsProcess, KnowsTheProgramAmongItsArguments)
     const auto result = LbOs::GetArguments(1, arguments);
     ASSERT_FALSE(result.empty());
     EXPECT_TRUE(LbPath::GetLastComponent(LbOs::GetExecutablePath()).starts_with(LbPath::GetLastComponent(result[0])));
+}
+
+TEST(OsProcess, KnowsTheProgramWhateverPartsOfItsNameAreQuoted)
+{
+    const ScopedFolder folder;
+    const std::wstring file = folder.GetPathOf(L"Datei");
+    for (const wchar_t* const name : {L"Ordner/\"mit Blank\"/Programm", L"\"Ordner/mit Blank\"/Programm",
+                                      L"\"Ordner/mit Blank/Programm\"", L"Ordner/mit\" \"Blank/Pro\"\"gramm"})
+    {
+        LbOs::SChildOptions options = GetProbeOptions(L"");
+        options.commandLine = name + std::wstring(L" arguments ") + LbCommandLine::Quote(file) + L" --nope";
+        const auto child = LbOs::CChildProcess::Start(options);
+        ASSERT_NE(child, nullptr);
+        ASSERT_TRUE(child->Wait());
+        EXPECT_TRUE(LbFileSystem::ReadFile8Bit(file).starts_with("Ordner/mit Blank/Programm\narguments\n" +
+                                                                 LbEncoding::ToUtf8(file) + "\n--nope\n"))
+            << LbFileSystem::ReadFile8Bit(file);
+    }
 }
 
 TEST(OsProcess, RunsAFunctionOnAnotherThread)

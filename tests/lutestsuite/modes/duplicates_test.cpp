@@ -1,5 +1,8 @@
 #include "tests/lutestsuite/modes/duplicatestest.h"
 
+#include "base/lbexception.h"
+#include "tests/support/scopedworkingdirectory.h"
+
 namespace
 {
 
@@ -208,6 +211,118 @@ TEST_F(Duplicates, LeaveOutFilesThatAreTooLong)
     EXPECT_EQ(Detect(eDM_Delete), GetCheck() + GetSummary(1, 0));
     EXPECT_TRUE(LbFileSystem::IsFile(a));
     EXPECT_TRUE(LbFileSystem::IsFile(b));
+}
+
+/// A file without its bytes, of a length at which there is no memory for them: it is read, or passed over without a
+/// word.
+class DuplicateLengths : public DuplicatesTest
+{
+protected:
+    /// What the search prints for a file of that length; none where memory cannot be limited.
+    std::optional<bool> IsRead(std::uint64_t length)
+    {
+        constexpr std::size_t c_Limit = std::size_t{256} << 20U;
+        constexpr int c_Unlimited = 2;
+        const std::wstring path = Write(L"a.txt", "");
+        std::filesystem::resize_file(std::filesystem::path(path), length);
+        const std::wstring failure = L"Fehler während Einlesen von Datei " + path + L"\n";
+        const std::optional<int> status = LbOs::RunInFork([&] {
+            if (!LbOs::LimitMemory(c_Limit))
+            {
+                return c_Unlimited;
+            }
+            const std::wstring text = Detect(eDM_List);
+            EXPECT_TRUE(text.ends_with(GetSummary(1, 0)));
+            return text.find(failure) != std::wstring::npos ? 0 : 1;
+        });
+        return !status || status == c_Unlimited ? std::nullopt : std::optional(status == 0);
+    }
+};
+
+TEST_F(DuplicateLengths, AreThoseOfThirtyTwoBits)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers need address space without limits";
+#endif
+    const std::optional<bool> isLongestRead = IsRead(0xFFFFFFFF);
+    if (!isLongestRead)
+    {
+        GTEST_SKIP() << "processes do not fork here, or have memory without limits";
+    }
+
+    EXPECT_EQ(isLongestRead, true);
+    EXPECT_EQ(IsRead(0x100000000), false);
+}
+
+/// The longest comes after another large one, for which there is no memory beside it.
+TEST_F(Duplicates, NeedMemoryForTheLongestFileOnly)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers need address space without limits";
+#endif
+    constexpr std::size_t c_MegaByte = 1024 * 1024;
+    constexpr std::size_t c_Longest = 80 * c_MegaByte;
+    constexpr int c_Unlimited = 2;
+    int number = 0;
+    for (const std::size_t size : {64 * c_MegaByte, c_MegaByte, c_Longest, 72 * c_MegaByte, c_MegaByte, c_Longest})
+    {
+        const std::wstring path = Write(LbFormat(L"%d.txt", ++number), "x");
+        std::filesystem::resize_file(std::filesystem::path(path), size);
+    }
+
+    const std::optional<int> status = LbOs::RunInFork([&] {
+        if (!LbOs::LimitMemory(c_Longest + 40 * c_MegaByte))
+        {
+            return c_Unlimited;
+        }
+        return Detect(eDM_List).ends_with(GetSummary(1, 2)) ? 0 : 1;
+    });
+    if (!status || status == c_Unlimited)
+    {
+        GTEST_SKIP() << "processes do not fork here, or have memory without limits";
+    }
+    EXPECT_EQ(status, 0);
+}
+
+/// Everything could be meant by a relative path when nobody knows where it begins.
+TEST_F(Duplicates, AreNoneOfAWorkingDirectoryThatIsGone)
+{
+    const ScopedFolder parent;
+    const std::wstring gone = LbPath::WithoutSeparator(parent.MakeFolder(L"weg"));
+    const ScopedWorkingDirectory place(gone);
+    if (!LbOs::RemoveEmptyDirectory(gone))
+    {
+        GTEST_SKIP() << "working directories cannot be removed here";
+    }
+    for (const wchar_t* const directory : {L".", L"./", L"..", L"weg"})
+    {
+        LuTestSuiteSetup setup = MakeSetup(directory);
+        setup.duplicateMode = eDM_Delete;
+        try
+        {
+            Detect(setup);
+            ADD_FAILURE() << "no exception";
+        }
+        catch (const LbException& exception)
+        {
+            EXPECT_EQ(exception.GetMessageText(),
+                      LbFormat(L"Das Arbeitsverzeichnis für den Pfad %s ist nicht bekannt", directory));
+        }
+    }
+    Write(L"a.txt", "gut");
+    Write(L"b.txt", "gut");
+    EXPECT_TRUE(Detect(eDM_Delete).ends_with(GetSummary(1, 1)));
+}
+
+/// With a separator it would be the root of all.
+TEST_F(Duplicates, AreNoneOfNoDirectory)
+{
+    LuTestSuiteSetup setup = MakeSetup(L"");
+    setup.duplicateMode = eDM_Delete;
+
+    EXPECT_EQ(Detect(setup), L"\nDurchsuchtes Datenverzeichnis: \n"
+                             L"Gefundene Unittest-Klassen: 0\n"
+                             L"Redundante Datensätze darin: 0\n");
 }
 
 TEST_F(Duplicates, ReportHeldFilesThatCannotBeReadAndGoOn)

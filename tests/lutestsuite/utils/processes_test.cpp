@@ -333,4 +333,27 @@ TEST(OsProcesses, HoldThePresentOne)
     EXPECT_EQ(LbOs::GetProcessExecutableName(own->number), own->executableName);
 }
 
+/// Its number may have become another's after it was listed.
+TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
+{
+    if (LbPath::c_Separator == L'\\')
+    {
+        GTEST_SKIP() << "processes go by their numbers here";
+    }
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    const std::vector<unsigned long> numbers = LbOs::ListChildren();
+    ASSERT_FALSE(numbers.empty());
+    for (const unsigned long number : numbers)
+    {
+        LbOs::KillProcess({number, L"anders"});
+    }
+    EXPECT_TRUE(child->IsRunning());
+    for (const unsigned long number : numbers)
+    {
+        LbOs::KillProcess({number, L"processprobe"});
+    }
+    EXPECT_TRUE(child->Wait(c_Long));
+}
+
 } // namespace

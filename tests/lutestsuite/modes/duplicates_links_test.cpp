@@ -1,0 +1,243 @@
+// What links make of a deletion.
+
+#include <filesystem>
+
+#include "tests/lutestsuite/modes/duplicatestest.h"
+
+namespace
+{
+
+/// Data sets of two unit tests, "1" and "2", and links between them.
+class DuplicateLinks : public DuplicatesTest
+{
+protected:
+    void SetUp() override
+    {
+        m_folder.MakeFolder(L"1/CDataSetModel");
+        m_folder.MakeFolder(L"2/CDataSetModel");
+        if (!LbOs::MakeLink(m_folder.GetPathOf(L"Probe"), L"1"))
+        {
+            GTEST_SKIP() << "links cannot be made here";
+        }
+        LbOs::RemoveFile(m_folder.GetPathOf(L"Probe"));
+    }
+
+    std::wstring WriteAt(const std::wstring& name, int age, const std::string& content = "gut") const
+    {
+        const std::wstring path = m_folder.WriteFile(name, content);
+        SetAge(path, age);
+        return path;
+    }
+
+    std::wstring LinkAt(const std::wstring& name, const std::wstring& target) const
+    {
+        const std::wstring path = m_folder.GetPathOf(name);
+        EXPECT_TRUE(LbOs::MakeLink(path, target)) << LbEncoding::ToUtf8(path);
+        return path;
+    }
+
+    static std::wstring Refusal(const std::wstring& path)
+    {
+        return L"Fehler während Löschen von Datei " + path + L"\n";
+    }
+
+    static bool Has(const std::wstring& text, const std::wstring& part)
+    {
+        return text.find(part) != std::wstring::npos;
+    }
+};
+
+TEST_F(DuplicateLinks, InLinkedFoldersKeepWhatTheyLeadTo)
+{
+    WriteAt(L"1/CDataSetModel/x1.txt", 200);
+    const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
+    const ScopedFolder elsewhere;
+    elsewhere.MakeFolder(L"CDataSetModel");
+    const std::wstring link = elsewhere.GetPathOf(L"CDataSetModel/k.txt");
+    ASSERT_TRUE(LbOs::MakeLink(link, target));
+    LinkAt(L"Gemeinsam", LbPath::WithoutSeparator(elsewhere.GetPath()));
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_TRUE(Has(text, L"    x1.txt... [KEEP]\n" + Refusal(target))) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+}
+
+TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepWhatTheyLeadTo)
+{
+    WriteAt(L"1/CDataSetModel/x1.txt", 200);
+    const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
+    const ScopedFolder elsewhere;
+    const ScopedFolder farther;
+    const std::wstring link = farther.GetPathOf(L"k.txt");
+    ASSERT_TRUE(LbOs::MakeLink(link, target));
+    ASSERT_TRUE(LbOs::MakeLink(elsewhere.GetPathOf(L"weiter"), LbPath::WithoutSeparator(farther.GetPath())));
+    // A way back, which must not be gone for ever.
+    ASSERT_TRUE(LbOs::MakeLink(elsewhere.GetPathOf(L"zurück"), LbPath::WithoutSeparator(m_folder.GetPath())));
+    LinkAt(L"Gemeinsam", LbPath::WithoutSeparator(elsewhere.GetPath()));
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_TRUE(Has(text, Refusal(target))) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+}
+
+/// The link is redundant, but it stands in a folder that is not the unit test's own.
+TEST_F(DuplicateLinks, ThatMustNotBeDeletedKeepWhatTheyLeadTo)
+{
+    WriteAt(L"1/CDataSetModel/x1.txt", 200);
+    const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
+    const ScopedFolder elsewhere;
+    SetAge(elsewhere.WriteFile(L"CDataSetModel/a.txt", "gut"), 300);
+    const std::wstring link = elsewhere.GetPathOf(L"CDataSetModel/k.txt");
+    ASSERT_TRUE(LbOs::MakeLink(link, target));
+    LinkAt(L"Gemeinsam", LbPath::WithoutSeparator(elsewhere.GetPath()));
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_TRUE(Has(text, Refusal(m_folder.GetPathOf(L"Gemeinsam/CDataSetModel/k.txt")))) << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(Has(text, Refusal(target))) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+}
+
+TEST_F(DuplicateLinks, InAReadOnlyFolderKeepWhatTheyLeadTo)
+{
+    WriteAt(L"1/CDataSetModel/x1.txt", 200);
+    const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
+    WriteAt(L"2/CDataSetModel/a.txt", 300);
+    const std::wstring link = LinkAt(L"2/CDataSetModel/k.txt", target);
+    const std::wstring probe = m_folder.GetPathOf(L"2/CDataSetModel/Probe");
+    const std::filesystem::path folder(m_folder.GetPathOf(L"2/CDataSetModel"));
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_write, std::filesystem::perm_options::remove);
+    const LbOs::FileHandle written = LbOs::OpenForWriting(probe);
+    LbOs::CloseFile(written);
+
+    const std::wstring text = written == LbOs::c_InvalidFile ? Detect(eDM_Delete) : std::wstring();
+
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
+    if (written != LbOs::c_InvalidFile)
+    {
+        GTEST_SKIP() << "the present user may write everywhere";
+    }
+    EXPECT_TRUE(Has(text, Refusal(link))) << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(Has(text, Refusal(target))) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+}
+
+/// In the order of the sets the file would go first.
+TEST_F(DuplicateLinks, ThatAreRedundantGoBeforeTheFilesThatTheyLeadTo)
+{
+    WriteAt(L"1/CDataSetModel/x1.txt", 200);
+    const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
+    WriteAt(L"2/CDataSetModel/a.txt", 300);
+    const std::wstring link = LinkAt(L"2/CDataSetModel/k.txt", target);
+    WriteAt(L"1/CDataSetModel/x3.txt", 100);
+    const std::wstring own = LinkAt(L"1/CDataSetModel/x4.txt", L"x3.txt");
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_FALSE(Has(text, L"Fehler")) << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(Has(text, L"    x1.txt... [KEEP]\n    x2.txt... [DELETED]\n    x3.txt... [DELETED]\n"
+                          L"    x4.txt... [DELETED]\n"))
+        << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(Has(text, L"    a.txt... [KEEP]\n    k.txt... [DELETED]\n")) << LbEncoding::ToUtf8(text);
+    EXPECT_FALSE(LbOs::IsLink(link) || LbOs::IsLink(own) || LbFileSystem::Exists(target));
+}
+
+/// Each leads through the next one, whatever the order of their names.
+TEST_F(DuplicateLinks, ThatAreRedundantGoWhenNoneLeadsThroughThemAnyMore)
+{
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    WriteAt(L"1/CDataSetModel/d.txt", 100);
+    LinkAt(L"1/CDataSetModel/c.txt", L"d.txt");
+    LinkAt(L"1/CDataSetModel/e.txt", L"c.txt");
+    LinkAt(L"1/CDataSetModel/b.txt", L"e.txt");
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_FALSE(Has(text, L"Fehler")) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"1/CDataSetModel/")), std::vector<std::wstring>{L"a.txt"});
+}
+
+/// The kept one leads to a link that stands elsewhere, and that one back through a linked folder.
+TEST_F(DuplicateLinks, OnTheWayOfAKeptOneStay)
+{
+    const ScopedFolder elsewhere;
+    const std::wstring file = elsewhere.WriteFile(L"x.txt", "gut");
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    SetAge(file, 100);
+    const std::wstring way = LinkAt(L"1/CDataSetModel/b.txt", file);
+    LinkAt(L"Umweg", L"1");
+    const std::wstring middle = elsewhere.GetPathOf(L"y.txt");
+    ASSERT_TRUE(LbOs::MakeLink(middle, m_folder.GetPathOf(L"Umweg/CDataSetModel/b.txt")));
+    const std::wstring kept = LinkAt(L"2/CDataSetModel/k.txt", middle);
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_TRUE(Has(text, Refusal(way))) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(kept), "gut");
+}
+
+TEST_F(DuplicateLinks, ThatLeadNowhereHinderNothing)
+{
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
+    LinkAt(L"1/CDataSetModel/c.txt", L"fehlt");
+    LinkAt(L"1/CDataSetModel/d.txt", LbPath::ToNative(L"fehlt/auch.txt"));
+    LinkAt(L"1/CDataSetModel/e.txt", L"e.txt");
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_FALSE(Has(text, L"Fehler")) << LbEncoding::ToUtf8(text);
+    EXPECT_FALSE(LbFileSystem::Exists(copy));
+}
+
+/// As long as a name can be; there is no room for another one beside it.
+TEST_F(DuplicateLinks, OfTheLongestNameAreDeleted)
+{
+    const std::wstring file = WriteAt(L"1/CDataSetModel/a.txt", 300);
+    const std::wstring link = LinkAt(L"1/CDataSetModel/" + std::wstring(251, L'x') + L".txt", file);
+    LinkAt(L"2/CDataSetModel/k.txt", file);
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_FALSE(Has(text, L"Fehler")) << LbEncoding::ToUtf8(text);
+    EXPECT_FALSE(LbOs::IsLink(link));
+}
+
+/// A link to a folder that nobody can enter is a folder that cannot be read.
+TEST_F(DuplicateLinks, ThatCannotBeLookedForLetNothingBeDeleted)
+{
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
+    const std::wstring closed = m_folder.MakeFolder(L"zu");
+    const std::filesystem::path folder(LbPath::WithoutSeparator(closed));
+    std::filesystem::permissions(folder, std::filesystem::perms::none);
+    const bool isOpen = LbOs::VisitDirectory(closed, [](const LbOs::SDirectoryEntry&) {});
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+    if (isOpen)
+    {
+        GTEST_SKIP() << "the present user may read everywhere";
+    }
+    EXPECT_TRUE(Has(text, L"Fehler: " + closed + L" konnte nicht gelesen werden, deshalb wird nichts gelöscht.\n"))
+        << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(Has(text, L"    a.txt... [KEEP]\n" + Refusal(copy))) << LbEncoding::ToUtf8(text);
+    EXPECT_TRUE(LbFileSystem::Exists(copy));
+}
+
+TEST_F(DuplicateLinks, AreNotLookedForWhenNothingIsToBeDeleted)
+{
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    const std::filesystem::path folder(LbPath::WithoutSeparator(m_folder.MakeFolder(L"zu")));
+    std::filesystem::permissions(folder, std::filesystem::perms::none);
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+    EXPECT_FALSE(Has(text, L"Fehler")) << LbEncoding::ToUtf8(text);
+}
+
+} // namespace
