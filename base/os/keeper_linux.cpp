@@ -3,11 +3,14 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <new>
 
 #include <poll.h>
+#include <sys/ipc.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/shm.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -22,23 +25,36 @@ namespace
 /// Shared with the keeper, and all zero at first.
 struct SBooks
 {
-    KeptGroup groups[c_KeptGroups];
+    SKeptGroup groups[c_KeptGroups];
     SKeptFile files[c_KeptFiles];
 };
 
-void clean(SBooks& books)
+/// Removes what the owner had no time to: else it goes by itself.
+void removeMemory(const char* path, pid_t owner)
 {
-    for (const KeptGroup& group : books.groups)
+    const int segment = shmget(ToMemoryKey(path), 0, 0);
+    shmid_ds status = {};
+    if (segment >= 0 && shmctl(segment, IPC_STAT, &status) == 0 && status.shm_cpid == owner)
     {
-        if (const pid_t number = group.load(); number > 0)
+        shmctl(segment, IPC_RMID, nullptr);
+    }
+}
+
+void clean(SBooks& books, pid_t owner)
+{
+    for (const SKeptGroup& group : books.groups)
+    {
+        // By now others may have waited for the process, and the system may have given its number to another one.
+        if (const pid_t process = group.process; process > 0 && !HasStartedAfter(process, group.entered))
         {
-            EndProcessTree(number);
+            EndProcessTree(process);
         }
     }
     for (const SKeptFile& file : books.files)
     {
         if (file.state.load() == SKeptFile::eS_Kept)
         {
+            removeMemory(file.path, owner);
             unlink(file.path);
         }
     }
@@ -70,7 +86,7 @@ int keepOnly(int file)
     {
         poll(&waiting, 1, waiting.fd < 0 ? c_LookInterval : c_LookInterval * 10);
     }
-    clean(books);
+    clean(books, owner);
     _exit(0);
 }
 
@@ -106,13 +122,13 @@ SBooks* getBooks()
 
 } // namespace
 
-KeptGroup* TakeKeptGroup()
+SKeptGroup* TakeKeptGroup()
 {
     SBooks* const books = getBooks();
     for (std::size_t index = 0; books != nullptr && index < c_KeptGroups; ++index)
     {
         pid_t free = 0;
-        if (books->groups[index].compare_exchange_strong(free, -1))
+        if (books->groups[index].process.compare_exchange_strong(free, -1))
         {
             return &books->groups[index];
         }
@@ -120,12 +136,32 @@ KeptGroup* TakeKeptGroup()
     return nullptr;
 }
 
-void ReleaseKeptGroup(KeptGroup* group) noexcept
+void ReleaseKeptGroup(SKeptGroup* group) noexcept
 {
     if (group != nullptr)
     {
-        *group = 0;
+        group->process = 0;
     }
+}
+
+void EnterKeptGroup(SKeptGroup& group) noexcept
+{
+    constexpr std::int64_t c_NanosecondsPerSecond = 1'000'000'000;
+    timespec now = {};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    group.entered = now.tv_sec * c_NanosecondsPerSecond + now.tv_nsec;
+    group.process = getpid();
+}
+
+int ToMemoryKey(const char* path) noexcept
+{
+    std::uint32_t hash = 2166136261U;
+    for (const char* character = path; *character != '\0'; ++character)
+    {
+        hash = (hash ^ static_cast<unsigned char>(*character)) * 16777619U;
+    }
+    // 0 stands for no key.
+    return static_cast<int>(hash | 1U);
 }
 
 SKeptFile* KeepFile(const char* path)

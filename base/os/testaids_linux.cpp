@@ -15,6 +15,7 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/shm.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -264,9 +265,21 @@ bool LbOs::SetSignalsForbidden(bool areForbidden)
 bool LbOs::IsForOwnUserOnly(const std::wstring& name)
 {
     constexpr mode_t c_OthersRights = 0077;
+    const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
     struct stat status = {};
-    return stat(("/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name)).c_str(), &status) == 0 &&
-           status.st_uid == geteuid() && (status.st_mode & c_OthersRights) == 0;
+    if (lstat(path.c_str(), &status) != 0 || status.st_uid != geteuid())
+    {
+        return false;
+    }
+    if (!S_ISLNK(status.st_mode))
+    {
+        return (status.st_mode & c_OthersRights) == 0;
+    }
+    // Of memory the link ends in the number.
+    shmid_ds memory = {};
+    const int number = std::stoi(std::filesystem::read_symlink(path).filename().native());
+    return shmctl(number, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
+           (memory.shm_perm.mode & c_OthersRights) == 0;
 }
 
 std::vector<std::wstring> LbOs::GetOwnArguments()
