@@ -1,11 +1,13 @@
 #include "base/os/keeper_linux.h"
 
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <ctime>
 #include <new>
 
+#include <linux/futex.h>
 #include <poll.h>
 #include <sys/ipc.h>
 #include <sys/mman.h>
@@ -25,6 +27,7 @@ namespace
 /// Shared with the keeper, and all zero at first.
 struct SBooks
 {
+    std::atomic<int> isReady; ///< the keeper can no longer be taken for anything else
     SKeptGroup groups[c_KeptGroups];
     SKeptFile files[c_KeptFiles];
 };
@@ -78,6 +81,8 @@ int keepOnly(int file)
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
     prctl(PR_SET_NAME, c_KeeperName);
+    books.isReady = 1;
+    syscall(SYS_futex, &books.isReady, FUTEX_WAKE, 1, nullptr, nullptr, 0);
     [[maybe_unused]] const int left = chdir("/");
     pollfd waiting = {keepOnly(ownerFile), POLLIN, 0};
     // By the parent's number and not by the handle alone: once it has changed, no child-to-be can take the owner for
@@ -109,6 +114,13 @@ SBooks* startKeeper()
     if (ownerFile >= 0)
     {
         close(ownerFile);
+    }
+    // Whoever ends the present process with all that belongs to it knows the keeper by its name and session. It may
+    // take a while where there is much else to do, but not for ever.
+    constexpr timespec c_Longest = {1, 0};
+    while (keeper > 0 && books->isReady == 0 &&
+           syscall(SYS_futex, &books->isReady, FUTEX_WAIT, 0, &c_Longest, nullptr, 0) != 0 && errno == EINTR)
+    {
     }
     return keeper > 0 ? books : nullptr;
 }

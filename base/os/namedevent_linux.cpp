@@ -133,6 +133,8 @@ bool CNamedEvent::Reset()
 
 EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* child)
 {
+    // Where another process's handle has the closed one's number, only a look from time to time shows the end.
+    constexpr std::int64_t c_LookInterval = 1000;
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
     bool hasFailed = false;
@@ -140,7 +142,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
     {
         const int childFile = child == nullptr ? -1 : static_cast<int>(child->GetWaitHandle());
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-        const auto time = static_cast<std::uint32_t>(std::max<std::int64_t>(left, 0));
+        const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_LookInterval));
         const int ready = Linux::WaitReadable({pipe, childFile}, time);
         // By the process itself: a test may have closed the handle, and then there is another one from now on.
         const bool hasEnded = ready != 0 && child != nullptr && child->Wait(0);
@@ -153,7 +155,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         {
             return EEventWait::ChildEnded;
         }
-        if (ready == Linux::c_WaitTimedOut)
+        if (ready == Linux::c_WaitTimedOut && left <= c_LookInterval)
         {
             return EEventWait::TimedOut;
         }

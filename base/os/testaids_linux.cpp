@@ -1,6 +1,7 @@
 #include "base/os/testaids.h"
 
 #include <array>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -304,6 +305,38 @@ bool LbOs::WaitForEndedChildren()
     {
     }
     return true;
+}
+
+bool LbOs::CloseForOthers(std::intptr_t handle)
+{
+    return close(static_cast<int>(handle)) == 0;
+}
+
+std::shared_ptr<void> LbOs::FloodEvent(const std::wstring& name)
+{
+    const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
+    return std::make_shared<std::jthread>([path](const std::stop_token& stop) {
+        const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        const std::array<char, PIPE_BUF> bytes = {};
+        while (!stop.stop_requested())
+        {
+            [[maybe_unused]] const ssize_t written = write(pipe, bytes.data(), bytes.size());
+        }
+        close(pipe);
+    });
+}
+
+void LbOs::LeaveThread()
+{
+    pthread_exit(nullptr);
+}
+
+bool LbOs::AllowDumps()
+{
+    rlimit limit = {};
+    getrlimit(RLIMIT_CORE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    return limit.rlim_max > 1 && setrlimit(RLIMIT_CORE, &limit) == 0;
 }
 
 bool LbOs::LimitMemory(std::size_t bytes)

@@ -62,6 +62,21 @@ TEST_F(OsNamedEvent, IsNeverTooFullToBeSet)
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
 }
 
+TEST_F(OsNamedEvent, KeepsNobodyWhenItIsFlooded)
+{
+    const auto first = LbOs::FloodEvent(m_name);
+    const auto second = LbOs::FloodEvent(m_name);
+    if (!first)
+    {
+        GTEST_SKIP() << "setting an event once more changes nothing";
+    }
+
+    for (int round = 0; round < 1000; ++round)
+    {
+        EXPECT_EQ(m_event->Wait(c_Long), EEventWait::Signaled);
+    }
+}
+
 TEST_F(OsNamedEvent, IsTakenBack)
 {
     EXPECT_FALSE(m_event->Reset());
@@ -130,6 +145,20 @@ TEST_F(OsNamedEvent, CountsMoreThanTheEndOfAProcess)
     m_event->Set();
 
     EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::Signaled);
+}
+
+TEST_F(OsNamedEvent, NoticesTheEndOfAProcessWhoseHandleWasClosed)
+{
+    const auto child = StartProbe(L"exit 0");
+    ASSERT_NE(child, nullptr);
+    if (!LbOs::CloseForOthers(child->GetWaitHandle()))
+    {
+        GTEST_SKIP() << "handles are not found by chance here";
+    }
+    // By now the number may be another's, which does not end.
+    const auto other = StartProbe(L"sleep");
+
+    EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::ChildEnded);
 }
 
 TEST_F(OsNamedEvent, TimesOutBesideAProcessThatRuns)
