@@ -95,8 +95,8 @@ bool WaitForEndedChildren();
 /// are no numbers that anybody finds.
 bool CloseForOthers(std::intptr_t handle);
 
-/// Fills a named event for as long as the result lives, faster than anybody empties it; null where events do not count.
-std::shared_ptr<void> FloodEvent(const std::wstring& name);
+/// Sets a named event a million times at once, as whoever floods it would. False where events do not count.
+bool FloodEvent(const std::wstring& name);
 
 /// Ends the calling thread, which may be the first one: the process goes on with its others.
 [[noreturn]] void LeaveThread();

@@ -1,7 +1,6 @@
 #include "base/os/testaids.h"
 
 #include <array>
-#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -312,18 +311,16 @@ bool LbOs::CloseForOthers(std::intptr_t handle)
     return close(static_cast<int>(handle)) == 0;
 }
 
-std::shared_ptr<void> LbOs::FloodEvent(const std::wstring& name)
+bool LbOs::FloodEvent(const std::wstring& name)
 {
+    // As much as the system lets anybody have in a pipe.
+    const std::vector<char> bytes(std::size_t{1} << 20U);
     const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
-    return std::make_shared<std::jthread>([path](const std::stop_token& stop) {
-        const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-        const std::array<char, PIPE_BUF> bytes = {};
-        while (!stop.stop_requested())
-        {
-            [[maybe_unused]] const ssize_t written = write(pipe, bytes.data(), bytes.size());
-        }
-        close(pipe);
-    });
+    const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    fcntl(pipe, F_SETPIPE_SZ, static_cast<int>(bytes.size()));
+    const ssize_t written = write(pipe, bytes.data(), bytes.size());
+    close(pipe);
+    return written == static_cast<ssize_t>(bytes.size());
 }
 
 void LbOs::LeaveThread()

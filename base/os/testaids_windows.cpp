@@ -226,9 +226,9 @@ bool LbOs::CloseForOthers(std::intptr_t /*handle*/)
     return false;
 }
 
-std::shared_ptr<void> LbOs::FloodEvent(const std::wstring& /*name*/)
+bool LbOs::FloodEvent(const std::wstring& /*name*/)
 {
-    return nullptr;
+    return false;
 }
 
 void LbOs::LeaveThread()
