@@ -224,6 +224,7 @@ class CCrashModel : public LuUnitTest
         });
         AddSubtest(L"schläft am Ende des Prozesses", [] { std::atexit(sleepLong); });
         AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
+        AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit([] { openEvent(L"-r")->Set(); }); });
         AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
         AddSubtest(L"startet Prozesse", [] {
             startGrandchild("parent");
@@ -231,6 +232,10 @@ class CCrashModel : public LuUnitTest
         });
         AddSubtest(L"startet Ausreißer", [] {
             startGrandchild("runaway");
+            sleepLong();
+        });
+        AddSubtest(L"startet kopflose Prozesse", [] {
+            startGrandchild("headless");
             sleepLong();
         });
         AddSubtest(L"antwortet noch einmal", [] { answerLater(); });

@@ -2,12 +2,15 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
 
 #include "base/lbuniqueid.h"
+#include "base/os/console.h"
 #include "base/os/testaids.h"
 #include "tests/support/probe.h"
 
@@ -117,6 +120,28 @@ TEST_F(OsNamedEvent, TakesItsNameAlong)
 
     EXPECT_EQ(CNamedEvent::Open(m_name), nullptr);
     EXPECT_NE(CNamedEvent::Create(m_name), nullptr);
+}
+
+/// What is printed then must not get into an event, which would have the place of a standard stream.
+TEST_F(OsNamedEvent, WorksWhenAllFilesAreClosed)
+{
+    const std::optional<int> status = LbOs::RunInFork([] {
+        const std::wstring name = LbUniqueId::Generate();
+        const auto event = CNamedEvent::Create(name);
+        constexpr std::intptr_t c_Files = 256;
+        for (std::intptr_t file = 0; file < c_Files; ++file)
+        {
+            LbOs::CloseForOthers(file);
+        }
+        const auto other = CNamedEvent::Open(name);
+        const bool isUnset = event->Wait(0) == EEventWait::TimedOut;
+        LbOs::WriteStandardOutput("Text");
+        const bool isStillUnset = event->Wait(0) == EEventWait::TimedOut;
+        const bool isSet = other->Set() && event->Wait(0) == EEventWait::Signaled;
+        return isUnset && isStillUnset && isSet ? 0 : 1;
+    });
+
+    EXPECT_EQ(status.value_or(0), 0);
 }
 
 TEST_F(OsNamedEvent, HasNoOtherNamesThanPlainOnes)
