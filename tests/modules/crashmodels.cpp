@@ -226,6 +226,12 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
         AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit([] { openEvent(L"-r")->Set(); }); });
         AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
+        addStarting();
+    }
+
+    /// Cases that start processes.
+    void addStarting()
+    {
         AddSubtest(L"startet Prozesse", [] {
             startGrandchild("parent");
             sleepLong();
