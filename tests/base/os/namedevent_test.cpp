@@ -141,7 +141,11 @@ TEST_F(OsNamedEvent, WorksWhenAllFilesAreClosed)
         return isUnset && isStillUnset && isSet ? 0 : 1;
     });
 
-    EXPECT_EQ(status.value_or(0), 0);
+    if (!status)
+    {
+        GTEST_SKIP() << "processes do not fork";
+    }
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(OsNamedEvent, HasNoOtherNamesThanPlainOnes)

@@ -112,7 +112,11 @@ TEST_F(OsSharedMemory, IsThereWhenAllFilesAreClosed)
         return memory && MapSharedMemory(name, c_Size, EMemoryAccess::Write) ? 0 : 1;
     });
 
-    EXPECT_EQ(status.value_or(0), 0);
+    if (!status)
+    {
+        GTEST_SKIP() << "processes do not fork";
+    }
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(OsSharedMemory, HasNoOtherNamesThanPlainOnes)
