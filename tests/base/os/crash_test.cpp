@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -29,6 +30,11 @@ struct SCrash
     std::int64_t windowsStatus;
     std::int64_t linuxStatus; ///< negative: a signal
 };
+
+void PrintTo(const SCrash& crash, std::ostream* stream)
+{
+    *stream << LbEncoding::ToUtf8(crash.how);
+}
 
 class OsCrash : public testing::TestWithParam<SCrash>
 {
