@@ -48,9 +48,9 @@ public:
     CChildProcess& operator=(const CChildProcess&) = delete;
 
     /// Waits for up to `milliseconds`; true when the process has ended.
-    bool Wait(std::uint32_t milliseconds = sc_uiInfinite);
+    bool Wait(std::uint32_t milliseconds = sc_uiInfinite) const;
 
-    bool IsRunning() { return !Wait(0); }
+    bool IsRunning() const { return !Wait(0); }
 
     /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
     /// end it. Its exit status is then 0 on Windows and -9 on Linux. On Linux, with endsWithOwner, what has left the
@@ -69,7 +69,8 @@ public:
     /// The system's number of the process; on Linux another's as soon as somebody has waited for its end.
     std::uint64_t GetNumber() const noexcept;
 
-    /// The system's handle that waits for the end, owned by the object. For the seam's own use.
+    /// The system's handle that waits for the end, owned by the object. For the seam's own use. On Linux it is another
+    /// file's, or -1, when somebody has closed it; the next Wait gets another one.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:

@@ -8,8 +8,6 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <poll.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +17,7 @@
 #include "base/os/files.h"
 #include "base/os/keeper_linux.h"
 #include "base/os/openfiles_linux.h"
+#include "base/os/processfile_linux.h"
 #include "base/os/processtree_linux.h"
 
 namespace LbOs
@@ -27,18 +26,18 @@ namespace LbOs
 struct CChildProcess::SState
 {
     pid_t process = -1;
-    Linux::CDescriptor file;           ///< of the process, readable when it has ended
-    Linux::KeptGroup* group = nullptr; ///< null when nobody keeps it
+    Linux::CProcessFile file;
+    Linux::SKeptGroup* group = nullptr; ///< null when nobody keeps it
     bool endsWithOwner = true;
     bool isTerminated = false;
     bool isReaped = false;
     std::optional<std::int64_t> exitStatus;
 
     /// How the process has ended, if it has; none when others have waited for it, or the system has forgotten it. From
-    /// then on its number may be another's. By the descriptor, which is that of this process only.
-    std::optional<siginfo_t> Look(int options) const;
+    /// then on its number may be another's.
+    std::optional<siginfo_t> Look(int options);
 
-    bool WaitForEnd(std::uint32_t milliseconds) const { return Linux::WaitReadable({file.Get()}, milliseconds) == 0; }
+    bool WaitForEnd(std::uint32_t milliseconds);
 
     /// Of a process that has ended.
     void Reap();
@@ -61,7 +60,7 @@ struct SStart
     std::string workingDirectory;
     bool isSilent = false;
     bool isSearched = false; ///< the program's name is to be looked up
-    Linux::KeptGroup* group = nullptr;
+    Linux::SKeptGroup* group = nullptr;
     pid_t owner = 0;
     sigset_t signals = {}; ///< blocked in the caller
 };
@@ -143,7 +142,7 @@ void resetSignals(const sigset_t& blocked)
     setpgid(0, 0);
     if (start.group != nullptr)
     {
-        *start.group = getpid();
+        Linux::EnterKeptGroup(*start.group);
         Linux::KeepDescendants();
         // An owner that has ended before this had a keeper that did not know the group.
         if (getppid() != start.owner)
@@ -196,7 +195,7 @@ pid_t startProcess(SStart& start)
         return -1;
     }
     const Linux::CDescriptor readEnd(ends[0]);
-    Linux::CDescriptor writeEnd(ends[1]);
+    Linux::CDescriptor writeEnd = Linux::AboveStandard(ends[1]);
     sigset_t all;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &start.signals);
@@ -227,15 +226,34 @@ void killGroup(pid_t process)
 
 } // namespace
 
-std::optional<siginfo_t> CChildProcess::SState::Look(int options) const
+std::optional<siginfo_t> CChildProcess::SState::Look(int options)
 {
     siginfo_t end = {};
-    const auto look = [&](idtype_t kind, int name) {
-        return Linux::Retry([&] { return waitid(kind, static_cast<id_t>(name), &end, WEXITED | options); });
-    };
-    // A test may have closed all files: then the number has to do.
-    const bool isKnown = look(P_PIDFD, file.Get()) == 0 || (errno == EBADF && look(P_PID, process) == 0);
+    file.Assert(process);
+    // Where there can be no descriptor, the number has to do.
+    const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
+    const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
+    const bool isKnown = Linux::Retry([&] { return waitid(kind, name, &end, WEXITED | options); }) == 0;
     return isKnown ? std::optional(end) : std::nullopt;
+}
+
+bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
+{
+    constexpr std::uint32_t c_LookInterval = 1;
+    file.Assert(process);
+    if (file.Get() >= 0)
+    {
+        return Linux::WaitReadable({file.Get()}, milliseconds) == 0;
+    }
+    for (std::uint32_t waited = 0; waited <= milliseconds; ++waited)
+    {
+        if (const std::optional<siginfo_t> end = Look(WNOHANG | WNOWAIT); !end || end->si_pid != 0)
+        {
+            return true;
+        }
+        Linux::WaitReadable({}, waited < milliseconds ? c_LookInterval : 0);
+    }
+    return false;
 }
 
 void CChildProcess::SState::Reap()
@@ -295,9 +313,9 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
     state->process = isKept ? startProcess(start) : -1;
     if (state->process > 0)
     {
-        state->file = Linux::CDescriptor(static_cast<int>(syscall(SYS_pidfd_open, state->process, 0)));
+        state->file.Assert(state->process);
     }
-    if (state->file.IsOpen())
+    if (state->file.Get() >= 0)
     {
         return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
     }
@@ -326,7 +344,7 @@ CChildProcess::~CChildProcess()
     }
 }
 
-bool CChildProcess::Wait(std::uint32_t milliseconds)
+bool CChildProcess::Wait(std::uint32_t milliseconds) const
 {
     return m_state->isReaped || m_state->WaitForEnd(milliseconds);
 }

@@ -127,7 +127,7 @@ CChildProcess::~CChildProcess()
     }
 }
 
-bool CChildProcess::Wait(std::uint32_t milliseconds)
+bool CChildProcess::Wait(std::uint32_t milliseconds) const
 {
     return WaitForSingleObject(m_state->process.get(), milliseconds) == WAIT_OBJECT_0;
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 
+#include <fcntl.h>
 #include <poll.h>
 
 namespace LbOs::Linux
@@ -27,6 +28,13 @@ int toPollTime(std::uint32_t milliseconds, Clock::time_point end)
 }
 
 } // namespace
+
+CDescriptor AboveStandard(int number)
+{
+    CDescriptor opened(number);
+    return number > STDERR_FILENO || number < 0 ? std::move(opened)
+                                                : CDescriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
 
 int WaitReadable(std::initializer_list<int> descriptors, std::uint32_t milliseconds)
 {

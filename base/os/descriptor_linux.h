@@ -55,6 +55,10 @@ private:
     int m_number = -1;
 };
 
+/// The owner of a descriptor that was just opened, negative: of none. It is none of the standard streams': where those
+/// are closed, what the process prints would else go into it. Closed by each program that is started.
+CDescriptor AboveStandard(int number);
+
 inline constexpr int c_WaitTimedOut = -1;
 inline constexpr int c_WaitFailed = -2;
 inline constexpr std::uint32_t c_WaitInfinite = 0xFFFFFFFFU;

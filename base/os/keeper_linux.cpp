@@ -1,13 +1,18 @@
 #include "base/os/keeper_linux.h"
 
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <new>
 
+#include <linux/futex.h>
 #include <poll.h>
+#include <sys/ipc.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/shm.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -22,23 +27,37 @@ namespace
 /// Shared with the keeper, and all zero at first.
 struct SBooks
 {
-    KeptGroup groups[c_KeptGroups];
+    std::atomic<int> isReady; ///< the keeper can no longer be taken for anything else
+    SKeptGroup groups[c_KeptGroups];
     SKeptFile files[c_KeptFiles];
 };
 
-void clean(SBooks& books)
+/// Removes what the owner had no time to: else it goes by itself.
+void removeMemory(const char* path, pid_t owner)
 {
-    for (const KeptGroup& group : books.groups)
+    const int segment = shmget(ToMemoryKey(path), 0, 0);
+    shmid_ds status = {};
+    if (segment >= 0 && shmctl(segment, IPC_STAT, &status) == 0 && status.shm_cpid == owner)
     {
-        if (const pid_t number = group.load(); number > 0)
+        shmctl(segment, IPC_RMID, nullptr);
+    }
+}
+
+void clean(SBooks& books, pid_t owner)
+{
+    for (const SKeptGroup& group : books.groups)
+    {
+        // By now others may have waited for the process, and the system may have given its number to another one.
+        if (const pid_t process = group.process; process > 0 && !HasStartedAfter(process, group.entered))
         {
-            EndProcessTree(number);
+            EndProcessTree(process);
         }
     }
     for (const SKeptFile& file : books.files)
     {
         if (file.state.load() == SKeptFile::eS_Kept)
         {
+            removeMemory(file.path, owner);
             unlink(file.path);
         }
     }
@@ -62,6 +81,8 @@ int keepOnly(int file)
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, nullptr);
     prctl(PR_SET_NAME, c_KeeperName);
+    books.isReady = 1;
+    syscall(SYS_futex, &books.isReady, FUTEX_WAKE, 1, nullptr, nullptr, 0);
     [[maybe_unused]] const int left = chdir("/");
     pollfd waiting = {keepOnly(ownerFile), POLLIN, 0};
     // By the parent's number and not by the handle alone: once it has changed, no child-to-be can take the owner for
@@ -70,7 +91,7 @@ int keepOnly(int file)
     {
         poll(&waiting, 1, waiting.fd < 0 ? c_LookInterval : c_LookInterval * 10);
     }
-    clean(books);
+    clean(books, owner);
     _exit(0);
 }
 
@@ -94,6 +115,13 @@ SBooks* startKeeper()
     {
         close(ownerFile);
     }
+    // Whoever ends the present process with all that belongs to it knows the keeper by its name and session. It may
+    // take a while where there is much else to do, but not for ever.
+    constexpr timespec c_Longest = {1, 0};
+    while (keeper > 0 && books->isReady == 0 &&
+           syscall(SYS_futex, &books->isReady, FUTEX_WAIT, 0, &c_Longest, nullptr, 0) != 0 && errno == EINTR)
+    {
+    }
     return keeper > 0 ? books : nullptr;
 }
 
@@ -106,13 +134,13 @@ SBooks* getBooks()
 
 } // namespace
 
-KeptGroup* TakeKeptGroup()
+SKeptGroup* TakeKeptGroup()
 {
     SBooks* const books = getBooks();
     for (std::size_t index = 0; books != nullptr && index < c_KeptGroups; ++index)
     {
         pid_t free = 0;
-        if (books->groups[index].compare_exchange_strong(free, -1))
+        if (books->groups[index].process.compare_exchange_strong(free, -1))
         {
             return &books->groups[index];
         }
@@ -120,12 +148,32 @@ KeptGroup* TakeKeptGroup()
     return nullptr;
 }
 
-void ReleaseKeptGroup(KeptGroup* group) noexcept
+void ReleaseKeptGroup(SKeptGroup* group) noexcept
 {
     if (group != nullptr)
     {
-        *group = 0;
+        group->process = 0;
     }
+}
+
+void EnterKeptGroup(SKeptGroup& group) noexcept
+{
+    constexpr std::int64_t c_NanosecondsPerSecond = 1'000'000'000;
+    timespec now = {};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    group.entered = now.tv_sec * c_NanosecondsPerSecond + now.tv_nsec;
+    group.process = getpid();
+}
+
+int ToMemoryKey(const char* path) noexcept
+{
+    std::uint32_t hash = 2166136261U;
+    for (const char* character = path; *character != '\0'; ++character)
+    {
+        hash = (hash ^ static_cast<unsigned char>(*character)) * 16777619U;
+    }
+    // 0 stands for no key.
+    return static_cast<int>(hash | 1U);
 }
 
 SKeptFile* KeepFile(const char* path)

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 
 #include <sys/types.h>
 
@@ -17,18 +18,28 @@ inline constexpr std::size_t c_KeptGroups = 1024;
 inline constexpr std::size_t c_KeptFiles = 4096;
 inline constexpr std::size_t c_KeptPathCapacity = 128;
 
-/// Name of the process, by which another one's keeper is known.
+/// Name of the process. Others may have it, too.
 inline constexpr const char c_KeeperName[] = "LuKeeper";
 
-/// An entry for a process with what it starts, which leads a group and keeps its descendants: 0 while free, -1 while
-/// taken without a group yet.
-using KeptGroup = std::atomic<pid_t>;
+/// An entry for a process with what it starts, which leads a group and keeps its descendants.
+struct SKeptGroup
+{
+    std::atomic<pid_t> process; ///< 0 while free, -1 while taken without a process yet
+    std::int64_t entered;       ///< when, in nanoseconds since the system's start
+};
 
-/// A free entry; null when there is none, or no keeper. The child-to-be writes its own number into it before it is
-/// anything else, so that no moment is without a keeper. The caller releases it while the group's number is still its
+/// A free entry; null when there is none, or no keeper. The caller releases it while the group's number is still its
 /// own.
-KeptGroup* TakeKeptGroup();
-void ReleaseKeptGroup(KeptGroup* group) noexcept;
+SKeptGroup* TakeKeptGroup();
+void ReleaseKeptGroup(SKeptGroup* group) noexcept;
+
+/// The child-to-be enters itself before it is anything else, so that no moment is without a keeper. Makes system calls
+/// only.
+void EnterKeptGroup(SKeptGroup& group) noexcept;
+
+/// A key for shared memory that belongs to the file of that path: with the file goes what its owner has made by that
+/// key.
+int ToMemoryKey(const char* path) noexcept;
 
 /// An entry for a file.
 struct SKeptFile

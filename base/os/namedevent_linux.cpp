@@ -6,7 +6,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include "base/os/descriptor_linux.h"
 #include "base/os/namedfile_linux.h"
 
 namespace LbOs
@@ -16,6 +18,11 @@ namespace LbOs
 /// together with a process.
 struct CNamedEvent::SState
 {
+    SState() = default;
+    SState(const SState&) = delete;
+    SState& operator=(const SState&) = delete;
+    ~SState() { releaseLost(); }
+
     bool Open();
     int GetPipe();
     bool Drain();
@@ -25,15 +32,25 @@ struct CNamedEvent::SState
     Linux::CDescriptor pipe;
     dev_t device = 0;
     ino_t node = 0;
+
+private:
+    bool releaseLost();
 };
 
+/// A pipe of the present user and nothing else.
 bool CNamedEvent::SState::Open()
 {
-    // For both directions, so that the pipe has no other end that could be closed.
-    pipe = Linux::OpenOwnFile(path, O_RDWR, S_IFIFO);
-    struct stat status = {};
-    if (!pipe.IsOpen() || fstat(pipe.Get(), &status) != 0)
+    if (path.empty())
     {
+        return false;
+    }
+    // For both directions, so that the pipe has no other end that could be closed.
+    pipe = Linux::AboveStandard(
+        Linux::Retry([this] { return open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK); }));
+    struct stat status = {};
+    if (!pipe.IsOpen() || fstat(pipe.Get(), &status) != 0 || !S_ISFIFO(status.st_mode) || status.st_uid != geteuid())
+    {
+        pipe.Reset();
         return false;
     }
     device = status.st_dev;
@@ -41,31 +58,43 @@ bool CNamedEvent::SState::Open()
     return true;
 }
 
-/// The pipe, opened again when a test has closed descriptors that are not its own. By now the number may be that of
-/// another file, which is not to be touched.
-int CNamedEvent::SState::GetPipe()
+/// Forgets a descriptor that is the pipe's no longer, since a test has closed what is not its own. By now the number
+/// may be that of another file, which is not to be touched.
+bool CNamedEvent::SState::releaseLost()
 {
     struct stat status = {};
-    if (fstat(pipe.Get(), &status) != 0 || status.st_dev != device || status.st_ino != node)
+    const bool isLost = fstat(pipe.Get(), &status) != 0 || status.st_dev != device || status.st_ino != node;
+    if (isLost)
     {
         pipe.Release();
+    }
+    return isLost;
+}
+
+/// The pipe, opened again where it was lost; negative when that fails.
+int CNamedEvent::SState::GetPipe()
+{
+    if (releaseLost())
+    {
         Open();
     }
     return pipe.Get();
 }
 
-/// Takes all bytes out; true when there were any.
+/// Takes all bytes out; true when there were any. No more than a pipe holds, so that whoever floods it keeps nobody
+/// here.
 bool CNamedEvent::SState::Drain()
 {
-    char bytes[64];
-    bool wasSet = false;
+    constexpr std::size_t c_Capacity = 65536;
+    char bytes[1024];
+    std::size_t taken = 0;
     ssize_t count = sizeof(bytes);
-    while (count == sizeof(bytes))
+    while (count == sizeof(bytes) && taken < c_Capacity)
     {
         count = Linux::Retry([&] { return read(pipe.Get(), bytes, sizeof(bytes)); });
-        wasSet = wasSet || count > 0;
+        taken += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
-    return wasSet;
+    return taken > 0;
 }
 
 CNamedEvent::CNamedEvent(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
@@ -104,29 +133,39 @@ bool CNamedEvent::Reset()
 
 EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* child)
 {
+    // Where another process's handle has the closed one's number, only a look from time to time shows the end.
+    constexpr std::int64_t c_LookInterval = 1000;
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
-    const int childFile = child == nullptr ? -1 : static_cast<int>(child->GetWaitHandle());
-    const int pipe = m_state->GetPipe();
-    while (true)
+    bool hasFailed = false;
+    for (int pipe = m_state->GetPipe(); pipe >= 0; pipe = m_state->GetPipe())
     {
+        const int childFile = child == nullptr ? -1 : static_cast<int>(child->GetWaitHandle());
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-        const auto time = static_cast<std::uint32_t>(std::max<std::int64_t>(left, 0));
+        const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_LookInterval));
         const int ready = Linux::WaitReadable({pipe, childFile}, time);
-        if (ready == Linux::c_WaitFailed || pipe < 0)
-        {
-            return EEventWait::Failed;
-        }
+        // By the process itself: a test may have closed the handle, and then there is another one from now on.
+        const bool hasEnded = ready != 0 && child != nullptr && child->Wait(0);
         // Before the child's end counts: it may have set the event just then.
         if (m_state->Drain())
         {
             return EEventWait::Signaled;
         }
-        if (ready != 0)
+        if (hasEnded)
         {
-            return ready == 1 ? EEventWait::ChildEnded : EEventWait::TimedOut;
+            return EEventWait::ChildEnded;
+        }
+        if (ready == Linux::c_WaitTimedOut && left <= c_LookInterval)
+        {
+            return EEventWait::TimedOut;
+        }
+        // Once it may have been a descriptor that was closed meanwhile.
+        if (ready == Linux::c_WaitFailed && std::exchange(hasFailed, true))
+        {
+            break;
         }
     }
+    return EEventWait::Failed;
 }
 
 } // namespace LbOs

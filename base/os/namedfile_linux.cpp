@@ -2,8 +2,7 @@
 
 #include <cwctype>
 
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include "base/lbencoding.h"
 
@@ -32,19 +31,6 @@ CNamedFile::~CNamedFile()
         unlink(m_kept->path);
         ReleaseKeptFile(m_kept);
     }
-}
-
-CDescriptor OpenOwnFile(const std::string& path, int flags, mode_t kind, int linkFlag)
-{
-    if (path.empty())
-    {
-        return {};
-    }
-    CDescriptor file(Retry([&] { return open(path.c_str(), flags | O_CLOEXEC | linkFlag | O_NONBLOCK); }));
-    struct stat status = {};
-    const bool isOwn = file.IsOpen() && fstat(file.Get(), &status) == 0 && (status.st_mode & S_IFMT) == kind &&
-                       status.st_uid == geteuid();
-    return isOwn ? std::move(file) : CDescriptor();
 }
 
 } // namespace LbOs::Linux

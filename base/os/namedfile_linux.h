@@ -2,11 +2,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
-#include <fcntl.h>
-#include <sys/types.h>
-
-#include "base/os/descriptor_linux.h"
 #include "base/os/keeper_linux.h"
 
 namespace LbOs::Linux
@@ -46,9 +43,5 @@ CNamedFile::CNamedFile(const std::string& path, const F& make) : m_kept(path.emp
         ReleaseKeptFile(std::exchange(m_kept, nullptr));
     }
 }
-
-/// Opens a file of that kind (S_IFREG, S_IFIFO) that belongs to the present user. With 0 as `linkFlag` a link at the
-/// end of the path is followed.
-CDescriptor OpenOwnFile(const std::string& path, int flags, mode_t kind, int linkFlag = O_NOFOLLOW);
 
 } // namespace LbOs::Linux

@@ -23,7 +23,7 @@ namespace LbOs::Linux
 namespace
 {
 
-constexpr std::size_t c_TextSize = 128;
+constexpr std::size_t c_TextSize = 1024;
 
 /// The beginning of a file of the kernel; false when there is none.
 bool readText(int folder, const char* path, char (&text)[c_TextSize])
@@ -34,46 +34,104 @@ bool readText(int folder, const char* path, char (&text)[c_TextSize])
     return size > 0;
 }
 
-struct SLine
+/// What the kernel says about a process.
+struct SProcess
 {
-    bool isChild = false;
+    pid_t parent = 0;
     bool hasEnded = false;
+    bool isKeeper = false;     ///< to judge by its name
+    bool isOwnersFork = false; ///< it has still the parent that forked it without a signal at its end, as keepers are
+    std::uint64_t startTicks = 0;
 };
 
-/// Of a process's line "number (name) state parent ...". Keepers are nobody's children.
-SLine readLine(std::string_view line, pid_t parent)
+/// Of the fields that stand behind the name, by the numbers that the kernel's documentation gives them.
+enum EField : int
 {
-    // A name may hold brackets of its own.
-    const std::size_t name = line.find('(') + 1;
-    const std::size_t end = line.rfind(") ");
-    if (end == std::string_view::npos || end < name)
+    eF_State = 3,
+    eF_Parent = 4,
+    eF_Threads = 20,
+    eF_StartTicks = 22,
+    eF_EndSignal = 38
+};
+
+SProcess readFields(const char* text, bool isKeeper)
+{
+    SProcess process;
+    process.isKeeper = isKeeper;
+    const bool isZombie = *text == 'Z' || *text == 'X';
+    for (int field = eF_State; text != nullptr && field <= eF_EndSignal; ++field)
+    {
+        const std::uint64_t number = field == eF_State ? 0 : std::strtoull(text, nullptr, 10);
+        switch (field)
+        {
+        case eF_Parent:
+            process.parent = static_cast<pid_t>(number);
+            break;
+        case eF_Threads:
+            // One whose first thread alone has ended looks as if it had ended as a whole.
+            process.hasEnded = isZombie && number <= 1;
+            break;
+        case eF_StartTicks:
+            process.startTicks = number;
+            break;
+        case eF_EndSignal:
+            process.isOwnersFork = number == 0;
+            break;
+        default:
+            break;
+        }
+        text = std::strchr(text, ' ');
+        text = text == nullptr ? nullptr : text + 1;
+    }
+    return process;
+}
+
+/// From the line "number (name) state parent ..." of a folder that lists processes; without a parent when there is no
+/// such process.
+SProcess readProcess(int folder, pid_t number)
+{
+    char path[32];
+    std::strcpy(std::to_chars(path, path + sizeof(path), number).ptr, "/stat");
+    char text[c_TextSize];
+    if (!readText(folder, path, text))
     {
         return {};
     }
-    const char state = line[end + 2];
-    const bool isKeeper = line.substr(name, end - name) == c_KeeperName;
-    return {!isKeeper && std::strtol(line.data() + end + 3, nullptr, 10) == parent, state == 'Z' || state == 'X'};
+    // A name may hold brackets of its own.
+    const std::string_view line = text;
+    const std::size_t name = line.find('(') + 1;
+    const std::size_t end = line.rfind(") ");
+    return end == std::string_view::npos || end < name
+               ? SProcess()
+               : readFields(text + end + 2, line.substr(name, end - name) == c_KeeperName);
 }
 
-/// Kills a process if it is a child of that one; true when it has still to end.
-bool killIfChild(int folder, pid_t process, pid_t parent)
+CDescriptor openProcesses()
 {
-    char path[32];
-    std::strcpy(std::to_chars(path, path + sizeof(path), process).ptr, "/stat");
-    char text[c_TextSize];
-    const SLine line = readText(folder, path, text) ? readLine(text, parent) : SLine();
-    if (line.isChild)
+    return CDescriptor(open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+/// Kills a process if it is a child of that one; true when it has still to end. With `sparesKeepers` one that has lost
+/// its owner may end by itself.
+bool killIfChild(int folder, pid_t number, pid_t parent, bool sparesKeepers)
+{
+    const SProcess process = readProcess(folder, number);
+    // The keeper of the parent itself ends after that.
+    if (process.parent != parent || (process.isKeeper && process.isOwnersFork))
     {
-        // One whose first thread alone has ended looks as if it had ended as a whole.
-        kill(process, SIGKILL);
+        return false;
     }
-    return line.isChild && !line.hasEnded;
+    if (!process.isKeeper || !sparesKeepers)
+    {
+        kill(number, SIGKILL);
+    }
+    return !process.hasEnded;
 }
 
 /// Kills the children of a process; true when there were any.
-bool killChildren(pid_t process)
+bool killChildren(pid_t process, bool sparesKeepers)
 {
-    const CDescriptor folder(open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const CDescriptor folder = openProcesses();
     bool wereThere = false;
     alignas(dirent64) char entries[4096];
     ssize_t size = 0;
@@ -84,7 +142,7 @@ bool killChildren(pid_t process)
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
             // 0 for what is no process.
             const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-            wereThere = (number > 0 && killIfChild(folder.Get(), number, process)) || wereThere;
+            wereThere = (number > 0 && killIfChild(folder.Get(), number, process, sparesKeepers)) || wereThere;
             offset += entry->d_reclen;
         }
     }
@@ -98,19 +156,33 @@ void KeepDescendants() noexcept
     prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
 
+bool HasStartedAfter(pid_t process, std::int64_t time) noexcept
+{
+    constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000;
+    const CDescriptor folder = openProcesses();
+    const SProcess found = folder.IsOpen() ? readProcess(folder.Get(), process) : SProcess();
+    // The kernel counts whole ticks, and leaves out what is no whole one.
+    const auto tick = c_NanosecondsPerSecond / static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK));
+    return found.startTicks * tick > static_cast<std::uint64_t>(time);
+}
+
 void EndProcessTree(pid_t process) noexcept
 {
     // Those that the system cannot end, in a driver's call say, are not waited for any longer.
     constexpr int c_MostRounds = 1000;
+    // Keepers whose owners have just been killed need a moment for what these leave behind. Any process may have their
+    // name, so it is no longer than a moment.
+    constexpr int c_RoundsForKeepers = 300;
     constexpr timespec c_Pause = {0, 1'000'000};
     // It stands still, so that it starts no more, and so that the numbers of its children stay theirs.
     kill(process, SIGSTOP);
-    bool wereThere = killChildren(process);
+    bool wereThere = killChildren(process, true);
     for (int round = 0; round < c_MostRounds && wereThere; ++round)
     {
         nanosleep(&c_Pause, nullptr);
         // Children of those that end become its own, behind the back of one look perhaps.
-        wereThere = killChildren(process) || killChildren(process);
+        const bool sparesKeepers = round < c_RoundsForKeepers;
+        wereThere = killChildren(process, sparesKeepers) || killChildren(process, sparesKeepers);
     }
     kill(-process, SIGKILL);
     // It may have gone to another group.

@@ -1,6 +1,8 @@
 /// Processes with all that they have started. Internal to the Linux side.
 #pragma once
 
+#include <cstdint>
+
 #include <sys/types.h>
 
 namespace LbOs::Linux
@@ -10,9 +12,14 @@ namespace LbOs::Linux
 /// when the processes between have ended. Makes system calls only.
 void KeepDescendants() noexcept;
 
+/// Whether a process of that number is there that has started after that time, in nanoseconds since the system's start:
+/// one that had the number before is gone then. Makes system calls only.
+bool HasStartedAfter(pid_t process, std::int64_t time) noexcept;
+
 /// Ends what a process that keeps its descendants has started, in whatever group or session that is, and then its whole
-/// group. Without effect on what processes leave behind that have ended before. Keepers stay: they end with what they
-/// keep. The number must still be the process's own. Makes system calls only, so that a fork may call it. Any thread.
+/// group. Without effect on what processes leave behind that have ended before. Keepers end by themselves, as their
+/// owners do. The number must still be the process's own. Makes system calls only, so that a fork may call it. Any
+/// thread.
 void EndProcessTree(pid_t process) noexcept;
 
 } // namespace LbOs::Linux

@@ -1,11 +1,11 @@
 #include "base/os/sharedmemory.h"
 
-#include <algorithm>
+#include <cstdlib>
 #include <string>
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/mman.h>
+#include <sys/ipc.h>
+#include <sys/shm.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,56 +14,73 @@
 namespace LbOs
 {
 
+/// A segment of the system's shared memory: it has no descriptor that a test could close, and nobody can cut it, which
+/// would take down whoever uses it.
 struct CSharedMemory::SState
 {
-    Linux::CDescriptor memory;
-    Linux::CNamedFile file; ///< a link to the memory
+    std::shared_ptr<void> block; ///< attached, which keeps the segment in existence
+    Linux::CNamedFile file;      ///< a link that says which it is
 };
 
 namespace
 {
 
-/// Memory that there must be from the start. The rest comes as it is used: most blocks are hardly filled.
-constexpr std::size_t c_ReservedSize = 8192;
-
-/// Without a name of its own, because only such memory can be kept from being cut: a broken process at the other end of
-/// it could otherwise take this one down.
-Linux::CDescriptor makeBlock(std::size_t size)
+std::shared_ptr<void> attach(int segment, int flags)
 {
-    Linux::CDescriptor memory(memfd_create("LuTestSuite", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    const bool isMade = memory.IsOpen() && fchmod(memory.Get(), S_IRUSR | S_IWUSR) == 0 &&
-                        ftruncate(memory.Get(), static_cast<off_t>(size)) == 0 &&
-                        posix_fallocate(memory.Get(), 0, static_cast<off_t>(std::min(size, c_ReservedSize))) == 0 &&
-                        fcntl(memory.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_SEAL) == 0;
-    return isMade ? std::move(memory) : Linux::CDescriptor();
+    void* const view = shmat(segment, nullptr, flags);
+    if (view == reinterpret_cast<void*>(-1))
+    {
+        return nullptr;
+    }
+    return {view, [](void* attached) { shmdt(attached); }};
 }
 
-/// Where any process of the same user finds the memory, for as long as the present one has it open.
-std::string getPlace(const Linux::CDescriptor& memory)
+/// A new segment that goes with the last process that has it attached; the others find it by its number all the same.
+/// -1 without one.
+int makeSegment(const char* path, std::size_t size, std::shared_ptr<void>& block)
 {
-    return "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(memory.Get());
+    constexpr int c_New = IPC_CREAT | IPC_EXCL | S_IRUSR | S_IWUSR;
+    // By its key the keeper finds what is left when the present process is killed in the midst of this.
+    int segment = shmget(Linux::ToMemoryKey(path), size, c_New);
+    if (segment < 0 && errno == EEXIST)
+    {
+        segment = shmget(IPC_PRIVATE, size, c_New);
+    }
+    if (segment >= 0)
+    {
+        block = attach(segment, 0);
+        shmctl(segment, IPC_RMID, nullptr);
+    }
+    return block ? segment : -1;
 }
 
-/// What a link of the present user leads to; empty when there is none.
-std::string readOwnLink(const std::string& path)
+/// Whom a link of the present user leads to.
+struct SPlace
 {
-    char target[64];
+    pid_t owner = 0;
+    int segment = -1;
+};
+
+/// The owner makes it sure: numbers of segments come again.
+SPlace readOwnLink(const std::string& path)
+{
+    char target[64] = {};
     struct stat status = {};
     const bool isOwn = lstat(path.c_str(), &status) == 0 && status.st_uid == geteuid();
-    const ssize_t length = isOwn ? readlink(path.c_str(), target, sizeof(target)) : -1;
-    return length > 0 ? std::string(target, static_cast<std::size_t>(length)) : std::string();
+    if (!isOwn || readlink(path.c_str(), target, sizeof(target) - 1) <= 0)
+    {
+        return {};
+    }
+    char* end = nullptr;
+    const auto owner = static_cast<pid_t>(std::strtol(target, &end, 10));
+    return *end == '/' ? SPlace{owner, static_cast<int>(std::strtol(end + 1, nullptr, 10))} : SPlace();
 }
 
-/// The descriptor in the link may by now be that of another file, which is not to be mapped.
-bool isBlock(const Linux::CDescriptor& memory, std::size_t size)
+bool isBlock(const SPlace& place, std::size_t size)
 {
-    struct stat status = {};
-    if (!memory.IsOpen() || fstat(memory.Get(), &status) != 0 || static_cast<std::size_t>(status.st_size) < size)
-    {
-        return false;
-    }
-    const int seals = fcntl(memory.Get(), F_GET_SEALS);
-    return seals != -1 && (seals & F_SEAL_SHRINK) != 0;
+    shmid_ds status = {};
+    return place.segment >= 0 && shmctl(place.segment, IPC_STAT, &status) == 0 && status.shm_cpid == place.owner &&
+           status.shm_perm.cuid == geteuid() && status.shm_segsz >= size;
 }
 
 } // namespace
@@ -75,33 +92,18 @@ CSharedMemory::~CSharedMemory() = default;
 std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size)
 {
     auto state = std::make_unique<SState>();
-    state->memory = makeBlock(size);
-    if (!state->memory.IsOpen())
-    {
-        return nullptr;
-    }
-    const std::string place = getPlace(state->memory);
-    state->file = Linux::CNamedFile(Linux::ToObjectPath(name),
-                                    [&place](const char* path) { return symlink(place.c_str(), path) == 0; });
+    state->file = Linux::CNamedFile(Linux::ToObjectPath(name), [&state, size](const char* path) {
+        const int segment = makeSegment(path, size, state->block);
+        const std::string place = std::to_string(getpid()) + "/" + std::to_string(segment);
+        return segment >= 0 && symlink(place.c_str(), path) == 0;
+    });
     return state->file.Exists() ? std::unique_ptr<CSharedMemory>(new CSharedMemory(std::move(state))) : nullptr;
 }
 
 std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
 {
-    const bool isWritable = access == EMemoryAccess::Write;
-    const Linux::CDescriptor memory =
-        Linux::OpenOwnFile(readOwnLink(Linux::ToObjectPath(name)), isWritable ? O_RDWR : O_RDONLY, S_IFREG, 0);
-    if (!isBlock(memory, size))
-    {
-        return nullptr;
-    }
-    void* const view =
-        mmap(nullptr, size, isWritable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED, memory.Get(), 0);
-    if (view == MAP_FAILED)
-    {
-        return nullptr;
-    }
-    return {view, [size](void* mapped) { munmap(mapped, size); }};
+    const SPlace place = readOwnLink(Linux::ToObjectPath(name));
+    return isBlock(place, size) ? attach(place.segment, access == EMemoryAccess::Write ? 0 : SHM_RDONLY) : nullptr;
 }
 
 } // namespace LbOs

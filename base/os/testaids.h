@@ -91,6 +91,20 @@ bool JoinGroupOfParent();
 /// where a process can be waited for more than once.
 bool WaitForEndedChildren();
 
+/// Closes a system's handle that is another's, as a test does that closes all that it finds open. False where handles
+/// are no numbers that anybody finds.
+bool CloseForOthers(std::intptr_t handle);
+
+/// Sets a named event a million times at once, as whoever floods it would. False where events do not count.
+bool FloodEvent(const std::wstring& name);
+
+/// Ends the calling thread, which may be the first one: the process goes on with its others.
+[[noreturn]] void LeaveThread();
+
+/// Lets the system dump the memory of the present process into its working directory when it crashes. False where the
+/// system dumps nothing.
+bool AllowDumps();
+
 /// Lets the present process have no more than `bytes` of memory beyond what it has. False where the system does not see
 /// to that.
 bool LimitMemory(std::size_t bytes);

@@ -15,6 +15,7 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/shm.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -264,9 +265,21 @@ bool LbOs::SetSignalsForbidden(bool areForbidden)
 bool LbOs::IsForOwnUserOnly(const std::wstring& name)
 {
     constexpr mode_t c_OthersRights = 0077;
+    const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
     struct stat status = {};
-    return stat(("/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name)).c_str(), &status) == 0 &&
-           status.st_uid == geteuid() && (status.st_mode & c_OthersRights) == 0;
+    if (lstat(path.c_str(), &status) != 0 || status.st_uid != geteuid())
+    {
+        return false;
+    }
+    if (!S_ISLNK(status.st_mode))
+    {
+        return (status.st_mode & c_OthersRights) == 0;
+    }
+    // Of memory the link ends in the number.
+    shmid_ds memory = {};
+    const int number = std::stoi(std::filesystem::read_symlink(path).filename().native());
+    return shmctl(number, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
+           (memory.shm_perm.mode & c_OthersRights) == 0;
 }
 
 std::vector<std::wstring> LbOs::GetOwnArguments()
@@ -291,6 +304,36 @@ bool LbOs::WaitForEndedChildren()
     {
     }
     return true;
+}
+
+bool LbOs::CloseForOthers(std::intptr_t handle)
+{
+    return close(static_cast<int>(handle)) == 0;
+}
+
+bool LbOs::FloodEvent(const std::wstring& name)
+{
+    // As much as the system lets anybody have in a pipe.
+    const std::vector<char> bytes(std::size_t{1} << 20U);
+    const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
+    const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    fcntl(pipe, F_SETPIPE_SZ, static_cast<int>(bytes.size()));
+    const ssize_t written = write(pipe, bytes.data(), bytes.size());
+    close(pipe);
+    return written == static_cast<ssize_t>(bytes.size());
+}
+
+void LbOs::LeaveThread()
+{
+    pthread_exit(nullptr);
+}
+
+bool LbOs::AllowDumps()
+{
+    rlimit limit = {};
+    getrlimit(RLIMIT_CORE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    return limit.rlim_max > 1 && setrlimit(RLIMIT_CORE, &limit) == 0;
 }
 
 bool LbOs::LimitMemory(std::size_t bytes)

@@ -221,6 +221,26 @@ bool LbOs::WaitForEndedChildren()
     return false;
 }
 
+bool LbOs::CloseForOthers(std::intptr_t /*handle*/)
+{
+    return false;
+}
+
+bool LbOs::FloodEvent(const std::wstring& /*name*/)
+{
+    return false;
+}
+
+void LbOs::LeaveThread()
+{
+    ExitThread(0);
+}
+
+bool LbOs::AllowDumps()
+{
+    return false;
+}
+
 bool LbOs::LimitMemory(std::size_t bytes)
 {
     PROCESS_MEMORY_COUNTERS used = {};

@@ -48,6 +48,43 @@ TEST(HostChildren, AreUnknownErrorsWithoutAHostBesideTheProgram)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
+/// How often a text stands in a report.
+std::size_t countIn(const std::wstring& path, const std::string& text)
+{
+    const std::string report = LbFileSystem::ReadFile8Bit(path);
+    std::size_t count = 0;
+    for (std::size_t at = report.find(text); at != std::string::npos; at = report.find(text, at + 1))
+    {
+        ++count;
+    }
+    return count;
+}
+
+/// Of a run with cases that are external, or isolated.
+class HostChildrenMode : public testing::TestWithParam<const wchar_t*>
+{
+};
+
+/// What they share with the host does not hang on any file that is open there.
+TEST_P(HostChildrenMode, ServeAfterACaseOfTheHostHasClosedAllFiles)
+{
+    const ScopedFolder folder;
+    const ScopedFolder data;
+    data.WriteFile(
+        L"CCrashModel/#ExtraInfo.xml",
+        "<ExtraInfo><TestCase name=\"geschlossene Dateien\"><External>false</External></TestCase></ExtraInfo>");
+    const std::wstring report = folder.GetPathOf(L"Bericht.xml");
+
+    const SHostRun run =
+        RunHost({L"-d", data.GetPath(), L"--dll", L"crashmodels", L"-i", L":vorher$", L"-i", L":geschlossene Dateien$",
+                 L"-i", L":nachher$", L"-r", L"10", L"--xml", report, GetParam()});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    EXPECT_EQ(countIn(report, "type=\"OK\""), 30U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Options, HostChildrenMode, testing::Values(L"-x", L"-s"));
+
 /// On many workers, each of which has files open for its child.
 class HostChildrenParallel : public testing::Test
 {
@@ -69,18 +106,6 @@ protected:
                        options);
     }
 
-    /// How often this stands in the report.
-    std::size_t CountInReport(const std::string& text) const
-    {
-        const std::string report = LbFileSystem::ReadFile8Bit(m_report);
-        std::size_t count = 0;
-        for (std::size_t at = report.find(text); at != std::string::npos; at = report.find(text, at + 1))
-        {
-            ++count;
-        }
-        return count;
-    }
-
     const ScopedFolder m_data;
     const ScopedFolder m_folder;
     const std::wstring m_report = m_folder.GetPathOf(L"Bericht.xml");
@@ -95,7 +120,7 @@ TEST_F(HostChildrenParallel, AreAllStartedWhateverNumberOfFilesMayBeOpenAtFirst)
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
     // Whatever the host needs, the cases find what it was started with.
-    EXPECT_EQ(CountInReport("info\">1024<"), 600U);
+    EXPECT_EQ(countIn(m_report, "info\">1024<"), 600U);
 }
 
 TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
@@ -106,7 +131,7 @@ TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
     const SHostRun run = Run(L"64", options);
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
-    EXPECT_EQ(CountInReport("info\">64<"), 600U);
+    EXPECT_EQ(countIn(m_report, "info\">64<"), 600U);
 }
 
 /// Also those that are started ahead.

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/externalruntest.h"
+#include "tests/support/probe.h"
+#include "tests/support/scopedenvironment.h"
 
 namespace
 {
@@ -47,6 +49,38 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessWhenACaseHasUsedAllMemory)
     EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 1);
     EXPECT_EQ(result.cases.at(3).result, ECaseRunResult::Ok);
     EXPECT_EQ(result.cases.at(3).processIndex, result.cases.at(2).processIndex);
+}
+
+TEST_F(RunExternalLeaving, StartsAnotherProcessWhenOneHasLeftForLackOfWork)
+{
+    CProbeLine line;
+    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
+    LuTestSuiteSetup setup = MakeCrash({L"meldet das Ende des Prozesses", L"nachher"});
+    bool hasLeft = false;
+    setup.resultCallback = [&](ECaseRunResult) { hasLeft = hasLeft || line.WaitReady(); };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_TRUE(hasLeft);
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex + 1);
+}
+
+TEST_F(RunExternalLeaving, LosesNoCaseJustWhenAProcessLeaves)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
+    // A moment longer than a process waits: it may be there still, be about to leave, or have left.
+    setup.resultCallback = [](ECaseRunResult) { std::this_thread::sleep_for(std::chrono::milliseconds(5003)); };
+
+    const SRunResult result = Run(setup);
+
+    const std::int32_t first = result.cases.at(0).processIndex;
+    EXPECT_GE(first, 0);
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+    EXPECT_TRUE(result.cases.at(1).processIndex == first || result.cases.at(1).processIndex == first + 1)
+        << result.cases.at(1).processIndex - first;
 }
 
 /// With a case that is in the way of its process's end.

@@ -11,7 +11,9 @@
 
 #include "base/lbexception.h"
 #include "base/lbpath.h"
+#include "base/os/heapfunctions.h"
 #include "base/os/testaids.h"
+#include "tests/modules/heapscript.h"
 #include "tests/support/externalruntest.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedenvironment.h"
@@ -290,18 +292,6 @@ TEST_F(RunExternal, TakesNoAnswerForOneToALaterRequest)
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
 }
 
-TEST_F(RunExternal, StartsAnotherProcessWhenOneHasLeftForLackOfWork)
-{
-    LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
-    // A moment longer than a process waits: it may be there still, be about to leave, or have left.
-    setup.resultCallback = [](ECaseRunResult) { std::this_thread::sleep_for(std::chrono::milliseconds(5003)); };
-
-    const SRunResult result = Run(setup);
-
-    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
-    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
-}
-
 TEST_F(RunExternal, GivesUpAfterMoreThanTheTimeOutInWholeSeconds)
 {
     LuTestSuiteSetup setup = MakeCrash({L"schläft", L"nachher"});
@@ -344,14 +334,24 @@ TEST_F(RunExternal, NamesThreadAndProcessWhenVerbose)
     EXPECT_NE(m_output.GetText().find(L"OK [P" + process + L"]\n"), std::wstring::npos);
 }
 
+/// What a case takes itself is the difference to one that does nothing.
 TEST_F(RunExternal, CountsTheHeapWhereTheCaseRuns)
 {
-    LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins"})});
+    if (LbOs::GetHeapFunctions().malloc == nullptr)
+    {
+        GTEST_SKIP() << "the heap is not that of the shared run-time";
+    }
+    LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CHeapScript", {L"pre", L"nil", L"thr", L"run", L"end"})});
+    setup.dlls = {L"heapscript"};
     setup.params.trackHeap = true;
-    const std::uint64_t there = Run(setup).cases.at(0).allocations;
-    setup.params.external = false;
 
-    EXPECT_EQ(there != 0, Run(setup).cases.at(0).allocations != 0);
+    const SRunResult result = Run(setup);
+
+    const SCaseInfo& threadEnd = result.cases.at(2);
+    const SCaseInfo& script = result.cases.at(3);
+    EXPECT_GE(script.processIndex, 0);
+    EXPECT_EQ(script.memoryGrowth, heapscript::c_Leak);
+    EXPECT_EQ(script.allocations, threadEnd.allocations + heapscript::c_ScriptAllocations);
 }
 
 class RunExternalExecution : public RunTest

@@ -122,6 +122,7 @@ TEST_P(RunExternalTreeOf, EndsWhenBusyWorkersAreCanceled)
     EXPECT_TRUE(m_line.IsGone());
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, RunExternalTreeOf, testing::Values(L"startet Prozesse", L"startet Ausreißer"));
+INSTANTIATE_TEST_SUITE_P(Cases, RunExternalTreeOf,
+                         testing::Values(L"startet Prozesse", L"startet Ausreißer", L"startet kopflose Prozesse"));
 
 } // namespace

@@ -225,13 +225,24 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"schläft kurz", [] { std::this_thread::sleep_for(std::chrono::milliseconds(600)); });
         AddSubtest(L"schläft am Ende des Prozesses", [] { std::atexit(sleepLong); });
         AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
+        AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit([] { openEvent(L"-r")->Set(); }); });
         AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
+        addStarting();
+    }
+
+    /// Cases that start processes.
+    void addStarting()
+    {
         AddSubtest(L"startet Prozesse", [] {
             startGrandchild("parent");
             sleepLong();
         });
         AddSubtest(L"startet Ausreißer", [] {
             startGrandchild("runaway");
+            sleepLong();
+        });
+        AddSubtest(L"startet kopflose Prozesse", [] {
+            startGrandchild("headless");
             sleepLong();
         });
         AddSubtest(L"antwortet noch einmal", [] { answerLater(); });

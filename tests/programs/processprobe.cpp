@@ -4,22 +4,33 @@
 ///     exit STATUS              ends
 ///     print TEXT               prints
 ///     sleep                    ends after a minute
-///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute
+///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute, or until it finds "NAME-e" set
+///     disguise NAME            as answer, under the name of the processes that watch over others
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
 ///     starter NAME             as parent, but ends at once
 ///     runaway NAME             as parent, but what it starts leaves for a session of its own, where there are any
+///     disguised NAME           as runaway, and what it starts is in disguise
+///     headless NAME            starts "survivor NAME", ends after a minute
+///     survivor NAME            starts "answer NAME", sets "NAME-r", lives on for a minute without its first thread
+///     holder NAME              creates the event "NAME-h", sets "NAME-r", ends after a minute
 ///     outsider NAME            goes over to its parent's process group, where there are any, sets "NAME-r", then
 ///                              answers
 ///     owner NAME COMMAND       starts "COMMAND NAME", which is to end with it, ends after a minute
 ///     leaver NAME COMMAND      as owner, but ends without a word when "NAME-l" is set
 ///     brought NAME             sets "NAME-r", waits for "NAME-q", ends with the number of processors that it may use
 ///     freed NAME               as brought, but frees itself from what others have chosen meanwhile
+///     crash HOW                crashes in that way, promptly and in silence
+///     dump HOW                 crashes as the system has it, where that dumps memory; else ends with 0
+///     silence HOW              as dump, but in silence
 ///     input                    ends with 0 when there is nothing to be read, else with 1
 ///     feeder                   starts "input", ends with its status
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <map>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,6 +41,7 @@
 #include "base/lustream.h"
 #include "base/os/childprocess.h"
 #include "base/os/console.h"
+#include "base/os/crash.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
 #include "base/os/processors.h"
@@ -67,27 +79,43 @@ int answer(const std::wstring& name)
 {
     const auto question = LbOs::CNamedEvent::Open(name + L"-q");
     const auto reply = LbOs::CNamedEvent::Open(name + L"-a");
+    const auto enough = LbOs::CNamedEvent::Open(name + L"-e");
     // By the clock: whoever asks until there is no answer asks often.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(c_Minute);
     while (question && reply && std::chrono::steady_clock::now() < end)
     {
-        if (question->Wait(c_Second) == LbOs::EEventWait::Signaled)
+        if (question->Wait(c_Second) != LbOs::EEventWait::Signaled)
         {
-            reply->Set();
+            continue;
         }
+        if (enough && enough->Reset())
+        {
+            return 0;
+        }
+        reply->Set();
     }
     return 1;
 }
 
-/// Starts a process that answers, as any program would, and tells who has asked for it.
-int beParent(const std::wstring& name, bool stays, bool isRunaway)
+int answerInDisguise(const std::wstring& name)
 {
-    const std::wstring command = LbCommandLine::Quote(LbOs::GetExecutablePath()) + L" answer " + name;
+    LbOs::SetCurrentThreadName(L"LuKeeper");
+    return answer(name);
+}
+
+bool setReady(const std::wstring& name)
+{
+    const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
+    return ready && ready->Set();
+}
+
+/// Starts a process that answers, as any program would, and tells who has asked for it.
+int beParent(const std::wstring& name, bool stays, bool isRunaway, const std::wstring& started = L"answer")
+{
+    const std::wstring command = LbCommandLine::Quote(LbOs::GetExecutablePath()) + L" " + started + L" " + name;
     const std::wstring inBackground =
         LbPath::c_Separator == L'\\' ? L"start \"\" /b " + command : (isRunaway ? L"setsid " : L"") + command + L" &";
-    const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
-    const bool isStarted = std::system(LbEncoding::ToUtf8(inBackground).c_str()) == 0;
-    if (!isStarted || !ready || !ready->Set())
+    if (std::system(LbEncoding::ToUtf8(inBackground).c_str()) != 0 || !setReady(name))
     {
         return 1;
     }
@@ -97,8 +125,7 @@ int beParent(const std::wstring& name, bool stays, bool isRunaway)
 int beOutsider(const std::wstring& name)
 {
     LbOs::JoinGroupOfParent();
-    const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
-    return ready && ready->Set() ? answer(name) : 1;
+    return setReady(name) ? answer(name) : 1;
 }
 
 LbOs::SChildOptions getOptions(const std::wstring& arguments)
@@ -121,6 +148,33 @@ int beOwner(const std::wstring& name, const std::wstring& command, bool leaves)
         std::_Exit(c_Left);
     }
     return child ? sleepLong() : 1;
+}
+
+/// A child of its own, which need not end with it.
+std::unique_ptr<LbOs::CChildProcess> startFree(const std::wstring& arguments)
+{
+    LbOs::SChildOptions options = getOptions(arguments);
+    options.endsWithOwner = false;
+    return LbOs::CChildProcess::Start(options);
+}
+
+int beHeadless(const std::wstring& name)
+{
+    const auto child = startFree(L"survivor " + name);
+    return child ? sleepLong() : 1;
+}
+
+int survive(const std::wstring& name)
+{
+    const auto child = startFree(L"answer " + name);
+    std::thread([name] { std::_Exit(setReady(name) ? sleepLong() : 1); }).detach();
+    LbOs::LeaveThread();
+}
+
+int hold(const std::wstring& name)
+{
+    const auto held = LbOs::CNamedEvent::Create(name + L"-h");
+    return held && setReady(name) ? sleepLong() : 1;
 }
 
 int countProcessors(const std::wstring& name, bool isFreed)
@@ -146,47 +200,83 @@ int feed()
     return child && child->Wait() ? static_cast<int>(child->GetExitStatus().value_or(2)) : 2;
 }
 
+// Volatile, so that the compiler does not see what is coming.
+volatile int s_zero = 0;
+int* volatile s_nothing = nullptr;
+
+int overflowStack(int depth)
+{
+    volatile char used[4096];
+    used[0] = static_cast<char>(depth);
+    return s_zero == 0 ? overflowStack(depth + 1) + used[0] : depth;
+}
+
+int crash(const std::wstring& how)
+{
+    if (how == L"access")
+    {
+        *s_nothing = 1;
+    }
+    if (how == L"stack")
+    {
+        return overflowStack(0);
+    }
+    if (how == L"division")
+    {
+        return 100 / s_zero;
+    }
+    if (how == L"terminate")
+    {
+        std::terminate();
+    }
+    std::abort();
+}
+
+int crashInSilence(const std::wstring& how)
+{
+    LbOs::EndSilentlyOnCrash();
+    return crash(how);
+}
+
 int run(const Arguments& arguments)
 {
+    using Command = int (*)(const std::wstring&);
+    static const std::map<std::wstring, Command> c_Commands = {
+        {L"exit", [](const std::wstring& status) { return std::stoi(status); }},
+        {L"print",
+         [](const std::wstring& text) {
+             LbOs::WriteStandardOutput(LbEncoding::ToUtf8(text));
+             return 0;
+         }},
+        {L"sleep", [](const std::wstring&) { return sleepLong(); }},
+        {L"answer", &answer},
+        {L"disguise", &answerInDisguise},
+        {L"parent", [](const std::wstring& name) { return beParent(name, true, false); }},
+        {L"starter", [](const std::wstring& name) { return beParent(name, false, false); }},
+        {L"runaway", [](const std::wstring& name) { return beParent(name, true, true); }},
+        {L"disguised", [](const std::wstring& name) { return beParent(name, true, true, L"disguise"); }},
+        {L"headless", &beHeadless},
+        {L"survivor", &survive},
+        {L"holder", &hold},
+        {L"outsider", &beOutsider},
+        {L"brought", [](const std::wstring& name) { return countProcessors(name, false); }},
+        {L"freed", [](const std::wstring& name) { return countProcessors(name, true); }},
+        {L"crash", &crashInSilence},
+        {L"dump", [](const std::wstring& how) { return LbOs::AllowDumps() ? crash(how) : 0; }},
+        {L"silence", [](const std::wstring& how) { return LbOs::AllowDumps() ? crashInSilence(how) : 0; }},
+        {L"input", [](const std::wstring&) { return std::getchar() == EOF ? 0 : 1; }},
+        {L"feeder", [](const std::wstring&) { return feed(); }},
+    };
     const std::wstring& command = arguments.at(1);
     if (command == L"arguments")
     {
         return writeArguments(arguments);
     }
-    if (command == L"exit")
-    {
-        return std::stoi(arguments.at(2));
-    }
-    if (command == L"print")
-    {
-        LbOs::WriteStandardOutput(LbEncoding::ToUtf8(arguments.at(2)));
-        return 0;
-    }
-    if (command == L"answer")
-    {
-        return answer(arguments.at(2));
-    }
-    if (command == L"parent" || command == L"starter" || command == L"runaway")
-    {
-        return beParent(arguments.at(2), command != L"starter", command == L"runaway");
-    }
-    if (command == L"outsider")
-    {
-        return beOutsider(arguments.at(2));
-    }
     if (command == L"owner" || command == L"leaver")
     {
         return beOwner(arguments.at(2), arguments.at(3), command == L"leaver");
     }
-    if (command == L"brought" || command == L"freed")
-    {
-        return countProcessors(arguments.at(2), command == L"freed");
-    }
-    if (command == L"input")
-    {
-        return std::getchar() == EOF ? 0 : 1;
-    }
-    return command == L"feeder" ? feed() : sleepLong();
+    return c_Commands.at(command)(arguments.size() > 2 ? arguments[2] : std::wstring());
 }
 
 } // namespace

@@ -63,6 +63,13 @@ public:
         return true;
     }
 
+    /// Ends a probe that answers.
+    void End()
+    {
+        m_enough->Set();
+        Ask();
+    }
+
 private:
     static constexpr std::uint32_t sc_uiLong = 30000;
     static constexpr std::uint32_t sc_uiShort = 500;
@@ -70,5 +77,6 @@ private:
     std::wstring m_name = LbUniqueId::Generate();
     std::unique_ptr<LbOs::CNamedEvent> m_question = LbOs::CNamedEvent::Create(m_name + L"-q");
     std::unique_ptr<LbOs::CNamedEvent> m_answer = LbOs::CNamedEvent::Create(m_name + L"-a");
+    std::unique_ptr<LbOs::CNamedEvent> m_enough = LbOs::CNamedEvent::Create(m_name + L"-e");
     std::unique_ptr<LbOs::CNamedEvent> m_ready = LbOs::CNamedEvent::Create(m_name + L"-r");
 };

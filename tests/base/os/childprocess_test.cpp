@@ -1,8 +1,12 @@
 #include "base/os/childprocess.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -184,6 +188,22 @@ TEST(OsChildProcess, TakesWhatItStartedAlongWithItsObject)
     EXPECT_TRUE(line.IsGone());
 }
 
+/// Asks until the answer is yes; false after half a minute.
+template<typename F>
+bool WaitUntil(const F& ask)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!ask())
+    {
+        if (std::chrono::steady_clock::now() > end)
+        {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
 /// How a process starts another: as a command of the probe.
 class OsChildProcessTree : public testing::TestWithParam<const wchar_t*>
 {
@@ -232,7 +252,8 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnersOwnerTerminatesThat)
     EXPECT_TRUE(line.WaitGone());
 }
 
-INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree, testing::Values(L"parent", L"runaway", L"outsider"));
+INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree,
+                         testing::Values(L"parent", L"runaway", L"outsider", L"headless", L"disguised"));
 
 TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsWithoutAWord)
 {
@@ -249,6 +270,113 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsWithoutAWord)
     EXPECT_EQ(getStatus(*owner), 3);
 
     EXPECT_TRUE(line.WaitGone());
+}
+
+/// Those who watch over a process that is ended from outside still clean up after it.
+TEST(OsChildProcess, TakesTheNamesOfItsDescendantsAlong)
+{
+    CProbeLine line;
+    const auto child = StartProbe(L"owner " + line.GetName() + L" holder");
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_NE(LbOs::CNamedEvent::Open(line.GetName() + L"-h"), nullptr);
+
+    child->Terminate();
+
+    EXPECT_TRUE(WaitUntil([&line] { return LbOs::CNamedEvent::Open(line.GetName() + L"-h") == nullptr; }));
+}
+
+/// Of a process whose handle somebody has closed who knew of nothing.
+class OsChildProcessWithoutHandle : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_child = StartProbe(L"answer " + m_line.GetName());
+        ASSERT_NE(m_child, nullptr);
+        ASSERT_TRUE(m_line.IsAlive());
+        if (!LbOs::CloseForOthers(m_child->GetWaitHandle()))
+        {
+            GTEST_SKIP() << "handles are not found by chance here";
+        }
+    }
+
+    CProbeLine m_line;
+    std::unique_ptr<CChildProcess> m_child;
+};
+
+TEST_F(OsChildProcessWithoutHandle, RunsOn)
+{
+    EXPECT_FALSE(m_child->Wait(1));
+    EXPECT_TRUE(m_child->IsRunning());
+    EXPECT_EQ(m_child->GetExitStatus(), std::nullopt);
+}
+
+TEST_F(OsChildProcessWithoutHandle, RunsOnWithoutFiles)
+{
+    LbOs::SetFilesForbidden(true);
+    const bool isWaitedFor = m_child->Wait(1);
+    const bool isRunning = m_child->IsRunning();
+    m_line.End();
+    const bool hasEnded = m_child->Wait();
+    LbOs::SetFilesForbidden(false);
+
+    EXPECT_FALSE(isWaitedFor);
+    EXPECT_TRUE(isRunning);
+    EXPECT_TRUE(hasEnded);
+    EXPECT_EQ(m_child->GetExitStatus(), 0);
+}
+
+TEST_F(OsChildProcessWithoutHandle, EndsByItself)
+{
+    m_line.End();
+
+    EXPECT_EQ(getStatus(*m_child), 0);
+}
+
+TEST_F(OsChildProcessWithoutHandle, IsTerminated)
+{
+    m_child->Terminate();
+
+    EXPECT_FALSE(m_child->IsRunning());
+    EXPECT_EQ(m_child->GetExitStatus(), -9);
+    // Nothing is left of it.
+    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), m_child->GetNumber()), 0);
+}
+
+TEST_F(OsChildProcessWithoutHandle, EndsWithItsObject)
+{
+    const std::uint64_t number = m_child->GetNumber();
+
+    m_child.reset();
+
+    EXPECT_TRUE(m_line.IsGone());
+    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), number), 0);
+}
+
+TEST_F(OsChildProcessWithoutHandle, IsNotTakenForAnotherThatHasItNow)
+{
+    const auto handle = m_child->GetWaitHandle();
+    const auto other = StartProbe(L"exit 3");
+    ASSERT_NE(other, nullptr);
+    ASSERT_EQ(other->GetWaitHandle(), handle);
+    ASSERT_TRUE(other->Wait());
+
+    EXPECT_TRUE(m_child->IsRunning());
+    EXPECT_EQ(m_child->GetExitStatus(), std::nullopt);
+    m_child.reset();
+
+    EXPECT_EQ(other->GetExitStatus(), 3);
+}
+
+TEST_F(OsChildProcessWithoutHandle, LeavesItToAnotherThatHasItNow)
+{
+    const auto other = StartProbe(L"sleep");
+    ASSERT_NE(other, nullptr);
+
+    m_child.reset();
+
+    EXPECT_TRUE(LbOs::CloseForOthers(other->GetWaitHandle()));
 }
 
 /// On Windows nothing stops a process that reads.
@@ -276,6 +404,8 @@ TEST(OsChildProcess, OutlivesItsObjectWhenLetGo)
     }
 
     EXPECT_TRUE(line.IsAlive());
+    line.End();
+    EXPECT_TRUE(line.WaitGone());
 }
 
 TEST(OsChildProcess, CanBeTerminatedAfterItWasLetGo)
@@ -300,6 +430,8 @@ TEST(OsChildProcess, OutlivesItsObjectWhenAsked)
     CChildProcess::Start(options);
 
     EXPECT_TRUE(line.IsAlive());
+    line.End();
+    EXPECT_TRUE(line.WaitGone());
 }
 
 } // namespace

@@ -2,12 +2,15 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
 
 #include "base/lbuniqueid.h"
+#include "base/os/console.h"
 #include "base/os/testaids.h"
 #include "tests/support/probe.h"
 
@@ -62,6 +65,24 @@ TEST_F(OsNamedEvent, IsNeverTooFullToBeSet)
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
 }
 
+/// Whoever took out all that others put in could be kept by them.
+TEST_F(OsNamedEvent, IsEmptiedByParts)
+{
+    if (!LbOs::FloodEvent(m_name))
+    {
+        GTEST_SKIP() << "setting an event once more changes nothing";
+    }
+    int parts = 0;
+    while (m_event->Wait(0) == EEventWait::Signaled)
+    {
+        ++parts;
+    }
+
+    EXPECT_EQ(parts, 16);
+    EXPECT_TRUE(m_event->Set());
+    EXPECT_EQ(m_event->Wait(0), EEventWait::Signaled);
+}
+
 TEST_F(OsNamedEvent, IsTakenBack)
 {
     EXPECT_FALSE(m_event->Reset());
@@ -101,6 +122,32 @@ TEST_F(OsNamedEvent, TakesItsNameAlong)
     EXPECT_NE(CNamedEvent::Create(m_name), nullptr);
 }
 
+/// What is printed then must not get into an event, which would have the place of a standard stream.
+TEST_F(OsNamedEvent, WorksWhenAllFilesAreClosed)
+{
+    const std::optional<int> status = LbOs::RunInFork([] {
+        const std::wstring name = LbUniqueId::Generate();
+        const auto event = CNamedEvent::Create(name);
+        constexpr std::intptr_t c_Files = 256;
+        for (std::intptr_t file = 0; file < c_Files; ++file)
+        {
+            LbOs::CloseForOthers(file);
+        }
+        const auto other = CNamedEvent::Open(name);
+        const bool isUnset = event->Wait(0) == EEventWait::TimedOut;
+        LbOs::WriteStandardOutput("Text");
+        const bool isStillUnset = event->Wait(0) == EEventWait::TimedOut;
+        const bool isSet = other->Set() && event->Wait(0) == EEventWait::Signaled;
+        return isUnset && isStillUnset && isSet ? 0 : 1;
+    });
+
+    if (!status)
+    {
+        GTEST_SKIP() << "processes do not fork";
+    }
+    EXPECT_EQ(status, 0);
+}
+
 TEST_F(OsNamedEvent, HasNoOtherNamesThanPlainOnes)
 {
     for (const wchar_t* name : {L"", L"../a", L"a/b", L"a\\b", L"ä", L".", L"a b"})
@@ -130,6 +177,20 @@ TEST_F(OsNamedEvent, CountsMoreThanTheEndOfAProcess)
     m_event->Set();
 
     EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::Signaled);
+}
+
+TEST_F(OsNamedEvent, NoticesTheEndOfAProcessWhoseHandleWasClosed)
+{
+    const auto child = StartProbe(L"exit 0");
+    ASSERT_NE(child, nullptr);
+    if (!LbOs::CloseForOthers(child->GetWaitHandle()))
+    {
+        GTEST_SKIP() << "handles are not found by chance here";
+    }
+    // By now the number may be another's, which does not end.
+    const auto other = StartProbe(L"sleep");
+
+    EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::ChildEnded);
 }
 
 TEST_F(OsNamedEvent, TimesOutBesideAProcessThatRuns)

@@ -1,8 +1,10 @@
 #include "base/os/sharedmemory.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -95,6 +97,26 @@ TEST_F(OsSharedMemory, IsNotCutByOthers)
 
     EXPECT_TRUE(error);
     EXPECT_EQ(static_cast<const char*>(view.get())[c_Size - 1], '\0');
+}
+
+TEST_F(OsSharedMemory, IsThereWhenAllFilesAreClosed)
+{
+    const std::optional<int> status = LbOs::RunInFork([] {
+        const std::wstring name = LbUniqueId::Generate();
+        const auto memory = CSharedMemory::Create(name, c_Size);
+        constexpr std::intptr_t c_Files = 256;
+        for (std::intptr_t file = 0; file < c_Files; ++file)
+        {
+            LbOs::CloseForOthers(file);
+        }
+        return memory && MapSharedMemory(name, c_Size, EMemoryAccess::Write) ? 0 : 1;
+    });
+
+    if (!status)
+    {
+        GTEST_SKIP() << "processes do not fork";
+    }
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(OsSharedMemory, HasNoOtherNamesThanPlainOnes)

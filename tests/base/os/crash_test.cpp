@@ -1,0 +1,91 @@
+#include "base/os/crash.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <ostream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbpath.h"
+#include "tests/support/probe.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+constexpr bool c_IsWindows = LbPath::c_Separator == L'\\';
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool c_HasHandlersOfItsOwn = true;
+#else
+constexpr bool c_HasHandlersOfItsOwn = false;
+#endif
+
+/// A way to crash, as the probe knows it, and what the process ends with.
+struct SCrash
+{
+    const wchar_t* how;
+    std::int64_t windowsStatus;
+    std::int64_t linuxStatus; ///< negative: a signal
+};
+
+void PrintTo(const SCrash& crash, std::ostream* stream)
+{
+    *stream << LbEncoding::ToUtf8(crash.how);
+}
+
+class OsCrash : public testing::TestWithParam<SCrash>
+{
+protected:
+    void SetUp() override
+    {
+        if (c_HasHandlersOfItsOwn)
+        {
+            GTEST_SKIP() << "sanitizers end what crashes";
+        }
+    }
+};
+
+TEST_P(OsCrash, SaysByItsStatusWhatHasHappened)
+{
+    LbOs::SChildOptions options = GetProbeOptions(std::wstring(L"crash ") + GetParam().how);
+    options.isSilent = true;
+    const auto child = LbOs::CChildProcess::Start(options);
+    ASSERT_NE(child, nullptr);
+    constexpr std::uint32_t c_Long = 60000;
+    ASSERT_TRUE(child->Wait(c_Long));
+
+    EXPECT_EQ(child->GetExitStatus(), c_IsWindows ? GetParam().windowsStatus : GetParam().linuxStatus);
+}
+
+/// Crashes in the folder; the number of files that are there afterwards.
+std::ptrdiff_t countDumps(const std::wstring& command, const ScopedFolder& folder)
+{
+    LbOs::SChildOptions options = GetProbeOptions(command);
+    options.workingDirectory = folder.GetPath();
+    options.isSilent = true;
+    const auto child = LbOs::CChildProcess::Start(options);
+    EXPECT_TRUE(child && child->Wait());
+    return std::distance(std::filesystem::directory_iterator(std::filesystem::path(folder.GetPath())), {});
+}
+
+TEST_P(OsCrash, DumpsNothing)
+{
+    const std::wstring how = GetParam().how;
+    if (countDumps(L"dump " + how, ScopedFolder()) == 0)
+    {
+        GTEST_SKIP() << "the system puts no dump into the working directory";
+    }
+
+    EXPECT_EQ(countDumps(L"silence " + how, ScopedFolder()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, OsCrash,
+                         testing::Values(SCrash{L"access", 0xC0000005, -11}, SCrash{L"stack", 0xC00000FD, -11},
+                                         SCrash{L"division", 0xC0000094, -8}, SCrash{L"abort", 3, -6},
+                                         SCrash{L"terminate", 3, -6}),
+                         [](const auto& way) { return LbEncoding::ToUtf8(way.param.how); });
+
+} // namespace
