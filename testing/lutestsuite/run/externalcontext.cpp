@@ -130,7 +130,7 @@ void CExternalLane::AssertChild()
 bool CExternalLane::MakeReady()
 {
     AssertChild();
-    // Opened now, since that takes a file, too.
+    // Opened now, since that may fail, too.
     m_buffer.GetWriteAccess();
     m_buffer.GetReadAccess();
     return HasChild();
