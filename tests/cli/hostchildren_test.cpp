@@ -143,7 +143,7 @@ TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
     const SHostRun run = Run(L"64", options, L"-s");
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
-    EXPECT_EQ(CountInReport("info\">64<"), 600U);
+    EXPECT_EQ(countIn(m_report, "info\">64<"), 600U);
 }
 
 } // namespace
