@@ -1,7 +1,6 @@
 #include "base/os/processors.h"
 
 #include <optional>
-#include <utility>
 
 #include <sched.h>
 
@@ -41,6 +40,8 @@ CThreadProcessors::~CThreadProcessors() = default;
 
 void CThreadProcessors::Read()
 {
+    // In case that it has failed before: a narrowed choice is not the thread's own.
+    Restore();
     m_state->isRead = sched_getaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors) == 0;
 }
 
@@ -56,9 +57,9 @@ void CThreadProcessors::MeetWith(const CChildProcess& child)
 
 void CThreadProcessors::Restore()
 {
-    if (std::exchange(m_state->isRead, false))
+    if (m_state->isRead && sched_setaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors) == 0)
     {
-        sched_setaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors);
+        m_state->isRead = false;
     }
 }
 

@@ -13,6 +13,7 @@
 #include "base/lbformat.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/run/caserunner.h"
 #include "tests/support/hostchildren.h"
 
 namespace
@@ -220,6 +221,36 @@ TEST(ExternalContext, LeavesTheSparesOfOthersAlone)
 
     EXPECT_EQ(CountHostChildren(), 2);
     EXPECT_NE(spares.Take(), nullptr);
+}
+
+/// Asks for a case that nobody knows: the index of the process that has said so; -2 without an answer.
+std::int32_t askIsolated(CExternalContext& context)
+{
+    LuTestSuiteRun::CExternalLane& lane = context.Obtain(true);
+    LuTestSuite::SUnitTest unitTest;
+    unitTest.className = L"CUnknownModel";
+    LuTestSuiteRun::WriteRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, {}, {});
+    lane.Ask();
+    const std::int32_t index = lane.WaitForAnswer(LuTestSuiteRun::c_NoLimit, [] { return false; });
+    const auto result = LuTestSuiteRun::LoadResult(*lane.GetBuffer().GetReadAccess());
+    return result == LuTestSuiteRun::ECaseRunResult::NoMatchingCase ? index : -2;
+}
+
+/// What has brought it down may have been the case that was under way. Indices go on as if nothing had happened.
+TEST(ExternalContext, ReplacesSparesThatHaveEnded)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    CExternalContext context(spares);
+    const std::int32_t before = askIsolated(context);
+    ASSERT_GE(before, 0);
+    context.Release();
+    spares.Start(just(1));
+
+    KillHostChildren();
+
+    EXPECT_EQ(askIsolated(context), before + 1);
+    EXPECT_EQ(askIsolated(context), before + 2);
 }
 
 } // namespace

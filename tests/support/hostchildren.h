@@ -11,13 +11,28 @@
 #include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
-/// Also of those that have just been started.
-inline std::ptrdiff_t CountHostChildren()
+/// Also those that have just been started.
+inline std::vector<LbOs::SProcess> ListHostChildren()
 {
     const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
     const std::wstring host = std::wstring(isDebug ? L"LuTestSuiteCLID" : L"LuTestSuiteCLI") + LbOs::c_ExecutableSuffix;
     const std::vector<unsigned long> children = LbOs::ListChildren();
-    return std::ranges::count_if(LbOs::ListProcesses(), [&](const LbOs::SProcess& process) {
-        return process.executableName == host && std::ranges::find(children, process.number) != children.end();
+    std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
+    std::erase_if(processes, [&](const LbOs::SProcess& process) {
+        return process.executableName != host || std::ranges::find(children, process.number) == children.end();
     });
+    return processes;
+}
+
+inline std::ptrdiff_t CountHostChildren()
+{
+    return std::ssize(ListHostChildren());
+}
+
+inline void KillHostChildren()
+{
+    for (const LbOs::SProcess& process : ListHostChildren())
+    {
+        LbOs::KillProcess(process);
+    }
 }

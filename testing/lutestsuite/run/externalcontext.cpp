@@ -115,6 +115,7 @@ void CExternalLane::startChild()
     options.isSilent = true;
     m_child = LbOs::CChildProcess::Start(options);
     m_processIndex = sc_iNone;
+    m_isSpare = m_hasAnswered = false;
     m_meetings.Forget();
     m_idle.Restart();
 }
@@ -138,9 +139,19 @@ bool CExternalLane::MakeReady()
 
 bool CExternalLane::isNotTaken(EEnd end)
 {
-    // Whatever a child that leaves comes to grief with is what the cases before have left in it.
-    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_child->GetExitStatus() == 0);
+    // Whatever a child that leaves comes to grief with is what the cases before have left in it; a spare's start may
+    // have failed for lack of what the case that was under way then has given back since.
+    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_isSpare || m_child->GetExitStatus() == 0);
     return end == EEnd::NotTaken || (hasLeft && m_request->Reset());
+}
+
+void CExternalLane::replaceChild()
+{
+    // Indices count what cases were given: in place of a child that no case has used they get one of the same index.
+    const std::int32_t unused = m_hasAnswered ? sc_iNone : m_processIndex;
+    startChild();
+    m_processIndex = m_child ? unused : sc_iNone;
+    AssertProcessIndex();
 }
 
 void CExternalLane::AssertProcessIndex()
@@ -180,11 +191,11 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     EEnd end = wait(timeOutSec, isCanceled);
     if (isNotTaken(end))
     {
-        startChild();
-        AssertProcessIndex();
+        replaceChild();
         Ask();
         end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
     }
+    m_hasAnswered = end == EEnd::Answered;
     m_meetings.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
@@ -204,16 +215,21 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     return processIndex;
 }
 
+LbOs::EEventWait CExternalLane::waitOnce(std::uint32_t milliseconds)
+{
+    const SRestored restored{m_processors};
+    return m_response->Wait(milliseconds, m_child.get());
+}
+
 CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
     constexpr std::uint32_t c_SliceMilliseconds = 1000;
     constexpr std::uint32_t c_TakingMilliseconds = 250;
-    const SRestored restored{m_processors};
     for (std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;;
          slice = c_SliceMilliseconds)
     {
-        switch (m_response->Wait(slice, m_child.get()))
+        switch (waitOnce(slice))
         {
         case LbOs::EEventWait::Signaled:
             return EEnd::Answered;
@@ -268,7 +284,9 @@ std::unique_ptr<CExternalLane> CSpareLanes::start() const
     try
     {
         auto lane = std::make_unique<CExternalLane>(m_settings);
-        return lane->MakeReady() ? std::move(lane) : nullptr;
+        const bool isReady = lane->MakeReady();
+        lane->BeSpare();
+        return isReady ? std::move(lane) : nullptr;
     }
     catch (...)
     {

@@ -69,7 +69,11 @@ public:
     /// is replaced when it does not answer: to look for it ahead of each case would cost all of them time.
     void AssertChild();
 
-    /// Does so, and gets all that its next case needs; false without a child. Throws LbException.
+    /// The child was started while a case was under way: when it ends before it has taken its first request, it is
+    /// replaced.
+    void BeSpare() { m_isSpare = true; }
+
+    /// Asserts the child, and gets all that its next case needs; false without a child. Throws LbException.
     bool MakeReady();
 
     /// Numbers the child, unless it is: those that a case was given, in that order.
@@ -103,6 +107,10 @@ private:
     /// The request was left to nobody: by a child that has ended by itself, or was about to.
     bool isNotTaken(EEnd end);
 
+    /// Starts another child for a request that nobody has taken.
+    void replaceChild();
+
+    LbOs::EEventWait waitOnce(std::uint32_t milliseconds);
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     void writeResult(ECaseRunResult result);
 
@@ -126,6 +134,8 @@ private:
     LbOs::CThreadProcessors m_processors; ///< of the thread that asks
     CMeetings m_meetings;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
+    bool m_isSpare = false;
+    bool m_hasAnswered = false;
     bool m_mayBeLeaving = false;             ///< it had been idle for long when it was asked
     LbTimer m_timer{LbTimer::eR_NanoSecond}; ///< since the request
 

@@ -75,8 +75,6 @@ public:
     void RethrowFailure() const;
 
 private:
-    void stopHandingOut();
-
     const std::vector<std::uint32_t>& m_list;
     std::vector<SCaseInfo>& m_cases;
     const std::function<bool()>& m_isCanceled;
@@ -85,6 +83,7 @@ private:
     std::size_t m_next = 0;
     std::vector<SCaseInfo*> m_leftOver; ///< by workers that could not run them
     std::size_t m_takers = 0;           ///< workers that have not left
+    bool m_isStopped = false;           ///< nothing is handed out any more
 
     LbCriticalSection m_finishedLock; ///< of all below
     std::vector<SCaseInfo*> m_finished;
@@ -96,9 +95,13 @@ SCaseInfo* CWork::Take()
 {
     const LbCriticalSectionLock lock(m_workLock);
     const bool isNone = m_leftOver.empty() && m_next >= m_list.size();
-    if (isNone || m_isCanceled())
+    if (isNone || m_isStopped)
     {
-        stopHandingOut();
+        return nullptr;
+    }
+    if (m_isCanceled())
+    {
+        m_isStopped = true;
         return nullptr;
     }
     if (m_leftOver.empty())
@@ -113,6 +116,10 @@ SCaseInfo* CWork::Take()
 bool CWork::LeaveToOthers(SCaseInfo& info)
 {
     const LbCriticalSectionLock lock(m_workLock);
+    if (m_isStopped)
+    {
+        return true;
+    }
     if (m_takers <= 1)
     {
         return false;
@@ -125,34 +132,28 @@ bool CWork::LeaveToOthers(SCaseInfo& info)
 bool CWork::Leave()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    m_takers -= m_leftOver.empty() ? 1 : 0;
-    return m_leftOver.empty();
+    const bool mayLeave = m_isStopped || m_leftOver.empty();
+    m_takers -= mayLeave ? 1 : 0;
+    return mayLeave;
 }
 
 bool CWork::Abandon()
 {
     const LbCriticalSectionLock lock(m_workLock);
     --m_takers;
-    return m_takers > 0 || (m_leftOver.empty() && m_next >= m_list.size());
+    return m_takers > 0 || m_isStopped || (m_leftOver.empty() && m_next >= m_list.size());
 }
 
 std::span<const std::uint32_t> CWork::GetToCome()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    return std::span(m_list).subspan(m_next);
-}
-
-/// Called with the lock held.
-void CWork::stopHandingOut()
-{
-    m_next = m_list.size();
-    m_leftOver.clear();
+    return std::span(m_list).subspan(m_isStopped ? m_list.size() : m_next);
 }
 
 void CWork::Stop()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    stopHandingOut();
+    m_isStopped = true;
 }
 
 bool CWork::IsCanceled()
