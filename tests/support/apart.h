@@ -18,7 +18,15 @@ inline bool CheckApart(const std::function<bool()>& prepare, const std::function
         {
             return c_Unprepared;
         }
-        check();
+        try
+        {
+            check();
+        }
+        catch (...)
+        {
+            // On its way out it would have the copy go on with the other tests.
+            ADD_FAILURE() << "exception";
+        }
         return testing::Test::HasFailure() ? 1 : 0;
     });
     if (!status || status == c_Unprepared)
