@@ -1,5 +1,6 @@
 #include "base/os/console.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string_view>
 
@@ -71,7 +72,7 @@ bool writeToConsole(std::FILE* stream, std::string_view bytes)
             break;
         }
         // A console may take less than it was given.
-        rest.remove_prefix(getWholeSize(rest.substr(0, count)));
+        rest.remove_prefix(std::min<std::size_t>(count, rest.size()));
     }
     return true;
 }

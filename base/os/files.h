@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,11 +30,38 @@ struct SDirectoryEntry
     bool isLink;      ///< as IsLink says
 };
 
+/// Which file it is among all of the machine, whatever its names are.
+struct SFileIdentity
+{
+    std::uint64_t volume;
+    std::uint64_t number;
+
+    auto operator<=>(const SFileIdentity&) const = default;
+};
+
+struct SFileStatus
+{
+    SFileIdentity identity;
+    std::int64_t size;
+    std::int64_t modificationTime; ///< in the system's own steps
+    bool hasSeveralNames;          ///< hard links
+};
+
 /// True when the path does not depend on the working directory (nor on its drive). Nothing is looked up.
 LB_API bool IsAbsolutePath(std::wstring_view path) noexcept;
 
 /// What stands at `path`, links followed; Missing also when the path cannot be looked at, as a link to nothing.
 LB_API EEntry QueryEntry(const std::wstring& path);
+
+/// True when nothing stands at `path`, links followed: it or a part of the way is missing, or links lead in a circle.
+/// False also when the system does not tell, as behind a folder that may not be entered.
+LB_API bool IsMissing(const std::wstring& path);
+
+/// Nothing when the path cannot be looked at. Links are followed.
+LB_API std::optional<SFileStatus> GetFileStatus(const std::wstring& path);
+
+/// As GetFileStatus, but a link at the end of the path is not followed: that of the link itself.
+LB_API std::optional<SFileStatus> GetPlaceStatus(const std::wstring& path);
 
 /// True when `path` itself is a link, whatever it leads to: a symbolic link, on Windows also a mount point. What else
 /// stands in for its content there, as files of a cloud do, is none.

@@ -75,6 +75,15 @@ std::wstring getParent(const std::wstring& path)
     return target.empty() ? path.substr(0, std::min(path.rfind(L'/'), path.size())) : target == L"/" ? L"" : target;
 }
 
+LbOs::SFileStatus toFileStatus(const struct stat& status)
+{
+    constexpr std::int64_t c_StepsPerSecond = 1'000'000'000;
+    return {{status.st_dev, status.st_ino},
+            status.st_size,
+            status.st_mtim.tv_sec * c_StepsPerSecond + status.st_mtim.tv_nsec,
+            status.st_nlink > 1};
+}
+
 std::wstring withoutSeparators(std::wstring path)
 {
     while (path.size() > 1 && path.back() == L'/')
@@ -142,6 +151,24 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     return S_ISDIR(status.st_mode) ? EEntry::Directory : EEntry::File;
 }
 
+bool LbOs::IsMissing(const std::wstring& path)
+{
+    struct stat status = {};
+    return stat(toSystemPath(path).c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
+}
+
+std::optional<LbOs::SFileStatus> LbOs::GetFileStatus(const std::wstring& path)
+{
+    struct stat status = {};
+    return stat(toSystemPath(path).c_str(), &status) == 0 ? std::optional(toFileStatus(status)) : std::nullopt;
+}
+
+std::optional<LbOs::SFileStatus> LbOs::GetPlaceStatus(const std::wstring& path)
+{
+    struct stat status = {};
+    return lstat(toSystemPath(path).c_str(), &status) == 0 ? std::optional(toFileStatus(status)) : std::nullopt;
+}
+
 bool LbOs::IsLink(const std::wstring& path)
 {
     struct stat status = {};
@@ -166,10 +193,9 @@ bool LbOs::IsRegularFile(const std::wstring& path)
 
 bool LbOs::AreSameFile(const std::wstring& path, const std::wstring& otherPath)
 {
-    struct stat status = {};
-    struct stat otherStatus = {};
-    return stat(toSystemPath(path).c_str(), &status) == 0 && stat(toSystemPath(otherPath).c_str(), &otherStatus) == 0 &&
-           status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino;
+    const std::optional<SFileStatus> status = GetFileStatus(path);
+    const std::optional<SFileStatus> otherStatus = GetFileStatus(otherPath);
+    return status && otherStatus && status->identity == otherStatus->identity;
 }
 
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)

@@ -1,12 +1,12 @@
 #include "base/os/files.h"
 
-#include <cstring>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 #include "base/lbexception.h"
 #include "base/os/console.h"
+#include "base/os/linkdata.h"
 #include "base/os/windows_api.h"
 
 // Behind windows.h, which it needs.
@@ -75,6 +75,26 @@ OwnedHandle openToLookAt(const std::wstring& path, DWORD flags = 0)
     return OwnedHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
 }
 
+std::int64_t toNumber(DWORD high, DWORD low)
+{
+    constexpr unsigned c_LowBits = 32;
+    return static_cast<std::int64_t>(std::uint64_t{high} << c_LowBits | low);
+}
+
+std::optional<LbOs::SFileStatus> getStatus(const OwnedHandle& opened)
+{
+    BY_HANDLE_FILE_INFORMATION info = {};
+    if (opened == nullptr || GetFileInformationByHandle(opened.get(), &info) == FALSE)
+    {
+        return std::nullopt;
+    }
+    const auto number = static_cast<std::uint64_t>(toNumber(info.nFileIndexHigh, info.nFileIndexLow));
+    return LbOs::SFileStatus{{info.dwVolumeSerialNumber, number},
+                             toNumber(info.nFileSizeHigh, info.nFileSizeLow),
+                             toNumber(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime),
+                             info.nNumberOfLinks > 1};
+}
+
 std::wstring getFinalPath(const OwnedHandle& opened)
 {
     return opened == nullptr ? std::wstring() : ReadText([&opened](wchar_t* buffer, DWORD size) {
@@ -90,42 +110,15 @@ bool isLinkOf(DWORD attributes, DWORD tag)
            (tag == IO_REPARSE_TAG_SYMLINK || tag == IO_REPARSE_TAG_MOUNT_POINT || tag == 0);
 }
 
-/// What the system keeps of a link, one kind of it in front of the names.
-struct SLinkData
-{
-    DWORD tag;
-    WORD size;
-    WORD reserved;
-    WORD targetOffset; ///< in bytes, behind the last member
-    WORD targetSize;
-    WORD shownOffset;
-    WORD shownSize;
-};
-
 /// As the link holds it, relative or with the system's own prefix.
 std::wstring readTarget(const OwnedHandle& link)
 {
     std::vector<char> bytes(MAXIMUM_REPARSE_DATA_BUFFER_SIZE);
     DWORD size = 0;
-    SLinkData data = {};
-    if (link == nullptr ||
-        DeviceIoControl(link.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, bytes.data(), static_cast<DWORD>(bytes.size()),
-                        &size, nullptr) == FALSE ||
-        size < sizeof(data))
-    {
-        return {};
-    }
-    std::memcpy(&data, bytes.data(), sizeof(data));
-    // Only symbolic links have a word of flags there.
-    const std::size_t names = sizeof(data) + (data.tag == IO_REPARSE_TAG_SYMLINK ? sizeof(DWORD) : 0);
-    const std::size_t start = names + data.targetOffset;
-    if (start + data.targetSize > size)
-    {
-        return {};
-    }
-    std::wstring target(data.targetSize / sizeof(wchar_t), L'\0');
-    std::memcpy(target.data(), bytes.data() + start, target.size() * sizeof(wchar_t));
-    return target;
+    const bool isRead =
+        link != nullptr && DeviceIoControl(link.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, bytes.data(),
+                                           static_cast<DWORD>(bytes.size()), &size, nullptr) != FALSE;
+    return isRead ? LbOs::GetTargetOfLinkData({bytes.data(), size}) : std::wstring();
 }
 
 /// A target from the root of a drive, or from the folder of its link; ".." is taken by the text as the system does.
@@ -186,6 +179,26 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     return isDirectory(attributes) ? EEntry::Directory : EEntry::File;
 }
 
+bool LbOs::IsMissing(const std::wstring& path)
+{
+    if (openToLookAt(path) != nullptr)
+    {
+        return false;
+    }
+    const DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_CANT_RESOLVE_FILENAME;
+}
+
+std::optional<LbOs::SFileStatus> LbOs::GetFileStatus(const std::wstring& path)
+{
+    return getStatus(openToLookAt(path));
+}
+
+std::optional<LbOs::SFileStatus> LbOs::GetPlaceStatus(const std::wstring& path)
+{
+    return getStatus(openToLookAt(path, FILE_FLAG_OPEN_REPARSE_POINT));
+}
+
 bool LbOs::IsLink(const std::wstring& path)
 {
     const std::wstring name = ToSystemPath(path);
@@ -234,12 +247,9 @@ bool LbOs::AreSameFile(const std::wstring& path, const std::wstring& otherPath)
     // The index of a file is its own for as long as it is open.
     const OwnedHandle file = openToLookAt(path);
     const OwnedHandle otherFile = openToLookAt(otherPath);
-    BY_HANDLE_FILE_INFORMATION info = {};
-    BY_HANDLE_FILE_INFORMATION otherInfo = {};
-    return file != nullptr && otherFile != nullptr && GetFileInformationByHandle(file.get(), &info) != FALSE &&
-           GetFileInformationByHandle(otherFile.get(), &otherInfo) != FALSE &&
-           info.dwVolumeSerialNumber == otherInfo.dwVolumeSerialNumber &&
-           info.nFileIndexHigh == otherInfo.nFileIndexHigh && info.nFileIndexLow == otherInfo.nFileIndexLow;
+    const std::optional<SFileStatus> status = getStatus(file);
+    const std::optional<SFileStatus> otherStatus = getStatus(otherFile);
+    return status && otherStatus && status->identity == otherStatus->identity;
 }
 
 bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<void(const SDirectoryEntry&)>& visit)

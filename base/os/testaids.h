@@ -33,6 +33,14 @@ std::optional<int> RunInFork(const std::function<int()>& function);
 /// where the system does not allow that.
 std::optional<int> RunInForkOfSameNumber(const std::function<int()>& function);
 
+/// The present process has no rights any more but those that everybody has, unless it had no others anyway. False where
+/// rights cannot be given up.
+bool GiveUpRights();
+
+/// Shows the content of `folder` at `place` too, an empty folder, as long as the present process lives and to it only.
+/// Called in a fork. False where that cannot be.
+bool MountFolder(const std::wstring& place, const std::wstring& folder);
+
 /// Calls `function` on a thread whose cancellation is pending. True when it came back. False where threads are not
 /// canceled.
 bool CallCanceled(const std::function<void()>& function);

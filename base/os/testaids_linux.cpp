@@ -9,10 +9,12 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <grp.h>
 #include <malloc.h>
 #include <pthread.h>
 #include <sched.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/shm.h>
@@ -84,6 +86,20 @@ std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& funct
     const std::optional<int> status = RunInFork(
         [&runFirst] { return unshare(CLONE_NEWUSER | CLONE_NEWPID) == 0 ? *RunInFork(runFirst) : c_Refused; });
     return status == c_Refused ? std::nullopt : status;
+}
+
+bool LbOs::GiveUpRights()
+{
+    constexpr id_t c_Nobody = 65534;
+    return geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(c_Nobody) == 0 && setuid(c_Nobody) == 0);
+}
+
+bool LbOs::MountFolder(const std::wstring& place, const std::wstring& folder)
+{
+    return (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+           mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount(LbEncoding::ToNative(folder).c_str(), LbEncoding::ToNative(place).c_str(), nullptr, MS_BIND,
+                 nullptr) == 0;
 }
 
 bool LbOs::CallCanceled(const std::function<void()>& function)

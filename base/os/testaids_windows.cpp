@@ -83,6 +83,16 @@ std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& /*fun
     return std::nullopt;
 }
 
+bool LbOs::GiveUpRights()
+{
+    return false;
+}
+
+bool LbOs::MountFolder(const std::wstring& /*place*/, const std::wstring& /*folder*/)
+{
+    return false;
+}
+
 bool LbOs::CallCanceled(const std::function<void()>& /*function*/)
 {
     return false;

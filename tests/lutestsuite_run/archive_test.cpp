@@ -428,11 +428,6 @@ TEST_F(ArchiveRunChild, LeavesTheStylesheetToPagesThatCouldNotBeArchived)
     EXPECT_EQ(left[1], folder + L"LuTestSuite.js");
 }
 
-TEST_F(ArchiveRunChild, MayTakeEightHours)
-{
-    EXPECT_EQ(LuTestSuite::c_ArchiveTimeOutSec, 28800U);
-}
-
 TEST_F(ArchiveRunChild, KeepsItsReportsWithoutAnArchive)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");

@@ -1,8 +1,8 @@
 #include "testing/lutestsuite/modes/deletion.h"
 
+#include <optional>
 #include <utility>
 
-#include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -29,6 +29,14 @@ void visitRedundant(const std::vector<LuTestSuite::SDuplicates>& results, const 
     }
 }
 
+/// Whoever writes to a file meanwhile makes its content another one. Its names may have become fewer.
+bool isUnchanged(const SDataSet& dataSet)
+{
+    const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(dataSet.path);
+    return status && status->identity == dataSet.status.identity && status->size == dataSet.status.size &&
+           status->modificationTime == dataSet.status.modificationTime;
+}
+
 } // namespace
 
 namespace LuTestSuite
@@ -48,7 +56,7 @@ CDeletion::CDeletion(const std::vector<SDuplicates>& results, const std::wstring
     {
         for (const std::wstring& place : link.chain)
         {
-            ++m_uses[place];
+            m_uses.Add(place);
         }
         m_chains.emplace(std::move(link.place), std::move(link.chain));
     }
@@ -56,8 +64,8 @@ CDeletion::CDeletion(const std::vector<SDuplicates>& results, const std::wstring
     {
         for (const DuplicateSet& set : duplicates.sets)
         {
-            ++m_uses[LbOs::GetCanonicalPlace(set.front().path)];
-            ++m_uses[LbOs::GetCanonicalPath(set.front().path)];
+            m_uses.Add(LbOs::GetCanonicalPlace(set.front().path));
+            m_uses.Add(LbOs::GetCanonicalPath(set.front().path));
         }
     }
 }
@@ -79,7 +87,7 @@ void CDeletion::DeleteLinks()
         const std::wstring place = std::move(pending.back());
         pending.pop_back();
         // One that another leads through comes up again when that one is gone.
-        const auto link = isUsed(place) ? redundant.end() : redundant.find(place);
+        const auto link = m_uses.Has(place) ? redundant.end() : redundant.find(place);
         if (link == redundant.end())
         {
             continue;
@@ -101,7 +109,7 @@ bool CDeletion::Delete(const SDataSet& dataSet, const SDataSet& kept)
         return true;
     }
     const std::wstring place = getOwnPlace(dataSet);
-    if (!m_areLinksKnown || place.empty() || isUsed(place) || !LbFileSystem::IsFile(kept.path) ||
+    if (!m_areLinksKnown || place.empty() || m_uses.Has(place) || !isUnchanged(dataSet) || !isUnchanged(kept) ||
         !LbOs::RemoveFile(dataSet.path))
     {
         return false;
@@ -111,7 +119,7 @@ bool CDeletion::Delete(const SDataSet& dataSet, const SDataSet& kept)
     {
         for (const std::wstring& used : link.mapped())
         {
-            --m_uses[used];
+            m_uses.Remove(used);
         }
     }
     return true;
@@ -127,12 +135,6 @@ std::wstring CDeletion::getOwnPlace(const SDataSet& dataSet) const
     std::wstring place = LbOs::GetCanonicalPlace(dataSet.path);
     const std::wstring ownFolder = m_canonicalDirectory + dataSet.unitTestPath.substr(m_dataDirectory.size());
     return LbPath::GetParent(place) == ownFolder ? place : std::wstring();
-}
-
-bool CDeletion::isUsed(const std::wstring& place) const
-{
-    const auto uses = m_uses.find(place);
-    return uses != m_uses.end() && uses->second > 0;
 }
 
 } // namespace LuTestSuite

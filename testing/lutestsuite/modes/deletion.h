@@ -1,7 +1,6 @@
 /// Deleting data sets of which there are copies.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -9,12 +8,14 @@
 
 #include "testing/lutestsuite/modes/duplicatesets.h"
 #include "testing/lutestsuite/modes/links.h"
+#include "testing/lutestsuite/modes/placeuses.h"
 
 namespace LuTestSuite
 {
 
 /// Deletes what is redundant and nothing else, however links lead from one place to another: no place that a link leads
-/// through, as long as that link is there, and none that is kept. Nothing at all when some links may not be known.
+/// through, as long as that link is there, and none that is kept, nor what has changed since it was compared. Nothing
+/// at all when some links may not be known.
 class CDeletion
 {
 public:
@@ -30,15 +31,14 @@ public:
 
 private:
     std::wstring getOwnPlace(const SDataSet& dataSet) const;
-    bool isUsed(const std::wstring& place) const;
 
     const std::vector<SDuplicates>& m_results;
     std::wstring m_dataDirectory; ///< as the paths of unit tests begin
     std::wstring m_canonicalDirectory;
     bool m_areLinksKnown = true;
     std::unordered_map<std::wstring, std::vector<std::wstring>> m_chains; ///< of the links that are there, by place
-    std::unordered_map<std::wstring, std::size_t> m_uses; ///< how many links and kept data sets need a place
-    std::unordered_set<std::wstring> m_deleted;           ///< paths
+    CPlaceUses m_uses;                                                    ///< by links and kept data sets
+    std::unordered_set<std::wstring> m_deleted;                           ///< paths
 };
 
 } // namespace LuTestSuite

@@ -40,8 +40,9 @@ struct SChecksumHash
 std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const LuTestSuite::STestCase& testCase,
                                     LuTestSuite::CFileChecksums& checksums)
 {
+    const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(testCase.dataSetFile);
     // Opening a pipe would wait for somebody who writes to it.
-    if (!LbOs::IsRegularFile(testCase.dataSetFile))
+    if (!status || !LbOs::IsRegularFile(testCase.dataSetFile))
     {
         throw LbException();
     }
@@ -52,7 +53,7 @@ std::optional<SDataSet> examineFile(const LuTestSuite::SUnitTest& test, const Lu
         throw LbException();
     }
     return checksum ? std::optional(SDataSet{test.dataDirectory, testCase.name, testCase.dataSetFile, *checksum,
-                                             LbDateTime::Format(*time, L"Y.m.d-H:i:s")})
+                                             LbDateTime::Format(*time, L"Y.m.d-H:i:s"), *status})
                     : std::nullopt;
 }
 

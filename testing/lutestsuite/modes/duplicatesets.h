@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/lumurmurhash3.h"
+#include "base/os/files.h"
 
 namespace LuTestSuite
 {
@@ -18,6 +19,7 @@ struct SDataSet
     std::wstring path;
     Checksum checksum;
     std::wstring modificationTime; ///< the order of these texts is the order of times
+    LbOs::SFileStatus status;      ///< from before the checksum was computed
 };
 
 /// Data sets of one content, at least two, the one to keep first.

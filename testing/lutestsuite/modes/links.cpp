@@ -105,6 +105,12 @@ private:
             m_result.unreadPlaces.push_back(std::move(place));
             return;
         }
+        // What a folder that may not be entered hides may lead on into the data directory.
+        if (LbOs::QueryEntry(place) == LbOs::EEntry::Missing && !LbOs::IsMissing(place))
+        {
+            m_result.unreadPlaces.push_back(std::move(place));
+            return;
+        }
         std::vector<std::wstring> chain = getChain(place, target);
         m_result.links.push_back({std::move(place), std::move(chain)});
     }

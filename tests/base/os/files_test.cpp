@@ -203,61 +203,6 @@ TEST(OsFiles, KeepsNamesThatAreNoText)
     EXPECT_TRUE(LbOs::RemoveFile(path));
 }
 
-TEST(OsFiles, KnowsAFileByEachOfItsNames)
-{
-    const ScopedFolder folder;
-    const std::wstring file = folder.WriteFile(L"Ordner/größer.txt", "x");
-    const std::wstring equal = folder.WriteFile(L"gleich.txt", "x");
-
-    EXPECT_TRUE(LbOs::AreSameFile(file, file));
-    EXPECT_TRUE(LbOs::AreSameFile(file, folder.GetPathOf(L"Ordner/../Ordner/größer.txt")));
-    EXPECT_FALSE(LbOs::AreSameFile(file, equal));
-    EXPECT_TRUE(LbOs::AreSameFile(folder.GetPath(), folder.GetPathOf(L"Ordner/..")));
-    EXPECT_FALSE(LbOs::AreSameFile(folder.GetPath(), folder.GetPathOf(L"Ordner")));
-}
-
-TEST(OsFiles, KnowsAFileThatHasSeveralNames)
-{
-    const ScopedFolder folder;
-    const std::wstring file = folder.WriteFile(L"Datei", "x");
-    const std::wstring hardLink = folder.GetPathOf(L"Ordner/anders.txt");
-    folder.MakeFolder(L"Ordner");
-    std::error_code error;
-    std::filesystem::create_hard_link(LbEncoding::ToNative(file), LbEncoding::ToNative(hardLink), error);
-    ASSERT_FALSE(error) << error.message();
-
-    EXPECT_TRUE(LbOs::AreSameFile(file, hardLink));
-    EXPECT_TRUE(LbOs::AreSameFile(hardLink, file));
-}
-
-TEST(OsFiles, FollowsLinksToAFile)
-{
-    const ScopedFolder folder;
-    const std::wstring file = folder.WriteFile(L"Datei", "x");
-    const std::wstring link = folder.GetPathOf(L"Verweis");
-    std::error_code error;
-    std::filesystem::create_symlink(LbEncoding::ToNative(file), LbEncoding::ToNative(link), error);
-    if (error)
-    {
-        GTEST_SKIP() << "links cannot be made here: " << error.message();
-    }
-    EXPECT_TRUE(LbOs::AreSameFile(file, link));
-}
-
-TEST(OsFiles, TakesNothingMissingForAnyFile)
-{
-    const ScopedFolder folder;
-    const std::wstring file = folder.WriteFile(L"Datei", "x");
-    const std::wstring missing = folder.GetPathOf(L"fehlt");
-
-    for (const std::wstring& other : {missing, std::wstring(), file + std::wstring(1, L'\0')})
-    {
-        EXPECT_FALSE(LbOs::AreSameFile(file, other));
-        EXPECT_FALSE(LbOs::AreSameFile(other, file));
-        EXPECT_FALSE(LbOs::AreSameFile(other, other));
-    }
-}
-
 TEST(OsFiles, MakesOneLevelOfDirectories)
 {
     const ScopedFolder folder;

@@ -273,6 +273,63 @@ TEST_F(DuplicateDeletion, ReportWhatCannotBeDeletedAndGoOn)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(kept), "gut");
 }
 
+/// When the first line of the set is printed, new content comes into a file that is to go.
+TEST_F(DuplicateDeletion, LeaveOutWhatHasChangedMeanwhile)
+{
+    Write(L"a.txt", "gut", 200);
+    const std::wstring changed = Write(L"b.txt", "gut");
+    const std::wstring longer = Write(L"c.txt", "gut");
+    const std::wstring replaced = Write(L"d.txt", "gut");
+    const std::wstring copy = Write(L"e.txt", "gut");
+    m_output.OnLine(L"    a.txt... [KEEP]\n", [&] {
+        // Each differs by one thing: its time, its size, which file it is.
+        Write(L"b.txt", "neu", 99);
+        Write(L"c.txt", "länger");
+        LbOs::RenameFile(Write(L"neu.txt", "neu"), replaced);
+    });
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    std::wstring expected = L"    a.txt... [KEEP]\n";
+    for (const std::wstring& path : {changed, longer, replaced})
+    {
+        expected += L"Fehler während Löschen von Datei " + path + L"\n";
+    }
+    EXPECT_NE(text.find(expected + L"    e.txt... [DELETED]\n"), std::wstring::npos) << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(changed), "neu");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(longer), "länger");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(replaced), "neu");
+    EXPECT_FALSE(LbFileSystem::Exists(copy));
+}
+
+/// When the first line of the set is printed, the others are the only ones of their content.
+TEST_F(DuplicateDeletion, KeepTheLastOfAContent)
+{
+    Write(L"a.txt", "gut", 200);
+    const std::wstring copy = Write(L"b.txt", "gut");
+    m_output.OnLine(L"    a.txt... [KEEP]\n", [this] { Write(L"a.txt", "neu", 199); });
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_NE(text.find(L"    a.txt... [KEEP]\nFehler während Löschen von Datei " + copy + L"\n"), std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(copy), "gut");
+}
+
+TEST_F(DuplicateDeletion, LoseHardLinksOfTheKeptFile)
+{
+    const std::wstring kept = Write(L"a.txt", "gut");
+    const std::wstring name = GetDirectory() + L"b.txt";
+    std::filesystem::create_hard_link(std::filesystem::path(kept), std::filesystem::path(name));
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_NE(text.find(L"    a.txt... [KEEP]\n    b.txt... [DELETED]\n"), std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(kept), "gut");
+    EXPECT_FALSE(LbFileSystem::Exists(name));
+}
+
 /// When the first line of the set is printed, another program opens a file that is to go.
 TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
 {

@@ -1,8 +1,10 @@
 // What links make of a deletion.
 
 #include <filesystem>
+#include <functional>
 
 #include "tests/lutestsuite/modes/duplicatestest.h"
+#include "tests/support/apart.h"
 
 namespace
 {
@@ -40,6 +42,33 @@ protected:
     {
         return L"Fehler während Löschen von Datei " + path + L"\n";
     }
+
+    static std::wstring Unread(const std::wstring& path)
+    {
+        return L"Fehler: " + path + L" konnte nicht gelesen werden, deshalb wird nichts gelöscht.\n";
+    }
+
+    /// Deletes duplicates as somebody who may do everything in the data directory, but has no rights in `folder` beyond
+    /// `rights`.
+    void DetectWithoutRights(const std::wstring& folder, std::filesystem::perms rights,
+                             const std::function<void(const std::wstring& text)>& check)
+    {
+        for (const wchar_t* const name : {L"", L"1/CDataSetModel", L"2/CDataSetModel"})
+        {
+            std::filesystem::permissions(std::filesystem::path(m_folder.GetPathOf(name)), std::filesystem::perms::all);
+        }
+        const std::filesystem::path place(LbPath::WithoutSeparator(folder));
+        std::filesystem::permissions(place, rights);
+        const bool isChecked = CheckApart(LbOs::GiveUpRights, [&] { check(Detect(eDM_Delete)); });
+        std::filesystem::permissions(place, std::filesystem::perms::owner_all);
+        if (!isChecked)
+        {
+            GTEST_SKIP() << "rights cannot be given up here";
+        }
+    }
+
+    static constexpr std::filesystem::perms c_Closed = std::filesystem::perms::none;
+    static constexpr std::filesystem::perms c_ReadOnly{0555};
 
     static bool Has(const std::wstring& text, const std::wstring& part)
     {
@@ -106,22 +135,12 @@ TEST_F(DuplicateLinks, InAReadOnlyFolderKeepWhatTheyLeadTo)
     const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
     WriteAt(L"2/CDataSetModel/a.txt", 300);
     const std::wstring link = LinkAt(L"2/CDataSetModel/k.txt", target);
-    const std::wstring probe = m_folder.GetPathOf(L"2/CDataSetModel/Probe");
-    const std::filesystem::path folder(m_folder.GetPathOf(L"2/CDataSetModel"));
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_write, std::filesystem::perm_options::remove);
-    const LbOs::FileHandle written = LbOs::OpenForWriting(probe);
-    LbOs::CloseFile(written);
 
-    const std::wstring text = written == LbOs::c_InvalidFile ? Detect(eDM_Delete) : std::wstring();
-
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
-    if (written != LbOs::c_InvalidFile)
-    {
-        GTEST_SKIP() << "the present user may write everywhere";
-    }
-    EXPECT_TRUE(Has(text, Refusal(link))) << LbEncoding::ToUtf8(text);
-    EXPECT_TRUE(Has(text, Refusal(target))) << LbEncoding::ToUtf8(text);
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+    DetectWithoutRights(m_folder.GetPathOf(L"2/CDataSetModel"), c_ReadOnly, [&](const std::wstring& text) {
+        EXPECT_TRUE(Has(text, Refusal(link))) << LbEncoding::ToUtf8(text);
+        EXPECT_TRUE(Has(text, Refusal(target))) << LbEncoding::ToUtf8(text);
+        EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+    });
 }
 
 /// In the order of the sets the file would go first.
@@ -205,39 +224,87 @@ TEST_F(DuplicateLinks, OfTheLongestNameAreDeleted)
     EXPECT_FALSE(LbOs::IsLink(link));
 }
 
-/// A link to a folder that nobody can enter is a folder that cannot be read.
+/// A folder that nobody can enter may hold links.
 TEST_F(DuplicateLinks, ThatCannotBeLookedForLetNothingBeDeleted)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
     const std::wstring closed = m_folder.MakeFolder(L"zu");
-    const std::filesystem::path folder(LbPath::WithoutSeparator(closed));
-    std::filesystem::permissions(folder, std::filesystem::perms::none);
-    const bool isOpen = LbOs::VisitDirectory(closed, [](const LbOs::SDirectoryEntry&) {});
 
-    const std::wstring text = Detect(eDM_Delete);
+    DetectWithoutRights(closed, c_Closed, [&](const std::wstring& text) {
+        EXPECT_TRUE(Has(text, Unread(closed))) << LbEncoding::ToUtf8(text);
+        EXPECT_TRUE(Has(text, L"    a.txt... [KEEP]\n" + Refusal(copy))) << LbEncoding::ToUtf8(text);
+        EXPECT_TRUE(LbFileSystem::Exists(copy));
+    });
+}
 
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
-    if (isOpen)
-    {
-        GTEST_SKIP() << "the present user may read everywhere";
-    }
-    EXPECT_TRUE(Has(text, L"Fehler: " + closed + L" konnte nicht gelesen werden, deshalb wird nichts gelöscht.\n"))
-        << LbEncoding::ToUtf8(text);
-    EXPECT_TRUE(Has(text, L"    a.txt... [KEEP]\n" + Refusal(copy))) << LbEncoding::ToUtf8(text);
-    EXPECT_TRUE(LbFileSystem::Exists(copy));
+/// The link leads to another one, which nobody can look at and which leads to a copy.
+TEST_F(DuplicateLinks, ThatLeadThroughAClosedFolderLetNothingBeDeleted)
+{
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
+    const ScopedFolder elsewhere;
+    const std::wstring closed = elsewhere.MakeFolder(L"zu");
+    ASSERT_TRUE(LbOs::MakeLink(closed + L"m.txt", copy));
+    const std::wstring link = LinkAt(L"2/CDataSetModel/k.txt", closed + L"m.txt");
+
+    DetectWithoutRights(closed, c_Closed, [&](const std::wstring& text) {
+        EXPECT_TRUE(Has(text, Unread(link))) << LbEncoding::ToUtf8(text);
+        EXPECT_TRUE(Has(text, L"    a.txt... [KEEP]\n" + Refusal(copy))) << LbEncoding::ToUtf8(text);
+    });
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+}
+
+/// The linked folder, which nobody can look at, holds a link to a copy.
+TEST_F(DuplicateLinks, ToFoldersInAClosedFolderLetNothingBeDeleted)
+{
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
+    const ScopedFolder elsewhere;
+    const std::wstring inside = elsewhere.MakeFolder(L"zu/innen");
+    ASSERT_TRUE(LbOs::MakeLink(inside + L"m.txt", copy));
+    const std::wstring link = LinkAt(L"Verweis", LbPath::WithoutSeparator(inside));
+
+    DetectWithoutRights(elsewhere.GetPathOf(L"zu"), c_Closed, [&](const std::wstring& text) {
+        EXPECT_TRUE(Has(text, Unread(link))) << LbEncoding::ToUtf8(text);
+        EXPECT_TRUE(Has(text, L"    a.txt... [KEEP]\n" + Refusal(copy))) << LbEncoding::ToUtf8(text);
+    });
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(inside + L"m.txt"), "gut");
 }
 
 TEST_F(DuplicateLinks, AreNotLookedForWhenNothingIsToBeDeleted)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
-    const std::filesystem::path folder(LbPath::WithoutSeparator(m_folder.MakeFolder(L"zu")));
-    std::filesystem::permissions(folder, std::filesystem::perms::none);
 
-    const std::wstring text = Detect(eDM_Delete);
+    DetectWithoutRights(m_folder.MakeFolder(L"zu"), c_Closed, [](const std::wstring& text) {
+        EXPECT_FALSE(Has(text, L"Fehler")) << LbEncoding::ToUtf8(text);
+    });
+}
 
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
-    EXPECT_FALSE(Has(text, L"Fehler")) << LbEncoding::ToUtf8(text);
+/// The folder of a copy stands elsewhere, too, and there a link leads to it.
+TEST_F(DuplicateLinks, IntoAMountedFolderKeepWhatTheyLeadTo)
+{
+    WriteAt(L"1/CDataSetModel/a.txt", 300);
+    const std::wstring target = WriteAt(L"1/CDataSetModel/b.txt", 100);
+    const std::wstring copy = WriteAt(L"1/CDataSetModel/c.txt", 100);
+    const ScopedFolder elsewhere;
+    const std::wstring alias = elsewhere.MakeFolder(L"auch");
+    const std::wstring link = LinkAt(L"2/CDataSetModel/k.txt", alias + L"b.txt");
+    const std::wstring original = m_folder.GetPathOf(L"1/CDataSetModel");
+
+    const bool isChecked =
+        CheckApart([&] { return LbOs::MountFolder(alias, original); },
+                   [&] {
+                       const std::wstring text = Detect(eDM_Delete);
+                       EXPECT_TRUE(Has(text, L"    a.txt... [KEEP]\n" + Refusal(target) + L"    c.txt... [DELETED]\n"))
+                           << LbEncoding::ToUtf8(text);
+                       EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
+                   });
+    if (!isChecked)
+    {
+        GTEST_SKIP() << "folders cannot be mounted here";
+    }
+    EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
 } // namespace
