@@ -1,6 +1,7 @@
 #include "base/os/childprocess.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <optional>
@@ -64,11 +65,16 @@ void killGroup(pid_t process)
 std::optional<siginfo_t> CChildProcess::SState::Look(int options)
 {
     siginfo_t end = {};
-    file.Assert(process);
-    // Where there can be no descriptor, the number has to do.
-    const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
-    const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
-    const bool isKnown = Linux::Retry([&] { return waitid(kind, name, &end, WEXITED | options); }) == 0;
+    bool isKnown = false;
+    do
+    {
+        file.Assert(process);
+        // Where there can be no descriptor, the number has to do.
+        const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
+        const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
+        isKnown = waitid(kind, name, &end, WEXITED | options) == 0;
+    }
+    while (!isKnown && errno != ECHILD); // A signal came, or the descriptor was closed meanwhile.
     return isKnown ? std::optional(end) : std::nullopt;
 }
 

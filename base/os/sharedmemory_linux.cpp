@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <sys/ipc.h>
+#include <sys/mman.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,13 +26,15 @@ struct CSharedMemory::SState
 namespace
 {
 
-std::shared_ptr<void> attach(int segment, int flags)
+/// Not for the copies that a test makes of the process: whoever of them stays would keep the segment in existence.
+std::shared_ptr<void> attach(int segment, int flags, std::size_t size)
 {
     void* const view = shmat(segment, nullptr, flags);
     if (view == reinterpret_cast<void*>(-1))
     {
         return nullptr;
     }
+    madvise(view, size, MADV_DONTFORK);
     return {view, [](void* attached) { shmdt(attached); }};
 }
 
@@ -48,7 +51,7 @@ int makeSegment(const char* path, std::size_t size, std::shared_ptr<void>& block
     }
     if (segment >= 0)
     {
-        block = attach(segment, 0);
+        block = attach(segment, 0, size);
         shmctl(segment, IPC_RMID, nullptr);
     }
     return block ? segment : -1;
@@ -103,7 +106,8 @@ std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, s
 std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
 {
     const SPlace place = readOwnLink(Linux::ToObjectPath(name));
-    return isBlock(place, size) ? attach(place.segment, access == EMemoryAccess::Write ? 0 : SHM_RDONLY) : nullptr;
+    return isBlock(place, size) ? attach(place.segment, access == EMemoryAccess::Write ? 0 : SHM_RDONLY, size)
+                                : nullptr;
 }
 
 } // namespace LbOs
