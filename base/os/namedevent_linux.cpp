@@ -105,16 +105,25 @@ CNamedEvent::CNamedEvent(std::unique_ptr<SState> state) : m_state(std::move(stat
 
 CNamedEvent::~CNamedEvent() = default;
 
-std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name)
+std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name, std::wstring* failure)
 {
     auto state = std::make_unique<SState>();
     state->path = Linux::ToObjectPath(name);
-    state->file = Linux::CNamedFile(state->path, [](const char* path) {
+    state->file = Linux::CNamedFile(state->path, failure, [failure](const char* path) {
         constexpr mode_t c_Rights = S_IRUSR | S_IWUSR;
         // A test may have masked rights that the owner needs.
-        return mkfifo(path, c_Rights) == 0 && chmod(path, c_Rights) == 0;
+        const bool isMade = mkfifo(path, c_Rights) == 0 && chmod(path, c_Rights) == 0;
+        if (!isMade)
+        {
+            Linux::DescribeFailure(failure, "mkfifo");
+        }
+        return isMade;
     });
     const bool isMade = state->file.Exists() && state->Open();
+    if (state->file.Exists() && !isMade)
+    {
+        Linux::DescribeFailure(failure, "open");
+    }
     return isMade ? std::unique_ptr<CNamedEvent>(new CNamedEvent(std::move(state))) : nullptr;
 }
 

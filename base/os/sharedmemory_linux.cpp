@@ -92,13 +92,18 @@ CSharedMemory::CSharedMemory(std::unique_ptr<SState> state) : m_state(std::move(
 
 CSharedMemory::~CSharedMemory() = default;
 
-std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size)
+std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size, std::wstring* failure)
 {
     auto state = std::make_unique<SState>();
-    state->file = Linux::CNamedFile(Linux::ToObjectPath(name), [&state, size](const char* path) {
+    state->file = Linux::CNamedFile(Linux::ToObjectPath(name), failure, [&state, size, failure](const char* path) {
         const int segment = makeSegment(path, size, state->block);
         const std::string place = std::to_string(getpid()) + "/" + std::to_string(segment);
-        return segment >= 0 && symlink(place.c_str(), path) == 0;
+        const bool isMade = segment >= 0 && symlink(place.c_str(), path) == 0;
+        if (!isMade)
+        {
+            Linux::DescribeFailure(failure, segment < 0 ? "shmget, shmat" : "symlink");
+        }
+        return isMade;
     });
     return state->file.Exists() ? std::unique_ptr<CSharedMemory>(new CSharedMemory(std::move(state))) : nullptr;
 }

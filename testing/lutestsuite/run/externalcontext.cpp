@@ -27,10 +27,11 @@ std::wstring getHostName()
 
 std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
 {
-    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name);
+    std::wstring failure;
+    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name, &failure);
     if (!event)
     {
-        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden", name));
+        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden (%s)", name, failure));
     }
     return event;
 }

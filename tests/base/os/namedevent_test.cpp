@@ -102,7 +102,9 @@ TEST_F(OsNamedEvent, IsOpenedByItsName)
 
 TEST_F(OsNamedEvent, IsNotCreatedTwice)
 {
-    EXPECT_EQ(CNamedEvent::Create(m_name), nullptr);
+    std::wstring failure;
+    EXPECT_EQ(CNamedEvent::Create(m_name, &failure), nullptr);
+    EXPECT_NE(failure, L"");
     EXPECT_NE(CNamedEvent::Open(m_name), nullptr);
 }
 
