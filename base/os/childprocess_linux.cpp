@@ -1,22 +1,17 @@
 #include "base/os/childprocess.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <optional>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include <fcntl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include "base/lbcommandline.h"
-#include "base/lbencoding.h"
+#include "base/os/childstart_linux.h"
 #include "base/os/descriptor_linux.h"
-#include "base/os/files.h"
 #include "base/os/keeper_linux.h"
-#include "base/os/openfiles_linux.h"
 #include "base/os/processfile_linux.h"
 #include "base/os/processtree_linux.h"
 
@@ -37,6 +32,9 @@ struct CChildProcess::SState
     /// then on its number may be another's.
     std::optional<siginfo_t> Look(int options);
 
+    /// Also when nobody knows how.
+    bool HasEnded();
+
     bool WaitForEnd(std::uint32_t milliseconds);
 
     /// Of a process that has ended.
@@ -48,168 +46,6 @@ struct CChildProcess::SState
 
 namespace
 {
-
-constexpr int c_CannotStart = 127;
-
-/// All that the child needs, made before it exists: between its birth and its program it may only make system calls.
-struct SStart
-{
-    std::string program;
-    std::vector<std::string> words;
-    std::vector<char*> arguments; ///< the words as the system takes them
-    std::string workingDirectory;
-    bool isSilent = false;
-    bool isSearched = false; ///< the program's name is to be looked up
-    Linux::SKeptGroup* group = nullptr;
-    pid_t owner = 0;
-    sigset_t signals = {}; ///< blocked in the caller
-};
-
-/// A path is meant from the caller's folder, wherever the child works; a bare name is looked up. No program when that
-/// folder is not known.
-std::wstring fromHere(const std::wstring& program)
-{
-    if (program.find(L'/') == std::wstring::npos || IsAbsolutePath(program))
-    {
-        return program;
-    }
-    const std::wstring here = GetWorkingDirectory();
-    return here.empty() ? here : here + L"/" + program;
-}
-
-SStart prepare(const SChildOptions& options)
-{
-    SStart start;
-    const std::vector<std::wstring> words = LbCommandLine::Split(options.commandLine);
-    for (const std::wstring& word : words)
-    {
-        start.words.push_back(LbEncoding::ToNative(word));
-    }
-    for (std::string& word : start.words)
-    {
-        start.arguments.push_back(word.data());
-    }
-    start.arguments.push_back(nullptr);
-    start.isSearched = options.program.empty();
-    start.program = LbEncoding::ToNative(fromHere(!start.isSearched ? options.program
-                                                  : words.empty()   ? std::wstring()
-                                                                    : words.front()));
-    start.workingDirectory = LbEncoding::ToNative(options.workingDirectory);
-    start.isSilent = options.isSilent;
-    start.owner = getpid();
-    return start;
-}
-
-/// Nothing behind standard input and, with `isSilent`, standard output and error. The child's group is none that a
-/// terminal reads for: to read there would stop it, and nobody would make it go on.
-bool redirectToNothing(bool isSilent)
-{
-    const int nothing = open("/dev/null", O_RDWR);
-    if (nothing < 0)
-    {
-        return false;
-    }
-    for (int standard = 0; standard <= (isSilent ? 2 : 0); ++standard)
-    {
-        dup2(nothing, standard);
-    }
-    if (nothing > 2)
-    {
-        close(nothing);
-    }
-    return true;
-}
-
-/// The handlers of the caller are not the child's: they must not run in memory that the two share.
-void resetSignals(const sigset_t& blocked)
-{
-    for (int signal = 1; signal < NSIG; ++signal)
-    {
-        struct sigaction action = {};
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN)
-        {
-            action = {};
-            action.sa_handler = SIG_DFL;
-            sigaction(signal, &action, nullptr);
-        }
-    }
-    sigprocmask(SIG_SETMASK, &blocked, nullptr);
-}
-
-/// The child's way to its program.
-[[noreturn]] void becomeProgram(const SStart& start, int failureFile)
-{
-    setpgid(0, 0);
-    if (start.group != nullptr)
-    {
-        Linux::EnterKeptGroup(*start.group);
-        Linux::KeepDescendants();
-        // An owner that has ended before this had a keeper that did not know the group.
-        if (getppid() != start.owner)
-        {
-            _exit(c_CannotStart);
-        }
-    }
-    resetSignals(start.signals);
-    const bool isReady = redirectToNothing(start.isSilent) &&
-                         (start.workingDirectory.empty() || chdir(start.workingDirectory.c_str()) == 0);
-    if (isReady)
-    {
-        Linux::RestoreOpenFileLimit();
-        const auto execute = start.isSearched ? &execvp : &execv;
-        execute(start.program.c_str(), start.arguments.data());
-    }
-    const char failed = 1;
-    [[maybe_unused]] const auto written = write(failureFile, &failed, 1);
-    _exit(c_CannotStart);
-}
-
-/// As fork(), but the memory is shared and the caller stands still until the child has become its program: copying the
-/// tables of a large process would take longer than all else.
-pid_t startShared(const SStart& start, int failureFile)
-{
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    const pid_t process = vfork();
-#pragma GCC diagnostic pop
-    if (process == 0)
-    {
-        becomeProgram(start, failureFile);
-    }
-    return process;
-}
-
-void reap(pid_t process)
-{
-    while (waitpid(process, nullptr, 0) < 0 && errno == EINTR)
-    {
-    }
-}
-
-/// Number of a process that runs its program; -1 on failure.
-pid_t startProcess(SStart& start)
-{
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-    {
-        return -1;
-    }
-    const Linux::CDescriptor readEnd(ends[0]);
-    Linux::CDescriptor writeEnd = Linux::AboveStandard(ends[1]);
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &start.signals);
-    const pid_t process = startShared(start, writeEnd.Get());
-    pthread_sigmask(SIG_SETMASK, &start.signals, nullptr);
-    writeEnd.Reset();
-    char failed = 0;
-    if (process > 0 && Linux::Retry([&] { return read(readEnd.Get(), &failed, 1); }) != 0)
-    {
-        reap(process);
-        return -1;
-    }
-    return process;
-}
 
 std::int64_t toExitStatus(const siginfo_t& end)
 {
@@ -229,31 +65,45 @@ void killGroup(pid_t process)
 std::optional<siginfo_t> CChildProcess::SState::Look(int options)
 {
     siginfo_t end = {};
-    file.Assert(process);
-    // Where there can be no descriptor, the number has to do.
-    const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
-    const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
-    const bool isKnown = Linux::Retry([&] { return waitid(kind, name, &end, WEXITED | options); }) == 0;
+    bool isKnown = false;
+    do
+    {
+        file.Assert(process);
+        // Where there can be no descriptor, the number has to do.
+        const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
+        const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
+        isKnown = waitid(kind, name, &end, WEXITED | options) == 0;
+    }
+    while (!isKnown && errno != ECHILD); // A signal came, or the descriptor was closed meanwhile.
     return isKnown ? std::optional(end) : std::nullopt;
+}
+
+bool CChildProcess::SState::HasEnded()
+{
+    const std::optional<siginfo_t> end = Look(WNOHANG | WNOWAIT);
+    return !end || end->si_pid != 0;
 }
 
 bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
 {
-    constexpr std::uint32_t c_LookInterval = 1;
-    file.Assert(process);
-    if (file.Get() >= 0)
+    // Where there is no descriptor, or the number of one that was closed has become another file's, only looking shows
+    // the end.
+    constexpr std::int64_t c_LookInterval = 1000;
+    constexpr std::int64_t c_LookIntervalWithoutFile = 1;
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    while (!HasEnded())
     {
-        return Linux::WaitReadable({file.Get()}, milliseconds) == 0;
-    }
-    for (std::uint32_t waited = 0; waited <= milliseconds; ++waited)
-    {
-        if (const std::optional<siginfo_t> end = Look(WNOHANG | WNOWAIT); !end || end->si_pid != 0)
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        if (milliseconds != sc_uiInfinite && left <= 0)
         {
-            return true;
+            return false;
         }
-        Linux::WaitReadable({}, waited < milliseconds ? c_LookInterval : 0);
+        const std::int64_t interval = file.Get() < 0 ? c_LookIntervalWithoutFile : c_LookInterval;
+        const std::int64_t time = milliseconds == sc_uiInfinite ? interval : std::min(left, interval);
+        Linux::WaitReadable({file.Get()}, static_cast<std::uint32_t>(time));
     }
-    return false;
+    return true;
 }
 
 void CChildProcess::SState::Reap()
@@ -283,9 +133,10 @@ void CChildProcess::SState::End(bool isTreeEnded)
         Reap();
         return;
     }
-    if (isTreeEnded && endsWithOwner && !WaitForEnd(0))
+    if (isTreeEnded && endsWithOwner && !HasEnded())
     {
-        Linux::EndProcessTree(process);
+        pid_t root = process;
+        Linux::EndProcessTrees({&root, 1});
     }
     else
     {
@@ -301,7 +152,7 @@ CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(
 
 std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
 {
-    SStart start = prepare(options);
+    Linux::SStart start = Linux::PrepareStart(options);
     if (start.words.empty())
     {
         return nullptr;
@@ -310,25 +161,15 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
     state->endsWithOwner = options.endsWithOwner;
     state->group = start.group = options.endsWithOwner ? Linux::TakeKeptGroup() : nullptr;
     const bool isKept = !options.endsWithOwner || start.group != nullptr;
-    state->process = isKept ? startProcess(start) : -1;
-    if (state->process > 0)
+    state->process = isKept ? Linux::StartProcess(start) : -1;
+    if (state->process <= 0)
     {
-        state->file.Assert(state->process);
+        Linux::ReleaseKeptGroup(start.group);
+        return nullptr;
     }
-    if (state->file.Get() >= 0)
-    {
-        return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
-    }
-    if (state->process > 0)
-    {
-        killGroup(state->process);
-    }
-    Linux::ReleaseKeptGroup(start.group);
-    if (state->process > 0)
-    {
-        reap(state->process);
-    }
-    return nullptr;
+    // It may have ended already, and be known to nobody any more, and there may be no descriptor for it.
+    state->file.Assert(state->process);
+    return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
 }
 
 CChildProcess::~CChildProcess()

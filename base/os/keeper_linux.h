@@ -1,8 +1,8 @@
 /// What must not outlive the present process, and the small process that sees to it. Internal to the Linux side.
 ///
 /// A process that is killed cleans nothing up. The keeper is a fork that waits for that and then ends the process
-/// trees and removes the files that are in its books. It is started with the first entry and ends with this process.
-/// Any thread.
+/// trees and removes the files that are in its books. It is started with the first entry, and again when somebody has
+/// ended it, and ends with this process. Any thread.
 #pragma once
 
 #include <atomic>

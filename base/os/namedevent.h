@@ -24,9 +24,9 @@ enum class EEventWait
 class LB_API CNamedEvent
 {
 public:
-    /// A new event. Null when there is one of that name, or on any other failure. The name goes with the object, or
-    /// with the present process, however that ends.
-    static std::unique_ptr<CNamedEvent> Create(const std::wstring& name);
+    /// A new event. Null when there is one of that name, or on any other failure; `failure` then says what the system
+    /// has refused. The name goes with the object, or with the present process, however that ends.
+    static std::unique_ptr<CNamedEvent> Create(const std::wstring& name, std::wstring* failure = nullptr);
 
     /// An event that another object has created. Null when there is none that may be opened.
     static std::unique_ptr<CNamedEvent> Open(const std::wstring& name);

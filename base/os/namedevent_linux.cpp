@@ -81,32 +81,49 @@ int CNamedEvent::SState::GetPipe()
     return pipe.Get();
 }
 
-/// Takes all bytes out; true when there were any. No more than a pipe holds, so that whoever floods it keeps nobody
+/// Takes all bytes out; true when there were any. No more than the pipe holds, so that whoever floods it keeps nobody
 /// here.
 bool CNamedEvent::SState::Drain()
 {
-    constexpr std::size_t c_Capacity = 65536;
-    char bytes[1024];
-    std::size_t taken = 0;
-    ssize_t count = sizeof(bytes);
-    while (count == sizeof(bytes) && taken < c_Capacity)
+    char bytes[4096];
+    const auto take = [&] { return Linux::Retry([&] { return read(pipe.Get(), bytes, sizeof(bytes)); }); };
+    ssize_t count = take();
+    const bool wereThere = count > 0;
+    if (count == sizeof(bytes))
     {
-        count = Linux::Retry([&] { return read(pipe.Get(), bytes, sizeof(bytes)); });
-        taken += count > 0 ? static_cast<std::size_t>(count) : 0;
+        // Whoever has it open may have made it larger than others are.
+        const int capacity = fcntl(pipe.Get(), F_GETPIPE_SZ);
+        for (ssize_t taken = count; count == sizeof(bytes) && taken < capacity; taken += count)
+        {
+            count = take();
+        }
     }
-    return taken > 0;
+    return wereThere;
 }
 
 CNamedEvent::CNamedEvent(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
 CNamedEvent::~CNamedEvent() = default;
 
-std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name)
+std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name, std::wstring* failure)
 {
     auto state = std::make_unique<SState>();
     state->path = Linux::ToObjectPath(name);
-    state->file = Linux::CNamedFile(state->path, [](const char* path) { return mkfifo(path, S_IRUSR | S_IWUSR) == 0; });
+    state->file = Linux::CNamedFile(state->path, failure, [failure](const char* path) {
+        constexpr mode_t c_Rights = S_IRUSR | S_IWUSR;
+        // A test may have masked rights that the owner needs.
+        const bool isMade = mkfifo(path, c_Rights) == 0 && chmod(path, c_Rights) == 0;
+        if (!isMade)
+        {
+            Linux::DescribeFailure(failure, "mkfifo");
+        }
+        return isMade;
+    });
     const bool isMade = state->file.Exists() && state->Open();
+    if (state->file.Exists() && !isMade)
+    {
+        Linux::DescribeFailure(failure, "open");
+    }
     return isMade ? std::unique_ptr<CNamedEvent>(new CNamedEvent(std::move(state))) : nullptr;
 }
 

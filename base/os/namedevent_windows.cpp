@@ -16,7 +16,7 @@ CNamedEvent::CNamedEvent(std::unique_ptr<SState> state) : m_state(std::move(stat
 
 CNamedEvent::~CNamedEvent() = default;
 
-std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name)
+std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name, std::wstring* failure)
 {
     const std::wstring objectName = Windows::ToObjectName(name);
     auto state = std::make_unique<SState>();
@@ -25,6 +25,10 @@ std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name)
         state->event = Windows::CreateNew([&objectName](SECURITY_ATTRIBUTES* access) {
             return CreateEventW(access, FALSE, FALSE, objectName.c_str());
         });
+    }
+    if (!state->event)
+    {
+        Windows::DescribeFailure(failure);
     }
     return state->event ? std::unique_ptr<CNamedEvent>(new CNamedEvent(std::move(state))) : nullptr;
 }

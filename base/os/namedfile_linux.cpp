@@ -1,6 +1,8 @@
 #include "base/os/namedfile_linux.h"
 
+#include <cerrno>
 #include <cwctype>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -22,6 +24,22 @@ std::string ToObjectPath(const std::wstring& name)
     }
     // The system's place for memory between processes, a file system that never reaches a disk.
     return name.empty() ? std::string() : "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
+}
+
+void DescribeFailure(std::wstring* failure, const char* step)
+{
+    if (failure != nullptr)
+    {
+        *failure = LbEncoding::FromNative(step + (": " + std::generic_category().message(errno)));
+    }
+}
+
+void DescribeMissingKeeper(std::wstring* failure)
+{
+    if (failure != nullptr)
+    {
+        *failure = L"der Prozess LuKeeper fehlt oder führt schon zu viele Einträge";
+    }
 }
 
 CNamedFile::~CNamedFile()

@@ -42,4 +42,13 @@ Handle CreateNew(const F& create)
     return GetLastError() == ERROR_ALREADY_EXISTS ? Handle() : std::move(handle);
 }
 
+/// For the caller's `failure`, unless there is none: the number of what the system has refused last.
+inline void DescribeFailure(std::wstring* failure)
+{
+    if (failure != nullptr)
+    {
+        *failure = L"Systemfehler " + std::to_wstring(GetLastError());
+    }
+}
+
 } // namespace LbOs::Windows

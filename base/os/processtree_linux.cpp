@@ -1,5 +1,6 @@
 #include "base/os/processtree_linux.h"
 
+#include <algorithm>
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
@@ -10,10 +11,9 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/prctl.h>
-#include <unistd.h>
 
-#include "base/os/descriptor_linux.h"
 #include "base/os/keeper_linux.h"
+#include "base/os/rawcalls_linux.h"
 
 // The run-time's calls for folders and streams take memory, which a fork of a process with threads must not.
 
@@ -25,11 +25,28 @@ namespace
 
 constexpr std::size_t c_TextSize = 1024;
 
-/// The beginning of a file of the kernel; false when there is none.
-bool readText(int folder, const char* path, char (&text)[c_TextSize])
+/// A descriptor without the run-time's functions.
+struct SFile
 {
-    const CDescriptor file(openat(folder, path, O_RDONLY | O_CLOEXEC));
-    const ssize_t size = file.IsOpen() ? Retry([&] { return read(file.Get(), text, sizeof(text) - 1); }) : -1;
+    long number;
+
+    SFile(int folder, const char* path, int flags) : number(Call(SYS_openat, folder, path, flags | O_CLOEXEC)) {}
+    SFile(const SFile&) = delete;
+    SFile& operator=(const SFile&) = delete;
+    ~SFile()
+    {
+        if (number >= 0)
+        {
+            Call(SYS_close, number);
+        }
+    }
+};
+
+/// The beginning of a file of the kernel, which no signal interrupts; false when there is none.
+bool readText(const SFile& folder, const char* path, char (&text)[c_TextSize])
+{
+    const SFile file(static_cast<int>(folder.number), path, O_RDONLY);
+    const long size = Call(SYS_read, file.number, text, sizeof(text) - 1);
     text[size < 0 ? 0 : size] = '\0';
     return size > 0;
 }
@@ -88,7 +105,7 @@ SProcess readFields(const char* text, bool isKeeper)
 
 /// From the line "number (name) state parent ..." of a folder that lists processes; without a parent when there is no
 /// such process.
-SProcess readProcess(int folder, pid_t number)
+SProcess readProcess(const SFile& folder, pid_t number)
 {
     char path[32];
     std::strcpy(std::to_chars(path, path + sizeof(path), number).ptr, "/stat");
@@ -106,87 +123,106 @@ SProcess readProcess(int folder, pid_t number)
                : readFields(text + end + 2, line.substr(name, end - name) == c_KeeperName);
 }
 
-CDescriptor openProcesses()
+SFile openProcesses()
 {
-    return CDescriptor(open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return {AT_FDCWD, "/proc", O_RDONLY | O_DIRECTORY};
 }
 
-/// Kills a process if it is a child of that one; true when it has still to end. With `sparesKeepers` one that has lost
-/// its owner may end by itself.
-bool killIfChild(int folder, pid_t number, pid_t parent, bool sparesKeepers)
+/// Kills a process if it is a child of one of those, which are sorted; true when it has still to end, and can. With
+/// `sparesKeepers` one that has lost its owner may end by itself.
+bool killIfChild(const SFile& folder, pid_t number, std::span<const pid_t> parents, bool sparesKeepers)
 {
     const SProcess process = readProcess(folder, number);
-    // The keeper of the parent itself ends after that.
-    if (process.parent != parent || (process.isKeeper && process.isOwnersFork))
+    // The keepers of the parents themselves end after these.
+    if (!std::ranges::binary_search(parents, process.parent) || (process.isKeeper && process.isOwnersFork))
     {
         return false;
     }
-    if (!process.isKeeper || !sparesKeepers)
-    {
-        kill(number, SIGKILL);
-    }
-    return !process.hasEnded;
+    const bool isSpared = process.isKeeper && sparesKeepers;
+    return (isSpared || Call(SYS_kill, number, SIGKILL) == 0) && !process.hasEnded;
 }
 
-/// Kills the children of a process; true when there were any.
-bool killChildren(pid_t process, bool sparesKeepers)
+/// Kills the children of all these processes; true when there were any.
+bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
 {
-    const CDescriptor folder = openProcesses();
+    const SFile folder = openProcesses();
     bool wereThere = false;
     alignas(dirent64) char entries[4096];
-    ssize_t size = 0;
-    while (folder.IsOpen() && (size = getdents64(folder.Get(), entries, sizeof(entries))) > 0)
+    long size = 0;
+    while ((size = Call(SYS_getdents64, folder.number, entries, sizeof(entries))) > 0)
     {
-        for (ssize_t offset = 0; offset < size;)
+        for (long offset = 0; offset < size;)
         {
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
             // 0 for what is no process.
             const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-            wereThere = (number > 0 && killIfChild(folder.Get(), number, process, sparesKeepers)) || wereThere;
+            wereThere = (number > 0 && killIfChild(folder, number, processes, sparesKeepers)) || wereThere;
             offset += entry->d_reclen;
         }
     }
     return wereThere;
 }
 
+/// Until none is left, or has to be waited for any longer.
+void endDescendants(std::span<const pid_t> processes)
+{
+    constexpr std::int64_t c_Millisecond = 1'000'000;
+    // Those that the system cannot end, in a driver's call say, are not waited for any longer.
+    constexpr std::int64_t c_Longest = 3000 * c_Millisecond;
+    // Keepers whose owners have just been killed need a moment for what these leave behind. Any process may have their
+    // name, so it is no longer than a moment.
+    constexpr std::int64_t c_LongestForKeepers = 500 * c_Millisecond;
+    constexpr timespec c_Pause = {0, c_Millisecond};
+    const std::int64_t begin = GetNanoseconds(CLOCK_MONOTONIC);
+    bool wereThere = killChildren(processes, true);
+    for (std::int64_t taken = 0; wereThere && taken < c_Longest; taken = GetNanoseconds(CLOCK_MONOTONIC) - begin)
+    {
+        Call(SYS_nanosleep, &c_Pause, 0);
+        // Children of those that end become its own, behind the back of one look perhaps.
+        const bool sparesKeepers = taken < c_LongestForKeepers;
+        wereThere = killChildren(processes, sparesKeepers) || killChildren(processes, sparesKeepers);
+    }
+}
+
 } // namespace
 
 void KeepDescendants() noexcept
 {
-    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    Call(SYS_prctl, PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0);
 }
 
 bool HasStartedAfter(pid_t process, std::int64_t time) noexcept
 {
-    constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000;
-    const CDescriptor folder = openProcesses();
-    const SProcess found = folder.IsOpen() ? readProcess(folder.Get(), process) : SProcess();
+    const SFile folder = openProcesses();
+    const SProcess found = readProcess(folder, process);
     // The kernel counts whole ticks, and leaves out what is no whole one.
-    const auto tick = c_NanosecondsPerSecond / static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK));
+    const auto tick = static_cast<std::uint64_t>(c_NanosecondsPerSecond / sysconf(_SC_CLK_TCK));
     return found.startTicks * tick > static_cast<std::uint64_t>(time);
 }
 
-void EndProcessTree(pid_t process) noexcept
+void EndProcessTrees(std::span<pid_t> processes) noexcept
 {
-    // Those that the system cannot end, in a driver's call say, are not waited for any longer.
-    constexpr int c_MostRounds = 1000;
-    // Keepers whose owners have just been killed need a moment for what these leave behind. Any process may have their
-    // name, so it is no longer than a moment.
-    constexpr int c_RoundsForKeepers = 300;
-    constexpr timespec c_Pause = {0, 1'000'000};
-    // It stands still, so that it starts no more, and so that the numbers of its children stay theirs.
-    kill(process, SIGSTOP);
-    bool wereThere = killChildren(process, true);
-    for (int round = 0; round < c_MostRounds && wereThere; ++round)
+    std::ranges::sort(processes);
+    // What those numbers stand for is no group or not the caller's: all processes, its own group, the first process.
+    while (!processes.empty() && processes.front() <= 1)
     {
-        nanosleep(&c_Pause, nullptr);
-        // Children of those that end become its own, behind the back of one look perhaps.
-        const bool sparesKeepers = round < c_RoundsForKeepers;
-        wereThere = killChildren(process, sparesKeepers) || killChildren(process, sparesKeepers);
+        processes = processes.subspan(1);
     }
-    kill(-process, SIGKILL);
-    // It may have gone to another group.
-    kill(process, SIGKILL);
+    // They stand still, so that they start no more, and so that the numbers of their children stay theirs.
+    for (const pid_t process : processes)
+    {
+        Call(SYS_kill, process, SIGSTOP);
+    }
+    if (!processes.empty())
+    {
+        endDescendants(processes);
+    }
+    for (const pid_t process : processes)
+    {
+        Call(SYS_kill, -process, SIGKILL);
+        // It may have gone to another group.
+        Call(SYS_kill, process, SIGKILL);
+    }
 }
 
 } // namespace LbOs::Linux

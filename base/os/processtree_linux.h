@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include <sys/types.h>
 
@@ -16,10 +17,10 @@ void KeepDescendants() noexcept;
 /// one that had the number before is gone then. Makes system calls only.
 bool HasStartedAfter(pid_t process, std::int64_t time) noexcept;
 
-/// Ends what a process that keeps its descendants has started, in whatever group or session that is, and then its whole
-/// group. Without effect on what processes leave behind that have ended before. Keepers end by themselves, as their
-/// owners do. The number must still be the process's own. Makes system calls only, so that a fork may call it. Any
-/// thread.
-void EndProcessTree(pid_t process) noexcept;
+/// Ends what processes that keep their descendants have started, in whatever group or session that is, and then their
+/// whole groups; all together, for each look at the processes of the system takes time. Without effect on what
+/// processes leave behind that have ended before. Keepers end by themselves, as their owners do. The numbers must still
+/// be the processes' own; they are sorted. Makes system calls only, so that a fork may call it. Any thread.
+void EndProcessTrees(std::span<pid_t> processes) noexcept;
 
 } // namespace LbOs::Linux

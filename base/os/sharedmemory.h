@@ -15,9 +15,11 @@ namespace LbOs
 class LB_API CSharedMemory
 {
 public:
-    /// A new block. Null when there is one of that name, or on any other failure. The name goes with the object, or
-    /// with the present process, however that ends; views that others have of the block stay valid.
-    static std::unique_ptr<CSharedMemory> Create(const std::wstring& name, std::size_t size);
+    /// A new block. Null when there is one of that name, or on any other failure; `failure` then says what the system
+    /// has refused. The name goes with the object, or with the present process, however that ends; views that others
+    /// have of the block stay valid.
+    static std::unique_ptr<CSharedMemory> Create(const std::wstring& name, std::size_t size,
+                                                 std::wstring* failure = nullptr);
 
     ~CSharedMemory();
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <sys/ipc.h>
+#include <sys/mman.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,13 +26,15 @@ struct CSharedMemory::SState
 namespace
 {
 
-std::shared_ptr<void> attach(int segment, int flags)
+/// Not for the copies that a test makes of the process: whoever of them stays would keep the segment in existence.
+std::shared_ptr<void> attach(int segment, int flags, std::size_t size)
 {
     void* const view = shmat(segment, nullptr, flags);
     if (view == reinterpret_cast<void*>(-1))
     {
         return nullptr;
     }
+    madvise(view, size, MADV_DONTFORK);
     return {view, [](void* attached) { shmdt(attached); }};
 }
 
@@ -48,7 +51,7 @@ int makeSegment(const char* path, std::size_t size, std::shared_ptr<void>& block
     }
     if (segment >= 0)
     {
-        block = attach(segment, 0);
+        block = attach(segment, 0, size);
         shmctl(segment, IPC_RMID, nullptr);
     }
     return block ? segment : -1;
@@ -89,13 +92,18 @@ CSharedMemory::CSharedMemory(std::unique_ptr<SState> state) : m_state(std::move(
 
 CSharedMemory::~CSharedMemory() = default;
 
-std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size)
+std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size, std::wstring* failure)
 {
     auto state = std::make_unique<SState>();
-    state->file = Linux::CNamedFile(Linux::ToObjectPath(name), [&state, size](const char* path) {
+    state->file = Linux::CNamedFile(Linux::ToObjectPath(name), failure, [&state, size, failure](const char* path) {
         const int segment = makeSegment(path, size, state->block);
         const std::string place = std::to_string(getpid()) + "/" + std::to_string(segment);
-        return segment >= 0 && symlink(place.c_str(), path) == 0;
+        const bool isMade = segment >= 0 && symlink(place.c_str(), path) == 0;
+        if (!isMade)
+        {
+            Linux::DescribeFailure(failure, segment < 0 ? "shmget, shmat" : "symlink");
+        }
+        return isMade;
     });
     return state->file.Exists() ? std::unique_ptr<CSharedMemory>(new CSharedMemory(std::move(state))) : nullptr;
 }
@@ -103,7 +111,8 @@ std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, s
 std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
 {
     const SPlace place = readOwnLink(Linux::ToObjectPath(name));
-    return isBlock(place, size) ? attach(place.segment, access == EMemoryAccess::Write ? 0 : SHM_RDONLY) : nullptr;
+    return isBlock(place, size) ? attach(place.segment, access == EMemoryAccess::Write ? 0 : SHM_RDONLY, size)
+                                : nullptr;
 }
 
 } // namespace LbOs

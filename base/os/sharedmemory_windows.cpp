@@ -16,7 +16,7 @@ CSharedMemory::CSharedMemory(std::unique_ptr<SState> state) : m_state(std::move(
 
 CSharedMemory::~CSharedMemory() = default;
 
-std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size)
+std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size, std::wstring* failure)
 {
     const std::wstring objectName = Windows::ToObjectName(name);
     auto state = std::make_unique<SState>();
@@ -26,6 +26,10 @@ std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, s
             return CreateFileMappingW(INVALID_HANDLE_VALUE, access, PAGE_READWRITE, static_cast<DWORD>(size >> 32U),
                                       static_cast<DWORD>(size), objectName.c_str());
         });
+    }
+    if (!state->mapping)
+    {
+        Windows::DescribeFailure(failure);
     }
     return state->mapping ? std::unique_ptr<CSharedMemory>(new CSharedMemory(std::move(state))) : nullptr;
 }

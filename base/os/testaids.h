@@ -99,12 +99,28 @@ bool JoinGroupOfParent();
 /// where a process can be waited for more than once.
 bool WaitForEndedChildren();
 
+/// Has the system forget the present process's children as soon as they end, or keep them until they are waited for.
+/// False where it keeps them for whoever has a handle.
+bool SetChildrenForgotten(bool areForgotten);
+
+/// Ends the process that watches over the present one, if there is one, and returns when it is gone.
+void EndKeeper();
+
+/// Takes all rights from the files that the present process makes, or none any more. False where there is no such mask.
+bool SetRightsMasked(bool areMasked);
+
 /// Closes a system's handle that is another's, as a test does that closes all that it finds open. False where handles
 /// are no numbers that anybody finds.
 bool CloseForOthers(std::intptr_t handle);
 
 /// Sets a named event a million times at once, as whoever floods it would. False where events do not count.
 bool FloodEvent(const std::wstring& name);
+
+/// The system's number of the calling thread.
+unsigned long GetThreadNumber();
+
+/// Whether a thread of the present process has ended.
+bool HasThreadEnded(unsigned long number);
 
 /// Ends the calling thread, which may be the first one: the process goes on with its others.
 [[noreturn]] void LeaveThread();

@@ -231,6 +231,18 @@ bool LbOs::WaitForEndedChildren()
     return false;
 }
 
+bool LbOs::SetChildrenForgotten(bool /*areForgotten*/)
+{
+    return false;
+}
+
+void LbOs::EndKeeper() {}
+
+bool LbOs::SetRightsMasked(bool /*areMasked*/)
+{
+    return false;
+}
+
 bool LbOs::CloseForOthers(std::intptr_t /*handle*/)
 {
     return false;
@@ -239,6 +251,17 @@ bool LbOs::CloseForOthers(std::intptr_t /*handle*/)
 bool LbOs::FloodEvent(const std::wstring& /*name*/)
 {
     return false;
+}
+
+unsigned long LbOs::GetThreadNumber()
+{
+    return GetCurrentThreadId();
+}
+
+bool LbOs::HasThreadEnded(unsigned long number)
+{
+    const Windows::Handle thread(OpenThread(SYNCHRONIZE, FALSE, number));
+    return !thread || WaitForSingleObject(thread.get(), 0) == WAIT_OBJECT_0;
 }
 
 void LbOs::LeaveThread()

@@ -16,6 +16,9 @@
 ///     outsider NAME            goes over to its parent's process group, where there are any, sets "NAME-r", then
 ///                              answers
 ///     owner NAME COMMAND       starts "COMMAND NAME", which is to end with it, ends after a minute
+///     crowd NAME               starts many of "disguised NAME", which are to end with it, sets "NAME-l", ends after a
+///                              minute
+///     neglected NAME           as owner of "parent", but what watches over it is killed before
 ///     leaver NAME COMMAND      as owner, but ends without a word when "NAME-l" is set
 ///     brought NAME             sets "NAME-r", waits for "NAME-q", ends with the number of processors that it may use
 ///     freed NAME               as brought, but frees itself from what others have chosen meanwhile
@@ -150,6 +153,31 @@ int beOwner(const std::wstring& name, const std::wstring& command, bool leaves)
     return child ? sleepLong() : 1;
 }
 
+int beCrowd(const std::wstring& name)
+{
+    constexpr std::size_t c_Children = 32;
+    const auto ready = LbOs::CNamedEvent::Open(name + L"-r");
+    const auto areStarted = LbOs::CNamedEvent::Open(name + L"-l");
+    std::vector<std::unique_ptr<LbOs::CChildProcess>> children;
+    while (children.size() < c_Children)
+    {
+        children.push_back(LbOs::CChildProcess::Start(getOptions(L"disguised " + name)));
+        if (!children.back() || ready->Wait(c_Minute * c_Second, children.back().get()) != LbOs::EEventWait::Signaled)
+        {
+            return 1;
+        }
+    }
+    areStarted->Set();
+    return sleepLong();
+}
+
+int beNeglected(const std::wstring& name)
+{
+    const auto first = LbOs::CChildProcess::Start(getOptions(L"exit 0"));
+    LbOs::EndKeeper();
+    return first ? beOwner(name, L"parent", false) : 1;
+}
+
 /// A child of its own, which need not end with it.
 std::unique_ptr<LbOs::CChildProcess> startFree(const std::wstring& arguments)
 {
@@ -167,7 +195,13 @@ int beHeadless(const std::wstring& name)
 int survive(const std::wstring& name)
 {
     const auto child = startFree(L"answer " + name);
-    std::thread([name] { std::_Exit(setReady(name) ? sleepLong() : 1); }).detach();
+    std::thread([name, first = LbOs::GetThreadNumber()] {
+        while (!LbOs::HasThreadEnded(first))
+        {
+            std::this_thread::yield();
+        }
+        std::_Exit(setReady(name) ? sleepLong() : 1);
+    }).detach();
     LbOs::LeaveThread();
 }
 
@@ -255,6 +289,8 @@ int run(const Arguments& arguments)
         {L"starter", [](const std::wstring& name) { return beParent(name, false, false); }},
         {L"runaway", [](const std::wstring& name) { return beParent(name, true, true); }},
         {L"disguised", [](const std::wstring& name) { return beParent(name, true, true, L"disguise"); }},
+        {L"crowd", &beCrowd},
+        {L"neglected", &beNeglected},
         {L"headless", &beHeadless},
         {L"survivor", &survive},
         {L"holder", &hold},

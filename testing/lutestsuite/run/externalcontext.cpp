@@ -27,10 +27,11 @@ std::wstring getHostName()
 
 std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
 {
-    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name);
+    std::wstring failure;
+    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name, &failure);
     if (!event)
     {
-        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden", name));
+        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden (%s)", name, failure));
     }
     return event;
 }
@@ -199,8 +200,9 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     m_meetings.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
-    if (end != EEnd::Answered)
+    if (end != EEnd::Answered || LoadResult(*m_buffer.GetReadAccess()) == ECaseRunResult::Unknown)
     {
+        // One that has answered without a result may still be at it, and would take the next case's time and buffer.
         // Gone before the buffer is written or read: until then it could still be writing itself.
         if (m_child)
         {

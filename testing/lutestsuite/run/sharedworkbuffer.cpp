@@ -33,11 +33,12 @@ CSharedMemoryWorkBuffer::CSharedMemoryWorkBuffer(std::wstring name, EOrigin orig
     {
         return;
     }
-    m_memory = LbOs::CSharedMemory::Create(m_name, sizeof(SWorkBuffer));
+    std::wstring failure;
+    m_memory = LbOs::CSharedMemory::Create(m_name, sizeof(SWorkBuffer), &failure);
     if (!m_memory)
     {
         throw LbException(L"LuTestSuiteRun::CSharedMemoryWorkBuffer::CSharedMemoryWorkBuffer",
-                          LbFormat(L"Der gemeinsame Speicher '%s' kann nicht angelegt werden", m_name));
+                          LbFormat(L"Der gemeinsame Speicher '%s' kann nicht angelegt werden (%s)", m_name, failure));
     }
 }
 

@@ -56,6 +56,20 @@ TEST_F(OsSharedMemory, IsNotCreatedTwice)
     EXPECT_NE(MapSharedMemory(m_name, c_Size, EMemoryAccess::Read), nullptr);
 }
 
+TEST_F(OsSharedMemory, SaysWhyItIsNotThere)
+{
+    constexpr std::size_t c_TooMuch = ~std::size_t{0} / 4;
+    std::wstring exists;
+    std::wstring isTooLarge;
+
+    EXPECT_EQ(CSharedMemory::Create(m_name, c_Size, &exists), nullptr);
+    EXPECT_EQ(CSharedMemory::Create(m_name + L"-a", c_TooMuch, &isTooLarge), nullptr);
+
+    EXPECT_NE(exists, L"");
+    EXPECT_NE(isTooLarge, L"");
+    EXPECT_NE(exists, isTooLarge);
+}
+
 TEST_F(OsSharedMemory, IsForTheOwnUserOnly)
 {
     EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));

@@ -1,0 +1,167 @@
+#include "base/os/childprocess.h"
+
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "base/os/namedevent.h"
+#include "tests/support/probe.h"
+
+namespace
+{
+
+using LbOs::CChildProcess;
+
+constexpr std::uint32_t c_Long = 60000;
+
+TEST(OsChildProcessTrees, TakesWhatItStartedAlongWithItsObject)
+{
+    CProbeLine line;
+    auto child = StartProbe(L"parent " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    child.reset();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
+/// Asks until the answer is yes; false after half a minute.
+template<typename F>
+bool WaitUntil(const F& ask)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!ask())
+    {
+        if (std::chrono::steady_clock::now() > end)
+        {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+/// How a process starts another: as a command of the probe.
+class OsChildProcessTree : public testing::TestWithParam<const wchar_t*>
+{
+};
+
+TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminated)
+{
+    CProbeLine line;
+    const auto child = StartProbe(GetParam() + (L" " + line.GetName()));
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    child->Terminate();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
+{
+    CProbeLine line;
+    LbOs::SChildOptions options = GetProbeOptions(L"owner " + line.GetName() + L" " + GetParam());
+    options.endsWithOwner = false;
+    const auto owner = CChildProcess::Start(options);
+    ASSERT_NE(owner, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    // The owner's child leads a group of its own, so that this reaches the owner alone.
+    owner->Terminate();
+
+    // What watches over the owner needs a moment.
+    EXPECT_TRUE(line.WaitGone());
+}
+
+TEST_P(OsChildProcessTree, EndsWhenItsOwnersOwnerTerminatesThat)
+{
+    CProbeLine line;
+    const auto owner = StartProbe(L"owner " + line.GetName() + L" " + GetParam());
+    ASSERT_NE(owner, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    owner->Terminate();
+
+    EXPECT_TRUE(line.WaitGone());
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree,
+                         testing::Values(L"parent", L"runaway", L"outsider", L"headless", L"disguised"));
+
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsWithoutAWord)
+{
+    CProbeLine line;
+    const auto leave = LbOs::CNamedEvent::Create(line.GetName() + L"-l");
+    LbOs::SChildOptions options = GetProbeOptions(L"leaver " + line.GetName() + L" " + GetParam());
+    options.endsWithOwner = false;
+    const auto owner = CChildProcess::Start(options);
+    ASSERT_NE(owner, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    leave->Set();
+    ASSERT_TRUE(owner->Wait(c_Long));
+    EXPECT_EQ(owner->GetExitStatus(), 3);
+
+    EXPECT_TRUE(line.WaitGone());
+}
+
+/// A tree of each child, all of them at once.
+TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
+{
+    using Clock = std::chrono::steady_clock;
+    CProbeLine line;
+    const auto areStarted = LbOs::CNamedEvent::Create(line.GetName() + L"-l");
+    LbOs::SChildOptions options = GetProbeOptions(L"crowd " + line.GetName());
+    options.endsWithOwner = false;
+    const auto owner = CChildProcess::Start(options);
+    ASSERT_NE(owner, nullptr);
+    ASSERT_EQ(areStarted->Wait(c_Long, owner.get()), LbOs::EEventWait::Signaled);
+    ASSERT_TRUE(line.IsAlive());
+    const auto start = Clock::now();
+
+    owner->Terminate();
+
+    EXPECT_TRUE(line.WaitGone());
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(6));
+}
+
+/// By whoever ends all that has its name, or by a system that is out of memory.
+TEST(OsChildProcessTrees, EndsWithItsOwnerAlsoWhenTheOwnersKeeperWasKilled)
+{
+    CProbeLine line;
+    LbOs::SChildOptions options = GetProbeOptions(L"neglected " + line.GetName());
+    options.endsWithOwner = false;
+    const auto owner = CChildProcess::Start(options);
+    ASSERT_NE(owner, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(line.IsAlive());
+
+    owner->Terminate();
+
+    EXPECT_TRUE(line.WaitGone());
+}
+
+/// Those who watch over a process that is ended from outside still clean up after it.
+TEST(OsChildProcessTrees, TakesTheNamesOfItsDescendantsAlong)
+{
+    CProbeLine line;
+    const auto child = StartProbe(L"owner " + line.GetName() + L" holder");
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_NE(LbOs::CNamedEvent::Open(line.GetName() + L"-h"), nullptr);
+
+    child->Terminate();
+
+    EXPECT_TRUE(WaitUntil([&line] { return LbOs::CNamedEvent::Open(line.GetName() + L"-h") == nullptr; }));
+}
+
+} // namespace
