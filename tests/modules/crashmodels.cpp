@@ -139,18 +139,6 @@ void answerLater()
     }).detach();
 }
 
-/// As if the case were done, and more than once.
-void answerEarly()
-{
-    const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();
-    const std::wstring& name = std::ranges::find(arguments, L"--response-event-id")[1];
-    if (!LbOs::FloodEvent(name))
-    {
-        LbOs::CNamedEvent::Open(name)->Set();
-    }
-    sleepLong();
-}
-
 std::optional<long> s_copy;
 
 /// True in a copy of the process, in the midst of the case after that which made it.
@@ -258,7 +246,6 @@ class CCrashModel : public LuUnitTest
             sleepLong();
         });
         AddSubtest(L"antwortet noch einmal", [] { answerLater(); });
-        AddSubtest(L"antwortet zu früh", [] { answerEarly(); });
         AddSubtest(L"startet Prozesse und endet", [] {
             startGrandchild("parent");
             awaitGrandchild();

@@ -200,9 +200,8 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     m_meetings.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
-    if (end != EEnd::Answered || LoadResult(*m_buffer.GetReadAccess()) == ECaseRunResult::Unknown)
+    if (end != EEnd::Answered)
     {
-        // One that has answered without a result may still be at it, and would take the next case's time and buffer.
         // Gone before the buffer is written or read: until then it could still be writing itself.
         if (m_child)
         {
