@@ -10,7 +10,7 @@
 #include "base/os/processors.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/executor.h"
-#include "testing/lutestsuite/run/externalcontext.h"
+#include "testing/lutestsuite/run/externallane.h"
 #include "testing/lutestsuite/run/preparation.h"
 #include "testing/lutestsuite/run/sharedworkbuffer.h"
 
