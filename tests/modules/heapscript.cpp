@@ -20,47 +20,47 @@ void (*volatile s_delete)(void*) = ::operator delete;
 void* s_resized = nullptr;
 void* s_freed = nullptr;
 void* s_leaked = nullptr;
-std::thread s_idleThread;
 std::thread s_thread;
-std::atomic<bool> s_mayEnd = false;
+std::atomic<bool> s_isReady = false;
 std::atomic<void*> s_handedOver = nullptr;
+std::atomic<bool> s_isDone = false;
+std::atomic<bool> s_mayEnd = false;
 
-void awaitEnd()
+void await(const std::atomic<bool>& condition)
 {
-    while (!s_mayEnd)
+    while (!condition)
     {
         std::this_thread::yield();
     }
 }
 
-void awaitBlock()
+/// What the run-time does at the end of a thread depends on who comes first: the end is for later.
+void serve()
 {
-    while (s_handedOver == nullptr)
+    s_free(s_malloc(600));
+    s_isReady = true;
+    void* block = nullptr;
+    while ((block = s_handedOver) == nullptr && !s_mayEnd)
     {
         std::this_thread::yield();
     }
-    s_free(s_handedOver);
+    s_free(block);
     s_leaked = s_malloc(heapscript::c_Leak);
+    s_isDone = true;
+    await(s_mayEnd);
 }
 
 /// What is there before the script, so that it is not seen.
 void prepare()
 {
-    s_mayEnd = false;
+    s_isReady = false;
     s_handedOver = nullptr;
+    s_isDone = false;
+    s_mayEnd = false;
     s_resized = s_malloc(700);
     s_freed = s_malloc(800);
-    s_idleThread = std::thread(awaitEnd);
-    s_thread = std::thread(awaitBlock);
-    // What the run-time does at the first end of a thread.
-    std::thread([] {}).join();
-}
-
-/// What the run-time does at the end of any thread.
-void endThread()
-{
-    s_mayEnd = true;
-    s_idleThread.join();
+    s_thread = std::thread(serve);
+    await(s_isReady);
 }
 
 // Behind each line: bytes that are allocated then.
@@ -75,9 +75,16 @@ void runScript()
     s_free(nullptr);                                 // 960
     s_delete(s_new(heapscript::c_ScriptPeak - 960)); // c_ScriptPeak, 960
     s_handedOver = second;
-    s_thread.join(); // 926
+    await(s_isDone); // 926
     s_free(first);   // 916
     s_free(grown);   // c_Leak
+}
+
+void cleanUp()
+{
+    s_mayEnd = true;
+    s_thread.join();
+    s_free(s_leaked);
 }
 
 } // namespace
@@ -92,9 +99,8 @@ class CHeapScript : public LuUnitTest
         AddSubtest(L"pre", prepare);
         AddSubtest(L"nil", [] {});
         AddSubtest(L"cmp", [] { s_free(s_malloc(heapscript::c_ComparedPeak)); });
-        AddSubtest(L"thr", endThread);
         AddSubtest(L"run", runScript);
-        AddSubtest(L"end", [] { s_free(s_leaked); });
+        AddSubtest(L"end", cleanUp);
     }
 };
 LB_RTTI_CLASS(CHeapScript, LuUnitTest)
