@@ -24,8 +24,7 @@ Windows::Handle makeJob(bool endsWithOwner)
 {
     Windows::Handle job(CreateJobObjectW(nullptr, nullptr));
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
-    limits.BasicLimitInformation.LimitFlags =
-        endsWithOwner ? JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE : JOB_OBJECT_LIMIT_SILENT_BREAKAWAY_OK;
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     const bool isReady =
         job.get() != nullptr && (!endsWithOwner || SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation,
                                                                            &limits, sizeof(limits)) != FALSE);
@@ -107,6 +106,8 @@ Windows::Handle start(const SChildOptions& options, HANDLE job)
 }
 
 } // namespace
+
+void CChildProcess::PrepareStarts() {}
 
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 

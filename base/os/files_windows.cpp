@@ -131,6 +131,36 @@ std::wstring completeTarget(const std::wstring& path, const std::wstring& target
     return start.empty() ? start : LbOs::GetFullPath(start + target);
 }
 
+/// Write protection keeps a file from being removed on this platform only. It is the file's, which may have other names
+/// beside this one: there it stays.
+bool removeProtected(const std::wstring& name, DWORD attributes)
+{
+    if (SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) == FALSE)
+    {
+        return false;
+    }
+    bool isRemoved = false;
+    // Without times: those stay.
+    FILE_BASIC_INFO former = {};
+    former.FileAttributes = attributes;
+    constexpr DWORD c_Access = DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
+    constexpr DWORD c_Sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE opened = CreateFileW(name.c_str(), c_Access, c_Sharing, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (const OwnedHandle file(opened == INVALID_HANDLE_VALUE ? nullptr : opened); file)
+    {
+        FILE_DISPOSITION_INFO disposition = {TRUE};
+        isRemoved =
+            SetFileInformationByHandle(file.get(), FileDispositionInfo, &disposition, sizeof(disposition)) != FALSE;
+        SetFileInformationByHandle(file.get(), FileBasicInfo, &former, sizeof(former));
+    }
+    else
+    {
+        SetFileAttributesW(name.c_str(), attributes);
+    }
+    return isRemoved;
+}
+
 } // namespace
 
 std::wstring LbOs::Windows::ToSystemPath(const std::wstring& path)
@@ -307,17 +337,7 @@ bool LbOs::RemoveFile(const std::wstring& path)
     {
         return IsLink(path) && RemoveDirectoryW(name.c_str()) != FALSE;
     }
-    // Write protection keeps a file from being removed on this platform only.
-    if ((attributes & FILE_ATTRIBUTE_READONLY) == 0 || SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) == FALSE)
-    {
-        return false;
-    }
-    if (DeleteFileW(name.c_str()) != FALSE)
-    {
-        return true;
-    }
-    SetFileAttributesW(name.c_str(), attributes);
-    return false;
+    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 && removeProtected(name, attributes);
 }
 
 bool LbOs::RenameFile(const std::wstring& path, const std::wstring& newPath)

@@ -5,19 +5,21 @@
 
 #include "base/lbpath.h"
 
-namespace
+namespace LuTestSuite
 {
 
-/// As it is written, whatever else the file system would take for it.
-bool isListed(const std::wstring& folder, const std::wstring& name)
+bool CPlaceUses::isListed(const std::wstring& folder, const std::wstring& name) const
 {
-    bool isFound = false;
-    LbOs::VisitDirectory(folder, [&](const LbOs::SDirectoryEntry& entry) { isFound = isFound || entry.name == name; });
-    return isFound;
+    const auto [listing, isNew] = m_listings.try_emplace(folder);
+    if (isNew)
+    {
+        LbOs::VisitDirectory(
+            folder, [&names = listing->second](const LbOs::SDirectoryEntry& entry) { names.insert(entry.name); });
+    }
+    return listing->second.contains(name);
 }
 
-/// Whether two names of one file that has several are hard links. The first is as its folder lists it.
-bool areTwoEntries(const std::wstring& place, const std::wstring& otherPlace)
+bool CPlaceUses::areTwoEntries(const std::wstring& place, const std::wstring& otherPlace) const
 {
     const std::wstring otherFolder = LbPath::GetParent(otherPlace);
     const std::optional<LbOs::SFileStatus> folder = LbOs::GetFileStatus(LbPath::GetParent(place));
@@ -30,11 +32,6 @@ bool areTwoEntries(const std::wstring& place, const std::wstring& otherPlace)
     return folder->identity != other->identity ||
            (LbPath::GetLastComponent(place) != otherName && isListed(otherFolder, otherName));
 }
-
-} // namespace
-
-namespace LuTestSuite
-{
 
 void CPlaceUses::Add(const std::wstring& place)
 {

@@ -25,8 +25,16 @@ public:
     bool Has(const std::wstring& place) const;
 
 private:
+    /// As it is written, whatever else the file system would take for it.
+    bool isListed(const std::wstring& folder, const std::wstring& name) const;
+
+    /// Whether two names of one file that has several are hard links. The first is as its folder lists it.
+    bool areTwoEntries(const std::wstring& place, const std::wstring& otherPlace) const;
+
     std::unordered_map<std::wstring, std::size_t> m_counts;                   ///< at least 1
     std::map<LbOs::SFileIdentity, std::unordered_set<std::wstring>> m_places; ///< those that were ever added
+    /// What folders of needed places list, once it was asked for: these are not among what goes.
+    mutable std::unordered_map<std::wstring, std::unordered_set<std::wstring>> m_listings;
 };
 
 } // namespace LuTestSuite

@@ -330,6 +330,23 @@ TEST_F(DuplicateDeletion, LoseHardLinksOfTheKeptFile)
     EXPECT_FALSE(LbFileSystem::Exists(name));
 }
 
+/// Where it keeps a file from being deleted, it is the file's and not the name's.
+TEST_F(DuplicateDeletion, LeaveTheWriteProtectionOfTheKeptFile)
+{
+    constexpr auto c_Writing = std::filesystem::perms::owner_write;
+    const std::filesystem::path kept = Write(L"a.txt", "gut");
+    const std::filesystem::path name = GetDirectory() + L"b.txt";
+    std::filesystem::create_hard_link(kept, name);
+    std::filesystem::permissions(kept, c_Writing | std::filesystem::perms::group_write,
+                                 std::filesystem::perm_options::remove);
+
+    Detect(eDM_Delete);
+
+    EXPECT_FALSE(LbFileSystem::Exists(name.wstring()));
+    EXPECT_EQ(std::filesystem::status(kept).permissions() & c_Writing, std::filesystem::perms::none);
+    std::filesystem::permissions(kept, c_Writing, std::filesystem::perm_options::add);
+}
+
 /// When the first line of the set is printed, another program opens a file that is to go.
 TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
 {
