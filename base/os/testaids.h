@@ -106,6 +106,13 @@ bool SetChildrenForgotten(bool areForgotten);
 /// Ends the process that watches over the present one, if there is one, and returns when it is gone.
 void EndKeeper();
 
+/// Waits until a process that the present one has started has ended, and leaves that to whoever waits for it next.
+void WaitForEnd(unsigned long process);
+
+/// Ends a process and keeps that from whoever has started it, as a debugger may, as long as the result lives; null
+/// where that cannot be.
+std::shared_ptr<void> HoldEnd(std::uint64_t process);
+
 /// Takes all rights from the files that the present process makes, or none any more. False where there is no such mask.
 bool SetRightsMasked(bool areMasked);
 

@@ -16,6 +16,7 @@
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
@@ -337,12 +338,40 @@ void LbOs::EndKeeper()
         std::ifstream("/proc/" + std::to_string(child) + "/comm") >> name;
         if (name == "LuKeeper")
         {
-            siginfo_t end = {};
             kill(static_cast<pid_t>(child), SIGKILL);
-            // Without taking it from whoever has started it.
-            waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT | __WALL);
+            WaitForEnd(child);
         }
     }
+}
+
+void LbOs::WaitForEnd(unsigned long process)
+{
+    siginfo_t end = {};
+    waitid(P_PID, static_cast<id_t>(process), &end, WEXITED | WNOWAIT | __WALL);
+}
+
+std::shared_ptr<void> LbOs::HoldEnd(std::uint64_t process)
+{
+    const auto held = static_cast<pid_t>(process);
+    const pid_t holder = forkForAWhile();
+    if (holder == 0)
+    {
+        siginfo_t end = {};
+        const bool isHeld = ptrace(PTRACE_SEIZE, held, nullptr, nullptr) == 0 && kill(held, SIGKILL) == 0 &&
+                            waitid(P_PID, static_cast<id_t>(held), &end, WEXITED | WNOWAIT) == 0;
+        // Stopped it says that it is ready.
+        kill(getpid(), isHeld ? SIGSTOP : SIGKILL);
+    }
+    int status = 0;
+    if (holder < 0 || waitpid(holder, &status, WUNTRACED) != holder || !WIFSTOPPED(status))
+    {
+        return nullptr;
+    }
+    return std::shared_ptr<pid_t>(new pid_t(holder), [](const pid_t* number) {
+        kill(*number, SIGKILL);
+        waitpid(*number, nullptr, 0);
+        delete number;
+    });
 }
 
 bool LbOs::SetRightsMasked(bool areMasked)

@@ -142,6 +142,19 @@ std::optional<std::string> LbOs::CaptureThroughFullPipe(const std::function<void
     return std::nullopt;
 }
 
+void LbOs::WaitForEnd(unsigned long process)
+{
+    if (const Windows::Handle opened(OpenProcess(SYNCHRONIZE, FALSE, process)); opened)
+    {
+        WaitForSingleObject(opened.get(), INFINITE);
+    }
+}
+
+std::shared_ptr<void> LbOs::HoldEnd(std::uint64_t /*process*/)
+{
+    return nullptr;
+}
+
 std::shared_ptr<void> LbOs::HoldFile(const std::wstring& path)
 {
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);

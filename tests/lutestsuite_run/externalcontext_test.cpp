@@ -72,6 +72,32 @@ TEST(SpareLanes, AreTakenOnce)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
+/// One that was idle for long has left.
+TEST(SpareLanes, AreNotTakenWhenTheyHaveEnded)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    spares.Start(just(1));
+
+    KillHostChildren();
+
+    EXPECT_EQ(spares.Take(), nullptr);
+}
+
+TEST(SpareLanes, AreReplacedWhenTheyHaveEnded)
+{
+    const SChildSettings settings;
+    CSpareLanes spares(settings);
+    spares.Start(just(1));
+
+    KillHostChildren();
+    spares.Start(just(1));
+
+    const auto lane = spares.Take();
+    ASSERT_NE(lane, nullptr);
+    EXPECT_TRUE(lane->IsChildRunning());
+}
+
 /// Whoever needs one while it is being started does not start another.
 TEST(SpareLanes, AreWaitedForWhileTheyStart)
 {
@@ -120,10 +146,13 @@ TEST(ExternalContext, LeavesTheSparesOfOthersAlone)
     EXPECT_NE(spares.Take(), nullptr);
 }
 
-/// Asks for a case that nobody knows: the index of the process that has said so; -2 without an answer.
-std::int32_t askIsolated(CExternalContext& context)
+/// Asks for a case that nobody knows: the index of the process that has said so; -2 without an answer. What happens
+/// `meanwhile` finds the child that the case is to have.
+std::int32_t askIsolated(
+    CExternalContext& context, const std::function<void()>& meanwhile = [] {})
 {
     LuTestSuiteRun::CExternalLane& lane = context.Obtain(true);
+    meanwhile();
     LuTestSuite::SUnitTest unitTest;
     unitTest.className = L"CUnknownModel";
     LuTestSuiteRun::WriteRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, {}, {});
@@ -134,7 +163,7 @@ std::int32_t askIsolated(CExternalContext& context)
 }
 
 /// What has brought it down may have been the case that was under way. Indices go on as if nothing had happened.
-TEST(ExternalContext, ReplacesSparesThatHaveEnded)
+TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 {
     const SChildSettings settings;
     CSpareLanes spares(settings);
@@ -144,9 +173,7 @@ TEST(ExternalContext, ReplacesSparesThatHaveEnded)
     context.Release();
     spares.Start(just(1));
 
-    KillHostChildren();
-
-    EXPECT_EQ(askIsolated(context), before + 1);
+    EXPECT_EQ(askIsolated(context, KillHostChildren), before + 1);
     EXPECT_EQ(askIsolated(context), before + 2);
 }
 

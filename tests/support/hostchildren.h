@@ -29,10 +29,12 @@ inline std::ptrdiff_t CountHostChildren()
     return std::ssize(ListHostChildren());
 }
 
+/// They have ended when it returns.
 inline void KillHostChildren()
 {
     for (const LbOs::SProcess& process : ListHostChildren())
     {
         LbOs::KillProcess(process);
+        LbOs::WaitForEnd(process.number);
     }
 }

@@ -13,9 +13,16 @@ std::size_t CSpareLanes::GetMost()
     return LuTestSuiteUtils::GetDefaultThreadCount();
 }
 
+/// A spare that no case has taken for long has left.
+void CSpareLanes::dropEnded()
+{
+    std::erase_if(m_lanes, [](const std::unique_ptr<CExternalLane>& lane) { return !lane->IsChildRunning(); });
+}
+
 bool CSpareLanes::takePlace(const std::function<std::size_t()>& count)
 {
     const std::lock_guard lock(m_mutex);
+    dropEnded();
     if (m_lanes.size() + m_starting >= std::min(count(), GetMost()))
     {
         return false;
@@ -62,7 +69,10 @@ std::unique_ptr<CExternalLane> CSpareLanes::Take()
 {
     std::unique_lock lock(m_mutex);
     // To start another one would take as long.
-    m_started.wait(lock, [this] { return !m_lanes.empty() || m_starting == 0; });
+    m_started.wait(lock, [this] {
+        dropEnded();
+        return !m_lanes.empty() || m_starting == 0;
+    });
     if (m_lanes.empty())
     {
         return nullptr;

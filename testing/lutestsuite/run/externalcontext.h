@@ -36,6 +36,7 @@ public:
     std::unique_ptr<CExternalLane> Take();
 
 private:
+    void dropEnded();
     bool takePlace(const std::function<std::size_t()>& count);
     std::unique_ptr<CExternalLane> start() const;
 

@@ -77,6 +77,7 @@ public:
     void AssertProcessIndex();
 
     bool HasChild() const { return m_child != nullptr; }
+    bool IsChildRunning() const { return m_child && m_child->IsRunning(); }
 
     IWorkBuffer& GetBuffer() { return m_buffer; }
 
