@@ -38,6 +38,11 @@ class LB_API CChildProcess
 public:
     static constexpr std::uint32_t sc_uiInfinite = 0xFFFFFFFFU;
 
+    /// Gets ready what all starts need, best while the process is small: on Linux a copy of it watches over what is
+    /// started with endsWithOwner, and keeps all the memory that the process has at that time. Without it the first
+    /// start does that. Any thread.
+    static void PrepareStarts();
+
     /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
     static std::unique_ptr<CChildProcess> Start(const SChildOptions& options);
 
@@ -54,7 +59,8 @@ public:
 
     /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
     /// end it. Its exit status is then 0 on Windows and -9 on Linux. On Linux, with endsWithOwner, what has left the
-    /// process's group is looked for, as long as the process itself runs; that takes up to a millisecond.
+    /// process's group is looked for, as long as the process itself runs; that takes about a millisecond, two where
+    /// there was something, and up to 3 s for what the system cannot end.
     void Terminate();
 
     /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that

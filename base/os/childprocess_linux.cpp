@@ -101,7 +101,11 @@ bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
         }
         const std::int64_t interval = file.Get() < 0 ? c_LookIntervalWithoutFile : c_LookInterval;
         const std::int64_t time = milliseconds == sc_uiInfinite ? interval : std::min(left, interval);
-        Linux::WaitReadable({file.Get()}, static_cast<std::uint32_t>(time));
+        const bool isReady = Linux::WaitReadable({file.Get()}, static_cast<std::uint32_t>(time)) == 0;
+        if (isReady && !HasEnded())
+        {
+            Linux::PauseForEnd();
+        }
     }
     return true;
 }
@@ -209,6 +213,11 @@ void CChildProcess::LetGo()
     m_state->endsWithOwner = false;
     Linux::ReleaseKeptGroup(m_state->group);
     m_state->group = nullptr;
+}
+
+void CChildProcess::PrepareStarts()
+{
+    Linux::AssertKeeper();
 }
 
 std::uint64_t CChildProcess::GetNumber() const noexcept

@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/os/descriptor_linux.h"
 #include "base/os/keeperprocess_linux.h"
 
 namespace LbOs::Linux
@@ -48,7 +49,9 @@ pid_t startKeeper(SBooks& books)
     const pid_t keeper = ForkKeeper(books);
     if (keeper > 0 && !waitReady(books, keeper))
     {
+        siginfo_t end = {};
         kill(keeper, SIGKILL);
+        Retry([&] { return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | __WCLONE); });
         return -1;
     }
     return keeper;
@@ -87,6 +90,11 @@ SBooks* getBooks()
 }
 
 } // namespace
+
+void AssertKeeper()
+{
+    getBooks();
+}
 
 SKeptGroup* TakeKeptGroup()
 {

@@ -1,8 +1,8 @@
 /// What must not outlive the present process, and the small process that sees to it. Internal to the Linux side.
 ///
 /// A process that is killed cleans nothing up. The keeper is a fork that waits for that and then ends the process
-/// trees and removes the files that are in its books. It is started with the first entry, and again when somebody has
-/// ended it, and ends with this process. Any thread.
+/// trees and removes the files that are in its books. It is started with the first entry, or ahead of it, and with the
+/// next one when somebody has ended it, and ends with this process. Any thread.
 #pragma once
 
 #include <atomic>
@@ -28,8 +28,11 @@ struct SKeptGroup
     std::int64_t entered;       ///< when, in nanoseconds since the system's start
 };
 
+/// Starts the keeper, unless there is one. As a copy it keeps all the memory that the process has at that time.
+void AssertKeeper();
+
 /// A free entry; null when there is none, or no keeper. The caller releases it while the group's number is still its
-/// own.
+/// own, unless the process never became a program.
 SKeptGroup* TakeKeptGroup();
 void ReleaseKeptGroup(SKeptGroup* group) noexcept;
 

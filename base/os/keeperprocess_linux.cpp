@@ -62,10 +62,8 @@ void endGroups(const SBooks& books)
 [[noreturn]] void keep(SBooks& books, pid_t owner)
 {
     constexpr int c_LookInterval = 100;
-    constexpr std::uint64_t c_AllSignals = ~std::uint64_t{0};
     // Out of reach of what a terminal sends to its processes.
     Call(SYS_setsid);
-    Call(SYS_rt_sigprocmask, SIG_SETMASK, &c_AllSignals, 0, c_SignalSetSize);
     Call(SYS_prctl, PR_SET_NAME, c_KeeperName);
     // All that the fork has inherited: an open pipe, say, whose reader waits for its end.
     Call(SYS_close_range, 0, UINT_MAX, 0);
@@ -82,10 +80,7 @@ void endGroups(const SBooks& books)
     // Names first: it takes no time.
     removeFiles(books, owner);
     endGroups(books);
-    while (true)
-    {
-        Call(SYS_exit_group, 0);
-    }
+    EndCopy();
 }
 
 } // namespace
@@ -93,13 +88,12 @@ void endGroups(const SBooks& books)
 pid_t ForkKeeper(SBooks& books) noexcept
 {
     const auto owner = static_cast<pid_t>(Call(SYS_getpid));
-    // Without a signal at its end the fork is none of the children that a test's own wait() would see.
-    const long keeper = Call(SYS_clone, 0, 0, 0, 0, 0);
+    const pid_t keeper = CopyProcess();
     if (keeper == 0)
     {
         keep(books, owner);
     }
-    return static_cast<pid_t>(keeper);
+    return keeper;
 }
 
 void EnterKeptGroup(SKeptGroup& group) noexcept

@@ -10,6 +10,7 @@
 
 #include "base/os/descriptor_linux.h"
 #include "base/os/namedfile_linux.h"
+#include "base/os/processfile_linux.h"
 
 namespace LbOs
 {
@@ -152,6 +153,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
 {
     // Where another process's handle has the closed one's number, only a look from time to time shows the end.
     constexpr std::int64_t c_LookInterval = 1000;
+    constexpr int c_Child = 1;
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
     bool hasFailed = false;
@@ -172,9 +174,13 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         {
             return EEventWait::ChildEnded;
         }
-        if (ready == Linux::c_WaitTimedOut && left <= c_LookInterval)
+        if (left <= 0 || (ready == Linux::c_WaitTimedOut && left <= c_LookInterval))
         {
             return EEventWait::TimedOut;
+        }
+        if (ready == c_Child)
+        {
+            Linux::PauseForEnd();
         }
         // Once it may have been a descriptor that was closed meanwhile.
         if (ready == Linux::c_WaitFailed && std::exchange(hasFailed, true))

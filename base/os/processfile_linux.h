@@ -1,12 +1,22 @@
 /// Descriptors of child processes. Internal to the Linux side.
 #pragma once
 
+#include <chrono>
+#include <thread>
+
 #include <sys/types.h>
 
 #include "base/os/descriptor_linux.h"
 
 namespace LbOs::Linux
 {
+
+/// To be called when a child's descriptor is readable but the system does not give the child up: whoever traces it is
+/// told first. Without it the wait would turn in circles.
+inline void PauseForEnd()
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
 
 /// Readable when the child has ended. A test may close it with all that it finds open: then it is opened again, and
 /// what has its number meanwhile is left alone.

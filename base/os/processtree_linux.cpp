@@ -1,7 +1,9 @@
 #include "base/os/processtree_linux.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +13,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/wait.h>
 
 #include "base/os/keeper_linux.h"
 #include "base/os/rawcalls_linux.h"
@@ -174,14 +177,36 @@ void endDescendants(std::span<const pid_t> processes)
     constexpr std::int64_t c_LongestForKeepers = 500 * c_Millisecond;
     constexpr timespec c_Pause = {0, c_Millisecond};
     const std::int64_t begin = GetNanoseconds(CLOCK_MONOTONIC);
-    bool wereThere = killChildren(processes, true);
-    for (std::int64_t taken = 0; wereThere && taken < c_Longest; taken = GetNanoseconds(CLOCK_MONOTONIC) - begin)
+    for (std::int64_t taken = 0; taken < c_Longest; taken = GetNanoseconds(CLOCK_MONOTONIC) - begin)
     {
-        Call(SYS_nanosleep, &c_Pause, 0);
         // Children of those that end become its own, behind the back of one look perhaps.
         const bool sparesKeepers = taken < c_LongestForKeepers;
-        wereThere = killChildren(processes, sparesKeepers) || killChildren(processes, sparesKeepers);
+        if (!killChildren(processes, sparesKeepers) && !killChildren(processes, sparesKeepers))
+        {
+            return;
+        }
+        Call(SYS_nanosleep, &c_Pause, 0);
     }
+}
+
+/// Where no descriptor is free, a copy of the process has all of its own.
+void endDescendantsFromCopy(std::span<const pid_t> processes)
+{
+    const pid_t copy = CopyProcess();
+    if (copy == 0)
+    {
+        Call(SYS_close_range, 0, UINT_MAX, 0);
+        endDescendants(processes);
+        EndCopy();
+    }
+    while (copy > 0 && Call(SYS_waitid, P_PID, copy, 0, WEXITED | __WCLONE, 0) != 0 && errno == EINTR)
+    {
+    }
+}
+
+bool canLookAtProcesses()
+{
+    return openProcesses().number >= 0;
 }
 
 } // namespace
@@ -215,7 +240,7 @@ void EndProcessTrees(std::span<pid_t> processes) noexcept
     }
     if (!processes.empty())
     {
-        endDescendants(processes);
+        (canLookAtProcesses() ? endDescendants : endDescendantsFromCopy)(processes);
     }
     for (const pid_t process : processes)
     {

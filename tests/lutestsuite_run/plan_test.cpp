@@ -43,6 +43,18 @@ TEST(MakePlan, LetsCasesGoParallelThatDoNotObject)
     EXPECT_THAT(plan.sequential, ElementsAre(2U, 3U));
 }
 
+TEST(MakePlan, KnowsWhetherAnyCaseRunsInAChild)
+{
+    std::vector<LuTestSuite::SUnitTest> unitTests = MakeUnitTests();
+    SParams external;
+    external.external = true;
+
+    EXPECT_FALSE(LuTestSuiteRun::MakePlan(unitTests, SParams()).hasExternal);
+    EXPECT_TRUE(LuTestSuiteRun::MakePlan(unitTests, external).hasExternal);
+    unitTests[0].cases[3].parameters[L"External"] = true;
+    EXPECT_TRUE(LuTestSuiteRun::MakePlan(unitTests, SParams()).hasExternal);
+}
+
 TEST(MakePlan, RepeatsEachCaseBeforeTheNextOne)
 {
     SParams params;

@@ -16,6 +16,11 @@ bool mayRunParallel(const SParams& params, const LuTestSuite::STestCase& testCas
                                LuTestSuite::GetFlag(testCase.parameters, c_Name) == true);
 }
 
+bool isExternal(const SParams& params, const LuTestSuite::STestCase& testCase)
+{
+    return LuTestSuite::GetFlag(testCase.parameters, L"External").value_or(params.external);
+}
+
 } // namespace
 
 SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params)
@@ -26,6 +31,7 @@ SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SPara
         const std::vector<LuTestSuite::STestCase>& cases = unitTests[unitTest].cases;
         for (std::size_t testCase = 0; testCase < cases.size(); ++testCase)
         {
+            plan.hasExternal = plan.hasExternal || isExternal(params, cases[testCase]);
             std::vector<std::uint32_t>& list =
                 mayRunParallel(params, cases[testCase]) ? plan.parallel : plan.sequential;
             for (std::uint32_t repetition = 0; repetition < params.repetitions; ++repetition)

@@ -77,6 +77,11 @@ void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, c
                     SRunResult& result)
 {
     SPlan plan = MakePlan(unitTests, setup.params);
+    if (plan.hasExternal)
+    {
+        // Before any case makes the process large.
+        LbOs::CChildProcess::PrepareStarts();
+    }
     result.cases = std::move(plan.cases);
     ExecuteInParallel(setup, unitTests, childSettings, plan.parallel, result.cases);
     executeSequentially(setup, unitTests, childSettings, plan.sequential, result.cases);

@@ -7,7 +7,9 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/lbcommandline.h"
@@ -344,6 +346,34 @@ TEST_F(OsChildProcessWithoutHandle, LeavesItToAnotherThatHasItNow)
 }
 
 /// On Windows nothing stops a process that reads.
+TEST(OsChildProcess, HasEndedWhenNobodyHoldsItsEndAnyLonger)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    auto hold = LbOs::HoldEnd(child->GetNumber());
+    if (!hold)
+    {
+        GTEST_SKIP() << "nobody can hold the end of a process here";
+    }
+
+    EXPECT_FALSE(child->Wait(10));
+    hold.reset();
+    EXPECT_EQ(getStatus(*child), -9);
+}
+
+TEST(OsChildProcess, NeedsNoOtherOnceStartsArePrepared)
+{
+    LbOs::EndKeeper();
+    CChildProcess::PrepareStarts();
+    std::vector<unsigned long> expected = LbOs::ListChildren();
+
+    const auto child = StartProbe(L"sleep");
+
+    ASSERT_NE(child, nullptr);
+    expected.push_back(static_cast<unsigned long>(child->GetNumber()));
+    EXPECT_THAT(LbOs::ListChildren(), testing::UnorderedElementsAreArray(expected));
+}
+
 TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
 {
     if constexpr (LbPath::c_Separator == L'\\')

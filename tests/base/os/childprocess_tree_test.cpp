@@ -1,12 +1,16 @@
 #include "base/os/childprocess.h"
 
 #include <chrono>
+#include <fstream>
+#include <list>
+#include <optional>
 #include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
 
 #include "base/os/namedevent.h"
+#include "base/os/testaids.h"
 #include "tests/support/probe.h"
 
 namespace
@@ -60,6 +64,33 @@ TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminated)
 
     child->Terminate();
 
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminatedWithoutFreeFiles)
+{
+    constexpr std::uint64_t c_Limit = 64;
+    CProbeLine line;
+    const auto child = StartProbe(GetParam() + (L" " + line.GetName()));
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    const std::optional<std::uint64_t> limit = LbOs::GetOpenFileLimit();
+    if (!limit)
+    {
+        GTEST_SKIP() << "files are not limited here";
+    }
+    LbOs::SetOpenFileLimit(c_Limit);
+    std::list<std::ifstream> files;
+    do
+    {
+        files.emplace_back("/dev/null");
+    }
+    while (files.back().is_open());
+
+    child->Terminate();
+
+    files.clear();
+    LbOs::SetOpenFileLimit(*limit);
     EXPECT_TRUE(line.IsGone());
 }
 

@@ -220,6 +220,19 @@ TEST_F(OsNamedEvent, TimesOutBesideAProcessThatRuns)
     EXPECT_EQ(m_event->Wait(1, child.get()), EEventWait::TimedOut);
 }
 
+TEST_F(OsNamedEvent, TimesOutBesideAProcessWhoseEndSomebodyHolds)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    const auto hold = LbOs::HoldEnd(child->GetNumber());
+    if (!hold)
+    {
+        GTEST_SKIP() << "nobody can hold the end of a process here";
+    }
+
+    EXPECT_EQ(m_event->Wait(10, child.get()), EEventWait::TimedOut);
+}
+
 TEST_F(OsNamedEvent, DoesNotTimeOutEarly)
 {
     using Clock = std::chrono::steady_clock;
