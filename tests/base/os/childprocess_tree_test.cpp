@@ -1,11 +1,12 @@
 #include "base/os/childprocess.h"
 
+#include <algorithm>
 #include <chrono>
-#include <fstream>
-#include <list>
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -80,16 +81,15 @@ TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminatedWithoutFreeFiles)
         GTEST_SKIP() << "files are not limited here";
     }
     LbOs::SetOpenFileLimit(c_Limit);
-    std::list<std::ifstream> files;
-    do
+    std::vector<std::FILE*> files;
+    while (std::FILE* const file = std::fopen("/dev/null", "r"))
     {
-        files.emplace_back("/dev/null");
+        files.push_back(file);
     }
-    while (files.back().is_open());
 
     child->Terminate();
 
-    files.clear();
+    std::ranges::for_each(files, std::fclose);
     LbOs::SetOpenFileLimit(*limit);
     EXPECT_TRUE(line.IsGone());
 }
