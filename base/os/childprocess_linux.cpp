@@ -101,9 +101,12 @@ bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
         }
         const std::int64_t interval = file.Get() < 0 ? c_LookIntervalWithoutFile : c_LookInterval;
         const std::int64_t time = milliseconds == sc_uiInfinite ? interval : std::min(left, interval);
-        const bool isReady = Linux::WaitReadable({file.Get()}, static_cast<std::uint32_t>(time)) == 0;
-        if (isReady && !HasEnded())
+        if (Linux::WaitReadable({file.Get()}, static_cast<std::uint32_t>(time)) == 0)
         {
+            if (HasEnded())
+            {
+                return true;
+            }
             Linux::PauseForEnd();
         }
     }

@@ -40,6 +40,11 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
 
 } // namespace
 
+bool IsExternal(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters)
+{
+    return LuTestSuite::GetFlag(caseParameters, L"External").value_or(runParams.external);
+}
+
 SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters)
 {
     SParams params = runParams;
@@ -47,7 +52,7 @@ SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap&
     using LuTestSuite::GetNumber;
     params.reportMemLeak = GetFlag(caseParameters, L"ReportMemLeak").value_or(params.reportMemLeak);
     params.timeOutSec = GetNumber(caseParameters, L"TimeOutSec").value_or(params.timeOutSec);
-    params.external = GetFlag(caseParameters, L"External").value_or(params.external);
+    params.external = IsExternal(runParams, caseParameters);
     params.isolated = GetFlag(caseParameters, L"Isolated").value_or(params.isolated);
     params.parallel = GetFlag(caseParameters, L"Parallel").value_or(params.parallel);
     return params;

@@ -15,6 +15,9 @@ namespace LuTestSuiteRun
 /// The parameters of a case: the run's, with what the case itself says in their place.
 SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);
 
+/// Whether a case runs in a child process; as GetCaseParams says, which costs more.
+bool IsExternal(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);
+
 /// Makes a request of the buffer. False when a name does not fit; the buffer then says "no matching case" to whoever
 /// looks at it.
 bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase,

@@ -1,5 +1,6 @@
 #include "testing/lutestsuite/run/plan.h"
 
+#include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/utils/parameters.h"
 
 namespace LuTestSuiteRun
@@ -16,11 +17,6 @@ bool mayRunParallel(const SParams& params, const LuTestSuite::STestCase& testCas
                                LuTestSuite::GetFlag(testCase.parameters, c_Name) == true);
 }
 
-bool isExternal(const SParams& params, const LuTestSuite::STestCase& testCase)
-{
-    return LuTestSuite::GetFlag(testCase.parameters, L"External").value_or(params.external);
-}
-
 } // namespace
 
 SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params)
@@ -31,7 +27,7 @@ SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SPara
         const std::vector<LuTestSuite::STestCase>& cases = unitTests[unitTest].cases;
         for (std::size_t testCase = 0; testCase < cases.size(); ++testCase)
         {
-            plan.hasExternal = plan.hasExternal || isExternal(params, cases[testCase]);
+            plan.hasExternal = plan.hasExternal || IsExternal(params, cases[testCase].parameters);
             std::vector<std::uint32_t>& list =
                 mayRunParallel(params, cases[testCase]) ? plan.parallel : plan.sequential;
             for (std::uint32_t repetition = 0; repetition < params.repetitions; ++repetition)

@@ -7,6 +7,7 @@
 #include "base/lbpath.h"
 #include "base/lbtimer.h"
 #include "base/ludebugserialization.h"
+#include "base/os/childprocess.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"

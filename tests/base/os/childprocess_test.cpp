@@ -345,7 +345,6 @@ TEST_F(OsChildProcessWithoutHandle, LeavesItToAnotherThatHasItNow)
     EXPECT_TRUE(LbOs::CloseForOthers(other->GetWaitHandle()));
 }
 
-/// On Windows nothing stops a process that reads.
 TEST(OsChildProcess, HasEndedWhenNobodyHoldsItsEndAnyLonger)
 {
     const auto child = StartProbe(L"sleep");
@@ -374,6 +373,7 @@ TEST(OsChildProcess, NeedsNoOtherOnceStartsArePrepared)
     EXPECT_THAT(LbOs::ListChildren(), testing::UnorderedElementsAreArray(expected));
 }
 
+/// On Windows nothing stops a process that reads.
 TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
 {
     if constexpr (LbPath::c_Separator == L'\\')
