@@ -149,6 +149,14 @@ TEST_F(ArchiveRuns, NameTheMissingFile)
     EXPECT_EQ(getMessage([&] { LuTestSuite::ReadArchiveRuns(path, {}); }), L"Datei " + path + L" nicht gefunden");
 }
 
+TEST_F(ArchiveRuns, NameTheFileThatCannotBeRead)
+{
+    const std::wstring path = LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"));
+
+    EXPECT_EQ(getMessage([&] { LuTestSuite::ReadArchiveRuns(path, {}); }),
+              L"Datei " + path + L" konnte nicht gelesen werden");
+}
+
 TEST_F(ArchiveRuns, RefuseAnotherRootAndBrokenFiles)
 {
     for (const char* const text : {"<Config/>", "<ArchiveRun>", ""})
@@ -481,6 +489,15 @@ TEST_F(ArchiveRunChild, NeedsItsDirectories)
     }
     m_run.outDir = file;
     EXPECT_EQ(getMessage([this] { Execute(); }), L"Verzeichnis " + file + LbPath::c_Separator + L" existiert nicht");
+}
+
+TEST_F(ArchiveRunChild, NamesTheFirstDirectoryThatItNeeds)
+{
+    m_run.binaryDir = m_folder.GetPathOf(L"fehlt");
+    m_run.dataDir = m_run.outDir = L"";
+
+    EXPECT_EQ(getMessage([this] { Execute(); }),
+              L"Verzeichnis " + m_folder.GetPathOf(L"fehlt") + LbPath::c_Separator + L" existiert nicht");
 }
 
 TEST_F(ArchiveRunChild, RemovesAFileInPlaceOfTheOverview)

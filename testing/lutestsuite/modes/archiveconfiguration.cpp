@@ -74,7 +74,12 @@ std::vector<LuTestSuite::SArchiveRun> LuTestSuite::ReadArchiveRuns(const std::ws
         throw LbFormat(L"Datei %s nicht gefunden", path);
     }
     XMLDocument document;
-    if (document.Load(path, "ArchiveRun") != XMLDocument::EResult::Ok)
+    const XMLDocument::EResult result = document.Load(path, "ArchiveRun");
+    if (result == XMLDocument::EResult::Unreadable)
+    {
+        throw LbFormat(L"Datei %s konnte nicht gelesen werden", path);
+    }
+    if (result != XMLDocument::EResult::Ok)
     {
         throw std::wstring(L"XML-Syntax Fehler");
     }

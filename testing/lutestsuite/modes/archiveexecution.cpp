@@ -29,24 +29,27 @@ constexpr std::wstring_view c_PageSuffix = L"-Report.html";
     throw LbFormat(L"Verzeichnis %s existiert nicht", directory);
 }
 
+void complete(std::wstring& directory)
+{
+    // With a separator it would become the root of all.
+    if (directory.empty())
+    {
+        throwMissing(directory);
+    }
+    directory = LuTestSuiteUtils::AddBackslash(directory);
+}
+
 void completeDirectories(SArchiveRun& run)
 {
-    for (std::wstring* directory : {&run.binaryDir, &run.dataDir, &run.outDir})
+    for (std::wstring* directory : {&run.binaryDir, &run.dataDir})
     {
-        // With a separator it would become the root of all.
-        if (directory->empty())
-        {
-            throwMissing(*directory);
-        }
-        *directory = LuTestSuiteUtils::AddBackslash(*directory);
-    }
-    for (const std::wstring* directory : {&run.binaryDir, &run.dataDir})
-    {
+        complete(*directory);
         if (!LbFileSystem::IsDirectory(*directory))
         {
             throwMissing(*directory);
         }
     }
+    complete(run.outDir);
     if (!LuTestSuiteUtils::AssertDirectory(run.outDir))
     {
         throwMissing(run.outDir);
