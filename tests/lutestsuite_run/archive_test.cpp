@@ -142,19 +142,14 @@ TEST_F(ArchiveRuns, ReadTheirParameters)
     EXPECT_EQ(params.timeOutSec, 12U);
 }
 
-TEST_F(ArchiveRuns, NameTheMissingFile)
+TEST_F(ArchiveRuns, NameTheFileThatIsMissingOrCannotBeRead)
 {
     const std::wstring path = m_folder.GetPathOf(L"fehlt.xml");
+    const std::wstring none = LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"));
 
     EXPECT_EQ(getMessage([&] { LuTestSuite::ReadArchiveRuns(path, {}); }), L"Datei " + path + L" nicht gefunden");
-}
-
-TEST_F(ArchiveRuns, NameTheFileThatCannotBeRead)
-{
-    const std::wstring path = LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"));
-
-    EXPECT_EQ(getMessage([&] { LuTestSuite::ReadArchiveRuns(path, {}); }),
-              L"Datei " + path + L" konnte nicht gelesen werden");
+    EXPECT_EQ(getMessage([&] { LuTestSuite::ReadArchiveRuns(none, {}); }),
+              L"Datei " + none + L" konnte nicht gelesen werden");
 }
 
 TEST_F(ArchiveRuns, RefuseAnotherRootAndBrokenFiles)
@@ -482,6 +477,7 @@ TEST_F(ArchiveRunChild, NeedsItsDirectories)
     {
         SArchiveRun run = m_run;
         run.*field = missing;
+        run.outDir = L""; // The first one that is missing is named.
         EXPECT_EQ(getMessage([&run] { LuTestSuite::ExecuteArchiveRun(run, 1); }),
                   L"Verzeichnis " + missing + LbPath::c_Separator + L" existiert nicht");
         run.*field = L"";
@@ -489,15 +485,6 @@ TEST_F(ArchiveRunChild, NeedsItsDirectories)
     }
     m_run.outDir = file;
     EXPECT_EQ(getMessage([this] { Execute(); }), L"Verzeichnis " + file + LbPath::c_Separator + L" existiert nicht");
-}
-
-TEST_F(ArchiveRunChild, NamesTheFirstDirectoryThatItNeeds)
-{
-    m_run.binaryDir = m_folder.GetPathOf(L"fehlt");
-    m_run.dataDir = m_run.outDir = L"";
-
-    EXPECT_EQ(getMessage([this] { Execute(); }),
-              L"Verzeichnis " + m_folder.GetPathOf(L"fehlt") + LbPath::c_Separator + L" existiert nicht");
 }
 
 TEST_F(ArchiveRunChild, RemovesAFileInPlaceOfTheOverview)
