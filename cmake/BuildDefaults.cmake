@@ -25,10 +25,12 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build configuration" FORCE)
 endif()
 
+# Checkouts in different folders share the compiler cache: below the checkout it sees relative paths only.
 if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     find_program(LUTESTSUITE_CCACHE ccache)
     if(LUTESTSUITE_CCACHE)
-        set(CMAKE_CXX_COMPILER_LAUNCHER "${LUTESTSUITE_CCACHE}")
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}"
+            CCACHE_NOHASHDIR=1 "CCACHE_IGNOREOPTIONS=-fmacro-prefix-map=*" "${LUTESTSUITE_CCACHE}")
     endif()
 endif()
 

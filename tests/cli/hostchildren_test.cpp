@@ -9,6 +9,7 @@
 #include "base/os/platform.h"
 #include "tests/support/binaryfolder.h"
 #include "tests/support/hostprocess.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

@@ -8,6 +8,7 @@
 #include "base/os/heapfunctions.h"
 #include "base/os/platform.h"
 #include "tests/support/hostprocess.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

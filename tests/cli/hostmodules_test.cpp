@@ -12,6 +12,7 @@
 #include "base/lbuniqueid.h"
 #include "base/lustream.h"
 #include "tests/support/hostprocess.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

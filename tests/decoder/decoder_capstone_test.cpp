@@ -9,6 +9,7 @@
 #include "base/lbencoding.h"
 #include "testing/lutestsuite/heap/instruction.h"
 #include "tests/decoder/codesections.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

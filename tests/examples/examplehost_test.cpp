@@ -8,6 +8,7 @@
 #include "base/lbpath.h"
 #include "tests/support/golden.h"
 #include "tests/support/hostprocess.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

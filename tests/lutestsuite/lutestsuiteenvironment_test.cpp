@@ -20,6 +20,7 @@
 #include "base/os/files.h"
 #include "base/os/platform.h"
 #include "tests/support/capturedoutput.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
 #include "tests/support/scopedworkingdirectory.h"

@@ -17,6 +17,7 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/fulldevice.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
 #include "tests/support/timestamps.h"

@@ -7,6 +7,7 @@
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "tests/support/places.h"
 #include "tests/support/samplereports.h"
 
 namespace

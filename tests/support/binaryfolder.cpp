@@ -1,6 +1,7 @@
 #include "tests/support/binaryfolder.h"
 
 #include "base/lbpath.h"
+#include "tests/support/places.h"
 
 std::wstring GetBinaryFolder()
 {

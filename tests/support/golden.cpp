@@ -10,6 +10,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lustream.h"
+#include "tests/support/places.h"
 
 namespace
 {

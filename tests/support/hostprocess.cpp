@@ -9,6 +9,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

@@ -5,6 +5,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/support/places.h"
 
 namespace
 {
