@@ -1,6 +1,6 @@
 #include "base/os/addresswait.h"
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace
 {

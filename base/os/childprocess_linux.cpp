@@ -9,11 +9,11 @@
 
 #include <sys/wait.h>
 
-#include "base/os/childstart_linux.h"
-#include "base/os/descriptor_linux.h"
-#include "base/os/keeper_linux.h"
-#include "base/os/processfile_linux.h"
-#include "base/os/processtree_linux.h"
+#include "base/os/linux/childstart.h"
+#include "base/os/linux/descriptor.h"
+#include "base/os/linux/keeper.h"
+#include "base/os/linux/processfile.h"
+#include "base/os/linux/processtree.h"
 
 namespace LbOs
 {

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace LbOs
 {

@@ -3,7 +3,7 @@
 #include <ctime>
 
 #include "base/lbexception.h"
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 // Behind windows.h, which it needs.
 #include <ntsecapi.h>

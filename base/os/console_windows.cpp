@@ -7,7 +7,7 @@
 #include <io.h>
 
 #include "base/lbencoding.h"
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace
 {

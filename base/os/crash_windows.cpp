@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace
 {

@@ -1,6 +1,6 @@
 #include "base/os/desktop.h"
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 #include <objbase.h>
 #include <shellapi.h>

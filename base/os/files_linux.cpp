@@ -17,7 +17,7 @@
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/os/console.h"
-#include "base/os/descriptor_linux.h"
+#include "base/os/linux/descriptor.h"
 
 namespace
 {

@@ -7,7 +7,7 @@
 #include "base/lbexception.h"
 #include "base/os/console.h"
 #include "base/os/linkdata.h"
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 // Behind windows.h, which it needs.
 #include <winioctl.h>

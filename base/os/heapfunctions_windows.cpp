@@ -6,7 +6,7 @@
 
 #include <malloc.h>
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace
 {

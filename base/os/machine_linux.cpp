@@ -13,7 +13,7 @@
 
 #include "base/lbencoding.h"
 #include "base/os/files.h"
-#include "base/os/machine_linux.h"
+#include "base/os/linux/machine.h"
 
 namespace
 {

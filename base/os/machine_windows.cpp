@@ -1,7 +1,7 @@
 #include "base/os/machine.h"
 
 #include "base/lbencoding.h"
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 #include <d3d9.h>
 

@@ -1,7 +1,7 @@
 #include "base/os/modules.h"
 
 #include "base/lbexception.h"
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace
 {

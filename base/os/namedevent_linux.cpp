@@ -8,9 +8,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "base/os/descriptor_linux.h"
-#include "base/os/namedfile_linux.h"
-#include "base/os/processfile_linux.h"
+#include "base/os/linux/descriptor.h"
+#include "base/os/linux/namedfile.h"
+#include "base/os/linux/processfile.h"
 
 namespace LbOs
 {

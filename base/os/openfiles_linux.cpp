@@ -6,7 +6,7 @@
 
 #include <sys/resource.h>
 
-#include "base/os/openfiles_linux.h"
+#include "base/os/linux/openfiles.h"
 
 namespace
 {

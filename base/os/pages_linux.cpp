@@ -6,7 +6,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "base/os/cancellation_linux.h"
+#include "base/os/linux/cancellation.h"
 
 namespace
 {

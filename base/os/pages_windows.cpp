@@ -1,6 +1,6 @@
 #include "base/os/pages.h"
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace
 {

@@ -10,7 +10,7 @@
 #include "base/lbexception.h"
 #include "base/os/carriedcall.h"
 #include "base/os/console.h"
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 namespace
 {

@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 #include "base/lbencoding.h"
-#include "base/os/descriptor_linux.h"
+#include "base/os/linux/descriptor.h"
 
 namespace
 {

@@ -1,6 +1,6 @@
 #include "base/os/processes.h"
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 // Behind windows.h, which they need.
 #include <psapi.h>

@@ -1,6 +1,6 @@
 #include "base/os/resources.h"
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 std::string_view LbOs::FindEmbeddedResource(const void* address, const std::wstring& name, const std::wstring& type)
 {

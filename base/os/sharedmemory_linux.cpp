@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "base/os/namedfile_linux.h"
+#include "base/os/linux/namedfile.h"
 
 namespace LbOs
 {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "base/os/namedobject_windows.h"
+#include "base/os/windows/namedobject.h"
 
 namespace LbOs
 {

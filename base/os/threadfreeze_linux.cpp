@@ -15,7 +15,7 @@
 #include <ucontext.h>
 #include <unistd.h>
 
-#include "base/os/cancellation_linux.h"
+#include "base/os/linux/cancellation.h"
 
 // Each frozen thread sits in the handler of a real-time signal until the generation changes. A signal carries the
 // generation and the thread's slot, so that one that arrives after its freeze was given up does nothing.

@@ -1,6 +1,6 @@
 #include "base/os/threadfreeze.h"
 
-#include "base/os/windows_api.h"
+#include "base/os/windows/api.h"
 
 // Threads are looked for with a call of the system that allocates nothing, again and again until no new one appears. A
 // snapshot of them would allocate, which must not be once one is suspended, and miss those that start meanwhile.

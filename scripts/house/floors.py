@@ -5,29 +5,35 @@ import fnmatch
 SUITE = "testing/lutestsuite/"
 
 FLOORS = [
-    # What the seam itself stands on: export marks, how it fails, text conversion, command lines.
+    # What the platform layer itself stands on: export marks, how it fails, text conversion, command lines.
     ("base/lbexport.h", 0),
     ("base/lbexception.*", 0),
     ("base/lbencoding.*", 0),
     ("base/lbcommandline.*", 0),
     ("base/os/*", 0),
+    ("base/os/linux/*", 0),
+    ("base/os/windows/*", 0),
     ("base/*", 1),
-    # Public headers: records, and operations that are declared here and defined in the room whose subject they are.
+    # Public headers: records, and operations that are declared here and defined in the folder whose subject they are.
     (SUITE + "lutestsuiteexport.h", 2),
-    (SUITE + "lutestsuiteout.*", 2),
-    (SUITE + "lutestsuitesetup.*", 2),
-    (SUITE + "lutestsuiterun.*", 2),
+    (SUITE + "lutestsuiteout.h", 2),
+    (SUITE + "lutestsuitesetup.h", 2),
+    (SUITE + "lutestsuiterun.h", 2),
     (SUITE + "*.h", 3),
-    (SUITE + "heap/*", 4),
-    (SUITE + "lutestsuiteheaptracker.cpp", 4),
-    (SUITE + "lutestsuiteenvironment.cpp", 4),
-    (SUITE + "lutestsuitetree.cpp", 4),
+    (SUITE + "output/*", 4),
+    (SUITE + "settings/*", 5),
+    (SUITE + "environment/*", 5),
+    (SUITE + "heap/*", 5),
+    (SUITE + "tree/*", 5),
+    (SUITE + "selection/*", 6),
+    (SUITE + "report/*", 7),
+    (SUITE + "run/children/*", 8),
+    (SUITE + "run/*", 9),
+    (SUITE + "duplicates/*", 10),
+    (SUITE + "archive/*", 10),
     # The entry that picks the mode, and the auxiliary modes, stand above the run and its reports.
-    (SUITE + "modes/*", 7),
-    (SUITE + "utils/*", 4),
-    (SUITE + "run/*", 5),
-    (SUITE + "report/*", 6),
-    ("testing/lutestsuitecli/*", 8),
+    (SUITE + "modes/*", 11),
+    ("testing/lutestsuitecli/*", 12),
 ]
 
 

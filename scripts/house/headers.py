@@ -31,9 +31,9 @@ def _is_for(tree, name, platform):
     """Private headers of one side of the seam carry its name. The benchmark library is there for Linux only."""
     if platform == "windows" and "#include <benchmark/" in (tree.root / name).read_text(encoding="utf-8"):
         return False
-    stem = pathlib.PurePosixPath(name).stem
+    *folders, stem = pathlib.PurePosixPath(name).with_suffix("").parts
     return not name.startswith("base/os/") or not any(
-        other in stem for other in COMPILERS if other != platform
+        other in (stem, *folders) for other in COMPILERS if other != platform
     )
 
 

@@ -9,7 +9,7 @@
 
 #include "base/lbexception.h"
 #include "base/lbpath.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

@@ -1,6 +1,6 @@
 // The configuration of archive runs, and runs whose host fails.
 
-#include "testing/lutestsuite/modes/archive.h"
+#include "testing/lutestsuite/archive/archive.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/modes/backgroundreader.h"
+#include "testing/lutestsuite/duplicates/backgroundreader.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/utils/buildrecord.h"
+#include "testing/lutestsuite/environment/buildrecord.h"
 
 #include <gtest/gtest.h>
 

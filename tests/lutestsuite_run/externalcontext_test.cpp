@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/run/externalcontext.h"
+#include "testing/lutestsuite/run/children/externalcontext.h"
 
 #include <algorithm>
 #include <functional>

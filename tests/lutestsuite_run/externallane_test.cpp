@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/run/externallane.h"
+#include "testing/lutestsuite/run/children/externallane.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/modes/filechecksums.h"
+#include "testing/lutestsuite/duplicates/filechecksums.h"
 
 #include <optional>
 #include <string>
@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbevent.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

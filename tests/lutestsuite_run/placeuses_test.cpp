@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/modes/placeuses.h"
+#include "testing/lutestsuite/duplicates/placeuses.h"
 
 #include <filesystem>
 

@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/run/sharedworkbuffer.h"
+#include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 
 #include <cstring>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/run/workbuffer.h"
+#include "testing/lutestsuite/run/children/workbuffer.h"
 
 #include <memory>
 #include <string>

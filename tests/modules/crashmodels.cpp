@@ -19,7 +19,7 @@
 #include "base/lbpath.h"
 #include "base/luunittest.h"
 #include "base/os/namedevent.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 
 // By the run-time's own name, since its header differs between platforms.
 extern "C" int close(int file);

@@ -48,7 +48,7 @@
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
 #include "base/os/processors.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 
 namespace
 {

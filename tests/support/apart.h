@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 
 /// Calls `check` in a copy of the process, in which its expectations count as well, once `prepare` has said true there.
 /// False when nothing was checked: where processes do not fork, or after `prepare` said false.

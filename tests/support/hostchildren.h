@@ -8,8 +8,8 @@
 
 #include "base/os/platform.h"
 #include "base/os/processes.h"
-#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/support/os/testaids.h"
 
 /// Also those that have just been started.
 inline std::vector<LbOs::SProcess> ListHostChildren()

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "base/inoncopyable.h"
-#include "base/os/breakpoint.h"
+#include "tests/support/os/breakpoint.h"
 
 /// A thread that stands in a breakpoint's handler from construction until it is let go. On Linux it takes no signals
 /// there, so it cannot be stopped; Windows stops any. One at a time.

@@ -8,8 +8,8 @@
 #include "base/inoncopyable.h"
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
-#include "base/os/testaids.h"
 #include "tests/support/fulldevice.h"
+#include "tests/support/os/testaids.h"
 
 namespace
 {

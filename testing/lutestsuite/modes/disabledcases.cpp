@@ -3,8 +3,8 @@
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
-#include "testing/lutestsuite/utils/parameters.h"
-#include "testing/lutestsuite/utils/selection.h"
+#include "testing/lutestsuite/selection/selection.h"
+#include "testing/lutestsuite/settings/parameters.h"
 
 namespace
 {

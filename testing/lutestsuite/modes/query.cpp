@@ -4,7 +4,7 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuitetree.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
-#include "testing/lutestsuite/utils/selection.h"
+#include "testing/lutestsuite/selection/selection.h"
 
 namespace
 {

@@ -6,9 +6,9 @@
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/output/openpage.h"
+#include "testing/lutestsuite/output/warning.h"
 #include "testing/lutestsuite/report/diffpage.h"
-#include "testing/lutestsuite/utils/openpage.h"
-#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {

@@ -4,7 +4,7 @@
 #include "testing/lutestsuite/report/companions.h"
 #include "testing/lutestsuite/report/page.h"
 #include "testing/lutestsuite/report/rundata.h"
-#include "testing/lutestsuite/run/runpage.h"
+#include "testing/lutestsuite/report/runpage.h"
 
 namespace
 {

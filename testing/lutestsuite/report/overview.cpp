@@ -10,10 +10,10 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/xmlnode.h"
+#include "testing/lutestsuite/output/warning.h"
 #include "testing/lutestsuite/report/companions.h"
 #include "testing/lutestsuite/report/diffpage.h"
 #include "testing/lutestsuite/report/page.h"
-#include "testing/lutestsuite/utils/warning.h"
 
 namespace
 {

@@ -4,7 +4,7 @@
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/report/leaknote.h"
 #include "testing/lutestsuite/report/messagelines.h"
-#include "testing/lutestsuite/utils/parameters.h"
+#include "testing/lutestsuite/settings/parameters.h"
 
 namespace
 {

@@ -6,10 +6,10 @@
 
 #include "base/lbformat.h"
 #include "base/xmlnode.h"
+#include "testing/lutestsuite/output/warning.h"
 #include "testing/lutestsuite/report/leaknote.h"
 #include "testing/lutestsuite/report/xmlformat.h"
-#include "testing/lutestsuite/utils/valuereaders.h"
-#include "testing/lutestsuite/utils/warning.h"
+#include "testing/lutestsuite/settings/valuereaders.h"
 
 namespace
 {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "testing/lutestsuite/run/executor.h"
-#include "testing/lutestsuite/utils/parameters.h"
+#include "testing/lutestsuite/settings/parameters.h"
 
 namespace LuTestSuiteRun
 {

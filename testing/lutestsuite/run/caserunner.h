@@ -6,8 +6,8 @@
 #include <span>
 
 #include "testing/lutestsuite/lutestsuiterun.h"
-#include "testing/lutestsuite/run/externalcontext.h"
-#include "testing/lutestsuite/run/workbuffer.h"
+#include "testing/lutestsuite/run/children/externalcontext.h"
+#include "testing/lutestsuite/run/children/workbuffer.h"
 
 namespace LuTestSuiteRun
 {

@@ -13,9 +13,9 @@
 #include "base/lustream.h"
 #include "base/luunittest.h"
 #include "base/os/process.h"
+#include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/heap/warmup.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
-#include "testing/lutestsuite/utils/unittestfactory.h"
 
 namespace LuTestSuiteRun
 {

@@ -1,7 +1,7 @@
 /// Runs the case that a work buffer asks for, wherever the buffer is.
 #pragma once
 
-#include "testing/lutestsuite/run/workbuffer.h"
+#include "testing/lutestsuite/run/children/workbuffer.h"
 
 namespace LuTestSuiteRun
 {

@@ -1,7 +1,7 @@
 #include "testing/lutestsuite/run/plan.h"
 
 #include "testing/lutestsuite/run/caserunner.h"
-#include "testing/lutestsuite/utils/parameters.h"
+#include "testing/lutestsuite/settings/parameters.h"
 
 namespace LuTestSuiteRun
 {

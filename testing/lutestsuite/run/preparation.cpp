@@ -4,7 +4,7 @@
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
-#include "testing/lutestsuite/utils/selection.h"
+#include "testing/lutestsuite/selection/selection.h"
 
 namespace LuTestSuiteRun
 {

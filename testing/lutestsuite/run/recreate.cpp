@@ -4,12 +4,12 @@
 
 #include "base/inoncopyable.h"
 #include "base/iunittestrecreate.h"
+#include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/output/warning.h"
 #include "testing/lutestsuite/run/consolelines.h"
-#include "testing/lutestsuite/utils/unittestfactory.h"
-#include "testing/lutestsuite/utils/warning.h"
 
 namespace LuTestSuiteRun
 {

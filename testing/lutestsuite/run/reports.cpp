@@ -7,9 +7,9 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
-#include "testing/lutestsuite/run/runpage.h"
-#include "testing/lutestsuite/utils/openpage.h"
-#include "testing/lutestsuite/utils/warning.h"
+#include "testing/lutestsuite/output/openpage.h"
+#include "testing/lutestsuite/output/warning.h"
+#include "testing/lutestsuite/report/runpage.h"
 
 namespace LuTestSuiteRun
 {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "testing/lutestsuite/lutestsuitesetup.h"
-#include "testing/lutestsuite/run/externalcontext.h"
+#include "testing/lutestsuite/run/children/externalcontext.h"
 
 namespace LuTestSuiteRun
 {

@@ -16,7 +16,7 @@
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedfolder.h"
 #include "tests/support/scopedworkingdirectory.h"

@@ -10,8 +10,8 @@
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
-#include "base/os/testaids.h"
 #include "tests/support/apart.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

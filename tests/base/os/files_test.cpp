@@ -12,7 +12,7 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 #include "tests/support/scopedworkingdirectory.h"
 

@@ -7,7 +7,7 @@
 
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 
 namespace

@@ -11,7 +11,7 @@
 
 #include "base/lbuniqueid.h"
 #include "base/os/console.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/probe.h"
 
 namespace

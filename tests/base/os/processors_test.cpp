@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbpath.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/probe.h"
 
 namespace

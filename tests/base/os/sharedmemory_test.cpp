@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbuniqueid.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 
 namespace
 {

@@ -7,7 +7,7 @@
 
 #include "base/lbtimer.h"
 #include "base/os/heapfunctions.h"
-#include "base/os/testaids.h"
+#include "tests/support/os/testaids.h"
 
 namespace
 {

@@ -8,10 +8,10 @@
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "base/lustream.h"
-#include "base/os/testaids.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/hostprocess.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/samplereports.h"
 #include "tests/support/scopedfolder.h"
 

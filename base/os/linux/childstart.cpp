@@ -1,0 +1,179 @@
+#include "base/os/linux/childstart.h"
+
+#include <cerrno>
+#include <cstdint>
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "base/lbcommandline.h"
+#include "base/lbencoding.h"
+#include "base/os/files.h"
+#include "base/os/linux/descriptor.h"
+#include "base/os/linux/openfiles.h"
+#include "base/os/linux/processtree.h"
+#include "base/os/linux/rawcalls.h"
+
+/// The run-time's own clone(), under the name by which no sanitizer takes it for a fork.
+extern "C" int __clone(int (*function)(void*), void* stack, int flags, void* argument, ...);
+
+namespace LbOs::Linux
+{
+
+namespace
+{
+
+/// A path is meant from the caller's folder, wherever the child works; a bare name is looked up. No program when that
+/// folder is not known.
+std::wstring fromHere(const std::wstring& program)
+{
+    if (program.find(L'/') == std::wstring::npos || IsAbsolutePath(program))
+    {
+        return program;
+    }
+    const std::wstring here = GetWorkingDirectory();
+    return here.empty() ? here : here + L"/" + program;
+}
+
+/// Nothing behind standard input and, with `isSilent`, standard output and error. The child's group is none that a
+/// terminal reads for: to read there would stop it, and nobody would make it go on.
+bool redirectToNothing(bool isSilent)
+{
+    const long nothing = Call(SYS_open, "/dev/null", O_RDWR);
+    if (nothing < 0)
+    {
+        return false;
+    }
+    for (int standard = 0; standard <= (isSilent ? 2 : 0); ++standard)
+    {
+        Call(SYS_dup2, nothing, standard);
+    }
+    if (nothing > 2)
+    {
+        Call(SYS_close, nothing);
+    }
+    return true;
+}
+
+/// What the kernel knows about a signal.
+struct SAction
+{
+    void (*handler)(int);
+    std::uint64_t flags;
+    void (*restorer)();
+    std::uint64_t blocked;
+};
+
+/// The handlers of the caller are not the child's: they must not run in memory that the two share.
+void resetSignals(const sigset_t& blocked)
+{
+    for (int signal = 1; signal < NSIG; ++signal)
+    {
+        SAction action = {};
+        if (Call(SYS_rt_sigaction, signal, 0, &action, c_SignalSetSize) == 0 && action.handler != SIG_DFL &&
+            action.handler != SIG_IGN)
+        {
+            action = {};
+            Call(SYS_rt_sigaction, signal, &action, 0, c_SignalSetSize);
+        }
+    }
+    Call(SYS_rt_sigprocmask, SIG_SETMASK, &blocked, 0, c_SignalSetSize);
+}
+
+/// False when the child is none that the owner's keeper can end: the owner has ended before, or has another name space
+/// of processes than the child.
+bool enterGroup(const SStart& start)
+{
+    if (start.group == nullptr)
+    {
+        return true;
+    }
+    if (Call(SYS_getppid) != start.owner)
+    {
+        return false;
+    }
+    EnterKeptGroup(*start.group);
+    KeepDescendants();
+    return Call(SYS_getppid) == start.owner;
+}
+
+/// The child's way to its program; returns with failure only.
+int becomeProgram(void* argument)
+{
+    constexpr int c_CannotStart = 127;
+    auto& start = *static_cast<SStart*>(argument);
+    Call(SYS_setpgid, 0, 0);
+    if (enterGroup(start))
+    {
+        resetSignals(start.signals);
+        const bool isReady = redirectToNothing(start.isSilent) &&
+                             (start.workingDirectory.empty() || Call(SYS_chdir, start.workingDirectory.c_str()) == 0);
+        if (isReady)
+        {
+            RestoreOpenFileLimit();
+            const auto execute = start.isSearched ? &execvp : &execv;
+            execute(start.program.c_str(), start.arguments.data());
+        }
+    }
+    start.hasFailed = true;
+    Call(SYS_exit_group, c_CannotStart);
+    return c_CannotStart;
+}
+
+void reap(pid_t process)
+{
+    Retry([process] { return waitpid(process, nullptr, 0); });
+}
+
+} // namespace
+
+SStart PrepareStart(const SChildOptions& options)
+{
+    SStart start;
+    const std::vector<std::wstring> words = LbCommandLine::Split(options.commandLine);
+    for (const std::wstring& word : words)
+    {
+        start.words.push_back(LbEncoding::ToNative(word));
+    }
+    for (std::string& word : start.words)
+    {
+        start.arguments.push_back(word.data());
+    }
+    start.arguments.push_back(nullptr);
+    start.isSearched = options.program.empty();
+    start.program = LbEncoding::ToNative(fromHere(!start.isSearched ? options.program
+                                                  : words.empty()   ? std::wstring()
+                                                                    : words.front()));
+    start.workingDirectory = LbEncoding::ToNative(options.workingDirectory);
+    start.isSilent = options.isSilent;
+    start.owner = getpid();
+    // Looking up the program takes some of it, and so does making a script's arguments.
+    constexpr std::size_t c_StackSize = 65536;
+    start.stackSize = c_StackSize + 2 * start.arguments.size() * sizeof(char*);
+    start.stack.reset(new char[start.stackSize]);
+    return start;
+}
+
+/// As fork(), but the memory is shared and the caller stands still until the child has become its program: copying the
+/// tables of a large process would take longer than all else. Its word comes through that memory, too: a descriptor
+/// would be one of those that tests close.
+pid_t StartProcess(SStart& start)
+{
+    constexpr std::uint64_t c_AllSignals = ~std::uint64_t{0};
+    constexpr std::uintptr_t c_Alignment = 16;
+    char* top = start.stack.get() + start.stackSize;
+    top -= reinterpret_cast<std::uintptr_t>(top) % c_Alignment;
+    Call(SYS_rt_sigprocmask, SIG_SETMASK, &c_AllSignals, &start.signals, c_SignalSetSize);
+    const pid_t process = __clone(&becomeProgram, top, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
+    Call(SYS_rt_sigprocmask, SIG_SETMASK, &start.signals, 0, c_SignalSetSize);
+    if (process > 0 && start.hasFailed)
+    {
+        reap(process);
+        return -1;
+    }
+    return process;
+}
+
+} // namespace LbOs::Linux

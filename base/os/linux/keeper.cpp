@@ -1,0 +1,146 @@
+#include "base/os/linux/keeper.h"
+
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+#include <new>
+
+#include <linux/futex.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "base/os/linux/descriptor.h"
+#include "base/os/linux/keeperprocess.h"
+
+namespace LbOs::Linux
+{
+
+namespace
+{
+
+/// Whether that child of the present process, which is none of those that everybody waits for, is there; one that has
+/// ended goes.
+bool isKeeperThere(pid_t keeper)
+{
+    siginfo_t end = {};
+    return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | WNOHANG | __WCLONE) == 0 && end.si_pid == 0;
+}
+
+/// Waits until the keeper is ready: whoever ends the present process with all that belongs to it knows the keeper by
+/// its name and session. It may take a while where there is much else to do.
+bool waitReady(const SBooks& books, pid_t keeper)
+{
+    constexpr int c_MostLooks = 100;
+    constexpr timespec c_LookInterval = {0, 100'000'000};
+    for (int look = 0; look < c_MostLooks && books.isReady == 0 && isKeeperThere(keeper); ++look)
+    {
+        syscall(SYS_futex, &books.isReady, FUTEX_WAIT, 0, &c_LookInterval, nullptr, 0);
+    }
+    return books.isReady != 0;
+}
+
+/// Number of a keeper that does its work; negative without one.
+pid_t startKeeper(SBooks& books)
+{
+    books.isReady = 0;
+    const pid_t keeper = ForkKeeper(books);
+    if (keeper > 0 && !waitReady(books, keeper))
+    {
+        siginfo_t end = {};
+        kill(keeper, SIGKILL);
+        Retry([&] { return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | __WCLONE); });
+        return -1;
+    }
+    return keeper;
+}
+
+/// Sees to it that there is a keeper: another one takes over from one that somebody has ended.
+bool assertKeeper(SBooks& books)
+{
+    static std::mutex s_lock;
+    static pid_t s_keeper = -1;
+    static const pid_t s_owner = getpid();
+    // A copy that a test makes of the process has its parent's. Another thread may have had the lock at that moment.
+    if (getpid() != s_owner)
+    {
+        return true;
+    }
+    const std::lock_guard lock(s_lock);
+    if (s_keeper < 0 || !isKeeperThere(s_keeper))
+    {
+        s_keeper = startKeeper(books);
+    }
+    return s_keeper > 0;
+}
+
+SBooks* makeBooks()
+{
+    void* const memory = mmap(nullptr, sizeof(SBooks), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return memory == MAP_FAILED ? nullptr : new (memory) SBooks;
+}
+
+/// Null when there is no keeper. Never released: the keeper needs it to the end.
+SBooks* getBooks()
+{
+    static SBooks* const s_books = makeBooks();
+    return s_books != nullptr && assertKeeper(*s_books) ? s_books : nullptr;
+}
+
+} // namespace
+
+void AssertKeeper()
+{
+    getBooks();
+}
+
+SKeptGroup* TakeKeptGroup()
+{
+    SBooks* const books = getBooks();
+    for (std::size_t index = 0; books != nullptr && index < c_KeptGroups; ++index)
+    {
+        pid_t free = 0;
+        if (books->groups[index].process.compare_exchange_strong(free, -1))
+        {
+            return &books->groups[index];
+        }
+    }
+    return nullptr;
+}
+
+void ReleaseKeptGroup(SKeptGroup* group) noexcept
+{
+    if (group != nullptr)
+    {
+        group->process = 0;
+    }
+}
+
+SKeptFile* KeepFile(const char* path)
+{
+    SBooks* const books = std::strlen(path) < c_KeptPathCapacity ? getBooks() : nullptr;
+    for (std::size_t index = 0; books != nullptr && index < c_KeptFiles; ++index)
+    {
+        SKeptFile& file = books->files[index];
+        int free = SKeptFile::eS_Free;
+        if (file.state.compare_exchange_strong(free, SKeptFile::eS_Writing))
+        {
+            std::strcpy(file.path, path);
+            file.state = SKeptFile::eS_Kept;
+            return &file;
+        }
+    }
+    return nullptr;
+}
+
+void ReleaseKeptFile(SKeptFile* file) noexcept
+{
+    if (file != nullptr)
+    {
+        file->state = SKeptFile::eS_Free;
+    }
+}
+
+} // namespace LbOs::Linux

@@ -1,0 +1,196 @@
+/// One archive run: the child process, its reports, the archive.
+
+#include <algorithm>
+#include <string_view>
+
+#include "base/lbcommandline.h"
+#include "base/lbdatetime.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lbuniqueid.h"
+#include "testing/lutestsuite/archive/archive.h"
+#include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/output/warning.h"
+#include "testing/lutestsuite/report/companions.h"
+
+namespace
+{
+
+using LuTestSuite::SArchiveRun;
+using LuTestSuite::STemporaryReports;
+
+constexpr std::wstring_view c_PageSuffix = L"-Report.html";
+
+[[noreturn]] void throwMissing(const std::wstring& directory)
+{
+    throw LbFormat(L"Verzeichnis %s existiert nicht", directory);
+}
+
+void complete(std::wstring& directory)
+{
+    // With a separator it would become the root of all.
+    if (directory.empty())
+    {
+        throwMissing(directory);
+    }
+    directory = LuTestSuiteUtils::AddBackslash(directory);
+}
+
+void completeDirectories(SArchiveRun& run)
+{
+    for (std::wstring* directory : {&run.binaryDir, &run.dataDir})
+    {
+        complete(*directory);
+        if (!LbFileSystem::IsDirectory(*directory))
+        {
+            throwMissing(*directory);
+        }
+    }
+    complete(run.outDir);
+    if (!LuTestSuiteUtils::AssertDirectory(run.outDir))
+    {
+        throwMissing(run.outDir);
+    }
+    // The child works in another folder than the paths are meant from.
+    for (std::wstring* directory : {&run.binaryDir, &run.dataDir, &run.outDir})
+    {
+        *directory = LbOs::GetFullPath(*directory);
+    }
+}
+
+std::wstring getExecutable(const SArchiveRun& run)
+{
+    const wchar_t* const name = run.config == L"Debug" ? L"LuTestSuiteCLID" : L"LuTestSuiteCLI";
+    std::wstring executable = run.binaryDir + name + LbOs::c_ExecutableSuffix;
+    if (!LbFileSystem::IsFile(executable))
+    {
+        throw LbFormat(L"Fehler: Executable %s nicht gefunden.\n", executable);
+    }
+    return executable;
+}
+
+STemporaryReports makeTemporaryReports()
+{
+    const std::wstring folder = LuTestSuiteUtils::AddBackslash(LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp");
+    LuTestSuiteUtils::AssertDirectory(folder);
+    const std::wstring stem = folder + L"Temp-" + LbUniqueId::Generate();
+    return {stem + L"-Report.xml", stem + std::wstring(c_PageSuffix)};
+}
+
+std::wstring getSuffix(const SArchiveRun& run)
+{
+    return LbFormat(L".%s.%s", run.platform == L"Win32" ? L"x86" : L"x64",
+                    run.config == L"Debug" ? L"debug" : L"release");
+}
+
+/// The archive has the report whole or not at all; one that it cannot take stays where it is. A report that the child
+/// never wrote leaves the archive without one.
+bool moveReport(const std::wstring& report, const std::wstring& target)
+{
+    if (!LbFileSystem::IsFile(report))
+    {
+        return false;
+    }
+    const std::wstring temporary = target + L".tmp";
+    if (LbFileSystem::CopyContent(report, temporary) && LbOs::RenameFile(temporary, target))
+    {
+        LbOs::RemoveFile(report);
+        return true;
+    }
+    LbOs::RemoveFile(temporary);
+    LuTestSuite::WriteWarning(L"Fehler: Report %s konnte nicht archiviert werden.\n", report);
+    return false;
+}
+
+/// Whether a page that could not be archived stands there still, or another run's.
+bool hasPages(const std::wstring& folder)
+{
+    return std::ranges::any_of(LbFileSystem::GetFileNames(folder),
+                               [](const std::wstring& name) { return name.ends_with(c_PageSuffix); });
+}
+
+/// The style sheet and the script that the page links are written anew: the child's lie where other runs may take them
+/// away at any time. They stay there as long as another page may need them.
+void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
+{
+    try
+    {
+        LuTestSuite::WriteCompanions(archivedPage, true, true);
+    }
+    catch (const LbException& exception)
+    {
+        LuTestSuite::WriteWarning(L"Fehler: %s\n", exception.GetMessageText());
+        return;
+    }
+    const std::wstring folder = LuTestSuiteUtils::GetPrunedPath(page);
+    if (hasPages(folder))
+    {
+        return;
+    }
+    for (const wchar_t* const name : {LuTestSuite::c_StylesheetName, LuTestSuite::c_ScriptName})
+    {
+        LbOs::RemoveFile(folder + name);
+    }
+}
+
+void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const std::wstring& timestamp)
+{
+    const std::wstring archive = LuTestSuiteUtils::AddBackslash(run.outDir + L"Archive");
+    // Without it the reports cannot be archived, each of which says so.
+    LuTestSuiteUtils::AssertDirectory(archive);
+    const std::wstring stem = LbFormat(L"%sReport%s.%s", archive, getSuffix(run), timestamp);
+    moveReport(reports.xml, stem + L".xml");
+    if (moveReport(reports.html, stem + L".html"))
+    {
+        moveCompanions(reports.html, stem + L".html");
+    }
+}
+
+/// A drive keeps its separator: without it the name would mean the drive's working directory.
+std::wstring withoutSeparators(std::wstring directory)
+{
+    while (directory.size() > 1 && LbPath::IsSeparator(directory.back()) && directory[directory.size() - 2] != L':')
+    {
+        directory.pop_back();
+    }
+    return directory;
+}
+
+} // namespace
+
+std::wstring LuTestSuite::GetArchiveRunArguments(const SArchiveRun& run, const STemporaryReports& reports)
+{
+    const LuTestSuiteRun::SParams& params = run.params;
+    std::wstring arguments;
+    for (const auto& [option, path] : {std::pair(L"-d", withoutSeparators(run.dataDir)),
+                                       std::pair(L"--xml", reports.xml), std::pair(L"--html", reports.html)})
+    {
+        arguments += LbFormat(L" %s %s", option, LbCommandLine::Quote(path));
+    }
+    arguments += params.external ? L" -x" : L"";
+    arguments += params.isolated ? L" -s" : L"";
+    arguments += params.parallel ? LbFormat(L" -w %u", params.workerThreads) : std::wstring();
+    arguments += params.trackHeap ? L" --track-heap" : L"";
+    arguments += params.assertDialog ? L"" : L" --no-assert-dialog";
+    arguments += params.verbose ? L" -v" : L"";
+    arguments += params.repetitions > 1 ? LbFormat(L" -r %u", params.repetitions) : std::wstring();
+    return arguments + LbFormat(L" -t %u -c %u", params.timeOutSec, params.testCaseMax);
+}
+
+void LuTestSuite::ExecuteArchiveRun(SArchiveRun run, std::uint32_t timeOutSec)
+{
+    completeDirectories(run);
+    const std::wstring executable = getExecutable(run);
+    const STemporaryReports reports = makeTemporaryReports();
+    const std::wstring timestamp = LbDateTime::FormatNow(L"[Y-m-d]-[H-i-s]");
+    const std::wstring arguments = GetArchiveRunArguments(run, reports);
+    LuTestSuiteOut::Write(L"Ausführung...\n");
+    LuTestSuiteOut::Write(L"%s %s\n", executable, arguments);
+    LuTestSuiteUtils::ExecuteWithTimeout(executable, arguments, run.binaryDir, timeOutSec);
+    moveReports(run, reports, timestamp);
+    LbOs::RemoveFile(run.outDir + L"index");
+    LuTestSuiteReport::GenerateReportDirectoryOverview(run.outDir, L"index", L"Archive", L"Report");
+}

@@ -1,0 +1,161 @@
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+
+#include <cstdint>
+
+#include "base/ioccontainer.h"
+#include "base/lbcriticalsection.h"
+#include "base/lbdiagnostics.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbmessagedispatcher.h"
+#include "base/lbparallel.h"
+#include "base/lbpath.h"
+#include "base/lbproductregistry.h"
+#include "base/lbthreadpool.h"
+#include "base/lbtimer.h"
+#include "base/lbuniqueid.h"
+#include "base/lustream.h"
+#include "base/os/console.h"
+#include "base/os/modules.h"
+#include "testing/lutestsuite/environment/testmodules.h"
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
+#include "testing/lutestsuite/output/warning.h"
+
+namespace
+{
+
+/// A container without services: test modules find one in any installation, and those that bring services have a
+/// configuration file.
+constexpr const char* c_DefaultContainer = "<Container/>";
+
+std::unique_ptr<IOC::CContainer> createContainer()
+{
+    const std::wstring file = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) +
+                              LbPath::ToNative(L"..\\Sources\\Development\\LuTestSuite\\LuTestSuite.xml");
+    std::unique_ptr<IOC::CContainer> container;
+    if (LbFileSystem::IsFile(file))
+    {
+        container = IOC::CContainer::CreateFromFile(file);
+    }
+    return container ? std::move(container) : IOC::CContainer::CreateFromText(c_DefaultContainer);
+}
+
+void warmUpParallelLoops()
+{
+    constexpr std::int64_t c_LoopLength = 2'000'000;
+    constexpr std::int64_t c_LockedLoopLength = 50'000;
+
+    LbParallel::SumRange(0, 99);
+
+    // Ranges are counted as a whole: threads, values and lock are to be used once, and each child process waits for it.
+    LbCombinable<std::int64_t> counts;
+    LbParallel::ForRanges(0, c_LoopLength,
+                          [&counts](std::int64_t first, std::int64_t last) { counts.Local() += last - first; });
+
+    LbCombinable<std::int64_t> calls;
+    LbParallel::Invoke({[&calls] { ++calls.Local(); }, [&calls] { ++calls.Local(); }});
+
+    LbCriticalSection lock;
+    std::int64_t count = 0;
+    LbParallel::ForRanges(0, c_LockedLoopLength, [&lock, &count](std::int64_t first, std::int64_t last) {
+        const LbCriticalSectionLock guard(lock);
+        count += last - first;
+    });
+}
+
+/// The file is removed again: a run should leave nothing in the temporary files. Without a place for it the streams
+/// stay cold, which costs a run exact figures at most.
+void warmUpFileStreams()
+try
+{
+    const std::wstring file =
+        LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + L"LuTestSuite-" + LbUniqueId::Generate() + L".tmp";
+    LuStreamWriteBinaryFile(file).Close();
+    LuStreamReadBinaryFile(file).Close();
+    LbOs::RemoveFile(file);
+}
+catch (const LbException& exception)
+{
+    LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %S", exception.what()));
+}
+
+void setWorkingDirectory(const std::wstring& directory)
+{
+    if (!LbOs::SetWorkingDirectory(directory))
+    {
+        LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: no working directory %s", directory));
+    }
+}
+
+} // namespace
+
+LuTestSuiteEnvironment::LuTestSuiteEnvironment()
+{
+    LbProductRegistry::Register(L"LuTestSuite", L"1.0");
+    m_workingDirectory = LbOs::GetWorkingDirectory();
+    m_container = createContainer();
+    if (!m_container)
+    {
+        throw LbException(L"Der Dienste-Container konnte nicht erzeugt werden");
+    }
+    LbMessageDispatcher& dispatcher = LbMessageDispatcher::GetInstance();
+    if (!dispatcher.IsRunning() && !dispatcher.Start())
+    {
+        throw LbException(L"Der Nachrichtenverteiler konnte nicht gestartet werden");
+    }
+    IOC::CContainer::SetCurrent(m_container.get());
+    PreallocateStaticData();
+}
+
+LuTestSuiteEnvironment::~LuTestSuiteEnvironment()
+{
+    LbMessageDispatcher::Shutdown();
+    LbThreadPool::Shutdown();
+    IOC::CContainer::SetCurrent(nullptr);
+    m_container.reset();
+    LuTestSuiteHeapTracker::UnhookAll();
+}
+
+void LuTestSuiteEnvironment::LoadTestDLLs()
+{
+    for (const wchar_t* name : LuTestSuite::c_TestModules)
+    {
+        LoadDLL(name, true);
+    }
+}
+
+void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
+{
+    const std::wstring file = LbPath::ToNative(name) + LbOs::c_ModuleSuffix;
+    const std::wstring path = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + file;
+    if (!LbFileSystem::IsFile(path))
+    {
+        return;
+    }
+    std::wstring reason;
+    if (!LbOs::LoadModule(path, reason))
+    {
+        LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %s: %s", path, reason));
+        LuTestSuite::WriteWarning(L"DLL '%s' konnte nicht geladen werden.\n", file);
+    }
+}
+
+void LuTestSuiteEnvironment::PreallocateStaticData()
+{
+    LbThreadPool::GetInstance().Run([] {}).Wait();
+    LbDiagnostics::Trace(L"LuTestSuiteEnvironment: static data allocated");
+    warmUpParallelLoops();
+    warmUpFileStreams();
+    LbOs::AllocateOutputBuffer();
+    [[maybe_unused]] const LbTimer timer(LbTimer::eR_MilliSecond);
+}
+
+void LuTestSuiteEnvironment::SetExecutableDirectoryAsWorkingDirectory()
+{
+    setWorkingDirectory(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+}
+
+void LuTestSuiteEnvironment::RestoreWorkingDirectory()
+{
+    setWorkingDirectory(m_workingDirectory);
+}

@@ -1,0 +1,97 @@
+/// Other processes: starting one for a limited time, ending those of a name, knowing the parent.
+
+#include "base/os/processes.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "base/lbcommandline.h"
+#include "base/lbfilesystem.h"
+#include "base/os/childprocess.h"
+#include "base/os/process.h"
+#include "testing/lutestsuite/environment/utilsfailure.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/output/warning.h"
+
+namespace
+{
+
+/// A path with blanks or quotation marks would not stay the word it is. What names no file may bring arguments of its
+/// own along.
+std::wstring toWord(const std::wstring& executable)
+{
+    const bool isOneWord = LbCommandLine::Split(executable) == std::vector{executable};
+    return !isOneWord && LbFileSystem::IsFile(executable) ? LbCommandLine::Quote(executable) : executable;
+}
+
+} // namespace
+
+void LuTestSuiteUtils::ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
+                                          const std::wstring& workingDir, std::uint32_t timeoutSec)
+{
+    constexpr std::uint32_t c_Second = 1000;
+    LbOs::SChildOptions options;
+    options.commandLine = toWord(executable) + L" " + arguments;
+    options.workingDirectory = workingDir;
+    const std::unique_ptr<LbOs::CChildProcess> child = LbOs::CChildProcess::Start(options);
+    if (child == nullptr)
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Prozess %s konnte nicht gestartet werden:\n", executable);
+        LuTestSuiteOut::Write(L"         Argumente: %s\n", arguments);
+        LuTestSuiteOut::Write(L"         Working Directory: %s\n", workingDir);
+        return;
+    }
+    if (child->Wait(timeoutSec * c_Second))
+    {
+        // It may have left something running on purpose.
+        child->LetGo();
+        return;
+    }
+    child->Terminate();
+    LuTestSuite::WriteWarning(L"Warnung: Prozess %s nach %d Sekunden abgebrochen.\n", GetFileNameOnly(executable),
+                              timeoutSec);
+}
+
+void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
+{
+    std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
+    if (processes.empty())
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Prozess Snapshot konnte nicht erstellt werden.\n");
+        return;
+    }
+    // Those that the system does not name are not meant by an empty name.
+    std::erase_if(processes, [&exeName](const LbOs::SProcess& process) {
+        return process.executableName.empty() || process.executableName != exeName;
+    });
+    for (const LbOs::SProcess& process : processes)
+    {
+        LuTestSuiteOut::Write(L"Aktiver Prozess %s gefunden. Wird terminiert.\n", process.executableName);
+    }
+    std::ranges::for_each(processes, LbOs::KillProcess);
+}
+
+bool LuTestSuiteUtils::CheckForSameParentProcess()
+{
+    const std::optional<unsigned long> parent = LbOs::GetParentProcessNumber();
+    if (!parent)
+    {
+        return false;
+    }
+    const std::wstring ownName = LbOs::GetProcessExecutableName(LbOs::GetProcessNumber());
+    const std::wstring parentName = LbOs::GetProcessExecutableName(*parent);
+    if (ownName.empty() || parentName.empty())
+    {
+        LuTestSuite::ThrowUtilsFailure(L"LuTestSuiteUtils::CheckForSameParentProcess");
+    }
+    return ownName == parentName;
+}
+
+void LuTestSuiteUtils::EnterDebugBreakpoint()
+{
+    while (true)
+    {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+}

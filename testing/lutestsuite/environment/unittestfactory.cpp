@@ -1,0 +1,41 @@
+#include "testing/lutestsuite/environment/unittestfactory.h"
+
+#include "base/lbrtti.h"
+
+std::unique_ptr<LuUnitTest> LuTestSuite::CreateUnitTest(const std::wstring& className)
+{
+    const LbRTTI::CreateFunction create = LbRTTI::getCreate(className);
+    std::unique_ptr<IObject> object = create == nullptr ? nullptr : create();
+    auto* const unitTest = dynamic_cast<LuUnitTest*>(object.get());
+    if (unitTest != nullptr)
+    {
+        // Ownership goes over to the other view of the same object.
+        static_cast<void>(object.release());
+    }
+    return std::unique_ptr<LuUnitTest>(unitTest);
+}
+
+std::unique_ptr<LuUnitTest> LuTestSuite::CreateUnitTestOrNull(const std::wstring& className) noexcept
+{
+    try
+    {
+        return CreateUnitTest(className);
+    }
+    catch (...)
+    {
+        return nullptr;
+    }
+}
+
+std::optional<std::uint32_t> LuTestSuite::FindSubtest(const LuUnitTest& unitTest, const std::wstring& name)
+{
+    const std::uint32_t count = unitTest.GetSubtestCount();
+    for (std::uint32_t index = 0; index < count; ++index)
+    {
+        if (unitTest.GetSubtestName(index) == name)
+        {
+            return index;
+        }
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,86 @@
+/// Which child process a case gets.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "base/inoncopyable.h"
+#include "testing/lutestsuite/run/children/externallane.h"
+
+namespace LuTestSuiteRun
+{
+
+/// Lanes with children that were started ahead, for the isolated cases of all threads of a run, so that these need not
+/// wait for the start. Any thread.
+class CSpareLanes : public INonCopyable
+{
+public:
+    /// The settings are the caller's and outlive the object.
+    explicit CSpareLanes(const SChildSettings& settings) : m_settings(settings) {}
+
+    const SChildSettings& GetSettings() const { return m_settings; }
+
+    /// How many there are at most: as many as the machine can start at a time.
+    static std::size_t GetMost();
+
+    /// Sees to it that there are as many as `count` says that cases to come could use. Returns after two starts, since
+    /// whoever calls has to look after a case, too. What cannot be had for them is no error. The question is asked
+    /// while nobody else takes or starts one, so that no more are started than are taken as long as cases are.
+    void Start(const std::function<std::size_t()>& count);
+
+    /// One that nobody has used, also when it is being started just now; null when there is none.
+    std::unique_ptr<CExternalLane> Take();
+
+private:
+    void dropEnded();
+    bool takePlace(const std::function<std::size_t()>& count);
+    std::unique_ptr<CExternalLane> start() const;
+
+    const SChildSettings& m_settings;
+    std::mutex m_mutex; ///< of all below
+    std::condition_variable m_started;
+    std::vector<std::unique_ptr<CExternalLane>> m_lanes;
+    std::size_t m_starting = 0;
+};
+
+/// The lane of one executing thread.
+class CExternalContext : public INonCopyable
+{
+public:
+    explicit CExternalContext(CSpareLanes& spares) : m_spares(spares) {}
+
+    /// Gets the next lane ready with its child; false without a child. Throws LbException.
+    bool MakeReady(bool isIsolated);
+
+    /// Gives the lane back.
+    void Release() { m_lane.reset(); }
+
+    /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody
+    /// has used or will use. Throws LbException.
+    CExternalLane& Obtain(bool isIsolated);
+
+private:
+    enum class EUse
+    {
+        None,
+        Shared,
+        Isolated ///< an isolated case has it: it is no other's
+    };
+
+    bool isLaneFor(bool isIsolated) const
+    {
+        return m_lane && (m_use == EUse::None || (m_use == EUse::Shared && !isIsolated));
+    }
+
+    void assertLane(bool isIsolated);
+
+    CSpareLanes& m_spares;
+    std::unique_ptr<CExternalLane> m_lane;
+    EUse m_use = EUse::None;
+};
+
+} // namespace LuTestSuiteRun

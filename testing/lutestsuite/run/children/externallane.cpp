@@ -1,0 +1,265 @@
+#include "testing/lutestsuite/run/children/externallane.h"
+
+#include <atomic>
+#include <utility>
+
+#include "base/lbcommandline.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbuniqueid.h"
+#include "base/os/openfiles.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+/// The host of this build, which stands beside the running one and mostly is that.
+std::wstring getHostName()
+{
+    const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
+    return LbFormat(L"LuTestSuiteCLI%s%s", isDebug ? L"D" : L"", LbOs::c_ExecutableSuffix);
+}
+
+std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
+{
+    std::wstring failure;
+    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name, &failure);
+    if (!event)
+    {
+        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden (%s)", name, failure));
+    }
+    return event;
+}
+
+/// Whoever had to wait may use all processors again.
+struct SRestored
+{
+    LbOs::CThreadProcessors& processors;
+
+    ~SRestored() { processors.Restore(); }
+};
+
+/// Lanes of all threads.
+std::atomic<std::uint32_t> s_laneCount = 0;
+
+} // namespace
+
+std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
+                                 const std::wstring& requestEventId, const std::wstring& responseEventId)
+{
+    // A run over a host's own list of unit tests may have no data directory; the child wants one and does not look.
+    const std::wstring dataDirectory = settings.dataDirectory.empty()
+                                           ? LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)
+                                           : settings.dataDirectory;
+    std::wstring line =
+        LbFormat(L"%s -d %s -x --memory-id %s --request-event-id %s --response-event-id %s", getHostName(),
+                 LbCommandLine::Quote(dataDirectory), memoryId, requestEventId, responseEventId);
+    if (!settings.assertDialog)
+    {
+        line += L" --no-assert-dialog";
+    }
+    for (const std::wstring& name : settings.dlls)
+    {
+        line += L" --dll " + LbCommandLine::Quote(name);
+    }
+    return line;
+}
+
+void CMeetings::Learn(std::uint64_t nanoseconds)
+{
+    const bool isLong = nanoseconds >= sc_uiLong;
+    if (IsNext())
+    {
+        m_left = isLong ? 0 : m_left - 1;
+    }
+    else
+    {
+        m_left = nanoseconds > sc_uiQuick && !isLong ? sc_uiInARow : 0;
+    }
+}
+
+CExternalLane::CRoom::CRoom()
+{
+    constexpr std::uint64_t c_FilesPerLane = 8; // More than stay open.
+    constexpr std::uint64_t c_OtherFiles = 256; // Of the cases of this process, among others.
+    LbOs::AssertOpenFiles(++s_laneCount * c_FilesPerLane + c_OtherFiles);
+}
+
+CExternalLane::CRoom::~CRoom()
+{
+    --s_laneCount;
+}
+
+CExternalLane::CExternalLane(const SChildSettings& settings)
+    : m_settings(settings), m_buffer(LbUniqueId::Generate(), CSharedMemoryWorkBuffer::eO_Create),
+      m_requestEventId(LbUniqueId::Generate()), m_responseEventId(LbUniqueId::Generate()),
+      m_request(createEvent(m_requestEventId)), m_response(createEvent(m_responseEventId))
+{
+}
+
+void CExternalLane::startChild()
+{
+    // What a child before this one has left behind is none of the new one's business.
+    m_child.reset();
+    m_request->Reset();
+    m_response->Reset();
+    LbOs::SChildOptions options;
+    const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
+    options.program = folder + getHostName();
+    options.commandLine = GetChildCommandLine(m_settings, m_buffer.GetName(), m_requestEventId, m_responseEventId);
+    options.workingDirectory = folder;
+    options.isSilent = true;
+    m_child = LbOs::CChildProcess::Start(options);
+    m_processIndex = sc_iNone;
+    m_isSpare = m_hasAnswered = false;
+    m_meetings.Forget();
+    m_idle.Restart();
+}
+
+void CExternalLane::AssertChild()
+{
+    if (!m_child)
+    {
+        startChild();
+    }
+}
+
+bool CExternalLane::MakeReady()
+{
+    AssertChild();
+    // Opened now, since that may fail, too.
+    m_buffer.GetWriteAccess();
+    m_buffer.GetReadAccess();
+    return HasChild();
+}
+
+bool CExternalLane::isNotTaken(EEnd end)
+{
+    // Whatever a child that leaves comes to grief with is what the cases before have left in it; a spare's start may
+    // have failed for lack of what the case that was under way then has given back since.
+    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_isSpare || m_child->GetExitStatus() == 0);
+    return end == EEnd::NotTaken || (hasLeft && m_request->Reset());
+}
+
+void CExternalLane::replaceChild()
+{
+    // Indices count what cases were given: in place of a child that no case has used they get one of the same index.
+    const std::int32_t unused = m_hasAnswered ? sc_iNone : m_processIndex;
+    startChild();
+    m_processIndex = m_child ? unused : sc_iNone;
+    AssertProcessIndex();
+}
+
+void CExternalLane::AssertProcessIndex()
+{
+    static std::atomic<std::int32_t> s_nextProcessIndex = 0;
+    if (m_child && m_processIndex == sc_iNone)
+    {
+        m_processIndex = s_nextProcessIndex++;
+    }
+}
+
+void CExternalLane::Ask()
+{
+    if (!m_child)
+    {
+        return;
+    }
+    constexpr std::uint32_t c_Doubt = 1000; // The child began to wait earlier than this side knows.
+    m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
+    // A test may have made an answer of its own, which is none to this request.
+    m_response->Reset();
+    if (m_meetings.IsNext())
+    {
+        m_processors.Read();
+        m_processors.MeetWith(*m_child);
+    }
+    m_timer.Restart();
+    m_request->Set();
+}
+
+std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
+{
+    if (!m_child)
+    {
+        return sc_iNone;
+    }
+    EEnd end = wait(timeOutSec, isCanceled);
+    if (isNotTaken(end))
+    {
+        replaceChild();
+        Ask();
+        end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
+    }
+    m_hasAnswered = end == EEnd::Answered;
+    m_meetings.Learn(m_timer.GetElapsed());
+    m_idle.Restart();
+    const std::int32_t processIndex = m_processIndex;
+    if (end != EEnd::Answered)
+    {
+        // Gone before the buffer is written or read: until then it could still be writing itself.
+        if (m_child)
+        {
+            m_child->Terminate();
+        }
+        m_child.reset();
+    }
+    if (end == EEnd::TimedOut || end == EEnd::Canceled)
+    {
+        writeResult(end == EEnd::TimedOut ? ECaseRunResult::TimeOut : ECaseRunResult::Canceled);
+    }
+    return processIndex;
+}
+
+LbOs::EEventWait CExternalLane::waitOnce(std::uint32_t milliseconds)
+{
+    const SRestored restored{m_processors};
+    return m_response->Wait(milliseconds, m_child.get());
+}
+
+CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
+{
+    constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
+    constexpr std::uint32_t c_SliceMilliseconds = 1000;
+    constexpr std::uint32_t c_TakingMilliseconds = 250;
+    for (std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;;
+         slice = c_SliceMilliseconds)
+    {
+        switch (waitOnce(slice))
+        {
+        case LbOs::EEventWait::Signaled:
+            return EEnd::Answered;
+        case LbOs::EEventWait::ChildEnded:
+            return EEnd::ChildEnded;
+        case LbOs::EEventWait::Failed:
+            return EEnd::Failed;
+        case LbOs::EEventWait::TimedOut:
+            break;
+        }
+        // A child that waits for requests takes them at once. Taken back, it can no longer be taken by one that is
+        // slow.
+        if (slice == c_TakingMilliseconds && m_request->Reset())
+        {
+            return EEnd::NotTaken;
+        }
+        if (m_timer.GetElapsed() / c_NanosecondsPerSecond > timeOutSec)
+        {
+            return EEnd::TimedOut;
+        }
+        if (isCanceled())
+        {
+            return EEnd::Canceled;
+        }
+    }
+}
+
+void CExternalLane::writeResult(ECaseRunResult result)
+{
+    m_buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
+}
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,38 @@
+/// The work buffer that a run shares with a child process.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/os/sharedmemory.h"
+#include "testing/lutestsuite/run/children/workbuffer.h"
+
+namespace LuTestSuiteRun
+{
+
+/// Known by the name of a mapping. Failures throw LbException with the operation's name.
+class CSharedMemoryWorkBuffer : public IWorkBuffer, public INonCopyable
+{
+public:
+    enum EOrigin
+    {
+        eO_Create, ///< a new mapping, which goes with the object; none of that name may exist
+        eO_Open    ///< the mapping of another object, looked for when the buffer is accessed
+    };
+
+    CSharedMemoryWorkBuffer(std::wstring name, EOrigin origin);
+
+    /// The mapping is opened with the first access and stays open: that costs more than a small case.
+    CWorkBufferWriteView GetWriteAccess() override;
+    CWorkBufferReadView GetReadAccess() override;
+
+    const std::wstring& GetName() const noexcept { return m_name; }
+
+private:
+    std::wstring m_name;
+    std::unique_ptr<LbOs::CSharedMemory> m_memory; ///< on the creating side
+    std::shared_ptr<void> m_writeView;
+    std::shared_ptr<void> m_readView;
+};
+
+} // namespace LuTestSuiteRun

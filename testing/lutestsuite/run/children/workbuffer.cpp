@@ -1,0 +1,109 @@
+#include "testing/lutestsuite/run/children/workbuffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/lbencoding.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+bool isFirstOfPair(char16_t unit)
+{
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+/// A number that another process may change at any time: read once, so that what is checked is what is used.
+std::uint32_t readOnce(const std::uint32_t& number)
+{
+    return *static_cast<const volatile std::uint32_t*>(&number);
+}
+
+std::size_t getMessageLength(const SWorkBuffer& buffer)
+{
+    return std::min<std::size_t>(readOnce(buffer.messageLength), c_MessageMax);
+}
+
+constexpr std::size_t c_LeadingFlags = offsetof(SParams, parallel) + 1;
+
+} // namespace
+
+IWorkBuffer::~IWorkBuffer() = default;
+
+// Uninitialised on purpose: two megabytes of which a case uses a few hundred bytes.
+CHeapWorkBuffer::CHeapWorkBuffer() : m_buffer(std::make_unique_for_overwrite<SWorkBuffer>()) {}
+
+CWorkBufferWriteView CHeapWorkBuffer::GetWriteAccess()
+{
+    return {*m_buffer, nullptr};
+}
+
+CWorkBufferReadView CHeapWorkBuffer::GetReadAccess()
+{
+    return {*m_buffer, nullptr};
+}
+
+bool StoreName(char16_t (&field)[c_NameCapacity], const std::wstring& name)
+{
+    const std::u16string units = LbEncoding::ToUtf16(name);
+    if (units.size() >= c_NameCapacity)
+    {
+        return false;
+    }
+    *std::ranges::copy(units, field).out = u'\0';
+    return true;
+}
+
+std::wstring LoadName(const char16_t (&field)[c_NameCapacity])
+{
+    const char16_t* const end = std::find(std::begin(field), std::end(field), u'\0');
+    return LbEncoding::FromUtf16({field, static_cast<std::size_t>(end - field)});
+}
+
+bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
+{
+    const std::size_t length = getMessageLength(buffer);
+    const std::size_t capacity = c_MessageMax - length;
+    // A character has at least one unit: what cannot fit is not even converted.
+    const std::u16string units = LbEncoding::ToUtf16(text.substr(0, capacity));
+    const bool isCut = text.size() > capacity || units.size() > capacity;
+    std::size_t count = std::min(units.size(), capacity);
+    if (isCut && count > 0 && isFirstOfPair(units[count - 1]))
+    {
+        --count;
+    }
+    std::copy_n(units.begin(), count, buffer.messages + length);
+    buffer.messages[length + count] = u'\0';
+    buffer.messageLength = static_cast<std::uint32_t>(length + count);
+    return !isCut;
+}
+
+std::wstring LoadMessages(const SWorkBuffer& buffer)
+{
+    return LbEncoding::FromUtf16({buffer.messages, getMessageLength(buffer)});
+}
+
+SParams LoadParams(const SWorkBuffer& buffer)
+{
+    // By way of bytes: a bool that is neither true nor false must not even be looked at.
+    unsigned char bytes[sizeof(SParams)];
+    std::memcpy(bytes, &buffer.params, sizeof(bytes));
+    const auto normalize = [](unsigned char flag) { return static_cast<unsigned char>(flag == 0 ? 0 : 1); };
+    std::transform(bytes, bytes + c_LeadingFlags, bytes, normalize);
+    unsigned char& showsTime = bytes[offsetof(SParams, repetitionsGiven)];
+    showsTime = normalize(showsTime);
+    SParams params;
+    std::memcpy(&params, bytes, sizeof(bytes));
+    return params;
+}
+
+ECaseRunResult LoadResult(const SWorkBuffer& buffer)
+{
+    const std::uint32_t result = readOnce(buffer.result);
+    return result < SStats::SCounts::sc_uiResults ? static_cast<ECaseRunResult>(result) : ECaseRunResult::Unknown;
+}
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,77 @@
+/// The other end of external cases: a process that serves a parent run.
+
+#include <cstdlib>
+
+#include "base/lbexception.h"
+#include "base/lbformat.h"
+#include "base/os/crash.h"
+#include "base/os/namedevent.h"
+#include "base/os/process.h"
+#include "base/os/processors.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/run/children/externallane.h"
+#include "testing/lutestsuite/run/children/sharedworkbuffer.h"
+#include "testing/lutestsuite/run/executor.h"
+#include "testing/lutestsuite/run/preparation.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+constexpr const wchar_t* c_Operation = L"LuTestSuiteRun::RunExternalExecution";
+
+std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& name)
+{
+    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Open(name);
+    if (!event)
+    {
+        throw LbException(c_Operation, LbFormat(L"Das Ereignis '%s' kann nicht geöffnet werden", name));
+    }
+    return event;
+}
+
+/// Room for a case to begin with.
+bool hasMemory()
+{
+    constexpr std::size_t c_Enough = std::size_t{1} << 20U;
+    // Volatile, since compilers know that memory which nobody uses can always be had.
+    void* volatile const memory = std::malloc(c_Enough);
+    std::free(memory);
+    return memory != nullptr;
+}
+
+} // namespace
+
+void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
+{
+    if (setup.memoryId.empty() || setup.requestEventId.empty() || setup.responseEventId.empty())
+    {
+        throw LbException(c_Operation, L"Namen gemeinsamer Objekte fehlen");
+    }
+    const auto request = openEvent(setup.requestEventId);
+    const auto response = openEvent(setup.responseEventId);
+    CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
+    LbOs::EndSilentlyOnCrash();
+    const CPreparation preparation(setup, environment);
+    LbOs::CThreadProcessors processors;
+    while (request->Wait(c_LongestIdleMilliseconds) == LbOs::EEventWait::Signaled)
+    {
+        // The parent may have brought this thread to its own processor. The case uses what it always could.
+        processors.Restore();
+        ExecuteInBuffer(*buffer.GetWriteAccess());
+        processors.Read();
+        if (!response->Set())
+        {
+            throw LbException(c_Operation, L"Die Antwort kann nicht gemeldet werden");
+        }
+        if (!hasMemory())
+        {
+            // The cases to come are another child's. At once, since all that an orderly end does may want memory, too.
+            LbOs::EndProcess(EXIT_SUCCESS);
+        }
+    }
+}
+
+} // namespace LuTestSuiteRun

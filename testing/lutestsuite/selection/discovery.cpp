@@ -1,0 +1,191 @@
+/// The walk of the data directory.
+
+#include <algorithm>
+#include <memory>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lbrtti.h"
+#include "base/luunittest.h"
+#include "testing/lutestsuite/environment/unittestfactory.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/output/warning.h"
+#include "testing/lutestsuite/settings/parameters.h"
+
+namespace
+{
+
+using LuTestSuite::STestCase;
+using LuTestSuite::SUnitTest;
+
+constexpr std::uint32_t c_ReservedCases = 4096;
+
+/// Asks the instance for its sub-tests. What goes wrong costs a warning; the cases collected so far stay.
+void collectCases(LuUnitTest& instance, SUnitTest& test)
+{
+    try
+    {
+        instance.SetDataDirectory(test.dataDirectory);
+        instance.InitSubtests();
+        const std::uint32_t count = instance.GetSubtestCount();
+        // A count beyond all reason must not cost the names that can be had.
+        test.cases.reserve(std::min(count, c_ReservedCases));
+        for (std::uint32_t index = 0; index < count; ++index)
+        {
+            std::wstring name = instance.GetSubtestName(index);
+            STestCase& testCase = test.cases.emplace_back();
+            testCase.name = std::move(name);
+            testCase.parameters.max_load_factor(LuTestSuite::c_ParameterLoadFactor);
+        }
+    }
+    catch (...)
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Falsche Konfiguration des Unit-Test %s.\n", test.className);
+    }
+}
+
+/// The files of the unit test's folder. The instance has often listed them already; a class that keeps its directory to
+/// itself has not.
+const std::vector<std::wstring>& getFileNames(const LuUnitTest& instance, const SUnitTest& test,
+                                              std::vector<std::wstring>& ownList)
+{
+    if (instance.GetDataDirectory() == test.dataDirectory)
+    {
+        return instance.GetDataFileNames();
+    }
+    ownList = LbFileSystem::GetFileNames(test.dataDirectory);
+    return ownList;
+}
+
+/// A case is a file data set when the unit test's folder holds a file of the case's name.
+void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
+{
+    std::vector<std::wstring> ownList;
+    const std::vector<std::wstring>& fileNames = getFileNames(instance, test, ownList);
+    // Cases made from files come in the order of the names, so the next name is nearly always the right one.
+    auto next = fileNames.begin();
+    for (STestCase& testCase : test.cases)
+    {
+        if (next == fileNames.end() || *next != testCase.name)
+        {
+            next = std::ranges::lower_bound(fileNames, testCase.name);
+        }
+        if (next != fileNames.end() && *next == testCase.name)
+        {
+            testCase.dataSetFile.reserve(test.dataDirectory.size() + testCase.name.size());
+            testCase.dataSetFile.append(test.dataDirectory).append(testCase.name);
+            ++next;
+        }
+    }
+}
+
+/// Keeps the walk out of circles: a linked directory is searched once, and never when the link stands inside it. Links
+/// to the folders of unit tests are not concerned, since these are not searched.
+class CLinkedDirectories
+{
+public:
+    bool MayEnter(const std::wstring& directory, const std::wstring& linkName)
+    {
+        const std::wstring target = LbOs::GetCanonicalPath(directory + linkName) + LbPath::c_Separator;
+        const std::wstring place = LbOs::GetCanonicalPath(directory) + LbPath::c_Separator;
+        return !place.starts_with(target) && m_entered.insert(target).second;
+    }
+
+private:
+    std::unordered_set<std::wstring> m_entered;
+};
+
+} // namespace
+
+std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(const std::wstring& dataDir,
+                                                                                bool removeDisabled)
+{
+    std::vector<SUnitTest> tests;
+    std::vector<std::wstring> pendingDirs;
+    CLinkedDirectories links;
+    const std::wstring root = dataDir.empty() ? dataDir : AddBackslash(dataDir);
+    processDir(root, GetFileNameOnly(root), tests, pendingDirs, removeDisabled);
+    while (!pendingDirs.empty())
+    {
+        const std::wstring directory = std::move(pendingDirs.back());
+        pendingDirs.pop_back();
+        LbOs::VisitDirectory(directory, [&](const LbOs::SDirectoryEntry& entry) {
+            if (!entry.isDirectory || entry.name.find(L".svn") != std::wstring::npos)
+            {
+                return;
+            }
+            const std::size_t pendingCount = pendingDirs.size();
+            processDir(directory + entry.name + LbPath::c_Separator, entry.name, tests, pendingDirs, removeDisabled);
+            const bool isPending = pendingDirs.size() > pendingCount;
+            if (isPending && entry.isLink && !links.MayEnter(directory, entry.name))
+            {
+                pendingDirs.pop_back();
+            }
+        });
+    }
+    return tests;
+}
+
+void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstring& folderName, UnitTests& tests,
+                                  std::vector<std::wstring>& pendingDirs, bool removeDisabled)
+{
+    const LbRTTI* const type = LbRTTI::Find(folderName);
+    if (type == nullptr || !type->IsDerivedFrom(LuUnitTest::RTTI))
+    {
+        pendingDirs.push_back(directory);
+        return;
+    }
+    if (type->IsExactly(LuUnitTest::RTTI))
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Zum Verzeichnis %s gehörende Unit-Test Klasse hat keine eigene RTTI.\n",
+                                  folderName);
+        return;
+    }
+    if (type->GetCreate() == nullptr)
+    {
+        LuTestSuite::WriteWarning(
+            L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n", folderName);
+        return;
+    }
+    const std::unique_ptr<LuUnitTest> instance = LuTestSuite::CreateUnitTestOrNull(folderName);
+    if (!instance)
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Fehler beim Instanzieren von Unit-Test %s.\n", folderName);
+        return;
+    }
+    SUnitTest test;
+    test.className = folderName;
+    test.dataDirectory = directory;
+    test.moduleName = GetModuleName(*type);
+    collectCases(*instance, test);
+    assignDataSetFiles(*instance, test);
+    processExtraInfoFile(test);
+    if (removeDisabled)
+    {
+        removeDisabledCases(test);
+    }
+    if (!test.cases.empty())
+    {
+        tests.push_back(std::move(test));
+    }
+}
+
+void LuTestSuiteUtils::PreprocessDataDir(std::wstring& dataDir)
+{
+    if (!LbFileSystem::Exists(dataDir))
+    {
+        // Read the history only when it can matter: reading it creates the per-user folder.
+        if (const std::optional<std::uint32_t> index = LbVariant(dataDir).ToUInt32())
+        {
+            const std::vector<std::wstring> history = GetDataDirHistory();
+            if (*index < history.size())
+            {
+                dataDir = history[*index];
+            }
+        }
+    }
+    if (!dataDir.empty())
+    {
+        dataDir = AddBackslash(dataDir);
+    }
+}
