@@ -70,13 +70,13 @@ public:
     std::optional<std::int64_t> GetExitStatus();
 
     /// From now on what was started ends neither with this object nor with the present process.
-    void LetGo();
+    void Detach();
 
     /// The system's number of the process; on Linux another's as soon as somebody has waited for its end.
     std::uint64_t GetNumber() const noexcept;
 
-    /// The system's handle that waits for the end, owned by the object. For the seam's own use. On Linux it is another
-    /// file's, or -1, when somebody has closed it; the next Wait gets another one.
+    /// The system's handle that waits for the end, owned by the object. For the platform layer's own use. On Linux it
+    /// is another file's, or -1, when somebody has closed it; the next Wait gets another one.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:

@@ -30,7 +30,7 @@ struct CChildProcess::SState
 
     /// How the process has ended, if it has; none when others have waited for it, or the system has forgotten it. From
     /// then on its number may be another's.
-    std::optional<siginfo_t> Look(int options);
+    std::optional<siginfo_t> Poll(int options);
 
     /// Also when nobody knows how.
     bool HasEnded();
@@ -62,7 +62,7 @@ void killGroup(pid_t process)
 
 } // namespace
 
-std::optional<siginfo_t> CChildProcess::SState::Look(int options)
+std::optional<siginfo_t> CChildProcess::SState::Poll(int options)
 {
     siginfo_t end = {};
     bool isKnown = false;
@@ -80,7 +80,7 @@ std::optional<siginfo_t> CChildProcess::SState::Look(int options)
 
 bool CChildProcess::SState::HasEnded()
 {
-    const std::optional<siginfo_t> end = Look(WNOHANG | WNOWAIT);
+    const std::optional<siginfo_t> end = Poll(WNOHANG | WNOWAIT);
     return !end || end->si_pid != 0;
 }
 
@@ -115,7 +115,7 @@ bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
 
 void CChildProcess::SState::Reap()
 {
-    const std::optional<siginfo_t> end = Look(WNOWAIT);
+    const std::optional<siginfo_t> end = Poll(WNOWAIT);
     if (end && endsWithOwner)
     {
         killGroup(process);
@@ -123,7 +123,7 @@ void CChildProcess::SState::Reap()
     Linux::ReleaseKeptGroup(std::exchange(group, nullptr));
     if (end)
     {
-        Look(0);
+        Poll(0);
         exitStatus = toExitStatus(*end);
     }
     isReaped = true;
@@ -135,7 +135,7 @@ void CChildProcess::SState::End(bool isTreeEnded)
     {
         return;
     }
-    if (!Look(WNOHANG | WNOWAIT))
+    if (!Poll(WNOHANG | WNOWAIT))
     {
         Reap();
         return;
@@ -188,7 +188,7 @@ CChildProcess::~CChildProcess()
     else if (!m_state->isReaped)
     {
         // Ended or not, it is nobody's business any more; init takes over what is left of it.
-        m_state->Look(WNOHANG);
+        m_state->Poll(WNOHANG);
     }
 }
 
@@ -211,7 +211,7 @@ std::optional<std::int64_t> CChildProcess::GetExitStatus()
     return m_state->exitStatus;
 }
 
-void CChildProcess::LetGo()
+void CChildProcess::Detach()
 {
     m_state->endsWithOwner = false;
     Linux::ReleaseKeptGroup(m_state->group);
@@ -220,7 +220,7 @@ void CChildProcess::LetGo()
 
 void CChildProcess::PrepareStarts()
 {
-    Linux::AssertKeeper();
+    Linux::EnsureKeeper();
 }
 
 std::uint64_t CChildProcess::GetNumber() const noexcept

@@ -147,7 +147,7 @@ std::optional<std::int64_t> CChildProcess::GetExitStatus()
     return isKnown ? std::optional<std::int64_t>(status) : std::nullopt;
 }
 
-void CChildProcess::LetGo()
+void CChildProcess::Detach()
 {
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION none = {};
     SetInformationJobObject(m_state->job.get(), JobObjectExtendedLimitInformation, &none, sizeof(none));

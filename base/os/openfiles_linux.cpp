@@ -18,7 +18,7 @@ std::atomic<rlim_t> s_former = 0;
 
 } // namespace
 
-void LbOs::AssertOpenFiles(std::uint64_t count)
+void LbOs::EnsureOpenFiles(std::uint64_t count)
 {
     const std::lock_guard lock(s_lock);
     rlimit limit = {};

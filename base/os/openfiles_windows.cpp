@@ -1,3 +1,3 @@
 #include "base/os/openfiles.h"
 
-void LbOs::AssertOpenFiles(std::uint64_t /*count*/) {}
+void LbOs::EnsureOpenFiles(std::uint64_t /*count*/) {}

@@ -52,7 +52,7 @@ struct SForkHandlers
 LB_API void CallAroundForks(const SForkHandlers& handlers);
 
 /// Number of the present process.
-LB_API unsigned long GetProcessNumber();
+LB_API unsigned long GetProcessId();
 
 /// Ends the present process at once: no destructor runs, no stream is flushed, nobody is asked. Any thread.
 [[noreturn]] LB_API void EndProcess(int status);

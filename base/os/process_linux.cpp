@@ -97,7 +97,7 @@ void LbOs::CallAroundForks(const SForkHandlers& handlers)
     pthread_atfork(handlers.before, handlers.afterInParent, handlers.afterInChild);
 }
 
-unsigned long LbOs::GetProcessNumber()
+unsigned long LbOs::GetProcessId()
 {
     return static_cast<unsigned long>(getpid());
 }

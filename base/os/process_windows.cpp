@@ -141,7 +141,7 @@ void LbOs::BreakIntoDebugger()
 
 void LbOs::CallAroundForks(const SForkHandlers& /*handlers*/) {}
 
-unsigned long LbOs::GetProcessNumber()
+unsigned long LbOs::GetProcessId()
 {
     return GetCurrentProcessId();
 }

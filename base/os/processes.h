@@ -21,7 +21,7 @@ LB_API std::vector<SProcess> ListProcesses();
 
 /// The process that started this one, 0 when it has ended and another one has taken its place; none when the system
 /// does not tell. Where the system keeps the number of one that has ended (Windows) it is given. Any thread.
-LB_API std::optional<unsigned long> GetParentProcessNumber();
+LB_API std::optional<unsigned long> GetParentProcessId();
 
 /// The file name of the executable of a process that runs now, as the process itself would name it; empty when there is
 /// no such process or it cannot be asked. Any thread.

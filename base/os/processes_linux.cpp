@@ -58,7 +58,7 @@ std::vector<LbOs::SProcess> LbOs::ListProcesses()
     return processes;
 }
 
-std::optional<unsigned long> LbOs::GetParentProcessNumber()
+std::optional<unsigned long> LbOs::GetParentProcessId()
 {
     const pid_t parent = getppid();
     return parent == s_firstParent ? static_cast<unsigned long>(parent) : 0;

@@ -40,7 +40,7 @@ std::vector<LbOs::SProcess> LbOs::ListProcesses()
     return processes;
 }
 
-std::optional<unsigned long> LbOs::GetParentProcessNumber()
+std::optional<unsigned long> LbOs::GetParentProcessId()
 {
     std::optional<unsigned long> number;
     visitProcesses([&number, own = GetCurrentProcessId()](const PROCESSENTRY32W& entry) {

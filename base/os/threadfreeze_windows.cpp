@@ -68,7 +68,7 @@ bool isKnown(DWORD number) noexcept
 }
 
 /// To be asked before a handle is opened.
-bool isRoomLeft() noexcept
+bool isSpaceLeft() noexcept
 {
     return s_count < c_ThreadMax && s_handleCount < c_HandleMax;
 }
@@ -136,7 +136,7 @@ bool suspendFrom(std::size_t first) noexcept
 bool findNewThreads() noexcept
 {
     HANDLE thread = nullptr;
-    while (isRoomLeft())
+    while (isSpaceLeft())
     {
         const LONG status = s_calls.getNextThread(GetCurrentProcess(), thread, c_Access, 0, 0, &thread);
         if (status < 0)

@@ -115,7 +115,7 @@ private:
     static void dispatchMalloc(const void* result, std::size_t size) noexcept;
     static void dispatchRealloc(std::uint64_t old, const void* result, std::size_t size) noexcept;
     static void dispatchFree(std::uint64_t address) noexcept;
-    static void dispatchOrPutDown(const LuTestSuite::SOperation& operation) noexcept;
+    static void dispatchOrDefer(const LuTestSuite::SOperation& operation) noexcept;
     static void dispatch(const LuTestSuite::SOperation& operation) noexcept;
 
     void track(EOperation operation, std::uint64_t oldAddress, std::uint64_t newAddress, std::size_t size) noexcept;

@@ -47,14 +47,14 @@ unsigned long s_workingProcess = 0;
 class CWork : public INonCopyable
 {
 public:
-    CWork() { s_workingProcess = LbOs::GetProcessNumber(); }
+    CWork() { s_workingProcess = LbOs::GetProcessId(); }
     ~CWork() { s_workingProcess = 0; }
 };
 
 /// A case that calls exit() must not look like a success. Copies of the process that a case makes may end as they like.
 void endUnfinished()
 {
-    if (s_workingProcess == LbOs::GetProcessNumber())
+    if (s_workingProcess == LbOs::GetProcessId())
     {
         LbOs::WriteStandardError(LbEncoding::ToUtf8(L"Fehler: Der Prozess wurde mitten im Aufruf beendet\n"));
         std::fflush(nullptr);

@@ -131,7 +131,7 @@ protected:
         const std::function<bool()> cancel = [isCanceled] { return isCanceled; };
         std::vector<SCaseInfo> cases(1);
         const LuTestSuiteRun::SChildSettings childSettings;
-        LuTestSuiteRun::CSpareLanes spares(childSettings);
+        LuTestSuiteRun::CSpareChildren spares(childSettings);
         LuTestSuiteRun::CCaseRunner runner(unitTests, cases, m_params, cancel, spares);
         runner.Run(cases.front(), [] { return std::span<const std::uint32_t>(); });
         return cases.front();

@@ -14,7 +14,7 @@ namespace
 {
 
 using LuTestSuiteRun::CExternalContext;
-using LuTestSuiteRun::CSpareLanes;
+using LuTestSuiteRun::CSpareChildren;
 using LuTestSuiteRun::SChildSettings;
 
 std::function<std::size_t()> just(std::size_t count)
@@ -22,10 +22,10 @@ std::function<std::size_t()> just(std::size_t count)
     return [count] { return count; };
 }
 
-TEST(SpareLanes, AreAsManyAsCasesToCome)
+TEST(SpareChildren, AreAsManyAsCasesToCome)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
 
     spares.Start(just(0));
     EXPECT_EQ(CountHostChildren(), 0);
@@ -35,11 +35,11 @@ TEST(SpareLanes, AreAsManyAsCasesToCome)
     EXPECT_EQ(CountHostChildren(), 1);
 }
 
-TEST(SpareLanes, AreNoMoreThanProcessors)
+TEST(SpareChildren, AreNoMoreThanProcessors)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
-    const auto most = static_cast<std::ptrdiff_t>(CSpareLanes::GetMost());
+    CSpareChildren spares(settings);
+    const auto most = static_cast<std::ptrdiff_t>(CSpareChildren::GetMost());
 
     for (std::ptrdiff_t start = 0; start <= most; ++start)
     {
@@ -49,34 +49,34 @@ TEST(SpareLanes, AreNoMoreThanProcessors)
     EXPECT_EQ(CountHostChildren(), most);
 }
 
-TEST(SpareLanes, AreStartedTwoAtATime)
+TEST(SpareChildren, AreStartedTwoAtATime)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
 
     spares.Start(just(1000));
 
-    EXPECT_EQ(CountHostChildren(), std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(CSpareLanes::GetMost())));
+    EXPECT_EQ(CountHostChildren(), std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(CSpareChildren::GetMost())));
 }
 
-TEST(SpareLanes, AreTakenOnce)
+TEST(SpareChildren, AreTakenOnce)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
     spares.Start(just(1));
 
-    const auto lane = spares.Take();
+    const auto channel = spares.Take();
 
-    ASSERT_NE(lane, nullptr);
-    EXPECT_TRUE(lane->HasChild());
+    ASSERT_NE(channel, nullptr);
+    EXPECT_TRUE(channel->HasChild());
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
 /// One that was idle for long has left.
-TEST(SpareLanes, AreNotTakenWhenTheyHaveEnded)
+TEST(SpareChildren, AreNotTakenWhenTheyHaveEnded)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
     spares.Start(just(1));
 
     KillHostChildren();
@@ -84,26 +84,26 @@ TEST(SpareLanes, AreNotTakenWhenTheyHaveEnded)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-TEST(SpareLanes, AreReplacedWhenTheyHaveEnded)
+TEST(SpareChildren, AreReplacedWhenTheyHaveEnded)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
     spares.Start(just(1));
 
     KillHostChildren();
     spares.Start(just(1));
 
-    const auto lane = spares.Take();
-    ASSERT_NE(lane, nullptr);
-    EXPECT_TRUE(lane->IsChildRunning());
+    const auto channel = spares.Take();
+    ASSERT_NE(channel, nullptr);
+    EXPECT_TRUE(channel->IsChildRunning());
 }
 
 /// Whoever needs one while it is being started does not start another.
-TEST(SpareLanes, AreWaitedForWhileTheyStart)
+TEST(SpareChildren, AreWaitedForWhileTheyStart)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
-    std::unique_ptr<LuTestSuiteRun::CExternalLane> taken;
+    CSpareChildren spares(settings);
+    std::unique_ptr<LuTestSuiteRun::CChildChannel> taken;
     std::thread taker;
     spares.Start([&]() -> std::size_t {
         if (taker.joinable())
@@ -123,7 +123,7 @@ TEST(SpareLanes, AreWaitedForWhileTheyStart)
 TEST(ExternalContext, GivesIsolatedCasesTheSpares)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
     CExternalContext context(spares);
     spares.Start(just(1));
 
@@ -136,7 +136,7 @@ TEST(ExternalContext, GivesIsolatedCasesTheSpares)
 TEST(ExternalContext, LeavesTheSparesOfOthersAlone)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
     CExternalContext context(spares);
     spares.Start(just(1));
 
@@ -151,14 +151,14 @@ TEST(ExternalContext, LeavesTheSparesOfOthersAlone)
 std::int32_t askIsolated(
     CExternalContext& context, const std::function<void()>& meanwhile = [] {})
 {
-    LuTestSuiteRun::CExternalLane& lane = context.Obtain(true);
+    LuTestSuiteRun::CChildChannel& channel = context.Obtain(true);
     meanwhile();
     LuTestSuite::SUnitTest unitTest;
     unitTest.className = L"CUnknownModel";
-    LuTestSuiteRun::WriteRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, {}, {});
-    lane.Ask();
-    const std::int32_t index = lane.WaitForAnswer(LuTestSuiteRun::c_NoLimit, [] { return false; });
-    const auto result = LuTestSuiteRun::LoadResult(*lane.GetBuffer().GetReadAccess());
+    LuTestSuiteRun::WriteRequest(*channel.GetBuffer().GetWriteAccess(), unitTest, {}, {});
+    channel.Ask();
+    const std::int32_t index = channel.WaitForAnswer(LuTestSuiteRun::c_NoLimit, [] { return false; });
+    const auto result = LuTestSuiteRun::LoadResult(*channel.GetBuffer().GetReadAccess());
     return result == LuTestSuiteRun::ECaseRunResult::NoMatchingCase ? index : -2;
 }
 
@@ -166,7 +166,7 @@ std::int32_t askIsolated(
 TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 {
     const SChildSettings settings;
-    CSpareLanes spares(settings);
+    CSpareChildren spares(settings);
     CExternalContext context(spares);
     const std::int32_t before = askIsolated(context);
     ASSERT_GE(before, 0);

@@ -24,10 +24,10 @@ public:
             std::this_thread::yield();
         }
     }
-    ~StuckThread() { LetGo(); }
+    ~StuckThread() { Release(); }
 
     /// Lets the thread go on behind the breakpoint and end.
-    void LetGo()
+    void Release()
     {
         if (m_thread.joinable())
         {

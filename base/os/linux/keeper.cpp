@@ -31,23 +31,23 @@ bool isKeeperThere(pid_t keeper)
 
 /// Waits until the keeper is ready: whoever ends the present process with all that belongs to it knows the keeper by
 /// its name and session. It may take a while where there is much else to do.
-bool waitReady(const SBooks& books, pid_t keeper)
+bool waitReady(const SKeeperState& state, pid_t keeper)
 {
     constexpr int c_MostLooks = 100;
     constexpr timespec c_LookInterval = {0, 100'000'000};
-    for (int look = 0; look < c_MostLooks && books.isReady == 0 && isKeeperThere(keeper); ++look)
+    for (int look = 0; look < c_MostLooks && state.isReady == 0 && isKeeperThere(keeper); ++look)
     {
-        syscall(SYS_futex, &books.isReady, FUTEX_WAIT, 0, &c_LookInterval, nullptr, 0);
+        syscall(SYS_futex, &state.isReady, FUTEX_WAIT, 0, &c_LookInterval, nullptr, 0);
     }
-    return books.isReady != 0;
+    return state.isReady != 0;
 }
 
 /// Number of a keeper that does its work; negative without one.
-pid_t startKeeper(SBooks& books)
+pid_t startKeeper(SKeeperState& state)
 {
-    books.isReady = 0;
-    const pid_t keeper = ForkKeeper(books);
-    if (keeper > 0 && !waitReady(books, keeper))
+    state.isReady = 0;
+    const pid_t keeper = ForkKeeper(state);
+    if (keeper > 0 && !waitReady(state, keeper))
     {
         siginfo_t end = {};
         kill(keeper, SIGKILL);
@@ -58,7 +58,7 @@ pid_t startKeeper(SBooks& books)
 }
 
 /// Sees to it that there is a keeper: another one takes over from one that somebody has ended.
-bool assertKeeper(SBooks& books)
+bool ensureKeeper(SKeeperState& state)
 {
     static std::mutex s_lock;
     static pid_t s_keeper = -1;
@@ -71,40 +71,40 @@ bool assertKeeper(SBooks& books)
     const std::lock_guard lock(s_lock);
     if (s_keeper < 0 || !isKeeperThere(s_keeper))
     {
-        s_keeper = startKeeper(books);
+        s_keeper = startKeeper(state);
     }
     return s_keeper > 0;
 }
 
-SBooks* makeBooks()
+SKeeperState* makeState()
 {
-    void* const memory = mmap(nullptr, sizeof(SBooks), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    return memory == MAP_FAILED ? nullptr : new (memory) SBooks;
+    void* const memory = mmap(nullptr, sizeof(SKeeperState), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return memory == MAP_FAILED ? nullptr : new (memory) SKeeperState;
 }
 
 /// Null when there is no keeper. Never released: the keeper needs it to the end.
-SBooks* getBooks()
+SKeeperState* getState()
 {
-    static SBooks* const s_books = makeBooks();
-    return s_books != nullptr && assertKeeper(*s_books) ? s_books : nullptr;
+    static SKeeperState* const s_state = makeState();
+    return s_state != nullptr && ensureKeeper(*s_state) ? s_state : nullptr;
 }
 
 } // namespace
 
-void AssertKeeper()
+void EnsureKeeper()
 {
-    getBooks();
+    getState();
 }
 
 SKeptGroup* TakeKeptGroup()
 {
-    SBooks* const books = getBooks();
-    for (std::size_t index = 0; books != nullptr && index < c_KeptGroups; ++index)
+    SKeeperState* const state = getState();
+    for (std::size_t index = 0; state != nullptr && index < c_KeptGroups; ++index)
     {
         pid_t free = 0;
-        if (books->groups[index].process.compare_exchange_strong(free, -1))
+        if (state->groups[index].process.compare_exchange_strong(free, -1))
         {
-            return &books->groups[index];
+            return &state->groups[index];
         }
     }
     return nullptr;
@@ -120,10 +120,10 @@ void ReleaseKeptGroup(SKeptGroup* group) noexcept
 
 SKeptFile* KeepFile(const char* path)
 {
-    SBooks* const books = std::strlen(path) < c_KeptPathCapacity ? getBooks() : nullptr;
-    for (std::size_t index = 0; books != nullptr && index < c_KeptFiles; ++index)
+    SKeeperState* const state = std::strlen(path) < c_KeptPathCapacity ? getState() : nullptr;
+    for (std::size_t index = 0; state != nullptr && index < c_KeptFiles; ++index)
     {
-        SKeptFile& file = books->files[index];
+        SKeptFile& file = state->files[index];
         int free = SKeptFile::eS_Free;
         if (file.state.compare_exchange_strong(free, SKeptFile::eS_Writing))
         {

@@ -1,7 +1,7 @@
 /// What must not outlive the present process, and the small process that sees to it. Internal to the Linux side.
 ///
 /// A process that is killed cleans nothing up. The keeper is a fork that waits for that and then ends the process
-/// trees and removes the files that are in its books. It is started with the first entry, or ahead of it, and with the
+/// trees and removes the files that are in its state. It is started with the first entry, or ahead of it, and with the
 /// next one when somebody has ended it, and ends with this process. Any thread.
 #pragma once
 
@@ -29,7 +29,7 @@ struct SKeptGroup
 };
 
 /// Starts the keeper, unless there is one. As a copy it keeps all the memory that the process has at that time.
-void AssertKeeper();
+void EnsureKeeper();
 
 /// A free entry; null when there is none, or no keeper. The caller releases it while the group's number is still its
 /// own, unless the process never became a program.

@@ -31,9 +31,9 @@ void removeMemory(const char* path, pid_t owner)
     }
 }
 
-void removeFiles(const SBooks& books, pid_t owner)
+void removeFiles(const SKeeperState& state, pid_t owner)
 {
-    for (const SKeptFile& file : books.files)
+    for (const SKeptFile& file : state.files)
     {
         if (file.state.load() == SKeptFile::eS_Kept)
         {
@@ -43,11 +43,11 @@ void removeFiles(const SBooks& books, pid_t owner)
     }
 }
 
-void endGroups(const SBooks& books)
+void endGroups(const SKeeperState& state)
 {
     pid_t processes[c_KeptGroups];
     std::size_t count = 0;
-    for (const SKeptGroup& group : books.groups)
+    for (const SKeptGroup& group : state.groups)
     {
         // By now others may have waited for the process, and the system may have given its number to another one.
         if (const pid_t process = group.process.load(); process > 0 && !HasStartedAfter(process, group.entered))
@@ -59,7 +59,7 @@ void endGroups(const SBooks& books)
 }
 
 /// The keeper's whole life.
-[[noreturn]] void keep(SBooks& books, pid_t owner)
+[[noreturn]] void keep(SKeeperState& state, pid_t owner)
 {
     constexpr int c_LookInterval = 100;
     // Out of reach of what a terminal sends to its processes.
@@ -69,8 +69,8 @@ void endGroups(const SBooks& books)
     Call(SYS_close_range, 0, UINT_MAX, 0);
     Call(SYS_chdir, "/");
     pollfd waiting = {static_cast<int>(Call(SYS_pidfd_open, owner, 0)), POLLIN, 0};
-    books.isReady.store(1);
-    Call(SYS_futex, &books.isReady, FUTEX_WAKE, 1, 0, 0, 0);
+    state.isReady.store(1);
+    Call(SYS_futex, &state.isReady, FUTEX_WAKE, 1, 0, 0, 0);
     // By the parent's number and not by the handle alone: once it has changed, no child-to-be can take the owner for
     // alive any more.
     while (Call(SYS_getppid) == owner)
@@ -78,20 +78,20 @@ void endGroups(const SBooks& books)
         Call(SYS_poll, &waiting, 1, waiting.fd < 0 ? c_LookInterval : c_LookInterval * 10);
     }
     // Names first: it takes no time.
-    removeFiles(books, owner);
-    endGroups(books);
+    removeFiles(state, owner);
+    endGroups(state);
     EndCopy();
 }
 
 } // namespace
 
-pid_t ForkKeeper(SBooks& books) noexcept
+pid_t ForkKeeper(SKeeperState& state) noexcept
 {
     const auto owner = static_cast<pid_t>(Call(SYS_getpid));
     const pid_t keeper = CopyProcess();
     if (keeper == 0)
     {
-        keep(books, owner);
+        keep(state, owner);
     }
     return keeper;
 }

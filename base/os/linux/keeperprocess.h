@@ -11,7 +11,7 @@ namespace LbOs::Linux
 {
 
 /// Shared with the keeper, and all zero at first.
-struct SBooks
+struct SKeeperState
 {
     std::atomic<int> isReady; ///< the keeper can no longer be taken for anything else; a futex
     SKeptGroup groups[c_KeptGroups];
@@ -19,6 +19,6 @@ struct SBooks
 };
 
 /// Forks the keeper, whose number it returns; negative on failure. Only with `isReady` it does its work.
-pid_t ForkKeeper(SBooks& books) noexcept;
+pid_t ForkKeeper(SKeeperState& state) noexcept;
 
 } // namespace LbOs::Linux

@@ -1,4 +1,5 @@
-/// The one place that includes <windows.h>, and what the Windows side of the seam shares. Internal to base/os.
+/// The one place that includes <windows.h>, and what the Windows side of the platform layer shares. Internal to
+/// base/os.
 #pragma once
 
 #ifndef UNICODE

@@ -45,7 +45,7 @@ void LuTestSuiteUtils::ExecuteWithTimeout(const std::wstring& executable, const 
     if (child->Wait(timeoutSec * c_Second))
     {
         // It may have left something running on purpose.
-        child->LetGo();
+        child->Detach();
         return;
     }
     child->Terminate();
@@ -74,12 +74,12 @@ void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
 
 bool LuTestSuiteUtils::CheckForSameParentProcess()
 {
-    const std::optional<unsigned long> parent = LbOs::GetParentProcessNumber();
+    const std::optional<unsigned long> parent = LbOs::GetParentProcessId();
     if (!parent)
     {
         return false;
     }
-    const std::wstring ownName = LbOs::GetProcessExecutableName(LbOs::GetProcessNumber());
+    const std::wstring ownName = LbOs::GetProcessExecutableName(LbOs::GetProcessId());
     const std::wstring parentName = LbOs::GetProcessExecutableName(*parent);
     if (ownName.empty() || parentName.empty())
     {

@@ -311,24 +311,24 @@ void* LuTestSuiteHeapTracker::detourRealloc(void* old, std::size_t size) noexcep
 
 void LuTestSuiteHeapTracker::dispatchMalloc(const void* result, std::size_t size) noexcept
 {
-    dispatchOrPutDown({static_cast<int>(EOperation::Malloc), 0, toAddress(result), size});
+    dispatchOrDefer({static_cast<int>(EOperation::Malloc), 0, toAddress(result), size});
 }
 
 void LuTestSuiteHeapTracker::dispatchRealloc(std::uint64_t old, const void* result, std::size_t size) noexcept
 {
-    dispatchOrPutDown({static_cast<int>(EOperation::Realloc), old, toAddress(result), size});
+    dispatchOrDefer({static_cast<int>(EOperation::Realloc), old, toAddress(result), size});
 }
 
 void LuTestSuiteHeapTracker::dispatchFree(std::uint64_t address) noexcept
 {
-    dispatchOrPutDown({static_cast<int>(EOperation::Free), address, 0, 0});
+    dispatchOrDefer({static_cast<int>(EOperation::Free), address, 0, 0});
 }
 
-void LuTestSuiteHeapTracker::dispatchOrPutDown(const SOperation& operation) noexcept
+void LuTestSuiteHeapTracker::dispatchOrDefer(const SOperation& operation) noexcept
 {
     if (s_trackerState.forks.AreUnderWay())
     {
-        s_trackerState.forks.PutDown(operation);
+        s_trackerState.forks.Defer(operation);
         return;
     }
     dispatch(operation);

@@ -21,17 +21,17 @@ public:
 
     /// True in a child that has not started over. By its number, and so not in one whose number is its parent's, as two
     /// name spaces of numbers allow.
-    bool IsInChild() const noexcept { return AreUnderWay() && LbOs::GetProcessNumber() != m_process; }
+    bool IsInChild() const noexcept { return AreUnderWay() && LbOs::GetProcessId() != m_process; }
 
     void Begin() noexcept
     {
-        m_process = LbOs::GetProcessNumber();
+        m_process = LbOs::GetProcessId();
         ++m_count;
     }
     /// True for the last one.
     bool End() noexcept { return --m_count == 0; }
 
-    void PutDown(const SOperation& operation) noexcept { m_operations.Append(operation); }
+    void Defer(const SOperation& operation) noexcept { m_operations.Append(operation); }
     void Replay(void (*function)(const SOperation& operation) noexcept) noexcept { m_operations.Replay(function); }
 
     /// In a child, which has none of these forks. What was put down may be half written.

@@ -59,7 +59,7 @@ SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap&
 }
 
 CCaseRunner::CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
-                         const SParams& runParams, const std::function<bool()>& isCanceled, CSpareLanes& spares)
+                         const SParams& runParams, const std::function<bool()>& isCanceled, CSpareChildren& spares)
     : m_unitTests(unitTests), m_cases(cases), m_runParams(runParams), m_isCanceled(isCanceled), m_spares(spares),
       m_external(spares)
 {
@@ -79,7 +79,7 @@ bool CCaseRunner::MakeReadyFor(const SCaseInfo& info)
 /// Of the next few: more processes than for these are not started ahead anyway.
 std::size_t CCaseRunner::countIsolated(std::span<const std::uint32_t> toCome) const
 {
-    const auto next = toCome.first(std::min(toCome.size(), CSpareLanes::GetMost()));
+    const auto next = toCome.first(std::min(toCome.size(), CSpareChildren::GetMost()));
     return static_cast<std::size_t>(std::ranges::count_if(next, [this](std::uint32_t index) {
         const SParams params = getParams(m_cases[index]);
         return params.external && params.isolated;
@@ -126,18 +126,18 @@ void CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, co
 void CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
                              const ToCome& toCome)
 {
-    CExternalLane& lane = m_external.Obtain(params.isolated);
-    if (!WriteRequest(*lane.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
+    CChildChannel& channel = m_external.Obtain(params.isolated);
+    if (!WriteRequest(*channel.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
     {
         return;
     }
-    lane.Ask();
+    channel.Ask();
     if (params.isolated)
     {
         m_spares.Start([this, &toCome] { return countIsolated(toCome()); });
     }
-    info.processIndex = lane.WaitForAnswer(params.timeOutSec, m_isCanceled);
-    readAnswer(*lane.GetBuffer().GetReadAccess(), info);
+    info.processIndex = channel.WaitForAnswer(params.timeOutSec, m_isCanceled);
+    readAnswer(*channel.GetBuffer().GetReadAccess(), info);
 }
 
 } // namespace LuTestSuiteRun

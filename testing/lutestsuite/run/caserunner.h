@@ -29,7 +29,7 @@ class CCaseRunner : public INonCopyable
 public:
     /// The arguments are the caller's and outlive the runner.
     CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
-                const SParams& runParams, const std::function<bool()>& isCanceled, CSpareLanes& spares);
+                const SParams& runParams, const std::function<bool()>& isCanceled, CSpareChildren& spares);
 
     /// Runs the case and fills its record. A case that cannot be asked for (a name too long) and a canceled one keep
     /// their record as it is. `toCome` gives the indices of the cases that will be run next, by whatever thread:
@@ -57,7 +57,7 @@ private:
     const std::vector<SCaseInfo>& m_cases;
     const SParams& m_runParams;
     const std::function<bool()>& m_isCanceled;
-    CSpareLanes& m_spares;
+    CSpareChildren& m_spares;
     std::optional<CHeapWorkBuffer> m_buffer;
     CExternalContext m_external;
 };

@@ -9,7 +9,7 @@
 #include "base/os/process.h"
 #include "base/os/processors.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
-#include "testing/lutestsuite/run/children/externallane.h"
+#include "testing/lutestsuite/run/children/childchannel.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 #include "testing/lutestsuite/run/executor.h"
 #include "testing/lutestsuite/run/preparation.h"

@@ -73,11 +73,11 @@ public:
     }
 
     /// A test that forks has its case twice. By the time the copy writes the buffer may be another case's.
-    bool IsInCopy() const { return LbOs::GetProcessNumber() != m_process; }
+    bool IsInCopy() const { return LbOs::GetProcessId() != m_process; }
 
 private:
     SWorkBuffer& m_buffer;
-    unsigned long m_process = LbOs::GetProcessNumber();
+    unsigned long m_process = LbOs::GetProcessId();
     bool m_isFull = false;
 };
 

@@ -50,7 +50,7 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
     }
     const std::wstring debugRoot =
         LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput) + LbDateTime::FormatNow(L"Y-m-d H.i.s");
-    CSpareLanes spares(childSettings);
+    CSpareChildren spares(childSettings);
     CCaseRunner runner(unitTests, cases, setup.params, setup.checkCallback, spares);
     CCaseLines lines(unitTests, setup.params);
     std::span<const std::uint32_t> toCome = list;

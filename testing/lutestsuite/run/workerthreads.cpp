@@ -69,7 +69,7 @@ public:
         bool hasFailed = false;           ///< one has ended by an exception
     };
 
-    SProgress Look();
+    SProgress Poll();
 
     std::size_t GetCount() const noexcept { return m_list.size(); }
     void RethrowFailure() const;
@@ -192,7 +192,7 @@ void CWork::RemoveWorker(std::exception_ptr failure)
     }
 }
 
-CWork::SProgress CWork::Look()
+CWork::SProgress CWork::Poll()
 {
     const LbCriticalSectionLock lock(m_finishedLock);
     return {std::exchange(m_finished, {}), m_workers == 0, m_failure != nullptr};
@@ -212,7 +212,7 @@ struct SRunContext
     const UnitTests& unitTests;
     const SParams& params;
     const std::vector<SCaseInfo>& cases;
-    CSpareLanes& spares;
+    CSpareChildren& spares;
 };
 
 /// Runs cases until none is left. Ends with its object at the latest.
@@ -367,7 +367,7 @@ void printFinished(const LuTestSuiteSetup& setup, const UnitTests& unitTests, CW
     while (printed < work.GetCount())
     {
         std::this_thread::sleep_for(c_LookInterval);
-        const CWork::SProgress progress = work.Look();
+        const CWork::SProgress progress = work.Poll();
         for (SCaseInfo* const info : progress.finished)
         {
             if (work.IsCanceled())
@@ -409,7 +409,7 @@ void ExecuteInParallel(const LuTestSuiteSetup& setup, const UnitTests& unitTests
         return;
     }
     CWork work(list, cases, setup.checkCallback);
-    CSpareLanes spares(childSettings);
+    CSpareChildren spares(childSettings);
     const SRunContext context = {unitTests, setup.params, cases, spares};
     {
         const CWorkers workers(GetWorkerCount(setup.params.workerThreads), work, context);

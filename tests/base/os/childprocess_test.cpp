@@ -388,13 +388,13 @@ TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
     EXPECT_EQ(std::system(LbEncoding::ToNative(command).c_str()), 0);
 }
 
-TEST(OsChildProcess, OutlivesItsObjectWhenLetGo)
+TEST(OsChildProcess, OutlivesItsObjectWhenDetached)
 {
     CProbeLine line;
     {
         const auto child = StartProbe(L"answer " + line.GetName());
         ASSERT_NE(child, nullptr);
-        child->LetGo();
+        child->Detach();
     }
 
     EXPECT_TRUE(line.IsAlive());
@@ -402,14 +402,14 @@ TEST(OsChildProcess, OutlivesItsObjectWhenLetGo)
     EXPECT_TRUE(line.WaitGone());
 }
 
-TEST(OsChildProcess, CanBeTerminatedAfterItWasLetGo)
+TEST(OsChildProcess, CanBeTerminatedAfterItWasDetached)
 {
     CProbeLine line;
     const auto child = StartProbe(L"parent " + line.GetName());
     ASSERT_NE(child, nullptr);
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
-    child->LetGo();
+    child->Detach();
 
     child->Terminate();
 

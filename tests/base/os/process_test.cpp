@@ -110,8 +110,8 @@ TEST(OsProcess, RefusesAStackThatNoSystemHas)
 
 TEST(OsProcess, HasANumber)
 {
-    EXPECT_NE(LbOs::GetProcessNumber(), 0U);
-    EXPECT_EQ(LbOs::GetProcessNumber(), LbOs::GetProcessNumber());
+    EXPECT_NE(LbOs::GetProcessId(), 0U);
+    EXPECT_EQ(LbOs::GetProcessId(), LbOs::GetProcessId());
 }
 
 TEST(OsProcessDeathTest, EndsWithoutADebugger)

@@ -14,7 +14,7 @@ namespace
 {
 
 /// What processes are left when they meet.
-std::uint32_t getMeeting()
+std::uint32_t getSharing()
 {
     return LbPath::c_Separator == L'\\' ? LbOs::CountOwnProcessors() : 1;
 }
@@ -40,7 +40,7 @@ std::optional<std::int64_t> getCountOf(const std::wstring& command)
 TEST(OsThreadProcessors, LeaveTheThreadOneUntilTheyAreRestored)
 {
     const std::uint32_t all = LbOs::CountOwnProcessors();
-    const std::uint32_t meeting = getMeeting();
+    const std::uint32_t meeting = getSharing();
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
     LbOs::CThreadProcessors processors;
@@ -55,7 +55,7 @@ TEST(OsThreadProcessors, LeaveTheThreadOneUntilTheyAreRestored)
 
 TEST(OsThreadProcessors, BringTheChildThere)
 {
-    EXPECT_EQ(getCountOf(L"brought"), getMeeting());
+    EXPECT_EQ(getCountOf(L"brought"), getSharing());
 }
 
 TEST(OsThreadProcessors, FreeTheChildAgain)
@@ -65,7 +65,7 @@ TEST(OsThreadProcessors, FreeTheChildAgain)
 
 TEST(OsThreadProcessors, AreRestoredOnce)
 {
-    const std::uint32_t meeting = getMeeting();
+    const std::uint32_t meeting = getSharing();
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
     LbOs::CThreadProcessors all;

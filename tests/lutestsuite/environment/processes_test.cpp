@@ -327,7 +327,7 @@ TEST(OsProcesses, HoldThePresentOne)
 {
     const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
 
-    const auto own = std::ranges::find(processes, LbOs::GetProcessNumber(), &LbOs::SProcess::number);
+    const auto own = std::ranges::find(processes, LbOs::GetProcessId(), &LbOs::SProcess::number);
     ASSERT_NE(own, processes.end());
     EXPECT_EQ(own->executableName, LbPath::GetLastComponent(LbOs::GetExecutablePath()));
     EXPECT_EQ(LbOs::GetProcessExecutableName(own->number), own->executableName);

@@ -91,7 +91,7 @@ TEST_F(CPatchEngineThreads, ThreadThatCannotBeStoppedLeavesAllAsItWas)
     EXPECT_EQ(patch(m_returnsOne.Get()), canStop ? EPatchStatus::Success : EPatchStatus::NotProtectable);
     EXPECT_EQ(m_returnsOne.Call(), canStop ? c_Detoured : 1);
     EXPECT_EQ(m_engine.EnableAll(), canStop ? EPatchStatus::Success : EPatchStatus::NotProtectable);
-    thread.LetGo();
+    thread.Release();
     EXPECT_EQ(m_engine.EnableAll(), EPatchStatus::Success);
     EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
 }
@@ -104,7 +104,7 @@ TEST_F(CPatchEngineThreads, ShutDownThatCannotStopAThreadKeepsAllAndIsRepeated)
     EXPECT_EQ(m_engine.ShutDown(), canStop ? EPatchStatus::Success : EPatchStatus::NotProtectable);
     EXPECT_EQ(m_returnsOne.Call(), canStop ? 1 : c_Detoured);
     EXPECT_EQ(CodePages::Call(m_trampoline), 1);
-    thread.LetGo();
+    thread.Release();
     EXPECT_EQ(m_engine.ShutDown(), canStop ? EPatchStatus::NotInitialized : EPatchStatus::Success);
     EXPECT_EQ(m_returnsOne.Call(), 1);
 }
@@ -125,7 +125,7 @@ TEST_F(CPatchEngineThreads, ThreadGoesBackIntoATrampolineThatIsNoMore)
     s_interrupted = m_trampoline;
     StuckThread thread([] { s_interruptedResult = CodePages::Call(s_interrupted); }, false);
     EXPECT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
-    thread.LetGo();
+    thread.Release();
     EXPECT_EQ(s_interruptedResult, 5);
 }
 

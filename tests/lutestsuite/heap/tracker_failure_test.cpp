@@ -65,7 +65,7 @@ TEST_F(LuTestSuiteHeapTrackerFailure, ThreadThatCannotBeStoppedPutsTrackingOff)
     s_free(s_malloc(100));
     EXPECT_EQ(getOperationCount(tracker), canStop ? 2U : 0U);
     tracker.Deactivate();
-    thread.LetGo();
+    thread.Release();
     tracker.Activate();
     tracker.Initialize();
     s_free(s_malloc(100));

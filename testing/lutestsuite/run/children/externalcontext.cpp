@@ -8,22 +8,22 @@
 namespace LuTestSuiteRun
 {
 
-std::size_t CSpareLanes::GetMost()
+std::size_t CSpareChildren::GetMost()
 {
     return LuTestSuiteUtils::GetDefaultThreadCount();
 }
 
 /// A spare that no case has taken for long has left.
-void CSpareLanes::dropEnded()
+void CSpareChildren::dropEnded()
 {
-    std::erase_if(m_lanes, [](const std::unique_ptr<CExternalLane>& lane) { return !lane->IsChildRunning(); });
+    std::erase_if(m_channels, [](const std::unique_ptr<CChildChannel>& channel) { return !channel->IsChildRunning(); });
 }
 
-bool CSpareLanes::takePlace(const std::function<std::size_t()>& count)
+bool CSpareChildren::takePlace(const std::function<std::size_t()>& count)
 {
     const std::lock_guard lock(m_mutex);
     dropEnded();
-    if (m_lanes.size() + m_starting >= std::min(count(), GetMost()))
+    if (m_channels.size() + m_starting >= std::min(count(), GetMost()))
     {
         return false;
     }
@@ -32,14 +32,14 @@ bool CSpareLanes::takePlace(const std::function<std::size_t()>& count)
 }
 
 /// Null when something is missing for it.
-std::unique_ptr<CExternalLane> CSpareLanes::start() const
+std::unique_ptr<CChildChannel> CSpareChildren::start() const
 {
     try
     {
-        auto lane = std::make_unique<CExternalLane>(m_settings);
-        const bool isReady = lane->MakeReady();
-        lane->BeSpare();
-        return isReady ? std::move(lane) : nullptr;
+        auto channel = std::make_unique<CChildChannel>(m_settings);
+        const bool isReady = channel->MakeReady();
+        channel->BeSpare();
+        return isReady ? std::move(channel) : nullptr;
     }
     catch (...)
     {
@@ -48,71 +48,71 @@ std::unique_ptr<CExternalLane> CSpareLanes::start() const
     }
 }
 
-void CSpareLanes::Start(const std::function<std::size_t()>& count)
+void CSpareChildren::Start(const std::function<std::size_t()>& count)
 {
     constexpr int c_AtATime = 2;
     for (int started = 0; started < c_AtATime && takePlace(count); ++started)
     {
-        std::unique_ptr<CExternalLane> lane = start();
+        std::unique_ptr<CChildChannel> channel = start();
         const std::lock_guard lock(m_mutex);
         --m_starting;
         m_started.notify_all();
-        if (!lane)
+        if (!channel)
         {
             return;
         }
-        m_lanes.push_back(std::move(lane));
+        m_channels.push_back(std::move(channel));
     }
 }
 
-std::unique_ptr<CExternalLane> CSpareLanes::Take()
+std::unique_ptr<CChildChannel> CSpareChildren::Take()
 {
     std::unique_lock lock(m_mutex);
     // To start another one would take as long.
     m_started.wait(lock, [this] {
         dropEnded();
-        return !m_lanes.empty() || m_starting == 0;
+        return !m_channels.empty() || m_starting == 0;
     });
-    if (m_lanes.empty())
+    if (m_channels.empty())
     {
         return nullptr;
     }
-    std::unique_ptr<CExternalLane> lane = std::move(m_lanes.front());
-    m_lanes.erase(m_lanes.begin());
-    return lane;
+    std::unique_ptr<CChildChannel> channel = std::move(m_channels.front());
+    m_channels.erase(m_channels.begin());
+    return channel;
 }
 
-void CExternalContext::assertLane(bool isIsolated)
+void CExternalContext::ensureChannel(bool isIsolated)
 {
-    if (isLaneFor(isIsolated))
+    if (isChannelFor(isIsolated))
     {
         return;
     }
-    m_lane.reset();
+    m_channel.reset();
     if (isIsolated)
     {
-        m_lane = m_spares.Take();
+        m_channel = m_spares.Take();
     }
-    if (!m_lane)
+    if (!m_channel)
     {
-        m_lane = std::make_unique<CExternalLane>(m_spares.GetSettings());
+        m_channel = std::make_unique<CChildChannel>(m_spares.GetSettings());
     }
     m_use = EUse::None;
 }
 
 bool CExternalContext::MakeReady(bool isIsolated)
 {
-    assertLane(isIsolated);
-    return m_lane->MakeReady();
+    ensureChannel(isIsolated);
+    return m_channel->MakeReady();
 }
 
-CExternalLane& CExternalContext::Obtain(bool isIsolated)
+CChildChannel& CExternalContext::Obtain(bool isIsolated)
 {
-    assertLane(isIsolated);
+    ensureChannel(isIsolated);
     m_use = isIsolated ? EUse::Isolated : EUse::Shared;
-    m_lane->AssertChild();
-    m_lane->AssertProcessIndex();
-    return *m_lane;
+    m_channel->EnsureChild();
+    m_channel->EnsureProcessIndex();
+    return *m_channel;
 }
 
 } // namespace LuTestSuiteRun

@@ -9,18 +9,18 @@
 #include <vector>
 
 #include "base/inoncopyable.h"
-#include "testing/lutestsuite/run/children/externallane.h"
+#include "testing/lutestsuite/run/children/childchannel.h"
 
 namespace LuTestSuiteRun
 {
 
-/// Lanes with children that were started ahead, for the isolated cases of all threads of a run, so that these need not
-/// wait for the start. Any thread.
-class CSpareLanes : public INonCopyable
+/// Channels with children that were started ahead, for the isolated cases of all threads of a run, so that these need
+/// not wait for the start. Any thread.
+class CSpareChildren : public INonCopyable
 {
 public:
     /// The settings are the caller's and outlive the object.
-    explicit CSpareLanes(const SChildSettings& settings) : m_settings(settings) {}
+    explicit CSpareChildren(const SChildSettings& settings) : m_settings(settings) {}
 
     const SChildSettings& GetSettings() const { return m_settings; }
 
@@ -33,35 +33,35 @@ public:
     void Start(const std::function<std::size_t()>& count);
 
     /// One that nobody has used, also when it is being started just now; null when there is none.
-    std::unique_ptr<CExternalLane> Take();
+    std::unique_ptr<CChildChannel> Take();
 
 private:
     void dropEnded();
     bool takePlace(const std::function<std::size_t()>& count);
-    std::unique_ptr<CExternalLane> start() const;
+    std::unique_ptr<CChildChannel> start() const;
 
     const SChildSettings& m_settings;
     std::mutex m_mutex; ///< of all below
     std::condition_variable m_started;
-    std::vector<std::unique_ptr<CExternalLane>> m_lanes;
+    std::vector<std::unique_ptr<CChildChannel>> m_channels;
     std::size_t m_starting = 0;
 };
 
-/// The lane of one executing thread.
+/// The channel of one executing thread.
 class CExternalContext : public INonCopyable
 {
 public:
-    explicit CExternalContext(CSpareLanes& spares) : m_spares(spares) {}
+    explicit CExternalContext(CSpareChildren& spares) : m_spares(spares) {}
 
-    /// Gets the next lane ready with its child; false without a child. Throws LbException.
+    /// Gets the next channel ready with its child; false without a child. Throws LbException.
     bool MakeReady(bool isIsolated);
 
-    /// Gives the lane back.
-    void Release() { m_lane.reset(); }
+    /// Gives the channel back.
+    void Release() { m_channel.reset(); }
 
-    /// The lane for the next case, with a child if one can be started; for an isolated case, one that nobody
+    /// The channel for the next case, with a child if one can be started; for an isolated case, one that nobody
     /// has used or will use. Throws LbException.
-    CExternalLane& Obtain(bool isIsolated);
+    CChildChannel& Obtain(bool isIsolated);
 
 private:
     enum class EUse
@@ -71,15 +71,15 @@ private:
         Isolated ///< an isolated case has it: it is no other's
     };
 
-    bool isLaneFor(bool isIsolated) const
+    bool isChannelFor(bool isIsolated) const
     {
-        return m_lane && (m_use == EUse::None || (m_use == EUse::Shared && !isIsolated));
+        return m_channel && (m_use == EUse::None || (m_use == EUse::Shared && !isIsolated));
     }
 
-    void assertLane(bool isIsolated);
+    void ensureChannel(bool isIsolated);
 
-    CSpareLanes& m_spares;
-    std::unique_ptr<CExternalLane> m_lane;
+    CSpareChildren& m_spares;
+    std::unique_ptr<CChildChannel> m_channel;
     EUse m_use = EUse::None;
 };
 

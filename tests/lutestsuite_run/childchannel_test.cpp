@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/run/children/externallane.h"
+#include "testing/lutestsuite/run/children/childchannel.h"
 
 #include <string>
 
@@ -65,49 +65,49 @@ constexpr std::uint64_t c_Slow = 60'000;
 
 TEST(Meetings, AreForShortAnswersThatTookTheirTime)
 {
-    LuTestSuiteRun::CMeetings meetings;
-    EXPECT_FALSE(meetings.IsNext());
+    LuTestSuiteRun::CProcessorSharing sharing;
+    EXPECT_FALSE(sharing.IsNext());
 
-    meetings.Learn(LuTestSuiteRun::CMeetings::sc_uiQuick);
-    EXPECT_FALSE(meetings.IsNext());
+    sharing.Learn(LuTestSuiteRun::CProcessorSharing::sc_uiQuick);
+    EXPECT_FALSE(sharing.IsNext());
 
-    meetings.Learn(LuTestSuiteRun::CMeetings::sc_uiLong);
-    EXPECT_FALSE(meetings.IsNext());
+    sharing.Learn(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
+    EXPECT_FALSE(sharing.IsNext());
 
-    meetings.Learn(c_Slow);
-    EXPECT_TRUE(meetings.IsNext());
+    sharing.Learn(c_Slow);
+    EXPECT_TRUE(sharing.IsNext());
 }
 
 TEST(Meetings, EndWithALongCase)
 {
-    LuTestSuiteRun::CMeetings meetings;
-    meetings.Learn(c_Slow);
+    LuTestSuiteRun::CProcessorSharing sharing;
+    sharing.Learn(c_Slow);
 
-    meetings.Learn(LuTestSuiteRun::CMeetings::sc_uiLong);
+    sharing.Learn(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
 
-    EXPECT_FALSE(meetings.IsNext());
+    EXPECT_FALSE(sharing.IsNext());
 }
 
 TEST(Meetings, EndWithTheChild)
 {
-    LuTestSuiteRun::CMeetings meetings;
-    meetings.Learn(c_Slow);
+    LuTestSuiteRun::CProcessorSharing sharing;
+    sharing.Learn(c_Slow);
 
-    meetings.Forget();
+    sharing.Forget();
 
-    EXPECT_FALSE(meetings.IsNext());
+    EXPECT_FALSE(sharing.IsNext());
 }
 
 TEST(Meetings, AreLeftOutNowAndThen)
 {
-    LuTestSuiteRun::CMeetings meetings;
-    meetings.Learn(c_Slow);
-    for (std::uint32_t meeting = 0; meeting < LuTestSuiteRun::CMeetings::sc_uiInARow; ++meeting)
+    LuTestSuiteRun::CProcessorSharing sharing;
+    sharing.Learn(c_Slow);
+    for (std::uint32_t meeting = 0; meeting < LuTestSuiteRun::CProcessorSharing::sc_uiInARow; ++meeting)
     {
-        EXPECT_TRUE(meetings.IsNext());
-        meetings.Learn(0);
+        EXPECT_TRUE(sharing.IsNext());
+        sharing.Learn(0);
     }
-    EXPECT_FALSE(meetings.IsNext());
+    EXPECT_FALSE(sharing.IsNext());
 }
 
 } // namespace

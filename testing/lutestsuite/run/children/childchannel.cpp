@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/run/children/externallane.h"
+#include "testing/lutestsuite/run/children/childchannel.h"
 
 #include <atomic>
 #include <utility>
@@ -43,8 +43,8 @@ struct SRestored
     ~SRestored() { processors.Restore(); }
 };
 
-/// Lanes of all threads.
-std::atomic<std::uint32_t> s_laneCount = 0;
+/// Channels of all threads.
+std::atomic<std::uint32_t> s_channelCount = 0;
 
 } // namespace
 
@@ -69,7 +69,7 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
     return line;
 }
 
-void CMeetings::Learn(std::uint64_t nanoseconds)
+void CProcessorSharing::Learn(std::uint64_t nanoseconds)
 {
     const bool isLong = nanoseconds >= sc_uiLong;
     if (IsNext())
@@ -82,26 +82,26 @@ void CMeetings::Learn(std::uint64_t nanoseconds)
     }
 }
 
-CExternalLane::CRoom::CRoom()
+CChildChannel::CFileQuota::CFileQuota()
 {
-    constexpr std::uint64_t c_FilesPerLane = 8; // More than stay open.
-    constexpr std::uint64_t c_OtherFiles = 256; // Of the cases of this process, among others.
-    LbOs::AssertOpenFiles(++s_laneCount * c_FilesPerLane + c_OtherFiles);
+    constexpr std::uint64_t c_FilesPerChannel = 8; // More than stay open.
+    constexpr std::uint64_t c_OtherFiles = 256;    // Of the cases of this process, among others.
+    LbOs::EnsureOpenFiles(++s_channelCount * c_FilesPerChannel + c_OtherFiles);
 }
 
-CExternalLane::CRoom::~CRoom()
+CChildChannel::CFileQuota::~CFileQuota()
 {
-    --s_laneCount;
+    --s_channelCount;
 }
 
-CExternalLane::CExternalLane(const SChildSettings& settings)
+CChildChannel::CChildChannel(const SChildSettings& settings)
     : m_settings(settings), m_buffer(LbUniqueId::Generate(), CSharedMemoryWorkBuffer::eO_Create),
       m_requestEventId(LbUniqueId::Generate()), m_responseEventId(LbUniqueId::Generate()),
       m_request(createEvent(m_requestEventId)), m_response(createEvent(m_responseEventId))
 {
 }
 
-void CExternalLane::startChild()
+void CChildChannel::startChild()
 {
     // What a child before this one has left behind is none of the new one's business.
     m_child.reset();
@@ -116,11 +116,11 @@ void CExternalLane::startChild()
     m_child = LbOs::CChildProcess::Start(options);
     m_processIndex = sc_iNone;
     m_isSpare = m_hasAnswered = false;
-    m_meetings.Forget();
+    m_sharing.Forget();
     m_idle.Restart();
 }
 
-void CExternalLane::AssertChild()
+void CChildChannel::EnsureChild()
 {
     if (!m_child)
     {
@@ -128,16 +128,16 @@ void CExternalLane::AssertChild()
     }
 }
 
-bool CExternalLane::MakeReady()
+bool CChildChannel::MakeReady()
 {
-    AssertChild();
+    EnsureChild();
     // Opened now, since that may fail, too.
     m_buffer.GetWriteAccess();
     m_buffer.GetReadAccess();
     return HasChild();
 }
 
-bool CExternalLane::isNotTaken(EEnd end)
+bool CChildChannel::isNotTaken(EEnd end)
 {
     // Whatever a child that leaves comes to grief with is what the cases before have left in it; a spare's start may
     // have failed for lack of what the case that was under way then has given back since.
@@ -145,16 +145,16 @@ bool CExternalLane::isNotTaken(EEnd end)
     return end == EEnd::NotTaken || (hasLeft && m_request->Reset());
 }
 
-void CExternalLane::replaceChild()
+void CChildChannel::replaceChild()
 {
     // Indices count what cases were given: in place of a child that no case has used they get one of the same index.
     const std::int32_t unused = m_hasAnswered ? sc_iNone : m_processIndex;
     startChild();
     m_processIndex = m_child ? unused : sc_iNone;
-    AssertProcessIndex();
+    EnsureProcessIndex();
 }
 
-void CExternalLane::AssertProcessIndex()
+void CChildChannel::EnsureProcessIndex()
 {
     static std::atomic<std::int32_t> s_nextProcessIndex = 0;
     if (m_child && m_processIndex == sc_iNone)
@@ -163,7 +163,7 @@ void CExternalLane::AssertProcessIndex()
     }
 }
 
-void CExternalLane::Ask()
+void CChildChannel::Ask()
 {
     if (!m_child)
     {
@@ -173,7 +173,7 @@ void CExternalLane::Ask()
     m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     // A test may have made an answer of its own, which is none to this request.
     m_response->Reset();
-    if (m_meetings.IsNext())
+    if (m_sharing.IsNext())
     {
         m_processors.Read();
         m_processors.MeetWith(*m_child);
@@ -182,7 +182,7 @@ void CExternalLane::Ask()
     m_request->Set();
 }
 
-std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
+std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
     if (!m_child)
     {
@@ -196,7 +196,7 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
         end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
     }
     m_hasAnswered = end == EEnd::Answered;
-    m_meetings.Learn(m_timer.GetElapsed());
+    m_sharing.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
     if (end != EEnd::Answered)
@@ -215,13 +215,13 @@ std::int32_t CExternalLane::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     return processIndex;
 }
 
-LbOs::EEventWait CExternalLane::waitOnce(std::uint32_t milliseconds)
+LbOs::EEventWait CChildChannel::waitOnce(std::uint32_t milliseconds)
 {
     const SRestored restored{m_processors};
     return m_response->Wait(milliseconds, m_child.get());
 }
 
-CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
+CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
     constexpr std::uint32_t c_SliceMilliseconds = 1000;
@@ -257,7 +257,7 @@ CExternalLane::EEnd CExternalLane::wait(std::uint32_t timeOutSec, const std::fun
     }
 }
 
-void CExternalLane::writeResult(ECaseRunResult result)
+void CChildChannel::writeResult(ECaseRunResult result)
 {
     m_buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
 }

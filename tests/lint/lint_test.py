@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Feeds scripts/check-house small trees, good and bad, and looks at what it says."""
+"""Feeds scripts/lint small trees, good and bad, and looks at what it says."""
 
 import pathlib
 import subprocess
@@ -7,10 +7,10 @@ import sys
 import tempfile
 import unittest
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "check-house"
+SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "lint"
 
 
-class CheckHouse(unittest.TestCase):
+class Lint(unittest.TestCase):
     def breaches(self, check, files):
         """The lines that the check prints for a tree of these files; without them the status must be 0."""
         with tempfile.TemporaryDirectory() as folder:
@@ -22,7 +22,7 @@ class CheckHouse(unittest.TestCase):
                 [sys.executable, str(SCRIPT), "--root", folder, check], capture_output=True, text=True, check=False
             )
         self.assertEqual("", result.stderr)
-        lines = [line for line in result.stdout.splitlines() if not line.startswith("check-house:")]
+        lines = [line for line in result.stdout.splitlines() if not line.startswith("lint:")]
         self.assertEqual(1 if lines else 0, result.returncode)
         return lines
 
@@ -36,59 +36,61 @@ class CheckHouse(unittest.TestCase):
         self.assertEqual([], self.breaches(check, files))
 
 
-class Seam(CheckHouse):
-    def test_platform_switch_above_the_seam(self):
-        self.assert_breach("seam", {"base/a.cpp": "\n#ifdef _WIN32\n#endif\n"}, "base/a.cpp:2", "_WIN32")
-        self.assert_breach("seam", {"testing/a.cpp": "#if defined(__linux__)\n#endif\n"}, "__linux__")
-        self.assert_breach("seam", {"tests/a.cpp": "#ifdef __MINGW32__\n#endif\n"}, "__MINGW32__")
+class Platform(Lint):
+    def test_platform_switch_above_the_platform_layer(self):
+        self.assert_breach("platform", {"base/a.cpp": "\n#ifdef _WIN32\n#endif\n"}, "base/a.cpp:2", "_WIN32")
+        self.assert_breach("platform", {"testing/a.cpp": "#if defined(__linux__)\n#endif\n"}, "__linux__")
+        self.assert_breach("platform", {"tests/a.cpp": "#ifdef __MINGW32__\n#endif\n"}, "__MINGW32__")
 
-    def test_platform_header_above_the_seam(self):
+    def test_platform_header_above_the_platform_layer(self):
         for header in ("windows.h", "Windows.h", "unistd.h", "sys/stat.h", "dlfcn.h", "pthread.h", "tlhelp32.h"):
-            self.assert_breach("seam", {"base/a.cpp": f"#include <{header}>\n"}, header)
+            self.assert_breach("platform", {"base/a.cpp": f"#include <{header}>\n"}, header)
 
-    def test_platform_code_in_the_seam_is_clean(self):
-        self.assert_clean("seam", {"base/os/a_linux.cpp": "#include <unistd.h>\n#ifdef __linux__\n#endif\n"})
+    def test_platform_code_in_the_platform_layer_is_clean(self):
+        self.assert_clean("platform", {"base/os/a_linux.cpp": "#include <unistd.h>\n#ifdef __linux__\n#endif\n"})
 
     def test_words_in_comments_and_texts_are_clean(self):
-        self.assert_clean("seam", {"base/a.cpp": '// not _WIN32\n/* __linux__\n */ auto a = "_WIN32";\n'})
+        self.assert_clean("platform", {"base/a.cpp": '// not _WIN32\n/* __linux__\n */ auto a = "_WIN32";\n'})
 
     def test_one_header_includes_windows(self):
         header = "#include <windows.h>\n"
-        self.assert_clean("seam", {"base/os/a.h": header})
-        self.assert_breach("seam", {"base/os/a.h": header, "base/os/b.h": header}, "more than one")
-        self.assert_breach("seam", {"base/os/a_windows.cpp": header}, "a_windows.cpp:1")
+        self.assert_clean("platform", {"base/os/a.h": header})
+        self.assert_breach("platform", {"base/os/a.h": header, "base/os/b.h": header}, "more than one")
+        self.assert_breach("platform", {"base/os/a_windows.cpp": header}, "a_windows.cpp:1")
 
     def test_waits_that_one_platform_gets_wrong(self):
-        self.assert_breach("seam", {"tests/a.cpp": "std::latch end(1);\n"}, "std::latch")
+        self.assert_breach("platform", {"tests/a.cpp": "std::latch end(1);\n"}, "std::latch")
 
 
-class Floors(CheckHouse):
+class Layers(Lint):
     def test_upward_include(self):
         pairs = [
             ("base/a.cpp", "testing/lutestsuite/lutestsuiteout.h"),
             ("base/os/a.h", "base/b.h"),
-            ("testing/lutestsuite/lutestsuitesetup.h", "testing/lutestsuite/utils/a.h"),
-            ("testing/lutestsuite/utils/a.cpp", "testing/lutestsuite/run/a.h"),
-            ("testing/lutestsuite/run/a.cpp", "testing/lutestsuite/report/a.h"),
-            ("testing/lutestsuite/report/a.cpp", "testing/lutestsuitecli/a.h"),
+            ("testing/lutestsuite/lutestsuitesetup.h", "testing/lutestsuite/settings/a.h"),
+            ("testing/lutestsuite/settings/a.cpp", "testing/lutestsuite/selection/a.h"),
+            ("testing/lutestsuite/selection/a.cpp", "testing/lutestsuite/run/a.h"),
+            ("testing/lutestsuite/report/a.cpp", "testing/lutestsuite/run/a.h"),
+            ("testing/lutestsuite/run/children/a.cpp", "testing/lutestsuite/run/a.h"),
+            ("testing/lutestsuite/modes/a.cpp", "testing/lutestsuitecli/a.h"),
         ]
         for upper, lower in pairs:
             with self.subTest(upper):
                 files = {upper: f'#include "{lower}"\n', lower: "#pragma once\n"}
-                self.assert_breach("floors", files, upper, lower)
-                self.assert_clean("floors", {lower: f'#include "{upper}"\n', upper: "#pragma once\n"})
+                self.assert_breach("layers", files, upper, lower)
+                self.assert_clean("layers", {lower: f'#include "{upper}"\n', upper: "#pragma once\n"})
 
     def test_include_of_tests(self):
-        self.assert_breach("floors", {"base/a.cpp": '#include "tests/b.h"\n'}, "tests/b.h")
+        self.assert_breach("layers", {"base/a.cpp": '#include "tests/b.h"\n'}, "tests/b.h")
 
     def test_missing_header(self):
-        self.assert_breach("floors", {"base/a.cpp": '#include "base/b.h"\n'}, "does not exist")
+        self.assert_breach("layers", {"base/a.cpp": '#include "base/b.h"\n'}, "does not exist")
 
-    def test_unknown_room(self):
-        self.assert_breach("floors", {"testing/lutestsuite/cellar/a.h": "#pragma once\n"}, "no floor")
+    def test_unknown_folder(self):
+        self.assert_breach("layers", {"testing/lutestsuite/cellar/a.h": "#pragma once\n"}, "no layer")
 
 
-class Sizes(CheckHouse):
+class Sizes(Lint):
     @staticmethod
     def function(lines, head="int f()"):
         return head + "\n{\n" + "    g();\n" * (lines - 2) + "}\n"
@@ -128,7 +130,7 @@ class Sizes(CheckHouse):
         self.assert_breach("sizes", {"scripts/a": "# " + "a" * 119 + "\n"}, "121 characters")
 
 
-class Text(CheckHouse):
+class Text(Lint):
     def test_encoding(self):
         self.assert_clean("text", {"base/a.h": "// äöü\n"})
         self.assert_breach("text", {"base/a.h": b"// \xe4\n"}, "not UTF-8")
@@ -158,7 +160,7 @@ class Text(CheckHouse):
         self.assert_clean("text", {"README.md": "particular parts, todo, homework/a\n"})
 
 
-class Headers(CheckHouse):
+class Headers(Lint):
     def test_header_that_needs_another_first(self):
         lines = self.breaches("headers", {"base/a.h": "#pragma once\ninline std::string f() { return {}; }\n"})
         self.assertTrue(lines)

@@ -35,7 +35,7 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
 /// Whether parent and child are to meet on one processor for their next request: only when that spares them something.
 /// A short answer that nevertheless took its time had to wait until another processor was awake. To meet costs some
 /// system calls, so now and then a request goes without, to see whether there is still need.
-class CMeetings
+class CProcessorSharing
 {
 public:
     bool IsNext() const { return m_left > 0; }
@@ -55,16 +55,16 @@ private:
 };
 
 /// A work buffer, two events and the child process at their other end. Used by one thread.
-class CExternalLane : public INonCopyable
+class CChildChannel : public INonCopyable
 {
 public:
     /// Creates the shared objects under fresh names; throws LbException when they cannot be had. The settings are the
     /// caller's and outlive the object.
-    explicit CExternalLane(const SChildSettings& settings);
+    explicit CChildChannel(const SChildSettings& settings);
 
     /// Starts a child unless there is one. Without success there is none. One that has meanwhile left for lack of work
     /// is replaced when it does not answer: to look for it ahead of each case would cost all of them time.
-    void AssertChild();
+    void EnsureChild();
 
     /// The child was started while a case was under way: when it ends before it has taken its first request, it is
     /// replaced.
@@ -74,7 +74,7 @@ public:
     bool MakeReady();
 
     /// Numbers the child, unless it is: those that a case was given, in that order.
-    void AssertProcessIndex();
+    void EnsureProcessIndex();
 
     bool HasChild() const { return m_child != nullptr; }
     bool IsChildRunning() const { return m_child && m_child->IsRunning(); }
@@ -112,16 +112,16 @@ private:
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     void writeResult(ECaseRunResult result);
 
-    /// Counts the lanes of all threads, and makes room for what this one opens.
-    class CRoom : public INonCopyable
+    /// Counts the channels of all threads, and makes room for what this one opens.
+    class CFileQuota : public INonCopyable
     {
     public:
-        CRoom();
-        ~CRoom();
+        CFileQuota();
+        ~CFileQuota();
     };
 
     const SChildSettings& m_settings;
-    CRoom m_room;
+    CFileQuota m_fileQuota;
     CSharedMemoryWorkBuffer m_buffer;
     std::wstring m_requestEventId;
     std::wstring m_responseEventId;
@@ -130,7 +130,7 @@ private:
     std::unique_ptr<LbOs::CChildProcess> m_child;
     std::int32_t m_processIndex = sc_iNone;
     LbOs::CThreadProcessors m_processors; ///< of the thread that asks
-    CMeetings m_meetings;
+    CProcessorSharing m_sharing;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_isSpare = false;
     bool m_hasAnswered = false;

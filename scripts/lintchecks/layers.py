@@ -1,10 +1,10 @@
-"""Includes go down only. The table says on which floor a file stands; the first pattern that fits decides."""
+"""Includes go down only. The table says on which layer a file stands; the first pattern that fits decides."""
 
 import fnmatch
 
 SUITE = "testing/lutestsuite/"
 
-FLOORS = [
+LAYERS = [
     # What the platform layer itself stands on: export marks, how it fails, text conversion, command lines.
     ("base/lbexport.h", 0),
     ("base/lbexception.*", 0),
@@ -37,11 +37,11 @@ FLOORS = [
 ]
 
 
-def floor_of(name):
-    for pattern, floor in FLOORS:
+def layer_of(name):
+    for pattern, layer in LAYERS:
         # A "*" must not reach into a sub-folder, or the public headers would swallow the rooms.
         if fnmatch.fnmatchcase(name, pattern) and name.count("/") == pattern.count("/"):
-            return floor
+            return layer
     return None
 
 
@@ -50,16 +50,16 @@ def check(tree):
     for name in tree.sources():
         if not name.startswith(("base/", "testing/")):
             continue
-        floor = floor_of(name)
-        if floor is None:
-            yield f"{name}: stands on no floor; scripts/house/floors.py must name its room"
+        layer = layer_of(name)
+        if layer is None:
+            yield f"{name}: belongs to no layer; scripts/lintchecks/layers.py must name its folder"
             continue
         for line, included in tree.includes_of(name):
             if included.startswith(("examples/", "tests/", "benchmarks/")):
                 yield f"{name}:{line}: includes {included}, which is not part of the product"
             elif included in known:
-                target = floor_of(included)
-                if target is not None and target > floor:
-                    yield f"{name}:{line}: floor {floor} includes {included} of floor {target}"
+                target = layer_of(included)
+                if target is not None and target > layer:
+                    yield f"{name}:{line}: layer {layer} includes {included} of layer {target}"
             elif included.startswith(("base/", "testing/")):
                 yield f"{name}:{line}: includes {included}, which does not exist"

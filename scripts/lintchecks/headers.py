@@ -28,13 +28,10 @@ def check(tree):
 
 
 def _is_for(tree, name, platform):
-    """Private headers of one side of the seam carry its name. The benchmark library is there for Linux only."""
+    """A header of one side of the platform layer stands in that side's folder. Benchmarks are for Linux only."""
     if platform == "windows" and "#include <benchmark/" in (tree.root / name).read_text(encoding="utf-8"):
         return False
-    *folders, stem = pathlib.PurePosixPath(name).with_suffix("").parts
-    return not name.startswith("base/os/") or not any(
-        other in (stem, *folders) for other in COMPILERS if other != platform
-    )
+    return not any(name.startswith(f"base/os/{other}/") for other in COMPILERS if other != platform)
 
 
 def _compile(tree, platform, compiler, name):

@@ -5,7 +5,7 @@ What one of the platforms does not do right is used on none.
 
 import re
 
-ROOM = ("base/os/", "tests/support/os/")
+FOLDERS = ("base/os/", "tests/support/os/")
 
 SWITCH = re.compile(
     r"\b(_?_?WIN(?:32|64)(?:__)?|__linux(?:__)?|__unix(?:__)?|__APPLE__|__MINGW\w*|__CYGWIN__|_MSC_VER|__GLIBC\w*)\b"
@@ -27,18 +27,18 @@ def check(tree):
     windows_headers = []
     for name in tree.sources():
         for line, included in tree.includes_of(name):
-            if included.lower() == "windows.h" and name.startswith(ROOM):
+            if included.lower() == "windows.h" and name.startswith(FOLDERS):
                 if name.endswith(".h"):
                     windows_headers.append(name)
                 else:
-                    yield f"{name}:{line}: includes <windows.h> itself; take the seam's own header"
-            elif PLATFORM_HEADER.fullmatch(included) and not name.startswith(ROOM):
-                yield f"{name}:{line}: includes <{included}> outside {ROOM[0]}"
-        if not name.startswith(ROOM):
-            yield from _find(tree, name, SWITCH, f"outside {ROOM[0]}")
+                    yield f"{name}:{line}: includes <windows.h> itself; take the header of base/os/windows"
+            elif PLATFORM_HEADER.fullmatch(included) and not name.startswith(FOLDERS):
+                yield f"{name}:{line}: includes <{included}> outside {FOLDERS[0]}"
+        if not name.startswith(FOLDERS):
+            yield from _find(tree, name, SWITCH, f"outside {FOLDERS[0]}")
         yield from _find(tree, name, LOSES_WAKE_UPS, "loses wake-ups on Windows")
     if len(windows_headers) > 1:
-        yield f"{ROOM[0]}: more than one header includes <windows.h>: {', '.join(windows_headers)}"
+        yield f"{FOLDERS[0]}: more than one header includes <windows.h>: {', '.join(windows_headers)}"
 
 
 def _find(tree, name, pattern, reason):
