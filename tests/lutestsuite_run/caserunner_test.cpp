@@ -1,7 +1,6 @@
 #include "testing/lutestsuite/run/caserunner.h"
 
 #include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -29,74 +28,8 @@ namespace
 {
 
 using LuTestSuiteRun::ECaseRunResult;
-using LuTestSuiteRun::GetCaseParams;
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SParams;
-
-TEST(GetCaseParams, AreThoseOfTheRunForACaseThatSaysNothing)
-{
-    SParams run;
-    run.reportMemLeak = false;
-    run.external = run.isolated = run.parallel = true;
-    run.timeOutSec = 7;
-
-    const SParams params = GetCaseParams(run, {});
-
-    EXPECT_FALSE(params.reportMemLeak);
-    EXPECT_TRUE(params.external);
-    EXPECT_TRUE(params.isolated);
-    EXPECT_TRUE(params.parallel);
-    EXPECT_EQ(params.timeOutSec, 7U);
-}
-
-TEST(GetCaseParams, TakeWhatTheCaseSays)
-{
-    const SParams params = GetCaseParams(SParams(), {{L"ReportMemLeak", LbVariant(false)},
-                                                     {L"TimeOutSec", LbVariant(std::uint32_t{12})},
-                                                     {L"External", LbVariant(true)},
-                                                     {L"Isolated", LbVariant(true)},
-                                                     {L"Parallel", LbVariant(true)}});
-
-    EXPECT_FALSE(params.reportMemLeak);
-    EXPECT_EQ(params.timeOutSec, 12U);
-    EXPECT_TRUE(params.external);
-    EXPECT_TRUE(params.isolated);
-    EXPECT_TRUE(params.parallel);
-}
-
-TEST(GetCaseParams, LetACaseSwitchOffWhatTheRunHasOn)
-{
-    SParams run;
-    run.external = run.isolated = run.parallel = true;
-
-    const SParams params = GetCaseParams(
-        run, {{L"External", LbVariant(false)}, {L"Isolated", LbVariant(false)}, {L"Parallel", LbVariant(false)}});
-
-    EXPECT_FALSE(params.external);
-    EXPECT_FALSE(params.isolated);
-    EXPECT_FALSE(params.parallel);
-}
-
-TEST(GetCaseParams, LeaveTheRunsValueWhereTheCaseHasNone)
-{
-    SParams run;
-    run.reportMemLeak = false;
-
-    EXPECT_FALSE(GetCaseParams(run, {{L"ReportMemLeak", LbVariant()}}).reportMemLeak);
-    EXPECT_TRUE(GetCaseParams(SParams(), {{L"ReportMemLeak", LbVariant()}}).reportMemLeak);
-}
-
-TEST(GetCaseParams, DoNotTouchTheOtherParameters)
-{
-    SParams run;
-    run.verbose = true;
-    run.repetitions = 4;
-
-    const SParams params = GetCaseParams(run, {{L"MessageReportMax", LbVariant(std::uint32_t{9})}});
-
-    EXPECT_TRUE(params.verbose);
-    EXPECT_EQ(params.repetitions, 4U);
-}
 
 TEST(WriteRequest, AnswersItselfForAClassNameThatDoesNotFit)
 {
@@ -129,11 +62,12 @@ protected:
         unitTests[0].cases.resize(1);
         unitTests[0].cases[0].name = caseName;
         const std::function<bool()> cancel = [isCanceled] { return isCanceled; };
-        std::vector<SCaseInfo> cases(1);
+        std::vector<SCaseInfo> cases;
+        const LuTestSuiteRun::SPlan plan = LuTestSuiteRun::MakePlan(unitTests, m_params, cases);
         const LuTestSuiteRun::SChildSettings childSettings;
         LuTestSuiteRun::CSpareChildren spares(childSettings);
-        LuTestSuiteRun::CCaseRunner runner(unitTests, cases, m_params, cancel, spares);
-        runner.Run(cases.front(), [] { return std::span<const std::uint32_t>(); });
+        LuTestSuiteRun::CCaseRunner runner(cancel, spares);
+        runner.Run(plan.sequential.front(), [] { return LuTestSuiteRun::PlannedCases(); });
         return cases.front();
     }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "testing/lutestsuite/run/executor.h"
-#include "testing/lutestsuite/settings/parameters.h"
 
 namespace LuTestSuiteRun
 {
@@ -38,75 +37,40 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
     info.messages = LoadMessages(buffer);
 }
 
+/// Of the next few: more processes than for these are not started ahead anyway.
+std::size_t countIsolated(PlannedCases toCome)
+{
+    const PlannedCases next = toCome.first(std::min(toCome.size(), CSpareChildren::GetMost()));
+    return static_cast<std::size_t>(std::ranges::count_if(
+        next, [](const SPlannedCase& planned) { return planned.params.external && planned.params.isolated; }));
+}
+
 } // namespace
 
-bool IsExternal(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters)
+bool CCaseRunner::MakeReadyFor(const SPlannedCase& planned)
 {
-    return LuTestSuite::GetFlag(caseParameters, L"External").value_or(runParams.external);
+    return !planned.params.external || m_external.MakeReady(planned.params.isolated);
 }
 
-SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters)
-{
-    SParams params = runParams;
-    using LuTestSuite::GetFlag;
-    using LuTestSuite::GetNumber;
-    params.reportMemLeak = GetFlag(caseParameters, L"ReportMemLeak").value_or(params.reportMemLeak);
-    params.timeOutSec = GetNumber(caseParameters, L"TimeOutSec").value_or(params.timeOutSec);
-    params.external = IsExternal(runParams, caseParameters);
-    params.isolated = GetFlag(caseParameters, L"Isolated").value_or(params.isolated);
-    params.parallel = GetFlag(caseParameters, L"Parallel").value_or(params.parallel);
-    return params;
-}
-
-CCaseRunner::CCaseRunner(const std::vector<LuTestSuite::SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
-                         const SParams& runParams, const std::function<bool()>& isCanceled, CSpareChildren& spares)
-    : m_unitTests(unitTests), m_cases(cases), m_runParams(runParams), m_isCanceled(isCanceled), m_spares(spares),
-      m_external(spares)
-{
-}
-
-SParams CCaseRunner::getParams(const SCaseInfo& info) const
-{
-    return GetCaseParams(m_runParams, m_unitTests[info.unitTest].cases[info.testCase].parameters);
-}
-
-bool CCaseRunner::MakeReadyFor(const SCaseInfo& info)
-{
-    const SParams params = getParams(info);
-    return !params.external || m_external.MakeReady(params.isolated);
-}
-
-/// Of the next few: more processes than for these are not started ahead anyway.
-std::size_t CCaseRunner::countIsolated(std::span<const std::uint32_t> toCome) const
-{
-    const auto next = toCome.first(std::min(toCome.size(), CSpareChildren::GetMost()));
-    return static_cast<std::size_t>(std::ranges::count_if(next, [this](std::uint32_t index) {
-        const SParams params = getParams(m_cases[index]);
-        return params.external && params.isolated;
-    }));
-}
-
-void CCaseRunner::Run(SCaseInfo& info, const ToCome& toCome)
+void CCaseRunner::Run(const SPlannedCase& planned, const ToCome& toCome)
 {
     if (m_isCanceled())
     {
         return;
     }
-    const UnitTest& unitTest = m_unitTests[info.unitTest];
-    const TestCase& testCase = unitTest.cases[info.testCase];
-    const SParams params = getParams(info);
-    if (params.external)
+    if (planned.params.external)
     {
-        runInChild(unitTest, testCase, params, info, toCome);
+        runInChild(planned, toCome);
     }
     else
     {
-        runHere(unitTest, testCase, params, info);
+        runHere(planned);
     }
-    info.warning = params.reportMemLeak && static_cast<std::int64_t>(info.memoryGrowth) > 0;
+    SCaseInfo& info = planned.info;
+    info.warning = planned.params.reportMemLeak && static_cast<std::int64_t>(info.memoryGrowth) > 0;
 }
 
-void CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info)
+void CCaseRunner::runHere(const SPlannedCase& planned)
 {
     if (!m_buffer)
     {
@@ -114,30 +78,30 @@ void CCaseRunner::runHere(const UnitTest& unitTest, const TestCase& testCase, co
     }
     {
         const CWorkBufferWriteView buffer = m_buffer->GetWriteAccess();
-        if (!WriteRequest(*buffer, unitTest, testCase, params))
+        if (!WriteRequest(*buffer, planned.unitTest, planned.testCase, planned.params))
         {
             return;
         }
         ExecuteInBuffer(*buffer);
     }
-    readAnswer(*m_buffer->GetReadAccess(), info);
+    readAnswer(*m_buffer->GetReadAccess(), planned.info);
 }
 
-void CCaseRunner::runInChild(const UnitTest& unitTest, const TestCase& testCase, const SParams& params, SCaseInfo& info,
-                             const ToCome& toCome)
+void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome)
 {
+    const SParams& params = planned.params;
     CChildChannel& channel = m_external.Obtain(params.isolated);
-    if (!WriteRequest(*channel.GetBuffer().GetWriteAccess(), unitTest, testCase, params))
+    if (!WriteRequest(*channel.GetBuffer().GetWriteAccess(), planned.unitTest, planned.testCase, params))
     {
         return;
     }
     channel.Ask();
     if (params.isolated)
     {
-        m_spares.Start([this, &toCome] { return countIsolated(toCome()); });
+        m_spares.Start([&toCome] { return countIsolated(toCome()); });
     }
-    info.processIndex = channel.WaitForAnswer(params.timeOutSec, m_isCanceled);
-    readAnswer(*channel.GetBuffer().GetReadAccess(), info);
+    planned.info.processIndex = channel.WaitForAnswer(params.timeOutSec, m_isCanceled);
+    readAnswer(*channel.GetBuffer().GetReadAccess(), planned.info);
 }
 
 } // namespace LuTestSuiteRun

@@ -1,6 +1,5 @@
 #include "testing/lutestsuite/run/plan.h"
 
-#include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/settings/parameters.h"
 
 namespace LuTestSuiteRun
@@ -9,36 +8,77 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// A parameter that is there must say yes; one without a value says no.
-bool mayRunParallel(const SParams& params, const LuTestSuite::STestCase& testCase)
+std::size_t countCases(const std::vector<LuTestSuite::SUnitTest>& unitTests)
 {
-    constexpr const wchar_t* c_Name = L"Parallel";
-    return params.parallel && (testCase.parameters.empty() || !testCase.parameters.contains(c_Name) ||
-                               LuTestSuite::GetFlag(testCase.parameters, c_Name) == true);
+    std::size_t count = 0;
+    for (const LuTestSuite::SUnitTest& unitTest : unitTests)
+    {
+        count += unitTest.cases.size();
+    }
+    return count;
 }
 
-} // namespace
-
-SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params)
+/// With room for all repetitions at once: the plan refers to the records.
+std::vector<SCaseInfo> makeRecords(const std::vector<LuTestSuite::SUnitTest>& unitTests, std::uint32_t repetitions)
 {
-    SPlan plan;
+    std::vector<SCaseInfo> cases;
+    cases.reserve(countCases(unitTests) * repetitions);
     for (std::size_t unitTest = 0; unitTest < unitTests.size(); ++unitTest)
     {
-        const std::vector<LuTestSuite::STestCase>& cases = unitTests[unitTest].cases;
-        for (std::size_t testCase = 0; testCase < cases.size(); ++testCase)
+        for (std::size_t testCase = 0; testCase < unitTests[unitTest].cases.size(); ++testCase)
         {
-            plan.hasExternal = plan.hasExternal || IsExternal(params, cases[testCase].parameters);
-            std::vector<std::uint32_t>& list =
-                mayRunParallel(params, cases[testCase]) ? plan.parallel : plan.sequential;
-            for (std::uint32_t repetition = 0; repetition < params.repetitions; ++repetition)
+            for (std::uint32_t repetition = 0; repetition < repetitions; ++repetition)
             {
-                list.push_back(static_cast<std::uint32_t>(plan.cases.size()));
-                SCaseInfo& info = plan.cases.emplace_back();
+                SCaseInfo& info = cases.emplace_back();
                 info.unitTest = static_cast<std::uint32_t>(unitTest);
                 info.testCase = static_cast<std::uint32_t>(testCase);
                 info.repetition = repetition;
             }
         }
+    }
+    return cases;
+}
+
+} // namespace
+
+SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters)
+{
+    using LuTestSuite::GetFlag;
+    using LuTestSuite::GetNumber;
+    constexpr const wchar_t* c_Parallel = L"Parallel";
+    SParams params = runParams;
+    params.reportMemLeak = GetFlag(caseParameters, L"ReportMemLeak").value_or(params.reportMemLeak);
+    params.timeOutSec = GetNumber(caseParameters, L"TimeOutSec").value_or(params.timeOutSec);
+    params.external = GetFlag(caseParameters, L"External").value_or(params.external);
+    params.isolated = GetFlag(caseParameters, L"Isolated").value_or(params.isolated);
+    if (caseParameters.contains(c_Parallel))
+    {
+        params.parallel = GetFlag(caseParameters, c_Parallel) == true;
+    }
+    return params;
+}
+
+SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params,
+               std::vector<SCaseInfo>& cases)
+{
+    SPlan plan;
+    cases = makeRecords(unitTests, params.repetitions);
+    (params.parallel ? plan.parallel : plan.sequential).reserve(cases.size());
+    const SParams* caseParams = &params;
+    for (SCaseInfo& info : cases)
+    {
+        const LuTestSuite::SUnitTest& unitTest = unitTests[info.unitTest];
+        const LuTestSuite::STestCase& testCase = unitTest.cases[info.testCase];
+        if (info.repetition == 0)
+        {
+            caseParams = testCase.parameters.empty()
+                             ? &params
+                             : &plan.ownParams.emplace_back(GetCaseParams(params, testCase.parameters));
+        }
+        plan.hasExternal = plan.hasExternal || caseParams->external;
+        // The run allows it, the case agrees.
+        const bool isParallel = params.parallel && caseParams->parallel;
+        (isParallel ? plan.parallel : plan.sequential).push_back({unitTest, testCase, *caseParams, info});
     }
     return plan;
 }

@@ -1,7 +1,5 @@
 /// A normal run, stage by stage.
 
-#include <span>
-
 #include "base/lbdatetime.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
@@ -13,6 +11,7 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
+#include "testing/lutestsuite/run/delivery.h"
 #include "testing/lutestsuite/run/plan.h"
 #include "testing/lutestsuite/run/preparation.h"
 #include "testing/lutestsuite/run/reports.h"
@@ -40,20 +39,19 @@ UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
     return unitTests;
 }
 
-/// Runs the listed cases one after another on the calling thread.
+/// Runs the cases one after another on the calling thread.
 void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
-                         const std::vector<std::uint32_t>& list, std::vector<SCaseInfo>& cases)
+                         PlannedCases toCome)
 {
-    if (list.empty())
+    if (toCome.empty())
     {
         return;
     }
     const std::wstring debugRoot =
         LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput) + LbDateTime::FormatNow(L"Y-m-d H.i.s");
     CSpareChildren spares(childSettings);
-    CCaseRunner runner(unitTests, cases, setup.params, setup.checkCallback, spares);
+    CCaseRunner runner(setup.checkCallback, spares);
     CCaseLines lines(unitTests, setup.params);
-    std::span<const std::uint32_t> toCome = list;
     while (!toCome.empty())
     {
         if (setup.checkCallback())
@@ -61,31 +59,27 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
             WriteCanceled();
             return;
         }
-        SCaseInfo& info = cases[toCome.front()];
+        const SPlannedCase& planned = toCome.front();
         toCome = toCome.subspan(1);
-        const std::wstring& caseName = unitTests[info.unitTest].cases[info.testCase].name;
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugRoot + LbPath::c_Separator +
-                                                               LbPath::ToSafeName(caseName));
-        lines.WriteHeader(info);
-        runner.Run(info, [toCome] { return toCome; });
-        lines.WriteResult(info);
-        setup.resultCallback(info.result);
-        info.executed = true;
+                                                               LbPath::ToSafeName(planned.testCase.name));
+        lines.WriteHeader(planned.info);
+        runner.Run(planned, [toCome] { return toCome; });
+        DeliverCase(lines, setup.resultCallback, planned.info);
     }
 }
 
 void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
                     SRunResult& result)
 {
-    SPlan plan = MakePlan(unitTests, setup.params);
+    const SPlan plan = MakePlan(unitTests, setup.params, result.cases);
     if (plan.hasExternal)
     {
         // Before any case makes the process large.
         LbOs::CChildProcess::PrepareStarts();
     }
-    result.cases = std::move(plan.cases);
-    ExecuteInParallel(setup, unitTests, childSettings, plan.parallel, result.cases);
-    executeSequentially(setup, unitTests, childSettings, plan.sequential, result.cases);
+    ExecuteInParallel(setup, unitTests, childSettings, plan.parallel);
+    executeSequentially(setup, unitTests, childSettings, plan.sequential);
 }
 
 /// The run up to its summary. The working directory is restored when it returns, so that the user's paths of reports

@@ -5,7 +5,6 @@
 #include <exception>
 #include <functional>
 #include <memory>
-#include <span>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -16,6 +15,7 @@
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
+#include "testing/lutestsuite/run/delivery.h"
 
 namespace LuTestSuiteRun
 {
@@ -29,18 +29,16 @@ using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 class CWork : public INonCopyable
 {
 public:
-    CWork(const std::vector<std::uint32_t>& list, std::vector<SCaseInfo>& cases,
-          const std::function<bool()>& isCanceled)
-        : m_list(list), m_cases(cases), m_isCanceled(isCanceled)
+    CWork(PlannedCases planned, const std::function<bool()>& isCanceled) : m_planned(planned), m_isCanceled(isCanceled)
     {
     }
 
     /// The next case; null when there is none for now, or the run is canceled.
-    SCaseInfo* Take();
+    const SPlannedCase* Take();
 
     /// A worker that cannot run the case it has taken leaves it, and all others, to the other workers, if there are
     /// any.
-    bool LeaveToOthers(SCaseInfo& info);
+    bool LeaveToOthers(const SPlannedCase& planned);
 
     /// A worker that got no case leaves, unless others have left it one meanwhile. Until then it may be given one.
     bool Leave();
@@ -49,7 +47,7 @@ public:
     bool Abandon();
 
     /// Those that have not been handed out.
-    std::span<const std::uint32_t> GetToCome();
+    PlannedCases GetToCome();
 
     /// Nothing is handed out from now on.
     void Stop();
@@ -71,19 +69,18 @@ public:
 
     SProgress Poll();
 
-    std::size_t GetCount() const noexcept { return m_list.size(); }
+    std::size_t GetCount() const noexcept { return m_planned.size(); }
     void RethrowFailure() const;
 
 private:
-    const std::vector<std::uint32_t>& m_list;
-    std::vector<SCaseInfo>& m_cases;
+    const PlannedCases m_planned;
     const std::function<bool()>& m_isCanceled;
 
     LbCriticalSection m_workLock; ///< of the question for cancellation and all below
     std::size_t m_next = 0;
-    std::vector<SCaseInfo*> m_leftOver; ///< by workers that could not run them
-    std::size_t m_takers = 0;           ///< workers that have not left
-    bool m_isStopped = false;           ///< nothing is handed out any more
+    std::vector<const SPlannedCase*> m_leftOver; ///< by workers that could not run them
+    std::size_t m_takers = 0;                    ///< workers that have not left
+    bool m_isStopped = false;                    ///< nothing is handed out any more
 
     LbCriticalSection m_finishedLock; ///< of all below
     std::vector<SCaseInfo*> m_finished;
@@ -91,10 +88,10 @@ private:
     std::exception_ptr m_failure;
 };
 
-SCaseInfo* CWork::Take()
+const SPlannedCase* CWork::Take()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    const bool isNone = m_leftOver.empty() && m_next >= m_list.size();
+    const bool isNone = m_leftOver.empty() && m_next >= m_planned.size();
     if (isNone || m_isStopped)
     {
         return nullptr;
@@ -106,14 +103,14 @@ SCaseInfo* CWork::Take()
     }
     if (m_leftOver.empty())
     {
-        return &m_cases[m_list[m_next++]];
+        return &m_planned[m_next++];
     }
-    SCaseInfo* const info = m_leftOver.back();
+    const SPlannedCase* const planned = m_leftOver.back();
     m_leftOver.pop_back();
-    return info;
+    return planned;
 }
 
-bool CWork::LeaveToOthers(SCaseInfo& info)
+bool CWork::LeaveToOthers(const SPlannedCase& planned)
 {
     const LbCriticalSectionLock lock(m_workLock);
     if (m_isStopped)
@@ -124,7 +121,7 @@ bool CWork::LeaveToOthers(SCaseInfo& info)
     {
         return false;
     }
-    m_leftOver.push_back(&info);
+    m_leftOver.push_back(&planned);
     --m_takers;
     return true;
 }
@@ -141,13 +138,13 @@ bool CWork::Abandon()
 {
     const LbCriticalSectionLock lock(m_workLock);
     --m_takers;
-    return m_takers > 0 || m_isStopped || (m_leftOver.empty() && m_next >= m_list.size());
+    return m_takers > 0 || m_isStopped || (m_leftOver.empty() && m_next >= m_planned.size());
 }
 
-std::span<const std::uint32_t> CWork::GetToCome()
+PlannedCases CWork::GetToCome()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    return std::span(m_list).subspan(m_isStopped ? m_list.size() : m_next);
+    return m_planned.subspan(m_isStopped ? m_planned.size() : m_next);
 }
 
 void CWork::Stop()
@@ -206,38 +203,29 @@ void CWork::RethrowFailure() const
     }
 }
 
-/// What each worker needs to run cases.
-struct SRunContext
-{
-    const UnitTests& unitTests;
-    const SParams& params;
-    const std::vector<SCaseInfo>& cases;
-    CSpareChildren& spares;
-};
-
 /// Runs cases until none is left. Ends with its object at the latest.
 class CWorkerThread : public INonCopyable
 {
 public:
     /// Throws std::system_error when the system has no more threads.
-    CWorkerThread(std::int32_t index, CWork& work, const SRunContext& context);
+    CWorkerThread(std::int32_t index, CWork& work, CSpareChildren& spares);
     ~CWorkerThread() { m_thread.join(); }
 
 private:
     void run() noexcept;
     void runCases();
     void runTaken(CCaseRunner& runner);
-    bool getReady(CCaseRunner& runner, SCaseInfo& info);
+    bool getReady(CCaseRunner& runner, const SPlannedCase& planned);
 
     bool m_hasLeft = false; ///< its case and all others are the other workers'
     std::int32_t m_index;
     CWork& m_work;
-    const SRunContext& m_context;
+    CSpareChildren& m_spares;
     std::thread m_thread;
 };
 
-CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, const SRunContext& context)
-    : m_index(index), m_work(work), m_context(context)
+CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, CSpareChildren& spares)
+    : m_index(index), m_work(work), m_spares(spares)
 {
     m_work.AddWorker();
     try
@@ -275,7 +263,7 @@ void CWorkerThread::runCases()
     }
     LuTestSuiteEnvironment::PreallocateStaticData();
     const std::function<bool()> isCanceled = [this] { return m_work.IsCanceled(); };
-    CCaseRunner runner(m_context.unitTests, m_context.cases, m_context.params, isCanceled, m_context.spares);
+    CCaseRunner runner(isCanceled, m_spares);
     do
     {
         runTaken(runner);
@@ -288,20 +276,22 @@ void CWorkerThread::runCases()
 /// Until there is nothing to be taken, or this worker leaves the rest to others.
 void CWorkerThread::runTaken(CCaseRunner& runner)
 {
-    for (SCaseInfo* info = m_work.Take(); info != nullptr && getReady(runner, *info); info = m_work.Take())
+    const CCaseRunner::ToCome toCome = [this] { return m_work.GetToCome(); };
+    for (const SPlannedCase* planned = m_work.Take(); planned != nullptr && getReady(runner, *planned);
+         planned = m_work.Take())
     {
-        info->threadIndex = m_index;
-        runner.Run(*info, [this] { return m_work.GetToCome(); });
-        m_work.AddFinished(*info);
+        planned->info.threadIndex = m_index;
+        runner.Run(*planned, toCome);
+        m_work.AddFinished(planned->info);
     }
 }
 
 /// False when the system is short of what the case needs, and other workers are there that have it.
-bool CWorkerThread::getReady(CCaseRunner& runner, SCaseInfo& info)
+bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
 {
     try
     {
-        if (runner.MakeReadyFor(info))
+        if (runner.MakeReadyFor(planned))
         {
             return true;
         }
@@ -311,11 +301,11 @@ bool CWorkerThread::getReady(CCaseRunner& runner, SCaseInfo& info)
         // Said by the second attempt, if it comes to that.
     }
     runner.ReleaseChildren();
-    m_hasLeft = m_work.LeaveToOthers(info);
+    m_hasLeft = m_work.LeaveToOthers(planned);
     if (!m_hasLeft)
     {
         // By now the others have given back what they had. Without a child the case has its result all the same.
-        runner.MakeReadyFor(info);
+        runner.MakeReadyFor(planned);
     }
     return !m_hasLeft;
 }
@@ -324,7 +314,7 @@ bool CWorkerThread::getReady(CCaseRunner& runner, SCaseInfo& info)
 class CWorkers : public INonCopyable
 {
 public:
-    CWorkers(std::uint32_t count, CWork& work, const SRunContext& context);
+    CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares);
     ~CWorkers() { m_work.Stop(); }
 
 private:
@@ -332,14 +322,14 @@ private:
     std::vector<std::unique_ptr<CWorkerThread>> m_threads;
 };
 
-CWorkers::CWorkers(std::uint32_t count, CWork& work, const SRunContext& context) : m_work(work)
+CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares) : m_work(work)
 {
     try
     {
         while (m_threads.size() < count)
         {
             const auto index = static_cast<std::int32_t>(m_threads.size());
-            m_threads.push_back(std::make_unique<CWorkerThread>(index, work, context));
+            m_threads.push_back(std::make_unique<CWorkerThread>(index, work, spares));
         }
     }
     catch (const std::system_error&)
@@ -376,9 +366,7 @@ void printFinished(const LuTestSuiteSetup& setup, const UnitTests& unitTests, CW
                 return;
             }
             lines.WriteHeader(*info);
-            lines.WriteResult(*info);
-            setup.resultCallback(info->result);
-            info->executed = true;
+            DeliverCase(lines, setup.resultCallback, *info);
             ++printed;
         }
         if (progress.hasEnded && printed < work.GetCount())
@@ -402,17 +390,16 @@ std::uint32_t GetWorkerCount(std::uint32_t wanted)
 }
 
 void ExecuteInParallel(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
-                       const std::vector<std::uint32_t>& list, std::vector<SCaseInfo>& cases)
+                       PlannedCases planned)
 {
-    if (list.empty())
+    if (planned.empty())
     {
         return;
     }
-    CWork work(list, cases, setup.checkCallback);
+    CWork work(planned, setup.checkCallback);
     CSpareChildren spares(childSettings);
-    const SRunContext context = {unitTests, setup.params, cases, spares};
     {
-        const CWorkers workers(GetWorkerCount(setup.params.workerThreads), work, context);
+        const CWorkers workers(GetWorkerCount(setup.params.workerThreads), work, spares);
         printFinished(setup, unitTests, work);
     }
     work.RethrowFailure();
