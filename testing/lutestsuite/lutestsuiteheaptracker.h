@@ -1,4 +1,4 @@
-/// Counts what passes through the heap.
+/// Counts the heap operations of a process.
 #pragma once
 
 #include <cstddef>
@@ -20,27 +20,28 @@ namespace LbOs
 struct SHeapFunctions;
 }
 
-/// Sees every malloc, realloc and free of the shared run-time while it is active, of all modules and threads, operator
-/// new and delete included; any number of trackers may be at work, and each sees every operation.
+/// While active, a tracker counts every malloc, realloc and free of the shared run-time, from all modules and threads,
+/// operator new and delete included. Any number of trackers may be active; each counts every operation.
 ///
-/// Works by patching the entries of the three functions, from the first Initialize on until UnhookAll, all of them or
-/// none. Where that cannot be done (a static run-time, sanitizers, a thread that blocks all signals and costs a wait of
-/// 2 s the first time, 0.1 s later) a tracker counts nothing and says nothing; each Initialize tries again.
+/// The first Initialize patches the beginnings of the three functions, all or none of them; UnhookAll restores them.
+/// Where patching is impossible, a tracker silently counts nothing, and each Initialize tries again. That is so with a
+/// static run-time, with sanitizers, and while a thread blocks all signals; such a thread costs a wait of 2 s the first
+/// time and 0.1 s later.
 ///
-/// Not seen are calloc, aligned allocations and what else gives memory without passing through the three; a free of
-/// such a block counts as an operation. What the run-time's realloc calls itself does not count. A null pointer is no
-/// block: a failed malloc counts as an operation without bytes, and a failed realloc leaves its block as it was.
+/// A tracker does not see calloc, aligned allocations, and other functions that allocate without calling the three; a
+/// free of such a block counts as an operation. Calls that the run-time's realloc makes itself do not count. A null
+/// pointer is no block: a failed malloc counts as an operation without bytes, and a failed realloc keeps its block.
 ///
-/// While a tracker is active one lock serialises the heap, held from before the run-time's function to behind the
-/// report: an address that another thread gets anew is never reported ahead of its release. Without an active tracker
-/// nothing is locked. The trackers' own memory comes from the system's pages, so no tracker counts that of another.
+/// While a tracker is active, one lock serialises the heap across the run-time's function and the report. So an address
+/// that another thread receives is never reported before its release. Without an active tracker nothing is locked. The
+/// trackers' own memory comes from the system in pages, so no tracker counts the memory of another.
 ///
-/// A process may fork while trackers are active; the child goes on with copies of those that the forking thread has
-/// initialised. Those of other threads, which may lie on stacks that the child reuses, are no more registered there:
-/// they count again when they are initialised in the child. What is allocated during a fork is tracked, and meets
-/// breakpoints, at its end; all operations here wait for that, so handlers of forks must not call any.
+/// A process may fork while trackers are active. The child continues with copies of the trackers that the forking
+/// thread initialised. Trackers of other threads are unregistered in the child, since they may lie on stacks that the
+/// child reuses; they count again after an Initialize there. Allocations made during a fork are tracked, and meet
+/// breakpoints, when the fork ends. All operations here wait for that moment, so fork handlers must not call them.
 ///
-/// Any thread may call anything; construction and destruction are for one thread each.
+/// All operations may be called from any thread. One thread constructs a tracker and one destroys it.
 class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
 {
 public:
@@ -48,19 +49,19 @@ public:
     enum class EOperation
     {
         Malloc = 0,  ///< new bytes
-        Free = 1,    ///< takes a number as the others do, but never meets a breakpoint
+        Free = 1,    ///< numbered like the others, but never meets a breakpoint
         Realloc = 2, ///< a free and a malloc in one
     };
 
-    /// With `initialize` calls Initialize, then is active if `activate` says so.
+    /// Calls Initialize if `initialize` is true; then becomes active if `activate` is true.
     explicit LuTestSuiteHeapTracker(bool activate = true, bool initialize = true);
-    /// Leaves the other trackers counting and the functions patched.
+    /// Other trackers go on counting, and the functions stay patched.
     ~LuTestSuiteHeapTracker() override;
 
-    /// Patches the functions unless they are, registers the tracker unless it is, and resets it.
+    /// Patches the functions and registers the tracker where that is still to be done, then resets the tracker.
     void Initialize();
 
-    /// Forgets all allocations and zeroes all counts and the numbering of operations. What is observed stays.
+    /// Forgets all allocations and sets all counts and the operation number to zero. Breakpoints stay.
     void Reset();
 
     void Activate();
@@ -77,16 +78,16 @@ public:
     std::uint64_t GetReallocCount() const;
     /// Bytes allocated and not freed since the last Reset.
     std::int64_t GetCurrentAlloc() const;
-    /// The most that this was.
+    /// The maximum of GetCurrentAlloc since the last Reset, in bytes.
     std::int64_t GetCurrentMax() const;
 
-    /// Writes the counts, and a line for each live allocation by ascending number. Addresses are 16 upper-case
-    /// hexadecimal digits behind "0x" on all platforms.
+    /// Writes the counts, and one line for each live allocation in ascending order of numbers. Addresses have "0x" and
+    /// 16 upper-case hexadecimal digits on all platforms.
     void dump(LuStreamWriteText& stream) const override;
 
-    /// Restores the functions; for that it stops all other threads a moment. Trackers stay registered and count again
-    /// when one is initialised. To be called before the library is unloaded, with no thread on its way through an
-    /// allocation. When it fails, silently, nothing is counted either; another call tries again.
+    /// Restores the functions; stops all other threads for a moment to do so. Trackers stay registered and count again
+    /// after the next Initialize of one of them. Call it before the library is unloaded, while no thread allocates. It
+    /// fails silently; then nothing is counted either, and the next call tries again.
     static void UnhookAll();
 
 private:
@@ -104,14 +105,14 @@ private:
     static void startOverInChild() noexcept;
     static void dropTrackersOfOtherThreads() noexcept;
     static bool hookAll() noexcept;
-    /// Makes a patch, still to be enabled together with the others. There is none alone to undo: see UnhookAll.
+    /// Creates a patch; hookAll enables all patches together. Single patches cannot be undone, see UnhookAll.
     static bool hook(void* target, void* detour, void*& trampoline) noexcept;
 
     static void* detourMalloc(std::size_t size) noexcept;
     static void* detourRealloc(void* old, std::size_t size) noexcept;
     static void detourFree(void* address) noexcept;
 
-    // With the lock held by the detours. A fault in there ends the process.
+    // Called by the detours, which hold the lock. An exception here ends the process.
     static void dispatchMalloc(const void* result, std::size_t size) noexcept;
     static void dispatchRealloc(std::uint64_t old, const void* result, std::size_t size) noexcept;
     static void dispatchFree(std::uint64_t address) noexcept;
@@ -129,8 +130,8 @@ private:
     void link() noexcept;
     void unlink() noexcept;
 
-    // Nothing here has a destructor: the detours may run until the last instruction of the process. The list of
-    // trackers, in the order of their registration, goes through the trackers, since an array would have to allocate.
+    // The statics have no destructors: the detours may run until the process ends. The list of trackers, in order of
+    // registration, is linked through the trackers, because an array would have to allocate.
     static const LbOs::SHeapFunctions s_functions;
     static LbCriticalSection s_CriticalSection;
     static LuTestSuiteHeapTracker* s_TrackerList;
@@ -149,6 +150,6 @@ private:
     std::int64_t m_currentMax = 0;
     std::uint64_t m_observedID = sc_uiNone;
     std::uint64_t m_observedSize = sc_uiNone;
-    std::uintptr_t m_thread = 0; ///< that initialised it, by its key
+    std::uintptr_t m_thread = 0; ///< key of the thread that called Initialize
     LuTestSuiteHeapTracker* m_next = nullptr;
 };

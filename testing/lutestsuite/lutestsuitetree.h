@@ -10,12 +10,12 @@
 #include "testing/lutestsuite/lutestsuiteexport.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
 
-/// A plain value that refers to the list it was built from by index only. Reading is safe from any thread.
+/// A plain value; it refers to the list of Build only by index. Any thread may read it.
 class LUTESTSUITE_API LuTestSuiteTree
 {
 public:
-    /// "No such index." Not constexpr, which would make it inline: Windows libraries hand out no inline objects that
-    /// they do not use themselves.
+    /// "No such index." Not constexpr, because that implies inline, and a Windows library does not export an inline
+    /// object that it does not use itself.
     static const std::uint32_t sc_uiInvalid = std::numeric_limits<std::uint32_t>::max();
 
     enum EKind : std::uint32_t
@@ -24,17 +24,17 @@ public:
         eK_Class = 1  ///< a unit test, whose children are cases
     };
 
-    /// Node 0 is the root. The children of a node follow each other, as do the cases of a class node.
+    /// Node 0 is the root. The children of a node are consecutive, and so are the cases of a class node.
     struct SNode
     {
         EKind kind = eK_Group;
-        std::wstring name;                     ///< one folder's name; for the root that of the common folder, or "-"
+        std::wstring name;                     ///< name of one folder; for the root the common folder's name, or "-"
         std::uint32_t unitTest = sc_uiInvalid; ///< class nodes: index into the unit tests of Build
-        std::uint32_t parent = sc_uiInvalid;   ///< none for the root
+        std::uint32_t parent = sc_uiInvalid;   ///< sc_uiInvalid for the root
         std::uint32_t firstChild = sc_uiInvalid;
         std::uint32_t childCount = 0;
         std::uint32_t firstCase = sc_uiInvalid; ///< class nodes: index of the first case
-        std::uint32_t caseCount = 0;            ///< of the whole subtree
+        std::uint32_t caseCount = 0;            ///< number of cases in the whole subtree
     };
 
     struct SCase
@@ -45,12 +45,12 @@ public:
         std::uint32_t node = 0;     ///< its class node
     };
 
-    /// Replaces the tree. Classes and cases are ordered by path and name, character by character. Unit tests without
-    /// cases have no node; no unit tests make a tree without nodes. Throws LbException when the list is inconsistent:
-    /// two unit tests with one path, one inside the other's folder. The tree is then incomplete.
+    /// Replaces the tree. Classes and cases are ordered by path and name, character by character. A unit test without
+    /// cases has no node; an empty list makes a tree without nodes. Throws LbException if the list is inconsistent: two
+    /// unit tests have the same path, or one lies in the other's folder. The tree is then incomplete.
     void Build(const std::vector<LuTestSuite::SUnitTest>& tests);
 
-    /// Indices are the caller's to keep in range.
+    /// The caller keeps indices in range; they are not checked.
     std::uint32_t GetNodeCount() const { return static_cast<std::uint32_t>(m_nodes.size()); }
     const SNode& GetNode(std::uint32_t index) const { return m_nodes[index]; }
     std::uint32_t GetCaseCount() const { return static_cast<std::uint32_t>(m_cases.size()); }

@@ -11,7 +11,7 @@ namespace LuTestSuite
 namespace
 {
 
-// What the system gives out at least on one of the platforms.
+// The allocation granularity of Windows; Linux gives out smaller pieces.
 constexpr std::size_t c_ChunkSize = 65536;
 
 std::byte* requirePages(std::size_t size) noexcept
@@ -19,7 +19,7 @@ std::byte* requirePages(std::size_t size) noexcept
     void* const pages = LbOs::AllocatePages(size);
     if (pages == nullptr)
     {
-        // Nobody could be told from inside of malloc, and wrong counts are worse than none.
+        // malloc cannot report an error of the tracker, and ending the process is better than wrong counts.
         std::terminate();
     }
     return static_cast<std::byte*>(pages);
@@ -116,7 +116,7 @@ CAllocationMap::SEntry* CAllocationMap::takeEntry() noexcept
     return entry;
 }
 
-/// Not put into the list of free ones, which would touch all the pages.
+/// Keeps the new entries out of the free list: linking them would touch every page.
 void CAllocationMap::addEntries(std::byte* begin, std::byte* end) noexcept
 {
     const auto count = static_cast<std::size_t>(end - begin) / sizeof(SEntry);

@@ -1,4 +1,4 @@
-/// The live allocations that one heap tracker has seen.
+/// The live allocations that one heap tracker knows.
 #pragma once
 
 #include <array>
@@ -12,14 +12,14 @@ namespace LuTestSuite
 
 struct SAllocData
 {
-    std::uint64_t id = 0;             ///< number of the operation that allocated the block last
+    std::uint64_t id = 0;             ///< number of the last operation that allocated the block
     std::uint32_t referenceCount = 0; ///< allocations outstanding at the address, normally 1
     std::uint64_t size = 0;           ///< bytes
 };
 
-/// A hash map from address to SAllocData whose memory, its own included, comes in whole pages from the system: it is
-/// used inside of malloc. Entries come from a pool. Not for several threads at once. The process ends when the system
-/// has no more pages. Exported for tests.
+/// A hash map from address to SAllocData. It runs inside malloc, so all its memory, the map object included, comes from
+/// the system in whole pages; entries come from a pool. One thread at a time. Ends the process when the system has no
+/// more pages. Exported for tests.
 class LUTESTSUITE_API CAllocationMap
 {
 public:
@@ -27,7 +27,7 @@ public:
     {
         std::uint64_t address;
         SAllocData data;
-        SEntry* next; ///< in the bucket, or in the list of free ones
+        SEntry* next; ///< in the bucket or in the free list
     };
 
     static CAllocationMap* Create() noexcept;
@@ -35,18 +35,19 @@ public:
     CAllocationMap(const CAllocationMap&) = delete;
     CAllocationMap& operator=(const CAllocationMap&) = delete;
 
-    /// Where the address's entry hangs; what is there is null when the address has none. Valid until the next change.
+    /// The link that holds the address's entry; the link is null if the address has no entry. Valid until the next
+    /// change.
     SEntry** Find(std::uint64_t address) noexcept;
-    /// Makes an entry at a place without one, as found.
+    /// Adds an entry at a null link that was found for this address.
     void InsertAt(SEntry** place, std::uint64_t address, const SAllocData& data) noexcept;
-    /// Removes the entry at a place, as found.
+    /// Removes the entry at a link that was found.
     void RemoveAt(SEntry** place) noexcept;
     void Clear() noexcept;
 
     std::size_t GetCount() const noexcept { return m_count; }
     std::size_t GetBucketCount() const noexcept { return m_bucketCount; }
 
-    /// Calls `function(entry)` for all entries, in no order.
+    /// Calls `function(entry)` for all entries, in unspecified order.
     template<typename F>
     void ForEach(const F& function) const
     {
@@ -70,7 +71,7 @@ public:
         {
             hash = (hash ^ ((key >> shift) & 0xFFU)) * c_Prime;
         }
-        // The two highest bytes of addresses are zero: one multiplication serves both.
+        // The two highest bytes of an address are zero, so one multiplication covers both.
         const std::uint64_t seventh = (key >> c_UsualBits) & 0xFFU;
         const std::uint64_t eighth = key >> (c_UsualBits + 8U);
         return (seventh | eighth) == 0 ? hash * (c_Prime * c_Prime) : (((hash ^ seventh) * c_Prime) ^ eighth) * c_Prime;
@@ -79,7 +80,7 @@ public:
 private:
     static constexpr std::size_t sc_uiFirstBucketCount = 128;
 
-    /// Pages full of entries. The first one begins with the map itself.
+    /// Pages of entries. The first chunk begins with the map itself.
     struct SChunk
     {
         SChunk* next;
@@ -93,13 +94,13 @@ private:
     void grow() noexcept;
     void releaseBuckets() noexcept;
 
-    // In front of what points to them.
+    // Declared before the members that point into them.
     std::array<SEntry*, sc_uiFirstBucketCount> m_firstBuckets = {};
     std::size_t m_count = 0;
     std::size_t m_bucketCount = sc_uiFirstBucketCount;
     SEntry** m_buckets;
     SEntry* m_free = nullptr;
-    std::byte* m_fresh = nullptr; ///< entries of the newest chunk that were never used
+    std::byte* m_fresh = nullptr; ///< unused entries of the newest chunk
     std::byte* m_freshEnd = nullptr;
     SChunk* m_chunks = nullptr;
 };

@@ -122,7 +122,7 @@ private:
             else if (form == 'p')
             {
                 notePrefix(byte);
-                // Only directly in front of the operation code it counts.
+                // REX takes effect only directly in front of the operation code.
                 m_rex = 0;
             }
             else
@@ -188,7 +188,7 @@ private:
         {
             m_extendedMap = take() & (prefix == 0x62 ? 0x07U : c_MapMask);
         }
-        // The rest of the prefix: one byte, two behind 62.
+        // The rest of the prefix: two bytes after 62 (EVEX), otherwise one.
         skip(prefix == 0x62 ? 2 : 1);
         setOpcode(EOpcodeMap::Extended, take());
         m_isEvex = prefix == 0x62;

@@ -1,4 +1,4 @@
-/// Where x86-64 instructions end, and which of their bytes depend on where they stand.
+/// Lengths of x86-64 instructions, and which of their bytes depend on their address.
 #pragma once
 
 #include <cstddef>
@@ -11,13 +11,13 @@
 namespace LuTestSuite
 {
 
-/// Longer ones the processor refuses.
+/// The processor refuses longer instructions.
 inline constexpr std::size_t c_InstructionMax = 15;
 
 /// Tables of operation codes, by the bytes in front of the code.
 enum class EOpcodeMap : std::uint8_t
 {
-    OneByte, ///< none
+    OneByte, ///< no byte
     Map0F,   ///< 0F
     Map0F38, ///< 0F 38
     Map0F3A, ///< 0F 3A
@@ -31,7 +31,7 @@ enum class ERelative : std::uint8_t
     Conditional, ///< Jcc
     Loop,        ///< LOOP, LOOPE, LOOPNE, JRCXZ: 8-bit displacement only
     Call,
-    Transaction, ///< XBEGIN, a branch that the processor takes later
+    Transaction, ///< XBEGIN: the processor may take this branch later, on an abort
 };
 
 struct SInstruction
@@ -50,11 +50,12 @@ struct SInstruction
     ERelative relative = ERelative::None;
 };
 
-/// The instruction at the beginning of `code` in 64-bit mode; none when the bytes are no instruction of the kinds known
-/// (all but 3DNow!) or end too early. Looks at no more than c_InstructionMax bytes. Exported for tests.
+/// Decodes the instruction at the beginning of `code` in 64-bit mode. Empty if the bytes are no known instruction (all
+/// but 3DNow! are known) or end too early. Reads at most c_InstructionMax bytes. Exported for tests.
 LUTESTSUITE_API std::optional<SInstruction> DecodeInstruction(std::span<const std::uint8_t> code) noexcept;
 
-/// Where a relative branch or RIP-relative operand of an instruction at `address` leads. Only for those.
+/// The destination of an instruction at `address` that has a relative branch or a RIP-relative operand. The instruction
+/// must have one of the two.
 LUTESTSUITE_API std::uintptr_t GetRelativeDestination(const SInstruction& instruction, const std::uint8_t* code,
                                                       std::uintptr_t address) noexcept;
 

@@ -8,10 +8,10 @@ namespace LuTestSuite
 namespace
 {
 
-// Some room is left, so that all of the block is in reach from all of the function's beginning.
+// Leaves a margin, so that every byte of the block is in reach of every byte of the function's beginning.
 constexpr std::uintptr_t c_Reach = 0x7FF00000;
 
-/// The place for a block that is nearest to a target and farther away than `tried`.
+/// The place for a block nearest to a target among those farther away than `tried`.
 struct SSearch
 {
     const std::uintptr_t target;
@@ -32,7 +32,7 @@ struct SSearch
         const bool isAbove = gap.begin > target;
         const std::uintptr_t candidate = isAbove ? first : (gap.end - size) & mask;
         const std::uintptr_t candidateDistance = isAbove ? candidate - target : target - candidate;
-        // Address 0 means none, and the system would not give it anyway.
+        // Address 0 means "not found"; the system never gives it out.
         if (candidate != 0 && candidateDistance > tried && candidateDistance < distance)
         {
             place = candidate;
@@ -48,7 +48,7 @@ bool visit(const LbOs::SRegion& region, void* context) noexcept
     {
         search.Consider(region);
     }
-    // Behind the first place above the target there is only what is farther.
+    // All places after the first one above the target are farther away.
     return search.place <= search.target;
 }
 
@@ -71,7 +71,7 @@ void* AllocateNear(std::uintptr_t target, std::size_t size) noexcept
         {
             return pages;
         }
-        // Another thread was faster.
+        // Another thread has taken the place meanwhile.
         tried = search.distance;
     }
 }

@@ -7,11 +7,11 @@
 namespace LuTestSuite
 {
 
-/// Pages to read and write as near to `target` as there is room; null when there is none in reach. To be released with
-/// LbOs::ReleasePages. Any thread.
+/// Allocates readable and writable pages as near to `target` as possible; null if no free pages are in reach. Release
+/// them with LbOs::ReleasePages. Callable from any thread.
 void* AllocateNear(std::uintptr_t target, std::size_t size) noexcept;
 
-/// True when a jump that ends at `from` reaches `to`.
+/// True if a relative jump whose instruction ends at `from` reaches `to`.
 bool IsInReach(std::uintptr_t from, std::uintptr_t to) noexcept;
 
 } // namespace LuTestSuite

@@ -24,7 +24,7 @@ void COperationLog::Append(const SOperation& operation) noexcept
         void* const pages = LbOs::AllocatePages(sizeof(SChunk));
         if (pages == nullptr)
         {
-            // As in the allocation map: wrong counts are worse than none.
+            // As in the allocation map, ending the process is better than wrong counts.
             std::terminate();
         }
         auto* const chunk = new (pages) SChunk;

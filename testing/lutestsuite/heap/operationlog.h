@@ -1,4 +1,4 @@
-/// Operations of the heap that are told of later.
+/// Heap operations that are recorded now and dispatched to the trackers later.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 namespace LuTestSuite
 {
 
-/// One operation as a tracker is told of it.
+/// One operation as trackers receive it.
 struct SOperation
 {
     int kind; ///< value of LuTestSuiteHeapTracker::EOperation
@@ -16,17 +16,17 @@ struct SOperation
     std::size_t size;
 };
 
-/// Operations in their order, in pages from the system; the process ends when there are no more. Not for several
-/// threads at once. Has no destructor: it serves until the last instruction of the process.
+/// A queue of operations in pages from the system; ends the process when the system has no more pages. One thread at a
+/// time. Has no destructor: it is in use until the process ends.
 class COperationLog
 {
 public:
     void Append(const SOperation& operation) noexcept;
 
-    /// Hands each operation to `function`, and forgets it.
+    /// Passes each operation to `function`, in order, and removes it.
     void Replay(void (*function)(const SOperation& operation) noexcept) noexcept;
 
-    /// Forgets all without a look at it, for a moment at which it may be half written. The pages are lost.
+    /// Drops all operations without reading them, since they may be half written. The pages are lost.
     void Abandon() noexcept { m_first = m_last = nullptr; }
 
 private:

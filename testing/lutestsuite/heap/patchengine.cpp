@@ -12,13 +12,13 @@ namespace LuTestSuite
 namespace
 {
 
-/// Threads answer within microseconds; only those that block every signal never do.
+/// Threads answer within microseconds, except threads that block every signal: they never do.
 constexpr unsigned c_FreezeTimeoutMs = 2000;
-/// After a freeze that failed: the same thread is likely to be there again, and a run of many cases must not wait long
-/// for it in each.
+/// Used after a failed freeze: the thread that failed it probably still runs, and a run of many cases must not wait
+/// long for it in each case.
 constexpr unsigned c_NextFreezeTimeoutMs = 100;
 
-/// How much of a function is looked through for jumps into its beginning.
+/// How many bytes of a function are searched for jumps into its beginning.
 constexpr std::size_t c_CodeMax = 2048;
 
 constinit LbCriticalSection s_engineLock;
@@ -28,7 +28,7 @@ bool isExecutable(std::uintptr_t address, LbOs::SRegion& region) noexcept
     return LbOs::QueryRegion(address, region) && region.isExecutable;
 }
 
-/// False when a thread stands where it cannot be moved from.
+/// Moves each thread that executes in the range; false if one of them cannot be moved.
 template<typename F>
 bool moveThreads(LbOs::CThreadFreezer& threads, std::uintptr_t begin, std::size_t size, const F& findPlace) noexcept
 {
@@ -120,7 +120,7 @@ EPatchStatus CPatchEngine::makePatch(std::uint8_t* target, void* detour, const L
     return status;
 }
 
-/// The patch of an earlier time whose block would be the same to the byte: a thread may be on its way back into it.
+/// Reuses a retired patch whose block would be the same byte for byte: a thread may still return into that block.
 CPatchEngine::SPatch* CPatchEngine::takeRetired(std::span<const std::uint8_t> code, std::uintptr_t detour) noexcept
 {
     for (SPatch** place = &m_retired; *place != nullptr; place = &(*place)->next)
@@ -232,7 +232,7 @@ EPatchStatus CPatchEngine::EnableAll() noexcept
     return EPatchStatus::Success;
 }
 
-/// With the other threads frozen.
+/// Requires frozen threads.
 void CPatchEngine::disableNewOnes() noexcept
 {
     for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
@@ -268,7 +268,7 @@ EPatchStatus CPatchEngine::ShutDown() noexcept
     return EPatchStatus::Success;
 }
 
-/// With the other threads frozen. Leads them and the detours back to the targets.
+/// Requires frozen threads. Leads them and the detours back to the targets.
 bool CPatchEngine::leaveAll(LbOs::CThreadFreezer& threads) noexcept
 {
     for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
@@ -308,7 +308,7 @@ CPatchEngine::SPatch* CPatchEngine::find(const void* target) const noexcept
     return patch;
 }
 
-/// With the other threads frozen.
+/// Requires frozen threads.
 EPatchStatus CPatchEngine::enable(SPatch& patch, LbOs::CThreadFreezer& threads) noexcept
 {
     const auto target = reinterpret_cast<std::uintptr_t>(patch.target);
@@ -319,7 +319,7 @@ EPatchStatus CPatchEngine::enable(SPatch& patch, LbOs::CThreadFreezer& threads) 
     const auto displacement = static_cast<std::int32_t>(destination - end);
     std::memcpy(&jump[1], &displacement, sizeof(displacement));
 
-    // Those that are moved do no harm when the jump is not written.
+    // A moved thread runs correctly in the copy, even if writing the jump fails.
     const auto findCopy = [&patch, block](std::size_t offset) { return patch.trampoline.FindCopy(block, offset); };
     if (!moveThreads(threads, target, c_PatchSize, findCopy) || !write(patch.target, jump))
     {
@@ -329,7 +329,7 @@ EPatchStatus CPatchEngine::enable(SPatch& patch, LbOs::CThreadFreezer& threads) 
     return EPatchStatus::Success;
 }
 
-/// With the other threads frozen. None of them can stand behind the jump's first byte.
+/// Requires frozen threads. No thread can be inside the jump, only at its first byte.
 EPatchStatus CPatchEngine::disable(SPatch& patch) noexcept
 {
     if (!write(patch.target, patch.saved))
@@ -340,7 +340,7 @@ EPatchStatus CPatchEngine::disable(SPatch& patch) noexcept
     return EPatchStatus::Success;
 }
 
-/// All bytes, with the pages' protection as it was, or none.
+/// Writes all bytes or none; the pages keep their protection.
 bool CPatchEngine::write(std::uint8_t* target, const PatchBytes& bytes) const noexcept
 {
     LbOs::SRegion region;

@@ -1,4 +1,4 @@
-/// Replaces the entries of functions by jumps to detours, and back.
+/// Replaces the first bytes of functions by jumps to detours, and restores them.
 #pragma once
 
 #include <array>
@@ -20,8 +20,8 @@ enum class EPatchStatus
     Success = 0,
     AlreadyInitialized = 1,
     NotInitialized = 2,
-    AlreadyCreated = 3, ///< there is a patch for this target
-    NotCreated = 4,     ///< there is none
+    AlreadyCreated = 3, ///< the target has a patch
+    NotCreated = 4,     ///< the target has no patch
     AlreadyEnabled = 5,
     AlreadyDisabled = 6,
     NotExecutable = 7,  ///< target or detour
@@ -30,22 +30,22 @@ enum class EPatchStatus
     NotProtectable = 10 ///< the pages' protection could not be changed, or the other threads could not be stopped
 };
 
-/// What an engine asks of the system; those left out are the system's own.
+/// The system calls of an engine; a null member means the system's own call. Tests inject failures here.
 struct SPatchCalls
 {
-    /// Sets the protection of the target's pages, as LbOs::ProtectPages.
+    /// Sets the protection of the target's pages, like LbOs::ProtectPages.
     bool (*protect)(void* address, std::size_t size, std::uint32_t protection) noexcept = nullptr;
-    /// Gives pages in reach of the target, as AllocateNear.
+    /// Allocates pages in reach of the target, like AllocateNear.
     void* (*allocateNear)(std::uintptr_t target, std::size_t size) noexcept = nullptr;
 };
 
-/// A list of patches. Any thread; all engines of a process share one lock, since each stops the threads of the others.
+/// A list of patches. Callable from any thread; all engines of a process share one lock, since each stops all threads.
 ///
-/// Nothing here uses the heap, which may be what is patched. Without destructor: who has initialised an engine shuts it
-/// down. Exported for tests.
+/// Never allocates from the heap, because the heap may be what is patched. Has no destructor: the caller of Initialize
+/// calls ShutDown. Exported for tests.
 ///
-/// Threads are stopped at most 2 s for each that does not answer, and 0.1 s after a time when one did not. Not seen is
-/// a thread whose present signal handler interrupted it inside of the bytes that a patch replaces.
+/// Stopping the threads waits up to 2 s for a thread that does not answer, and only 0.1 s after an earlier failure.
+/// Limit: a thread in a signal handler that interrupted it inside the patched bytes is not detected.
 class LUTESTSUITE_API CPatchEngine
 {
 public:
@@ -55,21 +55,21 @@ public:
 
     EPatchStatus Initialize() noexcept;
 
-    /// Makes a patch, not enabled yet, and sets `trampoline` to where the detour reaches the unpatched function. The
-    /// variable belongs to the caller and lives as long as the patch: ShutDown sets it to the target. Detours call
-    /// through it in one instruction, so that none can hold on to a trampoline that goes.
+    /// Creates a patch without enabling it, and sets `trampoline` to the address where the detour calls the unpatched
+    /// function. The variable belongs to the caller and must live as long as the patch; ShutDown sets it to the target.
+    /// Detours must jump through it in one instruction, so that no detour keeps the address of a released trampoline.
     EPatchStatus Create(void* target, void* detour, void*& trampoline) noexcept;
 
-    /// Both stop all other threads for the moment of the change. When they fail nothing has changed.
+    /// Both stop all other threads while they change the code. On failure nothing has changed.
     EPatchStatus Enable(void* target) noexcept;
     EPatchStatus Disable(void* target) noexcept;
 
-    /// Enables all patches that are not, at one stop of the threads, or none of them.
+    /// Enables all disabled patches while the threads are stopped once. On failure nothing has changed.
     EPatchStatus EnableAll() noexcept;
 
-    /// Disables all patches, leads threads out of the trampolines. As a thread may come back to one unseen, when it
-    /// leaves a handler of its own, these stay, still good to run, for the next patch of the same function. When it
-    /// fails the engine stays initialised with all its patches, of which some may be disabled.
+    /// Disables all patches and leads threads out of the trampolines. Trampolines stay in memory and stay executable: a
+    /// thread that leaves a signal handler may return into one. The next patch of the same function reuses it. On
+    /// failure the engine stays initialised with all its patches, some of which may be disabled.
     EPatchStatus ShutDown() noexcept;
 
 private:
@@ -104,8 +104,8 @@ private:
 
     SPatchCalls m_calls;
     SPatch* m_first = nullptr;
-    SPatch* m_retired = nullptr; ///< no patches any more, but their trampolines stand
-    bool m_hasFrozen = true;     ///< the last time
+    SPatch* m_retired = nullptr; ///< removed patches whose trampolines stay in memory
+    bool m_hasFrozen = true;     ///< the last freeze succeeded
     LbOs::SPageSizes m_pageSizes = {};
     bool m_isInitialized = false;
 };

@@ -1,4 +1,4 @@
-/// What a heap tracker shows of itself.
+/// The figures and allocations that a heap tracker dumps.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ class LuStreamWriteText;
 namespace LuTestSuite
 {
 
-/// The numbers of a dump, in its order.
+/// The figures of a dump, in the order in which they are written.
 struct SCounts
 {
     std::uint64_t mallocs;
@@ -21,7 +21,7 @@ struct SCounts
     std::int64_t maximum;
 };
 
-/// What a dump shows, taken at one moment, in memory of its own. Without that memory it is incomplete.
+/// A consistent copy of what a dump shows, in pages of its own. Incomplete if the system has no pages left.
 class CSnapshot
 {
 public:

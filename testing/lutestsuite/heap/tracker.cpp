@@ -40,7 +40,8 @@ bool isWatched() noexcept
 
 } // namespace
 
-/// To be called ahead of the lock. Handlers of others, which may allocate, come before this library's in a child.
+/// Call before taking the lock. In a forked child, fork handlers of other libraries run before this library's handler,
+/// and they may allocate.
 void LuTestSuiteHeapTracker::goOnInChild() noexcept
 {
     if (s_trackerState.forks.IsInChild())
@@ -49,7 +50,7 @@ void LuTestSuiteHeapTracker::goOnInChild() noexcept
     }
 }
 
-/// The lock for all that reads or changes trackers, at a moment without forks.
+/// Locks the trackers for reading or changing them, at a moment when no fork is under way.
 class LuTestSuiteHeapTracker::CChange : public INonCopyable
 {
 public:
@@ -102,7 +103,7 @@ void LuTestSuiteHeapTracker::Initialize()
     }
     if (!m_isRegistered)
     {
-        // There is one already when a fork has dropped the tracker.
+        // A tracker that was dropped by a fork still has its map.
         m_allocations = m_allocations == nullptr ? CAllocationMap::Create() : m_allocations;
         s_bDeactivateGlobal = true;
         link();
@@ -133,15 +134,15 @@ bool LuTestSuiteHeapTracker::hook(void* target, void* detour, void*& trampoline)
         return false;
     }
     const EPatchStatus status = s_engine.Create(target, detour, trampoline);
-    // It is there already when an earlier attempt went no further.
+    // An earlier attempt that failed midway may have created the patch already.
     return status == EPatchStatus::Success || status == EPatchStatus::AlreadyCreated;
 }
 
 void LuTestSuiteHeapTracker::UnhookAll()
 {
     const CChange change;
-    // When that fails patches may stay, and with them all that they lead to. They count nothing until the next
-    // Initialize, and another call tries again.
+    // On failure, patches and detours may stay in place. They count nothing until the next Initialize, and the next
+    // call of this function tries again.
     s_engine.ShutDown();
     s_bIsHooked = false;
 }
@@ -235,15 +236,15 @@ void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
         const CChange change;
         return CSnapshot({m_mallocCount, m_freeCount, m_reallocCount, m_currentAlloc, m_currentMax}, m_allocations);
     };
-    // Written without the lock, for the stream may wait for threads that allocate.
+    // Writes without the lock, because the stream may wait for threads that allocate.
     const CSnapshot snapshot = take();
 
     snapshot.Write(stream);
 }
 
-/// Held across the run-time's call and the report: else another thread could get a freed block, and report it, before
-/// it is reported as freed. The heap's own lock comes first, as it does for a thread that locked the heap and then
-/// allocates.
+/// Held across the run-time's call and the report. Otherwise another thread could receive and report a freed block
+/// before its release is reported. Takes the heap's own lock first, in the same order as a thread that locks the heap
+/// and then allocates.
 class LuTestSuiteHeapTracker::COperationLock : public INonCopyable
 {
 public:
@@ -285,7 +286,7 @@ void LuTestSuiteHeapTracker::detourFree(void* address) noexcept
     }
     const COperationLock lock;
     const bool isPartOfRealloc = std::exchange(s_trackerState.isInsideRealloc, false);
-    // As a number, since the pointer means nothing after the call.
+    // Converted before the call, because the pointer value is invalid afterwards.
     const std::uint64_t freed = toAddress(address);
     LuTestSuite::CallFree(address);
     if (!isPartOfRealloc)
@@ -336,7 +337,7 @@ void LuTestSuiteHeapTracker::dispatchOrDefer(const SOperation& operation) noexce
 
 void LuTestSuiteHeapTracker::dispatch(const SOperation& operation) noexcept
 {
-    // Without all three in place, after an UnhookAll that failed midway, counts would be wrong.
+    // After an UnhookAll that failed midway some of the three patches are missing, so counts would be wrong.
     if (s_bDeactivateGlobal || !s_bIsHooked)
     {
         return;
@@ -366,7 +367,7 @@ void LuTestSuiteHeapTracker::track(EOperation operation, std::uint64_t oldAddres
     case EOperation::Realloc:
         checkAllocation(m_operationCounter, size);
         ++m_reallocCount;
-        // When it fails the old block lives on; of size 0, it has freed it.
+        // A failed realloc keeps the old block; a realloc to size 0 frees it.
         if (newAddress != 0 || size == 0)
         {
             trackDeallocatedMemory(oldAddress);

@@ -5,14 +5,14 @@
 #include "testing/lutestsuite/heap/trackerstate.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 
-// The heap tracker on its way through forks.
+// How the heap tracker survives forks.
 
 using LuTestSuite::s_trackerState;
 using LuTestSuite::SOperation;
 
-// When the library is loaded: a fork beside the first tracker needs its handlers, and would leave its child the guard
-// of anything that is made on first use. The search also takes the loader's lock, whose holder may be waiting in a
-// detour.
+// Runs when the library is loaded. If it ran on first use instead, a fork at that moment would miss the handlers, and
+// its child would inherit a locked initialisation guard. Finding the functions also takes the loader's lock, whose
+// owner may be waiting inside a detour.
 const LbOs::SHeapFunctions LuTestSuiteHeapTracker::s_functions = prepare();
 
 LbOs::SHeapFunctions LuTestSuiteHeapTracker::prepare()
@@ -47,14 +47,14 @@ void LuTestSuiteHeapTracker::afterForkInChild() noexcept
 
 void LuTestSuiteHeapTracker::startOverInChild() noexcept
 {
-    // The lock may be that of a thread that the child does not have; what it guarded meanwhile may be half written.
+    // A thread that does not exist in the child may hold the lock and may have left the guarded data half written.
     std::construct_at(&s_CriticalSection);
     s_trackerState.isInsideRealloc = false;
     dropTrackersOfOtherThreads();
     s_trackerState.forks.StartOver();
 }
 
-/// These may lie on the stacks of threads that the child does not have, which its next threads get.
+/// The trackers of other threads may lie on stacks that new threads of the child will reuse.
 void LuTestSuiteHeapTracker::dropTrackersOfOtherThreads() noexcept
 {
     LuTestSuiteHeapTracker** place = &s_TrackerList;

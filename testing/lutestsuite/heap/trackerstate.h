@@ -1,4 +1,4 @@
-/// What the heap tracker's counting and its way through forks share.
+/// The state that the heap tracker's counting and its fork handling share.
 #pragma once
 
 #include <atomic>
@@ -9,18 +9,18 @@
 namespace LuTestSuite
 {
 
-/// Forks under way, on their threads. A fork cannot hold the tracker's lock: behind this library's own handler it waits
-/// for locks of the run-time, such as that of the list of streams, whose holders may allocate. So as long as there are
-/// any, trackers stay as they are, for the child to find whole, and operations are put down here.
+/// The forks under way on all threads. A fork cannot hold the tracker's lock: after this library's fork handler it
+/// waits for locks of the run-time, for example the lock of the stream list, whose owners may allocate. So while a fork
+/// is under way the trackers do not change, which gives the child consistent copies, and operations are queued here.
 ///
-/// Written under the tracker's lock, or in a child that has no other thread yet.
+/// Changed under the tracker's lock, or in a child that has no other thread yet.
 class CForks
 {
 public:
     bool AreUnderWay() const noexcept { return m_count.load(std::memory_order_relaxed) != 0; }
 
-    /// True in a child that has not started over. By its number, and so not in one whose number is its parent's, as two
-    /// name spaces of numbers allow.
+    /// True in a child that has not called StartOver. Compares process ids, so it misses a child in another process id
+    /// name space that has its parent's id.
     bool IsInChild() const noexcept { return AreUnderWay() && LbOs::GetProcessId() != m_process; }
 
     void Begin() noexcept
@@ -28,13 +28,13 @@ public:
         m_process = LbOs::GetProcessId();
         ++m_count;
     }
-    /// True for the last one.
+    /// True if no other fork is under way.
     bool End() noexcept { return --m_count == 0; }
 
     void Defer(const SOperation& operation) noexcept { m_operations.Append(operation); }
     void Replay(void (*function)(const SOperation& operation) noexcept) noexcept { m_operations.Replay(function); }
 
-    /// In a child, which has none of these forks. What was put down may be half written.
+    /// For a child, where no fork is under way. Queued operations may be half written and are dropped.
     void StartOver() noexcept
     {
         m_operations.Abandon();
@@ -47,14 +47,14 @@ private:
     COperationLog m_operations;
 };
 
-/// Without a destructor: the detours may run until the last instruction of the process.
+/// Has no destructor: the detours may run until the process ends.
 struct STrackerState
 {
-    /// Registered trackers that are switched on. Without any, the detours need no lock.
+    /// Number of registered, active trackers. While it is 0 the detours take no lock.
     std::atomic<unsigned> activeCount = 0;
 
-    /// The run-time's realloc is about to call its own malloc or free, once, which is no operation of the program. What
-    /// these call in turn (the program's handler for a lack of memory) is. Under the lock.
+    /// Set while the run-time's realloc is about to call its own malloc or free once. That call is no operation of the
+    /// program, but calls made from inside it are (the program's new-handler). Guarded by the lock.
     bool isInsideRealloc = false;
 
     CForks forks;

@@ -13,13 +13,13 @@ constexpr std::uint8_t c_JumpShort = 0xEB;
 constexpr std::uint8_t c_Interrupt3 = 0xCC;
 constexpr std::uint8_t c_Nop = 0x90;
 
-/// The instructions that a patch replaces wholly or in part.
+/// The instructions that a patch overwrites completely or partly.
 struct SPrologue
 {
     std::array<SInstruction, c_PatchSize> instructions;
     std::array<std::uint8_t, c_PatchSize> offsets;
     std::size_t count = 0;
-    std::size_t size = 0; ///< bytes of them all
+    std::size_t size = 0; ///< bytes of all instructions
 
     bool IsStart(std::size_t offset) const noexcept
     {
@@ -27,7 +27,7 @@ struct SPrologue
     }
 };
 
-/// Nothing behind it belongs to the same path.
+/// True if execution never continues behind the instruction.
 bool endsPath(const SInstruction& instruction) noexcept
 {
     if (instruction.map != EOpcodeMap::OneByte)
@@ -69,8 +69,8 @@ std::optional<SPrologue> readPrologue(std::span<const std::uint8_t> code) noexce
         {
             break;
         }
-        // A short function may be replaced together with what fills the space to the next one. A call would return into
-        // the patch.
+        // The patch may overwrite a short function together with the padding behind it. It may not overwrite a call,
+        // which would return into the patch.
         const std::size_t rest = c_PatchSize - prologue.size;
         if (isCall(*instruction) ||
             (endsPath(*instruction) && (code.size() < c_PatchSize || !isPadding(code.subspan(prologue.size, rest)))))
@@ -81,8 +81,8 @@ std::optional<SPrologue> readPrologue(std::span<const std::uint8_t> code) noexce
     return prologue;
 }
 
-/// Looks through the code behind the prologue for jumps into the replaced bytes. Not a proof: jumps through tables, and
-/// those of distant code, are not seen.
+/// Searches the code behind the prologue for jumps into the overwritten bytes. Not a proof: it misses jumps through
+/// tables and jumps from distant code.
 bool isEnteredFromBehind(std::span<const std::uint8_t> code, std::uintptr_t target, std::size_t first) noexcept
 {
     for (std::size_t offset = first; offset < code.size();)
@@ -90,7 +90,7 @@ bool isEnteredFromBehind(std::span<const std::uint8_t> code, std::uintptr_t targ
         const std::optional<SInstruction> instruction = DecodeInstruction(code.subspan(offset));
         if (!instruction)
         {
-            // Data, or the end of what can be read.
+            // Data, or the end of the readable bytes.
             return false;
         }
         if (instruction->relative != ERelative::None)
@@ -134,7 +134,7 @@ public:
 private:
     static constexpr std::size_t sc_uiPointerSize = 8;
 
-    /// A displacement inside the block that leads to the copy of an instruction that may come later.
+    /// A jump address in the block that must point to the copy of an instruction, which may be emitted later.
     struct SInnerJump
     {
         std::size_t literal;
@@ -147,13 +147,13 @@ private:
         m_position += bytes.size();
     }
 
-    /// The next instruction emitted may be replaced by going on at `resume`.
+    /// A thread at the next emitted instruction may continue at `resume` instead.
     void mark(std::uintptr_t resume) noexcept
     {
         m_trampoline.places[m_trampoline.placeCount++] = {static_cast<std::uint8_t>(m_position), resume};
     }
 
-    /// Puts an address into the table at the block's end, and the distance to it behind the code so far.
+    /// Stores an address in the table at the block's end, and emits the distance to it as a displacement.
     void emitLiteral(std::uintptr_t value) noexcept
     {
         m_literals -= sc_uiPointerSize;
@@ -163,7 +163,7 @@ private:
         m_position += sizeof(distance);
     }
 
-    /// A jump to any address.
+    /// Emits a jump that reaches any address.
     void emitJump(std::uintptr_t destination) noexcept
     {
         mark(destination);
@@ -183,7 +183,7 @@ private:
         m_innerJumps[m_innerCount++] = {m_literals, offset};
     }
 
-    /// Jumps between the copied instructions stay among the copies.
+    /// Redirects jumps between the original instructions to their copies.
     void fixInnerJumps() noexcept
     {
         for (std::size_t index = 0; m_isGood && index < m_innerCount; ++index)
@@ -216,7 +216,7 @@ private:
         }
     }
 
-    /// As a return address the callee gets the one of the original, which never goes away.
+    /// Pushes the return address of the original call: unlike the block, the original code always stays in memory.
     void copyCall(std::uintptr_t address, std::uintptr_t destination, std::uintptr_t returnAddress) noexcept
     {
         mark(address);
@@ -225,7 +225,8 @@ private:
         emitJump(destination);
     }
 
-    /// The short form of the branch over a jump over a long jump, which serves those too that have no other form.
+    /// Emits the short form of the branch, a short jump over a long jump, and the long jump. This also serves branches
+    /// that have only a short form.
     void copyBranch(const SInstruction& instruction, const std::uint8_t* source, std::uintptr_t address) noexcept
     {
         constexpr std::uint8_t c_ShortJumpSize = 2;
@@ -252,7 +253,7 @@ private:
         m_position += instruction.length;
         if (isCall(instruction))
         {
-            // Through a register or memory, and the last one: the original's return address would be lost.
+            // An indirect call at the end of the prologue cannot be moved: it would push the copy's return address.
             m_isGood = false;
         }
         if (instruction.isRipRelative)

@@ -1,4 +1,4 @@
-/// The way around a patched function's entry.
+/// The code that runs a patched function's overwritten instructions and continues behind them.
 #pragma once
 
 #include <array>
@@ -12,13 +12,14 @@
 namespace LuTestSuite
 {
 
-/// Bytes that a patch replaces: a jump with a 32-bit displacement.
+/// Number of bytes that a patch overwrites: a jump with a 32-bit displacement.
 inline constexpr std::size_t c_PatchSize = 5;
 
-/// Code and what is needed to move a thread in or out of it. All places inside are offsets from the block's begin.
+/// The code of a trampoline, and the places at which a thread can be moved into or out of it. Places are offsets from
+/// the beginning of the block.
 ///
-/// The block holds copies of the instructions that a patch replaces, with their relative operands fixed up, then a jump
-/// to the first instruction left alone. In front of it stands the relay, a jump of any reach to the detour.
+/// The block begins with the relay, a jump of any reach to the detour. Then follow copies of the overwritten
+/// instructions, with relative operands adjusted, and a jump to the first instruction that is not overwritten.
 struct STrampoline
 {
     static constexpr std::size_t sc_uiCapacity = 256;
@@ -26,14 +27,14 @@ struct STrampoline
     static constexpr std::size_t sc_uiEntry = 16;
     static constexpr std::size_t sc_uiPlaceMax = 32;
 
-    /// An instruction of the original that has its copy.
+    /// An original instruction and its copy.
     struct SCopy
     {
         std::uint8_t original; ///< offset from the target
         std::uint8_t copy;     ///< offset from the block
     };
-    /// An instruction of the block, and where a thread that is about to run it may go on instead, once the target is as
-    /// it was.
+    /// An instruction of the block, and the address where a thread that is about to run it may continue after the
+    /// target is restored.
     struct SPlace
     {
         std::uint8_t offset;
@@ -46,15 +47,15 @@ struct STrampoline
     std::array<SPlace, sc_uiPlaceMax> places;
     std::size_t placeCount = 0;
 
-    /// Where a thread at `offset` of the target goes on in the block.
+    /// Where a thread at `offset` of the target continues in the block.
     std::optional<std::uintptr_t> FindCopy(std::uintptr_t block, std::size_t offset) const noexcept;
-    /// Where a thread at `offset` of the block goes on outside.
+    /// Where a thread at `offset` of the block continues outside the block.
     std::optional<std::uintptr_t> FindResume(std::size_t offset) const noexcept;
 };
 
-/// The trampoline of the function at `target`, to stand at `block`; `code` are the bytes at the target as far as they
-/// can be read. None when the replaced instructions cannot be moved: unknown ones, a function shorter than the patch, a
-/// return address inside the replaced bytes, a jump from elsewhere in `code` to there, or an operand out of reach from
+/// Makes the trampoline of the function at `target` for the address `block`. `code` holds the readable bytes at the
+/// target. Empty if the overwritten instructions cannot be moved: an unknown instruction, a function shorter than the
+/// patch, a return address inside the overwritten bytes, a jump in `code` to such a byte, or an operand out of reach of
 /// the block. Exported for tests.
 LUTESTSUITE_API std::optional<STrampoline> BuildTrampoline(std::span<const std::uint8_t> code, std::uintptr_t target,
                                                            std::uintptr_t block, std::uintptr_t detour) noexcept;

@@ -1,12 +1,12 @@
-/// Memory that the run-time takes once and keeps.
+/// Takes the memory that the run-time allocates once and keeps.
 #pragma once
 
 namespace LuTestSuite
 {
 
-/// Has the run-time take what it takes once for the calling thread, or for the process, so that it is no growth of the
-/// first case that would: for an exception, a single call among threads, calendar times, messages of errors.
-/// Does nothing when the thread is warm already.
+/// Triggers the one-time allocations of the run-time for the calling thread and the process (exceptions,
+/// std::call_once, calendar times, error messages), so that they do not count as growth of the first case that needs
+/// them. Does nothing if the thread is warm already.
 void WarmUpThread();
 
 } // namespace LuTestSuite

@@ -26,7 +26,7 @@ struct SPaths
     std::vector<std::wstring> paths;
 };
 
-/// With one kind of separator, so that the same folder is always the same text.
+/// Uses one kind of separator, so that equal folders have equal texts.
 std::wstring toUniform(std::wstring path)
 {
     std::ranges::replace_if(path, LbPath::IsSeparator, LbPath::c_Separator);
@@ -65,15 +65,15 @@ SPaths getPaths(const UnitTests& tests)
     }
     for (std::wstring& path : result.paths)
     {
-        // Paths of different drives share nothing, not even the separator in front.
+        // Paths on different drives share no component, not even a leading separator.
         path = last == std::wstring_view::npos ? result.rootName + LbPath::c_Separator + path
                                                : result.rootName + path.substr(last);
     }
     return result;
 }
 
-/// Orders characters as the code units of UTF-16 are ordered, with the separator of Windows: the tree is the same on
-/// all platforms. A backslash that separates nothing comes behind one that does.
+/// Orders characters like UTF-16 code units, and the separator like the Windows separator, so that the tree is the same
+/// on all platforms. A backslash that is no separator sorts behind a separator.
 std::uint64_t getOrder(wchar_t character)
 {
     constexpr std::uint64_t c_BehindPairs = 0x200000;
@@ -88,7 +88,7 @@ bool isBefore(const std::wstring& a, const std::wstring& b)
     return atB != b.end() && (atA == a.end() || getOrder(*atA) < getOrder(*atB));
 }
 
-/// The place of each path in the order of all; equal paths share one.
+/// The rank of each path among all paths; equal paths have equal ranks.
 std::vector<std::uint32_t> getRanks(const std::vector<std::wstring>& paths)
 {
     std::vector<std::uint32_t> order(paths.size());
@@ -114,7 +114,7 @@ std::vector<SEntry> getSortedEntries(const UnitTests& tests, const std::vector<s
             entries.push_back({unitTest, testCase});
         }
     }
-    // Comparing places spares comparing the paths, which are long and mostly equal.
+    // Comparing ranks is cheaper than comparing paths, which are long and mostly equal.
     const std::vector<std::uint32_t> ranks = getRanks(paths);
     std::ranges::stable_sort(entries, [&](const SEntry& a, const SEntry& b) {
         return ranks[a.unitTest] != ranks[b.unitTest]
@@ -186,7 +186,7 @@ void LuTestSuiteTree::Build(const UnitTests& tests)
     {
         throw LbException();
     }
-    // Until here a case knows its entry; what the entry stands for is only right when the whole node agrees.
+    // So far each case refers to its entry. Checks that the entries of a node belong to the node's unit test.
     const auto resolve = [&](SCase& treeCase, const LuTestSuite::SUnitTest& test) {
         treeCase.testCase = entries[treeCase.testCase].testCase;
         if (treeCase.testCase >= test.cases.size() || test.cases[treeCase.testCase].name != treeCase.name)
