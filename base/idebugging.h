@@ -5,7 +5,8 @@
 
 #include "base/lbexport.h"
 
-/// Implemented by a class next to LuUnitTest. The runner asks and sets before each case, on the case's thread.
+/// A unit test may implement it next to LuUnitTest. The runner queries and sets the options before each case, on the
+/// case's thread.
 class LB_API IDebugging
 {
 public:
@@ -20,6 +21,6 @@ public:
 
     virtual bool IsOptionSupported(EOption option) const = 0;
 
-    /// Called for supported options only.
+    /// Called only for supported options.
     virtual void SetOption(EOption option, bool value) = 0;
 };

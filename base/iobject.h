@@ -1,20 +1,20 @@
-/// The universal object base.
+/// The common base of all objects.
 #pragma once
 
 #include "base/lbexport.h"
 
 class LbRTTI;
 
-/// Base of every class that the registry can create. Derive virtually where a class may get it twice.
+/// Base of every class that the registry can create. Derive virtually where a class may inherit it twice.
 class LB_API IObject
 {
 public:
     virtual ~IObject();
 
-    /// The run-time type record of the object's class; a class without a record of its own gives its base's.
+    /// The run-time type record of the object's class, or of the nearest base class that has a record.
     virtual const LbRTTI& GetRTTI() const;
 
-    /// True when the object's class is `type` or derived from it.
+    /// True if the object's class is `type` or derived from it.
     bool IsKindOf(const LbRTTI& type) const;
 
     static const LbRTTI RTTI;

@@ -19,7 +19,7 @@ struct SService
     std::wstring className;
     bool isTransient = false;
     bool isBeingMade = false;
-    std::shared_ptr<IObject> object; ///< the one for all, once made
+    std::shared_ptr<IObject> object; ///< the singleton after its creation, else null
 };
 
 std::atomic<IOC::CContainer*> s_Current = nullptr;
@@ -30,7 +30,7 @@ std::shared_ptr<IObject> create(const std::wstring& className)
     return create == nullptr ? nullptr : create();
 }
 
-/// Marks a service for the time in which its object is made.
+/// Marks a service while its object is being created.
 class CMakingMark : public INonCopyable
 {
 public:
@@ -53,9 +53,9 @@ struct IOC::CContainer::SContent
 
     std::map<std::wstring, SService> services;
 
-    // Re-entrant, since a service's constructor may ask for other services.
+    // Re-entrant, because a service's constructor may resolve other services.
     LbCriticalSection criticalSection;
-    std::vector<SService*> made; ///< those with an object, in the order of their making
+    std::vector<SService*> made; ///< services with an object, in order of creation
 };
 
 IOC::CContainer::SContent::~SContent()

@@ -1,4 +1,4 @@
-/// The dependency-injection container: services by name, made from registered classes.
+/// The dependency-injection container: services by name, created from registered classes.
 ///
 /// Its configuration is XML:
 ///
@@ -7,8 +7,8 @@
 ///       <Service name="Job" class="CJob" lifetime="transient"/>
 ///     </Container>
 ///
-/// A service of the lifetime "singleton", which it has unless another is given, is one object for all, made when first
-/// asked for; each asker gets an object of its own of a "transient" one.
+/// A service of lifetime "singleton" (the default) is one shared object, created on first use. Each Resolve of a
+/// "transient" service creates a new object.
 #pragma once
 
 #include <memory>
@@ -23,31 +23,31 @@ class XMLDocument;
 namespace IOC
 {
 
-/// Any thread may resolve; services made once are destroyed with the container, in reverse order of their making.
+/// Any thread may resolve. Singletons are destroyed with the container, in reverse order of creation.
 class LB_API CContainer : public INonCopyable
 {
 public:
-    /// Null when the file or text is not a container configuration (syntax, root, a service without name or class, a
-    /// name twice, an unknown lifetime).
+    /// Null if the file or text is no valid configuration: wrong syntax or root, a service without name or class, a
+    /// duplicate name, or an unknown lifetime.
     static std::unique_ptr<CContainer> CreateFromFile(const std::wstring& path);
     static std::unique_ptr<CContainer> CreateFromText(const std::string& xml);
 
     ~CContainer();
 
-    /// The container that the program shares with the modules it loads; null while there is none. Any thread may ask.
+    /// The container that the program shares with its modules; null if none is set. Callable from any thread.
     static CContainer* GetCurrent() noexcept;
 
-    /// Shares a container, which must not end before another one, or none (null), is shared.
+    /// Sets the shared container; null unsets it. The caller keeps ownership and must not destroy it while it is set.
     static void SetCurrent(CContainer* container) noexcept;
 
     bool HasService(const std::wstring& name) const;
 
-    /// The service's object; null when the name is unknown or its class cannot be created (modules that bring the class
-    /// may be loaded later: the class is looked up when asked for), or when its own constructor asks for it. Exceptions
-    /// of the constructor pass through; the next asker tries again.
+    /// The service's object. Null if the name is unknown, the class cannot be created, or the service's own constructor
+    /// asks for it. The class is looked up on each call, so its module may be loaded later. Exceptions of the
+    /// constructor pass through; the next call tries again.
     std::shared_ptr<IObject> Resolve(const std::wstring& name);
 
-    /// The same, cast to an interface; null also when the object does not have it.
+    /// The same, cast to an interface; also null if the object does not implement it.
     template<typename Interface>
     std::shared_ptr<Interface> Resolve(const std::wstring& name)
     {

@@ -1,32 +1,32 @@
-/// Optional interface of unit tests: their stored reference data can be made anew.
+/// Optional interface of unit tests that can re-create their stored reference data.
 #pragma once
 
 #include <cstdint>
 
 #include "base/lbexport.h"
 
-/// Implemented by a class next to LuUnitTest. Called after SetDataDirectory and InitSubtests.
+/// A unit test may implement it next to LuUnitTest. Called after SetDataDirectory and InitSubtests.
 class LB_API IUnitTestRecreate
 {
 public:
-    /// What the host asks for beside the sub-tests. The runner hands both on as it got them; the product family numbers
-    /// its target systems and says what the option selects.
+    /// The host's request. The runner passes both values on unchanged; the product family defines its target systems
+    /// and the meaning of the option.
     struct SRequest
     {
         std::uint32_t targetSystem = 0;
         bool option = false;
     };
 
-    /// Whether the sub-test has data that can be made anew.
+    /// True if the sub-test has data that can be re-created.
     virtual bool IsRecreatable(std::uint32_t subtest) const = 0;
 
-    /// Makes them anew. May throw.
+    /// Re-creates the data. May throw.
     virtual void Recreate(std::uint32_t subtest) = 0;
 
-    /// Last, since the two operations above hold the first slots.
+    /// Declared last, because the two operations above must have the first virtual-table slots.
     virtual ~IUnitTestRecreate();
 
-    /// Set by the runner ahead of the two operations. All zero where nobody asked.
+    /// Set by the runner before it calls the two operations; all zero by default.
     void SetRequest(const SRequest& request) noexcept { m_request = request; }
     const SRequest& GetRequest() const noexcept { return m_request; }
 

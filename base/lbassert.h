@@ -1,4 +1,4 @@
-/// Assertions and the switch of their dialog.
+/// Assertions and the switch for their dialog.
 #pragma once
 
 #include "base/lbexport.h"
@@ -6,11 +6,12 @@
 namespace LbAssert
 {
 
-/// Whether a failed assertion shows a dialog (the default) or is only traced (LbDiagnostics). Any thread.
+/// Selects whether a failed assertion shows a dialog (the default) or is only traced (LbDiagnostics). Callable from any
+/// thread.
 LB_API void SetDialogEnabled(bool enabled) noexcept;
 LB_API bool IsDialogEnabled() noexcept;
 
-/// Handles a failed assertion: traces it; with the dialog enabled asks the user, who may go on, break or abort.
+/// Handles a failed assertion: traces it and, if the dialog is enabled, asks the user to continue, break or abort.
 LB_API void Fail(const char* condition, const char* file, int line);
 
 } // namespace LbAssert

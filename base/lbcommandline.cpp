@@ -15,7 +15,7 @@ std::size_t countBackslashes(std::wstring_view text)
     return std::min(text.find_first_not_of(L'\\'), text.size());
 }
 
-/// Reads one word off the front of a text that begins with it.
+/// Removes the first word from the text and returns it. The text begins with that word.
 std::wstring takeWord(std::wstring_view& text)
 {
     std::wstring word;
@@ -25,7 +25,7 @@ std::wstring takeWord(std::wstring_view& text)
         const std::size_t backslashes = countBackslashes(text);
         text.remove_prefix(backslashes);
         const bool isBeforeMark = !text.empty() && text.front() == L'"';
-        // In front of a quotation mark two backslashes stand for one, and one left over takes the mark's meaning away.
+        // Before a quotation mark, two backslashes mean one, and a remaining single backslash escapes the mark.
         word.append(isBeforeMark ? backslashes / 2 : backslashes, L'\\');
         if (isBeforeMark && backslashes % 2 == 0)
         {

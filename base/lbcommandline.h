@@ -1,6 +1,6 @@
-/// Command lines as one text, the way programs of Windows read them: words apart by blanks, quotation marks around
-/// blanks, a backslash in front of a quotation mark that is meant, or two marks for one between others. Pure functions,
-/// the same on all platforms.
+/// Command lines as one text, by the rules of Windows programs: blanks separate words, quotation marks enclose blanks,
+/// and a literal quotation mark is written as backslash and mark, or inside quotation marks as two marks. Pure
+/// functions, the same on all platforms.
 #pragma once
 
 #include <string>
@@ -12,10 +12,10 @@
 namespace LbCommandLine
 {
 
-/// The argument in quotation marks: Split gives it back unchanged, whatever it holds.
+/// The argument in quotation marks, escaped so that Split returns it unchanged.
 LB_API std::wstring Quote(std::wstring_view argument);
 
-/// The words of a command line. A quotation mark that nothing closes reaches to the end.
+/// The words of a command line. An unclosed quotation mark extends to the end.
 LB_API std::vector<std::wstring> Split(std::wstring_view text);
 
 } // namespace LbCommandLine

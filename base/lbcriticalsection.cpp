@@ -4,7 +4,7 @@
 
 void LbCriticalSection::waitAndLock() noexcept
 {
-    // Most sections are a few instructions long: a look or two costs less than to sleep and be woken.
+    // Most sections are a few instructions long, so a few polls cost less than sleeping and being woken.
     constexpr int c_SpinCount = 40;
     for (int count = 0; count < c_SpinCount; ++count)
     {

@@ -8,10 +8,10 @@
 #include "base/lbexport.h"
 #include "base/os/platform.h"
 
-/// May be entered again by the thread that holds it; left as often as entered. Serves std::lock_guard as it is.
+/// The owning thread may enter it again and must leave it as often. Works with std::lock_guard.
 ///
-/// Never allocates and has no destructor that does anything: it may guard the heap's own functions, and an object of
-/// static life serves until the last instruction of the process.
+/// Never allocates, so it may guard the heap's own functions. Its destructor does nothing, so a static object can be
+/// used until the process ends.
 class LB_API LbCriticalSection
 {
 public:
@@ -30,7 +30,7 @@ public:
     bool try_lock() noexcept
     {
         const std::uintptr_t thread = LbOs::GetThreadKey();
-        // Only the thread itself ever writes its own key, so no other order than its own matters.
+        // Only this thread ever writes its own key, so relaxed order suffices.
         if (m_owner.load(std::memory_order_relaxed) == thread)
         {
             ++m_depth;
@@ -63,7 +63,7 @@ public:
 private:
     static constexpr std::uint32_t sc_uiFree = 0;
     static constexpr std::uint32_t sc_uiLocked = 1;
-    static constexpr std::uint32_t sc_uiContended = 2; ///< locked, and some thread may wait
+    static constexpr std::uint32_t sc_uiContended = 2; ///< locked, and a thread may be waiting
 
     void waitAndLock() noexcept;
     void wakeWaiter() noexcept;
@@ -73,5 +73,5 @@ private:
     std::atomic<std::uintptr_t> m_owner = 0;
 };
 
-/// Holds a critical section for the life of a scope.
+/// Holds a critical section during a scope.
 using LbCriticalSectionLock = std::lock_guard<LbCriticalSection>;

@@ -10,11 +10,11 @@
 namespace LbDateTime
 {
 
-/// Formats a point of local time: Y (four digits), m, d, H, i, s (two digits each) stand for year, month, day, hour,
-/// minute and second; all other characters stand for themselves ("[Y-m-d]-[H-i-s]"). Any thread.
+/// Formats a local time. Y (four digits), m, d, H, i and s (two digits each) are replaced by year, month, day, hour,
+/// minute and second; all other characters are copied ("[Y-m-d]-[H-i-s]"). Callable from any thread.
 LB_API std::wstring Format(const LbOs::SLocalTime& time, std::wstring_view format);
 
-/// The same for the present time.
+/// The same for the current time.
 LB_API std::wstring FormatNow(std::wstring_view format);
 
 } // namespace LbDateTime

@@ -9,7 +9,8 @@
 namespace
 {
 
-/// Made on first use and never destroyed, since static objects of other modules may trace while they come and go.
+/// Created on first use and never destroyed, because static objects of other modules may trace in their constructors
+/// and destructors.
 struct SListening
 {
     LbCriticalSection section;
@@ -23,7 +24,7 @@ SListening& getListening()
     return listening;
 }
 
-/// Marks the listener as busy, so that a trace of its own cannot call it again without end.
+/// Marks the listener as busy, so that a trace made by the listener does not call it again.
 class CBusyScope
 {
 public:
@@ -46,7 +47,7 @@ void LbDiagnostics::Trace(const std::wstring& text)
     if (listening.listener && !listening.isBusy)
     {
         const CBusyScope busy(listening.isBusy);
-        // A copy, since the listener may set another one.
+        // A copy, because the listener may replace itself.
         const auto listener = listening.listener;
         listener(text);
     }

@@ -1,4 +1,4 @@
-/// Diagnostics for developers: traces, never user output.
+/// Traces for developers; never output for users.
 #pragma once
 
 #include <functional>
@@ -10,11 +10,11 @@
 namespace LbDiagnostics
 {
 
-/// Hands a line to the listener, if one is set, and to the system's trace (debugger output on Windows, the system log
-/// on Linux). Any thread.
+/// Passes a line to the listener, if one is set, and to the system's trace (debugger output on Windows, the system log
+/// on Linux). Callable from any thread.
 LB_API void Trace(const std::wstring& text);
 
-/// Sets the one listener, or none when empty; returns the former one. It is called by the tracing thread, under a lock.
+/// Sets the listener (empty removes it) and returns the former one. The tracing thread calls it under a lock.
 LB_API std::function<void(const std::wstring&)> SetListener(std::function<void(const std::wstring&)> listener);
 
 } // namespace LbDiagnostics

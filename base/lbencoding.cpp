@@ -11,7 +11,7 @@ namespace
 constexpr bool c_WideIsUtf16 = sizeof(wchar_t) == 2;
 constexpr char32_t c_Replacement = 0xFFFD;
 constexpr char32_t c_LastCodePoint = 0x10FFFF;
-/// FromNative turns a stray byte into this lone surrogate plus the byte.
+/// FromNative maps an invalid byte to this lone surrogate plus the byte.
 constexpr char32_t c_StrayByteBase = 0xDC00;
 
 constexpr bool isHighSurrogate(char32_t unit)
@@ -34,7 +34,7 @@ constexpr char32_t joinSurrogates(char32_t high, char32_t low)
     return 0x10000 + ((high - 0xD800) << 10U) + (low - 0xDC00);
 }
 
-/// Takes the next code point; a lone surrogate comes as itself.
+/// Reads the next code point; returns a lone surrogate unchanged.
 template<typename Unit>
 char32_t nextCodePoint(std::basic_string_view<Unit> text, std::size_t& position)
 {
@@ -99,7 +99,7 @@ constexpr bool isScalarValue(char32_t codePoint)
     return codePoint <= c_LastCodePoint && (codePoint < 0xD800 || codePoint > 0xDFFF);
 }
 
-/// Length of the sequence that a first byte announces, and the smallest code point that needs such a length.
+/// Length of the sequence that a first byte begins, and the smallest code point of that length.
 struct SSequence
 {
     std::size_t length;
@@ -124,7 +124,7 @@ constexpr std::optional<SSequence> getSequence(unsigned first)
     return std::nullopt;
 }
 
-/// Takes the next code point of UTF-8; without a valid sequence moves by nothing.
+/// Reads the next code point of UTF-8; does not advance if the sequence is invalid.
 std::optional<char32_t> nextUtf8(std::string_view bytes, std::size_t& position)
 {
     const auto byteAt = [bytes](std::size_t index) { return static_cast<unsigned char>(bytes[index]); };
@@ -155,8 +155,8 @@ std::optional<char32_t> nextUtf8(std::string_view bytes, std::size_t& position)
     return codePoint;
 }
 
-/// Most texts are ASCII altogether: widens them in one pass the compiler can vectorise. False when there is another
-/// byte; the result is then of no use.
+/// Most texts are pure ASCII, and the compiler can vectorise this pass. False if there is another byte; the result is
+/// then meaningless.
 bool widenAscii(std::string_view bytes, std::wstring& result)
 {
     result.resize(bytes.size());
@@ -170,7 +170,7 @@ bool widenAscii(std::string_view bytes, std::wstring& result)
     return all < 0x80;
 }
 
-/// Decodes UTF-8; `replaceByte` gives the code point for a byte that is no part of a valid sequence.
+/// Decodes UTF-8; `replaceByte` returns the code point for an invalid byte.
 template<typename F>
 void decodeUtf8(std::string_view bytes, std::wstring& result, const F& replaceByte)
 {
@@ -186,7 +186,7 @@ void decodeUtf8(std::string_view bytes, std::wstring& result, const F& replaceBy
     }
 }
 
-/// Encodes as UTF-8; `appendInvalid` writes what is no code point of a character.
+/// Encodes as UTF-8; `appendInvalid` handles values that are no valid code point.
 template<typename F>
 std::string encodeUtf8(std::wstring_view text, const F& appendInvalid)
 {

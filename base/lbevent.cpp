@@ -4,7 +4,7 @@
 
 void LbEvent::Set()
 {
-    // Notified under the lock: a waiter may destroy the event as soon as it has been released.
+    // Notifies under the lock, because a waiter may destroy the event as soon as it is released.
     const std::lock_guard lock(m_mutex);
     m_isSet = true;
     m_changed.notify_one();

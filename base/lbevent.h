@@ -8,7 +8,7 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// One Set releases one waiting thread, now or later; setting a set event changes nothing. Any thread.
+/// Set releases one waiting thread, now or later; setting a set event has no effect. Callable from any thread.
 class LB_API LbEvent : public INonCopyable
 {
 public:
@@ -17,7 +17,7 @@ public:
     void Set();
     void Reset();
 
-    /// Waits for up to `milliseconds`; true when the event was set (and is reset by this), false on time-out.
+    /// Waits for up to `milliseconds`. Resets the event and returns true if it was set; false on time-out.
     bool Wait(std::uint32_t milliseconds = sc_uiInfinite);
 
 private:

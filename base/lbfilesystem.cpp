@@ -28,7 +28,7 @@ std::wstring findDirectory(LbFileSystem::EDirectoryKind kind)
     return {};
 }
 
-/// Entries are removed after the visit: what a listing shows of entries that vanish meanwhile differs between systems.
+/// Removes the entries after the visit, because systems differ in listing entries that vanish meanwhile.
 std::vector<std::wstring> getEntryNames(const std::wstring& directory)
 {
     std::vector<std::wstring> names;
@@ -73,7 +73,7 @@ bool LbFileSystem::AssertDirectory(const std::wstring& path)
     {
         return true;
     }
-    // Only a file ends the attempt: other threads may create the same folders meanwhile.
+    // Other threads may create the same folders meanwhile, so only a file in the way is a failure.
     return !IsFile(path) && AssertDirectory(LbPath::GetParent(path)) && LbOs::MakeDirectory(path);
 }
 
@@ -92,7 +92,7 @@ std::vector<std::wstring> LbFileSystem::GetFileNames(const std::wstring& directo
 
 bool LbFileSystem::RemoveTree(const std::wstring& directory)
 {
-    // Without its separator, since that would make a link stand for its target.
+    // Without the final separator, which would make the system follow a link to its target.
     const std::wstring path = LbPath::WithoutSeparator(directory);
     if (LbOs::RemoveFile(path))
     {

@@ -1,15 +1,15 @@
-/// Objects that can write their state down for a developer.
+/// Objects that can write their state for developers.
 #pragma once
 
 class LuStreamWriteText;
 
-/// `Version` is the version of the dump's layout; classes with several layouts derive from several of them.
+/// `Version` is the version of the dump's layout. A class with several layouts derives from several of these.
 template<int Version>
 class LbIDumpable
 {
 public:
     virtual ~LbIDumpable() = default;
 
-    /// Writes the state as text lines. The stream is the caller's.
+    /// Writes the state as text lines. The caller owns the stream.
     virtual void dump(LuStreamWriteText& stream) const = 0;
 };

@@ -45,13 +45,13 @@ struct LbMessageDispatcher::SShared
     void Stop();
 
     std::mutex mutex;
-    std::condition_variable changed; ///< for the dispatcher thread: a message, or the end
-    std::condition_variable handled; ///< for those who flush: a message has been handled
+    std::condition_variable changed; ///< wakes the dispatcher thread: a new message, or the shut-down
+    std::condition_variable handled; ///< wakes threads in Flush: a message has been handled
     std::deque<std::function<void()>> queue;
     std::uint64_t postedCount = 0;
     std::uint64_t handledCount = 0;
     std::thread thread;
-    std::condition_variable ready; ///< for those who start: the dispatcher thread has begun
+    std::condition_variable ready; ///< wakes threads in Start: the dispatcher thread has begun
     bool hasThread = false;
     bool isReady = false;
     bool isStopping = false;
@@ -77,7 +77,7 @@ void LbMessageDispatcher::SShared::Work()
         queue.pop_front();
         lock.unlock();
         handle(message);
-        // What the message has captured goes before it counts as handled.
+        // Releases what the message has captured before the message counts as handled.
         message = nullptr;
         lock.lock();
         ++handledCount;
@@ -97,7 +97,7 @@ void LbMessageDispatcher::SShared::Stop()
         isStopping = true;
         changed.notify_all();
     }
-    // Unlocked, but nobody else touches the thread as long as there is one.
+    // Not locked: no other thread touches the thread object while it exists.
     thread.join();
     const std::lock_guard lock(mutex);
     hasThread = isReady = false;
@@ -110,8 +110,8 @@ LbMessageDispatcher::~LbMessageDispatcher() = default;
 
 LbMessageDispatcher& LbMessageDispatcher::GetInstance()
 {
-    // Never destroyed: a process that ends without a shut-down must neither wait for the thread, which the system may
-    // have ended already, nor take the dispatcher away from threads that still post.
+    // Never destroyed. If the process ends without a shut-down, waiting for the thread could hang, because the system
+    // may have ended it, and other threads may still post.
     static LbMessageDispatcher& dispatcher = *new LbMessageDispatcher;
     s_exists = true;
     return dispatcher;
@@ -147,7 +147,7 @@ bool LbMessageDispatcher::Start()
             return false;
         }
     }
-    // What the thread takes from the heap when it begins would else be seen by whatever is measured at that time.
+    // Otherwise a heap tracker could count what the thread allocates at its start.
     m_shared->ready.wait(lock, [this] { return m_shared->isReady || !m_shared->hasThread; });
     return m_shared->hasThread && !m_shared->isStopping;
 }
@@ -179,7 +179,7 @@ void LbMessageDispatcher::Flush()
         return;
     }
     std::unique_lock lock(m_shared->mutex);
-    // Posted messages are always handled, also by a thread that is about to end, so this needs no look at its state.
+    // The thread handles all posted messages before it ends, so its state does not matter here.
     const std::uint64_t awaited = m_shared->postedCount;
     m_shared->handled.wait(lock, [this, awaited] { return m_shared->handledCount >= awaited; });
 }

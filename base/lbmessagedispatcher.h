@@ -7,29 +7,29 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// Any thread may use it. Exceptions that leave a message are traced (LbDiagnostics) and dropped.
+/// Usable from any thread. Exceptions that leave a message are traced (LbDiagnostics) and dropped.
 class LB_API LbMessageDispatcher : public INonCopyable
 {
 public:
-    /// The dispatcher, made on first use; its thread is not started by this.
+    /// The dispatcher, created on first use. Does not start its thread.
     static LbMessageDispatcher& GetInstance();
 
-    /// True when it has been made and not shut down.
+    /// True if the dispatcher exists: it was created and not shut down.
     static bool Exists();
 
-    /// Handles the messages posted so far, ends the thread (waiting without limit) and unmakes the dispatcher. Does
-    /// nothing without one. Must not be called by a message.
+    /// Handles the messages posted so far, ends the thread (waiting without limit) and discards the dispatcher. Does
+    /// nothing if there is no dispatcher. Must not be called by a message.
     static void Shutdown();
 
-    /// Starts the thread and waits until it has begun; true when it runs afterwards.
+    /// Starts the thread and waits until it has begun; true if it runs afterwards.
     bool Start();
     bool IsRunning() const;
 
-    /// Hands in a message; false, and the message is dropped, when the thread is not running.
+    /// Posts a message. If the thread is not running, drops the message and returns false.
     bool Post(std::function<void()> message);
 
-    /// Waits without limit until all messages posted before have been handled. Returns at once when not running,
-    /// and when called by a message, which cannot wait for itself.
+    /// Waits without limit until all messages posted before are handled. Returns at once if the thread is not
+    /// running, and when called by a message, which cannot wait for itself.
     void Flush();
 
     ~LbMessageDispatcher();

@@ -16,13 +16,13 @@ namespace
 
 using RangeFunction = std::function<void(std::int64_t, std::int64_t)>;
 
-/// One loop under way; lives on the caller's stack.
+/// A running loop; lives on the caller's stack.
 class CLoop
 {
 public:
     CLoop(std::int64_t first, std::int64_t last, const RangeFunction& body, unsigned threadCount)
         : m_body(body), m_first(first), m_count(static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first)),
-          // Several ranges a thread, so that one that is held up does not hold up the others for long.
+          // Several ranges per thread, so that a delayed thread does not delay the loop for long.
           m_rangeSize(std::max<std::uint64_t>(1U, m_count / (std::uint64_t{threadCount} * sc_uiRangesPerThread))),
           m_rangeCount((m_count - 1U) / m_rangeSize + 1U)
     {
@@ -30,7 +30,7 @@ public:
 
     std::uint64_t GetRangeCount() const noexcept { return m_rangeCount; }
 
-    /// Takes ranges until none is left. Never throws.
+    /// Runs ranges until no range is left. Never throws.
     void Work() noexcept;
 
     void RethrowFailure() const
@@ -74,7 +74,7 @@ void CLoop::Work() noexcept
 
 void CLoop::runRange(std::uint64_t range) const
 {
-    // In unsigned numbers, since a loop may span more than half of all values.
+    // Unsigned, because a loop may span more than half of all values.
     const std::uint64_t offset = range * m_rangeSize;
     const std::uint64_t size = std::min(m_rangeSize, m_count - offset);
     const std::uint64_t begin = static_cast<std::uint64_t>(m_first) + offset;
@@ -91,7 +91,7 @@ void CLoop::endEarly(std::exception_ptr failure) noexcept
     }
 }
 
-/// The pool's part in a loop; ends before the loop does, whatever happens.
+/// The pool tasks of a loop; always ends before the loop does.
 class CHelpers : public INonCopyable
 {
 public:
@@ -108,7 +108,7 @@ CHelpers::~CHelpers()
 {
     for (const LbThreadPool::CTask& task : m_tasks)
     {
-        // A helper that has not started by now is not needed; on a busy pool, to wait for it could be for ever.
+        // A task that has not started is not needed any more, and on a busy pool it might never start.
         if (!task.Cancel())
         {
             task.Wait();
@@ -153,8 +153,8 @@ void LbParallel::Invoke(std::initializer_list<std::function<void()>> functions)
 std::int64_t LbParallel::SumRange(std::int64_t first, std::int64_t last)
 {
 #ifdef _OPENMP
-    // Idle threads of the OpenMP run-time spin for milliseconds and take processors from what runs next, unless there
-    // are more of them than processors. Each thread that calls this gets threads of its own, hence not too many.
+    // Idle threads of the OpenMP run-time spin for milliseconds and block processors, unless there are more threads
+    // than processors. Each calling thread gets its own team, so the number is kept small.
     const int threadCount = std::min(omp_get_num_procs() + 1, 8);
     std::int64_t sum = 0;
 #pragma omp parallel for reduction(+ : sum) num_threads(threadCount)

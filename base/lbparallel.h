@@ -1,7 +1,7 @@
-/// Parallel loops on the process-wide thread pool, with values kept apart per thread.
+/// Parallel loops on the process-wide thread pool, and values per thread.
 ///
-/// The calling thread takes part in the work, so loops may be nested and may run on pool threads. An exception that
-/// leaves a body ends the loop early and is passed on to the caller; of several, the first. Any thread.
+/// The calling thread takes part in the work, so loops may be nested and may run on pool threads. The first exception
+/// that leaves a body ends the loop early and is rethrown to the caller. Callable from any thread.
 #pragma once
 
 #include <array>
@@ -19,7 +19,8 @@
 namespace LbParallel
 {
 
-/// Splits [first, last) into ranges and calls `body(rangeFirst, rangeLast)` for each, in no order, on several threads.
+/// Splits [first, last) into ranges and calls `body(rangeFirst, rangeLast)` for each, on several threads, in
+/// unspecified order.
 LB_API void ForRanges(std::int64_t first, std::int64_t last,
                       const std::function<void(std::int64_t rangeFirst, std::int64_t rangeLast)>& body);
 
@@ -38,15 +39,15 @@ void For(std::int64_t first, std::int64_t last, const F& body)
 /// Calls each of the functions once, on several threads, and waits for all.
 LB_API void Invoke(std::initializer_list<std::function<void()>> functions);
 
-/// Sum of first..last (inclusive) by the OpenMP run-time's parallel loop; by For where the compiler has no OpenMP.
+/// Sum of first..last (inclusive) in a parallel loop of the OpenMP run-time, or of For if the compiler has no OpenMP.
 LB_API std::int64_t SumRange(std::int64_t first, std::int64_t last);
 
 } // namespace LbParallel
 
 /// A value per thread, combined at the end.
 ///
-/// Local() may be called by many threads at once and is cheap enough for the body of a loop; all else only when none of
-/// them runs any more.
+/// Local() may be called by many threads at once and is cheap enough for the body of a loop. Call the other operations
+/// only after those threads have finished.
 template<typename T>
 class LbCombinable : public INonCopyable
 {
@@ -55,16 +56,16 @@ public:
     explicit LbCombinable(T initial = T()) : m_initial(std::move(initial)) {}
     ~LbCombinable();
 
-    /// The calling thread's value, made on first use. A thread may inherit the value of one that has ended.
+    /// The calling thread's value, created on first use. A thread may inherit the value of a thread that has ended.
     T& Local();
 
-    /// All threads' values folded by `combine(const T&, const T&) -> T`, in no order; the initial value when there is
-    /// none.
+    /// All threads' values folded by `combine(const T&, const T&) -> T` in unspecified order; the initial value if no
+    /// thread has a value.
     template<typename F>
     T Combine(const F& combine) const;
 
 private:
-    /// On cache lines of its own, so that threads do not slow each other down.
+    /// Has its own cache lines, so that threads do not slow each other down.
     struct alignas(64) SValue
     {
         std::uintptr_t threadKey;
@@ -76,7 +77,7 @@ private:
 
     std::atomic<SValue*>& getBucket(std::uintptr_t threadKey)
     {
-        // Keys are addresses whose low bits are alike: the multiplication brings the others to the top.
+        // Keys are addresses with equal low bits; the multiplication moves the differing bits to the top.
         return m_buckets[(threadKey * 0x9E3779B97F4A7C15U) >> (64U - sc_uiBucketBits)];
     }
     T& add(std::uintptr_t threadKey);

@@ -8,13 +8,13 @@
 namespace
 {
 
-/// Length without the separators at the end.
+/// Length without trailing separators.
 std::size_t getTrimmedLength(std::wstring_view path)
 {
     return path.find_last_not_of(LbOs::c_PathSeparators) + 1;
 }
 
-/// Where the last component begins.
+/// Offset of the last component.
 std::size_t getLastStart(std::wstring_view path)
 {
     return path.substr(0, getTrimmedLength(path)).find_last_of(LbOs::c_PathSeparators) + 1;

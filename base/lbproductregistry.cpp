@@ -6,7 +6,7 @@
 namespace
 {
 
-/// Made on first use, since static objects of other modules may enter products while they are made.
+/// Created on first use, because constructors of static objects in other modules may register products.
 struct SProducts
 {
     std::mutex mutex;

@@ -1,4 +1,4 @@
-/// What product the process runs.
+/// The products that the process runs.
 #pragma once
 
 #include <optional>
@@ -16,10 +16,10 @@ struct SProduct
     std::wstring version;
 };
 
-/// Enters a product; one of the same name is replaced. Any thread.
+/// Registers a product, replacing one of the same name. Callable from any thread.
 LB_API void Register(const std::wstring& name, const std::wstring& version);
 
-/// The product of that name, if it was entered.
+/// The registered product of that name, if any.
 LB_API std::optional<SProduct> Find(const std::wstring& name);
 
 /// All products in the order in which they were first entered.

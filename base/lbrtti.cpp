@@ -9,18 +9,18 @@
 namespace
 {
 
-/// All records by name. Those that share a name stand in the order of their registration; the first is found.
+/// All records by name. Records with equal names are in order of registration; Find returns the first.
 struct SRegistry
 {
-    // Held for one hash lookup at a time, which is why readers do not get a shared lock: that costs more than it saves.
+    // Held only for one hash lookup, so a shared lock for readers would cost more than it saves.
     std::mutex mutex;
     std::unordered_map<std::wstring, std::vector<const LbRTTI*>> records;
 };
 
 SRegistry& getRegistry()
 {
-    // Made by the first record, whichever module it stands in, and never destroyed: records leave while modules are
-    // unloaded and at the end of the process, in an order that nobody knows.
+    // Created by the first record in any module and never destroyed: records unregister while modules are unloaded and
+    // at the end of the process, in unknown order.
     static SRegistry& registry = *new SRegistry;
     return registry;
 }

@@ -1,7 +1,7 @@
 /// The run-time class registry.
 ///
-/// Each class has one record, a static object in the class's own module, which enters the registry when its module is
-/// loaded and leaves it when the module is unloaded. A class takes part with two macros:
+/// Each class has one record, a static object in the class's own module. It is registered while the module is loaded.
+/// Two macros declare and define it:
 ///
 ///     class CMyTest : public LuUnitTest
 ///     {
@@ -19,16 +19,16 @@
 #include "base/iobject.h"
 #include "base/lbexport.h"
 
-/// The record of one class. Records are compared by identity. All operations may be called by any thread; a record
-/// found stays valid as long as its module is loaded.
+/// The record of one class. Records are compared by identity. All operations may be called from any thread. A record
+/// stays valid while its module is loaded.
 class LB_API LbRTTI : public INonCopyable
 {
 public:
-    /// Makes a new object, owned by the caller. May throw what the class's constructor throws.
+    /// Creates an object, owned by the caller. Exceptions of the constructor pass through.
     using CreateFunction = std::unique_ptr<IObject> (*)();
 
-    /// Registers a class. `base` is null for a root only; `create` is null for classes that cannot be created by name.
-    /// When the name is taken already, the first record stays the one that is found, until it leaves.
+    /// Registers a class. `base` is null only for a root class; `create` is null for a class that cannot be created by
+    /// name. If the name is taken, Find returns the record that was registered first, until its module is unloaded.
     LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create);
     ~LbRTTI();
 
@@ -36,14 +36,14 @@ public:
     const LbRTTI* GetBase() const noexcept { return m_base; }
     CreateFunction GetCreate() const noexcept { return m_create; }
 
-    /// True when this class is `type` or derived from it.
+    /// True if this class is `type` or derived from it.
     bool IsDerivedFrom(const LbRTTI& type) const noexcept;
     bool IsExactly(const LbRTTI& type) const noexcept { return this == &type; }
 
-    /// The record registered under `name` (exact comparison), null when there is none.
+    /// The record registered under `name` (compared exactly); null if there is none.
     static const LbRTTI* Find(const std::wstring& name);
 
-    /// The factory registered under `name`; null when the name is unknown or the class cannot be created.
+    /// The factory registered under `name`; null if the name is unknown or the class cannot be created.
     static CreateFunction getCreate(const std::wstring& name);
 
     /// All records that are found by name and are derived from `type`, ordered by name.
@@ -55,7 +55,7 @@ private:
     CreateFunction m_create;
 };
 
-/// Inside a class: declares its record. Leaves the access at private.
+/// Declares the record inside the class. Leaves the access at private.
 #define LB_RTTI(Class)                                                                                                 \
 public:                                                                                                                \
     static const LbRTTI RTTI;                                                                                          \
@@ -66,14 +66,14 @@ public:                                                                         
                                                                                                                        \
 private:
 
-/// At namespace scope of one source file: the record of a class that can be created by name. The class needs a
+/// Defines the record of a class that can be created by name, at namespace scope of one source file. The class needs a
 /// constructor without arguments.
 #define LB_RTTI_CLASS(Class, Base) LB_RTTI_NAMED_CLASS(Class, Base, #Class)
 
-/// The same under a name of its own choice (a namespace in front, say).
+/// The same with an explicit name, for example with a namespace.
 #define LB_RTTI_NAMED_CLASS(Class, Base, Name)                                                                         \
     const LbRTTI Class::RTTI(L"" Name, &Base::RTTI,                                                                    \
                              []() -> std::unique_ptr<IObject> { return std::make_unique<Class>(); });
 
-/// The record of a class that cannot be created by name.
+/// Defines the record of a class that cannot be created by name.
 #define LB_RTTI_ABSTRACT(Class, Base) const LbRTTI Class::RTTI(L"" #Class, &Base::RTTI, nullptr);

@@ -27,7 +27,7 @@ struct LbThreadPool::CTask::SState
 {
     explicit SState(std::function<void()> task) : function(std::move(task)) {}
 
-    /// Runs the task, unless another thread has taken it.
+    /// Runs the task unless another thread has taken it.
     void Run();
     void Wait();
     bool Cancel();
@@ -63,7 +63,7 @@ void LbThreadPool::CTask::SState::Run()
 
 void LbThreadPool::CTask::SState::End(std::exception_ptr caught)
 {
-    // What the task has captured is released before anyone goes on who waited for it.
+    // Releases what the task has captured before any waiting thread continues.
     function = nullptr;
 
     const std::lock_guard lock(mutex);
@@ -86,7 +86,7 @@ void LbThreadPool::CTask::SState::Wait()
 {
     if (t_isPoolThread)
     {
-        // All other pool threads may be waiting as this one is about to: then nobody is left to start the task.
+        // If all other pool threads are waiting too, no thread is left to start the task.
         Run();
     }
     std::unique_lock lock(mutex);
@@ -110,15 +110,15 @@ struct LbThreadPool::SShared
     std::deque<std::shared_ptr<CTask::SState>> queue;
     std::vector<std::thread> threads;
     std::condition_variable arrived;
-    unsigned arrivedCount = 0; ///< threads that have been ready for tasks
-    unsigned running = 0;      ///< tasks that threads are at
+    unsigned arrivedCount = 0; ///< threads that have become ready for tasks
+    unsigned running = 0;      ///< tasks that are running
     bool isStopping = false;
 
     std::mutex stopMutex; ///< one shut-down at a time
 };
 
-/// Starts the threads if there are none, and waits until all of them are ready: what a thread takes from the heap when
-/// it begins would else be seen by whatever runs and is measured at that time.
+/// Starts the threads if there are none and waits until all are ready. Otherwise a heap tracker could count what a
+/// thread allocates at its start.
 void LbThreadPool::SShared::Start(std::unique_lock<std::mutex>& lock)
 {
     if (!threads.empty())
@@ -135,7 +135,7 @@ void LbThreadPool::SShared::Start(std::unique_lock<std::mutex>& lock)
     }
     catch (const std::system_error&)
     {
-        // A system short of threads: fewer of them do the work as well.
+        // The system is short of threads; fewer of them do the same work.
         if (threads.empty())
         {
             throw;
@@ -153,7 +153,7 @@ void LbThreadPool::SShared::Work()
     arrived.notify_all();
     for (;;)
     {
-        // While a task runs it may hand in others, so no thread leaves before the last one has ended.
+        // A running task may add others, so no thread ends before the last task has ended.
         changed.wait(lock, [this] { return !queue.empty() || (isStopping && running == 0); });
         if (queue.empty())
         {
@@ -182,7 +182,7 @@ void LbThreadPool::SShared::Stop()
         isStopping = true;
         changed.notify_all();
     }
-    // Unlocked, but nobody changes the list meanwhile: while it is not empty, tasks handed in start no new threads.
+    // Not locked: while the list is not empty, new tasks start no threads, so nothing changes it.
     for (std::thread& thread : threads)
     {
         thread.join();
@@ -219,8 +219,8 @@ LbThreadPool::~LbThreadPool() = default;
 
 LbThreadPool& LbThreadPool::GetInstance()
 {
-    // Never destroyed: a process that ends without a shut-down must neither wait for threads, which the system may have
-    // ended already, nor take the pool away from those that still run.
+    // Never destroyed. If the process ends without a shut-down, waiting for the threads could hang, because the system
+    // may have ended them, and other threads may still use the pool.
     static LbThreadPool& pool = *new LbThreadPool;
     s_exists = true;
     return pool;

@@ -7,20 +7,20 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// A fixed number of threads, one per hardware thread, started with the first task. Any thread may use it.
+/// A fixed number of threads, one per hardware thread, started with the first task. Usable from any thread.
 class LB_API LbThreadPool : public INonCopyable
 {
 public:
-    /// A task handed in; copies refer to the same task.
+    /// A submitted task; copies refer to the same task.
     class LB_API CTask
     {
     public:
-        /// Waits without limit until the task has ended, and passes on the exception that left it, to each waiter.
-        /// A task may wait for another: on a pool thread, one that has not started yet is run by this.
+        /// Waits without limit until the task has ended; rethrows the exception that left it, to each waiter. A task
+        /// may wait for another task: on a pool thread, Wait runs a task that has not started yet.
         void Wait() const;
 
-        /// Takes the task back: true when it had not started, then it never will, and Wait returns at once. False, and
-        /// without effect, when it has.
+        /// Cancels the task: if it has not started, it never will, Wait returns at once, and the result is true. False
+        /// and without effect otherwise.
         bool Cancel() const;
 
     private:
@@ -29,18 +29,18 @@ public:
         std::shared_ptr<SState> m_state;
     };
 
-    /// The pool, made on first use and again after a shut-down.
+    /// The pool, created on first use and again after a shut-down.
     static LbThreadPool& GetInstance();
 
-    /// True when the pool has been made and not shut down.
+    /// True if the pool exists: it was created and not shut down.
     static bool Exists();
 
-    /// Lets every task handed in run to its end, then ends the threads; waits without limit. Does nothing without a
-    /// pool. Must not be called by a task, nor while other threads may hand in tasks.
+    /// Runs all submitted tasks to their end, then ends the threads; waits without limit. Does nothing if there is no
+    /// pool. Must not be called by a task, nor while other threads may submit tasks.
     static void Shutdown();
 
-    /// Runs `function` on a pool thread. Tasks start in the order in which they are handed in. The first one also waits
-    /// until the threads have started, so it must not be handed in while a library is being loaded.
+    /// Runs `function` on a pool thread. Tasks start in order of submission. The first call also waits until the
+    /// threads have started, so it must not be made while a library is being loaded.
     CTask Run(std::function<void()> function);
 
     /// Number of pool threads, at least 1.

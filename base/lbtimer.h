@@ -4,7 +4,7 @@
 #include <chrono>
 #include <cstdint>
 
-/// Measures from its construction, or the last Restart, on a clock that never jumps. One thread at a time.
+/// Measures the time since its construction or the last Restart, on a monotonic clock. One thread at a time.
 class LbTimer
 {
 public:
@@ -19,7 +19,7 @@ public:
 
     void Restart() { m_start = Clock::now(); }
 
-    /// Whole units of the timer's resolution, rounded down.
+    /// Elapsed time in whole units of the timer's resolution, rounded down.
     std::uint64_t GetElapsed() const
     {
         const auto nanoseconds = static_cast<std::uint64_t>(

@@ -40,7 +40,7 @@ std::optional<Result> parseDigits(std::wstring_view text)
 template<typename Result>
 std::optional<Result> fromFloating(double value)
 {
-    // The first value above the range, exact as a double where the range's maximum itself is not.
+    // The first value above the range: exactly representable as a double, which the maximum itself may not be.
     const double limit = std::ldexp(1.0, std::numeric_limits<Result>::digits);
     if (!(value >= 0.0 && value < limit) || std::trunc(value) != value)
     {
@@ -77,7 +77,7 @@ struct SToBool
 
 std::wstring floatingToText(double value)
 {
-    // The longest value without an exponent has 324 places after the point and a sign and a zero before it.
+    // The longest value without exponent has a sign, a zero and 324 decimal places.
     char digits[512];
     const std::to_chars_result result =
         std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed);

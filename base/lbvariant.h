@@ -1,4 +1,4 @@
-/// A value of one of a few types, with conversions that know when they fail.
+/// A value of one of a few types, with conversions that report failure.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 #include "base/lbexport.h"
 
-/// Null, bool, 32- or 64-bit integer, double or wide text. A plain value: copied freely, one thread at a time.
+/// Null, bool, 32- or 64-bit integer, double or wide text. A plain value; one thread at a time.
 class LB_API LbVariant
 {
 public:

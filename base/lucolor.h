@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-/// A colour with opacity, 32 bits: 0xAARRGGBB. A plain value.
+/// A 32-bit colour with opacity: 0xAARRGGBB. A plain value.
 class LuColor
 {
 public:

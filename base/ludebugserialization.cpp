@@ -13,7 +13,7 @@ struct SDirectory
 
 SDirectory& getDirectory()
 {
-    // Never destroyed: static objects of other modules may still ask at the end of the process.
+    // Never destroyed: static objects of other modules may still call this while the process ends.
     static SDirectory& directory = *new SDirectory;
     return directory;
 }

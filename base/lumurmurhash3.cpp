@@ -31,7 +31,7 @@ std::uint64_t scramble2(std::uint64_t word)
     return std::rotl(word * c_Multiplier2, 33) * c_Multiplier1;
 }
 
-/// Lets each bit of the word reach all others.
+/// Makes each bit of the word affect all others.
 std::uint64_t finish(std::uint64_t word)
 {
     word = (word ^ (word >> 33)) * 0xFF51AFD7ED558CCDU;
@@ -39,7 +39,7 @@ std::uint64_t finish(std::uint64_t word)
     return word ^ (word >> 33);
 }
 
-/// What is behind the last whole block.
+/// The bytes behind the last whole block.
 void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
 {
     if (size > c_WordSize)
@@ -52,8 +52,8 @@ void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1,
     }
 }
 
-/// Whole blocks. The prefetches pay where another processor has just written the bytes; the system's own does not take
-/// them over from there. They stay off what lies behind the blocks, since that may be being written.
+/// The whole blocks. Prefetching pays off when another processor has just written the bytes, a case that the hardware
+/// prefetcher does not cover. It never touches bytes behind the blocks, which may be being written.
 void addBlocks(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
 {
     constexpr std::size_t c_Ahead = 1024;

@@ -1,4 +1,4 @@
-/// Checksums that tell contents apart: fast, not safe against intent.
+/// Fast checksums for comparing contents; not cryptographic.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,11 @@
 
 #include "base/lbexport.h"
 
-/// The public MurmurHash3. Pure functions; any thread.
+/// The public MurmurHash3. Pure functions, callable from any thread.
 class LB_API LuMurmurHash3
 {
 public:
-    /// 128 bits; `low` is what the algorithm's bytes begin with.
+    /// 128 bits; `low` holds the first eight bytes of the algorithm's result.
     struct S128
     {
         std::uint64_t low;
@@ -20,12 +20,12 @@ public:
         friend bool operator==(const S128&, const S128&) = default;
     };
 
-    /// The checksum of `length` bytes by the variant for 64-bit machines. The memory needs no alignment, and may be
-    /// null when there are no bytes.
+    /// The checksum of `length` bytes by the variant for 64-bit machines. The memory needs no alignment and may be null
+    /// if `length` is 0.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed);
 
-    /// The same for memory that another thread is filling, from its beginning on: `await(count)` returns when the first
-    /// `count` bytes or more are there, and gives how many are. What it throws passes through.
+    /// The same for memory that another thread fills from the beginning: `await(count)` waits until at least the first
+    /// `count` bytes are present and returns their number. Its exceptions pass through.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed,
                                         const std::function<std::size_t(std::size_t count)>& await);
 };

@@ -23,14 +23,14 @@ struct SSignature
 {
     std::string_view bytes;
     EEncoding encoding;
-    std::size_t skip; ///< how much of it is no text
+    std::size_t skip; ///< bytes of the mark that are no text
 };
 
 constexpr SSignature c_Signatures[] = {
     {"\xEF\xBB\xBF"sv, EEncoding::Utf8, 3},          // byte order marks
     {"\xFF\xFE"sv, EEncoding::Utf16LittleEndian, 2}, //
     {"\xFE\xFF"sv, EEncoding::Utf16BigEndian, 2},    //
-    {"<\0"sv, EEncoding::Utf16LittleEndian, 0},      // the first character without one
+    {"<\0"sv, EEncoding::Utf16LittleEndian, 0},      // no mark: the first character
     {"\0<"sv, EEncoding::Utf16BigEndian, 0},         //
 };
 
@@ -41,7 +41,7 @@ char toLower(char character)
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 }
 
-/// What the declaration names as encoding, in lower case; empty when it does not.
+/// The encoding that the declaration names, in lower case; empty if it names none.
 std::string findDeclaredEncoding(std::string_view bytes)
 {
     if (!bytes.starts_with("<?xml"))

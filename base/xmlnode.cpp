@@ -14,8 +14,8 @@
 namespace
 {
 
-// Fragments are let in so that text outside the root becomes visible; isTopLevelInOrder turns it down.
-// An element holds its first text itself, which spares a node for most elements.
+// Accepts fragments, so that text outside the root is visible to isTopLevelInOrder, which rejects it.
+// Stores the first text in the element itself, which saves a node for most elements.
 constexpr unsigned c_ParseOptions = pugi::parse_cdata | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata |
                                     pugi::parse_fragment | pugi::parse_declaration | pugi::parse_doctype;
 constexpr unsigned c_ResolveOptions = pugi::parse_escapes | pugi::parse_eol | pugi::parse_wconv_attribute;
@@ -25,7 +25,7 @@ pugi::xml_node toPugi(void* node)
     return pugi::xml_node(static_cast<pugi::xml_node_struct*>(node));
 }
 
-/// The node itself if it is an element, else the next sibling that is one; null when there is none.
+/// The node itself if it is an element, else the next sibling element; null if there is none.
 void* findElement(pugi::xml_node node)
 {
     while (node && node.type() != pugi::node_element)
@@ -40,7 +40,7 @@ bool isBlank(std::string_view text)
     return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-/// Visits the pieces of an element's own text in their order; the visitor answers whether it wants more.
+/// Visits the pieces of an element's own text in order; the visitor returns false to stop.
 template<typename F>
 void visitTexts(pugi::xml_node element, const F& visit)
 {
@@ -51,7 +51,7 @@ void visitTexts(pugi::xml_node element, const F& visit)
     }
     for (const pugi::xml_node child : element.children())
     {
-        // Behind a text and a comment the parser takes the layout in front of the end tag for a text.
+        // After a text and a comment, the parser reports the white space before the end tag as text.
         const bool isLayout = child.type() == pugi::node_pcdata && !first.empty() && isBlank(child.value());
         const bool isText = child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
         if (isText && !isLayout && *child.value() != '\0' && !visit(child.value()))
@@ -61,7 +61,7 @@ void visitTexts(pugi::xml_node element, const F& visit)
     }
 }
 
-/// A file of nothing but tags would need many times its size in memory. Eight bytes a tag are less than any element
+/// A file of nothing but tags would need many times its size in memory. Eight bytes per tag are less than any element
 /// with a name takes.
 bool isTooDense(std::string_view bytes)
 {
@@ -71,7 +71,8 @@ bool isTooDense(std::string_view bytes)
            static_cast<std::size_t>(std::ranges::count(bytes, '<')) > bytes.size() / c_BytesPerTag;
 }
 
-/// True when the document is, in this order, at most one declaration, at most one type and exactly one element.
+/// True if the document consists of at most one declaration, at most one document type and exactly one element, in this
+/// order.
 bool isTopLevelInOrder(const pugi::xml_document& document)
 {
     constexpr int declaration = 1;
@@ -104,8 +105,7 @@ bool isTopLevelInOrder(const pugi::xml_document& document)
     return last == element;
 }
 
-/// Gives sections of plain text the form that the same text has outside of them, so that it can be written as it
-/// stands.
+/// Escapes the text of CDATA sections as it would be escaped outside them, so that it can be written unchanged.
 class CSectionEscaper : public pugi::xml_tree_walker
 {
 public:
@@ -249,13 +249,13 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
     m_content.reset();
     auto content = std::make_unique<SContent>();
     content->bytes = XMLEncoding::ToUtf8(std::move(bytes));
-    // The parser would take a null character for the end and overlook what follows.
+    // The parser would take a null character as the end and ignore the rest.
     if (content->bytes.find('\0') != std::string::npos || isTooDense(content->bytes))
     {
         return EResult::Syntax;
     }
-    // The parser overwrites the last byte by a terminator and so would lose text of one character after the root:
-    // it gets the string's own terminator to overwrite.
+    // The parser overwrites the last byte with a terminator, which would lose a single character after the root. So it
+    // gets the string's own terminator as last byte.
     const bool isToEscape = text == EText::AsWritten && content->bytes.find("<![CDATA[") != std::string::npos;
     const unsigned options = c_ParseOptions | (text == EText::Resolved ? c_ResolveOptions : 0U);
     const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(

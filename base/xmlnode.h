@@ -1,8 +1,8 @@
 /// Reading XML: elements, attributes and text in document order.
 ///
-/// Text is decoded by its byte order mark, else by the declaration's encoding (UTF-8, UTF-16, ISO-8859-1); without one
-/// that is known, as UTF-8 where the file is valid UTF-8, else as ISO-8859-1. Document types are skipped and their
-/// entities never expanded: a reference to one stands as it is written. Missing things read as empty text.
+/// The byte order mark determines the encoding, else the declaration (UTF-8, UTF-16, ISO-8859-1). If neither names a
+/// known encoding, the file is read as UTF-8 if it is valid UTF-8, else as ISO-8859-1. Document types are skipped and
+/// their entities never expanded: a reference to an entity stays as written. Missing elements read as empty text.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 #include "base/lbexport.h"
 
-/// A view of one element, valid as long as its document; may be empty. Copied freely; reading is safe from any thread.
+/// A view of one element, valid as long as its document; may be empty. Any thread may read it.
 class LB_API XMLNode
 {
 public:
@@ -23,17 +23,17 @@ public:
     /// Element name.
     std::wstring GetName() const;
 
-    /// The element's own text, all its pieces joined, without that of child elements. White space is kept as it stands,
-    /// but a piece that is nothing else counts only when it is all that the element holds: else it is layout.
+    /// The element's own text, all pieces joined, without the text of child elements. White space is kept, but a piece
+    /// of only white space counts as layout and is dropped unless it is the element's whole content.
     std::wstring GetText() const;
 
-    /// False when the element has no text at all.
+    /// False if the element has no text at all.
     bool HasText() const;
 
     bool HasAttribute(const char* name) const;
     std::wstring GetAttribute(const char* name) const;
 
-    /// First child element of that name; an empty view when there is none.
+    /// First child element of that name; an empty view if there is none.
     XMLNode GetChild(const char* name) const;
 
     /// First child element, and the next sibling element; empty views at the end.
@@ -47,7 +47,7 @@ public:
     class CChildren;
     CChildren GetChildren() const;
 
-    /// The same over those of that name only. The name outlives the iteration.
+    /// The same for child elements of that name. The name must outlive the iteration.
     CChildren GetChildren(const char* name) const;
 
 private:
@@ -81,7 +81,7 @@ public:
 
     private:
         XMLNode m_current;
-        const char* m_name = nullptr; ///< null for elements of any name
+        const char* m_name = nullptr; ///< null: elements of any name
     };
 
     explicit CChildren(XMLNode first, const char* name = nullptr) : m_first(first), m_name(name) {}
@@ -102,15 +102,15 @@ public:
         Ok,
         Missing,    ///< no such file
         Unreadable, ///< the file cannot be read, or is a directory, device or pipe
-        Syntax,     ///< not well-formed, or another root element, or a large file of hardly anything but tags
+        Syntax,     ///< not well-formed, a different root element, or a large file that is mostly tags
     };
 
-    /// What texts and attributes hold.
+    /// The form of texts and attributes.
     enum class EText
     {
         Resolved,  ///< references resolved, line ends as line feeds, white space of attributes as blanks
-        AsWritten, ///< every character as it stands in the file, for those that write it again; that of CDATA sections
-                   ///< as it would stand outside
+        AsWritten, ///< each character as in the file, for writing it again; characters of CDATA sections
+                   ///< as they would be written outside
     };
 
     XMLDocument();
@@ -118,7 +118,7 @@ public:
     XMLDocument(XMLDocument&&) noexcept;
     XMLDocument& operator=(XMLDocument&&) noexcept;
 
-    /// Reads a file whose root element must be `rootName`. The former content is dropped first.
+    /// Reads a file whose root element must be `rootName`. Drops the former content first.
     EResult Load(const std::wstring& path, const char* rootName, EText text = EText::Resolved);
 
     /// The same from bytes in memory.
