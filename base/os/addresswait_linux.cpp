@@ -8,7 +8,7 @@
 
 void LbOs::WaitOnNumber(const std::atomic<std::uint32_t>& number, std::uint32_t expected) noexcept
 {
-    // Waiting is part of calls that must leave it alone, such as free.
+    // Callers such as free must not change errno.
     const int savedError = errno;
     syscall(SYS_futex, &number, FUTEX_WAIT_PRIVATE, expected, nullptr, nullptr, 0);
     errno = savedError;

@@ -7,7 +7,7 @@ namespace
 
 void* toSystem(const std::atomic<std::uint32_t>& number) noexcept
 {
-    // The system only compares; its parameters lack the const.
+    // The system only reads the number; its parameter lacks the const.
     return const_cast<std::atomic<std::uint32_t>*>(&number); // NOLINT(cppcoreguidelines-pro-type-const-cast)
 }
 

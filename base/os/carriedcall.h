@@ -7,13 +7,13 @@
 namespace LbOs
 {
 
-/// Carries the exception of a function back to the thread that waits for it.
+/// Runs a function on another thread and passes its exception to the waiting thread.
 class CCarriedCall
 {
 public:
     explicit CCarriedCall(const std::function<void()>& function) : m_function(function) {}
 
-    /// On the other thread. Never throws.
+    /// Called on the other thread. Never throws.
     void Run() noexcept
     {
         try
@@ -26,7 +26,7 @@ public:
         }
     }
 
-    /// After the other thread has ended.
+    /// Called after the other thread has ended; rethrows the exception.
     void Rethrow() const
     {
         if (m_exception)

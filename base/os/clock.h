@@ -1,4 +1,4 @@
-/// Wall-clock time, of files too, and random bytes of the system.
+/// Local time, modification times of files, and random bytes of the system.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 namespace LbOs
 {
 
-/// A point of local time, broken down.
+/// A local time, split into fields.
 struct SLocalTime
 {
     int year;   ///< e.g. 2024
@@ -22,18 +22,18 @@ struct SLocalTime
     int second; ///< 0 to 60
 };
 
-/// The present local time. Any thread.
+/// The current local time. Callable from any thread.
 LB_API SLocalTime GetLocalTimeNow();
 
-/// Has the run-time take what its calendar functions take once, for the process or for the calling thread. What another
-/// thread got from them stays as it is. Any thread.
+/// Triggers the one-time allocations of the run-time's calendar functions, for the process and the calling thread.
+/// Results that other threads hold stay valid. Callable from any thread.
 LB_API void WarmUpCalendar();
 
-/// When the content of a file was last changed, links followed, in local time; nothing when there is no such file. Any
-/// thread.
+/// Local time of the last change of a file's content; follows links. Empty if the file does not exist. Callable from
+/// any thread.
 LB_API std::optional<SLocalTime> GetModificationTime(const std::wstring& path);
 
-/// Fills `buffer` from the system's random source. Throws LbException when there is none. Any thread.
+/// Fills `buffer` from the system's random source. Throws LbException if there is none. Callable from any thread.
 LB_API void FillRandom(void* buffer, std::size_t size);
 
 } // namespace LbOs

@@ -28,7 +28,7 @@ LbOs::SLocalTime LbOs::GetLocalTimeNow()
 
 void LbOs::WarmUpCalendar()
 {
-    // Looks up the time zone as localtime and ctime do, whose results threads share.
+    // Initialises the time zone like localtime and ctime, but without changing their results, which threads share.
     toLocalTime(0);
 }
 

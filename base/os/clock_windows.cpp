@@ -5,7 +5,7 @@
 #include "base/lbexception.h"
 #include "base/os/windows/api.h"
 
-// Behind windows.h, which it needs.
+// Needs windows.h in front of it.
 #include <ntsecapi.h>
 
 namespace
@@ -27,14 +27,14 @@ LbOs::SLocalTime LbOs::GetLocalTimeNow()
 
 void LbOs::WarmUpCalendar()
 {
-    // Each thread has buffers of its own, and takes them with its first call.
+    // Each thread allocates its own buffers with its first call.
     const std::time_t begin = 0;
     [[maybe_unused]] const char* const text = std::ctime(&begin);
 }
 
 std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)
 {
-    // Opened, since the entry of a link tells the time of the link. Directories open with the backup flag only.
+    // Opens the file, because the directory entry of a link holds the link's time. Directories need the backup flag.
     const HANDLE opened = CreateFileW(Windows::ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_BACKUP_SEMANTICS, nullptr);

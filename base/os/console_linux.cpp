@@ -15,8 +15,7 @@
 namespace
 {
 
-/// Keeps the signal for a pipe without reader away from a scope: it would end the process, where lost output should
-/// not.
+/// Blocks SIGPIPE during a scope: lost output must not end the process.
 class CPipeSignalBlock
 {
 public:
@@ -32,7 +31,7 @@ public:
     CPipeSignalBlock(const CPipeSignalBlock&) = delete;
     CPipeSignalBlock& operator=(const CPipeSignalBlock&) = delete;
 
-    /// Takes a signal that has come meanwhile, unless the caller had it blocked and may wait for one of its own.
+    /// Consumes a signal that arrived meanwhile, unless the caller had it blocked and may be waiting for it.
     void Discard() const
     {
         if (sigismember(&m_former, SIGPIPE) == 0)
@@ -47,8 +46,7 @@ private:
     sigset_t m_former = {};
 };
 
-/// Whether a failed write is to be tried again: some callers hand over a pipe that does not block when it is full.
-/// Waits until there is place in it.
+/// True if a failed write should be retried: some callers pass a non-blocking pipe. Waits until the pipe has space.
 bool waitForPlace(int file)
 {
     if (errno != EAGAIN && errno != EWOULDBLOCK)
@@ -62,12 +60,12 @@ bool waitForPlace(int file)
 void writeStream(std::FILE* stream, std::string_view bytes)
 {
     const CPipeSignalBlock block;
-    // What others left in the stream goes first. The bytes themselves pass it by: a stream that has once been used for
-    // wide text takes no bytes, and one that has taken bytes takes no wide text of others any more.
+    // Flushes what others wrote into the stream, then writes past it: a stream that was used for wide text accepts no
+    // bytes, and a stream that was used for bytes accepts no wide text.
     bool isWritten = std::fflush(stream) == 0;
     if (!isWritten)
     {
-        // Else the stream would keep the bytes and try them again with each later call.
+        // Otherwise the stream would keep the bytes and retry them with each later call.
         __fpurge(stream);
         std::clearerr(stream);
     }
@@ -112,7 +110,7 @@ void LbOs::AllocateOutputBuffer() noexcept
     {
         return;
     }
-    // Only full buffering is allocated at once. A terminal's output goes by lines again behind that.
+    // Only full buffering allocates at once. Afterwards a terminal gets line buffering again.
     std::setvbuf(stdout, nullptr, _IOFBF, 0);
     if (isatty(fileno(stdout)) != 0)
     {

@@ -17,8 +17,8 @@ HANDLE getHandle(std::FILE* stream)
     return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
-/// Whether a sequence leaves the cursor where it is. Some consoles accept the mode and show the sequences all the same;
-/// what such a one has shown is wiped. At the end of a line it might go on in the next, and all lines move up for it.
+/// True if a sequence leaves the cursor in place. Some consoles accept the mode but print the sequences; then the
+/// printed text is erased. At the end of a line the text might wrap into the next line and scroll the console.
 bool understandsSequences(HANDLE console)
 {
     constexpr std::wstring_view c_NoAttributes = L"\x1b[0m";
@@ -41,18 +41,18 @@ bool understandsSequences(HANDLE console)
     return false;
 }
 
-/// The size of a part without half a character at its end, which would be shown as a broken one.
+/// The size of a part that does not end inside a character.
 std::size_t getWholeSize(std::wstring_view part)
 {
     const bool isCut = part.size() > 1 && part.back() >= 0xD800 && part.back() <= 0xDBFF;
     return part.size() - (isCut ? 1 : 0);
 }
 
-/// Writes to a console as text, whatever its code page; the run-time would hand it over byte by byte. False when the
-/// stream leads elsewhere.
+/// Writes text to a console independently of its code page; the run-time would pass it on byte by byte. False if the
+/// stream is no console.
 bool writeToConsole(std::FILE* stream, std::string_view bytes)
 {
-    // A console takes at most 64 KiB at once on some systems.
+    // Some systems accept at most 64 KiB per call.
     constexpr std::size_t c_LongestPart = 8'000;
     const HANDLE console = getHandle(stream);
     DWORD mode = 0;
@@ -71,7 +71,7 @@ bool writeToConsole(std::FILE* stream, std::string_view bytes)
         {
             break;
         }
-        // A console may take less than it was given.
+        // A console may accept only a part.
         rest.remove_prefix(std::min<std::size_t>(count, rest.size()));
     }
     return true;
@@ -115,7 +115,7 @@ void LbOs::WriteStandardError(std::string_view bytes)
     writeStream(stderr, bytes);
 }
 
-// The run-time's buffers are not allocated by malloc.
+// The run-time does not allocate its buffers with malloc.
 void LbOs::AllocateOutputBuffer() noexcept {}
 
 bool LbOs::EnableTerminalSequences()

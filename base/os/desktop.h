@@ -8,8 +8,8 @@
 namespace LbOs
 {
 
-/// Hands a file to the program that the desktop keeps for its kind. Neither waits for that program nor tells whether
-/// there is one: without a desktop nothing happens. Any thread.
+/// Opens a file with the desktop's program for its type. Does not wait for the program and does not report failure;
+/// without a desktop nothing happens. Callable from any thread.
 LB_API void OpenOnDesktop(const std::wstring& path);
 
 } // namespace LbOs

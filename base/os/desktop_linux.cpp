@@ -15,15 +15,15 @@ void LbOs::OpenOnDesktop(const std::wstring& path)
     {
         file.insert(0, "./");
     }
-    // The shell ends at once and leaves the opener to the system: it may run as long as the program it starts. A
-    // session of its own keeps it alive when the terminal goes.
+    // The shell ends at once and leaves the opener running, which may last as long as the program it starts. Its own
+    // session keeps it alive when the terminal closes.
     const char* const command = "xdg-open \"$1\" </dev/null >/dev/null 2>&1 &";
     const char* const arguments[] = {"sh", "-c", command, "sh", file.c_str(), nullptr};
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
     pid_t shell = 0;
-    // The system's interface is older than const.
+    // The system's interface lacks the const.
     if (posix_spawn(&shell, "/bin/sh", nullptr, &attributes, const_cast<char* const*>(arguments), environ) == 0)
     {
         waitpid(shell, nullptr, 0);

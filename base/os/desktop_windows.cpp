@@ -15,7 +15,7 @@ void LbOs::OpenOnDesktop(const std::wstring& path)
     {
         return;
     }
-    // Some of the shell's handlers are components.
+    // Some of the shell's handlers are COM components.
     const HRESULT initialized = initialize(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
     SHELLEXECUTEINFOW call = {};
     call.cbSize = sizeof(call);
@@ -23,7 +23,7 @@ void LbOs::OpenOnDesktop(const std::wstring& path)
     call.lpVerb = L"open";
     call.lpFile = path.c_str();
     call.nShow = SW_SHOWNORMAL;
-    // Success says nothing: it is reported when nothing was opened, too.
+    // The result is meaningless: the shell also reports success when nothing was opened.
     execute(&call);
     if (SUCCEEDED(initialized))
     {

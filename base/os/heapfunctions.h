@@ -1,4 +1,4 @@
-/// Where the heap of the shared run-time library begins.
+/// The heap functions of the shared run-time library.
 #pragma once
 
 #include "base/lbexport.h"
@@ -6,7 +6,7 @@
 namespace LbOs
 {
 
-/// Entries of the run-time's functions, not of the import thunks that lead there.
+/// Addresses of the run-time's functions, not of import thunks.
 struct SHeapFunctions
 {
     void* malloc = nullptr;
@@ -14,16 +14,16 @@ struct SHeapFunctions
     void* realloc = nullptr;
 };
 
-/// All null when there is no shared run-time, or when something stands in front of its heap (a sanitizer, a preloaded
-/// allocator). Any thread, but not while threads are frozen.
+/// All null if there is no shared run-time, or if a sanitizer or a preloaded allocator replaces its heap. Callable from
+/// any thread, but not while threads are frozen.
 LB_API SHeapFunctions GetHeapFunctions() noexcept;
 
-/// True when the run-time's realloc may move a block by its own malloc. For a null pointer and for no bytes each one
-/// calls malloc or free.
+/// True if the run-time's realloc may call its own malloc to move a block. For a null pointer and for size 0, every
+/// run-time's realloc calls malloc or free.
 LB_API extern const bool c_ReallocCallsMalloc;
 
-/// Takes the lock of the run-time's heap where programs can hold it, too; re-entrant. Each is followed by one unlock on
-/// the same thread.
+/// Takes the lock of the run-time's heap on platforms where programs can hold it; re-entrant. Each lock needs one
+/// unlock on the same thread.
 LB_API void LockHeap() noexcept;
 LB_API void UnlockHeap() noexcept;
 

@@ -5,7 +5,7 @@
 namespace
 {
 
-/// The run-time's own, provided that it is what the whole process calls.
+/// The run-time's own function, if the whole process calls that one.
 void* findOwn(void* runtime, const char* name) noexcept
 {
     void* const own = dlsym(runtime, name);
@@ -16,7 +16,7 @@ void* findOwn(void* runtime, const char* name) noexcept
 
 const bool LbOs::c_ReallocCallsMalloc = true;
 
-// Programs cannot hold the locks of the run-time's heap.
+// Programs cannot hold the locks of this run-time's heap.
 void LbOs::LockHeap() noexcept {}
 void LbOs::UnlockHeap() noexcept {}
 

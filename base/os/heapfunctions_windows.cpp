@@ -19,8 +19,8 @@ HMODULE findModule(const void* address) noexcept
     return module;
 }
 
-/// From what this library calls to the function itself, whatever the run-time's name: the address of an import is that
-/// of a jump through the table of imports, or the function's at once. Null when the function is this library's own.
+/// Follows an imported address to the function itself: the address is either the function or a jump through the import
+/// table. Works for any name of the run-time. Null if the function belongs to this library.
 template<typename F>
 void* findImported(F* function) noexcept
 {
@@ -35,7 +35,7 @@ void* findImported(F* function) noexcept
     return findModule(address) == findModule(reinterpret_cast<const void*>(&findModule)) ? nullptr : address;
 }
 
-/// Asked for when the library is loaded, since threads may be frozen later.
+/// Determined when the library is loaded, because threads may be frozen later.
 const HANDLE s_heap = reinterpret_cast<HANDLE>(_get_heap_handle());
 
 } // namespace

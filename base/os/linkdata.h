@@ -1,5 +1,5 @@
-/// What Windows keeps of a symbolic link or a mount point. Internal to base/os; reads bytes only, so that it can be
-/// tested where no such links can be made.
+/// The data that Windows stores for a symbolic link or a mount point. Internal to base/os. Only reads bytes, so that it
+/// can be tested on systems without such links.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 namespace LbOs
 {
 
-/// An unsigned number of `size` bytes, the least first; 0 where the bytes end before it does.
+/// A little-endian unsigned number of `size` bytes; 0 if the bytes end before it.
 inline std::uint32_t ReadLinkNumber(std::string_view bytes, std::size_t offset, std::size_t size)
 {
     constexpr unsigned c_BitsPerByte = 8;
@@ -23,7 +23,7 @@ inline std::uint32_t ReadLinkNumber(std::string_view bytes, std::size_t offset, 
     return number;
 }
 
-/// The target as the link holds it, relative or with the system's own prefix. Empty when the bytes are not whole.
+/// The target as stored in the link: relative, or with the system's own prefix. Empty if the bytes are incomplete.
 inline std::wstring GetTargetOfLinkData(std::string_view bytes)
 {
     constexpr std::uint32_t c_SymbolicLink = 0xA000000C;
@@ -31,7 +31,7 @@ inline std::wstring GetTargetOfLinkData(std::string_view bytes)
     constexpr std::size_t c_TargetSize = 10;
     constexpr std::size_t c_Names = 16;
     constexpr std::size_t c_Unit = 2;
-    // Only symbolic links have a word of flags in front of the names.
+    // Only symbolic links have a flags word before the names.
     const std::size_t names = c_Names + (ReadLinkNumber(bytes, 0, 4) == c_SymbolicLink ? 4 : 0);
     const std::size_t start = names + ReadLinkNumber(bytes, c_TargetOffset, c_Unit);
     const std::size_t size = ReadLinkNumber(bytes, c_TargetSize, c_Unit);

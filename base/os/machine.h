@@ -1,4 +1,5 @@
-/// The machine. What cannot be had is empty or 0, and costs neither a delay nor a dialog. Any thread.
+/// The machine. Unavailable values are empty or 0; obtaining them never blocks or shows a dialog. Callable from any
+/// thread.
 #pragma once
 
 #include <cstdint>
@@ -11,20 +12,20 @@ namespace LbOs
 
 struct SProcessor
 {
-    std::wstring model;                  ///< as the processor calls itself
-    std::uint32_t logicalProcessors = 0; ///< that the system uses
-    double megahertz = 0.0;              ///< rated clock; the present one where the system knows no other
+    std::wstring model;                  ///< the processor's own name
+    std::uint32_t logicalProcessors = 0; ///< in use by the system
+    double megahertz = 0.0;              ///< nominal clock; the current clock if the system knows only that
 };
 
 LB_API SProcessor QueryProcessor();
 
-/// Bytes that the system has altogether.
+/// Total memory of the system in bytes.
 LB_API std::uint64_t GetPhysicalMemory();
 
 /// The computer's name.
 LB_API std::wstring GetMachineName();
 
-/// Description of the first graphics adapter; empty when there is none, or no display that it serves.
+/// Description of the first graphics adapter; empty if there is no adapter or it has no display.
 LB_API std::wstring GetGraphicsAdapter();
 
 } // namespace LbOs

@@ -18,7 +18,7 @@
 namespace
 {
 
-/// Values of a file of the kernel by their keys: "key=value" or "key : value" lines, the first of each key.
+/// Values of a kernel file by key, from "key=value" or "key : value" lines; the first line of each key counts.
 std::map<std::string, std::string> readPairs(const std::string& path, char separator)
 {
     constexpr const char* c_Blanks = " \t";
@@ -53,7 +53,7 @@ double getRatedMegahertz()
     return file >> kilohertz ? kilohertz / c_KilohertzPerMegahertz : 0.0;
 }
 
-/// Of "card3"; none of its connectors, which are "card3-HDMI-A-1" and the like.
+/// The number in "card3"; empty for connectors such as "card3-HDMI-A-1".
 std::optional<std::uint32_t> getCardNumber(std::string_view name)
 {
     constexpr std::string_view c_Prefix = "card";
@@ -106,7 +106,7 @@ std::wstring LbOs::Linux::DescribeGraphics(const std::wstring& folder)
     });
     for (const std::uint32_t card : cards)
     {
-        // The kernel knows drivers and numbers, names are the matter of libraries that a machine without display lacks.
+        // The kernel knows drivers and numbers. Product names come from libraries that a machine without display lacks.
         auto pairs = readPairs(LbEncoding::ToNative(folder) + "/card" + std::to_string(card) + "/device/uevent", '=');
         const std::string& driver = pairs["DRIVER"];
         const std::string& pciNumber = pairs["PCI_ID"];

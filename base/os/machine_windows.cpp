@@ -28,7 +28,7 @@ DWORD readProcessorMegahertz()
     return status == ERROR_SUCCESS ? megahertz : 0;
 }
 
-/// The library is loaded when it is asked for, since not every system has one.
+/// Loads the library on demand, because not every system has it.
 class CDirect3D
 {
 public:
@@ -93,7 +93,7 @@ std::wstring LbOs::GetMachineName()
 {
     return Windows::ReadText([](wchar_t* buffer, DWORD size) {
         DWORD length = size;
-        // Too small a buffer gets the size that it needs.
+        // For a buffer that is too small, the call returns the required size.
         return GetComputerNameExW(ComputerNamePhysicalDnsHostname, buffer, &length) != 0 ||
                        GetLastError() == ERROR_MORE_DATA
                    ? length

@@ -1,4 +1,4 @@
-/// How many files a process may have open.
+/// The limit of open files.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 namespace LbOs
 {
 
-/// Sees to it that the present process may have `count` files open, or as many as the system lets it have; nothing
-/// where it sets no limit that a process could raise. Processes that are started have the limit as it was. Any thread.
+/// Raises the process's limit of open files to `count`, or to the system's maximum. No effect on systems without such a
+/// limit. Child processes start with the original limit. Callable from any thread.
 LB_API void EnsureOpenFiles(std::uint64_t count);
 
 } // namespace LbOs

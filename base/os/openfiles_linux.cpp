@@ -13,7 +13,7 @@ namespace
 
 std::mutex s_lock;
 
-/// The limit before it was raised; 0 as long as it was not.
+/// The original limit; 0 while it has not been raised.
 std::atomic<rlim_t> s_former = 0;
 
 } // namespace
@@ -26,7 +26,7 @@ void LbOs::EnsureOpenFiles(std::uint64_t count)
     {
         return;
     }
-    // Before it is raised: a child that another thread starts meanwhile is to have it back, too.
+    // Stored before the limit is raised, so that a child started by another thread meanwhile gets the original limit.
     rlim_t none = 0;
     s_former.compare_exchange_strong(none, limit.rlim_cur);
     limit.rlim_cur = std::min<rlim_t>(count, limit.rlim_max);

@@ -1,7 +1,7 @@
-/// Memory in whole pages, straight from the system and never from the run-time's heap.
+/// Memory in whole pages, directly from the system, never from the run-time's heap.
 ///
-/// Every operation may be called by any thread and while other threads are frozen: none allocates from the heap or
-/// takes a lock of the run-time.
+/// All operations may be called from any thread and while other threads are frozen: they neither allocate from the heap
+/// nor take a lock of the run-time.
 #pragma once
 
 #include <cstddef>
@@ -12,17 +12,17 @@
 namespace LbOs
 {
 
-/// Zeroed pages to read and write, at least `size` bytes; null when there are none. The caller releases them with the
+/// Zeroed, readable and writable pages of at least `size` bytes; null on failure. The caller releases them with the
 /// same size.
 LB_API void* AllocatePages(std::size_t size) noexcept;
 
-/// The same at exactly `address`, a multiple of the allocation granularity; null when something is there already.
+/// The same at exactly `address`, a multiple of the allocation granularity; null if the range is occupied.
 LB_API void* AllocatePagesAt(std::uintptr_t address, std::size_t size) noexcept;
 
-/// Gives pages of the two calls above back.
+/// Releases pages of the two operations above.
 LB_API void ReleasePages(void* pages, std::size_t size) noexcept;
 
-/// What a range of addresses is.
+/// A range of addresses with equal properties.
 struct SRegion
 {
     std::uintptr_t begin = 0;
@@ -32,14 +32,14 @@ struct SRegion
     std::uint32_t protection = 0; ///< the system's own number, for ProtectPages
 };
 
-/// The region that holds `address`: pages of one protection, or a gap between such pages. False when the address is
-/// none that the process could use.
+/// The region that contains `address`: pages of one protection, or a gap between them. False if the process cannot use
+/// the address.
 LB_API bool QueryRegion(std::uintptr_t address, SRegion& region) noexcept;
 
-/// Takes a region and goes on with the next one, or not.
+/// Receives a region; returns false to stop.
 using FVisitRegion = bool (*)(const SRegion& region, void* context) noexcept;
 
-/// Calls `visit` for all regions with an address from `begin` to `end`, ascending, in one pass over the system's table.
+/// Calls `visit` for all regions with an address in [begin, end], ascending, in one pass over the system's table.
 LB_API void VisitRegions(std::uintptr_t begin, std::uintptr_t end, FVisitRegion visit, void* context) noexcept;
 
 struct SPageSizes
@@ -53,10 +53,10 @@ LB_API SPageSizes GetPageSizes() noexcept;
 LB_API extern const std::uint32_t c_ProtectionReadExecute;
 LB_API extern const std::uint32_t c_ProtectionAll; ///< read, write, execute
 
-/// Sets the protection of all pages that hold a byte of the range. False on failure, nothing is changed then.
+/// Sets the protection of all pages that contain a byte of the range. False on failure; then nothing has changed.
 LB_API bool ProtectPages(void* address, std::size_t size, std::uint32_t protection) noexcept;
 
-/// To be called after code was written, before it runs.
+/// Call after writing code and before running it.
 LB_API void FlushCode(void* address, std::size_t size) noexcept;
 
 } // namespace LbOs

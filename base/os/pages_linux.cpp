@@ -11,9 +11,9 @@
 namespace
 {
 
-// Addresses of programs end here (47 bits); the last page is never mapped.
+// User addresses end here (47 bits); the last page is never mapped.
 constexpr std::uintptr_t c_AddressEnd = 0x7FFFFFFFF000;
-// The system keeps the first pages free of mappings.
+// The system never maps the first pages.
 constexpr std::uintptr_t c_AddressBegin = 0x10000;
 
 void* mapPages(void* address, std::size_t size, int flags) noexcept
@@ -37,7 +37,7 @@ public:
     CMapsReader(const CMapsReader&) = delete;
     CMapsReader& operator=(const CMapsReader&) = delete;
 
-    /// The next mapping; false at the end.
+    /// Reads the next mapping; false at the end.
     bool Next(LbOs::SRegion& region) noexcept
     {
         if (!readNumber(region.begin, '-') || !readNumber(region.end, ' '))
@@ -97,7 +97,8 @@ private:
         return character == '\n';
     }
 
-    const LbOs::Linux::CCancellationOff m_cancellationOff; ///< ahead of the file, which is opened and closed under it
+    const LbOs::Linux::CCancellationOff
+        m_cancellationOff; ///< declared first: in effect while the file opens and closes
     int m_file;
     std::size_t m_position = 0;
     std::size_t m_length = 0;
@@ -120,7 +121,7 @@ void* LbOs::AllocatePagesAt(std::uintptr_t address, std::size_t size) noexcept
     void* const pages = mapPages(wanted, size, MAP_FIXED_NOREPLACE);
     if (pages != nullptr && pages != wanted)
     {
-        // Kernels before 4.17 take the address for a hint.
+        // Kernels before 4.17 treat the address as a hint.
         munmap(pages, size);
         return nullptr;
     }

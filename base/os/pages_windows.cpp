@@ -34,7 +34,7 @@ void LbOs::ReleasePages(void* pages, std::size_t /*size*/) noexcept
 
 bool LbOs::QueryRegion(std::uintptr_t address, SRegion& region) noexcept
 {
-    // The lowest byte holds the kind of access, 0x10 and above are those that execute; guard pages never run.
+    // The lowest byte is the kind of access; from 0x10 on it allows execution. Guard pages never execute.
     constexpr DWORD c_KindMask = 0xFF;
     constexpr DWORD c_FirstExecutable = 0x10;
 

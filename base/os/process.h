@@ -1,4 +1,4 @@
-/// The present process: its arguments, its threads, its last words.
+/// The current process: arguments, threads, assertions, forks, and its end.
 #pragma once
 
 #include <cstddef>
@@ -11,50 +11,49 @@
 namespace LbOs
 {
 
-/// The argument vector as wide text, the program's name first. Takes what main() got, since one platform knows it from
-/// nowhere else; the other one asks the system, because main()'s bytes have lost characters there.
+/// The argument vector as wide text, beginning with the program's name. Takes the arguments of main(), which Linux
+/// needs; Windows asks the system instead, because main()'s bytes have lost characters there.
 LB_API std::vector<std::wstring> GetArguments(int count, const char* const* arguments);
 
 /// Runs `function` to its end on a thread with a stack of `stackSize` bytes (address space is reserved, memory is used
 /// only as the stack grows) and passes its exception on. Throws LbException when the thread cannot be had.
 LB_API void RunOnStack(std::size_t stackSize, const std::function<void()>& function);
 
-/// Name of the calling thread as debuggers show it (cut to what the system takes).
+/// Names the calling thread for debuggers; the system's maximum length may cut the name.
 LB_API void SetCurrentThreadName(const std::wstring& name);
 
-/// Hands one line to whoever traces the process: the debugger's output on Windows, the system log (debug level) on
-/// Linux.
+/// Writes one line to the debugger's output on Windows, or to the system log (debug level) on Linux.
 LB_API void TraceToSystem(const std::wstring& text);
 
 enum class EAssertAnswer
 {
-    Ignore, ///< go on
+    Ignore, ///< continue
     Break,  ///< stop in the debugger
     Abort,  ///< end the process
 };
 
-/// Shows a failed assertion to the user and asks what to do. Where there is no desktop the text goes to standard error
-/// and the answer is Ignore. Blocks until answered.
+/// Shows a failed assertion to the user and asks what to do. Blocks until answered. Without a desktop, writes the text
+/// to standard error and returns Ignore.
 LB_API EAssertAnswer ShowAssertDialog(const std::wstring& text);
 
-/// Stops in the debugger; ends the process when there is none.
+/// Stops in the debugger; ends the process if there is none.
 LB_API void BreakIntoDebugger();
 
-/// What is called around each fork of the process, on the forking thread.
+/// Functions that are called around each fork of the process, on the forking thread.
 struct SForkHandlers
 {
-    void (*before)() noexcept; ///< must not leave locks behind that a thread takes while it holds one of the run-time
-    void (*afterInParent)() noexcept; ///< also when the fork failed
-    void (*afterInChild)() noexcept;  ///< behind those that were there earlier
+    void (*before)() noexcept; ///< must not keep a lock that a thread may take while it holds a lock of the run-time
+    void (*afterInParent)() noexcept; ///< also called when the fork failed
+    void (*afterInChild)() noexcept;  ///< called after the handlers that were registered earlier
 };
 
-/// From now on the handlers are called, for the life of the process. Windows does not fork.
+/// Registers the handlers for the life of the process. No effect on Windows, which does not fork.
 LB_API void CallAroundForks(const SForkHandlers& handlers);
 
-/// Number of the present process.
+/// Id of the current process.
 LB_API unsigned long GetProcessId();
 
-/// Ends the present process at once: no destructor runs, no stream is flushed, nobody is asked. Any thread.
+/// Ends the process at once: runs no destructors and exit handlers and flushes no streams. Callable from any thread.
 [[noreturn]] LB_API void EndProcess(int status);
 
 } // namespace LbOs

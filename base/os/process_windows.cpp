@@ -24,11 +24,11 @@ unsigned __stdcall runCall(void* argument)
 struct SProgramName
 {
     std::wstring text;
-    std::size_t end = 0; ///< of its part of the line
+    std::size_t end = 0; ///< end of its part of the line
 };
 
-/// The first word of a command line knows no escapes: each quotation mark in it begins or ends a part that may hold
-/// blanks. It is empty when the line begins with a blank.
+/// The first word of a command line has no escapes: each quotation mark begins or ends a part that may contain blanks.
+/// The word is empty if the line begins with a blank.
 SProgramName readProgramName(const std::wstring& line)
 {
     SProgramName name;
@@ -49,7 +49,7 @@ SProgramName readProgramName(const std::wstring& line)
 
 constexpr const wchar_t* c_WindowLibrary = L"user32.dll";
 
-/// A service or a session without desktop cannot show anything.
+/// False for a service or a session without desktop.
 bool hasDesktop()
 {
     using LbOs::Windows::FindSystemFunction;
@@ -76,7 +76,7 @@ int showAssertBox(const wchar_t* text)
 
 std::vector<std::wstring> LbOs::GetArguments(int /*count*/, const char* const* /*arguments*/)
 {
-    // Not by the system's call for it: the shell's library has that.
+    // The system's own call for this is in the shell library, which is slow to load.
     const std::wstring line = GetCommandLineW();
     const SProgramName program = readProgramName(line);
     std::vector<std::wstring> arguments = LbCommandLine::Split(line.substr(program.end));
@@ -103,7 +103,7 @@ void LbOs::RunOnStack(std::size_t stackSize, const std::function<void()>& functi
 
 void LbOs::SetCurrentThreadName(const std::wstring& name)
 {
-    // Systems before Windows 10 lack the call.
+    // Windows versions before 10 lack the call.
     using SetDescription = HRESULT(WINAPI*)(HANDLE, const wchar_t*);
     const auto setDescription = reinterpret_cast<SetDescription>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription")));
@@ -149,6 +149,6 @@ unsigned long LbOs::GetProcessId()
 void LbOs::EndProcess(int status)
 {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-    // The system does not come back from that, but does not promise it either.
+    // The call does not return, but its declaration does not say so.
     std::abort();
 }

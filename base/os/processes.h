@@ -13,23 +13,23 @@ namespace LbOs
 struct SProcess
 {
     unsigned long number = 0;
-    std::wstring executableName; ///< file name of the executable; empty when it is not for the caller to know
+    std::wstring executableName; ///< file name of the executable; empty if the caller may not know it
 };
 
-/// The processes at some moment of the call; empty when the system does not tell. Any thread.
+/// The processes at one moment during the call; empty on failure. Callable from any thread.
 LB_API std::vector<SProcess> ListProcesses();
 
-/// The process that started this one, 0 when it has ended and another one has taken its place; none when the system
-/// does not tell. Where the system keeps the number of one that has ended (Windows) it is given. Any thread.
+/// The id of the process that started this one. On Linux 0 if the parent has ended and another process has adopted this
+/// one; Windows keeps the id of an ended parent. Empty on failure. Callable from any thread.
 LB_API std::optional<unsigned long> GetParentProcessId();
 
-/// The file name of the executable of a process that runs now, as the process itself would name it; empty when there is
-/// no such process or it cannot be asked. Any thread.
+/// The file name of a running process's executable, as the process itself would name it; empty if the process does not
+/// exist or cannot be queried. Callable from any thread.
 LB_API std::wstring GetProcessExecutableName(unsigned long number);
 
-/// Ends a listed process at once, with exit status 0 where the system lets the caller choose. A failure has no effect:
-/// the process has ended already, on Linux also when its number is another executable's now, or it is not the caller's
-/// to end. Any thread.
+/// Ends a listed process at once, with exit status 0 where the system lets the caller choose. Has no effect if the
+/// process has ended already (on Linux also if another executable has its id now), or if the caller has no right to
+/// end it. Callable from any thread.
 LB_API void KillProcess(const SProcess& process);
 
 } // namespace LbOs

@@ -33,7 +33,8 @@ std::optional<unsigned long> toNumber(std::string_view text)
     return isNumber ? std::optional(number) : std::nullopt;
 }
 
-/// Whoever has lost its parent gets another one, which cannot be told from a parent but by having known the first.
+/// The parent at start. A process that loses its parent gets another one, so a later query could not tell the two
+/// apart.
 std::atomic<pid_t> s_firstParent = [] {
     pthread_atfork(nullptr, nullptr, [] { s_firstParent = getppid(); });
     return getppid();
@@ -46,7 +47,7 @@ std::vector<LbOs::SProcess> LbOs::ListProcesses()
     std::vector<SProcess> processes;
     std::error_code error;
     std::filesystem::directory_iterator entry("/proc", error);
-    // A process may end while it is looked at: what is not known of it stays empty.
+    // A process may end while it is examined; unknown values stay empty.
     while (!error && entry != std::filesystem::directory_iterator())
     {
         if (const std::optional<unsigned long> number = toNumber(entry->path().filename().native()))
@@ -66,7 +67,7 @@ std::optional<unsigned long> LbOs::GetParentProcessId()
 
 std::wstring LbOs::GetProcessExecutableName(unsigned long number)
 {
-    // What the system appends to the path of a file that is gone, after an update say.
+    // The suffix that the system appends to the path of a deleted file, for example after an update.
     constexpr std::string_view c_Deleted = " (deleted)";
     std::error_code error;
     const std::filesystem::path link = std::filesystem::read_symlink(getFolder(number) / "exe", error);
@@ -80,7 +81,7 @@ std::wstring LbOs::GetProcessExecutableName(unsigned long number)
 
 void LbOs::KillProcess(const SProcess& process)
 {
-    // As long as it is open no other process is meant, whatever becomes of the number.
+    // While the descriptor is open it denotes this process, even if another process gets its id.
     const Linux::CDescriptor file(static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(process.number), 0)));
     if (file.IsOpen() && GetProcessExecutableName(process.number) == process.executableName)
     {

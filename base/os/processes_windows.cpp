@@ -2,14 +2,14 @@
 
 #include "base/os/windows/api.h"
 
-// Behind windows.h, which they need.
+// Need windows.h in front of them.
 #include <psapi.h>
 #include <tlhelp32.h>
 
 namespace
 {
 
-/// Visits the processes until `visit` says false.
+/// Visits the processes until `visit` returns false.
 template<typename F>
 void visitProcesses(const F& visit)
 {

@@ -1,4 +1,4 @@
-/// Which processors threads run on.
+/// The processors that threads run on.
 #pragma once
 
 #include <memory>
@@ -9,9 +9,9 @@
 namespace LbOs
 {
 
-/// The processors that one thread may use: a choice that can be narrowed for a while. Two processes that take short
-/// turns are at it in a fifth of the time on one processor, since the system need not wake another one for each of
-/// them. Where the system leaves nothing to gain by that, as on Windows, and on any failure, nothing changes.
+/// The processors that one thread may use, which can be narrowed temporarily. Two processes that alternate in short
+/// turns need a fifth of the time on one processor, because the system need not wake another processor for each turn.
+/// No effect on Windows, where this gains nothing, and on failure.
 class LB_API CThreadProcessors
 {
 public:
@@ -21,14 +21,14 @@ public:
     CThreadProcessors(const CThreadProcessors&) = delete;
     CThreadProcessors& operator=(const CThreadProcessors&) = delete;
 
-    /// Keeps in mind what the calling thread may use now.
+    /// Stores the processors that the calling thread may use now.
     void Read();
 
-    /// Keeps the calling thread on its present processor, and brings the main thread of `child` there, too, which best
-    /// is asleep. Each of the two frees itself by Restore.
+    /// Binds the calling thread to its current processor, and the main thread of `child` too, which should be asleep.
+    /// Each of the two threads calls Restore for itself.
     void MeetWith(const CChildProcess& child);
 
-    /// Lets the calling thread use what was read, once; without effect when nothing has been read since.
+    /// Restores the stored processors of the calling thread, once; no effect if nothing has been stored since.
     void Restore();
 
 private:

@@ -12,7 +12,7 @@ namespace
 
 constexpr pid_t c_CallingThread = 0;
 
-/// None where the thread's processor has no place in a set.
+/// Empty if the set cannot represent the thread's processor.
 std::optional<cpu_set_t> getPresentProcessor()
 {
     const int processor = sched_getcpu();
@@ -30,7 +30,7 @@ std::optional<cpu_set_t> getPresentProcessor()
 
 struct CThreadProcessors::SState
 {
-    bool isRead = false; ///< never on machines with more processors than a set has places for
+    bool isRead = false; ///< always false on machines with more processors than a set can represent
     cpu_set_t processors = {};
 };
 
@@ -40,7 +40,7 @@ CThreadProcessors::~CThreadProcessors() = default;
 
 void CThreadProcessors::Read()
 {
-    // In case that it has failed before: a narrowed choice is not the thread's own.
+    // If an earlier Restore failed, the thread is still bound, and its current set is not its own.
     Restore();
     m_state->isRead = sched_getaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors) == 0;
 }

@@ -9,20 +9,18 @@
 namespace LbOs
 {
 
-/// All other threads, stopped wherever they are, from Freeze to Thaw or destruction. One object at a time in a process;
-/// callers see to that.
+/// Stops all other threads of the process, wherever they are, from Freeze to Thaw or destruction. Callers ensure that a
+/// process has at most one object at a time.
 ///
-/// While threads are frozen the caller must not allocate from the heap, use stdio or take any lock that another thread
-/// may hold, for its holder may be among the frozen. The object itself keeps to that.
+/// While threads are frozen the caller must not allocate from the heap, use stdio, or take a lock that a frozen thread
+/// may hold. The object itself follows this rule.
 ///
-/// A thread that is stopped in a handler of its own (of a signal, an exception) may go back, by what that handler
-/// saved, to an instruction that its instruction pointer does not tell. Code that threads may have been in is not to be
-/// freed.
+/// A thread that is stopped inside a signal or exception handler may later return to the interrupted instruction, which
+/// its instruction pointer does not show. So code in which threads may have been must not be freed.
 ///
-/// On Linux a free real-time signal is taken on first use and kept for good, one that no thread blocks (to wait for it,
-/// say) if there is any; after a time-out, or when others gave it a handler, another one is taken. Calls that the
-/// system does not take up again after a signal (sleep, poll and the like) end early in frozen threads, as with any
-/// other signal.
+/// On Linux, the first use reserves a free real-time signal for the life of the process, if possible one that no thread
+/// blocks. After a time-out, or if others install a handler for it, another signal is reserved. System calls that do
+/// not resume after a signal (sleep, poll and similar) end early in frozen threads, as with any other signal.
 class LB_API CThreadFreezer
 {
 public:
@@ -31,21 +29,21 @@ public:
     CThreadFreezer(const CThreadFreezer&) = delete;
     CThreadFreezer& operator=(const CThreadFreezer&) = delete;
 
-    /// Stops all other threads, those too that start meanwhile. False when none did so for this time though one still
-    /// had to (it blocks all signals, or the system has no room for more), when threads kept starting for this time
-    /// (Windows, which stops any), or when the threads cannot be had (no "/proc" of this process's numbers); all
-    /// run again then.
+    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, if for
+    /// this time no further thread stopped although one still had to (it blocks all signals, or the signal queue is
+    /// full), if threads kept starting for this time (Windows), or if the threads cannot be listed (no "/proc" of this
+    /// process id name space).
     bool Freeze(unsigned timeoutMs) noexcept;
 
-    /// Lets them run. Does nothing when they do.
+    /// Lets the threads run again. No effect if they are running.
     void Thaw() noexcept;
 
     /// Number of frozen threads.
     std::size_t GetCount() const noexcept { return m_count; }
 
-    /// Where a frozen thread, by index, goes on after Thaw. 0 when the system does not tell.
+    /// The address where the frozen thread with this index continues after Thaw; 0 if unknown.
     std::uintptr_t GetInstructionPointer(std::size_t thread) const noexcept;
-    /// False when the system refuses.
+    /// False if the system refuses.
     bool SetInstructionPointer(std::size_t thread, std::uintptr_t address) noexcept;
 
 private:

@@ -26,7 +26,7 @@ namespace
 constexpr std::size_t c_SlotCount = 8192;
 constexpr unsigned c_SlotBits = 16;
 
-/// The thread has not answered yet: an odd number, which no address of a context is.
+/// The thread has not answered yet. An odd number, so never the address of a context.
 constexpr std::uint64_t toPending(std::uint32_t generation) noexcept
 {
     return (std::uint64_t{generation} << 1U) | 1U;
@@ -39,8 +39,8 @@ struct SSlot
         0; ///< pending, or address of the frozen thread's context, or 0 when it has ended
 };
 
-// Of static life, since a late signal may look at them at any time. Constant, so that no process pays for their pages
-// at its start.
+// Static, because a late signal may access them at any time. Constant-initialised, so that a process start does not
+// touch their pages.
 constinit SSlot s_slots[c_SlotCount];
 std::atomic<std::uint32_t> s_generation = 0;
 std::atomic<std::uint32_t> s_answerCount = 0;
@@ -99,7 +99,7 @@ pid_t parseNumber(const char* text) noexcept
     return number;
 }
 
-/// Time that passed since its construction. Signals that interrupt waits do not upset it.
+/// Time since construction. Not affected by signals that interrupt waits.
 class CStopwatch
 {
 public:
@@ -120,11 +120,11 @@ private:
 enum class EThreadFile
 {
     Read,
-    Gone,      ///< and the thread with it
-    Unreadable ///< which says nothing about the thread
+    Gone,      ///< the thread has ended
+    Unreadable ///< the state of the thread is unknown
 };
 
-/// The beginning of one of the files that tell of a thread, as a text.
+/// The beginning of one of the kernel's files about a thread, as text.
 template<std::size_t Size>
 EThreadFile readThreadFile(pid_t thread, std::string_view name, char (&text)[Size], std::size_t& length) noexcept
 {
@@ -149,7 +149,8 @@ EThreadFile readThreadFile(pid_t thread, std::string_view name, char (&text)[Siz
     return length > 0 ? EThreadFile::Read : isGone ? EThreadFile::Gone : EThreadFile::Unreadable;
 }
 
-/// True for a thread that will never run again: gone, or the first one after it left the process to the others.
+/// True for a thread that will never run again: it has ended, or it is the main thread and has left the process to the
+/// others.
 bool hasEnded(pid_t thread) noexcept
 {
     char text[512];
@@ -159,7 +160,7 @@ bool hasEnded(pid_t thread) noexcept
     {
         return result == EThreadFile::Gone;
     }
-    // "number (name) state ...", and a name may hold brackets.
+    // "number (name) state ..."; a name may contain parentheses.
     const char* const end = text + length;
     const char* name = end;
     while (name > text && name[-1] != ')')
@@ -178,8 +179,8 @@ struct SDirectoryEntry
     char name[1];
 };
 
-/// Calls `function` for all threads but this one until it returns false. False then, or without a list of threads; one
-/// that does not hold this thread belongs to other numbers than the process knows itself by.
+/// Calls `function` for all other threads until it returns false. Returns false in that case, and if there is no usable
+/// list of threads: a list without the calling thread belongs to another process id name space.
 template<typename F>
 bool forOtherThreads(const F& function) noexcept
 {
@@ -215,7 +216,7 @@ constexpr std::uint64_t toMask(int signal) noexcept
     return std::uint64_t{1} << static_cast<unsigned>(signal - 1);
 }
 
-/// The signals that a thread blocks, bit 0 for signal 1; none when it is gone.
+/// The signals that a thread blocks, bit 0 for signal 1; empty if the thread has ended.
 std::uint64_t readBlockedSignals(pid_t thread) noexcept
 {
     constexpr std::string_view c_Field = "\nSigBlk:\t";
@@ -240,8 +241,8 @@ bool isOurs(const struct sigaction& action) noexcept
     return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == stopHere;
 }
 
-/// Takes a signal that nobody uses, and that is none of these. It keeps its handler for ever, since a late one would
-/// end the process otherwise.
+/// Reserves an unused signal that is not in this set. The handler stays installed, because a late signal would
+/// otherwise end the process.
 bool takeSignalExcept(std::uint64_t blocked) noexcept
 {
     for (int signal = SIGRTMAX; signal >= SIGRTMIN; --signal)
@@ -268,8 +269,8 @@ bool takeSignalExcept(std::uint64_t blocked) noexcept
     return false;
 }
 
-/// A thread that blocks a signal may be one to wait for it, or have others do so, this one as well. Who gave ours
-/// another handler, or the system's, may do that again.
+/// A thread that blocks a signal may wait for it, or another thread may, so such a signal is avoided. A signal whose
+/// handler somebody replaced is avoided too, since that may happen again.
 bool takeSignal() noexcept
 {
     struct sigaction action = {};
@@ -290,13 +291,13 @@ bool takeSignal() noexcept
     return takeSignalExcept(blocked) || takeSignalExcept(0);
 }
 
-/// The slots in use during one freeze.
+/// The slots in use during a freeze.
 class CFreeze
 {
 public:
     explicit CFreeze(std::uint32_t generation) noexcept : m_generation(generation) {}
 
-    /// Until a look at the list of threads finds no new one and all have answered.
+    /// Repeats until the list of threads has no new thread and all have answered.
     bool Run(unsigned timeoutMs) noexcept
     {
         CStopwatch refused;
@@ -356,7 +357,7 @@ private:
             slot.state = 0;
             if (errno == EAGAIN)
             {
-                // Too many signals under way in the system: the next look finds the thread again.
+                // The system's signal queue is full; the next pass finds the thread again.
                 m_isRefused = true;
                 return true;
             }
@@ -386,7 +387,7 @@ private:
         }
     }
 
-    /// The time counts anew with each answer: many threads on few processors may need longer together.
+    /// Each answer restarts the time-out: many threads on few processors may need longer in total.
     bool awaitAnswers(unsigned timeoutMs) noexcept
     {
         CStopwatch waited;
@@ -440,7 +441,7 @@ bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
     if (!isGood)
     {
         Thaw();
-        // Some thread may block it that does not block another.
+        // A thread may block this signal but not another one.
         s_signal = 0;
     }
     return isGood;

@@ -2,8 +2,8 @@
 
 #include "base/os/windows/api.h"
 
-// Threads are looked for with a call of the system that allocates nothing, again and again until no new one appears. A
-// snapshot of them would allocate, which must not be once one is suspended, and miss those that start meanwhile.
+// Enumerates threads with a system call that allocates nothing, repeatedly, until no new thread appears. A snapshot
+// would allocate, which is forbidden once a thread is suspended, and would miss threads that start meanwhile.
 
 namespace
 {
@@ -15,11 +15,11 @@ using FQueryThread = LONG(NTAPI*)(HANDLE thread, int kind, void* information, UL
 
 constexpr DWORD c_Access =
     THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_SET_CONTEXT | THREAD_QUERY_INFORMATION | SYNCHRONIZE;
-/// The system's answer behind the last thread.
+/// The status that the system returns after the last thread.
 constexpr LONG c_NoMoreEntries = static_cast<LONG>(0x8000001A);
 
 constexpr std::size_t c_ThreadMax = 8192;
-// Each look at the threads gives new handles.
+// Each enumeration returns new handles.
 constexpr std::size_t c_HandleMax = 8 * c_ThreadMax;
 
 struct SThread
@@ -30,7 +30,7 @@ struct SThread
     bool hasStarted;
 };
 
-/// Calls of the system that it declares for drivers only.
+/// System calls that are declared only for drivers.
 struct SSystemCalls
 {
     FGetNextThread getNextThread = nullptr;
@@ -49,15 +49,15 @@ SSystemCalls findSystemCalls() noexcept
     return calls;
 }
 
-// Found when the library is loaded: the search takes the loader's lock, which a thread that waits for one of the
-// caller's locks may hold later.
+// Looked up when the library is loaded: the lookup takes the loader's lock, which a thread may later hold while it
+// waits for a lock of the caller.
 const SSystemCalls s_calls = findSystemCalls();
 
-// One freeze at a time in a process; on the heap it cannot be.
+// Static, because the heap cannot be used; a process has one freeze at a time.
 SThread s_threads[c_ThreadMax];
 std::size_t s_count = 0;
 
-// All that were opened, to be closed when the threads run again: to close one may take locks.
+// All opened handles. They are closed after the threads run again, because closing may take locks.
 HANDLE s_handles[c_HandleMax];
 std::size_t s_handleCount = 0;
 
@@ -67,7 +67,7 @@ bool isKnown(DWORD number) noexcept
                        [number](const SThread& thread) { return thread.number == number; });
 }
 
-/// To be asked before a handle is opened.
+/// Call before opening a handle.
 bool isSpaceLeft() noexcept
 {
     return s_count < c_ThreadMax && s_handleCount < c_HandleMax;
@@ -84,15 +84,15 @@ bool readContext(HANDLE thread, CONTEXT& context) noexcept
     return GetThreadContext(thread, &context) != FALSE;
 }
 
-/// False when the thread runs on. When it has ended that is no failure.
+/// False if the thread still runs. An ended thread is no failure.
 bool suspend(SThread& thread) noexcept
 {
     thread.isSuspended = SuspendThread(thread.handle) != static_cast<DWORD>(-1);
     return thread.isSuspended || WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
 }
 
-/// A thread without its block of data has not run yet. Under Wine one stays like that when its creator is stopped in
-/// the middle of the creation, and to read its context would wait for ever.
+/// A thread without its thread block has not run yet. Under Wine a thread stays in this state while its creator is
+/// suspended during the creation, and reading its context would block forever.
 bool hasStarted(HANDLE thread) noexcept
 {
     struct SBasicInformation
@@ -112,7 +112,7 @@ bool hasStarted(HANDLE thread) noexcept
            information.block != nullptr;
 }
 
-/// A suspension takes effect some time after the call; to read the context waits for that.
+/// A suspension takes effect some time after the call; reading the context waits for it.
 bool awaitSuspension(SThread& thread) noexcept
 {
     thread.hasStarted = hasStarted(thread.handle);
@@ -125,14 +125,14 @@ bool awaitSuspension(SThread& thread) noexcept
            WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
 }
 
-/// All are told to stop before any is waited for.
+/// Requests the suspension of all threads before waiting for the first.
 bool suspendFrom(std::size_t first) noexcept
 {
     return std::all_of(s_threads + first, s_threads + s_count, suspend) &&
            std::all_of(s_threads + first, s_threads + s_count, awaitSuspension);
 }
 
-/// Adds the threads that are not known yet. False when there are too many or the system does not tell.
+/// Adds the threads that are not known yet. False if there are too many, or if the enumeration fails.
 bool findNewThreads() noexcept
 {
     HANDLE thread = nullptr;

@@ -1,4 +1,4 @@
-/// The one place that includes <windows.h>, and what the Windows side of the platform layer shares. Internal to
+/// The only header that includes <windows.h>, and helpers shared by the Windows side of the platform layer. Internal to
 /// base/os.
 #pragma once
 
@@ -27,8 +27,8 @@
 namespace LbOs::Windows
 {
 
-/// Calls `read(buffer, size)`, which gives the text's length, the size it needs or 0 on failure as the system's calls
-/// do, with larger buffers until the text fits. Empty on failure.
+/// Calls `read(buffer, size)` with growing buffers until the text fits. Like the system's calls, `read` returns the
+/// text's length, the required size, or 0 on failure. Empty on failure.
 template<typename F>
 std::wstring ReadText(const F& read)
 {
@@ -45,20 +45,19 @@ std::wstring ReadText(const F& read)
     }
 }
 
-/// The module that contains `address`; null when none does. Its life is not prolonged.
+/// The module that contains `address`; null if there is none. Does not keep the module loaded.
 inline HMODULE FindModuleOf(const void* address)
 {
     constexpr DWORD c_Flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE module = nullptr;
-    // A null address would ask for the executable.
+    // A null address would mean the executable.
     const bool isFound =
         address != nullptr && GetModuleHandleExW(c_Flags, static_cast<LPCWSTR>(address), &module) != FALSE;
     return isFound ? module : nullptr;
 }
 
-/// A function of one of the system's libraries, which stays loaded from then on; null when there is none. For libraries
-/// that hardly a process needs: with one that is linked every start of a process takes longer, and with the libraries
-/// of windows and of the shell twice as long.
+/// A function of a system library, which then stays loaded; null if it does not exist. For rarely needed libraries:
+/// linking them makes each process start slower, and twice as slow with the window and shell libraries.
 template<typename Function>
 Function* FindSystemFunction(const wchar_t* library, const char* name)
 {
@@ -72,11 +71,11 @@ struct SCloseHandle
     void operator()(HANDLE handle) const { CloseHandle(handle); }
 };
 
-/// An owned handle; null where there is none.
+/// An owned handle, or null.
 using Handle = std::unique_ptr<void, SCloseHandle>;
 
-/// The path in the form that system calls take at any length: "\\?\" stands in front of long ones. A path with a zero
-/// character inside becomes the empty path, since the system would cut it.
+/// The path in a form that system calls accept at any length: long paths get the prefix "\\?\". A path that contains a
+/// null character becomes empty, because the system would cut it.
 std::wstring ToSystemPath(const std::wstring& path);
 
 } // namespace LbOs::Windows

@@ -3,7 +3,7 @@
 #include <cwctype>
 #include <vector>
 
-// Behind windows.h, which it needs.
+// Needs windows.h in front of it.
 #include <sddl.h>
 
 namespace LbOs::Windows
@@ -12,7 +12,7 @@ namespace LbOs::Windows
 namespace
 {
 
-/// The present user's number as text; empty when it cannot be had.
+/// The current user's security id as text; empty on failure.
 std::wstring getUser()
 {
     HANDLE opened = nullptr;
@@ -37,7 +37,7 @@ std::wstring getUser()
 
 const std::wstring& getOwnAccessText()
 {
-    // Protected against inheritance, all rights to the user.
+    // Not inherited; all rights for the user.
     static const std::wstring s_text = getUser().empty() ? std::wstring() : L"D:P(A;;GA;;;" + getUser() + L")";
     return s_text;
 }

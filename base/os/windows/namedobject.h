@@ -8,10 +8,10 @@
 namespace LbOs::Windows
 {
 
-/// In the session's own namespace; empty for a name that is none.
+/// The name in the session's namespace; empty for an invalid name.
 std::wstring ToObjectName(const std::wstring& name);
 
-/// Access for the present user and nobody else.
+/// Access for the current user only.
 class COwnAccess
 {
 public:
@@ -21,14 +21,14 @@ public:
     COwnAccess(const COwnAccess&) = delete;
     COwnAccess& operator=(const COwnAccess&) = delete;
 
-    /// Null when the user cannot be told.
+    /// Null if the user cannot be determined.
     SECURITY_ATTRIBUTES* Get() { return m_attributes.lpSecurityDescriptor == nullptr ? nullptr : &m_attributes; }
 
 private:
     SECURITY_ATTRIBUTES m_attributes = {};
 };
 
-/// Runs `create(attributes)`, which gives a handle, and takes only an object that did not exist before.
+/// Runs `create(attributes)`, which returns a handle, and accepts only an object that did not exist before.
 template<typename F>
 Handle CreateNew(const F& create)
 {
@@ -42,7 +42,7 @@ Handle CreateNew(const F& create)
     return GetLastError() == ERROR_ALREADY_EXISTS ? Handle() : std::move(handle);
 }
 
-/// For the caller's `failure`, unless there is none: the number of what the system has refused last.
+/// Stores the system's last error code in the caller's `failure`, unless that is null.
 inline void DescribeFailure(std::wstring* failure)
 {
     if (failure != nullptr)
