@@ -8,36 +8,36 @@
 #include "base/lustream.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
-/// Writes lines of markup, one tab a level in front of each. Neither checks that elements match nor escapes values:
-/// callers balance what they open and close, and use Escape where it is needed. The file is opened and closed by the
-/// caller and outlives the writer; what the file throws passes through. Used by one thread at a time.
+/// Writes lines of markup, indented by one tab per level. Does not check that elements match and does not escape
+/// values: callers balance opening and closing calls, and use Escape where needed. The caller opens and closes the
+/// file, which must outlive the writer; exceptions of the file pass through. One thread at a time.
 class LUTESTSUITE_API LuTestSuiteUtils::LuMarkupWriter
 {
 public:
     explicit LuMarkupWriter(LuStreamWriteASCIIFile& file) : m_file(file) {}
 
-    /// The indentation of the level alone.
+    /// Writes only the indentation of the level.
     void Indent();
 
-    /// The text alone.
+    /// Writes only the text.
     void Write(std::wstring_view text);
 
-    /// Indentation and text; then the level rises.
+    /// Writes indentation and text, then increases the level.
     void WriteOpen(std::wstring_view text);
 
-    /// Indentation, text and line end; then the level rises.
+    /// Writes indentation, text and line end, then increases the level.
     void WriteLineOpen(std::wstring_view text);
 
-    /// The level falls; then indentation and text. The level must not be 0.
+    /// Decreases the level, then writes indentation and text. The level must not be 0.
     void WriteClose(std::wstring_view text);
 
-    /// The level falls; then indentation, text and line end. The level must not be 0.
+    /// Decreases the level, then writes indentation, text and line end. The level must not be 0.
     void WriteLineClose(std::wstring_view text);
 
-    /// Indentation, text and line end.
+    /// Writes indentation, text and line end.
     void WriteLine(std::wstring_view text);
 
-    /// A line of one element. Numbers are decimal, floating ones with six decimals.
+    /// Writes a line with one element. Numbers are decimal; floating-point numbers have six decimals.
     void WriteElement(std::wstring_view name, std::wstring_view value);
     void WriteElement(std::wstring_view name, std::int32_t value);
     void WriteElement(std::wstring_view name, std::uint32_t value);
@@ -46,18 +46,18 @@ public:
     void WriteElement(std::wstring_view name, std::int64_t value);
     void WriteElement(std::wstring_view name, std::uint64_t value);
 
-    /// The same with attributes in the start tag. Unsigned values come as signed ones, so that the largest is "-1":
-    /// readers of old files expect it.
+    /// The same with attributes in the start tag. Writes unsigned values as signed, so that the largest is "-1", as
+    /// readers of existing files expect.
     void WriteElement(std::wstring_view name, std::wstring_view attributes, std::wstring_view value);
     void WriteElement(std::wstring_view name, std::wstring_view attributes, std::int32_t value);
     void WriteElement(std::wstring_view name, std::wstring_view attributes, std::uint32_t value);
     void WriteElement(std::wstring_view name, std::wstring_view attributes, double value);
 
-    /// The text with the five characters of markup as entities: &quot; &amp; &apos; &lt; &gt;. One that is escaped
-    /// already is escaped again.
+    /// The text with the five markup characters as entities: &quot; &amp; &apos; &lt; &gt;. Escapes existing entities
+    /// again.
     static std::wstring Escape(std::wstring_view text);
 
-    /// The reverse. All that is none of the five entities stays as it is.
+    /// The reverse of Escape. Text other than the five entities stays unchanged.
     static std::wstring Unescape(std::wstring_view text);
 
 private:

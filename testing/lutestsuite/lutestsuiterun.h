@@ -1,6 +1,6 @@
-/// Runs: the records that carry unit tests, cases, parameters and results, and the run itself.
+/// Runs: the records of unit tests, cases, parameters and results, and the run itself.
 ///
-/// The records are plain values, copied freely, used by one thread at a time.
+/// The records are plain values; one thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ namespace LuTestSuite
 /// 32-bit).
 using ParameterMap = std::unordered_map<std::wstring, LbVariant>;
 
-/// Who answers for a unit test.
+/// A person responsible for a unit test.
 struct SContact
 {
     std::wstring name;
@@ -52,8 +52,8 @@ struct LUTESTSUITE_API SUnitTest
     std::vector<SContact> contacts;
     std::wstring moduleName; ///< file name of the module that holds the class; empty when unknown
 
-    /// The data-set files: full paths of the cases that are files of the unit test's folder, in case order. Taken from
-    /// the cases, which hold them, so that the two never disagree.
+    /// The data-set files: full paths of the cases that are files in the unit test's folder, in case order. Computed
+    /// from the cases, so that the two always agree.
     std::vector<std::wstring> GetDataSetFiles() const;
 };
 
@@ -70,13 +70,13 @@ enum class ECaseRunResult : std::uint32_t
     Exception = 2,
     NoInput = 3,
     Different = 4,
-    Unknown = 5,        ///< every case starts so; it stays when the case never got as far as a verdict
+    Unknown = 5,        ///< initial value; remains if the case never reached a verdict
     NoMatchingCase = 6, ///< no such class, or no sub-test of that name
     Canceled = 7,
     TimeOut = 8
 };
 
-/// Target of re-created reference data. Handed through to the tests, never interpreted by the runner.
+/// Target of re-created reference data. Passed through to the tests; the runner never interprets it.
 enum class ETargetSystem : std::uint32_t
 {
 };
@@ -84,10 +84,10 @@ enum class ETargetSystem : std::uint32_t
 /// "No limit" of the time-out and the case maximum, -1 on the command line's scale.
 inline constexpr std::uint32_t c_NoLimit = std::numeric_limits<std::uint32_t>::max();
 
-/// "Never" of the two breaks.
+/// "Never", for the two breakpoints.
 inline constexpr std::uint64_t c_NoBreak = std::numeric_limits<std::uint64_t>::max();
 
-/// Parameters of a run or of one case. Order and widths are fixed: other processes receive the record as it stands.
+/// Parameters of a run or of one case. Order and widths are fixed, because other processes receive the bytes unchanged.
 struct SParams
 {
     bool trackHeap = false;                   ///< track heap allocations during the case
@@ -165,35 +165,39 @@ struct SRunResult
     SStats stats;
 };
 
-/// What a host hands to an operation that takes no setup (a setup carries the same two as checkCallback and
-/// resultCallback). Calling an empty one raises std::bad_function_call.
+/// Callbacks for operations that take no setup (a setup has the same two as checkCallback and resultCallback). Calling
+/// an empty one throws std::bad_function_call.
 struct SCallbacks
 {
-    std::function<bool()> isCanceled;                 ///< true when the operation is to stop
+    std::function<bool()> isCanceled;                 ///< returns true to stop the operation
     std::function<void(ECaseRunResult)> caseFinished; ///< receives each executed case's result
 };
 
-/// Carries out one normal run: loads the test modules, gathers and selects the unit tests, runs their cases, first
-/// those that may run on worker threads, then the others one after another, in this process or in child processes,
-/// prints a line per case and the summary, and writes the reports that the setup asks for. The calling thread prints
-/// everything and calls the setup's resultCallback; its checkCallback is called by all executing threads, one at a
-/// time, and must not wait for another of them. While cases run, the executable's folder is the working directory; the
-/// environment's own is restored before the reports, also when an exception leaves the run. What goes wrong inside a
-/// case becomes its result, and a report that cannot be written costs a line; throws what discovery and selection
-/// throw, and LbException when the objects shared with child processes cannot be had.
+/// Carries out one normal run. Loads the test modules, finds and selects the unit tests, and runs their cases in this
+/// process or in child processes: first the cases that may run on worker threads, then the others one after another.
+/// Prints a line per case and the summary, and writes the reports that the setup requests.
+///
+/// The calling thread prints everything and calls the setup's resultCallback. All executing threads call its
+/// checkCallback, one at a time; it must not wait for another of them. While cases run, the executable's folder is the
+/// working directory; the environment's working directory is restored before the reports are written, and when an
+/// exception leaves the run.
+///
+/// A failure inside a case becomes the case's result; a report that cannot be written prints a line. Exceptions of
+/// discovery and selection pass through. Throws LbException if the objects shared with child processes cannot be
+/// created.
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-/// Serves a parent run as its child process: runs the cases that come through the shared objects that the setup names,
-/// until none has come for five seconds. From then on a crash of the process is silent. Throws LbException when a name
-/// is missing or an object cannot be opened.
+/// Serves a parent run as its child process: runs the cases that arrive through the shared objects named in the setup,
+/// until no case has arrived for five seconds. From then on a crash of the process is silent. Throws LbException if a
+/// name is missing or an object cannot be opened.
 LUTESTSUITE_API void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-/// Makes the stored reference data of cases anew instead of checking against them: asks each unit test that implements
-/// IUnitTestRecreate, one case after another, and prints what comes of each. The modules are loaded before by the host,
-/// data directories are full paths, since the executable's folder is the working directory meanwhile. `targetSystem`
-/// and `option` reach the unit tests as IUnitTestRecreate::SRequest. Both callbacks must be set; the notification
-/// receives Ok after each case, whatever happened. What goes wrong in a case costs a line of output; what a callback
-/// throws passes through. By the thread that made the environment.
+/// Re-creates the stored reference data of cases instead of checking against it: calls each unit test that implements
+/// IUnitTestRecreate, case by case, and prints each outcome. The host loads the modules before. Data directories are
+/// full paths, because the executable's folder is the working directory meanwhile. Unit tests receive `targetSystem`
+/// and `option` as IUnitTestRecreate::SRequest. Both callbacks must be set; the notification always receives Ok. A
+/// failing case prints a line; exceptions of callbacks pass through. Call it on the thread that created the
+/// environment.
 LUTESTSUITE_API void Recreate(LuTestSuiteEnvironment& environment, const std::vector<LuTestSuite::SUnitTest>& unitTests,
                               ETargetSystem targetSystem, bool option, const SCallbacks& callbacks);
 

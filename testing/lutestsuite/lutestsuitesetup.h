@@ -9,7 +9,7 @@
 #include "testing/lutestsuite/lutestsuiteexport.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
 
-/// What to do about data sets of identical content.
+/// What to do with data sets of identical content.
 enum EDuplicateMode : std::uint32_t
 {
     eDM_None = 0,
@@ -17,8 +17,8 @@ enum EDuplicateMode : std::uint32_t
     eDM_Delete = 2
 };
 
-/// A plain value: copied field by field. A moved-from record has empty arrays and no callables: it may be filled or
-/// assigned, and is not run before that. Used by one thread at a time.
+/// A plain value. A moved-from record has empty arrays and no callables; fill or assign it before using it for a run.
+/// One thread at a time.
 struct LUTESTSUITE_API LuTestSuiteSetup
 {
     LuTestSuiteSetup();
@@ -31,11 +31,11 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     std::wstring dataDir;                          ///< directory searched for unit-test folders, ends in a separator
     std::vector<std::wstring> includes;            ///< patterns of cases to select
     std::vector<std::wstring> excludes;            ///< patterns of cases to leave out
-    std::vector<LuTestSuite::SUnitTest> unitTests; ///< when not empty, run as they are instead of scanning dataDir
+    std::vector<LuTestSuite::SUnitTest> unitTests; ///< if not empty, run unchanged instead of scanning dataDir
 
-    LuTestSuiteRun::SParams params; ///< the run's parameters, handed on as one record
+    LuTestSuiteRun::SParams params; ///< the run's parameters, passed on as one record
 
-    std::wstring includeConfig;           ///< configuration file whose stored selection is included
+    std::wstring includeConfig;           ///< configuration file whose stored selection is added to the includes
     std::wstring xmlReport;               ///< path of the XML report to write
     std::wstring htmlReport;              ///< path of the HTML report to write
     bool autoXml = false;                 ///< write an XML report under an automatic name; set by hosts only
@@ -58,7 +58,7 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     std::wstring responseEventId;
     bool noRegex = false; ///< patterns are compared as plain text with the end of names
 
-    /// Asked before each case; true stops the run. Answers false by default.
+    /// Called before each case; returns true to stop the run. Returns false by default.
     std::function<bool()> checkCallback;
 
     /// Receives the result of each executed case. Does nothing by default.

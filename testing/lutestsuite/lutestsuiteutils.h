@@ -16,7 +16,8 @@ class LbRTTI;
 class LuTestSuiteEnvironment;
 class XMLNode;
 
-/// Static operations only. Unless stated otherwise they may be called by any thread, and print through LuTestSuiteOut.
+/// Static operations only. Unless stated otherwise they may be called from any thread, and print through
+/// LuTestSuiteOut.
 class LUTESTSUITE_API LuTestSuiteUtils
 {
 public:
@@ -24,9 +25,9 @@ public:
 
     // Entry -----------------------------------------------------------------------------------------------------------
 
-    /// Runs the one mode that the arguments (the program's name first) ask for. False when they were refused (the
-    /// reason was printed) or when a case of a run did not end "OK". Exceptions of the mode pass through: LbException,
-    /// or a German message as std::wstring. By the thread that made the environment.
+    /// Runs the one mode that the arguments (the program's name first) select. False if the arguments were refused (the
+    /// reason was printed), or if a case of a run did not end "OK". Exceptions of the mode pass through: LbException,
+    /// or a German message as std::wstring. Call it on the thread that created the environment.
     static bool RunCommandLine(LuTestSuiteEnvironment& environment, int argumentCount, const wchar_t* const* arguments);
 
     // Command line ----------------------------------------------------------------------------------------------------
@@ -37,9 +38,9 @@ public:
         eP_x64 = 1
     };
 
-    /// Fills the setup from the arguments (the program's name first). False when they were refused; the reason was
-    /// printed and the options before it stay applied. When only the help text was asked for or nothing is left to do,
-    /// it is printed and the setup selects no mode.
+    /// Fills the setup from the arguments (the program's name first). False if they were refused; then the reason was
+    /// printed, and earlier options stay applied. If the arguments request help or leave nothing to do, prints the help
+    /// text; the setup then selects no mode.
     static bool ProcessCommandLine(LuTestSuiteSetup& setup, int argumentCount, const wchar_t* const* arguments);
 
     /// The help text, German, lines ended by line feeds.
@@ -56,7 +57,7 @@ public:
 
     // Configuration files ---------------------------------------------------------------------------------------------
 
-    /// Content of a configuration file, with the values that a missing file or key leaves.
+    /// Content of a configuration file; the initial values apply to missing files and keys.
     struct SConfigFileData
     {
         std::vector<std::wstring> dataDirHistory;
@@ -81,21 +82,22 @@ public:
         std::uint64_t BreakAllocSize = LuTestSuiteRun::c_NoBreak;
     };
 
-    /// Reads a configuration file over `data`: missing keys leave their fields unchanged, a missing file leaves all;
-    /// history and selection are added to what is there. Throws a German message as std::wstring: "XML-Syntax Fehler"
-    /// when the file is not such a configuration, or that it cannot be read.
+    /// Reads a configuration file into `data`. Missing keys leave their fields unchanged, a missing file leaves all
+    /// fields unchanged; history and selection are appended. Throws a German message as std::wstring: "XML-Syntax
+    /// Fehler" if the file is no configuration, or a message that it cannot be read.
     static void ReadConfigXML(const std::wstring& path, SConfigFileData& data);
 
-    /// "true" or "false" exactly; any other text, or none, leaves `value` unchanged.
+    /// Accepts exactly "true" or "false"; any other or missing text leaves `value` unchanged.
     static void GetBool(const XMLNode& node, bool& value);
 
-    /// Leading white space, decimal digits, anything after them ignored, 0 without digits; too large a number gives the
-    /// largest, a minus sign negates within the type ("-1" is the largest). No text leaves `value` unchanged.
+    /// Reads decimal digits after optional white space and ignores the rest; 0 if there are no digits. Too large a
+    /// number becomes the largest value; a minus sign negates within the type ("-1" is the largest value). Missing text
+    /// leaves `value` unchanged.
     static void GetUInt32(const XMLNode& node, std::uint32_t& value);
     static void GetUInt64(const XMLNode& node, std::uint64_t& value);
 
-    /// The data directories remembered in "LastConfig.xml" of the per-user folder, the latest first. A file that cannot
-    /// be read costs one line of output.
+    /// The data directories stored in "LastConfig.xml" in the per-user folder, the latest first. Prints one line if the
+    /// file cannot be read.
     static std::vector<std::wstring> GetDataDirHistory();
 
     /// Fills run parameters from the child elements of `node`; missing elements leave their fields unchanged.
@@ -103,66 +105,67 @@ public:
 
     // Discovery -------------------------------------------------------------------------------------------------------
 
-    /// Finds the unit tests of a data directory: each folder named after a registered class derived from LuUnitTest is
-    /// that class's data directory, and is not searched further. Folders that cannot become a unit test cost a warning.
-    /// The order of folders is the file system's; of a folder's sub-folders the last is searched first. Folders with
-    /// ".svn" in their names are left out, linked folders are searched once. `removeDisabled` leaves out the cases that
-    /// their description disables, and unit tests without any other case. An empty `dataDir` holds nothing. Throws
-    /// nothing of its own.
+    /// Finds the unit tests of a data directory: a folder named after a registered class derived from LuUnitTest is
+    /// that class's data directory and is not searched further. Prints a warning for a folder that cannot become a unit
+    /// test. Folders are in the order of the file system; the last sub-folder of a folder is searched first. Skips
+    /// folders with
+    /// ".svn" in their names, and searches linked folders once. `removeDisabled` removes cases that their description
+    /// disables, and unit tests left without cases. An empty `dataDir` has no unit tests. Throws nothing of its own.
     static std::vector<LuTestSuite::SUnitTest> ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                          bool removeDisabled);
 
-    /// Normalises a data directory given by the user: a path that does not exist but is a number selects that entry of
-    /// GetDataDirHistory (0 is the first); a separator is put at the end.
+    /// Normalises the user's data directory: if the path does not exist but is a number, it selects that entry of
+    /// GetDataDirHistory (0 is the first). Appends a separator.
     static void PreprocessDataDir(std::wstring& dataDir);
 
     // Selection -------------------------------------------------------------------------------------------------------
 
-    /// Keeps the selected cases only; unit tests without any vanish, the order stays. Patterns are ECMAScript
-    /// expressions, searched in the path name: directory and class name with "/" as separator, ":", case name; with
-    /// `noRegex` they are plain ends of it. Excluding wins over including. Names stored in the configuration file are
-    /// class name, ":", case name. Without any pattern and stored name all are selected. At least one selected case is
-    /// kept whatever `maxCases`. Throws a German message as std::wstring naming an invalid pattern, a name too long to
-    /// be matched, or the error in the configuration file.
+    /// Keeps only the selected cases, in their order, and removes unit tests without cases. Patterns are ECMAScript
+    /// expressions that are searched in the path name: directory and class name with "/" as separator, ":", case name.
+    /// With `noRegex` a pattern is a literal suffix of the path name. Excludes win over includes. Names stored in the
+    /// configuration file are class name, ":", case name. Without includes and stored names all cases are included.
+    /// Keeps at least one selected case, even if `maxCases` is 0. Throws a German message as std::wstring that names an
+    /// invalid pattern, a name too long to be matched, or the error in the configuration file.
     static void FilterTestCases(std::vector<LuTestSuite::SUnitTest>& tests, const std::wstring& includeConfigPath,
                                 const std::vector<std::wstring>& includes, const std::vector<std::wstring>& excludes,
                                 std::uint32_t maxCases, bool noRegex);
 
-    /// The expression of a wildcard name: "*" is any text, "?" any character; "{" and "}" keep their meaning as
-    /// repetition counts. To be matched against whole names. Throws std::regex_error for an invalid repetition count.
+    /// The expression for a wildcard name, to be matched against whole names: "*" is any text, "?" any character; "{"
+    /// and
+    /// "}" keep their meaning as repetition counts. Throws std::regex_error for an invalid repetition count.
     static std::wregex GenerateWildcardRegex(const std::wstring& wildcard);
 
     // Paths and texts -------------------------------------------------------------------------------------------------
 
-    /// The path with the platform's separator at its end, unless it ends in a separator (also for an empty path); and
-    /// the path without one separator at its end. Nothing else changes.
+    /// Appends the platform's separator unless the path ends with one (also to an empty path), and removes one trailing
+    /// separator. Nothing else changes.
     static std::wstring AddBackslash(const std::wstring& path);
     static std::wstring RemoveBackslash(const std::wstring& path);
 
-    /// Last component, also of a directory string; and all before it, with its separator.
+    /// The last component, also of a directory string; and the path before it, with separator.
     static std::wstring GetFileNameOnly(const std::wstring& path);
     static std::wstring GetPrunedPath(const std::wstring& path);
 
-    /// Splits at the last separator, which goes to the folder.
+    /// Splits behind the last separator.
     static void SplitFileName(const std::wstring& path, std::wstring& folder, std::wstring& name);
 
-    /// True when the directory exists, after creating it if need be.
+    /// Creates the directory if it does not exist; true if it exists afterwards.
     static bool AssertDirectory(const std::wstring& path);
 
-    /// Folder of the present user's test-suite data, ends in a separator; created if need be, which may fail unseen.
-    /// Throws LbException when the system knows no folder for the user's data.
+    /// Folder of the current user's test-suite data, with trailing separator. Creates it if needed and ignores failure.
+    /// Throws LbException if the system has no folder for user data.
     static std::wstring GetLocalTestSuiteDir();
 
-    /// A time with its unit: "0 s" for exactly 0, else the number with `decimals` digits and "ns", "µs", "ms" or "s".
-    /// Negative times come in nanoseconds.
+    /// A time with unit: "0 s" for exactly 0, otherwise the number with `decimals` decimals and "ns", "µs", "ms" or
+    /// "s". Negative times are in nanoseconds.
     static std::wstring FormatTime(double seconds, std::uint32_t decimals);
 
-    /// The text up to and including its `maxLines`-th line feed; all of it when it has fewer.
+    /// The text up to and including its `maxLines`-th line feed; the whole text if it has fewer.
     static std::wstring GetTrimmedLines(const std::wstring& text, std::uint32_t maxLines);
 
     // Build information -----------------------------------------------------------------------------------------------
 
-    /// Where the sources of the build came from.
+    /// The version-control origin of the build's sources.
     struct SSvnInfo
     {
         std::wstring Path;
@@ -185,51 +188,52 @@ public:
         std::wstring WorkspacePath;
     };
 
-    /// The records that the build left in the library; null when it left none.
+    /// The records that the build embedded in the library; null if there is none.
     static std::unique_ptr<SSvnInfo> GetSvnInfo();
     static std::unique_ptr<SPscmInfo> GetPscmInfo();
 
-    /// File name of the module that holds a class; empty when there is none.
+    /// File name of the module that contains a class; empty if unknown.
     static std::wstring GetModuleName(const LbRTTI& type);
 
     // Processes -------------------------------------------------------------------------------------------------------
 
-    /// Starts a process and waits for its end, or ends it after the given time, and what it started with it. What a
-    /// process that ended in time has left running goes on. The arguments are one text, quoted by the caller; the exit
-    /// status is not looked at. A process that cannot be started, and one that is ended, cost a warning.
+    /// Starts a process and waits for its end; after the given time ends it together with its descendants. Descendants
+    /// of a process that ended in time keep running. The arguments are one text, quoted by the caller; the exit status
+    /// is ignored. Prints a warning if the process cannot be started or had to be ended.
     static void ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
                                    const std::wstring& workingDir, std::uint32_t timeoutSec);
 
-    /// Ends all processes whose executable has exactly this file name, the present one among them. Those that are not
-    /// the caller's to end go on.
+    /// Ends all processes whose executable has exactly this file name, including the current process. Processes that
+    /// the caller has no right to end keep running.
     static void KillAllByName(const std::wstring& exeName);
 
-    /// True when the parent process runs an executable of the same file name. Throws LbException when there is no
-    /// parent any more, or it cannot be asked.
+    /// True if the parent process runs an executable of the same file name. Throws LbException if the parent has ended
+    /// or cannot be queried.
     static bool CheckForSameParentProcess();
 
-    /// Never returns: parks the calling thread, so that a debugger can be attached.
+    /// Blocks the calling thread forever, so that a debugger can be attached.
     [[noreturn]] static void EnterDebugBreakpoint();
 
     // Auxiliary modes -------------------------------------------------------------------------------------------------
 
-    /// Lists the selected unit tests and cases and how many were found, cases that are disabled left out. Without a
-    /// data directory lists those of GetDataDirHistory, nothing when there are none. Throws what selection throws.
+    /// Lists the selected unit tests and cases, without disabled cases, and their numbers. Without a data directory
+    /// lists the entries of GetDataDirHistory instead. Exceptions of the selection pass through.
     static void RunQueryMode(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-    /// Lists the selected cases that their descriptions disable, by unit test. Throws what selection throws.
+    /// Lists the selected cases that their descriptions disable, by unit test. Exceptions of the selection pass
+    /// through.
     static void ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-    /// Carries out the run that the setup's "file:name" names in a child process of a configured host, which may take 8
-    /// hours, moves its reports to the archive, and renews the archive's overview. What becomes of the child is no
-    /// failure. A name that the file does not hold, and a report that cannot be moved, cost a line of output. Throws a
-    /// German message as std::wstring when the file or what it names is wrong or missing.
+    /// Carries out the run that the setup's "file:name" names, in a child process of the configured host, which may
+    /// take up to 8 hours. Moves its reports to the archive and renews the archive's overview. The child's exit status
+    /// does not matter. Prints a line for a name that the file does not contain and for a report that cannot be moved.
+    /// Throws a German message as std::wstring if the file is wrong or missing, or names something that is.
     static void RunArchiveMode(const LuTestSuiteSetup& setup);
 
-    /// Finds the selected data sets whose files have the same content within one unit test, lists them, and deletes all
-    /// but the oldest of each set, as the setup's duplicate mode says; eDM_None only names the unit tests. Files of
-    /// 4 GiB and more are left out. What cannot be read or deleted costs a line of output. Throws what selection
-    /// throws.
+    /// Finds selected data sets of one unit test whose files have equal contents. Depending on the setup's duplicate
+    /// mode, lists them, or deletes all but the oldest of each set; eDM_None only prints the names of the unit tests.
+    /// Ignores files of 4 GiB and more. Prints a line for a file that cannot be read or deleted. Exceptions of the
+    /// selection pass through.
     static void RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
     // Reports ---------------------------------------------------------------------------------------------------------
@@ -237,14 +241,14 @@ public:
     /// Writes lines of indented markup; defined in lutestsuitemarkupwriter.h.
     class LUTESTSUITE_API LuMarkupWriter;
 
-    /// Compares the two XML reports that the setup names in a page, and shows it if the setup says so. What is missing
-    /// or cannot be read costs a line of output; nothing is written then.
+    /// Writes a page that compares the two XML reports named in the setup, and opens it if the setup says so. If a
+    /// report is missing or unreadable, prints a line and writes nothing.
     static void GenerateReportDiff(const LuTestSuiteSetup& setup);
 
     // Resources -------------------------------------------------------------------------------------------------------
 
-    /// The bytes that the build embedded in this library under a name and a type, as they stand in their file; empty
-    /// when there is no such resource.
+    /// The bytes of a file that the build embedded in this library under a name and a type; empty if there is no such
+    /// resource.
     static std::string LoadResourceToString(const std::wstring& name, const std::wstring& type);
 
     /// The style sheet and the script of the HTML reports.

@@ -39,7 +39,8 @@ void CConsoleOut::Output(const LuTestSuiteOut& line)
         LbOs::WriteStandardOutput(LbEncoding::ToUtf8(text));
         return;
     }
-    // Attributes end before the line feeds: a terminal that scrolls fills the new line with what is in force.
+    // Attributes end before the line feeds, because a scrolling terminal fills the new line with the current
+    // attributes.
     const std::size_t bodyEnd = text.find_last_not_of(L'\n') + 1;
     LbOs::WriteStandardOutput(LbEncoding::ToUtf8(start + text.substr(0, bodyEnd) + L"\x1b[0m" + text.substr(bodyEnd)));
 }

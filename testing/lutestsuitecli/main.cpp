@@ -1,7 +1,7 @@
 /// The command-line host.
 ///
-/// Exit status: 0 when the call succeeded, 1 when cases failed or the arguments were refused, 2 when an exception left
-/// the library, or a case ended the process; what happened goes to standard error, in one line.
+/// Exit status: 0 if the call succeeded, 1 if cases failed or the arguments were refused, 2 if an exception left the
+/// library or a case ended the process; one line on standard error then says what happened.
 
 #include <algorithm>
 #include <cstdio>
@@ -29,7 +29,7 @@ constexpr int c_Succeeded = 0;
 constexpr int c_Failed = 1;
 constexpr int c_Broken = 2;
 
-/// Colours are for people: a terminal shows them unless NO_COLOR is set and not empty, files and pipes get plain text.
+/// A terminal shows colours unless NO_COLOR is set and not empty; files and pipes get plain text.
 void chooseOutput()
 {
     if (LbOs::GetEnvironmentText(L"NO_COLOR").empty() && LbOs::EnableTerminalSequences())
@@ -40,10 +40,10 @@ void chooseOutput()
     }
 }
 
-/// The process that works for the user, as long as it does; 0 else.
+/// The id of this process while it runs the library's entry; otherwise 0.
 unsigned long s_workingProcess = 0;
 
-/// Lasts as long as the work, however it ends but by exit(), which leaves objects of scopes alone.
+/// Marks the time during which the entry runs. exit() does not run the destructor, so the mark shows such an end.
 class CWork : public INonCopyable
 {
 public:
@@ -51,7 +51,7 @@ public:
     ~CWork() { s_workingProcess = 0; }
 };
 
-/// A case that calls exit() must not look like a success. Copies of the process that a case makes may end as they like.
+/// A case that calls exit() must not look like a success. Forked copies of the process may end in any way.
 void endUnfinished()
 {
     if (s_workingProcess == LbOs::GetProcessId())
@@ -62,7 +62,7 @@ void endUnfinished()
     }
 }
 
-/// Whether another host has started this one to run cases for it: that one sees by itself how this one ends.
+/// True if another host started this process to run cases; the other host checks how this process ends.
 bool isChild(const std::vector<std::wstring>& arguments)
 {
     return std::ranges::find(arguments, L"--response-event-id") != arguments.end();
@@ -84,7 +84,7 @@ int run(int argumentCount, const char* const* arguments)
     return succeeded ? c_Succeeded : c_Failed;
 }
 
-/// One line, whatever line feeds the message holds, that begins as errors do.
+/// Makes one line with the prefix of errors, even if the message contains line feeds.
 int reportError(std::wstring message)
 {
     while (!message.empty() && message.back() == L'\n')
@@ -95,7 +95,7 @@ int reportError(std::wstring message)
     {
         character = character == L'\n' || character == L'\r' ? L' ' : character;
     }
-    // Some messages bring the mark along: "Fehler: ..." and "Fehler in Config-File: ...".
+    // Some messages have the prefix already: "Fehler: ..." and "Fehler in Config-File: ...".
     const bool isMarked = message.starts_with(L"Fehler: ") || message.starts_with(L"Fehler in ");
     LbOs::WriteStandardError(LbEncoding::ToUtf8((isMarked ? L"" : L"Fehler: ") + message + L"\n"));
     return c_Broken;

@@ -1,4 +1,4 @@
-/// What the library knows about its own build, and about the modules of the process.
+/// Information about the library's build and about the modules of the process.
 
 #include "testing/lutestsuite/environment/buildinformation.h"
 #include "base/lbpath.h"

@@ -6,7 +6,7 @@
 namespace LuTestSuite
 {
 
-/// "Release" or "Debug"; comes from the build.
+/// "Release" or "Debug", defined by the build.
 inline constexpr std::wstring_view c_BuildConfigurationName = L"" LUTESTSUITE_BUILD_CONFIGURATION;
 
 } // namespace LuTestSuite

@@ -9,9 +9,8 @@
 namespace LuTestSuite
 {
 
-/// Reads a record from its text: one "key:value" a line, keys as they stand, values without the white space around
-/// them. Unknown keys and lines without a colon are ignored, a repeated key overwrites. Bytes are UTF-8, else
-/// ISO-8859-1. Null when the text is empty.
+/// Reads a record from lines of the form "key:value". Trims the values, ignores unknown keys and lines without a colon;
+/// the last of several equal keys counts. The bytes are UTF-8, else ISO-8859-1. Null if the text is empty.
 std::unique_ptr<LuTestSuiteUtils::SSvnInfo> ReadSvnRecord(std::string_view bytes);
 std::unique_ptr<LuTestSuiteUtils::SPscmInfo> ReadPscmRecord(std::string_view bytes);
 

@@ -1,4 +1,4 @@
-/// Other processes: starting one for a limited time, ending those of a name, knowing the parent.
+/// Other processes: starting one with a time limit, ending processes by name, querying the parent.
 
 #include "base/os/processes.h"
 
@@ -17,8 +17,8 @@
 namespace
 {
 
-/// A path with blanks or quotation marks would not stay the word it is. What names no file may bring arguments of its
-/// own along.
+/// Quotes a path that contains blanks or quotation marks. A text that names no file stays unchanged: it may already
+/// contain arguments.
 std::wstring toWord(const std::wstring& executable)
 {
     const bool isOneWord = LbCommandLine::Split(executable) == std::vector{executable};
@@ -44,7 +44,7 @@ void LuTestSuiteUtils::ExecuteWithTimeout(const std::wstring& executable, const 
     }
     if (child->Wait(timeoutSec * c_Second))
     {
-        // It may have left something running on purpose.
+        // The process may have left descendants running on purpose.
         child->Detach();
         return;
     }
@@ -61,7 +61,7 @@ void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
         LuTestSuite::WriteWarning(L"Warnung: Prozess Snapshot konnte nicht erstellt werden.\n");
         return;
     }
-    // Those that the system does not name are not meant by an empty name.
+    // Processes whose name is unknown have an empty name and must not match.
     std::erase_if(processes, [&exeName](const LbOs::SProcess& process) {
         return process.executableName.empty() || process.executableName != exeName;
     });

@@ -6,7 +6,7 @@
 namespace
 {
 
-/// Its address tells which module's resources are meant.
+/// Its address identifies this module.
 const char s_PlaceInThisModule = 0;
 
 } // namespace

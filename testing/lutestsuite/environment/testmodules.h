@@ -6,8 +6,8 @@
 namespace LuTestSuite
 {
 
-/// Module names without ending, possibly with a folder in front, in the order in which they are loaded. Made at
-/// configure time from the text file that the installation names.
+/// Module names without extension, possibly with a folder in front, in loading order. Generated at configure time from
+/// the text file that the installation names.
 extern const std::span<const wchar_t* const> c_TestModules;
 
 } // namespace LuTestSuite

@@ -1,4 +1,4 @@
-/// The entry of the host: one call, one mode.
+/// The entry of the host: each call runs one mode.
 
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
@@ -17,7 +17,7 @@ struct SMode
     void (*run)(const Setup& setup, Environment& environment);
 };
 
-/// In the order in which modes are tested; the first that is requested is the only one that runs.
+/// The modes in the order in which they are tested; only the first requested mode runs.
 constexpr SMode c_AuxiliaryModes[] = {
     {[](const Setup& setup) { return !setup.diffInputs.empty(); },
      [](const Setup& setup, Environment& /*environment*/) { LuTestSuiteUtils::GenerateReportDiff(setup); }},
@@ -28,7 +28,7 @@ constexpr SMode c_AuxiliaryModes[] = {
     {[](const Setup& setup) { return setup.listDisabled; }, LuTestSuiteUtils::ListDisabledTestCases},
 };
 
-/// Warnings do not spoil a verdict, and a run in which nothing was executed has none to spoil.
+/// Warnings do not affect the verdict; a run that executed nothing counts as passed.
 bool isPassed(const LuTestSuiteRun::SStats& stats)
 {
     return stats.unitTestsExecuted == stats.unitTestsPassed;

@@ -1,4 +1,4 @@
-/// The mode that lists the selection, or the data directories used before.
+/// The mode that lists the selection, or the data directories used earlier.
 
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"

@@ -48,7 +48,7 @@ std::wstring getStem(const std::wstring& path)
     return name.substr(0, name.rfind(L'.'));
 }
 
-/// Beside the reference.
+/// The automatic name puts the page beside the reference report.
 std::wstring getAutomaticPath(const std::wstring& pathA, const std::wstring& pathB)
 {
     return LbFormat(L"%sDiff-[%s][%s].html", LuTestSuiteUtils::GetPrunedPath(pathA), getStem(pathA), getStem(pathB));

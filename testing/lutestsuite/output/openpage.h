@@ -1,4 +1,4 @@
-/// Showing finished pages.
+/// Opens finished pages.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 namespace LuTestSuite
 {
 
-/// Hands a finished page to the desktop. Relative paths count from the working directory.
+/// Opens a page with the desktop's browser. Relative paths start at the working directory.
 void OpenPage(const std::wstring& path);
 
 } // namespace LuTestSuite

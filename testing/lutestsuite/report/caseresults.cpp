@@ -1,4 +1,4 @@
-/// How reports name and class the results of cases.
+/// The names and classes of case results in reports.
 
 #include <algorithm>
 #include <iterator>
@@ -17,7 +17,7 @@ struct SResultTexts
     const wchar_t* description;
 };
 
-/// In the order in which names are looked up: "UNKNOWN" is that of an incomplete case first.
+/// In lookup order: the first "UNKNOWN" belongs to an incomplete case.
 constexpr SResultTexts c_ResultTexts[] = {
     {ECaseRunResult::Unknown, L"UNKNOWN", L"Unvollständige Ausführung"},
     {ECaseRunResult::Ok, L"OK", L"Ok"},
@@ -29,7 +29,7 @@ constexpr SResultTexts c_ResultTexts[] = {
     {ECaseRunResult::TimeOut, L"TIMEOUT", L"Zeitlimit überschritten"},
 };
 
-/// Also of NoMatchingCase, and of numbers that are no result.
+/// Also used for NoMatchingCase and for numbers that are no result.
 constexpr SResultTexts c_OtherTexts = {ECaseRunResult::NoMatchingCase, L"UNKNOWN", L"Unbekannt"};
 
 const SResultTexts& getTexts(ECaseRunResult result)

@@ -1,4 +1,4 @@
-/// The files beside a page, which it links.
+/// The files beside a page that the page links to.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ namespace LuTestSuite
 inline constexpr const wchar_t* c_StylesheetName = L"LuTestSuite.css";
 inline constexpr const wchar_t* c_ScriptName = L"LuTestSuite.js";
 
-/// Writes the style sheet and the script beside a page, each if it is wanted. Failures are thrown.
+/// Writes the requested files beside a page: the style sheet and the script. Throws on failure.
 void WriteCompanions(const std::wstring& pagePath, bool writeCss, bool writeJs);
 
 } // namespace LuTestSuite

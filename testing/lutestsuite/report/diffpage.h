@@ -1,4 +1,4 @@
-/// The page that compares two runs, for those who go on with it.
+/// The page that compares two runs.
 #pragma once
 
 #include <string>
@@ -10,16 +10,16 @@ namespace LuTestSuite
 
 struct SDiffSide
 {
-    const std::wstring& path; ///< of the XML report
+    const std::wstring& path; ///< path of the XML report
     const LuTestSuiteReport::SReportData& data;
 };
 
-/// Writes the page alone. `a` is the reference. Failures are thrown; what was written stays.
+/// Writes only the page. `a` is the reference. Throws on failure and leaves what was written.
 void WriteDiffPage(const std::wstring& path, const SDiffSide& a, const SDiffSide& b, bool smallReport,
                    bool tolerateWarnings);
 
-/// LuTestSuiteReport::GenerateHTMLDiffReport with an answer: false when the page or a file beside it could not be
-/// written, which cost a line of output.
+/// LuTestSuiteReport::GenerateHTMLDiffReport with a result: false if the page or a file beside it could not be written;
+/// then a line was printed.
 bool WriteDiffWithCompanions(const std::wstring& path, const SDiffSide& a, const SDiffSide& b, bool writeCss,
                              bool writeJs, bool smallReport, bool tolerateWarnings);
 

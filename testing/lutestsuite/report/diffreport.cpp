@@ -23,7 +23,7 @@ struct SStateTexts
     const wchar_t* name;
 };
 
-/// By EDiffState.
+/// Indexed by EDiffState.
 constexpr SStateTexts c_StateTexts[] = {
     {L"<tr>", L""},
     {L"<tr class=\"diff\">", L"Different"},
@@ -36,7 +36,7 @@ const SStateTexts& getTexts(EDiffState state)
     return c_StateTexts[static_cast<std::size_t>(state)];
 }
 
-/// The two sides of a comparison with what is the same for all of its tables.
+/// The two sides of a comparison, and data shared by all its tables.
 struct SComparison
 {
     const SData& a;
@@ -84,14 +84,14 @@ void writeRunData(MarkupWriter& writer, const SData& a, const SData& b)
     }
 }
 
-/// What `get` gives for a side; nothing for a missing one.
+/// The result of `get` for a side; empty if the side is missing.
 template<typename T, typename F>
 std::wstring getCell(const T* side, const F& get)
 {
     return side == nullptr ? std::wstring() : get(*side);
 }
 
-/// The class's name with a link to whom it belongs: as run B knows it, or else run A.
+/// The class's name with a link to its contact, taken from run B, else from run A.
 std::wstring getClassCell(const SClass* a, const SClass* b)
 {
     std::wstring link = b == nullptr ? std::wstring() : LuTestSuite::GetContactLink(*b);
@@ -135,7 +135,7 @@ void writeClasses(MarkupWriter& writer, const SComparison& comparison)
     writer.WriteLineClose(L"</table>");
 }
 
-/// One cell a side, A first.
+/// One cell per side, A first.
 template<typename F>
 void writePair(MarkupWriter& writer, const SCase* a, const SCase* b, const F& get)
 {

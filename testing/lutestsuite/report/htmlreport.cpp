@@ -110,7 +110,7 @@ void writeDumps(MarkupWriter& writer, const SCase& testCase)
     writer.Write(L"</td>\n");
 }
 
-/// `position` is that in the record: the numbers of a page have no gaps, even where cases were not run.
+/// `position` is the position in the record, so the numbers on a page have no gaps, even if cases were not run.
 void writeCase(MarkupWriter& writer, const SCase& testCase, std::uint32_t position, bool tolerateWarnings)
 {
     writer.WriteLineOpen(getRowStart(getRow(testCase, tolerateWarnings)));

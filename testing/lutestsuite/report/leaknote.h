@@ -1,4 +1,4 @@
-/// The note on memory that a case left behind.
+/// The note about memory that a case leaked.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 namespace LuTestSuite
 {
 
-/// German note; empty when nothing was left.
+/// German note; empty if there is no leak.
 std::wstring GetLeakNote(std::int64_t bytes);
 
 } // namespace LuTestSuite

@@ -1,4 +1,4 @@
-/// The machine that a run took place on.
+/// The machine that executed a run.
 
 #include "base/os/machine.h"
 #include "base/lbformat.h"

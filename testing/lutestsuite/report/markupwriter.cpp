@@ -70,7 +70,7 @@ void LuTestSuiteUtils::LuMarkupWriter::WriteLine(std::wstring_view text)
 
 void LuTestSuiteUtils::LuMarkupWriter::WriteElement(std::wstring_view name, std::wstring_view value)
 {
-    // Piece by piece: reports have hundreds of thousands of these lines.
+    // Writes piece by piece without building a string: reports have hundreds of thousands of these lines.
     Indent();
     for (const std::wstring_view piece : {std::wstring_view(L"<"), name, std::wstring_view(L">"), value,
                                           std::wstring_view(L"</"), name, std::wstring_view(L">\n")})

@@ -12,10 +12,10 @@ struct SMark
     bool isError;
 };
 
-/// In the order in which they are looked for.
+/// In search order.
 constexpr SMark c_Marks[] = {{L"INFO:  ", false}, {L"ERROR: ", true}};
 
-/// Cuts off all up to the mark and takes the kind that it stands for; changes nothing without one.
+/// Removes everything up to the mark and sets the kind that it denotes; without a mark changes nothing.
 void takeMark(std::wstring_view& line, bool& isError)
 {
     for (const SMark& mark : c_Marks)

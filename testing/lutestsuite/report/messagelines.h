@@ -1,4 +1,4 @@
-/// The message lines of a case as reports show them.
+/// The message lines of a case in the form of reports.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@
 namespace LuTestSuite
 {
 
-/// At most `maxLines` lines of the messages, without the mark of their kind and escaped for markup; "..." stands for
-/// the others. A line without a mark is of the kind of the line before it, the first ones are errors.
+/// At most `maxLines` lines of the messages, without the mark of their kind and escaped for markup; "..." replaces the
+/// rest. A line without a mark has the kind of the line before; leading lines without a mark are errors.
 std::vector<LuTestSuiteReport::SReportDump> GetMessageLines(const std::wstring& messages, std::uint32_t maxLines);
 
 } // namespace LuTestSuite

@@ -1,4 +1,4 @@
-/// The tables about a run as a whole: build, setup and result, as rows of a label and of a figure of the record.
+/// The tables about a whole run (build, setup and result), as rows with a label and a field of the record.
 #pragma once
 
 #include <span>
@@ -16,10 +16,10 @@ struct SRunDataRow
 
     std::wstring (*getText)(const LuTestSuiteReport::SReportData& data);
 
-    /// Whether the record holds the figure; null when every record does.
+    /// True if the record has the field; null if every record has it.
     bool (*isPresent)(const LuTestSuiteReport::SReportData& data) = nullptr;
 
-    /// How run B stands to run A; null when that says nothing.
+    /// Compares run B with run A; null if the field has no better or worse.
     EDiffState (*compare)(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b) = nullptr;
 };
 
@@ -30,10 +30,10 @@ struct SRunDataTable
     std::span<const SRunDataRow> rows;
 };
 
-/// In the order of the pages.
+/// In page order.
 std::span<const SRunDataTable> GetRunDataTables();
 
-/// Whether the record holds the row's figure.
+/// True if the record has the row's field.
 bool IsPresent(const SRunDataRow& row, const LuTestSuiteReport::SReportData& data);
 
 } // namespace LuTestSuite

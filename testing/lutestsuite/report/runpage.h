@@ -1,4 +1,4 @@
-/// The page of a run for those who go on with it. The operation stands in the room of the pages, above this one.
+/// The page of one run.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 namespace LuTestSuite
 {
 
-/// LuTestSuiteReport::GenerateHTMLReport with an answer: false when the page or a file beside it could not be written,
-/// which cost a line of output. An empty path writes nothing, and is false without a line.
+/// LuTestSuiteReport::GenerateHTMLReport with a result: false if the page or a file beside it could not be written;
+/// then a line was printed. For an empty path writes and prints nothing and returns false.
 bool WriteRunPage(const std::wstring& path, const LuTestSuiteReport::SReportData& data, bool writeCss, bool writeJs,
                   bool smallReport, bool tolerateWarnings);
 

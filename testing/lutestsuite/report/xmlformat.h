@@ -1,4 +1,4 @@
-/// The XML report's elements that hold one field of a record each: one table for writing and reading.
+/// The XML report's elements that hold one field each: one table for writing and reading.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 namespace LuTestSuite
 {
 
-/// An element of a field's value alone.
+/// An element that contains only a field's value.
 template<typename Record>
 struct SXmlField
 {
@@ -23,7 +23,7 @@ using ReportClass = LuTestSuiteReport::SReportClass;
 using SvnInfo = LuTestSuiteUtils::SSvnInfo;
 using PscmInfo = LuTestSuiteUtils::SPscmInfo;
 
-// All in the order of the file.
+// All tables are in file order.
 
 inline constexpr SXmlField<ReportData> c_SystemInfoFields[] = {
     {"Processor", &ReportData::Processor},

@@ -1,4 +1,4 @@
-/// Reading the XML report back.
+/// Reading the XML report.
 
 #include <iterator>
 #include <new>
@@ -47,7 +47,7 @@ void readFields(const XMLNode& node, std::span<const LuTestSuite::SXmlField<Reco
     }
 }
 
-/// Null unless the field that tells whether the report has such a record holds a text.
+/// Null if the field that marks the record's presence is empty.
 template<typename Record>
 std::unique_ptr<Record> readRecord(const XMLNode& node, std::span<const LuTestSuite::SXmlField<Record>> fields,
                                    std::wstring Record::*tellingField)
@@ -120,7 +120,7 @@ void readReport(const XMLNode& root, ReportData& data)
     }
 }
 
-/// False when there is no such file. Throws the reason why it cannot be read.
+/// False if the file does not exist. Throws the reason if it cannot be read.
 bool readFile(const std::wstring& path, ReportData& data)
 {
     XMLDocument document;

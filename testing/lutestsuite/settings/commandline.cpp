@@ -17,7 +17,7 @@ using LuTestSuite::ReadInt;
 using LuTestSuite::ReadUInt64;
 using LuTestSuite::WriteWarning;
 
-/// What the options write to.
+/// The target of the options.
 struct STarget
 {
     LuTestSuiteSetup& setup;
@@ -28,7 +28,7 @@ struct STarget
 using Setup = LuTestSuiteSetup;
 using Text = const std::wstring&;
 
-/// A row of the option table: one of the two actions is set.
+/// A row of the option table; exactly one of the two actions is set.
 struct SOption
 {
     const wchar_t* names;
@@ -46,7 +46,7 @@ constexpr SOption Value(const wchar_t* names, void (*apply)(Setup&, Text))
     return {names, nullptr, apply};
 }
 
-/// Stands where the request for help is registered, which has a target of its own.
+/// Marks the row of the help option, which has its own target.
 constexpr SOption c_HelpRow = {L"-h --help", nullptr, nullptr};
 
 void applyParallel(Setup& setup)
@@ -63,8 +63,8 @@ std::uint32_t readCount(Text value)
     return static_cast<std::uint32_t>(ReadInt(value));
 }
 
-/// In the order of registration: the first row that matches an argument takes it. "--xml" stands twice on purpose, the
-/// second row never acts.
+/// In order of registration: the first row that matches an argument applies. "--xml" is listed twice on purpose; the
+/// second row never applies.
 constexpr SOption c_Options[] = {
     Value(L"-d --data-dir", [](Setup& setup, Text value) { setup.dataDir = value; }),
     Value(L"-i --include", [](Setup& setup, Text value) { setup.includes.push_back(value); }),
@@ -140,7 +140,7 @@ void registerOptions(auto& parser, STarget& target)
     }
 }
 
-/// A request for help starts nothing else, whatever other options ask for.
+/// A request for help suppresses all modes that other options request.
 void clearModes(Setup& setup)
 {
     setup.dataDir.clear();

@@ -74,7 +74,7 @@ constexpr SKey<Data> c_Settings[] = {
     {"BreakAllocSize", readField<&Data::BreakAllocSize>},
 };
 
-/// "ExternalRelease" stands for "External" in files that know both builds.
+/// Files that serve both builds write "ExternalRelease" for "External".
 constexpr SKey<Params> c_RunParameters[] = {
     {"TrackHeap", readField<&Params::trackHeap>},
     {"DumpHeap", readField<&Params::dumpHeap>},

@@ -32,8 +32,8 @@ void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply() {}
 
 void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply(const std::wstring& /*value*/) {}
 
-/// A value option goes by the first of its names that the argument begins with: an argument of the form name=value is
-/// never taken apart.
+/// A value option matches by the first of its names that is a prefix of the argument. An argument of the form
+/// name=value is never split.
 bool LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Matches(const std::wstring& argument) const
 {
     if (!takesValue)
@@ -101,7 +101,7 @@ LuTestSuiteUtils::LuOptionParser::findOption(const std::wstring& argument) const
     return **option;
 }
 
-/// Empty when nothing follows that can be a value: another option is none.
+/// Empty if the next argument is missing or is another option.
 std::wstring LuTestSuiteUtils::LuOptionParser::getValueAfter(std::size_t index) const
 {
     const bool hasValue = index + 1 < m_arguments.size() && !isOption(m_arguments[index + 1]);

@@ -9,18 +9,18 @@
 
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
-/// Options are tried in the order of their registration; the first that matches an argument takes it. An option's value
-/// is the argument that follows, never a part of the same argument.
+/// Tries options in order of registration; the first that matches an argument applies. An option's value is the next
+/// argument, never a part of the same one.
 class LuTestSuiteUtils::LuOptionParser
 {
 public:
-    /// Takes all arguments after the first, the program's name.
+    /// Copies all arguments except the first, the program's name.
     LuOptionParser(int argumentCount, const wchar_t* const* arguments);
 
-    /// Characters that make an argument an option when it begins with one of them.
+    /// An argument that begins with one of these characters is an option.
     void SetPrefixes(std::wstring prefixes) { m_prefixes = std::move(prefixes); }
 
-    /// Receives the arguments that are neither options nor values of options. Outlives the parser's use.
+    /// Receives the arguments that are neither options nor values. Must outlive the parser's use.
     void SetStrayArguments(std::vector<std::wstring>* strayArguments) { m_strayArguments = strayArguments; }
 
     /// Registers a flag under its names, separated by blanks. `action(target)` applies it.

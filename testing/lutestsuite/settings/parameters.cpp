@@ -3,10 +3,10 @@
 namespace
 {
 
-/// Null when there is none.
+/// Null if the case has no parameter of that name.
 const LbVariant* findParameter(const LuTestSuite::ParameterMap& parameters, const wchar_t* name)
 {
-    // Most cases have no parameters, and the name would be copied for nothing.
+    // Most cases have no parameters; this saves copying the name.
     const auto parameter = parameters.empty() ? parameters.end() : parameters.find(name);
     return parameter == parameters.end() ? nullptr : &parameter->second;
 }

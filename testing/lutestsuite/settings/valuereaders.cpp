@@ -15,15 +15,15 @@ namespace
 
 constexpr std::wstring_view c_WhiteSpace = L" \t\n\v\f\r";
 
-/// The sign is none in front of another one.
+/// A sign before another sign does not count.
 bool beginsWithPlus(std::string_view number)
 {
     constexpr std::string_view c_Beginnings = ".0123456789";
     return number.size() > 1 && number[0] == '+' && c_Beginnings.find(number[1]) != std::string_view::npos;
 }
 
-/// Of a number that no float can hold, whether it is too near to zero: its first digit of worth stands behind the point
-/// once the exponent has moved that.
+/// For a number that no float can represent: true if it is too close to zero, that is, if its first non-zero digit is
+/// behind the point after applying the exponent.
 bool isTiny(const std::string& number)
 {
     const std::size_t end = std::min(number.find_first_of("eE"), number.size());
@@ -85,7 +85,7 @@ float ReadFloat(const std::wstring& text)
     const std::from_chars_result result = std::from_chars(number.data(), number.data() + number.size(), value);
     if (result.ec != std::errc::result_out_of_range)
     {
-        // Names of what is no number are none here.
+        // "nan" and "inf" are not accepted.
         return std::isfinite(value) ? value : 0.0F;
     }
     number.resize(static_cast<std::size_t>(result.ptr - number.data()));
