@@ -109,4 +109,65 @@ TEST_F(WorkBuffer, TrustsNoLengthBeyondTheLimit)
     EXPECT_EQ(LoadMessages(*m_buffer).front(), L'a');
 }
 
+class WorkBufferRequest : public WorkBuffer
+{
+protected:
+    static constexpr std::uint32_t sc_uiNumber = 7;
+};
+
+TEST_F(WorkBufferRequest, IsTakenOnce)
+{
+    LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
+
+    EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
+    EXPECT_FALSE(LuTestSuiteRun::TakeRequest(*m_buffer));
+}
+
+TEST_F(WorkBufferRequest, IsNotThereBeforeTheFirst)
+{
+    LuTestSuiteRun::ClearRequest(*m_buffer);
+
+    EXPECT_FALSE(LuTestSuiteRun::TakeRequest(*m_buffer));
+}
+
+TEST_F(WorkBufferRequest, IsAnsweredByItsNumberOnly)
+{
+    LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
+    ASSERT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
+    EXPECT_FALSE(LuTestSuiteRun::IsAnswered(*m_buffer, sc_uiNumber));
+
+    LuTestSuiteRun::AnswerRequest(*m_buffer);
+
+    EXPECT_TRUE(LuTestSuiteRun::IsAnswered(*m_buffer, sc_uiNumber));
+    EXPECT_FALSE(LuTestSuiteRun::IsAnswered(*m_buffer, sc_uiNumber + 1));
+    EXPECT_FALSE(LuTestSuiteRun::TakeRequest(*m_buffer));
+}
+
+TEST_F(WorkBufferRequest, IsTakenOrWithdrawn)
+{
+    LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
+    EXPECT_TRUE(LuTestSuiteRun::WithdrawRequest(*m_buffer, sc_uiNumber));
+    EXPECT_FALSE(LuTestSuiteRun::TakeRequest(*m_buffer));
+
+    LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
+    EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
+    EXPECT_FALSE(LuTestSuiteRun::WithdrawRequest(*m_buffer, sc_uiNumber));
+}
+
+TEST_F(WorkBufferRequest, HasNumbersOf30Bits)
+{
+    LuTestSuiteRun::SubmitRequest(*m_buffer, LuTestSuiteRun::c_MostRequests);
+
+    EXPECT_TRUE(LuTestSuiteRun::IsSubmitted(*m_buffer, LuTestSuiteRun::c_MostRequests));
+    EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
+}
+
+/// As a parent makes it that leaves the field alone.
+TEST_F(WorkBufferRequest, MayHaveNoNumber)
+{
+    EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
+    LuTestSuiteRun::AnswerRequest(*m_buffer);
+    EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
+}
+
 } // namespace

@@ -58,10 +58,17 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     LbOs::CThreadProcessors processors;
     while (request->Wait(c_LongestIdleMilliseconds) == LbOs::EEventWait::Signaled)
     {
+        const CWorkBufferWriteView view = buffer.GetWriteAccess();
+        if (!TakeRequest(*view))
+        {
+            // A test has set the event.
+            continue;
+        }
         // The parent may have brought this thread to its own processor. The case uses what it always could.
         processors.Restore();
-        ExecuteInBuffer(*buffer.GetWriteAccess());
+        ExecuteInBuffer(*view);
         processors.Read();
+        AnswerRequest(*view);
         if (!response->Set())
         {
             throw LbException(c_Operation, L"Die Antwort kann nicht gemeldet werden");

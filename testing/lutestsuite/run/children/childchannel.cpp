@@ -99,6 +99,7 @@ CChildChannel::CChildChannel(const SChildSettings& settings)
       m_requestEventId(LbUniqueId::Generate()), m_responseEventId(LbUniqueId::Generate()),
       m_request(createEvent(m_requestEventId)), m_response(createEvent(m_responseEventId))
 {
+    ClearRequest(*m_buffer.GetWriteAccess());
 }
 
 void CChildChannel::startChild()
@@ -139,10 +140,10 @@ bool CChildChannel::MakeReady()
 
 bool CChildChannel::isNotTaken(EEnd end)
 {
-    // Whatever a child that leaves comes to grief with is what the cases before have left in it; a spare's start may
-    // have failed for lack of what the case that was under way then has given back since.
-    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_isSpare || m_child->GetExitStatus() == 0);
-    return end == EEnd::NotTaken || (hasLeft && m_request->Reset());
+    // If a child that has served cases, or may be leaving, dies before it takes a request, earlier cases are to blame.
+    // A spare's start may have failed for lack of what the case that was under way then has given back since.
+    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_isSpare || m_hasAnswered);
+    return end == EEnd::NotTaken || (hasLeft && withdraw());
 }
 
 void CChildChannel::replaceChild()
@@ -171,14 +172,14 @@ void CChildChannel::Ask()
     }
     constexpr std::uint32_t c_Doubt = 1000; // The child began to wait earlier than this side knows.
     m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
-    // A test may have made an answer of its own, which is none to this request.
-    m_response->Reset();
     if (m_sharing.IsNext())
     {
         m_processors.Read();
         m_processors.MeetWith(*m_child);
     }
     m_timer.Restart();
+    m_number = m_number % c_MostRequests + 1;
+    SubmitRequest(*m_buffer.GetWriteAccess(), m_number);
     m_request->Set();
 }
 
@@ -226,25 +227,28 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
     constexpr std::uint32_t c_SliceMilliseconds = 1000;
     constexpr std::uint32_t c_TakingMilliseconds = 250;
-    for (std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;;
-         slice = c_SliceMilliseconds)
+    std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;
+    while (true)
     {
-        switch (waitOnce(slice))
+        const LbOs::EEventWait event = waitOnce(slice);
+        // Tests may set and take signals that are not theirs: the buffer alone knows.
+        if (IsAnswered(*m_buffer.GetWriteAccess(), m_number))
         {
-        case LbOs::EEventWait::Signaled:
             return EEnd::Answered;
-        case LbOs::EEventWait::ChildEnded:
-            return EEnd::ChildEnded;
-        case LbOs::EEventWait::Failed:
-            return EEnd::Failed;
-        case LbOs::EEventWait::TimedOut:
-            break;
         }
-        // A child that waits for requests takes them at once. Taken back, it can no longer be taken by one that is
-        // slow.
-        if (slice == c_TakingMilliseconds && m_request->Reset())
+        if (event == LbOs::EEventWait::ChildEnded || event == LbOs::EEventWait::Failed)
         {
-            return EEnd::NotTaken;
+            return event == LbOs::EEventWait::Failed ? EEnd::Failed : EEnd::ChildEnded;
+        }
+        if (event == LbOs::EEventWait::TimedOut)
+        {
+            // A child that waits for requests takes them at once. A slow one can no longer take what was taken back.
+            if (slice == c_TakingMilliseconds && withdraw())
+            {
+                return EEnd::NotTaken;
+            }
+            slice = c_SliceMilliseconds;
+            remind();
         }
         if (m_timer.GetElapsed() / c_NanosecondsPerSecond > timeOutSec)
         {
@@ -254,6 +258,19 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
         {
             return EEnd::Canceled;
         }
+    }
+}
+
+bool CChildChannel::withdraw()
+{
+    return WithdrawRequest(*m_buffer.GetWriteAccess(), m_number);
+}
+
+void CChildChannel::remind()
+{
+    if (IsSubmitted(*m_buffer.GetWriteAccess(), m_number))
+    {
+        m_request->Set();
     }
 }
 

@@ -112,6 +112,12 @@ private:
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     void writeResult(ECaseRunResult result);
 
+    /// Takes the request back; false when the child has taken it.
+    bool withdraw();
+
+    /// Signals a request again that the child has not taken: a test may have taken the signal.
+    void remind();
+
     /// Counts the channels of all threads, and makes room for what this one opens.
     class CFileQuota : public INonCopyable
     {
@@ -129,6 +135,7 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     std::unique_ptr<LbOs::CChildProcess> m_child;
     std::int32_t m_processIndex = sc_iNone;
+    std::uint32_t m_number = 0;           ///< of the last request
     LbOs::CThreadProcessors m_processors; ///< of the thread that asks
     CProcessorSharing m_sharing;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered

@@ -1,6 +1,7 @@
 #include "testing/lutestsuite/run/children/workbuffer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 #include "base/lbencoding.h"
@@ -28,6 +29,36 @@ std::size_t getMessageLength(const SWorkBuffer& buffer)
 }
 
 constexpr std::size_t c_LeadingFlags = offsetof(SParams, parallel) + 1;
+
+/// In the lowest two bits of the request's field, below its number.
+enum ERequestState : std::uint32_t
+{
+    eRS_None,
+    eRS_Submitted,
+    eRS_Taken,
+    eRS_Answered
+};
+
+constexpr std::uint32_t c_StateBits = 2;
+constexpr std::uint32_t c_StateMask = (1U << c_StateBits) - 1U;
+
+/// The field of a buffer whose parent numbers no requests.
+constexpr std::uint32_t c_Unnumbered = 0;
+
+using Request = std::atomic_ref<std::uint32_t>;
+static_assert(Request::is_always_lock_free, "a lock would be a process's own");
+
+constexpr std::uint32_t toField(std::uint32_t number, ERequestState state)
+{
+    return (number << c_StateBits) | state;
+}
+
+/// False when the request is not in the first state.
+bool moveRequest(SWorkBuffer& buffer, std::uint32_t number, ERequestState from, ERequestState to)
+{
+    std::uint32_t expected = toField(number, from);
+    return Request(buffer.request).compare_exchange_strong(expected, toField(number, to));
+}
 
 } // namespace
 
@@ -84,6 +115,43 @@ bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
 std::wstring LoadMessages(const SWorkBuffer& buffer)
 {
     return LbEncoding::FromUtf16({buffer.messages, getMessageLength(buffer)});
+}
+
+void ClearRequest(SWorkBuffer& buffer)
+{
+    // Any number will do: 0 with this state would stand for a parent that numbers no requests.
+    Request(buffer.request).store(toField(c_MostRequests, eRS_None));
+}
+
+void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number)
+{
+    Request(buffer.request).store(toField(number, eRS_Submitted));
+}
+
+bool TakeRequest(SWorkBuffer& buffer)
+{
+    const std::uint32_t field = Request(buffer.request).load();
+    return field == c_Unnumbered || moveRequest(buffer, field >> c_StateBits, eRS_Submitted, eRS_Taken);
+}
+
+void AnswerRequest(SWorkBuffer& buffer)
+{
+    moveRequest(buffer, Request(buffer.request).load() >> c_StateBits, eRS_Taken, eRS_Answered);
+}
+
+bool WithdrawRequest(SWorkBuffer& buffer, std::uint32_t number)
+{
+    return moveRequest(buffer, number, eRS_Submitted, eRS_None);
+}
+
+bool IsSubmitted(SWorkBuffer& buffer, std::uint32_t number)
+{
+    return Request(buffer.request).load() == toField(number, eRS_Submitted);
+}
+
+bool IsAnswered(SWorkBuffer& buffer, std::uint32_t number)
+{
+    return Request(buffer.request).load() == toField(number, eRS_Answered);
 }
 
 SParams LoadParams(const SWorkBuffer& buffer)

@@ -25,8 +25,8 @@ struct SWorkBuffer
     char16_t caseName[c_NameCapacity];
     char16_t dataDirectory[c_NameCapacity];
     SParams params;
-    std::uint32_t result; ///< an ECaseRunResult
-    std::uint32_t reserved;
+    std::uint32_t result;  ///< an ECaseRunResult
+    std::uint32_t request; ///< number and state of the request, see below
     std::uint64_t memoryGrowth;
     std::uint64_t allocations;
     std::uint64_t peakMemory;
@@ -61,7 +61,7 @@ static_assert(offsetof(SWorkBuffer, caseName) == 2048);
 static_assert(offsetof(SWorkBuffer, dataDirectory) == 4096);
 static_assert(offsetof(SWorkBuffer, params) == 6144);
 static_assert(offsetof(SWorkBuffer, result) == 6200);
-static_assert(offsetof(SWorkBuffer, reserved) == 6204);
+static_assert(offsetof(SWorkBuffer, request) == 6204);
 static_assert(offsetof(SWorkBuffer, memoryGrowth) == 6208);
 static_assert(offsetof(SWorkBuffer, allocations) == 6216);
 static_assert(offsetof(SWorkBuffer, peakMemory) == 6224);
@@ -117,6 +117,30 @@ std::wstring LoadName(const char16_t (&field)[c_NameCapacity]);
 /// Appends message text; what no longer fits is cut off, never in the middle of a character. False when it was.
 bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
 std::wstring LoadMessages(const SWorkBuffer& buffer);
+
+/// The way of a request through the buffer. Tests may signal events that are not theirs, so an event only says that it
+/// is worth looking here. Each operation is atomic.
+///
+/// The parent gives the request `number` (1 to c_MostRequests) to the child: its fields are complete.
+void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number);
+
+/// The child takes a submitted request; false when there is none. A parent that numbers no requests leaves 0 in the
+/// field: then each signal is a request.
+bool TakeRequest(SWorkBuffer& buffer);
+
+/// The child has written the answer to the request that it has taken.
+void AnswerRequest(SWorkBuffer& buffer);
+
+/// The parent takes a request back that no child has taken, and none can take from then on; false otherwise.
+bool WithdrawRequest(SWorkBuffer& buffer, std::uint32_t number);
+
+bool IsSubmitted(SWorkBuffer& buffer, std::uint32_t number);
+bool IsAnswered(SWorkBuffer& buffer, std::uint32_t number);
+
+/// No request has been submitted yet.
+void ClearRequest(SWorkBuffer& buffer);
+
+inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 
 /// Parameters and result as far as they can be: the process on the other side may be broken. A flag that is neither set
 /// nor clear counts as set, a result that is none as "Unknown".
