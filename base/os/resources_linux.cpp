@@ -13,7 +13,12 @@ namespace
 /// The table of the module at `info`; null when it has none.
 const LbOs::SEmbeddedResource* findTable(const Dl_info& info)
 {
-    const std::unique_ptr<void, int (*)(void*)> module(dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD), &dlclose);
+    std::unique_ptr<void, int (*)(void*)> module(dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD), &dlclose);
+    if (module == nullptr)
+    {
+        // The loader does not know the program by its path.
+        module.reset(dlopen(nullptr, RTLD_LAZY));
+    }
     void* const table = module != nullptr ? dlsym(module.get(), "LbEmbeddedResources") : nullptr;
 
     // A search goes on in the modules that this one needs.

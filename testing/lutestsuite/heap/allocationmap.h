@@ -5,8 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "testing/lutestsuite/lutestsuiteexport.h"
-
 namespace LuTestSuite
 {
 
@@ -19,8 +17,8 @@ struct SAllocData
 
 /// A hash map from address to SAllocData. It runs inside malloc, so all its memory, the map object included, comes from
 /// the system in whole pages; entries come from a pool. One thread at a time. Ends the process when the system has no
-/// more pages. Exported for tests.
-class LUTESTSUITE_API CAllocationMap
+/// more pages.
+class CAllocationMap
 {
 public:
     struct SEntry

@@ -6,8 +6,6 @@
 #include <optional>
 #include <span>
 
-#include "testing/lutestsuite/lutestsuiteexport.h"
-
 namespace LuTestSuite
 {
 
@@ -51,12 +49,12 @@ struct SInstruction
 };
 
 /// Decodes the instruction at the beginning of `code` in 64-bit mode. Empty if the bytes are no known instruction (all
-/// but 3DNow! are known) or end too early. Reads at most c_InstructionMax bytes. Exported for tests.
-LUTESTSUITE_API std::optional<SInstruction> DecodeInstruction(std::span<const std::uint8_t> code) noexcept;
+/// but 3DNow! are known) or end too early. Reads at most c_InstructionMax bytes.
+std::optional<SInstruction> DecodeInstruction(std::span<const std::uint8_t> code) noexcept;
 
 /// The destination of an instruction at `address` that has a relative branch or a RIP-relative operand. The instruction
 /// must have one of the two.
-LUTESTSUITE_API std::uintptr_t GetRelativeDestination(const SInstruction& instruction, const std::uint8_t* code,
-                                                      std::uintptr_t address) noexcept;
+std::uintptr_t GetRelativeDestination(const SInstruction& instruction, const std::uint8_t* code,
+                                      std::uintptr_t address) noexcept;
 
 } // namespace LuTestSuite

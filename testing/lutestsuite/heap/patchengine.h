@@ -10,7 +10,6 @@
 #include "base/os/pages.h"
 #include "base/os/threadfreeze.h"
 #include "testing/lutestsuite/heap/trampoline.h"
-#include "testing/lutestsuite/lutestsuiteexport.h"
 
 namespace LuTestSuite
 {
@@ -42,11 +41,11 @@ struct SPatchCalls
 /// A list of patches. Callable from any thread; all engines of a process share one lock, since each stops all threads.
 ///
 /// Never allocates from the heap, because the heap may be what is patched. Has no destructor: the caller of Initialize
-/// calls ShutDown. Exported for tests.
+/// calls ShutDown.
 ///
 /// Stopping the threads waits up to 2 s for a thread that does not answer, and only 0.1 s after an earlier failure.
 /// Limit: a thread in a signal handler that interrupted it inside the patched bytes is not detected.
-class LUTESTSUITE_API CPatchEngine
+class CPatchEngine
 {
 public:
     constexpr explicit CPatchEngine(const SPatchCalls& calls = {}) noexcept : m_calls(calls) {}

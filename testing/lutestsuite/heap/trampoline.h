@@ -56,8 +56,8 @@ struct STrampoline
 /// Makes the trampoline of the function at `target` for the address `block`. `code` holds the readable bytes at the
 /// target. Empty if the overwritten instructions cannot be moved: an unknown instruction, a function shorter than the
 /// patch, a return address inside the overwritten bytes, a jump in `code` to such a byte, or an operand out of reach of
-/// the block. Exported for tests.
-LUTESTSUITE_API std::optional<STrampoline> BuildTrampoline(std::span<const std::uint8_t> code, std::uintptr_t target,
-                                                           std::uintptr_t block, std::uintptr_t detour) noexcept;
+/// the block.
+std::optional<STrampoline> BuildTrampoline(std::span<const std::uint8_t> code, std::uintptr_t target,
+                                           std::uintptr_t block, std::uintptr_t detour) noexcept;
 
 } // namespace LuTestSuite
