@@ -21,6 +21,16 @@ LbOs::SHeapFunctions LuTestSuiteHeapTracker::prepare()
     return LbOs::GetHeapFunctions();
 }
 
+/// Call before taking the lock. In a forked child, fork handlers of other libraries run before this library's handler,
+/// and they may allocate.
+void LuTestSuiteHeapTracker::goOnInChild() noexcept
+{
+    if (s_trackerState.forks.IsInChild())
+    {
+        startOverInChild();
+    }
+}
+
 void LuTestSuiteHeapTracker::beforeFork() noexcept
 {
     goOnInChild();
