@@ -169,23 +169,3 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
         tests.push_back(std::move(test));
     }
 }
-
-void LuTestSuiteUtils::PreprocessDataDir(std::wstring& dataDir)
-{
-    if (!LbFileSystem::Exists(dataDir))
-    {
-        // Read the history only when it can matter: reading it creates the per-user folder.
-        if (const std::optional<std::uint32_t> index = LbVariant(dataDir).ToUInt32())
-        {
-            const std::vector<std::wstring> history = GetDataDirHistory();
-            if (*index < history.size())
-            {
-                dataDir = history[*index];
-            }
-        }
-    }
-    if (!dataDir.empty())
-    {
-        dataDir = AddBackslash(dataDir);
-    }
-}

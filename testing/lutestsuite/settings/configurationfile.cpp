@@ -1,7 +1,8 @@
-/// Configuration files and the readers of their values.
+/// Configuration files, the readers of their values, and the history of data directories.
 
 #include <span>
 
+#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/xmlnode.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -170,6 +171,26 @@ std::vector<std::wstring> LuTestSuiteUtils::GetDataDirHistory()
         LuTestSuite::WriteWarning(L"Fehler in Config-File: %s\n", message);
     }
     return std::move(data.dataDirHistory);
+}
+
+void LuTestSuiteUtils::PreprocessDataDir(std::wstring& dataDir)
+{
+    if (!LbFileSystem::Exists(dataDir))
+    {
+        // Read the history only when it can matter: reading it creates the per-user folder.
+        if (const std::optional<std::uint32_t> index = LbVariant(dataDir).ToUInt32())
+        {
+            const std::vector<std::wstring> history = GetDataDirHistory();
+            if (*index < history.size())
+            {
+                dataDir = history[*index];
+            }
+        }
+    }
+    if (!dataDir.empty())
+    {
+        dataDir = AddBackslash(dataDir);
+    }
 }
 
 void LuTestSuiteUtils::GetRunParam(const XMLNode& node, LuTestSuiteRun::SParams& params)
