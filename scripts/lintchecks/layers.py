@@ -39,7 +39,7 @@ LAYERS = [
 
 def layer_of(name):
     for pattern, layer in LAYERS:
-        # A "*" must not reach into a sub-folder, or the public headers would swallow the rooms.
+        # A "*" must not reach into a sub-folder, or the pattern of the public headers would match everything.
         if fnmatch.fnmatchcase(name, pattern) and name.count("/") == pattern.count("/"):
             return layer
     return None

@@ -23,6 +23,8 @@ class Tree:
 
     def __init__(self, root: pathlib.Path) -> None:
         self.root = root.resolve()
+        # What a check could not look at, for the reader of its result.
+        self.notes: list[str] = []
         self.files = sorted(name for name in self._names() if (self.root / name).is_file())
 
     def _names(self) -> list[str]:

@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
 """Feeds scripts/lint small trees, good and bad, and looks at what it says."""
 
+import os
 import pathlib
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "lint"
@@ -88,6 +90,120 @@ class Layers(Lint):
 
     def test_unknown_folder(self):
         self.assert_breach("layers", {"testing/lutestsuite/cellar/a.h": "#pragma once\n"}, "no layer")
+
+
+class Links(Lint):
+    """Trees with a build: each source is compiled to where the build of linux-debug leaves its object."""
+
+    FOLDERS = {"base/": "LbBase", "testing/lutestsuite/": "lutestsuite_objects"}
+
+    def lint(self, files, touched=(), uncompiled=()):
+        with tempfile.TemporaryDirectory() as folder:
+            root = pathlib.Path(folder)
+            for name, content in files.items():
+                path = root / name
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_text(content)
+                if name.endswith(".cpp") and name not in uncompiled:
+                    self.compile(root, name)
+            for name in touched:
+                later = time.time() + 10
+                os.utime(root / name, (later, later))
+            result = subprocess.run(
+                [sys.executable, str(SCRIPT), "--root", folder, "links"], capture_output=True, text=True, check=False
+            )
+        self.assertEqual("", result.stderr)
+        lines = result.stdout.splitlines()
+        breaches = [line for line in lines if not line.startswith("lint:")]
+        self.assertEqual(1 if breaches else 0, result.returncode)
+        return breaches, [line for line in lines if "linux-debug" in line and line.startswith("lint:")]
+
+    def compile(self, root, name):
+        folder = next(folder for folder in self.FOLDERS if name.startswith(folder))
+        target = root / "build/linux-debug" / folder / "CMakeFiles" / f"{self.FOLDERS[folder]}.dir"
+        target = target / (name.removeprefix(folder) + ".o")
+        target.parent.mkdir(parents=True, exist_ok=True)
+        subprocess.run(["g++", "-c", "-I", str(root), str(root / name), "-o", str(target)], check=True)
+
+    def assert_links(self, files, *expected):
+        breaches, notes = self.lint(files)
+        self.assertEqual([], notes)
+        self.assertEqual(len(expected), len(breaches), breaches)
+        for words, line in zip(expected, breaches):
+            for word in words:
+                self.assertIn(word, line)
+
+    @staticmethod
+    def calls(own, other):
+        return f"void {other}();\nvoid {own}() {{ {other}(); }}\n"
+
+    def test_upward_call_without_an_include(self):
+        files = {
+            "testing/lutestsuite/settings/a.cpp": self.calls("a", "b"),
+            "testing/lutestsuite/run/b.cpp": "void b() {}\n",
+        }
+        self.assert_links(files, ("settings/a.cpp", "calls b()", "run/b.cpp"))
+
+    def test_downward_call_is_clean(self):
+        files = {
+            "testing/lutestsuite/settings/a.cpp": "void a() {}\n",
+            "testing/lutestsuite/run/b.cpp": self.calls("b", "a"),
+        }
+        self.assert_links(files)
+
+    def test_folders_of_one_layer_in_a_circle(self):
+        files = {
+            "testing/lutestsuite/settings/a.cpp": self.calls("a", "b") + "void c() {}\n",
+            "testing/lutestsuite/heap/b.cpp": "void b() {}\n",
+            "testing/lutestsuite/heap/d.cpp": self.calls("d", "c"),
+        }
+        self.assert_links(files, ("folders in a circle", "heap", "settings"))
+
+    def test_circle_of_an_include_and_a_call(self):
+        files = {
+            "testing/lutestsuite/settings/a.cpp": self.calls("a", "b"),
+            "testing/lutestsuite/settings/a.h": "#pragma once\n",
+            "testing/lutestsuite/heap/b.cpp": '#include "testing/lutestsuite/settings/a.h"\nvoid b() {}\n',
+        }
+        self.assert_links(files, ("folders in a circle", "heap", "settings"))
+
+    def test_files_of_one_folder_in_a_circle(self):
+        files = {
+            "testing/lutestsuite/heap/a.cpp": self.calls("a", "b"),
+            "testing/lutestsuite/heap/b.cpp": self.calls("b", "c"),
+            "testing/lutestsuite/heap/c.cpp": self.calls("c", "a"),
+        }
+        self.assert_links(files, ("files that call each other", "heap/a.cpp", "heap/b.cpp", "heap/c.cpp"))
+
+    def test_circle_of_text_and_platform_layer_is_allowed(self):
+        self.assert_links({
+            "base/lbencoding.cpp": self.calls("a", "b"),
+            "base/os/files_linux.cpp": self.calls("b", "a"),
+        })
+
+    def test_inline_functions_of_many_objects_are_no_calls(self):
+        files = {
+            "testing/lutestsuite/settings/a.cpp": "inline int b() { return 1; }\nint a() { return b(); }\n",
+            "testing/lutestsuite/run/b.cpp": "inline int b() { return 1; }\nint c() { return b(); }\n",
+        }
+        self.assert_links(files)
+
+    def test_missing_build_is_said(self):
+        source = "testing/lutestsuite/settings/a.cpp"
+        breaches, notes = self.lint({source: "void a() {}\n"}, uncompiled=[source])
+        self.assertEqual([], breaches)
+        self.assertIn("skipped, nothing is built", notes[0])
+
+    def test_build_older_than_a_source_is_said(self):
+        source = "testing/lutestsuite/settings/a.cpp"
+        breaches, notes = self.lint({source: "void a() {}\n"}, touched=[source])
+        self.assertEqual([], breaches)
+        self.assertIn("older than " + source, notes[0])
+
+    def test_source_that_was_not_compiled_is_said(self):
+        files = {name: "" for name in ("testing/lutestsuite/settings/a.cpp", "testing/lutestsuite/settings/b.cpp")}
+        _, notes = self.lint(files, uncompiled=["testing/lutestsuite/settings/b.cpp"])
+        self.assertIn("older than testing/lutestsuite/settings/b.cpp", notes[0])
 
 
 class Sizes(Lint):

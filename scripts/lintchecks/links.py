@@ -1,0 +1,176 @@
+"""Calls go down only, as includes do, and no folders and no files call each other in a circle.
+
+Includes do not show every call: LuTestSuiteUtils and LuTestSuiteReport are declared in one public header each and
+defined in many folders. The symbols of the object files show every call. The check reads one build of each platform and
+prints a note if that build is missing or older than a source.
+"""
+
+import collections
+import pathlib
+import shutil
+import subprocess
+
+from .layers import layer_of
+
+# The first of each row that has objects is read.
+PRESETS = (
+    ("linux-debug", "linux-release", "linux-asan", "linux-tsan"),
+    ("mingw-release", "mingw-debug"),
+)
+TARGETS = (
+    ("base", "LbBase"),
+    ("testing/lutestsuite", "lutestsuite_objects"),
+    ("testing/lutestsuitecli", "LuTestSuiteCLI"),
+)
+# Text conversion asks the system for its encoding, and the system's calls convert text.
+ALLOWED_CIRCLE = {"base", "base/os", "base/os/linux", "base/os/windows"}
+
+
+def check(tree):
+    for presets in PRESETS:
+        yield from _check_platform(tree, presets)
+
+
+def _check_platform(tree, presets):
+    preset = next((name for name in presets if _objects_of(tree, name)), None)
+    if preset is None:
+        tree.notes.append(f"links: skipped, nothing is built in build/{presets[0]}")
+        return
+    objects = _objects_of(tree, preset)
+    stale = _first_stale(tree, objects)
+    if stale:
+        tree.notes.append(f"links: skipped, build/{preset} is older than {stale}")
+        return
+    if not shutil.which("nm"):
+        tree.notes.append("links: skipped, nm is missing")
+        return
+    calls = _calls_between(objects)
+    yield from _upward_calls(calls, preset)
+    yield from _circles_of_folders(tree, calls, preset)
+    yield from _circles_of_files(calls, preset)
+
+
+def _objects_of(tree, preset):
+    """Source and object file of everything that the product consists of."""
+    objects = {}
+    for folder, target in TARGETS:
+        root = tree.root / "build" / preset / folder / "CMakeFiles" / f"{target}.dir"
+        for path in root.rglob("*.o*"):
+            source = f"{folder}/{path.relative_to(root).with_suffix('').as_posix()}"
+            if source in tree.files:
+                objects[source] = path
+    return objects
+
+
+def _first_stale(tree, objects):
+    """A source that changed after it was compiled, or that was not compiled at all."""
+    for source, path in objects.items():
+        if path.stat().st_mtime < (tree.root / source).stat().st_mtime:
+            return source
+    # The other platform's side has no objects here.
+    sided = ("_linux.cpp", "_windows.cpp")
+    for name in tree.sources():
+        is_product = name.startswith(("base/", "testing/")) and name.endswith(".cpp")
+        is_sided = name.endswith(sided) or name.startswith(("base/os/linux/", "base/os/windows/"))
+        if is_product and not is_sided and name not in objects:
+            return name
+    return None
+
+
+def _calls_between(objects):
+    """For each source the sources it calls, with one symbol as a witness: {caller: {callee: symbol}}."""
+    definers = collections.defaultdict(set)
+    needs = {}
+    for source, path in objects.items():
+        defined, needs[source] = _symbols_of(path)
+        for symbol in defined:
+            definers[symbol].add(source)
+    calls = collections.defaultdict(dict)
+    for source, symbols in needs.items():
+        for symbol in sorted(symbols):
+            # Several objects define an inline function. Its header shows who calls it.
+            if len(definers[symbol]) == 1:
+                (callee,) = definers[symbol]
+                calls[source].setdefault(callee, symbol)
+    return calls
+
+
+def _symbols_of(path: pathlib.Path):
+    """Names that the object defines for others, and names that it takes from others."""
+    output = subprocess.run(["nm", "--format=posix", "--extern-only", str(path)],
+                            check=True, capture_output=True, text=True).stdout
+    defined, needed = set(), set()
+    for line in output.splitlines():
+        name, kind = line.split()[:2]
+        if kind == "U":
+            needed.add(name.removeprefix("__imp_"))
+        elif kind in "TDBRG":
+            defined.add(name)
+    return defined, needed
+
+
+def _demangle(symbol):
+    if not shutil.which("c++filt"):
+        return symbol
+    return subprocess.run(["c++filt", symbol], check=True, capture_output=True, text=True).stdout.strip()
+
+
+def _upward_calls(calls, preset):
+    for caller, callees in sorted(calls.items()):
+        for callee, symbol in sorted(callees.items()):
+            lower, upper = layer_of(caller), layer_of(callee)
+            if lower is not None and upper is not None and upper > lower:
+                yield (f"{caller}: layer {lower} calls {_demangle(symbol)} of layer {upper}, "
+                       f"defined in {callee} ({preset})")
+
+
+def _circles_of_folders(tree, calls, preset):
+    edges = collections.defaultdict(set)
+    known = set(tree.files)
+    for name in tree.sources():
+        if name.startswith(("base/", "testing/")):
+            for _, included in tree.includes_of(name):
+                # Public headers stand on a layer of their own, below the folders that define their operations.
+                if included in known and not _is_public(included):
+                    edges[_folder(name)].add(_folder(included))
+    for caller, callees in calls.items():
+        edges[_folder(caller)].update(_folder(callee) for callee in callees)
+    for circle in _circles(edges):
+        if not circle <= ALLOWED_CIRCLE:
+            yield f"{', '.join(sorted(circle))}: folders in a circle of calls or includes ({preset})"
+
+
+def _circles_of_files(calls, preset):
+    for circle in _circles({caller: set(callees) for caller, callees in calls.items()}):
+        if not {_folder(name) for name in circle} <= ALLOWED_CIRCLE:
+            yield f"{', '.join(sorted(circle))}: files that call each other in a circle ({preset})"
+
+
+def _folder(name):
+    return name.rpartition("/")[0]
+
+
+def _is_public(name):
+    return _folder(name) == "testing/lutestsuite"
+
+
+def _circles(edges):
+    """Strongly connected components of more than one node. Small graphs: what reaches each other is one circle."""
+    reached = {node: _reachable(edges, node) for node in edges}
+    left = set(edges)
+    while left:
+        node = left.pop()
+        circle = {other for other in reached[node] if node in reached.get(other, ())} - {node}
+        if circle:
+            left -= circle
+            yield circle | {node}
+
+
+def _reachable(edges, start):
+    found, open_nodes = set(), [start]
+    while open_nodes:
+        for node in edges.get(open_nodes.pop(), ()):
+            if node not in found:
+                found.add(node)
+                open_nodes.append(node)
+    return found
