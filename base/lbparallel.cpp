@@ -1,6 +1,7 @@
 #include "base/lbparallel.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <mutex>
 #include <vector>

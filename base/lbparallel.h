@@ -4,12 +4,11 @@
 /// that leaves a body ends the loop early and is rethrown to the caller. Callable from any thread.
 #pragma once
 
-#include <array>
-#include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <map>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -46,17 +45,17 @@ LB_API std::int64_t SumRange(std::int64_t first, std::int64_t last);
 
 /// A value per thread, combined at the end.
 ///
-/// Local() may be called by many threads at once and is cheap enough for the body of a loop. Call the other operations
-/// only after those threads have finished.
+/// Local() may be called by many threads at once. It takes a lock, so a short loop calls it once for a range and not
+/// for each iteration. Call Combine only after those threads have finished.
 template<typename T>
 class LbCombinable : public INonCopyable
 {
 public:
     /// Each thread's value starts as a copy of `initial`.
     explicit LbCombinable(T initial = T()) : m_initial(std::move(initial)) {}
-    ~LbCombinable();
 
-    /// The calling thread's value, created on first use. A thread may inherit the value of a thread that has ended.
+    /// The calling thread's value, created on first use. A thread may inherit the value of a thread that has ended. The
+    /// reference stays valid as long as the object exists.
     T& Local();
 
     /// All threads' values folded by `combine(const T&, const T&) -> T` in unspecified order; the initial value if no
@@ -65,62 +64,16 @@ public:
     T Combine(const F& combine) const;
 
 private:
-    /// Has its own cache lines, so that threads do not slow each other down.
-    struct alignas(64) SValue
-    {
-        std::uintptr_t threadKey;
-        SValue* next;
-        T value;
-    };
-
-    static constexpr std::size_t sc_uiBucketBits = 6;
-
-    std::atomic<SValue*>& getBucket(std::uintptr_t threadKey)
-    {
-        // Keys are addresses with equal low bits; the multiplication moves the differing bits to the top.
-        return m_buckets[(threadKey * 0x9E3779B97F4A7C15U) >> (64U - sc_uiBucketBits)];
-    }
-    T& add(std::uintptr_t threadKey);
-
     T m_initial;
-    std::array<std::atomic<SValue*>, std::size_t{1} << sc_uiBucketBits> m_buckets{};
+    std::mutex m_mutex;                   ///< guards the map, not the values in it
+    std::map<std::uintptr_t, T> m_values; ///< by thread key
 };
-
-template<typename T>
-LbCombinable<T>::~LbCombinable()
-{
-    for (std::atomic<SValue*>& bucket : m_buckets)
-    {
-        for (SValue* value = bucket.load(); value != nullptr;)
-        {
-            delete std::exchange(value, value->next);
-        }
-    }
-}
 
 template<typename T>
 T& LbCombinable<T>::Local()
 {
-    const std::uintptr_t threadKey = LbOs::GetThreadKey();
-    for (SValue* value = getBucket(threadKey).load(std::memory_order_acquire); value != nullptr; value = value->next)
-    {
-        if (value->threadKey == threadKey)
-        {
-            return value->value;
-        }
-    }
-    return add(threadKey);
-}
-
-template<typename T>
-T& LbCombinable<T>::add(std::uintptr_t threadKey)
-{
-    std::atomic<SValue*>& bucket = getBucket(threadKey);
-    auto* const added = new SValue{threadKey, bucket.load(), m_initial};
-    while (!bucket.compare_exchange_weak(added->next, added))
-    {
-    }
-    return added->value;
+    const std::lock_guard lock(m_mutex);
+    return m_values.try_emplace(LbOs::GetThreadKey(), m_initial).first->second;
 }
 
 template<typename T>
@@ -128,12 +81,9 @@ template<typename F>
 T LbCombinable<T>::Combine(const F& combine) const
 {
     std::optional<T> result;
-    for (const std::atomic<SValue*>& bucket : m_buckets)
+    for (const auto& [threadKey, value] : m_values)
     {
-        for (const SValue* value = bucket.load(); value != nullptr; value = value->next)
-        {
-            result = result ? combine(std::as_const(*result), value->value) : value->value;
-        }
+        result = result ? combine(std::as_const(*result), value) : value;
     }
     return result ? *std::move(result) : m_initial;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <vector>
 
 namespace
 {
@@ -48,11 +49,4 @@ std::optional<LbProductRegistry::SProduct> LbProductRegistry::Find(const std::ws
     const std::lock_guard lock(registry.mutex);
     const auto found = registry.Find(name);
     return found != registry.products.end() ? std::optional(*found) : std::nullopt;
-}
-
-std::vector<LbProductRegistry::SProduct> LbProductRegistry::GetAll()
-{
-    SProducts& registry = getProducts();
-    const std::lock_guard lock(registry.mutex);
-    return registry.products;
 }

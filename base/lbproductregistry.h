@@ -3,7 +3,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "base/lbexport.h"
 
@@ -21,8 +20,5 @@ LB_API void Register(const std::wstring& name, const std::wstring& version);
 
 /// The registered product of that name, if any.
 LB_API std::optional<SProduct> Find(const std::wstring& name);
-
-/// All products in the order in which they were first entered.
-LB_API std::vector<SProduct> GetAll();
 
 } // namespace LbProductRegistry

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 #include "base/lbdiagnostics.h"
 
@@ -78,22 +79,4 @@ LbRTTI::CreateFunction LbRTTI::getCreate(const std::wstring& name)
 {
     const LbRTTI* const record = Find(name);
     return record == nullptr ? nullptr : record->GetCreate();
-}
-
-std::vector<const LbRTTI*> LbRTTI::FindDerived(const LbRTTI& type)
-{
-    std::vector<const LbRTTI*> found;
-    {
-        SRegistry& registry = getRegistry();
-        const std::lock_guard lock(registry.mutex);
-        for (const auto& [name, namesakes] : registry.records)
-        {
-            if (namesakes.front()->IsDerivedFrom(type))
-            {
-                found.push_back(namesakes.front());
-            }
-        }
-    }
-    std::ranges::sort(found, {}, &LbRTTI::GetName);
-    return found;
 }

@@ -13,7 +13,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "base/inoncopyable.h"
 #include "base/iobject.h"
@@ -45,9 +44,6 @@ public:
 
     /// The factory registered under `name`; null if the name is unknown or the class cannot be created.
     static CreateFunction getCreate(const std::wstring& name);
-
-    /// All records that are found by name and are derived from `type`, ordered by name.
-    static std::vector<const LbRTTI*> FindDerived(const LbRTTI& type);
 
 private:
     std::wstring m_name;

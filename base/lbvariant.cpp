@@ -1,6 +1,5 @@
 #include "base/lbvariant.h"
 
-#include <charconv>
 #include <cmath>
 #include <concepts>
 #include <limits>
@@ -13,7 +12,8 @@ namespace
 template<typename T>
 concept IntegerNumber = std::integral<T> && !std::same_as<T, bool>;
 
-template<typename Result>
+using Result = std::uint32_t;
+
 std::optional<Result> parseDigits(std::wstring_view text)
 {
     if (text.empty())
@@ -37,7 +37,6 @@ std::optional<Result> parseDigits(std::wstring_view text)
     return value;
 }
 
-template<typename Result>
 std::optional<Result> fromFloating(double value)
 {
     // The first value above the range: exactly representable as a double, which the maximum itself may not be.
@@ -50,7 +49,6 @@ std::optional<Result> fromFloating(double value)
 }
 
 /// Turns each alternative of a variant into an unsigned integer.
-template<typename Result>
 struct SToUnsigned
 {
     std::optional<Result> operator()(std::monostate) const { return std::nullopt; }
@@ -59,8 +57,8 @@ struct SToUnsigned
     {
         return std::in_range<Result>(value) ? std::optional(static_cast<Result>(value)) : std::nullopt;
     }
-    std::optional<Result> operator()(double value) const { return fromFloating<Result>(value); }
-    std::optional<Result> operator()(const std::wstring& value) const { return parseDigits<Result>(value); }
+    std::optional<Result> operator()(double value) const { return fromFloating(value); }
+    std::optional<Result> operator()(const std::wstring& value) const { return parseDigits(value); }
 };
 
 struct SToBool
@@ -75,24 +73,6 @@ struct SToBool
     }
 };
 
-std::wstring floatingToText(double value)
-{
-    // The longest value without exponent has a sign, a zero and 324 decimal places.
-    char digits[512];
-    const std::to_chars_result result =
-        std::to_chars(std::begin(digits), std::end(digits), value, std::chars_format::fixed);
-    return std::wstring(digits, result.ptr);
-}
-
-struct SToText
-{
-    std::wstring operator()(std::monostate) const { return {}; }
-    std::wstring operator()(bool value) const { return value ? L"true" : L"false"; }
-    std::wstring operator()(IntegerNumber auto value) const { return std::to_wstring(value); }
-    std::wstring operator()(double value) const { return floatingToText(value); }
-    std::wstring operator()(const std::wstring& value) const { return value; }
-};
-
 } // namespace
 
 std::optional<bool> LbVariant::ToBool() const
@@ -102,15 +82,5 @@ std::optional<bool> LbVariant::ToBool() const
 
 std::optional<std::uint32_t> LbVariant::ToUInt32() const
 {
-    return std::visit(SToUnsigned<std::uint32_t>(), m_value);
-}
-
-std::optional<std::uint64_t> LbVariant::ToUInt64() const
-{
-    return std::visit(SToUnsigned<std::uint64_t>(), m_value);
-}
-
-std::wstring LbVariant::ToString() const
-{
-    return std::visit(SToText(), m_value);
+    return std::visit(SToUnsigned(), m_value);
 }

@@ -31,10 +31,6 @@ public:
     /// Numbers within the range of the result, without a fraction; bools as 0 and 1; texts made of decimal digits only
     /// within the range. Nothing for all else.
     std::optional<std::uint32_t> ToUInt32() const;
-    std::optional<std::uint64_t> ToUInt64() const;
-
-    /// Numbers in decimal, bools as "true" and "false", null as the empty text.
-    std::wstring ToString() const;
 
     friend bool operator==(const LbVariant&, const LbVariant&) = default;
 

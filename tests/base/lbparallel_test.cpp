@@ -278,7 +278,7 @@ TEST(LbCombinable, StartsAfreshWhereAnotherOneStood)
     }
 }
 
-TEST(LbCombinable, KeepsMoreThreadsApartThanItHasBuckets)
+TEST(LbCombinable, KeepsManyThreadsApart)
 {
     constexpr int threadCount = 150;
     LbCombinable<std::int64_t> values;

@@ -180,20 +180,6 @@ TEST(LbRTTI, SecondRecordOfANameIsTraced)
     EXPECT_NE(traces.GetTexts()[0].find(L"'CTwice'"), std::wstring::npos);
 }
 
-TEST(LbRTTI, FindsDerivedClassesInOrderOfTheirNames)
-{
-    const LbRTTI record(L"CAardvark", &CAnimal::RTTI, nullptr);
-    const std::vector<const LbRTTI*> expected = {&record, &CAnimal::RTTI, &CDog::RTTI, &CNamed::RTTI};
-    EXPECT_EQ(LbRTTI::FindDerived(CAnimal::RTTI), expected);
-}
-
-TEST(LbRTTI, FindsOneDerivedClassPerName)
-{
-    const LbRTTI second(L"CDog", &CDog::RTTI, nullptr);
-    EXPECT_EQ(LbRTTI::FindDerived(CDog::RTTI), std::vector<const LbRTTI*>{&CDog::RTTI});
-    EXPECT_TRUE(LbRTTI::FindDerived(second).empty());
-}
-
 TEST(LbRTTI, KeepsThousandsOfClassesApart)
 {
     std::vector<std::unique_ptr<LbRTTI>> records;
@@ -220,5 +206,4 @@ TEST(LbRTTIConcurrency, ClassesMayBeFoundWhileOthersComeAndGo)
             isAlwaysFound && LbRTTI::Find(L"CDog") == &CDog::RTTI && LbRTTI::getCreate(L"Zoo::CNamed") != nullptr;
     }
     EXPECT_TRUE(isAlwaysFound);
-    EXPECT_FALSE(LbRTTI::FindDerived(CDog::RTTI).empty());
 }
