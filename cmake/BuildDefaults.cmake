@@ -7,25 +7,25 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# The host loads modules from its own directory, so everything that runs stands in one folder.
+# The host loads modules from its own directory, so all programs and libraries are built into one folder.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
-# Relative run paths let the folder be moved or copied as a whole. The same ones before and after the installation: to
-# make room for a longer one the build would fill up its own with colons, which stand for the working directory. A
-# library there would be taken for ours, and each start of a process looks for all of them there.
+# Relative run paths let the folder be moved or copied as a whole. Built and installed files have the same run paths:
+# CMake pads a shorter path with colons, and an empty entry means the working directory. Each start of a process would
+# search for libraries there and could load a foreign one.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib")
 
-# Exceptions name their source file: from the top of the repository, wherever that was checked out.
+# Exceptions name their source file relative to the repository, so that the place of the checkout does not show.
 add_compile_options("-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build configuration" FORCE)
 endif()
 
-# Checkouts in different folders share the compiler cache: below the checkout it sees relative paths only.
+# Relative paths let checkouts in different folders share the compiler cache.
 if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     find_program(LUTESTSUITE_CCACHE ccache)
     if(LUTESTSUITE_CCACHE)

@@ -1,7 +1,7 @@
 # Where the sources of a build came from, as a text file of "key:value" lines.
 
 # lutestsuite_split_remote(<url> <server variable> <repository variable>): server and path of a remote repository, for
-# all spellings that git knows. Names and passwords of users stay behind, and so does what follows "?" or "#".
+# all spellings that git knows. Removes names and passwords of users, and everything from "?" or "#" on.
 function(lutestsuite_split_remote url server_variable repository_variable)
     set(server "")
     set(repository "")
@@ -14,7 +14,7 @@ function(lutestsuite_split_remote url server_variable repository_variable)
         set(server "${CMAKE_MATCH_1}")
         set(repository "${CMAKE_MATCH_2}")
     elseif(url MATCHES "^([^/\\]+[^/\\:]):(.*)$")
-        # One letter in front of the colon is a drive.
+        # A single letter before the colon is a drive.
         set(server "${CMAKE_MATCH_1}")
         set(repository "${CMAKE_MATCH_2}")
     else()
@@ -25,8 +25,8 @@ function(lutestsuite_split_remote url server_variable repository_variable)
     set(${repository_variable} "${repository}" PARENT_SCOPE)
 endfunction()
 
-# lutestsuite_write_build_record(<source directory> <file>): from git, as things stand when the build is configured.
-# Fields are empty when the sources are in no checkout.
+# lutestsuite_write_build_record(<source directory> <file>): asks git when the build is configured. Fields are empty if
+# the sources are not in a checkout.
 function(lutestsuite_write_build_record source_directory file)
     foreach(variable root server repository changeset branch author)
         set(${variable} "")
@@ -43,7 +43,7 @@ function(lutestsuite_write_build_record source_directory file)
         endif()
         lutestsuite_split_remote("${url}" server repository)
     endif()
-    # Not configured into a template: a name may hold what CMake would expand.
+    # Not a configured template, because a name may contain text that CMake would expand.
     set(text "")
     foreach(pair "WorkspacePath;root" "Server;server" "Repository;repository" "Changeset;changeset" "Branch;branch"
                  "ChangesetAuthor;author")
@@ -51,7 +51,7 @@ function(lutestsuite_write_build_record source_directory file)
         list(GET pair 1 variable)
         string(APPEND text "${key}: ${${variable}}\n")
     endforeach()
-    # Untouched when it holds the same already, so that nothing is built anew.
+    # An unchanged file keeps its time, so that nothing is built again.
     set(former "")
     if(EXISTS "${file}")
         file(READ "${file}" former)

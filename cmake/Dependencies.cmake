@@ -1,4 +1,4 @@
-# Everything the project takes from outside. scripts/setup installs all of it on Debian.
+# All outside dependencies. scripts/setup installs them on Debian.
 
 find_package(Threads REQUIRED)
 
@@ -10,12 +10,12 @@ if(NOT pugixml_FOUND)
     message(FATAL_ERROR "pugixml is missing. Run: scripts/setup linux")
 endif()
 
-# libgomp is not instrumented: under the thread sanitizer every parallel region would be reported.
+# libgomp is not instrumented, so the thread sanitizer would report every parallel region.
 if(NOT "thread" IN_LIST LUTESTSUITE_SANITIZERS)
     find_package(OpenMP QUIET COMPONENTS CXX)
 endif()
 
-# A module in a sub-folder does not find a zlib1.dll beside the host, hence the static library on Windows.
+# Static on Windows, because a module in a sub-folder does not find a zlib1.dll beside the host.
 if(WIN32)
     set(ZLIB_USE_STATIC_LIBS ON)
 endif()
@@ -33,7 +33,7 @@ if(BUILD_TESTING OR LUTESTSUITE_BUILD_BENCHMARKS)
     endif()
 endif()
 
-# Debian has none for MinGW; what measures whole processes does without it.
+# Debian has no Google Benchmark for MinGW. Programs that measure whole processes do not need it.
 if(LUTESTSUITE_BUILD_BENCHMARKS AND NOT CMAKE_CROSSCOMPILING)
     find_package(benchmark CONFIG REQUIRED)
 endif()

@@ -14,14 +14,14 @@ if(NOT status EQUAL 0)
     return()
 endif()
 
-# A suite stands at the beginning of a line and ends in a dot; its tests follow indented.
+# A line with a suite is not indented and ends in a dot; its tests follow indented.
 string(REGEX MATCHALL "(^|\n)[^ \r\n]+\\." suites "${listing}")
 foreach(suite IN LISTS suites)
     string(STRIP "${suite}" suite)
     add_test("${name}.${suite}*" "${emulator}" "${program}" "--gtest_filter=${suite}*")
     set_tests_properties("${name}.${suite}*" PROPERTIES WORKING_DIRECTORY "${directory}" TIMEOUT 180)
     if(suite MATCHES "RunParallelCrashes")
-        # The longest one begins first.
+        # The longest suite begins first.
         set_tests_properties("${name}.${suite}*" PROPERTIES COST 600)
     endif()
 endforeach()

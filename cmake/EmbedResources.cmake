@@ -1,9 +1,9 @@
-# Files that become part of a module and are found there by name and type: LbOs::FindEmbeddedResource.
+# Embeds files in a module. LbOs::FindEmbeddedResource finds them by name and type.
 
 # lutestsuite_embed_resources(<target> (<name> <type> <file>)...)
 #
-# On Windows they are resources of the system. Elsewhere a generated source holds the same bytes and a table of them, so
-# the function is called once for a target. A file that changes is embedded anew.
+# On Windows they are resources of the system. Elsewhere a generated source holds the bytes and one table of them, so
+# call this function once for each target. A file that changes is embedded again.
 function(lutestsuite_embed_resources target)
     set(resources "${ARGN}")
     set(files "")

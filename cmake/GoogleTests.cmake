@@ -1,7 +1,7 @@
 # lutestsuite_add_tests(<target>): registers a GoogleTest program with ctest.
 #
-# On Linux every test is an entry of its own. Under Wine starting a process costs about 0.3 s, so there an entry is a
-# whole test suite.
+# On Linux every test is an entry of its own. Under Wine an entry is a whole test suite, because starting a process
+# takes about 0.3 s.
 
 # Suites with one of these words in their name carry the label "concurrent", which the thread sanitizer runs.
 set(LUTESTSUITE_CONCURRENT_SUITES

@@ -9,8 +9,8 @@ install(TARGETS LbBase LuTestSuite LuTestSuiteCLI EXPORT LuTestSuiteTargets
 install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION bin)
 install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION ${package_directory})
 
-# Of the platform layer, only headers that public headers include, or that a host needs to read its arguments, are
-# public. The folders below testing/lutestsuite are private.
+# Public headers of the platform layer are those that other public headers include or that a host needs to read its
+# arguments. The folders below testing/lutestsuite are private.
 file(GLOB headers CONFIGURE_DEPENDS base/*.h)
 install(FILES ${headers} DESTINATION include/base)
 install(FILES base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h

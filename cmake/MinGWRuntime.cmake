@@ -1,5 +1,5 @@
-# The compiler's run-time libraries, stripped, beside the programs that need them. They must be shared: a static copy in
-# each binary breaks exceptions and type identity across modules.
+# Copies the compiler's run-time libraries, stripped, beside the programs. They must be shared, because a static copy
+# in each binary breaks exceptions and type identity across modules.
 
 set(LUTESTSUITE_RUNTIME_DLLS "")
 if(NOT MINGW)

@@ -1,4 +1,4 @@
-# Sanitizers apply to every target, GoogleTest included: a mixture reports false positives.
+# Sanitizers apply to every target, GoogleTest included, because a mixture reports false positives.
 
 if(LUTESTSUITE_SANITIZERS)
     list(JOIN LUTESTSUITE_SANITIZERS "," sanitizers)

@@ -40,14 +40,14 @@ std::optional<std::int64_t> getCountOf(const std::wstring& command)
 TEST(OsThreadProcessors, LeaveTheThreadOneUntilTheyAreRestored)
 {
     const std::uint32_t all = LbOs::CountOwnProcessors();
-    const std::uint32_t meeting = getSharing();
+    const std::uint32_t shared = getSharing();
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
     LbOs::CThreadProcessors processors;
     processors.Read();
 
     processors.MeetWith(*child);
-    EXPECT_EQ(LbOs::CountOwnProcessors(), meeting);
+    EXPECT_EQ(LbOs::CountOwnProcessors(), shared);
 
     processors.Restore();
     EXPECT_EQ(LbOs::CountOwnProcessors(), all);
@@ -65,7 +65,7 @@ TEST(OsThreadProcessors, FreeTheChildAgain)
 
 TEST(OsThreadProcessors, AreRestoredOnce)
 {
-    const std::uint32_t meeting = getSharing();
+    const std::uint32_t shared = getSharing();
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
     LbOs::CThreadProcessors all;
@@ -76,7 +76,7 @@ TEST(OsThreadProcessors, AreRestoredOnce)
     all.MeetWith(*child);
 
     processors.Restore();
-    EXPECT_EQ(LbOs::CountOwnProcessors(), meeting);
+    EXPECT_EQ(LbOs::CountOwnProcessors(), shared);
     all.Restore();
 }
 

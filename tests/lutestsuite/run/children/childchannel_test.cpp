@@ -63,7 +63,7 @@ TEST(GetChildCommandLine, AlwaysNamesADataDirectory)
 
 constexpr std::uint64_t c_Slow = 60'000;
 
-TEST(Meetings, AreForShortAnswersThatTookTheirTime)
+TEST(ProcessorSharing, ServesShortAnswersThatTookLong)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
     EXPECT_FALSE(sharing.IsNext());
@@ -78,7 +78,7 @@ TEST(Meetings, AreForShortAnswersThatTookTheirTime)
     EXPECT_TRUE(sharing.IsNext());
 }
 
-TEST(Meetings, EndWithALongCase)
+TEST(ProcessorSharing, EndsWithALongCase)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
     sharing.Learn(c_Slow);
@@ -88,7 +88,7 @@ TEST(Meetings, EndWithALongCase)
     EXPECT_FALSE(sharing.IsNext());
 }
 
-TEST(Meetings, EndWithTheChild)
+TEST(ProcessorSharing, EndsWithTheChild)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
     sharing.Learn(c_Slow);
@@ -98,11 +98,11 @@ TEST(Meetings, EndWithTheChild)
     EXPECT_FALSE(sharing.IsNext());
 }
 
-TEST(Meetings, AreLeftOutNowAndThen)
+TEST(ProcessorSharing, PausesNowAndThen)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
     sharing.Learn(c_Slow);
-    for (std::uint32_t meeting = 0; meeting < LuTestSuiteRun::CProcessorSharing::sc_uiInARow; ++meeting)
+    for (std::uint32_t request = 0; request < LuTestSuiteRun::CProcessorSharing::sc_uiInARow; ++request)
     {
         EXPECT_TRUE(sharing.IsNext());
         sharing.Learn(0);
