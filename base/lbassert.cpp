@@ -7,17 +7,13 @@
 
 #include "base/lbdiagnostics.h"
 #include "base/lbformat.h"
+#include "base/lbsourcelocation.h"
 #include "base/os/process.h"
 
 namespace
 {
 
 std::atomic<bool> s_isDialogEnabled = true;
-
-std::string_view withoutFolder(std::string_view path)
-{
-    return path.substr(path.find_last_of("/\\") + 1);
-}
 
 } // namespace
 
@@ -33,8 +29,8 @@ bool LbAssert::IsDialogEnabled() noexcept
 
 void LbAssert::Fail(const char* condition, const char* file, int line)
 {
-    const std::wstring text =
-        LbFormat(L"Zusicherung verletzt: %S (%S, Zeile %d)", condition, std::string(withoutFolder(file)), line);
+    const std::string_view fileName = LbSourceLocation(file, "", 0).GetFileName();
+    const std::wstring text = LbFormat(L"Zusicherung verletzt: %S (%S, Zeile %d)", condition, std::string(fileName), line);
     LbDiagnostics::Trace(text);
     if (!IsDialogEnabled())
     {

@@ -174,10 +174,8 @@ private:
     bool m_ended = false;
 };
 
-std::wstring getBareFileName(std::string_view path)
+std::wstring getBareFileName(std::string_view name)
 {
-    const std::size_t separator = path.find_last_of("/\\");
-    std::string_view name = separator == std::string_view::npos ? path : path.substr(separator + 1);
     const std::size_t dot = name.rfind('.');
     if (dot != std::string_view::npos && dot > 0)
     {
@@ -196,13 +194,13 @@ std::string describe(const LbException& exception)
 
 } // namespace
 
-LbException::LbException(std::wstring message, std::source_location where)
-    : LbException(LbEncoding::FromUtf8(CFunctionName(where.function_name()).Take()).c_str(), std::move(message), where)
+LbException::LbException(std::wstring message, LbSourceLocation where)
+    : LbException(LbEncoding::FromUtf8(CFunctionName(where.GetFunction()).Take()).c_str(), std::move(message), where)
 {
 }
 
-LbException::LbException(const wchar_t* function, std::wstring message, std::source_location where)
-    : LbException(function, std::move(message), getBareFileName(where.file_name()), where.line())
+LbException::LbException(const wchar_t* function, std::wstring message, LbSourceLocation where)
+    : LbException(function, std::move(message), getBareFileName(where.GetFileName()), where.GetLine())
 {
 }
 

@@ -3,22 +3,22 @@
 
 #include <cstdint>
 #include <exception>
-#include <source_location>
 #include <string>
 
 #include "base/lbexport.h"
+#include "base/lbsourcelocation.h"
 
 /// Carries the place where it was raised: source file (its name without folder and extension), line, and function
-/// ("LuTestSuiteTree::Build": qualified, without result and arguments), beside an optional message for the user.
+/// ("LuTestSuiteTree::Build": qualified, without result and arguments; "Build" where the compiler has no
+/// std::source_location), beside an optional message for the user.
 class LB_API LbException : public std::exception
 {
 public:
     /// With the function's own name, as the compiler knows it.
-    explicit LbException(std::wstring message = {}, std::source_location where = std::source_location::current());
+    explicit LbException(std::wstring message = {}, LbSourceLocation where = LbSourceLocation::Current());
 
     /// With a function name of the caller's choice.
-    LbException(const wchar_t* function, std::wstring message,
-                std::source_location where = std::source_location::current());
+    LbException(const wchar_t* function, std::wstring message, LbSourceLocation where = LbSourceLocation::Current());
 
     /// With a function and a source file (bare name) of the caller's choice, for a class whose operations stand in many
     /// files.

@@ -1,11 +1,11 @@
 #include "base/lustream.h"
 
 #include <algorithm>
-#include <source_location>
 #include <utility>
 
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
+#include "base/lbsourcelocation.h"
 
 namespace
 {
@@ -13,18 +13,18 @@ namespace
 constexpr std::size_t c_BufferSize = 65536;
 
 [[noreturn]] void fail(const wchar_t* format, const std::wstring& path,
-                       std::source_location where = std::source_location::current())
+                       LbSourceLocation where = LbSourceLocation::Current())
 {
     throw LbException(LbFormat(format, path), where);
 }
 
-[[noreturn]] void failWriting(const std::wstring& path, std::source_location where = std::source_location::current())
+[[noreturn]] void failWriting(const std::wstring& path, LbSourceLocation where = LbSourceLocation::Current())
 {
     fail(L"Datei %s konnte nicht geschrieben werden", path, where);
 }
 
 LbOs::FileHandle requireOpen(LbOs::FileHandle file, const std::wstring& path,
-                             std::source_location where = std::source_location::current())
+                             LbSourceLocation where = LbSourceLocation::Current())
 {
     if (file == LbOs::c_InvalidFile)
     {

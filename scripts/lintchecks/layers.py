@@ -5,9 +5,10 @@ import fnmatch
 SUITE = "testing/lutestsuite/"
 
 LAYERS = [
-    # What the platform layer itself stands on: export marks, how it fails, text conversion, command lines.
+    # What the platform layer itself stands on: export marks, how it fails and where, text conversion, command lines.
     ("base/lbexport.h", 0),
     ("base/lbexception.*", 0),
+    ("base/lbsourcelocation.h", 0),
     ("base/lbencoding.*", 0),
     ("base/lbcommandline.*", 0),
     ("base/os/*", 0),

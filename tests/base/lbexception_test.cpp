@@ -1,7 +1,6 @@
 #include "base/lbexception.h"
 
 #include <functional>
-#include <source_location>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -142,10 +141,10 @@ TEST(LbException, TakesAFunctionNameOfTheCallersChoice)
 
 TEST(LbException, KnowsFileAndLine)
 {
-    const auto here = std::source_location::current();
+    const auto here = LbSourceLocation::Current();
     const LbException exception;
     EXPECT_EQ(exception.GetSourceFile(), L"lbexception_test");
-    EXPECT_EQ(exception.GetLine(), here.line() + 1);
+    EXPECT_EQ(exception.GetLine(), here.GetLine() + 1);
 }
 
 TEST(LbException, CarriesTheMessage)

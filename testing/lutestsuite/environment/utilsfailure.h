@@ -1,9 +1,8 @@
 /// The exception of the operations that stand in many files but in one class.
 #pragma once
 
-#include <source_location>
-
 #include "base/lbexception.h"
+#include "base/lbsourcelocation.h"
 
 namespace LuTestSuite
 {
@@ -11,9 +10,9 @@ namespace LuTestSuite
 /// Throws an LbException without message that names the class's own file, "lutestsuiteutils", the operation, and the
 /// caller's line.
 [[noreturn]] inline void ThrowUtilsFailure(const wchar_t* function,
-                                           std::source_location where = std::source_location::current())
+                                           LbSourceLocation where = LbSourceLocation::Current())
 {
-    throw LbException(function, {}, L"lutestsuiteutils", where.line());
+    throw LbException(function, {}, L"lutestsuiteutils", where.GetLine());
 }
 
 } // namespace LuTestSuite
