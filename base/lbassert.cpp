@@ -30,7 +30,7 @@ bool LbAssert::IsDialogEnabled() noexcept
 void LbAssert::Fail(const char* condition, const char* file, int line)
 {
     const std::string_view fileName = LbSourceLocation(file, "", 0).GetFileName();
-    const std::wstring text = LbFormat(L"Zusicherung verletzt: %S (%S, Zeile %d)", condition, std::string(fileName), line);
+    const std::wstring text = LbFormat(L"Zusicherung verletzt: %S (%S, Zeile %d)", condition, fileName, line);
     LbDiagnostics::Trace(text);
     if (!IsDialogEnabled())
     {

@@ -1,23 +1,30 @@
 #include "base/lbformat.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <cstddef>
+#include <cstdlib>
 #include <iterator>
+#include <utility>
+#include <vector>
 
+#include "base/formatnumber.h"
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 
 namespace
 {
 
+using LbPrintf::EKind;
+using LbPrintf::EMistake;
+using LbPrintf::SArgumentType;
+using LbPrintf::SConversion;
+
 constexpr bool c_WideIsUtf16 = sizeof(wchar_t) == 2;
-/// A larger width or precision can only be a mistake.
-constexpr int c_LargestCount = 1'000'000;
-/// Digits of the largest double in front of its point, with some room for sign, point and exponent.
-constexpr std::size_t c_LongestInteger = 330;
+constexpr std::size_t c_NoLimit = LbFormatArgument::sc_ZeroTerminated;
+
+constexpr bool isHighSurrogate(wchar_t unit)
+{
+    return c_WideIsUtf16 && (static_cast<unsigned>(unit) & 0xFC00U) == 0xD800U;
+}
 
 constexpr bool isLowSurrogate(wchar_t unit)
 {
@@ -32,425 +39,223 @@ std::size_t countCharacters(std::wstring_view text)
                : text.size();
 }
 
-std::wstring_view cutToCharacters(std::wstring_view text, std::size_t count)
+/// Units of the first character of a text of at most `length` units. Reads nothing behind that character.
+std::size_t getCharacterLength(const wchar_t* text, std::size_t length)
 {
-    std::size_t length = 0;
-    for (; length < text.size() && (count > 0 || isLowSurrogate(text[length])); ++length)
-    {
-        if (!isLowSurrogate(text[length]))
-        {
-            --count;
-        }
-    }
-    return text.substr(0, length);
+    return isHighSurrogate(text[0]) && length > 1 && isLowSurrogate(text[1]) ? 2 : 1;
 }
 
-struct SConversion
+std::size_t getCharacterLength(const char* text, std::size_t length)
 {
-    bool left = false;
-    bool zero = false;
-    bool plus = false;
-    bool space = false;
-    bool alternate = false;
-    int width = 0;
-    int precision = -1; ///< none given
-    wchar_t type = 0;
-};
+    const auto lead = static_cast<unsigned char>(text[0]);
+    const std::size_t expected = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    std::size_t count = 1;
+    while (count < expected && count < length && (static_cast<unsigned char>(text[count]) & 0xC0U) == 0x80U)
+    {
+        ++count;
+    }
+    return count;
+}
 
-/// One run over one format.
+/// The first `limit` characters. A text without length needs no zero behind them.
+template<typename Character>
+std::basic_string_view<Character> cutToCharacters(const Character* text, std::size_t length, std::size_t limit)
+{
+    std::size_t end = 0;
+    for (; limit > 0 && end < length && (length != LbFormatArgument::sc_ZeroTerminated || text[end] != 0); --limit)
+    {
+        end += getCharacterLength(text + end, length - end);
+    }
+    return {text, end};
+}
+
+template<typename Character>
+std::basic_string_view<Character> getText(const LbFormatArgument& argument, std::size_t limit)
+{
+    static constexpr Character c_Null[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
+    const auto* text = static_cast<const Character*>(argument.GetAddress());
+    const bool isTerminated = argument.GetLength() == LbFormatArgument::sc_ZeroTerminated;
+    if (isTerminated && text == nullptr)
+    {
+        text = c_Null;
+    }
+    if (limit != c_NoLimit)
+    {
+        return cutToCharacters(text, argument.GetLength(), limit);
+    }
+    return isTerminated ? std::basic_string_view<Character>(text)
+                        : std::basic_string_view<Character>(text, argument.GetLength());
+}
+
+/// The character of a code, or U+FFFD.
+std::wstring getCharacter(std::int64_t code)
+{
+    constexpr std::int64_t c_LastCode = 0x10FFFF;
+    constexpr std::int64_t c_FirstPair = 0x10000;
+    if (code < 0 || code > c_LastCode)
+    {
+        return L"\xFFFD";
+    }
+    if (c_WideIsUtf16 && code >= c_FirstPair)
+    {
+        const std::int64_t offset = code - c_FirstPair;
+        return {static_cast<wchar_t>(0xD800 + offset / 0x400), static_cast<wchar_t>(0xDC00 + offset % 0x400)};
+    }
+    return std::wstring(1, static_cast<wchar_t>(code));
+}
+
+std::wstring getCharacter(const SConversion& conversion, const LbFormatArgument& argument)
+{
+    const std::uint64_t bits = argument.GetBits();
+    const EKind kind = argument.GetType().kind;
+    if (kind == EKind::WideCharacter)
+    {
+        return std::wstring(1, static_cast<wchar_t>(bits));
+    }
+    if (kind == EKind::NarrowCharacter || !conversion.IsWide())
+    {
+        const auto byte = static_cast<char>(bits);
+        return LbEncoding::FromUtf8({&byte, 1});
+    }
+    return getCharacter(static_cast<std::int64_t>(bits));
+}
+
+/// One run over one format that fits its arguments.
 class CFormatter
 {
 public:
     CFormatter(std::wstring_view format, std::span<const LbFormatArgument> arguments)
-        : m_format(format), m_arguments(arguments)
+        : m_parser(format), m_nextArgument(arguments.begin())
     {
-        m_result.reserve(estimateSize());
+        constexpr std::size_t c_UsualLength = 24;
+        m_result.reserve(format.size() + c_UsualLength * arguments.size());
     }
 
     std::wstring Run()
     {
-        while (m_position < m_format.size())
+        m_result.append(m_parser.TakeText());
+        while (!m_parser.IsAtEnd())
         {
-            const std::size_t percent = std::min(m_format.find(L'%', m_position), m_format.size());
-            m_result.append(m_format.substr(m_position, percent - m_position));
-            m_position = percent;
-            if (percent < m_format.size())
-            {
-                ++m_position;
-                convert();
-            }
-        }
-        if (m_nextArgument < m_arguments.size())
-        {
-            fail(L"zu viele Argumente");
+            SConversion conversion;
+            m_parser.TakeConversion(conversion);
+            takeCounts(conversion);
+            append(conversion);
+            m_result.append(m_parser.TakeText());
         }
         return std::move(m_result);
     }
 
 private:
-    std::size_t estimateSize() const
+    void takeCounts(SConversion& conversion)
     {
-        std::size_t size = m_format.size();
-        for (const LbFormatArgument& argument : m_arguments)
+        if (conversion.hasWidthArgument)
         {
-            size += argument.GetWide().size() + argument.GetNarrow().size() + (argument.GetSize() > 0 ? 24 : 0);
+            const std::int64_t width = takeCount();
+            conversion.left = conversion.left || width < 0;
+            conversion.width = std::abs(width);
         }
-        return size;
-    }
-
-    void convert()
-    {
-        if (peek() == L'%')
+        if (conversion.hasPrecisionArgument)
         {
-            ++m_position;
-            m_result.push_back(L'%');
-            return;
-        }
-        const SConversion conversion = parse();
-        if (m_nextArgument >= m_arguments.size())
-        {
-            fail(L"zu wenige Argumente");
-        }
-        append(conversion, m_arguments[m_nextArgument++]);
-    }
-
-    wchar_t peek() const { return m_position < m_format.size() ? m_format[m_position] : L'\0'; }
-
-    SConversion parse()
-    {
-        SConversion conversion;
-        while (setFlag(conversion, peek()))
-        {
-            ++m_position;
-        }
-        conversion.width = parseCount();
-        if (peek() == L'.')
-        {
-            ++m_position;
-            conversion.precision = parseCount();
-        }
-        skipLengthMarks();
-        conversion.type = peek();
-        if (conversion.type == 0 || std::wstring_view(L"diuxXcsSpfeg").find(conversion.type) == std::wstring_view::npos)
-        {
-            fail(L"unbekannte Umwandlung");
-        }
-        ++m_position;
-        return conversion;
-    }
-
-    static bool setFlag(SConversion& conversion, wchar_t character)
-    {
-        switch (character)
-        {
-        case L'-':
-            return conversion.left = true;
-        case L'0':
-            return conversion.zero = true;
-        case L'+':
-            return conversion.plus = true;
-        case L' ':
-            return conversion.space = true;
-        case L'#':
-            return conversion.alternate = true;
-        default:
-            return false;
+            conversion.precision = std::max(takeCount(), SConversion::sc_NoPrecision);
         }
     }
 
-    int parseCount()
-    {
-        int count = 0;
-        for (; peek() >= L'0' && peek() <= L'9'; ++m_position)
-        {
-            count = count * 10 + (peek() - L'0');
-            if (count > c_LargestCount)
-            {
-                fail(L"unzulässige Breite");
-            }
-        }
-        return count;
-    }
+    std::int64_t takeCount() { return static_cast<std::int32_t>((m_nextArgument++)->GetBits()); }
 
-    void skipLengthMarks()
-    {
-        const std::wstring_view rest = m_format.substr(m_position);
-        if (rest.starts_with(L"I32") || rest.starts_with(L"I64"))
-        {
-            m_position += 3;
-            return;
-        }
-        while (peek() != 0 && std::wstring_view(L"hlwzjt").find(peek()) != std::wstring_view::npos)
-        {
-            ++m_position;
-        }
-    }
-
-    void append(const SConversion& conversion, const LbFormatArgument& argument)
+    void append(const SConversion& conversion)
     {
         switch (conversion.type)
         {
-        case L's':
-            require(argument, LbFormatArgument::EKind::Wide);
-            appendText(conversion, argument.GetWide());
+        case L'%':
+            m_result.push_back(L'%');
             break;
+        case L's':
         case L'S':
-            require(argument, LbFormatArgument::EKind::Narrow);
-            appendText(conversion, LbEncoding::FromUtf8(argument.GetNarrow()));
+            appendText(conversion, *m_nextArgument++);
             break;
         case L'c':
-            appendCharacter(conversion, argument);
-            break;
-        case L'p':
-            appendPointer(conversion, argument);
-            break;
-        case L'f':
-        case L'e':
-        case L'g':
-            require(argument, LbFormatArgument::EKind::Floating);
-            appendFloating(conversion, argument.GetFloating());
+        case L'C':
+            appendPadded(conversion, getCharacter(conversion, *m_nextArgument++));
             break;
         default:
-            appendInteger(conversion, argument);
+            LbPrintf::AppendNumber(m_result, conversion, *m_nextArgument++);
             break;
         }
     }
 
-    void require(const LbFormatArgument& argument, LbFormatArgument::EKind kind) const
+    void appendText(const SConversion& conversion, const LbFormatArgument& argument)
     {
-        if (argument.GetKind() != kind)
+        const bool hasLimit = conversion.precision != SConversion::sc_NoPrecision;
+        const std::size_t limit = hasLimit ? static_cast<std::size_t>(conversion.precision) : c_NoLimit;
+        if (argument.GetType().kind == EKind::WideText)
         {
-            fail(L"unpassendes Argument");
+            appendPadded(conversion, getText<wchar_t>(argument, limit));
+            return;
         }
-    }
-
-    void appendText(const SConversion& conversion, std::wstring_view text)
-    {
-        if (conversion.precision >= 0)
-        {
-            text = cutToCharacters(text, static_cast<std::size_t>(conversion.precision));
-        }
-        appendPadded(conversion, text);
+        const std::wstring text = LbEncoding::FromUtf8(getText<char>(argument, limit));
+        // Bytes that are no UTF-8 may have become more characters than were counted.
+        appendPadded(conversion, cutToCharacters(text.data(), text.size(), limit));
     }
 
     void appendPadded(const SConversion& conversion, std::wstring_view text)
     {
-        const std::size_t padding = getPadding(conversion, conversion.width > 0 ? countCharacters(text) : 0);
-        if (!conversion.left)
-        {
-            m_result.append(padding, L' ');
-        }
+        const std::size_t padding = conversion.GetPadding(conversion.width > 0 ? countCharacters(text) : 0);
+        m_result.append(conversion.left ? 0 : padding, L' ');
         m_result.append(text);
-        if (conversion.left)
-        {
-            m_result.append(padding, L' ');
-        }
+        m_result.append(conversion.left ? padding : 0, L' ');
     }
 
-    static std::size_t getPadding(const SConversion& conversion, std::size_t length)
-    {
-        const auto width = static_cast<std::size_t>(conversion.width);
-        return width > length ? width - length : 0;
-    }
-
-    void appendCharacter(const SConversion& conversion, const LbFormatArgument& argument)
-    {
-        require(argument, LbFormatArgument::EKind::Character);
-        const auto character = static_cast<wchar_t>(argument.GetBits());
-        appendPadded(conversion, std::wstring_view(&character, 1));
-    }
-
-    void appendPointer(const SConversion& conversion, const LbFormatArgument& argument)
-    {
-        require(argument, LbFormatArgument::EKind::Pointer);
-        SConversion hexadecimal = conversion;
-        hexadecimal.alternate = false;
-        hexadecimal.precision = 2 * sizeof(void*);
-        hexadecimal.type = L'X';
-        appendNumber(hexadecimal, false, argument.GetBits());
-    }
-
-    void appendInteger(const SConversion& conversion, const LbFormatArgument& argument)
-    {
-        const LbFormatArgument::EKind kind = argument.GetKind();
-        if (kind != LbFormatArgument::EKind::Signed && kind != LbFormatArgument::EKind::Unsigned &&
-            kind != LbFormatArgument::EKind::Character)
-        {
-            fail(L"unpassendes Argument");
-        }
-        // Arguments of less than 32 bits count as 32 bits wide, as C promotes them.
-        const bool isShort = argument.GetSize() <= sizeof(std::int32_t);
-        const std::uint64_t bits = argument.GetBits();
-        if (conversion.type == L'd' || conversion.type == L'i')
-        {
-            const std::int64_t value =
-                isShort ? static_cast<std::int32_t>(static_cast<std::uint32_t>(bits)) : static_cast<std::int64_t>(bits);
-            const std::uint64_t magnitude =
-                value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
-            appendNumber(conversion, value < 0, magnitude);
-        }
-        else
-        {
-            appendNumber(conversion, false, isShort ? static_cast<std::uint32_t>(bits) : bits);
-        }
-    }
-
-    void appendNumber(const SConversion& conversion, bool isNegative, std::uint64_t magnitude)
-    {
-        const bool isHexadecimal = conversion.type == L'x' || conversion.type == L'X';
-        std::array<char, 24> digits{};
-        const char* end = std::to_chars(digits.begin(), digits.end(), magnitude, isHexadecimal ? 16 : 10).ptr;
-        std::string_view text(digits.begin(), static_cast<std::size_t>(end - digits.begin()));
-        if (conversion.type == L'X')
-        {
-            std::transform(digits.begin(), digits.end(), digits.begin(), [](char digit) {
-                return digit >= 'a' && digit <= 'f' ? static_cast<char>(digit - 'a' + 'A') : digit;
-            });
-        }
-        if (magnitude == 0 && conversion.precision == 0)
-        {
-            text = {};
-        }
-        const std::size_t smallest = conversion.precision > 0 ? static_cast<std::size_t>(conversion.precision) : 0;
-        const std::size_t zeros = smallest > text.size() ? smallest - text.size() : 0;
-        appendSigned(conversion, getPrefix(conversion, isNegative, magnitude), zeros, text, conversion.precision < 0);
-    }
-
-    static std::string_view getPrefix(const SConversion& conversion, bool isNegative, std::uint64_t magnitude)
-    {
-        switch (conversion.type)
-        {
-        case L'x':
-            return conversion.alternate && magnitude != 0 ? "0x" : "";
-        case L'X':
-            return conversion.alternate && magnitude != 0 ? "0X" : "";
-        case L'u':
-            return "";
-        default:
-            return getSign(conversion, isNegative);
-        }
-    }
-
-    static std::string_view getSign(const SConversion& conversion, bool isNegative)
-    {
-        if (isNegative)
-        {
-            return "-";
-        }
-        if (conversion.plus)
-        {
-            return "+";
-        }
-        return conversion.space ? " " : "";
-    }
-
-    /// Padding, sign or base, zeros, digits.
-    void appendSigned(const SConversion& conversion, std::string_view prefix, std::size_t zeros,
-                      std::string_view digits, bool mayPadByZeros)
-    {
-        std::size_t padding = getPadding(conversion, prefix.size() + zeros + digits.size());
-        if (conversion.zero && !conversion.left && mayPadByZeros)
-        {
-            zeros += padding;
-            padding = 0;
-        }
-        if (!conversion.left)
-        {
-            m_result.append(padding, L' ');
-        }
-        m_result.append(prefix.begin(), prefix.end());
-        m_result.append(zeros, L'0');
-        m_result.append(digits.begin(), digits.end());
-        if (conversion.left)
-        {
-            m_result.append(padding, L' ');
-        }
-    }
-
-    void appendFloating(const SConversion& conversion, double value)
-    {
-        const std::string_view sign = getSign(conversion, std::signbit(value));
-        if (!std::isfinite(value))
-        {
-            appendSigned(conversion, sign, 0, std::isnan(value) ? "nan" : "inf", false);
-            return;
-        }
-        const int precision = conversion.precision < 0 ? 6 : conversion.precision;
-        std::array<char, c_LongestInteger + 64> fixed;
-        std::string large;
-        std::span<char> buffer(fixed);
-        if (precision > 60)
-        {
-            large.resize(c_LongestInteger + static_cast<std::size_t>(precision));
-            buffer = large;
-        }
-        const char* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), std::fabs(value),
-                                        getCharsFormat(conversion.type), precision)
-                              .ptr;
-        const std::string_view digits(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
-        if (conversion.alternate)
-        {
-            appendSigned(conversion, sign, 0, withPoint(digits, conversion.type, precision), true);
-        }
-        else
-        {
-            appendSigned(conversion, sign, 0, digits, true);
-        }
-    }
-
-    static std::chars_format getCharsFormat(wchar_t type)
-    {
-        switch (type)
-        {
-        case L'f':
-            return std::chars_format::fixed;
-        case L'e':
-            return std::chars_format::scientific;
-        default:
-            return std::chars_format::general;
-        }
-    }
-
-    /// The "#" form: always a point, and for %g all significant digits.
-    static std::string withPoint(std::string_view digits, wchar_t type, int precision)
-    {
-        const std::size_t exponent = std::min(digits.find('e'), digits.size());
-        std::string mantissa(digits.substr(0, exponent));
-        if (mantissa.find('.') == std::string::npos)
-        {
-            mantissa.push_back('.');
-        }
-        if (type == L'g')
-        {
-            const std::size_t firstSignificant = mantissa.find_first_of("123456789");
-            // Of zero the digit in front of the point counts.
-            const std::string significant =
-                mantissa.substr(firstSignificant == std::string::npos ? 0 : firstSignificant);
-            const auto present = static_cast<std::size_t>(
-                std::count_if(significant.begin(), significant.end(), [](char digit) { return digit != '.'; }));
-            const auto wanted = static_cast<std::size_t>(std::max(precision, 1));
-            mantissa.append(wanted > present ? wanted - present : 0, '0');
-        }
-        return mantissa.append(digits.substr(exponent));
-    }
-
-    [[noreturn]] void fail(const wchar_t* reason) const
-    {
-        std::wstring message = L"Formattext \"";
-        message.append(m_format).append(L"\": ").append(reason);
-        throw LbException(std::move(message));
-    }
-
-    std::wstring_view m_format;
-    std::span<const LbFormatArgument> m_arguments;
-    std::size_t m_position = 0;
-    std::size_t m_nextArgument = 0;
+    LbPrintf::CParser m_parser;
+    std::span<const LbFormatArgument>::iterator m_nextArgument;
     std::wstring m_result;
 };
 
+const wchar_t* getReason(EMistake mistake)
+{
+    switch (mistake)
+    {
+    case EMistake::TooFewArguments:
+        return L"zu wenige Argumente";
+    case EMistake::TooManyArguments:
+        return L"zu viele Argumente";
+    case EMistake::LengthDoesNotFit:
+        return L"unpassende Längenangabe";
+    case EMistake::CountTooLarge:
+        return L"unzulässige Breite";
+    case EMistake::CountIsNoInteger:
+        return L"Breite ohne ganzzahliges Argument";
+    case EMistake::ArgumentDoesNotFit:
+        return L"unpassendes Argument";
+    default:
+        return L"unbekannte Umwandlung";
+    }
+}
+
 } // namespace
 
-std::wstring LbFormatArguments(std::wstring_view format, std::span<const LbFormatArgument> arguments)
+std::wstring LbDescribeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
 {
-    return CFormatter(format, arguments).Run();
+    if (format.IsChecked())
+    {
+        return {};
+    }
+    std::vector<SArgumentType> types;
+    std::transform(arguments.begin(), arguments.end(), std::back_inserter(types),
+                   [](const LbFormatArgument& argument) { return argument.GetType(); });
+    const EMistake mistake = LbPrintf::FindMistake(format.GetText(), types);
+    const LbSourceLocation& place = format.GetPlace();
+    return mistake == EMistake::None
+               ? std::wstring()
+               : LbFormat(L"%S, Zeile %u: Formattext mit Fehler (%s): \"%s\"", place.GetFileName(), place.GetLine(),
+                          getReason(mistake), format.GetText());
+}
+
+std::wstring LbFormatArguments(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
+{
+    std::wstring mistake = LbDescribeFormatMistake(format, arguments);
+    if (!mistake.empty())
+    {
+        throw LbException(std::move(mistake), format.GetPlace());
+    }
+    return CFormatter(format.GetText(), arguments).Run();
 }

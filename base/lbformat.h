@@ -1,17 +1,31 @@
 /// Wide printf with one meaning on all platforms.
 ///
-/// Conversions: %d %i (signed), %u %x %X (unsigned), %c (wide character), %s (wide text), %S (narrow text, UTF-8), %p
-/// ("0x" is the format's business; 16 upper-case hexadecimal digits), %f %e %g (double), %%; flags "-", "0", "+", " ",
-/// "#", width and precision as digits; the length marks h, l, ll, I32, I64, w, z, j, t are accepted and change nothing,
-/// since the arguments know their own width. A negative 32-bit argument under %u prints as unsigned 32-bit, an unsigned
-/// one under %d as signed: the width of the argument decides. Under %d %u %x a wide character stands for its code.
-/// Width and precision of texts count characters, not code units.
+/// Conversions:
 ///
-/// Arguments are checked: a conversion without argument, an argument of the wrong kind, a surplus argument or an
-/// unknown conversion throws LbException naming the format. Nothing is ever truncated.
+///     %d %i  %u %o %x %X        signed and unsigned integers; a character prints its code
+///     %f %F %e %E %g %G %a %A   float, double and long double, rounded by the exact value
+///     %s %ls %ws %lS            wide text
+///     %S %hs %hS                narrow text, UTF-8
+///     %c %lc %wc %lC            a character, or an int of up to 32 bits as the character of this code
+///     %C %hc %hC                a character, or an int as this byte of UTF-8
+///     %p                        an address as 16 upper-case hexadecimal digits; "0x" is the format's business
+///     %%                        a percent sign
+///
+/// Flags "-", "0", "+", " " and "#", width and precision work as in C; "*" takes them from an int argument. Of texts
+/// they count characters, not code units. A text needs no terminating zero when the precision ends it. What is no
+/// character, and bytes that are no UTF-8, print as U+FFFD.
+///
+/// Arguments know their own width: a 64-bit one prints in full under %d, a negative 32-bit one under %u prints as
+/// unsigned 32-bit, an unsigned one under %d as signed. The lengths l, ll, L, j, z, t, I, I32 and I64 change nothing;
+/// h and hh take the lower 16 and 8 bits, as in C. Nothing is ever truncated.
+///
+/// A format that does not fit its arguments does not compile. A format that is made at run time is named by
+/// LbRuntimeFormat, and checked when it is used.
 #pragma once
 
+#include <array>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -19,87 +33,194 @@
 #include <type_traits>
 
 #include "base/lbexport.h"
+#include "base/lbprintf.h"
+#include "base/lbsourcelocation.h"
 
 /// One argument of a format. Refers to texts, never owns them: it lives as long as the full expression of the call.
 class LbFormatArgument
 {
 public:
-    enum class EKind
-    {
-        Signed,
-        Unsigned,
-        Floating,
-        Character,
-        Wide,
-        Narrow,
-        Pointer
-    };
+    /// Length of a text that ends at its first zero.
+    static constexpr std::size_t sc_ZeroTerminated = static_cast<std::size_t>(-1);
 
-    template<std::integral T>
-    LbFormatArgument(T value) noexcept // NOLINT(google-explicit-constructor)
-        : m_kind(std::is_signed_v<T> ? EKind::Signed : EKind::Unsigned), m_size(sizeof(T)),
-          m_bits(static_cast<std::uint64_t>(static_cast<std::int64_t>(value)))
-    {
-    }
     template<typename T>
-    requires std::is_enum_v<T> LbFormatArgument(T value)
-    noexcept // NOLINT(google-explicit-constructor)
-        : LbFormatArgument(static_cast<std::underlying_type_t<T>>(value))
+    explicit LbFormatArgument(const T& value) noexcept : m_type(LbPrintf::GetArgumentType<T>())
     {
-    }
-    LbFormatArgument(wchar_t value) noexcept
-        : m_kind(EKind::Character), m_size(sizeof(wchar_t)), m_bits(static_cast<std::uint64_t>(value))
-    {
-    }
-    LbFormatArgument(double value) noexcept : m_kind(EKind::Floating), m_size(sizeof(double)), m_floating(value) {}
-    LbFormatArgument(const wchar_t* value) noexcept
-        : m_kind(EKind::Wide), m_wide(value == nullptr ? std::wstring_view(L"(null)") : std::wstring_view(value))
-    {
-    }
-    LbFormatArgument(const std::wstring& value) noexcept : m_kind(EKind::Wide), m_wide(value) {}
-    LbFormatArgument(std::wstring_view value) noexcept : m_kind(EKind::Wide), m_wide(value) {}
-    LbFormatArgument(const char* value) noexcept
-        : m_kind(EKind::Narrow), m_narrow(value == nullptr ? std::string_view("(null)") : std::string_view(value))
-    {
-    }
-    LbFormatArgument(const std::string& value) noexcept : m_kind(EKind::Narrow), m_narrow(value) {}
-    LbFormatArgument(const void* value) noexcept
-        : m_kind(EKind::Pointer), m_size(sizeof(void*)), m_bits(reinterpret_cast<std::uint64_t>(value))
-    {
+        constexpr LbPrintf::EKind c_Kind = LbPrintf::GetArgumentType<T>().kind;
+        static_assert(c_Kind != LbPrintf::EKind::Other, "printf knows no argument of this type");
+        if constexpr (c_Kind == LbPrintf::EKind::Floating)
+        {
+            m_floating = value;
+        }
+        else if constexpr (c_Kind == LbPrintf::EKind::WideText)
+        {
+            setText<wchar_t>(value);
+        }
+        else if constexpr (c_Kind == LbPrintf::EKind::NarrowText)
+        {
+            setText<char>(value);
+        }
+        else if constexpr (c_Kind == LbPrintf::EKind::Pointer)
+        {
+            m_address = value;
+        }
+        else
+        {
+            m_bits = static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+        }
     }
 
-    EKind GetKind() const noexcept { return m_kind; }
-    /// Width of an integer in bytes.
-    std::size_t GetSize() const noexcept { return m_size; }
-    /// An integer's or character's or pointer's value, sign-extended to 64 bits.
+    const LbPrintf::SArgumentType& GetType() const noexcept { return m_type; }
+    /// An integer's or character's value, sign-extended to 64 bits.
     std::uint64_t GetBits() const noexcept { return m_bits; }
-    double GetFloating() const noexcept { return m_floating; }
-    std::wstring_view GetWide() const noexcept { return m_wide; }
-    std::string_view GetNarrow() const noexcept { return m_narrow; }
+    long double GetFloating() const noexcept { return m_floating; }
+    /// Of a pointer or a text.
+    const void* GetAddress() const noexcept { return m_address; }
+    /// Of a text, in code units.
+    std::size_t GetLength() const noexcept { return m_length; }
 
 private:
-    EKind m_kind;
-    std::size_t m_size = 0;
+    template<typename Character, typename T>
+    void setText(const T& value) noexcept
+    {
+        if constexpr (std::is_convertible_v<const T&, const Character*>)
+        {
+            m_address = static_cast<const Character*>(value);
+            m_length = sc_ZeroTerminated;
+        }
+        else
+        {
+            const std::basic_string_view<Character> text = value;
+            m_address = text.data();
+            m_length = text.size();
+        }
+    }
+
+    LbPrintf::SArgumentType m_type;
     std::uint64_t m_bits = 0;
-    double m_floating = 0.0;
-    std::wstring_view m_wide;
-    std::string_view m_narrow;
+    long double m_floating = 0;
+    const void* m_address = nullptr;
+    std::size_t m_length = 0;
 };
 
-/// Formats with arguments already packed. Any thread.
-LB_API std::wstring LbFormatArguments(std::wstring_view format, std::span<const LbFormatArgument> arguments);
-
-/// Formats `arguments` by `format`, see above. Any thread.
-template<typename... T>
-std::wstring LbFormat(std::wstring_view format, const T&... arguments)
+/// A format, and for one that only the run time can check the place where it was named.
+class LbFormatSource
 {
-    if constexpr (sizeof...(T) == 0)
+public:
+    /// Of a format that the compiler has checked.
+    explicit constexpr LbFormatSource(std::wstring_view text) noexcept : m_text(text), m_isChecked(true) {}
+    constexpr LbFormatSource(std::wstring_view text, LbSourceLocation place) noexcept : m_text(text), m_place(place) {}
+
+    std::wstring_view GetText() const noexcept { return m_text; }
+    /// True when the compiler has checked it.
+    bool IsChecked() const noexcept { return m_isChecked; }
+    const LbSourceLocation& GetPlace() const noexcept { return m_place; }
+
+private:
+    std::wstring_view m_text;
+    LbSourceLocation m_place;
+    bool m_isChecked = false;
+};
+
+/// A format that is made at run time: Info(LbRuntimeFormat(text), 1). The text must outlive the call.
+class LbRuntimeFormat
+{
+public:
+    explicit LbRuntimeFormat(std::wstring_view text, LbSourceLocation place = LbSourceLocation::Current()) noexcept
+        : m_source(text, place)
     {
-        return LbFormatArguments(format, {});
     }
-    else
+    LbRuntimeFormat(const LbRuntimeFormat&) = delete;
+    LbRuntimeFormat& operator=(const LbRuntimeFormat&) = delete;
+
+    const LbFormatSource& GetSource() const noexcept { return m_source; }
+
+private:
+    LbFormatSource m_source;
+};
+
+/// Never defined: a compiler that meets a format with a mistake names one of them as what it cannot call.
+namespace LbFormatMistake
+{
+void TheFormatHasMoreConversionsThanArguments();
+void TheFormatHasFewerConversionsThanArguments();
+void TheFormatHasAnUnknownConversion();
+void TheLengthDoesNotFitTheConversion();
+void TheWidthOrPrecisionIsTooLarge();
+void TheWidthOrPrecisionIsNoInt();
+void TheArgumentDoesNotFitTheConversion();
+} // namespace LbFormatMistake
+
+template<typename... T>
+class LbCheckedFormat
+{
+public:
+    /// From a constant. An error here says in the name of a function what is wrong with the format. A text that is no
+    /// constant needs LbRuntimeFormat.
+    template<std::convertible_to<std::wstring_view> S>
+    consteval LbCheckedFormat(const S& text) // NOLINT(google-explicit-constructor)
+        : m_source(std::wstring_view(text))
     {
-        const LbFormatArgument packed[] = {LbFormatArgument(arguments)...};
-        return LbFormatArguments(format, packed);
+        constexpr std::array<LbPrintf::SArgumentType, sizeof...(T)> c_Types = {LbPrintf::GetArgumentType<T>()...};
+        refuse(LbPrintf::FindMistake(std::wstring_view(text), c_Types));
     }
+
+    LbCheckedFormat(const LbRuntimeFormat& format) noexcept // NOLINT(google-explicit-constructor)
+        : m_source(format.GetSource())
+    {
+    }
+
+    const LbFormatSource& GetSource() const noexcept { return m_source; }
+
+private:
+    static constexpr void refuse(LbPrintf::EMistake mistake)
+    {
+        switch (mistake)
+        {
+        case LbPrintf::EMistake::None:
+            break;
+        case LbPrintf::EMistake::TooFewArguments:
+            return LbFormatMistake::TheFormatHasMoreConversionsThanArguments();
+        case LbPrintf::EMistake::TooManyArguments:
+            return LbFormatMistake::TheFormatHasFewerConversionsThanArguments();
+        case LbPrintf::EMistake::UnknownConversion:
+            return LbFormatMistake::TheFormatHasAnUnknownConversion();
+        case LbPrintf::EMistake::LengthDoesNotFit:
+            return LbFormatMistake::TheLengthDoesNotFitTheConversion();
+        case LbPrintf::EMistake::CountTooLarge:
+            return LbFormatMistake::TheWidthOrPrecisionIsTooLarge();
+        case LbPrintf::EMistake::CountIsNoInteger:
+            return LbFormatMistake::TheWidthOrPrecisionIsNoInt();
+        case LbPrintf::EMistake::ArgumentDoesNotFit:
+            return LbFormatMistake::TheArgumentDoesNotFitTheConversion();
+        }
+    }
+
+    // A base class in its place crashes clang 14.
+    LbFormatSource m_source;
+};
+
+/// The format of a call with arguments of types T.
+template<typename... T>
+using LbFormatString = LbCheckedFormat<std::type_identity_t<T>...>;
+
+/// Formats with arguments already packed, which are those that the format was checked against if it was. A mistake of a
+/// format that is made at run time throws LbException with the mistake and the format's place. Any thread.
+LB_API std::wstring LbFormatArguments(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
+
+/// What is wrong with a format that is made at run time, with file and line, in German; empty when nothing is, and for
+/// formats that are checked. Any thread.
+LB_API std::wstring LbDescribeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
+
+template<typename... T>
+std::array<LbFormatArgument, sizeof...(T)> LbPackArguments(const T&... arguments) noexcept
+{
+    return {LbFormatArgument(arguments)...};
+}
+
+/// Formats `arguments` by `format`, see above; throws as LbFormatArguments does. Any thread.
+template<typename... T>
+std::wstring LbFormat(LbFormatString<T...> format, const T&... arguments)
+{
+    return LbFormatArguments(format.GetSource(), LbPackArguments(arguments...));
 }

@@ -12,7 +12,7 @@ namespace
 
 constexpr std::size_t c_BufferSize = 65536;
 
-[[noreturn]] void fail(const wchar_t* format, const std::wstring& path,
+[[noreturn]] void fail(LbFormatString<std::wstring> format, const std::wstring& path,
                        LbSourceLocation where = LbSourceLocation::Current())
 {
     throw LbException(LbFormat(format, path), where);

@@ -25,7 +25,7 @@ public:
 
     /// Formats as LbFormat does, then writes.
     template<typename... T>
-    void WriteFormat(std::wstring_view format, const T&... arguments)
+    void WriteFormat(LbFormatString<T...> format, const T&... arguments)
     {
         Write(LbFormat(format, arguments...));
     }

@@ -93,7 +93,8 @@ LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
     }
     catch (...)
     {
-        writeMessage(true, LbDescribeCurrentException());
+        m_hasErrors = true;
+        writeMessageLine(true, LbDescribeCurrentException());
     }
     return eR_Exception;
 }
@@ -117,9 +118,28 @@ bool LuUnitTest::isDataSet(std::wstring_view fileName, std::wstring_view wildcar
     return fileName != sc_DescriptionFile && matchesWildcard(fileName, wildcard);
 }
 
-void LuUnitTest::writeMessage(bool isError, const std::wstring& text)
+void LuUnitTest::writeMessage(bool isError, const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
 {
     m_hasErrors = m_hasErrors || isError;
+    if (!writeFormatMistake(format, arguments))
+    {
+        writeMessageLine(isError, LbFormatArguments(format, arguments));
+    }
+}
+
+/// The line does not count as an error of the test: a mistake in a message changes no result.
+bool LuUnitTest::writeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
+{
+    const std::wstring mistake = LbDescribeFormatMistake(format, arguments);
+    if (!mistake.empty())
+    {
+        writeMessageLine(true, mistake);
+    }
+    return !mistake.empty();
+}
+
+void LuUnitTest::writeMessageLine(bool isError, std::wstring_view text)
+{
     if (m_messages != nullptr)
     {
         std::wstring line = isError ? L"\t\tERROR: " : L"\t\tINFO:  ";

@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -119,27 +120,34 @@ protected:
     }
 
     /// Reports an error line ("\t\tERROR: ..."); the sub-test has failed unless it returns a result of its own. Formats
-    /// as LbFormat does.
+    /// as LbFormat does. A mistake of a format that is made at run time becomes an error line with the place of its
+    /// LbRuntimeFormat, instead of the line: it throws nothing and leaves the result as it would be without the
+    /// mistake, here and in Info and Check.
     template<typename... T>
-    void Error(std::wstring_view format, const T&... arguments)
+    void Error(LbFormatString<T...> format, const T&... arguments)
     {
-        writeMessage(true, LbFormat(format, arguments...));
+        writeMessage(true, format.GetSource(), LbPackArguments(arguments...));
     }
 
     /// Reports an information line ("\t\tINFO:  ...").
     template<typename... T>
-    void Info(std::wstring_view format, const T&... arguments)
+    void Info(LbFormatString<T...> format, const T&... arguments)
     {
-        writeMessage(false, LbFormat(format, arguments...));
+        writeMessage(false, format.GetSource(), LbPackArguments(arguments...));
     }
 
-    /// Reports an error line when the condition is false. Returns the condition.
+    /// Reports an error line when the condition is false. Returns the condition. When it is true nothing is formatted,
+    /// but a format that is made at run time is checked.
     template<typename... T>
-    bool Check(bool condition, std::wstring_view format, const T&... arguments)
+    bool Check(bool condition, LbFormatString<T...> format, const T&... arguments)
     {
         if (!condition)
         {
             Error(format, arguments...);
+        }
+        else if (!format.GetSource().IsChecked())
+        {
+            writeFormatMistake(format.GetSource(), LbPackArguments(arguments...));
         }
         return condition;
     }
@@ -157,7 +165,9 @@ private:
 
     void addSubtest(std::wstring name, std::function<EResult()> function);
     static bool isDataSet(std::wstring_view fileName, std::wstring_view wildcard);
-    void writeMessage(bool isError, const std::wstring& text);
+    void writeMessage(bool isError, const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
+    bool writeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
+    void writeMessageLine(bool isError, std::wstring_view text);
 
     LuStreamWriteText* m_messages = nullptr;
     std::wstring m_dataDirectory;

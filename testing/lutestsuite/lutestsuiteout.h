@@ -1,6 +1,7 @@
 /// Output lines: the one channel through which the library prints.
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "base/lbformat.h"
@@ -25,12 +26,12 @@ public:
         virtual ~LuCustomOut();
     };
 
-    /// A line of formatted text (see LbFormat), neither bold nor underlined nor coloured. Throws LbException for
-    /// arguments that do not fit the format.
+    /// A line of formatted text (see LbFormat), neither bold nor underlined nor coloured. When a format that is made at
+    /// run time has a mistake, the line says so, with the place of the LbRuntimeFormat.
     template<typename... T>
-    static LuTestSuiteOut Write(const wchar_t* format, const T&... arguments)
+    static LuTestSuiteOut Write(LbFormatString<T...> format, const T&... arguments)
     {
-        return LuTestSuiteOut(LbFormat(format, arguments...));
+        return LuTestSuiteOut(formatLine(format.GetSource(), LbPackArguments(arguments...)));
     }
 
     LuTestSuiteOut(const LuTestSuiteOut& other);
@@ -63,6 +64,7 @@ public:
 private:
     LuTestSuiteOut();
     explicit LuTestSuiteOut(std::wstring text);
+    static std::wstring formatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
     void writeOut() const;
 
     std::wstring m_text;

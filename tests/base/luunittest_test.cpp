@@ -203,6 +203,80 @@ TEST(LuUnitTest, CheckReportsAFalseConditionOnly)
     EXPECT_EQ(sample.GetMessages(), L"\t\tERROR: 2\n");
 }
 
+/// A text that counts how often it is asked for.
+struct SCountingText
+{
+    operator const wchar_t*() const // NOLINT(google-explicit-constructor)
+    {
+        ++*calls;
+        return L"text";
+    }
+
+    int* calls;
+};
+
+TEST(LuUnitTest, FormatsNothingForATrueCondition)
+{
+    int calls = 0;
+    CSample sample;
+    sample.Run([&] { sample.Check(true, L"%s", SCountingText{&calls}); });
+    EXPECT_EQ(calls, 0);
+    sample.Run([&] { sample.Check(false, L"%s", SCountingText{&calls}); });
+    EXPECT_EQ(calls, 1);
+}
+
+/// The line that a mistake in line `line` of this file leaves.
+std::wstring getMistakeLine(std::uint32_t line, const std::wstring& mistake)
+{
+    return L"\t\tERROR: luunittest_test.cpp, Zeile " + std::to_wstring(line) + L": Formattext mit Fehler (" + mistake +
+           L"\n";
+}
+
+TEST(LuUnitTest, ReportsAMistakeOfARuntimeFormatWithItsPlace)
+{
+    CSample sample;
+    const std::wstring format = L"50% fertig";
+    sample.Run([&] { sample.Info(LbRuntimeFormat(format)); });
+    EXPECT_EQ(sample.GetMessages(), getMistakeLine(__LINE__ - 1, L"zu wenige Argumente): \"50% fertig\""));
+}
+
+TEST(LuUnitTest, MistakesOfRuntimeFormatsChangeNoResult)
+{
+    const std::wstring format = L"%s";
+    const auto run = [&](const auto& report) {
+        CSample sample;
+        const LuUnitTest::EResult result = sample.Run([&] { report(sample); });
+        EXPECT_TRUE(sample.GetMessages().starts_with(L"\t\tERROR: luunittest_test.cpp, ")) << result;
+        return result;
+    };
+    EXPECT_EQ(run([&](CSample& sample) { sample.Info(LbRuntimeFormat(format), 1); }), LuUnitTest::eR_Passed);
+    EXPECT_EQ(run([&](CSample& sample) { sample.Check(true, LbRuntimeFormat(format), 1); }), LuUnitTest::eR_Passed);
+    EXPECT_EQ(run([&](CSample& sample) { sample.Check(false, LbRuntimeFormat(format), 1); }), LuUnitTest::eR_Failed);
+    EXPECT_EQ(run([&](CSample& sample) { sample.Error(LbRuntimeFormat(format), 1); }), LuUnitTest::eR_Failed);
+}
+
+TEST(LuUnitTest, ChecksRuntimeFormatsWhenTheConditionIsTrue)
+{
+    CSample sample;
+    bool isTrue = false;
+    const std::wstring format = L"%y";
+    sample.Run([&] { isTrue = sample.Check(true, LbRuntimeFormat(format), 8); });
+    EXPECT_EQ(sample.GetMessages(), getMistakeLine(__LINE__ - 1, L"unbekannte Umwandlung): \"%y\""));
+    EXPECT_TRUE(isTrue);
+}
+
+TEST(LuUnitTest, PrintsByRuntimeFormats)
+{
+    CSample sample;
+    const std::wstring format = L"%o";
+    sample.Run([&] {
+        sample.Check(true, LbRuntimeFormat(format), 8);
+        sample.Check(false, LbRuntimeFormat(format), 8);
+        sample.Info(LbRuntimeFormat(format), 64);
+    });
+    EXPECT_EQ(sample.GetMessages(), L"\t\tERROR: 10\n\t\tINFO:  100\n");
+}
+
 TEST(LuUnitTest, ReportsAStandardExceptionByItsText)
 {
     CSample sample;

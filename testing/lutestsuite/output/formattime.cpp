@@ -21,13 +21,12 @@ std::wstring LuTestSuiteUtils::FormatTime(double seconds, std::uint32_t decimals
     {
         return L"0 s";
     }
-    const std::wstring number = LbFormat(L"%%.%df", decimals);
     for (const SUnit& unit : c_Units)
     {
         if (seconds < unit.limit)
         {
-            return LbFormat(number, seconds * unit.factor) + unit.name;
+            return LbFormat(L"%.*f", decimals, seconds * unit.factor) + unit.name;
         }
     }
-    return LbFormat(number, seconds) + L"s";
+    return LbFormat(L"%.*f", decimals, seconds) + L"s";
 }

@@ -57,6 +57,12 @@ LuTestSuiteOut::LuTestSuiteOut() = default;
 
 LuTestSuiteOut::LuTestSuiteOut(std::wstring text) : m_text(std::move(text)) {}
 
+std::wstring LuTestSuiteOut::formatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
+{
+    const std::wstring mistake = LbDescribeFormatMistake(format, arguments);
+    return mistake.empty() ? LbFormatArguments(format, arguments) : L"Fehler: " + mistake + L"\n";
+}
+
 LuTestSuiteOut::LuTestSuiteOut(const LuTestSuiteOut& other) = default;
 
 LuTestSuiteOut& LuTestSuiteOut::operator=(const LuTestSuiteOut& other) = default;

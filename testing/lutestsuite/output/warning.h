@@ -8,7 +8,7 @@ namespace LuTestSuite
 
 /// Prints one line, bold and in goldenrod. The text brings its "Warnung: " or "Fehler: " along.
 template<typename... T>
-void WriteWarning(const wchar_t* format, const T&... arguments)
+void WriteWarning(LbFormatString<T...> format, const T&... arguments)
 {
     LuTestSuiteOut::Write(format, arguments...).Bold().Color(LuColor::c_GOLDENROD);
 }

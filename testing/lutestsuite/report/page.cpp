@@ -82,7 +82,8 @@ void LuTestSuiteReport::writeHTMLHeader(LuTestSuiteUtils::LuMarkupWriter& writer
     writer.WriteLineClose(L"</head>");
 }
 
-bool LuTestSuite::WorkOrReport(const wchar_t* format, const std::wstring& path, const std::function<void()>& work)
+bool LuTestSuite::WorkOrReport(LbFormatString<std::wstring> format, const std::wstring& path,
+                               const std::function<void()>& work)
 {
     try
     {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 
 namespace LuTestSuite
@@ -18,7 +19,7 @@ inline constexpr const wchar_t* c_PageFailed = L"HTML-Report %s konnte nicht erz
 
 /// Does `work`; when that fails, prints `format` with `path` as one line and goes on. Out of memory counts as failing.
 /// True when it is done.
-bool WorkOrReport(const wchar_t* format, const std::wstring& path, const std::function<void()>& work);
+bool WorkOrReport(LbFormatString<std::wstring> format, const std::wstring& path, const std::function<void()>& work);
 
 /// Writes a page with the style sheet inside: `writeBody` fills the body. Failures are thrown; what was written stays.
 void WritePage(const std::wstring& path, const std::wstring& title,

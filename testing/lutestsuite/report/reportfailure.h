@@ -10,7 +10,7 @@ namespace LuTestSuite
 {
 
 /// Prints the line that names the report; `format` takes its path and ends without a line feed.
-inline void WriteReportFailure(const wchar_t* format, const std::wstring& path)
+inline void WriteReportFailure(LbFormatString<std::wstring> format, const std::wstring& path)
 {
     LuTestSuiteOut::Write(L"%s\n", LbFormat(format, path));
 }

@@ -67,7 +67,8 @@ std::wstring countText(std::uint32_t count, const wchar_t* singular, const wchar
 }
 
 /// One row of the summary: unit tests, then case runs.
-void writeRow(const wchar_t* format, std::uint32_t unitTests, std::uint32_t cases, LuColor color)
+void writeRow(LbFormatString<std::wstring, std::wstring> format, std::uint32_t unitTests, std::uint32_t cases,
+              LuColor color)
 {
     LuTestSuiteOut::Write(format, countText(unitTests, L"Klasse", L"n"), countText(cases, L"Test", L"s")).Color(color);
 }

@@ -33,6 +33,27 @@ TEST(LuTestSuiteOut, FormatsWideText)
     EXPECT_EQ(output.GetText(), L"größer/schmal: -3 von 7, 12.50%\n");
 }
 
+TEST(LuTestSuiteOut, FormatsByRuntimeFormats)
+{
+    const CapturedOutput output;
+    const std::wstring format = L"%*d\n";
+
+    LuTestSuiteOut::Write(LbRuntimeFormat(format), 4, 7);
+
+    EXPECT_EQ(output.GetText(), L"   7\n");
+}
+
+TEST(LuTestSuiteOut, NamesThePlaceOfAMistakeInARuntimeFormat)
+{
+    const CapturedOutput output;
+    const std::wstring format = L"50% fertig";
+
+    LuTestSuiteOut::Write(LbRuntimeFormat(format));
+
+    EXPECT_EQ(output.GetText(), L"Fehler: out_test.cpp, Zeile " + std::to_wstring(__LINE__ - 2) +
+                                    L": Formattext mit Fehler (zu wenige Argumente): \"50% fertig\"\n");
+}
+
 TEST(LuTestSuiteOut, StartsPlain)
 {
     const CapturedOutput output;

@@ -1,0 +1,14 @@
+/// How LbFormat prints numbers and addresses. Not for use outside of LbBase.
+#pragma once
+
+#include <string>
+
+#include "base/lbformat.h"
+
+namespace LbPrintf
+{
+
+/// Appends an argument that the conversion, one of "diouxXeEfFgGaAp" without counts from arguments, accepts.
+void AppendNumber(std::wstring& result, const SConversion& conversion, const LbFormatArgument& argument);
+
+} // namespace LbPrintf
