@@ -25,12 +25,10 @@ function(lutestsuite_split_remote url server_variable repository_variable)
     set(${repository_variable} "${repository}" PARENT_SCOPE)
 endfunction()
 
-# lutestsuite_write_build_record(<source directory> <file>): asks git when the build is configured. Fields are empty if
-# the sources are not in a checkout.
+# lutestsuite_write_build_record(<source directory> <file>): asks git when the build is configured. The file is empty if
+# the sources are not in a checkout, or if git is missing.
 function(lutestsuite_write_build_record source_directory file)
-    foreach(variable root server repository changeset branch author)
-        set(${variable} "")
-    endforeach()
+    set(text "")
     lutestsuite_ask_git("${source_directory}" tracked ls-files --error-unmatch CMakeLists.txt)
     if(tracked)
         lutestsuite_ask_git("${source_directory}" root rev-parse --show-toplevel)
@@ -42,21 +40,20 @@ function(lutestsuite_write_build_record source_directory file)
             set(url "${root}")
         endif()
         lutestsuite_split_remote("${url}" server repository)
+        # Not a configured template, because a name may contain text that CMake would expand.
+        foreach(pair "WorkspacePath;root" "Server;server" "Repository;repository" "Changeset;changeset"
+                     "Branch;branch" "ChangesetAuthor;author")
+            list(GET pair 0 key)
+            list(GET pair 1 variable)
+            string(APPEND text "${key}: ${${variable}}\n")
+        endforeach()
     endif()
-    # Not a configured template, because a name may contain text that CMake would expand.
-    set(text "")
-    foreach(pair "WorkspacePath;root" "Server;server" "Repository;repository" "Changeset;changeset" "Branch;branch"
-                 "ChangesetAuthor;author")
-        list(GET pair 0 key)
-        list(GET pair 1 variable)
-        string(APPEND text "${key}: ${${variable}}\n")
-    endforeach()
     # An unchanged file keeps its time, so that nothing is built again.
     set(former "")
     if(EXISTS "${file}")
         file(READ "${file}" former)
     endif()
-    if(NOT former STREQUAL text)
+    if(NOT EXISTS "${file}" OR NOT former STREQUAL text)
         file(WRITE "${file}" "${text}")
     endif()
 endfunction()

@@ -39,9 +39,10 @@ file(WRITE "${folder}/source/CMakeLists.txt" "")
 
 # Not in a checkout, or in one that knows nothing of the sources.
 lutestsuite_write_build_record("${folder}/source" "${folder}/none.txt")
-foreach(key WorkspacePath Server Repository Changeset Branch ChangesetAuthor)
-    expect_line("${folder}/none.txt" "${key}: ")
-endforeach()
+file(READ "${folder}/none.txt" none)
+if(NOT none STREQUAL "")
+    message(SEND_ERROR "Sources in no checkout have the record '${none}'")
+endif()
 
 run_git(init -q -b main)
 run_git(add CMakeLists.txt)

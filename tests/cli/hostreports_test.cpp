@@ -6,6 +6,7 @@
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/modules/outcomes.h"
 #include "tests/support/golden.h"
 #include "tests/support/hostprocess.h"
@@ -61,6 +62,10 @@ TEST_F(HostReports, AreWrittenWhereTheCallWasMade)
     EXPECT_EQ(run.exitStatus, 1);
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(GetFileNames(), (Names{L"LuTestSuite.css", L"LuTestSuite.js", L"Report.html", L"Report.xml"}));
+    if (LuTestSuiteUtils::GetPscmInfo() == nullptr)
+    {
+        GTEST_SKIP() << "the build knows no repository, whose rows the expected reports have";
+    }
     ExpectGolden("cli/report.xml", NormalizeXmlReport(Read(L"Report.xml")));
     ExpectGolden("cli/report.html", NormalizeHtmlReport(Read(L"Report.html")));
 }
