@@ -104,7 +104,9 @@ public:
         std::vector<SReportCase> Cases;    ///< one per executed case run, in plan order
     };
 
-    /// Fills a fresh record from a finished run. Throws nothing of its own.
+    /// Fills a fresh record from a finished run. Throws LbException, and leaves the record as it is, when the arguments
+    /// are not of one run: there are counts for another number of unit tests, or an executed case is one that its unit
+    /// test does not have.
     static void GenerateReportData(SReportData& data, const LuTestSuiteSetup& setup,
                                    const std::vector<LuTestSuite::SUnitTest>& unitTests,
                                    const std::vector<LuTestSuiteRun::SCaseInfo>& cases,

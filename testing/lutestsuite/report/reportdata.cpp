@@ -1,5 +1,8 @@
 /// The record of a finished run.
 
+#include <algorithm>
+
+#include "base/lbexception.h"
 #include "base/os/machine.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/report/leaknote.h"
@@ -14,6 +17,21 @@ using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SParams;
 using LuTestSuiteRun::SStats;
 using SReportData = LuTestSuiteReport::SReportData;
+
+/// Callers may hand over records of different runs.
+void requireFittingRecords(const std::vector<SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
+                           const SStats& stats)
+{
+    const auto isKnown = [&unitTests](const SCaseInfo& info) {
+        return info.unitTest < unitTests.size() && info.testCase < unitTests[info.unitTest].cases.size();
+    };
+    if (stats.unitTests.size() != unitTests.size() ||
+        !std::ranges::all_of(cases, [&](const SCaseInfo& info) { return !info.executed || isKnown(info); }))
+    {
+        throw LbException(L"LuTestSuiteReport::GenerateReportData",
+                          L"Unittests, Testfälle und Statistik gehören nicht zum selben Lauf");
+    }
+}
 
 void describeBuild(SReportData& data)
 {
@@ -119,6 +137,7 @@ void LuTestSuiteReport::GenerateReportData(SReportData& data, const LuTestSuiteS
                                            const std::vector<SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
                                            const SStats& stats)
 {
+    requireFittingRecords(unitTests, cases, stats);
     describeBuild(data);
     describeMachine(data);
     describeSetup(setup, data);

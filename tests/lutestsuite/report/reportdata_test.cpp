@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbexception.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/runtest.h"
 
@@ -63,8 +64,36 @@ TEST_F(LuTestSuiteReportData, TellsTheBuild)
 
     EXPECT_EQ(data.BuildConfiguration, LuTestSuiteUtils::GetBuildConfiguration());
     EXPECT_EQ(data.SvnInfo, nullptr);
-    ASSERT_NE(data.PscmInfo, nullptr);
-    EXPECT_EQ(data.PscmInfo->Changeset, LuTestSuiteUtils::GetPscmInfo()->Changeset);
+    const auto record = LuTestSuiteUtils::GetPscmInfo();
+    ASSERT_EQ(data.PscmInfo == nullptr, record == nullptr);
+    if (record != nullptr)
+    {
+        EXPECT_EQ(data.PscmInfo->Changeset, record->Changeset);
+    }
+}
+
+TEST_F(LuTestSuiteReportData, RefusesCountsOfOtherUnitTests)
+{
+    for (const std::size_t count : {std::size_t{0}, std::size_t{1}, std::size_t{3}})
+    {
+        m_stats.unitTests.resize(count);
+        EXPECT_THROW(Generate(), LbException) << count;
+    }
+}
+
+TEST_F(LuTestSuiteReportData, RefusesCasesThatNoUnitTestHas)
+{
+    for (const auto& [unitTest, testCase] : {std::pair(2U, 0U), std::pair(1U, 1U), std::pair(~0U, ~0U)})
+    {
+        SCaseInfo info;
+        info.unitTest = unitTest;
+        info.testCase = testCase;
+        m_cases = {info};
+        EXPECT_TRUE(Generate().Cases.empty());
+
+        m_cases[0].executed = true;
+        EXPECT_THROW(Generate(), LbException) << unitTest << ' ' << testCase;
+    }
 }
 
 TEST_F(LuTestSuiteReportData, TellsTheMachine)
