@@ -41,6 +41,29 @@ void addKeys(std::vector<SKeyed<Entry>>& keyed, const std::vector<Entry>& entrie
     }
 }
 
+/// By what the comparison looks at: of two entries with equal ranks either will do.
+auto getRank(const SClass& testClass)
+{
+    const std::int64_t unsuccessful = std::int64_t{testClass.CasesTotal} - testClass.Successful;
+    return std::tuple(unsuccessful, testClass.Warnings, testClass.CasesTotal);
+}
+
+auto getRank(const SCase& testCase)
+{
+    return std::tuple(LuTestSuiteReport::getReportResult(testCase.Result), testCase.Result, testCase.Warning);
+}
+
+/// The worst entry of a key stands for all of them, so that no later success hides a failure; of equals the last.
+template<typename Entry>
+void keepWorst(const std::vector<Entry>& entries, std::uint32_t candidate, std::uint32_t& kept)
+{
+    const Entry* const former = FindSide(entries, kept);
+    if (former == nullptr || getRank(entries[candidate]) >= getRank(*former))
+    {
+        kept = candidate;
+    }
+}
+
 /// The positions of both sides by key, each key once.
 template<typename Match, typename Entry>
 std::vector<Match> matchKeys(const std::vector<Entry>& a, const std::vector<Entry>& b)
@@ -68,7 +91,8 @@ std::vector<Match> matchKeys(const std::vector<Entry>& a, const std::vector<Entr
             matches.emplace_back();
             lastKey = &entry.key;
         }
-        (entry.isB ? matches.back().indexB : matches.back().indexA) = entry.index;
+        Match& match = matches.back();
+        keepWorst(entry.isB ? b : a, entry.index, entry.isB ? match.indexB : match.indexA);
     }
     return matches;
 }

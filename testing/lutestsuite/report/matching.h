@@ -37,11 +37,13 @@ struct SCaseMatch
     EDiffState state = EDiffState::Plain;
 };
 
-/// One entry a class name, in the order of the names. Of several classes of one name in a run the last counts.
+/// One entry a class name, in the order of the names. Of several classes of one name in a run that
+/// with the most unsuccessful cases counts, then that with the most warnings.
 std::vector<SClassMatch> MatchClasses(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b,
                                       bool tolerateWarnings);
 
-/// One entry a class and case name, in the order of "class:case". Of several runs of a case the last counts.
+/// One entry a class and case name, in the order of "class:case". Of several runs of a case the worst counts: an
+/// error, then a failure, then a warning.
 std::vector<SCaseMatch> MatchCases(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b,
                                    bool tolerateWarnings);
 

@@ -350,10 +350,30 @@ TEST_F(HTMLDiffReport, OrdersCasesByClassAndName)
     EXPECT_EQ(rows[3].cells.at(3), "D");
 }
 
-TEST_F(HTMLDiffReport, ComparesTheLastRunOfARepeatedCase)
+TEST_F(HTMLDiffReport, ComparesTheWorstRunOfARepeatedCase)
 {
-    EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Error), MakeCase()}, {MakeCase(), MakeCase(ECaseRunResult::Error)}),
-              "worse");
+    const SCase ok = MakeCase();
+    const SCase warned = MakeCase(ECaseRunResult::Ok, true);
+    const SCase failed = MakeCase(ECaseRunResult::Error);
+    const SCase unfinished = MakeCase(ECaseRunResult::TimeOut);
+
+    EXPECT_EQ(GetState({ok, ok, ok}, {ok, failed, ok}), "worse");
+    EXPECT_EQ(GetState({failed, ok}, {ok, ok}), "better");
+    EXPECT_EQ(GetState({failed, ok}, {ok, failed}), "");
+    EXPECT_EQ(GetState({ok, ok}, {warned, ok}), "worse");
+    EXPECT_EQ(GetState({failed, ok}, {unfinished, failed}), "diff");
+    EXPECT_EQ(GetCaseRows({}, {unfinished, failed, ok}).at(0).cells.at(12), "Zeitlimit überschritten");
+}
+
+TEST_F(HTMLDiffReport, ComparesTheWorstFolderOfAClass)
+{
+    const SClass good = MakeReportClass(L"C", 3);
+    const SClass warned = MakeReportClass(L"C", 3, 0, 0, 1);
+    const SClass bad = MakeReportClass(L"C", 3, 1);
+
+    EXPECT_EQ(GetClassRows({good, good}, {bad, good}).at(0).rowClass, "worse");
+    EXPECT_EQ(GetClassRows({good, good}, {warned, good}).at(0).rowClass, "worse");
+    EXPECT_TRUE(GetClassRows({bad, good}, {good, bad}).empty());
 }
 
 TEST_F(HTMLDiffReport, CostsOneLineWhenItCannotBeWritten)
