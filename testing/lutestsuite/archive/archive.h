@@ -22,6 +22,7 @@ struct SArchiveRun
     std::wstring dataDir;
     std::wstring outDir; ///< the folder whose "Archive" takes the reports
     LuTestSuiteRun::SParams params;
+    std::vector<std::wstring> dlls; ///< test modules that the call names; the configuration names none
 };
 
 /// Files of the child process, which are moved to the archive.

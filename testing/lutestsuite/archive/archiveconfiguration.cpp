@@ -59,6 +59,7 @@ SArchiveRun readRun(const XMLNode& node, const LuTestSuiteSetup& setup)
     }
     checkOneOf(run.config, L"Debug", L"Release", L"Ungültige Konfiguration");
     checkOneOf(run.platform, L"Win32", L"x64", L"Ungültige Platform");
+    run.dlls = setup.dlls;
     run.params = getDefaults(setup);
     LuTestSuiteUtils::GetRunParam(node, run.params);
     return run;
