@@ -7,7 +7,9 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/lbuniqueid.h"
 #include "base/lustream.h"
+#include "base/os/filereplacement.h"
 
 namespace
 {
@@ -34,6 +36,34 @@ std::vector<std::wstring> getEntryNames(const std::wstring& directory)
     std::vector<std::wstring> names;
     LbOs::VisitDirectory(directory, [&names](const LbOs::SDirectoryEntry& entry) { names.push_back(entry.name); });
     return names;
+}
+
+/// Where the links at the end of the path lead, whether something stands there or not.
+std::wstring followLinks(std::wstring path)
+{
+    // More than any system follows.
+    constexpr int c_LongestChain = 64;
+    for (int links = 0; links < c_LongestChain && LbOs::IsLink(path); ++links)
+    {
+        path = LbOs::GetLinkTarget(LbOs::GetCanonicalPlace(path));
+    }
+    return path;
+}
+
+/// A file that can be replaced, or may be made: its path without links, empty where there is none.
+std::wstring findReplaceable(const std::wstring& path)
+{
+    const bool isThere = LbFileSystem::Exists(path);
+    if (isThere && !LbOs::IsRegularFile(path))
+    {
+        return {};
+    }
+    std::wstring place = followLinks(path);
+    // A link of the system's own, to a file that has no name any more, tells a path that leads elsewhere.
+    const bool isSame = !isThere || LbOs::AreSameFile(path, place);
+    const std::wstring parent = LbPath::GetParent(place);
+    const std::wstring folder = parent.empty() ? std::wstring(L".") : parent;
+    return isSame && !place.empty() && LbOs::MayAddFiles(folder) ? place : std::wstring();
 }
 
 } // namespace
@@ -128,6 +158,58 @@ bool LbFileSystem::CopyContent(const std::wstring& source, const std::wstring& t
     catch (const LbException&)
     {
         return false;
+    }
+}
+
+bool LbFileSystem::HaveSameContent(const std::wstring& path, const std::wstring& otherPath)
+{
+    constexpr std::size_t c_ChunkSize = 65536;
+    try
+    {
+        LuStreamReadBinaryFile file(path);
+        LuStreamReadBinaryFile otherFile(otherPath);
+        std::vector<char> chunk(c_ChunkSize);
+        std::vector<char> otherChunk(c_ChunkSize);
+        std::size_t size = c_ChunkSize;
+        while (size == c_ChunkSize)
+        {
+            size = file.Read(chunk.data(), c_ChunkSize);
+            if (otherFile.Read(otherChunk.data(), c_ChunkSize) != size ||
+                !std::equal(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(size), otherChunk.begin()))
+            {
+                return false;
+            }
+        }
+        return true;
+    }
+    catch (const LbException&)
+    {
+        return false;
+    }
+}
+
+void LbFileSystem::WriteWhole(const std::wstring& path, const std::function<void(const std::wstring& place)>& write)
+{
+    const std::wstring target = findReplaceable(path);
+    if (target.empty())
+    {
+        write(path);
+        return;
+    }
+    // A name of its own, since others may write the same file; and a short one, since the file's may be a long one.
+    const std::wstring temporary = LbPath::GetParent(target) + L"LuTestSuite-" + LbUniqueId::Generate() + L".tmp";
+    try
+    {
+        write(temporary);
+        if (!LbOs::RenameFile(temporary, target))
+        {
+            throw LbException(LbFormat(L"Datei %s konnte nicht geöffnet werden", path));
+        }
+    }
+    catch (...)
+    {
+        LbOs::RemoveFile(temporary);
+        throw;
     }
 }
 

@@ -39,6 +39,19 @@ LB_API bool RemoveTree(const std::wstring& directory);
 /// Copies a file's content, replacing the target. False if the file does not exist or the target cannot be written.
 LB_API bool CopyContent(const std::wstring& source, const std::wstring& target);
 
+/// True if both files can be read and have the same bytes.
+LB_API bool HaveSameContent(const std::wstring& path, const std::wstring& otherPath);
+
+/// Writes a file as a whole: `write` gets the path of a new file in the same folder, writes and closes it; that file
+/// then replaces the one at `path` in one step. If `write` throws, as on a full disk, or the file cannot be replaced,
+/// the old file stays unchanged, the new one is removed, and the exception passes through (LbException for a file that
+/// cannot be replaced). A link at `path` stays and leads to the new file; other names of the old file (hard links) keep
+/// the old content. Permissions: see LbOs::RenameFile.
+///
+/// Devices and pipes, and files in a folder in which the user may not create any, are written directly: `write` gets
+/// `path` itself, and a failure may leave a part.
+LB_API void WriteWhole(const std::wstring& path, const std::function<void(const std::wstring& place)>& write);
+
 /// Reads a whole file. Throws LbException with a German message that names the file if it cannot be read.
 LB_API std::string ReadFile8Bit(const std::wstring& path);
 

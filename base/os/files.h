@@ -89,9 +89,6 @@ LB_API bool MakeDirectory(const std::wstring& path);
 /// Removes a file or a link (never a link's target). False on failure.
 LB_API bool RemoveFile(const std::wstring& path);
 
-/// Gives a file another name in its directory; a file that had that name is replaced in one step. False on failure.
-LB_API bool RenameFile(const std::wstring& path, const std::wstring& newPath);
-
 /// Removes an empty directory. False on failure.
 LB_API bool RemoveEmptyDirectory(const std::wstring& path);
 

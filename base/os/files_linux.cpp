@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
@@ -18,15 +17,12 @@
 #include "base/lbexception.h"
 #include "base/os/console.h"
 #include "base/os/linux/descriptor.h"
+#include "base/os/linux/systempath.h"
 
 namespace
 {
 
-/// A name with a zero character inside would be cut by the system: the empty name, which nothing has, stands for it.
-std::string toSystemPath(const std::wstring& path)
-{
-    return path.find(L'\0') == std::wstring::npos ? LbEncoding::ToNative(path) : std::string();
-}
+using LbOs::Linux::ToSystemPath;
 
 int toDescriptor(LbOs::FileHandle file)
 {
@@ -35,7 +31,7 @@ int toDescriptor(LbOs::FileHandle file)
 
 LbOs::FileHandle openFile(const std::wstring& path, int flags)
 {
-    const std::string name = toSystemPath(path);
+    const std::string name = ToSystemPath(path);
     const int file = LbOs::Linux::Retry([&name, flags] { return open(name.c_str(), flags | O_CLOEXEC, 0666); });
     struct stat status = {};
     // Linux opens a directory for reading and fails only when it is read.
@@ -144,7 +140,7 @@ bool LbOs::IsAbsolutePath(std::wstring_view path) noexcept
 LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
 {
     struct stat status = {};
-    if (stat(toSystemPath(path).c_str(), &status) != 0)
+    if (stat(ToSystemPath(path).c_str(), &status) != 0)
     {
         return EEntry::Missing;
     }
@@ -154,30 +150,30 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
 bool LbOs::IsMissing(const std::wstring& path)
 {
     struct stat status = {};
-    return stat(toSystemPath(path).c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
+    return stat(ToSystemPath(path).c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
 }
 
 std::optional<LbOs::SFileStatus> LbOs::GetFileStatus(const std::wstring& path)
 {
     struct stat status = {};
-    return stat(toSystemPath(path).c_str(), &status) == 0 ? std::optional(toFileStatus(status)) : std::nullopt;
+    return stat(ToSystemPath(path).c_str(), &status) == 0 ? std::optional(toFileStatus(status)) : std::nullopt;
 }
 
 std::optional<LbOs::SFileStatus> LbOs::GetPlaceStatus(const std::wstring& path)
 {
     struct stat status = {};
-    return lstat(toSystemPath(path).c_str(), &status) == 0 ? std::optional(toFileStatus(status)) : std::nullopt;
+    return lstat(ToSystemPath(path).c_str(), &status) == 0 ? std::optional(toFileStatus(status)) : std::nullopt;
 }
 
 bool LbOs::IsLink(const std::wstring& path)
 {
     struct stat status = {};
-    return lstat(toSystemPath(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    return lstat(ToSystemPath(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
 std::wstring LbOs::GetLinkTarget(const std::wstring& path)
 {
-    const std::string name = toSystemPath(path);
+    const std::string name = ToSystemPath(path);
     const std::wstring target = readText([&name](char* buffer, std::size_t size) {
         const ssize_t length = readlink(name.c_str(), buffer, size);
         return length < 0 ? 0 : static_cast<std::size_t>(length);
@@ -188,7 +184,7 @@ std::wstring LbOs::GetLinkTarget(const std::wstring& path)
 bool LbOs::IsRegularFile(const std::wstring& path)
 {
     struct stat status = {};
-    return stat(toSystemPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return stat(ToSystemPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 bool LbOs::AreSameFile(const std::wstring& path, const std::wstring& otherPath)
@@ -204,7 +200,7 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
     {
         void operator()(DIR* stream) const { closedir(stream); }
     };
-    const std::unique_ptr<DIR, SClose> stream(opendir(toSystemPath(directory).c_str()));
+    const std::unique_ptr<DIR, SClose> stream(opendir(ToSystemPath(directory).c_str()));
     if (stream == nullptr)
     {
         return false;
@@ -230,22 +226,17 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
 
 bool LbOs::MakeDirectory(const std::wstring& path)
 {
-    return mkdir(toSystemPath(path).c_str(), 0777) == 0 || QueryEntry(path) == EEntry::Directory;
+    return mkdir(ToSystemPath(path).c_str(), 0777) == 0 || QueryEntry(path) == EEntry::Directory;
 }
 
 bool LbOs::RemoveFile(const std::wstring& path)
 {
-    return unlink(toSystemPath(path).c_str()) == 0;
-}
-
-bool LbOs::RenameFile(const std::wstring& path, const std::wstring& newPath)
-{
-    return std::rename(toSystemPath(path).c_str(), toSystemPath(newPath).c_str()) == 0;
+    return unlink(ToSystemPath(path).c_str()) == 0;
 }
 
 bool LbOs::RemoveEmptyDirectory(const std::wstring& path)
 {
-    return rmdir(toSystemPath(path).c_str()) == 0;
+    return rmdir(ToSystemPath(path).c_str()) == 0;
 }
 
 std::wstring LbOs::GetWorkingDirectory()
@@ -261,7 +252,7 @@ std::wstring LbOs::GetWorkingDirectory()
 
 bool LbOs::SetWorkingDirectory(const std::wstring& path)
 {
-    return chdir(toSystemPath(path).c_str()) == 0;
+    return chdir(ToSystemPath(path).c_str()) == 0;
 }
 
 std::wstring LbOs::GetFullPath(const std::wstring& path)
@@ -295,7 +286,7 @@ std::wstring LbOs::GetCanonicalPath(const std::wstring& path)
     {
         void operator()(char* text) const { std::free(text); }
     };
-    const std::unique_ptr<char, SFree> canonical(realpath(toSystemPath(path).c_str(), nullptr));
+    const std::unique_ptr<char, SFree> canonical(realpath(ToSystemPath(path).c_str(), nullptr));
     return canonical ? LbEncoding::FromNative(canonical.get()) : std::wstring();
 }
 

@@ -340,11 +340,6 @@ bool LbOs::RemoveFile(const std::wstring& path)
     return (attributes & FILE_ATTRIBUTE_READONLY) != 0 && removeProtected(name, attributes);
 }
 
-bool LbOs::RenameFile(const std::wstring& path, const std::wstring& newPath)
-{
-    return MoveFileExW(ToSystemPath(path).c_str(), ToSystemPath(newPath).c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
-}
-
 bool LbOs::RemoveEmptyDirectory(const std::wstring& path)
 {
     return RemoveDirectoryW(ToSystemPath(path).c_str()) != FALSE;

@@ -43,8 +43,8 @@ public:
     /// is traced (LbDiagnostics) and leaves the working directory as it is; the same holds for the way back.
     void SetExecutableDirectoryAsWorkingDirectory();
 
-    /// Back to the working directory of the construction.
-    void RestoreWorkingDirectory();
+    /// Back to the working directory of the construction; false when it is gone.
+    bool RestoreWorkingDirectory();
 
 private:
     std::wstring m_workingDirectory;

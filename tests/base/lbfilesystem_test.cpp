@@ -1,6 +1,7 @@
 #include "base/lbfilesystem.h"
 
 #include <atomic>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -9,13 +10,130 @@
 
 #include "base/lbexception.h"
 #include "base/lbpath.h"
+#include "base/lustream.h"
 #include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 
 namespace
 {
 
 using Names = std::vector<std::wstring>;
+
+/// Writes the text as a whole file; `isFull` breaks it off half-way.
+void writeWhole(const std::wstring& path, const std::string& text, bool isFull = false)
+{
+    LbFileSystem::WriteWhole(path, [&](const std::wstring& place) {
+        LuStreamWriteBinaryFile file(place);
+        file.Write(text.data(), text.size());
+        file.Close();
+        if (isFull)
+        {
+            throw LbException(L"voll");
+        }
+    });
+}
+
+TEST(LbFileSystem, WritesWholeFiles)
+{
+    const ScopedFolder folder;
+    const std::wstring path = folder.GetPathOf(L"Datei.txt");
+    writeWhole(path, "one");
+    writeWhole(path, "other");
+
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "other");
+    EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), Names{L"Datei.txt"});
+}
+
+TEST(LbFileSystem, KeepsTheFormerFileWhenTheNewOneIsBrokenOff)
+{
+    const ScopedFolder folder;
+    const std::wstring path = folder.WriteFile(L"Datei.txt", "former");
+
+    EXPECT_THROW(writeWhole(path, "half", true), LbException);
+    EXPECT_THROW(writeWhole(folder.GetPathOf(L"andere.txt"), "half", true), LbException);
+
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "former");
+    EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), Names{L"Datei.txt"});
+}
+
+TEST(LbFileSystem, WritesWholeFilesByRelativePaths)
+{
+    const ScopedFolder folder;
+    const ScopedWorkingDirectory directory(folder.GetPath());
+    writeWhole(L"Datei.txt", "text");
+
+    EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), Names{L"Datei.txt"});
+}
+
+TEST(LbFileSystem, WritesWholeFilesWhereLinksLead)
+{
+    const ScopedFolder folder;
+    const std::wstring target = folder.WriteFile(L"Ziel/Datei.txt", "former");
+    const std::wstring link = folder.GetPathOf(L"Link.txt");
+    const std::wstring toNothing = folder.GetPathOf(L"neu.txt");
+    if (!LbOs::MakeLink(link, target) || !LbOs::MakeLink(toNothing, folder.GetPathOf(L"Ziel/neu.txt")))
+    {
+        GTEST_SKIP() << "no links can be made here";
+    }
+    writeWhole(link, "text");
+    writeWhole(toNothing, "new");
+
+    EXPECT_TRUE(LbOs::IsLink(link));
+    EXPECT_TRUE(LbOs::IsLink(toNothing));
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(target), "text");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(toNothing), "new");
+    EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPathOf(L"Ziel")), (Names{L"Datei.txt", L"neu.txt"}));
+}
+
+TEST(LbFileSystem, WritesWholeFilesUnderOneOfTheirNames)
+{
+    const ScopedFolder folder;
+    const std::wstring path = folder.WriteFile(L"Datei.txt", "former");
+    std::filesystem::create_hard_link(std::filesystem::path(path), std::filesystem::path(path + L".alt"));
+    writeWhole(path, "text");
+
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "text");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(path + L".alt"), "former");
+}
+
+TEST(LbFileSystem, WritesDevicesAndPipesDirectly)
+{
+    const std::wstring device = LbPath::c_Separator == L'\\' ? L"NUL" : L"/dev/null";
+    std::wstring written;
+    LbFileSystem::WriteWhole(device, [&written](const std::wstring& place) { written = place; });
+
+    EXPECT_EQ(written, device);
+}
+
+TEST(LbFileSystem, WritesDirectlyInFoldersThatTakeNoFiles)
+{
+    const ScopedFolder folder;
+    const std::wstring path = folder.WriteFile(L"Datei.txt", "former");
+    const std::filesystem::path place(folder.GetPath());
+    std::filesystem::permissions(place, std::filesystem::perms::all);
+    std::filesystem::permissions(std::filesystem::path(path), std::filesystem::perms::all);
+    std::filesystem::permissions(place,
+                                 std::filesystem::perms::owner_write | std::filesystem::perms::group_write |
+                                     std::filesystem::perms::others_write,
+                                 std::filesystem::perm_options::remove);
+    const std::optional<int> result = LbOs::RunInFork([&path] {
+        if (!LbOs::GiveUpRights())
+        {
+            return 1;
+        }
+        writeWhole(path, "text");
+        return 0;
+    });
+    std::filesystem::permissions(place, std::filesystem::perms::all);
+    if (!result)
+    {
+        GTEST_SKIP() << "no process can give up its rights here";
+    }
+
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "text");
+}
 
 TEST(LbFileSystem, KnowsTheFolderOfTheExecutable)
 {

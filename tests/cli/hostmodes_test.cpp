@@ -12,6 +12,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/os/filereplacement.h"
 #include "tests/support/golden.h"
 #include "tests/support/hostprocess.h"
 #include "tests/support/places.h"
@@ -289,6 +290,16 @@ TEST_F(HostArchive, ComparesRunsOfTwoDays)
     EXPECT_NE(overview.find("100.00% (1/1)"), std::string::npos) << overview;
     EXPECT_NE(overview.find("0.00% (0/1)"), std::string::npos) << overview;
     EXPECT_NE(overview.find(">Diff</a>"), std::string::npos) << overview;
+}
+
+TEST_F(HostArchive, TestsWithTheModulesOfTheCall)
+{
+    m_folder.MakeFolder(L"Daten und mehr/CPassedModel");
+
+    RunPlain({L"--archive-run", Configure(), L"--dll", L"resultmodels"});
+
+    const std::string overview = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"Ausgabe/index.html"));
+    EXPECT_NE(overview.find("100.00% (2/2)"), std::string::npos) << overview;
 }
 
 /// Reports of all seconds that the run may begin in are there already.

@@ -94,15 +94,22 @@ bool moveReport(const std::wstring& report, const std::wstring& target)
     {
         return false;
     }
-    const std::wstring temporary = target + L".tmp";
-    if (LbFileSystem::CopyContent(report, temporary) && LbOs::RenameFile(temporary, target))
+    try
     {
+        LbFileSystem::WriteWhole(target, [&report](const std::wstring& place) {
+            if (!LbFileSystem::CopyContent(report, place))
+            {
+                throw LbException(LbFormat(L"Datei %s konnte nicht kopiert werden", report));
+            }
+        });
         LbOs::RemoveFile(report);
         return true;
     }
-    LbOs::RemoveFile(temporary);
-    LuTestSuite::WriteWarning(L"Fehler: Report %s konnte nicht archiviert werden.\n", report);
-    return false;
+    catch (const LbException&)
+    {
+        LuTestSuite::WriteWarning(L"Fehler: Report %s konnte nicht archiviert werden.\n", report);
+        return false;
+    }
 }
 
 /// Whether a page that could not be archived stands there still, or another run's.
@@ -177,7 +184,12 @@ std::wstring LuTestSuite::GetArchiveRunArguments(const SArchiveRun& run, const S
     arguments += params.assertDialog ? L"" : L" --no-assert-dialog";
     arguments += params.verbose ? L" -v" : L"";
     arguments += params.repetitions > 1 ? LbFormat(L" -r %u", params.repetitions) : std::wstring();
-    return arguments + LbFormat(L" -t %u -c %u", params.timeOutSec, params.testCaseMax);
+    arguments += LbFormat(L" -t %u -c %u", params.timeOutSec, params.testCaseMax);
+    for (const std::wstring& dll : run.dlls)
+    {
+        arguments += LbFormat(L" --dll %s", LbCommandLine::Quote(dll));
+    }
+    return arguments;
 }
 
 void LuTestSuite::ExecuteArchiveRun(SArchiveRun run, std::uint32_t timeOutSec)

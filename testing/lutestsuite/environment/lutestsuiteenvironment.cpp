@@ -79,12 +79,14 @@ catch (const LbException& exception)
     LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %S", exception.what()));
 }
 
-void setWorkingDirectory(const std::wstring& directory)
+bool setWorkingDirectory(const std::wstring& directory)
 {
-    if (!LbOs::SetWorkingDirectory(directory))
+    const bool isSet = LbOs::SetWorkingDirectory(directory);
+    if (!isSet)
     {
         LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: no working directory %s", directory));
     }
+    return isSet;
 }
 
 } // namespace
@@ -155,7 +157,7 @@ void LuTestSuiteEnvironment::SetExecutableDirectoryAsWorkingDirectory()
     setWorkingDirectory(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
 }
 
-void LuTestSuiteEnvironment::RestoreWorkingDirectory()
+bool LuTestSuiteEnvironment::RestoreWorkingDirectory()
 {
-    setWorkingDirectory(m_workingDirectory);
+    return setWorkingDirectory(m_workingDirectory);
 }

@@ -1,5 +1,6 @@
 #include "testing/lutestsuite/report/companions.h"
 
+#include "base/lbfilesystem.h"
 #include "base/lustream.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
@@ -8,9 +9,11 @@ namespace
 
 void writeBytes(const std::wstring& path, const std::string& bytes)
 {
-    LuStreamWriteBinaryFile file(path);
-    file.Write(bytes.data(), bytes.size());
-    file.Close();
+    LbFileSystem::WriteWhole(path, [&bytes](const std::wstring& place) {
+        LuStreamWriteBinaryFile file(place);
+        file.Write(bytes.data(), bytes.size());
+        file.Close();
+    });
 }
 
 } // namespace

@@ -155,25 +155,6 @@ std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& 
     return runs;
 }
 
-/// The file appears when it is complete: a page that is there is linked ever after and never written again.
-void writeWhole(const std::wstring& path, const std::function<void(const std::wstring& temporary)>& write)
-{
-    const std::wstring temporary = path + L".tmp";
-    try
-    {
-        write(temporary);
-        if (!LbOs::RenameFile(temporary, path))
-        {
-            throw LbFormat(L"Datei %s konnte nicht umbenannt werden", temporary);
-        }
-    }
-    catch (...)
-    {
-        LbOs::RemoveFile(temporary);
-        throw;
-    }
-}
-
 /// Writes the comparison of a run with an older one, the reference.
 void writeDiff(const SArchive& archive, const std::wstring& path, const SArchivedRun& older, const SArchivedRun& newer)
 {
@@ -185,9 +166,7 @@ void writeDiff(const SArchive& archive, const std::wstring& path, const SArchive
         LuTestSuiteReport::LoadReportDataFromXMLFile(pathB, b))
     {
         LuTestSuite::WorkOrReport(LuTestSuite::c_PageFailed, path, [&] {
-            writeWhole(path, [&](const std::wstring& temporary) {
-                LuTestSuite::WriteDiffPage(temporary, {pathA, a}, {pathB, b}, true, true);
-            });
+            LuTestSuite::WriteDiffPage(path, {pathA, a}, {pathB, b}, true, true);
             LuTestSuite::WriteCompanions(path, true, true);
         });
     }

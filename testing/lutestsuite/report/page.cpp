@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
 #include "testing/lutestsuite/report/reportfailure.h"
 
 namespace
@@ -100,15 +101,17 @@ bool LuTestSuite::WorkOrReport(LbFormatString<std::wstring> format, const std::w
 void LuTestSuite::WritePage(const std::wstring& path, const std::wstring& title,
                             const std::function<void(MarkupWriter& writer)>& writeBody)
 {
-    LuStreamWriteASCIIFile file(path);
-    MarkupWriter writer(file);
-    LuTestSuiteReport::writeHTMLHeader(writer, true);
-    writer.WriteLineOpen(L"<body>");
-    writer.WriteElement(L"h1", title);
-    writeBody(writer);
-    writer.WriteLineClose(L"</body>");
-    writer.WriteLineClose(L"</html>");
-    file.Close();
+    LbFileSystem::WriteWhole(path, [&](const std::wstring& place) {
+        LuStreamWriteASCIIFile file(place);
+        MarkupWriter writer(file);
+        LuTestSuiteReport::writeHTMLHeader(writer, true);
+        writer.WriteLineOpen(L"<body>");
+        writer.WriteElement(L"h1", title);
+        writeBody(writer);
+        writer.WriteLineClose(L"</body>");
+        writer.WriteLineClose(L"</html>");
+        file.Close();
+    });
 }
 
 void LuTestSuite::WriteRow(MarkupWriter& writer, std::wstring_view start, std::wstring_view element,

@@ -21,7 +21,8 @@ inline constexpr const wchar_t* c_PageFailed = L"HTML-Report %s konnte nicht erz
 /// True when it is done.
 bool WorkOrReport(LbFormatString<std::wstring> format, const std::wstring& path, const std::function<void()>& work);
 
-/// Writes a page with the style sheet inside: `writeBody` fills the body. Failures are thrown; what was written stays.
+/// Writes a page with the style sheet inside: `writeBody` fills the body. Failures are thrown, and leave
+/// the page that was there before.
 void WritePage(const std::wstring& path, const std::wstring& title,
                const std::function<void(MarkupWriter& writer)>& writeBody);
 

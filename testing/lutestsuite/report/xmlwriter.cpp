@@ -3,6 +3,7 @@
 #include <span>
 
 #include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "testing/lutestsuite/report/reportfailure.h"
 #include "testing/lutestsuite/report/xmlformat.h"
@@ -137,7 +138,7 @@ void LuTestSuiteReport::GenerateXMLReport(const std::wstring& path, const SRepor
     }
     try
     {
-        writeReport(path, data);
+        LbFileSystem::WriteWhole(path, [&data](const std::wstring& place) { writeReport(place, data); });
     }
     catch (...)
     {

@@ -6,6 +6,8 @@
 #include "base/lbdatetime.h"
 #include "base/lbexception.h"
 #include "base/lbformat.h"
+#include "base/os/files.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuite/output/openpage.h"
 #include "testing/lutestsuite/output/warning.h"
@@ -31,12 +33,32 @@ std::wstring makeAutomaticName()
     return LbFormat(L"%sLuTestSuiteReport-%s", folder, LbDateTime::FormatNow(L"[Y-m-d]-[H-i-s]"));
 }
 
-/// Automatic names replace those that the user gave.
-STargets getTargets(const LuTestSuiteSetup& setup)
+/// A path of the user's, empty where it cannot be had: without its working directory a relative one would now be meant
+/// from the executable's folder.
+std::wstring getTarget(const std::wstring& path, LuTestSuiteEnvironment& environment)
 {
-    STargets targets;
-    targets.xml = setup.autoXml ? L"" : setup.xmlReport;
-    targets.html = setup.autoHtml ? L"" : setup.htmlReport;
+    if (path.empty() || LbOs::IsAbsolutePath(path) || environment.RestoreWorkingDirectory())
+    {
+        return path;
+    }
+    LuTestSuite::WriteWarning(
+        L"Fehler: Report %s konnte nicht erzeugt werden: Sein Arbeitsverzeichnis gibt es nicht mehr.\n", path);
+    return {};
+}
+
+/// Automatic names replace those that the user gave.
+STargets getNamedTargets(const LuTestSuiteSetup& setup)
+{
+    return {setup.autoXml ? std::wstring() : setup.xmlReport, setup.autoHtml ? std::wstring() : setup.htmlReport};
+}
+
+STargets getTargets(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
+{
+    STargets targets = getNamedTargets(setup);
+    for (std::wstring* const path : {&targets.xml, &targets.html})
+    {
+        *path = getTarget(*path, environment);
+    }
     if (!setup.autoXml && !setup.autoHtml)
     {
         return targets;
@@ -67,8 +89,15 @@ void writeHtml(const LuTestSuiteSetup& setup, const std::wstring& path, const Lu
 
 } // namespace
 
-void WriteReports(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests,
-                  const SRunResult& result)
+void RequireReportPlaces(const LuTestSuiteSetup& setup)
+{
+    const STargets targets = getNamedTargets(setup);
+    LbOs::GetFullPath(targets.xml);
+    LbOs::GetFullPath(targets.html);
+}
+
+void WriteReports(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment,
+                  const std::vector<LuTestSuite::SUnitTest>& unitTests, const SRunResult& result)
 {
     if (setup.xmlReport.empty() && setup.htmlReport.empty() && !setup.autoXml && !setup.autoHtml)
     {
@@ -76,7 +105,7 @@ void WriteReports(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::
     }
     try
     {
-        const STargets targets = getTargets(setup);
+        const STargets targets = getTargets(setup, environment);
         LuTestSuiteReport::SReportData data;
         LuTestSuiteReport::GenerateReportData(data, setup, unitTests, result.cases, result.stats);
         LuTestSuiteReport::GenerateXMLReport(targets.xml, data);

@@ -109,9 +109,10 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
 
 SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
 {
+    RequireReportPlaces(setup);
     UnitTests unitTests;
     SRunResult result = runCases(setup, environment, unitTests);
-    WriteReports(setup, unitTests, result);
+    WriteReports(setup, environment, unitTests, result);
     return result;
 }
 

@@ -212,30 +212,6 @@ TEST(OsFiles, MakesOneLevelOfDirectories)
     EXPECT_FALSE(LbOs::MakeDirectory(folder.WriteFile(L"file", "x")));
 }
 
-TEST(OsFiles, RenamesInPlaceOfAFile)
-{
-    const ScopedFolder folder;
-    const std::wstring from = folder.WriteFile(L"Prüfung.tmp", "new");
-    const std::wstring to = folder.WriteFile(L"Prüfung", "old");
-
-    EXPECT_TRUE(LbOs::RenameFile(from, to));
-
-    EXPECT_EQ(list(folder.GetPath()), (Entries{{L"Prüfung", false}}));
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(to), "new");
-}
-
-TEST(OsFiles, KeepsAFileThatCannotBeRenamed)
-{
-    const ScopedFolder folder;
-    const std::wstring from = folder.WriteFile(L"file", "new");
-    folder.MakeFolder(L"directory");
-
-    EXPECT_FALSE(LbOs::RenameFile(from, folder.GetPathOf(L"directory")));
-    EXPECT_FALSE(LbOs::RenameFile(from, folder.GetPathOf(L"missing/file")));
-    EXPECT_FALSE(LbOs::RenameFile(folder.GetPathOf(L"missing"), from));
-    EXPECT_EQ(LbFileSystem::ReadFile8Bit(from), "new");
-}
-
 TEST(OsFiles, RemovesFilesButNoDirectories)
 {
     const ScopedFolder folder;

@@ -173,12 +173,14 @@ TEST_F(ArchiveRuns, RefuseUnknownBuildsOfAnyEntry)
     EXPECT_EQ(getMessage([&] { Read(good + "<Run/>"); }), L"Ungültige Konfiguration");
 }
 
-TEST_F(ArchiveRuns, BecomeArguments)
+TEST_F(ArchiveRuns, BecomeArgumentsWithTheModulesOfTheCall)
 {
-    SArchiveRun run = Read("<Run>" + std::string(c_Build) + "<DataDir>a b</DataDir></Run>").at(0);
+    LuTestSuiteSetup setup;
+    setup.dlls = {L"Eigene Tests", L"b"};
+    SArchiveRun run = Read("<Run>" + std::string(c_Build) + "<DataDir>a b</DataDir></Run>", setup).at(0);
 
     EXPECT_EQ(GetOptions(run), L" -d \"a b\" --xml \"x.xml\" --html \"h.html\" -x --track-heap --no-assert-dialog"
-                               L" -t 300 -c 4294967295");
+                               L" -t 300 -c 4294967295 --dll \"Eigene Tests\" --dll \"b\"");
 }
 
 TEST_F(ArchiveRuns, BecomeArgumentsWithEverythingSet)
@@ -397,20 +399,18 @@ TEST_F(ArchiveRunChild, KeepsTheReportThatFindsTheDiskFull)
     m_folder.MakeFolder(L"neu/Ausgabe/Archive");
     for (const std::wstring& stem : GetReportStems())
     {
-        std::filesystem::create_symlink(device, m_folder.GetPathOf(stem + L".xml.tmp"));
+        std::filesystem::create_symlink(device, m_folder.GetPathOf(stem + L".html"));
     }
 
     const std::wstring text = Execute();
 
-    // The links of the other seconds.
-    for (const std::wstring& name : GetArchive())
-    {
-        if (name.ends_with(L".tmp"))
-        {
-            std::filesystem::remove(m_folder.GetPathOf(L"neu/Ausgabe/Archive/" + name));
-        }
-    }
-    ExpectOnlyThePage(text);
+    const std::vector<std::wstring> left = GetTemporaryFiles();
+    ASSERT_FALSE(left.empty());
+    EXPECT_TRUE(left.back().ends_with(L"-Report.html")) << LbEncoding::ToUtf8(left.back());
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(left.back()), "html");
+    EXPECT_NE(text.find(LbFormat(L"Fehler: Report %s konnte nicht archiviert werden.\n", left.back())),
+              std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
 }
 
 TEST_F(ArchiveRunChild, LeavesTheStylesheetToPagesThatCouldNotBeArchived)

@@ -6,6 +6,7 @@
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/golden.h"
+#include "tests/support/os/filelimits.h"
 #include "tests/support/samplereports.h"
 #include "tests/support/scopedfolder.h"
 #include "tests/support/unwritable.h"
@@ -59,6 +60,23 @@ TEST_F(XmlReportWriter, ReplacesAnOlderReport)
 {
     m_folder.WriteFile(L"Report.xml", std::string(100000, 'x'));
     EXPECT_TRUE(Write({}).ends_with("</testsuite>\n"));
+}
+
+TEST_F(XmlReportWriter, LeavesTheOlderReportWhenTheDiskIsFull)
+{
+    const std::string older = Write({});
+    const CapturedOutput output;
+    {
+        const std::shared_ptr<void> limit = LbOs::LimitFileSize(older.size());
+        if (!limit)
+        {
+            GTEST_SKIP() << "no file can be kept short here";
+        }
+        EXPECT_EQ(Write(MakeFullReport()), older);
+    }
+    EXPECT_EQ(output.GetText(),
+              L"XML-Report " + m_folder.GetPathOf(L"Report.xml") + L" konnte nicht erzeugt werden.\n");
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()), std::vector<std::wstring>{L"Report.xml"});
 }
 
 TEST_F(XmlReportWriter, WritesNothingWithoutAPath)

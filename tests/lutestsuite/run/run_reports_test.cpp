@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
+#include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "tests/support/fulldevice.h"
@@ -11,6 +13,7 @@
 #include "tests/support/runtest.h"
 #include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 #include "tests/support/unwritable.h"
 
 namespace
@@ -230,6 +233,72 @@ TEST_F(RunReports, AreNoMatterOfTheRunWhenThereIsNoDesktop)
     Run();
 
     EXPECT_TRUE(m_output.GetText().ends_with(L"1 fehlerhafte Testfälle\n"));
+}
+
+/// Relative reports of an environment whose working directory goes away.
+class RunReportsWithoutDirectory : public testing::Test
+{
+protected:
+    RunReportsWithoutDirectory() : m_setup(MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})}))
+    {
+        m_setup.xmlReport = L"verloren.xml";
+        m_setup.htmlReport = L"verloren.html";
+    }
+
+    void ExpectNothingBesideTheExecutable() const
+    {
+        for (const std::wstring& name : {m_setup.xmlReport, m_setup.htmlReport})
+        {
+            EXPECT_FALSE(LbFileSystem::Exists(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + name));
+        }
+    }
+
+    LuTestSuiteSetup m_setup;
+    ScopedFolder m_folder;
+    std::wstring m_directory = m_folder.MakeFolder(L"Arbeit");
+    ScopedWorkingDirectory m_start{m_directory};
+    CapturedOutput m_output;
+    LuTestSuiteEnvironment m_environment;
+};
+
+TEST_F(RunReportsWithoutDirectory, AreWrittenNowhereWhenTheRunRemovesIt)
+{
+    const std::wstring absolute = m_folder.GetPathOf(L"absolut.xml");
+    m_setup.xmlReport = absolute;
+    m_setup.resultCallback = [this](LuTestSuiteRun::ECaseRunResult) {
+        EXPECT_TRUE(LbFileSystem::RemoveTree(m_directory));
+    };
+    LuTestSuiteRun::Run(m_setup, m_environment);
+
+    EXPECT_TRUE(m_output.GetText().ends_with(L"\nFehler: Report verloren.html konnte nicht erzeugt werden: Sein "
+                                             L"Arbeitsverzeichnis gibt es nicht mehr.\n"))
+        << LbEncoding::ToUtf8(m_output.GetText());
+    EXPECT_TRUE(LbFileSystem::IsFile(absolute));
+    ExpectNothingBesideTheExecutable();
+}
+
+TEST_F(RunReportsWithoutDirectory, StopTheRunAheadWhenItIsGoneAlready)
+{
+    LbFileSystem::RemoveTree(m_directory);
+    if (LbFileSystem::Exists(m_directory))
+    {
+        GTEST_SKIP() << "a working directory cannot be removed here";
+    }
+    EXPECT_THROW(LuTestSuiteRun::Run(m_setup, m_environment), LbException);
+
+    EXPECT_EQ(m_output.GetText(), L"");
+    ExpectNothingBesideTheExecutable();
+}
+
+TEST_F(RunReportsWithoutDirectory, NeedNoneWithAbsolutePathsAndWithoutReports)
+{
+    LbFileSystem::RemoveTree(m_directory);
+    m_setup.xmlReport = m_folder.GetPathOf(L"absolut.xml");
+    m_setup.htmlReport.clear();
+
+    EXPECT_EQ(LuTestSuiteRun::Run(m_setup, m_environment).stats.total.executed, 1U);
+
+    EXPECT_TRUE(LbFileSystem::IsFile(m_setup.xmlReport));
 }
 
 } // namespace
