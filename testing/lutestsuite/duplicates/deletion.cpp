@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -109,8 +110,12 @@ bool CDeletion::Delete(const SDataSet& dataSet, const SDataSet& kept)
         return true;
     }
     const std::wstring place = getOwnPlace(dataSet);
-    if (!m_areLinksKnown || place.empty() || m_uses.Has(place) || !isUnchanged(dataSet) || !isUnchanged(kept) ||
-        !LbOs::RemoveFile(dataSet.path))
+    if (!m_areLinksKnown || place.empty() || m_uses.Has(place))
+    {
+        return false;
+    }
+    lock(dataSet.unitTestPath);
+    if (!mayGo(dataSet, kept) || !LbOs::RemoveFile(dataSet.path))
     {
         return false;
     }
@@ -123,6 +128,30 @@ bool CDeletion::Delete(const SDataSet& dataSet, const SDataSet& kept)
         }
     }
     return true;
+}
+
+/// One folder at a time, so that two deletions never wait for each other.
+void CDeletion::lock(const std::wstring& folder)
+{
+    if (m_lockedFolder == folder)
+    {
+        return;
+    }
+    m_lock.reset();
+    m_lock = LbOs::CFolderLock::Acquire(folder);
+    m_lockedFolder = folder;
+    if (!m_lock && m_lockless.insert(folder).second)
+    {
+        WriteWarning(L"Warnung: Ordner %s kann nicht gesperrt werden; nur eine Löschung darf darin arbeiten.\n",
+                     folder);
+    }
+}
+
+/// Contents first, since whoever changes a file while it is read gives it another time.
+bool CDeletion::mayGo(const SDataSet& dataSet, const SDataSet& kept)
+{
+    return (LbOs::AreSameFile(dataSet.path, kept.path) || LbFileSystem::HaveSameContent(dataSet.path, kept.path)) &&
+           isUnchanged(dataSet) && isUnchanged(kept);
 }
 
 /// None for what stands behind a link between the data directory and the data set: it belongs to somebody else.

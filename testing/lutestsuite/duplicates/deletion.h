@@ -1,11 +1,13 @@
 /// Deleting data sets of which there are copies.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
+#include "base/os/folderlock.h"
 #include "testing/lutestsuite/duplicates/duplicatesets.h"
 #include "testing/lutestsuite/duplicates/links.h"
 #include "testing/lutestsuite/duplicates/placeuses.h"
@@ -14,8 +16,12 @@ namespace LuTestSuite
 {
 
 /// Deletes what is redundant and nothing else, however links lead from one place to another: no place that a link leads
-/// through, as long as that link is there, and none that is kept, nor what has changed since it was compared. Nothing
-/// at all when some links may not be known.
+/// through, as long as that link is there, and none that is kept, nor what has changed since it was compared, nor what
+/// differs in any byte from the file that is kept. Nothing at all when some links may not be known.
+///
+/// Each file is checked and deleted under the lock of its unit test's folder: two deletions at once that keep different
+/// files of a set would else both find the other's file in its place and delete it. A folder that takes no locks costs
+/// a warning.
 class CDeletion
 {
 public:
@@ -31,6 +37,8 @@ public:
 
 private:
     std::wstring getOwnPlace(const SDataSet& dataSet) const;
+    void lock(const std::wstring& folder);
+    static bool mayGo(const SDataSet& dataSet, const SDataSet& kept);
 
     const std::vector<SDuplicates>& m_results;
     std::wstring m_dataDirectory; ///< as the paths of unit tests begin
@@ -39,6 +47,9 @@ private:
     std::unordered_map<std::wstring, std::vector<std::wstring>> m_chains; ///< of the links that are there, by place
     CPlaceUses m_uses;                                                    ///< by links and kept data sets
     std::unordered_set<std::wstring> m_deleted;                           ///< paths
+    std::wstring m_lockedFolder;
+    std::unique_ptr<LbOs::CFolderLock> m_lock;   ///< null where there is none to be had
+    std::unordered_set<std::wstring> m_lockless; ///< folders without locks, by now told
 };
 
 } // namespace LuTestSuite

@@ -17,7 +17,6 @@ struct SDataSet
     std::wstring unitTestPath;
     std::wstring caseName;
     std::wstring path;
-    Checksum checksum;
     std::wstring modificationTime; ///< the order of these texts is the order of times
     LbOs::SFileStatus status;      ///< from before the checksum was computed
 };

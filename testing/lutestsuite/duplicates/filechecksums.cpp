@@ -37,6 +37,14 @@ std::optional<LuMurmurHash3::S128> CFileChecksums::Get(const std::wstring& path)
                                               : readAndCompute(file, static_cast<std::uint32_t>(size));
 }
 
+LuMurmurHash3::S128 CFileChecksums::GetOfBeginning(const std::wstring& path)
+{
+    LuStreamReadBinaryFile file(path);
+    reserve(sc_uiBeginning);
+    const std::size_t size = file.Read(m_buffer.get(), sc_uiBeginning);
+    return LuMurmurHash3::GetOptimizedChecksum128(m_buffer.get(), static_cast<std::uint32_t>(size), 0);
+}
+
 bool CFileChecksums::hasReader()
 {
     if (!m_reader && std::thread::hardware_concurrency() > 1)

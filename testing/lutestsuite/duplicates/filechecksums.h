@@ -27,6 +27,13 @@ public:
     /// Nothing for a file that is too long for a checksum. Throws LbException when the file cannot be read as a whole.
     std::optional<LuMurmurHash3::S128> Get(const std::wstring& path);
 
+    /// Bytes of a beginning: as many as a file system reads at once anyway.
+    static constexpr std::size_t sc_uiBeginning = 4096;
+
+    /// The checksum of the first bytes, of all that there are in a shorter file. Throws LbException when they cannot be
+    /// read.
+    LuMurmurHash3::S128 GetOfBeginning(const std::wstring& path);
+
 private:
     bool hasReader();
     void reserve(std::size_t size);

@@ -1,5 +1,9 @@
 #include <algorithm>
+#include <thread>
 
+#include "base/lbevent.h"
+#include "base/os/filereplacement.h"
+#include "base/os/folderlock.h"
 #include "tests/lutestsuite/duplicates/duplicatestest.h"
 
 namespace
@@ -300,6 +304,55 @@ TEST_F(DuplicateDeletion, LeaveOutWhatHasChangedMeanwhile)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(longer), "länger");
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(replaced), "neu");
     EXPECT_FALSE(LbFileSystem::Exists(copy));
+}
+
+/// When the first line of the set is printed, one file has other bytes, and nothing else of it differs.
+TEST_F(DuplicateDeletion, LeaveOutWhatOnlyItsBytesTellFromBefore)
+{
+    const std::string content(100'000, 'x');
+    Write(L"a.txt", content, 200);
+    const std::wstring changed = Write(L"b.txt", content);
+    const std::wstring copy = Write(L"c.txt", content);
+    std::string other = content;
+    other.back() = 'y';
+    m_output.OnLine(L"    a.txt... [KEEP]\n", [&] {
+        const std::filesystem::path path(changed);
+        const auto time = std::filesystem::last_write_time(path);
+        Write(L"b.txt", other);
+        std::filesystem::last_write_time(path, time);
+    });
+
+    const std::wstring text = Detect(eDM_Delete);
+
+    EXPECT_NE(text.find(L"[KEEP]\nFehler während Löschen von Datei " + changed + L"\n    c.txt... [DELETED]\n"),
+              std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(changed), other);
+    EXPECT_FALSE(LbFileSystem::Exists(copy));
+}
+
+/// Another deletion, which keeps the other file, has the folder locked when this one begins.
+TEST_F(DuplicateDeletion, WaitForAnotherDeletionInTheFolder)
+{
+    const std::wstring kept = Write(L"a.txt", "gut", 200);
+    const std::wstring copy = Write(L"b.txt", "gut");
+    LbEvent isLocked;
+    LbEvent isReached;
+    std::thread other([&] {
+        const auto lock = LbOs::CFolderLock::Acquire(GetDirectory());
+        isLocked.Set();
+        isReached.Wait();
+        LbOs::RemoveFile(kept);
+    });
+    isLocked.Wait();
+    m_output.OnLine(L"    a.txt... [KEEP]\n", [&isReached] { isReached.Set(); });
+
+    const std::wstring text = Detect(eDM_Delete);
+    other.join();
+
+    EXPECT_NE(text.find(L"[KEEP]\nFehler während Löschen von Datei " + copy + L"\n"), std::wstring::npos)
+        << LbEncoding::ToUtf8(text);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(copy), "gut");
 }
 
 /// When the first line of the set is printed, the others are the only ones of their content.

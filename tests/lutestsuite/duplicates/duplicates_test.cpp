@@ -129,6 +129,7 @@ TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
     const std::wstring large = Write(L"b.txt", std::string(c_Large, 'x'));
     Write(L"c.txt", std::string(c_Large, 'x'));
     Write(L"d.txt", std::string(c_Large, 'x'));
+    Write(L"e.txt", "neu");
     const std::shared_ptr<void> holdSmall = LbOs::HoldBytes(small, 0, 1);
     const std::shared_ptr<void> holdLarge = LbOs::HoldBytes(large, c_Large / 2, 1);
     if (!holdSmall || !holdLarge)
@@ -226,6 +227,8 @@ protected:
         constexpr int c_Wrong = 3;
         const std::wstring path = Write(L"a.txt", "");
         std::filesystem::resize_file(std::filesystem::path(path), length);
+        // Without another file of its size it would not be read at all.
+        std::filesystem::resize_file(std::filesystem::path(Write(L"b.txt", "")), length);
         const std::wstring failure = L"Fehler während Einlesen von Datei " + path + L"\n";
         const std::optional<int> status = LbOs::RunInFork([&] {
             if (!LbOs::LimitMemory(c_Limit))
@@ -257,6 +260,67 @@ TEST_F(DuplicateLengths, AreThoseOfThirtyTwoBits)
 
     EXPECT_EQ(isLongestRead, true);
     EXPECT_EQ(IsRead(0x100000000), false);
+}
+
+/// Files whose bytes cannot be read cost a line when they are.
+TEST_F(Duplicates, AreNotReadWhenTheirSizeOrTheirBeginningTellsThemApart)
+{
+    constexpr std::uint32_t c_Large = 1 << 20;
+    const std::wstring alone = Write(L"a.txt", "allein");
+    const std::wstring other = Write(L"b.txt", std::string(c_Large, 'x'));
+    Write(L"c.txt", std::string(c_Large, 'y'));
+    const std::shared_ptr<void> holdAlone = LbOs::HoldBytes(alone, 0, 1);
+    const std::shared_ptr<void> holdOther = LbOs::HoldBytes(other, c_Large / 2, 1);
+    if (!holdAlone || !holdOther)
+    {
+        GTEST_SKIP() << "bytes cannot be held here";
+    }
+
+    EXPECT_EQ(Detect(eDM_List), GetCheck() + GetSummary(1, 0));
+}
+
+/// There is no memory for any of the files.
+TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers need address space without limits";
+#endif
+    constexpr std::size_t c_MegaByte = 1024 * 1024;
+    constexpr int c_Unlimited = 2;
+    for (const wchar_t* const name : {L"a.txt", L"b.txt"})
+    {
+        // The two of one size begin with other bytes.
+        std::filesystem::resize_file(std::filesystem::path(Write(name, LbEncoding::ToUtf8(name))), 80 * c_MegaByte);
+    }
+    std::filesystem::resize_file(std::filesystem::path(Write(L"c.txt", "x")), 81 * c_MegaByte);
+
+    const std::optional<int> status = LbOs::RunInFork([&] {
+        if (!LbOs::LimitMemory(40 * c_MegaByte))
+        {
+            return c_Unlimited;
+        }
+        return Detect(eDM_List) == GetCheck() + GetSummary(1, 0) ? 0 : 1;
+    });
+    if (!status || status == c_Unlimited)
+    {
+        GTEST_SKIP() << "processes do not fork here, or have memory without limits";
+    }
+    EXPECT_EQ(status, 0);
+}
+
+/// The order of lines is that of the cases, whatever fails when.
+TEST_F(Duplicates, ReportWhatCannotBeReadInTheOrderOfCases)
+{
+    const std::wstring memory = L"/proc/self/mem";
+    Write(L"c.txt", "gut");
+    if (!LbFileSystem::IsFile(memory) || !Link(L"a.txt", memory) || !LbOs::MakePipe(GetDirectory() + L"b.txt"))
+    {
+        GTEST_SKIP() << "no files that cannot be read";
+    }
+
+    EXPECT_EQ(Detect(eDM_List), L"Check: " + GetDirectory() + L"\nFehler während Einlesen von Datei " + GetDirectory() +
+                                    L"a.txt\nFehler während Einlesen von Datei " + GetDirectory() + L"b.txt\n\n" +
+                                    GetSummary(1, 0));
 }
 
 /// The longest comes after another large one, for which there is no memory beside it.

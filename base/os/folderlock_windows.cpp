@@ -1,0 +1,47 @@
+#include "base/os/folderlock.h"
+
+#include <optional>
+
+#include "base/os/files.h"
+#include "base/os/windows/api.h"
+
+namespace LbOs
+{
+
+namespace
+{
+
+/// Opens or makes it. Where another user has made it, it can at least be waited for.
+HANDLE openMutex(const std::wstring& name)
+{
+    const HANDLE made = CreateMutexW(nullptr, FALSE, name.c_str());
+    return made != nullptr ? made : OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, name.c_str());
+}
+
+} // namespace
+
+std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
+{
+    const std::optional<SFileStatus> status = GetFileStatus(folder);
+    if (!status)
+    {
+        return nullptr;
+    }
+    Windows::Handle mutex(openMutex(L"Global\\LuTestSuite-Folder-" + std::to_wstring(status->identity.volume) + L"-" +
+                                    std::to_wstring(status->identity.number)));
+    // One that a process has left behind by its end is held all the same.
+    const DWORD result = mutex == nullptr ? WAIT_FAILED : WaitForSingleObject(mutex.get(), INFINITE);
+    if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
+    {
+        return nullptr;
+    }
+    return std::unique_ptr<CFolderLock>(new CFolderLock(reinterpret_cast<std::intptr_t>(mutex.release())));
+}
+
+CFolderLock::~CFolderLock()
+{
+    const Windows::Handle mutex(reinterpret_cast<HANDLE>(m_handle));
+    ReleaseMutex(mutex.get());
+}
+
+} // namespace LbOs

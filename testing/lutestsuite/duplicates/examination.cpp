@@ -1,0 +1,224 @@
+#include "testing/lutestsuite/duplicates/examination.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "base/lbdatetime.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lustream.h"
+#include "base/os/clock.h"
+#include "testing/lutestsuite/output/warning.h"
+
+namespace LuTestSuite
+{
+
+namespace
+{
+
+enum class EState
+{
+    Candidate, ///< may be a duplicate
+    Different, ///< from all others, as far as that is asked for
+    Unreadable
+};
+
+/// What is known of a file, more with each step.
+struct SExaminedFile
+{
+    const STestCase* testCase = nullptr;
+    EState state = EState::Candidate;
+    LbOs::SFileStatus status = {}; ///< from before anything is read
+    Checksum checksum = {};        ///< of the beginning, then of the whole
+    std::wstring modificationTime;
+
+    const std::wstring& GetPath() const { return testCase->dataSetFile; }
+};
+
+using ExaminedFiles = std::vector<SExaminedFile>;
+
+struct SContentKey
+{
+    std::int64_t size;
+    Checksum checksum;
+
+    friend bool operator==(const SContentKey&, const SContentKey&) = default;
+};
+
+struct SContentHash
+{
+    std::size_t operator()(const Checksum& checksum) const noexcept
+    {
+        return static_cast<std::size_t>(checksum.low ^ checksum.high);
+    }
+    std::size_t operator()(const SContentKey& key) const noexcept
+    {
+        return std::hash<std::int64_t>()(key.size) ^ (*this)(key.checksum);
+    }
+};
+
+/// Calls `examine` for each candidate; one for which it throws cannot be read.
+template<typename F>
+void examineEach(ExaminedFiles& files, const F& examine)
+{
+    for (SExaminedFile& file : files)
+    {
+        if (file.state != EState::Candidate)
+        {
+            continue;
+        }
+        try
+        {
+            examine(file);
+        }
+        catch (const std::exception&)
+        {
+            file.state = EState::Unreadable;
+        }
+    }
+}
+
+/// Candidates that share nothing known with another one leave.
+template<typename F>
+void leaveOutDifferent(ExaminedFiles& files, const F& leave)
+{
+    std::unordered_map<SContentKey, std::size_t, SContentHash> counts;
+    const auto getKey = [](const SExaminedFile& file) { return SContentKey{file.status.size, file.checksum}; };
+    examineEach(files, [&](const SExaminedFile& file) { ++counts[getKey(file)]; });
+    examineEach(files, [&](SExaminedFile& file) {
+        if (counts[getKey(file)] == 1)
+        {
+            leave(file);
+        }
+    });
+}
+
+ExaminedFiles findFiles(const SUnitTest& test)
+{
+    ExaminedFiles files;
+    std::unordered_set<std::wstring> paths;
+    for (const STestCase& testCase : test.cases)
+    {
+        const std::wstring& path = testCase.dataSetFile;
+        if (testCase.GetKind() == 1 && LbFileSystem::IsFile(path) && paths.insert(path).second)
+        {
+            files.push_back({.testCase = &testCase});
+        }
+    }
+    return files;
+}
+
+void readStatus(SExaminedFile& file)
+{
+    const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(file.GetPath());
+    // Opening a pipe would wait for somebody who writes to it.
+    if (!status || !LbOs::IsRegularFile(file.GetPath()))
+    {
+        throw LbException();
+    }
+    file.status = *status;
+}
+
+/// A file that is not read is reported all the same when it cannot be opened.
+void leaveUnread(SExaminedFile& file)
+{
+    // What has no size may have content, which reading shows.
+    if (file.status.size > 0)
+    {
+        LuStreamReadBinaryFile(file.GetPath()).Close();
+        file.state = EState::Different;
+    }
+}
+
+void leaveOutTooLong(SExaminedFile& file)
+{
+    if (file.status.size > std::numeric_limits<std::uint32_t>::max())
+    {
+        leaveUnread(file);
+    }
+}
+
+void readWhole(SExaminedFile& file, CFileChecksums& checksums)
+{
+    const std::optional<Checksum> checksum = checksums.Get(file.GetPath());
+    const std::optional<LbOs::SLocalTime> time = LbOs::GetModificationTime(file.GetPath());
+    if (!time)
+    {
+        throw LbException();
+    }
+    file.modificationTime = LbDateTime::Format(*time, L"Y.m.d-H:i:s");
+    file.checksum = checksum.value_or(Checksum());
+    file.state = checksum ? EState::Candidate : EState::Different;
+}
+
+ExaminedFiles examineFiles(const SUnitTest& test, CFileChecksums& checksums)
+{
+    ExaminedFiles files = findFiles(test);
+    examineEach(files, readStatus);
+    examineEach(files, leaveOutTooLong);
+    leaveOutDifferent(files, leaveUnread);
+    examineEach(files, [&checksums](SExaminedFile& file) {
+        // A shorter one is read by the same call as its beginning.
+        if (static_cast<std::uint64_t>(file.status.size) > CFileChecksums::sc_uiBeginning)
+        {
+            file.checksum = checksums.GetOfBeginning(file.GetPath());
+        }
+    });
+    leaveOutDifferent(files, leaveUnread);
+    examineEach(files, [&checksums](SExaminedFile& file) { readWhole(file, checksums); });
+    return files;
+}
+
+/// Groups by content, in the order of first appearance.
+std::vector<std::vector<SDataSet>> groupByChecksum(const SUnitTest& test, ExaminedFiles files)
+{
+    std::vector<std::vector<SDataSet>> groups;
+    std::unordered_map<Checksum, std::size_t, SContentHash> groupOf;
+    examineEach(files, [&](SExaminedFile& file) {
+        const auto [entry, isNew] = groupOf.try_emplace(file.checksum, groups.size());
+        if (isNew)
+        {
+            groups.emplace_back();
+        }
+        groups[entry->second].push_back(
+            {test.dataDirectory, file.testCase->name, file.GetPath(), std::move(file.modificationTime), file.status});
+    });
+    return groups;
+}
+
+/// The first of the oldest goes to the front, the others keep their order.
+void putOldestFirst(DuplicateSet& set)
+{
+    const auto oldest = std::ranges::min_element(set, {}, &SDataSet::modificationTime);
+    std::rotate(set.begin(), oldest, oldest + 1);
+}
+
+} // namespace
+
+SDuplicates ExamineDataSets(const SUnitTest& test, CFileChecksums& checksums)
+{
+    ExaminedFiles files = examineFiles(test, checksums);
+    for (const SExaminedFile& file : files)
+    {
+        if (file.state == EState::Unreadable)
+        {
+            WriteWarning(L"Fehler während Einlesen von Datei %s\n", file.GetPath());
+        }
+    }
+    SDuplicates duplicates{test.dataDirectory, {}};
+    for (DuplicateSet& group : groupByChecksum(test, std::move(files)))
+    {
+        if (group.size() >= 2)
+        {
+            putOldestFirst(group);
+            duplicates.sets.push_back(std::move(group));
+        }
+    }
+    return duplicates;
+}
+
+} // namespace LuTestSuite

@@ -1,0 +1,99 @@
+#include "base/os/folderlock.h"
+
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "tests/support/os/testaids.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LbOs::CFolderLock;
+
+TEST(OsFolderLockConcurrency, LetsOneThreadInAtATime)
+{
+    constexpr int c_Rounds = 200;
+    const ScopedFolder folder;
+    int count = 0;
+    const auto work = [&folder, &count](const std::wstring& path) {
+        for (int round = 0; round < c_Rounds; ++round)
+        {
+            const auto lock = CFolderLock::Acquire(path);
+            ASSERT_NE(lock, nullptr);
+            // Not atomic: without the lock some of these would be lost.
+            ++count;
+        }
+    };
+    {
+        // One folder by two paths.
+        std::jthread first(work, folder.GetPath());
+        std::jthread second(work, LbPath::WithoutSeparator(folder.GetPath()));
+    }
+
+    EXPECT_EQ(count, 2 * c_Rounds);
+}
+
+TEST(OsFolderLock, IsFreeAgainBehindItsObject)
+{
+    const ScopedFolder folder;
+    const auto lockInThread = [&folder] {
+        bool isLocked = false;
+        std::thread([&] { isLocked = CFolderLock::Acquire(folder.GetPath()) != nullptr; }).join();
+        return isLocked;
+    };
+
+    EXPECT_TRUE(lockInThread());
+    EXPECT_TRUE(lockInThread());
+}
+
+TEST(OsFolderLock, IsFreeAgainWhenItsHolderDies)
+{
+    const ScopedFolder folder;
+    const std::optional<int> status = LbOs::RunInFork([&folder] {
+        // Never released.
+        return CFolderLock::Acquire(folder.GetPath()).release() != nullptr ? 0 : 1;
+    });
+    if (!status)
+    {
+        GTEST_SKIP() << "processes do not fork here";
+    }
+
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(CFolderLock::Acquire(folder.GetPath()), nullptr);
+}
+
+TEST(OsFolderLock, HoldsOneFolderOnly)
+{
+    const ScopedFolder folder;
+    const std::wstring inner = folder.MakeFolder(L"innen");
+    const auto outerLock = CFolderLock::Acquire(folder.GetPath());
+    bool isLocked = false;
+    std::thread([&] { isLocked = CFolderLock::Acquire(inner) != nullptr; }).join();
+
+    EXPECT_NE(outerLock, nullptr);
+    EXPECT_TRUE(isLocked);
+}
+
+TEST(OsFolderLock, LeavesNothingInTheFolderAndKeepsNobodyOut)
+{
+    const ScopedFolder folder;
+    const auto lock = CFolderLock::Acquire(folder.GetPath());
+    folder.WriteFile(L"Datei", "x");
+
+    EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), std::vector<std::wstring>{L"Datei"});
+}
+
+TEST(OsFolderLock, NeedsAFolder)
+{
+    const ScopedFolder folder;
+
+    EXPECT_EQ(CFolderLock::Acquire(folder.GetPathOf(L"fehlt")), nullptr);
+}
+
+} // namespace
