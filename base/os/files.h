@@ -44,6 +44,7 @@ struct SFileStatus
     SFileIdentity identity;
     std::int64_t size;
     std::int64_t modificationTime; ///< in the system's own steps
+    bool isRegularFile;            ///< as IsRegularFile says
     bool hasSeveralNames;          ///< hard links
 };
 

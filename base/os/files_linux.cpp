@@ -77,6 +77,7 @@ LbOs::SFileStatus toFileStatus(const struct stat& status)
     return {{status.st_dev, status.st_ino},
             status.st_size,
             status.st_mtim.tv_sec * c_StepsPerSecond + status.st_mtim.tv_nsec,
+            S_ISREG(status.st_mode),
             status.st_nlink > 1};
 }
 

@@ -92,6 +92,7 @@ std::optional<LbOs::SFileStatus> getStatus(const OwnedHandle& opened)
     return LbOs::SFileStatus{{info.dwVolumeSerialNumber, number},
                              toNumber(info.nFileSizeHigh, info.nFileSizeLow),
                              toNumber(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime),
+                             GetFileType(opened.get()) == FILE_TYPE_DISK && !isDirectory(info.dwFileAttributes),
                              info.nNumberOfLinks > 1};
 }
 

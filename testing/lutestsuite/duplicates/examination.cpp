@@ -10,7 +10,6 @@
 #include "base/lbdatetime.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
-#include "base/lustream.h"
 #include "base/os/clock.h"
 #include "testing/lutestsuite/output/warning.h"
 
@@ -104,23 +103,20 @@ ExaminedFiles findFiles(const SUnitTest& test)
     for (const STestCase& testCase : test.cases)
     {
         const std::wstring& path = testCase.dataSetFile;
-        if (testCase.GetKind() == 1 && LbFileSystem::IsFile(path) && paths.insert(path).second)
+        if (testCase.GetKind() != 1 || !paths.insert(path).second)
         {
-            files.push_back({.testCase = &testCase});
+            continue;
+        }
+        const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(path);
+        // Opening a pipe would wait for somebody who writes to it.
+        const bool isReadable = status && status->isRegularFile;
+        if (isReadable || LbFileSystem::IsFile(path))
+        {
+            files.push_back({&testCase, isReadable ? EState::Candidate : EState::Unreadable,
+                             status.value_or(LbOs::SFileStatus()), Checksum(), std::wstring()});
         }
     }
     return files;
-}
-
-void readStatus(SExaminedFile& file)
-{
-    const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(file.GetPath());
-    // Opening a pipe would wait for somebody who writes to it.
-    if (!status || !LbOs::IsRegularFile(file.GetPath()))
-    {
-        throw LbException();
-    }
-    file.status = *status;
 }
 
 /// A file that is not read is reported all the same when it cannot be opened.
@@ -129,8 +125,12 @@ void leaveUnread(SExaminedFile& file)
     // What has no size may have content, which reading shows.
     if (file.status.size > 0)
     {
-        LuStreamReadBinaryFile(file.GetPath()).Close();
-        file.state = EState::Different;
+        const LbOs::FileHandle opened = LbOs::OpenForReading(file.GetPath());
+        file.state = opened == LbOs::c_InvalidFile ? EState::Unreadable : EState::Different;
+        if (file.state == EState::Different)
+        {
+            LbOs::CloseFile(opened);
+        }
     }
 }
 
@@ -158,7 +158,6 @@ void readWhole(SExaminedFile& file, CFileChecksums& checksums)
 ExaminedFiles examineFiles(const SUnitTest& test, CFileChecksums& checksums)
 {
     ExaminedFiles files = findFiles(test);
-    examineEach(files, readStatus);
     examineEach(files, leaveOutTooLong);
     leaveOutDifferent(files, leaveUnread);
     examineEach(files, [&checksums](SExaminedFile& file) {

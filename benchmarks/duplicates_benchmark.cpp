@@ -1,0 +1,144 @@
+/// The search for duplicates beside a listing of the same files and beside jdupes, fdupes and rmlint where they are
+/// installed, with how it grows. Warm cache: each measurement repeats. Both sides of a ratio are measured in turn,
+/// since times of different moments differ on a machine that has other work.
+
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "benchmarks/support/datafolder.h"
+#include "benchmarks/support/limits.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace
+{
+
+constexpr double c_TimesListingLimit = 1.0;
+constexpr double c_TimesJdupesLimit = 1.5;
+
+/// A search or what it is compared with; false if it failed.
+using Work = std::function<bool(const CDataFolder& folder)>;
+
+using Write = void (*)(const std::filesystem::path& directory, int files, std::size_t size);
+
+/// Each file a byte longer than the one before.
+void writeDifferentSizes(const std::filesystem::path& directory, int files, std::size_t size)
+{
+    for (int file = 0; file < files; ++file)
+    {
+        std::ofstream(directory / std::to_string(file), std::ios::binary)
+            << std::string(size + static_cast<std::size_t>(file), 'x');
+    }
+}
+
+/// One size; the first quarter has one content, all others one of their own.
+void writeQuarterIdentical(const std::filesystem::path& directory, int files, std::size_t size)
+{
+    for (int file = 0; file < files; ++file)
+    {
+        std::string content(size, static_cast<char>('a' + file % 7));
+        content.replace(0, 8, std::to_string(10'000'000 + (file < files / 4 ? 0 : file)));
+        std::ofstream(directory / std::to_string(file), std::ios::binary) << content;
+    }
+}
+
+/// The same, but what is different is different in its last bytes only.
+void writeQuarterIdenticalToTheEnd(const std::filesystem::path& directory, int files, std::size_t size)
+{
+    for (int file = 0; file < files; ++file)
+    {
+        std::string content(size, 'a');
+        content.replace(size - 8, 8, std::to_string(10'000'000 + (file < files / 4 ? 0 : file)));
+        std::ofstream(directory / std::to_string(file), std::ios::binary) << content;
+    }
+}
+
+bool listDuplicates(const CDataFolder& folder)
+{
+    LuTestSuiteSetup setup = folder.GetSetup();
+    setup.duplicateMode = eDM_List;
+    LuTestSuiteUtils::RunDuplicateDetection(setup, GetBenchmarkEnvironment());
+    return true;
+}
+
+bool listCases(const CDataFolder& folder)
+{
+    LuTestSuiteUtils::RunQueryMode(folder.GetSetup(), GetBenchmarkEnvironment());
+    return true;
+}
+
+bool runProgram(const std::string& command, const CDataFolder& folder)
+{
+    return std::system((command + " \"" + folder.GetPath().string() + "\" >/dev/null 2>&1").c_str()) == 0;
+}
+
+/// Files come from the arguments: how many, and of how many bytes.
+void compare(benchmark::State& state, Write write, const Work& other, const std::string& name, double limit)
+{
+    const CDataFolder folder;
+    write(folder.AddClass(""), static_cast<int>(state.range(0)), static_cast<std::size_t>(state.range(1)));
+    GetBenchmarkEnvironment();
+    std::vector<double> ratios;
+    std::vector<double> others;
+    for ([[maybe_unused]] const auto iteration : state)
+    {
+        bool isDone = false;
+        others.push_back(MeasureSeconds([&] { isDone = other(folder); }));
+        if (!isDone)
+        {
+            state.SkipWithError("the program is not installed, or failed");
+            return;
+        }
+        const double seconds = MeasureSeconds([&] { listDuplicates(folder); });
+        ratios.push_back(seconds / others.back());
+        state.SetIterationTime(seconds);
+    }
+    ReportMedian(state, "other", others);
+    HoldMedian(state, name, ratios, limit);
+}
+
+void besideListing(benchmark::State& state)
+{
+    compare(state, writeDifferentSizes, listCases, "timesListing", c_TimesListingLimit);
+}
+BENCHMARK(besideListing)
+    ->Args({400, 1 << 20})
+    ->Args({1'000, 4'000})
+    ->Args({10'000, 4'000})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(11)
+    ->Name("duplicates/different sizes");
+
+void besideProgram(benchmark::State& state, Write write, const std::string& command, double limit)
+{
+    compare(
+        state, write, [&command](const CDataFolder& folder) { return runProgram(command, folder); }, "timesProgram",
+        limit);
+}
+
+void setFiles(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->Args({400, 1 << 20})
+        ->Args({1'000, 4'000})
+        ->Args({10'000, 4'000})
+        ->Unit(benchmark::kMillisecond)
+        ->UseManualTime()
+        ->Iterations(11);
+}
+BENCHMARK_CAPTURE(besideProgram, jdupes, writeQuarterIdentical, "jdupes -r", c_TimesJdupesLimit)
+    ->Apply(setFiles)
+    ->Name("duplicates/quarter identical/jdupes");
+BENCHMARK_CAPTURE(besideProgram, jdupes, writeQuarterIdenticalToTheEnd, "jdupes -r", c_TimesJdupesLimit)
+    ->Apply(setFiles)
+    ->Name("duplicates/quarter identical to the end/jdupes");
+BENCHMARK_CAPTURE(besideProgram, fdupes, writeQuarterIdentical, "fdupes -r", c_TimesJdupesLimit)
+    ->Apply(setFiles)
+    ->Name("duplicates/quarter identical/fdupes");
+BENCHMARK_CAPTURE(besideProgram, rmlint, writeQuarterIdentical, "rmlint -T df -o summary:stdout", c_TimesJdupesLimit)
+    ->Apply(setFiles)
+    ->Name("duplicates/quarter identical/rmlint");
+
+} // namespace
