@@ -1,5 +1,6 @@
 #include "base/os/console.h"
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -57,7 +58,10 @@ bool waitForPlace(int file)
     return poll(&place, 1, -1) > 0 || errno == EINTR;
 }
 
-void writeStream(std::FILE* stream, std::string_view bytes)
+std::atomic<bool> s_isOutputLost = false;
+
+/// False if bytes were dropped.
+bool writeStream(std::FILE* stream, std::string_view bytes)
 {
     const CPipeSignalBlock block;
     // Flushes what others wrote into the stream, then writes past it: a stream that was used for wide text accepts no
@@ -83,6 +87,7 @@ void writeStream(std::FILE* stream, std::string_view bytes)
     {
         block.Discard();
     }
+    return isWritten;
 }
 
 } // namespace
@@ -96,7 +101,15 @@ void LbOs::SetConsoleCodePage(std::uint32_t /*codePage*/) {}
 
 void LbOs::WriteStandardOutput(std::string_view bytes)
 {
-    writeStream(stdout, bytes);
+    if (!writeStream(stdout, bytes))
+    {
+        s_isOutputLost = true;
+    }
+}
+
+bool LbOs::IsStandardOutputLost() noexcept
+{
+    return s_isOutputLost;
 }
 
 void LbOs::WriteStandardError(std::string_view bytes)

@@ -1,6 +1,7 @@
 #include "base/os/console.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <string_view>
 
@@ -48,18 +49,19 @@ std::size_t getWholeSize(std::wstring_view part)
     return part.size() - (isCut ? 1 : 0);
 }
 
-/// Writes text to a console independently of its code page; the run-time would pass it on byte by byte. False if the
-/// stream is no console.
+bool isConsole(std::FILE* stream)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(getHandle(stream), &mode) != FALSE;
+}
+
+/// Writes text to a console independently of its code page; the run-time would pass it on byte by byte. False if bytes
+/// were dropped.
 bool writeToConsole(std::FILE* stream, std::string_view bytes)
 {
     // Some systems accept at most 64 KiB per call.
     constexpr std::size_t c_LongestPart = 8'000;
     const HANDLE console = getHandle(stream);
-    DWORD mode = 0;
-    if (GetConsoleMode(console, &mode) == FALSE)
-    {
-        return false;
-    }
     std::fflush(stream);
     const std::wstring text = LbEncoding::FromUtf8(bytes);
     std::wstring_view rest = text;
@@ -69,7 +71,7 @@ bool writeToConsole(std::FILE* stream, std::string_view bytes)
         const auto size = static_cast<DWORD>(getWholeSize(rest.substr(0, c_LongestPart)));
         if (WriteConsoleW(console, rest.data(), size, &count, nullptr) == FALSE || count == 0)
         {
-            break;
+            return false;
         }
         // A console may accept only a part.
         rest.remove_prefix(std::min<std::size_t>(count, rest.size()));
@@ -77,17 +79,24 @@ bool writeToConsole(std::FILE* stream, std::string_view bytes)
     return true;
 }
 
-void writeStream(std::FILE* stream, std::string_view bytes)
+std::atomic<bool> s_isOutputLost = false;
+
+/// False if bytes were dropped.
+bool writeStream(std::FILE* stream, std::string_view bytes)
 {
-    if (writeToConsole(stream, bytes))
+    // A process that has no console and was given no stream, as a service, has nobody who would miss its output.
+    if (_fileno(stream) < 0)
     {
-        return;
+        return true;
+    }
+    if (isConsole(stream))
+    {
+        return writeToConsole(stream, bytes);
     }
     std::fwrite(bytes.data(), 1, bytes.size(), stream);
-    if (std::fflush(stream) != 0 || std::ferror(stream) != 0)
-    {
-        std::clearerr(stream);
-    }
+    const bool isWritten = std::fflush(stream) == 0 && std::ferror(stream) == 0;
+    std::clearerr(stream);
+    return isWritten;
 }
 
 } // namespace
@@ -107,7 +116,15 @@ void LbOs::SetConsoleCodePage(std::uint32_t codePage)
 
 void LbOs::WriteStandardOutput(std::string_view bytes)
 {
-    writeStream(stdout, bytes);
+    if (!writeStream(stdout, bytes))
+    {
+        s_isOutputLost = true;
+    }
+}
+
+bool LbOs::IsStandardOutputLost() noexcept
+{
+    return s_isOutputLost;
 }
 
 void LbOs::WriteStandardError(std::string_view bytes)

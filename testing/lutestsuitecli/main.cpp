@@ -1,7 +1,7 @@
 /// The command-line host.
 ///
 /// Exit status: 0 if the call succeeded, 1 if cases failed or the arguments were refused, 2 if an exception left the
-/// library or a case ended the process; one line on standard error then says what happened.
+/// library, a case ended the process, or standard output was lost; one line on standard error then says what happened.
 
 #include <algorithm>
 #include <cstdio>
@@ -81,6 +81,12 @@ int run(int argumentCount, const char* const* arguments)
     const auto work = isChild(texts) ? nullptr : std::make_unique<CWork>();
     const bool succeeded =
         LuTestSuiteUtils::RunCommandLine(environment, static_cast<int>(vector.size()), vector.data());
+    // Cases may have left output in the stream.
+    LbOs::WriteStandardOutput("");
+    if (LbOs::IsStandardOutputLost() && !isChild(texts))
+    {
+        throw std::wstring(L"Die Standardausgabe konnte nicht vollständig geschrieben werden");
+    }
     return succeeded ? c_Succeeded : c_Failed;
 }
 

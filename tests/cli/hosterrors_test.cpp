@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
+#include "tests/support/fulldevice.h"
 #include "tests/support/hostprocess.h"
 #include "tests/support/scopedfolder.h"
 
@@ -51,6 +52,25 @@ TEST_F(HostErrors, TellThatACaseHasEndedTheProcess)
 
     EXPECT_EQ(run.errors, ToPlatformLines("Fehler: Der Prozess wurde mitten im Aufruf beendet\n"));
     EXPECT_EQ(run.exitStatus, 2);
+}
+
+TEST_F(HostErrors, TellThatTheOutputIsLost)
+{
+    SHostOptions hostOptions;
+    hostOptions.outputDevice = GetFullDevice();
+    if (hostOptions.outputDevice.empty())
+    {
+        GTEST_SKIP() << "no full device here";
+    }
+    m_folder.MakeFolder(L"CPassedModel");
+    for (const std::vector<std::wstring>& options : {std::vector<std::wstring>{}, {L"-x"}, {L"-q"}})
+    {
+        std::vector<std::wstring> arguments = options;
+        arguments.insert(arguments.end(), {L"--dll", L"resultmodels"});
+
+        ExpectOneLine(Run(arguments, hostOptions),
+                      "Fehler: Die Standardausgabe konnte nicht vollständig geschrieben werden\n");
+    }
 }
 
 TEST_F(HostErrors, DoNotComeFromACaseThatEndsItsChild)

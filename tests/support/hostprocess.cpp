@@ -128,8 +128,9 @@ SHostRun RunHost(const std::vector<std::wstring>& arguments, const SHostOptions&
     const std::wstring output = folder.WriteFile(L"stdout", "");
     const std::wstring errors = folder.WriteFile(L"stderr", "");
     const std::wstring command =
-        LbFormat(L"%s%s >%s 2>%s <%s", getSettings(options), getHostCommand(arguments, options), quote(output),
-                 quote(errors), c_IsWindows ? L"NUL" : L"/dev/null");
+        LbFormat(L"%s%s >%s 2>%s <%s", getSettings(options), getHostCommand(arguments, options),
+                 quote(options.outputDevice.empty() ? output : options.outputDevice), quote(errors),
+                 c_IsWindows ? L"NUL" : L"/dev/null");
     SHostRun run;
     run.exitStatus = runShell(command);
     run.output = LbFileSystem::ReadFile8Bit(output);

@@ -15,6 +15,7 @@ struct SHostOptions
     std::uint32_t memoryLimitKilobytes = 0;                       ///< of address space, 0 for none; Linux only
     std::uint32_t openFilesLimit = 0;                             ///< soft limit, 0 for the test's own; Linux only
     std::uint32_t openFilesHardLimit = 0;                         ///< which nobody can raise; the same
+    std::wstring outputDevice;                                    ///< takes standard output; empty: it is recorded
     bool onTerminal = false;                                      ///< standard output is a terminal; Linux only
 };
 
