@@ -1,6 +1,7 @@
 #include "base/ludebugserialization.h"
 
 #include <mutex>
+#include <utility>
 
 namespace
 {
@@ -18,7 +19,20 @@ SDirectory& getDirectory()
     return directory;
 }
 
+/// A pointer, since it needs no destructor that could run ahead of callers at the end of a thread.
+thread_local const std::wstring* s_threadDirectory = nullptr;
+
 } // namespace
+
+LuDebugSerializationGeneric::CThreadDirectory::CThreadDirectory(std::wstring directory)
+    : m_directory(std::move(directory)), m_former(std::exchange(s_threadDirectory, &m_directory))
+{
+}
+
+LuDebugSerializationGeneric::CThreadDirectory::~CThreadDirectory()
+{
+    s_threadDirectory = m_former;
+}
 
 void LuDebugSerializationGeneric::SetDefaultOutputDirectory(const std::wstring& directory)
 {
@@ -29,6 +43,10 @@ void LuDebugSerializationGeneric::SetDefaultOutputDirectory(const std::wstring& 
 
 std::wstring LuDebugSerializationGeneric::GetDefaultOutputDirectory()
 {
+    if (s_threadDirectory != nullptr)
+    {
+        return *s_threadDirectory;
+    }
     SDirectory& state = getDirectory();
     const std::lock_guard lock(state.mutex);
     return state.path;

@@ -3,15 +3,31 @@
 
 #include <string>
 
+#include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// The process-wide default directory of debug serialisation. Any thread.
+/// The default directory of debug serialisation: one for the process, and one for each thread that has its own. Any
+/// thread.
 class LB_API LuDebugSerializationGeneric
 {
 public:
-    /// Sets the directory (without separator at its end). It is not created by this: what writes there does that.
+    /// Sets the process's directory (without separator at its end). It is not created by this: what writes there does
+    /// that.
     static void SetDefaultOutputDirectory(const std::wstring& directory);
 
-    /// The directory; empty when none was set.
+    /// The directory of the calling thread or, if it has none, of the process; empty if none was set.
     static std::wstring GetDefaultOutputDirectory();
+
+    /// Gives the calling thread a directory of its own as long as the object lives. Threads that it starts get the
+    /// process's. Objects of one thread end in reverse order.
+    class LB_API CThreadDirectory : public INonCopyable
+    {
+    public:
+        explicit CThreadDirectory(std::wstring directory);
+        ~CThreadDirectory();
+
+    private:
+        std::wstring m_directory;
+        const std::wstring* m_former;
+    };
 };

@@ -1,5 +1,7 @@
 #include "base/ludebugserialization.h"
 
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "base/lbfilesystem.h"
@@ -30,6 +32,22 @@ TEST_F(LuDebugSerializationGenericTest, CanBeSetToNothing)
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"directory");
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"");
     EXPECT_EQ(LuDebugSerializationGeneric::GetDefaultOutputDirectory(), L"");
+}
+
+TEST_F(LuDebugSerializationGenericTest, HasADirectoryForAThreadAsLongAsTheThreadWantsIt)
+{
+    const auto get = [] { return LuDebugSerializationGeneric::GetDefaultOutputDirectory(); };
+    LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"process");
+    {
+        const LuDebugSerializationGeneric::CThreadDirectory outer(L"thread");
+        {
+            const LuDebugSerializationGeneric::CThreadDirectory inner(L"case");
+            EXPECT_EQ(get(), L"case");
+            std::thread([&get] { EXPECT_EQ(get(), L"process"); }).join();
+        }
+        EXPECT_EQ(get(), L"thread");
+    }
+    EXPECT_EQ(get(), L"process");
 }
 
 TEST_F(LuDebugSerializationGenericTest, DoesNotCreateTheDirectory)

@@ -81,6 +81,18 @@ private:
     bool m_isFull = false;
 };
 
+/// Stores the time of its scope, even if an exception ends it.
+class CStopwatch : public INonCopyable
+{
+public:
+    explicit CStopwatch(std::uint64_t& time) : m_time(time) {}
+    ~CStopwatch() { m_time = m_timer.GetElapsed(); }
+
+private:
+    std::uint64_t& m_time;
+    LbTimer m_timer{LbTimer::eR_NanoSecond};
+};
+
 /// The case as far as it may throw. The created unit test is the caller's, who destroys it.
 ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std::unique_ptr<LuUnitTest>& unitTest,
                           LuStreamWriteText& messages, std::uint64_t& time)
@@ -100,10 +112,8 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
     {
         return ECaseRunResult::NoMatchingCase;
     }
-    const LbTimer timer(LbTimer::eR_NanoSecond);
-    const LuUnitTest::EResult result = unitTest->RunUnitTest(*subtest);
-    time = timer.GetElapsed();
-    return toCaseResult(result);
+    const CStopwatch stopwatch(time);
+    return toCaseResult(unitTest->RunUnitTest(*subtest));
 }
 
 /// The case with everything that it allocates, all of it released again when this returns; what is left is the case's.

@@ -4,6 +4,7 @@
 
 #include "base/lbexception.h"
 #include "base/lbformat.h"
+#include "base/ludebugserialization.h"
 #include "base/os/crash.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
@@ -11,6 +12,7 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/children/childchannel.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
+#include "testing/lutestsuite/run/debugfolders.h"
 #include "testing/lutestsuite/run/executor.h"
 #include "testing/lutestsuite/run/preparation.h"
 
@@ -55,6 +57,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
     LbOs::EndSilentlyOnCrash();
     const CPreparation preparation(setup, environment);
+    const CDebugFolders debugFolders;
     LbOs::CThreadProcessors processors;
     while (request->Wait(c_LongestIdleMilliseconds) == LbOs::EEventWait::Signaled)
     {
@@ -66,6 +69,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
         }
         // The parent may have brought this thread to its own processor. The case uses what it always could.
         processors.Restore();
+        LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(LoadName(view->caseName)));
         ExecuteInBuffer(*view);
         processors.Read();
         AnswerRequest(*view);

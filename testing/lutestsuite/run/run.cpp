@@ -1,8 +1,6 @@
 /// A normal run, stage by stage.
 
 #include "base/lbdatetime.h"
-#include "base/lbfilesystem.h"
-#include "base/lbpath.h"
 #include "base/lbtimer.h"
 #include "base/ludebugserialization.h"
 #include "base/os/childprocess.h"
@@ -11,6 +9,7 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
+#include "testing/lutestsuite/run/debugfolders.h"
 #include "testing/lutestsuite/run/delivery.h"
 #include "testing/lutestsuite/run/plan.h"
 #include "testing/lutestsuite/run/preparation.h"
@@ -47,8 +46,7 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
     {
         return;
     }
-    const std::wstring debugRoot =
-        LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput) + LbDateTime::FormatNow(L"Y-m-d H.i.s");
+    const CDebugFolders debugFolders;
     CSpareChildren spares(childSettings);
     CCaseRunner runner(setup.checkCallback, spares);
     CCaseLines lines(unitTests, setup.params);
@@ -61,8 +59,7 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
         }
         const SPlannedCase& planned = toCome.front();
         toCome = toCome.subspan(1);
-        LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugRoot + LbPath::c_Separator +
-                                                               LbPath::ToSafeName(planned.testCase.name));
+        LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(planned.testCase.name));
         lines.WriteHeader(planned.info);
         runner.Run(planned, [toCome] { return toCome; });
         DeliverCase(lines, setup.resultCallback, planned.info);

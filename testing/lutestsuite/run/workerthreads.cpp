@@ -11,10 +11,12 @@
 
 #include "base/lbcriticalsection.h"
 #include "base/lbexception.h"
+#include "base/ludebugserialization.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
+#include "testing/lutestsuite/run/debugfolders.h"
 #include "testing/lutestsuite/run/delivery.h"
 
 namespace LuTestSuiteRun
@@ -70,11 +72,13 @@ public:
     SProgress Poll();
 
     std::size_t GetCount() const noexcept { return m_planned.size(); }
+    const CDebugFolders& GetDebugFolders() const noexcept { return m_debugFolders; }
     void RethrowFailure() const;
 
 private:
     const PlannedCases m_planned;
     const std::function<bool()>& m_isCanceled;
+    const CDebugFolders m_debugFolders;
 
     LbCriticalSection m_workLock; ///< of the question for cancellation and all below
     std::size_t m_next = 0;
@@ -281,6 +285,8 @@ void CWorkerThread::runTaken(CCaseRunner& runner)
          planned = m_work.Take())
     {
         planned->info.threadIndex = m_index;
+        const LuDebugSerializationGeneric::CThreadDirectory directory(
+            m_work.GetDebugFolders().GetFolder(planned->testCase.name));
         runner.Run(*planned, toCome);
         m_work.AddFinished(planned->info);
     }
@@ -397,6 +403,8 @@ void ExecuteInParallel(const LuTestSuiteSetup& setup, const UnitTests& unitTests
         return;
     }
     CWork work(planned, setup.checkCallback);
+    // For threads that cases start: no case's own folder.
+    LuDebugSerializationGeneric::SetDefaultOutputDirectory(work.GetDebugFolders().GetRoot());
     CSpareChildren spares(childSettings);
     {
         const CWorkers workers(GetWorkerCount(setup.params.workerThreads), work, spares);

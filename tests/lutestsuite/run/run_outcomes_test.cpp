@@ -73,6 +73,11 @@ TEST_F(Run, TimesTheSubtest)
     EXPECT_GT(RunCase(L"CPassedModel", L"eins").time, 0U);
 }
 
+TEST_F(Run, ACaseHasItsTimeWhenItsClassThrows)
+{
+    EXPECT_GT(RunCase(L"CRunUnitTestThrows", L"Fall").time, 0U);
+}
+
 TEST_F(Run, LeavesTheTimeOfACaseThatNeverRanAtZero)
 {
     EXPECT_EQ(RunCase(L"CUnknownModel", L"Fall").time, 0U);

@@ -105,6 +105,27 @@ TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerialization)
     EXPECT_TRUE(std::regex_match(time, std::wregex(LR"(\d{4}-\d{2}-\d{2} \d{2}\.\d{2}\.\d{2})")));
 }
 
+/// In child processes, on worker threads and in both.
+TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerializationHoweverItRuns)
+{
+    for (const auto& [external, parallel] : {std::pair(true, false), std::pair(false, true), std::pair(true, true)})
+    {
+        LuTestSuiteSetup setup = MakePlaceSetup({L"Serialisierung", L"a/b\\c:d*e?f\"g<h>i|j\tk"});
+        setup.params.external = external;
+        setup.params.parallel = parallel;
+        setup.params.workerThreads = 2;
+
+        const auto result = LuTestSuiteRun::Run(setup, m_environment);
+
+        const std::wstring root = LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput);
+        const std::wstring first = GetInfo(result.cases.at(0));
+        EXPECT_TRUE(first.starts_with(root)) << external << parallel;
+        EXPECT_EQ(LbPath::GetLastComponent(first), L"Serialisierung") << external << parallel;
+        EXPECT_EQ(LbPath::GetLastComponent(GetInfo(result.cases.at(1))), L"a_b_c_d_e_f_g_h_i_j_k")
+            << external << parallel;
+    }
+}
+
 TEST_F(RunPlaces, DebugSerializationTurnsNamesIntoSafeOnes)
 {
     const std::wstring directory = GetInfo(MakePlaceSetup({L"a/b\\c:d*e?f\"g<h>i|j\tk"}));
