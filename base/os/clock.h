@@ -29,6 +29,11 @@ LB_API SLocalTime GetLocalTimeNow();
 /// Results that other threads hold stay valid. Callable from any thread.
 LB_API void WarmUpCalendar();
 
+/// Names the system's time zone in the environment (TZ) unless the environment names one. On Linux the run-time
+/// otherwise copies the zone's path again with every question for local time, which memory figures of whoever asks
+/// would show. Local times stay the same. No other thread may use the environment meanwhile. No effect on Windows.
+LB_API void NameTimeZone();
+
 /// Local time of the last change of a file's content; follows links. Empty if the file does not exist. Callable from
 /// any thread.
 LB_API std::optional<SLocalTime> GetModificationTime(const std::wstring& path);

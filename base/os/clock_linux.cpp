@@ -1,6 +1,7 @@
 #include "base/os/clock.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 
 #include <sys/random.h>
@@ -30,6 +31,12 @@ void LbOs::WarmUpCalendar()
 {
     // Initialises the time zone like localtime and ctime, but without changing their results, which threads share.
     toLocalTime(0);
+}
+
+void LbOs::NameTimeZone()
+{
+    constexpr int c_KeepExisting = 0;
+    setenv("TZ", ":/etc/localtime", c_KeepExisting);
 }
 
 std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)

@@ -32,6 +32,8 @@ void LbOs::WarmUpCalendar()
     [[maybe_unused]] const char* const text = std::ctime(&begin);
 }
 
+void LbOs::NameTimeZone() {}
+
 std::optional<LbOs::SLocalTime> LbOs::GetModificationTime(const std::wstring& path)
 {
     // Opens the file, because the directory entry of a link holds the link's time. Directories need the backup flag.

@@ -36,12 +36,8 @@ protected:
         const ScopedFolder folder;
         folder.MakeFolder(L"CHeapModel");
 
-        // Without the variable glibc copies the path of the time zone anew with each call.
         SHostOptions options;
-        if (LbOs::c_PathSeparator == L'/')
-        {
-            options.variables = {{L"TZ", L":/etc/localtime"}};
-        }
+        options.variables = {{L"TZ", L""}};
         std::vector<std::wstring> arguments = {L"-d", folder.GetPath(), L"--dll", L"heapmodels", L"--track-heap", L"-i",
                                                L":"};
         arguments.back() += GetParam();

@@ -15,6 +15,7 @@
 #include "base/lbtimer.h"
 #include "base/lbuniqueid.h"
 #include "base/lustream.h"
+#include "base/os/clock.h"
 #include "base/os/console.h"
 #include "base/os/modules.h"
 #include "testing/lutestsuite/environment/testmodules.h"
@@ -93,6 +94,7 @@ bool setWorkingDirectory(const std::wstring& directory)
 
 LuTestSuiteEnvironment::LuTestSuiteEnvironment()
 {
+    LbOs::NameTimeZone();
     LbProductRegistry::Register(L"LuTestSuite", L"1.0");
     m_workingDirectory = LbOs::GetWorkingDirectory();
     m_container = createContainer();
