@@ -17,7 +17,7 @@ class CContainer;
 class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 {
 public:
-    /// Registers the product, saves the working directory, makes the dependency container (from
+    /// Names the time zone in the environment (LbOs::NameTimeZone), registers the product, saves the working directory, makes the dependency container (from
     /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml" beside the executable's folder where that exists, else from
     /// a built-in text) and shares it (IOC::CContainer::GetCurrent), starts the message dispatcher and warms up the
     /// run-time. Throws LbException when the container or the dispatcher cannot be had.
@@ -31,8 +31,8 @@ public:
     void LoadTestDLLs();
 
     /// Loads one test module from the executable's folder, by its name without ending, which may hold a folder in
-    /// front. An absent module is skipped; one that cannot be loaded costs one line of output. Modules stay loaded for
-    /// the life of the process. The flag has no effect.
+    /// front. An absent module is skipped; one that cannot be loaded costs one line of output and one with the
+    /// system's reason. Modules stay loaded for the life of the process. The flag has no effect.
     void LoadDLL(const std::wstring& name, bool flag);
 
     /// Uses once each facility of the run-time whose first use allocates memory, so that no test case is charged for

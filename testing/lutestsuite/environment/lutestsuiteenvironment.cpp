@@ -1,5 +1,6 @@
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "base/ioccontainer.h"
@@ -80,6 +81,13 @@ catch (const LbException& exception)
     LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %S", exception.what()));
 }
 
+std::wstring toOneLine(std::wstring text)
+{
+    std::ranges::replace_if(
+        text, [](wchar_t character) { return character == L'\n' || character == L'\r'; }, L' ');
+    return text;
+}
+
 bool setWorkingDirectory(const std::wstring& directory)
 {
     const bool isSet = LbOs::SetWorkingDirectory(directory);
@@ -141,6 +149,10 @@ void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
     {
         LbDiagnostics::Trace(LbFormat(L"LuTestSuiteEnvironment: %s: %s", path, reason));
         LuTestSuite::WriteWarning(L"DLL '%s' konnte nicht geladen werden.\n", file);
+        if (!reason.empty())
+        {
+            LuTestSuiteOut::Write(L"    Grund: %s\n", toOneLine(reason));
+        }
     }
 }
 

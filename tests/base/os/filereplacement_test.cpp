@@ -73,7 +73,7 @@ TEST(OsFileReplacement, LeavesAFileThatIsNotToBeWritten)
     // Without the rights of an administrator, whom no permissions keep away.
     const std::optional<int> result = LbOs::RunInFork([&] { return LbOs::GiveUpRights() ? rename() : 2; });
 
-    EXPECT_EQ(result.value_or(rename()), 0);
+    EXPECT_EQ(result ? *result : rename(), 0);
 
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(to), "old");
     std::filesystem::permissions(std::filesystem::path(to), perms::owner_write, std::filesystem::perm_options::add);

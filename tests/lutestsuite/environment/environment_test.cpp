@@ -28,7 +28,6 @@
 namespace
 {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::wstring GetWorkingDirectoryString()
@@ -234,7 +233,7 @@ TEST_F(LoadDLL, SkipsAnAbsentModuleInSilence)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(LoadDLL, ReportsABrokenModuleInOneLine)
+TEST_F(LoadDLL, ReportsABrokenModuleInOneLineAndTheReasonInAnother)
 {
     for (const bool flag : {false, true})
     {
@@ -243,10 +242,14 @@ TEST_F(LoadDLL, ReportsABrokenModuleInOneLine)
 
         EXPECT_NO_THROW(m_environment.LoadDLL(name, flag));
 
-        EXPECT_THAT(
-            m_output.GetLines(),
-            ElementsAre(CapturedOutput::BoldColored(
-                L"DLL '" + name + LbOs::c_ModuleSuffix + L"' konnte nicht geladen werden.\n", LuColor::c_GOLDENROD)));
+        const std::vector<CapturedOutput::SLine> lines = m_output.GetLines();
+        ASSERT_EQ(lines.size(), 2U);
+        EXPECT_EQ(lines[0], CapturedOutput::BoldColored(L"DLL '" + name + LbOs::c_ModuleSuffix +
+                                                            L"' konnte nicht geladen werden.\n",
+                                                        LuColor::c_GOLDENROD));
+        EXPECT_TRUE(lines[1].text.starts_with(L"    Grund: ")) << LbEncoding::ToUtf8(lines[1].text);
+        EXPECT_TRUE(lines[1].text.ends_with(L"\n"));
+        EXPECT_FALSE(lines[1].isBold || lines[1].hasColor);
     }
 }
 
@@ -256,8 +259,9 @@ TEST_F(LoadDLL, TakesANameWithAFolder)
 
     m_environment.LoadDLL(name, true);
 
-    EXPECT_EQ(m_output.GetText(),
-              L"DLL '" + LbPath::ToNative(name) + LbOs::c_ModuleSuffix + L"' konnte nicht geladen werden.\n");
+    EXPECT_TRUE(m_output.GetText().starts_with(L"DLL '" + LbPath::ToNative(name) + LbOs::c_ModuleSuffix +
+                                               L"' konnte nicht geladen werden.\n"))
+        << LbEncoding::ToUtf8(m_output.GetText());
 }
 
 TEST_F(LoadDLL, TakesNoFolderForAModule)
