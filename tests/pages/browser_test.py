@@ -4,19 +4,9 @@
 Leaves pictures of the pages in PAGES, for those who want to look.
 """
 
-import pathlib
-import sys
-import unittest
+from pagetest import Pages, main
+from webdriver import ENTER, SPACE, TAB
 
-from webdriver import ENTER, SPACE, TAB, Browser
-
-pages, chromium, chromedriver = pathlib.Path(), "", ""
-
-COLUMN = """
-    var column = arguments[0];
-    return Array.from(document.querySelectorAll('#testcases tr')).slice(1, arguments[1])
-        .map(function (row) { return row.cells[column].textContent; });
-"""
 SORTS = """
     return Array.from(document.querySelectorAll('#testcases th'), function (cell) {
         return cell.getAttribute('aria-sort'); });
@@ -53,25 +43,11 @@ CONTRAST = """
 """
 
 
-class Pages(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.browser = Browser(chromium, chromedriver)
-        cls.addClassCleanup(cls.browser.close)
-
-    def open(self, page, scheme="light", media=""):
-        self.browser.emulate(scheme, media)
-        self.browser.open(pages / page)
-
-    def column(self, index, end=1000000):
-        return self.browser.run(COLUMN, index, end)
-
+class Sorting(Pages):
     def sort_texts(self, texts):
         self.open("diff.html")
         return self.browser.run(SORT_TEXTS, texts)
 
-
-class Sorting(Pages):
     def test_click_sorts_and_a_second_one_turns_the_order_around(self):
         self.open("diff.html")
         before = self.column(4)
@@ -158,17 +134,53 @@ class Sorting(Pages):
     def test_equal_rows_keep_their_order(self):
         self.open("diff_large.html")
         before = list(zip(self.column(11), self.column(4)))
+        results = {text for text, _ in before}
+        self.assertEqual({"Ok", "Fehler", "Exception"}, results & {"Ok", "Fehler", "Exception"})
         for _ in range(2):
             self.browser.click("#testcases th:nth-child(12)")
             after = list(zip(self.column(11), self.column(4)))
-            for result in ("Ok", "Fehler", ""):
+            for result in results:
                 self.assertEqual([name for text, name in before if text == result],
                                  [name for text, name in after if text == result])
             before = after
 
     def test_other_tables_are_left_alone(self):
+        for page in ("run.html", "diff.html", "overview.html"):
+            self.open(page)
+            self.assertEqual(0, self.browser.run("""
+                return document.querySelectorAll(':not(#testclasses, #testcases) > tbody > tr > [aria-sort]').length;
+            """))
+
+    def test_worst_cases_come_first(self):
+        self.open("diff.html")
+        self.browser.click("#testcases th:nth-child(1)")
+        self.assertEqual(["Worse"] * 5 + ["Different"] + ["Improved"] * 2 + [""] * 6, self.column(0))
+        self.browser.click("#testcases th:nth-child(1)")
+        self.assertEqual(["Improved"] * 2 + ["Different"] + ["Worse"] * 5 + [""] * 6, self.column(0))
+
+    def test_results_that_are_not_ok_come_first(self):
         self.open("run.html")
-        self.assertEqual(0, self.browser.run("return document.querySelectorAll('[aria-sort], [tabindex]').length"))
+        self.browser.click("#testcases th:nth-child(6)")
+        results = self.column(5)
+        self.assertEqual(["Ok"] * 4, results[-4:])
+        self.assertNotIn("Ok", results[:-4])
+
+    def test_cases_of_runs_are_sorted(self):
+        self.open("large.html")
+        self.browser.click("#testcases th:nth-child(5)")
+        memory = [int(text) for text in self.column(4)]
+        self.assertEqual(20003, len(memory))
+        self.assertEqual(sorted(memory), memory)
+
+    def test_classes_of_runs_are_sorted(self):
+        self.open("run.html")
+        self.browser.click("#testclasses th:nth-child(3)")
+        self.browser.click("#testclasses th:nth-child(1)")
+        self.browser.click("#testclasses th:nth-child(1)")
+        self.assertEqual(["CNetz", "CLeser", "CDruck"], self.browser.run("""
+            return Array.from(document.querySelectorAll('#testclasses td:first-child'),
+                function (cell) { return cell.textContent; });
+        """))
 
     def test_many_rows_are_sorted(self):
         self.open("diff_large.html")
@@ -212,12 +224,15 @@ class Look(Pages):
         self.assertEqual("LuTestSuite Report", self.browser.run("return document.title"))
         self.assertEqual([], self.browser.run("""
             return Array.from(document.querySelectorAll('body *')).filter(function (element) {
-                return /^(SCRIPT|IMG|B)$/.test(element.tagName) || element.hasAttribute('style') ||
+                return /^(SCRIPT|IMG|B)$/.test(element.tagName) || element.matches('[style]:not(#testcases)') ||
                     element.getAttributeNames().some(function (name) { return name.startsWith('on'); });
             }).map(function (element) { return element.outerHTML; });
         """))
-        self.assertEqual(["mailto:"], self.browser.run(
-            "return Array.from(document.links, function (link) { return link.protocol; });"))
+        self.assertEqual(["mailto:"], self.browser.run("""
+            return Array.from(document.links).filter(function (link) {
+                return !link.getAttribute('href').startsWith('#class-');
+            }).map(function (link) { return link.protocol; });
+        """))
         self.assertEqual(4, len(self.column(0)))
 
     def test_headings_of_overviews_stand_over_their_columns(self):
@@ -260,11 +275,11 @@ class Look(Pages):
         for page in ("run", "diff", "overview", "large"):
             for scheme in ("light", "dark"):
                 self.open(f"{page}.html", scheme)
-                self.browser.save_screenshot(pages / f"{page}_{scheme}.png")
+                self.browser.save_screenshot(self.pages / f"{page}_{scheme}.png")
             self.open(f"{page}.html")
             if page != "large":
-                self.browser.save_print(pages / f"{page}.pdf")
-                self.assertTrue((pages / f"{page}.pdf").read_bytes().startswith(b"%PDF"))
+                self.browser.save_print(self.pages / f"{page}.pdf")
+                self.assertTrue((self.pages / f"{page}.pdf").read_bytes().startswith(b"%PDF"))
 
 
 class WithoutScripts(Pages):
@@ -275,10 +290,10 @@ class WithoutScripts(Pages):
         root = self.browser.command("DOM.getDocument")["root"]["nodeId"]
         page = self.browser.command("DOM.getOuterHTML", nodeId=root)["outerHTML"]
         self.assertNotIn("aria-sort=\"", page[page.index("<body"):])
+        self.assertNotIn("<button", page)
         self.assertEqual(15, page[page.index("Case Diff"):].count("<tr"))
         self.assertIn("Größe &lt;A4&gt;", page)
 
 
 if __name__ == "__main__":
-    pages, chromium, chromedriver = pathlib.Path(sys.argv[1]), sys.argv[2], sys.argv[3]
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    main()

@@ -1,8 +1,11 @@
-// Writes pages of every kind into a folder: make_pages FOLDER
+// Writes pages of every kind into a folder: make_pages FOLDER [CASES]
+// CASES is the number of cases of the large ones, 20000 if not given.
 
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <stdexcept>
+#include <string>
 
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
@@ -16,7 +19,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using SData = LuTestSuiteReport::SReportData;
 
-constexpr std::uint32_t c_ManyCases = 20000;
+constexpr std::uint32_t c_MediumCases = 2000;
 
 void writeRun(const std::wstring& path, const SData& data)
 {
@@ -29,25 +32,89 @@ void writeDiff(const std::wstring& path, const SData& a, const SData& b)
                                               true, true, false, false);
 }
 
-/// Times and memory in no order, every tenth case failed, by `shift` another one.
-SData makeLargeReport(std::uint32_t shift)
+/// Below 1000, without an order.
+std::uint32_t scatter(std::uint32_t number)
 {
-    SData data = MakePassedReport();
-    for (std::uint32_t index = 0; index < c_ManyCases; ++index)
+    return number * 2654435761U / 7919 % 1000;
+}
+
+/// Three of a hundred cases do not pass, of these one in another run.
+ECaseRunResult getLargeResult(std::uint32_t index, std::uint32_t run)
+{
+    constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Error, ECaseRunResult::Different, ECaseRunResult::TimeOut,
+                                            ECaseRunResult::Error, ECaseRunResult::Exception, ECaseRunResult::Unknown};
+    const bool hasFailed = scatter(index) < 20 || scatter(index + 100003 * (run + 1)) < 10;
+    return hasFailed ? c_Results[scatter(index + 17) % std::size(c_Results)] : ECaseRunResult::Ok;
+}
+
+std::wstring getLargeClassName(std::uint32_t index)
+{
+    constexpr const wchar_t* c_Names[] = {L"CBildLeser",
+                                          L"CDruckVorschau",
+                                          L"CFlächenBerechnung",
+                                          L"CGeometrieKernVerschneidung",
+                                          L"CKatalogDatenbank",
+                                          L"CMassKetten",
+                                          L"CPlanLayout",
+                                          L"CRechteVerwaltung",
+                                          L"CSchnittstelleAustauschformat",
+                                          L"CTextUmbruch"};
+    return LbFormat(L"%s%d", c_Names[index % std::size(c_Names)], index / std::size(c_Names) + 1);
+}
+
+LuTestSuiteReport::SReportCase makeLargeCase(std::uint32_t index, std::uint32_t run, const std::wstring& className)
+{
+    LuTestSuiteReport::SReportCase testCase =
+        MakeReportCase(className, LbFormat(L"Grundriss %05d Obergeschoss.dat", index), getLargeResult(index, run));
+    testCase.Id = index;
+    testCase.Time = static_cast<float>(scatter(index + run)) / 1000.0F;
+    testCase.Memory = std::uint64_t{scatter(index + run)} * 104729;
+    if (testCase.Result != ECaseRunResult::Ok)
     {
-        const bool hasFailed = (index + shift) % 10 == 0;
-        LuTestSuiteReport::SReportCase testCase =
-            MakeReportCase(LbFormat(L"CKlasse%d", index % 100), LbFormat(L"Datensatz %d.txt", index),
-                           hasFailed ? ECaseRunResult::Error : ECaseRunResult::Ok);
-        testCase.Id = index;
-        testCase.Time = static_cast<float>((index + shift) * 7919 % c_ManyCases) / 1000.0F;
-        testCase.Memory = std::uint64_t{index + shift} * 104729 % 1000003;
-        if (hasFailed)
-        {
-            testCase.Dumps = {{true, L"Wert 17 statt 18"}, {false, L"..."}};
-        }
-        data.Cases.push_back(testCase);
+        testCase.Dumps = {{true, LbFormat(L"d:\\quellen\\kern\\flaeche.cpp(%d): Wert 17.25 statt 18.5", index % 900)},
+                          {false, L"Abweichung im dritten Polygonzug, 4 Punkte"},
+                          {false, L"..."}};
     }
+    return testCase;
+}
+
+/// Of the classes one after the other, as a run has them.
+SData makeLargeReport(std::uint32_t caseCount, std::uint32_t run)
+{
+    constexpr std::uint32_t c_Classes = 40;
+    SData data = MakePassedReport();
+    for (std::uint32_t index = 0; index < c_Classes; ++index)
+    {
+        data.Classes.push_back(MakeReportClass(getLargeClassName(index), 0));
+    }
+    for (std::uint32_t index = 0; index < caseCount; ++index)
+    {
+        LuTestSuiteReport::SReportClass& testClass =
+            data.Classes[data.Classes.size() - c_Classes + std::uint64_t{index} * c_Classes / caseCount];
+        data.Cases.push_back(makeLargeCase(index, run, testClass.Name));
+        const LuTestSuiteReport::EReportResult result = LuTestSuiteReport::getReportResult(data.Cases.back().Result);
+        ++testClass.CasesTotal;
+        testClass.Successful += result == LuTestSuiteReport::eRR_Success ? 1 : 0;
+        testClass.Failures += result == LuTestSuiteReport::eRR_Failure ? 1 : 0;
+        testClass.Errors += result == LuTestSuiteReport::eRR_Error ? 1 : 0;
+    }
+    SetReportFigures(data);
+    return data;
+}
+
+/// Of cases whose messages and names are longer than a page has room for.
+SData makeLongReport()
+{
+    SData data = MakeMixedReport();
+    std::wstring message;
+    while (message.size() < 100000)
+    {
+        message += LbFormat(L"Punkt %d liegt neben der Kante; ", static_cast<int>(message.size()));
+    }
+    data.Cases[3].Dumps = {{true, message}};
+    data.Cases[4].Dumps = {{true, std::wstring(100000, L'x')}};
+    data.Cases[5].Dumps.assign(2000, {true, L"noch eine Zeile"});
+    data.Cases[9].ClassName = L"CNetzVerbindungMitEinemSehrLangenNamenOhneLuecke";
     return data;
 }
 
@@ -89,15 +156,18 @@ void writeArchive(const std::wstring& folder)
     LuTestSuiteReport::GenerateReportDirectoryOverview(folder, L"overview", L"Archive", L"Report");
 }
 
-void writePages(const std::wstring& folder)
+void writePages(const std::wstring& folder, std::uint32_t manyCases)
 {
     LbFileSystem::RemoveTree(folder);
     LbFileSystem::AssertDirectory(folder);
     writeRun(folder + L"run.html", MakeMixedReport());
     writeRun(folder + L"passed.html", MakePassedReport());
-    writeRun(folder + L"large.html", makeLargeReport(0));
+    writeRun(folder + L"medium.html", makeLargeReport(c_MediumCases, 0));
+    writeRun(folder + L"large.html", makeLargeReport(manyCases, 0));
+    writeRun(folder + L"long.html", makeLongReport());
     writeDiff(folder + L"diff.html", MakeMixedReport(), MakeLaterReport());
-    writeDiff(folder + L"diff_large.html", makeLargeReport(0), makeLargeReport(1));
+    writeDiff(folder + L"diff_medium.html", makeLargeReport(c_MediumCases, 0), makeLargeReport(c_MediumCases, 1));
+    writeDiff(folder + L"diff_large.html", makeLargeReport(manyCases, 0), makeLargeReport(manyCases, 1));
     writeHostileDiff(folder + L"hostile.html");
     writeArchive(folder);
 }
@@ -106,14 +176,15 @@ void writePages(const std::wstring& folder)
 
 int main(int argumentCount, char** arguments)
 {
-    if (argumentCount != 2)
+    if (argumentCount != 2 && argumentCount != 3)
     {
-        std::fputs("usage: make_pages FOLDER\n", stderr);
+        std::fputs("usage: make_pages FOLDER [CASES]\n", stderr);
         return 2;
     }
     try
     {
-        writePages(LbPath::WithSeparator(LbEncoding::FromNative(arguments[1])));
+        const unsigned long manyCases = argumentCount == 3 ? std::stoul(arguments[2]) : 20000;
+        writePages(LbPath::WithSeparator(LbEncoding::FromNative(arguments[1])), static_cast<std::uint32_t>(manyCases));
     }
     catch (const std::exception& exception)
     {

@@ -76,6 +76,10 @@ class Browser:
         features = [{"name": "prefers-color-scheme", "value": scheme}]
         self.command("Emulation.setEmulatedMedia", media=media, features=features)
 
+    def resize(self, width, height):
+        self.command("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1,
+                     mobile=False)
+
     def command(self, name, **parameters):
         """Of the browser's own protocol."""
         return self.do("goog/cdp/execute", {"cmd": name, "params": parameters})
@@ -89,8 +93,7 @@ class Browser:
         """Of the whole page, not only of what fits the window, but for what is below `highest` pixels."""
         width, height = self.run("return [innerWidth, document.documentElement.scrollHeight]")
         # A window of that height: rows below its end would be empty, since only rows that are seen are laid out.
-        self.command("Emulation.setDeviceMetricsOverride", width=width, height=min(height, highest),
-                     deviceScaleFactor=1, mobile=False)
+        self.resize(width, min(height, highest))
         picture = self.command("Page.captureScreenshot")["data"]
         self.command("Emulation.clearDeviceMetricsOverride")
         file.write_bytes(base64.b64decode(picture))

@@ -48,30 +48,6 @@ void setSvn(SData& data)
     data.SvnInfo->LastChangedDate = L"2024-02-29 12:34:56 +0100";
 }
 
-/// The figures that follow from classes and cases.
-void setFigures(SData& data)
-{
-    data.ClassesTotal = static_cast<std::uint32_t>(data.Classes.size());
-    for (const LuTestSuiteReport::SReportClass& testClass : data.Classes)
-    {
-        const bool isSuccessful = testClass.Successful == testClass.CasesTotal;
-        data.ClassesSuccessful += isSuccessful ? 1 : 0;
-        data.ClassesFlagged += isSuccessful && testClass.Warnings == 0 ? 0 : 1;
-        data.CasesTotal += testClass.CasesTotal;
-        data.Successful += testClass.Successful;
-        data.Errors += testClass.Errors;
-        data.Failures += testClass.Failures;
-        data.Warnings += testClass.Warnings;
-    }
-    data.TimeTotal = 89.25F;
-    data.TimeAvg = 0.125F;
-    data.TimeMax = 2.5F;
-    data.TimeMin = 0.000125F;
-    data.MemoryAvg = 123456;
-    data.MemoryMax = 5000000000;
-    data.MemoryMin = 512;
-}
-
 SCase makeCase(std::uint32_t id, const std::wstring& className, const std::wstring& caseName, ECaseRunResult result,
                std::vector<LuTestSuiteReport::SReportDump> dumps = {})
 {
@@ -130,6 +106,31 @@ LuTestSuiteReport::SReportClass MakeReportClass(const std::wstring& name, std::u
     return testClass;
 }
 
+void SetReportFigures(SData& data)
+{
+    data.ClassesSuccessful = data.ClassesFlagged = data.CasesTotal = data.Successful = 0;
+    data.Errors = data.Failures = data.Warnings = 0;
+    data.ClassesTotal = static_cast<std::uint32_t>(data.Classes.size());
+    for (const LuTestSuiteReport::SReportClass& testClass : data.Classes)
+    {
+        const bool isSuccessful = testClass.Successful == testClass.CasesTotal;
+        data.ClassesSuccessful += isSuccessful ? 1 : 0;
+        data.ClassesFlagged += isSuccessful && testClass.Warnings == 0 ? 0 : 1;
+        data.CasesTotal += testClass.CasesTotal;
+        data.Successful += testClass.Successful;
+        data.Errors += testClass.Errors;
+        data.Failures += testClass.Failures;
+        data.Warnings += testClass.Warnings;
+    }
+    data.TimeTotal = 89.25F;
+    data.TimeAvg = 0.125F;
+    data.TimeMax = 2.5F;
+    data.TimeMin = 0.000125F;
+    data.MemoryAvg = 123456;
+    data.MemoryMax = 5000000000;
+    data.MemoryMin = 512;
+}
+
 SData MakePassedReport()
 {
     SData data;
@@ -138,7 +139,7 @@ SData MakePassedReport()
     data.Cases.push_back(makeCase(0, L"CDruck", L"hoch", ECaseRunResult::Ok));
     data.Cases.push_back(makeCase(1, L"CDruck", L"quer", ECaseRunResult::Ok));
     data.Cases.push_back(makeCase(2, L"CLeser", L"leer.txt", ECaseRunResult::Ok));
-    setFigures(data);
+    SetReportFigures(data);
     return data;
 }
 
@@ -169,7 +170,7 @@ SData MakeMixedReport()
     };
     data.Cases.assign(std::begin(cases), std::end(cases));
     setLeak(data.Cases[2], 48);
-    setFigures(data);
+    SetReportFigures(data);
     return data;
 }
 
@@ -207,7 +208,7 @@ SData MakeLaterReport()
         makeCase(10, L"CNeu", L"schlecht", ECaseRunResult::Error),
     };
     data.Cases.assign(std::begin(cases), std::end(cases));
-    setFigures(data);
+    SetReportFigures(data);
     data.TimeTotal = 60.0F;
     return data;
 }

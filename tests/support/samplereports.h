@@ -26,3 +26,6 @@ MakeReportCase(const std::wstring& className, const std::wstring& caseName,
 /// A class with counts of its own.
 LuTestSuiteReport::SReportClass MakeReportClass(const std::wstring& name, std::uint32_t total, std::uint32_t errors = 0,
                                                 std::uint32_t failures = 0, std::uint32_t warnings = 0);
+
+/// Sets the figures of a run: those that follow from its classes, and times and memory of their own.
+void SetReportFigures(LuTestSuiteReport::SReportData& data);
