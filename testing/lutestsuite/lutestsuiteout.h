@@ -3,6 +3,7 @@
 
 #include <span>
 #include <string>
+#include <utility>
 
 #include "base/lbformat.h"
 #include "base/lucolor.h"
@@ -63,7 +64,7 @@ public:
 
 private:
     LuTestSuiteOut();
-    explicit LuTestSuiteOut(std::wstring text);
+    explicit LuTestSuiteOut(std::wstring text) : m_text(std::move(text)) {}
     static std::wstring formatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
     void writeOut() const;
 

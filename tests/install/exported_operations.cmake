@@ -3,10 +3,10 @@
 # Run as a script, where nothing else says so.
 cmake_policy(VERSION 3.25)
 
-# The public classes and functions. Private operations begin in lower case, but for those of the reports; the empty
-# constructor of LuTestSuiteOut and the option parser are private, too.
+# The public classes and functions. Private operations begin in lower case, but for those of the reports. The option
+# parser and two constructors of LuTestSuiteOut (without arguments, and from text) are private, too.
 set(public_names "LuTestSuite(Utils|Report|Tree|Out|HeapTracker|Setup|Environment|Run)::")
-set(private_names "LuOptionParser|^LuTestSuiteOut::LuTestSuiteOut\\(\\)|^LuTestSuite(Utils|Tree|Out)::[a-z]")
+set(private_names "LuOptionParser|^LuTestSuiteOut::LuTestSuiteOut\\((\\)|std::)|^LuTestSuite(Utils|Tree|Out)::[a-z]")
 # Of the heap tracker all but "dump".
 string(APPEND private_names "|^LuTestSuiteHeapTracker::([a-ce-z]|d[^u])")
 

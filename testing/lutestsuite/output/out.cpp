@@ -1,7 +1,6 @@
 #include "testing/lutestsuite/lutestsuiteout.h"
 
 #include <exception>
-#include <utility>
 #include <vector>
 
 #include "base/lbcriticalsection.h"
@@ -54,8 +53,6 @@ void outputTo(LuTestSuiteOut::LuCustomOut& out, const LuTestSuiteOut& line) noex
 LuTestSuiteOut::LuCustomOut::~LuCustomOut() = default;
 
 LuTestSuiteOut::LuTestSuiteOut() = default;
-
-LuTestSuiteOut::LuTestSuiteOut(std::wstring text) : m_text(std::move(text)) {}
 
 std::wstring LuTestSuiteOut::formatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
 {
