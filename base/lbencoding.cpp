@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "base/lbutf8.h"
+
 namespace
 {
 
@@ -66,7 +68,8 @@ void appendCodePoint(std::basic_string<Unit>& text, char32_t codePoint)
     }
 }
 
-void appendUtf8(std::string& bytes, char32_t codePoint)
+template<typename Bytes>
+void appendUtf8(Bytes& bytes, char32_t codePoint)
 {
     const auto append = [&bytes](char32_t value) { bytes.push_back(static_cast<char>(value)); };
     const auto appendRest = [&append, codePoint](unsigned shift) { append(0x80U | ((codePoint >> shift) & 0x3FU)); };
@@ -231,6 +234,30 @@ constexpr bool isLatin1(char32_t codePoint)
 std::string LbEncoding::ToUtf8(std::wstring_view text)
 {
     return encodeUtf8(text, [](std::string& bytes, char32_t) { appendUtf8(bytes, c_Replacement); });
+}
+
+std::size_t LbEncoding::ToUtf8(std::u16string_view text, std::span<char> bytes) noexcept
+{
+    struct SCharacter
+    {
+        char bytes[4];
+        std::size_t size = 0;
+        void push_back(char byte) { bytes[size++] = byte; }
+    };
+    std::size_t size = 0;
+    for (std::size_t position = 0; position < text.size();)
+    {
+        const char32_t codePoint = nextCodePoint(text, position);
+        SCharacter character;
+        appendUtf8(character, isScalarValue(codePoint) ? codePoint : c_Replacement);
+        if (character.size > bytes.size() - size)
+        {
+            return size;
+        }
+        std::copy_n(character.bytes, character.size, bytes.data() + size);
+        size += character.size;
+    }
+    return size;
 }
 
 std::wstring LbEncoding::FromUtf8(std::string_view bytes)

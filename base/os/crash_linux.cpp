@@ -1,6 +1,173 @@
 #include "base/os/crash.h"
 
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#include "base/lbencoding.h"
+#include "base/os/linux/crashplace.h"
+#include "base/os/linux/rawcalls.h"
+
+/// There where a sanitizer is.
+extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
+
+namespace
+{
+
+using namespace LbOs;
+
+struct SSignal
+{
+    int number;
+    SCrashKind kind;
+    bool isCrash; ///< the process's own doing
+};
+
+constexpr SSignal c_Signals[] = {
+    {SIGSEGV, {"SIGSEGV", "unzulässiger Speicherzugriff"}, true},
+    {SIGBUS, {"SIGBUS", "Zugriff auf Speicher, hinter dem nichts steht"}, true},
+    {SIGFPE, {"SIGFPE", "unzulässige Rechenoperation"}, true},
+    {SIGILL, {"SIGILL", "unzulässiger Befehl"}, true},
+    {SIGABRT, {"SIGABRT", "Abbruch durch das Programm selbst"}, true},
+    {SIGTRAP, {"SIGTRAP", "Haltepunkt"}, true},
+    {SIGSYS, {"SIGSYS", "unzulässiger Systemaufruf"}, true},
+    {SIGKILL, {"SIGKILL", "von außen beendet"}, false},
+    {SIGTERM, {"SIGTERM", "Aufforderung, sich zu beenden"}, false},
+    {SIGINT, {"SIGINT", "Unterbrechung"}, false},
+    {SIGQUIT, {"SIGQUIT", "Unterbrechung"}, false},
+    {SIGHUP, {"SIGHUP", "Ende der Sitzung"}, false},
+    {SIGPIPE, {"SIGPIPE", "Schreiben ohne Leser"}, false},
+    {SIGALRM, {"SIGALRM", "abgelaufener Wecker"}, false},
+    {SIGXCPU, {"SIGXCPU", "Grenze der Rechenzeit"}, false},
+    {SIGXFSZ, {"SIGXFSZ", "Grenze der Dateigröße"}, false},
+    {SIGUSR1, {"SIGUSR1", "von einem Programm gesendet"}, false},
+    {SIGUSR2, {"SIGUSR2", "von einem Programm gesendet"}, false},
+};
+
+const SSignal* findSignal(std::int64_t number)
+{
+    for (const SSignal& signal : c_Signals)
+    {
+        if (signal.number == number)
+        {
+            return &signal;
+        }
+    }
+    return nullptr;
+}
+
+std::atomic<CrashReport> s_report = nullptr;
+std::atomic<long> s_owner = 0;
+std::atomic<bool> s_isReporting = false;
+
+/// The process ends when the handler returns, by the signal itself: with the status, and the dump where there is one,
+/// of the crash.
+void endBySignal(int signal)
+{
+    struct sigaction action = {};
+    action.sa_handler = SIG_DFL;
+    sigaction(signal, &action, nullptr);
+    Linux::Call(SYS_tgkill, Linux::Call(SYS_getpid), Linux::Call(SYS_gettid), signal);
+}
+
+/// Whether memory was asked for where the stack ends, as far as an instruction alone tells.
+bool isNearStack(std::uintptr_t target, std::uintptr_t stack)
+{
+    constexpr std::uintptr_t c_Near = 65536;
+    return target + c_Near > stack && target < stack + c_Near;
+}
+
+SCrash describe(const SSignal& signal, const siginfo_t& info, const ucontext_t& context)
+{
+    SCrash crash;
+    crash.kind = signal.kind;
+    crash.code = static_cast<std::uint32_t>(signal.number);
+    crash.address = static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RIP]);
+    Linux::FindCrashPlace(crash);
+    // A signal that somebody has sent has the sender's number in place of an address.
+    if ((signal.number == SIGSEGV || signal.number == SIGBUS) && info.si_code > 0)
+    {
+        crash.target = reinterpret_cast<std::uintptr_t>(info.si_addr);
+        if (isNearStack(*crash.target, static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RSP])))
+        {
+            crash.kind.meaning = "unzulässiger Speicherzugriff am Ende des Stapels, wohl ein Stapelüberlauf";
+        }
+    }
+    return crash;
+}
+
+void onSignal(int signal, siginfo_t* info, void* context)
+{
+    const int error = errno;
+    const CrashReport report = s_report.load();
+    if (report != nullptr && Linux::Call(SYS_getpid) == s_owner.load())
+    {
+        while (s_isReporting.exchange(true))
+        {
+            // Another thread has crashed, too, and ends the process in a moment.
+            Linux::Call(SYS_pause);
+        }
+        report(describe(*findSignal(signal), *info, *static_cast<const ucontext_t*>(context)));
+    }
+    endBySignal(signal);
+    errno = error;
+}
+
+bool isOurs(const struct sigaction& action)
+{
+    return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == &onSignal;
+}
+
+void takeSignals()
+{
+    for (const SSignal& signal : c_Signals)
+    {
+        struct sigaction action = {};
+        if (!signal.isCrash || sigaction(signal.number, nullptr, &action) != 0 || (action.sa_flags & SA_SIGINFO) != 0 ||
+            action.sa_handler != SIG_DFL)
+        {
+            continue;
+        }
+        action.sa_sigaction = &onSignal;
+        action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+        // With its signal blocked, a crash within the handler ends the process.
+        sigfillset(&action.sa_mask);
+        sigaction(signal.number, &action, nullptr);
+    }
+}
+
+void releaseSignals()
+{
+    for (const SSignal& signal : c_Signals)
+    {
+        struct sigaction action = {};
+        if (sigaction(signal.number, nullptr, &action) == 0 && isOurs(action))
+        {
+            action = {};
+            action.sa_handler = SIG_DFL;
+            sigaction(signal.number, &action, nullptr);
+        }
+    }
+}
+
+/// A sanitizer has said what it has to say, and ends the process next.
+void onDeath()
+{
+    const CrashReport report = s_report.load();
+    if (report != nullptr && Linux::Call(SYS_getpid) == s_owner.load() && !s_isReporting.exchange(true))
+    {
+        SCrash crash;
+        crash.kind = {"Sanitizer", "siehe dessen Bericht"};
+        report(crash);
+    }
+}
+
+} // namespace
 
 void LbOs::EndSilentlyOnCrash()
 {
@@ -10,4 +177,82 @@ void LbOs::EndSilentlyOnCrash()
     getrlimit(RLIMIT_CORE, &limit);
     limit.rlim_cur = limit.rlim_max == 0 ? 0 : 1;
     setrlimit(RLIMIT_CORE, &limit);
+}
+
+std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
+{
+    if (exitStatus >= 0)
+    {
+        return L"Status " + std::to_wstring(exitStatus);
+    }
+    std::wstring text = L"Signal " + std::to_wstring(-exitStatus);
+    if (const SSignal* const signal = findSignal(-exitStatus))
+    {
+        text += LbEncoding::FromUtf8(std::string(" (") + signal->kind.name + ", " + signal->kind.meaning + ")");
+    }
+    return text;
+}
+
+LbOs::CCrashHandler::CCrashHandler(CrashReport report)
+{
+    s_owner = Linux::Call(SYS_getpid);
+    s_report = report;
+    takeSignals();
+    if (__sanitizer_set_death_callback != nullptr)
+    {
+        __sanitizer_set_death_callback(&onDeath);
+    }
+}
+
+LbOs::CCrashHandler::~CCrashHandler()
+{
+    releaseSignals();
+    s_report = nullptr;
+}
+
+LbOs::CCrashStack::CCrashStack()
+{
+    constexpr std::size_t c_Size = 65536;
+    stack_t present = {};
+    // A sanitizer, or whoever started the thread, has given it one of their own.
+    if (sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0)
+    {
+        return;
+    }
+    void* const memory = mmap(nullptr, c_Size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    const stack_t stack = {memory, 0, c_Size};
+    if (memory != MAP_FAILED && sigaltstack(&stack, nullptr) == 0)
+    {
+        m_memory = memory;
+        m_size = c_Size;
+    }
+}
+
+LbOs::CCrashStack::~CCrashStack()
+{
+    stack_t present = {};
+    if (m_memory == nullptr)
+    {
+        return;
+    }
+    if (sigaltstack(nullptr, &present) == 0 && present.ss_sp == m_memory)
+    {
+        present = {};
+        present.ss_flags = SS_DISABLE;
+        sigaltstack(&present, nullptr);
+    }
+    munmap(m_memory, m_size);
+}
+
+void LbOs::WriteCrashText(std::string_view text) noexcept
+{
+    while (!text.empty())
+    {
+        const long written = Linux::Call(SYS_write, STDERR_FILENO, text.data(), text.size());
+        if (written <= 0 && errno != EINTR)
+        {
+            return;
+        }
+        text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
+    }
 }

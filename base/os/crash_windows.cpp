@@ -1,35 +1,245 @@
 #include "base/os/crash.h"
 
+#include <algorithm>
+#include <atomic>
 #include <csignal>
+#include <cwchar>
+#include <iterator>
 
+#include "base/lbencoding.h"
+#include "base/lbutf8.h"
 #include "base/os/windows/api.h"
+
+#include <psapi.h>
 
 namespace
 {
 
+using namespace LbOs;
+
+struct SException
+{
+    DWORD code;
+    SCrashKind kind;
+};
+
+constexpr DWORD c_HeapCorruption = 0xC0000374;
+constexpr DWORD c_StackBufferOverrun = 0xC0000409;
+constexpr DWORD c_CommitmentLimit = 0xC000012D;
+constexpr DWORD c_MissingLibrary = 0xC0000135;
+constexpr DWORD c_MissingFunction = 0xC0000139;
+constexpr DWORD c_FailedInitialization = 0xC0000142;
+
+constexpr SException c_Exceptions[] = {
+    {STATUS_ACCESS_VIOLATION, {"STATUS_ACCESS_VIOLATION", "unzulässiger Speicherzugriff"}},
+    {STATUS_STACK_OVERFLOW, {"STATUS_STACK_OVERFLOW", "Stapelüberlauf"}},
+    {STATUS_INTEGER_DIVIDE_BY_ZERO, {"STATUS_INTEGER_DIVIDE_BY_ZERO", "Division durch null"}},
+    {STATUS_INTEGER_OVERFLOW, {"STATUS_INTEGER_OVERFLOW", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_DIVIDE_BY_ZERO, {"STATUS_FLOAT_DIVIDE_BY_ZERO", "Division durch null"}},
+    {STATUS_FLOAT_INVALID_OPERATION, {"STATUS_FLOAT_INVALID_OPERATION", "unzulässige Rechenoperation"}},
+    {STATUS_ILLEGAL_INSTRUCTION, {"STATUS_ILLEGAL_INSTRUCTION", "unzulässiger Befehl"}},
+    {STATUS_PRIVILEGED_INSTRUCTION, {"STATUS_PRIVILEGED_INSTRUCTION", "unzulässiger Befehl"}},
+    {STATUS_IN_PAGE_ERROR, {"STATUS_IN_PAGE_ERROR", "Zugriff auf Speicher, hinter dem nichts steht"}},
+    {STATUS_GUARD_PAGE_VIOLATION, {"STATUS_GUARD_PAGE_VIOLATION", "Zugriff auf eine Wächterseite"}},
+    {STATUS_DATATYPE_MISALIGNMENT, {"STATUS_DATATYPE_MISALIGNMENT", "schlecht ausgerichteter Speicherzugriff"}},
+    {STATUS_BREAKPOINT, {"STATUS_BREAKPOINT", "Haltepunkt"}},
+    {STATUS_SINGLE_STEP, {"STATUS_SINGLE_STEP", "Haltepunkt"}},
+    {STATUS_NO_MEMORY, {"STATUS_NO_MEMORY", "Speichermangel"}},
+    {STATUS_CONTROL_C_EXIT, {"STATUS_CONTROL_C_EXIT", "Unterbrechung"}},
+    {c_CommitmentLimit, {"STATUS_COMMITMENT_LIMIT", "Speichermangel"}},
+    {c_HeapCorruption, {"STATUS_HEAP_CORRUPTION", "zerstörte Speicherverwaltung"}},
+    {c_StackBufferOverrun, {"STATUS_STACK_BUFFER_OVERRUN", "sofortiger Abbruch durch das Programm selbst"}},
+    {c_MissingLibrary, {"STATUS_DLL_NOT_FOUND", "fehlendes Modul"}},
+    {c_MissingFunction, {"STATUS_ENTRYPOINT_NOT_FOUND", "fehlende Funktion eines Moduls"}},
+    {c_FailedInitialization, {"STATUS_DLL_INIT_FAILED", "gescheiterter Start eines Moduls"}},
+};
+
+/// Null for a code of others than the system.
+const SCrashKind* findKind(std::int64_t code)
+{
+    const auto* const found = std::ranges::find(c_Exceptions, code, &SException::code);
+    return found == std::end(c_Exceptions) ? nullptr : &found->kind;
+}
+
 /// What the run-time's own abort() ends with.
 constexpr UINT c_AbortStatus = 3;
 
+std::atomic<CrashReport> s_report = nullptr;
+std::atomic<LPTOP_LEVEL_EXCEPTION_FILTER> s_former = nullptr;
+std::atomic<DWORD> s_reporter = 0; ///< thread that calls the report
+
+/// By the pages' own records: to ask the loader would mean to wait for its lock.
+void findPlace(SCrash& crash)
+{
+    MEMORY_BASIC_INFORMATION pages = {};
+    const auto* const address = reinterpret_cast<const void*>(crash.address);
+    if (VirtualQuery(address, &pages, sizeof(pages)) == 0 || pages.Type != MEM_IMAGE)
+    {
+        return;
+    }
+    wchar_t path[1024] = {};
+    const DWORD length = K32GetMappedFileNameW(GetCurrentProcess(), pages.AllocationBase, path, std::size(path) - 1);
+    const std::wstring_view name =
+        std::wstring_view(path, length).substr(std::wstring_view(path, length).rfind(L'\\') + 1);
+    // UTF-16 under another name.
+    const std::u16string_view units(reinterpret_cast<const char16_t*>(name.data()), name.size());
+    const std::size_t size = LbEncoding::ToUtf8(units, {crash.module, SCrash::sc_uiNameCapacity - 1});
+    crash.module[size] = '\0';
+    crash.offset = crash.address - reinterpret_cast<std::uintptr_t>(pages.AllocationBase);
+}
+
+/// Another thread that crashes meanwhile waits for the end; the same one ends the process.
+void report(SCrash& crash)
+{
+    const CrashReport report = s_report.load();
+    const DWORD thread = GetCurrentThreadId();
+    DWORD reporter = 0;
+    if (report == nullptr || (!s_reporter.compare_exchange_strong(reporter, thread) && reporter == thread))
+    {
+        return;
+    }
+    while (reporter != 0)
+    {
+        Sleep(INFINITE);
+    }
+    findPlace(crash);
+    report(crash);
+}
+
 LONG CALLBACK endWithCode(EXCEPTION_POINTERS* exception)
 {
-    TerminateProcess(GetCurrentProcess(), exception->ExceptionRecord->ExceptionCode);
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    const LPTOP_LEVEL_EXCEPTION_FILTER former = s_former.load();
+    // The run-time's own has C++ exceptions go on to std::terminate, and knows the handlers that std::signal was given.
+    // There is hardly any stack left for it when that has overflowed.
+    if (former != nullptr && record.ExceptionCode != EXCEPTION_STACK_OVERFLOW &&
+        former(exception) == EXCEPTION_CONTINUE_EXECUTION)
+    {
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+    const SCrashKind* const kind = findKind(record.ExceptionCode);
+    SCrash crash;
+    crash.kind = kind == nullptr ? SCrashKind{"Ausnahme", ""} : *kind;
+    crash.code = record.ExceptionCode;
+    crash.address = reinterpret_cast<std::uintptr_t>(record.ExceptionAddress);
+    if (record.ExceptionCode == STATUS_ACCESS_VIOLATION && record.NumberParameters > 1)
+    {
+        crash.target = record.ExceptionInformation[1];
+    }
+    report(crash);
+    TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
 void endAborted(int /*signal*/)
 {
+    SCrash crash;
+    crash.kind = {"abort", "Abbruch durch das Programm selbst"};
+    crash.address = reinterpret_cast<std::uintptr_t>(__builtin_return_address(0));
+    report(crash);
     TerminateProcess(GetCurrentProcess(), c_AbortStatus);
 }
+
+/// Unless that has been done, or others have done it.
+void takeExceptions()
+{
+    const LPTOP_LEVEL_EXCEPTION_FILTER former = SetUnhandledExceptionFilter(&endWithCode);
+    if (former != &endWithCode)
+    {
+        s_former = former;
+    }
+    // The run-time would show a message before it ends the process.
+    const auto handler = std::signal(SIGABRT, &endAborted);
+    if (handler != SIG_DFL && handler != &endAborted)
+    {
+        std::signal(SIGABRT, handler);
+    }
+}
+
+void releaseExceptions()
+{
+    const LPTOP_LEVEL_EXCEPTION_FILTER last = SetUnhandledExceptionFilter(s_former.load());
+    if (last != &endWithCode)
+    {
+        SetUnhandledExceptionFilter(last);
+    }
+    const auto handler = std::signal(SIGABRT, SIG_DFL);
+    if (handler != &endAborted)
+    {
+        std::signal(SIGABRT, handler);
+    }
+}
+
+/// Stack that is left to the filter when all other is used up.
+void keepStack()
+{
+    ULONG guarantee = 65536;
+    SetThreadStackGuarantee(&guarantee);
+}
+
+/// Whether exceptions end the process in silence once the report is gone.
+std::atomic<bool> s_isSilent = false;
 
 } // namespace
 
 void LbOs::EndSilentlyOnCrash()
 {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-    SetUnhandledExceptionFilter(&endWithCode);
-    // The run-time would show a message before it ends the process.
-    std::signal(SIGABRT, &endAborted);
-    // Stack that is left to the filter when all other is used up.
-    ULONG guarantee = 65536;
-    SetThreadStackGuarantee(&guarantee);
+    s_isSilent = true;
+    takeExceptions();
+    keepStack();
+}
+
+std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
+{
+    // The system's own codes of failures have these bits; -1 has them all.
+    constexpr std::int64_t c_Severity = 0xF0000000;
+    constexpr std::int64_t c_Failure = 0xC0000000;
+    const SCrashKind* const kind = findKind(exitStatus);
+    if (kind == nullptr && (exitStatus & c_Severity) != c_Failure)
+    {
+        return L"Status " + std::to_wstring(exitStatus);
+    }
+    wchar_t code[16] = {};
+    std::swprintf(code, std::size(code), L"0x%08X", static_cast<unsigned>(exitStatus));
+    const std::string meaning = kind == nullptr ? "" : std::string(" (") + kind->name + ", " + kind->meaning + ")";
+    return std::wstring(L"Ausnahme ") + code + LbEncoding::FromUtf8(meaning);
+}
+
+LbOs::CCrashHandler::CCrashHandler(CrashReport report)
+{
+    s_report = report;
+    takeExceptions();
+}
+
+LbOs::CCrashHandler::~CCrashHandler()
+{
+    s_report = nullptr;
+    if (!s_isSilent)
+    {
+        releaseExceptions();
+    }
+}
+
+LbOs::CCrashStack::CCrashStack()
+{
+    keepStack();
+}
+
+LbOs::CCrashStack::~CCrashStack() = default;
+
+void LbOs::WriteCrashText(std::string_view text) noexcept
+{
+    const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);
+    const auto write = [errors](std::string_view bytes) {
+        DWORD written = 0;
+        WriteFile(errors, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    };
+    while (!text.empty())
+    {
+        const std::size_t length = std::min(text.find('\n'), text.size());
+        write(text.substr(0, length));
+        write(length < text.size() ? "\r\n" : "");
+        text.remove_prefix(std::min(length + 1, text.size()));
+    }
 }

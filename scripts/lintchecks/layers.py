@@ -10,6 +10,7 @@ LAYERS = [
     ("base/lbexception.*", 0),
     ("base/lbsourcelocation.h", 0),
     ("base/lbencoding.*", 0),
+    ("base/lbutf8.h", 0),
     ("base/lbcommandline.*", 0),
     ("base/os/*", 0),
     ("base/os/linux/*", 0),

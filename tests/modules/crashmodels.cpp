@@ -1,7 +1,9 @@
 /// Unit tests that take their process down, or never end.
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -139,7 +141,43 @@ void answerLater()
     }).detach();
 }
 
+std::atomic<bool> s_isOtherUnderWay = false;
+
+void crashBesideAnother()
+{
+    while (!s_isOtherUnderWay)
+    {
+        std::this_thread::yield();
+    }
+    *s_nothing = 1;
+}
+
+/// Ends the process by a handler of the module's own.
+void crashIntoOwnHandler()
+{
+    constexpr int c_Own = 7;
+    std::signal(SIGSEGV, [](int) { std::_Exit(c_Own); });
+    *s_nothing = 1;
+}
+
+/// What nobody catches.
+void throwOutOfThread()
+{
+    std::thread([] { throw std::runtime_error("aus einem Thread"); }).join();
+}
+
 std::optional<long> s_copy;
+
+/// The copy crashes, and the case goes on.
+void crashInCopy()
+{
+    const std::optional<long> copy = LbOs::Fork();
+    if (copy == 0)
+    {
+        *s_nothing = 1;
+    }
+    LbOs::WaitForFork(copy.value_or(0));
+}
 
 /// True in a copy of the process, in the midst of the case after that which made it.
 bool isCopyInNextCase()
@@ -228,6 +266,20 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit([] { openEvent(L"-r")->Set(); }); });
         AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
         addStarting();
+        addCrashing();
+    }
+
+    /// Cases about what a crash says.
+    void addCrashing()
+    {
+        AddSubtest(L"wartet auf den Absturz", [] {
+            s_isOtherUnderWay = true;
+            sleepLong();
+        });
+        AddSubtest(L"Absturz neben einem anderen", [] { crashBesideAnother(); });
+        AddSubtest(L"eigene Behandlung", [] { crashIntoOwnHandler(); });
+        AddSubtest(L"Exception im Thread", [] { throwOutOfThread(); });
+        AddSubtest(L"Absturz der Kopie", [] { crashInCopy(); });
     }
 
     /// Cases that start processes.

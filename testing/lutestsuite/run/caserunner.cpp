@@ -75,6 +75,7 @@ void CCaseRunner::runHere(const SPlannedCase& planned)
     if (!m_buffer)
     {
         m_buffer.emplace();
+        m_crashThread.emplace();
     }
     {
         const CWorkBufferWriteView buffer = m_buffer->GetWriteAccess();
@@ -82,6 +83,7 @@ void CCaseRunner::runHere(const SPlannedCase& planned)
         {
             return;
         }
+        const CCaseUnderWay underWay(*m_crashThread, *buffer);
         ExecuteInBuffer(*buffer);
     }
     readAnswer(*m_buffer->GetReadAccess(), planned.info);

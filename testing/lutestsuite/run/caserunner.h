@@ -7,6 +7,7 @@
 #include "testing/lutestsuite/lutestsuiterun.h"
 #include "testing/lutestsuite/run/children/externalcontext.h"
 #include "testing/lutestsuite/run/children/workbuffer.h"
+#include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/plan.h"
 
 namespace LuTestSuiteRun
@@ -46,6 +47,7 @@ private:
     const std::function<bool()>& m_isCanceled;
     CSpareChildren& m_spares;
     std::optional<CHeapWorkBuffer> m_buffer;
+    std::optional<CCrashThread> m_crashThread; ///< with the buffer
     CExternalContext m_external;
 };
 

@@ -12,6 +12,7 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/children/childchannel.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
+#include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/debugfolders.h"
 #include "testing/lutestsuite/run/executor.h"
 #include "testing/lutestsuite/run/preparation.h"
@@ -32,6 +33,12 @@ std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& name)
         throw LbException(c_Operation, LbFormat(L"Das Ereignis '%s' kann nicht geöffnet werden", name));
     }
     return event;
+}
+
+void executeCase(SWorkBuffer& buffer, CCrashThread& thread)
+{
+    const CCaseUnderWay underWay(thread, buffer);
+    ExecuteInBuffer(buffer);
 }
 
 /// Room for a case to begin with.
@@ -56,6 +63,8 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     const auto response = openEvent(setup.responseEventId);
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
     LbOs::EndSilentlyOnCrash();
+    const CCrashNotes notes;
+    CCrashThread thread;
     const CPreparation preparation(setup, environment);
     const CDebugFolders debugFolders;
     LbOs::CThreadProcessors processors;
@@ -70,7 +79,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
         // The parent may have brought this thread to its own processor. The case uses what it always could.
         processors.Restore();
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(LoadName(view->caseName)));
-        ExecuteInBuffer(*view);
+        executeCase(*view, thread);
         processors.Read();
         AnswerRequest(*view);
         if (!response->Set())

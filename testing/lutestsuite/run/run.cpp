@@ -9,6 +9,7 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
+#include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/debugfolders.h"
 #include "testing/lutestsuite/run/delivery.h"
 #include "testing/lutestsuite/run/plan.h"
@@ -84,6 +85,8 @@ void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, c
 SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, UnitTests& unitTests)
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
+    // Before the modules are loaded, so that their handlers come first.
+    const CCrashNotes notes;
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
 

@@ -1,0 +1,125 @@
+#include "base/os/linux/crashplace.h"
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+
+#include <fcntl.h>
+
+#include "base/os/linux/rawcalls.h"
+
+namespace LbOs::Linux
+{
+
+namespace
+{
+
+/// One line of the kernel's list of mappings: "start-end rights offset device node   path".
+struct SMapping
+{
+    std::uintptr_t start = 0;
+    std::uintptr_t end = 0;
+    std::string_view path;
+};
+
+SMapping parse(std::string_view line)
+{
+    SMapping mapping;
+    const char* const end = line.data() + line.size();
+    const auto [dash, startError] = std::from_chars(line.data(), end, mapping.start, 16);
+    if (startError == std::errc() && dash != end)
+    {
+        std::from_chars(dash + 1, end, mapping.end, 16);
+    }
+    const std::size_t path = line.find('/');
+    mapping.path = path == std::string_view::npos ? std::string_view() : line.substr(path);
+    return mapping;
+}
+
+/// Reads lines through a buffer of its own.
+class CLines
+{
+public:
+    explicit CLines(long file) : m_file(file) {}
+
+    /// Without its end; empty when there is none. Valid until the next one. What is longer than the buffer is cut.
+    std::string_view Next()
+    {
+        std::copy(m_bytes + m_next, m_bytes + m_size, m_bytes);
+        m_size -= m_next;
+        m_next = 0;
+        const char* end = std::find(m_bytes, m_bytes + m_size, '\n');
+        while (end == m_bytes + m_size && m_size < sizeof(m_bytes))
+        {
+            const long count = Call(SYS_read, m_file, m_bytes + m_size, sizeof(m_bytes) - m_size);
+            if (count <= 0)
+            {
+                break;
+            }
+            m_size += static_cast<std::size_t>(count);
+            end = std::find(m_bytes, m_bytes + m_size, '\n');
+        }
+        const auto length = static_cast<std::size_t>(end - m_bytes);
+        m_next = std::min(length + 1, m_size);
+        return {m_bytes, length};
+    }
+
+private:
+    long m_file;
+    char m_bytes[PATH_MAX + 128];
+    std::size_t m_size = 0;
+    std::size_t m_next = 0;
+};
+
+/// A module's mappings follow each other; the first one is where the module begins.
+class CModuleStart
+{
+public:
+    std::uintptr_t Follow(const SMapping& mapping)
+    {
+        const std::size_t length = std::min(mapping.path.size(), sizeof(m_path));
+        const bool isSame = length == m_length && std::equal(m_path, m_path + length, mapping.path.begin());
+        if (!isSame)
+        {
+            m_start = mapping.start;
+            m_length = length;
+            std::copy_n(mapping.path.begin(), length, m_path);
+        }
+        return m_start;
+    }
+
+private:
+    char m_path[PATH_MAX];
+    std::size_t m_length = 0;
+    std::uintptr_t m_start = 0;
+};
+
+} // namespace
+
+void FindCrashPlace(SCrash& crash) noexcept
+{
+    const long file = Call(SYS_open, "/proc/self/maps", O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+    {
+        return;
+    }
+    CLines lines(file);
+    CModuleStart module;
+    for (std::string_view line = lines.Next(); !line.empty(); line = lines.Next())
+    {
+        const SMapping mapping = parse(line);
+        // Behind a module's file stands what it has without one.
+        const std::uintptr_t start = mapping.path.empty() ? mapping.start : module.Follow(mapping);
+        if (crash.address >= mapping.start && crash.address < mapping.end)
+        {
+            const std::string_view name = mapping.path.substr(mapping.path.rfind('/') + 1);
+            const std::size_t length = std::min(name.size(), SCrash::sc_uiNameCapacity - 1);
+            std::copy_n(name.begin(), length, crash.module);
+            crash.offset = crash.address - start;
+            break;
+        }
+    }
+    Call(SYS_close, file);
+}
+
+} // namespace LbOs::Linux

@@ -1,0 +1,171 @@
+// What the host says when a case in it crashes.
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbpath.h"
+#include "base/os/platform.h"
+#include "tests/support/hostprocess.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+constexpr bool c_IsWindows = LbPath::c_Separator == L'\\';
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool c_HasSanitizer = true;
+#else
+constexpr bool c_HasSanitizer = false;
+#endif
+
+/// The status of a program that a signal has ended: the shell's word for it where there is a shell in between.
+bool isEndBy(int signal, int status)
+{
+    return status == -signal || status == 128 + signal;
+}
+
+class HostCrashes : public testing::Test
+{
+protected:
+    void SetUp() override { m_folder.MakeFolder(L"CCrashModel"); }
+
+    SHostRun Run(const std::wstring& caseName, std::vector<std::wstring> options = {}) const
+    {
+        options.insert(options.begin(), {L"-d", m_folder.GetPath(), L"--dll", L"crashmodels", L"-i", L":" + caseName});
+        return RunHost(options);
+    }
+
+    const ScopedFolder m_folder;
+};
+
+/// A case that crashes, with the name of that crash and the host's status on each platform.
+struct SHostCrash
+{
+    const wchar_t* caseName;
+    const char* linuxName;
+    int signal;
+    const char* windowsName;
+    unsigned windowsStatus;
+    bool isInModule; ///< the instruction is one of the test module
+};
+
+void PrintTo(const SHostCrash& crash, std::ostream* stream)
+{
+    *stream << LbEncoding::ToUtf8(crash.caseName);
+}
+
+class HostCrashesOf : public HostCrashes, public testing::WithParamInterface<SHostCrash>
+{
+protected:
+    void SetUp() override
+    {
+        if (c_HasSanitizer)
+        {
+            GTEST_SKIP() << "sanitizers end what crashes";
+        }
+        HostCrashes::SetUp();
+    }
+
+    /// The line, which is the last one: the run-time may say something before.
+    static void ExpectLine(const SHostRun& run)
+    {
+        const SHostCrash& crash = GetParam();
+        const std::string start = "Fehler: Absturz in 'CCrashModel:" + LbEncoding::ToUtf8(crash.caseName) +
+                                  "': " + (c_IsWindows ? crash.windowsName : crash.linuxName) + " (";
+        const std::size_t line = run.errors.find(start);
+        ASSERT_NE(line, std::string::npos) << run.errors;
+        EXPECT_EQ(run.errors.find('\n', line), run.errors.size() - 1) << run.errors;
+        EXPECT_NE(run.errors.find(" an der Adresse 0x", line), std::string::npos) << run.errors;
+        const std::string module = "crashmodels" + LbEncoding::ToUtf8(LbOs::c_ModuleSuffix) + "+0x";
+        EXPECT_EQ(run.errors.find(module, line) != std::string::npos, crash.isInModule) << run.errors;
+        const bool hasStatus = c_IsWindows ? static_cast<unsigned>(run.exitStatus) == crash.windowsStatus
+                                           : isEndBy(crash.signal, run.exitStatus);
+        EXPECT_TRUE(hasStatus) << run.exitStatus;
+    }
+};
+
+TEST_P(HostCrashesOf, NameTheCaseAndWhatHasHappened)
+{
+    ExpectLine(Run(GetParam().caseName + std::wstring(L"$")));
+}
+
+TEST_P(HostCrashesOf, NameTheCaseOfAWorker)
+{
+    ExpectLine(Run(GetParam().caseName + std::wstring(L"$"), {L"-w", L"2"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, HostCrashesOf,
+    testing::Values(SHostCrash{L"Zugriffsverletzung", "SIGSEGV", 11, "STATUS_ACCESS_VIOLATION", 0xC0000005, true},
+                    SHostCrash{L"Stapelüberlauf", "SIGSEGV", 11, "STATUS_STACK_OVERFLOW", 0xC00000FD, true},
+                    SHostCrash{L"Division durch null", "SIGFPE", 8, "STATUS_INTEGER_DIVIDE_BY_ZERO", 0xC0000094, true},
+                    SHostCrash{L"abort", "SIGABRT", 6, "abort", 3, false},
+                    SHostCrash{L"terminate", "SIGABRT", 6, "abort", 3, false}));
+
+TEST_F(HostCrashes, NameAllCasesThatAreUnderWay)
+{
+    if (c_HasSanitizer)
+    {
+        GTEST_SKIP() << "sanitizers end what crashes";
+    }
+    const SHostRun run = Run(L"wartet auf den Absturz$", {L"-i", L":Absturz neben einem anderen$", L"-w", L"2"});
+
+    EXPECT_TRUE(run.errors.starts_with("Fehler: Absturz in 'CCrashModel:Absturz neben einem anderen': ")) << run.errors;
+    EXPECT_TRUE(
+        run.errors.ends_with(ToPlatformLines("\nFehler: Zugleich in Arbeit: 'CCrashModel:wartet auf den Absturz'\n")))
+        << run.errors;
+    EXPECT_EQ(std::ranges::count(run.errors, '\n'), 2) << run.errors;
+}
+
+TEST_F(HostCrashes, LeaveACrashToTheHandlerOfAModule)
+{
+    const SHostRun run = Run(L"eigene Behandlung$");
+
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 7);
+}
+
+TEST_F(HostCrashes, TellTheTextOfAnExceptionThatNobodyCatches)
+{
+    const SHostRun run = Run(L"Exception im Thread$");
+
+    EXPECT_NE(run.errors.find("aus einem Thread"), std::string::npos) << run.errors;
+    // It is another thread that ends the process.
+    EXPECT_NE(run.errors.find("Fehler: In Arbeit: 'CCrashModel:Exception im Thread'"), std::string::npos) << run.errors;
+}
+
+TEST_F(HostCrashes, SayNothingOfACopyOfTheProcess)
+{
+    if (c_HasSanitizer)
+    {
+        GTEST_SKIP() << "sanitizers report each crash";
+    }
+    if (c_IsWindows)
+    {
+        GTEST_SKIP() << "processes do not fork";
+    }
+    const SHostRun run = Run(L"Absturz der Kopie$");
+
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+TEST_F(HostCrashes, NameTheCaseBehindTheReportOfASanitizer)
+{
+    const SHostRun run = Run(L"Zugriffsverletzung$");
+
+    EXPECT_NE(run.errors.find("AddressSanitizer"), std::string::npos) << run.errors;
+    EXPECT_TRUE(
+        run.errors.ends_with("Fehler: Absturz in 'CCrashModel:Zugriffsverletzung': Sanitizer (siehe dessen Bericht)\n"))
+        << run.errors;
+}
+#endif
+
+} // namespace
