@@ -11,6 +11,8 @@
 namespace LbOs
 {
 
+class CChildOutput;
+
 struct SChildOptions
 {
     /// The executable's full path; empty: the first word of the command line, looked up as the system does.
@@ -26,6 +28,9 @@ struct SChildOptions
     /// No console window, and nothing behind standard input, output and error; else the child has those of the caller,
     /// on Linux without the input: it is in the background, where reading from a terminal would stop it.
     bool isSilent = false;
+
+    /// Receives what a silent child writes to standard error; null: nothing does. Must exist until the start returns.
+    const CChildOutput* errors = nullptr;
 
     /// The child and the processes that it started end at the latest with its object and with the present process,
     /// however that ends. Without this they may outlive both, and only Terminate ends them.

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/os/childoutput.h"
 #include "base/os/windows/api.h"
 
 namespace LbOs
@@ -65,12 +66,12 @@ private:
     bool m_isReady = false;
 };
 
-/// The null device, for a child that inherits it.
-Windows::Handle openNothing()
+/// An existing file, for a child that inherits it; null on failure.
+Windows::Handle openInheritable(const std::wstring& path, DWORD access)
 {
     SECURITY_ATTRIBUTES inheritable = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    const HANDLE file = CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                    &inheritable, OPEN_EXISTING, 0, nullptr);
+    constexpr DWORD c_ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(path.c_str(), access, c_ShareAll, &inheritable, OPEN_EXISTING, 0, nullptr);
     return Windows::Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
@@ -83,14 +84,24 @@ const wchar_t* orNull(const std::wstring& text)
 Windows::Handle start(const SChildOptions& options, HANDLE job)
 {
     CStartAttributes attributes(job);
-    const Windows::Handle nothing = options.isSilent ? openNothing() : Windows::Handle();
+    Windows::Handle nothing;
+    Windows::Handle errors;
+    if (options.isSilent)
+    {
+        nothing = openInheritable(L"NUL", GENERIC_READ | GENERIC_WRITE);
+    }
+    if (options.isSilent && options.errors != nullptr)
+    {
+        errors = openInheritable(Windows::ToSystemPath(options.errors->GetPath()), FILE_APPEND_DATA | SYNCHRONIZE);
+    }
     STARTUPINFOEXW startup = {};
     startup.StartupInfo.cb = sizeof(startup);
     startup.lpAttributeList = attributes.get();
     if (nothing.get() != nullptr)
     {
         startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-        startup.StartupInfo.hStdInput = startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError = nothing.get();
+        startup.StartupInfo.hStdInput = startup.StartupInfo.hStdOutput = nothing.get();
+        startup.StartupInfo.hStdError = errors.get() != nullptr ? errors.get() : nothing.get();
     }
     std::wstring commandLine = options.commandLine; // The system writes into it.
     PROCESS_INFORMATION process = {};

@@ -28,6 +28,12 @@ struct SCrashKind
 /// meaning, else the status. Any thread.
 LB_API std::wstring DescribeExitStatus(std::int64_t exitStatus);
 
+/// True if the system may have ended a process of that exit status for lack of memory. Any thread.
+LB_API bool MayBeMemoryKill(std::int64_t exitStatus) noexcept;
+
+/// How many processes the system has ended for lack of memory since its start; 0 where it does not say. Any thread.
+LB_API std::uint64_t CountMemoryKills();
+
 /// A crash of the present process, told by the thread that has crashed.
 struct SCrash
 {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -191,6 +192,26 @@ std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
         text += LbEncoding::FromUtf8(std::string(" (") + signal->kind.name + ", " + signal->kind.meaning + ")");
     }
     return text;
+}
+
+bool LbOs::MayBeMemoryKill(std::int64_t exitStatus) noexcept
+{
+    return exitStatus == -SIGKILL;
+}
+
+std::uint64_t LbOs::CountMemoryKills()
+{
+    std::ifstream counters("/proc/vmstat");
+    std::string name;
+    std::uint64_t count = 0;
+    while (counters >> name >> count)
+    {
+        if (name == "oom_kill")
+        {
+            return count;
+        }
+    }
+    return 0;
 }
 
 LbOs::CCrashHandler::CCrashHandler(CrashReport report)

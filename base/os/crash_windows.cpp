@@ -206,6 +206,17 @@ std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
     return std::wstring(L"Ausnahme ") + code + LbEncoding::FromUtf8(meaning);
 }
 
+// A process that gets no memory here ends by itself.
+bool LbOs::MayBeMemoryKill(std::int64_t /*exitStatus*/) noexcept
+{
+    return false;
+}
+
+std::uint64_t LbOs::CountMemoryKills()
+{
+    return 0;
+}
+
 LbOs::CCrashHandler::CCrashHandler(CrashReport report)
 {
     s_report = report;

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -267,6 +268,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
         addStarting();
         addCrashing();
+        addWriting();
     }
 
     /// Cases about what a crash says.
@@ -280,6 +282,27 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"eigene Behandlung", [] { crashIntoOwnHandler(); });
         AddSubtest(L"Exception im Thread", [] { throwOutOfThread(); });
         AddSubtest(L"Absturz der Kopie", [] { crashInCopy(); });
+    }
+
+    /// Cases about what is left of the standard error of a process.
+    void addWriting()
+    {
+        AddSubtest(L"schreibt Fehlerzeilen", [] { std::fputs("aus dem Fall davor\n", stderr); });
+        AddSubtest(L"schreibt viel und endet", [] {
+            for (int line = 1; line <= 200; ++line)
+            {
+                std::fprintf(stderr, "Zeile %d\n", line);
+            }
+            std::_Exit(3);
+        });
+        AddSubtest(L"schreibt lange Zeilen und endet", [] {
+            std::fputs((std::string(5000, 'x') + "\n").c_str(), stderr);
+            std::_Exit(3);
+        });
+        AddSubtest(L"schreibt Steuerzeichen und endet", [] {
+            std::fputs("\x1b[31mrot \xff\n", stderr);
+            std::_Exit(3);
+        });
     }
 
     /// Cases that start processes.

@@ -1,6 +1,8 @@
 /// What the cases of the test modules end with: one table for every way of running them.
 #pragma once
 
+#include <string_view>
+
 #include "testing/lutestsuite/lutestsuiterun.h"
 
 namespace models
@@ -103,5 +105,14 @@ inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CDyingModel", L"exit danach", Unknown, L"\t\tINFO:  bestanden\n"},
     {L"CCrashModel", L"nachher", Ok, L""},
 };
+
+/// How the line begins that tells the end of a case's process.
+inline constexpr const wchar_t* c_EndOfProcess = L"\t\tERROR: Der Prozess des Testfalls endete mit ";
+
+/// Whether the case takes the process down that runs it.
+inline bool EndsProcess(const SOutcome& outcome)
+{
+    return outcome.result == Unknown && std::wstring_view(outcome.className) != L"CResultModel";
+}
 
 } // namespace models

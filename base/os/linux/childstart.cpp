@@ -10,6 +10,7 @@
 
 #include "base/lbcommandline.h"
 #include "base/lbencoding.h"
+#include "base/os/childoutput.h"
 #include "base/os/files.h"
 #include "base/os/linux/descriptor.h"
 #include "base/os/linux/openfiles.h"
@@ -55,6 +56,17 @@ bool redirectToNothing(bool isSilent)
         Call(SYS_close, nothing);
     }
     return true;
+}
+
+/// Without the file, nothing stays behind standard error.
+void redirectErrors(const std::string& path)
+{
+    const long file = path.empty() ? -1 : Call(SYS_open, path.c_str(), O_WRONLY | O_APPEND);
+    if (file >= 0)
+    {
+        Call(SYS_dup2, file, STDERR_FILENO);
+        Call(SYS_close, file);
+    }
 }
 
 /// What the kernel knows about a signal.
@@ -112,6 +124,7 @@ int becomeProgram(void* argument)
                              (start.workingDirectory.empty() || Call(SYS_chdir, start.workingDirectory.c_str()) == 0);
         if (isReady)
         {
+            redirectErrors(start.errorPath);
             RestoreOpenFileLimit();
             const auto execute = start.isSearched ? &execvp : &execv;
             execute(start.program.c_str(), start.arguments.data());
@@ -148,6 +161,7 @@ SStart PrepareStart(const SChildOptions& options)
                                                                     : words.front()));
     start.workingDirectory = LbEncoding::ToNative(options.workingDirectory);
     start.isSilent = options.isSilent;
+    start.errorPath = options.errors == nullptr ? std::string() : LbEncoding::ToNative(options.errors->GetPath());
     start.owner = getpid();
     // Looking up the program takes some of it, and so does making a script's arguments.
     constexpr std::size_t c_StackSize = 65536;

@@ -21,6 +21,7 @@ struct SStart
     std::vector<std::string> words;
     std::vector<char*> arguments; ///< the words as the system takes them
     std::string workingDirectory;
+    std::string errorPath; ///< of the file behind standard error; empty: nothing is behind it
     bool isSilent = false;
     bool isSearched = false; ///< the program's name is to be looked up
     SKeptGroup* group = nullptr;

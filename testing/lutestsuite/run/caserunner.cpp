@@ -104,6 +104,7 @@ void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome)
     }
     planned.info.processIndex = channel.WaitForAnswer(params.timeOutSec, m_isCanceled);
     readAnswer(*channel.GetBuffer().GetReadAccess(), planned.info);
+    planned.info.messages += channel.GetEndMessages();
 }
 
 } // namespace LuTestSuiteRun

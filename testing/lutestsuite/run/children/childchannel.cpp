@@ -114,6 +114,9 @@ void CChildChannel::startChild()
     options.commandLine = GetChildCommandLine(m_settings, m_buffer.GetName(), m_requestEventId, m_responseEventId);
     options.workingDirectory = folder;
     options.isSilent = true;
+    PrepareChildEnds();
+    m_errors.Renew();
+    options.errors = m_errors.GetFile();
     m_child = LbOs::CChildProcess::Start(options);
     m_processIndex = sc_iNone;
     m_isSpare = m_hasAnswered = false;
@@ -177,6 +180,7 @@ void CChildChannel::Ask()
         m_processors.Read();
         m_processors.MeetWith(*m_child);
     }
+    m_errors.BeginCase();
     m_timer.Restart();
     m_number = m_number % c_MostRequests + 1;
     SubmitRequest(*m_buffer.GetWriteAccess(), m_number);
@@ -185,6 +189,7 @@ void CChildChannel::Ask()
 
 std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
+    m_endMessages = m_child ? std::wstring() : DescribeMissingChild();
     if (!m_child)
     {
         return sc_iNone;
@@ -200,6 +205,11 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     m_sharing.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
+    if (end == EEnd::ChildEnded)
+    {
+        m_endMessages =
+            m_child ? DescribeChildEnd(m_child->GetExitStatus(), m_errors.ReadLastLines()) : DescribeMissingChild();
+    }
     if (end != EEnd::Answered)
     {
         // Gone before the buffer is written or read: until then it could still be writing itself.
@@ -219,7 +229,12 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
 LbOs::EEventWait CChildChannel::waitOnce(std::uint32_t milliseconds)
 {
     const SRestored restored{m_processors};
-    return m_response->Wait(milliseconds, m_child.get());
+    const LbOs::EEventWait event = m_response->Wait(milliseconds, m_child.get());
+    if (event == LbOs::EEventWait::TimedOut)
+    {
+        m_errors.Bound();
+    }
+    return event;
 }
 
 CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)

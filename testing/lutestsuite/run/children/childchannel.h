@@ -12,6 +12,7 @@
 #include "base/os/childprocess.h"
 #include "base/os/namedevent.h"
 #include "base/os/processors.h"
+#include "testing/lutestsuite/run/children/childend.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 
 namespace LuTestSuiteRun
@@ -89,6 +90,10 @@ public:
     /// buffer as it is. Returns the index of the process that had the request, -1 without one.
     std::int32_t WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
 
+    /// Message lines about the end of the child, if that has ended by itself instead of an answer, or could not be
+    /// started; empty otherwise. About the last request.
+    const std::wstring& GetEndMessages() const { return m_endMessages; }
+
 private:
     enum class EEnd
     {
@@ -133,7 +138,9 @@ private:
     std::wstring m_responseEventId;
     std::unique_ptr<LbOs::CNamedEvent> m_request;
     std::unique_ptr<LbOs::CNamedEvent> m_response;
+    CChildErrors m_errors;
     std::unique_ptr<LbOs::CChildProcess> m_child;
+    std::wstring m_endMessages;
     std::int32_t m_processIndex = sc_iNone;
     std::uint32_t m_number = 0;           ///< of the last request
     LbOs::CThreadProcessors m_processors; ///< of the thread that asks

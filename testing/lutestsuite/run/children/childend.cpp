@@ -1,0 +1,130 @@
+#include "testing/lutestsuite/run/children/childend.h"
+
+#include <algorithm>
+#include <atomic>
+#include <string_view>
+
+#include "base/lbencoding.h"
+#include "base/lbformat.h"
+#include "base/lbuniqueid.h"
+#include "base/os/crash.h"
+
+namespace LuTestSuiteRun
+{
+
+namespace
+{
+
+constexpr std::size_t c_MostLines = 64;
+constexpr std::size_t c_LongestLine = 1000; ///< characters
+constexpr std::size_t c_MostBytes = 4 * c_MostLines * c_LongestLine;
+
+/// How often the system had ended processes for lack of memory when somebody looked last.
+std::atomic<std::uint64_t> s_memoryKills = 0;
+
+bool isLackOfMemory(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
+{
+    // The kernel does not say which process it has ended.
+    const std::uint64_t kills = LbOs::CountMemoryKills();
+    const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.exchange(kills) < kills;
+    const bool saysSo = std::ranges::any_of(
+        lastLines, [](const std::wstring& line) { return line.find(L"std::bad_alloc") != std::wstring::npos; });
+    return isKilled || saysSo;
+}
+
+std::wstring toText(std::string_view line)
+{
+    std::wstring text = LbEncoding::IsUtf8(line) ? LbEncoding::FromUtf8(line) : LbEncoding::FromLatin1(line);
+    if (text.size() > c_LongestLine)
+    {
+        text.resize(c_LongestLine);
+        text += L"...";
+    }
+    for (wchar_t& character : text)
+    {
+        // Colours of a terminal, say.
+        const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
+        character = isControl && character != L'\t' ? L' ' : character;
+    }
+    return text;
+}
+
+} // namespace
+
+std::vector<std::wstring> ReadLastLines(const LbOs::CChildOutput* file, std::uint64_t begin)
+{
+    const std::string all = file == nullptr ? std::string() : file->ReadEnd(begin, c_MostBytes);
+    std::string_view bytes = all;
+    std::vector<std::wstring> lines;
+    while (!bytes.empty() && lines.size() < c_MostLines)
+    {
+        bytes.remove_suffix(bytes.back() == '\n' ? 1 : 0);
+        const std::size_t start = bytes.rfind('\n') + 1;
+        std::string_view line = bytes.substr(start);
+        bytes = bytes.substr(0, start);
+        line.remove_suffix(line.ends_with('\r') ? 1 : 0);
+        lines.insert(lines.begin(), toText(line));
+    }
+    return lines;
+}
+
+void CChildErrors::Renew()
+{
+    m_file = LbOs::CChildOutput::Create(L"LuTestSuite-" + LbUniqueId::Generate() + L".txt");
+    m_begin = 0;
+}
+
+void CChildErrors::BeginCase()
+{
+    // Enough that hardly a case loses what others have to say first.
+    constexpr std::uint64_t c_Most = std::uint64_t{1} << 20U;
+    m_begin = m_file ? m_file->GetSize() : 0;
+    if (m_begin > c_Most)
+    {
+        m_file->Clear();
+        m_begin = 0;
+    }
+}
+
+void CChildErrors::Bound()
+{
+    constexpr std::uint64_t c_Most = std::uint64_t{16} << 20U;
+    if (m_file && m_file->GetSize() > c_Most)
+    {
+        m_file->Clear();
+        m_begin = 0;
+    }
+}
+
+std::vector<std::wstring> CChildErrors::ReadLastLines() const
+{
+    return LuTestSuiteRun::ReadLastLines(m_file.get(), m_begin);
+}
+
+std::wstring DescribeChildEnd(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
+{
+    std::wstring text = L"\t\tERROR: Der Prozess des Testfalls endete mit ";
+    text += exitStatus ? LbOs::DescribeExitStatus(*exitStatus) : L"unbekanntem Status";
+    text += isLackOfMemory(exitStatus, lastLines) ? L", wohl aus Speichermangel\n" : L"\n";
+    for (const std::wstring& line : lastLines)
+    {
+        text += LbFormat(L"\t\tINFO:  %s\n", line);
+    }
+    return text;
+}
+
+std::wstring DescribeMissingChild()
+{
+    return L"\t\tERROR: Der Prozess des Testfalls konnte nicht gestartet werden\n";
+}
+
+void PrepareChildEnds()
+{
+    static const bool s_isPrepared = [] {
+        s_memoryKills = LbOs::CountMemoryKills();
+        return true;
+    }();
+    static_cast<void>(s_isPrepared);
+}
+
+} // namespace LuTestSuiteRun
