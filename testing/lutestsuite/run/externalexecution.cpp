@@ -76,6 +76,10 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
             // A test has set the event.
             continue;
         }
+        if (IsLeaveRequest(*view))
+        {
+            return;
+        }
         // The parent may have brought this thread to its own processor. The case uses what it always could.
         processors.Restore();
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(LoadName(view->caseName)));

@@ -8,6 +8,7 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/caserunner.h"
+#include "testing/lutestsuite/run/children/leavingchildren.h"
 #include "testing/lutestsuite/run/consolelines.h"
 #include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/debugfolders.h"
@@ -82,7 +83,8 @@ void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, c
 
 /// The run up to its summary. The working directory is restored when it returns, so that the user's paths of reports
 /// count from there.
-SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, UnitTests& unitTests)
+SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, UnitTests& unitTests,
+                    CLeavingChildren& leaving)
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
     // Before the modules are loaded, so that their handlers come first.
@@ -95,8 +97,9 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     result.stats.startTime = LbDateTime::FormatNow(c_TimeFormat);
     if (!unitTests.empty())
     {
-        planAndExecute(setup, unitTests, {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog},
-                       result);
+        const SChildSettings childSettings = {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog,
+                                              &leaving};
+        planAndExecute(setup, unitTests, childSettings, result);
         CountCases(result.cases, unitTests.size(), result.stats);
         WriteSummary(unitTests, result.stats);
     }
@@ -110,8 +113,10 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
 SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
 {
     RequireReportPlaces(setup);
+    // Last of all, the run waits for children that leave.
+    CLeavingChildren leaving;
     UnitTests unitTests;
-    SRunResult result = runCases(setup, environment, unitTests);
+    SRunResult result = runCases(setup, environment, unitTests, leaving);
     WriteReports(setup, environment, unitTests, result);
     return result;
 }

@@ -182,6 +182,11 @@ void CChildChannel::Ask()
     }
     m_errors.BeginCase();
     m_timer.Restart();
+    submit();
+}
+
+void CChildChannel::submit()
+{
     m_number = m_number % c_MostRequests + 1;
     SubmitRequest(*m_buffer.GetWriteAccess(), m_number);
     m_request->Set();
@@ -224,6 +229,17 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
         writeResult(end == EEnd::TimedOut ? ECaseRunResult::TimeOut : ECaseRunResult::Canceled);
     }
     return processIndex;
+}
+
+SLeavingChild CChildChannel::SendAway()
+{
+    if (!m_child || !m_hasAnswered)
+    {
+        return {};
+    }
+    WriteLeaveRequest(*m_buffer.GetWriteAccess());
+    submit();
+    return {std::move(m_child), m_errors.Release()};
 }
 
 LbOs::EEventWait CChildChannel::waitOnce(std::uint32_t milliseconds)

@@ -13,6 +13,7 @@
 #include "base/os/namedevent.h"
 #include "base/os/processors.h"
 #include "testing/lutestsuite/run/children/childend.h"
+#include "testing/lutestsuite/run/children/leavingchildren.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 
 namespace LuTestSuiteRun
@@ -27,6 +28,7 @@ struct SChildSettings
     std::wstring dataDirectory;     ///< full path
     std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
     bool assertDialog = true;
+    CLeavingChildren* leaving = nullptr; ///< takes children whose work is done; null: they are ended
 };
 
 /// The command line of a child that serves through objects of these names.
@@ -90,6 +92,10 @@ public:
     /// buffer as it is. Returns the index of the process that had the request, -1 without one.
     std::int32_t WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
 
+    /// Asks the child to leave and gives it away. There is none to give, and a child is ended with the channel, if it
+    /// has run no case, or has not answered.
+    SLeavingChild SendAway();
+
     /// Message lines about the end of the child, if that has ended by itself instead of an answer, or could not be
     /// started; empty otherwise. About the last request.
     const std::wstring& GetEndMessages() const { return m_endMessages; }
@@ -112,6 +118,9 @@ private:
 
     /// Starts another child for a request that nobody has taken.
     void replaceChild();
+
+    /// Gives the request in the buffer to the child.
+    void submit();
 
     LbOs::EEventWait waitOnce(std::uint32_t milliseconds);
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/inoncopyable.h"
@@ -31,6 +32,9 @@ public:
 
     /// The last lines that the case has written.
     std::vector<std::wstring> ReadLastLines() const;
+
+    /// Gives the file away.
+    std::unique_ptr<LbOs::CChildOutput> Release() { return std::move(m_file); }
 
 private:
     std::unique_ptr<LbOs::CChildOutput> m_file;

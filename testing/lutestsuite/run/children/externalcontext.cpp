@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/lbexception.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace LuTestSuiteRun
@@ -88,7 +89,7 @@ void CExternalContext::ensureChannel(bool isIsolated)
     {
         return;
     }
-    m_channel.reset();
+    Release();
     if (isIsolated)
     {
         m_channel = m_spares.Take();
@@ -100,10 +101,46 @@ void CExternalContext::ensureChannel(bool isIsolated)
     m_use = EUse::None;
 }
 
-bool CExternalContext::MakeReady(bool isIsolated)
+void CExternalContext::Release()
+{
+    CLeavingChildren* const leaving = m_spares.GetSettings().leaving;
+    if (m_channel && leaving != nullptr)
+    {
+        leaving->Add(m_channel->SendAway());
+    }
+    m_channel.reset();
+}
+
+bool CExternalContext::endLeaving()
+{
+    CLeavingChildren* const leaving = m_spares.GetSettings().leaving;
+    return leaving != nullptr && leaving->EndAll();
+}
+
+bool CExternalContext::tryReady(bool isIsolated)
 {
     ensureChannel(isIsolated);
     return m_channel->MakeReady();
+}
+
+bool CExternalContext::MakeReady(bool isIsolated)
+{
+    bool isReady = false;
+    bool mayTryAgain = false;
+    try
+    {
+        isReady = tryReady(isIsolated);
+        mayTryAgain = !isReady && endLeaving();
+    }
+    catch (const LbException&)
+    {
+        mayTryAgain = endLeaving();
+        if (!mayTryAgain)
+        {
+            throw;
+        }
+    }
+    return isReady || (mayTryAgain && tryReady(isIsolated));
 }
 
 CChildChannel& CExternalContext::Obtain(bool isIsolated)
@@ -111,6 +148,10 @@ CChildChannel& CExternalContext::Obtain(bool isIsolated)
     ensureChannel(isIsolated);
     m_use = isIsolated ? EUse::Isolated : EUse::Shared;
     m_channel->EnsureChild();
+    if (!m_channel->HasChild() && endLeaving())
+    {
+        m_channel->EnsureChild();
+    }
     m_channel->EnsureProcessIndex();
     return *m_channel;
 }

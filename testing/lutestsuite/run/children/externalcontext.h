@@ -52,12 +52,13 @@ class CExternalContext : public INonCopyable
 {
 public:
     explicit CExternalContext(CSpareChildren& spares) : m_spares(spares) {}
+    ~CExternalContext() { Release(); }
 
     /// Gets the next channel ready with its child; false without a child. Throws LbException.
     bool MakeReady(bool isIsolated);
 
-    /// Gives the channel back.
-    void Release() { m_channel.reset(); }
+    /// Gives the channel back. Its child leaves, if it has run cases.
+    void Release();
 
     /// The channel for the next case, with a child if one can be started; for an isolated case, one that nobody
     /// has used or will use. Throws LbException.
@@ -77,6 +78,10 @@ private:
     }
 
     void ensureChannel(bool isIsolated);
+    bool tryReady(bool isIsolated);
+
+    /// Gives back what leaving children use; false if there were none.
+    bool endLeaving();
 
     CSpareChildren& m_spares;
     std::unique_ptr<CChildChannel> m_channel;

@@ -42,6 +42,9 @@ enum ERequestState : std::uint32_t
 constexpr std::uint32_t c_StateBits = 2;
 constexpr std::uint32_t c_StateMask = (1U << c_StateBits) - 1U;
 
+/// In place of the result in a request; a request for a case has "Unknown" there.
+constexpr std::uint32_t c_Leave = 0xFFFFFFFF;
+
 /// The field of a buffer whose parent numbers no requests.
 constexpr std::uint32_t c_Unnumbered = 0;
 
@@ -152,6 +155,17 @@ bool IsSubmitted(SWorkBuffer& buffer, std::uint32_t number)
 bool IsAnswered(SWorkBuffer& buffer, std::uint32_t number)
 {
     return Request(buffer.request).load() == toField(number, eRS_Answered);
+}
+
+void WriteLeaveRequest(SWorkBuffer& buffer)
+{
+    buffer.className[0] = buffer.caseName[0] = u'\0';
+    buffer.result = c_Leave;
+}
+
+bool IsLeaveRequest(const SWorkBuffer& buffer)
+{
+    return buffer.result == c_Leave && buffer.className[0] == u'\0';
 }
 
 SParams LoadParams(const SWorkBuffer& buffer)

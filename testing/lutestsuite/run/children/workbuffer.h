@@ -142,6 +142,11 @@ void ClearRequest(SWorkBuffer& buffer);
 
 inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 
+/// Instead of a case, asks the child to leave. No answer follows. A child that does not know such a request answers
+/// that it has no such case.
+void WriteLeaveRequest(SWorkBuffer& buffer);
+bool IsLeaveRequest(const SWorkBuffer& buffer);
+
 /// Parameters and result as far as they can be: the process on the other side may be broken. A flag that is neither set
 /// nor clear counts as set, a result that is none as "Unknown".
 SParams LoadParams(const SWorkBuffer& buffer);

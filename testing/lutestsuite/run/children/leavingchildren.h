@@ -1,0 +1,61 @@
+/// Child processes that have done their work.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "base/inoncopyable.h"
+#include "base/lbtimer.h"
+#include "base/os/childoutput.h"
+#include "base/os/childprocess.h"
+
+namespace LuTestSuiteRun
+{
+
+/// A child that was asked to leave.
+struct SLeavingChild
+{
+    std::unique_ptr<LbOs::CChildProcess> child;
+    std::unique_ptr<LbOs::CChildOutput> errors; ///< its standard error; may be null
+    LbTimer time{LbTimer::eR_MilliSecond};      ///< since it was asked
+};
+
+/// Lets children run their exit handlers (profiles, leak reports) while the run goes on. A child that has not ended by
+/// itself 2 s after it was asked is ended. Any thread.
+class CLeavingChildren : public INonCopyable
+{
+public:
+    CLeavingChildren();
+
+    /// Waits for all that are left, and writes to standard error how children ended that failed meanwhile.
+    ~CLeavingChildren();
+
+    /// Takes over a child; one that is null is none. Few children leave at a time: when there are too many, waits for
+    /// the one that was asked first, unless a child had to be ended before.
+    void Add(SLeavingChild leaving) noexcept;
+
+    /// Ends all at once, for a thread that lacks what they still use. False if there was no child.
+    bool EndAll() noexcept;
+
+    /// How many may leave at a time.
+    static std::size_t GetMost();
+
+private:
+    void dropEnded();
+    void waitForFirst(bool isPatient);
+    void drop(std::size_t index);
+
+    static constexpr std::uint32_t sc_uiLongestMilliseconds = 2000;
+    static constexpr std::size_t sc_uiMostReports = 4;
+
+    std::mutex m_mutex; ///< guards all below
+    std::vector<SLeavingChild> m_children;
+    bool m_hadToEnd = false;
+    std::wstring m_report;
+    std::size_t m_reports = 0;
+};
+
+} // namespace LuTestSuiteRun
