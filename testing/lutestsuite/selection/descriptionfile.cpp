@@ -1,12 +1,15 @@
 /// Test description files: contacts and per-case parameters of a unit test.
 
+#include <algorithm>
+#include <iterator>
+
 #include "base/lbexception.h"
 #include "base/luunittest.h"
 #include "base/xmlnode.h"
 #include "testing/lutestsuite/environment/buildinformation.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/output/warning.h"
-#include "testing/lutestsuite/selection/expression.h"
+#include "testing/lutestsuite/selection/elementnames.h"
 #include "testing/lutestsuite/settings/parameters.h"
 #include "testing/lutestsuite/settings/valuereaders.h"
 
@@ -64,18 +67,11 @@ constexpr SParameter c_Parameters[] = {
     {L"Isolated", setFlag},
 };
 
-/// A "TestCase" element that counts in this build, with the expression of its name.
-struct SAcceptedElement
-{
-    XMLNode node;
-    LuTestSuite::CExpression expression;
-};
-
 /// What the names of "TestCase" elements say about the cases.
 struct SMatches
 {
-    std::vector<std::vector<XMLNode>> elements; ///< for each case, in file order
-    std::vector<std::wstring> invalidNames;     ///< names that are no expressions
+    std::vector<std::vector<std::size_t>> elements; ///< for each case the indices of its elements, in file order
+    std::vector<std::wstring> messages;             ///< names that cannot be matched
 };
 
 bool countsInThisBuild(const XMLNode& node)
@@ -84,59 +80,52 @@ bool countsInThisBuild(const XMLNode& node)
            node.GetAttribute("configuration") == LuTestSuite::c_BuildConfigurationName;
 }
 
-std::vector<SAcceptedElement> acceptElements(const std::vector<XMLNode>& nodes, std::vector<std::wstring>& invalidNames)
+std::vector<std::wstring> getElementNames(const std::vector<XMLNode>& elements)
 {
-    std::vector<SAcceptedElement> accepted;
-    for (const XMLNode& node : nodes)
+    std::vector<std::wstring> names;
+    for (const XMLNode& element : elements)
     {
-        if (!countsInThisBuild(node))
-        {
-            continue;
-        }
-        const std::wstring name = node.GetAttribute("name");
-        try
-        {
-            accepted.push_back({node, {LuTestSuiteUtils::GenerateWildcardRegex(name), name.size()}});
-        }
-        catch (const std::regex_error&)
-        {
-            invalidNames.push_back(name);
-        }
+        names.push_back(element.GetAttribute("name"));
     }
-    return accepted;
+    return names;
 }
 
-SMatches matchElements(const std::vector<LuTestSuite::STestCase>& cases, const std::vector<XMLNode>& nodes)
+SMatches findElements(const std::vector<LuTestSuite::STestCase>& cases, LuTestSuite::CElementNames& names,
+                      const LuTestSuite::CStackLimit* limit)
 {
     SMatches matches;
-    const std::vector<SAcceptedElement> elements = acceptElements(nodes, matches.invalidNames);
-    matches.elements.resize(cases.size());
-    for (std::size_t index = 0; index < cases.size(); ++index)
+    if (limit != nullptr)
     {
-        for (const SAcceptedElement& element : elements)
-        {
-            if (element.expression.Matches(cases[index].name))
-            {
-                matches.elements[index].push_back(element.node);
-            }
-        }
+        names.Compile(*limit, matches.messages);
+    }
+    matches.elements.reserve(cases.size());
+    for (const LuTestSuite::STestCase& testCase : cases)
+    {
+        matches.elements.push_back(names.Find(testCase.name, matches.messages));
     }
     return matches;
 }
 
-LuTestSuite::SExpressionSizes getSizes(const std::vector<LuTestSuite::STestCase>& cases,
-                                       const std::vector<XMLNode>& nodes)
+SMatches matchElements(const std::vector<LuTestSuite::STestCase>& cases, const std::vector<XMLNode>& elements)
 {
-    LuTestSuite::SExpressionSizes sizes;
-    for (const LuTestSuite::STestCase& testCase : cases)
+    LuTestSuite::CElementNames names(getElementNames(elements));
+    if (!names.NeedEngine())
     {
-        sizes.AddName(testCase.name.size());
+        return findElements(cases, names, nullptr);
     }
-    for (const XMLNode& node : nodes)
+    SMatches matches;
+    try
     {
-        sizes.AddSource(node.GetAttribute("name").size());
+        LuTestSuite::RunOnExpressionStack(
+            [&](const LuTestSuite::CStackLimit& limit) { matches = findElements(cases, names, &limit); });
     }
-    return sizes;
+    catch (const LbException& exception)
+    {
+        // No memory for the stack: what needs it is lost, the other elements are not.
+        matches = findElements(cases, names, nullptr);
+        matches.messages.push_back(exception.GetMessageText());
+    }
+    return matches;
 }
 
 } // namespace
@@ -184,36 +173,22 @@ void LuTestSuiteUtils::processExtraInfoFile(LuTestSuite::SUnitTest& test)
 void LuTestSuiteUtils::processTestCaseNodes(LuTestSuite::SUnitTest& test, const std::vector<XMLNode>& nodes,
                                             const std::wstring& file)
 {
-    if (nodes.empty())
+    std::vector<XMLNode> elements;
+    std::ranges::copy_if(nodes, std::back_inserter(elements), countsInThisBuild);
+    if (elements.empty())
     {
         return;
     }
-    SMatches matches;
-    try
-    {
-        LuTestSuite::RunWithExpressionStack(getSizes(test.cases, nodes),
-                                            [&] { matches = matchElements(test.cases, nodes); });
-    }
-    catch (const std::wstring& message)
+    const SMatches matches = matchElements(test.cases, elements);
+    for (const std::wstring& message : matches.messages)
     {
         LuTestSuite::WriteWarning(L"Warnung XML '%s': %s.\n", file, message);
-        return;
-    }
-    catch (const LbException& exception)
-    {
-        // No memory for the stack: the description is lost, the search goes on.
-        LuTestSuite::WriteWarning(L"Warnung XML '%s': %s.\n", file, exception.GetMessageText());
-        return;
-    }
-    for (const std::wstring& name : matches.invalidNames)
-    {
-        LuTestSuite::WriteWarning(L"Warnung XML '%s': Ungültiger Name '%s'.\n", file, name);
     }
     for (std::size_t index = 0; index < test.cases.size(); ++index)
     {
-        for (const XMLNode& element : matches.elements[index])
+        for (const std::size_t element : matches.elements[index])
         {
-            for (const XMLNode& node : element.GetChildren())
+            for (const XMLNode& node : elements[element].GetChildren())
             {
                 processParamNode(node, test.cases[index].parameters, file);
             }

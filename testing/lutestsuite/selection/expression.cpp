@@ -1,62 +1,134 @@
 #include "testing/lutestsuite/selection/expression.h"
 
+#include <iterator>
+#include <utility>
+
+#include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/os/process.h"
+#include "testing/lutestsuite/selection/wideregex.h"
 
 namespace
 {
 
-/// Address space, not memory: pages are taken as the recursion reaches them.
-constexpr std::size_t c_LargestStack = std::size_t{1} << 30U;
+using LuTestSuite::CStackExhausted;
+using LuTestSuite::CStackLimit;
 
-/// What every thread has to spare.
-constexpr std::size_t c_SmallStack = std::size_t{512} << 10U;
+/// Address space, not memory: pages are taken as the recursion reaches them. Where the address space is limited a
+/// smaller stack must do.
+constexpr std::size_t c_StackSizes[] = {std::size_t{1} << 28U, std::size_t{1} << 26U};
 
-/// Measured: 300 bytes for a character under a simple repetition, 50 more for each character of the expression inside
-/// the repetition. The bound leaves a factor of three, for builds with sanitizers.
-constexpr std::size_t c_StackPerStep = 256;
-constexpr std::size_t c_StepsPerCharacter = 4;
+/// The part of a stack that is left to recursion between two checks. The engine follows up to 100,000 states of an
+/// expression without looking at the text.
+constexpr std::size_t c_SpareFraction = 8;
 
-/// The largest stack when the product is beyond it.
-std::size_t getStackSize(std::size_t nameLength, std::size_t sourceLength)
+constexpr std::size_t c_MostShownCharacters = 80;
+
+/// A place in a text. Comparing two is a check of the stack, and the engine compares before it takes a character.
+class CCheckedPlace
 {
-    constexpr std::size_t c_Limit = c_LargestStack / c_StackPerStep;
-    const std::size_t steps = sourceLength + c_StepsPerCharacter;
-    return nameLength + 1 > c_Limit / steps ? c_LargestStack : (nameLength + 1) * steps * c_StackPerStep;
+public:
+    using iterator_category = std::bidirectional_iterator_tag;
+    using value_type = wchar_t;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const wchar_t*;
+    using reference = const wchar_t&;
+
+    CCheckedPlace() = default;
+    CCheckedPlace(const wchar_t* place, const CStackLimit& limit) : m_place(place), m_limit(&limit) {}
+
+    reference operator*() const { return *m_place; }
+
+    CCheckedPlace& operator++()
+    {
+        ++m_place;
+        return *this;
+    }
+
+    CCheckedPlace operator++(int) { return std::exchange(*this, {m_place + 1, *m_limit}); }
+
+    CCheckedPlace& operator--()
+    {
+        --m_place;
+        return *this;
+    }
+
+    CCheckedPlace operator--(int) { return std::exchange(*this, {m_place - 1, *m_limit}); }
+
+    bool operator==(const CCheckedPlace& other) const
+    {
+        if (m_limit != nullptr)
+        {
+            m_limit->Check();
+        }
+        return m_place == other.m_place;
+    }
+
+private:
+    const wchar_t* m_place = nullptr;
+    const CStackLimit* m_limit = nullptr;
+};
+
+/// Runs `operation` and turns an exhausted stack into a message that names the expression.
+template<typename T>
+auto watchStack(const std::wstring& text, const T& operation)
+{
+    try
+    {
+        return operation();
+    }
+    catch (const CStackExhausted&)
+    {
+        const bool isLong = text.size() > c_MostShownCharacters;
+        throw LbFormat(L"Regulärer Ausdruck '%s%s' braucht mehr Stack, als es gibt",
+                       text.substr(0, c_MostShownCharacters), isLong ? L"..." : L"");
+    }
 }
 
 } // namespace
 
-void LuTestSuite::RunWithExpressionStack(const SExpressionSizes& sizes, const std::function<void()>& function)
+void LuTestSuite::RunOnExpressionStack(const std::function<void(const CStackLimit&)>& function)
 {
-    const std::size_t size = getStackSize(sizes.name, sizes.source);
-    if (size <= c_SmallStack)
+    bool hasBegun = false;
+    for (const std::size_t size : c_StackSizes)
     {
-        function();
+        try
+        {
+            LbOs::RunOnStack(size, [&] {
+                hasBegun = true;
+                function({size, size / c_SpareFraction});
+            });
+            return;
+        }
+        catch (const LbException&)
+        {
+            if (hasBegun || size == std::end(c_StackSizes)[-1])
+            {
+                throw;
+            }
+        }
     }
-    else
-    {
-        LbOs::RunOnStack(size + c_SmallStack, function);
-    }
+}
+
+LuTestSuite::CExpression::CExpression(const std::wstring& source, std::wstring text, std::wstring requiredText,
+                                      const CStackLimit& limit)
+    : m_text(std::move(text)), m_requiredText(std::move(requiredText)), m_limit(&limit),
+      m_expression(watchStack(m_text, [&] { return MakeWideRegex(source, &limit); }))
+{
 }
 
 bool LuTestSuite::CExpression::Matches(const std::wstring& name) const
 {
-    checkLength(name);
-    return std::regex_match(name, m_expression);
+    return name.find(m_requiredText) != std::wstring::npos && watchStack(m_text, [&] {
+               return std::regex_match(CCheckedPlace(name.data(), *m_limit),
+                                       CCheckedPlace(name.data() + name.size(), *m_limit), m_expression);
+           });
 }
 
 bool LuTestSuite::CExpression::IsFoundIn(const std::wstring& name) const
 {
-    checkLength(name);
-    return std::regex_search(name, m_expression);
-}
-
-void LuTestSuite::CExpression::checkLength(const std::wstring& name) const
-{
-    if (getStackSize(name.size(), m_sourceLength) >= c_LargestStack)
-    {
-        throw LbFormat(L"Name mit %u Zeichen ist zu lang für einen regulären Ausdruck: %s...", name.size(),
-                       name.substr(0, 80));
-    }
+    return name.find(m_requiredText) != std::wstring::npos && watchStack(m_text, [&] {
+               return std::regex_search(CCheckedPlace(name.data(), *m_limit),
+                                        CCheckedPlace(name.data() + name.size(), *m_limit), m_expression);
+           });
 }

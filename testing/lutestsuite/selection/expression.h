@@ -1,43 +1,30 @@
-/// Regular expressions over names of any length.
+/// Expressions that only the standard library's engine can match.
 ///
-/// The standard library's engine recurses per character, so a long name can end a thread with a common stack without a
-/// word. Matching that needs more therefore runs on a stack of its own, and what even that cannot carry is an error.
+/// It recurses for each character of a name and for each part of an expression. It therefore runs on a large stack of
+/// its own, and what even that cannot carry is an error.
 #pragma once
 
-#include <algorithm>
-#include <cstddef>
 #include <functional>
 #include <regex>
 #include <string>
-#include <utility>
+
+#include "testing/lutestsuite/selection/stacklimit.h"
 
 namespace LuTestSuite
 {
 
-/// The longest name and the longest expression of a matching to come.
-struct SExpressionSizes
-{
-    void AddName(std::size_t length) { name = std::max(name, length); }
-    void AddSource(std::size_t length) { source = std::max(source, length); }
+/// Runs `function` to its end on a thread with a large stack and passes its exception on. Throws LbException when the
+/// thread cannot be had; then `function` has not begun.
+void RunOnExpressionStack(const std::function<void(const CStackLimit&)>& function);
 
-    std::size_t name = 0;
-    std::size_t source = 0;
-};
-
-/// Runs `function`, which compiles and matches what `sizes` announces, on the calling thread when its stack is certain
-/// to suffice, else to its end on another one. Throws LbException when that thread cannot be had.
-void RunWithExpressionStack(const SExpressionSizes& sizes, const std::function<void()>& function);
-
-/// A compiled expression. Matching is allowed under RunWithExpressionStack only, and throws a German message as
-/// std::wstring for a name that is too long for it.
+/// A compiled expression. For RunOnExpressionStack only, with the limit of that call, which it refers to. Each
+/// operation throws a German message as std::wstring, naming the expression, when the stack does not suffice.
 class CExpression
 {
 public:
-    /// `sourceLength` is the length of the expression's text, which bounds the recursion for each character.
-    CExpression(std::wregex expression, std::size_t sourceLength)
-        : m_expression(std::move(expression)), m_sourceLength(sourceLength)
-    {
-    }
+    /// `text` is what messages call the expression, and `requiredText` is part of each text that it is found in.
+    /// Throws std::regex_error.
+    CExpression(const std::wstring& source, std::wstring text, std::wstring requiredText, const CStackLimit& limit);
 
     /// True when the whole name matches.
     bool Matches(const std::wstring& name) const;
@@ -46,10 +33,10 @@ public:
     bool IsFoundIn(const std::wstring& name) const;
 
 private:
-    void checkLength(const std::wstring& name) const;
-
+    std::wstring m_text;
+    std::wstring m_requiredText;
+    const CStackLimit* m_limit;
     std::wregex m_expression;
-    std::size_t m_sourceLength;
 };
 
 } // namespace LuTestSuite

@@ -1,51 +1,94 @@
 /// Selection of cases.
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/selection/automaton.h"
 #include "testing/lutestsuite/selection/expression.h"
+#include "testing/lutestsuite/selection/wideregex.h"
+#include "testing/lutestsuite/selection/wildcard.h"
 
 namespace
 {
 
+using LuTestSuite::CAutomaton;
 using LuTestSuite::CExpression;
+using LuTestSuite::CStackLimit;
 using LuTestSuite::SUnitTest;
+
+struct SPattern
+{
+    std::wstring source;
+    std::optional<LuTestSuite::SExpressionSyntax> syntax;
+    bool needsEngine = false;
+};
+
+std::vector<SPattern> parsePatterns(const std::vector<std::wstring>& sources)
+{
+    std::vector<SPattern> patterns;
+    for (const std::wstring& source : sources)
+    {
+        SPattern pattern{source, LuTestSuite::ParseExpression(source)};
+        pattern.needsEngine = !pattern.syntax || !CAutomaton::CanTake(*pattern.syntax);
+        patterns.push_back(std::move(pattern));
+    }
+    return patterns;
+}
 
 /// The patterns of `-i` or of `-e`.
 class CPatterns
 {
 public:
     /// Every pattern is compiled, also when it will be compared as plain text: an invalid one is always an error.
-    CPatterns(const std::vector<std::wstring>& patterns, bool noRegex) : m_patterns(patterns), m_noRegex(noRegex)
+    /// `limit` is there when one of the patterns needs the engine.
+    CPatterns(const std::vector<SPattern>& patterns, bool noRegex, const CStackLimit* limit)
+        : m_patterns(patterns), m_noRegex(noRegex)
     {
-        for (const std::wstring& pattern : patterns)
+        for (const SPattern& pattern : patterns)
         {
-            try
+            if (pattern.needsEngine)
             {
-                m_expressions.emplace_back(std::wregex(pattern, std::regex_constants::ECMAScript), pattern.size());
+                compile(pattern, *limit);
             }
-            catch (const std::regex_error&)
+            else
             {
-                throw LbFormat(L"Ungültiger regulärer Ausdruck '%s'", pattern);
+                m_automaton.Add(pattern.syntax->root);
             }
         }
     }
 
     bool IsEmpty() const { return m_patterns.empty(); }
 
-    bool MatchesAny(const std::wstring& pathName) const
+    bool MatchesAny(const std::wstring& pathName)
     {
         if (m_noRegex)
         {
-            return std::ranges::any_of(m_patterns, [&](const std::wstring& each) { return pathName.ends_with(each); });
+            return std::ranges::any_of(m_patterns,
+                                       [&](const SPattern& each) { return pathName.ends_with(each.source); });
         }
-        return std::ranges::any_of(m_expressions, [&](const CExpression& each) { return each.IsFoundIn(pathName); });
+        return m_automaton.IsFoundIn(pathName) ||
+               std::ranges::any_of(m_expressions, [&](const CExpression& each) { return each.IsFoundIn(pathName); });
     }
 
 private:
-    const std::vector<std::wstring>& m_patterns;
+    void compile(const SPattern& pattern, const CStackLimit& limit)
+    {
+        try
+        {
+            std::wstring requiredText = pattern.syntax ? GetRequiredText(pattern.syntax->root) : std::wstring();
+            m_expressions.emplace_back(pattern.source, pattern.source, std::move(requiredText), limit);
+        }
+        catch (const std::regex_error&)
+        {
+            throw LbFormat(L"Ungültiger regulärer Ausdruck '%s'", pattern.source);
+        }
+    }
+
+    const std::vector<SPattern>& m_patterns;
+    CAutomaton m_automaton;
     std::vector<CExpression> m_expressions;
     bool m_noRegex;
 };
@@ -59,14 +102,9 @@ struct SSelector
 
     bool SelectsAll() const { return includes.IsEmpty() && excludes.IsEmpty() && storedNames.empty(); }
 
-    /// `pathPrefix` and `className` are the case's names without the case itself.
-    bool Selects(const std::wstring& pathPrefix, const std::wstring& className, const std::wstring& caseName) const
+    /// `pathName` and `className` are names of the same case.
+    bool Selects(const std::wstring& pathName, const std::wstring& className, const std::wstring& caseName)
     {
-        if (SelectsAll())
-        {
-            return true;
-        }
-        const std::wstring pathName = pathPrefix + caseName;
         if (excludes.MatchesAny(pathName))
         {
             return false;
@@ -75,7 +113,8 @@ struct SSelector
         {
             return true;
         }
-        return storedNames.contains(className + L":" + caseName) || includes.MatchesAny(pathName);
+        const bool isStored = !storedNames.empty() && storedNames.contains(className + L":" + caseName);
+        return isStored || includes.MatchesAny(pathName);
     }
 };
 
@@ -105,7 +144,7 @@ std::wstring getPathPrefix(const SUnitTest& test)
 }
 
 /// The indices of the selected cases of each unit test.
-std::vector<std::vector<std::size_t>> selectCases(const std::vector<SUnitTest>& tests, const SSelector& selector,
+std::vector<std::vector<std::size_t>> selectCases(const std::vector<SUnitTest>& tests, SSelector& selector,
                                                   std::uint32_t maxCases)
 {
     std::vector<std::vector<std::size_t>> selected(tests.size());
@@ -113,10 +152,13 @@ std::vector<std::vector<std::size_t>> selectCases(const std::vector<SUnitTest>& 
     for (std::size_t testIndex = 0; testIndex < tests.size(); ++testIndex)
     {
         const SUnitTest& test = tests[testIndex];
-        const std::wstring pathPrefix = getPathPrefix(test);
+        std::wstring pathName = getPathPrefix(test);
+        const std::size_t prefixLength = pathName.size();
         for (std::size_t caseIndex = 0; caseIndex < test.cases.size(); ++caseIndex)
         {
-            if (!selector.Selects(pathPrefix, test.className, test.cases[caseIndex].name))
+            const std::wstring& caseName = test.cases[caseIndex].name;
+            pathName.replace(prefixLength, std::wstring::npos, caseName);
+            if (!selector.SelectsAll() && !selector.Selects(pathName, test.className, caseName))
             {
                 continue;
             }
@@ -128,29 +170,6 @@ std::vector<std::vector<std::size_t>> selectCases(const std::vector<SUnitTest>& 
         }
     }
     return selected;
-}
-
-/// No patterns need no stack, whatever the names.
-LuTestSuite::SExpressionSizes getSizes(const std::vector<SUnitTest>& tests, const std::vector<std::wstring>& includes,
-                                       const std::vector<std::wstring>& excludes)
-{
-    LuTestSuite::SExpressionSizes sizes;
-    for (const std::vector<std::wstring>* const patterns : {&includes, &excludes})
-    {
-        for (const std::wstring& pattern : *patterns)
-        {
-            sizes.AddSource(pattern.size());
-        }
-    }
-    for (std::size_t index = 0; index < tests.size() && sizes.source > 0; ++index)
-    {
-        const std::size_t prefix = tests[index].dataDirectory.size() + tests[index].className.size() + 1;
-        for (const LuTestSuite::STestCase& testCase : tests[index].cases)
-        {
-            sizes.AddName(prefix + testCase.name.size());
-        }
-    }
-    return sizes;
 }
 
 /// Moves the selected cases of a unit test to its front and drops the others.
@@ -172,12 +191,23 @@ void LuTestSuiteUtils::FilterTestCases(std::vector<LuTestSuite::SUnitTest>& test
                                        const std::wstring& includeConfigPath, const std::vector<std::wstring>& includes,
                                        const std::vector<std::wstring>& excludes, std::uint32_t maxCases, bool noRegex)
 {
+    const std::vector<SPattern> includePatterns = parsePatterns(includes);
+    const std::vector<SPattern> excludePatterns = parsePatterns(excludes);
     std::vector<std::vector<std::size_t>> selected;
-    const auto select = [&] {
-        const SSelector selector{{includes, noRegex}, {excludes, noRegex}, readStoredNames(includeConfigPath)};
+    const auto select = [&](const CStackLimit* limit) {
+        SSelector selector{
+            {includePatterns, noRegex, limit}, {excludePatterns, noRegex, limit}, readStoredNames(includeConfigPath)};
         selected = selectCases(tests, selector, maxCases);
     };
-    LuTestSuite::RunWithExpressionStack(getSizes(tests, includes, excludes), select);
+    if (std::ranges::any_of(includePatterns, &SPattern::needsEngine) ||
+        std::ranges::any_of(excludePatterns, &SPattern::needsEngine))
+    {
+        LuTestSuite::RunOnExpressionStack([&](const CStackLimit& limit) { select(&limit); });
+    }
+    else
+    {
+        select(nullptr);
+    }
     for (std::size_t index = 0; index < tests.size(); ++index)
     {
         keepCases(tests[index], selected[index]);
@@ -187,26 +217,5 @@ void LuTestSuiteUtils::FilterTestCases(std::vector<LuTestSuite::SUnitTest>& test
 
 std::wregex LuTestSuiteUtils::GenerateWildcardRegex(const std::wstring& wildcard)
 {
-    // "?" and "*" are no longer special once they are replaced, and "." is escaped by then: one pass suffices.
-    std::wstring expression;
-    for (const wchar_t character : wildcard)
-    {
-        if (character == L'?')
-        {
-            expression += L'.';
-        }
-        else if (character == L'*')
-        {
-            expression += L".*";
-        }
-        else
-        {
-            if (std::wstring_view(L"\\^.$|()[]+/").find(character) != std::wstring_view::npos)
-            {
-                expression += L'\\';
-            }
-            expression += character;
-        }
-    }
-    return std::wregex(expression, std::regex_constants::ECMAScript);
+    return LuTestSuite::MakeWideRegex(LuTestSuite::GetWildcardExpression(wildcard));
 }

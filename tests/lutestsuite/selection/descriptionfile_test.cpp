@@ -20,14 +20,25 @@ class CScanDescribed : public LuUnitTest
     LB_RTTI(CScanDescribed)
     void InitSubtests() override
     {
-        for (const wchar_t* name : {L"eins", L"zwei", L"eins.txt", L"a+b", L"aab"})
+        for (const wchar_t* name : {L"eins", L"zwei", L"eins.txt", L"a+b", L"aab", L"level\uFF08\u65E7\uFF09.txt"})
         {
             AddSubtest(name, [] {});
         }
     }
 };
 
-/// One of its names is more than some expressions can carry.
+/// Two of its names are more than some expressions can carry.
+class CScanHugeNames : public LuUnitTest
+{
+    LB_RTTI(CScanHugeNames)
+    void InitSubtests() override
+    {
+        AddSubtest(std::wstring(800'000, L'a'), [] {});
+        AddSubtest(L"kurz", [] {});
+        AddSubtest(std::wstring(800'001, L'a'), [] {});
+    }
+};
+
 class CScanLongName : public LuUnitTest
 {
     LB_RTTI(CScanLongName)
@@ -41,6 +52,7 @@ class CScanLongName : public LuUnitTest
 } // namespace
 
 LB_RTTI_CLASS(CScanDescribed, LuUnitTest)
+LB_RTTI_CLASS(CScanHugeNames, LuUnitTest)
 LB_RTTI_CLASS(CScanLongName, LuUnitTest)
 
 namespace
@@ -121,7 +133,7 @@ TEST_F(DescriptionFile, MayBeMissing)
 {
     const auto tests = LuTestSuiteUtils::ScanDirectoryForUnitTests(m_folder.GetPath(), true);
 
-    EXPECT_EQ(tests.at(0).cases.size(), 5U);
+    EXPECT_EQ(tests.at(0).cases.size(), 6U);
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
@@ -153,7 +165,7 @@ TEST_F(DescriptionFile, LeavesWhatAContactLacksEmpty)
 
 TEST_F(DescriptionFile, AppliesAStarToEveryCase)
 {
-    EXPECT_EQ(GetMatchedCases("name='*'").size(), 5U);
+    EXPECT_EQ(GetMatchedCases("name='*'").size(), 6U);
 }
 
 TEST_F(DescriptionFile, MatchesWholeNames)
@@ -190,7 +202,7 @@ TEST_F(DescriptionFile, AppliesElementsOfTheBuildConfigurationOnly)
     ASSERT_TRUE(own == "Debug" || own == "Release") << own;
     const std::string other = own == "Debug" ? "Release" : "Debug";
 
-    EXPECT_EQ(GetMatchedCases("name='*' configuration='" + own + "'").size(), 5U);
+    EXPECT_EQ(GetMatchedCases("name='*' configuration='" + own + "'").size(), 6U);
     EXPECT_THAT(GetMatchedCases("name='*' configuration='" + other + "'"), IsEmpty());
     EXPECT_THAT(GetMatchedCases("name='*' configuration=''"), IsEmpty());
     EXPECT_THAT(GetMatchedCases("name='*' configuration='" + own + " x64'"), IsEmpty());
@@ -261,7 +273,7 @@ TEST_F(DescriptionFile, DisablesCasesWithTheExactTextFalse)
     EXPECT_THAT(GetEnabledCases("<TestCase name='*'><Enable>true</Enable></TestCase>"
                                 "<TestCase name='eins*'><Enable>false</Enable></TestCase>"
                                 "<TestCase name='a*b'><Enable>False</Enable></TestCase>"),
-                ElementsAre(L"zwei", L"a+b", L"aab"));
+                ElementsAre(L"zwei", L"a+b", L"aab", L"level\uFF08\u65E7\uFF09.txt"));
 }
 
 TEST_F(DescriptionFile, EnablesACaseAgain)
@@ -269,6 +281,14 @@ TEST_F(DescriptionFile, EnablesACaseAgain)
     EXPECT_THAT(GetEnabledCases("<TestCase name='*'><Enable>false</Enable></TestCase>"
                                 "<TestCase name='zwei'><Enable>true</Enable></TestCase>"),
                 ElementsAre(L"zwei"));
+}
+
+TEST_F(DescriptionFile, MatchesWideFormsOfOperators)
+{
+    const std::vector<std::wstring> expected = {L"level\uFF08\u65E7\uFF09.txt"};
+    EXPECT_EQ(GetMatchedCases("name='level（旧）.txt'"), expected);
+    EXPECT_EQ(GetMatchedCases("name='level（旧）.*'"), expected);
+    EXPECT_EQ(GetMatchedCases("name='level（旧）{1}.txt'"), expected);
 }
 
 TEST_F(DescriptionFile, WarnsOfASyntaxErrorAndChangesNothing)
@@ -290,29 +310,69 @@ TEST_F(DescriptionFile, WarnsOfADirectoryInItsPlaceAndKeepsTheRecord)
                 ElementsAre(CapturedOutput::BoldColored(L"Warnung: Datei " + file + L" konnte nicht gelesen werden.\n",
                                                         LuColor::c_GOLDENROD)));
     ASSERT_EQ(tests.size(), 1U);
-    EXPECT_EQ(tests[0].cases.size(), 5U);
+    EXPECT_EQ(tests[0].cases.size(), 6U);
 }
 
-TEST_F(DescriptionFile, WarnsOfNamesThatExpressionsCannotCarryAndGoesOn)
+class DescriptionFileLongNames : public DescriptionFile
 {
-    std::string name;
-    for (int count = 0; count < 750; ++count)
+protected:
+    /// The beginnings of the names of the class's cases that stay enabled.
+    std::vector<std::wstring> GetEnabledCases(const std::string& elements,
+                                              const std::wstring& className = L"CScanLongName")
     {
-        name += "*a";
+        m_file = m_folder.WriteFile(className + L"/#ExtraInfo.xml", "<ExtraInfo>" + elements + "</ExtraInfo>");
+        std::vector<std::wstring> names;
+        for (const auto& test : LuTestSuiteUtils::ScanDirectoryForUnitTests(m_folder.GetPath(), true))
+        {
+            for (const LuTestSuite::STestCase& testCase : test.cases)
+            {
+                if (test.className == className)
+                {
+                    names.push_back(testCase.name.substr(0, 4));
+                }
+            }
+        }
+        return names;
     }
-    const std::wstring file = m_folder.WriteFile(L"CScanLongName/#ExtraInfo.xml",
-                                                 "<ExtraInfo><Contact><Name>N</Name></Contact><TestCase name='" + name +
-                                                     "'><Enable>false</Enable></TestCase></ExtraInfo>");
+};
 
-    const auto tests = LuTestSuiteUtils::ScanDirectoryForUnitTests(m_folder.GetPath(), true);
+std::string MakeElement(const std::string& name)
+{
+    return "<TestCase name='" + name + "'><Enable>false</Enable></TestCase>";
+}
 
-    EXPECT_EQ(m_output.GetText(), L"Warnung XML '" + file +
-                                      L"': Name mit 200000 Zeichen ist zu lang für einen regulären Ausdruck: " +
-                                      std::wstring(80, L'a') + L"....\n");
-    ASSERT_EQ(tests.size(), 2U);
-    const auto& longNames = tests[tests[0].className == L"CScanLongName" ? 0 : 1];
-    EXPECT_EQ(longNames.cases.size(), 2U);
-    EXPECT_EQ(longNames.contacts.size(), 1U);
+std::string Repeat(const std::string& text, std::size_t count)
+{
+    std::string repeated;
+    for (std::size_t index = 0; index < count; ++index)
+    {
+        repeated += text;
+    }
+    return repeated;
+}
+
+TEST_F(DescriptionFileLongNames, MatchWildcardsOfManyStars)
+{
+    EXPECT_THAT(GetEnabledCases(MakeElement(Repeat("*a", 750)) + MakeElement(Repeat("*a", 20) + "*x")),
+                ElementsAre(L"kurz"));
+    EXPECT_EQ(m_output.GetText(), L"");
+}
+
+TEST_F(DescriptionFileLongNames, AnOverlongElementCostsOnlyItself)
+{
+    const std::string overlong = Repeat("a{2}{2}", 200'000);
+
+    EXPECT_THAT(GetEnabledCases(MakeElement(overlong) + MakeElement("ku{1}rz")), ElementsAre(L"aaaa"));
+    // Compared as a whole, the texts would flood the output.
+    EXPECT_TRUE(m_output.GetText() == L"Warnung XML '" + m_file + L"': Ungültiger Name '" +
+                                          std::wstring(overlong.begin(), overlong.end()) + L"'.\n");
+}
+
+TEST_F(DescriptionFileLongNames, AnElementThatExhaustsTheStackWarnsOnceAndIsTriedOnTheOtherCases)
+{
+    EXPECT_THAT(GetEnabledCases(MakeElement("*{1}{1}z") + MakeElement("?{1}{1}urz"), L"CScanHugeNames"),
+                ElementsAre(L"aaaa", L"aaaa"));
+    ExpectWarning(L"Warnung XML '", L"': Regulärer Ausdruck '*{1}{1}z' braucht mehr Stack, als es gibt.\n");
 }
 
 TEST_F(DescriptionFile, WarnsOfAnotherRoot)

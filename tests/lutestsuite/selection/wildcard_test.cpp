@@ -72,6 +72,28 @@ TEST_P(GenerateWildcardRegexSpecial, CharacterStandsForItself)
 INSTANTIATE_TEST_SUITE_P(All, GenerateWildcardRegexSpecial,
                          testing::Values(L'\\', L'^', L'.', L'$', L'|', L'(', L')', L'[', L']', L'+', L'/'));
 
+TEST(GenerateWildcardRegex, TakesWideFormsOfOperatorsForThemselves)
+{
+    for (const wchar_t form : std::wstring(L"＊．＋｜（）［］｛｝＼＾＄∗∣？"))
+    {
+        const std::wstring name = std::wstring(L"level") + form + L"{1}.txt";
+        EXPECT_TRUE(Matches(name, std::wstring(L"level") + form + L".txt")) << static_cast<unsigned>(form);
+        EXPECT_FALSE(Matches(name, L"level.txt")) << static_cast<unsigned>(form);
+        EXPECT_FALSE(Matches(name, L"levelx.txt")) << static_cast<unsigned>(form);
+    }
+}
+
+TEST(GenerateWildcardRegex, LetsNoWildcardStandForALineEnd)
+{
+    for (const wchar_t lineEnd : {L'\n', L'\r', L'\u2028', L'\u2029'})
+    {
+        const std::wstring name = std::wstring(L"a") + lineEnd + L"b";
+        EXPECT_FALSE(Matches(L"a?b", name));
+        EXPECT_FALSE(Matches(L"a*", name));
+        EXPECT_TRUE(Matches(name, name));
+    }
+}
+
 TEST(GenerateWildcardRegex, KeepsBackslashesInFrontOfWildcards)
 {
     EXPECT_TRUE(Matches(L"a\\*", L"a\\bc"));

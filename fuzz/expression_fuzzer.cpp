@@ -1,0 +1,86 @@
+/// Any expression on any name: the parser, the automaton and the required text agree with the standard library.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "testing/lutestsuite/selection/automaton.h"
+#include "testing/lutestsuite/selection/wideregex.h"
+
+namespace
+{
+
+/// Longer ones keep the standard library busy for too long.
+constexpr std::size_t c_LongestName = 6;
+constexpr std::size_t c_LongestExpression = 30;
+
+void check(bool isGood)
+{
+    if (!isGood)
+    {
+        std::abort();
+    }
+}
+
+/// A byte is a character; the highest ones stand for some beyond Latin-1.
+wchar_t getCharacter(std::uint8_t byte)
+{
+    constexpr std::wstring_view c_Wide = L"\u2028\u2029\uFF08\uFF0A\u65E7\u0416\u0660\u2003";
+    const std::size_t fromEnd = 255U - byte;
+    return fromEnd < c_Wide.size() ? c_Wide[fromEnd] : static_cast<wchar_t>(byte);
+}
+
+/// Up to the first line feed the expression, then the name.
+void split(const std::uint8_t* data, std::size_t size, std::wstring& source, std::wstring& name)
+{
+    const std::uint8_t* const end = data + size;
+    const std::uint8_t* const middle = std::find(data, end, std::uint8_t{'\n'});
+    std::transform(data, middle, std::back_inserter(source), getCharacter);
+    std::transform(middle == end ? end : middle + 1, end, std::back_inserter(name), getCharacter);
+    source.resize(std::min(source.size(), c_LongestExpression));
+    name.resize(std::min(name.size(), c_LongestName));
+}
+
+std::optional<std::wregex> compile(const std::wstring& source)
+{
+    try
+    {
+        return LuTestSuite::MakeWideRegex(source);
+    }
+    catch (const std::regex_error&)
+    {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    std::wstring source;
+    std::wstring name;
+    split(data, size, source, name);
+    const auto syntax = LuTestSuite::ParseExpression(source);
+    if (!syntax)
+    {
+        return 0;
+    }
+    const bool canTake = LuTestSuite::CAutomaton::CanTake(*syntax);
+    const std::optional<std::wregex> expression = compile(source);
+    if (!expression)
+    {
+        // Back-references to groups that are not there are for the standard library to find.
+        check(!canTake);
+        return 0;
+    }
+    const bool isFound = std::regex_search(name, *expression);
+    check(!isFound || name.find(LuTestSuite::GetRequiredText(syntax->root)) != std::wstring::npos);
+    if (canTake)
+    {
+        LuTestSuite::CAutomaton automaton;
+        automaton.Add(syntax->root);
+        check(automaton.IsFoundIn(name) == isFound);
+    }
+    return 0;
+}

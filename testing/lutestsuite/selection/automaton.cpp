@@ -1,0 +1,323 @@
+#include "testing/lutestsuite/selection/automaton.h"
+
+#include <algorithm>
+#include <type_traits>
+#include <utility>
+
+namespace
+{
+
+using LuTestSuite::CAutomaton;
+using LuTestSuite::CodeUnit;
+using LuTestSuite::SCodeRange;
+using LuTestSuite::SExpressionSyntax;
+using LuTestSuite::SSyntaxNode;
+
+/// In states that the standard library makes of an expression, which calls one of more than 100,000 invalid.
+constexpr std::size_t c_LargestExpression = 90'000;
+
+/// Numbers kept for states and transitions. Beyond it the states are dropped, and made again where texts reach them.
+constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
+
+/// The states that are there from the start.
+constexpr std::uint32_t c_Found = 0;
+constexpr std::uint32_t c_Dead = 1;
+constexpr std::uint32_t c_Unknown = static_cast<std::uint32_t>(-1);
+
+/// No less than the states that the standard library makes of the tree, copies for repetition counts included; a number
+/// beyond the largest expression when there are more.
+std::size_t getSize(const SSyntaxNode& tree)
+{
+    if (tree.kind == SSyntaxNode::EKind::Character)
+    {
+        return 1;
+    }
+    std::size_t size = 3;
+    for (const SSyntaxNode& child : tree.children)
+    {
+        const std::size_t joint = tree.kind == SSyntaxNode::EKind::Choice ? 3 : 0;
+        size = std::min(size + getSize(child) + joint, c_LargestExpression + 1);
+    }
+    if (tree.kind == SSyntaxNode::EKind::Repeat)
+    {
+        const bool isUnlimited = tree.maximum == SSyntaxNode::sc_Unlimited;
+        size *= std::size_t{isUnlimited ? tree.minimum + 1 : tree.maximum} + 1;
+    }
+    return std::min(size, c_LargestExpression + 1);
+}
+
+} // namespace
+
+/// Node 0 stands behind every expression.
+CAutomaton::CAutomaton() : m_nodes(1) {}
+
+bool CAutomaton::CanTake(const SExpressionSyntax& syntax)
+{
+    return syntax.isRegular && getSize(syntax.root) <= c_LargestExpression;
+}
+
+void CAutomaton::Add(const SSyntaxNode& root)
+{
+    m_entries.push_back(addTree(root, 0));
+}
+
+CAutomaton::NodeIndex CAutomaton::addNode(const SNode& node)
+{
+    m_nodes.push_back(node);
+    return static_cast<NodeIndex>(m_nodes.size() - 1);
+}
+
+std::uint32_t CAutomaton::addSet(const CCharacterSet& set)
+{
+    const auto [entry, isNew] = m_setIndices.emplace(set, static_cast<std::uint32_t>(m_sets.size()));
+    if (isNew)
+    {
+        m_sets.push_back(&entry->first);
+    }
+    return entry->second;
+}
+
+/// Adds the nodes of the tree, which `next` follows. Returns the first one.
+CAutomaton::NodeIndex CAutomaton::addTree(const SSyntaxNode& tree, NodeIndex next)
+{
+    switch (tree.kind)
+    {
+    case SSyntaxNode::EKind::Character:
+        return addNode({SNode::EKind::Character, next, 0, addSet(tree.set)});
+    case SSyntaxNode::EKind::TextBegin:
+        return addNode({SNode::EKind::TextBegin, next});
+    case SSyntaxNode::EKind::TextEnd:
+        return addNode({SNode::EKind::TextEnd, next});
+    case SSyntaxNode::EKind::Repeat:
+        return addRepeat(tree, next);
+    case SSyntaxNode::EKind::Choice:
+        return addChoice(tree, next);
+    default:
+        break;
+    }
+    for (auto child = tree.children.rbegin(); child != tree.children.rend(); ++child)
+    {
+        next = addTree(*child, next);
+    }
+    return next;
+}
+
+CAutomaton::NodeIndex CAutomaton::addRepeat(const SSyntaxNode& tree, NodeIndex next)
+{
+    const SSyntaxNode& child = tree.children[0];
+    NodeIndex first = next;
+    if (tree.maximum == SSyntaxNode::sc_Unlimited)
+    {
+        first = addNode({SNode::EKind::Fork, 0, next});
+        const NodeIndex body = addTree(child, first);
+        m_nodes[first].next = body;
+    }
+    else
+    {
+        for (std::uint32_t count = tree.minimum; count < tree.maximum; ++count)
+        {
+            const NodeIndex body = addTree(child, first);
+            first = addNode({SNode::EKind::Fork, body, next});
+        }
+    }
+    for (std::uint32_t count = 0; count < tree.minimum; ++count)
+    {
+        first = addTree(child, first);
+    }
+    return first;
+}
+
+CAutomaton::NodeIndex CAutomaton::addChoice(const SSyntaxNode& tree, NodeIndex next)
+{
+    NodeIndex first = addTree(tree.children.back(), next);
+    for (std::size_t index = tree.children.size() - 1; index > 0; --index)
+    {
+        const NodeIndex child = addTree(tree.children[index - 1], next);
+        first = addNode({SNode::EKind::Fork, child, first});
+    }
+    return first;
+}
+
+bool CAutomaton::IsFoundIn(std::wstring_view text)
+{
+    if (!m_isPrepared)
+    {
+        prepare();
+    }
+    StateIndex state = m_first;
+    const std::size_t classCount = m_classBegins.size();
+    for (const wchar_t character : text)
+    {
+        // Both stay what they are.
+        if (state <= c_Dead)
+        {
+            break;
+        }
+        const std::size_t characterClass = getClass(character);
+        const StateIndex next = m_transitions[state * classCount + characterClass];
+        state = next != c_Unknown ? next : addTransition(state, characterClass);
+    }
+    return m_states[state].isFoundAtEnd;
+}
+
+void CAutomaton::prepare()
+{
+    m_isPrepared = true;
+    m_marks.assign(m_nodes.size(), 0);
+    splitAlphabet();
+    beginClosure();
+    for (const NodeIndex entry : m_entries)
+    {
+        extendClosure(entry, false, false);
+    }
+    m_restart = m_closure;
+    clearStates();
+}
+
+void CAutomaton::splitAlphabet()
+{
+    m_classBegins.assign(1, 0);
+    for (const CCharacterSet* const set : m_sets)
+    {
+        for (const SCodeRange& range : set->GetRanges())
+        {
+            m_classBegins.push_back(range.first);
+            if (range.last != static_cast<CodeUnit>(-1))
+            {
+                m_classBegins.push_back(range.last + 1);
+            }
+        }
+    }
+    std::ranges::sort(m_classBegins);
+    m_classBegins.erase(std::unique(m_classBegins.begin(), m_classBegins.end()), m_classBegins.end());
+    for (std::size_t unit = 0; unit < sc_TableSize; ++unit)
+    {
+        m_table[unit] = static_cast<std::uint32_t>(findClass(static_cast<wchar_t>(unit)));
+    }
+}
+
+std::size_t CAutomaton::findClass(wchar_t character) const
+{
+    const CodeUnit unit = static_cast<std::make_unsigned_t<wchar_t>>(character);
+    return static_cast<std::size_t>(std::ranges::upper_bound(m_classBegins, unit) - m_classBegins.begin()) - 1;
+}
+
+void CAutomaton::clearStates()
+{
+    m_states.assign({{{}, true}, {{}, false}});
+    m_stateIndices.clear();
+    m_transitions.assign(m_states.size() * m_classBegins.size(), c_Unknown);
+    m_numbers = 0;
+    beginClosure();
+    bool isFound = false;
+    for (const NodeIndex entry : m_entries)
+    {
+        isFound = extendClosure(entry, true, false) || isFound;
+    }
+    // No other state may take its place: only here an end of the text is a begin, too.
+    m_first = isFound ? c_Found : appendState(true);
+}
+
+void CAutomaton::beginClosure()
+{
+    m_closure.clear();
+    ++m_mark;
+}
+
+/// Adds what is reached from the node without a character. True when that is the end of an expression.
+bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
+{
+    bool isFound = false;
+    m_pending.assign(1, node);
+    while (!m_pending.empty())
+    {
+        const NodeIndex index = m_pending.back();
+        m_pending.pop_back();
+        if (std::exchange(m_marks[index], m_mark) == m_mark)
+        {
+            continue;
+        }
+        const SNode& reached = m_nodes[index];
+        const bool isPassed = reached.kind == SNode::EKind::Fork ||
+                              (reached.kind == SNode::EKind::TextBegin && isBegin) ||
+                              (reached.kind == SNode::EKind::TextEnd && isEnd);
+        if (isPassed)
+        {
+            m_pending.push_back(reached.next);
+        }
+        if (reached.kind == SNode::EKind::Fork)
+        {
+            m_pending.push_back(reached.other);
+        }
+        if (reached.kind == SNode::EKind::Character || reached.kind == SNode::EKind::TextEnd)
+        {
+            m_closure.push_back(index);
+        }
+        isFound = isFound || reached.kind == SNode::EKind::Found;
+    }
+    return isFound;
+}
+
+/// Makes a state of the closure.
+CAutomaton::StateIndex CAutomaton::appendState(bool isBegin)
+{
+    SState state{m_closure};
+    beginClosure();
+    for (const NodeIndex node : state.nodes)
+    {
+        if (m_nodes[node].kind == SNode::EKind::TextEnd)
+        {
+            state.isFoundAtEnd = extendClosure(node, isBegin, true) || state.isFoundAtEnd;
+        }
+    }
+    m_numbers += m_classBegins.size() + 2 * state.nodes.size();
+    m_transitions.resize(m_transitions.size() + m_classBegins.size(), c_Unknown);
+    m_states.push_back(std::move(state));
+    return static_cast<StateIndex>(m_states.size() - 1);
+}
+
+/// The state of the closure's nodes, which is made when it is not there.
+CAutomaton::StateIndex CAutomaton::findState()
+{
+    if (m_closure.empty())
+    {
+        return c_Dead;
+    }
+    std::ranges::sort(m_closure);
+    const auto [entry, isNew] = m_stateIndices.emplace(m_closure, c_Unknown);
+    if (isNew)
+    {
+        entry->second = appendState(false);
+    }
+    return entry->second;
+}
+
+CAutomaton::StateIndex CAutomaton::addTransition(StateIndex from, std::size_t characterClass)
+{
+    const std::vector<NodeIndex> nodes = m_states[from].nodes;
+    const bool isFull = m_numbers > c_MostNumbers;
+    if (isFull)
+    {
+        clearStates();
+    }
+    beginClosure();
+    bool isFound = false;
+    for (const NodeIndex node : nodes)
+    {
+        const SNode& each = m_nodes[node];
+        if (each.kind == SNode::EKind::Character && m_sets[each.set]->Contains(m_classBegins[characterClass]))
+        {
+            isFound = extendClosure(each.next, false, false) || isFound;
+        }
+    }
+    for (const NodeIndex node : m_restart)
+    {
+        extendClosure(node, false, false);
+    }
+    const StateIndex to = isFound ? c_Found : findState();
+    if (!isFull)
+    {
+        m_transitions[from * m_classBegins.size() + characterClass] = to;
+    }
+    return to;
+}

@@ -1,0 +1,56 @@
+/// Sets of characters of an expression, by their code units.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace LuTestSuite
+{
+
+/// Code unit of wide text: 16 bits on one platform, 32 on the other one.
+using CodeUnit = std::uint32_t;
+
+/// From `first` to `last`, both included.
+struct SCodeRange
+{
+    CodeUnit first = 0;
+    CodeUnit last = 0;
+
+    auto operator<=>(const SCodeRange&) const = default;
+};
+
+/// Ascending ranges that neither overlap nor touch, so that equal sets compare equal.
+class CCharacterSet
+{
+public:
+    CCharacterSet() = default;
+    explicit CCharacterSet(wchar_t character) { Add(character, character); }
+
+    /// The set named like this in "[[:alpha:]]"; its members are ASCII. Nothing for any other name.
+    static std::optional<CCharacterSet> FromClassName(std::wstring_view name);
+
+    /// What "." stands for: all but the four line terminators.
+    static const CCharacterSet& GetAnyButLineEnds();
+
+    void Add(wchar_t first, wchar_t last);
+    void Add(const CCharacterSet& other);
+
+    CCharacterSet GetComplement() const;
+    bool Contains(CodeUnit unit) const;
+
+    /// The only member, if there is exactly one.
+    std::optional<wchar_t> GetOnlyMember() const;
+
+    const std::vector<SCodeRange>& GetRanges() const { return m_ranges; }
+
+    auto operator<=>(const CCharacterSet&) const = default;
+
+private:
+    void add(const SCodeRange& range);
+
+    std::vector<SCodeRange> m_ranges;
+};
+
+} // namespace LuTestSuite

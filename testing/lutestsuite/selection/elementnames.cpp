@@ -1,0 +1,132 @@
+#include "testing/lutestsuite/selection/elementnames.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "base/lbformat.h"
+#include "testing/lutestsuite/selection/wildcard.h"
+
+namespace
+{
+
+using LuTestSuite::SSyntaxNode;
+
+SSyntaxNode makeNode(SSyntaxNode::EKind kind)
+{
+    SSyntaxNode node;
+    node.kind = kind;
+    return node;
+}
+
+/// The expression between the begin and the end of the text.
+SSyntaxNode anchor(SSyntaxNode root)
+{
+    SSyntaxNode whole;
+    whole.children.push_back(makeNode(SSyntaxNode::EKind::TextBegin));
+    whole.children.push_back(std::move(root));
+    whole.children.push_back(makeNode(SSyntaxNode::EKind::TextEnd));
+    return whole;
+}
+
+} // namespace
+
+LuTestSuite::CElementNames::CElementNames(std::vector<std::wstring> names) : m_names(std::move(names))
+{
+    for (Index index = 0; index < m_names.size(); ++index)
+    {
+        const std::wstring_view name = m_names[index];
+        switch (GetWildcardKind(name))
+        {
+        case EWildcardKind::Plain:
+            m_plain[name].push_back(index);
+            break;
+        case EWildcardKind::Wildcard:
+        {
+            const std::wstring_view begin = name.substr(0, name.find_first_of(L"*?"));
+            m_wildcards[begin.size()][begin].push_back(index);
+            break;
+        }
+        case EWildcardKind::Expression:
+            addExpression(index);
+            break;
+        }
+    }
+}
+
+void LuTestSuite::CElementNames::addExpression(Index index)
+{
+    std::optional<SExpressionSyntax> syntax = ParseExpression(GetWildcardExpression(m_names[index]));
+    if (!syntax || !CAutomaton::CanTake(*syntax))
+    {
+        m_forEngine.push_back(index);
+        return;
+    }
+    m_automata.push_back({index, {}});
+    m_automata.back().automaton.Add(anchor(std::move(syntax->root)));
+}
+
+void LuTestSuite::CElementNames::Compile(const CStackLimit& limit, std::vector<std::wstring>& messages)
+{
+    for (const Index index : m_forEngine)
+    {
+        const std::wstring& name = m_names[index];
+        try
+        {
+            m_expressions.push_back({index, {GetWildcardExpression(name), name, L"", limit}});
+        }
+        catch (const std::regex_error&)
+        {
+            messages.push_back(LbFormat(L"Ungültiger Name '%s'", name));
+        }
+        catch (const std::wstring& message)
+        {
+            messages.push_back(message);
+        }
+    }
+}
+
+std::vector<std::size_t> LuTestSuite::CElementNames::Find(const std::wstring& caseName,
+                                                          std::vector<std::wstring>& messages)
+{
+    std::vector<Index> found;
+    if (const auto plain = m_plain.find(caseName); plain != m_plain.end())
+    {
+        found = plain->second;
+    }
+    for (const auto& [length, byBegin] : m_wildcards)
+    {
+        const auto wildcards = byBegin.find(std::wstring_view(caseName).substr(0, length));
+        if (wildcards != byBegin.end())
+        {
+            std::ranges::copy_if(wildcards->second, std::back_inserter(found),
+                                 [&](Index index) { return MatchesWildcard(caseName, m_names[index]); });
+        }
+    }
+    for (SAutomaton& each : m_automata)
+    {
+        if (each.automaton.IsFoundIn(caseName))
+        {
+            found.push_back(each.index);
+        }
+    }
+    for (SExpression& each : m_expressions)
+    {
+        try
+        {
+            if (each.expression.Matches(caseName))
+            {
+                found.push_back(each.index);
+            }
+        }
+        catch (const std::wstring& message)
+        {
+            if (!std::exchange(each.hasFailed, true))
+            {
+                messages.push_back(message);
+            }
+        }
+    }
+    std::ranges::sort(found);
+    return found;
+}

@@ -1,0 +1,136 @@
+// Expressions and names that ask much of the stack.
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace
+{
+
+/// Leaves an expression to the standard library's engine and changes nothing else.
+const std::wstring c_ForEngine = L"(?=[^]|$)";
+
+std::wstring Repeat(const std::wstring& text, std::size_t count)
+{
+    std::wstring repeated;
+    for (std::size_t index = 0; index < count; ++index)
+    {
+        repeated += text;
+    }
+    return repeated;
+}
+
+/// `count` names of the length, joined by "|".
+std::wstring MakeChoice(std::size_t count, std::size_t length)
+{
+    std::wstring choice;
+    for (std::size_t index = 0; index < count; ++index)
+    {
+        const std::wstring number = std::to_wstring(index);
+        choice += (index > 0 ? L"|" : L"") + std::wstring(length - number.size(), L'n') + number;
+    }
+    return choice;
+}
+
+/// The number of the cases that are selected of a class with these, whose path name begins with "/daten/CLang:".
+std::size_t CountSelected(const std::vector<std::wstring>& names, const std::wstring& include)
+{
+    LuTestSuite::SUnitTest test;
+    test.dataDirectory = L"/daten/";
+    test.className = L"CLang";
+    for (const std::wstring& name : names)
+    {
+        test.cases.push_back({{}, name, {}});
+    }
+    std::vector<LuTestSuite::SUnitTest> tests{test};
+    LuTestSuiteUtils::FilterTestCases(tests, L"", {include}, {}, std::numeric_limits<std::uint32_t>::max(), false);
+    return tests.empty() ? 0 : tests[0].cases.size();
+}
+
+std::wstring GetMessage(const std::vector<std::wstring>& names, const std::wstring& include)
+{
+    try
+    {
+        CountSelected(names, include);
+    }
+    catch (const std::wstring& message)
+    {
+        return message;
+    }
+    return L"no exception";
+}
+
+class LongExpression : public testing::TestWithParam<bool>
+{
+protected:
+    static std::wstring GetPrefix() { return GetParam() ? c_ForEngine : L""; }
+};
+
+TEST_P(LongExpression, OfHundredsOfNamesIsSearchedInLongPaths)
+{
+    const std::wstring choice = MakeChoice(300, 45);
+    const std::wstring name = std::wstring(332 - 13 - 45, L'x') + choice.substr(choice.size() - 45);
+
+    EXPECT_EQ(choice.size(), 13'799U);
+    EXPECT_EQ(CountSelected({name, L"xxx"}, GetPrefix() + L"(" + choice + L")$"), 1U);
+}
+
+TEST_P(LongExpression, IsSearchedInNamesOfTensOfThousandsOfCharacters)
+{
+    const std::wstring name(60'000, L'x');
+
+    EXPECT_EQ(CountSelected({name + L"!", name}, GetPrefix() + L"(x|y)*!$"), 1U);
+}
+
+TEST_P(LongExpression, MayHaveDeeplyNestedGroups)
+{
+    const std::wstring nested = Repeat(L"(?:", 10'000) + L"ab" + Repeat(L")", 10'000);
+
+    EXPECT_EQ(CountSelected({L"ab", L"ba"}, GetPrefix() + nested), 1U);
+}
+
+TEST_P(LongExpression, MayHaveThousandsOfAlternatives)
+{
+    EXPECT_EQ(CountSelected({L"n123", L"n124x"}, GetPrefix() + L":(?:" + MakeChoice(5'000, 4) + L")$"), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAutomatonAndEngine, LongExpression, testing::Bool());
+
+TEST(LongExpressionAlone, OfTooManyNestedGroupsIsInvalidWithoutCases)
+{
+    const std::wstring nested = Repeat(L"(", 60'000) + Repeat(L")", 60'000);
+
+    // Compared as a whole, the texts would flood the output.
+    EXPECT_TRUE(GetMessage({}, nested) == L"Ungültiger regulärer Ausdruck '" + nested + L"'");
+}
+
+TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamed)
+{
+    const std::wstring message = GetMessage({std::wstring(800'000, L'x') + L"y"}, L":(x)*\\1z?y$");
+
+    EXPECT_EQ(message, L"Regulärer Ausdruck ':(x)*\\1z?y$' braucht mehr Stack, als es gibt");
+}
+
+TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamedByItsBegin)
+{
+    const std::wstring expression = L":(x)*\\1z?y$|" + std::wstring(5'000, L'z');
+
+    EXPECT_EQ(GetMessage({std::wstring(800'000, L'x') + L"y"}, expression),
+              L"Regulärer Ausdruck '" + expression.substr(0, 80) + L"...' braucht mehr Stack, als es gibt");
+}
+
+TEST(LongExpressionAlone, WithoutNeedOfTheEngineIsSearchedInNamesOfMillionsOfCharacters)
+{
+    EXPECT_EQ(CountSelected({std::wstring(5'000'000, L'x'), L"y"}, L"^.*y$"), 1U);
+}
+
+TEST(LongExpressionAlone, IsNoSlowerForManyWaysToMatch)
+{
+    EXPECT_EQ(CountSelected({std::wstring(60, L'a')}, L":(?:(?:a*)*)*b$"), 0U);
+}
+
+} // namespace
