@@ -1,0 +1,309 @@
+#include "base/lbfilelisting.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <memory_resource>
+#include <mutex>
+#include <new>
+#include <unordered_map>
+#include <vector>
+
+#include "base/os/directories.h"
+#include "base/os/pages.h"
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+/// True when `name` matches `wildcard`. On a mismatch only the last "*" takes one character more, which is enough: what
+/// stands before it has matched as early as possible.
+bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
+{
+    std::size_t position = 0;
+    std::size_t inWildcard = 0;
+    std::size_t afterStar = std::wstring_view::npos;
+    std::size_t takenByStar = 0;
+    while (position < name.size())
+    {
+        if (inWildcard < wildcard.size() && wildcard[inWildcard] == L'*')
+        {
+            afterStar = ++inWildcard;
+            takenByStar = position;
+        }
+        else if (inWildcard < wildcard.size() &&
+                 (wildcard[inWildcard] == L'?' || wildcard[inWildcard] == name[position]))
+        {
+            ++inWildcard;
+            ++position;
+        }
+        else if (afterStar != std::wstring_view::npos)
+        {
+            inWildcard = afterStar;
+            position = ++takenByStar;
+        }
+        else
+        {
+            return false;
+        }
+    }
+    return wildcard.find_first_not_of(L'*', inWildcard) == std::wstring_view::npos;
+}
+
+/// A text that no other pattern has: wildcards with an end each, then the excluded ones.
+std::wstring getKey(const LbFilePattern& pattern)
+{
+    std::wstring key;
+    for (const std::wstring_view wildcard : pattern.wildcards)
+    {
+        key.append(wildcard).append(1, L'\0');
+    }
+    key.append(1, L'\0');
+    for (const std::wstring_view wildcard : pattern.excluded)
+    {
+        key.append(wildcard).append(1, L'\0');
+    }
+    return key;
+}
+
+/// Memory that no heap tracker sees.
+class CPageResource : public std::pmr::memory_resource
+{
+    void* do_allocate(std::size_t size, std::size_t /*alignment*/) override
+    {
+        void* const pages = LbOs::AllocatePages(size);
+        return pages == nullptr ? throw std::bad_alloc() : pages;
+    }
+    void do_deallocate(void* pages, std::size_t size, std::size_t /*alignment*/) override
+    {
+        LbOs::ReleasePages(pages, size);
+    }
+    bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
+};
+
+/// An object that is never destroyed, since cases may still ask at the end of the process, and needs no heap.
+template<typename T>
+T& getEternal()
+{
+    alignas(T) static std::byte s_memory[sizeof(T)];
+    static T& s_object = *new (s_memory) T;
+    return s_object;
+}
+
+/// Names one behind the other.
+struct SNames
+{
+    std::wstring text;
+    std::vector<std::uint32_t> ends;
+
+    std::wstring_view Get(std::uint32_t index) const
+    {
+        const std::uint32_t begin = index == 0 ? 0 : ends[index - 1];
+        return std::wstring_view(text).substr(begin, ends[index] - begin);
+    }
+};
+
+SNames readNames(const std::wstring& directory)
+{
+    SNames names;
+    LbOs::VisitDirectory(directory, [&names](const LbOs::SDirectoryEntry& entry) {
+        if (!entry.isDirectory)
+        {
+            names.text += entry.name;
+            names.ends.push_back(static_cast<std::uint32_t>(names.text.size()));
+        }
+    });
+    return names;
+}
+
+class CListing final : public LbFileListing
+{
+public:
+    CListing(const std::wstring& directory, const SNames& names);
+
+    std::wstring_view GetDirectory() const noexcept override { return m_directory; }
+    std::uint32_t GetCount() const noexcept override { return static_cast<std::uint32_t>(m_begins.size()) - 1; }
+    std::wstring_view GetName(std::uint32_t rank) const noexcept override
+    {
+        return std::wstring_view(m_text).substr(m_begins[rank], m_begins[rank + 1] - m_begins[rank]);
+    }
+    std::optional<std::uint32_t> Find(std::wstring_view name) const noexcept override;
+    std::span<const std::uint32_t> GetMatches(const LbFilePattern& pattern) const override;
+
+private:
+    /// Of all that is kept for sure, and of the matches of one pattern.
+    static std::size_t getSize(const std::wstring& directory, const SNames& names)
+    {
+        constexpr std::size_t c_Other = 1024;
+        return (directory.size() + names.text.size()) * sizeof(wchar_t) +
+               names.ends.size() * 2 * sizeof(std::uint32_t) + c_Other;
+    }
+
+    mutable std::pmr::monotonic_buffer_resource m_memory;
+    std::pmr::wstring m_directory;
+    std::pmr::wstring m_text;
+    std::pmr::vector<std::uint32_t> m_begins; ///< one more than names
+    mutable std::mutex m_mutex;               ///< of the matches and of the memory from now on
+    mutable std::pmr::map<std::pmr::wstring, std::pmr::vector<std::uint32_t>, std::less<>> m_matches;
+};
+
+CListing::CListing(const std::wstring& directory, const SNames& names)
+    : m_memory(getSize(directory, names), &getEternal<CPageResource>()), m_directory(directory, &m_memory),
+      m_text(&m_memory), m_begins(&m_memory), m_matches(&m_memory)
+{
+    std::vector<std::uint32_t> order(names.ends.size());
+    std::ranges::generate(order, [next = std::uint32_t{0}]() mutable { return next++; });
+    std::ranges::sort(order, {}, [&names](std::uint32_t index) { return names.Get(index); });
+    m_text.reserve(names.text.size());
+    m_begins.reserve(order.size() + 1);
+    for (const std::uint32_t index : order)
+    {
+        m_begins.push_back(static_cast<std::uint32_t>(m_text.size()));
+        m_text += names.Get(index);
+    }
+    m_begins.push_back(static_cast<std::uint32_t>(m_text.size()));
+}
+
+std::optional<std::uint32_t> CListing::Find(std::wstring_view name) const noexcept
+{
+    std::uint32_t first = 0;
+    std::uint32_t end = GetCount();
+    while (first < end)
+    {
+        const std::uint32_t middle = first + (end - first) / 2;
+        (GetName(middle) < name ? first : end) = GetName(middle) < name ? middle + 1 : middle;
+    }
+    return first < GetCount() && GetName(first) == name ? std::optional(first) : std::nullopt;
+}
+
+std::span<const std::uint32_t> CListing::GetMatches(const LbFilePattern& pattern) const
+{
+    const std::wstring key = getKey(pattern);
+    const std::lock_guard lock(m_mutex);
+    if (const auto known = m_matches.find(std::wstring_view(key)); known != m_matches.end())
+    {
+        return known->second;
+    }
+    std::vector<std::uint32_t> ranks;
+    for (std::uint32_t rank = 0; rank < GetCount(); ++rank)
+    {
+        if (pattern.Matches(GetName(rank)))
+        {
+            ranks.push_back(rank);
+        }
+    }
+    return m_matches.try_emplace(std::pmr::wstring(key, &m_memory), ranks.begin(), ranks.end()).first->second;
+}
+
+using SharedListing = std::shared_ptr<const CListing>;
+
+SharedListing readListing(const std::wstring& directory)
+{
+    const std::pmr::polymorphic_allocator<CListing> allocator(&getEternal<CPageResource>());
+    return std::allocate_shared<CListing>(allocator, directory, readNames(directory));
+}
+
+/// A listing with what is known of its folder.
+struct SKept
+{
+    SharedListing listing;
+    LbOs::SDirectoryStamp stamp;
+    Clock::time_point seenSince; ///< the folder has shown this stamp
+    bool isTrusted = false;      ///< no change can have escaped the stamp
+    std::uint64_t lastUse = 0;
+};
+
+/// The listings that the process keeps.
+class CListings
+{
+public:
+    SharedListing Get(const std::wstring& directory);
+
+private:
+    SharedListing findTrusted(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp);
+    Clock::time_point getSeenSince(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp);
+    void keep(SKept kept);
+
+    std::mutex m_readMutex; ///< one thread reads: the others find the listing that they wait for
+    std::mutex m_mutex;     ///< of all below
+    std::pmr::unsynchronized_pool_resource m_memory{&getEternal<CPageResource>()};
+    std::pmr::unordered_map<std::wstring_view, SKept> m_kept{&m_memory}; ///< by the folders that the listings hold
+    std::uint64_t m_uses = 0;
+};
+
+SharedListing CListings::Get(const std::wstring& directory)
+{
+    const auto getStamp = [&directory] { return LbOs::GetDirectoryStamp(directory); };
+    std::optional<LbOs::SDirectoryStamp> stamp = getStamp();
+    if (SharedListing listing = stamp ? findTrusted(directory, *stamp) : nullptr)
+    {
+        return listing;
+    }
+    const std::lock_guard lock(m_readMutex);
+    const Clock::time_point now = Clock::now();
+    stamp = getStamp();
+    if (SharedListing listing = stamp ? findTrusted(directory, *stamp) : nullptr)
+    {
+        return listing;
+    }
+    SharedListing listing = readListing(directory);
+    if (stamp && getStamp() == stamp)
+    {
+        constexpr std::chrono::milliseconds c_LongestClockStep(100);
+        constexpr std::int64_t c_CoarseStep = 10'000'000;
+        const Clock::time_point seenSince = std::min(getSeenSince(directory, *stamp), now);
+        const bool isTrusted = now - seenSince >= c_LongestClockStep && stamp->changeTime % c_CoarseStep != 0;
+        keep({listing, *stamp, seenSince, isTrusted});
+    }
+    return listing;
+}
+
+SharedListing CListings::findTrusted(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto kept = m_kept.find(directory);
+    if (kept == m_kept.end() || !kept->second.isTrusted || kept->second.stamp != stamp)
+    {
+        return nullptr;
+    }
+    kept->second.lastUse = ++m_uses;
+    return kept->second.listing;
+}
+
+Clock::time_point CListings::getSeenSince(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto kept = m_kept.find(directory);
+    return kept == m_kept.end() || kept->second.stamp != stamp ? Clock::time_point::max() : kept->second.seenSince;
+}
+
+void CListings::keep(SKept kept)
+{
+    constexpr std::size_t c_Most = 1024;
+    const std::lock_guard lock(m_mutex);
+    // The old key goes with its listing.
+    m_kept.erase(kept.listing->GetDirectory());
+    if (m_kept.size() >= c_Most)
+    {
+        m_kept.erase(std::ranges::min_element(m_kept, {}, [](const auto& entry) { return entry.second.lastUse; }));
+    }
+    kept.lastUse = ++m_uses;
+    const std::wstring_view directory = kept.listing->GetDirectory();
+    m_kept.emplace(directory, std::move(kept));
+}
+
+} // namespace
+
+bool LbFilePattern::Matches(std::wstring_view name) const
+{
+    const auto matches = [name](std::wstring_view wildcard) { return matchesWildcard(name, wildcard); };
+    return std::ranges::any_of(wildcards, matches) && std::ranges::none_of(excluded, matches);
+}
+
+LbFileListing::~LbFileListing() = default;
+
+std::shared_ptr<const LbFileListing> LbFileListing::Get(const std::wstring& directory)
+{
+    return getEternal<CListings>().Get(directory);
+}

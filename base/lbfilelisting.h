@@ -1,0 +1,59 @@
+/// What files a folder holds, read once for all who ask.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/inoncopyable.h"
+#include "base/lbexport.h"
+
+/// Which files are meant: those that match one of the wildcards and none of the excluded ones. "*" stands for any
+/// characters, "?" for one; everything else is exact. Refers to texts of the caller.
+struct LbFilePattern
+{
+    std::span<const std::wstring_view> wildcards;
+    std::span<const std::wstring_view> excluded;
+
+    /// Takes time in proportion to the length of the name times that of the wildcards, whatever stars they have.
+    LB_API bool Matches(std::wstring_view name) const;
+};
+
+/// The names of the files (not directories) of a folder at one moment, ordered by code unit. Never changes; any thread.
+///
+/// The process keeps the listings of the last few folders and shares them. Each request asks the system whether the
+/// folder is still the same and has been changed, and reads it again when it was: a file that was added, removed or
+/// renamed before the request is never missed. Clocks of file systems go in steps, so that a change that follows
+/// another one at once can leave the folder's times as they are. Therefore a listing is only shared when the folder had
+/// shown the same times for a tenth of a second before it was read, and never when the times have no fraction of a
+/// second, as on FAT.
+///
+/// Listings take memory straight from the system: what is kept for later cases is no growth of the heap of the present
+/// one.
+class LB_API LbFileListing : public INonCopyable
+{
+public:
+    /// The present files of a folder; empty when it cannot be read.
+    static std::shared_ptr<const LbFileListing> Get(const std::wstring& directory);
+
+    /// The folder as it was asked for.
+    virtual std::wstring_view GetDirectory() const noexcept = 0;
+
+    virtual std::uint32_t GetCount() const noexcept = 0;
+
+    /// The name of a rank below GetCount. Valid as long as the listing.
+    virtual std::wstring_view GetName(std::uint32_t rank) const noexcept = 0;
+
+    /// The rank of a name, compared exactly; nothing when there is no such file.
+    virtual std::optional<std::uint32_t> Find(std::wstring_view name) const noexcept = 0;
+
+    /// The ranks of the files that are meant, ascending. Remembered with the listing, so that only the first request
+    /// for a pattern looks at all names; valid as long as the listing.
+    virtual std::span<const std::uint32_t> GetMatches(const LbFilePattern& pattern) const = 0;
+
+    virtual ~LbFileListing();
+};

@@ -1,0 +1,64 @@
+#include "base/os/directories.h"
+
+#include <utility>
+
+#include <sys/stat.h>
+
+#include "base/lbencoding.h"
+
+namespace
+{
+
+std::int64_t toNanoseconds(const timespec& time)
+{
+    constexpr std::int64_t c_PerSecond = 1'000'000'000;
+    return time.tv_sec * c_PerSecond + time.tv_nsec;
+}
+
+/// Links are followed; a link to nothing is no directory.
+bool isDirectory(const std::string& path, struct stat status)
+{
+    return S_ISDIR(status.st_mode) ||
+           (S_ISLNK(status.st_mode) && stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode));
+}
+
+} // namespace
+
+std::optional<LbOs::SDirectoryStamp> LbOs::GetDirectoryStamp(const std::wstring& directory)
+{
+    struct stat status = {};
+    if (stat(LbEncoding::ToNative(directory).c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+    {
+        return std::nullopt;
+    }
+    return SDirectoryStamp{
+        {status.st_dev, status.st_ino}, toNanoseconds(status.st_mtim), toNanoseconds(status.st_ctim)};
+}
+
+LbOs::CHomeDirectory::CHomeDirectory(std::wstring path) : m_path(std::move(path))
+{
+    m_identity = GetFileStatus(m_path).value_or(SFileStatus()).identity;
+}
+
+bool LbOs::CHomeDirectory::Ensure() const
+{
+    // An open directory would do without a question. But cases may close what they have not opened.
+    struct stat status = {};
+    const bool isThere = stat(".", &status) == 0 && SFileIdentity{status.st_dev, status.st_ino} == m_identity;
+    return isThere || SetWorkingDirectory(m_path);
+}
+
+bool LbOs::HoldsFile(const std::wstring& directory, const std::wstring& name)
+{
+    constexpr std::wstring_view c_NotInNames(L"/\0", 2);
+    if (directory.empty() || name.empty() || name.find_first_of(c_NotInNames) != std::wstring::npos)
+    {
+        return false;
+    }
+    const std::string bytes = LbEncoding::ToNative(name);
+    std::string path = LbEncoding::ToNative(directory);
+    path.append(1, '/').append(bytes);
+    struct stat status = {};
+    // Several texts can stand for the same bytes, of which a listing shows one.
+    return lstat(path.c_str(), &status) == 0 && !isDirectory(path, status) && LbEncoding::FromNative(bytes) == name;
+}

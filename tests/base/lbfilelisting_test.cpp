@@ -1,0 +1,229 @@
+#include "base/lbfilelisting.h"
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Listing = std::shared_ptr<const LbFileListing>;
+using Names = std::vector<std::wstring>;
+using Wildcards = std::vector<std::wstring_view>;
+
+Names GetNames(const LbFileListing& listing)
+{
+    Names names;
+    for (std::uint32_t rank = 0; rank < listing.GetCount(); ++rank)
+    {
+        names.emplace_back(listing.GetName(rank));
+    }
+    return names;
+}
+
+Names GetMatches(const LbFileListing& listing, const Wildcards& wildcards, const Wildcards& excluded = {})
+{
+    Names names;
+    for (const std::uint32_t rank : listing.GetMatches({wildcards, excluded}))
+    {
+        names.emplace_back(listing.GetName(rank));
+    }
+    return names;
+}
+
+/// Asks until the process shares a listing of the folder: it does so once the folder has been the same for a while.
+Listing WaitForSharedListing(const std::wstring& folder)
+{
+    Listing listing = LbFileListing::Get(folder);
+    while (LbFileListing::Get(folder) != listing)
+    {
+        std::this_thread::yield();
+        listing = LbFileListing::Get(folder);
+    }
+    return listing;
+}
+
+class FileListing : public testing::Test
+{
+protected:
+    Names GetPresentNames() const { return GetNames(*LbFileListing::Get(m_folder.GetPath())); }
+
+    ScopedFolder m_folder;
+};
+
+TEST_F(FileListing, HoldsFilesInOrderAndNoFolders)
+{
+    m_folder.WriteFile(L"b.txt", "");
+    m_folder.WriteFile(L"a.txt", "");
+    m_folder.WriteFile(L"C.txt", "");
+    m_folder.MakeFolder(L"folder");
+
+    EXPECT_THAT(GetPresentNames(), ElementsAre(L"C.txt", L"a.txt", L"b.txt"));
+}
+
+TEST_F(FileListing, IsEmptyForAFolderThatIsNotThere)
+{
+    EXPECT_EQ(LbFileListing::Get(m_folder.GetPathOf(L"missing"))->GetCount(), 0U);
+    EXPECT_EQ(LbFileListing::Get(L"")->GetCount(), 0U);
+}
+
+TEST_F(FileListing, FindsEachNameAndNoOther)
+{
+    for (int number = 0; number < 50; number += 2)
+    {
+        m_folder.WriteFile(L"file " + std::to_wstring(number), "");
+    }
+    const Listing listing = LbFileListing::Get(m_folder.GetPath());
+
+    for (std::uint32_t rank = 0; rank < listing->GetCount(); ++rank)
+    {
+        EXPECT_EQ(listing->Find(listing->GetName(rank)), rank);
+    }
+    for (const wchar_t* const name : {L"", L"file", L"file 1", L"file 00", L"g", L"a"})
+    {
+        EXPECT_EQ(listing->Find(name), std::nullopt) << name;
+    }
+}
+
+TEST_F(FileListing, GivesTheFilesOfSeveralWildcardsOnceAndInOrder)
+{
+    for (const wchar_t* const name : {L"a.yaml", L"b.yml", L"c.txt", L"d.yaml", L"d.expected.yaml"})
+    {
+        m_folder.WriteFile(name, "");
+    }
+    const Listing listing = LbFileListing::Get(m_folder.GetPath());
+
+    EXPECT_THAT(GetMatches(*listing, {L"*.yml", L"*.yaml", L"d*"}),
+                ElementsAre(L"a.yaml", L"b.yml", L"d.expected.yaml", L"d.yaml"));
+    EXPECT_THAT(GetMatches(*listing, {L"*.yml", L"*.yaml"}, {L"*.expected.*", L"a*"}),
+                ElementsAre(L"b.yml", L"d.yaml"));
+    EXPECT_THAT(GetMatches(*listing, {}, {}), IsEmpty());
+}
+
+TEST_F(FileListing, TellsPatternsApartWhoseTextsAreTheSameInARow)
+{
+    for (const wchar_t* const name : {L"a", L"b", L"ab"})
+    {
+        m_folder.WriteFile(name, "");
+    }
+    const Listing listing = LbFileListing::Get(m_folder.GetPath());
+
+    EXPECT_THAT(GetMatches(*listing, {L"a", L"b"}), ElementsAre(L"a", L"b"));
+    EXPECT_THAT(GetMatches(*listing, {L"ab"}), ElementsAre(L"ab"));
+    EXPECT_THAT(GetMatches(*listing, {L"a"}, {L"b"}), ElementsAre(L"a"));
+    EXPECT_THAT(GetMatches(*listing, {L"*"}, {L"a", L"b"}), ElementsAre(L"ab"));
+}
+
+TEST_F(FileListing, IsReadOnceForAFolderThatDoesNotChange)
+{
+    m_folder.WriteFile(L"a.txt", "");
+    const Listing listing = WaitForSharedListing(m_folder.GetPath());
+
+    for (int count = 0; count < 100; ++count)
+    {
+        EXPECT_EQ(LbFileListing::Get(m_folder.GetPath()), listing);
+    }
+}
+
+TEST_F(FileListing, StaysAsItIsWhenTheFolderChanges)
+{
+    m_folder.WriteFile(L"a.txt", "");
+    const Listing listing = WaitForSharedListing(m_folder.GetPath());
+
+    m_folder.WriteFile(L"b.txt", "");
+
+    EXPECT_THAT(GetNames(*listing), ElementsAre(L"a.txt"));
+    EXPECT_THAT(GetPresentNames(), ElementsAre(L"a.txt", L"b.txt"));
+}
+
+TEST_F(FileListing, MissesNoChangeHoweverSoonItFollowsTheOneBefore)
+{
+    WaitForSharedListing(m_folder.GetPath());
+    for (int count = 0; count < 300; ++count)
+    {
+        const std::wstring path = m_folder.WriteFile(L"a.txt", "");
+        ASSERT_THAT(GetPresentNames(), ElementsAre(L"a.txt")) << count;
+        ASSERT_TRUE(LbOs::RemoveFile(path));
+        ASSERT_THAT(GetPresentNames(), IsEmpty()) << count;
+    }
+}
+
+TEST_F(FileListing, NoticesAnotherFolderInTheOldOnesPlace)
+{
+    const std::wstring folder = m_folder.MakeFolder(L"data");
+    m_folder.WriteFile(L"data/old.txt", "");
+    const Listing old = WaitForSharedListing(folder);
+
+    ASSERT_TRUE(LbFileSystem::RemoveTree(folder));
+    EXPECT_EQ(LbFileListing::Get(folder)->GetCount(), 0U);
+    m_folder.MakeFolder(L"data");
+    m_folder.WriteFile(L"data/new.txt", "");
+
+    EXPECT_THAT(GetNames(*LbFileListing::Get(folder)), ElementsAre(L"new.txt"));
+    EXPECT_THAT(GetNames(*old), ElementsAre(L"old.txt"));
+}
+
+TEST_F(FileListing, MoreFoldersThanAreKeptAreAllRight)
+{
+    constexpr int c_Count = 1100;
+    for (int number = 0; number < c_Count; ++number)
+    {
+        const std::wstring name = std::to_wstring(number);
+        m_folder.MakeFolder(name);
+        m_folder.WriteFile(name + L"/of " + name, "");
+    }
+    for (int round = 0; round < 2; ++round)
+    {
+        for (int number = 0; number < c_Count; ++number)
+        {
+            const std::wstring name = std::to_wstring(number);
+            ASSERT_THAT(GetNames(*LbFileListing::Get(m_folder.GetPathOf(name))), ElementsAre(L"of " + name));
+        }
+    }
+}
+
+TEST(FileListingThreads, AllSeeWhatWasThereBeforeTheyAsked)
+{
+    const ScopedFolder folder;
+    constexpr int c_Changes = 200;
+    std::atomic<int> written = 0;
+    const auto check = [&] {
+        for (int present = 0; present < c_Changes; present = written.load())
+        {
+            const Listing listing = LbFileListing::Get(folder.GetPath());
+            const std::vector<std::wstring_view> all = {L"*"};
+            if (listing->GetCount() < static_cast<std::uint32_t>(present) ||
+                listing->GetMatches({all, {}}).size() != listing->GetCount())
+            {
+                ADD_FAILURE() << listing->GetCount() << " files of " << present;
+                return;
+            }
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int count = 0; count < 4; ++count)
+    {
+        threads.emplace_back(check);
+    }
+    for (int number = 0; number < c_Changes; ++number)
+    {
+        folder.WriteFile(L"file " + std::to_wstring(number), "");
+        written = number + 1;
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+}
+
+} // namespace
