@@ -28,8 +28,8 @@ SRegistry& getRegistry()
 
 } // namespace
 
-LbRTTI::LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create)
-    : m_name(name), m_base(base), m_create(create)
+LbRTTI::LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create, const LbClassFacts& facts)
+    : m_name(name), m_base(base), m_create(create), m_facts(facts)
 {
     bool isTaken = false;
     {

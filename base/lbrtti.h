@@ -13,10 +13,48 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <typeinfo>
 
 #include "base/inoncopyable.h"
 #include "base/iobject.h"
 #include "base/lbexport.h"
+
+class LuUnitTest;
+
+/// What is known of a class where the compiler sees it: which operations of LuUnitTest neither it nor a class between
+/// the two overrides. A name that is ambiguous or inaccessible counts as overridden.
+struct LbClassFacts
+{
+    const std::type_info* type = nullptr; ///< the class; null when nothing is known, and all counts as overridden
+    bool hasPlainList = false;            ///< GetSubtestCount and GetSubtestName are LuUnitTest's
+    bool hasPlainRun = false;             ///< RunUnitTest is LuUnitTest's
+
+    template<typename Class>
+    static LbClassFacts Of() noexcept
+    {
+        constexpr bool c_HasPlainList = requires
+        {
+            requires c_IsPlain<decltype(getDeclaring(&Class::GetSubtestCount))>;
+            requires c_IsPlain<decltype(getDeclaring(&Class::GetSubtestName))>;
+        };
+        constexpr bool c_HasPlainRun = requires
+        {
+            requires c_IsPlain<decltype(getDeclaring(&Class::RunUnitTest))>;
+        };
+        return {&typeid(Class), c_HasPlainList, c_HasPlainRun};
+    }
+
+private:
+    /// A pointer to a member is of the class that has declared the member last.
+    template<typename Result, typename Class, typename... Arguments>
+    static Class* getDeclaring(Result (Class::*)(Arguments...));
+    template<typename Result, typename Class, typename... Arguments>
+    static Class* getDeclaring(Result (Class::*)(Arguments...) const);
+
+    template<typename Declaring>
+    static constexpr bool c_IsPlain = std::is_same_v<Declaring, LuUnitTest*>;
+};
 
 /// The record of one class. Records are compared by identity. All operations may be called from any thread. A record
 /// stays valid while its module is loaded.
@@ -28,12 +66,14 @@ public:
 
     /// Registers a class. `base` is null only for a root class; `create` is null for a class that cannot be created by
     /// name. If the name is taken, Find returns the record that was registered first, until its module is unloaded.
-    LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create);
+    /// With `facts` of the class, runs find one sub-test of its objects without creating the others.
+    LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create, const LbClassFacts& facts = {});
     ~LbRTTI();
 
     const std::wstring& GetName() const noexcept { return m_name; }
     const LbRTTI* GetBase() const noexcept { return m_base; }
     CreateFunction GetCreate() const noexcept { return m_create; }
+    const LbClassFacts& GetFacts() const noexcept { return m_facts; }
 
     /// True if this class is `type` or derived from it.
     bool IsDerivedFrom(const LbRTTI& type) const noexcept;
@@ -49,6 +89,7 @@ private:
     std::wstring m_name;
     const LbRTTI* m_base;
     CreateFunction m_create;
+    LbClassFacts m_facts;
 };
 
 /// Declares the record inside the class. Leaves the access at private.
@@ -68,8 +109,9 @@ private:
 
 /// The same with an explicit name, for example with a namespace.
 #define LB_RTTI_NAMED_CLASS(Class, Base, Name)                                                                         \
-    const LbRTTI Class::RTTI(L"" Name, &Base::RTTI,                                                                    \
-                             []() -> std::unique_ptr<IObject> { return std::make_unique<Class>(); });
+    const LbRTTI Class::RTTI(                                                                                          \
+        L"" Name, &Base::RTTI, []() -> std::unique_ptr<IObject> { return std::make_unique<Class>(); },                 \
+        LbClassFacts::Of<Class>());
 
 /// Defines the record of a class that cannot be created by name.
 #define LB_RTTI_ABSTRACT(Class, Base) const LbRTTI Class::RTTI(L"" #Class, &Base::RTTI, nullptr);

@@ -1,49 +1,16 @@
 #include "base/luunittest.h"
 
-#include "base/lbencoding.h"
+#include <algorithm>
+
 #include "base/lbexception.h"
-#include "base/lbfilesystem.h"
+#include "base/os/directories.h"
 
 LB_RTTI_ABSTRACT(LuUnitTest, IObject)
 
 namespace
 {
 
-/// True when `name` matches `wildcard` ("*" and "?"). On a mismatch only the last "*" takes one character more, which
-/// is enough: what stands before it has matched as early as possible.
-bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
-{
-    std::size_t position = 0;
-    std::size_t inWildcard = 0;
-    std::size_t afterStar = std::wstring_view::npos;
-    std::size_t takenByStar = 0;
-    while (position < name.size())
-    {
-        if (inWildcard < wildcard.size() && wildcard[inWildcard] == L'*')
-        {
-            afterStar = ++inWildcard;
-            takenByStar = position;
-        }
-        else if (inWildcard < wildcard.size() &&
-                 (wildcard[inWildcard] == L'?' || wildcard[inWildcard] == name[position]))
-        {
-            ++inWildcard;
-            ++position;
-        }
-        else if (afterStar != std::wstring_view::npos)
-        {
-            inWildcard = afterStar;
-            position = ++takenByStar;
-        }
-        else
-        {
-            return false;
-        }
-    }
-    return wildcard.find_first_not_of(L'*', inWildcard) == std::wstring_view::npos;
-}
-
-[[noreturn]] void throwNoSuchSubtest(std::uint32_t subtest, std::size_t count)
+[[noreturn]] void throwNoSuchSubtest(std::uint32_t subtest, std::uint32_t count)
 {
     throw LbException(LbFormat(L"Untertest %u gibt es nicht, es sind %u", subtest, count));
 }
@@ -61,35 +28,77 @@ void LuUnitTest::SetMessageStream(LuStreamWriteText* stream)
 void LuUnitTest::SetDataDirectory(const std::wstring& directory)
 {
     m_dataDirectory = directory;
+    m_listing.reset();
     m_dataFileNames.reset();
+}
+
+const std::vector<std::wstring>& LuUnitTest::GetDataFileNames() const
+{
+    if (!m_dataFileNames)
+    {
+        const LbFileListing& listing = getListing();
+        std::vector<std::wstring>& names = m_dataFileNames.emplace();
+        names.reserve(listing.GetCount());
+        for (std::uint32_t rank = 0; rank < listing.GetCount(); ++rank)
+        {
+            names.emplace_back(listing.GetName(rank));
+        }
+    }
+    return *m_dataFileNames;
 }
 
 void LuUnitTest::PrepareSubtest() {}
 
 std::uint32_t LuUnitTest::GetSubtestCount() const
 {
-    return static_cast<std::uint32_t>(m_subtests.size());
+    if (!m_isForOne)
+    {
+        return m_count;
+    }
+    if (!m_hasFiles)
+    {
+        return m_calls;
+    }
+    // InitSubtests may be under way: so many as there are by now.
+    const LuUnitTest& complete = getComplete();
+    return m_calls < complete.m_entries.size() ? complete.m_entries[m_calls].first : complete.m_count;
 }
 
 std::wstring LuUnitTest::GetSubtestName(std::uint32_t subtest) const
 {
-    if (subtest >= m_subtests.size())
+    if (m_isForOne)
     {
-        throwNoSuchSubtest(subtest, m_subtests.size());
+        return getComplete().GetSubtestName(subtest);
     }
-    return m_subtests[subtest].name;
+    const SEntry& entry = getEntry(subtest);
+    return entry.files ? std::wstring(entry.files->listing->GetName(entry.files->ranks[subtest - entry.first]))
+                       : entry.name;
 }
 
 LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
 {
-    if (subtest >= m_subtests.size())
+    if (!m_isForOne)
     {
-        throwNoSuchSubtest(subtest, m_subtests.size());
+        return runHere(subtest);
     }
+    LuUnitTest& complete = getComplete();
+    if (m_selectedFunction && complete.findPlain(m_selected) == subtest)
+    {
+        return RunSelectedSubtest();
+    }
+    const EResult result = complete.RunUnitTest(subtest);
+    m_hasErrors = complete.HasErrors();
+    return result;
+}
+
+/// Runs a sub-test as all are run.
+template<typename F>
+LuUnitTest::EResult LuUnitTest::guard(const F& run)
+{
     m_hasErrors = false;
     try
     {
-        return m_subtests[subtest].function();
+        return run();
     }
     catch (...)
     {
@@ -99,23 +108,161 @@ LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
     return eR_Exception;
 }
 
-void LuUnitTest::addSubtest(std::wstring name, std::function<EResult()> function)
+LuUnitTest::EResult LuUnitTest::runHere(std::uint32_t subtest)
 {
-    m_subtests.push_back({std::move(name), std::move(function)});
+    const SEntry& entry = getEntry(subtest);
+    return guard([&] {
+        return entry.files ? entry.files->function(m_dataDirectory + GetSubtestName(subtest)) : entry.function();
+    });
 }
 
-const std::vector<std::wstring>& LuUnitTest::GetDataFileNames() const
+std::optional<std::uint32_t> LuUnitTest::FindSubtest(std::wstring_view name) const
 {
-    if (!m_dataFileNames)
+    if (m_isForOne)
     {
-        m_dataFileNames = LbFileSystem::GetFileNames(m_dataDirectory);
+        return getComplete().FindSubtest(name);
     }
-    return *m_dataFileNames;
+    if (getFacts().hasPlainList)
+    {
+        return findPlain(name);
+    }
+    const std::uint32_t count = GetSubtestCount();
+    for (std::uint32_t subtest = 0; subtest < count; ++subtest)
+    {
+        if (GetSubtestName(subtest) == name)
+        {
+            return subtest;
+        }
+    }
+    return std::nullopt;
 }
 
-bool LuUnitTest::isDataSet(std::wstring_view fileName, std::wstring_view wildcard)
+void LuUnitTest::SelectSubtest(std::wstring_view name)
 {
-    return fileName != sc_DescriptionFile && matchesWildcard(fileName, wildcard);
+    m_selected = name;
+    const LbClassFacts facts = getFacts();
+    m_isForOne = facts.hasPlainList && facts.hasPlainRun && GetRTTI().GetCreate() != nullptr;
+}
+
+bool LuUnitTest::HasSelectedSubtest()
+{
+    if (m_isForOne)
+    {
+        return static_cast<bool>(m_selectedFunction);
+    }
+    m_selectedSubtest = FindSubtest(m_selected);
+    return m_selectedSubtest.has_value();
+}
+
+LuUnitTest::EResult LuUnitTest::RunSelectedSubtest()
+{
+    return m_isForOne ? guard(m_selectedFunction) : RunUnitTest(m_selectedSubtest.value());
+}
+
+bool LuUnitTest::countFiles(const LbFilePattern& pattern)
+{
+    ++m_calls;
+    m_hasFiles = true;
+    if (!m_isForOne)
+    {
+        return true;
+    }
+    if (m_selectedFunction || m_selected == sc_DescriptionFile || !pattern.Matches(m_selected))
+    {
+        return false;
+    }
+    return m_listing ? m_listing->Find(m_selected).has_value() : LbOs::HoldsFile(m_dataDirectory, m_selected);
+}
+
+void LuUnitTest::addSubtest(std::wstring_view name, Function function)
+{
+    if (m_isForOne)
+    {
+        m_selectedFunction = std::move(function);
+        return;
+    }
+    m_entries.push_back({m_count, std::wstring(name), std::move(function), nullptr});
+    ++m_count;
+}
+
+void LuUnitTest::addFileSubtests(const LbFilePattern& pattern, FileFunction function)
+{
+    if (m_isForOne)
+    {
+        m_selectedFunction = [this, function = std::move(function)] { return function(m_dataDirectory + m_selected); };
+        return;
+    }
+    std::vector<std::wstring_view> excluded(pattern.excluded.begin(), pattern.excluded.end());
+    excluded.emplace_back(sc_DescriptionFile);
+    const LbFileListing& listing = getListing();
+    const std::span<const std::uint32_t> ranks = listing.GetMatches({pattern.wildcards, excluded});
+    m_entries.push_back({m_count, {}, {}, std::make_unique<SFiles>(SFiles{m_listing, ranks, std::move(function)})});
+    m_count += static_cast<std::uint32_t>(ranks.size());
+}
+
+const LbFileListing& LuUnitTest::getListing() const
+{
+    if (!m_listing)
+    {
+        m_listing = LbFileListing::Get(m_dataDirectory);
+    }
+    return *m_listing;
+}
+
+const LuUnitTest::SEntry& LuUnitTest::getEntry(std::uint32_t subtest) const
+{
+    if (subtest >= m_count)
+    {
+        throwNoSuchSubtest(subtest, m_count);
+    }
+    // The last one that begins there: those in front of it are without files.
+    return *std::prev(std::ranges::upper_bound(m_entries, subtest, {}, &SEntry::first));
+}
+
+std::optional<std::uint32_t> LuUnitTest::findPlain(std::wstring_view name) const
+{
+    for (const SEntry& entry : m_entries)
+    {
+        if (!entry.files)
+        {
+            if (entry.name == name)
+            {
+                return entry.first;
+            }
+            continue;
+        }
+        const std::span<const std::uint32_t> ranks = entry.files->ranks;
+        const std::optional<std::uint32_t> rank = entry.files->listing->Find(name);
+        const auto match = rank ? std::ranges::lower_bound(ranks, *rank) : ranks.end();
+        if (match != ranks.end() && *match == *rank)
+        {
+            return entry.first + static_cast<std::uint32_t>(match - ranks.begin());
+        }
+    }
+    return std::nullopt;
+}
+
+/// Nothing when the object's class has none of its own: what the class overrides is not known then.
+LbClassFacts LuUnitTest::getFacts() const
+{
+    const LbClassFacts& facts = GetRTTI().GetFacts();
+    return facts.type != nullptr && *facts.type == typeid(*this) ? facts : LbClassFacts();
+}
+
+/// An object like this one that keeps all sub-tests.
+LuUnitTest& LuUnitTest::getComplete() const
+{
+    if (!m_complete)
+    {
+        std::unique_ptr<IObject> object = GetRTTI().GetCreate()();
+        std::unique_ptr<LuUnitTest> complete(&dynamic_cast<LuUnitTest&>(*object));
+        static_cast<void>(object.release());
+        complete->SetMessageStream(m_messages);
+        complete->SetDataDirectory(m_dataDirectory);
+        complete->InitSubtests();
+        m_complete = std::move(complete);
+    }
+    return *m_complete;
 }
 
 void LuUnitTest::writeMessage(bool isError, const LbFormatSource& format, std::span<const LbFormatArgument> arguments)

@@ -15,9 +15,18 @@ namespace Benchmarks
 inline constexpr std::size_t c_ClassCount = 100;
 inline constexpr std::size_t c_CasesPerClass = 50;
 
-inline std::wstring GetCaseName(std::size_t index)
+/// Names are made once, since most sub-tests have theirs from the compiler.
+inline const std::wstring& GetCaseName(std::size_t index)
 {
-    return LbFormat(L"does nothing %u", index);
+    static const auto s_names = [] {
+        std::array<std::wstring, c_CasesPerClass> names;
+        for (std::size_t number = 0; number < names.size(); ++number)
+        {
+            names[number] = LbFormat(L"does nothing %u", number);
+        }
+        return names;
+    }();
+    return s_names[index];
 }
 
 template<std::size_t Number>
@@ -40,10 +49,9 @@ inline std::wstring GetClassName(std::size_t index)
 }
 
 template<std::size_t Number>
-const LbRTTI CTrivialClass<Number>::RTTI(GetClassName(Number).c_str(), &LuUnitTest::RTTI,
-                                         []() -> std::unique_ptr<IObject> {
-                                             return std::make_unique<CTrivialClass>();
-                                         });
+const LbRTTI CTrivialClass<Number>::RTTI(
+    GetClassName(Number).c_str(), &LuUnitTest::RTTI,
+    []() -> std::unique_ptr<IObject> { return std::make_unique<CTrivialClass>(); }, LbClassFacts::Of<CTrivialClass>());
 
 /// Naming the records makes the classes register themselves where this function is compiled in.
 template<std::size_t... Numbers>

@@ -12,6 +12,8 @@ class CPlaceModel : public LuUnitTest
     void InitSubtests() override
     {
         AddSubtest(L"Arbeitsverzeichnis", [this] { Info(L"%s", LbOs::GetWorkingDirectory()); });
+        AddSubtest(L"Umzug",
+                   [this] { Check(LbOs::SetWorkingDirectory(LbOs::GetTemporaryDirectory()), L"gescheitert"); });
         AddSubtest(L"Datenverzeichnis", [this] { Info(L"%s", GetDataDirectory()); });
         AddSubtest(L"Dialog", [this] { Info(L"%d", LbAssert::IsDialogEnabled() ? 1 : 0); });
         for (const wchar_t* name : {L"Serialisierung", L"a/b\\c:d*e?f\"g<h>i|j\tk"})

@@ -26,16 +26,3 @@ std::unique_ptr<LuUnitTest> LuTestSuite::CreateUnitTestOrNull(const std::wstring
         return nullptr;
     }
 }
-
-std::optional<std::uint32_t> LuTestSuite::FindSubtest(const LuUnitTest& unitTest, const std::wstring& name)
-{
-    const std::uint32_t count = unitTest.GetSubtestCount();
-    for (std::uint32_t index = 0; index < count; ++index)
-    {
-        if (unitTest.GetSubtestName(index) == name)
-        {
-            return index;
-        }
-    }
-    return std::nullopt;
-}

@@ -1,9 +1,7 @@
-/// Unit tests by class name, sub-tests by theirs.
+/// Unit tests by class name.
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "base/luunittest.h"
@@ -17,8 +15,5 @@ std::unique_ptr<LuUnitTest> CreateUnitTest(const std::wstring& className);
 
 /// The same, null also when the constructor throws.
 std::unique_ptr<LuUnitTest> CreateUnitTestOrNull(const std::wstring& className) noexcept;
-
-/// The first sub-test of exactly that name. Passes on what the unit test throws.
-std::optional<std::uint32_t> FindSubtest(const LuUnitTest& unitTest, const std::wstring& name);
 
 } // namespace LuTestSuite

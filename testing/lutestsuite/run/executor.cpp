@@ -3,15 +3,18 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
 #include "base/idebugging.h"
+#include "base/lbdiagnostics.h"
 #include "base/lbexception.h"
+#include "base/lbfilesystem.h"
 #include "base/lbtimer.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
+#include "base/os/directories.h"
+#include "base/os/forkmark.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/heap/warmup.h"
@@ -73,11 +76,11 @@ public:
     }
 
     /// A test that forks has its case twice. By the time the copy writes the buffer may be another case's.
-    bool IsInCopy() const { return LbOs::GetProcessId() != m_process; }
+    bool IsInCopy() const { return LbOs::GetForkMark() != m_forkMark; }
 
 private:
     SWorkBuffer& m_buffer;
-    unsigned long m_process = LbOs::GetProcessId();
+    std::uint64_t m_forkMark = LbOs::GetForkMark();
     bool m_isFull = false;
 };
 
@@ -104,16 +107,16 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
     }
     unitTest->SetMessageStream(&messages);
     unitTest->SetDataDirectory(LoadName(buffer.dataDirectory));
+    unitTest->SelectSubtest(LoadName(buffer.caseName));
     unitTest->InitSubtests();
     setDebuggingOptions(*unitTest, params);
     unitTest->PrepareSubtest();
-    const std::optional<std::uint32_t> subtest = LuTestSuite::FindSubtest(*unitTest, LoadName(buffer.caseName));
-    if (!subtest)
+    if (!unitTest->HasSelectedSubtest())
     {
         return ECaseRunResult::NoMatchingCase;
     }
     const CStopwatch stopwatch(time);
-    return toCaseResult(unitTest->RunUnitTest(*subtest));
+    return toCaseResult(unitTest->RunSelectedSubtest());
 }
 
 /// The case with everything that it allocates, all of it released again when this returns; what is left is the case's.
@@ -169,8 +172,24 @@ void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTra
     }
 }
 
+/// Cases start in the executable's folder, wherever the case before has gone.
+void restoreWorkingDirectory() noexcept
+try
+{
+    static const LbOs::CHomeDirectory s_home(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+    if (!s_home.Ensure())
+    {
+        LbDiagnostics::Trace(L"LuTestSuiteRun: the executable's folder cannot be made the working directory");
+    }
+}
+catch (...)
+{
+    // Without memory for a path the case goes without, too.
+}
+
 ECaseRunResult runTracked(SWorkBuffer& buffer)
 {
+    restoreWorkingDirectory();
     const SParams params = LoadParams(buffer);
     if (params.trackHeap)
     {

@@ -42,7 +42,7 @@ std::unique_ptr<LuUnitTest> createUnitTest(const std::wstring& className)
 /// False when the sub-test has nothing that can be made anew.
 bool recreateSubtest(LuUnitTest& unitTest, const std::wstring& name, const IUnitTestRecreate::SRequest& request)
 {
-    const std::optional<std::uint32_t> subtest = LuTestSuite::FindSubtest(unitTest, name);
+    const std::optional<std::uint32_t> subtest = unitTest.FindSubtest(name);
     auto* const recreate = dynamic_cast<IUnitTestRecreate*>(&unitTest);
     if (!subtest || recreate == nullptr)
     {

@@ -36,6 +36,19 @@ protected:
         return GetInfo(LuTestSuiteRun::Run(setup, m_environment).cases.at(0));
     }
 
+    /// A case that moves away, and where the one behind it starts.
+    void ExpectThatCasesStartAtHome(bool isExternal, bool isParallel)
+    {
+        LuTestSuiteSetup setup = MakePlaceSetup({L"Umzug", L"Arbeitsverzeichnis"});
+        setup.params.external = isExternal;
+        setup.params.parallel = isParallel;
+        const LuTestSuiteRun::SRunResult result = LuTestSuiteRun::Run(setup, m_environment);
+
+        EXPECT_EQ(result.cases.at(0).result, LuTestSuiteRun::ECaseRunResult::Ok);
+        EXPECT_EQ(LbPath::WithSeparator(GetInfo(result.cases.at(1))),
+                  LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+    }
+
     static LuTestSuiteSetup MakePlaceSetup(const std::vector<std::wstring>& caseNames)
     {
         return MakeSetup({MakeUnitTest(L"CPlaceModel", caseNames)});
@@ -52,6 +65,21 @@ TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutable)
     const std::wstring directory = GetInfo(MakePlaceSetup({L"Arbeitsverzeichnis"}));
 
     EXPECT_EQ(LbPath::WithSeparator(directory), LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+}
+
+TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutableWhereverTheOneBeforeHasGone)
+{
+    ExpectThatCasesStartAtHome(false, false);
+}
+
+TEST_F(RunPlaces, CasesOnAWorkerRunInTheFolderOfTheExecutableWhereverTheOneBeforeHasGone)
+{
+    ExpectThatCasesStartAtHome(false, true);
+}
+
+TEST_F(RunPlaces, CasesInAChildRunInTheFolderOfTheExecutableWhereverTheOneBeforeHasGone)
+{
+    ExpectThatCasesStartAtHome(true, false);
 }
 
 TEST_F(RunPlaces, TheWorkingDirectoryIsRestored)

@@ -1,0 +1,47 @@
+/// Unit tests whose cases change their own data directory.
+
+#include "base/lustream.h"
+#include "base/luunittest.h"
+#include "base/os/files.h"
+
+namespace
+{
+
+/// The case "a.txt" takes "b.txt" away and adds "new.txt"; all others say that they ran.
+class CChangingModel : public LuUnitTest
+{
+    LB_RTTI(CChangingModel)
+
+    void InitSubtests() override
+    {
+        AddFileSubtests(L"*.txt", [this](const std::wstring& path) { run(path); });
+    }
+
+protected:
+    void run(const std::wstring& path)
+    {
+        if (path.ends_with(L"a.txt"))
+        {
+            LbOs::RemoveFile(GetDataDirectory() + L"b.txt");
+            LuStreamWriteBinaryFile(GetDataDirectory() + L"new.txt").Close();
+        }
+        Info(L"%s", path.substr(GetDataDirectory().size()));
+    }
+};
+
+/// The same for a class whose cases are found by their index.
+class CChangingIndexModel : public CChangingModel
+{
+    LB_RTTI(CChangingIndexModel)
+
+    EResult RunUnitTest(std::uint32_t subtest) override
+    {
+        Info(L"%u", subtest);
+        return CChangingModel::RunUnitTest(subtest);
+    }
+};
+
+} // namespace
+
+LB_RTTI_CLASS(CChangingModel, LuUnitTest)
+LB_RTTI_CLASS(CChangingIndexModel, CChangingModel)
