@@ -1,12 +1,15 @@
 #include "testing/lutestsuite/lutestsuiteout.h"
 
 #include <exception>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "base/lbcriticalsection.h"
 #include "base/lbdiagnostics.h"
 #include "base/lbencoding.h"
 #include "base/os/console.h"
+#include "testing/lutestsuite/output/outputbatch.h"
 
 namespace
 {
@@ -30,6 +33,32 @@ const CConsoleCodePage s_CodePage;
 LbCriticalSection s_OutputLock;
 bool s_bConsoleOut = true;
 std::vector<LuTestSuiteOut::LuCustomOut*> s_CustomOuts;
+std::uint32_t s_uiBatches = 0; ///< under way, of the thread that holds the lock
+std::string s_Batch;           ///< what they have collected
+
+void writeBatch()
+{
+    if (!s_Batch.empty())
+    {
+        LbOs::WriteStandardOutput(s_Batch);
+        s_Batch.clear();
+    }
+}
+
+void writeToConsole(const std::wstring& text)
+{
+    if (s_uiBatches == 0)
+    {
+        LbOs::WriteStandardOutput(LbEncoding::ToUtf8(text));
+        return;
+    }
+    s_Batch += LbEncoding::ToUtf8(text);
+    // Custom outputs may write to the same place.
+    if (!s_CustomOuts.empty())
+    {
+        writeBatch();
+    }
+}
 
 /// A custom output that throws costs its own line only: the destructor that emits must not throw.
 void outputTo(LuTestSuiteOut::LuCustomOut& out, const LuTestSuiteOut& line) noexcept
@@ -49,6 +78,21 @@ void outputTo(LuTestSuiteOut::LuCustomOut& out, const LuTestSuiteOut& line) noex
 }
 
 } // namespace
+
+LuTestSuite::COutputBatch::COutputBatch()
+{
+    s_OutputLock.lock();
+    ++s_uiBatches;
+}
+
+LuTestSuite::COutputBatch::~COutputBatch()
+{
+    if (--s_uiBatches == 0)
+    {
+        writeBatch();
+    }
+    s_OutputLock.unlock();
+}
 
 LuTestSuiteOut::LuCustomOut::~LuCustomOut() = default;
 
@@ -105,7 +149,7 @@ void LuTestSuiteOut::writeOut() const
     const LbCriticalSectionLock lock(s_OutputLock);
     if (s_bConsoleOut)
     {
-        LbOs::WriteStandardOutput(LbEncoding::ToUtf8(m_text));
+        writeToConsole(m_text);
     }
     // By index: an output may add another one while it prints.
     for (std::size_t index = 0; index < s_CustomOuts.size(); ++index)

@@ -5,6 +5,7 @@
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/output/outputbatch.h"
 
 namespace LuTestSuiteRun
 {
@@ -93,6 +94,7 @@ void writeFailedUnitTests(const std::vector<LuTestSuite::SUnitTest>& unitTests, 
 
 void CCaseLines::WriteHeader(const SCaseInfo& info)
 {
+    const LuTestSuite::COutputBatch batch;
     const LuTestSuite::SUnitTest& unitTest = m_unitTests[info.unitTest];
     if (info.unitTest != m_lastUnitTest)
     {
@@ -124,6 +126,7 @@ void CCaseLines::WriteResult(const SCaseInfo& info) const
     {
         text += getPlaceText(info);
     }
+    const LuTestSuite::COutputBatch batch;
     LuTestSuiteOut::Write(L"%s", text).Bold().Color(getResultColor(info));
     LuTestSuiteOut::Write(L"\n");
 }
