@@ -20,6 +20,7 @@ LAYERS = [
     (SUITE + "lutestsuiteexport.h", 2),
     (SUITE + "lutestsuiteout.h", 2),
     (SUITE + "lutestsuitesetup.h", 2),
+    (SUITE + "lutestsuitedatasetfile.h", 2),
     (SUITE + "lutestsuiterun.h", 2),
     (SUITE + "*.h", 3),
     (SUITE + "output/*", 4),

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/lbvariant.h"
+#include "testing/lutestsuite/lutestsuitedatasetfile.h"
 #include "testing/lutestsuite/lutestsuiteexport.h"
 
 class LuTestSuiteEnvironment;
@@ -35,8 +36,8 @@ struct SContact
 /// One case: a sub-test of a unit test.
 struct STestCase
 {
-    std::wstring dataSetFile; ///< full path when the sub-test is a file of the unit test's folder, else empty
-    std::wstring name;        ///< the sub-test's name
+    LuDataSetFile dataSetFile; ///< full path when the sub-test is a file of the unit test's folder, else empty
+    std::wstring name;         ///< the sub-test's name
     ParameterMap parameters;
 
     /// 1 for a file data set, 0 for a named sub-test.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "base/lbfilelisting.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
@@ -44,37 +45,21 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
     }
 }
 
-/// The files of the unit test's folder. The instance has often listed them already; a class that keeps its directory to
-/// itself has not.
-const std::vector<std::wstring>& getFileNames(const LuUnitTest& instance, const SUnitTest& test,
-                                              std::vector<std::wstring>& ownList)
-{
-    if (instance.GetDataDirectory() == test.dataDirectory)
-    {
-        return instance.GetDataFileNames();
-    }
-    ownList = LbFileSystem::GetFileNames(test.dataDirectory);
-    return ownList;
-}
-
 /// A case is a file data set when the unit test's folder holds a file of the case's name.
-void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
+void assignDataSetFiles(SUnitTest& test)
 {
-    std::vector<std::wstring> ownList;
-    const std::vector<std::wstring>& fileNames = getFileNames(instance, test, ownList);
+    const std::shared_ptr<const LbFileListing> files = LbFileListing::Get(test.dataDirectory);
     // Cases made from files come in the order of the names, so the next name is nearly always the right one.
-    auto next = fileNames.begin();
+    std::uint32_t next = 0;
     for (STestCase& testCase : test.cases)
     {
-        if (next == fileNames.end() || *next != testCase.name)
+        if (next == files->GetCount() || files->GetName(next) != testCase.name)
         {
-            next = std::ranges::lower_bound(fileNames, testCase.name);
+            next = files->Find(testCase.name).value_or(files->GetCount());
         }
-        if (next != fileNames.end() && *next == testCase.name)
+        if (next < files->GetCount())
         {
-            testCase.dataSetFile.reserve(test.dataDirectory.size() + testCase.name.size());
-            testCase.dataSetFile.append(test.dataDirectory).append(testCase.name);
-            ++next;
+            testCase.dataSetFile = LuTestSuite::LuDataSetFile(files, next++);
         }
     }
 }
@@ -158,7 +143,7 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
     test.dataDirectory = directory;
     test.moduleName = GetModuleName(*type);
     collectCases(*instance, test);
-    assignDataSetFiles(*instance, test);
+    assignDataSetFiles(test);
     processExtraInfoFile(test);
     if (removeDisabled)
     {
