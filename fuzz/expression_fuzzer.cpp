@@ -6,6 +6,7 @@
 #include <string>
 
 #include "testing/lutestsuite/selection/automaton.h"
+#include "testing/lutestsuite/selection/requiredtext.h"
 #include "testing/lutestsuite/selection/wideregex.h"
 
 namespace

@@ -7,7 +7,7 @@ import re
 import subprocess
 
 # Compared byte for byte by tests, or input of tests: their bytes are as they must be.
-DATA = ("examples/data/", "tests/data/", "tests/golden/", "tests/install/outside/data/")
+DATA = ("examples/data/", "fuzz/corpus/", "tests/data/", "tests/golden/", "tests/install/outside/data/")
 
 _NOISE = re.compile(
     r'(?P<raw>R"(?P<mark>[^()\s\\]{0,16})\(.*?\)(?P=mark)")'

@@ -17,7 +17,8 @@ class CContainer;
 class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 {
 public:
-    /// Names the time zone in the environment (LbOs::NameTimeZone), registers the product, saves the working directory, makes the dependency container (from
+    /// Names the time zone in the environment (LbOs::NameTimeZone), registers the product, saves the working directory,
+    /// makes the dependency container (from
     /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml" beside the executable's folder where that exists, else from
     /// a built-in text) and shares it (IOC::CContainer::GetCurrent), starts the message dispatcher and warms up the
     /// run-time. Throws LbException when the container or the dispatcher cannot be had.

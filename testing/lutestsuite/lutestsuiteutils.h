@@ -120,36 +120,21 @@ public:
 
     // Selection -------------------------------------------------------------------------------------------------------
 
-<<<<<<< HEAD
     /// Keeps only the selected cases, in their order, and removes unit tests without cases. Patterns are ECMAScript
     /// expressions that are searched in the path name: directory and class name with "/" as separator, ":", case name.
-    /// With `noRegex` a pattern is a literal suffix of the path name. Excludes win over includes. Names stored in the
-    /// configuration file are class name, ":", case name. Without includes and stored names all cases are included.
-    /// Keeps at least one selected case, even if `maxCases` is 0. Throws a German message as std::wstring that names an
-    /// invalid pattern, a name too long to be matched, or the error in the configuration file.
-=======
-    /// Keeps the selected cases only; unit tests without any vanish, the order stays. Patterns are ECMAScript
-    /// expressions, searched in the path name: directory and class name with "/" as separator, ":", case name; with
-    /// `noRegex` they are plain ends of it. Excluding wins over including. Names stored in the configuration file are
-    /// class name, ":", case name. Without any pattern and stored name all are selected. At least one selected case is
-    /// kept whatever `maxCases`. Classes of characters such as "\w" are those of ASCII. Throws a German message as
-    /// std::wstring naming an invalid pattern, a pattern for which the stack does not suffice, or the error in the
-    /// configuration file; LbException when a thread for a pattern with look-aheads, word boundaries or back-references
-    /// cannot be had.
->>>>>>> 4c30f09 (WIP selection)
+    /// With `noRegex` a pattern is a literal suffix of the path name. Character classes such as "\w" contain only ASCII
+    /// characters. Excludes win over includes. Names stored in the configuration file are class name, ":", case name.
+    /// Without includes and stored names all cases are included. Keeps at least one selected case, even if `maxCases`
+    /// is 0. Throws a German message as std::wstring that names an invalid pattern, a pattern for which the stack does
+    /// not suffice, or the error in the configuration file. Throws LbException if a pattern needs a thread of its own
+    /// (look-aheads, word boundaries, back-references) and the system has none.
     static void FilterTestCases(std::vector<LuTestSuite::SUnitTest>& tests, const std::wstring& includeConfigPath,
                                 const std::vector<std::wstring>& includes, const std::vector<std::wstring>& excludes,
                                 std::uint32_t maxCases, bool noRegex);
 
-<<<<<<< HEAD
     /// The expression for a wildcard name, to be matched against whole names: "*" is any text, "?" any character; "{"
-    /// and
-    /// "}" keep their meaning as repetition counts. Throws std::regex_error for an invalid repetition count.
-=======
-    /// The expression of a wildcard name: "*" is any text, "?" any character; "{" and "}" keep their meaning as
-    /// repetition counts, and no other character is an operator. To be matched against whole names. Throws
-    /// std::regex_error for an invalid repetition count.
->>>>>>> 4c30f09 (WIP selection)
+    /// and "}" keep their meaning as repetition counts, and no other character is an operator. Throws std::regex_error
+    /// for an invalid repetition count.
     static std::wregex GenerateWildcardRegex(const std::wstring& wildcard);
 
     // Paths and texts -------------------------------------------------------------------------------------------------

@@ -1,11 +1,10 @@
-/// What an ECMAScript expression says, as far as its parser knows the grammar.
+/// The syntax tree of an ECMAScript expression.
 ///
-/// The parser knows less than the standard library: what it leaves out, and what may be invalid, is for that one to
-/// compile. What it takes is valid there and means the same.
+/// The parser accepts a part of the grammar. Every expression that it accepts is valid for the standard library and
+/// means the same there; all others are left to the standard library.
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,12 +18,12 @@ struct SSyntaxNode
     enum class EKind
     {
         Character, ///< one character of `set`
-        Sequence,  ///< `children` one behind the other
+        Sequence,  ///< all `children`, in order
         Choice,    ///< one of `children`
         Repeat,    ///< `children[0]`, `minimum` to `maximum` times
         TextBegin,
         TextEnd,
-        Unmodelled, ///< a look-ahead, a word boundary, a back-reference: nothing is known of it
+        Unmodelled, ///< a look-ahead, a word boundary or a back-reference: matches are unknown
     };
 
     static constexpr std::uint32_t sc_Unlimited = static_cast<std::uint32_t>(-1);
@@ -39,13 +38,10 @@ struct SSyntaxNode
 struct SExpressionSyntax
 {
     SSyntaxNode root;
-    bool isRegular = true; ///< without unmodelled nodes
+    bool isRegular = true; ///< has no unmodelled nodes
 };
 
-/// Nothing for an expression that the parser does not know. Its recursion is bounded whatever the text.
+/// Empty for an expression that the parser does not accept. The depth of its recursion is bounded.
 std::optional<SExpressionSyntax> ParseExpression(std::wstring_view source);
-
-/// A text that is part of each text in which the expression is found; empty when none is certain.
-std::wstring GetRequiredText(const SSyntaxNode& node);
 
 } // namespace LuTestSuite

@@ -8,6 +8,7 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/selection/automaton.h"
 #include "testing/lutestsuite/selection/expression.h"
+#include "testing/lutestsuite/selection/requiredtext.h"
 #include "testing/lutestsuite/selection/wideregex.h"
 #include "testing/lutestsuite/selection/wildcard.h"
 
