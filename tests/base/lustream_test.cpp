@@ -63,7 +63,7 @@ TEST(LuStreamWriteTextMemory, FormatsThroughItsBase)
     stream.WriteFormat(L"%s: %u\n", L"Anzahl", 3U);
     stream.WriteFormat(L"%%");
     EXPECT_EQ(memory.GetText(), L"Anzahl: 3\n%");
-    EXPECT_THROW(stream.WriteFormat(L"%d"), LbException);
+    EXPECT_THROW(stream.WriteFormat(LbRuntimeFormat(L"%d")), LbException);
 }
 
 TEST(LuStreamWriteBinaryFile, WritesBytesUnchanged)
