@@ -60,14 +60,15 @@ bool waitForPlace(int file)
 
 std::atomic<bool> s_isOutputLost = false;
 
-/// False if bytes were dropped.
+/// False if bytes were dropped. A closed stream drops them on purpose: a case or the caller has closed it.
 bool writeStream(std::FILE* stream, std::string_view bytes)
 {
     const CPipeSignalBlock block;
     // Flushes what others wrote into the stream, then writes past it: a stream that was used for wide text accepts no
     // bytes, and a stream that was used for bytes accepts no wide text.
-    bool isWritten = std::fflush(stream) == 0;
-    if (!isWritten)
+    const bool isFlushed = std::fflush(stream) == 0;
+    bool isWritten = isFlushed || errno == EBADF;
+    if (!isFlushed)
     {
         // Otherwise the stream would keep the bytes and retry them with each later call.
         __fpurge(stream);
@@ -78,7 +79,7 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
         const ssize_t count = write(fileno(stream), bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR && !waitForPlace(fileno(stream)))
         {
-            isWritten = false;
+            isWritten = isWritten && errno == EBADF;
             break;
         }
         bytes.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));

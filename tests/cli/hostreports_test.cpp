@@ -61,7 +61,7 @@ TEST_F(HostReports, AreWrittenWhereTheCallWasMade)
     EXPECT_EQ(run.exitStatus, 1);
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(GetFileNames(), (Names{L"LuTestSuite.css", L"LuTestSuite.js", L"Report.html", L"Report.xml"}));
-    if (Read(L"Report.xml").find("<PscmServer></PscmServer>") != std::string::npos)
+    if (Read(L"Report.xml").find("<PscmChangeset></PscmChangeset>") != std::string::npos)
     {
         GTEST_SKIP() << "the build knows no repository, whose rows the expected reports have";
     }

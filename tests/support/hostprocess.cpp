@@ -80,7 +80,9 @@ std::wstring getSettings(const SHostOptions& options)
 
 std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SHostOptions& options)
 {
-    std::wstring command = quote(LbPath::ToNative(options.program.empty() ? L"" LUTESTSUITE_HOST : options.program));
+    // In place of the shell, which would report a crash on standard error.
+    std::wstring command = c_IsWindows ? L"" : L"exec ";
+    command += quote(LbPath::ToNative(options.program.empty() ? L"" LUTESTSUITE_HOST : options.program));
     for (const std::wstring& argument : arguments)
     {
         command += L" " + quote(argument);

@@ -13,8 +13,9 @@ using LuTestSuite::SCodeRange;
 using LuTestSuite::SExpressionSyntax;
 using LuTestSuite::SSyntaxNode;
 
-/// In states that the standard library makes of an expression, which calls one of more than 100,000 invalid.
-constexpr std::size_t c_LargestExpression = 90'000;
+/// In states of the automaton. Each character of a text may cost as many steps, so larger expressions are left to the
+/// standard library.
+constexpr std::size_t c_LargestExpression = 15'000;
 
 /// Numbers kept for states and transitions. Beyond it the states are dropped, and made again where texts reach them.
 constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
