@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/lbcriticalsection.h"
 #include "base/os/directories.h"
 #include "base/os/pages.h"
 
@@ -144,7 +145,7 @@ private:
     std::pmr::wstring m_directory;
     std::pmr::wstring m_text;
     std::pmr::vector<std::uint32_t> m_begins; ///< one more than names
-    mutable std::mutex m_mutex;               ///< of the matches and of the memory from now on
+    mutable LbCriticalSection m_mutex;        ///< of the matches and of the memory from now on
     mutable std::pmr::map<std::pmr::wstring, std::pmr::vector<std::uint32_t>, std::less<>> m_matches;
 };
 
@@ -225,8 +226,8 @@ private:
     Clock::time_point getSeenSince(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp);
     void keep(SKept kept);
 
-    std::mutex m_readMutex; ///< one thread reads: the others find the listing that they wait for
-    std::mutex m_mutex;     ///< of all below
+    LbCriticalSection m_readMutex; ///< one thread reads: the others find the listing that they wait for
+    LbCriticalSection m_mutex;     ///< of all below
     std::pmr::unsynchronized_pool_resource m_memory{&getEternal<CPageResource>()};
     std::pmr::unordered_map<std::wstring_view, SKept> m_kept{&m_memory}; ///< by the folders that the listings hold
     std::uint64_t m_uses = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <string_view>
 
@@ -81,7 +82,7 @@ bool writeToConsole(std::FILE* stream, std::string_view bytes)
 
 std::atomic<bool> s_isOutputLost = false;
 
-/// False if bytes were dropped.
+/// False if bytes were dropped. A closed stream drops them on purpose: a case or the caller has closed it.
 bool writeStream(std::FILE* stream, std::string_view bytes)
 {
     // A process that has no console and was given no stream, as a service, has nobody who would miss its output.
@@ -93,8 +94,9 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
     {
         return writeToConsole(stream, bytes);
     }
+    errno = 0;
     std::fwrite(bytes.data(), 1, bytes.size(), stream);
-    const bool isWritten = std::fflush(stream) == 0 && std::ferror(stream) == 0;
+    const bool isWritten = (std::fflush(stream) == 0 && std::ferror(stream) == 0) || errno == EBADF;
     std::clearerr(stream);
     return isWritten;
 }

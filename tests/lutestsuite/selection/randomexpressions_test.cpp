@@ -107,7 +107,7 @@ private:
     std::wstring makeBracket()
     {
         constexpr std::array<std::wstring_view, 18> c_Members = {
-            L"a",           L"b-c",       L"-",         L"\\w", L"\\D", L"\\]", L"[",  L"[:alpha:]", L"[:blank:]",
+            L"a",           L"b-c",       L"-",         L"\\w", L"\\D", L"\\]", L"[",  L"[:alpha:]", L"[:punct:]",
             L"[:nothing:]", L"[:cntrl:]", L"[:punct:]", L".",   L"\\-", L"1",   L"a-", L"\\n",       L"c-a"};
         std::wstring bracket = m_random.Below(3) == 0 ? L"[^" : L"[";
         for (std::uint32_t count = m_random.Below(4); count > 0; --count)
