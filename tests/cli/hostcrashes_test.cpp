@@ -129,6 +129,10 @@ TEST_F(HostCrashes, NameAllCasesThatAreUnderWay)
 
 TEST_F(HostCrashes, LeaveACrashToTheHandlerOfAModule)
 {
+    if (c_HasSanitizer)
+    {
+        GTEST_SKIP() << "sanitizers report the null pointer before it is used";
+    }
     const SHostRun run = Run(L"eigene Behandlung$");
 
     EXPECT_EQ(run.errors, "");
@@ -163,11 +167,11 @@ TEST_F(HostCrashes, SayNothingOfACopyOfTheProcess)
 #if defined(__SANITIZE_ADDRESS__)
 TEST_F(HostCrashes, NameTheCaseBehindTheReportOfASanitizer)
 {
-    const SHostRun run = Run(L"Zugriffsverletzung$");
+    const SHostRun run = Run(L"Stapelüberlauf$");
 
     EXPECT_NE(run.errors.find("AddressSanitizer"), std::string::npos) << run.errors;
     EXPECT_TRUE(
-        run.errors.ends_with("Fehler: Absturz in 'CCrashModel:Zugriffsverletzung': Sanitizer (siehe dessen Bericht)\n"))
+        run.errors.ends_with("Fehler: Absturz in 'CCrashModel:Stapelüberlauf': Sanitizer (siehe dessen Bericht)\n"))
         << run.errors;
 }
 #endif
