@@ -25,12 +25,14 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build configuration" FORCE)
 endif()
 
-# Relative paths let checkouts in different folders share the compiler cache.
+# Relative paths let checkouts in different folders share the compiler cache. It caches uses of precompiled headers only
+# with this sloppiness.
 if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     find_program(LUTESTSUITE_CCACHE ccache)
     if(LUTESTSUITE_CCACHE)
         set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}"
-            CCACHE_NOHASHDIR=1 "CCACHE_IGNOREOPTIONS=-fmacro-prefix-map=*" "${LUTESTSUITE_CCACHE}")
+            CCACHE_NOHASHDIR=1 "CCACHE_IGNOREOPTIONS=-fmacro-prefix-map=*"
+            "CCACHE_SLOPPINESS=pch_defines,time_macros" "${LUTESTSUITE_CCACHE}")
     endif()
 endif()
 
