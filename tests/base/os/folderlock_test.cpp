@@ -1,5 +1,6 @@
 #include "base/os/folderlock.h"
 
+#include <atomic>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -20,14 +21,16 @@ TEST(OsFolderLockConcurrency, LetsOneThreadInAtATime)
 {
     constexpr int c_Rounds = 200;
     const ScopedFolder folder;
-    int count = 0;
+    std::atomic<int> count = 0;
     const auto work = [&folder, &count](const std::wstring& path) {
         for (int round = 0; round < c_Rounds; ++round)
         {
             const auto lock = CFolderLock::Acquire(path);
             ASSERT_NE(lock, nullptr);
-            // Not atomic: without the lock some of these would be lost.
-            ++count;
+            // In two steps: without the lock some of these would be lost.
+            const int before = count;
+            std::this_thread::yield();
+            count = before + 1;
         }
     };
     {
