@@ -185,7 +185,7 @@ struct SCallbacks
 ///
 /// A failure inside a case becomes the case's result; a report that cannot be written prints a line. Exceptions of
 /// discovery and selection pass through. Throws LbException if the objects shared with child processes cannot be
-/// created.
+/// created, and ahead of all cases if a report has a relative path and there is no working directory.
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
 /// Serves a parent run as its child process: runs the cases that arrive through the shared objects named in the setup,
