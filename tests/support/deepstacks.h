@@ -1,0 +1,9 @@
+/// What tests with very deep stacks need to know.
+#pragma once
+
+/// AddressSanitizer reports false errors after an exception has unwound more than 64 MiB of stack.
+#ifdef __SANITIZE_ADDRESS__
+inline constexpr bool c_AllowsDeepStacks = false;
+#else
+inline constexpr bool c_AllowsDeepStacks = true;
+#endif
