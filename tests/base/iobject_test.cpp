@@ -43,14 +43,14 @@ TEST(IObject, IsNotKindOfDerivedClass)
     EXPECT_FALSE(CShape().IsKindOf(CCircle::RTTI));
 }
 
-TEST(IObject, GivesTheRecordOfTheObjectsClassThroughItsBase)
+TEST(IObject, ReturnsTheRecordOfTheObjectsClassThroughABasePointer)
 {
     const CCircle circle;
     const IObject& object = circle;
     EXPECT_EQ(&object.GetRTTI(), &CCircle::RTTI);
 }
 
-TEST(IObject, ClassWithoutRecordGivesItsBasesRecord)
+TEST(IObject, ReturnsTheBaseRecordForAClassWithoutRecord)
 {
     EXPECT_EQ(&CWithoutRecord().GetRTTI(), &CShape::RTTI);
     EXPECT_EQ(&IObject().GetRTTI(), &IObject::RTTI);

@@ -99,14 +99,14 @@ LB_RTTI_ABSTRACT(CAbstract, IObject)
 LB_RTTI_CLASS(CFailing, IObject)
 LB_RTTI_CLASS(CDependent, IObject)
 
-TEST(CContainer, IsMadeFromAText)
+TEST(CContainer, IsCreatedFromText)
 {
     const auto container = make("<Service name='Greeter' class='CGreeter'/>");
     ASSERT_NE(container, nullptr);
     EXPECT_TRUE(container->HasService(L"Greeter"));
 }
 
-TEST(CContainer, IsMadeFromAFile)
+TEST(CContainer, IsCreatedFromAFile)
 {
     const ScopedFolder folder;
     const auto container = CContainer::CreateFromFile(
@@ -115,27 +115,27 @@ TEST(CContainer, IsMadeFromAFile)
     EXPECT_TRUE(container->HasService(L"P"));
 }
 
-TEST(CContainer, IsNotMadeFromAMissingFile)
+TEST(CContainer, IsNotCreatedFromAMissingFile)
 {
     const ScopedFolder folder;
     EXPECT_EQ(CContainer::CreateFromFile(folder.GetPathOf(L"missing.xml")), nullptr);
 }
 
-TEST(CContainer, MayHaveNoService)
+TEST(CContainer, MayHaveNoServices)
 {
     const auto container = make("");
     ASSERT_NE(container, nullptr);
     EXPECT_FALSE(container->HasService(L""));
 }
 
-TEST(CContainer, IsNotMadeFromAnotherText)
+TEST(CContainer, IsNotCreatedFromInvalidText)
 {
     EXPECT_EQ(CContainer::CreateFromText(""), nullptr);
     EXPECT_EQ(CContainer::CreateFromText("<Container>"), nullptr);
     EXPECT_EQ(CContainer::CreateFromText("<Other/>"), nullptr);
 }
 
-TEST(CContainer, IsNotMadeWithAnIncompleteService)
+TEST(CContainer, IsNotCreatedWithAnIncompleteService)
 {
     EXPECT_EQ(make("<Service class='CPlain'/>"), nullptr);
     EXPECT_EQ(make("<Service name='' class='CPlain'/>"), nullptr);
@@ -143,24 +143,24 @@ TEST(CContainer, IsNotMadeWithAnIncompleteService)
     EXPECT_EQ(make("<Service name='P' class=''/>"), nullptr);
 }
 
-TEST(CContainer, IsNotMadeWithANameTwice)
+TEST(CContainer, IsNotCreatedWithDuplicateNames)
 {
     EXPECT_EQ(make("<Service name='P' class='CPlain'/><Service name='P' class='CGreeter'/>"), nullptr);
 }
 
-TEST(CContainer, IsNotMadeWithAnUnknownLifetime)
+TEST(CContainer, IsNotCreatedWithAnUnknownLifetime)
 {
     EXPECT_EQ(make("<Service name='P' class='CPlain' lifetime='eternal'/>"), nullptr);
     EXPECT_EQ(make("<Service name='P' class='CPlain' lifetime=''/>"), nullptr);
     EXPECT_NE(make("<Service name='P' class='CPlain' lifetime='singleton'/>"), nullptr);
 }
 
-TEST(CContainer, GivesNothingForAnUnknownName)
+TEST(CContainer, ReturnsNullForAnUnknownName)
 {
     EXPECT_EQ(make("")->Resolve(L"Greeter"), nullptr);
 }
 
-TEST(CContainer, GivesOneObjectToAll)
+TEST(CContainer, SharesOneSingletonObject)
 {
     const auto container = make("<Service name='Greeter' class='CGreeter'/>");
     const auto first = container->Resolve(L"Greeter");
@@ -168,7 +168,7 @@ TEST(CContainer, GivesOneObjectToAll)
     EXPECT_EQ(container->Resolve(L"Greeter"), first);
 }
 
-TEST(CContainer, GivesEachAskerAFreshTransientObject)
+TEST(CContainer, CreatesATransientObjectPerCall)
 {
     const auto container = make("<Service name='Greeter' class='CGreeter' lifetime='transient'/>");
     const auto first = container->Resolve(L"Greeter");
@@ -178,7 +178,7 @@ TEST(CContainer, GivesEachAskerAFreshTransientObject)
     EXPECT_NE(first, second);
 }
 
-TEST(CContainer, MakesObjectsWhenFirstAskedFor)
+TEST(CContainer, CreatesObjectsOnFirstUse)
 {
     const int before = s_aliveCount;
     const auto container = make("<Service name='Greeter' class='CGreeter'/>");
@@ -196,7 +196,7 @@ TEST(CContainer, CastsToAnInterface)
     EXPECT_EQ(container->Resolve<IGreeting>(L"P"), nullptr);
 }
 
-TEST(CContainer, GivesNothingWhereTheClassCannotBeCreated)
+TEST(CContainer, ReturnsNullIfTheClassCannotBeCreated)
 {
     const auto container = make("<Service name='A' class='CAbstract'/><Service name='U' class='CUnheardOf'/>");
     EXPECT_EQ(container->Resolve(L"A"), nullptr);
@@ -204,7 +204,7 @@ TEST(CContainer, GivesNothingWhereTheClassCannotBeCreated)
     EXPECT_TRUE(container->HasService(L"U"));
 }
 
-TEST(CContainer, FindsAClassThatComesLater)
+TEST(CContainer, FindsAClassRegisteredLater)
 {
     const auto container = make("<Service name='Late' class='CLate'/>");
     EXPECT_EQ(container->Resolve(L"Late"), nullptr);
@@ -212,7 +212,7 @@ TEST(CContainer, FindsAClassThatComesLater)
     EXPECT_NE(container->Resolve(L"Late"), nullptr);
 }
 
-TEST(CContainer, PassesOnAConstructorsExceptionAndTriesAgain)
+TEST(CContainer, PassesOnAConstructorsExceptionAndRetriesLater)
 {
     const auto container = make("<Service name='F' class='CFailing'/>");
     CFailing::s_fails = true;
@@ -221,7 +221,7 @@ TEST(CContainer, PassesOnAConstructorsExceptionAndTriesAgain)
     EXPECT_NE(container->Resolve(L"F"), nullptr);
 }
 
-TEST(CContainer, ServiceMayAskForOthersButNotForItselfWhileItIsMade)
+TEST(CContainer, ConstructorMayResolveOtherServicesButNotItsOwn)
 {
     const auto container =
         make("<Service name='Dependent' class='CDependent'/><Service name='Greeter' class='CGreeter'/>");
@@ -233,7 +233,7 @@ TEST(CContainer, ServiceMayAskForOthersButNotForItselfWhileItIsMade)
     EXPECT_EQ(container->Resolve(L"Dependent"), dependent);
 }
 
-TEST(CContainer, EndsItsObjectsInReverseOrderOfTheirMaking)
+TEST(CContainer, DestroysObjectsInReverseOrderOfCreation)
 {
     auto container = make("<Service name='P' class='CPlain'/><Service name='Greeter' class='CGreeter'/>");
     container->Resolve(L"Greeter");
@@ -243,7 +243,7 @@ TEST(CContainer, EndsItsObjectsInReverseOrderOfTheirMaking)
     EXPECT_EQ(s_ended, (std::vector<std::string>{"plain", "greeter"}));
 }
 
-TEST(CContainer, ObjectLivesAsLongAsAnAskerHoldsIt)
+TEST(CContainer, ObjectLivesAsLongAsItIsReferenced)
 {
     auto container = make("<Service name='Greeter' class='CGreeter'/>");
     const auto greeting = container->Resolve<IGreeting>(L"Greeter");
@@ -251,7 +251,7 @@ TEST(CContainer, ObjectLivesAsLongAsAnAskerHoldsIt)
     EXPECT_EQ(greeting->Greet(), L"Grüß Gott");
 }
 
-TEST(CContainerConcurrency, ManyThreadsGetOneObject)
+TEST(CContainerConcurrency, ManyThreadsShareOneObject)
 {
     const int before = s_aliveCount;
     const auto container = make("<Service name='Greeter' class='CGreeter'/>");

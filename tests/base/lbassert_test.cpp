@@ -34,7 +34,7 @@ private:
     bool m_wasEnabled;
 };
 
-TEST_F(LbAssertTest, SwitchesItsDialog)
+TEST_F(LbAssertTest, SwitchesTheDialog)
 {
     EXPECT_FALSE(LbAssert::IsDialogEnabled());
     LbAssert::SetDialogEnabled(true);
@@ -66,7 +66,7 @@ TEST_F(LbAssertTest, ChecksInDebugBuildsOnly)
     EXPECT_EQ(m_lines.size(), c_Checks);
 }
 
-TEST_F(LbAssertTest, SaysNothingWhenTheConditionHolds)
+TEST_F(LbAssertTest, IsSilentWhenTheConditionHolds)
 {
     const int value = 1;
     LB_ASSERT(value == 1);

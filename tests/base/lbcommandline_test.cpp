@@ -33,7 +33,7 @@ TEST(LbCommandLine, QuotesRoots)
     EXPECT_EQ(LbCommandLine::Quote(L"/"), L"\"/\"");
 }
 
-TEST(LbCommandLine, MarksAQuotationMarkWithABackslash)
+TEST(LbCommandLine, EscapesAQuotationMarkWithABackslash)
 {
     EXPECT_EQ(LbCommandLine::Quote(L"a\"b\\\"c"), L"\"a\\\"b\\\\\\\"c\"");
 }
@@ -43,7 +43,7 @@ TEST(LbCommandLine, SplitsAtBlanks)
     EXPECT_EQ(LbCommandLine::Split(L"  eins\tzwei  drei "), (Words{L"eins", L"zwei", L"drei"}));
 }
 
-TEST(LbCommandLine, FindsNoWordsInBlanks)
+TEST(LbCommandLine, FindsNoWordsInBlankText)
 {
     EXPECT_EQ(LbCommandLine::Split(L" \t "), Words());
     EXPECT_EQ(LbCommandLine::Split(L""), Words());
@@ -64,17 +64,17 @@ TEST(LbCommandLine, ReadsToTheEndWithoutAClosingMark)
     EXPECT_EQ(LbCommandLine::Split(L"a \"b c"), (Words{L"a", L"b c"}));
 }
 
-TEST(LbCommandLine, TakesTwoMarksBetweenMarksForOne)
+TEST(LbCommandLine, ReadsTwoMarksInsideMarksAsOne)
 {
     EXPECT_EQ(LbCommandLine::Split(L"\"a\"\"b c\" \"\"\"\" \"\"d"), (Words{L"a\"b c", L"\"", L"d"}));
 }
 
-TEST(LbCommandLine, LeavesBackslashesAloneThatStandBeforeNoMark)
+TEST(LbCommandLine, KeepsBackslashesThatPrecedeNoQuotationMark)
 {
     EXPECT_EQ(LbCommandLine::Split(L"a\\\\b \\c\\ d"), (Words{L"a\\\\b", L"\\c\\", L"d"}));
 }
 
-TEST(LbCommandLine, GivesBackWhatItQuoted)
+TEST(LbCommandLine, SplitReversesQuote)
 {
     const Words words = {L"",      L" ",       L"\"",      L"\\",         L"\\\\", L"\\\"", L"a\\\\\"b",
                          L"a b\\", L"ä ö ü\t", L"\"\"a\"", L"\\\\\\\"\\", L"C:\\", L"-d"};

@@ -29,7 +29,7 @@ TEST(LbCriticalSection, IsFreeAtFirst)
     EXPECT_TRUE(isFree(section));
 }
 
-TEST(LbCriticalSection, KeepsOtherThreadsOut)
+TEST(LbCriticalSection, ExcludesOtherThreads)
 {
     LbCriticalSection section;
     const LbCriticalSectionLock lock(section);
@@ -37,7 +37,7 @@ TEST(LbCriticalSection, KeepsOtherThreadsOut)
     EXPECT_FALSE(isFree(section));
 }
 
-TEST(LbCriticalSection, LetsItsHolderInAgain)
+TEST(LbCriticalSection, MayBeEnteredAgainByItsOwner)
 {
     LbCriticalSection section;
     const LbCriticalSectionLock outer(section);
@@ -47,7 +47,7 @@ TEST(LbCriticalSection, LetsItsHolderInAgain)
     section.unlock();
 }
 
-TEST(LbCriticalSection, IsLeftAsOftenAsEntered)
+TEST(LbCriticalSection, MustBeLeftAsOftenAsEntered)
 {
     LbCriticalSection section;
     section.lock();
@@ -59,7 +59,7 @@ TEST(LbCriticalSection, IsLeftAsOftenAsEntered)
     EXPECT_TRUE(isFree(section));
 }
 
-TEST(LbCriticalSection, LosesNoStepOfConcurrentThreads)
+TEST(LbCriticalSection, SerialisesConcurrentThreads)
 {
     constexpr int c_Steps = 10'000;
     LbCriticalSection section;

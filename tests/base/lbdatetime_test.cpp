@@ -24,7 +24,7 @@ TEST(LbDateTime, KeepsAllOtherCharacters)
     EXPECT_EQ(LbDateTime::Format(c_Evening, L"d.m.Y, H:i:s %D M"), L"31.12.1999, 23:58:59 %D M");
 }
 
-TEST(LbDateTime, FormatsNothingAsNothing)
+TEST(LbDateTime, FormatsAnEmptyFormatAsEmptyText)
 {
     EXPECT_EQ(LbDateTime::Format(c_Morning, L""), L"");
 }
@@ -34,7 +34,7 @@ TEST(LbDateTime, FormatsEarlyYearsWithFourDigits)
     EXPECT_EQ(LbDateTime::Format({33, 1, 1, 0, 0, 0}, L"Y"), L"0033");
 }
 
-TEST(LbDateTime, FormatsThePresentTime)
+TEST(LbDateTime, FormatsTheCurrentTime)
 {
     // The day may change between two of the calls, not between all three.
     const std::wstring before = LbDateTime::Format(LbOs::GetLocalTimeNow(), L"Y-m-d");

@@ -28,7 +28,7 @@ private:
     std::function<void(const std::wstring&)> m_former;
 };
 
-TEST_F(LbDiagnosticsTest, HandsLinesToTheListener)
+TEST_F(LbDiagnosticsTest, PassesLinesToTheListener)
 {
     LbDiagnostics::Trace(L"erste");
     LbDiagnostics::Trace(L"größer 100%s");
@@ -44,7 +44,7 @@ TEST_F(LbDiagnosticsTest, ReturnsTheFormerListener)
     EXPECT_EQ(m_lines, Lines{L"direct"});
 }
 
-TEST_F(LbDiagnosticsTest, KeepsAListenersOwnTracesFromIt)
+TEST_F(LbDiagnosticsTest, DoesNotCallAListenerForItsOwnTraces)
 {
     LbDiagnostics::SetListener([this](const std::wstring& text) {
         m_lines.push_back(text);
@@ -55,7 +55,7 @@ TEST_F(LbDiagnosticsTest, KeepsAListenersOwnTracesFromIt)
     EXPECT_EQ(m_lines, (Lines{L"outer", L"again"}));
 }
 
-TEST_F(LbDiagnosticsTest, LetsAListenerReplaceItself)
+TEST_F(LbDiagnosticsTest, ListenerMayReplaceItself)
 {
     LbDiagnostics::SetListener([this](const std::wstring& text) {
         LbDiagnostics::SetListener({});
@@ -66,7 +66,7 @@ TEST_F(LbDiagnosticsTest, LetsAListenerReplaceItself)
     EXPECT_EQ(m_lines, Lines{L"first"});
 }
 
-TEST_F(LbDiagnosticsTest, ListensAgainAfterAListenersException)
+TEST_F(LbDiagnosticsTest, CallsTheListenerAgainAfterItsException)
 {
     bool isFirst = true;
     LbDiagnostics::SetListener([this, &isFirst](const std::wstring& text) {

@@ -108,7 +108,7 @@ TEST(LbEncoding, ReplacesEachByteOfInvalidUtf8)
     }
 }
 
-TEST(LbEncoding, TellsUtf8FromOtherBytes)
+TEST(LbEncoding, RecognisesValidUtf8)
 {
     for (const SSample& sample : c_Samples)
     {
@@ -130,7 +130,7 @@ TEST(LbEncoding, KeepsEveryNativeByteSequence)
     }
 }
 
-TEST(LbEncoding, TurnsStrayNativeBytesIntoLoneSurrogates)
+TEST(LbEncoding, MapsInvalidNativeBytesToLoneSurrogates)
 {
     EXPECT_EQ(LbEncoding::FromNative("a\xFF"), L"a" + wide(0xDCFF));
     EXPECT_EQ(LbEncoding::FromNative("\x80z"), wide(0xDC80) + L"z");
@@ -143,7 +143,7 @@ TEST(LbEncoding, ReplacesOtherLoneSurrogatesInNativeText)
     EXPECT_EQ(LbEncoding::ToNative(wide(0xDD00)), "\xEF\xBF\xBD");
 }
 
-TEST(LbEncoding, DecodesNativeTextIntoUsedMemory)
+TEST(LbEncoding, DecodesNativeTextIntoReusedMemory)
 {
     std::wstring result = L"something longer from before";
     LbEncoding::FromNative("ab", result);
@@ -166,13 +166,13 @@ TEST(LbEncoding, PassesLoneSurrogatesThroughUtf16)
     EXPECT_EQ(LbEncoding::ToUtf16(text), units);
 }
 
-TEST(LbEncoding, WritesLatin1OneByteACharacter)
+TEST(LbEncoding, WritesOneByteForEachLatin1Character)
 {
     EXPECT_EQ(LbEncoding::ToLatin1(L"Größe\u00FF"), "Gr\xF6\xDF"
                                                     "e\xFF");
 }
 
-TEST(LbEncoding, ReplacesWhatLatin1CannotHold)
+TEST(LbEncoding, ReplacesCharactersOutsideLatin1)
 {
     EXPECT_EQ(LbEncoding::ToLatin1(L"5 € \u0100"), "5 ? ?");
     EXPECT_EQ(LbEncoding::ToLatin1(wide(0x1F600) + L"|" + wide(0xD800)), "?|?");
@@ -200,7 +200,7 @@ TEST(LbEncoding, ReadsEveryLatin1Byte)
     }
 }
 
-TEST(LbEncodingLatin1ToUtf8, IsTheSameAsByWayOfWideText)
+TEST(LbEncodingLatin1ToUtf8, EqualsTheConversionThroughWideText)
 {
     std::string all;
     for (int byte = 0; byte < 256; ++byte)

@@ -20,7 +20,7 @@ TEST(LbEvent, SetReleasesALaterWait)
     EXPECT_TRUE(event.Wait());
 }
 
-TEST(LbEvent, WaitResetsIt)
+TEST(LbEvent, WaitResetsTheEvent)
 {
     LbEvent event;
     event.Set();
@@ -37,7 +37,7 @@ TEST(LbEvent, SettingASetEventChangesNothing)
     EXPECT_FALSE(event.Wait(0));
 }
 
-TEST(LbEvent, ResetTakesItBack)
+TEST(LbEvent, ResetClearsIt)
 {
     LbEvent event;
     event.Set();

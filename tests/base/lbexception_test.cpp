@@ -87,7 +87,7 @@ TEST(LbException, NamesFreeFunctions)
     EXPECT_EQ(freeFunction(1), L"lbexceptiontest::freeFunction");
 }
 
-TEST(LbException, LeavesResultsAway)
+TEST(LbException, OmitsResultTypes)
 {
     std::wstring name;
     EXPECT_EQ(referenceResult(), L"lbexceptiontest::referenceResult");
@@ -126,13 +126,13 @@ TEST(LbException, NamesTemplatesWithoutTheirArguments)
     EXPECT_EQ(TemplateSample<int>().Method(), L"lbexceptiontest::TemplateSample<T>::Method");
 }
 
-TEST(LbException, NamesLambdasByTheirPlace)
+TEST(LbException, NamesLambdasByTheirLocation)
 {
     EXPECT_EQ(Sample().Lambda(), L"lbexceptiontest::Sample::Lambda::<lambda>::<lambda>");
     EXPECT_EQ(constrainedLambda(1), L"lbexceptiontest::constrainedLambda<int>::<lambda>");
 }
 
-TEST(LbException, TakesAFunctionNameOfTheCallersChoice)
+TEST(LbException, AcceptsAFunctionNameFromTheCaller)
 {
     const LbException exception(L"LuTestSuiteTree::Build", L"");
     EXPECT_EQ(exception.GetFunction(), L"LuTestSuiteTree::Build");
@@ -193,7 +193,7 @@ std::wstring describe(const T& thrown)
     }
 }
 
-TEST(LbDescribeCurrentException, GivesMessageAndPlaceOfOurOwn)
+TEST(LbDescribeCurrentException, ReturnsMessageAndLocationOfAnLbException)
 {
     const std::wstring text = describe(LbException(L"F", L"größer"));
 
@@ -201,7 +201,7 @@ TEST(LbDescribeCurrentException, GivesMessageAndPlaceOfOurOwn)
     EXPECT_TRUE(text.ends_with(L"): F)")) << LbEncoding::ToUtf8(text);
 }
 
-TEST(LbDescribeCurrentException, GivesTheTextOfStandardExceptions)
+TEST(LbDescribeCurrentException, ReturnsTheTextOfStandardExceptions)
 {
     EXPECT_EQ(describe(std::runtime_error("gr\xC3\xB6\xC3\x9F"
                                           "er")),
@@ -222,13 +222,13 @@ TEST(LbDescribeCurrentException, GivesNarrowTexts)
     EXPECT_EQ(describe<const char*>("kleiner"), L"kleiner");
 }
 
-TEST(LbDescribeCurrentException, GivesNothingForNullTexts)
+TEST(LbDescribeCurrentException, ReturnsEmptyTextForNullPointers)
 {
     EXPECT_EQ(describe<const wchar_t*>(nullptr), L"");
     EXPECT_EQ(describe<const char*>(nullptr), L"");
 }
 
-TEST(LbDescribeCurrentException, KnowsNoOtherKinds)
+TEST(LbDescribeCurrentException, ReportsOtherTypesAsUnknown)
 {
     EXPECT_EQ(describe(42), L"Unbekannte Exception");
 }

@@ -71,7 +71,7 @@ TEST_F(FileListing, HoldsFilesInOrderAndNoFolders)
     EXPECT_THAT(GetPresentNames(), ElementsAre(L"C.txt", L"a.txt", L"b.txt"));
 }
 
-TEST_F(FileListing, IsEmptyForAFolderThatIsNotThere)
+TEST_F(FileListing, IsEmptyForAMissingFolder)
 {
     EXPECT_EQ(LbFileListing::Get(m_folder.GetPathOf(L"missing"))->GetCount(), 0U);
     EXPECT_EQ(LbFileListing::Get(L"")->GetCount(), 0U);
@@ -95,7 +95,7 @@ TEST_F(FileListing, FindsEachNameAndNoOther)
     }
 }
 
-TEST_F(FileListing, GivesTheFilesOfSeveralWildcardsOnceAndInOrder)
+TEST_F(FileListing, ListsEachFileOfSeveralWildcardsOnceAndInOrder)
 {
     for (const wchar_t* const name : {L"a.yaml", L"b.yml", L"c.txt", L"d.yaml", L"d.expected.yaml"})
     {
@@ -110,7 +110,7 @@ TEST_F(FileListing, GivesTheFilesOfSeveralWildcardsOnceAndInOrder)
     EXPECT_THAT(GetMatches(*listing, {}, {}), IsEmpty());
 }
 
-TEST_F(FileListing, TellsPatternsApartWhoseTextsAreTheSameInARow)
+TEST_F(FileListing, DistinguishesPatternsWithEqualConcatenation)
 {
     for (const wchar_t* const name : {L"a", L"b", L"ab"})
     {
@@ -124,7 +124,7 @@ TEST_F(FileListing, TellsPatternsApartWhoseTextsAreTheSameInARow)
     EXPECT_THAT(GetMatches(*listing, {L"*"}, {L"a", L"b"}), ElementsAre(L"ab"));
 }
 
-TEST_F(FileListing, IsReadOnceForAFolderThatDoesNotChange)
+TEST_F(FileListing, ReadsAnUnchangedFolderOnce)
 {
     m_folder.WriteFile(L"a.txt", "");
     const Listing listing = WaitForSharedListing(m_folder.GetPath());
@@ -135,7 +135,7 @@ TEST_F(FileListing, IsReadOnceForAFolderThatDoesNotChange)
     }
 }
 
-TEST_F(FileListing, StaysAsItIsWhenTheFolderChanges)
+TEST_F(FileListing, DoesNotChangeWithItsFolder)
 {
     m_folder.WriteFile(L"a.txt", "");
     const Listing listing = WaitForSharedListing(m_folder.GetPath());
@@ -146,7 +146,7 @@ TEST_F(FileListing, StaysAsItIsWhenTheFolderChanges)
     EXPECT_THAT(GetPresentNames(), ElementsAre(L"a.txt", L"b.txt"));
 }
 
-TEST_F(FileListing, MissesNoChangeHoweverSoonItFollowsTheOneBefore)
+TEST_F(FileListing, NoticesChangesInQuickSuccession)
 {
     WaitForSharedListing(m_folder.GetPath());
     for (int count = 0; count < 300; ++count)
@@ -158,7 +158,7 @@ TEST_F(FileListing, MissesNoChangeHoweverSoonItFollowsTheOneBefore)
     }
 }
 
-TEST_F(FileListing, NoticesAnotherFolderInTheOldOnesPlace)
+TEST_F(FileListing, NoticesAReplacedFolder)
 {
     const std::wstring folder = m_folder.MakeFolder(L"data");
     m_folder.WriteFile(L"data/old.txt", "");
@@ -173,7 +173,7 @@ TEST_F(FileListing, NoticesAnotherFolderInTheOldOnesPlace)
     EXPECT_THAT(GetNames(*old), ElementsAre(L"old.txt"));
 }
 
-TEST_F(FileListing, MoreFoldersThanAreKeptAreAllRight)
+TEST_F(FileListing, IsCorrectForMoreFoldersThanTheCacheKeeps)
 {
     constexpr int c_Count = 1100;
     for (int number = 0; number < c_Count; ++number)
@@ -192,7 +192,7 @@ TEST_F(FileListing, MoreFoldersThanAreKeptAreAllRight)
     }
 }
 
-TEST(FileListingThreads, AllSeeWhatWasThereBeforeTheyAsked)
+TEST(FileListingThreads, SeeAllFilesCreatedBeforeTheirCall)
 {
     const ScopedFolder folder;
     constexpr int c_Changes = 200;

@@ -45,7 +45,7 @@ TEST(LbFileSystem, WritesWholeFiles)
     EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), Names{L"Datei.txt"});
 }
 
-TEST(LbFileSystem, KeepsTheFormerFileWhenTheNewOneIsBrokenOff)
+TEST(LbFileSystem, KeepsTheFormerFileWhenWritingIsAborted)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"Datei.txt", "former");
@@ -66,7 +66,7 @@ TEST(LbFileSystem, WritesWholeFilesByRelativePaths)
     EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), Names{L"Datei.txt"});
 }
 
-TEST(LbFileSystem, WritesWholeFilesWhereLinksLead)
+TEST(LbFileSystem, WritesWholeFilesThroughLinks)
 {
     const ScopedFolder folder;
     const std::wstring target = folder.WriteFile(L"Ziel/Datei.txt", "former");
@@ -86,7 +86,7 @@ TEST(LbFileSystem, WritesWholeFilesWhereLinksLead)
     EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPathOf(L"Ziel")), (Names{L"Datei.txt", L"neu.txt"}));
 }
 
-TEST(LbFileSystem, WritesWholeFilesUnderOneOfTheirNames)
+TEST(LbFileSystem, WritesWholeFilesWithoutChangingTheirHardLinks)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"Datei.txt", "former");
@@ -106,7 +106,7 @@ TEST(LbFileSystem, WritesDevicesAndPipesDirectly)
     EXPECT_EQ(written, device);
 }
 
-TEST(LbFileSystem, WritesDirectlyInFoldersThatTakeNoFiles)
+TEST(LbFileSystem, WritesDirectlyInReadOnlyFolders)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"Datei.txt", "former");
@@ -168,7 +168,7 @@ TEST(LbFileSystem, RefusesUnknownDirectoryKinds)
     EXPECT_THROW(LbFileSystem::GetDirectory(static_cast<LbFileSystem::EDirectoryKind>(3)), LbException);
 }
 
-TEST(LbFileSystem, TellsFilesFromDirectories)
+TEST(LbFileSystem, DistinguishesFilesFromDirectories)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"file.txt", "x");
@@ -180,7 +180,7 @@ TEST(LbFileSystem, TellsFilesFromDirectories)
     EXPECT_TRUE(LbFileSystem::IsDirectory(folder.GetPath()));
 }
 
-TEST(LbFileSystem, SeesNothingWhereNothingIs)
+TEST(LbFileSystem, ReportsMissingPathsAsMissing)
 {
     const ScopedFolder folder;
     for (const std::wstring& path : {folder.GetPathOf(L"missing"), folder.GetPathOf(L"no/where"), std::wstring()})
@@ -191,7 +191,7 @@ TEST(LbFileSystem, SeesNothingWhereNothingIs)
     }
 }
 
-TEST(LbFileSystem, TakesNoNameForTheShorterOneInFrontOfAZero)
+TEST(LbFileSystem, DoesNotCutNamesAtANullCharacter)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"file.txt", "x");
@@ -212,7 +212,7 @@ TEST(LbFileSystem, AcceptsAnExistingDirectory)
     EXPECT_TRUE(LbFileSystem::AssertDirectory(LbPath::WithoutSeparator(folder.GetPath())));
 }
 
-TEST(LbFileSystem, CreatesNoDirectoryInPlaceOfAFile)
+TEST(LbFileSystem, DoesNotReplaceAFileByADirectory)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"file", "x");
@@ -275,7 +275,7 @@ TEST(LbFileSystem, RemovesATree)
     EXPECT_TRUE(LbFileSystem::Exists(folder.GetPath()));
 }
 
-TEST(LbFileSystem, FindsNothingLeftOfAMissingTree)
+TEST(LbFileSystem, SucceedsForAMissingTree)
 {
     const ScopedFolder folder;
     EXPECT_TRUE(LbFileSystem::RemoveTree(folder.GetPathOf(L"missing")));

@@ -82,7 +82,7 @@ TEST(LbFormatFloating, PrintsHexadecimalFloating)
               L"|    0x1.8p+0|0x1.8p+0    |-0x0001.8p+0|+0x1.8p+0| 0x1.8p+0|");
 }
 
-TEST(LbFormatFloating, PadsByZerosInTheAlternateForm)
+TEST(LbFormatFloating, PadsWithZerosInTheAlternateForm)
 {
     EXPECT_EQ(LbFormat(L"%#08.1f|%#08.0f|%#-8.0f|%#012.0e|%#010.3g|%#08.0a", 2.0, -2.0, 2.0, 5e9, 0.5, 1.0),
               L"000002.0|-000002.|2.      |0000005.e+09|000000.500|0x01.p+0");

@@ -34,7 +34,7 @@ TEST(LbRuntimeFormat, FormatsAsConstantsDo)
     EXPECT_EQ(LbFormat(LbRuntimeFormat(format), L"it", 4, 50), L"it has   50%");
 }
 
-TEST(LbRuntimeFormat, NamesThePlaceOfAMistake)
+TEST(LbRuntimeFormat, ReportsTheLocationOfAMistake)
 {
     const std::uint32_t line = LbSourceLocation::Current().GetLine() + 4;
     try
@@ -107,7 +107,7 @@ TEST(LbRuntimeFormat, RefusesLengthsThatDoNotFit)
     EXPECT_EQ(getMistake(L"%lp", nullptr), L"unpassende Längenangabe");
 }
 
-TEST(LbRuntimeFormat, RefusesWidthsThatNoIntHolds)
+TEST(LbRuntimeFormat, RefusesWidthsBeyondTheRangeOfInt)
 {
     EXPECT_EQ(getMistake(L"%99999999999999999999999d", 1), L"unzulässige Breite");
     EXPECT_EQ(getMistake(L"%2147483648d", 1), L"unzulässige Breite");
@@ -115,7 +115,7 @@ TEST(LbRuntimeFormat, RefusesWidthsThatNoIntHolds)
     EXPECT_EQ(getMistake(L"%99999999999.2f", 1.0), L"unzulässige Breite");
 }
 
-TEST(LbRuntimeFormat, RefusesWidthsThatAreNoInt)
+TEST(LbRuntimeFormat, RefusesWidthsOfOtherTypes)
 {
     EXPECT_EQ(getMistake(L"%*d", L"5", 1), L"Breite ohne ganzzahliges Argument");
     EXPECT_EQ(getMistake(L"%*d", 5.0, 1), L"Breite ohne ganzzahliges Argument");

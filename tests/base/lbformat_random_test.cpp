@@ -242,7 +242,7 @@ TEST(LbFormatRandom, PrintsWhatTheCLibraryPrints)
     }
 }
 
-TEST(LbFormatRandom, PrintsAlikeOnAllPlatforms)
+TEST(LbFormatRandom, PrintsTheSameOnAllPlatforms)
 {
     constexpr std::uint64_t c_Prime = 0x100000001B3;
     std::uint64_t checksum = 0xCBF29CE484222325;

@@ -65,7 +65,7 @@ TEST(LbFormat, LengthsDecideWhetherTextIsWide)
     EXPECT_EQ(LbFormat(L"%S %hs %hS", "a", "b", "\xC3\xA4"), L"a b ä");
 }
 
-TEST(LbFormat, ReplacesBytesThatAreNoUtf8)
+TEST(LbFormat, ReplacesInvalidUtf8)
 {
     EXPECT_EQ(LbFormat(L"%S|%.2S|%.3S",
                        "a\xFF"
@@ -95,7 +95,7 @@ TEST(LbFormat, CountsCharactersNotCodeUnits)
     EXPECT_EQ(LbFormat(L"|%.1s|%.2s|", L"\U0001F600x", L"\U0001F600xy"), L"|\U0001F600|\U0001F600x|");
 }
 
-TEST(LbFormat, ReadsNoTextBehindItsPrecision)
+TEST(LbFormat, ReadsNoTextBeyondThePrecision)
 {
     // On the heap, where a sanitizer notices reads behind them.
     const std::vector<wchar_t> wide = {L'a', L'b', L'\xD83D'};
@@ -104,7 +104,7 @@ TEST(LbFormat, ReadsNoTextBehindItsPrecision)
     EXPECT_EQ(LbFormat(L"%.2S|%.*hs", narrow.data(), 1, narrow.data()), L"aä|a");
 }
 
-TEST(LbFormat, StopsAtTheZeroBeforeThePrecision)
+TEST(LbFormat, StopsAtANullCharacterBeforeThePrecision)
 {
     EXPECT_EQ(LbFormat(L"%.9s|%.9S|%.*s", L"ab", "\xC3\xA4", 5, L""), L"ab|ä|");
 }
@@ -150,7 +150,7 @@ TEST(LbFormat, PrintsUnsignedIntegers)
     EXPECT_EQ(LbFormat(L"%u", static_cast<unsigned char>(200)), L"200");
 }
 
-TEST(LbFormat, Prints64BitsUnderEveryMark)
+TEST(LbFormat, Prints64BitsWithEveryLengthModifier)
 {
     EXPECT_EQ(LbFormat(L"%I64u %I64i %I64d", c_MaxUInt64, c_MinInt64, std::int64_t{5}),
               L"18446744073709551615 -9223372036854775808 5");
@@ -158,25 +158,25 @@ TEST(LbFormat, Prints64BitsUnderEveryMark)
               L"18446744073709551615 -9223372036854775808 1 2 3");
 }
 
-TEST(LbFormat, Prints64BitsWithoutMark)
+TEST(LbFormat, Prints64BitsWithoutLengthModifier)
 {
     EXPECT_EQ(LbFormat(L"%d %u", c_MinInt64, c_MaxUInt64), L"-9223372036854775808 18446744073709551615");
 }
 
-TEST(LbFormat, PrintsWholeNumbersUnderMarksThatNameAWidth)
+TEST(LbFormat, IgnoresLengthModifiersSmallerThanTheArgument)
 {
     EXPECT_EQ(LbFormat(L"%I32d %ld %Ld %Iu", c_MinInt64, c_MinInt64, 5, c_MaxUInt64),
               L"-9223372036854775808 -9223372036854775808 5 18446744073709551615");
 }
 
-TEST(LbFormat, TakesTheLowerBitsUnderHalfMarks)
+TEST(LbFormat, PrintsTheLowerBitsForShortLengthModifiers)
 {
     EXPECT_EQ(LbFormat(L"%hd %hu %hx %ho", 70000, 70000U, -1, -1), L"4464 4464 ffff 177777");
     EXPECT_EQ(LbFormat(L"%hhd %hhu %02hhx %hhX", 300, 300, static_cast<signed char>(-1), '\xAB'), L"44 44 ff AB");
     EXPECT_EQ(LbFormat(L"%hd %hhd %hd", 0x8000, 0x80, std::int64_t{0x100018000}), L"-32768 -128 -32768");
 }
 
-TEST(LbFormat, LetsTheArgumentsWidthDecideOnSigns)
+TEST(LbFormat, UsesTheArgumentsWidthForNegativeNumbers)
 {
     EXPECT_EQ(LbFormat(L"%u", -1), L"4294967295");
     EXPECT_EQ(LbFormat(L"%d", 4294967295U), L"-1");
@@ -198,7 +198,7 @@ TEST(LbFormat, PrintsHexadecimal)
     EXPECT_EQ(LbFormat(L"|%#8x|%#08x|", 255, 255), L"|    0xff|0x0000ff|");
 }
 
-TEST(LbFormat, PadsHexadecimalByZerosBehindTheBase)
+TEST(LbFormat, PadsHexadecimalWithZerosAfterThePrefix)
 {
     EXPECT_EQ(LbFormat(L"%#06x %#010X %#6.3x", 0xAB, 0xABU, 0xAB), L"0x00ab 0X000000AB  0x0ab");
     EXPECT_EQ(LbFormat(L"|%-#8x|%#.0x|%#05x|", 0xAB, 0, 0), L"|0xab    ||00000|");
@@ -219,7 +219,7 @@ TEST(LbFormat, TakesWidthsAndPrecisionsFromArguments)
     EXPECT_EQ(LbFormat(L"|%*s|%*c|%*p|", 3, L"a", -3, L'b', 18, nullptr), L"|  a|b  |  0000000000000000|");
 }
 
-TEST(LbFormat, TakesNegativePrecisionsAsNone)
+TEST(LbFormat, IgnoresNegativePrecisions)
 {
     EXPECT_EQ(LbFormat(L"%.*f %.*d|%.*s", -1, 0.5, -2, 0, -3, L"abc"), L"0.500000 0|abc");
     EXPECT_EQ(LbFormat(L"|%0*.*d|", 4, -1, 7), L"|0007|");

@@ -48,13 +48,13 @@ std::wstring getTraceOf(const std::function<void()>& message)
 
 } // namespace
 
-TEST_F(LbMessageDispatcherTest, FirstUseDoesNotStartItsThread)
+TEST_F(LbMessageDispatcherTest, FirstUseDoesNotStartTheThread)
 {
     EXPECT_FALSE(LbMessageDispatcher::GetInstance().IsRunning());
     EXPECT_TRUE(LbMessageDispatcher::Exists());
 }
 
-TEST_F(LbMessageDispatcherTest, RunsOnceStarted)
+TEST_F(LbMessageDispatcherTest, RunsAfterStart)
 {
     EXPECT_TRUE(start().IsRunning());
 }
@@ -80,7 +80,7 @@ TEST_F(LbMessageDispatcherTest, DropsMessagesWhileItIsNotRunning)
     EXPECT_FALSE(isHandled);
 }
 
-TEST_F(LbMessageDispatcherTest, HandlesMessagesInTheOrderOfTheirPosting)
+TEST_F(LbMessageDispatcherTest, HandlesMessagesInPostingOrder)
 {
     LbMessageDispatcher& dispatcher = start();
     std::vector<int> handled;
@@ -165,13 +165,13 @@ TEST_F(LbMessageDispatcherTest, ShutdownHandlesWhatWasPosted)
     EXPECT_FALSE(LbMessageDispatcher::Exists());
 }
 
-TEST_F(LbMessageDispatcherTest, ShutdownWithoutADispatcherMakesNone)
+TEST_F(LbMessageDispatcherTest, ShutdownDoesNotCreateADispatcher)
 {
     LbMessageDispatcher::Shutdown();
     EXPECT_FALSE(LbMessageDispatcher::Exists());
 }
 
-TEST_F(LbMessageDispatcherTest, IsMadeAgainAfterAShutdown)
+TEST_F(LbMessageDispatcherTest, IsCreatedAgainAfterAShutdown)
 {
     for (int i = 0; i < 10; ++i)
     {
@@ -183,7 +183,7 @@ TEST_F(LbMessageDispatcherTest, IsMadeAgainAfterAShutdown)
     }
 }
 
-TEST_F(LbMessageDispatcherTest, TakesMessagesFromManyThreadsWhileItIsShutDown)
+TEST_F(LbMessageDispatcherTest, AcceptsMessagesFromManyThreadsDuringShutdown)
 {
     LbMessageDispatcher& dispatcher = start();
     std::atomic<int> takenCount = 0;
@@ -204,7 +204,7 @@ TEST_F(LbMessageDispatcherTest, TakesMessagesFromManyThreadsWhileItIsShutDown)
     EXPECT_EQ(handledCount, takenCount);
 }
 
-TEST(LbMessageDispatcherDeathTest, ProcessEndsThoughNobodyShutTheDispatcherDown)
+TEST(LbMessageDispatcherDeathTest, ProcessEndsWithoutDispatcherShutdown)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_EXIT(

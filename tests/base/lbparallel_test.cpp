@@ -30,7 +30,7 @@ TEST(LbParallel, CallsTheBodyOncePerIndex)
     EXPECT_EQ(std::ranges::count(calls, 1), 100'000);
 }
 
-TEST(LbParallel, CountsFromTheFirstIndexToTheOneBeforeTheLast)
+TEST(LbParallel, CountsFromTheFirstIndexUpToButNotIncludingTheLast)
 {
     LbCombinable<std::vector<std::int64_t>> indices;
     LbParallel::For(-3, 4, [&indices](std::int64_t index) { indices.Local().push_back(index); });
@@ -42,7 +42,7 @@ TEST(LbParallel, CountsFromTheFirstIndexToTheOneBeforeTheLast)
     EXPECT_EQ(all, (std::vector<std::int64_t>{-3, -2, -1, 0, 1, 2, 3}));
 }
 
-TEST(LbParallel, CallsNothingForAnEmptyOrReversedRange)
+TEST(LbParallel, DoesNotCallTheBodyForAnEmptyOrReversedRange)
 {
     std::atomic<int> calls = 0;
     LbParallel::For(5, 5, [&calls](std::int64_t) { ++calls; });
@@ -212,7 +212,7 @@ TEST(LbParallel, InvokeCallsEachFunctionOnce)
     EXPECT_EQ(calls[2], 1);
 }
 
-TEST(LbParallel, InvokeOfNothingReturns)
+TEST(LbParallel, InvokeWithoutFunctionsReturns)
 {
     LbParallel::Invoke({});
     SUCCEED();
@@ -223,7 +223,7 @@ TEST(LbParallel, InvokePassesOnAnException)
     EXPECT_THROW(LbParallel::Invoke({[] {}, [] { throw std::runtime_error("function"); }}), std::runtime_error);
 }
 
-TEST(LbParallel, SumsARangeWithBothItsEnds)
+TEST(LbParallel, SumsARangeIncludingBothEnds)
 {
     EXPECT_EQ(LbParallel::SumRange(0, 99), 4950);
     EXPECT_EQ(LbParallel::SumRange(7, 7), 7);
@@ -236,13 +236,13 @@ TEST(LbParallel, SumOfAnEmptyRangeIsZero)
     EXPECT_EQ(LbParallel::SumRange(1, 0), 0);
 }
 
-TEST(LbCombinable, GivesTheInitialValueWhenNobodyUsedIt)
+TEST(LbCombinable, ReturnsTheInitialValueIfUnused)
 {
     const LbCombinable<std::int64_t> values(42);
     EXPECT_EQ(values.Combine(add), 42);
 }
 
-TEST(LbCombinable, StartsEachValueAtTheInitialOne)
+TEST(LbCombinable, StartsEachThreadsValueAtTheInitialValue)
 {
     LbCombinable<std::wstring> values(L"a");
     values.Local() += L"b";
@@ -258,7 +258,7 @@ TEST(LbCombinable, KeepsAThreadsValueBetweenCalls)
     EXPECT_EQ(values.Local(), 5);
 }
 
-TEST(LbCombinable, KeepsSeveralCombinablesOfOneThreadApart)
+TEST(LbCombinable, SeparatesSeveralCombinablesOfOneThread)
 {
     LbCombinable<int> first;
     LbCombinable<int> second;
@@ -268,7 +268,7 @@ TEST(LbCombinable, KeepsSeveralCombinablesOfOneThreadApart)
     EXPECT_EQ(second.Local(), 2);
 }
 
-TEST(LbCombinable, StartsAfreshWhereAnotherOneStood)
+TEST(LbCombinable, StartsFreshAtAReusedAddress)
 {
     for (int i = 0; i < 3; ++i)
     {
@@ -278,7 +278,7 @@ TEST(LbCombinable, StartsAfreshWhereAnotherOneStood)
     }
 }
 
-TEST(LbCombinable, KeepsManyThreadsApart)
+TEST(LbCombinable, SeparatesManyThreads)
 {
     constexpr int threadCount = 150;
     LbCombinable<std::int64_t> values;

@@ -40,7 +40,7 @@ TEST(LbPath, LeavesAnEmptyPathEmpty)
     EXPECT_EQ(LbPath::ToNative(L""), L"");
 }
 
-TEST(LbPath, TakesOneSeparatorFromTheEnd)
+TEST(LbPath, RemovesOneTrailingSeparator)
 {
     EXPECT_EQ(LbPath::WithoutSeparator(L"x/a/"), native(L"x/a"));
     EXPECT_EQ(LbPath::WithoutSeparator(L"x/a"), native(L"x/a"));
@@ -59,7 +59,7 @@ TEST(LbPath, FindsTheLastComponent)
     EXPECT_EQ(LbPath::GetLastComponent(L"/"), L"");
 }
 
-TEST(LbPath, FindsWhatStandsInFrontOfTheLastComponent)
+TEST(LbPath, FindsThePathBeforeTheLastComponent)
 {
     EXPECT_EQ(LbPath::GetParent(L"x/a"), native(L"x/"));
     EXPECT_EQ(LbPath::GetParent(L"x/a/"), native(L"x/"));
@@ -84,7 +84,7 @@ TEST(LbPath, TurnsBothSeparatorsIntoThePlatforms)
     EXPECT_EQ(LbPath::ToNative(L"a/b\\c"), L"a" + separator + L"b" + separator + L"c");
 }
 
-TEST(LbPath, TellsAbsolutePathsFromRelativeOnes)
+TEST(LbPath, DistinguishesAbsoluteFromRelativePaths)
 {
     EXPECT_TRUE(LbPath::IsAbsolute(LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary)));
     EXPECT_FALSE(LbPath::IsAbsolute(L""));
@@ -96,7 +96,7 @@ TEST(LbPath, TellsAbsolutePathsFromRelativeOnes)
     EXPECT_FALSE(LbPath::IsAbsolute(L"1:\\a"));
 }
 
-TEST(LbPath, KnowsDrivesAndServersWhereThereAreSome)
+TEST(LbPath, RecognisesDrivesAndServersOnWindows)
 {
     const bool hasDrives = LbPath::c_Separator == L'\\';
     EXPECT_EQ(LbPath::IsAbsolute(L"C:\\a"), hasDrives);

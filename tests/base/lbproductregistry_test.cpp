@@ -9,7 +9,7 @@
 namespace
 {
 
-TEST(LbProductRegistry, FindsWhatWasEntered)
+TEST(LbProductRegistry, FindsARegisteredProduct)
 {
     LbProductRegistry::Register(L"Finder", L"1.2.3");
     const auto product = LbProductRegistry::Find(L"Finder");
@@ -18,7 +18,7 @@ TEST(LbProductRegistry, FindsWhatWasEntered)
     EXPECT_EQ(product->version, L"1.2.3");
 }
 
-TEST(LbProductRegistry, FindsNothingUnknown)
+TEST(LbProductRegistry, DoesNotFindAnUnknownProduct)
 {
     LbProductRegistry::Register(L"Known", L"1");
     EXPECT_FALSE(LbProductRegistry::Find(L"known").has_value());
@@ -32,7 +32,7 @@ TEST(LbProductRegistry, ReplacesAProductOfTheSameName)
     EXPECT_EQ(LbProductRegistry::Find(L"Replaced")->version, L"2");
 }
 
-TEST(LbProductRegistryConcurrency, TakesEntriesFromManyThreads)
+TEST(LbProductRegistryConcurrency, AcceptsProductsFromManyThreads)
 {
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread)

@@ -67,7 +67,7 @@ TEST_F(LbRTTIModule, CreatedObjectIsCastToUnitTestAndInterfaces)
     EXPECT_TRUE(object->IsKindOf(LuUnitTest::RTTI));
 }
 
-TEST_F(LbRTTIModule, ObjectThatIsNoUnitTestIsToldApart)
+TEST_F(LbRTTIModule, ObjectThatIsNoUnitTestIsRecognised)
 {
     const std::unique_ptr<IObject> object = LbRTTI::getCreate(L"CRegistryProbeService")();
     ASSERT_NE(object, nullptr);

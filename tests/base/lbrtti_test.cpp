@@ -73,7 +73,7 @@ TEST(LbRTTI, FindsTheRootOfAllClasses)
     EXPECT_EQ(IObject::RTTI.GetBase(), nullptr);
 }
 
-TEST(LbRTTI, FindsNoUnknownName)
+TEST(LbRTTI, DoesNotFindAnUnknownName)
 {
     EXPECT_EQ(LbRTTI::Find(L"CUnicorn"), nullptr);
     EXPECT_EQ(LbRTTI::Find(L""), nullptr);
@@ -85,7 +85,7 @@ TEST(LbRTTI, ComparesNamesExactly)
     EXPECT_EQ(LbRTTI::Find(L"CDog "), nullptr);
 }
 
-TEST(LbRTTI, FindsClassUnderANameOfItsOwnChoice)
+TEST(LbRTTI, FindsClassUnderAnExplicitName)
 {
     EXPECT_EQ(LbRTTI::Find(L"Zoo::CNamed"), &CNamed::RTTI);
     EXPECT_EQ(LbRTTI::Find(L"CNamed"), nullptr);
@@ -137,7 +137,7 @@ TEST(LbRTTI, GivesNoFactoryForUnknownNameOrAbstractClass)
     EXPECT_NE(LbRTTI::Find(L"CAnimal"), nullptr);
 }
 
-TEST(LbRTTI, RecordLeavesWithItsModule)
+TEST(LbRTTI, RecordIsUnregisteredWithItsModule)
 {
     std::optional<LbRTTI> record(std::in_place, L"CPassing", &CAnimal::RTTI, &createDog);
     ASSERT_EQ(LbRTTI::Find(L"CPassing"), &*record);
@@ -154,7 +154,7 @@ TEST(LbRTTI, FirstRecordOfANameIsFound)
     EXPECT_EQ(LbRTTI::getCreate(L"CTwice"), &createDog);
 }
 
-TEST(LbRTTI, NextRecordOfANameIsFoundWhenTheFirstLeaves)
+TEST(LbRTTI, NextRecordOfANameIsFoundAfterTheFirstIsUnregistered)
 {
     std::optional<LbRTTI> first(std::in_place, L"CTwice", &CAnimal::RTTI, &createDog);
     const LbRTTI second(L"CTwice", &CAnimal::RTTI, &createNamed);
@@ -162,7 +162,7 @@ TEST(LbRTTI, NextRecordOfANameIsFoundWhenTheFirstLeaves)
     EXPECT_EQ(LbRTTI::Find(L"CTwice"), &second);
 }
 
-TEST(LbRTTI, FirstRecordStaysFoundWhenTheSecondLeaves)
+TEST(LbRTTI, FirstRecordIsStillFoundAfterTheSecondIsUnregistered)
 {
     const LbRTTI first(L"CTwice", &CAnimal::RTTI, &createDog);
     std::optional<LbRTTI> second(std::in_place, L"CTwice", &CAnimal::RTTI, &createNamed);
@@ -180,7 +180,7 @@ TEST(LbRTTI, SecondRecordOfANameIsTraced)
     EXPECT_NE(traces.GetTexts()[0].find(L"'CTwice'"), std::wstring::npos);
 }
 
-TEST(LbRTTI, KeepsThousandsOfClassesApart)
+TEST(LbRTTI, DistinguishesThousandsOfClasses)
 {
     std::vector<std::unique_ptr<LbRTTI>> records;
     for (int i = 0; i < 5000; ++i)
@@ -191,7 +191,7 @@ TEST(LbRTTI, KeepsThousandsOfClassesApart)
         records, [](const auto& record) { return LbRTTI::Find(record->GetName()) == record.get(); }));
 }
 
-TEST(LbRTTIConcurrency, ClassesMayBeFoundWhileOthersComeAndGo)
+TEST(LbRTTIConcurrency, ClassesAreFoundWhileOthersRegisterAndUnregister)
 {
     std::jthread modules([](const std::stop_token& stop) {
         for (int i = 0; !stop.stop_requested(); ++i)

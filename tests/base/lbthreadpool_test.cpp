@@ -69,7 +69,7 @@ TEST(LbThreadPool, RunsAsManyTasksAtOnceAsItHasThreads)
     SUCCEED() << "all threads are at a task at once, else this would not return";
 }
 
-TEST(LbThreadPool, StartsTasksInTheOrderOfTheirHandingIn)
+TEST(LbThreadPool, StartsTasksInOrderOfSubmission)
 {
     LbThreadPool& pool = LbThreadPool::GetInstance();
     const CBusyPool busy(1);
@@ -105,7 +105,7 @@ TEST(LbThreadPool, GoesOnAfterAnException)
     EXPECT_TRUE(hasRun);
 }
 
-TEST(LbThreadPool, ReleasesWhatATaskHasCapturedBeforeItsEnd)
+TEST(LbThreadPool, ReleasesATasksCapturesBeforeItCountsAsEnded)
 {
     auto captured = std::make_shared<int>(1);
     const LbThreadPool::CTask task = LbThreadPool::GetInstance().Run([captured] { static_cast<void>(captured); });
@@ -113,7 +113,7 @@ TEST(LbThreadPool, ReleasesWhatATaskHasCapturedBeforeItsEnd)
     EXPECT_EQ(captured.use_count(), 1);
 }
 
-TEST(LbThreadPool, WaitsForNothingWithoutATask)
+TEST(LbThreadPool, WaitReturnsAtOnceWithoutATask)
 {
     const LbThreadPool::CTask task;
     task.Wait();
@@ -180,7 +180,7 @@ TEST(LbThreadPool, ExistsFromItsFirstUseToItsShutdown)
     EXPECT_FALSE(LbThreadPool::Exists());
 }
 
-TEST(LbThreadPool, ShutdownWithoutAPoolMakesNone)
+TEST(LbThreadPool, ShutdownDoesNotCreateAPool)
 {
     LbThreadPool::Shutdown();
     LbThreadPool::Shutdown();
@@ -199,7 +199,7 @@ TEST(LbThreadPool, ShutdownRunsAllTasksToTheirEnd)
     EXPECT_EQ(endedCount, taskCount);
 }
 
-TEST(LbThreadPool, ShutdownRunsTasksThatTasksHandIn)
+TEST(LbThreadPool, ShutdownRunsTasksSubmittedByTasks)
 {
     LbEvent goOn;
     std::atomic<int> endedCount = 0;
@@ -217,7 +217,7 @@ TEST(LbThreadPool, ShutdownRunsTasksThatTasksHandIn)
     EXPECT_FALSE(LbThreadPool::Exists());
 }
 
-TEST(LbThreadPool, IsMadeAgainAfterAShutdown)
+TEST(LbThreadPool, IsCreatedAgainAfterAShutdown)
 {
     for (int i = 0; i < 10; ++i)
     {
@@ -228,7 +228,7 @@ TEST(LbThreadPool, IsMadeAgainAfterAShutdown)
     }
 }
 
-TEST(LbThreadPool, TakesTasksFromManyThreads)
+TEST(LbThreadPool, AcceptsTasksFromManyThreads)
 {
     std::atomic<int> endedCount = 0;
     {
@@ -246,7 +246,7 @@ TEST(LbThreadPool, TakesTasksFromManyThreads)
     EXPECT_EQ(endedCount, 400);
 }
 
-TEST(LbThreadPoolDeathTest, ProcessEndsThoughNobodyShutThePoolDown)
+TEST(LbThreadPoolDeathTest, ProcessEndsWithoutPoolShutdown)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_EXIT(

@@ -34,7 +34,7 @@ TEST(LbUniqueId, NamesVersionAndVariant)
     }
 }
 
-TEST(LbUniqueId, NeverComesTwice)
+TEST(LbUniqueId, NeverRepeats)
 {
     std::set<std::wstring> identifiers;
     for (int round = 0; round < 10'000; ++round)
@@ -43,7 +43,7 @@ TEST(LbUniqueId, NeverComesTwice)
     }
 }
 
-TEST(LbUniqueId, VariesInEveryFreeDigit)
+TEST(LbUniqueId, VariesInEveryRandomDigit)
 {
     const std::wstring first = LbUniqueId::Generate();
     std::wstring unchanged = first;

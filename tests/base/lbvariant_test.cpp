@@ -37,7 +37,7 @@ TEST(LbVariant, BoolConvertsToOneAndZero)
     EXPECT_EQ(LbVariant(false).ToUInt32(), 0U);
 }
 
-TEST(LbVariant, NumberConvertsToWhetherItIsNotZero)
+TEST(LbVariant, NonZeroNumberConvertsToTrue)
 {
     EXPECT_EQ(LbVariant(std::int32_t{0}).ToBool(), false);
     EXPECT_EQ(LbVariant(std::int32_t{-1}).ToBool(), true);

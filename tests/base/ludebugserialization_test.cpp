@@ -34,7 +34,7 @@ TEST_F(LuDebugSerializationGenericTest, CanBeSetToNothing)
     EXPECT_EQ(LuDebugSerializationGeneric::GetDefaultOutputDirectory(), L"");
 }
 
-TEST_F(LuDebugSerializationGenericTest, HasADirectoryForAThreadAsLongAsTheThreadWantsIt)
+TEST_F(LuDebugSerializationGenericTest, ThreadsDirectoryLastsAsLongAsItsScope)
 {
     const auto get = [] { return LuDebugSerializationGeneric::GetDefaultOutputDirectory(); };
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"process");

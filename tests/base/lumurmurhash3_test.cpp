@@ -20,7 +20,7 @@ S128 hash(std::string_view text, std::uint32_t seed = 0)
     return LuMurmurHash3::GetOptimizedChecksum128(text.data(), static_cast<std::uint32_t>(text.size()), seed);
 }
 
-TEST(LuMurmurHash3, GivesThePublishedValueOfAText)
+TEST(LuMurmurHash3, ReturnsThePublishedValueOfAText)
 {
     const S128 checksum = hash("The quick brown fox jumps over the lazy dog");
 
@@ -28,7 +28,7 @@ TEST(LuMurmurHash3, GivesThePublishedValueOfAText)
     EXPECT_EQ(checksum.high, 0x7A433CA9C49A9347U);
 }
 
-TEST(LuMurmurHash3, GivesZeroForNothing)
+TEST(LuMurmurHash3, ReturnsZeroForEmptyInput)
 {
     EXPECT_EQ(LuMurmurHash3::GetOptimizedChecksum128(nullptr, 0, 0), (S128{0, 0}));
 }
@@ -64,7 +64,7 @@ TEST(LuMurmurHash3, DependsOnTheLength)
 }
 
 /// The memory as it is when each byte arrives alone, or many at once; what has not arrived is wrong.
-TEST(LuMurmurHash3, WaitsForTheBytesThatItLooksAt)
+TEST(LuMurmurHash3, WaitsForTheBytesThatItReads)
 {
     for (const std::size_t step : {1U, 7U, 16U, 100U, 5000U})
     {
@@ -92,7 +92,7 @@ TEST(LuMurmurHash3, WaitsForTheBytesThatItLooksAt)
     }
 }
 
-TEST(LuMurmurHash3, PassesOnThatBytesNeverArrive)
+TEST(LuMurmurHash3, PassesOnTheExceptionForBytesThatNeverArrive)
 {
     const std::string text(100, 'x');
     const auto await = [](std::size_t count) -> std::size_t {
@@ -102,7 +102,7 @@ TEST(LuMurmurHash3, PassesOnThatBytesNeverArrive)
     EXPECT_THROW(LuMurmurHash3::GetOptimizedChecksum128(text.data(), 100, 0, await), std::runtime_error);
 }
 
-TEST(LuMurmurHash3, TakesMoreBytesThanItNeeds)
+TEST(LuMurmurHash3, AcceptsMoreBytesThanItNeeds)
 {
     const std::string text(100, 'x');
 

@@ -47,7 +47,7 @@ TEST(LuStreamWriteTextMemory, CollectsText)
     EXPECT_EQ(stream.GetText(), L"größer\n€");
 }
 
-TEST(LuStreamWriteTextMemory, ForgetsItsText)
+TEST(LuStreamWriteTextMemory, DiscardsItsText)
 {
     LuStreamWriteTextMemory stream;
     stream.Write(L"former");
@@ -103,7 +103,7 @@ TEST(LuStreamWriteBinaryFile, TruncatesAnExistingFile)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "new");
 }
 
-TEST(LuStreamWriteBinaryFile, BringsAllToTheFileAtItsEnd)
+TEST(LuStreamWriteBinaryFile, WritesEverythingOnDestruction)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.GetPathOf(L"file.bin");
@@ -135,7 +135,7 @@ TEST(LuStreamWriteBinaryFile, NamesTheFileThatCannotBeOpened)
     }
 }
 
-TEST(LuStreamWriteBinaryFile, TellsWhenTheDiskIsFullWhileWriting)
+TEST(LuStreamWriteBinaryFile, ReportsAFullDiskWhileWriting)
 {
     const std::wstring device = GetFullDevice();
     if (device.empty())
@@ -147,7 +147,7 @@ TEST(LuStreamWriteBinaryFile, TellsWhenTheDiskIsFullWhileWriting)
     EXPECT_EQ(getFailure([&] { file.Write(bytes.data(), bytes.size()); }), notWritten(device));
 }
 
-TEST(LuStreamWriteBinaryFile, TellsWhenTheDiskIsFullOnClose)
+TEST(LuStreamWriteBinaryFile, ReportsAFullDiskOnClose)
 {
     const std::wstring device = GetFullDevice();
     if (device.empty())
@@ -160,7 +160,7 @@ TEST(LuStreamWriteBinaryFile, TellsWhenTheDiskIsFullOnClose)
     EXPECT_EQ(getFailure([&file] { file.Close(); }), L"no exception");
 }
 
-TEST(LuStreamWriteASCIIFile, WritesOneByteACharacter)
+TEST(LuStreamWriteASCIIFile, WritesOneBytePerCharacter)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.GetPathOf(L"file.txt");
@@ -172,7 +172,7 @@ TEST(LuStreamWriteASCIIFile, WritesOneByteACharacter)
                                                 "e\t5 ?\n7\r\n");
 }
 
-TEST(LuStreamWriteASCIIFile, FailsAsItsFileDoes)
+TEST(LuStreamWriteASCIIFile, PassesOnFailuresOfItsFile)
 {
     const ScopedFolder folder;
     const std::wstring missing = folder.GetPathOf(L"missing/file.txt");
@@ -226,7 +226,7 @@ TEST(LuStreamReadBinaryFile, RefusesReadsAfterClose)
     EXPECT_EQ(getFailure([&file, &byte] { file.Read(&byte, 1); }), L"Datei " + path + L" konnte nicht gelesen werden");
 }
 
-TEST(LuStreamReadBinaryFile, LetsItsFileBeRemovedOnceClosed)
+TEST(LuStreamReadBinaryFile, FileCanBeRemovedAfterClose)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"file", "x");

@@ -253,7 +253,7 @@ TEST_F(SelectedSubtest, IsInitialisedOnce)
     EXPECT_EQ(m_record.calls, (Calls{L"InitSubtests", L"first"}));
 }
 
-TEST_F(SelectedSubtest, GoesThroughAnOverrideOfRunUnitTestWithItsIndex)
+TEST_F(SelectedSubtest, IsPassedToAnOverrideOfRunUnitTestWithItsIndex)
 {
     EXPECT_TRUE(Run<CForwardsRun>(L"c.txt"));
     EXPECT_EQ(m_record.calls, (Calls{L"InitSubtests", L"runs 4 c.txt", L"file " + GetPathOf(L"c.txt")}));
@@ -261,7 +261,7 @@ TEST_F(SelectedSubtest, GoesThroughAnOverrideOfRunUnitTestWithItsIndex)
     EXPECT_EQ(m_record.calls, (Calls{L"InitSubtests", L"runs 7 not.txt", L"another file"}));
 }
 
-TEST_F(SelectedSubtest, IsSearchedAsTheClassNamesItsSubtests)
+TEST_F(SelectedSubtest, IsFoundByTheNamesThatTheClassGivesItsSubtests)
 {
     EXPECT_EQ(GetCall<CRenames>(L"0"), L"zero");
     EXPECT_EQ(GetCall<CRenames>(L"1"), L"one");
@@ -269,13 +269,13 @@ TEST_F(SelectedSubtest, IsSearchedAsTheClassNamesItsSubtests)
     EXPECT_EQ(GetCall<CRenames>(L""), L"not found");
 }
 
-TEST_F(SelectedSubtest, IsSearchedByOverridesOfAClassWithoutARecord)
+TEST_F(SelectedSubtest, IsFoundThroughOverridesOfAClassWithoutARecord)
 {
     EXPECT_EQ(GetCall<CUnrecorded>(L"my first"), L"first");
     EXPECT_EQ(GetCall<CUnrecorded>(L"first"), L"not found");
 }
 
-TEST_F(SelectedSubtest, IsFoundUnderANameMadeOfTheNumberSoFar)
+TEST_F(SelectedSubtest, IsFoundByANameFormedFromTheCurrentCount)
 {
     EXPECT_EQ(GetCall<CNumbers>(L"number 0"), L"0");
     EXPECT_EQ(GetCall<CNumbers>(L"number 6"), L"6");

@@ -87,7 +87,7 @@ TEST(LuUnitTest, HasNoSubtestsAtFirst)
     EXPECT_EQ(CSample().GetSubtestCount(), 0U);
 }
 
-TEST(LuUnitTest, KeepsSubtestsInTheOrderOfTheirAddingAndNamesTwice)
+TEST(LuUnitTest, KeepsInsertionOrderAndDuplicateNames)
 {
     CSample sample;
     sample.AddSubtest(L"b", [] {});
@@ -135,7 +135,7 @@ TEST(LuUnitTest, ReturnsTheSubtestsOwnResult)
     EXPECT_EQ(sample.Run([] { return static_cast<LuUnitTest::EResult>(77); }), 77U);
 }
 
-TEST(LuUnitTest, OwnResultBeatsErrorLines)
+TEST(LuUnitTest, OwnResultOverridesErrorLines)
 {
     CSample sample;
     const auto result = sample.Run([&sample] {
@@ -145,7 +145,7 @@ TEST(LuUnitTest, OwnResultBeatsErrorLines)
     EXPECT_EQ(result, LuUnitTest::eR_Passed);
 }
 
-TEST(LuUnitTest, ErrorsOfARunDoNotReachTheNext)
+TEST(LuUnitTest, ErrorsOfOneRunDoNotAffectTheNext)
 {
     CSample sample;
     ASSERT_EQ(sample.Run([&sample] { sample.Error(L"wrong"); }), LuUnitTest::eR_Failed);
@@ -293,7 +293,7 @@ TEST(LuUnitTest, ReportsAnLbExceptionByItsTextAndPlace)
     EXPECT_EQ(sample.GetMessages(), LbFormat(L"\t\tERROR: Datei fehlt (luunittest_test(%u): TestBody)\n", line));
 }
 
-TEST(LuUnitTest, ReportsWideTextsThrown)
+TEST(LuUnitTest, ReportsThrownWideTexts)
 {
     CSample sample;
     EXPECT_EQ(sample.Run([] { throw std::wstring(L"Übel"); }), LuUnitTest::eR_Exception);
@@ -302,14 +302,14 @@ TEST(LuUnitTest, ReportsWideTextsThrown)
     EXPECT_EQ(sample.GetMessages(), L"\t\tERROR: Übel\n\t\tERROR: schlimm\n\t\tERROR: \n");
 }
 
-TEST(LuUnitTest, ReportsAnythingElseThrownAsUnknown)
+TEST(LuUnitTest, ReportsOtherThrownValuesAsUnknown)
 {
     CSample sample;
     EXPECT_EQ(sample.Run([] { throw 42; }), LuUnitTest::eR_Exception);
     EXPECT_EQ(sample.GetMessages(), L"\t\tERROR: Unbekannte Exception\n");
 }
 
-TEST(LuUnitTest, ExceptionBeatsAnOwnResult)
+TEST(LuUnitTest, ExceptionOverridesTheResult)
 {
     CSample sample;
     const auto result = sample.Run([]() -> LuUnitTest::EResult { throw 42; });
@@ -360,7 +360,7 @@ TEST(LuUnitTest, MakesNoSubtestsWithoutTheDataDirectory)
     EXPECT_EQ(sample.GetSubtestCount(), 0U);
 }
 
-TEST(LuUnitTest, StarMatchesAnyCharactersAndNone)
+TEST(LuUnitTest, StarMatchesAnyTextIncludingEmptyText)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"ab", "");
@@ -382,7 +382,7 @@ TEST(LuUnitTest, QuestionMarkMatchesOneCharacter)
     EXPECT_EQ(getMatches(folder, L"?*2"), (Names{L"a12"}));
 }
 
-TEST(LuUnitTest, OtherCharactersOfAWildcardAreExact)
+TEST(LuUnitTest, OtherWildcardCharactersMatchExactly)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"a.b", "");

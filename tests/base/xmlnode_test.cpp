@@ -50,7 +50,7 @@ std::string toUtf16(const std::string& text, bool isBigEndian)
 
 } // namespace
 
-TEST(XMLNode, EmptyViewReadsAsNothing)
+TEST(XMLNode, EmptyViewReadsAsEmptyText)
 {
     const XMLNode node;
     EXPECT_TRUE(node.IsEmpty());
@@ -77,7 +77,7 @@ TEST(XMLNode, KeepsTheWhiteSpaceOfText)
     EXPECT_EQ(getRootText("<r> a \t b\n </r>"), L" a \t b\n ");
 }
 
-TEST(XMLNode, WhiteSpaceAloneIsText)
+TEST(XMLNode, TextMayConsistOfWhiteSpace)
 {
     const CParsed parsed("<r>   </r>");
     EXPECT_EQ(parsed.GetRoot().GetText(), L"   ");
@@ -96,12 +96,12 @@ TEST(XMLNode, NormalisesLineEnds)
     EXPECT_EQ(getRootText("<r>a\r\nb\rc</r>"), L"a\nb\nc");
 }
 
-TEST(XMLNode, JoinsItsOwnPiecesOfText)
+TEST(XMLNode, JoinsItsOwnTextNodes)
 {
     EXPECT_EQ(getRootText("<r>one <b>not this</b>two<![CDATA[ <three> ]]>four</r>"), L"one two <three> four");
 }
 
-TEST(XMLNode, HasNoTextWithoutAnyPiece)
+TEST(XMLNode, HasNoTextWithoutTextNodes)
 {
     EXPECT_FALSE(CParsed("<r/>").GetRoot().HasText());
     EXPECT_FALSE(CParsed("<r></r>").GetRoot().HasText());
@@ -109,7 +109,7 @@ TEST(XMLNode, HasNoTextWithoutAnyPiece)
     EXPECT_FALSE(CParsed("<r><![CDATA[]]></r>").GetRoot().HasText());
 }
 
-TEST(XMLNode, CommentsAndInstructionsAreNoText)
+TEST(XMLNode, CommentsAndInstructionsAreNotText)
 {
     EXPECT_EQ(getRootText("<r>a<!-- comment -->b<?instruction x?>c</r>"), L"abc");
 }
@@ -132,7 +132,7 @@ TEST(XMLNode, ReadsAttributes)
     EXPECT_EQ(parsed.GetRoot().GetAttribute("b"), L"zwei & drei");
 }
 
-TEST(XMLNode, TellsAnEmptyAttributeFromAMissingOne)
+TEST(XMLNode, DistinguishesAnEmptyAttributeFromAMissingOne)
 {
     const CParsed parsed("<r a=''/>");
     EXPECT_TRUE(parsed.GetRoot().HasAttribute("a"));
@@ -159,7 +159,7 @@ TEST(XMLNode, DoesNotFindGrandchildren)
     EXPECT_TRUE(CParsed("<r><a><b/></a></r>").GetRoot().GetChild("b").IsEmpty());
 }
 
-TEST(XMLNode, StepsOverWhatIsNoElement)
+TEST(XMLNode, SkipsNodesThatAreNoElements)
 {
     const CParsed parsed("<r>text<!-- c --><a/>more<?i x?><b/><![CDATA[x]]></r>");
     const XMLNode first = parsed.GetRoot().GetFirstChild();
@@ -290,7 +290,7 @@ TEST(XMLDocument, DeclarationOrTypeInTheWrongPlaceIsASyntaxError)
     EXPECT_EQ(parse("<r><?xml version='1.0'?></r>"), EResult::Syntax);
 }
 
-TEST(XMLDocument, PrologAndTrailingCommentsAreFine)
+TEST(XMLDocument, AcceptsPrologAndTrailingComments)
 {
     EXPECT_EQ(
         parse("<?xml version='1.0'?>\n<?style x?><!-- c --><!DOCTYPE r [<!ENTITY e 'x'>]>\n<r/>\n<!-- c -->\n<?i?>\n"),
@@ -302,7 +302,7 @@ TEST(XMLDocument, NeverExpandsEntitiesOfTheDocumentType)
     EXPECT_EQ(getRootText("<!DOCTYPE r [<!ENTITY e 'expanded'>]><r>&e;</r>"), L"&e;");
 }
 
-TEST(XMLDocument, CarriesDeepNesting)
+TEST(XMLDocument, AcceptsDeepNesting)
 {
     constexpr int depth = 10'000;
     std::string text = "<r>";
@@ -330,23 +330,23 @@ TEST(XMLDocument, DecodesByTheDeclaration)
     EXPECT_EQ(getRootText("<?xml version=\"1.0\" encoding=\"UTF-8\"?><r>\xC3\xA4</r>"), L"ä");
 }
 
-TEST(XMLDocument, NamesOfEncodingsHaveAnyCaseAndEitherQuotes)
+TEST(XMLDocument, EncodingNamesMayHaveAnyCaseAndEitherQuotes)
 {
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding='iso-8859-1'?><r>\xC3\xA4</r>"), L"Ã¤");
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding = \"Iso-8859-1\" ?><r>\xC3\xA4</r>"), L"Ã¤");
 }
 
-TEST(XMLDocument, LooksForTheEncodingInTheDeclarationOnly)
+TEST(XMLDocument, ReadsTheEncodingOnlyFromTheDeclaration)
 {
     EXPECT_EQ(getRootText("<?xml version='1.0'?><r encoding='ISO-8859-1'>\xC3\xA4</r>"), L"ä");
 }
 
-TEST(XMLDocument, TakesUtf8WithoutADeclarationWhereItIsValid)
+TEST(XMLDocument, DecodesValidUtf8WithoutADeclaration)
 {
     EXPECT_EQ(getRootText("<r>\xC3\xA4</r>"), L"ä");
 }
 
-TEST(XMLDocument, TakesLatin1WithoutADeclarationOtherwise)
+TEST(XMLDocument, DecodesLatin1WithoutADeclarationIfUtf8IsInvalid)
 {
     EXPECT_EQ(getRootText("<r a='\xFC'>\xE4</r>"), L"ä");
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding='x-unknown'?><r>\xE4</r>"), L"ä");
@@ -357,7 +357,7 @@ TEST(XMLDocument, ReplacesBrokenBytesOfDeclaredUtf8)
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding='utf-8'?><r>a\xE4z</r>"), L"a\uFFFDz");
 }
 
-TEST(XMLDocument, ByteOrderMarkBeatsTheDeclaration)
+TEST(XMLDocument, ByteOrderMarkOverridesTheDeclaration)
 {
     EXPECT_EQ(getRootText("\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?><r>\xC3\xA4</r>"), L"ä");
 }
@@ -400,14 +400,14 @@ TEST(XMLNode, IteratesOverChildrenOfOneName)
     EXPECT_EQ(XMLNode().GetChildren("a").begin(), XMLNode().GetChildren("a").end());
 }
 
-TEST(XMLNode, JoinsAllPiecesOfItsText)
+TEST(XMLNode, JoinsAllItsTextNodes)
 {
     EXPECT_EQ(getRootText("<r>a<![CDATA[b]]>c<x>no</x>d<!-- no -->e</r>"), L"abcde");
     EXPECT_EQ(getRootText("<r><x/>a</r>"), L"a");
     EXPECT_EQ(getRootText("<r><![CDATA[ ]]>a</r>"), L" a");
 }
 
-TEST(XMLNode, TakesNoLayoutBehindItsTextForText)
+TEST(XMLNode, IgnoresLayoutBehindItsText)
 {
     EXPECT_EQ(getRootText("<r>a<!-- no -->  </r>"), L"a");
     EXPECT_EQ(getRootText("<r>a<x/>\n</r>"), L"a");
@@ -415,7 +415,7 @@ TEST(XMLNode, TakesNoLayoutBehindItsTextForText)
     EXPECT_EQ(getRootText("<r>  </r>"), L"  ");
 }
 
-TEST(XMLDocument, KeepsTextsAsTheyAreWrittenWhenAsked)
+TEST(XMLDocument, KeepsRawTextsOnRequest)
 {
     const std::string text = "<r n='a&amp;\t\r\n&#65;'> &lt;\r\n&x;\r</r>";
     XMLDocument document;
@@ -428,7 +428,7 @@ TEST(XMLDocument, KeepsTextsAsTheyAreWrittenWhenAsked)
     EXPECT_EQ(document.GetRoot().GetText(), L" <\n&x;\n");
 }
 
-TEST(XMLDocument, RefusesLargeFilesOfHardlyAnythingButTags)
+TEST(XMLDocument, RefusesLargeFilesThatAreMostlyTags)
 {
     const auto makeDense = [](std::size_t count) {
         std::string text = "<r>";

@@ -30,7 +30,7 @@ std::wstring copyHost(const ScopedFolder& folder)
     return program;
 }
 
-TEST(HostChildren, AreUnknownErrorsWithoutAHostBesideTheProgram)
+TEST(HostChildren, EndAsUnknownErrorsWithoutAHostBesideTheProgram)
 {
     const ScopedFolder folder;
     const ScopedFolder data;
@@ -112,7 +112,7 @@ protected:
     const std::wstring m_report = m_folder.GetPathOf(L"Bericht.xml");
 };
 
-TEST_F(HostChildrenParallel, AreAllStartedWhateverNumberOfFilesMayBeOpenAtFirst)
+TEST_F(HostChildrenParallel, AreAllStartedUnderALowSoftLimitOfOpenFiles)
 {
     SHostOptions options;
     options.openFilesLimit = 1024;

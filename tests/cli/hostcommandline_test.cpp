@@ -49,7 +49,7 @@ TEST(HostCommandLine, ShowsHelpForTheLongOption)
     ExpectHelp({L"--help"});
 }
 
-TEST(HostCommandLine, ShowsHelpWhateverElseIsAskedFor)
+TEST(HostCommandLine, ShowsHelpDespiteOtherOptions)
 {
     ExpectHelp({L"-q", L"-h", L"herrenlos", L"-d", L"gibt es nicht"});
 }

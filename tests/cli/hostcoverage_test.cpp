@@ -56,7 +56,7 @@ private:
     }
 };
 
-TEST_P(HostCoverage, IsThatOfARunInOneProcess)
+TEST_P(HostCoverage, EqualsThatOfARunInOneProcess)
 {
     const double inProcess = Measure({});
 
@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Options, HostCoverage, testing::Values(L"-x", L"-s"));
 
 #else
 
-TEST(HostCoverage, IsThatOfARunInOneProcess)
+TEST(HostCoverage, EqualsThatOfARunInOneProcess)
 {
     GTEST_SKIP() << "the compiler counts no lines here, or its tool for them is missing";
 }

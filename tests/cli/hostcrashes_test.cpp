@@ -90,7 +90,7 @@ protected:
     }
 };
 
-TEST_P(HostCrashesOf, NameTheCaseAndWhatHasHappened)
+TEST_P(HostCrashesOf, NameTheCaseAndTheCrash)
 {
     if (c_IsWindows && std::wstring(GetParam().caseName) == L"Stapelüberlauf")
     {
@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SHostCrash{L"abort", "SIGABRT", 6, "abort", 3, false},
                     SHostCrash{L"terminate", "SIGABRT", 6, "abort", 3, false}));
 
-TEST_F(HostCrashes, NameAllCasesThatAreUnderWay)
+TEST_F(HostCrashes, NameAllRunningCases)
 {
     if (c_HasSanitizer)
     {
@@ -139,7 +139,7 @@ TEST_F(HostCrashes, LeaveACrashToTheHandlerOfAModule)
     EXPECT_EQ(run.exitStatus, 7);
 }
 
-TEST_F(HostCrashes, TellTheTextOfAnExceptionThatNobodyCatches)
+TEST_F(HostCrashes, ShowTheTextOfAnUncaughtException)
 {
     const SHostRun run = Run(L"Exception im Thread$");
 
@@ -148,7 +148,7 @@ TEST_F(HostCrashes, TellTheTextOfAnExceptionThatNobodyCatches)
     EXPECT_NE(run.errors.find("Fehler: In Arbeit: 'CCrashModel:Exception im Thread'"), std::string::npos) << run.errors;
 }
 
-TEST_F(HostCrashes, SayNothingOfACopyOfTheProcess)
+TEST_F(HostCrashes, IgnoreCrashesOfForks)
 {
     if (c_HasSanitizer)
     {

@@ -44,7 +44,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(HostErrors, TellThatACaseHasEndedTheProcess)
+TEST_F(HostErrors, ReportThatACaseEndedTheProcess)
 {
     m_folder.MakeFolder(L"CCrashModel");
 
@@ -54,7 +54,7 @@ TEST_F(HostErrors, TellThatACaseHasEndedTheProcess)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
-TEST_F(HostErrors, TellThatTheOutputIsLost)
+TEST_F(HostErrors, ReportLostOutput)
 {
     SHostOptions hostOptions;
     hostOptions.outputDevice = GetFullDevice();
@@ -73,7 +73,7 @@ TEST_F(HostErrors, TellThatTheOutputIsLost)
     }
 }
 
-TEST_F(HostErrors, DoNotComeFromACaseThatEndsItsChild)
+TEST_F(HostErrors, DoNotAriseWhenACaseEndsItsChild)
 {
     m_folder.MakeFolder(L"CCrashModel");
 
@@ -123,7 +123,7 @@ TEST_F(HostErrors, NameAConfigurationFileThatIsADirectory)
                   "Fehler in Config-File: Datei " + LbEncoding::ToUtf8(folder) + " konnte nicht gelesen werden\n");
 }
 
-TEST_F(HostErrors, DoNotComeFromAMissingConfigurationFile)
+TEST_F(HostErrors, DoNotAriseFromAMissingConfigurationFile)
 {
     const SHostRun run = Run({L"--include-config", m_folder.GetPathOf(L"gibt es nicht.xml")});
 
@@ -131,7 +131,7 @@ TEST_F(HostErrors, DoNotComeFromAMissingConfigurationFile)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostErrors, DoNotComeFromALongNameThatAPatternCanCarry)
+TEST_F(HostErrors, DoNotAriseFromALongNameWithinThePatternLimit)
 {
     m_folder.MakeFolder(L"CLongNameModel");
 
@@ -142,7 +142,7 @@ TEST_F(HostErrors, DoNotComeFromALongNameThatAPatternCanCarry)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostErrors, ShowLongNamesAsCasesThatCannotBeAskedFor)
+TEST_F(HostErrors, ShowCasesWithTooLongNamesAsUnknownErrors)
 {
     m_folder.MakeFolder(L"CLongNameModel");
 
@@ -153,7 +153,7 @@ TEST_F(HostErrors, ShowLongNamesAsCasesThatCannotBeAskedFor)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(HostErrors, TellWhereTheLibraryFailed)
+TEST_F(HostErrors, NameTheFunctionWhereTheLibraryFailed)
 {
     if (!CanLimitHost())
     {
@@ -174,7 +174,7 @@ TEST_F(HostErrors, TellWhereTheLibraryFailed)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
-TEST_F(HostErrors, SayThatMemoryRanOut)
+TEST_F(HostErrors, ReportLackOfMemory)
 {
     if (!CanLimitHost())
     {
@@ -183,7 +183,7 @@ TEST_F(HostErrors, SayThatMemoryRanOut)
     ExpectOneLine(RunOutOfMemory({}), "Fehler: Nicht genügend Speicher\n");
 }
 
-TEST_F(HostErrors, SayThatAnExceptionIsUnknown)
+TEST_F(HostErrors, ReportAnUnknownException)
 {
     if (!CanLimitHost())
     {

@@ -79,7 +79,7 @@ TEST_F(HostHeap, GrowthIsNoFailure)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostHeap, PreloadedAllocatorIsLeftAloneAndNothingIsCounted)
+TEST_F(HostHeap, PreloadedAllocatorIsNotPatchedAndNothingIsCounted)
 {
     const std::wstring allocator = LbEncoding::FromUtf8(LUTESTSUITE_BIN_DIR "/preloadedallocator.so");
     if (!LbFileSystem::IsFile(allocator))
@@ -103,7 +103,7 @@ TEST_F(HostHeap, PreloadedAllocatorIsLeftAloneAndNothingIsCounted)
     EXPECT_EQ(preloaded.errors, plain.errors);
 }
 
-TEST_F(HostHeap, ExampleFamilyIsTrackedTwentyTimesWithoutAFalseWarning)
+TEST_F(HostHeap, TwentyTrackedRunsOfTheExamplesGiveNoFalseWarning)
 {
     const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";
     for (int round = 0; round < 20; ++round)
@@ -116,7 +116,7 @@ TEST_F(HostHeap, ExampleFamilyIsTrackedTwentyTimesWithoutAFalseWarning)
 }
 
 // In one process parallel cases see each other's blocks, so this leaves out the class with cases that stay there.
-TEST_F(HostHeap, ParallelChildProcessesAreTrackedWithoutAFalseWarning)
+TEST_F(HostHeap, TrackedParallelChildProcessesGiveNoFalseWarning)
 {
     const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";
     for (int round = 0; round < 3; ++round)

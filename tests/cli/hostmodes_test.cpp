@@ -134,7 +134,7 @@ TEST_F(HostModes, DeleteDuplicates)
 }
 
 /// All that the comparison of reports has to say; a page that was made is not mentioned.
-TEST_F(HostModes, SayWhyReportsAreNotCompared)
+TEST_F(HostModes, ReportWhyReportsCannotBeCompared)
 {
     const std::wstring report = m_folder.WriteFile(
         L"a.xml", LbFileSystem::ReadFile8Bit(LbPath::ToNative(L"" LUTESTSUITE_GOLDEN_DIR "/report/full.xml")));
@@ -164,7 +164,7 @@ TEST_F(HostModes, SayWhyReportsAreNotCompared)
 }
 
 /// A child process without a parent: all that it ever says.
-TEST_F(HostModes, SayThatAChildWasNotStartedByARun)
+TEST_F(HostModes, ReportAChildThatNoRunHasStarted)
 {
     m_folder.MakeFolder(L"Daten");
 
@@ -260,7 +260,7 @@ protected:
     }
 };
 
-TEST_F(HostArchive, SaysWhatItExecutes)
+TEST_F(HostArchive, PrintsEachExecutedRun)
 {
     const SHostRun run = RunPlain({L"--archive-run", Configure()});
 
@@ -292,7 +292,7 @@ TEST_F(HostArchive, ComparesRunsOfTwoDays)
     EXPECT_NE(overview.find(">Diff</a>"), std::string::npos) << overview;
 }
 
-TEST_F(HostArchive, TestsWithTheModulesOfTheCall)
+TEST_F(HostArchive, UsesTheModulesOfTheCommandLine)
 {
     m_folder.MakeFolder(L"Daten und mehr/CPassedModel");
 
@@ -330,7 +330,7 @@ TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
 }
 
 /// The configuration that is shipped, with the folders of this build and this test; its run for this platform.
-TEST_F(HostArchive, CarriesOutTheExampleOnTwoDays)
+TEST_F(HostArchive, RunsTheExampleOnTwoDays)
 {
     const std::wstring value = WriteExample();
 
@@ -367,7 +367,7 @@ TEST_F(HostArchive, LeavesNoTemporaryFiles)
     EXPECT_EQ(LbFileSystem::GetFileNames(folder), std::vector<std::wstring>());
 }
 
-TEST_F(HostArchive, SaysThatThereIsNoSuchRun)
+TEST_F(HostArchive, ReportsAMissingRun)
 {
     const std::wstring value = Configure();
 
@@ -377,7 +377,7 @@ TEST_F(HostArchive, SaysThatThereIsNoSuchRun)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostArchive, FailsInOneLine)
+TEST_F(HostArchive, ReportsAFailureInOneLine)
 {
     const std::wstring data = m_folder.GetPathOf(L"Daten und mehr") + LbPath::c_Separator;
     const std::wstring missing = m_folder.GetPathOf(L"fehlt") + LbPath::c_Separator;
@@ -408,7 +408,7 @@ TEST_F(HostArchive, FailsInOneLine)
     }
 }
 
-TEST_F(HostArchive, RunsWhateverElseIsAskedFor)
+TEST_F(HostArchive, RunsDespiteOtherModes)
 {
     const SHostRun run = RunPlain({L"--list-duplicates", L"--archive-run", Configure()});
 

@@ -64,7 +64,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(HostModules, FindNothingWithoutTheModuleOfAClass)
+TEST_F(HostModules, DoNotFindAClassWithoutItsModule)
 {
     const SHostRun run = Run({});
 
@@ -118,7 +118,7 @@ TEST_F(HostModules, MayBeAbsent)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostModules, CostOneLineAndOneWithTheReasonWhenTheyCannotBeLoaded)
+TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheyCannotBeLoaded)
 {
     const CBrokenModule broken;
 
@@ -131,7 +131,7 @@ TEST_F(HostModules, CostOneLineAndOneWithTheReasonWhenTheyCannotBeLoaded)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostModules, CostOneLineAndOneWithTheReasonWhenTheirStaticObjectsThrow)
+TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheirStaticObjectsThrow)
 {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer's own dlopen lets no exception pass";

@@ -53,17 +53,17 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(HostPlaces, TakeADataDirectoryByTheCallersWorkingDirectory)
+TEST_F(HostPlaces, ResolveADataDirectoryAgainstTheCallersWorkingDirectory)
 {
     ExpectTheCase(Run(L"Daten", m_folder.GetPath()));
 }
 
-TEST_F(HostPlaces, TakeADataDirectoryAboveTheWorkingDirectory)
+TEST_F(HostPlaces, AcceptADataDirectoryAboveTheWorkingDirectory)
 {
     ExpectTheCase(Run(L"../Daten", m_folder.MakeFolder(L"anderswo")));
 }
 
-TEST_F(HostPlaces, TakeALinkOfAClassNameAboveTheWorkingDirectory)
+TEST_F(HostPlaces, AcceptALinkNamedAfterAClassAboveTheWorkingDirectory)
 {
     m_folder.WriteFile(L"Menge/gut.txt", "gut");
     std::error_code error;
@@ -76,12 +76,12 @@ TEST_F(HostPlaces, TakeALinkOfAClassNameAboveTheWorkingDirectory)
     ExpectTheCase(Run(L"../CDataSetModel", m_folder.MakeFolder(L"anderswo")));
 }
 
-TEST_F(HostPlaces, TakeAnAbsoluteDataDirectoryFromAnywhere)
+TEST_F(HostPlaces, AcceptAnAbsoluteDataDirectoryFromAnywhere)
 {
     ExpectTheCase(Run(m_folder.GetPathOf(L"Daten"), m_folder.MakeFolder(L"anderswo")));
 }
 
-TEST_F(HostPlaces, TakeTheFolderOfAClassAsWorkingDirectory)
+TEST_F(HostPlaces, AcceptTheFolderOfAClassAsWorkingDirectory)
 {
     ExpectTheCase(Run(L".", m_folder.GetPathOf(L"Daten/CDataSetModel")));
 }

@@ -52,7 +52,7 @@ protected:
     SHostOptions m_options;
 };
 
-TEST_F(HostReports, AreWrittenWhereTheCallWasMade)
+TEST_F(HostReports, AreWrittenToTheCallersWorkingDirectory)
 {
     WriteManyOutcomes();
 
@@ -90,7 +90,7 @@ TEST_F(HostReports, FollowTheirOptions)
     EXPECT_EQ(xml.find("<dump type=\"error\">dritte</dump>"), std::string::npos);
 }
 
-TEST_F(HostReports, LeaveTheVerdictToTheRun)
+TEST_F(HostReports, DoNotChangeTheVerdict)
 {
     m_data.MakeFolder(L"CPassedModel");
 
@@ -103,7 +103,7 @@ TEST_F(HostReports, LeaveTheVerdictToTheRun)
         << run.output;
 }
 
-TEST_F(HostReports, CompareAsTheyWereWritten)
+TEST_F(HostReports, CanBeComparedAfterReading)
 {
     WriteManyOutcomes();
     Run({L"--xml", L"alt.xml"});
@@ -117,7 +117,7 @@ TEST_F(HostReports, CompareAsTheyWereWritten)
     EXPECT_EQ(Read(L"Vergleich.html").find("<h2>Class Diff</h2>"), std::string::npos);
 }
 
-TEST_F(HostReports, GetAnAutomaticNameAndAreOpened)
+TEST_F(HostReports, HaveAnAutomaticNameAndAreOpened)
 {
     if (!OpenedFiles::CanStandIn())
     {

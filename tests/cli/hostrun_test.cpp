@@ -87,7 +87,7 @@ TEST_F(HostRun, PrintsEveryCaseAndASummary)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(HostRun, PrintsCountersTimesAndBlanksWhenAsked)
+TEST_F(HostRun, PrintsCountersTimesAndBlanksOnRequest)
 {
     WriteManyOutcomes();
 
@@ -135,7 +135,7 @@ TEST_F(HostRun, FailsWhenACaseTookTooLong)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(HostRun, SucceedsInSilenceWithoutUnitTests)
+TEST_F(HostRun, SucceedsSilentlyWithoutUnitTests)
 {
     const SHostRun run = Run({});
 
@@ -144,7 +144,7 @@ TEST_F(HostRun, SucceedsInSilenceWithoutUnitTests)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostRun, TakesDataDirectoriesWithUmlautsAndBlanks)
+TEST_F(HostRun, AcceptsDataDirectoriesWithUmlautsAndBlanks)
 {
     m_folder.WriteFile(L"Größen und Maße/CDataSetModel/äöü ß.txt", "gut");
 
@@ -167,7 +167,7 @@ TEST_F(HostRun, PrintsNamesOfAnyScriptAsUtf8)
     EXPECT_NE(run.output.find("\tΩμέγα \xF0\x9F\x98\x80.txt... OK"), std::string::npos) << run.output;
 }
 
-TEST_F(HostRun, TakesPatternsWithUmlautsAndBlanks)
+TEST_F(HostRun, AcceptsPatternsWithUmlautsAndBlanks)
 {
     m_folder.MakeFolder(L"CPassedModel");
 
@@ -187,7 +187,7 @@ TEST_F(HostRun, ComparesPlainTextWithoutExpressions)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostRun, RunsTheCasesThatAConfigurationFileHolds)
+TEST_F(HostRun, RunsTheCasesThatAConfigurationFileLists)
 {
     m_folder.MakeFolder(L"CPassedModel");
     m_folder.MakeFolder(L"CFailedModel");
@@ -219,7 +219,7 @@ TEST_F(HostRun, FindsARememberedDataDirectoryByItsNumber)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostRun, SaysThatItsMemoryOfDataDirectoriesIsBroken)
+TEST_F(HostRun, ReportsABrokenHistoryOfDataDirectories)
 {
     const CUserFolder user("<Config>");
 
@@ -232,7 +232,7 @@ TEST_F(HostRun, SaysThatItsMemoryOfDataDirectoriesIsBroken)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(HostRun, NamesTheDescriptionFileThatItWarnsAbout)
+TEST_F(HostRun, NamesTheDescriptionFileInWarnings)
 {
     m_folder.MakeFolder(L"CPassedModel");
     const std::wstring file = m_folder.WriteFile(L"CPassedModel/#ExtraInfo.xml", "<ExtraInfo><offen></ExtraInfo>");
@@ -245,7 +245,7 @@ TEST_F(HostRun, NamesTheDescriptionFileThatItWarnsAbout)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostRun, SaysWhichProcessRanACase)
+TEST_F(HostRun, PrintsTheProcessThatRanACase)
 {
     WriteManyOutcomes();
 
@@ -256,7 +256,7 @@ TEST_F(HostRun, SaysWhichProcessRanACase)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(HostRun, SaysWhichProcessRanAnIsolatedCase)
+TEST_F(HostRun, PrintsTheProcessThatRanAnIsolatedCase)
 {
     WriteManyOutcomes();
 
@@ -267,7 +267,7 @@ TEST_F(HostRun, SaysWhichProcessRanAnIsolatedCase)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(HostRun, SaysWhichThreadRanACase)
+TEST_F(HostRun, PrintsTheThreadThatRanACase)
 {
     WriteManyOutcomes();
 
@@ -289,7 +289,7 @@ TEST_F(HostRun, FindsTheDataOfExternalCasesFromAnyDirectory)
     EXPECT_TRUE(run.output.starts_with(ToPlatformLines("CDataSetModel\n\täöü ß.txt... OK\n"))) << run.output;
 }
 
-TEST_F(HostRun, ShowsNothingOfWhatExternalCasesPrint)
+TEST_F(HostRun, HidesTheOutputOfExternalCases)
 {
     m_folder.MakeFolder(L"CWideOutputModel");
 
@@ -299,7 +299,7 @@ TEST_F(HostRun, ShowsNothingOfWhatExternalCasesPrint)
     EXPECT_EQ(run.errors, "");
 }
 
-TEST_F(HostRun, WritesPlainTextWhereThereIsNoTerminal)
+TEST_F(HostRun, WritesPlainTextWithoutATerminal)
 {
     m_folder.MakeFolder(L"CFailedModel");
 

@@ -50,12 +50,12 @@ TEST_F(HostTerminal, ShowsPlainTextWhenColoursAreUnwanted)
     ExpectGolden("cli/terminal_plain.txt", Show(L"xterm-256color", L"1"));
 }
 
-TEST_F(HostTerminal, ShowsPlainTextWhereSequencesAreNotUnderstood)
+TEST_F(HostTerminal, ShowsPlainTextOnATerminalWithoutColours)
 {
     ExpectGolden("cli/terminal_plain.txt", Show(L"dumb", L""));
 }
 
-TEST_F(HostTerminal, ShowsErrorsOfTheCommandLineBoldAndGoldenrod)
+TEST_F(HostTerminal, ShowsCommandLineErrorsBoldAndGoldenrod)
 {
     SHostOptions options;
     options.onTerminal = true;

@@ -84,7 +84,7 @@ TEST_F(ExampleHost, StopsAtTheFirstFailure)
     EXPECT_THAT(ReadPage(), HasSubstr("Ausführung abgebrochen."));
 }
 
-TEST_F(ExampleHost, MakesAWrongRecordAnew)
+TEST_F(ExampleHost, RecreatesAWrongRecord)
 {
     m_data.WriteFile(c_Record, "0 00000000 00000000\n");
 
@@ -97,7 +97,7 @@ TEST_F(ExampleHost, MakesAWrongRecordAnew)
     EXPECT_EQ(Run(L"run", {L"CRecordedChecksums:"}).exitStatus, 0);
 }
 
-TEST_F(ExampleHost, MakesAMissingRecordAndItsFolder)
+TEST_F(ExampleHost, CreatesAMissingRecordAndItsFolder)
 {
     LbFileSystem::RemoveTree(LbPath::GetParent(m_data.GetPathOf(c_Record)));
     EXPECT_EQ(Run(L"run", {L"CRecordedChecksums:numbers"}).exitStatus, 1);
@@ -107,7 +107,7 @@ TEST_F(ExampleHost, MakesAMissingRecordAndItsFolder)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_data.GetPathOf(c_Record)), readOriginal(c_Record));
 }
 
-TEST_F(ExampleHost, SaysThatNothingIsSelected)
+TEST_F(ExampleHost, ReportsAnEmptySelection)
 {
     const SHostRun run = Run(L"run", {L"CNoSuchTest:"});
 
@@ -115,7 +115,7 @@ TEST_F(ExampleHost, SaysThatNothingIsSelected)
     EXPECT_EQ(run.output, "Keine Testfälle ausgewählt.\n");
 }
 
-TEST_F(ExampleHost, SaysHowItIsCalled)
+TEST_F(ExampleHost, PrintsItsUsage)
 {
     const SHostRun run = Run(L"delete", {});
 
@@ -123,7 +123,7 @@ TEST_F(ExampleHost, SaysHowItIsCalled)
     EXPECT_THAT(run.output, HasSubstr("Aufruf: "));
 }
 
-TEST_F(ExampleHost, SaysWhatIsWrongWithAPattern)
+TEST_F(ExampleHost, ReportsAnInvalidPattern)
 {
     const SHostRun run = Run(L"run", {L"("});
 

@@ -50,7 +50,7 @@ TEST(OsChildProcess, HasNoExitStatusWhileItRuns)
     EXPECT_EQ(child->GetExitStatus(), std::nullopt);
 }
 
-TEST(OsChildProcess, HasAnExitStatusOnceItIsTerminated)
+TEST(OsChildProcess, HasAnExitStatusAfterTermination)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
@@ -78,7 +78,7 @@ TEST(OsChildProcess, HasNoExitStatusWhenOthersHaveWaitedForIt)
 }
 
 /// Then it may be gone before anybody could ask for it.
-TEST(OsChildProcess, IsThereAlsoWhenTheSystemForgetsIt)
+TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
 {
     constexpr int c_Starts = 50;
     if (!LbOs::SetChildrenForgotten(true))
@@ -102,7 +102,7 @@ TEST(OsChildProcess, IsThereAlsoWhenTheSystemForgetsIt)
     EXPECT_EQ(known, 0);
 }
 
-TEST(OsChildProcess, IsTerminatedAlsoWhenTheSystemForgetsIt)
+TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)
 {
     CProbeLine line;
     LbOs::SetChildrenForgotten(true);
@@ -150,7 +150,7 @@ TEST(OsChildProcess, StartsWhileOthersCloseFiles)
     EXPECT_EQ(status, 0);
 }
 
-TEST(OsChildProcess, IsNotThereWithoutAProgram)
+TEST(OsChildProcess, DoesNotStartWithoutAProgram)
 {
     LbOs::SChildOptions options;
     options.program = LbOs::GetExecutablePath() + L"-gibt es nicht";
@@ -162,7 +162,7 @@ TEST(OsChildProcess, IsNotThereWithoutAProgram)
     EXPECT_EQ(CChildProcess::Start(options), nullptr);
 }
 
-TEST(OsChildProcess, IsNotThereWithoutItsWorkingDirectory)
+TEST(OsChildProcess, DoesNotStartWithoutItsWorkingDirectory)
 {
     const ScopedFolder folder;
     LbOs::SChildOptions options = GetProbeOptions(L"exit 0");
@@ -192,7 +192,7 @@ TEST(OsChildProcess, ReceivesItsArgumentsUnchanged)
 }
 
 /// Tests run in the folder of the programs.
-TEST(OsChildProcess, IsAProgramFromTheCallersFolderWhereverItWorks)
+TEST(OsChildProcess, FindsARelativeProgramFromTheCallersFolder)
 {
     const ScopedFolder folder;
     LbOs::SChildOptions options = GetProbeOptions(L"");
@@ -210,7 +210,7 @@ TEST(OsChildProcess, IsAProgramFromTheCallersFolderWhereverItWorks)
 }
 
 /// Which is not the root.
-TEST(OsChildProcess, IsNoProgramFromAFolderThatIsGone)
+TEST(OsChildProcess, DoesNotStartFromADeletedFolder)
 {
     const ScopedFolder folder;
     const std::wstring gone = LbPath::WithoutSeparator(folder.MakeFolder(L"weg"));
@@ -226,7 +226,7 @@ TEST(OsChildProcess, IsNoProgramFromAFolderThatIsGone)
     EXPECT_EQ(CChildProcess::Start(options), nullptr);
 }
 
-TEST(OsChildProcess, LooksItsProgramUpWhenOnlyTheCommandLineNamesIt)
+TEST(OsChildProcess, SearchesForAProgramThatOnlyTheCommandLineNames)
 {
     LbOs::SChildOptions options = GetProbeOptions(L"");
     options.commandLine = LbCommandLine::Quote(options.program) + L" exit 5";
@@ -269,14 +269,14 @@ protected:
     std::unique_ptr<CChildProcess> m_child;
 };
 
-TEST_F(OsChildProcessWithoutHandle, RunsOn)
+TEST_F(OsChildProcessWithoutHandle, KeepsRunning)
 {
     EXPECT_FALSE(m_child->Wait(1));
     EXPECT_TRUE(m_child->IsRunning());
     EXPECT_EQ(m_child->GetExitStatus(), std::nullopt);
 }
 
-TEST_F(OsChildProcessWithoutHandle, RunsOnWithoutFiles)
+TEST_F(OsChildProcessWithoutHandle, KeepsRunningWhenNoFileCanBeOpened)
 {
     LbOs::SetFilesForbidden(true);
     const bool isWaitedFor = m_child->Wait(1);
@@ -318,7 +318,7 @@ TEST_F(OsChildProcessWithoutHandle, EndsWithItsObject)
     EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), number), 0);
 }
 
-TEST_F(OsChildProcessWithoutHandle, IsNotTakenForAnotherThatHasItNow)
+TEST_F(OsChildProcessWithoutHandle, IsNotConfusedWithTheHandlesNextOwner)
 {
     const auto handle = m_child->GetWaitHandle();
     const auto other = StartProbe(L"exit 3");
@@ -333,7 +333,7 @@ TEST_F(OsChildProcessWithoutHandle, IsNotTakenForAnotherThatHasItNow)
     EXPECT_EQ(other->GetExitStatus(), 3);
 }
 
-TEST_F(OsChildProcessWithoutHandle, LeavesItToAnotherThatHasItNow)
+TEST_F(OsChildProcessWithoutHandle, DoesNotCloseTheHandleOfItsNextOwner)
 {
     const auto handle = m_child->GetWaitHandle();
     const auto other = StartProbe(L"sleep");
@@ -345,7 +345,7 @@ TEST_F(OsChildProcessWithoutHandle, LeavesItToAnotherThatHasItNow)
     EXPECT_TRUE(LbOs::CloseForOthers(other->GetWaitHandle()));
 }
 
-TEST(OsChildProcess, HasEndedWhenNobodyHoldsItsEndAnyLonger)
+TEST(OsChildProcess, EndsWhenTheDebuggerReleasesIt)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
@@ -360,7 +360,7 @@ TEST(OsChildProcess, HasEndedWhenNobodyHoldsItsEndAnyLonger)
     EXPECT_EQ(getStatus(*child), -9);
 }
 
-TEST(OsChildProcess, NeedsNoOtherOnceStartsArePrepared)
+TEST(OsChildProcess, NeedsNoFurtherProcessAfterPreparation)
 {
     LbOs::EndKeeper();
     CChildProcess::PrepareStarts();
@@ -416,7 +416,7 @@ TEST(OsChildProcess, CanBeTerminatedAfterItWasDetached)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcess, OutlivesItsObjectWhenAsked)
+TEST(OsChildProcess, OutlivesItsObjectOnRequest)
 {
     CProbeLine line;
     LbOs::SChildOptions options = GetProbeOptions(L"answer " + line.GetName());

@@ -21,7 +21,7 @@ using LbOs::CChildProcess;
 
 constexpr std::uint32_t c_Long = 60000;
 
-TEST(OsChildProcessTrees, TakesWhatItStartedAlongWithItsObject)
+TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
 {
     CProbeLine line;
     auto child = StartProbe(L"parent " + line.GetName());
@@ -111,7 +111,7 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
     EXPECT_TRUE(line.WaitGone());
 }
 
-TEST_P(OsChildProcessTree, EndsWhenItsOwnersOwnerTerminatesThat)
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsTerminatedByTheOwnersParent)
 {
     CProbeLine line;
     const auto owner = StartProbe(L"owner " + line.GetName() + L" " + GetParam());
@@ -127,7 +127,7 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnersOwnerTerminatesThat)
 INSTANTIATE_TEST_SUITE_P(Commands, OsChildProcessTree,
                          testing::Values(L"parent", L"runaway", L"outsider", L"headless", L"disguised"));
 
-TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsWithoutAWord)
+TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsAbruptly)
 {
     CProbeLine line;
     const auto leave = LbOs::CNamedEvent::Create(line.GetName() + L"-l");
@@ -166,7 +166,7 @@ TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
 }
 
 /// By whoever ends all that has its name, or by a system that is out of memory.
-TEST(OsChildProcessTrees, EndsWithItsOwnerAlsoWhenTheOwnersKeeperWasKilled)
+TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
 {
     CProbeLine line;
     LbOs::SChildOptions options = GetProbeOptions(L"neglected " + line.GetName());
@@ -182,7 +182,7 @@ TEST(OsChildProcessTrees, EndsWithItsOwnerAlsoWhenTheOwnersKeeperWasKilled)
 }
 
 /// Those who watch over a process that is ended from outside still clean up after it.
-TEST(OsChildProcessTrees, TakesTheNamesOfItsDescendantsAlong)
+TEST(OsChildProcessTrees, RemovesTheNamesOfItsDescendants)
 {
     CProbeLine line;
     const auto child = StartProbe(L"owner " + line.GetName() + L" holder");

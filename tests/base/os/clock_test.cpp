@@ -50,7 +50,7 @@ TEST(OsClock, FillsAllBytesWithRandom)
     }
 }
 
-TEST(OsClock, FillsOnlyWhatItIsAskedFor)
+TEST(OsClock, FillsOnlyTheBuffer)
 {
     std::vector<unsigned char> bytes(40, 0xAB);
     LbOs::FillRandom(bytes.data(), 0);

@@ -33,7 +33,7 @@ TEST(OsConsole, WritesBytesAboveAscii)
                                                       "er %s");
 }
 
-TEST(OsConsole, WaitsForPlaceInAPipeThatDoesNotBlock)
+TEST(OsConsole, WaitsForSpaceInANonBlockingPipe)
 {
     const std::string bytes(300'000, 'x');
 
@@ -97,7 +97,7 @@ TEST(OsConsole, ReadsTheEnvironment)
     std::_Exit(full != nullptr && good != nullptr && isLost ? 0 : 1);
 }
 
-TEST(OsConsoleDeathTest, DropsWhatCannotBeWritten)
+TEST(OsConsoleDeathTest, DropsOutputThatCannotBeWritten)
 {
     const std::wstring device = GetFullDevice();
     if (device.empty())

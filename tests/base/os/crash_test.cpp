@@ -48,7 +48,7 @@ protected:
     }
 };
 
-TEST_P(OsCrash, SaysByItsStatusWhatHasHappened)
+TEST_P(OsCrash, ReportsTheCrashInTheExitStatus)
 {
     LbOs::SChildOptions options = GetProbeOptions(std::wstring(L"crash ") + GetParam().how);
     options.isSilent = true;
@@ -71,7 +71,7 @@ std::ptrdiff_t countDumps(const std::wstring& command, const ScopedFolder& folde
     return std::distance(std::filesystem::directory_iterator(std::filesystem::path(folder.GetPath())), {});
 }
 
-TEST_P(OsCrash, DumpsNothing)
+TEST_P(OsCrash, WritesNoDumpWhenDumpsAreOff)
 {
     const std::wstring how = GetParam().how;
     if (countDumps(L"dump " + how, ScopedFolder()) == 0)

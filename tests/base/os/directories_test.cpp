@@ -77,7 +77,7 @@ TEST(DirectoryStamp, IsTheSameForADirectoryThatDoesNotChange)
     EXPECT_EQ(LbOs::GetDirectoryStamp(folder.GetPath()), LbOs::GetDirectoryStamp(folder.GetPath()));
 }
 
-TEST(DirectoryStamp, TellsDirectoriesApart)
+TEST(DirectoryStamp, DistinguishesDirectories)
 {
     const ScopedFolder folder;
     const std::wstring one = folder.MakeFolder(L"one");
@@ -86,7 +86,7 @@ TEST(DirectoryStamp, TellsDirectoriesApart)
     EXPECT_NE(LbOs::GetDirectoryStamp(one)->identity, LbOs::GetDirectoryStamp(other)->identity);
 }
 
-TEST(HomeDirectory, IsMadeTheWorkingDirectoryWhereItIsNot)
+TEST(HomeDirectory, BecomesTheWorkingDirectoryAgain)
 {
     const ScopedFolder folder;
     const ScopedFolder other;
@@ -101,7 +101,7 @@ TEST(HomeDirectory, IsMadeTheWorkingDirectoryWhereItIsNot)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), path);
 }
 
-TEST(HomeDirectory, ThatIsMissingLeavesTheWorkingDirectory)
+TEST(HomeDirectory, DoesNotChangeTheWorkingDirectoryIfItIsMissing)
 {
     const ScopedFolder folder;
     const std::wstring before = LbOs::GetWorkingDirectory();
@@ -110,7 +110,7 @@ TEST(HomeDirectory, ThatIsMissingLeavesTheWorkingDirectory)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
 }
 
-TEST(DirectoryStamp, IsOfDirectoriesOnly)
+TEST(DirectoryStamp, ExistsForDirectoriesOnly)
 {
     const ScopedFolder folder;
 

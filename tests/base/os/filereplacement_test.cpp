@@ -46,7 +46,7 @@ TEST(OsFileReplacement, KeepsAFileThatCannotBeRenamed)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(from), "new");
 }
 
-TEST(OsFileReplacement, HandsPermissionsDownWhereFilesHaveThem)
+TEST(OsFileReplacement, KeepsThePermissionsOfTheReplacedFile)
 {
     if (LbPath::c_Separator == L'\\')
     {
@@ -63,7 +63,7 @@ TEST(OsFileReplacement, HandsPermissionsDownWhereFilesHaveThem)
     EXPECT_EQ(getPermissions(to), c_Unusual);
 }
 
-TEST(OsFileReplacement, LeavesAFileThatIsNotToBeWritten)
+TEST(OsFileReplacement, DoesNotReplaceAReadOnlyFile)
 {
     const ScopedFolder folder;
     const std::wstring from = folder.WriteFile(L"new", "new");
@@ -79,7 +79,7 @@ TEST(OsFileReplacement, LeavesAFileThatIsNotToBeWritten)
     std::filesystem::permissions(std::filesystem::path(to), perms::owner_write, std::filesystem::perm_options::add);
 }
 
-TEST(OsFileReplacement, KnowsFoldersThatTakeFiles)
+TEST(OsFileReplacement, RecognisesFoldersThatAcceptFiles)
 {
     const ScopedFolder folder;
 

@@ -44,7 +44,7 @@ TEST(OsFiles, KnowsAFileThatHasSeveralNames)
     EXPECT_TRUE(LbOs::AreSameFile(hardLink, file));
 }
 
-TEST(OsFiles, TellsHowAFileStands)
+TEST(OsFiles, ReportsTheStatusOfAFile)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Datei", "x");
@@ -68,7 +68,7 @@ TEST(OsFiles, TellsHowAFileStands)
     EXPECT_FALSE(LbOs::GetFileStatus(folder.GetPathOf(L"fehlt")));
 }
 
-TEST(OsFiles, TellsHowALinkItselfStands)
+TEST(OsFiles, ReportsTheStatusOfALinkItself)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Datei", "x");
@@ -94,7 +94,7 @@ TEST(OsFiles, KnowsWhatIsMissing)
     }
 }
 
-TEST(OsFiles, TakesACircleOfLinksForMissing)
+TEST(OsFiles, TreatsACircleOfLinksAsMissing)
 {
     const ScopedFolder folder;
     const std::wstring link = folder.GetPathOf(L"Kreis");
@@ -105,7 +105,7 @@ TEST(OsFiles, TakesACircleOfLinksForMissing)
     EXPECT_TRUE(LbOs::IsMissing(link));
 }
 
-TEST(OsFiles, TakesNothingForMissingBehindAClosedFolder)
+TEST(OsFiles, DoesNotTreatFilesInAnUnreadableFolderAsMissing)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"zu/Datei", "x");
@@ -137,7 +137,7 @@ TEST(OsFiles, FollowsLinksToAFile)
     EXPECT_TRUE(LbOs::AreSameFile(file, link));
 }
 
-TEST(OsFiles, TakesNothingMissingForAnyFile)
+TEST(OsFiles, MissingFilesHaveNoIdentity)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Datei", "x");

@@ -40,7 +40,7 @@ TEST(OsFiles, VisitsFilesAndDirectories)
     EXPECT_EQ(list(LbPath::WithoutSeparator(folder.GetPath())).size(), 3U);
 }
 
-TEST(OsFiles, VisitsManyEntriesOnceEach)
+TEST(OsFiles, VisitsEachOfManyEntriesOnce)
 {
     const ScopedFolder folder;
     Entries expected;
@@ -62,7 +62,7 @@ TEST(OsFiles, VisitsNothingInAnEmptyDirectory)
     EXPECT_EQ(list(folder.GetPath()), Entries());
 }
 
-TEST(OsFiles, RefusesToVisitWhatIsNoDirectory)
+TEST(OsFiles, RefusesToVisitAFile)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"file", "x");
@@ -72,7 +72,7 @@ TEST(OsFiles, RefusesToVisitWhatIsNoDirectory)
     EXPECT_FALSE(LbOs::VisitDirectory(L"", ignore));
 }
 
-TEST(OsFiles, PassesExceptionsOfTheVisitor)
+TEST(OsFiles, PassesOnExceptionsOfTheVisitor)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"file", "x");
@@ -116,7 +116,7 @@ TEST(OsFiles, FullPathKeepsTheNamesOfLinks)
     EXPECT_EQ(LbOs::GetFullPath(link + LbPath::ToNative(L"/inner/")), link + LbPath::ToNative(L"/inner/"));
 }
 
-TEST(OsFiles, FullPathTakesTheParentThatTheSystemTakes)
+TEST(OsFiles, FullPathResolvesParentsLikeTheSystem)
 {
     if (LbPath::c_Separator == L'\\')
     {
@@ -130,7 +130,7 @@ TEST(OsFiles, FullPathTakesTheParentThatTheSystemTakes)
     EXPECT_EQ(LbOs::GetFullPath(L"/../.."), L"/");
 }
 
-TEST(OsFiles, FullPathOfARelativeOneNeedsAWorkingDirectory)
+TEST(OsFiles, FullPathOfARelativePathNeedsAWorkingDirectory)
 {
     const ScopedFolder folder;
     const std::wstring gone = LbPath::WithoutSeparator(folder.MakeFolder(L"weg"));
@@ -146,7 +146,7 @@ TEST(OsFiles, FullPathOfARelativeOneNeedsAWorkingDirectory)
     EXPECT_EQ(LbOs::GetFullPath(L"/a/./b"), L"/a/b");
 }
 
-TEST(OsFiles, TellsLinksFromWhatTheyLeadTo)
+TEST(OsFiles, DistinguishesLinksFromTheirTargets)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Ordner/Datei", "x");
@@ -172,7 +172,7 @@ TEST(OsFiles, TellsLinksFromWhatTheyLeadTo)
     EXPECT_EQ(LbPath::GetLastComponent(LbOs::GetLinkTarget(directory)), L"Ordner");
 }
 
-TEST(OsFiles, TakesNothingElseForALink)
+TEST(OsFiles, RecognisesNothingElseAsALink)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Ordner/Datei", "x");
@@ -187,7 +187,7 @@ TEST(OsFiles, TakesNothingElseForALink)
     EXPECT_EQ(LbOs::GetCanonicalPlace(folder.GetPathOf(L"Ordner/../Ordner/Datei")), LbOs::GetCanonicalPlace(file));
 }
 
-TEST(OsFiles, KeepsNamesThatAreNoText)
+TEST(OsFiles, KeepsNamesThatAreInvalidText)
 {
     const ScopedFolder folder;
     const std::wstring name = std::wstring(L"stray") + static_cast<wchar_t>(0xDCFF) + L".txt";
@@ -293,7 +293,7 @@ TEST(OsFiles, KnowsItsOwnExecutable)
     EXPECT_TRUE(path.ends_with(LbOs::c_ExecutableSuffix));
 }
 
-TEST(OsFiles, GivesWellKnownDirectoriesWithoutSeparator)
+TEST(OsFiles, ReturnsWellKnownDirectoriesWithoutSeparator)
 {
     for (const std::wstring& path : {LbOs::GetUserDataDirectory(), LbOs::GetTemporaryDirectory()})
     {
@@ -316,7 +316,7 @@ TEST(OsFiles, OpensOnlyFiles)
     EXPECT_EQ(list(folder.GetPath()), (Entries{{L"directory", true}}));
 }
 
-TEST(OsFiles, TellsWhenAHandleCannotBeUsed)
+TEST(OsFiles, ReportsAHandleThatCannotBeUsed)
 {
     const ScopedFolder folder;
     std::array<char, 4> buffer{};

@@ -42,7 +42,7 @@ TEST(OsFolderLockConcurrency, LetsOneThreadInAtATime)
     EXPECT_EQ(count, 2 * c_Rounds);
 }
 
-TEST(OsFolderLock, IsFreeAgainBehindItsObject)
+TEST(OsFolderLock, IsReleasedByItsDestructor)
 {
     const ScopedFolder folder;
     const auto lockInThread = [&folder] {
@@ -55,7 +55,7 @@ TEST(OsFolderLock, IsFreeAgainBehindItsObject)
     EXPECT_TRUE(lockInThread());
 }
 
-TEST(OsFolderLock, IsFreeAgainWhenItsHolderDies)
+TEST(OsFolderLock, IsReleasedWhenItsHolderDies)
 {
     const ScopedFolder folder;
     const std::optional<int> status = LbOs::RunInFork([&folder] {
@@ -71,7 +71,7 @@ TEST(OsFolderLock, IsFreeAgainWhenItsHolderDies)
     EXPECT_NE(CFolderLock::Acquire(folder.GetPath()), nullptr);
 }
 
-TEST(OsFolderLock, HoldsOneFolderOnly)
+TEST(OsFolderLock, DoesNotLockSubfolders)
 {
     const ScopedFolder folder;
     const std::wstring inner = folder.MakeFolder(L"innen");
@@ -83,7 +83,7 @@ TEST(OsFolderLock, HoldsOneFolderOnly)
     EXPECT_TRUE(isLocked);
 }
 
-TEST(OsFolderLock, LeavesNothingInTheFolderAndKeepsNobodyOut)
+TEST(OsFolderLock, AddsNoFileAndDoesNotPreventWriting)
 {
     const ScopedFolder folder;
     const auto lock = CFolderLock::Acquire(folder.GetPath());

@@ -77,7 +77,7 @@ TEST(OsLinkData, HoldsTheTargetOfAMountPoint)
     }
 }
 
-TEST(OsLinkData, HoldsNoTargetUnlessItIsWhole)
+TEST(OsLinkData, HoldsNoTargetIfItIsTruncated)
 {
     for (const std::uint32_t tag : {c_SymbolicLink, c_MountPoint})
     {

@@ -34,7 +34,7 @@ TEST(Machine, HasAName)
     EXPECT_EQ(LbOs::GetMachineName().find(L'\0'), std::wstring::npos);
 }
 
-TEST(Machine, AnswersTheSameAgain)
+TEST(Machine, ReturnsTheSameValuesAgain)
 {
     EXPECT_EQ(LbOs::QueryProcessor().model, LbOs::QueryProcessor().model);
     EXPECT_EQ(LbOs::GetPhysicalMemory(), LbOs::GetPhysicalMemory());

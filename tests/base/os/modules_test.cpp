@@ -42,7 +42,7 @@ TEST(OsModules, LoadsAModule)
     EXPECT_EQ(reason, L"untouched");
 }
 
-TEST(OsModules, TellsWhyAModuleIsNotLoaded)
+TEST(OsModules, ReportsWhyAModuleIsNotLoaded)
 {
     const ScopedFolder folder;
     for (const std::wstring& path : {folder.GetPathOf(L"missing") + LbOs::c_ModuleSuffix,

@@ -81,7 +81,7 @@ TEST_F(OsNamedEvent, DoesNotCountAFlood)
     EXPECT_EQ(m_event->Wait(0), EEventWait::Signaled);
 }
 
-TEST_F(OsNamedEvent, IsTakenBack)
+TEST_F(OsNamedEvent, CanBeReset)
 {
     EXPECT_FALSE(m_event->Reset());
     m_event->Set();
@@ -108,14 +108,14 @@ TEST_F(OsNamedEvent, IsNotCreatedTwice)
     EXPECT_NE(CNamedEvent::Open(m_name), nullptr);
 }
 
-TEST_F(OsNamedEvent, IsForTheOwnUserOnly)
+TEST_F(OsNamedEvent, IsAccessibleOnlyToTheOwnUser)
 {
     EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));
     EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
 }
 
 /// Which everybody in the process may do.
-TEST_F(OsNamedEvent, IsForItsUserAlsoWhenRightsAreMasked)
+TEST_F(OsNamedEvent, IsAccessibleToItsUserDespiteTheUmask)
 {
     const std::wstring name = m_name + L"-m";
     if (!LbOs::SetRightsMasked(true))
@@ -130,7 +130,7 @@ TEST_F(OsNamedEvent, IsForItsUserAlsoWhenRightsAreMasked)
     EXPECT_NE(CNamedEvent::Open(name), nullptr);
 }
 
-TEST_F(OsNamedEvent, TakesItsNameAlong)
+TEST_F(OsNamedEvent, RemovesItsNameOnDestruction)
 {
     m_event.reset();
 
@@ -164,7 +164,7 @@ TEST_F(OsNamedEvent, WorksWhenAllFilesAreClosed)
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(OsNamedEvent, HasNoOtherNamesThanPlainOnes)
+TEST_F(OsNamedEvent, AcceptsOnlyPlainNames)
 {
     for (const wchar_t* name : {L"", L"../a", L"a/b", L"a\\b", L"ä", L".", L"a b"})
     {
@@ -173,7 +173,7 @@ TEST_F(OsNamedEvent, HasNoOtherNamesThanPlainOnes)
     }
 }
 
-TEST_F(OsNamedEvent, NoticesTheEndOfAProcessLongBeforeItsTime)
+TEST_F(OsNamedEvent, NoticesTheEndOfAProcessLongBeforeTheTimeOut)
 {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
@@ -185,7 +185,7 @@ TEST_F(OsNamedEvent, NoticesTheEndOfAProcessLongBeforeItsTime)
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(c_Long / 2));
 }
 
-TEST_F(OsNamedEvent, CountsMoreThanTheEndOfAProcess)
+TEST_F(OsNamedEvent, TakesPrecedenceOverTheEndOfAProcess)
 {
     const auto child = StartProbe(L"exit 0");
     ASSERT_NE(child, nullptr);
@@ -212,7 +212,7 @@ TEST_F(OsNamedEvent, NoticesTheEndOfAProcessWhoseHandleWasClosed)
     EXPECT_EQ(m_event->Wait(c_Long, child.get()), EEventWait::ChildEnded);
 }
 
-TEST_F(OsNamedEvent, TimesOutBesideAProcessThatRuns)
+TEST_F(OsNamedEvent, TimesOutWhileAProcessRuns)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
@@ -220,7 +220,7 @@ TEST_F(OsNamedEvent, TimesOutBesideAProcessThatRuns)
     EXPECT_EQ(m_event->Wait(1, child.get()), EEventWait::TimedOut);
 }
 
-TEST_F(OsNamedEvent, TimesOutBesideAProcessWhoseEndSomebodyHolds)
+TEST_F(OsNamedEvent, TimesOutWhileADebuggerHoldsTheEndOfAProcess)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
@@ -244,7 +244,7 @@ TEST_F(OsNamedEvent, DoesNotTimeOutEarly)
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(14));
 }
 
-TEST(OsNamedEventThreads, HandEveryTurnOver)
+TEST(OsNamedEventThreads, AlternateWithoutLosingASignal)
 {
     constexpr int c_Turns = 2000;
     const std::wstring name = LbUniqueId::Generate();

@@ -40,7 +40,7 @@ TEST(OsProcess, KnowsTheProgramAmongItsArguments)
     EXPECT_TRUE(LbPath::GetLastComponent(LbOs::GetExecutablePath()).starts_with(LbPath::GetLastComponent(result[0])));
 }
 
-TEST(OsProcess, KnowsTheProgramWhateverPartsOfItsNameAreQuoted)
+TEST(OsProcess, KnowsTheProgramWhoseNameIsPartlyQuoted)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.GetPathOf(L"Datei");
@@ -66,7 +66,7 @@ TEST(OsProcess, RunsAFunctionOnAnotherThread)
     EXPECT_NE(there, here);
 }
 
-TEST(OsProcess, GivesTheStackItWasAskedFor)
+TEST(OsProcess, ProvidesTheRequestedStackSize)
 {
     std::size_t levels = 0;
     LbOs::RunOnStack(256 * c_MegaByte, [&levels] { levels = useStack(1600); });
@@ -80,7 +80,7 @@ TEST(OsProcess, RunsOnAStackOfOneGigaByte)
     EXPECT_EQ(levels, 201U);
 }
 
-TEST(OsProcess, TakesAnySmallStackSize)
+TEST(OsProcess, AcceptsAnySmallStackSize)
 {
     bool hasRun = false;
     LbOs::RunOnStack(1, [&hasRun] { hasRun = true; });
@@ -101,14 +101,14 @@ TEST(OsProcess, PassesExceptionsToTheCaller)
     }
 }
 
-TEST(OsProcess, RefusesAStackThatNoSystemHas)
+TEST(OsProcess, RefusesAnImpossibleStackSize)
 {
     bool hasRun = false;
     EXPECT_THROW(LbOs::RunOnStack(c_GigaByte << 24U, [&hasRun] { hasRun = true; }), LbException);
     EXPECT_FALSE(hasRun);
 }
 
-TEST(OsProcess, HasANumber)
+TEST(OsProcess, HasAnId)
 {
     EXPECT_NE(LbOs::GetProcessId(), 0U);
     EXPECT_EQ(LbOs::GetProcessId(), LbOs::GetProcessId());

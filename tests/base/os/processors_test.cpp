@@ -37,7 +37,7 @@ std::optional<std::int64_t> getCountOf(const std::wstring& command)
     return child->Wait(c_Long) ? child->GetExitStatus() : std::nullopt;
 }
 
-TEST(OsThreadProcessors, LeaveTheThreadOneUntilTheyAreRestored)
+TEST(OsThreadProcessors, BindTheThreadToOneProcessorUntilRestored)
 {
     const std::uint32_t all = LbOs::CountOwnProcessors();
     const std::uint32_t shared = getSharing();
@@ -53,12 +53,12 @@ TEST(OsThreadProcessors, LeaveTheThreadOneUntilTheyAreRestored)
     EXPECT_EQ(LbOs::CountOwnProcessors(), all);
 }
 
-TEST(OsThreadProcessors, BringTheChildThere)
+TEST(OsThreadProcessors, MoveTheChildToTheSameProcessor)
 {
     EXPECT_EQ(getCountOf(L"brought"), getSharing());
 }
 
-TEST(OsThreadProcessors, FreeTheChildAgain)
+TEST(OsThreadProcessors, ReleaseTheChildAgain)
 {
     EXPECT_EQ(getCountOf(L"freed"), LbOs::CountOwnProcessors());
 }

@@ -38,7 +38,7 @@ TEST_F(OsSharedMemory, IsZeroAtFirst)
     EXPECT_EQ(std::count(bytes, bytes + c_Size, '\0'), static_cast<std::ptrdiff_t>(c_Size));
 }
 
-TEST_F(OsSharedMemory, IsOneForAllViews)
+TEST_F(OsSharedMemory, IsSharedByAllViews)
 {
     const auto written = MapSharedMemory(m_name, c_Size, EMemoryAccess::Write);
     const auto read = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
@@ -56,7 +56,7 @@ TEST_F(OsSharedMemory, IsNotCreatedTwice)
     EXPECT_NE(MapSharedMemory(m_name, c_Size, EMemoryAccess::Read), nullptr);
 }
 
-TEST_F(OsSharedMemory, SaysWhyItIsNotThere)
+TEST_F(OsSharedMemory, ReportsWhyItCannotBeCreated)
 {
     constexpr std::size_t c_TooMuch = ~std::size_t{0} / 4;
     std::wstring exists;
@@ -70,13 +70,13 @@ TEST_F(OsSharedMemory, SaysWhyItIsNotThere)
     EXPECT_NE(exists, isTooLarge);
 }
 
-TEST_F(OsSharedMemory, IsForTheOwnUserOnly)
+TEST_F(OsSharedMemory, IsAccessibleOnlyToTheOwnUser)
 {
     EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));
     EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
 }
 
-TEST_F(OsSharedMemory, TakesItsNameAlong)
+TEST_F(OsSharedMemory, RemovesItsNameOnDestruction)
 {
     m_memory.reset();
 
@@ -84,7 +84,7 @@ TEST_F(OsSharedMemory, TakesItsNameAlong)
     EXPECT_NE(CSharedMemory::Create(m_name, c_Size), nullptr);
 }
 
-TEST_F(OsSharedMemory, StaysInViewsWithoutItsName)
+TEST_F(OsSharedMemory, StaysMappedWithoutItsName)
 {
     const auto view = MapSharedMemory(m_name, c_Size, EMemoryAccess::Write);
     ASSERT_NE(view, nullptr);
@@ -100,7 +100,7 @@ TEST_F(OsSharedMemory, IsNotMappedBeyondItsEnd)
     EXPECT_EQ(MapSharedMemory(m_name, c_Size + c_Pages, EMemoryAccess::Write), nullptr);
 }
 
-TEST_F(OsSharedMemory, IsNotCutByOthers)
+TEST_F(OsSharedMemory, CannotBeTruncatedByOthers)
 {
     const auto view = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
     ASSERT_NE(view, nullptr);
@@ -113,7 +113,7 @@ TEST_F(OsSharedMemory, IsNotCutByOthers)
     EXPECT_EQ(static_cast<const char*>(view.get())[c_Size - 1], '\0');
 }
 
-TEST_F(OsSharedMemory, IsThereWhenAllFilesAreClosed)
+TEST_F(OsSharedMemory, RemainsUsableWhenAllFilesAreClosed)
 {
     const std::optional<int> status = LbOs::RunInFork([] {
         const std::wstring name = LbUniqueId::Generate();
@@ -133,7 +133,7 @@ TEST_F(OsSharedMemory, IsThereWhenAllFilesAreClosed)
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(OsSharedMemory, HasNoOtherNamesThanPlainOnes)
+TEST_F(OsSharedMemory, AcceptsOnlyPlainNames)
 {
     for (const wchar_t* name : {L"", L"../a", L"a/b", L"a\\b", L"ä", L".", L"a b"})
     {

@@ -61,13 +61,13 @@ protected:
     }};
 };
 
-TEST_F(OsThreadFreeze, StopsAnotherThreadAndLetsItGo)
+TEST_F(OsThreadFreeze, StopsAndReleasesAnotherThread)
 {
     EXPECT_TRUE(isStopped());
     EXPECT_TRUE(isStopped());
 }
 
-TEST_F(OsThreadFreeze, TellsWhenTheSystemRefusesAllTheTimeAndFreezesLater)
+TEST_F(OsThreadFreeze, ReportsPersistentRefusalAndFreezesLater)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {
@@ -82,7 +82,7 @@ TEST_F(OsThreadFreeze, TellsWhenTheSystemRefusesAllTheTimeAndFreezesLater)
     EXPECT_TRUE(isStopped());
 }
 
-TEST_F(OsThreadFreeze, TakesAnotherSignalWhenItsOwnWasTakenAway)
+TEST_F(OsThreadFreeze, ChoosesAnotherSignalIfItsOwnIsTaken)
 {
     EXPECT_TRUE(isStopped());
     if (!LbOs::ResetRealTimeSignals())
@@ -92,7 +92,7 @@ TEST_F(OsThreadFreeze, TakesAnotherSignalWhenItsOwnWasTakenAway)
     EXPECT_TRUE(isStopped());
 }
 
-TEST_F(OsThreadFreeze, InterruptionsDoNotShortenItsTime)
+TEST_F(OsThreadFreeze, InterruptionsDoNotShortenItsTimeOut)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {
@@ -109,7 +109,7 @@ TEST_F(OsThreadFreeze, InterruptionsDoNotShortenItsTime)
     ASSERT_TRUE(LbOs::SetSignalsForbidden(false));
 }
 
-TEST_F(OsThreadFreeze, TriesAgainUntilTheSystemTakesSignals)
+TEST_F(OsThreadFreeze, RetriesUntilTheSystemAcceptsSignals)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {

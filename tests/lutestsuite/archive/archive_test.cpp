@@ -66,7 +66,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(ArchiveRuns, AreReadInTheirOrder)
+TEST_F(ArchiveRuns, AreReadInFileOrder)
 {
     const std::vector<SArchiveRun> runs =
         Read("<Run name=\"a\"><BinaryDir>b</BinaryDir><Config>Debug</Config><Platform>Win32</Platform>"
@@ -83,7 +83,7 @@ TEST_F(ArchiveRuns, AreReadInTheirOrder)
     EXPECT_EQ(runs[1].name, L"c");
 }
 
-TEST_F(ArchiveRuns, HaveDefaultsOfTheirOwn)
+TEST_F(ArchiveRuns, HaveOwnDefaults)
 {
     const LuTestSuiteRun::SParams params = ReadParams("");
 
@@ -99,7 +99,7 @@ TEST_F(ArchiveRuns, HaveDefaultsOfTheirOwn)
     EXPECT_EQ(params.testCaseMax, LuTestSuiteRun::c_NoLimit);
 }
 
-TEST_F(ArchiveRuns, TakeTheRestOfTheirDefaultsFromTheSetup)
+TEST_F(ArchiveRuns, HaveOtherDefaultsFromTheSetup)
 {
     LuTestSuiteSetup setup;
     setup.params.isolated = true;
@@ -123,7 +123,7 @@ TEST_F(ArchiveRuns, TakeTheRestOfTheirDefaultsFromTheSetup)
     EXPECT_TRUE(params.trackHeap);
 }
 
-TEST_F(ArchiveRuns, HaveNoThreadsWhenTheSetupIsNotParallel)
+TEST_F(ArchiveRuns, HaveZeroThreadsIfTheSetupIsNotParallel)
 {
     LuTestSuiteSetup setup;
     setup.params.workerThreads = 7;
@@ -153,7 +153,7 @@ TEST_F(ArchiveRuns, NameTheFileThatIsMissingOrCannotBeRead)
               L"Datei " + none + L" konnte nicht gelesen werden");
 }
 
-TEST_F(ArchiveRuns, RefuseAnotherRootAndBrokenFiles)
+TEST_F(ArchiveRuns, RefuseWrongRootsAndBrokenFiles)
 {
     for (const char* const text : {"<Config/>", "<ArchiveRun>", ""})
     {
@@ -173,7 +173,7 @@ TEST_F(ArchiveRuns, RefuseUnknownBuildsOfAnyEntry)
     EXPECT_EQ(getMessage([&] { Read(good + "<Run/>"); }), L"Ungültige Konfiguration");
 }
 
-TEST_F(ArchiveRuns, BecomeArgumentsWithTheModulesOfTheCall)
+TEST_F(ArchiveRuns, BecomeArgumentsWithTheModulesOfTheCommandLine)
 {
     LuTestSuiteSetup setup;
     setup.dlls = {L"Eigene Tests", L"b"};
@@ -211,7 +211,7 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithNothingSet)
 }
 
 /// Only a root keeps its separator; in front of the closing mark it must not take that mark's meaning away.
-TEST_F(ArchiveRuns, BecomeArgumentsWithDirectoriesOfAnyEnd)
+TEST_F(ArchiveRuns, BecomeArgumentsWithOrWithoutTrailingSeparators)
 {
     const bool isWindows = LbPath::c_Separator == L'\\';
     const std::vector<std::pair<std::wstring, std::wstring>> rows =
@@ -329,7 +329,7 @@ protected:
     SArchiveRun m_run;
 };
 
-TEST_F(ArchiveRunChild, MayWriteNothing)
+TEST_F(ArchiveRunChild, MayWriteNoReports)
 {
     const std::wstring text = Execute();
 
@@ -346,7 +346,7 @@ TEST_F(ArchiveRunChild, MayCrash)
     ExpectEmptyArchive();
 }
 
-TEST_F(ArchiveRunChild, IsEndedAfterItsTime)
+TEST_F(ArchiveRunChild, IsTerminatedAfterItsTimeOut)
 {
     m_run.dataDir = m_folder.MakeFolder(L"hang");
 
@@ -377,7 +377,7 @@ TEST_F(ArchiveRunChild, HasItsReportsArchived)
     EXPECT_TRUE(GetTemporaryFiles().empty());
 }
 
-TEST_F(ArchiveRunChild, KeepsTheReportWhosePlaceInTheArchiveIsTaken)
+TEST_F(ArchiveRunChild, KeepsAReportThatExistsInTheArchive)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");
     for (const std::wstring& stem : GetReportStems())
@@ -388,7 +388,7 @@ TEST_F(ArchiveRunChild, KeepsTheReportWhosePlaceInTheArchiveIsTaken)
     ExpectOnlyThePage(Execute());
 }
 
-TEST_F(ArchiveRunChild, KeepsTheReportThatFindsTheDiskFull)
+TEST_F(ArchiveRunChild, KeepsAReportWhenTheDiskIsFull)
 {
     const std::wstring device = GetFullDevice();
     if (device.empty())
@@ -413,7 +413,7 @@ TEST_F(ArchiveRunChild, KeepsTheReportThatFindsTheDiskFull)
         << LbEncoding::ToUtf8(text);
 }
 
-TEST_F(ArchiveRunChild, LeavesTheStylesheetToPagesThatCouldNotBeArchived)
+TEST_F(ArchiveRunChild, KeepsTheStylesheetForPagesThatCouldNotBeArchived)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");
     const std::wstring archive = m_folder.WriteFile(L"neu/Ausgabe/Archive", "");
@@ -462,7 +462,7 @@ TEST_F(ArchiveRunChild, HasItsReportsArchivedWithoutStylesheetWhenThatCannotBeWr
     EXPECT_TRUE(GetTemporaryFiles().empty());
 }
 
-TEST_F(ArchiveRunChild, IsAnExecutableThatExists)
+TEST_F(ArchiveRunChild, MustBeAnExistingExecutable)
 {
     m_run.config = L"Debug";
 
@@ -470,7 +470,7 @@ TEST_F(ArchiveRunChild, IsAnExecutableThatExists)
                                                           m_run.binaryDir, LbOs::c_ExecutableSuffix));
 }
 
-TEST_F(ArchiveRunChild, NeedsItsDirectories)
+TEST_F(ArchiveRunChild, RequiresItsDirectories)
 {
     const std::wstring missing = m_folder.GetPathOf(L"fehlt");
     const std::wstring file = m_folder.WriteFile(L"Datei", "");

@@ -49,7 +49,7 @@ protected:
     CBackgroundReader m_reader;
 };
 
-TEST_F(BackgroundReaderThread, ReadsWhatItIsAskedFor)
+TEST_F(BackgroundReaderThread, ReadsTheRequestedFile)
 {
     const std::string content = makeContent(5 * c_Piece);
     m_reader.Start(makeSource(content), m_buffer.data(), 3 * c_Piece);
@@ -72,7 +72,7 @@ TEST_F(BackgroundReaderThread, ReadsOneAfterTheOther)
 }
 
 /// The source waits for the bytes before to be used: if they were kept back, there would be no end.
-TEST_F(BackgroundReaderThread, HandsOverWhatIsThere)
+TEST_F(BackgroundReaderThread, ProvidesTheAvailableBytes)
 {
     const std::string content = makeContent(4 * c_Piece);
     LbEvent used;
@@ -98,7 +98,7 @@ TEST_F(BackgroundReaderThread, HandsOverWhatIsThere)
     EXPECT_EQ(m_reader.AwaitEnd(), content.size());
 }
 
-TEST_F(BackgroundReaderThread, SaysThatThereAreFewerBytes)
+TEST_F(BackgroundReaderThread, ReportsFewerBytes)
 {
     const std::string content = makeContent(2 * c_Piece + 10);
     m_reader.Start(makeSource(content), m_buffer.data(), 4 * c_Piece);
@@ -108,7 +108,7 @@ TEST_F(BackgroundReaderThread, SaysThatThereAreFewerBytes)
     EXPECT_EQ(m_reader.AwaitEnd(), content.size());
 }
 
-TEST_F(BackgroundReaderThread, PassesFailuresOnAndReadsTheNext)
+TEST_F(BackgroundReaderThread, PassesOnFailuresAndReadsTheNext)
 {
     const std::string content = makeContent(3 * c_Piece);
     m_reader.Start(
@@ -125,7 +125,7 @@ TEST_F(BackgroundReaderThread, PassesFailuresOnAndReadsTheNext)
 }
 
 /// What was read counts, however much later than the failure it is asked for.
-TEST_F(BackgroundReaderThread, HandsOverWhatWasReadBeforeAFailure)
+TEST_F(BackgroundReaderThread, ProvidesTheBytesReadBeforeAFailure)
 {
     const std::string content = makeContent(3 * c_Piece);
     m_reader.Start(
@@ -141,7 +141,7 @@ TEST_F(BackgroundReaderThread, HandsOverWhatWasReadBeforeAFailure)
     EXPECT_THROW(m_reader.Await(2 * c_Piece + 1), std::runtime_error);
 }
 
-TEST_F(BackgroundReaderThread, WaitsAsLongAsItTakes)
+TEST_F(BackgroundReaderThread, WaitsForASlowFile)
 {
     LbEvent isWanted;
     m_reader.Start(

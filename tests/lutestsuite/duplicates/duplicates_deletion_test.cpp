@@ -11,7 +11,7 @@ namespace
 
 using DuplicateDeletion = DuplicatesTest;
 
-TEST_F(DuplicateDeletion, AreDeletedButForTheOldest)
+TEST_F(DuplicateDeletion, AreDeletedExceptTheOldest)
 {
     const std::wstring a = Write(L"a.txt", "gut", 100);
     const std::wstring b = Write(L"b.txt", "gut", 200);
@@ -28,7 +28,7 @@ TEST_F(DuplicateDeletion, AreDeletedButForTheOldest)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(d), "anders");
 }
 
-TEST_F(DuplicateDeletion, LoseLinksButNotTheirTargets)
+TEST_F(DuplicateDeletion, DeleteLinksButNotTheirTargets)
 {
     const ScopedFolder elsewhere;
     const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
@@ -65,7 +65,7 @@ TEST_F(DuplicateDeletion, KeepTheTargetOfALinkThatIsKept)
 }
 
 /// The oldest of one set is a link to what another set could do without.
-TEST_F(DuplicateDeletion, KeepWhatTheKeptLinkOfAnotherSetLeadsTo)
+TEST_F(DuplicateDeletion, KeepTheTargetOfAKeptLinkOfAnotherSet)
 {
     const std::wstring copy = m_folder.WriteFile(L"1/CDataSetModel/c.txt", "gut");
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
@@ -89,7 +89,7 @@ TEST_F(DuplicateDeletion, KeepWhatTheKeptLinkOfAnotherSetLeadsTo)
 }
 
 /// The link is the only data set of its unit test, or of no case at all.
-TEST_F(DuplicateDeletion, KeepWhatALinkOutsideOfAllSetsLeadsTo)
+TEST_F(DuplicateDeletion, KeepTheTargetOfALinkOutsideAllSets)
 {
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
     const std::wstring target = m_folder.WriteFile(L"2/CDataSetModel/y.txt", "gut");
@@ -115,7 +115,7 @@ TEST_F(DuplicateDeletion, KeepWhatALinkOutsideOfAllSetsLeadsTo)
     }
 }
 
-TEST_F(DuplicateDeletion, LoseAllLinksToOneFileButTheFirst)
+TEST_F(DuplicateDeletion, DeleteAllLinksToOneFileButTheFirst)
 {
     const ScopedFolder elsewhere;
     const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
@@ -133,7 +133,7 @@ TEST_F(DuplicateDeletion, LoseAllLinksToOneFileButTheFirst)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetDirectory() + L"a.txt"), "gut");
 }
 
-TEST_F(DuplicateDeletion, KeepTheLinkThatAKeptOneLeadsThrough)
+TEST_F(DuplicateDeletion, KeepALinkOnThePathOfAKeptLink)
 {
     const ScopedFolder elsewhere;
     const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
@@ -174,7 +174,7 @@ TEST_F(DuplicateDeletion, AreNotDeletedOutsideTheDataDirectory)
 }
 
 /// The linked folder stands in the data directory, but it is not the unit test's.
-TEST_F(DuplicateDeletion, AreNotDeletedWhereALinkOfTheDataDirectoryLeads)
+TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkOfTheDataDirectory)
 {
     const std::wstring a = m_folder.WriteFile(L"Sammlung/a.txt", "gut");
     const std::wstring b = m_folder.WriteFile(L"Sammlung/b.txt", "gut");
@@ -233,7 +233,7 @@ TEST_F(DuplicateDeletion, AreDeletedInALinkedDataDirectory)
 }
 
 /// The same folder under other names: "." and "..", no separator at the end, on Windows letters of the other case.
-TEST_F(DuplicateDeletion, AreDeletedWhateverTheDataDirectoryIsCalled)
+TEST_F(DuplicateDeletion, AreDeletedUnderAnySpellingOfTheDataDirectory)
 {
     std::wstring roundabout = m_folder.MakeFolder(L"CDataSetModel/..") + L".";
     if (LbPath::c_Separator == L'\\')
@@ -278,7 +278,7 @@ TEST_F(DuplicateDeletion, ReportWhatCannotBeDeletedAndGoOn)
 }
 
 /// When the first line of the set is printed, new content comes into a file that is to go.
-TEST_F(DuplicateDeletion, LeaveOutWhatHasChangedMeanwhile)
+TEST_F(DuplicateDeletion, ExcludeFilesChangedMeanwhile)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring changed = Write(L"b.txt", "gut");
@@ -307,7 +307,7 @@ TEST_F(DuplicateDeletion, LeaveOutWhatHasChangedMeanwhile)
 }
 
 /// When the first line of the set is printed, one file has other bytes, and nothing else of it differs.
-TEST_F(DuplicateDeletion, LeaveOutWhatOnlyItsBytesTellFromBefore)
+TEST_F(DuplicateDeletion, ExcludeFilesOfWhichOnlyTheBytesChanged)
 {
     const std::string content(100'000, 'x');
     Write(L"a.txt", content, 200);
@@ -356,7 +356,7 @@ TEST_F(DuplicateDeletion, WaitForAnotherDeletionInTheFolder)
 }
 
 /// When the first line of the set is printed, the others are the only ones of their content.
-TEST_F(DuplicateDeletion, KeepTheLastOfAContent)
+TEST_F(DuplicateDeletion, KeepTheLastFileOfAContent)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring copy = Write(L"b.txt", "gut");
@@ -369,7 +369,7 @@ TEST_F(DuplicateDeletion, KeepTheLastOfAContent)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(copy), "gut");
 }
 
-TEST_F(DuplicateDeletion, LoseHardLinksOfTheKeptFile)
+TEST_F(DuplicateDeletion, DeleteHardLinksOfTheKeptFile)
 {
     const std::wstring kept = Write(L"a.txt", "gut");
     const std::wstring name = GetDirectory() + L"b.txt";

@@ -76,7 +76,7 @@ protected:
     }
 };
 
-TEST_F(DuplicateLinks, InLinkedFoldersKeepWhatTheyLeadTo)
+TEST_F(DuplicateLinks, InLinkedFoldersKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
     const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
@@ -92,7 +92,7 @@ TEST_F(DuplicateLinks, InLinkedFoldersKeepWhatTheyLeadTo)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
 }
 
-TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepWhatTheyLeadTo)
+TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
     const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
@@ -112,7 +112,7 @@ TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepWhatTheyLeadTo)
 }
 
 /// The link is redundant, but it stands in a folder that is not the unit test's own.
-TEST_F(DuplicateLinks, ThatMustNotBeDeletedKeepWhatTheyLeadTo)
+TEST_F(DuplicateLinks, ThatMustNotBeDeletedKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
     const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
@@ -129,7 +129,7 @@ TEST_F(DuplicateLinks, ThatMustNotBeDeletedKeepWhatTheyLeadTo)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
 }
 
-TEST_F(DuplicateLinks, InAReadOnlyFolderKeepWhatTheyLeadTo)
+TEST_F(DuplicateLinks, InAReadOnlyFolderKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
     const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
@@ -144,7 +144,7 @@ TEST_F(DuplicateLinks, InAReadOnlyFolderKeepWhatTheyLeadTo)
 }
 
 /// In the order of the sets the file would go first.
-TEST_F(DuplicateLinks, ThatAreRedundantGoBeforeTheFilesThatTheyLeadTo)
+TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
     const std::wstring target = WriteAt(L"1/CDataSetModel/x2.txt", 100);
@@ -164,7 +164,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantGoBeforeTheFilesThatTheyLeadTo)
 }
 
 /// Each leads through the next one, whatever the order of their names.
-TEST_F(DuplicateLinks, ThatAreRedundantGoWhenNoneLeadsThroughThemAnyMore)
+TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedWhenNoLinkPassesThroughThem)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     WriteAt(L"1/CDataSetModel/d.txt", 100);
@@ -179,7 +179,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantGoWhenNoneLeadsThroughThemAnyMore)
 }
 
 /// The kept one leads to a link that stands elsewhere, and that one back through a linked folder.
-TEST_F(DuplicateLinks, OnTheWayOfAKeptOneStay)
+TEST_F(DuplicateLinks, OnTheWayToAKeptFileStay)
 {
     const ScopedFolder elsewhere;
     const std::wstring file = elsewhere.WriteFile(L"x.txt", "gut");
@@ -197,7 +197,7 @@ TEST_F(DuplicateLinks, OnTheWayOfAKeptOneStay)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(kept), "gut");
 }
 
-TEST_F(DuplicateLinks, ThatLeadNowhereHinderNothing)
+TEST_F(DuplicateLinks, ThatAreBrokenDoNotPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
@@ -225,7 +225,7 @@ TEST_F(DuplicateLinks, OfTheLongestNameAreDeleted)
 }
 
 /// A folder that nobody can enter may hold links.
-TEST_F(DuplicateLinks, ThatCannotBeLookedForLetNothingBeDeleted)
+TEST_F(DuplicateLinks, ThatCannotBeFoundPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
@@ -239,7 +239,7 @@ TEST_F(DuplicateLinks, ThatCannotBeLookedForLetNothingBeDeleted)
 }
 
 /// The link leads to another one, which nobody can look at and which leads to a copy.
-TEST_F(DuplicateLinks, ThatLeadThroughAClosedFolderLetNothingBeDeleted)
+TEST_F(DuplicateLinks, ThatLeadThroughAnUnreadableFolderPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
@@ -256,7 +256,7 @@ TEST_F(DuplicateLinks, ThatLeadThroughAClosedFolderLetNothingBeDeleted)
 }
 
 /// The linked folder, which nobody can look at, holds a link to a copy.
-TEST_F(DuplicateLinks, ToFoldersInAClosedFolderLetNothingBeDeleted)
+TEST_F(DuplicateLinks, ToFoldersInAnUnreadableFolderPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
@@ -272,7 +272,7 @@ TEST_F(DuplicateLinks, ToFoldersInAClosedFolderLetNothingBeDeleted)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(inside + L"m.txt"), "gut");
 }
 
-TEST_F(DuplicateLinks, AreNotLookedForWhenNothingIsToBeDeleted)
+TEST_F(DuplicateLinks, AreNotSearchedWhenNothingIsToBeDeleted)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
 
@@ -282,7 +282,7 @@ TEST_F(DuplicateLinks, AreNotLookedForWhenNothingIsToBeDeleted)
 }
 
 /// The folder of a copy stands elsewhere, too, and there a link leads to it.
-TEST_F(DuplicateLinks, IntoAMountedFolderKeepWhatTheyLeadTo)
+TEST_F(DuplicateLinks, IntoAMountedFolderKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring target = WriteAt(L"1/CDataSetModel/b.txt", 100);

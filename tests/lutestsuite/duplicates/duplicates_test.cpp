@@ -20,7 +20,7 @@ TEST_F(Duplicates, AreListedWithTheOldestFirst)
 }
 
 /// A younger one in front shows that the first of the oldest was chosen, not the first of all or the last.
-TEST_F(Duplicates, OfOneAgeKeepTheFirst)
+TEST_F(Duplicates, OfEqualAgeKeepTheFirst)
 {
     Write(L"a.txt", "gut", 100);
     Write(L"b.txt", "gut", 200);
@@ -29,7 +29,7 @@ TEST_F(Duplicates, OfOneAgeKeepTheFirst)
     EXPECT_NE(Detect(eDM_List).find(L"    b.txt\n    a.txt\n    c.txt\n"), std::wstring::npos);
 }
 
-TEST_F(Duplicates, ComeInSetsByFirstAppearance)
+TEST_F(Duplicates, AreOrderedBySetsOfFirstAppearance)
 {
     Write(L"a.txt", "gut 1");
     Write(L"b.txt", "gut 2");
@@ -55,7 +55,7 @@ TEST_F(Duplicates, AreOnlyListedInTheListMode)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-TEST_F(Duplicates, AreOnlyLookedForInTheModeNone)
+TEST_F(Duplicates, AreOnlySearchedInTheModeNone)
 {
     Write(L"a.txt", "gut");
     Write(L"b.txt", "gut");
@@ -63,7 +63,7 @@ TEST_F(Duplicates, AreOnlyLookedForInTheModeNone)
     EXPECT_EQ(Detect(eDM_None), GetCheck());
 }
 
-TEST_F(Duplicates, OfTwoUnitTestsAreNone)
+TEST_F(Duplicates, DoNotSpanUnitTests)
 {
     m_folder.WriteFile(L"a/CDataSetModel/x.txt", "gut");
     m_folder.WriteFile(L"b/CDataSetModel/x.txt", "gut");
@@ -79,12 +79,12 @@ TEST_F(Duplicates, MayBeEmptyFiles)
     EXPECT_TRUE(Detect(eDM_List).ends_with(L"\n    a.txt\n    b.txt\n\n" + GetSummary(1, 1)));
 }
 
-TEST_F(Duplicates, AreNoneWithoutUnitTests)
+TEST_F(Duplicates, DoNotExistWithoutUnitTests)
 {
     EXPECT_EQ(Detect(eDM_List), L"\n" + GetSummary(0, 0));
 }
 
-TEST_F(Duplicates, AreLookedForInTheSelection)
+TEST_F(Duplicates, AreSearchedInTheSelection)
 {
     Write(L"a.txt", "gut");
     Write(L"b.txt", "gut");
@@ -105,7 +105,7 @@ TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
 }
 
 /// A pipe that nobody writes to.
-TEST_F(Duplicates, DoNotWaitForWhatIsNoFile)
+TEST_F(Duplicates, DoNotWaitForPipes)
 {
     Write(L"b.txt", "gut");
     Write(L"c.txt", "gut");
@@ -194,7 +194,7 @@ TEST_F(Duplicates, ReportWhatCannotBeReadAndGoOn)
     EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
 }
 
-TEST_F(Duplicates, AreNoneAmongCasesThatAreNoFiles)
+TEST_F(Duplicates, DoNotExistAmongNamedCases)
 {
     m_folder.WriteFile(L"CPassedModel/x.txt", "gut");
     m_folder.WriteFile(L"CPassedModel/y.txt", "gut");
@@ -202,7 +202,7 @@ TEST_F(Duplicates, AreNoneAmongCasesThatAreNoFiles)
     EXPECT_TRUE(Detect(eDM_Delete).ends_with(L"\n\n" + GetSummary(1, 0)));
 }
 
-TEST_F(Duplicates, LeaveOutFilesThatAreTooLong)
+TEST_F(Duplicates, ExcludeFilesThatAreTooLong)
 {
     const std::wstring a = Write(L"a.txt", "gut");
     const std::wstring b = Write(L"b.txt", "gut");
@@ -247,7 +247,7 @@ protected:
     }
 };
 
-TEST_F(DuplicateLengths, AreThoseOfThirtyTwoBits)
+TEST_F(DuplicateLengths, AreLimitedTo32Bits)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers need address space without limits";
@@ -263,7 +263,7 @@ TEST_F(DuplicateLengths, AreThoseOfThirtyTwoBits)
 }
 
 /// Files whose bytes cannot be read cost a line when they are.
-TEST_F(Duplicates, AreNotReadWhenTheirSizeOrTheirBeginningTellsThemApart)
+TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
 {
     constexpr std::uint32_t c_Large = 1 << 20;
     const std::wstring alone = Write(L"a.txt", "allein");
@@ -354,7 +354,7 @@ TEST_F(Duplicates, NeedMemoryForTheLongestFileOnly)
 }
 
 /// Everything could be meant by a relative path when nobody knows where it begins.
-TEST_F(Duplicates, AreNoneOfAWorkingDirectoryThatIsGone)
+TEST_F(Duplicates, DoNotExistInADeletedWorkingDirectory)
 {
     const ScopedFolder parent;
     const std::wstring gone = LbPath::WithoutSeparator(parent.MakeFolder(L"weg"));
@@ -384,7 +384,7 @@ TEST_F(Duplicates, AreNoneOfAWorkingDirectoryThatIsGone)
 }
 
 /// With a separator it would be the root of all.
-TEST_F(Duplicates, AreNoneOfNoDirectory)
+TEST_F(Duplicates, DoNotExistWithoutADirectory)
 {
     LuTestSuiteSetup setup = MakeSetup(L"");
     setup.duplicateMode = eDM_Delete;

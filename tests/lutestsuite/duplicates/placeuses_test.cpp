@@ -45,12 +45,12 @@ TEST_F(PlaceUses, AreCounted)
     EXPECT_FALSE(m_uses.Has(a));
 }
 
-TEST_F(PlaceUses, AreTakenForGrantedWhereNothingCanBeLookedAt)
+TEST_F(PlaceUses, AreAssumedIfTheFolderCannotBeRead)
 {
     EXPECT_TRUE(m_uses.Has(m_folder.GetPathOf(L"fehlt")));
 }
 
-TEST_F(PlaceUses, OfAFileDoNotKeepItsHardLinks)
+TEST_F(PlaceUses, OfAFileDoNotProtectItsHardLinks)
 {
     const std::wstring a = Write(L"a.txt");
     const std::wstring beside = HardLink(a, L"b.txt");
@@ -64,7 +64,7 @@ TEST_F(PlaceUses, OfAFileDoNotKeepItsHardLinks)
 }
 
 /// However many names the file has, this is one of them.
-TEST_F(PlaceUses, KeepAnEntryInLettersOfTheOtherCase)
+TEST_F(PlaceUses, MatchEntriesInOtherLetterCase)
 {
     const std::wstring a = Write(L"a.txt");
     const std::wstring other = LbPath::GetParent(a) + L"A.TXT";
@@ -79,7 +79,7 @@ TEST_F(PlaceUses, KeepAnEntryInLettersOfTheOtherCase)
     EXPECT_TRUE(m_uses.Has(a));
 }
 
-TEST_F(PlaceUses, KeepAnEntryInAFolderOfTwoNames)
+TEST_F(PlaceUses, MatchEntriesInAFolderWithTwoNames)
 {
     const std::wstring a = Write(L"1/a.txt");
     const std::wstring alias = m_folder.MakeFolder(L"auch");

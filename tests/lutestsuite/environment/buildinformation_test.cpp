@@ -34,7 +34,7 @@ TEST(GetModuleName, IsTheFileNameOfTheModuleThatHoldsTheClass)
               LbPath::GetLastComponent(LbOs::GetExecutablePath()));
 }
 
-TEST(GetModuleName, NamesTheModuleThatBroughtTheClass)
+TEST(GetModuleName, NamesTheModuleThatRegisteredTheClass)
 {
     LuTestSuiteEnvironment environment;
     environment.LoadDLL(L"registryprobe", false);

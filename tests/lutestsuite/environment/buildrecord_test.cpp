@@ -51,14 +51,14 @@ TEST(BuildRecord, KeepsColonsOfValuesAndDropsTheWhiteSpaceAroundThem)
     EXPECT_EQ(ReadSvnRecord("URL: \t\r\n")->URL, L"");
 }
 
-TEST(BuildRecord, WantsKeysExactly)
+TEST(BuildRecord, ComparesKeysExactly)
 {
     const auto record = ReadPscmRecord(" Server: a\nserver: b\nServer : c\nServers: d\nkein Doppelpunkt\n\n");
     ASSERT_NE(record, nullptr);
     EXPECT_EQ(record->Server, L"");
 }
 
-TEST(BuildRecord, TakesTheLastOfEqualKeys)
+TEST(BuildRecord, UsesTheLastOfEqualKeys)
 {
     EXPECT_EQ(ReadPscmRecord("Branch: a\nBranch: b\n")->Branch, L"b");
 }

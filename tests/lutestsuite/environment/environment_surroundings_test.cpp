@@ -49,7 +49,7 @@ TEST(PreallocateStaticData, SendsATrace)
     EXPECT_THAT(traces.GetLines(), ElementsAre(c_WarmUpTrace));
 }
 
-TEST(PreallocateStaticData, TracesThatItCouldMakeNoFile)
+TEST(PreallocateStaticData, TracesAFileThatCannotBeCreated)
 {
     const ScopedFolder folder;
     const std::wstring missing = folder.GetPathOf(L"fehlt");
@@ -97,7 +97,7 @@ std::pair<bool, bool> findContainerAndClock()
 }
 
 // One test, since the place is one for all processes of this program.
-TEST(LuTestSuiteEnvironment, SharesTheContainerOfTheFileOrTheDefaultWhereItIsMissingOrBroken)
+TEST(LuTestSuiteEnvironment, SharesTheContainerOfItsFileOrTheDefaultContainer)
 {
     const CContainerPlace place;
     ASSERT_TRUE(place.IsEmpty());

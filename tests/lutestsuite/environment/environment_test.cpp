@@ -88,7 +88,7 @@ TEST(LuTestSuiteEnvironment, WaitsForPostedMessagesAndTasksAtItsEnd)
     EXPECT_TRUE(isDone);
 }
 
-TEST(LuTestSuiteEnvironment, EndsWellWithoutDispatcherAndPool)
+TEST(LuTestSuiteEnvironment, EndsWithoutDispatcherAndPool)
 {
     const LuTestSuiteEnvironment environment;
 
@@ -96,7 +96,7 @@ TEST(LuTestSuiteEnvironment, EndsWellWithoutDispatcherAndPool)
     LbThreadPool::Shutdown();
 }
 
-TEST(LuTestSuiteEnvironment, CanBeMadeAgain)
+TEST(LuTestSuiteEnvironment, CanBeCreatedAgain)
 {
     for (int round = 0; round < 2; ++round)
     {
@@ -225,7 +225,7 @@ TEST_F(LoadDLL, KeepsModulesLoadedAfterTheEnvironment)
     EXPECT_NE(LbRTTI::Find(L"CRegistryProbe"), nullptr);
 }
 
-TEST_F(LoadDLL, SkipsAnAbsentModuleInSilence)
+TEST_F(LoadDLL, SkipsAnAbsentModuleSilently)
 {
     m_environment.LoadDLL(L"NoSuchModule", true);
     m_environment.LoadDLL(L"NoSuchFolder\\NoSuchModule", false);
@@ -233,7 +233,7 @@ TEST_F(LoadDLL, SkipsAnAbsentModuleInSilence)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(LoadDLL, ReportsABrokenModuleInOneLineAndTheReasonInAnother)
+TEST_F(LoadDLL, ReportsABrokenModuleAndTheReason)
 {
     for (const bool flag : {false, true})
     {
@@ -253,7 +253,7 @@ TEST_F(LoadDLL, ReportsABrokenModuleInOneLineAndTheReasonInAnother)
     }
 }
 
-TEST_F(LoadDLL, TakesANameWithAFolder)
+TEST_F(LoadDLL, AcceptsANameWithAFolder)
 {
     const std::wstring name = WriteBrokenModule(L"BrokenModules-" + LbUniqueId::Generate() + L"\\");
 
@@ -264,7 +264,7 @@ TEST_F(LoadDLL, TakesANameWithAFolder)
         << LbEncoding::ToUtf8(m_output.GetText());
 }
 
-TEST_F(LoadDLL, TakesNoFolderForAModule)
+TEST_F(LoadDLL, DoesNotLoadAFolderAsModule)
 {
     const std::wstring path = GetPathOf(L"FolderModule-" + LbUniqueId::Generate());
     ASSERT_TRUE(LbFileSystem::AssertDirectory(path + LbOs::c_ModuleSuffix));

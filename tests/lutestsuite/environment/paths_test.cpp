@@ -39,25 +39,25 @@ TEST(RemoveBackslash, LeavesAPathWithoutOne)
     EXPECT_EQ(LuTestSuiteUtils::RemoveBackslash(L""), L"");
 }
 
-TEST(GetFileNameOnly, GivesTheLastComponent)
+TEST(GetFileNameOnly, ReturnsTheLastComponent)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetFileNameOnly(Native(L"a/b/datei.txt")), L"datei.txt");
     EXPECT_EQ(LuTestSuiteUtils::GetFileNameOnly(L"datei.txt"), L"datei.txt");
     EXPECT_EQ(LuTestSuiteUtils::GetFileNameOnly(L""), L"");
 }
 
-TEST(GetFileNameOnly, GivesTheFolderOfADirectoryString)
+TEST(GetFileNameOnly, ReturnsTheFolderOfADirectoryString)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetFileNameOnly(Native(L"a/CTest/")), L"CTest");
 }
 
-TEST(GetPrunedPath, GivesThePathWithoutItsLastComponent)
+TEST(GetPrunedPath, ReturnsThePathWithoutItsLastComponent)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetPrunedPath(Native(L"a/b/datei.txt")), Native(L"a/b/"));
     EXPECT_EQ(LuTestSuiteUtils::GetPrunedPath(Native(L"a/b/")), Native(L"a/"));
 }
 
-TEST(GetPrunedPath, GivesNothingForOneComponent)
+TEST(GetPrunedPath, ReturnsAnEmptyPathForOneComponent)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetPrunedPath(L"datei.txt"), L"");
 }
@@ -79,7 +79,7 @@ TEST_F(SplitFileName, SplitsAtTheLastSeparator)
     EXPECT_EQ(m_name, L"datei.txt");
 }
 
-TEST_F(SplitFileName, GivesNoFolderForABareName)
+TEST_F(SplitFileName, ReturnsNoFolderForABareName)
 {
     Split(L"datei.txt");
 
@@ -87,7 +87,7 @@ TEST_F(SplitFileName, GivesNoFolderForABareName)
     EXPECT_EQ(m_name, L"datei.txt");
 }
 
-TEST_F(SplitFileName, GivesNoNameForADirectoryString)
+TEST_F(SplitFileName, ReturnsNoNameForADirectoryString)
 {
     Split(Native(L"a/b/"));
 
@@ -95,7 +95,7 @@ TEST_F(SplitFileName, GivesNoNameForADirectoryString)
     EXPECT_EQ(m_name, L"");
 }
 
-TEST_F(SplitFileName, TakesOneOfItsResultsAsThePath)
+TEST_F(SplitFileName, AcceptsOneOfItsResultsAsThePath)
 {
     m_folder = Native(L"a/b");
     LuTestSuiteUtils::SplitFileName(m_folder, m_folder, m_name);
@@ -114,14 +114,14 @@ TEST(AssertDirectory, CreatesAMissingDirectory)
     EXPECT_TRUE(LbFileSystem::IsDirectory(path));
 }
 
-TEST(AssertDirectory, IsContentWithAnExistingDirectory)
+TEST(AssertDirectory, AcceptsAnExistingDirectory)
 {
     const ScopedFolder folder;
 
     EXPECT_TRUE(LuTestSuiteUtils::AssertDirectory(folder.GetPath()));
 }
 
-TEST(AssertDirectory, FailsWhereAFileStands)
+TEST(AssertDirectory, FailsIfAFileExistsThere)
 {
     const ScopedFolder folder;
 
@@ -143,7 +143,7 @@ TEST(GetLocalTestSuiteDir, CreatesBothLevels)
     EXPECT_TRUE(LbFileSystem::IsDirectory(LuTestSuiteUtils::GetLocalTestSuiteDir()));
 }
 
-TEST(GetLocalTestSuiteDir, KeepsWhatIsThere)
+TEST(GetLocalTestSuiteDir, KeepsExistingFiles)
 {
     const ScopedUserFolder user;
     user.WriteLastConfig("<Config/>");

@@ -50,7 +50,7 @@ TEST(ProcessChild, DISABLED_HasAParentOfAnotherName)
     EXPECT_FALSE(LuTestSuiteUtils::CheckForSameParentProcess());
 }
 
-TEST(ProcessChild, DISABLED_Parks)
+TEST(ProcessChild, DISABLED_Waits)
 {
     const auto ready = LbOs::CNamedEvent::Open(LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY"));
     ASSERT_NE(ready, nullptr);
@@ -100,7 +100,7 @@ TEST(ExecuteWithTimeout, IsSilentWhenTheProcessEndsInTime)
     EXPECT_EQ(output.GetText(), L"");
 }
 
-TEST(ExecuteWithTimeout, EndsTheProcessAndSaysSo)
+TEST(ExecuteWithTimeout, TerminatesTheProcessAndWarns)
 {
     const CapturedOutput output;
     LuTestSuiteUtils::ExecuteWithTimeout(getProbe(), L"sleep", L"", 1);
@@ -111,7 +111,7 @@ TEST(ExecuteWithTimeout, EndsTheProcessAndSaysSo)
     EXPECT_EQ(output.GetLines()[0], CapturedOutput::BoldColored(text, LuColor::c_GOLDENROD));
 }
 
-TEST(ExecuteWithTimeout, EndsWhatTheProcessStartedAlongWithIt)
+TEST(ExecuteWithTimeout, TerminatesTheProcessWithItsDescendants)
 {
     CProbeLine line;
     LuTestSuiteUtils::ExecuteWithTimeout(getProbe(), L"parent " + line.GetName(), L"", 1);
@@ -120,7 +120,7 @@ TEST(ExecuteWithTimeout, EndsWhatTheProcessStartedAlongWithIt)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(ExecuteWithTimeout, LeavesAloneWhatAProcessHasStartedThatEndsInTime)
+TEST(ExecuteWithTimeout, LeavesDescendantsOfAProcessThatEndsInTimeRunning)
 {
     const ProgramCopy program(L"processprobe", L"Probe-" + LbUniqueId::Generate());
     CProbeLine line;
@@ -133,7 +133,7 @@ TEST(ExecuteWithTimeout, LeavesAloneWhatAProcessHasStartedThatEndsInTime)
     EXPECT_TRUE(line.WaitGone());
 }
 
-TEST(ExecuteWithTimeout, HandsArgumentsAndWorkingDirectoryOn)
+TEST(ExecuteWithTimeout, PassesOnArgumentsAndWorkingDirectory)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.GetPathOf(L"mit Lücke.txt");
@@ -147,7 +147,7 @@ TEST(ExecuteWithTimeout, HandsArgumentsAndWorkingDirectoryOn)
     EXPECT_TRUE(text.ends_with("hier und da\n")) << text;
 }
 
-TEST(ExecuteWithTimeout, TakesExecutablesWithBlanksInTheirPaths)
+TEST(ExecuteWithTimeout, AcceptsExecutablesWithBlanksInTheirPaths)
 {
     const ScopedFolder folder;
     const ProgramCopy program(L"processprobe", L"mit Blank " + LbUniqueId::Generate());
@@ -158,7 +158,7 @@ TEST(ExecuteWithTimeout, TakesExecutablesWithBlanksInTheirPaths)
     EXPECT_TRUE(LbFileSystem::IsFile(file));
 }
 
-TEST(ExecuteWithTimeout, TakesExecutablesWithTabsAndQuotationMarksInTheirPaths)
+TEST(ExecuteWithTimeout, AcceptsExecutablesWithTabsAndQuotationMarksInTheirPaths)
 {
     if (LbPath::c_Separator == L'\\')
     {
@@ -210,7 +210,7 @@ TEST(KillAllByName, EndsAllProcessesOfTheName)
     EXPECT_EQ(output.GetText(), line + line);
 }
 
-TEST(KillAllByName, FindsNothingInOtherLetterCase)
+TEST(KillAllByName, DistinguishesLetterCases)
 {
     const ProgramCopy program(L"processprobe", L"Probe-" + LbUniqueId::Generate());
     LbOs::SChildOptions options;
@@ -227,7 +227,7 @@ TEST(KillAllByName, FindsNothingInOtherLetterCase)
     child->Terminate();
 }
 
-TEST(KillAllByName, WarnsWhenTheSystemDoesNotTellItsProcesses)
+TEST(KillAllByName, WarnsWhenTheSystemDoesNotListItsProcesses)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers open files of their own";
@@ -247,7 +247,7 @@ TEST(KillAllByName, WarnsWhenTheSystemDoesNotTellItsProcesses)
 }
 
 /// On Linux one that has ended and that nobody has asked for its status has no name any more.
-TEST(KillAllByName, LeavesProcessesWithoutNameAlone)
+TEST(KillAllByName, DoesNotTouchProcessesWithoutName)
 {
     const auto child = StartProbe(L"exit 0");
     ASSERT_NE(child, nullptr);
@@ -310,12 +310,12 @@ TEST(CheckForSameParentProcess, IsFalseForAChildOfAnotherExecutable)
     EXPECT_EQ(child->GetExitStatus(), 0);
 }
 
-TEST(EnterDebugBreakpoint, ParksTheProcess)
+TEST(EnterDebugBreakpoint, BlocksTheProcess)
 {
     const std::wstring name = LbUniqueId::Generate();
     const ScopedEnvironmentVariable variable(L"LUTESTSUITE_TEST_READY", name);
     const auto ready = LbOs::CNamedEvent::Create(name);
-    const auto child = startOwnTest(L"Parks");
+    const auto child = startOwnTest(L"Waits");
     ASSERT_NE(child, nullptr);
 
     EXPECT_EQ(ready->Wait(c_Long), LbOs::EEventWait::Signaled);
@@ -323,7 +323,7 @@ TEST(EnterDebugBreakpoint, ParksTheProcess)
     child->Terminate();
 }
 
-TEST(OsProcesses, HoldThePresentOne)
+TEST(OsProcesses, ContainTheCurrentProcess)
 {
     const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
 

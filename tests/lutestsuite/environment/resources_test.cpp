@@ -16,7 +16,7 @@ std::string readSource(const wchar_t* name)
                                       name);
 }
 
-TEST(LoadResourceToString, GivesTheBytesOfTheFile)
+TEST(LoadResourceToString, ReturnsTheBytesOfTheFile)
 {
     const std::string text = LuTestSuiteUtils::LoadResourceToString(L"IDR_HTML_REPORT_CSS", L"CSSFILE");
 
@@ -40,7 +40,7 @@ TEST(DefaultStylesheet, IsTheEmbeddedFile)
     EXPECT_TRUE(LuTestSuiteUtils::GetDefaultStylesheet() == readSource(L"htmlreport.css"));
 }
 
-TEST(DefaultStylesheet, KnowsEveryClassOfThePages)
+TEST(DefaultStylesheet, HasEveryClassOfThePages)
 {
     const std::string text = LuTestSuiteUtils::GetDefaultStylesheet();
     for (const char* selector : {"tr.ok", "tr.failure", "tr.error", "tr.warning", "tr.diff", "tr.better", "tr.worse",

@@ -67,7 +67,7 @@ TEST_F(CAllocationMapTest, DoublesItsBucketsAtThreeQuarters)
     }
 }
 
-TEST_F(CAllocationMapTest, KeepsStepWithAnOrdinaryMap)
+TEST_F(CAllocationMapTest, AgreesWithAStandardMap)
 {
     std::mt19937_64 random(4711);
     std::map<std::uint64_t, std::uint64_t> expected;

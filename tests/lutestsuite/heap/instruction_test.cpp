@@ -74,7 +74,7 @@ TEST(Instruction, RipRelativeOperandsAreSeen)
     EXPECT_FALSE(DecodeInstruction(Bytes{0x8B, 0x04, 0x25, 1, 2, 3, 4})->isRipRelative);
 }
 
-TEST(Instruction, TestHasAnImmediateAndItsNeighboursHaveNone)
+TEST(Instruction, TestHasAnImmediateUnlikeItsNeighbours)
 {
     EXPECT_EQ(lengthOf({0xF6, 0xC0, 1}), 3);          // test al, 1
     EXPECT_EQ(lengthOf({0xF6, 0xD0}), 2);             // not al
@@ -97,7 +97,7 @@ TEST(Instruction, VectorPrefixesLeadToTheirMaps)
     EXPECT_EQ(lengthOf({0x66, 0xC5, 0xF8, 0x77}), 0) << "no prefix may stand in front of VEX";
 }
 
-TEST(Instruction, RelativeBranchesAreTold)
+TEST(Instruction, RelativeBranchesAreRecognised)
 {
     EXPECT_EQ(relativeOf({0xEB, 0x00}), ERelative::Jump);
     EXPECT_EQ(relativeOf({0xE9, 0, 0, 0, 0}), ERelative::Jump);
@@ -120,7 +120,7 @@ TEST(Instruction, DestinationsCountFromTheInstructionsEnd)
     EXPECT_EQ(LuTestSuite::GetRelativeDestination(*DecodeInstruction(operand), operand.data(), 0x1000), 0x1000U);
 }
 
-TEST(Instruction, CodesWithoutMeaningIn64BitModeAreNone)
+TEST(Instruction, CodesInvalidIn64BitModeAreRefused)
 {
     for (const std::uint8_t code : Bytes{0x06, 0x27, 0x60, 0x82, 0x9A, 0xCE, 0xD4, 0xEA})
     {
@@ -128,7 +128,7 @@ TEST(Instruction, CodesWithoutMeaningIn64BitModeAreNone)
     }
 }
 
-TEST(Instruction, MoreThanFifteenBytesAreNone)
+TEST(Instruction, InstructionsOverFifteenBytesAreRefused)
 {
     Bytes code(14, 0x66);
     code.push_back(0x90);
@@ -137,7 +137,7 @@ TEST(Instruction, MoreThanFifteenBytesAreNone)
     EXPECT_EQ(lengthOf(code), 0);
 }
 
-TEST(Instruction, CutOffCodeIsNone)
+TEST(Instruction, TruncatedInstructionsAreRefused)
 {
     const Bytes code = {0x48, 0x81, 0x84, 0x24, 1, 2, 3, 4, 5, 6, 7, 8}; // add qword [rsp+disp32], imm32
     ASSERT_EQ(lengthOf(code), 12);

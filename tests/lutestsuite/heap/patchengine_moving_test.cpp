@@ -48,7 +48,7 @@ TEST_F(CPatchEngineMoving, PushesAndStackPointerAreMoved)
         CodePages{0x56, 0x53, 0x48, 0x83, 0xEC, 0x28, 0xB8, 20, 0, 0, 0, 0x48, 0x83, 0xC4, 0x28, 0x5B, 0x5E, 0xC3}, 20);
 }
 
-TEST_F(CPatchEngineMoving, LongInstructionThatIsPatchedInPartIsMoved)
+TEST_F(CPatchEngineMoving, PartlyPatchedLongInstructionIsMoved)
 {
     // As free and realloc of Wine's run-time begin: lea rsp, [rsp + 0], of eight bytes.
     expectMovable(CodePages{0x48, 0x8D, 0xA4, 0x24, 0, 0, 0, 0, 0xB8, 21, 0, 0, 0, 0xC3}, 21);

@@ -30,7 +30,7 @@ TEST_F(CPatchEngineTest, OneTargetHasOnePatch)
     EXPECT_EQ(static_cast<int>(EPatchStatus::AlreadyCreated), 3);
 }
 
-TEST_F(CPatchEngineTest, UnknownTargetsAreTold)
+TEST_F(CPatchEngineTest, UnknownTargetsAreReported)
 {
     EXPECT_EQ(m_engine.Enable(m_returnsOne.Get()), EPatchStatus::NotCreated);
     EXPECT_EQ(m_engine.Disable(m_returnsOne.Get()), EPatchStatus::NotCreated);
@@ -99,7 +99,7 @@ protected:
 
 } // namespace
 
-TEST_F(CPatchEngineProtection, PagesThatStayReadOnlyStayUnpatched)
+TEST_F(CPatchEngineProtection, PagesThatRemainReadOnlyAreNotPatched)
 {
     s_goodProtections = 0;
     EXPECT_EQ(m_engine.Enable(m_returnsOne.Get()), EPatchStatus::NotProtectable);
@@ -140,7 +140,7 @@ TEST_F(CPatchEngineProtection, AllAreEnabledOrNone)
     EXPECT_EQ(engine.ShutDown(), EPatchStatus::Success);
 }
 
-TEST_F(CPatchEngineProtection, ShutDownThatFailsMidwayIsRepeated)
+TEST_F(CPatchEngineProtection, ShutDownThatFailsMidwayCanBeRepeated)
 {
     s_goodProtections = 4;
     ASSERT_EQ(m_engine.EnableAll(), EPatchStatus::Success);
@@ -156,7 +156,7 @@ TEST_F(CPatchEngineProtection, ShutDownThatFailsMidwayIsRepeated)
     EXPECT_EQ(m_returnsOne.Call() + m_returnsTwo.Call(), 3);
 }
 
-TEST_F(CPatchEngineProtection, PagesGetBackTheProtectionOfThatMoment)
+TEST_F(CPatchEngineProtection, PagesGetBackTheirProtectionAtPatchTime)
 {
     s_goodProtections = 4;
     ASSERT_TRUE(LbOs::ProtectPages(m_returnsOne.Get(), 1, LbOs::c_ProtectionReadExecute));
@@ -166,7 +166,7 @@ TEST_F(CPatchEngineProtection, PagesGetBackTheProtectionOfThatMoment)
     EXPECT_EQ(region.protection, LbOs::c_ProtectionReadExecute);
 }
 
-TEST(CPatchEngineMemory, WithoutMemoryInReachThereIsNoPatch)
+TEST(CPatchEngineMemory, PatchFailsWithoutMemoryInReach)
 {
     CPatchEngine engine({.allocateNear = [](std::uintptr_t, std::size_t) noexcept -> void* { return nullptr; }});
     const CodePages code{0xB8, 1, 0, 0, 0, 0xC3};
@@ -204,7 +204,7 @@ TEST_F(CPatchEngineTest, NearDetourIsReachedDirectly)
     EXPECT_EQ(code.Call(), 2);
 }
 
-TEST_F(CPatchEngineTest, EnableAllLeavesTheEnabledAlone)
+TEST_F(CPatchEngineTest, EnableAllSkipsEnabledPatches)
 {
     const CodePages other{0xB8, 2, 0, 0, 0, 0xC3};
     void* otherTrampoline = nullptr;

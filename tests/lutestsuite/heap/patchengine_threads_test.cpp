@@ -40,7 +40,7 @@ bool isThreadIn(const void* begin, std::size_t size)
 
 } // namespace
 
-TEST_F(CPatchEngineThreads, ThreadInsideTheReplacedBytesIsMovedThereAndBack)
+TEST_F(CPatchEngineThreads, ThreadInsideTheReplacedBytesIsMovedToTheTrampolineAndBack)
 {
     // nop; pause; jump back to pause: for ever, until the jump becomes two nops
     const CodePages code{0x90, 0xF3, 0x90, 0xEB, 0xFC, 0xB8, 1, 0, 0, 0, 0xC3};
@@ -59,7 +59,7 @@ TEST_F(CPatchEngineThreads, ThreadInsideTheReplacedBytesIsMovedThereAndBack)
     EXPECT_EQ(result, 1);
 }
 
-TEST_F(CPatchEngineThreads, ThreadsThatComeAndGoAreNoHindrance)
+TEST_F(CPatchEngineThreads, ThreadsMayStartAndEndMeanwhile)
 {
     std::atomic<bool> isDone = false;
     std::atomic<int> strange = 0;
@@ -84,7 +84,7 @@ TEST_F(CPatchEngineThreads, ThreadsThatComeAndGoAreNoHindrance)
 }
 
 // Windows stops any thread.
-TEST_F(CPatchEngineThreads, ThreadThatCannotBeStoppedLeavesAllAsItWas)
+TEST_F(CPatchEngineThreads, ThreadThatCannotBeStoppedPreventsAnyChange)
 {
     const bool canStop = LbOs::c_PathSeparator == L'\\';
     StuckThread thread;
@@ -96,7 +96,7 @@ TEST_F(CPatchEngineThreads, ThreadThatCannotBeStoppedLeavesAllAsItWas)
     EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
 }
 
-TEST_F(CPatchEngineThreads, ShutDownThatCannotStopAThreadKeepsAllAndIsRepeated)
+TEST_F(CPatchEngineThreads, ShutDownThatCannotStopAThreadCanBeRepeated)
 {
     ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
     const bool canStop = LbOs::c_PathSeparator == L'\\';
@@ -117,7 +117,7 @@ int s_interruptedResult = 0;
 
 } // namespace
 
-TEST_F(CPatchEngineThreads, ThreadGoesBackIntoATrampolineThatIsNoMore)
+TEST_F(CPatchEngineThreads, ThreadMayReturnIntoARetiredTrampoline)
 {
     // nop (four times); int3; mov eax, 5; ret
     const CodePages code{0x90, 0x90, 0x90, 0x90, 0xCC, 0xB8, 5, 0, 0, 0, 0xC3};

@@ -78,7 +78,7 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtEachAllocationOfTheObservedS
     EXPECT_EQ(s_breakpointCount, 2);
 }
 
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, BothConditionsFireOnTheirOwn)
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, BothConditionsFireIndependently)
 {
     m_tracker.ObserveID(0);
     m_tracker.ObserveSize(77);
@@ -88,7 +88,7 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, BothConditionsFireOnTheirOwn)
     EXPECT_EQ(s_breakpointCount, 2);
 }
 
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, NothingObservedIsNoSize)
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, LargestValueMeansNoObservedSize)
 {
     constexpr std::size_t c_AllBits = std::numeric_limits<std::size_t>::max();
     m_tracker.Activate();
@@ -107,7 +107,7 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, NothingObservedIsNoSize)
     EXPECT_EQ(m_tracker.GetCurrentAlloc(), 0);
 }
 
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedOverAReset)
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedAfterReset)
 {
     m_tracker.ObserveSize(77);
     m_tracker.Reset();
@@ -117,7 +117,7 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, StaysArmedOverAReset)
     EXPECT_EQ(s_breakpointCount, 1);
 }
 
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, WhatIsAllocatedWhileAnOperationIsTrackedDoesNotCount)
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, AllocationsWhileTrackingAnOperationAreNotCounted)
 {
     LbOs::SetBreakpointHandler([] {
         ++s_breakpointCount;
@@ -144,7 +144,7 @@ std::uint64_t s_secondCount = 0;
 
 } // namespace
 
-TEST_F(LuTestSuiteHeapTrackerBreakpointTest, TrackersAreToldInTheOrderOfTheirRegistration)
+TEST_F(LuTestSuiteHeapTrackerBreakpointTest, TrackersAreCalledInOrderOfRegistration)
 {
     LuTestSuiteHeapTracker second{false, true};
     s_first = &m_tracker;

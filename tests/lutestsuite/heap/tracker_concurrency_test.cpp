@@ -179,7 +179,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, HeapMayBeLockedByAThreadThatAllocates)
     EXPECT_GE(tracker.GetMallocCount(), 2000U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerThreads, NothingIsLostThatHappensDuringForks)
+TEST_F(LuTestSuiteHeapTrackerThreads, NoOperationIsLostDuringForks)
 {
     if (!LbOs::RunInFork([] { return 0; }))
     {

@@ -57,7 +57,7 @@ TEST_F(LuTestSuiteHeapTrackerFailure, NothingIsCountedWhenOneFunctionCannotBePat
     EXPECT_EQ(getOperationCount(tracker), 3U) << "tried again";
 }
 
-TEST_F(LuTestSuiteHeapTrackerFailure, ThreadThatCannotBeStoppedPutsTrackingOff)
+TEST_F(LuTestSuiteHeapTrackerFailure, ThreadThatCannotBeStoppedDelaysTracking)
 {
     const bool canStop = LbOs::c_PathSeparator == L'\\';
     StuckThread thread;
@@ -73,7 +73,7 @@ TEST_F(LuTestSuiteHeapTrackerFailure, ThreadThatCannotBeStoppedPutsTrackingOff)
     EXPECT_EQ(getOperationCount(tracker), 2U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerFailure, UnhookingThatCannotStopAThreadEndsCountingAndIsRepeated)
+TEST_F(LuTestSuiteHeapTrackerFailure, UnhookingThatCannotStopAThreadEndsCountingAndCanBeRepeated)
 {
     LuTestSuiteHeapTracker tracker;
     {

@@ -75,7 +75,7 @@ int countOnce()
 
 } // namespace
 
-TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildStartsThreadsWhereTrackersOfItsParentLay)
+TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayReuseStacksThatHeldTrackersOfItsParent)
 {
     std::atomic<bool> isMade = false;
     std::atomic<bool> isDone = false;
@@ -137,7 +137,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, TrackerOfAnotherThreadCountsInAChildOn
 }
 
 // The first one of a process: each round has a process of its own.
-TEST_F(LuTestSuiteHeapTrackerForkThreads, ForksBesideTheFirstInitializationLeaveTheChildATracker)
+TEST_F(LuTestSuiteHeapTrackerForkThreads, ForksDuringTheFirstInitializationLeaveAWorkingTrackerInTheChild)
 {
     const auto process = [] {
         std::atomic<bool> hasBegun = false;
@@ -166,7 +166,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ForksBesideTheFirstInitializationLeave
     }
 }
 
-TEST_F(LuTestSuiteHeapTrackerForkThreads, TrackersComeAndGoOnThreadsBesideForks)
+TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadsCreateAndDestroyTrackersDuringForks)
 {
     const auto make = [] {
         const LuTestSuiteHeapTracker outer;
@@ -191,7 +191,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, TrackersComeAndGoOnThreadsBesideForks)
     }
 }
 
-TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayHaveTheNumberOfItsParent)
+TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayHaveTheProcessIdOfItsParent)
 {
     if (!LbOs::RunInForkOfSameNumber([] { return 0; }))
     {

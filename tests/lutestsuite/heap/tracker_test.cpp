@@ -37,7 +37,7 @@ bool isConsistent(const LuTestSuiteHeapTracker& tracker)
 
 } // namespace
 
-TEST(LuTestSuiteHeapTrackerWithoutHeap, CountsNothingAndSaysNothing)
+TEST(LuTestSuiteHeapTrackerWithoutHeap, CountsNothingSilently)
 {
     if (LbOs::GetHeapFunctions().malloc != nullptr)
     {
@@ -95,7 +95,7 @@ TEST_F(LuTestSuiteHeapTrackerConsistency, SizesOfTheMapMustAddUp)
     s_free(second);
 }
 
-TEST_F(LuTestSuiteHeapTrackerConsistency, NothingObservedIsNoNumber)
+TEST_F(LuTestSuiteHeapTrackerConsistency, LargestValueMeansNoObservedNumber)
 {
     static int s_breakpointCount = 0;
     LbOs::SetBreakpointHandler([] { ++s_breakpointCount; });
@@ -108,7 +108,7 @@ TEST_F(LuTestSuiteHeapTrackerConsistency, NothingObservedIsNoNumber)
     EXPECT_EQ(m_tracker.GetMallocCount(), 1U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, DumpTellsWhenThereIsNoMemoryForItsList)
+TEST_F(LuTestSuiteHeapTrackerTest, DumpReportsLackOfMemoryForItsList)
 {
     std::vector<void*> blocks(20'000);
     LuTestSuiteHeapTracker tracker;
@@ -254,7 +254,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, FreeOfAnEarlierBlockCountsTheOperationOnly)
     s_free(next);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, ResetForgetsAll)
+TEST_F(LuTestSuiteHeapTrackerTest, ResetDiscardsAllCounts)
 {
     LuTestSuiteHeapTracker tracker;
     void* const block = s_malloc(100);
@@ -332,7 +332,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, ManyBlocksOfOneTrackerAreInvisibleToAnother)
     }
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, UnhookAllRestoresTheFunctionsAndAnotherTrackerHooksAgain)
+TEST_F(LuTestSuiteHeapTrackerTest, UnhookAllRestoresTheFunctionsUntilTheNextInitialize)
 {
     LuTestSuiteHeapTracker tracker;
     LuTestSuiteHeapTracker::UnhookAll();
@@ -344,7 +344,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, UnhookAllRestoresTheFunctionsAndAnotherTracke
     EXPECT_EQ(getOperationCount(another), 2U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, TrackersInFrontAndInTheMiddleGoWithoutTheOthers)
+TEST_F(LuTestSuiteHeapTrackerTest, TrackersMayEndInAnyOrder)
 {
     std::optional<LuTestSuiteHeapTracker> trackers[4];
     for (std::optional<LuTestSuiteHeapTracker>& tracker : trackers)

@@ -62,7 +62,7 @@ TEST_F(DisabledCases, AreListedWithTheModuleOfTheirClass)
                           GetSummary(L"1 von 1", L"1 von 2"));
 }
 
-TEST_F(DisabledCases, AreListedWithoutTheModuleOfAClassThatIsInNone)
+TEST_F(DisabledCases, AreListedWithoutModuleIfTheClassHasNone)
 {
     const auto record =
         std::make_unique<LbRTTI>(L"CModelOnTheHeap", &LuUnitTest::RTTI, LbRTTI::getCreate(L"CHomelessModel"));
@@ -82,14 +82,14 @@ TEST_F(DisabledCases, AreNumbered)
     EXPECT_TRUE(text.ends_with(GetSummary(L"1 von 1", L"2 von 2")));
 }
 
-TEST_F(DisabledCases, MayBeNone)
+TEST_F(DisabledCases, MayBeAbsent)
 {
     m_folder.MakeFolder(L"CPassedModel");
 
     EXPECT_EQ(List(), GetSummary(L"0 von 1", L"0 von 2"));
 }
 
-TEST_F(DisabledCases, LeaveClassesWithoutThemOutOfTheListOnly)
+TEST_F(DisabledCases, OmitClassesWithoutDisabledCasesOnlyFromTheList)
 {
     Describe("<TestCase name=\"eins\"><Enable>false</Enable></TestCase>");
     m_folder.WriteFile(L"CDataSetModel/a.txt", "gut");
@@ -100,21 +100,21 @@ TEST_F(DisabledCases, LeaveClassesWithoutThemOutOfTheListOnly)
     EXPECT_TRUE(text.ends_with(GetSummary(L"1 von 2", L"1 von 3")));
 }
 
-TEST_F(DisabledCases, AreNoneWhoseDescriptionEnablesThem)
+TEST_F(DisabledCases, ExcludeCasesThatTheirDescriptionEnables)
 {
     Describe("<TestCase name=\"*\"><Enable>true</Enable></TestCase>");
 
     EXPECT_EQ(List(), GetSummary(L"0 von 1", L"0 von 2"));
 }
 
-TEST_F(DisabledCases, AreNoneWhoseDescriptionIsUnreadable)
+TEST_F(DisabledCases, ExcludeCasesWithAnUnreadableDescription)
 {
     Describe("<TestCase name=\"*\"><Enable>vielleicht</Enable></TestCase>");
 
     EXPECT_TRUE(List().ends_with(GetSummary(L"0 von 1", L"0 von 2")));
 }
 
-TEST_F(DisabledCases, AreThoseOfTheSelection)
+TEST_F(DisabledCases, AreLimitedToTheSelection)
 {
     Describe("<TestCase name=\"*\"><Enable>false</Enable></TestCase>");
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());

@@ -49,7 +49,7 @@ TEST_F(QueryMode, RunsNothing)
     EXPECT_EQ(Query().find(L"FEHLER"), std::wstring::npos);
 }
 
-TEST_F(QueryMode, PrintsEachLineOnItsOwnAndPlain)
+TEST_F(QueryMode, PrintsEachLineSeparatelyAndPlain)
 {
     m_folder.MakeFolder(L"CFailedModel");
     Query();
@@ -61,7 +61,7 @@ TEST_F(QueryMode, PrintsEachLineOnItsOwnAndPlain)
     }
 }
 
-TEST_F(QueryMode, CountsWhatIsSelectedAndWhatIsFound)
+TEST_F(QueryMode, CountsSelectedAndFoundCases)
 {
     const std::wstring directory = m_folder.MakeFolder(L"a/CPassedModel");
     m_folder.WriteFile(L"b/CDataSetModel/x.txt", "gut");
@@ -80,7 +80,7 @@ TEST_F(QueryMode, StopsAtTheCaseMaximum)
     EXPECT_TRUE(Query(setup).ends_with(GetSummary(m_folder.GetPath(), L"1/1", L"1/2")));
 }
 
-TEST_F(QueryMode, SaysThatNothingIsSelected)
+TEST_F(QueryMode, ReportsAnEmptySelection)
 {
     m_folder.MakeFolder(L"CPassedModel");
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
@@ -89,12 +89,12 @@ TEST_F(QueryMode, SaysThatNothingIsSelected)
     EXPECT_EQ(Query(setup), GetSummary(m_folder.GetPath(), L"0/1", L"0/2"));
 }
 
-TEST_F(QueryMode, SaysThatNothingIsFound)
+TEST_F(QueryMode, ReportsThatNothingIsFound)
 {
     EXPECT_EQ(Query(), GetSummary(m_folder.GetPath(), L"0/0", L"0/0"));
 }
 
-TEST_F(QueryMode, CountsDisabledCasesNowhere)
+TEST_F(QueryMode, DoesNotCountDisabledCases)
 {
     m_folder.MakeFolder(L"CPassedModel");
     m_folder.WriteFile(L"CPassedModel/#ExtraInfo.xml",
@@ -118,7 +118,7 @@ TEST_F(QueryMode, ShowsTheDataDirectoryAsGivenAndUnitTestsInFull)
     EXPECT_NE(text.find(L"Datenverzeichnis: " + relative + L"\n"), std::wstring::npos);
 }
 
-TEST_F(QueryMode, LeavesTheWorkingDirectory)
+TEST_F(QueryMode, DoesNotChangeTheWorkingDirectory)
 {
     const ScopedWorkingDirectory here(m_folder.GetPath());
     const std::wstring before = LbOs::GetWorkingDirectory();
@@ -127,7 +127,7 @@ TEST_F(QueryMode, LeavesTheWorkingDirectory)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
 }
 
-TEST_F(QueryMode, PassesTheErrorOfAPatternOn)
+TEST_F(QueryMode, PassesOnTheErrorOfAPattern)
 {
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
     m_folder.MakeFolder(L"CPassedModel");
@@ -144,7 +144,7 @@ TEST_F(QueryMode, ListsRememberedDataDirectoriesWithoutOne)
     EXPECT_EQ(Query(MakeSetup(L"")), L"Datenverzeichnisse in LastConfig.xml:\n    0: neu\n    1: mit Lücke\n");
 }
 
-TEST_F(QueryMode, IsSilentWithoutAnyDataDirectory)
+TEST_F(QueryMode, PrintsNothingWithoutAnyDataDirectory)
 {
     EXPECT_EQ(Query(MakeSetup(L"")), L"");
 }

@@ -62,7 +62,7 @@ TEST_F(GenerateReportDiff, WritesThePageBesideTheReference)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(GenerateReportDiff, CutsOnlyTheLastEndingFromNames)
+TEST_F(GenerateReportDiff, RemovesOnlyTheLastExtensionFromNames)
 {
     Generate(MakeSetup({m_a, m_b}));
 
@@ -80,7 +80,7 @@ TEST_F(GenerateReportDiff, WritesThePageThatTheSetupNames)
               (std::vector<std::wstring>{L"alt.xml", L"neu.1.xml", L"vergleich.html"}));
 }
 
-TEST_F(GenerateReportDiff, TakesTheSettingsOfPagesFromTheSetup)
+TEST_F(GenerateReportDiff, UsesTheSettingsOfThePageFromTheSetup)
 {
     LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
     setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
@@ -137,7 +137,7 @@ TEST_F(GenerateReportDiff, NamesTheFileThatCannotBeRead)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()).size(), 3U);
 }
 
-TEST_F(GenerateReportDiff, CostsOneLineWhenThePageCannotBeWritten)
+TEST_F(GenerateReportDiff, PrintsOneLineWhenThePageCannotBeWritten)
 {
     LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
     setup.diffOutput = m_folder.GetPathOf(L"fehlt/vergleich.html");
@@ -163,7 +163,7 @@ TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFiles)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()), (std::vector<std::wstring>{L"alt.xml", L"neu.1.xml"}));
 }
 
-TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFilesByAnotherNameOfIt)
+TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFilesUnderAnotherName)
 {
     const std::string before = LbFileSystem::ReadFile8Bit(m_b);
     LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
@@ -212,7 +212,7 @@ TEST_F(GenerateReportDiff, OpensThePageOnTheDesktop)
     EXPECT_EQ(opened.Await(), std::vector<std::wstring>{setup.diffOutput});
 }
 
-TEST_F(GenerateReportDiff, ShowsNumbersWhateverAReportClaims)
+TEST_F(GenerateReportDiff, ShowsValidNumbersForImplausibleReports)
 {
     const auto makeReport = [](const std::string& time, const std::string& memory) {
         const std::string times = "<TimeTotal>" + time + "</TimeTotal><TimeAvg>" + time + "</TimeAvg><TimeMax>" + time +

@@ -12,7 +12,7 @@ std::wstring Format(double seconds, std::uint32_t decimals)
     return LuTestSuiteUtils::FormatTime(seconds, decimals);
 }
 
-TEST(FormatTime, GivesZeroItsOwnForm)
+TEST(FormatTime, FormatsZeroSpecially)
 {
     EXPECT_EQ(Format(0.0, 3), L"0 s");
     EXPECT_EQ(Format(0.0, 0), L"0 s");
@@ -40,7 +40,7 @@ TEST(FormatTime, CountsMillisecondsBelowASecond)
     EXPECT_EQ(Format(0.999, 0), L"999ms");
 }
 
-TEST(FormatTime, CountsSecondsFromOneOn)
+TEST(FormatTime, CountsSecondsFromOneSecond)
 {
     EXPECT_EQ(Format(1.0, 2), L"1.00s");
     EXPECT_EQ(Format(2.0, 0), L"2s");
@@ -53,7 +53,7 @@ TEST(FormatTime, KeepsTheUnitWhenRoundingReachesTheNext)
     EXPECT_EQ(Format(0.0009999, 0), L"1000\u00B5s");
 }
 
-TEST(FormatTime, TakesNegativeTimesForTheSmallest)
+TEST(FormatTime, FormatsNegativeTimesInNanoseconds)
 {
     EXPECT_EQ(Format(-2.0, 0), L"-2000000000ns");
 }

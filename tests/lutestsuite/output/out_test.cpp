@@ -94,7 +94,7 @@ TEST(LuTestSuiteOut, SetsEachAttributeAlone)
                                                CapturedOutput::Colored(L"blau", LuColor::c_BLUE)));
 }
 
-TEST(LuTestSuiteOut, TellsAChosenColourOfAllBitsFromNone)
+TEST(LuTestSuiteOut, DistinguishesAColourOfAllBitsFromNoColour)
 {
     CapturedOutput output;
 
@@ -166,7 +166,7 @@ TEST(LuTestSuiteOut, WritesUtf8ToTheConsole)
     EXPECT_EQ(GetConsoleText(), "\xC3\xA4\xC3\x96\xC3\x9F \xE2\x82\xAC\n");
 }
 
-TEST(LuTestSuiteOut, WritesPercentSignsOfTheTextAsTheyStand)
+TEST(LuTestSuiteOut, WritesPercentSignsOfTheTextUnchanged)
 {
     CaptureStdout();
 
@@ -194,7 +194,7 @@ TEST(LuTestSuiteOut, RendersNoAttributesOnTheConsole)
     EXPECT_EQ(GetConsoleText(), "rot\n");
 }
 
-TEST(LuTestSuiteOut, WritesNothingToAConsoleThatIsSwitchedOff)
+TEST(LuTestSuiteOut, WritesNothingToADisabledConsole)
 {
     CaptureStdout();
     LuTestSuiteOut::SetConsoleOut(false);
@@ -259,7 +259,7 @@ private:
 
 std::wstring* CSwitchedOut::s_log = nullptr;
 
-TEST(LuTestSuiteOut, CallsCustomOutputsInTheOrderOfTheirRegistrationAndOneAddedTwiceTwice)
+TEST(LuTestSuiteOut, CallsCustomOutputsOncePerRegistrationInOrder)
 {
     const CapturedOutput output;
     std::wstring log;
@@ -272,7 +272,7 @@ TEST(LuTestSuiteOut, CallsCustomOutputsInTheOrderOfTheirRegistrationAndOneAddedT
     EXPECT_EQ(log, L"A1B1A1A2B2A2");
 }
 
-TEST(LuTestSuiteOut, OutlivesACustomOutputThatThrows)
+TEST(LuTestSuiteOut, ContinuesAfterACustomOutputThrows)
 {
     const CapturedOutput output;
     std::wstring log;

@@ -11,7 +11,7 @@ TEST(GetTrimmedLines, KeepsTheFirstLinesWithTheirLineFeeds)
     EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb\nc\n", 1), L"a\n");
 }
 
-TEST(GetTrimmedLines, KeepsAllWhenThereAreFewer)
+TEST(GetTrimmedLines, KeepsAllLinesWhenThereAreFewer)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb\nc", 5), L"a\nb\nc");
     EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb\nc", 3), L"a\nb\nc");
@@ -23,7 +23,7 @@ TEST(GetTrimmedLines, KeepsNothingForNoLines)
     EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb", 0), L"");
 }
 
-TEST(GetTrimmedLines, CountsEmptyLinesAndLeavesCarriageReturnsAlone)
+TEST(GetTrimmedLines, CountsEmptyLinesAndKeepsCarriageReturns)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"\r\n\n\rx\n", 2), L"\r\n\n");
 }

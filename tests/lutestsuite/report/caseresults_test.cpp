@@ -54,7 +54,7 @@ TEST(LuTestSuiteReportResults, AreFoundByTheirNames)
     }
 }
 
-TEST(LuTestSuiteReportResults, WithoutANameOfTheirOwnComeBackAsUnknown)
+TEST(LuTestSuiteReportResults, WithoutAnOwnNameAreReadAsUnknown)
 {
     EXPECT_EQ(Report::resultStringToType(Report::toResultString(ECaseRunResult::NoMatchingCase)),
               ECaseRunResult::Unknown);
@@ -68,7 +68,7 @@ TEST(LuTestSuiteReportResults, HaveExactNames)
     }
 }
 
-TEST(LuTestSuiteReportCounts, SumUpByTheClassOfResults)
+TEST(LuTestSuiteReportCounts, AreSummedByResultClass)
 {
     LuTestSuiteRun::SStats::SCounts counts;
     for (std::uint32_t result = 0; result < std::size(counts.results); ++result)

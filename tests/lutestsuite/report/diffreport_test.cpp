@@ -90,7 +90,7 @@ TEST_F(HTMLDiffReport, ShowsTwoRuns)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(HTMLDiffReport, LeavesPlainRowsOutWhenItIsSmall)
+TEST_F(HTMLDiffReport, OmitsPlainRowsWhenItIsSmall)
 {
     ExpectGolden("report/diff_small.html",
                  GetPage(MakeMixedReport(), MakeLaterReport(), {.smallReport = true, .tolerateWarnings = true}));
@@ -181,7 +181,7 @@ TEST_F(HTMLDiffReport, ShowsClassesWithOtherNumbersOfCasesAsDifferent)
     EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3), MakeReportClass(L"C", 4, 0, 0, 1), true), "diff");
 }
 
-TEST_F(HTMLDiffReport, ShowsAClassOfOneSideAsWorseWhenSomethingIsWrongWithIt)
+TEST_F(HTMLDiffReport, ShowsAClassOfOneSideAsWorseIfItHasFailuresOrWarnings)
 {
     const std::vector<SClass> failed = {MakeReportClass(L"C", 3, 1)};
     const std::vector<SClass> warned = {MakeReportClass(L"C", 3, 0, 0, 1)};
@@ -231,7 +231,7 @@ TEST_F(HTMLDiffReport, ShowsAnotherFailureAsDifferent)
     EXPECT_EQ(rows.at(0).cells.at(0), "Different");
 }
 
-TEST_F(HTMLDiffReport, ShowsAWarningThatIsGoneAsImprovedEvenWhenTolerated)
+TEST_F(HTMLDiffReport, ShowsAResolvedWarningAsImprovedEvenWhenTolerated)
 {
     EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {MakeCase()}), "better");
     EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {MakeCase()}, true), "better");
@@ -295,7 +295,7 @@ TEST_F(HTMLDiffReport, EscapesItsSources)
               (std::vector<std::string>{"Data Source", "Report R&amp;D &lt;1&gt;.xml", "&amp;amp;.xml"}));
 }
 
-TEST_F(HTMLDiffReport, EscapesWhatReportsMayNotHoldButNoReferences)
+TEST_F(HTMLDiffReport, EscapesInvalidTextOfReportsButNoReferences)
 {
     const std::wstring script = L"<script>\"'</script>";
     SClass a = MakeReportClass(L"C" + script, 1);
@@ -326,7 +326,7 @@ TEST_F(HTMLDiffReport, LeavesTheCellsOfAMissingSideEmpty)
         (std::vector<SPageRow>{{"", {"", "", "0", "C", "a", "", "0.500000", "", "", "2048", "", "", "Ok", "", ""}}}));
 }
 
-TEST_F(HTMLDiffReport, HasARatioOfZeroForNothingInReferenceData)
+TEST_F(HTMLDiffReport, HasARatioOfZeroForZeroInReferenceData)
 {
     SCase a = MakeCase();
     a.Time = 0.0F;
@@ -376,7 +376,7 @@ TEST_F(HTMLDiffReport, ComparesTheWorstFolderOfAClass)
     EXPECT_TRUE(GetClassRows({bad, good}, {good, bad}).empty());
 }
 
-TEST_F(HTMLDiffReport, CostsOneLineWhenItCannotBeWritten)
+TEST_F(HTMLDiffReport, PrintsOneLineWhenItCannotBeWritten)
 {
     for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"zu.html"))
     {

@@ -56,7 +56,7 @@ TEST_F(HTMLReport, ToleratesWarnings)
     ExpectGolden("report/mixed_tolerant.html", GetPage(MakeMixedReport(), {.tolerateWarnings = true}));
 }
 
-TEST_F(HTMLReport, ShowsARunWithoutAnything)
+TEST_F(HTMLReport, ShowsAnEmptyRun)
 {
     ExpectGolden("report/empty.html", GetPage(SData()));
 }
@@ -99,7 +99,7 @@ TEST_F(HTMLReport, ListsFailedClassesOnlyWhenWarningsAreTolerated)
         (SPageRow{"error", {"CNetz", "4", "4", "0", "<a href=\"mailto:netz@example.org\">netz@example.org</a>"}}));
 }
 
-TEST_F(HTMLReport, TakesAClassWithErrorsAndFailuresForAnError)
+TEST_F(HTMLReport, ShowsAClassWithErrorsAndFailuresAsError)
 {
     SData data = MakePassedReport();
     data.ClassesSuccessful = 1;
@@ -116,7 +116,7 @@ TEST_F(HTMLReport, EndsBeforeTheCasesWhenItIsSmall)
               (std::vector<std::string>{"Build Version", "Test Setup", "Result"}));
 }
 
-TEST_F(HTMLReport, ShowsNoTimeOutAsADash)
+TEST_F(HTMLReport, ShowsAMissingTimeOutAsADash)
 {
     SData data = MakePassedReport();
     data.TimeOut = LuTestSuiteRun::c_NoLimit;
@@ -126,7 +126,7 @@ TEST_F(HTMLReport, ShowsNoTimeOutAsADash)
     EXPECT_EQ(GetRow(GetPage(data), "setup", "Testcase Time Out (sec.):").cells.at(1), "-2");
 }
 
-TEST_F(HTMLReport, ShowsNoClassesAsNothingOfNothing)
+TEST_F(HTMLReport, ShowsZeroPercentWithoutClasses)
 {
     const std::string page = GetPage(SData());
 
@@ -166,7 +166,7 @@ TEST_F(HTMLReport, EscapesNamesOfCasesButNotOfClasses)
     EXPECT_EQ(row.cells.at(2), "a&lt;b");
 }
 
-TEST_F(HTMLReport, LeavesAContactNoWayOutOfItsLink)
+TEST_F(HTMLReport, EscapesContactsInsideLinks)
 {
     SData data = MakePassedReport();
     data.ClassesSuccessful = 1;
@@ -247,7 +247,7 @@ TEST_F(HTMLReport, WritesNothingWithoutAPath)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(HTMLReport, CostsOneLineWhenItCannotBeWritten)
+TEST_F(HTMLReport, PrintsOneLineWhenItCannotBeWritten)
 {
     for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"zu.html"))
     {
@@ -261,7 +261,7 @@ TEST_F(HTMLReport, CostsOneLineWhenItCannotBeWritten)
     }
 }
 
-TEST_F(HTMLReport, StandsWhenItsStyleSheetCannotBeWritten)
+TEST_F(HTMLReport, IsWrittenEvenIfItsStyleSheetCannotBeWritten)
 {
     m_folder.MakeFolder(L"LuTestSuite.css");
 

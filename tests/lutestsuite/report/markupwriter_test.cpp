@@ -32,7 +32,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(LuMarkupWriterTest, IndentsByOneTabALevel)
+TEST_F(LuMarkupWriterTest, IndentsByOneTabPerLevel)
 {
     const std::string text = Write([](LuMarkupWriter& writer) {
         writer.WriteLineOpen(L"a");
@@ -43,7 +43,7 @@ TEST_F(LuMarkupWriterTest, IndentsByOneTabALevel)
     EXPECT_EQ(text, "a\n\tb\nc\n");
 }
 
-TEST_F(LuMarkupWriterTest, BuildsALineOfPieces)
+TEST_F(LuMarkupWriterTest, BuildsALineFromParts)
 {
     const std::string text = Write([](LuMarkupWriter& writer) {
         writer.WriteOpen(L"<a>");
@@ -55,7 +55,7 @@ TEST_F(LuMarkupWriterTest, BuildsALineOfPieces)
     EXPECT_EQ(text, "<a>text</a>\n");
 }
 
-TEST_F(LuMarkupWriterTest, IndentsAClosingPieceByTheLevelItReturnsTo)
+TEST_F(LuMarkupWriterTest, IndentsAClosingPartByTheLevelItReturnsTo)
 {
     const std::string text = Write([](LuMarkupWriter& writer) {
         writer.WriteLineOpen(L"<a>");
@@ -69,7 +69,7 @@ TEST_F(LuMarkupWriterTest, IndentsAClosingPieceByTheLevelItReturnsTo)
     EXPECT_EQ(text, "<a>\n\t<b>\n\t</b>\n</a>\n");
 }
 
-TEST_F(LuMarkupWriterTest, IndentWritesTheTabsOfTheLevelAlone)
+TEST_F(LuMarkupWriterTest, IndentWritesOnlyTheTabsOfTheLevel)
 {
     const std::string text = Write([](LuMarkupWriter& writer) {
         writer.Indent();
@@ -134,7 +134,7 @@ TEST_F(LuMarkupWriterTest, WritesUnsignedNumbersBesideAttributesAsSignedOnes)
     EXPECT_EQ(text, "<n a=\"b\">2147483647</n>\n<n a=\"b\">-2147483648</n>\n<n a=\"b\">-1</n>\n");
 }
 
-TEST_F(LuMarkupWriterTest, WritesOneByteACharacter)
+TEST_F(LuMarkupWriterTest, WritesOneBytePerCharacter)
 {
     const std::string text = Write([](LuMarkupWriter& writer) { writer.Write(L"äß\u20AC\x01\t"); });
 
@@ -146,12 +146,12 @@ TEST_F(LuMarkupWriterTest, EscapesTheFiveCharactersOfMarkup)
     EXPECT_EQ(LuMarkupWriter::Escape(L"\"&'<>"), L"&quot;&amp;&apos;&lt;&gt;");
 }
 
-TEST_F(LuMarkupWriterTest, EscapesEachOccurrenceAndNothingElse)
+TEST_F(LuMarkupWriterTest, EscapesEachOccurrenceAndNoOtherCharacter)
 {
     EXPECT_EQ(LuMarkupWriter::Escape(L"if (a < b && c) \"ä\"\n"), L"if (a &lt; b &amp;&amp; c) &quot;ä&quot;\n");
 }
 
-TEST_F(LuMarkupWriterTest, EscapesAnEmptyTextToNothing)
+TEST_F(LuMarkupWriterTest, EscapesEmptyTextToEmptyText)
 {
     EXPECT_EQ(LuMarkupWriter::Escape(L""), L"");
 }
@@ -162,7 +162,7 @@ TEST_F(LuMarkupWriterTest, UnescapesWhatItEscaped)
     EXPECT_EQ(LuMarkupWriter::Unescape(LuMarkupWriter::Escape(text)), text);
 }
 
-TEST_F(LuMarkupWriterTest, UnescapesNothingButTheFiveEntities)
+TEST_F(LuMarkupWriterTest, UnescapesOnlyTheFiveEntities)
 {
     EXPECT_EQ(LuMarkupWriter::Unescape(L"&AMP; &lt &#65; &auml; & &&amp;"), L"&AMP; &lt &#65; &auml; & &&");
 }

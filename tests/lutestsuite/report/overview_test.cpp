@@ -93,7 +93,7 @@ TEST_F(ReportDirectoryOverview, ShowsAnEmptyArchive)
     EXPECT_TRUE(LbFileSystem::IsDirectory(GetReportPath(L"Diff")));
 }
 
-TEST_F(ReportDirectoryOverview, TakesARootWithoutSeparator)
+TEST_F(ReportDirectoryOverview, AcceptsARootWithoutSeparator)
 {
     Generate(LuTestSuiteUtils::RemoveBackslash(m_folder.GetPath()));
 
@@ -133,7 +133,7 @@ TEST_F(ReportDirectoryOverview, ComparesEachRunWithTheNextNewerOne)
     EXPECT_TRUE(LbFileSystem::IsFile(GetReportPath(L"Diff/LuTestSuite.js")));
 }
 
-TEST_F(ReportDirectoryOverview, LinksADiffThatIsThereWithoutWritingItAgain)
+TEST_F(ReportDirectoryOverview, LinksAnExistingDiffWithoutRewritingIt)
 {
     AddReport(c_First, L"2024-05-01 10:00:00");
     AddReport(c_Second, L"2024-05-02 10:00:00");
@@ -191,7 +191,7 @@ TEST_F(ReportDirectoryOverview, CutsTheWidthOfABarToWholePixels)
                                "<div class=\"error\" style=\"width:167px\">&nbsp;</div>");
 }
 
-TEST_F(ReportDirectoryOverview, HasNoWiderBarForMoreSuccessesThanCases)
+TEST_F(ReportDirectoryOverview, LimitsTheBarToFullWidth)
 {
     AddReport(c_First, L"2024-05-01 10:00:00", L"Release x64", 9, 3);
 
@@ -199,14 +199,14 @@ TEST_F(ReportDirectoryOverview, HasNoWiderBarForMoreSuccessesThanCases)
                                               "<div class=\"error\" style=\"width:0px\">&nbsp;</div>");
 }
 
-TEST_F(ReportDirectoryOverview, TakesTheNameOfTheFileForAVersionWithoutTimeStamp)
+TEST_F(ReportDirectoryOverview, UsesTheFileNameAsVersionWithoutATimeStamp)
 {
     AddReport(L"Report 7.2", L"2024-05-01 10:00:00");
 
     EXPECT_EQ(GetRunRows().at(0).cells.at(0), "Report 7.2");
 }
 
-TEST_F(ReportDirectoryOverview, TellsRunsOfOneTimeStampApart)
+TEST_F(ReportDirectoryOverview, DistinguishesRunsWithEqualTimeStamps)
 {
     const std::wstring stamp = L"[2024-05-01]-[10-00-00]";
     AddReport(L"Report.1." + stamp, L"2024-05-01 10:00:00");
@@ -242,7 +242,7 @@ TEST_F(ReportDirectoryOverview, CountsOnlyReportsWithThePrefix)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(ReportDirectoryOverview, LeavesOutReportsThatCannotBeRead)
+TEST_F(ReportDirectoryOverview, OmitsUnreadableReports)
 {
     AddReport(c_First, L"2024-05-01 10:00:00");
     const std::wstring broken = m_folder.WriteFile(L"Archive/Report.kaputt.xml", "<testsuite><Statistics>");
@@ -251,7 +251,7 @@ TEST_F(ReportDirectoryOverview, LeavesOutReportsThatCannotBeRead)
     EXPECT_EQ(m_output.GetText(), L"Fehler: Report " + broken + L" konnte nicht gelesen werden.\n");
 }
 
-TEST_F(ReportDirectoryOverview, LeavesOutReportsOfUnknownConfigurations)
+TEST_F(ReportDirectoryOverview, OmitsReportsOfUnknownConfigurations)
 {
     AddReport(c_First, L"2024-05-01 10:00:00", L"Release ARM");
 
@@ -260,7 +260,7 @@ TEST_F(ReportDirectoryOverview, LeavesOutReportsOfUnknownConfigurations)
                                       L" hat die unbekannte Konfiguration 'Release ARM'.\n");
 }
 
-TEST_F(ReportDirectoryOverview, IsWrittenWithoutTheDiffsThatCannotBe)
+TEST_F(ReportDirectoryOverview, IsWrittenWithoutDiffsThatCannotBeWritten)
 {
     AddReport(c_First, L"2024-05-01 10:00:00");
     AddReport(c_Second, L"2024-05-02 10:00:00");
@@ -307,7 +307,7 @@ TEST_F(ReportDirectoryOverview, LinksADiffWhoseStyleSheetCannotBeWritten)
     EXPECT_NE(m_output.GetText(), L"");
 }
 
-TEST_F(ReportDirectoryOverview, EncodesWhatWouldBreakALink)
+TEST_F(ReportDirectoryOverview, EncodesCharactersThatWouldBreakALink)
 {
     const std::wstring name = L"Report 100% #1 & größer [2024-05-01]-[10-00-00]";
     AddReport(name, L"2024-05-01 10:00:00");
@@ -361,7 +361,7 @@ TEST_F(ReportDirectoryOverview, EscapesMarkupInNamesOfFiles)
     EXPECT_EQ(GetRunRows().at(0).cells.at(0), "Report &lt;b&gt;&quot;1&quot;");
 }
 
-TEST_F(ReportDirectoryOverview, ShowsNoMarkupThatAReportMustNotHold)
+TEST_F(ReportDirectoryOverview, EscapesInvalidMarkupOfReports)
 {
     AddReport(c_First, L"A &amp; B & C");
 
@@ -395,7 +395,7 @@ TEST_F(ReportDirectoryOverview, FindsReportsInTheRootItself)
     EXPECT_TRUE(LbFileSystem::IsDirectory(GetReportPath(L"Diff")));
 }
 
-TEST_F(ReportDirectoryOverview, RefusesARootThatCannotBe)
+TEST_F(ReportDirectoryOverview, RefusesAnImpossibleRoot)
 {
     const std::wstring root = m_folder.WriteFile(L"Datei", "") + LbPath::c_Separator;
 
@@ -404,7 +404,7 @@ TEST_F(ReportDirectoryOverview, RefusesARootThatCannotBe)
     EXPECT_EQ(m_output.GetText(), L"Fehler: Ungültiges Verzeichnis " + root + L"\n");
 }
 
-TEST_F(ReportDirectoryOverview, RefusesAReportDirectoryThatCannotBe)
+TEST_F(ReportDirectoryOverview, RefusesAnImpossibleReportDirectory)
 {
     const std::wstring directory = m_folder.WriteFile(L"Archive", "") + LbPath::c_Separator;
 
@@ -414,7 +414,7 @@ TEST_F(ReportDirectoryOverview, RefusesAReportDirectoryThatCannotBe)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"index.html")));
 }
 
-TEST_F(ReportDirectoryOverview, CostsOneLineWhenItCannotBeWritten)
+TEST_F(ReportDirectoryOverview, PrintsOneLineWhenItCannotBeWritten)
 {
     constexpr std::wstring_view c_Ending = L".html";
     std::vector<SUnwritablePlace> places = GetUnwritablePlaces(m_folder, L"zu.html");

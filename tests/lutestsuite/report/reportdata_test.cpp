@@ -58,7 +58,7 @@ protected:
     LuTestSuiteRun::SStats m_stats;
 };
 
-TEST_F(LuTestSuiteReportData, TellsTheBuild)
+TEST_F(LuTestSuiteReportData, DescribesTheBuild)
 {
     const SReportData data = Generate();
 
@@ -96,7 +96,7 @@ TEST_F(LuTestSuiteReportData, RefusesCasesThatNoUnitTestHas)
     }
 }
 
-TEST_F(LuTestSuiteReportData, TellsTheMachine)
+TEST_F(LuTestSuiteReportData, DescribesTheMachine)
 {
     const SReportData data = Generate();
 
@@ -105,7 +105,7 @@ TEST_F(LuTestSuiteReportData, TellsTheMachine)
     EXPECT_NE(data.MachineName, L"");
 }
 
-TEST_F(LuTestSuiteReportData, TellsTheSetup)
+TEST_F(LuTestSuiteReportData, DescribesTheSetup)
 {
     m_setup.dataDir = L"D:\\Daten\\";
     m_setup.params.timeOutSec = 17;
@@ -116,7 +116,7 @@ TEST_F(LuTestSuiteReportData, TellsTheSetup)
     EXPECT_EQ(data.TimeOut, 17U);
 }
 
-TEST_F(LuTestSuiteReportData, KeepsATimeOutOfNone)
+TEST_F(LuTestSuiteReportData, KeepsAnUnlimitedTimeOut)
 {
     EXPECT_EQ(Generate().TimeOut, 4294967295U);
 }
@@ -154,7 +154,7 @@ TEST_F(LuTestSuiteReportData, CountsCasesByTheClassOfTheirResult)
     EXPECT_EQ(data.Warnings, 9U);
 }
 
-TEST_F(LuTestSuiteReportData, TakesSuccessfulCasesFromTheTotal)
+TEST_F(LuTestSuiteReportData, ComputesSuccessfulCasesFromTheTotal)
 {
     m_stats.total = {{10, 1, 0, 0, 0, 2, 0, 0, 0}, 100, 0};
 
@@ -174,7 +174,7 @@ TEST_F(LuTestSuiteReportData, CountsClasses)
     EXPECT_EQ(data.ClassesFlagged, 4U);
 }
 
-TEST_F(LuTestSuiteReportData, TakesDatesTimesAndMemory)
+TEST_F(LuTestSuiteReportData, CopiesDatesTimesAndMemory)
 {
     m_stats.total.executed = 3;
     m_stats.startTime = L"2024-02-29 12:00:00";
@@ -200,7 +200,7 @@ TEST_F(LuTestSuiteReportData, TakesDatesTimesAndMemory)
     EXPECT_EQ(data.MemoryMin, 1U);
 }
 
-TEST_F(LuTestSuiteReportData, HasMeansOfNothingWithoutCases)
+TEST_F(LuTestSuiteReportData, HasMeansOfZeroWithoutCases)
 {
     const SReportData data = Generate();
 
@@ -242,7 +242,7 @@ TEST_F(LuTestSuiteReportData, NamesTheFirstContactOfAClass)
     EXPECT_EQ(data.Classes[1].ContactEMail, L"");
 }
 
-TEST_F(LuTestSuiteReportData, TakesTheFieldsOfACase)
+TEST_F(LuTestSuiteReportData, CopiesTheFieldsOfACase)
 {
     SCaseInfo info;
     info.testCase = 1;
@@ -270,7 +270,7 @@ TEST_F(LuTestSuiteReportData, TakesTheFieldsOfACase)
     EXPECT_TRUE(testCase.Dumps.empty());
 }
 
-TEST_F(LuTestSuiteReportData, LeavesOutCasesThatWereNotRunAndKeepsThePlacesOfTheOthers)
+TEST_F(LuTestSuiteReportData, OmitsUnexecutedCasesAndKeepsThePositionsOfTheOthers)
 {
     m_cases.resize(4);
     m_cases[1].executed = true;
@@ -285,7 +285,7 @@ TEST_F(LuTestSuiteReportData, LeavesOutCasesThatWereNotRunAndKeepsThePlacesOfThe
     EXPECT_EQ(data.Cases[1].ClassName, L"CZweite");
 }
 
-TEST_F(LuTestSuiteReportData, NotesMemoryThatACaseGaveBack)
+TEST_F(LuTestSuiteReportData, NotesShrunkenMemory)
 {
     m_cases.resize(2);
     m_cases[0].executed = m_cases[1].executed = true;
@@ -298,25 +298,25 @@ TEST_F(LuTestSuiteReportData, NotesMemoryThatACaseGaveBack)
     EXPECT_EQ(data.Cases[1].Info, L"");
 }
 
-TEST_F(LuTestSuiteReportData, TakesMarkedLines)
+TEST_F(LuTestSuiteReportData, ReadsTheKindOfMarkedLines)
 {
     EXPECT_EQ(GetLines(L"\t\tINFO:  Größe\n\t\tERROR: 3 statt 4\n"), (Lines{L"I:Größe", L"E:3 statt 4"}));
 }
 
-TEST_F(LuTestSuiteReportData, TakesUnmarkedLinesAsOfTheKindBefore)
+TEST_F(LuTestSuiteReportData, GivesUnmarkedLinesTheKindOfTheLineBefore)
 {
     m_setup.messageReportMax = 10;
     EXPECT_EQ(GetLines(L"vorn\nINFO:  a\nb\nERROR: c\nd"), (Lines{L"E:vorn", L"I:a", L"I:b", L"E:c", L"E:d"}));
 }
 
-TEST_F(LuTestSuiteReportData, CutsLinesBehindTheFirstMarkOnly)
+TEST_F(LuTestSuiteReportData, RemovesOnlyTheFirstMarkOfALine)
 {
     EXPECT_EQ(GetLines(L"x INFO:  a INFO:  b\n"), Lines{L"I:a INFO:  b"});
     EXPECT_EQ(GetLines(L"ERROR: a INFO:  b\n"), Lines{L"I:b"});
     EXPECT_EQ(GetLines(L"INFO:  a ERROR: b\n"), Lines{L"I:a ERROR: b"});
 }
 
-TEST_F(LuTestSuiteReportData, WantsMarksToTheBlank)
+TEST_F(LuTestSuiteReportData, RecognisesMarksOnlyInExactSpelling)
 {
     EXPECT_EQ(GetLines(L"INFO: a\nERROR:b\nError: c\n"), (Lines{L"E:INFO: a", L"E:ERROR:b", L"E:Error: c"}));
 }
@@ -332,7 +332,7 @@ TEST_F(LuTestSuiteReportData, EscapesLines)
     EXPECT_EQ(GetLines(L"ERROR: <a> & \"b\" 'c'\n"), Lines{L"E:&lt;a&gt; &amp; &quot;b&quot; &apos;c&apos;"});
 }
 
-TEST_F(LuTestSuiteReportData, EndsLinesInPointsWhenThereAreMore)
+TEST_F(LuTestSuiteReportData, EndsInAnEllipsisWhenThereAreMoreLines)
 {
     const std::wstring five = L"ERROR: 1\nERROR: 2\nERROR: 3\nERROR: 4\nERROR: 5\n";
     EXPECT_EQ(GetLines(five), (Lines{L"E:1", L"E:2", L"E:3", L"I:..."}));
@@ -340,7 +340,7 @@ TEST_F(LuTestSuiteReportData, EndsLinesInPointsWhenThereAreMore)
     EXPECT_EQ(GetLines(five), (Lines{L"E:1", L"E:2", L"E:3", L"E:4", L"E:5"}));
 }
 
-TEST_F(LuTestSuiteReportData, HasPointsAloneForAMaximumOfNone)
+TEST_F(LuTestSuiteReportData, HasOnlyAnEllipsisForAMaximumOfZero)
 {
     m_setup.messageReportMax = 0;
     EXPECT_EQ(GetLines(L"ERROR: 1\nERROR: 2\n"), Lines{L"I:..."});
@@ -348,7 +348,7 @@ TEST_F(LuTestSuiteReportData, HasPointsAloneForAMaximumOfNone)
     EXPECT_EQ(GetLines(L"\n"), Lines());
 }
 
-TEST_F(LuTestSuiteReportData, TakesEveryLineForANegativeMaximum)
+TEST_F(LuTestSuiteReportData, KeepsEveryLineForANegativeMaximum)
 {
     m_setup.messageReportMax = -1;
     EXPECT_EQ(GetLines(std::wstring(1000, L'x') + L"\n" + L"a\nb\nc\nd\ne\n").size(), 6U);

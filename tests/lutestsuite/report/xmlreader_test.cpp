@@ -96,7 +96,7 @@ TEST_F(XmlReportReader, ResetsTheRecordFirst)
     EXPECT_TRUE(data.Cases.empty());
 }
 
-TEST_F(XmlReportReader, AnswersAMissingFileInSilence)
+TEST_F(XmlReportReader, AcceptsAMissingFileSilently)
 {
     const CapturedOutput output;
     SReportData data;
@@ -108,7 +108,7 @@ TEST_F(XmlReportReader, AnswersAMissingFileInSilence)
     EXPECT_EQ(data.GPU, L"");
 }
 
-TEST_F(XmlReportReader, ReadsMissingThingsAsEmptyOrZero)
+TEST_F(XmlReportReader, ReadsMissingElementsAsEmptyOrZero)
 {
     const SReportData data = Read("<ClassStatistics><Class/></ClassStatistics><testcase/>");
 
@@ -123,7 +123,7 @@ TEST_F(XmlReportReader, ReadsMissingThingsAsEmptyOrZero)
     EXPECT_EQ(data.Cases[0].Result, ECaseRunResult::Unknown);
 }
 
-TEST_F(XmlReportReader, TakesTheRecordsOfTheBuildByTheFieldThatNamesThem)
+TEST_F(XmlReportReader, ReadsTheBuildRecordThatItsFieldNames)
 {
     EXPECT_EQ(Read("<BuildInfo><SvnRevision>1</SvnRevision></BuildInfo>").SvnInfo, nullptr);
     EXPECT_EQ(Read("<BuildInfo><PscmServer>s</PscmServer></BuildInfo>").PscmInfo, nullptr);
@@ -142,7 +142,7 @@ TEST_F(XmlReportReader, ComputesTheSuccessfulCasesOfAClass)
     EXPECT_EQ(data.Classes.at(0).Successful, 7U);
 }
 
-TEST_F(XmlReportReader, ReadsATimeOutOfNone)
+TEST_F(XmlReportReader, ReadsAnUnlimitedTimeOut)
 {
     EXPECT_EQ(Read("<RunInfo><TimeOut>-1</TimeOut></RunInfo>").TimeOut, 4294967295U);
 }
@@ -175,7 +175,7 @@ TEST_F(XmlReportReader, ReadsLinesOfUnknownKindsAsErrors)
     EXPECT_EQ(dumps[2].Text, L"c");
 }
 
-TEST_F(XmlReportReader, ResolvesTheNamesOfCasesAndKeepsAllOtherTextsAsTheyAreWritten)
+TEST_F(XmlReportReader, UnescapesOnlyTheNamesOfCases)
 {
     const auto testCase = ReadCase("<testcase classname='C&lt;&#65;' name='a &lt;&amp;&#65;&quot;&apos;&gt;'><result>"
                                    "<dump>a &lt; b &amp;\r\n</dump></result></testcase>");
@@ -185,7 +185,7 @@ TEST_F(XmlReportReader, ResolvesTheNamesOfCasesAndKeepsAllOtherTextsAsTheyAreWri
     EXPECT_EQ(testCase.Dumps.at(0).Text, L"a &lt; b &amp;\r\n");
 }
 
-TEST_F(XmlReportReader, TakesSectionsOfPlainTextAsTheTextThatTheyMean)
+TEST_F(XmlReportReader, ReadsCdataSectionsAsText)
 {
     const auto dumps = ReadCase("<testcase><result><dump>a &lt; <![CDATA[b < c && d]]> e</dump>"
                                 "<dump><!-- <![CDATA[ --></dump></result></testcase>")
@@ -196,7 +196,7 @@ TEST_F(XmlReportReader, TakesSectionsOfPlainTextAsTheTextThatTheyMean)
     EXPECT_EQ(dumps[1].Text, L"");
 }
 
-TEST_F(XmlReportReader, OverlooksUnknownElementsAndTakesTheFirstOfEqualOnes)
+TEST_F(XmlReportReader, IgnoresUnknownElementsAndUsesTheFirstOfEqualOnes)
 {
     const SReportData data = Read("<x/>text<testcase name='1'/><y><testcase name='2'/></y>"
                                   "<SystemInfo><GPU>a</GPU><GPU>b</GPU></SystemInfo><testcase name='3'/>");
@@ -206,7 +206,7 @@ TEST_F(XmlReportReader, OverlooksUnknownElementsAndTakesTheFirstOfEqualOnes)
     EXPECT_EQ(data.Cases[1].CaseName, L"3");
 }
 
-TEST_F(XmlReportReader, TakesTheLimitForNumbersOutOfRange)
+TEST_F(XmlReportReader, ClampsNumbersOutOfRange)
 {
     const SReportData data =
         ReadStatistics("<CasesTotal>4294967296</CasesTotal><Errors>99999999999999999999999</Errors>"
@@ -225,7 +225,7 @@ TEST_F(XmlReportReader, TakesTheLimitForNumbersOutOfRange)
               -9223372036854775807 - 1);
 }
 
-TEST_F(XmlReportReader, TellsTimesThatAreTooSmallFromThoseThatAreTooLarge)
+TEST_F(XmlReportReader, DistinguishesTimesTooSmallFromTimesTooLarge)
 {
     const std::string zeros(60, '0');
     for (const std::string& text :
@@ -243,7 +243,7 @@ TEST_F(XmlReportReader, TellsTimesThatAreTooSmallFromThoseThatAreTooLarge)
     }
 }
 
-TEST_F(XmlReportReader, ReadsTimesThatAFloatCanJustHold)
+TEST_F(XmlReportReader, ReadsTimesAtTheLimitsOfFloat)
 {
     EXPECT_EQ(ReadTime("1.5E-3"), 0.0015F);
     EXPECT_EQ(ReadTime("1e-45"), std::numeric_limits<float>::denorm_min());
@@ -251,7 +251,7 @@ TEST_F(XmlReportReader, ReadsTimesThatAFloatCanJustHold)
     EXPECT_EQ(ReadTime("1" + std::string(60, '0') + "e-60"), 1.0F);
 }
 
-TEST_F(XmlReportReader, TakesAPlusInFrontOfANumberOnly)
+TEST_F(XmlReportReader, AcceptsAPlusOnlyBeforeANumber)
 {
     EXPECT_EQ(ReadTime("+5"), 5.0F);
     EXPECT_EQ(ReadTime("+.5"), 0.5F);
@@ -261,7 +261,7 @@ TEST_F(XmlReportReader, TakesAPlusInFrontOfANumberOnly)
     }
 }
 
-TEST_F(XmlReportReader, KnowsNoTimesWithoutEnd)
+TEST_F(XmlReportReader, RefusesInfiniteTimes)
 {
     for (const char* text : {"inf", "-inf", "INFINITY", "nan", "-NaN", "nan(7)", "0x1p3"})
     {
@@ -269,7 +269,7 @@ TEST_F(XmlReportReader, KnowsNoTimesWithoutEnd)
     }
 }
 
-TEST_F(XmlReportReader, ReadsWhatIsNoNumberAsZero)
+TEST_F(XmlReportReader, ReadsNonNumbersAsZero)
 {
     const SReportData data = ReadStatistics("<CasesTotal>viele</CasesTotal><MemoryMax/><TimeMax>,5</TimeMax>"
                                             "<TimeMin> +0.5s</TimeMin>");
@@ -290,13 +290,13 @@ TEST_F(XmlReportReader, RefusesBrokenMarkup)
     ExpectBroken(std::string("<testsuite>\0</testsuite>", 24));
 }
 
-TEST_F(XmlReportReader, RefusesAnotherRoot)
+TEST_F(XmlReportReader, RefusesAWrongRoot)
 {
     ExpectBroken("<testsuites><testsuite/></testsuites>");
     ExpectBroken("<Testsuite/>");
 }
 
-TEST_F(XmlReportReader, RefusesWhatIsNoFile)
+TEST_F(XmlReportReader, RefusesPathsThatAreNoFiles)
 {
     std::vector<std::wstring> places = {LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"))};
     // Without end.
@@ -336,7 +336,7 @@ TEST_F(XmlReportReader, NeverExpandsEntitiesOfADocumentType)
     EXPECT_EQ(data.GPU, L"&p;");
 }
 
-TEST_F(XmlReportReader, BearsTenThousandLevels)
+TEST_F(XmlReportReader, AcceptsTenThousandLevels)
 {
     std::string open;
     std::string close;
@@ -350,7 +350,7 @@ TEST_F(XmlReportReader, BearsTenThousandLevels)
     ExpectBroken("<testsuite>" + open);
 }
 
-TEST_F(XmlReportReader, TakesLessThanSixTimesTheFileInMemory)
+TEST_F(XmlReportReader, NeedsLessThanSixTimesTheFileInMemory)
 {
     const std::wstring path = m_folder.GetPathOf(L"Report.xml");
     LuTestSuiteReport::GenerateXMLReport(path, makeLargeReport());

@@ -34,7 +34,7 @@ protected:
     std::wstring m_path = m_folder.GetPathOf(L"Report.xml");
 };
 
-TEST_F(XmlReportRoundTrip, KeepsEveryFieldThatAFileHolds)
+TEST_F(XmlReportRoundTrip, KeepsEveryFieldOfAFile)
 {
     const SReportData written = MakeFullReport();
     const std::string first = Write(written);
@@ -47,7 +47,7 @@ TEST_F(XmlReportRoundTrip, KeepsEveryFieldThatAFileHolds)
     EXPECT_EQ(data.ClassesFlagged, 0U) << "no file holds it";
 }
 
-TEST_F(XmlReportRoundTrip, GivesTheSameBytesForRandomRecords)
+TEST_F(XmlReportRoundTrip, WritesTheSameBytesForRandomRecords)
 {
     constexpr unsigned c_Records = 300;
     for (unsigned seed = 0; seed < c_Records; ++seed)
@@ -90,7 +90,7 @@ std::string damage(std::string bytes, std::mt19937& random)
     return bytes;
 }
 
-TEST_F(XmlReportRoundTrip, ComesToRestAfterOneReadingOfADamagedReport)
+TEST_F(XmlReportRoundTrip, IsStableAfterReadingADamagedReportOnce)
 {
     constexpr unsigned c_Reports = 500;
     unsigned readable = 0;
@@ -159,7 +159,7 @@ std::string addForeign(std::string bytes, std::mt19937& random)
     return bytes;
 }
 
-TEST_F(XmlReportRoundTrip, ComesToRestAfterOneReadingOfAReportWithForeignTexts)
+TEST_F(XmlReportRoundTrip, IsStableAfterReadingAReportWithForeignTextsOnce)
 {
     constexpr unsigned c_Reports = 300;
     for (unsigned seed = 0; seed < c_Reports; ++seed)
@@ -175,7 +175,7 @@ TEST_F(XmlReportRoundTrip, ComesToRestAfterOneReadingOfAReportWithForeignTexts)
     }
 }
 
-TEST_F(XmlReportRoundTrip, ForgetsABuildOfNoRepository)
+TEST_F(XmlReportRoundTrip, DropsAnEmptyBuildRecord)
 {
     // As builds outside of a checkout have it.
     SReportData data;
@@ -187,7 +187,7 @@ TEST_F(XmlReportRoundTrip, ForgetsABuildOfNoRepository)
     EXPECT_EQ(Write(data).find("Pscm"), std::string::npos);
 }
 
-TEST_F(XmlReportRoundTrip, ForgetsAResultWithoutANameOfItsOwn)
+TEST_F(XmlReportRoundTrip, DropsAResultWithoutAnOwnName)
 {
     SReportData data;
     data.Cases.resize(1);

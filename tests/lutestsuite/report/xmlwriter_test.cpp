@@ -49,7 +49,7 @@ TEST_F(XmlReportWriter, WritesAnEmptyRecord)
     ExpectGolden("report/empty.xml", Write({}));
 }
 
-TEST_F(XmlReportWriter, SaysNothingWhenAllIsWell)
+TEST_F(XmlReportWriter, IsSilentOnSuccess)
 {
     const CapturedOutput output;
     Write(MakeFullReport());
@@ -62,7 +62,7 @@ TEST_F(XmlReportWriter, ReplacesAnOlderReport)
     EXPECT_TRUE(Write({}).ends_with("</testsuite>\n"));
 }
 
-TEST_F(XmlReportWriter, LeavesTheOlderReportWhenTheDiskIsFull)
+TEST_F(XmlReportWriter, KeepsTheOlderReportWhenTheDiskIsFull)
 {
     const std::string older = Write({});
     const CapturedOutput output;
@@ -94,7 +94,7 @@ TEST_F(XmlReportWriter, EscapesNamesOfCasesButNotOfClasses)
     EXPECT_NE(WriteCase(testCase).find("classname=\"CTest<int>\" name=\"a &lt; b &amp; c\""), std::string::npos);
 }
 
-TEST_F(XmlReportWriter, WritesAQuestionMarkForWhatAFileCannotHold)
+TEST_F(XmlReportWriter, WritesAQuestionMarkForCharactersOutsideLatin1)
 {
     LuTestSuiteReport::SReportCase testCase;
     testCase.CaseName = L"\u20AC \U0001F600 \x01\x1B\xFF\t";
@@ -113,7 +113,7 @@ TEST_F(XmlReportWriter, WritesLargeNumbersAsTheyAreRead)
     EXPECT_NE(Write(data).find("<TimeOut>-2</TimeOut>"), std::string::npos);
 }
 
-TEST_F(XmlReportWriter, LeavesOutTheRecordsOfTheBuildThatAreAbsent)
+TEST_F(XmlReportWriter, OmitsAbsentBuildRecords)
 {
     SReportData data;
     data.BuildConfiguration = L"Release x64";
@@ -122,7 +122,7 @@ TEST_F(XmlReportWriter, LeavesOutTheRecordsOfTheBuildThatAreAbsent)
               std::string::npos);
 }
 
-TEST_F(XmlReportWriter, FailsInOneLineWhereNoReportCanBeWritten)
+TEST_F(XmlReportWriter, PrintsOneLineWhereNoReportCanBeWritten)
 {
     for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"Report.xml"))
     {

@@ -31,7 +31,7 @@ using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SParams;
 
-TEST(WriteRequest, AnswersItselfForAClassNameThatDoesNotFit)
+TEST(WriteRequest, SetsTheResultForAClassNameThatDoesNotFit)
 {
     const auto buffer = std::make_unique<LuTestSuiteRun::SWorkBuffer>();
     LuTestSuite::SUnitTest unitTest;
@@ -41,7 +41,7 @@ TEST(WriteRequest, AnswersItselfForAClassNameThatDoesNotFit)
     EXPECT_EQ(buffer->result, 6U);
 }
 
-TEST(WriteRequest, SaysUnknownUntilThereIsAnAnswer)
+TEST(WriteRequest, IsUnknownUntilAnswered)
 {
     const auto buffer = std::make_unique<LuTestSuiteRun::SWorkBuffer>();
     LuTestSuite::SUnitTest unitTest;
@@ -83,17 +83,17 @@ TEST_F(CaseRunner, FillsTheRecord)
     EXPECT_FALSE(info.warning);
 }
 
-TEST_F(CaseRunner, AsksForANameOf1023Characters)
+TEST_F(CaseRunner, AcceptsANameOf1023Characters)
 {
     EXPECT_EQ(Run(std::wstring(1023, L'n')).result, ECaseRunResult::NoMatchingCase);
 }
 
-TEST_F(CaseRunner, CannotAskForANameOf1024Characters)
+TEST_F(CaseRunner, RefusesANameOf1024Characters)
 {
     EXPECT_EQ(Run(std::wstring(1024, L'n')).result, ECaseRunResult::Unknown);
 }
 
-TEST_F(CaseRunner, LeavesTheRecordOfACanceledCase)
+TEST_F(CaseRunner, DoesNotChangeTheRecordOfACanceledCase)
 {
     const SCaseInfo info = Run(L"Fall", true);
 

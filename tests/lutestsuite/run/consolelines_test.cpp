@@ -103,21 +103,21 @@ TEST_F(CaseLines, KeepErrorsThatAlsoGrew)
                                L"FEHLER (Output unterscheidet sich von der Referenz-Ausführung)", LuColor::c_RED));
 }
 
-TEST_F(CaseLines, TellThatACaseWasCanceled)
+TEST_F(CaseLines, ShowACanceledCase)
 {
     EXPECT_EQ(
         Write(MakeInfo(ECaseRunResult::Canceled)),
         CapturedOutput::BoldColored(L"FEHLER (Ausführung des Testfalls vom Benutzer abgebrochen)", LuColor::c_RED));
 }
 
-TEST_F(CaseLines, TellThatACaseTookTooLong)
+TEST_F(CaseLines, ShowACaseThatTookTooLong)
 {
     EXPECT_EQ(
         Write(MakeInfo(ECaseRunResult::TimeOut)),
         CapturedOutput::BoldColored(L"FEHLER (Ausführung nach Erreichen des Zeitlimits abgebrochen.)", LuColor::c_RED));
 }
 
-TEST_F(CaseLines, ShowResultsThatAreNoneAsUnknown)
+TEST_F(CaseLines, ShowInvalidResultsAsUnknown)
 {
     for (const std::uint32_t value : {9U, 10U, 4'294'967'295U})
     {
@@ -140,7 +140,7 @@ TEST_F(CaseLines, ShowThreadAndProcessWhenVerbose)
     EXPECT_EQ(Write(info).text, L"OK [P0]");
 }
 
-TEST_F(CaseLines, KeepThreadAndProcessToThemselvesOtherwise)
+TEST_F(CaseLines, HideThreadAndProcessOtherwise)
 {
     SCaseInfo info = MakeInfo(ECaseRunResult::Ok);
     info.threadIndex = info.processIndex = 1;

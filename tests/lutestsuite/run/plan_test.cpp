@@ -39,7 +39,7 @@ std::vector<std::uint32_t> GetIndices(PlannedCases planned)
     return indices;
 }
 
-TEST(MakePlan, LetsNoCaseGoParallelUnlessTheRunAllowsIt)
+TEST(MakePlan, RunsNoCaseInParallelUnlessTheRunAllowsIt)
 {
     const std::vector<LuTestSuite::SUnitTest> unitTests = MakeUnitTests();
     const SParams params;
@@ -51,7 +51,7 @@ TEST(MakePlan, LetsNoCaseGoParallelUnlessTheRunAllowsIt)
     EXPECT_THAT(GetIndices(plan.sequential), ElementsAre(0U, 1U, 2U, 3U));
 }
 
-TEST(MakePlan, LetsCasesGoParallelThatDoNotObject)
+TEST(MakePlan, RunsCasesInParallelUnlessTheyForbidIt)
 {
     const std::vector<LuTestSuite::SUnitTest> unitTests = MakeUnitTests();
     SParams params;
@@ -64,7 +64,7 @@ TEST(MakePlan, LetsCasesGoParallelThatDoNotObject)
     EXPECT_THAT(GetIndices(plan.sequential), ElementsAre(2U, 3U));
 }
 
-TEST(MakePlan, KnowsWhetherAnyCaseRunsInAChild)
+TEST(MakePlan, RecordsWhetherAnyCaseRunsInAChild)
 {
     std::vector<LuTestSuite::SUnitTest> unitTests = MakeUnitTests();
     const SParams inside;
@@ -129,7 +129,7 @@ TEST(MakePlan, PlansNothingForNoRepetitions)
     EXPECT_THAT(GetIndices(plan.sequential), IsEmpty());
 }
 
-TEST(GetCaseParams, AreThoseOfTheRunForACaseThatSaysNothing)
+TEST(GetCaseParams, AreTheRunsParametersForACaseWithoutParameters)
 {
     SParams run;
     run.reportMemLeak = false;
@@ -145,7 +145,7 @@ TEST(GetCaseParams, AreThoseOfTheRunForACaseThatSaysNothing)
     EXPECT_EQ(params.timeOutSec, 7U);
 }
 
-TEST(GetCaseParams, TakeWhatTheCaseSays)
+TEST(GetCaseParams, AreOverriddenByTheCase)
 {
     const SParams params = GetCaseParams(SParams(), {{L"ReportMemLeak", LbVariant(false)},
                                                      {L"TimeOutSec", LbVariant(std::uint32_t{12})},
@@ -160,7 +160,7 @@ TEST(GetCaseParams, TakeWhatTheCaseSays)
     EXPECT_TRUE(params.parallel);
 }
 
-TEST(GetCaseParams, LetACaseSwitchOffWhatTheRunHasOn)
+TEST(GetCaseParams, LetACaseDisableAFlagOfTheRun)
 {
     SParams run;
     run.external = run.isolated = run.parallel = true;
@@ -173,7 +173,7 @@ TEST(GetCaseParams, LetACaseSwitchOffWhatTheRunHasOn)
     EXPECT_FALSE(params.parallel);
 }
 
-TEST(GetCaseParams, LeaveTheRunsValueWhereTheCaseHasNone)
+TEST(GetCaseParams, KeepTheRunsValueForANullParameter)
 {
     SParams run;
     run.reportMemLeak = false;
@@ -194,7 +194,7 @@ TEST(GetCaseParams, DoNotTouchTheOtherParameters)
     EXPECT_EQ(params.repetitions, 4U);
 }
 
-TEST(GetCaseParams, DoNotLetACaseGoParallelWhoseAnswerIsNone)
+TEST(GetCaseParams, TreatANullParallelParameterAsFalse)
 {
     SParams run;
     run.parallel = true;

@@ -63,7 +63,7 @@ TEST(SParams, HoldsItsNumbersBehindTheFlagsInOrder)
     EXPECT_EQ(offsetof(SParams, breakAllocSize), 40U);
 }
 
-TEST(SParams, EndsWithAFlagInASlotOfEightBytes)
+TEST(SParams, EndsWithAFlagPaddedToEightBytes)
 {
     EXPECT_EQ(offsetof(SParams, repetitionsGiven), 48U);
     EXPECT_EQ(sizeof(SParams), 56U);

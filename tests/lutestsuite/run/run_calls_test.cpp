@@ -100,7 +100,7 @@ protected:
     }
 };
 
-TEST_F(RunCalls, ComeInOrder)
+TEST_F(RunCalls, AreMadeInOrder)
 {
     Run(MakeRecordedSetup({L"schlecht"}));
 

@@ -45,32 +45,32 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(RunChanges, EachCaseMeetsItsOwnFile)
+TEST_F(RunChanges, EachCaseReadsItsOwnFile)
 {
     ExpectThatEachCaseMeetsItsOwnFile(L"CChangingModel", false, false, false);
 }
 
-TEST_F(RunChanges, EachCaseOnAWorkerMeetsItsOwnFile)
+TEST_F(RunChanges, EachCaseOnAWorkerReadsItsOwnFile)
 {
     ExpectThatEachCaseMeetsItsOwnFile(L"CChangingModel", false, false, true);
 }
 
-TEST_F(RunChanges, EachCaseInAChildMeetsItsOwnFile)
+TEST_F(RunChanges, EachCaseInAChildReadsItsOwnFile)
 {
     ExpectThatEachCaseMeetsItsOwnFile(L"CChangingModel", false, true, false);
 }
 
-TEST_F(RunChanges, EachCaseThatIsFoundByItsIndexMeetsItsOwnFile)
+TEST_F(RunChanges, EachCaseFoundByIndexReadsItsOwnFile)
 {
     ExpectThatEachCaseMeetsItsOwnFile(L"CChangingIndexModel", true, false, false);
 }
 
-TEST_F(RunChanges, EachCaseThatIsFoundByItsIndexInAChildMeetsItsOwnFile)
+TEST_F(RunChanges, EachCaseFoundByIndexInAChildReadsItsOwnFile)
 {
     ExpectThatEachCaseMeetsItsOwnFile(L"CChangingIndexModel", true, true, false);
 }
 
-TEST_F(RunChanges, ListsThatAreReadDuringACaseAreNoGrowthOfIt)
+TEST_F(RunChanges, ListingsReadDuringACaseDoNotCountAsItsGrowth)
 {
     m_folder.WriteFile(L"CChangingIndexModel/a.txt", "");
     m_folder.WriteFile(L"CChangingIndexModel/c.txt", "");

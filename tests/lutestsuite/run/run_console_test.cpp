@@ -126,7 +126,7 @@ TEST_F(RunConsole, ShowsNoCounterForOneRepetition)
     EXPECT_EQ(m_output.GetLines().at(1), Plain(L"\teins... "));
 }
 
-TEST_F(RunConsole, ShowsASummaryOfNothingForNoRepetitions)
+TEST_F(RunConsole, ShowsAnEmptySummaryForNoRepetitions)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})});
     setup.params.repetitions = 0;
@@ -140,7 +140,7 @@ TEST_F(RunConsole, ShowsASummaryOfNothingForNoRepetitions)
                                   L"\tErfolgreich:\t0 Klassen, 0 Tests\n");
 }
 
-TEST_F(RunConsole, RepeatsAHeadingWhenTheUnitTestComesAgain)
+TEST_F(RunConsole, RepeatsTheHeadingWhenAUnitTestContinues)
 {
     Run(MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"}), MakeUnitTest(L"CPassedModel", {L"eins"})}));
 
@@ -159,7 +159,7 @@ TEST_F(RunConsole, AppendsTheTimeWhenAsked)
     EXPECT_EQ(line, BoldColored(line.text, LuColor::c_GREEN));
 }
 
-TEST_F(RunConsole, AppendsNoTimeToSpeakOfToACaseThatNeverRan)
+TEST_F(RunConsole, AppendsZeroTimeToACaseThatNeverRan)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CUnknownModel", {L"Fall"})});
     setup.params.repetitionsGiven = true;
@@ -167,7 +167,7 @@ TEST_F(RunConsole, AppendsNoTimeToSpeakOfToACaseThatNeverRan)
     EXPECT_EQ(GetResultLine(setup).text, L"FEHLER (Keinen passenden Testfall gefunden.) [0 s]");
 }
 
-TEST_F(RunConsole, AppendsABlankForACaseWithoutThreadAndProcessWhenVerbose)
+TEST_F(RunConsole, AppendsABlankWhenVerboseWithoutThreadAndProcess)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})});
     setup.params.verbose = true;
@@ -184,7 +184,7 @@ TEST_F(RunConsole, AppendsTheBlankBehindTheTime)
     EXPECT_EQ(GetResultLine(setup).text, L"FEHLER (Keinen passenden Testfall gefunden.) [0 s] ");
 }
 
-TEST_F(RunConsole, CountsOneInTheSingular)
+TEST_F(RunConsole, UsesTheSingularForOne)
 {
     Run(MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})}));
 
@@ -207,7 +207,7 @@ TEST_F(RunConsole, ListsFailedUnitTestsInTheirOrder)
                                           Colored(L"\tCFailedModel: 1 fehlerhafte Testfälle\n", LuColor::c_RED)));
 }
 
-TEST_F(RunConsole, ShowsZeroInThePluralWhenNothingPassed)
+TEST_F(RunConsole, UsesThePluralForZero)
 {
     Run(MakeSetup({MakeUnitTest(L"CFailedModel", {L"allein"})}));
 
@@ -224,7 +224,7 @@ TEST_F(RunConsole, ShowsPercentSignsOfNamesAsTheyAre)
     EXPECT_EQ(lines.at(1), Plain(L"\t%d%n... "));
 }
 
-TEST_F(RunConsole, StaysSilentForAUnitTestListWithoutCasesButForTheSummary)
+TEST_F(RunConsole, PrintsOnlyTheSummaryForAUnitTestListWithoutCases)
 {
     Run(MakeSetup({MakeUnitTest(L"CPassedModel", {})}));
 

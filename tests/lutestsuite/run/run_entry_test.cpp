@@ -125,7 +125,7 @@ TEST_F(RunCommandLine, StartsNothingBesideTheHelp)
     EXPECT_EQ(GetUtf8(), LbEncoding::ToUtf8(LuTestSuiteUtils::GetCommandLineHelp()));
 }
 
-TEST_F(RunCommandLine, OnlyComparesReportsWhateverElseIsAskedFor)
+TEST_F(RunCommandLine, OnlyComparesReportsDespiteOtherModes)
 {
     m_folder.MakeFolder(L"CFailedModel");
     const std::wstring report = m_folder.WriteFile(L"a.xml", "<testsuite/>");
@@ -143,13 +143,13 @@ TEST_F(RunCommandLine, IsTrueWhenReportsCannotBeCompared)
     EXPECT_EQ(GetUtf8(), "Fehler Diff: Es müssen zwei Dateien angegeben werden.\n");
 }
 
-TEST_F(RunCommandLine, ListsTheSelectionWhateverElseIsAskedFor)
+TEST_F(RunCommandLine, ListsTheSelectionDespiteOtherModes)
 {
     EXPECT_TRUE(Call(GetRunOptions({L"-q", L"--archive-run", L"a:b", L"--list-duplicates"})));
     EXPECT_TRUE(GetUtf8().starts_with("Datenverzeichnis: ")) << GetUtf8();
 }
 
-TEST_F(RunCommandLine, ListsDuplicatesWhateverElseIsAskedFor)
+TEST_F(RunCommandLine, ListsDuplicatesDespiteOtherModes)
 {
     EXPECT_TRUE(Call(GetRunOptions({L"--list-duplicates", L"--list-disabled"})));
     EXPECT_TRUE(GetUtf8().ends_with("Redundante Datensätze darin: 0\n")) << GetUtf8();
@@ -165,7 +165,7 @@ TEST_F(RunCommandLine, DeletesDuplicates)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"CDataSetModel")).size(), 1U);
 }
 
-TEST_F(RunCommandLine, ListsDisabledCasesWhateverElseIsAskedFor)
+TEST_F(RunCommandLine, ListsDisabledCasesDespiteOtherModes)
 {
     m_folder.MakeFolder(L"CFailedModel");
 
@@ -181,7 +181,7 @@ TEST_F(RunCommandLine, ServesAParentRunInsteadOfRunning)
     EXPECT_EQ(GetUtf8(), "");
 }
 
-TEST_F(RunCommandLine, PassesExceptionsOfTheRunOn)
+TEST_F(RunCommandLine, PassesOnExceptionsOfTheRun)
 {
     EXPECT_THROW(Call(GetRunOptions({L"-i", L"["})), std::wstring);
 }

@@ -87,7 +87,7 @@ TEST_F(RunExternalEnds, FollowTheMessagesOfTheCase)
                     .starts_with(std::wstring(L"\t\tINFO:  vor dem Absturz\n") + models::c_EndOfProcess));
 }
 
-TEST_F(RunExternalEnds, TellTheTextOfAnExceptionThatNobodyCatches)
+TEST_F(RunExternalEnds, ShowTheTextOfAnUncaughtException)
 {
     const std::wstring messages = RunForMessages(L"Exception im Thread");
 
@@ -95,7 +95,7 @@ TEST_F(RunExternalEnds, TellTheTextOfAnExceptionThatNobodyCatches)
     EXPECT_NE(messages.find(L"aus einem Thread"), std::wstring::npos) << LbEncoding::ToUtf8(messages);
 }
 
-TEST_F(RunExternalEnds, TellTheLastLinesOfStandardErrorAndNoOthers)
+TEST_F(RunExternalEnds, ShowTheLastLinesOfStandardError)
 {
     const std::wstring messages = RunForMessages(L"schreibt viel und endet");
 
@@ -105,7 +105,7 @@ TEST_F(RunExternalEnds, TellTheLastLinesOfStandardErrorAndNoOthers)
     EXPECT_TRUE(messages.ends_with(L"\t\tINFO:  Zeile 200\n")) << LbEncoding::ToUtf8(messages);
 }
 
-TEST_F(RunExternalEnds, TellNothingThatAnotherCaseHasWritten)
+TEST_F(RunExternalEnds, DoNotShowOutputOfOtherCases)
 {
     if (c_IsWindows)
     {
@@ -120,12 +120,12 @@ TEST_F(RunExternalEnds, CutLongLines)
                     .ends_with(L"\t\tINFO:  " + std::wstring(1000, L'x') + L"...\n"));
 }
 
-TEST_F(RunExternalEnds, MakeTextOfBytesThatAreNone)
+TEST_F(RunExternalEnds, ConvertInvalidBytesToText)
 {
     EXPECT_TRUE(RunForMessages(L"schreibt Steuerzeichen und endet").ends_with(L"\t\tINFO:   [31mrot \u00ff\n"));
 }
 
-TEST_F(RunExternalEnds, SayThatNoProcessCouldBeStarted)
+TEST_F(RunExternalEnds, ReportThatNoProcessCouldBeStarted)
 {
     if (c_IsWindows)
     {

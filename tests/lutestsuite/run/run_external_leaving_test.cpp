@@ -18,7 +18,7 @@ using LuTestSuiteRun::SRunResult;
 
 using RunExternalLeaving = ExternalRunTest;
 
-TEST_F(RunExternalLeaving, EndsAProcessThatHasGoneToAnotherGroup)
+TEST_F(RunExternalLeaving, EndsAProcessThatHasChangedItsGroup)
 {
     LuTestSuiteSetup setup = MakeCrash({L"fremde Prozessgruppe", L"nachher"});
     setup.params.timeOutSec = 1;
@@ -51,7 +51,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessWhenACaseHasUsedAllMemory)
     EXPECT_EQ(result.cases.at(3).processIndex, result.cases.at(2).processIndex);
 }
 
-TEST_F(RunExternalLeaving, StartsAnotherProcessWhenOneHasLeftForLackOfWork)
+TEST_F(RunExternalLeaving, StartsAnotherProcessAfterAnIdleOneHasLeft)
 {
     CProbeLine line;
     const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
@@ -67,7 +67,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessWhenOneHasLeftForLackOfWork)
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex + 1);
 }
 
-TEST_F(RunExternalLeaving, LosesNoCaseJustWhenAProcessLeaves)
+TEST_F(RunExternalLeaving, LosesNoCaseWhileAProcessLeaves)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
     // A moment longer than a process waits: it may be there still, be about to leave, or have left.
@@ -88,7 +88,7 @@ class RunExternalLeavingAfter : public RunExternalLeaving, public testing::WithP
 {
 };
 
-TEST_P(RunExternalLeavingAfter, GivesTheNextCaseToAnotherProcess)
+TEST_P(RunExternalLeavingAfter, RunsTheNextCaseInAnotherProcess)
 {
     LuTestSuiteSetup setup = MakeCrash({GetParam(), L"nachher"});
     setup.params.timeOutSec = 2;

@@ -58,7 +58,7 @@ TEST_F(RunExternalSpares, AreNotForTheLastCase)
     EXPECT_EQ(CountChildren(setup), 1);
 }
 
-TEST_F(RunExternalSpares, AreThereBeforeTheNextCase)
+TEST_F(RunExternalSpares, ExistBeforeTheNextCase)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
     setup.params.isolated = true;

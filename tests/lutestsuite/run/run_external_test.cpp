@@ -66,7 +66,7 @@ TEST_F(RunExternal, UsesAProcessForEachIsolatedCase)
     EXPECT_EQ(*processes.rbegin() - *processes.begin(), 5);
 }
 
-TEST_F(RunExternal, LeavesTheProcessOfAnIsolatedCaseToNoOther)
+TEST_F(RunExternal, NeverReusesTheProcessOfAnIsolatedCase)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"vorher", L"nachher"});
     setup.unitTests[0].cases[0].parameters[L"Isolated"] = true;
@@ -77,7 +77,7 @@ TEST_F(RunExternal, LeavesTheProcessOfAnIsolatedCaseToNoOther)
     EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(1).processIndex);
 }
 
-TEST_F(RunExternal, NumbersProcessesOfCasesThatCannotBeAskedFor)
+TEST_F(RunExternal, CountsAProcessForACaseWithATooLongName)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", std::wstring(1024, L'n'), L"nachher"});
     setup.params.isolated = true;
@@ -89,7 +89,7 @@ TEST_F(RunExternal, NumbersProcessesOfCasesThatCannotBeAskedFor)
     EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 2);
 }
 
-TEST_F(RunExternal, DoesNotReplaceProcessesThatDieAtTheirStart)
+TEST_F(RunExternal, DoesNotReplaceProcessesThatDieAtStart)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher"});
     setup.params.isolated = true;
@@ -127,7 +127,7 @@ TEST_F(RunExternal, LetsEachCaseUseAllProcessors)
     EXPECT_EQ(std::to_wstring(LbOs::CountOwnProcessors()), all);
 }
 
-TEST_F(RunExternal, LeavesCasesInThisProcessThatSaySo)
+TEST_F(RunExternal, RunsCasesInThisProcessOnTheirRequest)
 {
     LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
     setup.unitTests[0].cases[0].parameters[L"External"] = false;
@@ -138,7 +138,7 @@ TEST_F(RunExternal, LeavesCasesInThisProcessThatSaySo)
     EXPECT_GE(result.cases.at(1).processIndex, 0);
 }
 
-TEST_F(RunExternal, TakesCasesThatSaySoInAnyRun)
+TEST_F(RunExternal, RunsCasesInAChildOnTheirRequest)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
     setup.unitTests[0].cases[1].parameters[L"External"] = true;
@@ -157,7 +157,7 @@ TEST_F(RunExternal, IgnoresIsolationOfCasesInThisProcess)
     EXPECT_EQ(Run(setup).cases.at(0).processIndex, -1);
 }
 
-TEST_F(RunExternal, HandsDataDirectoriesOnUnchanged)
+TEST_F(RunExternal, PassesOnDataDirectoriesUnchanged)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"Größen und Maße/CDataSetModel/äöü ß.txt", "gut");
@@ -233,7 +233,7 @@ TEST_F(RunExternal, SurvivesALackOfMemory)
     EXPECT_EQ(RunCrash(L"kein Speicher").result, ECaseRunResult::Exception);
 }
 
-TEST_F(RunExternal, SurvivesAllOfThemOnWorkers)
+TEST_F(RunExternal, SurvivesAllCrashesOnWorkers)
 {
     LuTestSuiteSetup setup =
         MakeCrash({L"vorher", L"Zugriffsverletzung", L"abort", L"terminate", L"Division durch null", L"nachher"});
@@ -275,7 +275,7 @@ TEST_F(RunExternal, NoticesACrashAtOnce)
     EXPECT_LT(elapsed, c_Crashes / 2.0);
 }
 
-TEST_F(RunExternal, TakesNoAnswerForOneToALaterRequest)
+TEST_F(RunExternal, IgnoresAnAnswerToAnEarlierRequest)
 {
     CProbeLine line;
     const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());

@@ -37,7 +37,7 @@ protected:
     const ScopedEnvironmentVariable m_environmentVariable{L"LUTESTSUITE_TEST_LINE", m_line.GetName()};
 };
 
-TEST_F(RunExternalTree, IsNoReasonToGiveUpLate)
+TEST_F(RunExternalTree, DoesNotDelayTheTimeOut)
 {
     constexpr double c_Latest = 4.1;
     double elapsed = c_Latest;
@@ -68,12 +68,12 @@ TEST_F(RunExternalTree, EndsWithAnIsolatedCaseThatLeavesItBehind)
     EXPECT_TRUE(m_line.IsGone());
 }
 
-TEST_F(RunExternalTree, EndsCopiesThatReturnFromACase)
+TEST_F(RunExternalTree, EndsForksThatReturnFromACase)
 {
     ExpectCopyToEndWith(L"Kopie kehrt zurück");
 }
 
-TEST_F(RunExternalTree, EndsCopiesThatLeaveACaseByAnException)
+TEST_F(RunExternalTree, EndsForksThatLeaveACaseByAnException)
 {
     ExpectCopyToEndWith(L"Kopie wirft");
 }
@@ -83,7 +83,7 @@ class RunExternalTreeOf : public RunExternalTree, public testing::WithParamInter
 {
 };
 
-TEST_P(RunExternalTreeOf, EndsWhenTheTimeIsOut)
+TEST_P(RunExternalTreeOf, EndsAtTheTimeOut)
 {
     LuTestSuiteSetup setup = MakeCrash({GetParam()});
     setup.params.timeOutSec = 1;

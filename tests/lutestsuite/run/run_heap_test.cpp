@@ -81,7 +81,7 @@ protected:
 
 } // namespace
 
-TEST_F(RunHeap, GrowthIsToldInGoldenrodAndThePassedCaseCounts)
+TEST_F(RunHeap, GrowthIsShownInGoldenrodAndTheCasePasses)
 {
     const SRunResult result = Run(makeTracked({L"wächst um 16 Bytes", L"gibt 16 Bytes zurück"}));
 
@@ -210,7 +210,7 @@ TEST_F(RunHeap, StopsAtTheAllocationWithTheObservedNumberOfEachCase)
     EXPECT_EQ(countBreakpoints(setup), 2);
 }
 
-TEST_F(RunHeap, StopsNowhereWhenTheHeapIsNotTracked)
+TEST_F(RunHeap, NeverStopsWhenTheHeapIsNotTracked)
 {
     LuTestSuiteSetup setup = makeTracked({L"holt 54321 Bytes"});
     setup.params.trackHeap = false;
@@ -219,7 +219,7 @@ TEST_F(RunHeap, StopsNowhereWhenTheHeapIsNotTracked)
     EXPECT_EQ(countBreakpoints(setup), 0);
 }
 
-TEST_F(RunHeap, EndOfTheEnvironmentRestoresTheHeapsFunctions)
+TEST_F(RunHeap, DestroyingTheEnvironmentRestoresTheHeapsFunctions)
 {
     void* (*volatile const allocate)(std::size_t) = std::malloc;
     auto environment = std::make_unique<LuTestSuiteEnvironment>();

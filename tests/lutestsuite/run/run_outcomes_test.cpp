@@ -60,7 +60,7 @@ TEST_F(Run, GivesOneRecordPerCaseInPlanOrder)
     EXPECT_EQ(result.cases[2].testCase, 0U);
 }
 
-TEST_F(Run, LeavesThreadAndProcessUnsetForCasesOnTheCallingThread)
+TEST_F(Run, DoesNotSetThreadAndProcessForCasesOnTheCallingThread)
 {
     const SCaseInfo info = RunCase(L"CPassedModel", L"eins");
 
@@ -73,17 +73,17 @@ TEST_F(Run, TimesTheSubtest)
     EXPECT_GT(RunCase(L"CPassedModel", L"eins").time, 0U);
 }
 
-TEST_F(Run, ACaseHasItsTimeWhenItsClassThrows)
+TEST_F(Run, TimesACaseWhoseClassThrows)
 {
     EXPECT_GT(RunCase(L"CRunUnitTestThrows", L"Fall").time, 0U);
 }
 
-TEST_F(Run, LeavesTheTimeOfACaseThatNeverRanAtZero)
+TEST_F(Run, KeepsTheTimeOfACaseThatNeverRanAtZero)
 {
     EXPECT_EQ(RunCase(L"CUnknownModel", L"Fall").time, 0U);
 }
 
-TEST_F(Run, GivesEachCaseAStreamOfItsOwn)
+TEST_F(Run, GivesEachCaseItsOwnStream)
 {
     const auto result = RunTest::Run(MakeSetup({MakeUnitTest(L"CMessageModel", {L"Fehler", L"Information"})}));
 
@@ -112,7 +112,7 @@ TEST_F(Run, NeverCutsACharacterInHalf)
     EXPECT_EQ(messages.back(), L'a');
 }
 
-TEST_F(Run, ForgetsTheLongMessagesOfTheCaseBefore)
+TEST_F(Run, DiscardsTheLongMessagesOfTheCaseBefore)
 {
     const auto result = RunTest::Run(MakeSetup({MakeUnitTest(L"CLongMessageModel", {L"über der Grenze", L"kurz"})}));
 

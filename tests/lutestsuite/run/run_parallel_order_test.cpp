@@ -47,7 +47,7 @@ namespace
 
 using RunParallelOrder = RunTest;
 
-TEST_F(RunParallelOrder, IsThatOfTheirEndsWithTheHeadingRepeated)
+TEST_F(RunParallelOrder, FollowsTheEndsOfCasesAndRepeatsTheHeading)
 {
     s_othersArePrinted = std::make_unique<Latch>(2);
     LuTestSuiteSetup setup =

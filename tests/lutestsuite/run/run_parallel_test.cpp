@@ -53,7 +53,7 @@ TEST_F(RunParallel, PrintsEveryCaseOnceBehindItsHeader)
     EXPECT_EQ(CountLines(L"CPassedModel\n"), 1);
 }
 
-TEST_F(RunParallel, TakesOneWorkerForNone)
+TEST_F(RunParallel, UsesOneWorkerForAThreadCountOfZero)
 {
     for (const SCaseInfo& info : Run(MakeParallel(0, 5)).cases)
     {
@@ -61,7 +61,7 @@ TEST_F(RunParallel, TakesOneWorkerForNone)
     }
 }
 
-TEST_F(RunParallel, TakesNoMoreThan256Workers)
+TEST_F(RunParallel, UsesAtMost256Workers)
 {
     for (const SCaseInfo& info : Run(MakeParallel(1000, 600)).cases)
     {
@@ -117,7 +117,7 @@ TEST_F(RunParallel, AsksForCancellationOneThreadAtATime)
     EXPECT_EQ(together, 0);
 }
 
-TEST_F(RunParallel, StopsWhenCanceledAndSaysSoOnce)
+TEST_F(RunParallel, StopsWhenCanceledAndPrintsItOnce)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 500);
     std::atomic<int> questions = 0;
@@ -130,7 +130,7 @@ TEST_F(RunParallel, StopsWhenCanceledAndSaysSoOnce)
     EXPECT_TRUE(std::ranges::none_of(result.cases.end() - 400, result.cases.end(), &SCaseInfo::executed));
 }
 
-TEST_F(RunParallel, SaysThatItWasCanceledBeforeAnythingRan)
+TEST_F(RunParallel, PrintsACancellationBeforeTheFirstCase)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 5);
     setup.checkCallback = [] { return true; };
@@ -141,7 +141,7 @@ TEST_F(RunParallel, SaysThatItWasCanceledBeforeAnythingRan)
     EXPECT_EQ(result.stats.total.executed, 0U);
 }
 
-TEST_F(RunParallel, EndsWhenOnlyTheWorkersWereToldOfTheCancellation)
+TEST_F(RunParallel, EndsWhenOnlyTheWorkersSawTheCancellation)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 50);
     const std::thread::id here = std::this_thread::get_id();
@@ -160,7 +160,7 @@ TEST_F(RunParallel, EndsItsWorkersWhenACallbackThrows)
     EXPECT_THROW(Run(setup), std::wstring);
 }
 
-TEST_F(RunParallel, PassesOnWhatWentWrongInAWorker)
+TEST_F(RunParallel, PassesOnAnExceptionOfAWorker)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 100);
     const std::thread::id here = std::this_thread::get_id();

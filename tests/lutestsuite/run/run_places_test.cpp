@@ -67,17 +67,17 @@ TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutable)
     EXPECT_EQ(LbPath::WithSeparator(directory), LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
 }
 
-TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutableWhereverTheOneBeforeHasGone)
+TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutableAfterAnotherChangedIt)
 {
     ExpectThatCasesStartAtHome(false, false);
 }
 
-TEST_F(RunPlaces, CasesOnAWorkerRunInTheFolderOfTheExecutableWhereverTheOneBeforeHasGone)
+TEST_F(RunPlaces, CasesOnAWorkerRunInTheFolderOfTheExecutableAfterAnotherChangedIt)
 {
     ExpectThatCasesStartAtHome(false, true);
 }
 
-TEST_F(RunPlaces, CasesInAChildRunInTheFolderOfTheExecutableWhereverTheOneBeforeHasGone)
+TEST_F(RunPlaces, CasesInAChildRunInTheFolderOfTheExecutableAfterAnotherChangedIt)
 {
     ExpectThatCasesStartAtHome(true, false);
 }
@@ -91,7 +91,7 @@ TEST_F(RunPlaces, TheWorkingDirectoryIsRestored)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
 }
 
-TEST_F(RunPlaces, TheWorkingDirectoryIsTheOneOfTheEnvironmentsConstruction)
+TEST_F(RunPlaces, TheWorkingDirectoryIsTheOneInWhichTheEnvironmentWasCreated)
 {
     const std::wstring before = LbOs::GetWorkingDirectory();
     const ScopedFolder other;
@@ -134,7 +134,7 @@ TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerialization)
 }
 
 /// In child processes, on worker threads and in both.
-TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerializationHoweverItRuns)
+TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerializationInEveryMode)
 {
     for (const auto& [external, parallel] : {std::pair(true, false), std::pair(false, true), std::pair(true, true)})
     {

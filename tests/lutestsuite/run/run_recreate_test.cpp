@@ -166,21 +166,21 @@ TEST_F(RunRecreate, CallsTheUnitTestInOrder)
                                      L"Recreate 1 for 0, 0", L"destroy"));
 }
 
-TEST_F(RunRecreate, HandsTheTargetSystemAndTheOptionToTheUnitTest)
+TEST_F(RunRecreate, PassesTheTargetSystemAndTheOptionToTheUnitTest)
 {
     LuTestSuiteRun::Recreate(m_environment, {MakeModel({L"erneuerbar"})}, ETargetSystem(7), true, m_callbacks);
 
     EXPECT_THAT(s_Calls, testing::Contains(L"Recreate 1 for 7, 1"));
 }
 
-TEST_F(RunRecreate, TakesTheFirstOfTwoSubtestsOfOneName)
+TEST_F(RunRecreate, UsesTheFirstOfTwoSubtestsOfOneName)
 {
     Recreate({MakeModel({L"erneuerbar", L"erneuerbar"})});
 
     EXPECT_THAT(s_Calls, testing::Not(testing::Contains(L"IsRecreatable 4")));
 }
 
-TEST_F(RunRecreate, HasNothingToRenewWhereTheUnitTestSaysSo)
+TEST_F(RunRecreate, HasNothingToRenewIfTheUnitTestSaysSo)
 {
     Recreate({MakeModel({L"ohne Daten"})});
 
@@ -258,7 +258,7 @@ TEST_F(RunRecreate, GoesOnAfterAnExceptionOfTheQuery)
                             Begun(L"\terneuerbar...\n"), Renewed(), Ended()));
 }
 
-TEST_F(RunRecreate, ReportsAnExceptionWhereverTheUnitTestThrows)
+TEST_F(RunRecreate, ReportsExceptionsFromEveryCallOfTheUnitTest)
 {
     m_environment.LoadDLL(L"exceptionmodels", false);
     for (const wchar_t* className : {L"CConstructorThrows", L"CSetDataDirectoryThrows", L"CInitSubtestsThrows",
@@ -274,7 +274,7 @@ TEST_F(RunRecreate, ReportsAnExceptionWhereverTheUnitTestThrows)
     }
 }
 
-TEST_F(RunRecreate, CallsNothingThatBelongsToARun)
+TEST_F(RunRecreate, DoesNotRunTheCases)
 {
     m_environment.LoadDLL(L"exceptionmodels", false);
 
@@ -285,7 +285,7 @@ TEST_F(RunRecreate, CallsNothingThatBelongsToARun)
     EXPECT_EQ(m_output.GetText().find(L"Exception"), std::wstring::npos);
 }
 
-TEST_F(RunRecreate, NotifiesOkAfterEachCaseWhateverHappened)
+TEST_F(RunRecreate, NotifiesOkAfterEachCaseRegardlessOfItsResult)
 {
     Recreate({MakeModel({L"erneuerbar", L"ohne Daten", L"wirft"}), MakeUnitTest(L"CUnknownModel", {L"Fall"})});
 
@@ -321,7 +321,7 @@ TEST_F(RunRecreate, CanceledBeforeTheFirstCasePrintsTheFirstHeadingOnly)
     EXPECT_TRUE(s_Calls.empty());
 }
 
-TEST_F(RunRecreate, CanceledLaterKeepsWhatIsDone)
+TEST_F(RunRecreate, CanceledLaterKeepsCompletedCases)
 {
     m_callbacks.isCanceled = [this] { return m_results.size() == 1; };
 
@@ -395,7 +395,7 @@ protected:
     LuTestSuiteEnvironment m_startedHere;
 };
 
-TEST_F(RunRecreatePlaces, AreTheExecutablesFolderMeanwhileAndTheFormerOneAfter)
+TEST_F(RunRecreatePlaces, AreTheExecutablesFolderDuringAndTheFormerFolderAfterwards)
 {
     std::wstring meanwhile;
     m_callbacks.caseFinished = [&](ECaseRunResult) { meanwhile = LbOs::GetWorkingDirectory(); };

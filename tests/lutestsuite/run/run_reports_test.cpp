@@ -53,7 +53,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(RunReports, AreNotWrittenUnlessAskedFor)
+TEST_F(RunReports, AreOnlyWrittenOnRequest)
 {
     const ScopedUserFolder user;
     m_setup.openReports = true;
@@ -63,7 +63,7 @@ TEST_F(RunReports, AreNotWrittenUnlessAskedFor)
     EXPECT_FALSE(LbFileSystem::Exists(user.GetPath() + L"LuTestSuite"));
 }
 
-TEST_F(RunReports, HoldWhatRan)
+TEST_F(RunReports, ContainTheExecutedCases)
 {
     m_setup.xmlReport = GetPathOf(L"Report.xml");
 
@@ -80,7 +80,7 @@ TEST_F(RunReports, HoldWhatRan)
     EXPECT_EQ(data.ClassesSuccessful, 1U);
 }
 
-TEST_F(RunReports, ComeAfterTheSummary)
+TEST_F(RunReports, AreWrittenAfterTheSummary)
 {
     m_setup.xmlReport = m_folder.MakeFolder(L"Ordner");
 
@@ -103,7 +103,7 @@ TEST_F(RunReports, AreWrittenOfARunWithoutCases)
     EXPECT_TRUE(LbFileSystem::IsFile(m_setup.htmlReport));
 }
 
-TEST_F(RunReports, HaveCompanionsUnlessTheyAreNotWanted)
+TEST_F(RunReports, HaveCompanionFilesUnlessDisabled)
 {
     m_setup.htmlReport = GetPathOf(L"Report.html");
     m_setup.writeCss = m_setup.writeJs = false;
@@ -119,7 +119,7 @@ TEST_F(RunReports, HaveCompanionsUnlessTheyAreNotWanted)
     EXPECT_EQ(GetFileNames(), (Names{L"LuTestSuite.css", L"LuTestSuite.js", L"Report.html"}));
 }
 
-TEST_F(RunReports, LeaveOutTheCasesWhenSmall)
+TEST_F(RunReports, OmitTheCasesWhenSmall)
 {
     m_setup.htmlReport = GetPathOf(L"Report.html");
     Run();
@@ -130,7 +130,7 @@ TEST_F(RunReports, LeaveOutTheCasesWhenSmall)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_setup.htmlReport).find("id=\"testcases\""), std::string::npos);
 }
 
-TEST_F(RunReports, WriteThePageWhenTheXmlFailsAndTheReverse)
+TEST_F(RunReports, AreWrittenIndependentlyOfEachOther)
 {
     for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"Report"))
     {
@@ -152,7 +152,7 @@ TEST_F(RunReports, WriteThePageWhenTheXmlFailsAndTheReverse)
     }
 }
 
-TEST_F(RunReports, GetNamesOfTheirTimeInThePerUserFolder)
+TEST_F(RunReports, HaveAutomaticNamesInThePerUserFolder)
 {
     const ScopedUserFolder user;
     m_setup.autoXml = m_setup.autoHtml = true;
@@ -181,7 +181,7 @@ TEST_F(RunReports, PreferAutomaticNames)
     EXPECT_EQ(GetFileNames(), Names{L"Report.xml"});
 }
 
-TEST_F(RunReports, StandUnderTheirOwnNamesWhenThereIsNoPerUserFolder)
+TEST_F(RunReports, UseTheirOwnNamesWithoutAPerUserFolder)
 {
     const ScopedEnvironmentVariable linux1(L"XDG_DATA_HOME", L"");
     const ScopedEnvironmentVariable linux2(L"HOME", L"");
@@ -219,7 +219,7 @@ TEST_F(RunReports, AreOpenedOnTheDesktopWithoutWaitingForIt)
     EXPECT_EQ(opened.Await(), Names{m_setup.htmlReport});
 }
 
-TEST_F(RunReports, AreNoMatterOfTheRunWhenThereIsNoDesktop)
+TEST_F(RunReports, DoNotFailTheRunWithoutADesktop)
 {
     if (!OpenedFiles::CanStandIn())
     {
@@ -261,7 +261,7 @@ protected:
     LuTestSuiteEnvironment m_environment;
 };
 
-TEST_F(RunReportsWithoutDirectory, AreWrittenNowhereWhenTheRunRemovesIt)
+TEST_F(RunReportsWithoutDirectory, ReportAFailureIfTheRunRemovesIt)
 {
     const std::wstring absolute = m_folder.GetPathOf(L"absolut.xml");
     m_setup.xmlReport = absolute;
@@ -277,7 +277,7 @@ TEST_F(RunReportsWithoutDirectory, AreWrittenNowhereWhenTheRunRemovesIt)
     ExpectNothingBesideTheExecutable();
 }
 
-TEST_F(RunReportsWithoutDirectory, StopTheRunAheadWhenItIsGoneAlready)
+TEST_F(RunReportsWithoutDirectory, PreventARunWithRelativePaths)
 {
     LbFileSystem::RemoveTree(m_directory);
     if (LbFileSystem::Exists(m_directory))
@@ -290,7 +290,7 @@ TEST_F(RunReportsWithoutDirectory, StopTheRunAheadWhenItIsGoneAlready)
     ExpectNothingBesideTheExecutable();
 }
 
-TEST_F(RunReportsWithoutDirectory, NeedNoneWithAbsolutePathsAndWithoutReports)
+TEST_F(RunReportsWithoutDirectory, AllowARunWithAbsolutePaths)
 {
     LbFileSystem::RemoveTree(m_directory);
     m_setup.xmlReport = m_folder.GetPathOf(L"absolut.xml");

@@ -53,7 +53,7 @@ TEST_F(RunSelection, FindsDataSetsInTheDataDirectory)
     EXPECT_EQ(result.cases.at(1).messages, L"\t\tERROR: Inhalt: schlecht\n");
 }
 
-TEST_F(RunSelection, FiltersWhatItFinds)
+TEST_F(RunSelection, FiltersFoundCases)
 {
     WriteDataSets();
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
@@ -72,7 +72,7 @@ TEST_F(RunSelection, LimitsTheNumberOfCases)
     EXPECT_EQ(Run(setup).cases.size(), 2U);
 }
 
-TEST_F(RunSelection, LeavesDisabledCasesOut)
+TEST_F(RunSelection, OmitsDisabledCases)
 {
     WriteDataSets();
     m_folder.WriteFile(L"CDataSetModel/#ExtraInfo.xml", "<ExtraInfo>"
@@ -116,7 +116,7 @@ TEST_F(RunSelection, TimesARunWithoutUnitTests)
     EXPECT_EQ(result.stats.endTime.size(), 19U);
 }
 
-TEST_F(RunSelection, TakesAListOfUnitTestsInPlaceOfTheDataDirectory)
+TEST_F(RunSelection, UsesAListOfUnitTestsInsteadOfTheDataDirectory)
 {
     WriteDataSets();
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
@@ -151,7 +151,7 @@ TEST_F(RunSelection, RunsDisabledCasesOfAListOfUnitTests)
     EXPECT_THAT(GetResults(Run(setup)), ElementsAre(ECaseRunResult::Ok));
 }
 
-TEST_F(RunSelection, RunsCasesThatMustNotGoParallelAfterTheOthers)
+TEST_F(RunSelection, RunsSequentialCasesAfterTheOthers)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"}),
                                         MakeUnitTest(L"CResultModel", {L"bestanden", L"ohne Antwort"})});
@@ -175,7 +175,7 @@ TEST_F(RunSelection, RunsCasesThatMustNotGoParallelAfterTheOthers)
                                                                                   "\teins... OK");
 }
 
-TEST_F(RunSelection, DoesNotTakeANullParameterForPermissionToGoParallel)
+TEST_F(RunSelection, TreatsANullParallelParameterAsFalse)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
     setup.params.parallel = true;
@@ -187,7 +187,7 @@ TEST_F(RunSelection, DoesNotTakeANullParameterForPermissionToGoParallel)
     EXPECT_LT(m_output.GetText().find(L"zwei mit Lücke"), m_output.GetText().find(L"eins"));
 }
 
-TEST_F(RunSelection, KeepsThePlanOrderOfRecordsWhateverTheOrderOfExecution)
+TEST_F(RunSelection, KeepsRecordsInPlanOrderRegardlessOfTheOrderOfExecution)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CResultModel", {L"abweichend", L"bestanden"})});
     setup.params.parallel = true;

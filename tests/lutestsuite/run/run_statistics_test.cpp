@@ -102,7 +102,7 @@ TEST_F(RunStatistics, FindTheShortestAndTheLongestCase)
     EXPECT_EQ(result.stats.caseTimeMax, longest->time);
 }
 
-TEST_F(RunStatistics, FoldPeakMemoryOfExecutedCases)
+TEST_F(RunStatistics, SummarizePeakMemoryOfExecutedCases)
 {
     const SStats stats = RunMixed().stats;
 
@@ -128,7 +128,7 @@ TEST_F(RunStatistics, HoldLocalTimesOfStartAndEnd)
     EXPECT_LE(stats.startTime, stats.endTime);
 }
 
-TEST_F(RunStatistics, LeaveOutCasesThatNeverRan)
+TEST_F(RunStatistics, OmitCasesThatNeverRan)
 {
     const SRunResult result = RunCanceledAfterOneCase();
 
@@ -139,7 +139,7 @@ TEST_F(RunStatistics, LeaveOutCasesThatNeverRan)
     EXPECT_EQ(result.stats.caseTimeSum, result.cases.at(0).time);
 }
 
-TEST_F(RunStatistics, LeaveOutUnitTestsOfWhichNothingRan)
+TEST_F(RunStatistics, OmitUnitTestsWithoutExecutedCases)
 {
     const SStats stats = RunCanceledAfterOneCase().stats;
 
@@ -150,7 +150,7 @@ TEST_F(RunStatistics, LeaveOutUnitTestsOfWhichNothingRan)
     EXPECT_EQ(stats.unitTestsPassedWithoutWarning, 1U);
 }
 
-TEST_F(RunStatistics, KeepFreshMinimaWhenNothingRan)
+TEST_F(RunStatistics, KeepInitialMinimaWhenNothingRan)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})});
     setup.checkCallback = [] { return true; };
@@ -163,7 +163,7 @@ TEST_F(RunStatistics, KeepFreshMinimaWhenNothingRan)
     EXPECT_EQ(stats.unitTestsExecuted, 0U);
 }
 
-TEST_F(RunStatistics, CountRepetitionsAsCasesOfTheirOwn)
+TEST_F(RunStatistics, CountEachRepetitionAsACase)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})});
     setup.params.repetitions = 3;

@@ -29,7 +29,7 @@ SStats Count(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount)
     return stats;
 }
 
-TEST(CountCases, TellsUnitTestsWithWarningsFromThoseWithout)
+TEST(CountCases, DistinguishesUnitTestsWithAndWithoutWarnings)
 {
     const SStats stats = Count({MakeCase(0, ECaseRunResult::Ok, false), MakeCase(1, ECaseRunResult::Ok, false),
                                 MakeCase(1, ECaseRunResult::Ok, true), MakeCase(2, ECaseRunResult::Error, false)},
@@ -56,7 +56,7 @@ class CountCasesSpoiled : public testing::TestWithParam<ECaseRunResult>
 {
 };
 
-TEST_P(CountCasesSpoiled, PassesNoUnitTestWithOneSuchCase)
+TEST_P(CountCasesSpoiled, DoesNotCountAUnitTestWithSuchACaseAsPassed)
 {
     const SStats stats = Count({MakeCase(0, ECaseRunResult::Ok, false), MakeCase(1, ECaseRunResult::Ok, false),
                                 MakeCase(1, GetParam(), false)},
@@ -82,7 +82,7 @@ TEST(CountCases, CountsCanceledCasesAndThoseThatTookTooLong)
     EXPECT_EQ(stats.unitTestsPassed, 0U);
 }
 
-TEST(CountCases, CountsResultsThatAreNoneAsUnknown)
+TEST(CountCases, CountsInvalidResultsAsUnknown)
 {
     const SStats stats = Count({MakeCase(0, static_cast<ECaseRunResult>(9), false),
                                 MakeCase(0, static_cast<ECaseRunResult>(4'294'967'295U), false)},
@@ -92,7 +92,7 @@ TEST(CountCases, CountsResultsThatAreNoneAsUnknown)
     EXPECT_EQ(stats.total.executed, 2U);
 }
 
-TEST(CountCases, LeavesOutWhatWasNotExecuted)
+TEST(CountCases, OmitsUnexecutedCases)
 {
     SCaseInfo planned = MakeCase(0, ECaseRunResult::Ok, true);
     planned.executed = false;

@@ -7,13 +7,13 @@ namespace
 
 using LuTestSuiteRun::GetWorkerCount;
 
-TEST(GetWorkerCount, IsOneForNone)
+TEST(GetWorkerCount, IsOneForZero)
 {
     EXPECT_EQ(GetWorkerCount(0), 1U);
     EXPECT_EQ(GetWorkerCount(1), 1U);
 }
 
-TEST(GetWorkerCount, IsWhatIsWantedUpTo256)
+TEST(GetWorkerCount, IsTheRequestedNumberUpTo256)
 {
     EXPECT_EQ(GetWorkerCount(2), 2U);
     EXPECT_EQ(GetWorkerCount(256), 256U);

@@ -156,7 +156,7 @@ TEST_F(DescriptionFile, NamesContactsInFileOrder)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(DescriptionFile, LeavesWhatAContactLacksEmpty)
+TEST_F(DescriptionFile, LeavesMissingContactFieldsEmpty)
 {
     const auto contacts = ReadElements("<Contact/>").contacts;
 
@@ -185,7 +185,7 @@ TEST_F(DescriptionFile, MatchesWildcards)
     EXPECT_THAT(GetMatchedCases("name='a{2}b'"), ElementsAre(L"aab"));
 }
 
-TEST_F(DescriptionFile, MatchesNothingWithoutAName)
+TEST_F(DescriptionFile, MatchesNoCaseWithoutAName)
 {
     EXPECT_THAT(GetMatchedCases(""), IsEmpty());
 }
@@ -239,7 +239,7 @@ TEST_F(DescriptionFile, StoresNullForUnreadableEnableAndReportMemLeak)
     EXPECT_THAT(parameters, UnorderedElementsAre(Pair(L"Enable", LbVariant()), Pair(L"ReportMemLeak", LbVariant())));
 }
 
-TEST_F(DescriptionFile, ReplacesAFormerEnableByNull)
+TEST_F(DescriptionFile, ReplacesAnEarlierEnableByNull)
 {
     EXPECT_THAT(ReadParameters("<Enable>false</Enable><Enable> false</Enable>"),
                 ElementsAre(Pair(L"Enable", LbVariant())));
@@ -251,14 +251,14 @@ TEST_F(DescriptionFile, ReadsNumbersLeniently)
                 UnorderedElementsAre(Pair(L"TimeOutSec", LbVariant(12U)), Pair(L"MessageReportMax", LbVariant(0U))));
 }
 
-TEST_F(DescriptionFile, LeavesFormerValuesForUnreadableTexts)
+TEST_F(DescriptionFile, KeepsEarlierValuesForUnreadableTexts)
 {
     EXPECT_THAT(ReadParameters("<External>true</External><External>TRUE</External><TimeOutSec>5</TimeOutSec>"
                                "<TimeOutSec/>"),
                 UnorderedElementsAre(Pair(L"External", LbVariant(true)), Pair(L"TimeOutSec", LbVariant(5U))));
 }
 
-TEST_F(DescriptionFile, LetsTheLaterElementWin)
+TEST_F(DescriptionFile, UsesTheLaterElement)
 {
     const auto cases = ReadElements("<TestCase name='eins'><TimeOutSec>1</TimeOutSec><Isolated>true</Isolated>"
                                     "</TestCase><TestCase name='*'><TimeOutSec>2</TimeOutSec></TestCase>")
@@ -359,7 +359,7 @@ TEST_F(DescriptionFileLongNames, MatchWildcardsOfManyStars)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(DescriptionFileLongNames, AnOverlongElementCostsOnlyItself)
+TEST_F(DescriptionFileLongNames, AnOverlongElementIsIgnoredAlone)
 {
     const std::string overlong = Repeat("a{2}{2}", 200'000);
 
@@ -369,7 +369,7 @@ TEST_F(DescriptionFileLongNames, AnOverlongElementCostsOnlyItself)
                                           std::wstring(overlong.begin(), overlong.end()) + L"'.\n");
 }
 
-TEST_F(DescriptionFileLongNames, AnElementThatExhaustsTheStackWarnsOnceAndIsTriedOnTheOtherCases)
+TEST_F(DescriptionFileLongNames, AnElementThatExhaustsTheStackWarnsOnceAndAppliesToOtherCases)
 {
     if (!c_AllowsDeepStacks)
     {
@@ -380,7 +380,7 @@ TEST_F(DescriptionFileLongNames, AnElementThatExhaustsTheStackWarnsOnceAndIsTrie
     ExpectWarning(L"Warnung XML '", L"': Regulärer Ausdruck '*{1}{1}z' braucht mehr Stack, als es gibt.\n");
 }
 
-TEST_F(DescriptionFile, WarnsOfAnotherRoot)
+TEST_F(DescriptionFile, WarnsOfAWrongRoot)
 {
     Read("<extrainfo/>");
     ExpectWarning(L"Warnung: XML-Syntax Fehler in Datei ", L".\n");
@@ -409,7 +409,7 @@ TEST_F(DescriptionFile, WarnsOfAnUnknownParameterForEachCase)
     EXPECT_EQ(m_output.GetText().find(L"Fremd"), std::wstring::npos);
 }
 
-TEST_F(DescriptionFile, IsNoDataSet)
+TEST_F(DescriptionFile, IsNotADataSet)
 {
     EXPECT_THAT(ReadElements("").GetDataSetFiles(), IsEmpty());
 }

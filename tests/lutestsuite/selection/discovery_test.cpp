@@ -137,7 +137,7 @@ TEST_F(ScanDirectoryForUnitTests, SkipsFoldersOfVersionControl)
     EXPECT_THAT(ScanForDirectories(), IsEmpty());
 }
 
-TEST_F(ScanDirectoryForUnitTests, SearchesFoldersThatOnlyResembleThem)
+TEST_F(ScanDirectoryForUnitTests, SearchesFoldersWithSimilarNames)
 {
     m_folder.MakeFolder(L".SVN/CScanNamed");
     m_folder.MakeFolder(L"svn/CScanNamed");
@@ -154,7 +154,7 @@ TEST_F(ScanDirectoryForUnitTests, DoesNotTestTheDataDirectoryItselfForVersionCon
     EXPECT_EQ(LuTestSuiteUtils::ScanDirectoryForUnitTests(directory, true).size(), 1U);
 }
 
-TEST_F(ScanDirectoryForUnitTests, TreatsADataDirectoryWithoutSeparatorAlike)
+TEST_F(ScanDirectoryForUnitTests, AcceptsADataDirectoryWithoutSeparator)
 {
     const std::wstring directory = m_folder.MakeFolder(L"CScanNamed");
 
@@ -164,7 +164,7 @@ TEST_F(ScanDirectoryForUnitTests, TreatsADataDirectoryWithoutSeparatorAlike)
     EXPECT_EQ(tests[0].dataDirectory, directory);
 }
 
-TEST_F(ScanDirectoryForUnitTests, TakesTheDataDirectoryItselfForAUnitTest)
+TEST_F(ScanDirectoryForUnitTests, TreatsTheDataDirectoryItselfAsAUnitTest)
 {
     const std::wstring directory = m_folder.MakeFolder(L"CScanNamed");
     m_folder.MakeFolder(L"CScanNamed/CScanFiles");
@@ -225,12 +225,12 @@ TEST_F(ScanDirectoryForUnitTests, WarnsOfAConstructorThatThrows)
     ExpectWarning(L"CScanThrowsWhenMade", L"Warnung: Fehler beim Instanzieren von Unit-Test CScanThrowsWhenMade.\n");
 }
 
-TEST_F(ScanDirectoryForUnitTests, WarnsOfACreateFunctionThatMakesNothing)
+TEST_F(ScanDirectoryForUnitTests, WarnsOfACreateFunctionThatReturnsNull)
 {
     ExpectWarning(L"CScanMakesNothing", L"Warnung: Fehler beim Instanzieren von Unit-Test CScanMakesNothing.\n");
 }
 
-TEST_F(ScanDirectoryForUnitTests, WarnsOfACreateFunctionThatMakesNoUnitTest)
+TEST_F(ScanDirectoryForUnitTests, WarnsOfACreateFunctionThatReturnsNoUnitTest)
 {
     ExpectWarning(L"CScanMakesNoUnitTest", L"Warnung: Fehler beim Instanzieren von Unit-Test CScanMakesNoUnitTest.\n");
 }
@@ -256,7 +256,7 @@ TEST_F(ScanDirectoryForUnitTests, KeepsTheCasesCollectedBeforeAnException)
     EXPECT_EQ(m_output.GetText(), L"Warnung: Falsche Konfiguration des Unit-Test CScanThrowsOnName.\n");
 }
 
-TEST_F(ScanDirectoryForUnitTests, KeepsTheCasesThatCanBeHadOfACountBeyondReason)
+TEST_F(ScanDirectoryForUnitTests, KeepsTheAvailableCasesOfAnExcessiveCount)
 {
     m_folder.MakeFolder(L"CScanHugeCount");
 
@@ -277,7 +277,7 @@ TEST_F(ScanDirectoryForUnitTests, GoesOnAfterWarnings)
     EXPECT_EQ(m_output.GetLines().size(), 2U);
 }
 
-TEST_F(ScanDirectoryForUnitTests, LeavesOutUnitTestsWithoutCasesInSilence)
+TEST_F(ScanDirectoryForUnitTests, OmitsUnitTestsWithoutCasesSilently)
 {
     m_folder.MakeFolder(L"CScanEmpty/CScanNamed");
 
@@ -285,7 +285,7 @@ TEST_F(ScanDirectoryForUnitTests, LeavesOutUnitTestsWithoutCasesInSilence)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(ScanDirectoryForUnitTests, TellsFileDataSetsFromNamedCases)
+TEST_F(ScanDirectoryForUnitTests, DistinguishesFileDataSetsFromNamedCases)
 {
     m_folder.WriteFile(L"CScanFiles/b.txt", "");
     const std::wstring path = m_folder.WriteFile(L"CScanFiles/ä.txt", "");
@@ -301,7 +301,7 @@ TEST_F(ScanDirectoryForUnitTests, TellsFileDataSetsFromNamedCases)
     EXPECT_THAT(test.GetDataSetFiles(), ElementsAre(test.dataDirectory + L"b.txt", path));
 }
 
-TEST_F(ScanDirectoryForUnitTests, TakesNoFolderForADataSet)
+TEST_F(ScanDirectoryForUnitTests, DoesNotTreatAFolderAsADataSet)
 {
     m_folder.MakeFolder(L"CScanNamed/eins");
     m_folder.WriteFile(L"CScanNamed/tiefer/zwei", "");
@@ -363,7 +363,7 @@ TEST_F(ScanDirectoryForUnitTests, RemovesDisabledCasesOnRequest)
     EXPECT_THAT(GetCaseNames(Scan(false).at(0)), ElementsAre(L"eins", L"zwei"));
 }
 
-TEST_F(ScanDirectoryForUnitTests, LeavesOutUnitTestsWhoseEveryCaseIsDisabled)
+TEST_F(ScanDirectoryForUnitTests, OmitsUnitTestsWithOnlyDisabledCases)
 {
     m_folder.WriteFile(L"CScanNamed/#ExtraInfo.xml",
                        "<ExtraInfo><TestCase name='*'><Enable>false</Enable></TestCase></ExtraInfo>");

@@ -111,7 +111,7 @@ TEST_F(FilterTestCases, NeverMatchesABackslashAsSeparator)
     EXPECT_THAT(GetSelected(), IsEmpty());
 }
 
-TEST_F(FilterTestCases, TurnsBackslashesOfDirectoryAndClassOnly)
+TEST_F(FilterTestCases, ConvertsBackslashesOnlyInDirectoryAndClass)
 {
     m_tests[0].cases[0].name = L"a\\b";
     Filter({L":a\\\\b$"});
@@ -124,7 +124,7 @@ TEST_F(FilterTestCases, AnchorsAtTheStartOfTheDirectory)
     EXPECT_THAT(GetSelected(), ElementsAre(L"CZweiter:eins", L"CZweiter:eins.txt", L"CZweiter:kleineins"));
 }
 
-TEST_F(FilterTestCases, TakesPatternsForEcmaScript)
+TEST_F(FilterTestCases, ReadsPatternsAsEcmaScript)
 {
     Filter({L":(?:zwei|\\w+\\.\\w{3})$"});
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CZweiter:eins.txt"));
@@ -136,7 +136,7 @@ TEST_F(FilterTestCases, ExcludesFromEverythingWithoutIncludes)
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei"));
 }
 
-TEST_F(FilterTestCases, LetsExcludingWinOverIncluding)
+TEST_F(FilterTestCases, PrefersExcludingToIncluding)
 {
     Filter({L":eins$", L":zwei$"}, {L"CErster:eins"});
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CZweiter:eins"));
@@ -171,7 +171,7 @@ TEST_F(FilterTestCases, KeepsAllOtherDataOfTestsAndCases)
     EXPECT_EQ(left.cases[0].parameters.at(L"TimeOutSec"), LbVariant(5U));
 }
 
-TEST_F(FilterTestCases, KeepsTestsOfOneNameApart)
+TEST_F(FilterTestCases, DistinguishesTestsOfOneName)
 {
     m_tests[1].className = L"CErster";
     Filter({L"eins$"});
@@ -212,7 +212,7 @@ TEST_F(FilterTestCases, CountsSelectedCasesOnly)
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CErster:drei"));
 }
 
-TEST_F(FilterTestCases, IsContentWithNoTests)
+TEST_F(FilterTestCases, AcceptsAnEmptyList)
 {
     m_tests.clear();
     Filter({L"x"}, {L"y"});
@@ -259,7 +259,7 @@ TEST_F(FilterTestCases, ComparesPlainTextCaseSensitively)
 
 // The same characters on all platforms.
 
-TEST_F(FilterTestCases, TakesWideFormsOfOperatorsForThemselves)
+TEST_F(FilterTestCases, TreatsWideFormsOfOperatorsLiterally)
 {
     for (const wchar_t form : std::wstring(L"＊．＋｜（）［］｛｝＼＾＄∗∣？"))
     {
@@ -270,7 +270,7 @@ TEST_F(FilterTestCases, TakesWideFormsOfOperatorsForThemselves)
     }
 }
 
-TEST_F(FilterTestCases, TakesClassesForAscii)
+TEST_F(FilterTestCases, LimitsCharacterClassesToAscii)
 {
     const Patterns names = {L"a_Z09", L"\u00E4", L"\u0416", L"\uFF11", L"\u0663", L"-"};
     for (const wchar_t* expression : {L":\\w+$", L":[\\w]+$", L":[[:alnum:]_]+$", L":[^\\W]+$", L"(?=:):\\w+$",
@@ -282,7 +282,7 @@ TEST_F(FilterTestCases, TakesClassesForAscii)
     }
 }
 
-TEST_F(FilterTestCases, TakesDigitsSpacesAndLetterCasesForAscii)
+TEST_F(FilterTestCases, LimitsDigitsSpacesAndLetterCasesToAscii)
 {
     const Patterns names = {L"7", L"\u0667", L" ", L"\u2003", L"\u00A0", L"Q", L"\u00C4", L"q", L"\u00E4"};
     const std::pair<std::wstring, std::wstring> selections[] = {{L":\\d$", L"7"},
@@ -377,7 +377,7 @@ TEST_F(FilterTestCasesStored, SelectExactNames)
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:drei", L"CZweiter:eins"));
 }
 
-TEST_F(FilterTestCasesStored, JoinIncludePatterns)
+TEST_F(FilterTestCasesStored, AddToIncludePatterns)
 {
     Store(c_Selection);
     Filter({L"zwei$"});
@@ -391,7 +391,7 @@ TEST_F(FilterTestCasesStored, YieldToExcludePatterns)
     EXPECT_THAT(GetSelected(), ElementsAre(L"CZweiter:eins"));
 }
 
-TEST_F(FilterTestCasesStored, AreNoExpressions)
+TEST_F(FilterTestCasesStored, AreComparedLiterally)
 {
     Store("<Config><Tests><T name='CErster'><F name='.*'/></T></Tests></Config>");
     Filter({});

@@ -136,12 +136,12 @@ TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamedByItsBegin)
               L"Regulärer Ausdruck '" + expression.substr(0, 80) + L"...' braucht mehr Stack, als es gibt");
 }
 
-TEST(LongExpressionAlone, WithoutNeedOfTheEngineIsSearchedInNamesOfMillionsOfCharacters)
+TEST(LongExpressionAlone, ThatIsPlainTextIsSearchedInNamesOfMillionsOfCharacters)
 {
     EXPECT_EQ(CountSelected({std::wstring(5'000'000, L'x'), L"y"}, L"^.*y$"), 1U);
 }
 
-TEST(LongExpressionAlone, IsNoSlowerForManyWaysToMatch)
+TEST(LongExpressionAlone, IsNotSlowerForManyWaysToMatch)
 {
     EXPECT_EQ(CountSelected({std::wstring(60, L'a')}, L":(?:(?:a*)*)*b$"), 0U);
 }

@@ -185,7 +185,7 @@ std::optional<Texts> SelectPlainly(const Texts& names, const Texts& includes)
     return selected;
 }
 
-TEST(RandomExpressions, SelectWhatTheStandardLibrarySelects)
+TEST(RandomExpressions, AgreeWithTheStandardLibrary)
 {
     CRandom random(1);
     CRandomExpression expressions(random);
@@ -206,7 +206,7 @@ TEST(RandomExpressions, SelectWhatTheStandardLibrarySelects)
     EXPECT_LT(selectedCount, validCount * 15);
 }
 
-TEST(RandomExpressions, SelectTogetherWhatTheySelectAlone)
+TEST(RandomExpressions, SelectTheSameTogetherAndAlone)
 {
     CRandom random(2);
     CRandomExpression expressions(random);
@@ -316,7 +316,7 @@ std::vector<std::uint32_t> FindLast(const ScopedFolder& folder, const Texts& wil
     return last;
 }
 
-TEST(RandomElements, ApplyAsIfEachWereTriedInOrder)
+TEST(RandomElements, ApplyLikeASequentialSearch)
 {
     const CapturedOutput output;
     const ScopedFolder folder;

@@ -23,7 +23,7 @@ TEST(GenerateWildcardRegex, MatchesPlainNamesExactly)
     EXPECT_FALSE(Matches(L"wort", L"antwort"));
 }
 
-TEST(GenerateWildcardRegex, TakesAQuestionMarkForAnyOneCharacter)
+TEST(GenerateWildcardRegex, TreatsAQuestionMarkAsOneCharacter)
 {
     EXPECT_TRUE(Matches(L"wort?", L"worte"));
     EXPECT_TRUE(Matches(L"wort?", L"wort."));
@@ -31,13 +31,13 @@ TEST(GenerateWildcardRegex, TakesAQuestionMarkForAnyOneCharacter)
     EXPECT_FALSE(Matches(L"wort?", L"worten"));
 }
 
-TEST(GenerateWildcardRegex, TakesADotForADot)
+TEST(GenerateWildcardRegex, TreatsADotLiterally)
 {
     EXPECT_TRUE(Matches(L"a.b", L"a.b"));
     EXPECT_FALSE(Matches(L"a.b", L"axb"));
 }
 
-TEST(GenerateWildcardRegex, TakesAStarForAnyText)
+TEST(GenerateWildcardRegex, TreatsAStarAsAnyText)
 {
     EXPECT_TRUE(Matches(L"*", L""));
     EXPECT_TRUE(Matches(L"*", L"ganz: beliebig/\\+"));
@@ -72,7 +72,7 @@ TEST_P(GenerateWildcardRegexSpecial, CharacterStandsForItself)
 INSTANTIATE_TEST_SUITE_P(All, GenerateWildcardRegexSpecial,
                          testing::Values(L'\\', L'^', L'.', L'$', L'|', L'(', L')', L'[', L']', L'+', L'/'));
 
-TEST(GenerateWildcardRegex, TakesWideFormsOfOperatorsForThemselves)
+TEST(GenerateWildcardRegex, TreatsWideFormsOfOperatorsLiterally)
 {
     for (const wchar_t form : std::wstring(L"＊．＋｜（）［］｛｝＼＾＄∗∣？"))
     {
@@ -83,7 +83,7 @@ TEST(GenerateWildcardRegex, TakesWideFormsOfOperatorsForThemselves)
     }
 }
 
-TEST(GenerateWildcardRegex, LetsNoWildcardStandForALineEnd)
+TEST(GenerateWildcardRegex, DoesNotMatchLineEndsByWildcards)
 {
     for (const wchar_t lineEnd : {L'\n', L'\r', L'\u2028', L'\u2029'})
     {
@@ -116,7 +116,7 @@ TEST(GenerateWildcardRegex, ThrowsForAnInvalidRepetitionCount)
     EXPECT_THROW(LuTestSuiteUtils::GenerateWildcardRegex(L"a{x}"), std::regex_error);
 }
 
-TEST(GenerateWildcardRegex, GivesAnEmptyNameForAnEmptyWildcard)
+TEST(GenerateWildcardRegex, ReturnsAnEmptyNameForAnEmptyWildcard)
 {
     EXPECT_TRUE(Matches(L"", L""));
     EXPECT_FALSE(Matches(L"", L"a"));

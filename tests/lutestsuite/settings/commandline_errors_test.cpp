@@ -123,7 +123,7 @@ TEST_F(CommandLineErrors, ListAllStrayArgumentsAfterParsing)
     EXPECT_THAT(GetChangedFields(m_setup), ElementsAre("external=true", "verbose=true"));
 }
 
-TEST_F(CommandLineErrors, TakeTheArgumentBehindAFlagForStray)
+TEST_F(CommandLineErrors, TreatTheArgumentAfterAFlagAsStray)
 {
     Refuse({L"--track-heap", L"1"});
 
@@ -144,7 +144,7 @@ TEST_F(CommandLineErrors, ReportStrayArgumentsBeforeAMissingDataDirectory)
     EXPECT_EQ(m_output.GetText(), L"Fehler: Unbekannte Argumente\n  eins\n");
 }
 
-TEST_F(CommandLineErrors, WinOverTheRequestForHelp)
+TEST_F(CommandLineErrors, TakePrecedenceOverTheRequestForHelp)
 {
     Refuse({L"-h", L"--unbekannt"});
 
@@ -174,7 +174,7 @@ TEST_F(CommandLineErrors, NameARememberedDataDirectoryThatIsGone)
     EXPECT_EQ(m_output.GetText(), L"Fehler: Datenverzeichnis 'weg" + separator + L"' konnte nicht gefunden werden\n");
 }
 
-TEST_F(CommandLineErrors, TakeAFileForNoDataDirectory)
+TEST_F(CommandLineErrors, RefuseAFileAsDataDirectory)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"datei", "");

@@ -99,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
         SOptionCase{{L"--response-event-id", L"r"}, {"responseEventId=r"}},
         SOptionCase{{L"--no-regex"}, {"noRegex=true"}}, SOptionCase{{L"--tolerate-warnings"}, {}}));
 
-TEST_F(CommandLine, TakesADataDirectoryUnderBothNames)
+TEST_F(CommandLine, AcceptsBothNamesOfTheDataDirectoryOption)
 {
     const ScopedFolder folder;
     for (const wchar_t* name : {L"-d", L"--data-dir"})
@@ -141,7 +141,7 @@ TEST_F(CommandLine, CollectsEveryOccurrenceOfListOptions)
     EXPECT_THAT(m_setup.dlls, ElementsAre(L"m1", L"m2"));
 }
 
-TEST_F(CommandLine, LetsALaterOccurrenceOfASingleOptionWin)
+TEST_F(CommandLine, UsesTheLastOccurrenceOfASingleOption)
 {
     Process({L"--xml", L"a.xml", L"-r", L"2", L"--delete-duplicates", L"--xml", L"b.xml", L"--repetitions", L"3",
              L"--list-duplicates"});
@@ -150,7 +150,7 @@ TEST_F(CommandLine, LetsALaterOccurrenceOfASingleOptionWin)
                 ElementsAre("repetitions=3", "repetitionsGiven=true", "xmlReport=b.xml", "duplicateMode=1"));
 }
 
-TEST_F(CommandLine, GivesParallelRunsTheHardwareThreads)
+TEST_F(CommandLine, UsesTheHardwareThreadsForParallelRuns)
 {
     for (const wchar_t* name : {L"-p", L"--parallel"})
     {
@@ -161,7 +161,7 @@ TEST_F(CommandLine, GivesParallelRunsTheHardwareThreads)
     }
 }
 
-TEST_F(CommandLine, LetsAThreadCountAfterParallelWin)
+TEST_F(CommandLine, UsesAThreadCountAfterParallel)
 {
     Process({L"-p", L"-w", L"3"});
 
@@ -221,7 +221,7 @@ TEST_F(CommandLine, ReadsBreakNumbersLeniently)
     EXPECT_THAT(GetChanges(), ElementsAre("breakAllocId=77", "breakAllocSize=0"));
 }
 
-TEST_F(CommandLine, TakesValuesThatLookLikeNothingItKnows)
+TEST_F(CommandLine, AcceptsArbitraryValues)
 {
     Process({L"-i", L"^.*(a|b)\\.txt$", L"-e", L"mit Leerzeichen", L"--dll", L"/d"});
 
@@ -245,7 +245,7 @@ TEST_F(CommandLine, IgnoresTheProgramName)
     EXPECT_THAT(GetChanges(), ElementsAre("queryMode=true"));
 }
 
-TEST_F(CommandLine, AcceptsModesWithoutADataDirectoryInSilence)
+TEST_F(CommandLine, AcceptsModesWithoutADataDirectorySilently)
 {
     for (const Arguments& arguments :
          {Arguments{L"-q"}, Arguments{L"--archive-run", L"nacht"}, Arguments{L"--diff-in", L"a.xml"}})

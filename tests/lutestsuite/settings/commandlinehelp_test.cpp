@@ -60,18 +60,18 @@ TEST_F(CommandLineHelp, IsShownOnRequestUnderBothNames)
     ExpectHelp({L"--help"});
 }
 
-TEST_F(CommandLineHelp, IsShownOnceWhateverElseIsGiven)
+TEST_F(CommandLineHelp, IsShownOnceDespiteOtherOptions)
 {
     ExpectHelp({L"-v", L"-h", L"-x", L"--help"});
     EXPECT_THAT(GetChangedFields(m_setup), ElementsAre("external=true", "verbose=true"));
 }
 
-TEST_F(CommandLineHelp, WinsOverStrayArguments)
+TEST_F(CommandLineHelp, TakesPrecedenceOverStrayArguments)
 {
     ExpectHelp({L"eins", L"-h", L"zwei"});
 }
 
-TEST_F(CommandLineHelp, WinsOverADataDirectoryAndLeavesNothingToRun)
+TEST_F(CommandLineHelp, TakesPrecedenceOverADataDirectory)
 {
     const ScopedFolder folder;
 
@@ -79,20 +79,20 @@ TEST_F(CommandLineHelp, WinsOverADataDirectoryAndLeavesNothingToRun)
     EXPECT_EQ(m_setup.dataDir, L"");
 }
 
-TEST_F(CommandLineHelp, WinsOverAMissingDataDirectory)
+TEST_F(CommandLineHelp, TakesPrecedenceOverAMissingDataDirectory)
 {
     ExpectHelp({L"-d", L"gibt es nicht", L"-h"});
     EXPECT_EQ(m_setup.dataDir, L"");
 }
 
-TEST_F(CommandLineHelp, WinsOverEveryMode)
+TEST_F(CommandLineHelp, TakesPrecedenceOverEveryMode)
 {
     ExpectHelp(
         {L"-h", L"-q", L"--archive-run", L"nacht", L"--diff-in", L"a.xml", L"--list-disabled", L"--delete-duplicates"});
     EXPECT_THAT(GetChangedFields(m_setup), testing::IsEmpty());
 }
 
-TEST_F(CommandLineHelp, IsShownWhenThereIsNothingToDo)
+TEST_F(CommandLineHelp, IsShownWithoutAMode)
 {
     ExpectHelp({L"-v"});
     ExpectHelp({L"-i", L"muster"});

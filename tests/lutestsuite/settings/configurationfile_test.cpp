@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SSettingCase{"DumpHeap", "true"}, SSettingCase{"SelectedFailed", "true"},
                     SSettingCase{"BreakAllocID", "4294967297"}, SSettingCase{"BreakAllocSize", "4294967298"}));
 
-TEST(ReadConfigXML, LeavesEverythingWithoutAFile)
+TEST(ReadConfigXML, ChangesNothingWithoutAFile)
 {
     const ScopedFolder folder;
     SConfigFileData data;
@@ -83,7 +83,7 @@ TEST(ReadConfigXML, LeavesEverythingWithoutAFile)
     EXPECT_EQ(GetFields(data), before);
 }
 
-TEST(ReadConfigXML, LeavesFieldsWithoutAnElement)
+TEST(ReadConfigXML, KeepsFieldsWithoutAnElement)
 {
     const ScopedFolder folder;
     SConfigFileData data;
@@ -94,7 +94,7 @@ TEST(ReadConfigXML, LeavesFieldsWithoutAnElement)
     EXPECT_EQ(GetChangedFields(data), (Fields{"Parallel=true", "ThreadCount=3"}));
 }
 
-TEST(ReadConfigXML, LeavesABoolWhoseTextIsInCapitals)
+TEST(ReadConfigXML, KeepsABoolWhoseTextIsInCapitals)
 {
     const SConfigFileData data = ReadConfig("<Config><Isolated>TRUE</Isolated><OpenReport>FALSE</OpenReport></Config>");
 
@@ -136,7 +136,7 @@ TEST(ReadConfigXML, ReadsEveryStoredTest)
     EXPECT_THAT(data.tests, UnorderedElementsAre(L"CErster:eins", L"CErster:zwei: 2", L"CZweiter:eins"));
 }
 
-TEST(ReadConfigXML, DoesNotCareAboutTheOrderOfElements)
+TEST(ReadConfigXML, AcceptsElementsInAnyOrder)
 {
     const SConfigFileData data = ReadConfig("<Config><Tests><T name='C'><F name='f'/></T></Tests>"
                                             "<BreakAllocID>1</BreakAllocID><Isolated>true</Isolated>"
@@ -159,7 +159,7 @@ class ReadConfigXMLSyntax : public testing::TestWithParam<const char*>
 {
 };
 
-TEST_P(ReadConfigXMLSyntax, IsAnErrorThatLeavesTheRecord)
+TEST_P(ReadConfigXMLSyntax, FailsWithoutChangingTheRecord)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"a.xml", GetParam());

@@ -61,7 +61,7 @@ TEST(GetBool, ReadsTrueAndFalse)
     EXPECT_FALSE(ReadBool("false", true));
 }
 
-TEST(GetBool, LeavesTheValueForAnyOtherText)
+TEST(GetBool, KeepsTheValueForAnyOtherText)
 {
     for (const char* text :
          {"TRUE", "FALSE", "True", "False", " true", "true ", "false\n", "1", "0", "", " ", "falsch"})
@@ -71,7 +71,7 @@ TEST(GetBool, LeavesTheValueForAnyOtherText)
     }
 }
 
-TEST(GetBool, LeavesTheValueWithoutAnElement)
+TEST(GetBool, KeepsTheValueWithoutAnElement)
 {
     bool value = true;
     LuTestSuiteUtils::GetBool(XMLNode(), value);
@@ -98,18 +98,18 @@ TEST(GetUInt32, StopsAtTheFirstNonDigit)
     EXPECT_EQ(ReadUInt32("0x20"), 0U);
 }
 
-TEST(GetUInt32, GivesZeroForLetters)
+TEST(GetUInt32, ReadsLettersAsZero)
 {
     EXPECT_EQ(ReadUInt32("viele"), 0U);
 }
 
-TEST(GetUInt32, GivesTheLargestForTooLargeANumber)
+TEST(GetUInt32, ClampsATooLargeNumber)
 {
     EXPECT_EQ(ReadUInt32("4294967296"), 4294967295U);
     EXPECT_EQ(ReadUInt32("99999999999999999999999"), 4294967295U);
 }
 
-TEST(GetUInt32, LeavesTheValueWithoutText)
+TEST(GetUInt32, KeepsTheValueWithoutText)
 {
     EXPECT_EQ(ReadUInt32(""), c_Untouched);
 
@@ -125,14 +125,14 @@ TEST(GetUInt64, ReadsDecimalNumbers)
     EXPECT_EQ(ReadUInt64("18446744073709551615"), std::numeric_limits<std::uint64_t>::max());
 }
 
-TEST(GetUInt64, IsAsLenientAsTheSmallerOne)
+TEST(GetUInt64, IsAsLenientAsGetUInt32)
 {
     EXPECT_EQ(ReadUInt64("\n 42abc"), 42U);
     EXPECT_EQ(ReadUInt64("viele"), 0U);
     EXPECT_EQ(ReadUInt64("99999999999999999999999"), std::numeric_limits<std::uint64_t>::max());
 }
 
-TEST(GetUInt64, LeavesTheValueWithoutText)
+TEST(GetUInt64, KeepsTheValueWithoutText)
 {
     EXPECT_EQ(ReadUInt64(""), c_Untouched);
 
@@ -179,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(All, GetRunParam,
                                          SKeyCase{"<TimeOutSec>60</TimeOutSec>", "timeOutSec=60"},
                                          SKeyCase{"<TestCaseMax>9</TestCaseMax>", "testCaseMax=9"}));
 
-TEST(GetRunParamOfANode, LeavesFieldsWithoutAnElementUnchanged)
+TEST(GetRunParamOfANode, KeepsFieldsWithoutAnElement)
 {
     LuTestSuiteRun::SParams params;
     params.verbose = true;
@@ -192,7 +192,7 @@ TEST(GetRunParamOfANode, LeavesFieldsWithoutAnElementUnchanged)
     EXPECT_EQ(GetFields(params), before);
 }
 
-TEST(GetRunParamOfANode, LeavesFieldsWithUnreadableTextUnchanged)
+TEST(GetRunParamOfANode, KeepsFieldsWithUnreadableText)
 {
     LuTestSuiteRun::SParams params;
     params.trackHeap = true;
@@ -205,7 +205,7 @@ TEST(GetRunParamOfANode, LeavesFieldsWithUnreadableTextUnchanged)
     EXPECT_EQ(GetFields(params), before);
 }
 
-TEST(GetRunParamOfANode, LeavesEverythingUnchangedWithoutANode)
+TEST(GetRunParamOfANode, ChangesNothingWithoutANode)
 {
     LuTestSuiteRun::SParams params;
 
@@ -214,7 +214,7 @@ TEST(GetRunParamOfANode, LeavesEverythingUnchangedWithoutANode)
     EXPECT_EQ(GetFields(params), GetFields(LuTestSuiteRun::SParams()));
 }
 
-TEST(GetRunParamOfANode, KnowsNoBreaksAndNoShowTime)
+TEST(GetRunParamOfANode, IgnoresBreaksAndShowTime)
 {
     LuTestSuiteRun::SParams params;
 

@@ -82,7 +82,7 @@ TEST(LuTestSuiteTree, IsEmptyAtFirst)
     EXPECT_EQ(tree.GetCaseCount(), 0U);
 }
 
-TEST(LuTestSuiteTree, OfNoUnitTestsHasNoRoot)
+TEST(LuTestSuiteTree, HasNoRootWithoutUnitTests)
 {
     LuTestSuiteTree tree = build({makeTest(L"/d/CA/", {L"x"})});
 
@@ -122,7 +122,7 @@ TEST(LuTestSuiteTree, NamesTheRootAfterTheLastSharedFolder)
               L"data");
 }
 
-TEST(LuTestSuiteTree, NamesTheRootOfForeignFoldersWithADash)
+TEST(LuTestSuiteTree, NamesTheRootOfUnrelatedFoldersWithADash)
 {
     EXPECT_EQ(print(build({makeTest(L"/d/CA/", {L"x"}), makeTest(L"/e/CB/", {L"y"})})), L"-(d(CA{x}) e(CB{y}))");
 }
@@ -137,12 +137,12 @@ TEST(LuTestSuiteTree, NamesTheRootAfterTheFirstFolderOfARelativePath)
     EXPECT_EQ(print(build({makeTest(L"d/CA/", {L"x"}), makeTest(L"d/CB/", {L"y"})})), L"d(CA{x} CB{y})");
 }
 
-TEST(LuTestSuiteTree, OfOneUnitTestIsItsClassNode)
+TEST(LuTestSuiteTree, ConsistsOfTheClassNodeForOneUnitTest)
 {
     EXPECT_EQ(print(build({makeTest(L"/d/CA/", {L"x"})})), L"CA{x}");
 }
 
-TEST(LuTestSuiteTree, OfOneUnitTestWithoutSeparatorAtItsEndHasTheFolderForRoot)
+TEST(LuTestSuiteTree, OfOneUnitTestWithoutTrailingSeparatorHasTheFolderAsRoot)
 {
     EXPECT_EQ(print(build({makeTest(L"/d/CA", {L"x"})})), L"d(CA{x})");
 }
@@ -160,7 +160,7 @@ TEST(LuTestSuiteTree, OrdersByCharacterValues)
     EXPECT_EQ(print(tree), L"d(CZ{x} Cb{B a 10 a 2 b ä} CÄ{x})");
 }
 
-TEST(LuTestSuiteTree, KeepsAFolderTogetherThatIsTheBeginningOfAnother)
+TEST(LuTestSuiteTree, DoesNotSplitAFolderWhoseNameStartsAnother)
 {
     // A blank is smaller than a separator.
     const LuTestSuiteTree tree =
@@ -176,7 +176,7 @@ TEST(LuTestSuiteTree, HasNoNodeForAUnitTestWithoutCases)
     EXPECT_EQ(print(tree), L"d(b(CB{y}))");
 }
 
-TEST(LuTestSuiteTree, HasARootAloneWhenNoUnitTestHasCases)
+TEST(LuTestSuiteTree, HasOnlyARootWhenNoUnitTestHasCases)
 {
     const LuTestSuiteTree tree = build({makeTest(L"/d/CA/", {}), makeTest(L"/d/CB/", {})});
 
@@ -230,7 +230,7 @@ TEST(LuTestSuiteTree, NumbersCasesPerClassInSortedOrder)
     EXPECT_EQ(tree.GetCase(2).node, findNode(tree, L"CB"));
 }
 
-TEST(LuTestSuiteTree, TakesTheKindOfCasesOver)
+TEST(LuTestSuiteTree, CopiesTheKindOfCases)
 {
     LuTestSuite::SUnitTest test = makeTest(L"/d/CA/", {L"b.txt", L"a"});
     test.cases[0].dataSetFile = test.dataDirectory + L"b.txt";

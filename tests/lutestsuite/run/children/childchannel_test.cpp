@@ -47,7 +47,7 @@ TEST(GetChildCommandLine, KeepsTheSeparatorOfRoots)
     }
 }
 
-TEST(GetChildCommandLine, HandsOnWhatTheRunWasStartedWith)
+TEST(GetChildCommandLine, PassesOnTheRunsOptions)
 {
     const std::wstring line = GetChildCommandLine({L"/d/", {L"eins", L"mit Lücke"}, false}, L"m", L"q", L"a");
 
@@ -63,7 +63,7 @@ TEST(GetChildCommandLine, AlwaysNamesADataDirectory)
 
 constexpr std::uint64_t c_Slow = 60'000;
 
-TEST(ProcessorSharing, ServesShortAnswersThatTookLong)
+TEST(ProcessorSharing, IsUsedForShortCasesWithSlowAnswers)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
     EXPECT_FALSE(sharing.IsNext());
@@ -98,7 +98,7 @@ TEST(ProcessorSharing, EndsWithTheChild)
     EXPECT_FALSE(sharing.IsNext());
 }
 
-TEST(ProcessorSharing, PausesNowAndThen)
+TEST(ProcessorSharing, IsSuspendedFromTimeToTime)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
     sharing.Learn(c_Slow);

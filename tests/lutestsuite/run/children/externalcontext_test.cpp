@@ -22,7 +22,7 @@ std::function<std::size_t()> just(std::size_t count)
     return [count] { return count; };
 }
 
-TEST(SpareChildren, AreAsManyAsCasesToCome)
+TEST(SpareChildren, MatchTheNumberOfUpcomingCases)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -35,7 +35,7 @@ TEST(SpareChildren, AreAsManyAsCasesToCome)
     EXPECT_EQ(CountHostChildren(), 1);
 }
 
-TEST(SpareChildren, AreNoMoreThanProcessors)
+TEST(SpareChildren, AreAtMostTheNumberOfProcessors)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -99,7 +99,7 @@ TEST(SpareChildren, AreReplacedWhenTheyHaveEnded)
 }
 
 /// Whoever needs one while it is being started does not start another.
-TEST(SpareChildren, AreWaitedForWhileTheyStart)
+TEST(SpareChildren, AreAwaitedWhileTheyStart)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -120,7 +120,7 @@ TEST(SpareChildren, AreWaitedForWhileTheyStart)
     EXPECT_EQ(CountHostChildren(), 1);
 }
 
-TEST(ExternalContext, GivesIsolatedCasesTheSpares)
+TEST(ExternalContext, UsesSparesForIsolatedCases)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -133,7 +133,7 @@ TEST(ExternalContext, GivesIsolatedCasesTheSpares)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-TEST(ExternalContext, LeavesTheSparesOfOthersAlone)
+TEST(ExternalContext, DoesNotTouchTheSparesOfOthers)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);

@@ -53,7 +53,7 @@ TEST_F(SharedWorkBuffer, IsNotCreatedTwice)
               L"LuTestSuiteRun::CSharedMemoryWorkBuffer::CSharedMemoryWorkBuffer");
 }
 
-TEST_F(SharedWorkBuffer, SaysWhichAccessFailed)
+TEST_F(SharedWorkBuffer, NamesTheFailedAccess)
 {
     CSharedMemoryWorkBuffer missing(LbUniqueId::Generate(), CSharedMemoryWorkBuffer::eO_Open);
 
@@ -70,7 +70,7 @@ protected:
     SWorkBuffer& GetBuffer() { return *m_buffer.GetWriteAccess(); }
 };
 
-TEST_F(BrokenWorkBuffer, HasNoOtherResultsThanThoseThatThereAre)
+TEST_F(BrokenWorkBuffer, MapsInvalidResultsToUnknown)
 {
     GetBuffer().result = 8;
     EXPECT_EQ(LuTestSuiteRun::LoadResult(GetBuffer()), ECaseRunResult::TimeOut);
@@ -81,7 +81,7 @@ TEST_F(BrokenWorkBuffer, HasNoOtherResultsThanThoseThatThereAre)
     }
 }
 
-TEST_F(BrokenWorkBuffer, HasNoMoreMessagesThanThereIsRoomFor)
+TEST_F(BrokenWorkBuffer, LimitsTheMessageLengthToTheField)
 {
     GetBuffer().messageLength = 0xFFFFFFFFU;
 
@@ -90,14 +90,14 @@ TEST_F(BrokenWorkBuffer, HasNoMoreMessagesThanThereIsRoomFor)
     EXPECT_EQ(GetBuffer().messageLength, LuTestSuiteRun::c_MessageMax);
 }
 
-TEST_F(BrokenWorkBuffer, HasNamesThatEnd)
+TEST_F(BrokenWorkBuffer, HasTerminatedNames)
 {
     std::memset(GetBuffer().className, 'a', sizeof(GetBuffer().className));
 
     EXPECT_EQ(LuTestSuiteRun::LoadName(GetBuffer().className).size(), LuTestSuiteRun::c_NameCapacity);
 }
 
-TEST_F(BrokenWorkBuffer, HasFlagsThatAreSetOrNot)
+TEST_F(BrokenWorkBuffer, TreatsAnyNonZeroFlagAsSet)
 {
     std::memset(static_cast<void*>(&GetBuffer().params), 0xFE, sizeof(GetBuffer().params));
 

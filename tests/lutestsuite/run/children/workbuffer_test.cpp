@@ -40,7 +40,7 @@ TEST_F(WorkBuffer, RefusesANameOf1024CharactersAndKeepsTheFormerOne)
     EXPECT_EQ(LoadName(m_buffer->className), L"vorher");
 }
 
-TEST_F(WorkBuffer, CountsPairsOfNamesTwice)
+TEST_F(WorkBuffer, CountsSurrogatePairsAsTwoUnits)
 {
     EXPECT_TRUE(StoreName(m_buffer->caseName, std::wstring(1021, L'n') + c_Pair));
     EXPECT_EQ(LoadName(m_buffer->caseName), std::wstring(1021, L'n') + c_Pair);
@@ -75,7 +75,7 @@ TEST_F(WorkBuffer, CutsMessagesAtTheirLimit)
     EXPECT_EQ(m_buffer->messages[c_MessageMax], u'\0');
 }
 
-TEST_F(WorkBuffer, LeavesOutAPairThatFitsByHalf)
+TEST_F(WorkBuffer, OmitsASurrogatePairThatFitsOnlyHalf)
 {
     AppendMessages(*m_buffer, std::wstring(c_MessageMax - 1, L'a') + c_Pair + L"b");
 
@@ -83,7 +83,7 @@ TEST_F(WorkBuffer, LeavesOutAPairThatFitsByHalf)
     EXPECT_EQ(m_buffer->messages[c_MessageMax - 1], u'\0');
 }
 
-TEST_F(WorkBuffer, LeavesOutAPairThatFitsByHalfBehindOthers)
+TEST_F(WorkBuffer, OmitsASurrogatePairThatFitsOnlyHalfAfterOtherMessages)
 {
     AppendMessages(*m_buffer, std::wstring(c_MessageMax - 3, L'a') + c_Pair);
     AppendMessages(*m_buffer, c_Pair);
@@ -100,7 +100,7 @@ TEST_F(WorkBuffer, KeepsAPairThatEndsAtTheLimit)
     EXPECT_EQ(LoadMessages(*m_buffer), text);
 }
 
-TEST_F(WorkBuffer, TrustsNoLengthBeyondTheLimit)
+TEST_F(WorkBuffer, ClampsALengthBeyondTheLimit)
 {
     AppendMessages(*m_buffer, L"a");
     m_buffer->messageLength = 4'294'967'295U;
@@ -123,14 +123,14 @@ TEST_F(WorkBufferRequest, IsTakenOnce)
     EXPECT_FALSE(LuTestSuiteRun::TakeRequest(*m_buffer));
 }
 
-TEST_F(WorkBufferRequest, IsNotThereBeforeTheFirst)
+TEST_F(WorkBufferRequest, IsAbsentInAClearedBuffer)
 {
     LuTestSuiteRun::ClearRequest(*m_buffer);
 
     EXPECT_FALSE(LuTestSuiteRun::TakeRequest(*m_buffer));
 }
 
-TEST_F(WorkBufferRequest, IsAnsweredByItsNumberOnly)
+TEST_F(WorkBufferRequest, IsAnsweredOnlyUnderItsNumber)
 {
     LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
     ASSERT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
@@ -154,7 +154,7 @@ TEST_F(WorkBufferRequest, IsTakenOrWithdrawn)
     EXPECT_FALSE(LuTestSuiteRun::WithdrawRequest(*m_buffer, sc_uiNumber));
 }
 
-TEST_F(WorkBufferRequest, HasNumbersOf30Bits)
+TEST_F(WorkBufferRequest, HasA30BitNumber)
 {
     LuTestSuiteRun::SubmitRequest(*m_buffer, LuTestSuiteRun::c_MostRequests);
 
