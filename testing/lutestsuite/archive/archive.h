@@ -1,4 +1,4 @@
-/// The configuration of archive runs, and how one is carried out.
+/// The configuration of archive runs and the execution of its entries.
 #pragma once
 
 #include <cstdint>
@@ -20,9 +20,9 @@ struct SArchiveRun
     std::wstring config;    ///< "Debug" or "Release"
     std::wstring platform;  ///< "Win32" or "x64"
     std::wstring dataDir;
-    std::wstring outDir; ///< the folder whose "Archive" takes the reports
+    std::wstring outDir; ///< reports are stored in "Archive" below this folder
     LuTestSuiteRun::SParams params;
-    std::vector<std::wstring> dlls; ///< test modules that the call names; the configuration names none
+    std::vector<std::wstring> dlls; ///< test modules named on the command line; the configuration has no modules
 };
 
 /// Files of the child process, which are moved to the archive.
@@ -32,18 +32,18 @@ struct STemporaryReports
     std::wstring html;
 };
 
-/// All entries of a file, in its order; what an entry does not say comes from the setup. Throws a German message as
-/// std::wstring when the file is missing or no such configuration, or an entry is for an unknown build.
+/// All entries of a file, in file order; the setup provides values that an entry omits. Throws a German message as
+/// std::wstring if the file is missing, is not such a configuration, or has an entry for an unknown build.
 std::vector<SArchiveRun> ReadArchiveRuns(const std::wstring& path, const LuTestSuiteSetup& setup);
 
 /// The child's arguments as one text.
 std::wstring GetArchiveRunArguments(const SArchiveRun& run, const STemporaryReports& reports);
 
-/// As long as the child process of an entry may take.
+/// The time limit of the child process of an entry.
 inline constexpr std::uint32_t c_ArchiveTimeOutSec = 8 * 60 * 60;
 
-/// Carries out one entry; the child process may take `timeOutSec` seconds. Throws a German message as std::wstring when
-/// the entry names what does not exist.
+/// Executes one entry; the child process may take `timeOutSec` seconds. Throws a German message as std::wstring if a
+/// file or directory that the entry names does not exist.
 void ExecuteArchiveRun(SArchiveRun run, std::uint32_t timeOutSec = c_ArchiveTimeOutSec);
 
 } // namespace LuTestSuite

@@ -1,4 +1,4 @@
-/// Reading the configuration of archive runs.
+/// Reads the configuration of archive runs.
 
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"

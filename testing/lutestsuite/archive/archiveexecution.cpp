@@ -1,4 +1,4 @@
-/// One archive run: the child process, its reports, the archive.
+/// Executes one archive run: starts the child process and archives its reports.
 
 #include <algorithm>
 #include <string_view>
@@ -31,7 +31,7 @@ constexpr std::wstring_view c_PageSuffix = L"-Report.html";
 
 void complete(std::wstring& directory)
 {
-    // With a separator it would become the root of all.
+    // An empty path with a separator would be the root directory.
     if (directory.empty())
     {
         throwMissing(directory);
@@ -54,7 +54,7 @@ void completeDirectories(SArchiveRun& run)
     {
         throwMissing(run.outDir);
     }
-    // The child works in another folder than the paths are meant from.
+    // The child runs in another folder than the one that relative paths refer to.
     for (std::wstring* directory : {&run.binaryDir, &run.dataDir, &run.outDir})
     {
         *directory = LbOs::GetFullPath(*directory);
@@ -86,8 +86,8 @@ std::wstring getSuffix(const SArchiveRun& run)
                     run.config == L"Debug" ? L"debug" : L"release");
 }
 
-/// The archive has the report whole or not at all; one that it cannot take stays where it is. A report that the child
-/// never wrote leaves the archive without one.
+/// Archives the report as a whole or not at all; a report that cannot be archived stays in the child's folder. Without
+/// a report of the child the archive gets none.
 bool moveReport(const std::wstring& report, const std::wstring& target)
 {
     if (!LbFileSystem::IsFile(report))
@@ -112,15 +112,15 @@ bool moveReport(const std::wstring& report, const std::wstring& target)
     }
 }
 
-/// Whether a page that could not be archived stands there still, or another run's.
+/// True if a page that could not be archived, or the page of another run, is still in the folder.
 bool hasPages(const std::wstring& folder)
 {
     return std::ranges::any_of(LbFileSystem::GetFileNames(folder),
                                [](const std::wstring& name) { return name.ends_with(c_PageSuffix); });
 }
 
-/// The style sheet and the script that the page links are written anew: the child's lie where other runs may take them
-/// away at any time. They stay there as long as another page may need them.
+/// Writes the style sheet and the script that the page links to again: other runs may delete the child's copies at any
+/// time. Keeps the child's copies while another page may need them.
 void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
 {
     try
@@ -146,7 +146,7 @@ void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
 void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const std::wstring& timestamp)
 {
     const std::wstring archive = LuTestSuiteUtils::AddBackslash(run.outDir + L"Archive");
-    // Without it the reports cannot be archived, each of which says so.
+    // Without this folder the reports cannot be archived; each of them prints its own error.
     LuTestSuiteUtils::AssertDirectory(archive);
     const std::wstring stem = LbFormat(L"%sReport%s.%s", archive, getSuffix(run), timestamp);
     moveReport(reports.xml, stem + L".xml");

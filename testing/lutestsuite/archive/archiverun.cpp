@@ -1,4 +1,4 @@
-/// The mode that carries out a configured run and keeps its reports.
+/// The mode that executes a configured run and archives its reports.
 
 #include <algorithm>
 

@@ -20,7 +20,7 @@ void CProgress::Set(std::uint64_t value)
 
 std::uint64_t CProgress::Await(std::uint64_t value)
 {
-    // Falling asleep and waking up would take as long as reading a piece does.
+    // Sleeping and waking up would take as long as reading a piece.
     constexpr std::chrono::microseconds c_Spinning(200);
     const auto end = std::chrono::steady_clock::now() + c_Spinning;
     while (m_value < value && std::chrono::steady_clock::now() < end)
@@ -61,7 +61,7 @@ std::size_t CBackgroundReader::Await(std::size_t count)
     {
         return static_cast<std::size_t>(bytes);
     }
-    // All that was read counts, also before a failure.
+    // All bytes read count, even if a failure follows.
     if (m_total >= count)
     {
         return m_total;
@@ -105,7 +105,7 @@ void CBackgroundReader::work()
 
 void CBackgroundReader::read()
 {
-    // As long as a processor's own cache holds it, others are quick to take it over.
+    // A piece that fits into the processor's cache is passed quickly to another thread.
     constexpr std::size_t c_PieceSize = 64 * 1024;
     while (m_total < m_size)
     {

@@ -1,4 +1,4 @@
-/// Reading ahead of whoever uses the bytes.
+/// Reads ahead on a thread.
 #pragma once
 
 #include <atomic>
@@ -16,14 +16,14 @@
 namespace LuTestSuite
 {
 
-/// A number that one thread raises and another waits for.
+/// A number that one thread increases and another thread waits for.
 class CProgress
 {
 public:
-    /// May lower it, too, while nobody waits.
+    /// May also decrease the number while no thread waits.
     void Set(std::uint64_t value);
 
-    /// Gives the number when it is `value` or more.
+    /// Waits until the number is at least `value`, and returns it.
     std::uint64_t Await(std::uint64_t value);
 
 private:
@@ -32,27 +32,27 @@ private:
     std::condition_variable m_changed;
 };
 
-/// Reads one thing after the other, each by pieces, in a thread of its own. Used by one other thread.
+/// Reads one source after another, in pieces, on its own thread. Used by one other thread.
 class CBackgroundReader : public INonCopyable
 {
 public:
-    /// Reads up to so many bytes to a place; fewer only at the end. May throw.
+    /// Reads up to the given number of bytes into a buffer; fewer only at the end. May throw.
     using Source = std::function<std::size_t(void* buffer, std::size_t size)>;
 
-    /// Throws std::system_error when there is no thread to be had.
+    /// Throws std::system_error if the thread cannot be started.
     CBackgroundReader();
 
-    /// Only when nothing is being read, see AwaitEnd.
+    /// Precondition: no read is in progress, see AwaitEnd.
     ~CBackgroundReader();
 
-    /// Begins to read `size` bytes, when nothing is being read.
+    /// Starts reading `size` bytes. Precondition: no read is in progress.
     void Start(Source source, char* buffer, std::size_t size);
 
-    /// Waits until the first `count` bytes or more are there, and gives how many are. When there are never so many it
-    /// throws LbException, or what the source has thrown, and nothing is being read any more.
+    /// Waits until at least the first `count` bytes are read, and returns how many are. If the source has fewer bytes,
+    /// throws LbException or what the source threw; then no read is in progress.
     std::size_t Await(std::size_t count);
 
-    /// Waits until nothing is being read, and gives how many bytes there are. Throws what the source has thrown.
+    /// Waits until no read is in progress, and returns the number of bytes read. Throws what the source threw.
     std::size_t AwaitEnd();
 
 private:
@@ -61,7 +61,7 @@ private:
     void work();
     void read();
 
-    Source m_source; ///< none: the thread ends
+    Source m_source; ///< empty: the thread ends
     char* m_buffer = nullptr;
     std::size_t m_size = 0;
     std::size_t m_total = 0;
@@ -69,7 +69,7 @@ private:
     std::uint64_t m_requestCount = 0;
     CProgress m_requests;
     CProgress m_bytes;
-    std::thread m_thread; ///< the last member: it uses all others
+    std::thread m_thread; ///< last, because it uses all other members
 };
 
 } // namespace LuTestSuite

@@ -14,7 +14,7 @@ namespace
 
 using LuTestSuite::SDataSet;
 
-/// Calls `visit(redundant, kept)` for each data set that there is a better one of.
+/// Calls `visit(redundant, kept)` for each redundant data set.
 template<typename F>
 void visitRedundant(const std::vector<LuTestSuite::SDuplicates>& results, const F& visit)
 {
@@ -30,7 +30,8 @@ void visitRedundant(const std::vector<LuTestSuite::SDuplicates>& results, const 
     }
 }
 
-/// Whoever writes to a file meanwhile makes its content another one. Its names may have become fewer.
+/// True if the file was not written meanwhile: writing changes its size or its time. Other names of it may have been
+/// deleted.
 bool isUnchanged(const SDataSet& dataSet)
 {
     const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(dataSet.path);
@@ -87,7 +88,7 @@ void CDeletion::DeleteLinks()
     {
         const std::wstring place = std::move(pending.back());
         pending.pop_back();
-        // One that another leads through comes up again when that one is gone.
+        // A link that another link passes through is tried again when the other one is deleted.
         const auto link = m_uses.Has(place) ? redundant.end() : redundant.find(place);
         if (link == redundant.end())
         {
@@ -130,7 +131,7 @@ bool CDeletion::Delete(const SDataSet& dataSet, const SDataSet& kept)
     return true;
 }
 
-/// One folder at a time, so that two deletions never wait for each other.
+/// Locks one folder at a time, so that two deletions never deadlock.
 void CDeletion::lock(const std::wstring& folder)
 {
     if (m_lockedFolder == folder)
@@ -147,14 +148,15 @@ void CDeletion::lock(const std::wstring& folder)
     }
 }
 
-/// Contents first, since whoever changes a file while it is read gives it another time.
+/// Compares contents first: the time then shows whether the file was written during the comparison.
 bool CDeletion::mayGo(const SDataSet& dataSet, const SDataSet& kept)
 {
     return (LbOs::AreSameFile(dataSet.path, kept.path) || LbFileSystem::HaveSameContent(dataSet.path, kept.path)) &&
            isUnchanged(dataSet) && isUnchanged(kept);
 }
 
-/// None for what stands behind a link between the data directory and the data set: it belongs to somebody else.
+/// Empty for a path behind a link between the data directory and the data set: such files do not belong to the data
+/// directory.
 std::wstring CDeletion::getOwnPlace(const SDataSet& dataSet) const
 {
     if (!dataSet.unitTestPath.starts_with(m_dataDirectory))

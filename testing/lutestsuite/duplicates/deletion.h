@@ -1,4 +1,4 @@
-/// Deleting data sets of which there are copies.
+/// Deletes duplicate data sets.
 #pragma once
 
 #include <memory>
@@ -15,24 +15,24 @@
 namespace LuTestSuite
 {
 
-/// Deletes what is redundant and nothing else, however links lead from one place to another: no place that a link leads
-/// through, as long as that link is there, and none that is kept, nor what has changed since it was compared, nor what
-/// differs in any byte from the file that is kept. Nothing at all when some links may not be known.
+/// Deletes only redundant data sets. Never deletes a file that is kept, a place on the path of an existing link, a file
+/// that has changed since it was compared, or a file that differs in any byte from the kept one. Deletes nothing if
+/// some links may be unknown.
 ///
-/// Each file is checked and deleted under the lock of its unit test's folder: two deletions at once that keep different
-/// files of a set would else both find the other's file in its place and delete it. A folder that takes no locks costs
-/// a warning.
+/// Checks and deletes each file under a lock of its unit test's folder: otherwise two concurrent deletions that keep
+/// different files of a set would delete both. A folder that cannot be locked causes a warning.
 class CDeletion
 {
 public:
-    /// Looks at all sets before anything is deleted: a file may be redundant in its own set and kept by another's link.
-    /// Prints a line for each place that cannot be searched for links. The results are to live as long.
+    /// Examines all sets before anything is deleted: a file may be redundant in its own set but needed by a kept link
+    /// of another set. Prints a line for each place that cannot be searched for links. The results must outlive the
+    /// object.
     CDeletion(const std::vector<SDuplicates>& results, const std::wstring& dataDir);
 
-    /// Deletes the redundant links, so that what they led through is free. Before all else.
+    /// Deletes the redundant links, so that they no longer protect the places on their paths. Call before Delete.
     void DeleteLinks();
 
-    /// Deletes what is no link, too. True when the data set is away; false when that failed, or must not be.
+    /// Deletes a data set, file or link. True if it no longer exists; false if deletion failed or is forbidden.
     bool Delete(const SDataSet& dataSet, const SDataSet& kept);
 
 private:
@@ -41,15 +41,15 @@ private:
     static bool mayGo(const SDataSet& dataSet, const SDataSet& kept);
 
     const std::vector<SDuplicates>& m_results;
-    std::wstring m_dataDirectory; ///< as the paths of unit tests begin
+    std::wstring m_dataDirectory; ///< as in the paths of unit tests
     std::wstring m_canonicalDirectory;
     bool m_areLinksKnown = true;
-    std::unordered_map<std::wstring, std::vector<std::wstring>> m_chains; ///< of the links that are there, by place
-    CPlaceUses m_uses;                                                    ///< by links and kept data sets
+    std::unordered_map<std::wstring, std::vector<std::wstring>> m_chains; ///< of the existing links, by place
+    CPlaceUses m_uses;                                                    ///< places needed by links and kept data sets
     std::unordered_set<std::wstring> m_deleted;                           ///< paths
     std::wstring m_lockedFolder;
-    std::unique_ptr<LbOs::CFolderLock> m_lock;   ///< null where there is none to be had
-    std::unordered_set<std::wstring> m_lockless; ///< folders without locks, by now told
+    std::unique_ptr<LbOs::CFolderLock> m_lock;   ///< null if the folder cannot be locked
+    std::unordered_set<std::wstring> m_lockless; ///< folders that cannot be locked and have been reported
 };
 
 } // namespace LuTestSuite

@@ -1,4 +1,4 @@
-/// The mode that finds data sets of identical content, and deletes all but the oldest of each.
+/// The mode that finds data sets of identical content and deletes all but the oldest of each.
 
 #include <optional>
 
@@ -58,7 +58,7 @@ void listDuplicates(const DuplicateSet& set)
     }
 }
 
-/// Without a deletion the sets are listed.
+/// Modes that delete nothing list the sets.
 void writeSets(const SDuplicates& duplicates, std::optional<LuTestSuite::CDeletion>& deletion)
 {
     if (duplicates.sets.empty())
@@ -103,7 +103,7 @@ void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTe
         return;
     }
     std::optional<LuTestSuite::CDeletion> deletion;
-    // Without anything to delete there is nothing to search for, least of all where no directory was named.
+    // Skips the search for links if nothing is to be deleted, especially without a data directory.
     if (setup.duplicateMode == eDM_Delete && redundantCount > 0)
     {
         deletion.emplace(results, setup.dataDir);

@@ -17,14 +17,14 @@ struct SDataSet
     std::wstring unitTestPath;
     std::wstring caseName;
     std::wstring path;
-    std::wstring modificationTime; ///< the order of these texts is the order of times
-    LbOs::SFileStatus status;      ///< from before the checksum was computed
+    std::wstring modificationTime; ///< sorts as text in the order of time
+    LbOs::SFileStatus status;      ///< read before the checksum was computed
 };
 
-/// Data sets of one content, at least two, the one to keep first.
+/// Two or more data sets of identical content; the one to keep comes first.
 using DuplicateSet = std::vector<SDataSet>;
 
-/// Those of one unit test.
+/// The sets of one unit test.
 struct SDuplicates
 {
     std::wstring unitTestPath;

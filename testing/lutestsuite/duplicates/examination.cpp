@@ -22,17 +22,17 @@ namespace
 enum class EState
 {
     Candidate, ///< may be a duplicate
-    Different, ///< from all others, as far as that is asked for
+    Different, ///< from all others, as far as the mode needs to know
     Unreadable
 };
 
-/// What is known of a file, more with each step.
+/// The known facts about a file; each step adds some.
 struct SExaminedFile
 {
     const STestCase* testCase = nullptr;
     EState state = EState::Candidate;
-    LbOs::SFileStatus status = {}; ///< from before anything is read
-    Checksum checksum = {};        ///< of the beginning, then of the whole
+    LbOs::SFileStatus status = {}; ///< read before the content
+    Checksum checksum = {};        ///< of the beginning, then of the whole file
     std::wstring modificationTime;
 
     const std::wstring& GetPath() const { return testCase->dataSetFile; }
@@ -60,7 +60,7 @@ struct SContentHash
     }
 };
 
-/// Calls `examine` for each candidate; one for which it throws cannot be read.
+/// Calls `examine` for each candidate; a candidate for which it throws is marked unreadable.
 template<typename F>
 void examineEach(ExaminedFiles& files, const F& examine)
 {
@@ -81,7 +81,7 @@ void examineEach(ExaminedFiles& files, const F& examine)
     }
 }
 
-/// Candidates that share nothing known with another one leave.
+/// Drops candidates that no other candidate matches.
 template<typename F>
 void leaveOutDifferent(ExaminedFiles& files, const F& leave)
 {
@@ -108,7 +108,7 @@ ExaminedFiles findFiles(const SUnitTest& test)
             continue;
         }
         const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(path);
-        // Opening a pipe would wait for somebody who writes to it.
+        // Opening a pipe would block until another process writes to it.
         const bool isReadable = status && status->isRegularFile;
         if (isReadable || LbFileSystem::IsFile(path))
         {
@@ -119,10 +119,10 @@ ExaminedFiles findFiles(const SUnitTest& test)
     return files;
 }
 
-/// A file that is not read is reported all the same when it cannot be opened.
+/// Excludes a file without reading it, but reports it if it cannot be opened.
 void leaveUnread(SExaminedFile& file)
 {
-    // What has no size may have content, which reading shows.
+    // A file of size 0 may have content, as in /proc; only reading shows it.
     if (file.status.size > 0)
     {
         const LbOs::FileHandle opened = LbOs::OpenForReading(file.GetPath());
@@ -161,7 +161,7 @@ ExaminedFiles examineFiles(const SUnitTest& test, CFileChecksums& checksums)
     examineEach(files, leaveOutTooLong);
     leaveOutDifferent(files, leaveUnread);
     examineEach(files, [&checksums](SExaminedFile& file) {
-        // A shorter one is read by the same call as its beginning.
+        // A shorter file is read only once, as a whole.
         if (static_cast<std::uint64_t>(file.status.size) > CFileChecksums::sc_uiBeginning)
         {
             file.checksum = checksums.GetOfBeginning(file.GetPath());
@@ -189,7 +189,7 @@ std::vector<std::vector<SDataSet>> groupByChecksum(const SUnitTest& test, Examin
     return groups;
 }
 
-/// The first of the oldest goes to the front, the others keep their order.
+/// Moves the first of the oldest data sets to the front; the others keep their order.
 void putOldestFirst(DuplicateSet& set)
 {
     const auto oldest = std::ranges::min_element(set, {}, &SDataSet::modificationTime);

@@ -1,4 +1,4 @@
-/// Which data sets of a unit test have the same content.
+/// Finds the data sets of a unit test that have the same content.
 #pragma once
 
 #include <vector>
@@ -10,10 +10,10 @@
 namespace LuTestSuite
 {
 
-/// Finds the duplicates among the data sets of a unit test, which its cases name; two cases of one file are one data
-/// set. Sets come in the order of first appearance, records in case order behind the one to keep. Files that must
-/// differ from all others, by their sizes or their first bytes, are not read as a whole. Prints a line for each file
-/// that cannot be read, in case order.
+/// Finds the duplicates among the data sets that the cases of a unit test name; two cases of one file are one data set.
+/// Sets are ordered by first appearance; inside a set the data set to keep comes first, the others follow in case
+/// order. Does not read files completely if size or first bytes distinguish them from all others. Prints a line for
+/// each file that cannot be read, in case order.
 SDuplicates ExamineDataSets(const SUnitTest& test, CFileChecksums& checksums);
 
 } // namespace LuTestSuite

@@ -1,5 +1,5 @@
-/// Large files are read by a thread of their own while their beginning is hashed: one thread that does both takes twice
-/// as long as reading takes. For small files the hand-over would cost more than it saves.
+/// A second thread reads large files while this one hashes: doing both in one thread takes twice as long as reading.
+/// For small files the thread's overhead exceeds the gain.
 
 #include "testing/lutestsuite/duplicates/filechecksums.h"
 
@@ -31,7 +31,7 @@ std::optional<LuMurmurHash3::S128> CFileChecksums::Get(const std::wstring& path)
     {
         return std::nullopt;
     }
-    // One byte more than the file had shows that it grew meanwhile.
+    // One byte more than the file's size shows whether the file has grown meanwhile.
     reserve(static_cast<std::size_t>(size) + 1);
     return size >= c_LargeFile && hasReader() ? computeWhileReading(file, static_cast<std::uint32_t>(size))
                                               : readAndCompute(file, static_cast<std::uint32_t>(size));
@@ -55,7 +55,7 @@ bool CFileChecksums::hasReader()
         }
         catch (const std::system_error&)
         {
-            // A system short of threads: one does both as well.
+            // If no thread can be started, this one does both.
         }
     }
     return m_reader != nullptr;
@@ -66,7 +66,7 @@ void CFileChecksums::reserve(std::size_t size)
     if (m_capacity < size)
     {
         m_capacity = 0;
-        // First, or there would be memory for two files.
+        // Released first; otherwise two files would occupy memory.
         m_buffer.reset();
         m_buffer = std::make_unique_for_overwrite<char[]>(size);
         m_capacity = size;

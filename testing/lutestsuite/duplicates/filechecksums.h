@@ -16,7 +16,7 @@ namespace LuTestSuite
 
 class CBackgroundReader;
 
-/// Reads whole files, one at a time, and computes their checksums. The memory for a file serves the next one, too. One
+/// Reads whole files, one at a time, and computes their checksums. Reuses the memory of a file for the next one. One
 /// thread at a time.
 class CFileChecksums : public INonCopyable
 {
@@ -24,14 +24,13 @@ public:
     CFileChecksums();
     ~CFileChecksums();
 
-    /// Nothing for a file that is too long for a checksum. Throws LbException when the file cannot be read as a whole.
+    /// Empty for a file that is too long for a checksum. Throws LbException if the file cannot be read completely.
     std::optional<LuMurmurHash3::S128> Get(const std::wstring& path);
 
-    /// Bytes of a beginning: as many as a file system reads at once anyway.
+    /// Size of a beginning in bytes: file systems read at least that much at once.
     static constexpr std::size_t sc_uiBeginning = 4096;
 
-    /// The checksum of the first bytes, of all that there are in a shorter file. Throws LbException when they cannot be
-    /// read.
+    /// The checksum of the first bytes, or of a whole shorter file. Throws LbException if they cannot be read.
     LuMurmurHash3::S128 GetOfBeginning(const std::wstring& path);
 
 private:
@@ -42,7 +41,7 @@ private:
 
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_capacity = 0;
-    std::unique_ptr<CBackgroundReader> m_reader; ///< made for the first large file
+    std::unique_ptr<CBackgroundReader> m_reader; ///< created for the first large file
 };
 
 } // namespace LuTestSuite

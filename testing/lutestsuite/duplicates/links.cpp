@@ -11,10 +11,10 @@ namespace
 
 using LuTestSuite::SLinks;
 
-/// More than any system follows.
+/// More links than any system follows.
 constexpr std::size_t c_LongestChain = 64;
 
-/// The places behind a link that says that it leads to `target`.
+/// The places on the path of a link to `target`.
 std::vector<std::wstring> getChain(const std::wstring& link, std::wstring target)
 {
     std::vector<std::wstring> chain;
@@ -28,7 +28,7 @@ std::vector<std::wstring> getChain(const std::wstring& link, std::wstring target
         target = LbOs::GetLinkTarget(place);
         chain.push_back(std::move(place));
     }
-    // Should the system go another way, what it finds counts, too.
+    // If the system resolves the path differently, its result counts too.
     std::wstring file = LbOs::GetCanonicalPath(link);
     if (!file.empty() && (chain.empty() || file != chain.back()))
     {
@@ -105,7 +105,7 @@ private:
             m_result.unreadPlaces.push_back(std::move(place));
             return;
         }
-        // What a folder that may not be entered hides may lead on into the data directory.
+        // A folder without access may hide links into the data directory.
         if (LbOs::QueryEntry(place) == LbOs::EEntry::Missing && !LbOs::IsMissing(place))
         {
             m_result.unreadPlaces.push_back(std::move(place));

@@ -1,4 +1,5 @@
-/// The links of a data directory. A place is the one name of a file or a link, as LbOs::GetCanonicalPlace gives it.
+/// The links of a data directory. A place is the unique name of a file or a link, as returned by
+/// LbOs::GetCanonicalPlace.
 #pragma once
 
 #include <string>
@@ -10,17 +11,16 @@ namespace LuTestSuite
 struct SLink
 {
     std::wstring place;
-    std::vector<std::wstring>
-        chain; ///< the places that it leads through, that of the file the last; may hold one twice
+    std::vector<std::wstring> chain; ///< the places on its path, the file's place last; may contain duplicates
 };
 
 struct SLinks
 {
-    std::vector<SLink> links;               ///< to files; nothing but a folder's content depends on links to folders
-    std::vector<std::wstring> unreadPlaces; ///< folders and links that may hide more
+    std::vector<SLink> links;               ///< links to files; links to folders matter only through the folders' files
+    std::vector<std::wstring> unreadPlaces; ///< folders and links that may hide more links
 };
 
-/// Finds the links below a directory, and below the folders that links there lead to; each folder is searched once.
+/// Finds the links below a directory, and below the folders that these links lead to; searches each folder once.
 SLinks FindLinks(const std::wstring& directory);
 
 } // namespace LuTestSuite

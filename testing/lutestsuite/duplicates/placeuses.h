@@ -1,4 +1,4 @@
-/// The places that must stay.
+/// The places that must not be deleted.
 #pragma once
 
 #include <cstddef>
@@ -12,28 +12,29 @@
 namespace LuTestSuite
 {
 
-/// Counts how often places are needed, which are names as LbOs::GetCanonicalPlace gives them. One entry of a folder may
-/// have several of them all the same: where a folder is mounted twice, or the file system takes letters of both cases.
+/// Counts how often each place, as returned by LbOs::GetCanonicalPlace, is needed. One folder entry may still have
+/// several places: if a folder is mounted twice, or the file system ignores letter case.
 class CPlaceUses
 {
 public:
     void Add(const std::wstring& place);
     void Remove(const std::wstring& place);
 
-    /// True when the entry at `place` is needed by whatever name, also when that cannot be told. A hard link is an
-    /// entry of its own: it is not needed because another name of its file is.
+    /// True if the entry at `place` is needed under any name, or if that is unknown. A hard link is its own entry: it
+    /// is not needed because another name of its file is.
     bool Has(const std::wstring& place) const;
 
 private:
-    /// As it is written, whatever else the file system would take for it.
+    /// Compares names literally, without the file system's equivalences.
     bool isListed(const std::wstring& folder, const std::wstring& name) const;
 
-    /// Whether two names of one file that has several are hard links. The first is as its folder lists it.
+    /// True if two names of a file with several names are hard links. The first name is spelled as its folder lists it.
     bool areTwoEntries(const std::wstring& place, const std::wstring& otherPlace) const;
 
     std::unordered_map<std::wstring, std::size_t> m_counts;                   ///< at least 1
-    std::map<LbOs::SFileIdentity, std::unordered_set<std::wstring>> m_places; ///< those that were ever added
-    /// What folders of needed places list, once it was asked for: these are not among what goes.
+    std::map<LbOs::SFileIdentity, std::unordered_set<std::wstring>> m_places; ///< all that were ever added
+    /// The names in the folders of needed places, read on first use. Needed entries are never deleted, so their names
+    /// stay valid.
     mutable std::unordered_map<std::wstring, std::unordered_set<std::wstring>> m_listings;
 };
 

@@ -7,7 +7,7 @@
 namespace LuTestSuite
 {
 
-/// German note; empty if there is no leak.
+/// The German note; empty if the case leaked nothing.
 std::wstring GetLeakNote(std::int64_t bytes);
 
 } // namespace LuTestSuite

@@ -41,7 +41,7 @@ void addKeys(std::vector<SKeyed<Entry>>& keyed, const std::vector<Entry>& entrie
     }
 }
 
-/// By what the comparison looks at: of two entries with equal ranks either will do.
+/// What the comparison considers: of two entries with equal ranks either will do.
 auto getRank(const SClass& testClass)
 {
     const std::int64_t unsuccessful = std::int64_t{testClass.CasesTotal} - testClass.Successful;
@@ -53,7 +53,8 @@ auto getRank(const SCase& testCase)
     return std::tuple(LuTestSuiteReport::getReportResult(testCase.Result), testCase.Result, testCase.Warning);
 }
 
-/// The worst entry of a key stands for all of them, so that no later success hides a failure; of equals the last.
+/// The worst entry represents all entries of its key, so that a later success does not hide a failure; among equal
+/// entries the last one is kept.
 template<typename Entry>
 void keepWorst(const std::vector<Entry>& entries, std::uint32_t candidate, std::uint32_t& kept)
 {
@@ -64,7 +65,7 @@ void keepWorst(const std::vector<Entry>& entries, std::uint32_t candidate, std::
     }
 }
 
-/// The positions of both sides by key, each key once.
+/// The positions on both sides by key; each key occurs once.
 template<typename Match, typename Entry>
 std::vector<Match> matchKeys(const std::vector<Entry>& a, const std::vector<Entry>& b)
 {
@@ -97,7 +98,7 @@ std::vector<Match> matchKeys(const std::vector<Entry>& a, const std::vector<Entr
     return matches;
 }
 
-/// Growing is bad.
+/// Growth is worse.
 EDiffState compareGrowth(std::int64_t growth)
 {
     if (growth == 0)
@@ -155,7 +156,7 @@ EDiffState getStateAlone(const SCase& testCase, bool warningCounts)
     return !isOk(testCase) || (warningCounts && testCase.Warning) ? EDiffState::Worse : EDiffState::Plain;
 }
 
-/// Finite, whatever the reports claim.
+/// Clamped to finite values, for reports with implausible numbers.
 float getRatio(double a, double b)
 {
     constexpr double c_Largest = std::numeric_limits<float>::max();
@@ -171,7 +172,7 @@ void compare(SCaseMatch& match, const SCase* a, const SCase* b, bool tolerateWar
         match.state = compareCases(*a, *b, tolerateWarnings);
         return;
     }
-    // The two sides look at warnings in opposite ways; readers of the comparisons rely on both.
+    // The two sides treat warnings in opposite ways; readers of comparisons rely on both.
     match.state = a != nullptr ? getStateAlone(*a, !tolerateWarnings) : getStateAlone(*b, tolerateWarnings);
 }
 

@@ -1,4 +1,4 @@
-/// Which classes and cases of two runs belong together, and how run B stands to run A, the reference.
+/// Matches classes and cases of two runs, and compares run B with the reference run A.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace LuTestSuite
 
 enum class EDiffState : std::uint8_t
 {
-    Plain, ///< no difference that matters
+    Plain, ///< no relevant difference
     Different,
     Worse,
     Better
@@ -20,7 +20,7 @@ enum class EDiffState : std::uint8_t
 
 inline constexpr std::uint32_t c_MissingSide = 0xFFFFFFFF;
 
-/// Positions in the two records; c_MissingSide where a run has none.
+/// Positions in the two records; c_MissingSide if a run lacks the entry.
 struct SClassMatch
 {
     std::uint32_t indexA = c_MissingSide;
@@ -32,22 +32,22 @@ struct SCaseMatch
 {
     std::uint32_t indexA = c_MissingSide;
     std::uint32_t indexB = c_MissingSide;
-    float timeRatio = 1.0F; ///< B to A when both are there; 0 when A's is 0
+    float timeRatio = 1.0F; ///< B divided by A if both exist; 0 if A's time is 0
     float memoryRatio = 1.0F;
     EDiffState state = EDiffState::Plain;
 };
 
-/// One entry a class name, in the order of the names. Of several classes of one name in a run that
-/// with the most unsuccessful cases counts, then that with the most warnings.
+/// One entry per class name, in the order of names. If a run has several classes of one name, the one with the most
+/// unsuccessful cases counts, then the one with the most warnings.
 std::vector<SClassMatch> MatchClasses(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b,
                                       bool tolerateWarnings);
 
-/// One entry a class and case name, in the order of "class:case". Of several runs of a case the worst counts: an
-/// error, then a failure, then a warning.
+/// One entry per class and case name, in the order of "class:case". If a run has a case several times, the worst result
+/// counts: an error, then a failure, then a warning.
 std::vector<SCaseMatch> MatchCases(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b,
                                    bool tolerateWarnings);
 
-/// The entry that a match means; null for a missing side.
+/// The entry at the position; null for a missing side.
 template<typename T>
 const T* FindSide(const std::vector<T>& entries, std::uint32_t index)
 {

@@ -1,4 +1,4 @@
-/// The page over an archive of reports.
+/// The page that lists an archive of reports.
 
 #include <algorithm>
 #include <map>
@@ -22,11 +22,11 @@ using LuTestSuite::MarkupWriter;
 
 struct SConfiguration
 {
-    const wchar_t* name; ///< as reports call it
-    const wchar_t* tag;  ///< in names of files
+    const wchar_t* name; ///< the name in reports
+    const wchar_t* tag;  ///< the name in file names
 };
 
-/// In the order of the page.
+/// In page order.
 constexpr SConfiguration c_Configurations[] = {
     {L"Release x64", L"x64.release"},
     {L"Release Win32", L"x86.release"},
@@ -34,7 +34,7 @@ constexpr SConfiguration c_Configurations[] = {
     {L"Debug Win32", L"x86.debug"},
 };
 
-/// How many of how many.
+/// A number of successes and the total.
 struct SRate
 {
     std::uint32_t successful = 0;
@@ -43,7 +43,7 @@ struct SRate
 
 struct SArchivedRun
 {
-    std::wstring name; ///< of its files, without ending
+    std::wstring name; ///< name of its files, without extension
     std::wstring version;
     std::wstring configuration;
     std::wstring dateBegin;
@@ -57,10 +57,10 @@ struct SArchive
     std::wstring root;
     std::wstring reports;
     std::wstring diffs;
-    std::wstring linkPrefix; ///< of the reports, as seen from the page
+    std::wstring linkPrefix; ///< path of the reports, relative to the page
 };
 
-/// The time stamp in the name, "[Y-m-d]-[H-i-s]"; the name itself when it has none.
+/// The time stamp "[Y-m-d]-[H-i-s]" in the name; the whole name if it contains none.
 std::wstring getVersion(const std::wstring& name)
 {
     constexpr std::size_t c_TimeStampLength = 23;
@@ -68,8 +68,8 @@ std::wstring getVersion(const std::wstring& name)
     return start == std::wstring::npos ? name : name.substr(start, c_TimeStampLength);
 }
 
-/// Comparisons go by the versions of their runs. Runs of one configuration that share a time stamp would share a
-/// comparison, too, so the names of their files are their versions.
+/// The versions of two runs name their comparison. If runs of one configuration share a time stamp, their file names
+/// are their versions; otherwise they would share a comparison.
 void tellVersionsApart(std::vector<SArchivedRun>& runs)
 {
     std::map<std::pair<std::wstring, std::wstring>, int> counts;
@@ -92,8 +92,8 @@ SRate readRate(const XMLNode& node, const char* totalName)
     return rate;
 }
 
-/// Only what the page shows: archives grow, and whole reports are large. Texts stay as they are written, since they are
-/// written again. False when the report cannot be read.
+/// Reads only what the page shows, since archives grow and reports are large. Keeps texts as written, because they are
+/// written to the page unchanged. False if the report cannot be read.
 bool readRun(const std::wstring& path, SArchivedRun& run)
 try
 {
@@ -112,7 +112,7 @@ try
 }
 catch (const std::bad_alloc&)
 {
-    // One report that is too large costs nothing but itself.
+    // A report too large for memory is skipped.
     return false;
 }
 
@@ -122,7 +122,7 @@ bool isKnown(const std::wstring& configuration)
                                [&](const SConfiguration& known) { return configuration == known.name; });
 }
 
-/// The newest first, so that each run is compared with the one below it.
+/// Sorts the newest run first; each run is compared with the one below it.
 std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& reportPrefix)
 {
     constexpr std::wstring_view c_Ending = L".xml";
@@ -155,7 +155,7 @@ std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& 
     return runs;
 }
 
-/// Writes the comparison of a run with an older one, the reference.
+/// Writes the comparison of a run with an older run, the reference.
 void writeDiff(const SArchive& archive, const std::wstring& path, const SArchivedRun& older, const SArchivedRun& newer)
 {
     const std::wstring pathA = archive.reports + older.name + L".xml";
@@ -172,8 +172,8 @@ void writeDiff(const SArchive& archive, const std::wstring& path, const SArchive
     }
 }
 
-/// A character of a path that would not be taken for one of a link, or not for itself. A backslash that parts folders
-/// does so in links of files, too. What stands in front of a colon could be taken for a protocol.
+/// True for characters that are not allowed in links or have a special meaning there. A backslash is kept where it
+/// separates folders: file links accept it. A text before a colon could be read as a protocol.
 bool breaksLink(char character)
 {
     const bool isPlain = character > ' ' && character < '\x7F';
@@ -192,13 +192,13 @@ std::wstring toLink(const std::wstring& path)
     return link;
 }
 
-/// Empty without a path.
+/// Empty if the path is empty.
 std::wstring getLinkCell(const std::wstring& path, const wchar_t* text)
 {
     return path.empty() ? std::wstring() : LbFormat(L"<a href=\"%s\">%s</a>", toLink(path), text);
 }
 
-/// The comparison as seen from the page, written when there is none; empty when it cannot be had.
+/// The link to the comparison, which is written if it does not exist; empty if it cannot be written.
 std::wstring provideDiff(const SArchive& archive, const std::wstring& tag, const SArchivedRun& older,
                          const SArchivedRun& newer)
 {
@@ -223,12 +223,12 @@ std::wstring getRateCell(const SRate& rate)
                     rate.total);
 }
 
-/// Two bars of 500 pixels together.
+/// Two bars with a total width of 500 pixels.
 std::wstring getBarCell(const SRate& rate)
 {
     constexpr int c_FullWidth = 500;
     const float ratio = rate.total == 0 ? 0.0F : static_cast<float>(rate.successful) / static_cast<float>(rate.total);
-    // A report that someone edited may claim more successes than cases.
+    // An edited report may contain more successes than cases.
     const int width = static_cast<int>(std::min(ratio, 1.0F) * static_cast<float>(c_FullWidth));
     return LbFormat(L"<div class=\"ok\" style=\"width:%dpx\">&nbsp;</div>"
                     L"<div class=\"error\" style=\"width:%dpx\">&nbsp;</div>",
@@ -287,7 +287,7 @@ void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root
                                                         const std::wstring& reportPrefix)
 {
     SArchive archive;
-    // Without a name there is no directory: a separator alone would be the root of all files, or of all links.
+    // An empty name is not a directory: a separator alone would be the root of all files or links.
     archive.root = LbPath::WithSeparator(root);
     archive.reports = LbPath::WithSeparator(archive.root + subDirectory);
     archive.diffs = archive.reports + L"Diff" + LbPath::c_Separator;
@@ -300,7 +300,7 @@ void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root
             return;
         }
     }
-    // Without it the comparisons cannot be written, each of which says so.
+    // Without this folder the comparisons cannot be written; each of them prints its own error.
     LuTestSuiteUtils::AssertDirectory(archive.diffs);
     LuTestSuite::WorkOrReport(L"Fehler beim Erzeugen der Report-Übersicht für Verzeichnis %s", archive.root, [&] {
         const std::vector<SArchivedRun> runs = readRuns(archive, reportPrefix);

@@ -26,7 +26,7 @@ void writeInlineStylesheet(LuTestSuite::MarkupWriter& writer)
     writer.WriteLine(std::wstring_view(text).substr(start));
 }
 
-/// Of those that XML knows.
+/// True for characters that XML allows.
 bool isCharacter(std::uint32_t number)
 {
     constexpr std::uint32_t c_FirstSurrogate = 0xD800;
@@ -38,7 +38,7 @@ bool isCharacter(std::uint32_t number)
     return isLayout || (number >= ' ' && !isNone);
 }
 
-/// Whether this is the number of a character, "#65" or "#x41".
+/// True if the name is the number of a character, as in "#65" or "#x41".
 bool isCharacterNumber(std::wstring_view name)
 {
     const bool isHexadecimal = name.starts_with(L"#x");
@@ -50,7 +50,7 @@ bool isCharacterNumber(std::wstring_view name)
     return name.starts_with(L'#') && result.ec == std::errc() && result.ptr == end && isCharacter(number);
 }
 
-/// Length of the reference to a character at the beginning of the text; 0 when there is none.
+/// Length of the character reference at the start of the text; 0 if there is none.
 std::size_t getReferenceLength(std::wstring_view text)
 {
     constexpr std::size_t c_Longest = 12;

@@ -1,4 +1,4 @@
-/// What the pages of a run, of a comparison and of an archive share: frame, rows, failure.
+/// Parts shared by the pages of a run, of a comparison and of an archive: frame, rows, error message.
 #pragma once
 
 #include <functional>
@@ -14,30 +14,29 @@ namespace LuTestSuite
 
 using MarkupWriter = LuTestSuiteUtils::LuMarkupWriter;
 
-/// What a page that cannot be written costs.
+/// Printed if a page cannot be written.
 inline constexpr const wchar_t* c_PageFailed = L"HTML-Report %s konnte nicht erzeugt werden.";
 
-/// Does `work`; when that fails, prints `format` with `path` as one line and goes on. Out of memory counts as failing.
-/// True when it is done.
+/// Runs `work` and returns true; if it fails, including for lack of memory, prints `format` with `path` as one line and
+/// returns false.
 bool WorkOrReport(LbFormatString<std::wstring> format, const std::wstring& path, const std::function<void()>& work);
 
-/// Writes a page with the style sheet inside: `writeBody` fills the body. Failures are thrown, and leave
-/// the page that was there before.
+/// Writes a page that includes the style sheet; `writeBody` writes the body. Throws on failure and then keeps the
+/// existing page.
 void WritePage(const std::wstring& path, const std::wstring& title,
                const std::function<void(MarkupWriter& writer)>& writeBody);
 
-/// A row of one cell a text; `element` is "td" or "th", `start` its start tag.
+/// Writes a row with one cell per text; `element` is "td" or "th", `start` the row's start tag.
 void WriteRow(MarkupWriter& writer, std::wstring_view start, std::wstring_view element,
               std::initializer_list<std::wstring_view> cells);
 
-/// A text of a report as part of a page or of an attribute: characters of markup as entities, but references, which
-/// the texts of a report may hold, stay.
+/// Escapes a report's text for a page or an attribute. Keeps character references, which texts of reports may contain.
 std::wstring ToMarkup(std::wstring_view text);
 
-/// `successful` of `total` in hundredths; 0 when there is nothing.
+/// `successful` of `total` as a percentage; 0 if `total` is 0.
 float GetPercentage(std::uint32_t successful, std::uint32_t total);
 
-/// A link to write to whom a class belongs; empty when nobody is known.
+/// A mail link to the contact of a class; empty if there is no contact.
 std::wstring GetContactLink(const LuTestSuiteReport::SReportClass& testClass);
 
 } // namespace LuTestSuite

@@ -18,7 +18,7 @@ using LuTestSuiteRun::SParams;
 using LuTestSuiteRun::SStats;
 using SReportData = LuTestSuiteReport::SReportData;
 
-/// Callers may hand over records of different runs.
+/// Callers may pass records of different runs.
 void requireFittingRecords(const std::vector<SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
                            const SStats& stats)
 {
@@ -149,7 +149,7 @@ void LuTestSuiteReport::GenerateReportData(SReportData& data, const LuTestSuiteS
         data.Classes.push_back(makeClass(unitTests[index], stats.unitTests[index]));
     }
     data.Cases.reserve(stats.total.executed);
-    // A negative number, as large as it can be when read as unsigned, is no limit.
+    // A negative maximum becomes the largest unsigned number and so means no limit.
     const auto maxLines = static_cast<std::uint32_t>(setup.messageReportMax);
     for (std::size_t index = 0; index < cases.size(); ++index)
     {

@@ -1,4 +1,4 @@
-/// What a report that cannot be written costs.
+/// The message for a report that cannot be written.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 namespace LuTestSuite
 {
 
-/// Prints the line that names the report; `format` takes its path and ends without a line feed.
+/// Prints the line that names the report; `format` takes its path and has no line feed.
 inline void WriteReportFailure(LbFormatString<std::wstring> format, const std::wstring& path)
 {
     LuTestSuiteOut::Write(L"%s\n", LbFormat(format, path));

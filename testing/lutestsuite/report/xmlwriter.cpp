@@ -52,7 +52,7 @@ void writeRunInfo(LuMarkupWriter& writer, const ReportData& data)
 {
     writer.WriteLineOpen(L"<RunInfo>");
     writeFields<ReportData>(writer, LuTestSuite::c_RunInfoFields, data);
-    // Signed, which makes no limit "-1".
+    // Signed, so that "no limit" becomes "-1".
     writer.WriteElement(L"TimeOut", static_cast<std::int32_t>(data.TimeOut));
     writer.WriteLineClose(L"</RunInfo>");
 }

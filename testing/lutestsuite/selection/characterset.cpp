@@ -79,7 +79,7 @@ void CCharacterSet::Add(const CCharacterSet& other)
 void CCharacterSet::add(const SCodeRange& range)
 {
     SCodeRange joined = range;
-    // The ranges that touch the new one become part of it.
+    // Merges the ranges that touch the new one into it.
     const auto begin = std::ranges::find_if(
         m_ranges, [&](const SCodeRange& each) { return each.last >= joined.first || each.last + 1 == joined.first; });
     const auto end = std::find_if(begin, m_ranges.end(), [&](const SCodeRange& each) {

@@ -9,10 +9,10 @@
 namespace LuTestSuite
 {
 
-/// Code unit of wide text: 16 bits on one platform, 32 on the other one.
+/// A code unit of wide text: 16 bits on Windows, 32 bits on Linux.
 using CodeUnit = std::uint32_t;
 
-/// From `first` to `last`, both included.
+/// From `first` to `last`, both inclusive.
 struct SCodeRange
 {
     CodeUnit first = 0;
@@ -28,10 +28,10 @@ public:
     CCharacterSet() = default;
     explicit CCharacterSet(wchar_t character) { Add(character, character); }
 
-    /// The set named like this in "[[:alpha:]]"; its members are ASCII. Nothing for any other name.
+    /// The ASCII characters of a class as named in "[[:alpha:]]". Empty optional for an unknown name.
     static std::optional<CCharacterSet> FromClassName(std::wstring_view name);
 
-    /// What "." stands for: all but the four line terminators.
+    /// The set of ".": all characters except the four line terminators.
     static const CCharacterSet& GetAnyButLineEnds();
 
     void Add(wchar_t first, wchar_t last);

@@ -28,14 +28,14 @@ LbVariant& getEntry(ParameterMap& parameters, const std::wstring& name)
     return parameters[name];
 }
 
-/// A text that is no value makes the parameter null, also when an earlier element has set it.
+/// An invalid text makes the parameter null, even if an earlier element has set it.
 void setFlagOrNull(const XMLNode& node, ParameterMap& parameters)
 {
     const std::optional<bool> flag = LuTestSuite::ReadBool(node.GetText());
     getEntry(parameters, node.GetName()) = flag ? LbVariant(*flag) : LbVariant();
 }
 
-/// A text that is no value leaves the parameter as it is, absent or set by an earlier element.
+/// An invalid text does not change the parameter, whether absent or set by an earlier element.
 void setFlag(const XMLNode& node, ParameterMap& parameters)
 {
     if (const std::optional<bool> flag = LuTestSuite::ReadBool(node.GetText()))
@@ -67,11 +67,11 @@ constexpr SParameter c_Parameters[] = {
     {L"Isolated", setFlag},
 };
 
-/// What the names of "TestCase" elements say about the cases.
+/// Which "TestCase" elements apply to which cases.
 struct SMatches
 {
     std::vector<std::vector<std::size_t>> elements; ///< for each case the indices of its elements, in file order
-    std::vector<std::wstring> messages;             ///< names that cannot be matched
+    std::vector<std::wstring> messages;             ///< warnings about names that cannot be matched
 };
 
 bool countsInThisBuild(const XMLNode& node)
@@ -121,7 +121,7 @@ SMatches matchElements(const std::vector<LuTestSuite::STestCase>& cases, const s
     }
     catch (const LbException& exception)
     {
-        // No memory for the stack: what needs it is lost, the other elements are not.
+        // Without memory for the large stack, only the names that need it are not matched.
         matches = findElements(cases, names, nullptr);
         matches.messages.push_back(exception.GetMessageText());
     }

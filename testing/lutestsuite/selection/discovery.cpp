@@ -1,4 +1,4 @@
-/// The walk of the data directory.
+/// Searches the data directory for unit tests.
 
 #include <algorithm>
 #include <memory>
@@ -21,7 +21,7 @@ using LuTestSuite::SUnitTest;
 
 constexpr std::uint32_t c_ReservedCases = 4096;
 
-/// Asks the instance for its sub-tests. What goes wrong costs a warning; the cases collected so far stay.
+/// Asks the instance for its sub-tests. A failure prints a warning; the cases collected so far are kept.
 void collectCases(LuUnitTest& instance, SUnitTest& test)
 {
     try
@@ -29,7 +29,7 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
         instance.SetDataDirectory(test.dataDirectory);
         instance.InitSubtests();
         const std::uint32_t count = instance.GetSubtestCount();
-        // A count beyond all reason must not cost the names that can be had.
+        // The limit prevents that an absurd count exhausts memory before the available names are read.
         test.cases.reserve(std::min(count, c_ReservedCases));
         for (std::uint32_t index = 0; index < count; ++index)
         {
@@ -45,11 +45,11 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
     }
 }
 
-/// A case is a file data set when the unit test's folder holds a file of the case's name.
+/// A case is a file data set if the unit test's folder contains a file with the case's name.
 void assignDataSetFiles(SUnitTest& test)
 {
     const std::shared_ptr<const LbFileListing> files = LbFileListing::Get(test.dataDirectory);
-    // Cases made from files come in the order of the names, so the next name is nearly always the right one.
+    // Cases created from files are in the order of the files' names, so the next name usually matches.
     std::uint32_t next = 0;
     for (STestCase& testCase : test.cases)
     {
@@ -64,8 +64,8 @@ void assignDataSetFiles(SUnitTest& test)
     }
 }
 
-/// Keeps the walk out of circles: a linked directory is searched once, and never when the link stands inside it. Links
-/// to the folders of unit tests are not concerned, since these are not searched.
+/// Prevents endless recursion through links: enters the target of links once, and never if it contains the link. Links
+/// to folders of unit tests need no check, since these are not searched.
 class CLinkedDirectories
 {
 public:

@@ -1,4 +1,4 @@
-/// Which elements of a description file name a case.
+/// Finds the elements of a description file that apply to a case.
 #pragma once
 
 #include <map>
@@ -13,27 +13,27 @@
 namespace LuTestSuite
 {
 
-/// Wildcard names of elements, kept so that a case's name is compared with few of them. Plain names cost one look-up,
-/// names of "*" and "?" are tried where the text before their first wildcard is the beginning of the case's name, and
-/// each name with braces is tried.
+/// The names of elements, indexed so that a case's name is compared with few of them: plain names need one look-up;
+/// names with "*" and "?" are tried if the case's name starts with the text before their first wildcard; names with
+/// braces are always tried.
 class CElementNames
 {
 public:
-    /// The names in file order; their indices are those of the elements.
+    /// The names in file order; their positions are the indices that Find returns.
     explicit CElementNames(std::vector<std::wstring> names);
 
     CElementNames(const CElementNames&) = delete;
     CElementNames& operator=(const CElementNames&) = delete;
 
-    /// True when some names are for the engine. Without Compile they match nothing.
+    /// True if some names need the engine. Without Compile these match nothing.
     bool NeedEngine() const { return !m_forEngine.empty(); }
 
-    /// Under RunOnExpressionStack, as is Find from then on. A name that is no expression, or that the stack cannot
-    /// carry, adds a German message and matches nothing.
+    /// Call under RunOnExpressionStack, as Find from then on. A name that is an invalid expression or exceeds the stack
+    /// adds a German message and matches nothing.
     void Compile(const CStackLimit& limit, std::vector<std::wstring>& messages);
 
-    /// Indices of the elements that name the case, ascending. An expression for which the stack does not suffice adds a
-    /// message, once, and does not match this case.
+    /// Indices of the elements that apply to the case, ascending. An expression that exceeds the stack adds a message,
+    /// once, and does not match this case.
     std::vector<std::size_t> Find(const std::wstring& caseName, std::vector<std::wstring>& messages);
 
 private:

@@ -14,17 +14,17 @@ namespace
 using LuTestSuite::CStackExhausted;
 using LuTestSuite::CStackLimit;
 
-/// Address space, not memory: pages are taken as the recursion reaches them. Where the address space is limited a
-/// smaller stack must do.
+/// Address space, not memory: the system provides pages when the recursion reaches them. If the address space is
+/// limited, the smaller size is used.
 constexpr std::size_t c_StackSizes[] = {std::size_t{1} << 28U, std::size_t{1} << 26U};
 
-/// The part of a stack that is left to recursion between two checks. The engine follows up to 100,000 states of an
-/// expression without looking at the text.
+/// The fraction of the stack that must suffice for the recursion between two checks. The engine may pass through
+/// 100,000 states of an expression without reading the text.
 constexpr std::size_t c_SpareFraction = 8;
 
 constexpr std::size_t c_MostShownCharacters = 80;
 
-/// A place in a text. Comparing two is a check of the stack, and the engine compares before it takes a character.
+/// A position in a text. Comparing two positions checks the stack: the engine compares before it reads a character.
 class CCheckedPlace
 {
 public:
@@ -69,7 +69,7 @@ private:
     const CStackLimit* m_limit = nullptr;
 };
 
-/// Runs `operation` and turns an exhausted stack into a message that names the expression.
+/// Runs `operation`; if the stack is exhausted, throws a message that names the expression.
 template<typename T>
 auto watchStack(const std::wstring& text, const T& operation)
 {

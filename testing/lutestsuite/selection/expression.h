@@ -1,7 +1,7 @@
 /// Expressions that only the standard library's engine can match.
 ///
-/// It recurses for each character of a name and for each part of an expression. It therefore runs on a large stack of
-/// its own, and what even that cannot carry is an error.
+/// The engine recurses for each character of a name and for each part of an expression. It therefore runs on a large
+/// stack of its own; exceeding even that is an error.
 #pragma once
 
 #include <functional>
@@ -13,23 +13,24 @@
 namespace LuTestSuite
 {
 
-/// Runs `function` to its end on a thread with a large stack and passes its exception on. Throws LbException when the
-/// thread cannot be had; then `function` has not begun.
+/// Runs `function` on a thread with a large stack, waits for its end and passes its exception on. Throws LbException if
+/// the thread cannot be started; then `function` was not called.
 void RunOnExpressionStack(const std::function<void(const CStackLimit&)>& function);
 
-/// A compiled expression. For RunOnExpressionStack only, with the limit of that call, which it refers to. Each
-/// operation throws a German message as std::wstring, naming the expression, when the stack does not suffice.
+/// A compiled expression. Use it only inside RunOnExpressionStack and with the limit of that call, to which it keeps a
+/// reference. Each operation throws a German message as std::wstring that names the expression if the stack is
+/// exhausted.
 class CExpression
 {
 public:
-    /// `text` is what messages call the expression, and `requiredText` is part of each text that it is found in.
-    /// Throws std::regex_error.
+    /// `text` names the expression in messages; `requiredText` is contained in each text that matches. Throws
+    /// std::regex_error.
     CExpression(const std::wstring& source, std::wstring text, std::wstring requiredText, const CStackLimit& limit);
 
-    /// True when the whole name matches.
+    /// True if the whole name matches.
     bool Matches(const std::wstring& name) const;
 
-    /// True when some part of the name matches.
+    /// True if a part of the name matches.
     bool IsFoundIn(const std::wstring& name) const;
 
 private:

@@ -12,7 +12,7 @@ using LuTestSuite::SSyntaxNode;
 using EKind = SSyntaxNode::EKind;
 using OptionalNode = std::optional<SSyntaxNode>;
 
-/// Deeper nesting is for the standard library, on a stack of its own.
+/// Deeper expressions are left to the standard library, which runs on its own stack.
 constexpr int c_DeepestGroup = 50;
 
 constexpr std::size_t c_MostCountDigits = 4;
@@ -42,7 +42,8 @@ SSyntaxNode makeCharacter(CCharacterSet set)
     return node;
 }
 
-/// Recursive descent. Each function reads one rule of the grammar and returns nothing where it does not know the text.
+/// A recursive-descent parser. Each function reads one rule of the grammar and returns an empty value for text that it
+/// does not support.
 class CParser
 {
 public:
@@ -137,7 +138,7 @@ OptionalNode CParser::readSequence(int depth)
 
 OptionalNode CParser::readTerm(int depth)
 {
-    // Assertions take no quantifier: one behind them is an atom that no rule knows.
+    // Assertions take no quantifier: a quantifier after them fails as an unsupported atom.
     if (accept(L"^"))
     {
         return makeNode(EKind::TextBegin);
@@ -236,7 +237,7 @@ OptionalNode CParser::readQuantified(OptionalNode atom)
     {
         return atom;
     }
-    // Which of several matches comes first does not matter: the question is only whether there is one.
+    // Greedy or not makes no difference: the caller only asks whether there is a match.
     accept(L"?");
     repeat.children.push_back(std::move(*atom));
     return repeat;
@@ -280,7 +281,7 @@ OptionalNode CParser::makeUnmodelled()
     return makeNode(EKind::Unmodelled);
 }
 
-/// Behind a backslash.
+/// Called after a backslash.
 std::optional<CCharacterSet> CParser::readClassEscape()
 {
     for (const wchar_t name : {L'd', L's', L'w'})
@@ -298,7 +299,7 @@ std::optional<CCharacterSet> CParser::readClassEscape()
     return std::nullopt;
 }
 
-/// Behind a backslash.
+/// Called after a backslash.
 OptionalNode CParser::readBackReference()
 {
     if (m_rest.empty() || m_rest.front() < L'1' || m_rest.front() > L'9')
@@ -308,7 +309,7 @@ OptionalNode CParser::readBackReference()
     return readCount() ? makeUnmodelled() : std::nullopt;
 }
 
-/// Behind a backslash.
+/// Called after a backslash.
 std::optional<wchar_t> CParser::readEscapedCharacter()
 {
     constexpr std::pair<wchar_t, wchar_t> c_Controls[] = {
@@ -329,7 +330,7 @@ std::optional<wchar_t> CParser::readEscapedCharacter()
     {
         return readCode(*character == L'x' ? 2 : 4);
     }
-    // "\c", digits and the letters of assertions have rules of their own.
+    // Other rules read "\c", digits and the letters of assertions.
     if (std::wstring_view(L"0123456789bBc").find(*character) != std::wstring_view::npos)
     {
         return std::nullopt;
@@ -353,7 +354,7 @@ std::optional<wchar_t> CParser::readCode(int digits)
     return static_cast<wchar_t>(code);
 }
 
-/// Behind "[".
+/// Called after "[".
 std::optional<CCharacterSet> CParser::readBracket()
 {
     const bool isNegated = accept(L"^");
@@ -396,7 +397,7 @@ bool CParser::readBracketMember(CCharacterSet& set)
         }
     }
     set.Add(*members);
-    // A class is no beginning of a range; a dash behind it is taken at the end only.
+    // A class cannot start a range; a dash after it is supported only at the end of the set.
     return !isNext(L'-') || m_rest.starts_with(L"-]");
 }
 
@@ -422,7 +423,7 @@ bool CParser::readRangeOrCharacter(CCharacterSet& set)
     return true;
 }
 
-/// A dash stands for itself where it is read as a character.
+/// A dash at this position is a plain character.
 std::optional<wchar_t> CParser::readBracketCharacter()
 {
     if (m_rest.starts_with(L"[.") || m_rest.starts_with(L"[=") || m_rest.starts_with(L"[:"))

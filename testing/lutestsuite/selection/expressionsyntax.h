@@ -1,7 +1,7 @@
 /// The syntax tree of an ECMAScript expression.
 ///
-/// The parser accepts a part of the grammar. Every expression that it accepts is valid for the standard library and
-/// means the same there; all others are left to the standard library.
+/// The parser supports a part of the grammar. Each expression that it accepts is valid for the standard library and has
+/// the same meaning there; the standard library handles all others.
 #pragma once
 
 #include <optional>
@@ -23,7 +23,7 @@ struct SSyntaxNode
         Repeat,    ///< `children[0]`, `minimum` to `maximum` times
         TextBegin,
         TextEnd,
-        Unmodelled, ///< a look-ahead, a word boundary or a back-reference: matches are unknown
+        Unmodelled, ///< a look-ahead, a word boundary or a back-reference: whether it matches is unknown
     };
 
     static constexpr std::uint32_t sc_Unlimited = static_cast<std::uint32_t>(-1);
@@ -38,10 +38,10 @@ struct SSyntaxNode
 struct SExpressionSyntax
 {
     SSyntaxNode root;
-    bool isRegular = true; ///< has no unmodelled nodes
+    bool isRegular = true; ///< contains no unmodelled nodes
 };
 
-/// Empty for an expression that the parser does not accept. The depth of its recursion is bounded.
+/// Empty for an expression that the parser does not support. Its recursion depth is bounded.
 std::optional<SExpressionSyntax> ParseExpression(std::wstring_view source);
 
 } // namespace LuTestSuite

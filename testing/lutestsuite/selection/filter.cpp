@@ -43,8 +43,8 @@ std::vector<SPattern> parsePatterns(const std::vector<std::wstring>& sources)
 class CPatterns
 {
 public:
-    /// Every pattern is compiled, also when it will be compared as plain text: an invalid one is always an error.
-    /// `limit` is there when one of the patterns needs the engine.
+    /// Compiles every pattern, even if patterns are compared as plain text: an invalid pattern is always an error.
+    /// `limit` is non-null if a pattern needs the engine.
     CPatterns(const std::vector<SPattern>& patterns, bool noRegex, const CStackLimit* limit)
         : m_patterns(patterns), m_noRegex(noRegex)
     {
@@ -94,7 +94,7 @@ private:
     bool m_noRegex;
 };
 
-/// Decides case by case.
+/// Decides for each case whether it is selected.
 struct SSelector
 {
     CPatterns includes;
@@ -103,7 +103,7 @@ struct SSelector
 
     bool SelectsAll() const { return includes.IsEmpty() && excludes.IsEmpty() && storedNames.empty(); }
 
-    /// `pathName` and `className` are names of the same case.
+    /// `pathName` and `className` belong to the same case.
     bool Selects(const std::wstring& pathName, const std::wstring& className, const std::wstring& caseName)
     {
         if (excludes.MatchesAny(pathName))
@@ -136,7 +136,7 @@ std::unordered_set<std::wstring> readStoredNames(const std::wstring& includeConf
     return std::move(data.tests);
 }
 
-/// Directory and class name with "/" as separator on all platforms, and the ":" before the case name.
+/// Directory and class name with "/" as separator on all platforms, followed by the ":" before the case name.
 std::wstring getPathPrefix(const SUnitTest& test)
 {
     std::wstring prefix = test.dataDirectory + test.className + L":";
@@ -173,7 +173,7 @@ std::vector<std::vector<std::size_t>> selectCases(const std::vector<SUnitTest>& 
     return selected;
 }
 
-/// Moves the selected cases of a unit test to its front and drops the others.
+/// Moves the selected cases of a unit test to the front and drops the others.
 void keepCases(SUnitTest& test, const std::vector<std::size_t>& selected)
 {
     for (std::size_t target = 0; target < selected.size(); ++target)

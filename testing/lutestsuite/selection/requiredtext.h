@@ -1,4 +1,4 @@
-/// The text that a name must contain to match an expression.
+/// The text that each match of an expression contains.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace LuTestSuite
 {
 
-/// A text that is contained in every text in which the expression is found; empty if no such text is certain.
+/// A text that is contained in every text in which the expression is found; empty if there is none or it is unknown.
 std::wstring GetRequiredText(const SSyntaxNode& node);
 
 } // namespace LuTestSuite

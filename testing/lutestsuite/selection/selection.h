@@ -1,4 +1,4 @@
-/// The cases that a setup asks for, for modes that leave the working directory where it is.
+/// The cases that a setup selects, for modes that do not change the working directory.
 #pragma once
 
 #include <vector>
@@ -14,10 +14,10 @@ namespace LuTestSuite
 /// Loads the fixed list of test modules and those that the setup names.
 void LoadTestModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-/// The unit tests of the setup's data directory, under their full paths, which are what patterns are matched against.
+/// The unit tests of the setup's data directory, with full paths, against which patterns are matched.
 std::vector<SUnitTest> FindUnitTests(const LuTestSuiteSetup& setup, bool removeDisabled);
 
-/// Keeps the cases that the setup selects. Throws what FilterTestCases throws.
+/// Keeps the cases that the setup selects. Throws like FilterTestCases.
 void SelectTestCases(const LuTestSuiteSetup& setup, std::vector<SUnitTest>& tests);
 
 } // namespace LuTestSuite

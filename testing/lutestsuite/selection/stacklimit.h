@@ -1,4 +1,4 @@
-/// A check that recursion in foreign code stays within its stack.
+/// Checks that recursion in foreign code does not exceed its stack.
 #pragma once
 
 #include <cstddef>
@@ -6,17 +6,17 @@
 namespace LuTestSuite
 {
 
-/// Thrown where the stack does not suffice.
+/// Thrown if the stack is exhausted.
 struct CStackExhausted
 {
 };
 
-/// How far down the stack of the present thread may be used.
+/// The limit up to which the current thread may use its stack.
 class CStackLimit
 {
 public:
-    /// For a stack of `size` bytes that the calling function has just begun to use. `spare` bytes at its end are left
-    /// to the recursion between two checks.
+    /// For a stack of `size` bytes whose use the calling function has just started. The last `spare` bytes are reserved
+    /// for the recursion between two checks.
     CStackLimit(std::size_t size, std::size_t spare)
         : m_lowest(static_cast<const char*>(__builtin_frame_address(0)) - (size - spare))
     {

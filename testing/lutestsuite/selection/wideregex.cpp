@@ -8,12 +8,12 @@ namespace
 
 using LuTestSuite::CStackLimit;
 
-/// ASCII alone has a class, a letter case, and a meaning as an operator: the engine takes an expression's characters
-/// for narrow ones, and on one platform many wide characters become operators that way.
+/// Only ASCII characters have a class, a letter case and a meaning as operators: the engine narrows an expression's
+/// characters, which on Windows turns many wide characters into operators.
 class CAsciiCharacters : public std::ctype<wchar_t>
 {
 public:
-    /// With a limit each character that is read from an expression is a check of the stack.
+    /// With a limit, each character read from an expression checks the stack.
     explicit CAsciiCharacters(const CStackLimit* limit) : m_limit(limit) {}
 
 protected:

@@ -1,4 +1,4 @@
-/// The standard library's expressions over wide text, alike on all platforms.
+/// The standard library's expressions over wide text, with the same behaviour on all platforms.
 #pragma once
 
 #include <regex>
@@ -9,9 +9,9 @@
 namespace LuTestSuite
 {
 
-/// Compiles an expression of the ECMAScript grammar, case-sensitive. Classes of characters are those of ASCII, and only
-/// ASCII characters are operators, whatever the platform and the locale. Throws std::regex_error; and CStackExhausted
-/// when the compilation passes the limit, which the expression refers to.
+/// Compiles an ECMAScript expression, case-sensitive. Character classes contain only ASCII, and only ASCII characters
+/// are operators, on all platforms and in all locales. Throws std::regex_error, or CStackExhausted if the compilation
+/// exceeds the limit, to which the expression keeps a reference.
 std::wregex MakeWideRegex(const std::wstring& source, const CStackLimit* limit = nullptr);
 
 } // namespace LuTestSuite

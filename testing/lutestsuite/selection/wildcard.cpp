@@ -21,7 +21,7 @@ LuTestSuite::EWildcardKind LuTestSuite::GetWildcardKind(std::wstring_view wildca
 
 std::wstring LuTestSuite::GetWildcardExpression(std::wstring_view wildcard)
 {
-    // "?" and "*" are no longer special once they are replaced, and "." is escaped by then: one pass suffices.
+    // One pass for wildcards and escapes, so that the inserted "." is not escaped.
     std::wstring expression;
     for (const wchar_t character : wildcard)
     {
@@ -49,7 +49,8 @@ bool LuTestSuite::MatchesWildcard(std::wstring_view name, std::wstring_view wild
 {
     std::size_t inName = 0;
     std::size_t inWildcard = 0;
-    // Behind the last star, and where in the name its text ends so far. Earlier stars never need more than they have.
+    // The position after the last star, and the end of the text that the star matches so far. Earlier stars keep what
+    // they matched: extending them finds no further match.
     std::size_t behindStar = std::wstring_view::npos;
     std::size_t starEnd = 0;
     while (inName < name.size())
@@ -67,7 +68,7 @@ bool LuTestSuite::MatchesWildcard(std::wstring_view name, std::wstring_view wild
         }
         else
         {
-            // The last star takes one character more.
+            // Extends the last star by one character.
             if (behindStar == std::wstring_view::npos || isLineEnd(name[starEnd]))
             {
                 return false;

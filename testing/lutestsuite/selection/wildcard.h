@@ -1,4 +1,4 @@
-/// Wildcard names of description files: "*" is any text, "?" any character, neither with line ends.
+/// Wildcard names of description files: "*" matches any text, "?" any character, both without line ends.
 #pragma once
 
 #include <string>
@@ -9,18 +9,18 @@ namespace LuTestSuite
 
 enum class EWildcardKind
 {
-    Plain,      ///< matches the name that is equal to it
-    Wildcard,   ///< "*", "?" and characters that stand for themselves
-    Expression, ///< has braces, which keep their meaning as repetition counts
+    Plain,      ///< matches the identical name
+    Wildcard,   ///< "*", "?" and literal characters
+    Expression, ///< contains braces, which act as repetition counts
 };
 
 EWildcardKind GetWildcardKind(std::wstring_view wildcard);
 
-/// The ECMAScript expression of a wildcard name, to be matched against whole names.
+/// The ECMAScript expression for a wildcard name, to be matched against whole names.
 std::wstring GetWildcardExpression(std::wstring_view wildcard);
 
-/// True when the whole name matches the wildcard, which has no braces. Time grows with the product of the lengths at
-/// most, whatever the number of stars.
+/// True if the whole name matches the wildcard, which must not contain braces. Time is at most proportional to the
+/// product of the lengths, for any number of stars.
 bool MatchesWildcard(std::wstring_view name, std::wstring_view wildcard);
 
 } // namespace LuTestSuite
