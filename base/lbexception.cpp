@@ -10,8 +10,8 @@
 namespace
 {
 
-/// Takes "Class::function" out of what the compiler calls a function: result, arguments, template parameters and
-/// qualifiers are left away, enclosing functions of a lambda are kept.
+/// Extracts "Class::function" from the compiler's signature: drops result, arguments, template parameters and
+/// qualifiers; keeps the enclosing functions of a lambda.
 class CFunctionName
 {
 public:
@@ -62,7 +62,8 @@ private:
                !isWordCharacter(m_rest[sc_operator.size()]);
     }
 
-    /// Up to the arguments: "operator()", "operator<<", "operator bool", "operator std::function<void()>".
+    /// The operator's name up to its arguments: "operator()", "operator<<", "operator bool", "operator
+    /// std::function<void()>".
     void takeOperator()
     {
         take(sc_operator.size());
@@ -77,7 +78,7 @@ private:
         }
     }
 
-    /// What stands in front of a space was a specifier or the result.
+    /// Text before a space is a specifier or the result type.
     void dropResult()
     {
         const bool isExpression = m_name == "decltype";
@@ -93,7 +94,8 @@ private:
     {
         if (m_name.empty())
         {
-            // The result is a pointer or reference to a function or an array: the function's own name stands inside.
+            // If the result is a pointer or reference to a function or an array, the function's name is inside the
+            // parentheses.
             m_rest.remove_prefix(1);
             return;
         }
@@ -101,10 +103,10 @@ private:
         skipToLocalName();
     }
 
-    /// Behind arguments: the name is complete unless something local follows, perhaps behind qualifiers.
+    /// Called after the arguments: the name is complete unless a local entity follows, possibly after qualifiers.
     void skipToLocalName()
     {
-        // A constraint may hold qualified names itself.
+        // A constraint may contain qualified names.
         const std::size_t constraint = m_rest.find(" requires ");
         std::size_t local = m_rest.find("::");
         if (constraint < local)
@@ -146,7 +148,7 @@ private:
                (character >= 'A' && character <= 'Z');
     }
 
-    /// Length of the bracketed piece at the begin of the text, nested ones of its kind included.
+    /// Length of the bracketed text at the start, including nested brackets of the same kind.
     static std::size_t getGroupLength(std::string_view text)
     {
         constexpr std::string_view c_Opening = "(<[{";

@@ -8,20 +8,19 @@
 #include "base/lbexport.h"
 #include "base/lbsourcelocation.h"
 
-/// Carries the place where it was raised: source file (its name without folder and extension), line, and function
-/// ("LuTestSuiteTree::Build": qualified, without result and arguments; "Build" where the compiler has no
-/// std::source_location), beside an optional message for the user.
+/// Contains the location where it was thrown: source file (name without folder and extension), line, and function
+/// ("LuTestSuiteTree::Build": qualified, without result and arguments; "Build" if the compiler has no
+/// std::source_location), and an optional message for the user.
 class LB_API LbException : public std::exception
 {
 public:
-    /// With the function's own name, as the compiler knows it.
+    /// Uses the calling function's name as the compiler provides it.
     explicit LbException(std::wstring message = {}, LbSourceLocation where = LbSourceLocation::Current());
 
-    /// With a function name of the caller's choice.
+    /// Uses a given function name.
     LbException(const wchar_t* function, std::wstring message, LbSourceLocation where = LbSourceLocation::Current());
 
-    /// With a function and a source file (bare name) of the caller's choice, for a class whose operations stand in many
-    /// files.
+    /// Uses a given function name and source file (bare name), for classes whose operations are defined in many files.
     LbException(const wchar_t* function, std::wstring message, std::wstring sourceFile, std::uint32_t line);
 
     ~LbException() override;
@@ -31,7 +30,7 @@ public:
     std::uint32_t GetLine() const noexcept { return m_line; }
     const std::wstring& GetFunction() const noexcept { return m_function; }
 
-    /// All of it in one UTF-8 line: message, then "file(line): function" in parentheses.
+    /// The complete text as one UTF-8 line: message, then "file(line): function" in parentheses.
     const char* what() const noexcept override;
 
 private:
@@ -42,6 +41,6 @@ private:
     std::string m_what;
 };
 
-/// Inside a handler: the text of the exception that is being handled, for a person: an LbException's message and place,
-/// other standard exceptions' what(), wide or narrow texts themselves, "Unbekannte Exception" for all else.
+/// Call inside a handler. A readable text for the current exception: message and location of an LbException, what() of
+/// other standard exceptions, the text itself for wide or narrow texts, otherwise "Unbekannte Exception".
 LB_API std::wstring LbDescribeCurrentException();

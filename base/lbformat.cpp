@@ -31,7 +31,7 @@ constexpr bool isLowSurrogate(wchar_t unit)
     return c_WideIsUtf16 && (static_cast<unsigned>(unit) & 0xFC00U) == 0xDC00U;
 }
 
-/// Characters, not code units, so that columns are the same on all platforms.
+/// Counts characters, not code units, so that columns have the same width on all platforms.
 std::size_t countCharacters(std::wstring_view text)
 {
     return c_WideIsUtf16
@@ -39,7 +39,7 @@ std::size_t countCharacters(std::wstring_view text)
                : text.size();
 }
 
-/// Units of the first character of a text of at most `length` units. Reads nothing behind that character.
+/// Number of code units of the first character in a text of at most `length` units. Reads no unit after that character.
 std::size_t getCharacterLength(const wchar_t* text, std::size_t length)
 {
     return isHighSurrogate(text[0]) && length > 1 && isLowSurrogate(text[1]) ? 2 : 1;
@@ -57,7 +57,7 @@ std::size_t getCharacterLength(const char* text, std::size_t length)
     return count;
 }
 
-/// The first `limit` characters. A text without length needs no zero behind them.
+/// The first `limit` characters. A text without a known length needs no terminator if it has that many.
 template<typename Character>
 std::basic_string_view<Character> cutToCharacters(const Character* text, std::size_t length, std::size_t limit)
 {
@@ -87,7 +87,7 @@ std::basic_string_view<Character> getText(const LbFormatArgument& argument, std:
                         : std::basic_string_view<Character>(text, argument.GetLength());
 }
 
-/// The character of a code, or U+FFFD.
+/// The character with this code, or U+FFFD.
 std::wstring getCharacter(std::int64_t code)
 {
     constexpr std::int64_t c_LastCode = 0x10FFFF;
@@ -120,7 +120,7 @@ std::wstring getCharacter(const SConversion& conversion, const LbFormatArgument&
     return getCharacter(static_cast<std::int64_t>(bits));
 }
 
-/// One run over one format that fits its arguments.
+/// Formats one format with matching arguments.
 class CFormatter
 {
 public:
@@ -193,7 +193,7 @@ private:
             return;
         }
         const std::wstring text = LbEncoding::FromUtf8(getText<char>(argument, limit));
-        // Bytes that are no UTF-8 may have become more characters than were counted.
+        // Each invalid byte becomes U+FFFD, which may exceed the counted characters.
         appendPadded(conversion, cutToCharacters(text.data(), text.size(), limit));
     }
 

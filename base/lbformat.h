@@ -8,19 +8,19 @@
 ///     %S %hs %hS                narrow text, UTF-8
 ///     %c %lc %wc %lC            a character, or an int of up to 32 bits as the character of this code
 ///     %C %hc %hC                a character, or an int as this byte of UTF-8
-///     %p                        an address as 16 upper-case hexadecimal digits; "0x" is the format's business
+///     %p                        an address as 16 upper-case hexadecimal digits, without "0x"
 ///     %%                        a percent sign
 ///
 /// Flags "-", "0", "+", " " and "#", width and precision work as in C; "*" takes them from an int argument. Of texts
-/// they count characters, not code units. A text needs no terminating zero when the precision ends it. What is no
-/// character, and bytes that are no UTF-8, print as U+FFFD.
+/// they count characters, not code units. A text that reaches the precision needs no terminating zero. Codes that are
+/// not characters, and bytes that are not UTF-8, print as U+FFFD.
 ///
-/// Arguments know their own width: a 64-bit one prints in full under %d, a negative 32-bit one under %u prints as
-/// unsigned 32-bit, an unsigned one under %d as signed. The lengths l, ll, L, j, z, t, I, I32 and I64 change nothing;
-/// h and hh take the lower 16 and 8 bits, as in C. Nothing is ever truncated.
+/// The argument's type determines its width: %d prints all 64 bits of a 64-bit integer, %u prints a negative 32-bit
+/// integer as unsigned 32-bit, %d prints an unsigned integer as signed. The length modifiers l, ll, L, j, z, t, I, I32
+/// and I64 are ignored; h and hh print the lower 16 and 8 bits, as in C. Output is never truncated.
 ///
-/// A format that does not fit its arguments does not compile. A format that is made at run time is named by
-/// LbRuntimeFormat, and checked when it is used.
+/// A format that does not fit its arguments does not compile. A format created at run time must be wrapped in
+/// LbRuntimeFormat and is checked when it is used.
 #pragma once
 
 #include <array>
@@ -36,11 +36,12 @@
 #include "base/lbprintf.h"
 #include "base/lbsourcelocation.h"
 
-/// One argument of a format. Refers to texts, never owns them: it lives as long as the full expression of the call.
+/// One argument of a format. Refers to texts without owning them: valid until the end of the full expression of the
+/// call.
 class LbFormatArgument
 {
 public:
-    /// Length of a text that ends at its first zero.
+    /// Length of a null-terminated text.
     static constexpr std::size_t sc_ZeroTerminated = static_cast<std::size_t>(-1);
 
     template<typename T>
@@ -71,12 +72,12 @@ public:
     }
 
     const LbPrintf::SArgumentType& GetType() const noexcept { return m_type; }
-    /// An integer's or character's value, sign-extended to 64 bits.
+    /// The value of an integer or character, sign-extended to 64 bits.
     std::uint64_t GetBits() const noexcept { return m_bits; }
     long double GetFloating() const noexcept { return m_floating; }
-    /// Of a pointer or a text.
+    /// For pointers and texts.
     const void* GetAddress() const noexcept { return m_address; }
-    /// Of a text, in code units.
+    /// For texts, in code units.
     std::size_t GetLength() const noexcept { return m_length; }
 
 private:
@@ -103,16 +104,16 @@ private:
     std::size_t m_length = 0;
 };
 
-/// A format, and for one that only the run time can check the place where it was named.
+/// A format. One that only the run time can check also has the location where it was created.
 class LbFormatSource
 {
 public:
-    /// Of a format that the compiler has checked.
+    /// For a format that the compiler has checked.
     explicit constexpr LbFormatSource(std::wstring_view text) noexcept : m_text(text), m_isChecked(true) {}
     constexpr LbFormatSource(std::wstring_view text, LbSourceLocation place) noexcept : m_text(text), m_place(place) {}
 
     std::wstring_view GetText() const noexcept { return m_text; }
-    /// True when the compiler has checked it.
+    /// True if the compiler has checked the format.
     bool IsChecked() const noexcept { return m_isChecked; }
     const LbSourceLocation& GetPlace() const noexcept { return m_place; }
 
@@ -122,7 +123,7 @@ private:
     bool m_isChecked = false;
 };
 
-/// A format that is made at run time: Info(LbRuntimeFormat(text), 1). The text must outlive the call.
+/// A format that is created at run time: Info(LbRuntimeFormat(text), 1). The text must outlive the call.
 class LbRuntimeFormat
 {
 public:
@@ -139,7 +140,7 @@ private:
     LbFormatSource m_source;
 };
 
-/// Never defined: a compiler that meets a format with a mistake names one of them as what it cannot call.
+/// Never defined: for an invalid format the compiler reports one of these names as a function that is not constexpr.
 namespace LbFormatMistake
 {
 void TheFormatHasMoreConversionsThanArguments();
@@ -155,8 +156,8 @@ template<typename... T>
 class LbCheckedFormat
 {
 public:
-    /// From a constant. An error here says in the name of a function what is wrong with the format. A text that is no
-    /// constant needs LbRuntimeFormat.
+    /// From a constant. For an invalid format the compiler error names a function that describes the mistake. A text
+    /// that is not a constant needs LbRuntimeFormat.
     template<std::convertible_to<std::wstring_view> S>
     consteval LbCheckedFormat(const S& text) // NOLINT(google-explicit-constructor)
         : m_source(std::wstring_view(text))
@@ -196,20 +197,20 @@ private:
         }
     }
 
-    // A base class in its place crashes clang 14.
+    // A variable and not a base class, which crashes clang 14.
     LbFormatSource m_source;
 };
 
-/// The format of a call with arguments of types T.
+/// The format type for a call with arguments of types T.
 template<typename... T>
 using LbFormatString = LbCheckedFormat<std::type_identity_t<T>...>;
 
-/// Formats with arguments already packed, which are those that the format was checked against if it was. A mistake of a
-/// format that is made at run time throws LbException with the mistake and the format's place. Any thread.
+/// Formats packed arguments, whose types must be the ones that the format was checked against. An invalid run-time
+/// format throws LbException with the mistake and the format's location. Any thread.
 LB_API std::wstring LbFormatArguments(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
 
-/// What is wrong with a format that is made at run time, with file and line, in German; empty when nothing is, and for
-/// formats that are checked. Any thread.
+/// Describes the mistake of a run-time format in German, with file and line; empty if there is none, and for formats
+/// that the compiler checked. Any thread.
 LB_API std::wstring LbDescribeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
 
 template<typename... T>
@@ -218,7 +219,7 @@ std::array<LbFormatArgument, sizeof...(T)> LbPackArguments(const T&... arguments
     return {LbFormatArgument(arguments)...};
 }
 
-/// Formats `arguments` by `format`, see above; throws as LbFormatArguments does. Any thread.
+/// Formats `arguments` as described above; throws like LbFormatArguments. Any thread.
 template<typename... T>
 std::wstring LbFormat(LbFormatString<T...> format, const T&... arguments)
 {

@@ -15,7 +15,7 @@
 #include "base/lbformat.h"
 #include "base/os/files.h"
 
-/// Takes text. The caller writes line feeds itself.
+/// Accepts text. The caller writes line feeds.
 class LB_API LuStreamWriteText
 {
 public:
@@ -23,7 +23,7 @@ public:
 
     virtual void Write(std::wstring_view text) = 0;
 
-    /// Formats as LbFormat does, then writes.
+    /// Formats like LbFormat, then writes.
     template<typename... T>
     void WriteFormat(LbFormatString<T...> format, const T&... arguments)
     {
@@ -44,7 +44,7 @@ private:
     std::wstring m_text;
 };
 
-/// Writes bytes to a file, created or truncated on construction. Buffered.
+/// Writes bytes to a file, which the constructor creates or truncates. Buffered.
 class LB_API LuStreamWriteBinaryFile : public INonCopyable
 {
 public:
@@ -53,7 +53,7 @@ public:
 
     void Write(const void* data, std::size_t size);
 
-    /// Brings all to the file and closes it; later writes throw. A second Close does nothing.
+    /// Writes all buffered bytes and closes the file; later writes throw. A second Close does nothing.
     void Close();
 
 private:
@@ -64,7 +64,7 @@ private:
     std::vector<char> m_buffer;
 };
 
-/// Writes text to a file, one byte a character, ISO-8859-1 (see LbEncoding::ToLatin1); line ends stay as written.
+/// Writes text to a file in ISO-8859-1, one byte per character (see LbEncoding::ToLatin1); does not change line ends.
 class LB_API LuStreamWriteASCIIFile : public LuStreamWriteText
 {
 public:
@@ -84,11 +84,10 @@ public:
     explicit LuStreamReadBinaryFile(const std::wstring& path);
     ~LuStreamReadBinaryFile();
 
-    /// Size in bytes when the file was opened; 0 when the file is none that has a size.
+    /// Size in bytes when the file was opened; 0 if it has no size, like a pipe.
     std::uint64_t GetSize() const noexcept { return m_size; }
 
-    /// Reads `size` bytes, or as many as there are up to the end, and returns how many; 0 at the end. Throws after
-    /// Close.
+    /// Reads `size` bytes, or fewer at the end of the file, and returns their number; 0 at the end. Throws after Close.
     std::size_t Read(void* buffer, std::size_t size);
 
     void Close();

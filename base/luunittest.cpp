@@ -59,7 +59,7 @@ std::uint32_t LuUnitTest::GetSubtestCount() const
     {
         return m_calls;
     }
-    // InitSubtests may be under way: so many as there are by now.
+    // The number of sub-tests so far, because InitSubtests may still be running.
     const LuUnitTest& complete = getComplete();
     return m_calls < complete.m_entries.size() ? complete.m_entries[m_calls].first : complete.m_count;
 }
@@ -91,7 +91,7 @@ LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
     return result;
 }
 
-/// Runs a sub-test as all are run.
+/// Runs a sub-test and handles its exceptions.
 template<typename F>
 LuUnitTest::EResult LuUnitTest::guard(const F& run)
 {
@@ -215,7 +215,7 @@ const LuUnitTest::SEntry& LuUnitTest::getEntry(std::uint32_t subtest) const
     {
         throwNoSuchSubtest(subtest, m_count);
     }
-    // The last one that begins there: those in front of it are without files.
+    // If several entries start at one index, the last one has the sub-test: the others matched no files.
     return *std::prev(std::ranges::upper_bound(m_entries, subtest, {}, &SEntry::first));
 }
 
@@ -242,14 +242,14 @@ std::optional<std::uint32_t> LuUnitTest::findPlain(std::wstring_view name) const
     return std::nullopt;
 }
 
-/// Nothing when the object's class has none of its own: what the class overrides is not known then.
+/// Empty if the object's class has no record of its own: then it is unknown what the class overrides.
 LbClassFacts LuUnitTest::getFacts() const
 {
     const LbClassFacts& facts = GetRTTI().GetFacts();
     return facts.type != nullptr && *facts.type == typeid(*this) ? facts : LbClassFacts();
 }
 
-/// An object like this one that keeps all sub-tests.
+/// An object of the same class that keeps all sub-tests.
 LuUnitTest& LuUnitTest::getComplete() const
 {
     if (!m_complete)
@@ -274,7 +274,7 @@ void LuUnitTest::writeMessage(bool isError, const LbFormatSource& format, std::s
     }
 }
 
-/// The line does not count as an error of the test: a mistake in a message changes no result.
+/// Does not count as an error of the test: a mistake in a message changes no result.
 bool LuUnitTest::writeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
 {
     const std::wstring mistake = LbDescribeFormatMistake(format, arguments);
@@ -291,7 +291,8 @@ void LuUnitTest::writeMessageLine(bool isError, std::wstring_view text)
     {
         std::wstring line = isError ? L"\t\tERROR: " : L"\t\tINFO:  ";
         line += text;
-        // Exactly one line end; find_last_not_of finds the tag at the latest.
+        // Ends the text with exactly one line feed; find_last_not_of always succeeds because the tag has other
+        // characters.
         line.resize(line.find_last_not_of(L'\n') + 1);
         line += L'\n';
         m_messages->Write(line);

@@ -35,13 +35,13 @@
 #include "base/lbrtti.h"
 #include "base/lustream.h"
 
-/// A unit test with its sub-tests. The runner makes a fresh object for each case and calls, on one thread and in this
-/// order: SetMessageStream, SetDataDirectory, InitSubtests, PrepareSubtest, RunUnitTest for one sub-test. Objects of
-/// several cases may live on several threads at once.
+/// A unit test with its sub-tests. The runner creates a new object for each case and calls, on one thread and in this
+/// order: SetMessageStream, SetDataDirectory, InitSubtests, PrepareSubtest, RunUnitTest for one sub-test. Objects for
+/// several cases may be used on several threads at once.
 ///
-/// An object that is made for one case keeps that sub-test only (see SelectSubtest). The files of the data directory
-/// count as they are when InitSubtests asks for them: a case whose file was removed since the run began has no sub-test
-/// any more, and files that were added are no cases of this run.
+/// An object created for one case keeps only that sub-test (see SelectSubtest). InitSubtests sees the current files of
+/// the data directory: a case whose file was removed since the run began has no sub-test, and added files are no cases
+/// of this run.
 class LB_API LuUnitTest : public virtual IObject
 {
     LB_RTTI(LuUnitTest)
@@ -52,63 +52,63 @@ public:
         eR_NoInput = 0,   ///< the input data could not be loaded
         eR_Passed = 1,    //
         eR_Failed = 2,    //
-        eR_Exception = 3, ///< the test caught an exception of its own
+        eR_Exception = 3, ///< the test caught an exception itself
         eR_Different = 4  ///< output differs from the reference run
     };
 
-    /// The file of a unit test's folder that describes its cases; never a data set.
+    /// The file in a unit test's folder that describes its cases; never a data set.
     static constexpr const wchar_t* sc_DescriptionFile = L"#ExtraInfo.xml";
 
     LuUnitTest();
     ~LuUnitTest() override;
 
-    /// Where messages go; the stream is the caller's and outlives the use. Null: messages are dropped.
+    /// The stream for messages, owned by the caller, which must outlive its use. Null: messages are dropped.
     virtual void SetMessageStream(LuStreamWriteText* stream);
 
-    /// The unit test's own directory, with separator at its end.
+    /// The unit test's own directory, with trailing separator.
     virtual void SetDataDirectory(const std::wstring& directory);
     const std::wstring& GetDataDirectory() const noexcept { return m_dataDirectory; }
 
-    /// Names of the files of the data directory, ordered by code unit, as they are when this object first needs them
-    /// after SetDataDirectory. The process reads a folder again only when it has changed, but the list itself costs
-    /// time in proportion to its length, for each object that asks for it.
+    /// Names of the files in the data directory, ordered by code unit, read when this object first needs them after
+    /// SetDataDirectory. The process reads a folder again only if it has changed, but the list itself costs time
+    /// proportional to its length for each object that requests it.
     const std::vector<std::wstring>& GetDataFileNames() const;
 
-    /// Fills the list of sub-tests, by AddSubtest and AddFileSubtests. Called once per object.
+    /// Fills the list of sub-tests with AddSubtest and AddFileSubtests. Called once per object.
     virtual void InitSubtests() = 0;
 
-    /// Hook: called once per case after the debugging options are set. Does nothing by default.
+    /// Called once per case after the debugging options are set. Does nothing by default.
     virtual void PrepareSubtest();
 
-    /// Number of sub-tests that InitSubtests has filled in.
+    /// Number of sub-tests that InitSubtests has added.
     virtual std::uint32_t GetSubtestCount() const;
 
-    /// Throws LbException for an index out of range, as RunUnitTest does.
+    /// Throws LbException for an index out of range, like RunUnitTest.
     virtual std::wstring GetSubtestName(std::uint32_t subtest) const;
 
-    /// Runs one sub-test. An exception that leaves the sub-test is reported as an error line with its text, and the
-    /// result is eR_Exception.
+    /// Runs one sub-test. If it throws, the exception's text is reported as an error line and the result is
+    /// eR_Exception.
     virtual EResult RunUnitTest(std::uint32_t subtest);
 
-    /// The first sub-test of exactly that name. Goes through GetSubtestCount and GetSubtestName where the class
-    /// overrides one of them, and else looks the name up. Passes on what the class throws.
+    /// The first sub-test with exactly that name. Calls GetSubtestCount and GetSubtestName if the class overrides one
+    /// of them; otherwise looks the name up. Passes on exceptions of the class.
     std::optional<std::uint32_t> FindSubtest(std::wstring_view name) const;
 
-    /// For runners: says ahead of InitSubtests which sub-test the object is for. Unless the class overrides
-    /// GetSubtestCount, GetSubtestName or RunUnitTest, the object then keeps no other: sub-tests of other names are
-    /// only counted, and of the data directory one file is asked for, however many there are. Should the class itself
-    /// ask for another sub-test, a second object of it answers.
+    /// For runners: selects, before InitSubtests, the only sub-test that the object is for. Unless the class overrides
+    /// GetSubtestCount, GetSubtestName or RunUnitTest, the object then only counts other sub-tests, and looks up only
+    /// one file of the data directory, however many there are. If the class requests another sub-test, a second object
+    /// provides it.
     void SelectSubtest(std::wstring_view name);
 
-    /// True when InitSubtests has made a sub-test of the selected name. Passes on what the class throws.
+    /// True if InitSubtests has added a sub-test with the selected name. Passes on exceptions of the class.
     bool HasSelectedSubtest();
 
-    /// Runs the first sub-test of that name, as RunUnitTest does. Only after HasSelectedSubtest has answered true.
+    /// Runs the first sub-test with that name like RunUnitTest. Precondition: HasSelectedSubtest has returned true.
     EResult RunSelectedSubtest();
 
 protected:
-    /// Appends a sub-test. `function` takes nothing and returns an EResult, or returns nothing: then the sub-test has
-    /// passed unless it reported an error line. Of several sub-tests with one name only the first is ever run.
+    /// Appends a sub-test. `function` takes no argument and returns an EResult or void: with void the sub-test passes
+    /// unless it reports an error line. If several sub-tests have one name, only the first is run.
     template<std::invocable F>
     void AddSubtest(std::wstring_view name, F function)
     {
@@ -120,9 +120,9 @@ protected:
 
     using Wildcards = std::initializer_list<std::wstring_view>;
 
-    /// Appends one sub-test per file of the data directory that matches a wildcard ("*": any characters, "?": one
-    /// character; exact otherwise) and no excluded one, ordered by name, named after the file. Description files
-    /// ("#ExtraInfo.xml") are left out. `function` takes the file's full path and returns as in AddSubtest.
+    /// Appends one sub-test for each file of the data directory that matches a wildcard ("*": any text, "?": one
+    /// character, otherwise exact) and no excluded wildcard. Sub-tests are named after their files and ordered by name.
+    /// Skips description files ("#ExtraInfo.xml"). `function` takes the file's full path and returns as in AddSubtest.
     ///
     ///     AddFileSubtests({L"*.yaml", L"*.yml"}, {L"*.expected.*"}, [this](const std::wstring& path) { ... });
     template<std::invocable<const std::wstring&> F>
@@ -149,10 +149,9 @@ protected:
         AddFileSubtests({wildcard}, {}, std::move(function));
     }
 
-    /// Reports an error line ("\t\tERROR: ..."); the sub-test has failed unless it returns a result of its own. Formats
-    /// as LbFormat does. A mistake of a format that is made at run time becomes an error line with the place of its
-    /// LbRuntimeFormat, instead of the line: it throws nothing and leaves the result as it would be without the
-    /// mistake, here and in Info and Check.
+    /// Reports an error line ("\t\tERROR: ..."); the sub-test fails unless it returns its own result. Formats like
+    /// LbFormat. An invalid run-time format is reported, with the location of its LbRuntimeFormat, as an error line
+    /// instead of the message; it throws nothing and does not change the result, here and in Info and Check.
     template<typename... T>
     void Error(LbFormatString<T...> format, const T&... arguments)
     {
@@ -166,8 +165,8 @@ protected:
         writeMessage(false, format.GetSource(), LbPackArguments(arguments...));
     }
 
-    /// Reports an error line when the condition is false. Returns the condition. When it is true nothing is formatted,
-    /// but a format that is made at run time is checked.
+    /// Reports an error line if the condition is false. Returns the condition. If it is true, formats nothing but still
+    /// checks a run-time format.
     template<typename... T>
     bool Check(bool condition, LbFormatString<T...> format, const T&... arguments)
     {
@@ -182,7 +181,7 @@ protected:
         return condition;
     }
 
-    /// True when an error line was reported since RunUnitTest began.
+    /// True if an error line was reported since RunUnitTest began.
     bool HasErrors() const noexcept { return m_hasErrors; }
     EResult GetResultByErrors() const noexcept { return m_hasErrors ? eR_Failed : eR_Passed; }
 
@@ -190,7 +189,7 @@ private:
     using Function = std::function<EResult()>;
     using FileFunction = std::function<EResult(const std::wstring&)>;
 
-    /// The sub-tests of a call of AddFileSubtests.
+    /// The sub-tests added by one call of AddFileSubtests.
     struct SFiles
     {
         std::shared_ptr<const LbFileListing> listing;
@@ -198,13 +197,13 @@ private:
         FileFunction function;
     };
 
-    /// What one call has appended.
+    /// The sub-tests added by one call.
     struct SEntry
     {
         std::uint32_t first; ///< index of its first sub-test
         std::wstring name;
         Function function;
-        std::unique_ptr<SFiles> files; ///< in place of name and function
+        std::unique_ptr<SFiles> files; ///< instead of name and function
     };
 
     template<typename F, typename... A>
@@ -221,7 +220,7 @@ private:
         }
     }
 
-    /// False when the object has no use for the sub-test.
+    /// False if the object does not need the sub-test.
     bool countSubtest(std::wstring_view name) noexcept
     {
         ++m_calls;
@@ -249,15 +248,15 @@ private:
     mutable std::shared_ptr<const LbFileListing> m_listing;
     mutable std::optional<std::vector<std::wstring>> m_dataFileNames;
     std::vector<SEntry> m_entries;
-    std::uint32_t m_count = 0; ///< of the sub-tests of all entries
-    std::uint32_t m_calls = 0; ///< of AddSubtest and AddFileSubtests
-    bool m_hasFiles = false;   ///< some of these calls were of the latter
+    std::uint32_t m_count = 0; ///< sub-tests of all entries
+    std::uint32_t m_calls = 0; ///< number of calls of AddSubtest and AddFileSubtests
+    bool m_hasFiles = false;   ///< AddFileSubtests was called
 
     std::wstring m_selected;
-    bool m_isForOne = false;                        ///< keeps the selected sub-test only
-    Function m_selectedFunction;                    ///< then
-    std::optional<std::uint32_t> m_selectedSubtest; ///< else
-    mutable std::unique_ptr<LuUnitTest> m_complete; ///< keeps the others
+    bool m_isForOne = false;                        ///< keeps only the selected sub-test
+    Function m_selectedFunction;                    ///< used if m_isForOne
+    std::optional<std::uint32_t> m_selectedSubtest; ///< used otherwise
+    mutable std::unique_ptr<LuUnitTest> m_complete; ///< keeps the other sub-tests
 
     bool m_hasErrors = false;
 };

@@ -6,8 +6,8 @@
 namespace LbOs::Linux
 {
 
-/// While it lives, calls that would end a thread whose cancellation is pending do not. For work below noexcept, where
-/// the end of the thread would be that of the process.
+/// During its lifetime, pending cancellation does not end the thread. For code called from noexcept functions, where
+/// ending the thread would end the process.
 class CCancellationOff
 {
 public:

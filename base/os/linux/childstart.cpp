@@ -17,7 +17,7 @@
 #include "base/os/linux/processtree.h"
 #include "base/os/linux/rawcalls.h"
 
-/// The run-time's own clone(), under the name by which no sanitizer takes it for a fork.
+/// The C library's clone(), under the name that no sanitizer intercepts as a fork.
 extern "C" int __clone(int (*function)(void*), void* stack, int flags, void* argument, ...);
 
 namespace LbOs::Linux
@@ -26,8 +26,8 @@ namespace LbOs::Linux
 namespace
 {
 
-/// A path is meant from the caller's folder, wherever the child works; a bare name is looked up. No program when that
-/// folder is not known.
+/// Resolves a relative path against the caller's working directory, whatever the child's is; a bare name is searched
+/// later. Empty if the working directory is unknown.
 std::wstring fromHere(const std::wstring& program)
 {
     if (program.find(L'/') == std::wstring::npos || IsAbsolutePath(program))
@@ -38,8 +38,8 @@ std::wstring fromHere(const std::wstring& program)
     return here.empty() ? here : here + L"/" + program;
 }
 
-/// Nothing behind standard input and, with `isSilent`, standard output and error. The child's group is none that a
-/// terminal reads for: to read there would stop it, and nobody would make it go on.
+/// Redirects standard input and, with `isSilent`, standard output and error to /dev/null. The child's process group is
+/// in the background: reading from the terminal would stop it forever.
 bool redirectToNothing(bool isSilent)
 {
     const long nothing = Call(SYS_open, "/dev/null", O_RDWR);
@@ -58,7 +58,7 @@ bool redirectToNothing(bool isSilent)
     return true;
 }
 
-/// Without the file, nothing stays behind standard error.
+/// If the file cannot be opened, standard error stays as it is.
 void redirectErrors(const std::string& path)
 {
     const long file = path.empty() ? -1 : Call(SYS_open, path.c_str(), O_WRONLY | O_APPEND);
@@ -69,7 +69,7 @@ void redirectErrors(const std::string& path)
     }
 }
 
-/// What the kernel knows about a signal.
+/// The kernel's record of a signal action.
 struct SAction
 {
     void (*handler)(int);
@@ -78,7 +78,7 @@ struct SAction
     std::uint64_t blocked;
 };
 
-/// The handlers of the caller are not the child's: they must not run in memory that the two share.
+/// Resets the caller's signal handlers, which must not run while child and caller share their memory.
 void resetSignals(const sigset_t& blocked)
 {
     for (int signal = 1; signal < NSIG; ++signal)
@@ -94,8 +94,7 @@ void resetSignals(const sigset_t& blocked)
     Call(SYS_rt_sigprocmask, SIG_SETMASK, &blocked, 0, c_SignalSetSize);
 }
 
-/// False when the child is none that the owner's keeper can end: the owner has ended before, or has another name space
-/// of processes than the child.
+/// False if the owner's keeper cannot end the child: the owner has already ended or has another process namespace.
 bool enterGroup(const SStart& start)
 {
     if (start.group == nullptr)
@@ -111,7 +110,7 @@ bool enterGroup(const SStart& start)
     return Call(SYS_getppid) == start.owner;
 }
 
-/// The child's way to its program; returns with failure only.
+/// Prepares the child and runs its program; returns only on failure.
 int becomeProgram(void* argument)
 {
     constexpr int c_CannotStart = 127;
@@ -163,16 +162,16 @@ SStart PrepareStart(const SChildOptions& options)
     start.isSilent = options.isSilent;
     start.errorPath = options.errors == nullptr ? std::string() : LbEncoding::ToNative(options.errors->GetPath());
     start.owner = getpid();
-    // Looking up the program takes some of it, and so does making a script's arguments.
+    // execvp needs stack to search the program and to build a script's arguments.
     constexpr std::size_t c_StackSize = 65536;
     start.stackSize = c_StackSize + 2 * start.arguments.size() * sizeof(char*);
     start.stack.reset(new char[start.stackSize]);
     return start;
 }
 
-/// As fork(), but the memory is shared and the caller stands still until the child has become its program: copying the
-/// tables of a large process would take longer than all else. Its word comes through that memory, too: a descriptor
-/// would be one of those that tests close.
+/// Like fork(), but shares the memory and blocks the caller until the program runs: copying the page tables of a large
+/// process would take most of the time. The child reports failure through the shared memory, because tests may close
+/// any descriptor.
 pid_t StartProcess(SStart& start)
 {
     constexpr std::uint64_t c_AllSignals = ~std::uint64_t{0};

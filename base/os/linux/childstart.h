@@ -1,4 +1,4 @@
-/// The way of a child process to its program. Internal to the Linux side.
+/// Starts the program of a child process. Internal to the Linux side.
 #pragma once
 
 #include <memory>
@@ -14,27 +14,27 @@
 namespace LbOs::Linux
 {
 
-/// All that the child needs, made before it exists: between its birth and its program it may only make system calls.
+/// All data that the child needs, prepared in advance: before it runs its program it may only make system calls.
 struct SStart
 {
     std::string program;
     std::vector<std::string> words;
-    std::vector<char*> arguments; ///< the words as the system takes them
+    std::vector<char*> arguments; ///< `words` in the form of execv
     std::string workingDirectory;
-    std::string errorPath; ///< of the file behind standard error; empty: nothing is behind it
+    std::string errorPath; ///< the file for standard error; empty: standard error is not redirected to a file
     bool isSilent = false;
-    bool isSearched = false; ///< the program's name is to be looked up
+    bool isSearched = false; ///< search the program by name
     SKeptGroup* group = nullptr;
     pid_t owner = 0;
-    sigset_t signals = {};         ///< blocked in the caller
-    std::unique_ptr<char[]> stack; ///< the child's
+    sigset_t signals = {};         ///< the caller's signal mask
+    std::unique_ptr<char[]> stack; ///< the child's stack
     std::size_t stackSize = 0;
-    volatile bool hasFailed = false; ///< the child's word
+    volatile bool hasFailed = false; ///< set by the child
 };
 
 SStart PrepareStart(const SChildOptions& options);
 
-/// Number of a process that runs its program; -1 on failure.
+/// The id of a process that runs its program; -1 on failure.
 pid_t StartProcess(SStart& start);
 
 } // namespace LbOs::Linux

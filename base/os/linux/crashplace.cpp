@@ -36,13 +36,14 @@ SMapping parse(std::string_view line)
     return mapping;
 }
 
-/// Reads lines through a buffer of its own.
+/// Reads lines through its own buffer.
 class CLines
 {
 public:
     explicit CLines(long file) : m_file(file) {}
 
-    /// Without its end; empty when there is none. Valid until the next one. What is longer than the buffer is cut.
+    /// The next line without its line end; empty at the end of the file. Valid until the next call. Lines longer than
+    /// the buffer are truncated.
     std::string_view Next()
     {
         std::copy(m_bytes + m_next, m_bytes + m_size, m_bytes);
@@ -71,7 +72,7 @@ private:
     std::size_t m_next = 0;
 };
 
-/// A module's mappings follow each other; the first one is where the module begins.
+/// The mappings of a module are adjacent; the first one is the module's start.
 class CModuleStart
 {
 public:
@@ -108,7 +109,7 @@ void FindCrashPlace(SCrash& crash) noexcept
     for (std::string_view line = lines.Next(); !line.empty(); line = lines.Next())
     {
         const SMapping mapping = parse(line);
-        // Behind a module's file stands what it has without one.
+        // A mapping without a path may lie between those of a module and must not reset its start.
         const std::uintptr_t start = mapping.path.empty() ? mapping.start : module.Follow(mapping);
         if (crash.address >= mapping.start && crash.address < mapping.end)
         {

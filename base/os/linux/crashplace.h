@@ -1,4 +1,4 @@
-/// The module of an instruction, found without the loader, whose lock a crashed thread may hold. Internal to the Linux
+/// Finds the module of an instruction without the loader, whose lock a crashed thread may hold. Internal to the Linux
 /// side.
 #pragma once
 
@@ -7,7 +7,7 @@
 namespace LbOs::Linux
 {
 
-/// Fills module and offset by the address. Makes system calls only.
+/// Sets module and offset from the address. Makes only system calls.
 void FindCrashPlace(SCrash& crash) noexcept;
 
 } // namespace LbOs::Linux

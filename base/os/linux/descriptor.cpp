@@ -15,7 +15,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-/// What poll takes; rounded up, so that no wait ends early.
+/// The time-out for poll, rounded up so that no wait ends early.
 int toPollTime(std::uint32_t milliseconds, Clock::time_point end)
 {
     if (milliseconds == c_WaitInfinite)

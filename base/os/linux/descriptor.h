@@ -11,7 +11,7 @@
 namespace LbOs::Linux
 {
 
-/// Repeats a call that signals break off.
+/// Repeats a call that a signal interrupted.
 template<typename F>
 auto Retry(const F& call)
 {
@@ -48,23 +48,23 @@ public:
         }
     }
 
-    /// Forgets a number that is not, or no longer, the owner's.
+    /// Gives up a number that does not, or no longer, belong to this owner.
     void Release() noexcept { m_number = -1; }
 
 private:
     int m_number = -1;
 };
 
-/// The owner of a descriptor that was just opened, negative: of none. It is none of the standard streams': where those
-/// are closed, what the process prints would else go into it. Closed by each program that is started.
+/// Takes ownership of a newly opened descriptor; negative stays empty. The result is never 0 to 2: if a standard stream
+/// is closed, the process's output would otherwise go into this descriptor. Started programs do not inherit it.
 CDescriptor AboveStandard(int number);
 
 inline constexpr int c_WaitTimedOut = -1;
 inline constexpr int c_WaitFailed = -2;
 inline constexpr std::uint32_t c_WaitInfinite = 0xFFFFFFFFU;
 
-/// Index of the first of at most two descriptors that can be read (a process's: that has ended), or one of the
-/// constants. Negative descriptors are passed over.
+/// Index of the first of at most two readable descriptors, or one of the constants. The descriptor of a process is
+/// readable when the process has ended. Negative descriptors are ignored.
 int WaitReadable(std::initializer_list<int> descriptors, std::uint32_t milliseconds);
 
 } // namespace LbOs::Linux

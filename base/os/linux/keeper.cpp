@@ -21,16 +21,16 @@ namespace LbOs::Linux
 namespace
 {
 
-/// Whether that child of the present process, which is none of those that everybody waits for, is there; one that has
-/// ended goes.
+/// True if the keeper is running; removes the zombie of one that has ended. An ordinary wait() of the process does not
+/// see the keeper.
 bool isKeeperThere(pid_t keeper)
 {
     siginfo_t end = {};
     return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | WNOHANG | __WCLONE) == 0 && end.si_pid == 0;
 }
 
-/// Waits until the keeper is ready: whoever ends the present process with all that belongs to it knows the keeper by
-/// its name and session. It may take a while where there is much else to do.
+/// Waits until the keeper is ready: before that, code that ends this process's descendants cannot recognise the keeper
+/// by its name and session. May take a while on a busy machine.
 bool waitReady(const SKeeperState& state, pid_t keeper)
 {
     constexpr int c_MostLooks = 100;
@@ -42,7 +42,7 @@ bool waitReady(const SKeeperState& state, pid_t keeper)
     return state.isReady != 0;
 }
 
-/// Number of a keeper that does its work; negative without one.
+/// The id of a keeper that is ready; negative on failure.
 pid_t startKeeper(SKeeperState& state)
 {
     state.isReady = 0;
@@ -57,13 +57,13 @@ pid_t startKeeper(SKeeperState& state)
     return keeper;
 }
 
-/// Sees to it that there is a keeper: another one takes over from one that somebody has ended.
+/// Ensures that a keeper is running; replaces one that was killed.
 bool ensureKeeper(SKeeperState& state)
 {
     static std::mutex s_lock;
     static pid_t s_keeper = -1;
     static const pid_t s_owner = getpid();
-    // A copy that a test makes of the process has its parent's. Another thread may have had the lock at that moment.
+    // A fork made by a test uses its parent's keeper. It must not take the lock, which another thread may have held.
     if (getpid() != s_owner)
     {
         return true;
@@ -82,7 +82,7 @@ SKeeperState* makeState()
     return memory == MAP_FAILED ? nullptr : new (memory) SKeeperState;
 }
 
-/// Null when there is no keeper. Never released: the keeper needs it to the end.
+/// Null if no keeper can be started. Never released: the keeper needs it until it ends.
 SKeeperState* getState()
 {
     static SKeeperState* const s_state = makeState();

@@ -1,8 +1,9 @@
-/// What must not outlive the present process, and the small process that sees to it. Internal to the Linux side.
+/// The keeper: a small process that ends and removes what must not outlive the current process. Internal to the Linux
+/// side.
 ///
-/// A process that is killed cleans nothing up. The keeper is a fork that waits for that and then ends the process
-/// trees and removes the files that are in its state. It is started with the first entry, or ahead of it, and with the
-/// next one when somebody has ended it, and ends with this process. Any thread.
+/// A killed process cannot clean up. The keeper is a fork that waits for the end of this process and then ends the
+/// process trees and removes the files listed in its state. It is started by EnsureKeeper or with the first entry, and
+/// again with the next entry if it was killed; it ends with this process. Any thread.
 #pragma once
 
 #include <atomic>
@@ -18,30 +19,29 @@ inline constexpr std::size_t c_KeptGroups = 1024;
 inline constexpr std::size_t c_KeptFiles = 4096;
 inline constexpr std::size_t c_KeptPathCapacity = 128;
 
-/// Name of the process. Others may have it, too.
+/// The keeper's process name. Other processes may have the same name.
 inline constexpr const char c_KeeperName[] = "LuKeeper";
 
-/// An entry for a process with what it starts, which leads a group and keeps its descendants.
+/// An entry for a process with its descendants; the process leads a group and is a subreaper.
 struct SKeptGroup
 {
-    std::atomic<pid_t> process; ///< 0 while free, -1 while taken without a process yet
-    std::int64_t entered;       ///< when, in nanoseconds since the system's start
+    std::atomic<pid_t> process; ///< 0: free; -1: taken, no process yet
+    std::int64_t entered;       ///< start time in nanoseconds since boot
 };
 
-/// Starts the keeper, unless there is one. As a copy it keeps all the memory that the process has at that time.
+/// Starts the keeper if none is running. Being a fork, it keeps the memory that the process has at that time.
 void EnsureKeeper();
 
-/// A free entry; null when there is none, or no keeper. The caller releases it while the group's number is still its
-/// own, unless the process never became a program.
+/// A free entry; null if there is none, or no keeper. The caller must release it before the process id can be reused,
+/// unless the process never ran a program.
 SKeptGroup* TakeKeptGroup();
 void ReleaseKeptGroup(SKeptGroup* group) noexcept;
 
-/// The child-to-be enters itself before it is anything else, so that no moment is without a keeper. Makes system calls
-/// only.
+/// Called by the child first of all, so that it is never without a keeper. Makes only system calls.
 void EnterKeptGroup(SKeptGroup& group) noexcept;
 
-/// A key for shared memory that belongs to the file of that path: with the file goes what its owner has made by that
-/// key.
+/// The key of shared memory that belongs to the file at `path`: the keeper removes the owner's memory with this key
+/// when it removes the file.
 int ToMemoryKey(const char* path) noexcept;
 
 /// An entry for a file.
@@ -58,8 +58,7 @@ struct SKeptFile
     char path[c_KeptPathCapacity];
 };
 
-/// To be called before the file is made; null when there is no entry, or the path is too long. Releasing does not
-/// remove the file.
+/// Call before creating the file; null if no entry is free or the path is too long. Releasing does not remove the file.
 SKeptFile* KeepFile(const char* path);
 void ReleaseKeptFile(SKeptFile* file) noexcept;
 

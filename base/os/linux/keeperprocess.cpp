@@ -20,7 +20,8 @@ namespace LbOs::Linux
 namespace
 {
 
-/// Removes what the owner had no time to: else it goes by itself.
+/// Removes a segment that the owner was killed too early to mark for removal; marked segments vanish with their last
+/// user.
 void removeMemory(const char* path, pid_t owner)
 {
     const long segment = Call(SYS_shmget, ToMemoryKey(path), 0, 0);
@@ -49,7 +50,7 @@ void endGroups(const SKeeperState& state)
     std::size_t count = 0;
     for (const SKeptGroup& group : state.groups)
     {
-        // By now others may have waited for the process, and the system may have given its number to another one.
+        // The process may have been waited for, and its id reused by another process.
         if (const pid_t process = group.process.load(); process > 0 && !HasStartedAfter(process, group.entered))
         {
             processes[count++] = process;
@@ -58,26 +59,26 @@ void endGroups(const SKeeperState& state)
     EndProcessTrees({processes, count});
 }
 
-/// The keeper's whole life.
+/// The keeper's main function.
 [[noreturn]] void keep(SKeeperState& state, pid_t owner)
 {
     constexpr int c_LookInterval = 100;
-    // Out of reach of what a terminal sends to its processes.
+    // A session of its own, so that the terminal's signals do not reach it.
     Call(SYS_setsid);
     Call(SYS_prctl, PR_SET_NAME, c_KeeperName);
-    // All that the fork has inherited: an open pipe, say, whose reader waits for its end.
+    // Closes all inherited descriptors; otherwise the reader of an inherited pipe would wait for its end.
     Call(SYS_close_range, 0, UINT_MAX, 0);
     Call(SYS_chdir, "/");
     pollfd waiting = {static_cast<int>(Call(SYS_pidfd_open, owner, 0)), POLLIN, 0};
     state.isReady.store(1);
     Call(SYS_futex, &state.isReady, FUTEX_WAKE, 1, 0, 0, 0);
-    // By the parent's number and not by the handle alone: once it has changed, no child-to-be can take the owner for
-    // alive any more.
+    // Checks the parent's id, not only the descriptor: as soon as it changes, no new child can take the owner for
+    // alive.
     while (Call(SYS_getppid) == owner)
     {
         Call(SYS_poll, &waiting, 1, waiting.fd < 0 ? c_LookInterval : c_LookInterval * 10);
     }
-    // Names first: it takes no time.
+    // Files first, because removing them takes no time.
     removeFiles(state, owner);
     endGroups(state);
     EndCopy();
@@ -109,7 +110,7 @@ int ToMemoryKey(const char* path) noexcept
     {
         hash = (hash ^ static_cast<unsigned char>(*character)) * 16777619U;
     }
-    // 0 stands for no key.
+    // A key of 0 would mean "no key".
     return static_cast<int>(hash | 1U);
 }
 

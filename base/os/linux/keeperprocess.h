@@ -1,4 +1,4 @@
-/// The keeper as a process, and what it shares with its owner. Internal to the Linux side.
+/// The keeper's process, and the state that it shares with its owner. Internal to the Linux side.
 #pragma once
 
 #include <atomic>
@@ -10,15 +10,15 @@
 namespace LbOs::Linux
 {
 
-/// Shared with the keeper, and all zero at first.
+/// Shared with the keeper; initially all zero.
 struct SKeeperState
 {
-    std::atomic<int> isReady; ///< the keeper can no longer be taken for anything else; a futex
+    std::atomic<int> isReady; ///< set when the keeper has its name and session; a futex
     SKeptGroup groups[c_KeptGroups];
     SKeptFile files[c_KeptFiles];
 };
 
-/// Forks the keeper, whose number it returns; negative on failure. Only with `isReady` it does its work.
+/// Forks the keeper and returns its id; negative on failure. The keeper works once `isReady` is set.
 pid_t ForkKeeper(SKeeperState& state) noexcept;
 
 } // namespace LbOs::Linux

@@ -8,8 +8,8 @@
 namespace LbOs::Linux
 {
 
-/// Driver and number of the first graphics card, by the cards' numbers, that has a driver; empty when there is none.
-/// `folder` is that of the kernel, or one like it. Any thread.
+/// Driver and device number of the first graphics card that has a driver; empty if there is none. `folder` is the
+/// kernel's folder or one with the same structure. Any thread.
 LB_API std::wstring DescribeGraphics(const std::wstring& folder);
 
 } // namespace LbOs::Linux

@@ -22,7 +22,7 @@ std::string ToObjectPath(const std::wstring& name)
             return {};
         }
     }
-    // The system's place for memory between processes, a file system that never reaches a disk.
+    // The system's file system for shared memory, which is never written to a disk.
     return name.empty() ? std::string() : "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
 }
 

@@ -1,4 +1,4 @@
-/// Files that carry the names of objects between processes. Internal to the Linux side.
+/// Files that represent named objects shared by processes. Internal to the Linux side.
 #pragma once
 
 #include <string>
@@ -9,23 +9,23 @@
 namespace LbOs::Linux
 {
 
-/// Where the file of a name stands; empty for a name that is none.
+/// The path of the file for a name; empty for an invalid name.
 std::string ToObjectPath(const std::wstring& name);
 
-/// For the caller's `failure`, unless there is none: what has been tried, and what the system says to that.
+/// Stores the failed step and the system's error text in `failure`, unless that is null.
 void DescribeFailure(std::wstring* failure, const char* step);
 
-/// The same where nobody would remove the file.
+/// The same for a missing keeper, without which nobody would remove the file.
 void DescribeMissingKeeper(std::wstring* failure);
 
-/// A file that is removed with its object or, by the keeper, with the present process.
+/// A file that is removed by the destructor or, when the process is killed, by the keeper.
 class CNamedFile
 {
 public:
     CNamedFile() = default;
 
-    /// Runs `make(path)`, which makes a file that does not exist and says whether it could. It also says why not;
-    /// without the keeper, `failure` is told here.
+    /// Runs `make(path)`, which must create a new file, returns whether it succeeded, and stores the reason of a
+    /// failure. Without a keeper, stores the reason in `failure`.
     template<typename F>
     CNamedFile(const std::string& path, std::wstring* failure, const F& make);
     CNamedFile(CNamedFile&& other) noexcept : m_kept(std::exchange(other.m_kept, nullptr)) {}

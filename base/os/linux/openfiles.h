@@ -1,11 +1,11 @@
-/// What a process that has raised its limit of open files owes to those that it starts. Internal to the Linux side.
+/// Restores the original limit of open files for started programs. Internal to the Linux side.
 #pragma once
 
 namespace LbOs::Linux
 {
 
-/// To be called by a process before it runs its program, when it opens no more files: the limit is as it was before the
-/// owner raised it. Makes system calls only.
+/// Sets the limit to its value before the owner raised it. A process calls it before it runs its program, after opening
+/// its last file. Makes only system calls.
 void RestoreOpenFileLimit() noexcept;
 
 } // namespace LbOs::Linux

@@ -15,7 +15,7 @@ namespace LbOs::Linux
 namespace
 {
 
-/// Whether what the system says about a descriptor names another process than this. It need not say anything.
+/// True if the kernel's description of the descriptor names another process. The description may be missing.
 bool isOfAnother(int file, pid_t process)
 {
     const CDescriptor said(open(("/proc/self/fdinfo/" + std::to_string(file)).c_str(), O_RDONLY | O_CLOEXEC));
@@ -24,7 +24,8 @@ bool isOfAnother(int file, pid_t process)
     {
         return false;
     }
-    // The last of its numbers, one for each name space, is that of the innermost; -1 when nobody has it any more.
+    // The line lists the ids from the outer to the inner namespace; the last one is the own id. -1: the process has
+    // ended and was waited for.
     const std::string_view all = text;
     const std::size_t last = all.rfind('\t');
     const long number = last == std::string_view::npos ? 0 : std::strtol(text + last, nullptr, 10);
@@ -58,7 +59,7 @@ void CProcessFile::Assert(pid_t process)
     m_node = status.st_ino;
 }
 
-/// Older kernels have one file for all processes, and for more, so that both are to be looked at.
+/// Older kernels use the same inode for all process descriptors, so both inode and process id are checked.
 bool CProcessFile::isOwn() const
 {
     struct stat status = {};

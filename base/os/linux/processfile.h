@@ -11,15 +11,15 @@
 namespace LbOs::Linux
 {
 
-/// To be called when a child's descriptor is readable but the system does not give the child up: whoever traces it is
-/// told first. Without it the wait would turn in circles.
+/// Call when a child's descriptor is readable but waitpid does not yet report the child, because a tracer is notified
+/// first. Avoids a busy loop.
 inline void PauseForEnd()
 {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-/// Readable when the child has ended. A test may close it with all that it finds open: then it is opened again, and
-/// what has its number meanwhile is left alone.
+/// A descriptor that is readable when the child has ended. A test may close all descriptors: then it is opened again,
+/// and a foreign descriptor with its old number is not touched.
 class CProcessFile
 {
 public:
@@ -28,11 +28,11 @@ public:
     CProcessFile& operator=(const CProcessFile&) = delete;
     ~CProcessFile() { releaseLost(); }
 
-    /// Sees to it that there is one, if there can be: not where the process is no child any more, since others have
-    /// waited for it. Always for the same process.
+    /// Opens the descriptor unless it is open. Impossible if others have waited for the process, which then is no child
+    /// any more. Pass the same process in all calls.
     void Assert(pid_t process);
 
-    /// As the last Assert left it; negative: none.
+    /// The descriptor after the last Assert; negative if there is none.
     int Get() const noexcept { return m_file.Get(); }
 
 private:

@@ -18,7 +18,7 @@
 #include "base/os/linux/keeper.h"
 #include "base/os/linux/rawcalls.h"
 
-// The run-time's calls for folders and streams take memory, which a fork of a process with threads must not.
+// The C library's calls for folders and streams allocate memory, which is forbidden in a fork of a threaded process.
 
 namespace LbOs::Linux
 {
@@ -28,7 +28,7 @@ namespace
 
 constexpr std::size_t c_TextSize = 1024;
 
-/// A descriptor without the run-time's functions.
+/// A descriptor used without the C library.
 struct SFile
 {
     long number;
@@ -45,7 +45,7 @@ struct SFile
     }
 };
 
-/// The beginning of a file of the kernel, which no signal interrupts; false when there is none.
+/// Reads the start of a kernel file; signals do not interrupt such reads. False on failure.
 bool readText(const SFile& folder, const char* path, char (&text)[c_TextSize])
 {
     const SFile file(static_cast<int>(folder.number), path, O_RDONLY);
@@ -54,17 +54,17 @@ bool readText(const SFile& folder, const char* path, char (&text)[c_TextSize])
     return size > 0;
 }
 
-/// What the kernel says about a process.
+/// The kernel's data about a process.
 struct SProcess
 {
     pid_t parent = 0;
     bool hasEnded = false;
-    bool isKeeper = false;     ///< to judge by its name
-    bool isOwnersFork = false; ///< it has still the parent that forked it without a signal at its end, as keepers are
+    bool isKeeper = false;     ///< only by its name, which other processes may use
+    bool isOwnersFork = false; ///< forked without an exit signal, as keepers are, and still a child of its creator
     std::uint64_t startTicks = 0;
 };
 
-/// Of the fields that stand behind the name, by the numbers that the kernel's documentation gives them.
+/// Fields after the name, numbered as in the kernel's documentation.
 enum EField : int
 {
     eF_State = 3,
@@ -88,7 +88,7 @@ SProcess readFields(const char* text, bool isKeeper)
             process.parent = static_cast<pid_t>(number);
             break;
         case eF_Threads:
-            // One whose first thread alone has ended looks as if it had ended as a whole.
+            // A process whose first thread has ended is shown as a zombie while its other threads run.
             process.hasEnded = isZombie && number <= 1;
             break;
         case eF_StartTicks:
@@ -106,8 +106,7 @@ SProcess readFields(const char* text, bool isKeeper)
     return process;
 }
 
-/// From the line "number (name) state parent ..." of a folder that lists processes; without a parent when there is no
-/// such process.
+/// Reads the line "number (name) state parent ..." of /proc; no parent if there is no such process.
 SProcess readProcess(const SFile& folder, pid_t number)
 {
     char path[32];
@@ -117,7 +116,7 @@ SProcess readProcess(const SFile& folder, pid_t number)
     {
         return {};
     }
-    // A name may hold brackets of its own.
+    // The name may contain parentheses.
     const std::string_view line = text;
     const std::size_t name = line.find('(') + 1;
     const std::size_t end = line.rfind(") ");
@@ -131,12 +130,12 @@ SFile openProcesses()
     return {AT_FDCWD, "/proc", O_RDONLY | O_DIRECTORY};
 }
 
-/// Kills a process if it is a child of one of those, which are sorted; true when it has still to end, and can. With
-/// `sparesKeepers` one that has lost its owner may end by itself.
+/// Kills a process if its parent is in `parents`, which is sorted. True if it is still ending. With `sparesKeepers`
+/// does not kill keepers that have lost their owner: they end by themselves.
 bool killIfChild(const SFile& folder, pid_t number, std::span<const pid_t> parents, bool sparesKeepers)
 {
     const SProcess process = readProcess(folder, number);
-    // The keepers of the parents themselves end after these.
+    // The parents' own keepers end after their owners.
     if (!std::ranges::binary_search(parents, process.parent) || (process.isKeeper && process.isOwnersFork))
     {
         return false;
@@ -145,7 +144,7 @@ bool killIfChild(const SFile& folder, pid_t number, std::span<const pid_t> paren
     return (isSpared || Call(SYS_kill, number, SIGKILL) == 0) && !process.hasEnded;
 }
 
-/// Kills the children of all these processes; true when there were any.
+/// Kills the children of all these processes; true if some are still ending.
 bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
 {
     const SFile folder = openProcesses();
@@ -157,7 +156,7 @@ bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
         for (long offset = 0; offset < size;)
         {
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
-            // 0 for what is no process.
+            // 0 for entries that are no processes.
             const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
             wereThere = (number > 0 && killIfChild(folder, number, processes, sparesKeepers)) || wereThere;
             offset += entry->d_reclen;
@@ -166,20 +165,20 @@ bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
     return wereThere;
 }
 
-/// Until none is left, or has to be waited for any longer.
+/// Repeats until no descendant is left or the time limit is reached.
 void endDescendants(std::span<const pid_t> processes)
 {
     constexpr std::int64_t c_Millisecond = 1'000'000;
-    // Those that the system cannot end, in a driver's call say, are not waited for any longer.
+    // Limits the wait for processes that the system cannot end, for example inside a driver.
     constexpr std::int64_t c_Longest = 3000 * c_Millisecond;
-    // Keepers whose owners have just been killed need a moment for what these leave behind. Any process may have their
-    // name, so it is no longer than a moment.
+    // Keepers of killed owners need a moment to end what their owners left. The wait is short because any process may
+    // use their name.
     constexpr std::int64_t c_LongestForKeepers = 500 * c_Millisecond;
     constexpr timespec c_Pause = {0, c_Millisecond};
     const std::int64_t begin = GetNanoseconds(CLOCK_MONOTONIC);
     for (std::int64_t taken = 0; taken < c_Longest; taken = GetNanoseconds(CLOCK_MONOTONIC) - begin)
     {
-        // Children of those that end become its own, behind the back of one look perhaps.
+        // Children of ended processes get a new parent and may be missed by one pass, hence two.
         const bool sparesKeepers = taken < c_LongestForKeepers;
         if (!killChildren(processes, sparesKeepers) && !killChildren(processes, sparesKeepers))
         {
@@ -189,7 +188,7 @@ void endDescendants(std::span<const pid_t> processes)
     }
 }
 
-/// Where no descriptor is free, a copy of the process has all of its own.
+/// If no descriptor is free, a fork closes its own copies and does the work.
 void endDescendantsFromCopy(std::span<const pid_t> processes)
 {
     const pid_t copy = CopyProcess();
@@ -220,7 +219,7 @@ bool HasStartedAfter(pid_t process, std::int64_t time) noexcept
 {
     const SFile folder = openProcesses();
     const SProcess found = readProcess(folder, process);
-    // The kernel counts whole ticks, and leaves out what is no whole one.
+    // The kernel counts whole ticks and rounds down.
     const auto tick = static_cast<std::uint64_t>(c_NanosecondsPerSecond / sysconf(_SC_CLK_TCK));
     return found.startTicks * tick > static_cast<std::uint64_t>(time);
 }
@@ -228,12 +227,12 @@ bool HasStartedAfter(pid_t process, std::int64_t time) noexcept
 void EndProcessTrees(std::span<pid_t> processes) noexcept
 {
     std::ranges::sort(processes);
-    // What those numbers stand for is no group or not the caller's: all processes, its own group, the first process.
+    // As targets of kill, these numbers mean all processes, the caller's group and the first process.
     while (!processes.empty() && processes.front() <= 1)
     {
         processes = processes.subspan(1);
     }
-    // They stand still, so that they start no more, and so that the numbers of their children stay theirs.
+    // Stopped processes start no others, and the ids of their children cannot be reused.
     for (const pid_t process : processes)
     {
         Call(SYS_kill, process, SIGSTOP);
@@ -245,7 +244,7 @@ void EndProcessTrees(std::span<pid_t> processes) noexcept
     for (const pid_t process : processes)
     {
         Call(SYS_kill, -process, SIGKILL);
-        // It may have gone to another group.
+        // The process may have changed its group.
         Call(SYS_kill, process, SIGKILL);
     }
 }

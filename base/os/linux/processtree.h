@@ -1,4 +1,4 @@
-/// Processes with all that they have started. Internal to the Linux side.
+/// Processes with all their descendants. Internal to the Linux side.
 #pragma once
 
 #include <cstdint>
@@ -9,18 +9,18 @@
 namespace LbOs::Linux
 {
 
-/// To be called by a process before it runs its program: what it starts stays below it in the tree of processes, also
-/// when the processes between have ended. Makes system calls only.
+/// Makes the calling process a subreaper: its descendants stay below it even if the processes between have ended.
+/// Called before it runs its program. Makes only system calls.
 void KeepDescendants() noexcept;
 
-/// Whether a process of that number is there that has started after that time, in nanoseconds since the system's start:
-/// one that had the number before is gone then. Makes system calls only.
+/// True if a process with this id exists and started after `time`, in nanoseconds since boot: then the process that had
+/// the id before has ended. Makes only system calls.
 bool HasStartedAfter(pid_t process, std::int64_t time) noexcept;
 
-/// Ends what processes that keep their descendants have started, in whatever group or session that is, and then their
-/// whole groups; all together, for each look at the processes of the system takes time. Without effect on what
-/// processes leave behind that have ended before. Keepers end by themselves, as their owners do. The numbers must still
-/// be the processes' own; they are sorted. Makes system calls only, so that a fork may call it. Any thread.
+/// Ends the descendants of the processes, in any group or session, and then the processes' groups. Takes all processes
+/// at once because each pass over the system's processes takes time. The processes must be subreapers; descendants of
+/// processes that have already ended are not found. Keepers end by themselves. The ids must still be valid; the
+/// function sorts them. Makes only system calls, so that a fork may call it. Any thread.
 void EndProcessTrees(std::span<pid_t> processes) noexcept;
 
 } // namespace LbOs::Linux

@@ -1,8 +1,7 @@
-/// System calls for forks of a process with threads, and for children that share its memory. Internal to the Linux
-/// side.
+/// System calls for forks of a threaded process, and for children that share its memory. Internal to the Linux side.
 ///
-/// The run-time's functions may be a sanitizer's, which wait for locks of threads that a fork does not have. The files
-/// of those that use this are built without sanitizers for the same reason.
+/// The C library's functions may be intercepted by a sanitizer and then wait for locks of threads that the fork does
+/// not have. The files that use this header are built without sanitizers for the same reason.
 #pragma once
 
 #include <csignal>
@@ -17,7 +16,8 @@
 namespace LbOs::Linux
 {
 
-/// Makes the call of that number; negative on failure. Each argument fills a whole register, as the kernel reads it.
+/// Makes the system call with this number; negative on failure. Each argument fills a whole register, as the kernel
+/// expects.
 template<typename... T>
 long Call(long number, T... arguments) noexcept
 {
@@ -36,7 +36,7 @@ long Call(long number, T... arguments) noexcept
 
 inline constexpr std::int64_t c_NanosecondsPerSecond = 1'000'000'000;
 
-/// What a clock of the system shows.
+/// The time of a system clock.
 inline std::int64_t GetNanoseconds(clockid_t clock) noexcept
 {
     timespec now = {};
@@ -44,11 +44,11 @@ inline std::int64_t GetNanoseconds(clockid_t clock) noexcept
     return now.tv_sec * c_NanosecondsPerSecond + now.tv_nsec;
 }
 
-/// Size of the kernel's sets of signals.
+/// Size of the kernel's signal sets.
 inline constexpr long c_SignalSetSize = 8;
 
-/// Copies the process as fork() does, but the copy is none of the children that a test's own wait() would see: without
-/// a signal at its end only __WCLONE asks for it. Signals stay blocked there, since the handlers are the original's.
+/// Copies the process like fork(), but without an exit signal, so that only waits with __WCLONE see the copy; a test's
+/// own wait() does not. All signals stay blocked in the copy, because the handlers belong to the original.
 inline pid_t CopyProcess() noexcept
 {
     constexpr std::uint64_t c_AllSignals = ~std::uint64_t{0};

@@ -1,4 +1,4 @@
-/// Paths as the Linux calls take them. Internal to base/os.
+/// Paths in the form of the Linux calls. Internal to base/os.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace LbOs::Linux
 {
 
-/// A name with a zero character inside would be cut by the system: the empty name, which nothing has, stands for it.
+/// A path that contains a null character becomes empty, because the system would truncate it.
 inline std::string ToSystemPath(const std::wstring& path)
 {
     return path.find(L'\0') == std::wstring::npos ? LbEncoding::ToNative(path) : std::string();
