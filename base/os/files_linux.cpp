@@ -34,7 +34,7 @@ LbOs::FileHandle openFile(const std::wstring& path, int flags)
     const std::string name = ToSystemPath(path);
     const int file = LbOs::Linux::Retry([&name, flags] { return open(name.c_str(), flags | O_CLOEXEC, 0666); });
     struct stat status = {};
-    // Linux opens a directory for reading and fails only when it is read.
+    // Linux opens a directory for reading and fails only on read.
     if (file >= 0 && fstat(file, &status) == 0 && S_ISDIR(status.st_mode))
     {
         close(file);
@@ -63,8 +63,8 @@ bool isLinkEntry(int directory, const dirent& entry)
     return fstatat(directory, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-/// Of an absolute path without separator at its end; empty for the root. Behind a link it is the parent of the target,
-/// which the text does not tell.
+/// The parent of an absolute path without trailing separator; empty for the root. For a link it is the parent of the
+/// target, which the path's text does not show.
 std::wstring getParent(const std::wstring& path)
 {
     const std::wstring target = LbOs::IsLink(path) ? LbOs::GetCanonicalPath(path + L"/..") : std::wstring();
@@ -90,7 +90,8 @@ std::wstring withoutSeparators(std::wstring path)
     return path;
 }
 
-/// Calls `read(buffer, size)`, which gives the text's length or 0 on failure, with larger buffers until the text fits.
+/// Calls `read(buffer, size)`, which returns the text's length or 0 on failure, with growing buffers until the text
+/// fits.
 template<typename F>
 std::wstring readText(const F& read)
 {
@@ -106,7 +107,7 @@ std::wstring readText(const F& read)
     }
 }
 
-/// Without a working directory there is nothing that a relative path could be meant from, least of all the root.
+/// Throws without a working directory: otherwise relative paths would refer to the root.
 std::wstring getStart(const std::wstring& path)
 {
     const std::wstring directory = LbOs::GetWorkingDirectory();
@@ -207,7 +208,7 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
         return false;
     }
     const int descriptor = dirfd(stream.get());
-    // The end and a failure differ by the error number only.
+    // Only errno distinguishes the end from a failure.
     const auto readNext = [&stream] {
         errno = 0;
         return readdir(stream.get());
@@ -304,7 +305,7 @@ std::wstring LbOs::GetCanonicalPlace(const std::wstring& path)
 
 std::wstring LbOs::GetExecutablePath()
 {
-    // As it was when first asked for: once a build has replaced the file, the system calls it "... (deleted)".
+    // Read once: if a build replaces the file, the system's name gets the suffix " (deleted)".
     static const std::wstring& s_path = *new std::wstring(readText([](char* buffer, std::size_t size) {
         const ssize_t length = readlink("/proc/self/exe", buffer, size);
         return length < 0 ? 0 : static_cast<std::size_t>(length);
@@ -315,7 +316,7 @@ std::wstring LbOs::GetExecutablePath()
 std::wstring LbOs::GetUserDataDirectory()
 {
     const std::wstring data = GetEnvironmentText(L"XDG_DATA_HOME");
-    // Relative paths are to be ignored, as by all programs that know the variable.
+    // The variable's standard says that relative paths must be ignored.
     if (IsAbsolutePath(data))
     {
         return withoutSeparators(data);
@@ -371,6 +372,6 @@ std::int64_t LbOs::GetFileSize(FileHandle file)
 
 bool LbOs::CloseFile(FileHandle file)
 {
-    // After EINTR the descriptor is closed all the same and must not be closed again.
+    // After EINTR the descriptor is closed and must not be closed again.
     return close(toDescriptor(file)) == 0 || errno == EINTR;
 }

@@ -9,7 +9,7 @@
 #include "base/os/linkdata.h"
 #include "base/os/windows/api.h"
 
-// Behind windows.h, which it needs.
+// After windows.h, which it needs.
 #include <winioctl.h>
 
 namespace
@@ -18,7 +18,7 @@ namespace
 using LbOs::Windows::ReadText;
 using LbOs::Windows::ToSystemPath;
 
-/// Folders may be 12 characters shorter than MAX_PATH only, to leave room for a short file name.
+/// Folders must be 12 characters shorter than MAX_PATH, to leave room for a short file name.
 constexpr std::size_t c_LongestPlainPath = MAX_PATH - 13;
 
 bool isSeparator(wchar_t character)
@@ -47,7 +47,7 @@ LbOs::FileHandle openFile(const std::wstring& path, DWORD access, DWORD sharing,
                                                           nullptr));
 }
 
-/// One call of the system moves at most 4 GB.
+/// One system call moves at most 4 GB.
 DWORD toChunk(std::size_t size)
 {
     constexpr std::size_t c_Largest = 0x40000000;
@@ -65,8 +65,7 @@ struct SCloseHandle
 };
 using OwnedHandle = std::unique_ptr<void, SCloseHandle>;
 
-/// What stands at a path, opened to be looked at only; null when it cannot be. Directories open with the backup flag
-/// only.
+/// Opens the entry at a path only to query it; null on failure. Directories need the backup flag.
 OwnedHandle openToLookAt(const std::wstring& path, DWORD flags = 0)
 {
     const HANDLE opened =
@@ -103,15 +102,15 @@ std::wstring getFinalPath(const OwnedHandle& opened)
     });
 }
 
-/// Files of a cloud, deduplicated ones and others are marked, too, but stand where they are. Wine marks a folder's link
-/// without saying what it is.
+/// Cloud files, deduplicated files and others have the attribute, too, but are no links. Wine sets it for a linked
+/// folder without a tag.
 bool isLinkOf(DWORD attributes, DWORD tag)
 {
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
            (tag == IO_REPARSE_TAG_SYMLINK || tag == IO_REPARSE_TAG_MOUNT_POINT || tag == 0);
 }
 
-/// As the link holds it, relative or with the system's own prefix.
+/// The target as stored in the link: relative, or with the system's prefix.
 std::wstring readTarget(const OwnedHandle& link)
 {
     std::vector<char> bytes(MAXIMUM_REPARSE_DATA_BUFFER_SIZE);
@@ -122,7 +121,8 @@ std::wstring readTarget(const OwnedHandle& link)
     return isRead ? LbOs::GetTargetOfLinkData({bytes.data(), size}) : std::wstring();
 }
 
-/// A target from the root of a drive, or from the folder of its link; ".." is taken by the text as the system does.
+/// Completes a target that is relative to the drive's root or to the link's folder; resolves ".." textually, as the
+/// system does.
 std::wstring completeTarget(const std::wstring& path, const std::wstring& target)
 {
     const std::size_t colon = path.find(L':');
@@ -132,8 +132,8 @@ std::wstring completeTarget(const std::wstring& path, const std::wstring& target
     return start.empty() ? start : LbOs::GetFullPath(start + target);
 }
 
-/// Write protection keeps a file from being removed on this platform only. It is the file's, which may have other names
-/// beside this one: there it stays.
+/// Only Windows refuses to delete write-protected files. The protection belongs to the file and is restored for its
+/// other names.
 bool removeProtected(const std::wstring& name, DWORD attributes)
 {
     if (SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) == FALSE)
@@ -141,7 +141,7 @@ bool removeProtected(const std::wstring& name, DWORD attributes)
         return false;
     }
     bool isRemoved = false;
-    // Without times: those stay.
+    // Zero times are not changed.
     FILE_BASIC_INFO former = {};
     former.FileAttributes = attributes;
     constexpr DWORD c_Access = DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
@@ -174,7 +174,7 @@ std::wstring LbOs::Windows::ToSystemPath(const std::wstring& path)
     {
         return path;
     }
-    // The long form is taken literally by the system: no "/", no "." and "..", not relative.
+    // The system takes the long form literally: no "/", "." or "..", no relative paths.
     const std::wstring full = ReadText(
         [&path](wchar_t* buffer, DWORD size) { return GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
     return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
@@ -197,7 +197,7 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     DWORD attributes = GetFileAttributesW(ToSystemPath(path).c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLink(path))
     {
-        // Those were the link's own.
+        // The attributes were the link's own.
         const OwnedHandle target = openToLookAt(path);
         BY_HANDLE_FILE_INFORMATION info = {};
         const bool isThere = target != nullptr && GetFileInformationByHandle(target.get(), &info) != FALSE;
@@ -238,7 +238,7 @@ bool LbOs::IsLink(const std::wstring& path)
     {
         return false;
     }
-    // Only a listing tells the kind without opening what may not be opened.
+    // Only a listing returns the tag without opening the file, which may be forbidden.
     WIN32_FIND_DATAW data = {};
     const HANDLE found = FindFirstFileW(name.c_str(), &data);
     if (found == INVALID_HANDLE_VALUE)
@@ -275,7 +275,7 @@ bool LbOs::IsRegularFile(const std::wstring& path)
 
 bool LbOs::AreSameFile(const std::wstring& path, const std::wstring& otherPath)
 {
-    // The index of a file is its own for as long as it is open.
+    // A file's index is unique only while the file is open.
     const OwnedHandle file = openToLookAt(path);
     const OwnedHandle otherFile = openToLookAt(otherPath);
     const std::optional<SFileStatus> status = getStatus(file);
@@ -294,7 +294,7 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
                                                 FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (found == INVALID_HANDLE_VALUE)
     {
-        // The root of an empty drive does not even hold ".".
+        // The root of an empty drive contains not even ".".
         return !directory.empty() && GetLastError() == ERROR_FILE_NOT_FOUND;
     }
     struct SClose
@@ -441,6 +441,6 @@ std::int64_t LbOs::GetFileSize(FileHandle file)
 
 bool LbOs::CloseFile(FileHandle file)
 {
-    // The value of an invalid file is also the system's name for the present process, which can be "closed".
+    // c_InvalidFile has the value of the current process's pseudo handle, which CloseHandle accepts.
     return file != c_InvalidFile && CloseHandle(toHandle(file)) != FALSE;
 }

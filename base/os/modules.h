@@ -1,4 +1,4 @@
-/// Loaded modules (shared libraries) of the process.
+/// Modules (shared libraries) loaded by the process.
 #pragma once
 
 #include <string>
@@ -8,13 +8,13 @@
 namespace LbOs
 {
 
-/// Loads the shared library at the full path `path`; it stays loaded for the life of the process, and its static
-/// objects have been constructed when the call returns. The module's own folder is searched for its dependencies.
-/// Returns false on failure, with the system's reason in `reason`: also when a static object's constructor throws; what
-/// the module registered before that may stay registered. No dialog appears. Any thread.
+/// Loads the shared library at the full path `path` for the life of the process; its static objects are constructed
+/// when the call returns. The system searches the module's folder for its dependencies. On failure returns false and
+/// stores the system's reason in `reason`. If the constructor of a static object throws, the module's earlier
+/// registrations may remain. Shows no dialog. Any thread.
 LB_API bool LoadModule(const std::wstring& path, std::wstring& reason);
 
-/// Full path of the module that contains `address`; empty when no module does. Any thread.
+/// Full path of the module that contains `address`; empty if there is none. Any thread.
 LB_API std::wstring GetModulePathOf(const void* address);
 
 } // namespace LbOs

@@ -23,7 +23,7 @@ bool LbOs::LoadModule(const std::wstring& path, std::wstring& reason)
     }
     catch (...)
     {
-        // A static object of the module could not be made.
+        // The constructor of a static object threw.
         reason = LbDescribeCurrentException();
     }
     return false;
@@ -37,7 +37,7 @@ std::wstring LbOs::GetModulePathOf(const void* address)
     {
         return {};
     }
-    // The executable's entry has no name in the list of modules; elsewhere it is what the shell was given.
+    // The loader's list has no name for the executable; dladdr would return the name that the shell used.
     const char* const name = static_cast<const link_map*>(extra)->l_name;
     if (name[0] == '\0')
     {

@@ -6,7 +6,7 @@
 namespace
 {
 
-/// Lets loading fail without a dialog of the system on the calling thread.
+/// Prevents that a failed load shows a system dialog for the calling thread.
 class CNoDialogScope
 {
 public:
@@ -19,7 +19,7 @@ private:
     DWORD m_former = 0;
 };
 
-/// The system's words for an error in one line; `subject` is what the words leave open.
+/// The system's message for an error, in one line; `subject` replaces its placeholder.
 std::wstring describeError(DWORD error, const std::wstring& subject)
 {
     wchar_t* buffer = nullptr;
@@ -48,7 +48,7 @@ bool LbOs::LoadModule(const std::wstring& path, std::wstring& reason)
     }
     catch (...)
     {
-        // A static object of the module could not be made, and the loader let the exception pass.
+        // The constructor of a static object threw, and the loader passed the exception on.
         reason = LbDescribeCurrentException();
     }
     return false;

@@ -1,4 +1,4 @@
-/// Auto-reset events between processes, known by name.
+/// Named auto-reset events shared by processes.
 #pragma once
 
 #include <cstdint>
@@ -15,20 +15,20 @@ enum class EEventWait
 {
     Signaled,
     TimedOut,
-    ChildEnded, ///< and the event had not been set before that
+    ChildEnded, ///< and the event was not set before
     Failed
 };
 
-/// One Set releases one wait, now or later; setting a set event changes nothing. Only processes of the same user can
-/// open one. Names are letters, digits and "-". Set by any thread, waited for by one at a time.
+/// Each Set releases one wait, current or future; setting a set event has no effect. Only processes of the same user
+/// can open an event. A name consists of letters, digits and "-". Any thread may set it; one thread at a time may wait.
 class LB_API CNamedEvent
 {
 public:
-    /// A new event. Null when there is one of that name, or on any other failure; `failure` then says what the system
-    /// has refused. The name goes with the object, or with the present process, however that ends.
+    /// Creates an event. Null if the name exists, or on another failure; then `failure` describes the failed system
+    /// call. The name is removed with the object, or when the current process ends in any way.
     static std::unique_ptr<CNamedEvent> Create(const std::wstring& name, std::wstring* failure = nullptr);
 
-    /// An event that another object has created. Null when there is none that may be opened.
+    /// Opens an event created by another object. Null if there is none or access is denied.
     static std::unique_ptr<CNamedEvent> Open(const std::wstring& name);
 
     ~CNamedEvent();
@@ -39,10 +39,10 @@ public:
     /// False on failure.
     bool Set();
 
-    /// Takes a set event back; true when it was set.
+    /// Resets a set event; true if it was set.
     bool Reset();
 
-    /// Waits for up to `milliseconds`, and not beyond the end of `child` when there is one.
+    /// Waits for at most `milliseconds`, or until `child`, if given, ends.
     EEventWait Wait(std::uint32_t milliseconds, const CChildProcess* child = nullptr);
 
 private:

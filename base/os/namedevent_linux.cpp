@@ -15,8 +15,8 @@
 namespace LbOs
 {
 
-/// A pipe with a name: bytes in it mean that the event is set. Unlike a number in shared memory it can be waited for
-/// together with a process.
+/// A named pipe: it contains bytes while the event is set. A process can wait for the pipe and a child process with one
+/// call, which is impossible for a flag in shared memory.
 struct CNamedEvent::SState
 {
     SState() = default;
@@ -29,7 +29,7 @@ struct CNamedEvent::SState
     bool Drain();
 
     std::string path;
-    Linux::CNamedFile file; ///< of the object that created the event
+    Linux::CNamedFile file; ///< only in the object that created the event
     Linux::CDescriptor pipe;
     dev_t device = 0;
     ino_t node = 0;
@@ -38,14 +38,14 @@ private:
     bool releaseLost();
 };
 
-/// A pipe of the present user and nothing else.
+/// Opens the path if it is a pipe of the current user.
 bool CNamedEvent::SState::Open()
 {
     if (path.empty())
     {
         return false;
     }
-    // For both directions, so that the pipe has no other end that could be closed.
+    // Opened for both directions, so that no other process can close the last end.
     pipe = Linux::AboveStandard(
         Linux::Retry([this] { return open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK); }));
     struct stat status = {};
@@ -59,8 +59,8 @@ bool CNamedEvent::SState::Open()
     return true;
 }
 
-/// Forgets a descriptor that is the pipe's no longer, since a test has closed what is not its own. By now the number
-/// may be that of another file, which is not to be touched.
+/// Releases the descriptor if a test has closed it. Its number may belong to another file by now, which must not be
+/// closed.
 bool CNamedEvent::SState::releaseLost()
 {
     struct stat status = {};
@@ -72,7 +72,7 @@ bool CNamedEvent::SState::releaseLost()
     return isLost;
 }
 
-/// The pipe, opened again where it was lost; negative when that fails.
+/// The pipe, reopened if it was lost; negative on failure.
 int CNamedEvent::SState::GetPipe()
 {
     if (releaseLost())
@@ -82,8 +82,8 @@ int CNamedEvent::SState::GetPipe()
     return pipe.Get();
 }
 
-/// Takes all bytes out; true when there were any. No more than the pipe holds, so that whoever floods it keeps nobody
-/// here.
+/// Reads all bytes; true if there were any. Reads at most the pipe's capacity, so that a process that keeps writing
+/// cannot block the caller.
 bool CNamedEvent::SState::Drain()
 {
     char bytes[4096];
@@ -92,7 +92,7 @@ bool CNamedEvent::SState::Drain()
     const bool wereThere = count > 0;
     if (count == sizeof(bytes))
     {
-        // Whoever has it open may have made it larger than others are.
+        // Another process may have enlarged the pipe.
         const int capacity = fcntl(pipe.Get(), F_GETPIPE_SZ);
         for (ssize_t taken = count; count == sizeof(bytes) && taken < capacity; taken += count)
         {
@@ -112,7 +112,7 @@ std::unique_ptr<CNamedEvent> CNamedEvent::Create(const std::wstring& name, std::
     state->path = Linux::ToObjectPath(name);
     state->file = Linux::CNamedFile(state->path, failure, [failure](const char* path) {
         constexpr mode_t c_Rights = S_IRUSR | S_IWUSR;
-        // A test may have masked rights that the owner needs.
+        // The umask of a test may remove rights that the owner needs.
         const bool isMade = mkfifo(path, c_Rights) == 0 && chmod(path, c_Rights) == 0;
         if (!isMade)
         {
@@ -139,7 +139,7 @@ bool CNamedEvent::Set()
 {
     const int pipe = m_state->GetPipe();
     const char mark = 1;
-    // A pipe that takes no more is set.
+    // A full pipe is set.
     return Linux::Retry([&] { return write(pipe, &mark, 1); }) == 1 || errno == EAGAIN;
 }
 
@@ -151,7 +151,7 @@ bool CNamedEvent::Reset()
 
 EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* child)
 {
-    // Where another process's handle has the closed one's number, only a look from time to time shows the end.
+    // If another process's descriptor got the closed one's number, only polling notices the end.
     constexpr std::int64_t c_LookInterval = 1000;
     constexpr int c_Child = 1;
     using Clock = std::chrono::steady_clock;
@@ -163,9 +163,9 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
         const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_LookInterval));
         const int ready = Linux::WaitReadable({pipe, childFile}, time);
-        // By the process itself: a test may have closed the handle, and then there is another one from now on.
+        // Asks the process, not the descriptor, which a test may have closed; then there is a new one.
         const bool hasEnded = ready != 0 && child != nullptr && child->Wait(0);
-        // Before the child's end counts: it may have set the event just then.
+        // The event takes precedence over the child's end, because the child may have set it just before.
         if (m_state->Drain())
         {
             return EEventWait::Signaled;
@@ -182,7 +182,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         {
             Linux::PauseForEnd();
         }
-        // Once it may have been a descriptor that was closed meanwhile.
+        // One failure is tolerated: the descriptor may have been closed meanwhile.
         if (ready == Linux::c_WaitFailed && std::exchange(hasFailed, true))
         {
             break;

@@ -67,7 +67,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
     case WAIT_OBJECT_0:
         return EEventWait::Signaled;
     case WAIT_OBJECT_0 + 1:
-        // Set just before the end, perhaps, and after this wait had looked.
+        // The child may have set the event just before its end, after this wait checked it.
         return Reset() ? EEventWait::Signaled : EEventWait::ChildEnded;
     case WAIT_TIMEOUT:
         return EEventWait::TimedOut;

@@ -1,4 +1,4 @@
-/// Memory between processes, known by name.
+/// Named memory shared by processes.
 #pragma once
 
 #include <cstddef>
@@ -10,14 +10,14 @@
 namespace LbOs
 {
 
-/// Keeps a named block of zeroed memory in existence. Only processes of the same user can map it. Names are letters,
+/// Keeps a named block of zeroed memory alive. Only processes of the same user can map it. A name consists of letters,
 /// digits and "-". Any thread.
 class LB_API CSharedMemory
 {
 public:
-    /// A new block. Null when there is one of that name, or on any other failure; `failure` then says what the system
-    /// has refused. The name goes with the object, or with the present process, however that ends; views that others
-    /// have of the block stay valid.
+    /// Creates a block. Null if the name exists, or on another failure; then `failure` describes the failed system
+    /// call. The name is removed with the object, or when the current process ends in any way; existing views of the
+    /// block stay valid.
     static std::unique_ptr<CSharedMemory> Create(const std::wstring& name, std::size_t size,
                                                  std::wstring* failure = nullptr);
 
@@ -39,8 +39,8 @@ enum class EMemoryAccess
     Write ///< and read
 };
 
-/// The first `size` bytes of the block of that name, for as long as a copy of the pointer lives. Null when there is no
-/// such block, a smaller one, or one that may not be opened. Any thread.
+/// The first `size` bytes of the named block, valid as long as a copy of the pointer exists. Null if there is no such
+/// block, it is smaller, or access is denied. Any thread.
 LB_API std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access);
 
 } // namespace LbOs

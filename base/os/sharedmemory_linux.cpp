@@ -15,18 +15,18 @@
 namespace LbOs
 {
 
-/// A segment of the system's shared memory: it has no descriptor that a test could close, and nobody can cut it, which
-/// would take down whoever uses it.
+/// A System V segment: it has no descriptor that a test could close, and nobody can truncate it, which would crash its
+/// users.
 struct CSharedMemory::SState
 {
-    std::shared_ptr<void> block; ///< attached, which keeps the segment in existence
-    Linux::CNamedFile file;      ///< a link that says which it is
+    std::shared_ptr<void> block; ///< attached, which keeps the segment alive
+    Linux::CNamedFile file;      ///< a symbolic link that contains owner and segment
 };
 
 namespace
 {
 
-/// Not for the copies that a test makes of the process: whoever of them stays would keep the segment in existence.
+/// Forks made by a test do not inherit the view, because a surviving fork would keep the segment alive.
 std::shared_ptr<void> attach(int segment, int flags, std::size_t size)
 {
     void* const view = shmat(segment, nullptr, flags);
@@ -38,12 +38,12 @@ std::shared_ptr<void> attach(int segment, int flags, std::size_t size)
     return {view, [](void* attached) { shmdt(attached); }};
 }
 
-/// A new segment that goes with the last process that has it attached; the others find it by its number all the same.
-/// -1 without one.
+/// Creates a segment that vanishes with the last attached process; its id remains usable for other processes until
+/// then. -1 on failure.
 int makeSegment(const char* path, std::size_t size, std::shared_ptr<void>& block)
 {
     constexpr int c_New = IPC_CREAT | IPC_EXCL | S_IRUSR | S_IWUSR;
-    // By its key the keeper finds what is left when the present process is killed in the midst of this.
+    // The key lets the keeper find the segment if this process is killed before IPC_RMID.
     int segment = shmget(Linux::ToMemoryKey(path), size, c_New);
     if (segment < 0 && errno == EEXIST)
     {
@@ -57,14 +57,14 @@ int makeSegment(const char* path, std::size_t size, std::shared_ptr<void>& block
     return block ? segment : -1;
 }
 
-/// Whom a link of the present user leads to.
+/// The contents of a link of the current user.
 struct SPlace
 {
     pid_t owner = 0;
     int segment = -1;
 };
 
-/// The owner makes it sure: numbers of segments come again.
+/// The owner's id confirms the segment: the system reuses segment ids.
 SPlace readOwnLink(const std::string& path)
 {
     char target[64] = {};

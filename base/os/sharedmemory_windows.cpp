@@ -39,7 +39,7 @@ std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size
     const DWORD rights = access == EMemoryAccess::Write ? FILE_MAP_WRITE | FILE_MAP_READ : FILE_MAP_READ;
     const std::wstring objectName = Windows::ToObjectName(name);
     const Windows::Handle mapping(objectName.empty() ? nullptr : OpenFileMappingW(rights, FALSE, objectName.c_str()));
-    // Fails when the block is smaller. The view keeps the block, so the handle is no longer needed.
+    // Fails if the block is smaller. The view keeps the block alive, so the handle can be closed.
     void* const view = mapping ? MapViewOfFile(mapping.get(), rights, 0, 0, size) : nullptr;
     if (view == nullptr)
     {

@@ -3,7 +3,7 @@
 #include <cwctype>
 #include <vector>
 
-// Needs windows.h in front of it.
+// Needs windows.h before it.
 #include <sddl.h>
 
 namespace LbOs::Windows
