@@ -1,5 +1,5 @@
-/// Stands for the host of an archive run: it ends as the name of its data directory says, the argument behind the
-/// first. With "reports" it writes as little as the name of each report into it, else nothing.
+/// A substitute for the host of an archive run: its behaviour depends on the name of its data directory, which is its
+/// second argument. With "reports" it writes each report's name into the report, otherwise nothing.
 
 #include <chrono>
 #include <cstdio>

@@ -1,32 +1,32 @@
-/// A program that tests start: it does what its first argument says, with what the others give.
+/// A program that tests start. Its first argument selects what it does with the others.
 ///
-///     arguments FILE ...       writes its arguments into the file, one in a line, and its working directory
-///     exit STATUS              ends
-///     print TEXT               prints
+///     arguments FILE ...       writes its arguments, one per line, and its working directory into the file
+///     exit STATUS              ends with the status
+///     print TEXT               prints the text
 ///     sleep                    ends after a minute
-///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute, or until it finds "NAME-e" set
-///     disguise NAME            as answer, under the name of the processes that watch over others
+///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute, or until "NAME-e" is set
+///     disguise NAME            like answer, under the name of the processes that watch over others
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
-///     starter NAME             as parent, but ends at once
-///     runaway NAME             as parent, but what it starts leaves for a session of its own, where there are any
-///     disguised NAME           as runaway, and what it starts is in disguise
+///     starter NAME             like parent, but ends at once
+///     runaway NAME             like parent, but its child starts its own session, if the system has sessions
+///     disguised NAME           like runaway, and its child is disguised
 ///     headless NAME            starts "survivor NAME", ends after a minute
-///     survivor NAME            starts "answer NAME", sets "NAME-r", lives on for a minute without its first thread
+///     survivor NAME            starts "answer NAME", sets "NAME-r", runs for a minute without its first thread
 ///     holder NAME              creates the event "NAME-h", sets "NAME-r", ends after a minute
-///     outsider NAME            goes over to its parent's process group, where there are any, sets "NAME-r", then
+///     outsider NAME            moves to its parent's process group, if the system has groups, sets "NAME-r", then
 ///                              answers
-///     owner NAME COMMAND       starts "COMMAND NAME", which is to end with it, ends after a minute
-///     crowd NAME               starts many of "disguised NAME", which are to end with it, sets "NAME-l", ends after a
+///     owner NAME COMMAND       starts "COMMAND NAME", which must end with it, ends after a minute
+///     crowd NAME               starts many "disguised NAME", which must end with it, sets "NAME-l", ends after a
 ///                              minute
-///     neglected NAME           as owner of "parent", but what watches over it is killed before
-///     leaver NAME COMMAND      as owner, but ends without a word when "NAME-l" is set
-///     brought NAME             sets "NAME-r", waits for "NAME-q", ends with the number of processors that it may use
-///     freed NAME               as brought, but frees itself from what others have chosen meanwhile
-///     crash HOW                crashes in that way, promptly and in silence
-///     dump HOW                 crashes as the system has it, where that dumps memory; else ends with 0
-///     silence HOW              as dump, but in silence
-///     input                    ends with 0 when there is nothing to be read, else with 1
-///     feeder                   starts "input", ends with its status
+///     neglected NAME           like owner of "parent", but the process that watches over it is killed first
+///     leaver NAME COMMAND      like owner, but ends abruptly when "NAME-l" is set
+///     brought NAME             sets "NAME-r", waits for "NAME-q", ends with the number of processors it may use
+///     freed NAME               like brought, but first removes the processor binding that others have set
+///     crash HOW                crashes in that way, without delay and without output
+///     dump HOW                 crashes with the system's default behaviour, if that writes dumps; else exits with 0
+///     silence HOW              like dump, but first switches dumps and dialogs off
+///     input                    exits with 0 if standard input is empty, otherwise with 1
+///     feeder                   starts "input", exits with its status
 
 #include <chrono>
 #include <cstdio>
@@ -83,7 +83,7 @@ int answer(const std::wstring& name)
     const auto question = LbOs::CNamedEvent::Open(name + L"-q");
     const auto reply = LbOs::CNamedEvent::Open(name + L"-a");
     const auto enough = LbOs::CNamedEvent::Open(name + L"-e");
-    // By the clock: whoever asks until there is no answer asks often.
+    // Limits the time, not the number of questions: a prober that waits for the end asks often.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(c_Minute);
     while (question && reply && std::chrono::steady_clock::now() < end)
     {
@@ -112,7 +112,7 @@ bool setReady(const std::wstring& name)
     return ready && ready->Set();
 }
 
-/// Starts a process that answers, as any program would, and tells who has asked for it.
+/// Starts a process that answers, as any program could, and sets "NAME-r" when it is ready.
 int beParent(const std::wstring& name, bool stays, bool isRunaway, const std::wstring& started = L"answer")
 {
     const std::wstring command = LbCommandLine::Quote(LbOs::GetExecutablePath()) + L" " + started + L" " + name;
@@ -139,8 +139,7 @@ LbOs::SChildOptions getOptions(const std::wstring& arguments)
     return options;
 }
 
-/// Starts such a parent, which is to end with it. With `leaves` it is gone, as if it had been killed, when "NAME-l" is
-/// set.
+/// Starts a parent that must end with this process. With `leaves` this process ends abruptly when "NAME-l" is set.
 int beOwner(const std::wstring& name, const std::wstring& command, bool leaves)
 {
     const auto child = LbOs::CChildProcess::Start(getOptions(command + L" " + LbCommandLine::Quote(name)));
@@ -178,7 +177,7 @@ int beNeglected(const std::wstring& name)
     return first ? beOwner(name, L"parent", false) : 1;
 }
 
-/// A child of its own, which need not end with it.
+/// A direct child, which need not end with this process.
 std::unique_ptr<LbOs::CChildProcess> startFree(const std::wstring& arguments)
 {
     LbOs::SChildOptions options = getOptions(arguments);
@@ -234,7 +233,7 @@ int feed()
     return child && child->Wait() ? static_cast<int>(child->GetExitStatus().value_or(2)) : 2;
 }
 
-// Volatile, so that the compiler does not see what is coming.
+// Volatile, so that the compiler does not recognise the crash.
 volatile int s_zero = 0;
 int* volatile s_nothing = nullptr;
 

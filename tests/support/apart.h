@@ -1,4 +1,4 @@
-/// Tests that must not change the present process.
+/// Tests that must not change the current process.
 #pragma once
 
 #include <functional>
@@ -8,8 +8,8 @@
 
 #include "tests/support/os/testaids.h"
 
-/// Calls `check` in a copy of the process, in which its expectations count as well, once `prepare` has said true there.
-/// False when nothing was checked: where processes do not fork, or after `prepare` said false.
+/// Calls `check` in a fork of the process after `prepare` has returned true there; failed expectations of the fork
+/// count. False if nothing was checked: on platforms without fork, or if `prepare` returned false.
 inline bool CheckApart(const std::function<bool()>& prepare, const std::function<void()>& check)
 {
     constexpr int c_Unprepared = 77;
@@ -24,7 +24,7 @@ inline bool CheckApart(const std::function<bool()>& prepare, const std::function
         }
         catch (...)
         {
-            // On its way out it would have the copy go on with the other tests.
+            // Returning normally, the fork would continue with the other tests.
             ADD_FAILURE() << "exception";
         }
         return testing::Test::HasFailure() ? 1 : 0;

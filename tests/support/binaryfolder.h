@@ -1,7 +1,7 @@
-/// Where the build puts its programs and modules.
+/// The folder of the build's programs and modules.
 #pragma once
 
 #include <string>
 
-/// The folder, with a separator at its end.
+/// The folder, with trailing separator.
 std::wstring GetBinaryFolder();

@@ -11,13 +11,13 @@
 namespace
 {
 
-/// Outputs cannot be removed again, so there is one for the process, which listens while a test wants it to.
+/// Outputs cannot be removed, so the process has one, which tests switch on and off.
 class CRecorder : public LuTestSuiteOut::LuCustomOut
 {
 public:
     static CRecorder& GetInstance()
     {
-        // Never destroyed: lines may be printed until the very end of the process.
+        // Never destroyed: lines may be printed until the end of the process.
         static CRecorder* const s_recorder = make();
         return *s_recorder;
     }
@@ -30,7 +30,7 @@ public:
         }
     }
 
-    /// Starts with nothing, or stops. False when it is in that state already.
+    /// Clears the lines and starts recording, or stops it. False if that is already the state.
     bool Listen(bool on)
     {
         const std::lock_guard lock(m_mutex);
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    /// The function that the line calls for, if any.
+    /// The function to call for this line, if any.
     std::function<void()> record(const LuTestSuiteOut& line)
     {
         const std::lock_guard lock(m_mutex);

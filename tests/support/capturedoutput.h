@@ -1,4 +1,4 @@
-/// The output lines of a test.
+/// Records the output lines of a test.
 #pragma once
 
 #include <functional>
@@ -9,8 +9,8 @@
 #include "base/inoncopyable.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 
-/// Records every output line from its construction on, with its attributes, and keeps them off standard output until
-/// its destruction. One at a time; any thread may print meanwhile.
+/// Records every output line with its attributes and keeps it off standard output, from construction to destruction.
+/// One object at a time; any thread may print.
 class CapturedOutput : public INonCopyable
 {
 public:
@@ -29,15 +29,15 @@ public:
     CapturedOutput();
     ~CapturedOutput();
 
-    /// The lines so far, in the order of their emission.
+    /// The lines so far, in order.
     std::vector<SLine> GetLines() const;
 
-    /// Their texts, one after the other as a console would show them.
+    /// The concatenated texts, as a console would show them.
     std::wstring GetText() const;
 
     void Clear();
 
-    /// Has the function called within the emission of the next line of this text, after it was recorded.
+    /// Calls the function during the next output of a line with this text, after recording it.
     void OnLine(const std::wstring& text, std::function<void()> function);
 
     // Expected lines.

@@ -1,4 +1,4 @@
-/// What tests with very deep stacks need to know.
+/// Conditions of tests with very deep stacks.
 #pragma once
 
 /// AddressSanitizer reports false errors after an exception has unwound more than 64 MiB of stack.

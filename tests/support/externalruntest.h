@@ -1,4 +1,4 @@
-/// What tests of cases in child processes share.
+/// Shared by tests of cases in child processes.
 #pragma once
 
 #include <string>

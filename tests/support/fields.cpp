@@ -41,7 +41,7 @@ public:
         Add("parallel", params.parallel);
         Add("workerThreads", params.workerThreads);
         Add("repetitions", params.repetitions);
-        // Minus one means none.
+        // -1 means "not set".
         Add("timeOutSec", static_cast<std::int32_t>(params.timeOutSec));
         Add("testCaseMax", static_cast<std::int32_t>(params.testCaseMax));
         Add("breakAllocId", params.breakAllocId);

@@ -1,5 +1,4 @@
-/// Records as lists of their fields, so that a test can say which fields something changed and that it changed no
-/// other.
+/// Records as lists of fields, so that a test can state exactly which fields changed.
 #pragma once
 
 #include <string>
@@ -11,17 +10,17 @@
 /// "name=value" of each field, in declaration order; "name[]=value" of each element of a list. UTF-8.
 using Fields = std::vector<std::string>;
 
-/// Callables are left out, and of unit tests only the class names are listed.
+/// Omits callables, and lists only the class names of unit tests.
 Fields GetFields(const LuTestSuiteSetup& setup);
 Fields GetFields(const LuTestSuiteRun::SParams& params);
 
-/// The stored selection stands in the order of its texts.
+/// Sorts the stored selection by text.
 Fields GetFields(const LuTestSuiteUtils::SConfigFileData& data);
 
-/// Those of `fields` that are not in `others`.
+/// The elements of `fields` that are not in `others`.
 Fields GetOtherFields(const Fields& fields, const Fields& others);
 
-/// The fields that differ from those of a new record.
+/// The fields that differ from those of a default record.
 template<typename T>
 Fields GetChangedFields(const T& record)
 {

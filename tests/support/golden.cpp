@@ -20,7 +20,7 @@ std::wstring getPath(const wchar_t* root, const std::string& name)
     return LbPath::WithSeparator(LbPath::ToNative(root)) + LbPath::ToNative(LbEncoding::FromUtf8(name));
 }
 
-/// Leaves the bytes for approval.
+/// Keeps the received bytes for approval.
 void writeReceived(const std::wstring& path, const std::string& received)
 {
     LbFileSystem::AssertDirectory(LbPath::GetParent(path));
@@ -36,7 +36,7 @@ std::string getLine(const std::string& text, std::size_t position)
     return text.substr(start, text.find('\n', start) - start);
 }
 
-/// Where the two part.
+/// The position of the first difference.
 std::string describeDifference(const std::string& expected, const std::string& received)
 {
     const auto [in, out] = std::ranges::mismatch(expected, received);
@@ -69,7 +69,7 @@ void ExpectGolden(const std::string& name, const std::string& received)
 
 std::string NormalizeTimes(const std::string& text)
 {
-    // A clock of the platform may be too coarse to see a short case at all.
+    // The system's clock may be too coarse to measure a short case.
     static const std::regex s_time(R"(\[(\d+\.\d\d(ns|µs|ms|s)|0 s)\])");
     return std::regex_replace(text, s_time, "[#.##s]");
 }
@@ -92,7 +92,7 @@ std::string NormalizeHtmlReport(const std::string& page)
         const std::size_t content = style + c_StyleStart.size();
         text.erase(content, text.find("</style>") - content);
     }
-    // A row of label and value, and a case's cells of time and memory.
+    // A row with label and value, and the cells with a case's time and memory.
     static const std::regex s_row(
         R"(<td>(Build Configuration|PSCM [\w ]+|CPU|GPU|Machine Name|Data Directory|Begin Date|End Date|Time [\w ]+\(sec\))"
         R"(|Memory [\w ]+\(Bytes\)):</td>(\s*)<td>[^<]*</td>)");

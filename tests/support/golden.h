@@ -1,22 +1,22 @@
-/// Comparison with stored output.
+/// Compares output with stored golden files.
 #pragma once
 
 #include <string>
 
-/// Fails the test unless `received` is, byte for byte, what tests/golden/<name> holds. Then what was received is left
-/// in the build tree, where scripts/approve-golden takes it from. `name` has "/" between folders.
+/// Fails the test unless `received` equals the bytes of tests/golden/<name>. On failure keeps `received` in the build
+/// tree, from which scripts/approve-golden takes it. `name` has "/" between folders.
 void ExpectGolden(const std::string& name, const std::string& received);
 
-/// What tests/golden/<name> holds; empty when there is no such file.
+/// The content of tests/golden/<name>; empty if the file does not exist.
 std::string ReadGolden(const std::string& name);
 
-/// Replaces each time of two decimals in brackets, "[12.34ms]", by "[#.##s]": neither the number nor its unit is the
-/// same in two runs.
+/// Replaces each bracketed time with two decimals, such as "[12.34ms]", with "[#.##s]": number and unit differ between
+/// runs.
 std::string NormalizeTimes(const std::string& text);
 
-/// Replaces what differs between machines, builds and runs in an XML report of a host's run: contents of the elements
-/// about machine, build, data directory, dates, times and memory become "#".
+/// Replaces text that depends on the machine, the build or the run in the XML report of a host's run: the contents of
+/// the elements for machine, build, data directory, dates, times and memory become "#".
 std::string NormalizeXmlReport(const std::string& text);
 
-/// The same in an HTML report, by the labels of its rows; and without the style sheet inside.
+/// The same for an HTML report, by the labels of its rows; also removes the style sheet.
 std::string NormalizeHtmlReport(const std::string& page);

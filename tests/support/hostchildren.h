@@ -1,4 +1,4 @@
-/// The children of the present process that run the host.
+/// The current process's children that run the host.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/support/os/testaids.h"
 
-/// Also those that have just been started.
+/// Includes children that have just been started.
 inline std::vector<LbOs::SProcess> ListHostChildren()
 {
     const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
@@ -29,7 +29,7 @@ inline std::ptrdiff_t CountHostChildren()
     return std::ssize(ListHostChildren());
 }
 
-/// They have ended when it returns.
+/// Kills all of them and returns when they have ended.
 inline void KillHostChildren()
 {
     for (const LbOs::SProcess& process : ListHostChildren())

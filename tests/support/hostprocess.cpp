@@ -18,14 +18,14 @@ namespace
 constexpr bool c_IsWindows = LbPath::c_Separator == L'\\';
 constexpr const wchar_t* c_TerminalProgram = L"/usr/bin/script";
 
-/// For the shell of Windows, which knows no way to quote a quotation mark that all of its parts agree on.
+/// Quotes for the Windows shell, which has no way to quote a quotation mark that all its parts understand.
 std::wstring quoteForWindows(const std::wstring& text)
 {
     if (text.find_first_of(L"\"%") != std::wstring::npos)
     {
         throw std::invalid_argument("An argument holds what the shell cannot hand on");
     }
-    // A backslash in front of the closing mark would take its meaning away.
+    // A backslash before the closing mark would escape it.
     return L"\"" + text + (text.ends_with(L'\\') ? L"\\\"" : L"\"");
 }
 
@@ -80,7 +80,7 @@ std::wstring getSettings(const SHostOptions& options)
 
 std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SHostOptions& options)
 {
-    // In place of the shell, which would report a crash on standard error.
+    // Replaces the shell, which would report a crash on standard error.
     std::wstring command = c_IsWindows ? L"" : L"exec ";
     command += quote(LbPath::ToNative(options.program.empty() ? L"" LUTESTSUITE_HOST : options.program));
     for (const std::wstring& argument : arguments)
@@ -90,7 +90,7 @@ std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SH
     return options.onTerminal ? LbFormat(L"%s -qec %s /dev/null", c_TerminalProgram, quote(command)) : command;
 }
 
-/// As the narrow calls of the platform take it.
+/// In the encoding of the platform's narrow calls.
 std::string toCommandBytes(const std::wstring& command)
 {
     if (!c_IsWindows)
@@ -102,7 +102,7 @@ std::string toCommandBytes(const std::wstring& command)
     {
         throw std::invalid_argument("An argument holds what the narrow calls cannot hand on");
     }
-    // The shell takes the outermost quotation marks off.
+    // The shell removes the outer quotation marks.
     return "\"" + bytes + "\"";
 }
 
@@ -147,7 +147,7 @@ bool CanRunHostOnTerminal()
 
 bool CanLimitHost()
 {
-    // Sanitizers reserve more than any limit that would serve a test.
+    // Sanitizers reserve more address space than any useful limit.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     return false;
 #else

@@ -6,38 +6,38 @@
 #include <utility>
 #include <vector>
 
-/// How the host is started.
+/// Options for starting the host.
 struct SHostOptions
 {
     std::wstring program;                                         ///< full path; empty: the host of this build
     std::wstring workingDirectory;                                ///< empty: the test's own
-    std::vector<std::pair<std::wstring, std::wstring>> variables; ///< environment; an empty value unsets
-    std::uint32_t memoryLimitKilobytes = 0;                       ///< of address space, 0 for none; Linux only
-    std::uint32_t openFilesLimit = 0;                             ///< soft limit, 0 for the test's own; Linux only
-    std::uint32_t openFilesHardLimit = 0;                         ///< which nobody can raise; the same
-    std::wstring outputDevice;                                    ///< takes standard output; empty: it is recorded
+    std::vector<std::pair<std::wstring, std::wstring>> variables; ///< environment; an empty value unsets the variable
+    std::uint32_t memoryLimitKilobytes = 0;                       ///< address space; 0: unlimited; Linux only
+    std::uint32_t openFilesLimit = 0;                             ///< soft limit; 0: the test's own; Linux only
+    std::uint32_t openFilesHardLimit = 0;                         ///< hard limit; 0: the test's own; Linux only
+    std::wstring outputDevice;                                    ///< receives standard output; empty: it is recorded
     bool onTerminal = false;                                      ///< standard output is a terminal; Linux only
 };
 
 struct SHostRun
 {
     int exitStatus = -1;
-    std::string output; ///< bytes of standard output; on a terminal those of standard error, too
-    std::string errors; ///< bytes of standard error
+    std::string output; ///< standard output; on a terminal also standard error
+    std::string errors; ///< standard error
 };
 
-/// Runs the host of this build to its end. Arguments must not hold quotation marks and percent signs, which the shell
-/// of one platform cannot hand on, nor characters above U+00FF, which its narrow calls cannot.
+/// Runs the host of this build to its end. Arguments must not contain quotation marks or percent signs, which the
+/// Windows shell cannot pass on, or characters above U+00FF, which its narrow calls cannot.
 SHostRun RunHost(const std::vector<std::wstring>& arguments, const SHostOptions& options = {});
 
-/// True where SHostOptions::onTerminal is possible.
+/// True if SHostOptions::onTerminal is supported.
 bool CanRunHostOnTerminal();
 
-/// True where the limits are possible.
+/// True if the limits are supported.
 bool CanLimitHost();
 
-/// What text mode writes for each line feed of standard output on this platform.
+/// The line end that text mode writes to standard output on this platform.
 std::string ToPlatformLines(const std::string& text);
 
-/// The reverse.
+/// The reverse of that conversion.
 std::string FromPlatformLines(const std::string& bytes);

@@ -6,14 +6,14 @@
 
 #include "base/inoncopyable.h"
 
-/// Opens when it has been counted down. In place of std::latch, which loses wake-ups where there is no futex (GCC 12
-/// for Windows: its wait looks at the value before it takes the lock).
+/// Opens when its counter reaches zero. Replaces std::latch, which can lose wake-ups on Windows (GCC 12): without a
+/// futex, its wait checks the value before it takes the lock.
 class Latch : public INonCopyable
 {
 public:
     explicit Latch(unsigned count) : m_count(count) {}
 
-    /// Changes nothing once it is open.
+    /// No effect once the latch is open.
     void CountDown()
     {
         const std::lock_guard lock(m_mutex);

@@ -1,4 +1,4 @@
-/// What programs hand to the desktop.
+/// Files that programs open on the desktop.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 #include "base/inoncopyable.h"
 #include "tests/support/scopedfolder.h"
 
-/// Folder of a program that stands in for the desktop's opener: it waits until it may go on, then notes the file that
-/// it was given. Only where CanStandIn; its folder is to come first in the programs' search path.
+/// The folder of a substitute for the desktop's opener: it waits for permission, then writes down the file it received.
+/// Requires CanStandIn; put the folder first in the programs' search path.
 class OpenedFiles : public INonCopyable
 {
 public:
@@ -18,7 +18,7 @@ public:
 
     const std::wstring& GetSearchPath() const noexcept { return m_folder.GetPath(); }
 
-    /// Lets the stand-ins go on and waits until one has noted its file. The files of all that have, in their order.
+    /// Lets the substitutes continue and waits until one has written its file. Returns all files so far, in order.
     std::vector<std::wstring> Await() const;
 
 private:

@@ -10,7 +10,7 @@
 namespace
 {
 
-/// What stands between `begin` and `end`, each time.
+/// The texts between `begin` and `end`.
 std::vector<std::string> getBetween(const std::string& text, const std::string& begin, const std::string& end)
 {
     std::vector<std::string> pieces;

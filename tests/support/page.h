@@ -1,27 +1,26 @@
-/// HTML pages as tests look at them.
+/// HTML pages as seen by tests.
 #pragma once
 
 #include <string>
 #include <vector>
 
-/// A row of a table.
+/// A table row.
 struct SPageRow
 {
-    std::string rowClass;           ///< value of the attribute; empty without one
-    std::vector<std::string> cells; ///< their markup, as it stands
+    std::string rowClass;           ///< the class attribute; empty if it is missing
+    std::vector<std::string> cells; ///< raw markup of each cell
 
     friend bool operator==(const SPageRow&, const SPageRow&) = default;
 };
 
-/// The page as UTF-8, with "..." in place of the style sheet, so that a change of that changes no golden page.
+/// The page as UTF-8, with "..." instead of the style sheet, so that golden pages do not depend on it.
 std::string ReadPage(const std::wstring& path);
 
-/// Texts of the headings of the second level.
+/// Texts of the second-level headings.
 std::vector<std::string> GetHeadings(const std::string& page);
 
-/// The rows of all tables of that identifier, one after the other; each cell in a line of its own, or all of a row in
-/// one.
+/// The rows of all tables with that id. The cells of a row may be on one line or on separate lines.
 std::vector<SPageRow> GetRows(const std::string& page, const std::string& id);
 
-/// The row whose first cell is `label`; fails the test when there is none.
+/// The row whose first cell is `label`; fails the test if there is none.
 SPageRow GetRow(const std::string& page, const std::string& id, const std::string& label);

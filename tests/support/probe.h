@@ -1,4 +1,4 @@
-/// The program of tests about processes.
+/// The probe program of tests about processes.
 #pragma once
 
 #include <chrono>
@@ -11,7 +11,7 @@
 #include "base/os/platform.h"
 #include "tests/support/binaryfolder.h"
 
-/// How the probe is started with these arguments, given as one text.
+/// Options to start the probe with these arguments, given as one text.
 inline LbOs::SChildOptions GetProbeOptions(const std::wstring& arguments)
 {
     LbOs::SChildOptions options;
@@ -25,21 +25,21 @@ inline std::unique_ptr<LbOs::CChildProcess> StartProbe(const std::wstring& argum
     return LbOs::CChildProcess::Start(GetProbeOptions(arguments));
 }
 
-/// The other end of a probe that answers: tells whether it is alive.
+/// The test's side of a probe that answers: checks whether it is alive.
 class CProbeLine
 {
 public:
     const std::wstring& GetName() const { return m_name; }
 
-    /// Waits until the probe has set the event that says that it is ready.
+    /// Waits until the probe has set its ready event.
     bool WaitReady() { return m_ready->Wait(sc_uiLong) == LbOs::EEventWait::Signaled; }
 
-    /// Whether the probe has said so since somebody asked.
+    /// True if the probe has set its ready event since the last check.
     bool IsReady() { return m_ready->Wait(0) == LbOs::EEventWait::Signaled; }
 
     void Ask() { m_question->Set(); }
 
-    /// One that runs answers within microseconds, so that the time-out is only for one that does not.
+    /// A running probe answers within microseconds, so only a dead one needs the time-out.
     bool IsAnswered(std::uint32_t milliseconds)
     {
         Ask();
@@ -49,7 +49,7 @@ public:
     bool IsAlive() { return IsAnswered(sc_uiLong); }
     bool IsGone() { return !IsAnswered(sc_uiShort); }
 
-    /// Asks until there is no answer: for one whose end takes a moment.
+    /// Asks until there is no answer, for a probe that takes a moment to end.
     bool WaitGone()
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(sc_uiLong);

@@ -14,7 +14,7 @@ ProgramCopy::ProgramCopy(const std::wstring& program, const std::wstring& name)
 
 ProgramCopy::~ProgramCopy()
 {
-    // One that runs still cannot be removed on every platform.
+    // A running program cannot be removed on every platform.
     std::error_code error;
     std::filesystem::remove(std::filesystem::path(m_path), error);
 }

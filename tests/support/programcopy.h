@@ -1,12 +1,12 @@
-/// A test program under a name of its own.
+/// A copy of a test program under its own name.
 #pragma once
 
 #include <string>
 
 #include "base/inoncopyable.h"
 
-/// Copies a program of the build, within its folder, where it finds its libraries; removes the copy at the end of the
-/// scope. The names are without ending, of ASCII characters.
+/// Copies a program of the build within its folder, where it finds its libraries; the destructor removes the copy.
+/// Names have no extension and consist of ASCII characters.
 class ProgramCopy : public INonCopyable
 {
 public:

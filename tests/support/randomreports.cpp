@@ -13,7 +13,7 @@ using SReportData = LuTestSuiteReport::SReportData;
 using SReportClass = LuTestSuiteReport::SReportClass;
 using SReportCase = LuTestSuiteReport::SReportCase;
 
-/// Those that a file tells apart.
+/// Results that a file distinguishes.
 constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Ok,       ECaseRunResult::Error,     ECaseRunResult::Exception,
                                         ECaseRunResult::NoInput,  ECaseRunResult::Different, ECaseRunResult::Unknown,
                                         ECaseRunResult::Canceled, ECaseRunResult::TimeOut};
@@ -37,7 +37,7 @@ public:
 
     bool Flag() { return Below(2) == 0; }
 
-    /// Of all sizes that a float has.
+    /// Of any magnitude that a float has.
     float Float()
     {
         constexpr int c_LargestExponent = 120;
@@ -45,7 +45,7 @@ public:
         return std::ldexp(mantissa, static_cast<int>(Below(2 * c_LargestExponent)) - c_LargestExponent);
     }
 
-    /// Any characters of a report file.
+    /// Any characters that a report file can contain.
     std::wstring Text(std::uint32_t shortest = 0)
     {
         std::wstring text;
@@ -60,7 +60,7 @@ public:
         return text;
     }
 
-    /// Without markup. An entity of its own, a line feed or a blank at the end stays as it is.
+    /// Without markup characters, but sometimes with references, which writing and reading do not change.
     std::wstring RawText(std::uint32_t shortest = 0)
     {
         std::wstring text = Text(shortest);

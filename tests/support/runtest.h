@@ -1,4 +1,4 @@
-/// What tests of whole runs share.
+/// Shared by tests of whole runs.
 #pragma once
 
 #include <string>
@@ -14,22 +14,22 @@
 /// A unit test for an explicit list, with cases of these names.
 LuTestSuite::SUnitTest MakeUnitTest(const std::wstring& className, const std::vector<std::wstring>& caseNames);
 
-/// A setup that loads the modules of the models and runs these unit tests.
+/// A setup that loads the model modules and runs these unit tests.
 LuTestSuiteSetup MakeSetup(std::vector<LuTestSuite::SUnitTest> unitTests);
 
-/// A setup that loads the modules of the models and runs what it finds in the directory.
+/// A setup that loads the model modules and runs the unit tests found in the directory.
 LuTestSuiteSetup MakeSetup(const std::wstring& dataDir);
 
-/// Runs in an environment of its own, with the output recorded.
+/// Runs in its own environment and records the output.
 class RunTest : public testing::Test
 {
 protected:
     LuTestSuiteRun::SRunResult Run(const LuTestSuiteSetup& setup);
 
-    /// Runs one case and gives its record.
+    /// Runs one case and returns its record.
     LuTestSuiteRun::SCaseInfo RunCase(const std::wstring& className, const std::wstring& caseName);
 
-    /// The recorded lines from the first one with this text on; empty when there is none.
+    /// The recorded lines, starting with the first one that has this text; empty if there is none.
     std::vector<CapturedOutput::SLine> GetLinesFrom(const std::wstring& text) const;
 
     CapturedOutput m_output;

@@ -10,10 +10,10 @@
 namespace
 {
 
-/// An empty value counts as none on all platforms.
+/// An empty value unsets the variable on all platforms.
 void setVariable(const std::wstring& name, const std::wstring& value)
 {
-    // The environment keeps the text itself on Linux, so it is never given back.
+    // On Linux the environment keeps the text itself, so it is never freed.
     static std::list<std::string>& texts = *new std::list<std::string>;
     texts.push_back(LbEncoding::ToNative(name + L"=" + value));
     putenv(texts.back().data());

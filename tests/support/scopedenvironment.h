@@ -1,4 +1,4 @@
-/// Environment variables of one test.
+/// Environment variables for one test.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 #include "base/inoncopyable.h"
 #include "tests/support/scopedfolder.h"
 
-/// Sets an environment variable of the process and restores its former value at the end of the scope. One thread at a
-/// time, while no other thread reads the environment.
+/// Sets an environment variable of the process; the destructor restores the former value. One thread at a time, while
+/// no other thread reads the environment.
 class ScopedEnvironmentVariable : public INonCopyable
 {
 public:
@@ -19,19 +19,19 @@ private:
     std::wstring m_formerValue;
 };
 
-/// Gives the process a per-user folder of its own, empty at first.
+/// Gives the process its own per-user folder, initially empty.
 class ScopedUserFolder : public INonCopyable
 {
 public:
-    /// Folder of the user's programs, with separator at its end.
+    /// Folder for application data, with trailing separator.
     const std::wstring& GetPath() const noexcept { return m_folder.GetPath(); }
 
-    /// Writes the file that remembers the data directories; the folders to it are created.
+    /// Writes the file with the history of data directories and creates its folders.
     void WriteLastConfig(std::string_view bytes) const;
 
 private:
     ScopedFolder m_folder;
-    // Each platform reads its own one of the two.
+    // Each platform reads one of the two.
     ScopedEnvironmentVariable m_linux{L"XDG_DATA_HOME", m_folder.GetPath()};
     ScopedEnvironmentVariable m_windows{L"APPDATA", m_folder.GetPath()};
 };

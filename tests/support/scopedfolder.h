@@ -6,21 +6,20 @@
 
 #include "base/inoncopyable.h"
 
-/// Creates a folder of its own under the temporary files and removes it with all that is in it at the end of the scope.
+/// Creates a folder below the temporary folder; the destructor removes it with its contents.
 class ScopedFolder : public INonCopyable
 {
 public:
     ScopedFolder();
     ~ScopedFolder();
 
-    /// Full path, with separator at its end.
+    /// Full path, with trailing separator.
     const std::wstring& GetPath() const noexcept { return m_path; }
 
-    /// Writes a file and returns its full path. Folders in front of the name ("a/b/file.txt", "/" on all platforms) are
-    /// created.
+    /// Writes a file and returns its full path. Creates the folders in the name ("a/b/file.txt", "/" on all platforms).
     std::wstring WriteFile(std::wstring_view name, std::string_view bytes) const;
 
-    /// Creates a folder with its missing parents. Returns its full path, with separator at its end.
+    /// Creates a folder with its parents. Returns its full path, with trailing separator.
     std::wstring MakeFolder(std::wstring_view name) const;
 
     /// Full path of a name in the folder, which need not exist.

@@ -8,7 +8,7 @@
 #include "base/inoncopyable.h"
 #include "base/os/files.h"
 
-/// Moves the process to another working directory and back at the end of the scope.
+/// Changes the working directory; the destructor restores it.
 class ScopedWorkingDirectory : public INonCopyable
 {
 public:

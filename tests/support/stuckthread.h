@@ -7,12 +7,12 @@
 #include "base/inoncopyable.h"
 #include "tests/support/os/breakpoint.h"
 
-/// A thread that stands in a breakpoint's handler from construction until it is let go. On Linux it takes no signals
-/// there, so it cannot be stopped; Windows stops any. One at a time.
+/// A thread that stays inside a breakpoint's handler from construction until Release. On Linux it receives no signals
+/// there, so it cannot be stopped; Windows can stop any thread. One object at a time.
 class StuckThread : public INonCopyable
 {
 public:
-    /// The thread calls `function`, which meets a breakpoint.
+    /// The thread calls `function`, which executes a breakpoint.
     explicit StuckThread(void (*function)() = stop, bool blocksSignals = true)
     {
         s_isInside = false;
@@ -26,7 +26,7 @@ public:
     }
     ~StuckThread() { Release(); }
 
-    /// Lets the thread go on behind the breakpoint and end.
+    /// Lets the thread leave the handler and end.
     void Release()
     {
         if (m_thread.joinable())

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// Each of its names is short enough, all together are too long for any system.
+/// Each component is short enough, but the whole path is too long for any system.
 std::wstring makeLongFolder()
 {
     constexpr int c_Levels = 4000;
@@ -26,7 +26,7 @@ std::wstring makeLongFolder()
     return path;
 }
 
-/// Forbids writing to a file, or into a folder, for as long as it lives.
+/// Forbids writing to a file or into a folder during its lifetime.
 class CProtection : public INonCopyable
 {
 public:
@@ -47,7 +47,7 @@ private:
     std::filesystem::path m_place;
 };
 
-/// Adds `path`, which stands or would stand in the protected `place`, unless the present user may write everywhere.
+/// Adds `path`, a file in or equal to the protected `place`, unless the current user may write everywhere.
 void addProtected(std::vector<SUnwritablePlace>& places, const std::string& name, const std::wstring& place,
                   const std::wstring& path)
 {
@@ -75,7 +75,7 @@ std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, co
     {
         places.push_back({"full disk", device, {}});
     }
-    // Takes no files, whoever asks; folders of its own refuse the administrator nothing.
+    // Accepts no files from any user; an administrator may write into an ordinary read-only folder.
     if (const std::wstring directory = L"/proc/"; LbFileSystem::IsDirectory(directory))
     {
         places.push_back({"folder that takes no files", directory + name, {}});

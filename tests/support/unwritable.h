@@ -1,4 +1,4 @@
-/// Places where no report can be written.
+/// Paths to which no report can be written.
 #pragma once
 
 #include <memory>
@@ -10,12 +10,12 @@
 struct SUnwritablePlace
 {
     std::string name;
-    std::wstring path;          ///< of the file that cannot be written
-    std::shared_ptr<void> hold; ///< what makes it so, if anything must
+    std::wstring path;          ///< path of the file that cannot be written
+    std::shared_ptr<void> hold; ///< keeps the file unwritable, if anything must
 };
 
-/// A folder in place of the file and the reverse, a folder that is missing, a name and a path that are too long; where
-/// the system has them a full disk, a folder that takes no files, and a file that another program holds; a file and a
-/// folder that are read-only, where that keeps the present user from writing. `name` is that of the file, at the end of
-/// all paths but the device's. The places stand as long as the folder and the result.
+/// Paths that end in `name`, except the device: a folder instead of the file, a file instead of the folder, a missing
+/// folder, a name and a path that are too long. Where supported: a full disk, a folder that accepts no files, a file
+/// held by another program. Unless the current user may write everywhere: a read-only file and folder. Valid as long as
+/// the folder and the result exist.
 std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, const std::wstring& name);

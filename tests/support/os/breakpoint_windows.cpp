@@ -18,7 +18,7 @@ LONG NTAPI onException(EXCEPTION_POINTERS* exception)
         return EXCEPTION_CONTINUE_SEARCH;
     }
     handler();
-    // The system reports the instruction itself, one byte long.
+    // The system reports the address of the one-byte instruction itself.
     ++exception->ContextRecord->Rip;
     return EXCEPTION_CONTINUE_EXECUTION;
 }

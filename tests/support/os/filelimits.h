@@ -1,4 +1,4 @@
-/// Limits of what a process may write. A part of the tests, in no library.
+/// Limits on what a process may write. Part of the tests, in no library.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 namespace LbOs
 {
 
-/// No file of the process takes bytes beyond `size` as long as the result lives, as on a full disk; null where the
-/// system knows no such limit.
+/// While the result exists, writing beyond `size` bytes fails for every file of the process, as on a full disk; null if
+/// the system has no such limit.
 std::shared_ptr<void> LimitFileSize(std::size_t size);
 
 } // namespace LbOs

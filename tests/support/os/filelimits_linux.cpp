@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Without the signal the write itself fails.
+/// If the signal is ignored, the write itself fails.
 class CFileSizeLimit
 {
 public:

@@ -1,10 +1,10 @@
 #include <cstddef>
 
-// A library for the tests to preload: an allocator in front of the run-time's own.
+// A library that tests preload: an allocator that replaces the C library's.
 
 extern "C"
 {
-    // The run-time's further names for its functions, which it declares nowhere.
+    // Other names of the C library's functions, which it declares in no header.
     void* __libc_malloc(std::size_t size); // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
     void __libc_free(void* block);         // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
     void* __libc_realloc(void* block,

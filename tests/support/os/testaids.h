@@ -1,4 +1,4 @@
-/// What only tests ask of the system. A part of the tests, in no library.
+/// System calls that only tests need. Part of the tests, in no library.
 #pragma once
 
 #include <cstddef>
@@ -12,144 +12,143 @@
 namespace LbOs
 {
 
-/// Loads a shared library that nothing else uses, and unloads it. False when it cannot be loaded.
+/// Loads a shared library that is not in use and unloads it. False if it cannot be loaded.
 bool LoadAndUnloadModule(const std::wstring& path);
 
-/// The processes that the present one has started and that run.
+/// The running children of the current process.
 std::vector<unsigned long> ListChildren();
 
-/// Makes a named pipe that stands in its folder like a file; its reader waits for a writer. False where there are none.
+/// Creates a named pipe; opening it for reading waits for a writer. False if the platform has none.
 bool MakePipe(const std::wstring& path);
 
-/// Makes a symbolic link to a file or directory, which may be missing; a relative target is meant from the link's
-/// folder. False where that cannot be.
+/// Creates a symbolic link to a file or directory, which need not exist; a relative target refers to the link's folder.
+/// False if that is impossible.
 bool MakeLink(const std::wstring& path, const std::wstring& target);
 
-/// Forks; the child calls `function` and ends with what it gives, without any destructors, or with a signal after 60 s.
-/// The child's exit status, -1 for a signal; none where processes do not fork.
+/// Forks; the child calls `function` and exits with its result, without running destructors, or by a signal after 60 s.
+/// Returns the child's exit status, -1 for a signal; empty on platforms without fork.
 std::optional<int> RunInFork(const std::function<int()>& function);
 
-/// As RunInFork, but the child has its parent's number: each is the first process of a name space of its own. None
-/// where the system does not allow that.
+/// Like RunInFork, but the child has the same process id as its parent: each is the first process of its own namespace.
+/// Empty if the system does not allow that.
 std::optional<int> RunInForkOfSameNumber(const std::function<int()>& function);
 
-/// The present process has no rights any more but those that everybody has, unless it had no others anyway. False where
-/// rights cannot be given up.
+/// Drops all rights of the current process beyond those of an ordinary user; no effect without such rights. False if
+/// rights cannot be dropped.
 bool GiveUpRights();
 
-/// Shows the content of `folder` at `place` too, an empty folder, as long as the present process lives and to it only.
-/// Called in a fork. False where that cannot be.
+/// Mounts `folder` on the empty folder `place`, for the rest of the current process and visible only to it. Call it in
+/// a fork. False if that is impossible.
 bool MountFolder(const std::wstring& place, const std::wstring& folder);
 
-/// Calls `function` on a thread whose cancellation is pending. True when it came back. False where threads are not
-/// canceled.
+/// Calls `function` on a thread with pending cancellation. True if it returned. False if the platform has no
+/// cancellation.
 bool CallCanceled(const std::function<void()>& function);
 
-/// Forks, and both go on from here: 0 in the copy, which ends with a signal after 60 s at the latest, its number in the
-/// original. None where processes do not fork.
+/// Forks and returns in both processes: 0 in the fork, which a signal ends after 60 s at the latest, and the fork's
+/// process id in the original. Empty on platforms without fork.
 std::optional<long> Fork();
 
-/// Waits until a copy has ended.
+/// Waits until a fork has ended.
 void WaitForFork(long number);
 
-/// Writes to a stream and flushes all streams; `function` is called from there, while the run-time holds the lock of
-/// the list of streams. False where streams call nothing.
+/// Writes to a stream and flushes all streams; the stream calls `function` while the C library holds the lock of its
+/// stream list. False if streams have no such callback.
 bool CallWhileFlushing(void (*function)());
 
-/// Gives every real-time signal back to the system, as whoever has use for one may do. False where there are none.
+/// Resets all real-time signals to their default, as any code in the process may do. False if there are none.
 bool ResetRealTimeSignals();
 
-/// What `function` writes to standard output, which is a small pipe meanwhile that refuses bytes when it is full. None
-/// where pipes always block.
+/// Returns what `function` writes to standard output, which is meanwhile a small non-blocking pipe. Empty if pipes
+/// always block.
 std::optional<std::string> CaptureThroughFullPipe(const std::function<void()>& function);
 
-/// Opens an existing file for as long as the result lives, and lets nobody else open it; null where that cannot be.
+/// Opens an existing file exclusively for the lifetime of the result; null if that is impossible.
 std::shared_ptr<void> HoldFile(const std::wstring& path);
 
-/// Lets nobody read a part of a file as long as the result lives; null where that cannot be.
+/// Prevents reading a part of a file for the lifetime of the result; null if that is impossible.
 std::shared_ptr<void> HoldBytes(const std::wstring& path, std::uint32_t offset, std::uint32_t size);
 
-/// Has the system open no further files, or open them again. False where it cannot be told to.
+/// Makes opening files fail, or succeed again. False if that is impossible.
 bool SetFilesForbidden(bool areForbidden);
 
-/// Forks; the child calls `function`. The bytes by which the child's memory had risen at its peak; none when the
-/// function says false, and where processes do not fork.
+/// Forks; the child calls `function`. Returns the growth of the child's peak memory in bytes; empty if the function
+/// returned false, and on platforms without fork.
 std::optional<std::uint64_t> MeasurePeakMemory(const std::function<bool()>& function);
 
-/// The text for the first graphics card that has a driver in `folder`, which is laid out as the kernel lays out its
-/// own; none where there is no such folder.
+/// The text for the first graphics card with a driver in `folder`, which has the structure of the kernel's folder;
+/// empty if the platform has no such folder.
 std::optional<std::wstring> DescribeGraphicsIn(const std::wstring& folder);
 
-/// Has a signal interrupt the process each half millisecond, or no more. False where that cannot be.
+/// Interrupts the process with a signal every half millisecond, or stops doing so. False if that is impossible.
 bool SetInterruptedOften(bool isInterrupted);
 
-/// Makes the system refuse pages, or give them again. False where it cannot be told to.
+/// Makes memory allocation from the system fail, or succeed again. False if that is impossible.
 bool SetPagesForbidden(bool areForbidden);
 
-/// Makes the system refuse signals that it would have to queue, or take them again. False where there are none.
+/// Makes queued signals fail, or succeed again. False if there are none.
 bool SetSignalsForbidden(bool areForbidden);
 
-/// Whether the named event or shared memory of that name exists and may be used by the present user and nobody else.
+/// True if the named event or shared memory exists and only the current user has access.
 bool IsForOwnUserOnly(const std::wstring& name);
 
-/// The present process goes over to the process group of its parent. False where there are no groups.
+/// Moves the current process to its parent's process group. False if there are no groups.
 bool JoinGroupOfParent();
 
-/// Waits for all children of the present process that have ended, as a test may do that knows of its own only. False
-/// where a process can be waited for more than once.
+/// Waits for all ended children of the current process, as a test might that knows only its own children. False if a
+/// process can be waited for more than once.
 bool WaitForEndedChildren();
 
-/// Has the system forget the present process's children as soon as they end, or keep them until they are waited for.
-/// False where it keeps them for whoever has a handle.
+/// Makes the system discard ended children of the current process at once, or keep them until they are waited for.
+/// False if the system keeps them while a handle exists.
 bool SetChildrenForgotten(bool areForgotten);
 
-/// Ends the process that watches over the present one, if there is one, and returns when it is gone.
+/// Kills the process that watches over the current one, if any, and waits until it has ended.
 void EndKeeper();
 
-/// Waits until a process that the present one has started has ended, and leaves that to whoever waits for it next.
+/// Waits until a child of the current process has ended, but does not collect its status.
 void WaitForEnd(unsigned long process);
 
-/// Ends a process and keeps that from whoever has started it, as a debugger may, as long as the result lives; null
-/// where that cannot be.
+/// Ends a process and hides its end from its parent, as a debugger can, for the lifetime of the result; null if that is
+/// impossible.
 std::shared_ptr<void> HoldEnd(std::uint64_t process);
 
-/// Takes all rights from the files that the present process makes, or none any more. False where there is no such mask.
+/// Makes new files of the current process have no access rights, or the default ones again. False if there is no umask.
 bool SetRightsMasked(bool areMasked);
 
-/// Closes a system's handle that is another's, as a test does that closes all that it finds open. False where handles
-/// are no numbers that anybody finds.
+/// Closes a system handle that belongs to other code, like a test that closes all files. False if handles cannot be
+/// guessed.
 bool CloseForOthers(std::intptr_t handle);
 
-/// Sets a named event a million times at once, as whoever floods it would. False where events do not count.
+/// Sets a named event a million times. False if events do not count.
 bool FloodEvent(const std::wstring& name);
 
-/// The system's number of the calling thread.
+/// The system's id of the calling thread.
 unsigned long GetThreadNumber();
 
-/// Whether a thread of the present process has ended.
+/// True if a thread of the current process has ended.
 bool HasThreadEnded(unsigned long number);
 
-/// Ends the calling thread, which may be the first one: the process goes on with its others.
+/// Ends the calling thread, possibly the first one; the process continues with its other threads.
 [[noreturn]] void LeaveThread();
 
-/// Lets the system dump the memory of the present process into its working directory when it crashes. False where the
-/// system dumps nothing.
+/// Makes the system dump the current process's memory into its working directory on a crash. False if the system writes
+/// no dumps.
 bool AllowDumps();
 
-/// Lets the present process have no more than `bytes` of memory beyond what it has. False where the system does not see
-/// to that.
+/// Limits the current process to `bytes` of memory beyond what it has. False if the system has no such limit.
 bool LimitMemory(std::size_t bytes);
 
-/// Number of files that the present process may have open; none where there is no such limit.
+/// The number of files that the current process may open; empty if there is no such limit.
 std::optional<std::uint64_t> GetOpenFileLimit();
 
-/// Sets that number, for as long as nobody raises it again. False where there is no such limit.
+/// Sets that number as a soft limit. False if there is no such limit.
 bool SetOpenFileLimit(std::uint64_t count);
 
-/// The words that the present process was started with, for code that main() tells nothing.
+/// The command line of the current process, for code without access to main's arguments.
 std::vector<std::wstring> GetOwnArguments();
 
-/// How many processors the calling thread may use, at least 1.
+/// The number of processors that the calling thread may use, at least 1.
 std::uint32_t CountOwnProcessors();
 
 } // namespace LbOs

@@ -81,7 +81,7 @@ std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& funct
 {
     constexpr int c_Refused = 77;
     const auto runFirst = [&function] {
-        // As the first process it hears no alarm of its own, so it ends with its parent, which does.
+        // The first process of a namespace ignores its own alarm, so it ends with its parent, which has one.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         return unshare(CLONE_NEWPID) == 0 ? *RunInFork(function) : c_Refused;
     };
@@ -240,7 +240,7 @@ std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>
         return std::nullopt;
     }
     auto* const risen = static_cast<std::uint64_t*>(shared);
-    // What the heap keeps for later would not be seen when it is used again.
+    // Memory that the heap keeps cached would be missing from the growth.
     malloc_trim(0);
     const std::optional<int> status = RunInFork([&] {
         const std::uint64_t before = getPeak();
@@ -294,7 +294,7 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
     {
         return (status.st_mode & c_AllRights) == c_OwnRights;
     }
-    // Of memory the link ends in the number.
+    // The link of a memory file ends in its number.
     shmid_ds memory = {};
     const int number = std::stoi(std::filesystem::read_symlink(path).filename().native());
     return shmctl(number, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
@@ -359,7 +359,7 @@ std::shared_ptr<void> LbOs::HoldEnd(std::uint64_t process)
         siginfo_t end = {};
         const bool isHeld = ptrace(PTRACE_SEIZE, held, nullptr, nullptr) == 0 && kill(held, SIGKILL) == 0 &&
                             waitid(P_PID, static_cast<id_t>(held), &end, WEXITED | WNOWAIT) == 0;
-        // Stopped it says that it is ready.
+        // It stops itself when it is ready.
         kill(getpid(), isHeld ? SIGSTOP : SIGKILL);
     }
     int status = 0;
@@ -391,13 +391,13 @@ bool LbOs::SetRightsMasked(bool areMasked)
 
 bool LbOs::CloseForOthers(std::intptr_t handle)
 {
-    // Not by the run-time's close(): a sanitizer would see what the test wants to see.
+    // Not the C library's close(): a sanitizer would report the misuse.
     return syscall(SYS_close, static_cast<int>(handle)) == 0;
 }
 
 bool LbOs::FloodEvent(const std::wstring& name)
 {
-    // As much as the system lets anybody have in a pipe.
+    // The largest capacity that a pipe may have without privileges.
     const std::vector<char> bytes(std::size_t{1} << 20U);
     const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
     const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
@@ -416,7 +416,7 @@ bool LbOs::HasThreadEnded(unsigned long number)
 {
     std::ifstream file("/proc/self/task/" + std::to_string(number) + "/stat");
     std::string line;
-    // The first thread stays there until the last one has ended.
+    // The first thread remains a zombie until the last thread has ended.
     return !std::getline(file, line) || line.compare(line.rfind(')') + 1, 2, " Z") == 0;
 }
 

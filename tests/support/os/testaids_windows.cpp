@@ -8,7 +8,7 @@
 #include "base/os/process.h"
 #include "base/os/windows/api.h"
 
-// Behind windows.h, which it needs.
+// After windows.h, which it needs.
 #include <aclapi.h>
 #include <psapi.h>
 #include <tlhelp32.h>
@@ -16,7 +16,7 @@
 namespace
 {
 
-/// The present user's number; empty when it cannot be had.
+/// The current user's security id; empty on failure.
 std::vector<char> getUser()
 {
     HANDLE opened = nullptr;
@@ -32,7 +32,7 @@ std::vector<char> getUser()
     return isKnown != FALSE ? user : std::vector<char>();
 }
 
-/// A list of rights with nothing in it but those of the user.
+/// An access list that contains only the user's entry.
 bool isOnlyFor(ACL* list, SID* user)
 {
     void* entry = nullptr;
@@ -44,7 +44,7 @@ bool isOnlyFor(ACL* list, SID* user)
     return allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && EqualSid(&allowed->SidStart, user) != FALSE;
 }
 
-/// Wine takes locks of bytes, but lets everybody read them.
+/// Wine accepts byte-range locks but does not enforce them for reading.
 bool canRead(const std::wstring& path, std::uint32_t offset)
 {
     const LbOs::FileHandle file = LbOs::OpenForReading(path);
@@ -67,7 +67,7 @@ bool LbOs::MakeLink(const std::wstring& path, const std::wstring& target)
     const std::size_t name = path.find_last_of(L"\\/") + 1;
     const std::wstring place = IsAbsolutePath(target) ? target : path.substr(0, name) + target;
     const DWORD kind = QueryEntry(place) == EEntry::Directory ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
-    // Wine says that it has done so without doing anything.
+    // Wine reports success without any effect.
     return CreateSymbolicLinkW(path.c_str(), target.c_str(), kind | SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) !=
                FALSE &&
            IsLink(path);
@@ -294,12 +294,12 @@ bool LbOs::LimitMemory(std::size_t bytes)
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_PROCESS_MEMORY;
     limits.ProcessMemoryLimit = used.PagefileUsage + bytes;
-    // Never closed: the limit is to last as long as the process.
+    // Never closed: the limit must last as long as the process.
     const HANDLE job = CreateJobObjectW(nullptr, nullptr);
     const bool isLimited =
         SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits)) != FALSE &&
         AssignProcessToJobObject(job, GetCurrentProcess()) != FALSE;
-    // Some systems take the limit and keep to none.
+    // Some systems accept the limit but do not enforce it.
     void* const beyond = VirtualAlloc(nullptr, bytes * 2, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
     if (beyond != nullptr)
     {
