@@ -1,4 +1,5 @@
-/// Any expression on any name: the parser, the automaton and the required text agree with the standard library.
+/// Checks for any expression and name that the parser, the automaton and the required text agree with the standard
+/// library.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -12,7 +13,7 @@
 namespace
 {
 
-/// Longer ones keep the standard library busy for too long.
+/// The standard library is too slow for longer expressions.
 constexpr std::size_t c_LongestName = 6;
 constexpr std::size_t c_LongestExpression = 30;
 
@@ -24,7 +25,7 @@ void check(bool isGood)
     }
 }
 
-/// A byte is a character; the highest ones stand for some beyond Latin-1.
+/// Each byte is a character; the highest bytes stand for some characters beyond Latin-1.
 wchar_t getCharacter(std::uint8_t byte)
 {
     constexpr std::wstring_view c_Wide = L"\u2028\u2029\uFF08\uFF0A\u65E7\u0416\u0660\u2003";
@@ -32,7 +33,7 @@ wchar_t getCharacter(std::uint8_t byte)
     return fromEnd < c_Wide.size() ? c_Wide[fromEnd] : static_cast<wchar_t>(byte);
 }
 
-/// Up to the first line feed the expression, then the name.
+/// The expression up to the first line feed, then the name.
 void split(const std::uint8_t* data, std::size_t size, std::wstring& source, std::wstring& name)
 {
     const std::uint8_t* const end = data + size;
@@ -71,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::optional<std::wregex> expression = compile(source);
     if (!expression)
     {
-        // Back-references to groups that are not there are for the standard library to find.
+        // Only the standard library detects back-references to missing groups.
         check(!canTake);
         return 0;
     }

@@ -1,4 +1,4 @@
-/// Any bytes as code: the decoder stays within 15 bytes, and no function's beginning upsets the trampoline.
+/// Checks for any bytes that the decoder stays within 15 bytes, and that a trampoline can be built or is refused.
 #include <algorithm>
 #include <cstdlib>
 #include <vector>
@@ -20,10 +20,10 @@ void check(bool isGood)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    // In memory of their own, where one byte too many is noticed.
+    // On the heap, where a sanitizer detects reading beyond the end.
     const std::vector<std::uint8_t> code(data, data + size);
     const std::vector<std::uint8_t> most(data, data + std::min(size, LuTestSuite::c_InstructionMax));
-    // The decoder is told of more than the 15 bytes that are there.
+    // The size passed exceeds the 15 bytes that exist.
     const auto instruction = LuTestSuite::DecodeInstruction({most.data(), size});
     const auto again = LuTestSuite::DecodeInstruction(most);
     check(instruction.has_value() == again.has_value());

@@ -1,4 +1,4 @@
-/// Any wildcard name on any name: the matcher agrees with the expression.
+/// Checks for any wildcard and name that the matcher agrees with the expression.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -10,10 +10,10 @@
 namespace
 {
 
-/// Longer ones keep the standard library busy for too long.
+/// The standard library is too slow for longer texts.
 constexpr std::size_t c_LongestText = 7;
 
-/// Few characters, so that many texts match.
+/// Few distinct characters, so that many texts match.
 wchar_t getCharacter(std::uint8_t byte)
 {
     constexpr std::wstring_view c_Characters = L"ab*?.\n\r\u2028\u2029\\+(";

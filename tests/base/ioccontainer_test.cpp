@@ -22,7 +22,7 @@ public:
     virtual std::wstring Greet() const = 0;
 };
 
-/// Counts what lives, and remembers the order in which objects of all classes end.
+/// Counts living objects, and records the order in which objects of all classes are destroyed.
 std::atomic<int> s_aliveCount = 0;
 std::vector<std::string> s_ended;
 
@@ -68,7 +68,7 @@ public:
     static inline bool s_fails = true;
 };
 
-/// Asks the container for other services while it is made.
+/// Requests other services from the container in its constructor.
 class CDependent : public IObject
 {
     LB_RTTI(CDependent)

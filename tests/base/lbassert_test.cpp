@@ -11,7 +11,7 @@
 namespace
 {
 
-/// Without dialog, listening to traces; puts all back at the end.
+/// Switches the dialog off and records traces; the destructor restores both.
 class LbAssertTest : public testing::Test
 {
 protected:

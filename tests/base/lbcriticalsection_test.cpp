@@ -8,7 +8,7 @@
 namespace
 {
 
-/// True when another thread can enter.
+/// True if another thread can enter.
 bool isFree(LbCriticalSection& section)
 {
     bool isEntered = false;

@@ -36,7 +36,7 @@ TEST(LbDateTime, FormatsEarlyYearsWithFourDigits)
 
 TEST(LbDateTime, FormatsTheCurrentTime)
 {
-    // The day may change between two of the calls, not between all three.
+    // Midnight may pass between two of the calls, but not between all three.
     const std::wstring before = LbDateTime::Format(LbOs::GetLocalTimeNow(), L"Y-m-d");
     const std::wstring now = LbDateTime::FormatNow(L"Y-m-d");
     const std::wstring after = LbDateTime::Format(LbOs::GetLocalTimeNow(), L"Y-m-d");

@@ -12,7 +12,7 @@ namespace
 
 using Lines = std::vector<std::wstring>;
 
-/// Listens for the life of a test and puts the former listener back.
+/// Records traces during a test; the destructor restores the former listener.
 class LbDiagnosticsTest : public testing::Test
 {
 protected:

@@ -11,7 +11,7 @@ namespace
 
 using namespace std::string_view_literals;
 
-/// The text of one code point, as wide as the platform has it.
+/// The text of one code point, in the platform's wide encoding.
 std::wstring wide(char32_t codePoint)
 {
     if (sizeof(wchar_t) > 2 || codePoint <= 0xFFFF)
@@ -45,17 +45,17 @@ constexpr SSample c_Samples[] = {
     {0x10FFFF, "\xF4\x8F\xBF\xBF"},
 };
 
-/// Byte sequences that are no UTF-8 in any part.
+/// Byte sequences of which no byte is part of valid UTF-8.
 constexpr std::string_view c_InvalidUtf8[] = {
-    "\x80",             // continuation without a begin
-    "\xC0\xAF",         // two bytes for what fits into one
-    "\xE0\x80\xAF",     // three bytes for what fits into one
-    "\xF0\x80\x80\xAF", // four bytes for what fits into one
+    "\x80",             // continuation byte without a lead byte
+    "\xC0\xAF",         // two bytes for a one-byte character
+    "\xE0\x80\xAF",     // three bytes for a one-byte character
+    "\xF0\x80\x80\xAF", // four bytes for a one-byte character
     "\xED\xA0\x80",     // surrogate
     "\xF4\x90\x80\x80", // above the last code point
     "\xF8\x88\x80\x80\x80",
     "\xFF",
-    "\xE2\x82", // cut short
+    "\xE2\x82", // truncated
 };
 
 TEST(LbEncoding, EncodesEveryLengthAsUtf8)

@@ -179,7 +179,7 @@ TEST(LbException, IsCaughtAsStandardExceptionWithItsText)
     }
 }
 
-/// What is said about an exception of this value.
+/// The description of an exception with this value.
 template<typename T>
 std::wstring describe(const T& thrown)
 {

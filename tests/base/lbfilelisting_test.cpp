@@ -41,7 +41,8 @@ Names GetMatches(const LbFileListing& listing, const Wildcards& wildcards, const
     return names;
 }
 
-/// Asks until the process shares a listing of the folder: it does so once the folder has been the same for a while.
+/// Repeats the request until the process shares a listing of the folder, which requires that the folder has not changed
+/// for a while.
 Listing WaitForSharedListing(const std::wstring& folder)
 {
     Listing listing = LbFileListing::Get(folder);

@@ -20,7 +20,7 @@ namespace
 
 using Names = std::vector<std::wstring>;
 
-/// Writes the text as a whole file; `isFull` breaks it off half-way.
+/// Writes the text as a whole file; with `isFull` fails half-way.
 void writeWhole(const std::wstring& path, const std::string& text, bool isFull = false)
 {
     LbFileSystem::WriteWhole(path, [&](const std::wstring& place) {

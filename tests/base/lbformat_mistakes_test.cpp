@@ -10,7 +10,7 @@
 namespace
 {
 
-/// What stands in parentheses in the message of the exception, or "no exception".
+/// The text in parentheses in the exception's message, or "no exception".
 template<typename... T>
 std::wstring getMistake(std::wstring_view format, const T&... arguments)
 {

@@ -1,4 +1,4 @@
-/// Random conversions, compared with the C library's where it means the same, and alike on all platforms.
+/// Compares random conversions with those of the C library where it defines them equally, and across platforms.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -19,24 +19,24 @@
 namespace
 {
 
-/// UTF-32 C libraries know wide text as "%ls" everywhere; the other ones have ways of their own.
+/// The platforms whose C library uses UTF-32 also define wide text as "%ls"; the others have their own definition.
 constexpr bool c_HasReference = sizeof(wchar_t) == 4;
 constexpr std::size_t c_CallCount = 10'000;
-/// Holds the longest long double with its width.
+/// Large enough for the longest long double with its width.
 constexpr std::size_t c_BufferSize = 8192;
 
 /// One conversion with its width and precision.
 struct SSample
 {
     std::wstring format;
-    std::wstring reference; ///< the same for the C library
+    std::wstring reference; ///< the equivalent conversion for the C library
     std::vector<int> counts;
 };
 
 class CRandomCalls
 {
 public:
-    /// Calls with a value that fits a random conversion; returns the text and, if there is one, the C library's.
+    /// Formats a random value with a random conversion; returns the text and, if available, the C library's text.
     std::array<std::wstring, 2> Call()
     {
         switch (take(6))
@@ -66,7 +66,7 @@ private:
 
     std::wstring takeFloatingType() { return pick({L"f", L"F", L"e", L"E", L"g", L"G", L"a", L"A"}); }
 
-    /// Short and long ones, on both sides of zero.
+    /// Short and long numbers, positive and negative.
     std::uint64_t takeInteger()
     {
         return (m_random() >> take(64)) * (takeOneOf(2) ? 1 : static_cast<std::uint64_t>(-1));
@@ -143,7 +143,7 @@ private:
     {
         sample.format += mark;
         int count = smallest + static_cast<int>(take(static_cast<std::uint64_t>(largest - smallest)));
-        // A width of 0 would be a flag.
+        // A width of 0 would be read as a flag.
         count = count == 0 && mark.empty() ? 1 : count;
         switch (take(3))
         {
@@ -173,7 +173,7 @@ private:
             }
             return call(sample, text.c_str());
         }
-        // The C library's knows narrow text by the locale, which is ASCII here.
+        // The C library decodes narrow text by the locale, which is ASCII here.
         std::string text;
         for (std::uint64_t count = take(20); count > 0; --count)
         {

@@ -97,7 +97,7 @@ TEST(LbFormat, CountsCharactersNotCodeUnits)
 
 TEST(LbFormat, ReadsNoTextBeyondThePrecision)
 {
-    // On the heap, where a sanitizer notices reads behind them.
+    // On the heap, where a sanitizer detects reads beyond the end.
     const std::vector<wchar_t> wide = {L'a', L'b', L'\xD83D'};
     EXPECT_EQ(LbFormat(L"%.3s|%.*s", wide.data(), 2, wide.data()), std::wstring(L"ab\xD83D") + L"|ab");
     const std::vector<char> narrow = {'a', '\xC3', '\xA4'};

@@ -16,7 +16,7 @@
 namespace
 {
 
-/// Each test begins and ends without a dispatcher.
+/// Each test starts and ends without a dispatcher.
 class LbMessageDispatcherTest : public testing::Test
 {
 protected:
@@ -30,7 +30,7 @@ protected:
     }
 };
 
-/// What a message that throws leaves in the diagnostics.
+/// The traces caused by a message that throws.
 std::wstring getTraceOf(const std::function<void()>& message)
 {
     std::mutex mutex;

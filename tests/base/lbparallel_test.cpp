@@ -288,7 +288,7 @@ TEST(LbCombinable, SeparatesManyThreads)
         for (int i = 0; i < threadCount; ++i)
         {
             threads.emplace_back([i, &started, &values] {
-                // All threads live at once, so that none inherits a value.
+                // All threads exist at the same time, so that no thread reuses another's value.
                 started.ArriveAndWait();
                 values.Local() += i;
                 values.Local() += 1000;

@@ -15,7 +15,7 @@
 namespace
 {
 
-/// Holds up all pool threads but `free` of them for the life of a scope.
+/// Blocks all pool threads except `free` of them during a scope.
 class CBusyPool : public INonCopyable
 {
 public:
@@ -73,7 +73,7 @@ TEST(LbThreadPool, StartsTasksInOrderOfSubmission)
 {
     LbThreadPool& pool = LbThreadPool::GetInstance();
     const CBusyPool busy(1);
-    // The one free thread takes one task after the other, so the order of their work is that of their starts.
+    // The one free thread runs one task after another, so tasks finish in the order of their starts.
     LbEvent goOn;
     pool.Run([&goOn] { goOn.Wait(); });
     std::vector<int> order;

@@ -10,7 +10,7 @@
 namespace
 {
 
-/// Puts the process-wide directory back.
+/// Restores the process-wide directory.
 class LuDebugSerializationGenericTest : public testing::Test
 {
 protected:

@@ -1,4 +1,4 @@
-/// Objects that are made for one sub-test.
+/// Objects that are created for one sub-test.
 
 #include "base/luunittest.h"
 
@@ -14,7 +14,7 @@
 namespace
 {
 
-/// What the objects of a test did.
+/// The calls made on the objects of a test.
 struct SRecord
 {
     std::vector<std::wstring> calls;
@@ -28,7 +28,7 @@ void Record(const std::wstring& call)
     s_record->calls.push_back(call);
 }
 
-/// Named sub-tests in front of files and behind them, one of them twice, and one with the name of a file.
+/// Named sub-tests before and after files; one name occurs twice, and one is also the name of a file.
 class CSelectable : public LuUnitTest
 {
     LB_RTTI(CSelectable)
@@ -59,7 +59,7 @@ public:
     }
 };
 
-/// The class above with an override that only passes on.
+/// The class above with an override that only calls the base class.
 class CForwardsName : public CSelectable
 {
     LB_RTTI(CForwardsName)
@@ -97,7 +97,7 @@ class CUnrecorded : public CSelectable
     }
 };
 
-/// Names its sub-tests by their number, and has more of them than it has added.
+/// Names its sub-tests by their index, and reports more of them than it has added.
 class CRenames : public LuUnitTest
 {
     LB_RTTI(CRenames)
@@ -110,7 +110,7 @@ class CRenames : public LuUnitTest
     std::wstring GetSubtestName(std::uint32_t subtest) const override { return std::to_wstring(subtest % 2); }
 };
 
-/// Asks for the number so far in order to make its names.
+/// Uses the current count to form its names.
 class CNumbers : public LuUnitTest
 {
     LB_RTTI(CNumbers)
@@ -158,7 +158,7 @@ protected:
     }
     ~SelectedSubtest() override { s_record = nullptr; }
 
-    /// As a runner does it: false without such a sub-test.
+    /// Calls the object as a runner does; false if it lacks the sub-test.
     template<typename UnitTest>
     bool Run(const std::wstring& name)
     {
@@ -176,7 +176,7 @@ protected:
         return true;
     }
 
-    /// What the sub-test did, without what the class does on the way to it.
+    /// The sub-test's own call, without the calls that precede it.
     template<typename UnitTest>
     std::wstring GetCall(const std::wstring& name)
     {

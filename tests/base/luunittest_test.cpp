@@ -13,7 +13,7 @@
 namespace
 {
 
-/// A unit test that is put together by the test that uses it.
+/// A unit test whose sub-tests the test adds.
 class CSample : public LuUnitTest
 {
     LB_RTTI(CSample)
@@ -54,7 +54,7 @@ private:
     LuStreamWriteTextMemory m_stream;
 };
 
-/// Names of the sub-tests that a wildcard makes of the files in a folder.
+/// Names of the sub-tests that a wildcard creates for the files of a folder.
 std::vector<std::wstring> getMatches(const ScopedFolder& folder, std::wstring_view wildcard)
 {
     CSample sample;
@@ -203,7 +203,7 @@ TEST(LuUnitTest, CheckReportsAFalseConditionOnly)
     EXPECT_EQ(sample.GetMessages(), L"\t\tERROR: 2\n");
 }
 
-/// A text that counts how often it is asked for.
+/// A text that counts how often it is requested.
 struct SCountingText
 {
     operator const wchar_t*() const // NOLINT(google-explicit-constructor)
@@ -225,7 +225,7 @@ TEST(LuUnitTest, FormatsNothingForATrueCondition)
     EXPECT_EQ(calls, 1);
 }
 
-/// The line that a mistake in line `line` of this file leaves.
+/// The line reported for a mistake in line `line` of this file.
 std::wstring getMistakeLine(std::uint32_t line, const std::wstring& mistake)
 {
     return L"\t\tERROR: luunittest_test.cpp, Zeile " + std::to_wstring(line) + L": Formattext mit Fehler (" + mistake +

@@ -14,7 +14,7 @@ namespace
 
 using EResult = XMLDocument::EResult;
 
-/// A parsed text whose root element is "r".
+/// A parsed text with the root element "r".
 class CParsed
 {
 public:
@@ -325,7 +325,7 @@ TEST(XMLDocument, AcceptsDeepNesting)
 
 TEST(XMLDocument, DecodesByTheDeclaration)
 {
-    // The bytes of "ä" in UTF-8 are two characters in ISO-8859-1.
+    // The UTF-8 bytes of "ä" are two characters in ISO-8859-1.
     EXPECT_EQ(getRootText("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>\xC3\xA4</r>"), L"Ã¤");
     EXPECT_EQ(getRootText("<?xml version=\"1.0\" encoding=\"UTF-8\"?><r>\xC3\xA4</r>"), L"ä");
 }

@@ -1,4 +1,4 @@
-// The host that starts itself, or would.
+// The host when it starts itself as a child.
 
 #include <filesystem>
 #include <string>
@@ -15,7 +15,7 @@
 namespace
 {
 
-/// The host under another name, with all that it needs but a host beside it.
+/// A copy of the host under another name, with its libraries but without a host beside it.
 std::wstring copyHost(const ScopedFolder& folder)
 {
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(GetBinaryFolder())))
@@ -49,7 +49,7 @@ TEST(HostChildren, EndAsUnknownErrorsWithoutAHostBesideTheProgram)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-/// How often a text stands in a report.
+/// Counts how often a text occurs in a report.
 std::size_t countIn(const std::wstring& path, const std::string& text)
 {
     const std::string report = LbFileSystem::ReadFile8Bit(path);
@@ -61,12 +61,12 @@ std::size_t countIn(const std::wstring& path, const std::string& text)
     return count;
 }
 
-/// Of a run with cases that are external, or isolated.
+/// For runs with external or isolated cases.
 class HostChildrenMode : public testing::TestWithParam<const wchar_t*>
 {
 };
 
-/// What they share with the host does not hang on any file that is open there.
+/// The channel between host and child does not depend on an open file.
 TEST_P(HostChildrenMode, ServeAfterACaseOfTheHostHasClosedAllFiles)
 {
     const ScopedFolder folder;
@@ -86,7 +86,7 @@ TEST_P(HostChildrenMode, ServeAfterACaseOfTheHostHasClosedAllFiles)
 
 INSTANTIATE_TEST_SUITE_P(Options, HostChildrenMode, testing::Values(L"-x", L"-s"));
 
-/// On many workers, each of which has files open for its child.
+/// With many workers, each of which has files open for its child.
 class HostChildrenParallel : public testing::Test
 {
 protected:
@@ -99,7 +99,7 @@ protected:
         m_data.MakeFolder(L"CCrashModel");
     }
 
-    /// Repeats the case that tells how many files its process may have open.
+    /// Repeats the case that reports how many files its process may open.
     SHostRun Run(const std::wstring& workers, const SHostOptions& options, const std::wstring& mode = L"-x") const
     {
         return RunHost({L"-d", m_data.GetPath(), L"--dll", L"crashmodels", L"-i", L":offene Dateien$", L"-r", L"600",
@@ -120,7 +120,7 @@ TEST_F(HostChildrenParallel, AreAllStartedUnderALowSoftLimitOfOpenFiles)
     const SHostRun run = Run(L"256", options);
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
-    // Whatever the host needs, the cases find what it was started with.
+    // The limit that the host raises for itself does not reach the cases.
     EXPECT_EQ(countIn(m_report, "info\">1024<"), 600U);
 }
 
@@ -135,7 +135,7 @@ TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
     EXPECT_EQ(countIn(m_report, "info\">64<"), 600U);
 }
 
-/// Also those that are started ahead.
+/// Includes children that are started in advance.
 TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
 {
     SHostOptions options;

@@ -14,7 +14,7 @@ namespace
 
 using Arguments = std::vector<std::wstring>;
 
-/// A call that is answered without a run: all of its output, and its exit status.
+/// A call without a run: its complete output and its exit status.
 void ExpectAnswer(const Arguments& arguments, const std::string& output, int exitStatus)
 {
     const SHostRun run = RunHost(arguments);

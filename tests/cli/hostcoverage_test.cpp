@@ -1,4 +1,4 @@
-// Coverage of a test module, counted by the compiler and written when a process ends.
+// Coverage of a test module, counted by the compiler and written at the end of a process.
 
 #include <cstdlib>
 #include <filesystem>
@@ -20,14 +20,14 @@ namespace
 class HostCoverage : public testing::TestWithParam<const wchar_t*>
 {
 protected:
-    /// Percentage of the module's lines that a run has executed, as the compiler's tool says.
+    /// The percentage of the module's lines that a run executes, as reported by the compiler's tool.
     static double Measure(const std::vector<std::wstring>& options)
     {
         const ScopedFolder data;
         data.MakeFolder(L"CCoverageModel");
         const ScopedFolder counts;
         SHostOptions hostOptions;
-        // All counts go into that folder.
+        // All counters are written to that folder.
         hostOptions.variables = {{L"GCOV_PREFIX", counts.GetPath()}, {L"GCOV_PREFIX_STRIP", L"99"}};
         std::vector<std::wstring> arguments = {L"-d", data.GetPath(), L"--dll", L"coveragemodels"};
         arguments.insert(arguments.end(), options.begin(), options.end());

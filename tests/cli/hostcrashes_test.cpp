@@ -1,4 +1,4 @@
-// What the host says when a case in it crashes.
+// The host's output when a case crashes in its process.
 
 #include <algorithm>
 #include <ostream>
@@ -24,7 +24,7 @@ constexpr bool c_HasSanitizer = true;
 constexpr bool c_HasSanitizer = false;
 #endif
 
-/// The status of a program that a signal has ended: the shell's word for it where there is a shell in between.
+/// The exit status of a program that a signal has ended; with a shell in between, the status that the shell derives.
 bool isEndBy(int signal, int status)
 {
     return status == -signal || status == 128 + signal;
@@ -44,7 +44,7 @@ protected:
     const ScopedFolder m_folder;
 };
 
-/// A case that crashes, with the name of that crash and the host's status on each platform.
+/// A case that crashes, with the name of the crash and the host's exit status on each platform.
 struct SHostCrash
 {
     const wchar_t* caseName;
@@ -52,7 +52,7 @@ struct SHostCrash
     int signal;
     const char* windowsName;
     unsigned windowsStatus;
-    bool isInModule; ///< the instruction is one of the test module
+    bool isInModule; ///< the crashing instruction belongs to the test module
 };
 
 void PrintTo(const SHostCrash& crash, std::ostream* stream)
@@ -72,7 +72,7 @@ protected:
         HostCrashes::SetUp();
     }
 
-    /// The line, which is the last one: the run-time may say something before.
+    /// The last line; the C library may print something before it.
     static void ExpectLine(const SHostRun& run)
     {
         const SHostCrash& crash = GetParam();
@@ -144,7 +144,7 @@ TEST_F(HostCrashes, ShowTheTextOfAnUncaughtException)
     const SHostRun run = Run(L"Exception im Thread$");
 
     EXPECT_NE(run.errors.find("aus einem Thread"), std::string::npos) << run.errors;
-    // It is another thread that ends the process.
+    // Another thread ends the process.
     EXPECT_NE(run.errors.find("Fehler: In Arbeit: 'CCrashModel:Exception im Thread'"), std::string::npos) << run.errors;
 }
 

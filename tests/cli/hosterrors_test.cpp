@@ -1,4 +1,4 @@
-// What the host says when an exception leaves the library: exit status 2 and one line on standard error.
+// The host's output when an exception leaves the library: exit status 2 and one line on standard error.
 
 #include <algorithm>
 #include <string>
@@ -160,7 +160,7 @@ TEST_F(HostErrors, NameTheFunctionWhereTheLibraryFailed)
         GTEST_SKIP() << "memory cannot be limited here";
     }
     SHostOptions hostOptions;
-    // Too little for the stack that a pattern with a back-reference is matched on.
+    // Too little address space for the stack that a pattern with a back-reference needs.
     hostOptions.memoryLimitKilobytes = 80'000;
 
     m_folder.MakeFolder(L"CLongNameModel");

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// Runs of the host whose cases are tracked.
+/// Runs of the host with tracked cases.
 class HostHeap : public testing::Test
 {
 protected:
@@ -27,7 +27,7 @@ protected:
     }
 };
 
-/// Cases that leave nothing behind, each as the first one that its process tracks.
+/// Cases without leaks, each of which is the first tracked case in its process.
 class HostHeapFirstCase : public HostHeap, public testing::WithParamInterface<const wchar_t*>
 {
 protected:
@@ -115,7 +115,7 @@ TEST_F(HostHeap, TwentyTrackedRunsOfTheExamplesGiveNoFalseWarning)
     }
 }
 
-// In one process parallel cases see each other's blocks, so this leaves out the class with cases that stay there.
+// Parallel cases in one process see each other's blocks, so this omits the class with lasting cases.
 TEST_F(HostHeap, TrackedParallelChildProcessesGiveNoFalseWarning)
 {
     const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";

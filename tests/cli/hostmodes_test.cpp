@@ -1,4 +1,4 @@
-// What the host prints in each mode that runs no case itself.
+// The host's output in the modes that run no case.
 
 #include <algorithm>
 #include <array>
@@ -48,7 +48,7 @@ protected:
         return RunHost(options, hostOptions);
     }
 
-    /// The same text on all platforms and in all places.
+    /// Replaces what depends on platform and location.
     std::string Normalize(const SHostRun& run) const { return Normalize(run.output); }
 
     std::string Normalize(const std::string& output) const
@@ -63,7 +63,7 @@ protected:
         return std::regex_replace(text, std::regex("Temp-[-0-9a-f]{36}"), "Temp-ID");
     }
 
-    /// One unit test on each level, since the order within a directory is the file system's.
+    /// One unit test per level, because the order inside a directory depends on the file system.
     void WriteData() const
     {
         m_folder.WriteFile(L"Daten/CPassedModel/#ExtraInfo.xml",
@@ -133,7 +133,7 @@ TEST_F(HostModes, DeleteDuplicates)
               (std::vector<std::wstring>{L"#ExtraInfo.xml", L"a.txt", L"d.txt", L"e.txt"}));
 }
 
-/// All that the comparison of reports has to say; a page that was made is not mentioned.
+/// Prints only why a comparison failed; a written page prints nothing.
 TEST_F(HostModes, ReportWhyReportsCannotBeCompared)
 {
     const std::wstring report = m_folder.WriteFile(
@@ -163,7 +163,7 @@ TEST_F(HostModes, ReportWhyReportsCannotBeCompared)
     EXPECT_TRUE(LbFileSystem::IsFile(page));
 }
 
-/// A child process without a parent: all that it ever says.
+/// The complete output of a child process without a parent.
 TEST_F(HostModes, ReportAChildThatNoRunHasStarted)
 {
     m_folder.MakeFolder(L"Daten");
@@ -175,7 +175,7 @@ TEST_F(HostModes, ReportAChildThatNoRunHasStarted)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
-/// Archive runs by the host of this build, of the example's checksum tests.
+/// Archive runs by the host of this build, with the example's checksum tests.
 class HostArchive : public HostModes
 {
 protected:
@@ -186,7 +186,7 @@ protected:
         m_folder.WriteFile(L"Daten und mehr/CGzipTrailers/stored.gz", LbFileSystem::ReadFile8Bit(stored));
     }
 
-    /// Writes the configuration with one run and gives the option's value.
+    /// Writes the configuration with one run and returns the option's value.
     std::wstring Configure(const std::wstring& elements = L"") const
     {
         const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
@@ -199,7 +199,7 @@ protected:
         return m_folder.WriteFile(L"Archiv.xml", LbEncoding::ToUtf8(text)) + L":Nacht";
     }
 
-    /// Writes a configuration whose run may be wrong and gives the option's value.
+    /// Writes a configuration whose run may be invalid and returns the option's value.
     std::wstring WriteRun(const std::wstring& file, const std::wstring& binaryDir, const std::wstring& config,
                           const std::wstring& platform, const std::wstring& dataDir = L"",
                           const std::wstring& outDir = L"") const
@@ -223,7 +223,7 @@ protected:
         return names;
     }
 
-    /// Makes the only archived run one of an earlier year: two in one second would be one.
+    /// Renames the only archived run to an earlier year: two runs in one second would have the same name.
     void PutBack() const
     {
         const std::wstring folder = m_folder.GetPathOf(L"Ausgabe/Archive") + LbPath::c_Separator;
@@ -237,7 +237,7 @@ protected:
         }
     }
 
-    /// Writes the example's configuration and gives the option's value for its run of this build.
+    /// Writes the example's configuration and returns the option's value for its run of this build.
     std::wstring WriteExample() const
     {
         const bool isWindows = LbPath::c_Separator == L'\\';
@@ -302,7 +302,7 @@ TEST_F(HostArchive, UsesTheModulesOfTheCommandLine)
     EXPECT_NE(overview.find("100.00% (2/2)"), std::string::npos) << overview;
 }
 
-/// Reports of all seconds that the run may begin in are there already.
+/// Creates the reports of all seconds in which the run may begin.
 TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
 {
     const std::vector<std::wstring> stamps = GetNextTimeStamps();
@@ -329,7 +329,7 @@ TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
     }
 }
 
-/// The configuration that is shipped, with the folders of this build and this test; its run for this platform.
+/// The shipped configuration with the folders of this build and this test, and its run for this platform.
 TEST_F(HostArchive, RunsTheExampleOnTwoDays)
 {
     const std::wstring value = WriteExample();
@@ -345,14 +345,14 @@ TEST_F(HostArchive, RunsTheExampleOnTwoDays)
     }
     EXPECT_EQ(GetArchive(L".xml").size(), 2U);
     EXPECT_EQ(GetArchive(L".html").size(), 2U);
-    // The example's cases of one folder, classes and cases of both runs.
+    // The example's cases in one folder, the classes and the cases of both runs.
     const std::regex passed("100\\.00% \\(1/1\\)");
     const std::string overview = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"Ausgabe/index.html"));
     EXPECT_EQ(std::distance(std::sregex_iterator(overview.begin(), overview.end(), passed), std::sregex_iterator()), 4)
         << overview;
 }
 
-/// The host has written all that its pages need: it is in the archive.
+/// The archive has all files that its pages need.
 TEST_F(HostArchive, LeavesNoTemporaryFiles)
 {
     RunPlain({L"--archive-run", Configure()});

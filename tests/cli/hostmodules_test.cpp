@@ -18,7 +18,7 @@
 namespace
 {
 
-/// A file beside the host that has the name of a module, but is none.
+/// A file beside the host with the name of a module, but invalid content.
 class CBrokenModule : public INonCopyable
 {
 public:
@@ -32,7 +32,7 @@ public:
 
     ~CBrokenModule() { LbFileSystem::RemoveTree(getPath()); }
 
-    /// As the option takes it.
+    /// The name in the form of the option.
     const std::wstring& GetName() const { return m_name; }
     std::wstring GetFileName() const { return m_name + LbOs::c_ModuleSuffix; }
 
@@ -104,7 +104,7 @@ TEST_F(HostModules, AreLoadedInTheOrderOfTheirOptions)
     const std::string firstFirst = Run({L"--dll", L"firstrival", L"--dll", L"secondrival"}).output;
     const std::string secondFirst = Run({L"--dll", L"secondrival", L"--dll", L"firstrival"}).output;
 
-    // The module that comes first has the class name.
+    // The first loaded module registers the class name.
     EXPECT_NE(firstFirst.find("\tErster... OK"), std::string::npos) << firstFirst;
     EXPECT_NE(secondFirst.find("\tZweiter... OK"), std::string::npos) << secondFirst;
 }

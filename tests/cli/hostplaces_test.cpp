@@ -1,4 +1,4 @@
-// Where the host looks for its data, and which surroundings it gets along with.
+// Where the host looks for its data, and which environments it tolerates.
 
 #include <algorithm>
 #include <filesystem>
@@ -42,7 +42,7 @@ protected:
         EXPECT_EQ(run.exitStatus, 0);
     }
 
-    /// Full name of the case as patterns see it.
+    /// The full name of the case, against which patterns are matched.
     std::wstring GetCasePath() const
     {
         std::wstring path = m_folder.GetPathOf(L"Daten/CDataSetModel/CDataSetModel") + L":gut.txt";

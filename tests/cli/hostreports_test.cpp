@@ -17,7 +17,7 @@ namespace
 
 using Names = std::vector<std::wstring>;
 
-/// The reports of a host's run. The folder of the call is one of its own.
+/// The reports of a host's run that is started in its own folder.
 class HostReports : public testing::Test
 {
 protected:
@@ -33,7 +33,7 @@ protected:
         return RunHost(arguments, m_options);
     }
 
-    /// One class a level, since the order within a directory is the file system's.
+    /// One class per level, because the order inside a directory depends on the file system.
     void WriteManyOutcomes() const
     {
         m_data.MakeFolder(L"CResultModel");

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// The data of a user with this "LastConfig.xml".
+/// Writes the per-user data with this "LastConfig.xml".
 class CUserFolder
 {
 public:
@@ -23,7 +23,7 @@ public:
         m_folder.WriteFile(L"LuTestSuite/Orvell/LastConfig.xml", lastConfig);
     }
 
-    /// Options for a host that this user starts, on either platform.
+    /// Options to start the host as this user, on both platforms.
     SHostOptions GetOptions() const
     {
         SHostOptions options;
@@ -35,7 +35,7 @@ private:
     ScopedFolder m_folder;
 };
 
-/// Runs over a data directory of its own, with the modules of the models loaded.
+/// Runs over its own data directory, with the model modules loaded.
 class HostRun : public testing::Test
 {
 protected:
@@ -56,7 +56,7 @@ protected:
         return RunHost(arguments, hostOptions);
     }
 
-    /// One unit test on each level, since the order within a directory is the file system's.
+    /// One unit test per level, because the order inside a directory depends on the file system.
     void WriteManyOutcomes() const
     {
         m_folder.MakeFolder(L"CResultModel");
@@ -123,7 +123,7 @@ TEST_F(HostRun, FailsWhenACaseFailed)
 
 TEST_F(HostRun, FailsWhenACaseTookTooLong)
 {
-    // The others are not to end by the limit, however long a busy machine takes for them.
+    // The other cases must not reach the time limit on a busy machine.
     m_folder.WriteFile(L"CCrashModel/#ExtraInfo.xml",
                        "<ExtraInfo><TestCase name=\"*her\"><TimeOutSec>600</TimeOutSec></TestCase></ExtraInfo>");
 

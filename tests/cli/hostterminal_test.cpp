@@ -1,4 +1,4 @@
-// What the host shows on a terminal.
+// The host's output on a terminal.
 
 #include <string>
 
@@ -24,7 +24,7 @@ protected:
         m_folder.MakeFolder(L"weiter/CFailedModel");
     }
 
-    /// What the terminal receives for a run of three cases. Terminals get a carriage return before each line feed.
+    /// What the terminal receives for a run of three cases. Terminals add a carriage return before each line feed.
     std::string Show(const std::wstring& terminal, const std::wstring& noColor) const
     {
         SHostOptions options;

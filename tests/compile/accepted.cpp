@@ -1,4 +1,4 @@
-/// A unit test with formats of all kinds, which every compiler accepts.
+/// A unit test with formats of all kinds, which every compiler must accept.
 #include <cstdint>
 #include <string>
 #include <string_view>

@@ -1,4 +1,4 @@
-/// A unit test with one call, which the compiler is given beside this file and does not accept.
+/// A unit test with one call, defined by the build as CALL, which the compiler must refuse.
 #include <string>
 
 #include "base/luunittest.h"

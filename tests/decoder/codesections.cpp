@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Little-endian numbers at any offset of a file; 0 beyond its end.
+/// Reads little-endian numbers at any offset of a file; 0 beyond its end.
 class CImage
 {
 public:
@@ -98,7 +98,7 @@ std::uint64_t toOffset(const std::vector<SPeSection>& sections, std::uint32_t ad
     return ~std::uint64_t{0};
 }
 
-/// Those of the table for unwinding that lie in the section.
+/// The functions of the unwind table that lie in the section.
 std::vector<SFunction> readFunctions(const CImage& image, std::uint64_t header, const std::vector<SPeSection>& table,
                                      const SCodeSection& code)
 {

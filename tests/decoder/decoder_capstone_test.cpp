@@ -1,4 +1,4 @@
-/// The instruction lengths beside those of Capstone, over whole libraries.
+/// Compares instruction lengths with those of Capstone, over whole libraries.
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -18,7 +18,7 @@ namespace
 const std::string c_SystemLibraries = "/lib/x86_64-linux-gnu/";
 const std::string c_WineLibraries = "/usr/lib/x86_64-linux-gnu/wine/x86_64-windows/";
 
-/// Capstone's reading of one place at a time.
+/// Reads one instruction at a time with Capstone.
 class CCapstone
 {
 public:
@@ -31,7 +31,7 @@ public:
     CCapstone(const CCapstone&) = delete;
     CCapstone& operator=(const CCapstone&) = delete;
 
-    /// 0 when it knows no such instruction.
+    /// 0 for instructions that Capstone does not know.
     std::size_t GetLength(std::span<const std::uint8_t> code)
     {
         const std::uint8_t* position = code.data();
@@ -70,7 +70,8 @@ std::size_t getOwnLength(std::span<const std::uint8_t> code)
 class DecoderCapstone : public testing::Test
 {
 protected:
-    /// Compares at one place and gives the length to go on by. Codes newer than Capstone it cannot judge.
+    /// Compares one instruction and returns the length for the next step. Instructions newer than Capstone are not
+    /// judged.
     std::size_t compare(const SCodeSection& section, std::size_t offset)
     {
         const std::span<const std::uint8_t> code = std::span(section.bytes).subspan(offset);
@@ -103,7 +104,7 @@ protected:
         }
     }
 
-    /// All functions with an entry in the table for unwinding, whole.
+    /// Each function in the unwind table, completely.
     void compareFunctions(const std::string& path)
     {
         for (const SCodeSection& section : ReadCodeSections(path))
@@ -118,7 +119,7 @@ protected:
         }
     }
 
-    /// Each exported function up to its first end; the shortest are in no table.
+    /// Each exported function up to its first return; the shortest functions are in no unwind table.
     void compareExports(const std::string& path)
     {
         for (const SCodeSection& section : ReadCodeSections(path))
@@ -137,8 +138,8 @@ protected:
         }
     }
 
-    /// What Capstone does not know: objdump lists where each instruction begins. What that does not know either it
-    /// lists as bad, and what both see shifted has no line.
+    /// For instructions unknown to Capstone, objdump lists the start of each instruction. An instruction unknown to
+    /// objdump too is listed as bad; an address where objdump starts no instruction is not judged.
     void compareUnknownWithObjdump(const std::string& path)
     {
         const ScopedFolder folder;

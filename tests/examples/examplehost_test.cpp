@@ -19,7 +19,7 @@ using testing::HasSubstr;
 constexpr const wchar_t* c_DataSet = L"Checksums/CRecordedChecksums/numbers 1 to 400.txt";
 constexpr const wchar_t* c_Record = L"Checksums/CRecordedChecksums/Reference/numbers 1 to 400.txt";
 
-/// Works on copies of example data.
+/// Works on copies of the example data.
 class ExampleHost : public testing::Test
 {
 protected:

@@ -32,13 +32,13 @@ void writeDiff(const std::wstring& path, const SData& a, const SData& b)
                                               true, true, false, false);
 }
 
-/// Below 1000, without an order.
+/// A pseudo-random number below 1000.
 std::uint32_t scatter(std::uint32_t number)
 {
     return number * 2654435761U / 7919 % 1000;
 }
 
-/// Three of a hundred cases do not pass, of these one in another run.
+/// Three of a hundred cases do not pass; another run has other failures.
 ECaseRunResult getLargeResult(std::uint32_t index, std::uint32_t run)
 {
     constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Error, ECaseRunResult::Different, ECaseRunResult::TimeOut,
@@ -78,7 +78,7 @@ LuTestSuiteReport::SReportCase makeLargeCase(std::uint32_t index, std::uint32_t 
     return testCase;
 }
 
-/// Of the classes one after the other, as a run has them.
+/// Ordered by class, as in a run.
 SData makeLargeReport(std::uint32_t caseCount, std::uint32_t run)
 {
     constexpr std::uint32_t c_Classes = 40;
@@ -102,7 +102,7 @@ SData makeLargeReport(std::uint32_t caseCount, std::uint32_t run)
     return data;
 }
 
-/// Of cases whose messages and names are longer than a page has room for.
+/// Cases whose messages and names exceed the width of a page.
 SData makeLongReport()
 {
     SData data = MakeMixedReport();
@@ -118,7 +118,7 @@ SData makeLongReport()
     return data;
 }
 
-/// Of a file that tries every way out of a page's markup that our reader, which takes more than XML, leaves it.
+/// A file that contains every markup that our reader accepts and a page must not.
 void writeHostileDiff(const std::wstring& path)
 {
     SData data;

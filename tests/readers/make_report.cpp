@@ -15,7 +15,7 @@ using LuTestSuiteRun::SStats;
 
 constexpr std::uint32_t c_Classes = 40;
 
-/// Without anything that would be a reference if it were resolved twice, as one of the readers does.
+/// Contains no text that would become a reference if it were resolved twice, as one of the readers does.
 constexpr const wchar_t* c_Texts[] = {L"schlicht",
                                       L"größer als Maß",
                                       L"<a href=\"x\">'&'</a>",

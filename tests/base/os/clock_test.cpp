@@ -43,7 +43,7 @@ TEST(OsClock, FillsAllBytesWithRandom)
             seen[index] = static_cast<unsigned char>(seen[index] | bytes[index]);
         }
     }
-    // After 32 rounds each bit of each byte has been set but with a chance of one in 500,000.
+    // After 32 rounds the chance that some bit has never been set is one in 500,000.
     for (const unsigned char byte : seen)
     {
         EXPECT_NE(byte, 0);

@@ -104,7 +104,7 @@ TEST(OsConsoleDeathTest, DropsOutputThatCannotBeWritten)
     {
         GTEST_SKIP() << "no full device here";
     }
-    // A name that is the same in the process that the death test starts.
+    // The name must be the same in the process that the death test starts.
     const std::wstring file = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + L"console_test_output.txt";
     EXPECT_EXIT(writeToFullDeviceFirst(device, file), testing::ExitedWithCode(0), "");
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(file), "kept");

@@ -23,7 +23,7 @@ constexpr bool c_HasHandlersOfItsOwn = true;
 constexpr bool c_HasHandlersOfItsOwn = false;
 #endif
 
-/// A way to crash, as the probe knows it, and what the process ends with.
+/// A crash as named for the probe, and the exit status of the process.
 struct SCrash
 {
     const wchar_t* how;
@@ -60,7 +60,7 @@ TEST_P(OsCrash, ReportsTheCrashInTheExitStatus)
     EXPECT_EQ(child->GetExitStatus(), c_IsWindows ? GetParam().windowsStatus : GetParam().linuxStatus);
 }
 
-/// Crashes in the folder; the number of files that are there afterwards.
+/// Crashes in the folder and returns the number of files there afterwards.
 std::ptrdiff_t countDumps(const std::wstring& command, const ScopedFolder& folder)
 {
     LbOs::SChildOptions options = GetProbeOptions(command);

@@ -1,4 +1,4 @@
-// Which file a path leads to, and how that stands.
+// File identity and file status.
 
 #include "base/os/files.h"
 

@@ -21,7 +21,7 @@ namespace
 
 using Entries = std::map<std::wstring, bool>;
 
-/// Names, each with whether it is a directory.
+/// Names, each with a flag for directories.
 Entries list(const std::wstring& directory)
 {
     Entries entries;

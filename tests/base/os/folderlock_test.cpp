@@ -27,14 +27,14 @@ TEST(OsFolderLockConcurrency, LetsOneThreadInAtATime)
         {
             const auto lock = CFolderLock::Acquire(path);
             ASSERT_NE(lock, nullptr);
-            // In two steps: without the lock some of these would be lost.
+            // In two steps, so that some increments would be lost without the lock.
             const int before = count;
             std::this_thread::yield();
             count = before + 1;
         }
     };
     {
-        // One folder by two paths.
+        // Two paths of one folder.
         std::jthread first(work, folder.GetPath());
         std::jthread second(work, LbPath::WithoutSeparator(folder.GetPath()));
     }

@@ -25,7 +25,7 @@ void append(std::string& bytes, std::wstring_view text)
     }
 }
 
-/// As the system lays it out: tag, size, where both names stand, for a symbolic link its flags, and the names.
+/// In the system's layout: tag, size, positions of both names, flags for a symbolic link, and the names.
 std::string makeLink(std::uint32_t tag, std::wstring_view target, std::wstring_view shown, std::uint32_t flags,
                      bool isShownFirst)
 {
@@ -57,7 +57,7 @@ TEST(OsLinkData, HoldsTheTargetOfASymbolicLink)
               L"\\??\\C:\\Prüfung\\a.txt");
 }
 
-/// Names of one length, so that the target stands where its offset says and nowhere else.
+/// Both names have the same length, so that the target is found only by its offset.
 TEST(OsLinkData, HoldsTheTargetOfARelativeSymbolicLink)
 {
     for (const bool isShownFirst : {false, true})

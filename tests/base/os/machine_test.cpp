@@ -60,7 +60,7 @@ TEST(Machine, TakesTheFirstGraphicsCardThatHasADriver)
     EXPECT_EQ(LbOs::DescribeGraphicsIn(folder.GetPathOf(L"fehlt")), L"");
 }
 
-/// Unknown on Windows itself.
+/// Unknown on native Windows.
 std::optional<bool> isHeadless()
 {
     if (LbPath::c_Separator == L'/')

@@ -114,7 +114,7 @@ TEST_F(OsNamedEvent, IsAccessibleOnlyToTheOwnUser)
     EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
 }
 
-/// Which everybody in the process may do.
+/// Any code in the process may change the umask.
 TEST_F(OsNamedEvent, IsAccessibleToItsUserDespiteTheUmask)
 {
     const std::wstring name = m_name + L"-m";
@@ -138,7 +138,7 @@ TEST_F(OsNamedEvent, RemovesItsNameOnDestruction)
     EXPECT_NE(CNamedEvent::Create(m_name), nullptr);
 }
 
-/// What is printed then must not get into an event, which would have the place of a standard stream.
+/// Output must not go into an event whose descriptor replaces a closed standard stream.
 TEST_F(OsNamedEvent, WorksWhenAllFilesAreClosed)
 {
     const std::optional<int> status = LbOs::RunInFork([] {
@@ -204,7 +204,7 @@ TEST_F(OsNamedEvent, NoticesTheEndOfAProcessWhoseHandleWasClosed)
     {
         GTEST_SKIP() << "handles are not found by chance here";
     }
-    // By now the number is another's, which does not end.
+    // The handle's number now belongs to another process, which is running.
     const auto other = StartProbe(L"sleep");
     ASSERT_NE(other, nullptr);
     ASSERT_EQ(other->GetWaitHandle(), handle);
@@ -240,7 +240,7 @@ TEST_F(OsNamedEvent, DoesNotTimeOutEarly)
 
     m_event->Wait(30);
 
-    // The clock of one of the platforms is that coarse.
+    // The clock of one platform has this resolution.
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(14));
 }
 

@@ -13,13 +13,13 @@
 namespace
 {
 
-/// What processes are left when they meet.
+/// The number of processors left to caller and child while they share one.
 std::uint32_t getSharing()
 {
     return LbPath::c_Separator == L'\\' ? LbOs::CountOwnProcessors() : 1;
 }
 
-/// What a child says that was met while it waited.
+/// The count that a child reports after it was moved while it waited.
 std::optional<std::int64_t> getCountOf(const std::wstring& command)
 {
     CProbeLine line;

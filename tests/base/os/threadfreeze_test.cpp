@@ -12,7 +12,7 @@
 namespace
 {
 
-/// Sanitizers hold signals back.
+/// Sanitizers delay signals.
 class OsThreadFreeze : public testing::Test
 {
 protected:
@@ -29,7 +29,7 @@ protected:
         m_thread.join();
     }
 
-    /// True when the other thread does nothing while frozen, and goes on afterwards.
+    /// True if the other thread does nothing while frozen and continues afterwards.
     bool isStopped()
     {
         LbOs::CThreadFreezer threads;

@@ -1,4 +1,4 @@
-/// What tests of the search for duplicates share.
+/// Shared by tests of the search for duplicates.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@
 #include "tests/support/runtest.h"
 #include "tests/support/scopedfolder.h"
 
-/// One unit test's folder with data sets.
+/// The folder of one unit test with data sets.
 class DuplicatesTest : public RunTest
 {
 protected:

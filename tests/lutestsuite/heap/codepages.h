@@ -1,4 +1,4 @@
-/// Functions made of bytes, for the patch engine to patch.
+/// Functions assembled from bytes, as targets for the patch engine.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 #include "base/inoncopyable.h"
 #include "base/os/pages.h"
 
-/// One function without parameters that returns a number, on pages of its own, far from this program.
+/// A function without parameters that returns a number, on its own pages far from this program.
 class CodePages : public INonCopyable
 {
 public:

@@ -1,4 +1,4 @@
-/// What tests of the heap tracker share.
+/// Shared by tests of the heap tracker.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include "base/os/heapfunctions.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 
-// Called through pointers that the compiler does not see through: it leaves out allocations that nobody needs.
+// Called through volatile pointers: the compiler removes allocations that it recognises as unused.
 inline void* (*volatile s_malloc)(std::size_t) = std::malloc;
 inline void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
 inline void (*volatile s_free)(void*) = std::free;
@@ -19,7 +19,7 @@ inline std::uint64_t getOperationCount(const LuTestSuiteHeapTracker& tracker)
     return tracker.GetMallocCount() + tracker.GetFreeCount() + tracker.GetReallocCount();
 }
 
-/// Where the heap's functions cannot be patched there is nothing to count.
+/// Skips the test if the heap's functions cannot be patched.
 class LuTestSuiteHeapTrackerTest : public testing::Test
 {
 protected:

@@ -1,4 +1,4 @@
-/// What tests of the patch engine share.
+/// Shared by tests of the patch engine.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ inline int detour()
 }
 inline void* const c_Detour = reinterpret_cast<void*>(detour);
 
-/// An engine that is ready, and shut down at the end.
+/// An initialized engine; the destructor shuts it down.
 class CPatchEngineTest : public testing::Test
 {
 protected:
@@ -35,7 +35,7 @@ protected:
         return status == LuTestSuite::EPatchStatus::Success ? m_engine.Enable(target) : status;
     }
 
-    /// The function gives `result` unpatched, by way of the trampoline, and after each way back.
+    /// Expects `result` from the unpatched function, from the trampoline, and after the patch is disabled and removed.
     void expectMovable(const CodePages& code, int result)
     {
         ASSERT_EQ(code.Call(), result);

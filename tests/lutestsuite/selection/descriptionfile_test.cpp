@@ -28,7 +28,7 @@ class CScanDescribed : public LuUnitTest
     }
 };
 
-/// Two of its names are more than some expressions can carry.
+/// Two of its names are too long for some expressions.
 class CScanHugeNames : public LuUnitTest
 {
     LB_RTTI(CScanHugeNames)
@@ -70,7 +70,7 @@ class DescriptionFile : public testing::Test
 protected:
     DescriptionFile() { m_folder.MakeFolder(L"CScanDescribed"); }
 
-    /// The unit test with this description; disabled cases stay.
+    /// The unit test with this description, including disabled cases.
     LuTestSuite::SUnitTest Read(const std::string& bytes)
     {
         m_file = m_folder.WriteFile(L"CScanDescribed/#ExtraInfo.xml", bytes);
@@ -82,7 +82,7 @@ protected:
         return Read("<ExtraInfo>" + elements + "</ExtraInfo>");
     }
 
-    /// The names of the cases that got parameters.
+    /// The names of the cases with parameters.
     std::vector<std::wstring> GetMatchedCases(const std::string& testCaseAttributes)
     {
         std::vector<std::wstring> names;
@@ -97,13 +97,13 @@ protected:
         return names;
     }
 
-    /// What these parameter elements make of a case's parameters.
+    /// The parameters that these elements give a case.
     ParameterMap ReadParameters(const std::string& parameters)
     {
         return ReadElements("<TestCase name='zwei'>" + parameters + "</TestCase>").cases.at(1).parameters;
     }
 
-    /// The names of the cases that are left without the disabled ones.
+    /// The names of the cases without the disabled ones.
     std::vector<std::wstring> GetEnabledCases(const std::string& elements)
     {
         ReadElements(elements);
@@ -118,7 +118,7 @@ protected:
         return names;
     }
 
-    /// Expects one warning, given with what stands for the file's path in it.
+    /// Expects one warning, whose text contains a placeholder for the file's path.
     void ExpectWarning(const std::wstring& before, const std::wstring& after) const
     {
         EXPECT_THAT(m_output.GetLines(),
@@ -317,7 +317,7 @@ TEST_F(DescriptionFile, WarnsOfADirectoryInItsPlaceAndKeepsTheRecord)
 class DescriptionFileLongNames : public DescriptionFile
 {
 protected:
-    /// The beginnings of the names of the class's cases that stay enabled.
+    /// The first characters of the names of the enabled cases.
     std::vector<std::wstring> GetEnabledCases(const std::string& elements,
                                               const std::wstring& className = L"CScanLongName")
     {
@@ -364,7 +364,7 @@ TEST_F(DescriptionFileLongNames, AnOverlongElementIsIgnoredAlone)
     const std::string overlong = Repeat("a{2}{2}", 200'000);
 
     EXPECT_THAT(GetEnabledCases(MakeElement(overlong) + MakeElement("ku{1}rz")), ElementsAre(L"aaaa"));
-    // Compared as a whole, the texts would flood the output.
+    // Comparing the whole texts would flood the output.
     EXPECT_TRUE(m_output.GetText() == L"Warnung XML '" + m_file + L"': Ungültiger Name '" +
                                           std::wstring(overlong.begin(), overlong.end()) + L"'.\n");
 }

@@ -1,4 +1,4 @@
-// The walk of the data directory.
+// The search of the data directory.
 
 #include <algorithm>
 #include <string>
@@ -31,7 +31,7 @@ protected:
         return LuTestSuiteUtils::ScanDirectoryForUnitTests(m_folder.GetPath(), removeDisabled);
     }
 
-    /// The data directories of what is found, below the test's folder, with "/".
+    /// The data directories found below the test's folder, with "/".
     std::vector<std::wstring> ScanForDirectories() const
     {
         std::vector<std::wstring> directories;
@@ -54,7 +54,7 @@ protected:
         return names;
     }
 
-    /// Expects that the folder of this class costs this warning and is neither a unit test nor searched further.
+    /// Expects that the folder of this class causes this warning and is neither a unit test nor searched further.
     void ExpectWarning(const std::wstring& className, const std::wstring& warning)
     {
         m_folder.MakeFolder(className + L"/CScanNamed");

@@ -1,4 +1,4 @@
-// The walk of a data directory with links to folders.
+// The search of a data directory that contains links to folders.
 
 #include <algorithm>
 #include <string>
@@ -30,13 +30,13 @@ protected:
         }
     }
 
-    /// Makes a link of this name in the data directory.
+    /// Creates a link with this name in the data directory.
     bool Link(const std::wstring& name, const std::wstring& target) const
     {
         return LbOs::MakeLink(m_folder.GetPathOf(name), LbPath::WithoutSeparator(target));
     }
 
-    /// The data directories of what is found, below the test's folder, with "/".
+    /// The data directories found below the test's folder, with "/".
     std::vector<std::wstring> Scan() const
     {
         std::vector<std::wstring> directories;

@@ -27,7 +27,7 @@ class CScanNamed : public LuUnitTest
     }
 };
 
-/// A case for each text file, and one that is no file.
+/// A case for each text file, and one case without a file.
 class CScanFiles : public LuUnitTest
 {
     LB_RTTI(CScanFiles)
@@ -38,7 +38,7 @@ class CScanFiles : public LuUnitTest
     }
 };
 
-/// Keeps its data directory to itself.
+/// Ignores its data directory.
 class CScanOwnDirectory : public LuUnitTest
 {
     LB_RTTI(CScanOwnDirectory)
@@ -61,7 +61,7 @@ class CScanAbstract : public LuUnitTest
     LB_RTTI(CScanAbstract)
 };
 
-/// No unit test.
+/// Not a unit test.
 class CScanObject : public IObject
 {
     LB_RTTI(CScanObject)
@@ -96,7 +96,7 @@ class CScanThrowsOnDirectory : public LuUnitTest
     }
 };
 
-/// The third of four names throws.
+/// Throws for the third of four names.
 class CScanThrowsOnName : public LuUnitTest
 {
     LB_RTTI(CScanThrowsOnName)
@@ -112,7 +112,7 @@ class CScanThrowsOnName : public LuUnitTest
     }
 };
 
-/// Promises more names than there can be; the third one throws.
+/// Reports an impossible number of names and throws for the third.
 class CScanHugeCount : public LuUnitTest
 {
     LB_RTTI(CScanHugeCount)
@@ -128,7 +128,7 @@ class CScanHugeCount : public LuUnitTest
     }
 };
 
-/// Writes down what is done to it.
+/// Records the calls made on it.
 class CScanJournal : public LuUnitTest
 {
     LB_RTTI(CScanJournal)
@@ -154,7 +154,7 @@ class CScanJournal : public LuUnitTest
 
     static void note(const std::wstring& call)
     {
-        // The count may be asked for more than once.
+        // The count may be requested more than once.
         std::vector<std::wstring>& calls = SJournal::GetInstance().calls;
         if (calls.empty() || calls.back() != call)
         {

@@ -1,5 +1,5 @@
-/// Unit tests for the walk of the data directory, registered by this test program itself. Their names begin with CScan,
-/// so that no module that another test loads has one of them.
+/// Unit tests for the search of the data directory, registered by the test program itself. Their names begin with
+/// CScan, so that they do not clash with modules that other tests load.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace discoverymodels
 {
 
-/// What happened to the objects of CScanJournal since the last Clear, and how many are alive.
+/// The calls made on objects of CScanJournal since the last Clear, and how many objects exist.
 struct SJournal
 {
     std::vector<std::wstring> calls;

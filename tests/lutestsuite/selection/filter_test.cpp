@@ -48,7 +48,7 @@ protected:
         LuTestSuiteUtils::FilterTestCases(m_tests, m_includeConfig, includes, excludes, m_maxCases, m_noRegex);
     }
 
-    /// "class:case" of what is left, in order.
+    /// The selected cases as "class:case", in order.
     Patterns GetSelected() const
     {
         Patterns names;
@@ -219,7 +219,7 @@ TEST_F(FilterTestCases, AcceptsAnEmptyList)
     EXPECT_THAT(m_tests, IsEmpty());
 }
 
-// Plain text in place of expressions.
+// Plain text instead of expressions.
 
 TEST_F(FilterTestCases, ComparesPlainTextWithTheEndOfThePathName)
 {

@@ -1,4 +1,4 @@
-// Expressions and names that ask much of the stack.
+// Expressions and names that need much stack.
 
 #include <limits>
 #include <string>
@@ -12,7 +12,7 @@
 namespace
 {
 
-/// Leaves an expression to the standard library's engine and changes nothing else.
+/// Forces the standard library's engine without changing the expression's meaning.
 const std::wstring c_ForEngine = L"(?=[^]|$)";
 
 std::wstring Repeat(const std::wstring& text, std::size_t count)
@@ -25,7 +25,9 @@ std::wstring Repeat(const std::wstring& text, std::size_t count)
     return repeated;
 }
 
-/// `count` names of the length, joined by "|".
+/// `count` names of the given length, joined by "
+///
+/// ".
 std::wstring MakeChoice(std::size_t count, std::size_t length)
 {
     std::wstring choice;
@@ -37,7 +39,7 @@ std::wstring MakeChoice(std::size_t count, std::size_t length)
     return choice;
 }
 
-/// The number of the cases that are selected of a class with these, whose path name begins with "/daten/CLang:".
+/// The number of selected cases among these, in a class whose path names begin with "/daten/CLang:".
 std::size_t CountSelected(const std::vector<std::wstring>& names, const std::wstring& include)
 {
     LuTestSuite::SUnitTest test;
@@ -109,7 +111,7 @@ TEST(LongExpressionAlone, OfTooManyNestedGroupsIsInvalidWithoutCases)
 {
     const std::wstring nested = Repeat(L"(", 60'000) + Repeat(L")", 60'000);
 
-    // Compared as a whole, the texts would flood the output.
+    // Comparing the whole texts would flood the output.
     EXPECT_TRUE(GetMessage({}, nested) == L"Ungültiger regulärer Ausdruck '" + nested + L"'");
 }
 

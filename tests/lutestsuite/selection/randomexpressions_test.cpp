@@ -1,4 +1,4 @@
-// Random expressions and wildcards on random names, against the standard library's engine alone.
+// Compares random expressions and wildcards on random names with the standard library's engine.
 
 #include <algorithm>
 #include <array>
@@ -61,7 +61,7 @@ Texts MakeNames(CRandom& random, std::size_t count)
     return names;
 }
 
-/// Valid for the most part.
+/// Mostly valid expressions.
 class CRandomExpression
 {
 public:
@@ -132,7 +132,7 @@ std::optional<std::wregex> Compile(const std::wstring& source)
     }
 }
 
-/// What the patterns select of the names; nothing when one of them is invalid.
+/// The names that the patterns select; empty if a pattern is invalid.
 std::optional<Texts> Select(const Texts& names, const Texts& includes)
 {
     LuTestSuite::SUnitTest test;
@@ -160,7 +160,7 @@ std::optional<Texts> Select(const Texts& names, const Texts& includes)
     return selected;
 }
 
-/// As Select, with the standard library alone. The test has no directory and no class name.
+/// Like Select, with the standard library only. The test has no directory and no class name.
 std::optional<Texts> SelectPlainly(const Texts& names, const Texts& includes)
 {
     std::vector<std::wregex> expressions;
@@ -200,7 +200,7 @@ TEST(RandomExpressions, AgreeWithTheStandardLibrary)
         validCount += selected ? 1U : 0U;
         selectedCount += selected ? selected->size() : 0;
     }
-    // Else the test would say little.
+    // Otherwise the test would check too little.
     EXPECT_GT(validCount, 2'000U);
     EXPECT_GT(selectedCount, 10'000U);
     EXPECT_LT(selectedCount, validCount * 15);
@@ -273,7 +273,7 @@ std::wstring Unescape(std::wstring text)
     return text;
 }
 
-/// For each case the number of the last element that matches, by trying all of them in order.
+/// For each case the index of the last matching element, found by trying all of them in order.
 std::vector<std::uint32_t> FindLastPlainly(const Texts& names, const Texts& wildcards)
 {
     std::vector<std::uint32_t> last(names.size());
@@ -289,7 +289,7 @@ std::vector<std::uint32_t> FindLastPlainly(const Texts& names, const Texts& wild
         }
         catch (const std::regex_error&)
         {
-            // Costs a warning.
+            // Prints a warning.
             continue;
         }
     }

@@ -1,4 +1,4 @@
-// Expressions of wildcard names.
+// The expressions for wildcard names.
 
 #include <regex>
 #include <string>

@@ -1,4 +1,4 @@
-// What the command line refuses.
+// Command lines that are refused.
 
 #include <string>
 #include <vector>
@@ -28,7 +28,7 @@ CapturedOutput::SLine ErrorLine(const std::wstring& text)
 class CommandLineErrors : public testing::Test
 {
 protected:
-    /// Processes these arguments behind the program's name; expects that they are refused.
+    /// Processes these arguments after the program's name; expects that they are refused.
     void Refuse(Arguments arguments)
     {
         arguments.insert(arguments.begin(), L"LuTestSuiteCLI");
@@ -52,8 +52,8 @@ TEST_P(CommandLineUnknownOption, IsNamed)
                 ElementsAre(ErrorLine(L"Fehler: Unbekannte Option " + std::wstring(GetParam()) + L"\n")));
 }
 
-// Among them the option that only the help text knows, values in the same argument, other letter cases, names that only
-// begin like an option or are cut short.
+// Includes the option that only the help text shows, values in the same argument, other letter cases, and names that
+// are longer or shorter than an option.
 INSTANTIATE_TEST_SUITE_P(All, CommandLineUnknownOption,
                          testing::Values(L"--unbekannt", L"-", L"--", L"-z", L"--message-output-max", L"--xml=a.xml",
                                          L"--data-dir=daten", L"-d=daten", L"-ddaten", L"-D", L"--Data-Dir", L"-V",

@@ -1,4 +1,4 @@
-// The options of the command line and what they do to the setup.
+// The options of the command line and their effect on the setup.
 
 #include <string>
 #include <vector>
@@ -23,7 +23,7 @@ using Arguments = std::vector<const wchar_t*>;
 class CommandLine : public testing::Test
 {
 protected:
-    /// Processes these arguments behind the program's name; expects that they are accepted.
+    /// Processes these arguments after the program's name; expects that they are accepted.
     void Process(Arguments arguments)
     {
         arguments.insert(arguments.begin(), L"LuTestSuiteCLI");
@@ -54,7 +54,7 @@ TEST_P(CommandLineOption, ChangesItsFieldsOnly)
     EXPECT_THAT(GetChanges(), ElementsAreArray(GetParam().changes));
 }
 
-// In the order of registration. The data directory has tests of its own, since it must exist.
+// In the order of registration. The data directory has its own tests, because it must exist.
 INSTANTIATE_TEST_SUITE_P(
     All, CommandLineOption,
     testing::Values(

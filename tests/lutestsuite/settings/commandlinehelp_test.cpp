@@ -1,4 +1,4 @@
-// The help text, and when it is shown.
+// The help text and when it is shown.
 
 #include <string>
 #include <vector>
@@ -22,7 +22,7 @@ using Arguments = std::vector<const wchar_t*>;
 class CommandLineHelp : public testing::Test
 {
 protected:
-    /// Expects that these arguments show the help text, as one plain line of output and nothing else.
+    /// Expects that these arguments print only the help text, as one plain line of output.
     void ExpectHelp(Arguments arguments)
     {
         arguments.insert(arguments.begin(), L"LuTestSuiteCLI");

@@ -16,7 +16,7 @@ using LuTestSuiteRun::ECaseRunResult;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-/// A setup none of whose fields has its default.
+/// A setup in which no field has its default value.
 LuTestSuiteSetup MakeFilledSetup()
 {
     LuTestSuiteSetup setup;
@@ -77,7 +77,7 @@ TEST(LuTestSuiteSetup, DropsResultsByDefault)
 
 TEST(LuTestSuiteSetup, FillsEveryFieldOfTheTestRecord)
 {
-    // What the copies below are compared by: no field of the filled record may look like a default.
+    // The tests below rely on it: no field of the filled record may equal its default.
     const Fields defaults = GetFields(LuTestSuiteSetup());
     const Fields filled = GetFields(MakeFilledSetup());
 
@@ -164,7 +164,7 @@ TEST(LuTestSuiteSetup, MovesArraysWithoutCopying)
     EXPECT_EQ(target.unitTests.data(), unitTests);
 }
 
-/// The arrays of a record after it was the source of a move: empty without storage, and usable.
+/// Expects that the arrays of a moved-from record are empty, have no storage, and are usable.
 void expectEmptyUsableArrays(LuTestSuiteSetup& source)
 {
     for (std::vector<std::wstring>* const list : {&source.includes, &source.excludes, &source.diffInputs, &source.dlls})

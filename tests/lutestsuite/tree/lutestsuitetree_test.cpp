@@ -13,7 +13,7 @@ namespace
 using testing::ElementsAre;
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
-/// A unit test of a directory, "/" between folders.
+/// A unit test in a directory, with "/" between folders.
 LuTestSuite::SUnitTest makeTest(const std::wstring& directory, const std::vector<std::wstring>& caseNames)
 {
     LuTestSuite::SUnitTest test = MakeUnitTest(LbPath::GetLastComponent(LbPath::ToNative(directory)), caseNames);
@@ -58,7 +58,7 @@ std::uint32_t findNode(const LuTestSuiteTree& tree, const std::wstring& name)
     return 0;
 }
 
-/// The function that the exception of a list names.
+/// The function named by the exception that a list causes.
 std::wstring getThrowingFunction(const UnitTests& tests)
 {
     try
@@ -101,7 +101,7 @@ TEST(LuTestSuiteTree, GroupsClassesByFolders)
     EXPECT_EQ(print(tree), L"data(CC{w} base(CA{x y} text(CB{z})))");
 }
 
-/// On all platforms the order of Windows, where the separator comes behind the digits.
+/// All platforms use the order of Windows, where the separator sorts after the digits.
 TEST(LuTestSuiteTree, OrdersFoldersByTheSeparatorOfWindows)
 {
     EXPECT_EQ(print(build({makeTest(L"/disk/data/CA/", {L"x"}), makeTest(L"/disk/data/CA1/", {L"x"}),
@@ -117,7 +117,7 @@ TEST(LuTestSuiteTree, OrdersCharactersByTheirCodeUnits)
 
 TEST(LuTestSuiteTree, NamesTheRootAfterTheLastSharedFolder)
 {
-    // The paths share "CAa", too, which is no complete folder.
+    // The paths also share "CAa", which is not a complete folder name.
     EXPECT_EQ(build({makeTest(L"/disk/data/CAa/", {L"x"}), makeTest(L"/disk/data/CAab/", {L"x"})}).GetNode(0).name,
               L"data");
 }
@@ -162,7 +162,7 @@ TEST(LuTestSuiteTree, OrdersByCharacterValues)
 
 TEST(LuTestSuiteTree, DoesNotSplitAFolderWhoseNameStartsAnother)
 {
-    // A blank is smaller than a separator.
+    // A blank sorts before a separator.
     const LuTestSuiteTree tree =
         build({makeTest(L"/d/a/CB/", {L"x"}), makeTest(L"/d/a b/CC/", {L"y"}), makeTest(L"/d/a/CA/", {L"z"})});
 
@@ -254,7 +254,7 @@ TEST(LuTestSuiteTree, ThrowsWhenTwoUnitTestsShareAPath)
               L"LuTestSuiteTree::Build::<lambda>");
 }
 
-/// "B" is a case of one unit test and, behind the doubled separator, a folder of another.
+/// "B" is a case of one unit test and, after the doubled separator, a folder of another one.
 TEST(LuTestSuiteTree, ThrowsWhenAPathIsTooShortForItsFolder)
 {
     EXPECT_EQ(getThrowingFunction({makeTest(L"/d/CA//", {L"B"}), makeTest(L"/d/CA/B/CX/", {L"x"})}),

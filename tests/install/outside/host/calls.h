@@ -5,14 +5,14 @@
 
 class LuTestSuiteEnvironment;
 
-/// Where the calls find data and may write.
+/// Folders for the calls' data and output.
 struct SPlaces
 {
-    std::wstring data; ///< data directory, with separator at its end
-    std::wstring work; ///< folder of this run, with separator at its end
+    std::wstring data; ///< data directory, with trailing separator
+    std::wstring work; ///< folder of this run, with trailing separator
 };
 
-/// What the library prints, kept off the console as long as this lives. One at a time.
+/// Records the library's output and keeps it off the console during its lifetime. One object at a time.
 class CRecordedText
 {
 public:
@@ -25,14 +25,14 @@ public:
     std::wstring Take();
 };
 
-/// Says what failed; the program's status tells, too.
+/// Prints the failed check, which also changes the program's exit status.
 void Expect(bool condition, const char* what);
 bool HasFailed();
 
 void WriteFile(const std::wstring& path, const std::string& bytes);
 
-/// What the program does when it has started itself: "park" writes a file and waits for its end, "ask" writes an
-/// answer about its parent.
+/// The program's task when it has started itself: "park" writes a file and waits to be ended, "ask" writes the answer
+/// about its parent.
 int WorkAsChild(const std::wstring& task, const std::wstring& answer);
 
 void CallEnvironment(LuTestSuiteEnvironment& environment);

@@ -1,4 +1,4 @@
-/// OutsideHost DATA WORK: calls all, says what failed, ends with 1 then.
+/// OutsideHost DATA WORK: makes all calls and prints what failed; then exits with 1.
 
 #include <iostream>
 #include <vector>

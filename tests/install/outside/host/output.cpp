@@ -12,7 +12,7 @@
 namespace
 {
 
-/// Outputs cannot be taken away again, so there is one for the whole program.
+/// Outputs cannot be removed, so the program has one.
 class CRecorder : public LuTestSuiteOut::LuCustomOut
 {
 public:
@@ -103,7 +103,7 @@ void CallOutput()
         const LuTestSuiteOut copy = line;
         line = LuTestSuiteOut::Write(L"vier");
     }
-    // Each is printed by its own end, the last one made first.
+    // Each is printed by its destructor, the last one first.
     Expect(output.Take() == L"vierdreivier", "copies of LuTestSuiteOut");
 }
 
@@ -115,7 +115,7 @@ void CallHeapTracker()
     tracker.ObserveSize(~std::uint64_t{0});
     tracker.Activate();
     Expect(tracker.IsActive(), "LuTestSuiteHeapTracker::Activate");
-    // Volatile, or the compiler sees that nobody needs the block.
+    // Volatile, so that the compiler keeps the unused block.
     void* volatile block = std::malloc(24);
     block = std::realloc(block, 40);
     tracker.Deactivate();

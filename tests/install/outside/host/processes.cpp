@@ -44,7 +44,7 @@ void awaitFile(const std::wstring& path)
     }
 }
 
-/// A copy of this program under a name that no other has parks until it is ended by that name.
+/// A copy of this program with a unique name waits until it is ended by that name.
 void callKillAllByName(const std::wstring& program, const SPlaces& places, CRecordedText& output)
 {
     const std::wstring name = L"OutsideHost-" + LbUniqueId::Generate() + LbOs::c_ExecutableSuffix;

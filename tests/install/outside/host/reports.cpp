@@ -11,7 +11,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using Report = LuTestSuiteReport;
 
-/// Runs the data directory and records it.
+/// Runs the data directory and records the results.
 Report::SReportData makeRecord(LuTestSuiteEnvironment& environment, const SPlaces& places)
 {
     LuTestSuiteSetup setup;
@@ -36,7 +36,7 @@ void callParts(const SPlaces& places)
     Expect(Report::resultStringToType(L"TIMEOUT") == ECaseRunResult::TimeOut, "resultStringToType");
     Expect(Report::toSeconds(2'000'000'000) == 2.0F, "toSeconds");
     Expect(!Report::getCPUInfo().empty(), "getCPUInfo");
-    // May be empty: not every machine has an adapter.
+    // May be empty: not every machine has a graphics adapter.
     static_cast<void>(Report::getGPUInfo());
 
     const std::wstring path = places.work + L"header.html";

@@ -61,7 +61,7 @@ void callTree(const std::vector<LuTestSuite::SUnitTest>& unitTests)
     Expect(tree.GetNodeCount() != 0 && tree.GetNode(0).parent == LuTestSuiteTree::sc_uiInvalid, "its root");
 }
 
-/// In the deployed host as child process, which loads the module for itself.
+/// In a child process of the deployed host, which must load the module itself.
 void callExternalRun(LuTestSuiteEnvironment& environment, const SPlaces& places)
 {
     LuTestSuiteSetup setup;
@@ -75,7 +75,7 @@ void callExternalRun(LuTestSuiteEnvironment& environment, const SPlaces& places)
     bool isRefused = false;
     try
     {
-        // No names of shared objects.
+        // Without names of shared objects.
         LuTestSuiteRun::RunExternalExecution(LuTestSuiteSetup(), environment);
     }
     catch (const LbException&)
