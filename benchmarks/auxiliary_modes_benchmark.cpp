@@ -1,4 +1,4 @@
-/// The tree and the lists of 100,000 cases.
+/// The tree and the lists for 100,000 cases.
 
 #include <fstream>
 #include <string>
@@ -52,7 +52,7 @@ void buildTree(benchmark::State& state)
 }
 BENCHMARK(buildTree)->Unit(benchmark::kMillisecond);
 
-/// Made once: writing 100,000 files takes longer than all that is measured.
+/// Created once: writing 100,000 files takes longer than the measurements.
 class CManyCases : public CDataFolder
 {
 public:
@@ -77,7 +77,7 @@ const CManyCases& getManyCases()
     return s_ManyCases;
 }
 
-/// What the mode takes beyond the discovery that is a part of it.
+/// The time of the mode minus the discovery that it includes.
 template<auto Operation>
 void listCases(benchmark::State& state)
 {

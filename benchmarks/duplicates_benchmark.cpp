@@ -1,6 +1,6 @@
-/// The search for duplicates beside a listing of the same files and beside jdupes, fdupes and rmlint where they are
-/// installed, with how it grows. Warm cache: each measurement repeats. Both sides of a ratio are measured in turn,
-/// since times of different moments differ on a machine that has other work.
+/// Compares the search for duplicates with listing the same files and, if installed, with jdupes, fdupes and rmlint, at
+/// several sizes. Warm cache: each measurement is repeated. Both sides of a ratio are measured alternately, because
+/// other work on the machine changes times.
 
 #include <cstdlib>
 #include <fstream>
@@ -18,12 +18,12 @@ namespace
 constexpr double c_TimesListingLimit = 1.0;
 constexpr double c_TimesJdupesLimit = 1.5;
 
-/// A search or what it is compared with; false if it failed.
+/// A search or its reference; false if it failed.
 using Work = std::function<bool(const CDataFolder& folder)>;
 
 using Write = void (*)(const std::filesystem::path& directory, int files, std::size_t size);
 
-/// Each file a byte longer than the one before.
+/// Each file is one byte longer than the one before.
 void writeDifferentSizes(const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)
@@ -33,7 +33,7 @@ void writeDifferentSizes(const std::filesystem::path& directory, int files, std:
     }
 }
 
-/// One size; the first quarter has one content, all others one of their own.
+/// All of one size; the first quarter has one content, each other file its own.
 void writeQuarterIdentical(const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)
@@ -44,7 +44,7 @@ void writeQuarterIdentical(const std::filesystem::path& directory, int files, st
     }
 }
 
-/// The same, but what is different is different in its last bytes only.
+/// The same, but different contents differ only in their last bytes.
 void writeQuarterIdenticalToTheEnd(const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)
@@ -74,7 +74,7 @@ bool runProgram(const std::string& command, const CDataFolder& folder)
     return std::system((command + " \"" + folder.GetPath().string() + "\" >/dev/null 2>&1").c_str()) == 0;
 }
 
-/// Files come from the arguments: how many, and of how many bytes.
+/// The arguments give the number of files and their size in bytes.
 void compare(benchmark::State& state, Write write, const Work& other, const std::string& name, double limit)
 {
     const CDataFolder folder;

@@ -1,4 +1,4 @@
-/// 5,000 tests that do nothing, in 100 suites, as GoogleTest runs them.
+/// 5,000 empty tests in 100 suites, run by GoogleTest.
 #include <gtest/gtest.h>
 
 namespace

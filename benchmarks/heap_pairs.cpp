@@ -1,8 +1,9 @@
-/// Prints what a malloc and free pair costs, in nanoseconds: heap_pairs MODE THREADS PAIRS
+/// Prints the cost of a malloc and free pair in nanoseconds: heap_pairs MODE THREADS PAIRS
 ///
-/// MODE is "untracked", "installed" (the functions are patched, no tracker is active) or "tracked". PAIRS are those of
-/// each thread, in pieces; the time is the median of those until all threads are through, divided by the pairs of one.
-/// benchmarks/compare-heap starts it in all modes, beside other tools.
+/// MODE is "untracked", "installed" (the functions are patched, no tracker is active) or "tracked". PAIRS is the number
+/// of pairs per thread, measured in pieces; a piece ends when all threads have finished it, and the result is the
+/// median of the pieces divided by the pairs of one thread. benchmarks/compare-heap starts it in all modes, beside
+/// other tools.
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -20,7 +21,7 @@ namespace
 
 constexpr std::size_t c_BlockSize = 64;
 
-// The compiler does not see through them: it leaves out allocations that nobody needs.
+// Volatile: the compiler removes allocations that it recognises as unused.
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void (*volatile s_free)(void*) = std::free;
 

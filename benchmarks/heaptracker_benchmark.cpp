@@ -1,5 +1,5 @@
-/// What it costs to patch the heap's functions and to restore them, with no other thread. For allocations themselves
-/// see heap_pairs.cpp.
+/// The cost of patching and restoring the heap's functions in a process with one thread. heap_pairs.cpp measures the
+/// allocations themselves.
 #include <benchmark/benchmark.h>
 
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"

@@ -1,9 +1,5 @@
-/// What a request with its answer costs between two processes, and the start of a process, without a runner around
-/// them. Prints both in nanoseconds.
-///
-///     process_pairs                measures
-///     process_pairs nothing        ends
-///     process_pairs answer NAME    answers the event "NAME-q" with "NAME-a" until nobody asks any more
+/// Prints in nanoseconds what a request with its answer costs between two processes, and what starting a process costs,
+/// without a runner.
 
 #include <chrono>
 #include <cstdint>
@@ -44,7 +40,7 @@ int answer(const std::wstring& name)
     return EXIT_SUCCESS;
 }
 
-/// Nanoseconds of a call; negative when one of the calls returned false.
+/// Nanoseconds per call; negative if a call returned false.
 template<typename F>
 double measure(int count, const F& call)
 {

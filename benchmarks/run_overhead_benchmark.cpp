@@ -1,6 +1,6 @@
-/// What a run adds to each case: 5,000 cases that do nothing, in 100 classes, run by the library and called directly.
+/// The cost that a run adds to each case: 5,000 empty cases in 100 classes, run by the library and called directly.
 ///
-/// Send standard output to a file: the library prints a line for each case there. The figures go to standard error with
+/// The library prints a line per case, so redirect standard output to a file. The results go to standard error with
 ///     run_overhead_benchmark --benchmark_out=/dev/stderr > cases.txt
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,4 @@
-/// Selections and description files over 1,000, 10,000 and 100,000 cases of one class: what they add to discovery, and
-/// how it grows.
+/// The cost that selections and description files add to discovery, for 1,000, 10,000 and 100,000 cases of one class.
 
 #include <algorithm>
 #include <filesystem>
@@ -79,7 +78,7 @@ std::wstring makeClasses(std::size_t index)
     return LbFormat(L":\\w+\\s[[:alpha:]]+ \\d{3}%03u\\.[a-z]+$", index);
 }
 
-/// For the engine of the standard library; only names with the text need it.
+/// An expression for the standard library's engine, of which only names with the text need it.
 std::wstring makeLookAhead(std::size_t index)
 {
     return LbFormat(L"(?!.*bak)set %06u", index * 37);
@@ -146,7 +145,7 @@ std::wstring makeWildcard(std::size_t index)
     return LbFormat(L"data set %04u*?.t*", index);
 }
 
-/// The stars of a single element, whose last character no name has.
+/// Wildcards of a single element whose last character occurs in no name.
 std::wstring makeStars(std::size_t)
 {
     return L"*********x";
@@ -176,7 +175,7 @@ double measureScan(const std::wstring& folder)
     });
 }
 
-/// What the description adds to the discovery of the same cases without one.
+/// The time that the description adds to the discovery of the same cases.
 void describe(benchmark::State& state, MakePattern makeName, std::size_t elementCount, double limit)
 {
     getCaseCount() = state.range(0);

@@ -1,4 +1,4 @@
-/// What it costs to find one sub-test among many: for an object that is made for a case, by number of sub-tests.
+/// The cost of finding one sub-test among many in an object created for one case, by number of sub-tests.
 #include <string>
 #include <vector>
 
@@ -12,7 +12,7 @@ namespace
 
 std::vector<std::wstring> s_names;
 
-/// As many named sub-tests as there are names.
+/// One named sub-test per name.
 class CNamed : public LuUnitTest
 {
     LB_RTTI(CNamed)

@@ -1,4 +1,4 @@
-/// A hundred unit-test classes of fifty sub-tests that do nothing, for measuring what the runner adds.
+/// A hundred unit-test classes with fifty empty sub-tests each, for measuring the runner's overhead.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@ namespace Benchmarks
 inline constexpr std::size_t c_ClassCount = 100;
 inline constexpr std::size_t c_CasesPerClass = 50;
 
-/// Names are made once, since most sub-tests have theirs from the compiler.
+/// Names are created once: in most unit tests they are constants.
 inline const std::wstring& GetCaseName(std::size_t index)
 {
     static const auto s_names = [] {
@@ -53,7 +53,7 @@ const LbRTTI CTrivialClass<Number>::RTTI(
     GetClassName(Number).c_str(), &LuUnitTest::RTTI,
     []() -> std::unique_ptr<IObject> { return std::make_unique<CTrivialClass>(); }, LbClassFacts::Of<CTrivialClass>());
 
-/// Naming the records makes the classes register themselves where this function is compiled in.
+/// References to the records make the classes register themselves where this function is compiled.
 template<std::size_t... Numbers>
 std::array<const LbRTTI*, sizeof...(Numbers)> GetRecords(std::index_sequence<Numbers...>)
 {

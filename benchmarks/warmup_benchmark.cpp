@@ -1,4 +1,4 @@
-/// What the warm-up of the run-time costs a thread.
+/// The cost of the C library's warm-up for a thread.
 #include <thread>
 
 #include <benchmark/benchmark.h>

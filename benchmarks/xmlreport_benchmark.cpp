@@ -1,5 +1,5 @@
-/// The XML report of 100,000 cases, and one of 200 MB: writing, reading, and the memory that the reader takes at its
-/// peak, as a multiple of the file.
+/// The XML report of 100,000 cases, and one of 200 MB: writing, reading, and the reader's peak memory as a multiple of
+/// the file's size.
 #include <benchmark/benchmark.h>
 
 #include "base/lustream.h"
@@ -15,7 +15,7 @@ constexpr std::uint32_t c_Cases = 100000;
 constexpr std::uint32_t c_Classes = 300;
 constexpr std::int64_t c_LargeSize = 200'000'000;
 
-/// A report file for as long as the object lives: of all cases, repeated until it has its size.
+/// A report file that is removed with the object: all cases, repeated until the file has its size.
 class CReportFile
 {
 public:
@@ -42,7 +42,7 @@ public:
     const std::wstring& GetPath() const { return m_path; }
     double GetSize() const { return static_cast<double>(m_size); }
 
-    /// Whether all of the file was read.
+    /// True if the whole file was read.
     bool HasAllCases(const SReportData& data) const { return data.Cases.size() == m_caseCount; }
 
 private:
@@ -81,7 +81,7 @@ void BM_Read(benchmark::State& state)
 }
 BENCHMARK(BM_Read)->ArgName("bytes")->Arg(0)->Arg(c_LargeSize)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-/// Without a figure of time: the tracker slows the reader down.
+/// Measures memory only: the tracker slows the reader down.
 void BM_MemoryOfReading(benchmark::State& state)
 {
     const CReportFile file(state.range());

@@ -4,7 +4,7 @@
 #include "base/lbformat.h"
 #include "base/luunittest.h"
 
-/// Every file of its folder is a data set.
+/// Each file of its folder is a data set.
 class CDataSets : public LuUnitTest
 {
     LB_RTTI(CDataSets)
@@ -19,7 +19,7 @@ LB_RTTI_CLASS(CDataSets, LuUnitTest)
 namespace
 {
 
-/// The same class under a thousand names, one for each folder.
+/// The same class under a thousand names, one per folder.
 struct SRecords
 {
     static constexpr int c_Count = 1000;

@@ -3,10 +3,10 @@
 
 #include "benchmarks/trivialclasses.h"
 
-/// Kept, so that the classes register when the module is loaded.
+/// A static object, so that the classes register when the module is loaded.
 extern const auto c_TrivialClasses = Benchmarks::GetRecords(std::make_index_sequence<Benchmarks::c_ClassCount>());
 
-/// Works for ten milliseconds without needing a processor.
+/// Sleeps for ten milliseconds.
 class CTenMilliseconds : public LuUnitTest
 {
     LB_RTTI(CTenMilliseconds)

@@ -1,4 +1,4 @@
-/// A data directory of a class whose files are its cases.
+/// A data directory for a class whose files are its cases.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 
-/// Each of its folders' files is a case.
+/// Each file of its folders is a case.
 class CAuxiliaryFiles : public LuUnitTest
 {
     LB_RTTI(CAuxiliaryFiles)
@@ -25,7 +25,7 @@ class CAuxiliaryFiles : public LuUnitTest
 };
 LB_RTTI_CLASS(CAuxiliaryFiles, LuUnitTest)
 
-/// A data directory that lasts as long as the object.
+/// A data directory that is removed with the object.
 class CDataFolder : public INonCopyable
 {
 public:
@@ -52,7 +52,7 @@ private:
     std::filesystem::path m_path;
 };
 
-/// The process's environment; what runs prints nothing.
+/// The process's environment, without output from runs.
 inline LuTestSuiteEnvironment& GetBenchmarkEnvironment()
 {
     static LuTestSuiteEnvironment s_Environment;

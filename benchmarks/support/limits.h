@@ -1,4 +1,4 @@
-/// Limits that benchmarks are held to. A program with this in it ends with status 1 when one was missed.
+/// Limits for benchmarks. A program that links this file exits with status 1 if a limit was exceeded.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
-/// The seconds that a call takes.
+/// The duration of a call in seconds.
 template<typename F>
 double MeasureSeconds(const F& call)
 {
@@ -16,8 +16,8 @@ double MeasureSeconds(const F& call)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The median under its name among the counters of a benchmark.
+/// Adds the median as a counter with this name to a benchmark.
 void ReportMedian(benchmark::State& state, const std::string& name, std::vector<double> values);
 
-/// The same with the limit beside it. A median above it is the benchmark's failure.
+/// The same with its limit. The benchmark fails if the median exceeds it.
 void HoldMedian(benchmark::State& state, const std::string& name, std::vector<double> values, double limit);

@@ -13,7 +13,7 @@
 namespace Benchmarks
 {
 
-/// Every tenth case failed with messages, by `shift` another one.
+/// Every tenth case failed with messages; `shift` selects which.
 inline LuTestSuiteReport::SReportData MakeReport(std::uint32_t classes, std::uint32_t cases, std::uint32_t shift)
 {
     LuTestSuiteReport::SReportData data;
@@ -43,7 +43,7 @@ inline LuTestSuiteReport::SReportData MakeReport(std::uint32_t classes, std::uin
     return data;
 }
 
-/// A folder among the temporary files, removed with the object.
+/// A temporary folder that is removed with the object.
 class CFolder : public INonCopyable
 {
 public:

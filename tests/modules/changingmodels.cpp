@@ -7,7 +7,7 @@
 namespace
 {
 
-/// The case "a.txt" takes "b.txt" away and adds "new.txt"; all others say that they ran.
+/// The case "a.txt" deletes "b.txt" and creates "new.txt"; all others report that they ran.
 class CChangingModel : public LuUnitTest
 {
     LB_RTTI(CChangingModel)
@@ -29,7 +29,7 @@ protected:
     }
 };
 
-/// The same for a class whose cases are found by their index.
+/// The same for a class whose cases are found by index.
 class CChangingIndexModel : public CChangingModel
 {
     LB_RTTI(CChangingIndexModel)

@@ -1,4 +1,4 @@
-/// A unit test whose executed lines are counted where the compiler can do that.
+/// A unit test whose executed lines are counted if the compiler supports that.
 
 #include "base/luunittest.h"
 

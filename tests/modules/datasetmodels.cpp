@@ -1,4 +1,4 @@
-/// A data-driven unit test: each text file of its directory is a case, and the file's first word is the outcome.
+/// A data-driven unit test: each text file of its directory is a case, and the file's first word determines the result.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-/// Unit tests with debugging options: they report what is set, in order.
+/// Unit tests with debugging options, which report the options that are set, in order.
 
 #include <vector>
 

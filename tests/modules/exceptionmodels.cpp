@@ -1,4 +1,4 @@
-/// Unit tests that throw wherever the runner calls them.
+/// Unit tests that throw from each operation that the runner calls.
 
 #include <stdexcept>
 #include <string>
@@ -20,7 +20,7 @@ enum class EPlace
     RunUnitTest
 };
 
-/// Has a sub-test that would pass, were there not the one operation that throws.
+/// Would pass, except that one operation throws.
 template<EPlace Place>
 class CThrowing : public LuUnitTest
 {
@@ -126,7 +126,7 @@ class CRunUnitTestThrows : public CThrowing<EPlace::RunUnitTest>
 };
 LB_RTTI_CLASS(CRunUnitTestThrows, LuUnitTest)
 
-/// What is thrown is no exception of the standard library, and a message stands before it.
+/// Throws an object that is no standard exception, after a message.
 class CRunUnitTestThrowsNumber : public LuUnitTest
 {
     LB_RTTI(CRunUnitTestThrowsNumber)

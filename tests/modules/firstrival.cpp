@@ -1,4 +1,4 @@
-/// A class of a name that another module has, too. Its case tells the modules apart.
+/// A class whose name another module registers, too. Its case shows which module is used.
 
 #include "base/luunittest.h"
 

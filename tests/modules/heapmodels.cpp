@@ -1,4 +1,4 @@
-/// Unit tests that leave memory behind, or do not.
+/// Unit tests that leak memory, and some that do not.
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +17,7 @@
 namespace
 {
 
-/// The compiler does not see through it: it leaves out allocations that nobody needs.
+/// Volatile: the compiler removes allocations that it recognises as unused.
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void* s_kept = nullptr;
 std::time_t s_begin = 0;

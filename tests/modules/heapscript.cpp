@@ -1,4 +1,4 @@
-/// A known script of heap operations, and what to compare it with.
+/// A known sequence of heap operations with expected figures.
 
 #include <atomic>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 namespace
 {
 
-// The compiler does not see through them: it leaves out allocations that nobody needs.
+// Volatile: the compiler removes allocations that it recognises as unused.
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
 void (*volatile s_free)(void*) = std::free;
@@ -34,7 +34,7 @@ void await(const std::atomic<bool>& condition)
     }
 }
 
-/// What the run-time does at the end of a thread depends on who comes first: the end is for later.
+/// What the C library does at the end of a thread depends on the order of threads: the end is postponed.
 void serve()
 {
     s_free(s_malloc(600));
@@ -50,7 +50,7 @@ void serve()
     await(s_mayEnd);
 }
 
-/// What is there before the script, so that it is not seen.
+/// Blocks allocated before the script, which must not be counted.
 void prepare()
 {
     s_isReady = false;
@@ -63,7 +63,7 @@ void prepare()
     await(s_isReady);
 }
 
-// Behind each line: bytes that are allocated then.
+// The comment after each line is the number of bytes allocated then.
 void runScript()
 {
     void* first = s_malloc(100);                     // 100
@@ -89,7 +89,7 @@ void cleanUp()
 
 } // namespace
 
-// Names so short that their copies need no block: all cases cost the run the same.
+// The names are so short that their copies need no block: all cases cost the run the same.
 class CHeapScript : public LuUnitTest
 {
     LB_RTTI(CHeapScript)

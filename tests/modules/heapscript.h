@@ -1,4 +1,4 @@
-/// What the script of the module "heapscript" does to the heap.
+/// The expected effect of the module "heapscript" on the heap.
 #pragma once
 
 #include <cstdint>

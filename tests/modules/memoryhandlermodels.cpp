@@ -1,5 +1,4 @@
-/// A module that changes what happens in its process when memory runs out: what then leaves the library is no exception
-/// that anybody knows.
+/// A module that changes what its process does when memory runs out: the library then throws an unknown exception.
 
 #include <new>
 

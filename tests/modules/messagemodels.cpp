@@ -26,7 +26,7 @@ class CMessageModel : public LuUnitTest
 };
 LB_RTTI_CLASS(CMessageModel, LuUnitTest)
 
-/// Fills the messages of a case up to their limit and over it. The limit counts UTF-16 code units.
+/// Fills the messages of a case up to their limit and beyond it. The limit counts UTF-16 code units.
 class CLongMessageModel : public LuUnitTest
 {
     LB_RTTI(CLongMessageModel)

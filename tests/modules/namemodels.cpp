@@ -1,4 +1,4 @@
-/// Classes and sub-tests that are found, or not, by their names.
+/// Classes and sub-tests that are found by name, or are not.
 
 #include <string>
 
@@ -36,8 +36,8 @@ class CNotCreatableModel : public LuUnitTest
 };
 LB_RTTI_ABSTRACT(CNotCreatableModel, LuUnitTest)
 
-/// Names of the greatest length that a case can be asked for by, and of more. The last one is more than regular
-/// expressions of some length can carry.
+/// Names of the maximum length for a child's request, and longer ones. The last one exceeds what some regular
+/// expressions can match.
 class CLongNameModel : public LuUnitTest
 {
     LB_RTTI(CLongNameModel)

@@ -1,4 +1,4 @@
-/// What the cases of the test modules end with: one table for every way of running them.
+/// The expected results of the cases in the test modules: one table for all run modes.
 #pragma once
 
 #include <string_view>
@@ -8,7 +8,7 @@
 namespace models
 {
 
-/// One case. The path of the unit test's data directory is no part of it: no model of the table looks there.
+/// One case. The path of the unit test's data directory is not part of it: no model in the table uses it.
 struct SOutcome
 {
     const wchar_t* className;
@@ -17,14 +17,14 @@ struct SOutcome
     const wchar_t* messages;
 };
 
-/// The modules that hold the classes of the table, as the option for loading them names them.
+/// The modules with the classes of the table, as named in the option that loads them.
 inline constexpr const wchar_t* c_Modules[] = {L"resultmodels", L"exceptionmodels", L"messagemodels",
                                                L"namemodels",   L"debuggingmodels", L"placemodels"};
 
 using enum LuTestSuiteRun::ECaseRunResult;
 
 inline constexpr SOutcome c_Outcomes[] = {
-    // Every answer of a sub-test.
+    // Every result of a sub-test.
     {L"CResultModel", L"keine Eingabe", NoInput, L""},
     {L"CResultModel", L"bestanden", Ok, L""},
     {L"CResultModel", L"fehlgeschlagen", Error, L""},
@@ -36,7 +36,7 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CPassedModel", L"zwei mit Lücke", Ok, L""},
     {L"CFailedModel", L"allein", Error, L""},
 
-    // Exceptions that leave one of the operations that the runner calls: the runner reports them.
+    // Exceptions from the operations that the runner calls; the runner reports them.
     {L"CConstructorThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
     {L"CSetMessageStreamThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
     {L"CSetDataDirectoryThrows", L"Fall", Exception, L"\t\tERROR: kaputt\n"},
@@ -48,7 +48,7 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CRunUnitTestThrowsNumber", L"Fall", Exception,
      L"\t\tINFO:  vor der Ausnahme\n\t\tERROR: Unbekannte Exception\n"},
 
-    // Exceptions that leave a sub-test's function: the unit test itself reports them.
+    // Exceptions from a sub-test's function; the unit test reports them.
     {L"CSubtestExceptionModel", L"Standard", Exception, L"\t\tERROR: kaputt\n"},
     {L"CSubtestExceptionModel", L"Text", Exception, L"\t\tERROR: größer als erlaubt\n"},
     {L"CSubtestExceptionModel", L"Literal", Exception, L"\t\tERROR: fester Text\n"},
@@ -63,7 +63,7 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CMessageModel", L"Fehler, doch bestanden", Ok, L"\t\tERROR: übergangen\n"},
     {L"CMessageModel", L"außerhalb der Tabelle", Ok, L"\t\tINFO:  \U0001F600 €\n"},
 
-    // Names: exact and case-sensitive, the first of equal ones counts; classes that are none of ours.
+    // Names: exact and case-sensitive, the first of equal names counts; classes that are no unit tests.
     {L"CNameModel", L"doppelt", Ok, L"\t\tINFO:  der erste\n"},
     {L"CNameModel", L"Groß", Ok, L""},
     {L"CNameModel", L"groß", NoMatchingCase, L""},
@@ -76,15 +76,15 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CNoUnitTest", L"Fall", NoMatchingCase, L""},
     {L"CNotCreatableModel", L"Fall", NoMatchingCase, L""},
 
-    // Debugging options of a run that asks for none: the supported ones are set, in this order.
+    // Debugging options of a run that requests none: the supported options are set, in this order.
     {L"CDebuggingModel", L"Optionen", Ok, L"\t\tINFO:  1=0\n\t\tINFO:  2=0\n\t\tINFO:  0=0\n"},
     {L"CPartlyDebuggingModel", L"Optionen", Ok, L"\t\tINFO:  2=0\n"},
 };
 
-/// The module of the cases that only child processes can run.
+/// The module with the cases that only child processes can run.
 inline constexpr const wchar_t* c_CrashModule = L"crashmodels";
 
-/// The cases that would take the runner down, between two that pass.
+/// The cases that would end the runner's process, between two that pass.
 inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CCrashModel", L"vorher", Ok, L""},
     {L"CCrashModel", L"Zugriffsverletzung", Unknown, L"\t\tINFO:  vor dem Absturz\n"},
@@ -97,7 +97,7 @@ inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CCrashModel", L"Verklemmung", TimeOut, L""},
     {L"CCrashModel", L"geschlossene Dateien", Ok, L""},
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    // Sanitizers end the process when there is no memory.
+    // Sanitizers end the process when memory runs out.
     {L"CCrashModel", L"kein Speicher", Exception, L"\t\tERROR: std::bad_alloc\n"},
 #endif
     {L"CDyingModel", L"Zugriffsverletzung danach", Unknown, L"\t\tINFO:  bestanden\n"},
@@ -106,10 +106,10 @@ inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CCrashModel", L"nachher", Ok, L""},
 };
 
-/// How the line begins that tells the end of a case's process.
+/// How the line starts that reports the end of a case's process.
 inline constexpr const wchar_t* c_EndOfProcess = L"\t\tERROR: Der Prozess des Testfalls endete mit ";
 
-/// Whether the case takes the process down that runs it.
+/// True if the case ends the process that runs it.
 inline bool EndsProcess(const SOutcome& outcome)
 {
     return outcome.result == Unknown && std::wstring_view(outcome.className) != L"CResultModel";

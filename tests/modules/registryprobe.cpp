@@ -1,4 +1,4 @@
-// A module whose classes the tests look up by name: what registration and exceptions do across modules.
+// A module whose classes the tests look up by name, to check registration and exceptions across modules.
 
 #include <stdexcept>
 

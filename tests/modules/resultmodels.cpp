@@ -1,4 +1,4 @@
-/// Unit tests that give every answer a sub-test can give.
+/// Unit tests that return every result of a sub-test.
 
 #include "base/luunittest.h"
 

@@ -1,4 +1,4 @@
-/// A module that cannot be loaded: one of its static objects cannot be made.
+/// A module that cannot be loaded because the constructor of a static object throws.
 
 #include <stdexcept>
 

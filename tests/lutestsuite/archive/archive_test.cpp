@@ -29,7 +29,7 @@ using LuTestSuite::SArchiveRun;
 
 constexpr const char* c_Build = "<Config>Release</Config><Platform>x64</Platform>";
 
-/// The text of the exception that the call throws.
+/// The message that the call throws.
 template<typename F>
 std::wstring getMessage(const F& call)
 {
@@ -210,7 +210,7 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithNothingSet)
     EXPECT_EQ(GetOptions(run), L" -d \"d\" --xml \"x.xml\" --html \"h.html\" --no-assert-dialog -t 0 -c 1");
 }
 
-/// Only a root keeps its separator; in front of the closing mark it must not take that mark's meaning away.
+/// Only a root keeps its separator; a backslash must not escape the closing quotation mark.
 TEST_F(ArchiveRuns, BecomeArgumentsWithOrWithoutTrailingSeparators)
 {
     const bool isWindows = LbPath::c_Separator == L'\\';
@@ -235,7 +235,7 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithOrWithoutTrailingSeparators)
     }
 }
 
-/// A run whose host is the program that ends as its data directory says.
+/// A run whose host is replaced by the program archivechild.
 class ArchiveRunChild : public testing::Test
 {
 protected:
@@ -255,7 +255,7 @@ protected:
 
     std::wstring GetHost() const { return m_run.binaryDir + L"LuTestSuiteCLI" + LbOs::c_ExecutableSuffix; }
 
-    /// What the program needs beside it where there is no other way to find it.
+    /// Libraries that the program needs beside it on platforms without another search path.
     void CopyLibraries() const
     {
         const std::wstring bin = LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/");
@@ -282,7 +282,7 @@ protected:
         EXPECT_TRUE(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive")).empty());
     }
 
-    /// The archived report of each second that the run may begin in, without its ending.
+    /// The path without extension of the archived report, for each second in which the run may begin.
     std::vector<std::wstring> GetReportStems() const
     {
         std::vector<std::wstring> stems;
@@ -298,7 +298,7 @@ protected:
         return LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive"));
     }
 
-    /// Full paths of the child's own files that are there still.
+    /// Full paths of the child's files that still exist.
     std::vector<std::wstring> GetTemporaryFiles() const
     {
         const std::wstring folder = LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp" + LbPath::c_Separator;
@@ -307,7 +307,7 @@ protected:
         return paths;
     }
 
-    /// The child's XML report is where it was written, which `text` says once, and its page in the archive.
+    /// Expects that the child's XML report is still in place, as `text` says once, and that its page is in the archive.
     void ExpectOnlyThePage(const std::wstring& text) const
     {
         const std::vector<std::wstring> left = GetTemporaryFiles();
@@ -478,7 +478,7 @@ TEST_F(ArchiveRunChild, RequiresItsDirectories)
     {
         SArchiveRun run = m_run;
         run.*field = missing;
-        run.outDir = L""; // The first one that is missing is named.
+        run.outDir = L""; // The first missing directory is named.
         EXPECT_EQ(getMessage([&run] { LuTestSuite::ExecuteArchiveRun(run, 1); }),
                   L"Verzeichnis " + missing + LbPath::c_Separator + L" existiert nicht");
         run.*field = L"";

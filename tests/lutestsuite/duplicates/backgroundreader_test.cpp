@@ -29,7 +29,7 @@ std::string makeContent(std::size_t size)
     return content;
 }
 
-/// Gives a text piece by piece.
+/// Provides a text piece by piece.
 CBackgroundReader::Source makeSource(const std::string& content)
 {
     return [&content, position = std::size_t{0}](void* buffer, std::size_t size) mutable {
@@ -71,7 +71,7 @@ TEST_F(BackgroundReaderThread, ReadsOneAfterTheOther)
     }
 }
 
-/// The source waits for the bytes before to be used: if they were kept back, there would be no end.
+/// The source waits until its earlier bytes are used: if the reader held them back, the test would never end.
 TEST_F(BackgroundReaderThread, ProvidesTheAvailableBytes)
 {
     const std::string content = makeContent(4 * c_Piece);
@@ -124,7 +124,7 @@ TEST_F(BackgroundReaderThread, PassesOnFailuresAndReadsTheNext)
     EXPECT_EQ(m_reader.AwaitEnd(), content.size());
 }
 
-/// What was read counts, however much later than the failure it is asked for.
+/// Bytes read before a failure count, even if they are requested after it.
 TEST_F(BackgroundReaderThread, ProvidesTheBytesReadBeforeAFailure)
 {
     const std::string content = makeContent(3 * c_Piece);

@@ -64,7 +64,7 @@ TEST_F(DuplicateDeletion, KeepTheTargetOfALinkThatIsKept)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// The oldest of one set is a link to what another set could do without.
+/// The oldest data set of one set is a link to a redundant data set of another.
 TEST_F(DuplicateDeletion, KeepTheTargetOfAKeptLinkOfAnotherSet)
 {
     const std::wstring copy = m_folder.WriteFile(L"1/CDataSetModel/c.txt", "gut");
@@ -88,7 +88,7 @@ TEST_F(DuplicateDeletion, KeepTheTargetOfAKeptLinkOfAnotherSet)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(oldest), "gut");
 }
 
-/// The link is the only data set of its unit test, or of no case at all.
+/// The link is the only data set of its unit test, or no data set at all.
 TEST_F(DuplicateDeletion, KeepTheTargetOfALinkOutsideAllSets)
 {
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
@@ -173,7 +173,7 @@ TEST_F(DuplicateDeletion, AreNotDeletedOutsideTheDataDirectory)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-/// The linked folder stands in the data directory, but it is not the unit test's.
+/// The linked folder is inside the data directory, but it is not the unit test's own folder.
 TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkOfTheDataDirectory)
 {
     const std::wstring a = m_folder.WriteFile(L"Sammlung/a.txt", "gut");
@@ -211,7 +211,7 @@ TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkAboveTheUnitTest)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-/// Whoever names a data directory by a link means what it leads to.
+/// A link given as data directory stands for its target.
 TEST_F(DuplicateDeletion, AreDeletedInALinkedDataDirectory)
 {
     const ScopedFolder elsewhere;
@@ -232,7 +232,7 @@ TEST_F(DuplicateDeletion, AreDeletedInALinkedDataDirectory)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// The same folder under other names: "." and "..", no separator at the end, on Windows letters of the other case.
+/// The same folder under other names: "." and "..", without trailing separator, on Windows in other letter case.
 TEST_F(DuplicateDeletion, AreDeletedUnderAnySpellingOfTheDataDirectory)
 {
     std::wstring roundabout = m_folder.MakeFolder(L"CDataSetModel/..") + L".";
@@ -254,7 +254,7 @@ TEST_F(DuplicateDeletion, AreDeletedUnderAnySpellingOfTheDataDirectory)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// When the first line of the set is printed, a folder takes the place of a file that is to go.
+/// While the first line of the set is printed, a folder replaces a file that is to be deleted.
 TEST_F(DuplicateDeletion, ReportWhatCannotBeDeletedAndGoOn)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
@@ -277,7 +277,7 @@ TEST_F(DuplicateDeletion, ReportWhatCannotBeDeletedAndGoOn)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(kept), "gut");
 }
 
-/// When the first line of the set is printed, new content comes into a file that is to go.
+/// While the first line of the set is printed, files that are to be deleted change.
 TEST_F(DuplicateDeletion, ExcludeFilesChangedMeanwhile)
 {
     Write(L"a.txt", "gut", 200);
@@ -286,7 +286,7 @@ TEST_F(DuplicateDeletion, ExcludeFilesChangedMeanwhile)
     const std::wstring replaced = Write(L"d.txt", "gut");
     const std::wstring copy = Write(L"e.txt", "gut");
     m_output.OnLine(L"    a.txt... [KEEP]\n", [&] {
-        // Each differs by one thing: its time, its size, which file it is.
+        // Each file differs in one property: time, size, identity.
         Write(L"b.txt", "neu", 99);
         Write(L"c.txt", "länger");
         LbOs::RenameFile(Write(L"neu.txt", "neu"), replaced);
@@ -306,7 +306,7 @@ TEST_F(DuplicateDeletion, ExcludeFilesChangedMeanwhile)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// When the first line of the set is printed, one file has other bytes, and nothing else of it differs.
+/// While the first line of the set is printed, only the bytes of a file change.
 TEST_F(DuplicateDeletion, ExcludeFilesOfWhichOnlyTheBytesChanged)
 {
     const std::string content(100'000, 'x');
@@ -331,7 +331,7 @@ TEST_F(DuplicateDeletion, ExcludeFilesOfWhichOnlyTheBytesChanged)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// Another deletion, which keeps the other file, has the folder locked when this one begins.
+/// Another deletion, which keeps the other file, has locked the folder when this one begins.
 TEST_F(DuplicateDeletion, WaitForAnotherDeletionInTheFolder)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
@@ -355,7 +355,7 @@ TEST_F(DuplicateDeletion, WaitForAnotherDeletionInTheFolder)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(copy), "gut");
 }
 
-/// When the first line of the set is printed, the others are the only ones of their content.
+/// While the first line of the set is printed, all other files of this content are deleted.
 TEST_F(DuplicateDeletion, KeepTheLastFileOfAContent)
 {
     Write(L"a.txt", "gut", 200);
@@ -383,7 +383,7 @@ TEST_F(DuplicateDeletion, DeleteHardLinksOfTheKeptFile)
     EXPECT_FALSE(LbFileSystem::Exists(name));
 }
 
-/// Where it keeps a file from being deleted, it is the file's and not the name's.
+/// On Windows write protection prevents deletion; it belongs to the file, not to the name.
 TEST_F(DuplicateDeletion, LeaveTheWriteProtectionOfTheKeptFile)
 {
     constexpr auto c_Writing = std::filesystem::perms::owner_write;
@@ -400,7 +400,7 @@ TEST_F(DuplicateDeletion, LeaveTheWriteProtectionOfTheKeptFile)
     std::filesystem::permissions(kept, c_Writing, std::filesystem::perm_options::add);
 }
 
-/// When the first line of the set is printed, another program opens a file that is to go.
+/// While the first line of the set is printed, another program opens a file that is to be deleted.
 TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
 {
     Write(L"a.txt", "gut", 200);
@@ -422,7 +422,7 @@ TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// One folder under two names: what is a link's is not deleted, in whatever order the folders are found.
+/// One folder with two names: files found through a link are not deleted, in any order of the folders.
 TEST_F(DuplicateDeletion, AreDeletedInTheirOwnFolderOnly)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);

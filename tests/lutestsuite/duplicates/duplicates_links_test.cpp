@@ -1,4 +1,4 @@
-// What links make of a deletion.
+// The effect of links on a deletion.
 
 #include <filesystem>
 #include <functional>
@@ -48,8 +48,8 @@ protected:
         return L"Fehler: " + path + L" konnte nicht gelesen werden, deshalb wird nichts gelöscht.\n";
     }
 
-    /// Deletes duplicates as somebody who may do everything in the data directory, but has no rights in `folder` beyond
-    /// `rights`.
+    /// Deletes duplicates as a user with full access to the data directory, except for `folder`, where only `rights`
+    /// apply.
     void DetectWithoutRights(const std::wstring& folder, std::filesystem::perms rights,
                              const std::function<void(const std::wstring& text)>& check)
     {
@@ -101,7 +101,7 @@ TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepTheirTargets)
     const std::wstring link = farther.GetPathOf(L"k.txt");
     ASSERT_TRUE(LbOs::MakeLink(link, target));
     ASSERT_TRUE(LbOs::MakeLink(elsewhere.GetPathOf(L"weiter"), LbPath::WithoutSeparator(farther.GetPath())));
-    // A way back, which must not be gone for ever.
+    // A link back, which must not be followed endlessly.
     ASSERT_TRUE(LbOs::MakeLink(elsewhere.GetPathOf(L"zurück"), LbPath::WithoutSeparator(m_folder.GetPath())));
     LinkAt(L"Gemeinsam", LbPath::WithoutSeparator(elsewhere.GetPath()));
 
@@ -111,7 +111,7 @@ TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepTheirTargets)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
 }
 
-/// The link is redundant, but it stands in a folder that is not the unit test's own.
+/// The link is redundant, but it is in a folder that is not the unit test's own.
 TEST_F(DuplicateLinks, ThatMustNotBeDeletedKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
@@ -143,7 +143,7 @@ TEST_F(DuplicateLinks, InAReadOnlyFolderKeepTheirTargets)
     });
 }
 
-/// In the order of the sets the file would go first.
+/// In the order of the sets, the file would be deleted first.
 TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
@@ -163,7 +163,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheirTargets)
     EXPECT_FALSE(LbOs::IsLink(link) || LbOs::IsLink(own) || LbFileSystem::Exists(target));
 }
 
-/// Each leads through the next one, whatever the order of their names.
+/// Each link passes through the next one, in either order of names.
 TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedWhenNoLinkPassesThroughThem)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
@@ -178,7 +178,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedWhenNoLinkPassesThroughThem)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"1/CDataSetModel/")), std::vector<std::wstring>{L"a.txt"});
 }
 
-/// The kept one leads to a link that stands elsewhere, and that one back through a linked folder.
+/// The kept link leads to an outside link, which leads back through a linked folder.
 TEST_F(DuplicateLinks, OnTheWayToAKeptFileStay)
 {
     const ScopedFolder elsewhere;
@@ -211,7 +211,7 @@ TEST_F(DuplicateLinks, ThatAreBrokenDoNotPreventDeletion)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// As long as a name can be; there is no room for another one beside it.
+/// The name has the maximum length, so that no longer temporary name is possible.
 TEST_F(DuplicateLinks, OfTheLongestNameAreDeleted)
 {
     const std::wstring file = WriteAt(L"1/CDataSetModel/a.txt", 300);
@@ -224,7 +224,7 @@ TEST_F(DuplicateLinks, OfTheLongestNameAreDeleted)
     EXPECT_FALSE(LbOs::IsLink(link));
 }
 
-/// A folder that nobody can enter may hold links.
+/// A folder without access may contain links.
 TEST_F(DuplicateLinks, ThatCannotBeFoundPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
@@ -238,7 +238,7 @@ TEST_F(DuplicateLinks, ThatCannotBeFoundPreventDeletion)
     });
 }
 
-/// The link leads to another one, which nobody can look at and which leads to a copy.
+/// The link leads through another link in a folder without access, which leads to a copy.
 TEST_F(DuplicateLinks, ThatLeadThroughAnUnreadableFolderPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
@@ -255,7 +255,7 @@ TEST_F(DuplicateLinks, ThatLeadThroughAnUnreadableFolderPreventDeletion)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
 }
 
-/// The linked folder, which nobody can look at, holds a link to a copy.
+/// The linked folder, to which there is no access, contains a link to a copy.
 TEST_F(DuplicateLinks, ToFoldersInAnUnreadableFolderPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
@@ -281,7 +281,7 @@ TEST_F(DuplicateLinks, AreNotSearchedWhenNothingIsToBeDeleted)
     });
 }
 
-/// The folder of a copy stands elsewhere, too, and there a link leads to it.
+/// The folder of a copy is also mounted elsewhere, and a link there leads to the copy.
 TEST_F(DuplicateLinks, IntoAMountedFolderKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);

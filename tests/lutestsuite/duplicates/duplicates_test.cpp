@@ -19,7 +19,7 @@ TEST_F(Duplicates, AreListedWithTheOldestFirst)
                                     L"\n  Duplikat-Set (1/1):\n    b.txt\n    a.txt\n    c.txt\n\n" + GetSummary(1, 2));
 }
 
-/// A younger one in front shows that the first of the oldest was chosen, not the first of all or the last.
+/// A younger data set first shows that the first of the oldest was chosen, not the first or the last of all.
 TEST_F(Duplicates, OfEqualAgeKeepTheFirst)
 {
     Write(L"a.txt", "gut", 100);
@@ -104,7 +104,7 @@ TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
     EXPECT_TRUE(Detect(eDM_List).ends_with(GetSummary(1, 0)));
 }
 
-/// A pipe that nobody writes to.
+/// A pipe to which nobody writes.
 TEST_F(Duplicates, DoNotWaitForPipes)
 {
     Write(L"b.txt", "gut");
@@ -121,7 +121,7 @@ TEST_F(Duplicates, DoNotWaitForPipes)
     EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
 }
 
-/// Files that open, but whose bytes are not to be had: a small one, and one that a thread of its own reads.
+/// Files that can be opened but not read: a small one, and a large one, which another thread reads.
 TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
 {
     constexpr std::uint32_t c_Large = 1 << 20;
@@ -145,7 +145,7 @@ TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
     EXPECT_TRUE(text.ends_with(L"(1/1):\n    c.txt\n    d.txt\n\n" + GetSummary(1, 1))) << LbEncoding::ToUtf8(text);
 }
 
-/// Sizes around those at which another way of reading begins, each with a copy and one that differs in its last byte.
+/// Sizes around the limits between ways of reading, each with a copy and a file that differs in its last byte.
 TEST_F(Duplicates, AreFoundAtAnySize)
 {
     constexpr std::size_t c_Piece = 64 * 1024;
@@ -214,12 +214,11 @@ TEST_F(Duplicates, ExcludeFilesThatAreTooLong)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-/// A file without its bytes, of a length at which there is no memory for them: it is read, or passed over without a
-/// word.
+/// A sparse file whose content does not fit into memory: it is either read, which fails, or skipped silently.
 class DuplicateLengths : public DuplicatesTest
 {
 protected:
-    /// What the search prints for a file of that length; none where memory cannot be limited.
+    /// True if the search tries to read a file of that length; empty if memory cannot be limited.
     std::optional<bool> IsRead(std::uint64_t length)
     {
         constexpr std::size_t c_Limit = std::size_t{256} << 20U;
@@ -227,7 +226,7 @@ protected:
         constexpr int c_Wrong = 3;
         const std::wstring path = Write(L"a.txt", "");
         std::filesystem::resize_file(std::filesystem::path(path), length);
-        // Without another file of its size it would not be read at all.
+        // The file is only read if another file has the same size.
         std::filesystem::resize_file(std::filesystem::path(Write(L"b.txt", "")), length);
         const std::wstring failure = L"Fehler während Einlesen von Datei " + path + L"\n";
         const std::optional<int> status = LbOs::RunInFork([&] {
@@ -262,7 +261,7 @@ TEST_F(DuplicateLengths, AreLimitedTo32Bits)
     EXPECT_EQ(IsRead(0x100000000), false);
 }
 
-/// Files whose bytes cannot be read cost a line when they are.
+/// Unreadable files cause a line only if they are read.
 TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
 {
     constexpr std::uint32_t c_Large = 1 << 20;
@@ -279,7 +278,7 @@ TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
     EXPECT_EQ(Detect(eDM_List), GetCheck() + GetSummary(1, 0));
 }
 
-/// There is no memory for any of the files.
+/// None of the files fits into memory.
 TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -289,7 +288,7 @@ TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
     constexpr int c_Unlimited = 2;
     for (const wchar_t* const name : {L"a.txt", L"b.txt"})
     {
-        // The two of one size begin with other bytes.
+        // The two files of equal size have different first bytes.
         std::filesystem::resize_file(std::filesystem::path(Write(name, LbEncoding::ToUtf8(name))), 80 * c_MegaByte);
     }
     std::filesystem::resize_file(std::filesystem::path(Write(L"c.txt", "x")), 81 * c_MegaByte);
@@ -308,7 +307,7 @@ TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
     EXPECT_EQ(status, 0);
 }
 
-/// The order of lines is that of the cases, whatever fails when.
+/// Lines are in the order of cases, in whatever order files fail.
 TEST_F(Duplicates, ReportWhatCannotBeReadInTheOrderOfCases)
 {
     const std::wstring memory = L"/proc/self/mem";
@@ -323,7 +322,7 @@ TEST_F(Duplicates, ReportWhatCannotBeReadInTheOrderOfCases)
                                     GetSummary(1, 0));
 }
 
-/// The longest comes after another large one, for which there is no memory beside it.
+/// The longest file follows another large one; both together do not fit into memory.
 TEST_F(Duplicates, NeedMemoryForTheLongestFileOnly)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -353,7 +352,7 @@ TEST_F(Duplicates, NeedMemoryForTheLongestFileOnly)
     EXPECT_EQ(status, 0);
 }
 
-/// Everything could be meant by a relative path when nobody knows where it begins.
+/// Without a working directory, relative paths have no meaning.
 TEST_F(Duplicates, DoNotExistInADeletedWorkingDirectory)
 {
     const ScopedFolder parent;
@@ -383,7 +382,7 @@ TEST_F(Duplicates, DoNotExistInADeletedWorkingDirectory)
     EXPECT_TRUE(Detect(eDM_Delete).ends_with(GetSummary(1, 1)));
 }
 
-/// With a separator it would be the root of all.
+/// An empty path with a separator would be the root directory.
 TEST_F(Duplicates, DoNotExistWithoutADirectory)
 {
     LuTestSuiteSetup setup = MakeSetup(L"");

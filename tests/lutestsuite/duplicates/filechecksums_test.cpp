@@ -14,7 +14,8 @@
 namespace
 {
 
-/// Threads that never end take the stacks of those that have ended. False when there is no end of threads.
+/// Starts threads that occupy the stacks of ended threads, until no further thread can be started. False if there is no
+/// such limit.
 bool useUpThreads()
 {
     constexpr int c_Many = 1000;
@@ -33,7 +34,7 @@ bool useUpThreads()
     }
 }
 
-/// With memory for the file, but not for the stack of the thread that would read it.
+/// The file fits into memory, but the stack of a reading thread does not.
 TEST(FileChecksums, NeedNoThread)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -63,7 +63,7 @@ TEST_F(PlaceUses, OfAFileDoNotProtectItsHardLinks)
     EXPECT_FALSE(m_uses.Has(elsewhere));
 }
 
-/// However many names the file has, this is one of them.
+/// Both for a file with one name and for a file with several.
 TEST_F(PlaceUses, MatchEntriesInOtherLetterCase)
 {
     const std::wstring a = Write(L"a.txt");

@@ -1,4 +1,4 @@
-// What the library knows about its build and about modules.
+// Information about the build and about modules.
 
 #include <memory>
 #include <string>

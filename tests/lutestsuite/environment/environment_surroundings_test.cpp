@@ -1,4 +1,4 @@
-// What the environment does with the surroundings that it finds: temporary files, container file, traces.
+// The environment's use of temporary files, container file and traces.
 
 #include <functional>
 #include <string>
@@ -24,7 +24,7 @@ namespace
 using testing::ElementsAre;
 using testing::StartsWith;
 
-/// Listens to the traces of a scope.
+/// Records traces during a scope.
 class CTraces : public INonCopyable
 {
 public:
@@ -53,7 +53,7 @@ TEST(PreallocateStaticData, TracesAFileThatCannotBeCreated)
 {
     const ScopedFolder folder;
     const std::wstring missing = folder.GetPathOf(L"fehlt");
-    // Each platform reads its own one of the two.
+    // Each platform reads one of the two.
     const ScopedEnvironmentVariable temporaryOnLinux(L"TMPDIR", missing);
     const ScopedEnvironmentVariable temporaryOnWindows(L"TMP", missing);
     const CTraces traces;
@@ -63,7 +63,7 @@ TEST(PreallocateStaticData, TracesAFileThatCannotBeCreated)
     EXPECT_THAT(traces.GetLines(), ElementsAre(c_WarmUpTrace, StartsWith(L"LuTestSuiteEnvironment: Datei ")));
 }
 
-/// The place of the container file, as the installed tree has it: beside the folder of the executable.
+/// The path of the container file in the installed tree: beside the executable's folder.
 class CContainerPlace : public INonCopyable
 {
 public:
@@ -96,7 +96,7 @@ std::pair<bool, bool> findContainerAndClock()
     return {container != nullptr, container != nullptr && container->HasService(L"Uhr")};
 }
 
-// One test, since the place is one for all processes of this program.
+// One test, because all processes of this program share the path.
 TEST(LuTestSuiteEnvironment, SharesTheContainerOfItsFileOrTheDefaultContainer)
 {
     const CContainerPlace place;

@@ -158,7 +158,7 @@ TEST(PreallocateStaticData, MayBeCalledAgain)
 TEST(PreallocateStaticData, LeavesNoFile)
 {
     const ScopedFolder folder;
-    // Each platform reads its own one of the two.
+    // Each platform reads one of the two.
     const ScopedEnvironmentVariable temporaryOnLinux(L"TMPDIR", folder.GetPath());
     const ScopedEnvironmentVariable temporaryOnWindows(L"TMP", folder.GetPath());
     ASSERT_EQ(LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary), folder.GetPath());
@@ -173,7 +173,7 @@ TEST(PreallocateStaticData, LeavesNoFile)
 class LoadDLL : public testing::Test
 {
 protected:
-    /// Puts a file that is no module beside the executable, under a name that no other test looks for.
+    /// Creates a file that is no module beside the executable, under a name that no other test uses.
     std::wstring WriteBrokenModule(const std::wstring& folder = {})
     {
         const std::wstring name = folder + L"BrokenModule-" + LbUniqueId::Generate();
@@ -191,7 +191,7 @@ protected:
         for (const std::wstring& file : m_files)
         {
             LbOs::RemoveFile(file);
-            // Takes the folder of a module that has one of its own; the executable's own is not empty.
+            // Removes the folder of a module that has its own; the executable's folder is not empty and stays.
             LbOs::RemoveEmptyDirectory(LbPath::GetParent(file));
         }
     }
@@ -293,7 +293,7 @@ TEST_F(LoadDLL, IsSilentForTheFixedList)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-/// The names of the fixed list as they are delivered.
+/// The names of the built-in fixed list.
 std::vector<std::string> GetDeliveredNames()
 {
     const std::wstring file =

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// The path in the platform's separators.
+/// The path with the platform's separators.
 std::wstring Native(std::wstring path)
 {
     std::ranges::replace(path, L'/', LbOs::c_PathSeparator);

@@ -28,7 +28,7 @@ namespace
 constexpr std::uint32_t c_Long = 60000;
 constexpr std::uint32_t c_LongSec = 60;
 
-/// This test program as its own child, which runs one of the disabled tests below.
+/// Starts this test program as a child that runs one of the disabled tests below.
 std::unique_ptr<LbOs::CChildProcess> startOwnTest(const std::wstring& name,
                                                   const std::wstring& program = LbOs::GetExecutablePath())
 {
@@ -58,7 +58,7 @@ TEST(ProcessChild, DISABLED_Waits)
     LuTestSuiteUtils::EnterDebugBreakpoint();
 }
 
-/// Starts the next one and ends before that has asked.
+/// Starts the next disabled test and ends before that has asked for its parent.
 TEST(ProcessChild, DISABLED_LeavesAnOrphan)
 {
     const auto ready = LbOs::CNamedEvent::Open(LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY"));
@@ -246,7 +246,7 @@ TEST(KillAllByName, WarnsWhenTheSystemDoesNotListItsProcesses)
                                           LuColor::c_GOLDENROD));
 }
 
-/// On Linux one that has ended and that nobody has asked for its status has no name any more.
+/// On Linux a zombie has no name.
 TEST(KillAllByName, DoesNotTouchProcessesWithoutName)
 {
     const auto child = StartProbe(L"exit 0");
@@ -279,7 +279,7 @@ TEST(CheckForSameParentProcess, FailsWhenTheParentHasEnded)
     ASSERT_NE(parent, nullptr);
     ASSERT_TRUE(parent->Wait(c_Long));
     EXPECT_EQ(parent->GetExitStatus(), 0);
-    // Nothing of it is left in the system.
+    // No process of its name is left.
     parent.reset();
     left->Set();
 
@@ -333,7 +333,7 @@ TEST(OsProcesses, ContainTheCurrentProcess)
     EXPECT_EQ(LbOs::GetProcessExecutableName(own->number), own->executableName);
 }
 
-/// Its number may have become another's after it was listed.
+/// The process id may have been reused after the listing.
 TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
 {
     if (LbPath::c_Separator == L'\\')
@@ -348,7 +348,7 @@ TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
     {
         LbOs::KillProcess({number, L"anders"});
     }
-    // An end that was ordered comes a little later.
+    // A process that was told to end may end slightly later.
     EXPECT_FALSE(child->Wait(200));
     for (const unsigned long number : numbers)
     {

@@ -52,7 +52,7 @@ TEST(DefaultStylesheet, HasEveryClassOfThePages)
 
 TEST(DefaultStylesheet, FitsIntoAnyPage)
 {
-    // ASCII looks the same in every encoding; "<" and "&" would be markup.
+    // Only ASCII, which is the same in every encoding, and no markup characters.
     EXPECT_TRUE(std::ranges::all_of(LuTestSuiteUtils::GetDefaultStylesheet(), [](char character) {
         return character == '\r' || character == '\n' ||
                (character >= ' ' && character <= '~' && character != '<' && character != '&');

@@ -29,7 +29,7 @@ protected:
 
 TEST_F(CAllocationMapTest, HashIsFnv1aOfTheKeysBytes)
 {
-    // Reference values of the published algorithm over eight bytes, lowest first.
+    // Reference values of the published algorithm for eight bytes, lowest byte first.
     const auto reference = [](std::uint64_t key) {
         std::uint64_t hash = 0xCBF29CE484222325;
         for (int byte = 0; byte < 8; ++byte, key >>= 8U)

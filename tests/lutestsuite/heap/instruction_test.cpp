@@ -13,7 +13,7 @@ namespace
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Padded with instructions of one byte, so that nothing is too short.
+/// Padded with one-byte instructions, so that the code is never too short.
 int lengthOf(Bytes code)
 {
     code.resize(code.size() + LuTestSuite::c_InstructionMax, 0x90);
@@ -143,7 +143,7 @@ TEST(Instruction, TruncatedInstructionsAreRefused)
     ASSERT_EQ(lengthOf(code), 12);
     for (std::size_t size = 0; size < code.size(); ++size)
     {
-        // In memory of its own, so that a sanitizer sees a byte too many.
+        // On the heap, where a sanitizer detects reads beyond the end.
         const Bytes cut(code.begin(), code.begin() + static_cast<std::ptrdiff_t>(size));
         EXPECT_FALSE(DecodeInstruction(cut)) << size;
     }

@@ -5,7 +5,7 @@ using LuTestSuite::EPatchStatus;
 namespace
 {
 
-/// Beginnings of functions.
+/// First bytes of functions.
 class CPatchEngineMoving : public CPatchEngineTest
 {
 };
@@ -36,27 +36,27 @@ TEST_F(CPatchEngineMoving, ShortConditionalJumpNotTakenIsMoved)
 
 TEST_F(CPatchEngineMoving, NearConditionalJumpInTheFirstNineBytesIsMoved)
 {
-    // As glibc's free begins: test; jz with a displacement of 32 bits.
+    // The start of glibc's free: test; jz with a 32-bit displacement.
     expectMovable(CodePages{0x31, 0xC0, 0x0F, 0x84, 5, 0, 0, 0, 0xCC, 0xCC, 0xCC, 0xCC, 0xCC, 0xB8, 10, 0, 0, 0, 0xC3},
                   10);
 }
 
 TEST_F(CPatchEngineMoving, PushesAndStackPointerAreMoved)
 {
-    // As malloc of Wine's run-time begins: push rsi; push rbx; sub rsp, 28h; later all of it back.
+    // The start of malloc in Wine's C library: push rsi; push rbx; sub rsp, 28h; later the reverse.
     expectMovable(
         CodePages{0x56, 0x53, 0x48, 0x83, 0xEC, 0x28, 0xB8, 20, 0, 0, 0, 0x48, 0x83, 0xC4, 0x28, 0x5B, 0x5E, 0xC3}, 20);
 }
 
 TEST_F(CPatchEngineMoving, PartlyPatchedLongInstructionIsMoved)
 {
-    // As free and realloc of Wine's run-time begin: lea rsp, [rsp + 0], of eight bytes.
+    // The start of free and realloc in Wine's C library: lea rsp, [rsp + 0] with eight bytes.
     expectMovable(CodePages{0x48, 0x8D, 0xA4, 0x24, 0, 0, 0, 0, 0xB8, 21, 0, 0, 0, 0xC3}, 21);
 }
 
 TEST_F(CPatchEngineMoving, CallBehindTheStackPointerIsMoved)
 {
-    // As functions of the Windows run-time begin: sub rsp, 28h; call. The call goes over add rsp, 28h and ret.
+    // The start of functions in the Windows C library: sub rsp, 28h; call. The call skips add rsp, 28h and ret.
     expectMovable(
         CodePages{0x48, 0x83, 0xEC, 0x28, 0xE8, 5, 0, 0, 0, 0x48, 0x83, 0xC4, 0x28, 0xC3, 0xB8, 22, 0, 0, 0, 0xC3}, 22);
 }

@@ -62,7 +62,7 @@ TEST_F(CPatchEngineTest, DataIsNeitherTargetNorDetour)
 namespace
 {
 
-/// Calls of ProtectPages that go well before all fail.
+/// Number of calls of ProtectPages that succeed before all fail.
 int s_goodProtections = 0;
 
 bool protectSeldom(void* address, std::size_t size, std::uint32_t protection) noexcept
@@ -70,7 +70,7 @@ bool protectSeldom(void* address, std::size_t size, std::uint32_t protection) no
     return s_goodProtections-- > 0 && LbOs::ProtectPages(address, size, protection);
 }
 
-/// Two functions and an engine whose pages cannot be protected but a few times. Freezes threads, as CPatchEngineTest.
+/// Two functions, and an engine for which ProtectPages fails after a few calls. Freezes threads like CPatchEngineTest.
 class CPatchEngineProtection : public testing::Test
 {
 protected:
@@ -122,7 +122,7 @@ TEST_F(CPatchEngineProtection, PatchIsUndoneWhenTheProtectionCannotBeRestored)
 
 TEST_F(CPatchEngineProtection, AllAreEnabledOrNone)
 {
-    // Both protections of the first one, none of the second, both again to undo the first.
+    // Both protections of the first patch succeed, none of the second, and both again that undo the first.
     static int s_call = 0;
     s_call = 0;
     CPatchEngine engine({.protect = [](void* address, std::size_t size, std::uint32_t protection) noexcept {

@@ -11,7 +11,7 @@ using LuTestSuite::EPatchStatus;
 namespace
 {
 
-/// Threads that are where a patch is made.
+/// Threads that execute the code to be patched.
 class CPatchEngineThreads : public CPatchEngineTest
 {
 };
@@ -21,7 +21,7 @@ class CPatchEngineThreads : public CPatchEngineTest
 namespace
 {
 
-/// True when a thread's next instruction lies in the range.
+/// True if a thread's next instruction lies in the range.
 bool isThreadIn(const void* begin, std::size_t size)
 {
     LbOs::CThreadFreezer threads;
@@ -42,7 +42,7 @@ bool isThreadIn(const void* begin, std::size_t size)
 
 TEST_F(CPatchEngineThreads, ThreadInsideTheReplacedBytesIsMovedToTheTrampolineAndBack)
 {
-    // nop; pause; jump back to pause: for ever, until the jump becomes two nops
+    // nop; pause; jump back to pause: loops until the jump is replaced by two nops
     const CodePages code{0x90, 0xF3, 0x90, 0xEB, 0xFC, 0xB8, 1, 0, 0, 0, 0xC3};
     std::atomic<int> result = 0;
     std::thread thread([&code, &result] { result = code.Call(); });
@@ -54,7 +54,7 @@ TEST_F(CPatchEngineThreads, ThreadInsideTheReplacedBytesIsMovedToTheTrampolineAn
     EXPECT_TRUE(isThreadIn(m_trampoline, LuTestSuite::STrampoline::sc_uiCapacity));
     EXPECT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
     EXPECT_TRUE(isThreadIn(code.Get(), 5));
-    code.GetBytes()[4] = 0; // to the next instruction
+    code.GetBytes()[4] = 0; // jumps to the next instruction
     thread.join();
     EXPECT_EQ(result, 1);
 }
@@ -83,7 +83,7 @@ TEST_F(CPatchEngineThreads, ThreadsMayStartAndEndMeanwhile)
     EXPECT_EQ(strange, 0);
 }
 
-// Windows stops any thread.
+// Windows can stop any thread.
 TEST_F(CPatchEngineThreads, ThreadThatCannotBeStoppedPreventsAnyChange)
 {
     const bool canStop = LbOs::c_PathSeparator == L'\\';

@@ -155,7 +155,7 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, TrackersAreCalledInOrderOfRegistrat
     });
     m_tracker.ObserveSize(77);
     second.ObserveSize(78);
-    // The order of activation does not matter.
+    // The order of activation is irrelevant.
     second.Activate();
     m_tracker.Activate();
     s_free(s_malloc(77));

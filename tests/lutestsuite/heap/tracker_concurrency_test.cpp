@@ -16,7 +16,7 @@
 namespace
 {
 
-/// Without a lock of the run-time, which may allocate on first use.
+/// Works without the C library's locks, whose first use may allocate.
 class CFlag
 {
 public:
@@ -37,7 +37,7 @@ class LuTestSuiteHeapTrackerThreads : public LuTestSuiteHeapTrackerTest
 {
 };
 
-/// Allocates, resizes, fills, checks and frees until told to end.
+/// Allocates, resizes, fills, checks and frees until it is stopped.
 class CAllocatingThread
 {
 public:
@@ -80,7 +80,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
 {
     std::atomic<bool> isDone = false;
     std::atomic<bool> isLoaded = true;
-    // The loader's lock and threads that come and go are at work all the time.
+    // Other threads use the loader's lock, start and end all the time.
     std::thread loader([&] {
         const std::wstring path =
             LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + L"emptymodule" + LbOs::c_ModuleSuffix;
@@ -235,7 +235,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)
     constexpr int c_Rounds = 20'000;
     CFlag start;
     CFlag allDone;
-    // Threads that end give back what the run-time kept for them, through free.
+    // Ending threads free memory that the C library kept for them.
     CFlag mayEnd;
     std::atomic<int> running = c_ThreadCount;
     std::atomic<int> startedCount = 0;
@@ -308,7 +308,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, ThreadThatEndsLeavesOnlyItsLeak)
 {
     const auto leak = [](void*& block) { block = s_malloc(16); };
     void* block = nullptr;
-    // The run-time keeps some memory from the first thread for the next.
+    // The C library keeps some memory of the first thread for the next one.
     std::thread([] {}).join();
     LuTestSuiteHeapTracker tracker;
     std::thread(leak, std::ref(block)).join();

@@ -12,7 +12,7 @@ class LuTestSuiteHeapTrackerFailure : public LuTestSuiteHeapTrackerTest
 {
 };
 
-/// A function whose first instruction cannot be moved, for a moment in which nobody calls it.
+/// Temporarily replaces a function's first instruction with one that cannot be moved, while nobody calls the function.
 class UnmovableFunction : public INonCopyable
 {
 public:

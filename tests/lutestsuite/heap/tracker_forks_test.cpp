@@ -9,7 +9,7 @@
 namespace
 {
 
-/// Processes that fork beside threads with trackers.
+/// Processes that fork while threads use trackers.
 class LuTestSuiteHeapTrackerForkThreads : public LuTestSuiteHeapTrackerTest
 {
 protected:
@@ -23,7 +23,7 @@ protected:
     }
 };
 
-/// A thread that calls `function` again and again until it goes.
+/// A thread that calls `function` repeatedly until it is destroyed.
 template<typename F>
 class CRepeatingThread
 {
@@ -64,7 +64,7 @@ void allocateOnUsedStack()
     }
 }
 
-/// 0 when a tracker made here sees what it has to.
+/// 0 if a tracker created here counts correctly.
 int countOnce()
 {
     LuTestSuiteHeapTracker tracker;
@@ -136,7 +136,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, TrackerOfAnotherThreadCountsInAChildOn
     EXPECT_EQ(getOperationCount(*tracker), 2U) << "goes on in the parent";
 }
 
-// The first one of a process: each round has a process of its own.
+// The first tracker of a process: each round has its own process.
 TEST_F(LuTestSuiteHeapTrackerForkThreads, ForksDuringTheFirstInitializationLeaveAWorkingTrackerInTheChild)
 {
     const auto process = [] {
@@ -182,7 +182,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadsCreateAndDestroyTrackersDuringF
         return result + countOnce();
     };
     const CRepeatingThread unhooking([] { LuTestSuiteHeapTracker::UnhookAll(); });
-    // The latest, since a child's thread gets the stack of the latest thread first.
+    // The latest thread, because a child's first thread reuses the stack of the latest thread.
     const CRepeatingThread first(make);
     const CRepeatingThread second(make);
     for (int round = 0; round < 100; ++round)

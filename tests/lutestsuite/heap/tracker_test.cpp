@@ -21,7 +21,7 @@ std::wstring dump(const LuTestSuiteHeapTracker& tracker)
     return stream.GetText();
 }
 
-/// True when the sizes that a dump lists add up to the bytes that it tells.
+/// True if the sizes listed in a dump add up to its total.
 bool isConsistent(const LuTestSuiteHeapTracker& tracker)
 {
     const std::wstring text = dump(tracker);
@@ -56,7 +56,7 @@ TEST(LuTestSuiteHeapTrackerWithoutHeap, CountsNothingSilently)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-/// What no operation that goes well can bring about.
+/// Sets a state that no sequence of successful operations produces.
 class LuTestSuiteHeapTrackerConsistency : public LuTestSuiteHeapTrackerTest
 {
 protected:
@@ -117,7 +117,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, DumpReportsLackOfMemoryForItsList)
         block = s_malloc(16);
     }
     tracker.Deactivate();
-    // Room for the text on the heap, which gets no more either.
+    // The text uses the heap, which also has no further memory.
     s_free(s_malloc(100'000));
     if (!LbOs::SetPagesForbidden(true))
     {
@@ -175,8 +175,8 @@ TEST_F(LuTestSuiteHeapTrackerTest, KnownScriptIsExactToTheByte)
     LuTestSuiteHeapTracker tracker;
     void* first = s_malloc(100);
     void* const second = s_malloc(50);
-    first = s_realloc(first, 5000); // up
-    first = s_realloc(first, 10);   // down
+    first = s_realloc(first, 5000); // grows
+    first = s_realloc(first, 10);   // shrinks
     void* const grown = s_realloc(untracked, 900);
     s_free(untrackedToo);
     s_free(nullptr);
@@ -382,7 +382,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, TwoAllocationsAtOneAddressAreCountedTogether)
     tracker.Deactivate();
     s_free(first);
     tracker.Activate();
-    // The run-time hands a block out again sooner or later.
+    // The C library reuses a freed block sooner or later.
     std::vector<void*> others;
     tracker.Deactivate();
     others.reserve(1000);

@@ -11,7 +11,7 @@
 #include "tests/support/runtest.h"
 #include "tests/support/scopedfolder.h"
 
-/// A test may register it under other names.
+/// Registered by a test under other names.
 class CHomelessModel : public LuUnitTest
 {
     LB_RTTI(CHomelessModel)
@@ -44,7 +44,7 @@ protected:
                         m_folder.GetPath(), classes, cases);
     }
 
-    /// Describes cases of the passing model.
+    /// Writes descriptions of cases of the passing model.
     std::wstring Describe(const std::string& testCases) const
     {
         m_folder.WriteFile(L"CPassedModel/#ExtraInfo.xml", "<ExtraInfo>" + testCases + "</ExtraInfo>");

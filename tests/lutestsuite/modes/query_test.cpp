@@ -23,7 +23,7 @@ protected:
 
     std::wstring Query() { return Query(MakeSetup(m_folder.GetPath())); }
 
-    /// What stands below the selection.
+    /// The text after the selection.
     static std::wstring GetSummary(const std::wstring& dataDir, const wchar_t* classes, const wchar_t* cases)
     {
         return LbFormat(L"Datenverzeichnis: %s\nAusgewählte/Gefundene Klassen: %s\nAusgewählte/Gefundene Fälle: %s\n",

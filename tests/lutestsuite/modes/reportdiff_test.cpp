@@ -24,7 +24,7 @@ namespace
 class GenerateReportDiff : public testing::Test
 {
 protected:
-    /// Nothing but the two files.
+    /// Only the two files.
     LuTestSuiteSetup MakeSetup(std::vector<std::wstring> inputs) const
     {
         LuTestSuiteSetup setup;
@@ -94,7 +94,7 @@ TEST_F(GenerateReportDiff, UsesTheSettingsOfThePageFromTheSetup)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"LuTestSuite.js")));
     const std::vector<SPageRow> rows = GetRows(ReadPage(setup.diffOutput), "testcases");
     EXPECT_TRUE(std::ranges::none_of(rows.begin() + 1, rows.end(), &std::string::empty, &SPageRow::rowClass));
-    // The leak of the reference run is no case of the later one: worse only where warnings count.
+    // The leaking case exists only in the reference run: it is worse only if warnings count.
     EXPECT_TRUE(std::ranges::any_of(rows, [](const SPageRow& row) { return row.cells.at(4) == "Leck"; }));
 }
 
@@ -208,7 +208,8 @@ TEST_F(GenerateReportDiff, OpensThePageOnTheDesktop)
     setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
     Generate(setup);
 
-    // Neither the page that nobody asked for, nor those that could not be written, be there an older one or not.
+    // Neither the page that was not requested nor the pages that could not be written, whether an older page exists or
+    // not.
     EXPECT_EQ(opened.Await(), std::vector<std::wstring>{setup.diffOutput});
 }
 

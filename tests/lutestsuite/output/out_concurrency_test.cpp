@@ -17,7 +17,7 @@ namespace
 constexpr int c_Threads = 8;
 constexpr int c_LinesPerThread = 200;
 
-/// Prints from all threads at once: each thread its own letter, a line at a time.
+/// Prints from all threads at once, each its own letter, one line at a time.
 void printFromAllThreads()
 {
     std::vector<std::jthread> threads;
@@ -33,7 +33,7 @@ void printFromAllThreads()
     }
 }
 
-/// Notices a second call while one is under way. Registered for the rest of the process.
+/// Detects a second call during another one. Registered for the rest of the process.
 class COverlapDetector : public LuTestSuiteOut::LuCustomOut
 {
 public:

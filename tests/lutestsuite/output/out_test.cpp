@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
-/// What went to standard output since CaptureStdout, with line feeds on all platforms.
+/// The standard output since CaptureStdout, with line feeds on all platforms.
 std::string GetConsoleText()
 {
     std::string text = GetCapturedStdout();
@@ -219,7 +219,7 @@ TEST(LuTestSuiteOut, ReachesCustomOutputsBesideTheConsole)
     EXPECT_EQ(output.GetText(), L"beide\n");
 }
 
-/// Custom outputs cannot be removed: these are made once for the process and do their work while a test wants it.
+/// Custom outputs cannot be removed: these exist once per process, and tests switch them on.
 class CSwitchedOut : public LuTestSuiteOut::LuCustomOut
 {
 public:
@@ -235,7 +235,7 @@ public:
         }
     }
 
-    /// Registers an A that throws, a B, and the A again, once in a process; all write to `log` from now on.
+    /// Registers A, which throws, B, and A again, once per process; from now on all write to `log`.
     static void WriteTo(std::wstring* log)
     {
         static CSwitchedOut& first = *new CSwitchedOut(L"A", true);

@@ -46,7 +46,7 @@ protected:
         return rows;
     }
 
-    /// The class of the one row of the case table.
+    /// The class attribute of the only row in the case table.
     std::string GetState(const std::vector<SCase>& a, const std::vector<SCase>& b, bool tolerateWarnings = false)
     {
         const std::vector<SPageRow> rows = GetCaseRows(a, b, {.tolerateWarnings = tolerateWarnings});
@@ -54,7 +54,7 @@ protected:
         return rows.at(0).rowClass;
     }
 
-    /// Rows of the class table without its heading; none without table.
+    /// Rows of the class table without its heading; empty if there is no table.
     std::vector<SPageRow> GetClassRows(const std::vector<SClass>& a, const std::vector<SClass>& b,
                                        bool tolerateWarnings = false)
     {

@@ -17,7 +17,7 @@ using LuMarkupWriter = LuTestSuiteUtils::LuMarkupWriter;
 class LuMarkupWriterTest : public testing::Test
 {
 protected:
-    /// What `write` writes to a file of its own.
+    /// The content that `write` writes to a new file.
     template<typename F>
     std::string Write(const F& write)
     {

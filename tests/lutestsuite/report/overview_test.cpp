@@ -24,7 +24,7 @@ using SData = LuTestSuiteReport::SReportData;
 class ReportDirectoryOverview : public testing::Test
 {
 protected:
-    /// Puts a report into the archive, by default of a run of three cases of which one failed.
+    /// Adds a report to the archive, by default of a run with three cases of which one failed.
     void AddReport(const std::wstring& name, const std::wstring& dateBegin,
                    const std::wstring& configuration = L"Release x64", std::uint32_t successful = 2,
                    std::uint32_t total = 3)
@@ -422,7 +422,7 @@ TEST_F(ReportDirectoryOverview, PrintsOneLineWhenItCannotBeWritten)
     int count = 0;
     for (const SUnwritablePlace& place : places)
     {
-        // An overview has no place elsewhere.
+        // An overview's path cannot be chosen.
         if (!place.path.starts_with(m_folder.GetPath()))
         {
             continue;

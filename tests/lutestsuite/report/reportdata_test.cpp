@@ -16,7 +16,7 @@ using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SCaseInfo;
 using SReportData = LuTestSuiteReport::SReportData;
 
-/// A record made of a run that never was.
+/// A record of an invented run.
 class LuTestSuiteReportData : public testing::Test
 {
 protected:
@@ -27,7 +27,7 @@ protected:
         return data;
     }
 
-    /// The reported lines of one case with these messages: "E:" or "I:" and the text.
+    /// The reported lines of one case with these messages, as "E:" or "I:" and the text.
     std::vector<std::wstring> GetLines(const std::wstring& messages)
     {
         SCaseInfo info;

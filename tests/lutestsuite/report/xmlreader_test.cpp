@@ -24,7 +24,7 @@ using SReportData = LuTestSuiteReport::SReportData;
 class XmlReportReader : public testing::Test
 {
 protected:
-    /// Reads a report of this root content. The record holds something else first.
+    /// Reads a report with this root content into a record with other content.
     SReportData Read(const std::string& content) const
     {
         SReportData data;
@@ -299,13 +299,13 @@ TEST_F(XmlReportReader, RefusesAWrongRoot)
 TEST_F(XmlReportReader, RefusesPathsThatAreNoFiles)
 {
     std::vector<std::wstring> places = {LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"))};
-    // Without end.
+    // Infinite.
     const std::wstring device = L"/dev/zero";
     if (LbFileSystem::IsFile(device))
     {
         places.push_back(device);
     }
-    // Nobody will ever write to it.
+    // A pipe to which nobody writes.
     if (const std::wstring pipe = m_folder.GetPathOf(L"Leitung.xml"); LbOs::MakePipe(pipe))
     {
         places.push_back(pipe);
@@ -359,7 +359,7 @@ TEST_F(XmlReportReader, NeedsLessThanSixTimesTheFileInMemory)
         SReportData data;
         return LuTestSuiteReport::LoadReportDataFromXMLFile(path, data) && data.Cases.size() == c_ManyCases;
     });
-    // Sanitizers keep more of everything.
+    // Sanitizers increase memory use.
     if (!peak || !CanLimitHost())
     {
         GTEST_SKIP() << "the memory of a process of its own cannot be had";

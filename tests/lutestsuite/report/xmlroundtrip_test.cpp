@@ -18,7 +18,7 @@ namespace
 
 using SReportData = LuTestSuiteReport::SReportData;
 
-/// What is written, read and written again.
+/// The record after writing, reading and writing again.
 class XmlReportRoundTrip : public testing::Test
 {
 protected:
@@ -60,7 +60,7 @@ TEST_F(XmlReportRoundTrip, WritesTheSameBytesForRandomRecords)
     }
 }
 
-/// Damages a report at a few random places.
+/// Damages a report at a few random positions.
 std::string damage(std::string bytes, std::mt19937& random)
 {
     static constexpr const char* c_Pieces[] = {"<",
@@ -104,7 +104,7 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingADamagedReportOnce)
         {
             continue;
         }
-        // What is left of the damage is no longer markup, or makes the report unreadable.
+        // The remaining damage is not in markup, or the report is unreadable.
         const std::string first = Write(data);
         SReportData again;
         if (Read(again))
@@ -113,12 +113,12 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingADamagedReportOnce)
             ASSERT_EQ(Write(again), first) << "seed " << seed;
         }
     }
-    // Most damage makes a report unreadable; enough of it does not.
+    // Most damage makes a report unreadable; some does not.
     EXPECT_GE(readable, 35U);
     EXPECT_LE(readable, 50U);
 }
 
-/// Places in the texts of elements that have no children.
+/// Positions in the texts of elements without children.
 std::vector<std::size_t> findTexts(const std::string& bytes)
 {
     std::vector<std::size_t> places;
@@ -136,7 +136,7 @@ std::vector<std::size_t> findTexts(const std::string& bytes)
     return places;
 }
 
-/// Adds to a report's texts what no report of ours has, but any reader must bear.
+/// Adds texts to a report that the writer never produces but any reader must accept.
 std::string addForeign(std::string bytes, std::mt19937& random)
 {
     static constexpr const char* c_Pieces[] = {"<!-- <x> -->",
@@ -177,7 +177,7 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingAReportWithForeignTextsOnce)
 
 TEST_F(XmlReportRoundTrip, DropsAnEmptyBuildRecord)
 {
-    // As builds outside of a checkout have it.
+    // As in builds outside a checkout.
     SReportData data;
     data.PscmInfo = std::make_unique<LuTestSuiteUtils::SPscmInfo>();
     EXPECT_NE(Write(data).find("\t\t<PscmRepository></PscmRepository>\n"), std::string::npos);

@@ -26,7 +26,7 @@ protected:
         return LbFileSystem::ReadFile8Bit(path);
     }
 
-    /// One case of this content, and the lines from its start tag to its end tag.
+    /// The lines of one case with this content, from its start tag to its end tag.
     std::string WriteCase(const LuTestSuiteReport::SReportCase& testCase) const
     {
         SReportData data;

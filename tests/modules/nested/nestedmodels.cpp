@@ -1,4 +1,4 @@
-/// A unit test in a module that stands in a folder beside the host.
+/// A unit test in a module that is in a folder beside the host.
 
 #include "base/luunittest.h"
 
