@@ -58,7 +58,7 @@ function(lutestsuite_write_build_record source_directory file)
     endif()
 endfunction()
 
-# Empty when there is no git, or when it has no answer.
+# Empty if git is missing or fails.
 function(lutestsuite_ask_git directory variable)
     find_program(LUTESTSUITE_GIT git)
     set(answer "")

@@ -3,7 +3,7 @@
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
     if(NOT OpenMP_CXX_FOUND)
-        # Its pragmas are plain loops then.
+        # Without OpenMP its pragmas have no effect.
         add_compile_options(-Wno-unknown-pragmas)
     endif()
 endif()

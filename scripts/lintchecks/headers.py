@@ -1,4 +1,4 @@
-"""Each header compiles alone, with every compiler of the project that is there."""
+"""Each header compiles alone, with every installed compiler of the project."""
 
 import concurrent.futures
 import os
@@ -28,7 +28,7 @@ def check(tree):
 
 
 def _is_for(tree, name, platform):
-    """A header of one side of the platform layer stands in that side's folder. Benchmarks are for Linux only."""
+    """Headers for one platform are in that platform's folder. Benchmarks are for Linux only."""
     if platform == "windows" and "#include <benchmark/" in (tree.root / name).read_text(encoding="utf-8"):
         return False
     return not any(name.startswith(f"base/os/{other}/") for other in COMPILERS if other != platform)
@@ -41,7 +41,7 @@ def _compile(tree, platform, compiler, name):
     if platform == "windows":
         cache = os.environ.get("XDG_CACHE_HOME") or str(pathlib.Path.home() / ".cache")
         includes += ["-isystem", f"{cache}/lutestsuite/mingw/include"]
-    # Twice, so that a missing guard shows.
+    # Included twice, to detect a missing include guard.
     source = f'#include "{name}"\n' * 2
     command = [compiler, *includes, *DEFINITIONS, *OPTIONS]
     environment = {**os.environ, "LC_ALL": "C"}

@@ -1,11 +1,11 @@
-"""Includes go down only. The table says on which layer a file stands; the first pattern that fits decides."""
+"""Includes go down only. The table assigns a layer to each file; the first matching pattern decides."""
 
 import fnmatch
 
 SUITE = "testing/lutestsuite/"
 
 LAYERS = [
-    # What the platform layer itself stands on: export marks, how it fails and where, text conversion, command lines.
+    # Used by the platform layer itself: export marks, exceptions, source locations, text conversion, command lines.
     ("base/lbexport.h", 0),
     ("base/lbexception.*", 0),
     ("base/lbsourcelocation.h", 0),
@@ -34,7 +34,7 @@ LAYERS = [
     (SUITE + "run/*", 9),
     (SUITE + "duplicates/*", 10),
     (SUITE + "archive/*", 10),
-    # The entry that picks the mode, and the auxiliary modes, stand above the run and its reports.
+    # The entry that picks the mode, and the auxiliary modes, are above the run and its reports.
     (SUITE + "modes/*", 11),
     ("testing/lutestsuitecli/*", 12),
 ]

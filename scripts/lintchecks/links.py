@@ -12,7 +12,7 @@ import subprocess
 
 from .layers import layer_of
 
-# The first of each row that has objects is read.
+# From each row the first preset with object files is read.
 PRESETS = (
     ("linux-debug", "linux-release", "linux-asan", "linux-tsan"),
     ("mingw-release", "mingw-debug"),
@@ -51,7 +51,7 @@ def _check_platform(tree, presets):
 
 
 def _objects_of(tree, preset):
-    """Source and object file of everything that the product consists of."""
+    """Source and object file of each part of the product."""
     objects = {}
     for folder, target in TARGETS:
         root = tree.root / "build" / preset / folder / "CMakeFiles" / f"{target}.dir"
@@ -63,11 +63,11 @@ def _objects_of(tree, preset):
 
 
 def _first_stale(tree, objects):
-    """A source that changed after it was compiled, or that was not compiled at all."""
+    """A source that changed after its compilation or was never compiled."""
     for source, path in objects.items():
         if path.stat().st_mtime < (tree.root / source).stat().st_mtime:
             return source
-    # The other platform's side has no objects here.
+    # Sources of the other platform have no objects here.
     sided = ("_linux.cpp", "_windows.cpp")
     for name in tree.sources():
         is_product = name.startswith(("base/", "testing/")) and name.endswith(".cpp")
@@ -78,7 +78,7 @@ def _first_stale(tree, objects):
 
 
 def _calls_between(objects):
-    """For each source the sources it calls, with one symbol as a witness: {caller: {callee: symbol}}."""
+    """For each source the sources it calls, with one symbol as an example: {caller: {callee: symbol}}."""
     definers = collections.defaultdict(set)
     needs = {}
     for source, path in objects.items():
@@ -96,7 +96,7 @@ def _calls_between(objects):
 
 
 def _symbols_of(path: pathlib.Path):
-    """Names that the object defines for others, and names that it takes from others."""
+    """Symbols that the object defines, and symbols that it uses from others."""
     output = subprocess.run(["nm", "--format=posix", "--extern-only", str(path)],
                             check=True, capture_output=True, text=True).stdout
     defined, needed = set(), set()
@@ -130,7 +130,7 @@ def _circles_of_folders(tree, calls, preset):
     for name in tree.sources():
         if name.startswith(("base/", "testing/")):
             for _, included in tree.includes_of(name):
-                # Public headers stand on a layer of their own, below the folders that define their operations.
+                # Public headers have their own layer, below the folders that define their operations.
                 if included in known and not _is_public(included):
                     edges[_folder(name)].add(_folder(included))
     for caller, callees in calls.items():
@@ -155,7 +155,7 @@ def _is_public(name):
 
 
 def _circles(edges):
-    """Strongly connected components of more than one node. Small graphs: what reaches each other is one circle."""
+    """Strongly connected components of more than one node, found by reachability, since the graphs are small."""
     reached = {node: _reachable(edges, node) for node in edges}
     left = set(edges)
     while left:

@@ -1,6 +1,6 @@
 """Operating-system code stays in base/os, and one header there includes <windows.h>.
 
-What one of the platforms does not do right is used on none.
+Facilities that do not work correctly on one platform are used on neither.
 """
 
 import re
@@ -19,7 +19,7 @@ PLATFORM_HEADER = re.compile(
     re.IGNORECASE,
 )
 
-# libstdc++ without futexes, that is under MinGW, loses wake-ups of these. LbEvent and condition variables do not.
+# libstdc++ without futexes, as with MinGW, loses wake-ups of these. LbEvent and condition variables do not.
 LOSES_WAKE_UPS = re.compile(r"\bstd::(?:latch|barrier|counting_semaphore|binary_semaphore)\b")
 
 

@@ -1,6 +1,6 @@
 """Files under 500 lines, functions of at most 60, lines of at most 120 characters (clang-format sees to those of C++).
 
-A longer file or function says why in a comment that begins with "long because".
+A longer file or function gives the reason in a comment that begins with "long because".
 """
 
 import re
@@ -13,7 +13,7 @@ LINE_LIMIT = 120
 REASON = "long because"
 
 _MEASURED = (".h", ".cpp", ".py", ".cmake", "CMakeLists.txt")
-# What may stand between the parameters and the body of a function.
+# Allowed between the parameters and the body of a function.
 _FUNCTION_HEAD = re.compile(
     r"\)\s*(?:(?:const|mutable|override|final|try|&&?|noexcept(?:\s*\([^()]*\))?)\s*)*"
     r"(?:->\s*[^;{}=]+|requires\b[^;{}]*|:[^;{}]*)?\s*$",
@@ -54,7 +54,7 @@ def functions_of(code):
         if match[0] == "{":
             in_function = any(kind == "function" for kind, _ in kinds)
             head = code[head_start:match.start()]
-            # Behind a constructor's "m_a{1}" comes the next member or the body.
+            # A constructor's "m_a{1}" is followed by the next member or the body.
             goes_on = closed == "function" and (not head.strip() or head.lstrip().startswith(","))
             is_function = not in_function and (goes_on or _FUNCTION_HEAD.search(head))
             kinds.append(("function" if is_function else "other", line))

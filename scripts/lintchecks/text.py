@@ -1,11 +1,11 @@
-"""Encoding, line ends, blanks, tabs, and words that have no place in a project that is handed on."""
+"""Encoding, line ends, blanks, tabs, and words that must not appear in the project."""
 
 import re
 
 from .tree import is_data
 
 _TABS_ALLOWED = (".gitmodules", "Makefile")
-# What the library writes beside its reports, with the line ends of the home platform.
+# Files that the library writes beside its reports, with Windows line ends.
 _CARRIAGE_RETURNS = re.compile(r"testing/lutestsuite/resources/[^/]*\.(?:css|js)")
 _BINARY = (".png", ".gz", ".zz", ".ico")
 
@@ -15,7 +15,7 @@ WORDS = [
     (re.compile(r"\bParts? \d+(?:\.\d+)?\b"), "document outside the project"),
     (re.compile(r"\b(?:TODO|FIXME|XXX|HACK|GROWING)\b"), "unfinished mark"),
 ]
-# They name the words in order to find them.
+# These files contain the words in order to find them.
 _WORDS_ALLOWED = ("scripts/lintchecks/text.py", "tests/lint/")
 
 

@@ -1,4 +1,4 @@
-"""The files under check, and C++ text without what a rule must not trip over."""
+"""The checked files, and C++ text without the parts that rules must ignore."""
 
 import functools
 import os
@@ -6,7 +6,7 @@ import pathlib
 import re
 import subprocess
 
-# Compared byte for byte by tests, or input of tests: their bytes are as they must be.
+# Input of tests, or compared byte for byte by tests.
 DATA = ("examples/data/", "fuzz/corpus/", "tests/data/", "tests/golden/", "tests/install/outside/data/")
 
 _NOISE = re.compile(
@@ -19,11 +19,11 @@ _NOISE = re.compile(
 
 
 class Tree:
-    """A checkout, or any folder: what git would commit, or every file where there is no git."""
+    """A checkout, or any folder: the files that git would commit, or all files without git."""
 
     def __init__(self, root: pathlib.Path) -> None:
         self.root = root.resolve()
-        # What a check could not look at, for the reader of its result.
+        # Notes about checks that were skipped.
         self.notes: list[str] = []
         self.files = sorted(name for name in self._names() if (self.root / name).is_file())
 

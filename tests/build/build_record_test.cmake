@@ -1,4 +1,4 @@
-# What a build knows of its origin: cmake -D folder=<folder> -P build_record_test.cmake
+# Tests a build's record of its origin: cmake -D folder=<folder> -P build_record_test.cmake
 
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/../../cmake/BuildRecord.cmake")
@@ -37,7 +37,7 @@ endfunction()
 file(REMOVE_RECURSE "${folder}")
 file(WRITE "${folder}/source/CMakeLists.txt" "")
 
-# Not in a checkout, or in one that knows nothing of the sources.
+# Outside a checkout, or in a checkout that does not track the sources.
 lutestsuite_write_build_record("${folder}/source" "${folder}/none.txt")
 file(READ "${folder}/none.txt" none)
 if(NOT none STREQUAL "")

@@ -1,17 +1,17 @@
-# Compares what a library exports with what a program takes from it. Expects: NM, OBJDUMP.
+# Compares the symbols that a library exports with those that a program imports from it. Expects: NM, OBJDUMP.
 
-# Run as a script, where nothing else says so.
+# A script has no project that sets policies.
 cmake_policy(VERSION 3.25)
 
-# The public classes and functions. Private operations begin in lower case, but for those of the reports. The option
-# parser and two constructors of LuTestSuiteOut (without arguments, and from text) are private, too.
+# The public classes and functions. Private operations begin in lower case, except those of the reports. The option
+# parser and two constructors of LuTestSuiteOut (without arguments, and from text) are also private.
 set(public_names "LuTestSuite(Utils|Report|Tree|Out|HeapTracker|Setup|Environment|Run)::")
 set(private_names "LuOptionParser|^LuTestSuiteOut::LuTestSuiteOut\\((\\)|std::)|^LuTestSuite(Utils|Tree|Out)::[a-z]")
-# Of the heap tracker all but "dump".
+# All operations of the heap tracker except "dump".
 string(APPEND private_names "|^LuTestSuiteHeapTracker::([a-ce-z]|d[^u])")
 
-# What is shipped for Windows names in its tables only what is exported and what is imported. A library does not import
-# what it exports, and a program exports nothing, so that the two need not be told apart.
+# The symbol tables of stripped Windows files contain only exports and imports. A library does not import its own
+# exports, and a program exports nothing, so the two need not be distinguished.
 function(dump_windows_symbols file result)
     execute_process(COMMAND "${OBJDUMP}" -p "${file}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
     string(REGEX MATCHALL "_Z[A-Za-z0-9_.]+" symbols "${output}")
@@ -36,7 +36,7 @@ endfunction()
 
 function(list_symbols file kind result)
     dump_symbols("${file}" ${kind} output)
-    # Brackets would keep a list from being split.
+    # CMake does not split a list inside brackets.
     string(REGEX REPLACE "[][]" "" output "${output}")
     string(REPLACE "\n" ";" lines "${output}")
     list(TRANSFORM lines REPLACE "^[0-9a-f ]+ [TU] " "")

@@ -1,4 +1,4 @@
-# Installs a build tree, builds the project in outside/ against it and looks at what its run prints.
+# Installs a build tree, builds the project in outside/ against it and checks the output of its run.
 # Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, NM, OBJDUMP.
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/outside")
@@ -16,7 +16,7 @@ function(run)
     set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-# Nothing of an earlier run may help.
+# Removes the files of earlier runs.
 file(REMOVE_RECURSE "${WORK}")
 run("${CMAKE_COMMAND}" --install "${BUILD_TREE}" --config "${CONFIG}" --prefix "${prefix}")
 
@@ -42,7 +42,7 @@ foreach(expected "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\t
     endif()
 endforeach()
 
-# The program that calls every exported operation, with user data of its own.
+# The program that calls every exported operation, with its own user data.
 cmake_path(GET HOST EXTENSION suffix)
 set(user "${WORK}/user")
 set(calls "${WORK}/calls/")
@@ -62,7 +62,7 @@ if(NOT IS_DIRECTORY "${user}/LuTestSuite/Orvell/Temp")
     message(FATAL_ERROR "The program's user data is not in ${user}")
 endif()
 
-# What the library exports and what the program takes from it, by signature, so that no operation is forgotten.
+# Exported and imported operations must agree by signature, so that no operation is forgotten.
 include("${CMAKE_CURRENT_LIST_DIR}/exported_operations.cmake")
 file(GLOB library "${build}/bin/*LuTestSuite.so" "${build}/bin/*LuTestSuite.dll")
 expect_every_operation_called("${library}" "${build}/bin/OutsideHost${suffix}")

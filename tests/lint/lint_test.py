@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Feeds scripts/lint small trees, good and bad, and looks at what it says."""
+"""Runs scripts/lint on small trees, good and bad, and checks its output."""
 
 import os
 import pathlib
@@ -269,7 +269,7 @@ class Text(Lint):
         self.assert_clean("text", {"tests/golden/a.txt": b"\t\xe4 \r\n\n", "examples/data/C/a.txt": b"\xe4"})
 
     def test_words(self):
-        # In pieces, so that this file itself holds none of them.
+        # Split, so that this file does not contain the words itself.
         for text in ("see /home/me/a", "as the specifi" "cation says", "Part " "3.1", "// TO" "DO"):
             with self.subTest(text):
                 self.assert_breach("text", {"README.md": text + "\n"}, "README.md:1")

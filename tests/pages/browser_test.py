@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Do the pages do in a browser what they should? browser_test.py PAGES CHROMIUM CHROMEDRIVER
+"""Tests the behaviour of pages in a browser. browser_test.py PAGES CHROMIUM CHROMEDRIVER
 
 Leaves pictures of the pages in PAGES, for those who want to look.
 """
@@ -11,7 +11,7 @@ SORTS = """
     return Array.from(document.querySelectorAll('#testcases th'), function (cell) {
         return cell.getAttribute('aria-sort'); });
 """
-# Of a table with these rows under one sortable heading, the texts after a click, and after a second one.
+# For a table with these rows under one sortable heading: the texts after a click, and after a second click.
 SORT_TEXTS = """
     var table = document.getElementById('testcases');
     var rows = table.tBodies[0];
@@ -23,7 +23,7 @@ SORT_TEXTS = """
     }
     return [sort(), sort()];
 """
-# Contrast of the text of an element with what is behind it, by the usual formula.
+# Contrast between an element's text and its background, by the WCAG formula.
 CONTRAST = """
     function luminance(color) {
         var parts = color.match(/[\\d.]+/g).slice(0, 3).map(function (part) {
@@ -220,7 +220,7 @@ class Look(Pages):
 
     def test_hostile_reports_stay_texts(self):
         self.open("hostile.html")
-        # What a text did at once has happened by now; what it would do under a mouse is an attribute of an element.
+        # Injected scripts would have run by now; injected handlers would be attributes of an element.
         self.assertEqual("LuTestSuite Report", self.browser.run("return document.title"))
         self.assertEqual([], self.browser.run("""
             return Array.from(document.querySelectorAll('body *')).filter(function (element) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Are failed cases easy to find, and do pages fit every window? comforts_test.py PAGES CHROMIUM CHROMEDRIVER"""
+"""Tests finding failed cases, and layout in all window sizes. comforts_test.py PAGES CHROMIUM CHROMEDRIVER"""
 
 from pagetest import Pages, main
 from webdriver import TAB
@@ -11,7 +11,7 @@ VISIBLE_CLASSES = """
         .filter(function (row) { return row.getClientRects().length > 0; })
         .map(function (row) { return row.className; });
 """
-# The marked case: its number among the failed ones, and whether the whole of it can be seen below the heading.
+# The marked case: its index among the failed ones, and whether it is completely visible below the heading.
 CURRENT = """
     var rows = Array.from(document.querySelectorAll(arguments[0]));
     var current = document.querySelectorAll('#testcases tr.current');
@@ -19,8 +19,8 @@ CURRENT = """
     var heading = document.querySelector('#testcases tr').getBoundingClientRect();
     return place && [rows.indexOf(current[0]), place.top >= heading.bottom && place.bottom <= innerHeight];
 """
-# Words that stand on more than one line. Blanks and hyphens end a word. Rows out of sight have no layout, so that they
-# are laid out first.
+# Words that are broken across lines. Blanks and hyphens end a word. Invisible rows have no layout, so they are laid out
+# first.
 BROKEN_WORDS = """
     document.head.appendChild(document.createElement('style')).textContent =
         '#testcases tr:nth-child(-n+60) { content-visibility: visible !important; }';

@@ -1,4 +1,4 @@
-"""What tests of pages in a browser share. A test program's arguments are PAGES CHROMIUM CHROMEDRIVER."""
+"""Shared by tests of pages in a browser. A test program's arguments are PAGES CHROMIUM CHROMEDRIVER."""
 
 import pathlib
 import sys

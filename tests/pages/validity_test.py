@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Are the pages well-formed, and valid by their document type? validity_test.py PAGES XMLLINT CATALOG"""
+"""Tests that pages are well-formed and valid by their document type. validity_test.py PAGES XMLLINT CATALOG"""
 
 import pathlib
 import re
@@ -10,13 +10,13 @@ import unittest
 
 pages, xmllint, catalog = pathlib.Path(), "", ""
 
-# What the overview's markup has been from the start: an anchor beside its heading, one identifier for all tables.
+# Required markup of the overview that is not valid: an anchor beside its heading, one identifier for all tables.
 KNOWN_IN_OVERVIEWS = re.compile(r"Element body content does not follow the DTD|ID overview already defined")
 
 
 class Validity(unittest.TestCase):
     def complaints(self, page, *options):
-        # The encoding stands in a meta element, which XML knows nothing of.
+        # The encoding is given in a meta element, which XML parsers ignore.
         text = (pages / page).read_bytes().decode("iso-8859-1")
         with tempfile.NamedTemporaryFile(suffix=".xhtml") as file:
             file.write(text.encode())

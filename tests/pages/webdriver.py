@@ -1,4 +1,4 @@
-"""A browser without window, driven over the WebDriver protocol: just what tests of pages need."""
+"""A headless browser driven over the WebDriver protocol, with only the commands that tests of pages need."""
 
 import base64
 import json
@@ -12,7 +12,7 @@ CHROMIUM_OPTIONS = (
     "--disable-background-networking", "--disable-component-update", "--disable-dev-shm-usage",
     "--force-device-scale-factor=1", "--window-size=1400,1000",
 )
-# No proxy may stand between this machine and itself.
+# No proxy for local connections.
 OPENER = urllib.request.build_opener(urllib.request.ProxyHandler({}))
 
 
@@ -60,7 +60,7 @@ class Browser:
         self.do("url", {"url": page.resolve().as_uri()})
 
     def run(self, script, *arguments):
-        """What the script returns; `arguments` are its own."""
+        """Runs the script with `arguments` and returns its result."""
         return self.do("execute/sync", {"script": script, "args": list(arguments)})
 
     def press(self, key):
@@ -72,7 +72,7 @@ class Browser:
         self.do(f"element/{element}/click", {})
 
     def emulate(self, scheme="light", media=""):
-        """Without a medium pages are for the screen, and printed ones for paper."""
+        """Sets the medium. Without one, pages use the screen, and printed pages paper."""
         features = [{"name": "prefers-color-scheme", "value": scheme}]
         self.command("Emulation.setEmulatedMedia", media=media, features=features)
 
@@ -81,18 +81,18 @@ class Browser:
                      mobile=False)
 
     def command(self, name, **parameters):
-        """Of the browser's own protocol."""
+        """Runs a command of the browser's own protocol."""
         return self.do("goog/cdp/execute", {"cmd": name, "params": parameters})
 
     def cpu_time(self):
-        """Seconds that the page's main thread has worked; Performance must be enabled for threadTicks."""
+        """Seconds of work of the page's main thread; Performance must be enabled for threadTicks."""
         metrics = {metric["name"]: metric["value"] for metric in self.command("Performance.getMetrics")["metrics"]}
         return metrics["TaskDuration"]
 
     def save_screenshot(self, file, highest=4000):
-        """Of the whole page, not only of what fits the window, but for what is below `highest` pixels."""
+        """Of the whole page, not only its visible part, up to a height of `highest` pixels."""
         width, height = self.run("return [innerWidth, document.documentElement.scrollHeight]")
-        # A window of that height: rows below its end would be empty, since only rows that are seen are laid out.
+        # The window gets that height, because only visible rows are laid out; others would be empty.
         self.resize(width, min(height, highest))
         picture = self.command("Page.captureScreenshot")["data"]
         self.command("Emulation.clearDeviceMetricsOverride")

@@ -1,6 +1,6 @@
-"""XML reports as readers see them that know nothing of this project: all count the same cases, failures and errors.
+"""Reads XML reports with independent programs: all must count the same cases, failures and errors.
 
-One report is made up and has every outcome there is; the other one is that of the host's run of the tests' modules.
+One report is generated and contains every result; the other one is written by a run of the tests' modules.
 
 readers_test.py MAKE_REPORT HOST FOLDER XMLLINT NODE NODE_FOLDER SYSTEM_PYTHON
 """
@@ -14,7 +14,7 @@ import unittest
 import xml.parsers.expat
 
 CASES = 60000
-# In a data set's file and so in a message of the cases that fail.
+# Text in a data set's file, and thus in a message of the failing cases.
 CONTENTS = ("gut", "schlecht <a href=\"x\">'&'</a> ]]> größer \x02\x1b[31m\u0085 € \U0001F600", "anders", "")
 FILES_IN_A_FOLDER = 100
 MODULES = ("resultmodels", "exceptionmodels", "messagemodels", "datasetmodels")
@@ -111,7 +111,7 @@ class MadeReport(Readers, unittest.TestCase):
     @classmethod
     def make(cls):
         run(Tools.make_report, cls.report, CASES)
-        # By the remainder of a case's number: the results 0 to 8, then 0 and 1 again.
+        # The result depends on the remainder of a case's number: 0 to 8, then 0 and 1 again.
         results = [index % 11 % 9 for index in range(CASES)]
         return CASES, sum(result in (1, 2, 3, 4) for result in results), sum(result > 4 for result in results)
 
@@ -127,7 +127,7 @@ class HostReport(Readers, unittest.TestCase):
             folder.mkdir(parents=True, exist_ok=True)
             (folder / f"Satz {index} 'größer' & \"kleiner\" <b>.txt").write_text(CONTENTS[index % len(CONTENTS)])
         modules = [word for module in MODULES for word in ("--dll", module)]
-        # Some cases fail, and the verdict with them.
+        # Some cases fail, so the verdict is negative.
         done = subprocess.run([Tools.host, "-d", data, *modules, "--xml", cls.report], capture_output=True, timeout=500)
         if done.returncode != 1:
             raise AssertionError(f"The host ended with {done.returncode}: {done.stderr[-2000:]}")
