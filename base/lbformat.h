@@ -209,7 +209,7 @@ using LbFormatString = LbCheckedFormat<std::type_identity_t<T>...>;
 /// format throws LbException with the mistake and the format's location. Any thread.
 LB_API std::wstring LbFormatArguments(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
 
-/// Describes the mistake of a run-time format in German, with file and line; empty if there is none, and for formats
+/// Describes the mistake of a run-time format in German, with file and line. Empty for correct formats and for formats
 /// that the compiler checked. Any thread.
 LB_API std::wstring LbDescribeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
 

@@ -14,7 +14,7 @@ namespace LbOs
 /// registrations may remain. Shows no dialog. Any thread.
 LB_API bool LoadModule(const std::wstring& path, std::wstring& reason);
 
-/// Full path of the module that contains `address`; empty if there is none. Any thread.
+/// Full path of the module that contains `address`; empty if no module contains it. Any thread.
 LB_API std::wstring GetModulePathOf(const void* address);
 
 } // namespace LbOs

@@ -28,7 +28,7 @@ public:
     /// call. The name is removed with the object, or when the current process ends in any way.
     static std::unique_ptr<CNamedEvent> Create(const std::wstring& name, std::wstring* failure = nullptr);
 
-    /// Opens an event created by another object. Null if there is none or access is denied.
+    /// Opens an event created by another object. Null if no such event exists or access is denied.
     static std::unique_ptr<CNamedEvent> Open(const std::wstring& name);
 
     ~CNamedEvent();

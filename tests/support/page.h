@@ -22,5 +22,5 @@ std::vector<std::string> GetHeadings(const std::string& page);
 /// The rows of all tables with that id. The cells of a row may be on one line or on separate lines.
 std::vector<SPageRow> GetRows(const std::string& page, const std::string& id);
 
-/// The row whose first cell is `label`; fails the test if there is none.
+/// The row whose first cell is `label`; fails the test if no row has it.
 SPageRow GetRow(const std::string& page, const std::string& id, const std::string& label);

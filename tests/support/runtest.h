@@ -29,7 +29,7 @@ protected:
     /// Runs one case and returns its record.
     LuTestSuiteRun::SCaseInfo RunCase(const std::wstring& className, const std::wstring& caseName);
 
-    /// The recorded lines, starting with the first one that has this text; empty if there is none.
+    /// The recorded lines, starting with the first one that has this text; empty if no line has it.
     std::vector<CapturedOutput::SLine> GetLinesFrom(const std::wstring& text) const;
 
     CapturedOutput m_output;

@@ -32,7 +32,7 @@ public:
     /// any more. Pass the same process in all calls.
     void Assert(pid_t process);
 
-    /// The descriptor after the last Assert; negative if there is none.
+    /// The descriptor that the last Assert ensured; negative if that failed.
     int Get() const noexcept { return m_file.Get(); }
 
 private:

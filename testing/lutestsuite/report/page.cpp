@@ -50,7 +50,7 @@ bool isCharacterNumber(std::wstring_view name)
     return name.starts_with(L'#') && result.ec == std::errc() && result.ptr == end && isCharacter(number);
 }
 
-/// Length of the character reference at the start of the text; 0 if there is none.
+/// Length of the character reference at the start of the text; 0 if the text does not start with one.
 std::size_t getReferenceLength(std::wstring_view text)
 {
     constexpr std::size_t c_Longest = 12;

@@ -8,7 +8,7 @@
 namespace LuTestSuite
 {
 
-/// A text that is contained in every text in which the expression is found; empty if there is none or it is unknown.
+/// A text that every match of the expression contains; empty if no such text exists or is known.
 std::wstring GetRequiredText(const SSyntaxNode& node);
 
 } // namespace LuTestSuite

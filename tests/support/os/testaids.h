@@ -56,7 +56,7 @@ void WaitForFork(long number);
 /// stream list. False if streams have no such callback.
 bool CallWhileFlushing(void (*function)());
 
-/// Resets all real-time signals to their default, as any code in the process may do. False if there are none.
+/// Resets all real-time signals to their default, as any code in the process may do. False on platforms without them.
 bool ResetRealTimeSignals();
 
 /// Returns what `function` writes to standard output, which is meanwhile a small non-blocking pipe. Empty if pipes
@@ -86,7 +86,7 @@ bool SetInterruptedOften(bool isInterrupted);
 /// Makes memory allocation from the system fail, or succeed again. False if that is impossible.
 bool SetPagesForbidden(bool areForbidden);
 
-/// Makes queued signals fail, or succeed again. False if there are none.
+/// Makes queued signals fail, or succeed again. False on platforms without queued signals.
 bool SetSignalsForbidden(bool areForbidden);
 
 /// True if the named event or shared memory exists and only the current user has access.
