@@ -288,6 +288,10 @@ class CCrashModel : public LuUnitTest
     void addWriting()
     {
         AddSubtest(L"schreibt Fehlerzeilen", [] { std::fputs("aus dem Fall davor\n", stderr); });
+        AddSubtest(L"schreibt und hängt", [] {
+            std::fputs("vor der Endlosschleife\n", stderr);
+            hang();
+        });
         AddSubtest(L"schreibt viel und endet", [] {
             for (int line = 1; line <= 200; ++line)
             {

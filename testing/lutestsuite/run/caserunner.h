@@ -4,11 +4,13 @@
 #include <functional>
 #include <optional>
 
-#include "testing/lutestsuite/lutestsuiterun.h"
+#include "base/os/process.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuite/run/children/externalcontext.h"
 #include "testing/lutestsuite/run/children/workbuffer.h"
 #include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/plan.h"
+#include "testing/lutestsuite/run/runevents.h"
 
 namespace LuTestSuiteRun
 {
@@ -23,14 +25,11 @@ class CCaseRunner : public INonCopyable
 {
 public:
     /// The arguments are the caller's and outlive the runner.
-    CCaseRunner(const std::function<bool()>& isCanceled, CSpareChildren& spares)
-        : m_isCanceled(isCanceled), m_spares(spares), m_external(spares)
-    {
-    }
+    CCaseRunner(CRunEvents& events, CSpareChildren& spares) : m_events(events), m_spares(spares), m_external(spares) {}
 
-    /// Runs the case and fills its record. A case that cannot be asked for (a name too long) and a canceled one keep
-    /// their record as it is. `toCome` gives the cases that will be run next, by whatever thread: processes for them
-    /// may be started meanwhile.
+    /// Runs the case, fills its record and tells the events of it. A case that cannot be asked for (a name too long)
+    /// and a canceled one keep what their record says of results. `toCome` gives the cases that will be run next, by
+    /// whatever thread: processes for them may be started meanwhile.
     using ToCome = std::function<PlannedCases()>;
     void Run(const SPlannedCase& planned, const ToCome& toCome);
 
@@ -41,14 +40,18 @@ public:
     void ReleaseChildren() { m_external.Release(); }
 
 private:
-    void runHere(const SPlannedCase& planned);
-    void runInChild(const SPlannedCase& planned, const ToCome& toCome);
+    std::uint64_t findProcess(const SPlannedCase& planned);
+    void execute(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end);
+    void runHere(const SPlannedCase& planned, SCaseEnd& end);
+    void runInChild(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end);
 
-    const std::function<bool()>& m_isCanceled;
+    CRunEvents& m_events;
+    const std::function<bool()> m_isCanceled = [this] { return m_events.IsCanceled(); };
     CSpareChildren& m_spares;
     std::optional<CHeapWorkBuffer> m_buffer;
     std::optional<CCrashThread> m_crashThread; ///< with the buffer
     CExternalContext m_external;
+    const std::uint64_t m_ownProcessId = LbOs::GetProcessId();
 };
 
 } // namespace LuTestSuiteRun

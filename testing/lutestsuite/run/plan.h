@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace LuTestSuiteRun
 {
@@ -28,10 +28,6 @@ struct SPlan
     bool hasExternal = false;             ///< some run in child processes
     std::deque<SParams> ownParams;        ///< of the cases that have parameters; the others share those of the run
 };
-
-/// The parameters of a case: the run's, with what the case itself says in their place. A value that cannot be read
-/// leaves the run's, but for "Parallel": only a case that plainly agrees goes parallel.
-SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);
 
 /// Unit test by unit test, case by case, repetition by repetition. Fills `cases` with the records, in plan order. The
 /// plan refers to the arguments, which outlive it unchanged, but for what executors write into the records.

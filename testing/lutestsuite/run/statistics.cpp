@@ -1,6 +1,8 @@
-#include "testing/lutestsuite/run/statistics.h"
+/// Statistics over finished case records.
 
 #include <algorithm>
+
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace LuTestSuiteRun
 {
@@ -44,8 +46,9 @@ void countUnitTest(const SStats::SCounts& counts, SStats& stats)
 
 } // namespace
 
-void CountCases(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount, SStats& stats)
+SStats CountCases(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount)
 {
+    SStats stats;
     stats.unitTests.assign(unitTestCount, {});
     for (const SCaseInfo& info : cases)
     {
@@ -60,6 +63,7 @@ void CountCases(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount, 
     {
         countUnitTest(counts, stats);
     }
+    return stats;
 }
 
 } // namespace LuTestSuiteRun

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
-#include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/children/externalcontext.h"
 #include "testing/lutestsuite/run/plan.h"
+#include "testing/lutestsuite/run/runconsole.h"
+#include "testing/lutestsuite/run/runevents.h"
 
 namespace LuTestSuiteRun
 {
@@ -16,7 +16,7 @@ std::uint32_t GetWorkerCount(std::uint32_t wanted);
 
 /// Runs the cases on worker threads and prints each as it has finished, on the calling thread. All workers have
 /// ended when this returns, also by an exception: its own or the first that ended a worker.
-void ExecuteInParallel(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests,
-                       const SChildSettings& childSettings, PlannedCases planned);
+void ExecuteInParallel(const SParams& params, const SChildSettings& childSettings, PlannedCases planned,
+                       CRunEvents& events, CRunConsole& console);
 
 } // namespace LuTestSuiteRun

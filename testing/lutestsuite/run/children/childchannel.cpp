@@ -194,7 +194,7 @@ void CChildChannel::submit()
 
 std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
-    m_endMessages = m_child ? std::wstring() : DescribeMissingChild();
+    m_end = m_child ? SCaseEnd() : MakeMissingChild();
     if (!m_child)
     {
         return sc_iNone;
@@ -210,11 +210,7 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     m_sharing.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
-    if (end == EEnd::ChildEnded)
-    {
-        m_endMessages =
-            m_child ? DescribeChildEnd(m_child->GetExitStatus(), m_errors.ReadLastLines()) : DescribeMissingChild();
-    }
+    describeEnd(end);
     if (end != EEnd::Answered)
     {
         // Gone before the buffer is written or read: until then it could still be writing itself.
@@ -302,6 +298,43 @@ void CChildChannel::remind()
     if (IsSubmitted(*m_buffer.GetWriteAccess(), m_number))
     {
         m_request->Set();
+    }
+}
+
+void CChildChannel::describeEnd(EEnd end)
+{
+    if (!m_child)
+    {
+        m_end = MakeMissingChild();
+        return;
+    }
+    m_end.kind = toCaseEnd(end);
+    m_end.processId = m_child->GetNumber();
+    if (end == EEnd::ChildEnded || end == EEnd::TimedOut)
+    {
+        m_end.lastLines = m_errors.ReadLastLines();
+    }
+    if (end == EEnd::ChildEnded)
+    {
+        m_end.exitStatus = m_child->GetExitStatus();
+        FindReason(m_end);
+    }
+}
+
+ECaseEnd CChildChannel::toCaseEnd(EEnd end)
+{
+    switch (end)
+    {
+    case EEnd::Answered:
+        return ECaseEnd::Returned;
+    case EEnd::TimedOut:
+        return ECaseEnd::TimedOut;
+    case EEnd::Canceled:
+        return ECaseEnd::Canceled;
+    case EEnd::ChildEnded:
+        return ECaseEnd::ChildEnded;
+    default:
+        return ECaseEnd::Refused;
     }
 }
 

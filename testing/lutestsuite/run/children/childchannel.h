@@ -96,9 +96,11 @@ public:
     /// has run no case, or has not answered.
     SLeavingChild SendAway();
 
-    /// Message lines about the end of the child, if that has ended by itself instead of an answer, or could not be
-    /// started; empty otherwise. About the last request.
-    const std::wstring& GetEndMessages() const { return m_endMessages; }
+    /// How the last request came to its end.
+    const SCaseEnd& GetEnd() const { return m_end; }
+
+    /// The system's number of the child; 0 without one.
+    std::uint64_t GetProcessId() const { return m_child ? m_child->GetNumber() : 0; }
 
 private:
     enum class EEnd
@@ -124,6 +126,8 @@ private:
 
     LbOs::EEventWait waitOnce(std::uint32_t milliseconds);
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
+    static ECaseEnd toCaseEnd(EEnd end);
+    void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);
 
     /// Takes the request back; false when the child has taken it.
@@ -149,7 +153,7 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     CChildErrors m_errors;
     std::unique_ptr<LbOs::CChildProcess> m_child;
-    std::wstring m_endMessages;
+    SCaseEnd m_end;
     std::int32_t m_processIndex = sc_iNone;
     std::uint32_t m_number = 0;           ///< of the last request
     LbOs::CThreadProcessors m_processors; ///< of the thread that asks

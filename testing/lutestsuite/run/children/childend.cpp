@@ -101,21 +101,33 @@ std::vector<std::wstring> CChildErrors::ReadLastLines() const
     return LuTestSuiteRun::ReadLastLines(m_file.get(), m_begin);
 }
 
-std::wstring DescribeChildEnd(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
+void FindReason(SCaseEnd& end)
 {
-    std::wstring text = L"\t\tERROR: Der Prozess des Testfalls endete mit ";
-    text += exitStatus ? LbOs::DescribeExitStatus(*exitStatus) : L"unbekanntem Status";
-    text += isLackOfMemory(exitStatus, lastLines) ? L", wohl aus Speichermangel\n" : L"\n";
-    for (const std::wstring& line : lastLines)
+    end.reason = L"Der Prozess des Testfalls endete mit ";
+    end.reason += end.exitStatus ? LbOs::DescribeExitStatus(*end.exitStatus) : L"unbekanntem Status";
+    end.reason += isLackOfMemory(end.exitStatus, end.lastLines) ? L", wohl aus Speichermangel" : L"";
+}
+
+SCaseEnd MakeMissingChild()
+{
+    SCaseEnd end;
+    end.kind = ECaseEnd::ChildMissing;
+    end.reason = L"Der Prozess des Testfalls konnte nicht gestartet werden";
+    return end;
+}
+
+std::wstring DescribeCaseEnd(const SCaseEnd& end)
+{
+    if (end.reason.empty())
+    {
+        return {};
+    }
+    std::wstring text = LbFormat(L"\t\tERROR: %s\n", end.reason);
+    for (const std::wstring& line : end.lastLines)
     {
         text += LbFormat(L"\t\tINFO:  %s\n", line);
     }
     return text;
-}
-
-std::wstring DescribeMissingChild()
-{
-    return L"\t\tERROR: Der Prozess des Testfalls konnte nicht gestartet werden\n";
 }
 
 void PrepareChildEnds()

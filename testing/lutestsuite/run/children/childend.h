@@ -3,13 +3,13 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "base/inoncopyable.h"
 #include "base/os/childoutput.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace LuTestSuiteRun
 {
@@ -45,14 +45,16 @@ private:
 /// None without a file.
 std::vector<std::wstring> ReadLastLines(const LbOs::CChildOutput* file, std::uint64_t begin);
 
-/// An error line with the reason for the child's end (`exitStatus`: none if unknown), and its last lines as information
-/// lines.
-std::wstring DescribeChildEnd(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines);
+/// Completes the record of a case whose child has ended, from its exit status and last lines.
+void FindReason(SCaseEnd& end);
 
-/// The error line of a case whose child could not be started.
-std::wstring DescribeMissingChild();
+/// The record of a case whose child could not be started.
+SCaseEnd MakeMissingChild();
 
-/// Learns how often the system has ended processes for lack of memory so far, so that DescribeChildEnd notices more.
+/// An error line with the reason, if there is one, and the last lines of a child that has ended as information lines.
+std::wstring DescribeCaseEnd(const SCaseEnd& end);
+
+/// Learns how often the system has ended processes for lack of memory so far, so that FindReason notices more.
 /// Any thread; the first call counts.
 void PrepareChildEnds();
 

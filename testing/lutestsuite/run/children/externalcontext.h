@@ -57,6 +57,9 @@ public:
     /// Gets the next channel ready with its child; false without a child. Throws LbException.
     bool MakeReady(bool isIsolated);
 
+    /// The system's number of the child of the channel; 0 without one.
+    std::uint64_t GetProcessId() const { return m_channel ? m_channel->GetProcessId() : 0; }
+
     /// Gives the channel back. Its child leaves, if it has run cases.
     void Release();
 
