@@ -49,7 +49,7 @@ void warmUpParallelLoops()
 
     LbParallel::SumRange(0, 99);
 
-    // Ranges are counted as a whole: threads, values and lock are to be used once, and each child process waits for it.
+    // Uses each thread, value and lock once. Counts ranges as a whole because each child process waits for it.
     LbCombinable<std::int64_t> counts;
     LbParallel::ForRanges(0, c_LoopLength,
                           [&counts](std::int64_t first, std::int64_t last) { counts.Local() += last - first; });
@@ -65,8 +65,8 @@ void warmUpParallelLoops()
     });
 }
 
-/// The file is removed again: a run should leave nothing in the temporary files. Without a place for it the streams
-/// stay cold, which costs a run exact figures at most.
+/// Uses file streams once, with a temporary file that it removes. If the file cannot be created, their first use in a
+/// case may count as its growth.
 void warmUpFileStreams()
 try
 {
