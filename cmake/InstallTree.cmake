@@ -13,7 +13,7 @@ install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION ${package_
 # arguments. The folders below testing/lutestsuite are private.
 file(GLOB headers CONFIGURE_DEPENDS base/*.h)
 install(FILES ${headers} DESTINATION include/base)
-install(FILES base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h
+install(FILES base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h base/os/stacks.h
     DESTINATION include/base/os)
 file(GLOB headers CONFIGURE_DEPENDS testing/lutestsuite/*.h)
 install(FILES ${headers} DESTINATION include/testing/lutestsuite)

@@ -45,6 +45,8 @@ struct SCrash
     std::optional<std::uintptr_t> target; ///< memory that the instruction has asked for
     char module[sc_uiNameCapacity] = {};  ///< bare name of the module of the instruction in UTF-8; empty: of none
     std::uintptr_t offset = 0;            ///< of the instruction in that module
+    std::uint64_t thread = 0;             ///< the system's number of the crashed thread
+    std::uint64_t context = 0;            ///< address of its registers as the system keeps them; 0 where unknown
 };
 
 /// Runs on the crashed thread, in an arbitrary state: must neither allocate memory nor take locks. A crash within ends

@@ -89,6 +89,8 @@ SCrash describe(const SSignal& signal, const siginfo_t& info, const ucontext_t& 
     crash.kind = signal.kind;
     crash.code = static_cast<std::uint32_t>(signal.number);
     crash.address = static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RIP]);
+    crash.thread = static_cast<std::uint64_t>(Linux::Call(SYS_gettid));
+    crash.context = reinterpret_cast<std::uint64_t>(&context);
     Linux::FindCrashPlace(crash);
     // A signal that somebody has sent has the sender's number in place of an address.
     if ((signal.number == SIGSEGV || signal.number == SIGBUS) && info.si_code > 0)

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/os/stacks.h"
 #include "testing/lutestsuite/lutestsuiteexport.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
 
@@ -56,6 +57,8 @@ struct SCaseEnd
     std::wstring reason;                    ///< of ChildEnded and ChildMissing: a German sentence without a full stop
     std::vector<std::wstring> lastLines;    ///< of ChildEnded and TimedOut: the last lines, at most 64, that the case
                                             ///< has written to standard error
+    std::vector<LbOs::SThreadStack> stacks; ///< of ChildEnded by a crash and of TimedOut, see SRunOptions; the one
+                                            ///< at fault first
 };
 
 /// A case has its result.
@@ -105,6 +108,10 @@ struct SRunOptions
 {
     std::uint32_t attempt = 1; ///< handed on in SRunPlanned, for an observer of several runs: from 2 on a host repeats
                                ///< cases of an earlier run
+    bool takeStacks = false;   ///< read the call stacks of a child process that crashes or is ended at the time limit
+                               ///< (LbOs::ReadStacks), for SCaseEnd and as information lines of the case's messages.
+                               ///< That delays the case's end by less than 2 s. A child that something else ends, an
+                               ///< exit or a handler of a test module, has none
 };
 
 /// Runs as without an observer, with the same output (LuTestSuiteOut::SetConsoleOut replaces that).

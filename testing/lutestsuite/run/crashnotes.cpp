@@ -19,6 +19,8 @@ constexpr std::size_t c_Places = 512;
 
 CCrashThread::SPlace s_places[c_Places];
 
+std::atomic<CCrashReporter*> s_reporter = nullptr;
+
 /// Text without any memory of the heap.
 class CCrashText
 {
@@ -161,6 +163,10 @@ void report(const LbOs::SCrash& crash) noexcept
     text.Add("\n");
     addOtherCases(text, own);
     text.Write();
+    if (CCrashReporter* const reporter = s_reporter.load())
+    {
+        reporter->Report(crash);
+    }
 }
 
 CCrashThread::SPlace* takePlace()
@@ -178,7 +184,15 @@ CCrashThread::SPlace* takePlace()
 
 } // namespace
 
-CCrashNotes::CCrashNotes() : m_handler(&report) {}
+CCrashNotes::CCrashNotes(CCrashReporter* reporter) : m_handler(&report)
+{
+    s_reporter = reporter;
+}
+
+CCrashNotes::~CCrashNotes()
+{
+    s_reporter = nullptr;
+}
 
 CCrashThread::CCrashThread() : m_place(takePlace()) {}
 

@@ -63,7 +63,8 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     const auto response = openEvent(setup.responseEventId);
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
     LbOs::EndSilentlyOnCrash();
-    const CCrashNotes notes;
+    CCrashReporter reporter(setup.memoryId, *response);
+    const CCrashNotes notes(&reporter);
     CCrashThread thread;
     const CPreparation preparation(setup, environment);
     const CDebugFolders debugFolders;

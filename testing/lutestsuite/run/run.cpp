@@ -111,7 +111,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     }
     events.Plan({unitTests, setup.params, result.cases, watch.options.attempt});
     const SChildSettings childSettings = {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog,
-                                          &leaving};
+                                          &leaving, watch.options.takeStacks};
     execute(setup.params, childSettings, plan, events, console);
     dropUnprinted(console, result.cases);
     result.stats = CountCases(result.cases, unitTests.size());

@@ -114,6 +114,11 @@ void CChildChannel::startChild()
     options.commandLine = GetChildCommandLine(m_settings, m_buffer.GetName(), m_requestEventId, m_responseEventId);
     options.workingDirectory = folder;
     options.isSilent = true;
+    m_crashWatch.reset();
+    if (m_settings.takeStacks)
+    {
+        m_crashWatch = std::make_unique<CCrashWatch>(m_buffer.GetName());
+    }
     PrepareChildEnds();
     m_errors.Renew();
     options.errors = m_errors.GetFile();
@@ -263,6 +268,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
         {
             return EEnd::Answered;
         }
+        readCrash();
         if (event == LbOs::EEventWait::ChildEnded || event == LbOs::EEventWait::Failed)
         {
             return event == LbOs::EEventWait::Failed ? EEnd::Failed : EEnd::ChildEnded;
@@ -301,6 +307,17 @@ void CChildChannel::remind()
     }
 }
 
+/// A crashed child waits for that before it ends.
+void CChildChannel::readCrash()
+{
+    const auto crashed = m_crashWatch ? m_crashWatch->FindCrash() : std::nullopt;
+    if (crashed)
+    {
+        m_end.stacks = LbOs::ReadStacks(*m_child, crashed);
+        m_crashWatch->Release();
+    }
+}
+
 void CChildChannel::describeEnd(EEnd end)
 {
     if (!m_child)
@@ -313,6 +330,10 @@ void CChildChannel::describeEnd(EEnd end)
     if (end == EEnd::ChildEnded || end == EEnd::TimedOut)
     {
         m_end.lastLines = m_errors.ReadLastLines();
+    }
+    if (end == EEnd::TimedOut && m_settings.takeStacks)
+    {
+        m_end.stacks = LbOs::ReadStacks(*m_child, std::nullopt);
     }
     if (end == EEnd::ChildEnded)
     {

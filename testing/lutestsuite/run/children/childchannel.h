@@ -13,6 +13,7 @@
 #include "base/os/namedevent.h"
 #include "base/os/processors.h"
 #include "testing/lutestsuite/run/children/childend.h"
+#include "testing/lutestsuite/run/children/crashbox.h"
 #include "testing/lutestsuite/run/children/leavingchildren.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 
@@ -29,6 +30,7 @@ struct SChildSettings
     std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
     bool assertDialog = true;
     CLeavingChildren* leaving = nullptr; ///< takes children whose work is done; null: they are ended
+    bool takeStacks = false;             ///< read the stacks of children that crash or are ended at the time limit
 };
 
 /// The command line of a child that serves through objects of these names.
@@ -127,6 +129,7 @@ private:
     LbOs::EEventWait waitOnce(std::uint32_t milliseconds);
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     static ECaseEnd toCaseEnd(EEnd end);
+    void readCrash();
     void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);
 
@@ -152,6 +155,7 @@ private:
     std::unique_ptr<LbOs::CNamedEvent> m_request;
     std::unique_ptr<LbOs::CNamedEvent> m_response;
     CChildErrors m_errors;
+    std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if nobody wants stacks
     std::unique_ptr<LbOs::CChildProcess> m_child;
     SCaseEnd m_end;
     std::int32_t m_processIndex = sc_iNone;

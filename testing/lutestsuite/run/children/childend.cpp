@@ -49,6 +49,38 @@ std::wstring toText(std::string_view line)
     return text;
 }
 
+std::wstring toInfoLine(const std::wstring& line)
+{
+    return LbFormat(L"\t\tINFO:  %s\n", line);
+}
+
+std::wstring describeFrame(const LbOs::SStackFrame& frame)
+{
+    std::wstring text = frame.module.empty() ? LbFormat(L"0x%I64x", frame.address)
+                                             : LbFormat(L"%s+0x%I64x", frame.module, frame.offset);
+    if (!frame.function.empty())
+    {
+        text += L" " + frame.function;
+    }
+    if (!frame.file.empty())
+    {
+        text += LbFormat(L" (%s:%u)", frame.file, frame.line);
+    }
+    return text;
+}
+
+std::wstring describeStack(const LbOs::SThreadStack& stack)
+{
+    std::wstring text =
+        toInfoLine(LbFormat(L"Stapel von Thread %I64u%s:", stack.thread, stack.isAtFault ? L" (Ursache)" : L""));
+    std::size_t number = 0;
+    for (const LbOs::SStackFrame& frame : stack.frames)
+    {
+        text += toInfoLine(LbFormat(L"  #%u %s", static_cast<unsigned>(number++), describeFrame(frame)));
+    }
+    return text;
+}
+
 } // namespace
 
 std::vector<std::wstring> ReadLastLines(const LbOs::CChildOutput* file, std::uint64_t begin)
@@ -118,14 +150,18 @@ SCaseEnd MakeMissingChild()
 
 std::wstring DescribeCaseEnd(const SCaseEnd& end)
 {
-    if (end.reason.empty())
+    std::wstring text;
+    if (!end.reason.empty())
     {
-        return {};
+        text += LbFormat(L"\t\tERROR: %s\n", end.reason);
+        for (const std::wstring& line : end.lastLines)
+        {
+            text += toInfoLine(line);
+        }
     }
-    std::wstring text = LbFormat(L"\t\tERROR: %s\n", end.reason);
-    for (const std::wstring& line : end.lastLines)
+    for (const LbOs::SThreadStack& stack : end.stacks)
     {
-        text += LbFormat(L"\t\tINFO:  %s\n", line);
+        text += describeStack(stack);
     }
     return text;
 }

@@ -51,7 +51,8 @@ void FindReason(SCaseEnd& end);
 /// The record of a case whose child could not be started.
 SCaseEnd MakeMissingChild();
 
-/// An error line with the reason, if there is one, and the last lines of a child that has ended as information lines.
+/// An error line with the reason and, as information lines, the last lines of a child that has ended; each if there is
+/// one. Then the stacks as information lines.
 std::wstring DescribeCaseEnd(const SCaseEnd& end);
 
 /// Learns how often the system has ended processes for lack of memory so far, so that FindReason notices more.
