@@ -19,12 +19,12 @@ constexpr std::size_t c_MostLines = 64;
 constexpr std::size_t c_LongestLine = 1000; ///< characters
 constexpr std::size_t c_MostBytes = 4 * c_MostLines * c_LongestLine;
 
-/// How often the system had ended processes for lack of memory when somebody looked last.
+/// The number of processes killed for lack of memory when it was last read.
 std::atomic<std::uint64_t> s_memoryKills = 0;
 
 bool isLackOfMemory(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
 {
-    // The kernel does not say which process it has ended.
+    // The kernel does not tell which process it killed.
     const std::uint64_t kills = LbOs::CountMemoryKills();
     const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.exchange(kills) < kills;
     const bool saysSo = std::ranges::any_of(
@@ -42,7 +42,7 @@ std::wstring toText(std::string_view line)
     }
     for (wchar_t& character : text)
     {
-        // Colours of a terminal, say.
+        // For example terminal colours.
         const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
         character = isControl && character != L'\t' ? L' ' : character;
     }
@@ -108,7 +108,7 @@ void CChildErrors::Renew()
 
 void CChildErrors::BeginCase()
 {
-    // Enough that hardly a case loses what others have to say first.
+    // Large enough that a case rarely loses its output to earlier output.
     constexpr std::uint64_t c_Most = std::uint64_t{1} << 20U;
     m_begin = m_file ? m_file->GetSize() : 0;
     if (m_begin > c_Most)

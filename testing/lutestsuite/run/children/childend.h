@@ -1,4 +1,4 @@
-/// What a case's messages say about the end of the child process that ran it.
+/// What a case's messages report about the end of the child process that ran it.
 #pragma once
 
 #include <cstdint>
@@ -18,22 +18,22 @@ namespace LuTestSuiteRun
 class CChildErrors : public INonCopyable
 {
 public:
-    /// For a new child. Without a file, what it writes is lost.
+    /// For a new child. Without a file, the child's standard error is lost.
     void Renew();
 
-    /// The file for the child that is started next; null if there is none.
+    /// The file for the next child to start; null if there is none.
     const LbOs::CChildOutput* GetFile() const { return m_file.get(); }
 
-    /// A case begins: what is there is not its own. Costs one system call.
+    /// Marks the beginning of a case: earlier output does not belong to it. Needs one system call.
     void BeginCase();
 
-    /// To be called every second or so: bounds the file.
+    /// Limits the file's size. Call it about once a second.
     void Bound();
 
     /// The last lines that the case has written.
     std::vector<std::wstring> ReadLastLines() const;
 
-    /// Gives the file away.
+    /// Passes the file on.
     std::unique_ptr<LbOs::CChildOutput> Release() { return std::move(m_file); }
 
 private:
@@ -41,22 +41,22 @@ private:
     std::uint64_t m_begin = 0;
 };
 
-/// The last 64 lines behind the position `begin` as text, without control characters, at most 1,000 characters each.
-/// None without a file.
+/// The last 64 lines after the position `begin` as text, without control characters, at most 1,000 characters each.
+/// Empty without a file.
 std::vector<std::wstring> ReadLastLines(const LbOs::CChildOutput* file, std::uint64_t begin);
 
-/// Completes the record of a case whose child has ended, from its exit status and last lines.
+/// Completes the record of a case whose child has ended, from the child's exit status and last lines.
 void FindReason(SCaseEnd& end);
 
-/// The record of a case whose child could not be started.
+/// Completes the record of a case whose child could not be started.
 SCaseEnd MakeMissingChild();
 
-/// An error line with the reason and, as information lines, the last lines of a child that has ended; each if there is
-/// one. Then the stacks as information lines.
+/// Writes an error line with the reason, if there is one; the last lines of an ended child and then the stacks follow as
+/// information lines.
 std::wstring DescribeCaseEnd(const SCaseEnd& end);
 
-/// Learns how often the system has ended processes for lack of memory so far, so that FindReason notices more.
-/// Any thread; the first call counts.
+/// Reads the number of processes killed for lack of memory, so that FindReason notices later ones. Any thread; the
+/// first call counts.
 void PrepareChildEnds();
 
 } // namespace LuTestSuiteRun
