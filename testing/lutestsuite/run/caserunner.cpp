@@ -38,7 +38,7 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
     info.messages = LoadMessages(buffer);
 }
 
-/// Of the next few: more processes than for these are not started ahead anyway.
+/// Checks only the next few cases, because no more processes are started in advance.
 std::size_t countIsolated(PlannedCases toCome)
 {
     const PlannedCases next = toCome.first(std::min(toCome.size(), CSpareChildren::GetMost()));
@@ -53,7 +53,7 @@ bool CCaseRunner::MakeReadyFor(const SPlannedCase& planned)
     return !planned.params.external || m_external.MakeReady(planned.params.isolated);
 }
 
-/// The process that is to run the case, 0 for none.
+/// The id of the process that runs the case; 0 if there is none.
 std::uint64_t CCaseRunner::findProcess(const SPlannedCase& planned)
 {
     if (!planned.params.external)
@@ -66,7 +66,7 @@ std::uint64_t CCaseRunner::findProcess(const SPlannedCase& planned)
     }
     catch (const LbException&)
     {
-        // Thrown again when the case asks for its child.
+        // Thrown again when the case requests its child.
     }
     return m_external.GetProcessId();
 }

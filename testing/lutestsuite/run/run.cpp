@@ -27,7 +27,7 @@ namespace
 
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
-/// A host's own list of unit tests is run as it is.
+/// A host's own list of unit tests is run unchanged.
 UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
 {
     if (!setup.unitTests.empty())
@@ -71,7 +71,7 @@ void execute(const SParams& params, const SChildSettings& childSettings, const S
     executeSequentially(events, childSettings, plan.sequential);
 }
 
-/// Cases whose lines a cancellation has kept from the console do not count.
+/// Omits cases that finished after a cancellation and were never printed.
 void dropUnprinted(const CRunConsole& console, std::vector<SCaseInfo>& cases)
 {
     for (const std::size_t index : console.GetWaiting())
@@ -80,20 +80,20 @@ void dropUnprinted(const CRunConsole& console, std::vector<SCaseInfo>& cases)
     }
 }
 
-/// Who watches the run, and what they are told beside its events.
+/// The observers of the run, and the data that they need beside events.
 struct SWatch
 {
     IRunObserver& observer;
     const SRunOptions& options;
 };
 
-/// The run up to its summary. The working directory is restored when it returns, so that the user's paths of reports
-/// count from there.
+/// Runs everything up to the summary. Restores the working directory when it returns, because the user's report paths
+/// refer to it.
 SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, const SWatch& watch,
                     UnitTests& unitTests, CLeavingChildren& leaving)
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
-    // Before the modules are loaded, so that their handlers come first.
+    // Before the modules are loaded, so that the modules' handlers take precedence.
     const CCrashNotes notes;
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
@@ -106,7 +106,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     const SPlan plan = MakePlan(unitTests, setup.params, result.cases);
     if (plan.hasExternal)
     {
-        // Before anything of the run makes the process large.
+        // Before the run allocates much memory, of which the keeper is a copy.
         LbOs::CChildProcess::PrepareStarts();
     }
     events.Plan({unitTests, setup.params, result.cases, watch.options.attempt});
@@ -134,7 +134,7 @@ SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environmen
                const SRunOptions& options)
 {
     RequireReportPlaces(setup);
-    // Last of all, the run waits for children that leave.
+    // At the very end the run waits for exiting children.
     CLeavingChildren leaving;
     UnitTests unitTests;
     SRunResult result = runCases(setup, environment, {observer, options}, unitTests, leaving);

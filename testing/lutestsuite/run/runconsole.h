@@ -11,25 +11,25 @@
 namespace LuTestSuiteRun
 {
 
-/// Prints a run's cases and its summary, and hands each printed result to the setup's resultCallback. All of it by the
-/// thread that called the run: cases of worker threads wait until that thread prints them.
+/// Prints a run's cases and its summary, and passes each printed result to the setup's resultCallback. All of this
+/// happens on the thread that called the run: finished cases of worker threads wait until that thread prints them.
 class CRunConsole : public IRunObserver
 {
 public:
-    /// The arguments are the caller's and outlive the object.
+    /// The arguments must outlive the object.
     CRunConsole(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests);
 
     void OnCaseStarted(const SCaseStarted& started) override;
     void OnCaseFinished(const SCaseFinished& finished) override;
     void OnEnded(const SRunResult& result) override;
 
-    /// Number of finished cases of worker threads that wait. Any thread.
+    /// Number of waiting cases of worker threads. Any thread.
     std::size_t CountWaiting();
 
-    /// Prints the case that has been waiting longest; there is one. By the thread that called the run.
+    /// Prints the case that has waited longest. Precondition: a case is waiting; on the thread that called the run.
     void PrintWaiting();
 
-    /// The plan's indices of those that wait. Nothing finishes any more.
+    /// The plan's indices of the waiting cases. Precondition: all workers have ended.
     std::vector<std::size_t> GetWaiting() const;
 
 private:
@@ -46,8 +46,8 @@ private:
     CCaseLines m_workerLines;
     CCaseLines m_ownLines;
 
-    LbCriticalSection m_lock;       ///< of those that wait
-    std::deque<SWaiting> m_waiting; ///< in the order in which they have finished
+    LbCriticalSection m_lock;       ///< protects m_waiting
+    std::deque<SWaiting> m_waiting; ///< in the order in which they finished
 };
 
 } // namespace LuTestSuiteRun

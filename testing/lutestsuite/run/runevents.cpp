@@ -18,7 +18,7 @@ CRunEvents::CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRun
 {
 }
 
-/// Nothing of the host's is called twice at a time, or again after it has failed.
+/// Calls of the host are never concurrent, and end after the first failure.
 template<typename Call>
 void CRunEvents::guarded(const Call& call)
 {

@@ -13,10 +13,10 @@
 namespace LuTestSuiteRun
 {
 
-/// The one place that tells observers what happens in a run, and that asks its host whether to go on. Any thread;
-/// one call at a time.
+/// The only place that reports events of a run to observers and asks the host whether to continue. Any thread; calls
+/// are serialised.
 ///
-/// The first exception, of an observer or of the host's question, fails the run: nobody is told or asked any more.
+/// The first exception of an observer or of the host's callback fails the run: then neither is called again.
 class CRunEvents : public INonCopyable
 {
 public:
@@ -27,7 +27,7 @@ public:
         Failed    ///< by an exception
     };
 
-    /// `isCanceled` and the observers, which are told in this order, are the caller's and outlive the object.
+    /// `isCanceled` and the observers, which are called in this order, must outlive the object.
     CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRunObserver*> observers);
 
     void Plan(const SRunPlanned& planned);
@@ -35,18 +35,18 @@ public:
     /// `processId` as in SCaseStarted.
     void Start(const SPlannedCase& planned, std::uint64_t processId);
 
-    /// Marks the record executed.
+    /// Marks the record as executed.
     void Finish(const SPlannedCase& planned, const SCaseEnd& end);
 
     void End(const SRunResult& result);
 
-    /// Whether the run goes on. A run that is canceled or has failed remains so.
+    /// True if the run continues. Once canceled or failed, a run stays so.
     EState AskState();
 
-    /// Whether no case is to begin or go on.
+    /// True if no case may start or continue.
     bool IsCanceled() { return AskState() != EState::Running; }
 
-    /// The run ends by an exception that nobody else here has seen.
+    /// Fails the run for an exception thrown elsewhere.
     void Fail() noexcept;
 
 private:
@@ -58,9 +58,9 @@ private:
 
     const std::function<bool()>& m_isHostCanceling;
 
-    LbCriticalSection m_lock; ///< of all below
+    LbCriticalSection m_lock; ///< protects all members below
     std::vector<IRunObserver*> m_observers;
-    const SCaseInfo* m_firstCase = nullptr; ///< of the plan
+    const SCaseInfo* m_firstCase = nullptr; ///< first record of the plan
     EState m_state = EState::Running;
 };
 

@@ -12,7 +12,7 @@ namespace
 
 void countCase(const SCaseInfo& info, SStats::SCounts& counts)
 {
-    // A broken child process may answer with any number: all that is none counts as "Unknown", as it prints.
+    // A broken child process may answer with any number: invalid results count as "Unknown", as they are printed.
     const auto index = static_cast<std::size_t>(info.result);
     const auto unknown = static_cast<std::size_t>(ECaseRunResult::Unknown);
     ++counts.results[index < SStats::SCounts::sc_uiResults ? index : unknown];
