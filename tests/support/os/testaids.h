@@ -37,8 +37,8 @@ std::optional<int> RunInForkOfSameNumber(const std::function<int()>& function);
 /// rights cannot be dropped.
 bool GiveUpRights();
 
-/// Mounts `folder` on the empty folder `place`, for the rest of the current process and visible only to it. Call it in
-/// a fork. False if that is impossible.
+/// Mounts `folder` on the folder `place`, whose contents it hides, for the rest of the current process and visible only
+/// to it. Call it in a fork. False if that is impossible.
 bool MountFolder(const std::wstring& place, const std::wstring& folder);
 
 /// Calls `function` on a thread with pending cancellation. True if it returned. False if the platform has no
@@ -75,10 +75,6 @@ bool SetFilesForbidden(bool areForbidden);
 /// Forks; the child calls `function`. Returns the growth of the child's peak memory in bytes; empty if the function
 /// returned false, and on platforms without fork.
 std::optional<std::uint64_t> MeasurePeakMemory(const std::function<bool()>& function);
-
-/// The text for the first graphics card with a driver in `folder`, which has the structure of the kernel's folder;
-/// empty if the platform has no such folder.
-std::optional<std::wstring> DescribeGraphicsIn(const std::wstring& folder);
 
 /// Interrupts the process with a signal every half millisecond, or stops doing so. False if that is impossible.
 bool SetInterruptedOften(bool isInterrupted);

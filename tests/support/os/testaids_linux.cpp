@@ -26,7 +26,6 @@
 #include <unistd.h>
 
 #include "base/lbencoding.h"
-#include "base/os/linux/machine.h"
 
 namespace
 {
@@ -251,11 +250,6 @@ std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>
     const std::uint64_t result = *risen;
     munmap(shared, sizeof(std::uint64_t));
     return status == 0 ? std::optional(result) : std::nullopt;
-}
-
-std::optional<std::wstring> LbOs::DescribeGraphicsIn(const std::wstring& folder)
-{
-    return Linux::DescribeGraphics(folder);
 }
 
 bool LbOs::SetInterruptedOften(bool isInterrupted)

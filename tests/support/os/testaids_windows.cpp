@@ -187,11 +187,6 @@ std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>
     return std::nullopt;
 }
 
-std::optional<std::wstring> LbOs::DescribeGraphicsIn(const std::wstring& /*folder*/)
-{
-    return std::nullopt;
-}
-
 bool LbOs::SetInterruptedOften(bool /*isInterrupted*/)
 {
     return false;
