@@ -183,7 +183,7 @@ void CChildChannel::Ask()
     if (m_sharing.IsNext())
     {
         m_processors.Read();
-        m_processors.MeetWith(*m_child);
+        m_processors.ShareProcessorWith(*m_child);
     }
     m_errors.BeginCase();
     m_timer.Restart();
