@@ -40,7 +40,6 @@ enum ERequestState : std::uint32_t
 };
 
 constexpr std::uint32_t c_StateBits = 2;
-constexpr std::uint32_t c_StateMask = (1U << c_StateBits) - 1U;
 
 /// In place of the result in a request; a request for a case has "Unknown" there.
 constexpr std::uint32_t c_Leave = 0xFFFFFFFF;
