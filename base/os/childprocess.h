@@ -32,10 +32,19 @@ struct SChildOptions
     /// Receives what a silent child writes to standard error; null: nothing does. Must exist until the start returns.
     const CChildOutput* errors = nullptr;
 
+    /// The child begins with the signals blocked and ignored that PrepareStarts recorded, whatever has been done to
+    /// them since; else, and without such a record, with those of the caller. No effect on Windows.
+    bool hasPreparedSignals = false;
+
     /// The child and the processes that it started end at the latest with its object and with the present process,
     /// however that ends. Without this they may outlive both, and only Terminate ends them.
     bool endsWithOwner = true;
 };
+
+/// Ends what the calling process has started and what that has started in turn, in any group or session; for a process
+/// with endsWithOwner that is about to end. Costs one system call if there is nothing, else a millisecond or two, and
+/// up to 3 s for what the system cannot end. No effect on Windows, where the owner's object does that. Any thread.
+LB_API void EndDescendants() noexcept;
 
 /// A process that was started. One thread at a time, but different objects are independent of each other.
 class LB_API CChildProcess
@@ -45,7 +54,7 @@ public:
 
     /// Gets ready what all starts need, best while the process is small: on Linux a copy of it watches over what is
     /// started with endsWithOwner, and keeps all the memory that the process has at that time. Without it the first
-    /// start does that. Any thread.
+    /// start does that. Also records which signals the calling thread blocks and the process ignores. Any thread.
     static void PrepareStarts();
 
     /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
@@ -64,14 +73,15 @@ public:
 
     /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
     /// end it. Its exit status is then 0 on Windows and -9 on Linux. On Linux, with endsWithOwner, what has left the
-    /// process's group is looked for, as long as the process itself runs; that takes about a millisecond, two where
-    /// there was something, and up to 3 s for what the system cannot end.
+    /// process's group is looked for; that takes about a millisecond, two where there was something, and up to 3 s for
+    /// what the system cannot end. If the process has ended before, its descendants are known by their environment:
+    /// programs that were started without it, and those of other users, stay.
     void Terminate();
 
     /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that
-    /// ended it. None while it runs, and on Linux when somebody else in the present process has waited for it, or made
-    /// the system forget its children; nothing that it has left behind is ended then, since its number may be
-    /// another's.
+    /// ended it. None while it runs, and on Linux before 6.15 when somebody else in the present process has waited for
+    /// it, or made the system forget its children. Then only Terminate ends what that process has left behind, since
+    /// its number may be another's.
     std::optional<std::int64_t> GetExitStatus();
 
     /// From now on what was started ends neither with this object nor with the present process.

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include <sys/wait.h>
@@ -24,6 +25,7 @@ struct CChildProcess::SState
     Linux::CProcessFile file;
     Linux::SKeptGroup* group = nullptr; ///< null when nobody keeps it
     bool endsWithOwner = true;
+    std::string mark; ///< in the environments of its descendants
     bool isTerminated = false;
     bool isReaped = false;
     std::optional<std::int64_t> exitStatus;
@@ -42,6 +44,9 @@ struct CChildProcess::SState
 
     /// By force, with all that it has started where `isTreeEnded`.
     void End(bool isTreeEnded);
+
+    /// Once a process that has ended by itself can no longer tell what it has started.
+    void EndOrphans();
 };
 
 namespace
@@ -50,6 +55,12 @@ namespace
 std::int64_t toExitStatus(const siginfo_t& end)
 {
     return end.si_code == CLD_EXITED ? end.si_status : -std::int64_t{end.si_status};
+}
+
+/// From what waitpid() would say.
+std::int64_t toExitStatus(int status)
+{
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -std::int64_t{WTERMSIG(status)};
 }
 
 /// The process ends, wherever it has gone, and what is left of its group. Only before it is reaped: then its number may
@@ -126,11 +137,20 @@ void CChildProcess::SState::Reap()
         Poll(0);
         exitStatus = toExitStatus(*end);
     }
+    else if (const std::optional<int> status = file.ReadStatus())
+    {
+        exitStatus = toExitStatus(*status);
+    }
     isReaped = true;
 }
 
 void CChildProcess::SState::End(bool isTreeEnded)
 {
+    const bool endsTree = isTreeEnded && endsWithOwner;
+    if (endsTree && (isReaped || HasEnded()))
+    {
+        EndOrphans();
+    }
     if (isReaped || std::exchange(isTerminated, true))
     {
         return;
@@ -140,7 +160,7 @@ void CChildProcess::SState::End(bool isTreeEnded)
         Reap();
         return;
     }
-    if (isTreeEnded && endsWithOwner && !HasEnded())
+    if (endsTree && !HasEnded())
     {
         pid_t root = process;
         Linux::EndProcessTrees({&root, 1});
@@ -155,6 +175,15 @@ void CChildProcess::SState::End(bool isTreeEnded)
     }
 }
 
+void CChildProcess::SState::EndOrphans()
+{
+    if (!isTerminated && !mark.empty())
+    {
+        Linux::EndMarkedProcesses(mark);
+        mark.clear();
+    }
+}
+
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
 std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
@@ -166,9 +195,10 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
     }
     auto state = std::make_unique<SState>();
     state->endsWithOwner = options.endsWithOwner;
+    state->mark = start.mark;
     state->group = start.group = options.endsWithOwner ? Linux::TakeKeptGroup() : nullptr;
     const bool isKept = !options.endsWithOwner || start.group != nullptr;
-    state->process = isKept ? Linux::StartProcess(start) : -1;
+    state->process = isKept ? Linux::StartProcess(start, state->file) : -1;
     if (state->process <= 0)
     {
         Linux::ReleaseKeptGroup(start.group);
@@ -218,8 +248,14 @@ void CChildProcess::Detach()
     m_state->group = nullptr;
 }
 
+void EndDescendants() noexcept
+{
+    Linux::EndOwnDescendants();
+}
+
 void CChildProcess::PrepareStarts()
 {
+    Linux::RecordSignals();
     Linux::EnsureKeeper();
 }
 

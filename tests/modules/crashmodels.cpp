@@ -324,6 +324,20 @@ class CCrashModel : public LuUnitTest
             startGrandchild("headless");
             sleepLong();
         });
+        AddSubtest(L"hinterlässt Prozesse", [] {
+            startGrandchild("daemon");
+            awaitGrandchild();
+        });
+        AddSubtest(L"hinterlässt Prozesse und endet", [] {
+            startGrandchild("daemon");
+            awaitGrandchild();
+            std::_Exit(0);
+        });
+        AddSubtest(L"hinterlässt Prozesse und endet nicht", [] {
+            startGrandchild("daemon");
+            awaitGrandchild();
+            std::atexit(sleepLong);
+        });
         AddSubtest(L"antwortet noch einmal", [] { answerLater(); });
         AddSubtest(L"startet Prozesse und endet", [] {
             startGrandchild("parent");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <system_error>
 
 #include "base/ioccontainer.h"
 #include "base/lbcriticalsection.h"
@@ -40,6 +41,18 @@ std::unique_ptr<IOC::CContainer> createContainer()
         container = IOC::CContainer::CreateFromFile(file);
     }
     return container ? std::move(container) : IOC::CContainer::CreateFromText(c_DefaultContainer);
+}
+
+void startThreadPool()
+{
+    try
+    {
+        LbThreadPool::GetInstance().Run([] {}).Wait();
+    }
+    catch (const std::system_error&)
+    {
+        // The system has no thread. Parallel loops do without, and a test that needs one says so.
+    }
 }
 
 void warmUpParallelLoops()
@@ -158,7 +171,7 @@ void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
 
 void LuTestSuiteEnvironment::PreallocateStaticData()
 {
-    LbThreadPool::GetInstance().Run([] {}).Wait();
+    startThreadPool();
     LbDiagnostics::Trace(L"LuTestSuiteEnvironment: static data allocated");
     warmUpParallelLoops();
     warmUpFileStreams();

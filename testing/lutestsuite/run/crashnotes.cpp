@@ -80,9 +80,12 @@ private:
         m_size += size;
     }
 
-    char m_bytes[8192];
+    char m_bytes[8192] = {};
     std::size_t m_size = 0;
 };
+
+/// Not on the stack, which may have overflowed. One thread at a time reports a crash.
+constinit CCrashText s_text;
 
 /// The case that the calling thread runs; null without one.
 const SWorkBuffer* findOwnCase()
@@ -150,7 +153,7 @@ void addOtherCases(CCrashText& text, const SWorkBuffer* own)
 void report(const LbOs::SCrash& crash) noexcept
 {
     const SWorkBuffer* const own = findOwnCase();
-    CCrashText text;
+    CCrashText& text = s_text;
     text.Add("Fehler: Absturz");
     if (own != nullptr)
     {

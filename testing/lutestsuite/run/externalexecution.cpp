@@ -1,11 +1,14 @@
 /// The other end of external cases: a process that serves a parent run.
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/ludebugserialization.h"
+#include "base/os/childprocess.h"
 #include "base/os/crash.h"
+#include "base/os/forkmark.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
 #include "base/os/processors.h"
@@ -51,6 +54,20 @@ bool hasMemory()
     return memory != nullptr;
 }
 
+/// Ends what cases have started when this process ends. The exit handlers of test modules run before, since they are
+/// registered later.
+void endDescendantsAtExit()
+{
+    static const std::uint64_t s_mark = LbOs::GetForkMark();
+    std::atexit([] {
+        // Copies that cases make of the process end without it.
+        if (LbOs::GetForkMark() == s_mark)
+        {
+            LbOs::EndDescendants();
+        }
+    });
+}
+
 } // namespace
 
 void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
@@ -62,6 +79,9 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     const auto request = openEvent(setup.requestEventId);
     const auto response = openEvent(setup.responseEventId);
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
+    // Wine's run-time buffers it: a crash would lose what a case has written, or a later case would seem to write it.
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
+    endDescendantsAtExit();
     LbOs::EndSilentlyOnCrash();
     CCrashReporter reporter(setup.memoryId, *response);
     const CCrashNotes notes(&reporter);
@@ -94,6 +114,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
         if (!hasMemory())
         {
             // The cases to come are another child's. At once, since all that an orderly end does may want memory, too.
+            LbOs::EndDescendants();
             LbOs::EndProcess(EXIT_SUCCESS);
         }
     }

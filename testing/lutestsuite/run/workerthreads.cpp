@@ -12,6 +12,7 @@
 #include "base/lbexception.h"
 #include "base/ludebugserialization.h"
 #include "base/os/process.h"
+#include "base/os/processes.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
@@ -379,7 +380,10 @@ void printOrStop(CWork& work, CRunEvents& events, CRunConsole& console)
 std::uint32_t GetWorkerCount(std::uint32_t wanted)
 {
     constexpr std::uint32_t c_Most = 256;
-    return std::clamp(wanted, 1U, c_Most);
+    // The worker, its child process with its threads, and what a case may start.
+    constexpr std::uint64_t c_ProcessesPerWorker = 8;
+    const std::uint64_t possible = std::max<std::uint64_t>(1U, LbOs::GetProcessLimit() / c_ProcessesPerWorker);
+    return std::clamp(wanted, 1U, static_cast<std::uint32_t>(std::min<std::uint64_t>(possible, c_Most)));
 }
 
 void ExecuteInParallel(const SParams& params, const SChildSettings& childSettings, PlannedCases planned,

@@ -11,7 +11,7 @@
 namespace LuTestSuiteRun
 {
 
-/// Number of workers for a wanted number of threads.
+/// Number of workers for a wanted number of threads. Fewer where the system lets the user have few processes.
 std::uint32_t GetWorkerCount(std::uint32_t wanted);
 
 /// Runs the cases on worker threads and prints each as it has finished, on the calling thread. All workers have

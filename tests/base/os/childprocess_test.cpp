@@ -16,6 +16,7 @@
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "base/os/processes.h"
 #include "tests/support/os/testaids.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedfolder.h"
@@ -61,9 +62,14 @@ TEST(OsChildProcess, HasAnExitStatusAfterTermination)
 }
 
 /// Without a status nobody can take a process that has crashed for one that has left.
-TEST(OsChildProcess, HasNoExitStatusWhenOthersHaveWaitedForIt)
+std::optional<std::int64_t> getStatusIfRemembered(std::int64_t status)
 {
-    const auto child = StartProbe(L"exit 0");
+    return LbOs::RemembersForgottenChildren() ? std::optional(status) : std::nullopt;
+}
+
+TEST(OsChildProcess, HasItsExitStatusAlsoWhenOthersHaveWaitedForIt)
+{
+    const auto child = StartProbe(L"exit 7");
     ASSERT_NE(child, nullptr);
     ASSERT_TRUE(child->Wait());
     if (!LbOs::WaitForEndedChildren())
@@ -71,10 +77,24 @@ TEST(OsChildProcess, HasNoExitStatusWhenOthersHaveWaitedForIt)
         GTEST_SKIP() << "waiting takes nothing from others here";
     }
 
-    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+    EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(7));
     child->Terminate();
     EXPECT_FALSE(child->IsRunning());
-    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+    EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(7));
+}
+
+TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    LbOs::KillProcess({static_cast<unsigned long>(child->GetNumber()), L"processprobe"});
+    ASSERT_TRUE(child->Wait());
+    if (!LbOs::WaitForEndedChildren())
+    {
+        GTEST_SKIP() << "waiting takes nothing from others here";
+    }
+
+    EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(-9));
 }
 
 /// Then it may be gone before anybody could ask for it.
@@ -93,13 +113,13 @@ TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
         const auto child = StartProbe(L"exit 7");
         started += child ? 1 : 0;
         ended += child && child->Wait() ? 1 : 0;
-        known += child && child->GetExitStatus() ? 1 : 0;
+        known += child && child->GetExitStatus() == 7 ? 1 : 0;
     }
     LbOs::SetChildrenForgotten(false);
 
     EXPECT_EQ(started, c_Starts);
     EXPECT_EQ(ended, c_Starts);
-    EXPECT_EQ(known, 0);
+    EXPECT_EQ(known, LbOs::RemembersForgottenChildren() ? c_Starts : 0);
 }
 
 TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)

@@ -99,6 +99,16 @@ bool WaitForEndedChildren();
 /// False if the system keeps them while a handle exists.
 bool SetChildrenForgotten(bool areForgotten);
 
+/// Whether the system still knows the status of a forgotten child.
+bool RemembersForgottenChildren();
+
+/// Makes the system forget children and blocks signals of the calling thread, or undoes both. False if there are no
+/// signals.
+bool SetSignalsDisturbed(bool areDisturbed);
+
+/// The signals that the process ignores and that the calling thread blocks, as text for comparisons.
+std::wstring DescribeSignals();
+
 /// Kills the process that watches over the current one, if any, and waits until it has ended.
 void EndKeeper();
 
@@ -143,6 +153,10 @@ bool SetOpenFileLimit(std::uint64_t count);
 
 /// The command line of the current process, for code without access to main's arguments.
 std::vector<std::wstring> GetOwnArguments();
+
+/// Removes the names of the events and of the memory in the command line of a run's child process. False if the system
+/// keeps the names of existing objects.
+bool RemoveObjectNames(unsigned long process);
 
 /// The number of processors that the calling thread may use, at least 1.
 std::uint32_t CountOwnProcessors();

@@ -1,11 +1,13 @@
 #include "tests/support/os/testaids.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <utility>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -293,17 +295,6 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
     const int number = std::stoi(std::filesystem::read_symlink(path).filename().native());
     return shmctl(number, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
            (memory.shm_perm.mode & c_AllRights) == c_OwnRights;
-}
-
-std::vector<std::wstring> LbOs::GetOwnArguments()
-{
-    std::ifstream file("/proc/self/cmdline", std::ios::binary);
-    std::vector<std::wstring> arguments;
-    for (std::string argument; std::getline(file, argument, '\0');)
-    {
-        arguments.push_back(LbEncoding::FromNative(argument));
-    }
-    return arguments;
 }
 
 bool LbOs::JoinGroupOfParent()

@@ -229,6 +229,26 @@ std::vector<std::wstring> LbOs::GetOwnArguments()
     return GetArguments(0, nullptr);
 }
 
+bool LbOs::RemembersForgottenChildren()
+{
+    return true;
+}
+
+bool LbOs::SetSignalsDisturbed(bool)
+{
+    return false;
+}
+
+std::wstring LbOs::DescribeSignals()
+{
+    return {};
+}
+
+bool LbOs::RemoveObjectNames(unsigned long)
+{
+    return false;
+}
+
 bool LbOs::JoinGroupOfParent()
 {
     return false;

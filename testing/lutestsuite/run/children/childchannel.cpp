@@ -7,7 +7,6 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
-#include "base/lbuniqueid.h"
 #include "base/os/openfiles.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
@@ -22,17 +21,6 @@ std::wstring getHostName()
 {
     const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
     return LbFormat(L"LuTestSuiteCLI%s%s", isDebug ? L"D" : L"", LbOs::c_ExecutableSuffix);
-}
-
-std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
-{
-    std::wstring failure;
-    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name, &failure);
-    if (!event)
-    {
-        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden (%s)", name, failure));
-    }
-    return event;
 }
 
 /// Whoever had to wait may use all processors again.
@@ -95,29 +83,61 @@ CChildChannel::CFileQuota::~CFileQuota()
 }
 
 CChildChannel::CChildChannel(const SChildSettings& settings)
-    : m_settings(settings), m_buffer(LbUniqueId::Generate(), CSharedMemoryWorkBuffer::eO_Create),
-      m_requestEventId(LbUniqueId::Generate()), m_responseEventId(LbUniqueId::Generate()),
-      m_request(createEvent(m_requestEventId)), m_response(createEvent(m_responseEventId))
+    : m_settings(settings), m_objects(std::make_unique<SChildObjects>())
 {
-    ClearRequest(*m_buffer.GetWriteAccess());
+}
+
+bool CChildChannel::ensureNames()
+{
+    if (m_objects->AreNamed())
+    {
+        return true;
+    }
+    try
+    {
+        auto objects = std::make_unique<SChildObjects>();
+        CopyRequest(*m_objects->buffer.GetReadAccess(), *objects->buffer.GetWriteAccess());
+        m_objects = std::move(objects);
+        return true;
+    }
+    catch (const LbException&)
+    {
+        return false;
+    }
+}
+
+void CChildChannel::endChild()
+{
+    // A child that leaves ends what its cases have started.
+    if (m_child && m_child->GetExitStatus() != 0)
+    {
+        m_child->Terminate();
+    }
+    m_child.reset();
 }
 
 void CChildChannel::startChild()
 {
-    // What a child before this one has left behind is none of the new one's business.
-    m_child.reset();
-    m_request->Reset();
-    m_response->Reset();
+    endChild();
+    if (!ensureNames())
+    {
+        return;
+    }
+    // What the child before this one has left behind.
+    m_objects->request->Reset();
+    m_objects->response->Reset();
     LbOs::SChildOptions options;
     const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
     options.program = folder + getHostName();
-    options.commandLine = GetChildCommandLine(m_settings, m_buffer.GetName(), m_requestEventId, m_responseEventId);
+    options.commandLine =
+        GetChildCommandLine(m_settings, m_objects->buffer.GetName(), m_objects->requestId, m_objects->responseId);
     options.workingDirectory = folder;
     options.isSilent = true;
+    options.hasPreparedSignals = true;
     m_crashWatch.reset();
     if (m_settings.takeStacks)
     {
-        m_crashWatch = std::make_unique<CCrashWatch>(m_buffer.GetName());
+        m_crashWatch = std::make_unique<CCrashWatch>(m_objects->buffer.GetName());
     }
     PrepareChildEnds();
     m_errors.Renew();
@@ -140,18 +160,17 @@ void CChildChannel::EnsureChild()
 bool CChildChannel::MakeReady()
 {
     EnsureChild();
-    // Opened now, since that may fail, too.
-    m_buffer.GetWriteAccess();
-    m_buffer.GetReadAccess();
     return HasChild();
 }
 
 bool CChildChannel::isNotTaken(EEnd end)
 {
     // If a child that has served cases, or may be leaving, dies before it takes a request, earlier cases are to blame.
-    // A spare's start may have failed for lack of what the case that was under way then has given back since.
-    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_isSpare || m_hasAnswered);
-    return end == EEnd::NotTaken || (hasLeft && withdraw());
+    // A spare's start may have failed for lack of what the case that was under way then has given back since. If the
+    // names are gone, the child may have come too late for them.
+    const bool isGone = end == EEnd::ChildEnded || end == EEnd::Failed;
+    const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || !m_objects->AreNamed();
+    return end == EEnd::NotTaken || (isGone && mayHaveFailed && withdraw());
 }
 
 void CChildChannel::replaceChild()
@@ -193,8 +212,8 @@ void CChildChannel::Ask()
 void CChildChannel::submit()
 {
     m_number = m_number % c_MostRequests + 1;
-    SubmitRequest(*m_buffer.GetWriteAccess(), m_number);
-    m_request->Set();
+    SubmitRequest(*m_objects->buffer.GetWriteAccess(), m_number);
+    m_objects->request->Set();
 }
 
 std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
@@ -238,7 +257,7 @@ SLeavingChild CChildChannel::SendAway()
     {
         return {};
     }
-    WriteLeaveRequest(*m_buffer.GetWriteAccess());
+    WriteLeaveRequest(*m_objects->buffer.GetWriteAccess());
     submit();
     return {std::move(m_child), m_errors.Release()};
 }
@@ -246,7 +265,7 @@ SLeavingChild CChildChannel::SendAway()
 LbOs::EEventWait CChildChannel::waitOnce(std::uint32_t milliseconds)
 {
     const SRestored restored{m_processors};
-    const LbOs::EEventWait event = m_response->Wait(milliseconds, m_child.get());
+    const LbOs::EEventWait event = m_objects->response->Wait(milliseconds, m_child.get());
     if (event == LbOs::EEventWait::TimedOut)
     {
         m_errors.Bound();
@@ -264,7 +283,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     {
         const LbOs::EEventWait event = waitOnce(slice);
         // Tests may set and take signals that are not theirs: the buffer alone knows.
-        if (IsAnswered(*m_buffer.GetWriteAccess(), m_number))
+        if (IsAnswered(*m_objects->buffer.GetWriteAccess(), m_number))
         {
             return EEnd::Answered;
         }
@@ -296,14 +315,14 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
 
 bool CChildChannel::withdraw()
 {
-    return WithdrawRequest(*m_buffer.GetWriteAccess(), m_number);
+    return WithdrawRequest(*m_objects->buffer.GetWriteAccess(), m_number);
 }
 
 void CChildChannel::remind()
 {
-    if (IsSubmitted(*m_buffer.GetWriteAccess(), m_number))
+    if (IsSubmitted(*m_objects->buffer.GetWriteAccess(), m_number))
     {
-        m_request->Set();
+        m_objects->request->Set();
     }
 }
 
@@ -361,7 +380,7 @@ ECaseEnd CChildChannel::toCaseEnd(EEnd end)
 
 void CChildChannel::writeResult(ECaseRunResult result)
 {
-    m_buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
+    m_objects->buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
 }
 
 } // namespace LuTestSuiteRun

@@ -10,12 +10,11 @@
 #include "base/inoncopyable.h"
 #include "base/lbtimer.h"
 #include "base/os/childprocess.h"
-#include "base/os/namedevent.h"
 #include "base/os/processors.h"
 #include "testing/lutestsuite/run/children/childend.h"
+#include "testing/lutestsuite/run/children/childobjects.h"
 #include "testing/lutestsuite/run/children/crashbox.h"
 #include "testing/lutestsuite/run/children/leavingchildren.h"
-#include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 
 namespace LuTestSuiteRun
 {
@@ -84,7 +83,8 @@ public:
     bool HasChild() const { return m_child != nullptr; }
     bool IsChildRunning() const { return m_child && m_child->IsRunning(); }
 
-    IWorkBuffer& GetBuffer() { return m_buffer; }
+    /// Another buffer may take its place when a child is started or asked.
+    IWorkBuffer& GetBuffer() { return m_objects->buffer; }
 
     /// Hands the request in the buffer to the child; its time counts from here.
     void Ask();
@@ -117,7 +117,14 @@ private:
 
     void startChild();
 
-    /// The request was left to nobody: by a child that has ended by itself, or was about to.
+    /// Ends the child with all that its cases have started; no effect without one.
+    void endChild();
+
+    /// Replaces objects without a name, which no child could open, and keeps the request; false on failure.
+    bool ensureNames();
+
+    /// The request was left to nobody: by a child that has ended by itself, or was about to, or could not open the
+    /// objects.
     bool isNotTaken(EEnd end);
 
     /// Starts another child for a request that nobody has taken.
@@ -149,11 +156,7 @@ private:
 
     const SChildSettings& m_settings;
     CFileQuota m_fileQuota;
-    CSharedMemoryWorkBuffer m_buffer;
-    std::wstring m_requestEventId;
-    std::wstring m_responseEventId;
-    std::unique_ptr<LbOs::CNamedEvent> m_request;
-    std::unique_ptr<LbOs::CNamedEvent> m_response;
+    std::unique_ptr<SChildObjects> m_objects;
     CChildErrors m_errors;
     std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if nobody wants stacks
     std::unique_ptr<LbOs::CChildProcess> m_child;

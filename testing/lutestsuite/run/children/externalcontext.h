@@ -24,7 +24,8 @@ public:
 
     const SChildSettings& GetSettings() const { return m_settings; }
 
-    /// How many there are at most: as many as the machine can start at a time.
+    /// How many there are at most: as many as the machine can start at a time, or none where the system lets the user
+    /// have few processes.
     static std::size_t GetMost();
 
     /// Sees to it that there are as many as `count` says that cases to come could use. Returns after two starts, since
@@ -34,6 +35,10 @@ public:
 
     /// One that nobody has used, also when it is being started just now; null when there is none.
     std::unique_ptr<CChildChannel> Take();
+
+    /// Ends all that nobody has taken, for a thread that lacks what they use, and starts no more. False if there was
+    /// none.
+    bool GiveUp();
 
 private:
     void dropEnded();
@@ -45,6 +50,7 @@ private:
     std::condition_variable m_started;
     std::vector<std::unique_ptr<CChildChannel>> m_channels;
     std::size_t m_starting = 0;
+    bool m_areGivenUp = false;
 };
 
 /// The channel of one executing thread.
@@ -83,8 +89,8 @@ private:
     void ensureChannel(bool isIsolated);
     bool tryReady(bool isIsolated);
 
-    /// Gives back what leaving children use; false if there were none.
-    bool endLeaving();
+    /// Gives back what spare and leaving children use; false if there were none.
+    bool endOthers();
 
     CSpareChildren& m_spares;
     std::unique_ptr<CChildChannel> m_channel;

@@ -40,7 +40,8 @@ public:
     /// Ends all at once, for a thread that lacks what they still use. False if there was no child.
     bool EndAll() noexcept;
 
-    /// How many may leave at a time.
+    /// How many may leave at a time; none, so that each is waited for, where the system lets the user have few
+    /// processes.
     static std::size_t GetMost();
 
 private:

@@ -125,6 +125,13 @@ void ClearRequest(SWorkBuffer& buffer)
     Request(buffer.request).store(toField(c_MostRequests, eRS_None));
 }
 
+void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to)
+{
+    std::memcpy(static_cast<void*>(&to), &from, offsetof(SWorkBuffer, messageLength));
+    to.messageLength = 0;
+    to.messages[0] = u'\0';
+}
+
 void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number)
 {
     Request(buffer.request).store(toField(number, eRS_Submitted));

@@ -140,6 +140,9 @@ bool IsAnswered(SWorkBuffer& buffer, std::uint32_t number);
 /// No request has been submitted yet.
 void ClearRequest(SWorkBuffer& buffer);
 
+/// Copies everything in front of the messages. `to` has no messages then.
+void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to);
+
 inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 
 /// Instead of a case, asks the child to leave. No answer follows. A child that does not know such a request answers
