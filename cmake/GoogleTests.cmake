@@ -1,7 +1,7 @@
 # lutestsuite_add_tests(<target>): registers a GoogleTest program with ctest.
 #
-# In debug builds for Linux, every test is an entry of its own. Elsewhere an entry is a whole test suite, because a process
-# takes up to 0.3 s to start under Wine or a sanitizer.
+# In debug builds for Linux, every test is an entry of its own. Elsewhere an entry is a whole test suite, because a
+# process takes up to 0.3 s to start under Wine or a sanitizer.
 
 # Suites with one of these words in their name carry the label "concurrent", which the thread sanitizer runs.
 set(LUTESTSUITE_CONCURRENT_WORDS Concurren Thread Parallel CriticalSection LbEvent Dispatcher Combinable)
