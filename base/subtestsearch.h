@@ -20,10 +20,9 @@ struct SSubtests
     std::function<std::wstring(std::uint32_t)> getName;
 };
 
-/// The first sub-test of exactly that name. The process remembers at which index objects of the same class and
-/// directory had each name, and asks for that one first; when it has another name by now, all are searched. Only a
-/// sub-test that gets an equal name, in front of one that keeps its name and its index, is not found. Passes on what
-/// getName throws. May be called from any thread.
+/// Finds the first sub-test with exactly this name. First tries the remembered index of the name for this class and
+/// directory; if the name there differs, searches all. Misses an equal name inserted before one whose index and name
+/// are unchanged. Passes on what getName throws. Any thread.
 std::optional<std::uint32_t> Find(const SSubtests& subtests, std::wstring_view name);
 
 } // namespace LbSubtestSearch

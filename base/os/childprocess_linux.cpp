@@ -23,18 +23,18 @@ struct CChildProcess::SState
 {
     pid_t process = -1;
     Linux::CProcessFile file;
-    Linux::SKeptGroup* group = nullptr; ///< null when nobody keeps it
+    Linux::SKeptGroup* group = nullptr; ///< null if no keeper watches it
     bool endsWithOwner = true;
     std::string mark; ///< in the environments of its descendants
     bool isTerminated = false;
     bool isReaped = false;
     std::optional<std::int64_t> exitStatus;
 
-    /// How the process has ended, if it has; none when others have waited for it, or the system has forgotten it. From
-    /// then on its number may be another's.
+    /// The end of the process; with WNOHANG, its si_pid is 0 while the process runs. Empty if other code has waited for
+    /// it or the system has discarded it. The id may be reused then.
     std::optional<siginfo_t> Poll(int options);
 
-    /// Also when nobody knows how.
+    /// Also true if the status is unknown.
     bool HasEnded();
 
     bool WaitForEnd(std::uint32_t milliseconds);
@@ -42,10 +42,10 @@ struct CChildProcess::SState
     /// Of a process that has ended.
     void Reap();
 
-    /// By force, with all that it has started where `isTreeEnded`.
+    /// Kills the process, and its descendants if `isTreeEnded`.
     void End(bool isTreeEnded);
 
-    /// Once a process that has ended by itself can no longer tell what it has started.
+    /// Ends descendants of a process that ended by itself.
     void EndOrphans();
 };
 
@@ -63,8 +63,8 @@ std::int64_t toExitStatus(int status)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -std::int64_t{WTERMSIG(status)};
 }
 
-/// The process ends, wherever it has gone, and what is left of its group. Only before it is reaped: then its number may
-/// become another's.
+/// Kills the process, even if it has left its group, and its group. Call it before the process is reaped, while its id
+/// is valid.
 void killGroup(pid_t process)
 {
     kill(-process, SIGKILL);
@@ -97,8 +97,7 @@ bool CChildProcess::SState::HasEnded()
 
 bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
 {
-    // Where there is no descriptor, or the number of one that was closed has become another file's, only looking shows
-    // the end.
+    // Without a valid descriptor, only polling notices the end.
     constexpr std::int64_t c_LookInterval = 1000;
     constexpr std::int64_t c_LookIntervalWithoutFile = 1;
     using Clock = std::chrono::steady_clock;
@@ -204,7 +203,7 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
         Linux::ReleaseKeptGroup(start.group);
         return nullptr;
     }
-    // It may have ended already, and be known to nobody any more, and there may be no descriptor for it.
+    // The process may have ended already, and there may be no descriptor for it.
     state->file.Assert(state->process);
     return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
 }
@@ -217,7 +216,7 @@ CChildProcess::~CChildProcess()
     }
     else if (!m_state->isReaped)
     {
-        // Ended or not, it is nobody's business any more; init takes over what is left of it.
+        // Reaps an ended process; init takes over a running one.
         m_state->Poll(WNOHANG);
     }
 }

@@ -30,9 +30,9 @@ struct SCaseStarted
 {
     std::size_t index;       ///< of the case run in the plan
     const SCaseInfo& info;   ///< unitTest, testCase, repetition and threadIndex are set; valid until the call returns
-    std::uint64_t processId; ///< the system's number of the process that is to run the case: this one or a child; 0 if
-                             ///< no child could be started. The case goes to another child if this one has ended before
-                             ///< it took the case; SCaseEnd then has the number of the other one
+    std::uint64_t processId; ///< the id of the process that is to run the case: this one or a child; 0 if no child
+                             ///< could be started. The case goes to another child if this one has ended before it took
+                             ///< the case; SCaseEnd then has the id of the other child
 };
 
 /// Why a case runs no longer.
@@ -51,7 +51,7 @@ enum class ECaseEnd : std::uint32_t
 struct SCaseEnd
 {
     ECaseEnd kind = ECaseEnd::Returned;
-    std::uint64_t processId = 0;            ///< the system's number of the process that ran the case; 0 for none
+    std::uint64_t processId = 0;            ///< the id of the process that ran the case; 0 for none
     std::optional<std::int64_t> exitStatus; ///< of ChildEnded: of the program; on Linux the negative number of the
                                             ///< signal that ended it; none if unknown
     std::wstring reason;                    ///< of ChildEnded and ChildMissing: a German sentence without a full stop
@@ -106,7 +106,7 @@ public:
 /// How a watched run differs from others.
 struct SRunOptions
 {
-    std::uint32_t attempt = 1; ///< handed on in SRunPlanned, for an observer of several runs: from 2 on a host repeats
+    std::uint32_t attempt = 1; ///< passed on in SRunPlanned, for an observer of several runs: from 2 on a host repeats
                                ///< cases of an earlier run
     bool takeStacks = false;   ///< read the call stacks of a child process that crashes or is ended at the time limit
                                ///< (LbOs::ReadStacks), for SCaseEnd and as information lines of the case's messages.
@@ -116,14 +116,14 @@ struct SRunOptions
 
 /// Runs as without an observer, with the same output (LuTestSuiteOut::SetConsoleOut replaces that).
 ///
-/// LuTestSuiteSetup::unitTests chooses cases and their order, for parts of runs and for repeated cases: it is run as it
-/// stands, a class may occur several times, and no data directory is searched. SParams::external with
-/// SParams::isolated gives each case a process of its own.
+/// LuTestSuiteSetup::unitTests chooses cases and their order, for parts of runs and for repeated cases: the run
+/// executes the list unchanged, a class may occur several times, and no data directory is searched. SParams::external
+/// with SParams::isolated runs each case in a process of its own.
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment,
                                IRunObserver& observer, const SRunOptions& options = {});
 
-/// The parameters of a case: the run's, with what the case itself says in their place. A value that cannot be read
-/// leaves the run's, but for "Parallel": only a case that plainly agrees goes parallel. Any thread.
+/// The run's parameters, overridden by those of the case. A value that cannot be read keeps the run's, except for
+/// "Parallel": any value other than true means false. Any thread.
 LUTESTSUITE_API SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);
 
 /// The statistics of the executed records; records that were not executed count nowhere. Times of the run itself stay

@@ -92,7 +92,7 @@ class CIntrusiveModel : public LuUnitTest
         AddSubtest(L"endet", [] { LbOs::EndProcess(EXIT_SUCCESS); });
         AddSubtest(L"zählt", [this] { Info(L"%d", ++s_count); });
         AddSubtest(L"dauert", [this] {
-            // Longer than it takes the others to get in its way.
+            // Long enough for the other cases to interfere.
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             Info(L"zu Ende");
         });

@@ -44,11 +44,11 @@ void executeCase(SWorkBuffer& buffer, CCrashThread& thread)
     ExecuteInBuffer(buffer);
 }
 
-/// Room for a case to begin with.
+/// Whether enough memory is free for another case to start.
 bool hasMemory()
 {
     constexpr std::size_t c_Enough = std::size_t{1} << 20U;
-    // Volatile, since compilers know that memory which nobody uses can always be had.
+    // Volatile, so that the compiler keeps the unused allocation.
     void* volatile const memory = std::malloc(c_Enough);
     std::free(memory);
     return memory != nullptr;
@@ -79,7 +79,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     const auto request = openEvent(setup.requestEventId);
     const auto response = openEvent(setup.responseEventId);
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
-    // Wine's run-time buffers it: a crash would lose what a case has written, or a later case would seem to write it.
+    // Wine buffers stderr; a crash would lose output, or attribute it to a later case.
     std::setvbuf(stderr, nullptr, _IONBF, 0);
     endDescendantsAtExit();
     LbOs::EndSilentlyOnCrash();
@@ -113,7 +113,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
         }
         if (!hasMemory())
         {
-            // The cases to come are another child's. At once, since all that an orderly end does may want memory, too.
+            // Later cases go to another child. Exits immediately, because an orderly exit may need memory.
             LbOs::EndDescendants();
             LbOs::EndProcess(EXIT_SUCCESS);
         }

@@ -30,20 +30,20 @@ class CWork : public INonCopyable
 public:
     CWork(PlannedCases planned, CRunEvents& events) : m_planned(planned), m_events(events) {}
 
-    /// The next case; null when there is none for now, or the run is canceled.
+    /// The next case; null if there is none now, or if the run is canceled or has failed.
     const SPlannedCase* Take();
 
-    /// A worker that cannot run the case it has taken leaves it, and all others, to the other workers, if there are
-    /// any.
+    /// Returns the case to the other workers and retires this one; false if there is no other worker. After Stop it
+    /// returns true without effect.
     bool LeaveToOthers(const SPlannedCase& planned);
 
-    /// A worker that got no case leaves, unless others have left it one meanwhile. Until then it may be given one.
+    /// Retires a worker that got no case; false if cases were returned meanwhile.
     bool Leave();
 
-    /// A worker whose thread cannot be had is none. False when there is something to do and nobody left to do it.
+    /// Unregisters a worker whose thread failed to start. False if cases remain and no worker is left.
     bool Abandon();
 
-    /// Those that have not been handed out.
+    /// Cases that were not handed out; none after Stop.
     PlannedCases GetToCome();
 
     /// Nothing is handed out from now on.
@@ -268,7 +268,7 @@ void CWorkerThread::runTaken(CCaseRunner& runner)
     }
 }
 
-/// False when the system is short of what the case needs, and other workers are there that have it.
+/// False if the system lacks resources for the case and another worker can run it.
 bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
 {
     try
@@ -280,13 +280,13 @@ bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
     }
     catch (const LbException&)
     {
-        // Said by the second attempt, if it comes to that.
+        // If this is the last worker, the second attempt reports the error.
     }
     runner.ReleaseChildren();
     m_hasLeft = m_work.LeaveToOthers(planned);
     if (!m_hasLeft)
     {
-        // By now the others have given back what they had. Without a child the case has its result all the same.
+        // The other workers have released their children. If there is still no child, the case gets that result.
         runner.MakeReadyFor(planned);
     }
     return !m_hasLeft;
@@ -316,7 +316,7 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
     }
     catch (const std::system_error&)
     {
-        // A system short of threads: fewer of them do the work as well.
+        // With too few threads for all workers, the started ones do the work.
         if (m_threads.empty())
         {
             throw;
@@ -324,7 +324,7 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
     }
     catch (...)
     {
-        // Those that there are end before this is known: nobody prints their cases.
+        // Stops the started workers; nobody would print their cases.
         m_work.Stop();
         throw;
     }
@@ -351,7 +351,7 @@ void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
         }
         if (progress.hasEnded && printed < work.GetCount())
         {
-            // Without a failure it was a cancellation that the workers were told of and this thread was not.
+            // No failure: a worker saw the cancellation before this thread did.
             if (!progress.hasFailed)
             {
                 WriteCanceled();

@@ -14,8 +14,8 @@ namespace LuTestSuiteRun
 /// Number of workers for a wanted number of threads. Fewer where the system lets the user have few processes.
 std::uint32_t GetWorkerCount(std::uint32_t wanted);
 
-/// Runs the cases on worker threads and prints each as it has finished, on the calling thread. All workers have
-/// ended when this returns, also by an exception: its own or the first that ended a worker.
+/// Runs the cases on worker threads and prints each finished case on the calling thread. All workers have ended when it
+/// returns or throws. Rethrows a worker's first exception.
 void ExecuteInParallel(const SParams& params, const SChildSettings& childSettings, PlannedCases planned,
                        CRunEvents& events, CRunConsole& console);
 

@@ -61,7 +61,7 @@ TEST(OsChildProcess, HasAnExitStatusAfterTermination)
     EXPECT_EQ(child->GetExitStatus(), LbPath::c_Separator == L'\\' ? 0 : -9);
 }
 
-/// Without a status nobody can take a process that has crashed for one that has left.
+/// No status if the system has discarded it, so that a crashed process cannot pass as one that exited.
 std::optional<std::int64_t> getStatusIfRemembered(std::int64_t status)
 {
     return LbOs::RemembersForgottenChildren() ? std::optional(status) : std::nullopt;
@@ -97,7 +97,7 @@ TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(-9));
 }
 
-/// Then it may be gone before anybody could ask for it.
+/// Then it may end before anyone queries it.
 TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
 {
     constexpr int c_Starts = 50;
@@ -136,7 +136,7 @@ TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)
     EXPECT_FALSE(child->IsRunning());
 }
 
-/// By a case of another worker, say, which knows of none of these files.
+/// Another worker's case may close them.
 TEST(OsChildProcess, StartsWhileOthersCloseFiles)
 {
     const std::optional<int> status = LbOs::RunInFork([] {
@@ -229,7 +229,7 @@ TEST(OsChildProcess, FindsARelativeProgramFromTheCallersFolder)
     EXPECT_EQ(getStatus(*lookedUp), 5);
 }
 
-/// Which is not the root.
+/// A program path relative to a deleted folder must not be looked up from the root.
 TEST(OsChildProcess, DoesNotStartFromADeletedFolder)
 {
     const ScopedFolder folder;
@@ -270,7 +270,7 @@ TEST(OsChildProcess, RunsUntilItIsTerminated)
     EXPECT_FALSE(child->IsRunning());
 }
 
-/// Of a process whose handle somebody has closed who knew of nothing.
+/// Other code has closed the handle of the process.
 class OsChildProcessWithoutHandle : public testing::Test
 {
 protected:

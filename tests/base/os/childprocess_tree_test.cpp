@@ -34,7 +34,7 @@ TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
     EXPECT_TRUE(line.IsGone());
 }
 
-/// In a session of its own: it is no longer known whose it was.
+/// In its own session, and its parent has ended, so that on Linux only its environment tells whose it was.
 TEST(OsChildProcessTrees, EndsWhenAProcessIsTerminatedThatHasEndedBefore)
 {
     CProbeLine line;
@@ -209,7 +209,7 @@ TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
     EXPECT_LT(Clock::now() - start, std::chrono::seconds(6));
 }
 
-/// By whoever ends all that has its name, or by a system that is out of memory.
+/// As by a kill of all processes of that name, or by the out-of-memory killer.
 TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
 {
     CProbeLine line;

@@ -16,14 +16,14 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// The host of this build, which stands beside the running one and mostly is that.
+/// This build's host, beside the running executable and usually the same.
 std::wstring getHostName()
 {
     const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
     return LbFormat(L"LuTestSuiteCLI%s%s", isDebug ? L"D" : L"", LbOs::c_ExecutableSuffix);
 }
 
-/// Whoever had to wait may use all processors again.
+/// Lets the caller use all processors again after the wait.
 struct SRestored
 {
     LbOs::CThreadProcessors& processors;
@@ -72,8 +72,8 @@ void CProcessorSharing::Learn(std::uint64_t nanoseconds)
 
 CChildChannel::CFileQuota::CFileQuota()
 {
-    constexpr std::uint64_t c_FilesPerChannel = 8; // More than stay open.
-    constexpr std::uint64_t c_OtherFiles = 256;    // Of the cases of this process, among others.
+    constexpr std::uint64_t c_FilesPerChannel = 8; // The upper limit of one channel.
+    constexpr std::uint64_t c_OtherFiles = 256;    // For cases of this process and others.
     LbOs::EnsureOpenFiles(++s_channelCount * c_FilesPerChannel + c_OtherFiles);
 }
 
@@ -175,7 +175,7 @@ bool CChildChannel::isNotTaken(EEnd end)
 
 void CChildChannel::replaceChild()
 {
-    // Indices count what cases were given: in place of a child that no case has used they get one of the same index.
+    // Indices count cases, so a replacement for an unused child gets the same index.
     const std::int32_t unused = m_hasAnswered ? sc_iNone : m_processIndex;
     startChild();
     m_processIndex = m_child ? unused : sc_iNone;
@@ -237,7 +237,7 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     describeEnd(end);
     if (end != EEnd::Answered)
     {
-        // Gone before the buffer is written or read: until then it could still be writing itself.
+        // Wait until the child is gone, since it might still write to the buffer.
         if (m_child)
         {
             m_child->Terminate();
@@ -282,7 +282,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     while (true)
     {
         const LbOs::EEventWait event = waitOnce(slice);
-        // Tests may set and take signals that are not theirs: the buffer alone knows.
+        // Tests may set and reset foreign events; only the buffer tells the state.
         if (IsAnswered(*m_objects->buffer.GetWriteAccess(), m_number))
         {
             return EEnd::Answered;

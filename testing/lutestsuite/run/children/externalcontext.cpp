@@ -15,7 +15,7 @@ std::size_t CSpareChildren::GetMost()
     return LbOs::HasFewProcesses() ? 0 : LuTestSuiteUtils::GetDefaultThreadCount();
 }
 
-/// A spare that no case has taken for long has left.
+/// A spare child exits if it stays unused for long.
 void CSpareChildren::dropEnded()
 {
     std::erase_if(m_channels, [](const std::unique_ptr<CChildChannel>& channel) { return !channel->IsChildRunning(); });
@@ -45,7 +45,7 @@ std::unique_ptr<CChildChannel> CSpareChildren::start() const
     }
     catch (...)
     {
-        // The case that is under way needs none. One that does not get its objects itself says so.
+        // The running case needs none. A case without a child reports that itself.
         return nullptr;
     }
 }

@@ -24,20 +24,18 @@ public:
 
     const SChildSettings& GetSettings() const { return m_settings; }
 
-    /// How many there are at most: as many as the machine can start at a time, or none where the system lets the user
-    /// have few processes.
+    /// The maximum number: what the machine can start at once; 0 if the user may have few processes.
     static std::size_t GetMost();
 
-    /// Sees to it that there are as many as `count` says that cases to come could use. Returns after two starts, since
-    /// whoever calls has to look after a case, too. What cannot be had for them is no error. The question is asked
-    /// while nobody else takes or starts one, so that no more are started than are taken as long as cases are.
+    /// Starts spare children, up to the number that `count` returns and at most GetMost. Starts at most two per call,
+    /// because the caller has a case to run. A child that cannot be started is not an error. `count` is called under
+    /// the lock, so that no more are started than cases need.
     void Start(const std::function<std::size_t()>& count);
 
-    /// One that nobody has used, also when it is being started just now; null when there is none.
+    /// An unused child. Waits if one is being started; null if there is none.
     std::unique_ptr<CChildChannel> Take();
 
-    /// Ends all that nobody has taken, for a thread that lacks what they use, and starts no more. False if there was
-    /// none.
+    /// Kills unused children to free resources and starts no more. False if there were none.
     bool GiveUp();
 
 private:
@@ -63,7 +61,7 @@ public:
     /// Gets the next channel ready with its child; false without a child. Throws LbException.
     bool MakeReady(bool isIsolated);
 
-    /// The system's number of the child of the channel; 0 without one.
+    /// The process id of the child; 0 without one.
     std::uint64_t GetProcessId() const { return m_channel ? m_channel->GetProcessId() : 0; }
 
     /// Gives the channel back. Its child leaves, if it has run cases.
@@ -78,7 +76,7 @@ private:
     {
         None,
         Shared,
-        Isolated ///< an isolated case has it: it is no other's
+        Isolated ///< reserved for one isolated case
     };
 
     bool isChannelFor(bool isIsolated) const

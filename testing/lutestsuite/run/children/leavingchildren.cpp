@@ -95,7 +95,7 @@ void CLeavingChildren::drop(std::size_t index)
     const std::optional<std::int64_t> status = leaving.child->GetExitStatus();
     if (status != 0)
     {
-        // With what its cases have started: it has not come to that itself.
+        // Kills its descendants, too: the child did not get to do so.
         leaving.child->Terminate();
     }
     if (status.value_or(0) == 0 || m_reports >= sc_uiMostReports)

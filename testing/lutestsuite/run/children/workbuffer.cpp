@@ -176,7 +176,7 @@ bool IsLeaveRequest(const SWorkBuffer& buffer)
 
 SParams LoadParams(const SWorkBuffer& buffer)
 {
-    // By way of bytes: a bool that is neither true nor false must not even be looked at.
+    // Copies bytes: reading a bool that is neither 0 nor 1 is undefined.
     unsigned char bytes[sizeof(SParams)];
     std::memcpy(bytes, &buffer.params, sizeof(bytes));
     const auto normalize = [](unsigned char flag) { return static_cast<unsigned char>(flag == 0 ? 0 : 1); };

@@ -99,7 +99,7 @@ TEST(SpareChildren, AreReplacedWhenTheyHaveEnded)
     EXPECT_TRUE(channel->IsChildRunning());
 }
 
-/// Whoever needs one while it is being started does not start another.
+/// A thread that needs a child waits for the one that is starting.
 TEST(SpareChildren, AreAwaitedWhileTheyStart)
 {
     const SChildSettings settings;
@@ -111,7 +111,7 @@ TEST(SpareChildren, AreAwaitedWhileTheyStart)
         {
             return 0;
         }
-        // It cannot come to it before this question is answered.
+        // Take waits for the lock until `count` has returned.
         taker = std::thread([&] { taken = spares.Take(); });
         return 1;
     });
@@ -147,8 +147,8 @@ TEST(ExternalContext, DoesNotTouchTheSparesOfOthers)
     EXPECT_NE(spares.Take(), nullptr);
 }
 
-/// Asks for a case that nobody knows: the index of the process that has said so; -2 without an answer. What happens
-/// `meanwhile` finds the child that the case is to have.
+/// Runs an unknown case; returns the index of the process that answered, -2 without an answer. `meanwhile` runs when
+/// the case has its child.
 std::int32_t askIsolated(
     CExternalContext& context, const std::function<void()>& meanwhile = [] {})
 {
