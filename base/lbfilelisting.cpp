@@ -5,13 +5,12 @@
 #include <map>
 #include <memory_resource>
 #include <mutex>
-#include <new>
 #include <unordered_map>
 #include <vector>
 
 #include "base/lbcriticalsection.h"
 #include "base/os/directories.h"
-#include "base/os/pages.h"
+#include "base/pagememory.h"
 
 namespace
 {
@@ -66,30 +65,6 @@ std::wstring getKey(const LbFilePattern& pattern)
         key.append(wildcard).append(1, L'\0');
     }
     return key;
-}
-
-/// Memory that no heap tracker sees.
-class CPageResource : public std::pmr::memory_resource
-{
-    void* do_allocate(std::size_t size, std::size_t /*alignment*/) override
-    {
-        void* const pages = LbOs::AllocatePages(size);
-        return pages == nullptr ? throw std::bad_alloc() : pages;
-    }
-    void do_deallocate(void* pages, std::size_t size, std::size_t /*alignment*/) override
-    {
-        LbOs::ReleasePages(pages, size);
-    }
-    bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
-};
-
-/// An object that is never destroyed, since cases may still ask at the end of the process, and needs no heap.
-template<typename T>
-T& getEternal()
-{
-    alignas(T) static std::byte s_memory[sizeof(T)];
-    static T& s_object = *new (s_memory) T;
-    return s_object;
 }
 
 /// Names one behind the other.
@@ -150,7 +125,7 @@ private:
 };
 
 CListing::CListing(const std::wstring& directory, const SNames& names)
-    : m_memory(getSize(directory, names), &getEternal<CPageResource>()), m_directory(directory, &m_memory),
+    : m_memory(getSize(directory, names), &GetEternal<CPageMemory>()), m_directory(directory, &m_memory),
       m_text(&m_memory), m_begins(&m_memory), m_matches(&m_memory)
 {
     std::vector<std::uint32_t> order(names.ends.size());
@@ -201,7 +176,7 @@ using SharedListing = std::shared_ptr<const CListing>;
 
 SharedListing readListing(const std::wstring& directory)
 {
-    const std::pmr::polymorphic_allocator<CListing> allocator(&getEternal<CPageResource>());
+    const std::pmr::polymorphic_allocator<CListing> allocator(&GetEternal<CPageMemory>());
     return std::allocate_shared<CListing>(allocator, directory, readNames(directory));
 }
 
@@ -228,7 +203,7 @@ private:
 
     LbCriticalSection m_readMutex; ///< one thread reads: the others find the listing that they wait for
     LbCriticalSection m_mutex;     ///< of all below
-    std::pmr::unsynchronized_pool_resource m_memory{&getEternal<CPageResource>()};
+    std::pmr::unsynchronized_pool_resource m_memory{&GetEternal<CPageMemory>()};
     std::pmr::unordered_map<std::wstring_view, SKept> m_kept{&m_memory}; ///< by the folders that the listings hold
     std::uint64_t m_uses = 0;
 };
@@ -306,5 +281,5 @@ LbFileListing::~LbFileListing() = default;
 
 std::shared_ptr<const LbFileListing> LbFileListing::Get(const std::wstring& directory)
 {
-    return getEternal<CListings>().Get(directory);
+    return GetEternal<CListings>().Get(directory);
 }

@@ -12,14 +12,14 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// Which files are meant: those that match one of the wildcards and none of the excluded ones. "*" stands for any
-/// characters, "?" for one; everything else is exact. Refers to texts of the caller.
+/// Selects files that match a wildcard and no exclusion. "*" stands for any characters, "?" for one; everything else is
+/// exact. Refers to texts of the caller.
 struct LbFilePattern
 {
     std::span<const std::wstring_view> wildcards;
     std::span<const std::wstring_view> excluded;
 
-    /// Takes time in proportion to the length of the name times that of the wildcards, whatever stars they have.
+    /// Takes time proportional to the name's length times that of the wildcards.
     LB_API bool Matches(std::wstring_view name) const;
 };
 
@@ -32,8 +32,7 @@ struct LbFilePattern
 /// shown the same times for a tenth of a second before it was read, and never when the times have no fraction of a
 /// second, as on FAT.
 ///
-/// Listings take memory straight from the system: what is kept for later cases is no growth of the heap of the present
-/// one.
+/// Listings are not on the heap, so that they do not count as heap growth of the current case.
 class LB_API LbFileListing : public INonCopyable
 {
 public:
@@ -51,8 +50,7 @@ public:
     /// The rank of a name, compared exactly; nothing when there is no such file.
     virtual std::optional<std::uint32_t> Find(std::wstring_view name) const noexcept = 0;
 
-    /// The ranks of the files that are meant, ascending. Remembered with the listing, so that only the first request
-    /// for a pattern looks at all names; valid as long as the listing.
+    /// The ranks of the matching files, ascending, cached for each pattern; valid as long as the listing.
     virtual std::span<const std::uint32_t> GetMatches(const LbFilePattern& pattern) const = 0;
 
     virtual ~LbFileListing();

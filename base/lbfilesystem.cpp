@@ -38,10 +38,10 @@ std::vector<std::wstring> getEntryNames(const std::wstring& directory)
     return names;
 }
 
-/// Where the links at the end of the path lead, whether something stands there or not.
+/// Follows the links at the end of the path, whether the final target exists or not.
 std::wstring followLinks(std::wstring path)
 {
-    // More than any system follows.
+    // More links than any system follows.
     constexpr int c_LongestChain = 64;
     for (int links = 0; links < c_LongestChain && LbOs::IsLink(path); ++links)
     {
@@ -50,7 +50,7 @@ std::wstring followLinks(std::wstring path)
     return path;
 }
 
-/// A file that can be replaced, or may be made: its path without links, empty where there is none.
+/// The path without links of a file that can be replaced or created; empty if there is none.
 std::wstring findReplaceable(const std::wstring& path)
 {
     const bool isThere = LbFileSystem::Exists(path);
@@ -59,7 +59,7 @@ std::wstring findReplaceable(const std::wstring& path)
         return {};
     }
     std::wstring place = followLinks(path);
-    // A link of the system's own, to a file that has no name any more, tells a path that leads elsewhere.
+    // A system link to a deleted file shows a path that leads elsewhere.
     const bool isSame = !isThere || LbOs::AreSameFile(path, place);
     const std::wstring parent = LbPath::GetParent(place);
     const std::wstring folder = parent.empty() ? std::wstring(L".") : parent;
@@ -196,7 +196,7 @@ void LbFileSystem::WriteWhole(const std::wstring& path, const std::function<void
         write(path);
         return;
     }
-    // A name of its own, since others may write the same file; and a short one, since the file's may be a long one.
+    // A unique name, because others may write the same file; and a short one, because the file's name may be long.
     const std::wstring temporary = LbPath::GetParent(target) + L"LuTestSuite-" + LbUniqueId::Generate() + L".tmp";
     try
     {

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <vector>
 
 #ifdef _OPENMP
@@ -11,6 +12,7 @@
 #endif
 
 #include "base/lbthreadpool.h"
+#include "base/os/processes.h"
 
 namespace
 {
@@ -120,11 +122,29 @@ CHelpers::~CHelpers()
 void CHelpers::Start(CLoop& loop, std::uint64_t count)
 {
     m_tasks.reserve(count);
-    while (m_tasks.size() < count)
+    try
     {
-        m_tasks.push_back(LbThreadPool::GetInstance().Run([&loop] { loop.Work(); }));
+        while (m_tasks.size() < count)
+        {
+            m_tasks.push_back(LbThreadPool::GetInstance().Run([&loop] { loop.Work(); }));
+        }
+    }
+    catch (const std::system_error&)
+    {
+        // The system has no thread for the pool. The calling thread does all the work.
     }
 }
+
+#ifdef _OPENMP
+/// Number of threads, at least 1, that the OpenMP run-time can have for the calling thread.
+int getTeamSize()
+{
+    // Idle threads of the run-time spin for milliseconds and block processors, unless there are more threads than
+    // processors. Each calling thread gets its own team, so the number is kept small.
+    const auto wanted = static_cast<unsigned>(std::min(omp_get_num_procs() + 1, 8));
+    return LbOs::HasFewProcesses() ? 1 : static_cast<int>(1U + LbOs::CountStartableThreads(wanted - 1U));
+}
+#endif
 
 } // namespace
 
@@ -154,9 +174,10 @@ void LbParallel::Invoke(std::initializer_list<std::function<void()>> functions)
 std::int64_t LbParallel::SumRange(std::int64_t first, std::int64_t last)
 {
 #ifdef _OPENMP
-    // Idle threads of the OpenMP run-time spin for milliseconds and block processors, unless there are more threads
-    // than processors. Each calling thread gets its own team, so the number is kept small.
-    const int threadCount = std::min(omp_get_num_procs() + 1, 8);
+    // The run-time ends the process if it cannot start a thread, so no other caller may start one in between.
+    static std::mutex s_mutex;
+    const std::lock_guard lock(s_mutex);
+    const int threadCount = getTeamSize();
     std::int64_t sum = 0;
 #pragma omp parallel for reduction(+ : sum) num_threads(threadCount)
     for (std::int64_t index = first; index <= last; ++index)

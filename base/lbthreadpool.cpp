@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/os/process.h"
+#include "base/os/processes.h"
 
 namespace
 {
@@ -103,7 +104,7 @@ struct LbThreadPool::SShared
     void Stop();
     void Work();
 
-    const unsigned threadCount = std::max(1U, std::thread::hardware_concurrency());
+    const unsigned threadCount = LbOs::HasFewProcesses() ? 1U : std::max(1U, std::thread::hardware_concurrency());
 
     std::mutex mutex;
     std::condition_variable changed;

@@ -7,7 +7,8 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// A fixed number of threads, one per hardware thread, started with the first task. Usable from any thread.
+/// A fixed number of threads, started with the first task: one per hardware thread, or a single one if the system lets
+/// the user have few processes. Usable from any thread.
 class LB_API LbThreadPool : public INonCopyable
 {
 public:
@@ -40,7 +41,8 @@ public:
     static void Shutdown();
 
     /// Runs `function` on a pool thread. Tasks start in order of submission. The first call also waits until the
-    /// threads have started, so it must not be made while a library is being loaded.
+    /// threads have started, so it must not be made while a library is being loaded. Throws std::system_error when
+    /// there is no thread and the system has none.
     CTask Run(std::function<void()> function);
 
     /// Number of pool threads, at least 1.

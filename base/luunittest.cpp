@@ -4,6 +4,7 @@
 
 #include "base/lbexception.h"
 #include "base/os/directories.h"
+#include "base/subtestsearch.h"
 
 LB_RTTI_ABSTRACT(LuUnitTest, IObject)
 
@@ -13,6 +14,13 @@ namespace
 [[noreturn]] void throwNoSuchSubtest(std::uint32_t subtest, std::uint32_t count)
 {
     throw LbException(LbFormat(L"Untertest %u gibt es nicht, es sind %u", subtest, count));
+}
+
+/// Of a sub-test of the entry, whatever name the class gives it.
+template<typename Entry>
+std::wstring getFileName(const Entry& entry, std::uint32_t subtest)
+{
+    return std::wstring(entry.files->listing->GetName(entry.files->ranks[subtest - entry.first]));
 }
 
 } // namespace
@@ -71,8 +79,7 @@ std::wstring LuUnitTest::GetSubtestName(std::uint32_t subtest) const
         return getComplete().GetSubtestName(subtest);
     }
     const SEntry& entry = getEntry(subtest);
-    return entry.files ? std::wstring(entry.files->listing->GetName(entry.files->ranks[subtest - entry.first]))
-                       : entry.name;
+    return entry.files ? getFileName(entry, subtest) : entry.name;
 }
 
 LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
@@ -112,7 +119,7 @@ LuUnitTest::EResult LuUnitTest::runHere(std::uint32_t subtest)
 {
     const SEntry& entry = getEntry(subtest);
     return guard([&] {
-        return entry.files ? entry.files->function(m_dataDirectory + GetSubtestName(subtest)) : entry.function();
+        return entry.files ? entry.files->function(m_dataDirectory + getFileName(entry, subtest)) : entry.function();
     });
 }
 
@@ -126,15 +133,9 @@ std::optional<std::uint32_t> LuUnitTest::FindSubtest(std::wstring_view name) con
     {
         return findPlain(name);
     }
-    const std::uint32_t count = GetSubtestCount();
-    for (std::uint32_t subtest = 0; subtest < count; ++subtest)
-    {
-        if (GetSubtestName(subtest) == name)
-        {
-            return subtest;
-        }
-    }
-    return std::nullopt;
+    return LbSubtestSearch::Find({typeid(*this), m_dataDirectory, GetSubtestCount(),
+                                  [this](std::uint32_t subtest) { return GetSubtestName(subtest); }},
+                                 name);
 }
 
 void LuUnitTest::SelectSubtest(std::wstring_view name)

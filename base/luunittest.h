@@ -91,7 +91,8 @@ public:
     virtual EResult RunUnitTest(std::uint32_t subtest);
 
     /// The first sub-test with exactly that name. Calls GetSubtestCount and GetSubtestName if the class overrides one
-    /// of them; otherwise looks the name up. Passes on exceptions of the class.
+    /// of them, beginning with the index where the name was last found; otherwise looks the name up. Passes on
+    /// exceptions of the class.
     std::optional<std::uint32_t> FindSubtest(std::wstring_view name) const;
 
     /// For runners: selects, before InitSubtests, the only sub-test that the object is for. Unless the class overrides

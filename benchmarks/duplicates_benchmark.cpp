@@ -1,10 +1,9 @@
-/// Compares the search for duplicates with listing the same files and, if installed, with jdupes, fdupes and rmlint, at
-/// several sizes. Warm cache: each measurement is repeated. Both sides of a ratio are measured alternately, because
-/// other work on the machine changes times.
+/// Compares the search for duplicates with ls, which lists the same files with their sizes, and with jdupes, fdupes and
+/// rmlint, where they are installed, at several sizes. Warm cache: each measurement is repeated. Both sides of a ratio
+/// are measured alternately, because other work on the machine changes times.
 
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,9 +16,6 @@ namespace
 
 constexpr double c_TimesListingLimit = 1.0;
 constexpr double c_TimesJdupesLimit = 1.5;
-
-/// A search or its reference; false if it failed.
-using Work = std::function<bool(const CDataFolder& folder)>;
 
 using Write = void (*)(const std::filesystem::path& directory, int files, std::size_t size);
 
@@ -55,18 +51,11 @@ void writeQuarterIdenticalToTheEnd(const std::filesystem::path& directory, int f
     }
 }
 
-bool listDuplicates(const CDataFolder& folder)
+void listDuplicates(const CDataFolder& folder)
 {
     LuTestSuiteSetup setup = folder.GetSetup();
     setup.duplicateMode = eDM_List;
     LuTestSuiteUtils::RunDuplicateDetection(setup, GetBenchmarkEnvironment());
-    return true;
-}
-
-bool listCases(const CDataFolder& folder)
-{
-    LuTestSuiteUtils::RunQueryMode(folder.GetSetup(), GetBenchmarkEnvironment());
-    return true;
 }
 
 bool runProgram(const std::string& command, const CDataFolder& folder)
@@ -75,7 +64,7 @@ bool runProgram(const std::string& command, const CDataFolder& folder)
 }
 
 /// The arguments give the number of files and their size in bytes.
-void compare(benchmark::State& state, Write write, const Work& other, const std::string& name, double limit)
+void besideProgram(benchmark::State& state, Write write, const std::string& command, double limit)
 {
     const CDataFolder folder;
     write(folder.AddClass(""), static_cast<int>(state.range(0)), static_cast<std::size_t>(state.range(1)));
@@ -85,7 +74,7 @@ void compare(benchmark::State& state, Write write, const Work& other, const std:
     for ([[maybe_unused]] const auto iteration : state)
     {
         bool isDone = false;
-        others.push_back(MeasureSeconds([&] { isDone = other(folder); }));
+        others.push_back(MeasureSeconds([&] { isDone = runProgram(command, folder); }));
         if (!isDone)
         {
             state.SkipWithError("the program is not installed, or failed");
@@ -96,27 +85,7 @@ void compare(benchmark::State& state, Write write, const Work& other, const std:
         state.SetIterationTime(seconds);
     }
     ReportMedian(state, "other", others);
-    HoldMedian(state, name, ratios, limit);
-}
-
-void besideListing(benchmark::State& state)
-{
-    compare(state, writeDifferentSizes, listCases, "timesListing", c_TimesListingLimit);
-}
-BENCHMARK(besideListing)
-    ->Args({400, 1 << 20})
-    ->Args({1'000, 4'000})
-    ->Args({10'000, 4'000})
-    ->Unit(benchmark::kMillisecond)
-    ->UseManualTime()
-    ->Iterations(11)
-    ->Name("duplicates/different sizes");
-
-void besideProgram(benchmark::State& state, Write write, const std::string& command, double limit)
-{
-    compare(
-        state, write, [&command](const CDataFolder& folder) { return runProgram(command, folder); }, "timesProgram",
-        limit);
+    HoldMedian(state, "timesProgram", ratios, limit);
 }
 
 void setFiles(benchmark::internal::Benchmark* benchmark)
@@ -128,6 +97,9 @@ void setFiles(benchmark::internal::Benchmark* benchmark)
         ->UseManualTime()
         ->Iterations(11);
 }
+BENCHMARK_CAPTURE(besideProgram, listing, writeDifferentSizes, "ls -lR", c_TimesListingLimit)
+    ->Apply(setFiles)
+    ->Name("duplicates/different sizes/ls");
 BENCHMARK_CAPTURE(besideProgram, jdupes, writeQuarterIdentical, "jdupes -r", c_TimesJdupesLimit)
     ->Apply(setFiles)
     ->Name("duplicates/quarter identical/jdupes");

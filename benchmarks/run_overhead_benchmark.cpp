@@ -1,12 +1,16 @@
 /// The cost that a run adds to each case: 5,000 empty cases in 100 classes, run by the library and called directly.
+/// The cost that an observer of the run adds, with 1,000, 10,000 and 100,000 case runs; the limit is 1 us a case.
 ///
 /// The library prints a line per case, so redirect standard output to a file. The results go to standard error with
 ///     run_overhead_benchmark --benchmark_out=/dev/stderr > cases.txt
+#include <algorithm>
+
 #include <benchmark/benchmark.h>
 
 #include "base/lustream.h"
 #include "benchmarks/trivialclasses.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 
 namespace
@@ -31,10 +35,10 @@ std::vector<LuTestSuite::SUnitTest> makeUnitTests()
     return unitTests;
 }
 
-void setCounters(benchmark::State& state)
+void setCounters(benchmark::State& state, std::size_t caseCount = c_CaseCount)
 {
     state.counters["time_per_case"] = benchmark::Counter(
-        static_cast<double>(c_CaseCount), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+        static_cast<double>(caseCount), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void callDirectly(const LuTestSuite::SUnitTest& unitTest, const std::wstring& caseName)
@@ -89,5 +93,56 @@ void BM_Run(benchmark::State& state)
     setCounters(state);
 }
 BENCHMARK(BM_Run)->Unit(benchmark::kMillisecond);
+
+/// Looks at what it is told, and does no more.
+class CEmptyObserver : public LuTestSuiteRun::IRunObserver
+{
+public:
+    void OnCaseStarted(const LuTestSuiteRun::SCaseStarted& started) override
+    {
+        benchmark::DoNotOptimize(started.index);
+    }
+    void OnCaseFinished(const LuTestSuiteRun::SCaseFinished& finished) override
+    {
+        benchmark::DoNotOptimize(finished.info.result);
+    }
+};
+
+/// The number of case runs, a multiple of 1,000.
+LuTestSuiteSetup makeSetup(std::size_t caseCount)
+{
+    LuTestSuiteSetup setup;
+    setup.unitTests = makeUnitTests();
+    setup.unitTests.resize(std::min(c_CaseCount, caseCount) / Benchmarks::c_CasesPerClass);
+    setup.params.repetitions = static_cast<std::uint32_t>(std::max(caseCount, c_CaseCount) / c_CaseCount);
+    return setup;
+}
+
+void BM_RunUnobserved(benchmark::State& state)
+{
+    LuTestSuiteEnvironment environment;
+    const auto caseCount = static_cast<std::size_t>(state.range(0));
+    const LuTestSuiteSetup setup = makeSetup(caseCount);
+    for (auto _ : state)
+    {
+        benchmark::DoNotOptimize(LuTestSuiteRun::Run(setup, environment));
+    }
+    setCounters(state, caseCount);
+}
+BENCHMARK(BM_RunUnobserved)->RangeMultiplier(10)->Range(1000, 100'000)->Unit(benchmark::kMillisecond);
+
+void BM_RunObserved(benchmark::State& state)
+{
+    LuTestSuiteEnvironment environment;
+    CEmptyObserver observer;
+    const auto caseCount = static_cast<std::size_t>(state.range(0));
+    const LuTestSuiteSetup setup = makeSetup(caseCount);
+    for (auto _ : state)
+    {
+        benchmark::DoNotOptimize(LuTestSuiteRun::Run(setup, environment, observer));
+    }
+    setCounters(state, caseCount);
+}
+BENCHMARK(BM_RunObserved)->RangeMultiplier(10)->Range(1000, 100'000)->Unit(benchmark::kMillisecond);
 
 } // namespace

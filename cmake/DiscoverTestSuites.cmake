@@ -1,5 +1,5 @@
 # Read by ctest: asks a GoogleTest program for its suites and makes one test of each.
-# Expects: program, emulator, name.
+# Expects: program, emulator (may be empty), name, concurrent_words.
 
 if(NOT EXISTS "${program}")
     add_test("${name}_NOT_BUILT" "${program}")
@@ -7,19 +7,23 @@ if(NOT EXISTS "${program}")
 endif()
 
 get_filename_component(directory "${program}" DIRECTORY)
-execute_process(COMMAND "${emulator}" "${program}" --gtest_list_tests
+execute_process(COMMAND ${emulator} "${program}" --gtest_list_tests
     WORKING_DIRECTORY "${directory}" OUTPUT_VARIABLE listing RESULT_VARIABLE status TIMEOUT 120)
 if(NOT status EQUAL 0)
-    add_test("${name}_NOT_LISTED" "${emulator}" "${program}" --gtest_list_tests)
+    add_test("${name}_NOT_LISTED" ${emulator} "${program}" --gtest_list_tests)
     return()
 endif()
 
 # A line with a suite is not indented and ends in a dot; its tests follow indented.
+list(JOIN concurrent_words "|" concurrent)
 string(REGEX MATCHALL "(^|\n)[^ \r\n]+\\." suites "${listing}")
 foreach(suite IN LISTS suites)
     string(STRIP "${suite}" suite)
-    add_test("${name}.${suite}*" "${emulator}" "${program}" "--gtest_filter=${suite}*")
-    set_tests_properties("${name}.${suite}*" PROPERTIES WORKING_DIRECTORY "${directory}" TIMEOUT 180)
+    add_test("${name}.${suite}*" ${emulator} "${program}" "--gtest_filter=${suite}*")
+    set_tests_properties("${name}.${suite}*" PROPERTIES WORKING_DIRECTORY "${directory}" TIMEOUT 300)
+    if(suite MATCHES "${concurrent}")
+        set_tests_properties("${name}.${suite}*" PROPERTIES LABELS "concurrent")
+    endif()
     if(suite MATCHES "RunParallelCrashes")
         # The longest suite begins first.
         set_tests_properties("${name}.${suite}*" PROPERTIES COST 600)

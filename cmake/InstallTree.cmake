@@ -12,8 +12,10 @@ install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION ${package_
 # Public headers of the platform layer are those that other public headers include or that a host needs to read its
 # arguments. The folders below testing/lutestsuite are private.
 file(GLOB headers CONFIGURE_DEPENDS base/*.h)
+# Nobody outside of LbBase includes these.
+list(FILTER headers EXCLUDE REGEX "/(pagememory|subtestsearch)\\.h$")
 install(FILES ${headers} DESTINATION include/base)
-install(FILES base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h
+install(FILES base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h base/os/stacks.h
     DESTINATION include/base/os)
 file(GLOB headers CONFIGURE_DEPENDS testing/lutestsuite/*.h)
 install(FILES ${headers} DESTINATION include/testing/lutestsuite)

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "fuzz/fuzzing.h"
 #include "testing/lutestsuite/selection/automaton.h"
 #include "testing/lutestsuite/selection/requiredtext.h"
 #include "testing/lutestsuite/selection/wideregex.h"
@@ -13,17 +14,11 @@
 namespace
 {
 
+using Fuzzing::Check;
+
 /// The standard library is too slow for longer expressions.
 constexpr std::size_t c_LongestName = 6;
 constexpr std::size_t c_LongestExpression = 30;
-
-void check(bool isGood)
-{
-    if (!isGood)
-    {
-        std::abort();
-    }
-}
 
 /// Each byte is a character; the highest bytes stand for some characters beyond Latin-1.
 wchar_t getCharacter(std::uint8_t byte)
@@ -73,16 +68,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!expression)
     {
         // Only the standard library detects back-references to missing groups.
-        check(!canTake);
+        Check(!canTake);
         return 0;
     }
     const bool isFound = std::regex_search(name, *expression);
-    check(!isFound || name.find(LuTestSuite::GetRequiredText(syntax->root)) != std::wstring::npos);
+    Check(!isFound || name.find(LuTestSuite::GetRequiredText(syntax->root)) != std::wstring::npos);
     if (canTake)
     {
         LuTestSuite::CAutomaton automaton;
         automaton.Add(syntax->root);
-        check(automaton.IsFoundIn(name) == isFound);
+        Check(automaton.IsFoundIn(name) == isFound);
     }
     return 0;
 }

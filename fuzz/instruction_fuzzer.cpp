@@ -3,20 +3,10 @@
 #include <cstdlib>
 #include <vector>
 
+#include "fuzz/fuzzing.h"
 #include "testing/lutestsuite/heap/trampoline.h"
 
-namespace
-{
-
-void check(bool isGood)
-{
-    if (!isGood)
-    {
-        std::abort();
-    }
-}
-
-} // namespace
+using Fuzzing::Check;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -26,19 +16,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // The size passed exceeds the 15 bytes that exist.
     const auto instruction = LuTestSuite::DecodeInstruction({most.data(), size});
     const auto again = LuTestSuite::DecodeInstruction(most);
-    check(instruction.has_value() == again.has_value());
+    Check(instruction.has_value() == again.has_value());
     if (instruction)
     {
-        check(instruction->length >= 1 && instruction->length <= most.size());
-        check(instruction->length == again->length);
-        check(instruction->displacementOffset + instruction->displacementSize <= instruction->length);
-        check(instruction->immediateOffset + instruction->immediateSize == instruction->length);
+        Check(instruction->length >= 1 && instruction->length <= most.size());
+        Check(instruction->length == again->length);
+        Check(instruction->displacementOffset + instruction->displacementSize <= instruction->length);
+        Check(instruction->immediateOffset + instruction->immediateSize == instruction->length);
     }
     constexpr std::uintptr_t c_Target = 0x7F0000001000;
     constexpr std::uintptr_t c_Block = 0x7F0000100000;
     if (const auto trampoline = LuTestSuite::BuildTrampoline(code, c_Target, c_Block, c_Target + 0x100))
     {
-        check(trampoline->copyCount >= 1 && trampoline->placeCount >= 2);
+        Check(trampoline->copyCount >= 1 && trampoline->placeCount >= 2);
     }
     return 0;
 }

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "fuzz/fuzzing.h"
 #include "testing/lutestsuite/selection/wideregex.h"
 #include "testing/lutestsuite/selection/wildcard.h"
 
@@ -35,13 +36,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::wstring name = getText(data + size / 2, size - size / 2);
     const std::wregex expression = LuTestSuite::MakeWideRegex(LuTestSuite::GetWildcardExpression(wildcard));
     const bool isMatch = std::regex_match(name, expression);
-    if (isMatch != LuTestSuite::MatchesWildcard(name, wildcard))
+    Fuzzing::Check(isMatch == LuTestSuite::MatchesWildcard(name, wildcard));
+    if (LuTestSuite::GetWildcardKind(wildcard) == LuTestSuite::EWildcardKind::Plain)
     {
-        std::abort();
-    }
-    if (LuTestSuite::GetWildcardKind(wildcard) == LuTestSuite::EWildcardKind::Plain && isMatch != (name == wildcard))
-    {
-        std::abort();
+        Fuzzing::Check(isMatch == (name == wildcard));
     }
     return 0;
 }

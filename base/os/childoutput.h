@@ -1,4 +1,4 @@
-/// Files that take what child processes print.
+/// Files that receive the output of child processes.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +10,13 @@
 namespace LbOs
 {
 
-/// A file in the folder for temporary files that a child process writes to; see SChildOptions::errors. Used by one
-/// thread at a time.
+/// A file in the temporary folder to which a child process writes; see SChildOptions::errors. Used by one thread at a
+/// time.
 class LB_API CChildOutput
 {
 public:
-    /// Creates an empty file, which only the present user can read. It is removed with the object or with the present
-    /// process, however that ends. `name` is the file's name without a folder. Null on failure. Any thread.
+    /// Creates an empty file that only the current user can read. It is removed with the object, or when the current
+    /// process ends in any way. `name` is the file's name without a folder. Null on failure. Any thread.
     static std::unique_ptr<CChildOutput> Create(const std::wstring& name);
 
     ~CChildOutput();
@@ -29,10 +29,10 @@ public:
     /// Bytes in the file; 0 if it cannot be read. Costs one system call.
     std::uint64_t GetSize() const;
 
-    /// Up to `most` of the last bytes of the file, but none before `begin`. Empty on failure.
+    /// Up to `most` of the file's last bytes, but none before `begin`. Empty on failure.
     std::string ReadEnd(std::uint64_t begin, std::size_t most) const;
 
-    /// Removes what is in the file. The child goes on at its beginning.
+    /// Empties the file. The child continues at its beginning.
     void Clear();
 
 private:

@@ -1,4 +1,4 @@
-/// Child processes, with all that they start in turn.
+/// Child processes and their descendants.
 #pragma once
 
 #include <cstdint>
@@ -32,10 +32,19 @@ struct SChildOptions
     /// Receives what a silent child writes to standard error; null: nothing does. Must exist until the start returns.
     const CChildOutput* errors = nullptr;
 
+    /// The child starts with the blocked and ignored signals that PrepareStarts recorded; otherwise, or without a
+    /// record, with the caller's. No effect on Windows.
+    bool hasPreparedSignals = false;
+
     /// The child and the processes that it started end at the latest with its object and with the present process,
     /// however that ends. Without this they may outlive both, and only Terminate ends them.
     bool endsWithOwner = true;
 };
+
+/// Ends all descendants of the calling process, in any group or session. For a child with endsWithOwner, before it
+/// exits. Takes one system call if there are none, otherwise 1 to 2 ms, up to 3 s if some cannot be killed. No effect
+/// on Windows, where the owner's object does that. Any thread.
+LB_API void EndDescendants() noexcept;
 
 /// A process that was started. One thread at a time, but different objects are independent of each other.
 class LB_API CChildProcess
@@ -45,7 +54,7 @@ public:
 
     /// Gets ready what all starts need, best while the process is small: on Linux a copy of it watches over what is
     /// started with endsWithOwner, and keeps all the memory that the process has at that time. Without it the first
-    /// start does that. Any thread.
+    /// start does that. Also records which signals the calling thread blocks and the process ignores. Any thread.
     static void PrepareStarts();
 
     /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
@@ -62,26 +71,26 @@ public:
 
     bool IsRunning() const { return !Wait(0); }
 
-    /// Ends the process and those that it started, and returns when it is gone, or after 10 s when the system cannot
-    /// end it. Its exit status is then 0 on Windows and -9 on Linux. On Linux, with endsWithOwner, what has left the
-    /// process's group is looked for, as long as the process itself runs; that takes about a millisecond, two where
-    /// there was something, and up to 3 s for what the system cannot end.
+    /// Kills the process and its descendants and waits until it has ended, at most 10 s. The exit status of a process
+    /// that was running is then 0 on Windows, -9 on Linux. On Linux with endsWithOwner it also searches for descendants
+    /// outside the process's group, which takes 1 to 2 ms, up to 3 s if some cannot be killed. If the process has
+    /// already ended, descendants are recognised by their environment; those started without it, or of other users,
+    /// stay.
     void Terminate();
 
-    /// The exit status of a process that has ended: the program's own, on Linux the negative number of the signal that
-    /// ended it. None while it runs, and on Linux when somebody else in the present process has waited for it, or made
-    /// the system forget its children; nothing that it has left behind is ended then, since its number may be
-    /// another's.
+    /// The exit status of an ended process; on Linux the negative number of the signal that ended it. Empty while it
+    /// runs, and before Linux 6.15 if other code in this process has waited for it or ignores SIGCHLD. Then only
+    /// Terminate ends its descendants, since its id may have been reused.
     std::optional<std::int64_t> GetExitStatus();
 
-    /// From now on what was started ends neither with this object nor with the present process.
+    /// Afterwards the process and its descendants may outlive this object and the current process.
     void Detach();
 
-    /// The system's number of the process; on Linux another's as soon as somebody has waited for its end.
+    /// The process id; on Linux it may be reused once any code has waited for the process.
     std::uint64_t GetNumber() const noexcept;
 
     /// The system's handle that waits for the end, owned by the object. For the platform layer's own use. On Linux it
-    /// is another file's, or -1, when somebody has closed it; the next Wait gets another one.
+    /// is another file's, or -1, if other code has closed it; the next Wait opens another.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:

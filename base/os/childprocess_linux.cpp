@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include <sys/wait.h>
@@ -22,17 +23,18 @@ struct CChildProcess::SState
 {
     pid_t process = -1;
     Linux::CProcessFile file;
-    Linux::SKeptGroup* group = nullptr; ///< null when nobody keeps it
+    Linux::SKeptGroup* group = nullptr; ///< null if no keeper watches it
     bool endsWithOwner = true;
+    std::string mark; ///< in the environments of its descendants
     bool isTerminated = false;
     bool isReaped = false;
     std::optional<std::int64_t> exitStatus;
 
-    /// How the process has ended, if it has; none when others have waited for it, or the system has forgotten it. From
-    /// then on its number may be another's.
+    /// The end of the process; with WNOHANG, its si_pid is 0 while the process runs. Empty if other code has waited for
+    /// it or the system has discarded it. The id may be reused then.
     std::optional<siginfo_t> Poll(int options);
 
-    /// Also when nobody knows how.
+    /// Also true if the status is unknown.
     bool HasEnded();
 
     bool WaitForEnd(std::uint32_t milliseconds);
@@ -40,8 +42,11 @@ struct CChildProcess::SState
     /// Of a process that has ended.
     void Reap();
 
-    /// By force, with all that it has started where `isTreeEnded`.
+    /// Kills the process, and its descendants if `isTreeEnded`.
     void End(bool isTreeEnded);
+
+    /// Ends descendants of a process that ended by itself.
+    void EndOrphans();
 };
 
 namespace
@@ -52,8 +57,14 @@ std::int64_t toExitStatus(const siginfo_t& end)
     return end.si_code == CLD_EXITED ? end.si_status : -std::int64_t{end.si_status};
 }
 
-/// The process ends, wherever it has gone, and what is left of its group. Only before it is reaped: then its number may
-/// become another's.
+/// From what waitpid() would say.
+std::int64_t toExitStatus(int status)
+{
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -std::int64_t{WTERMSIG(status)};
+}
+
+/// Kills the process, even if it has left its group, and its group. Call it before the process is reaped, while its id
+/// is valid.
 void killGroup(pid_t process)
 {
     kill(-process, SIGKILL);
@@ -86,8 +97,7 @@ bool CChildProcess::SState::HasEnded()
 
 bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
 {
-    // Where there is no descriptor, or the number of one that was closed has become another file's, only looking shows
-    // the end.
+    // Without a valid descriptor, only polling notices the end.
     constexpr std::int64_t c_LookInterval = 1000;
     constexpr std::int64_t c_LookIntervalWithoutFile = 1;
     using Clock = std::chrono::steady_clock;
@@ -126,11 +136,20 @@ void CChildProcess::SState::Reap()
         Poll(0);
         exitStatus = toExitStatus(*end);
     }
+    else if (const std::optional<int> status = file.ReadStatus())
+    {
+        exitStatus = toExitStatus(*status);
+    }
     isReaped = true;
 }
 
 void CChildProcess::SState::End(bool isTreeEnded)
 {
+    const bool endsTree = isTreeEnded && endsWithOwner;
+    if (endsTree && (isReaped || HasEnded()))
+    {
+        EndOrphans();
+    }
     if (isReaped || std::exchange(isTerminated, true))
     {
         return;
@@ -140,7 +159,7 @@ void CChildProcess::SState::End(bool isTreeEnded)
         Reap();
         return;
     }
-    if (isTreeEnded && endsWithOwner && !HasEnded())
+    if (endsTree && !HasEnded())
     {
         pid_t root = process;
         Linux::EndProcessTrees({&root, 1});
@@ -155,6 +174,15 @@ void CChildProcess::SState::End(bool isTreeEnded)
     }
 }
 
+void CChildProcess::SState::EndOrphans()
+{
+    if (!isTerminated && !mark.empty())
+    {
+        Linux::EndMarkedProcesses(mark);
+        mark.clear();
+    }
+}
+
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
 std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
@@ -166,15 +194,16 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
     }
     auto state = std::make_unique<SState>();
     state->endsWithOwner = options.endsWithOwner;
+    state->mark = start.mark;
     state->group = start.group = options.endsWithOwner ? Linux::TakeKeptGroup() : nullptr;
     const bool isKept = !options.endsWithOwner || start.group != nullptr;
-    state->process = isKept ? Linux::StartProcess(start) : -1;
+    state->process = isKept ? Linux::StartProcess(start, state->file) : -1;
     if (state->process <= 0)
     {
         Linux::ReleaseKeptGroup(start.group);
         return nullptr;
     }
-    // It may have ended already, and be known to nobody any more, and there may be no descriptor for it.
+    // The process may have ended already, and there may be no descriptor for it.
     state->file.Assert(state->process);
     return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
 }
@@ -187,7 +216,7 @@ CChildProcess::~CChildProcess()
     }
     else if (!m_state->isReaped)
     {
-        // Ended or not, it is nobody's business any more; init takes over what is left of it.
+        // Reaps an ended process; init takes over a running one.
         m_state->Poll(WNOHANG);
     }
 }
@@ -218,8 +247,14 @@ void CChildProcess::Detach()
     m_state->group = nullptr;
 }
 
+void EndDescendants() noexcept
+{
+    Linux::EndOwnDescendants();
+}
+
 void CChildProcess::PrepareStarts()
 {
+    Linux::RecordSignals();
     Linux::EnsureKeeper();
 }
 

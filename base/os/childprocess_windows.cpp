@@ -118,6 +118,8 @@ Windows::Handle start(const SChildOptions& options, HANDLE job)
 
 } // namespace
 
+void EndDescendants() noexcept {}
+
 void CChildProcess::PrepareStarts() {}
 
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}

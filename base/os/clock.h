@@ -29,9 +29,9 @@ LB_API SLocalTime GetLocalTimeNow();
 /// Results that other threads hold stay valid. Callable from any thread.
 LB_API void WarmUpCalendar();
 
-/// Names the system's time zone in the environment (TZ) unless the environment names one. On Linux the run-time
-/// otherwise copies the zone's path again with every question for local time, which memory figures of whoever asks
-/// would show. Local times stay the same. No other thread may use the environment meanwhile. No effect on Windows.
+/// Names the system's time zone in the environment (TZ) unless the environment names one. On Linux the C library
+/// otherwise copies the zone's path on every request for local time, which would count as growth of the calling case.
+/// Local times do not change. No other thread may use the environment meanwhile. No effect on Windows.
 LB_API void NameTimeZone();
 
 /// Local time of the last change of a file's content; follows links. Empty if the file does not exist. Callable from

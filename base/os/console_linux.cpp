@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <optional>
 
 #include <poll.h>
 #include <stdio_ext.h>
@@ -58,12 +59,23 @@ bool waitForPlace(int file)
     return poll(&place, 1, -1) > 0 || errno == EINTR;
 }
 
+/// Files have a position, pipes and sockets have not: only these can lose their reader.
+bool mayLoseReader(int file)
+{
+    return lseek(file, 0, SEEK_CUR) < 0;
+}
+
 std::atomic<bool> s_isOutputLost = false;
 
 /// False if bytes were dropped. A closed stream drops them on purpose: a case or the caller has closed it.
 bool writeStream(std::FILE* stream, std::string_view bytes)
 {
-    const CPipeSignalBlock block;
+    // One system call in place of two where the output is a file.
+    std::optional<CPipeSignalBlock> block;
+    if (mayLoseReader(fileno(stream)))
+    {
+        block.emplace();
+    }
     // Flushes what others wrote into the stream, then writes past it: a stream that was used for wide text accepts no
     // bytes, and a stream that was used for bytes accepts no wide text.
     const bool isFlushed = std::fflush(stream) == 0;
@@ -84,9 +96,9 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
         }
         bytes.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
     }
-    if (!isWritten)
+    if (!isWritten && block)
     {
-        block.Discard();
+        block->Discard();
     }
     return isWritten;
 }

@@ -14,7 +14,7 @@
 #include "base/os/linux/crashplace.h"
 #include "base/os/linux/rawcalls.h"
 
-/// There where a sanitizer is.
+/// Exists only with a sanitizer.
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
 namespace
@@ -26,7 +26,7 @@ struct SSignal
 {
     int number;
     SCrashKind kind;
-    bool isCrash; ///< the process's own doing
+    bool isCrash; ///< caused by the process itself
 };
 
 constexpr SSignal c_Signals[] = {
@@ -66,8 +66,8 @@ std::atomic<CrashReport> s_report = nullptr;
 std::atomic<long> s_owner = 0;
 std::atomic<bool> s_isReporting = false;
 
-/// The process ends when the handler returns, by the signal itself: with the status, and the dump where there is one,
-/// of the crash.
+/// Ends the process by the signal itself, as soon as the handler returns: with the crash's status and, if enabled, its
+/// dump.
 void endBySignal(int signal)
 {
     struct sigaction action = {};
@@ -76,7 +76,7 @@ void endBySignal(int signal)
     Linux::Call(SYS_tgkill, Linux::Call(SYS_getpid), Linux::Call(SYS_gettid), signal);
 }
 
-/// Whether memory was asked for where the stack ends, as far as an instruction alone tells.
+/// True if the accessed memory is near the end of the stack, as far as one instruction shows.
 bool isNearStack(std::uintptr_t target, std::uintptr_t stack)
 {
     constexpr std::uintptr_t c_Near = 65536;
@@ -89,8 +89,10 @@ SCrash describe(const SSignal& signal, const siginfo_t& info, const ucontext_t& 
     crash.kind = signal.kind;
     crash.code = static_cast<std::uint32_t>(signal.number);
     crash.address = static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RIP]);
+    crash.thread = static_cast<std::uint64_t>(Linux::Call(SYS_gettid));
+    crash.context = reinterpret_cast<std::uint64_t>(&context);
     Linux::FindCrashPlace(crash);
-    // A signal that somebody has sent has the sender's number in place of an address.
+    // A signal sent by a process contains the sender's id instead of an address.
     if ((signal.number == SIGSEGV || signal.number == SIGBUS) && info.si_code > 0)
     {
         crash.target = reinterpret_cast<std::uintptr_t>(info.si_addr);
@@ -110,7 +112,7 @@ void onSignal(int signal, siginfo_t* info, void* context)
     {
         while (s_isReporting.exchange(true))
         {
-            // Another thread has crashed, too, and ends the process in a moment.
+            // Another thread has crashed, too, and will end the process.
             Linux::Call(SYS_pause);
         }
         report(describe(*findSignal(signal), *info, *static_cast<const ucontext_t*>(context)));
@@ -156,7 +158,7 @@ void releaseSignals()
     }
 }
 
-/// A sanitizer has said what it has to say, and ends the process next.
+/// Called when a sanitizer has written its report, just before it ends the process.
 void onDeath()
 {
     const CrashReport report = s_report.load();
@@ -172,8 +174,8 @@ void onDeath()
 
 void LbOs::EndSilentlyOnCrash()
 {
-    // The system ends a crashed process by itself; what may take long is the dump. The limit of 1, too small for any
-    // file, is the one that also keeps the system from handing the dump to a program.
+    // The system ends a crashed process without help, but a dump may take long. The limit of 1 is too small for any
+    // file, and only this limit prevents that the system passes the dump to a program.
     rlimit limit = {};
     getrlimit(RLIMIT_CORE, &limit);
     limit.rlim_cur = limit.rlim_max == 0 ? 0 : 1;
@@ -235,7 +237,7 @@ LbOs::CCrashStack::CCrashStack()
 {
     constexpr std::size_t c_Size = 65536;
     stack_t present = {};
-    // A sanitizer, or whoever started the thread, has given it one of their own.
+    // A sanitizer, or the code that started the thread, has already set an alternative stack.
     if (sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0)
     {
         return;

@@ -77,7 +77,8 @@ void findPlace(SCrash& crash)
     {
         return;
     }
-    wchar_t path[1024] = {};
+    // Not on the stack, which may have overflowed. One thread at a time reports a crash.
+    static wchar_t path[1024];
     const DWORD length = K32GetMappedFileNameW(GetCurrentProcess(), pages.AllocationBase, path, std::size(path) - 1);
     const std::wstring_view name =
         std::wstring_view(path, length).substr(std::wstring_view(path, length).rfind(L'\\') + 1);

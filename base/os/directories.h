@@ -1,4 +1,4 @@
-/// Questions about single entries of directories, and whether a directory has changed. All calls are thread-safe.
+/// Queries single entries of directories, and detects changes of directories. All calls are thread-safe.
 #pragma once
 
 #include <cstdint>
@@ -11,37 +11,37 @@
 namespace LbOs
 {
 
-/// What tells whether entries were added to a directory or taken away: such a change moves its times, unless the file
-/// system's clock still shows the moment of the change before.
+/// Detects added and removed entries: each such change moves the directory's times, except a change within the
+/// resolution of the file system's clock after another one.
 struct SDirectoryStamp
 {
     SFileIdentity identity;
     std::int64_t modificationTime; ///< nanoseconds
-    std::int64_t changeTime;       ///< nanoseconds; unlike the other one programs cannot set it at will
+    std::int64_t changeTime;       ///< nanoseconds; unlike modificationTime, programs cannot set it freely
 
     bool operator==(const SDirectoryStamp&) const = default;
 };
 
-/// Nothing when there is no such directory, or it cannot be looked at.
+/// Empty if the directory does not exist or cannot be examined.
 LB_API std::optional<SDirectoryStamp> GetDirectoryStamp(const std::wstring& directory);
 
-/// A directory that is to be the working directory of the process.
+/// A directory that must be the working directory of the process.
 class LB_API CHomeDirectory
 {
 public:
-    /// Of an existing directory, by its full path.
+    /// Takes the full path of an existing directory.
     explicit CHomeDirectory(std::wstring path);
 
-    /// Makes it the working directory where it is not. Asks the system one cheap question, or none. False when it
-    /// cannot be had. Any thread.
+    /// Makes the directory the working directory if it is not. Needs at most one cheap system call to check. False on
+    /// failure. Any thread.
     bool Ensure() const;
 
 private:
     std::wstring m_path;
-    SFileIdentity m_identity{}; ///< used on Linux alone, where paths have to be looked up
+    SFileIdentity m_identity{}; ///< used only on Linux, where the path must be looked up
 };
 
-/// True when VisitDirectory would show an entry of exactly this name that is no directory. Asks for this entry alone.
+/// True if VisitDirectory would report an entry with exactly this name that is no directory. Looks up only this entry.
 LB_API bool HoldsFile(const std::wstring& directory, const std::wstring& name);
 
 } // namespace LbOs

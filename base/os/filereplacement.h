@@ -1,4 +1,4 @@
-/// Putting a new file in the place of an old one. Paths as in files.h; any thread.
+/// Replaces files by new ones. Paths as in files.h; any thread.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@
 namespace LbOs
 {
 
-/// Whether the present user may make files in `directory`; false when there is none.
+/// True if the current user may create files in `directory`; false if it does not exist.
 LB_API bool MayAddFiles(const std::wstring& directory);
 
-/// Gives a file another name in its directory. A file that had that name is replaced in one step: who opens it sees the
-/// one or the other as a whole. It hands down its permissions and owner on Linux, as far as the present user may set
-/// them; on Windows the new file has what its folder gave it. False on failure, which changes nothing: there is no such
-/// file, a directory has the other name, or a file that may not be written, or that another program has open without
-/// letting others delete it.
+/// Renames a file within its directory and replaces an existing file of that name in one step: other programs see
+/// either the old or the new file as a whole. On Linux the new file gets the permissions and the owner of the old one,
+/// as far as the current user may set them; on Windows it keeps what its folder gave it. False on failure, which
+/// changes nothing: the file does not exist, the target is a directory, a read-only file, or a file that another
+/// program has opened without permitting deletion.
 LB_API bool RenameFile(const std::wstring& path, const std::wstring& newPath);
 
 } // namespace LbOs

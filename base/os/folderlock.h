@@ -1,4 +1,4 @@
-/// Locks of folders between processes.
+/// Locks on folders, shared by processes.
 #pragma once
 
 #include <cstdint>
@@ -10,16 +10,16 @@
 namespace LbOs
 {
 
-/// One holder at a time, of all threads and processes that lock one folder by whatever path. Nothing is written into
-/// the folder, and whoever does not ask for the lock is not kept from anything. Released with the object, on the thread
-/// that acquired it, and when the process ends, however it ends.
+/// One holder at a time among all threads and processes that lock the folder, by any path. Writes nothing into the
+/// folder, and does not affect code that does not lock it. Released with the object, on the thread that acquired it,
+/// and when the process ends in any way.
 ///
-/// On Linux the lock is the folder's own (flock): it holds as far as the file system's locks do, which for folders of
-/// the network may be the machine alone, or not at all. On Windows it holds on one machine.
+/// On Linux the lock is a flock of the folder: on network file systems it may be limited to one machine or unsupported.
+/// On Windows it is limited to one machine.
 class LB_API CFolderLock
 {
 public:
-    /// Waits without limit until the lock is free. Null when the folder cannot be opened or takes no locks.
+    /// Waits without limit until the lock is free. Null if the folder cannot be opened or does not support locks.
     static std::unique_ptr<CFolderLock> Acquire(const std::wstring& folder);
 
     ~CFolderLock();

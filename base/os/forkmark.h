@@ -1,4 +1,4 @@
-/// Tells a process from its copies.
+/// Distinguishes a process from its forks.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 namespace LbOs
 {
 
-/// A number that stays the same in this process and is another one in a copy of it that a fork has made, and in copies
-/// of that. Mostly costs no system call. Any thread.
+/// A number that is constant in this process and different in its forks and in their forks. Usually needs no system
+/// call. Any thread.
 LB_API std::uint64_t GetForkMark() noexcept;
 
 } // namespace LbOs

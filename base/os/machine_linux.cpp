@@ -13,7 +13,6 @@
 
 #include "base/lbencoding.h"
 #include "base/os/files.h"
-#include "base/os/linux/machine.h"
 
 namespace
 {
@@ -95,8 +94,9 @@ std::wstring LbOs::GetMachineName()
     return gethostname(name, sizeof(name) - 1) == 0 ? LbEncoding::FromUtf8(name) : std::wstring();
 }
 
-std::wstring LbOs::Linux::DescribeGraphics(const std::wstring& folder)
+std::wstring LbOs::GetGraphicsAdapter()
 {
+    const std::wstring folder = L"/sys/class/drm";
     std::set<std::uint32_t> cards;
     VisitDirectory(folder, [&cards](const SDirectoryEntry& entry) {
         if (const std::optional<std::uint32_t> number = getCardNumber(LbEncoding::ToNative(entry.name)))
@@ -116,9 +116,4 @@ std::wstring LbOs::Linux::DescribeGraphics(const std::wstring& folder)
         }
     }
     return {};
-}
-
-std::wstring LbOs::GetGraphicsAdapter()
-{
-    return Linux::DescribeGraphics(L"/sys/class/drm");
 }

@@ -33,6 +33,9 @@ public:
 
     ~CNamedEvent();
 
+    /// Whether the event still has its name. On Linux a name is a file, which the user's processes can remove.
+    bool IsNamed() const;
+
     CNamedEvent(const CNamedEvent&) = delete;
     CNamedEvent& operator=(const CNamedEvent&) = delete;
 

@@ -135,6 +135,13 @@ std::unique_ptr<CNamedEvent> CNamedEvent::Open(const std::wstring& name)
     return state->Open() ? std::unique_ptr<CNamedEvent>(new CNamedEvent(std::move(state))) : nullptr;
 }
 
+bool CNamedEvent::IsNamed() const
+{
+    struct stat status = {};
+    return lstat(m_state->path.c_str(), &status) == 0 && status.st_dev == m_state->device &&
+           status.st_ino == m_state->node;
+}
+
 bool CNamedEvent::Set()
 {
     const int pipe = m_state->GetPipe();

@@ -44,6 +44,12 @@ std::unique_ptr<CNamedEvent> CNamedEvent::Open(const std::wstring& name)
     return state->event ? std::unique_ptr<CNamedEvent>(new CNamedEvent(std::move(state))) : nullptr;
 }
 
+bool CNamedEvent::IsNamed() const
+{
+    // The system keeps the name as long as there is a handle.
+    return true;
+}
+
 bool CNamedEvent::Set()
 {
     return SetEvent(m_state->event.get()) != FALSE;

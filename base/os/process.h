@@ -15,8 +15,9 @@ namespace LbOs
 /// needs; Windows asks the system instead, because main()'s bytes have lost characters there.
 LB_API std::vector<std::wstring> GetArguments(int count, const char* const* arguments);
 
-/// Runs `function` to its end on a thread with a stack of `stackSize` bytes (address space is reserved, memory is used
-/// only as the stack grows) and passes its exception on. Throws LbException when the thread cannot be had.
+/// Runs `function` on a thread with a stack of `stackSize` bytes, waits for its end and passes its exception on.
+/// Address space is reserved; memory is used only as the stack grows. Throws LbException if the thread cannot be
+/// started.
 LB_API void RunOnStack(std::size_t stackSize, const std::function<void()>& function);
 
 /// Names the calling thread for debuggers; the system's maximum length may cut the name.
@@ -42,7 +43,7 @@ LB_API void BreakIntoDebugger();
 /// Functions that are called around each fork of the process, on the forking thread.
 struct SForkHandlers
 {
-    void (*before)() noexcept; ///< must not keep a lock that a thread may take while it holds a lock of the run-time
+    void (*before)() noexcept; ///< must not keep a lock that a thread may take while it holds a lock of the C library
     void (*afterInParent)() noexcept; ///< also called when the fork failed
     void (*afterInChild)() noexcept;  ///< called after the handlers that were registered earlier
 };

@@ -1,6 +1,7 @@
 /// The processes of the system.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,5 +32,16 @@ LB_API std::wstring GetProcessExecutableName(unsigned long number);
 /// process has ended already (on Linux also if another executable has its id now), or if the caller has no right to
 /// end it. Callable from any thread.
 LB_API void KillProcess(const SProcess& process);
+
+/// How many processes and threads the system lets the user have; a very large number if it sets no limit, as on
+/// Windows. Callable from any thread.
+LB_API std::uint64_t GetProcessLimit() noexcept;
+
+/// Whether the system lets the user have so few processes and threads (fewer than 1024 on Linux) that those which are
+/// only useful could keep others from starting. False on Windows. Callable from any thread.
+LB_API bool HasFewProcesses() noexcept;
+
+/// How many of `wanted` threads can be started now; they are started and ended. Callable from any thread.
+LB_API unsigned CountStartableThreads(unsigned wanted);
 
 } // namespace LbOs

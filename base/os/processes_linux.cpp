@@ -8,8 +8,10 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -39,6 +41,46 @@ std::atomic<pid_t> s_firstParent = [] {
     pthread_atfork(nullptr, nullptr, [] { s_firstParent = getppid(); });
     return getppid();
 }();
+
+/// Threads that wait for one another, so that they are there at the same time.
+class CProbeThreads
+{
+public:
+    CProbeThreads() { pthread_mutex_lock(&m_gate); }
+    CProbeThreads(const CProbeThreads&) = delete;
+    CProbeThreads& operator=(const CProbeThreads&) = delete;
+
+    ~CProbeThreads()
+    {
+        pthread_mutex_unlock(&m_gate);
+        for (const pthread_t thread : m_threads)
+        {
+            pthread_join(thread, nullptr);
+        }
+    }
+
+    unsigned Start(unsigned wanted)
+    {
+        m_threads.reserve(wanted);
+        pthread_t thread = {};
+        while (m_threads.size() < wanted && pthread_create(&thread, nullptr, &wait, &m_gate) == 0)
+        {
+            m_threads.push_back(thread);
+        }
+        return static_cast<unsigned>(m_threads.size());
+    }
+
+private:
+    static void* wait(void* gate)
+    {
+        pthread_mutex_lock(static_cast<pthread_mutex_t*>(gate));
+        pthread_mutex_unlock(static_cast<pthread_mutex_t*>(gate));
+        return nullptr;
+    }
+
+    pthread_mutex_t m_gate = PTHREAD_MUTEX_INITIALIZER;
+    std::vector<pthread_t> m_threads;
+};
 
 } // namespace
 
@@ -87,4 +129,21 @@ void LbOs::KillProcess(const SProcess& process)
     {
         syscall(SYS_pidfd_send_signal, file.Get(), SIGKILL, nullptr, 0);
     }
+}
+
+std::uint64_t LbOs::GetProcessLimit() noexcept
+{
+    rlimit limit = {};
+    return getrlimit(RLIMIT_NPROC, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
+}
+
+bool LbOs::HasFewProcesses() noexcept
+{
+    constexpr std::uint64_t c_Few = 1024;
+    return GetProcessLimit() < c_Few;
+}
+
+unsigned LbOs::CountStartableThreads(unsigned wanted)
+{
+    return CProbeThreads().Start(wanted);
 }

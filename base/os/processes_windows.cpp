@@ -69,3 +69,19 @@ void LbOs::KillProcess(const SProcess& process)
         TerminateProcess(opened.get(), 0);
     }
 }
+
+std::uint64_t LbOs::GetProcessLimit() noexcept
+{
+    return ~std::uint64_t{0};
+}
+
+bool LbOs::HasFewProcesses() noexcept
+{
+    return false;
+}
+
+unsigned LbOs::CountStartableThreads(unsigned wanted)
+{
+    // Threads are limited by memory only.
+    return wanted;
+}

@@ -26,7 +26,7 @@ public:
 
     /// Binds the calling thread to its current processor, and the main thread of `child` too, which should be asleep.
     /// Each of the two threads calls Restore for itself.
-    void MeetWith(const CChildProcess& child);
+    void ShareProcessorWith(const CChildProcess& child);
 
     /// Restores the stored processors of the calling thread, once; no effect if nothing has been stored since.
     void Restore();

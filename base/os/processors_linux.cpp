@@ -45,7 +45,7 @@ void CThreadProcessors::Read()
     m_state->isRead = sched_getaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors) == 0;
 }
 
-void CThreadProcessors::MeetWith(const CChildProcess& child)
+void CThreadProcessors::ShareProcessorWith(const CChildProcess& child)
 {
     const std::optional<cpu_set_t> present = getPresentProcessor();
     if (present && m_state->isRead)

@@ -13,7 +13,7 @@ CThreadProcessors::~CThreadProcessors() = default;
 
 void CThreadProcessors::Read() {}
 
-void CThreadProcessors::MeetWith(const CChildProcess& /*child*/) {}
+void CThreadProcessors::ShareProcessorWith(const CChildProcess& /*child*/) {}
 
 void CThreadProcessors::Restore() {}
 

@@ -10,6 +10,12 @@
 namespace LbOs
 {
 
+enum class EMemoryAccess
+{
+    Read,
+    Write ///< and read
+};
+
 /// Keeps a named block of zeroed memory alive. Only processes of the same user can map it. A name consists of letters,
 /// digits and "-". Any thread.
 class LB_API CSharedMemory
@@ -23,6 +29,12 @@ public:
 
     ~CSharedMemory();
 
+    /// The whole block, valid as long as a copy of the pointer exists; does not need the name. Null on failure.
+    std::shared_ptr<void> Map(EMemoryAccess access) const;
+
+    /// Whether the block still has its name. On Linux a name is a file, which the user's processes can remove.
+    bool IsNamed() const;
+
     CSharedMemory(const CSharedMemory&) = delete;
     CSharedMemory& operator=(const CSharedMemory&) = delete;
 
@@ -31,12 +43,6 @@ private:
     explicit CSharedMemory(std::unique_ptr<SState> state);
 
     std::unique_ptr<SState> m_state;
-};
-
-enum class EMemoryAccess
-{
-    Read,
-    Write ///< and read
 };
 
 /// The first `size` bytes of the named block, valid as long as a copy of the pointer exists. Null if there is no such

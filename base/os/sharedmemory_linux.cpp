@@ -19,6 +19,9 @@ namespace LbOs
 /// users.
 struct CSharedMemory::SState
 {
+    std::string path;
+    std::size_t size = 0;
+    int segment = -1;
     std::shared_ptr<void> block; ///< attached, which keeps the segment alive
     Linux::CNamedFile file;      ///< a symbolic link that contains owner and segment
 };
@@ -57,11 +60,18 @@ int makeSegment(const char* path, std::size_t size, std::shared_ptr<void>& block
     return block ? segment : -1;
 }
 
+int toFlags(EMemoryAccess access)
+{
+    return access == EMemoryAccess::Write ? 0 : SHM_RDONLY;
+}
+
 /// The contents of a link of the current user.
 struct SPlace
 {
     pid_t owner = 0;
     int segment = -1;
+
+    bool operator==(const SPlace&) const = default;
 };
 
 /// The owner's id confirms the segment: the system reuses segment ids.
@@ -95,24 +105,35 @@ CSharedMemory::~CSharedMemory() = default;
 std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, std::size_t size, std::wstring* failure)
 {
     auto state = std::make_unique<SState>();
-    state->file = Linux::CNamedFile(Linux::ToObjectPath(name), failure, [&state, size, failure](const char* path) {
-        const int segment = makeSegment(path, size, state->block);
-        const std::string place = std::to_string(getpid()) + "/" + std::to_string(segment);
-        const bool isMade = segment >= 0 && symlink(place.c_str(), path) == 0;
+    state->path = Linux::ToObjectPath(name);
+    state->size = size;
+    state->file = Linux::CNamedFile(state->path, failure, [&state, failure](const char* path) {
+        state->segment = makeSegment(path, state->size, state->block);
+        const std::string place = std::to_string(getpid()) + "/" + std::to_string(state->segment);
+        const bool isMade = state->segment >= 0 && symlink(place.c_str(), path) == 0;
         if (!isMade)
         {
-            Linux::DescribeFailure(failure, segment < 0 ? "shmget, shmat" : "symlink");
+            Linux::DescribeFailure(failure, state->segment < 0 ? "shmget, shmat" : "symlink");
         }
         return isMade;
     });
     return state->file.Exists() ? std::unique_ptr<CSharedMemory>(new CSharedMemory(std::move(state))) : nullptr;
 }
 
+std::shared_ptr<void> CSharedMemory::Map(EMemoryAccess access) const
+{
+    return attach(m_state->segment, toFlags(access), m_state->size);
+}
+
+bool CSharedMemory::IsNamed() const
+{
+    return readOwnLink(m_state->path) == SPlace{getpid(), m_state->segment};
+}
+
 std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
 {
     const SPlace place = readOwnLink(Linux::ToObjectPath(name));
-    return isBlock(place, size) ? attach(place.segment, access == EMemoryAccess::Write ? 0 : SHM_RDONLY, size)
-                                : nullptr;
+    return isBlock(place, size) ? attach(place.segment, toFlags(access), size) : nullptr;
 }
 
 } // namespace LbOs

@@ -10,7 +10,29 @@ namespace LbOs
 struct CSharedMemory::SState
 {
     Windows::Handle mapping;
+    std::size_t size = 0;
 };
+
+namespace
+{
+
+/// Null on failure, also if the block is smaller. The view keeps the block alive, so the handle can be closed.
+std::shared_ptr<void> mapView(HANDLE mapping, std::size_t size, DWORD rights)
+{
+    void* const view = mapping == nullptr ? nullptr : MapViewOfFile(mapping, rights, 0, 0, size);
+    if (view == nullptr)
+    {
+        return nullptr;
+    }
+    return {view, [](void* memory) { UnmapViewOfFile(memory); }};
+}
+
+DWORD toRights(EMemoryAccess access)
+{
+    return access == EMemoryAccess::Write ? FILE_MAP_WRITE | FILE_MAP_READ : FILE_MAP_READ;
+}
+
+} // namespace
 
 CSharedMemory::CSharedMemory(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
@@ -20,6 +42,7 @@ std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, s
 {
     const std::wstring objectName = Windows::ToObjectName(name);
     auto state = std::make_unique<SState>();
+    state->size = size;
     if (!objectName.empty())
     {
         state->mapping = Windows::CreateNew([&](SECURITY_ATTRIBUTES* access) {
@@ -34,18 +57,23 @@ std::unique_ptr<CSharedMemory> CSharedMemory::Create(const std::wstring& name, s
     return state->mapping ? std::unique_ptr<CSharedMemory>(new CSharedMemory(std::move(state))) : nullptr;
 }
 
+std::shared_ptr<void> CSharedMemory::Map(EMemoryAccess access) const
+{
+    return mapView(m_state->mapping.get(), m_state->size, toRights(access));
+}
+
+bool CSharedMemory::IsNamed() const
+{
+    // The system keeps the name as long as there is a handle.
+    return true;
+}
+
 std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
 {
-    const DWORD rights = access == EMemoryAccess::Write ? FILE_MAP_WRITE | FILE_MAP_READ : FILE_MAP_READ;
+    const DWORD rights = toRights(access);
     const std::wstring objectName = Windows::ToObjectName(name);
     const Windows::Handle mapping(objectName.empty() ? nullptr : OpenFileMappingW(rights, FALSE, objectName.c_str()));
-    // Fails if the block is smaller. The view keeps the block alive, so the handle can be closed.
-    void* const view = mapping ? MapViewOfFile(mapping.get(), rights, 0, 0, size) : nullptr;
-    if (view == nullptr)
-    {
-        return nullptr;
-    }
-    return {view, [](void* memory) { UnmapViewOfFile(memory); }};
+    return mapView(mapping.get(), size, rights);
 }
 
 } // namespace LbOs

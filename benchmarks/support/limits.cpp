@@ -1,7 +1,7 @@
 #include "benchmarks/support/limits.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <utility>
 
 namespace
 {
@@ -19,7 +19,23 @@ double getMedian(std::vector<double> values)
     return *middle;
 }
 
+void hold(benchmark::State& state, const std::string& name, double value, double limit)
+{
+    state.counters[name] = value;
+    state.counters["limit"] = limit;
+    if (value > limit)
+    {
+        s_isMissed = true;
+        state.SetLabel("LIMIT MISSED: " + name);
+    }
+}
+
 } // namespace
+
+double GetLeast(const std::vector<double>& values)
+{
+    return values.empty() ? 0 : std::ranges::min(values);
+}
 
 void ReportMedian(benchmark::State& state, const std::string& name, std::vector<double> values)
 {
@@ -28,16 +44,12 @@ void ReportMedian(benchmark::State& state, const std::string& name, std::vector<
 
 void HoldMedian(benchmark::State& state, const std::string& name, std::vector<double> values, double limit)
 {
-    const double median = getMedian(std::move(values));
-    state.counters[name] = median;
-    state.counters["limit"] = limit;
-    if (median > limit)
-    {
-        s_isMissed = true;
-        char text[200] = {};
-        std::snprintf(text, sizeof(text), "%s is %.3g, the limit %.3g", name.c_str(), median, limit);
-        state.SkipWithError(text);
-    }
+    hold(state, name, getMedian(std::move(values)), limit);
+}
+
+void HoldLeast(benchmark::State& state, const std::string& name, const std::vector<double>& values, double limit)
+{
+    hold(state, name, GetLeast(values), limit);
 }
 
 int main(int count, char** arguments)

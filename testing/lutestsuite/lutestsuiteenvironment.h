@@ -18,33 +18,33 @@ class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 {
 public:
     /// Names the time zone in the environment (LbOs::NameTimeZone), registers the product, saves the working directory,
-    /// makes the dependency container (from
-    /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml" beside the executable's folder where that exists, else from
-    /// a built-in text) and shares it (IOC::CContainer::GetCurrent), starts the message dispatcher and warms up the
-    /// run-time. Throws LbException when the container or the dispatcher cannot be had.
+    /// creates the dependency container (from "..\Sources\Development\LuTestSuite\LuTestSuite.xml", relative to the
+    /// executable's folder, if it exists, otherwise from a built-in text) and shares it (IOC::CContainer::GetCurrent),
+    /// starts the message dispatcher and warms up the C library. Throws LbException if the container or the dispatcher
+    /// cannot be created.
     LuTestSuiteEnvironment();
 
     /// Shuts the message dispatcher and the thread pool down, waiting without limit, drops the container and restores
     /// the heap functions that heap trackers have patched.
     ~LuTestSuiteEnvironment();
 
-    /// Loads the fixed list of test modules; absent ones are skipped without a word.
+    /// Loads the fixed list of test modules; skips absent ones silently.
     void LoadTestDLLs();
 
-    /// Loads one test module from the executable's folder, by its name without ending, which may hold a folder in
-    /// front. An absent module is skipped; one that cannot be loaded costs one line of output and one with the
-    /// system's reason. Modules stay loaded for the life of the process. The flag has no effect.
+    /// Loads one test module from the executable's folder, by its name without extension, which may begin with a
+    /// folder. Skips an absent module; prints a line and the system's reason for one that cannot be loaded. Modules
+    /// stay loaded for the life of the process. The flag has no effect.
     void LoadDLL(const std::wstring& name, bool flag);
 
-    /// Uses once each facility of the run-time whose first use allocates memory, so that no test case is charged for
-    /// it. Any thread; each thread has data of its own to warm up.
+    /// Uses each facility of the C library whose first use allocates memory, so that it does not count as growth of a
+    /// case. Any thread; each thread has its own data to warm up.
     static void PreallocateStaticData();
 
     /// Makes the executable's folder the working directory. No other thread may use relative paths meanwhile. A failure
-    /// is traced (LbDiagnostics) and leaves the working directory as it is; the same holds for the way back.
+    /// is traced (LbDiagnostics) and does not change the working directory; the same holds for restoring it.
     void SetExecutableDirectoryAsWorkingDirectory();
 
-    /// Back to the working directory of the construction; false when it is gone.
+    /// Restores the working directory of the construction; false if it no longer exists.
     bool RestoreWorkingDirectory();
 
 private:

@@ -37,9 +37,9 @@ struct SHeapFunctions;
 /// trackers' own memory comes from the system in pages, so no tracker counts the memory of another.
 ///
 /// A process may fork while trackers are active. The child continues with copies of the trackers that the forking
-/// thread initialised. Trackers of other threads are unregistered in the child, since they may lie on stacks that the
-/// child reuses; they count again after an Initialize there. Allocations made during a fork are tracked, and meet
-/// breakpoints, when the fork ends. All operations here wait for that moment, so fork handlers must not call them.
+/// thread initialised. Trackers of other threads are unregistered in the child, since they may be on stacks that the
+/// child reuses; they count again after an Initialize there. Allocations made during a fork are tracked, and
+/// trigger breakpoints, when the fork ends. All operations here wait for that, so fork handlers must not call them.
 ///
 /// All operations may be called from any thread. One thread constructs a tracker and one destroys it.
 class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
@@ -49,7 +49,7 @@ public:
     enum class EOperation
     {
         Malloc = 0,  ///< new bytes
-        Free = 1,    ///< numbered like the others, but never meets a breakpoint
+        Free = 1,    ///< numbered like the others, but never triggers a breakpoint
         Realloc = 2, ///< a free and a malloc in one
     };
 

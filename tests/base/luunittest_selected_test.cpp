@@ -4,11 +4,13 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -110,6 +112,41 @@ class CRenames : public LuUnitTest
     std::wstring GetSubtestName(std::uint32_t subtest) const override { return std::to_wstring(subtest % 2); }
 };
 
+/// As many sub-tests as there are names; counts how often one is asked for.
+class CAsked : public LuUnitTest
+{
+    LB_RTTI(CAsked)
+
+public:
+    static std::vector<std::wstring> s_names;
+    static std::uint32_t s_questions;
+
+    void InitSubtests() override {}
+    std::uint32_t GetSubtestCount() const override { return static_cast<std::uint32_t>(s_names.size()); }
+    std::wstring GetSubtestName(std::uint32_t subtest) const override
+    {
+        ++s_questions;
+        return s_names.at(subtest);
+    }
+};
+
+std::vector<std::wstring> CAsked::s_names;
+std::uint32_t CAsked::s_questions = 0;
+
+/// Shows files under names of its own.
+class CNamesFiles : public LuUnitTest
+{
+    LB_RTTI(CNamesFiles)
+    void InitSubtests() override
+    {
+        AddFileSubtests(L"*.txt", [](const std::wstring& path) { Record(path); });
+    }
+    std::wstring GetSubtestName(std::uint32_t subtest) const override
+    {
+        return L"file " + LuUnitTest::GetSubtestName(subtest);
+    }
+};
+
 /// Uses the current count to form its names.
 class CNumbers : public LuUnitTest
 {
@@ -138,6 +175,8 @@ LB_RTTI_CLASS(CForwardsCount, CSelectable)
 LB_RTTI_CLASS(CForwardsRun, CSelectable)
 LB_RTTI_CLASS(CBelowForwardsRun, CForwardsRun)
 LB_RTTI_CLASS(CRenames, LuUnitTest)
+LB_RTTI_CLASS(CAsked, LuUnitTest)
+LB_RTTI_CLASS(CNamesFiles, LuUnitTest)
 LB_RTTI_CLASS(CNumbers, LuUnitTest)
 
 namespace
@@ -293,6 +332,81 @@ TEST_F(SelectedSubtest, HasNoFilesWithoutADataDirectory)
     ASSERT_TRUE(unitTest.HasSelectedSubtest());
     unitTest.RunSelectedSubtest();
     EXPECT_EQ(m_record.calls.back(), L"named like a file");
+}
+
+/// Finds names in objects of a class that names its sub-tests itself, each time in a new object.
+class NamedByTheClass : public SelectedSubtest
+{
+protected:
+    static std::optional<std::uint32_t> Find(const std::wstring& name, const std::wstring& directory = L"")
+    {
+        CAsked::s_questions = 0;
+        CAsked unitTest;
+        unitTest.SetDataDirectory(directory.empty() ? GetUniqueDirectory() : directory);
+        return unitTest.FindSubtest(name);
+    }
+
+    /// What a test finds depends on no other one.
+    static std::wstring GetUniqueDirectory()
+    {
+        return LbEncoding::FromUtf8(testing::UnitTest::GetInstance()->current_test_info()->name());
+    }
+};
+
+TEST_F(NamedByTheClass, IsFoundByOneQuestionWhereItWasBefore)
+{
+    CAsked::s_names = std::vector<std::wstring>(200, L"x");
+    CAsked::s_names[150] = L"wanted";
+
+    EXPECT_EQ(Find(L"wanted"), 150U);
+    EXPECT_EQ(CAsked::s_questions, 151U);
+    EXPECT_EQ(Find(L"wanted"), 150U);
+    EXPECT_EQ(CAsked::s_questions, 1U);
+}
+
+TEST_F(NamedByTheClass, IsFoundByOneQuestionBehindTheOneBefore)
+{
+    CAsked::s_names.clear();
+    for (int number = 0; number < 200; ++number)
+    {
+        CAsked::s_names.push_back(std::to_wstring(number));
+    }
+
+    for (std::uint32_t subtest = 0; subtest < 200; ++subtest)
+    {
+        EXPECT_EQ(Find(std::to_wstring(subtest)), subtest);
+        EXPECT_EQ(CAsked::s_questions, 1U);
+    }
+}
+
+TEST_F(NamedByTheClass, IsTheFirstOfEqualNames)
+{
+    CAsked::s_names = {L"a", L"twice", L"b", L"twice"};
+
+    EXPECT_EQ(Find(L"b"), 2U);
+    EXPECT_EQ(Find(L"twice"), 1U);
+    EXPECT_EQ(Find(L"not there"), std::nullopt);
+    EXPECT_EQ(Find(L"twice"), 1U);
+}
+
+TEST_F(NamedByTheClass, IsFoundWhereItHasMovedTo)
+{
+    CAsked::s_names = {L"a", L"b", L"c"};
+    EXPECT_EQ(Find(L"c"), 2U);
+    CAsked::s_names = {L"new", L"a", L"b", L"c"};
+    EXPECT_EQ(Find(L"a"), 1U);
+    EXPECT_EQ(Find(L"c"), 3U);
+    CAsked::s_names = {L"c"};
+    EXPECT_EQ(Find(L"c"), 0U);
+    EXPECT_EQ(Find(L"a"), std::nullopt);
+}
+
+TEST_F(NamedByTheClass, IsLookedForInItsOwnDirectory)
+{
+    CAsked::s_names = {L"a", L"b"};
+    EXPECT_EQ(Find(L"b", L"one/"), 1U);
+    EXPECT_EQ(Find(L"b", L"two/"), 1U);
+    EXPECT_EQ(CAsked::s_questions, 2U);
 }
 
 TEST(ClassFacts, SayWhatIsOverridden)

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -30,25 +31,6 @@ std::wstring copyHost(const ScopedFolder& folder)
     return program;
 }
 
-TEST(HostChildren, EndAsUnknownErrorsWithoutAHostBesideTheProgram)
-{
-    const ScopedFolder folder;
-    const ScopedFolder data;
-    data.MakeFolder(L"CPassedModel");
-    SHostOptions options;
-    options.program = copyHost(folder);
-
-    const SHostRun run = RunHost({L"-d", data.GetPath(), L"--dll", L"resultmodels", L"-x"}, options);
-
-    EXPECT_TRUE(FromPlatformLines(run.output)
-                    .starts_with("CPassedModel\n"
-                                 "\teins... FEHLER (Unbekannter Fehler)\n"
-                                 "\tzwei mit Lücke... FEHLER (Unbekannter Fehler)\n"))
-        << run.output;
-    EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.exitStatus, 1);
-}
-
 /// Counts how often a text occurs in a report.
 std::size_t countIn(const std::wstring& path, const std::string& text)
 {
@@ -59,6 +41,28 @@ std::size_t countIn(const std::wstring& path, const std::string& text)
         ++count;
     }
     return count;
+}
+
+TEST(HostChildren, EndAsUnknownErrorsWithoutAHostBesideTheProgram)
+{
+    const ScopedFolder folder;
+    const ScopedFolder data;
+    data.MakeFolder(L"CPassedModel");
+    SHostOptions options;
+    options.program = copyHost(folder);
+
+    const std::wstring report = folder.GetPathOf(L"Bericht.xml");
+
+    const SHostRun run = RunHost({L"-d", data.GetPath(), L"--dll", L"resultmodels", L"-x", L"--xml", report}, options);
+
+    EXPECT_TRUE(FromPlatformLines(run.output)
+                    .starts_with("CPassedModel\n"
+                                 "\teins... FEHLER (Unbekannter Fehler)\n"
+                                 "\tzwei mit Lücke... FEHLER (Unbekannter Fehler)\n"))
+        << run.output;
+    EXPECT_EQ(countIn(report, "Der Prozess des Testfalls konnte nicht gestartet werden"), 2U);
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(run.exitStatus, 1);
 }
 
 /// For runs with external or isolated cases.
@@ -146,5 +150,53 @@ TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
     EXPECT_EQ(run.exitStatus, 0) << run.output;
     EXPECT_EQ(countIn(m_report, "info\">64<"), 600U);
 }
+
+/// How cases run where the user may have few processes.
+struct SFewProcesses
+{
+    std::uint32_t limit;
+    const wchar_t* caseName;
+    std::vector<std::wstring> options;
+};
+
+class HostChildrenLimited : public testing::TestWithParam<SFewProcesses>
+{
+};
+
+TEST_P(HostChildrenLimited, LeaveOthersToTheirCases)
+{
+    if (!CanLimitHostProcesses())
+    {
+        GTEST_SKIP() << "processes cannot be limited";
+    }
+    const ScopedFolder folder;
+    const ScopedFolder data;
+    data.MakeFolder(L"CIntrusiveModel");
+    for (const ScopedFolder* const shared : {&folder, &data})
+    {
+        std::filesystem::permissions(std::filesystem::path(shared->GetPath()), std::filesystem::perms::all);
+    }
+    const std::wstring report = folder.GetPathOf(L"Bericht.xml");
+    SHostOptions options;
+    options.processesLimit = GetParam().limit;
+    std::vector<std::wstring> arguments = {L"-d",    data.GetPath(),
+                                           L"--dll", L"intrusivemodels",
+                                           L"-i",    L":" + std::wstring(GetParam().caseName) + L"$",
+                                           L"-r",    L"16",
+                                           L"--xml", report};
+    arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
+
+    const SHostRun run = RunHost(arguments, options);
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    EXPECT_EQ(run.errors, "");
+    EXPECT_EQ(countIn(report, "type=\"OK\""), 16U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Runs, HostChildrenLimited,
+                         testing::Values(SFewProcesses{20, L"braucht vier Prozesse", {L"-x"}},
+                                         SFewProcesses{20, L"braucht vier Prozesse", {L"-s"}},
+                                         SFewProcesses{30, L"zählt", {L"-x", L"-p", L"-w", L"8"}},
+                                         SFewProcesses{30, L"zählt", {L"-s", L"-p", L"-w", L"8"}}));
 
 } // namespace

@@ -30,7 +30,7 @@ extern "C" int close(int file);
 namespace
 {
 
-// Volatile, so that the compiler does not see what is coming.
+// Volatile, so that the compiler cannot predict the crash.
 volatile int s_zero = 0;
 int* volatile s_nothing = nullptr;
 
@@ -65,7 +65,7 @@ void closeAllFiles()
     }
 }
 
-/// More than a process can address: half of it is what some systems would give, and keep a book of for a minute.
+/// More than the address space; some systems would grant half of it and spend a minute on its page tables.
 void useTooMuchMemory()
 {
     constexpr std::size_t c_Block = std::size_t{1} << 47U;
@@ -74,7 +74,7 @@ void useTooMuchMemory()
     ::operator delete(block);
 }
 
-/// Leaves nothing for whoever comes next, where the system keeps to a limit.
+/// Uses up the memory limit, if the system enforces one.
 LuUnitTest::EResult useAllMemory()
 {
     constexpr std::size_t c_Limit = std::size_t{64} << 20U;
@@ -100,7 +100,7 @@ void sleepLong()
     std::this_thread::sleep_for(std::chrono::seconds(60));
 }
 
-/// Starts a process that outlives nobody's patience, unless somebody ends it.
+/// Starts a process that must be killed.
 void startGrandchild(const std::string& how)
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
@@ -120,7 +120,7 @@ std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& suffix)
     return LbOs::CNamedEvent::Open(LbEncoding::FromUtf8(name == nullptr ? "" : name) + suffix);
 }
 
-/// Until it is there, it could only be said of it that it never was.
+/// Waits until the process runs; before that a test could not notice that it ended.
 void awaitGrandchild()
 {
     constexpr std::uint32_t c_Long = 30000;
@@ -129,7 +129,7 @@ void awaitGrandchild()
     ready->Set();
 }
 
-/// Gives the run an answer that it has not asked for, when the test says so.
+/// Signals an unrequested answer when the test asks for it.
 void answerLater()
 {
     const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();
@@ -161,7 +161,7 @@ void crashIntoOwnHandler()
     *s_nothing = 1;
 }
 
-/// What nobody catches.
+/// An uncaught exception.
 void throwOutOfThread()
 {
     std::thread([] { throw std::runtime_error("aus einem Thread"); }).join();
@@ -180,7 +180,7 @@ void crashInCopy()
     LbOs::WaitForFork(copy.value_or(0));
 }
 
-/// True in a copy of the process, in the midst of the case after that which made it.
+/// True in a fork, while the next case runs.
 bool isCopyInNextCase()
 {
     s_copy = LbOs::Fork();
@@ -288,6 +288,10 @@ class CCrashModel : public LuUnitTest
     void addWriting()
     {
         AddSubtest(L"schreibt Fehlerzeilen", [] { std::fputs("aus dem Fall davor\n", stderr); });
+        AddSubtest(L"schreibt und hängt", [] {
+            std::fputs("vor der Endlosschleife\n", stderr);
+            hang();
+        });
         AddSubtest(L"schreibt viel und endet", [] {
             for (int line = 1; line <= 200; ++line)
             {
@@ -319,6 +323,20 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"startet kopflose Prozesse", [] {
             startGrandchild("headless");
             sleepLong();
+        });
+        AddSubtest(L"hinterlässt Prozesse", [] {
+            startGrandchild("daemon");
+            awaitGrandchild();
+        });
+        AddSubtest(L"hinterlässt Prozesse und endet", [] {
+            startGrandchild("daemon");
+            awaitGrandchild();
+            std::_Exit(0);
+        });
+        AddSubtest(L"hinterlässt Prozesse und endet nicht", [] {
+            startGrandchild("daemon");
+            awaitGrandchild();
+            std::atexit(sleepLong);
         });
         AddSubtest(L"antwortet noch einmal", [] { answerLater(); });
         AddSubtest(L"startet Prozesse und endet", [] {

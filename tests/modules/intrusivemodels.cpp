@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "base/luunittest.h"
 #include "base/os/namedevent.h"
+#include "base/os/process.h"
 #include "tests/support/os/testaids.h"
 
 namespace
@@ -47,6 +50,25 @@ void takeSignals(const std::wstring& option)
     }).detach();
 }
 
+/// Whether the system gives the case so many copies of its process at a time.
+bool canFork(std::size_t count)
+{
+    std::vector<long> copies;
+    for (std::optional<long> copy = 1; copy > 0 && copies.size() < count;)
+    {
+        copy = LbOs::Fork();
+        if (copy == 0)
+        {
+            // Until the others are there.
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            std::_Exit(EXIT_SUCCESS);
+        }
+        copies.insert(copies.end(), copy > 0 ? 1 : 0, copy.value_or(0));
+    }
+    std::ranges::for_each(copies, LbOs::WaitForFork);
+    return copies.size() == count;
+}
+
 int s_count = 0;
 
 } // namespace
@@ -60,9 +82,17 @@ class CIntrusiveModel : public LuUnitTest
         AddSubtest(L"setzt fremde Ereignisse", [] { setRunEvents(); });
         AddSubtest(L"nimmt fremde Anfragen", [] { takeSignals(L"--request-event-id"); });
         AddSubtest(L"nimmt fremde Antworten", [] { takeSignals(L"--response-event-id"); });
+        AddSubtest(L"entfernt fremde Namen", [] {
+            return LbOs::RemoveObjectNames(LbOs::GetProcessId()) ? LuUnitTest::eR_Passed : LuUnitTest::eR_NoInput;
+        });
+        AddSubtest(L"stört Signale",
+                   [] { return LbOs::SetSignalsDisturbed(true) ? LuUnitTest::eR_Passed : LuUnitTest::eR_NoInput; });
+        AddSubtest(L"nennt Signale", [this] { Info(L"%s", LbOs::DescribeSignals()); });
+        AddSubtest(L"braucht vier Prozesse", [] { return canFork(4) ? LuUnitTest::eR_Passed : LuUnitTest::eR_Failed; });
+        AddSubtest(L"endet", [] { LbOs::EndProcess(EXIT_SUCCESS); });
         AddSubtest(L"zählt", [this] { Info(L"%d", ++s_count); });
         AddSubtest(L"dauert", [this] {
-            // Longer than it takes the others to get in its way.
+            // Long enough for the other cases to interfere.
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             Info(L"zu Ende");
         });

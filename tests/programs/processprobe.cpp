@@ -8,6 +8,9 @@
 ///     disguise NAME            like answer, under the name of the processes that watch over others
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
 ///     starter NAME             like parent, but ends at once
+///     daemon NAME              like starter, but its child starts its own session, if the system has sessions
+///     settled NAME             sets "NAME-d", then answers
+///     orderly NAME             like daemon, but ends its descendants before it ends
 ///     runaway NAME             like parent, but its child starts its own session, if the system has sessions
 ///     disguised NAME           like runaway, and its child is disguised
 ///     headless NAME            starts "survivor NAME", ends after a minute
@@ -112,23 +115,51 @@ bool setReady(const std::wstring& name)
     return ready && ready->Set();
 }
 
-/// Starts a process that answers, as any program could, and sets "NAME-r" when it is ready.
-int beParent(const std::wstring& name, bool stays, bool isRunaway, const std::wstring& started = L"answer")
+/// Starts a process as any program would, without waiting for it.
+bool startAside(const std::wstring& name, bool isRunaway, const std::wstring& started)
 {
     const std::wstring command = LbCommandLine::Quote(LbOs::GetExecutablePath()) + L" " + started + L" " + name;
     const std::wstring inBackground =
         LbPath::c_Separator == L'\\' ? L"start \"\" /b " + command : (isRunaway ? L"setsid " : L"") + command + L" &";
-    if (std::system(LbEncoding::ToUtf8(inBackground).c_str()) != 0 || !setReady(name))
+    return std::system(LbEncoding::ToUtf8(inBackground).c_str()) == 0;
+}
+
+/// Starts a process that answers, and sets "NAME-r" when that is done.
+int beParent(const std::wstring& name, bool stays, bool isRunaway, const std::wstring& started = L"answer")
+{
+    if (!startAside(name, isRunaway, started) || !setReady(name))
     {
         return 1;
     }
     return stays ? sleepLong() : 0;
 }
 
+/// Returns when the daemon has its own session.
+int startDaemon(const std::wstring& name)
+{
+    const auto settled = LbOs::CNamedEvent::Create(name + L"-d");
+    const bool isSettled = settled && startAside(name, true, L"settled") &&
+                           settled->Wait(c_Minute * c_Second) == LbOs::EEventWait::Signaled;
+    return isSettled && setReady(name) ? 0 : 1;
+}
+
+int settle(const std::wstring& name)
+{
+    const auto settled = LbOs::CNamedEvent::Open(name + L"-d");
+    return settled && settled->Set() ? answer(name) : 1;
+}
+
 int beOutsider(const std::wstring& name)
 {
     LbOs::JoinGroupOfParent();
     return setReady(name) ? answer(name) : 1;
+}
+
+int beOrderly(const std::wstring& name)
+{
+    const int status = startDaemon(name);
+    LbOs::EndDescendants();
+    return status;
 }
 
 LbOs::SChildOptions getOptions(const std::wstring& arguments)
@@ -286,6 +317,9 @@ int run(const Arguments& arguments)
         {L"disguise", &answerInDisguise},
         {L"parent", [](const std::wstring& name) { return beParent(name, true, false); }},
         {L"starter", [](const std::wstring& name) { return beParent(name, false, false); }},
+        {L"daemon", &startDaemon},
+        {L"settled", &settle},
+        {L"orderly", &beOrderly},
         {L"runaway", [](const std::wstring& name) { return beParent(name, true, true); }},
         {L"disguised", [](const std::wstring& name) { return beParent(name, true, true, L"disguise"); }},
         {L"crowd", &beCrowd},

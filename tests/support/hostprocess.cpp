@@ -9,6 +9,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/os/process.h"
 #include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
@@ -17,6 +18,13 @@ namespace
 
 constexpr bool c_IsWindows = LbPath::c_Separator == L'\\';
 constexpr const wchar_t* c_TerminalProgram = L"/usr/bin/script";
+
+/// Starts a program as a user of this process's own, because tests that run at the same time must not share a limit.
+std::wstring getOtherUser()
+{
+    const unsigned long user = 1'000'000 + LbOs::GetProcessId();
+    return LbFormat(L"setpriv --reuid %lu --regid %lu --clear-groups", user, user);
+}
 
 /// Quotes for the Windows shell, which has no way to quote a quotation mark that all its parts understand.
 std::wstring quoteForWindows(const std::wstring& text)
@@ -82,6 +90,11 @@ std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SH
 {
     // Replaces the shell, which would report a crash on standard error.
     std::wstring command = c_IsWindows ? L"" : L"exec ";
+    if (options.processesLimit != 0)
+    {
+        // The limit counts all processes of a user, and is none for the first one.
+        command += LbFormat(L"prlimit --nproc=%u %s ", options.processesLimit, getOtherUser());
+    }
     command += quote(LbPath::ToNative(options.program.empty() ? L"" LUTESTSUITE_HOST : options.program));
     for (const std::wstring& argument : arguments)
     {
@@ -153,6 +166,12 @@ bool CanLimitHost()
 #else
     return !c_IsWindows;
 #endif
+}
+
+bool CanLimitHostProcesses()
+{
+    return CanLimitHost() &&
+           runShell(LbFormat(L"%s test -x %s 2>/dev/null", getOtherUser(), quote(L"" LUTESTSUITE_HOST))) == 0;
 }
 
 std::string ToPlatformLines(const std::string& text)

@@ -1,6 +1,8 @@
 #include "base/os/linux/childstart.h"
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 
 #include <fcntl.h>
@@ -78,19 +80,37 @@ struct SAction
     std::uint64_t blocked;
 };
 
+constexpr std::uint64_t toBit(int signal)
+{
+    return std::uint64_t{1} << static_cast<unsigned>(signal - 1);
+}
+
+/// The result of RecordSignals. No mutex: a fork could happen while another thread holds it.
+std::atomic<bool> s_areRecorded = false;
+std::atomic<std::uint64_t> s_blocked = 0;
+std::atomic<std::uint64_t> s_ignored = 0;
+
 /// Resets the caller's signal handlers, which must not run while child and caller share their memory.
-void resetSignals(const sigset_t& blocked)
+void resetSignals(const SStart& start)
 {
     for (int signal = 1; signal < NSIG; ++signal)
     {
         SAction action = {};
-        if (Call(SYS_rt_sigaction, signal, 0, &action, c_SignalSetSize) == 0 && action.handler != SIG_DFL &&
-            action.handler != SIG_IGN)
+        if (Call(SYS_rt_sigaction, signal, 0, &action, c_SignalSetSize) != 0)
+        {
+            continue;
+        }
+        const bool isIgnored =
+            start.prepared ? (start.prepared->ignored & toBit(signal)) != 0 : action.handler == SIG_IGN;
+        const auto wanted = isIgnored ? SIG_IGN : SIG_DFL;
+        if (action.handler != wanted)
         {
             action = {};
+            action.handler = wanted;
             Call(SYS_rt_sigaction, signal, &action, 0, c_SignalSetSize);
         }
     }
+    const std::uint64_t blocked = start.prepared ? start.prepared->blocked : start.blocked;
     Call(SYS_rt_sigprocmask, SIG_SETMASK, &blocked, 0, c_SignalSetSize);
 }
 
@@ -118,20 +138,56 @@ int becomeProgram(void* argument)
     Call(SYS_setpgid, 0, 0);
     if (enterGroup(start))
     {
-        resetSignals(start.signals);
+        resetSignals(start);
         const bool isReady = redirectToNothing(start.isSilent) &&
                              (start.workingDirectory.empty() || Call(SYS_chdir, start.workingDirectory.c_str()) == 0);
         if (isReady)
         {
             redirectErrors(start.errorPath);
             RestoreOpenFileLimit();
-            const auto execute = start.isSearched ? &execvp : &execv;
-            execute(start.program.c_str(), start.arguments.data());
+            const auto execute = start.isSearched ? &execvpe : &execve;
+            execute(start.program.c_str(), start.arguments.data(), start.environment.data());
         }
     }
     start.hasFailed = true;
     Call(SYS_exit_group, c_CannotStart);
     return c_CannotStart;
+}
+
+/// Returns the child's id and stores its descriptor in `file`, or -1 if the system has no free descriptor.
+pid_t cloneProcess(SStart& start, char* top, int& file)
+{
+    constexpr int c_Flags = CLONE_VM | CLONE_VFORK | SIGCHLD;
+    const pid_t process = __clone(&becomeProgram, top, c_Flags | CLONE_PIDFD, &start, &file);
+    const bool mayTryWithout = errno == EMFILE || errno == ENFILE || errno == EINVAL;
+    if (process >= 0 || !mayTryWithout)
+    {
+        return process;
+    }
+    file = -1;
+    return __clone(&becomeProgram, top, c_Flags, &start);
+}
+
+/// An environment variable that is unique in the system. The name is unique, too, so that a run inside a case adds
+/// another variable.
+std::string makeMark()
+{
+    static std::atomic<unsigned> s_count = 0;
+    return "LUTESTSUITE_CHILD_" + std::to_string(getpid()) + "_" + std::to_string(GetNanoseconds(CLOCK_BOOTTIME)) +
+           "_" + std::to_string(++s_count) + "=1";
+}
+
+void fillEnvironment(SStart& start)
+{
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+    {
+        start.environment.push_back(*variable);
+    }
+    if (!start.mark.empty())
+    {
+        start.environment.push_back(start.mark.data());
+    }
+    start.environment.push_back(nullptr);
 }
 
 void reap(pid_t process)
@@ -161,8 +217,14 @@ SStart PrepareStart(const SChildOptions& options)
     start.workingDirectory = LbEncoding::ToNative(options.workingDirectory);
     start.isSilent = options.isSilent;
     start.errorPath = options.errors == nullptr ? std::string() : LbEncoding::ToNative(options.errors->GetPath());
+    start.mark = options.endsWithOwner ? makeMark() : std::string();
+    fillEnvironment(start);
     start.owner = getpid();
-    // execvp needs stack to search the program and to build a script's arguments.
+    if (options.hasPreparedSignals && s_areRecorded)
+    {
+        start.prepared = SSignals{s_blocked, s_ignored};
+    }
+    // execvpe needs stack to search the program and to build a script's arguments.
     constexpr std::size_t c_StackSize = 65536;
     start.stackSize = c_StackSize + 2 * start.arguments.size() * sizeof(char*);
     start.stack.reset(new char[start.stackSize]);
@@ -172,21 +234,42 @@ SStart PrepareStart(const SChildOptions& options)
 /// Like fork(), but shares the memory and blocks the caller until the program runs: copying the page tables of a large
 /// process would take most of the time. The child reports failure through the shared memory, because tests may close
 /// any descriptor.
-pid_t StartProcess(SStart& start)
+pid_t StartProcess(SStart& start, CProcessFile& file)
 {
     constexpr std::uint64_t c_AllSignals = ~std::uint64_t{0};
     constexpr std::uintptr_t c_Alignment = 16;
     char* top = start.stack.get() + start.stackSize;
     top -= reinterpret_cast<std::uintptr_t>(top) % c_Alignment;
-    Call(SYS_rt_sigprocmask, SIG_SETMASK, &c_AllSignals, &start.signals, c_SignalSetSize);
-    const pid_t process = __clone(&becomeProgram, top, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
-    Call(SYS_rt_sigprocmask, SIG_SETMASK, &start.signals, 0, c_SignalSetSize);
+    int opened = -1;
+    Call(SYS_rt_sigprocmask, SIG_SETMASK, &c_AllSignals, &start.blocked, c_SignalSetSize);
+    const pid_t process = cloneProcess(start, top, opened);
+    Call(SYS_rt_sigprocmask, SIG_SETMASK, &start.blocked, 0, c_SignalSetSize);
+    if (process > 0)
+    {
+        file.Adopt(process, opened);
+    }
     if (process > 0 && start.hasFailed)
     {
         reap(process);
         return -1;
     }
     return process;
+}
+
+void RecordSignals() noexcept
+{
+    std::uint64_t blocked = 0;
+    std::uint64_t ignored = 0;
+    Call(SYS_rt_sigprocmask, SIG_SETMASK, 0, &blocked, c_SignalSetSize);
+    for (int signal = 1; signal < NSIG; ++signal)
+    {
+        SAction action = {};
+        const bool isKnown = Call(SYS_rt_sigaction, signal, 0, &action, c_SignalSetSize) == 0;
+        ignored |= isKnown && action.handler == SIG_IGN ? toBit(signal) : 0;
+    }
+    s_blocked = blocked;
+    s_ignored = ignored;
+    s_areRecorded = true;
 }
 
 } // namespace LbOs::Linux

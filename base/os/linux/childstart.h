@@ -1,40 +1,55 @@
 /// Starts the program of a child process. Internal to the Linux side.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include <signal.h>
 #include <sys/types.h>
 
 #include "base/os/childprocess.h"
 #include "base/os/linux/keeper.h"
+#include "base/os/linux/processfile.h"
 
 namespace LbOs::Linux
 {
+
+/// The signal state at the start of a program, as kernel sets: bit 0 is signal 1.
+struct SSignals
+{
+    std::uint64_t blocked = 0;
+    std::uint64_t ignored = 0;
+};
 
 /// All data that the child needs, prepared in advance: before it runs its program it may only make system calls.
 struct SStart
 {
     std::string program;
     std::vector<std::string> words;
-    std::vector<char*> arguments; ///< `words` in the form of execv
+    std::vector<char*> arguments;   ///< `words` in the form of execve
+    std::string mark;               ///< an environment variable that all descendants inherit; empty: none
+    std::vector<char*> environment; ///< the caller's variables and the mark
     std::string workingDirectory;
     std::string errorPath; ///< the file for standard error; empty: standard error is not redirected to a file
     bool isSilent = false;
     bool isSearched = false; ///< search the program by name
     SKeptGroup* group = nullptr;
     pid_t owner = 0;
-    sigset_t signals = {};         ///< the caller's signal mask
-    std::unique_ptr<char[]> stack; ///< the child's stack
+    std::uint64_t blocked = 0;        ///< the caller's signal mask
+    std::optional<SSignals> prepared; ///< empty: the child inherits the caller's signal state
+    std::unique_ptr<char[]> stack;    ///< the child's stack
     std::size_t stackSize = 0;
     volatile bool hasFailed = false; ///< set by the child
 };
 
 SStart PrepareStart(const SChildOptions& options);
 
-/// The id of a process that runs its program; -1 on failure.
-pid_t StartProcess(SStart& start);
+/// The id of a process that runs its program; -1 on failure. Stores its descriptor in `file` if it gets one.
+pid_t StartProcess(SStart& start, CProcessFile& file);
+
+/// Records the signals that the calling thread blocks and that the process ignores, for `prepared`. Any thread.
+void RecordSignals() noexcept;
 
 } // namespace LbOs::Linux

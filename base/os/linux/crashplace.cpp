@@ -11,18 +11,7 @@
 namespace LbOs::Linux
 {
 
-namespace
-{
-
-/// One line of the kernel's list of mappings: "start-end rights offset device node   path".
-struct SMapping
-{
-    std::uintptr_t start = 0;
-    std::uintptr_t end = 0;
-    std::string_view path;
-};
-
-SMapping parse(std::string_view line)
+SMapping ParseMapping(std::string_view line) noexcept
 {
     SMapping mapping;
     const char* const end = line.data() + line.size();
@@ -35,6 +24,9 @@ SMapping parse(std::string_view line)
     mapping.path = path == std::string_view::npos ? std::string_view() : line.substr(path);
     return mapping;
 }
+
+namespace
+{
 
 /// Reads lines through its own buffer.
 class CLines
@@ -108,7 +100,7 @@ void FindCrashPlace(SCrash& crash) noexcept
     CModuleStart module;
     for (std::string_view line = lines.Next(); !line.empty(); line = lines.Next())
     {
-        const SMapping mapping = parse(line);
+        const SMapping mapping = ParseMapping(line);
         // A mapping without a path may lie between those of a module and must not reset its start.
         const std::uintptr_t start = mapping.path.empty() ? mapping.start : module.Follow(mapping);
         if (crash.address >= mapping.start && crash.address < mapping.end)

@@ -21,12 +21,15 @@ namespace LbOs::Linux
 namespace
 {
 
+/// For waitid, which takes an int.
+constexpr int c_WaitForClone = static_cast<int>(__WCLONE);
+
 /// True if the keeper is running; removes the zombie of one that has ended. An ordinary wait() of the process does not
 /// see the keeper.
 bool isKeeperThere(pid_t keeper)
 {
     siginfo_t end = {};
-    return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | WNOHANG | __WCLONE) == 0 && end.si_pid == 0;
+    return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | WNOHANG | c_WaitForClone) == 0 && end.si_pid == 0;
 }
 
 /// Waits until the keeper is ready: before that, code that ends this process's descendants cannot recognise the keeper
@@ -51,7 +54,7 @@ pid_t startKeeper(SKeeperState& state)
     {
         siginfo_t end = {};
         kill(keeper, SIGKILL);
-        Retry([&] { return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | __WCLONE); });
+        Retry([&] { return waitid(P_PID, static_cast<id_t>(keeper), &end, WEXITED | c_WaitForClone); });
         return -1;
     }
     return keeper;

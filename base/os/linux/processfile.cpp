@@ -1,10 +1,13 @@
 #include "base/os/linux/processfile.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -38,6 +41,23 @@ bool isChild(int file)
     return waitid(P_PIDFD, static_cast<id_t>(file), &end, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
+/// The kernel's pidfd_info, which the system headers do not have yet.
+struct SProcessInfo
+{
+    std::uint64_t mask; ///< requested fields, then those that are valid
+    std::uint64_t controlGroup;
+    std::uint32_t process;
+    std::uint32_t threadGroup;
+    std::uint32_t parent;
+    std::uint32_t users[8];
+    std::int32_t status;
+};
+
+static_assert(sizeof(SProcessInfo) == 64, "the size is a part of the request");
+
+constexpr std::uint64_t c_ExitInfo = 8;
+constexpr unsigned long c_GetInfo = _IOWR(0xFF, 11, SProcessInfo);
+
 } // namespace
 
 void CProcessFile::Assert(pid_t process)
@@ -48,13 +68,39 @@ void CProcessFile::Assert(pid_t process)
         return;
     }
     m_process = process;
-    m_file = AboveStandard(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
-    struct stat status = {};
-    if (!m_file.IsOpen() || fstat(m_file.Get(), &status) != 0 || !isChild(m_file.Get()))
+    CDescriptor file = AboveStandard(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+    if (file.IsOpen() && isChild(file.Get()))
     {
-        m_file.Reset();
+        keep(std::move(file));
+    }
+}
+
+void CProcessFile::Adopt(pid_t process, int file)
+{
+    m_process = process;
+    if (file >= 0 && !isOfAnother(file, process))
+    {
+        keep(AboveStandard(file));
+    }
+}
+
+std::optional<int> CProcessFile::ReadStatus() const
+{
+    SProcessInfo info = {};
+    info.mask = c_ExitInfo;
+    const bool isKnown = m_file.IsOpen() && ioctl(m_file.Get(), c_GetInfo, &info) == 0 && (info.mask & c_ExitInfo) != 0;
+    return isKnown ? std::optional<int>(info.status) : std::nullopt;
+}
+
+void CProcessFile::keep(CDescriptor file)
+{
+    struct stat status = {};
+    if (fstat(file.Get(), &status) != 0)
+    {
+        file.Release();
         return;
     }
+    m_file = std::move(file);
     m_device = status.st_dev;
     m_node = status.st_ino;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <thread>
 
 #include <sys/types.h>
@@ -32,10 +33,19 @@ public:
     /// any more. Pass the same process in all calls.
     void Assert(pid_t process);
 
-    /// The descriptor that the last Assert ensured; negative if that failed.
+    /// Takes ownership of a descriptor that the system opened when it created the process; negative: there is none. No
+    /// effect if other code has closed it meanwhile.
+    void Adopt(pid_t process, int file);
+
+    /// The status of a process that can no longer be waited for, in the form of waitpid(). Empty before Linux 6.15, and
+    /// if no descriptor was open when the process ended.
+    std::optional<int> ReadStatus() const;
+
+    /// The descriptor after the last Assert or Adopt; negative if there is none.
     int Get() const noexcept { return m_file.Get(); }
 
 private:
+    void keep(CDescriptor file);
     bool isOwn() const;
     void releaseLost();
 

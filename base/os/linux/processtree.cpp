@@ -33,6 +33,7 @@ struct SFile
 {
     long number;
 
+    explicit SFile(long opened) : number(opened) {}
     SFile(int folder, const char* path, int flags) : number(Call(SYS_openat, folder, path, flags | O_CLOEXEC)) {}
     SFile(const SFile&) = delete;
     SFile& operator=(const SFile&) = delete;
@@ -45,10 +46,17 @@ struct SFile
     }
 };
 
-/// Reads the start of a kernel file; signals do not interrupt such reads. False on failure.
-bool readText(const SFile& folder, const char* path, char (&text)[c_TextSize])
+/// Opens a file of a process in /proc.
+SFile openProcessFile(const SFile& folder, pid_t number, const char* name)
 {
-    const SFile file(static_cast<int>(folder.number), path, O_RDONLY);
+    char path[32];
+    std::strcpy(std::to_chars(path, path + sizeof(path), number).ptr, name);
+    return {static_cast<int>(folder.number), path, O_RDONLY};
+}
+
+/// Reads the start of a kernel file; signals do not interrupt such reads. False on failure.
+bool readText(const SFile& file, char (&text)[c_TextSize])
+{
     const long size = Call(SYS_read, file.number, text, sizeof(text) - 1);
     text[size < 0 ? 0 : size] = '\0';
     return size > 0;
@@ -109,10 +117,8 @@ SProcess readFields(const char* text, bool isKeeper)
 /// Reads the line "number (name) state parent ..." of /proc; no parent if there is no such process.
 SProcess readProcess(const SFile& folder, pid_t number)
 {
-    char path[32];
-    std::strcpy(std::to_chars(path, path + sizeof(path), number).ptr, "/stat");
     char text[c_TextSize];
-    if (!readText(folder, path, text))
+    if (!readText(openProcessFile(folder, number, "/stat"), text))
     {
         return {};
     }
@@ -135,6 +141,11 @@ SFile openProcesses()
 bool killIfChild(const SFile& folder, pid_t number, std::span<const pid_t> parents, bool sparesKeepers)
 {
     const SProcess process = readProcess(folder, number);
+    // The caller may be a fork that does this work for its parent.
+    if (number == Call(SYS_getpid))
+    {
+        return false;
+    }
     // The parents' own keepers end after their owners.
     if (!std::ranges::binary_search(parents, process.parent) || (process.isKeeper && process.isOwnersFork))
     {
@@ -144,11 +155,12 @@ bool killIfChild(const SFile& folder, pid_t number, std::span<const pid_t> paren
     return (isSpared || Call(SYS_kill, number, SIGKILL) == 0) && !process.hasEnded;
 }
 
-/// Kills the children of all these processes; true if some are still ending.
-bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
+/// Calls `visit(folder, number)` for each process; true if any call returned true.
+template<typename F>
+bool visitProcesses(const F& visit)
 {
     const SFile folder = openProcesses();
-    bool wereThere = false;
+    bool isAny = false;
     alignas(dirent64) char entries[4096];
     long size = 0;
     while ((size = Call(SYS_getdents64, folder.number, entries, sizeof(entries))) > 0)
@@ -158,17 +170,61 @@ bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
             // 0 for entries that are no processes.
             const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-            wereThere = (number > 0 && killIfChild(folder, number, processes, sparesKeepers)) || wereThere;
+            isAny = (number > 0 && visit(folder, number)) || isAny;
             offset += entry->d_reclen;
         }
     }
-    return wereThere;
+    return isAny;
 }
 
-/// Repeats until no descendant is left or the time limit is reached.
-void endDescendants(std::span<const pid_t> processes)
+/// Kills the children of all these processes; true if some are still ending.
+bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
 {
-    constexpr std::int64_t c_Millisecond = 1'000'000;
+    return visitProcesses(
+        [=](const SFile& folder, pid_t number) { return killIfChild(folder, number, processes, sparesKeepers); });
+}
+
+/// Whether the variable was in the environment with which the process started its program.
+bool hasVariable(const SFile& folder, pid_t number, std::string_view variable)
+{
+    const SFile file = openProcessFile(folder, number, "/environ");
+    char text[4 * c_TextSize];
+    std::size_t kept = 0;
+    long size = 0;
+    while ((size = Call(SYS_read, file.number, text + kept, sizeof(text) - kept)) > 0)
+    {
+        const std::string_view known(text, kept + static_cast<std::size_t>(size));
+        if (known.find(variable) != std::string_view::npos)
+        {
+            return true;
+        }
+        // The variable may continue in the next block.
+        kept = std::min(known.size(), variable.size() - 1);
+        std::memmove(text, text + known.size() - kept, kept);
+    }
+    return false;
+}
+
+/// Kills a process that has the variable; true if it is still ending.
+bool killIfMarked(const SFile& folder, pid_t number, std::string_view variable, bool sparesKeepers)
+{
+    if (!hasVariable(folder, number, variable))
+    {
+        return false;
+    }
+    // The descriptor denotes the process that is checked again, even if the system reuses the id later.
+    const SFile process(Call(SYS_pidfd_open, number, 0));
+    const bool isSpared = sparesKeepers && readProcess(folder, number).isKeeper;
+    return hasVariable(folder, number, variable) &&
+           (isSpared || Call(SYS_pidfd_send_signal, process.number, SIGKILL, 0, 0) == 0);
+}
+
+constexpr std::int64_t c_Millisecond = 1'000'000;
+
+/// Repeats `kill(sparesKeepers)` until it finds no process or the time limit is reached.
+template<typename F>
+void killUntilGone(const F& kill)
+{
     // Limits the wait for processes that the system cannot end, for example inside a driver.
     constexpr std::int64_t c_Longest = 3000 * c_Millisecond;
     // Keepers of killed owners need a moment to end what their owners left. The wait is short because any process may
@@ -180,7 +236,7 @@ void endDescendants(std::span<const pid_t> processes)
     {
         // Children of ended processes get a new parent and may be missed by one pass, hence two.
         const bool sparesKeepers = taken < c_LongestForKeepers;
-        if (!killChildren(processes, sparesKeepers) && !killChildren(processes, sparesKeepers))
+        if (!kill(sparesKeepers) && !kill(sparesKeepers))
         {
             return;
         }
@@ -188,24 +244,38 @@ void endDescendants(std::span<const pid_t> processes)
     }
 }
 
-/// If no descriptor is free, a fork closes its own copies and does the work.
-void endDescendantsFromCopy(std::span<const pid_t> processes)
+void endDescendants(std::span<const pid_t> processes)
 {
+    killUntilGone([processes](bool sparesKeepers) { return killChildren(processes, sparesKeepers); });
+}
+
+void endMarked(std::string_view variable)
+{
+    killUntilGone([variable](bool sparesKeepers) {
+        return visitProcesses(
+            [=](const SFile& folder, pid_t number) { return killIfMarked(folder, number, variable, sparesKeepers); });
+    });
+}
+
+/// Calls the function; if no descriptor is free, in a fork that closes its own copies first.
+template<typename F>
+void callWithFiles(const F& function)
+{
+    if (openProcesses().number >= 0)
+    {
+        function();
+        return;
+    }
     const pid_t copy = CopyProcess();
     if (copy == 0)
     {
         Call(SYS_close_range, 0, UINT_MAX, 0);
-        endDescendants(processes);
+        function();
         EndCopy();
     }
     while (copy > 0 && Call(SYS_waitid, P_PID, copy, 0, WEXITED | __WCLONE, 0) != 0 && errno == EINTR)
     {
     }
-}
-
-bool canLookAtProcesses()
-{
-    return openProcesses().number >= 0;
 }
 
 } // namespace
@@ -239,7 +309,7 @@ void EndProcessTrees(std::span<pid_t> processes) noexcept
     }
     if (!processes.empty())
     {
-        (canLookAtProcesses() ? endDescendants : endDescendantsFromCopy)(processes);
+        callWithFiles([processes] { endDescendants(processes); });
     }
     for (const pid_t process : processes)
     {
@@ -247,6 +317,22 @@ void EndProcessTrees(std::span<pid_t> processes) noexcept
         // The process may have changed its group.
         Call(SYS_kill, process, SIGKILL);
     }
+}
+
+void EndOwnDescendants() noexcept
+{
+    siginfo_t end = {};
+    if (Call(SYS_waitid, P_ALL, 0, &end, WEXITED | WNOHANG | WNOWAIT, 0) == 0)
+    {
+        KeepDescendants();
+        const auto self = static_cast<pid_t>(Call(SYS_getpid));
+        callWithFiles([&self] { endDescendants({&self, 1}); });
+    }
+}
+
+void EndMarkedProcesses(std::string_view variable) noexcept
+{
+    callWithFiles([variable] { endMarked(variable); });
 }
 
 } // namespace LbOs::Linux

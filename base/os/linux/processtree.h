@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include <sys/types.h>
 
@@ -22,5 +23,13 @@ bool HasStartedAfter(pid_t process, std::int64_t time) noexcept;
 /// processes that have already ended are not found. Keepers end by themselves. The ids must still be valid; the
 /// function sorts them. Makes only system calls, so that a fork may call it. Any thread.
 void EndProcessTrees(std::span<pid_t> processes) noexcept;
+
+/// Ends the descendants of the calling process, which keeps them. Its own keepers stay. Costs one system call if there
+/// are no others. Makes system calls only. Any thread.
+void EndOwnDescendants() noexcept;
+
+/// Ends the processes whose programs were started with this variable, "NAME=value". Those whose environment the caller
+/// may not read stay. Makes system calls only. Any thread.
+void EndMarkedProcesses(std::string_view variable) noexcept;
 
 } // namespace LbOs::Linux

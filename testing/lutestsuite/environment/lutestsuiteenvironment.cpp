@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <system_error>
 
 #include "base/ioccontainer.h"
 #include "base/lbcriticalsection.h"
@@ -42,6 +43,18 @@ std::unique_ptr<IOC::CContainer> createContainer()
     return container ? std::move(container) : IOC::CContainer::CreateFromText(c_DefaultContainer);
 }
 
+void startThreadPool()
+{
+    try
+    {
+        LbThreadPool::GetInstance().Run([] {}).Wait();
+    }
+    catch (const std::system_error&)
+    {
+        // The system has no thread. Parallel loops do without, and a test that needs one says so.
+    }
+}
+
 void warmUpParallelLoops()
 {
     constexpr std::int64_t c_LoopLength = 2'000'000;
@@ -49,7 +62,7 @@ void warmUpParallelLoops()
 
     LbParallel::SumRange(0, 99);
 
-    // Ranges are counted as a whole: threads, values and lock are to be used once, and each child process waits for it.
+    // Uses each thread, value and lock once. Counts ranges as a whole because each child process waits for it.
     LbCombinable<std::int64_t> counts;
     LbParallel::ForRanges(0, c_LoopLength,
                           [&counts](std::int64_t first, std::int64_t last) { counts.Local() += last - first; });
@@ -65,8 +78,8 @@ void warmUpParallelLoops()
     });
 }
 
-/// The file is removed again: a run should leave nothing in the temporary files. Without a place for it the streams
-/// stay cold, which costs a run exact figures at most.
+/// Uses file streams once, with a temporary file that it removes. If the file cannot be created, their first use in a
+/// case may count as its growth.
 void warmUpFileStreams()
 try
 {
@@ -158,7 +171,7 @@ void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
 
 void LuTestSuiteEnvironment::PreallocateStaticData()
 {
-    LbThreadPool::GetInstance().Run([] {}).Wait();
+    startThreadPool();
     LbDiagnostics::Trace(L"LuTestSuiteEnvironment: static data allocated");
     warmUpParallelLoops();
     warmUpFileStreams();

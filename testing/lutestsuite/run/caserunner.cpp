@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/lbexception.h"
 #include "testing/lutestsuite/run/executor.h"
 
 namespace LuTestSuiteRun
@@ -37,7 +38,7 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
     info.messages = LoadMessages(buffer);
 }
 
-/// Of the next few: more processes than for these are not started ahead anyway.
+/// Checks only the next few cases, because no more processes are started in advance.
 std::size_t countIsolated(PlannedCases toCome)
 {
     const PlannedCases next = toCome.first(std::min(toCome.size(), CSpareChildren::GetMost()));
@@ -52,25 +53,52 @@ bool CCaseRunner::MakeReadyFor(const SPlannedCase& planned)
     return !planned.params.external || m_external.MakeReady(planned.params.isolated);
 }
 
+/// The id of the process that runs the case; 0 if there is none.
+std::uint64_t CCaseRunner::findProcess(const SPlannedCase& planned)
+{
+    if (!planned.params.external)
+    {
+        return m_ownProcessId;
+    }
+    try
+    {
+        m_external.MakeReady(planned.params.isolated);
+    }
+    catch (const LbException&)
+    {
+        // Thrown again when the case requests its child.
+    }
+    return m_external.GetProcessId();
+}
+
 void CCaseRunner::Run(const SPlannedCase& planned, const ToCome& toCome)
 {
-    if (m_isCanceled())
+    m_events.Start(planned, findProcess(planned));
+    SCaseEnd end;
+    execute(planned, toCome, end);
+    m_events.Finish(planned, end);
+}
+
+void CCaseRunner::execute(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end)
+{
+    if (m_events.IsCanceled())
     {
+        end.kind = ECaseEnd::Canceled;
         return;
     }
     if (planned.params.external)
     {
-        runInChild(planned, toCome);
+        runInChild(planned, toCome, end);
     }
     else
     {
-        runHere(planned);
+        runHere(planned, end);
     }
     SCaseInfo& info = planned.info;
     info.warning = planned.params.reportMemLeak && static_cast<std::int64_t>(info.memoryGrowth) > 0;
 }
 
-void CCaseRunner::runHere(const SPlannedCase& planned)
+void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
 {
     if (!m_buffer)
     {
@@ -81,20 +109,23 @@ void CCaseRunner::runHere(const SPlannedCase& planned)
         const CWorkBufferWriteView buffer = m_buffer->GetWriteAccess();
         if (!WriteRequest(*buffer, planned.unitTest, planned.testCase, planned.params))
         {
+            end.kind = ECaseEnd::Refused;
             return;
         }
         const CCaseUnderWay underWay(*m_crashThread, *buffer);
         ExecuteInBuffer(*buffer);
     }
+    end.processId = m_ownProcessId;
     readAnswer(*m_buffer->GetReadAccess(), planned.info);
 }
 
-void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome)
+void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end)
 {
     const SParams& params = planned.params;
     CChildChannel& channel = m_external.Obtain(params.isolated);
     if (!WriteRequest(*channel.GetBuffer().GetWriteAccess(), planned.unitTest, planned.testCase, params))
     {
+        end.kind = ECaseEnd::Refused;
         return;
     }
     channel.Ask();
@@ -103,8 +134,9 @@ void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome)
         m_spares.Start([&toCome] { return countIsolated(toCome()); });
     }
     planned.info.processIndex = channel.WaitForAnswer(params.timeOutSec, m_isCanceled);
+    end = channel.GetEnd();
     readAnswer(*channel.GetBuffer().GetReadAccess(), planned.info);
-    planned.info.messages += channel.GetEndMessages();
+    planned.info.messages += DescribeCaseEnd(end);
 }
 
 } // namespace LuTestSuiteRun

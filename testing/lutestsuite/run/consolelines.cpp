@@ -13,7 +13,7 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// By ECaseRunResult.
+/// Indexed by ECaseRunResult.
 constexpr const wchar_t* c_ResultTexts[SStats::SCounts::sc_uiResults] = {
     L"OK",
     L"FEHLER (Die Ausführung dieses Testfalls ist fehlgeschlagen)",
@@ -98,7 +98,7 @@ void CCaseLines::WriteHeader(const SCaseInfo& info)
     const LuTestSuite::SUnitTest& unitTest = m_unitTests[info.unitTest];
     if (info.unitTest != m_lastUnitTest)
     {
-        // Bold without a colour: a heading, told from the results below it.
+        // Bold without a colour, to distinguish the heading from results.
         LuTestSuiteOut::Write(L"%s\n", unitTest.className).Bold();
         m_lastUnitTest = info.unitTest;
     }
@@ -151,7 +151,7 @@ void WriteSummary(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SS
     }
     if (stats.total.warnings != 0)
     {
-        // Failed unit tests count among the first number on purpose.
+        // Intended: failed unit tests count in the first number.
         writeRow(L"\tMit Warnung:\t%s, %s\n", stats.unitTestsExecuted - stats.unitTestsPassedWithoutWarning,
                  stats.total.warnings, LuColor::c_GOLDENROD);
     }

@@ -13,16 +13,16 @@ namespace LuTestSuiteRun
 class CCaseLines
 {
 public:
-    /// The arguments are the caller's and outlive the object, which serves one list of cases.
+    /// The arguments must outlive the object, which prints one list of cases.
     CCaseLines(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params)
         : m_unitTests(unitTests), m_params(params)
     {
     }
 
-    /// The line's beginning, under its unit test's heading where the unit test changes.
+    /// Prints the beginning of the case's line, after a heading if the unit test changes.
     void WriteHeader(const SCaseInfo& info);
 
-    /// The rest of the line.
+    /// Prints the rest of the line.
     void WriteResult(const SCaseInfo& info) const;
 
 private:
@@ -33,7 +33,7 @@ private:
     std::int64_t m_lastUnitTest = sc_iNone;
 };
 
-/// The line that stands in place of the cases that no longer run.
+/// Prints the line that replaces the cases not run after a cancellation.
 void WriteCanceled();
 
 void WriteSummary(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SStats& stats);

@@ -19,6 +19,8 @@ constexpr std::size_t c_Places = 512;
 
 CCrashThread::SPlace s_places[c_Places];
 
+std::atomic<CCrashReporter*> s_reporter = nullptr;
+
 /// Text without any memory of the heap.
 class CCrashText
 {
@@ -78,9 +80,12 @@ private:
         m_size += size;
     }
 
-    char m_bytes[8192];
+    char m_bytes[8192] = {};
     std::size_t m_size = 0;
 };
+
+/// Not on the stack, which may have overflowed. One thread at a time reports a crash.
+constinit CCrashText s_text;
 
 /// The case that the calling thread runs; null without one.
 const SWorkBuffer* findOwnCase()
@@ -148,7 +153,7 @@ void addOtherCases(CCrashText& text, const SWorkBuffer* own)
 void report(const LbOs::SCrash& crash) noexcept
 {
     const SWorkBuffer* const own = findOwnCase();
-    CCrashText text;
+    CCrashText& text = s_text;
     text.Add("Fehler: Absturz");
     if (own != nullptr)
     {
@@ -161,6 +166,10 @@ void report(const LbOs::SCrash& crash) noexcept
     text.Add("\n");
     addOtherCases(text, own);
     text.Write();
+    if (CCrashReporter* const reporter = s_reporter.load())
+    {
+        reporter->Report(crash);
+    }
 }
 
 CCrashThread::SPlace* takePlace()
@@ -178,7 +187,15 @@ CCrashThread::SPlace* takePlace()
 
 } // namespace
 
-CCrashNotes::CCrashNotes() : m_handler(&report) {}
+CCrashNotes::CCrashNotes(CCrashReporter* reporter) : m_handler(&report)
+{
+    s_reporter = reporter;
+}
+
+CCrashNotes::~CCrashNotes()
+{
+    s_reporter = nullptr;
+}
 
 CCrashThread::CCrashThread() : m_place(takePlace()) {}
 

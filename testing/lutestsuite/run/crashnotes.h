@@ -5,6 +5,7 @@
 
 #include "base/inoncopyable.h"
 #include "base/os/crash.h"
+#include "testing/lutestsuite/run/children/crashbox.h"
 #include "testing/lutestsuite/run/children/workbuffer.h"
 
 namespace LuTestSuiteRun
@@ -15,7 +16,10 @@ namespace LuTestSuiteRun
 class CCrashNotes : public INonCopyable
 {
 public:
-    CCrashNotes();
+    /// `reporter` tells the run that started this process; it is the caller's and outlives the object; null without
+    /// one.
+    explicit CCrashNotes(CCrashReporter* reporter = nullptr);
+    ~CCrashNotes();
 
 private:
     LbOs::CCrashHandler m_handler;

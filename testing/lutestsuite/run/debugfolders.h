@@ -6,18 +6,19 @@
 namespace LuTestSuiteRun
 {
 
-/// One folder a case below one root a process and run, which is named after the time. Cases of one name share theirs.
+/// One folder per case, below one root per process and run, which is named after the time. Cases of one name share
+/// their folder.
 class CDebugFolders
 {
 public:
-    /// Fixes the root. Throws LbException if the system knows no folder for temporary files.
+    /// Determines the root. Throws LbException if the system has no temporary folder.
     CDebugFolders();
 
     const std::wstring& GetRoot() const noexcept { return m_root; }
     std::wstring GetFolder(const std::wstring& caseName) const;
 
 private:
-    std::wstring m_root; ///< without separator at its end
+    std::wstring m_root; ///< without trailing separator
 };
 
 } // namespace LuTestSuiteRun

@@ -26,7 +26,7 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// What a sub-test's own result means for its case; anything else leaves the case "Unknown".
+/// Maps a sub-test's own result to its case's result; any other number remains "Unknown".
 ECaseRunResult toCaseResult(LuUnitTest::EResult result)
 {
     switch (result)
@@ -64,7 +64,7 @@ void setDebuggingOptions(LuUnitTest& unitTest, const SParams& params)
     set(IDebugging::eO_VerboseOutput, params.deVerboseOutput);
 }
 
-/// Messages as they come: what a test wrote before it crashed is in the buffer.
+/// Stores messages immediately, so that those written before a crash are in the buffer.
 class CBufferStream : public LuStreamWriteText, public INonCopyable
 {
 public:
@@ -75,7 +75,7 @@ public:
         m_isFull = m_isFull || (!IsInCopy() && !AppendMessages(m_buffer, text));
     }
 
-    /// A test that forks has its case twice. By the time the copy writes the buffer may be another case's.
+    /// If a test forks, the fork also reaches the end of the case. By then the buffer may belong to another case.
     bool IsInCopy() const { return LbOs::GetForkMark() != m_forkMark; }
 
 private:
@@ -84,7 +84,7 @@ private:
     bool m_isFull = false;
 };
 
-/// Stores the time of its scope, even if an exception ends it.
+/// Stores the duration of its scope, even if an exception ends it.
 class CStopwatch : public INonCopyable
 {
 public:
@@ -96,7 +96,7 @@ private:
     LbTimer m_timer{LbTimer::eR_NanoSecond};
 };
 
-/// The case as far as it may throw. The created unit test is the caller's, who destroys it.
+/// The part of a case that may throw. The caller destroys the created unit test.
 ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std::unique_ptr<LuUnitTest>& unitTest,
                           LuStreamWriteText& messages, std::uint64_t& time)
 {
@@ -119,7 +119,7 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
     return toCaseResult(unitTest->RunSelectedSubtest());
 }
 
-/// The case with everything that it allocates, all of it released again when this returns; what is left is the case's.
+/// Runs the case and releases everything that the runner allocates for it; remaining memory is the case's leak.
 ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
 {
     CBufferStream messages(buffer);
@@ -132,7 +132,7 @@ ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
     }
     catch (...)
     {
-        // A sub-test's own exceptions are reported by LuUnitTest. These come from what surrounds it.
+        // LuUnitTest reports exceptions of sub-tests. These come from other operations of the class.
         messages.WriteFormat(L"\t\tERROR: %s\n", LbDescribeCurrentException());
     }
     if (messages.IsInCopy())
@@ -143,7 +143,7 @@ ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
     return result;
 }
 
-/// Each line behind the mark of information lines.
+/// Marks each line as an information line.
 std::wstring toInfoLines(std::wstring_view text)
 {
     std::wstring lines = L"\t\tINFO:  Dump()...\n";
@@ -158,7 +158,7 @@ std::wstring toInfoLines(std::wstring_view text)
 
 void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTracker& tracker)
 {
-    // What is made of the figures is no part of them.
+    // Reporting the figures must not change them.
     tracker.Deactivate();
     const std::int64_t growth = tracker.GetCurrentAlloc();
     buffer.memoryGrowth = static_cast<std::uint64_t>(growth);
@@ -172,7 +172,7 @@ void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTra
     }
 }
 
-/// Cases start in the executable's folder, wherever the case before has gone.
+/// Cases start in the executable's folder, wherever the case before changed to.
 void restoreWorkingDirectory() noexcept
 try
 {
@@ -184,7 +184,7 @@ try
 }
 catch (...)
 {
-    // Without memory for a path the case goes without, too.
+    // Without memory for the path, the case runs without it.
 }
 
 ECaseRunResult runTracked(SWorkBuffer& buffer)
@@ -209,7 +209,7 @@ ECaseRunResult runTracked(SWorkBuffer& buffer)
     }
     catch (...)
     {
-        // Memory ran out while the case's own end was written down.
+        // Memory ran out while the end of the case was recorded.
         return ECaseRunResult::Exception;
     }
 }
@@ -218,7 +218,7 @@ ECaseRunResult runTracked(SWorkBuffer& buffer)
 
 void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
 {
-    // Last of all: a case that takes its process down on the way out has no result.
+    // Stored last: a case that crashes its process in a destructor has no result.
     buffer.result = static_cast<std::uint32_t>(runTracked(buffer));
 }
 

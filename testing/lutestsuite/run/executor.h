@@ -1,4 +1,4 @@
-/// Runs the case that a work buffer asks for, wherever the buffer is.
+/// Runs the case that a work buffer requests, in any process.
 #pragma once
 
 #include "testing/lutestsuite/run/children/workbuffer.h"
@@ -6,8 +6,8 @@
 namespace LuTestSuiteRun
 {
 
-/// Creates the unit test, runs the sub-test and writes result, time and messages into the buffer. Nothing leaves: what
-/// goes wrong becomes the result. Any thread.
+/// Creates the unit test, runs the sub-test and writes result, time and messages into the buffer. Never throws:
+/// failures become the result. Any thread.
 void ExecuteInBuffer(SWorkBuffer& buffer) noexcept;
 
 } // namespace LuTestSuiteRun

@@ -1,11 +1,14 @@
 /// The other end of external cases: a process that serves a parent run.
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/ludebugserialization.h"
+#include "base/os/childprocess.h"
 #include "base/os/crash.h"
+#include "base/os/forkmark.h"
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
 #include "base/os/processors.h"
@@ -41,14 +44,28 @@ void executeCase(SWorkBuffer& buffer, CCrashThread& thread)
     ExecuteInBuffer(buffer);
 }
 
-/// Room for a case to begin with.
+/// Whether enough memory is free for another case to start.
 bool hasMemory()
 {
     constexpr std::size_t c_Enough = std::size_t{1} << 20U;
-    // Volatile, since compilers know that memory which nobody uses can always be had.
+    // Volatile, so that the compiler keeps the unused allocation.
     void* volatile const memory = std::malloc(c_Enough);
     std::free(memory);
     return memory != nullptr;
+}
+
+/// Ends what cases have started when this process ends. The exit handlers of test modules run before, since they are
+/// registered later.
+void endDescendantsAtExit()
+{
+    static const std::uint64_t s_mark = LbOs::GetForkMark();
+    std::atexit([] {
+        // Copies that cases make of the process end without it.
+        if (LbOs::GetForkMark() == s_mark)
+        {
+            LbOs::EndDescendants();
+        }
+    });
 }
 
 } // namespace
@@ -62,8 +79,12 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     const auto request = openEvent(setup.requestEventId);
     const auto response = openEvent(setup.responseEventId);
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
+    // Wine buffers stderr; a crash would lose output, or attribute it to a later case.
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
+    endDescendantsAtExit();
     LbOs::EndSilentlyOnCrash();
-    const CCrashNotes notes;
+    CCrashReporter reporter(setup.memoryId, *response);
+    const CCrashNotes notes(&reporter);
     CCrashThread thread;
     const CPreparation preparation(setup, environment);
     const CDebugFolders debugFolders;
@@ -92,7 +113,8 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
         }
         if (!hasMemory())
         {
-            // The cases to come are another child's. At once, since all that an orderly end does may want memory, too.
+            // Later cases go to another child. Exits immediately, because an orderly exit may need memory.
+            LbOs::EndDescendants();
             LbOs::EndProcess(EXIT_SUCCESS);
         }
     }

@@ -18,7 +18,7 @@ std::size_t countCases(const std::vector<LuTestSuite::SUnitTest>& unitTests)
     return count;
 }
 
-/// With room for all repetitions at once: the plan refers to the records.
+/// Reserves memory for all repetitions, because the plan keeps pointers to the records.
 std::vector<SCaseInfo> makeRecords(const std::vector<LuTestSuite::SUnitTest>& unitTests, std::uint32_t repetitions)
 {
     std::vector<SCaseInfo> cases;
@@ -76,7 +76,7 @@ SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SPara
                              : &plan.ownParams.emplace_back(GetCaseParams(params, testCase.parameters));
         }
         plan.hasExternal = plan.hasExternal || caseParams->external;
-        // The run allows it, the case agrees.
+        // Parallel only if both the run and the case allow it.
         const bool isParallel = params.parallel && caseParams->parallel;
         (isParallel ? plan.parallel : plan.sequential).push_back({unitTest, testCase, *caseParams, info});
     }

@@ -1,21 +1,21 @@
-/// The plan of a run: which case runs there are, with their parameters, and which of them may go parallel.
+/// The plan of a run: all case runs with their parameters, and which of them may run in parallel.
 #pragma once
 
 #include <deque>
 #include <span>
 #include <vector>
 
-#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace LuTestSuiteRun
 {
 
-/// One run of a case with all that an executor needs to know about it.
+/// One run of a case with all data that an executor needs.
 struct SPlannedCase
 {
     const LuTestSuite::SUnitTest& unitTest;
     const LuTestSuite::STestCase& testCase;
-    const SParams& params; ///< of the case, see GetCaseParams
+    const SParams& params; ///< resolved, see GetCaseParams
     SCaseInfo& info;
 };
 
@@ -23,18 +23,14 @@ using PlannedCases = std::span<const SPlannedCase>;
 
 struct SPlan
 {
-    std::vector<SPlannedCase> parallel;   ///< case runs that may go parallel, in plan order; they come first
+    std::vector<SPlannedCase> parallel;   ///< case runs that may run in parallel, in plan order; they come first
     std::vector<SPlannedCase> sequential; ///< the others, in plan order
-    bool hasExternal = false;             ///< some run in child processes
-    std::deque<SParams> ownParams;        ///< of the cases that have parameters; the others share those of the run
+    bool hasExternal = false;             ///< some cases run in child processes
+    std::deque<SParams> ownParams; ///< parameters of cases that have their own; the others share those of the run
 };
 
-/// The parameters of a case: the run's, with what the case itself says in their place. A value that cannot be read
-/// leaves the run's, but for "Parallel": only a case that plainly agrees goes parallel.
-SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);
-
-/// Unit test by unit test, case by case, repetition by repetition. Fills `cases` with the records, in plan order. The
-/// plan refers to the arguments, which outlive it unchanged, but for what executors write into the records.
+/// Ordered by unit test, case and repetition. Fills `cases` with the records, in plan order. The plan keeps references
+/// to the arguments, which must outlive it and change only where executors write into the records.
 SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params,
                std::vector<SCaseInfo>& cases);
 

@@ -1,4 +1,4 @@
-/// The process as runs need it, and as it was.
+/// Prepares the process for a run, and restores it.
 #pragma once
 
 #include <string>
@@ -11,15 +11,15 @@ struct LuTestSuiteSetup;
 namespace LuTestSuiteRun
 {
 
-/// Loads the test modules, switches assertion dialogs and moves the working directory to the executable's folder; the
-/// latter two for as long as the object lives.
+/// Loads the test modules, switches assertion dialogs and changes to the executable's folder; the destructor reverts
+/// the last two.
 class CPreparation : public INonCopyable
 {
 public:
     CPreparation(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
     ~CPreparation();
 
-    /// The user's paths, which are meant from the working directory that the run leaves.
+    /// The user's paths, resolved against the working directory before the run changes it.
     const std::wstring& GetDataDirectory() const { return m_dataDirectory; }
     const std::wstring& GetIncludeConfig() const { return m_includeConfig; }
 

@@ -1,4 +1,4 @@
-/// Reference data made anew: the walk over the cases, and what is asked of each.
+/// Creates reference data again, case by case.
 
 #include <optional>
 
@@ -17,7 +17,7 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// The executable's folder is the working directory for as long as the object lives, also when a callback throws.
+/// Changes to the executable's folder; the destructor changes back, also after an exception of a callback.
 class CExecutableDirectory : public INonCopyable
 {
 public:
@@ -32,14 +32,14 @@ private:
     LuTestSuiteEnvironment& m_environment;
 };
 
-/// Null also for an object whose record in the registry does not descend from unit tests.
+/// Also null for an object whose record in the registry is not derived from unit tests.
 std::unique_ptr<LuUnitTest> createUnitTest(const std::wstring& className)
 {
     std::unique_ptr<LuUnitTest> unitTest = LuTestSuite::CreateUnitTest(className);
     return unitTest && unitTest->IsKindOf(LuUnitTest::RTTI) ? std::move(unitTest) : nullptr;
 }
 
-/// False when the sub-test has nothing that can be made anew.
+/// False if the sub-test has no reference data.
 bool recreateSubtest(LuUnitTest& unitTest, const std::wstring& name, const IUnitTestRecreate::SRequest& request)
 {
     const std::optional<std::uint32_t> subtest = unitTest.FindSubtest(name);
@@ -59,7 +59,7 @@ bool recreateSubtest(LuUnitTest& unitTest, const std::wstring& name, const IUnit
     return true;
 }
 
-/// One case as far as it may throw.
+/// The part of a case that may throw.
 void recreateCase(const LuTestSuite::SUnitTest& unitTest, const std::wstring& caseName,
                   const IUnitTestRecreate::SRequest& request)
 {
@@ -90,7 +90,7 @@ void recreateCaseOrReport(const LuTestSuite::SUnitTest& unitTest, const std::wst
     }
 }
 
-/// False when it was canceled.
+/// False if it was canceled.
 bool recreateAll(const std::vector<LuTestSuite::SUnitTest>& unitTests, const IUnitTestRecreate::SRequest& request,
                  const SCallbacks& callbacks)
 {
@@ -104,7 +104,7 @@ bool recreateAll(const std::vector<LuTestSuite::SUnitTest>& unitTests, const IUn
                 return false;
             }
             recreateCaseOrReport(unitTest, testCase.name, request);
-            // Progress, not a verdict: whatever happened stands on the console.
+            // Reports progress, not a result: the console shows the outcome.
             callbacks.caseFinished(ECaseRunResult::Ok);
         }
     }

@@ -21,11 +21,11 @@ namespace
 
 struct STargets
 {
-    std::wstring xml; ///< empty for none
+    std::wstring xml; ///< empty: no report
     std::wstring html;
 };
 
-/// Path of an automatic report without its ending.
+/// Path of an automatic report without its extension.
 std::wstring makeAutomaticName()
 {
     const std::wstring folder = LuTestSuiteUtils::AddBackslash(LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Reports");
@@ -33,8 +33,8 @@ std::wstring makeAutomaticName()
     return LbFormat(L"%sLuTestSuiteReport-%s", folder, LbDateTime::FormatNow(L"[Y-m-d]-[H-i-s]"));
 }
 
-/// A path of the user's, empty where it cannot be had: without its working directory a relative one would now be meant
-/// from the executable's folder.
+/// Resolves the user's path; empty on failure. Without its working directory, a relative path would refer to the
+/// executable's folder.
 std::wstring getTarget(const std::wstring& path, LuTestSuiteEnvironment& environment)
 {
     if (path.empty() || LbOs::IsAbsolutePath(path) || environment.RestoreWorkingDirectory())
@@ -46,7 +46,7 @@ std::wstring getTarget(const std::wstring& path, LuTestSuiteEnvironment& environ
     return {};
 }
 
-/// Automatic names replace those that the user gave.
+/// Automatic names replace the user's names.
 STargets getNamedTargets(const LuTestSuiteSetup& setup)
 {
     return {setup.autoXml ? std::wstring() : setup.xmlReport, setup.autoHtml ? std::wstring() : setup.htmlReport};
@@ -71,7 +71,7 @@ STargets getTargets(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     }
     catch (const LbException& exception)
     {
-        // The system knows no folder for the user's data: the reports that have a name of their own stand.
+        // Without a per-user folder, reports with explicit names are still written.
         LuTestSuite::WriteWarning(L"Fehler: Der Ordner für Reports fehlt: %s\n", exception.GetMessageText());
     }
     return targets;
@@ -116,7 +116,7 @@ void WriteReports(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environ
     }
     catch (const std::bad_alloc&)
     {
-        // The run has its verdict already.
+        // The result of the run is already final.
         LuTestSuite::WriteWarning(L"Fehler: Der Speicher reicht für die Reports nicht aus.\n");
     }
 }

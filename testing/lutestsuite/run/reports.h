@@ -1,4 +1,4 @@
-/// The last stage of a run: its reports.
+/// Writes the reports at the end of a run.
 #pragma once
 
 #include <vector>
@@ -8,13 +8,13 @@
 namespace LuTestSuiteRun
 {
 
-/// Throws LbException when a report has a relative path and there is no working directory: ahead of a run that may take
-/// long.
+/// Throws LbException if a report has a relative path and there is no working directory. Called before the run, which
+/// may take long.
 void RequireReportPlaces(const LuTestSuiteSetup& setup);
 
-/// Writes the reports that the setup asks for, all from one record, and shows the page if the setup says so. Relative
-/// paths count from the environment's working directory; when the cases have removed it, such a report is written
-/// nowhere. Nothing that goes wrong leaves it or changes the result: each report that cannot be written costs one line.
+/// Writes the reports that the setup requests, all from one record, and opens the page if requested. Relative paths
+/// refer to the environment's working directory; if the cases have deleted it, such a report is not written. Never
+/// throws and does not change the result: each report that cannot be written prints one line.
 void WriteReports(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment,
                   const std::vector<LuTestSuite::SUnitTest>& unitTests, const SRunResult& result);
 

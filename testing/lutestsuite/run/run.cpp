@@ -12,11 +12,11 @@
 #include "testing/lutestsuite/run/consolelines.h"
 #include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/debugfolders.h"
-#include "testing/lutestsuite/run/delivery.h"
 #include "testing/lutestsuite/run/plan.h"
 #include "testing/lutestsuite/run/preparation.h"
 #include "testing/lutestsuite/run/reports.h"
-#include "testing/lutestsuite/run/statistics.h"
+#include "testing/lutestsuite/run/runconsole.h"
+#include "testing/lutestsuite/run/runevents.h"
 #include "testing/lutestsuite/run/workerthreads.h"
 
 namespace LuTestSuiteRun
@@ -27,7 +27,7 @@ namespace
 
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
-/// A host's own list of unit tests is run as it is.
+/// A host's own list of unit tests is run unchanged.
 UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
 {
     if (!setup.unitTests.empty())
@@ -41,8 +41,7 @@ UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
 }
 
 /// Runs the cases one after another on the calling thread.
-void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
-                         PlannedCases toCome)
+void executeSequentially(CRunEvents& events, const SChildSettings& childSettings, PlannedCases toCome)
 {
     if (toCome.empty())
     {
@@ -50,11 +49,10 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
     }
     const CDebugFolders debugFolders;
     CSpareChildren spares(childSettings);
-    CCaseRunner runner(setup.checkCallback, spares);
-    CCaseLines lines(unitTests, setup.params);
+    CCaseRunner runner(events, spares);
     while (!toCome.empty())
     {
-        if (setup.checkCallback())
+        if (events.IsCanceled())
         {
             WriteCanceled();
             return;
@@ -62,49 +60,65 @@ void executeSequentially(const LuTestSuiteSetup& setup, const UnitTests& unitTes
         const SPlannedCase& planned = toCome.front();
         toCome = toCome.subspan(1);
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(planned.testCase.name));
-        lines.WriteHeader(planned.info);
         runner.Run(planned, [toCome] { return toCome; });
-        DeliverCase(lines, setup.resultCallback, planned.info);
     }
 }
 
-void planAndExecute(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
-                    SRunResult& result)
+void execute(const SParams& params, const SChildSettings& childSettings, const SPlan& plan, CRunEvents& events,
+             CRunConsole& console)
 {
-    const SPlan plan = MakePlan(unitTests, setup.params, result.cases);
-    if (plan.hasExternal)
-    {
-        // Before any case makes the process large.
-        LbOs::CChildProcess::PrepareStarts();
-    }
-    ExecuteInParallel(setup, unitTests, childSettings, plan.parallel);
-    executeSequentially(setup, unitTests, childSettings, plan.sequential);
+    ExecuteInParallel(params, childSettings, plan.parallel, events, console);
+    executeSequentially(events, childSettings, plan.sequential);
 }
 
-/// The run up to its summary. The working directory is restored when it returns, so that the user's paths of reports
-/// count from there.
-SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, UnitTests& unitTests,
-                    CLeavingChildren& leaving)
+/// Omits cases that finished after a cancellation and were never printed.
+void dropUnprinted(const CRunConsole& console, std::vector<SCaseInfo>& cases)
+{
+    for (const std::size_t index : console.GetWaiting())
+    {
+        cases[index].executed = false;
+    }
+}
+
+/// The observers of the run, and the data that they need beside events.
+struct SWatch
+{
+    IRunObserver& observer;
+    const SRunOptions& options;
+};
+
+/// Runs everything up to the summary. Restores the working directory when it returns, because the user's report paths
+/// refer to it.
+SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, const SWatch& watch,
+                    UnitTests& unitTests, CLeavingChildren& leaving)
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
-    // Before the modules are loaded, so that their handlers come first.
+    // Before the modules are loaded, so that the modules' handlers take precedence.
     const CCrashNotes notes;
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
+    CRunConsole console(setup, unitTests);
+    CRunEvents events(setup.checkCallback, {&watch.observer, &console});
 
     SRunResult result;
     const LbTimer timer(LbTimer::eR_NanoSecond);
-    result.stats.startTime = LbDateTime::FormatNow(c_TimeFormat);
-    if (!unitTests.empty())
+    const std::wstring startTime = LbDateTime::FormatNow(c_TimeFormat);
+    const SPlan plan = MakePlan(unitTests, setup.params, result.cases);
+    if (plan.hasExternal)
     {
-        const SChildSettings childSettings = {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog,
-                                              &leaving};
-        planAndExecute(setup, unitTests, childSettings, result);
-        CountCases(result.cases, unitTests.size(), result.stats);
-        WriteSummary(unitTests, result.stats);
+        // Before the run allocates much memory, of which the keeper is a copy.
+        LbOs::CChildProcess::PrepareStarts();
     }
+    events.Plan({unitTests, setup.params, result.cases, watch.options.attempt});
+    const SChildSettings childSettings = {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog,
+                                          &leaving, watch.options.takeStacks};
+    execute(setup.params, childSettings, plan, events, console);
+    dropUnprinted(console, result.cases);
+    result.stats = CountCases(result.cases, unitTests.size());
+    result.stats.startTime = startTime;
     result.stats.totalTime = timer.GetElapsed();
     result.stats.endTime = LbDateTime::FormatNow(c_TimeFormat);
+    events.End(result);
     return result;
 }
 
@@ -112,11 +126,18 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
 
 SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
 {
+    IRunObserver nobody;
+    return Run(setup, environment, nobody);
+}
+
+SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, IRunObserver& observer,
+               const SRunOptions& options)
+{
     RequireReportPlaces(setup);
-    // Last of all, the run waits for children that leave.
+    // At the very end the run waits for exiting children.
     CLeavingChildren leaving;
     UnitTests unitTests;
-    SRunResult result = runCases(setup, environment, unitTests, leaving);
+    SRunResult result = runCases(setup, environment, {observer, options}, unitTests, leaving);
     WriteReports(setup, environment, unitTests, result);
     return result;
 }

@@ -1,6 +1,8 @@
-#include "testing/lutestsuite/run/statistics.h"
+/// Statistics over finished case records.
 
 #include <algorithm>
+
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace LuTestSuiteRun
 {
@@ -10,7 +12,7 @@ namespace
 
 void countCase(const SCaseInfo& info, SStats::SCounts& counts)
 {
-    // A broken child process may answer with any number: all that is none counts as "Unknown", as it prints.
+    // A broken child process may answer with any number: invalid results count as "Unknown", as they are printed.
     const auto index = static_cast<std::size_t>(info.result);
     const auto unknown = static_cast<std::size_t>(ECaseRunResult::Unknown);
     ++counts.results[index < SStats::SCounts::sc_uiResults ? index : unknown];
@@ -44,8 +46,9 @@ void countUnitTest(const SStats::SCounts& counts, SStats& stats)
 
 } // namespace
 
-void CountCases(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount, SStats& stats)
+SStats CountCases(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount)
 {
+    SStats stats;
     stats.unitTests.assign(unitTestCount, {});
     for (const SCaseInfo& info : cases)
     {
@@ -60,6 +63,7 @@ void CountCases(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount, 
     {
         countUnitTest(counts, stats);
     }
+    return stats;
 }
 
 } // namespace LuTestSuiteRun

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <system_error>
 #include <thread>
@@ -13,11 +12,11 @@
 #include "base/lbexception.h"
 #include "base/ludebugserialization.h"
 #include "base/os/process.h"
+#include "base/os/processes.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/consolelines.h"
 #include "testing/lutestsuite/run/debugfolders.h"
-#include "testing/lutestsuite/run/delivery.h"
 
 namespace LuTestSuiteRun
 {
@@ -25,51 +24,41 @@ namespace LuTestSuiteRun
 namespace
 {
 
-using UnitTests = std::vector<LuTestSuite::SUnitTest>;
-
 /// What workers and the calling thread share.
 class CWork : public INonCopyable
 {
 public:
-    CWork(PlannedCases planned, const std::function<bool()>& isCanceled) : m_planned(planned), m_isCanceled(isCanceled)
-    {
-    }
+    CWork(PlannedCases planned, CRunEvents& events) : m_planned(planned), m_events(events) {}
 
-    /// The next case; null when there is none for now, or the run is canceled.
+    /// The next case; null if there is none now, or if the run is canceled or has failed.
     const SPlannedCase* Take();
 
-    /// A worker that cannot run the case it has taken leaves it, and all others, to the other workers, if there are
-    /// any.
+    /// Returns the case to the other workers and retires this one; false if there is no other worker. After Stop it
+    /// returns true without effect.
     bool LeaveToOthers(const SPlannedCase& planned);
 
-    /// A worker that got no case leaves, unless others have left it one meanwhile. Until then it may be given one.
+    /// Retires a worker that got no case; false if cases were returned meanwhile.
     bool Leave();
 
-    /// A worker whose thread cannot be had is none. False when there is something to do and nobody left to do it.
+    /// Unregisters a worker whose thread failed to start. False if cases remain and no worker is left.
     bool Abandon();
 
-    /// Those that have not been handed out.
+    /// Cases that were not handed out; none after Stop.
     PlannedCases GetToCome();
 
     /// Nothing is handed out from now on.
     void Stop();
-
-    /// One thread at a time asks: a host's callback need not know of threads.
-    bool IsCanceled();
-
-    void AddFinished(SCaseInfo& info);
 
     void AddWorker();
     void RemoveWorker(std::exception_ptr failure);
 
     struct SProgress
     {
-        std::vector<SCaseInfo*> finished; ///< since the last look
-        bool hasEnded = false;            ///< no worker is left
-        bool hasFailed = false;           ///< one has ended by an exception
+        bool hasEnded = false;  ///< no worker is left
+        bool hasFailed = false; ///< one has ended by an exception
     };
 
-    SProgress Poll();
+    SProgress GetProgress();
 
     std::size_t GetCount() const noexcept { return m_planned.size(); }
     const CDebugFolders& GetDebugFolders() const noexcept { return m_debugFolders; }
@@ -77,17 +66,16 @@ public:
 
 private:
     const PlannedCases m_planned;
-    const std::function<bool()>& m_isCanceled;
+    CRunEvents& m_events;
     const CDebugFolders m_debugFolders;
 
-    LbCriticalSection m_workLock; ///< of the question for cancellation and all below
+    LbCriticalSection m_workLock; ///< of all below
     std::size_t m_next = 0;
     std::vector<const SPlannedCase*> m_leftOver; ///< by workers that could not run them
     std::size_t m_takers = 0;                    ///< workers that have not left
     bool m_isStopped = false;                    ///< nothing is handed out any more
 
-    LbCriticalSection m_finishedLock; ///< of all below
-    std::vector<SCaseInfo*> m_finished;
+    LbCriticalSection m_workersLock; ///< of all below
     std::size_t m_workers = 0;
     std::exception_ptr m_failure;
 };
@@ -100,7 +88,7 @@ const SPlannedCase* CWork::Take()
     {
         return nullptr;
     }
-    if (m_isCanceled())
+    if (m_events.IsCanceled())
     {
         m_isStopped = true;
         return nullptr;
@@ -157,25 +145,13 @@ void CWork::Stop()
     m_isStopped = true;
 }
 
-bool CWork::IsCanceled()
-{
-    const LbCriticalSectionLock lock(m_workLock);
-    return m_isCanceled();
-}
-
-void CWork::AddFinished(SCaseInfo& info)
-{
-    const LbCriticalSectionLock lock(m_finishedLock);
-    m_finished.push_back(&info);
-}
-
 void CWork::AddWorker()
 {
     {
         const LbCriticalSectionLock lock(m_workLock);
         ++m_takers;
     }
-    const LbCriticalSectionLock lock(m_finishedLock);
+    const LbCriticalSectionLock lock(m_workersLock);
     ++m_workers;
 }
 
@@ -184,8 +160,9 @@ void CWork::RemoveWorker(std::exception_ptr failure)
     if (failure)
     {
         Stop();
+        m_events.Fail();
     }
-    const LbCriticalSectionLock lock(m_finishedLock);
+    const LbCriticalSectionLock lock(m_workersLock);
     --m_workers;
     if (!m_failure)
     {
@@ -193,10 +170,10 @@ void CWork::RemoveWorker(std::exception_ptr failure)
     }
 }
 
-CWork::SProgress CWork::Poll()
+CWork::SProgress CWork::GetProgress()
 {
-    const LbCriticalSectionLock lock(m_finishedLock);
-    return {std::exchange(m_finished, {}), m_workers == 0, m_failure != nullptr};
+    const LbCriticalSectionLock lock(m_workersLock);
+    return {m_workers == 0, m_failure != nullptr};
 }
 
 void CWork::RethrowFailure() const
@@ -212,7 +189,7 @@ class CWorkerThread : public INonCopyable
 {
 public:
     /// Throws std::system_error when the system has no more threads.
-    CWorkerThread(std::int32_t index, CWork& work, CSpareChildren& spares);
+    CWorkerThread(std::int32_t index, CWork& work, CSpareChildren& spares, CRunEvents& events);
     ~CWorkerThread() { m_thread.join(); }
 
 private:
@@ -225,11 +202,12 @@ private:
     std::int32_t m_index;
     CWork& m_work;
     CSpareChildren& m_spares;
+    CRunEvents& m_events;
     std::thread m_thread;
 };
 
-CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, CSpareChildren& spares)
-    : m_index(index), m_work(work), m_spares(spares)
+CWorkerThread::CWorkerThread(std::int32_t index, CWork& work, CSpareChildren& spares, CRunEvents& events)
+    : m_index(index), m_work(work), m_spares(spares), m_events(events)
 {
     m_work.AddWorker();
     try
@@ -266,8 +244,7 @@ void CWorkerThread::runCases()
         return;
     }
     LuTestSuiteEnvironment::PreallocateStaticData();
-    const std::function<bool()> isCanceled = [this] { return m_work.IsCanceled(); };
-    CCaseRunner runner(isCanceled, m_spares);
+    CCaseRunner runner(m_events, m_spares);
     do
     {
         runTaken(runner);
@@ -288,11 +265,10 @@ void CWorkerThread::runTaken(CCaseRunner& runner)
         const LuDebugSerializationGeneric::CThreadDirectory directory(
             m_work.GetDebugFolders().GetFolder(planned->testCase.name));
         runner.Run(*planned, toCome);
-        m_work.AddFinished(planned->info);
     }
 }
 
-/// False when the system is short of what the case needs, and other workers are there that have it.
+/// False if the system lacks resources for the case and another worker can run it.
 bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
 {
     try
@@ -304,13 +280,13 @@ bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
     }
     catch (const LbException&)
     {
-        // Said by the second attempt, if it comes to that.
+        // If this is the last worker, the second attempt reports the error.
     }
     runner.ReleaseChildren();
     m_hasLeft = m_work.LeaveToOthers(planned);
     if (!m_hasLeft)
     {
-        // By now the others have given back what they had. Without a child the case has its result all the same.
+        // The other workers have released their children. If there is still no child, the case gets that result.
         runner.MakeReadyFor(planned);
     }
     return !m_hasLeft;
@@ -320,7 +296,7 @@ bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
 class CWorkers : public INonCopyable
 {
 public:
-    CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares);
+    CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRunEvents& events);
     ~CWorkers() { m_work.Stop(); }
 
 private:
@@ -328,19 +304,19 @@ private:
     std::vector<std::unique_ptr<CWorkerThread>> m_threads;
 };
 
-CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares) : m_work(work)
+CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRunEvents& events) : m_work(work)
 {
     try
     {
         while (m_threads.size() < count)
         {
             const auto index = static_cast<std::int32_t>(m_threads.size());
-            m_threads.push_back(std::make_unique<CWorkerThread>(index, work, spares));
+            m_threads.push_back(std::make_unique<CWorkerThread>(index, work, spares, events));
         }
     }
     catch (const std::system_error&)
     {
-        // A system short of threads: fewer of them do the work as well.
+        // With too few threads for all workers, the started ones do the work.
         if (m_threads.empty())
         {
             throw;
@@ -348,36 +324,34 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares) : m
     }
     catch (...)
     {
-        // Those that there are end before this is known: nobody prints their cases.
+        // Stops the started workers; nobody would print their cases.
         m_work.Stop();
         throw;
     }
 }
 
 /// Prints cases in the order in which they finish, until all are printed or the run is canceled.
-void printFinished(const LuTestSuiteSetup& setup, const UnitTests& unitTests, CWork& work)
+void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
 {
     constexpr std::chrono::milliseconds c_LookInterval(250);
-    CCaseLines lines(unitTests, setup.params);
     std::size_t printed = 0;
     while (printed < work.GetCount())
     {
         std::this_thread::sleep_for(c_LookInterval);
-        const CWork::SProgress progress = work.Poll();
-        for (SCaseInfo* const info : progress.finished)
+        const CWork::SProgress progress = work.GetProgress();
+        for (std::size_t waiting = console.CountWaiting(); waiting > 0; --waiting)
         {
-            if (work.IsCanceled())
+            if (events.AskState() == CRunEvents::EState::Canceled)
             {
                 WriteCanceled();
                 return;
             }
-            lines.WriteHeader(*info);
-            DeliverCase(lines, setup.resultCallback, *info);
+            console.PrintWaiting();
             ++printed;
         }
         if (progress.hasEnded && printed < work.GetCount())
         {
-            // Without a failure it was a cancellation that the workers were told of and this thread was not.
+            // No failure: a worker saw the cancellation before this thread did.
             if (!progress.hasFailed)
             {
                 WriteCanceled();
@@ -387,28 +361,45 @@ void printFinished(const LuTestSuiteSetup& setup, const UnitTests& unitTests, CW
     }
 }
 
+/// A failure of this thread ends the workers, also those that wait for a child.
+void printOrStop(CWork& work, CRunEvents& events, CRunConsole& console)
+{
+    try
+    {
+        printFinished(work, events, console);
+    }
+    catch (...)
+    {
+        events.Fail();
+        throw;
+    }
+}
+
 } // namespace
 
 std::uint32_t GetWorkerCount(std::uint32_t wanted)
 {
     constexpr std::uint32_t c_Most = 256;
-    return std::clamp(wanted, 1U, c_Most);
+    // The worker, its child process with its threads, and what a case may start.
+    constexpr std::uint64_t c_ProcessesPerWorker = 8;
+    const std::uint64_t possible = std::max<std::uint64_t>(1U, LbOs::GetProcessLimit() / c_ProcessesPerWorker);
+    return std::clamp(wanted, 1U, static_cast<std::uint32_t>(std::min<std::uint64_t>(possible, c_Most)));
 }
 
-void ExecuteInParallel(const LuTestSuiteSetup& setup, const UnitTests& unitTests, const SChildSettings& childSettings,
-                       PlannedCases planned)
+void ExecuteInParallel(const SParams& params, const SChildSettings& childSettings, PlannedCases planned,
+                       CRunEvents& events, CRunConsole& console)
 {
     if (planned.empty())
     {
         return;
     }
-    CWork work(planned, setup.checkCallback);
+    CWork work(planned, events);
     // For threads that cases start: no case's own folder.
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(work.GetDebugFolders().GetRoot());
     CSpareChildren spares(childSettings);
     {
-        const CWorkers workers(GetWorkerCount(setup.params.workerThreads), work, spares);
-        printFinished(setup, unitTests, work);
+        const CWorkers workers(GetWorkerCount(params.workerThreads), work, spares, events);
+        printOrStop(work, events, console);
     }
     work.RethrowFailure();
 }

@@ -2,21 +2,21 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
-#include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/children/externalcontext.h"
 #include "testing/lutestsuite/run/plan.h"
+#include "testing/lutestsuite/run/runconsole.h"
+#include "testing/lutestsuite/run/runevents.h"
 
 namespace LuTestSuiteRun
 {
 
-/// Number of workers for a wanted number of threads.
+/// Number of workers for a wanted number of threads. Fewer where the system lets the user have few processes.
 std::uint32_t GetWorkerCount(std::uint32_t wanted);
 
-/// Runs the cases on worker threads and prints each as it has finished, on the calling thread. All workers have
-/// ended when this returns, also by an exception: its own or the first that ended a worker.
-void ExecuteInParallel(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests,
-                       const SChildSettings& childSettings, PlannedCases planned);
+/// Runs the cases on worker threads and prints each finished case on the calling thread. All workers have ended when it
+/// returns or throws. Rethrows a worker's first exception.
+void ExecuteInParallel(const SParams& params, const SChildSettings& childSettings, PlannedCases planned,
+                       CRunEvents& events, CRunConsole& console);
 
 } // namespace LuTestSuiteRun

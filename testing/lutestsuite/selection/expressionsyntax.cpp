@@ -253,7 +253,7 @@ std::optional<std::uint32_t> CParser::readCount()
     std::uint32_t count = 0;
     for (const wchar_t digit : m_rest.substr(0, length))
     {
-        count = count * 10 + (digit - L'0');
+        count = count * 10 + static_cast<std::uint32_t>(digit - L'0');
     }
     m_rest.remove_prefix(length);
     return count;

@@ -16,6 +16,7 @@
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "base/os/processes.h"
 #include "tests/support/os/testaids.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedfolder.h"
@@ -60,10 +61,15 @@ TEST(OsChildProcess, HasAnExitStatusAfterTermination)
     EXPECT_EQ(child->GetExitStatus(), LbPath::c_Separator == L'\\' ? 0 : -9);
 }
 
-/// Without a status nobody can take a process that has crashed for one that has left.
-TEST(OsChildProcess, HasNoExitStatusWhenOthersHaveWaitedForIt)
+/// No status if the system has discarded it, so that a crashed process cannot pass as one that exited.
+std::optional<std::int64_t> getStatusIfRemembered(std::int64_t status)
 {
-    const auto child = StartProbe(L"exit 0");
+    return LbOs::RemembersForgottenChildren() ? std::optional(status) : std::nullopt;
+}
+
+TEST(OsChildProcess, HasItsExitStatusAlsoWhenOthersHaveWaitedForIt)
+{
+    const auto child = StartProbe(L"exit 7");
     ASSERT_NE(child, nullptr);
     ASSERT_TRUE(child->Wait());
     if (!LbOs::WaitForEndedChildren())
@@ -71,13 +77,27 @@ TEST(OsChildProcess, HasNoExitStatusWhenOthersHaveWaitedForIt)
         GTEST_SKIP() << "waiting takes nothing from others here";
     }
 
-    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+    EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(7));
     child->Terminate();
     EXPECT_FALSE(child->IsRunning());
-    EXPECT_EQ(child->GetExitStatus(), std::nullopt);
+    EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(7));
 }
 
-/// Then it may be gone before anybody could ask for it.
+TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
+{
+    const auto child = StartProbe(L"sleep");
+    ASSERT_NE(child, nullptr);
+    LbOs::KillProcess({static_cast<unsigned long>(child->GetNumber()), L"processprobe"});
+    ASSERT_TRUE(child->Wait());
+    if (!LbOs::WaitForEndedChildren())
+    {
+        GTEST_SKIP() << "waiting takes nothing from others here";
+    }
+
+    EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(-9));
+}
+
+/// Then it may end before anyone queries it.
 TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
 {
     constexpr int c_Starts = 50;
@@ -93,13 +113,13 @@ TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
         const auto child = StartProbe(L"exit 7");
         started += child ? 1 : 0;
         ended += child && child->Wait() ? 1 : 0;
-        known += child && child->GetExitStatus() ? 1 : 0;
+        known += child && child->GetExitStatus() == 7 ? 1 : 0;
     }
     LbOs::SetChildrenForgotten(false);
 
     EXPECT_EQ(started, c_Starts);
     EXPECT_EQ(ended, c_Starts);
-    EXPECT_EQ(known, 0);
+    EXPECT_EQ(known, LbOs::RemembersForgottenChildren() ? c_Starts : 0);
 }
 
 TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)
@@ -116,7 +136,7 @@ TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)
     EXPECT_FALSE(child->IsRunning());
 }
 
-/// By a case of another worker, say, which knows of none of these files.
+/// Another worker's case may close them.
 TEST(OsChildProcess, StartsWhileOthersCloseFiles)
 {
     const std::optional<int> status = LbOs::RunInFork([] {
@@ -209,7 +229,7 @@ TEST(OsChildProcess, FindsARelativeProgramFromTheCallersFolder)
     EXPECT_EQ(getStatus(*lookedUp), 5);
 }
 
-/// Which is not the root.
+/// A program path relative to a deleted folder must not be looked up from the root.
 TEST(OsChildProcess, DoesNotStartFromADeletedFolder)
 {
     const ScopedFolder folder;
@@ -250,7 +270,7 @@ TEST(OsChildProcess, RunsUntilItIsTerminated)
     EXPECT_FALSE(child->IsRunning());
 }
 
-/// Of a process whose handle somebody has closed who knew of nothing.
+/// Other code has closed the handle of the process.
 class OsChildProcessWithoutHandle : public testing::Test
 {
 protected:

@@ -34,6 +34,50 @@ TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
     EXPECT_TRUE(line.IsGone());
 }
 
+/// In its own session, and its parent has ended, so that on Linux only its environment tells whose it was.
+TEST(OsChildProcessTrees, EndsWhenAProcessIsTerminatedThatHasEndedBefore)
+{
+    CProbeLine line;
+    const auto child = StartProbe(L"daemon " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(child->Wait(c_Long));
+    EXPECT_EQ(child->GetExitStatus(), 0);
+    ASSERT_TRUE(line.IsAlive());
+
+    child->Terminate();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
+TEST(OsChildProcessTrees, EndsWhenAProcessEndsWhatItHasStarted)
+{
+    CProbeLine line;
+    auto child = StartProbe(L"orderly " + line.GetName());
+    ASSERT_NE(child, nullptr);
+    ASSERT_TRUE(line.WaitReady());
+    ASSERT_TRUE(child->Wait(c_Long));
+    EXPECT_EQ(child->GetExitStatus(), 0);
+
+    child.reset();
+
+    EXPECT_TRUE(line.IsGone());
+}
+
+/// Whatever environment the process has itself.
+TEST(OsChildProcessTrees, LeavesTheProcessesOfOthersAlone)
+{
+    CProbeLine line;
+    const auto other = StartProbe(L"answer " + line.GetName());
+    const auto child = StartProbe(L"exit 3");
+    ASSERT_TRUE(other && child);
+    ASSERT_TRUE(child->Wait(c_Long));
+
+    child->Terminate();
+
+    EXPECT_TRUE(line.IsAlive());
+}
+
 /// Asks until the answer is yes; false after half a minute.
 template<typename F>
 bool WaitUntil(const F& ask)
@@ -165,7 +209,7 @@ TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
     EXPECT_LT(Clock::now() - start, std::chrono::seconds(6));
 }
 
-/// By whoever ends all that has its name, or by a system that is out of memory.
+/// As by a kill of all processes of that name, or by the out-of-memory killer.
 TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
 {
     CProbeLine line;

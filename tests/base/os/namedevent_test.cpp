@@ -3,8 +3,10 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -136,6 +138,22 @@ TEST_F(OsNamedEvent, RemovesItsNameOnDestruction)
 
     EXPECT_EQ(CNamedEvent::Open(m_name), nullptr);
     EXPECT_NE(CNamedEvent::Create(m_name), nullptr);
+}
+
+TEST_F(OsNamedEvent, KnowsWhetherOthersHaveRemovedItsName)
+{
+    EXPECT_TRUE(m_event->IsNamed());
+
+    // Such a path exists on Linux only.
+    std::error_code error;
+    const bool isRemoved = std::filesystem::remove(L"/dev/shm/LuTestSuite-" + m_name, error);
+
+    EXPECT_EQ(m_event->IsNamed(), !isRemoved);
+    EXPECT_TRUE(m_event->Set());
+    EXPECT_EQ(m_event->Wait(c_Long), EEventWait::Signaled);
+    const auto other = CNamedEvent::Create(m_name);
+    EXPECT_EQ(other != nullptr, isRemoved);
+    EXPECT_EQ(m_event->IsNamed(), !isRemoved);
 }
 
 /// Output must not go into an event whose descriptor replaces a closed standard stream.

@@ -30,7 +30,7 @@ std::optional<std::int64_t> getCountOf(const std::wstring& command)
     }
     LbOs::CThreadProcessors processors;
     processors.Read();
-    processors.MeetWith(*child);
+    processors.ShareProcessorWith(*child);
     processors.Restore();
     line.Ask();
     constexpr std::uint32_t c_Long = 60000;
@@ -46,7 +46,7 @@ TEST(OsThreadProcessors, BindTheThreadToOneProcessorUntilRestored)
     LbOs::CThreadProcessors processors;
     processors.Read();
 
-    processors.MeetWith(*child);
+    processors.ShareProcessorWith(*child);
     EXPECT_EQ(LbOs::CountOwnProcessors(), shared);
 
     processors.Restore();
@@ -73,7 +73,7 @@ TEST(OsThreadProcessors, AreRestoredOnce)
     LbOs::CThreadProcessors processors;
     processors.Read();
     processors.Restore();
-    all.MeetWith(*child);
+    all.ShareProcessorWith(*child);
 
     processors.Restore();
     EXPECT_EQ(LbOs::CountOwnProcessors(), shared);
@@ -87,7 +87,7 @@ TEST(OsThreadProcessors, ChangeNothingWhenNothingIsRead)
     ASSERT_NE(child, nullptr);
     LbOs::CThreadProcessors processors;
 
-    processors.MeetWith(*child);
+    processors.ShareProcessorWith(*child);
 
     EXPECT_EQ(LbOs::CountOwnProcessors(), all);
 }

@@ -94,6 +94,35 @@ TEST_F(OsSharedMemory, StaysMappedWithoutItsName)
     EXPECT_EQ(static_cast<const char*>(view.get())[c_Size - 1], 1);
 }
 
+TEST_F(OsSharedMemory, IsOneForViewsWithAndWithoutTheName)
+{
+    const auto written = m_memory->Map(EMemoryAccess::Write);
+    const auto read = m_memory->Map(EMemoryAccess::Read);
+    const auto named = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
+    ASSERT_TRUE(written && read && named);
+
+    std::memcpy(written.get(), "Text", 5);
+
+    EXPECT_STREQ(static_cast<const char*>(read.get()), "Text");
+    EXPECT_STREQ(static_cast<const char*>(named.get()), "Text");
+}
+
+TEST_F(OsSharedMemory, KnowsWhetherOthersHaveRemovedItsName)
+{
+    EXPECT_TRUE(m_memory->IsNamed());
+
+    // Such a path exists on Linux only.
+    std::error_code error;
+    const std::filesystem::path path(L"/dev/shm/LuTestSuite-" + m_name);
+    const bool isRemoved = std::filesystem::remove(path, error);
+
+    EXPECT_EQ(m_memory->IsNamed(), !isRemoved);
+    EXPECT_NE(m_memory->Map(EMemoryAccess::Write), nullptr);
+    const auto other = CSharedMemory::Create(m_name, c_Size);
+    EXPECT_EQ(other != nullptr, isRemoved);
+    EXPECT_EQ(m_memory->IsNamed(), !isRemoved);
+}
+
 TEST_F(OsSharedMemory, IsNotMappedBeyondItsEnd)
 {
     constexpr std::size_t c_Pages = 65536;

@@ -62,11 +62,12 @@ protected:
         unitTests[0].cases.resize(1);
         unitTests[0].cases[0].name = caseName;
         const std::function<bool()> cancel = [isCanceled] { return isCanceled; };
+        LuTestSuiteRun::CRunEvents events(cancel, {});
         std::vector<SCaseInfo> cases;
         const LuTestSuiteRun::SPlan plan = LuTestSuiteRun::MakePlan(unitTests, m_params, cases);
         const LuTestSuiteRun::SChildSettings childSettings;
         LuTestSuiteRun::CSpareChildren spares(childSettings);
-        LuTestSuiteRun::CCaseRunner runner(cancel, spares);
+        LuTestSuiteRun::CCaseRunner runner(events, spares);
         runner.Run(plan.sequential.front(), [] { return LuTestSuiteRun::PlannedCases(); });
         return cases.front();
     }

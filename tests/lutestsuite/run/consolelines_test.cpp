@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "testing/lutestsuite/run/statistics.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "tests/support/capturedoutput.h"
 
 namespace
@@ -65,9 +65,7 @@ protected:
 
     std::wstring WriteSummary(const std::vector<SCaseInfo>& cases)
     {
-        LuTestSuiteRun::SStats stats;
-        LuTestSuiteRun::CountCases(cases, m_unitTests.size(), stats);
-        LuTestSuiteRun::WriteSummary(m_unitTests, stats);
+        LuTestSuiteRun::WriteSummary(m_unitTests, LuTestSuiteRun::CountCases(cases, m_unitTests.size()));
         return m_output.GetText();
     }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/externalruntest.h"
+#include "tests/support/hostchildren.h"
 #include "tests/support/probe.h"
 #include "tests/support/scopedenvironment.h"
 
@@ -82,6 +83,43 @@ TEST_F(RunExternalLeaving, LosesNoCaseWhileAProcessLeaves)
     EXPECT_TRUE(result.cases.at(1).processIndex == first || result.cases.at(1).processIndex == first + 1)
         << result.cases.at(1).processIndex - first;
 }
+
+/// Whether each case has a process of its own.
+class RunExternalExitHandlers : public RunExternalLeaving, public testing::WithParamInterface<bool>
+{
+};
+
+TEST_P(RunExternalExitHandlers, HaveRunWhenTheRunHasEnded)
+{
+    CProbeLine line;
+    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
+    LuTestSuiteSetup setup = MakeCrash({L"meldet das Ende des Prozesses"});
+    setup.params.isolated = GetParam();
+
+    EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::Ok);
+
+    EXPECT_TRUE(line.IsReady());
+    EXPECT_EQ(CountHostChildren(), 0);
+}
+
+TEST_P(RunExternalExitHandlers, AreEndedWhenTheyDoNotEnd)
+{
+    LuTestSuiteSetup setup = MakeCrash({L"schläft am Ende des Prozesses"});
+    setup.params.isolated = GetParam();
+    setup.params.repetitions = 20;
+    const auto start = std::chrono::steady_clock::now();
+
+    for (const LuTestSuiteRun::SCaseInfo& info : Run(setup).cases)
+    {
+        EXPECT_EQ(info.result, ECaseRunResult::Ok);
+    }
+
+    // Each of the 20 processes would end by itself after a minute.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    EXPECT_EQ(CountHostChildren(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, RunExternalExitHandlers, testing::Bool());
 
 /// With a case that is in the way of its process's end.
 class RunExternalLeavingAfter : public RunExternalLeaving, public testing::WithParamInterface<const wchar_t*>

@@ -78,6 +78,36 @@ TEST_F(RunExternalTree, EndsForksThatLeaveACaseByAnException)
     ExpectCopyToEndWith(L"Kopie wirft");
 }
 
+/// With a case that leaves a process in a session of its own behind, and how it goes on.
+class RunExternalDaemons : public RunExternalTree, public testing::WithParamInterface<const wchar_t*>
+{
+};
+
+TEST_P(RunExternalDaemons, EndWithTheRun)
+{
+    const SRunResult result = Run(MakeCrash({GetParam(), L"nachher"}));
+
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+    EXPECT_TRUE(m_line.WaitReady());
+    EXPECT_TRUE(m_line.IsGone());
+}
+
+TEST_P(RunExternalDaemons, EndWithAnIsolatedCase)
+{
+    LuTestSuiteSetup setup = MakeCrash({GetParam(), L"nachher"});
+    setup.params.isolated = true;
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
+    EXPECT_TRUE(m_line.WaitReady());
+    EXPECT_TRUE(m_line.IsGone());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, RunExternalDaemons,
+                         testing::Values(L"hinterlässt Prozesse", L"hinterlässt Prozesse und endet",
+                                         L"hinterlässt Prozesse und endet nicht"));
+
 /// With a case that starts processes and sleeps.
 class RunExternalTreeOf : public RunExternalTree, public testing::WithParamInterface<const wchar_t*>
 {

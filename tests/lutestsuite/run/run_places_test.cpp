@@ -36,7 +36,7 @@ protected:
         return GetInfo(LuTestSuiteRun::Run(setup, m_environment).cases.at(0));
     }
 
-    /// A case that moves away, and where the one behind it starts.
+    /// A case changes the working directory; the next one must start at home.
     void ExpectThatCasesStartAtHome(bool isExternal, bool isParallel)
     {
         LuTestSuiteSetup setup = MakePlaceSetup({L"Umzug", L"Arbeitsverzeichnis"});

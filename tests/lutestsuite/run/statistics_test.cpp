@@ -1,9 +1,9 @@
-#include "testing/lutestsuite/run/statistics.h"
-
 #include <cstdint>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace
 {
@@ -24,9 +24,7 @@ SCaseInfo MakeCase(std::uint32_t unitTest, ECaseRunResult result, bool warning)
 
 SStats Count(const std::vector<SCaseInfo>& cases, std::size_t unitTestCount)
 {
-    SStats stats;
-    LuTestSuiteRun::CountCases(cases, unitTestCount, stats);
-    return stats;
+    return LuTestSuiteRun::CountCases(cases, unitTestCount);
 }
 
 TEST(CountCases, DistinguishesUnitTestsWithAndWithoutWarnings)

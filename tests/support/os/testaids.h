@@ -37,8 +37,8 @@ std::optional<int> RunInForkOfSameNumber(const std::function<int()>& function);
 /// rights cannot be dropped.
 bool GiveUpRights();
 
-/// Mounts `folder` on the empty folder `place`, for the rest of the current process and visible only to it. Call it in
-/// a fork. False if that is impossible.
+/// Mounts `folder` on the folder `place`, whose contents it hides, for the rest of the current process and visible only
+/// to it. Call it in a fork. False if that is impossible.
 bool MountFolder(const std::wstring& place, const std::wstring& folder);
 
 /// Calls `function` on a thread with pending cancellation. True if it returned. False if the platform has no
@@ -76,10 +76,6 @@ bool SetFilesForbidden(bool areForbidden);
 /// returned false, and on platforms without fork.
 std::optional<std::uint64_t> MeasurePeakMemory(const std::function<bool()>& function);
 
-/// The text for the first graphics card with a driver in `folder`, which has the structure of the kernel's folder;
-/// empty if the platform has no such folder.
-std::optional<std::wstring> DescribeGraphicsIn(const std::wstring& folder);
-
 /// Interrupts the process with a signal every half millisecond, or stops doing so. False if that is impossible.
 bool SetInterruptedOften(bool isInterrupted);
 
@@ -102,6 +98,16 @@ bool WaitForEndedChildren();
 /// Makes the system discard ended children of the current process at once, or keep them until they are waited for.
 /// False if the system keeps them while a handle exists.
 bool SetChildrenForgotten(bool areForgotten);
+
+/// Whether the system still knows the status of a forgotten child.
+bool RemembersForgottenChildren();
+
+/// Makes the system forget children and blocks signals of the calling thread, or undoes both. False if there are no
+/// signals.
+bool SetSignalsDisturbed(bool areDisturbed);
+
+/// The signals that the process ignores and that the calling thread blocks, as text for comparisons.
+std::wstring DescribeSignals();
 
 /// Kills the process that watches over the current one, if any, and waits until it has ended.
 void EndKeeper();
@@ -147,6 +153,10 @@ bool SetOpenFileLimit(std::uint64_t count);
 
 /// The command line of the current process, for code without access to main's arguments.
 std::vector<std::wstring> GetOwnArguments();
+
+/// Removes the names of the events and of the memory in the command line of a run's child process. False if the system
+/// keeps the names of existing objects.
+bool RemoveObjectNames(unsigned long process);
 
 /// The number of processors that the calling thread may use, at least 1.
 std::uint32_t CountOwnProcessors();

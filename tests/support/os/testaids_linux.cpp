@@ -1,11 +1,13 @@
 #include "tests/support/os/testaids.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <utility>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -26,7 +28,6 @@
 #include <unistd.h>
 
 #include "base/lbencoding.h"
-#include "base/os/linux/machine.h"
 
 namespace
 {
@@ -253,11 +254,6 @@ std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>
     return status == 0 ? std::optional(result) : std::nullopt;
 }
 
-std::optional<std::wstring> LbOs::DescribeGraphicsIn(const std::wstring& folder)
-{
-    return Linux::DescribeGraphics(folder);
-}
-
 bool LbOs::SetInterruptedOften(bool isInterrupted)
 {
     constexpr suseconds_t c_Microseconds = 500;
@@ -299,17 +295,6 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
     const int number = std::stoi(std::filesystem::read_symlink(path).filename().native());
     return shmctl(number, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
            (memory.shm_perm.mode & c_AllRights) == c_OwnRights;
-}
-
-std::vector<std::wstring> LbOs::GetOwnArguments()
-{
-    std::ifstream file("/proc/self/cmdline", std::ios::binary);
-    std::vector<std::wstring> arguments;
-    for (std::string argument; std::getline(file, argument, '\0');)
-    {
-        arguments.push_back(LbEncoding::FromNative(argument));
-    }
-    return arguments;
 }
 
 bool LbOs::JoinGroupOfParent()

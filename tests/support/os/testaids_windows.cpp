@@ -187,11 +187,6 @@ std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>
     return std::nullopt;
 }
 
-std::optional<std::wstring> LbOs::DescribeGraphicsIn(const std::wstring& /*folder*/)
-{
-    return std::nullopt;
-}
-
 bool LbOs::SetInterruptedOften(bool /*isInterrupted*/)
 {
     return false;
@@ -232,6 +227,26 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
 std::vector<std::wstring> LbOs::GetOwnArguments()
 {
     return GetArguments(0, nullptr);
+}
+
+bool LbOs::RemembersForgottenChildren()
+{
+    return true;
+}
+
+bool LbOs::SetSignalsDisturbed(bool)
+{
+    return false;
+}
+
+std::wstring LbOs::DescribeSignals()
+{
+    return {};
+}
+
+bool LbOs::RemoveObjectNames(unsigned long)
+{
+    return false;
 }
 
 bool LbOs::JoinGroupOfParent()

@@ -7,7 +7,6 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
-#include "base/lbuniqueid.h"
 #include "base/os/openfiles.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
@@ -17,25 +16,14 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// The host of this build, which stands beside the running one and mostly is that.
+/// This build's host, beside the running executable and usually the same.
 std::wstring getHostName()
 {
     const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
     return LbFormat(L"LuTestSuiteCLI%s%s", isDebug ? L"D" : L"", LbOs::c_ExecutableSuffix);
 }
 
-std::unique_ptr<LbOs::CNamedEvent> createEvent(const std::wstring& name)
-{
-    std::wstring failure;
-    std::unique_ptr<LbOs::CNamedEvent> event = LbOs::CNamedEvent::Create(name, &failure);
-    if (!event)
-    {
-        throw LbException(LbFormat(L"Das Ereignis '%s' kann nicht angelegt werden (%s)", name, failure));
-    }
-    return event;
-}
-
-/// Whoever had to wait may use all processors again.
+/// Lets the caller use all processors again after the wait.
 struct SRestored
 {
     LbOs::CThreadProcessors& processors;
@@ -84,8 +72,8 @@ void CProcessorSharing::Learn(std::uint64_t nanoseconds)
 
 CChildChannel::CFileQuota::CFileQuota()
 {
-    constexpr std::uint64_t c_FilesPerChannel = 8; // More than stay open.
-    constexpr std::uint64_t c_OtherFiles = 256;    // Of the cases of this process, among others.
+    constexpr std::uint64_t c_FilesPerChannel = 8; // The upper limit of one channel.
+    constexpr std::uint64_t c_OtherFiles = 256;    // For cases of this process and others.
     LbOs::EnsureOpenFiles(++s_channelCount * c_FilesPerChannel + c_OtherFiles);
 }
 
@@ -95,25 +83,62 @@ CChildChannel::CFileQuota::~CFileQuota()
 }
 
 CChildChannel::CChildChannel(const SChildSettings& settings)
-    : m_settings(settings), m_buffer(LbUniqueId::Generate(), CSharedMemoryWorkBuffer::eO_Create),
-      m_requestEventId(LbUniqueId::Generate()), m_responseEventId(LbUniqueId::Generate()),
-      m_request(createEvent(m_requestEventId)), m_response(createEvent(m_responseEventId))
+    : m_settings(settings), m_objects(std::make_unique<SChildObjects>())
 {
-    ClearRequest(*m_buffer.GetWriteAccess());
+}
+
+bool CChildChannel::ensureNames()
+{
+    if (m_objects->AreNamed())
+    {
+        return true;
+    }
+    try
+    {
+        auto objects = std::make_unique<SChildObjects>();
+        CopyRequest(*m_objects->buffer.GetReadAccess(), *objects->buffer.GetWriteAccess());
+        m_objects = std::move(objects);
+        return true;
+    }
+    catch (const LbException&)
+    {
+        return false;
+    }
+}
+
+void CChildChannel::endChild()
+{
+    // A child that leaves ends what its cases have started.
+    if (m_child && m_child->GetExitStatus() != 0)
+    {
+        m_child->Terminate();
+    }
+    m_child.reset();
 }
 
 void CChildChannel::startChild()
 {
-    // What a child before this one has left behind is none of the new one's business.
-    m_child.reset();
-    m_request->Reset();
-    m_response->Reset();
+    endChild();
+    if (!ensureNames())
+    {
+        return;
+    }
+    // What the child before this one has left behind.
+    m_objects->request->Reset();
+    m_objects->response->Reset();
     LbOs::SChildOptions options;
     const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
     options.program = folder + getHostName();
-    options.commandLine = GetChildCommandLine(m_settings, m_buffer.GetName(), m_requestEventId, m_responseEventId);
+    options.commandLine =
+        GetChildCommandLine(m_settings, m_objects->buffer.GetName(), m_objects->requestId, m_objects->responseId);
     options.workingDirectory = folder;
     options.isSilent = true;
+    options.hasPreparedSignals = true;
+    m_crashWatch.reset();
+    if (m_settings.takeStacks)
+    {
+        m_crashWatch = std::make_unique<CCrashWatch>(m_objects->buffer.GetName());
+    }
     PrepareChildEnds();
     m_errors.Renew();
     options.errors = m_errors.GetFile();
@@ -135,23 +160,22 @@ void CChildChannel::EnsureChild()
 bool CChildChannel::MakeReady()
 {
     EnsureChild();
-    // Opened now, since that may fail, too.
-    m_buffer.GetWriteAccess();
-    m_buffer.GetReadAccess();
     return HasChild();
 }
 
 bool CChildChannel::isNotTaken(EEnd end)
 {
     // If a child that has served cases, or may be leaving, dies before it takes a request, earlier cases are to blame.
-    // A spare's start may have failed for lack of what the case that was under way then has given back since.
-    const bool hasLeft = end == EEnd::ChildEnded && (m_mayBeLeaving || m_isSpare || m_hasAnswered);
-    return end == EEnd::NotTaken || (hasLeft && withdraw());
+    // A spare's start may have failed for lack of what the case that was under way then has given back since. If the
+    // names are gone, the child may have come too late for them.
+    const bool isGone = end == EEnd::ChildEnded || end == EEnd::Failed;
+    const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || !m_objects->AreNamed();
+    return end == EEnd::NotTaken || (isGone && mayHaveFailed && withdraw());
 }
 
 void CChildChannel::replaceChild()
 {
-    // Indices count what cases were given: in place of a child that no case has used they get one of the same index.
+    // Indices count cases, so a replacement for an unused child gets the same index.
     const std::int32_t unused = m_hasAnswered ? sc_iNone : m_processIndex;
     startChild();
     m_processIndex = m_child ? unused : sc_iNone;
@@ -178,7 +202,7 @@ void CChildChannel::Ask()
     if (m_sharing.IsNext())
     {
         m_processors.Read();
-        m_processors.MeetWith(*m_child);
+        m_processors.ShareProcessorWith(*m_child);
     }
     m_errors.BeginCase();
     m_timer.Restart();
@@ -188,13 +212,13 @@ void CChildChannel::Ask()
 void CChildChannel::submit()
 {
     m_number = m_number % c_MostRequests + 1;
-    SubmitRequest(*m_buffer.GetWriteAccess(), m_number);
-    m_request->Set();
+    SubmitRequest(*m_objects->buffer.GetWriteAccess(), m_number);
+    m_objects->request->Set();
 }
 
 std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
-    m_endMessages = m_child ? std::wstring() : DescribeMissingChild();
+    m_end = m_child ? SCaseEnd() : MakeMissingChild();
     if (!m_child)
     {
         return sc_iNone;
@@ -210,14 +234,10 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     m_sharing.Learn(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
-    if (end == EEnd::ChildEnded)
-    {
-        m_endMessages =
-            m_child ? DescribeChildEnd(m_child->GetExitStatus(), m_errors.ReadLastLines()) : DescribeMissingChild();
-    }
+    describeEnd(end);
     if (end != EEnd::Answered)
     {
-        // Gone before the buffer is written or read: until then it could still be writing itself.
+        // Wait until the child is gone, since it might still write to the buffer.
         if (m_child)
         {
             m_child->Terminate();
@@ -237,7 +257,7 @@ SLeavingChild CChildChannel::SendAway()
     {
         return {};
     }
-    WriteLeaveRequest(*m_buffer.GetWriteAccess());
+    WriteLeaveRequest(*m_objects->buffer.GetWriteAccess());
     submit();
     return {std::move(m_child), m_errors.Release()};
 }
@@ -245,7 +265,7 @@ SLeavingChild CChildChannel::SendAway()
 LbOs::EEventWait CChildChannel::waitOnce(std::uint32_t milliseconds)
 {
     const SRestored restored{m_processors};
-    const LbOs::EEventWait event = m_response->Wait(milliseconds, m_child.get());
+    const LbOs::EEventWait event = m_objects->response->Wait(milliseconds, m_child.get());
     if (event == LbOs::EEventWait::TimedOut)
     {
         m_errors.Bound();
@@ -262,11 +282,12 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     while (true)
     {
         const LbOs::EEventWait event = waitOnce(slice);
-        // Tests may set and take signals that are not theirs: the buffer alone knows.
-        if (IsAnswered(*m_buffer.GetWriteAccess(), m_number))
+        // Tests may set and reset foreign events; only the buffer tells the state.
+        if (IsAnswered(*m_objects->buffer.GetWriteAccess(), m_number))
         {
             return EEnd::Answered;
         }
+        readCrash();
         if (event == LbOs::EEventWait::ChildEnded || event == LbOs::EEventWait::Failed)
         {
             return event == LbOs::EEventWait::Failed ? EEnd::Failed : EEnd::ChildEnded;
@@ -294,20 +315,72 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
 
 bool CChildChannel::withdraw()
 {
-    return WithdrawRequest(*m_buffer.GetWriteAccess(), m_number);
+    return WithdrawRequest(*m_objects->buffer.GetWriteAccess(), m_number);
 }
 
 void CChildChannel::remind()
 {
-    if (IsSubmitted(*m_buffer.GetWriteAccess(), m_number))
+    if (IsSubmitted(*m_objects->buffer.GetWriteAccess(), m_number))
     {
-        m_request->Set();
+        m_objects->request->Set();
+    }
+}
+
+/// A crashed child waits for that before it ends.
+void CChildChannel::readCrash()
+{
+    const auto crashed = m_crashWatch ? m_crashWatch->FindCrash() : std::nullopt;
+    if (crashed)
+    {
+        m_end.stacks = LbOs::ReadStacks(*m_child, crashed);
+        m_crashWatch->Release();
+    }
+}
+
+void CChildChannel::describeEnd(EEnd end)
+{
+    if (!m_child)
+    {
+        m_end = MakeMissingChild();
+        return;
+    }
+    m_end.kind = toCaseEnd(end);
+    m_end.processId = m_child->GetNumber();
+    if (end == EEnd::ChildEnded || end == EEnd::TimedOut)
+    {
+        m_end.lastLines = m_errors.ReadLastLines();
+    }
+    if (end == EEnd::TimedOut && m_settings.takeStacks)
+    {
+        m_end.stacks = LbOs::ReadStacks(*m_child, std::nullopt);
+    }
+    if (end == EEnd::ChildEnded)
+    {
+        m_end.exitStatus = m_child->GetExitStatus();
+        FindReason(m_end);
+    }
+}
+
+ECaseEnd CChildChannel::toCaseEnd(EEnd end)
+{
+    switch (end)
+    {
+    case EEnd::Answered:
+        return ECaseEnd::Returned;
+    case EEnd::TimedOut:
+        return ECaseEnd::TimedOut;
+    case EEnd::Canceled:
+        return ECaseEnd::Canceled;
+    case EEnd::ChildEnded:
+        return ECaseEnd::ChildEnded;
+    default:
+        return ECaseEnd::Refused;
     }
 }
 
 void CChildChannel::writeResult(ECaseRunResult result)
 {
-    m_buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
+    m_objects->buffer.GetWriteAccess()->result = static_cast<std::uint32_t>(result);
 }
 
 } // namespace LuTestSuiteRun

@@ -1,4 +1,4 @@
-/// A child process of a run, and what one executing thread shares with it.
+/// The connection of one thread to a child process.
 #pragma once
 
 #include <cstdint>
@@ -10,16 +10,16 @@
 #include "base/inoncopyable.h"
 #include "base/lbtimer.h"
 #include "base/os/childprocess.h"
-#include "base/os/namedevent.h"
 #include "base/os/processors.h"
 #include "testing/lutestsuite/run/children/childend.h"
+#include "testing/lutestsuite/run/children/childobjects.h"
+#include "testing/lutestsuite/run/children/crashbox.h"
 #include "testing/lutestsuite/run/children/leavingchildren.h"
-#include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 
 namespace LuTestSuiteRun
 {
 
-/// A child that has had no request for so long leaves.
+/// A child exits after this time without a request.
 inline constexpr std::uint32_t c_LongestIdleMilliseconds = 5000;
 
 /// What all child processes of a run are started with.
@@ -29,21 +29,22 @@ struct SChildSettings
     std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
     bool assertDialog = true;
     CLeavingChildren* leaving = nullptr; ///< takes children whose work is done; null: they are ended
+    bool takeStacks = false;             ///< read the stacks of children that crash or are ended at the time limit
 };
 
 /// The command line of a child that serves through objects of these names.
 std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
                                  const std::wstring& requestEventId, const std::wstring& responseEventId);
 
-/// Whether parent and child are to meet on one processor for their next request: only when that spares them something.
-/// A short answer that nevertheless took its time had to wait until another processor was awake. To meet costs some
-/// system calls, so now and then a request goes without, to see whether there is still need.
+/// Decides whether parent and child share a processor for the next request. Sharing costs some system calls, so it is
+/// used only if short answers take long because an idle processor had to wake up; from time to time a request goes
+/// without, to check that again.
 class CProcessorSharing
 {
 public:
     bool IsNext() const { return m_left > 0; }
 
-    /// How long the last request took, which was made as IsNext said.
+    /// Updates the decision with the time of the last request.
     void Learn(std::uint64_t nanoseconds);
 
     /// Nothing is known about the next child.
@@ -65,26 +66,26 @@ public:
     /// caller's and outlive the object.
     explicit CChildChannel(const SChildSettings& settings);
 
-    /// Starts a child unless there is one. Without success there is none. One that has meanwhile left for lack of work
-    /// is replaced when it does not answer: to look for it ahead of each case would cost all of them time.
+    /// Starts a child if there is none; HasChild tells whether that succeeded. A child that exited while idle is
+    /// replaced when a request gets no answer, since checking before each case would cost every case time.
     void EnsureChild();
 
-    /// The child was started while a case was under way: when it ends before it has taken its first request, it is
-    /// replaced.
+    /// Marks the child as started ahead of its case: it is replaced if it ends before it takes its first request.
     void BeSpare() { m_isSpare = true; }
 
-    /// Asserts the child, and gets all that its next case needs; false without a child. Throws LbException.
+    /// Ensures a child and all that its next case needs; false without a child. Throws LbException.
     bool MakeReady();
 
-    /// Numbers the child, unless it is: those that a case was given, in that order.
+    /// Assigns the next process index to a child that has none.
     void EnsureProcessIndex();
 
     bool HasChild() const { return m_child != nullptr; }
     bool IsChildRunning() const { return m_child && m_child->IsRunning(); }
 
-    IWorkBuffer& GetBuffer() { return m_buffer; }
+    /// Starting a child may replace the buffer: EnsureChild, MakeReady and WaitForAnswer do so.
+    IWorkBuffer& GetBuffer() { return m_objects->buffer; }
 
-    /// Hands the request in the buffer to the child; its time counts from here.
+    /// Submits the request in the buffer; the time limit starts here.
     void Ask();
 
     /// Waits until the child has answered. When it does not, its processes are ended, and the buffer says why: the
@@ -92,13 +93,15 @@ public:
     /// buffer as it is. Returns the index of the process that had the request, -1 without one.
     std::int32_t WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
 
-    /// Asks the child to leave and gives it away. There is none to give, and a child is ended with the channel, if it
-    /// has run no case, or has not answered.
+    /// Asks the child to exit and passes it on. Empty if there is no child, or if it has run no case or has not
+    /// answered: then it is ended with the channel.
     SLeavingChild SendAway();
 
-    /// Message lines about the end of the child, if that has ended by itself instead of an answer, or could not be
-    /// started; empty otherwise. About the last request.
-    const std::wstring& GetEndMessages() const { return m_endMessages; }
+    /// How the last request ended.
+    const SCaseEnd& GetEnd() const { return m_end; }
+
+    /// The process id of the child; 0 without one.
+    std::uint64_t GetProcessId() const { return m_child ? m_child->GetNumber() : 0; }
 
 private:
     enum class EEnd
@@ -113,7 +116,13 @@ private:
 
     void startChild();
 
-    /// The request was left to nobody: by a child that has ended by itself, or was about to.
+    /// Ends the child with all that its cases have started; no effect without one.
+    void endChild();
+
+    /// Replaces objects without a name, which no child could open, and keeps the request; false on failure.
+    bool ensureNames();
+
+    /// Whether no child took the request: the child ended by itself, was about to, or could not open the objects.
     bool isNotTaken(EEnd end);
 
     /// Starts another child for a request that nobody has taken.
@@ -124,12 +133,15 @@ private:
 
     LbOs::EEventWait waitOnce(std::uint32_t milliseconds);
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
+    static ECaseEnd toCaseEnd(EEnd end);
+    void readCrash();
+    void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);
 
     /// Takes the request back; false when the child has taken it.
     bool withdraw();
 
-    /// Signals a request again that the child has not taken: a test may have taken the signal.
+    /// Signals an untaken request again, because a test may have consumed the signal.
     void remind();
 
     /// Counts the channels of all threads, and makes room for what this one opens.
@@ -142,14 +154,11 @@ private:
 
     const SChildSettings& m_settings;
     CFileQuota m_fileQuota;
-    CSharedMemoryWorkBuffer m_buffer;
-    std::wstring m_requestEventId;
-    std::wstring m_responseEventId;
-    std::unique_ptr<LbOs::CNamedEvent> m_request;
-    std::unique_ptr<LbOs::CNamedEvent> m_response;
+    std::unique_ptr<SChildObjects> m_objects;
     CChildErrors m_errors;
+    std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if nobody wants stacks
     std::unique_ptr<LbOs::CChildProcess> m_child;
-    std::wstring m_endMessages;
+    SCaseEnd m_end;
     std::int32_t m_processIndex = sc_iNone;
     std::uint32_t m_number = 0;           ///< of the last request
     LbOs::CThreadProcessors m_processors; ///< of the thread that asks

@@ -19,12 +19,12 @@ constexpr std::size_t c_MostLines = 64;
 constexpr std::size_t c_LongestLine = 1000; ///< characters
 constexpr std::size_t c_MostBytes = 4 * c_MostLines * c_LongestLine;
 
-/// How often the system had ended processes for lack of memory when somebody looked last.
+/// The number of processes killed for lack of memory when it was last read.
 std::atomic<std::uint64_t> s_memoryKills = 0;
 
 bool isLackOfMemory(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
 {
-    // The kernel does not say which process it has ended.
+    // The kernel does not tell which process it killed.
     const std::uint64_t kills = LbOs::CountMemoryKills();
     const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.exchange(kills) < kills;
     const bool saysSo = std::ranges::any_of(
@@ -42,9 +42,41 @@ std::wstring toText(std::string_view line)
     }
     for (wchar_t& character : text)
     {
-        // Colours of a terminal, say.
+        // For example terminal colours.
         const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
         character = isControl && character != L'\t' ? L' ' : character;
+    }
+    return text;
+}
+
+std::wstring toInfoLine(const std::wstring& line)
+{
+    return LbFormat(L"\t\tINFO:  %s\n", line);
+}
+
+std::wstring describeFrame(const LbOs::SStackFrame& frame)
+{
+    std::wstring text = frame.module.empty() ? LbFormat(L"0x%I64x", frame.address)
+                                             : LbFormat(L"%s+0x%I64x", frame.module, frame.offset);
+    if (!frame.function.empty())
+    {
+        text += L" " + frame.function;
+    }
+    if (!frame.file.empty())
+    {
+        text += LbFormat(L" (%s:%u)", frame.file, frame.line);
+    }
+    return text;
+}
+
+std::wstring describeStack(const LbOs::SThreadStack& stack)
+{
+    std::wstring text =
+        toInfoLine(LbFormat(L"Stapel von Thread %I64u%s:", stack.thread, stack.isAtFault ? L" (Ursache)" : L""));
+    std::size_t number = 0;
+    for (const LbOs::SStackFrame& frame : stack.frames)
+    {
+        text += toInfoLine(LbFormat(L"  #%u %s", static_cast<unsigned>(number++), describeFrame(frame)));
     }
     return text;
 }
@@ -76,7 +108,7 @@ void CChildErrors::Renew()
 
 void CChildErrors::BeginCase()
 {
-    // Enough that hardly a case loses what others have to say first.
+    // Large enough that a case rarely loses its output to earlier output.
     constexpr std::uint64_t c_Most = std::uint64_t{1} << 20U;
     m_begin = m_file ? m_file->GetSize() : 0;
     if (m_begin > c_Most)
@@ -101,21 +133,37 @@ std::vector<std::wstring> CChildErrors::ReadLastLines() const
     return LuTestSuiteRun::ReadLastLines(m_file.get(), m_begin);
 }
 
-std::wstring DescribeChildEnd(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
+void FindReason(SCaseEnd& end)
 {
-    std::wstring text = L"\t\tERROR: Der Prozess des Testfalls endete mit ";
-    text += exitStatus ? LbOs::DescribeExitStatus(*exitStatus) : L"unbekanntem Status";
-    text += isLackOfMemory(exitStatus, lastLines) ? L", wohl aus Speichermangel\n" : L"\n";
-    for (const std::wstring& line : lastLines)
-    {
-        text += LbFormat(L"\t\tINFO:  %s\n", line);
-    }
-    return text;
+    end.reason = L"Der Prozess des Testfalls endete mit ";
+    end.reason += end.exitStatus ? LbOs::DescribeExitStatus(*end.exitStatus) : L"unbekanntem Status";
+    end.reason += isLackOfMemory(end.exitStatus, end.lastLines) ? L", wohl aus Speichermangel" : L"";
 }
 
-std::wstring DescribeMissingChild()
+SCaseEnd MakeMissingChild()
 {
-    return L"\t\tERROR: Der Prozess des Testfalls konnte nicht gestartet werden\n";
+    SCaseEnd end;
+    end.kind = ECaseEnd::ChildMissing;
+    end.reason = L"Der Prozess des Testfalls konnte nicht gestartet werden";
+    return end;
+}
+
+std::wstring DescribeCaseEnd(const SCaseEnd& end)
+{
+    std::wstring text;
+    if (!end.reason.empty())
+    {
+        text += LbFormat(L"\t\tERROR: %s\n", end.reason);
+        for (const std::wstring& line : end.lastLines)
+        {
+            text += toInfoLine(line);
+        }
+    }
+    for (const LbOs::SThreadStack& stack : end.stacks)
+    {
+        text += describeStack(stack);
+    }
+    return text;
 }
 
 void PrepareChildEnds()

@@ -1,15 +1,15 @@
-/// What a case's messages say about the end of the child process that ran it.
+/// What a case's messages report about the end of the child process that ran it.
 #pragma once
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "base/inoncopyable.h"
 #include "base/os/childoutput.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace LuTestSuiteRun
 {
@@ -18,22 +18,22 @@ namespace LuTestSuiteRun
 class CChildErrors : public INonCopyable
 {
 public:
-    /// For a new child. Without a file, what it writes is lost.
+    /// For a new child. Without a file, the child's standard error is lost.
     void Renew();
 
-    /// The file for the child that is started next; null if there is none.
+    /// The file for the next child to start; null if there is none.
     const LbOs::CChildOutput* GetFile() const { return m_file.get(); }
 
-    /// A case begins: what is there is not its own. Costs one system call.
+    /// Marks the beginning of a case: earlier output does not belong to it. Needs one system call.
     void BeginCase();
 
-    /// To be called every second or so: bounds the file.
+    /// Limits the file's size. Call it about once a second.
     void Bound();
 
     /// The last lines that the case has written.
     std::vector<std::wstring> ReadLastLines() const;
 
-    /// Gives the file away.
+    /// Passes the file on.
     std::unique_ptr<LbOs::CChildOutput> Release() { return std::move(m_file); }
 
 private:
@@ -41,19 +41,22 @@ private:
     std::uint64_t m_begin = 0;
 };
 
-/// The last 64 lines behind the position `begin` as text, without control characters, at most 1,000 characters each.
-/// None without a file.
+/// The last 64 lines after the position `begin` as text, without control characters, at most 1,000 characters each.
+/// Empty without a file.
 std::vector<std::wstring> ReadLastLines(const LbOs::CChildOutput* file, std::uint64_t begin);
 
-/// An error line with the reason for the child's end (`exitStatus`: none if unknown), and its last lines as information
-/// lines.
-std::wstring DescribeChildEnd(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines);
+/// Completes the record of a case whose child has ended, from the child's exit status and last lines.
+void FindReason(SCaseEnd& end);
 
-/// The error line of a case whose child could not be started.
-std::wstring DescribeMissingChild();
+/// Completes the record of a case whose child could not be started.
+SCaseEnd MakeMissingChild();
 
-/// Learns how often the system has ended processes for lack of memory so far, so that DescribeChildEnd notices more.
-/// Any thread; the first call counts.
+/// Writes an error line with the reason, if there is one; the last lines of an ended child and then the stacks follow as
+/// information lines.
+std::wstring DescribeCaseEnd(const SCaseEnd& end);
+
+/// Reads the number of processes killed for lack of memory, so that FindReason notices later ones. Any thread; the
+/// first call counts.
 void PrepareChildEnds();
 
 } // namespace LuTestSuiteRun

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/lbexception.h"
+#include "base/os/processes.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace LuTestSuiteRun
@@ -11,10 +12,10 @@ namespace LuTestSuiteRun
 
 std::size_t CSpareChildren::GetMost()
 {
-    return LuTestSuiteUtils::GetDefaultThreadCount();
+    return LbOs::HasFewProcesses() ? 0 : LuTestSuiteUtils::GetDefaultThreadCount();
 }
 
-/// A spare that no case has taken for long has left.
+/// A spare child exits if it stays unused for long.
 void CSpareChildren::dropEnded()
 {
     std::erase_if(m_channels, [](const std::unique_ptr<CChildChannel>& channel) { return !channel->IsChildRunning(); });
@@ -24,7 +25,7 @@ bool CSpareChildren::takePlace(const std::function<std::size_t()>& count)
 {
     const std::lock_guard lock(m_mutex);
     dropEnded();
-    if (m_channels.size() + m_starting >= std::min(count(), GetMost()))
+    if (m_areGivenUp || m_channels.size() + m_starting >= std::min(count(), GetMost()))
     {
         return false;
     }
@@ -44,7 +45,7 @@ std::unique_ptr<CChildChannel> CSpareChildren::start() const
     }
     catch (...)
     {
-        // The case that is under way needs none. One that does not get its objects itself says so.
+        // The running case needs none. A case without a child reports that itself.
         return nullptr;
     }
 }
@@ -58,7 +59,7 @@ void CSpareChildren::Start(const std::function<std::size_t()>& count)
         const std::lock_guard lock(m_mutex);
         --m_starting;
         m_started.notify_all();
-        if (!channel)
+        if (!channel || m_areGivenUp)
         {
             return;
         }
@@ -81,6 +82,15 @@ std::unique_ptr<CChildChannel> CSpareChildren::Take()
     std::unique_ptr<CChildChannel> channel = std::move(m_channels.front());
     m_channels.erase(m_channels.begin());
     return channel;
+}
+
+bool CSpareChildren::GiveUp()
+{
+    const std::lock_guard lock(m_mutex);
+    m_areGivenUp = true;
+    const bool wereThere = !m_channels.empty();
+    m_channels.clear();
+    return wereThere;
 }
 
 void CExternalContext::ensureChannel(bool isIsolated)
@@ -111,10 +121,11 @@ void CExternalContext::Release()
     m_channel.reset();
 }
 
-bool CExternalContext::endLeaving()
+bool CExternalContext::endOthers()
 {
     CLeavingChildren* const leaving = m_spares.GetSettings().leaving;
-    return leaving != nullptr && leaving->EndAll();
+    const bool wereSpares = m_spares.GiveUp();
+    return (leaving != nullptr && leaving->EndAll()) || wereSpares;
 }
 
 bool CExternalContext::tryReady(bool isIsolated)
@@ -130,11 +141,11 @@ bool CExternalContext::MakeReady(bool isIsolated)
     try
     {
         isReady = tryReady(isIsolated);
-        mayTryAgain = !isReady && endLeaving();
+        mayTryAgain = !isReady && endOthers();
     }
     catch (const LbException&)
     {
-        mayTryAgain = endLeaving();
+        mayTryAgain = endOthers();
         if (!mayTryAgain)
         {
             throw;
@@ -148,7 +159,7 @@ CChildChannel& CExternalContext::Obtain(bool isIsolated)
     ensureChannel(isIsolated);
     m_use = isIsolated ? EUse::Isolated : EUse::Shared;
     m_channel->EnsureChild();
-    if (!m_channel->HasChild() && endLeaving())
+    if (!m_channel->HasChild() && endOthers())
     {
         m_channel->EnsureChild();
     }

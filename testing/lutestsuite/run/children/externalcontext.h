@@ -24,16 +24,19 @@ public:
 
     const SChildSettings& GetSettings() const { return m_settings; }
 
-    /// How many there are at most: as many as the machine can start at a time.
+    /// The maximum number: what the machine can start at once; 0 if the user may have few processes.
     static std::size_t GetMost();
 
-    /// Sees to it that there are as many as `count` says that cases to come could use. Returns after two starts, since
-    /// whoever calls has to look after a case, too. What cannot be had for them is no error. The question is asked
-    /// while nobody else takes or starts one, so that no more are started than are taken as long as cases are.
+    /// Starts spare children, up to the number that `count` returns and at most GetMost. Starts at most two per call,
+    /// because the caller has a case to run. A child that cannot be started is not an error. `count` is called under
+    /// the lock, so that no more are started than cases need.
     void Start(const std::function<std::size_t()>& count);
 
-    /// One that nobody has used, also when it is being started just now; null when there is none.
+    /// An unused child. Waits if one is being started; null if there is none.
     std::unique_ptr<CChildChannel> Take();
+
+    /// Kills unused children to free resources and starts no more. False if there were none.
+    bool GiveUp();
 
 private:
     void dropEnded();
@@ -45,6 +48,7 @@ private:
     std::condition_variable m_started;
     std::vector<std::unique_ptr<CChildChannel>> m_channels;
     std::size_t m_starting = 0;
+    bool m_areGivenUp = false;
 };
 
 /// The channel of one executing thread.
@@ -56,6 +60,9 @@ public:
 
     /// Gets the next channel ready with its child; false without a child. Throws LbException.
     bool MakeReady(bool isIsolated);
+
+    /// The process id of the child; 0 without one.
+    std::uint64_t GetProcessId() const { return m_channel ? m_channel->GetProcessId() : 0; }
 
     /// Gives the channel back. Its child leaves, if it has run cases.
     void Release();
@@ -69,7 +76,7 @@ private:
     {
         None,
         Shared,
-        Isolated ///< an isolated case has it: it is no other's
+        Isolated ///< reserved for one isolated case
     };
 
     bool isChannelFor(bool isIsolated) const
@@ -80,8 +87,8 @@ private:
     void ensureChannel(bool isIsolated);
     bool tryReady(bool isIsolated);
 
-    /// Gives back what leaving children use; false if there were none.
-    bool endLeaving();
+    /// Gives back what spare and leaving children use; false if there were none.
+    bool endOthers();
 
     CSpareChildren& m_spares;
     std::unique_ptr<CChildChannel> m_channel;

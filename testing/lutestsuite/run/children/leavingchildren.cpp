@@ -7,6 +7,7 @@
 #include "base/lbformat.h"
 #include "base/os/console.h"
 #include "base/os/crash.h"
+#include "base/os/processes.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/children/childend.h"
 
@@ -16,12 +17,12 @@ namespace LuTestSuiteRun
 std::size_t CLeavingChildren::GetMost()
 {
     constexpr std::size_t c_Least = 4;
-    return std::max<std::size_t>(c_Least, 2 * LuTestSuiteUtils::GetDefaultThreadCount());
+    return LbOs::HasFewProcesses() ? 0 : std::max<std::size_t>(c_Least, 2 * LuTestSuiteUtils::GetDefaultThreadCount());
 }
 
 CLeavingChildren::CLeavingChildren()
 {
-    m_children.reserve(GetMost());
+    m_children.reserve(GetMost() + 1);
 }
 
 CLeavingChildren::~CLeavingChildren()
@@ -44,17 +45,21 @@ void CLeavingChildren::Add(SLeavingChild leaving) noexcept
     }
     const std::lock_guard lock(m_mutex);
     dropEnded();
-    while (m_children.size() >= GetMost())
+    m_children.push_back(std::move(leaving));
+    while (m_children.size() > GetMost())
     {
         waitForFirst(!m_hadToEnd);
     }
-    m_children.push_back(std::move(leaving));
 }
 
 bool CLeavingChildren::EndAll() noexcept
 {
     const std::lock_guard lock(m_mutex);
     const bool wereThere = !m_children.empty();
+    for (const SLeavingChild& leaving : m_children)
+    {
+        leaving.child->Terminate();
+    }
     m_children.clear();
     return wereThere;
 }
@@ -86,9 +91,13 @@ void CLeavingChildren::drop(std::size_t index)
 {
     const SLeavingChild leaving = std::move(m_children[index]);
     m_children.erase(m_children.begin() + static_cast<std::ptrdiff_t>(index));
+    m_hadToEnd = leaving.child->IsRunning();
     const std::optional<std::int64_t> status = leaving.child->GetExitStatus();
-    // One that had to be ended has no status yet.
-    m_hadToEnd = !status;
+    if (status != 0)
+    {
+        // Kills its descendants, too: the child did not get to do so.
+        leaving.child->Terminate();
+    }
     if (status.value_or(0) == 0 || m_reports >= sc_uiMostReports)
     {
         return;

@@ -33,14 +33,15 @@ public:
     /// Waits for all that are left, and writes to standard error how children ended that failed meanwhile.
     ~CLeavingChildren();
 
-    /// Takes over a child; one that is null is none. Few children leave at a time: when there are too many, waits for
-    /// the one that was asked first, unless a child had to be ended before.
+    /// Takes over a child; ignores null. If too many are exiting, waits for the one asked first; if the one before it
+    /// had to be killed, kills it without waiting.
     void Add(SLeavingChild leaving) noexcept;
 
     /// Ends all at once, for a thread that lacks what they still use. False if there was no child.
     bool EndAll() noexcept;
 
-    /// How many may leave at a time.
+    /// How many may leave at a time; none, so that each is waited for, where the system lets the user have few
+    /// processes.
     static std::size_t GetMost();
 
 private:

@@ -11,14 +11,8 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// Maps the whole buffer, unless that has been done.
-void assertView(std::shared_ptr<void>& view, const std::wstring& name, LbOs::EMemoryAccess access,
-                const wchar_t* operation)
+void requireView(const std::shared_ptr<void>& view, const std::wstring& name, const wchar_t* operation)
 {
-    if (!view)
-    {
-        view = LbOs::MapSharedMemory(name, sizeof(SWorkBuffer), access);
-    }
     if (!view)
     {
         throw LbException(operation, LbFormat(L"Der gemeinsame Speicher '%s' kann nicht geöffnet werden", name));
@@ -29,13 +23,18 @@ void assertView(std::shared_ptr<void>& view, const std::wstring& name, LbOs::EMe
 
 CSharedMemoryWorkBuffer::CSharedMemoryWorkBuffer(std::wstring name, EOrigin origin) : m_name(std::move(name))
 {
+    using LbOs::EMemoryAccess;
     if (origin == eO_Open)
     {
+        m_writeView = LbOs::MapSharedMemory(m_name, sizeof(SWorkBuffer), EMemoryAccess::Write);
+        m_readView = LbOs::MapSharedMemory(m_name, sizeof(SWorkBuffer), EMemoryAccess::Read);
         return;
     }
     std::wstring failure;
     m_memory = LbOs::CSharedMemory::Create(m_name, sizeof(SWorkBuffer), &failure);
-    if (!m_memory)
+    m_writeView = m_memory ? m_memory->Map(EMemoryAccess::Write) : nullptr;
+    m_readView = m_memory ? m_memory->Map(EMemoryAccess::Read) : nullptr;
+    if (!m_writeView || !m_readView)
     {
         throw LbException(L"LuTestSuiteRun::CSharedMemoryWorkBuffer::CSharedMemoryWorkBuffer",
                           LbFormat(L"Der gemeinsame Speicher '%s' kann nicht angelegt werden (%s)", m_name, failure));
@@ -44,15 +43,13 @@ CSharedMemoryWorkBuffer::CSharedMemoryWorkBuffer(std::wstring name, EOrigin orig
 
 CWorkBufferWriteView CSharedMemoryWorkBuffer::GetWriteAccess()
 {
-    assertView(m_writeView, m_name, LbOs::EMemoryAccess::Write,
-               L"LuTestSuiteRun::CSharedMemoryWorkBuffer::GetWriteAccess");
+    requireView(m_writeView, m_name, L"LuTestSuiteRun::CSharedMemoryWorkBuffer::GetWriteAccess");
     return {*static_cast<SWorkBuffer*>(m_writeView.get()), m_writeView};
 }
 
 CWorkBufferReadView CSharedMemoryWorkBuffer::GetReadAccess()
 {
-    assertView(m_readView, m_name, LbOs::EMemoryAccess::Read,
-               L"LuTestSuiteRun::CSharedMemoryWorkBuffer::GetReadAccess");
+    requireView(m_readView, m_name, L"LuTestSuiteRun::CSharedMemoryWorkBuffer::GetReadAccess");
     return {*static_cast<const SWorkBuffer*>(m_readView.get()), m_readView};
 }
 

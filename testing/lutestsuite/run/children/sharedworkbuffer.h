@@ -17,16 +17,20 @@ public:
     enum EOrigin
     {
         eO_Create, ///< a new mapping, which goes with the object; none of that name may exist
-        eO_Open    ///< the mapping of another object, looked for when the buffer is accessed
+        eO_Open    ///< the mapping of another object; an access fails if there was none when this object was made
     };
 
     CSharedMemoryWorkBuffer(std::wstring name, EOrigin origin);
 
-    /// The mapping is opened with the first access and stays open: that costs more than a small case.
+    /// The mapping is opened with the object and stays open: opening costs more than a small case, and a case may
+    /// remove the name.
     CWorkBufferWriteView GetWriteAccess() override;
     CWorkBufferReadView GetReadAccess() override;
 
     const std::wstring& GetName() const noexcept { return m_name; }
+
+    /// Whether another object could be opened by the name. Of the creating side.
+    bool IsNamed() const { return m_memory && m_memory->IsNamed(); }
 
 private:
     std::wstring m_name;

@@ -40,7 +40,6 @@ enum ERequestState : std::uint32_t
 };
 
 constexpr std::uint32_t c_StateBits = 2;
-constexpr std::uint32_t c_StateMask = (1U << c_StateBits) - 1U;
 
 /// In place of the result in a request; a request for a case has "Unknown" there.
 constexpr std::uint32_t c_Leave = 0xFFFFFFFF;
@@ -126,6 +125,13 @@ void ClearRequest(SWorkBuffer& buffer)
     Request(buffer.request).store(toField(c_MostRequests, eRS_None));
 }
 
+void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to)
+{
+    std::memcpy(static_cast<void*>(&to), &from, offsetof(SWorkBuffer, messageLength));
+    to.messageLength = 0;
+    to.messages[0] = u'\0';
+}
+
 void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number)
 {
     Request(buffer.request).store(toField(number, eRS_Submitted));
@@ -170,7 +176,7 @@ bool IsLeaveRequest(const SWorkBuffer& buffer)
 
 SParams LoadParams(const SWorkBuffer& buffer)
 {
-    // By way of bytes: a bool that is neither true nor false must not even be looked at.
+    // Copies bytes: reading a bool that is neither 0 nor 1 is undefined.
     unsigned char bytes[sizeof(SParams)];
     std::memcpy(bytes, &buffer.params, sizeof(bytes));
     const auto normalize = [](unsigned char flag) { return static_cast<unsigned char>(flag == 0 ? 0 : 1); };

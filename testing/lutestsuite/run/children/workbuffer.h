@@ -118,8 +118,8 @@ std::wstring LoadName(const char16_t (&field)[c_NameCapacity]);
 bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
 std::wstring LoadMessages(const SWorkBuffer& buffer);
 
-/// The way of a request through the buffer. Tests may signal events that are not theirs, so an event only says that it
-/// is worth looking here. Each operation is atomic.
+/// The states of a request in the buffer. Tests may signal foreign events, so an event only prompts the receiver to
+/// read the buffer. Each operation is atomic.
 ///
 /// The parent gives the request `number` (1 to c_MostRequests) to the child: its fields are complete.
 void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number);
@@ -131,7 +131,7 @@ bool TakeRequest(SWorkBuffer& buffer);
 /// The child has written the answer to the request that it has taken.
 void AnswerRequest(SWorkBuffer& buffer);
 
-/// The parent takes a request back that no child has taken, and none can take from then on; false otherwise.
+/// Withdraws a request that no child has taken; no child can take it afterwards. False if it was taken.
 bool WithdrawRequest(SWorkBuffer& buffer, std::uint32_t number);
 
 bool IsSubmitted(SWorkBuffer& buffer, std::uint32_t number);
@@ -140,6 +140,9 @@ bool IsAnswered(SWorkBuffer& buffer, std::uint32_t number);
 /// No request has been submitted yet.
 void ClearRequest(SWorkBuffer& buffer);
 
+/// Copies everything in front of the messages. `to` has no messages then.
+void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to);
+
 inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 
 /// Instead of a case, asks the child to leave. No answer follows. A child that does not know such a request answers
@@ -147,8 +150,8 @@ inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 void WriteLeaveRequest(SWorkBuffer& buffer);
 bool IsLeaveRequest(const SWorkBuffer& buffer);
 
-/// Parameters and result as far as they can be: the process on the other side may be broken. A flag that is neither set
-/// nor clear counts as set, a result that is none as "Unknown".
+/// Sanitised parameters and result, because the other process may be broken: any non-zero flag is set, an invalid
+/// result is Unknown.
 SParams LoadParams(const SWorkBuffer& buffer);
 ECaseRunResult LoadResult(const SWorkBuffer& buffer);
 

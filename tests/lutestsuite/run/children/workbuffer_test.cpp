@@ -170,4 +170,21 @@ TEST_F(WorkBufferRequest, MayHaveNoNumber)
     EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
 }
 
+TEST_F(WorkBufferRequest, IsCopiedWithoutMessages)
+{
+    const auto other = std::make_unique<SWorkBuffer>();
+    ASSERT_TRUE(StoreName(m_buffer->caseName, L"Fall"));
+    m_buffer->params.timeOutSec = 7;
+    AppendMessages(*m_buffer, L"alt");
+    AppendMessages(*other, L"ganz alt");
+    LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
+
+    LuTestSuiteRun::CopyRequest(*m_buffer, *other);
+
+    EXPECT_EQ(LoadName(other->caseName), L"Fall");
+    EXPECT_EQ(other->params.timeOutSec, 7U);
+    EXPECT_TRUE(LuTestSuiteRun::IsSubmitted(*other, sc_uiNumber));
+    EXPECT_EQ(LoadMessages(*other), L"");
+}
+
 } // namespace

@@ -1,0 +1,52 @@
+/// Call stacks of a child process.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/lbexport.h"
+
+namespace LbOs
+{
+
+class CChildProcess;
+
+/// What is not known is empty or 0.
+struct SStackFrame
+{
+    std::uint64_t address = 0; ///< of the instruction; behind the call in all frames but the innermost
+    std::wstring module;       ///< file name without folder
+    std::uint64_t offset = 0;  ///< of the address in the module as it is loaded
+    std::wstring function;     ///< readable, with parameters
+    std::wstring file;         ///< source file, as the compiler knew it
+    std::uint32_t line = 0;
+};
+
+struct SThreadStack
+{
+    static constexpr std::size_t sc_uiMostFrames = 32;
+
+    std::uint64_t thread = 0; ///< the system's number
+    bool isAtFault = false;
+    std::vector<SStackFrame> frames; ///< the innermost first
+};
+
+/// A thread that waits in a crash report (CCrashHandler).
+struct SCrashedThread
+{
+    std::uint64_t thread = 0;  ///< the system's number
+    std::uint64_t context = 0; ///< SCrash::context
+};
+
+/// The stacks of the child's threads, at most 64: first that of the crashed one or, without one, of the thread that the
+/// process began with, which counts as the one at fault. The threads stand still meanwhile and go on afterwards. Stops
+/// after 1.2 s with what it has by then: names are looked up last. Empty on failure. Any thread, one at a time for a
+/// child.
+///
+/// On Linux it needs the right to trace the child, and libdw for more than the innermost frame and for names; that
+/// library is loaded by the first call. There are no stacks on Windows.
+LB_API std::vector<SThreadStack> ReadStacks(const CChildProcess& child, const std::optional<SCrashedThread>& crashed);
+
+} // namespace LbOs

@@ -1,0 +1,162 @@
+#include "base/subtestsearch.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <mutex>
+#include <span>
+#include <unordered_map>
+
+#include "base/lbcriticalsection.h"
+#include "base/pagememory.h"
+
+namespace
+{
+
+using LbSubtestSearch::SSubtests;
+
+/// Of a name, or of a class with its directory. Objects with equal hashes disturb each other, but find what they look
+/// for, since each answer is checked.
+using Hash = std::size_t;
+
+/// The names of the first sub-tests of each class and directory, as far as searches have come.
+class CKnownNames
+{
+public:
+    struct SAnswer
+    {
+        std::optional<std::uint32_t> subtest;
+        std::uint32_t count = 0; ///< of the names known
+    };
+
+    SAnswer Find(Hash owner, Hash name) const
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto known = m_known.find(owner);
+        if (known == m_known.end())
+        {
+            return {};
+        }
+        const auto subtest = known->second.find(name);
+        return {subtest == known->second.end() ? std::nullopt : std::optional(subtest->second), m_counts.at(owner)};
+    }
+
+    /// Names of sub-tests from `first` on. They are dropped when those in front of them are not known any more.
+    void Append(Hash owner, std::uint32_t first, std::span<const Hash> names)
+    {
+        const std::lock_guard lock(m_mutex);
+        std::uint32_t& count = m_counts[owner];
+        auto& known = m_known[owner];
+        if (first > count)
+        {
+            return;
+        }
+        for (const Hash name : names)
+        {
+            const auto [entry, isNew] = known.try_emplace(name, first);
+            entry->second = std::min(entry->second, first);
+            ++first;
+        }
+        count = std::max(count, first);
+    }
+
+    void Forget(Hash owner)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_known.erase(owner);
+        m_counts.erase(owner);
+    }
+
+private:
+    mutable LbCriticalSection m_mutex;
+    std::pmr::unsynchronized_pool_resource m_memory{&GetEternal<CPageMemory>()};
+    std::pmr::unordered_map<Hash, std::pmr::unordered_map<Hash, std::uint32_t>> m_known{&m_memory};
+    std::pmr::unordered_map<Hash, std::uint32_t> m_counts{&m_memory};
+};
+
+/// Hands names on in groups, so that threads seldom wait for each other.
+class CRecorder
+{
+public:
+    CRecorder(Hash owner, std::uint32_t first) : m_owner(owner), m_first(first) {}
+    CRecorder(const CRecorder&) = delete;
+    CRecorder& operator=(const CRecorder&) = delete;
+    ~CRecorder() { flush(); }
+
+    void Add(Hash name)
+    {
+        m_names[m_count++] = name;
+        if (m_count == m_names.size())
+        {
+            flush();
+        }
+    }
+
+private:
+    /// Without memory the names are not remembered.
+    void flush() noexcept
+    try
+    {
+        GetEternal<CKnownNames>().Append(m_owner, m_first, std::span(m_names).first(m_count));
+        m_first += static_cast<std::uint32_t>(m_count);
+        m_count = 0;
+    }
+    catch (const std::bad_alloc&)
+    {
+        m_count = 0;
+    }
+
+    Hash m_owner;
+    std::uint32_t m_first;
+    std::array<Hash, 64> m_names{};
+    std::size_t m_count = 0;
+};
+
+Hash getHash(std::wstring_view text)
+{
+    return std::hash<std::wstring_view>()(text);
+}
+
+Hash getOwner(const SSubtests& subtests)
+{
+    constexpr Hash c_Factor = 0x9E3779B97F4A7C15;
+    return subtests.type.hash_code() * c_Factor + getHash(subtests.directory);
+}
+
+std::optional<std::uint32_t> searchFrom(std::uint32_t first, const SSubtests& subtests, Hash owner,
+                                        std::wstring_view name)
+{
+    CRecorder recorder(owner, first);
+    for (std::uint32_t subtest = first; subtest < subtests.count; ++subtest)
+    {
+        const std::wstring each = subtests.getName(subtest);
+        recorder.Add(getHash(each));
+        if (each == name)
+        {
+            return subtest;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::uint32_t> LbSubtestSearch::Find(const SSubtests& subtests, std::wstring_view name)
+{
+    const Hash owner = getOwner(subtests);
+    const CKnownNames::SAnswer known = GetEternal<CKnownNames>().Find(owner, getHash(name));
+    if (known.subtest && *known.subtest < subtests.count && subtests.getName(*known.subtest) == name)
+    {
+        return known.subtest;
+    }
+    if (known.count > 0)
+    {
+        if (const std::optional<std::uint32_t> found = searchFrom(known.count, subtests, owner, name))
+        {
+            return found;
+        }
+        // It has moved, or is not there.
+        GetEternal<CKnownNames>().Forget(owner);
+    }
+    return searchFrom(0, subtests, owner, name);
+}

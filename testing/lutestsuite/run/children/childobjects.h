@@ -1,0 +1,31 @@
+/// What a run shares with one child process by name.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/inoncopyable.h"
+#include "base/os/namedevent.h"
+#include "testing/lutestsuite/run/children/sharedworkbuffer.h"
+
+namespace LuTestSuiteRun
+{
+
+/// A work buffer and two events under new names. Used by one thread.
+struct SChildObjects : public INonCopyable
+{
+    /// Throws LbException if one of them cannot be created.
+    SChildObjects();
+
+    /// Whether a child could still open all of them. On Linux any process of the user can remove the names; a child
+    /// that has opened the objects does not need them.
+    bool AreNamed() const;
+
+    const std::wstring requestId;
+    const std::wstring responseId;
+    CSharedMemoryWorkBuffer buffer;
+    const std::unique_ptr<LbOs::CNamedEvent> request;
+    const std::unique_ptr<LbOs::CNamedEvent> response;
+};
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,69 @@
+/// What a child that crashes tells the run that started it.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "base/inoncopyable.h"
+#include "base/os/crash.h"
+#include "base/os/namedevent.h"
+#include "base/os/sharedmemory.h"
+#include "base/os/stacks.h"
+
+namespace LuTestSuiteRun
+{
+
+/// Shared memory beside the work buffer.
+struct SCrashBox
+{
+    enum EState : std::uint32_t
+    {
+        eS_Empty = 0,
+        eS_Crashed = 1, ///< the child waits, so that the run can read its stacks
+        eS_Read = 2     ///< the child may end
+    };
+
+    std::atomic<std::uint32_t> state;
+    std::uint64_t thread;
+    std::uint64_t context; ///< see LbOs::SCrash
+};
+
+static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
+
+/// The side of the run. Used by one thread.
+class CCrashWatch : public INonCopyable
+{
+public:
+    /// For a child whose work buffer has this name, before it starts. Children of runs without one do not wait.
+    explicit CCrashWatch(const std::wstring& bufferName);
+
+    /// The thread that has crashed and waits; none otherwise.
+    std::optional<LbOs::SCrashedThread> FindCrash() const;
+
+    /// The crashed child may end.
+    void Release();
+
+private:
+    std::unique_ptr<LbOs::CSharedMemory> m_memory;
+    std::shared_ptr<void> m_view; ///< null without memory: nobody waits
+};
+
+/// The side of the child.
+class CCrashReporter : public INonCopyable
+{
+public:
+    /// `response` wakes the run; it is the caller's and outlives the object.
+    CCrashReporter(const std::wstring& bufferName, LbOs::CNamedEvent& response);
+
+    /// Waits until the run has read the stacks, at most 1.5 s. On the crashed thread: neither allocates nor locks.
+    void Report(const LbOs::SCrash& crash) noexcept;
+
+private:
+    LbOs::CNamedEvent& m_response;
+    std::shared_ptr<void> m_view; ///< null if the run is not interested
+};
+
+} // namespace LuTestSuiteRun

@@ -1,0 +1,53 @@
+/// The console as an observer of a run.
+#pragma once
+
+#include <deque>
+
+#include "base/lbcriticalsection.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/run/consolelines.h"
+
+namespace LuTestSuiteRun
+{
+
+/// Prints a run's cases and its summary, and passes each printed result to the setup's resultCallback. All of this
+/// happens on the thread that called the run: finished cases of worker threads wait until that thread prints them.
+class CRunConsole : public IRunObserver
+{
+public:
+    /// The arguments must outlive the object.
+    CRunConsole(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests);
+
+    void OnCaseStarted(const SCaseStarted& started) override;
+    void OnCaseFinished(const SCaseFinished& finished) override;
+    void OnEnded(const SRunResult& result) override;
+
+    /// Number of waiting cases of worker threads. Any thread.
+    std::size_t CountWaiting();
+
+    /// Prints the case that has waited longest. Precondition: a case is waiting; on the thread that called the run.
+    void PrintWaiting();
+
+    /// The plan's indices of the waiting cases. Precondition: all workers have ended.
+    std::vector<std::size_t> GetWaiting() const;
+
+private:
+    struct SWaiting
+    {
+        std::size_t index; ///< in the plan
+        const SCaseInfo* info;
+    };
+
+    void deliver(const CCaseLines& lines, const SCaseInfo& info) const;
+
+    const LuTestSuiteSetup& m_setup;
+    const std::vector<LuTestSuite::SUnitTest>& m_unitTests;
+    CCaseLines m_workerLines;
+    CCaseLines m_ownLines;
+
+    LbCriticalSection m_lock;       ///< protects m_waiting
+    std::deque<SWaiting> m_waiting; ///< in the order in which they finished
+};
+
+} // namespace LuTestSuiteRun

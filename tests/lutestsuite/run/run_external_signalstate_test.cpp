@@ -1,0 +1,79 @@
+// Cases of the run's own process that change what the system does with its signals and children.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/externalruntest.h"
+#include "tests/support/os/testaids.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using LuTestSuiteRun::SRunResult;
+
+/// The first case is one of the run's own process that disturbs its signals.
+class RunExternalSignalState : public ExternalRunTest
+{
+protected:
+    ~RunExternalSignalState() override { LbOs::SetSignalsDisturbed(false); }
+
+    SRunResult RunDisturbed(LuTestSuite::SUnitTest unitTest)
+    {
+        LuTestSuite::SUnitTest disturbing = MakeUnitTest(L"CIntrusiveModel", {L"stört Signale"});
+        disturbing.cases[0].parameters[L"External"] = false;
+        LuTestSuiteSetup setup = MakeExternal({std::move(disturbing), std::move(unitTest)});
+        setup.dlls.emplace_back(L"intrusivemodels");
+        return Run(setup);
+    }
+};
+
+TEST_F(RunExternalSignalState, IsThatOfTheRunInLaterProcesses)
+{
+    LuTestSuiteSetup before = MakeExternal({MakeUnitTest(L"CIntrusiveModel", {L"nennt Signale"})});
+    before.dlls.emplace_back(L"intrusivemodels");
+    const std::wstring expected = Run(before).cases.at(0).messages;
+
+    const SRunResult result = RunDisturbed(MakeUnitTest(L"CIntrusiveModel", {L"nennt Signale"}));
+
+    if (result.cases.at(0).result == ECaseRunResult::NoInput)
+    {
+        GTEST_SKIP() << "there are no signals";
+    }
+    EXPECT_NE(expected.find(L"SigBlk"), std::wstring::npos);
+    EXPECT_EQ(result.cases.at(1).messages, expected);
+}
+
+TEST_F(RunExternalSignalState, HidesNoExitStatus)
+{
+    const SRunResult result = RunDisturbed(MakeUnitTest(L"CCrashModel", {L"schreibt viel und endet", L"nachher"}));
+
+    if (result.cases.at(0).result == ECaseRunResult::NoInput || !LbOs::RemembersForgottenChildren())
+    {
+        GTEST_SKIP() << "the system forgets nothing, or all";
+    }
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Unknown);
+    EXPECT_NE(result.cases.at(1).messages.find(models::c_EndOfProcess + std::wstring(L"Status 3\n")),
+              std::wstring::npos);
+    EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
+}
+
+TEST_F(RunExternalSignalState, LeavesTheNextCaseToAnotherProcessWhenOneHasNoMemory)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers end the process when there is no memory";
+#endif
+    const SRunResult result = RunDisturbed(MakeUnitTest(L"CCrashModel", {L"aller Speicher", L"nachher"}));
+
+    if (result.cases.at(0).result == ECaseRunResult::NoInput)
+    {
+        GTEST_SKIP() << "there are no signals";
+    }
+    EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Exception);
+    EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
+    EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(1).processIndex + 1);
+}
+
+} // namespace

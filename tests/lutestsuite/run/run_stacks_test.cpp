@@ -1,0 +1,138 @@
+// The call stacks of cases that end their child process, or are ended with it.
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbpath.h"
+#include "tests/support/eventrecorder.h"
+#include "tests/support/externalruntest.h"
+
+namespace
+{
+
+using LbOs::SStackFrame;
+using LbOs::SThreadStack;
+using LuTestSuiteRun::ECaseEnd;
+
+class RunStacks : public ExternalRunTest
+{
+protected:
+    void SetUp() override
+    {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        GTEST_SKIP() << "sanitizers end what crashes";
+#endif
+        if (LbPath::c_Separator == L'\\')
+        {
+            GTEST_SKIP() << "no stacks on Windows";
+        }
+    }
+
+    /// The end of a case in a child that others have used.
+    EventRecorder::SEnd RunFor(const std::wstring& caseName, bool takeStacks = true)
+    {
+        LuTestSuiteSetup setup = MakeCrash({L"vorher", caseName});
+        setup.unitTests[0].cases[1].parameters[L"TimeOutSec"] = std::uint32_t{0};
+        LuTestSuiteRun::SRunOptions options;
+        options.takeStacks = takeStacks;
+        LuTestSuiteRun::Run(setup, m_environment, m_events, options);
+        return m_events.ends.at(1);
+    }
+
+    EventRecorder m_events;
+};
+
+/// A case, how it ends, and a function of the frames at fault.
+struct SFault
+{
+    const wchar_t* caseName;
+    ECaseEnd end;
+    const wchar_t* function;
+};
+
+void PrintTo(const SFault& fault, std::ostream* stream)
+{
+    *stream << LbEncoding::ToUtf8(fault.caseName);
+}
+
+class RunStacksOf : public RunStacks, public testing::WithParamInterface<SFault>
+{
+};
+
+TEST_P(RunStacksOf, NameTheFunctionAtFault)
+{
+    const EventRecorder::SEnd end = RunFor(GetParam().caseName);
+
+    EXPECT_EQ(end.end.kind, GetParam().end);
+    ASSERT_FALSE(end.end.stacks.empty());
+    const SThreadStack& stack = end.end.stacks.front();
+    EXPECT_TRUE(stack.isAtFault);
+    EXPECT_LE(stack.frames.size(), SThreadStack::sc_uiMostFrames);
+    EXPECT_TRUE(std::ranges::any_of(stack.frames, [](const SStackFrame& frame) {
+        return frame.function.find(GetParam().function) != std::wstring::npos && frame.offset != 0 &&
+               frame.module.find(L"crashmodels") != std::wstring::npos;
+    })) << LbEncoding::ToUtf8(end.info.messages);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RunStacksOf,
+    testing::Values(SFault{L"Zugriffsverletzung", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
+                    SFault{L"Stapelüberlauf", ECaseEnd::ChildEnded, L"overflowStack(int)"},
+                    SFault{L"abort", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
+                    SFault{L"terminate", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
+                    SFault{L"Division durch null", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
+                    SFault{L"Exception im Thread", ECaseEnd::ChildEnded, L"throwOutOfThread()"},
+                    SFault{L"Endlosschleife", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"},
+                    SFault{L"Verklemmung", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"}));
+
+TEST_F(RunStacks, StandInTheMessagesBehindTheReason)
+{
+    const EventRecorder::SEnd end = RunFor(L"Zugriffsverletzung");
+
+    const std::wstring& messages = end.info.messages;
+    const std::size_t reason = messages.find(L"\t\tERROR: " + end.end.reason);
+    const std::size_t stack =
+        messages.find(L"\t\tINFO:  Stapel von Thread " + std::to_wstring(end.end.stacks.at(0).thread) +
+                      L" (Ursache):\n\t\tINFO:    #0 ");
+    EXPECT_LT(reason, stack);
+    EXPECT_NE(stack, std::wstring::npos) << LbEncoding::ToUtf8(messages);
+}
+
+TEST_F(RunStacks, AreNotReadUnlessARunAsksForThem)
+{
+    const EventRecorder::SEnd end = RunFor(L"Zugriffsverletzung", false);
+
+    EXPECT_TRUE(end.end.stacks.empty());
+    EXPECT_EQ(end.info.messages.find(L"Stapel von"), std::wstring::npos);
+}
+
+TEST_F(RunStacks, LeaveTheReasonAsItIs)
+{
+    const std::wstring without = RunFor(L"abort", false).end.reason;
+    m_events.ends.clear();
+
+    EXPECT_EQ(RunFor(L"abort").end.reason, without);
+}
+
+TEST_F(RunStacks, AreThoseOfAllThreads)
+{
+    // A thread of the case waits for a lock that the case's own thread holds.
+    const EventRecorder::SEnd end = RunFor(L"Verklemmung");
+
+    EXPECT_TRUE(std::ranges::any_of(end.end.stacks, [](const SThreadStack& stack) {
+        return !stack.isAtFault && std::ranges::any_of(stack.frames, [](const SStackFrame& frame) {
+            return frame.function.find(L"deadLock()") != std::wstring::npos;
+        });
+    })) << LbEncoding::ToUtf8(end.info.messages);
+}
+
+TEST_F(RunStacks, AreMissingForACaseThatEndsItsProcessItself)
+{
+    EXPECT_TRUE(RunFor(L"exit").end.stacks.empty());
+}
+
+} // namespace
