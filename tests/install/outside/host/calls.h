@@ -45,5 +45,6 @@ void CallCommandLine(LuTestSuiteEnvironment& environment, const SPlaces& places)
 void CallSelection(const SPlaces& places);
 void CallAuxiliaryModes(LuTestSuiteEnvironment& environment, const SPlaces& places);
 void CallRuns(LuTestSuiteEnvironment& environment, const SPlaces& places);
+void CallRunEvents(LuTestSuiteEnvironment& environment, const SPlaces& places);
 void CallProcesses(const std::wstring& program, const SPlaces& places);
 void CallReports(LuTestSuiteEnvironment& environment, const SPlaces& places);

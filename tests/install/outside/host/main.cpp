@@ -29,6 +29,7 @@ void callAll(const std::wstring& program, const SPlaces& places)
     CallSelection(places);
     CallAuxiliaryModes(environment, places);
     CallRuns(environment, places);
+    CallRunEvents(environment, places);
     CallReports(environment, places);
     CallProcesses(program, places);
 }
