@@ -75,6 +75,9 @@ Windows::Handle openInheritable(const std::wstring& path, DWORD access)
     return Windows::Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
+/// With the terminating zero. Windows refuses a longer command line; Wine starts the program with a part of it.
+constexpr std::size_t c_LongestCommandLine = 32'767;
+
 const wchar_t* orNull(const std::wstring& text)
 {
     return text.empty() ? nullptr : text.c_str();
@@ -106,7 +109,7 @@ Windows::Handle start(const SChildOptions& options, HANDLE job)
     std::wstring commandLine = options.commandLine; // The system writes into it.
     PROCESS_INFORMATION process = {};
     const DWORD flags = EXTENDED_STARTUPINFO_PRESENT | (options.isSilent ? CREATE_NO_WINDOW : 0U);
-    if (!attributes.IsReady() ||
+    if (!attributes.IsReady() || commandLine.size() >= c_LongestCommandLine ||
         CreateProcessW(orNull(options.program), commandLine.data(), nullptr, nullptr, TRUE, flags, nullptr,
                        orNull(options.workingDirectory), &startup.StartupInfo, &process) == FALSE)
     {
