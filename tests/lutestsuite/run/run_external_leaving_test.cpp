@@ -102,7 +102,7 @@ TEST_P(RunExternalExitHandlers, HaveRunWhenTheRunHasEnded)
     EXPECT_EQ(CountHostChildren(), 0);
 }
 
-TEST_P(RunExternalExitHandlers, AreEndedWhenTheyDoNotEnd)
+TEST_P(RunExternalExitHandlers, AreKilledWhenTheyHang)
 {
     LuTestSuiteSetup setup = MakeCrash({L"schläft am Ende des Prozesses"});
     setup.params.isolated = GetParam();

@@ -53,7 +53,7 @@ TEST_F(RunExternalSignals, DoNotRunACaseTwice)
     EXPECT_EQ(result.cases.at(4).messages, L"\t\tINFO:  3\n");
 }
 
-TEST_F(RunExternalSignals, DoNotDelayTheEndOfTheTime)
+TEST_F(RunExternalSignals, DoNotDelayTheTimeOut)
 {
     LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CIntrusiveModel", {L"setzt fremde Ereignisse"}),
                                            MakeUnitTest(L"CCrashModel", {L"Endlosschleife"})});
