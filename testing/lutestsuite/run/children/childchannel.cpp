@@ -57,7 +57,7 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
     return line;
 }
 
-void CProcessorSharing::Learn(std::uint64_t nanoseconds)
+void CProcessorSharing::Record(std::uint64_t nanoseconds)
 {
     const bool isLong = nanoseconds >= sc_uiLong;
     if (IsNext())
@@ -191,7 +191,7 @@ void CChildChannel::EnsureProcessIndex()
     }
 }
 
-void CChildChannel::Ask()
+void CChildChannel::Submit()
 {
     if (!m_child)
     {
@@ -227,11 +227,11 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     if (isNotTaken(end))
     {
         replaceChild();
-        Ask();
+        Submit();
         end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
     }
     m_hasAnswered = end == EEnd::Answered;
-    m_sharing.Learn(m_timer.GetElapsed());
+    m_sharing.Record(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
     describeEnd(end);
@@ -251,7 +251,7 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     return processIndex;
 }
 
-SLeavingChild CChildChannel::SendAway()
+SLeavingChild CChildChannel::RequestExit()
 {
     if (!m_child || !m_hasAnswered)
     {
@@ -345,7 +345,7 @@ void CChildChannel::describeEnd(EEnd end)
         return;
     }
     m_end.kind = toCaseEnd(end);
-    m_end.processId = m_child->GetNumber();
+    m_end.processId = m_child->GetId();
     if (end == EEnd::ChildEnded || end == EEnd::TimedOut)
     {
         m_end.lastLines = m_errors.ReadLastLines();

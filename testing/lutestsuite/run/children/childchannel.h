@@ -45,7 +45,7 @@ public:
     bool IsNext() const { return m_left > 0; }
 
     /// Updates the decision with the time of the last request.
-    void Learn(std::uint64_t nanoseconds);
+    void Record(std::uint64_t nanoseconds);
 
     /// Nothing is known about the next child.
     void Forget() { m_left = 0; }
@@ -71,7 +71,7 @@ public:
     void EnsureChild();
 
     /// Marks the child as started ahead of its case: it is replaced if it ends before it takes its first request.
-    void BeSpare() { m_isSpare = true; }
+    void MarkAsSpare() { m_isSpare = true; }
 
     /// Ensures a child and all that its next case needs; false without a child. Throws LbException.
     bool MakeReady();
@@ -86,7 +86,7 @@ public:
     IWorkBuffer& GetBuffer() { return m_objects->buffer; }
 
     /// Submits the request in the buffer; the time limit starts here.
-    void Ask();
+    void Submit();
 
     /// Waits until the child has answered. When it does not, its processes are ended, and the buffer says why: the
     /// limit in whole seconds was exceeded, the run was canceled, or the child itself has ended, which leaves the
@@ -95,13 +95,13 @@ public:
 
     /// Asks the child to exit and passes it on. Empty if there is no child, or if it has run no case or has not
     /// answered: then it is ended with the channel.
-    SLeavingChild SendAway();
+    SLeavingChild RequestExit();
 
     /// How the last request ended.
     const SCaseEnd& GetEnd() const { return m_end; }
 
     /// The process id of the child; 0 without one.
-    std::uint64_t GetProcessId() const { return m_child ? m_child->GetNumber() : 0; }
+    std::uint64_t GetProcessId() const { return m_child ? m_child->GetId() : 0; }
 
 private:
     enum class EEnd

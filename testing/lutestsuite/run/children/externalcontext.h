@@ -36,7 +36,7 @@ public:
     std::unique_ptr<CChildChannel> Take();
 
     /// Kills unused children to free resources and starts no more. False if there were none.
-    bool GiveUp();
+    bool KillAll();
 
 private:
     void dropEnded();
@@ -48,7 +48,7 @@ private:
     std::condition_variable m_started;
     std::vector<std::unique_ptr<CChildChannel>> m_channels;
     std::size_t m_starting = 0;
-    bool m_areGivenUp = false;
+    bool m_isClosed = false;
 };
 
 /// The channel of one executing thread.

@@ -157,7 +157,7 @@ std::int32_t askIsolated(
     LuTestSuite::SUnitTest unitTest;
     unitTest.className = L"CUnknownModel";
     LuTestSuiteRun::WriteRequest(*channel.GetBuffer().GetWriteAccess(), unitTest, {}, {});
-    channel.Ask();
+    channel.Submit();
     const std::int32_t index = channel.WaitForAnswer(LuTestSuiteRun::c_NoLimit, [] { return false; });
     const auto result = LuTestSuiteRun::LoadResult(*channel.GetBuffer().GetReadAccess());
     return result == LuTestSuiteRun::ECaseRunResult::NoMatchingCase ? index : -2;
@@ -188,7 +188,7 @@ TEST(ExternalContext, ReplacesChildrenThatComeTooLateForTheirNames)
 
     const std::int32_t index = askIsolated(context, [&areRemoved] {
         const std::vector<LbOs::SProcess> children = ListHostChildren();
-        areRemoved = !children.empty() && LbOs::RemoveObjectNames(children.front().number);
+        areRemoved = !children.empty() && LbOs::RemoveObjectNames(children.front().id);
     });
 
     if (!areRemoved)
