@@ -87,7 +87,7 @@ public:
     void Detach();
 
     /// The process id; on Linux it may be reused once any code has waited for the process.
-    std::uint64_t GetNumber() const noexcept;
+    std::uint64_t GetId() const noexcept;
 
     /// The system's handle that waits for the end, owned by the object. For the platform layer's own use. On Linux it
     /// is another file's, or -1, if other code has closed it; the next Wait opens another.

@@ -167,7 +167,7 @@ void CChildProcess::Detach()
     m_state->endsWithOwner = false;
 }
 
-std::uint64_t CChildProcess::GetNumber() const noexcept
+std::uint64_t CChildProcess::GetId() const noexcept
 {
     return GetProcessId(m_state->process.get());
 }

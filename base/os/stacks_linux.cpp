@@ -144,5 +144,5 @@ private:
 std::vector<LbOs::SThreadStack> LbOs::ReadStacks(const CChildProcess& child,
                                                  const std::optional<SCrashedThread>& crashed)
 {
-    return CReading(static_cast<pid_t>(child.GetNumber()), crashed).Read();
+    return CReading(static_cast<pid_t>(child.GetId()), crashed).Read();
 }

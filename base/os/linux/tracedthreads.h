@@ -37,7 +37,7 @@ public:
 private:
     struct SThread
     {
-        pid_t number = 0;
+        pid_t id = 0;
         int signal = 0; ///< that was about to be delivered when the thread stopped
         bool isStopped = false;
     };

@@ -333,11 +333,11 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
 /// Prints cases in the order in which they finish, until all are printed or the run is canceled.
 void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
 {
-    constexpr std::chrono::milliseconds c_LookInterval(250);
+    constexpr std::chrono::milliseconds c_PollInterval(250);
     std::size_t printed = 0;
     while (printed < work.GetCount())
     {
-        std::this_thread::sleep_for(c_LookInterval);
+        std::this_thread::sleep_for(c_PollInterval);
         const CWork::SProgress progress = work.GetProgress();
         for (std::size_t waiting = console.CountWaiting(); waiting > 0; --waiting)
         {

@@ -87,7 +87,7 @@ TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    LbOs::KillProcess({static_cast<unsigned long>(child->GetNumber()), L"processprobe"});
+    LbOs::KillProcess({static_cast<unsigned long>(child->GetId()), L"processprobe"});
     ASSERT_TRUE(child->Wait());
     if (!LbOs::WaitForEndedChildren())
     {
@@ -325,12 +325,12 @@ TEST_F(OsChildProcessWithoutHandle, IsTerminated)
     EXPECT_FALSE(m_child->IsRunning());
     EXPECT_EQ(m_child->GetExitStatus(), -9);
     // Nothing is left of it.
-    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), m_child->GetNumber()), 0);
+    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), m_child->GetId()), 0);
 }
 
 TEST_F(OsChildProcessWithoutHandle, EndsWithItsObject)
 {
-    const std::uint64_t number = m_child->GetNumber();
+    const std::uint64_t number = m_child->GetId();
 
     m_child.reset();
 
@@ -369,7 +369,7 @@ TEST(OsChildProcess, EndsWhenTheDebuggerReleasesIt)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    auto hold = LbOs::HoldEnd(child->GetNumber());
+    auto hold = LbOs::HoldEnd(child->GetId());
     if (!hold)
     {
         GTEST_SKIP() << "nobody can hold the end of a process here";
@@ -389,7 +389,7 @@ TEST(OsChildProcess, NeedsNoFurtherProcessAfterPreparation)
     const auto child = StartProbe(L"sleep");
 
     ASSERT_NE(child, nullptr);
-    expected.push_back(static_cast<unsigned long>(child->GetNumber()));
+    expected.push_back(static_cast<unsigned long>(child->GetId()));
     EXPECT_THAT(LbOs::ListChildren(), testing::UnorderedElementsAreArray(expected));
 }
 

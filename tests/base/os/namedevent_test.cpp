@@ -67,7 +67,7 @@ TEST_F(OsNamedEvent, IsNeverTooFullToBeSet)
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
 }
 
-TEST_F(OsNamedEvent, DoesNotCountAFlood)
+TEST_F(OsNamedEvent, StaysOneSignalHoweverOftenSet)
 {
     if (!LbOs::FloodEvent(m_name))
     {
@@ -242,7 +242,7 @@ TEST_F(OsNamedEvent, TimesOutWhileADebuggerHoldsTheEndOfAProcess)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    const auto hold = LbOs::HoldEnd(child->GetNumber());
+    const auto hold = LbOs::HoldEnd(child->GetId());
     if (!hold)
     {
         GTEST_SKIP() << "nobody can hold the end of a process here";

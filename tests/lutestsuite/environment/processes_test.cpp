@@ -327,10 +327,10 @@ TEST(OsProcesses, ContainTheCurrentProcess)
 {
     const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
 
-    const auto own = std::ranges::find(processes, LbOs::GetProcessId(), &LbOs::SProcess::number);
+    const auto own = std::ranges::find(processes, LbOs::GetProcessId(), &LbOs::SProcess::id);
     ASSERT_NE(own, processes.end());
     EXPECT_EQ(own->executableName, LbPath::GetLastComponent(LbOs::GetExecutablePath()));
-    EXPECT_EQ(LbOs::GetProcessExecutableName(own->number), own->executableName);
+    EXPECT_EQ(LbOs::GetProcessExecutableName(own->id), own->executableName);
 }
 
 /// The process id may have been reused after the listing.
@@ -338,21 +338,21 @@ TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "processes go by their numbers here";
+        GTEST_SKIP() << "processes are killed by id, not by name, here";
     }
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    const std::vector<unsigned long> numbers = LbOs::ListChildren();
-    ASSERT_FALSE(numbers.empty());
-    for (const unsigned long number : numbers)
+    const std::vector<unsigned long> ids = LbOs::ListChildren();
+    ASSERT_FALSE(ids.empty());
+    for (const unsigned long id : ids)
     {
-        LbOs::KillProcess({number, L"anders"});
+        LbOs::KillProcess({id, L"anders"});
     }
     // A process that was told to end may end slightly later.
     EXPECT_FALSE(child->Wait(200));
-    for (const unsigned long number : numbers)
+    for (const unsigned long id : ids)
     {
-        LbOs::KillProcess({number, L"processprobe"});
+        LbOs::KillProcess({id, L"processprobe"});
     }
     EXPECT_TRUE(child->Wait(c_Long));
 }

@@ -193,7 +193,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadsCreateAndDestroyTrackersDuringF
 
 TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayHaveTheProcessIdOfItsParent)
 {
-    if (!LbOs::RunInForkOfSameNumber([] { return 0; }))
+    if (!LbOs::RunInForkWithSameId([] { return 0; }))
     {
         GTEST_SKIP() << "the system does not number processes anew here";
     }
@@ -203,7 +203,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayHaveTheProcessIdOfItsParent)
         s_free(s_malloc(100));
         return getOperationCount(tracker) == 2 ? 0 : 1;
     };
-    EXPECT_EQ(LbOs::RunInForkOfSameNumber(child), 0);
+    EXPECT_EQ(LbOs::RunInForkWithSameId(child), 0);
     tracker.Deactivate();
 }
 

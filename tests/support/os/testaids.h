@@ -31,7 +31,7 @@ std::optional<int> RunInFork(const std::function<int()>& function);
 
 /// Like RunInFork, but the child has the same process id as its parent: each is the first process of its own namespace.
 /// Empty if the system does not allow that.
-std::optional<int> RunInForkOfSameNumber(const std::function<int()>& function);
+std::optional<int> RunInForkWithSameId(const std::function<int()>& function);
 
 /// Drops all rights of the current process beyond those of an ordinary user; no effect without such rights. False if
 /// rights cannot be dropped.

@@ -78,7 +78,7 @@ std::optional<int> LbOs::RunInFork(const std::function<int()>& function)
     return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& function)
+std::optional<int> LbOs::RunInForkWithSameId(const std::function<int()>& function)
 {
     constexpr int c_Refused = 77;
     const auto runFirst = [&function] {
