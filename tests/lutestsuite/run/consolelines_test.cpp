@@ -27,7 +27,7 @@ protected:
         m_unitTests[1].cases.resize(1);
     }
 
-    /// The line of a result, without the line feed behind it.
+    /// Writes a result and returns its line without the line feed.
     CapturedOutput::SLine Write(const SCaseInfo& info)
     {
         m_output.Clear();

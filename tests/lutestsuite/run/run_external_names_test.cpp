@@ -1,4 +1,4 @@
-// Cases that remove the names of what a run shares with its child processes.
+// Cases that remove the names of the objects that a run shares with its child processes.
 
 #include <string>
 #include <vector>
@@ -28,7 +28,7 @@ protected:
         return setup;
     }
 
-    /// Expects that all cases succeed that do not end their process. False where names cannot be removed.
+    /// Expects that all cases pass, except "endet", which ends its process. False if names cannot be removed.
     bool ExpectPassed(const SRunResult& result) const
     {
         for (const SCaseInfo& info : result.cases)
@@ -70,7 +70,7 @@ TEST_F(RunExternalNames, AreNewForTheNextProcess)
     EXPECT_EQ(result.cases.at(4).messages, L"\t\tINFO:  2\n");
 }
 
-/// The request is handed over to the other process.
+/// The new process gets the request that the first one did not take.
 TEST_F(RunExternalNames, AreNewWhenAProcessHasEndedBetweenTwoCases)
 {
     LuTestSuiteSetup setup = MakeIntrusive({c_Removes, L"zählt"});

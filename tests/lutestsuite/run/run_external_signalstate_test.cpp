@@ -1,4 +1,4 @@
-// Cases of the run's own process that change what the system does with its signals and children.
+// Cases of the run's own process that change its signal handling, which child processes inherit.
 
 #include <string>
 #include <vector>
@@ -14,7 +14,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SRunResult;
 
-/// The first case is one of the run's own process that disturbs its signals.
+/// The first case runs in the run's own process and changes its signal handling.
 class RunExternalSignalState : public ExternalRunTest
 {
 protected:

@@ -15,7 +15,7 @@
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SRunResult;
 
-/// Allocates in the program itself, not in a module. The names are so short that their copies need no block.
+/// Allocates in the program itself, not in a module. Short names, because copies of longer ones would allocate.
 class CHostHeap : public LuUnitTest
 {
     LB_RTTI(CHostHeap)
@@ -72,7 +72,7 @@ protected:
 
     void expectBalanced(const std::wstring& name)
     {
-        // The run-time and the module may keep something from the first time on.
+        // What the run-time and the module allocate once and keep is in the first record.
         const SRunResult result = Run(makeTracked({name, name}));
         EXPECT_EQ(static_cast<std::int64_t>(result.cases.at(1).memoryGrowth), 0);
         EXPECT_FALSE(result.cases.at(1).warning);

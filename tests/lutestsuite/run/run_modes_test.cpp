@@ -1,4 +1,4 @@
-// The ways of running cases: each gives the same outcomes.
+// Cases have the same outcomes in every mode.
 
 #include <algorithm>
 #include <iterator>
@@ -23,13 +23,13 @@ using LuTestSuiteRun::SRunResult;
 struct SMode
 {
     const char* name;
-    std::uint32_t workers; ///< 0 for a run without
+    std::uint32_t workers; ///< 0: cases run on the calling thread
     bool external;
     bool isolated;
 };
 
 constexpr SMode c_Modes[] = {
-    {"MostWorkers", 256, false, false}, // first, see below
+    {"MostWorkers", 256, false, false}, // first, so that RunParallelFasterModes can leave it out
     {"InProcess", 0, false, false},       {"OneWorker", 1, false, false}, {"FourWorkers", 4, false, false},
     {"External", 0, true, false},         {"Isolated", 0, true, true},    {"ExternalOnWorkers", 4, true, false},
     {"IsolatedOnWorkers", 4, true, true},
@@ -54,7 +54,7 @@ std::vector<LuTestSuite::SUnitTest> makeTable(std::span<const models::SOutcome> 
     return unitTests;
 }
 
-/// Behind its own messages a case that has ended its process has the reason.
+/// If a case ended its process, the reason follows its own messages.
 void expectMessages(const SCaseInfo& info, const models::SOutcome& expected)
 {
     const bool hasEnded = info.processIndex >= 0 && info.messages.find(models::c_EndOfProcess) != std::wstring::npos;
@@ -91,7 +91,7 @@ TEST_P(RunParallelModes, EndAsTheTableSays)
     expectTable(Run(setup), models::c_Outcomes, GetParam());
 }
 
-/// With cases that take their process down or never end.
+/// With cases that end their process or never return.
 class RunParallelCrashes : public RunParallelModes
 {
 };
@@ -103,7 +103,7 @@ TEST_P(RunParallelCrashes, EndAsTheTableSays)
     setMode(GetParam(), setup);
     for (std::size_t row = 0; row < setup.unitTests.size(); ++row)
     {
-        // The others are not to end by the limit, however long a busy machine takes for them.
+        // Only cases that hang may reach a limit, even on a busy machine.
         const bool hangs = models::c_CrashOutcomes[row].result == ECaseRunResult::TimeOut;
         setup.unitTests[row].cases[0].parameters[L"TimeOutSec"] = hangs ? 1U : LuTestSuiteRun::c_NoLimit;
     }

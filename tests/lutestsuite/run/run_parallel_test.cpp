@@ -106,7 +106,7 @@ TEST_F(RunParallel, AsksForCancellationOneThreadAtATime)
     std::atomic<int> together = 0;
     setup.checkCallback = [&] {
         together += ++inside > 1 ? 1 : 0;
-        // Others come in now if they can.
+        // Gives other threads the chance to enter.
         std::this_thread::yield();
         --inside;
         return false;

@@ -215,7 +215,7 @@ TEST_F(RunReports, AreOpenedOnTheDesktopWithoutWaitingForIt)
     m_setup.htmlReport = GetPathOf(L"Über mich & \"dich\" $x.html");
     Run();
 
-    // The opener goes on from here only; the XML report and the page that could not be written have had none.
+    // The opener waits until here, and the run did not wait for it. Only pages that were written are opened.
     EXPECT_EQ(opened.Await(), Names{m_setup.htmlReport});
 }
 
@@ -235,7 +235,7 @@ TEST_F(RunReports, DoNotFailTheRunWithoutADesktop)
     EXPECT_TRUE(m_output.GetText().ends_with(L"1 fehlerhafte Testfälle\n"));
 }
 
-/// Relative reports of an environment whose working directory goes away.
+/// Reports with relative paths, whose working directory is removed.
 class RunReportsWithoutDirectory : public testing::Test
 {
 protected:

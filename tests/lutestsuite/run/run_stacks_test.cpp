@@ -1,4 +1,4 @@
-// The call stacks of cases that end their child process, or are ended with it.
+// The call stacks of cases that crash their child process or exceed the time limit.
 
 #include <algorithm>
 #include <ostream>
@@ -32,7 +32,7 @@ protected:
         }
     }
 
-    /// The end of a case in a child that others have used.
+    /// Runs the case in a child that has run another case; returns its end.
     EventRecorder::SEnd RunFor(const std::wstring& caseName, bool takeStacks = true)
     {
         LuTestSuiteSetup setup = MakeCrash({L"vorher", caseName});
@@ -46,7 +46,7 @@ protected:
     EventRecorder m_events;
 };
 
-/// A case, how it ends, and a function of the frames at fault.
+/// A case, how it ends, and a function on the stack at fault.
 struct SFault
 {
     const wchar_t* caseName;

@@ -49,7 +49,7 @@ TEST(CountCases, CountsWarningsOfCasesAndUnitTests)
     EXPECT_EQ(stats.unitTests.at(1).warnings, 1U);
 }
 
-/// Each of them alone spoils the verdict of a run.
+/// The parameter is a result that counts as a failure.
 class CountCasesSpoiled : public testing::TestWithParam<ECaseRunResult>
 {
 };

@@ -294,7 +294,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
         }
         if (event == LbOs::EEventWait::TimedOut)
         {
-            // A child that waits for requests takes them at once. A slow one can no longer take what was taken back.
+            // A waiting child takes a request at once. A slow child cannot take it any more after it was withdrawn.
             if (slice == c_TakingMilliseconds && withdraw())
             {
                 return EEnd::NotTaken;
@@ -326,7 +326,7 @@ void CChildChannel::remind()
     }
 }
 
-/// A crashed child waits for that before it ends.
+/// A crashed child waits for Release before it ends, but not for long.
 void CChildChannel::readCrash()
 {
     const auto crashed = m_crashWatch ? m_crashWatch->FindCrash() : std::nullopt;

@@ -73,7 +73,7 @@ TEST(SpareChildren, AreTakenOnce)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-/// One that was idle for long has left.
+/// A child that is idle for long exits.
 TEST(SpareChildren, AreNotTakenWhenTheyHaveEnded)
 {
     const SChildSettings settings;
@@ -147,8 +147,8 @@ TEST(ExternalContext, DoesNotTouchTheSparesOfOthers)
     EXPECT_NE(spares.Take(), nullptr);
 }
 
-/// Runs an unknown case; returns the index of the process that answered, -2 without an answer. `meanwhile` runs when
-/// the case has its child.
+/// Asks a child to run an unknown case; returns the index of the process that answered, -2 without an answer.
+/// `meanwhile` is called between obtaining the child and the request.
 std::int32_t askIsolated(
     CExternalContext& context, const std::function<void()>& meanwhile = [] {})
 {
@@ -163,7 +163,7 @@ std::int32_t askIsolated(
     return result == LuTestSuiteRun::ECaseRunResult::NoMatchingCase ? index : -2;
 }
 
-/// What has brought it down may have been the case that was under way. Indices go on as if nothing had happened.
+/// A spare child may be killed by a case that runs meanwhile. The child that replaces it takes over its index.
 TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 {
     const SChildSettings settings;
@@ -178,7 +178,7 @@ TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
     EXPECT_EQ(askIsolated(context), before + 2);
 }
 
-/// A case that is under way in the run may remove them before the child has opened what they name.
+/// A case may remove the names of the shared objects before the child has opened them.
 TEST(ExternalContext, ReplacesChildrenThatComeTooLateForTheirNames)
 {
     const SChildSettings settings;
