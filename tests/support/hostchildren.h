@@ -29,7 +29,7 @@ inline std::ptrdiff_t CountHostChildren()
     return std::ssize(ListHostChildren());
 }
 
-/// Kills all of them and returns when they have ended.
+/// Kills all host children and returns when they have ended.
 inline void KillHostChildren()
 {
     for (const LbOs::SProcess& process : ListHostChildren())
