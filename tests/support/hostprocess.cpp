@@ -32,7 +32,7 @@ std::wstring quoteForWindows(const std::wstring& text)
 {
     if (text.find_first_of(L"\"%") != std::wstring::npos)
     {
-        throw std::invalid_argument("An argument holds what the shell cannot hand on");
+        throw std::invalid_argument("An argument contains characters that the shell cannot pass on");
     }
     // A backslash before the closing mark would escape it.
     return L"\"" + text + (text.ends_with(L'\\') ? L"\\\"" : L"\"");
@@ -114,7 +114,7 @@ std::string toCommandBytes(const std::wstring& command)
     const std::string bytes = LbEncoding::ToLatin1(command);
     if (LbEncoding::FromLatin1(bytes) != command)
     {
-        throw std::invalid_argument("An argument holds what the narrow calls cannot hand on");
+        throw std::invalid_argument("An argument contains characters that the narrow calls cannot pass on");
     }
     // The shell removes the outer quotation marks.
     return "\"" + bytes + "\"";

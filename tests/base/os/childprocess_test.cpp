@@ -74,7 +74,7 @@ TEST(OsChildProcess, HasItsExitStatusAlsoWhenOthersHaveWaitedForIt)
     ASSERT_TRUE(child->Wait());
     if (!LbOs::WaitForEndedChildren())
     {
-        GTEST_SKIP() << "waiting takes nothing from others here";
+        GTEST_SKIP() << "a process can be waited for more than once here";
     }
 
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(7));
@@ -91,7 +91,7 @@ TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
     ASSERT_TRUE(child->Wait());
     if (!LbOs::WaitForEndedChildren())
     {
-        GTEST_SKIP() << "waiting takes nothing from others here";
+        GTEST_SKIP() << "a process can be waited for more than once here";
     }
 
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(-9));
@@ -103,7 +103,7 @@ TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
     constexpr int c_Starts = 50;
     if (!LbOs::SetChildrenForgotten(true))
     {
-        GTEST_SKIP() << "the system forgets nothing as long as there is a handle";
+        GTEST_SKIP() << "the system keeps ended children while a handle exists";
     }
     int started = 0;
     int ended = 0;
@@ -281,7 +281,7 @@ protected:
         ASSERT_TRUE(m_line.IsAlive());
         if (!LbOs::CloseForOthers(m_child->GetWaitHandle()))
         {
-            GTEST_SKIP() << "handles are not found by chance here";
+            GTEST_SKIP() << "a test cannot guess handles here";
         }
     }
 
@@ -372,7 +372,7 @@ TEST(OsChildProcess, EndsWhenTheDebuggerReleasesIt)
     auto hold = LbOs::HoldEnd(child->GetId());
     if (!hold)
     {
-        GTEST_SKIP() << "nobody can hold the end of a process here";
+        GTEST_SKIP() << "the end of a process cannot be hidden here";
     }
 
     EXPECT_FALSE(child->Wait(10));
@@ -398,7 +398,7 @@ TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
 {
     if constexpr (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "children share the input";
+        GTEST_SKIP() << "child processes share the input here";
     }
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Eingabe.txt", "Text");

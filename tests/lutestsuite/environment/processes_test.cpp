@@ -162,7 +162,7 @@ TEST(ExecuteWithTimeout, AcceptsExecutablesWithTabsAndQuotationMarksInTheirPaths
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "no such names here";
+        GTEST_SKIP() << "files cannot have such names here";
     }
     const ScopedFolder folder;
     for (const wchar_t* const name : {L"mit\tTab ", L"\"mit\"Zeichen "})
@@ -235,7 +235,7 @@ TEST(KillAllByName, WarnsWhenTheSystemDoesNotListItsProcesses)
     const CapturedOutput output;
     if (!LbOs::SetFilesForbidden(true))
     {
-        GTEST_SKIP() << "the system always tells";
+        GTEST_SKIP() << "listing processes cannot be made to fail here";
     }
     LuTestSuiteUtils::KillAllByName(L"gibt-es-nicht");
     LbOs::SetFilesForbidden(false);
@@ -338,7 +338,7 @@ TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "processes are killed by id, not by name, here";
+        GTEST_SKIP() << "the name of a process is not checked here";
     }
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);

@@ -81,7 +81,7 @@ TEST_F(RunCommandLine, IsTrueWhenTheHeapGrew)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)
     {
-        GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+        GTEST_SKIP() << "this process does not use the heap of the shared run-time";
     }
     m_folder.MakeFolder(L"CPassedModel");
     m_folder.MakeFolder(L"CHeapModel");

@@ -64,7 +64,7 @@ class RunExternalEndsOf : public RunExternalEnds, public testing::WithParamInter
 TEST_P(RunExternalEndsOf, NameTheReason)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitizers end what crashes";
+    GTEST_SKIP() << "sanitizers handle crashes themselves";
 #endif
     const std::wstring messages = RunForMessages(GetParam().caseName);
 

@@ -42,7 +42,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessWhenACaseHasUsedAllMemory)
 
     if (result.cases.at(1).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "the system limits nobody's memory";
+        GTEST_SKIP() << "the system does not limit memory";
     }
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Exception);
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);

@@ -53,7 +53,7 @@ TEST_F(RunExternalNames, AreNotMissedByTheProcessThatIsThere)
 
     if (!ExpectPassed(result))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_EQ(result.cases.at(2).messages, L"\t\tINFO:  2\n");
 }
@@ -64,7 +64,7 @@ TEST_F(RunExternalNames, AreNewForTheNextProcess)
 
     if (!ExpectPassed(result))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 1);
     EXPECT_EQ(result.cases.at(4).messages, L"\t\tINFO:  2\n");
@@ -80,7 +80,7 @@ TEST_F(RunExternalNames, AreNewWhenAProcessHasEndedBetweenTwoCases)
 
     if (!ExpectPassed(result))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_EQ(result.cases.at(1).messages, L"\t\tINFO:  1\n");
 }
@@ -93,7 +93,7 @@ TEST_F(RunExternalNames, AreNewForIsolatedCases)
 
     if (!ExpectPassed(Run(setup)))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
 }
 

@@ -40,7 +40,7 @@ TEST_F(RunExternalSignalState, IsThatOfTheRunInLaterProcesses)
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "there are no signals";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     EXPECT_NE(expected.find(L"SigBlk"), std::wstring::npos);
     EXPECT_EQ(result.cases.at(1).messages, expected);
@@ -52,7 +52,7 @@ TEST_F(RunExternalSignalState, HidesNoExitStatus)
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput || !LbOs::RemembersForgottenChildren())
     {
-        GTEST_SKIP() << "the system forgets nothing, or all";
+        GTEST_SKIP() << "only Linux from kernel 6.15 on keeps the status of ignored children";
     }
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Unknown);
     EXPECT_NE(result.cases.at(1).messages.find(models::c_EndOfProcess + std::wstring(L"Status 3\n")),
@@ -69,7 +69,7 @@ TEST_F(RunExternalSignalState, LeavesTheNextCaseToAnotherProcessWhenOneHasNoMemo
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "there are no signals";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Exception);
     EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);

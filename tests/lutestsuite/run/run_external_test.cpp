@@ -339,7 +339,7 @@ TEST_F(RunExternal, CountsTheHeapWhereTheCaseRuns)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)
     {
-        GTEST_SKIP() << "the heap is not that of the shared run-time";
+        GTEST_SKIP() << "this process does not use the heap of the shared run-time";
     }
     LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CHeapScript", {L"pre", L"nil", L"run", L"end"})});
     setup.dlls = {L"heapscript"};

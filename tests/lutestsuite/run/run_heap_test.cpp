@@ -46,7 +46,7 @@ protected:
     {
         if (LbOs::GetHeapFunctions().malloc == nullptr)
         {
-            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+            GTEST_SKIP() << "this process does not use the heap of the shared run-time";
         }
     }
 
@@ -91,7 +91,7 @@ TEST_F(RunHeap, GrowthIsShownInGoldenrodAndTheCasePasses)
     EXPECT_EQ(result.cases.at(0).memoryGrowth, 16U);
     EXPECT_TRUE(result.cases.at(0).warning);
     EXPECT_EQ(result.cases.at(0).result, LuTestSuiteRun::ECaseRunResult::Ok);
-    EXPECT_EQ(result.cases.at(1).memoryGrowth, 0U) << "a block of another case";
+    EXPECT_EQ(result.cases.at(1).memoryGrowth, 0U) << "the block belongs to another case";
 }
 
 TEST_F(RunHeap, GrowthIsNoWarningWithoutTheFlag)

@@ -188,7 +188,7 @@ TEST_F(RunReports, UseTheirOwnNamesWithoutAPerUserFolder)
     const ScopedEnvironmentVariable windows(L"APPDATA", L"");
     if (!LbOs::GetUserDataDirectory().empty())
     {
-        GTEST_SKIP() << "the system knows the folder all the same";
+        GTEST_SKIP() << "the system finds the folder without these variables";
     }
     m_setup.xmlReport = GetPathOf(L"Report.xml");
     m_setup.autoHtml = true;
@@ -203,7 +203,7 @@ TEST_F(RunReports, AreOpenedOnTheDesktopWithoutWaitingForIt)
 {
     if (!OpenedFiles::CanStandIn())
     {
-        GTEST_SKIP() << "there is no way to stand in for the desktop";
+        GTEST_SKIP() << "the desktop cannot be replaced here";
     }
     const OpenedFiles opened;
     const ScopedEnvironmentVariable path(L"PATH", opened.GetSearchPath());
@@ -223,7 +223,7 @@ TEST_F(RunReports, DoNotFailTheRunWithoutADesktop)
 {
     if (!OpenedFiles::CanStandIn())
     {
-        GTEST_SKIP() << "the desktop cannot be taken away";
+        GTEST_SKIP() << "the desktop cannot be removed here";
     }
     const ScopedFolder empty;
     const ScopedEnvironmentVariable path(L"PATH", empty.GetPath());

@@ -24,7 +24,7 @@ protected:
     void SetUp() override
     {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        GTEST_SKIP() << "sanitizers end what crashes";
+        GTEST_SKIP() << "sanitizers handle crashes themselves";
 #endif
         if (LbPath::c_Separator == L'\\')
         {

@@ -193,7 +193,7 @@ TEST(ExternalContext, ReplacesChildrenThatComeTooLateForTheirNames)
 
     if (!areRemoved)
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_GE(index, 0);
 }
