@@ -92,7 +92,7 @@ TEST_F(CaseLines, ShowShrunkenMemoryWithItsSign)
               L"WARNUNG (Ein Speicheranstieg von -8 Bytes wurde entdeckt)");
 }
 
-TEST_F(CaseLines, KeepErrorsThatAlsoGrew)
+TEST_F(CaseLines, ShowTheErrorOfACaseThatAlsoGrew)
 {
     SCaseInfo info = MakeWarning(16);
     info.result = ECaseRunResult::Different;

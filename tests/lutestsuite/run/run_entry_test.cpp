@@ -116,7 +116,7 @@ TEST_F(RunCommandLine, ShowsOnlyTheHelpWithoutArguments)
     EXPECT_EQ(GetUtf8(), LbEncoding::ToUtf8(LuTestSuiteUtils::GetCommandLineHelp()));
 }
 
-TEST_F(RunCommandLine, StartsNothingBesideTheHelp)
+TEST_F(RunCommandLine, ShowsOnlyTheHelpDespiteOtherModes)
 {
     m_folder.MakeFolder(L"CFailedModel");
 

@@ -149,7 +149,7 @@ TEST_F(RunEvents, ComeFromTheWorkerWhileOthersAreBusy)
     EXPECT_EQ(m_events.lines.back(), L"ended 2");
 }
 
-TEST_F(RunEvents, ComeOneAtATimeAndBesideNoQuestion)
+TEST_F(RunEvents, ComeOneAtATimeAndNeverDuringTheCancellationQuery)
 {
     LuTestSuiteSetup setup = MakeObserved(8);
     setup.params.repetitions = 100;
@@ -274,7 +274,7 @@ TEST_F(RunEvents, TellWhatACaseHadWrittenAtItsTimeLimit)
     EXPECT_EQ(end.info.messages, L"");
 }
 
-TEST_F(RunEvents, TellOfACaseThatCannotBeAskedFor)
+TEST_F(RunEvents, TellOfACaseWhoseNameIsTooLong)
 {
     Watch(MakeSetup({MakeUnitTest(L"CObservedModel", {std::wstring(1024, L'n')})}));
 

@@ -47,7 +47,7 @@ private:
     std::vector<std::wstring> m_caseNames;
 };
 
-TEST_F(RunExternalNames, AreNotMissedByTheProcessThatIsThere)
+TEST_F(RunExternalNames, AreNotNeededByARunningProcess)
 {
     const SRunResult result = Run(MakeIntrusive({c_Removes, L"zählt", L"zählt"}));
 

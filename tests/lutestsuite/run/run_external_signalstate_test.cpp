@@ -30,7 +30,7 @@ protected:
     }
 };
 
-TEST_F(RunExternalSignalState, IsThatOfTheRunInLaterProcesses)
+TEST_F(RunExternalSignalState, IsUnchangedInLaterProcesses)
 {
     LuTestSuiteSetup before = MakeExternal({MakeUnitTest(L"CIntrusiveModel", {L"nennt Signale"})});
     before.dlls.emplace_back(L"intrusivemodels");
@@ -60,7 +60,7 @@ TEST_F(RunExternalSignalState, HidesNoExitStatus)
     EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
 }
 
-TEST_F(RunExternalSignalState, LeavesTheNextCaseToAnotherProcessWhenOneHasNoMemory)
+TEST_F(RunExternalSignalState, RunsTheNextCaseInAnotherProcessWhenMemoryHasRunOut)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers end the process when there is no memory";

@@ -67,7 +67,7 @@ TEST_F(RunExternalSpares, ExistBeforeTheNextCase)
 }
 
 /// Three cases need at most three children, even with eight workers.
-TEST_F(RunExternalSpares, AreNoMoreThanCasesOnWorkers)
+TEST_F(RunExternalSpares, AreNoMoreThanCasesOnManyWorkers)
 {
     LuTestSuiteSetup setup = MakeCrash({L"schläft kurz"});
     setup.params.isolated = true;

@@ -112,11 +112,11 @@ TEST_P(RunParallelCrashes, EndAsTheTableSays)
 }
 
 /// Without the mode whose threads take seconds to start.
-class RunParallelModesBesides : public RunParallelModes
+class RunParallelFasterModes : public RunParallelModes
 {
 };
 
-TEST_P(RunParallelModesBesides, CallBackOnceForEachCase)
+TEST_P(RunParallelFasterModes, CallBackOnceForEachCase)
 {
     LuTestSuiteSetup setup =
         MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"}), MakeUnitTest(L"CFailedModel", {L"allein"})});
@@ -130,7 +130,7 @@ TEST_P(RunParallelModesBesides, CallBackOnceForEachCase)
     EXPECT_EQ(counts, (std::map<ECaseRunResult, int>{{ECaseRunResult::Ok, 5}, {ECaseRunResult::Error, 5}}));
 }
 
-TEST_P(RunParallelModesBesides, KeepTheRecordOfACaseWithTooLongAName)
+TEST_P(RunParallelFasterModes, KeepTheRecordOfACaseWithTooLongAName)
 {
     LuTestSuiteSetup setup =
         MakeSetup({MakeUnitTest(std::wstring(1024, L'K'), {L"Fall"}), MakeUnitTest(L"CPassedModel", {L"eins"})});
@@ -143,7 +143,7 @@ TEST_P(RunParallelModesBesides, KeepTheRecordOfACaseWithTooLongAName)
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
 }
 
-TEST_P(RunParallelModesBesides, CutMessagesAtTheirLimit)
+TEST_P(RunParallelFasterModes, CutMessagesAtTheirLimit)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CLongMessageModel", {L"über der Grenze"})});
     setMode(GetParam(), setup);
@@ -163,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, RunParallelModes, testing::ValuesIn(c_Modes), ge
 INSTANTIATE_TEST_SUITE_P(Modes, RunParallelCrashes,
                          testing::ValuesIn(std::ranges::find_if(c_Modes, &SMode::external), std::end(c_Modes)),
                          getModeName);
-INSTANTIATE_TEST_SUITE_P(Modes, RunParallelModesBesides, testing::ValuesIn(std::begin(c_Modes) + 1, std::end(c_Modes)),
+INSTANTIATE_TEST_SUITE_P(Modes, RunParallelFasterModes, testing::ValuesIn(std::begin(c_Modes) + 1, std::end(c_Modes)),
                          getModeName);
 
 } // namespace

@@ -71,7 +71,7 @@ TEST_F(RunParallel, UsesAtMost256Workers)
     }
 }
 
-TEST_F(RunParallel, RunsTheOthersAfterwardsOnTheCallingThread)
+TEST_F(RunParallel, RunsSequentialCasesAfterwardsOnTheCallingThread)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 1);
     setup.unitTests = {MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"}),

@@ -91,7 +91,7 @@ TEST_F(RunReports, AreWrittenAfterTheSummary)
                                              m_setup.xmlReport + L" konnte nicht erzeugt werden.\n"));
 }
 
-TEST_F(RunReports, AreWrittenOfARunWithoutCases)
+TEST_F(RunReports, AreWrittenForARunWithoutCases)
 {
     m_setup = MakeSetup(m_folder.MakeFolder(L"leer"));
     m_setup.xmlReport = GetPathOf(L"Report.xml");

@@ -89,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SFault{L"Endlosschleife", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"},
                     SFault{L"Verklemmung", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"}));
 
-TEST_F(RunStacks, StandInTheMessagesBehindTheReason)
+TEST_F(RunStacks, FollowTheReasonInTheMessages)
 {
     const EventRecorder::SEnd end = RunFor(L"Zugriffsverletzung");
 

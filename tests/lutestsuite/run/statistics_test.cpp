@@ -50,11 +50,11 @@ TEST(CountCases, CountsWarningsOfCasesAndUnitTests)
 }
 
 /// The parameter is a result that counts as a failure.
-class CountCasesSpoiled : public testing::TestWithParam<ECaseRunResult>
+class CountCasesFailure : public testing::TestWithParam<ECaseRunResult>
 {
 };
 
-TEST_P(CountCasesSpoiled, DoesNotCountAUnitTestWithSuchACaseAsPassed)
+TEST_P(CountCasesFailure, KeepsTheUnitTestFromPassing)
 {
     const SStats stats = Count({MakeCase(0, ECaseRunResult::Ok, false), MakeCase(1, ECaseRunResult::Ok, false),
                                 MakeCase(1, GetParam(), false)},
@@ -64,7 +64,7 @@ TEST_P(CountCasesSpoiled, DoesNotCountAUnitTestWithSuchACaseAsPassed)
     EXPECT_EQ(stats.unitTestsPassed, 1U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Results, CountCasesSpoiled,
+INSTANTIATE_TEST_SUITE_P(Results, CountCasesFailure,
                          testing::Values(ECaseRunResult::Error, ECaseRunResult::Exception, ECaseRunResult::NoInput,
                                          ECaseRunResult::Different, ECaseRunResult::Unknown,
                                          ECaseRunResult::NoMatchingCase, ECaseRunResult::Canceled,

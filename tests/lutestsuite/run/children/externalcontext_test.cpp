@@ -134,7 +134,7 @@ TEST(ExternalContext, UsesSparesForIsolatedCases)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-TEST(ExternalContext, DoesNotTouchTheSparesOfOthers)
+TEST(ExternalContext, DoesNotUseSparesForOtherCases)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -179,7 +179,7 @@ TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 }
 
 /// A case may remove the names of the shared objects before the child has opened them.
-TEST(ExternalContext, ReplacesChildrenThatComeTooLateForTheirNames)
+TEST(ExternalContext, ReplacesAChildWhoseObjectsLostTheirNames)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
