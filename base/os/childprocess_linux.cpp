@@ -39,7 +39,7 @@ struct CChildProcess::SState
 
     bool WaitForEnd(std::uint32_t milliseconds);
 
-    /// Of a process that has ended.
+    /// Precondition: the process has ended.
     void Reap();
 
     /// Kills the process, and its descendants if `isTreeEnded`.
@@ -57,7 +57,7 @@ std::int64_t toExitStatus(const siginfo_t& end)
     return end.si_code == CLD_EXITED ? end.si_status : -std::int64_t{end.si_status};
 }
 
-/// From what waitpid() would say.
+/// Converts a status as waitpid() returns it.
 std::int64_t toExitStatus(int status)
 {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -std::int64_t{WTERMSIG(status)};
@@ -80,12 +80,12 @@ std::optional<siginfo_t> CChildProcess::SState::Poll(int options)
     do
     {
         file.Ensure(process);
-        // Where there can be no descriptor, the number has to do.
+        // Without a descriptor, the process is identified by its id.
         const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
         const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
         isKnown = waitid(kind, name, &end, WEXITED | options) == 0;
     }
-    while (!isKnown && errno != ECHILD); // A signal came, or the descriptor was closed meanwhile.
+    while (!isKnown && errno != ECHILD); // Repeats after a signal, or if the descriptor was closed meanwhile.
     return isKnown ? std::optional(end) : std::nullopt;
 }
 

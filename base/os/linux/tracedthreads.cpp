@@ -82,14 +82,14 @@ void CTracedThreads::awaitStops(Deadline deadline)
         while (!thread.isStopped)
         {
             siginfo_t info = {};
-            // The end of a thread or of the process is for others to take.
+            // Without WEXITED, because other code waits for the end of the process.
             const int waited = waitid(P_PID, static_cast<id_t>(thread.id), &info, WSTOPPED | WNOHANG | __WALL);
             if (waited != 0 || std::chrono::steady_clock::now() > deadline)
             {
                 break;
             }
             thread.isStopped = info.si_pid == thread.id;
-            // The upper bits name a stop that no signal has caused.
+            // The upper bits are set if no signal has caused the stop.
             thread.signal = thread.isStopped && info.si_status >> 8 == 0 ? info.si_status : 0;
             if (!thread.isStopped)
             {
