@@ -39,7 +39,7 @@ std::atomic<std::uint32_t> s_channelCount = 0;
 std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
                                  const std::wstring& requestEventId, const std::wstring& responseEventId)
 {
-    // A run over a host's own list of unit tests may have no data directory; the child wants one and does not look.
+    // A run of a host's own list of unit tests may have no data directory; the child requires one but does not read it.
     const std::wstring dataDirectory = settings.dataDirectory.empty()
                                            ? LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)
                                            : settings.dataDirectory;
@@ -108,7 +108,7 @@ bool CChildChannel::ensureNames()
 
 void CChildChannel::endChild()
 {
-    // A child that leaves ends what its cases have started.
+    // A child that exits by itself ends what its cases have started.
     if (m_child && m_child->GetExitStatus() != 0)
     {
         m_child->Terminate();
@@ -123,7 +123,7 @@ void CChildChannel::startChild()
     {
         return;
     }
-    // What the child before this one has left behind.
+    // Removes signals left by the previous child.
     m_objects->request->Reset();
     m_objects->response->Reset();
     LbOs::SChildOptions options;
@@ -166,8 +166,8 @@ bool CChildChannel::MakeReady()
 bool CChildChannel::isNotTaken(EEnd end)
 {
     // If a child that has served cases, or may be leaving, dies before it takes a request, earlier cases are to blame.
-    // A spare's start may have failed for lack of what the case that was under way then has given back since. If the
-    // names are gone, the child may have come too late for them.
+    // A spare child may have failed for lack of resources that a running case has freed since. If the names are gone,
+    // the child may have been too late to open the objects.
     const bool isGone = end == EEnd::ChildEnded || end == EEnd::Failed;
     const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || !m_objects->AreNamed();
     return end == EEnd::NotTaken || (isGone && mayHaveFailed && withdraw());
@@ -197,7 +197,7 @@ void CChildChannel::Submit()
     {
         return;
     }
-    constexpr std::uint32_t c_Doubt = 1000; // The child began to wait earlier than this side knows.
+    constexpr std::uint32_t c_Doubt = 1000; // The child began to wait before the parent started its timer.
     m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     if (m_sharing.IsNext())
     {

@@ -33,7 +33,7 @@ bool CSpareChildren::takePlace(const std::function<std::size_t()>& count)
     return true;
 }
 
-/// Null when something is missing for it.
+/// Null if the child cannot be started or gets no resources.
 std::unique_ptr<CChildChannel> CSpareChildren::start() const
 {
     try
@@ -45,7 +45,7 @@ std::unique_ptr<CChildChannel> CSpareChildren::start() const
     }
     catch (...)
     {
-        // The running case needs none. A case without a child reports that itself.
+        // Not an error yet: the case that needs the child starts it again and reports the failure.
         return nullptr;
     }
 }
@@ -70,7 +70,7 @@ void CSpareChildren::Start(const std::function<std::size_t()>& count)
 std::unique_ptr<CChildChannel> CSpareChildren::Take()
 {
     std::unique_lock lock(m_mutex);
-    // To start another one would take as long.
+    // Waits for a child that is starting, because starting another one would take as long.
     m_started.wait(lock, [this] {
         dropEnded();
         return !m_channels.empty() || m_starting == 0;
