@@ -158,7 +158,7 @@ bool CNamedEvent::Reset()
 
 EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* child)
 {
-    // If another process's descriptor got the closed one's number, only polling notices the end.
+    // If a descriptor of another process now has the number of the closed one, only polling notices the end.
     constexpr std::int64_t c_PollInterval = 1000;
     constexpr int c_Child = 1;
     using Clock = std::chrono::steady_clock;

@@ -37,8 +37,8 @@ LB_API void KillProcess(const SProcess& process);
 /// Windows. Callable from any thread.
 LB_API std::uint64_t GetProcessLimit() noexcept;
 
-/// Whether the system lets the user have so few processes and threads (fewer than 1024 on Linux) that those which are
-/// only useful could keep others from starting. False on Windows. Callable from any thread.
+/// True if the system lets the user have so few processes and threads (fewer than 1024 on Linux) that optional ones
+/// could keep necessary ones from starting. False on Windows. Callable from any thread.
 LB_API bool HasFewProcesses() noexcept;
 
 /// How many of `wanted` threads can be started now; they are started and ended. Callable from any thread.

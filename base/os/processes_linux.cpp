@@ -42,7 +42,7 @@ std::atomic<pid_t> s_firstParent = [] {
     return getppid();
 }();
 
-/// Threads that wait for one another, so that they are there at the same time.
+/// Threads that wait for one another, so that all of them exist at the same time.
 class CProbeThreads
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/os/windows/api.h"
 
-// Need windows.h in front of them.
+// After windows.h, which they need.
 #include <psapi.h>
 #include <tlhelp32.h>
 
