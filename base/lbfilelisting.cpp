@@ -17,8 +17,8 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-/// True when `name` matches `wildcard`. On a mismatch only the last "*" takes one character more, which is enough: what
-/// stands before it has matched as early as possible.
+/// True if `name` matches `wildcard`. After a mismatch only the last "*" is extended by one character. That is enough,
+/// because everything before it has matched as early as possible.
 bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
 {
     std::size_t position = 0;
@@ -51,7 +51,7 @@ bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
     return wildcard.find_first_not_of(L'*', inWildcard) == std::wstring_view::npos;
 }
 
-/// A text that no other pattern has: wildcards with an end each, then the excluded ones.
+/// A unique text for the pattern: each wildcard with an end mark, then the excluded ones.
 std::wstring getKey(const LbFilePattern& pattern)
 {
     std::wstring key;
@@ -67,7 +67,7 @@ std::wstring getKey(const LbFilePattern& pattern)
     return key;
 }
 
-/// Names one behind the other.
+/// Names in one text, one after the other.
 struct SNames
 {
     std::wstring text;
@@ -108,7 +108,7 @@ public:
     std::span<const std::uint32_t> GetMatches(const LbFilePattern& pattern) const override;
 
 private:
-    /// Of all that is kept for sure, and of the matches of one pattern.
+    /// The memory for everything that is always kept, and for the matches of one pattern.
     static std::size_t getSize(const std::wstring& directory, const SNames& names)
     {
         constexpr std::size_t c_Other = 1024;
@@ -120,7 +120,7 @@ private:
     std::pmr::wstring m_directory;
     std::pmr::wstring m_text;
     std::pmr::vector<std::uint32_t> m_begins; ///< one more than names
-    mutable LbCriticalSection m_mutex;        ///< of the matches and of the memory from now on
+    mutable LbCriticalSection m_mutex;        ///< protects the matches and, after construction, the memory
     mutable std::pmr::map<std::pmr::wstring, std::pmr::vector<std::uint32_t>, std::less<>> m_matches;
 };
 
@@ -180,13 +180,13 @@ SharedListing readListing(const std::wstring& directory)
     return std::allocate_shared<CListing>(allocator, directory, readNames(directory));
 }
 
-/// A listing with what is known of its folder.
+/// A listing and the state of its folder.
 struct SKept
 {
     SharedListing listing;
     LbOs::SDirectoryStamp stamp;
     Clock::time_point seenSince; ///< the folder has shown this stamp
-    bool isTrusted = false;      ///< no change can have escaped the stamp
+    bool isTrusted = false;      ///< the stamp shows every change
     std::uint64_t lastUse = 0;
 };
 
@@ -201,8 +201,8 @@ private:
     Clock::time_point getSeenSince(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp);
     void keep(SKept kept);
 
-    LbCriticalSection m_readMutex; ///< one thread reads: the others find the listing that they wait for
-    LbCriticalSection m_mutex;     ///< of all below
+    LbCriticalSection m_readMutex; ///< one thread reads at a time: the others then find its listing
+    LbCriticalSection m_mutex;     ///< protects all below
     std::pmr::unsynchronized_pool_resource m_memory{&GetEternal<CPageMemory>()};
     std::pmr::unordered_map<std::wstring_view, SKept> m_kept{&m_memory}; ///< by the folders that the listings hold
     std::uint64_t m_uses = 0;

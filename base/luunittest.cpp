@@ -16,7 +16,7 @@ namespace
     throw LbException(LbFormat(L"Untertest %u gibt es nicht, es sind %u", subtest, count));
 }
 
-/// Of a sub-test of the entry, whatever name the class gives it.
+/// The name of the sub-test's file. The class may give the sub-test itself another name.
 template<typename Entry>
 std::wstring getFileName(const Entry& entry, std::uint32_t subtest)
 {

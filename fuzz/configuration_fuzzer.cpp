@@ -1,5 +1,5 @@
-/// Any bytes as a configuration file and as the configuration of archive runs: each reader takes it or says why not,
-/// and what it takes is complete.
+/// Checks for any bytes, as a configuration file and as the configuration of archive runs, that the reader either
+/// returns complete values or throws a message.
 #include <algorithm>
 
 #include "fuzz/fuzzing.h"
@@ -54,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static const Fuzzing::CInputFile s_file("configuration.xml");
     s_file.Write(Fuzzing::GetText(data, size));
-    // Their root elements differ.
+    // The two formats have different root elements.
     Fuzzing::Check(!isConfiguration(s_file.GetPath()) || !isArchiveConfiguration(s_file.GetPath()));
     return 0;
 }

@@ -1,5 +1,5 @@
-/// Any bytes as the description file of a unit test: each parameter of a case has a known name and the type of that
-/// name, and disabled cases are left out.
+/// Checks for any bytes as a description file that each parameter has a known name and the type that belongs to it, and
+/// that disabled cases are left out.
 #include "base/luunittest.h"
 #include "fuzz/fuzzing.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
@@ -15,7 +15,7 @@ class CFuzzed : public LuUnitTest
 public:
     void InitSubtests() override
     {
-        // Short names, which no expression searches for long.
+        // Short names, so that no expression takes long.
         for (const wchar_t* const name : {L"a", L"ab", L"a.txt", L"ä旧"})
         {
             AddSubtest(name, [] {});

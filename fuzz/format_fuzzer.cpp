@@ -1,8 +1,8 @@
-/// Any text as a format, with any arguments: the check and the formatter agree, nothing behind a text is read, and
-/// numbers print as the C library prints them.
+/// Checks for any text as a format, with any arguments, that the check and the formatter agree, that no text is read
+/// beyond its end, and that numbers print as the C library prints them.
 ///
-/// The input is text: the format in the first line, then a line for each argument. Its first character says the type,
-/// as takeArgument lists them, the rest is the value.
+/// The input is text: the format in the first line, then a line for each argument. The first character of such a line
+/// is the type of the argument (see takeArgument), the rest is its value.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -56,7 +56,7 @@ Value takeArgument(std::string_view line)
         return wide.empty() ? L'\0' : wide.front();
     case 'C':
         return text.empty() ? '\0' : text.front();
-    case 's': // without terminating zero, so that reads behind them show
+    case 's': // without terminating zero, so that a sanitizer detects reading beyond the end
         return std::vector<wchar_t>(wide.begin(), wide.end());
     case 'S':
         return std::vector<char>(text.begin(), text.end());
@@ -96,7 +96,7 @@ LbFormatArgument pack(const Value& value)
         value);
 }
 
-/// One conversion of a format that fits.
+/// One conversion of a valid format.
 struct SPiece
 {
     std::wstring format;
@@ -104,7 +104,7 @@ struct SPiece
     std::vector<int> counts;
 };
 
-/// The conversion at the begin of a format that has no mistake: the shortest beginning that is one.
+/// Takes the conversion at the beginning of a valid format. It is the shortest prefix that is a conversion.
 SPiece takePiece(std::wstring_view& format)
 {
     for (std::size_t length = 2; length <= format.size(); ++length)
@@ -143,7 +143,7 @@ std::wstring printByLibrary(const SPiece& piece, T value)
     return s_buffer.substr(0, static_cast<std::size_t>(length));
 }
 
-/// The length that C wants for this argument, or none when the format has another one.
+/// True if the format has the length that C requires for an argument of this type.
 template<typename T>
 bool hasLengthOf(const LbPrintf::SConversion& conversion, std::wstring_view format)
 {
@@ -183,7 +183,7 @@ void compareWithLibrary(const SPiece& piece, const Value& value, const std::wstr
         value);
 }
 
-/// A format that has no mistake, printed piece by piece.
+/// Prints a valid format piece by piece.
 class CPiecewise
 {
 public:
@@ -192,7 +192,7 @@ public:
     {
     }
 
-    /// Nothing when that would take long.
+    /// Empty if that would take long.
     std::optional<std::wstring> Print(std::wstring_view format)
     {
         std::wstring result;
@@ -250,7 +250,7 @@ private:
     std::size_t m_next = 0;
 };
 
-/// What a format that is made at run time prints, or nothing when that throws.
+/// The text that a format made at run time prints; empty if that throws.
 std::optional<std::wstring> print(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
 {
     try

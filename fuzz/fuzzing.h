@@ -14,7 +14,7 @@
 namespace Fuzzing
 {
 
-/// Ends the process, which is a finding, unless the condition is true.
+/// Ends the process unless the condition is true; libFuzzer reports that as a finding.
 inline void Check(bool isGood)
 {
     if (!isGood)

@@ -1,4 +1,4 @@
-/// Any arguments: the command line is taken, or refused with a line that says why, and no value is made up.
+/// Checks for any arguments that they are accepted, or refused with an error line, and that no value is invented.
 ///
 /// The input is text with an argument in each line.
 #include <algorithm>
@@ -36,14 +36,14 @@ Texts getArguments(std::string_view input)
     Texts arguments = {L"LuTestSuiteCLI"};
     while (!input.empty())
     {
-        // The system hands over no argument with a zero.
+        // An argument from the system ends at its first zero.
         const std::wstring line = LbEncoding::FromUtf8(Fuzzing::TakeLine(input));
         arguments.emplace_back(line.c_str());
     }
     return arguments;
 }
 
-/// An argument of the command line, whole, that is no option.
+/// True if the text equals an argument and is not an option.
 bool isValue(const std::wstring& text, const Texts& arguments)
 {
     return !text.starts_with(L'-') && std::ranges::find(arguments, text) != arguments.end();

@@ -1,4 +1,4 @@
-/// Any bytes as an XML report: the reader takes it or refuses it, and what it takes fits a report.
+/// Checks for any bytes as an XML report that the reader refuses them or returns a valid record.
 #include <cmath>
 
 #include "fuzz/fuzzing.h"

@@ -1,5 +1,5 @@
-/// Any bytes as the request of a parent: a child takes it or leaves it, stays within the buffer, and answers with a
-/// result and with messages that the parent can read.
+/// Checks for any bytes as the request of a parent that the child ignores it, or stays within the buffer and answers
+/// with a result and messages that the parent can read.
 #include <algorithm>
 #include <cstring>
 
@@ -14,9 +14,9 @@ namespace
 
 using LuTestSuiteRun::SWorkBuffer;
 
-/// What lies in front of the messages.
+/// The size of the fields before the messages.
 constexpr std::size_t c_HeadSize = offsetof(SWorkBuffer, messages);
-/// Messages of the input, and those that are read again; all of them would take too long.
+/// Messages up to about this length are filled and read; the full length would take too long.
 constexpr std::uint32_t c_FewMessages = 64;
 
 class CFuzzed : public LuUnitTest
@@ -59,7 +59,7 @@ private:
     std::span<const std::uint8_t> m_bytes;
 };
 
-/// A name of the case that there is, or any units. A name of 255 fills its field without a terminator.
+/// Writes the good name, or bytes of the input. With 255 bytes the field is full and has no terminator.
 void fillName(char16_t (&field)[LuTestSuiteRun::c_NameCapacity], std::u16string_view good, CInput& input)
 {
     const std::size_t length = input.TakeNumber();

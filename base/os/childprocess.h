@@ -18,55 +18,55 @@ struct SChildOptions
     /// The executable's full path; empty: the first word of the command line, looked up as the system does.
     std::wstring program;
 
-    /// With the program's name as its first word, written as LbCommandLine says. Windows hands it on as it stands,
-    /// Linux splits it.
+    /// The first word is the program's name. Quoted as by LbCommandLine: Windows passes the text on unchanged, Linux
+    /// splits it.
     std::wstring commandLine;
 
     /// Empty: the caller's own.
     std::wstring workingDirectory;
 
-    /// No console window, and nothing behind standard input, output and error; else the child has those of the caller,
-    /// on Linux without the input: it is in the background, where reading from a terminal would stop it.
+    /// True: no console window, and standard input, output and error are the null device. False: the child has those of
+    /// the caller, but on Linux no input, because reading from a terminal would stop a process in the background.
     bool isSilent = false;
 
-    /// Receives what a silent child writes to standard error; null: nothing does. Must exist until the start returns.
+    /// Receives what a silent child writes to standard error; null: it is lost. Must exist until the start returns.
     const CChildOutput* errors = nullptr;
 
     /// The child starts with the blocked and ignored signals that PrepareStarts recorded; otherwise, or without a
     /// record, with the caller's. No effect on Windows.
     bool hasPreparedSignals = false;
 
-    /// The child and the processes that it started end at the latest with its object and with the present process,
-    /// however that ends. Without this they may outlive both, and only Terminate ends them.
+    /// The child and the processes that it started end at the latest with its object and with the current process, even
+    /// if that is killed. Without this they may outlive both, and only Terminate ends them.
     bool endsWithOwner = true;
 };
 
 /// Ends all descendants of the calling process, in any group or session. For a child with endsWithOwner, before it
 /// exits. Takes one system call if there are none, otherwise 1 to 2 ms, up to 3 s if some cannot be killed. No effect
-/// on Windows, where the owner's object does that. Any thread.
+/// on Windows, where the owner's job object ends them. Any thread.
 LB_API void EndDescendants() noexcept;
 
-/// A process that was started. One thread at a time, but different objects are independent of each other.
+/// A process that was started. For one thread at a time; different objects are independent of each other.
 class LB_API CChildProcess
 {
 public:
     static constexpr std::uint32_t sc_uiInfinite = 0xFFFFFFFFU;
 
-    /// Gets ready what all starts need, best while the process is small: on Linux a copy of it watches over what is
-    /// started with endsWithOwner, and keeps all the memory that the process has at that time. Without it the first
-    /// start does that. Also records which signals the calling thread blocks and the process ignores. Any thread.
+    /// Prepares all starts; otherwise the first start does so. On Linux a fork of the process watches over children
+    /// with endsWithOwner and keeps the memory that the process has at that time: call it while the process is small.
+    /// Also records which signals the calling thread blocks and the process ignores. Any thread.
     static void PrepareStarts();
 
     /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
     static std::unique_ptr<CChildProcess> Start(const SChildOptions& options);
 
-    /// See SChildOptions::endsWithOwner. On Linux that reaches what is in the process's group.
+    /// See SChildOptions::endsWithOwner. On Linux ends only processes in the child's group.
     ~CChildProcess();
 
     CChildProcess(const CChildProcess&) = delete;
     CChildProcess& operator=(const CChildProcess&) = delete;
 
-    /// Waits for up to `milliseconds`; true when the process has ended.
+    /// Waits for up to `milliseconds`; true if the process has ended.
     bool Wait(std::uint32_t milliseconds = sc_uiInfinite) const;
 
     bool IsRunning() const { return !Wait(0); }
@@ -87,14 +87,14 @@ public:
     void Detach();
 
     /// The process id; on Linux it may be reused once any code has waited for the process.
-    std::uint64_t GetNumber() const noexcept;
+    std::uint64_t GetId() const noexcept;
 
-    /// The system's handle that waits for the end, owned by the object. For the platform layer's own use. On Linux it
-    /// is another file's, or -1, if other code has closed it; the next Wait opens another.
+    /// The system's handle that waits for the end, owned by the object. Only for the platform layer. On Linux, if other
+    /// code has closed it, it is -1 or belongs to another file; the next Wait opens a new one.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:
-    /// One that the system cannot end is not waited for any longer.
+    /// The longest wait for a process that the system may be unable to end.
     static constexpr std::uint32_t sc_uiLongestEnd = 10000;
 
     struct SState;

@@ -39,7 +39,7 @@ struct CChildProcess::SState
 
     bool WaitForEnd(std::uint32_t milliseconds);
 
-    /// Of a process that has ended.
+    /// Precondition: the process has ended.
     void Reap();
 
     /// Kills the process, and its descendants if `isTreeEnded`.
@@ -57,7 +57,7 @@ std::int64_t toExitStatus(const siginfo_t& end)
     return end.si_code == CLD_EXITED ? end.si_status : -std::int64_t{end.si_status};
 }
 
-/// From what waitpid() would say.
+/// Converts a status as waitpid() returns it.
 std::int64_t toExitStatus(int status)
 {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -std::int64_t{WTERMSIG(status)};
@@ -79,13 +79,13 @@ std::optional<siginfo_t> CChildProcess::SState::Poll(int options)
     bool isKnown = false;
     do
     {
-        file.Assert(process);
-        // Where there can be no descriptor, the number has to do.
+        file.Ensure(process);
+        // Without a descriptor, the process is identified by its id.
         const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
         const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
         isKnown = waitid(kind, name, &end, WEXITED | options) == 0;
     }
-    while (!isKnown && errno != ECHILD); // A signal came, or the descriptor was closed meanwhile.
+    while (!isKnown && errno != ECHILD); // Repeats after a signal, or if the descriptor was closed meanwhile.
     return isKnown ? std::optional(end) : std::nullopt;
 }
 
@@ -98,8 +98,8 @@ bool CChildProcess::SState::HasEnded()
 bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
 {
     // Without a valid descriptor, only polling notices the end.
-    constexpr std::int64_t c_LookInterval = 1000;
-    constexpr std::int64_t c_LookIntervalWithoutFile = 1;
+    constexpr std::int64_t c_PollInterval = 1000;
+    constexpr std::int64_t c_PollIntervalWithoutFile = 1;
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
     while (!HasEnded())
@@ -109,7 +109,7 @@ bool CChildProcess::SState::WaitForEnd(std::uint32_t milliseconds)
         {
             return false;
         }
-        const std::int64_t interval = file.Get() < 0 ? c_LookIntervalWithoutFile : c_LookInterval;
+        const std::int64_t interval = file.Get() < 0 ? c_PollIntervalWithoutFile : c_PollInterval;
         const std::int64_t time = milliseconds == sc_uiInfinite ? interval : std::min(left, interval);
         if (Linux::WaitReadable({file.Get()}, static_cast<std::uint32_t>(time)) == 0)
         {
@@ -204,7 +204,7 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
         return nullptr;
     }
     // The process may have ended already, and there may be no descriptor for it.
-    state->file.Assert(state->process);
+    state->file.Ensure(state->process);
     return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
 }
 
@@ -258,7 +258,7 @@ void CChildProcess::PrepareStarts()
     Linux::EnsureKeeper();
 }
 
-std::uint64_t CChildProcess::GetNumber() const noexcept
+std::uint64_t CChildProcess::GetId() const noexcept
 {
     return static_cast<std::uint64_t>(m_state->process);
 }

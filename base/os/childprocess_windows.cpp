@@ -19,8 +19,8 @@ struct CChildProcess::SState
 namespace
 {
 
-/// A job takes in what its processes start, and ends them all at once: with `endsWithOwner` when its only handle is
-/// closed, which the system does when the present process ends.
+/// A job contains everything that its processes start and ends all of them at once: with `endsWithOwner` also when its
+/// only handle is closed, which the system does when the current process ends.
 Windows::Handle makeJob(bool endsWithOwner)
 {
     Windows::Handle job(CreateJobObjectW(nullptr, nullptr));
@@ -32,7 +32,7 @@ Windows::Handle makeJob(bool endsWithOwner)
     return isReady ? std::move(job) : Windows::Handle();
 }
 
-/// What a process is to be born with.
+/// The attributes for the start of a process.
 class CStartAttributes
 {
 public:
@@ -61,7 +61,7 @@ public:
     LPPROC_THREAD_ATTRIBUTE_LIST get() { return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(m_memory.data()); }
 
 private:
-    HANDLE m_job; // The list points here.
+    HANDLE m_job; // The attribute list refers to this member.
     std::vector<char> m_memory;
     bool m_isReady = false;
 };
@@ -83,7 +83,7 @@ const wchar_t* orNull(const std::wstring& text)
     return text.empty() ? nullptr : text.c_str();
 }
 
-/// The process is in its job from its first instruction on. Null on failure.
+/// Starts a process that is in its job from its first instruction on. Null on failure.
 Windows::Handle start(const SChildOptions& options, HANDLE job)
 {
     CStartAttributes attributes(job);
@@ -152,7 +152,7 @@ bool CChildProcess::Wait(std::uint32_t milliseconds) const
 void CChildProcess::Terminate()
 {
     TerminateJobObject(m_state->job.get(), 0);
-    // A process within a driver's call ends when that does, which may be never.
+    // A process inside a call of a driver ends only when the call returns, which may be never.
     Wait(sc_uiLongestEnd);
 }
 
@@ -170,7 +170,7 @@ void CChildProcess::Detach()
     m_state->endsWithOwner = false;
 }
 
-std::uint64_t CChildProcess::GetNumber() const noexcept
+std::uint64_t CChildProcess::GetId() const noexcept
 {
     return GetProcessId(m_state->process.get());
 }

@@ -45,7 +45,7 @@ struct SCrash
     std::optional<std::uintptr_t> target; ///< the memory address that the instruction accessed
     char module[sc_uiNameCapacity] = {};  ///< bare name in UTF-8 of the instruction's module; empty if there is none
     std::uintptr_t offset = 0;            ///< of the instruction in that module
-    std::uint64_t thread = 0;             ///< the system's number of the crashed thread
+    std::uint64_t thread = 0;             ///< the system's id of the crashed thread
     std::uint64_t context = 0;            ///< address of its registers as the system keeps them; 0 where unknown
 };
 

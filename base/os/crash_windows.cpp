@@ -54,21 +54,21 @@ constexpr SException c_Exceptions[] = {
     {c_FailedInitialization, {"STATUS_DLL_INIT_FAILED", "gescheiterter Start eines Moduls"}},
 };
 
-/// Null for a code of others than the system.
+/// Null for a code that does not come from the system.
 const SCrashKind* findKind(std::int64_t code)
 {
     const auto* const found = std::ranges::find(c_Exceptions, code, &SException::code);
     return found == std::end(c_Exceptions) ? nullptr : &found->kind;
 }
 
-/// What the run-time's own abort() ends with.
+/// The exit status of the run-time's own abort().
 constexpr UINT c_AbortStatus = 3;
 
 std::atomic<CrashReport> s_report = nullptr;
 std::atomic<LPTOP_LEVEL_EXCEPTION_FILTER> s_former = nullptr;
 std::atomic<DWORD> s_reporter = 0; ///< thread that calls the report
 
-/// By the pages' own records: to ask the loader would mean to wait for its lock.
+/// Asks for the mapping of the pages and not the loader, whose lock another thread may hold.
 void findPlace(SCrash& crash)
 {
     MEMORY_BASIC_INFORMATION pages = {};
@@ -82,14 +82,14 @@ void findPlace(SCrash& crash)
     const DWORD length = K32GetMappedFileNameW(GetCurrentProcess(), pages.AllocationBase, path, std::size(path) - 1);
     const std::wstring_view name =
         std::wstring_view(path, length).substr(std::wstring_view(path, length).rfind(L'\\') + 1);
-    // UTF-16 under another name.
+    // On Windows wchar_t is a unit of UTF-16.
     const std::u16string_view units(reinterpret_cast<const char16_t*>(name.data()), name.size());
     const std::size_t size = LbEncoding::ToUtf8(units, {crash.module, SCrash::sc_uiNameCapacity - 1});
     crash.module[size] = '\0';
     crash.offset = crash.address - reinterpret_cast<std::uintptr_t>(pages.AllocationBase);
 }
 
-/// Another thread that crashes meanwhile waits for the end; the same one ends the process.
+/// Another thread that crashes meanwhile waits for the end of the process. A crash within the report ends the process.
 void report(SCrash& crash)
 {
     const CrashReport report = s_report.load();
@@ -111,8 +111,8 @@ LONG CALLBACK endWithCode(EXCEPTION_POINTERS* exception)
 {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
     const LPTOP_LEVEL_EXCEPTION_FILTER former = s_former.load();
-    // The run-time's own has C++ exceptions go on to std::terminate, and knows the handlers that std::signal was given.
-    // There is hardly any stack left for it when that has overflowed.
+    // The run-time's own filter passes C++ exceptions to std::terminate and calls the handlers set by std::signal.
+    // After a stack overflow there is hardly any stack left for it.
     if (former != nullptr && record.ExceptionCode != EXCEPTION_STACK_OVERFLOW &&
         former(exception) == EXCEPTION_CONTINUE_EXECUTION)
     {
@@ -141,7 +141,7 @@ void endAborted(int /*signal*/)
     TerminateProcess(GetCurrentProcess(), c_AbortStatus);
 }
 
-/// Unless that has been done, or others have done it.
+/// Keeps an earlier handler of SIGABRT. May be called repeatedly.
 void takeExceptions()
 {
     const LPTOP_LEVEL_EXCEPTION_FILTER former = SetUnhandledExceptionFilter(&endWithCode);
@@ -171,14 +171,14 @@ void releaseExceptions()
     }
 }
 
-/// Stack that is left to the filter when all other is used up.
+/// Reserves stack for the filter in case the stack overflows.
 void keepStack()
 {
     ULONG guarantee = 65536;
     SetThreadStackGuarantee(&guarantee);
 }
 
-/// Whether exceptions end the process in silence once the report is gone.
+/// Whether exceptions end the process silently when there is no report any more.
 std::atomic<bool> s_isSilent = false;
 
 } // namespace
@@ -193,7 +193,7 @@ void LbOs::EndSilentlyOnCrash()
 
 std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
 {
-    // The system's own codes of failures have these bits; -1 has them all.
+    // The system's failure codes have these upper bits. -1 is different: it has all four bits.
     constexpr std::int64_t c_Severity = 0xF0000000;
     constexpr std::int64_t c_Failure = 0xC0000000;
     const SCrashKind* const kind = findKind(exitStatus);

@@ -11,8 +11,8 @@
 namespace LbOs
 {
 
-/// Detects added and removed entries: each such change moves the directory's times, except a change within the
-/// resolution of the file system's clock after another one.
+/// Detects added and removed entries, because they change the directory's times. Not detected: a change that follows
+/// another one within the resolution of the file system's clock.
 struct SDirectoryStamp
 {
     SFileIdentity identity;
@@ -32,8 +32,8 @@ public:
     /// Takes the full path of an existing directory.
     explicit CHomeDirectory(std::wstring path);
 
-    /// Makes the directory the working directory if it is not. Needs at most one cheap system call to check. False on
-    /// failure. Any thread.
+    /// Makes the directory the working directory unless it already is. That check needs at most one cheap system call.
+    /// False on failure. Any thread.
     bool Ensure() const;
 
 private:
@@ -41,7 +41,7 @@ private:
     SFileIdentity m_identity{}; ///< used only on Linux, where the path must be looked up
 };
 
-/// True if VisitDirectory would report an entry with exactly this name that is no directory. Looks up only this entry.
+/// True if VisitDirectory would report a non-directory with exactly this name. Looks up only this entry.
 LB_API bool HoldsFile(const std::wstring& directory, const std::wstring& name);
 
 } // namespace LbOs

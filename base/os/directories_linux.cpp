@@ -15,7 +15,7 @@ std::int64_t toNanoseconds(const timespec& time)
     return time.tv_sec * c_PerSecond + time.tv_nsec;
 }
 
-/// Links are followed; a link to nothing is no directory.
+/// Follows links. False for a link without a target.
 bool isDirectory(const std::string& path, struct stat status)
 {
     return S_ISDIR(status.st_mode) ||
@@ -42,7 +42,7 @@ LbOs::CHomeDirectory::CHomeDirectory(std::wstring path) : m_path(std::move(path)
 
 bool LbOs::CHomeDirectory::Ensure() const
 {
-    // An open directory would do without a question. But cases may close what they have not opened.
+    // Compares on each call. Keeping the directory open would avoid that, but a case may close any descriptor.
     struct stat status = {};
     const bool isThere = stat(".", &status) == 0 && SFileIdentity{status.st_dev, status.st_ino} == m_identity;
     return isThere || SetWorkingDirectory(m_path);
@@ -59,6 +59,6 @@ bool LbOs::HoldsFile(const std::wstring& directory, const std::wstring& name)
     std::string path = LbEncoding::ToNative(directory);
     path.append(1, '/').append(bytes);
     struct stat status = {};
-    // Several texts can stand for the same bytes, of which a listing shows one.
+    // Several texts can be converted to the same bytes; only one of them appears in a listing.
     return lstat(path.c_str(), &status) == 0 && !isDirectory(path, status) && LbEncoding::FromNative(bytes) == name;
 }

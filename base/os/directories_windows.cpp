@@ -9,7 +9,7 @@ namespace
 
 using LbOs::Windows::ToSystemPath;
 
-/// From the system's steps since 1601 to nanoseconds since 1970; since 1601 they would not fit.
+/// From the system's steps since 1601 to nanoseconds since 1970; nanoseconds since 1601 would not fit.
 std::int64_t toNanoseconds(const LARGE_INTEGER& steps)
 {
     constexpr std::int64_t c_StepsUntil1970 = 116'444'736'000'000'000;
@@ -59,7 +59,7 @@ LbOs::CHomeDirectory::CHomeDirectory(std::wstring path) : m_path(std::move(path)
 
 bool LbOs::CHomeDirectory::Ensure() const
 {
-    // The process knows the text itself, with a separator at the end of a drive's root only.
+    // The system returns the text with a separator at its end only for the root of a drive.
     std::wstring current = GetWorkingDirectory();
     if (!m_path.empty() && m_path.back() == L'\\' && !current.ends_with(L'\\'))
     {
@@ -84,8 +84,8 @@ bool LbOs::HoldsFile(const std::wstring& directory, const std::wstring& name)
         return false;
     }
     FindClose(found);
-    // The system also finds names in other letters, short names, and names with dots added. A link is told from what it
-    // leads to by another question, which files rarely need.
+    // The system also finds names in other letter case, short names, and names with added dots. Only links and
+    // directories need the second query, which tells what a link leads to.
     const bool isSpecial = (data.dwFileAttributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY)) != 0;
     return data.cFileName == name && (!isSpecial || QueryEntry(path) != EEntry::Directory);
 }

@@ -25,7 +25,7 @@ std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
 
 CFolderLock::~CFolderLock()
 {
-    // Copies of the process may have the folder open still.
+    // Forks of the process may still have the folder open.
     flock(static_cast<int>(m_handle), LOCK_UN);
     close(static_cast<int>(m_handle));
 }

@@ -11,7 +11,7 @@ namespace LbOs
 namespace
 {
 
-/// Opens or makes it. Where another user has made it, it can at least be waited for.
+/// Creates the mutex or opens it. Asks another user's mutex only for the rights that the lock needs.
 HANDLE openMutex(const std::wstring& name)
 {
     const HANDLE made = CreateMutexW(nullptr, FALSE, name.c_str());
@@ -29,7 +29,7 @@ std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
     }
     Windows::Handle mutex(openMutex(L"Global\\LuTestSuite-Folder-" + std::to_wstring(status->identity.volume) + L"-" +
                                     std::to_wstring(status->identity.number)));
-    // One that a process has left behind by its end is held all the same.
+    // A mutex whose owner ended without releasing it is acquired, too.
     const DWORD result = mutex == nullptr ? WAIT_FAILED : WaitForSingleObject(mutex.get(), INFINITE);
     if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
     {

@@ -6,7 +6,7 @@
 namespace
 {
 
-/// Prevents that a failed load shows a system dialog for the calling thread.
+/// Prevents system dialogs about failed loads on the calling thread.
 class CNoDialogScope
 {
 public:

@@ -158,8 +158,8 @@ bool CNamedEvent::Reset()
 
 EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* child)
 {
-    // If another process's descriptor got the closed one's number, only polling notices the end.
-    constexpr std::int64_t c_LookInterval = 1000;
+    // If a descriptor of another process now has the number of the closed one, only polling notices the end.
+    constexpr std::int64_t c_PollInterval = 1000;
     constexpr int c_Child = 1;
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
@@ -168,7 +168,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
     {
         const int childFile = child == nullptr ? -1 : static_cast<int>(child->GetWaitHandle());
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-        const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_LookInterval));
+        const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_PollInterval));
         const int ready = Linux::WaitReadable({pipe, childFile}, time);
         // Asks the process, not the descriptor, which a test may have closed; then there is a new one.
         const bool hasEnded = ready != 0 && child != nullptr && child->Wait(0);
@@ -181,7 +181,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         {
             return EEventWait::ChildEnded;
         }
-        if (left <= 0 || (ready == Linux::c_WaitTimedOut && left <= c_LookInterval))
+        if (left <= 0 || (ready == Linux::c_WaitTimedOut && left <= c_PollInterval))
         {
             return EEventWait::TimedOut;
         }

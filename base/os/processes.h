@@ -13,7 +13,7 @@ namespace LbOs
 
 struct SProcess
 {
-    unsigned long number = 0;
+    unsigned long id = 0;
     std::wstring executableName; ///< file name of the executable; empty if the caller may not know it
 };
 
@@ -26,7 +26,7 @@ LB_API std::optional<unsigned long> GetParentProcessId();
 
 /// The file name of a running process's executable, as the process itself would name it; empty if the process does not
 /// exist or cannot be queried. Callable from any thread.
-LB_API std::wstring GetProcessExecutableName(unsigned long number);
+LB_API std::wstring GetProcessExecutableName(unsigned long id);
 
 /// Ends a listed process at once, with exit status 0 where the system lets the caller choose. Has no effect if the
 /// process has ended already (on Linux also if another executable has its id now), or if the caller has no right to
@@ -37,8 +37,8 @@ LB_API void KillProcess(const SProcess& process);
 /// Windows. Callable from any thread.
 LB_API std::uint64_t GetProcessLimit() noexcept;
 
-/// Whether the system lets the user have so few processes and threads (fewer than 1024 on Linux) that those which are
-/// only useful could keep others from starting. False on Windows. Callable from any thread.
+/// True if the system lets the user have so few processes and threads (fewer than 1024 on Linux) that optional ones
+/// could keep necessary ones from starting. False on Windows. Callable from any thread.
 LB_API bool HasFewProcesses() noexcept;
 
 /// How many of `wanted` threads can be started now; they are started and ended. Callable from any thread.

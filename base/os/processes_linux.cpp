@@ -22,17 +22,17 @@
 namespace
 {
 
-std::filesystem::path getFolder(unsigned long number)
+std::filesystem::path getFolder(unsigned long id)
 {
-    return std::filesystem::path("/proc") / std::to_string(number);
+    return std::filesystem::path("/proc") / std::to_string(id);
 }
 
 std::optional<unsigned long> toNumber(std::string_view text)
 {
-    unsigned long number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    unsigned long id = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    return isNumber ? std::optional(number) : std::nullopt;
+    return isNumber ? std::optional(id) : std::nullopt;
 }
 
 /// The parent at start. A process that loses its parent gets another one, so a later query could not tell the two
@@ -42,7 +42,7 @@ std::atomic<pid_t> s_firstParent = [] {
     return getppid();
 }();
 
-/// Threads that wait for one another, so that they are there at the same time.
+/// Threads that wait for one another, so that all of them exist at the same time.
 class CProbeThreads
 {
 public:
@@ -92,9 +92,9 @@ std::vector<LbOs::SProcess> LbOs::ListProcesses()
     // A process may end while it is examined; unknown values stay empty.
     while (!error && entry != std::filesystem::directory_iterator())
     {
-        if (const std::optional<unsigned long> number = toNumber(entry->path().filename().native()))
+        if (const std::optional<unsigned long> id = toNumber(entry->path().filename().native()))
         {
-            processes.push_back({*number, GetProcessExecutableName(*number)});
+            processes.push_back({*id, GetProcessExecutableName(*id)});
         }
         entry.increment(error);
     }
@@ -107,12 +107,12 @@ std::optional<unsigned long> LbOs::GetParentProcessId()
     return parent == s_firstParent ? static_cast<unsigned long>(parent) : 0;
 }
 
-std::wstring LbOs::GetProcessExecutableName(unsigned long number)
+std::wstring LbOs::GetProcessExecutableName(unsigned long id)
 {
     // The suffix that the system appends to the path of a deleted file, for example after an update.
     constexpr std::string_view c_Deleted = " (deleted)";
     std::error_code error;
-    const std::filesystem::path link = std::filesystem::read_symlink(getFolder(number) / "exe", error);
+    const std::filesystem::path link = std::filesystem::read_symlink(getFolder(id) / "exe", error);
     std::string name = link.filename().native();
     if (name.ends_with(c_Deleted))
     {
@@ -124,8 +124,8 @@ std::wstring LbOs::GetProcessExecutableName(unsigned long number)
 void LbOs::KillProcess(const SProcess& process)
 {
     // While the descriptor is open it denotes this process, even if another process gets its id.
-    const Linux::CDescriptor file(static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(process.number), 0)));
-    if (file.IsOpen() && GetProcessExecutableName(process.number) == process.executableName)
+    const Linux::CDescriptor file(static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(process.id), 0)));
+    if (file.IsOpen() && GetProcessExecutableName(process.id) == process.executableName)
     {
         syscall(SYS_pidfd_send_signal, file.Get(), SIGKILL, nullptr, 0);
     }

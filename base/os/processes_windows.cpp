@@ -2,7 +2,7 @@
 
 #include "base/os/windows/api.h"
 
-// Need windows.h in front of them.
+// After windows.h, which they need.
 #include <psapi.h>
 #include <tlhelp32.h>
 
@@ -42,20 +42,20 @@ std::vector<LbOs::SProcess> LbOs::ListProcesses()
 
 std::optional<unsigned long> LbOs::GetParentProcessId()
 {
-    std::optional<unsigned long> number;
-    visitProcesses([&number, own = GetCurrentProcessId()](const PROCESSENTRY32W& entry) {
+    std::optional<unsigned long> id;
+    visitProcesses([&id, own = GetCurrentProcessId()](const PROCESSENTRY32W& entry) {
         if (entry.th32ProcessID == own)
         {
-            number = entry.th32ParentProcessID;
+            id = entry.th32ParentProcessID;
         }
-        return !number;
+        return !id;
     });
-    return number;
+    return id;
 }
 
-std::wstring LbOs::GetProcessExecutableName(unsigned long number)
+std::wstring LbOs::GetProcessExecutableName(unsigned long id)
 {
-    const Windows::Handle process(OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, number));
+    const Windows::Handle process(OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, id));
     return process == nullptr ? std::wstring() : Windows::ReadText([&process](wchar_t* buffer, DWORD size) {
         return GetModuleBaseNameW(process.get(), nullptr, buffer, size);
     });
@@ -63,7 +63,7 @@ std::wstring LbOs::GetProcessExecutableName(unsigned long number)
 
 void LbOs::KillProcess(const SProcess& process)
 {
-    const Windows::Handle opened(OpenProcess(PROCESS_TERMINATE, FALSE, process.number));
+    const Windows::Handle opened(OpenProcess(PROCESS_TERMINATE, FALSE, process.id));
     if (opened != nullptr)
     {
         TerminateProcess(opened.get(), 0);

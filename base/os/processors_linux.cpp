@@ -51,7 +51,7 @@ void CThreadProcessors::ShareProcessorWith(const CChildProcess& child)
     if (present && m_state->isRead)
     {
         sched_setaffinity(c_CallingThread, sizeof(*present), &*present);
-        sched_setaffinity(static_cast<pid_t>(child.GetNumber()), sizeof(*present), &*present);
+        sched_setaffinity(static_cast<pid_t>(child.GetId()), sizeof(*present), &*present);
     }
 }
 

@@ -13,7 +13,7 @@ namespace LbOs
 
 class CChildProcess;
 
-/// What is not known is empty or 0.
+/// Unknown fields are empty or 0.
 struct SStackFrame
 {
     std::uint64_t address = 0; ///< of the instruction; behind the call in all frames but the innermost
@@ -28,7 +28,7 @@ struct SThreadStack
 {
     static constexpr std::size_t sc_uiMostFrames = 32;
 
-    std::uint64_t thread = 0; ///< the system's number
+    std::uint64_t thread = 0; ///< the system's id
     bool isAtFault = false;
     std::vector<SStackFrame> frames; ///< the innermost first
 };
@@ -36,14 +36,14 @@ struct SThreadStack
 /// A thread that waits in a crash report (CCrashHandler).
 struct SCrashedThread
 {
-    std::uint64_t thread = 0;  ///< the system's number
+    std::uint64_t thread = 0;  ///< the system's id
     std::uint64_t context = 0; ///< SCrash::context
 };
 
-/// The stacks of the child's threads, at most 64: first that of the crashed one or, without one, of the thread that the
-/// process began with, which counts as the one at fault. The threads stand still meanwhile and go on afterwards. Stops
-/// after 1.2 s with what it has by then: names are looked up last. Empty on failure. Any thread, one at a time for a
-/// child.
+/// The stacks of the child's threads, at most 64. The first one is the one at fault: that of the crashed thread or,
+/// without a crash, of the thread with which the process began. The threads are stopped meanwhile and continue
+/// afterwards. Stops after 1.2 s and returns what it has by then; names are looked up last. Empty on failure. Any
+/// thread, one at a time for a child.
 ///
 /// On Linux it needs the right to trace the child, and libdw for more than the innermost frame and for names; that
 /// library is loaded by the first call. There are no stacks on Windows.

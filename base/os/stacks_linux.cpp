@@ -18,7 +18,7 @@ using Linux::Deadline;
 
 constexpr std::chrono::milliseconds c_LongestReading(1200);
 
-/// A range of addresses that a file has.
+/// A range of addresses to which a file is mapped.
 struct SPlace
 {
     std::uint64_t start = 0;
@@ -57,7 +57,7 @@ void findModule(const std::vector<SPlace>& places, SStackFrame& frame)
     }
 }
 
-/// Reads stacks while threads stand still, and names afterwards.
+/// Reads the stacks while the threads are stopped, and the names afterwards.
 class CReading
 {
 public:
@@ -92,7 +92,7 @@ private:
     void readThread(pid_t thread)
     {
         const bool isAtFault = thread == m_faulty;
-        // The crashed thread is deep in the handler of its crash.
+        // The crashed thread waits in its crash handler, so its present registers are not those of the crash.
         const std::optional<Linux::Registers> registers = isAtFault && m_crashed
                                                               ? Linux::ReadSignalContext(m_process, m_crashed->context)
                                                               : Linux::CTracedThreads::ReadRegisters(thread);
@@ -144,5 +144,5 @@ private:
 std::vector<LbOs::SThreadStack> LbOs::ReadStacks(const CChildProcess& child,
                                                  const std::optional<SCrashedThread>& crashed)
 {
-    return CReading(static_cast<pid_t>(child.GetNumber()), crashed).Read();
+    return CReading(static_cast<pid_t>(child.GetId()), crashed).Read();
 }

@@ -25,7 +25,7 @@ constexpr std::size_t c_HandleMax = 8 * c_ThreadMax;
 struct SThread
 {
     HANDLE handle;
-    DWORD number;
+    DWORD id;
     bool isSuspended;
     bool hasStarted;
 };
@@ -61,10 +61,9 @@ std::size_t s_count = 0;
 HANDLE s_handles[c_HandleMax];
 std::size_t s_handleCount = 0;
 
-bool isKnown(DWORD number) noexcept
+bool isKnown(DWORD id) noexcept
 {
-    return std::any_of(s_threads, s_threads + s_count,
-                       [number](const SThread& thread) { return thread.number == number; });
+    return std::any_of(s_threads, s_threads + s_count, [id](const SThread& thread) { return thread.id == id; });
 }
 
 /// Call before opening a handle.
@@ -73,9 +72,9 @@ bool isSpaceLeft() noexcept
     return s_count < c_ThreadMax && s_handleCount < c_HandleMax;
 }
 
-void append(HANDLE handle, DWORD number) noexcept
+void append(HANDLE handle, DWORD id) noexcept
 {
-    s_threads[s_count++] = {handle, number, false, true};
+    s_threads[s_count++] = {handle, id, false, true};
 }
 
 bool readContext(HANDLE thread, CONTEXT& context) noexcept
@@ -144,10 +143,10 @@ bool findNewThreads() noexcept
             return status == c_NoMoreEntries;
         }
         s_handles[s_handleCount++] = thread;
-        const DWORD number = GetThreadId(thread);
-        if (number != GetCurrentThreadId() && !isKnown(number))
+        const DWORD id = GetThreadId(thread);
+        if (id != GetCurrentThreadId() && !isKnown(id))
         {
-            append(thread, number);
+            append(thread, id);
         }
     }
     return false;

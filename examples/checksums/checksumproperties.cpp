@@ -26,7 +26,7 @@ std::string toLittleEndian(uLong value)
 
 } // namespace
 
-/// What holds for the checksums of any data. A class without data: its folder only has to be there.
+/// Properties of the checksums of any data. The class needs no data, but the folder of its name must exist.
 class CChecksumProperties : public LuUnitTest
 {
     LB_RTTI(CChecksumProperties)
@@ -52,7 +52,7 @@ private:
         }
     }
 
-    /// A burst begins and ends with a flipped bit; of those between them every third is flipped, too.
+    /// The first and the last bit of a burst are flipped, and every third bit between them.
     void checkBursts()
     {
         const std::string data = MakeNoise(64);
@@ -90,7 +90,7 @@ private:
         Check(inOrder != exchanged, L"both are %08X", inOrder);
     }
 
-    /// The lower half is one more than the sum of the bytes: 257 bytes of 254, 1 of 242 make it 65521, which is 0.
+    /// The lower half is the sum of the bytes plus 1. 257 bytes of value 254 and one of 242 make it 65521, which is 0.
     void checkModulus()
     {
         constexpr uLong c_LowerHalf = 0xFFFF;

@@ -32,8 +32,8 @@ uLong update(const SChecksum& checksum, uLong start, std::string_view data)
 
 } // namespace
 
-/// CRC-32 and Adler-32 of known data. Vectors have the plain data and the keys "crc32" and "adler32". The whole must
-/// have the known value, and so must two parts one after the other, and two parts combined.
+/// CRC-32 and Adler-32 of known data. Vectors have the plain data and the keys "crc32" and "adler32". The known value
+/// must result from the whole data, from two parts one after the other, and from the combined checksums of two parts.
 class CChecksumVectors : public LuUnitTest
 {
     LB_RTTI(CChecksumVectors)

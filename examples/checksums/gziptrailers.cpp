@@ -22,8 +22,8 @@ std::uint32_t readLittleEndian(std::string_view bytes)
 
 } // namespace
 
-/// The last eight bytes of a gzip file are the CRC-32 and the length of the data, and a file in which they are wrong is
-/// refused. Each "*.gz" of the data directory is such a file.
+/// The last eight bytes of a gzip file are the CRC-32 and the length of the data. If they are wrong, the file is
+/// refused. Each "*.gz" of the data directory is a gzip file with the right trailer.
 class CGzipTrailers : public LuUnitTest
 {
     LB_RTTI(CGzipTrailers)

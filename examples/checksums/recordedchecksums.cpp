@@ -15,7 +15,7 @@
 namespace
 {
 
-/// Both checksums after each block: one line for each, so that a difference tells where it begins.
+/// Both checksums after each block, one line per block, so that a difference shows where it begins.
 std::string describeChecksums(const std::string& data)
 {
     constexpr std::size_t c_BlockSize = 256;
@@ -35,8 +35,8 @@ std::string describeChecksums(const std::string& data)
 
 } // namespace
 
-/// The checksums of each file, compared with what a trusted run has recorded in the folder "Reference". A host can have
-/// the records made anew.
+/// Compares the checksums of each file with the record of a trusted run in the folder "Reference". A host can have the
+/// records created again.
 class CRecordedChecksums : public LuUnitTest, public IUnitTestRecreate
 {
     LB_RTTI(CRecordedChecksums)
@@ -49,7 +49,7 @@ public:
         AddSubtest(L"no record without its file", [this] { checkRecords(); });
     }
 
-    /// The files come first.
+    /// The sub-tests of files come first.
     bool IsRecreatable(std::uint32_t subtest) const override { return subtest < m_fileCount; }
 
     void Recreate(std::uint32_t subtest) override

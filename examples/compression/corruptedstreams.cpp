@@ -4,8 +4,8 @@
 #include "examples/support/vectorfile.h"
 #include "examples/support/zlibstreams.h"
 
-/// Streams that break the format are refused, for the reason that is theirs. Vectors have the keys "container",
-/// "stream", "status" (as GetStatusText says it) and "message" (zlib's own words, where it has some).
+/// Streams that violate the format are refused for the right reason. Vectors have the keys "container", "stream",
+/// "status" (a text of GetStatusText) and "message" (zlib's own text, if there is one).
 class CCorruptedStreams : public LuUnitTest
 {
     LB_RTTI(CCorruptedStreams)
@@ -33,8 +33,8 @@ private:
         Check(message == expectedMessage, L"zlib says '%S' instead of '%S'", message, expectedMessage);
     }
 
-    /// No flipped bit makes other data pass as good. Flips that change nothing are allowed: header fields that only
-    /// inform, and the bits that fill the last byte of the compressed data.
+    /// With a flipped bit, a stream is refused or has the same data: the bit may belong to a header field that is only
+    /// information, or fill the last byte of the compressed data.
     void checkFlippedBits(EContainer container)
     {
         constexpr int c_BitsPerByte = 8;

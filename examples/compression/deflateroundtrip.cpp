@@ -12,8 +12,8 @@ constexpr int c_Strategies[] = {Z_DEFAULT_STRATEGY, Z_FILTERED, Z_HUFFMAN_ONLY, 
 
 } // namespace
 
-/// What deflate makes of any bytes, inflate turns back into them: in each container, at each level, by each strategy.
-/// Each file of the data directory is such bytes. With verbose output asked for, the sizes are reported.
+/// Inflate restores the bytes that deflate has compressed: in each container, at each level, by each strategy. The
+/// bytes are those of each file of the data directory. With verbose output, the sizes are reported.
 class CDeflateRoundTrip : public LuUnitTest, public IDebugging
 {
     LB_RTTI(CDeflateRoundTrip)

@@ -4,8 +4,8 @@
 #include "examples/support/vectorfile.h"
 #include "examples/support/zlibstreams.h"
 
-/// Streams that other encoders and other settings made decompress to the known data, in one piece and byte by byte.
-/// Vectors have the keys "container", "stream" and the plain data.
+/// Streams of other encoders and settings are decompressed to the known data, in one piece and byte by byte. Vectors
+/// have the keys "container", "stream" and the plain data.
 class CDeflateVectors : public LuUnitTest
 {
     LB_RTTI(CDeflateVectors)

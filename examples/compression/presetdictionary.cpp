@@ -3,8 +3,8 @@
 #include "examples/support/bytes.h"
 #include "examples/support/zlibstreams.h"
 
-/// Compression with a preset dictionary: smaller for data that resembles it, and of no use without it. The file
-/// "dictionary.bin" of the data directory is the dictionary; each "*.txt" is data that resembles it.
+/// Compression with a preset dictionary: streams of similar data are smaller, and cannot be read without it. The
+/// dictionary is the file "dictionary.bin" of the data directory; each "*.txt" is data that resembles it.
 class CPresetDictionary : public LuUnitTest
 {
     LB_RTTI(CPresetDictionary)
@@ -16,7 +16,7 @@ public:
         AddSubtest(L"wrong dictionary", [this] { return runWrongDictionary(); });
     }
 
-    /// Read here and not for each sub-test: discovery asks for the sub-tests, too, and needs no dictionary.
+    /// Reads the dictionary here and not in InitSubtests, because discovery lists sub-tests without running them.
     void PrepareSubtest() override
     {
         const std::wstring path = GetDataDirectory() + L"dictionary.bin";

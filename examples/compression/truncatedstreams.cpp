@@ -3,8 +3,8 @@
 #include "examples/support/bytes.h"
 #include "examples/support/zlibstreams.h"
 
-/// A stream that is cut short is neither complete nor corrupted, wherever the cut is; what comes out is the beginning
-/// of the data, and the missing rest completes it. Each file of the data directory is compressed and cut at every byte.
+/// A stream that is cut at any byte is neither complete nor corrupted. It yields the beginning of the data, and the
+/// missing rest completes it. Each file of the data directory is compressed and cut at every byte.
 class CTruncatedStreams : public LuUnitTest
 {
     LB_RTTI(CTruncatedStreams)
@@ -55,7 +55,7 @@ private:
         }
     }
 
-    /// All the data is there, and still the stream must not count as complete.
+    /// The data is complete, but the stream must not count as complete.
     void checkMissingChecksum()
     {
         constexpr std::size_t c_AdlerSize = 4;

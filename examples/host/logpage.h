@@ -6,7 +6,7 @@
 #include "testing/lutestsuite/lutestsuiteout.h"
 
 /// Collects output lines with their attributes, for a pane that shows rich text; here it is a page for the browser.
-/// Lines come one at a time from any thread, and whoever reads the page does so after the operation that prints.
+/// Any thread may print, one line at a time; read the page only after the operation that prints.
 class CLogPage : public LuTestSuiteOut::LuCustomOut
 {
 public:

@@ -1,11 +1,11 @@
-/// A host with a face of its own: what a window would show and offer, as text.
+/// A host with its own user interface: shows and offers as text what a window would.
 ///
 ///     ExampleHost show|run|recreate DATA PAGE [PATTERN...]
 ///
-/// "show" draws the tree of all cases with the selected ones checked and lists these, "run" runs these and stops at the
-/// first failure, "recreate" makes their reference data anew. PAGE receives what the runner prints, with its colours.
+/// "show" draws the tree of all cases, checks the selected ones and lists them; "run" runs them and stops at the first
+/// failure; "recreate" creates their reference data again. PAGE receives the output of the runner with its colours.
 ///
-/// Exit status: 0 when all went well, 1 when cases failed or nothing was selected, 2 when the call broke off.
+/// Exit status: 0 on success, 1 if a case of "run" failed or nothing was selected, 2 for wrong arguments or exceptions.
 
 #include <iostream>
 #include <string>
@@ -43,7 +43,7 @@ struct SRequest
     std::vector<std::wstring> patterns;
 };
 
-/// The progress bar and the button beside it, which the first failure presses.
+/// A progress bar with a button to cancel, which the first failure presses.
 class CProgress
 {
 public:
@@ -75,7 +75,7 @@ class CHost
 public:
     explicit CHost(SRequest request) : m_request(std::move(request))
     {
-        // The runner's working directory is another one while it runs.
+        // The runner changes the working directory while it runs.
         m_request.dataDir = LuTestSuiteUtils::AddBackslash(LbOs::GetFullPath(m_request.dataDir));
         m_environment.LoadTestDLLs();
         m_found = LuTestSuiteUtils::ScanDirectoryForUnitTests(m_request.dataDir, true);
@@ -145,7 +145,7 @@ int work(const std::vector<std::wstring>& arguments)
         print(L"Aufruf: ExampleHost show|run|recreate DATEN SEITE [MUSTER...]\n");
         return c_Broken;
     }
-    // Outputs cannot be taken away again, so the page lives as long as the process.
+    // Never destroyed before the process ends, because outputs cannot be removed.
     static CLogPage s_page;
     LuTestSuiteOut::AddCustomOut(&s_page);
     LuTestSuiteOut::SetConsoleOut(false);

@@ -3,14 +3,14 @@
 #include "base/lbexception.h"
 #include "base/luunittest.h"
 
-/// Shows every outcome that a case can have by itself, one sub-test each. It fails on purpose and is no test of
-/// anything: runs leave it out with "-e COutcomeDemonstration".
+/// Shows every outcome that a case can have by itself, one sub-test each. It tests nothing and fails on purpose: leave
+/// it out of runs with "-e COutcomeDemonstration".
 class COutcomeDemonstration : public LuUnitTest
 {
     LB_RTTI(COutcomeDemonstration)
 
 public:
-    /// Called for a case that is to be run, and not when the sub-tests are only listed.
+    /// Called only before a case runs, not when sub-tests are listed.
     void SetMessageStream(LuStreamWriteText* stream) override
     {
         LuUnitTest::SetMessageStream(stream);

@@ -1,11 +1,11 @@
-/// Bytes for tests: made-up inputs, and words for the difference between two results.
+/// Bytes for tests: generated inputs, and a description of the difference between two results.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-/// Where and how `actual` departs from `expected`; empty when they are the same.
+/// Where and how `actual` differs from `expected`; empty if they are equal.
 std::wstring DescribeDifference(std::string_view expected, std::string_view actual);
 
 /// Bytes that look random and do not compress, the same in each run.

@@ -1,4 +1,4 @@
-/// Test vectors: inputs with their known results, one vector a file.
+/// Test vectors: inputs with their known results, one vector per file.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-/// A UTF-8 text file of lines "key: value". Empty lines and those that begin with "#" are skipped. A key that stands
-/// several times has the joined values.
+/// A UTF-8 text file of lines "key: value". Empty lines and lines that begin with "#" are skipped. The values of a key
+/// that occurs several times are joined.
 class CVectorFile
 {
 public:
@@ -17,8 +17,8 @@ public:
 
     bool Has(std::string_view key) const;
 
-    /// The value as it stands. This and the readers below throw LbException when the key is missing or its value is not
-    /// of the kind asked for.
+    /// The value as text. This and the operations below throw LbException if the key is missing or if its value has
+    /// another format.
     std::string GetText(std::string_view key) const;
 
     /// A value of hexadecimal digits in pairs, blanks ignored.
@@ -27,7 +27,7 @@ public:
     /// A value of up to eight hexadecimal digits.
     std::uint32_t GetHexNumber(std::string_view key) const;
 
-    /// The plain data: the key "text" (as it stands) or "hex" (bytes), as many times as "repeat" says.
+    /// The plain data: the value of "text", or the bytes of "hex", repeated as often as "repeat" states.
     std::string GetPlainData() const;
 
 private:

@@ -8,14 +8,14 @@
 namespace
 {
 
-/// zlib's own default, which its header keeps to itself.
+/// zlib's default, for which its header has no name.
 constexpr int c_MemoryLevel = 8;
 
 struct SContainerRow
 {
     EContainer container;
     const wchar_t* name;
-    int windowBits; ///< zlib tells containers apart by the number it takes for the window size
+    int windowBits; ///< zlib encodes the container in the window size
 };
 
 constexpr SContainerRow c_Containers[] = {
@@ -29,7 +29,7 @@ const SContainerRow& getRow(EContainer container)
     return c_Containers[static_cast<std::size_t>(container)];
 }
 
-/// zlib only reads what it takes through this pointer.
+/// zlib does not write through this pointer, although it is not const.
 Bytef* toZlib(std::string_view bytes)
 {
     return reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
@@ -43,8 +43,8 @@ void require(int status, const wchar_t* operation)
     }
 }
 
-/// Calls `function` (deflate or inflate) until it has taken all of `input` or will not go on, and appends what comes
-/// out. Returns the last status.
+/// Calls `function` (deflate or inflate) until it has taken all of `input` or stops, and appends its output. Returns
+/// the last status.
 int pump(z_stream& stream, std::string_view input, int (*function)(z_streamp, int), int flush, std::string& output)
 {
     std::array<char, 16 * 1024> buffer;
@@ -62,7 +62,7 @@ int pump(z_stream& stream, std::string_view input, int (*function)(z_streamp, in
     return status;
 }
 
-/// Ends a stream of zlib's also when an exception leaves the block.
+/// Frees zlib's stream also if an exception is thrown.
 class CDeflateStream : public INonCopyable
 {
 public:
@@ -148,9 +148,9 @@ CInflater::~CInflater()
 int CInflater::Feed(std::string_view piece)
 {
     const int status = pump(m_stream, piece, inflate, Z_NO_FLUSH, m_output);
-    // Not from total_in, which leaves out what stands before a request for a dictionary.
+    // Not from total_in, which does not count the bytes before a request for a dictionary.
     m_consumed += piece.size() - m_stream.avail_in;
-    // "No progress" is what zlib says when the piece is used up exactly.
+    // zlib reports Z_BUF_ERROR if the piece was used up exactly.
     return status == Z_BUF_ERROR ? Z_OK : status;
 }
 

@@ -1,4 +1,4 @@
-/// zlib as the example tests use it: bytes go in, bytes come out, and zlib's status codes say how it went.
+/// zlib for the example tests: compresses and decompresses bytes and returns zlib's status codes.
 #pragma once
 
 #include <cstddef>
@@ -9,12 +9,12 @@
 
 #include "base/inoncopyable.h"
 
-/// What stands around the compressed data.
+/// The header and the trailer of the compressed data.
 enum class EContainer
 {
     Raw,  ///< nothing
-    Zlib, ///< two bytes in front, Adler-32 behind
-    Gzip, ///< at least ten bytes in front, CRC-32 and length behind
+    Zlib, ///< two bytes before, Adler-32 after it
+    Gzip, ///< at least ten bytes before, CRC-32 and length after it
 };
 
 inline constexpr EContainer c_AllContainers[] = {EContainer::Raw, EContainer::Zlib, EContainer::Gzip};
@@ -46,19 +46,19 @@ public:
     explicit CInflater(EContainer container);
     ~CInflater();
 
-    /// Takes the next piece of the stream. Returns Z_OK as long as the stream goes on, Z_STREAM_END at its end,
-    /// Z_NEED_DICT when it asks for a dictionary, and an error code when it is corrupted.
+    /// Takes the next piece of the stream. Returns Z_OK if the stream continues, Z_STREAM_END at its end, Z_NEED_DICT
+    /// if it needs a dictionary, and an error code if it is corrupted.
     int Feed(std::string_view piece);
 
-    /// The answer to Z_NEED_DICT; what was not consumed has to be fed again. False when it is the wrong dictionary.
+    /// Call it after Z_NEED_DICT, then feed again what was not consumed. False if it is the wrong dictionary.
     bool SetDictionary(std::string_view dictionary);
 
     const std::string& GetOutput() const { return m_output; }
 
-    /// Number of bytes taken so far; what follows the end of the stream is left alone.
+    /// Number of bytes taken so far; bytes after the end of the stream are not taken.
     std::size_t GetConsumed() const { return m_consumed; }
 
-    /// zlib's own words about an error, empty without one.
+    /// zlib's own text for an error; empty if there is none.
     std::string GetErrorMessage() const { return m_stream.msg == nullptr ? std::string() : m_stream.msg; }
 
 private:

@@ -1,1 +1,1 @@
-"""Faults for scripts/plant-faults: which there are, and how the tests are tried on one."""
+"""Faults for scripts/plant-faults: their kinds, and the trial of one fault."""

@@ -1,4 +1,4 @@
-"""The faults that can be planted: small changes of one line of product code, as a slip of the pen makes them."""
+"""The faults that can be planted: changes of one line of product code, like typical slips."""
 
 import dataclasses
 import fnmatch
@@ -7,10 +7,10 @@ import re
 
 from lintchecks.sizes import functions_of
 
-# What one platform alone compiles is tried on that platform only.
+# Linux does not compile these sources, so it cannot try their faults.
 _OTHER_PLATFORM = re.compile(r"_windows\.cpp$|^base/os/windows/")
 
-# Kind, pattern and replacements. Operators between operands stand between blanks, template brackets do not.
+# Kind, pattern and replacements. Binary operators have blanks on both sides, template brackets do not.
 _EXPRESSIONS = [
     ("comparison", re.compile(r"(?<= )==(?= )"), ("!=",)),
     ("comparison", re.compile(r"(?<= )!=(?= )"), ("==",)),
@@ -42,7 +42,7 @@ _NO_STATEMENT = re.compile(r"^ +(?:return|throw|static_assert|case|if|while|for|
 
 @dataclasses.dataclass(frozen=True)
 class Change:
-    """A part of a line and what takes its place."""
+    """A part of a line and its replacement."""
 
     name: str  # of the file
     number: int  # of the line, from 1
@@ -75,7 +75,7 @@ def draw(tree, patterns, seed):
 
 def _changes_in(tree, name):
     lines = tree.text_of(name).splitlines()
-    # Literals and comments are blanked there, but keep neither their length nor their column.
+    # Without literals and comments, which changes the columns of what follows.
     code = tree.code_of(name)
     in_function = {number for first, last in functions_of(code) for number in range(first + 1, last)}
     for number, (line, bare) in enumerate(zip(lines, code.splitlines()), 1):
@@ -83,7 +83,7 @@ def _changes_in(tree, name):
             continue
         visible = _mask(line)
         for kind, pattern, replacements in _EXPRESSIONS:
-            # Outside functions there are declarations, in which only constants and flags mean something.
+            # Outside functions only constants and flags are changed, because there are only declarations.
             if number in in_function or kind in ("constant", "flag"):
                 for match in pattern.finditer(visible):
                     for replacement in replacements:

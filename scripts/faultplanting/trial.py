@@ -1,4 +1,4 @@
-"""A copy of the checkout with a build of its own, in which one change after another is tried out."""
+"""A copy of the checkout with a build of its own, in which changes are tried one after the other."""
 
 import dataclasses
 import os
@@ -20,17 +20,17 @@ PROGRAMS = (
     ("testing/lutestsuitecli/", "cli_tests"),
     ("testing/lutestsuite/", "lutestsuite_tests"),
 )
-# A link costs most of the time: a fast linker, and a changed library links nothing but itself.
+# Linking takes most of the time: use a fast linker, and do not link the users of a changed library again.
 OPTIONS = ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
 FAST_LINKERS = (("ld.lld", "lld"), ("ld.gold", "gold"))
 CTEST = "ctest"
 TEST_NAME = re.compile(r"[\w./]+")
-# They try the build and not the product.
+# Tests of the build, not of the product.
 NOT_OF_THE_PRODUCT = "^(lint|scripts|compile|install|build_record)\\."
 # A fault may allocate or write without end.
 MEMORY_LIMIT = 6 << 30
 FILE_LIMIT = 4 << 30
-# How much longer than without a fault the tests may take, on a machine whose load changes.
+# Tests may take this many times as long as without a fault, because the load of the machine changes.
 PATIENCE = 5
 LEAST_SECONDS = 120
 
@@ -51,7 +51,7 @@ class Ground:
         self.copy = folder / "tree"
         self.build = self.copy / "build" / PRESET
         self.is_quick = is_quick
-        self.usual_seconds: dict[str, float] = {}  # by filter; of ctest without one
+        self.usual_seconds: dict[str, float] = {}  # by filter; CTEST for ctest
         self.failing: set[str] = set()  # tests that fail without a fault
 
     def prepare(self) -> None:
@@ -117,7 +117,7 @@ class Ground:
         return self._run_ctest()
 
     def _copy_tree(self) -> None:
-        """Copies what has changed since the last time, so that the build of the copy stays as far as it can."""
+        """Copies only files that have changed, so that the rest of the copy's build stays up to date."""
         tree = Tree(self.root)
         self.copy.mkdir(parents=True, exist_ok=True)
         wanted = set(tree.files)
@@ -165,7 +165,7 @@ class Ground:
         return failed[0] if failed else f"ctest ({'takes too long' if status is None else output[-200:]})"
 
     def _run_tests(self, command, folder, name):
-        """Status (None after the time) and output of a command with all that it starts."""
+        """Runs a command and ends what it started. Returns its status (None after the time limit) and its output."""
         usual = self.usual_seconds.get(name)
         limit = None if usual is None else max(LEAST_SECONDS, PATIENCE * usual)
         log = self.copy / "build" / "tests.log"

@@ -59,7 +59,7 @@ public:
     /// removal. One that is added twice receives each line twice.
     static void AddCustomOut(LuCustomOut* out);
 
-    /// Switches standard output on (the default) or off; custom outputs are not concerned.
+    /// Switches standard output on (the default) or off; custom outputs are not affected.
     static void SetConsoleOut(bool on);
 
 private:

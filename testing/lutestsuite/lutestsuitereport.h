@@ -84,8 +84,8 @@ public:
         std::uint32_t ThreadCount = 0;
         std::uint32_t TimeOut = 0; ///< seconds; LuTestSuiteRun::c_NoLimit means none
         std::uint32_t ClassesTotal = 0;
-        std::uint32_t ClassesSuccessful = 0; ///< every case of them is Ok
-        std::uint32_t ClassesFlagged = 0;    ///< all but those without failed case and without warning
+        std::uint32_t ClassesSuccessful = 0; ///< classes whose cases are all Ok
+        std::uint32_t ClassesFlagged = 0;    ///< classes with a failed case or with a warning
         std::uint32_t CasesTotal = 0;
         std::uint32_t Successful = 0;
         std::uint32_t Failures = 0;
@@ -104,9 +104,9 @@ public:
         std::vector<SReportCase> Cases;    ///< one per executed case run, in plan order
     };
 
-    /// Fills a fresh record from a finished run. Throws LbException, and leaves the record as it is, when the arguments
-    /// are not of one run: there are counts for another number of unit tests, or an executed case is one that its unit
-    /// test does not have.
+    /// Fills a fresh record from a finished run. Throws LbException, and leaves the record unchanged, if the arguments
+    /// do not belong to one run: if the counts are for another number of unit tests, or if an executed case is missing
+    /// in its unit test.
     static void GenerateReportData(SReportData& data, const LuTestSuiteSetup& setup,
                                    const std::vector<LuTestSuite::SUnitTest>& unitTests,
                                    const std::vector<LuTestSuiteRun::SCaseInfo>& cases,
@@ -117,8 +117,8 @@ public:
     /// Writes the XML report. An empty path writes nothing.
     static void GenerateXMLReport(const std::wstring& path, const SReportData& data);
 
-    /// Resets the record and reads an XML report into it. False when there is no such file, and when it cannot be read,
-    /// which costs a line of output. Missing elements read as empty text or 0.
+    /// Resets the record and reads an XML report into it. False if there is no such file; false with a line of output
+    /// if it cannot be read. Missing elements are read as empty text or 0.
     static bool LoadReportDataFromXMLFile(const std::wstring& path, SReportData& data);
 
     // Pages -----------------------------------------------------------------------------------------------------------
@@ -138,23 +138,23 @@ public:
     static void GenerateReportDirectoryOverview(const std::wstring& root, const std::wstring& name,
                                                 const std::wstring& subDirectory, const std::wstring& reportPrefix);
 
-    /// Document type, the start tag of "html", and "head" with the style sheet inside when `inlineStylesheet` is set.
+    /// Document type, the start tag of "html", and "head", which contains the style sheet if `inlineStylesheet` is set.
     static void writeHTMLHeader(LuTestSuiteUtils::LuMarkupWriter& writer, bool inlineStylesheet);
 
     // Parts of records ------------------------------------------------------------------------------------------------
 
     static EReportResult getReportResult(LuTestSuiteRun::ECaseRunResult result);
 
-    /// Sums the nine counts of results up by their class, and returns the sum of all.
+    /// Adds up the nine counts of results by their class, and returns the sum of all.
     static std::uint32_t getReportCounts(const LuTestSuiteRun::SStats::SCounts& counts, SReportCounts& reportCounts);
 
-    /// The name of a result in XML reports, its German description, and the result of a name. NoMatchingCase has no
-    /// name of its own; unknown names are Unknown.
+    /// The name of a result in XML reports, its German description, and the result of a name. NoMatchingCase has no own
+    /// name; unknown names are Unknown.
     static std::wstring toResultString(LuTestSuiteRun::ECaseRunResult result);
     static std::wstring toDescriptionString(LuTestSuiteRun::ECaseRunResult result);
     static LuTestSuiteRun::ECaseRunResult resultStringToType(const std::wstring& name);
 
-    /// Nanoseconds to seconds.
+    /// Converts nanoseconds to seconds.
     static float toSeconds(std::uint64_t nanoseconds);
 
     /// Processor, clock and memory of the machine; and its graphics adapter, empty when there is none.

@@ -49,7 +49,7 @@ TEST(LbCommandLine, FindsNoWordsInBlankText)
     EXPECT_EQ(LbCommandLine::Split(L""), Words());
 }
 
-TEST(LbCommandLine, KeepsBlanksBetweenMarks)
+TEST(LbCommandLine, KeepsBlanksBetweenQuotationMarks)
 {
     EXPECT_EQ(LbCommandLine::Split(L"-i \"a b\" c\" \"d"), (Words{L"-i", L"a b", L"c d"}));
 }

@@ -128,7 +128,7 @@ TEST(LbFileSystem, WritesDirectlyInReadOnlyFolders)
     std::filesystem::permissions(place, std::filesystem::perms::all);
     if (!result)
     {
-        GTEST_SKIP() << "no process can give up its rights here";
+        GTEST_SKIP() << "a process cannot drop its rights here";
     }
 
     EXPECT_EQ(result, 0);

@@ -232,7 +232,7 @@ TEST(LbFormatRandom, PrintsWhatTheCLibraryPrints)
 {
     if (!c_HasReference)
     {
-        GTEST_SKIP() << "the C library's wide printf has other conventions";
+        GTEST_SKIP() << "the C library's wide printf behaves differently here";
     }
     CRandomCalls calls;
     for (std::size_t call = 0; call < c_CallCount; ++call)

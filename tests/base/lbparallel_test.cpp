@@ -75,7 +75,7 @@ TEST(LbParallel, RunsOnSeveralThreads)
 {
     if (LbThreadPool::GetInstance().GetThreadCount() < 2)
     {
-        GTEST_SKIP() << "one hardware thread";
+        GTEST_SKIP() << "there is only one hardware thread";
     }
     Latch both(2);
     std::thread::id threads[2];

@@ -66,7 +66,7 @@ TEST(LbThreadPool, RunsATaskOnAnotherThread)
 TEST(LbThreadPool, RunsAsManyTasksAtOnceAsItHasThreads)
 {
     const CBusyPool busy;
-    SUCCEED() << "all threads are at a task at once, else this would not return";
+    SUCCEED() << "returns only if all threads run a task at the same time";
 }
 
 TEST(LbThreadPool, StartsTasksInOrderOfSubmission)

@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(Options, HostCoverage, testing::Values(L"-x", L"-s"));
 
 TEST(HostCoverage, EqualsThatOfARunInOneProcess)
 {
-    GTEST_SKIP() << "the compiler counts no lines here, or its tool for them is missing";
+    GTEST_SKIP() << "this build does not count lines, or gcov is missing";
 }
 
 #endif

@@ -67,7 +67,7 @@ protected:
     {
         if (c_HasSanitizer)
         {
-            GTEST_SKIP() << "sanitizers end what crashes";
+            GTEST_SKIP() << "sanitizers handle crashes themselves";
         }
         HostCrashes::SetUp();
     }
@@ -112,7 +112,7 @@ TEST_F(HostCrashes, NameAllRunningCases)
 {
     if (c_HasSanitizer)
     {
-        GTEST_SKIP() << "sanitizers end what crashes";
+        GTEST_SKIP() << "sanitizers handle crashes themselves";
     }
     const SHostRun run = Run(L"wartet auf den Absturz$", {L"-i", L":Absturz neben einem anderen$", L"-w", L"2"});
 

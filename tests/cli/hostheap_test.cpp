@@ -22,7 +22,7 @@ protected:
     {
         if (LbOs::GetHeapFunctions().malloc == nullptr)
         {
-            GTEST_SKIP() << "the heap is not that of the shared run-time";
+            GTEST_SKIP() << "this process does not use the heap of the shared run-time";
         }
     }
 };

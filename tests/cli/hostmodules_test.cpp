@@ -134,7 +134,7 @@ TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheyCannotBeLoaded)
 TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheirStaticObjectsThrow)
 {
 #ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "the sanitizer's own dlopen lets no exception pass";
+    GTEST_SKIP() << "exceptions cannot pass the sanitizer's dlopen";
 #endif
     const SHostRun run = Run({L"--dll", L"throwingstatic", L"--dll", L"resultmodels"});
 

@@ -63,7 +63,7 @@ TEST_F(HostReports, AreWrittenToTheCallersWorkingDirectory)
     EXPECT_EQ(GetFileNames(), (Names{L"LuTestSuite.css", L"LuTestSuite.js", L"Report.html", L"Report.xml"}));
     if (Read(L"Report.xml").find("<PscmChangeset></PscmChangeset>") != std::string::npos)
     {
-        GTEST_SKIP() << "the build knows no repository, whose rows the expected reports have";
+        GTEST_SKIP() << "the golden reports have rows of the repository, which this build does not know";
     }
     ExpectGolden("cli/report.xml", NormalizeXmlReport(Read(L"Report.xml")));
     ExpectGolden("cli/report.html", NormalizeHtmlReport(Read(L"Report.html")));
@@ -121,7 +121,7 @@ TEST_F(HostReports, HaveAnAutomaticNameAndAreOpened)
 {
     if (!OpenedFiles::CanStandIn())
     {
-        GTEST_SKIP() << "there is no way to stand in for the desktop";
+        GTEST_SKIP() << "the desktop cannot be replaced here";
     }
     m_data.MakeFolder(L"CPassedModel");
     const OpenedFiles opened;

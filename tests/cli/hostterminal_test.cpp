@@ -18,7 +18,7 @@ protected:
     {
         if (!CanRunHostOnTerminal())
         {
-            GTEST_SKIP() << "there is no way to a terminal here (script of util-linux)";
+            GTEST_SKIP() << "programs cannot run on a terminal here (needs script of util-linux)";
         }
         m_folder.MakeFolder(L"CPassedModel");
         m_folder.MakeFolder(L"weiter/CFailedModel");

@@ -193,7 +193,7 @@ class Sorting(Pages):
         self.assertEqual([""] * before.count(""), after[len(after) - before.count(""):])
 
 
-class Look(Pages):
+class Appearance(Pages):
     def test_bars_are_500_pixels_wide(self):
         self.open("overview.html")
         widths = self.browser.run("""

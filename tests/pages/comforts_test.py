@@ -214,7 +214,7 @@ class Outcomes(Pages):
             self.assertEqual(2, len(set(marks) - {"none", "normal"}), marks)
 
 
-class Room(Pages):
+class Layout(Pages):
     def test_long_messages_scroll_inside(self):
         self.open("long.html")
         self.assertLess(self.browser.run("return document.documentElement.scrollHeight"), 3000)

@@ -27,7 +27,7 @@ class Draw(unittest.TestCase):
         return changes.draw(Tree(self.root), patterns, seed)
 
     def changed(self, statement):
-        """What becomes of a statement of a function."""
+        """The changes that are drawn for one statement of a function."""
         self.write(f"void f()\n{{\n    {statement}\n}}\n")
         return sorted(change.changed_line().strip() for change in self.draw())
 

@@ -11,7 +11,7 @@
 namespace
 {
 
-/// Outputs cannot be removed, so the process has one, which tests switch on and off.
+/// The process has one recorder, which tests switch on and off, because outputs cannot be removed.
 class CRecorder : public LuTestSuiteOut::LuCustomOut
 {
 public:

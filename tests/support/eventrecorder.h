@@ -1,4 +1,4 @@
-/// An observer that keeps what it was told.
+/// An observer that records all events.
 #pragma once
 
 #include <cstdint>
@@ -46,10 +46,10 @@ public:
     }
 
     std::vector<std::wstring> lines;
-    std::vector<std::uint64_t> processes; ///< of the cases in the order of their starts
-    std::vector<SEnd> ends;               ///< in their order
+    std::vector<std::uint64_t> processes; ///< of each case, in the order in which the cases started
+    std::vector<SEnd> ends;               ///< of the cases, in the order in which they finished
 
-    /// Called with each line when that is already there.
+    /// Called with each line after the line was added.
     std::function<void(const std::wstring&)> onLine = [](const std::wstring&) {};
 
 private:

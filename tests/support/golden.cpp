@@ -36,7 +36,7 @@ std::string getLine(const std::string& text, std::size_t position)
     return text.substr(start, text.find('\n', start) - start);
 }
 
-/// The position of the first difference.
+/// The line of the first difference, as stored and as received.
 std::string describeDifference(const std::string& expected, const std::string& received)
 {
     const auto [in, out] = std::ranges::mismatch(expected, received);

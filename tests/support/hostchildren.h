@@ -19,7 +19,7 @@ inline std::vector<LbOs::SProcess> ListHostChildren()
     const std::vector<unsigned long> children = LbOs::ListChildren();
     std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
     std::erase_if(processes, [&](const LbOs::SProcess& process) {
-        return process.executableName != host || std::ranges::find(children, process.number) == children.end();
+        return process.executableName != host || std::ranges::find(children, process.id) == children.end();
     });
     return processes;
 }
@@ -29,12 +29,12 @@ inline std::ptrdiff_t CountHostChildren()
     return std::ssize(ListHostChildren());
 }
 
-/// Kills all of them and returns when they have ended.
+/// Kills all host children and returns when they have ended.
 inline void KillHostChildren()
 {
     for (const LbOs::SProcess& process : ListHostChildren())
     {
         LbOs::KillProcess(process);
-        LbOs::WaitForEnd(process.number);
+        LbOs::WaitForEnd(process.id);
     }
 }

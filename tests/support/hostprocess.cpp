@@ -19,19 +19,20 @@ namespace
 constexpr bool c_IsWindows = LbPath::c_Separator == L'\\';
 constexpr const wchar_t* c_TerminalProgram = L"/usr/bin/script";
 
-/// Starts a program as a user of this process's own, because tests that run at the same time must not share a limit.
+/// Starts a program as a user that only this process uses, because tests that run at the same time must not share a
+/// limit.
 std::wstring getOtherUser()
 {
     const unsigned long user = 1'000'000 + LbOs::GetProcessId();
     return LbFormat(L"setpriv --reuid %lu --regid %lu --clear-groups", user, user);
 }
 
-/// Quotes for the Windows shell, which has no way to quote a quotation mark that all its parts understand.
+/// Quotes for the Windows shell. No way to quote a quotation mark is understood by all its parts.
 std::wstring quoteForWindows(const std::wstring& text)
 {
     if (text.find_first_of(L"\"%") != std::wstring::npos)
     {
-        throw std::invalid_argument("An argument holds what the shell cannot hand on");
+        throw std::invalid_argument("An argument contains characters that the shell cannot pass on");
     }
     // A backslash before the closing mark would escape it.
     return L"\"" + text + (text.ends_with(L'\\') ? L"\\\"" : L"\"");
@@ -92,7 +93,7 @@ std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SH
     std::wstring command = c_IsWindows ? L"" : L"exec ";
     if (options.processesLimit != 0)
     {
-        // The limit counts all processes of a user, and is none for the first one.
+        // The limit counts all processes of a user and does not apply to the administrator.
         command += LbFormat(L"prlimit --nproc=%u %s ", options.processesLimit, getOtherUser());
     }
     command += quote(LbPath::ToNative(options.program.empty() ? L"" LUTESTSUITE_HOST : options.program));
@@ -103,7 +104,7 @@ std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SH
     return options.onTerminal ? LbFormat(L"%s -qec %s /dev/null", c_TerminalProgram, quote(command)) : command;
 }
 
-/// In the encoding of the platform's narrow calls.
+/// The command in the encoding of the platform's narrow calls.
 std::string toCommandBytes(const std::wstring& command)
 {
     if (!c_IsWindows)
@@ -113,7 +114,7 @@ std::string toCommandBytes(const std::wstring& command)
     const std::string bytes = LbEncoding::ToLatin1(command);
     if (LbEncoding::FromLatin1(bytes) != command)
     {
-        throw std::invalid_argument("An argument holds what the narrow calls cannot hand on");
+        throw std::invalid_argument("An argument contains characters that the narrow calls cannot pass on");
     }
     // The shell removes the outer quotation marks.
     return "\"" + bytes + "\"";

@@ -32,7 +32,7 @@ std::vector<std::wstring> OpenedFiles::Await() const
     constexpr std::chrono::seconds c_Limit(60);
     const std::wstring noted = m_folder.GetPathOf(L"noted");
     m_folder.WriteFile(L"go", "");
-    // The opener is no child of this process, so its end cannot be waited for.
+    // The opener is not a child of this process, so this process cannot wait for its end.
     const auto end = std::chrono::steady_clock::now() + c_Limit;
     while (!LbFileSystem::IsFile(noted) && std::chrono::steady_clock::now() < end)
     {

@@ -84,6 +84,6 @@ SPageRow GetRow(const std::string& page, const std::string& id, const std::strin
             return row;
         }
     }
-    ADD_FAILURE() << "no row " << label << " in the table " << id;
+    ADD_FAILURE() << "missing row " << label << " in the table " << id;
     return {};
 }

@@ -1,4 +1,4 @@
-/// A thread that no signal reaches.
+/// A thread that receives no signals.
 #pragma once
 
 #include <atomic>

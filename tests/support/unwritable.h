@@ -14,8 +14,8 @@ struct SUnwritablePlace
     std::shared_ptr<void> hold; ///< keeps the file unwritable, if anything must
 };
 
-/// Paths that end in `name`, except the device: a folder instead of the file, a file instead of the folder, a missing
-/// folder, a name and a path that are too long. Where supported: a full disk, a folder that accepts no files, a file
-/// held by another program. Unless the current user may write everywhere: a read-only file and folder. Valid as long as
-/// the folder and the result exist.
+/// Paths that end in `name` (except the full disk): a folder instead of the file, a file instead of the folder, a
+/// missing folder, a name and a path that are too long. Where supported, also a full disk, a folder that accepts no
+/// files, and a file held by another program. A read-only file and folder, unless the current user may write
+/// everywhere. Valid as long as the folder and the result exist.
 std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, const std::wstring& name);

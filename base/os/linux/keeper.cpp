@@ -37,10 +37,10 @@ bool isKeeperThere(pid_t keeper)
 bool waitReady(const SKeeperState& state, pid_t keeper)
 {
     constexpr int c_MostLooks = 100;
-    constexpr timespec c_LookInterval = {0, 100'000'000};
+    constexpr timespec c_PollInterval = {0, 100'000'000};
     for (int look = 0; look < c_MostLooks && state.isReady == 0 && isKeeperThere(keeper); ++look)
     {
-        syscall(SYS_futex, &state.isReady, FUTEX_WAIT, 0, &c_LookInterval, nullptr, 0);
+        syscall(SYS_futex, &state.isReady, FUTEX_WAIT, 0, &c_PollInterval, nullptr, 0);
     }
     return state.isReady != 0;
 }

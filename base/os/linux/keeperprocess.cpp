@@ -62,7 +62,7 @@ void endGroups(const SKeeperState& state)
 /// The keeper's main function.
 [[noreturn]] void keep(SKeeperState& state, pid_t owner)
 {
-    constexpr int c_LookInterval = 100;
+    constexpr int c_PollInterval = 100;
     // A session of its own, so that the terminal's signals do not reach it.
     Call(SYS_setsid);
     Call(SYS_prctl, PR_SET_NAME, c_KeeperName);
@@ -76,7 +76,7 @@ void endGroups(const SKeeperState& state)
     // alive.
     while (Call(SYS_getppid) == owner)
     {
-        Call(SYS_poll, &waiting, 1, waiting.fd < 0 ? c_LookInterval : c_LookInterval * 10);
+        Call(SYS_poll, &waiting, 1, waiting.fd < 0 ? c_PollInterval : c_PollInterval * 10);
     }
     // Files first, because removing them takes no time.
     removeFiles(state, owner);

@@ -60,7 +60,7 @@ constexpr unsigned long c_GetInfo = _IOWR(0xFF, 11, SProcessInfo);
 
 } // namespace
 
-void CProcessFile::Assert(pid_t process)
+void CProcessFile::Ensure(pid_t process)
 {
     releaseLost();
     if (m_file.IsOpen())

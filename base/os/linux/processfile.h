@@ -31,7 +31,7 @@ public:
 
     /// Opens the descriptor unless it is open. Impossible if others have waited for the process, which then is no child
     /// any more. Pass the same process in all calls.
-    void Assert(pid_t process);
+    void Ensure(pid_t process);
 
     /// Takes ownership of a descriptor that the system opened when it created the process; negative: there is none. No
     /// effect if other code has closed it meanwhile.
@@ -41,7 +41,7 @@ public:
     /// if no descriptor was open when the process ended.
     std::optional<int> ReadStatus() const;
 
-    /// The descriptor after the last Assert or Adopt; negative if there is none.
+    /// The descriptor after the last Ensure or Adopt; negative if there is none.
     int Get() const noexcept { return m_file.Get(); }
 
 private:

@@ -47,10 +47,10 @@ struct SFile
 };
 
 /// Opens a file of a process in /proc.
-SFile openProcessFile(const SFile& folder, pid_t number, const char* name)
+SFile openProcessFile(const SFile& folder, pid_t id, const char* name)
 {
     char path[32];
-    std::strcpy(std::to_chars(path, path + sizeof(path), number).ptr, name);
+    std::strcpy(std::to_chars(path, path + sizeof(path), id).ptr, name);
     return {static_cast<int>(folder.number), path, O_RDONLY};
 }
 
@@ -114,11 +114,11 @@ SProcess readFields(const char* text, bool isKeeper)
     return process;
 }
 
-/// Reads the line "number (name) state parent ..." of /proc; no parent if there is no such process.
-SProcess readProcess(const SFile& folder, pid_t number)
+/// Reads the line "id (name) state parent ..." of /proc; no parent if there is no such process.
+SProcess readProcess(const SFile& folder, pid_t id)
 {
     char text[c_TextSize];
-    if (!readText(openProcessFile(folder, number, "/stat"), text))
+    if (!readText(openProcessFile(folder, id, "/stat"), text))
     {
         return {};
     }
@@ -138,11 +138,11 @@ SFile openProcesses()
 
 /// Kills a process if its parent is in `parents`, which is sorted. True if it is still ending. With `sparesKeepers`
 /// does not kill keepers that have lost their owner: they end by themselves.
-bool killIfChild(const SFile& folder, pid_t number, std::span<const pid_t> parents, bool sparesKeepers)
+bool killIfChild(const SFile& folder, pid_t id, std::span<const pid_t> parents, bool sparesKeepers)
 {
-    const SProcess process = readProcess(folder, number);
+    const SProcess process = readProcess(folder, id);
     // The caller may be a fork that does this work for its parent.
-    if (number == Call(SYS_getpid))
+    if (id == Call(SYS_getpid))
     {
         return false;
     }
@@ -152,10 +152,10 @@ bool killIfChild(const SFile& folder, pid_t number, std::span<const pid_t> paren
         return false;
     }
     const bool isSpared = process.isKeeper && sparesKeepers;
-    return (isSpared || Call(SYS_kill, number, SIGKILL) == 0) && !process.hasEnded;
+    return (isSpared || Call(SYS_kill, id, SIGKILL) == 0) && !process.hasEnded;
 }
 
-/// Calls `visit(folder, number)` for each process; true if any call returned true.
+/// Calls `visit(folder, id)` for each process; true if any call returned true.
 template<typename F>
 bool visitProcesses(const F& visit)
 {
@@ -169,8 +169,8 @@ bool visitProcesses(const F& visit)
         {
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
             // 0 for entries that are no processes.
-            const auto number = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
-            isAny = (number > 0 && visit(folder, number)) || isAny;
+            const auto id = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
+            isAny = (id > 0 && visit(folder, id)) || isAny;
             offset += entry->d_reclen;
         }
     }
@@ -181,13 +181,13 @@ bool visitProcesses(const F& visit)
 bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
 {
     return visitProcesses(
-        [=](const SFile& folder, pid_t number) { return killIfChild(folder, number, processes, sparesKeepers); });
+        [=](const SFile& folder, pid_t id) { return killIfChild(folder, id, processes, sparesKeepers); });
 }
 
 /// Whether the variable was in the environment with which the process started its program.
-bool hasVariable(const SFile& folder, pid_t number, std::string_view variable)
+bool hasVariable(const SFile& folder, pid_t id, std::string_view variable)
 {
-    const SFile file = openProcessFile(folder, number, "/environ");
+    const SFile file = openProcessFile(folder, id, "/environ");
     char text[4 * c_TextSize];
     std::size_t kept = 0;
     long size = 0;
@@ -206,16 +206,16 @@ bool hasVariable(const SFile& folder, pid_t number, std::string_view variable)
 }
 
 /// Kills a process that has the variable; true if it is still ending.
-bool killIfMarked(const SFile& folder, pid_t number, std::string_view variable, bool sparesKeepers)
+bool killIfMarked(const SFile& folder, pid_t id, std::string_view variable, bool sparesKeepers)
 {
-    if (!hasVariable(folder, number, variable))
+    if (!hasVariable(folder, id, variable))
     {
         return false;
     }
     // The descriptor denotes the process that is checked again, even if the system reuses the id later.
-    const SFile process(Call(SYS_pidfd_open, number, 0));
-    const bool isSpared = sparesKeepers && readProcess(folder, number).isKeeper;
-    return hasVariable(folder, number, variable) &&
+    const SFile process(Call(SYS_pidfd_open, id, 0));
+    const bool isSpared = sparesKeepers && readProcess(folder, id).isKeeper;
+    return hasVariable(folder, id, variable) &&
            (isSpared || Call(SYS_pidfd_send_signal, process.number, SIGKILL, 0, 0) == 0);
 }
 
@@ -253,7 +253,7 @@ void endMarked(std::string_view variable)
 {
     killUntilGone([variable](bool sparesKeepers) {
         return visitProcesses(
-            [=](const SFile& folder, pid_t number) { return killIfMarked(folder, number, variable, sparesKeepers); });
+            [=](const SFile& folder, pid_t id) { return killIfMarked(folder, id, variable, sparesKeepers); });
     });
 }
 

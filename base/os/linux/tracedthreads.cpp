@@ -55,20 +55,20 @@ CTracedThreads::~CTracedThreads()
 {
     for (const SThread& thread : m_threads)
     {
-        ptrace(PTRACE_DETACH, thread.number, nullptr, static_cast<long>(thread.signal));
+        ptrace(PTRACE_DETACH, thread.id, nullptr, static_cast<long>(thread.signal));
     }
 }
 
 bool CTracedThreads::attachNew(pid_t process)
 {
     bool hasNew = false;
-    for (const pid_t number : listThreads(process))
+    for (const pid_t id : listThreads(process))
     {
-        const bool isKnown = std::ranges::find(m_threads, number, &SThread::number) != m_threads.end();
-        if (!isKnown && m_threads.size() < c_MostThreads && ptrace(PTRACE_SEIZE, number, nullptr, nullptr) == 0)
+        const bool isKnown = std::ranges::find(m_threads, id, &SThread::id) != m_threads.end();
+        if (!isKnown && m_threads.size() < c_MostThreads && ptrace(PTRACE_SEIZE, id, nullptr, nullptr) == 0)
         {
-            ptrace(PTRACE_INTERRUPT, number, nullptr, nullptr);
-            m_threads.push_back({number, 0, false});
+            ptrace(PTRACE_INTERRUPT, id, nullptr, nullptr);
+            m_threads.push_back({id, 0, false});
             hasNew = true;
         }
     }
@@ -82,14 +82,14 @@ void CTracedThreads::awaitStops(Deadline deadline)
         while (!thread.isStopped)
         {
             siginfo_t info = {};
-            // The end of a thread or of the process is for others to take.
-            const int waited = waitid(P_PID, static_cast<id_t>(thread.number), &info, WSTOPPED | WNOHANG | __WALL);
+            // Without WEXITED, because other code waits for the end of the process.
+            const int waited = waitid(P_PID, static_cast<id_t>(thread.id), &info, WSTOPPED | WNOHANG | __WALL);
             if (waited != 0 || std::chrono::steady_clock::now() > deadline)
             {
                 break;
             }
-            thread.isStopped = info.si_pid == thread.number;
-            // The upper bits name a stop that no signal has caused.
+            thread.isStopped = info.si_pid == thread.id;
+            // The upper bits are set if no signal has caused the stop.
             thread.signal = thread.isStopped && info.si_status >> 8 == 0 ? info.si_status : 0;
             if (!thread.isStopped)
             {
@@ -106,7 +106,7 @@ std::vector<pid_t> CTracedThreads::GetThreads() const
     {
         if (thread.isStopped)
         {
-            threads.push_back(thread.number);
+            threads.push_back(thread.id);
         }
     }
     return threads;

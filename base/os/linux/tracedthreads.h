@@ -23,7 +23,7 @@ using Deadline = std::chrono::steady_clock::time_point;
 class CTracedThreads
 {
 public:
-    /// Those that do not stop in time, or that the present process may not trace, are left out.
+    /// Leaves out threads that do not stop in time, or that the current process may not trace.
     CTracedThreads(pid_t process, Deadline deadline);
     ~CTracedThreads();
 
@@ -37,8 +37,8 @@ public:
 private:
     struct SThread
     {
-        pid_t number = 0;
-        int signal = 0; ///< that was about to be delivered when the thread stopped
+        pid_t id = 0;
+        int signal = 0; ///< the signal that was to be delivered when the thread stopped
         bool isStopped = false;
     };
 
@@ -48,7 +48,7 @@ private:
     std::vector<SThread> m_threads;
 };
 
-/// Reads one word of another process's memory; none if it has no such address.
+/// Reads one word of another process's memory; empty if the address is invalid there.
 std::optional<std::uint64_t> ReadWord(pid_t process, std::uint64_t address);
 
 /// Registers as the kernel has stored them for a signal handler, in another process's memory.

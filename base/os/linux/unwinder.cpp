@@ -69,7 +69,7 @@ const SLibrary* getLibrary()
     return s_isThere ? &s_functions : nullptr;
 }
 
-/// Debug information that is not in the module itself may be far away.
+/// Never searches for debug information outside the module, because it may be on a server.
 int findNoDebugFile(Dwfl_Module*, void**, const char*, Dwarf_Addr, const char*, const char*, GElf_Word, char**)
 {
     return -1;
@@ -92,7 +92,7 @@ struct CUnwinder::SState
     Dwfl_Callbacks callbacks = {};
     Dwfl* session = nullptr;
 
-    // Of the thread that is being unwound:
+    // These belong to the thread that is being unwound.
     Registers registers = {};
     Deadline deadline = {};
     std::vector<std::uint64_t> frames = {};

@@ -22,11 +22,11 @@ public:
     CUnwinder(const CUnwinder&) = delete;
     CUnwinder& operator=(const CUnwinder&) = delete;
 
-    /// The addresses of the frames of a thread that stands still with these registers, the innermost first.
+    /// The addresses of the frames of a stopped thread with these registers, the innermost first.
     std::vector<std::uint64_t> Unwind(pid_t thread, const Registers& registers, Deadline deadline);
 
-    /// Names function, file and line as far as they are known. The process need not exist any more. `isCall`: the
-    /// address is behind a call.
+    /// Fills in function, file and line as far as they are known. The process may have ended. `isCall`: the address is
+    /// the one after a call.
     void Name(SStackFrame& frame, bool isCall) const;
 
 private:

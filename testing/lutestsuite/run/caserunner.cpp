@@ -128,7 +128,7 @@ void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome, 
         end.kind = ECaseEnd::Refused;
         return;
     }
-    channel.Ask();
+    channel.Submit();
     if (params.isolated)
     {
         m_spares.Start([&toCome] { return countIsolated(toCome()); });

@@ -33,7 +33,7 @@ public:
     using ToCome = std::function<PlannedCases()>;
     void Run(const SPlannedCase& planned, const ToCome& toCome);
 
-    /// Provides what such a case needs; false if no child process could be started. Throws LbException.
+    /// Provides what the case needs; false if no child process could be started. Throws LbException.
     bool MakeReadyFor(const SPlannedCase& planned);
 
     /// Releases what cases in child processes need.

@@ -151,7 +151,7 @@ void WriteSummary(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SS
     }
     if (stats.total.warnings != 0)
     {
-        // Intended: failed unit tests count in the first number.
+        // The first number intentionally includes failed unit tests.
         writeRow(L"\tMit Warnung:\t%s, %s\n", stats.unitTestsExecuted - stats.unitTestsPassedWithoutWarning,
                  stats.total.warnings, LuColor::c_GOLDENROD);
     }

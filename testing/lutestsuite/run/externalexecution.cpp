@@ -60,7 +60,7 @@ void endDescendantsAtExit()
 {
     static const std::uint64_t s_mark = LbOs::GetForkMark();
     std::atexit([] {
-        // Copies that cases make of the process end without it.
+        // A fork made by a case inherits this handler but must not end anything.
         if (LbOs::GetForkMark() == s_mark)
         {
             LbOs::EndDescendants();
@@ -101,7 +101,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
         {
             return;
         }
-        // The parent may have brought this thread to its own processor. The case uses what it always could.
+        // The parent may have bound this thread to its own processor. The case may use all that it could before.
         processors.Restore();
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(LoadName(view->caseName)));
         executeCase(*view, thread);

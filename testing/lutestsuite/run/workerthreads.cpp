@@ -69,13 +69,13 @@ private:
     CRunEvents& m_events;
     const CDebugFolders m_debugFolders;
 
-    LbCriticalSection m_workLock; ///< of all below
+    LbCriticalSection m_workLock; ///< protects all below
     std::size_t m_next = 0;
-    std::vector<const SPlannedCase*> m_leftOver; ///< by workers that could not run them
+    std::vector<const SPlannedCase*> m_leftOver; ///< returned by workers that could not run them
     std::size_t m_takers = 0;                    ///< workers that have not left
     bool m_isStopped = false;                    ///< nothing is handed out any more
 
-    LbCriticalSection m_workersLock; ///< of all below
+    LbCriticalSection m_workersLock; ///< protects all below
     std::size_t m_workers = 0;
     std::exception_ptr m_failure;
 };
@@ -198,7 +198,7 @@ private:
     void runTaken(CCaseRunner& runner);
     bool getReady(CCaseRunner& runner, const SPlannedCase& planned);
 
-    bool m_hasLeft = false; ///< its case and all others are the other workers'
+    bool m_hasLeft = false; ///< leaves its case and all others to the other workers
     std::int32_t m_index;
     CWork& m_work;
     CSpareChildren& m_spares;
@@ -240,7 +240,7 @@ void CWorkerThread::runCases()
     LbOs::SetCurrentThreadName(L"LuTestSuiteRun::CWorkerThread");
     if (m_work.GetToCome().empty() && m_work.Leave())
     {
-        // The others were done before this thread started: to warm it up would only hold up the end of the run.
+        // Other workers have run all cases. Warming up this thread would only delay the end of the run.
         return;
     }
     LuTestSuiteEnvironment::PreallocateStaticData();
@@ -248,13 +248,13 @@ void CWorkerThread::runCases()
     do
     {
         runTaken(runner);
-        // First, so that the last worker of all finds it given back.
+        // Before Leave, so that the last worker can use the resources of these children.
         runner.ReleaseChildren();
     }
     while (!m_hasLeft && !m_work.Leave());
 }
 
-/// Until there is nothing to be taken, or this worker leaves the rest to others.
+/// Runs cases until none is available, or until this worker leaves the rest to others.
 void CWorkerThread::runTaken(CCaseRunner& runner)
 {
     const CCaseRunner::ToCome toCome = [this] { return m_work.GetToCome(); };
@@ -286,13 +286,13 @@ bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
     m_hasLeft = m_work.LeaveToOthers(planned);
     if (!m_hasLeft)
     {
-        // The other workers have released their children. If there is still no child, the case gets that result.
+        // The other workers have released their children. If there is still no child, the case reports that.
         runner.MakeReadyFor(planned);
     }
     return !m_hasLeft;
 }
 
-/// The workers of a run. They end with the object, after the cases that they are at.
+/// The workers of a run. The destructor waits for the cases that they are running.
 class CWorkers : public INonCopyable
 {
 public:
@@ -333,11 +333,11 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
 /// Prints cases in the order in which they finish, until all are printed or the run is canceled.
 void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
 {
-    constexpr std::chrono::milliseconds c_LookInterval(250);
+    constexpr std::chrono::milliseconds c_PollInterval(250);
     std::size_t printed = 0;
     while (printed < work.GetCount())
     {
-        std::this_thread::sleep_for(c_LookInterval);
+        std::this_thread::sleep_for(c_PollInterval);
         const CWork::SProgress progress = work.GetProgress();
         for (std::size_t waiting = console.CountWaiting(); waiting > 0; --waiting)
         {
@@ -351,7 +351,7 @@ void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
         }
         if (progress.hasEnded && printed < work.GetCount())
         {
-            // No failure: a worker saw the cancellation before this thread did.
+            // Not a failure: a worker saw the cancellation before this thread did.
             if (!progress.hasFailed)
             {
                 WriteCanceled();
@@ -380,7 +380,7 @@ void printOrStop(CWork& work, CRunEvents& events, CRunConsole& console)
 std::uint32_t GetWorkerCount(std::uint32_t wanted)
 {
     constexpr std::uint32_t c_Most = 256;
-    // The worker, its child process with its threads, and what a case may start.
+    // One worker needs processes for itself, its child with threads, and what a case may start.
     constexpr std::uint64_t c_ProcessesPerWorker = 8;
     const std::uint64_t possible = std::max<std::uint64_t>(1U, LbOs::GetProcessLimit() / c_ProcessesPerWorker);
     return std::clamp(wanted, 1U, static_cast<std::uint32_t>(std::min<std::uint64_t>(possible, c_Most)));
@@ -394,7 +394,7 @@ void ExecuteInParallel(const SParams& params, const SChildSettings& childSetting
         return;
     }
     CWork work(planned, events);
-    // For threads that cases start: no case's own folder.
+    // The folder for threads that cases start, which belongs to no case.
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(work.GetDebugFolders().GetRoot());
     CSpareChildren spares(childSettings);
     {

@@ -13,20 +13,20 @@ using LuTestSuite::SCodeRange;
 using LuTestSuite::SExpressionSyntax;
 using LuTestSuite::SSyntaxNode;
 
-/// In states of the automaton. Each character of a text may cost as many steps, so larger expressions are left to the
-/// standard library.
+/// The largest number of states of an expression. Each character of a text may cost that many steps, so larger
+/// expressions are left to the standard library.
 constexpr std::size_t c_LargestExpression = 15'000;
 
-/// Numbers kept for states and transitions. Beyond it the states are dropped, and made again where texts reach them.
+/// Limit for the numbers stored in states and transitions. Beyond it all states are dropped and created when needed.
 constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
 
-/// The states that are there from the start.
+/// The states that always exist.
 constexpr std::uint32_t c_Found = 0;
 constexpr std::uint32_t c_Dead = 1;
 constexpr std::uint32_t c_Unknown = static_cast<std::uint32_t>(-1);
 
-/// No less than the states that the standard library makes of the tree, copies for repetition counts included; a number
-/// beyond the largest expression when there are more.
+/// An upper bound of the states that the standard library creates for the tree, including copies for repetition counts.
+/// Not more than c_LargestExpression + 1.
 std::size_t getSize(const SSyntaxNode& tree)
 {
     if (tree.kind == SSyntaxNode::EKind::Character)
@@ -49,7 +49,7 @@ std::size_t getSize(const SSyntaxNode& tree)
 
 } // namespace
 
-/// Node 0 stands behind every expression.
+/// Node 0, of kind Found, follows every expression.
 CAutomaton::CAutomaton() : m_nodes(1) {}
 
 bool CAutomaton::CanTake(const SExpressionSyntax& syntax)
@@ -78,7 +78,7 @@ std::uint32_t CAutomaton::addSet(const CCharacterSet& set)
     return entry->second;
 }
 
-/// Adds the nodes of the tree, which `next` follows. Returns the first one.
+/// Adds the nodes of the tree, followed by `next`. Returns the first node.
 CAutomaton::NodeIndex CAutomaton::addTree(const SSyntaxNode& tree, NodeIndex next)
 {
     switch (tree.kind)
@@ -149,7 +149,7 @@ bool CAutomaton::IsFoundIn(std::wstring_view text)
     const std::size_t classCount = m_classBegins.size();
     for (const wchar_t character : text)
     {
-        // Both stay what they are.
+        // No character leads out of c_Found and c_Dead.
         if (state <= c_Dead)
         {
             break;
@@ -215,7 +215,7 @@ void CAutomaton::clearStates()
     {
         isFound = extendClosure(entry, true, false) || isFound;
     }
-    // No other state may take its place: only here an end of the text is a begin, too.
+    // Not in m_stateIndices, because only in this state the end of the text is also its beginning.
     m_first = isFound ? c_Found : appendState(true);
 }
 
@@ -225,7 +225,7 @@ void CAutomaton::beginClosure()
     ++m_mark;
 }
 
-/// Adds what is reached from the node without a character. True when that is the end of an expression.
+/// Adds the nodes that are reached from the node without a character. True if that includes the end of an expression.
 bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
 {
     bool isFound = false;
@@ -259,7 +259,7 @@ bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
     return isFound;
 }
 
-/// Makes a state of the closure.
+/// Creates the state of the closure's nodes.
 CAutomaton::StateIndex CAutomaton::appendState(bool isBegin)
 {
     SState state{m_closure};
@@ -277,7 +277,7 @@ CAutomaton::StateIndex CAutomaton::appendState(bool isBegin)
     return static_cast<StateIndex>(m_states.size() - 1);
 }
 
-/// The state of the closure's nodes, which is made when it is not there.
+/// The state of the closure's nodes; created if it is missing.
 CAutomaton::StateIndex CAutomaton::findState()
 {
     if (m_closure.empty())

@@ -12,8 +12,8 @@
 namespace LuTestSuite
 {
 
-/// An automaton that is deterministic as far as texts have made it so: its states are made when a text first reaches
-/// them. Time grows with the length of the text only, whatever the expressions. Not to be used by two threads at once.
+/// A deterministic automaton whose states are created when a text first reaches them. With existing states, the time
+/// of a search is proportional to the length of the text for any expressions. For one thread at a time.
 class CAutomaton
 {
 public:
@@ -54,7 +54,7 @@ private:
         std::uint32_t set = 0;
     };
 
-    /// What can follow: the nodes of kind Character and TextEnd, ascending.
+    /// The nodes of kind Character and TextEnd that can come next, in ascending order.
     struct SState
     {
         std::vector<NodeIndex> nodes;
@@ -90,19 +90,19 @@ private:
     std::map<CCharacterSet, std::uint32_t> m_setIndices;
     std::vector<const CCharacterSet*> m_sets;
 
-    // Characters between which no set tells a difference are of one class.
+    // A class is a range of characters that are members of the same sets.
     std::vector<CodeUnit> m_classBegins;
     std::array<std::uint32_t, sc_TableSize> m_table{};
 
     bool m_isPrepared = false;
     StateIndex m_first = 0;
-    std::vector<NodeIndex> m_restart; ///< what begins an expression behind the text's first character
+    std::vector<NodeIndex> m_restart; ///< where expressions can begin after the text's first character
     std::vector<SState> m_states;
     std::map<std::vector<NodeIndex>, StateIndex> m_stateIndices;
     std::vector<StateIndex> m_transitions; ///< for each state and class
     std::size_t m_numbers = 0;             ///< measure of the states' memory
 
-    // The closure under way.
+    // The closure that is being computed.
     std::vector<NodeIndex> m_closure;
     std::vector<NodeIndex> m_pending;
     std::vector<std::uint32_t> m_marks;

@@ -74,7 +74,7 @@ TEST(OsChildProcess, HasItsExitStatusAlsoWhenOthersHaveWaitedForIt)
     ASSERT_TRUE(child->Wait());
     if (!LbOs::WaitForEndedChildren())
     {
-        GTEST_SKIP() << "waiting takes nothing from others here";
+        GTEST_SKIP() << "a process can be waited for more than once here";
     }
 
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(7));
@@ -87,11 +87,11 @@ TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    LbOs::KillProcess({static_cast<unsigned long>(child->GetNumber()), L"processprobe"});
+    LbOs::KillProcess({static_cast<unsigned long>(child->GetId()), L"processprobe"});
     ASSERT_TRUE(child->Wait());
     if (!LbOs::WaitForEndedChildren())
     {
-        GTEST_SKIP() << "waiting takes nothing from others here";
+        GTEST_SKIP() << "a process can be waited for more than once here";
     }
 
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(-9));
@@ -103,7 +103,7 @@ TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
     constexpr int c_Starts = 50;
     if (!LbOs::SetChildrenForgotten(true))
     {
-        GTEST_SKIP() << "the system forgets nothing as long as there is a handle";
+        GTEST_SKIP() << "the system keeps ended children while a handle exists";
     }
     int started = 0;
     int ended = 0;
@@ -281,7 +281,7 @@ protected:
         ASSERT_TRUE(m_line.IsAlive());
         if (!LbOs::CloseForOthers(m_child->GetWaitHandle()))
         {
-            GTEST_SKIP() << "handles are not found by chance here";
+            GTEST_SKIP() << "a test cannot guess handles here";
         }
     }
 
@@ -325,12 +325,12 @@ TEST_F(OsChildProcessWithoutHandle, IsTerminated)
     EXPECT_FALSE(m_child->IsRunning());
     EXPECT_EQ(m_child->GetExitStatus(), -9);
     // Nothing is left of it.
-    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), m_child->GetNumber()), 0);
+    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), m_child->GetId()), 0);
 }
 
 TEST_F(OsChildProcessWithoutHandle, EndsWithItsObject)
 {
-    const std::uint64_t number = m_child->GetNumber();
+    const std::uint64_t number = m_child->GetId();
 
     m_child.reset();
 
@@ -369,10 +369,10 @@ TEST(OsChildProcess, EndsWhenTheDebuggerReleasesIt)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    auto hold = LbOs::HoldEnd(child->GetNumber());
+    auto hold = LbOs::HoldEnd(child->GetId());
     if (!hold)
     {
-        GTEST_SKIP() << "nobody can hold the end of a process here";
+        GTEST_SKIP() << "the end of a process cannot be hidden here";
     }
 
     EXPECT_FALSE(child->Wait(10));
@@ -389,7 +389,7 @@ TEST(OsChildProcess, NeedsNoFurtherProcessAfterPreparation)
     const auto child = StartProbe(L"sleep");
 
     ASSERT_NE(child, nullptr);
-    expected.push_back(static_cast<unsigned long>(child->GetNumber()));
+    expected.push_back(static_cast<unsigned long>(child->GetId()));
     EXPECT_THAT(LbOs::ListChildren(), testing::UnorderedElementsAreArray(expected));
 }
 
@@ -398,7 +398,7 @@ TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
 {
     if constexpr (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "children share the input";
+        GTEST_SKIP() << "child processes share the input here";
     }
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Eingabe.txt", "Text");

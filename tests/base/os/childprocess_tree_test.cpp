@@ -35,7 +35,7 @@ TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
 }
 
 /// In its own session, and its parent has ended, so that on Linux only its environment tells whose it was.
-TEST(OsChildProcessTrees, EndsWhenAProcessIsTerminatedThatHasEndedBefore)
+TEST(OsChildProcessTrees, EndWhenTheirEndedRootIsTerminated)
 {
     CProbeLine line;
     const auto child = StartProbe(L"daemon " + line.GetName());
@@ -50,7 +50,7 @@ TEST(OsChildProcessTrees, EndsWhenAProcessIsTerminatedThatHasEndedBefore)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcessTrees, EndsWhenAProcessEndsWhatItHasStarted)
+TEST(OsChildProcessTrees, EndByEndDescendants)
 {
     CProbeLine line;
     auto child = StartProbe(L"orderly " + line.GetName());

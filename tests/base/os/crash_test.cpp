@@ -43,7 +43,7 @@ protected:
     {
         if (c_HasHandlersOfItsOwn)
         {
-            GTEST_SKIP() << "sanitizers end what crashes";
+            GTEST_SKIP() << "sanitizers handle crashes themselves";
         }
     }
 };
@@ -76,7 +76,7 @@ TEST_P(OsCrash, WritesNoDumpWhenDumpsAreOff)
     const std::wstring how = GetParam().how;
     if (countDumps(L"dump " + how, ScopedFolder()) == 0)
     {
-        GTEST_SKIP() << "the system puts no dump into the working directory";
+        GTEST_SKIP() << "the system writes no dump into the working directory";
     }
 
     EXPECT_EQ(countDumps(L"silence " + how, ScopedFolder()), 0);

@@ -50,7 +50,7 @@ TEST(OsFileReplacement, KeepsThePermissionsOfTheReplacedFile)
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "files have what their folder gives them";
+        GTEST_SKIP() << "files inherit the permissions of their folder here";
     }
     const ScopedFolder folder;
     const std::wstring from = folder.WriteFile(L"new", "new");

@@ -119,7 +119,7 @@ TEST(OsFiles, DoesNotTreatFilesInAnUnreadableFolderAsMissing)
     std::filesystem::permissions(closed, std::filesystem::perms::owner_all);
     if (!isChecked)
     {
-        GTEST_SKIP() << "rights cannot be given up here";
+        GTEST_SKIP() << "a process cannot drop its rights here";
     }
 }
 

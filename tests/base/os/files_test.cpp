@@ -120,7 +120,7 @@ TEST(OsFiles, FullPathResolvesParentsLikeTheSystem)
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "parents are taken by the text here";
+        GTEST_SKIP() << "the system resolves \"..\" in the text of a path here";
     }
     const ScopedFolder folder;
     folder.WriteFile(L"target/inner/file", "x");
@@ -195,7 +195,7 @@ TEST(OsFiles, KeepsNamesThatAreInvalidText)
     const LbOs::FileHandle file = LbOs::OpenForWriting(path);
     if (file == LbOs::c_InvalidFile)
     {
-        GTEST_SKIP() << "the file system takes text only";
+        GTEST_SKIP() << "the file system accepts only valid text";
     }
     LbOs::CloseFile(file);
     EXPECT_EQ(list(folder.GetPath()), (Entries{{name, false}}));

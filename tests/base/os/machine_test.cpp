@@ -93,7 +93,7 @@ TEST(Machine, HasNoGraphicsAdapterWithoutADisplay)
 {
     if (!isHeadless().value_or(false))
     {
-        GTEST_SKIP() << "there may be an adapter";
+        GTEST_SKIP() << "this machine may have a display";
     }
     EXPECT_EQ(LbOs::GetGraphicsAdapter(), L"");
 }

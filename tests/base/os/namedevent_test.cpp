@@ -67,11 +67,11 @@ TEST_F(OsNamedEvent, IsNeverTooFullToBeSet)
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
 }
 
-TEST_F(OsNamedEvent, DoesNotCountAFlood)
+TEST_F(OsNamedEvent, StaysOneSignalHoweverOftenSet)
 {
     if (!LbOs::FloodEvent(m_name))
     {
-        GTEST_SKIP() << "setting an event once more changes nothing";
+        GTEST_SKIP() << "events do not count signals here";
     }
     EXPECT_EQ(m_event->Wait(0), EEventWait::Signaled);
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
@@ -122,7 +122,7 @@ TEST_F(OsNamedEvent, IsAccessibleToItsUserDespiteTheUmask)
     const std::wstring name = m_name + L"-m";
     if (!LbOs::SetRightsMasked(true))
     {
-        GTEST_SKIP() << "there is no mask";
+        GTEST_SKIP() << "there is no umask here";
     }
     const auto event = CNamedEvent::Create(name);
     LbOs::SetRightsMasked(false);
@@ -220,7 +220,7 @@ TEST_F(OsNamedEvent, NoticesTheEndOfAProcessWhoseHandleWasClosed)
     const auto handle = child->GetWaitHandle();
     if (!LbOs::CloseForOthers(handle))
     {
-        GTEST_SKIP() << "handles are not found by chance here";
+        GTEST_SKIP() << "a test cannot guess handles here";
     }
     // The handle's number now belongs to another process, which is running.
     const auto other = StartProbe(L"sleep");
@@ -242,10 +242,10 @@ TEST_F(OsNamedEvent, TimesOutWhileADebuggerHoldsTheEndOfAProcess)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    const auto hold = LbOs::HoldEnd(child->GetNumber());
+    const auto hold = LbOs::HoldEnd(child->GetId());
     if (!hold)
     {
-        GTEST_SKIP() << "nobody can hold the end of a process here";
+        GTEST_SKIP() << "the end of a process cannot be hidden here";
     }
 
     EXPECT_EQ(m_event->Wait(10, child.get()), EEventWait::TimedOut);

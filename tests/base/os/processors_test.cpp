@@ -58,7 +58,7 @@ TEST(OsThreadProcessors, MoveTheChildToTheSameProcessor)
     EXPECT_EQ(getCountOf(L"brought"), getSharing());
 }
 
-TEST(OsThreadProcessors, ReleaseTheChildAgain)
+TEST(OsThreadProcessors, LetTheChildUseAllProcessorsAgain)
 {
     EXPECT_EQ(getCountOf(L"freed"), LbOs::CountOwnProcessors());
 }

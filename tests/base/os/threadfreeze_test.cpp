@@ -20,7 +20,7 @@ protected:
     {
         if (LbOs::GetHeapFunctions().malloc == nullptr)
         {
-            GTEST_SKIP() << "a sanitizer holds signals back";
+            GTEST_SKIP() << "a sanitizer delays signals";
         }
     }
     ~OsThreadFreeze() override
@@ -71,7 +71,7 @@ TEST_F(OsThreadFreeze, ReportsPersistentRefusalAndFreezesLater)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {
-        GTEST_SKIP() << "no signals here";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     {
         LbOs::CThreadFreezer threads;
@@ -87,7 +87,7 @@ TEST_F(OsThreadFreeze, ChoosesAnotherSignalIfItsOwnIsTaken)
     EXPECT_TRUE(isStopped());
     if (!LbOs::ResetRealTimeSignals())
     {
-        GTEST_SKIP() << "no signals here";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     EXPECT_TRUE(isStopped());
 }
@@ -96,7 +96,7 @@ TEST_F(OsThreadFreeze, InterruptionsDoNotShortenItsTimeOut)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {
-        GTEST_SKIP() << "no signals here";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     ASSERT_TRUE(LbOs::SetInterruptedOften(true));
     const LbTimer timer(LbTimer::eR_MilliSecond);
@@ -113,7 +113,7 @@ TEST_F(OsThreadFreeze, RetriesUntilTheSystemAcceptsSignals)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {
-        GTEST_SKIP() << "no signals here";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     std::thread helper([this] {
         const std::uint64_t begin = m_steps;

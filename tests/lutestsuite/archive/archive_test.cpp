@@ -393,7 +393,7 @@ TEST_F(ArchiveRunChild, KeepsAReportWhenTheDiskIsFull)
     const std::wstring device = GetFullDevice();
     if (device.empty())
     {
-        GTEST_SKIP() << "no disk is full here";
+        GTEST_SKIP() << "there is no full device here";
     }
     m_run.dataDir = m_folder.MakeFolder(L"reports");
     m_folder.MakeFolder(L"neu/Ausgabe/Archive");

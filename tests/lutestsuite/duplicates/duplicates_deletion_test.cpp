@@ -408,7 +408,7 @@ TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
     const std::wstring copy = Write(L"c.txt", "gut");
     if (!LbOs::HoldFile(held))
     {
-        GTEST_SKIP() << "files cannot be held here";
+        GTEST_SKIP() << "files cannot be opened exclusively here";
     }
     std::shared_ptr<void> hold;
     m_output.OnLine(L"    a.txt... [KEEP]\n", [&] { hold = LbOs::HoldFile(held); });

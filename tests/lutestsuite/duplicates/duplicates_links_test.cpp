@@ -63,7 +63,7 @@ protected:
         std::filesystem::permissions(place, std::filesystem::perms::owner_all);
         if (!isChecked)
         {
-            GTEST_SKIP() << "rights cannot be given up here";
+            GTEST_SKIP() << "a process cannot drop its rights here";
         }
     }
 

@@ -111,7 +111,7 @@ TEST_F(Duplicates, DoNotWaitForPipes)
     Write(L"c.txt", "gut");
     if (!LbOs::MakePipe(GetDirectory() + L"a.txt"))
     {
-        GTEST_SKIP() << "no pipes in folders here";
+        GTEST_SKIP() << "pipes cannot be created in folders here";
     }
 
     const std::wstring text = Detect(eDM_List);
@@ -134,7 +134,7 @@ TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
     const std::shared_ptr<void> holdLarge = LbOs::HoldBytes(large, c_Large / 2, 1);
     if (!holdSmall || !holdLarge)
     {
-        GTEST_SKIP() << "bytes cannot be held here";
+        GTEST_SKIP() << "parts of files cannot be locked here";
     }
 
     const std::wstring text = Detect(eDM_List);
@@ -183,7 +183,7 @@ TEST_F(Duplicates, ReportWhatCannotBeReadAndGoOn)
     Write(L"c.txt", "gut");
     if (!LbFileSystem::IsFile(memory) || !Link(L"a.txt", memory))
     {
-        GTEST_SKIP() << "no file that cannot be read";
+        GTEST_SKIP() << "unreadable files cannot be created here";
     }
 
     const std::wstring text = Detect(eDM_List);
@@ -249,12 +249,12 @@ protected:
 TEST_F(DuplicateLengths, AreLimitedTo32Bits)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitizers need address space without limits";
+    GTEST_SKIP() << "sanitizers need unlimited address space";
 #endif
     const std::optional<bool> isLongestRead = IsRead(0xFFFFFFFF);
     if (!isLongestRead)
     {
-        GTEST_SKIP() << "processes do not fork here, or have memory without limits";
+        GTEST_SKIP() << "processes cannot fork here, or their memory cannot be limited";
     }
 
     EXPECT_EQ(isLongestRead, true);
@@ -272,7 +272,7 @@ TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
     const std::shared_ptr<void> holdOther = LbOs::HoldBytes(other, c_Large / 2, 1);
     if (!holdAlone || !holdOther)
     {
-        GTEST_SKIP() << "bytes cannot be held here";
+        GTEST_SKIP() << "parts of files cannot be locked here";
     }
 
     EXPECT_EQ(Detect(eDM_List), GetCheck() + GetSummary(1, 0));
@@ -282,7 +282,7 @@ TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
 TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitizers need address space without limits";
+    GTEST_SKIP() << "sanitizers need unlimited address space";
 #endif
     constexpr std::size_t c_MegaByte = 1024 * 1024;
     constexpr int c_Unlimited = 2;
@@ -302,7 +302,7 @@ TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
     });
     if (!status || status == c_Unlimited)
     {
-        GTEST_SKIP() << "processes do not fork here, or have memory without limits";
+        GTEST_SKIP() << "processes cannot fork here, or their memory cannot be limited";
     }
     EXPECT_EQ(status, 0);
 }
@@ -314,7 +314,7 @@ TEST_F(Duplicates, ReportWhatCannotBeReadInTheOrderOfCases)
     Write(L"c.txt", "gut");
     if (!LbFileSystem::IsFile(memory) || !Link(L"a.txt", memory) || !LbOs::MakePipe(GetDirectory() + L"b.txt"))
     {
-        GTEST_SKIP() << "no files that cannot be read";
+        GTEST_SKIP() << "unreadable files cannot be created here";
     }
 
     EXPECT_EQ(Detect(eDM_List), L"Check: " + GetDirectory() + L"\nFehler während Einlesen von Datei " + GetDirectory() +
@@ -326,7 +326,7 @@ TEST_F(Duplicates, ReportWhatCannotBeReadInTheOrderOfCases)
 TEST_F(Duplicates, NeedMemoryForTheLongestFileOnly)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitizers need address space without limits";
+    GTEST_SKIP() << "sanitizers need unlimited address space";
 #endif
     constexpr std::size_t c_MegaByte = 1024 * 1024;
     constexpr std::size_t c_Longest = 80 * c_MegaByte;
@@ -347,7 +347,7 @@ TEST_F(Duplicates, NeedMemoryForTheLongestFileOnly)
     });
     if (!status || status == c_Unlimited)
     {
-        GTEST_SKIP() << "processes do not fork here, or have memory without limits";
+        GTEST_SKIP() << "processes cannot fork here, or their memory cannot be limited";
     }
     EXPECT_EQ(status, 0);
 }
@@ -400,7 +400,7 @@ TEST_F(Duplicates, ReportHeldFilesThatCannotBeReadAndGoOn)
     Write(L"c.txt", "gut");
     if (!hold)
     {
-        GTEST_SKIP() << "files cannot be held here";
+        GTEST_SKIP() << "files cannot be opened exclusively here";
     }
 
     const std::wstring text = Detect(eDM_Delete);

@@ -38,7 +38,7 @@ bool useUpThreads()
 TEST(FileChecksums, NeedNoThread)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitizers need address space without limits";
+    GTEST_SKIP() << "sanitizers need unlimited address space";
 #endif
     constexpr std::size_t c_Limit = 1024 * 1024;
     constexpr int c_HasThreads = 2;
@@ -59,7 +59,7 @@ TEST(FileChecksums, NeedNoThread)
     });
     if (!status || status == c_HasThreads)
     {
-        GTEST_SKIP() << "there are always threads here";
+        GTEST_SKIP() << "the process has other threads here";
     }
     EXPECT_EQ(status, 0);
 }

@@ -70,7 +70,7 @@ TEST_F(PlaceUses, MatchEntriesInOtherLetterCase)
     const std::wstring other = LbPath::GetParent(a) + L"A.TXT";
     if (!LbOs::GetPlaceStatus(other))
     {
-        GTEST_SKIP() << "letters of both cases are different names here";
+        GTEST_SKIP() << "file names are case-sensitive here";
     }
     m_uses.Add(other);
 

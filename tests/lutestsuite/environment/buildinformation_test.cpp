@@ -23,7 +23,7 @@ TEST(GetBuildConfiguration, NamesTheBuildAndThePlatform)
     EXPECT_THAT(LuTestSuiteUtils::GetBuildConfiguration(), testing::AnyOf(L"Release x64", L"Debug x64"));
 }
 
-TEST(GetPlatform, IsOneFor64Bits)
+TEST(GetPlatform, ReturnsOneFor64Bits)
 {
     EXPECT_EQ(static_cast<std::uint32_t>(LuTestSuiteUtils::GetPlatform()), 1U);
 }

@@ -162,7 +162,7 @@ TEST(ExecuteWithTimeout, AcceptsExecutablesWithTabsAndQuotationMarksInTheirPaths
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "no such names here";
+        GTEST_SKIP() << "files cannot have such names here";
     }
     const ScopedFolder folder;
     for (const wchar_t* const name : {L"mit\tTab ", L"\"mit\"Zeichen "})
@@ -235,7 +235,7 @@ TEST(KillAllByName, WarnsWhenTheSystemDoesNotListItsProcesses)
     const CapturedOutput output;
     if (!LbOs::SetFilesForbidden(true))
     {
-        GTEST_SKIP() << "the system always tells";
+        GTEST_SKIP() << "listing processes cannot be made to fail here";
     }
     LuTestSuiteUtils::KillAllByName(L"gibt-es-nicht");
     LbOs::SetFilesForbidden(false);
@@ -327,10 +327,10 @@ TEST(OsProcesses, ContainTheCurrentProcess)
 {
     const std::vector<LbOs::SProcess> processes = LbOs::ListProcesses();
 
-    const auto own = std::ranges::find(processes, LbOs::GetProcessId(), &LbOs::SProcess::number);
+    const auto own = std::ranges::find(processes, LbOs::GetProcessId(), &LbOs::SProcess::id);
     ASSERT_NE(own, processes.end());
     EXPECT_EQ(own->executableName, LbPath::GetLastComponent(LbOs::GetExecutablePath()));
-    EXPECT_EQ(LbOs::GetProcessExecutableName(own->number), own->executableName);
+    EXPECT_EQ(LbOs::GetProcessExecutableName(own->id), own->executableName);
 }
 
 /// The process id may have been reused after the listing.
@@ -338,21 +338,21 @@ TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "processes go by their numbers here";
+        GTEST_SKIP() << "the name of a process is not checked here";
     }
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
-    const std::vector<unsigned long> numbers = LbOs::ListChildren();
-    ASSERT_FALSE(numbers.empty());
-    for (const unsigned long number : numbers)
+    const std::vector<unsigned long> ids = LbOs::ListChildren();
+    ASSERT_FALSE(ids.empty());
+    for (const unsigned long id : ids)
     {
-        LbOs::KillProcess({number, L"anders"});
+        LbOs::KillProcess({id, L"anders"});
     }
     // A process that was told to end may end slightly later.
     EXPECT_FALSE(child->Wait(200));
-    for (const unsigned long number : numbers)
+    for (const unsigned long id : ids)
     {
-        LbOs::KillProcess({number, L"processprobe"});
+        LbOs::KillProcess({id, L"processprobe"});
     }
     EXPECT_TRUE(child->Wait(c_Long));
 }

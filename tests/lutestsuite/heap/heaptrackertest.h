@@ -27,7 +27,7 @@ protected:
     {
         if (LbOs::GetHeapFunctions().malloc == nullptr)
         {
-            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+            GTEST_SKIP() << "this process does not use the heap of the shared run-time";
         }
     }
     ~LuTestSuiteHeapTrackerTest() override { LuTestSuiteHeapTracker::UnhookAll(); }

@@ -94,7 +94,7 @@ TEST(Instruction, VectorPrefixesLeadToTheirMaps)
     EXPECT_EQ(lengthOf({0x62, 0xF5, 0x7C, 0x48, 0x58, 0xC1}), 6);       // vaddph zmm0, zmm0, zmm1
     EXPECT_EQ(lengthOf({0x8F, 0xE8, 0x78, 0xC0, 0xC1, 1}), 6);          // vprotb xmm0, xmm1, 1
     EXPECT_EQ(lengthOf({0x8F, 0xC0}), 2);                               // pop rax
-    EXPECT_EQ(lengthOf({0x66, 0xC5, 0xF8, 0x77}), 0) << "no prefix may stand in front of VEX";
+    EXPECT_EQ(lengthOf({0x66, 0xC5, 0xF8, 0x77}), 0) << "a prefix before VEX is invalid";
 }
 
 TEST(Instruction, RelativeBranchesAreRecognised)

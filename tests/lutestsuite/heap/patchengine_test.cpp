@@ -78,7 +78,7 @@ protected:
     {
         if (LbOs::GetHeapFunctions().malloc == nullptr)
         {
-            GTEST_SKIP() << "a sanitizer patches functions itself, and holds signals back";
+            GTEST_SKIP() << "a sanitizer patches functions itself and delays signals";
         }
         m_engine.Initialize();
         ASSERT_EQ(m_engine.Create(m_returnsOne.Get(), c_Detour, m_first), EPatchStatus::Success);
@@ -146,7 +146,7 @@ TEST_F(CPatchEngineProtection, ShutDownThatFailsMidwayCanBeRepeated)
     ASSERT_EQ(m_engine.EnableAll(), EPatchStatus::Success);
     s_goodProtections = 2;
     EXPECT_EQ(m_engine.ShutDown(), EPatchStatus::NotProtectable);
-    EXPECT_EQ(CodePages::Call(m_first), 1) << "the trampolines stand";
+    EXPECT_EQ(CodePages::Call(m_first), 1) << "the trampolines still work";
     EXPECT_EQ(CodePages::Call(m_second), 2);
     s_goodProtections = 4;
     EXPECT_EQ(m_engine.EnableAll(), EPatchStatus::Success);

@@ -24,7 +24,7 @@ protected:
     {
         if (LbOs::GetHeapFunctions().malloc == nullptr)
         {
-            GTEST_SKIP() << "a sanitizer patches functions itself, and holds signals back";
+            GTEST_SKIP() << "a sanitizer patches functions itself and delays signals";
         }
     }
     ~CPatchEngineTest() override { m_engine.ShutDown(); }

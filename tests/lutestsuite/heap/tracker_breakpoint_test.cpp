@@ -51,7 +51,7 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, FiresAtTheObservedNumber)
     m_tracker.Deactivate();
     EXPECT_EQ(before, 0);
     EXPECT_EQ(after, 1);
-    EXPECT_EQ(m_tracker.GetMallocCount(), 2U) << "goes on behind it";
+    EXPECT_EQ(m_tracker.GetMallocCount(), 2U) << "continues after the breakpoint";
     s_free(first);
     s_free(second);
 }
@@ -162,7 +162,7 @@ TEST_F(LuTestSuiteHeapTrackerBreakpointTest, TrackersAreCalledInOrderOfRegistrat
     EXPECT_EQ(s_firstCount, 0U);
     EXPECT_EQ(s_secondCount, 0U);
     s_free(s_malloc(78));
-    EXPECT_EQ(s_firstCount, 2U) << "told of the second block before the other one";
+    EXPECT_EQ(s_firstCount, 2U) << "notified about the second block before the other tracker";
     EXPECT_EQ(s_secondCount, 1U);
     m_tracker.Deactivate();
     second.Deactivate();

@@ -137,7 +137,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, ForksDoNotWaitForThreadsThatAllocateWhileT
 {
     if (!LbOs::CallWhileFlushing([] {}))
     {
-        GTEST_SKIP() << "no stream calls anything here";
+        GTEST_SKIP() << "streams have no callbacks here";
     }
     const LuTestSuiteHeapTracker tracker;
     std::atomic<bool> isDone = false;

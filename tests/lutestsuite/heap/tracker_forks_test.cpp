@@ -133,7 +133,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, TrackerOfAnotherThreadCountsInAChildOn
     tracker->Reset();
     s_free(s_malloc(100));
     tracker->Deactivate();
-    EXPECT_EQ(getOperationCount(*tracker), 2U) << "goes on in the parent";
+    EXPECT_EQ(getOperationCount(*tracker), 2U) << "counting continues in the parent";
 }
 
 // The first tracker of a process: each round has its own process.
@@ -193,9 +193,9 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadsCreateAndDestroyTrackersDuringF
 
 TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayHaveTheProcessIdOfItsParent)
 {
-    if (!LbOs::RunInForkOfSameNumber([] { return 0; }))
+    if (!LbOs::RunInForkWithSameId([] { return 0; }))
     {
-        GTEST_SKIP() << "the system does not number processes anew here";
+        GTEST_SKIP() << "process id namespaces are not available here";
     }
     LuTestSuiteHeapTracker tracker;
     const auto child = [&tracker] {
@@ -203,7 +203,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayHaveTheProcessIdOfItsParent)
         s_free(s_malloc(100));
         return getOperationCount(tracker) == 2 ? 0 : 1;
     };
-    EXPECT_EQ(LbOs::RunInForkOfSameNumber(child), 0);
+    EXPECT_EQ(LbOs::RunInForkWithSameId(child), 0);
     tracker.Deactivate();
 }
 

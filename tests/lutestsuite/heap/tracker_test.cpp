@@ -121,13 +121,13 @@ TEST_F(LuTestSuiteHeapTrackerTest, DumpReportsLackOfMemoryForItsList)
     s_free(s_malloc(100'000));
     if (!LbOs::SetPagesForbidden(true))
     {
-        GTEST_SKIP() << "the system gives pages always";
+        GTEST_SKIP() << "memory from the system cannot be made to fail here";
     }
     LuStreamWriteTextMemory stream;
     tracker.dump(stream);
     ASSERT_TRUE(LbOs::SetPagesForbidden(false));
     const std::wstring& text = stream.GetText();
-    EXPECT_NE(text.find(L"CountMalloc 20000\n"), std::wstring::npos) << "the figures are there";
+    EXPECT_NE(text.find(L"CountMalloc 20000\n"), std::wstring::npos) << "contains the figures";
     EXPECT_TRUE(text.ends_with(L"Active Allocations:\nWarnung: Für die Liste reicht der Speicher nicht.\n"));
     for (void* const block : blocks)
     {
@@ -208,7 +208,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, ReallocToNothingFreesTheBlock)
     s_realloc(block, 0);
     tracker.Deactivate();
     EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
-    EXPECT_EQ(getOperationCount(tracker), 2U) << "what the run-time calls itself does not count";
+    EXPECT_EQ(getOperationCount(tracker), 2U) << "calls by the run-time itself do not count";
 }
 
 TEST_F(LuTestSuiteHeapTrackerTest, FailedAllocationsChangeNoBytes)
@@ -306,7 +306,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, NestedTrackersCountIndependently)
     outer.Deactivate();
     EXPECT_EQ(outer.GetMallocCount(), 3U);
     EXPECT_EQ(outer.GetFreeCount(), 2U);
-    EXPECT_EQ(outer.GetCurrentAlloc(), 3) << "counts on after the other one is gone, and without its memory";
+    EXPECT_EQ(outer.GetCurrentAlloc(), 3) << "continues without the other tracker, and does not count its memory";
     s_free(third);
 }
 
@@ -401,7 +401,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, TwoAllocationsAtOneAddressAreCountedTogether)
     const auto othersSize = static_cast<std::int64_t>(others.size() * 100);
     const std::wstring both = LbFormat(L"ID %d, Address 0x%p, Size 200 Bytes.\n", int(others.size()) + 1, second);
     EXPECT_EQ(tracker.GetCurrentAlloc(), othersSize + 200);
-    EXPECT_NE(dump(tracker).find(both), std::wstring::npos) << "the later number, both sizes";
+    EXPECT_NE(dump(tracker).find(both), std::wstring::npos) << "the later number with both sizes";
     tracker.Activate();
     s_free(second);
     tracker.Deactivate();

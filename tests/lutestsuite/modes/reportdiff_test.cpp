@@ -194,7 +194,7 @@ TEST_F(GenerateReportDiff, OpensThePageOnTheDesktop)
 {
     if (!OpenedFiles::CanStandIn())
     {
-        GTEST_SKIP() << "there is no way to stand in for the desktop";
+        GTEST_SKIP() << "the desktop cannot be replaced here";
     }
     const OpenedFiles opened;
     const ScopedEnvironmentVariable path(L"PATH", opened.GetSearchPath());

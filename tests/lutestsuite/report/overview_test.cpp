@@ -286,7 +286,7 @@ TEST_F(ReportDirectoryOverview, LinksNoDiffThatWasNotFinished)
         const std::shared_ptr<void> limit = LbOs::LimitFileSize(1000);
         if (!limit)
         {
-            GTEST_SKIP() << "no file can be kept short here";
+            GTEST_SKIP() << "the size of files cannot be limited here";
         }
         Generate(m_folder.GetPath());
     }
@@ -294,7 +294,7 @@ TEST_F(ReportDirectoryOverview, LinksNoDiffThatWasNotFinished)
         << LbEncoding::ToUtf8(m_output.GetText());
     EXPECT_TRUE(LbFileSystem::GetFileNames(GetReportPath(L"Diff/")).empty());
 
-    EXPECT_NE(GetRunRows().at(1).cells.at(6), "") << "the next overview writes it";
+    EXPECT_NE(GetRunRows().at(1).cells.at(6), "") << "the next overview writes the comparison";
 }
 
 TEST_F(ReportDirectoryOverview, LinksADiffWhoseStyleSheetCannotBeWritten)
@@ -355,7 +355,7 @@ TEST_F(ReportDirectoryOverview, EscapesMarkupInNamesOfFiles)
     AddReport(name, L"2024-05-01 10:00:00");
     if (!LbFileSystem::IsFile(GetReportPath(name + L".xml")))
     {
-        GTEST_SKIP() << "no file can have such a name here";
+        GTEST_SKIP() << "a file cannot have such a name here";
     }
 
     EXPECT_EQ(GetRunRows().at(0).cells.at(0), "Report &lt;b&gt;&quot;1&quot;");

@@ -362,12 +362,12 @@ TEST_F(XmlReportReader, NeedsLessThanSixTimesTheFileInMemory)
     // Sanitizers increase memory use.
     if (!peak || !CanLimitHost())
     {
-        GTEST_SKIP() << "the memory of a process of its own cannot be had";
+        GTEST_SKIP() << "the memory use of a fork cannot be measured here";
     }
     const double ratio = static_cast<double>(*peak) / size;
     RecordProperty("times_the_file", std::to_string(ratio));
     EXPECT_LT(ratio, 6.0);
-    EXPECT_GT(ratio, 1.0) << "not even the file itself was seen";
+    EXPECT_GT(ratio, 1.0) << "the measurement does not even include the file";
 }
 
 TEST_F(XmlReportReader, RefusesTwoHundredMegabytesOfSomethingElse)

@@ -44,7 +44,7 @@ TEST_F(XmlReportRoundTrip, KeepsEveryFieldOfAFile)
     EXPECT_EQ(Write(data), first);
     EXPECT_EQ(data.Classes.at(0).Successful, written.Classes.at(0).Successful);
     EXPECT_EQ(data.Cases.back().Info, written.Cases.back().Info);
-    EXPECT_EQ(data.ClassesFlagged, 0U) << "no file holds it";
+    EXPECT_EQ(data.ClassesFlagged, 0U) << "files do not contain this count";
 }
 
 TEST_F(XmlReportRoundTrip, WritesTheSameBytesForRandomRecords)

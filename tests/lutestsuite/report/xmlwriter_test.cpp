@@ -70,7 +70,7 @@ TEST_F(XmlReportWriter, KeepsTheOlderReportWhenTheDiskIsFull)
         const std::shared_ptr<void> limit = LbOs::LimitFileSize(older.size());
         if (!limit)
         {
-            GTEST_SKIP() << "no file can be kept short here";
+            GTEST_SKIP() << "the size of files cannot be limited here";
         }
         EXPECT_EQ(Write(MakeFullReport()), older);
     }

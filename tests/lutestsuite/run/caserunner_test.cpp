@@ -54,7 +54,7 @@ TEST(WriteRequest, IsUnknownUntilAnswered)
 class CaseRunner : public testing::Test
 {
 protected:
-    /// The record of a run of one case of the model.
+    /// Runs one case of the model and returns its record.
     SCaseInfo Run(const std::wstring& caseName, bool isCanceled = false) const
     {
         std::vector<LuTestSuite::SUnitTest> unitTests(1);

@@ -27,7 +27,7 @@ protected:
         m_unitTests[1].cases.resize(1);
     }
 
-    /// The line of a result, without the line feed behind it.
+    /// Writes a result and returns its line without the line feed.
     CapturedOutput::SLine Write(const SCaseInfo& info)
     {
         m_output.Clear();
@@ -92,7 +92,7 @@ TEST_F(CaseLines, ShowShrunkenMemoryWithItsSign)
               L"WARNUNG (Ein Speicheranstieg von -8 Bytes wurde entdeckt)");
 }
 
-TEST_F(CaseLines, KeepErrorsThatAlsoGrew)
+TEST_F(CaseLines, ShowTheErrorOfACaseThatAlsoGrew)
 {
     SCaseInfo info = MakeWarning(16);
     info.result = ECaseRunResult::Different;

@@ -28,7 +28,7 @@ std::vector<LuTestSuite::SUnitTest> MakeUnitTests()
     return unitTests;
 }
 
-/// The cases of a part of a plan, by their indices.
+/// The indices of the planned cases, in order.
 std::vector<std::uint32_t> GetIndices(PlannedCases planned)
 {
     std::vector<std::uint32_t> indices;

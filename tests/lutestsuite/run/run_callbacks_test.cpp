@@ -27,7 +27,7 @@ protected:
                           MakeUnitTest(L"CFailedModel", {L"allein"})});
     }
 
-    /// Makes the setup cancel as soon as that many cases are finished.
+    /// Cancels the run as soon as `count` cases are finished.
     void CancelAfter(LuTestSuiteSetup& setup, std::size_t count)
     {
         setup.resultCallback = [this](ECaseRunResult result) { m_results.push_back(result); };
@@ -111,7 +111,7 @@ TEST_F(RunCallbacks, CancelWithALineInPlaceOfTheOtherCases)
 
 TEST_F(RunCallbacks, SkipACaseThatIsCanceledWhileItsHeaderIsPrinted)
 {
-    // The question comes once before the header and once more before the case runs.
+    // The run asks once before the header and again before the case.
     std::size_t questions = 0;
     LuTestSuiteSetup setup = MakeFiveCases();
     setup.checkCallback = [&] { return ++questions > 1; };
@@ -141,7 +141,7 @@ TEST_F(RunCallbacks, RaiseBadFunctionCallWithoutANotification)
 
 TEST_F(RunCallbacks, RestoreTheWorkingDirectoryWhenTheyThrow)
 {
-    // Another one than the executable's folder, which is where the cases run.
+    // Must differ from the executable's folder, where cases run.
     const ScopedFolder folder;
     const ScopedWorkingDirectory workingDirectory(folder.GetPath());
     const std::wstring before = LbOs::GetWorkingDirectory();

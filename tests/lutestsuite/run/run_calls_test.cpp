@@ -18,7 +18,7 @@ using testing::ElementsAre;
 
 std::vector<std::wstring> s_Calls;
 
-/// Writes down each call. Its sub-tests are "gut", "schlecht" and "wirft".
+/// Records each call. Its sub-tests are "gut", "schlecht" and "wirft".
 class CRecordedModel : public LuUnitTest, public IDebugging
 {
     LB_RTTI(CRecordedModel)
@@ -76,7 +76,7 @@ public:
 };
 LB_RTTI_CLASS(CRecordedModel, LuUnitTest)
 
-/// Neither a unit test nor left alone: it says when it goes.
+/// Not a unit test; records its construction and destruction.
 class CRecordedObject : public IObject
 {
     LB_RTTI(CRecordedObject)

@@ -17,8 +17,8 @@ using LuTestSuiteRun::SCaseInfo;
 class RunChanges : public RunTest
 {
 protected:
-    /// The files of a class's folder are "a.txt" to "c.txt" when the run looks for them, and its first case takes the
-    /// second one's file away.
+    /// Discovery finds "a.txt", "b.txt" and "c.txt" in the folder of the class. The first case then removes the file of
+    /// the second one.
     void ExpectThatEachCaseMeetsItsOwnFile(const std::wstring& className, bool hasIndex, bool isExternal,
                                            bool isParallel)
     {

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// The call that hosts make.
+/// The function that hosts call.
 class RunCommandLine : public RunTest
 {
 protected:
@@ -66,7 +66,7 @@ TEST_F(RunCommandLine, IsFalseWhenInputIsMissing)
 
 TEST_F(RunCommandLine, IsFalseWhenACaseTookTooLong)
 {
-    // That of the others is not to count, however long a busy machine takes for them.
+    // Only the endless loop may reach its limit, even on a busy machine.
     m_folder.WriteFile(L"CPassedModel/#ExtraInfo.xml",
                        "<ExtraInfo><TestCase name=\"*\"><TimeOutSec>600</TimeOutSec></TestCase></ExtraInfo>");
     m_folder.MakeFolder(L"CCrashModel");
@@ -76,12 +76,12 @@ TEST_F(RunCommandLine, IsFalseWhenACaseTookTooLong)
     EXPECT_NE(GetUtf8().find("\tErfolgreich:\t1 Klasse, 2 Tests\n"), std::string::npos) << GetUtf8();
 }
 
-/// All that is wrong is the heap that one of the cases keeps.
+/// One case keeps memory; nothing else is wrong.
 TEST_F(RunCommandLine, IsTrueWhenTheHeapGrew)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)
     {
-        GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+        GTEST_SKIP() << "this process does not use the heap of the shared run-time";
     }
     m_folder.MakeFolder(L"CPassedModel");
     m_folder.MakeFolder(L"CHeapModel");
@@ -116,7 +116,7 @@ TEST_F(RunCommandLine, ShowsOnlyTheHelpWithoutArguments)
     EXPECT_EQ(GetUtf8(), LbEncoding::ToUtf8(LuTestSuiteUtils::GetCommandLineHelp()));
 }
 
-TEST_F(RunCommandLine, StartsNothingBesideTheHelp)
+TEST_F(RunCommandLine, ShowsOnlyTheHelpDespiteOtherModes)
 {
     m_folder.MakeFolder(L"CFailedModel");
 

@@ -149,7 +149,7 @@ TEST_F(RunEvents, ComeFromTheWorkerWhileOthersAreBusy)
     EXPECT_EQ(m_events.lines.back(), L"ended 2");
 }
 
-TEST_F(RunEvents, ComeOneAtATimeAndBesideNoQuestion)
+TEST_F(RunEvents, ComeOneAtATimeAndNeverDuringTheCancellationQuery)
 {
     LuTestSuiteSetup setup = MakeObserved(8);
     setup.params.repetitions = 100;
@@ -157,7 +157,7 @@ TEST_F(RunEvents, ComeOneAtATimeAndBesideNoQuestion)
     std::atomic<int> together = 0;
     const auto visit = [&] {
         together += ++inside > 1 ? 1 : 0;
-        // Others come in now if they can.
+        // Gives other threads the chance to enter.
         std::this_thread::yield();
         --inside;
         return false;
@@ -261,7 +261,7 @@ TEST_F(RunEvents, TellHowAChildHasEnded)
 
 TEST_F(RunEvents, TellWhatACaseHadWrittenAtItsTimeLimit)
 {
-    // The child is there by then, however long its start takes.
+    // The first case starts the child, so that the limit of 0 s does not include its start.
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"schreibt und hängt"});
     setup.unitTests[0].cases[1].parameters[L"TimeOutSec"] = std::uint32_t{0};
 
@@ -274,7 +274,7 @@ TEST_F(RunEvents, TellWhatACaseHadWrittenAtItsTimeLimit)
     EXPECT_EQ(end.info.messages, L"");
 }
 
-TEST_F(RunEvents, TellOfACaseThatCannotBeAskedFor)
+TEST_F(RunEvents, TellOfACaseWhoseNameIsTooLong)
 {
     Watch(MakeSetup({MakeUnitTest(L"CObservedModel", {std::wstring(1024, L'n')})}));
 
@@ -282,7 +282,7 @@ TEST_F(RunEvents, TellOfACaseThatCannotBeAskedFor)
     EXPECT_EQ(m_events.ends.at(0).end.processId, 0U);
 }
 
-/// Which event an observer fails at.
+/// The parameter is the event at which the observer throws.
 class RunEventsFailing : public RunEvents, public testing::WithParamInterface<std::wstring>
 {
 };
@@ -306,7 +306,7 @@ TEST_P(RunEventsFailing, EndTheRunWithTheException)
 INSTANTIATE_TEST_SUITE_P(Events, RunEventsFailing,
                          testing::Values(L"planned 2", L"started eins", L"finished eins 0", L"canceled", L"ended 1"));
 
-/// Where an exception comes from while the other worker waits for a child that never answers.
+/// One worker waits for a child that never answers.
 class RunEventsBusy : public RunEvents
 {
 protected:

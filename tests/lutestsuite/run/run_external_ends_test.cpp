@@ -44,7 +44,7 @@ std::ptrdiff_t countLines(const std::wstring& messages, const std::wstring& star
     return count;
 }
 
-/// A case, and how the reason begins.
+/// A case, and the beginning of the reason in its messages.
 struct SEnd
 {
     const wchar_t* caseName;
@@ -64,7 +64,7 @@ class RunExternalEndsOf : public RunExternalEnds, public testing::WithParamInter
 TEST_P(RunExternalEndsOf, NameTheReason)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitizers end what crashes";
+    GTEST_SKIP() << "sanitizers handle crashes themselves";
 #endif
     const std::wstring messages = RunForMessages(GetParam().caseName);
 
@@ -125,7 +125,7 @@ TEST_F(RunExternalEnds, ReportThatNoProcessCouldBeStarted)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher"});
     setup.unitTests[0].cases[0].parameters[L"TimeOutSec"] = 5U;
-    // No program is started with so long a command line.
+    // The system does not start programs with a command line of this length.
     setup.dlls.assign(1, std::wstring(200'000, L'x'));
 
     EXPECT_EQ(Run(setup).cases.at(0).messages, L"\t\tERROR: Der Prozess des Testfalls konnte nicht gestartet werden\n");

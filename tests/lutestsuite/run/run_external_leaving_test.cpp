@@ -1,4 +1,4 @@
-// Child processes that can serve no longer, or will not end.
+// Child processes that cannot serve another case, or do not exit.
 
 #include <chrono>
 #include <string>
@@ -42,7 +42,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessWhenACaseHasUsedAllMemory)
 
     if (result.cases.at(1).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "the system limits nobody's memory";
+        GTEST_SKIP() << "the system does not limit memory";
     }
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Exception);
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
@@ -71,7 +71,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessAfterAnIdleOneHasLeft)
 TEST_F(RunExternalLeaving, LosesNoCaseWhileAProcessLeaves)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
-    // A moment longer than a process waits: it may be there still, be about to leave, or have left.
+    // An idle child exits after 5 s: at this moment it may be waiting, exiting or gone.
     setup.resultCallback = [](ECaseRunResult) { std::this_thread::sleep_for(std::chrono::milliseconds(5003)); };
 
     const SRunResult result = Run(setup);
@@ -84,7 +84,7 @@ TEST_F(RunExternalLeaving, LosesNoCaseWhileAProcessLeaves)
         << result.cases.at(1).processIndex - first;
 }
 
-/// Whether each case has a process of its own.
+/// The parameter: whether each case has its own process.
 class RunExternalExitHandlers : public RunExternalLeaving, public testing::WithParamInterface<bool>
 {
 };
@@ -102,7 +102,7 @@ TEST_P(RunExternalExitHandlers, HaveRunWhenTheRunHasEnded)
     EXPECT_EQ(CountHostChildren(), 0);
 }
 
-TEST_P(RunExternalExitHandlers, AreEndedWhenTheyDoNotEnd)
+TEST_P(RunExternalExitHandlers, AreKilledWhenTheyHang)
 {
     LuTestSuiteSetup setup = MakeCrash({L"schläft am Ende des Prozesses"});
     setup.params.isolated = GetParam();
@@ -121,7 +121,7 @@ TEST_P(RunExternalExitHandlers, AreEndedWhenTheyDoNotEnd)
 
 INSTANTIATE_TEST_SUITE_P(Modes, RunExternalExitHandlers, testing::Bool());
 
-/// With a case that is in the way of its process's end.
+/// The parameter is a case that hangs or crashes when its process exits.
 class RunExternalLeavingAfter : public RunExternalLeaving, public testing::WithParamInterface<const wchar_t*>
 {
 };
@@ -130,7 +130,7 @@ TEST_P(RunExternalLeavingAfter, RunsTheNextCaseInAnotherProcess)
 {
     LuTestSuiteSetup setup = MakeCrash({GetParam(), L"nachher"});
     setup.params.timeOutSec = 2;
-    // Longer than a process waits for a request.
+    // Longer than the 5 s after which an idle child exits.
     setup.resultCallback = [isFirst = true](ECaseRunResult) mutable {
         std::this_thread::sleep_for(std::chrono::milliseconds(isFirst ? 5500 : 0));
         isFirst = false;

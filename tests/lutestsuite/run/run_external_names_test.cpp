@@ -1,4 +1,4 @@
-// Cases that remove the names of what a run shares with its child processes.
+// Cases that remove the names of the objects that a run shares with its child processes.
 
 #include <string>
 #include <vector>
@@ -28,7 +28,7 @@ protected:
         return setup;
     }
 
-    /// Expects that all cases succeed that do not end their process. False where names cannot be removed.
+    /// Expects that all cases pass, except "endet", which ends its process. False if names cannot be removed.
     bool ExpectPassed(const SRunResult& result) const
     {
         for (const SCaseInfo& info : result.cases)
@@ -47,13 +47,13 @@ private:
     std::vector<std::wstring> m_caseNames;
 };
 
-TEST_F(RunExternalNames, AreNotMissedByTheProcessThatIsThere)
+TEST_F(RunExternalNames, AreNotNeededByARunningProcess)
 {
     const SRunResult result = Run(MakeIntrusive({c_Removes, L"zählt", L"zählt"}));
 
     if (!ExpectPassed(result))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_EQ(result.cases.at(2).messages, L"\t\tINFO:  2\n");
 }
@@ -64,13 +64,13 @@ TEST_F(RunExternalNames, AreNewForTheNextProcess)
 
     if (!ExpectPassed(result))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_EQ(result.cases.at(2).processIndex, result.cases.at(0).processIndex + 1);
     EXPECT_EQ(result.cases.at(4).messages, L"\t\tINFO:  2\n");
 }
 
-/// The request is handed over to the other process.
+/// The new process gets the request that the first one did not take.
 TEST_F(RunExternalNames, AreNewWhenAProcessHasEndedBetweenTwoCases)
 {
     LuTestSuiteSetup setup = MakeIntrusive({c_Removes, L"zählt"});
@@ -80,7 +80,7 @@ TEST_F(RunExternalNames, AreNewWhenAProcessHasEndedBetweenTwoCases)
 
     if (!ExpectPassed(result))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_EQ(result.cases.at(1).messages, L"\t\tINFO:  1\n");
 }
@@ -93,7 +93,7 @@ TEST_F(RunExternalNames, AreNewForIsolatedCases)
 
     if (!ExpectPassed(Run(setup)))
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
 }
 

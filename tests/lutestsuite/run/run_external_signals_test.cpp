@@ -1,4 +1,4 @@
-// Cases that set and take the events between a run and its child processes.
+// Cases that set or reset the events between a run and its child processes.
 
 #include <string>
 #include <vector>
@@ -24,7 +24,7 @@ protected:
         return Run(setup);
     }
 
-    /// All of them in the same process.
+    /// Expects that all cases passed in the same process.
     static void ExpectPassed(const SRunResult& result)
     {
         for (const SCaseInfo& info : result.cases)
@@ -53,7 +53,7 @@ TEST_F(RunExternalSignals, DoNotRunACaseTwice)
     EXPECT_EQ(result.cases.at(4).messages, L"\t\tINFO:  3\n");
 }
 
-TEST_F(RunExternalSignals, DoNotDelayTheEndOfTheTime)
+TEST_F(RunExternalSignals, DoNotDelayTheTimeOut)
 {
     LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CIntrusiveModel", {L"setzt fremde Ereignisse"}),
                                            MakeUnitTest(L"CCrashModel", {L"Endlosschleife"})});
@@ -63,7 +63,7 @@ TEST_F(RunExternalSignals, DoNotDelayTheEndOfTheTime)
     EXPECT_EQ(Run(setup).cases.at(1).result, ECaseRunResult::TimeOut);
 }
 
-/// The run looks once a second.
+/// Once a second the run checks the buffer and repeats the signal of a request that was not taken.
 TEST_F(RunExternalSignals, AreNotMissedWhenACaseTakesThem)
 {
     const std::vector<std::wstring> others(3, L"zählt");

@@ -1,4 +1,4 @@
-// Cases of the run's own process that change what the system does with its signals and children.
+// Cases of the run's own process that change its signal handling, which child processes inherit.
 
 #include <string>
 #include <vector>
@@ -14,7 +14,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SRunResult;
 
-/// The first case is one of the run's own process that disturbs its signals.
+/// The first case runs in the run's own process and changes its signal handling.
 class RunExternalSignalState : public ExternalRunTest
 {
 protected:
@@ -30,7 +30,7 @@ protected:
     }
 };
 
-TEST_F(RunExternalSignalState, IsThatOfTheRunInLaterProcesses)
+TEST_F(RunExternalSignalState, IsUnchangedInLaterProcesses)
 {
     LuTestSuiteSetup before = MakeExternal({MakeUnitTest(L"CIntrusiveModel", {L"nennt Signale"})});
     before.dlls.emplace_back(L"intrusivemodels");
@@ -40,7 +40,7 @@ TEST_F(RunExternalSignalState, IsThatOfTheRunInLaterProcesses)
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "there are no signals";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     EXPECT_NE(expected.find(L"SigBlk"), std::wstring::npos);
     EXPECT_EQ(result.cases.at(1).messages, expected);
@@ -52,7 +52,7 @@ TEST_F(RunExternalSignalState, HidesNoExitStatus)
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput || !LbOs::RemembersForgottenChildren())
     {
-        GTEST_SKIP() << "the system forgets nothing, or all";
+        GTEST_SKIP() << "only Linux from kernel 6.15 on keeps the status of ignored children";
     }
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Unknown);
     EXPECT_NE(result.cases.at(1).messages.find(models::c_EndOfProcess + std::wstring(L"Status 3\n")),
@@ -60,7 +60,7 @@ TEST_F(RunExternalSignalState, HidesNoExitStatus)
     EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
 }
 
-TEST_F(RunExternalSignalState, LeavesTheNextCaseToAnotherProcessWhenOneHasNoMemory)
+TEST_F(RunExternalSignalState, RunsTheNextCaseInAnotherProcessWhenMemoryHasRunOut)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers end the process when there is no memory";
@@ -69,7 +69,7 @@ TEST_F(RunExternalSignalState, LeavesTheNextCaseToAnotherProcessWhenOneHasNoMemo
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "there are no signals";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Exception);
     EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);

@@ -1,4 +1,4 @@
-// Processes that are started ahead, counted while a run is at its cases.
+// The number of spare children during a run.
 
 #include <algorithm>
 #include <cstddef>
@@ -19,7 +19,7 @@ using LuTestSuiteRun::SRunResult;
 class RunExternalSpares : public ExternalRunTest
 {
 protected:
-    /// The most children that were seen at the end of a case.
+    /// The largest number of children at the end of a case.
     std::ptrdiff_t CountChildren(LuTestSuiteSetup setup)
     {
         std::ptrdiff_t most = 0;
@@ -66,8 +66,8 @@ TEST_F(RunExternalSpares, ExistBeforeTheNextCase)
     EXPECT_EQ(CountChildren(setup), 2);
 }
 
-/// Each has its own, however many workers could want one.
-TEST_F(RunExternalSpares, AreNoMoreThanCasesOnWorkers)
+/// Three cases need at most three children, even with eight workers.
+TEST_F(RunExternalSpares, AreNoMoreThanCasesOnManyWorkers)
 {
     LuTestSuiteSetup setup = MakeCrash({L"schläft kurz"});
     setup.params.isolated = true;

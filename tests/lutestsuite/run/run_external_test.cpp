@@ -29,7 +29,7 @@ using LuTestSuiteRun::SRunResult;
 class RunExternal : public ExternalRunTest
 {
 protected:
-    /// The case between two that pass.
+    /// Runs the case between two that pass; returns its record.
     SCaseInfo RunCrash(const std::wstring& caseName, std::uint32_t timeOutSec = LuTestSuiteRun::c_NoLimit)
     {
         LuTestSuiteSetup setup = MakeCrash({L"vorher", caseName, L"nachher"});
@@ -95,7 +95,7 @@ TEST_F(RunExternal, DoesNotReplaceProcessesThatDieAtStart)
     setup.params.isolated = true;
     setup.params.repetitions = 4;
     std::optional<ScopedEnvironmentVariable> environment;
-    // By now the module is loaded here, and only children will read that.
+    // The run has already loaded the module here, so only children read the variable.
     setup.checkCallback = [&environment] {
         if (!environment)
         {
@@ -113,7 +113,7 @@ TEST_F(RunExternal, DoesNotReplaceProcessesThatDieAtStart)
     }
 }
 
-/// Also where parent and child meet on one while they wait for each other.
+/// Also when parent and child share one processor to exchange the request.
 TEST_F(RunExternal, LetsEachCaseUseAllProcessors)
 {
     LuTestSuiteSetup setup = MakeCrash({L"zählt Prozessoren"});
@@ -258,10 +258,10 @@ TEST_F(RunExternal, StartsAnotherProcessAfterACrash)
 
 TEST_F(RunExternal, NoticesACrashAtOnce)
 {
-    // That many slices of waiting would take as many seconds.
+    // If the run noticed each crash only by its check once a second, it would take 10 s.
     constexpr std::uint32_t c_Crashes = 10;
     double elapsed = c_Crashes;
-    // Once more on a machine that was busy elsewhere.
+    // Another attempt, because the machine may have been busy.
     for (int attempt = 0; attempt < 2 && elapsed >= c_Crashes / 2.0; ++attempt)
     {
         LuTestSuiteSetup setup = MakeCrash({L"abort"});
@@ -280,7 +280,7 @@ TEST_F(RunExternal, IgnoresAnAnswerToAnEarlierRequest)
     CProbeLine line;
     const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
     LuTestSuiteSetup setup = MakeCrash({L"antwortet noch einmal", L"geschlossene Dateien"});
-    // Between the two cases.
+    // True if the second answer was given before the next case began.
     bool isAnswered = false;
     setup.resultCallback = [&](ECaseRunResult) { isAnswered = isAnswered || line.IsAlive(); };
 
@@ -334,12 +334,12 @@ TEST_F(RunExternal, NamesThreadAndProcessWhenVerbose)
     EXPECT_NE(m_output.GetText().find(L"OK [P" + process + L"]\n"), std::wstring::npos);
 }
 
-/// What a case takes itself is the difference to one that does nothing.
+/// The empty case shows what the runner itself allocates.
 TEST_F(RunExternal, CountsTheHeapWhereTheCaseRuns)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)
     {
-        GTEST_SKIP() << "the heap is not that of the shared run-time";
+        GTEST_SKIP() << "this process does not use the heap of the shared run-time";
     }
     LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CHeapScript", {L"pre", L"nil", L"run", L"end"})});
     setup.dlls = {L"heapscript"};

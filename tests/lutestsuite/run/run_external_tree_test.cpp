@@ -1,4 +1,4 @@
-// What cases in child processes start, and how it ends.
+// How the processes end that cases in child processes start.
 
 #include <algorithm>
 #include <chrono>
@@ -21,7 +21,7 @@ using LuTestSuiteRun::SRunResult;
 class RunExternalTree : public ExternalRunTest
 {
 protected:
-    /// The case makes a copy of its process, which leaves the case during the next one.
+    /// The case forks. Its copy of the process leaves the case while the next case runs, and must end there.
     void ExpectCopyToEndWith(const std::wstring& caseName)
     {
         const SRunResult result = Run(MakeCrash({caseName, L"erwartet Kopie", L"nachher"}));
@@ -41,7 +41,7 @@ TEST_F(RunExternalTree, DoesNotDelayTheTimeOut)
 {
     constexpr double c_Latest = 4.1;
     double elapsed = c_Latest;
-    // Once more on a machine that was busy elsewhere.
+    // Another attempt, because the machine may have been busy.
     for (int attempt = 0; attempt < 2 && elapsed >= c_Latest; ++attempt)
     {
         LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});
@@ -78,7 +78,7 @@ TEST_F(RunExternalTree, EndsForksThatLeaveACaseByAnException)
     ExpectCopyToEndWith(L"Kopie wirft");
 }
 
-/// With a case that leaves a process in a session of its own behind, and how it goes on.
+/// The parameter is a case that leaves a process behind in another session; it then returns, exits, or hangs on exit.
 class RunExternalDaemons : public RunExternalTree, public testing::WithParamInterface<const wchar_t*>
 {
 };
@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, RunExternalDaemons,
                          testing::Values(L"hinterlässt Prozesse", L"hinterlässt Prozesse und endet",
                                          L"hinterlässt Prozesse und endet nicht"));
 
-/// With a case that starts processes and sleeps.
+/// The parameter is a case that starts processes and sleeps.
 class RunExternalTreeOf : public RunExternalTree, public testing::WithParamInterface<const wchar_t*>
 {
 };
@@ -141,14 +141,14 @@ TEST_P(RunExternalTreeOf, EndsWhenBusyWorkersAreCanceled)
     setup.params.workerThreads = 3;
     setup.params.repetitions = 9;
     bool isCanceled = false;
-    // Asked by one thread at a time.
+    // Only one thread at a time asks.
     setup.checkCallback = [this, &isCanceled] { return isCanceled = isCanceled || m_line.IsReady(); };
 
     const SRunResult result = Run(setup);
 
     EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Canceled, &SCaseInfo::result), 3);
     EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Unknown, &SCaseInfo::result), 6);
-    // One line for all of them: the first that is left would answer.
+    // All processes share the line, so any that is left would answer.
     EXPECT_TRUE(m_line.IsGone());
 }
 

@@ -15,7 +15,7 @@
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SRunResult;
 
-/// Allocates in the program itself, not in a module. The names are so short that their copies need no block.
+/// Allocates in the program itself, not in a module. Short names, because copies of longer ones would allocate.
 class CHostHeap : public LuUnitTest
 {
     LB_RTTI(CHostHeap)
@@ -46,7 +46,7 @@ protected:
     {
         if (LbOs::GetHeapFunctions().malloc == nullptr)
         {
-            GTEST_SKIP() << "the heap of this process is not that of the shared run-time";
+            GTEST_SKIP() << "this process does not use the heap of the shared run-time";
         }
     }
 
@@ -72,7 +72,7 @@ protected:
 
     void expectBalanced(const std::wstring& name)
     {
-        // The run-time and the module may keep something from the first time on.
+        // What the run-time and the module allocate once and keep is in the first record.
         const SRunResult result = Run(makeTracked({name, name}));
         EXPECT_EQ(static_cast<std::int64_t>(result.cases.at(1).memoryGrowth), 0);
         EXPECT_FALSE(result.cases.at(1).warning);
@@ -91,7 +91,7 @@ TEST_F(RunHeap, GrowthIsShownInGoldenrodAndTheCasePasses)
     EXPECT_EQ(result.cases.at(0).memoryGrowth, 16U);
     EXPECT_TRUE(result.cases.at(0).warning);
     EXPECT_EQ(result.cases.at(0).result, LuTestSuiteRun::ECaseRunResult::Ok);
-    EXPECT_EQ(result.cases.at(1).memoryGrowth, 0U) << "a block of another case";
+    EXPECT_EQ(result.cases.at(1).memoryGrowth, 0U) << "the block belongs to another case";
 }
 
 TEST_F(RunHeap, GrowthIsNoWarningWithoutTheFlag)

@@ -54,7 +54,7 @@ TEST_F(RunLists, MayNameACaseSeveralTimes)
 
 TEST_F(RunLists, AreRunWithoutASearchOfTheDataDirectory)
 {
-    // What a search finds there would be run.
+    // A search would find this unit test and run it, too.
     const ScopedFolder folder;
     folder.MakeFolder(L"CPassedModel");
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CResultModel", {L"bestanden"})});

@@ -1,4 +1,4 @@
-// The ways of running cases: each gives the same outcomes.
+// Cases have the same outcomes in every mode.
 
 #include <algorithm>
 #include <iterator>
@@ -23,13 +23,13 @@ using LuTestSuiteRun::SRunResult;
 struct SMode
 {
     const char* name;
-    std::uint32_t workers; ///< 0 for a run without
+    std::uint32_t workers; ///< 0: cases run on the calling thread
     bool external;
     bool isolated;
 };
 
 constexpr SMode c_Modes[] = {
-    {"MostWorkers", 256, false, false}, // first, see below
+    {"MostWorkers", 256, false, false}, // first, so that RunParallelFasterModes can leave it out
     {"InProcess", 0, false, false},       {"OneWorker", 1, false, false}, {"FourWorkers", 4, false, false},
     {"External", 0, true, false},         {"Isolated", 0, true, true},    {"ExternalOnWorkers", 4, true, false},
     {"IsolatedOnWorkers", 4, true, true},
@@ -54,7 +54,7 @@ std::vector<LuTestSuite::SUnitTest> makeTable(std::span<const models::SOutcome> 
     return unitTests;
 }
 
-/// Behind its own messages a case that has ended its process has the reason.
+/// If a case ended its process, the reason follows its own messages.
 void expectMessages(const SCaseInfo& info, const models::SOutcome& expected)
 {
     const bool hasEnded = info.processIndex >= 0 && info.messages.find(models::c_EndOfProcess) != std::wstring::npos;
@@ -91,7 +91,7 @@ TEST_P(RunParallelModes, EndAsTheTableSays)
     expectTable(Run(setup), models::c_Outcomes, GetParam());
 }
 
-/// With cases that take their process down or never end.
+/// With cases that end their process or never return.
 class RunParallelCrashes : public RunParallelModes
 {
 };
@@ -103,7 +103,7 @@ TEST_P(RunParallelCrashes, EndAsTheTableSays)
     setMode(GetParam(), setup);
     for (std::size_t row = 0; row < setup.unitTests.size(); ++row)
     {
-        // The others are not to end by the limit, however long a busy machine takes for them.
+        // Only cases that hang may reach a limit, even on a busy machine.
         const bool hangs = models::c_CrashOutcomes[row].result == ECaseRunResult::TimeOut;
         setup.unitTests[row].cases[0].parameters[L"TimeOutSec"] = hangs ? 1U : LuTestSuiteRun::c_NoLimit;
     }
@@ -112,11 +112,11 @@ TEST_P(RunParallelCrashes, EndAsTheTableSays)
 }
 
 /// Without the mode whose threads take seconds to start.
-class RunParallelModesBesides : public RunParallelModes
+class RunParallelFasterModes : public RunParallelModes
 {
 };
 
-TEST_P(RunParallelModesBesides, CallBackOnceForEachCase)
+TEST_P(RunParallelFasterModes, CallBackOnceForEachCase)
 {
     LuTestSuiteSetup setup =
         MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"}), MakeUnitTest(L"CFailedModel", {L"allein"})});
@@ -130,7 +130,7 @@ TEST_P(RunParallelModesBesides, CallBackOnceForEachCase)
     EXPECT_EQ(counts, (std::map<ECaseRunResult, int>{{ECaseRunResult::Ok, 5}, {ECaseRunResult::Error, 5}}));
 }
 
-TEST_P(RunParallelModesBesides, KeepTheRecordOfACaseWithTooLongAName)
+TEST_P(RunParallelFasterModes, KeepTheRecordOfACaseWithTooLongAName)
 {
     LuTestSuiteSetup setup =
         MakeSetup({MakeUnitTest(std::wstring(1024, L'K'), {L"Fall"}), MakeUnitTest(L"CPassedModel", {L"eins"})});
@@ -143,7 +143,7 @@ TEST_P(RunParallelModesBesides, KeepTheRecordOfACaseWithTooLongAName)
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
 }
 
-TEST_P(RunParallelModesBesides, CutMessagesAtTheirLimit)
+TEST_P(RunParallelFasterModes, CutMessagesAtTheirLimit)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CLongMessageModel", {L"über der Grenze"})});
     setMode(GetParam(), setup);
@@ -163,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, RunParallelModes, testing::ValuesIn(c_Modes), ge
 INSTANTIATE_TEST_SUITE_P(Modes, RunParallelCrashes,
                          testing::ValuesIn(std::ranges::find_if(c_Modes, &SMode::external), std::end(c_Modes)),
                          getModeName);
-INSTANTIATE_TEST_SUITE_P(Modes, RunParallelModesBesides, testing::ValuesIn(std::begin(c_Modes) + 1, std::end(c_Modes)),
+INSTANTIATE_TEST_SUITE_P(Modes, RunParallelFasterModes, testing::ValuesIn(std::begin(c_Modes) + 1, std::end(c_Modes)),
                          getModeName);
 
 } // namespace

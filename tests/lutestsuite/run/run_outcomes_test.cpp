@@ -17,7 +17,7 @@ class RunOutcomes : public RunTest, public testing::WithParamInterface<models::S
 {
 };
 
-/// What GoogleTest takes as a name.
+/// A name that GoogleTest accepts.
 std::string getTestName(const testing::TestParamInfo<models::SOutcome>& info)
 {
     std::string name = std::to_string(info.index) + "_";

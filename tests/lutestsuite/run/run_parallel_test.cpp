@@ -71,7 +71,7 @@ TEST_F(RunParallel, UsesAtMost256Workers)
     }
 }
 
-TEST_F(RunParallel, RunsTheOthersAfterwardsOnTheCallingThread)
+TEST_F(RunParallel, RunsSequentialCasesAfterwardsOnTheCallingThread)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 1);
     setup.unitTests = {MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"}),
@@ -106,7 +106,7 @@ TEST_F(RunParallel, AsksForCancellationOneThreadAtATime)
     std::atomic<int> together = 0;
     setup.checkCallback = [&] {
         together += ++inside > 1 ? 1 : 0;
-        // Others come in now if they can.
+        // Gives other threads the chance to enter.
         std::this_thread::yield();
         --inside;
         return false;

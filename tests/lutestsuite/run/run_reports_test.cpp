@@ -91,7 +91,7 @@ TEST_F(RunReports, AreWrittenAfterTheSummary)
                                              m_setup.xmlReport + L" konnte nicht erzeugt werden.\n"));
 }
 
-TEST_F(RunReports, AreWrittenOfARunWithoutCases)
+TEST_F(RunReports, AreWrittenForARunWithoutCases)
 {
     m_setup = MakeSetup(m_folder.MakeFolder(L"leer"));
     m_setup.xmlReport = GetPathOf(L"Report.xml");
@@ -188,7 +188,7 @@ TEST_F(RunReports, UseTheirOwnNamesWithoutAPerUserFolder)
     const ScopedEnvironmentVariable windows(L"APPDATA", L"");
     if (!LbOs::GetUserDataDirectory().empty())
     {
-        GTEST_SKIP() << "the system knows the folder all the same";
+        GTEST_SKIP() << "the system finds the folder without these variables";
     }
     m_setup.xmlReport = GetPathOf(L"Report.xml");
     m_setup.autoHtml = true;
@@ -203,7 +203,7 @@ TEST_F(RunReports, AreOpenedOnTheDesktopWithoutWaitingForIt)
 {
     if (!OpenedFiles::CanStandIn())
     {
-        GTEST_SKIP() << "there is no way to stand in for the desktop";
+        GTEST_SKIP() << "the desktop cannot be replaced here";
     }
     const OpenedFiles opened;
     const ScopedEnvironmentVariable path(L"PATH", opened.GetSearchPath());
@@ -215,7 +215,7 @@ TEST_F(RunReports, AreOpenedOnTheDesktopWithoutWaitingForIt)
     m_setup.htmlReport = GetPathOf(L"Über mich & \"dich\" $x.html");
     Run();
 
-    // The opener goes on from here only; the XML report and the page that could not be written have had none.
+    // The opener waits until here, and the run did not wait for it. Only pages that were written are opened.
     EXPECT_EQ(opened.Await(), Names{m_setup.htmlReport});
 }
 
@@ -223,7 +223,7 @@ TEST_F(RunReports, DoNotFailTheRunWithoutADesktop)
 {
     if (!OpenedFiles::CanStandIn())
     {
-        GTEST_SKIP() << "the desktop cannot be taken away";
+        GTEST_SKIP() << "the desktop cannot be removed here";
     }
     const ScopedFolder empty;
     const ScopedEnvironmentVariable path(L"PATH", empty.GetPath());
@@ -235,7 +235,7 @@ TEST_F(RunReports, DoNotFailTheRunWithoutADesktop)
     EXPECT_TRUE(m_output.GetText().ends_with(L"1 fehlerhafte Testfälle\n"));
 }
 
-/// Relative reports of an environment whose working directory goes away.
+/// Reports with relative paths, whose working directory is removed.
 class RunReportsWithoutDirectory : public testing::Test
 {
 protected:

@@ -1,4 +1,4 @@
-// The call stacks of cases that end their child process, or are ended with it.
+// The call stacks of cases that crash their child process or exceed the time limit.
 
 #include <algorithm>
 #include <ostream>
@@ -24,7 +24,7 @@ protected:
     void SetUp() override
     {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        GTEST_SKIP() << "sanitizers end what crashes";
+        GTEST_SKIP() << "sanitizers handle crashes themselves";
 #endif
         if (LbPath::c_Separator == L'\\')
         {
@@ -32,7 +32,7 @@ protected:
         }
     }
 
-    /// The end of a case in a child that others have used.
+    /// Runs the case in a child that has run another case; returns its end.
     EventRecorder::SEnd RunFor(const std::wstring& caseName, bool takeStacks = true)
     {
         LuTestSuiteSetup setup = MakeCrash({L"vorher", caseName});
@@ -46,7 +46,7 @@ protected:
     EventRecorder m_events;
 };
 
-/// A case, how it ends, and a function of the frames at fault.
+/// A case, how it ends, and a function on the stack at fault.
 struct SFault
 {
     const wchar_t* caseName;
@@ -89,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SFault{L"Endlosschleife", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"},
                     SFault{L"Verklemmung", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"}));
 
-TEST_F(RunStacks, StandInTheMessagesBehindTheReason)
+TEST_F(RunStacks, FollowTheReasonInTheMessages)
 {
     const EventRecorder::SEnd end = RunFor(L"Zugriffsverletzung");
 

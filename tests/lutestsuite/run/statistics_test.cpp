@@ -49,12 +49,12 @@ TEST(CountCases, CountsWarningsOfCasesAndUnitTests)
     EXPECT_EQ(stats.unitTests.at(1).warnings, 1U);
 }
 
-/// Each of them alone spoils the verdict of a run.
-class CountCasesSpoiled : public testing::TestWithParam<ECaseRunResult>
+/// The parameter is a result that counts as a failure.
+class CountCasesFailure : public testing::TestWithParam<ECaseRunResult>
 {
 };
 
-TEST_P(CountCasesSpoiled, DoesNotCountAUnitTestWithSuchACaseAsPassed)
+TEST_P(CountCasesFailure, KeepsTheUnitTestFromPassing)
 {
     const SStats stats = Count({MakeCase(0, ECaseRunResult::Ok, false), MakeCase(1, ECaseRunResult::Ok, false),
                                 MakeCase(1, GetParam(), false)},
@@ -64,7 +64,7 @@ TEST_P(CountCasesSpoiled, DoesNotCountAUnitTestWithSuchACaseAsPassed)
     EXPECT_EQ(stats.unitTestsPassed, 1U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Results, CountCasesSpoiled,
+INSTANTIATE_TEST_SUITE_P(Results, CountCasesFailure,
                          testing::Values(ECaseRunResult::Error, ECaseRunResult::Exception, ECaseRunResult::NoInput,
                                          ECaseRunResult::Different, ECaseRunResult::Unknown,
                                          ECaseRunResult::NoMatchingCase, ECaseRunResult::Canceled,

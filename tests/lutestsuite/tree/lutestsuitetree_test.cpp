@@ -54,7 +54,7 @@ std::uint32_t findNode(const LuTestSuiteTree& tree, const std::wstring& name)
             return index;
         }
     }
-    ADD_FAILURE() << "no such node";
+    ADD_FAILURE() << "node not found";
     return 0;
 }
 

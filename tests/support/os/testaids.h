@@ -18,7 +18,7 @@ bool LoadAndUnloadModule(const std::wstring& path);
 /// The running children of the current process.
 std::vector<unsigned long> ListChildren();
 
-/// Creates a named pipe; opening it for reading waits for a writer. False if the platform has none.
+/// Creates a named pipe; opening it for reading waits for a writer. False if the platform has no pipes in folders.
 bool MakePipe(const std::wstring& path);
 
 /// Creates a symbolic link to a file or directory, which need not exist; a relative target refers to the link's folder.
@@ -31,7 +31,7 @@ std::optional<int> RunInFork(const std::function<int()>& function);
 
 /// Like RunInFork, but the child has the same process id as its parent: each is the first process of its own namespace.
 /// Empty if the system does not allow that.
-std::optional<int> RunInForkOfSameNumber(const std::function<int()>& function);
+std::optional<int> RunInForkWithSameId(const std::function<int()>& function);
 
 /// Drops all rights of the current process beyond those of an ordinary user; no effect without such rights. False if
 /// rights cannot be dropped.
@@ -91,8 +91,8 @@ bool IsForOwnUserOnly(const std::wstring& name);
 /// Moves the current process to its parent's process group. False if there are no groups.
 bool JoinGroupOfParent();
 
-/// Waits for all ended children of the current process, as a test might that knows only its own children. False if a
-/// process can be waited for more than once.
+/// Waits for all ended children of the current process, like a test that expects to be the only one that starts
+/// children. False if a process can be waited for more than once.
 bool WaitForEndedChildren();
 
 /// Makes the system discard ended children of the current process at once, or keep them until they are waited for.
@@ -122,8 +122,8 @@ std::shared_ptr<void> HoldEnd(std::uint64_t process);
 /// Makes new files of the current process have no access rights, or the default ones again. False if there is no umask.
 bool SetRightsMasked(bool areMasked);
 
-/// Closes a system handle that belongs to other code, like a test that closes all files. False if handles cannot be
-/// guessed.
+/// Closes a system handle that belongs to other code, like a test that closes all files. False on platforms where a
+/// test cannot guess handles.
 bool CloseForOthers(std::intptr_t handle);
 
 /// Sets a named event a million times. False if events do not count.
@@ -148,7 +148,7 @@ bool LimitMemory(std::size_t bytes);
 /// The number of files that the current process may open; empty if there is no such limit.
 std::optional<std::uint64_t> GetOpenFileLimit();
 
-/// Sets that number as a soft limit. False if there is no such limit.
+/// Sets the soft limit of open files. False if there is no such limit.
 bool SetOpenFileLimit(std::uint64_t count);
 
 /// The command line of the current process, for code without access to main's arguments.

@@ -78,7 +78,7 @@ std::optional<int> LbOs::RunInFork(const std::function<int()>& function)
     return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& function)
+std::optional<int> LbOs::RunInForkWithSameId(const std::function<int()>& function)
 {
     constexpr int c_Refused = 77;
     const auto runFirst = [&function] {
@@ -290,7 +290,7 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
     {
         return (status.st_mode & c_AllRights) == c_OwnRights;
     }
-    // The link of a memory file ends in its number.
+    // The name of shared memory is a link whose target ends in the id of the segment.
     shmid_ds memory = {};
     const int number = std::stoi(std::filesystem::read_symlink(path).filename().native());
     return shmctl(number, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
@@ -344,7 +344,7 @@ std::shared_ptr<void> LbOs::HoldEnd(std::uint64_t process)
         siginfo_t end = {};
         const bool isHeld = ptrace(PTRACE_SEIZE, held, nullptr, nullptr) == 0 && kill(held, SIGKILL) == 0 &&
                             waitid(P_PID, static_cast<id_t>(held), &end, WEXITED | WNOWAIT) == 0;
-        // It stops itself when it is ready.
+        // The holder stops itself to report that it is ready.
         kill(getpid(), isHeld ? SIGSTOP : SIGKILL);
     }
     int status = 0;

@@ -78,7 +78,7 @@ std::optional<int> LbOs::RunInFork(const std::function<int()>& /*function*/)
     return std::nullopt;
 }
 
-std::optional<int> LbOs::RunInForkOfSameNumber(const std::function<int()>& /*function*/)
+std::optional<int> LbOs::RunInForkWithSameId(const std::function<int()>& /*function*/)
 {
     return std::nullopt;
 }

@@ -39,7 +39,7 @@ std::atomic<std::uint32_t> s_channelCount = 0;
 std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
                                  const std::wstring& requestEventId, const std::wstring& responseEventId)
 {
-    // A run over a host's own list of unit tests may have no data directory; the child wants one and does not look.
+    // A run of a host's own list of unit tests may have no data directory; the child requires one but does not read it.
     const std::wstring dataDirectory = settings.dataDirectory.empty()
                                            ? LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)
                                            : settings.dataDirectory;
@@ -57,7 +57,7 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
     return line;
 }
 
-void CProcessorSharing::Learn(std::uint64_t nanoseconds)
+void CProcessorSharing::Record(std::uint64_t nanoseconds)
 {
     const bool isLong = nanoseconds >= sc_uiLong;
     if (IsNext())
@@ -108,7 +108,7 @@ bool CChildChannel::ensureNames()
 
 void CChildChannel::endChild()
 {
-    // A child that leaves ends what its cases have started.
+    // A child that exits by itself ends what its cases have started.
     if (m_child && m_child->GetExitStatus() != 0)
     {
         m_child->Terminate();
@@ -123,7 +123,7 @@ void CChildChannel::startChild()
     {
         return;
     }
-    // What the child before this one has left behind.
+    // Removes signals left by the previous child.
     m_objects->request->Reset();
     m_objects->response->Reset();
     LbOs::SChildOptions options;
@@ -166,8 +166,8 @@ bool CChildChannel::MakeReady()
 bool CChildChannel::isNotTaken(EEnd end)
 {
     // If a child that has served cases, or may be leaving, dies before it takes a request, earlier cases are to blame.
-    // A spare's start may have failed for lack of what the case that was under way then has given back since. If the
-    // names are gone, the child may have come too late for them.
+    // A spare child may have failed for lack of resources that a running case has freed since. If the names are gone,
+    // the child may have been too late to open the objects.
     const bool isGone = end == EEnd::ChildEnded || end == EEnd::Failed;
     const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || !m_objects->AreNamed();
     return end == EEnd::NotTaken || (isGone && mayHaveFailed && withdraw());
@@ -191,13 +191,13 @@ void CChildChannel::EnsureProcessIndex()
     }
 }
 
-void CChildChannel::Ask()
+void CChildChannel::Submit()
 {
     if (!m_child)
     {
         return;
     }
-    constexpr std::uint32_t c_Doubt = 1000; // The child began to wait earlier than this side knows.
+    constexpr std::uint32_t c_Doubt = 1000; // The child began to wait before the parent started its timer.
     m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     if (m_sharing.IsNext())
     {
@@ -227,11 +227,11 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     if (isNotTaken(end))
     {
         replaceChild();
-        Ask();
+        Submit();
         end = m_child ? wait(timeOutSec, isCanceled) : EEnd::ChildEnded;
     }
     m_hasAnswered = end == EEnd::Answered;
-    m_sharing.Learn(m_timer.GetElapsed());
+    m_sharing.Record(m_timer.GetElapsed());
     m_idle.Restart();
     const std::int32_t processIndex = m_processIndex;
     describeEnd(end);
@@ -251,7 +251,7 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     return processIndex;
 }
 
-SLeavingChild CChildChannel::SendAway()
+SLeavingChild CChildChannel::RequestExit()
 {
     if (!m_child || !m_hasAnswered)
     {
@@ -294,7 +294,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
         }
         if (event == LbOs::EEventWait::TimedOut)
         {
-            // A child that waits for requests takes them at once. A slow one can no longer take what was taken back.
+            // A waiting child takes a request at once. A slow child cannot take it any more after it was withdrawn.
             if (slice == c_TakingMilliseconds && withdraw())
             {
                 return EEnd::NotTaken;
@@ -326,7 +326,7 @@ void CChildChannel::remind()
     }
 }
 
-/// A crashed child waits for that before it ends.
+/// A crashed child waits for Release before it ends, but not for long.
 void CChildChannel::readCrash()
 {
     const auto crashed = m_crashWatch ? m_crashWatch->FindCrash() : std::nullopt;
@@ -345,7 +345,7 @@ void CChildChannel::describeEnd(EEnd end)
         return;
     }
     m_end.kind = toCaseEnd(end);
-    m_end.processId = m_child->GetNumber();
+    m_end.processId = m_child->GetId();
     if (end == EEnd::ChildEnded || end == EEnd::TimedOut)
     {
         m_end.lastLines = m_errors.ReadLastLines();

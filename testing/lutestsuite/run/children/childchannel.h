@@ -45,12 +45,12 @@ public:
     bool IsNext() const { return m_left > 0; }
 
     /// Updates the decision with the time of the last request.
-    void Learn(std::uint64_t nanoseconds);
+    void Record(std::uint64_t nanoseconds);
 
-    /// Nothing is known about the next child.
+    /// Forgets all answers, for the next child.
     void Forget() { m_left = 0; }
 
-    static constexpr std::uint64_t sc_uiQuick = 25'000; ///< at most: both processors were awake, or there was but one
+    static constexpr std::uint64_t sc_uiQuick = 25'000; ///< at most: no processor had to wake up
     static constexpr std::uint64_t sc_uiLong = 200'000; ///< at least: the case itself takes long
     static constexpr std::uint32_t sc_uiInARow = 255;
 
@@ -62,18 +62,18 @@ private:
 class CChildChannel : public INonCopyable
 {
 public:
-    /// Creates the shared objects under fresh names; throws LbException when they cannot be had. The settings are the
-    /// caller's and outlive the object.
+    /// Creates the shared objects under fresh names; throws LbException if that fails. The settings must outlive
+    /// the object.
     explicit CChildChannel(const SChildSettings& settings);
 
-    /// Starts a child if there is none; HasChild tells whether that succeeded. A child that exited while idle is
-    /// replaced when a request gets no answer, since checking before each case would cost every case time.
+    /// Starts a child if there is none; HasChild tells whether that succeeded. Does not notice a child that exited
+    /// while idle, since checking would cost every case time: WaitForAnswer replaces that child.
     void EnsureChild();
 
     /// Marks the child as started ahead of its case: it is replaced if it ends before it takes its first request.
-    void BeSpare() { m_isSpare = true; }
+    void MarkAsSpare() { m_isSpare = true; }
 
-    /// Ensures a child and all that its next case needs; false without a child. Throws LbException.
+    /// Ensures a child and everything that its next case needs; false without a child. Throws LbException.
     bool MakeReady();
 
     /// Assigns the next process index to a child that has none.
@@ -86,22 +86,22 @@ public:
     IWorkBuffer& GetBuffer() { return m_objects->buffer; }
 
     /// Submits the request in the buffer; the time limit starts here.
-    void Ask();
+    void Submit();
 
-    /// Waits until the child has answered. When it does not, its processes are ended, and the buffer says why: the
-    /// limit in whole seconds was exceeded, the run was canceled, or the child itself has ended, which leaves the
-    /// buffer as it is. Returns the index of the process that had the request, -1 without one.
+    /// Waits until the child has answered, has ended, the limit in whole seconds is exceeded, or the run is canceled.
+    /// Without an answer, ends the child's processes; after the limit or a cancellation also writes that result into
+    /// the buffer. Returns the index of the process that had the request, -1 without one.
     std::int32_t WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
 
-    /// Asks the child to exit and passes it on. Empty if there is no child, or if it has run no case or has not
-    /// answered: then it is ended with the channel.
-    SLeavingChild SendAway();
+    /// Asks the child to exit and passes it on. Empty without a child. Also empty if the child has run no case or has
+    /// not answered: the channel's destructor ends such a child.
+    SLeavingChild RequestExit();
 
     /// How the last request ended.
     const SCaseEnd& GetEnd() const { return m_end; }
 
     /// The process id of the child; 0 without one.
-    std::uint64_t GetProcessId() const { return m_child ? m_child->GetNumber() : 0; }
+    std::uint64_t GetProcessId() const { return m_child ? m_child->GetId() : 0; }
 
 private:
     enum class EEnd
@@ -125,7 +125,7 @@ private:
     /// Whether no child took the request: the child ended by itself, was about to, or could not open the objects.
     bool isNotTaken(EEnd end);
 
-    /// Starts another child for a request that nobody has taken.
+    /// Starts another child for a request that no child has taken.
     void replaceChild();
 
     /// Gives the request in the buffer to the child.
@@ -138,13 +138,13 @@ private:
     void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);
 
-    /// Takes the request back; false when the child has taken it.
+    /// Withdraws the request; false if the child has taken it.
     bool withdraw();
 
     /// Signals an untaken request again, because a test may have consumed the signal.
     void remind();
 
-    /// Counts the channels of all threads, and makes room for what this one opens.
+    /// Raises the limit of open files for the channels of all threads.
     class CFileQuota : public INonCopyable
     {
     public:
@@ -156,17 +156,17 @@ private:
     CFileQuota m_fileQuota;
     std::unique_ptr<SChildObjects> m_objects;
     CChildErrors m_errors;
-    std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if nobody wants stacks
+    std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if the run reads no stacks
     std::unique_ptr<LbOs::CChildProcess> m_child;
     SCaseEnd m_end;
     std::int32_t m_processIndex = sc_iNone;
     std::uint32_t m_number = 0;           ///< of the last request
-    LbOs::CThreadProcessors m_processors; ///< of the thread that asks
+    LbOs::CThreadProcessors m_processors; ///< of the thread that submits requests
     CProcessorSharing m_sharing;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_isSpare = false;
     bool m_hasAnswered = false;
-    bool m_mayBeLeaving = false;             ///< it had been idle for long when it was asked
+    bool m_mayBeLeaving = false;             ///< it had been idle for long when it got the request
     LbTimer m_timer{LbTimer::eR_NanoSecond}; ///< since the request
 
     static constexpr std::int32_t sc_iNone = -1;

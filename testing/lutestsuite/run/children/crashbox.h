@@ -37,25 +37,25 @@ static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
 class CCrashWatch : public INonCopyable
 {
 public:
-    /// For a child whose work buffer has this name, before it starts. Children of runs without one do not wait.
+    /// For a child whose work buffer has this name; created before it starts. Without it the child does not wait.
     explicit CCrashWatch(const std::wstring& bufferName);
 
-    /// The thread that has crashed and waits; none otherwise.
+    /// The thread that has crashed and waits; empty without a crash.
     std::optional<LbOs::SCrashedThread> FindCrash() const;
 
-    /// The crashed child may end.
+    /// Lets the crashed child end.
     void Release();
 
 private:
     std::unique_ptr<LbOs::CSharedMemory> m_memory;
-    std::shared_ptr<void> m_view; ///< null without memory: nobody waits
+    std::shared_ptr<void> m_view; ///< null if there is no memory: then a crashed child does not wait
 };
 
 /// The side of the child.
 class CCrashReporter : public INonCopyable
 {
 public:
-    /// `response` wakes the run; it is the caller's and outlives the object.
+    /// `response` wakes the run; it must outlive the object.
     CCrashReporter(const std::wstring& bufferName, LbOs::CNamedEvent& response);
 
     /// Waits until the run has read the stacks, at most 1.5 s. On the crashed thread: neither allocates nor locks.
@@ -63,7 +63,7 @@ public:
 
 private:
     LbOs::CNamedEvent& m_response;
-    std::shared_ptr<void> m_view; ///< null if the run is not interested
+    std::shared_ptr<void> m_view; ///< null if the run reads no stacks
 };
 
 } // namespace LuTestSuiteRun

@@ -25,7 +25,7 @@ bool CSpareChildren::takePlace(const std::function<std::size_t()>& count)
 {
     const std::lock_guard lock(m_mutex);
     dropEnded();
-    if (m_areGivenUp || m_channels.size() + m_starting >= std::min(count(), GetMost()))
+    if (m_isClosed || m_channels.size() + m_starting >= std::min(count(), GetMost()))
     {
         return false;
     }
@@ -33,19 +33,19 @@ bool CSpareChildren::takePlace(const std::function<std::size_t()>& count)
     return true;
 }
 
-/// Null when something is missing for it.
+/// Null if the child cannot be started or gets no resources.
 std::unique_ptr<CChildChannel> CSpareChildren::start() const
 {
     try
     {
         auto channel = std::make_unique<CChildChannel>(m_settings);
         const bool isReady = channel->MakeReady();
-        channel->BeSpare();
+        channel->MarkAsSpare();
         return isReady ? std::move(channel) : nullptr;
     }
     catch (...)
     {
-        // The running case needs none. A case without a child reports that itself.
+        // Not an error yet: the case that needs the child starts it again and reports the failure.
         return nullptr;
     }
 }
@@ -59,7 +59,7 @@ void CSpareChildren::Start(const std::function<std::size_t()>& count)
         const std::lock_guard lock(m_mutex);
         --m_starting;
         m_started.notify_all();
-        if (!channel || m_areGivenUp)
+        if (!channel || m_isClosed)
         {
             return;
         }
@@ -70,7 +70,7 @@ void CSpareChildren::Start(const std::function<std::size_t()>& count)
 std::unique_ptr<CChildChannel> CSpareChildren::Take()
 {
     std::unique_lock lock(m_mutex);
-    // To start another one would take as long.
+    // Waits for a child that is starting, because starting another one would take as long.
     m_started.wait(lock, [this] {
         dropEnded();
         return !m_channels.empty() || m_starting == 0;
@@ -84,10 +84,10 @@ std::unique_ptr<CChildChannel> CSpareChildren::Take()
     return channel;
 }
 
-bool CSpareChildren::GiveUp()
+bool CSpareChildren::KillAll()
 {
     const std::lock_guard lock(m_mutex);
-    m_areGivenUp = true;
+    m_isClosed = true;
     const bool wereThere = !m_channels.empty();
     m_channels.clear();
     return wereThere;
@@ -116,7 +116,7 @@ void CExternalContext::Release()
     CLeavingChildren* const leaving = m_spares.GetSettings().leaving;
     if (m_channel && leaving != nullptr)
     {
-        leaving->Add(m_channel->SendAway());
+        leaving->Add(m_channel->RequestExit());
     }
     m_channel.reset();
 }
@@ -124,7 +124,7 @@ void CExternalContext::Release()
 bool CExternalContext::endOthers()
 {
     CLeavingChildren* const leaving = m_spares.GetSettings().leaving;
-    const bool wereSpares = m_spares.GiveUp();
+    const bool wereSpares = m_spares.KillAll();
     return (leaving != nullptr && leaving->EndAll()) || wereSpares;
 }
 

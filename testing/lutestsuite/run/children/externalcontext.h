@@ -36,7 +36,7 @@ public:
     std::unique_ptr<CChildChannel> Take();
 
     /// Kills unused children to free resources and starts no more. False if there were none.
-    bool GiveUp();
+    bool KillAll();
 
 private:
     void dropEnded();
@@ -48,7 +48,7 @@ private:
     std::condition_variable m_started;
     std::vector<std::unique_ptr<CChildChannel>> m_channels;
     std::size_t m_starting = 0;
-    bool m_areGivenUp = false;
+    bool m_isClosed = false;
 };
 
 /// The channel of one executing thread.
@@ -64,11 +64,11 @@ public:
     /// The process id of the child; 0 without one.
     std::uint64_t GetProcessId() const { return m_channel ? m_channel->GetProcessId() : 0; }
 
-    /// Gives the channel back. Its child leaves, if it has run cases.
+    /// Gives the channel back. Asks its child to exit if it has run cases.
     void Release();
 
-    /// The channel for the next case, with a child if one can be started; for an isolated case, one that nobody
-    /// has used or will use. Throws LbException.
+    /// The channel for the next case, with a child if one can be started. The child of an isolated case runs no other
+    /// case. Throws LbException.
     CChildChannel& Obtain(bool isIsolated);
 
 private:
@@ -87,7 +87,7 @@ private:
     void ensureChannel(bool isIsolated);
     bool tryReady(bool isIsolated);
 
-    /// Gives back what spare and leaving children use; false if there were none.
+    /// Kills spare and exiting children to free resources; false if there were none.
     bool endOthers();
 
     CSpareChildren& m_spares;

@@ -15,7 +15,7 @@
 namespace LuTestSuiteRun
 {
 
-/// A child that was asked to leave.
+/// A child that was asked to exit.
 struct SLeavingChild
 {
     std::unique_ptr<LbOs::CChildProcess> child;
@@ -30,18 +30,18 @@ class CLeavingChildren : public INonCopyable
 public:
     CLeavingChildren();
 
-    /// Waits for all that are left, and writes to standard error how children ended that failed meanwhile.
+    /// Waits for the remaining children, and writes to standard error how children that failed have ended.
     ~CLeavingChildren();
 
     /// Takes over a child; ignores null. If too many are exiting, waits for the one asked first; if the one before it
     /// had to be killed, kills it without waiting.
     void Add(SLeavingChild leaving) noexcept;
 
-    /// Ends all at once, for a thread that lacks what they still use. False if there was no child.
+    /// Kills all, to free resources that another thread needs. False if there was no child.
     bool EndAll() noexcept;
 
-    /// How many may leave at a time; none, so that each is waited for, where the system lets the user have few
-    /// processes.
+    /// How many may be exiting at a time. 0 if the system lets the user have few processes: then the run waits for
+    /// each child.
     static std::size_t GetMost();
 
 private:

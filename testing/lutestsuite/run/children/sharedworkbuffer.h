@@ -10,13 +10,13 @@
 namespace LuTestSuiteRun
 {
 
-/// Known by the name of a mapping. Failures throw LbException with the operation's name.
+/// A work buffer in a named mapping. Failures throw LbException with the operation's name.
 class CSharedMemoryWorkBuffer : public IWorkBuffer, public INonCopyable
 {
 public:
     enum EOrigin
     {
-        eO_Create, ///< a new mapping, which goes with the object; none of that name may exist
+        eO_Create, ///< a new mapping, removed with the object; the name must not exist
         eO_Open    ///< the mapping of another object; an access fails if there was none when this object was made
     };
 
@@ -29,7 +29,7 @@ public:
 
     const std::wstring& GetName() const noexcept { return m_name; }
 
-    /// Whether another object could be opened by the name. Of the creating side.
+    /// Whether another object could be opened by the name. Only on the creating side.
     bool IsNamed() const { return m_memory && m_memory->IsNamed(); }
 
 private:

@@ -75,7 +75,7 @@ template<typename Buffer>
 class CWorkBufferView : public INonCopyable
 {
 public:
-    /// `release` is the handle that goes with the view; it is dropped at the view's end.
+    /// `release` is a handle that the view keeps until its end.
     CWorkBufferView(Buffer& buffer, std::shared_ptr<void> release) : m_buffer(buffer), m_release(std::move(release)) {}
 
     Buffer& operator*() const { return m_buffer; }
@@ -110,11 +110,11 @@ private:
     std::unique_ptr<SWorkBuffer> m_buffer;
 };
 
-/// Stores a name; false, and nothing is stored, when it is longer than the field.
+/// Stores a name. If it is longer than the field, stores nothing and returns false.
 bool StoreName(char16_t (&field)[c_NameCapacity], const std::wstring& name);
 std::wstring LoadName(const char16_t (&field)[c_NameCapacity]);
 
-/// Appends message text; what no longer fits is cut off, never in the middle of a character. False when it was.
+/// Appends message text. Cuts off what does not fit, never inside a character, and then returns false.
 bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
 std::wstring LoadMessages(const SWorkBuffer& buffer);
 
@@ -124,7 +124,7 @@ std::wstring LoadMessages(const SWorkBuffer& buffer);
 /// The parent gives the request `number` (1 to c_MostRequests) to the child: its fields are complete.
 void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number);
 
-/// The child takes a submitted request; false when there is none. A parent that numbers no requests leaves 0 in the
+/// The child takes a submitted request; false if there is none. A parent that does not number requests leaves 0 in the
 /// field: then each signal is a request.
 bool TakeRequest(SWorkBuffer& buffer);
 
@@ -140,13 +140,13 @@ bool IsAnswered(SWorkBuffer& buffer, std::uint32_t number);
 /// No request has been submitted yet.
 void ClearRequest(SWorkBuffer& buffer);
 
-/// Copies everything in front of the messages. `to` has no messages then.
+/// Copies everything before the messages. `to` has no messages afterwards.
 void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to);
 
 inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 
-/// Instead of a case, asks the child to leave. No answer follows. A child that does not know such a request answers
-/// that it has no such case.
+/// Asks the child to exit instead of running a case. No answer follows. A child that does not know this request answers
+/// "no matching case".
 void WriteLeaveRequest(SWorkBuffer& buffer);
 bool IsLeaveRequest(const SWorkBuffer& buffer);
 

@@ -68,22 +68,22 @@ TEST(ProcessorSharing, IsUsedForShortCasesWithSlowAnswers)
     LuTestSuiteRun::CProcessorSharing sharing;
     EXPECT_FALSE(sharing.IsNext());
 
-    sharing.Learn(LuTestSuiteRun::CProcessorSharing::sc_uiQuick);
+    sharing.Record(LuTestSuiteRun::CProcessorSharing::sc_uiQuick);
     EXPECT_FALSE(sharing.IsNext());
 
-    sharing.Learn(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
+    sharing.Record(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
     EXPECT_FALSE(sharing.IsNext());
 
-    sharing.Learn(c_Slow);
+    sharing.Record(c_Slow);
     EXPECT_TRUE(sharing.IsNext());
 }
 
 TEST(ProcessorSharing, EndsWithALongCase)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
-    sharing.Learn(c_Slow);
+    sharing.Record(c_Slow);
 
-    sharing.Learn(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
+    sharing.Record(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
 
     EXPECT_FALSE(sharing.IsNext());
 }
@@ -91,7 +91,7 @@ TEST(ProcessorSharing, EndsWithALongCase)
 TEST(ProcessorSharing, EndsWithTheChild)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
-    sharing.Learn(c_Slow);
+    sharing.Record(c_Slow);
 
     sharing.Forget();
 
@@ -101,11 +101,11 @@ TEST(ProcessorSharing, EndsWithTheChild)
 TEST(ProcessorSharing, IsSuspendedFromTimeToTime)
 {
     LuTestSuiteRun::CProcessorSharing sharing;
-    sharing.Learn(c_Slow);
+    sharing.Record(c_Slow);
     for (std::uint32_t request = 0; request < LuTestSuiteRun::CProcessorSharing::sc_uiInARow; ++request)
     {
         EXPECT_TRUE(sharing.IsNext());
-        sharing.Learn(0);
+        sharing.Record(0);
     }
     EXPECT_FALSE(sharing.IsNext());
 }

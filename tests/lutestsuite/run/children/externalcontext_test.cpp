@@ -73,7 +73,7 @@ TEST(SpareChildren, AreTakenOnce)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-/// One that was idle for long has left.
+/// A child that is idle for long exits.
 TEST(SpareChildren, AreNotTakenWhenTheyHaveEnded)
 {
     const SChildSettings settings;
@@ -134,7 +134,7 @@ TEST(ExternalContext, UsesSparesForIsolatedCases)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-TEST(ExternalContext, DoesNotTouchTheSparesOfOthers)
+TEST(ExternalContext, DoesNotUseSparesForOtherCases)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -147,8 +147,8 @@ TEST(ExternalContext, DoesNotTouchTheSparesOfOthers)
     EXPECT_NE(spares.Take(), nullptr);
 }
 
-/// Runs an unknown case; returns the index of the process that answered, -2 without an answer. `meanwhile` runs when
-/// the case has its child.
+/// Asks a child to run an unknown case; returns the index of the process that answered, -2 without an answer.
+/// `meanwhile` is called between obtaining the child and the request.
 std::int32_t askIsolated(
     CExternalContext& context, const std::function<void()>& meanwhile = [] {})
 {
@@ -157,13 +157,13 @@ std::int32_t askIsolated(
     LuTestSuite::SUnitTest unitTest;
     unitTest.className = L"CUnknownModel";
     LuTestSuiteRun::WriteRequest(*channel.GetBuffer().GetWriteAccess(), unitTest, {}, {});
-    channel.Ask();
+    channel.Submit();
     const std::int32_t index = channel.WaitForAnswer(LuTestSuiteRun::c_NoLimit, [] { return false; });
     const auto result = LuTestSuiteRun::LoadResult(*channel.GetBuffer().GetReadAccess());
     return result == LuTestSuiteRun::ECaseRunResult::NoMatchingCase ? index : -2;
 }
 
-/// What has brought it down may have been the case that was under way. Indices go on as if nothing had happened.
+/// A spare child may be killed by a case that runs meanwhile. The child that replaces it takes over its index.
 TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 {
     const SChildSettings settings;
@@ -178,8 +178,8 @@ TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
     EXPECT_EQ(askIsolated(context), before + 2);
 }
 
-/// A case that is under way in the run may remove them before the child has opened what they name.
-TEST(ExternalContext, ReplacesChildrenThatComeTooLateForTheirNames)
+/// A case may remove the names of the shared objects before the child has opened them.
+TEST(ExternalContext, ReplacesAChildWhoseObjectsLostTheirNames)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -188,12 +188,12 @@ TEST(ExternalContext, ReplacesChildrenThatComeTooLateForTheirNames)
 
     const std::int32_t index = askIsolated(context, [&areRemoved] {
         const std::vector<LbOs::SProcess> children = ListHostChildren();
-        areRemoved = !children.empty() && LbOs::RemoveObjectNames(children.front().number);
+        areRemoved = !children.empty() && LbOs::RemoveObjectNames(children.front().id);
     });
 
     if (!areRemoved)
     {
-        GTEST_SKIP() << "names stay with their objects";
+        GTEST_SKIP() << "names of existing objects cannot be removed here";
     }
     EXPECT_GE(index, 0);
 }

@@ -16,7 +16,7 @@ using LuTestSuiteRun::CSharedMemoryWorkBuffer;
 using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SWorkBuffer;
 
-/// The place that an exception names.
+/// The function that the LbException names; empty if none is thrown.
 std::wstring getFunction(const std::function<void()>& function)
 {
     try

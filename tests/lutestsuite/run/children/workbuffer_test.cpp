@@ -15,7 +15,7 @@ using LuTestSuiteRun::LoadName;
 using LuTestSuiteRun::StoreName;
 using LuTestSuiteRun::SWorkBuffer;
 
-/// A character that takes two units in the buffer, as one text on any platform.
+/// A character of two UTF-16 units. A string, because it is one wchar_t on Linux and two on Windows.
 const std::wstring c_Pair = L"\U0001F600";
 
 class WorkBuffer : public testing::Test
@@ -162,7 +162,7 @@ TEST_F(WorkBufferRequest, HasA30BitNumber)
     EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
 }
 
-/// As a parent makes it that leaves the field alone.
+/// A parent that does not number its requests leaves 0 in the field.
 TEST_F(WorkBufferRequest, MayHaveNoNumber)
 {
     EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
