@@ -10,6 +10,20 @@ if(NOT pugixml_FOUND)
     message(FATAL_ERROR "pugixml is missing. Run: scripts/setup linux")
 endif()
 
+# Header-only libraries of the host LuTestSuiteRunner. scripts/setup puts links to them beside pugixml for MinGW,
+# because a cross build must not search all of the system's headers.
+add_library(lutestsuite_runner_headers INTERFACE)
+target_compile_definitions(lutestsuite_runner_headers INTERFACE XXH_INLINE_ALL)
+foreach(header CLI/CLI.hpp nlohmann/json.hpp xxhash.h)
+    string(MAKE_C_IDENTIFIER "LUTESTSUITE_DIRECTORY_OF_${header}" variable)
+    find_path(${variable} ${header})
+    mark_as_advanced(${variable})
+    if(NOT ${variable})
+        message(FATAL_ERROR "The header ${header} is missing. Run: scripts/setup")
+    endif()
+    target_include_directories(lutestsuite_runner_headers SYSTEM INTERFACE "${${variable}}")
+endforeach()
+
 # libgomp is not instrumented, so the thread sanitizer would report every parallel region.
 if(NOT "thread" IN_LIST LUTESTSUITE_SANITIZERS)
     find_package(OpenMP QUIET COMPONENTS CXX)

@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 
 set(package_directory lib/cmake/LuTestSuite)
 
-install(TARGETS LbBase LuTestSuite LuTestSuiteCLI EXPORT LuTestSuiteTargets
+install(TARGETS LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner EXPORT LuTestSuiteTargets
     RUNTIME DESTINATION bin LIBRARY DESTINATION lib ARCHIVE DESTINATION lib)
 install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION bin)
 install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION ${package_directory})

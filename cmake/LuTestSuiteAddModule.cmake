@@ -35,8 +35,8 @@ endfunction()
 
 # lutestsuite_deploy_host([<directory>])
 #
-# Copies the installed host and the shared libraries it needs into a directory, by default the one that
-# lutestsuite_add_module uses. The host looks for modules beside itself, so this makes the directory ready to run.
+# Copies the installed hosts and the shared libraries they need into a directory, by default the one that
+# lutestsuite_add_module uses. The hosts look for modules beside themselves, so this makes the directory ready to run.
 function(lutestsuite_deploy_host)
     if(ARGC GREATER 0)
         set(directory "${ARGV0}")
@@ -44,12 +44,12 @@ function(lutestsuite_deploy_host)
         lutestsuite_default_module_directory(directory)
     endif()
 
-    set(files "$<TARGET_FILE:LuTestSuite::LuTestSuiteCLI>" "$<TARGET_FILE:LuTestSuite::LuTestSuite>"
-        "$<TARGET_FILE:LuTestSuite::LbBase>" ${LUTESTSUITE_RUNTIME_DLLS})
+    set(files "$<TARGET_FILE:LuTestSuite::LuTestSuiteCLI>" "$<TARGET_FILE:LuTestSuite::LuTestSuiteRunner>"
+        "$<TARGET_FILE:LuTestSuite::LuTestSuite>" "$<TARGET_FILE:LuTestSuite::LbBase>" ${LUTESTSUITE_RUNTIME_DLLS})
     add_custom_target(lutestsuite_host ALL
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${directory}"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${files} "${directory}"
-        COMMENT "Copying the LuTestSuite host to ${directory}" VERBATIM)
+        COMMENT "Copying the LuTestSuite hosts to ${directory}" VERBATIM)
 endfunction()
 
 function(lutestsuite_default_module_directory result)

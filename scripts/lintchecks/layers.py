@@ -3,6 +3,7 @@
 import fnmatch
 
 SUITE = "testing/lutestsuite/"
+RUNNER = "testing/lutestsuiterunner/"
 
 LAYERS = [
     # Used by the platform layer itself: export marks, exceptions, source locations, text conversion, command lines.
@@ -36,7 +37,17 @@ LAYERS = [
     (SUITE + "archive/*", 10),
     # The entry that picks the mode, and the auxiliary modes, are above the run and its reports.
     (SUITE + "modes/*", 11),
-    ("testing/lutestsuitecli/*", 12),
+    # What the hosts share, and the hosts.
+    ("testing/lutestsuitehost/*", 12),
+    ("testing/lutestsuitecli/*", 13),
+    (RUNNER + "settings/*", 13),
+    (RUNNER + "model/*", 13),
+    (RUNNER + "journal/*", 14),
+    (RUNNER + "reports/*", 15),
+    (RUNNER + "execution/*", 16),
+    (RUNNER + "console/*", 17),
+    (RUNNER + "commands/*", 18),
+    (RUNNER + "*", 19),
 ]
 
 

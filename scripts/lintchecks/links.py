@@ -20,7 +20,10 @@ PRESETS = (
 TARGETS = (
     ("base", "LbBase"),
     ("testing/lutestsuite", "lutestsuite_objects"),
+    ("testing/lutestsuitehost", "lutestsuitehost_objects"),
     ("testing/lutestsuitecli", "LuTestSuiteCLI"),
+    ("testing/lutestsuiterunner", "lutestsuiterunner_objects"),
+    ("testing/lutestsuiterunner", "LuTestSuiteRunner"),
 )
 # Text conversion asks the system for its encoding, and the system's calls convert text.
 ALLOWED_CIRCLE = {"base", "base/os", "base/os/linux", "base/os/windows"}

@@ -1,5 +1,5 @@
 # Installs a build tree, builds the project in outside/ against it and checks the output of its run.
-# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, NM, OBJDUMP.
+# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, RUNNER, NM, OBJDUMP.
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/outside")
 set(prefix "${WORK}/prefix")
@@ -34,6 +34,13 @@ if(EMULATOR)
     set(drive "Z:")
 endif()
 run(${EMULATOR} "${build}/bin/${HOST}" -d "${drive}${source}/data" --dll OutsideTests --dll Components/FolderTests)
+
+set(host_output "${output}")
+run(${EMULATOR} "${build}/bin/${RUNNER}" list -- -d "${drive}${source}/data" --dll OutsideTests)
+if(NOT output MATCHES "COutsideTest \\(OutsideTests" OR NOT output MATCHES "    adds\n")
+    message(FATAL_ERROR "The host for build servers does not list the cases")
+endif()
+set(output "${host_output}")
 
 foreach(expected "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\tstands in a folder... ")
     string(FIND "${output}" "${expected}" position)

@@ -1,4 +1,4 @@
-#include "testing/lutestsuitecli/consoleout.h"
+#include "testing/lutestsuitehost/consoleout.h"
 
 #include <string>
 

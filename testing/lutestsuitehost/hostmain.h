@@ -1,0 +1,45 @@
+/// What the main functions of the hosts share: arguments, exceptions, and the end of the process.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/inoncopyable.h"
+
+namespace LuTestSuiteHost
+{
+
+/// The exit status of all hosts.
+constexpr int c_Succeeded = 0;
+constexpr int c_Failed = 1; ///< cases failed
+constexpr int c_Broken = 2; ///< an exception left the library, a case ended the process, or standard output was lost
+
+/// The program's name first.
+using Arguments = std::vector<std::wstring>;
+
+/// Returns what `run` returns for the arguments of main(). An exception of `run` becomes one German line on standard
+/// error and the status c_Broken: an LbException, a message as std::wstring, or any other.
+int Main(int count, const char* const* arguments, int (*run)(const Arguments& arguments));
+
+/// A terminal shows the library's lines in colour unless NO_COLOR is set and not empty; files and pipes get plain text.
+void ChooseOutput();
+
+/// Writes one line to standard error, with the prefix of errors unless the message has it.
+void WriteError(std::wstring message);
+
+/// True if another host started this process to run cases; the other host checks how this process ends.
+bool IsChild(const Arguments& arguments);
+
+/// While it lives, exit() in this process is an error with a line on standard error and the status c_Broken: a case
+/// that calls it must not look like a success. Forked copies of the process may end in any way.
+class CWork : public INonCopyable
+{
+public:
+    CWork();
+    ~CWork();
+};
+
+/// Creates the environment and carries out what the library's own command line says. Throws as the library does.
+int RunLibrary(const Arguments& arguments);
+
+} // namespace LuTestSuiteHost

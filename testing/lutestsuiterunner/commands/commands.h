@@ -1,0 +1,13 @@
+/// The commands. Each returns the exit status.
+///
+/// All throw a German message as std::wstring for what is wrong with the call, and LbException.
+#pragma once
+
+#include "testing/lutestsuiterunner/settings/options.h"
+
+namespace Runner
+{
+
+int Execute(const SListOptions& options);
+
+} // namespace Runner

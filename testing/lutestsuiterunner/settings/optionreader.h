@@ -1,0 +1,57 @@
+/// The options of one command, read by CLI11, with German help and German errors.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/inoncopyable.h"
+
+namespace CLI
+{
+class App;
+}
+
+namespace Runner
+{
+
+/// How the help shows an option or an argument.
+struct SOptionText
+{
+    const char* name;     ///< "--out"; of an argument its capitals "DIR"
+    const wchar_t* value; ///< what stands for the value in the help; null for a switch
+    const wchar_t* help;
+};
+
+/// Options are added, then the arguments are read into the targets, which outlive the object. An option that is given
+/// several times has its last value.
+class COptionReader : public INonCopyable
+{
+public:
+    /// `takesLibraryOptions` is for the help only.
+    COptionReader(const std::wstring& command, const std::wstring& purpose, bool takesLibraryOptions);
+    ~COptionReader();
+
+    void AddSwitch(const SOptionText& text, bool& target);
+    void AddText(const SOptionText& text, std::wstring& target);
+    void AddNumber(const SOptionText& text, std::uint32_t least, std::uint32_t& target);
+
+    /// A switch that may have a number ("--name" or "--name=N"); `plain` is the number without one.
+    void AddSwitchOrNumber(const SOptionText& text, std::uint32_t plain, std::uint32_t& target);
+
+    /// The arguments that are no options.
+    void AddArgument(const SOptionText& text, std::wstring& target);
+    void AddArguments(const SOptionText& text, std::vector<std::wstring>& target);
+
+    /// False if the arguments ask for help. Throws a German message as std::wstring if they are wrong; a missing
+    /// argument leaves its target unchanged.
+    bool Read(const std::vector<std::wstring>& arguments);
+
+    std::wstring GetHelp() const;
+
+private:
+    std::unique_ptr<CLI::App> m_app;
+};
+
+} // namespace Runner

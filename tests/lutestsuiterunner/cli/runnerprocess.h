@@ -1,0 +1,10 @@
+/// The second host as a child process.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/support/hostprocess.h"
+
+/// As RunHost, with the second host of this build.
+SHostRun RunRunner(const std::vector<std::wstring>& arguments, SHostOptions options = {});

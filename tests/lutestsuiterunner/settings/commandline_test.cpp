@@ -1,0 +1,70 @@
+#include "testing/lutestsuiterunner/settings/commandline.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+Runner::Command Read(std::vector<std::wstring> arguments)
+{
+    arguments.insert(arguments.begin(), L"LuTestSuiteRunner");
+    return Runner::ReadCommandLine(arguments);
+}
+
+std::wstring GetError(const std::vector<std::wstring>& arguments)
+{
+    try
+    {
+        Read(arguments);
+    }
+    catch (const std::wstring& message)
+    {
+        return message;
+    }
+    return L"(none)";
+}
+
+TEST(RunnerCommandLine, ShowsTheCommandsWithoutArguments)
+{
+    const auto help = std::get<Runner::SHelp>(Read({}));
+
+    EXPECT_NE(help.text.find(L"Aufruf: LuTestSuiteRunner BEFEHL"), std::wstring::npos);
+    EXPECT_NE(help.text.find(L"\n  list "), std::wstring::npos);
+}
+
+TEST(RunnerCommandLine, ShowsTheOptionsOfACommandInGerman)
+{
+    const auto help = std::get<Runner::SHelp>(Read({L"list", L"-h"}));
+
+    EXPECT_EQ(help.text, L"Listet die ausgewählten Fälle.\n\n"
+                         L"Aufruf: LuTestSuiteRunner list [Optionen] -- [Optionen von LuTestSuiteCLI]\n\n"
+                         L"Optionen:\n"
+                         L"  -h,--help                   Diese Hilfe\n"
+                         L"  --json                      Ausgabe als JSON\n\n");
+}
+
+TEST(RunnerCommandLine, HandsWhatFollowsTheMarkToTheLibrary)
+{
+    const auto options =
+        std::get<Runner::SListOptions>(Read({L"list", L"--json", L"--", L"-d", L"Größen", L"--", L"-x"}));
+
+    EXPECT_TRUE(options.json);
+    EXPECT_EQ(options.library, (Runner::LibraryOptions{L"-d", L"Größen", L"--", L"-x"}));
+}
+
+TEST(RunnerCommandLine, RefusesUnknownCommands)
+{
+    EXPECT_EQ(GetError({L"lauf"}), L"Unbekannter Befehl 'lauf'; LuTestSuiteRunner -h zeigt die Befehle");
+}
+
+TEST(RunnerCommandLine, NamesUnknownArguments)
+{
+    EXPECT_EQ(GetError({L"list", L"--jason", L"Maß"}), L"Unbekannte Argumente: '--jason', 'Maß'");
+}
+
+TEST(RunnerCommandLine, RefusesTheValueOfASwitch)
+{
+    EXPECT_EQ(GetError({L"list", L"--json=ja"}), L"Die Option '--json' hat keinen Wert");
+}
+
+} // namespace

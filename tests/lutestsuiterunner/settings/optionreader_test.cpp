@@ -1,0 +1,103 @@
+#include "testing/lutestsuiterunner/settings/optionreader.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+class OptionReader : public testing::Test
+{
+protected:
+    OptionReader()
+    {
+        m_reader.AddText({"--out", L"DIR", L"Verzeichnis"}, m_text);
+        m_reader.AddNumber({"--retries", L"N", L"Zahl"}, 1, m_number);
+        m_reader.AddSwitchOrNumber({"--fail-fast", L"[=N]", L"Bricht ab"}, 1, m_limit);
+        m_reader.AddArguments({"DIR", nullptr, L"Verzeichnisse"}, m_arguments);
+    }
+
+    std::wstring GetError(const std::vector<std::wstring>& arguments)
+    {
+        try
+        {
+            m_reader.Read(arguments);
+        }
+        catch (const std::wstring& message)
+        {
+            return message;
+        }
+        return L"(none)";
+    }
+
+    std::wstring m_text;
+    std::uint32_t m_number = 0;
+    std::uint32_t m_limit = 0;
+    std::vector<std::wstring> m_arguments;
+    Runner::COptionReader m_reader{L"run", L"Zweck.", false};
+};
+
+TEST_F(OptionReader, ReadsTextsOfAnyScript)
+{
+    EXPECT_TRUE(m_reader.Read({L"--out", L"Größe Ωμ"}));
+    EXPECT_EQ(m_text, L"Größe Ωμ");
+}
+
+TEST_F(OptionReader, TakesTheLastValue)
+{
+    EXPECT_TRUE(m_reader.Read({L"--out", L"a", L"--out=b"}));
+    EXPECT_EQ(m_text, L"b");
+}
+
+TEST_F(OptionReader, ReadsSeveralArguments)
+{
+    EXPECT_TRUE(m_reader.Read({L"eins", L"--retries", L"2", L"zwei"}));
+    EXPECT_EQ(m_arguments, (std::vector<std::wstring>{L"eins", L"zwei"}));
+    EXPECT_EQ(m_number, 2U);
+}
+
+TEST_F(OptionReader, KeepsArgumentsBehindASwitchThatMayHaveANumber)
+{
+    EXPECT_TRUE(m_reader.Read({L"--fail-fast", L"eins"}));
+    EXPECT_EQ(m_limit, 1U);
+    EXPECT_EQ(m_arguments, (std::vector<std::wstring>{L"eins"}));
+}
+
+TEST_F(OptionReader, ReadsTheNumberOfASwitch)
+{
+    EXPECT_TRUE(m_reader.Read({L"--fail-fast=7"}));
+    EXPECT_EQ(m_limit, 7U);
+}
+
+TEST_F(OptionReader, LeavesTargetsOfAbsentOptions)
+{
+    m_number = 5;
+    EXPECT_TRUE(m_reader.Read({}));
+    EXPECT_EQ(m_number, 5U);
+}
+
+TEST_F(OptionReader, AsksForHelp)
+{
+    EXPECT_FALSE(m_reader.Read({L"--help"}));
+    EXPECT_NE(m_reader.GetHelp().find(L"Aufruf: LuTestSuiteRunner run [Optionen] DIR\n"), std::wstring::npos)
+        << m_reader.GetHelp().size();
+    EXPECT_NE(m_reader.GetHelp().find(L"--fail-fast [=N]"), std::wstring::npos);
+    EXPECT_NE(m_reader.GetHelp().find(L"Argumente:\n"), std::wstring::npos);
+}
+
+TEST_F(OptionReader, RefusesNumbersThatAreNone)
+{
+    for (const wchar_t* value : {L"0", L"-1", L"3x", L"x", L"4294967296"})
+    {
+        EXPECT_EQ(GetError({L"--retries=" + std::wstring(value)}),
+                  L"Der Wert '" + std::wstring(value) +
+                      L"' der Option '--retries' ist falsch: erwartet wird eine ganze Zahl ab 1");
+    }
+}
+
+TEST_F(OptionReader, NamesTheOptionThatLacksItsValue)
+{
+    EXPECT_EQ(GetError({L"--out"}), L"Der Option '--out' fehlt ihr Wert");
+    EXPECT_EQ(GetError({L"--retries="}), L"Der Option '--retries' fehlt ihr Wert");
+}
+
+} // namespace
