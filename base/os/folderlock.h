@@ -22,11 +22,15 @@ public:
     /// Waits without limit until the lock is free. Null if the folder cannot be opened or does not support locks.
     static std::unique_ptr<CFolderLock> Acquire(const std::wstring& folder);
 
+    /// As Acquire, but never waits: null also when another process or thread has the lock.
+    static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder);
+
     ~CFolderLock();
     CFolderLock(const CFolderLock&) = delete;
     CFolderLock& operator=(const CFolderLock&) = delete;
 
 private:
+    static std::unique_ptr<CFolderLock> acquire(const std::wstring& folder, bool mayWait);
     explicit CFolderLock(std::intptr_t handle) : m_handle(handle) {}
 
     std::intptr_t m_handle;

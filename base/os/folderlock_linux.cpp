@@ -9,18 +9,29 @@
 namespace LbOs
 {
 
-std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
+std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait)
 {
     const std::string name = Linux::ToSystemPath(folder);
+    const int operation = mayWait ? LOCK_EX : LOCK_EX | LOCK_NB;
     Linux::CDescriptor opened =
         Linux::AboveStandard(Linux::Retry([&name] { return open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!opened.IsOpen() || Linux::Retry([&opened] { return flock(opened.Get(), LOCK_EX); }) != 0)
+    if (!opened.IsOpen() || Linux::Retry([&] { return flock(opened.Get(), operation); }) != 0)
     {
         return nullptr;
     }
     std::unique_ptr<CFolderLock> lock(new CFolderLock(opened.Get()));
     opened.Release();
     return lock;
+}
+
+std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
+{
+    return acquire(folder, true);
+}
+
+std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder)
+{
+    return acquire(folder, false);
 }
 
 CFolderLock::~CFolderLock()

@@ -20,7 +20,7 @@ HANDLE openMutex(const std::wstring& name)
 
 } // namespace
 
-std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
+std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait)
 {
     const std::optional<SFileStatus> status = GetFileStatus(folder);
     if (!status)
@@ -30,12 +30,22 @@ std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
     Windows::Handle mutex(openMutex(L"Global\\LuTestSuite-Folder-" + std::to_wstring(status->identity.volume) + L"-" +
                                     std::to_wstring(status->identity.number)));
     // A mutex whose owner ended without releasing it is acquired, too.
-    const DWORD result = mutex == nullptr ? WAIT_FAILED : WaitForSingleObject(mutex.get(), INFINITE);
+    const DWORD result = mutex == nullptr ? WAIT_FAILED : WaitForSingleObject(mutex.get(), mayWait ? INFINITE : 0);
     if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
     {
         return nullptr;
     }
     return std::unique_ptr<CFolderLock>(new CFolderLock(reinterpret_cast<std::intptr_t>(mutex.release())));
+}
+
+std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
+{
+    return acquire(folder, true);
+}
+
+std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder)
+{
+    return acquire(folder, false);
 }
 
 CFolderLock::~CFolderLock()

@@ -92,11 +92,28 @@ TEST(OsFolderLock, AddsNoFileAndDoesNotPreventWriting)
     EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), std::vector<std::wstring>{L"Datei"});
 }
 
+TEST(OsFolderLock, IsRefusedWithoutWaitingWhileAnotherThreadHasIt)
+{
+    const ScopedFolder folder;
+    const auto tryInThread = [&folder] {
+        bool isLocked = false;
+        std::thread([&] { isLocked = CFolderLock::TryAcquire(folder.GetPath()) != nullptr; }).join();
+        return isLocked;
+    };
+    {
+        const auto lock = CFolderLock::Acquire(folder.GetPath());
+        EXPECT_FALSE(tryInThread());
+    }
+
+    EXPECT_TRUE(tryInThread());
+}
+
 TEST(OsFolderLock, NeedsAFolder)
 {
     const ScopedFolder folder;
 
     EXPECT_EQ(CFolderLock::Acquire(folder.GetPathOf(L"fehlt")), nullptr);
+    EXPECT_EQ(CFolderLock::TryAcquire(folder.GetPathOf(L"fehlt")), nullptr);
 }
 
 } // namespace

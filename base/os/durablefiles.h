@@ -1,0 +1,24 @@
+/// Files that only grow, and what has to survive a loss of the machine. Paths as in files.h; any thread.
+#pragma once
+
+#include <string>
+
+#include "base/lbexport.h"
+#include "base/os/files.h"
+
+namespace LbOs
+{
+
+/// Creates a file and opens it for writing at its end. c_InvalidFile on failure, also when something of this name
+/// exists. Others may read the file meanwhile; child processes do not inherit it.
+LB_API FileHandle CreateForAppending(const std::wstring& path);
+
+/// Brings what was written to the disk, and waits for that. False on failure; what was written before may then be lost,
+/// and a repeated call does not tell.
+LB_API bool SynchroniseFile(FileHandle file);
+
+/// The same for a directory: names that were created, changed or removed in it. False on failure. Succeeds without
+/// effect on Windows, which does that by itself.
+LB_API bool SynchroniseDirectory(const std::wstring& path);
+
+} // namespace LbOs
