@@ -1,0 +1,41 @@
+/// A new file that only grows.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/os/files.h"
+
+namespace Runner
+{
+
+/// Failures throw LbException with a German message that names the file. One thread at a time, but Synchronise may run
+/// beside Append.
+class CAppendFile
+{
+public:
+    /// The file must not exist.
+    explicit CAppendFile(const std::wstring& path);
+    ~CAppendFile();
+    CAppendFile(const CAppendFile&) = delete;
+    CAppendFile& operator=(const CAppendFile&) = delete;
+
+    /// With one call of the system, unless the disk becomes full.
+    void Append(std::string_view bytes);
+
+    /// Brings what was appended to the disk. False on failure.
+    bool Synchronise();
+
+    /// Synchronises and closes.
+    void Close();
+
+    std::uint64_t GetSize() const { return m_size; }
+
+private:
+    std::wstring m_path;
+    LbOs::FileHandle m_file;
+    std::uint64_t m_size = 0;
+};
+
+} // namespace Runner

@@ -1,0 +1,31 @@
+#include "testing/lutestsuiterunner/journal/filenames.h"
+
+#include <charconv>
+
+namespace Runner
+{
+
+std::wstring GetJournalName(std::uint32_t number)
+{
+    return number == 1 ? L"journal.ndjson" : L"journal-" + std::to_wstring(number) + L".ndjson";
+}
+
+std::optional<std::uint32_t> GetJournalNumber(std::wstring_view name)
+{
+    constexpr std::wstring_view c_Front = L"journal-";
+    std::uint32_t number = 1;
+    if (name.starts_with(c_Front))
+    {
+        // All of the digits are ASCII, or the name differs from the one that is made of the number.
+        const std::string digits(name.begin() + c_Front.size(), name.end());
+        std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    }
+    return name == GetJournalName(number) ? std::optional(number) : std::nullopt;
+}
+
+std::string GetOutputName(std::uint32_t journal)
+{
+    return "output/" + std::to_string(journal) + ".txt";
+}
+
+} // namespace Runner

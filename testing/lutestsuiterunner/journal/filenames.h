@@ -1,0 +1,28 @@
+/// Names of the files in a run's folder.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace Runner
+{
+
+inline constexpr const wchar_t* c_PlanName = L"plan.ndjson";
+inline constexpr const wchar_t* c_OutputFolderName = L"output";
+inline constexpr const wchar_t* c_XmlReportName = L"report.xml";
+inline constexpr const wchar_t* c_HtmlReportName = L"report.html";
+inline constexpr const wchar_t* c_JunitName = L"junit.xml";
+inline constexpr const wchar_t* c_SummaryName = L"summary.json";
+
+/// "journal.ndjson", "journal-2.ndjson", ...
+std::wstring GetJournalName(std::uint32_t number);
+
+/// The number in the name of a journal; nothing for other names.
+std::optional<std::uint32_t> GetJournalNumber(std::wstring_view name);
+
+/// The file of a journal's large texts, relative to the folder, with "/": "output/1.txt".
+std::string GetOutputName(std::uint32_t journal);
+
+} // namespace Runner

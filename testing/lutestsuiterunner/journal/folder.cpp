@@ -1,0 +1,118 @@
+#include "testing/lutestsuiterunner/journal/folder.h"
+
+#include "base/lbdatetime.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "base/os/durablefiles.h"
+#include "base/os/files.h"
+#include "base/os/machine.h"
+#include "base/os/process.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/planfile.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+void remove(const std::wstring& path)
+{
+    if (!LbFileSystem::RemoveTree(path))
+    {
+        throw LbException(LbFormat(L"%s konnte nicht gelöscht werden", path));
+    }
+}
+
+/// What a run has left behind. The plan first: without it the journals are of no run.
+void removeRun(const std::wstring& folder)
+{
+    remove(folder + c_PlanName);
+    for (const std::uint32_t number : FindJournals(folder))
+    {
+        remove(folder + GetJournalName(number));
+    }
+    for (const wchar_t* const name :
+         {c_OutputFolderName, c_XmlReportName, c_HtmlReportName, c_JunitName, c_SummaryName})
+    {
+        remove(folder + name);
+    }
+}
+
+void synchronise(const std::wstring& folder)
+{
+    if (!LbOs::SynchroniseDirectory(folder))
+    {
+        throw LbException(LbFormat(L"Der Ordner %s konnte nicht auf den Datenträger geschrieben werden", folder));
+    }
+}
+
+SJournalBegun describeHost(const SPlan& plan, const std::string& digest, std::uint32_t number)
+{
+    return {digest,
+            plan.cases.size(),
+            number,
+            LUTESTSUITE_VERSION,
+            LbOs::GetProcessId(),
+            LbOs::GetMachineName(),
+            LbDateTime::FormatNow(L"Y-m-d H:i:s")};
+}
+
+std::wstring makeFolder(const std::wstring& directory)
+{
+    const std::wstring folder = GetRunFolder(directory);
+    if (!LbFileSystem::AssertDirectory(folder))
+    {
+        throw LbException(LbFormat(L"Der Ordner %s konnte nicht angelegt werden", folder));
+    }
+    return folder;
+}
+
+} // namespace
+
+std::wstring GetRunFolder(const std::wstring& directory)
+{
+    return LbPath::WithSeparator(LbOs::GetFullPath(directory));
+}
+
+CRunFolder::CRunFolder(const std::wstring& directory)
+    : m_path(makeFolder(directory)), m_lock(LbOs::CFolderLock::TryAcquire(m_path))
+{
+    if (!m_lock)
+    {
+        throw LbException(LbFormat(L"In den Ordner %s schreibt schon ein anderer Lauf", m_path));
+    }
+}
+
+std::string CRunFolder::ReplacePlan(const SPlan& plan)
+{
+    removeRun(m_path);
+    synchronise(m_path);
+    std::string digest = WritePlan(m_path + c_PlanName, plan);
+    synchronise(m_path);
+    return digest;
+}
+
+std::unique_ptr<CJournalWriter> CRunFolder::AddJournal(const SJournalBegun& begun)
+{
+    auto writer = std::make_unique<CJournalWriter>(m_path, begun);
+    synchronise(m_path);
+    return writer;
+}
+
+std::unique_ptr<CJournalWriter> CRunFolder::BeginRun(const SPlan& plan)
+{
+    const std::string digest = ReplacePlan(plan);
+    return AddJournal(describeHost(plan, digest, 1));
+}
+
+std::unique_ptr<CJournalWriter> CRunFolder::ContinueRun(const SPlan& plan)
+{
+    const std::vector<std::uint32_t> numbers = FindJournals(m_path);
+    return AddJournal(describeHost(plan, plan.digest, numbers.empty() ? 1 : numbers.back() + 1));
+}
+
+} // namespace Runner

@@ -1,0 +1,48 @@
+/// The folder of a run: its plan, its journals and its reports.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "base/os/folderlock.h"
+#include "testing/lutestsuiterunner/journal/writer.h"
+#include "testing/lutestsuiterunner/model/plan.h"
+
+namespace Runner
+{
+
+/// The directory as an absolute path with a separator at its end. It need not exist. Call it before the working
+/// directory changes.
+std::wstring GetRunFolder(const std::wstring& directory);
+
+/// The right to write into a run's folder, for one process at a time. On Windows released by the thread that took it.
+class CRunFolder
+{
+public:
+    /// Creates the folder if needed and takes the right. Throws LbException with a German message if another process
+    /// has it, or the folder cannot be made.
+    explicit CRunFolder(const std::wstring& directory);
+
+    /// With separator at its end.
+    const std::wstring& GetPath() const { return m_path; }
+
+    /// Removes plan, journals, output and reports of a run that the folder held before, and writes the plan. Returns
+    /// its digest. Throws LbException with a German message, as all that follow.
+    std::string ReplacePlan(const SPlan& plan);
+
+    /// Begins a journal of the plan that the folder holds.
+    std::unique_ptr<CJournalWriter> AddJournal(const SJournalBegun& begun);
+
+    /// Begins a new run: ReplacePlan, and the first journal, by this host and now.
+    std::unique_ptr<CJournalWriter> BeginRun(const SPlan& plan);
+
+    /// Begins the next journal of the run that the folder holds, by this host and now.
+    std::unique_ptr<CJournalWriter> ContinueRun(const SPlan& plan);
+
+private:
+    std::wstring m_path;
+    std::unique_ptr<LbOs::CFolderLock> m_lock;
+};
+
+} // namespace Runner

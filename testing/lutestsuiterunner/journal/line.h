@@ -1,0 +1,34 @@
+/// The line of a record: {"n":<sequence>,"l":<bytes of r>,"c":"<checksum of r>","r":<r>} and a line feed.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Runner
+{
+
+/// The longest record that a journal holds, in bytes of "r".
+inline constexpr std::size_t c_LargestRecord = 65536;
+
+/// Replaces `line` by that of a record.
+void MakeLine(std::uint64_t sequence, std::string_view record, std::string& line);
+
+enum class ELineState
+{
+    Good,
+    Unended, ///< the record is whole, but something else stands where its line ends
+    Bad      ///< not a line, or the checksum is wrong
+};
+
+struct SLine
+{
+    ELineState state = ELineState::Bad;
+    std::uint64_t sequence = 0;
+    std::string_view record; ///< a part of the text
+};
+
+/// Takes a line apart, which begins `text` and, if it is good, ends with it.
+SLine ReadLine(std::string_view text);
+
+} // namespace Runner

@@ -1,0 +1,162 @@
+#include "testing/lutestsuiterunner/journal/reader.h"
+
+#include <algorithm>
+
+#include "base/lbexception.h"
+#include "base/lbformat.h"
+#include "base/lustream.h"
+#include "base/os/files.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/line.h"
+#include "testing/lutestsuiterunner/journal/linereader.h"
+#include "testing/lutestsuiterunner/journal/planfile.h"
+#include "testing/lutestsuiterunner/journal/recordparser.h"
+#include "testing/lutestsuiterunner/journal/storedtexts.h"
+
+namespace Runner
+{
+
+class CJournalReader::CSource
+{
+public:
+    CSource(const std::wstring& folder, std::uint32_t number)
+        : m_number(number), m_path(folder + GetJournalName(number)), m_file(m_path), m_texts(folder, number),
+          m_lines([this](char* buffer, std::size_t size) { return m_file.Read(buffer, size); }, c_LargestRecord)
+    {
+    }
+
+    bool Next(Record& record)
+    {
+        try
+        {
+            std::string_view json;
+            if (!m_lines.Next(json))
+            {
+                return false;
+            }
+            if (!m_parser.Parse(json, m_load, record))
+            {
+                throw SDamage{m_lines.GetSequence(), m_lines.GetOffset(), L"Der Eintrag ist nicht verständlich"};
+            }
+            requireBegin(record);
+            return true;
+        }
+        catch (const SDamage& damage)
+        {
+            throw LbException(LbFormat(L"Das Journal %s ist beschädigt: Zeile %u, Byte %u: %s", m_path, damage.line,
+                                       damage.offset, damage.what));
+        }
+    }
+
+    const CLineReader& GetLines() const { return m_lines; }
+
+private:
+    /// As the first record, and nowhere else.
+    void requireBegin(const Record& record) const
+    {
+        const auto* const begun = std::get_if<SJournalBegun>(&record);
+        if ((m_lines.GetSequence() == 1) != (begun != nullptr) || (begun != nullptr && begun->journal != m_number))
+        {
+            throw SDamage{m_lines.GetSequence(), m_lines.GetOffset(), L"Der Eintrag gehört nicht hierher"};
+        }
+    }
+
+    std::uint32_t m_number;
+    std::wstring m_path;
+    LuStreamReadBinaryFile m_file;
+    CStoredTexts m_texts;
+    CLineReader m_lines;
+    CRecordParser m_parser;
+    const LoadText m_load = [this](const STextPlace& place) { return m_texts.Load(place); };
+};
+
+CJournalReader::CJournalReader(const std::wstring& folder, std::uint32_t number)
+    : m_source(std::make_unique<CSource>(folder, number))
+{
+}
+
+CJournalReader::~CJournalReader() = default;
+
+bool CJournalReader::Next(Record& record)
+{
+    return m_source->Next(record);
+}
+
+std::uint64_t CJournalReader::GetSequence() const
+{
+    return m_source->GetLines().GetSequence();
+}
+
+std::uint64_t CJournalReader::GetTailSize() const
+{
+    return m_source->GetLines().GetTailSize();
+}
+
+std::vector<std::uint32_t> FindJournals(const std::wstring& folder)
+{
+    std::vector<std::uint32_t> numbers;
+    LbOs::VisitDirectory(folder, [&numbers](const LbOs::SDirectoryEntry& entry) {
+        if (const auto number = GetJournalNumber(entry.name))
+        {
+            numbers.push_back(*number);
+        }
+    });
+    std::ranges::sort(numbers);
+    return numbers;
+}
+
+namespace
+{
+
+void requireSamePlan(const Record& record, const SPlan& plan)
+{
+    const auto* const begun = std::get_if<SJournalBegun>(&record);
+    if (begun != nullptr && begun->planDigest != plan.digest)
+    {
+        throw LbException(L"Das Journal gehört zu einem anderen Plan");
+    }
+}
+
+void readJournal(const std::wstring& folder, std::uint32_t number, CRunState& state)
+{
+    CJournalReader reader(folder, number);
+    Record record;
+    while (reader.Next(record))
+    {
+        try
+        {
+            requireSamePlan(record, state.GetPlan());
+            state.Apply({number, reader.GetSequence()}, record);
+        }
+        catch (const LbException& exception)
+        {
+            throw LbException(LbFormat(L"Das Journal %s ist widersprüchlich: Zeile %u: %s",
+                                       folder + GetJournalName(number), reader.GetSequence(),
+                                       exception.GetMessageText()));
+        }
+    }
+}
+
+} // namespace
+
+std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
+{
+    const std::wstring planPath = folder + c_PlanName;
+    if (LbOs::QueryEntry(planPath) != LbOs::EEntry::File)
+    {
+        throw LbException(LbFormat(L"Der Ordner %s enthält keinen Lauf", folder));
+    }
+    auto state = std::make_unique<CRunState>(ReadPlan(planPath));
+    const std::vector<std::uint32_t> numbers = FindJournals(folder);
+    for (std::uint32_t index = 0; index < numbers.size(); ++index)
+    {
+        if (numbers[index] != index + 1)
+        {
+            throw LbException(LbFormat(L"Das Journal %s fehlt", folder + GetJournalName(index + 1)));
+        }
+        readJournal(folder, numbers[index], *state);
+    }
+    return state;
+}
+
+} // namespace Runner

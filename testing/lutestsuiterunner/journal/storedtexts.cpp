@@ -1,0 +1,74 @@
+#include "testing/lutestsuiterunner/journal/storedtexts.h"
+
+#include <algorithm>
+#include <array>
+
+#include "base/lbencoding.h"
+#include "base/lbexception.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "testing/lutestsuiterunner/journal/checksum.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/numbertext.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// Piece by piece, since the size of a text is known from a file.
+constexpr std::size_t c_Piece = 65536;
+
+} // namespace
+
+CStoredTexts::CStoredTexts(const std::wstring& folder, std::uint32_t journal)
+    : m_name(GetOutputName(journal)), m_path(folder + LbPath::ToNative(LbEncoding::FromUtf8(m_name)))
+{
+}
+
+std::string CStoredTexts::Load(const STextPlace& place)
+{
+    if (!m_file)
+    {
+        m_file = std::make_unique<LuStreamReadBinaryFile>(m_path);
+    }
+    if (place.file == m_name && place.offset >= m_position)
+    {
+        skip(place.offset - m_position);
+        const std::string text = read(place.size);
+        m_position = place.offset + text.size();
+        const auto checksum = ToHexadecimal(GetChecksum(text));
+        if (std::string_view(checksum.data(), checksum.size()) == place.checksum)
+        {
+            return text;
+        }
+    }
+    throw LbException(LbFormat(L"Die Datei %s ist beschädigt: Text ab Byte %u", m_path, place.offset));
+}
+
+void CStoredTexts::skip(std::uint64_t size)
+{
+    for (std::array<char, c_Piece> bytes; size > 0;)
+    {
+        const std::size_t count = m_file->Read(bytes.data(), std::min<std::uint64_t>(size, bytes.size()));
+        size = count == 0 ? 0 : size - count;
+    }
+}
+
+std::string CStoredTexts::read(std::uint64_t size)
+{
+    std::string text;
+    for (std::array<char, c_Piece> bytes; text.size() < size;)
+    {
+        const std::size_t count = m_file->Read(bytes.data(), std::min<std::uint64_t>(size - text.size(), bytes.size()));
+        if (count == 0)
+        {
+            break;
+        }
+        text.append(bytes.data(), count);
+    }
+    return text;
+}
+
+} // namespace Runner

@@ -1,0 +1,108 @@
+/// The plan of a run: all that is known before its first case starts. Plain values; one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace Runner
+{
+
+/// One planned run of a case. Its index in SPlan::cases is the case run's identity in journals and reports.
+struct SPlannedCase
+{
+    std::uint32_t unitTest = 0;   ///< index into SPlan::unitTests
+    std::uint32_t testCase = 0;   ///< index into that unit test's cases
+    std::uint32_t repetition = 0; ///< 0-based
+    bool isInShard = true;        ///< this run executes it; the other case runs belong to other shards
+    bool isQuarantined = false;   ///< run and reported, but never red
+
+    bool operator==(const SPlannedCase&) const = default;
+};
+
+/// A case that its description disables: reports name it as skipped.
+struct SDisabledCase
+{
+    std::wstring className;
+    std::wstring dataDirectory; ///< as SUnitTest::dataDirectory
+    std::wstring name;
+    std::wstring dataSetFile; ///< full path; empty for a named sub-test
+
+    bool operator==(const SDisabledCase&) const = default;
+};
+
+/// What the run is one of; 1 of 1 is the whole.
+struct SShard
+{
+    std::uint32_t number = 1; ///< 1 to count
+    std::uint32_t count = 1;
+
+    bool operator==(const SShard&) const = default;
+};
+
+/// Build and machine, as reports show them.
+struct SOrigin
+{
+    std::wstring buildConfiguration;
+    std::optional<LuTestSuiteUtils::SSvnInfo> svn;
+    std::optional<LuTestSuiteUtils::SPscmInfo> pscm;
+    std::wstring processor;
+    std::wstring graphics;
+    std::wstring machine;
+};
+
+/// The settings of reports and of the run's verdict.
+struct SReportRules
+{
+    std::int32_t messageReportMax = 3; ///< as LuTestSuiteSetup::messageReportMax
+    bool smallReport = false;
+    bool tolerateWarnings = true;
+    bool isFlakyAllowed = false; ///< a flaky case does not make the run red
+
+    bool operator==(const SReportRules&) const = default;
+};
+
+struct SPlan
+{
+    std::string digest;                  ///< of the plan's file, which sets it: see ReadPlan
+    std::string runId;                   ///< random, for this run alone: see MakeRunId
+    std::vector<std::wstring> arguments; ///< of the host, without the program's name; for resuming
+    std::wstring workingDirectory;       ///< what relative paths in `arguments` count from
+    std::wstring dataDirectory;
+    LuTestSuiteRun::SParams params;
+    SReportRules rules;
+    SShard shard;
+    SOrigin origin;
+    std::vector<LuTestSuite::SUnitTest> unitTests; ///< the whole selection, of all shards, in listed order
+    std::vector<SPlannedCase> cases;               ///< in listed order, see PlanCases
+    std::vector<SDisabledCase> disabled;
+};
+
+/// A random name for a run: 32 hexadecimal digits.
+std::string MakeRunId();
+
+/// The case runs of a selection, all in the shard: unit test by unit test, case by case, repetition by repetition.
+std::vector<SPlannedCase> PlanCases(const std::vector<LuTestSuite::SUnitTest>& unitTests, std::uint32_t repetitions);
+
+/// Build and machine of this process.
+SOrigin DescribeOrigin();
+
+/// The folder of a unit test below the data directory, with "/" between its parts and without one at its end; the whole
+/// path where it lies elsewhere.
+std::wstring GetRelativeFolder(const SPlan& plan, std::wstring_view dataDirectory);
+
+/// "Folder/Class": the folder of a unit test, with its class at the end.
+std::wstring GetUnitTestName(const SPlan& plan, std::wstring_view dataDirectory, const std::wstring& className);
+
+/// The name of a case's run: with " (2)" behind it for the second repetition.
+std::wstring GetRunName(const std::wstring& caseName, std::uint32_t repetition);
+
+/// "Folder/Class:Case", with " (2)" behind it for the second repetition.
+std::wstring GetCaseName(const SPlan& plan, std::uint32_t caseIndex);
+
+} // namespace Runner

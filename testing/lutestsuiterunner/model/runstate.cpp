@@ -1,0 +1,245 @@
+#include "testing/lutestsuiterunner/model/runstate.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/lbexception.h"
+#include "base/lbformat.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+[[noreturn]] void refuse(const wchar_t* what, std::uint32_t caseIndex, std::uint32_t attempt)
+{
+    throw LbException(LbFormat(L"%s: Testfall %u, Versuch %u", what, caseIndex, attempt));
+}
+
+bool hasFailed(const SAttempt& attempt)
+{
+    return attempt.IsFinished() && !attempt.HasPassed();
+}
+
+/// Both run in one process. Ids of processes are unique among those of one host only.
+bool shareProcess(const SAttempt& a, const SAttempt& b)
+{
+    return a.ended.journal == b.ended.journal && a.result.processId == b.result.processId;
+}
+
+void count(EVerdict verdict, bool isQuarantined, SVerdictCounts& counts)
+{
+    ++counts.planned;
+    const bool isFailed = verdict == EVerdict::Failed || verdict == EVerdict::FailedShared;
+    if (verdict == EVerdict::Missing)
+    {
+        ++counts.missing;
+    }
+    else if (isQuarantined)
+    {
+        ++counts.quarantined;
+        counts.quarantinedFailed += isFailed ? 1U : 0U;
+    }
+    else
+    {
+        counts.passed += verdict == EVerdict::Passed ? 1U : 0U;
+        counts.flaky += verdict == EVerdict::Flaky ? 1U : 0U;
+        counts.failed += isFailed ? 1U : 0U;
+        counts.failedShared += verdict == EVerdict::FailedShared ? 1U : 0U;
+    }
+}
+
+} // namespace
+
+CRunState::CRunState(SPlan plan) : m_plan(std::move(plan)), m_attempts(m_plan.cases.size()) {}
+
+void CRunState::Apply(const SRecordPlace& place, const Record& record)
+{
+    if (place <= m_last)
+    {
+        throw LbException(L"Ein Eintrag steht vor dem Eintrag, dem er folgt");
+    }
+    std::visit([&](const auto& alternative) { apply(place, alternative); }, record);
+    m_last = place;
+}
+
+std::vector<SAttempt>& CRunState::getAttempts(std::uint32_t caseIndex)
+{
+    if (caseIndex >= m_attempts.size() || !m_plan.cases[caseIndex].isInShard)
+    {
+        throw LbException(LbFormat(L"Der Plan enthält den Testfall %u nicht", caseIndex));
+    }
+    return m_attempts[caseIndex];
+}
+
+void CRunState::apply(const SRecordPlace& /*place*/, const SJournalBegun& record)
+{
+    if (record.caseCount != m_plan.cases.size())
+    {
+        throw LbException(L"Das Journal gehört zu einem anderen Plan");
+    }
+    m_isCanceled = false;
+    m_isEnded = false;
+    m_cancelReason.clear();
+    m_problems.clear();
+    m_startTime = m_startTime.empty() ? record.time : m_startTime;
+    m_endTime = record.time;
+    m_earlierTime += std::exchange(m_elapsed, 0);
+}
+
+void CRunState::apply(const SRecordPlace& place, const SCaseStarted& record)
+{
+    std::vector<SAttempt>& attempts = getAttempts(record.caseIndex);
+    const bool isFirst = attempts.empty();
+    const bool isRepeated = !isFirst && record.attempt == attempts.size() && !attempts.back().IsFinished() &&
+                            (attempts.back().IsEnded() || attempts.back().started.journal != place.journal);
+    const bool isNext = record.attempt == attempts.size() + 1 && (isFirst || attempts.back().IsFinished());
+    if (!isRepeated && !isNext)
+    {
+        refuse(L"Ein Start folgt nicht auf die Versuche davor", record.caseIndex, record.attempt);
+    }
+    SAttempt attempt;
+    attempt.kind = record.kind;
+    attempt.started = place;
+    attempt.result.caseIndex = record.caseIndex;
+    attempt.result.attempt = record.attempt;
+    attempt.result.processId = record.processId;
+    attempt.result.info.threadIndex = record.worker;
+    if (isRepeated)
+    {
+        attempts.pop_back();
+    }
+    attempts.push_back(std::move(attempt));
+    m_elapsed = std::max(m_elapsed, record.elapsed);
+}
+
+void CRunState::apply(const SRecordPlace& place, const SCaseEnded& record)
+{
+    std::vector<SAttempt>& attempts = getAttempts(record.caseIndex);
+    if (attempts.empty() || attempts.back().IsEnded() || record.attempt != attempts.size())
+    {
+        refuse(L"Ein Ende ohne Start", record.caseIndex, record.attempt);
+    }
+    SAttempt& attempt = attempts.back();
+    const SPlannedCase& planned = m_plan.cases[record.caseIndex];
+    attempt.result = record;
+    attempt.result.info.unitTest = planned.unitTest;
+    attempt.result.info.testCase = planned.testCase;
+    attempt.result.info.repetition = planned.repetition;
+    attempt.result.info.executed = true;
+    attempt.ended = place;
+    m_elapsed = std::max(m_elapsed, record.elapsed);
+}
+
+void CRunState::apply(const SRecordPlace& /*place*/, const SRunCanceled& record)
+{
+    m_isCanceled = true;
+    m_cancelReason = record.reason;
+    m_elapsed = std::max(m_elapsed, record.elapsed);
+}
+
+void CRunState::apply(const SRecordPlace& /*place*/, const SRunProblem& record)
+{
+    m_problems.push_back(record.text);
+}
+
+void CRunState::apply(const SRecordPlace& /*place*/, const SRunFinished& record)
+{
+    m_isEnded = true;
+    m_endTime = record.time;
+    m_elapsed = std::max(m_elapsed, record.elapsed);
+}
+
+EVerdict CRunState::GetVerdict(std::uint32_t caseIndex) const
+{
+    const std::vector<SAttempt>& attempts = m_attempts[caseIndex];
+    const auto passed = std::ranges::find_if(attempts, &SAttempt::HasPassed);
+    if (passed != attempts.end())
+    {
+        const bool isConfirmation = passed->kind == EAttemptKind::Confirm;
+        return passed == attempts.begin() ? EVerdict::Passed
+               : isConfirmation           ? EVerdict::FailedShared
+                                          : EVerdict::Flaky;
+    }
+    return std::ranges::any_of(attempts, hasFailed) ? EVerdict::Failed : EVerdict::Missing;
+}
+
+const SAttempt* CRunState::GetReported(std::uint32_t caseIndex) const
+{
+    const std::vector<SAttempt>& attempts = m_attempts[caseIndex];
+    const auto isShown = [](const SAttempt& attempt) {
+        return attempt.HasPassed() && attempt.kind != EAttemptKind::Confirm;
+    };
+    auto found = std::ranges::find_if(attempts, isShown);
+    found = found != attempts.end() ? found : std::ranges::find_if(attempts, hasFailed);
+    found = found != attempts.end() ? found : std::ranges::find_if(attempts, &SAttempt::IsEnded);
+    return found != attempts.end() ? &*found : nullptr;
+}
+
+std::vector<std::uint32_t> CRunState::GetOpenCases() const
+{
+    std::vector<std::uint32_t> cases;
+    for (std::uint32_t index = 0; index < m_attempts.size(); ++index)
+    {
+        if (!m_attempts[index].empty() && !m_attempts[index].back().IsEnded())
+        {
+            cases.push_back(index);
+        }
+    }
+    return cases;
+}
+
+std::vector<std::uint32_t> CRunState::GetMissingCases() const
+{
+    std::vector<std::uint32_t> cases;
+    for (std::uint32_t index = 0; index < m_attempts.size(); ++index)
+    {
+        if (m_plan.cases[index].isInShard && GetVerdict(index) == EVerdict::Missing)
+        {
+            cases.push_back(index);
+        }
+    }
+    return cases;
+}
+
+std::vector<std::uint32_t> CRunState::GetPredecessors(const SAttempt& attempt) const
+{
+    std::vector<std::pair<SRecordPlace, std::uint32_t>> earlier;
+    for (const std::vector<SAttempt>& attempts : m_attempts)
+    {
+        for (const SAttempt& other : attempts)
+        {
+            if (other.IsEnded() && other.ended < attempt.ended && shareProcess(other, attempt))
+            {
+                earlier.emplace_back(other.ended, other.result.caseIndex);
+            }
+        }
+    }
+    std::ranges::sort(earlier);
+    std::vector<std::uint32_t> cases(earlier.size());
+    std::ranges::transform(earlier, cases.begin(), [](const auto& entry) { return entry.second; });
+    return cases;
+}
+
+SVerdictCounts CRunState::CountVerdicts() const
+{
+    SVerdictCounts counts;
+    for (std::uint32_t index = 0; index < m_attempts.size(); ++index)
+    {
+        if (m_plan.cases[index].isInShard)
+        {
+            count(GetVerdict(index), m_plan.cases[index].isQuarantined, counts);
+        }
+    }
+    return counts;
+}
+
+bool CRunState::IsGreen() const
+{
+    const SVerdictCounts counts = CountVerdicts();
+    return m_isEnded && !m_isCanceled && m_problems.empty() && counts.missing == 0 && counts.failed == 0 &&
+           (counts.flaky == 0 || m_plan.rules.isFlakyAllowed);
+}
+
+} // namespace Runner

@@ -1,0 +1,133 @@
+/// The state of a run: its plan, and what has become of its cases so far.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/model/plan.h"
+#include "testing/lutestsuiterunner/model/records.h"
+
+namespace Runner
+{
+
+/// Where a record stands. Order is by journal and sequence, never by clock.
+struct SRecordPlace
+{
+    std::uint32_t journal = 0;  ///< number of the journal, from 1; 0 for nowhere
+    std::uint64_t sequence = 0; ///< number of the record in it, from 1
+
+    auto operator<=>(const SRecordPlace&) const = default;
+};
+
+/// One attempt at a case.
+struct SAttempt
+{
+    EAttemptKind kind = EAttemptKind::First;
+    SRecordPlace started;
+    SRecordPlace ended; ///< nowhere while it runs, and for good if its host died
+    SCaseEnded result;  ///< caseIndex and attempt are set from the start on, the rest when it has ended
+
+    bool IsEnded() const { return ended.journal != 0; }
+    /// It has come to a verdict, so that it is never run again.
+    bool IsFinished() const { return IsEnded() && result.end != EAttemptEnd::Canceled; }
+    bool HasPassed() const { return IsFinished() && result.info.result == LuTestSuiteRun::ECaseRunResult::Ok; }
+};
+
+/// What has become of a case run, over all its attempts. Quarantine is a property beside it.
+enum class EVerdict : std::uint32_t
+{
+    Missing = 0,     ///< not run, or not to its end
+    Passed = 1,      ///< at the first attempt
+    Flaky = 2,       ///< at a later one
+    Failed = 3,      ///< at all attempts
+    FailedShared = 4 ///< it failed, but passed in a process of its own ("nur im gemeinsamen Prozess")
+};
+
+/// Numbers of case runs in the shard.
+struct SVerdictCounts
+{
+    std::uint32_t planned = 0;
+    std::uint32_t missing = 0;
+    std::uint32_t passed = 0;
+    std::uint32_t flaky = 0;
+    std::uint32_t failed = 0; ///< EVerdict::Failed and FailedShared, without those in quarantine
+    std::uint32_t failedShared = 0;
+    std::uint32_t quarantined = 0; ///< in quarantine, whatever their verdict; the other numbers leave them out but
+                                   ///< for `planned` and `missing`
+    std::uint32_t quarantinedFailed = 0;
+};
+
+/// Filled record by record, in the order of places. One thread at a time.
+class CRunState
+{
+public:
+    explicit CRunState(SPlan plan);
+
+    /// Throws LbException with a German message, and changes nothing, if the record does not follow from the earlier
+    /// ones: a case that is not in the plan or in the shard, an end without a start, a start of what is finished.
+    void Apply(const SRecordPlace& place, const Record& record);
+
+    const SPlan& GetPlan() const { return m_plan; }
+
+    /// The attempts at a case in their order; attempt 1 is the first.
+    std::span<const SAttempt> GetAttempts(std::uint32_t caseIndex) const { return m_attempts[caseIndex]; }
+
+    EVerdict GetVerdict(std::uint32_t caseIndex) const;
+
+    /// The attempt that reports show: the one that passed, else the first that failed (before a confirmation), else one
+    /// that was canceled; null when none has ended.
+    const SAttempt* GetReported(std::uint32_t caseIndex) const;
+
+    /// The cases with an attempt that has not ended; ascending.
+    std::vector<std::uint32_t> GetOpenCases() const;
+
+    /// The cases in the shard that have no finished attempt; ascending. What a resumed run has to run.
+    std::vector<std::uint32_t> GetMissingCases() const;
+
+    /// The cases that ended earlier in the process that had the attempt, in their order.
+    std::vector<std::uint32_t> GetPredecessors(const SAttempt& attempt) const;
+
+    SVerdictCounts CountVerdicts() const;
+
+    /// The last journal says that the run was canceled, or ended; a resumed run begins anew with both.
+    bool IsCanceled() const { return m_isCanceled; }
+    bool IsEnded() const { return m_isEnded; }
+    const std::wstring& GetCancelReason() const { return m_cancelReason; }
+
+    /// Of the last journal.
+    const std::vector<std::wstring>& GetProblems() const { return m_problems; }
+
+    /// True if the run has ended and nothing of it is red.
+    bool IsGreen() const;
+
+    /// Local times of begin and end, and the sum of the times that hosts were at work, in nanoseconds.
+    const std::wstring& GetStartTime() const { return m_startTime; }
+    const std::wstring& GetEndTime() const { return m_endTime; }
+    std::uint64_t GetTotalTime() const { return m_earlierTime + m_elapsed; }
+
+private:
+    void apply(const SRecordPlace& place, const SJournalBegun& record);
+    void apply(const SRecordPlace& place, const SCaseStarted& record);
+    void apply(const SRecordPlace& place, const SCaseEnded& record);
+    void apply(const SRecordPlace& place, const SRunCanceled& record);
+    void apply(const SRecordPlace& place, const SRunProblem& record);
+    void apply(const SRecordPlace& place, const SRunFinished& record);
+    std::vector<SAttempt>& getAttempts(std::uint32_t caseIndex);
+
+    SPlan m_plan;
+    std::vector<std::vector<SAttempt>> m_attempts; ///< one list per case run of the plan
+    SRecordPlace m_last;
+    bool m_isCanceled = false;
+    bool m_isEnded = false;
+    std::wstring m_cancelReason;
+    std::vector<std::wstring> m_problems;
+    std::wstring m_startTime;
+    std::wstring m_endTime;
+    std::uint64_t m_earlierTime = 0; ///< of the journals before the last
+    std::uint64_t m_elapsed = 0;     ///< of the last journal
+};
+
+} // namespace Runner

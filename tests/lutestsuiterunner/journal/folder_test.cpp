@@ -1,0 +1,208 @@
+#include "testing/lutestsuiterunner/journal/folder.h"
+
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lustream.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+#include "tests/lutestsuiterunner/samplerun.h"
+#include "tests/support/os/filelimits.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+
+void runCase(Runner::CJournalWriter& writer, std::uint32_t caseIndex, ECaseRunResult result)
+{
+    writer.Write(MakeStart(caseIndex));
+    writer.Write(MakeEnd(caseIndex, result));
+}
+
+std::wstring getMessage(const std::wstring& folder)
+{
+    try
+    {
+        Runner::LoadRun(folder);
+        return {};
+    }
+    catch (const LbException& exception)
+    {
+        return exception.GetMessageText();
+    }
+}
+
+/// A folder with a run of which the first journal ends behind the start of case 1.
+class RunnerFolder : public testing::Test
+{
+protected:
+    RunnerFolder()
+    {
+        const auto writer = m_run.BeginRun(MakeSamplePlan());
+        runCase(*writer, 0, ECaseRunResult::Ok);
+        writer->Write(MakeStart(1));
+    }
+
+    const std::wstring& GetPath() const { return m_run.GetPath(); }
+
+    const ScopedFolder m_parent;
+    Runner::CRunFolder m_run{m_parent.GetPathOf(L"lauf")};
+};
+
+TEST_F(RunnerFolder, GivesTheStateOfARunThatDied)
+{
+    const auto state = Runner::LoadRun(GetPath());
+
+    EXPECT_EQ(state->GetVerdict(0), Runner::EVerdict::Passed);
+    EXPECT_EQ(state->GetOpenCases(), std::vector<std::uint32_t>{1});
+    EXPECT_FALSE(state->IsEnded());
+}
+
+TEST_F(RunnerFolder, ContinuesARunInAJournalOfItsOwn)
+{
+    const std::string first = LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson");
+    {
+        const auto writer = m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
+        runCase(*writer, 1, ECaseRunResult::Error);
+        writer->Write(Runner::SRunFinished{});
+        writer->Close();
+    }
+    const auto state = Runner::LoadRun(GetPath());
+
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson"), first);
+    EXPECT_EQ(state->GetVerdict(1), Runner::EVerdict::Failed);
+    EXPECT_EQ(state->GetAttempts(1)[0].ended.journal, 2U);
+    EXPECT_TRUE(state->IsEnded());
+}
+
+TEST_F(RunnerFolder, ContinuesBehindAJournalThatHasNoRecord)
+{
+    LbFileSystem::WriteWhole(GetPath() + L"journal-2.ndjson",
+                             [](const std::wstring& place) { LuStreamWriteBinaryFile(place).Write("{\"n\":1", 6); });
+    m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
+
+    EXPECT_EQ(Runner::FindJournals(GetPath()), (std::vector<std::uint32_t>{1, 2, 3}));
+    EXPECT_EQ(getMessage(GetPath()), L"");
+}
+
+TEST_F(RunnerFolder, MissesAJournalThatIsNotThere)
+{
+    const Runner::SPlan plan = Runner::LoadRun(GetPath())->GetPlan();
+    m_run.ContinueRun(plan);
+    m_run.ContinueRun(plan);
+    LbFileSystem::RemoveTree(GetPath() + L"journal-2.ndjson");
+
+    EXPECT_NE(getMessage(GetPath()).find(L"journal-2.ndjson fehlt"), std::wstring::npos);
+}
+
+TEST_F(RunnerFolder, RefusesTheJournalOfAnotherRunOfTheSameCases)
+{
+    const std::string journal = LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson");
+    const ScopedFolder other;
+    Runner::CRunFolder(other.GetPath()).BeginRun(MakeSamplePlan())->Close();
+    other.WriteFile(L"journal.ndjson", journal);
+
+    EXPECT_NE(getMessage(other.GetPath()).find(L"Zeile 1: Das Journal gehört zu einem anderen Plan"),
+              std::wstring::npos);
+}
+
+TEST_F(RunnerFolder, TellsTheLineOfARecordThatDoesNotFollow)
+{
+    {
+        const auto writer = m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
+        runCase(*writer, 0, ECaseRunResult::Ok);
+    }
+
+    EXPECT_NE(getMessage(GetPath()).find(L"Zeile 2"), std::wstring::npos);
+    EXPECT_NE(getMessage(GetPath()).find(L"journal-2.ndjson"), std::wstring::npos);
+}
+
+TEST_F(RunnerFolder, LeavesNothingOfTheRunBefore)
+{
+    m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
+    m_parent.WriteFile(L"lauf/output/1.txt", "x");
+    m_parent.WriteFile(L"lauf/junit.xml", "x");
+    m_parent.WriteFile(L"lauf/eigenes.txt", "x");
+    m_run.BeginRun(MakeSamplePlan())->Close();
+
+    EXPECT_EQ(LbFileSystem::GetFileNames(GetPath()),
+              (std::vector<std::wstring>{L"eigenes.txt", L"journal.ndjson", L"plan.ndjson"}));
+    EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"output"));
+}
+
+TEST_F(RunnerFolder, IsWrittenByOneRunAtATime)
+{
+    bool isRefused = false;
+    std::thread([&] {
+        try
+        {
+            Runner::CRunFolder run(GetPath());
+        }
+        catch (const LbException&)
+        {
+            isRefused = true;
+        }
+    }).join();
+
+    EXPECT_TRUE(isRefused);
+}
+
+TEST_F(RunnerFolder, SaysWhenThereIsNoRun)
+{
+    EXPECT_NE(getMessage(m_parent.GetPath()).find(L"enthält keinen Lauf"), std::wstring::npos);
+}
+
+/// Writes cases until a write fails; returns how many were written whole.
+std::uint32_t runUntilFull(Runner::CRunFolder& run, const Runner::SPlan& plan)
+{
+    std::uint32_t written = 0;
+    try
+    {
+        const auto writer = run.ContinueRun(plan);
+        try
+        {
+            for (; written < plan.cases.size(); ++written)
+            {
+                runCase(*writer, written, ECaseRunResult::Ok);
+            }
+        }
+        catch (const LbException&)
+        {
+            // Nothing may follow a record that is torn.
+            EXPECT_THROW(writer->Write(Runner::SRunFinished{}), LbException);
+            EXPECT_THROW(writer->Close(), LbException);
+            throw;
+        }
+    }
+    catch (const LbException& exception)
+    {
+        EXPECT_NE(exception.GetMessageText().find(L"journal-2.ndjson"), std::wstring::npos);
+    }
+    return written;
+}
+
+TEST_F(RunnerFolder, StopsLoudlyOnAFullDiskAndLosesNothingThatWasWritten)
+{
+    constexpr std::size_t c_Step = 23;
+    std::uint32_t written = 0;
+    for (std::size_t size = 0; written < 6; size += c_Step)
+    {
+        m_run.BeginRun(MakeSamplePlan())->Close();
+        const Runner::SPlan plan = Runner::LoadRun(GetPath())->GetPlan();
+        {
+            const auto limit = LbOs::LimitFileSize(size);
+            if (!limit)
+            {
+                GTEST_SKIP() << "files have no limit here";
+            }
+            written = runUntilFull(m_run, plan);
+        }
+        ASSERT_EQ(Runner::LoadRun(GetPath())->CountVerdicts().passed, written) << size;
+    }
+}
+
+} // namespace

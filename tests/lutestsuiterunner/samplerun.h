@@ -1,0 +1,23 @@
+/// A made-up run for the tests of journals and reports.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <string>
+
+#include "testing/lutestsuiterunner/model/plan.h"
+#include "testing/lutestsuiterunner/model/records.h"
+
+/// Three unit tests, two of them of one class in different folders, with six cases in all and one that is disabled.
+Runner::SPlan MakeSamplePlan(std::uint32_t repetitions = 1);
+
+/// Text of any code units: control characters, lone surrogates, quotes, markup.
+std::wstring MakeRandomText(std::mt19937& random, std::size_t longest);
+
+Runner::SCaseStarted MakeStart(std::uint32_t caseIndex, std::uint32_t attempt = 1,
+                               Runner::EAttemptKind kind = Runner::EAttemptKind::First);
+
+Runner::SCaseEnded MakeEnd(std::uint32_t caseIndex, LuTestSuiteRun::ECaseRunResult result, std::uint32_t attempt = 1);
+
+/// As text, for comparisons: every field.
+std::string ToText(const Runner::Record& record);
