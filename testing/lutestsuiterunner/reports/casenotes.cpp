@@ -1,0 +1,104 @@
+#include "testing/lutestsuiterunner/reports/casenotes.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "base/lbformat.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+constexpr std::wstring_view c_ErrorMark = L"ERROR: ";
+
+void addAttempts(const CRunState& state, std::uint32_t caseIndex, std::vector<std::wstring>& notes)
+{
+    for (const SAttempt& attempt : state.GetAttempts(caseIndex))
+    {
+        if (attempt.IsFinished())
+        {
+            notes.push_back(LbFormat(L"%u. Versuch%s: %s", attempt.result.attempt,
+                                     attempt.kind == EAttemptKind::Confirm ? L" (im eigenen Prozess)" : L"",
+                                     attempt.HasPassed() ? std::wstring(L"bestanden") : GetFailureLine(attempt)));
+        }
+    }
+}
+
+/// The latest first: what leaked is most likely of one of these.
+void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vector<std::wstring>& notes)
+{
+    constexpr std::size_t c_Shown = 10;
+    std::vector<std::uint32_t> cases = state.GetPredecessors(attempt);
+    std::ranges::reverse(cases);
+    notes.push_back(LbFormat(L"Im selben Prozess liefen davor %u Testfälle, zuletzt:", cases.size()));
+    cases.resize(std::min(cases.size(), c_Shown));
+    for (const std::uint32_t caseIndex : cases)
+    {
+        notes.push_back(L"  " + GetCaseName(state.GetPlan(), caseIndex));
+    }
+}
+
+} // namespace
+
+std::vector<std::wstring> SplitLines(const std::wstring& text)
+{
+    std::vector<std::wstring> lines;
+    for (std::size_t start = 0; start < text.size();)
+    {
+        const std::size_t end = std::min(text.find(L'\n', start), text.size());
+        lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return lines;
+}
+
+std::wstring GetFailureLine(const SAttempt& attempt)
+{
+    for (const std::wstring& line : SplitLines(attempt.result.info.messages))
+    {
+        if (const std::size_t mark = line.find(c_ErrorMark); mark != std::wstring::npos)
+        {
+            return line.substr(mark + c_ErrorMark.size());
+        }
+    }
+    return attempt.result.reason.empty() ? LuTestSuiteReport::toDescriptionString(attempt.result.info.result)
+                                         : attempt.result.reason;
+}
+
+std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t caseIndex)
+{
+    std::vector<std::wstring> notes;
+    const SAttempt* const reported = state.GetReported(caseIndex);
+    const EVerdict verdict = state.GetVerdict(caseIndex);
+    if (state.GetPlan().cases[caseIndex].isQuarantined)
+    {
+        notes.emplace_back(L"In Quarantäne");
+    }
+    if (verdict == EVerdict::Flaky)
+    {
+        notes.push_back(LbFormat(L"Unzuverlässig: erst beim %u. Versuch bestanden", reported->result.attempt));
+    }
+    if (verdict == EVerdict::FailedShared)
+    {
+        notes.emplace_back(L"Fehler nur im gemeinsamen Prozess");
+        addPredecessors(state, *reported, notes);
+    }
+    if (state.GetAttempts(caseIndex).size() > 1)
+    {
+        addAttempts(state, caseIndex, notes);
+    }
+    if (reported != nullptr)
+    {
+        if (!reported->result.reason.empty())
+        {
+            notes.push_back(L"Prozessende: " + reported->result.reason);
+        }
+        std::ranges::move(SplitLines(reported->result.stacks), std::back_inserter(notes));
+    }
+    return notes;
+}
+
+} // namespace Runner

@@ -1,0 +1,22 @@
+/// What reports say about a case beside its result and its messages.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/model/runstate.h"
+
+namespace Runner
+{
+
+/// German lines without line feeds: attempts, quarantine, why a process ended, and the stacks of its threads.
+std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t caseIndex);
+
+/// The line that tells best why a case failed: its first error message, else why its process ended, else its result.
+std::wstring GetFailureLine(const SAttempt& attempt);
+
+/// Lines of a text, without line feeds.
+std::vector<std::wstring> SplitLines(const std::wstring& text);
+
+} // namespace Runner

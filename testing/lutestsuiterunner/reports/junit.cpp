@@ -1,0 +1,367 @@
+#include "testing/lutestsuiterunner/reports/junit.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <map>
+#include <numeric>
+#include <set>
+
+#include "base/lbformat.h"
+#include "testing/lutestsuiterunner/reports/junitcase.h"
+#include "testing/lutestsuiterunner/reports/wholefile.h"
+#include "testing/lutestsuiterunner/reports/xmltext.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+constexpr std::wstring_view c_RunSuite = L"LuTestSuiteRunner";
+constexpr std::string_view c_CutNote = "\n[... gekürzt, vollständig im Journal]\n";
+
+/// One suite: makes its cases one after another, each time it is asked to.
+struct SSuite
+{
+    std::wstring name;
+    std::vector<std::uint32_t> cases;
+    std::vector<const SDisabledCase*> disabled;
+};
+
+/// The classes that stand in more than one folder.
+class CSuiteNames
+{
+public:
+    explicit CSuiteNames(const SPlan& plan) : m_plan(plan)
+    {
+        for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
+        {
+            m_folders[unitTest.className].insert(unitTest.dataDirectory);
+        }
+        for (const SDisabledCase& disabled : plan.disabled)
+        {
+            m_folders[disabled.className].insert(disabled.dataDirectory);
+        }
+    }
+
+    std::wstring Get(const std::wstring& className, const std::wstring& dataDirectory) const
+    {
+        return m_folders.at(className).size() == 1 ? className : GetUnitTestName(m_plan, dataDirectory, className);
+    }
+
+private:
+    const SPlan& m_plan;
+    std::map<std::wstring, std::set<std::wstring>> m_folders;
+};
+
+class CSuites
+{
+public:
+    explicit CSuites(const SPlan& plan) : m_names(plan)
+    {
+        for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+        {
+            const LuTestSuite::SUnitTest& unitTest = plan.unitTests[plan.cases[index].unitTest];
+            if (plan.cases[index].isInShard)
+            {
+                get(unitTest.className, unitTest.dataDirectory).cases.push_back(index);
+            }
+        }
+        // The reports of all shards together name them once.
+        for (const SDisabledCase& disabled : plan.disabled)
+        {
+            if (plan.shard.number == 1)
+            {
+                get(disabled.className, disabled.dataDirectory).disabled.push_back(&disabled);
+            }
+        }
+    }
+
+    const std::vector<SSuite>& Get() const { return m_suites; }
+
+private:
+    SSuite& get(const std::wstring& className, const std::wstring& dataDirectory)
+    {
+        const auto [entry, isNew] = m_indices.try_emplace({className, dataDirectory}, m_suites.size());
+        if (isNew)
+        {
+            m_suites.push_back({m_names.Get(className, dataDirectory), {}, {}});
+        }
+        return m_suites[entry->second];
+    }
+
+    CSuiteNames m_names;
+    std::map<std::pair<std::wstring, std::wstring>, std::size_t> m_indices;
+    std::vector<SSuite> m_suites;
+};
+
+using UseCase = std::function<void(const SJunitCase& element)>;
+
+void visitCases(const CRunState& state, const SSuite& suite, const UseCase& use)
+{
+    for (const std::uint32_t index : suite.cases)
+    {
+        use(MakeJunitCase(state, index, suite.name));
+    }
+    for (const SDisabledCase* const disabled : suite.disabled)
+    {
+        use(MakeJunitCase(state.GetPlan(), *disabled, suite.name));
+    }
+}
+
+void visitProblems(const CRunState& state, const UseCase& use)
+{
+    if (state.IsCanceled())
+    {
+        use(MakeJunitProblem(L"Abbruch", L"Der Lauf wurde abgebrochen: " + state.GetCancelReason(), c_RunSuite));
+    }
+    for (std::size_t index = 0; index < state.GetProblems().size(); ++index)
+    {
+        use(MakeJunitProblem(LbFormat(L"Problem %u", index + 1), state.GetProblems()[index], c_RunSuite));
+    }
+}
+
+struct SCounts
+{
+    std::uint64_t tests = 0;
+    std::uint64_t failures = 0;
+    std::uint64_t errors = 0;
+    std::uint64_t skipped = 0;
+    std::uint64_t time = 0;
+
+    void Add(const SJunitCase& element)
+    {
+        ++tests;
+        failures += element.status == EJunitStatus::Failure ? 1U : 0U;
+        errors += element.status == EJunitStatus::Error ? 1U : 0U;
+        skipped += element.status == EJunitStatus::Skipped ? 1U : 0U;
+        time += element.time;
+    }
+
+    void Add(const SCounts& other)
+    {
+        tests += other.tests;
+        failures += other.failures;
+        errors += other.errors;
+        skipped += other.skipped;
+        time += other.time;
+    }
+};
+
+std::string makeCounts(const SCounts& counts)
+{
+    return " tests=\"" + std::to_string(counts.tests) + "\" failures=\"" + std::to_string(counts.failures) +
+           "\" errors=\"" + std::to_string(counts.errors) + "\" time=\"" + ToXmlSeconds(counts.time) + "\"";
+}
+
+/// What fits into a file of limited size. Learns all elements first, then says for each, in the same order, how much of
+/// it is to be written.
+class CBudget
+{
+public:
+    explicit CBudget(std::size_t limit) : m_limit(limit) {}
+
+    void Learn(const SJunitCase& element)
+    {
+        const std::size_t frame = element.start.size() + element.end.size();
+        (element.IsRed() ? m_redFrames : m_otherFrames) += frame;
+        m_texts.push_back(element.text.size());
+    }
+
+    void LearnFrame(std::size_t size) { m_fixed += size; }
+
+    void Decide()
+    {
+        // Room for texts is what the frames leave; red cases come before others.
+        const std::size_t room = m_limit - std::min(m_limit, m_fixed);
+        m_redRoom = std::min(m_redFrames, room);
+        m_otherRoom = std::min(m_otherFrames, room - m_redRoom);
+        m_longestText = findLongestText(room - m_redRoom - m_otherRoom);
+    }
+
+    /// False if the element is to be left out; cuts its text otherwise.
+    bool Take(SJunitCase& element)
+    {
+        const std::size_t frame = element.start.size() + element.end.size();
+        std::size_t& room = element.IsRed() ? m_redRoom : m_otherRoom;
+        if (frame > room)
+        {
+            room = 0;
+            return false;
+        }
+        room -= frame;
+        if (element.text.size() > m_longestText)
+        {
+            CutXmlText(element.text, m_longestText - std::min(m_longestText, c_CutNote.size()));
+            element.text += m_longestText < c_CutNote.size() ? std::string_view() : c_CutNote;
+        }
+        return true;
+    }
+
+private:
+    /// The largest size to which all longer texts are cut so that they fit together.
+    std::size_t findLongestText(std::size_t room)
+    {
+        std::ranges::sort(m_texts);
+        for (std::size_t index = 0; index < m_texts.size(); ++index)
+        {
+            const std::size_t share = room / (m_texts.size() - index);
+            if (m_texts[index] > share)
+            {
+                return share;
+            }
+            room -= m_texts[index];
+        }
+        return std::numeric_limits<std::size_t>::max();
+    }
+
+    std::size_t m_limit;
+    std::size_t m_fixed = 0;
+    std::size_t m_redFrames = 0;
+    std::size_t m_otherFrames = 0;
+    std::vector<std::size_t> m_texts;
+    std::size_t m_redRoom = 0;
+    std::size_t m_otherRoom = 0;
+    std::size_t m_longestText = 0;
+};
+
+void write(LuStreamWriteBinaryFile& file, std::string_view text)
+{
+    file.Write(text.data(), text.size());
+}
+
+class CJunitWriter
+{
+public:
+    CJunitWriter(const CRunState& state, std::size_t limit) : m_state(state), m_suites(state.GetPlan()), m_budget(limit)
+    {
+        for (const SSuite& suite : m_suites.Get())
+        {
+            learn([&](const UseCase& use) { visitCases(state, suite, use); }, suite);
+        }
+        learn([&](const UseCase& use) { visitProblems(state, use); }, m_runSuite);
+        m_budget.LearnFrame(makeHead().size() + c_Foot.size());
+        m_budget.Decide();
+    }
+
+    void Write(LuStreamWriteBinaryFile& file)
+    {
+        write(file, makeHead());
+        std::size_t index = 0;
+        for (const SSuite& suite : m_suites.Get())
+        {
+            writeSuite(file, suite, m_counts[index++], [&](const UseCase& use) { visitCases(m_state, suite, use); });
+        }
+        if (m_counts[index].tests > 0)
+        {
+            writeSuite(file, m_runSuite, m_counts[index], [&](const UseCase& use) { visitProblems(m_state, use); });
+        }
+        write(file, c_Foot);
+    }
+
+private:
+    static constexpr std::string_view c_Foot = "</testsuites>\n";
+    static constexpr std::string_view c_SuiteFoot = "\t</testsuite>\n";
+
+    template<typename F>
+    void learn(const F& visit, const SSuite& suite)
+    {
+        SCounts counts;
+        visit([&](const SJunitCase& element) {
+            counts.Add(element);
+            m_budget.Learn(element);
+        });
+        m_budget.LearnFrame(makeSuiteHead(suite, counts).size() + makeLeftOut(counts.tests).size() +
+                            c_SuiteFoot.size());
+        m_total.Add(counts);
+        m_counts.push_back(counts);
+    }
+
+    std::string makeHead() const
+    {
+        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\"LuTestSuite\"" + makeCounts(m_total) +
+               ">\n";
+    }
+
+    std::string makeSuiteHead(const SSuite& suite, const SCounts& counts) const
+    {
+        std::wstring timestamp = m_state.GetStartTime();
+        std::ranges::replace(timestamp, L' ', L'T');
+        std::string head = "\t<testsuite name=\"" + ToXmlAttribute(suite.name) + "\"" + makeCounts(counts) +
+                           " skipped=\"" + std::to_string(counts.skipped) + "\" timestamp=\"" +
+                           ToXmlAttribute(timestamp) + "\" hostname=\"" +
+                           ToXmlAttribute(m_state.GetPlan().origin.machine) + "\">\n";
+        const std::string properties = makeProperties(suite);
+        return properties.empty() ? head : head + "\t\t<properties>\n" + properties + "\t\t</properties>\n";
+    }
+
+    /// The cases that readers of the usual elements do not see for what they are.
+    std::string makeProperties(const SSuite& suite) const
+    {
+        std::string properties;
+        for (const std::uint32_t index : suite.cases)
+        {
+            const SPlannedCase& planned = m_state.GetPlan().cases[index];
+            const std::string name = ToXmlAttribute(GetRunName(
+                m_state.GetPlan().unitTests[planned.unitTest].cases[planned.testCase].name, planned.repetition));
+            const auto add = [&](const char* property) {
+                properties += "\t\t\t<property name=\"" + std::string(property) + "\" value=\"" + name + "\"/>\n";
+            };
+            if (planned.isQuarantined)
+            {
+                add("quarantined");
+            }
+            const EVerdict verdict = m_state.GetVerdict(index);
+            if (verdict == EVerdict::Flaky || verdict == EVerdict::FailedShared)
+            {
+                add(verdict == EVerdict::Flaky ? "flaky" : "failed-shared");
+            }
+        }
+        return properties;
+    }
+
+    static std::string makeLeftOut(std::uint64_t count)
+    {
+        return "\t\t<system-out>" + std::to_string(count) +
+               " Testfälle sind ausgelassen, weil die Datei sonst zu groß würde; sie stehen im Journal.</system-out>\n";
+    }
+
+    template<typename F>
+    void writeSuite(LuStreamWriteBinaryFile& file, const SSuite& suite, const SCounts& counts, const F& visit)
+    {
+        write(file, makeSuiteHead(suite, counts));
+        std::uint64_t leftOut = 0;
+        visit([&](SJunitCase element) {
+            if (m_budget.Take(element))
+            {
+                write(file, element.start);
+                write(file, element.text);
+                write(file, element.end);
+            }
+            else
+            {
+                ++leftOut;
+            }
+        });
+        write(file, leftOut == 0 ? std::string() : makeLeftOut(leftOut));
+        write(file, c_SuiteFoot);
+    }
+
+    const CRunState& m_state;
+    const CSuites m_suites;
+    const SSuite m_runSuite = {std::wstring(c_RunSuite), {}, {}};
+    std::vector<SCounts> m_counts; ///< of the suites, and at the end of the run itself
+    SCounts m_total;
+    CBudget m_budget;
+};
+
+} // namespace
+
+void WriteJunit(const std::wstring& path, const CRunState& state, std::size_t limit)
+{
+    CJunitWriter writer(state, limit);
+    WriteWholeFile(path, [&writer](LuStreamWriteBinaryFile& file) { writer.Write(file); });
+}
+
+} // namespace Runner

@@ -1,0 +1,41 @@
+/// One "testcase" of junit.xml.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "testing/lutestsuiterunner/model/runstate.h"
+
+namespace Runner
+{
+
+enum class EJunitStatus
+{
+    Passed,
+    Failure,
+    Error,
+    Skipped
+};
+
+struct SJunitCase
+{
+    EJunitStatus status = EJunitStatus::Passed;
+    std::uint64_t time = 0; ///< nanoseconds
+    std::string start;      ///< markup up to the text
+    std::string text;       ///< escaped; empty if there is nothing to tell
+    std::string end;        ///< markup behind the text
+
+    bool IsRed() const { return status == EJunitStatus::Failure || status == EJunitStatus::Error; }
+};
+
+/// `suiteName` is the class of the case in the report.
+SJunitCase MakeJunitCase(const CRunState& state, std::uint32_t caseIndex, std::wstring_view suiteName);
+
+/// A case that its description disables.
+SJunitCase MakeJunitCase(const SPlan& plan, const SDisabledCase& disabled, std::wstring_view suiteName);
+
+/// Something that is wrong with the run as a whole.
+SJunitCase MakeJunitProblem(std::wstring_view name, std::wstring_view problem, std::wstring_view suiteName);
+
+} // namespace Runner

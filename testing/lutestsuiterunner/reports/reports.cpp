@@ -1,0 +1,13 @@
+#include "testing/lutestsuiterunner/reports/reports.h"
+
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/reports/junit.h"
+#include "testing/lutestsuiterunner/reports/runreport.h"
+#include "testing/lutestsuiterunner/reports/summary.h"
+
+void Runner::WriteReports(const std::wstring& folder, const CRunState& state)
+{
+    WriteSummary(folder + c_SummaryName, state);
+    WriteJunit(folder + c_JunitName, state);
+    WriteRunReports(folder + c_XmlReportName, folder + c_HtmlReportName, state);
+}

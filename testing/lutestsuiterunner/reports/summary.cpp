@@ -1,0 +1,168 @@
+#include "testing/lutestsuiterunner/reports/summary.h"
+
+#include <algorithm>
+
+#include <nlohmann/json.hpp>
+
+#include "testing/lutestsuiterunner/model/names.h"
+#include "testing/lutestsuiterunner/model/textescape.h"
+#include "testing/lutestsuiterunner/reports/casenotes.h"
+#include "testing/lutestsuiterunner/reports/wholefile.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+constexpr double c_SecondsPerNanosecond = 1e-9;
+constexpr std::size_t c_SlowestShown = 10;
+
+Json toJson(const std::wstring& text)
+{
+    return ToEscapedUtf8(text);
+}
+
+const char* getStateName(const CRunState& state)
+{
+    return state.IsCanceled() ? "canceled" : state.IsEnded() ? "ended" : "incomplete";
+}
+
+Json describeCounts(const SVerdictCounts& counts)
+{
+    return {{"planned", counts.planned},         {"missing", counts.missing},
+            {"passed", counts.passed},           {"flaky", counts.flaky},
+            {"failed", counts.failed},           {"failedShared", counts.failedShared},
+            {"quarantined", counts.quarantined}, {"quarantinedFailed", counts.quarantinedFailed}};
+}
+
+Json describeName(const SPlan& plan, std::uint32_t caseIndex)
+{
+    const SPlannedCase& planned = plan.cases[caseIndex];
+    const LuTestSuite::SUnitTest& unitTest = plan.unitTests[planned.unitTest];
+    const LuTestSuite::STestCase& testCase = unitTest.cases[planned.testCase];
+    Json json = {{"folder", toJson(GetRelativeFolder(plan, unitTest.dataDirectory))},
+                 {"class", toJson(unitTest.className)},
+                 {"name", toJson(testCase.name)}};
+    if (plan.params.repetitions > 1)
+    {
+        json["repetition"] = planned.repetition + 1;
+    }
+    if (!testCase.dataSetFile.empty())
+    {
+        json["file"] = toJson(testCase.dataSetFile);
+    }
+    return json;
+}
+
+/// A case that is not simply passed.
+Json describeCase(const CRunState& state, std::uint32_t caseIndex)
+{
+    Json json = describeName(state.GetPlan(), caseIndex);
+    json["verdict"] = GetName(state.GetVerdict(caseIndex));
+    json["quarantined"] = state.GetPlan().cases[caseIndex].isQuarantined;
+    json["attempts"] = state.GetAttempts(caseIndex).size();
+    if (const SAttempt* const reported = state.GetReported(caseIndex))
+    {
+        json["result"] = GetName(reported->result.info.result);
+        json["end"] = GetName(reported->result.end);
+        json["seconds"] = static_cast<double>(reported->result.info.time) * c_SecondsPerNanosecond;
+        json["messages"] = toJson(reported->result.info.messages);
+    }
+    json["notes"] = Json::array();
+    for (const std::wstring& note : GetCaseNotes(state, caseIndex))
+    {
+        json["notes"].push_back(toJson(note));
+    }
+    return json;
+}
+
+Json describeNotable(const CRunState& state)
+{
+    Json list = Json::array();
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        const EVerdict verdict = state.GetVerdict(index);
+        if (verdict != EVerdict::Missing && verdict != EVerdict::Passed)
+        {
+            list.push_back(describeCase(state, index));
+        }
+    }
+    return list;
+}
+
+Json describeNames(const SPlan& plan, const std::vector<std::uint32_t>& cases)
+{
+    Json list = Json::array();
+    for (const std::uint32_t index : cases)
+    {
+        list.push_back(describeName(plan, index));
+    }
+    return list;
+}
+
+Json describeSlowest(const CRunState& state)
+{
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> times;
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        if (const SAttempt* const reported = state.GetReported(index))
+        {
+            times.emplace_back(reported->result.info.time, index);
+        }
+    }
+    const std::size_t shown = std::min(times.size(), c_SlowestShown);
+    std::ranges::partial_sort(
+        times, times.begin() + static_cast<std::ptrdiff_t>(shown),
+        [](const auto& a, const auto& b) { return a.first != b.first ? a.first > b.first : a.second < b.second; });
+    times.resize(shown);
+    Json list = Json::array();
+    for (const auto& [time, index] : times)
+    {
+        Json json = describeName(state.GetPlan(), index);
+        json["seconds"] = static_cast<double>(time) * c_SecondsPerNanosecond;
+        list.push_back(std::move(json));
+    }
+    return list;
+}
+
+} // namespace
+
+std::string MakeSummary(const CRunState& state)
+{
+    const SPlan& plan = state.GetPlan();
+    Json json = {{"format", 1},
+                 {"green", state.IsGreen()},
+                 {"state", getStateName(state)},
+                 {"shard", {{"number", plan.shard.number}, {"count", plan.shard.count}}},
+                 {"dataDirectory", toJson(plan.dataDirectory)},
+                 {"machine", toJson(plan.origin.machine)},
+                 {"start", toJson(state.GetStartTime())},
+                 {"end", toJson(state.GetEndTime())},
+                 {"seconds", static_cast<double>(state.GetTotalTime()) * c_SecondsPerNanosecond},
+                 {"counts", describeCounts(state.CountVerdicts())}};
+    if (state.IsCanceled())
+    {
+        json["cancelReason"] = toJson(state.GetCancelReason());
+    }
+    json["problems"] = Json::array();
+    for (const std::wstring& problem : state.GetProblems())
+    {
+        json["problems"].push_back(toJson(problem));
+    }
+    json["disabled"] = plan.disabled.size();
+    json["cases"] = describeNotable(state);
+    json["missing"] = describeNames(plan, state.GetMissingCases());
+    json["slowest"] = describeSlowest(state);
+    return json.dump(1) + "\n";
+}
+
+void WriteSummary(const std::wstring& path, const CRunState& state)
+{
+    const std::string summary = MakeSummary(state);
+    WriteWholeFile(path, [&summary](LuStreamWriteBinaryFile& file) { file.Write(summary.data(), summary.size()); });
+}
+
+} // namespace Runner

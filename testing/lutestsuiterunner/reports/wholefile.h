@@ -1,0 +1,24 @@
+/// Report files of bytes.
+#pragma once
+
+#include <string>
+
+#include "base/lbfilesystem.h"
+#include "base/lustream.h"
+
+namespace Runner
+{
+
+/// Gives `write` a stream into a new file, which then takes its place as a whole. Throws LbException with a German
+/// message that names the file.
+template<typename F>
+void WriteWholeFile(const std::wstring& path, const F& write)
+{
+    LbFileSystem::WriteWhole(path, [&write](const std::wstring& place) {
+        LuStreamWriteBinaryFile file(place);
+        write(file);
+        file.Close();
+    });
+}
+
+} // namespace Runner

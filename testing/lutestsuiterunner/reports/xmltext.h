@@ -1,0 +1,24 @@
+/// Text in XML files of UTF-8. Any text of the tests is carried, see ToEscapedUtf8.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Runner
+{
+
+/// Text between tags.
+std::string ToXmlText(std::wstring_view text);
+
+/// The value of an attribute, without its quotes.
+std::string ToXmlAttribute(std::wstring_view text);
+
+/// Seconds with three decimals, which is all that readers of test reports take.
+std::string ToXmlSeconds(std::uint64_t nanoseconds);
+
+/// Cuts the result of ToXmlText to at most `size` bytes, between two characters.
+void CutXmlText(std::string& text, std::size_t size);
+
+} // namespace Runner

@@ -1,0 +1,306 @@
+#include "testing/lutestsuiterunner/reports/junit.h"
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/xmlnode.h"
+#include "testing/lutestsuiterunner/model/textescape.h"
+#include "testing/lutestsuiterunner/reports/xmltext.h"
+#include "tests/lutestsuiterunner/runstatemaker.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using Runner::EAttemptKind;
+
+/// The report of a run, as a reader of XML sees it.
+class CReport
+{
+public:
+    explicit CReport(const Runner::CRunState& state, std::size_t limit = Runner::c_JunitLimit)
+    {
+        Runner::WriteJunit(m_folder.GetPathOf(L"junit.xml"), state, limit);
+        m_document.Load(m_folder.GetPathOf(L"junit.xml"), "testsuites");
+    }
+
+    XMLNode GetRoot() const { return m_document.GetRoot(); }
+
+    XMLNode FindSuite(const std::wstring& name) const { return find(GetRoot(), "testsuite", name); }
+
+    XMLNode FindCase(const std::wstring& suite, const std::wstring& name) const
+    {
+        return find(FindSuite(suite), "testcase", name);
+    }
+
+    std::string GetBytes() const { return LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"junit.xml")); }
+
+private:
+    static XMLNode find(XMLNode parent, const char* element, const std::wstring& name)
+    {
+        for (const XMLNode child : parent.GetChildren(element))
+        {
+            if (child.GetAttribute("name") == name)
+            {
+                return child;
+            }
+        }
+        return {};
+    }
+
+    ScopedFolder m_folder;
+    XMLDocument m_document;
+};
+
+std::wstring getCounts(const XMLNode& node)
+{
+    return node.GetAttribute("tests") + L" " + node.GetAttribute("failures") + L" " + node.GetAttribute("errors") +
+           L" " + node.GetAttribute("skipped");
+}
+
+TEST(RunnerJunit, HasASuiteForEachUnitTestNamedAfterItsClass)
+{
+    CRunStateMaker run;
+    run.RunRest();
+    const CReport report(run.Get());
+
+    // A class that stands in two folders is named with its folder.
+    EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 0");
+    EXPECT_EQ(getCounts(report.FindSuite(L"b/CFirst")), L"1 0 0 0");
+    EXPECT_EQ(getCounts(report.FindSuite(L"CSecond")), L"4 0 0 1");
+    EXPECT_EQ(getCounts(report.GetRoot()), L"7 0 0 ");
+    EXPECT_EQ(report.FindSuite(L"CSecond").GetAttribute("hostname"), L"Rechner");
+    EXPECT_EQ(report.FindSuite(L"CSecond").GetAttribute("timestamp"), L"2024-01-02T03:04:05");
+}
+
+TEST(RunnerJunit, GivesTimeAndFileOfACase)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.workingDirectory = plan.dataDirectory;
+    CRunStateMaker run(plan);
+    run.RunRest();
+    const CReport report(run.Get());
+    const XMLNode testCase = report.FindCase(L"a/CFirst", L"zwei.txt");
+
+    EXPECT_EQ(testCase.GetAttribute("time"), L"0.002");
+    EXPECT_EQ(testCase.GetAttribute("file"), L"a/CFirst/zwei.txt");
+    EXPECT_EQ(testCase.GetAttribute("classname"), L"a/CFirst");
+    EXPECT_TRUE(testCase.GetFirstChild().IsEmpty());
+    EXPECT_FALSE(report.FindCase(L"CSecond", L"x.dat").HasAttribute("file"));
+}
+
+TEST(RunnerJunit, TellsWhyACaseFailed)
+{
+    CRunStateMaker run;
+    run.RunCase(0, ECaseRunResult::Different);
+    Runner::SCaseEnded crashed = MakeEnd(1, ECaseRunResult::Unknown);
+    crashed.info.messages.clear();
+    crashed.reason = L"Signal 11";
+    crashed.stacks = L"oben <main>\nunten\n";
+    crashed.output = L"letzte Zeile\n";
+    run.RunCase(crashed);
+    run.RunRest();
+    const CReport report(run.Get());
+    const XMLNode failure = report.FindCase(L"a/CFirst", L"eins.txt").GetChild("failure");
+    const XMLNode error = report.FindCase(L"a/CFirst", L"zwei.txt").GetChild("error");
+
+    EXPECT_EQ(failure.GetAttribute("message"), L"Erwartet war 1");
+    EXPECT_EQ(failure.GetAttribute("type"), L"different");
+    EXPECT_EQ(failure.GetText(), L"ERROR: Erwartet war 1\nINFO:  Datei x\n");
+    EXPECT_EQ(error.GetAttribute("message"), L"Signal 11");
+    EXPECT_EQ(error.GetText(), L"Prozessende: Signal 11\noben <main>\nunten\nLetzte Ausgabe:\nletzte Zeile\n");
+    EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 1 1 0");
+}
+
+TEST(RunnerJunit, SkipsDisabledCasesOnceForAllShards)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.shard = {2, 2};
+    plan.cases[5].isInShard = false;
+    CRunStateMaker second(plan);
+    second.RunRest();
+    CRunStateMaker whole;
+    whole.RunRest();
+
+    const CReport report(whole.Get());
+    EXPECT_EQ(report.FindCase(L"CSecond", L"aus.dat").GetChild("skipped").GetAttribute("message"), L"Deaktiviert");
+    const CReport shard(second.Get());
+    EXPECT_TRUE(shard.FindCase(L"CSecond", L"aus.dat").IsEmpty());
+    EXPECT_TRUE(shard.FindCase(L"CSecond", L"z.dat").IsEmpty());
+}
+
+TEST(RunnerJunit, MarksFlakyCases)
+{
+    CRunStateMaker run;
+    run.RunCase(0, ECaseRunResult::Error);
+    run.RunCase(0, ECaseRunResult::Ok, 2, EAttemptKind::Retry);
+    run.RunRest();
+    const CReport report(run.Get());
+    const XMLNode testCase = report.FindCase(L"a/CFirst", L"eins.txt");
+    const XMLNode property = report.FindSuite(L"a/CFirst").GetChild("properties").GetChild("property");
+
+    EXPECT_TRUE(testCase.GetChild("failure").IsEmpty());
+    EXPECT_EQ(testCase.GetChild("system-out").GetText(),
+              L"Unzuverlässig: erst beim 2. Versuch bestanden\n1. Versuch: Erwartet war 1\n2. Versuch: bestanden\n");
+    EXPECT_EQ(property.GetAttribute("name"), L"flaky");
+    EXPECT_EQ(property.GetAttribute("value"), L"eins.txt");
+}
+
+TEST(RunnerJunit, NamesTheCasesBeforeAFailureOfASharedProcess)
+{
+    CRunStateMaker run;
+    run.RunCase(3, ECaseRunResult::Ok);
+    run.RunCase(0, ECaseRunResult::Error);
+    run.RunCase(0, ECaseRunResult::Ok, 2, EAttemptKind::Confirm);
+    run.RunRest();
+    const CReport report(run.Get());
+    const std::wstring text = report.FindCase(L"a/CFirst", L"eins.txt").GetChild("failure").GetText();
+
+    EXPECT_NE(text.find(L"nur im gemeinsamen Prozess"), std::wstring::npos);
+    EXPECT_NE(text.find(L"davor 1 Testfälle, zuletzt:\n  b/CSecond:x.dat\n"), std::wstring::npos) << text;
+}
+
+TEST(RunnerJunit, SkipsFailuresInQuarantine)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.cases[0].isQuarantined = true;
+    CRunStateMaker run(plan);
+    run.RunCase(0, ECaseRunResult::Error);
+    run.RunRest();
+    const CReport report(run.Get());
+    const XMLNode testCase = report.FindCase(L"a/CFirst", L"eins.txt");
+
+    EXPECT_EQ(testCase.GetChild("skipped").GetAttribute("message"), L"In Quarantäne: Erwartet war 1");
+    EXPECT_NE(testCase.GetChild("system-out").GetText().find(L"INFO:  Datei x"), std::wstring::npos);
+    EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 1");
+}
+
+TEST(RunnerJunit, ShowsMissingCasesOfAnEndedRunAsErrorsElseAsSkipped)
+{
+    CRunStateMaker run;
+    EXPECT_EQ(getCounts(CReport(run.Get()).FindSuite(L"b/CFirst")), L"1 0 0 1");
+    run.Apply(Runner::SRunFinished{L"", 1});
+
+    EXPECT_EQ(getCounts(CReport(run.Get()).FindSuite(L"b/CFirst")), L"1 0 1 0");
+}
+
+TEST(RunnerJunit, ShowsProblemsOfTheRunAsErrors)
+{
+    CRunStateMaker run;
+    run.Apply(Runner::SRunProblem{L"Das Modul fehlt"});
+    run.Apply(Runner::SRunCanceled{L"SIGTERM", 1});
+    run.RunRest();
+    const CReport report(run.Get());
+
+    EXPECT_EQ(getCounts(report.FindSuite(L"LuTestSuiteRunner")), L"2 0 2 0");
+    EXPECT_EQ(report.FindCase(L"LuTestSuiteRunner", L"Problem 1").GetChild("error").GetText(), L"Das Modul fehlt");
+    EXPECT_EQ(getCounts(report.GetRoot()), L"9 0 2 ");
+}
+
+TEST(RunnerJunit, KeepsTheIdentityOfAnyName)
+{
+    std::mt19937 random(5);
+    for (int round = 0; round < 50; ++round)
+    {
+        Runner::SPlan plan = MakeSamplePlan();
+        const std::wstring name = MakeRandomText(random, 20);
+        plan.unitTests[1].cases[0].name = name;
+        CRunStateMaker run(plan);
+        Runner::SCaseEnded failed = MakeEnd(2, ECaseRunResult::Error);
+        failed.info.messages = L"x" + MakeRandomText(random, 40) + L"x";
+        run.RunCase(failed);
+        run.RunRest();
+        const CReport report(run.Get());
+        const XMLNode testCase = report.FindSuite(L"b/CFirst").GetChild("testcase");
+        const auto unescape = [](const std::wstring& text) {
+            return Runner::FromEscapedUtf8(LbEncoding::ToUtf8(text));
+        };
+
+        ASSERT_EQ(unescape(testCase.GetAttribute("name")), name);
+        ASSERT_EQ(unescape(testCase.GetChild("failure").GetText()), failed.info.messages);
+    }
+}
+
+TEST(RunnerJunit, CutsTheLongestTextsOfALargeReport)
+{
+    CRunStateMaker run;
+    for (std::uint32_t index = 0; index < 3; ++index)
+    {
+        Runner::SCaseEnded failed = MakeEnd(index, ECaseRunResult::Error);
+        failed.info.messages = index == 1 ? L"kurz" : std::wstring(20000, L'&');
+        run.RunCase(failed);
+    }
+    run.RunRest();
+    constexpr std::size_t c_Limit = 30000;
+    const CReport report(run.Get(), c_Limit);
+    const std::wstring text = report.FindCase(L"a/CFirst", L"eins.txt").GetChild("failure").GetText();
+
+    EXPECT_LE(report.GetBytes().size(), c_Limit);
+    EXPECT_GT(report.GetBytes().size(), c_Limit * 9 / 10);
+    EXPECT_EQ(report.FindCase(L"a/CFirst", L"zwei.txt").GetChild("failure").GetText(), L"kurz");
+    EXPECT_EQ(text.substr(text.find_first_not_of(L'&')), L"\n[... gekürzt, vollständig im Journal]\n");
+}
+
+std::size_t countCases(const XMLNode& root)
+{
+    std::size_t count = 0;
+    for (const XMLNode suite : root.GetChildren("testsuite"))
+    {
+        const auto cases = suite.GetChildren("testcase");
+        count += static_cast<std::size_t>(std::distance(cases.begin(), cases.end()));
+    }
+    return count;
+}
+
+TEST(RunnerJunit, LeavesOutPassedCasesBeforeOthers)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    for (int index = 0; index < 300; ++index)
+    {
+        plan.unitTests[1].cases.push_back({{}, L"Fall " + std::to_wstring(index), {}});
+    }
+    plan.cases = Runner::PlanCases(plan.unitTests, 1);
+    CRunStateMaker run(plan);
+    run.RunCase(static_cast<std::uint32_t>(plan.cases.size() - 1), ECaseRunResult::Error);
+    run.RunRest();
+    const CReport whole(run.Get());
+    for (const std::size_t limit : {whole.GetBytes().size() - 1, whole.GetBytes().size() / 2})
+    {
+        const CReport report(run.Get(), limit);
+
+        EXPECT_LE(report.GetBytes().size(), limit);
+        EXPECT_LT(countCases(report.GetRoot()), countCases(whole.GetRoot()));
+        EXPECT_FALSE(report.FindCase(L"CSecond", L"z.dat").IsEmpty()) << limit;
+        EXPECT_NE(report.FindSuite(L"CSecond").GetChild("system-out").GetText().find(L"ausgelassen"),
+                  std::wstring::npos);
+        // What is left out counts.
+        EXPECT_EQ(getCounts(report.FindSuite(L"b/CFirst")), L"301 0 0 0");
+    }
+}
+
+TEST(RunnerXmlText, IsCutBetweenCharacters)
+{
+    const std::string text = Runner::ToXmlText(L"a&ü€\U0001F600b");
+    for (std::size_t size = 0; size <= text.size(); ++size)
+    {
+        std::string cut = text;
+        Runner::CutXmlText(cut, size);
+
+        EXPECT_LE(cut.size(), size);
+        EXPECT_TRUE(LbEncoding::IsUtf8(cut)) << size;
+        EXPECT_EQ(cut.find('&') != std::string::npos, cut.find(';') != std::string::npos) << size;
+    }
+}
+
+TEST(RunnerXmlText, HasSecondsWithThreeDecimals)
+{
+    EXPECT_EQ(Runner::ToXmlSeconds(0), "0.000");
+    EXPECT_EQ(Runner::ToXmlSeconds(499'999), "0.000");
+    EXPECT_EQ(Runner::ToXmlSeconds(61'005'400'000), "61.005");
+    EXPECT_EQ(Runner::ToXmlSeconds(999'999'999), "1.000");
+}
+
+} // namespace

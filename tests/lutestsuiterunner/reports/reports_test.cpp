@@ -1,0 +1,123 @@
+#include "testing/lutestsuiterunner/reports/reports.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "base/lbfilesystem.h"
+#include "testing/lutestsuiterunner/reports/runreport.h"
+#include "testing/lutestsuiterunner/reports/summary.h"
+#include "tests/lutestsuiterunner/runstatemaker.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+using nlohmann::json;
+
+/// A run with one case of each kind.
+CRunStateMaker makeMixedRun()
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.cases[4].isQuarantined = true;
+    plan.cases[5].isInShard = false;
+    CRunStateMaker run(plan);
+    run.RunCase(0, ECaseRunResult::Error);
+    run.RunCase(0, ECaseRunResult::Ok, 2, Runner::EAttemptKind::Retry);
+    run.RunCase(1, ECaseRunResult::Different);
+    run.RunCase(3, ECaseRunResult::Ok);
+    run.RunCase(4, ECaseRunResult::Error);
+    return run;
+}
+
+TEST(RunnerSummary, CountsAndNamesTheCasesThatDidNotSimplyPass)
+{
+    const CRunStateMaker run = makeMixedRun();
+    const json summary = json::parse(Runner::MakeSummary(run.Get()));
+
+    EXPECT_EQ(summary["green"], false);
+    EXPECT_EQ(summary["state"], "incomplete");
+    EXPECT_EQ(summary["counts"]["planned"], 5);
+    EXPECT_EQ(summary["counts"]["passed"], 1);
+    EXPECT_EQ(summary["counts"]["quarantinedFailed"], 1);
+    ASSERT_EQ(summary["cases"].size(), 3U);
+    EXPECT_EQ(summary["cases"][0]["verdict"], "flaky");
+    EXPECT_EQ(summary["cases"][0]["attempts"], 2);
+    EXPECT_EQ(summary["cases"][1]["result"], "different");
+    EXPECT_EQ(summary["cases"][1]["folder"], "a/CFirst");
+    EXPECT_EQ(summary["cases"][1]["messages"], "ERROR: Erwartet war 1\nINFO:  Datei x\n");
+    EXPECT_EQ(summary["cases"][2]["quarantined"], true);
+    ASSERT_EQ(summary["missing"].size(), 1U);
+    EXPECT_EQ(summary["missing"][0]["name"], "eins.txt");
+    EXPECT_EQ(summary["slowest"].size(), 4U);
+}
+
+TEST(RunnerSummary, TellsHowTheRunEnded)
+{
+    CRunStateMaker run;
+    run.RunRest();
+    const json ended = json::parse(Runner::MakeSummary(run.Get()));
+    EXPECT_EQ(ended["state"], "ended");
+    EXPECT_EQ(ended["green"], true);
+    EXPECT_EQ(ended["seconds"], 4.0);
+    EXPECT_EQ(ended["end"], "2024-01-02 03:04:09");
+
+    run.BeginJournal(2);
+    run.Apply(Runner::SRunCanceled{L"SIGTERM", 1});
+    const json canceled = json::parse(Runner::MakeSummary(run.Get()));
+    EXPECT_EQ(canceled["state"], "canceled");
+    EXPECT_EQ(canceled["cancelReason"], "SIGTERM");
+}
+
+TEST(RunnerRunReport, HoldsWhatTheLibraryWouldReportOfTheShard)
+{
+    const CRunStateMaker run = makeMixedRun();
+    const LuTestSuiteReport::SReportData data = Runner::MakeReportData(run.Get());
+
+    EXPECT_EQ(data.CasesTotal, 4U);
+    EXPECT_EQ(data.Successful, 2U);
+    EXPECT_EQ(data.MachineName, L"Rechner");
+    EXPECT_EQ(data.DateBegin, L"2024-01-02 03:04:05");
+    ASSERT_EQ(data.Classes.size(), 3U);
+    EXPECT_EQ(data.Classes[0].ContactName, L"Erika Mustermann");
+    EXPECT_EQ(data.Classes[2].CasesTotal, 2U);
+    ASSERT_EQ(data.Cases.size(), 4U);
+    EXPECT_EQ(data.Cases[2].CaseName, L"x.dat");
+    EXPECT_EQ(data.Cases[2].Id, 3U);
+}
+
+TEST(RunnerRunReport, ShowsNotesAsLinesOfInformation)
+{
+    const CRunStateMaker run = makeMixedRun();
+    const LuTestSuiteReport::SReportData data = Runner::MakeReportData(run.Get());
+
+    ASSERT_EQ(data.Cases[0].Dumps.size(), 3U);
+    EXPECT_FALSE(data.Cases[0].Dumps[0].IsError);
+    EXPECT_EQ(data.Cases[0].Dumps[0].Text, L"Unzuverlässig: erst beim 2. Versuch bestanden");
+    ASSERT_EQ(data.Cases[3].Dumps.size(), 3U);
+    EXPECT_TRUE(data.Cases[3].Dumps[0].IsError);
+    EXPECT_EQ(data.Cases[3].Dumps[2].Text, L"In Quarantäne");
+}
+
+TEST(RunnerReports, HaveTheSameBytesWheneverTheyAreMade)
+{
+    const CRunStateMaker run = makeMixedRun();
+    const ScopedFolder folder;
+    std::vector<std::string> contents[2];
+    for (std::vector<std::string>& content : contents)
+    {
+        Runner::WriteReports(folder.GetPath(), run.Get());
+        for (const std::wstring& name : LbFileSystem::GetFileNames(folder.GetPath()))
+        {
+            content.push_back(LbFileSystem::ReadFile8Bit(folder.GetPathOf(name)));
+        }
+    }
+
+    EXPECT_EQ(contents[0], contents[1]);
+    for (const wchar_t* const name : {L"report.xml", L"report.html", L"junit.xml", L"summary.json"})
+    {
+        EXPECT_TRUE(LbFileSystem::IsFile(folder.GetPathOf(name)));
+    }
+}
+
+} // namespace
