@@ -9,5 +9,7 @@ namespace Runner
 {
 
 int Execute(const SListOptions& options);
+int Execute(const SReportOptions& options);
+int Execute(const SMergeOptions& options);
 
 } // namespace Runner

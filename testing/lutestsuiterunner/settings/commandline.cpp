@@ -33,6 +33,17 @@ void addOptions(COptionReader& reader, SListOptions& options)
     reader.AddSwitch({"--json", nullptr, L"Ausgabe als JSON"}, options.json);
 }
 
+void addOptions(COptionReader& reader, SReportOptions& options)
+{
+    reader.AddArgument({"DIR", nullptr, L"Ordner des Laufs"}, options.directory);
+}
+
+void addOptions(COptionReader& reader, SMergeOptions& options)
+{
+    reader.AddArguments({"DIR", nullptr, L"Ordner der Läufe, die Teile eines Laufs sind"}, options.directories);
+    reader.AddText({"--out", L"DIR", L"Ordner des ganzen Laufs (sonst lutestsuite-out)"}, options.out);
+}
+
 template<typename Options>
 Command readOptions(COptionReader& reader, const SArguments& arguments)
 {
@@ -60,6 +71,8 @@ struct SCommandRow
 
 constexpr SCommandRow c_Commands[] = {
     {L"list", L"Listet die ausgewählten Fälle.", true, readOptions<SListOptions>},
+    {L"report", L"Schreibt die Reports eines Laufs aus seinem Journal.", false, readOptions<SReportOptions>},
+    {L"merge", L"Fügt die Teile eines Laufs zusammen.", false, readOptions<SMergeOptions>},
 };
 
 std::wstring getHelp()

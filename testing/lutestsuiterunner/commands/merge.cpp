@@ -1,0 +1,251 @@
+/// The command "merge": the shards of a run as one run.
+
+#include <algorithm>
+
+#include "base/lbexception.h"
+#include "base/lbformat.h"
+#include "base/os/files.h"
+#include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/outcome.h"
+#include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
+#include "testing/lutestsuiterunner/journal/planfile.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+struct SPart
+{
+    std::wstring folder;
+    std::unique_ptr<CRunState> state;
+};
+
+std::wstring getPartName(const SPart& part)
+{
+    const SShard& shard = part.state->GetPlan().shard;
+    return LbFormat(L"Teil %u von %u", shard.number, shard.count);
+}
+
+/// By their numbers, so that the order of the arguments does not matter.
+std::vector<SPart> loadParts(const std::vector<std::wstring>& directories)
+{
+    std::vector<SPart> parts;
+    for (const std::wstring& directory : directories)
+    {
+        const std::wstring folder = GetRunFolder(directory);
+        parts.push_back({folder, LoadRun(folder)});
+    }
+    std::ranges::stable_sort(parts, {}, [](const SPart& part) { return part.state->GetPlan().shard.number; });
+    return parts;
+}
+
+void requireSameSelection(const std::vector<SPart>& parts)
+{
+    const std::string digest = DigestSelection(parts.front().state->GetPlan());
+    for (const SPart& part : parts)
+    {
+        if (DigestSelection(part.state->GetPlan()) != digest)
+        {
+            throw LbException(
+                LbFormat(L"Die Läufe in %s und %s haben nicht dieselbe Auswahl", parts.front().folder, part.folder));
+        }
+    }
+}
+
+/// Which part runs each case; null for cases that belong to no part.
+std::vector<const SPart*> findOwners(const std::vector<SPart>& parts)
+{
+    std::vector<const SPart*> owners(parts.front().state->GetPlan().cases.size());
+    for (const SPart& part : parts)
+    {
+        const SPlan& plan = part.state->GetPlan();
+        for (std::uint32_t index = 0; index < owners.size(); ++index)
+        {
+            if (!plan.cases[index].isInShard)
+            {
+                continue;
+            }
+            if (owners[index] != nullptr)
+            {
+                throw LbException(LbFormat(L"Der Fall %s gehört zu zwei Läufen: %s und %s", GetCaseName(plan, index),
+                                           owners[index]->folder, part.folder));
+            }
+            owners[index] = &part;
+        }
+    }
+    return owners;
+}
+
+/// That of the first part, for all cases.
+SPlan makePlan(const std::vector<SPart>& parts, const std::vector<const SPart*>& owners)
+{
+    SPlan plan = parts.front().state->GetPlan();
+    plan.runId = MakeRunId();
+    // None of the parts' command lines is that of the whole.
+    plan.arguments.clear();
+    plan.shard = {};
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        plan.cases[index].isInShard = true;
+        plan.cases[index].isQuarantined =
+            owners[index] != nullptr && owners[index]->state->GetPlan().cases[index].isQuarantined;
+    }
+    for (const SPart& part : parts)
+    {
+        const SPlan& partPlan = part.state->GetPlan();
+        plan.rules.isFlakyAllowed = plan.rules.isFlakyAllowed && partPlan.rules.isFlakyAllowed;
+        if (plan.origin.machine.find(partPlan.origin.machine) == std::wstring::npos)
+        {
+            plan.origin.machine += L", " + partPlan.origin.machine;
+        }
+    }
+    return plan;
+}
+
+std::vector<std::wstring> findProblems(const std::vector<SPart>& parts, const std::vector<const SPart*>& owners)
+{
+    std::vector<std::wstring> problems;
+    for (const SPart& part : parts)
+    {
+        if (part.state->IsCanceled())
+        {
+            problems.push_back(LbFormat(L"%s wurde abgebrochen: %s", getPartName(part), part.state->GetCancelReason()));
+        }
+        else if (!part.state->IsEnded())
+        {
+            problems.push_back(LbFormat(L"%s ist nicht beendet", getPartName(part)));
+        }
+        for (const std::wstring& problem : part.state->GetProblems())
+        {
+            problems.push_back(LbFormat(L"%s: %s", getPartName(part), problem));
+        }
+    }
+    if (const auto count = std::ranges::count(owners, nullptr); count > 0)
+    {
+        problems.push_back(LbFormat(L"%d Fälle gehören zu keinem der Läufe", count));
+    }
+    return problems;
+}
+
+/// Each journal of a part becomes a journal of the whole: processes keep their cases, and the order stays.
+class CJournalCopier
+{
+public:
+    CJournalCopier(CRunFolder& target, const SPlan& plan, const std::string& digest)
+        : m_target(target), m_digest(digest), m_caseCount(plan.cases.size())
+    {
+    }
+
+    void Copy(const SPart& part)
+    {
+        for (const std::uint32_t number : FindJournals(part.folder))
+        {
+            std::unique_ptr<CJournalWriter> writer;
+            CJournalReader reader(part.folder, number);
+            for (Record record; reader.Next(record);)
+            {
+                copy(record, writer);
+            }
+            if (writer)
+            {
+                writer->Close();
+            }
+        }
+    }
+
+    /// The last journal says how the whole has ended.
+    void End(const std::wstring& time, const std::vector<std::wstring>& problems)
+    {
+        // Without time of its own.
+        constexpr std::uint64_t c_Elapsed = 1;
+        SJournalBegun begun;
+        begun.time = time;
+        const auto writer = begin(std::move(begun));
+        for (const std::wstring& problem : problems)
+        {
+            writer->Write(SRunProblem{problem});
+        }
+        writer->Write(SRunFinished{time, c_Elapsed});
+        writer->Close();
+    }
+
+private:
+    std::unique_ptr<CJournalWriter> begin(SJournalBegun begun)
+    {
+        begun.planDigest = m_digest;
+        begun.caseCount = m_caseCount;
+        begun.journal = ++m_number;
+        return m_target.AddJournal(begun);
+    }
+
+    void copy(const Record& record, std::unique_ptr<CJournalWriter>& writer)
+    {
+        const bool isOfTheWhole =
+            std::holds_alternative<SRunCanceled>(record) || std::holds_alternative<SRunProblem>(record);
+        if (const auto* const begun = std::get_if<SJournalBegun>(&record))
+        {
+            writer = begin(*begun);
+        }
+        else if (!isOfTheWhole)
+        {
+            writer->Write(record);
+        }
+    }
+
+    CRunFolder& m_target;
+    const std::string m_digest;
+    const std::uint64_t m_caseCount;
+    std::uint32_t m_number = 0;
+};
+
+std::wstring getEndTime(const std::vector<SPart>& parts)
+{
+    std::wstring time;
+    for (const SPart& part : parts)
+    {
+        time = std::max(time, part.state->GetEndTime());
+    }
+    return time;
+}
+
+void requireOtherFolder(const std::vector<SPart>& parts, const std::wstring& folder)
+{
+    for (const SPart& part : parts)
+    {
+        if (LbOs::AreSameFile(part.folder, folder))
+        {
+            throw LbException(LbFormat(L"Der Ordner %s enthält einen der Läufe", folder));
+        }
+    }
+}
+
+} // namespace
+
+int Execute(const SMergeOptions& options)
+{
+    if (options.directories.empty() || options.out.empty())
+    {
+        throw std::wstring(L"Die Ordner der Läufe fehlen");
+    }
+    MoveLibraryLinesToErrors();
+    const std::vector<SPart> parts = loadParts(options.directories);
+    requireSameSelection(parts);
+    const std::vector<const SPart*> owners = findOwners(parts);
+    requireOtherFolder(parts, GetRunFolder(options.out));
+
+    CRunFolder target(options.out);
+    const SPlan plan = makePlan(parts, owners);
+    CJournalCopier copier(target, plan, target.ReplacePlan(plan));
+    for (const SPart& part : parts)
+    {
+        copier.Copy(part);
+    }
+    copier.End(getEndTime(parts), findProblems(parts, owners));
+    return ReportRun(target.GetPath());
+}
+
+} // namespace Runner

@@ -1,0 +1,63 @@
+#include "testing/lutestsuiterunner/commands/outcome.h"
+
+#include "base/lbencoding.h"
+#include "base/lbformat.h"
+#include "base/os/console.h"
+#include "testing/lutestsuitehost/hostmain.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/reports/reports.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+constexpr std::size_t c_MissingShown = 20;
+
+std::wstring describeMissing(const CRunState& state)
+{
+    std::wstring text;
+    const std::vector<std::uint32_t> missing = state.GetMissingCases();
+    for (std::size_t index = 0; index < missing.size() && index < c_MissingShown; ++index)
+    {
+        text += LbFormat(L"Nicht ausgeführt: %s\n", GetCaseName(state.GetPlan(), missing[index]));
+    }
+    return missing.size() <= c_MissingShown
+               ? text
+               : text + LbFormat(L"Nicht ausgeführt: %u weitere\n", missing.size() - c_MissingShown);
+}
+
+} // namespace
+
+std::wstring DescribeOutcome(const CRunState& state, const std::wstring& folder)
+{
+    const SVerdictCounts counts = state.CountVerdicts();
+    std::wstring text = describeMissing(state);
+    for (const std::wstring& problem : state.GetProblems())
+    {
+        text += LbFormat(L"Fehler: %s\n", problem);
+    }
+    if (state.IsCanceled())
+    {
+        text += LbFormat(L"Der Lauf wurde abgebrochen: %s\n", state.GetCancelReason());
+    }
+    else if (!state.IsEnded())
+    {
+        text += L"Der Lauf ist nicht beendet.\n";
+    }
+    text += LbFormat(L"Fälle: %u, bestanden: %u, unzuverlässig: %u, fehlgeschlagen: %u, in Quarantäne: %u, nicht "
+                     L"ausgeführt: %u\n",
+                     counts.planned, counts.passed, counts.flaky, counts.failed, counts.quarantined, counts.missing);
+    return text + LbFormat(L"Reports: %s\n", folder);
+}
+
+int ReportRun(const std::wstring& folder)
+{
+    const std::unique_ptr<CRunState> state = LoadRun(folder);
+    WriteReports(folder, *state);
+    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(DescribeOutcome(*state, folder)));
+    return state->IsGreen() ? LuTestSuiteHost::c_Succeeded : LuTestSuiteHost::c_Failed;
+}
+
+} // namespace Runner

@@ -1,0 +1,16 @@
+/// The command "report": the reports of a run, also of one that is under way or died.
+
+#include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/outcome.h"
+#include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
+
+int Runner::Execute(const SReportOptions& options)
+{
+    if (options.directory.empty())
+    {
+        throw std::wstring(L"Der Ordner des Laufs fehlt");
+    }
+    MoveLibraryLinesToErrors();
+    return ReportRun(GetRunFolder(options.directory));
+}

@@ -1,0 +1,236 @@
+#include <gtest/gtest.h>
+
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+#include "tests/lutestsuiterunner/samplerun.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+
+/// Two shards: cases 0, 2, 4 and cases 1, 3, 5.
+class RunnerMerge : public testing::Test
+{
+protected:
+    static constexpr std::uint32_t sc_Count = 2;
+
+    std::wstring GetShardFolder(std::uint32_t number) const { return m_folder.GetPathOf(std::to_wstring(number)); }
+
+    std::unique_ptr<Runner::CJournalWriter> Begin(std::uint32_t number, Runner::SPlan plan = MakeSamplePlan()) const
+    {
+        plan.shard = {number, sc_Count};
+        plan.origin.machine = L"Rechner" + std::to_wstring(number);
+        for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+        {
+            plan.cases[index].isInShard = index % sc_Count == number - 1;
+        }
+        return Runner::CRunFolder(GetShardFolder(number)).BeginRun(plan);
+    }
+
+    static void Run(Runner::CJournalWriter& writer, std::uint32_t caseIndex, ECaseRunResult result = ECaseRunResult::Ok)
+    {
+        writer.Write(MakeStart(caseIndex));
+        writer.Write(MakeEnd(caseIndex, result));
+    }
+
+    void RunShard(std::uint32_t number) const
+    {
+        const auto writer = Begin(number);
+        for (std::uint32_t index = number - 1; index < 6; index += sc_Count)
+        {
+            Run(*writer, index);
+        }
+        writer->Write(Runner::SRunFinished{L"2024-01-02 03:04:09", 5});
+    }
+
+    int Merge(const std::vector<std::uint32_t>& numbers) const
+    {
+        Runner::SMergeOptions options;
+        for (const std::uint32_t number : numbers)
+        {
+            options.directories.push_back(GetShardFolder(number));
+        }
+        options.out = m_folder.GetPathOf(L"ganz");
+        return Runner::Execute(options);
+    }
+
+    std::unique_ptr<Runner::CRunState> LoadMerged() const { return Runner::LoadRun(m_folder.GetPathOf(L"ganz/")); }
+
+    std::wstring GetFailure(const std::vector<std::uint32_t>& numbers) const
+    {
+        try
+        {
+            Merge(numbers);
+            return {};
+        }
+        catch (const LbException& exception)
+        {
+            return exception.GetMessageText();
+        }
+    }
+
+    const ScopedFolder m_folder;
+};
+
+TEST_F(RunnerMerge, MakesTheWholeRunOfItsShards)
+{
+    RunShard(1);
+    RunShard(2);
+
+    EXPECT_EQ(Merge({1, 2}), 0);
+    const auto state = LoadMerged();
+    EXPECT_TRUE(state->IsGreen());
+    EXPECT_EQ(state->CountVerdicts().passed, 6U);
+    EXPECT_EQ(state->GetPlan().origin.machine, L"Rechner1, Rechner2");
+    EXPECT_EQ(state->GetPlan().shard, Runner::SShard());
+    EXPECT_EQ(state->GetEndTime(), L"2024-01-02 03:04:09");
+    EXPECT_EQ(state->GetTotalTime(), 11U);
+    EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"ganz/junit.xml")));
+}
+
+TEST_F(RunnerMerge, GivesTheSameReportsInAnyOrder)
+{
+    RunShard(1);
+    RunShard(2);
+    Merge({2, 1});
+    const std::string junit = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/junit.xml"));
+    const std::string summary = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/summary.json"));
+    Merge({1, 2});
+
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/junit.xml")), junit);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/summary.json")), summary);
+}
+
+TEST_F(RunnerMerge, IsRedAndListsWhatAMissingShardLeaves)
+{
+    RunShard(2);
+
+    EXPECT_EQ(Merge({2}), 1);
+    const auto state = LoadMerged();
+    EXPECT_EQ(state->GetMissingCases(), (std::vector<std::uint32_t>{0, 2, 4}));
+    ASSERT_EQ(state->GetProblems().size(), 1U);
+    EXPECT_EQ(state->GetProblems()[0], L"3 Fälle gehören zu keinem der Läufe");
+}
+
+TEST_F(RunnerMerge, IsRedWhenAShardDied)
+{
+    RunShard(1);
+    {
+        const auto writer = Begin(2);
+        Run(*writer, 1);
+        writer->Write(MakeStart(3));
+    }
+
+    EXPECT_EQ(Merge({1, 2}), 1);
+    const auto state = LoadMerged();
+    EXPECT_EQ(state->GetMissingCases(), (std::vector<std::uint32_t>{3, 5}));
+    EXPECT_EQ(state->GetOpenCases(), std::vector<std::uint32_t>{3});
+    ASSERT_EQ(state->GetProblems().size(), 1U);
+    EXPECT_EQ(state->GetProblems()[0], L"Teil 2 von 2 ist nicht beendet");
+}
+
+TEST_F(RunnerMerge, KeepsAttemptsTextsAndJournalsOfAResumedShard)
+{
+    RunShard(1);
+    {
+        const auto writer = Begin(2);
+        Run(*writer, 1, ECaseRunResult::Error);
+        writer->Write(MakeStart(3));
+    }
+    {
+        Runner::CRunFolder shard(GetShardFolder(2));
+        const auto writer = shard.ContinueRun(Runner::LoadRun(shard.GetPath())->GetPlan());
+        Runner::SCaseEnded ended = MakeEnd(3, ECaseRunResult::Error);
+        ended.info.messages.assign(100000, L'm');
+        writer->Write(MakeStart(3));
+        writer->Write(ended);
+        Run(*writer, 5);
+        writer->Write(MakeStart(1, 2, Runner::EAttemptKind::Retry));
+        writer->Write(MakeEnd(1, ECaseRunResult::Ok, 2));
+        writer->Write(Runner::SRunFinished{L"", 1});
+    }
+
+    EXPECT_EQ(Merge({1, 2}), 1);
+    const auto state = LoadMerged();
+    EXPECT_EQ(state->GetVerdict(1), Runner::EVerdict::Flaky);
+    EXPECT_EQ(state->GetReported(3)->result.info.messages.size(), 100000U);
+    EXPECT_TRUE(state->GetProblems().empty());
+    EXPECT_EQ(state->GetReported(5)->ended.journal, 3U);
+}
+
+TEST_F(RunnerMerge, TakesOverWhatIsWrongWithAShard)
+{
+    RunShard(1);
+    {
+        const auto writer = Begin(2);
+        writer->Write(Runner::SRunProblem{L"Das Modul fehlt"});
+        writer->Write(Runner::SRunCanceled{L"SIGTERM", 1});
+    }
+    Merge({1, 2});
+    const auto state = LoadMerged();
+
+    EXPECT_EQ(state->GetProblems(), (std::vector<std::wstring>{L"Teil 2 von 2 wurde abgebrochen: SIGTERM",
+                                                               L"Teil 2 von 2: Das Modul fehlt"}));
+    EXPECT_FALSE(state->IsCanceled());
+}
+
+TEST_F(RunnerMerge, RefusesACaseOfTwoShards)
+{
+    RunShard(1);
+
+    EXPECT_NE(GetFailure({1, 1}).find(L"Der Fall a/CFirst:eins.txt gehört zu zwei Läufen"), std::wstring::npos);
+    EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"ganz")));
+}
+
+TEST_F(RunnerMerge, RefusesARunOfOtherCases)
+{
+    RunShard(1);
+    Runner::SPlan other = MakeSamplePlan();
+    other.unitTests[0].cases[0].name = L"fremd.txt";
+    Begin(2, other);
+
+    EXPECT_NE(GetFailure({1, 2}).find(L"nicht dieselbe Auswahl"), std::wstring::npos);
+}
+
+TEST_F(RunnerMerge, NeverReplacesOneOfItsShards)
+{
+    RunShard(1);
+    Runner::SMergeOptions options;
+    options.directories = {GetShardFolder(1)};
+    options.out = GetShardFolder(1);
+
+    EXPECT_THROW(Runner::Execute(options), LbException);
+    EXPECT_EQ(Runner::LoadRun(GetShardFolder(1) + L"/")->CountVerdicts().passed, 3U);
+}
+
+TEST_F(RunnerMerge, NeedsFolders)
+{
+    EXPECT_THROW(Merge({}), std::wstring);
+    EXPECT_THROW(Merge({7}), LbException);
+}
+
+class RunnerReport : public RunnerMerge
+{
+};
+
+TEST_F(RunnerReport, GivesTheStatusOfTheRun)
+{
+    Runner::SReportOptions options;
+    EXPECT_THROW(Runner::Execute(options), std::wstring);
+    options.directory = GetShardFolder(1);
+    {
+        const auto writer = Begin(1);
+        // Of a run that is under way.
+        EXPECT_EQ(Runner::Execute(options), 1);
+    }
+    RunShard(1);
+    EXPECT_EQ(Runner::Execute(options), 0);
+    EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"1/summary.json")));
+}
+
+} // namespace
