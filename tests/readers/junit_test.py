@@ -1,0 +1,94 @@
+"""The report for build servers as readers see it that know nothing of this project: all see the same counts, times and
+messages.
+
+junit_test.py MAKE_JUNIT FOLDER XMLLINT NODE NODE_FOLDER SYSTEM_PYTHON
+"""
+
+import json
+import pathlib
+import shutil
+import subprocess
+import sys
+import unittest
+
+CASES = 900
+# A flaky one, one in quarantine, one that is disabled.
+OTHERS = 3
+# Of nine results, one is a success and four each are failures and errors.
+FAILURES = CASES // 9 * 4
+ERRORS = CASES // 9 * 4
+SKIPPED = 2
+SECONDS = sum(range(CASES + 2)) / 1000
+MESSAGE = 'erwartet <1> & nicht ]]> "2"'
+
+LIST_WITH_JUNITPARSER = """
+import json, sys
+from junitparser import JUnitXml
+for suite in JUnitXml.fromfile(sys.argv[1]):
+    for case in suite:
+        print(json.dumps([type(one).__name__ for one in case.result]
+                         + [one.message for one in case.result] + [case.time, case.classname]))
+"""
+
+
+def run(*command):
+    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, timeout=300)
+    if done.returncode != 0:
+        raise AssertionError(f"{command[0]} ended with {done.returncode}: {done.stdout[-2000:]}{done.stderr[-2000:]}")
+    return done.stdout
+
+
+class Tools:
+    """Set from the command line."""
+
+
+class JunitReport(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = Tools.folder
+        shutil.rmtree(cls.folder, ignore_errors=True)
+        cls.folder.mkdir(parents=True)
+        cls.report = cls.folder / "junit.xml"
+        run(Tools.make_junit, cls.report, CASES)
+
+    def test_the_schema(self):
+        run(Tools.xmllint, "--noout", "--schema", pathlib.Path(__file__).with_name("junit.xsd"), self.report)
+
+    def test_junitparser(self):
+        cases = [json.loads(line) for line in run(
+            Tools.system_python, "-c", LIST_WITH_JUNITPARSER, self.report).splitlines()]
+        self.assertEqual(len(cases), CASES + OTHERS)
+        self.assertEqual(sum(case[0] == "Failure" for case in cases), FAILURES)
+        self.assertEqual(sum(case[0] == "Error" for case in cases), ERRORS)
+        self.assertEqual(sum(case[0] == "Skipped" for case in cases), SKIPPED)
+        self.assertAlmostEqual(sum(case[-2] for case in cases), SECONDS, 2)
+        self.assertEqual(cases[1][1], MESSAGE)
+        self.assertEqual({case[-1] for case in cases}, {"CFirst", "CSecond"})
+
+    def test_junit_report_merger(self):
+        merged = self.folder / "Merged.xml"
+        run(Tools.node, Tools.modules / "junit-report-merger/cli.js", merged, self.report)
+        self.assertIn(f'tests="{CASES + OTHERS}"', merged.read_text(encoding="utf-8"))
+
+    def test_readers_of_node(self):
+        # Modules are looked for beside the script.
+        script = self.folder / "count_junit.mjs"
+        shutil.copy(pathlib.Path(__file__).with_name(script.name), script)
+        (self.folder / "node_modules").symlink_to(Tools.modules)
+        seen = [json.loads(line) for line in run(Tools.node, script, self.report).splitlines()]
+        self.assertEqual([one["reader"] for one in seen],
+                         ["junit2json", "xunit-viewer", "junit-to-ctrf", "test-results-parser"])
+        for one in seen:
+            with self.subTest(one["reader"]):
+                self.assertEqual(one["cases"], CASES + OTHERS)
+                self.assertEqual(one["red"], FAILURES + ERRORS)
+                self.assertEqual(one["skipped"], SKIPPED)
+                self.assertAlmostEqual(one["seconds"], SECONDS, 0)
+                self.assertEqual(one["message"], MESSAGE)
+
+
+if __name__ == "__main__":
+    Tools.make_junit, folder, Tools.xmllint, Tools.node, node_folder, Tools.system_python = sys.argv[1:7]
+    Tools.folder = pathlib.Path(folder)
+    Tools.modules = pathlib.Path(node_folder) / "node_modules"
+    unittest.main(argv=sys.argv[:1])
