@@ -122,6 +122,9 @@ struct SRunOptions
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment,
                                IRunObserver& observer, const SRunOptions& options = {});
 
+/// The lines that a run adds to the messages of a case for its stacks, without the prefix of messages. Any thread.
+LUTESTSUITE_API std::vector<std::wstring> DescribeStacks(const std::vector<LbOs::SThreadStack>& stacks);
+
 /// The run's parameters, overridden by those of the case. A value that cannot be read keeps the run's, except for
 /// "Parallel": any value other than true means false. Any thread.
 LUTESTSUITE_API SParams GetCaseParams(const SParams& runParams, const LuTestSuite::ParameterMap& caseParameters);

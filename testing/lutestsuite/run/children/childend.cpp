@@ -69,16 +69,14 @@ std::wstring describeFrame(const LbOs::SStackFrame& frame)
     return text;
 }
 
-std::wstring describeStack(const LbOs::SThreadStack& stack)
+void describeStack(const LbOs::SThreadStack& stack, std::vector<std::wstring>& lines)
 {
-    std::wstring text =
-        toInfoLine(LbFormat(L"Stapel von Thread %I64u%s:", stack.thread, stack.isAtFault ? L" (Ursache)" : L""));
+    lines.push_back(LbFormat(L"Stapel von Thread %I64u%s:", stack.thread, stack.isAtFault ? L" (Ursache)" : L""));
     std::size_t number = 0;
     for (const LbOs::SStackFrame& frame : stack.frames)
     {
-        text += toInfoLine(LbFormat(L"  #%u %s", static_cast<unsigned>(number++), describeFrame(frame)));
+        lines.push_back(LbFormat(L"  #%u %s", static_cast<unsigned>(number++), describeFrame(frame)));
     }
-    return text;
 }
 
 } // namespace
@@ -159,11 +157,21 @@ std::wstring DescribeCaseEnd(const SCaseEnd& end)
             text += toInfoLine(line);
         }
     }
-    for (const LbOs::SThreadStack& stack : end.stacks)
+    for (const std::wstring& line : DescribeStacks(end.stacks))
     {
-        text += describeStack(stack);
+        text += toInfoLine(line);
     }
     return text;
+}
+
+std::vector<std::wstring> DescribeStacks(const std::vector<LbOs::SThreadStack>& stacks)
+{
+    std::vector<std::wstring> lines;
+    for (const LbOs::SThreadStack& stack : stacks)
+    {
+        describeStack(stack, lines);
+    }
+    return lines;
 }
 
 void PrepareChildEnds()

@@ -70,4 +70,5 @@ void CallRunEvents(LuTestSuiteEnvironment& environment, const SPlaces& places)
     const LuTestSuiteRun::SParams params =
         LuTestSuiteRun::GetCaseParams({}, {{L"TimeOutSec", LbVariant(std::uint32_t(3))}});
     Expect(params.timeOutSec == 3, "LuTestSuiteRun::GetCaseParams");
+    Expect(LuTestSuiteRun::DescribeStacks({{7, true, {}}}).size() == 1, "LuTestSuiteRun::DescribeStacks");
 }
