@@ -34,6 +34,10 @@ LB_API void AllocateOutputBuffer() noexcept;
 /// requires it.
 LB_API bool EnableTerminalSequences();
 
+/// Columns of the terminal that standard error is, if it can rewrite a line; otherwise 0. Asks anew with each call,
+/// because the user may change the size.
+LB_API std::uint32_t GetErrorTerminalWidth();
+
 /// Value of an environment variable; empty if unset.
 LB_API std::wstring GetEnvironmentText(const wchar_t* name);
 

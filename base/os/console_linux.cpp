@@ -10,6 +10,7 @@
 
 #include <poll.h>
 #include <stdio_ext.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "base/lbencoding.h"
@@ -148,6 +149,18 @@ bool LbOs::EnableTerminalSequences()
 {
     const std::wstring terminal = GetEnvironmentText(L"TERM");
     return isatty(STDOUT_FILENO) == 1 && !terminal.empty() && terminal != L"dumb";
+}
+
+std::uint32_t LbOs::GetErrorTerminalWidth()
+{
+    constexpr std::uint32_t c_UsualWidth = 80;
+    const std::wstring terminal = GetEnvironmentText(L"TERM");
+    if (isatty(STDERR_FILENO) != 1 || terminal.empty() || terminal == L"dumb")
+    {
+        return 0;
+    }
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : c_UsualWidth;
 }
 
 std::wstring LbOs::GetEnvironmentText(const wchar_t* name)

@@ -101,6 +101,23 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
     return isWritten;
 }
 
+/// False, and leaves the mode as it is, if the handle is no console that understands sequences.
+bool enableSequences(HANDLE console)
+{
+    DWORD mode = 0;
+    if (GetConsoleMode(console, &mode) == FALSE ||
+        SetConsoleMode(console, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) == FALSE)
+    {
+        return false;
+    }
+    if (understandsSequences(console))
+    {
+        return true;
+    }
+    SetConsoleMode(console, mode);
+    return false;
+}
+
 } // namespace
 
 std::uint32_t LbOs::GetConsoleCodePage()
@@ -139,19 +156,16 @@ void LbOs::AllocateOutputBuffer() noexcept {}
 
 bool LbOs::EnableTerminalSequences()
 {
-    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
-    DWORD mode = 0;
-    if (GetConsoleMode(output, &mode) == FALSE ||
-        SetConsoleMode(output, mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING) == FALSE)
-    {
-        return false;
-    }
-    if (understandsSequences(output))
-    {
-        return true;
-    }
-    SetConsoleMode(output, mode);
-    return false;
+    return enableSequences(GetStdHandle(STD_OUTPUT_HANDLE));
+}
+
+std::uint32_t LbOs::GetErrorTerminalWidth()
+{
+    static const bool s_isAble = enableSequences(GetStdHandle(STD_ERROR_HANDLE));
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    return s_isAble && GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) != FALSE
+               ? static_cast<std::uint32_t>(info.srWindow.Right - info.srWindow.Left + 1)
+               : 0;
 }
 
 std::wstring LbOs::GetEnvironmentText(const wchar_t* name)

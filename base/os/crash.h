@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/lbexport.h"
+#include "base/os/files.h"
 
 namespace LbOs
 {
@@ -83,5 +84,8 @@ private:
 /// Writes UTF-8 to standard error without the C library, whose locks a crashed thread may hold. Line feeds become the
 /// platform's line ends.
 LB_API void WriteCrashText(std::string_view text) noexcept;
+
+/// From now on WriteCrashText writes to this file, too; c_InvalidFile: no longer. The caller keeps it open. Any thread.
+LB_API void CopyCrashTexts(FileHandle file) noexcept;
 
 } // namespace LbOs

@@ -170,6 +170,22 @@ void onDeath()
     }
 }
 
+/// Where crash texts go beside standard error; negative: nowhere.
+std::atomic<int> s_copy = -1;
+
+void writeAll(int file, std::string_view text) noexcept
+{
+    while (!text.empty())
+    {
+        const long written = Linux::Call(SYS_write, file, text.data(), text.size());
+        if (written <= 0 && errno != EINTR)
+        {
+            return;
+        }
+        text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
+    }
+}
+
 } // namespace
 
 void LbOs::EndSilentlyOnCrash()
@@ -269,13 +285,14 @@ LbOs::CCrashStack::~CCrashStack()
 
 void LbOs::WriteCrashText(std::string_view text) noexcept
 {
-    while (!text.empty())
+    writeAll(STDERR_FILENO, text);
+    if (const int copy = s_copy; copy >= 0)
     {
-        const long written = Linux::Call(SYS_write, STDERR_FILENO, text.data(), text.size());
-        if (written <= 0 && errno != EINTR)
-        {
-            return;
-        }
-        text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
+        writeAll(copy, text);
     }
+}
+
+void LbOs::CopyCrashTexts(FileHandle file) noexcept
+{
+    s_copy = static_cast<int>(file);
 }

@@ -181,6 +181,24 @@ void keepStack()
 /// Whether exceptions end the process silently when there is no report any more.
 std::atomic<bool> s_isSilent = false;
 
+/// Where crash texts go beside standard error.
+std::atomic<HANDLE> s_copy = INVALID_HANDLE_VALUE;
+
+void writeLines(HANDLE file, std::string_view text) noexcept
+{
+    const auto write = [file](std::string_view bytes) {
+        DWORD written = 0;
+        WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    };
+    while (!text.empty())
+    {
+        const std::size_t length = std::min(text.find('\n'), text.size());
+        write(text.substr(0, length));
+        write(length < text.size() ? "\r\n" : "");
+        text.remove_prefix(std::min(length + 1, text.size()));
+    }
+}
+
 } // namespace
 
 void LbOs::EndSilentlyOnCrash()
@@ -242,16 +260,14 @@ LbOs::CCrashStack::~CCrashStack() = default;
 
 void LbOs::WriteCrashText(std::string_view text) noexcept
 {
-    const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);
-    const auto write = [errors](std::string_view bytes) {
-        DWORD written = 0;
-        WriteFile(errors, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-    };
-    while (!text.empty())
+    writeLines(GetStdHandle(STD_ERROR_HANDLE), text);
+    if (const HANDLE copy = s_copy; copy != INVALID_HANDLE_VALUE)
     {
-        const std::size_t length = std::min(text.find('\n'), text.size());
-        write(text.substr(0, length));
-        write(length < text.size() ? "\r\n" : "");
-        text.remove_prefix(std::min(length + 1, text.size()));
+        writeLines(copy, text);
     }
+}
+
+void LbOs::CopyCrashTexts(FileHandle file) noexcept
+{
+    s_copy = reinterpret_cast<HANDLE>(file);
 }
