@@ -11,6 +11,7 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/os/console.h"
+#include "base/os/crash.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -30,8 +31,8 @@ void endUnfinished()
 {
     if (s_workingProcess == LbOs::GetProcessId())
     {
-        LbOs::WriteStandardError(LbEncoding::ToUtf8(L"Fehler: Der Prozess wurde mitten im Aufruf beendet\n"));
         std::fflush(nullptr);
+        LbOs::WriteCrashText("Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
         LbOs::EndProcess(c_Broken);
     }
 }

@@ -5,6 +5,7 @@
 /// command "case" has a status for each outcome, see its help.
 
 #include "base/lbencoding.h"
+#include "base/lbexception.h"
 #include "base/os/console.h"
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
@@ -24,7 +25,19 @@ struct SExecution
     int operator()(const auto& options) const
     {
         const LuTestSuiteHost::CWork work;
-        return Runner::Execute(options);
+        try
+        {
+            return Runner::Execute(options);
+        }
+        catch (const LbException& exception)
+        {
+            if (exception.GetMessageText().empty())
+            {
+                throw;
+            }
+            // Without the line of the source: the message is about files of the user.
+            throw std::wstring(exception.GetMessageText());
+        }
     }
 };
 

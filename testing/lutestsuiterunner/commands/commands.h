@@ -8,8 +8,11 @@
 namespace Runner
 {
 
-int Execute(const SListOptions& options);
+int Execute(const SRunOptions& options);
+int Execute(const SResumeOptions& options);
 int Execute(const SReportOptions& options);
 int Execute(const SMergeOptions& options);
+int Execute(const SListOptions& options);
+int Execute(const SCaseOptions& options);
 
 } // namespace Runner

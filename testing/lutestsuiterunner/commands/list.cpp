@@ -1,5 +1,7 @@
 /// The command "list": the selection, with what is known of each case.
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "base/lbencoding.h"
@@ -10,6 +12,7 @@
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/execution/selection.h"
+#include "testing/lutestsuiterunner/model/textescape.h"
 
 namespace Runner
 {
@@ -18,8 +21,12 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-using LbEncoding::ToUtf8;
-using UnitTests = std::vector<LuTestSuite::SUnitTest>;
+
+/// Names may hold what JSON cannot carry.
+std::string toText(const std::wstring& text)
+{
+    return ToEscapedUtf8(text);
+}
 
 /// The parameters of a case in a fixed order.
 constexpr const wchar_t* c_Flags[] = {L"Enable", L"ReportMemLeak", L"Parallel", L"External", L"Isolated"};
@@ -33,25 +40,25 @@ Json getParameters(const LuTestSuite::STestCase& testCase)
         if (const auto place = testCase.parameters.find(name); place != testCase.parameters.end())
         {
             const std::optional<bool> flag = place->second.ToBool();
-            parameters[ToUtf8(name)] = flag ? Json(*flag) : Json();
+            parameters[toText(name)] = flag ? Json(*flag) : Json();
         }
     }
     for (const wchar_t* name : c_Numbers)
     {
         if (const auto place = testCase.parameters.find(name); place != testCase.parameters.end())
         {
-            parameters[ToUtf8(name)] = place->second.ToUInt32().value_or(0);
+            parameters[toText(name)] = place->second.ToUInt32().value_or(0);
         }
     }
     return parameters;
 }
 
-Json describe(const LuTestSuite::STestCase& testCase)
+Json describe(const LuTestSuite::STestCase& testCase, bool isDisabled)
 {
-    Json record = {{"name", ToUtf8(testCase.name)}, {"disabled", IsDisabled(testCase)}};
+    Json record = {{"name", toText(testCase.name)}, {"disabled", isDisabled}};
     if (!testCase.dataSetFile.empty())
     {
-        record["file"] = ToUtf8(testCase.dataSetFile);
+        record["file"] = toText(testCase.dataSetFile);
     }
     if (!testCase.parameters.empty())
     {
@@ -60,36 +67,67 @@ Json describe(const LuTestSuite::STestCase& testCase)
     return record;
 }
 
-Json describe(const LuTestSuite::SUnitTest& unitTest)
+/// The cases of one unit test; those that are disabled come last.
+struct SListed
 {
-    Json cases = Json::array();
+    const LuTestSuite::SUnitTest* unitTest;
+    std::vector<std::pair<const LuTestSuite::STestCase*, bool>> cases; ///< and whether they are disabled
+};
+
+void addCases(const LuTestSuite::SUnitTest& unitTest, bool areDisabled, std::vector<SListed>& list)
+{
+    const auto isSame = [&unitTest](const SListed& listed) {
+        return listed.unitTest->className == unitTest.className &&
+               listed.unitTest->dataDirectory == unitTest.dataDirectory;
+    };
+    auto place = areDisabled ? std::ranges::find_if(list, isSame) : list.end();
+    if (place == list.end())
+    {
+        place = list.insert(place, {&unitTest, {}});
+    }
     for (const LuTestSuite::STestCase& testCase : unitTest.cases)
     {
-        cases.push_back(describe(testCase));
+        place->cases.emplace_back(&testCase, areDisabled);
     }
-    return {{"class", ToUtf8(unitTest.className)},
-            {"folder", ToUtf8(unitTest.dataDirectory)},
-            {"module", ToUtf8(unitTest.moduleName)},
+}
+
+std::vector<SListed> merge(const SSelection& selection)
+{
+    std::vector<SListed> list;
+    for (const LuTestSuite::SUnitTest& unitTest : selection.enabled)
+    {
+        addCases(unitTest, false, list);
+    }
+    for (const LuTestSuite::SUnitTest& unitTest : selection.disabled)
+    {
+        addCases(unitTest, true, list);
+    }
+    return list;
+}
+
+Json describe(const SListed& listed)
+{
+    Json cases = Json::array();
+    for (const auto& [testCase, isDisabled] : listed.cases)
+    {
+        cases.push_back(describe(*testCase, isDisabled));
+    }
+    return {{"class", toText(listed.unitTest->className)},
+            {"folder", toText(listed.unitTest->dataDirectory)},
+            {"module", toText(listed.unitTest->moduleName)},
             {"cases", std::move(cases)}};
 }
 
-std::string toJson(const UnitTests& unitTests)
+std::string toJson(const std::vector<SListed>& list)
 {
-    Json list = Json::array();
-    for (const LuTestSuite::SUnitTest& unitTest : unitTests)
-    {
-        list.push_back(describe(unitTest));
-    }
-    return Json{{"unitTests", std::move(list)}}.dump(2) + "\n";
+    Json unitTests = Json::array();
+    std::ranges::transform(list, std::back_inserter(unitTests), [](const SListed& listed) { return describe(listed); });
+    return Json{{"unitTests", std::move(unitTests)}}.dump(2) + "\n";
 }
 
-std::string toText(const LuTestSuite::STestCase& testCase)
+std::string toLine(const LuTestSuite::STestCase& testCase, bool isDisabled)
 {
-    std::string line = "    " + ToUtf8(testCase.name);
-    if (IsDisabled(testCase))
-    {
-        line += " (deaktiviert)";
-    }
+    std::string line = "    " + toText(testCase.name) + (isDisabled ? " (deaktiviert)" : "");
     const Json parameters = getParameters(testCase);
     for (const auto& [name, value] : parameters.items())
     {
@@ -98,25 +136,25 @@ std::string toText(const LuTestSuite::STestCase& testCase)
     return line + "\n";
 }
 
-std::string toText(const UnitTests& unitTests)
+std::string toLines(const std::vector<SListed>& list)
 {
     std::string text;
     std::size_t cases = 0;
     std::size_t disabled = 0;
-    for (const LuTestSuite::SUnitTest& unitTest : unitTests)
+    for (const SListed& listed : list)
     {
-        text += ToUtf8(LbFormat(L"%s (%s) %s\n", unitTest.className,
-                                unitTest.moduleName.empty() ? std::wstring(L"Unbekannt") : unitTest.moduleName,
-                                unitTest.dataDirectory));
-        for (const LuTestSuite::STestCase& testCase : unitTest.cases)
+        const LuTestSuite::SUnitTest& unitTest = *listed.unitTest;
+        const std::wstring module = unitTest.moduleName.empty() ? L"Unbekannt" : unitTest.moduleName;
+        text += toText(unitTest.className) + " (" + toText(module) + ") " + toText(unitTest.dataDirectory) + "\n";
+        for (const auto& [testCase, isDisabled] : listed.cases)
         {
-            text += toText(testCase);
-            disabled += IsDisabled(testCase) ? 1 : 0;
+            text += toLine(*testCase, isDisabled);
+            disabled += isDisabled ? 1 : 0;
         }
-        cases += unitTest.cases.size();
+        cases += listed.cases.size();
     }
-    return text +
-           ToUtf8(LbFormat(L"Klassen: %d, Fälle: %d, davon deaktiviert: %d\n", unitTests.size(), cases, disabled));
+    return text + LbEncoding::ToUtf8(
+                      LbFormat(L"Klassen: %d, Fälle: %d, davon deaktiviert: %d\n", list.size(), cases, disabled));
 }
 
 } // namespace
@@ -126,8 +164,10 @@ int Execute(const SListOptions& options)
     MoveLibraryLinesToErrors();
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
     LuTestSuiteEnvironment environment;
-    const UnitTests unitTests = SelectUnitTests(setup, environment, false);
-    LbOs::WriteStandardOutput(options.json ? toJson(unitTests) : toText(unitTests));
+    LoadModules(setup, environment);
+    const SSelection selection = SelectCases(setup);
+    const std::vector<SListed> list = merge(selection);
+    LbOs::WriteStandardOutput(options.json ? toJson(list) : toLines(list));
     return LuTestSuiteHost::c_Succeeded;
 }
 

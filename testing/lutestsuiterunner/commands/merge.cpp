@@ -245,7 +245,7 @@ int Execute(const SMergeOptions& options)
         copier.Copy(part);
     }
     copier.End(getEndTime(parts), findProblems(parts, owners));
-    return ReportRun(target.GetPath());
+    return GetStatus(*ReportRun(target.GetPath()));
 }
 
 } // namespace Runner

@@ -1,9 +1,9 @@
 #include "testing/lutestsuiterunner/commands/outcome.h"
 
-#include "base/lbencoding.h"
 #include "base/lbformat.h"
-#include "base/os/console.h"
 #include "testing/lutestsuitehost/hostmain.h"
+#include "testing/lutestsuiterunner/console/closing.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "testing/lutestsuiterunner/reports/reports.h"
 
@@ -28,9 +28,8 @@ std::wstring describeMissing(const CRunState& state)
                : text + LbFormat(L"Nicht ausgeführt: %u weitere\n", missing.size() - c_MissingShown);
 }
 
-} // namespace
-
-std::wstring DescribeOutcome(const CRunState& state, const std::wstring& folder)
+/// Numbers of the verdicts, what is wrong with the run as a whole, the first missing cases, and where the reports are.
+std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
 {
     const SVerdictCounts counts = state.CountVerdicts();
     std::wstring text = describeMissing(state);
@@ -46,18 +45,30 @@ std::wstring DescribeOutcome(const CRunState& state, const std::wstring& folder)
     {
         text += L"Der Lauf ist nicht beendet.\n";
     }
+    // A run that is merged of several has no arguments, and nothing to go on with.
+    if ((state.IsCanceled() || !state.IsEnded()) && !state.GetPlan().arguments.empty())
+    {
+        text += DescribeResuming(folder);
+    }
     text += LbFormat(L"Fälle: %u, bestanden: %u, unzuverlässig: %u, fehlgeschlagen: %u, in Quarantäne: %u, nicht "
                      L"ausgeführt: %u\n",
                      counts.planned, counts.passed, counts.flaky, counts.failed, counts.quarantined, counts.missing);
     return text + LbFormat(L"Reports: %s\n", folder);
 }
 
-int ReportRun(const std::wstring& folder)
+} // namespace
+
+std::unique_ptr<CRunState> ReportRun(const std::wstring& folder)
 {
-    const std::unique_ptr<CRunState> state = LoadRun(folder);
+    std::unique_ptr<CRunState> state = LoadRun(folder);
     WriteReports(folder, *state);
-    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(DescribeOutcome(*state, folder)));
-    return state->IsGreen() ? LuTestSuiteHost::c_Succeeded : LuTestSuiteHost::c_Failed;
+    CTerminal::Get().WriteOutput(DescribeClosing(*state, folder) + describeOutcome(*state, folder));
+    return state;
+}
+
+int GetStatus(const CRunState& state)
+{
+    return state.IsGreen() ? LuTestSuiteHost::c_Succeeded : LuTestSuiteHost::c_Failed;
 }
 
 } // namespace Runner

@@ -12,5 +12,5 @@ int Runner::Execute(const SReportOptions& options)
         throw std::wstring(L"Der Ordner des Laufs fehlt");
     }
     MoveLibraryLinesToErrors();
-    return ReportRun(GetRunFolder(options.directory));
+    return GetStatus(*ReportRun(GetRunFolder(options.directory)));
 }

@@ -1,8 +1,9 @@
 #include "testing/lutestsuiterunner/console/messages.h"
 
-#include "base/lbencoding.h"
-#include "base/os/console.h"
+#include <atomic>
+
 #include "testing/lutestsuite/lutestsuiteout.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
 
 namespace Runner
 {
@@ -10,10 +11,23 @@ namespace Runner
 namespace
 {
 
+std::atomic<bool> s_onlyWarnings = false;
+
+bool isWarning(const std::wstring& text)
+{
+    return text.starts_with(L"Warnung: ") || text.starts_with(L"Fehler: ");
+}
+
 class CErrorOut : public LuTestSuiteOut::LuCustomOut
 {
 public:
-    void Output(const LuTestSuiteOut& line) override { LbOs::WriteStandardError(LbEncoding::ToUtf8(line.GetText())); }
+    void Output(const LuTestSuiteOut& line) override
+    {
+        if (!s_onlyWarnings || isWarning(line.GetText()))
+        {
+            CTerminal::Get().WriteError(line.GetText());
+        }
+    }
 };
 
 } // namespace
@@ -23,6 +37,11 @@ void MoveLibraryLinesToErrors()
     static CErrorOut s_ErrorOut;
     LuTestSuiteOut::AddCustomOut(&s_ErrorOut);
     LuTestSuiteOut::SetConsoleOut(false);
+}
+
+void ShowOnlyWarnings()
+{
+    s_onlyWarnings = true;
 }
 
 } // namespace Runner

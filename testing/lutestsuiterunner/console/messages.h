@@ -8,4 +8,7 @@ namespace Runner
 /// more. For the life of the process.
 void MoveLibraryLinesToErrors();
 
+/// From now on only warnings and errors among these lines are shown: the others tell of cases, as this host does.
+void ShowOnlyWarnings();
+
 } // namespace Runner

@@ -1,5 +1,7 @@
 #include "testing/lutestsuiterunner/execution/selection.h"
 
+#include <functional>
+
 #include "base/lbformat.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
@@ -11,7 +13,9 @@ namespace Runner
 namespace
 {
 
-/// A mode of LuTestSuiteCLI that is not a run.
+using UnitTests = std::vector<LuTestSuite::SUnitTest>;
+
+/// An option that selects something that this host does not do.
 struct SOtherMode
 {
     const wchar_t* option;
@@ -27,6 +31,13 @@ constexpr SOtherMode c_OtherModes[] = {
     {L"--list-disabled", [](const LuTestSuiteSetup& setup) { return setup.listDisabled; }},
 };
 
+constexpr SOtherMode c_Reports[] = {
+    {L"--xml", [](const LuTestSuiteSetup& setup) { return !setup.xmlReport.empty(); }},
+    {L"--html", [](const LuTestSuiteSetup& setup) { return !setup.htmlReport.empty(); }},
+    {L"--autohtml", [](const LuTestSuiteSetup& setup) { return setup.autoHtml; }},
+    {L"--open", [](const LuTestSuiteSetup& setup) { return setup.openReports; }},
+};
+
 void refuseOtherModes(const LuTestSuiteSetup& setup)
 {
     for (const SOtherMode& mode : c_OtherModes)
@@ -36,6 +47,33 @@ void refuseOtherModes(const LuTestSuiteSetup& setup)
             throw LbFormat(L"Die Option '%s' wählt eine Betriebsart, die nur LuTestSuiteCLI hat", mode.option);
         }
     }
+}
+
+void refuseReports(const LuTestSuiteSetup& setup)
+{
+    for (const SOtherMode& report : c_Reports)
+    {
+        if (report.isSelected(setup))
+        {
+            throw LbFormat(L"Die Option '%s' gibt es hier nicht: die Reports entstehen im Ordner des Laufs",
+                           report.option);
+        }
+    }
+}
+
+bool isDisabled(const LuTestSuite::STestCase& testCase)
+{
+    const auto parameter = testCase.parameters.find(L"Enable");
+    return parameter != testCase.parameters.end() && parameter->second.ToBool() == false;
+}
+
+void removeCases(UnitTests& unitTests, const std::function<bool(const LuTestSuite::STestCase&)>& isRemoved)
+{
+    for (LuTestSuite::SUnitTest& unitTest : unitTests)
+    {
+        std::erase_if(unitTest.cases, isRemoved);
+    }
+    std::erase_if(unitTests, [](const LuTestSuite::SUnitTest& unitTest) { return unitTest.cases.empty(); });
 }
 
 } // namespace
@@ -57,6 +95,7 @@ LuTestSuiteSetup ReadLibraryOptions(const LibraryOptions& options)
         throw std::wstring(L"Die Optionen hinter '--' sind falsch");
     }
     refuseOtherModes(setup);
+    refuseReports(setup);
     if (setup.dataDir.empty())
     {
         throw std::wstring(L"Hinter '--' fehlt das Datenverzeichnis (-d)");
@@ -64,25 +103,27 @@ LuTestSuiteSetup ReadLibraryOptions(const LibraryOptions& options)
     return setup;
 }
 
-std::vector<LuTestSuite::SUnitTest> SelectUnitTests(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment,
-                                                    bool removeDisabled)
+void LoadModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
 {
     environment.LoadTestDLLs();
     for (const std::wstring& name : setup.dlls)
     {
         environment.LoadDLL(name, false);
     }
-    std::vector<LuTestSuite::SUnitTest> unitTests =
-        LuTestSuiteUtils::ScanDirectoryForUnitTests(LbOs::GetFullPath(setup.dataDir), removeDisabled);
-    LuTestSuiteUtils::FilterTestCases(unitTests, LbOs::GetFullPath(setup.includeConfig), setup.includes, setup.excludes,
-                                      setup.params.testCaseMax, setup.noRegex);
-    return unitTests;
 }
 
-bool IsDisabled(const LuTestSuite::STestCase& testCase)
+SSelection SelectCases(const LuTestSuiteSetup& setup)
 {
-    const auto parameter = testCase.parameters.find(L"Enable");
-    return parameter != testCase.parameters.end() && parameter->second.ToBool() == false;
+    UnitTests all = LuTestSuiteUtils::ScanDirectoryForUnitTests(LbOs::GetFullPath(setup.dataDir), false);
+    SSelection selection = {all, std::move(all)};
+    removeCases(selection.enabled, isDisabled);
+    removeCases(selection.disabled, std::not_fn(isDisabled));
+    const std::wstring config = LbOs::GetFullPath(setup.includeConfig);
+    LuTestSuiteUtils::FilterTestCases(selection.enabled, config, setup.includes, setup.excludes,
+                                      setup.params.testCaseMax, setup.noRegex);
+    LuTestSuiteUtils::FilterTestCases(selection.disabled, config, setup.includes, setup.excludes,
+                                      LuTestSuiteRun::c_NoLimit, setup.noRegex);
+    return selection;
 }
 
 } // namespace Runner

@@ -12,16 +12,21 @@ class LuTestSuiteEnvironment;
 namespace Runner
 {
 
+/// Unit tests with full paths, in the order of a run.
+struct SSelection
+{
+    std::vector<LuTestSuite::SUnitTest> enabled;
+    std::vector<LuTestSuite::SUnitTest> disabled; ///< the selected cases that their descriptions disable
+};
+
 /// Reads the options behind "--". Throws a German message as std::wstring if they select no data directory, or a mode
-/// that is not a run; the library prints a line for options that it refuses.
+/// that is not a run, or reports; the library prints a line for options that it refuses.
 LuTestSuiteSetup ReadLibraryOptions(const LibraryOptions& options);
 
-/// Loads the modules of the setup and finds the unit tests that it selects, with full paths, in the order of a run.
-/// Throws what FilterTestCases throws.
-std::vector<LuTestSuite::SUnitTest> SelectUnitTests(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment,
-                                                    bool removeDisabled);
+/// Loads the fixed list of test modules and those of the setup.
+void LoadModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-/// True if the case's description disables it.
-bool IsDisabled(const LuTestSuite::STestCase& testCase);
+/// What a run of the setup would run. Throws what FilterTestCases throws.
+SSelection SelectCases(const LuTestSuiteSetup& setup);
 
 } // namespace Runner

@@ -65,7 +65,7 @@ struct SCaseEnded
     std::uint64_t processId = 0;    ///< of the process that had it at last
     std::optional<std::int64_t> exitStatus;
     std::wstring reason; ///< German, one line: why the child process or the host ended
-    std::wstring output; ///< its last lines on standard error, each with its line feed
+    std::wstring output; ///< its last lines on standard error, each with its line feed, unless the messages have them
     std::wstring stacks; ///< lines of text, each with its line feed; the thread at fault first
     std::uint64_t elapsed = 0;
 };

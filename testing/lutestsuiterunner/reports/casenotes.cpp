@@ -90,13 +90,10 @@ std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t cas
     {
         addAttempts(state, caseIndex, notes);
     }
-    if (reported != nullptr)
+    // The messages of a case that brought the host down are lost.
+    if (reported != nullptr && reported->result.info.messages.find(reported->result.reason) == std::wstring::npos)
     {
-        if (!reported->result.reason.empty())
-        {
-            notes.push_back(L"Prozessende: " + reported->result.reason);
-        }
-        std::ranges::move(SplitLines(reported->result.stacks), std::back_inserter(notes));
+        notes.push_back(L"Prozessende: " + reported->result.reason);
     }
     return notes;
 }

@@ -10,7 +10,7 @@
 namespace Runner
 {
 
-/// German lines without line feeds: attempts, quarantine, why a process ended, and the stacks of its threads.
+/// German lines without line feeds: attempts, quarantine, and why a process ended.
 std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t caseIndex);
 
 /// The line that tells best why a case failed: its first error message, else why its process ended, else its result.

@@ -38,7 +38,8 @@ std::string makeStart(std::wstring_view name, std::wstring_view suiteName, const
     return start + " time=\"" + ToXmlSeconds(time) + "\"";
 }
 
-/// Lines of what a failure's text holds: notes, messages, and the last lines of a process that ended.
+/// Lines of what a failure's text holds: notes, messages, the last lines of a process that ended, and its stacks, which
+/// may be long and are at the end, where texts are cut.
 std::string makeText(const CRunState& state, std::uint32_t caseIndex)
 {
     std::wstring text;
@@ -53,6 +54,7 @@ std::string makeText(const CRunState& state, std::uint32_t caseIndex)
         {
             text += L"Letzte Ausgabe:\n" + reported->result.output;
         }
+        text += reported->result.stacks;
     }
     return ToXmlText(text);
 }

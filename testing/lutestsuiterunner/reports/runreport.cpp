@@ -1,5 +1,7 @@
 #include "testing/lutestsuiterunner/reports/runreport.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -92,7 +94,10 @@ void describeOrigin(const SOrigin& origin, LuTestSuiteReport::SReportData& data)
 
 void addNotes(const CRunState& state, std::uint32_t caseIndex, LuTestSuiteReport::SReportCase& reportCase)
 {
-    for (const std::wstring& note : GetCaseNotes(state, caseIndex))
+    std::vector<std::wstring> notes = GetCaseNotes(state, caseIndex);
+    // Only cases that have a reported attempt are in the data.
+    std::ranges::move(SplitLines(state.GetReported(caseIndex)->result.stacks), std::back_inserter(notes));
+    for (const std::wstring& note : notes)
     {
         reportCase.Dumps.push_back({false, LuTestSuiteUtils::LuMarkupWriter::Escape(note)});
     }

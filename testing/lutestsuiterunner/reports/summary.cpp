@@ -70,6 +70,7 @@ Json describeCase(const CRunState& state, std::uint32_t caseIndex)
         json["end"] = GetName(reported->result.end);
         json["seconds"] = static_cast<double>(reported->result.info.time) * c_SecondsPerNanosecond;
         json["messages"] = toJson(reported->result.info.messages);
+        json["stacks"] = toJson(reported->result.stacks);
     }
     json["notes"] = Json::array();
     for (const std::wstring& note : GetCaseNotes(state, caseIndex))

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/lbformat.h"
+#include "base/lbvariant.h"
 #include "testing/lutestsuiterunner/settings/optionreader.h"
 
 namespace Runner
@@ -19,13 +20,103 @@ struct SArguments
 {
     Arguments own;
     LibraryOptions library;
+    Arguments all; ///< with the command
 };
 
+/// The command comes first.
 SArguments split(std::span<const std::wstring> arguments)
 {
     const auto mark = std::ranges::find(arguments, L"--");
-    return {Arguments(arguments.begin(), mark),
-            LibraryOptions(mark == arguments.end() ? mark : mark + 1, arguments.end())};
+    return {Arguments(arguments.begin() + 1, mark),
+            LibraryOptions(mark == arguments.end() ? mark : mark + 1, arguments.end()),
+            Arguments(arguments.begin(), arguments.end())};
+}
+
+/// "listed", "random:7".
+bool readOrder(const std::wstring& value, SRunOptions& options)
+{
+    constexpr std::pair<const wchar_t*, EOrder> c_Orders[] = {{L"listed", EOrder::Listed},
+                                                              {L"failed-first", EOrder::FailedFirst},
+                                                              {L"longest-first", EOrder::LongestFirst},
+                                                              {L"random", EOrder::Random}};
+    const std::wstring name = value.substr(0, value.find(L':'));
+    const auto order = std::ranges::find_if(c_Orders, [&name](const auto& one) { return one.first == name; });
+    if (order == std::end(c_Orders))
+    {
+        return false;
+    }
+    options.order = order->second;
+    options.seed.reset();
+    if (name.size() == value.size())
+    {
+        return true;
+    }
+    options.seed = LbVariant(value.substr(name.size() + 1)).ToUInt32();
+    return options.seed && options.order == EOrder::Random;
+}
+
+/// "2/5".
+bool readShard(const std::wstring& value, SRunOptions& options)
+{
+    const std::size_t mark = std::min(value.find(L'/'), value.size());
+    const std::optional<std::uint32_t> number = LbVariant(value.substr(0, mark)).ToUInt32();
+    const std::optional<std::uint32_t> count = LbVariant(value.substr(std::min(mark + 1, value.size()))).ToUInt32();
+    options.shard = number.value_or(0);
+    options.shardCount = count.value_or(0);
+    return options.shard >= 1 && options.shard <= options.shardCount;
+}
+
+void addSelectionOptions(COptionReader& reader, SRunOptions& options)
+{
+    reader.AddValue({"--order", L"ORDNUNG", L"listed (wie gelistet), failed-first, longest-first oder random[:ZAHL]"},
+                    L"listed, failed-first, longest-first oder random[:ZAHL]",
+                    [&options](const std::wstring& value) { return readOrder(value, options); });
+    reader.AddText({"--previous", L"DIR|XML", L"Früherer Lauf: Ordner oder XML-Report; daraus Zeiten und Fehler"},
+                   options.previous);
+    reader.AddSwitch({"--only-failed", nullptr, L"Nur Fälle, die im früheren Lauf fehlgeschlagen sind"},
+                     options.onlyFailed);
+    reader.AddValue({"--shard", L"K/N", L"Nur Teil K von N; alle Teile zusammen sind die Auswahl"},
+                    L"K/N mit K von 1 bis N",
+                    [&options](const std::wstring& value) { return readShard(value, options); });
+}
+
+void addVerdictOptions(COptionReader& reader, SRunOptions& options)
+{
+    reader.AddSwitchOrNumber({"--fail-fast", L"[=N]", L"Bricht nach N fehlgeschlagenen Fällen ab, sonst nach einem"}, 1,
+                             options.failFast);
+    reader.AddNumber({"--retries", L"N", L"Wiederholt fehlgeschlagene Fälle bis zu N mal"}, 0, options.retries);
+    reader.AddSwitch({"--allow-flaky", nullptr, L"Fälle, die erst eine Wiederholung besteht, sind nicht rot"},
+                     options.allowFlaky);
+    reader.AddSwitch({"--confirm", nullptr, L"Fehlgeschlagene Fälle einmal mehr, jeder im eigenen Prozess"},
+                     options.confirm);
+    reader.AddText({"--quarantine", L"DATEI", L"Muster von Fällen, die nie rot sind; eins je Zeile"},
+                   options.quarantine);
+    reader.AddNumber({"--min-cases", L"N", L"Rot bei weniger als N Fällen (sonst 1)"}, 0, options.minCases);
+    reader.AddSwitch({"--require-all-modules", nullptr, L"Rot, wenn ein Modul hinter --dll fehlt oder nicht lädt"},
+                     options.requireAllModules);
+}
+
+void addOptions(COptionReader& reader, SRunOptions& options)
+{
+    reader.AddText({"--out", L"DIR", L"Ordner des Laufs: Journal und Reports (sonst lutestsuite-out)"}, options.out);
+    reader.AddSwitch({"--force", nullptr, L"Ersetzt den Lauf, den der Ordner enthält"}, options.force);
+    addSelectionOptions(reader, options);
+    addVerdictOptions(reader, options);
+}
+
+void addOptions(COptionReader& reader, SResumeOptions& options)
+{
+    reader.AddArgument({"DIR", nullptr, L"Ordner des Laufs"}, options.directory);
+    reader.AddSwitch({"--confirm", nullptr, L"Fehlgeschlagene Fälle einmal mehr, jeder im eigenen Prozess"},
+                     options.confirm);
+}
+
+void addOptions(COptionReader& reader, SCaseOptions& options)
+{
+    reader.AddArgument({"NAME", nullptr, L"Ordner/Klasse:Fall wie in den Reports, oder Klasse:Fall"}, options.name);
+    reader.SetFooter(L"Status: 0 bestanden; 11 Fehler, 12 Exception, 13 keine Testdaten, 14 Unterschied,\n"
+                     L"15 Absturz oder unbekannt, 16 Fall nicht gefunden, 17 abgebrochen, 18 Zeitlimit;\n"
+                     L"77 deaktiviert; 2 falscher Aufruf; 130 und 143 nach Strg-C und SIGTERM.");
 }
 
 void addOptions(COptionReader& reader, SListOptions& options)
@@ -57,6 +148,10 @@ Command readOptions(COptionReader& reader, const SArguments& arguments)
     {
         options.library = arguments.library;
     }
+    if constexpr (requires { options.arguments; })
+    {
+        options.arguments = arguments.all;
+    }
     return options;
 }
 
@@ -70,9 +165,12 @@ struct SCommandRow
 };
 
 constexpr SCommandRow c_Commands[] = {
-    {L"list", L"Listet die ausgewählten Fälle.", true, readOptions<SListOptions>},
+    {L"run", L"Führt die Auswahl aus und schreibt Journal und Reports.", true, readOptions<SRunOptions>},
+    {L"resume", L"Setzt einen abgebrochenen Lauf fort.", false, readOptions<SResumeOptions>},
     {L"report", L"Schreibt die Reports eines Laufs aus seinem Journal.", false, readOptions<SReportOptions>},
     {L"merge", L"Fügt die Teile eines Laufs zusammen.", false, readOptions<SMergeOptions>},
+    {L"list", L"Listet die ausgewählten Fälle.", true, readOptions<SListOptions>},
+    {L"case", L"Führt einen Fall aus und zeigt seine Meldungen.", true, readOptions<SCaseOptions>},
 };
 
 std::wstring getHelp()
@@ -100,7 +198,7 @@ Command ReadCommandLine(const std::vector<std::wstring>& arguments)
     {
         throw LbFormat(L"Unbekannter Befehl '%s'; LuTestSuiteRunner -h zeigt die Befehle", name);
     }
-    const SArguments own = split(std::span(arguments).subspan(2));
+    const SArguments own = split(std::span(arguments).subspan(1));
     if (!row->takesLibraryOptions && !own.library.empty())
     {
         throw LbFormat(L"Der Befehl '%s' nimmt keine Optionen hinter '--'", name);

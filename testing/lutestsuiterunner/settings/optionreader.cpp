@@ -116,6 +116,19 @@ void COptionReader::AddNumber(const SOptionText& text, std::uint32_t least, std:
         ->take_last();
 }
 
+void COptionReader::AddValue(const SOptionText& text, const std::wstring& expected, const ReadValue& read)
+{
+    const auto check = [name = text.name, expected, read](const std::string& value) {
+        if (!read(FromUtf8(value)))
+        {
+            refuse(name, value, expected);
+        }
+    };
+    m_app->add_option_function<std::string>(text.name, check, ToUtf8(text.help))
+        ->type_name(ToUtf8(text.value))
+        ->take_last();
+}
+
 void COptionReader::AddSwitchOrNumber(const SOptionText& text, std::uint32_t plain, std::uint32_t& target)
 {
     // A flag, so that the next argument is not taken for the number.
@@ -139,6 +152,11 @@ void COptionReader::AddArguments(const SOptionText& text, std::vector<std::wstri
         std::ranges::transform(values, std::back_inserter(target), FromUtf8);
     };
     m_app->add_option_function<std::vector<std::string>>(text.name, read, ToUtf8(text.help))->type_name("");
+}
+
+void COptionReader::SetFooter(const std::wstring& footer)
+{
+    m_app->footer(ToUtf8(footer));
 }
 
 bool COptionReader::Read(const std::vector<std::wstring>& arguments)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,12 +38,19 @@ public:
     void AddText(const SOptionText& text, std::wstring& target);
     void AddNumber(const SOptionText& text, std::uint32_t least, std::uint32_t& target);
 
+    /// `read` takes the value, or returns false if it is wrong; `expected` says in German what is right.
+    using ReadValue = std::function<bool(const std::wstring& value)>;
+    void AddValue(const SOptionText& text, const std::wstring& expected, const ReadValue& read);
+
     /// A switch that may have a number ("--name" or "--name=N"); `plain` is the number without one.
     void AddSwitchOrNumber(const SOptionText& text, std::uint32_t plain, std::uint32_t& target);
 
     /// The arguments that are no options.
     void AddArgument(const SOptionText& text, std::wstring& target);
     void AddArguments(const SOptionText& text, std::vector<std::wstring>& target);
+
+    /// Lines below the options in the help, without a line feed at their end.
+    void SetFooter(const std::wstring& footer);
 
     /// False if the arguments ask for help. Throws a German message as std::wstring if they are wrong; a missing
     /// argument leaves its target unchanged.

@@ -1,6 +1,8 @@
 /// What the command line asks for: one record a command.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -25,6 +27,47 @@ struct SListOptions
     LibraryOptions library;
 };
 
+enum class EOrder
+{
+    Listed,
+    FailedFirst,
+    LongestFirst,
+    Random,
+};
+
+struct SRunOptions
+{
+    std::wstring out = c_DefaultOut;
+    bool force = false; ///< replaces the run that `out` holds
+    EOrder order = EOrder::Listed;
+    std::optional<std::uint64_t> seed; ///< of EOrder::Random; nothing: one is made
+    std::wstring previous;             ///< folder of a run or XML report; empty: none
+    bool onlyFailed = false;
+    std::uint32_t failFast = 0; ///< failed cases that end the run; 0: none does
+    std::uint32_t retries = 0;
+    bool allowFlaky = false;
+    std::wstring quarantine; ///< file of patterns; empty: none
+    std::uint32_t minCases = 1;
+    bool requireAllModules = false;
+    std::uint32_t shard = 1; ///< 1 to shardCount
+    std::uint32_t shardCount = 1;
+    bool confirm = false;
+    LibraryOptions library;
+    std::vector<std::wstring> arguments; ///< of the call, without the program's name
+};
+
+struct SResumeOptions
+{
+    std::wstring directory;
+    bool confirm = false;
+};
+
+struct SCaseOptions
+{
+    std::wstring name;
+    LibraryOptions library;
+};
+
 struct SReportOptions
 {
     std::wstring directory; ///< of the run
@@ -36,6 +79,7 @@ struct SMergeOptions
     std::wstring out = c_DefaultOut;
 };
 
-using Command = std::variant<SHelp, SListOptions, SReportOptions, SMergeOptions>;
+using Command =
+    std::variant<SHelp, SRunOptions, SResumeOptions, SReportOptions, SMergeOptions, SListOptions, SCaseOptions>;
 
 } // namespace Runner

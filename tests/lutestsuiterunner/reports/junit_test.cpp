@@ -111,7 +111,7 @@ TEST(RunnerJunit, TellsWhyACaseFailed)
     EXPECT_EQ(failure.GetAttribute("type"), L"different");
     EXPECT_EQ(failure.GetText(), L"ERROR: Erwartet war 1\nINFO:  Datei x\n");
     EXPECT_EQ(error.GetAttribute("message"), L"Signal 11");
-    EXPECT_EQ(error.GetText(), L"Prozessende: Signal 11\noben <main>\nunten\nLetzte Ausgabe:\nletzte Zeile\n");
+    EXPECT_EQ(error.GetText(), L"Prozessende: Signal 11\nLetzte Ausgabe:\nletzte Zeile\noben <main>\nunten\n");
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 1 1 0");
 }
 

@@ -1,0 +1,140 @@
+/// The command "case": one case, for ctest and for developers.
+
+#include <algorithm>
+
+#include "base/lbformat.h"
+#include "base/os/interruption.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
+#include "testing/lutestsuitehost/hostmain.h"
+#include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/console/casetext.h"
+#include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/caseend.h"
+#include "testing/lutestsuiterunner/execution/caselist.h"
+#include "testing/lutestsuiterunner/execution/planning.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// The status that ctest's property SKIP_RETURN_CODE usually has.
+constexpr int c_Skipped = 77;
+
+/// Plus the number of the result. See the help of the command.
+constexpr int c_FirstFailure = 10;
+
+/// Keeps how the one case ended.
+class CCaseObserver : public LuTestSuiteRun::IRunObserver
+{
+public:
+    void OnCaseFinished(const LuTestSuiteRun::SCaseFinished& finished) override
+    {
+        m_attempt.result = MakeCaseEnd(finished);
+    }
+
+    const SAttempt& GetAttempt() const { return m_attempt; }
+
+private:
+    SAttempt m_attempt;
+};
+
+/// The full name, or class and case.
+bool isNamed(const SPlan& plan, std::uint32_t index, const std::wstring& name)
+{
+    const SPlannedCase& planned = plan.cases[index];
+    const LuTestSuite::SUnitTest& unitTest = plan.unitTests[planned.unitTest];
+    return name == GetCaseName(plan, index) ||
+           name == unitTest.className + L":" + unitTest.cases[planned.testCase].name;
+}
+
+std::vector<std::uint32_t> findNamed(const SPlan& plan, const std::wstring& name)
+{
+    std::vector<std::uint32_t> found;
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        if (isNamed(plan, index, name))
+        {
+            found.push_back(index);
+        }
+    }
+    return found;
+}
+
+bool isDisabled(const SPlan& plan, const std::wstring& name)
+{
+    return std::ranges::any_of(plan.disabled, [&](const SDisabledCase& one) {
+        return name == GetUnitTestName(plan, one.dataDirectory, one.className) + L":" + one.name ||
+               name == one.className + L":" + one.name;
+    });
+}
+
+std::uint32_t requireOne(const SPlan& plan, const std::wstring& name)
+{
+    const std::vector<std::uint32_t> found = findNamed(plan, name);
+    if (found.empty())
+    {
+        throw LbFormat(L"Die Auswahl enthält keinen Fall '%s'", name);
+    }
+    if (found.size() > 1)
+    {
+        throw LbFormat(L"'%s' ist mehrdeutig, zum Beispiel '%s' und '%s'", name, GetCaseName(plan, found[0]),
+                       GetCaseName(plan, found[1]));
+    }
+    return found.front();
+}
+
+int getStatus(const LuTestSuiteRun::SCaseInfo& info)
+{
+    const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());
+    if (interrupted != 0)
+    {
+        return interrupted;
+    }
+    const bool hasPassed = info.result == LuTestSuiteRun::ECaseRunResult::Ok;
+    return hasPassed ? LuTestSuiteHost::c_Succeeded : c_FirstFailure + static_cast<int>(info.result);
+}
+
+int runOne(const SPlan& plan, std::uint32_t index, LuTestSuiteSetup setup, LuTestSuiteEnvironment& environment)
+{
+    setup.unitTests = MakeCaseList(plan, std::vector{index}, false);
+    setup.checkCallback = [] { return LbOs::GetInterruption() != LbOs::EInterruption::None; };
+    LbOs::CatchInterruptions();
+    ShowOnlyWarnings();
+    CCaseObserver observer;
+    LuTestSuiteRun::Run(setup, environment, observer, {.takeStacks = true});
+    const SAttempt& attempt = observer.GetAttempt();
+    CTerminal::Get().WriteOutput(LbFormat(L"%s: %s (%s)\n", GetCaseName(plan, index),
+                                          LuTestSuiteReport::toDescriptionString(attempt.result.info.result),
+                                          FormatTime(attempt.result.info.time)) +
+                                 DescribeFailure(plan, index, attempt) + attempt.result.stacks);
+    return getStatus(attempt.result.info);
+}
+
+} // namespace
+
+int Execute(const SCaseOptions& options)
+{
+    if (options.name.empty())
+    {
+        throw std::wstring(L"Der Name des Falls fehlt");
+    }
+    MoveLibraryLinesToErrors();
+    LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
+    setup.params.repetitions = 1;
+    LuTestSuiteEnvironment environment;
+    LoadModules(setup, environment);
+    const SPlan plan = MakePlan({}, setup, SelectCases(setup));
+    if (findNamed(plan, options.name).empty() && isDisabled(plan, options.name))
+    {
+        CTerminal::Get().WriteOutput(LbFormat(L"%s: deaktiviert\n", options.name));
+        return c_Skipped;
+    }
+    return runOne(plan, requireOne(plan, options.name), setup, environment);
+}
+
+} // namespace Runner

@@ -1,0 +1,104 @@
+#include "testing/lutestsuiterunner/commands/workflow.h"
+
+#include <algorithm>
+
+#include "base/lbdatetime.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/os/interruption.h"
+#include "testing/lutestsuiterunner/commands/outcome.h"
+#include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/console/progress.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/hostcrash.h"
+#include "testing/lutestsuiterunner/execution/stages.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// Expected times by case index; empty if nothing is known.
+std::vector<std::uint64_t> getTimes(const PreviousCases& previous)
+{
+    std::vector<std::uint64_t> times;
+    if (std::ranges::any_of(previous, [](const auto& one) { return one.has_value(); }))
+    {
+        std::ranges::transform(previous, std::back_inserter(times),
+                               [](const auto& one) { return one ? one->time : 0; });
+    }
+    return times;
+}
+
+void printQuarantine(const Quarantine& quarantine)
+{
+    for (const std::wstring& pattern : FindIdleEntries(quarantine))
+    {
+        CTerminal::Get().WriteOutput(LbFormat(L"Quarantäne: '%s' trifft keinen Fall\n", pattern));
+    }
+    for (const SQuarantineEntry& entry : quarantine)
+    {
+        if (entry.passedRuns >= c_RunsUntilRelease)
+        {
+            CTerminal::Get().WriteOutput(LbFormat(L"Quarantäne: '%s' hat %u Läufe in Folge bestanden und kann heraus\n",
+                                                  entry.pattern, entry.passedRuns));
+        }
+    }
+}
+
+/// A run that its failures have ended goes on without that limit: it was resumed to become whole.
+SSessionLimits getLimits(const SWork& work)
+{
+    const std::uint32_t failed = work.state.CountVerdicts().failed;
+    const std::uint32_t most = work.options.failFast;
+    return {work.options.retries, failed >= most ? 0 : most, failed};
+}
+
+} // namespace
+
+void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,
+              const std::vector<std::uint32_t>& cases)
+{
+    const std::uint32_t journal = FindJournals(work.folder.GetPath()).back();
+    LbOs::CatchInterruptions();
+    ShowOnlyWarnings();
+    const CCrashNote note(work.folder.GetPath(), journal);
+    {
+        CProgressLine progress(work.state.GetPlan(), cases.size(), getTimes(work.previous));
+        CSession session({work.state, writer, work.environment, progress, journal}, work.setup, getLimits(work));
+        for (const std::wstring& problem : problems)
+        {
+            session.Note(SRunProblem{problem});
+        }
+        FinishUnderWay(session, work.state, work.folder.GetPath());
+        // The first stage has no case that has just come to its end.
+        std::vector<std::uint32_t> left = cases;
+        std::erase_if(left, [&work](std::uint32_t index) {
+            const std::span<const SAttempt> attempts = work.state.GetAttempts(index);
+            return !attempts.empty() && attempts.back().IsFinished();
+        });
+        RunStages(session, work.state, left, {work.options.retries, work.options.confirm});
+        session.Note(SRunFinished{LbDateTime::FormatNow(L"Y-m-d H:i:s")});
+    }
+    writer.Close();
+}
+
+int Conclude(const CRunFolder& folder, const std::wstring& previous, Quarantine quarantine)
+{
+    const std::unique_ptr<CRunState> state = ReportRun(folder.GetPath());
+    // A run that was broken off counts when it has been resumed.
+    if (!quarantine.empty() && state->IsEnded() && !state->IsCanceled())
+    {
+        // XML reports have no such numbers.
+        const bool isFolder = LbFileSystem::IsDirectory(previous);
+        CountPassedRuns(quarantine, *state, isFolder ? GetRunFolder(previous) : folder.GetPath());
+        WritePassedRuns(quarantine, folder.GetPath());
+        printQuarantine(quarantine);
+    }
+    const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());
+    return interrupted != 0 ? interrupted : GetStatus(*state);
+}
+
+} // namespace Runner

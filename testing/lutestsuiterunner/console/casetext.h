@@ -1,0 +1,22 @@
+/// Lines about single cases.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "testing/lutestsuiterunner/model/runstate.h"
+
+namespace Runner
+{
+
+/// What the user is told at once of an attempt that has ended: name, result, data file, reason and messages of a failed
+/// one, a line for one that passed where an earlier one had failed, else nothing. German, lines ended by line feeds.
+std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
+
+/// Data file, reason, messages, and the first frame of the test's own module on the stack that is at fault; indented.
+std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
+
+/// "0,3 s", "12 ms".
+std::wstring FormatTime(std::uint64_t nanoseconds);
+
+} // namespace Runner

@@ -1,0 +1,139 @@
+#include "testing/lutestsuiterunner/console/closing.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "base/lbcommandline.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "testing/lutestsuiterunner/console/casetext.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+using Cases = std::vector<std::uint32_t>;
+
+Cases findCases(const CRunState& state, const std::function<bool(std::uint32_t)>& isWanted)
+{
+    Cases cases;
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        if (state.GetPlan().cases[index].isInShard && isWanted(index))
+        {
+            cases.push_back(index);
+        }
+    }
+    return cases;
+}
+
+bool hasFailed(const CRunState& state, std::uint32_t index)
+{
+    const EVerdict verdict = state.GetVerdict(index);
+    return verdict == EVerdict::Failed || verdict == EVerdict::FailedShared;
+}
+
+std::wstring list(const std::wstring& title, const CRunState& state, const Cases& cases,
+                  const std::function<std::wstring(std::uint32_t)>& getNote)
+{
+    std::wstring text = cases.empty() ? L"" : title + L"\n";
+    for (const std::uint32_t index : cases)
+    {
+        text += L"    " + GetCaseName(state.GetPlan(), index) + getNote(index) + L"\n";
+    }
+    return text;
+}
+
+/// Which cases ran before in the process that the case needs in order to fail.
+std::wstring describeShared(const CRunState& state, std::uint32_t index)
+{
+    constexpr std::size_t c_MostNames = 5;
+    if (state.GetVerdict(index) != EVerdict::FailedShared)
+    {
+        return L"";
+    }
+    const Cases earlier = state.GetPredecessors(*state.GetReported(index));
+    std::wstring text = L" (nur im gemeinsamen Prozess";
+    const std::size_t first = earlier.size() > c_MostNames ? earlier.size() - c_MostNames : 0;
+    for (std::size_t place = first; place < earlier.size(); ++place)
+    {
+        text += (place == first ? L"; davor liefen dort: " : L", ") + GetCaseName(state.GetPlan(), earlier[place]);
+    }
+    return text + (first > 0 ? LbFormat(L" und %u Fälle davor)", first) : std::wstring(L")"));
+}
+
+std::wstring listSlowest(const CRunState& state)
+{
+    constexpr std::size_t c_Slowest = 5;
+    const auto getTime = [&state](std::uint32_t index) { return state.GetReported(index)->result.info.time; };
+    Cases cases = findCases(state, [&](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
+    std::ranges::stable_sort(cases, std::greater(), getTime);
+    cases.resize(std::min(cases.size(), c_Slowest));
+    return list(L"Langsamste Fälle:", state, cases,
+                [&](std::uint32_t index) { return L"  " + FormatTime(getTime(index)); });
+}
+
+std::wstring describeRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments)
+{
+    if (arguments.empty())
+    {
+        return L"";
+    }
+    const std::wstring other = LbPath::WithoutSeparator(folder) + L"-wiederholt";
+    std::wstring line = L"LuTestSuiteRunner run --previous " + QuoteForShell(LbPath::WithoutSeparator(folder)) +
+                        L" --only-failed --out " + QuoteForShell(other) + L" --force";
+    for (auto option = std::ranges::find(arguments, L"--"); option != arguments.end(); ++option)
+    {
+        line += L" " + QuoteForShell(*option);
+    }
+    return L"Wiederholt jeden fehlgeschlagenen Fall allein:\n    " + line + L" -s\n";
+}
+
+} // namespace
+
+std::wstring DescribeResuming(const std::wstring& folder)
+{
+    return L"Fortsetzen:\n    LuTestSuiteRunner resume " + QuoteForShell(LbPath::WithoutSeparator(folder)) + L"\n";
+}
+
+std::wstring QuoteForShell(const std::wstring& argument)
+{
+    constexpr const wchar_t* c_Plain = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=:,./";
+    const bool isWindows = LbPath::c_Separator == L'\\';
+    const std::wstring plain = std::wstring(c_Plain) + (isWindows ? L"\\" : L"");
+    if (!argument.empty() && argument.find_first_not_of(plain) == std::wstring::npos)
+    {
+        return argument;
+    }
+    if (isWindows)
+    {
+        return LbCommandLine::Quote(argument);
+    }
+    std::wstring quoted = L"'";
+    for (const wchar_t character : argument)
+    {
+        quoted += character == L'\'' ? std::wstring(L"'\\''") : std::wstring(1, character);
+    }
+    return quoted + L"'";
+}
+
+std::wstring DescribeClosing(const CRunState& state, const std::wstring& folder)
+{
+    const auto isQuarantined = [&state](std::uint32_t index) { return state.GetPlan().cases[index].isQuarantined; };
+    const Cases failed =
+        findCases(state, [&](std::uint32_t index) { return hasFailed(state, index) && !isQuarantined(index); });
+    const Cases quarantined =
+        findCases(state, [&](std::uint32_t index) { return hasFailed(state, index) && isQuarantined(index); });
+    const Cases flaky =
+        findCases(state, [&](std::uint32_t index) { return state.GetVerdict(index) == EVerdict::Flaky; });
+    const auto nothing = [](std::uint32_t /*index*/) { return std::wstring(); };
+    std::wstring text =
+        list(L"Fehlgeschlagen:", state, failed, [&](std::uint32_t index) { return describeShared(state, index); }) +
+        list(L"Fehlgeschlagen, in Quarantäne:", state, quarantined, nothing) +
+        list(L"Unzuverlässig (erst bei einer Wiederholung bestanden):", state, flaky, nothing) + listSlowest(state);
+    return failed.empty() ? text : text + describeRepetition(folder, state.GetPlan().arguments);
+}
+
+} // namespace Runner

@@ -1,0 +1,141 @@
+#include "testing/lutestsuiterunner/console/progress.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "base/lbformat.h"
+#include "testing/lutestsuiterunner/console/casetext.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000;
+constexpr std::size_t c_RunningShown = 3;
+
+} // namespace
+
+std::wstring FormatDuration(std::uint64_t seconds)
+{
+    constexpr std::uint64_t c_Minute = 60;
+    constexpr std::uint64_t c_Hour = 3600;
+    return seconds < c_Hour
+               ? LbFormat(L"%d:%02d", seconds / c_Minute, seconds % c_Minute)
+               : LbFormat(L"%d:%02d:%02d", seconds / c_Hour, seconds % c_Hour / c_Minute, seconds % c_Minute);
+}
+
+std::wstring FormatProgress(const SProgress& progress)
+{
+    std::wstring text = LbFormat(L"%d/%d, fehlgeschlagen: %d, Zeit: %s", progress.done, progress.total, progress.failed,
+                                 FormatDuration(progress.elapsed));
+    if (progress.left != 0)
+    {
+        text += LbFormat(L", noch etwa %s", FormatDuration(progress.left));
+    }
+    for (const auto& [name, seconds] : progress.running)
+    {
+        text += LbFormat(L", %s (%s)", name, FormatDuration(seconds));
+    }
+    return text;
+}
+
+CProgressLine::CProgressLine(const SPlan& plan, std::size_t total, std::vector<std::uint64_t> times)
+    : m_plan(plan), m_times(std::move(times)), m_timer(LbTimer::eR_NanoSecond)
+{
+    m_progress.total = total;
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        m_totalWeight += plan.cases[index].isInShard ? static_cast<double>(getWeight(index)) : 0;
+    }
+    m_thread = std::thread([this] { run(); });
+}
+
+CProgressLine::~CProgressLine()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_hasEnded = true;
+    }
+    m_ended.notify_all();
+    m_thread.join();
+    CTerminal::Get().ShowStatus(L"");
+}
+
+void CProgressLine::OnStarted(std::uint32_t caseIndex)
+{
+    const std::lock_guard lock(m_mutex);
+    m_running[caseIndex] = m_timer.GetElapsed();
+}
+
+void CProgressLine::OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bool isFinal)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_running.erase(caseIndex);
+        if (attempt.IsFinished() && attempt.kind == EAttemptKind::First)
+        {
+            ++m_progress.done;
+            m_doneWeight += static_cast<double>(getWeight(caseIndex));
+        }
+        m_progress.failed += isFinal && !attempt.HasPassed() && attempt.kind != EAttemptKind::Confirm ? 1 : 0;
+    }
+    if (const std::wstring text = DescribeAttempt(m_plan, caseIndex, attempt); !text.empty())
+    {
+        CTerminal::Get().WriteOutput(text);
+    }
+}
+
+void CProgressLine::run()
+{
+    using namespace std::chrono_literals;
+    const auto interval = CTerminal::Get().HasStatus() ? std::chrono::milliseconds(250) : 30s;
+    std::unique_lock lock(m_mutex);
+    while (!m_ended.wait_for(lock, interval, [this] { return m_hasEnded; }))
+    {
+        const std::wstring text = FormatProgress(getProgress());
+        lock.unlock();
+        if (CTerminal::Get().HasStatus())
+        {
+            CTerminal::Get().ShowStatus(text);
+        }
+        else
+        {
+            CTerminal::Get().WriteError(text + L"\n");
+        }
+        lock.lock();
+    }
+}
+
+std::uint64_t CProgressLine::getWeight(std::uint32_t caseIndex) const
+{
+    return m_times.empty() ? 1 : std::max<std::uint64_t>(1, m_times[caseIndex]);
+}
+
+SProgress CProgressLine::getProgress() const
+{
+    SProgress progress = m_progress;
+    const std::uint64_t now = m_timer.GetElapsed();
+    progress.elapsed = now / c_NanosecondsPerSecond;
+    if (m_doneWeight > 0)
+    {
+        const double left = std::max(0.0, m_totalWeight - m_doneWeight) / m_doneWeight;
+        progress.left = static_cast<std::uint64_t>(left * static_cast<double>(now) / c_NanosecondsPerSecond);
+    }
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> running;
+    for (const auto& [caseIndex, start] : m_running)
+    {
+        running.emplace_back(start, caseIndex);
+    }
+    std::ranges::sort(running);
+    for (std::size_t place = 0; place < running.size() && place < c_RunningShown; ++place)
+    {
+        const auto& [start, caseIndex] = running[place];
+        progress.running.emplace_back(GetCaseName(m_plan, caseIndex), (now - start) / c_NanosecondsPerSecond);
+    }
+    return progress;
+}
+
+} // namespace Runner

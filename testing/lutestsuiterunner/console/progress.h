@@ -1,0 +1,69 @@
+/// How far a run is, and its failures as they happen.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/inoncopyable.h"
+#include "base/lbtimer.h"
+#include "testing/lutestsuiterunner/execution/listener.h"
+
+namespace Runner
+{
+
+/// A moment of a run.
+struct SProgress
+{
+    std::size_t done = 0;
+    std::size_t total = 0;
+    std::size_t failed = 0;
+    std::uint64_t elapsed = 0; ///< seconds, as all times
+    std::uint64_t left = 0;    ///< estimate; 0 while it is unknown
+    /// The cases that have been running longest, and how long.
+    std::vector<std::pair<std::wstring, std::uint64_t>> running;
+};
+
+/// One line, without line feed.
+std::wstring FormatProgress(const SProgress& progress);
+
+/// A duration in minutes and seconds, or with hours: "0:07", "1:02:03".
+std::wstring FormatDuration(std::uint64_t seconds);
+
+/// While it lives, shows the progress: on a terminal a line that is rewritten, else a line every 30 seconds. Failed
+/// attempts appear at once, with what is known of them.
+class CProgressLine : public IRunListener, public INonCopyable
+{
+public:
+    /// `total` is the number of cases to run; `times` says by case index how long each may take, in nanoseconds, or is
+    /// empty. The plan outlives the object.
+    CProgressLine(const SPlan& plan, std::size_t total, std::vector<std::uint64_t> times);
+    ~CProgressLine() override;
+
+    void OnStarted(std::uint32_t caseIndex) override;
+    void OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bool isFinal) override;
+
+private:
+    void run();
+    void show();
+    std::uint64_t getWeight(std::uint32_t caseIndex) const;
+    SProgress getProgress() const;
+
+    const SPlan& m_plan;
+    const std::vector<std::uint64_t> m_times;
+    const LbTimer m_timer;
+    mutable std::mutex m_mutex; ///< of all below
+    std::condition_variable m_ended;
+    bool m_hasEnded = false;
+    SProgress m_progress;
+    double m_doneWeight = 0;
+    double m_totalWeight = 0;
+    std::map<std::uint32_t, std::uint64_t> m_running; ///< start in nanoseconds of `m_timer`
+    std::thread m_thread;
+};
+
+} // namespace Runner

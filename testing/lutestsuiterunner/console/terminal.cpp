@@ -1,0 +1,72 @@
+#include "testing/lutestsuiterunner/console/terminal.h"
+
+#include <algorithm>
+
+#include "base/lbencoding.h"
+#include "base/os/console.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+constexpr const char* c_EraseLine = "\r\x1b[K";
+
+} // namespace
+
+CTerminal& CTerminal::Get()
+{
+    static CTerminal s_terminal;
+    return s_terminal;
+}
+
+CTerminal::CTerminal() : m_hasStatus(LbOs::GetErrorTerminalWidth() > 0) {}
+
+void CTerminal::ShowStatus(const std::wstring& text)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_hasStatus)
+    {
+        erase();
+        m_status = text;
+        redraw();
+    }
+}
+
+void CTerminal::WriteOutput(const std::wstring& lines)
+{
+    const std::lock_guard lock(m_mutex);
+    erase();
+    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(lines));
+    redraw();
+}
+
+void CTerminal::WriteError(const std::wstring& lines)
+{
+    const std::lock_guard lock(m_mutex);
+    erase();
+    LbOs::WriteStandardError(LbEncoding::ToUtf8(lines));
+    redraw();
+}
+
+void CTerminal::erase()
+{
+    if (!m_status.empty())
+    {
+        LbOs::WriteStandardError(c_EraseLine);
+    }
+}
+
+void CTerminal::redraw()
+{
+    if (m_status.empty())
+    {
+        return;
+    }
+    // A line as wide as the terminal may wrap.
+    const std::size_t width = std::max<std::size_t>(1, LbOs::GetErrorTerminalWidth()) - 1;
+    LbOs::WriteStandardError(LbEncoding::ToUtf8(m_status.substr(0, width)));
+}
+
+} // namespace Runner

@@ -1,0 +1,38 @@
+/// The place where the host's lines appear, with a status line below them on a terminal.
+#pragma once
+
+#include <mutex>
+#include <string>
+
+#include "base/inoncopyable.h"
+
+namespace Runner
+{
+
+/// Standard output and standard error of the process. Any thread; lines of different calls never interleave.
+class CTerminal : public INonCopyable
+{
+public:
+    static CTerminal& Get();
+
+    /// True if standard error is a terminal that can rewrite a line.
+    bool HasStatus() const { return m_hasStatus; }
+
+    /// Shows the text in place of the last one, cut to the terminal's width. Empty: no status line any more.
+    void ShowStatus(const std::wstring& text);
+
+    /// Lines, each with its line feed; the status line moves below them.
+    void WriteOutput(const std::wstring& lines);
+    void WriteError(const std::wstring& lines);
+
+private:
+    CTerminal();
+    void erase();
+    void redraw();
+
+    std::mutex m_mutex;
+    bool m_hasStatus;
+    std::wstring m_status;
+};
+
+} // namespace Runner

@@ -1,0 +1,49 @@
+#include "testing/lutestsuiterunner/execution/caseend.h"
+
+#include <string>
+#include <vector>
+
+namespace Runner
+{
+
+namespace
+{
+
+std::wstring join(const std::wstring& prefix, const std::vector<std::wstring>& lines)
+{
+    std::wstring text;
+    for (const std::wstring& line : lines)
+    {
+        text += prefix + line + L"\n";
+    }
+    return text;
+}
+
+/// The run has put them behind all other messages.
+void removeStacks(const std::vector<std::wstring>& stacks, std::wstring& messages)
+{
+    if (const std::wstring tail = join(L"\t\tINFO:  ", stacks); messages.ends_with(tail))
+    {
+        messages.resize(messages.size() - tail.size());
+    }
+}
+
+} // namespace
+
+SCaseEnded MakeCaseEnd(const LuTestSuiteRun::SCaseFinished& finished)
+{
+    const std::vector<std::wstring> stacks = LuTestSuiteRun::DescribeStacks(finished.end.stacks);
+    SCaseEnded record;
+    record.end = static_cast<EAttemptEnd>(finished.end.kind);
+    record.info = finished.info;
+    removeStacks(stacks, record.info.messages);
+    record.processId = finished.end.processId;
+    record.exitStatus = finished.end.exitStatus;
+    record.reason = finished.end.reason;
+    // With a reason the last lines stand in the messages.
+    record.output = record.reason.empty() ? join(L"", finished.end.lastLines) : L"";
+    record.stacks = join(L"", stacks);
+    return record;
+}
+
+} // namespace Runner

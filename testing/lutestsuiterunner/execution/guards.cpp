@@ -1,0 +1,52 @@
+#include "testing/lutestsuiterunner/execution/guards.h"
+
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "base/os/modules.h"
+#include "base/os/platform.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// Empty if the module is loaded.
+std::wstring findModuleProblem(const std::wstring& name)
+{
+    const std::wstring path =
+        LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + LbPath::ToNative(name) + LbOs::c_ModuleSuffix;
+    if (!LbFileSystem::IsFile(path))
+    {
+        return LbFormat(L"Das Modul '%s' fehlt", name);
+    }
+    // Of a module that is loaded already this only counts one user more.
+    std::wstring reason;
+    return LbOs::LoadModule(path, reason) ? L"" : LbFormat(L"Das Modul '%s' konnte nicht geladen werden", name);
+}
+
+} // namespace
+
+std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup, std::size_t caseCount)
+{
+    std::vector<std::wstring> problems;
+    if (caseCount < options.minCases)
+    {
+        problems.push_back(
+            LbFormat(L"Die Auswahl trifft %u Fälle, verlangt sind mindestens %u", caseCount, options.minCases));
+    }
+    if (options.requireAllModules)
+    {
+        for (const std::wstring& name : setup.dlls)
+        {
+            if (std::wstring problem = findModuleProblem(name); !problem.empty())
+            {
+                problems.push_back(std::move(problem));
+            }
+        }
+    }
+    return problems;
+}
+
+} // namespace Runner

@@ -1,0 +1,18 @@
+/// Guards against runs that are green because nothing was tested.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuiterunner/settings/options.h"
+
+namespace Runner
+{
+
+/// What makes the run red whatever its cases say: fewer case runs than demanded, and, if demanded, modules behind --dll
+/// that are missing or could not be loaded. German, one line each. The modules have been loaded before.
+std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
+                                       std::size_t caseCount);
+
+} // namespace Runner

@@ -1,0 +1,136 @@
+#include "testing/lutestsuiterunner/execution/hostcrash.h"
+
+#include <algorithm>
+
+#include "base/lbencoding.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "base/os/crash.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+constexpr std::wstring_view c_CrashStart = L"Fehler: Absturz in ";
+constexpr std::wstring_view c_ErrorStart = L"Fehler: ";
+
+std::wstring getNotePath(const std::wstring& folder, std::uint32_t journal)
+{
+    return LbFormat(L"%s%s%scrash-%u.txt", folder, c_OutputFolderName, std::wstring(1, LbPath::c_Separator), journal);
+}
+
+std::wstring readNote(const std::wstring& path)
+{
+    return LbFileSystem::IsFile(path) ? LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path)) : std::wstring();
+}
+
+const LuTestSuite::STestCase& getCase(const SPlan& plan, std::uint32_t index)
+{
+    return plan.unitTests[plan.cases[index].unitTest].cases[plan.cases[index].testCase];
+}
+
+/// As the note names the case.
+std::wstring getCrashName(const SPlan& plan, std::uint32_t index)
+{
+    std::wstring name =
+        LbFormat(L"'%s:%s'", plan.unitTests[plan.cases[index].unitTest].className, getCase(plan, index).name);
+    std::ranges::replace_if(
+        name, [](wchar_t character) { return character < L' '; }, L' ');
+    return name;
+}
+
+std::wstring getFirstLine(std::wstring_view text)
+{
+    return std::wstring(text.substr(0, text.find_first_of(L"\r\n")));
+}
+
+/// Empty if the note does not say that the case has ended the host.
+std::wstring findReason(const std::wstring& note, const SPlan& plan, std::uint32_t index, bool isOnlyOne)
+{
+    const std::wstring named = std::wstring(c_CrashStart) + getCrashName(plan, index) + L": ";
+    if (note.starts_with(named))
+    {
+        return L"Absturz des Prozesses, der den Lauf ausführte: " + getFirstLine(note.substr(named.size()));
+    }
+    const bool isOfAnother = note.starts_with(c_CrashStart);
+    if (!isOnlyOne || isOfAnother || !note.starts_with(c_ErrorStart))
+    {
+        return L"";
+    }
+    return L"Ende des Prozesses, der den Lauf ausführte: " + getFirstLine(note.substr(c_ErrorStart.size()));
+}
+
+bool isInProcess(const CRunState& state, std::uint32_t index)
+{
+    const SPlan& plan = state.GetPlan();
+    return state.GetAttempts(index).back().kind != EAttemptKind::Confirm &&
+           !LuTestSuiteRun::GetCaseParams(plan.params, getCase(plan, index).parameters).external;
+}
+
+SCaseEnded makeEnd(const SAttempt& attempt, const std::wstring& reason)
+{
+    SCaseEnded record;
+    record.caseIndex = attempt.result.caseIndex;
+    record.attempt = attempt.result.attempt;
+    record.end = EAttemptEnd::HostEnded;
+    record.processId = attempt.result.processId;
+    record.info.threadIndex = attempt.result.info.threadIndex;
+    record.reason = reason;
+    return record;
+}
+
+} // namespace
+
+CCrashNote::CCrashNote(const std::wstring& folder, std::uint32_t journal)
+    : m_path(getNotePath(folder, journal)), m_file(LbOs::c_InvalidFile)
+{
+    if (LbFileSystem::AssertDirectory(folder + c_OutputFolderName))
+    {
+        m_file = LbOs::OpenForWriting(m_path);
+    }
+    if (m_file == LbOs::c_InvalidFile)
+    {
+        throw LbException(LbFormat(L"Die Datei %s konnte nicht angelegt werden", m_path));
+    }
+    LbOs::CopyCrashTexts(m_file);
+}
+
+CCrashNote::~CCrashNote()
+{
+    LbOs::CopyCrashTexts(LbOs::c_InvalidFile);
+    const bool isEmpty = LbOs::GetFileSize(m_file) == 0;
+    LbOs::CloseFile(m_file);
+    if (isEmpty)
+    {
+        LbOs::RemoveFile(m_path);
+    }
+}
+
+SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder)
+{
+    SUnderWay underWay;
+    for (const std::uint32_t index : state.GetOpenCases())
+    {
+        (isInProcess(state, index) ? underWay.suspects : underWay.others).push_back(index);
+    }
+    const bool isOnlyOne = underWay.suspects.size() == 1;
+    std::erase_if(underWay.suspects, [&](std::uint32_t index) {
+        const SAttempt& attempt = state.GetAttempts(index).back();
+        const std::wstring note = readNote(getNotePath(folder, attempt.started.journal));
+        const std::wstring reason = findReason(note, state.GetPlan(), index, isOnlyOne);
+        if (!reason.empty())
+        {
+            underWay.crashed.push_back(makeEnd(attempt, reason));
+        }
+        return !reason.empty();
+    });
+    return underWay;
+}
+
+} // namespace Runner

@@ -1,0 +1,126 @@
+#include "testing/lutestsuiterunner/execution/order.h"
+
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+namespace Runner
+{
+
+namespace
+{
+
+using Cases = std::vector<std::uint32_t>;
+
+/// As FailedFirst wants them.
+int getRank(const std::optional<SPreviousCase>& previous)
+{
+    return !previous ? 1 : previous->hasFailed ? 0 : 2;
+}
+
+bool isLonger(const std::optional<SPreviousCase>& a, const std::optional<SPreviousCase>& b)
+{
+    return a && b ? a->time > b->time : !a && b;
+}
+
+/// The standard's own shuffle may differ between run-times.
+void shuffle(Cases& cases, std::uint64_t seed)
+{
+    std::mt19937_64 random(seed);
+    for (std::size_t left = cases.size(); left > 1; --left)
+    {
+        std::swap(cases[left - 1], cases[random() % left]);
+    }
+}
+
+/// Of the cases that are known; 1 without one.
+std::uint64_t getMeanTime(const PreviousCases& previous)
+{
+    std::uint64_t sum = 0;
+    std::uint64_t count = 0;
+    for (const std::optional<SPreviousCase>& one : previous)
+    {
+        sum += one ? one->time : 0;
+        count += one ? 1 : 0;
+    }
+    return count == 0 ? 1 : std::max<std::uint64_t>(1, sum / count);
+}
+
+Cases sortByName(const SPlan& plan)
+{
+    std::vector<std::wstring> names;
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        names.push_back(GetCaseName(plan, index));
+    }
+    Cases cases(plan.cases.size());
+    std::iota(cases.begin(), cases.end(), 0U);
+    std::ranges::stable_sort(cases, [&names](std::uint32_t a, std::uint32_t b) { return names[a] < names[b]; });
+    return cases;
+}
+
+/// The shard of each case, from 0, in the order of `cases`.
+std::vector<std::uint32_t> dealByTime(const std::vector<std::uint64_t>& times, std::uint32_t shards)
+{
+    std::vector<std::uint64_t> loads(shards, 0);
+    std::vector<std::uint32_t> owners;
+    for (const std::uint64_t time : times)
+    {
+        const auto least = std::ranges::min_element(loads);
+        *least += time;
+        owners.push_back(static_cast<std::uint32_t>(least - loads.begin()));
+    }
+    return owners;
+}
+
+} // namespace
+
+PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous)
+{
+    PreviousCases cases(plan.cases.size());
+    for (std::uint32_t index = 0; index < cases.size(); ++index)
+    {
+        cases[index] = previous.Find(plan, index);
+    }
+    return cases;
+}
+
+void SortCases(Cases& cases, EOrder order, const PreviousCases& previous, std::uint64_t seed)
+{
+    switch (order)
+    {
+    case EOrder::FailedFirst:
+        std::ranges::stable_sort(cases, {}, [&previous](std::uint32_t index) { return getRank(previous[index]); });
+        break;
+    case EOrder::LongestFirst:
+        std::ranges::stable_sort(
+            cases, [&previous](std::uint32_t a, std::uint32_t b) { return isLonger(previous[a], previous[b]); });
+        break;
+    case EOrder::Random:
+        shuffle(cases, seed);
+        break;
+    case EOrder::Listed:
+        break;
+    }
+}
+
+void SelectShard(SPlan& plan, const PreviousCases& previous)
+{
+    const bool isTimed = std::ranges::any_of(previous, [](const auto& one) { return one.has_value(); });
+    const std::uint64_t mean = getMeanTime(previous);
+    // Without times all cases weigh the same, so that they are dealt out one by one.
+    const auto getTime = [&](std::uint32_t index) {
+        return !isTimed || !previous[index] ? mean : std::max<std::uint64_t>(1, previous[index]->time);
+    };
+    Cases cases = sortByName(plan);
+    std::ranges::stable_sort(cases, std::greater(), getTime);
+    std::vector<std::uint64_t> times;
+    std::ranges::transform(cases, std::back_inserter(times), getTime);
+    const std::vector<std::uint32_t> owners = dealByTime(times, plan.shard.count);
+    for (std::size_t place = 0; place < cases.size(); ++place)
+    {
+        plan.cases[cases[place]].isInShard = owners[place] + 1 == plan.shard.number;
+    }
+}
+
+} // namespace Runner

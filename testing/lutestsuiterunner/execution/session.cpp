@@ -1,0 +1,134 @@
+#include "testing/lutestsuiterunner/execution/session.h"
+
+#include <algorithm>
+
+#include "base/lbformat.h"
+#include "base/os/interruption.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
+#include "testing/lutestsuiterunner/execution/caseend.h"
+#include "testing/lutestsuiterunner/execution/caselist.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+bool isFailure(const SAttempt& attempt)
+{
+    return attempt.IsFinished() && !attempt.HasPassed();
+}
+
+} // namespace
+
+/// Turns the library's events into records.
+class CSession::CObserver : public LuTestSuiteRun::IRunObserver
+{
+public:
+    CObserver(CSession& session, std::span<const std::uint32_t> cases, EAttemptKind kind)
+        : m_session(session), m_cases(cases), m_kind(kind)
+    {
+    }
+
+    void OnCaseStarted(const LuTestSuiteRun::SCaseStarted& started) override
+    {
+        m_session.start(m_cases[started.index], m_kind, started.info.threadIndex, started.processId);
+    }
+
+    void OnCaseFinished(const LuTestSuiteRun::SCaseFinished& finished) override
+    {
+        SCaseEnded record = MakeCaseEnd(finished);
+        record.caseIndex = m_cases[finished.index];
+        m_session.End(std::move(record));
+    }
+
+    void OnCanceled() override { m_session.noteCancellation(); }
+
+private:
+    CSession& m_session;
+    std::span<const std::uint32_t> m_cases;
+    EAttemptKind m_kind;
+};
+
+CSession::CSession(const SSessionParts& parts, const LuTestSuiteSetup& setup, const SSessionLimits& limits)
+    : m_parts(parts), m_setup(setup), m_limits(limits), m_failed(limits.failedBefore)
+{
+    // Each repetition is a case run of the plan.
+    m_setup.params.repetitions = 1;
+    m_setup.checkCallback = [this] { return IsCanceled(); };
+}
+
+void CSession::Note(const Record& record)
+{
+    const std::uint64_t sequence = m_parts.writer.Write(record);
+    m_parts.state.Apply({m_parts.journal, sequence}, record);
+}
+
+void CSession::Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process)
+{
+    if (!cases.empty() && !IsCanceled())
+    {
+        m_setup.unitTests = MakeCaseList(m_parts.state.GetPlan(), cases, process == EProcess::Own);
+        CObserver observer(*this, cases, kind);
+        LuTestSuiteRun::Run(m_setup, m_parts.environment, observer, {.takeStacks = true});
+    }
+    if (IsCanceled())
+    {
+        noteCancellation();
+    }
+}
+
+bool CSession::IsCanceled() const
+{
+    return LbOs::GetInterruption() != LbOs::EInterruption::None ||
+           (m_limits.failFast != 0 && m_failed >= m_limits.failFast);
+}
+
+void CSession::start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t worker, std::uint64_t processId)
+{
+    const std::span<const SAttempt> attempts = m_parts.state.GetAttempts(caseIndex);
+    const bool isBrokenOff = !attempts.empty() && !attempts.back().IsFinished();
+    SCaseStarted record;
+    record.caseIndex = caseIndex;
+    record.attempt = static_cast<std::uint32_t>(attempts.size()) + (isBrokenOff ? 0 : 1);
+    record.kind = isBrokenOff ? attempts.back().kind : kind;
+    record.worker = worker;
+    record.processId = processId;
+    Note(record);
+    m_parts.listener.OnStarted(caseIndex);
+}
+
+void CSession::End(SCaseEnded record)
+{
+    const std::uint32_t caseIndex = record.caseIndex;
+    record.attempt = static_cast<std::uint32_t>(m_parts.state.GetAttempts(caseIndex).size());
+    Note(record);
+    const SAttempt& attempt = m_parts.state.GetAttempts(caseIndex).back();
+    const bool isCounted = isFailure(attempt) && isFinal(attempt) && attempt.kind != EAttemptKind::Confirm &&
+                           !m_parts.state.GetPlan().cases[caseIndex].isQuarantined;
+    m_failed += isCounted ? 1 : 0;
+    m_parts.listener.OnEnded(caseIndex, attempt, isFinal(attempt));
+}
+
+bool CSession::isFinal(const SAttempt& attempt) const
+{
+    return attempt.IsFinished() && (attempt.HasPassed() || attempt.result.attempt > m_limits.retries);
+}
+
+void CSession::noteCancellation()
+{
+    if (m_isCancellationNoted)
+    {
+        return;
+    }
+    m_isCancellationNoted = true;
+    const LbOs::EInterruption interruption = LbOs::GetInterruption();
+    SRunCanceled record;
+    record.reason = interruption == LbOs::EInterruption::User ? std::wstring(L"durch den Benutzer (Strg-C)")
+                    : interruption == LbOs::EInterruption::Terminate
+                        ? std::wstring(L"durch eine Aufforderung des Systems, den Prozess zu beenden")
+                        : LbFormat(L"nach %u fehlgeschlagenen Fällen (--fail-fast)", m_failed.load());
+    Note(record);
+}
+
+} // namespace Runner

@@ -1,0 +1,78 @@
+/// One host at work on a run: runs cases and records what happens.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "base/inoncopyable.h"
+#include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuiterunner/execution/listener.h"
+#include "testing/lutestsuiterunner/journal/writer.h"
+#include "testing/lutestsuiterunner/model/runstate.h"
+
+class LuTestSuiteEnvironment;
+
+namespace Runner
+{
+
+/// What a session works with; the caller keeps all of it.
+struct SSessionParts
+{
+    CRunState& state;
+    CJournalWriter& writer;
+    LuTestSuiteEnvironment& environment;
+    IRunListener& listener;
+    std::uint32_t journal; ///< number of the writer's
+};
+
+/// Where cases run.
+enum class EProcess
+{
+    AsPlanned,
+    Own ///< each in a child process of its own
+};
+
+/// How far it goes.
+struct SSessionLimits
+{
+    std::uint32_t retries = 0;
+    std::uint32_t failFast = 0;     ///< failed cases that end the run; 0: none does
+    std::uint32_t failedBefore = 0; ///< failed cases of earlier sessions, which count as well
+};
+
+class CSession : public INonCopyable
+{
+public:
+    /// The setup's mode holds for all cases; its selection and its reports do not matter.
+    CSession(const SSessionParts& parts, const LuTestSuiteSetup& setup, const SSessionLimits& limits);
+
+    /// Writes the record, then applies it to the state. Any thread.
+    void Note(const Record& record);
+
+    /// Records that the open attempt at a case has come to its end, with the attempt's number, and tells the listener.
+    void End(SCaseEnded record);
+
+    /// Runs the cases in this order. A case that was broken off is run under its own attempt again. Throws LbException
+    /// if recording fails; then no further case starts.
+    void Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process);
+
+    /// True if no more cases are to be run: a request from outside, or enough failed cases.
+    bool IsCanceled() const;
+
+private:
+    class CObserver;
+
+    void start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t worker, std::uint64_t processId);
+    void noteCancellation();
+    bool isFinal(const SAttempt& attempt) const;
+
+    SSessionParts m_parts;
+    LuTestSuiteSetup m_setup;
+    SSessionLimits m_limits;
+    std::atomic<std::uint32_t> m_failed;
+    bool m_isCancellationNoted = false;
+};
+
+} // namespace Runner

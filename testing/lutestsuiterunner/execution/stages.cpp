@@ -1,0 +1,102 @@
+#include "testing/lutestsuiterunner/execution/stages.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "testing/lutestsuite/lutestsuiterunevents.h"
+#include "testing/lutestsuiterunner/execution/hostcrash.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+using Cases = std::vector<std::uint32_t>;
+
+Cases findCases(const CRunState& state, const std::function<bool(std::uint32_t)>& isWanted)
+{
+    Cases cases;
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        if (state.GetPlan().cases[index].isInShard && !state.GetAttempts(index).empty() && isWanted(index))
+        {
+            cases.push_back(index);
+        }
+    }
+    return cases;
+}
+
+/// Failed so far, with fewer attempts than this one, or broken off at it.
+bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t attempt)
+{
+    const std::span<const SAttempt> attempts = state.GetAttempts(index);
+    const bool isBrokenOff = attempts.size() == attempt && !attempts.back().IsFinished();
+    const bool isNext = attempts.size() + 1 == attempt && attempts.back().IsFinished();
+    return state.GetVerdict(index) == EVerdict::Failed && attempts.back().kind != EAttemptKind::Confirm &&
+           (isBrokenOff || isNext);
+}
+
+/// It would bring this host down as well.
+bool hasEndedHost(const CRunState& state, std::uint32_t index)
+{
+    return std::ranges::any_of(state.GetAttempts(index), [](const SAttempt& attempt) {
+        return attempt.IsEnded() && attempt.result.end == EAttemptEnd::HostEnded;
+    });
+}
+
+bool hasSharedProcess(const CRunState& state, std::uint32_t index)
+{
+    const SPlan& plan = state.GetPlan();
+    const SPlannedCase& planned = plan.cases[index];
+    const auto& parameters = plan.unitTests[planned.unitTest].cases[planned.testCase].parameters;
+    return !LuTestSuiteRun::GetCaseParams(plan.params, parameters).external ||
+           !state.GetPredecessors(*state.GetReported(index)).empty();
+}
+
+bool isToBeConfirmed(const CRunState& state, std::uint32_t index)
+{
+    const SAttempt& last = state.GetAttempts(index).back();
+    const bool isDone = last.kind == EAttemptKind::Confirm && last.IsFinished();
+    return state.GetVerdict(index) == EVerdict::Failed && !isDone && hasSharedProcess(state, index);
+}
+
+void retry(CSession& session, const CRunState& state, std::uint32_t attempt)
+{
+    Cases cases = findCases(state, [&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); });
+    const auto apart =
+        std::ranges::stable_partition(cases, [&state](std::uint32_t index) { return !hasEndedHost(state, index); });
+    session.Run({cases.begin(), apart.begin()}, EAttemptKind::Retry, EProcess::AsPlanned);
+    session.Run(apart, EAttemptKind::Retry, EProcess::Own);
+}
+
+} // namespace
+
+void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder)
+{
+    const SUnderWay underWay = FindUnderWay(state, folder);
+    for (const SCaseEnded& record : underWay.crashed)
+    {
+        session.End(record);
+    }
+    // Those that had child processes are run with their stage.
+    session.Run(underWay.suspects, EAttemptKind::First, EProcess::Own);
+}
+
+void RunStages(CSession& session, const CRunState& state, const Cases& cases, const SStages& stages)
+{
+    constexpr std::uint32_t c_FirstRetry = 2;
+    session.Run(cases, EAttemptKind::First, EProcess::AsPlanned);
+    for (std::uint32_t attempt = c_FirstRetry; attempt < c_FirstRetry + stages.retries && !session.IsCanceled();
+         ++attempt)
+    {
+        retry(session, state, attempt);
+    }
+    if (stages.confirm && !session.IsCanceled())
+    {
+        session.Run(findCases(state, [&](std::uint32_t index) { return isToBeConfirmed(state, index); }),
+                    EAttemptKind::Confirm, EProcess::Own);
+    }
+}
+
+} // namespace Runner

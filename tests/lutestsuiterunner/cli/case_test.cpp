@@ -1,0 +1,65 @@
+#include <gtest/gtest.h>
+
+#include "tests/lutestsuiterunner/cli/runnertest.h"
+
+namespace
+{
+
+using RunnerCase = RunnerTest;
+
+TEST_F(RunnerCase, HasAStatusForEachOutcome)
+{
+    m_folder.MakeFolder(L"data/unten/CResultModel");
+
+    EXPECT_EQ(Run({L"case", L"CResultModel:bestanden"}).exitStatus, 0);
+    EXPECT_EQ(Run({L"case", L"unten/CResultModel:fehlgeschlagen"}).exitStatus, 11);
+    EXPECT_EQ(Run({L"case", L"CResultModel:eigene Ausnahme"}).exitStatus, 12);
+    EXPECT_EQ(Run({L"case", L"CResultModel:keine Eingabe"}).exitStatus, 13);
+    EXPECT_EQ(Run({L"case", L"CResultModel:abweichend"}).exitStatus, 14);
+    EXPECT_EQ(Run({L"case", L"CResultModel:unbekannter Wert"}).exitStatus, 15);
+}
+
+TEST_F(RunnerCase, PrintsTheMessages)
+{
+    m_folder.MakeFolder(L"data/CMessageModel");
+
+    const SHostRun run = Run({L"case", L"CMessageModel:Fehler"});
+
+    ExpectLine(run.output, "CMessageModel:Fehler: ");
+    ExpectLine(run.output, "ERROR: 3 statt 4\n");
+}
+
+TEST_F(RunnerCase, SkipsDisabledCases)
+{
+    m_folder.WriteFile(L"data/CPassedModel/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name=\"eins\"><Enable>false</Enable></TestCase></ExtraInfo>");
+
+    const SHostRun run = Run({L"case", L"CPassedModel:eins"});
+
+    EXPECT_EQ(run.exitStatus, 77);
+    ExpectLine(run.output, "CPassedModel:eins: deaktiviert\n");
+}
+
+TEST_F(RunnerCase, RefusesUnknownNames)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    const SHostRun run = Run({L"case", L"CPassedModel:drei"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "Fehler: Die Auswahl enthält keinen Fall 'CPassedModel:drei'");
+}
+
+TEST_F(RunnerCase, RefusesNamesOfSeveralCases)
+{
+    m_folder.MakeFolder(L"data/a/CPassedModel");
+    m_folder.MakeFolder(L"data/b/CPassedModel");
+
+    const SHostRun run = Run({L"case", L"CPassedModel:eins"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "ist mehrdeutig");
+    EXPECT_EQ(Run({L"case", L"b/CPassedModel:eins"}).exitStatus, 0);
+}
+
+} // namespace

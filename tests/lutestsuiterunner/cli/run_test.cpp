@@ -1,0 +1,267 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "tests/lutestsuiterunner/cli/runnertest.h"
+
+namespace
+{
+
+using RunnerRun = RunnerTest;
+
+TEST_F(RunnerRun, IsGreenWhenEveryCasePassed)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    const SHostRun run = Run({L"run"});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    ExpectLine(run.output, "Fälle: 2, bestanden: 2");
+    for (const wchar_t* name :
+         {L"plan.ndjson", L"journal.ndjson", L"junit.xml", L"summary.json", L"report.xml", L"report.html"})
+    {
+        EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + name)) << LbEncoding::ToUtf8(name);
+    }
+}
+
+TEST_F(RunnerRun, TellsFailedCasesWithFileAndMessagesAndHowToRepeatThem)
+{
+    m_folder.WriteFile(L"data/CDataSetModel/schlecht.txt", "schlecht");
+
+    const SHostRun run = Run({L"run"});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "FEHLGESCHLAGEN CDataSetModel:schlecht.txt");
+    ExpectLine(run.output, "schlecht.txt\n");
+    ExpectLine(run.output, "Fehlgeschlagen:\n    CDataSetModel:schlecht.txt\n");
+    ExpectLine(run.output, "LuTestSuiteRunner run --previous ");
+}
+
+TEST_F(RunnerRun, RepeatsFailedCasesAlone)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    m_folder.MakeFolder(L"data/CFailedModel");
+    Run({L"run"});
+
+    const SHostRun run = Run({L"run", L"--previous", GetOut(), L"--only-failed", L"--force"}, {L"-s"});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "Fälle: 1, bestanden: 0");
+}
+
+TEST_F(RunnerRun, RefusesToReplaceARun)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    Run({L"run"});
+
+    const SHostRun run = Run({L"run"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "enthält schon einen Lauf");
+    EXPECT_EQ(Run({L"run", L"--force"}).exitStatus, 0);
+}
+
+TEST_F(RunnerRun, IsRedWhenTheSelectionHitsTooLittle)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    EXPECT_EQ(Run({L"run", L"--force"}, {L"-i", L"gibtesnicht"}).exitStatus, 1);
+    EXPECT_EQ(Run({L"run", L"--force", L"--min-cases", L"0"}, {L"-i", L"gibtesnicht"}).exitStatus, 0);
+    EXPECT_EQ(Run({L"run", L"--force", L"--min-cases", L"2"}).exitStatus, 0);
+    const SHostRun run = Run({L"run", L"--force", L"--min-cases", L"3"});
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "Die Auswahl trifft 2 Fälle, verlangt sind mindestens 3");
+}
+
+TEST_F(RunnerRun, IsRedWhenADemandedModuleIsMissing)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    EXPECT_EQ(Run({L"run", L"--require-all-modules"}).exitStatus, 0);
+    const SHostRun run = Run({L"run", L"--require-all-modules", L"--force"}, {L"--dll", L"gibtesnicht"});
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "Das Modul 'gibtesnicht' fehlt");
+}
+
+TEST_F(RunnerRun, EndsAtTheFirstFailureIfTold)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+
+    const SHostRun run = Run({L"run", L"--fail-fast"});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "fehlgeschlagen: 1,");
+    ExpectLine(run.output, "--fail-fast");
+}
+
+TEST_F(RunnerRun, FindsFlakyCasesByRetries)
+{
+    m_folder.MakeFolder(L"data/CFlakyModel");
+    const std::vector<std::wstring> selection = {L"-i", L"zweiten Mal"};
+
+    const SHostRun run = Run({L"run", L"--retries", L"2"}, selection);
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "UNZUVERLÄSSIG CFlakyModel:besteht beim zweiten Mal (im Versuch 2 bestanden)");
+    ExpectLine(run.output, "unzuverlässig: 1, fehlgeschlagen: 0");
+}
+
+TEST_F(RunnerRun, AllowsFlakyCasesIfTold)
+{
+    m_folder.MakeFolder(L"data/CFlakyModel");
+
+    EXPECT_EQ(Run({L"run", L"--retries", L"1", L"--allow-flaky"}, {L"-i", L"zweiten Mal"}).exitStatus, 0);
+}
+
+TEST_F(RunnerRun, RepeatsCasesAsOftenAsTold)
+{
+    m_folder.MakeFolder(L"data/CFlakyModel");
+
+    const SHostRun run = Run({L"run", L"--retries", L"3"}, {L"-i", L"besteht nie"});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "Versuch 4)");
+    EXPECT_EQ(run.output.find("Versuch 5)"), std::string::npos);
+}
+
+TEST_F(RunnerRun, IsNotRedForCasesInQuarantine)
+{
+    m_folder.MakeFolder(L"data/CFailedModel");
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const std::wstring file = m_folder.WriteFile(L"quarantaene.txt", "CFailedModel\nCNochNie\n");
+
+    const SHostRun run = Run({L"run", L"--quarantine", file});
+
+    EXPECT_EQ(run.exitStatus, 0);
+    ExpectLine(run.output, "Fehlgeschlagen, in Quarantäne:\n    CFailedModel:allein\n");
+    ExpectLine(run.output, "Quarantäne: 'CNochNie' trifft keinen Fall");
+}
+
+TEST_F(RunnerRun, FindsCasesThatFailInTheSharedProcessOnly)
+{
+    m_folder.MakeFolder(L"data/CSharedStateModel");
+
+    const SHostRun run = Run({L"run", L"--confirm"});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "NUR IM GEMEINSAMEN PROZESS CSharedStateModel:braucht einen frischen Prozess");
+    ExpectLine(run.output, "(nur im gemeinsamen Prozess; davor liefen dort: CSharedStateModel:hinterlässt etwas)");
+}
+
+TEST_F(RunnerRun, RunsFailedCasesFirst)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+    Run({L"run"});
+
+    const SHostRun run =
+        Run({L"run", L"--order", L"failed-first", L"--fail-fast", L"--previous", GetOut(), L"--force"});
+
+    ExpectLine(run.output, "bestanden: 0, unzuverlässig: 0, fehlgeschlagen: 1,");
+}
+
+TEST_F(RunnerRun, PrintsTheSeedOfARandomOrder)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    ExpectLine(Run({L"run", L"--order", L"random:7"}).output, "Reihenfolge: --order random:7\n");
+    ExpectLine(Run({L"run", L"--order", L"random", L"--force"}).output, "Reihenfolge: --order random:");
+}
+
+TEST_F(RunnerRun, MergesItsShardsToTheWholeSelection)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+    const std::wstring first = m_folder.GetPathOf(L"teil1");
+    const std::wstring second = m_folder.GetPathOf(L"teil2");
+    EXPECT_EQ(Run({L"run", L"--shard", L"1/2", L"--out", first}).exitStatus, 1);
+    EXPECT_EQ(Run({L"run", L"--shard", L"2/2", L"--out", second}).exitStatus, 1);
+
+    const SHostRun run = RunRunner({L"merge", first, second, L"--out", GetOut()});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    ExpectLine(run.output, "Fälle: 7, bestanden: 2");
+    ExpectLine(run.output, "nicht ausgeführt: 0");
+}
+
+/// Windows has no signals that a process could send to itself as the console does.
+class RunnerInterruption : public RunnerTest
+{
+protected:
+    void SetUp() override
+    {
+        if (LbPath::c_Separator == L'\\')
+        {
+            GTEST_SKIP() << "raise() does not reach the console's handler";
+        }
+        m_folder.MakeFolder(L"data/CInterruptingModel");
+    }
+};
+
+TEST_F(RunnerInterruption, EndsTheRunWithReportsAndTheStatusOfTheSignal)
+{
+    const SHostRun run = Run({L"run"}, {L"-i", L":Strg-C$", L"-i", L":danach$"});
+
+    EXPECT_EQ(run.exitStatus, 130) << run.errors;
+    ExpectLine(run.output, "Der Lauf wurde abgebrochen: durch den Benutzer (Strg-C)");
+    ExpectLine(run.output, "bestanden: 1, unzuverlässig: 0, fehlgeschlagen: 0, in Quarantäne: 0, nicht ausgeführt: 1");
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + L"junit.xml"));
+    EXPECT_EQ(RunRunner({L"resume", GetOut()}).exitStatus, 0);
+}
+
+TEST_F(RunnerInterruption, EndsTheRunWhenTheSystemDemandsIt)
+{
+    EXPECT_EQ(Run({L"run"}, {L"-i", L":Ende verlangt$", L"-i", L":danach$"}).exitStatus, 143);
+}
+
+TEST_F(RunnerInterruption, EndsAtOnceAtTheSecondRequest)
+{
+    const SHostRun run = Run({L"run"}, {L"-i", L":zweimal Strg-C$", L"-i", L":danach$"});
+
+    EXPECT_EQ(run.exitStatus, 130);
+    EXPECT_EQ(run.output.find("Reports: "), std::string::npos);
+    EXPECT_FALSE(LbFileSystem::Exists(GetOut() + L"junit.xml"));
+}
+
+TEST_F(RunnerRun, TellsWhereACaseCrashed)
+{
+    if (LbPath::c_Separator == L'\\')
+    {
+        GTEST_SKIP() << "there are no stacks on Windows";
+    }
+    m_folder.MakeFolder(L"data/CCrashModel");
+
+    const SHostRun run = Run({L"run"}, {L"-i", L":Zugriffsverletzung$", L"-s"});
+
+    ExpectLine(run.output, "    Stelle: crashmodels.so+0x");
+    EXPECT_EQ(run.output.find("Stapel von Thread"), std::string::npos) << run.output;
+    const nlohmann::json end = FindRecord("end");
+    EXPECT_TRUE(end.at("stacks").get<std::string>().starts_with("Stapel von Thread ")) << end;
+    EXPECT_EQ(end.at("messages").get<std::string>().find("Stapel von Thread"), std::string::npos) << end;
+    for (const wchar_t* report : {L"junit.xml", L"report.xml"})
+    {
+        const std::string text = LbFileSystem::ReadFile8Bit(GetOut() + report);
+        const std::size_t stack = text.find("Stapel von Thread");
+        EXPECT_NE(stack, std::string::npos) << text;
+        EXPECT_EQ(text.find("(Ursache)", stack + 100), std::string::npos) << text;
+    }
+}
+
+TEST_F(RunnerRun, RefusesReportsOfTheOtherHost)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    const SHostRun run = Run({L"run"}, {L"--xml", L"x.xml"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "Die Option '--xml' gibt es hier nicht");
+}
+
+TEST_F(RunnerRun, NeedsAnEarlierRunForItsOrder)
+{
+    EXPECT_EQ(Run({L"run", L"--order", L"failed-first"}).exitStatus, 2);
+    EXPECT_EQ(Run({L"run", L"--only-failed"}).exitStatus, 2);
+}
+
+} // namespace

@@ -1,0 +1,75 @@
+/// Unit tests whose cases end differently when they are run again, or in another process.
+
+#include <csignal>
+#include <cstdlib>
+
+#include "base/lbfilesystem.h"
+#include "base/lustream.h"
+#include "base/luunittest.h"
+
+namespace
+{
+
+bool s_isDirty = false;
+
+/// Cases that remember in the data directory that they have run.
+class CFlakyModel : public LuUnitTest
+{
+    LB_RTTI(CFlakyModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"besteht beim zweiten Mal", [this] { Check(markRun(L"zweites"), L"erster Versuch"); });
+        AddSubtest(L"besteht nie", [this] { Check(false, L"wie immer"); });
+        AddSubtest(L"beendet den Prozess beim ersten Mal", [this] {
+            if (!markRun(L"Ende"))
+            {
+                std::_Exit(EXIT_SUCCESS);
+            }
+        });
+    }
+
+    /// True if it was called before with this name.
+    bool markRun(const std::wstring& name)
+    {
+        const std::wstring path = GetDataDirectory() + name;
+        const bool isMarked = LbFileSystem::IsFile(path);
+        LuStreamWriteBinaryFile(path).Close();
+        return isMarked;
+    }
+};
+
+/// Cases that request the end of their process, as a user at the keyboard or a build server does.
+class CInterruptingModel : public LuUnitTest
+{
+    LB_RTTI(CInterruptingModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"Strg-C", [] { std::raise(SIGINT); });
+        AddSubtest(L"Ende verlangt", [] { std::raise(SIGTERM); });
+        AddSubtest(L"zweimal Strg-C", [] {
+            std::raise(SIGINT);
+            std::raise(SIGINT);
+        });
+        AddSubtest(L"danach", [] {});
+    }
+};
+
+/// Cases that see what earlier cases of their process have left.
+class CSharedStateModel : public LuUnitTest
+{
+    LB_RTTI(CSharedStateModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"hinterlässt etwas", [] { s_isDirty = true; });
+        AddSubtest(L"braucht einen frischen Prozess", [this] { Check(!s_isDirty, L"der Prozess ist nicht frisch"); });
+    }
+};
+
+} // namespace
+
+LB_RTTI_CLASS(CFlakyModel, LuUnitTest)
+LB_RTTI_CLASS(CInterruptingModel, LuUnitTest)
+LB_RTTI_CLASS(CSharedStateModel, LuUnitTest)
