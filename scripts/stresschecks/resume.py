@@ -1,0 +1,244 @@
+"""Runs of LuTestSuiteRunner that are killed at random instants, or whose disk fills up, and that are then resumed:
+nothing is lost, nothing runs twice."""
+import json
+import os
+import random
+import re
+import shutil
+import signal
+import subprocess
+import time
+import xml.etree.ElementTree as ElementTree
+
+MODES = [[], ["-x"], ["-s"], ["-w", "4"], ["-w", "4", "-x"], ["-w", "4", "-s"]]
+LIMIT = 6.0
+# A resumed run is killed as well, at most so often.
+KILLS_A_RUN = 3
+# Most kills shall hit the cases, not the start of the host.
+REPETITIONS = 4
+# Journals of some hundred kilobytes in a mode, for many places where the disk can be full.
+DISK_MODES = [([], 60), (["-x"], 60), (["-w", "4"], 60), (["-s"], 8)]
+LARGE_DISK = "64m"
+
+
+class Runner:
+    """The host of a build, and the options that select all cases of the data."""
+
+    def __init__(self, words, data, modules, processes_of):
+        self.words = words
+        self.data = data
+        self.library = ["-d", data, *(text for module in modules for text in ("--dll", module))]
+        self.processes_of = processes_of
+
+    def start(self, arguments):
+        return subprocess.Popen([*self.words, *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def run_arguments(self, out, mode, repetitions=REPETITIONS):
+        return ["run", "--out", out, "--", *self.library, "-r", str(repetitions), *mode]
+
+
+def journals(folder):
+    """The records of each journal; a torn line at its end is none."""
+    def number(name):
+        match = re.fullmatch(r"journal(?:-(\d+))?\.ndjson", name)
+        return int(match[1] or 1) if match else None
+
+    names = sorted((name for name in os.listdir(folder) if number(name)), key=number)
+    for name in names:
+        records = []
+        with open(os.path.join(folder, name), "rb") as file:
+            for line in file:
+                try:
+                    records.append(json.loads(line)["r"])
+                except ValueError:
+                    break
+        yield records
+
+
+def faults(folder, workers):
+    """What the journals say against the promise."""
+    found = []
+    finished = {}
+    planned = 0
+    for number, records in enumerate(journals(folder), 1):
+        begun = [record for record in records if record["t"] == "begin"]
+        planned = begun[0]["cases"] if begun else planned
+        is_open = set()
+        for record in records:
+            key = (record.get("case"), record.get("attempt"))
+            if record["t"] == "start":
+                if key in finished:
+                    found.append(f"case {key} starts again in journal {number}")
+                is_open.add(key)
+            elif record["t"] == "end":
+                is_open.discard(key)
+                if record.get("end") != "canceled":
+                    if key in finished:
+                        found.append(f"case {key} ends twice")
+                    finished[key] = record["result"]
+        if len(is_open) > workers:
+            found.append(f"journal {number} leaves {len(is_open)} open cases to {workers} workers")
+    missing = planned - len({case for case, _ in finished})
+    if missing:
+        found.append(f"{missing} of {planned} cases are missing")
+    return found
+
+
+def verdicts(folder):
+    """Name and outcome of each case in the order of junit.xml."""
+    cases = []
+    for case in ElementTree.parse(os.path.join(folder, "junit.xml")).iter("testcase"):
+        outcomes = [child.tag for child in case if child.tag in ("failure", "error", "skipped")]
+        cases.append((case.get("classname"), case.get("name"), outcomes))
+    return cases
+
+
+def workers_of(mode):
+    return int(mode[mode.index("-w") + 1]) if "-w" in mode else 1
+
+
+def kill_at_random(process, longest):
+    """False if the process had ended before."""
+    try:
+        process.wait(random.uniform(0, longest))
+        return False
+    except subprocess.TimeoutExpired:
+        process.send_signal(signal.SIGKILL)
+        process.wait()
+        return True
+
+
+def wait_for_processes(runner):
+    end = time.monotonic() + LIMIT
+    while running := runner.processes_of(runner.data):
+        if time.monotonic() > end:
+            return [f"processes {running} are left"]
+        time.sleep(0.02)
+    return []
+
+
+def has_run(out):
+    """A run that was killed before its plan stood has nothing that could be resumed."""
+    return os.path.exists(os.path.join(out, "journal.ndjson"))
+
+
+def has_open_cases(out):
+    """True if the last journal does not end in its last record."""
+    return has_run(out) and not any(record["t"] == "finish" for record in list(journals(out))[-1])
+
+
+def kill_once(runner, out, mode, longest):
+    """How often the run was killed, how often of these while cases were to be run, and what is wrong in the end."""
+    shutil.rmtree(out, ignore_errors=True)
+    kills = hits = 0
+    found = []
+    process = runner.start(runner.run_arguments(out, mode))
+    while kills < KILLS_A_RUN and kill_at_random(process, longest):
+        kills += 1
+        hits += has_open_cases(out)
+        found += wait_for_processes(runner)
+        process = runner.start(["resume", out] if has_run(out) else runner.run_arguments(out, mode))
+    if process.wait() not in (0, 1):
+        found.append(f"status {process.returncode}")
+    return kills, hits, found
+
+
+def measure(runner, out, mode, repetitions=REPETITIONS):
+    shutil.rmtree(out, ignore_errors=True)
+    begin = time.monotonic()
+    status = runner.start(runner.run_arguments(out, mode, repetitions)).wait()
+    if status not in (0, 1):
+        raise SystemExit(f"{' '.join(mode)}: the uninterrupted run ends with status {status}")
+    return time.monotonic() - begin, verdicts(out)
+
+
+def check(runner, folder, count):
+    """Kills `count` runs and more, spread over the modes; returns the number of faults."""
+    out = os.path.join(folder, "out")
+    expected = [measure(runner, out, mode) for mode in MODES]
+    killed = faulty = runs = 0
+    hit = [0] * len(MODES)
+    while killed < count:
+        number = runs % len(MODES)
+        mode = MODES[number]
+        longest, outcomes = expected[number]
+        kills, hits, found = kill_once(runner, out, mode, longest)
+        killed += kills
+        hit[number] += hits
+        runs += 1
+        if os.path.exists(os.path.join(out, "junit.xml")):
+            found += faults(out, workers_of(mode))
+            if verdicts(out) != outcomes:
+                found.append("the verdicts differ from those of an uninterrupted run")
+        else:
+            found.append("there is no junit.xml")
+        faulty += bool(found)
+        for text in found:
+            print(f"{' '.join(mode) or 'in-process'}: {text}", flush=True)
+        if runs % 20 == 0 or killed >= count:
+            print(f"{killed} kills in {runs} runs of {len(outcomes)} cases: {faulty} faulty runs", flush=True)
+    for mode, hits in zip(MODES, hit):
+        print(f"{' '.join(mode) or 'in-process'}: {hits} kills between the first case and the last", flush=True)
+    return faulty
+
+
+def mount(place, options):
+    return subprocess.run(["mount", "-t", "tmpfs", "-o", options, "tmpfs", place], check=False,
+                          stderr=subprocess.DEVNULL).returncode == 0
+
+
+def size_of(out):
+    """Bytes of what is written before the reports."""
+    return sum(os.path.getsize(os.path.join(out, name)) for name in os.listdir(out) if name.endswith(".ndjson"))
+
+
+def fill_once(runner, out, mode, repetitions, size):
+    """True if the run stopped since its disk was full, and what is wrong in the end."""
+    found = []
+    if not mount(os.path.dirname(out), f"size={size}"):
+        raise SystemExit("The disk could not be mounted")
+    try:
+        arguments = runner.run_arguments(out, mode, repetitions)
+        status = runner.start(arguments).wait()
+        has_stopped = status == 2
+        found += wait_for_processes(runner)
+        mount(os.path.dirname(out), f"remount,size={LARGE_DISK}")
+        if status not in (0, 1, 2):
+            found.append(f"a full disk ends the run with status {status}")
+        if has_stopped:
+            status = runner.start(["resume", out] if has_run(out) else arguments).wait()
+        if status not in (0, 1):
+            found.append(f"status {status}")
+        found += faults(out, workers_of(mode))
+        return has_stopped, found, verdicts(out)
+    finally:
+        subprocess.run(["umount", os.path.dirname(out)], check=False)
+
+
+def check_full_disks(runner, folder, count):
+    """Fills the disks of `count` runs at random places; returns the number of faults."""
+    disk = os.path.join(folder, "disk")
+    os.mkdir(disk)
+    if not mount(disk, f"size={LARGE_DISK}"):
+        print("Full disks are not tested: call scripts/stress as root or by unshare --map-root-user --mount")
+        return 0
+    subprocess.run(["umount", disk], check=False)
+    out = os.path.join(disk, "out")
+    expected = []
+    for mode, repetitions in DISK_MODES:
+        outcomes = measure(runner, out, mode, repetitions)[1]
+        expected.append((outcomes, size_of(out)))
+        shutil.rmtree(out)
+    stopped = faulty = 0
+    for number in range(count):
+        mode, repetitions = DISK_MODES[number % len(DISK_MODES)]
+        outcomes, size = expected[number % len(DISK_MODES)]
+        has_stopped, found, seen = fill_once(runner, out, mode, repetitions, random.randrange(8192, size))
+        stopped += has_stopped
+        if seen != outcomes:
+            found.append("the verdicts differ from those of a run with enough space")
+        faulty += bool(found)
+        for text in found:
+            print(f"full disk, {' '.join(mode) or 'in-process'}: {text}", flush=True)
+    print(f"{count} full disks, {stopped} of which stopped the run: {faulty} faulty runs", flush=True)
+    return faulty + (stopped == 0)
