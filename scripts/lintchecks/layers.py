@@ -44,6 +44,7 @@ LAYERS = [
     (RUNNER + "model/*", 13),
     (RUNNER + "journal/*", 14),
     (RUNNER + "reports/*", 15),
+    (RUNNER + "history/*", 15),
     (RUNNER + "execution/*", 16),
     (RUNNER + "console/*", 17),
     (RUNNER + "commands/*", 18),

@@ -14,5 +14,6 @@ int Execute(const SReportOptions& options);
 int Execute(const SMergeOptions& options);
 int Execute(const SListOptions& options);
 int Execute(const SCaseOptions& options);
+int Execute(const SHistoryOptions& options);
 
 } // namespace Runner

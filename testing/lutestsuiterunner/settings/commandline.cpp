@@ -135,6 +135,24 @@ void addOptions(COptionReader& reader, SMergeOptions& options)
     reader.AddText({"--out", L"DIR", L"Ordner des ganzen Laufs (sonst lutestsuite-out)"}, options.out);
 }
 
+void addOptions(COptionReader& reader, SHistoryOptions& options)
+{
+    reader.AddArgument({"DIR", nullptr, L"Ordner des Archivs: XML-Reports und Ordner von Läufen"}, options.archive);
+    reader.AddText({"--html", L"DATEI", L"Seite schreiben"}, options.html);
+    reader.AddText({"--json", L"DATEI", L"Befunde als JSON schreiben"}, options.json);
+    reader.AddTexts({"--gate", L"REGEL", L"Bedingung, mehrfach: new-failures=0, slower<5, missing=0, ..."},
+                    options.gates);
+    reader.AddNumber({"--runs", L"N", L"nur die neuesten N Läufe einer Konfiguration (100; höchstens 200)"}, 1,
+                     options.runs);
+    reader.AddNumber({"--since", L"N", L"nur, was in den neuesten N Läufen begann (0: alles)"}, 0, options.since);
+    reader.AddText({"--alarm-rate", L"P", L"Wahrscheinlichkeit eines Fehlalarms, 0.001 bis 0.5 (0.05)"},
+                   options.alarmRate);
+    reader.AddText({"--min-change", L"PROZENT", L"kleinste gemeldete Änderung von Zeit und Speicher (3)"},
+                   options.smallestChange);
+    reader.AddNumber({"--reshuffles", L"N", L"Probe mit N neu gemischten Archiven (20)"}, 0, options.reshuffles);
+    reader.AddNumber({"--seed", L"N", L"Startwert dieser Probe (1)"}, 0, options.seed);
+}
+
 template<typename Options>
 Command readOptions(COptionReader& reader, const SArguments& arguments)
 {
@@ -171,6 +189,7 @@ constexpr SCommandRow c_Commands[] = {
     {L"merge", L"Fügt die Teile eines Laufs zusammen.", false, readOptions<SMergeOptions>},
     {L"list", L"Listet die ausgewählten Fälle.", true, readOptions<SListOptions>},
     {L"case", L"Führt einen Fall aus und zeigt seine Meldungen.", true, readOptions<SCaseOptions>},
+    {L"history", L"Zeigt, was sich in einem Archiv von Läufen geändert hat.", false, readOptions<SHistoryOptions>},
 };
 
 std::wstring getHelp()

@@ -57,6 +57,13 @@ std::uint32_t readNumber(const char* name, const std::string& value, std::uint32
     return number;
 }
 
+auto getAppender(std::vector<std::wstring>& target)
+{
+    return [&target](const std::vector<std::string>& values) {
+        std::ranges::transform(values, std::back_inserter(target), FromUtf8);
+    };
+}
+
 /// The option that a message of CLI11 begins with.
 std::wstring getOptionOf(const CLI::Error& error)
 {
@@ -106,6 +113,13 @@ void COptionReader::AddText(const SOptionText& text, std::wstring& target)
         ->take_last();
 }
 
+void COptionReader::AddTexts(const SOptionText& text, std::vector<std::wstring>& target)
+{
+    m_app->add_option_function<std::vector<std::string>>(text.name, getAppender(target), ToUtf8(text.help))
+        ->type_name(ToUtf8(text.value))
+        ->allow_extra_args(false);
+}
+
 void COptionReader::AddNumber(const SOptionText& text, std::uint32_t least, std::uint32_t& target)
 {
     const auto read = [name = text.name, least, &target](const std::string& value) {
@@ -148,10 +162,8 @@ void COptionReader::AddArgument(const SOptionText& text, std::wstring& target)
 
 void COptionReader::AddArguments(const SOptionText& text, std::vector<std::wstring>& target)
 {
-    const auto read = [&target](const std::vector<std::string>& values) {
-        std::ranges::transform(values, std::back_inserter(target), FromUtf8);
-    };
-    m_app->add_option_function<std::vector<std::string>>(text.name, read, ToUtf8(text.help))->type_name("");
+    m_app->add_option_function<std::vector<std::string>>(text.name, getAppender(target), ToUtf8(text.help))
+        ->type_name("");
 }
 
 void COptionReader::SetFooter(const std::wstring& footer)

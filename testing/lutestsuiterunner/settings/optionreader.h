@@ -36,6 +36,9 @@ public:
 
     void AddSwitch(const SOptionText& text, bool& target);
     void AddText(const SOptionText& text, std::wstring& target);
+    /// An option that may be given several times; all values count.
+    void AddTexts(const SOptionText& text, std::vector<std::wstring>& target);
+
     void AddNumber(const SOptionText& text, std::uint32_t least, std::uint32_t& target);
 
     /// `read` takes the value, or returns false if it is wrong; `expected` says in German what is right.

@@ -79,7 +79,21 @@ struct SMergeOptions
     std::wstring out = c_DefaultOut;
 };
 
-using Command =
-    std::variant<SHelp, SRunOptions, SResumeOptions, SReportOptions, SMergeOptions, SListOptions, SCaseOptions>;
+struct SHistoryOptions
+{
+    std::wstring archive;
+    std::wstring html; ///< path of the page; empty for none
+    std::wstring json;
+    std::vector<std::wstring> gates;
+    std::uint32_t runs = 100;           ///< the newest ones of a configuration
+    std::uint32_t since = 0;            ///< findings of the newest runs only; 0 for all
+    std::wstring alarmRate = L"0.05";   ///< probability of a false alarm in an archive
+    std::wstring smallestChange = L"3"; ///< percent
+    std::uint32_t reshuffles = 20;
+    std::uint32_t seed = 1; ///< of the reshuffles
+};
+
+using Command = std::variant<SHelp, SRunOptions, SResumeOptions, SReportOptions, SMergeOptions, SListOptions,
+                             SCaseOptions, SHistoryOptions>;
 
 } // namespace Runner

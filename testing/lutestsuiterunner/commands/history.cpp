@@ -1,0 +1,174 @@
+/// The command "history": what an archive of runs tells.
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+
+#include "base/lbencoding.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lustream.h"
+#include "base/os/console.h"
+#include "testing/lutestsuitehost/hostmain.h"
+#include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/history/archivefolder.h"
+#include "testing/lutestsuiterunner/history/gates.h"
+#include "testing/lutestsuiterunner/history/historyjson.h"
+#include "testing/lutestsuiterunner/history/page.h"
+#include "testing/lutestsuiterunner/history/stepstore.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+using namespace History;
+
+/// Tables of more runs take too long to make.
+constexpr std::uint32_t c_MostRuns = 200;
+
+double readFraction(const std::wstring& text, const wchar_t* option, double least, double most)
+{
+    const std::string bytes = LbEncoding::ToUtf8(text);
+    double number = 0.0;
+    const char* const end = bytes.data() + bytes.size();
+    const auto [place, error] = std::from_chars(bytes.data(), end, number);
+    if (error != std::errc() || place != end || !(number >= least && number <= most))
+    {
+        throw LbFormat(L"Der Wert '%s' der Option '%s' ist falsch: erwartet wird eine Zahl von %g bis %g", text, option,
+                       least, most);
+    }
+    return number;
+}
+
+SStepRules getRules(const SHistoryOptions& options)
+{
+    SStepRules rules;
+    rules.alarmRate = readFraction(options.alarmRate, L"--alarm-rate", 0.001, 0.5);
+    rules.smallestChange = readFraction(options.smallestChange, L"--min-change", 0.1, 1000.0) / 100.0;
+    rules.checks = options.reshuffles;
+    rules.checkSeed = options.seed;
+    return rules;
+}
+
+/// The newest runs of each configuration, in their order.
+std::map<std::wstring, std::vector<const SRun*>> groupRuns(const std::vector<SRun>& runs, std::size_t most)
+{
+    std::map<std::wstring, std::vector<const SRun*>> groups;
+    for (const SRun& run : runs)
+    {
+        groups[run.label.configuration].push_back(&run);
+    }
+    for (auto& [configuration, group] : groups)
+    {
+        const std::size_t excess = group.size() - std::min(most, group.size());
+        group.erase(group.begin(), group.begin() + static_cast<std::ptrdiff_t>(excess));
+    }
+    return groups;
+}
+
+std::vector<SAnalysis> analyze(const SArchiveContent& content, const SHistoryOptions& options, const SStepRules& rules)
+{
+    CStepStore store(options.archive, content.digest);
+    std::vector<SAnalysis> analyses;
+    for (auto& [configuration, runs] : groupRuns(content.runs, options.runs))
+    {
+        CTable table(content.names, runs);
+        SStepAnalysis steps = store.Get(configuration, table, rules);
+        analyses.push_back(Analyze(configuration, std::move(table), rules, std::move(steps)));
+    }
+    store.Save();
+    return analyses;
+}
+
+void write(const std::wstring& path, const std::string& text)
+{
+    LbFileSystem::WriteWhole(path, [&text](const std::wstring& place) {
+        LuStreamWriteBinaryFile file(place);
+        file.Write(text.data(), text.size());
+        file.Close();
+    });
+}
+
+void print(const std::wstring& text)
+{
+    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(text));
+}
+
+void printSummary(const std::vector<SAnalysis>& analyses, std::size_t newest)
+{
+    for (const SAnalysis& analysis : analyses)
+    {
+        const std::size_t runCount = analysis.table.GetRunCount();
+        print(LbFormat(L"%s: %d Läufe, im neuesten %d Fälle\n", analysis.configuration, static_cast<int>(runCount),
+                       static_cast<int>(analysis.table.GetRun(runCount - 1).cells.size())));
+        for (const SFindingKind& kind : GetFindingKinds())
+        {
+            if (const std::size_t count = GetFindings(analysis, kind, newest).size(); count > 0)
+            {
+                print(LbFormat(L"  %s: %d\n", kind.title, static_cast<int>(count)));
+            }
+        }
+    }
+}
+
+/// True if all hold.
+bool printGates(const std::vector<SGateResult>& gates)
+{
+    bool isGreen = true;
+    for (const SGateResult& result : gates)
+    {
+        print(LbFormat(L"%s: %s (gezählt: %d)\n", result.gate.rule, result.holds ? L"erfüllt" : L"nicht erfüllt",
+                       static_cast<int>(result.count)));
+        for (std::size_t index = 0; !result.holds && index < result.cases.size(); ++index)
+        {
+            print(L"  " + result.cases[index] + L"\n");
+        }
+        isGreen = isGreen && result.holds;
+    }
+    return isGreen;
+}
+
+} // namespace
+
+int Execute(const SHistoryOptions& options)
+{
+    if (options.archive.empty())
+    {
+        throw std::wstring(L"Der Befehl 'history' braucht den Ordner eines Archivs");
+    }
+    if (options.runs > c_MostRuns)
+    {
+        throw LbFormat(L"Die Option '--runs' nimmt höchstens %u", c_MostRuns);
+    }
+    const SStepRules rules = getRules(options);
+    std::vector<SGate> gates;
+    std::ranges::transform(options.gates, std::back_inserter(gates), ReadGate);
+    MoveLibraryLinesToErrors();
+    const SArchiveContent content = ReadArchive(options.archive);
+    if (content.runs.empty())
+    {
+        throw LbFormat(L"Verzeichnis %s enthält keinen lesbaren Lauf", options.archive);
+    }
+    const std::vector<SAnalysis> analyses = analyze(content, options, rules);
+    std::vector<SGateResult> results;
+    for (const SGate& gate : gates)
+    {
+        results.push_back(CheckGate(gate, analyses, options.since));
+    }
+    if (!options.html.empty())
+    {
+        write(options.html, MakePage(analyses, results, options.since));
+    }
+    if (!options.json.empty())
+    {
+        write(options.json, MakeJson(analyses, results, options.since));
+    }
+    printSummary(analyses, options.since);
+    return printGates(results) ? LuTestSuiteHost::c_Succeeded : LuTestSuiteHost::c_Failed;
+}
+
+} // namespace Runner

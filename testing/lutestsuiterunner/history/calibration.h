@@ -1,0 +1,64 @@
+/// How much a step must stand out so that chance makes one with the probability that the user accepts.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "testing/lutestsuiterunner/history/series.h"
+#include "testing/lutestsuiterunner/history/steps.h"
+
+namespace Runner::History
+{
+
+struct SStepRules
+{
+    double alarmRate = 0.05;      ///< probability that a reading of an archive without steps reports any
+    double smallestChange = 0.03; ///< of a level, relative
+    std::size_t checks = 20;      ///< shuffled archives to look at
+    std::uint64_t checkSeed = 1;  ///< of their orders
+};
+
+/// What shuffled archives would have alarmed.
+struct SShuffleCheck
+{
+    std::uint64_t archives = 0;
+    std::uint64_t alarms = 0; ///< steps in all of them together
+    std::uint64_t archivesWithAlarm = 0;
+};
+
+/// Measures of the same runs.
+class CCalibration
+{
+public:
+    /// `measures` must outlive the object.
+    CCalibration(const std::vector<SMeasure>& measures, std::size_t runCount, const SStepRules& rules);
+
+    const SThresholds& GetThresholds() const { return m_thresholds; }
+    std::size_t GetTestCount() const { return m_testCount; }
+    std::size_t GetShuffleCount() const { return m_shuffleCount; }
+
+    /// The noise that the series of a measure share in the runs' own order.
+    SCommonNoise GetNoise(const SMeasure& measure) const;
+
+    /// Looks at archives in shuffled orders that were not used for the thresholds.
+    SShuffleCheck Check() const;
+
+private:
+    using Order = std::vector<std::uint16_t>; ///< of runs
+
+    Order getShuffled(std::uint64_t seed) const;
+    SCommonNoise getNoise(const SMeasure& measure, const Order& order) const;
+    template<typename Visit>
+    void visitStrongest(CStepFinder& finder, const Order& order, const Visit& visit) const;
+
+    const std::vector<SMeasure>& m_measures;
+    std::size_t m_runCount;
+    SStepRules m_rules;
+    std::size_t m_testCount = 0;
+    std::size_t m_shuffleCount = 0;
+    SThresholds m_thresholds;
+};
+
+} // namespace Runner::History

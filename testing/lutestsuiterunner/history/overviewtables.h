@@ -1,0 +1,23 @@
+/// What the page tells about the suite as a whole.
+#pragma once
+
+#include <string>
+
+#include "testing/lutestsuiterunner/history/analysis.h"
+
+namespace Runner::History
+{
+
+/// Total time and failures of each run, and the steps of the tempo.
+std::string MakeTrend(const SAnalysis& analysis);
+
+/// The classes that take most of the newest run's time.
+std::string MakeClassTable(const SAnalysis& analysis);
+
+/// All runs, the newest first, with what began in each.
+std::string MakeRunTable(const SAnalysis& analysis);
+
+/// How steps are found, and what the same runs in random orders would have alarmed.
+std::string MakeMethod(const SAnalysis& analysis);
+
+} // namespace Runner::History

@@ -1,0 +1,10 @@
+/// Style sheet and script of the page, from the folder "resources"; the build makes the source.
+#pragma once
+
+namespace Runner::History
+{
+
+extern const char* const c_PageStyle;
+extern const char* const c_PageScript;
+
+} // namespace Runner::History

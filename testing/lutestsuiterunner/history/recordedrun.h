@@ -1,0 +1,69 @@
+/// What the history keeps of a run, whatever kind of file it was read from.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/lutestsuiteutils.h"
+
+namespace Runner::History
+{
+
+using ECaseRunResult = LuTestSuiteRun::ECaseRunResult;
+
+/// A count that the file does not hold.
+inline constexpr std::uint64_t c_UnknownCount = std::numeric_limits<std::uint64_t>::max();
+
+/// What a run measured of a case.
+struct SMeasured
+{
+    ECaseRunResult result = ECaseRunResult::Ok;
+    bool hasBoth = false; ///< it failed, and passed at another attempt of the same run
+    float seconds = 0.0F;
+    std::uint64_t memory = 0; ///< highest heap use, bytes; 0 if heap use was not tracked
+    std::uint64_t allocations = c_UnknownCount;
+
+    bool HasPassed() const { return result == ECaseRunResult::Ok; }
+    /// A canceled case says nothing.
+    bool HasVerdict() const { return result != ECaseRunResult::Canceled; }
+
+    bool operator==(const SMeasured&) const = default;
+};
+
+struct SRecordedCase
+{
+    std::wstring className;
+    std::wstring caseName;
+    SMeasured measured;
+    std::wstring message; ///< the first error line of a case that failed
+};
+
+/// Which run it is.
+struct SRunLabel
+{
+    std::wstring name;          ///< of its file or folder, below the archive
+    std::wstring configuration; ///< of the build
+    std::wstring build;         ///< what tells this build from others; empty when unknown
+    std::wstring machine;
+    std::wstring begin; ///< local time, "Y-m-d H:i:s"
+
+    bool operator==(const SRunLabel&) const = default;
+};
+
+struct SRecordedRun
+{
+    SRunLabel label;
+    std::vector<SRecordedCase> cases; ///< in the order of the run; a name may occur several times
+};
+
+/// What tells a build of a version-control system from others; empty when unknown, or when the working copy was
+/// changed, or mixed of several revisions.
+std::wstring GetBuildName(const LuTestSuiteUtils::SSvnInfo* svn, const LuTestSuiteUtils::SPscmInfo* pscm);
+
+/// Reads an XML report. False, after a line of output, if it cannot be read.
+bool ReadReport(const std::wstring& path, SRecordedRun& run);
+
+} // namespace Runner::History

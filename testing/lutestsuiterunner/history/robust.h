@@ -1,0 +1,32 @@
+/// Statistics that single odd values cannot spoil.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace Runner::History
+{
+
+/// 0 for no values. Reorders the values.
+double TakeMedian(std::span<double> values);
+
+double GetMedian(std::span<const double> values);
+
+/// Robust standard deviation of the values: the median of their distances from their median, scaled so that it is the
+/// standard deviation of a normal distribution.
+double GetScatter(std::span<const double> values);
+
+/// The values, those that lie more than three scatters from the median moved to that distance.
+std::vector<double> Winsorize(std::span<const double> values);
+
+/// Ranks from 0. Equal values get random ranks among themselves, which `seed` decides. So all orders of ranks are
+/// equally likely if all orders of the values are, whatever the values are.
+void FillRanks(std::span<const double> values, std::uint64_t seed, std::span<std::uint16_t> ranks);
+
+std::vector<std::uint16_t> GetRanks(std::span<const double> values, std::uint64_t seed);
+
+/// How much neighbours resemble each other: the lag-1 autocorrelation of the ranks, -1 to 1.
+double GetCorrelation(std::span<const std::uint16_t> ranks);
+
+} // namespace Runner::History

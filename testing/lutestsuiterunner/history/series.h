@@ -1,0 +1,73 @@
+/// The measurements of an archive as series of numbers, one series for each case.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "testing/lutestsuiterunner/history/stepsize.h"
+#include "testing/lutestsuiterunner/history/table.h"
+
+namespace Runner::History
+{
+
+/// How slow each run was as a whole: 1 for the usual tempo, 1.1 if the cases took 10 % longer than usual. 1 for all
+/// runs if there are too few cases to tell.
+std::vector<double> GetTempo(const CTable& table);
+
+/// A series, with what the search for steps needs.
+struct SSeries
+{
+    std::uint32_t caseIndex;
+    std::span<const double> values;       ///< of the runs in which the case passed
+    std::span<const std::uint16_t> runs;  ///< of the values, ascending
+    std::span<const std::uint16_t> ranks; ///< of the values
+    std::uint64_t seed;
+};
+
+/// Series in one block of memory.
+class CSeriesBlock
+{
+public:
+    void Add(std::uint32_t caseIndex, std::uint64_t seed, std::span<const double> values,
+             std::span<const std::uint16_t> runs);
+
+    std::size_t GetCount() const { return m_entries.size(); }
+    SSeries Get(std::size_t index) const;
+
+private:
+    struct SEntry
+    {
+        std::uint32_t caseIndex;
+        std::uint64_t seed;
+        std::size_t start;
+        std::size_t length;
+    };
+
+    std::vector<SEntry> m_entries;
+    std::vector<double> m_values;
+    std::vector<std::uint16_t> m_runs;
+    std::vector<std::uint16_t> m_ranks;
+};
+
+/// All series of one kind.
+struct SMeasure
+{
+    std::vector<CSeriesBlock> blocks;
+    std::size_t count = 0; ///< of series
+    double scatter = 0.0;  ///< see SCommonNoise
+
+    /// A sample of the series, spread over all.
+    std::vector<SSeries> GetSample() const;
+};
+
+/// Times at the usual tempo, in seconds. A case whose times follow the tempo half or not at all, as one that waits, is
+/// adjusted half or not at all. Left out are cases of under 10 microseconds, for reports hold whole microseconds, and
+/// those that vary by less than `smallestChange` in all.
+SMeasure GetTimes(const CTable& table, std::span<const double> tempo, double smallestChange);
+
+/// Highest heap use in bytes.
+SMeasure GetMemory(const CTable& table, double smallestChange);
+
+} // namespace Runner::History
