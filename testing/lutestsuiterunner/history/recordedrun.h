@@ -66,4 +66,7 @@ std::wstring GetBuildName(const LuTestSuiteUtils::SSvnInfo* svn, const LuTestSui
 /// Reads an XML report. False, after a line of output, if it cannot be read.
 bool ReadReport(const std::wstring& path, SRecordedRun& run);
 
+/// Reads plan and journals of a run's folder. False, after a line of output, if they cannot be read.
+bool ReadJournals(const std::wstring& path, SRecordedRun& run);
+
 } // namespace Runner::History

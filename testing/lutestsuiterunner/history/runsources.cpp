@@ -5,6 +5,8 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/files.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
 
 namespace Runner::History
 {
@@ -12,7 +14,6 @@ namespace Runner::History
 namespace
 {
 
-constexpr const wchar_t* c_ReportName = L"report.xml";
 /// Where archive runs put their reports.
 constexpr const wchar_t* c_ReportFolder = L"Archive";
 
@@ -34,17 +35,39 @@ void addReports(const std::wstring& folder, const std::wstring& prefix, std::vec
     for (const std::wstring& file : LbFileSystem::GetFileNames(folder + prefix))
     {
         // Beside the report of a build server lies the same run for other readers.
-        if (file.ends_with(L".xml") && file != L"junit.xml")
+        if (file.ends_with(L".xml") && file != c_JunitName)
         {
             sources.push_back({prefix + file, {prefix + file}, ReadReport});
         }
     }
 }
 
-/// The run whose folder it is, if any.
+/// Plan and journals below the archive; empty if the folder holds no run.
+std::vector<std::wstring> getJournals(const std::wstring& folder, const std::wstring& name)
+{
+    const std::wstring prefix = name + LbPath::c_Separator;
+    std::vector<std::wstring> files;
+    for (const std::uint32_t number : FindJournals(folder + prefix))
+    {
+        files.push_back(prefix + GetJournalName(number));
+    }
+    if (!files.empty())
+    {
+        files.push_back(prefix + c_PlanName);
+    }
+    std::ranges::sort(files);
+    return files;
+}
+
+/// The run whose folder it is, if any. Journals hold more than the report that was made of them.
 void addRunFolder(const std::wstring& folder, const std::wstring& name, std::vector<SRunSource>& sources)
 {
-    const std::wstring report = name + LbPath::c_Separator + c_ReportName;
+    if (std::vector<std::wstring> journals = getJournals(folder, name); !journals.empty())
+    {
+        sources.push_back({name, std::move(journals), ReadJournals});
+        return;
+    }
+    const std::wstring report = name + LbPath::c_Separator + c_XmlReportName;
     if (LbFileSystem::IsFile(folder + report))
     {
         sources.push_back({report, {report}, ReadReport});

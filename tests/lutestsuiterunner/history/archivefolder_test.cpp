@@ -10,6 +10,8 @@
 #include "base/lustream.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
+#include "tests/lutestsuiterunner/samplerun.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/scopedfolder.h"
 
@@ -85,6 +87,47 @@ TEST_F(HistoryArchive, ReportsOfArchiveRunsAndOfRunFoldersAreFound)
     write(std::wstring(L"Lauf 1") + LbPath::c_Separator + L"report.xml", makeReport(L"2", {L"x"}));
     write(std::wstring(L"Lauf 1") + LbPath::c_Separator + L"other.xml", makeReport(L"3", {L"x"}));
     EXPECT_EQ(read().runs.size(), 2U);
+}
+
+TEST_F(HistoryArchive, JournalsCountBeforeTheReportMadeOfThem)
+{
+    const std::wstring folder = m_folder.GetPathOf(L"Lauf 1");
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.params.trackHeap = true;
+    plan.origin.buildConfiguration = L"Release x64";
+    const auto writer = Runner::CRunFolder(folder).BeginRun(plan);
+    Runner::SCaseEnded failed = MakeEnd(0, ECaseRunResult::Different);
+    Runner::SCaseEnded passed = MakeEnd(0, ECaseRunResult::Ok, 2);
+    passed.info.allocations = 7;
+    passed.info.peakMemory = 1000;
+    writer->Write(MakeStart(0, 1, Runner::EAttemptKind::First));
+    writer->Write(failed);
+    writer->Write(MakeStart(0, 2, Runner::EAttemptKind::Retry));
+    writer->Write(passed);
+    writer->Close();
+    write(std::wstring(L"Lauf 1") + LbPath::c_Separator + L"report.xml", makeReport(L"2", {L"x"}));
+
+    const SArchiveContent content = read();
+
+    ASSERT_EQ(content.runs.size(), 1U);
+    EXPECT_EQ(content.runs[0].label.name, L"Lauf 1");
+    EXPECT_EQ(content.runs[0].label.configuration, L"Release x64");
+    ASSERT_EQ(content.runs[0].cells.size(), 1U);
+    const SMeasured& measured = content.runs[0].cells[0].measured;
+    EXPECT_EQ(measured.result, ECaseRunResult::Ok);
+    EXPECT_TRUE(measured.hasBoth);
+    EXPECT_FLOAT_EQ(measured.seconds, 0.0015F);
+    EXPECT_EQ(measured.memory, 1000U);
+    EXPECT_EQ(measured.allocations, 7U);
+}
+
+TEST_F(HistoryArchive, RunsOfDamagedJournalsAreLeftOut)
+{
+    LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Lauf 1"));
+    writeText(std::wstring(L"Lauf 1") + LbPath::c_Separator + L"journal.ndjson", "{");
+    write(L"a.xml", makeReport(L"1", {L"x"}));
+
+    EXPECT_EQ(read().runs.size(), 1U);
 }
 
 TEST_F(HistoryArchive, NamesAreSortedWhateverTheRunsListFirst)
