@@ -28,6 +28,8 @@ bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, c
 namespace
 {
 
+static_assert(LuTestSuite::CUnderWay::sc_uiCapacity == c_NameCapacity);
+
 void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
 {
     info.result = LoadResult(buffer);
@@ -112,7 +114,8 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
             end.kind = ECaseEnd::Refused;
             return;
         }
-        const CCaseUnderWay underWay(*m_crashThread, *buffer);
+        const LuTestSuite::CUnderWay underWay(*m_crashThread, LuTestSuite::EActivity::RunCase, buffer->className,
+                                              buffer->caseName);
         ExecuteInBuffer(*buffer);
     }
     end.processId = m_ownProcessId;

@@ -8,6 +8,7 @@
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/luunittest.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/output/warning.h"
@@ -92,6 +93,7 @@ private:
 std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                                 bool removeDisabled)
 {
+    const LuTestSuite::CCrashThread thread;
     std::vector<SUnitTest> tests;
     std::vector<std::wstring> pendingDirs;
     CLinkedDirectories links;
@@ -139,6 +141,7 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
             L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n", folderName);
         return;
     }
+    const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::FindCases, folderName, directory);
     const std::unique_ptr<LuUnitTest> instance = LuTestSuite::CreateUnitTestOrNull(folderName);
     if (!instance)
     {
