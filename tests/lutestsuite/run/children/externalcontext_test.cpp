@@ -73,6 +73,28 @@ TEST(SpareChildren, AreTakenOnce)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
+TEST(SpareChildren, AreEndedAndStartedNoMoreOnceTheyAreGivenUp)
+{
+    const SChildSettings settings;
+    CSpareChildren spares(settings);
+    spares.Start(just(1));
+    ASSERT_EQ(CountHostChildren(), 1);
+
+    EXPECT_TRUE(spares.GiveUp());
+    EXPECT_EQ(CountHostChildren(), 0);
+    spares.Start(just(1));
+    EXPECT_EQ(CountHostChildren(), 0);
+    EXPECT_EQ(spares.Take(), nullptr);
+}
+
+TEST(SpareChildren, AreNotGivenUpWhereThereAreNone)
+{
+    const SChildSettings settings;
+    CSpareChildren spares(settings);
+
+    EXPECT_FALSE(spares.GiveUp());
+}
+
 /// One that was idle for long has left.
 TEST(SpareChildren, AreNotTakenWhenTheyHaveEnded)
 {
