@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/lbexception.h"
+#include "base/os/childprocess.h"
 #include "testing/lutestsuite/run/executor.h"
 
 namespace LuTestSuiteRun
@@ -117,6 +118,8 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
         const LuTestSuite::CUnderWay underWay(*m_crashThread, LuTestSuite::EActivity::RunCase, buffer->className,
                                               buffer->caseName);
         ExecuteInBuffer(*buffer);
+        // The case may have ignored SIGCHLD: then older kernels drop the exit statuses of children.
+        LbOs::CChildProcess::RestoreSignals();
     }
     end.processId = m_ownProcessId;
     readAnswer(*m_buffer->GetReadAccess(), planned.info);
