@@ -3,11 +3,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
@@ -54,4 +57,66 @@ public:
     virtual std::span<const std::uint32_t> GetMatches(const LbFilePattern& pattern) const = 0;
 
     virtual ~LbFileListing();
+};
+
+/// The names of a listing as a constant range of texts, in its order. Keeps the listing and makes a text only when it
+/// is read, so that it costs the same for any number of files.
+class LbFileNames
+{
+public:
+    class Iterator
+    {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using iterator_concept = std::forward_iterator_tag;
+        using value_type = std::wstring;
+        using difference_type = std::ptrdiff_t;
+        using pointer = void;
+        using reference = std::wstring;
+
+        Iterator() = default;
+        Iterator(const LbFileListing* listing, std::uint32_t rank) noexcept : m_listing(listing), m_rank(rank) {}
+
+        std::wstring operator*() const { return std::wstring(m_listing->GetName(m_rank)); }
+
+        Iterator& operator++() noexcept
+        {
+            ++m_rank;
+            return *this;
+        }
+
+        Iterator operator++(int) noexcept { return std::exchange(*this, Iterator(m_listing, m_rank + 1)); }
+
+        bool operator==(const Iterator& other) const noexcept { return m_rank == other.m_rank; }
+
+    private:
+        const LbFileListing* m_listing = nullptr;
+        std::uint32_t m_rank = 0;
+    };
+
+    /// No names, and no listing.
+    LbFileNames() = default;
+
+    explicit LbFileNames(std::shared_ptr<const LbFileListing> listing) noexcept : m_listing(std::move(listing)) {}
+
+    std::size_t size() const noexcept { return m_listing ? m_listing->GetCount() : 0; }
+    bool empty() const noexcept { return size() == 0; }
+
+    /// The index must be below size().
+    std::wstring operator[](std::size_t index) const
+    {
+        return std::wstring(m_listing->GetName(static_cast<std::uint32_t>(index)));
+    }
+
+    /// Iterators are valid as long as the listing.
+    Iterator begin() const noexcept { return {m_listing.get(), 0}; }
+    Iterator end() const noexcept { return {m_listing.get(), static_cast<std::uint32_t>(size())}; }
+
+    /// A copy of all names.
+    operator std::vector<std::wstring>() const { return {begin(), end()}; }
+
+    const std::shared_ptr<const LbFileListing>& GetListing() const noexcept { return m_listing; }
+
+private:
+    std::shared_ptr<const LbFileListing> m_listing;
 };

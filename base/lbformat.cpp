@@ -259,3 +259,9 @@ std::wstring LbFormatArguments(const LbFormatSource& format, std::span<const LbF
     }
     return CFormatter(format.GetText(), arguments).Run();
 }
+
+std::wstring LbFormatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
+{
+    const std::wstring mistake = LbDescribeFormatMistake(format, arguments);
+    return mistake.empty() ? LbFormatArguments(format, arguments) : L"Fehler: " + mistake + L"\n";
+}

@@ -213,6 +213,10 @@ LB_API std::wstring LbFormatArguments(const LbFormatSource& format, std::span<co
 /// that the compiler checked. Any thread.
 LB_API std::wstring LbDescribeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
 
+/// Formats a line of output. An invalid run-time format becomes a line that describes the mistake, with "Fehler: " in
+/// front, instead of an exception. Any thread.
+LB_API std::wstring LbFormatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
+
 template<typename... T>
 std::array<LbFormatArgument, sizeof...(T)> LbPackArguments(const T&... arguments) noexcept
 {

@@ -23,11 +23,12 @@ public:
 
     virtual void Write(std::wstring_view text) = 0;
 
-    /// Formats like LbFormat, then writes.
+    /// Formats like LbFormat, then writes. Writes a line that describes the mistake instead if a run-time format is
+    /// invalid.
     template<typename... T>
     void WriteFormat(LbFormatString<T...> format, const T&... arguments)
     {
-        Write(LbFormat(format, arguments...));
+        Write(LbFormatLine(format.GetSource(), LbPackArguments(arguments...)));
     }
 };
 

@@ -36,23 +36,16 @@ void LuUnitTest::SetMessageStream(LuStreamWriteText* stream)
 void LuUnitTest::SetDataDirectory(const std::wstring& directory)
 {
     m_dataDirectory = directory;
-    m_listing.reset();
-    m_dataFileNames.reset();
+    m_dataFileNames = {};
 }
 
-const std::vector<std::wstring>& LuUnitTest::GetDataFileNames() const
+const LbFileNames& LuUnitTest::GetDataFileNames() const
 {
-    if (!m_dataFileNames)
+    if (!m_dataFileNames.GetListing())
     {
-        const LbFileListing& listing = getListing();
-        std::vector<std::wstring>& names = m_dataFileNames.emplace();
-        names.reserve(listing.GetCount());
-        for (std::uint32_t rank = 0; rank < listing.GetCount(); ++rank)
-        {
-            names.emplace_back(listing.GetName(rank));
-        }
+        m_dataFileNames = LbFileNames(LbFileListing::Get(m_dataDirectory));
     }
-    return *m_dataFileNames;
+    return m_dataFileNames;
 }
 
 void LuUnitTest::PrepareSubtest() {}
@@ -133,7 +126,8 @@ std::optional<std::uint32_t> LuUnitTest::FindSubtest(std::wstring_view name) con
     {
         return findPlain(name);
     }
-    return LbSubtestSearch::Find({typeid(*this), m_dataDirectory, GetSubtestCount(),
+    const std::uint32_t count = GetSubtestCount();
+    return LbSubtestSearch::Find({typeid(*this), m_dataDirectory, m_dataFileNames.GetListing(), count,
                                   [this](std::uint32_t subtest) { return GetSubtestName(subtest); }},
                                  name);
 }
@@ -172,7 +166,8 @@ bool LuUnitTest::countFiles(const LbFilePattern& pattern)
     {
         return false;
     }
-    return m_listing ? m_listing->Find(m_selected).has_value() : LbOs::HoldsFile(m_dataDirectory, m_selected);
+    const LbFileListing* const listing = m_dataFileNames.GetListing().get();
+    return listing != nullptr ? listing->Find(m_selected).has_value() : LbOs::HoldsFile(m_dataDirectory, m_selected);
 }
 
 void LuUnitTest::addSubtest(std::wstring_view name, Function function)
@@ -195,19 +190,10 @@ void LuUnitTest::addFileSubtests(const LbFilePattern& pattern, FileFunction func
     }
     std::vector<std::wstring_view> excluded(pattern.excluded.begin(), pattern.excluded.end());
     excluded.emplace_back(sc_DescriptionFile);
-    const LbFileListing& listing = getListing();
-    const std::span<const std::uint32_t> ranks = listing.GetMatches({pattern.wildcards, excluded});
-    m_entries.push_back({m_count, {}, {}, std::make_unique<SFiles>(SFiles{m_listing, ranks, std::move(function)})});
+    const std::shared_ptr<const LbFileListing>& listing = GetDataFileNames().GetListing();
+    const std::span<const std::uint32_t> ranks = listing->GetMatches({pattern.wildcards, excluded});
+    m_entries.push_back({m_count, {}, {}, std::make_unique<SFiles>(SFiles{listing, ranks, std::move(function)})});
     m_count += static_cast<std::uint32_t>(ranks.size());
-}
-
-const LbFileListing& LuUnitTest::getListing() const
-{
-    if (!m_listing)
-    {
-        m_listing = LbFileListing::Get(m_dataDirectory);
-    }
-    return *m_listing;
 }
 
 const LuUnitTest::SEntry& LuUnitTest::getEntry(std::uint32_t subtest) const

@@ -70,9 +70,9 @@ public:
     const std::wstring& GetDataDirectory() const noexcept { return m_dataDirectory; }
 
     /// Names of the files in the data directory, ordered by code unit, read when this object first needs them after
-    /// SetDataDirectory. The process reads a folder again only if it has changed, but the list itself costs time
-    /// proportional to its length for each object that requests it.
-    const std::vector<std::wstring>& GetDataFileNames() const;
+    /// SetDataDirectory. The process reads a folder again only if it has changed, and all objects share the names.
+    /// Valid until SetDataDirectory is called.
+    const LbFileNames& GetDataFileNames() const;
 
     /// Fills the list of sub-tests with AddSubtest and AddFileSubtests. Called once per object.
     virtual void InitSubtests() = 0;
@@ -235,7 +235,6 @@ private:
     template<typename F>
     EResult guard(const F& run);
     EResult runHere(std::uint32_t subtest);
-    const LbFileListing& getListing() const;
     const SEntry& getEntry(std::uint32_t subtest) const;
     std::optional<std::uint32_t> findPlain(std::wstring_view name) const;
     LbClassFacts getFacts() const;
@@ -246,8 +245,7 @@ private:
 
     LuStreamWriteText* m_messages = nullptr;
     std::wstring m_dataDirectory;
-    mutable std::shared_ptr<const LbFileListing> m_listing;
-    mutable std::optional<std::vector<std::wstring>> m_dataFileNames;
+    mutable LbFileNames m_dataFileNames; ///< without a listing until they are needed
     std::vector<SEntry> m_entries;
     std::uint32_t m_count = 0; ///< sub-tests of all entries
     std::uint32_t m_calls = 0; ///< number of calls of AddSubtest and AddFileSubtests

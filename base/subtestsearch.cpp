@@ -27,9 +27,10 @@ public:
     {
         std::optional<std::uint32_t> subtest;
         std::uint32_t count = 0; ///< of the names known
+        bool areAll = false;     ///< the known names are all that an object with this listing and count has
     };
 
-    SAnswer Find(Hash owner, Hash name) const
+    SAnswer Find(Hash owner, Hash name, const SSubtests& subtests) const
     {
         const std::lock_guard lock(m_mutex);
         const auto known = m_known.find(owner);
@@ -37,41 +38,66 @@ public:
         {
             return {};
         }
-        const auto subtest = known->second.find(name);
-        return {subtest == known->second.end() ? std::nullopt : std::optional(subtest->second), m_counts.at(owner)};
+        const SOwner& names = known->second;
+        const auto subtest = names.subtests.find(name);
+        return {subtest == names.subtests.end() ? std::nullopt : std::optional(subtest->second), names.count,
+                names.completeFor && names.completeFor == subtests.listing && names.count == subtests.count};
     }
 
     /// Names of sub-tests from `first` on. They are dropped when those in front of them are not known any more.
     void Append(Hash owner, std::uint32_t first, std::span<const Hash> names)
     {
         const std::lock_guard lock(m_mutex);
-        std::uint32_t& count = m_counts[owner];
-        auto& known = m_known[owner];
-        if (first > count)
+        SOwner& known = m_known.try_emplace(owner, &m_memory).first->second;
+        if (first > known.count)
         {
             return;
         }
         for (const Hash name : names)
         {
-            const auto [entry, isNew] = known.try_emplace(name, first);
+            const auto [entry, isNew] = known.subtests.try_emplace(name, first);
             entry->second = std::min(entry->second, first);
             ++first;
         }
-        count = std::max(count, first);
+        known.count = std::max(known.count, first);
     }
 
-    void Forget(Hash owner)
+    /// Returns a number of what is known from now on.
+    std::uint64_t Forget(Hash owner)
     {
         const std::lock_guard lock(m_mutex);
-        m_known.erase(owner);
-        m_counts.erase(owner);
+        SOwner& known = m_known.try_emplace(owner, &m_memory).first->second;
+        known.subtests.clear();
+        known.count = 0;
+        known.completeFor.reset();
+        return ++known.number;
+    }
+
+    /// All names of an object with this listing have been appended since Forget returned the number.
+    void SetComplete(Hash owner, std::uint64_t number, const SSubtests& subtests)
+    {
+        const std::lock_guard lock(m_mutex);
+        SOwner& known = m_known.at(owner);
+        if (known.number == number && known.count == subtests.count)
+        {
+            known.completeFor = subtests.listing;
+        }
     }
 
 private:
+    struct SOwner
+    {
+        explicit SOwner(std::pmr::memory_resource* memory) : subtests(memory) {}
+
+        std::pmr::unordered_map<Hash, std::uint32_t> subtests;
+        std::uint32_t count = 0;
+        std::uint64_t number = 0;
+        std::shared_ptr<const LbFileListing> completeFor;
+    };
+
     mutable LbCriticalSection m_mutex;
     std::pmr::unsynchronized_pool_resource m_memory{&GetEternal<CPageMemory>()};
-    std::pmr::unordered_map<Hash, std::pmr::unordered_map<Hash, std::uint32_t>> m_known{&m_memory};
-    std::pmr::unordered_map<Hash, std::uint32_t> m_counts{&m_memory};
+    std::pmr::unordered_map<Hash, SOwner> m_known{&m_memory};
 };
 
 /// Hands names on in groups, so that threads seldom wait for each other.
@@ -144,19 +170,30 @@ std::optional<std::uint32_t> searchFrom(std::uint32_t first, const SSubtests& su
 std::optional<std::uint32_t> LbSubtestSearch::Find(const SSubtests& subtests, std::wstring_view name)
 {
     const Hash owner = getOwner(subtests);
-    const CKnownNames::SAnswer known = GetEternal<CKnownNames>().Find(owner, getHash(name));
+    auto& names = GetEternal<CKnownNames>();
+    const CKnownNames::SAnswer known = names.Find(owner, getHash(name), subtests);
     if (known.subtest && *known.subtest < subtests.count && subtests.getName(*known.subtest) == name)
     {
         return known.subtest;
     }
-    if (known.count > 0)
+    if (!known.subtest && known.areAll)
     {
-        if (const std::optional<std::uint32_t> found = searchFrom(known.count, subtests, owner, name))
-        {
-            return found;
-        }
-        // It has moved, or is not there.
-        GetEternal<CKnownNames>().Forget(owner);
+        return std::nullopt;
     }
-    return searchFrom(0, subtests, owner, name);
+    if (known.count == 0)
+    {
+        return searchFrom(0, subtests, owner, name);
+    }
+    if (const std::optional<std::uint32_t> found = searchFrom(known.count, subtests, owner, name))
+    {
+        return found;
+    }
+    // It has moved, or is not there.
+    const std::uint64_t number = names.Forget(owner);
+    const std::optional<std::uint32_t> found = searchFrom(0, subtests, owner, name);
+    if (!found)
+    {
+        names.SetComplete(owner, number, subtests);
+    }
+    return found;
 }

@@ -57,6 +57,11 @@ public:
     /// Also records which signals the calling thread blocks and the process ignores. Any thread.
     static void PrepareStarts();
 
+    /// After PrepareStarts, undoes what other code has changed since then: the system must keep the exit statuses of
+    /// children, and the calling thread blocks the signals that it blocked. Handlers stay. No effect before
+    /// PrepareStarts and on Windows. Two system calls; any thread.
+    static void RestoreSignals() noexcept;
+
     /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
     static std::unique_ptr<CChildProcess> Start(const SChildOptions& options);
 

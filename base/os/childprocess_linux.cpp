@@ -258,6 +258,11 @@ void CChildProcess::PrepareStarts()
     Linux::EnsureKeeper();
 }
 
+void CChildProcess::RestoreSignals() noexcept
+{
+    Linux::RestoreSignals();
+}
+
 std::uint64_t CChildProcess::GetId() const noexcept
 {
     return static_cast<std::uint64_t>(m_state->process);

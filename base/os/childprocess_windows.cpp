@@ -170,6 +170,8 @@ void CChildProcess::Detach()
     m_state->endsWithOwner = false;
 }
 
+void CChildProcess::RestoreSignals() noexcept {}
+
 std::uint64_t CChildProcess::GetId() const noexcept
 {
     return GetProcessId(m_state->process.get());

@@ -29,6 +29,10 @@ struct SCrashKind
 /// exception, otherwise the status. Any thread.
 LB_API std::wstring DescribeExitStatus(std::int64_t exitStatus);
 
+/// True if a process with this exit status has ended itself by abort(), as std::terminate() does, or, on Windows, has
+/// returned the same status. Any thread.
+LB_API bool MayBeAbort(std::int64_t exitStatus) noexcept;
+
 /// True if the system may have ended a process with this exit status for lack of memory. Any thread.
 LB_API bool MayBeMemoryKill(std::int64_t exitStatus) noexcept;
 

@@ -212,6 +212,11 @@ std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
     return text;
 }
 
+bool LbOs::MayBeAbort(std::int64_t exitStatus) noexcept
+{
+    return exitStatus == -SIGABRT;
+}
+
 bool LbOs::MayBeMemoryKill(std::int64_t exitStatus) noexcept
 {
     return exitStatus == -SIGKILL;

@@ -225,6 +225,11 @@ std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
     return std::wstring(L"Ausnahme ") + code + LbEncoding::FromUtf8(meaning);
 }
 
+bool LbOs::MayBeAbort(std::int64_t exitStatus) noexcept
+{
+    return exitStatus == c_AbortStatus;
+}
+
 // A process that gets no memory here ends by itself.
 bool LbOs::MayBeMemoryKill(std::int64_t /*exitStatus*/) noexcept
 {

@@ -33,8 +33,8 @@ LB_API std::wstring GetProcessExecutableName(unsigned long id);
 /// end it. Callable from any thread.
 LB_API void KillProcess(const SProcess& process);
 
-/// How many processes and threads the system lets the user have; a very large number if it sets no limit, as on
-/// Windows. Callable from any thread.
+/// How many processes and threads the system lets the user or, on Linux, the control group (version 2) have; a very
+/// large number if it sets no limit, as on Windows. Callable from any thread.
 LB_API std::uint64_t GetProcessLimit() noexcept;
 
 /// True if the system lets the user have so few processes and threads (fewer than 1024 on Linux) that optional ones

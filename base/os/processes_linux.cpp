@@ -1,5 +1,6 @@
 #include "base/os/processes.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <charconv>
@@ -17,6 +18,7 @@
 #include <unistd.h>
 
 #include "base/lbencoding.h"
+#include "base/os/linux/controlgroup.h"
 #include "base/os/linux/descriptor.h"
 
 namespace
@@ -134,7 +136,8 @@ void LbOs::KillProcess(const SProcess& process)
 std::uint64_t LbOs::GetProcessLimit() noexcept
 {
     rlimit limit = {};
-    return getrlimit(RLIMIT_NPROC, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
+    const std::uint64_t own = getrlimit(RLIMIT_NPROC, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
+    return std::min<std::uint64_t>(own, Linux::GetGroupProcessLimit().value_or(own));
 }
 
 bool LbOs::HasFewProcesses() noexcept

@@ -32,7 +32,7 @@ public:
     template<typename... T>
     static LuTestSuiteOut Write(LbFormatString<T...> format, const T&... arguments)
     {
-        return LuTestSuiteOut(formatLine(format.GetSource(), LbPackArguments(arguments...)));
+        return LuTestSuiteOut(LbFormatLine(format.GetSource(), LbPackArguments(arguments...)));
     }
 
     LuTestSuiteOut(const LuTestSuiteOut& other);
@@ -65,7 +65,6 @@ public:
 private:
     LuTestSuiteOut();
     explicit LuTestSuiteOut(std::wstring text) : m_text(std::move(text)) {}
-    static std::wstring formatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
     void writeOut() const;
 
     std::wstring m_text;

@@ -1,5 +1,6 @@
 #include "base/lbfilelisting.h"
 
+#include <algorithm>
 #include <atomic>
 #include <string>
 #include <thread>
@@ -70,6 +71,35 @@ TEST_F(FileListing, HoldsFilesInOrderAndNoFolders)
     m_folder.MakeFolder(L"folder");
 
     EXPECT_THAT(GetPresentNames(), ElementsAre(L"C.txt", L"a.txt", L"b.txt"));
+}
+
+TEST_F(FileListing, ShowsItsNamesAsARange)
+{
+    m_folder.WriteFile(L"b", "");
+    m_folder.WriteFile(L"a", "");
+    const LbFileNames names(LbFileListing::Get(m_folder.GetPath()));
+
+    EXPECT_EQ(names.size(), 2U);
+    EXPECT_FALSE(names.empty());
+    EXPECT_EQ(names[1], L"b");
+    EXPECT_THAT(Names(names), ElementsAre(L"a", L"b"));
+    Names copied;
+    for (const std::wstring& name : names)
+    {
+        copied.push_back(name);
+    }
+    EXPECT_EQ(copied, Names(names));
+    EXPECT_NE(std::ranges::find(names, L"b"), names.end());
+    EXPECT_EQ(std::ranges::find(names, L"c"), names.end());
+}
+
+TEST(FileNames, AreEmptyWithoutAListing)
+{
+    const LbFileNames names;
+
+    EXPECT_TRUE(names.empty());
+    EXPECT_EQ(names.begin(), names.end());
+    EXPECT_EQ(names.GetListing(), nullptr);
 }
 
 TEST_F(FileListing, IsEmptyForAMissingFolder)

@@ -63,7 +63,14 @@ TEST(LuStreamWriteTextMemory, FormatsThroughItsBase)
     stream.WriteFormat(L"%s: %u\n", L"Anzahl", 3U);
     stream.WriteFormat(L"%%");
     EXPECT_EQ(memory.GetText(), L"Anzahl: 3\n%");
-    EXPECT_THROW(stream.WriteFormat(LbRuntimeFormat(L"%d")), LbException);
+}
+
+TEST(LuStreamWriteTextMemory, ReceivesTheMistakeOfARuntimeFormatAsALine)
+{
+    LuStreamWriteTextMemory memory;
+    memory.WriteFormat(LbRuntimeFormat(L"%d"));
+    EXPECT_EQ(memory.GetText(), L"Fehler: lustream_test.cpp, Zeile " + std::to_wstring(__LINE__ - 1) +
+                                    L": Formattext mit Fehler (zu wenige Argumente): \"%d\"\n");
 }
 
 TEST(LuStreamWriteBinaryFile, WritesBytesUnchanged)

@@ -65,6 +65,22 @@ std::vector<std::wstring> getMatches(const ScopedFolder& folder, std::wstring_vi
 
 using Names = std::vector<std::wstring>;
 
+TEST(LuUnitTestFiles, AreThoseOfTheLastDataDirectory)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"first/b", "");
+    folder.WriteFile(L"first/a", "");
+    folder.WriteFile(L"second/c", "");
+    CSample sample;
+
+    sample.SetDataDirectory(folder.GetPathOf(L"first/"));
+    EXPECT_EQ(Names(sample.GetDataFileNames()), (Names{L"a", L"b"}));
+    folder.WriteFile(L"first/d", "");
+    EXPECT_EQ(Names(sample.GetDataFileNames()), (Names{L"a", L"b"}));
+    sample.SetDataDirectory(folder.GetPathOf(L"second/"));
+    EXPECT_EQ(Names(sample.GetDataFileNames()), (Names{L"c"}));
+}
+
 } // namespace
 
 LB_RTTI_CLASS(CSample, LuUnitTest)

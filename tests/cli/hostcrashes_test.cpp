@@ -123,6 +123,47 @@ TEST_F(HostCrashes, NameAllRunningCases)
     EXPECT_EQ(std::ranges::count(run.errors, '\n'), 2) << run.errors;
 }
 
+TEST_F(HostCrashes, NameTheCaseOfACrashedThread)
+{
+    if (c_HasSanitizer)
+    {
+        GTEST_SKIP() << "sanitizers end what crashes";
+    }
+    const SHostRun run = Run(L"Zugriffsverletzung im Thread$");
+
+    EXPECT_TRUE(run.errors.starts_with(std::string("Fehler: Absturz: ") +
+                                       (c_IsWindows ? "STATUS_ACCESS_VIOLATION" : "SIGSEGV")))
+        << run.errors;
+    EXPECT_TRUE(
+        run.errors.ends_with(ToPlatformLines("\nFehler: In Arbeit: 'CCrashModel:Zugriffsverletzung im Thread'\n")))
+        << run.errors;
+}
+
+class HostCrashesDuringTheSearch : public HostCrashes, public testing::WithParamInterface<std::vector<std::wstring>>
+{
+};
+
+TEST_P(HostCrashesDuringTheSearch, NameClassAndFolder)
+{
+    if (c_HasSanitizer)
+    {
+        GTEST_SKIP() << "sanitizers end what crashes";
+    }
+    const std::wstring folder = m_folder.MakeFolder(L"CSearchCrashModel");
+    const SHostRun run = Run(L"vorher$", GetParam());
+
+    EXPECT_TRUE(run.errors.starts_with("Fehler: Absturz bei der Suche nach Testfällen von 'CSearchCrashModel' in '" +
+                                       LbEncoding::ToUtf8(folder) +
+                                       "': " + (c_IsWindows ? "STATUS_ACCESS_VIOLATION" : "SIGSEGV")))
+        << run.errors;
+    EXPECT_EQ(std::ranges::count(run.errors, '\n'), 1) << run.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, HostCrashesDuringTheSearch,
+                         testing::Values(std::vector<std::wstring>{}, std::vector<std::wstring>{L"-q"},
+                                         std::vector<std::wstring>{L"--list-disabled"},
+                                         std::vector<std::wstring>{L"--list-duplicates"}));
+
 TEST_F(HostCrashes, LeaveACrashToTheHandlerOfAModule)
 {
     if (c_HasSanitizer)

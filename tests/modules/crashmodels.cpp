@@ -167,6 +167,11 @@ void throwOutOfThread()
     std::thread([] { throw std::runtime_error("aus einem Thread"); }).join();
 }
 
+void crashInThread()
+{
+    std::thread([] { *s_nothing = 1; }).join();
+}
+
 std::optional<long> s_copy;
 
 /// The copy crashes, and the case goes on.
@@ -281,6 +286,13 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"Absturz neben einem anderen", [] { crashBesideAnother(); });
         AddSubtest(L"eigene Behandlung", [] { crashIntoOwnHandler(); });
         AddSubtest(L"Exception im Thread", [] { throwOutOfThread(); });
+        AddSubtest(L"Zugriffsverletzung im Thread", [] { crashInThread(); });
+        AddSubtest(L"Stapelüberlauf im Thread", [] { std::thread([] { overflowStack(0); }).join(); });
+        AddSubtest(L"kein Speicher im Thread", [] { std::thread([] { throw std::bad_alloc(); }).join(); });
+        AddSubtest(L"spricht von Speicher und endet", [] {
+            std::fputs("std::bad_alloc\n", stderr);
+            std::_Exit(4);
+        });
         AddSubtest(L"Absturz der Kopie", [] { crashInCopy(); });
     }
 
@@ -346,6 +358,15 @@ class CCrashModel : public LuUnitTest
     }
 };
 LB_RTTI_CLASS(CCrashModel, LuUnitTest)
+
+/// Crashes when it is asked for its cases.
+class CSearchCrashModel : public LuUnitTest
+{
+    LB_RTTI(CSearchCrashModel)
+
+    void InitSubtests() override { *s_nothing = 1; }
+};
+LB_RTTI_CLASS(CSearchCrashModel, LuUnitTest)
 
 /// Passes, and takes its process down when it is destroyed.
 class CDyingModel : public LuUnitTest

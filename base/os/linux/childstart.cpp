@@ -272,4 +272,27 @@ void RecordSignals() noexcept
     s_areRecorded = true;
 }
 
+void RestoreSignals() noexcept
+{
+    if (!s_areRecorded)
+    {
+        return;
+    }
+    SAction action = {};
+    std::uint64_t blocked = 0;
+    Call(SYS_rt_sigaction, SIGCHLD, 0, &action, c_SignalSetSize);
+    Call(SYS_rt_sigprocmask, SIG_SETMASK, 0, &blocked, c_SignalSetSize);
+    const bool isIgnored = action.handler == SIG_IGN && (s_ignored & toBit(SIGCHLD)) == 0;
+    if (isIgnored || (action.flags & SA_NOCLDWAIT) != 0)
+    {
+        action.handler = isIgnored ? SIG_DFL : action.handler;
+        action.flags &= ~std::uint64_t{SA_NOCLDWAIT};
+        Call(SYS_rt_sigaction, SIGCHLD, &action, 0, c_SignalSetSize);
+    }
+    if (const std::uint64_t wanted = s_blocked; blocked != wanted)
+    {
+        Call(SYS_rt_sigprocmask, SIG_SETMASK, &wanted, 0, c_SignalSetSize);
+    }
+}
+
 } // namespace LbOs::Linux

@@ -52,4 +52,8 @@ pid_t StartProcess(SStart& start, CProcessFile& file);
 /// Records the signals that the calling thread blocks and that the process ignores, for `prepared`. Any thread.
 void RecordSignals() noexcept;
 
+/// Makes the system keep the statuses of ended children and sets the calling thread's blocked signals, as recorded. No
+/// effect before RecordSignals. Any thread.
+void RestoreSignals() noexcept;
+
 } // namespace LbOs::Linux

@@ -6,6 +6,7 @@
 #include "testing/lutestsuite/duplicates/duplicatesets.h"
 #include "testing/lutestsuite/duplicates/examination.h"
 #include "testing/lutestsuite/duplicates/filechecksums.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/utilsfailure.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
@@ -85,6 +86,7 @@ void writeSets(const SDuplicates& duplicates, std::optional<LuTestSuite::CDeleti
 
 void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
 {
+    const LuTestSuite::CCrashNotes notes;
     LuTestSuite::LoadTestModules(setup, environment);
     UnitTests tests = LuTestSuite::FindUnitTests(setup, true);
     LuTestSuite::SelectTestCases(setup, tests);

@@ -1,5 +1,6 @@
 /// The mode that lists the cases that their descriptions disable.
 
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -37,6 +38,7 @@ void writeDisabledCases(const LuTestSuite::SUnitTest& test, const std::vector<st
 
 void LuTestSuiteUtils::ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
 {
+    const LuTestSuite::CCrashNotes notes;
     LuTestSuite::LoadTestModules(setup, environment);
     UnitTests tests = LuTestSuite::FindUnitTests(setup, false);
     LuTestSuite::SelectTestCases(setup, tests);

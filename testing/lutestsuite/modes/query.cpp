@@ -1,5 +1,6 @@
 /// The mode that lists the selection, or the data directories used earlier.
 
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuitetree.h"
@@ -49,6 +50,7 @@ LuTestSuiteTree buildTree(const UnitTests& tests)
 
 void LuTestSuiteUtils::RunQueryMode(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
 {
+    const LuTestSuite::CCrashNotes notes;
     LuTestSuite::LoadTestModules(setup, environment);
     if (setup.dataDir.empty())
     {

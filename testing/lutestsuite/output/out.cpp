@@ -98,12 +98,6 @@ LuTestSuiteOut::LuCustomOut::~LuCustomOut() = default;
 
 LuTestSuiteOut::LuTestSuiteOut() = default;
 
-std::wstring LuTestSuiteOut::formatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments)
-{
-    const std::wstring mistake = LbDescribeFormatMistake(format, arguments);
-    return mistake.empty() ? LbFormatArguments(format, arguments) : L"Fehler: " + mistake + L"\n";
-}
-
 LuTestSuiteOut::LuTestSuiteOut(const LuTestSuiteOut& other) = default;
 
 LuTestSuiteOut& LuTestSuiteOut::operator=(const LuTestSuiteOut& other) = default;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/lbexception.h"
+#include "base/os/childprocess.h"
 #include "testing/lutestsuite/run/executor.h"
 
 namespace LuTestSuiteRun
@@ -27,6 +28,8 @@ bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, c
 
 namespace
 {
+
+static_assert(LuTestSuite::CUnderWay::sc_uiCapacity == c_NameCapacity);
 
 void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
 {
@@ -112,8 +115,11 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
             end.kind = ECaseEnd::Refused;
             return;
         }
-        const CCaseUnderWay underWay(*m_crashThread, *buffer);
+        const LuTestSuite::CUnderWay underWay(*m_crashThread, LuTestSuite::EActivity::RunCase, buffer->className,
+                                              buffer->caseName);
         ExecuteInBuffer(*buffer);
+        // The case may have ignored SIGCHLD: then older kernels drop the exit statuses of children.
+        LbOs::CChildProcess::RestoreSignals();
     }
     end.processId = m_ownProcessId;
     readAnswer(*m_buffer->GetReadAccess(), planned.info);

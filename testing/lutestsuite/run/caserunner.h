@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "base/os/process.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuite/run/children/externalcontext.h"
 #include "testing/lutestsuite/run/children/workbuffer.h"
-#include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/plan.h"
 #include "testing/lutestsuite/run/runevents.h"
 
@@ -49,7 +49,7 @@ private:
     const std::function<bool()> m_isCanceled = [this] { return m_events.IsCanceled(); };
     CSpareChildren& m_spares;
     std::optional<CHeapWorkBuffer> m_buffer;
-    std::optional<CCrashThread> m_crashThread; ///< exists together with the buffer
+    std::optional<LuTestSuite::CCrashThread> m_crashThread; ///< exists together with the buffer
     CExternalContext m_external;
     const std::uint64_t m_ownProcessId = LbOs::GetProcessId();
 };

@@ -12,10 +12,10 @@
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
 #include "base/os/processors.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/children/childchannel.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
-#include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/debugfolders.h"
 #include "testing/lutestsuite/run/executor.h"
 #include "testing/lutestsuite/run/preparation.h"
@@ -38,9 +38,9 @@ std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& name)
     return event;
 }
 
-void executeCase(SWorkBuffer& buffer, CCrashThread& thread)
+void executeCase(SWorkBuffer& buffer, LuTestSuite::CCrashThread& thread)
 {
-    const CCaseUnderWay underWay(thread, buffer);
+    const LuTestSuite::CUnderWay underWay(thread, LuTestSuite::EActivity::RunCase, buffer.className, buffer.caseName);
     ExecuteInBuffer(buffer);
 }
 
@@ -84,8 +84,8 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     endDescendantsAtExit();
     LbOs::EndSilentlyOnCrash();
     CCrashReporter reporter(setup.memoryId, *response);
-    const CCrashNotes notes(&reporter);
-    CCrashThread thread;
+    const LuTestSuite::CCrashNotes notes(&reporter);
+    LuTestSuite::CCrashThread thread;
     const CPreparation preparation(setup, environment);
     const CDebugFolders debugFolders;
     LbOs::CThreadProcessors processors;

@@ -4,6 +4,7 @@
 
 #include "base/inoncopyable.h"
 #include "base/iunittestrecreate.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
@@ -80,6 +81,7 @@ void recreateCase(const LuTestSuite::SUnitTest& unitTest, const std::wstring& ca
 void recreateCaseOrReport(const LuTestSuite::SUnitTest& unitTest, const std::wstring& caseName,
                           const IUnitTestRecreate::SRequest& request)
 {
+    const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::RecreateCase, unitTest.className, caseName);
     try
     {
         recreateCase(unitTest, caseName, request);
@@ -115,6 +117,8 @@ bool recreateInExecutableDirectory(LuTestSuiteEnvironment& environment,
                                    const std::vector<LuTestSuite::SUnitTest>& unitTests,
                                    const IUnitTestRecreate::SRequest& request, const SCallbacks& callbacks)
 {
+    const LuTestSuite::CCrashNotes notes;
+    const LuTestSuite::CCrashThread thread;
     const CExecutableDirectory directory(environment);
     return recreateAll(unitTests, request, callbacks);
 }

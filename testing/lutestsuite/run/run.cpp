@@ -4,13 +4,13 @@
 #include "base/lbtimer.h"
 #include "base/ludebugserialization.h"
 #include "base/os/childprocess.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/caserunner.h"
 #include "testing/lutestsuite/run/children/leavingchildren.h"
 #include "testing/lutestsuite/run/consolelines.h"
-#include "testing/lutestsuite/run/crashnotes.h"
 #include "testing/lutestsuite/run/debugfolders.h"
 #include "testing/lutestsuite/run/plan.h"
 #include "testing/lutestsuite/run/preparation.h"
@@ -94,7 +94,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
     // Before the modules are loaded, so that the modules' handlers take precedence.
-    const CCrashNotes notes;
+    const LuTestSuite::CCrashNotes notes;
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
     CRunConsole console(setup, unitTests);

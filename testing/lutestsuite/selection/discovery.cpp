@@ -8,6 +8,7 @@
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/luunittest.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/output/warning.h"
@@ -45,10 +46,17 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
     }
 }
 
-/// A case is a file data set if the unit test's folder contains a file with the case's name.
-void assignDataSetFiles(SUnitTest& test)
+/// The listing that the instance has used, so that the folder is read once.
+std::shared_ptr<const LbFileListing> getFiles(const LuUnitTest& instance, const SUnitTest& test)
 {
-    const std::shared_ptr<const LbFileListing> files = LbFileListing::Get(test.dataDirectory);
+    const bool isSame = instance.GetDataDirectory() == test.dataDirectory;
+    return isSame ? instance.GetDataFileNames().GetListing() : LbFileListing::Get(test.dataDirectory);
+}
+
+/// A case is a file data set if the unit test's folder contains a file with the case's name.
+void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
+{
+    const std::shared_ptr<const LbFileListing> files = getFiles(instance, test);
     // Cases created from files are in the order of the files' names, so the next name usually matches.
     std::uint32_t next = 0;
     for (STestCase& testCase : test.cases)
@@ -85,6 +93,7 @@ private:
 std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                                 bool removeDisabled)
 {
+    const LuTestSuite::CCrashThread thread;
     std::vector<SUnitTest> tests;
     std::vector<std::wstring> pendingDirs;
     CLinkedDirectories links;
@@ -132,6 +141,7 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
             L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n", folderName);
         return;
     }
+    const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::FindCases, folderName, directory);
     const std::unique_ptr<LuUnitTest> instance = LuTestSuite::CreateUnitTestOrNull(folderName);
     if (!instance)
     {
@@ -143,7 +153,7 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
     test.dataDirectory = directory;
     test.moduleName = GetModuleName(*type);
     collectCases(*instance, test);
-    assignDataSetFiles(test);
+    assignDataSetFiles(*instance, test);
     processExtraInfoFile(test);
     if (removeDisabled)
     {

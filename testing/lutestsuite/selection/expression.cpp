@@ -1,5 +1,6 @@
 #include "testing/lutestsuite/selection/expression.h"
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -15,12 +16,13 @@ using LuTestSuite::CStackExhausted;
 using LuTestSuite::CStackLimit;
 
 /// Address space, not memory: the system provides pages when the recursion reaches them. If the address space is
-/// limited, the smaller size is used.
-constexpr std::size_t c_StackSizes[] = {std::size_t{1} << 28U, std::size_t{1} << 26U};
+/// limited, the largest of the smaller sizes that it has room for is used.
+constexpr std::size_t c_StackSizes[] = {std::size_t{1} << 28U, std::size_t{1} << 27U, std::size_t{1} << 26U,
+                                        std::size_t{1} << 25U};
 
-/// The fraction of the stack that must suffice for the recursion between two checks. The engine may pass through
-/// 100,000 states of an expression without reading the text.
-constexpr std::size_t c_SpareFraction = 8;
+/// What must suffice for the recursion between two checks: the engine may pass through 100,000 states of an expression
+/// without reading the text. At most half of the stack.
+constexpr std::size_t c_Spare = std::size_t{1} << 25U;
 
 constexpr std::size_t c_MostShownCharacters = 80;
 
@@ -96,7 +98,7 @@ void LuTestSuite::RunOnExpressionStack(const std::function<void(const CStackLimi
         {
             LbOs::RunOnStack(size, [&] {
                 hasBegun = true;
-                function({size, size / c_SpareFraction});
+                function({size, std::min(size / 2, c_Spare)});
             });
             return;
         }

@@ -8,6 +8,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -108,6 +109,25 @@ TEST_F(OsNamedEvent, IsNotCreatedTwice)
     EXPECT_EQ(CNamedEvent::Create(m_name, &failure), nullptr);
     EXPECT_NE(failure, L"");
     EXPECT_NE(CNamedEvent::Open(m_name), nullptr);
+}
+
+TEST_F(OsNamedEvent, SaysThatThereAreTooManyForTheProcessThatRemovesThem)
+{
+    constexpr std::size_t c_MoreThanItKeeps = 4097;
+    std::vector<std::unique_ptr<CNamedEvent>> events;
+    std::wstring failure;
+    while (failure.empty() && events.size() < c_MoreThanItKeeps)
+    {
+        events.push_back(CNamedEvent::Create(m_name + L"-" + std::to_wstring(events.size()), &failure));
+    }
+    if (failure.empty() || failure.starts_with(L"open"))
+    {
+        GTEST_SKIP() << "any number of events, or fewer files, may be open";
+    }
+
+    EXPECT_EQ(failure, L"der Prozess LuKeeper fehlt oder führt schon zu viele Einträge");
+    EXPECT_EQ(events.back(), nullptr);
+    EXPECT_GT(events.size(), 4000U);
 }
 
 TEST_F(OsNamedEvent, IsAccessibleOnlyToTheOwnUser)

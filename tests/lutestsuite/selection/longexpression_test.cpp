@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/support/apart.h"
 #include "tests/support/deepstacks.h"
 
 namespace
@@ -136,6 +137,46 @@ TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamedByItsBegin)
 
     EXPECT_EQ(GetMessage({std::wstring(800'000, L'x') + L"y"}, expression),
               L"Regulärer Ausdruck '" + expression.substr(0, 80) + L"...' braucht mehr Stack, als es gibt");
+}
+
+TEST(LongExpressionAlone, IsSearchedWhereTheAddressSpaceIsLimited)
+{
+    if (!c_AllowsDeepStacks)
+    {
+        GTEST_SKIP() << "AddressSanitizer needs more address space";
+    }
+    for (const std::size_t megabytes : {160U, 80U, 48U})
+    {
+        const bool isChecked =
+            CheckApart([megabytes] { return LbOs::LimitMemory(std::size_t{megabytes} << 20U); },
+                       [] {
+                           const std::wstring name(2'000, L'x');
+                           EXPECT_EQ(CountSelected({name + L"!", name}, c_ForEngine + L"(x|y)*!$"), 1U);
+                       });
+        if (!isChecked)
+        {
+            GTEST_SKIP() << "the address space cannot be limited";
+        }
+    }
+}
+
+TEST(LongExpressionAlone, ThatExhaustsTheSmallestStackIsNamed)
+{
+    if (!c_AllowsDeepStacks)
+    {
+        GTEST_SKIP() << "AddressSanitizer needs more address space";
+    }
+    constexpr std::size_t c_RoomForTheSmallest = std::size_t{48} << 20U;
+    const bool isChecked =
+        CheckApart([] { return LbOs::LimitMemory(c_RoomForTheSmallest); },
+                   [] {
+                       EXPECT_EQ(GetMessage({std::wstring(800'000, L'x') + L"y"}, L":(x)*\\1z?y$"),
+                                 L"Regulärer Ausdruck ':(x)*\\1z?y$' braucht mehr Stack, als es gibt");
+                   });
+    if (!isChecked)
+    {
+        GTEST_SKIP() << "the address space cannot be limited";
+    }
 }
 
 TEST(LongExpressionAlone, ThatIsPlainTextIsSearchedInNamesOfMillionsOfCharacters)

@@ -27,9 +27,12 @@ bool isLackOfMemory(std::optional<std::int64_t> exitStatus, const std::vector<st
     // The kernel does not tell which process it killed.
     const std::uint64_t kills = LbOs::CountMemoryKills();
     const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.exchange(kills) < kills;
-    const bool saysSo = std::ranges::any_of(
-        lastLines, [](const std::wstring& line) { return line.find(L"std::bad_alloc") != std::wstring::npos; });
-    return isKilled || saysSo;
+    // What std::terminate writes of an exception that nobody has caught.
+    const bool isTerminated =
+        exitStatus && LbOs::MayBeAbort(*exitStatus) && std::ranges::any_of(lastLines, [](const std::wstring& line) {
+            return line.find(L"std::bad_alloc") != std::wstring::npos;
+        });
+    return isKilled || isTerminated;
 }
 
 std::wstring toText(std::string_view line)

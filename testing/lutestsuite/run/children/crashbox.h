@@ -12,6 +12,7 @@
 #include "base/os/namedevent.h"
 #include "base/os/sharedmemory.h"
 #include "base/os/stacks.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 
 namespace LuTestSuiteRun
 {
@@ -52,14 +53,14 @@ private:
 };
 
 /// The side of the child.
-class CCrashReporter : public INonCopyable
+class CCrashReporter final : public LuTestSuite::ICrashReporter, public INonCopyable
 {
 public:
     /// `response` wakes the run; it must outlive the object.
     CCrashReporter(const std::wstring& bufferName, LbOs::CNamedEvent& response);
 
-    /// Waits until the run has read the stacks, at most 1.5 s. On the crashed thread: neither allocates nor locks.
-    void Report(const LbOs::SCrash& crash) noexcept;
+    /// Waits until the run has read the stacks, at most 1.5 s.
+    void Report(const LbOs::SCrash& crash) noexcept override;
 
 private:
     LbOs::CNamedEvent& m_response;

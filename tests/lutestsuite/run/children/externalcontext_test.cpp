@@ -73,6 +73,28 @@ TEST(SpareChildren, AreTakenOnce)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
+TEST(SpareChildren, AreNotStartedAgainAfterAllAreKilled)
+{
+    const SChildSettings settings;
+    CSpareChildren spares(settings);
+    spares.Start(just(1));
+    ASSERT_EQ(CountHostChildren(), 1);
+
+    EXPECT_TRUE(spares.KillAll());
+    EXPECT_EQ(CountHostChildren(), 0);
+    spares.Start(just(1));
+    EXPECT_EQ(CountHostChildren(), 0);
+    EXPECT_EQ(spares.Take(), nullptr);
+}
+
+TEST(SpareChildren, AreNotKilledIfThereAreNone)
+{
+    const SChildSettings settings;
+    CSpareChildren spares(settings);
+
+    EXPECT_FALSE(spares.KillAll());
+}
+
 /// A child that is idle for long exits.
 TEST(SpareChildren, AreNotTakenWhenTheyHaveEnded)
 {

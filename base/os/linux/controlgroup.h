@@ -1,0 +1,20 @@
+/// Limits that a control group of version 2 sets, as in containers. Internal to the Linux side.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace LbOs::Linux
+{
+
+/// The most processes and threads that a group and the groups that contain it allow. `membership` is the text of
+/// /proc/<process>/cgroup, `root` the folder where the groups are mounted, without a separator at its end. Empty
+/// without a limit.
+std::optional<std::uint64_t> ReadGroupProcessLimit(std::string_view membership, const std::string& root);
+
+/// The same for the current process; read once. Empty without memory.
+std::optional<std::uint64_t> GetGroupProcessLimit() noexcept;
+
+} // namespace LbOs::Linux

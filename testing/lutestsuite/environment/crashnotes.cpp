@@ -1,0 +1,273 @@
+#include "testing/lutestsuite/environment/crashnotes.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <string_view>
+
+#include "base/lbencoding.h"
+#include "base/lbutf8.h"
+#include "base/os/platform.h"
+
+namespace LuTestSuite
+{
+
+namespace
+{
+
+constexpr std::size_t c_Places = 512;
+
+CCrashThread::SPlace s_places[c_Places];
+
+std::atomic<ICrashReporter*> s_reporter = nullptr;
+
+/// Text without any memory of the heap.
+class CCrashText
+{
+public:
+    void Add(std::string_view text)
+    {
+        const std::size_t length = std::min(text.size(), sizeof(m_bytes) - m_size);
+        std::copy_n(text.begin(), length, m_bytes + m_size);
+        m_size += length;
+    }
+
+    void AddNumber(std::uint64_t number)
+    {
+        char digits[2 + 2 * sizeof(number)];
+        char* digit = std::end(digits);
+        do
+        {
+            *--digit = "0123456789abcdef"[number % 16];
+            number /= 16;
+        }
+        while (number != 0);
+        *--digit = 'x';
+        *--digit = '0';
+        Add({digit, static_cast<std::size_t>(std::end(digits) - digit)});
+    }
+
+    void AddActivity(EActivity activity, const char16_t* className, const char16_t* detail)
+    {
+        Add("'");
+        addName(className);
+        Add(activity == EActivity::FindCases ? "' in '" : ":");
+        addName(detail);
+        Add("'");
+    }
+
+    /// What is there so far goes out: one line where it is short enough.
+    void Write()
+    {
+        LbOs::WriteCrashText({m_bytes, m_size});
+        m_size = 0;
+    }
+
+private:
+    void addName(const char16_t* name)
+    {
+        // Three bytes a unit, and the signs around them.
+        constexpr std::size_t c_Most = 3 * CUnderWay::sc_uiCapacity + 16;
+        if (sizeof(m_bytes) - m_size < c_Most)
+        {
+            Write();
+        }
+        std::size_t length = 0;
+        while (length < CUnderWay::sc_uiCapacity && name[length] != u'\0')
+        {
+            ++length;
+        }
+        char* const bytes = m_bytes + m_size;
+        const std::size_t size = LbEncoding::ToUtf8({name, length}, {bytes, sizeof(m_bytes) - m_size});
+        std::replace_if(
+            bytes, bytes + size, [](unsigned char byte) { return byte < 0x20; }, ' ');
+        m_size += size;
+    }
+
+    char m_bytes[8192] = {};
+    std::size_t m_size = 0;
+};
+
+/// Not on the stack, which may have overflowed. One thread at a time reports a crash.
+constinit CCrashText s_text;
+
+/// The calling thread's place; null without one.
+CCrashThread::SPlace* findOwnPlace()
+{
+    const std::uintptr_t thread = LbOs::GetThreadKey();
+    auto* const place = std::ranges::find_if(s_places, [thread](const auto& entry) { return entry.thread == thread; });
+    return place == std::end(s_places) ? nullptr : place;
+}
+
+/// False if the thread does nothing at present.
+bool addActivity(CCrashText& text, std::string_view before, const CCrashThread::SPlace& place)
+{
+    const char16_t* const className = place.className.load(std::memory_order_acquire);
+    const char16_t* const detail = place.detail;
+    if (className == nullptr || detail == nullptr)
+    {
+        return false;
+    }
+    text.Add(before);
+    text.AddActivity(place.activity, className, detail);
+    return true;
+}
+
+std::string_view getPreposition(EActivity activity)
+{
+    switch (activity)
+    {
+    case EActivity::RecreateCase:
+        return " beim Neuerzeugen von ";
+    case EActivity::FindCases:
+        return " bei der Suche nach Testfällen von ";
+    default:
+        return " in ";
+    }
+}
+
+void addKind(CCrashText& text, const LbOs::SCrash& crash)
+{
+    text.Add(crash.kind.name);
+    text.Add(" ");
+    if (std::strlen(crash.kind.meaning) == 0)
+    {
+        text.AddNumber(crash.code);
+        return;
+    }
+    text.Add("(");
+    text.Add(crash.kind.meaning);
+    text.Add(")");
+}
+
+void addPlace(CCrashText& text, const LbOs::SCrash& crash)
+{
+    if (crash.address == 0 && !crash.target)
+    {
+        return;
+    }
+    text.Add(" an der Adresse ");
+    text.AddNumber(crash.address);
+    if (std::strlen(crash.module) != 0)
+    {
+        text.Add(", ");
+        text.Add(crash.module);
+        text.Add("+");
+        text.AddNumber(crash.offset);
+    }
+    if (crash.target)
+    {
+        text.Add(", beim Zugriff auf ");
+        text.AddNumber(*crash.target);
+    }
+}
+
+/// Of the threads that have not crashed.
+void addOtherActivities(CCrashText& text, const CCrashThread::SPlace* own, bool isFirstKnown)
+{
+    bool isFirst = true;
+    for (const CCrashThread::SPlace& place : s_places)
+    {
+        const std::string_view before = !isFirst       ? ", "
+                                        : isFirstKnown ? "Fehler: Zugleich in Arbeit: "
+                                                       : "Fehler: In Arbeit: ";
+        isFirst = (&place == own || !addActivity(text, before, place)) && isFirst;
+    }
+    text.Add(isFirst ? "" : "\n");
+}
+
+void report(const LbOs::SCrash& crash) noexcept
+{
+    const CCrashThread::SPlace* const own = findOwnPlace();
+    CCrashText& text = s_text;
+    text.Add("Fehler: Absturz");
+    const bool isKnown = own != nullptr && addActivity(text, getPreposition(own->activity), *own);
+    text.Add(": ");
+    addKind(text, crash);
+    addPlace(text, crash);
+    text.Add("\n");
+    addOtherActivities(text, own, isKnown);
+    text.Write();
+    if (ICrashReporter* const reporter = s_reporter.load())
+    {
+        reporter->Report(crash);
+    }
+}
+
+CCrashThread::SPlace* takePlace()
+{
+    for (CCrashThread::SPlace& place : s_places)
+    {
+        std::uintptr_t free = 0;
+        if (place.thread.compare_exchange_strong(free, LbOs::GetThreadKey()))
+        {
+            return &place;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+CCrashNotes::CCrashNotes(ICrashReporter* reporter) : m_handler(&report)
+{
+    s_reporter = reporter;
+}
+
+CCrashNotes::~CCrashNotes()
+{
+    s_reporter = nullptr;
+}
+
+CCrashThread::CCrashThread() : m_place(findOwnPlace())
+{
+    if (m_place == nullptr)
+    {
+        m_place = takePlace();
+        m_isOuter = m_place != nullptr;
+    }
+}
+
+CCrashThread::~CCrashThread()
+{
+    if (m_isOuter)
+    {
+        m_place->thread = 0;
+    }
+}
+
+CUnderWay::CUnderWay(CCrashThread& thread, EActivity activity, const char16_t* className,
+                     const char16_t* detail) noexcept
+    : m_place(thread.m_place)
+{
+    if (m_place != nullptr)
+    {
+        m_formerActivity = m_place->activity.load(std::memory_order_relaxed);
+        m_formerClass = m_place->className.load(std::memory_order_relaxed);
+        m_formerDetail = m_place->detail.load(std::memory_order_relaxed);
+        set(activity, className, detail);
+    }
+}
+
+CUnderWay::~CUnderWay()
+{
+    if (m_place != nullptr)
+    {
+        set(m_formerActivity, m_formerClass, m_formerDetail);
+    }
+}
+
+void CUnderWay::set(EActivity activity, const char16_t* className, const char16_t* detail) noexcept
+{
+    m_place->activity.store(activity, std::memory_order_relaxed);
+    m_place->detail.store(detail, std::memory_order_relaxed);
+    m_place->className.store(className, std::memory_order_release);
+}
+
+CNamedUnderWay::CNamedUnderWay(EActivity activity, const std::wstring& className, const std::wstring& detail)
+    : m_className(LbEncoding::ToUtf16(className)), m_detail(LbEncoding::ToUtf16(detail)),
+      m_underWay(m_thread, activity, m_className.c_str(), m_detail.c_str())
+{
+}
+
+} // namespace LuTestSuite

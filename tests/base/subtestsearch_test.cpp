@@ -1,0 +1,105 @@
+#include "base/subtestsearch.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// Sub-tests with these names, in a folder of their own; counts how often a name is asked for.
+class SubtestSearch : public testing::Test
+{
+protected:
+    std::optional<std::uint32_t> Find(std::wstring_view name)
+    {
+        return LbSubtestSearch::Find({typeid(SubtestSearch), m_folder.GetPath(), m_listing,
+                                      static_cast<std::uint32_t>(m_names.size()),
+                                      [this](std::uint32_t subtest) {
+                                          ++m_questions;
+                                          return m_names.at(subtest);
+                                      }},
+                                     name);
+    }
+
+    std::size_t CountQuestionsFor(std::wstring_view name)
+    {
+        m_questions = 0;
+        Find(name);
+        return m_questions;
+    }
+
+    /// Searches until it is known that the name is missing.
+    void Miss(std::wstring_view name)
+    {
+        EXPECT_EQ(Find(name), std::nullopt);
+        EXPECT_EQ(Find(name), std::nullopt);
+    }
+
+    const ScopedFolder m_folder;
+    std::shared_ptr<const LbFileListing> m_listing = LbFileListing::Get(m_folder.GetPath());
+    std::vector<std::wstring> m_names = {L"a", L"b", L"c"};
+    std::size_t m_questions = 0;
+};
+
+TEST_F(SubtestSearch, AsksForOneNameWhereTheNameIsKnown)
+{
+    EXPECT_EQ(Find(L"c"), 2U);
+
+    EXPECT_EQ(CountQuestionsFor(L"b"), 1U);
+}
+
+TEST_F(SubtestSearch, AsksForNoNameAfterAnotherOneWasMissing)
+{
+    Miss(L"x");
+
+    EXPECT_EQ(CountQuestionsFor(L"y"), 0U);
+    EXPECT_EQ(CountQuestionsFor(L"z"), 0U);
+    EXPECT_EQ(Find(L"c"), 2U);
+}
+
+TEST_F(SubtestSearch, ReadsAllNamesAgainAfterTheFolderHasChanged)
+{
+    Miss(L"x");
+    m_listing = LbFileListing::Get(m_folder.GetPath());
+    m_names = {L"a", L"b", L"x"};
+
+    EXPECT_EQ(Find(L"x"), 2U);
+}
+
+TEST_F(SubtestSearch, ReadsAllNamesAgainWhereTheirNumberDiffers)
+{
+    Miss(L"x");
+    m_names = {L"a", L"x"};
+
+    EXPECT_EQ(Find(L"x"), 1U);
+}
+
+TEST_F(SubtestSearch, ReadsAllNamesAgainWithoutAListingSinceTheyMayDependOnAnything)
+{
+    m_listing.reset();
+    Miss(L"x");
+    m_names = {L"x", L"b", L"c"};
+
+    EXPECT_EQ(Find(L"x"), 0U);
+}
+
+TEST_F(SubtestSearch, KnowsOnlyTheNamesOfTheListingThatItHasReadInFull)
+{
+    Miss(L"x");
+    const auto first = m_listing;
+    m_listing = LbFileListing::Get(m_folder.GetPath());
+    m_names = {L"a", L"b", L"y"};
+    Miss(L"x");
+    m_listing = first;
+    m_names = {L"a", L"b", L"c"};
+
+    EXPECT_EQ(Find(L"c"), 2U);
+}
+
+} // namespace

@@ -1,0 +1,233 @@
+// What a case costs beside time: system calls and allocations.
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilelisting.h"
+#include "base/luunittest.h"
+#include "base/os/heapfunctions.h"
+#include "testing/lutestsuite/lutestsuiteheaptracker.h"
+#include "tests/support/os/systemcounts.h"
+#include "tests/support/runtest.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+constexpr int c_Files = 50;
+
+/// More sub-tests than one object needs; none of their functions fits into a function object without memory.
+class CNamesMany : public LuUnitTest
+{
+    LB_RTTI(CNamesMany)
+
+public:
+    void InitSubtests() override
+    {
+        const std::size_t a = 1;
+        const std::size_t b = 2;
+        const std::size_t c = 3;
+        const auto function = [this, a, b, c] { Check(a + b == c, L"sum"); };
+        for (int count = 0; count < 1000; ++count)
+        {
+            AddSubtest(L"a name that does not fit into a text without memory", function);
+        }
+    }
+};
+LB_RTTI_CLASS(CNamesMany, LuUnitTest)
+
+/// Runs its files itself, so that each object needs their order.
+class CRunsFiles : public LuUnitTest
+{
+    LB_RTTI(CRunsFiles)
+
+    void InitSubtests() override
+    {
+        AddFileSubtests(L"*.txt", [](const std::wstring&) {});
+    }
+    EResult RunUnitTest(std::uint32_t subtest) override { return LuUnitTest::RunUnitTest(subtest); }
+};
+LB_RTTI_CLASS(CRunsFiles, LuUnitTest)
+
+/// Allocations of the function; empty if they cannot be counted.
+template<typename F>
+std::optional<std::uint64_t> countAllocations(const F& function)
+{
+    if (LbOs::GetHeapFunctions().malloc == nullptr)
+    {
+        return std::nullopt;
+    }
+    std::uint64_t count = 0;
+    {
+        LuTestSuiteHeapTracker tracker;
+        function();
+        tracker.Deactivate();
+        count = tracker.GetMallocCount() + tracker.GetReallocCount();
+    }
+    LuTestSuiteHeapTracker::UnhookAll();
+    return count;
+}
+
+/// The folder of a unit test with files that pass.
+std::wstring makeFiles(const ScopedFolder& folder, const std::wstring& className, int count)
+{
+    for (int index = 0; index < count; ++index)
+    {
+        folder.WriteFile(className + L"/" + std::to_wstring(index) + L" as data set.txt", "gut");
+    }
+    return folder.GetPathOf(className);
+}
+
+/// Waits until the process shares the listing of the folder.
+void awaitSharedListing(const std::wstring& folder)
+{
+    while (LbFileListing::Get(folder) != LbFileListing::Get(folder))
+    {
+        std::this_thread::yield();
+    }
+}
+
+TEST(RunCosts, AreNoAllocationForASubtestThatIsNotWanted)
+{
+    CNamesMany object;
+    object.SelectSubtest(L"another");
+    const auto count = countAllocations([&object] { object.InitSubtests(); });
+    if (!count)
+    {
+        GTEST_SKIP() << "the heap of this process cannot be tracked";
+    }
+
+    EXPECT_EQ(*count, 0U);
+}
+
+TEST(RunCosts, AreTheSameForNamesOfFewAndOfManyFiles)
+{
+    const ScopedFolder folder;
+    std::optional<std::uint64_t> counts[2];
+    for (const int files : {1, 1000})
+    {
+        const std::wstring directory = makeFiles(folder, std::to_wstring(files), files) + L"/";
+        awaitSharedListing(directory);
+        CNamesMany object;
+        object.SetDataDirectory(directory);
+        counts[files == 1 ? 0 : 1] =
+            countAllocations([&] { EXPECT_EQ(object.GetDataFileNames().size(), static_cast<std::size_t>(files)); });
+    }
+    if (!counts[0])
+    {
+        GTEST_SKIP() << "the heap of this process cannot be tracked";
+    }
+
+    EXPECT_LE(*counts[1], *counts[0] + 1);
+}
+
+/// The writes of a run of so many passing cases.
+std::optional<std::size_t> countWrites(int cases, bool isParallel)
+{
+    const ScopedFolder folder;
+    makeFiles(folder, L"CDataSetModel", cases);
+    LuTestSuiteSetup setup = MakeSetup(folder.GetPath());
+    setup.params.parallel = isParallel;
+    setup.params.workerThreads = 2;
+    return LbOs::CountWrites([&setup] {
+        LuTestSuiteEnvironment environment;
+        const LuTestSuiteRun::SRunResult result = LuTestSuiteRun::Run(setup, environment);
+        EXPECT_EQ(result.stats.total.GetCount(LuTestSuiteRun::ECaseRunResult::Ok), result.stats.total.executed);
+    });
+}
+
+class RunCostsInMode : public testing::TestWithParam<bool>
+{
+};
+
+TEST_P(RunCostsInMode, AreAtMostTwoWritesOfOutputForACase)
+{
+    constexpr std::size_t c_Few = 10;
+    const auto few = countWrites(c_Few, GetParam());
+    const auto many = countWrites(c_Files, GetParam());
+    if (!few || !many)
+    {
+        GTEST_SKIP() << "writes cannot be counted";
+    }
+
+    EXPECT_GT(*few, 0U);
+    EXPECT_LE(*many, *few + 2 * (c_Files - c_Few));
+}
+
+INSTANTIATE_TEST_SUITE_P(SequentialAndParallel, RunCostsInMode, testing::Bool());
+
+class RunCostsOfFiles : public RunTest
+{
+protected:
+    /// How often the unit test's folder is listed during a run of all its files.
+    std::optional<std::size_t> CountReads(LuTestSuiteSetup setup, const std::wstring& directory)
+    {
+        return LbOs::CountFolderReads(directory, [&] {
+            const LuTestSuiteRun::SRunResult result = Run(setup);
+            EXPECT_EQ(result.stats.total.GetCount(LuTestSuiteRun::ECaseRunResult::Ok),
+                      static_cast<std::uint32_t>(c_Files));
+        });
+    }
+
+    const ScopedFolder m_folder;
+    const std::wstring m_directory = makeFiles(m_folder, L"CDataSetModel", c_Files);
+};
+
+TEST_F(RunCostsOfFiles, AreOneListingOfTheirFolder)
+{
+    const auto reads = CountReads(MakeSetup(m_folder.GetPath()), m_directory);
+    if (!reads)
+    {
+        GTEST_SKIP() << "listings cannot be counted";
+    }
+
+    EXPECT_EQ(*reads, 1U);
+}
+
+TEST_F(RunCostsOfFiles, AreOneListingOfTheirFolderOnSeveralThreads)
+{
+    LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
+    setup.params.parallel = true;
+    setup.params.workerThreads = 4;
+    const auto reads = CountReads(setup, m_directory);
+    if (!reads)
+    {
+        GTEST_SKIP() << "listings cannot be counted";
+    }
+
+    EXPECT_EQ(*reads, 1U);
+}
+
+TEST_F(RunCostsOfFiles, AreAtMostOneMoreListingForAChildProcess)
+{
+    LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
+    setup.params.external = true;
+    const auto reads = CountReads(setup, m_directory);
+    if (!reads)
+    {
+        GTEST_SKIP() << "listings cannot be counted";
+    }
+
+    EXPECT_GE(*reads, 1U);
+    EXPECT_LE(*reads, 2U);
+}
+
+TEST_F(RunCostsOfFiles, AreNoListingWhereTheProcessKnowsTheFolderAlready)
+{
+    const std::wstring directory = makeFiles(m_folder, L"inner/CRunsFiles", c_Files);
+    awaitSharedListing(directory + L"/");
+    const auto reads = CountReads(MakeSetup(m_folder.GetPathOf(L"inner")), directory);
+    if (!reads)
+    {
+        GTEST_SKIP() << "listings cannot be counted";
+    }
+
+    EXPECT_EQ(*reads, 0U);
+}
+
+} // namespace

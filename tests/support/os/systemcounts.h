@@ -1,0 +1,20 @@
+/// Counts what a function makes the system do.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace LbOs
+{
+
+/// The writes of the current process to standard output while `function` runs, which are lost. Empty if the system
+/// cannot tell them apart.
+std::optional<std::size_t> CountWrites(const std::function<void()>& function);
+
+/// How often any process begins to list the folder while `function` runs; two at the same time may count as one. Empty
+/// if the system does not tell.
+std::optional<std::size_t> CountFolderReads(const std::wstring& folder, const std::function<void()>& function);
+
+} // namespace LbOs
