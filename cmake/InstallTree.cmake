@@ -29,4 +29,5 @@ configure_package_config_file(cmake/LuTestSuiteConfig.cmake.in LuTestSuiteConfig
     INSTALL_DESTINATION ${package_directory})
 write_basic_package_version_file(LuTestSuiteConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/LuTestSuiteConfig.cmake" "${PROJECT_BINARY_DIR}/LuTestSuiteConfigVersion.cmake"
-    cmake/LuTestSuiteAddModule.cmake DESTINATION ${package_directory})
+    cmake/LuTestSuiteAddModule.cmake cmake/LuTestSuiteCases.cmake cmake/LuTestSuiteDiscoverTests.cmake
+    DESTINATION ${package_directory})

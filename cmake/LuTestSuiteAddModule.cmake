@@ -13,8 +13,11 @@ function(lutestsuite_add_module name)
     if(NOT arg_OUTPUT_DIRECTORY)
         lutestsuite_default_module_directory(arg_OUTPUT_DIRECTORY)
     endif()
+    set(host_directory "${arg_OUTPUT_DIRECTORY}")
+    set(load_name "${name}")
     set(run_path "$ORIGIN")
     if(arg_FOLDER)
+        set(load_name "${arg_FOLDER}/${name}")
         string(APPEND arg_OUTPUT_DIRECTORY "/${arg_FOLDER}")
         string(REGEX REPLACE "[^/]+" ".." up "${arg_FOLDER}")
         list(APPEND run_path "$ORIGIN/${up}")
@@ -27,7 +30,10 @@ function(lutestsuite_add_module name)
         LIBRARY_OUTPUT_DIRECTORY "${arg_OUTPUT_DIRECTORY}"
         BUILD_RPATH_USE_ORIGIN ON
         BUILD_RPATH "${run_path}"
-        INSTALL_RPATH "${run_path}")
+        INSTALL_RPATH "${run_path}"
+        # For lutestsuite_discover_tests.
+        LUTESTSUITE_HOST_DIRECTORY "${host_directory}"
+        LUTESTSUITE_LOAD_NAME "${load_name}")
     if(NOT WIN32)
         set_target_properties(${name} PROPERTIES SUFFIX ".so")
     endif()

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/lbencoding.h"
 #include "base/lbformat.h"
 #include "base/os/interruption.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
@@ -15,6 +16,7 @@
 #include "testing/lutestsuiterunner/execution/caseend.h"
 #include "testing/lutestsuiterunner/execution/caselist.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
+#include "testing/lutestsuiterunner/model/textescape.h"
 
 namespace Runner
 {
@@ -129,12 +131,15 @@ int Execute(const SCaseOptions& options)
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     const SPlan plan = MakePlan({}, setup, SelectCases(setup));
-    if (findNamed(plan, options.name).empty() && isDisabled(plan, options.name))
+    // "list --ctest" escapes what CTest cannot pass on.
+    const std::wstring name =
+        findNamed(plan, options.name).empty() ? FromEscapedUtf8(LbEncoding::ToUtf8(options.name)) : options.name;
+    if (findNamed(plan, name).empty() && isDisabled(plan, name))
     {
-        CTerminal::Get().WriteOutput(LbFormat(L"%s: deaktiviert\n", options.name));
+        CTerminal::Get().WriteOutput(LbFormat(L"%s: deaktiviert\n", name));
         return c_Skipped;
     }
-    return runOne(plan, requireOne(plan, options.name), setup, environment);
+    return runOne(plan, requireOne(plan, name), setup, environment);
 }
 
 } // namespace Runner

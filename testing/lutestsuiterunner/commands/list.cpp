@@ -10,9 +10,12 @@
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/ctestscript.h"
 #include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/execution/planning.h"
 #include "testing/lutestsuiterunner/execution/selection.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
+#include "testing/lutestsuiterunner/reports/wholefile.h"
 
 namespace Runner
 {
@@ -157,15 +160,27 @@ std::string toLines(const std::vector<SListed>& list)
                       LbFormat(L"Klassen: %d, Fälle: %d, davon deaktiviert: %d\n", list.size(), cases, disabled));
 }
 
+void writeCTestScript(const std::wstring& path, LuTestSuiteSetup setup, SSelection selection)
+{
+    setup.params.repetitions = 1; // "case" runs a case once.
+    const std::string script = MakeCTestScript(MakePlan({}, setup, std::move(selection)));
+    WriteWholeFile(path, [&script](LuStreamWriteBinaryFile& file) { file.Write(script.data(), script.size()); });
+}
+
 } // namespace
 
 int Execute(const SListOptions& options)
 {
     MoveLibraryLinesToErrors();
-    const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
+    LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
-    const SSelection selection = SelectCases(setup);
+    SSelection selection = SelectCases(setup);
+    if (!options.ctest.empty())
+    {
+        writeCTestScript(options.ctest, std::move(setup), std::move(selection));
+        return LuTestSuiteHost::c_Succeeded;
+    }
     const std::vector<SListed> list = merge(selection);
     LbOs::WriteStandardOutput(options.json ? toJson(list) : toLines(list));
     return LuTestSuiteHost::c_Succeeded;

@@ -122,6 +122,8 @@ void addOptions(COptionReader& reader, SCaseOptions& options)
 void addOptions(COptionReader& reader, SListOptions& options)
 {
     reader.AddSwitch({"--json", nullptr, L"Ausgabe als JSON"}, options.json);
+    reader.AddText({"--ctest", L"FILE", L"Statt der Ausgabe ein Skript für lutestsuite_discover_tests schreiben"},
+                   options.ctest);
 }
 
 void addOptions(COptionReader& reader, SReportOptions& options)

@@ -24,6 +24,7 @@ struct SHelp
 struct SListOptions
 {
     bool json = false;
+    std::wstring ctest; ///< path of a script for CTest, written instead of a list; empty: none
     LibraryOptions library;
 };
 

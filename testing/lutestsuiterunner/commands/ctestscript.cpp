@@ -1,0 +1,67 @@
+#include "testing/lutestsuiterunner/commands/ctestscript.h"
+
+#include "testing/lutestsuite/lutestsuiterunevents.h"
+#include "testing/lutestsuiterunner/model/textescape.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// CMake replaces nothing inside brackets. They have more equals signs than any row in the text.
+std::string quote(const std::wstring& text)
+{
+    const std::string bytes = ToEscapedUtf8(text);
+    std::string mark;
+    while (bytes.find("]" + mark) != std::string::npos)
+    {
+        mark += '=';
+    }
+    return "[" + mark + "[" + bytes + "]" + mark + "]";
+}
+
+void append(std::string& script, const std::wstring& name, const std::wstring& className, const std::wstring& folder,
+            std::uint32_t timeOut, const char* state)
+{
+    script += "lutestsuite_add_case(" + quote(name) + " " + quote(className) + " " + quote(folder) + " " +
+              std::to_string(timeOut) + " \"" + state + "\")\n";
+}
+
+/// The description says that the case tolerates no other one beside it.
+bool isSerial(const LuTestSuite::ParameterMap& parameters)
+{
+    const auto parallel = parameters.find(L"Parallel");
+    return parallel != parameters.end() && !parallel->second.ToBool().value_or(false);
+}
+
+/// The folder that contains the class's own.
+std::wstring getParentFolder(const SPlan& plan, const std::wstring& dataDirectory)
+{
+    const std::wstring folder = GetRelativeFolder(plan, dataDirectory);
+    const std::size_t slash = folder.rfind(L'/');
+    return slash == std::wstring::npos ? L"" : folder.substr(0, slash);
+}
+
+} // namespace
+
+std::string MakeCTestScript(const SPlan& plan)
+{
+    std::string script = "# Written by LuTestSuiteRunner.\n";
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        const LuTestSuite::SUnitTest& unitTest = plan.unitTests[plan.cases[index].unitTest];
+        const LuTestSuite::STestCase& testCase = unitTest.cases[plan.cases[index].testCase];
+        append(script, GetCaseName(plan, index), unitTest.className, getParentFolder(plan, unitTest.dataDirectory),
+               LuTestSuiteRun::GetCaseParams(plan.params, testCase.parameters).timeOutSec,
+               isSerial(testCase.parameters) ? "SERIAL" : "");
+    }
+    for (const SDisabledCase& disabled : plan.disabled)
+    {
+        append(script, GetUnitTestName(plan, disabled.dataDirectory, disabled.className) + L":" + disabled.name,
+               disabled.className, getParentFolder(plan, disabled.dataDirectory), 0, "DISABLED");
+    }
+    return script;
+}
+
+} // namespace Runner

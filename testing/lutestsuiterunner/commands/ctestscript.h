@@ -1,0 +1,15 @@
+/// The cases of a selection as a script for CTest.
+#pragma once
+
+#include <string>
+
+#include "testing/lutestsuiterunner/model/plan.h"
+
+namespace Runner
+{
+
+/// One call of the CMake command lutestsuite_add_case (LuTestSuiteCases.cmake) per case, disabled cases last: name,
+/// class, folder below the data directory, time limit in seconds (0: none), and "", "SERIAL" or "DISABLED".
+std::string MakeCTestScript(const SPlan& plan);
+
+} // namespace Runner
