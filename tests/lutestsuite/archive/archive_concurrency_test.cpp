@@ -10,8 +10,10 @@
 
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "base/os/platform.h"
 #include "testing/lutestsuite/archive/archive.h"
 #include "tests/support/capturedoutput.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
 
