@@ -276,6 +276,30 @@ class Text(Lint):
         self.assert_clean("text", {"README.md": "particular parts, todo, homework/a\n"})
 
 
+class German(Lint):
+    TABLE = "docs/german-texts.md"
+
+    def test_text_that_the_table_lacks(self):
+        self.assert_breach("german", {"base/a.cpp": 'auto a = L"Fehler: kein Platz";\n'}, "base/a.cpp:1", "kein Platz")
+        table = {self.TABLE: "| `Fehler: kein Ort` | no place |\nFehler: kein Platz\n"}
+        self.assert_breach("german", table | {"testing/a.cpp": '\nf(L"Fehler: kein Platz\\n");\n'}, "testing/a.cpp:2")
+
+    def test_listed_text_with_values_in_parts(self):
+        table = "| `Datei ... ist zu groß, ... Bytes` | too large |\n"
+        source = 'f(L"\\tDatei %s ist "\n  L"zu groß, %5.2f Bytes\\n", a);\n'
+        self.assert_clean("german", {self.TABLE: table, "base/a.cpp": source})
+
+    def test_text_in_markup_and_in_scripts(self):
+        table = "| `Läufe`, `Nächster` | runs, next |\n"
+        files = {self.TABLE: table, "testing/a.cpp": 'f("<th id=\\"a\\">Läufe</th>");\n',
+                 "testing/a.js": "var a = 'N\\u00E4chster';\n"}
+        self.assert_clean("german", files)
+        self.assertEqual(2, len(self.breaches("german", files | {self.TABLE: "no row\n"})))
+
+    def test_comments_and_english_texts_are_clean(self):
+        self.assert_clean("german", {"base/a.cpp": '// "Fehler"\n#include "für.h"\nauto a = "no error";\n'})
+
+
 class Headers(Lint):
     def test_header_that_needs_another_first(self):
         lines = self.breaches("headers", {"base/a.h": "#pragma once\ninline std::string f() { return {}; }\n"})
