@@ -16,7 +16,8 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 # CMake pads a shorter path with colons, and an empty entry means the working directory. Each start of a process would
 # search for libraries there and could load a foreign one.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
-set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../lib")
+file(RELATIVE_PATH libraries "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/${libraries}")
 
 # Exceptions name their source file relative to the repository, so that the place of the checkout does not show.
 add_compile_options("-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")

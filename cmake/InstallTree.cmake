@@ -1,24 +1,26 @@
-# The install tree: what find_package(LuTestSuite CONFIG) of another project gets.
+# The install tree: what find_package(LuTestSuite CONFIG) and pkg-config give to other projects.
+#
+# Component "runtime" has what runs tests, "development" what builds them; the latter needs the former.
 
 include(CMakePackageConfigHelpers)
 
-set(package_directory lib/cmake/LuTestSuite)
+set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/LuTestSuite")
+# A folder of its own, because "base" and "testing" are names that others have, too.
+set(header_directory "${CMAKE_INSTALL_INCLUDEDIR}/lutestsuite")
 
 install(TARGETS LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner EXPORT LuTestSuiteTargets
-    RUNTIME DESTINATION bin LIBRARY DESTINATION lib ARCHIVE DESTINATION lib)
-install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION bin)
-install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION ${package_directory})
+    RUNTIME COMPONENT runtime
+    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE COMPONENT development
+    INCLUDES DESTINATION "${header_directory}")
+install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
+install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION "${package_directory}" COMPONENT development)
 
-# Public headers of the platform layer are those that other public headers include or that a host needs to read its
-# arguments. The folders below testing/lutestsuite are private.
-file(GLOB headers CONFIGURE_DEPENDS base/*.h)
-# Nobody outside of LbBase includes these.
-list(FILTER headers EXCLUDE REGEX "/(pagememory|subtestsearch)\\.h$")
-install(FILES ${headers} DESTINATION include/base)
-install(FILES base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h base/os/stacks.h
-    DESTINATION include/base/os)
-file(GLOB headers CONFIGURE_DEPENDS testing/lutestsuite/*.h)
-install(FILES ${headers} DESTINATION include/testing/lutestsuite)
+include(PublicHeaders)
+foreach(header IN LISTS LUTESTSUITE_PUBLIC_HEADERS)
+    cmake_path(GET header PARENT_PATH folder)
+    install(FILES ${header} DESTINATION "${header_directory}/${folder}" COMPONENT development)
+endforeach()
 
 set(runtime_dll_names "")
 foreach(dll IN LISTS LUTESTSUITE_RUNTIME_DLLS)
@@ -26,8 +28,16 @@ foreach(dll IN LISTS LUTESTSUITE_RUNTIME_DLLS)
     list(APPEND runtime_dll_names ${name})
 endforeach()
 configure_package_config_file(cmake/LuTestSuiteConfig.cmake.in LuTestSuiteConfig.cmake
-    INSTALL_DESTINATION ${package_directory})
+    INSTALL_DESTINATION "${package_directory}" PATH_VARS CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file(LuTestSuiteConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/LuTestSuiteConfig.cmake" "${PROJECT_BINARY_DIR}/LuTestSuiteConfigVersion.cmake"
     cmake/LuTestSuiteAddModule.cmake cmake/LuTestSuiteCases.cmake cmake/LuTestSuiteDiscoverTests.cmake
-    DESTINATION ${package_directory})
+    DESTINATION "${package_directory}" COMPONENT development)
+
+set(pkgconfig_directory "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH prefix_from_pkgconfig
+    "${CMAKE_INSTALL_PREFIX}/${pkgconfig_directory}" "${CMAKE_INSTALL_PREFIX}")
+foreach(library LbBase LuTestSuite)
+    configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${library}.pc" DESTINATION "${pkgconfig_directory}" COMPONENT development)
+endforeach()

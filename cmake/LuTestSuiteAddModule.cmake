@@ -41,7 +41,7 @@ endfunction()
 
 # lutestsuite_deploy_host([<directory>])
 #
-# Copies the installed hosts and the shared libraries they need into a directory, by default the one that
+# Copies the hosts and the shared libraries they need into a directory, by default the one that
 # lutestsuite_add_module uses. The hosts look for modules beside themselves, so this makes the directory ready to run.
 function(lutestsuite_deploy_host)
     if(ARGC GREATER 0)
@@ -50,12 +50,18 @@ function(lutestsuite_deploy_host)
         lutestsuite_default_module_directory(directory)
     endif()
 
+    # Programs look for the name that has only the major version.
+    set(kind SONAME_FILE)
+    if(WIN32)
+        set(kind FILE)
+    endif()
     set(files "$<TARGET_FILE:LuTestSuite::LuTestSuiteCLI>" "$<TARGET_FILE:LuTestSuite::LuTestSuiteRunner>"
-        "$<TARGET_FILE:LuTestSuite::LuTestSuite>" "$<TARGET_FILE:LuTestSuite::LbBase>" ${LUTESTSUITE_RUNTIME_DLLS})
+        "$<TARGET_${kind}:LuTestSuite::LuTestSuite>" "$<TARGET_${kind}:LuTestSuite::LbBase>"
+        "$<TARGET_PROPERTY:LuTestSuite::LbBase,LUTESTSUITE_RUNTIME_DLLS>")
     add_custom_target(lutestsuite_host ALL
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${directory}"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${files} "${directory}"
-        COMMENT "Copying the LuTestSuite hosts to ${directory}" VERBATIM)
+        COMMENT "Copying the LuTestSuite hosts to ${directory}" COMMAND_EXPAND_LISTS VERBATIM)
 endfunction()
 
 function(lutestsuite_default_module_directory result)

@@ -1,24 +1,39 @@
-# Installs a build tree, builds the project in outside/ against it and checks the output of its run.
-# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, RUNNER, NM, OBJDUMP.
+# Installs a build tree, moves it, builds the project in outside/ against it and checks the output of its run.
+# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, HOST, RUNNER, NM, OBJDUMP, COMPILER, PKGCONFIG (may
+# be empty), LIBDIR.
+
+include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/outside")
 set(prefix "${WORK}/prefix")
 set(build "${WORK}/build")
+cmake_path(GET HOST EXTENSION suffix)
 
-function(run)
-    execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE output RESULT_VARIABLE status
-        INPUT_FILE "${CMAKE_CURRENT_LIST_FILE}")
-    list(JOIN ARGN " " command)
-    message("> ${command}\n${output}")
-    if(NOT status EQUAL 0)
-        message(FATAL_ERROR "The command ended with ${status}")
-    endif()
-    set(output "${output}" PARENT_SCOPE)
+function(install_into folder)
+    run("${CMAKE_COMMAND}" --install "${BUILD_TREE}" --config "${CONFIG}" --prefix "${folder}" ${ARGN})
 endfunction()
 
 # Removes the files of earlier runs.
 file(REMOVE_RECURSE "${WORK}")
-run("${CMAKE_COMMAND}" --install "${BUILD_TREE}" --config "${CONFIG}" --prefix "${prefix}")
+
+# The components are parts of the whole, and the host of one of them runs alone.
+install_into("${WORK}/first")
+install_into("${WORK}/runtime" --component runtime)
+install_into("${WORK}/development" --component development)
+foreach(folder first runtime development)
+    list_files("${WORK}/${folder}" ${folder}_files)
+endforeach()
+set(parts ${runtime_files} ${development_files})
+list(SORT parts)
+expect_equal("Files of both components" parts first_files)
+if(runtime_files MATCHES "\\.(h|cmake|pc|a)(;|$)|lib[A-Za-z]+\\.so(;|$)" OR development_files MATCHES "bin/|\\.so\\.")
+    message(FATAL_ERROR "A component has files of the other: ${runtime_files};;${development_files}")
+endif()
+run(${EMULATOR} "${WORK}/runtime/bin/${HOST}" -h)
+expect_lines("${output}" "--html")
+
+# The tree works in any place.
+file(RENAME "${WORK}/first" "${prefix}")
 
 set(toolchain_option "")
 if(TOOLCHAIN)
@@ -28,29 +43,30 @@ run("${CMAKE_COMMAND}" -S "${source}" -B "${build}" -G "${GENERATOR}" ${toolchai
     "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_BUILD_TYPE=${CONFIG}")
 run("${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}")
 
-# Wine shows the root directory as drive Z.
-set(drive "")
-if(EMULATOR)
-    set(drive "Z:")
-endif()
 run(${EMULATOR} "${build}/bin/${HOST}" -d "${drive}${source}/data" --dll OutsideTests --dll Components/FolderTests)
 
-set(host_output "${output}")
+expect_lines("${output}" "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\tstands in a folder... ")
 run(${EMULATOR} "${build}/bin/${RUNNER}" list -- -d "${drive}${source}/data" --dll OutsideTests)
 if(NOT output MATCHES "COutsideTest \\(OutsideTests" OR NOT output MATCHES "    adds\n")
     message(FATAL_ERROR "The host for build servers does not list the cases")
 endif()
-set(output "${host_output}")
 
-foreach(expected "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\tstands in a folder... ")
-    string(FIND "${output}" "${expected}" position)
-    if(position EQUAL -1)
-        message(FATAL_ERROR "The run does not print: ${expected}")
+# A module that is built without CMake.
+if(PKGCONFIG)
+    set(ENV{PKG_CONFIG_LIBDIR} "${prefix}/${LIBDIR}/pkgconfig")
+    run("${PKGCONFIG}" --cflags --libs LuTestSuite)
+    separate_arguments(options UNIX_COMMAND "${output}")
+    set(module_suffix ".so")
+    if(suffix STREQUAL ".exe")
+        set(module_suffix ".dll")
     endif()
-endforeach()
+    run("${COMPILER}" -std=c++20 -shared -fPIC "${source}/outside_tests.cpp" ${options}
+        -o "${build}/bin/PlainTests${module_suffix}")
+    run(${EMULATOR} "${build}/bin/${HOST}" -d "${drive}${source}/data" --dll PlainTests)
+    expect_lines("${output}" "COutsideTest" "\tadds... ")
+endif()
 
 # The program that calls every exported operation, with its own user data.
-cmake_path(GET HOST EXTENSION suffix)
 set(user "${WORK}/user")
 set(calls "${WORK}/calls/")
 file(MAKE_DIRECTORY "${calls}" "${user}")
@@ -71,5 +87,5 @@ endif()
 
 # Exported and imported operations must agree by signature, so that no operation is forgotten.
 include("${CMAKE_CURRENT_LIST_DIR}/exported_operations.cmake")
-file(GLOB library "${build}/bin/*LuTestSuite.so" "${build}/bin/*LuTestSuite.dll")
+file(GLOB library "${build}/bin/*LuTestSuite.so.*" "${build}/bin/*LuTestSuite.dll")
 expect_every_operation_called("${library}" "${build}/bin/OutsideHost${suffix}")
