@@ -2,12 +2,15 @@
 
 find_package(Threads REQUIRED)
 
-find_package(pugixml CONFIG QUIET)
-if(NOT pugixml_FOUND)
+# A project that contains this one may have its own.
+if(NOT TARGET pugixml::pugixml)
+    find_package(pugixml CONFIG QUIET)
+endif()
+if(NOT TARGET pugixml::pugixml)
     if(CMAKE_CROSSCOMPILING)
-        message(FATAL_ERROR "pugixml for MinGW is missing. Run: scripts/setup windows")
+        message(FATAL_ERROR "pugixml for MinGW is missing. Run: ${PROJECT_SOURCE_DIR}/scripts/setup windows")
     endif()
-    message(FATAL_ERROR "pugixml is missing. Run: scripts/setup linux")
+    message(FATAL_ERROR "pugixml is missing. Run: ${PROJECT_SOURCE_DIR}/scripts/setup linux")
 endif()
 
 # Header-only libraries of the host LuTestSuiteRunner. scripts/setup puts links to them beside pugixml for MinGW,
@@ -19,7 +22,7 @@ foreach(header CLI/CLI.hpp nlohmann/json.hpp xxhash.h)
     find_path(${variable} ${header})
     mark_as_advanced(${variable})
     if(NOT ${variable})
-        message(FATAL_ERROR "The header ${header} is missing. Run: scripts/setup")
+        message(FATAL_ERROR "The header ${header} is missing. Run: ${PROJECT_SOURCE_DIR}/scripts/setup")
     endif()
     target_include_directories(lutestsuite_runner_headers SYSTEM INTERFACE "${${variable}}")
 endforeach()
@@ -37,7 +40,7 @@ if(LUTESTSUITE_BUILD_EXAMPLES)
     find_package(ZLIB REQUIRED)
 endif()
 
-if(BUILD_TESTING OR LUTESTSUITE_BUILD_BENCHMARKS)
+if((LUTESTSUITE_BUILD_TESTS OR LUTESTSUITE_BUILD_BENCHMARKS) AND NOT TARGET GTest::gtest)
     set(LUTESTSUITE_GOOGLETEST_SOURCE "/usr/src/googletest" CACHE PATH "GoogleTest sources, built for both platforms")
     if(EXISTS "${LUTESTSUITE_GOOGLETEST_SOURCE}/CMakeLists.txt")
         set(INSTALL_GTEST OFF)

@@ -1,0 +1,79 @@
+# Configures a project that contains this one, shows that the build has nothing that it did not ask for, builds it and
+# runs its tests.
+# Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
+
+include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
+
+set(project "${CMAKE_CURRENT_LIST_DIR}/containing")
+set(toolchain_option "")
+if(TOOLCHAIN)
+    set(toolchain_option "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}")
+endif()
+cmake_path(GET HOST EXTENSION suffix)
+
+function(configure method folder)
+    run("${CMAKE_COMMAND}" -S "${project}" -B "${folder}" -G "${GENERATOR}" ${toolchain_option}
+        "-DSOURCE=${SOURCE}" "-DMETHOD=${method}" "-DREPORT=${folder}/report.cmake"
+        ${ARGN})
+endfunction()
+
+function(expect_nothing_else_in folder)
+    include("${folder}/report.cmake")
+    set(expected LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner lutestsuite_objects lutestsuite_runner_headers
+        lutestsuitehost_objects lutestsuiterunner_objects)
+    if(suffix STREQUAL ".exe")
+        list(APPEND expected lutestsuite_mingw_runtime)
+    endif()
+    list(SORT expected)
+    expect_equal("Targets" targets expected)
+
+    # Our own names, and results of searches and checks.
+    list(FILTER cache EXCLUDE REGEX "^(LUTESTSUITE|LuTestSuite|OpenMP|pugixml|FIND_PACKAGE_MESSAGE_DETAILS)_")
+    list(FILTER cache EXCLUDE REGEX "^CMAKE_HAVE_LIBC_PTHREAD$")
+    list(FILTER variables EXCLUDE REGEX "^(lutestsuite_|__)")
+    set(expected "")
+    expect_equal("Cache variables" cache expected)
+    expect_equal("Variables of the containing project" variables expected)
+    expect_equal("Options of the containing project" options expected)
+    expect_equal("Build type" build_type expected)
+    if(library_CXX_COMPILER_LAUNCHER)
+        message(FATAL_ERROR "The build uses ${library_CXX_COMPILER_LAUNCHER}")
+    endif()
+    if(library_COMPILE_OPTIONS MATCHES "-W" OR library_LINK_OPTIONS MATCHES "lld")
+        message(FATAL_ERROR "The library has options for developers: ${library_COMPILE_OPTIONS}")
+    endif()
+    if(EXISTS "${folder}/compile_commands.json")
+        message(FATAL_ERROR "The build writes compile_commands.json")
+    endif()
+    run("${CMAKE_CTEST_COMMAND}" --test-dir "${folder}" -N)
+    if(NOT output MATCHES "Total Tests: 0")
+        message(FATAL_ERROR "The build has tests")
+    endif()
+endfunction()
+
+file(REMOVE_RECURSE "${WORK}")
+unset(ENV{CMAKE_CXX_COMPILER_LAUNCHER})
+foreach(method add_subdirectory FetchContent)
+    set(place "")
+    if(method STREQUAL "FetchContent")
+        set(place "-DFETCHCONTENT_SOURCE_DIR_LUTESTSUITE=${SOURCE}")
+    endif()
+    configure(${method} "${WORK}/${method}" ${place})
+    expect_nothing_else_in("${WORK}/${method}")
+endforeach()
+
+# With the options of the build that runs this test, its compiler cache has the libraries.
+set(ENV{CMAKE_CXX_COMPILER_LAUNCHER} "${LAUNCHER}")
+configure(add_subdirectory "${WORK}" -DLUTESTSUITE_WARNINGS=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
+run("${CMAKE_COMMAND}" --build "${WORK}" --config "${CONFIG}")
+
+set(data "${drive}${CMAKE_CURRENT_LIST_DIR}/outside/data")
+foreach(host "${HOST}" "ContainingHost${suffix}")
+    run(${EMULATOR} "${WORK}/bin/${host}" -d "${data}" --dll OutsideTests --dll Components/FolderTests)
+    expect_lines("${output}" "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\tstands in a folder... ")
+endforeach()
+
+run("${CMAKE_COMMAND}" --install "${WORK}" --config "${CONFIG}" --prefix "${WORK}/prefix")
+list_files("${WORK}/prefix" installed)
+set(expected "bin/ContainingHost${suffix}")
+expect_equal("Installed files" installed expected)
