@@ -4,13 +4,17 @@
 
 include(CMakePackageConfigHelpers)
 
+set(libraries_component runtime)
+if(LUTESTSUITE_DEBIAN_PACKAGES)
+    set(libraries_component libraries)
+endif()
 set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/LuTestSuite")
 # A folder of its own, because "base" and "testing" are names that others have, too.
 set(header_directory "${CMAKE_INSTALL_INCLUDEDIR}/lutestsuite")
 
 install(TARGETS LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner EXPORT LuTestSuiteTargets
     RUNTIME COMPONENT runtime
-    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+    LIBRARY COMPONENT ${libraries_component} NAMELINK_COMPONENT development
     ARCHIVE COMPONENT development
     INCLUDES DESTINATION "${header_directory}")
 install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)

@@ -1,0 +1,50 @@
+"""The ZIP of the Windows build: what it needs is in it or named, and its host runs from the unpacked folder."""
+import pathlib
+import re
+import tempfile
+import unittest
+import zipfile
+
+import making
+
+
+class WindowsPackage(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        (path,) = making.make("windows")
+        cls.folder = tempfile.TemporaryDirectory(prefix="lutestsuite-packages-")
+        cls.addClassCleanup(cls.folder.cleanup)
+        with zipfile.ZipFile(path) as archive:
+            archive.extractall(cls.folder.name)
+        (cls.tree,) = pathlib.Path(cls.folder.name).iterdir()
+
+    def imports(self, path):
+        return set(re.findall(r"DLL Name: (\S+)", making.output_of("x86_64-w64-mingw32-objdump", "-p", path)))
+
+    def test_every_library_is_in_it_or_belongs_to_windows(self):
+        own = {path.name for path in (self.tree / "bin").glob("*.dll")}
+        system = re.compile(r"(?i)(kernel32|msvcrt|advapi32|user32|api-ms-win-[a-z0-9-]+)\.dll")
+        for program in (self.tree / "bin").iterdir():
+            for name in self.imports(program) - own:
+                self.assertRegex(name, system, program.name)
+
+    def test_the_text_names_each_library_of_the_compiler(self):
+        text = (self.tree / "PREREQUISITES.txt").read_text("utf-8")
+        named = set(re.findall(r"^ +bin/(\S+)$", text, re.MULTILINE))
+        files = {path.name for path in (self.tree / "bin").glob("*.dll")}
+        self.assertEqual(named, files - {"LbBase.dll", "LuTestSuite.dll"})
+        self.assertIn("libstdc++-6.dll", named)
+
+    def test_it_has_what_builds_modules(self):
+        for name in ("include/lutestsuite/base/luunittest.h", "lib/cmake/LuTestSuite/LuTestSuiteConfig.cmake",
+                     "lib/libLbBase.dll.a"):
+            self.assertTrue((self.tree / name).exists(), name)
+
+    def test_the_host_runs(self):
+        command = [making.ROOT / "scripts" / "run-wine", self.tree / "bin" / "LuTestSuiteCLI.exe", "-h"]
+        self.assertIn("--html", making.output_of(*command))
+
+
+if __name__ == "__main__":
+    making.require_setup()
+    unittest.main()
