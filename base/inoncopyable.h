@@ -1,6 +1,7 @@
-/// Base of classes whose objects have an identity.
+/// Objects that have an identity.
 #pragma once
 
+/// Base of classes whose objects are neither copied nor moved.
 class INonCopyable
 {
 protected:

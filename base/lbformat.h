@@ -152,6 +152,7 @@ void TheWidthOrPrecisionIsNoInt();
 void TheArgumentDoesNotFitTheConversion();
 } // namespace LbFormatMistake
 
+/// A format for arguments of types T: a constant that the compiler has checked, or an LbRuntimeFormat.
 template<typename... T>
 class LbCheckedFormat
 {

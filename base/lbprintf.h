@@ -61,6 +61,7 @@ enum class ELength : std::uint8_t
     Integer     ///< ll, j, z, t, I, I32, I64: the argument knows its own width
 };
 
+/// One conversion of a format, from its percent sign to its letter.
 struct SConversion
 {
     static constexpr std::int64_t sc_NoPrecision = -1;

@@ -9,6 +9,7 @@
 namespace LbProductRegistry
 {
 
+/// A product that the process runs.
 struct SProduct
 {
     std::wstring name;

@@ -57,9 +57,11 @@ private:
     void* m_node = nullptr;
 };
 
+/// The range of an element's children, for loops.
 class XMLNode::CChildren
 {
 public:
+    /// Goes through the children once, in document order.
     class CIterator
     {
     public:

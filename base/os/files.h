@@ -39,6 +39,7 @@ struct SFileIdentity
     auto operator<=>(const SFileIdentity&) const = default;
 };
 
+/// What the system knows of a file or directory.
 struct SFileStatus
 {
     SFileIdentity identity;

@@ -24,6 +24,7 @@ struct SStackFrame
     std::uint32_t line = 0;
 };
 
+/// The calls of one thread.
 struct SThreadStack
 {
     static constexpr std::size_t sc_uiMostFrames = 32;

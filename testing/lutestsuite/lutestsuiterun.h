@@ -132,6 +132,7 @@ struct SCaseInfo
 /// Statistics of a run.
 struct SStats
 {
+    /// Numbers of cases, of all unit tests or of one.
     struct SCounts
     {
         static constexpr std::size_t sc_uiResults = 9;

@@ -37,6 +37,7 @@ public:
         std::uint32_t caseCount = 0;            ///< number of cases in the whole subtree
     };
 
+    /// A case of a class node.
     struct SCase
     {
         std::uint32_t kind = 0; ///< as STestCase::GetKind

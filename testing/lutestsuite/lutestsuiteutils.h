@@ -180,6 +180,7 @@ public:
         std::wstring LastChangedDate;
     };
 
+    /// Where the sources of the build came from. A field is empty if the build did not know it.
     struct SPscmInfo
     {
         std::wstring Server;
