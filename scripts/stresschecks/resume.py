@@ -10,14 +10,15 @@ import subprocess
 import time
 import xml.etree.ElementTree as ElementTree
 
-MODES = [[], ["-x"], ["-s"], ["-w", "4"], ["-w", "4", "-x"], ["-w", "4", "-s"]]
+# With repetitions, so that a good part of each run's time belongs to cases.
+MODES = [[*mode, "-r", repetitions] for mode, repetitions in (
+    ([], "50"), (["-x"], "10"), (["-s"], "4"), (["-w", "4"], "50"), (["-w", "4", "-x"], "10"),
+    (["-w", "4", "-s"], "4"))]
 LIMIT = 6.0
 # A resumed run is killed as well, at most so often.
 KILLS_A_RUN = 3
-# Most kills shall hit the cases, not the start of the host.
-REPETITIONS = 4
-# Journals of some hundred kilobytes in a mode, for many places where the disk can be full.
-DISK_MODES = [([], 60), (["-x"], 60), (["-w", "4"], 60), (["-s"], 8)]
+# Of the time of a run; roughly.
+SHARE_OF_CASES = 0.2
 LARGE_DISK = "64m"
 
 
@@ -33,8 +34,8 @@ class Runner:
     def start(self, arguments):
         return subprocess.Popen([*self.words, *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
-    def run_arguments(self, out, mode, repetitions=REPETITIONS):
-        return ["run", "--out", out, "--", *self.library, "-r", str(repetitions), *mode]
+    def run_arguments(self, out, mode):
+        return ["run", "--out", out, "--", *self.library, *mode]
 
 
 def journals(folder):
@@ -97,8 +98,18 @@ def workers_of(mode):
     return int(mode[mode.index("-w") + 1]) if "-w" in mode else 1
 
 
-def kill_at_random(process, longest):
-    """False if the process had ended before."""
+def count_journals(out):
+    return sum(name.startswith("journal") for name in os.listdir(out)) if os.path.isdir(out) else 0
+
+
+def kill_at_random(process, longest, out):
+    """False if the process had ended before. Every other process is killed soon after it has begun its journal, since
+    much of its time passes before and after the cases."""
+    before = count_journals(out)
+    if random.random() < 0.5:
+        while process.poll() is None and count_journals(out) == before:
+            time.sleep(0.0005)
+        longest *= SHARE_OF_CASES
     try:
         process.wait(random.uniform(0, longest))
         return False
@@ -133,7 +144,7 @@ def kill_once(runner, out, mode, longest):
     kills = hits = 0
     found = []
     process = runner.start(runner.run_arguments(out, mode))
-    while kills < KILLS_A_RUN and kill_at_random(process, longest):
+    while kills < KILLS_A_RUN and kill_at_random(process, longest, out):
         kills += 1
         hits += has_open_cases(out)
         found += wait_for_processes(runner)
@@ -143,10 +154,10 @@ def kill_once(runner, out, mode, longest):
     return kills, hits, found
 
 
-def measure(runner, out, mode, repetitions=REPETITIONS):
+def measure(runner, out, mode):
     shutil.rmtree(out, ignore_errors=True)
     begin = time.monotonic()
-    status = runner.start(runner.run_arguments(out, mode, repetitions)).wait()
+    status = runner.start(runner.run_arguments(out, mode)).wait()
     if status not in (0, 1):
         raise SystemExit(f"{' '.join(mode)}: the uninterrupted run ends with status {status}")
     return time.monotonic() - begin, verdicts(out)
@@ -174,11 +185,11 @@ def check(runner, folder, count):
             found.append("there is no junit.xml")
         faulty += bool(found)
         for text in found:
-            print(f"{' '.join(mode) or 'in-process'}: {text}", flush=True)
+            print(f"{' '.join(mode)}: {text}", flush=True)
         if runs % 20 == 0 or killed >= count:
             print(f"{killed} kills in {runs} runs of {len(outcomes)} cases: {faulty} faulty runs", flush=True)
     for mode, hits in zip(MODES, hit):
-        print(f"{' '.join(mode) or 'in-process'}: {hits} kills between the first case and the last", flush=True)
+        print(f"{' '.join(mode)}: {hits} kills between the first case and the last", flush=True)
     return faulty
 
 
@@ -192,13 +203,13 @@ def size_of(out):
     return sum(os.path.getsize(os.path.join(out, name)) for name in os.listdir(out) if name.endswith(".ndjson"))
 
 
-def fill_once(runner, out, mode, repetitions, size):
+def fill_once(runner, out, mode, size):
     """True if the run stopped since its disk was full, and what is wrong in the end."""
     found = []
     if not mount(os.path.dirname(out), f"size={size}"):
         raise SystemExit("The disk could not be mounted")
     try:
-        arguments = runner.run_arguments(out, mode, repetitions)
+        arguments = runner.run_arguments(out, mode)
         status = runner.start(arguments).wait()
         has_stopped = status == 2
         found += wait_for_processes(runner)
@@ -225,20 +236,20 @@ def check_full_disks(runner, folder, count):
     subprocess.run(["umount", disk], check=False)
     out = os.path.join(disk, "out")
     expected = []
-    for mode, repetitions in DISK_MODES:
-        outcomes = measure(runner, out, mode, repetitions)[1]
+    for mode in MODES:
+        outcomes = measure(runner, out, mode)[1]
         expected.append((outcomes, size_of(out)))
         shutil.rmtree(out)
     stopped = faulty = 0
     for number in range(count):
-        mode, repetitions = DISK_MODES[number % len(DISK_MODES)]
-        outcomes, size = expected[number % len(DISK_MODES)]
-        has_stopped, found, seen = fill_once(runner, out, mode, repetitions, random.randrange(8192, size))
+        mode = MODES[number % len(MODES)]
+        outcomes, size = expected[number % len(MODES)]
+        has_stopped, found, seen = fill_once(runner, out, mode, random.randrange(8192, size))
         stopped += has_stopped
         if seen != outcomes:
             found.append("the verdicts differ from those of a run with enough space")
         faulty += bool(found)
         for text in found:
-            print(f"full disk, {' '.join(mode) or 'in-process'}: {text}", flush=True)
+            print(f"full disk, {' '.join(mode)}: {text}", flush=True)
     print(f"{count} full disks, {stopped} of which stopped the run: {faulty} faulty runs", flush=True)
     return faulty + (stopped == 0)

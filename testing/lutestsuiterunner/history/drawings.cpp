@@ -36,8 +36,9 @@ std::string number(double value)
 
 std::string getBox(std::size_t left, std::size_t top, std::size_t width, std::size_t height)
 {
-    return "M" + number(left) + " " + number(top) + "h" + number(width) + "v" + number(height) + "h-" + number(width) +
-           "z";
+    // A text in front: GCC 12 warns wrongly of a literal before a temporary text.
+    return std::string("M") + number(left) + " " + number(top) + "h" + number(width) + "v" + number(height) + "h-" +
+           number(width) + "z";
 }
 
 /// The runs of one outcome; neighbours make one box if `areJoined`.

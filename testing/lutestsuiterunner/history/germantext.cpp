@@ -72,7 +72,7 @@ std::string FormatCount(std::uint64_t count)
     for (std::size_t place = digits.size(); place > c_Group;)
     {
         place -= c_Group;
-        digits.insert(place, ".");
+        digits.insert(place, 1, '.');
     }
     return digits;
 }

@@ -86,7 +86,7 @@ std::string MakePage(const std::vector<SAnalysis>& analyses, const std::vector<S
             "<input id=\"search\" type=\"search\" placeholder=\"Klasse, Fall, Meldung\"/><span></span></div>\n";
     for (std::size_t index = 0; index < analyses.size(); ++index)
     {
-        page += makeConfiguration(analyses[index], newest, "k" + std::to_string(index + 1) + "-");
+        page += makeConfiguration(analyses[index], newest, std::string("k") + std::to_string(index + 1) + "-");
     }
     return page + "<script>\n" + c_PageScript + "</script>\n</body>\n</html>\n";
 }

@@ -16,7 +16,7 @@ namespace
 
 std::string makeAttribute(std::string_view name, std::wstring_view value)
 {
-    return " " + std::string(name) + "=\"" + ToXmlAttribute(value) + "\"";
+    return std::string(" ").append(name) + "=\"" + ToXmlAttribute(value) + "\"";
 }
 
 /// Paths of the run's checkout are relative to where the run was started, with "/", as build servers link them.
