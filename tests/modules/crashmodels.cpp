@@ -283,6 +283,11 @@ class CCrashModel : public LuUnitTest
             s_isOtherUnderWay = true;
             sleepLong();
         });
+        AddSubtest(L"Absturz auf Verlangen", [] {
+            constexpr std::uint32_t c_Long = 30000;
+            openEvent(L"-q")->Wait(c_Long);
+            std::abort();
+        });
         AddSubtest(L"Absturz neben einem anderen", [] { crashBesideAnother(); });
         AddSubtest(L"eigene Behandlung", [] { crashIntoOwnHandler(); });
         AddSubtest(L"Exception im Thread", [] { throwOutOfThread(); });

@@ -1,15 +1,20 @@
 // The call stacks of cases that crash their child process or exceed the time limit.
 
 #include <algorithm>
+#include <optional>
 #include <ostream>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
 #include "base/lbpath.h"
+#include "base/lbtimer.h"
 #include "tests/support/eventrecorder.h"
 #include "tests/support/externalruntest.h"
+#include "tests/support/probe.h"
+#include "tests/support/scopedenvironment.h"
 
 namespace
 {
@@ -116,6 +121,42 @@ TEST_F(RunStacks, LeaveTheReasonAsItIs)
     m_events.ends.clear();
 
     EXPECT_EQ(RunFor(L"abort").end.reason, without);
+}
+
+TEST_F(RunStacks, AreReadOfACrashThatTheRunNoticesBehindTheTimeLimit)
+{
+    CProbeLine line;
+    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
+    LuTestSuiteSetup setup = MakeCrash({L"Absturz auf Verlangen"});
+    setup.unitTests[0].cases[0].parameters[L"TimeOutSec"] = std::uint32_t{1};
+    std::optional<LbTimer> timer;
+    m_events.onLine = [&timer](const std::wstring& text) {
+        if (text.starts_with(L"started"))
+        {
+            timer.emplace(LbTimer::eR_MilliSecond);
+        }
+    };
+    // The run looks at the limit before it asks this: the first time after a second.
+    setup.checkCallback = [&] {
+        constexpr std::uint64_t c_Limit = 2000;
+        if (timer && timer->GetElapsed() > c_Limit / 4)
+        {
+            while (timer->GetElapsed() <= c_Limit)
+            {
+                std::this_thread::yield();
+            }
+            line.Ask();
+        }
+        return false;
+    };
+    LuTestSuiteRun::SRunOptions options;
+    options.takeStacks = true;
+    LuTestSuiteRun::Run(setup, m_environment, m_events, options);
+
+    const EventRecorder::SEnd& end = m_events.ends.at(0);
+    EXPECT_EQ(end.end.kind, ECaseEnd::ChildEnded);
+    EXPECT_FALSE(end.end.stacks.empty());
+    EXPECT_NE(end.end.reason.find(L"SIGABRT"), std::wstring::npos) << LbEncoding::ToUtf8(end.end.reason);
 }
 
 TEST_F(RunStacks, AreThoseOfAllThreads)

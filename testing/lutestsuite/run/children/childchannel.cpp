@@ -275,10 +275,10 @@ LbOs::EEventWait CChildChannel::waitOnce(std::uint32_t milliseconds)
 
 CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
-    constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
     constexpr std::uint32_t c_SliceMilliseconds = 1000;
     constexpr std::uint32_t c_TakingMilliseconds = 250;
     std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;
+    m_isCrashing = false;
     while (true)
     {
         const LbOs::EEventWait event = waitOnce(slice);
@@ -302,9 +302,9 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
             slice = c_SliceMilliseconds;
             remind();
         }
-        if (m_timer.GetElapsed() / c_NanosecondsPerSecond > timeOutSec)
+        if (const std::optional<EEnd> end = findEnd(timeOutSec))
         {
-            return EEnd::TimedOut;
+            return *end;
         }
         if (isCanceled())
         {
@@ -334,7 +334,27 @@ void CChildChannel::readCrash()
     {
         m_end.stacks = LbOs::ReadStacks(*m_child, crashed);
         m_crashWatch->Release();
+        m_isCrashing = true;
+        m_crashTimer.Restart();
     }
+}
+
+std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutSec)
+{
+    constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
+    // The system may write the memory of the crashed process to the disk first.
+    constexpr std::uint64_t c_LongestCrashMilliseconds = 10'000;
+    if (!m_isCrashing)
+    {
+        const bool isOverdue = m_timer.GetElapsed() / c_NanosecondsPerSecond > timeOutSec;
+        return isOverdue ? std::optional(EEnd::TimedOut) : std::nullopt;
+    }
+    if (m_crashTimer.GetElapsed() < c_LongestCrashMilliseconds)
+    {
+        return std::nullopt;
+    }
+    m_child->Terminate();
+    return EEnd::ChildEnded;
 }
 
 void CChildChannel::describeEnd(EEnd end)

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -135,6 +136,9 @@ private:
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     static ECaseEnd toCaseEnd(EEnd end);
     void readCrash();
+
+    /// Empty while the child may go on with its case.
+    std::optional<EEnd> findEnd(std::uint32_t timeOutSec);
     void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);
 
@@ -166,8 +170,10 @@ private:
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_isSpare = false;
     bool m_hasAnswered = false;
-    bool m_mayBeLeaving = false;             ///< it had been idle for long when it got the request
-    LbTimer m_timer{LbTimer::eR_NanoSecond}; ///< since the request
+    bool m_mayBeLeaving = false; ///< it had been idle for long when it got the request
+    bool m_isCrashing = false;   ///< the child ends by itself; the limit of its case does not count any more
+    LbTimer m_crashTimer{LbTimer::eR_MilliSecond}; ///< since the stacks of the crashed child were read
+    LbTimer m_timer{LbTimer::eR_NanoSecond};       ///< since the request
 
     static constexpr std::int32_t sc_iNone = -1;
 };
