@@ -1,7 +1,6 @@
 #include "testing/lutestsuiterunner/execution/order.h"
 
 #include <algorithm>
-#include <numeric>
 #include <random>
 
 namespace Runner
@@ -18,9 +17,15 @@ int getRank(const std::optional<SPreviousCase>& previous)
     return !previous ? 1 : previous->hasFailed ? 0 : 2;
 }
 
+bool isMeasured(const std::optional<SPreviousCase>& previous)
+{
+    return previous && previous->time > 0;
+}
+
+/// A case without a time may be one that hung.
 bool isLonger(const std::optional<SPreviousCase>& a, const std::optional<SPreviousCase>& b)
 {
-    return a && b ? a->time > b->time : !a && b;
+    return isMeasured(a) && isMeasured(b) ? a->time > b->time : !isMeasured(a) && isMeasured(b);
 }
 
 /// The standard's own shuffle may differ between run-times.
@@ -33,7 +38,7 @@ void shuffle(Cases& cases, std::uint64_t seed)
     }
 }
 
-/// Of the cases that are known; 1 without one.
+/// Of the cases that have a time; 1 without one.
 std::uint64_t getMeanTime(const PreviousCases& previous)
 {
     std::uint64_t sum = 0;
@@ -41,22 +46,9 @@ std::uint64_t getMeanTime(const PreviousCases& previous)
     for (const std::optional<SPreviousCase>& one : previous)
     {
         sum += one ? one->time : 0;
-        count += one ? 1 : 0;
+        count += isMeasured(one) ? 1 : 0;
     }
     return count == 0 ? 1 : std::max<std::uint64_t>(1, sum / count);
-}
-
-Cases sortByName(const SPlan& plan)
-{
-    std::vector<std::wstring> names;
-    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
-    {
-        names.push_back(GetCaseName(plan, index));
-    }
-    Cases cases(plan.cases.size());
-    std::iota(cases.begin(), cases.end(), 0U);
-    std::ranges::stable_sort(cases, [&names](std::uint32_t a, std::uint32_t b) { return names[a] < names[b]; });
-    return cases;
 }
 
 /// The shard of each case, from 0, in the order of `cases`.
@@ -106,13 +98,12 @@ void SortCases(Cases& cases, EOrder order, const PreviousCases& previous, std::u
 
 void SelectShard(SPlan& plan, const PreviousCases& previous)
 {
-    const bool isTimed = std::ranges::any_of(previous, [](const auto& one) { return one.has_value(); });
     const std::uint64_t mean = getMeanTime(previous);
     // Without times all cases weigh the same, so that they are dealt out one by one.
     const auto getTime = [&](std::uint32_t index) {
-        return !isTimed || !previous[index] ? mean : std::max<std::uint64_t>(1, previous[index]->time);
+        return isMeasured(previous[index]) ? previous[index]->time : mean;
     };
-    Cases cases = sortByName(plan);
+    Cases cases = SortByName(plan);
     std::ranges::stable_sort(cases, std::greater(), getTime);
     std::vector<std::uint64_t> times;
     std::ranges::transform(cases, std::back_inserter(times), getTime);

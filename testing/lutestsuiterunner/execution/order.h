@@ -15,8 +15,8 @@ namespace Runner
 using PreviousCases = std::vector<std::optional<SPreviousCase>>;
 PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous);
 
-/// Sorts `cases`, which are in listed order. FailedFirst: failed, then new, then other cases. LongestFirst: new cases,
-/// then by time. Random: by the seed alone. Cases of equal rank keep the listed order.
+/// Sorts `cases`, which are in listed order. FailedFirst: failed, then new, then other cases. LongestFirst: cases
+/// without a time, then by time. Random: by the seed alone. Cases of equal rank keep the listed order.
 void SortCases(std::vector<std::uint32_t>& cases, EOrder order, const PreviousCases& previous, std::uint64_t seed);
 
 /// Sets SPlannedCase::isInShard. Each case run is in one shard, whatever the order in which the file system lists them

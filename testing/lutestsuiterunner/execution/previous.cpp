@@ -52,8 +52,11 @@ void CPrevious::readReport(const std::wstring& path)
     for (const LuTestSuiteReport::SReportCase& one : data.Cases)
     {
         SPreviousCase& previous = m_cases[one.ClassName + L":" + one.CaseName];
-        previous.time = std::max(previous.time, static_cast<std::uint64_t>(one.Time * c_NanosecondsPerSecond));
-        previous.hasFailed = previous.hasFailed || one.Result != LuTestSuiteRun::ECaseRunResult::Ok;
+        const bool hasFailed = one.Result != LuTestSuiteRun::ECaseRunResult::Ok;
+        // The report rounds; only cases that were broken off have no time.
+        const std::uint64_t least = hasFailed ? 0 : 1;
+        previous.time = std::max({previous.time, static_cast<std::uint64_t>(one.Time * c_NanosecondsPerSecond), least});
+        previous.hasFailed = previous.hasFailed || hasFailed;
     }
 }
 

@@ -13,7 +13,7 @@ namespace Runner
 
 struct SPreviousCase
 {
-    std::uint64_t time = 0; ///< nanoseconds
+    std::uint64_t time = 0; ///< nanoseconds; 0 if nobody has measured it
     bool hasFailed = false; ///< or has not been run to its end
 };
 

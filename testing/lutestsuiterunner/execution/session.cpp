@@ -95,6 +95,7 @@ void CSession::start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t wo
     record.worker = worker;
     record.processId = processId;
     Note(record);
+    m_starts[caseIndex] = m_timer.GetElapsed();
     m_parts.listener.OnStarted(caseIndex);
 }
 
@@ -102,12 +103,28 @@ void CSession::End(SCaseEnded record)
 {
     const std::uint32_t caseIndex = record.caseIndex;
     record.attempt = static_cast<std::uint32_t>(m_parts.state.GetAttempts(caseIndex).size());
+    fillTime(record);
     Note(record);
     const SAttempt& attempt = m_parts.state.GetAttempts(caseIndex).back();
     const bool isCounted = isFailure(attempt) && isFinal(attempt) && attempt.kind != EAttemptKind::Confirm &&
                            !m_parts.state.GetPlan().cases[caseIndex].isQuarantined;
     m_failed += isCounted ? 1 : 0;
     m_parts.listener.OnEnded(caseIndex, attempt, isFinal(attempt));
+}
+
+/// The library measures no time of a case that its child has not answered.
+void CSession::fillTime(SCaseEnded& record)
+{
+    const auto start = m_starts.find(record.caseIndex);
+    if (start == m_starts.end())
+    {
+        return;
+    }
+    if (record.info.time == 0)
+    {
+        record.info.time = m_timer.GetElapsed() - start->second;
+    }
+    m_starts.erase(start);
 }
 
 bool CSession::isFinal(const SAttempt& attempt) const

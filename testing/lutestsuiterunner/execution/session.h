@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <unordered_map>
 
 #include "base/inoncopyable.h"
+#include "base/lbtimer.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuiterunner/execution/listener.h"
 #include "testing/lutestsuiterunner/journal/writer.h"
@@ -65,6 +67,7 @@ private:
     class CObserver;
 
     void start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t worker, std::uint64_t processId);
+    void fillTime(SCaseEnded& record);
     void noteCancellation();
     bool isFinal(const SAttempt& attempt) const;
 
@@ -72,6 +75,8 @@ private:
     LuTestSuiteSetup m_setup;
     SSessionLimits m_limits;
     std::atomic<std::uint32_t> m_failed;
+    const LbTimer m_timer{LbTimer::eR_NanoSecond};
+    std::unordered_map<std::uint32_t, std::uint64_t> m_starts; ///< of the cases under way, by `m_timer`
     bool m_isCancellationNoted = false;
 };
 

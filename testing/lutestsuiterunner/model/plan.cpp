@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/model/plan.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "base/lbformat.h"
 #include "base/lbpath.h"
@@ -106,6 +107,19 @@ std::wstring GetCaseName(const SPlan& plan, std::uint32_t caseIndex)
     const LuTestSuite::SUnitTest& unitTest = plan.unitTests[planned.unitTest];
     const std::wstring name = GetUnitTestName(plan, unitTest.dataDirectory, unitTest.className);
     return name + L":" + GetRunName(unitTest.cases[planned.testCase].name, planned.repetition);
+}
+
+std::vector<std::uint32_t> SortByName(const SPlan& plan)
+{
+    std::vector<std::wstring> names;
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        names.push_back(GetCaseName(plan, index));
+    }
+    std::vector<std::uint32_t> cases(plan.cases.size());
+    std::iota(cases.begin(), cases.end(), 0U);
+    std::ranges::stable_sort(cases, [&names](std::uint32_t a, std::uint32_t b) { return names[a] < names[b]; });
+    return cases;
 }
 
 } // namespace Runner

@@ -105,4 +105,7 @@ std::wstring GetRunName(const std::wstring& caseName, std::uint32_t repetition);
 /// "Folder/Class:Case", with " (2)" behind it for the second repetition.
 std::wstring GetCaseName(const SPlan& plan, std::uint32_t caseIndex);
 
+/// The indices of all cases, by their names: alike on all machines, in whatever order their file systems list folders.
+std::vector<std::uint32_t> SortByName(const SPlan& plan);
+
 } // namespace Runner

@@ -248,6 +248,16 @@ TEST_F(RunnerRun, TellsWhereACaseCrashed)
     }
 }
 
+TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatItsLimitEnds)
+{
+    m_folder.MakeFolder(L"data/CCrashModel");
+
+    const SHostRun run = Run({L"run"}, {L"-i", L":Endlosschleife$", L"-s", L"-t", L"0"});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_GE(FindRecord("end").at("ns").get<std::uint64_t>(), 500'000'000U);
+}
+
 TEST_F(RunnerRun, RefusesReportsOfTheOtherHost)
 {
     m_folder.MakeFolder(L"data/CPassedModel");

@@ -75,6 +75,19 @@ TEST(RunnerOrder, PutsUnknownAndLongCasesFirst)
     EXPECT_EQ(Sort(EOrder::LongestFirst, {Took(1), std::nullopt, Took(7), Took(7), Took(9)}), (Cases{1, 4, 2, 3, 0}));
 }
 
+TEST(RunnerOrder, TakesACaseWithoutATimeForALongOne)
+{
+    EXPECT_EQ(Sort(EOrder::LongestFirst, {Took(3), Runner::SPreviousCase{0, true}, Took(7)}), (Cases{1, 2, 0}));
+}
+
+TEST(RunnerOrder, GivesACaseWithoutATimeTheWeightOfTheMean)
+{
+    const auto shards = Partition(MakePlan(3), {Took(10), Runner::SPreviousCase{0, true}, Took(20)}, 2);
+
+    EXPECT_EQ(shards[0], (std::set<std::wstring>{L"CClass:2"}));
+    EXPECT_EQ(shards[1].size(), 2U);
+}
+
 TEST(RunnerOrder, ShufflesBySeedAlone)
 {
     const Runner::PreviousCases previous(100);
