@@ -22,6 +22,7 @@ struct SPart
 {
     std::wstring folder;
     std::unique_ptr<CRunState> state;
+    std::vector<std::uint32_t> places; ///< by case index of the part: the case's index in the first part, the whole's
 };
 
 std::wstring getPartName(const SPart& part)
@@ -37,7 +38,7 @@ std::vector<SPart> loadParts(const std::vector<std::wstring>& directories)
     for (const std::wstring& directory : directories)
     {
         const std::wstring folder = GetRunFolder(directory);
-        parts.push_back({folder, LoadRun(folder)});
+        parts.push_back({folder, LoadRun(folder), {}});
     }
     std::ranges::stable_sort(parts, {}, [](const SPart& part) { return part.state->GetPlan().shard.number; });
     return parts;
@@ -56,7 +57,22 @@ void requireSameSelection(const std::vector<SPart>& parts)
     }
 }
 
-/// Which part runs each case; null for cases that belong to no part.
+/// By names, since file systems list folders in different orders. Precondition: the same selection.
+void findPlaces(std::vector<SPart>& parts)
+{
+    const std::vector<std::uint32_t> whole = SortByName(parts.front().state->GetPlan());
+    for (SPart& part : parts)
+    {
+        const std::vector<std::uint32_t> own = SortByName(part.state->GetPlan());
+        part.places.resize(own.size());
+        for (std::size_t rank = 0; rank < own.size(); ++rank)
+        {
+            part.places[own[rank]] = whole[rank];
+        }
+    }
+}
+
+/// Which part runs each case of the whole; null for cases that belong to no part.
 std::vector<const SPart*> findOwners(const std::vector<SPart>& parts)
 {
     std::vector<const SPart*> owners(parts.front().state->GetPlan().cases.size());
@@ -69,34 +85,39 @@ std::vector<const SPart*> findOwners(const std::vector<SPart>& parts)
             {
                 continue;
             }
-            if (owners[index] != nullptr)
+            const SPart*& owner = owners[part.places[index]];
+            if (owner != nullptr)
             {
-                throw LbException(LbFormat(L"Der Fall %s gehört zu zwei Läufen: %s und %s", GetCaseName(plan, index),
-                                           owners[index]->folder, part.folder));
+                throw LbException(LbFormat(L"Der Testfall %s gehört zu zwei Läufen: %s und %s",
+                                           GetCaseName(plan, index), owner->folder, part.folder));
             }
-            owners[index] = &part;
+            owner = &part;
         }
     }
     return owners;
 }
 
 /// That of the first part, for all cases.
-SPlan makePlan(const std::vector<SPart>& parts, const std::vector<const SPart*>& owners)
+SPlan makePlan(const std::vector<SPart>& parts)
 {
     SPlan plan = parts.front().state->GetPlan();
     plan.runId = MakeRunId();
     // None of the parts' command lines is that of the whole.
     plan.arguments.clear();
     plan.shard = {};
-    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    for (SPlannedCase& planned : plan.cases)
     {
-        plan.cases[index].isInShard = true;
-        plan.cases[index].isQuarantined =
-            owners[index] != nullptr && owners[index]->state->GetPlan().cases[index].isQuarantined;
+        planned.isInShard = true;
+        planned.isQuarantined = false;
     }
     for (const SPart& part : parts)
     {
         const SPlan& partPlan = part.state->GetPlan();
+        for (std::uint32_t index = 0; index < partPlan.cases.size(); ++index)
+        {
+            const SPlannedCase& planned = partPlan.cases[index];
+            plan.cases[part.places[index]].isQuarantined |= planned.isInShard && planned.isQuarantined;
+        }
         plan.rules.isFlakyAllowed = plan.rules.isFlakyAllowed && partPlan.rules.isFlakyAllowed;
         if (plan.origin.machine.find(partPlan.origin.machine) == std::wstring::npos)
         {
@@ -126,7 +147,8 @@ std::vector<std::wstring> findProblems(const std::vector<SPart>& parts, const st
     }
     if (const auto count = std::ranges::count(owners, nullptr); count > 0)
     {
-        problems.push_back(LbFormat(L"%d Fälle gehören zu keinem der Läufe", count));
+        problems.push_back(count == 1 ? std::wstring(L"1 Testfall gehört zu keinem der Läufe")
+                                      : LbFormat(L"%d Testfälle gehören zu keinem der Läufe", count));
     }
     return problems;
 }
@@ -148,7 +170,7 @@ public:
             CJournalReader reader(part.folder, number);
             for (Record record; reader.Next(record);)
             {
-                copy(record, writer);
+                copy(part, record, writer);
             }
             if (writer)
             {
@@ -182,8 +204,16 @@ private:
         return m_target.AddJournal(begun);
     }
 
-    void copy(const Record& record, std::unique_ptr<CJournalWriter>& writer)
+    void copy(const SPart& part, Record& record, std::unique_ptr<CJournalWriter>& writer)
     {
+        if (auto* const started = std::get_if<SCaseStarted>(&record))
+        {
+            started->caseIndex = part.places[started->caseIndex];
+        }
+        if (auto* const ended = std::get_if<SCaseEnded>(&record))
+        {
+            ended->caseIndex = part.places[ended->caseIndex];
+        }
         const bool isOfTheWhole =
             std::holds_alternative<SRunCanceled>(record) || std::holds_alternative<SRunProblem>(record);
         if (const auto* const begun = std::get_if<SJournalBegun>(&record))
@@ -232,13 +262,14 @@ int Execute(const SMergeOptions& options)
         throw std::wstring(L"Die Ordner der Läufe fehlen");
     }
     MoveLibraryLinesToErrors();
-    const std::vector<SPart> parts = loadParts(options.directories);
+    std::vector<SPart> parts = loadParts(options.directories);
     requireSameSelection(parts);
+    findPlaces(parts);
     const std::vector<const SPart*> owners = findOwners(parts);
     requireOtherFolder(parts, GetRunFolder(options.out));
 
     CRunFolder target(options.out);
-    const SPlan plan = makePlan(parts, owners);
+    const SPlan plan = makePlan(parts);
     CJournalCopier copier(target, plan, target.ReplacePlan(plan));
     for (const SPart& part : parts)
     {

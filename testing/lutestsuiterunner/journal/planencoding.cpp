@@ -290,22 +290,33 @@ std::string WritePlan(const std::wstring& path, const SPlan& plan)
 
 std::string DigestSelection(const SPlan& plan)
 {
-    CDigest digest;
-    std::string json;
-    AppendNumber(plan.params.repetitions, json);
+    std::vector<std::string> unitTests;
     for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
     {
-        AppendJsonString(GetUnitTestName(plan, unitTest.dataDirectory, unitTest.className), json);
+        std::vector<std::string> cases;
         for (LuTestSuite::STestCase testCase : unitTest.cases)
         {
             // Only whether it is a file.
             testCase.dataSetFile = testCase.dataSetFile.empty() ? std::wstring() : testCase.name;
-            appendCase(testCase, {}, json);
+            appendCase(testCase, {}, cases.emplace_back());
         }
-        digest.Add(json);
-        json.clear();
+        std::ranges::sort(cases);
+        std::string& json = unitTests.emplace_back();
+        AppendJsonString(GetUnitTestName(plan, unitTest.dataDirectory, unitTest.className), json);
+        for (const std::string& testCase : cases)
+        {
+            json += testCase;
+        }
     }
-    digest.Add(json);
+    std::ranges::sort(unitTests);
+    CDigest digest;
+    std::string repetitions;
+    AppendNumber(plan.params.repetitions, repetitions);
+    digest.Add(repetitions);
+    for (const std::string& unitTest : unitTests)
+    {
+        digest.Add(unitTest);
+    }
     return digest.GetText();
 }
 

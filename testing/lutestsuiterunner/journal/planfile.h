@@ -21,7 +21,8 @@ std::string WritePlan(const std::wstring& path, const SPlan& plan);
 SPlan ReadPlan(const std::wstring& path);
 
 /// Digest of what all shards of a run have in common: unit tests by their folders below the data directory, cases with
-/// their parameters, repetitions. Neither the place of the data directory nor the machine matters.
+/// their parameters, repetitions. Neither the place of the data directory nor the machine matters, nor the order in
+/// which its file system lists folders.
 std::string DigestSelection(const SPlan& plan);
 
 } // namespace Runner

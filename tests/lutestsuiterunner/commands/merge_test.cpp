@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "base/lbexception.h"
@@ -114,7 +116,7 @@ TEST_F(RunnerMerge, IsRedAndListsWhatAMissingShardLeaves)
     const auto state = LoadMerged();
     EXPECT_EQ(state->GetMissingCases(), (std::vector<std::uint32_t>{0, 2, 4}));
     ASSERT_EQ(state->GetProblems().size(), 1U);
-    EXPECT_EQ(state->GetProblems()[0], L"3 Fälle gehören zu keinem der Läufe");
+    EXPECT_EQ(state->GetProblems()[0], L"3 Testfälle gehören zu keinem der Läufe");
 }
 
 TEST_F(RunnerMerge, IsRedWhenAShardDied)
@@ -183,8 +185,36 @@ TEST_F(RunnerMerge, RefusesACaseOfTwoShards)
 {
     RunShard(1);
 
-    EXPECT_NE(GetFailure({1, 1}).find(L"Der Fall a/CFirst:eins.txt gehört zu zwei Läufen"), std::wstring::npos);
+    EXPECT_NE(GetFailure({1, 1}).find(L"Der Testfall a/CFirst:eins.txt gehört zu zwei Läufen"), std::wstring::npos);
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"ganz")));
+}
+
+TEST_F(RunnerMerge, TakesShardsOfMachinesThatListFoldersInAnotherOrder)
+{
+    RunShard(1);
+    Runner::SPlan other = MakeSamplePlan();
+    std::ranges::reverse(other.unitTests);
+    std::ranges::reverse(other.unitTests[0].cases);
+    other.cases = Runner::PlanCases(other.unitTests, 1);
+    other.shard = {2, sc_Count};
+    // Cases 1, 3 and 5 of the first shard's plan.
+    const std::vector<std::uint32_t> own = {0, 2, 5};
+    for (std::uint32_t index = 0; index < other.cases.size(); ++index)
+    {
+        other.cases[index].isInShard = std::ranges::find(own, index) != own.end();
+    }
+    other.cases[2].isQuarantined = true;
+    const auto writer = Runner::CRunFolder(GetShardFolder(2)).BeginRun(other);
+    Run(*writer, 0);
+    Run(*writer, 2, ECaseRunResult::Different);
+    Run(*writer, 5);
+    writer->Write(Runner::SRunFinished{L"2024-01-02 03:04:09", 5});
+
+    EXPECT_EQ(Merge({1, 2}), 0);
+    const auto state = LoadMerged();
+    EXPECT_EQ(state->GetReported(3)->result.info.result, ECaseRunResult::Different);
+    EXPECT_EQ(state->CountVerdicts().passed, 5U);
+    EXPECT_EQ(state->CountVerdicts().quarantinedFailed, 1U);
 }
 
 TEST_F(RunnerMerge, RefusesARunOfOtherCases)

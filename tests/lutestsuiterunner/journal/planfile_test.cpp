@@ -181,6 +181,15 @@ TEST(RunnerSelectionDigest, KnowsTheSameCasesInAnotherPlace)
     EXPECT_EQ(Runner::DigestSelection(other), Runner::DigestSelection(plan));
 }
 
+TEST(RunnerSelectionDigest, KnowsTheSameCasesInAnotherOrder)
+{
+    Runner::SPlan other = MakeSamplePlan();
+    std::swap(other.unitTests[0], other.unitTests[1]);
+    std::swap(other.unitTests[2].cases[0], other.unitTests[2].cases[1]);
+
+    EXPECT_EQ(Runner::DigestSelection(other), Runner::DigestSelection(MakeSamplePlan()));
+}
+
 TEST(RunnerSelectionDigest, DiffersByCasesParametersAndRepetitions)
 {
     const std::string digest = Runner::DigestSelection(MakeSamplePlan());
@@ -188,12 +197,9 @@ TEST(RunnerSelectionDigest, DiffersByCasesParametersAndRepetitions)
     renamed.unitTests[1].cases[0].name = L"eins.tx";
     Runner::SPlan changed = MakeSamplePlan();
     changed.unitTests[0].cases[1].parameters[L"External"] = false;
-    Runner::SPlan swapped = MakeSamplePlan();
-    std::swap(swapped.unitTests[0], swapped.unitTests[1]);
 
     EXPECT_NE(Runner::DigestSelection(renamed), digest);
     EXPECT_NE(Runner::DigestSelection(changed), digest);
-    EXPECT_NE(Runner::DigestSelection(swapped), digest);
     EXPECT_NE(Runner::DigestSelection(MakeSamplePlan(2)), digest);
 }
 
