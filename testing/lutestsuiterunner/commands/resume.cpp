@@ -2,13 +2,16 @@
 
 #include <variant>
 
+#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "testing/lutestsuiterunner/settings/commandline.h"
 
@@ -40,6 +43,41 @@ void enterWorkingDirectory(const SPlan& plan)
     }
 }
 
+/// An earlier run that is gone, or that this run has replaced, costs only the order and the estimate.
+PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder, const SPlan& plan)
+{
+    const bool isOwn = LbOs::AreSameFile(options.previous, folder.GetPath());
+    if (!options.previous.empty() && !isOwn && LbFileSystem::Exists(options.previous))
+    {
+        return FindPrevious(plan, CPrevious(options.previous));
+    }
+    const bool needsPrevious = options.order == EOrder::FailedFirst || options.order == EOrder::LongestFirst;
+    if (needsPrevious)
+    {
+        CTerminal::Get().WriteError(
+            LbFormat(L"Warnung: Den früheren Lauf %s gibt es nicht mehr; die übrigen Testfälle laufen wie gelistet\n",
+                     options.previous));
+    }
+    return PreviousCases(plan.cases.size());
+}
+
+/// Which cases are in quarantine, the plan says; the file is for the numbers of passed runs.
+Quarantine readQuarantine(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan)
+{
+    if (options.quarantine.empty())
+    {
+        return {};
+    }
+    if (!LbFileSystem::IsFile(options.quarantine))
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: Die Datei %s fehlt; ihre Testfälle bleiben in Quarantäne, aber "
+                                             L"ihre bestandenen Läufe werden nicht gezählt\n",
+                                             options.quarantine));
+        return {};
+    }
+    return ReadQuarantine(options.quarantine, setup, plan);
+}
+
 } // namespace
 
 int Execute(const SResumeOptions& resume)
@@ -50,7 +88,8 @@ int Execute(const SResumeOptions& resume)
     }
     MoveLibraryLinesToErrors();
     const std::wstring path = GetRunFolder(resume.directory);
-    if (FindJournals(path).empty())
+    // A host that was ended between its plan and its journal has left a run that never began.
+    if (!LbFileSystem::IsFile(path + c_PlanName))
     {
         throw LbFormat(L"Der Ordner %s enthält keinen Lauf", path);
     }
@@ -67,15 +106,11 @@ int Execute(const SResumeOptions& resume)
     SRunOptions guards = options;
     guards.minCases = 0;
     const std::vector<std::wstring> problems = FindProblems(guards, setup, state->GetPlan().cases.size());
-    Quarantine quarantine;
-    if (!options.quarantine.empty())
-    {
-        SPlan plan = state->GetPlan();
-        quarantine = ReadQuarantine(options.quarantine, setup, plan);
-    }
-    const std::vector<std::uint32_t> cases = state->GetMissingCases();
+    Quarantine quarantine = readQuarantine(options, setup, state->GetPlan());
+    const PreviousCases previous = findPrevious(options, folder, state->GetPlan());
+    const std::vector<std::uint32_t> cases = OrderMissingCases(*state, options, previous);
     const std::unique_ptr<CJournalWriter> writer = folder.ContinueRun(state->GetPlan());
-    CarryOut({options, setup, environment, folder, *state, {}}, *writer, problems, cases);
+    CarryOut({options, setup, environment, folder, *state, previous}, *writer, problems, cases);
     return Conclude(folder, options.previous, std::move(quarantine));
 }
 

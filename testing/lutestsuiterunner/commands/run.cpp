@@ -1,5 +1,7 @@
 /// The command "run": a new run of the selection.
 
+#include <algorithm>
+
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/os/clock.h"
@@ -48,33 +50,43 @@ std::uint64_t makeSeed()
     return seed;
 }
 
-std::uint64_t chooseSeed(const SRunOptions& options)
+/// A resumed run shuffles by the same seed: puts it into the options and into the arguments that the plan keeps.
+void chooseSeed(SRunOptions& options)
 {
-    const std::uint64_t seed = options.seed ? *options.seed : makeSeed();
-    if (options.order == EOrder::Random)
+    if (options.order != EOrder::Random)
     {
-        CTerminal::Get().WriteOutput(LbFormat(L"Reihenfolge: --order random:%d\n", seed));
+        return;
     }
-    return seed;
+    options.seed = options.seed ? *options.seed : makeSeed();
+    const std::wstring order = LbFormat(L"random:%d", *options.seed);
+    CTerminal::Get().WriteOutput(LbFormat(L"Reihenfolge: --order %s\n", order));
+    // The last one counts.
+    const auto mark = std::ranges::find(options.arguments, L"--");
+    options.arguments.insert(mark, L"--order=" + order);
 }
 
-std::vector<std::uint32_t> listShard(const SPlan& plan)
+/// Removes the cases that have not failed in the earlier run. Returns the number that guards are to check.
+std::size_t applyOnlyFailed(const SRunOptions& options, const CPrevious& previous, SPlan& plan)
 {
-    std::vector<std::uint32_t> cases;
-    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    const std::size_t selected = plan.cases.size();
+    if (options.onlyFailed)
     {
-        if (plan.cases[index].isInShard)
-        {
-            cases.push_back(index);
-        }
+        KeepFailed(plan, previous);
     }
-    return cases;
+    if (!options.onlyFailed || selected == 0 || !plan.cases.empty())
+    {
+        return plan.cases.size();
+    }
+    CTerminal::Get().WriteOutput(
+        LbFormat(L"Im früheren Lauf %s ist kein Testfall der Auswahl fehlgeschlagen\n", options.previous));
+    return selected;
 }
 
 } // namespace
 
-int Execute(const SRunOptions& options)
+int Execute(const SRunOptions& given)
 {
+    SRunOptions options = given;
     checkOptions(options);
     requireNoRun(options);
     MoveLibraryLinesToErrors();
@@ -84,12 +96,10 @@ int Execute(const SRunOptions& options)
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
+    chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
-    const std::vector<std::wstring> problems = FindProblems(options, setup, plan.cases.size());
-    if (options.onlyFailed)
-    {
-        KeepFailed(plan, previous);
-    }
+    const std::size_t caseCount = applyOnlyFailed(options, previous, plan);
+    const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
     const PreviousCases previousCases = FindPrevious(plan, previous);
     SelectShard(plan, previousCases);
     Quarantine quarantine;
@@ -97,13 +107,12 @@ int Execute(const SRunOptions& options)
     {
         quarantine = ReadQuarantine(options.quarantine, setup, plan);
     }
-    std::vector<std::uint32_t> cases = listShard(plan);
-    SortCases(cases, options.order, previousCases, chooseSeed(options));
 
     CRunFolder folder(options.out);
     const std::unique_ptr<CJournalWriter> writer = folder.BeginRun(plan);
     CRunState state(std::move(plan));
-    CarryOut({options, setup, environment, folder, state, previousCases}, *writer, problems, cases);
+    CarryOut({options, setup, environment, folder, state, previousCases}, *writer, problems,
+             OrderMissingCases(state, options, previousCases));
     return Conclude(folder, options.previous, std::move(quarantine));
 }
 

@@ -42,16 +42,32 @@ void printQuarantine(const Quarantine& quarantine)
     {
         if (entry.passedRuns >= c_RunsUntilRelease)
         {
-            CTerminal::Get().WriteOutput(LbFormat(L"Quarantäne: '%s' hat %u Läufe in Folge bestanden und kann heraus\n",
-                                                  entry.pattern, entry.passedRuns));
+            CTerminal::Get().WriteOutput(LbFormat(
+                L"Quarantäne: '%s' hat %u Läufe in Folge bestanden und kann aus der Quarantäne entfernt werden\n",
+                entry.pattern, entry.passedRuns));
         }
     }
+}
+
+/// Case runs that have failed at the first attempt and at all retries, without those in quarantine.
+std::uint32_t countFailed(const CRunState& state, std::uint32_t retries)
+{
+    std::uint32_t count = 0;
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        const bool hasFailed = std::ranges::any_of(state.GetAttempts(index), [retries](const SAttempt& attempt) {
+            return attempt.IsFinished() && !attempt.HasPassed() && attempt.kind != EAttemptKind::Confirm &&
+                   attempt.result.attempt > retries;
+        });
+        count += hasFailed && !state.GetPlan().cases[index].isQuarantined ? 1 : 0;
+    }
+    return count;
 }
 
 /// A run that its failures have ended goes on without that limit: it was resumed to become whole.
 SSessionLimits getLimits(const SWork& work)
 {
-    const std::uint32_t failed = work.state.CountVerdicts().failed;
+    const std::uint32_t failed = countFailed(work.state, work.options.retries);
     const std::uint32_t most = work.options.failFast;
     return {work.options.retries, failed >= most ? 0 : most, failed};
 }
@@ -66,7 +82,7 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
     ShowOnlyWarnings();
     const CCrashNote note(work.folder.GetPath(), journal);
     {
-        CProgressLine progress(work.state.GetPlan(), cases.size(), getTimes(work.previous));
+        CProgressLine progress(work.state.GetPlan(), cases, getTimes(work.previous));
         CSession session({work.state, writer, work.environment, progress, journal}, work.setup, getLimits(work));
         for (const std::wstring& problem : problems)
         {
@@ -85,6 +101,23 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
     writer.Close();
 }
 
+std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
+                                             const PreviousCases& previous)
+{
+    std::vector<std::uint32_t> cases;
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        if (state.GetPlan().cases[index].isInShard)
+        {
+            cases.push_back(index);
+        }
+    }
+    SortCases(cases, options.order, previous, options.seed.value_or(0));
+    // A case keeps its place before and behind others.
+    std::erase_if(cases, [&state](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
+    return cases;
+}
+
 int Conclude(const CRunFolder& folder, const std::wstring& previous, Quarantine quarantine)
 {
     const std::unique_ptr<CRunState> state = ReportRun(folder.GetPath());
@@ -94,7 +127,7 @@ int Conclude(const CRunFolder& folder, const std::wstring& previous, Quarantine 
         // XML reports have no such numbers.
         const bool isFolder = LbFileSystem::IsDirectory(previous);
         CountPassedRuns(quarantine, *state, isFolder ? GetRunFolder(previous) : folder.GetPath());
-        WritePassedRuns(quarantine, folder.GetPath());
+        WritePassedRuns(quarantine, state->GetPlan().runId, folder.GetPath());
         printQuarantine(quarantine);
     }
     const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());

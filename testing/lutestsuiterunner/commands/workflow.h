@@ -27,6 +27,10 @@ struct SWork
     const PreviousCases& previous; ///< by case index
 };
 
+/// The cases that have no result yet, in the order that the options ask for.
+std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
+                                             const PreviousCases& previous);
+
 /// Records the problems, finishes what was under way, runs the cases and all that follows from their results, and
 /// closes the journal. Throws LbException if recording fails.
 void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,

@@ -42,13 +42,13 @@ std::wstring FormatProgress(const SProgress& progress)
     return text;
 }
 
-CProgressLine::CProgressLine(const SPlan& plan, std::size_t total, std::vector<std::uint64_t> times)
+CProgressLine::CProgressLine(const SPlan& plan, std::span<const std::uint32_t> cases, std::vector<std::uint64_t> times)
     : m_plan(plan), m_times(std::move(times)), m_timer(LbTimer::eR_NanoSecond)
 {
-    m_progress.total = total;
-    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    m_progress.total = cases.size();
+    for (const std::uint32_t index : cases)
     {
-        m_totalWeight += plan.cases[index].isInShard ? static_cast<double>(getWeight(index)) : 0;
+        m_totalWeight += static_cast<double>(getWeight(index));
     }
     m_thread = std::thread([this] { run(); });
 }

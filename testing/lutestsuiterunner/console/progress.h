@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -39,9 +40,9 @@ std::wstring FormatDuration(std::uint64_t seconds);
 class CProgressLine : public IRunListener, public INonCopyable
 {
 public:
-    /// `total` is the number of cases to run; `times` says by case index how long each may take, in nanoseconds, or is
-    /// empty. The plan outlives the object.
-    CProgressLine(const SPlan& plan, std::size_t total, std::vector<std::uint64_t> times);
+    /// `cases` are those to run; `times` says by case index how long each may take, in nanoseconds, or is empty. The
+    /// plan outlives the object.
+    CProgressLine(const SPlan& plan, std::span<const std::uint32_t> cases, std::vector<std::uint64_t> times);
     ~CProgressLine() override;
 
     void OnStarted(std::uint32_t caseIndex) override;

@@ -89,8 +89,8 @@ std::vector<std::uint32_t> findCases(const SPlan& plan, const std::vector<std::w
     return cases;
 }
 
-/// Passed runs by pattern.
-std::map<std::wstring, std::uint32_t> readPassedRuns(const std::wstring& folder)
+/// Passed runs by pattern, without the run of this id.
+std::map<std::wstring, std::uint32_t> readPassedRuns(const std::wstring& folder, const std::string& runId)
 {
     std::map<std::wstring, std::uint32_t> passedRuns;
     if (folder.empty() || !LbFileSystem::IsFile(folder + c_FileName))
@@ -102,11 +102,12 @@ std::map<std::wstring, std::uint32_t> readPassedRuns(const std::wstring& folder)
     {
         throw LbException(LbFormat(L"Die Datei %s%s ist beschädigt", folder, c_FileName));
     }
+    const char* const number = record.value("run", std::string()) == runId ? "earlierRuns" : "passedRuns";
     for (const auto& entry : record["entries"])
     {
         if (entry.is_object())
         {
-            passedRuns[FromEscapedUtf8(entry.value("pattern", std::string()))] = entry.value("passedRuns", 0U);
+            passedRuns[FromEscapedUtf8(entry.value("pattern", std::string()))] = entry.value(number, 0U);
         }
     }
     return passedRuns;
@@ -134,7 +135,7 @@ Quarantine ReadQuarantine(const std::wstring& path, const LuTestSuiteSetup& setu
     Quarantine quarantine;
     for (const std::wstring& pattern : readPatterns(path))
     {
-        SQuarantineEntry& entry = quarantine.emplace_back(SQuarantineEntry{pattern, {}, 0});
+        SQuarantineEntry& entry = quarantine.emplace_back(SQuarantineEntry{pattern, {}});
         entry.cases = findCases(plan, {pattern}, setup.noRegex);
         for (const std::uint32_t index : entry.cases)
         {
@@ -159,24 +160,26 @@ std::vector<std::wstring> FindIdleEntries(const Quarantine& quarantine)
 
 void CountPassedRuns(Quarantine& quarantine, const CRunState& state, const std::wstring& earlierFolder)
 {
-    const std::map<std::wstring, std::uint32_t> earlier = readPassedRuns(earlierFolder);
+    const std::map<std::wstring, std::uint32_t> earlier = readPassedRuns(earlierFolder, state.GetPlan().runId);
     for (SQuarantineEntry& entry : quarantine)
     {
         const auto found = earlier.find(entry.pattern);
-        const std::uint32_t runs = found == earlier.end() ? 0 : found->second;
+        entry.earlierRuns = found == earlier.end() ? 0 : found->second;
         const std::optional<bool> passed = havePassed(entry.cases, state);
-        entry.passedRuns = !passed ? runs : *passed ? runs + 1 : 0;
+        entry.passedRuns = !passed ? entry.earlierRuns : *passed ? entry.earlierRuns + 1 : 0;
     }
 }
 
-void WritePassedRuns(const Quarantine& quarantine, const std::wstring& folder)
+void WritePassedRuns(const Quarantine& quarantine, const std::string& runId, const std::wstring& folder)
 {
     nlohmann::ordered_json entries = nlohmann::ordered_json::array();
     for (const SQuarantineEntry& entry : quarantine)
     {
-        entries.push_back({{"pattern", ToEscapedUtf8(entry.pattern)}, {"passedRuns", entry.passedRuns}});
+        entries.push_back({{"pattern", ToEscapedUtf8(entry.pattern)},
+                           {"passedRuns", entry.passedRuns},
+                           {"earlierRuns", entry.earlierRuns}});
     }
-    const std::string text = nlohmann::ordered_json{{"entries", std::move(entries)}}.dump(2) + "\n";
+    const std::string text = nlohmann::ordered_json{{"run", runId}, {"entries", std::move(entries)}}.dump(2) + "\n";
     LbFileSystem::WriteWhole(folder + c_FileName, [&text](const std::wstring& place) {
         LuStreamWriteBinaryFile file(place);
         file.Write(text.data(), text.size());

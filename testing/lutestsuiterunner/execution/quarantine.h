@@ -17,6 +17,7 @@ struct SQuarantineEntry
     std::wstring pattern;
     std::vector<std::uint32_t> cases; ///< case runs of the plan that it matches; ascending
     std::uint32_t passedRuns = 0;     ///< in a row, see CountPassedRuns
+    std::uint32_t earlierRuns = 0;    ///< of these, without this run
 };
 
 using Quarantine = std::vector<SQuarantineEntry>;
@@ -33,10 +34,11 @@ Quarantine ReadQuarantine(const std::wstring& path, const LuTestSuiteSetup& setu
 std::vector<std::wstring> FindIdleEntries(const Quarantine& quarantine);
 
 /// Brings the numbers of passed runs to this run: those of the earlier run's folder and one more if all cases of an
-/// entry that ran have passed at once; 0 if one has not. An entry whose cases did not run keeps its number.
+/// entry that ran have passed at once; 0 if one has not. An entry whose cases did not run keeps its number. The folder
+/// may be this run's own: a run that is resumed counts once.
 void CountPassedRuns(Quarantine& quarantine, const CRunState& state, const std::wstring& earlierFolder);
 
-/// Writes the numbers into the run's folder. Throws LbException with a German message.
-void WritePassedRuns(const Quarantine& quarantine, const std::wstring& folder);
+/// Writes the numbers after the run of this id into its folder. Throws LbException with a German message.
+void WritePassedRuns(const Quarantine& quarantine, const std::string& runId, const std::wstring& folder);
 
 } // namespace Runner

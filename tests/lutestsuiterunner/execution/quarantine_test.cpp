@@ -101,16 +101,32 @@ TEST_F(RunnerQuarantine, CountsRunsThatPassedInARow)
     for (std::uint32_t run = 1; run <= 3; ++run)
     {
         Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
-        Runner::WritePassedRuns(quarantine, m_folder.GetPath());
+        Runner::WritePassedRuns(quarantine, std::to_string(run), m_folder.GetPath());
         EXPECT_EQ(quarantine[0].passedRuns, run);
     }
+}
+
+TEST_F(RunnerQuarantine, CountsARunOnceHoweverOftenItIsResumed)
+{
+    Runner::Quarantine quarantine = Read("CFirst:zwei\n");
+    Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
+    Runner::WritePassedRuns(quarantine, "früher", m_folder.GetPath());
+    m_plan.runId = "dieser";
+    for (std::uint32_t resumed = 0; resumed < 3; ++resumed)
+    {
+        Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
+        Runner::WritePassedRuns(quarantine, m_plan.runId, m_folder.GetPath());
+        EXPECT_EQ(quarantine[0].passedRuns, 2U);
+    }
+    Runner::CountPassedRuns(quarantine, MakeState(1, {Error}), m_folder.GetPath());
+    EXPECT_EQ(quarantine[0].passedRuns, 0U);
 }
 
 TEST_F(RunnerQuarantine, BeginsAnewAfterAFailure)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
-    Runner::WritePassedRuns(quarantine, m_folder.GetPath());
+    Runner::WritePassedRuns(quarantine, "lauf 1", m_folder.GetPath());
 
     // Flaky is not passed.
     Runner::CountPassedRuns(quarantine, MakeState(1, {Error, Ok}), m_folder.GetPath());
@@ -122,7 +138,7 @@ TEST_F(RunnerQuarantine, KeepsTheNumberOfCasesThatDidNotRun)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
-    Runner::WritePassedRuns(quarantine, m_folder.GetPath());
+    Runner::WritePassedRuns(quarantine, "lauf 1", m_folder.GetPath());
 
     Runner::CountPassedRuns(quarantine, MakeState(0, {Error}), m_folder.GetPath());
 
