@@ -1,12 +1,34 @@
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "base/lbfilesystem.h"
+#include "base/os/files.h"
 #include "tests/lutestsuiterunner/cli/runnertest.h"
 
 namespace
 {
 
-using RunnerResume = RunnerTest;
+class RunnerResume : public RunnerTest
+{
+protected:
+    /// The cases that the journal shows as started, in their order.
+    std::vector<std::uint32_t> GetStarted(std::uint32_t journal) const
+    {
+        std::vector<std::uint32_t> cases;
+        for (const nlohmann::json& record : ReadRecords(journal))
+        {
+            if (record.at("t") == "start")
+            {
+                cases.push_back(record.at("case").get<std::uint32_t>());
+            }
+        }
+        return cases;
+    }
+};
 
 TEST_F(RunnerResume, GoesOnBehindACaseThatCrashesTheHost)
 {
@@ -69,7 +91,7 @@ TEST_F(RunnerResume, KeepsTheLimitOfFailuresUntilItIsReached)
 
     const SHostRun run = Resume();
 
-    ExpectLine(run.output, "nach 2 fehlgeschlagenen Fällen (--fail-fast)");
+    ExpectLine(run.output, "nach 2 fehlgeschlagenen Testfällen (--fail-fast)");
     ExpectLine(run.output, "fehlgeschlagen: 2, in Quarantäne: 0, nicht ausgeführt: 1");
     ExpectLine(Resume().output, "bestanden: 1, unzuverlässig: 0, fehlgeschlagen: 2,");
 }
@@ -94,6 +116,76 @@ TEST_F(RunnerResume, ConfirmsFailuresIfTold)
 
     EXPECT_EQ(run.exitStatus, 1);
     ExpectLine(run.output, "NUR IM GEMEINSAMEN PROZESS CSharedStateModel:braucht einen frischen Prozess");
+}
+
+TEST_F(RunnerResume, KeepsTheOrder)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+    Run({L"run", L"--order", L"random:3"});
+    const std::vector<std::uint32_t> whole = GetStarted(1);
+    Run({L"run", L"--order", L"random:3", L"--fail-fast", L"--force"});
+
+    Resume();
+
+    std::vector<std::uint32_t> parts = GetStarted(1);
+    const std::vector<std::uint32_t> rest = GetStarted(2);
+    parts.insert(parts.end(), rest.begin(), rest.end());
+    EXPECT_EQ(parts, whole);
+    EXPECT_FALSE(std::ranges::is_sorted(rest));
+}
+
+TEST_F(RunnerResume, KeepsARandomSeed)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const std::string output = Run({L"run", L"--order", L"random"}).output;
+
+    const std::string plan = LbFileSystem::ReadFile8Bit(GetOut() + L"plan.ndjson");
+    const std::size_t seed = plan.find("--order=random:");
+    ASSERT_NE(seed, std::string::npos);
+    ExpectLine(output, "--order random:" + plan.substr(seed + 15, plan.find('"', seed) - seed - 15) + "\n");
+}
+
+TEST_F(RunnerResume, CountsOnlyFailuresBehindAllRetriesForTheLimit)
+{
+    m_folder.MakeFolder(L"data/CFlakyModel");
+    m_folder.MakeFolder(L"data/CInterruptingModel");
+    const std::vector<std::wstring> selection = {L"-i", L"besteht nie", L"-i", L":Strg-C$"};
+    if (Run({L"run", L"--retries", L"1", L"--fail-fast=2"}, selection).exitStatus != 130)
+    {
+        GTEST_SKIP() << "raise() does not reach the console's handler";
+    }
+
+    const SHostRun run = Resume();
+
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_EQ(run.output.find("--fail-fast"), std::string::npos) << run.output;
+}
+
+TEST_F(RunnerResume, KeepsTheQuarantineWhoseFileIsGone)
+{
+    m_folder.MakeFolder(L"data/CFailedModel");
+    m_folder.MakeFolder(L"data/CCrashModel");
+    const std::wstring file = m_folder.WriteFile(L"quarantaene.txt", "CFailedModel\nCCrashModel\n");
+    Run({L"run", L"--quarantine", file}, {L"-i", L":exit$", L"-i", L"CFailedModel"});
+    LbOs::RemoveFile(file);
+
+    const SHostRun run = Resume();
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    ExpectLine(run.errors, "fehlt; ihre Testfälle bleiben in Quarantäne");
+    ExpectLine(run.output, "in Quarantäne: 2,");
+}
+
+TEST_F(RunnerResume, BeginsARunThatHasOnlyItsPlan)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    Run({L"run"});
+    LbOs::RemoveFile(GetOut() + L"journal.ndjson");
+
+    const SHostRun run = Resume();
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    ExpectLine(run.output, "Fälle: 2, bestanden: 2");
 }
 
 TEST_F(RunnerResume, RefusesAFolderWithoutARun)

@@ -29,7 +29,7 @@ SHostRun RunnerTest::Resume(const std::vector<std::wstring>& options) const
     return RunRunner(arguments);
 }
 
-std::vector<nlohmann::json> RunnerTest::readRecords(std::uint32_t journal) const
+std::vector<nlohmann::json> RunnerTest::ReadRecords(std::uint32_t journal) const
 {
     std::vector<nlohmann::json> records;
     std::istringstream lines(LbFileSystem::ReadFile8Bit(GetOut() + Runner::GetJournalName(journal)));
@@ -42,14 +42,14 @@ std::vector<nlohmann::json> RunnerTest::readRecords(std::uint32_t journal) const
 
 nlohmann::json RunnerTest::FindRecord(const std::string& type) const
 {
-    const std::vector<nlohmann::json> records = readRecords(1);
+    const std::vector<nlohmann::json> records = ReadRecords(1);
     const auto found = std::ranges::find_if(records, [&](const nlohmann::json& one) { return one.at("t") == type; });
     return found == records.end() ? nlohmann::json() : *found;
 }
 
 std::size_t RunnerTest::CountRecords(const std::string& type, std::uint32_t journal) const
 {
-    const std::vector<nlohmann::json> records = readRecords(journal);
+    const std::vector<nlohmann::json> records = ReadRecords(journal);
     return static_cast<std::size_t>(
         std::ranges::count_if(records, [&](const nlohmann::json& one) { return one.at("t") == type; }));
 }

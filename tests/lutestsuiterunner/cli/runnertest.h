@@ -26,6 +26,9 @@ protected:
     /// The folder of the run, with separator at its end.
     std::wstring GetOut() const { return m_folder.GetPathOf(L"out/"); }
 
+    /// All records of the journal of this number.
+    std::vector<nlohmann::json> ReadRecords(std::uint32_t journal) const;
+
     /// The first record of this type in the first journal; null if there is none.
     nlohmann::json FindRecord(const std::string& type) const;
 
@@ -36,7 +39,4 @@ protected:
     static void ExpectLine(const std::string& bytes, const std::string& text);
 
     ScopedFolder m_folder;
-
-private:
-    std::vector<nlohmann::json> readRecords(std::uint32_t journal) const;
 };
