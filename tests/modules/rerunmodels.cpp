@@ -68,8 +68,26 @@ class CSharedStateModel : public LuUnitTest
     }
 };
 
+/// Messages of many lines.
+class CTalkingModel : public LuUnitTest
+{
+    LB_RTTI(CTalkingModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"viele Zeilen", [this] {
+            for (int line = 1; line < 100; ++line)
+            {
+                Info(L"Zeile %d", line);
+            }
+            Check(false, L"am Ende");
+        });
+    }
+};
+
 } // namespace
 
 LB_RTTI_CLASS(CFlakyModel, LuUnitTest)
 LB_RTTI_CLASS(CInterruptingModel, LuUnitTest)
 LB_RTTI_CLASS(CSharedStateModel, LuUnitTest)
+LB_RTTI_CLASS(CTalkingModel, LuUnitTest)

@@ -1,6 +1,7 @@
 /// The command "case": one case, for ctest and for developers.
 
 #include <algorithm>
+#include <limits>
 
 #include "base/lbencoding.h"
 #include "base/lbformat.h"
@@ -75,19 +76,9 @@ bool isDisabled(const SPlan& plan, const std::wstring& name)
     });
 }
 
-std::uint32_t requireOne(const SPlan& plan, const std::wstring& name)
+int getStatus(LuTestSuiteRun::ECaseRunResult result)
 {
-    const std::vector<std::uint32_t> found = findNamed(plan, name);
-    if (found.empty())
-    {
-        throw LbFormat(L"Die Auswahl enthält keinen Fall '%s'", name);
-    }
-    if (found.size() > 1)
-    {
-        throw LbFormat(L"'%s' ist mehrdeutig, zum Beispiel '%s' und '%s'", name, GetCaseName(plan, found[0]),
-                       GetCaseName(plan, found[1]));
-    }
-    return found.front();
+    return c_FirstFailure + static_cast<int>(result);
 }
 
 int getStatus(const LuTestSuiteRun::SCaseInfo& info)
@@ -98,7 +89,7 @@ int getStatus(const LuTestSuiteRun::SCaseInfo& info)
         return interrupted;
     }
     const bool hasPassed = info.result == LuTestSuiteRun::ECaseRunResult::Ok;
-    return hasPassed ? LuTestSuiteHost::c_Succeeded : c_FirstFailure + static_cast<int>(info.result);
+    return hasPassed ? LuTestSuiteHost::c_Succeeded : getStatus(info.result);
 }
 
 int runOne(const SPlan& plan, std::uint32_t index, LuTestSuiteSetup setup, LuTestSuiteEnvironment& environment)
@@ -113,7 +104,8 @@ int runOne(const SPlan& plan, std::uint32_t index, LuTestSuiteSetup setup, LuTes
     CTerminal::Get().WriteOutput(LbFormat(L"%s: %s (%s)\n", GetCaseName(plan, index),
                                           LuTestSuiteReport::toDescriptionString(attempt.result.info.result),
                                           FormatTime(attempt.result.info.time)) +
-                                 DescribeFailure(plan, index, attempt) + attempt.result.stacks);
+                                 DescribeFailure(plan, index, attempt, std::numeric_limits<std::size_t>::max()) +
+                                 attempt.result.stacks);
     return getStatus(attempt.result.info);
 }
 
@@ -123,7 +115,7 @@ int Execute(const SCaseOptions& options)
 {
     if (options.name.empty())
     {
-        throw std::wstring(L"Der Name des Falls fehlt");
+        throw std::wstring(L"Der Name des Testfalls fehlt");
     }
     MoveLibraryLinesToErrors();
     LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
@@ -139,7 +131,18 @@ int Execute(const SCaseOptions& options)
         CTerminal::Get().WriteOutput(LbFormat(L"%s: deaktiviert\n", name));
         return c_Skipped;
     }
-    return runOne(plan, requireOne(plan, name), setup, environment);
+    const std::vector<std::uint32_t> found = findNamed(plan, name);
+    if (found.size() > 1)
+    {
+        throw LbFormat(L"'%s' ist mehrdeutig, zum Beispiel '%s' und '%s'", name, GetCaseName(plan, found[0]),
+                       GetCaseName(plan, found[1]));
+    }
+    if (found.empty())
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Fehler: Die Auswahl enthält keinen Testfall '%s'\n", name));
+        return getStatus(LuTestSuiteRun::ECaseRunResult::NoMatchingCase);
+    }
+    return runOne(plan, found.front(), setup, environment);
 }
 
 } // namespace Runner

@@ -10,13 +10,12 @@ namespace Runner
 namespace
 {
 
-constexpr std::uint32_t c_MostLines = 40;
-
-std::wstring indent(const std::wstring& text)
+std::wstring indent(const std::wstring& text, std::size_t mostLines)
 {
     std::wstring lines;
     std::size_t count = 0;
-    for (std::size_t start = 0; start < text.size() && count < c_MostLines; ++count)
+    std::size_t start = 0;
+    for (; start < text.size() && count < mostLines; ++count)
     {
         const std::size_t end = std::min(text.find(L'\n', start), text.size());
         // The library indents its messages, too.
@@ -24,8 +23,7 @@ std::wstring indent(const std::wstring& text)
         lines += L"    " + text.substr(first, end - first) + L"\n";
         start = end + 1;
     }
-    const bool isCut = count == c_MostLines && !LuTestSuiteUtils::GetTrimmedLines(text, c_MostLines).ends_with(text);
-    return isCut ? lines + L"    ... (alles Weitere steht im Report)\n" : lines;
+    return start < text.size() ? lines + L"    ... (alles Weitere steht im Report)\n" : lines;
 }
 
 /// Of the first stack, which is the one at fault.
@@ -44,7 +42,7 @@ std::wstring FormatTime(std::uint64_t nanoseconds)
     return LuTestSuiteUtils::FormatTime(static_cast<double>(nanoseconds) / c_NanosecondsPerSecond, 1);
 }
 
-std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt)
+std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt, std::size_t mostLines)
 {
     const SPlannedCase& planned = plan.cases[caseIndex];
     const LuTestSuite::STestCase& testCase = plan.unitTests[planned.unitTest].cases[planned.testCase];
@@ -58,7 +56,7 @@ std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const S
     {
         text += LbFormat(L"    Grund: %s\n", attempt.result.reason);
     }
-    text += indent(messages) + indent(attempt.result.output);
+    text += indent(messages, mostLines) + indent(attempt.result.output, mostLines);
     const std::wstring frame = findOwnFrame(attempt.result.stacks, plan.unitTests[planned.unitTest].moduleName);
     return frame.empty() ? text : text + LbFormat(L"    Stelle: %s\n", frame);
 }
@@ -69,6 +67,7 @@ std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const S
     {
         return L"";
     }
+    constexpr std::size_t c_MostLines = 40;
     const std::wstring name = GetCaseName(plan, caseIndex);
     if (attempt.HasPassed())
     {
@@ -82,7 +81,7 @@ std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const S
                     LuTestSuiteReport::toDescriptionString(attempt.result.info.result),
                     FormatTime(attempt.result.info.time),
                     number == 1 ? std::wstring() : LbFormat(L", Versuch %u", number)) +
-           DescribeFailure(plan, caseIndex, attempt);
+           DescribeFailure(plan, caseIndex, attempt, c_MostLines);
 }
 
 } // namespace Runner

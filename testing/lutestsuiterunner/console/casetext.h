@@ -13,8 +13,10 @@ namespace Runner
 /// one, a line for one that passed where an earlier one had failed, else nothing. German, lines ended by line feeds.
 std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
 
-/// Data file, reason, messages, and the first frame of the test's own module on the stack that is at fault; indented.
-std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
+/// Data file, reason, at most so many lines of messages and of output, and the first frame of the test's own module on
+/// the stack that is at fault; indented.
+std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt,
+                             std::size_t mostLines);
 
 /// "0,3 s", "12 ms".
 std::wstring FormatTime(std::uint64_t nanoseconds);

@@ -29,6 +29,20 @@ TEST_F(RunnerCase, PrintsTheMessages)
     ExpectLine(run.output, "ERROR: 3 statt 4\n");
 }
 
+TEST_F(RunnerCase, PrintsAllLinesOfTheMessages)
+{
+    m_folder.MakeFolder(L"data/CTalkingModel");
+
+    ExpectLine(Run({L"case", L"CTalkingModel:viele Zeilen"}).output, "INFO:  Zeile 99\n");
+}
+
+TEST_F(RunnerCase, HasTheStatusOfACrashInAChild)
+{
+    m_folder.MakeFolder(L"data/CCrashModel");
+
+    EXPECT_EQ(Run({L"case", L"CCrashModel:abort"}, {L"-x"}).exitStatus, 15);
+}
+
 TEST_F(RunnerCase, SkipsDisabledCases)
 {
     m_folder.WriteFile(L"data/CPassedModel/#ExtraInfo.xml",
@@ -40,14 +54,14 @@ TEST_F(RunnerCase, SkipsDisabledCases)
     ExpectLine(run.output, "CPassedModel:eins: deaktiviert\n");
 }
 
-TEST_F(RunnerCase, RefusesUnknownNames)
+TEST_F(RunnerCase, HasAStatusForUnknownNames)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
 
     const SHostRun run = Run({L"case", L"CPassedModel:drei"});
 
-    EXPECT_EQ(run.exitStatus, 2);
-    ExpectLine(run.errors, "Fehler: Die Auswahl enthält keinen Fall 'CPassedModel:drei'");
+    EXPECT_EQ(run.exitStatus, 16);
+    ExpectLine(run.errors, "Fehler: Die Auswahl enthält keinen Testfall 'CPassedModel:drei'");
 }
 
 TEST_F(RunnerCase, RefusesNamesOfSeveralCases)
