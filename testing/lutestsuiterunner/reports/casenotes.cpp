@@ -33,7 +33,9 @@ void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vecto
     constexpr std::size_t c_Shown = 10;
     std::vector<std::uint32_t> cases = state.GetPredecessors(attempt);
     std::ranges::reverse(cases);
-    notes.push_back(LbFormat(L"Im selben Prozess liefen davor %u Testfälle, zuletzt:", cases.size()));
+    notes.push_back(cases.size() == 1
+                        ? std::wstring(L"Im selben Prozess lief davor ein Testfall:")
+                        : LbFormat(L"Im selben Prozess liefen davor %u Testfälle, zuletzt:", cases.size()));
     cases.resize(std::min(cases.size(), c_Shown));
     for (const std::uint32_t caseIndex : cases)
     {
@@ -93,7 +95,7 @@ std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t cas
     // The messages of a case that brought the host down are lost.
     if (reported != nullptr && reported->result.info.messages.find(reported->result.reason) == std::wstring::npos)
     {
-        notes.push_back(L"Prozessende: " + reported->result.reason);
+        notes.push_back(L"Der Prozess endete: " + reported->result.reason);
     }
     return notes;
 }

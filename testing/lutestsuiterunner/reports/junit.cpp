@@ -116,6 +116,10 @@ void visitProblems(const CRunState& state, const UseCase& use)
     {
         use(MakeJunitProblem(L"Abbruch", L"Der Lauf wurde abgebrochen: " + state.GetCancelReason(), c_RunSuite));
     }
+    else if (!state.IsEnded())
+    {
+        use(MakeJunitProblem(L"Ende", L"Der Lauf ist nicht beendet", c_RunSuite));
+    }
     for (std::size_t index = 0; index < state.GetProblems().size(); ++index)
     {
         use(MakeJunitProblem(LbFormat(L"Problem %u", index + 1), state.GetProblems()[index], c_RunSuite));

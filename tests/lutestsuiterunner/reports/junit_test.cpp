@@ -111,7 +111,7 @@ TEST(RunnerJunit, TellsWhyACaseFailed)
     EXPECT_EQ(failure.GetAttribute("type"), L"different");
     EXPECT_EQ(failure.GetText(), L"ERROR: Erwartet war 1\nINFO:  Datei x\n");
     EXPECT_EQ(error.GetAttribute("message"), L"Signal 11");
-    EXPECT_EQ(error.GetText(), L"Prozessende: Signal 11\nLetzte Ausgabe:\nletzte Zeile\noben <main>\nunten\n");
+    EXPECT_EQ(error.GetText(), L"Der Prozess endete: Signal 11\nLetzte Ausgabe:\nletzte Zeile\noben <main>\nunten\n");
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 1 1 0");
 }
 
@@ -160,7 +160,7 @@ TEST(RunnerJunit, NamesTheCasesBeforeAFailureOfASharedProcess)
     const std::wstring text = report.FindCase(L"a/CFirst", L"eins.txt").GetChild("failure").GetText();
 
     EXPECT_NE(text.find(L"nur im gemeinsamen Prozess"), std::wstring::npos);
-    EXPECT_NE(text.find(L"davor 1 Testfälle, zuletzt:\n  b/CSecond:x.dat\n"), std::wstring::npos) << text;
+    EXPECT_NE(text.find(L"davor ein Testfall:\n  b/CSecond:x.dat\n"), std::wstring::npos) << text;
 }
 
 TEST(RunnerJunit, SkipsFailuresInQuarantine)
@@ -198,6 +198,17 @@ TEST(RunnerJunit, ShowsProblemsOfTheRunAsErrors)
     EXPECT_EQ(getCounts(report.FindSuite(L"LuTestSuiteRunner")), L"2 0 2 0");
     EXPECT_EQ(report.FindCase(L"LuTestSuiteRunner", L"Problem 1").GetChild("error").GetText(), L"Das Modul fehlt");
     EXPECT_EQ(getCounts(report.GetRoot()), L"9 0 2 ");
+}
+
+TEST(RunnerJunit, ShowsARunThatDiedAsAnError)
+{
+    CRunStateMaker run;
+    run.RunCase(0, ECaseRunResult::Ok);
+    const CReport report(run.Get());
+
+    EXPECT_EQ(report.FindCase(L"LuTestSuiteRunner", L"Ende").GetChild("error").GetText(),
+              L"Der Lauf ist nicht beendet");
+    EXPECT_EQ(getCounts(report.FindSuite(L"LuTestSuiteRunner")), L"1 0 1 0");
 }
 
 TEST(RunnerJunit, KeepsTheIdentityOfAnyName)
