@@ -142,7 +142,7 @@ int Execute(const SHistoryOptions& options)
     }
     if (options.runs > c_MostRuns)
     {
-        throw LbFormat(L"Die Option '--runs' nimmt höchstens %u", c_MostRuns);
+        throw LbFormat(L"Die Option '--runs' erlaubt höchstens %u", c_MostRuns);
     }
     const SStepRules rules = getRules(options);
     std::vector<SGate> gates;

@@ -36,7 +36,7 @@ void printQuarantine(const Quarantine& quarantine)
 {
     for (const std::wstring& pattern : FindIdleEntries(quarantine))
     {
-        CTerminal::Get().WriteOutput(LbFormat(L"Quarantäne: '%s' trifft keinen Fall\n", pattern));
+        CTerminal::Get().WriteOutput(LbFormat(L"Quarantäne: '%s' trifft keinen Testfall\n", pattern));
     }
     for (const SQuarantineEntry& entry : quarantine)
     {

@@ -6,6 +6,7 @@
 #include "base/lbcommandline.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/os/files.h"
 #include "testing/lutestsuiterunner/console/casetext.h"
 
 namespace Runner
@@ -61,7 +62,7 @@ std::wstring describeShared(const CRunState& state, std::uint32_t index)
     {
         text += (place == first ? L"; davor liefen dort: " : L", ") + GetCaseName(state.GetPlan(), earlier[place]);
     }
-    return text + (first > 0 ? LbFormat(L" und %u Fälle davor)", first) : std::wstring(L")"));
+    return text + (first > 0 ? LbFormat(L" und %u Testfälle davor)", first) : std::wstring(L")"));
 }
 
 std::wstring listSlowest(const CRunState& state)
@@ -71,8 +72,14 @@ std::wstring listSlowest(const CRunState& state)
     Cases cases = findCases(state, [&](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
     std::ranges::stable_sort(cases, std::greater(), getTime);
     cases.resize(std::min(cases.size(), c_Slowest));
-    return list(L"Langsamste Fälle:", state, cases,
+    return list(L"Langsamste Testfälle:", state, cases,
                 [&](std::uint32_t index) { return L"  " + FormatTime(getTime(index)); });
+}
+
+/// A command of this program, whatever its name is and wherever the user stands.
+std::wstring getCommand(const wchar_t* command)
+{
+    return QuoteForShell(LbOs::GetExecutablePath()) + L" " + command;
 }
 
 std::wstring describeRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments)
@@ -81,21 +88,24 @@ std::wstring describeRepetition(const std::wstring& folder, const std::vector<st
     {
         return L"";
     }
+    const auto library = std::ranges::find(arguments, L"--");
     const std::wstring other = LbPath::WithoutSeparator(folder) + L"-wiederholt";
-    std::wstring line = L"LuTestSuiteRunner run --previous " + QuoteForShell(LbPath::WithoutSeparator(folder)) +
+    std::wstring line = getCommand(L"run --previous ") + QuoteForShell(LbPath::WithoutSeparator(folder)) +
                         L" --only-failed --out " + QuoteForShell(other) + L" --force";
-    for (auto option = std::ranges::find(arguments, L"--"); option != arguments.end(); ++option)
+    for (auto option = library; option != arguments.end(); ++option)
     {
         line += L" " + QuoteForShell(*option);
     }
-    return L"Wiederholt jeden fehlgeschlagenen Fall allein:\n    " + line + L" -s\n";
+    const bool isIsolated = std::find(library, arguments.end(), L"-s") != arguments.end() ||
+                            std::find(library, arguments.end(), L"--isolated") != arguments.end();
+    return L"Wiederholt jeden fehlgeschlagenen Testfall allein:\n    " + line + (isIsolated ? L"\n" : L" -s\n");
 }
 
 } // namespace
 
 std::wstring DescribeResuming(const std::wstring& folder)
 {
-    return L"Fortsetzen:\n    LuTestSuiteRunner resume " + QuoteForShell(LbPath::WithoutSeparator(folder)) + L"\n";
+    return L"Fortsetzen:\n    " + getCommand(L"resume ") + QuoteForShell(LbPath::WithoutSeparator(folder)) + L"\n";
 }
 
 std::wstring QuoteForShell(const std::wstring& argument)

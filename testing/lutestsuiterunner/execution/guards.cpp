@@ -33,8 +33,8 @@ std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestS
     std::vector<std::wstring> problems;
     if (caseCount < options.minCases)
     {
-        problems.push_back(
-            LbFormat(L"Die Auswahl trifft %u Fälle, verlangt sind mindestens %u", caseCount, options.minCases));
+        const std::wstring hit = caseCount == 1 ? std::wstring(L"1 Testfall") : LbFormat(L"%u Testfälle", caseCount);
+        problems.push_back(LbFormat(L"Die Auswahl trifft %s, verlangt sind mindestens %u", hit, options.minCases));
     }
     if (options.requireAllModules)
     {

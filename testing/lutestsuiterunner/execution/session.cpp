@@ -14,6 +14,12 @@ namespace Runner
 namespace
 {
 
+std::wstring describeFailures(std::uint32_t count)
+{
+    return count == 1 ? std::wstring(L"nach einem fehlgeschlagenen Testfall (--fail-fast)")
+                      : LbFormat(L"nach %u fehlgeschlagenen Testfällen (--fail-fast)", count);
+}
+
 bool isFailure(const SAttempt& attempt)
 {
     return attempt.IsFinished() && !attempt.HasPassed();
@@ -144,7 +150,7 @@ void CSession::noteCancellation()
     record.reason = interruption == LbOs::EInterruption::User ? std::wstring(L"durch den Benutzer (Strg-C)")
                     : interruption == LbOs::EInterruption::Terminate
                         ? std::wstring(L"durch eine Aufforderung des Systems, den Prozess zu beenden")
-                        : LbFormat(L"nach %u fehlgeschlagenen Fällen (--fail-fast)", m_failed.load());
+                        : describeFailures(m_failed);
     Note(record);
 }
 

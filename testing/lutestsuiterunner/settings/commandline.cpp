@@ -68,12 +68,13 @@ bool readShard(const std::wstring& value, SRunOptions& options)
 
 void addSelectionOptions(COptionReader& reader, SRunOptions& options)
 {
-    reader.AddValue({"--order", L"ORDNUNG", L"listed (wie gelistet), failed-first, longest-first oder random[:ZAHL]"},
-                    L"listed, failed-first, longest-first oder random[:ZAHL]",
-                    [&options](const std::wstring& value) { return readOrder(value, options); });
+    reader.AddValue(
+        {"--order", L"REIHENFOLGE", L"listed (wie gelistet), failed-first, longest-first oder random[:ZAHL]"},
+        L"listed, failed-first, longest-first oder random[:ZAHL]",
+        [&options](const std::wstring& value) { return readOrder(value, options); });
     reader.AddText({"--previous", L"DIR|XML", L"Früherer Lauf: Ordner oder XML-Report; daraus Zeiten und Fehler"},
                    options.previous);
-    reader.AddSwitch({"--only-failed", nullptr, L"Nur Fälle, die im früheren Lauf fehlgeschlagen sind"},
+    reader.AddSwitch({"--only-failed", nullptr, L"Nur Testfälle, die im früheren Lauf fehlgeschlagen sind"},
                      options.onlyFailed);
     reader.AddValue({"--shard", L"K/N", L"Nur Teil K von N; alle Teile zusammen sind die Auswahl"},
                     L"K/N mit K von 1 bis N",
@@ -82,16 +83,17 @@ void addSelectionOptions(COptionReader& reader, SRunOptions& options)
 
 void addVerdictOptions(COptionReader& reader, SRunOptions& options)
 {
-    reader.AddSwitchOrNumber({"--fail-fast", L"[=N]", L"Bricht nach N fehlgeschlagenen Fällen ab, sonst nach einem"}, 1,
-                             options.failFast);
-    reader.AddNumber({"--retries", L"N", L"Wiederholt fehlgeschlagene Fälle bis zu N mal"}, 0, options.retries);
-    reader.AddSwitch({"--allow-flaky", nullptr, L"Fälle, die erst eine Wiederholung besteht, sind nicht rot"},
+    reader.AddSwitchOrNumber(
+        {"--fail-fast", L"[=N]", L"Bricht nach N fehlgeschlagenen Testfällen ab, sonst nach einem"}, 1,
+        options.failFast);
+    reader.AddNumber({"--retries", L"N", L"Wiederholt fehlgeschlagene Testfälle bis zu N mal"}, 0, options.retries);
+    reader.AddSwitch({"--allow-flaky", nullptr, L"Testfälle, die erst bei einer Wiederholung bestehen, sind nicht rot"},
                      options.allowFlaky);
-    reader.AddSwitch({"--confirm", nullptr, L"Fehlgeschlagene Fälle einmal mehr, jeder im eigenen Prozess"},
+    reader.AddSwitch({"--confirm", nullptr, L"Wiederholt fehlgeschlagene Testfälle einmal, jeden im eigenen Prozess"},
                      options.confirm);
-    reader.AddText({"--quarantine", L"DATEI", L"Muster von Fällen, die nie rot sind; eins je Zeile"},
+    reader.AddText({"--quarantine", L"DATEI", L"Muster von Testfällen, die nie rot sind; eins je Zeile"},
                    options.quarantine);
-    reader.AddNumber({"--min-cases", L"N", L"Rot bei weniger als N Fällen (sonst 1)"}, 0, options.minCases);
+    reader.AddNumber({"--min-cases", L"N", L"Rot bei weniger als N Testfällen (sonst 1)"}, 0, options.minCases);
     reader.AddSwitch({"--require-all-modules", nullptr, L"Rot, wenn ein Modul hinter --dll fehlt oder nicht lädt"},
                      options.requireAllModules);
 }
@@ -107,7 +109,7 @@ void addOptions(COptionReader& reader, SRunOptions& options)
 void addOptions(COptionReader& reader, SResumeOptions& options)
 {
     reader.AddArgument({"DIR", nullptr, L"Ordner des Laufs"}, options.directory);
-    reader.AddSwitch({"--confirm", nullptr, L"Fehlgeschlagene Fälle einmal mehr, jeder im eigenen Prozess"},
+    reader.AddSwitch({"--confirm", nullptr, L"Wiederholt fehlgeschlagene Testfälle einmal, jeden im eigenen Prozess"},
                      options.confirm);
 }
 
@@ -115,14 +117,16 @@ void addOptions(COptionReader& reader, SCaseOptions& options)
 {
     reader.AddArgument({"NAME", nullptr, L"Ordner/Klasse:Fall wie in den Reports, oder Klasse:Fall"}, options.name);
     reader.SetFooter(L"Status: 0 bestanden; 11 Fehler, 12 Exception, 13 keine Testdaten, 14 Unterschied,\n"
-                     L"15 Absturz oder unbekannt, 16 Fall nicht gefunden, 17 abgebrochen, 18 Zeitlimit;\n"
-                     L"77 deaktiviert; 2 falscher Aufruf; 130 und 143 nach Strg-C und SIGTERM.");
+                     L"15 Absturz oder unbekannt, 16 Testfall nicht gefunden, 17 abgebrochen, 18 Zeitlimit;\n"
+                     L"77 deaktiviert; 2 falscher Aufruf; 130 und 143 nach Strg-C und SIGTERM.\n"
+                     L"Ohne -x hinter \"--\" läuft der Testfall in diesem Prozess: stürzt er ab, hat der Prozess\n"
+                     L"den Status des Absturzes (134 nach abort); ruft er exit, den Status 2.");
 }
 
 void addOptions(COptionReader& reader, SListOptions& options)
 {
     reader.AddSwitch({"--json", nullptr, L"Ausgabe als JSON"}, options.json);
-    reader.AddText({"--ctest", L"FILE", L"Statt der Ausgabe ein Skript für lutestsuite_discover_tests schreiben"},
+    reader.AddText({"--ctest", L"DATEI", L"Schreibt statt der Ausgabe ein Skript für lutestsuite_discover_tests"},
                    options.ctest);
 }
 
@@ -147,7 +151,7 @@ void addOptions(COptionReader& reader, SHistoryOptions& options)
     reader.AddNumber({"--runs", L"N", L"nur die neuesten N Läufe einer Konfiguration (100; höchstens 200)"}, 1,
                      options.runs);
     reader.AddNumber({"--since", L"N", L"nur, was in den neuesten N Läufen begann (0: alles)"}, 0, options.since);
-    reader.AddText({"--alarm-rate", L"P", L"Wahrscheinlichkeit eines Fehlalarms, 0.001 bis 0.5 (0.05)"},
+    reader.AddText({"--alarm-rate", L"ZAHL", L"Wahrscheinlichkeit eines Fehlalarms, 0.001 bis 0.5 (0.05)"},
                    options.alarmRate);
     reader.AddText({"--min-change", L"PROZENT", L"kleinste gemeldete Änderung von Zeit und Speicher (3)"},
                    options.smallestChange);
@@ -189,8 +193,8 @@ constexpr SCommandRow c_Commands[] = {
     {L"resume", L"Setzt einen abgebrochenen Lauf fort.", false, readOptions<SResumeOptions>},
     {L"report", L"Schreibt die Reports eines Laufs aus seinem Journal.", false, readOptions<SReportOptions>},
     {L"merge", L"Fügt die Teile eines Laufs zusammen.", false, readOptions<SMergeOptions>},
-    {L"list", L"Listet die ausgewählten Fälle.", true, readOptions<SListOptions>},
-    {L"case", L"Führt einen Fall aus und zeigt seine Meldungen.", true, readOptions<SCaseOptions>},
+    {L"list", L"Listet die ausgewählten Testfälle.", true, readOptions<SListOptions>},
+    {L"case", L"Führt einen Testfall aus und zeigt seine Meldungen.", true, readOptions<SCaseOptions>},
     {L"history", L"Zeigt, was sich in einem Archiv von Läufen geändert hat.", false, readOptions<SHistoryOptions>},
 };
 
@@ -222,7 +226,7 @@ Command ReadCommandLine(const std::vector<std::wstring>& arguments)
     const SArguments own = split(std::span(arguments).subspan(1));
     if (!row->takesLibraryOptions && !own.library.empty())
     {
-        throw LbFormat(L"Der Befehl '%s' nimmt keine Optionen hinter '--'", name);
+        throw LbFormat(L"Der Befehl '%s' erlaubt keine Optionen hinter '--'", name);
     }
     COptionReader reader(name, row->purpose, row->takesLibraryOptions);
     return row->read(reader, own);

@@ -29,9 +29,16 @@ public:
         std::string usage = "Aufruf: LuTestSuiteRunner " + app->get_name() + " [Optionen]";
         for (const CLI::Option* argument : app->get_options([](const CLI::Option* o) { return o->get_positional(); }))
         {
-            usage += " " + argument->get_name(true, false);
+            usage += " " + argument->get_name(true, false) + (argument->get_items_expected_max() > 1 ? "..." : "");
         }
         return usage + (m_takesLibraryOptions ? " -- [Optionen von LuTestSuiteCLI]\n" : "\n");
+    }
+
+    /// Without a blank before a value that only "=" may precede.
+    std::string make_option_opts(const CLI::Option* option) const override
+    {
+        const std::string text = CLI::Formatter::make_option_opts(option);
+        return text.starts_with(" [=") ? text.substr(1) : text;
     }
 
 private:

@@ -36,11 +36,13 @@ TEST(RunnerCommandLine, ShowsTheOptionsOfACommandInGerman)
 {
     const auto help = std::get<Runner::SHelp>(Read({L"list", L"-h"}));
 
-    EXPECT_EQ(help.text, L"Listet die ausgewählten Fälle.\n\n"
+    EXPECT_EQ(help.text, L"Listet die ausgewählten Testfälle.\n\n"
                          L"Aufruf: LuTestSuiteRunner list [Optionen] -- [Optionen von LuTestSuiteCLI]\n\n"
                          L"Optionen:\n"
                          L"  -h,--help                   Diese Hilfe\n"
-                         L"  --json                      Ausgabe als JSON\n\n");
+                         L"  --json                      Ausgabe als JSON\n"
+                         L"  --ctest DATEI               Schreibt statt der Ausgabe ein Skript für "
+                         L"lutestsuite_discover_tests\n\n");
 }
 
 TEST(RunnerCommandLine, HandsWhatFollowsTheMarkToTheLibrary)
