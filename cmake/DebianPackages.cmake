@@ -20,6 +20,7 @@ set(CPACK_DEBIAN_LIBRARIES_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARIES_DESCRIPTION "The libraries LuTestSuite and LbBase, which run data-driven unit tests
 and are the base of test modules.")
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
 # Loaded when a child process has crashed.
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_RECOMMENDS libdw1)
 
