@@ -9,8 +9,11 @@ if(LUTESTSUITE_DEBIAN_PACKAGES)
     set(libraries_component libraries)
 endif()
 set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/LuTestSuite")
-# A folder of its own, because "base" and "testing" are names that others have, too.
-set(header_directory "${CMAKE_INSTALL_INCLUDEDIR}/lutestsuite")
+set(header_directory "${CMAKE_INSTALL_INCLUDEDIR}")
+if(LUTESTSUITE_DEBIAN_PACKAGES)
+    # In the folder of all packages, others have "base" and "testing", too.
+    string(APPEND header_directory "/lutestsuite")
+endif()
 
 install(TARGETS LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner EXPORT LuTestSuiteTargets
     RUNTIME COMPONENT runtime

@@ -36,7 +36,7 @@ class WindowsPackage(unittest.TestCase):
         self.assertIn("libstdc++-6.dll", named)
 
     def test_it_has_what_builds_modules(self):
-        for name in ("include/lutestsuite/base/luunittest.h", "lib/cmake/LuTestSuite/LuTestSuiteConfig.cmake",
+        for name in ("include/base/luunittest.h", "lib/cmake/LuTestSuite/LuTestSuiteConfig.cmake",
                      "lib/libLbBase.dll.a"):
             self.assertTrue((self.tree / name).exists(), name)
 
