@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/platform.h"
@@ -89,7 +90,8 @@ TEST_F(ConcurrentArchiveRuns, KeepTheReportsOfEachOther)
         EXPECT_EQ(CountReports(config, L".xml"), 1);
         EXPECT_EQ(CountReports(config, L".html"), 1);
     }
-    EXPECT_EQ(output.GetText().find(L"Fehler"), std::wstring::npos);
+    const std::wstring text = output.GetText();
+    EXPECT_EQ(text.find(L"konnte nicht archiviert werden"), std::wstring::npos) << LbEncoding::ToUtf8(text);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What a case costs beside time: system calls and allocations.
+// What a case costs beside time: listings and allocations.
 
 #include <cstddef>
 #include <memory>
@@ -125,41 +125,6 @@ TEST(RunCosts, AreTheSameForNamesOfFewAndOfManyFiles)
 
     EXPECT_LE(*counts[1], *counts[0] + 1);
 }
-
-/// The writes of a run of so many passing cases.
-std::optional<std::size_t> countWrites(int cases, bool isParallel)
-{
-    const ScopedFolder folder;
-    makeFiles(folder, L"CDataSetModel", cases);
-    LuTestSuiteSetup setup = MakeSetup(folder.GetPath());
-    setup.params.parallel = isParallel;
-    setup.params.workerThreads = 2;
-    return LbOs::CountWrites([&setup] {
-        LuTestSuiteEnvironment environment;
-        const LuTestSuiteRun::SRunResult result = LuTestSuiteRun::Run(setup, environment);
-        EXPECT_EQ(result.stats.total.GetCount(LuTestSuiteRun::ECaseRunResult::Ok), result.stats.total.executed);
-    });
-}
-
-class RunCostsInMode : public testing::TestWithParam<bool>
-{
-};
-
-TEST_P(RunCostsInMode, AreAtMostTwoWritesOfOutputForACase)
-{
-    constexpr std::size_t c_Few = 10;
-    const auto few = countWrites(c_Few, GetParam());
-    const auto many = countWrites(c_Files, GetParam());
-    if (!few || !many)
-    {
-        GTEST_SKIP() << "writes cannot be counted";
-    }
-
-    EXPECT_GT(*few, 0U);
-    EXPECT_LE(*many, *few + 2 * (c_Files - c_Few));
-}
-
-INSTANTIATE_TEST_SUITE_P(SequentialAndParallel, RunCostsInMode, testing::Bool());
 
 class RunCostsOfFiles : public RunTest
 {

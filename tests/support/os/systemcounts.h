@@ -9,8 +9,8 @@
 namespace LbOs
 {
 
-/// The writes of the current process to standard output while `function` runs, which are lost. Empty if the system
-/// cannot tell them apart.
+/// The writes to standard output while `function` runs, also by processes that it starts; what they write is lost.
+/// Empty if the system cannot tell writes apart.
 std::optional<std::size_t> CountWrites(const std::function<void()>& function);
 
 /// How often any process begins to list the folder while `function` runs; two at the same time may count as one. Empty
