@@ -87,7 +87,7 @@ struct SConversion
         return wanted > used ? wanted - used : 0;
     }
 
-    /// For characters and texts: l and w mean wide ones, h narrow ones; without length %C and %S are narrow.
+    /// For characters and texts: l and w select wide ones, h narrow ones; %C and %S without a length are narrow.
     constexpr bool IsWide() const
     {
         return length == ELength::None ? type == L's' || type == L'c' : length != ELength::Short;

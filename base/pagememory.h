@@ -22,7 +22,7 @@ class CPageMemory : public std::pmr::memory_resource
     bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
 };
 
-/// An object that is never destroyed, since cases may still ask at the end of the process, and needs no heap.
+/// An object that needs no heap and is never destroyed: test cases may still use it while the process exits.
 template<typename T>
 T& GetEternal()
 {

@@ -85,7 +85,7 @@ std::atomic<bool> s_isOutputLost = false;
 /// False if bytes were dropped. A closed stream drops them on purpose: a case or the caller has closed it.
 bool writeStream(std::FILE* stream, std::string_view bytes)
 {
-    // A process that has no console and was given no stream, as a service, has nobody who would miss its output.
+    // A process without console and streams, such as a service, discards its output.
     if (_fileno(stream) < 0)
     {
         return true;

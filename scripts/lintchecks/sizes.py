@@ -1,4 +1,4 @@
-"""Files under 500 lines, functions of at most 60, lines of at most 120 characters (clang-format sees to those of C++).
+"""Files under 500 lines, functions of at most 60, lines of at most 120 characters (clang-format limits those of C++).
 
 A longer file or function gives the reason in a comment that begins with "long because".
 """

@@ -85,7 +85,7 @@ constexpr std::uint64_t toBit(int signal)
     return std::uint64_t{1} << static_cast<unsigned>(signal - 1);
 }
 
-/// The result of RecordSignals. No mutex: a fork could happen while another thread holds it.
+/// The result of RecordSignals. Atomic and without a mutex, which another thread could hold during a fork.
 std::atomic<bool> s_areRecorded = false;
 std::atomic<std::uint64_t> s_blocked = 0;
 std::atomic<std::uint64_t> s_ignored = 0;

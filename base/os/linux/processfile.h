@@ -19,8 +19,8 @@ inline void PauseForEnd()
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-/// A descriptor that is readable when the child has ended. A test may close all descriptors: then it is opened again,
-/// and a foreign descriptor with its old number is not touched.
+/// A descriptor that is readable when the child has ended. If a test closes it, it is opened again; a descriptor
+/// that reuses the old number is left alone.
 class CProcessFile
 {
 public:

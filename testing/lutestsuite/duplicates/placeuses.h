@@ -20,8 +20,8 @@ public:
     void Add(const std::wstring& place);
     void Remove(const std::wstring& place);
 
-    /// True if the entry at `place` is needed under any name, or if that is unknown. A hard link is its own entry: it
-    /// is not needed because another name of its file is.
+    /// True if the entry at `place` is needed under any name, or if that is unknown. A hard link is an entry of its
+    /// own: that another name of the same file is needed does not make it needed.
     bool Has(const std::wstring& place) const;
 
 private:

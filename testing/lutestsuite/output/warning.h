@@ -6,7 +6,7 @@
 namespace LuTestSuite
 {
 
-/// Prints one line, bold and in goldenrod. The text brings its "Warnung: " or "Fehler: " along.
+/// Prints one line, bold and in goldenrod. The text includes the prefix "Warnung: " or "Fehler: ".
 template<typename... T>
 void WriteWarning(LbFormatString<T...> format, const T&... arguments)
 {

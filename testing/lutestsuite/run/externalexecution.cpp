@@ -54,8 +54,8 @@ bool hasMemory()
     return memory != nullptr;
 }
 
-/// Ends what cases have started when this process ends. The exit handlers of test modules run before, since they are
-/// registered later.
+/// At exit, ends the processes that cases have started. Test modules register their exit handlers later, so those run
+/// first.
 void endDescendantsAtExit()
 {
     static const std::uint64_t s_mark = LbOs::GetForkMark();

@@ -106,7 +106,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     const SPlan plan = MakePlan(unitTests, setup.params, result.cases);
     if (plan.hasExternal)
     {
-        // Before the run allocates much memory, of which the keeper is a copy.
+        // Forks the keeper before the run allocates much memory, because the keeper is a copy of this process.
         LbOs::CChildProcess::PrepareStarts();
     }
     events.Plan({unitTests, setup.params, result.cases, watch.options.attempt});

@@ -121,7 +121,7 @@ std::wstring LoadMessages(const SWorkBuffer& buffer)
 
 void ClearRequest(SWorkBuffer& buffer)
 {
-    // Any number will do: 0 with this state would stand for a parent that numbers no requests.
+    // The number is arbitrary, but not 0: 0 in this state means that the parent does not number requests.
     Request(buffer.request).store(toField(c_MostRequests, eRS_None));
 }
 
