@@ -64,6 +64,7 @@ public:
 class LbFileNames
 {
 public:
+    /// Returns names by value. Valid as long as its range.
     class Iterator
     {
     public:

@@ -21,7 +21,8 @@ std::wstring copyHost(const ScopedFolder& folder)
 {
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(GetBinaryFolder())))
     {
-        if (entry.path().extension() == std::filesystem::path(LbOs::c_ModuleSuffix))
+        // On Linux programs ask for the name with the version behind the suffix.
+        if (entry.path().filename().wstring().find(LbOs::c_ModuleSuffix) != std::wstring::npos)
         {
             std::filesystem::copy_file(entry.path(), folder.GetPathOf(entry.path().filename().wstring()));
         }

@@ -19,8 +19,8 @@ endfunction()
 
 function(expect_nothing_else_in folder)
     include("${folder}/report.cmake")
-    set(expected LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner lutestsuite_objects lutestsuite_runner_headers
-        lutestsuitehost_objects lutestsuiterunner_objects)
+    set(expected LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner lutestsuite_base_private_objects
+        lutestsuite_objects lutestsuite_runner_headers lutestsuitehost_objects lutestsuiterunner_objects)
     if(suffix STREQUAL ".exe")
         list(APPEND expected lutestsuite_mingw_runtime)
     endif()

@@ -24,8 +24,9 @@ std::string quote(const std::wstring& text)
 void append(std::string& script, const std::wstring& name, const std::wstring& className, const std::wstring& folder,
             std::uint32_t timeOut, const char* state)
 {
+    const std::uint32_t seconds = timeOut == LuTestSuiteRun::c_NoLimit ? 0 : timeOut;
     script += "lutestsuite_add_case(" + quote(name) + " " + quote(className) + " " + quote(folder) + " " +
-              std::to_string(timeOut) + " \"" + state + "\")\n";
+              std::to_string(seconds) + " \"" + state + "\")\n";
 }
 
 /// The description says that the case tolerates no other one beside it.
