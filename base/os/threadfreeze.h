@@ -31,8 +31,8 @@ public:
 
     /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, if for
     /// this time no further thread stopped although one still had to (it blocks all signals, or the signal queue is
-    /// full), if threads kept starting for this time (Windows), or if the threads cannot be listed (no "/proc" of this
-    /// process id name space).
+    /// full), if threads kept starting for this time and 16 enumerations (Windows), or if the threads cannot be listed
+    /// (no "/proc" of this process id name space).
     bool Freeze(unsigned timeoutMs) noexcept;
 
     /// Lets the threads run again. No effect if they are running.

@@ -83,11 +83,17 @@ bool readContext(HANDLE thread, CONTEXT& context) noexcept
     return GetThreadContext(thread, &context) != FALSE;
 }
 
-/// False if the thread still runs. An ended thread is no failure.
-bool suspend(SThread& thread) noexcept
+/// A thread that is ending refuses calls already some time before its handle is signaled.
+bool isEnding(HANDLE thread, unsigned timeoutMs) noexcept
+{
+    return WaitForSingleObject(thread, timeoutMs) == WAIT_OBJECT_0;
+}
+
+/// False if the thread still runs after the time-out. An ended thread is no failure.
+bool suspend(SThread& thread, unsigned timeoutMs) noexcept
 {
     thread.isSuspended = SuspendThread(thread.handle) != static_cast<DWORD>(-1);
-    return thread.isSuspended || WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
+    return thread.isSuspended || isEnding(thread.handle, timeoutMs);
 }
 
 /// A thread without its thread block has not run yet. Under Wine a thread stays in this state while its creator is
@@ -112,7 +118,7 @@ bool hasStarted(HANDLE thread) noexcept
 }
 
 /// A suspension takes effect some time after the call; reading the context waits for it.
-bool awaitSuspension(SThread& thread) noexcept
+bool awaitSuspension(SThread& thread, unsigned timeoutMs) noexcept
 {
     thread.hasStarted = hasStarted(thread.handle);
     if (!thread.hasStarted)
@@ -120,15 +126,16 @@ bool awaitSuspension(SThread& thread) noexcept
         return true;
     }
     alignas(16) CONTEXT context = {};
-    return (thread.isSuspended && readContext(thread.handle, context)) ||
-           WaitForSingleObject(thread.handle, 0) == WAIT_OBJECT_0;
+    return (thread.isSuspended && readContext(thread.handle, context)) || isEnding(thread.handle, timeoutMs);
 }
 
 /// Requests the suspension of all threads before waiting for the first.
-bool suspendFrom(std::size_t first) noexcept
+bool suspendFrom(std::size_t first, unsigned timeoutMs) noexcept
 {
-    return std::all_of(s_threads + first, s_threads + s_count, suspend) &&
-           std::all_of(s_threads + first, s_threads + s_count, awaitSuspension);
+    SThread* const begin = s_threads + first;
+    SThread* const end = s_threads + s_count;
+    return std::all_of(begin, end, [timeoutMs](SThread& thread) { return suspend(thread, timeoutMs); }) &&
+           std::all_of(begin, end, [timeoutMs](SThread& thread) { return awaitSuspension(thread, timeoutMs); });
 }
 
 /// Adds the threads that are not known yet. False if there are too many, or if the enumeration fails.
@@ -158,11 +165,14 @@ bool freezeAll(unsigned timeoutMs) noexcept
     {
         return false;
     }
+    // On a busy machine a single enumeration may take longer than the time-out.
+    constexpr int c_RoundMin = 16;
+
     const ULONGLONG begin = GetTickCount64();
-    while (true)
+    for (int round = 0;; ++round)
     {
         const std::size_t known = s_count;
-        if (!findNewThreads() || !suspendFrom(known))
+        if (!findNewThreads() || !suspendFrom(known, timeoutMs))
         {
             return false;
         }
@@ -170,7 +180,7 @@ bool freezeAll(unsigned timeoutMs) noexcept
         {
             return true;
         }
-        if (GetTickCount64() - begin > timeoutMs)
+        if (round >= c_RoundMin && GetTickCount64() - begin > timeoutMs)
         {
             return false;
         }
