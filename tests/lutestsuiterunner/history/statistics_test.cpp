@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "testing/lutestsuiterunner/history/analysis.h"
 #include "testing/lutestsuiterunner/history/findings.h"
 #include "tests/support/syntheticruns.h"
