@@ -1,8 +1,11 @@
 /// Values as bytes in a file of the project's own, and back.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -70,7 +73,8 @@ public:
             throw LbException(L"Der Index endet zu früh");
         }
         std::vector<T> values(count);
-        std::memcpy(values.data(), take(count * sizeof(T)).data(), count * sizeof(T));
+        const std::span<std::byte> bytes = std::as_writable_bytes(std::span(values));
+        std::ranges::copy(std::as_bytes(std::span(take(bytes.size()))), bytes.begin());
         return values;
     }
 

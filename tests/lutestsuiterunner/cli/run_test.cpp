@@ -271,6 +271,9 @@ TEST_F(RunnerInterruption, EndsAtOnceAtTheSecondRequest)
 
 TEST_F(RunnerRun, TellsWhereACaseCrashed)
 {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers handle crashes themselves";
+#endif
     if (LbPath::c_Separator == L'\\')
     {
         GTEST_SKIP() << "there are no stacks on Windows";
