@@ -43,9 +43,8 @@ public:
     void Clear() noexcept;
 
     std::size_t GetCount() const noexcept { return m_count; }
-    std::size_t GetBucketCount() const noexcept { return m_bucketCount; }
 
-    /// Calls `function(entry)` for all entries, in unspecified order.
+    /// Calls `function(entry)` for all entries, bucket by bucket.
     template<typename F>
     void ForEach(const F& function) const
     {
