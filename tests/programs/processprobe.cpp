@@ -225,7 +225,7 @@ int beHeadless(const std::wstring& name)
 int survive(const std::wstring& name)
 {
     const auto child = startFree(L"answer " + name);
-    std::thread([name, first = LbOs::GetThreadNumber()] {
+    std::thread([name, first = LbOs::GetOwnThreadId()] {
         while (!LbOs::HasThreadEnded(first))
         {
             std::this_thread::yield();

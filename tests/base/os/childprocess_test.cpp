@@ -330,12 +330,12 @@ TEST_F(OsChildProcessWithoutHandle, IsTerminated)
 
 TEST_F(OsChildProcessWithoutHandle, EndsWithItsObject)
 {
-    const std::uint64_t number = m_child->GetId();
+    const std::uint64_t id = m_child->GetId();
 
     m_child.reset();
 
     EXPECT_TRUE(m_line.IsGone());
-    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), number), 0);
+    EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), id), 0);
 }
 
 TEST_F(OsChildProcessWithoutHandle, IsNotConfusedWithTheHandlesNextOwner)

@@ -50,7 +50,7 @@ bool CallCanceled(const std::function<void()>& function);
 std::optional<long> Fork();
 
 /// Waits until a fork has ended.
-void WaitForFork(long number);
+void WaitForFork(long id);
 
 /// Writes to a stream and flushes all streams; the stream calls `function` while the C library holds the lock of its
 /// stream list. False if streams have no such callback.
@@ -130,10 +130,10 @@ bool CloseForOthers(std::intptr_t handle);
 bool FloodEvent(const std::wstring& name);
 
 /// The system's id of the calling thread.
-unsigned long GetThreadNumber();
+unsigned long GetOwnThreadId();
 
-/// True if a thread of the current process has ended.
-bool HasThreadEnded(unsigned long number);
+/// True if the thread of the current process with this id has ended.
+bool HasThreadEnded(unsigned long id);
 
 /// Ends the calling thread, possibly the first one; the process continues with its other threads.
 [[noreturn]] void LeaveThread();

@@ -130,9 +130,9 @@ std::optional<long> LbOs::Fork()
     return forkForAWhile();
 }
 
-void LbOs::WaitForFork(long number)
+void LbOs::WaitForFork(long id)
 {
-    waitpid(static_cast<pid_t>(number), nullptr, 0);
+    waitpid(static_cast<pid_t>(id), nullptr, 0);
 }
 
 bool LbOs::CallWhileFlushing(void (*function)())
@@ -168,9 +168,9 @@ std::vector<unsigned long> LbOs::ListChildren()
     for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
     {
         std::ifstream file(thread.path() / "children");
-        for (unsigned long number = 0; file >> number;)
+        for (unsigned long id = 0; file >> id;)
         {
-            children.push_back(number);
+            children.push_back(id);
         }
     }
     return children;
@@ -292,8 +292,8 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
     }
     // The name of shared memory is a link whose target ends in the id of the segment.
     shmid_ds memory = {};
-    const int number = std::stoi(std::filesystem::read_symlink(path).filename().native());
-    return shmctl(number, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
+    const int id = std::stoi(std::filesystem::read_symlink(path).filename().native());
+    return shmctl(id, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
            (memory.shm_perm.mode & c_AllRights) == c_OwnRights;
 }
 
@@ -352,10 +352,10 @@ std::shared_ptr<void> LbOs::HoldEnd(std::uint64_t process)
     {
         return nullptr;
     }
-    return std::shared_ptr<pid_t>(new pid_t(holder), [](const pid_t* number) {
-        kill(*number, SIGKILL);
-        waitpid(*number, nullptr, 0);
-        delete number;
+    return std::shared_ptr<pid_t>(new pid_t(holder), [](const pid_t* id) {
+        kill(*id, SIGKILL);
+        waitpid(*id, nullptr, 0);
+        delete id;
     });
 }
 
@@ -392,14 +392,14 @@ bool LbOs::FloodEvent(const std::wstring& name)
     return written == static_cast<ssize_t>(bytes.size());
 }
 
-unsigned long LbOs::GetThreadNumber()
+unsigned long LbOs::GetOwnThreadId()
 {
     return static_cast<unsigned long>(gettid());
 }
 
-bool LbOs::HasThreadEnded(unsigned long number)
+bool LbOs::HasThreadEnded(unsigned long id)
 {
-    std::ifstream file("/proc/self/task/" + std::to_string(number) + "/stat");
+    std::ifstream file("/proc/self/task/" + std::to_string(id) + "/stat");
     std::string line;
     // The first thread remains a zombie until the last thread has ended.
     return !std::getline(file, line) || line.compare(line.rfind(')') + 1, 2, " Z") == 0;

@@ -103,7 +103,7 @@ std::optional<long> LbOs::Fork()
     return std::nullopt;
 }
 
-void LbOs::WaitForFork(long /*number*/) {}
+void LbOs::WaitForFork(long /*id*/) {}
 
 bool LbOs::CallWhileFlushing(void (* /*function*/)())
 {
@@ -281,14 +281,14 @@ bool LbOs::FloodEvent(const std::wstring& /*name*/)
     return false;
 }
 
-unsigned long LbOs::GetThreadNumber()
+unsigned long LbOs::GetOwnThreadId()
 {
     return GetCurrentThreadId();
 }
 
-bool LbOs::HasThreadEnded(unsigned long number)
+bool LbOs::HasThreadEnded(unsigned long id)
 {
-    const Windows::Handle thread(OpenThread(SYNCHRONIZE, FALSE, number));
+    const Windows::Handle thread(OpenThread(SYNCHRONIZE, FALSE, id));
     return !thread || WaitForSingleObject(thread.get(), 0) == WAIT_OBJECT_0;
 }
 
