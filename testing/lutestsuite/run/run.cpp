@@ -71,15 +71,6 @@ void execute(const SParams& params, const SChildSettings& childSettings, const S
     executeSequentially(events, childSettings, plan.sequential);
 }
 
-/// Omits cases that finished after a cancellation and were never printed.
-void dropUnprinted(const CRunConsole& console, std::vector<SCaseInfo>& cases)
-{
-    for (const std::size_t index : console.GetWaiting())
-    {
-        cases[index].executed = false;
-    }
-}
-
 /// The observers of the run, and the data that they need beside events.
 struct SWatch
 {
@@ -113,7 +104,8 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     const SChildSettings childSettings = {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog,
                                           &leaving, watch.options.takeStacks};
     execute(setup.params, childSettings, plan, events, console);
-    dropUnprinted(console, result.cases);
+    // Cases that finished after a cancellation and were never printed do not count.
+    CRunEvents::Withdraw(console.GetWaiting(), result.cases);
     result.stats = CountCases(result.cases, unitTests.size());
     result.stats.startTime = startTime;
     result.stats.totalTime = timer.GetElapsed();

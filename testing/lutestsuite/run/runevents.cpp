@@ -64,6 +64,14 @@ void CRunEvents::Finish(const SPlannedCase& planned, const SCaseEnd& end)
     tell(&IRunObserver::OnCaseFinished, SCaseFinished{index, planned.info, end});
 }
 
+void CRunEvents::Withdraw(const std::vector<std::size_t>& indices, std::vector<SCaseInfo>& cases)
+{
+    for (const std::size_t index : indices)
+    {
+        cases[index].executed = false;
+    }
+}
+
 void CRunEvents::End(const SRunResult& result)
 {
     tell(&IRunObserver::OnEnded, result);

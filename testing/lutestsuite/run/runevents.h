@@ -1,6 +1,7 @@
 /// The stream of a run's events.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -17,6 +18,8 @@ namespace LuTestSuiteRun
 /// are serialised.
 ///
 /// The first exception of an observer or of the host's callback fails the run: then neither is called again.
+///
+/// The class alone writes SCaseInfo::executed.
 class CRunEvents : public INonCopyable
 {
 public:
@@ -37,6 +40,10 @@ public:
 
     /// Marks the record as executed.
     void Finish(const SPlannedCase& planned, const SCaseEnd& end);
+
+    /// Marks finished cases, given by their indices in the plan, as not executed again. Precondition: all cases have
+    /// ended.
+    static void Withdraw(const std::vector<std::size_t>& indices, std::vector<SCaseInfo>& cases);
 
     void End(const SRunResult& result);
 
