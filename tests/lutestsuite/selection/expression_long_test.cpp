@@ -26,9 +26,7 @@ std::wstring Repeat(const std::wstring& text, std::size_t count)
     return repeated;
 }
 
-/// `count` names of the given length, joined by "
-///
-/// ".
+/// `count` names of the given length, joined by "|".
 std::wstring MakeChoice(std::size_t count, std::size_t length)
 {
     std::wstring choice;
