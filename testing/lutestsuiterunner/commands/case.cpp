@@ -28,7 +28,7 @@ namespace
 /// The status that ctest's property SKIP_RETURN_CODE usually has.
 constexpr int c_Skipped = 77;
 
-/// Plus the number of the result. See the help of the command.
+/// The number of the result is added. See the help of the command.
 constexpr int c_FirstFailure = 10;
 
 /// Keeps how the one case ended.
@@ -46,7 +46,7 @@ private:
     SAttempt m_attempt;
 };
 
-/// The full name, or class and case.
+/// Compares the full name, or class and case.
 bool isNamed(const SPlan& plan, std::uint32_t index, const std::wstring& name)
 {
     const SPlannedCase& planned = plan.cases[index];
@@ -123,7 +123,7 @@ int Execute(const SCaseOptions& options)
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     const SPlan plan = MakePlan({}, setup, SelectCases(setup));
-    // "list --ctest" escapes what CTest cannot pass on.
+    // "list --ctest" escapes characters that CTest cannot pass on.
     const std::wstring name =
         findNamed(plan, options.name).empty() ? FromEscapedUtf8(LbEncoding::ToUtf8(options.name)) : options.name;
     if (findNamed(plan, name).empty() && isDisabled(plan, name))

@@ -9,7 +9,7 @@ namespace Runner
 namespace
 {
 
-/// CMake replaces nothing inside brackets. They have more equals signs than any row in the text.
+/// CMake replaces nothing inside brackets. The brackets have more equals signs than any sequence of them in the text.
 std::string quote(const std::wstring& text)
 {
     const std::string bytes = ToEscapedUtf8(text);
@@ -29,14 +29,14 @@ void append(std::string& script, const std::wstring& name, const std::wstring& c
               std::to_string(seconds) + " \"" + state + "\")\n";
 }
 
-/// The description says that the case tolerates no other one beside it.
+/// The description says that no other case may run at the same time.
 bool isSerial(const LuTestSuite::ParameterMap& parameters)
 {
     const auto parallel = parameters.find(L"Parallel");
     return parallel != parameters.end() && !parallel->second.ToBool().value_or(false);
 }
 
-/// The folder that contains the class's own.
+/// The folder above the folder of the class.
 std::wstring getParentFolder(const SPlan& plan, const std::wstring& dataDirectory)
 {
     const std::wstring folder = GetRelativeFolder(plan, dataDirectory);

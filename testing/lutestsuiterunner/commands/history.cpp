@@ -1,4 +1,4 @@
-/// The command "history": what an archive of runs tells.
+/// The command "history": what has changed in an archive of runs.
 
 #include <algorithm>
 #include <charconv>
@@ -27,7 +27,7 @@ namespace
 
 using namespace History;
 
-/// Tables of more runs take too long to make.
+/// Analysing more runs takes too long.
 constexpr std::uint32_t c_MostRuns = 200;
 
 double readFraction(const std::wstring& text, const wchar_t* option, double least, double most)
@@ -115,7 +115,7 @@ void printSummary(const std::vector<SAnalysis>& analyses, std::size_t newest)
     }
 }
 
-/// True if all hold.
+/// True if all gates hold.
 bool printGates(const std::vector<SGateResult>& gates)
 {
     bool isGreen = true;

@@ -1,4 +1,4 @@
-/// The command "list": the selection, with what is known of each case.
+/// The command "list": the selected cases and their properties.
 
 #include <algorithm>
 
@@ -25,13 +25,13 @@ namespace
 
 using Json = nlohmann::ordered_json;
 
-/// Names may hold what JSON cannot carry.
+/// Names may contain characters that JSON cannot represent.
 std::string toText(const std::wstring& text)
 {
     return ToEscapedUtf8(text);
 }
 
-/// The parameters of a case in a fixed order.
+/// The parameters of a case, sorted.
 constexpr const wchar_t* c_Flags[] = {L"Enable", L"ReportMemLeak", L"Parallel", L"External", L"Isolated"};
 constexpr const wchar_t* c_Numbers[] = {L"TimeOutSec", L"MessageReportMax"};
 
@@ -70,7 +70,7 @@ Json describe(const LuTestSuite::STestCase& testCase, bool isDisabled)
     return record;
 }
 
-/// The cases of one unit test; those that are disabled come last.
+/// The cases of one unit test; disabled ones come last.
 struct SListed
 {
     const LuTestSuite::SUnitTest* unitTest;

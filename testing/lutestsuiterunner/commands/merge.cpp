@@ -31,7 +31,7 @@ std::wstring getPartName(const SPart& part)
     return LbFormat(L"Teil %u von %u", shard.number, shard.count);
 }
 
-/// By their numbers, so that the order of the arguments does not matter.
+/// Sorts the parts by their numbers, so that the order of the arguments does not matter.
 std::vector<SPart> loadParts(const std::vector<std::wstring>& directories)
 {
     std::vector<SPart> parts;
@@ -57,7 +57,7 @@ void requireSameSelection(const std::vector<SPart>& parts)
     }
 }
 
-/// By names, since file systems list folders in different orders. Precondition: the same selection.
+/// Compares by names, since file systems list folders in different orders. Precondition: the same selection.
 void findPlaces(std::vector<SPart>& parts)
 {
     const std::vector<std::uint32_t> whole = SortByName(parts.front().state->GetPlan());
@@ -72,7 +72,7 @@ void findPlaces(std::vector<SPart>& parts)
     }
 }
 
-/// Which part runs each case of the whole; null for cases that belong to no part.
+/// The part that runs each case of the merged run; null for cases of no part.
 std::vector<const SPart*> findOwners(const std::vector<SPart>& parts)
 {
     std::vector<const SPart*> owners(parts.front().state->GetPlan().cases.size());
@@ -102,7 +102,7 @@ SPlan makePlan(const std::vector<SPart>& parts)
 {
     SPlan plan = parts.front().state->GetPlan();
     plan.runId = MakeRunId();
-    // None of the parts' command lines is that of the whole.
+    // Each part has a command line of its own; the merged run has no command line.
     plan.arguments.clear();
     plan.shard = {};
     for (SPlannedCase& planned : plan.cases)
@@ -153,7 +153,7 @@ std::vector<std::wstring> findProblems(const std::vector<SPart>& parts, const st
     return problems;
 }
 
-/// Each journal of a part becomes a journal of the whole: processes keep their cases, and the order stays.
+/// Each journal of a part becomes a journal of the merged run, so that cases keep their processes and their order.
 class CJournalCopier
 {
 public:
@@ -179,10 +179,10 @@ public:
         }
     }
 
-    /// The last journal says how the whole has ended.
+    /// The last journal records how the merged run has ended.
     void End(const std::wstring& time, const std::vector<std::wstring>& problems)
     {
-        // Without time of its own.
+        // Without a time of its own.
         constexpr std::uint64_t c_Elapsed = 1;
         SJournalBegun begun;
         begun.time = time;

@@ -28,7 +28,7 @@ std::wstring describeMissing(const CRunState& state)
                : text + LbFormat(L"Nicht ausgeführt: %u weitere\n", missing.size() - c_MissingShown);
 }
 
-/// Numbers of the verdicts, what is wrong with the run as a whole, the first missing cases, and where the reports are.
+/// The counts of verdicts, the problems of the whole run, the first missing cases, and the paths of the reports.
 std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
 {
     const SVerdictCounts counts = state.CountVerdicts();
@@ -45,7 +45,7 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
     {
         text += L"Der Lauf ist nicht beendet.\n";
     }
-    // A run that is merged of several has no arguments, and nothing to go on with.
+    // A merged run has no arguments and cannot be resumed.
     if ((state.IsCanceled() || !state.IsEnded()) && !state.GetPlan().arguments.empty())
     {
         text += DescribeResuming(folder);

@@ -1,4 +1,4 @@
-/// What the commands that make reports print.
+/// The output of the commands that make reports.
 #pragma once
 
 #include <memory>
@@ -9,8 +9,8 @@
 namespace Runner
 {
 
-/// Makes the reports of the run that a folder holds from its journals, prints what has become of the run, and returns
-/// its state. Throws LbException.
+/// Writes the reports of the run in a folder from its journals, prints the outcome of the run, and returns its state.
+/// Throws LbException.
 std::unique_ptr<CRunState> ReportRun(const std::wstring& folder);
 
 /// The exit status: 0 for a green run, 1 for a red one.

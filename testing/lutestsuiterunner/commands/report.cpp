@@ -1,4 +1,4 @@
-/// The command "report": the reports of a run, also of one that is under way or died.
+/// The command "report": the reports of a run, also of one that is in progress or died.
 
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"

@@ -1,4 +1,4 @@
-/// The command "resume": the rest of a run that was broken off.
+/// The command "resume": the rest of an interrupted run.
 
 #include <variant>
 
@@ -34,7 +34,7 @@ SRunOptions readOptions(const SPlan& plan)
     throw std::wstring(L"Dieser Lauf ist aus mehreren zusammengefügt und kann nicht fortgesetzt werden");
 }
 
-/// Paths of the options count from there.
+/// Paths of the options are relative to it.
 void enterWorkingDirectory(const SPlan& plan)
 {
     if (!LbOs::SetWorkingDirectory(plan.workingDirectory))
@@ -43,7 +43,7 @@ void enterWorkingDirectory(const SPlan& plan)
     }
 }
 
-/// An earlier run that is gone, or that this run has replaced, costs only the order and the estimate.
+/// An earlier run that is gone, or that this run has replaced, affects only the order and the estimate.
 PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder, const SPlan& plan)
 {
     const bool isOwn = LbOs::AreSameFile(options.previous, folder.GetPath());
@@ -61,7 +61,7 @@ PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder,
     return PreviousCases(plan.cases.size());
 }
 
-/// Which cases are in quarantine, the plan says; the file is for the numbers of passed runs.
+/// The plan determines the cases in quarantine; the file only stores the numbers of passed runs.
 Quarantine readQuarantine(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan)
 {
     if (options.quarantine.empty())
@@ -88,7 +88,7 @@ int Execute(const SResumeOptions& resume)
     }
     MoveLibraryLinesToErrors();
     const std::wstring path = GetRunFolder(resume.directory);
-    // A host that was ended between its plan and its journal has left a run that never began.
+    // If a host ended between writing its plan and its journal, the run has not begun.
     if (!LbFileSystem::IsFile(path + c_PlanName))
     {
         throw LbFormat(L"Der Ordner %s enthält keinen Lauf", path);
@@ -102,7 +102,7 @@ int Execute(const SResumeOptions& resume)
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
-    // The numbers of cases were looked at before the plan was made.
+    // The number of cases was checked before the plan was made.
     SRunOptions guards = options;
     guards.minCases = 0;
     const std::vector<std::wstring> problems = FindProblems(guards, setup, state->GetPlan().cases.size());

@@ -50,7 +50,7 @@ std::uint64_t makeSeed()
     return seed;
 }
 
-/// A resumed run shuffles by the same seed: puts it into the options and into the arguments that the plan keeps.
+/// Stores the seed in the options and in the arguments of the plan, so that a resumed run shuffles by the same seed.
 void chooseSeed(SRunOptions& options)
 {
     if (options.order != EOrder::Random)
@@ -65,7 +65,7 @@ void chooseSeed(SRunOptions& options)
     options.arguments.insert(mark, L"--order=" + order);
 }
 
-/// Removes the cases that have not failed in the earlier run. Returns the number that guards are to check.
+/// Removes the cases that did not fail in the earlier run. Returns the number of cases that the guards have to check.
 std::size_t applyOnlyFailed(const SRunOptions& options, const CPrevious& previous, SPlan& plan)
 {
     const std::size_t selected = plan.cases.size();
@@ -91,7 +91,7 @@ int Execute(const SRunOptions& given)
     requireNoRun(options);
     MoveLibraryLinesToErrors();
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
-    // Before a run that its folder holds is replaced.
+    // Before the folder's earlier run is replaced.
     const CPrevious previous = options.previous.empty() ? CPrevious() : CPrevious(options.previous);
 
     LuTestSuiteEnvironment environment;

@@ -49,7 +49,7 @@ void printQuarantine(const Quarantine& quarantine)
     }
 }
 
-/// Case runs that have failed at the first attempt and at all retries, without those in quarantine.
+/// Case runs that failed at the first attempt and at all retries, without those in quarantine.
 std::uint32_t countFailed(const CRunState& state, std::uint32_t retries)
 {
     std::uint32_t count = 0;
@@ -64,7 +64,7 @@ std::uint32_t countFailed(const CRunState& state, std::uint32_t retries)
     return count;
 }
 
-/// A run that its failures have ended goes on without that limit: it was resumed to become whole.
+/// A run that stopped because of failures is resumed without that limit: the user wants all results.
 SSessionLimits getLimits(const SWork& work)
 {
     const std::uint32_t failed = countFailed(work.state, work.options.retries);
@@ -89,7 +89,7 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
             session.Note(SRunProblem{problem});
         }
         FinishUnderWay(session, work.state, work.folder.GetPath());
-        // The first stage has no case that has just come to its end.
+        // Without the cases that FinishUnderWay has just finished.
         std::vector<std::uint32_t> left = cases;
         std::erase_if(left, [&work](std::uint32_t index) {
             const std::span<const SAttempt> attempts = work.state.GetAttempts(index);
@@ -113,7 +113,7 @@ std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunO
         }
     }
     SortCases(cases, options.order, previous, options.seed.value_or(0));
-    // A case keeps its place before and behind others.
+    // Removed after sorting, so that the other cases keep the order of the first call.
     std::erase_if(cases, [&state](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
     return cases;
 }
@@ -121,7 +121,7 @@ std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunO
 int Conclude(const CRunFolder& folder, const std::wstring& previous, Quarantine quarantine)
 {
     const std::unique_ptr<CRunState> state = ReportRun(folder.GetPath());
-    // A run that was broken off counts when it has been resumed.
+    // An interrupted run counts when it has been resumed.
     if (!quarantine.empty() && state->IsEnded() && !state->IsCanceled())
     {
         // XML reports have no such numbers.

@@ -1,4 +1,4 @@
-/// What a run and a resumed run have in common.
+/// The steps that a new run and a resumed run have in common.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@
 namespace Runner
 {
 
-/// All that a run works with; the caller keeps it.
+/// The data of a run; owned by the caller.
 struct SWork
 {
     const SRunOptions& options;
@@ -31,14 +31,14 @@ struct SWork
 std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
                                              const PreviousCases& previous);
 
-/// Records the problems, finishes what was under way, runs the cases and all that follows from their results, and
-/// closes the journal. Throws LbException if recording fails.
+/// Records the problems, records the ends of interrupted attempts, runs the cases and their repetitions, and closes the
+/// journal. Throws LbException if recording fails.
 void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,
               const std::vector<std::uint32_t>& cases);
 
-/// Makes the reports from the journal, prints how the run has ended, and returns the exit status. The numbers of the
-/// quarantine go on from those of `previous` if that is the folder of a run, else from those that the run's folder
-/// held before.
+/// Writes the reports from the journal, prints the outcome of the run, and returns the exit status. The quarantine
+/// continues the counts of `previous` if that is the folder of a run, else those of the run that the folder contained
+/// before.
 int Conclude(const CRunFolder& folder, const std::wstring& previous, Quarantine quarantine);
 
 } // namespace Runner

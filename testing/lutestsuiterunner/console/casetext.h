@@ -9,12 +9,12 @@
 namespace Runner
 {
 
-/// What the user is told at once of an attempt that has ended: name, result, data file, reason and messages of a failed
-/// one, a line for one that passed where an earlier one had failed, else nothing. German, lines ended by line feeds.
+/// The lines that the user sees when an attempt ends: for a failed one name, result, data file, reason and messages;
+/// for one that passed after a failed one a single line; otherwise nothing. German, lines ended by line feeds.
 std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
 
 /// Data file, reason, at most so many lines of messages and of output, and the first frame of the test's own module on
-/// the stack that is at fault; indented.
+/// the stack of the thread at fault; indented.
 std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt,
                              std::size_t mostLines);
 

@@ -47,7 +47,7 @@ std::wstring list(const std::wstring& title, const CRunState& state, const Cases
     return text;
 }
 
-/// Which cases ran before in the process that the case needs in order to fail.
+/// The cases that ran before the case in the same process. The case fails only after them.
 std::wstring describeShared(const CRunState& state, std::uint32_t index)
 {
     constexpr std::size_t c_MostNames = 5;
@@ -76,7 +76,7 @@ std::wstring listSlowest(const CRunState& state)
                 [&](std::uint32_t index) { return L"  " + FormatTime(getTime(index)); });
 }
 
-/// A command of this program, whatever its name is and wherever the user stands.
+/// A command of this program that works for any name of the program and in any working directory.
 std::wstring getCommand(const wchar_t* command)
 {
     return QuoteForShell(LbOs::GetExecutablePath()) + L" " + command;

@@ -8,14 +8,14 @@
 namespace Runner
 {
 
-/// Failed cases by name, unreliable ones, slowest ones, and the command that repeats each failed case alone, unless the
-/// run is merged of several. German, lines ended by line feeds.
+/// Failed cases by name, unreliable ones, slowest ones, and the commands that repeat each failed case alone. A merged
+/// run has no such commands. German, lines ended by line feeds.
 std::wstring DescribeClosing(const CRunState& state, const std::wstring& folder);
 
-/// The command that goes on with a run that was broken off.
+/// The command that continues an interrupted run.
 std::wstring DescribeResuming(const std::wstring& folder);
 
-/// The argument as the platform's shell takes it.
+/// The argument, quoted for the platform's shell.
 std::wstring QuoteForShell(const std::wstring& argument);
 
 } // namespace Runner

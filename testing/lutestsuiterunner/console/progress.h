@@ -1,4 +1,4 @@
-/// How far a run is, and its failures as they happen.
+/// The progress of a run, and its failures as they happen.
 #pragma once
 
 #include <condition_variable>
@@ -17,7 +17,7 @@
 namespace Runner
 {
 
-/// A moment of a run.
+/// The progress at one moment.
 struct SProgress
 {
     std::size_t done = 0;
@@ -36,12 +36,12 @@ std::wstring FormatProgress(const SProgress& progress);
 std::wstring FormatDuration(std::uint64_t seconds);
 
 /// While it lives, shows the progress: on a terminal a line that is rewritten, else a line every 30 seconds. Failed
-/// attempts appear at once, with what is known of them.
+/// attempts appear at once, with their messages.
 class CProgressLine : public IRunListener, public INonCopyable
 {
 public:
-    /// `cases` are those to run; `times` says by case index how long each may take, in nanoseconds, or is empty. The
-    /// plan outlives the object.
+    /// `cases` are those to run; `times` contains the expected time of each case by case index, in nanoseconds, or is
+    /// empty. The plan outlives the object.
     CProgressLine(const SPlan& plan, std::span<const std::uint32_t> cases, std::vector<std::uint64_t> times);
     ~CProgressLine() override;
 

@@ -64,7 +64,7 @@ void CTerminal::redraw()
     {
         return;
     }
-    // A line as wide as the terminal may wrap.
+    // The terminal may wrap a line of its full width.
     const std::size_t width = std::max<std::size_t>(1, LbOs::GetErrorTerminalWidth()) - 1;
     LbOs::WriteStandardError(LbEncoding::ToUtf8(m_status.substr(0, width)));
 }

@@ -18,7 +18,7 @@ public:
     /// True if standard error is a terminal that can rewrite a line.
     bool HasStatus() const { return m_hasStatus; }
 
-    /// Shows the text in place of the last one, cut to the terminal's width. Empty: no status line any more.
+    /// Shows the text in place of the last one, cut to the terminal's width. An empty text removes the status line.
     void ShowStatus(const std::wstring& text);
 
     /// Lines, each with its line feed; the status line moves below them.

@@ -19,7 +19,7 @@ std::wstring join(const std::wstring& prefix, const std::vector<std::wstring>& l
     return text;
 }
 
-/// The run has put them behind all other messages.
+/// The run has appended them to all other messages.
 void removeStacks(const std::vector<std::wstring>& stacks, std::wstring& messages)
 {
     if (const std::wstring tail = join(L"\t\tINFO:  ", stacks); messages.ends_with(tail))
@@ -40,7 +40,7 @@ SCaseEnded MakeCaseEnd(const LuTestSuiteRun::SCaseFinished& finished)
     record.processId = finished.end.processId;
     record.exitStatus = finished.end.exitStatus;
     record.reason = finished.end.reason;
-    // With a reason the last lines stand in the messages.
+    // If there is a reason, the messages contain the last lines.
     record.output = record.reason.empty() ? join(L"", finished.end.lastLines) : L"";
     record.stacks = join(L"", stacks);
     return record;

@@ -1,4 +1,4 @@
-/// The record of a case that has come to its end.
+/// The record of a case that has ended.
 #pragma once
 
 #include "testing/lutestsuite/lutestsuiterunevents.h"
@@ -7,8 +7,8 @@
 namespace Runner
 {
 
-/// What the library tells of it; case, attempt and elapsed time are the caller's. No line stands in the record twice:
-/// `output` is what the messages do not have, and the stacks are not among the messages.
+/// The record of what the library reports; the caller sets case, attempt and elapsed time. No line is in the record
+/// twice: `output` contains only lines that the messages lack, and the stacks are not among the messages.
 SCaseEnded MakeCaseEnd(const LuTestSuiteRun::SCaseFinished& finished);
 
 } // namespace Runner

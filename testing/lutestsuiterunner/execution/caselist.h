@@ -10,8 +10,8 @@
 namespace Runner
 {
 
-/// The list for LuTestSuiteSetup::unitTests that runs these cases in this order, each once. `isApart`: each in a child
-/// process of its own, whatever its description says.
+/// The list for LuTestSuiteSetup::unitTests that runs these cases in this order, each once. With `isApart`, each case
+/// runs in its own child process, even if its description says otherwise.
 std::vector<LuTestSuite::SUnitTest> MakeCaseList(const SPlan& plan, std::span<const std::uint32_t> cases, bool isApart);
 
 } // namespace Runner

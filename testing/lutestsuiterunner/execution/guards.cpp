@@ -21,7 +21,7 @@ std::wstring findModuleProblem(const std::wstring& name)
     {
         return LbFormat(L"Das Modul '%s' fehlt", name);
     }
-    // Of a module that is loaded already this only counts one user more.
+    // If the module is already loaded, this only increments its use count.
     std::wstring reason;
     return LbOs::LoadModule(path, reason) ? L"" : LbFormat(L"Das Modul '%s' konnte nicht geladen werden", name);
 }

@@ -1,4 +1,4 @@
-/// Guards against runs that are green because nothing was tested.
+/// Checks that make a run fail which tested nothing.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@
 namespace Runner
 {
 
-/// What makes the run red whatever its cases say: fewer case runs than demanded, and, if demanded, modules behind --dll
-/// that are missing or could not be loaded. German, one line each. The modules have been loaded before.
+/// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, modules
+/// behind --dll that are missing or could not be loaded. German, one line each. The modules have been loaded before.
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
                                        std::size_t caseCount);
 

@@ -35,7 +35,7 @@ const LuTestSuite::STestCase& getCase(const SPlan& plan, std::uint32_t index)
     return plan.unitTests[plan.cases[index].unitTest].cases[plan.cases[index].testCase];
 }
 
-/// As the note names the case.
+/// In the form in which the note names the case.
 std::wstring getCrashName(const SPlan& plan, std::uint32_t index)
 {
     std::wstring name =
@@ -50,7 +50,7 @@ std::wstring getFirstLine(std::wstring_view text)
     return std::wstring(text.substr(0, text.find_first_of(L"\r\n")));
 }
 
-/// Empty if the note does not say that the case has ended the host.
+/// Empty unless the note says that the case ended the host.
 std::wstring findReason(const std::wstring& note, const SPlan& plan, std::uint32_t index, bool isOnlyOne)
 {
     const std::wstring named = std::wstring(c_CrashStart) + getCrashName(plan, index) + L": ";

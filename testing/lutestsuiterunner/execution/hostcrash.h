@@ -1,4 +1,4 @@
-/// A host that a case of its own process brings down: what it leaves behind, and what a resumed run makes of it.
+/// Cases that end the host's own process: the note that the host leaves, and how a resumed run uses it.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,8 @@
 namespace Runner
 {
 
-/// While it lives, what this process says when it crashes goes to a file in the run's folder, too. One at a time.
+/// While it lives, the lines that this process prints when it crashes also go to a file in the run's folder. One object
+/// at a time.
 class CCrashNote : public INonCopyable
 {
 public:
@@ -25,15 +26,15 @@ private:
     LbOs::FileHandle m_file;
 };
 
-/// The cases that were under way in hosts that are dead.
+/// The cases that were running in hosts that have died.
 struct SUnderWay
 {
     std::vector<SCaseEnded> crashed;     ///< their host has left a note: the end of the attempt, to be recorded
-    std::vector<std::uint32_t> suspects; ///< their host ended without a word, so they run in processes of their own
-    std::vector<std::uint32_t> others;   ///< they had child processes
+    std::vector<std::uint32_t> suspects; ///< their host left no note, so they run in processes of their own
+    std::vector<std::uint32_t> others;   ///< they ran in child processes
 };
 
-/// A case that ran in the host's own process counts as crashed if the note says so: it names the case, or no case and
+/// A case that ran in the host's own process counts as crashed if the note names it, or if the note names no case and
 /// this one was the only one.
 SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder);
 

@@ -1,4 +1,4 @@
-/// Who hears of a run while it goes on.
+/// Receives the events of a run.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 namespace Runner
 {
 
-/// Calls come one at a time, on any thread, after the journal has the event. What an operation gets is valid until it
-/// returns.
+/// Calls come one at a time, on any thread, after the journal contains the event. Arguments are valid until the
+/// operation returns.
 class IRunListener
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     virtual void OnStarted(std::uint32_t caseIndex) = 0;
 
-    /// `isFinal`: no retry follows that could change the verdict.
+    /// `isFinal`: no retry can change the verdict.
     virtual void OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bool isFinal) = 0;
 };
 

@@ -11,7 +11,7 @@ namespace
 
 using Cases = std::vector<std::uint32_t>;
 
-/// As FailedFirst wants them.
+/// The rank of a case for FailedFirst.
 int getRank(const std::optional<SPreviousCase>& previous)
 {
     return !previous ? 1 : previous->hasFailed ? 0 : 2;
@@ -22,7 +22,7 @@ bool isMeasured(const std::optional<SPreviousCase>& previous)
     return previous && previous->time > 0;
 }
 
-/// A case without a time may be one that hung.
+/// A case without a time may have hung.
 bool isLonger(const std::optional<SPreviousCase>& a, const std::optional<SPreviousCase>& b)
 {
     return isMeasured(a) && isMeasured(b) ? a->time > b->time : !isMeasured(a) && isMeasured(b);
@@ -38,7 +38,7 @@ void shuffle(Cases& cases, std::uint64_t seed)
     }
 }
 
-/// Of the cases that have a time; 1 without one.
+/// The mean time of the cases that have one; 1 without such a case.
 std::uint64_t getMeanTime(const PreviousCases& previous)
 {
     std::uint64_t sum = 0;
@@ -99,7 +99,7 @@ void SortCases(Cases& cases, EOrder order, const PreviousCases& previous, std::u
 void SelectShard(SPlan& plan, const PreviousCases& previous)
 {
     const std::uint64_t mean = getMeanTime(previous);
-    // Without times all cases weigh the same, so that they are dealt out one by one.
+    // Without times all cases weigh the same, so that shards get them in turn.
     const auto getTime = [&](std::uint32_t index) {
         return isMeasured(previous[index]) ? previous[index]->time : mean;
     };

@@ -1,4 +1,4 @@
-/// In which order cases run, and which of them this run's shard has.
+/// The order of cases, and the cases of this run's shard.
 #pragma once
 
 #include <cstdint>
@@ -11,17 +11,17 @@
 namespace Runner
 {
 
-/// By case index: what is known of the case from an earlier run.
+/// What is known of a case from an earlier run, by case index.
 using PreviousCases = std::vector<std::optional<SPreviousCase>>;
 PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous);
 
 /// Sorts `cases`, which are in listed order. FailedFirst: failed, then new, then other cases. LongestFirst: cases
-/// without a time, then by time. Random: by the seed alone. Cases of equal rank keep the listed order.
+/// without a time, then the others by time. Random: by the seed alone. Cases of equal rank keep the listed order.
 void SortCases(std::vector<std::uint32_t>& cases, EOrder order, const PreviousCases& previous, std::uint64_t seed);
 
-/// Sets SPlannedCase::isInShard. Each case run is in one shard, whatever the order in which the file system lists them
-/// and wherever the data directory is: with times of an earlier run the longest case goes to the shard that has least
-/// to do so far, else the cases are dealt out by name.
+/// Sets SPlannedCase::isInShard. Each case run is in exactly one shard; the order in which the file system lists the
+/// cases and the place of the data directory do not matter. With times of an earlier run, the longest remaining case
+/// goes to the shard with the shortest time so far; otherwise shards get the cases in turn, by name.
 void SelectShard(SPlan& plan, const PreviousCases& previous);
 
 } // namespace Runner

@@ -1,4 +1,4 @@
-/// The plan of a run from what the user asks for.
+/// Makes the plan of a run from the user's options.
 #pragma once
 
 #include "testing/lutestsuite/lutestsuitesetup.h"
@@ -10,10 +10,10 @@
 namespace Runner
 {
 
-/// The whole selection; neither shard nor quarantine are applied.
+/// The plan of the whole selection, without shards and quarantine.
 SPlan MakePlan(const SRunOptions& options, const LuTestSuiteSetup& setup, SSelection selection);
 
-/// Leaves only the cases of which a run failed before.
+/// Keeps only the cases that failed in an earlier run.
 void KeepFailed(SPlan& plan, const CPrevious& previous);
 
 } // namespace Runner

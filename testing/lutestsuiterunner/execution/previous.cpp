@@ -31,7 +31,7 @@ void CPrevious::readRun(const std::wstring& folder)
     {
         const SAttempt* const attempt = state->GetReported(index);
         const EVerdict verdict = state->GetVerdict(index);
-        // A case that never started belongs to another shard or to nobody.
+        // A case that never started belongs to another shard or was not run.
         if (!state->GetAttempts(index).empty())
         {
             m_cases[GetCaseName(plan, index)] = {attempt == nullptr ? 0 : attempt->result.info.time,
@@ -53,7 +53,7 @@ void CPrevious::readReport(const std::wstring& path)
     {
         SPreviousCase& previous = m_cases[one.ClassName + L":" + one.CaseName];
         const bool hasFailed = one.Result != LuTestSuiteRun::ECaseRunResult::Ok;
-        // The report rounds; only cases that were broken off have no time.
+        // The report rounds short times to 0, but a time of 0 means an interrupted case.
         const std::uint64_t least = hasFailed ? 0 : 1;
         previous.time = std::max({previous.time, static_cast<std::uint64_t>(one.Time * c_NanosecondsPerSecond), least});
         previous.hasFailed = previous.hasFailed || hasFailed;

@@ -13,22 +13,22 @@ namespace Runner
 
 struct SPreviousCase
 {
-    std::uint64_t time = 0; ///< nanoseconds; 0 if nobody has measured it
-    bool hasFailed = false; ///< or has not been run to its end
+    std::uint64_t time = 0; ///< nanoseconds; 0 if unknown
+    bool hasFailed = false; ///< or did not finish
 };
 
 /// Read once; a plain value afterwards.
 class CPrevious
 {
 public:
-    /// Knows no case.
+    /// An earlier run without cases.
     CPrevious() = default;
 
     /// From the folder of a run, or from an XML report. Throws LbException with a German message, or such a message as
     /// std::wstring, if it cannot be read.
     explicit CPrevious(const std::wstring& path);
 
-    /// By folder, class, case and repetition; from an XML report, which holds no folders, by class and case.
+    /// Finds a case by folder, class, case and repetition; in an XML report, which has no folders, by class and case.
     std::optional<SPreviousCase> Find(const SPlan& plan, std::uint32_t caseIndex) const;
 
 private:

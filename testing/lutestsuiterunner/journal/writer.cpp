@@ -87,7 +87,7 @@ private:
         return place;
     }
 
-    /// On a thread of its own: a disk may take long, and the next record may come late.
+    /// A separate thread: a flush may take long, and the next record may come late.
     void synchroniseFromTimeToTime()
     {
         constexpr std::chrono::milliseconds c_Interval(500);
@@ -98,7 +98,7 @@ private:
             {
                 CAppendFile* const output = m_output.get();
                 lock.unlock();
-                // Texts first: a record that is on the disk must not name what is not.
+                // Texts first: a record on the disk must not refer to a text that is not there.
                 const bool isOnDisk = (output == nullptr || output->Synchronise()) && m_journal.Synchronise();
                 lock.lock();
                 m_isSound = m_isSound && isOnDisk;
@@ -122,11 +122,11 @@ private:
     const std::wstring m_folder;
     const std::uint32_t m_number;
     const LbTimer m_timer{LbTimer::eR_NanoSecond};
-    std::mutex m_mutex; ///< for all that follows
+    std::mutex m_mutex; ///< protects the members below
     CAppendFile m_journal;
-    std::unique_ptr<CAppendFile> m_output; ///< once there is a large text
+    std::unique_ptr<CAppendFile> m_output; ///< null until there is a large text
     std::uint64_t m_sequence = 0;
-    std::string m_json; ///< kept for its memory
+    std::string m_json; ///< a member, so that its memory is reused
     std::string m_line;
     bool m_isSound = true; ///< nothing has failed
     bool m_isToSynchronise = false;

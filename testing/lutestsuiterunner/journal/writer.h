@@ -10,28 +10,28 @@
 namespace Runner
 {
 
-/// Writes one journal, which it holds alone. A record is one write: when Write has returned, the record survives the
-/// process. It survives the machine about a second later at most: a thread of the writer brings what was written to
-/// the disk. Any thread may call; records get the order of the calls.
+/// Writes one journal exclusively. A record is one write: when Write has returned, the record survives the end of the
+/// process. About a second later it also survives a crash of the machine: a thread of the writer flushes the file. Any
+/// thread may call; records have the order of the calls.
 class CJournalWriter
 {
 public:
-    /// Creates the journal of the number that `begun` names in a run's folder, and writes its first record. Throws
-    /// LbException with a German message if there is such a file already, or it cannot be written.
+    /// Creates the journal with the number that `begun` contains in a run's folder, and writes its first record. Throws
+    /// LbException with a German message if the file exists or cannot be written.
     CJournalWriter(const std::wstring& folder, const SJournalBegun& begun);
 
-    /// Closes without a word; see Close.
+    /// Closes without reporting errors; see Close.
     ~CJournalWriter();
     CJournalWriter(const CJournalWriter&) = delete;
     CJournalWriter& operator=(const CJournalWriter&) = delete;
 
-    /// Writes the record, with the present time as `elapsed` where that is 0, and returns its sequence number. Large
-    /// texts go to a file in the folder's "output" before. Throws LbException with a German message that names the file
-    /// if anything could not be written, now or by the thread before; from then on each call throws, for nothing may be
-    /// appended behind a record that is torn.
+    /// Writes the record and returns its sequence number; sets `elapsed` to the present time if it is 0. Writes large
+    /// texts to a file in the folder's "output" first. Throws LbException with a German message that names the file if
+    /// anything could not be written, now or by the thread. From then on each call throws, because a record must not
+    /// follow an incomplete one.
     std::uint64_t Write(const Record& record);
 
-    /// Brings everything to the disk and closes the files; throws as Write does. Later calls of Write throw.
+    /// Flushes everything to the disk and closes the files; throws as Write does. Later calls of Write throw.
     void Close();
 
 private:

@@ -37,7 +37,7 @@ inline std::span<const std::string_view> GetNames(EVerdict)
     return c_VerdictNames;
 }
 
-/// A result that is none of them, as a broken child process may answer, is "unknown".
+/// Any other result, for example from a broken child process, is "unknown".
 template<typename E>
 std::string_view GetName(E value)
 {

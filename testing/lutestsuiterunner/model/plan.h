@@ -1,4 +1,4 @@
-/// The plan of a run: all that is known before its first case starts. Plain values; one thread at a time.
+/// The plan of a run: everything that is known before the first case starts. Plain values; one thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -36,7 +36,7 @@ struct SDisabledCase
     bool operator==(const SDisabledCase&) const = default;
 };
 
-/// What the run is one of; 1 of 1 is the whole.
+/// The shard that the run executes; 1 of 1 is the whole selection.
 struct SShard
 {
     std::uint32_t number = 1; ///< 1 to count
@@ -72,7 +72,7 @@ struct SPlan
     std::string digest;                  ///< of the plan's file, which sets it: see ReadPlan
     std::string runId;                   ///< random, for this run alone: see MakeRunId
     std::vector<std::wstring> arguments; ///< of the host, without the program's name; for resuming
-    std::wstring workingDirectory;       ///< what relative paths in `arguments` count from
+    std::wstring workingDirectory;       ///< base of relative paths in `arguments`
     std::wstring dataDirectory;
     LuTestSuiteRun::SParams params;
     SReportRules rules;
@@ -92,20 +92,20 @@ std::vector<SPlannedCase> PlanCases(const std::vector<LuTestSuite::SUnitTest>& u
 /// Build and machine of this process.
 SOrigin DescribeOrigin();
 
-/// The folder of a unit test below the data directory, with "/" between its parts and without one at its end; the whole
-/// path where it lies elsewhere.
+/// The folder of a unit test below the data directory, with "/" between its parts and without one at its end; the full
+/// path if it is elsewhere.
 std::wstring GetRelativeFolder(const SPlan& plan, std::wstring_view dataDirectory);
 
 /// "Folder/Class": the folder of a unit test, with its class at the end.
 std::wstring GetUnitTestName(const SPlan& plan, std::wstring_view dataDirectory, const std::wstring& className);
 
-/// The name of a case's run: with " (2)" behind it for the second repetition.
+/// The name of a case run; from the second repetition on with its number: " (2)".
 std::wstring GetRunName(const std::wstring& caseName, std::uint32_t repetition);
 
-/// "Folder/Class:Case", with " (2)" behind it for the second repetition.
+/// "Folder/Class:Case"; from the second repetition on with its number: " (2)".
 std::wstring GetCaseName(const SPlan& plan, std::uint32_t caseIndex);
 
-/// The indices of all cases, by their names: alike on all machines, in whatever order their file systems list folders.
+/// The indices of all cases, sorted by name, so that the order does not depend on the file system.
 std::vector<std::uint32_t> SortByName(const SPlan& plan);
 
 } // namespace Runner

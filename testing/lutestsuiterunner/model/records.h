@@ -1,4 +1,4 @@
-/// What happens in a run, as its journal records it. The same records fill the state of a run, live and from files.
+/// The events of a run, as its journal records them. The same records fill the state of a run, live and from files.
 #pragma once
 
 #include <cstdint>
@@ -11,24 +11,24 @@
 namespace Runner
 {
 
-/// Why a case is run.
+/// The reason for an attempt.
 enum class EAttemptKind : std::uint32_t
 {
     First = 0,
-    Retry = 1,  ///< a case that failed, once more
-    Confirm = 2 ///< a case that failed in a process which it shared, once more in one of its own
+    Retry = 1,  ///< a failed case again
+    Confirm = 2 ///< a case that failed in a shared process, again in its own process
 };
 
-/// How an attempt came to its end. The first six are those of the library's run events.
+/// How an attempt ended. The first six are those of the library's run events.
 enum class EAttemptEnd : std::uint32_t
 {
     Returned = 0,
     ChildEnded = 1,
     ChildMissing = 2,
     TimedOut = 3,
-    Canceled = 4, ///< it has no verdict and is to be run again when the run is resumed
+    Canceled = 4, ///< it has no verdict; a resumed run repeats it
     Refused = 5,
-    HostEnded = 6 ///< it brought the host down that ran it in its own process
+    HostEnded = 6 ///< it ended the host that ran it in its own process
 };
 
 /// The first record of each journal.
@@ -37,18 +37,18 @@ struct SJournalBegun
     std::string planDigest;      ///< of the plan's file
     std::uint64_t caseCount = 0; ///< of the plan
     std::uint32_t journal = 1;   ///< number of the file among the folder's journals, from 1
-    std::wstring hostVersion;    ///< information only, as all that follows
+    std::wstring hostVersion;    ///< information only, like the members below
     std::uint64_t processId = 0; ///< of the host
     std::wstring machine;
     std::wstring time; ///< local, "Y-m-d H:i:s"
 };
 
-/// An attempt begins. `elapsed` of all records is monotonic time since the journal began, in nanoseconds; the writer
-/// fills it where it is 0.
+/// An attempt begins. In all records, `elapsed` is monotonic time since the journal began, in nanoseconds; the writer
+/// sets it if it is 0.
 struct SCaseStarted
 {
     std::uint32_t caseIndex = 0; ///< into SPlan::cases
-    std::uint32_t attempt = 1;   ///< 1, 2, ...; one that was broken off is run again under its own number
+    std::uint32_t attempt = 1;   ///< 1, 2, ...; an interrupted attempt is repeated under its number
     EAttemptKind kind = EAttemptKind::First;
     std::int32_t worker = -1;    ///< -1 for none
     std::uint64_t processId = 0; ///< of the process that runs it; 0 when unknown
@@ -62,7 +62,7 @@ struct SCaseEnded
     std::uint32_t attempt = 1;
     EAttemptEnd end = EAttemptEnd::Returned;
     LuTestSuiteRun::SCaseInfo info; ///< unitTest, testCase and repetition are the plan's and not recorded
-    std::uint64_t processId = 0;    ///< of the process that had it at last
+    std::uint64_t processId = 0;    ///< of the process that ran it last
     std::optional<std::int64_t> exitStatus;
     std::wstring reason; ///< German, one line: why the child process or the host ended
     std::wstring output; ///< its last lines on standard error, each with its line feed, unless the messages have them
@@ -77,13 +77,13 @@ struct SRunCanceled
     std::uint64_t elapsed = 0;
 };
 
-/// Something apart from the cases makes the run red: a module that does not load, too few cases, a missing shard.
+/// A problem apart from the cases that makes the run red: a module that does not load, too few cases, a missing shard.
 struct SRunProblem
 {
     std::wstring text; ///< German, one line
 };
 
-/// The host is through with what it had to do. The last record of a journal.
+/// The host has finished. The last record of a journal.
 struct SRunFinished
 {
     std::wstring time; ///< local, "Y-m-d H:i:s"

@@ -22,7 +22,7 @@ bool hasFailed(const SAttempt& attempt)
     return attempt.IsFinished() && !attempt.HasPassed();
 }
 
-/// Both run in one process. Ids of processes are unique among those of one host only.
+/// True if both ran in one process. Process ids are unique only within one host.
 bool shareProcess(const SAttempt& a, const SAttempt& b)
 {
     return a.ended.journal == b.ended.journal && a.result.processId == b.result.processId;

@@ -1,4 +1,4 @@
-/// The state of a run: its plan, and what has become of its cases so far.
+/// The state of a run: its plan, and the outcomes of its cases so far.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 namespace Runner
 {
 
-/// Where a record stands. Order is by journal and sequence, never by clock.
+/// The place of a record. Records are ordered by journal and sequence, never by time.
 struct SRecordPlace
 {
     std::uint32_t journal = 0;  ///< number of the journal, from 1; 0 for nowhere
@@ -27,19 +27,19 @@ struct SAttempt
 {
     EAttemptKind kind = EAttemptKind::First;
     SRecordPlace started;
-    SRecordPlace ended; ///< nowhere while it runs, and for good if its host died
+    SRecordPlace ended; ///< nowhere while it runs, and always if its host died
     SCaseEnded result;  ///< caseIndex and attempt are set from the start on, the rest when it has ended
 
     bool IsEnded() const { return ended.journal != 0; }
-    /// It has come to a verdict, so that it is never run again.
+    /// True if it has a verdict, so that it is never run again.
     bool IsFinished() const { return IsEnded() && result.end != EAttemptEnd::Canceled; }
     bool HasPassed() const { return IsFinished() && result.info.result == LuTestSuiteRun::ECaseRunResult::Ok; }
 };
 
-/// What has become of a case run, over all its attempts. Quarantine is a property beside it.
+/// The verdict of a case run over all its attempts. Quarantine does not change it.
 enum class EVerdict : std::uint32_t
 {
-    Missing = 0,     ///< not run, or not to its end
+    Missing = 0,     ///< not run, or not finished
     Passed = 1,      ///< at the first attempt
     Flaky = 2,       ///< at a later one
     Failed = 3,      ///< at all attempts
@@ -60,39 +60,39 @@ struct SVerdictCounts
     std::uint32_t quarantinedFailed = 0;
 };
 
-/// Filled record by record, in the order of places. One thread at a time.
+/// Filled record by record, in their order. One thread at a time.
 class CRunState
 {
 public:
     explicit CRunState(SPlan plan);
 
-    /// Throws LbException with a German message, and changes nothing, if the record does not follow from the earlier
-    /// ones: a case that is not in the plan or in the shard, an end without a start, a start of what is finished.
+    /// Throws LbException with a German message, and changes nothing, if the record contradicts the earlier ones: a
+    /// case that is not in the plan or in the shard, an end without a start, a second start of a finished attempt.
     void Apply(const SRecordPlace& place, const Record& record);
 
     const SPlan& GetPlan() const { return m_plan; }
 
-    /// The attempts at a case in their order; attempt 1 is the first.
+    /// The attempts of a case in their order; attempt 1 is the first.
     std::span<const SAttempt> GetAttempts(std::uint32_t caseIndex) const { return m_attempts[caseIndex]; }
 
     EVerdict GetVerdict(std::uint32_t caseIndex) const;
 
-    /// The attempt that reports show: the one that passed, else the first that failed (before a confirmation), else one
-    /// that was canceled; null when none has ended.
+    /// The attempt that reports show: the one that passed, else the first that failed (before a confirmation), else a
+    /// canceled one; null if no attempt has ended.
     const SAttempt* GetReported(std::uint32_t caseIndex) const;
 
     /// The cases with an attempt that has not ended; ascending.
     std::vector<std::uint32_t> GetOpenCases() const;
 
-    /// The cases in the shard that have no finished attempt; ascending. What a resumed run has to run.
+    /// The cases in the shard without a finished attempt; ascending. A resumed run runs these.
     std::vector<std::uint32_t> GetMissingCases() const;
 
-    /// The cases that ended earlier in the process that had the attempt, in their order.
+    /// The cases that ended earlier than the attempt in the same process, in their order.
     std::vector<std::uint32_t> GetPredecessors(const SAttempt& attempt) const;
 
     SVerdictCounts CountVerdicts() const;
 
-    /// The last journal says that the run was canceled, or ended; a resumed run begins anew with both.
+    /// Whether the last journal records that the run was canceled, or ended. A resumed run starts without both.
     bool IsCanceled() const { return m_isCanceled; }
     bool IsEnded() const { return m_isEnded; }
     const std::wstring& GetCancelReason() const { return m_cancelReason; }
@@ -100,10 +100,10 @@ public:
     /// Of the last journal.
     const std::vector<std::wstring>& GetProblems() const { return m_problems; }
 
-    /// True if the run has ended and nothing of it is red.
+    /// True if the run has ended and is green.
     bool IsGreen() const;
 
-    /// Local times of begin and end, and the sum of the times that hosts were at work, in nanoseconds.
+    /// Local times of start and end, and the sum of the times that hosts ran, in nanoseconds.
     const std::wstring& GetStartTime() const { return m_startTime; }
     const std::wstring& GetEndTime() const { return m_endTime; }
     std::uint64_t GetTotalTime() const { return m_earlierTime + m_elapsed; }

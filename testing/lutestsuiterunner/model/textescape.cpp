@@ -33,7 +33,7 @@ bool isLowSurrogate(std::uint32_t unit)
     return unit >= 0xDC00U && unit <= 0xDFFFU;
 }
 
-/// Surrogates are for the caller to judge.
+/// Accepts surrogates; the caller checks them.
 bool isPlain(std::uint32_t unit)
 {
     if (unit < 0x20U)
@@ -44,7 +44,7 @@ bool isPlain(std::uint32_t unit)
                           : unit > 0xDFFFU && unit != 0xFFFEU && unit != 0xFFFFU && unit <= 0x10FFFFU;
 }
 
-/// Number of code units from `position` on that stand for themselves: 1 or 2, and 0 where an escape is needed.
+/// Number of code units at `position` that need no escape: 1 or 2; 0 if an escape is needed.
 std::size_t getPlainUnits(std::wstring_view text, std::size_t position)
 {
     const std::uint32_t unit = getUnit(text[position]);
@@ -76,7 +76,7 @@ void appendEscape(std::uint32_t unit, std::string& result)
     result += '}';
 }
 
-/// The code unit of an escape that `bytes` begins with, and the escape's length.
+/// The code unit of the escape at the beginning of `bytes`, and the escape's length.
 std::optional<std::uint32_t> readEscape(std::string_view bytes, std::size_t& length)
 {
     if (!bytes.starts_with(c_MarkBytes))

@@ -15,7 +15,7 @@ namespace Runner
 std::string ToEscapedUtf8(std::wstring_view text);
 void AppendEscapedUtf8(std::wstring_view text, std::string& result);
 
-/// The reverse. What is no escape stays as it is.
+/// The reverse. Text that is not an escape stays as it is.
 std::wstring FromEscapedUtf8(std::string_view bytes);
 
 } // namespace Runner

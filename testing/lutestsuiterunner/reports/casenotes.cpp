@@ -27,7 +27,7 @@ void addAttempts(const CRunState& state, std::uint32_t caseIndex, std::vector<st
     }
 }
 
-/// The latest first: what leaked is most likely of one of these.
+/// The latest first, because it is the most likely cause.
 void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vector<std::wstring>& notes)
 {
     constexpr std::size_t c_Shown = 10;
@@ -92,7 +92,7 @@ std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t cas
     {
         addAttempts(state, caseIndex, notes);
     }
-    // The messages of a case that brought the host down are lost.
+    // The messages of a case that ended the host are lost.
     if (reported != nullptr && reported->result.info.messages.find(reported->result.reason) == std::wstring::npos)
     {
         notes.push_back(L"Der Prozess endete: " + reported->result.reason);

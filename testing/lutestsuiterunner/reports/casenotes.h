@@ -1,4 +1,4 @@
-/// What reports say about a case beside its result and its messages.
+/// What reports show of a case apart from its result and its messages.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace Runner
 /// German lines without line feeds: attempts, quarantine, and why a process ended.
 std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t caseIndex);
 
-/// The line that tells best why a case failed: its first error message, else why its process ended, else its result.
+/// The line that best explains why a case failed: its first error message, else why its process ended, else its result.
 std::wstring GetFailureLine(const SAttempt& attempt);
 
 /// Lines of a text, without line feeds.

@@ -21,7 +21,7 @@ namespace
 constexpr std::wstring_view c_RunSuite = L"LuTestSuiteRunner";
 constexpr std::string_view c_CutNote = "\n[... gekürzt, vollständig im Journal]\n";
 
-/// One suite: makes its cases one after another, each time it is asked to.
+/// One suite: generates its cases one after another, again for each call.
 struct SSuite
 {
     std::wstring name;
@@ -29,7 +29,7 @@ struct SSuite
     std::vector<const SDisabledCase*> disabled;
 };
 
-/// The classes that stand in more than one folder.
+/// The classes that have more than one folder.
 class CSuiteNames
 {
 public:
@@ -68,7 +68,7 @@ public:
                 get(unitTest.className, unitTest.dataDirectory).cases.push_back(index);
             }
         }
-        // The reports of all shards together name them once.
+        // The reports of all shards together contain each disabled case once.
         for (const SDisabledCase& disabled : plan.disabled)
         {
             if (plan.shard.number == 1)
@@ -177,14 +177,14 @@ public:
 
     void Decide()
     {
-        // Room for texts is what the frames leave; red cases come before others.
+        // Texts get the space that the elements leave; failed cases come first.
         const std::size_t room = m_limit - std::min(m_limit, m_fixed);
         m_redRoom = std::min(m_redFrames, room);
         m_otherRoom = std::min(m_otherFrames, room - m_redRoom);
         m_longestText = findLongestText(room - m_redRoom - m_otherRoom);
     }
 
-    /// False if the element is to be left out; cuts its text otherwise.
+    /// False if the element is to be omitted; cuts its text otherwise.
     bool Take(SJunitCase& element)
     {
         const std::size_t frame = element.start.size() + element.end.size();
