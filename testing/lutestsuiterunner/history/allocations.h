@@ -1,4 +1,4 @@
-/// Changes of numbers that are the same in each run as long as the program is.
+/// Changes of numbers that are the same in each run until the program changes.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +16,8 @@ struct SCountChange
     std::uint64_t after = 0; ///< the newest value
 };
 
-/// The newest change of a stable count: five equal values at least, and behind them another newest value. Nothing if
-/// the count has never been stable, or changed more often than in one of ten runs before.
+/// The newest change of a stable count: at least five equal values, followed by another newest value. Empty if the
+/// count was never stable, or changed earlier in more than one of ten runs.
 std::optional<SCountChange> FindCountChange(std::span<const std::uint64_t> counts);
 
 } // namespace Runner::History

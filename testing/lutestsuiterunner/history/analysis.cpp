@@ -13,7 +13,7 @@ namespace Runner::History
 namespace
 {
 
-/// The case did not pass in the runs between its values, so that the change may lie there.
+/// The case did not pass in the runs between its values, so the change may be in any of them.
 void toRuns(std::vector<SStep>& steps, std::span<const std::uint16_t> runs)
 {
     for (SStep& step : steps)
@@ -77,7 +77,7 @@ std::optional<SCountChange> findCountChange(const CTable& table, std::size_t tes
     return change;
 }
 
-/// One series alone, so all of the rate is its own.
+/// A single series, so it gets the whole rate.
 std::vector<SStep> findWholeSteps(std::span<const double> tempo, const SStepRules& rules)
 {
     CStepFinder finder(rules.smallestChange, {});

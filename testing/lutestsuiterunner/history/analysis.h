@@ -1,4 +1,4 @@
-/// What an archive tells about its cases.
+/// The analysis of an archive's cases.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@
 namespace Runner::History
 {
 
-/// A case with something to tell. All indices are those of runs.
+/// A case with findings. All indices are those of runs.
 struct SCaseFindings
 {
     std::uint32_t caseIndex = 0;
@@ -47,7 +47,7 @@ struct SStepAnalysis
 
 SStepAnalysis AnalyzeSteps(const CTable& table, const SStepRules& rules);
 
-/// All about one build configuration.
+/// The analysis of one build configuration.
 struct SAnalysis
 {
     std::wstring configuration;
@@ -57,7 +57,7 @@ struct SAnalysis
     std::vector<SCaseFindings> cases; ///< in the order of the table
 };
 
-/// `steps` are those of the table by the rules.
+/// `steps` come from the table, by the rules.
 SAnalysis Analyze(std::wstring configuration, CTable table, const SStepRules& rules, SStepAnalysis steps);
 
 } // namespace Runner::History

@@ -11,14 +11,14 @@ namespace
 
 constexpr std::uint32_t c_None = std::numeric_limits<std::uint32_t>::max();
 
-/// Later entries of the same name. `count` is the number of entries so far.
+/// Adds a later entry of the same name. `count` is the number of entries so far.
 void addEntry(SMeasured& sum, const SMeasured& entry, std::uint32_t count)
 {
     sum.result = !sum.HasVerdict() || (sum.HasPassed() && entry.HasVerdict()) ? entry.result : sum.result;
     sum.hasBoth = sum.hasBoth || entry.hasBoth;
     sum.seconds += (entry.seconds - sum.seconds) / static_cast<float>(count + 1);
     sum.memory = std::max(sum.memory, entry.memory);
-    // Repetitions that differ have no number to compare.
+    // If repetitions differ, there is no number to compare.
     sum.allocations = sum.allocations == entry.allocations ? sum.allocations : c_UnknownCount;
 }
 

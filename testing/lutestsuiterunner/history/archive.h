@@ -49,8 +49,8 @@ struct SRun
 class CArchive
 {
 public:
-    /// Of entries with the same name the worst result, the highest memory and the mean time count: repetitions of a
-    /// case, or cases that a report writes alike.
+    /// Entries with the same name are repetitions of a case, or cases that a report writes alike. Their worst result,
+    /// highest memory and mean time count.
     SRun MakeRun(const SRecordedRun& recorded);
 
     std::uint32_t GetIndex(const std::wstring& className, const std::wstring& caseName);

@@ -51,8 +51,8 @@ std::string getDigest(const std::wstring& folder, const SRunSource& source)
     return digests;
 }
 
-/// True if the run is as the index has it. Stamps prove nothing about a file that was changed when the index was
-/// written, or later: a second change may leave the same time. Its content then decides, as for a file that was copied.
+/// True if the run's files are those of the index. If a file was changed when the index was written, or later, its time
+/// proves nothing, because a second change may leave the same time. Then its content decides, as for a copied file.
 bool isCurrent(const std::wstring& folder, const SRunSource& source, const SIndex& index, SIndexedRun& indexed)
 {
     std::vector<SFileStamp> stamps = getStamps(folder, source);
@@ -103,7 +103,7 @@ private:
     bool m_isChanged = false;
 };
 
-/// Returns the sources that are not in the index, or not as they are now.
+/// Returns the sources that are not in the index or have changed.
 std::vector<SRunSource> CArchiveReader::takeIndexed()
 {
     for (const SCaseName& name : m_index.names)
@@ -125,7 +125,7 @@ std::vector<SRunSource> CArchiveReader::takeIndexed()
         m_runs.push_back(std::move(indexed->second));
         m_index.runs.erase(indexed);
     }
-    // Runs that have gone.
+    // Removes runs that no longer exist.
     m_isChanged = m_isChanged || !m_index.runs.empty() || !rest.empty();
     return rest;
 }
@@ -161,7 +161,7 @@ void CArchiveReader::readFiles(const std::vector<SRunSource>& sources)
     }
 }
 
-/// Results then do not depend on what was read when.
+/// So that results do not depend on the order of reading.
 void CArchiveReader::sortNames()
 {
     const std::vector<SCaseName>& names = m_archive.GetNames();

@@ -1,4 +1,4 @@
-/// Values as bytes in a file of the project's own, and back.
+/// Values as bytes in a private file format, and back.
 #pragma once
 
 #include <algorithm>
@@ -27,7 +27,7 @@ public:
         m_bytes.append(reinterpret_cast<const char*>(&value), sizeof(value));
     }
 
-    /// Without their number.
+    /// The bytes without their number.
     template<typename T>
     void WriteAll(const std::vector<T>& values)
     {

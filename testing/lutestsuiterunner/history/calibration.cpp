@@ -14,10 +14,10 @@ namespace Runner::History
 namespace
 {
 
-/// Seed of the orders that make the threshold. Fixed, so that an archive has one result.
+/// The seed of the orders that determine the threshold. It is fixed, so that an archive always has the same result.
 constexpr std::uint64_t c_CalibrationSeed = 0x4C755465737453U;
 
-/// The order of a series' values that an order of all runs means.
+/// The order of a series' values that follows from an order of all runs.
 class CSeriesOrder
 {
 public:
@@ -86,7 +86,7 @@ CCalibration::CCalibration(const std::vector<SMeasure>& measures, std::size_t ru
         m_testCount += countTests(finder, measure);
     }
     m_thresholds.bits = GetLog2(std::max(static_cast<double>(m_testCount), 1.0) / rate);
-    // The true order is the strongest of all with probability 1 / (number of shuffled ones + 1).
+    // If nothing has changed, the true order is the strongest one with probability 1 / (number of shuffled ones + 1).
     m_shuffleCount = static_cast<std::size_t>(std::ceil(1.0 / rate)) - 1;
     std::vector<double> strongest(m_shuffleCount);
     LbParallel::ForRanges(0, static_cast<std::int64_t>(m_shuffleCount), [&](std::int64_t first, std::int64_t last) {
@@ -156,7 +156,7 @@ SShuffleCheck CCalibration::Check() const
         CStepFinder finder(m_rules.smallestChange, {});
         for (std::int64_t number = first; number < last; ++number)
         {
-            // Another range of seeds than that of the thresholds.
+            // Other seeds than those of the thresholds.
             const std::uint64_t seed = MixBits(m_rules.checkSeed) ^ static_cast<std::uint64_t>(number);
             visitStrongest(finder, getShuffled(seed), [&](const SStrongest& steps) {
                 const bool isAlarm = steps.bits >= m_thresholds.bits || steps.deviations > m_thresholds.deviations;

@@ -1,4 +1,4 @@
-/// How much a step must stand out so that chance makes one with the probability that the user accepts.
+/// The size that a step must have, so that chance alone causes one with the probability that the user accepts.
 #pragma once
 
 #include <cstddef>
@@ -14,13 +14,13 @@ namespace Runner::History
 
 struct SStepRules
 {
-    double alarmRate = 0.05;      ///< probability that a reading of an archive without steps reports any
+    double alarmRate = 0.05;      ///< probability of any alarm in an archive without steps
     double smallestChange = 0.03; ///< of a level, relative
-    std::size_t checks = 20;      ///< shuffled archives to look at
+    std::size_t checks = 20;      ///< shuffled archives to examine
     std::uint64_t checkSeed = 1;  ///< of their orders
 };
 
-/// What shuffled archives would have alarmed.
+/// The alarms of shuffled archives.
 struct SShuffleCheck
 {
     std::uint64_t archives = 0;
@@ -42,7 +42,7 @@ public:
     /// The noise that the series of a measure share in the runs' own order.
     SCommonNoise GetNoise(const SMeasure& measure) const;
 
-    /// Looks at archives in shuffled orders that were not used for the thresholds.
+    /// Examines archives in shuffled orders that were not used for the thresholds.
     SShuffleCheck Check() const;
 
 private:

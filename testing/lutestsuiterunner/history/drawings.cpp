@@ -16,7 +16,7 @@ constexpr std::size_t c_LineWidth = 200;
 constexpr std::size_t c_LineHeight = 28;
 constexpr std::size_t c_TrendHeight = 120;
 
-/// The width of a run in a strip: so that a strip of many runs still fits beside the names.
+/// The width of a run in a strip. A strip of many runs fits beside the names.
 std::size_t getRunWidth(std::size_t runCount)
 {
     return runCount <= 25 ? 8 : runCount <= 50 ? 5 : runCount <= 100 ? 3 : 2;

@@ -1,4 +1,4 @@
-/// Small drawings of the page: SVG inside of HTML, in UTF-8.
+/// Small drawings of the page: SVG inside HTML, in UTF-8.
 #pragma once
 
 #include <cstddef>
@@ -12,12 +12,12 @@
 namespace Runner::History
 {
 
-/// One mark for each run, the newest on the right: low for passed, high for failed, a dot for canceled, nothing for
-/// absent. The text for readers that see no drawing counts them.
+/// One mark for each run, the newest on the right: low for passed, high for failed, a dot for canceled, no mark for
+/// absent. For readers without drawings, the text gives their numbers.
 std::string DrawOutcomes(std::span<const EOutcome> outcomes);
 
-/// A line through the values; nothing breaks it. `marks` are the runs at which the level changed, and `intervals` where
-/// these may lie.
+/// A line through the values, without gaps. `marks` are the runs at which the level changed; the change is somewhere in
+/// its interval.
 struct SLine
 {
     std::span<const std::optional<double>> values; ///< of each run

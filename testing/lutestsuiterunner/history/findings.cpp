@@ -18,7 +18,7 @@ Beginning getQuarantine(const SCaseFindings& findings)
     return findings.outcomes.flaky && findings.outcomes.flaky->isProven ? getFlaky(findings) : std::nullopt;
 }
 
-/// The newest step decides what the case is now.
+/// The newest step determines the state of the case.
 template<std::vector<SStep> SCaseFindings::*Steps, bool IsUp>
 Beginning getStep(const SCaseFindings& findings)
 {

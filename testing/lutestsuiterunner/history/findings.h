@@ -1,4 +1,4 @@
-/// The kinds of findings, as JSON, page and gates name them.
+/// The kinds of findings, with their names in JSON, page and gates.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ struct SFindingKind
     std::optional<SBeginning> (*get)(const SCaseFindings& findings); ///< nothing if the case is not one of the kind
 };
 
-/// All kinds in the order of their weight.
+/// All kinds, the most important first.
 std::span<const SFindingKind> GetFindingKinds();
 
 /// A finding of a kind.
@@ -31,7 +31,7 @@ struct SFinding
     SBeginning beginning;
 };
 
-/// The cases of a kind whose beginning may lie in the newest `newest` runs; of all runs if that is 0.
+/// The cases of a kind that may have begun in the newest `newest` runs; in any run if that is 0.
 std::vector<SFinding> GetFindings(const SAnalysis& analysis, const SFindingKind& kind, std::size_t newest);
 
 } // namespace Runner::History

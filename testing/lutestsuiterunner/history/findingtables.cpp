@@ -13,7 +13,7 @@ namespace Runner::History
 namespace
 {
 
-/// Rows beyond this make a page slow, and nobody reads them; JSON has all.
+/// More rows make the page slow, and readers do not need them; the JSON file contains all.
 constexpr std::size_t c_MostRows = 500;
 
 using Messages = std::unordered_map<std::uint32_t, const std::wstring*>;
@@ -54,7 +54,7 @@ public:
 
     std::string MakeRow(const SFinding& finding) const;
 
-    /// What the worst findings have most of.
+    /// The property that most of the worst findings share.
     double GetWeight(const SFinding& finding) const;
 
 private:

@@ -11,7 +11,7 @@ namespace Runner::History
 /// All kinds that have findings, each a section with a heading. `prefix` makes their marks unique in the page.
 std::string MakeFindingTables(const SAnalysis& analysis, std::size_t newest, const std::string& prefix);
 
-/// How the page names a run: by its begin, or by its name if that is unknown. Markup.
+/// The name of a run in the page: its start, or its name if the start is unknown. Markup.
 std::string GetRunLabel(const SRun& run);
 
 } // namespace Runner::History

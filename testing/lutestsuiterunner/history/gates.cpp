@@ -11,7 +11,7 @@ namespace Runner::History
 namespace
 {
 
-/// The suite as a whole, which is no case.
+/// The kind for the suite as a whole, which is not a kind of cases.
 constexpr std::string_view c_WholeSlower = "whole-slower";
 
 std::wstring getKindNames()

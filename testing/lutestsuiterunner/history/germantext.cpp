@@ -20,7 +20,7 @@ struct SUnit
     const char* name;
 };
 
-/// The largest unit that leaves a number of one or more, with three digits.
+/// Chooses the largest unit in which the number is at least one; prints three digits.
 template<std::size_t Count>
 std::string formatUnits(double value, const SUnit (&units)[Count])
 {

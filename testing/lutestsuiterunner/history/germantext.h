@@ -1,4 +1,4 @@
-/// Numbers and texts as the page shows them: UTF-8, German.
+/// Numbers and texts for the page: UTF-8, German.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 namespace Runner::History
 {
 
-/// Escaped for markup. Characters that XML does not know become U+FFFD.
+/// Escapes markup. Characters that XML does not allow become U+FFFD.
 std::string ToMarkup(std::wstring_view text);
 
 /// "1.234"

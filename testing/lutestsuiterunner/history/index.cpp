@@ -18,7 +18,7 @@ namespace Runner::History
 namespace
 {
 
-/// With the version of the format. What another version has written is read from the runs again.
+/// Contains the version of the format. The runs of an index of another version are read again.
 constexpr std::string_view c_Begin = "LuTestSuite history index 1\n";
 
 template<typename T, typename Get>
@@ -199,7 +199,7 @@ SIndex ReadIndex(const std::wstring& path)
     }
     catch (const LbException&)
     {
-        // The runs themselves are still there.
+        // Not an error: the runs themselves still exist.
         return {};
     }
     catch (const std::bad_alloc&)

@@ -1,4 +1,4 @@
-/// What was read from an archive before, in a file beside it.
+/// The index of an archive: a file beside it with what was read earlier.
 #pragma once
 
 #include <cstdint>

@@ -11,7 +11,7 @@ namespace Runner::History
 namespace
 {
 
-/// A departure of up to so many runs counts as one of a flaky case; a longer one as a defect that was removed.
+/// Another outcome for up to this number of runs makes a case flaky; a longer one is a defect that was fixed.
 constexpr std::size_t c_LongestDeparture = 2;
 
 struct SVerdict
@@ -20,7 +20,7 @@ struct SVerdict
     bool hasFailed;
 };
 
-/// Verdicts in a row that are equal: [first, end) of the verdicts.
+/// A range [first, end) of equal verdicts.
 struct SStreak
 {
     std::size_t first;
@@ -69,7 +69,7 @@ SBeginning getBeginning(const std::vector<SVerdict>& verdicts, const SStreak& st
     return {index, first, index};
 }
 
-/// What the runs of one build say about the case.
+/// The outcomes of the case with one build.
 struct SBuildProof
 {
     bool hasBoth = false;     ///< it passed and failed
@@ -122,7 +122,7 @@ std::optional<SFlakiness> findFlakiness(const CTable& table, std::size_t testCas
     return flaky;
 }
 
-/// True if a case that was flaky before the streak would hardly go on for so long by chance.
+/// True if it is unlikely that a case that was flaky before the streak fails this long by chance.
 bool isLasting(const std::vector<SVerdict>& verdicts, const std::vector<SStreak>& streaks, std::size_t number)
 {
     constexpr double c_SmallestProbability = 0.01;

@@ -1,4 +1,4 @@
-/// Findings about outcomes: what fails since when, and what changes back and forth.
+/// Findings about outcomes: failures with their beginning, and cases that change back and forth.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,8 @@
 namespace Runner::History
 {
 
-/// Where something began: at the run `index`, or, if the case was not run in between, at an earlier one from `first`.
+/// The beginning of a finding: the run `index`. If the case was not run before it, the finding may have begun at any
+/// run from `first` on.
 struct SBeginning
 {
     std::size_t index = 0;
@@ -19,10 +20,10 @@ struct SBeginning
     std::size_t last = 0;
 };
 
-/// A case that is not to be relied on.
+/// A case whose outcome changes without a change of the code.
 struct SFlakiness
 {
-    std::uint32_t returns = 0; ///< how often it left its outcome and came back
+    std::uint32_t returns = 0; ///< how often its outcome changed and changed back
     std::uint32_t failures = 0;
     std::uint32_t runs = 0; ///< with a verdict
     bool isProven = false;  ///< it passed and failed with the same build

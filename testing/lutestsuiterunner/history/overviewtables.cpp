@@ -68,7 +68,7 @@ std::map<std::wstring_view, SClassTimes> getClassTimes(const CTable& table)
         for (const SCell& cell : table.GetRun(run).cells)
         {
             const std::wstring& className = table.GetName(cell.caseIndex).className;
-            // The cases of a class mostly follow each other.
+            // Cases of one class usually follow each other.
             if (times == nullptr || name != className)
             {
                 name = className;

@@ -1,4 +1,4 @@
-/// What the page tells about the suite as a whole.
+/// The tables of the page about the suite as a whole.
 #pragma once
 
 #include <string>

@@ -10,7 +10,7 @@
 namespace Runner::History
 {
 
-/// UTF-8. Needs no other file, and shows everything without scripts. `newest` as for GetFindings.
+/// UTF-8. Needs no other file, and shows everything even without scripts. `newest` as for GetFindings.
 std::string MakePage(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest);
 
 } // namespace Runner::History

@@ -10,11 +10,11 @@
 namespace Runner::History
 {
 
-/// Base-2 logarithm of a positive number. Built from additions, multiplications and divisions alone, whose results are
-/// the same on every platform; those of the C library's logarithms are not.
+/// Base-2 logarithm of a positive number. It uses only additions, multiplications and divisions, whose results are the
+/// same on every platform; those of the C library's logarithms are not.
 double GetLog2(double number);
 
-/// How unlikely it is by chance that two groups of runs differ as they do. Keeps what it has computed; an object
+/// The probability that two groups of runs differ as much as they do by chance. Stores computed tables; an object
 /// belongs to one thread.
 class CRankTails
 {
@@ -24,7 +24,7 @@ public:
     /// least half of the pairs are.
     double GetBits(std::size_t firstSize, std::size_t secondSize, std::size_t inversions);
 
-    /// The largest number of inversions with at least that much evidence; -1 if there is none.
+    /// The largest number of inversions with at least that much evidence; -1 if no number has it.
     std::int64_t GetLimit(std::size_t firstSize, std::size_t secondSize, double bits);
 
 private:

@@ -1,4 +1,4 @@
-/// What the history keeps of a run, whatever kind of file it was read from.
+/// The data of a run that the history uses, from any kind of file.
 #pragma once
 
 #include <cstdint>
@@ -14,10 +14,10 @@ namespace Runner::History
 
 using ECaseRunResult = LuTestSuiteRun::ECaseRunResult;
 
-/// A count that the file does not hold.
+/// The value of a count that the file does not contain.
 inline constexpr std::uint64_t c_UnknownCount = std::numeric_limits<std::uint64_t>::max();
 
-/// What a run measured of a case.
+/// The measurements of a case in a run.
 struct SMeasured
 {
     ECaseRunResult result = ECaseRunResult::Ok;
@@ -27,7 +27,7 @@ struct SMeasured
     std::uint64_t allocations = c_UnknownCount;
 
     bool HasPassed() const { return result == ECaseRunResult::Ok; }
-    /// A canceled case says nothing.
+    /// A canceled case has no outcome.
     bool HasVerdict() const { return result != ECaseRunResult::Canceled; }
 
     bool operator==(const SMeasured&) const = default;
@@ -41,12 +41,12 @@ struct SRecordedCase
     std::wstring message; ///< the first error line of a case that failed
 };
 
-/// Which run it is.
+/// Identifies a run.
 struct SRunLabel
 {
     std::wstring name;          ///< of its file or folder, below the archive
     std::wstring configuration; ///< of the build
-    std::wstring build;         ///< what tells this build from others; empty when unknown
+    std::wstring build;         ///< identifies the build; empty when unknown
     std::wstring machine;
     std::wstring begin; ///< local time, "Y-m-d H:i:s"
 
@@ -59,8 +59,8 @@ struct SRecordedRun
     std::vector<SRecordedCase> cases; ///< in the order of the run; a name may occur several times
 };
 
-/// What tells a build of a version-control system from others; empty when unknown, or when the working copy was
-/// changed, or mixed of several revisions.
+/// The build of a version-control system; empty if unknown, or if the working copy was changed or mixed of several
+/// revisions.
 std::wstring GetBuildName(const LuTestSuiteUtils::SSvnInfo* svn, const LuTestSuiteUtils::SPscmInfo* pscm);
 
 /// Reads an XML report. False, after a line of output, if it cannot be read.

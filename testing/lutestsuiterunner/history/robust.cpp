@@ -50,7 +50,8 @@ double GetScatter(std::span<const double> values)
 std::vector<double> Winsorize(std::span<const double> values)
 {
     constexpr double c_Scatters = 3.0;
-    // More than half of the values may be equal: a hundredth of the level keeps a step visible then.
+    // If more than half of the values are equal, the scatter counts as a hundredth of the level, so that a step stays
+    // visible.
     constexpr double c_SmallestPart = 0.01;
     const double median = GetMedian(values);
     const double distance = std::max(c_Scatters * getScatter(values, median), c_SmallestPart * median);

@@ -1,4 +1,4 @@
-/// Statistics that single odd values cannot spoil.
+/// Statistics that are robust against single outliers.
 #pragma once
 
 #include <cstdint>
@@ -17,16 +17,16 @@ double GetMedian(std::span<const double> values);
 /// standard deviation of a normal distribution.
 double GetScatter(std::span<const double> values);
 
-/// The values, those that lie more than three scatters from the median moved to that distance.
+/// The values; those more than three scatters from the median are moved to that distance.
 std::vector<double> Winsorize(std::span<const double> values);
 
-/// Ranks from 0. Equal values get random ranks among themselves, which `seed` decides. So all orders of ranks are
-/// equally likely if all orders of the values are, whatever the values are.
+/// Ranks from 0. Equal values get random ranks among themselves, determined by `seed`. So if all orders of the values
+/// are equally likely, all orders of the ranks are, too.
 void FillRanks(std::span<const double> values, std::uint64_t seed, std::span<std::uint16_t> ranks);
 
 std::vector<std::uint16_t> GetRanks(std::span<const double> values, std::uint64_t seed);
 
-/// How much neighbours resemble each other: the lag-1 autocorrelation of the ranks, -1 to 1.
+/// The similarity of neighbours: the lag-1 autocorrelation of the ranks, -1 to 1.
 double GetCorrelation(std::span<const std::uint16_t> ranks);
 
 } // namespace Runner::History

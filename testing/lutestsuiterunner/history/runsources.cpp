@@ -14,7 +14,7 @@ namespace Runner::History
 namespace
 {
 
-/// Where archive runs put their reports.
+/// The folder for reports of archive runs.
 constexpr const wchar_t* c_ReportFolder = L"Archive";
 
 std::vector<std::wstring> getFolders(const std::wstring& folder)
@@ -34,7 +34,7 @@ void addReports(const std::wstring& folder, const std::wstring& prefix, std::vec
 {
     for (const std::wstring& file : LbFileSystem::GetFileNames(folder + prefix))
     {
-        // Beside the report of a build server lies the same run for other readers.
+        // A report for build servers contains the same run again.
         if (file.ends_with(L".xml") && file != c_JunitName)
         {
             sources.push_back({prefix + file, {prefix + file}, ReadReport});
@@ -42,7 +42,7 @@ void addReports(const std::wstring& folder, const std::wstring& prefix, std::vec
     }
 }
 
-/// Plan and journals below the archive; empty if the folder holds no run.
+/// Plan and journals below the archive; empty if the folder contains no run.
 std::vector<std::wstring> getJournals(const std::wstring& folder, const std::wstring& name)
 {
     const std::wstring prefix = name + LbPath::c_Separator;
@@ -59,7 +59,7 @@ std::vector<std::wstring> getJournals(const std::wstring& folder, const std::wst
     return files;
 }
 
-/// The run whose folder it is, if any. Journals hold more than the report that was made of them.
+/// The run of the folder, if there is one. Journals contain more than the report that was made from them.
 void addRunFolder(const std::wstring& folder, const std::wstring& name, std::vector<SRunSource>& sources)
 {
     if (std::vector<std::wstring> journals = getJournals(folder, name); !journals.empty())

@@ -9,7 +9,7 @@
 namespace Runner::History
 {
 
-/// Something that a run can be read from.
+/// A source from which a run can be read.
 struct SRunSource
 {
     std::wstring name;                                         ///< file or folder, below the archive

@@ -61,7 +61,7 @@ double getRelativeScatter(std::span<const double> values)
     return median > 0.0 ? GetScatter(values) / median : 0.0;
 }
 
-/// The tempo to each of the powers 1, 1/2 and 0.
+/// The tempo to the powers 1, 1/2 and 0.
 class CTempo
 {
 public:
@@ -74,7 +74,7 @@ public:
         }
     }
 
-    /// Adjusts less than fully only where the values then scatter clearly less.
+    /// Uses a smaller adjustment only if the values then scatter clearly less.
     void Adjust(SRow& row) const
     {
         constexpr double c_Clearly = 0.8;
@@ -94,7 +94,7 @@ public:
     }
 
 private:
-    /// A tempo that varies less makes no step.
+    /// A tempo that varies less causes no step.
     static constexpr double c_SteadyHalf = 0.005;
 
     std::span<const double> m_full;
@@ -158,7 +158,7 @@ std::vector<SRow> getTempoSample(const CTable& table)
     return sample;
 }
 
-/// The median over the cases of what a run took beside the case's median.
+/// The median over the cases of the ratio between the time in the run and the case's median.
 std::vector<double> getFactors(const std::vector<SRow>& sample, std::span<const double> tempo)
 {
     std::vector<std::vector<double>> ratios(tempo.size());
@@ -188,7 +188,7 @@ std::vector<double> GetTempo(const CTable& table)
     const std::vector<SRow> sample = getTempoSample(table);
     if (sample.size() >= c_FewestCases)
     {
-        // The medians of the first round still hold the tempo of a run.
+        // The medians of the first round still contain the tempo of the runs.
         tempo = getFactors(sample, tempo);
         tempo = getFactors(sample, tempo);
     }

@@ -1,4 +1,4 @@
-/// A new file that only grows.
+/// A new file to which bytes are only appended.
 #pragma once
 
 #include <cstdint>
@@ -21,10 +21,10 @@ public:
     CAppendFile(const CAppendFile&) = delete;
     CAppendFile& operator=(const CAppendFile&) = delete;
 
-    /// With one call of the system, unless the disk becomes full.
+    /// Writes with one system call, unless the disk becomes full.
     void Append(std::string_view bytes);
 
-    /// Brings what was appended to the disk. False on failure.
+    /// Flushes what was appended to the disk. False on failure.
     bool Synchronise();
 
     /// Synchronises and closes.

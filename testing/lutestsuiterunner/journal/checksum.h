@@ -1,4 +1,4 @@
-/// Checksums of records and digests of files. Any thread; the digest is one thread's at a time.
+/// Checksums of records and digests of files. Any thread; a digest object belongs to one thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -16,7 +16,7 @@ std::optional<std::uint32_t> GetJournalNumber(std::wstring_view name)
     std::uint32_t number = 1;
     if (name.starts_with(c_Front))
     {
-        // All of the digits are ASCII, or the name differs from the one that is made of the number.
+        // If the digits are not ASCII or have leading zeros, the name made from the number differs.
         const std::string digits(name.begin() + c_Front.size(), name.end());
         std::from_chars(digits.data(), digits.data() + digits.size(), number);
     }

@@ -19,7 +19,7 @@ inline constexpr const wchar_t* c_SummaryName = L"summary.json";
 /// "journal.ndjson", "journal-2.ndjson", ...
 std::wstring GetJournalName(std::uint32_t number);
 
-/// The number in the name of a journal; nothing for other names.
+/// The number in the name of a journal; empty for other names.
 std::optional<std::uint32_t> GetJournalNumber(std::wstring_view name);
 
 /// The file of a journal's large texts, relative to the folder, with "/": "output/1.txt".

@@ -27,7 +27,7 @@ void remove(const std::wstring& path)
     }
 }
 
-/// What a run has left behind. The plan first: without it the journals are of no run.
+/// Removes the files of a run, the plan first: without a plan the journals belong to no run.
 void removeRun(const std::wstring& folder)
 {
     remove(folder + c_PlanName);

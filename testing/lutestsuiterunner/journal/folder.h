@@ -27,17 +27,17 @@ public:
     /// With separator at its end.
     const std::wstring& GetPath() const { return m_path; }
 
-    /// Removes plan, journals, output and reports of a run that the folder held before, and writes the plan. Returns
-    /// its digest. Throws LbException with a German message, as all that follow.
+    /// Removes plan, journals, output and reports of a run that the folder contains, and writes the plan. Returns its
+    /// digest. Like the operations below, throws LbException with a German message.
     std::string ReplacePlan(const SPlan& plan);
 
-    /// Begins a journal of the plan that the folder holds.
+    /// Begins a journal of the folder's plan.
     std::unique_ptr<CJournalWriter> AddJournal(const SJournalBegun& begun);
 
-    /// Begins a new run: ReplacePlan, and the first journal, by this host and now.
+    /// Begins a new run: calls ReplacePlan and begins the first journal, with this host and the present time.
     std::unique_ptr<CJournalWriter> BeginRun(const SPlan& plan);
 
-    /// Begins the next journal of the run that the folder holds, by this host and now.
+    /// Begins the next journal of the folder's run, with this host and the present time.
     std::unique_ptr<CJournalWriter> ContinueRun(const SPlan& plan);
 
 private:

@@ -1,4 +1,4 @@
-/// JSON of records, built by hand: recording must cost next to nothing. Reading is nlohmann-json's.
+/// Writes the JSON of records. It is written by hand, because recording must cost very little; nlohmann-json reads it.
 #pragma once
 
 #include <concepts>
@@ -13,13 +13,13 @@ namespace Runner
 /// A JSON string with its quotes. `utf8` has no control characters but tab, line feed and carriage return.
 void AppendJsonString(std::string_view utf8, std::string& json);
 
-/// The same of any wide text: see ToEscapedUtf8.
+/// The same for any wide text: see ToEscapedUtf8.
 void AppendJsonString(std::wstring_view text, std::string& json);
 
 /// The string of any wide text.
 std::string ToJsonString(std::wstring_view text);
 
-/// Writes one object, member by member, behind what `json` holds.
+/// Appends one object to `json`, member by member.
 class CJsonObject
 {
 public:
@@ -28,7 +28,7 @@ public:
     CJsonObject(const CJsonObject&) = delete;
     CJsonObject& operator=(const CJsonObject&) = delete;
 
-    /// The name of a member; its value is to be appended next. Names are plain ASCII.
+    /// The name of a member; the caller appends its value next. Names are plain ASCII.
     std::string& Add(std::string_view name)
     {
         m_json += m_isFirst ? "\"" : ",\"";
@@ -37,7 +37,7 @@ public:
         return m_json += "\":";
     }
 
-    /// The same for a name of any kind, which is a JSON string already.
+    /// The same for any name, given as a JSON string.
     std::string& AddQuoted(std::string_view name)
     {
         m_json += m_isFirst ? "" : ",";
@@ -63,7 +63,7 @@ public:
     void Add(std::string_view name, const char* utf8) { AppendJsonString(std::string_view(utf8), Add(name)); }
     void Add(std::string_view name, std::wstring_view text) { AppendJsonString(text, Add(name)); }
 
-    /// Members of their usual value are left out.
+    /// Omits members that have their default value.
     template<typename T>
     void AddUnless(const T& usual, std::string_view name, const T& value)
     {

@@ -17,7 +17,7 @@ constexpr std::string_view c_Checksum = R"(,"c":")";
 constexpr std::string_view c_Record = R"(","r":)";
 constexpr std::string_view c_End = "}\n";
 
-/// Takes what a text begins with from its front.
+/// Removes a prefix from the front of the text.
 class CFront
 {
 public:
@@ -30,7 +30,7 @@ public:
         return isThere;
     }
 
-    /// Only as it is written: no leading zeros, so that no other text has the same meaning.
+    /// Accepts no leading zeros, so that a number has only one spelling.
     bool Take(std::uint64_t& number)
     {
         const auto [end, error] = std::from_chars(m_text.data(), m_text.data() + m_text.size(), number);
@@ -59,7 +59,7 @@ private:
 
 bool isChecksum(std::string_view digits, std::string_view record)
 {
-    // As text: a capital digit is a damaged one.
+    // Compares text, so that a capital digit counts as damage.
     const auto expected = ToHexadecimal(GetChecksum(record));
     return digits == std::string_view(expected.data(), expected.size());
 }

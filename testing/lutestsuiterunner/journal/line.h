@@ -8,10 +8,10 @@
 namespace Runner
 {
 
-/// The longest record that a journal holds, in bytes of "r".
+/// The largest record in a journal, in bytes of "r".
 inline constexpr std::size_t c_LargestRecord = 65536;
 
-/// Replaces `line` by that of a record.
+/// Replaces `line` by the line of a record.
 void MakeLine(std::uint64_t sequence, std::string_view record, std::string& line);
 
 enum class ELineState
@@ -28,7 +28,7 @@ struct SLine
     std::string_view record; ///< a part of the text
 };
 
-/// Takes a line apart, which begins `text` and, if it is good, ends with it.
+/// Parses the line at the beginning of `text`. If it is good, it is the whole text.
 SLine ReadLine(std::string_view text);
 
 } // namespace Runner

@@ -13,10 +13,10 @@ namespace
 
 constexpr std::size_t c_Piece = std::size_t{256} * 1024;
 
-/// More than a line has beside its record.
+/// The largest number of bytes of a line apart from its record.
 constexpr std::size_t c_Frame = 128;
 
-/// A whole record that is followed by more than its own end: a line feed inside the file is lost.
+/// True for a whole record with more text before the next line feed: a line feed of the file was lost.
 bool isFollowed(const SLine& line, std::string_view text)
 {
     constexpr std::size_t c_EndSize = 2;
@@ -60,7 +60,7 @@ bool CLineReader::Next(std::string_view& record)
     return endInTail();
 }
 
-/// Reads until there is a whole line; false if there is none before the end or the limit of lines.
+/// Reads until there is a whole line; false if the end, or the limit of lines, comes first.
 bool CLineReader::findLineEnd(std::size_t& size)
 {
     std::size_t searched = 0;
@@ -97,7 +97,7 @@ bool CLineReader::readMore()
     return count > 0;
 }
 
-/// Takes all that is left for the tail, if nothing but a torn record can have left it.
+/// Counts everything that is left as the tail if it can come from an incomplete write.
 bool CLineReader::endInTail()
 {
     const std::string_view rest = getText();
@@ -106,7 +106,7 @@ bool CLineReader::endInTail()
         fail(L"Der Eintrag endet nicht mit seiner Zeile");
     }
     m_tailSize = rest.size();
-    // However long it is: some file systems leave zeros behind when the machine is lost.
+    // Zeros of any length: some file systems leave them when the machine crashes.
     while (true)
     {
         m_start = m_end = 0;

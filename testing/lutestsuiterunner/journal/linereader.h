@@ -9,10 +9,10 @@
 namespace Runner
 {
 
-/// Fills a buffer of the size given, and returns how many bytes it got; 0 at the end.
+/// Fills a buffer of the given size, and returns the number of bytes read; 0 at the end.
 using ReadBytes = std::function<std::size_t(char* buffer, std::size_t size)>;
 
-/// Where something is damaged.
+/// The place of damage.
 struct SDamage
 {
     std::uint64_t line;   ///< from 1
@@ -20,23 +20,23 @@ struct SDamage
     const wchar_t* what;  ///< German
 };
 
-/// Reads records in constant memory. A record that is not complete at the very end, as a process leaves it that dies
-/// while it writes, is the torn tail and no damage. One thread at a time.
+/// Reads records in constant memory. An incomplete record at the very end is the tail of a process that died while it
+/// wrote, and not damage. One thread at a time.
 class CLineReader
 {
 public:
     /// No record is longer than `largestRecord` bytes.
     CLineReader(ReadBytes read, std::size_t largestRecord);
 
-    /// The next record, valid until the next call; false behind the last one. Throws SDamage.
+    /// The next record, valid until the next call; false after the last one. Throws SDamage.
     bool Next(std::string_view& record);
 
-    /// Of the record that was read last: its number in the file, from 1, which is its line's number, too; and the
-    /// offset of its line.
+    /// The number of the last record in the file, from 1, which is also the number of its line; and the offset of its
+    /// line.
     std::uint64_t GetSequence() const { return m_sequence; }
     std::uint64_t GetOffset() const { return m_offset; }
 
-    /// Number of bytes behind the last record; final once Next returned false.
+    /// Number of bytes after the last record; final once Next returned false.
     std::uint64_t GetTailSize() const { return m_tailSize; }
 
 private:

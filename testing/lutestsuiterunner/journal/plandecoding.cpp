@@ -24,7 +24,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// A record that its checksum confirms, but that this version does not understand.
+/// A record with a correct checksum that this version does not understand.
 struct SUnreadable
 {
 };
@@ -115,7 +115,7 @@ public:
     void Add(const Json& record)
     {
         const std::string& type = record.at("t").get_ref<const std::string&>();
-        // All but the first record say something about what the first one begins.
+        // The first record, and no other one, has the type "plan".
         require((type == "plan") != std::exchange(m_hasBegun, true) && !m_hasEnded);
         for (const SType& candidate : c_Types)
         {
@@ -185,7 +185,7 @@ private:
 
     void readQuarantined(const Json& record) { mark(record, &SPlannedCase::isQuarantined, true); }
 
-    /// They stand behind all unit tests.
+    /// Disabled cases come after all unit tests.
     void mark(const Json& record, bool SPlannedCase::*mark, bool value)
     {
         planCases();
@@ -211,7 +211,7 @@ private:
 
     void readEnd(const Json& record)
     {
-        // Before as many case runs are made as someone may have written.
+        // Checked before the case runs are created, because the number may come from a forged file.
         require(record.at("unitTests") == m_plan.unitTests.size());
         planCases();
         require(record.at("cases") == m_plan.cases.size());
@@ -235,7 +235,7 @@ const CPlanDecoder::SType CPlanDecoder::c_Types[9] = {{"plan", &CPlanDecoder::re
                                                       {"quarantined", &CPlanDecoder::readQuarantined},
                                                       {"end", &CPlanDecoder::readEnd}};
 
-/// Its own digest stands in the last record, so that this is not part of what it is made of.
+/// The last record contains the digest, so the digest does not include that record.
 class CPlanReader
 {
 public:
@@ -284,7 +284,7 @@ public:
     }
 
 private:
-    /// The digest is that of the file's bytes; all of a good line but its record follows from the record.
+    /// The digest covers the file's bytes. All other parts of a good line follow from its record.
     void add(std::string_view record, CDigest& digest)
     {
         MakeLine(m_lines.GetSequence(), record, m_line);

@@ -17,8 +17,8 @@ namespace Runner
 namespace
 {
 
-/// Groups are closed when they reach it: what they can grow by then stays below the limit of a record, unless a single
-/// name is very long.
+/// A group is closed when it reaches this size. It then stays below the limit of a record unless a single name is very
+/// long.
 constexpr std::size_t c_GroupSize = 32768;
 
 template<typename R>
@@ -78,7 +78,7 @@ void addParameter(CJsonObject& object, const std::wstring& name, const LbVariant
     }
 }
 
-/// In the order of their names, so that equal parameters have one text.
+/// Sorted by name, so that equal parameters have equal texts.
 void addParameters(CJsonObject& parent, const LuTestSuite::ParameterMap& parameters)
 {
     std::vector<std::wstring> names;
@@ -126,7 +126,7 @@ void appendRange(const SRange& range, std::string& json)
     json += ']';
 }
 
-/// Returns how many elements there are when the record has become large.
+/// Returns the number of elements after which the record has become large.
 template<typename T, typename F>
 std::size_t appendList(std::string& json, std::span<const T> list, const F& append)
 {
@@ -296,7 +296,7 @@ std::string DigestSelection(const SPlan& plan)
         std::vector<std::string> cases;
         for (LuTestSuite::STestCase testCase : unitTest.cases)
         {
-            // Only whether it is a file.
+            // The digest contains only whether the case is a file.
             testCase.dataSetFile = testCase.dataSetFile.empty() ? std::wstring() : testCase.name;
             appendCase(testCase, {}, cases.emplace_back());
         }

@@ -1,4 +1,4 @@
-/// The fields of a plan that are written and read alike: names in the file, and members.
+/// The fields of a plan that are written and read in the same way: names in the file, and members.
 #pragma once
 
 #include <cstdint>

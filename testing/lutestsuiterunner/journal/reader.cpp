@@ -51,7 +51,7 @@ public:
     const CLineReader& GetLines() const { return m_lines; }
 
 private:
-    /// As the first record, and nowhere else.
+    /// The first record has this type, and no other record.
     void requireBegin(const Record& record) const
     {
         const auto* const begun = std::get_if<SJournalBegun>(&record);

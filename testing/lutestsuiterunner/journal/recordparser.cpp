@@ -66,7 +66,7 @@ struct SMembers
     std::array<STextPlace, eF_Count> places; ///< of texts; one of size 0 is not used
 };
 
-/// What is wrong with a record's members ends its reading.
+/// Ends the reading of a record with wrong members.
 struct SUnreadable
 {
 };
@@ -205,7 +205,7 @@ constexpr SType c_Types[] = {{"start", make<makeStarted>},   {"end", make<makeEn
 
 } // namespace
 
-/// Receives the members of an object as the JSON reader finds them: no tree is built.
+/// Receives the members of an object from the JSON reader, without a tree.
 class CRecordParser::CHandler : public nlohmann::json_sax<nlohmann::json>
 {
 public:

@@ -12,10 +12,10 @@
 namespace Runner
 {
 
-/// Gives the bytes of a text that EncodeRecord has stored.
+/// Loads the bytes of a text that EncodeRecord has stored.
 using LoadText = std::function<std::string(const STextPlace& place)>;
 
-/// Keeps its memory from record to record. One thread at a time.
+/// Reuses its memory for all records. One thread at a time.
 class CRecordParser
 {
 public:
@@ -24,7 +24,7 @@ public:
     CRecordParser(const CRecordParser&) = delete;
     CRecordParser& operator=(const CRecordParser&) = delete;
 
-    /// False if the text is not a record. Members that are not known are skipped. Exceptions of `load` pass through.
+    /// False if the text is not a record. Skips unknown members. Passes on exceptions of `load`.
     bool Parse(std::string_view json, const LoadText& load, Record& record);
 
 private:

@@ -10,7 +10,7 @@ namespace Runner
 namespace
 {
 
-/// Four texts of this size and all else of a record stay below the limit of a record.
+/// Four texts of this size and all other members fit into a record.
 constexpr std::size_t c_LargestText = 15000;
 
 class CEncoder

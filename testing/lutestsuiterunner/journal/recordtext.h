@@ -11,7 +11,7 @@
 namespace Runner
 {
 
-/// Where a large text stands: in a file beside the journal.
+/// The place of a large text in a file beside the journal.
 struct STextPlace
 {
     std::string file; ///< relative to the run's folder, with "/"
@@ -20,11 +20,11 @@ struct STextPlace
     std::string checksum; ///< of the bytes, in hexadecimal digits
 };
 
-/// Puts a large text beside the journal.
+/// Stores a large text beside the journal.
 using StoreText = std::function<STextPlace(const std::string& utf8)>;
 
-/// Appends the JSON of a record, at most c_LargestRecord bytes; `elapsed` stands in for one that is 0. Exceptions of
-/// `store` pass through.
+/// Appends the JSON of a record, at most c_LargestRecord bytes. Writes `elapsed` if the record's own value is 0. Passes
+/// on exceptions of `store`.
 void EncodeRecord(const Record& record, std::uint64_t elapsed, const StoreText& store, std::string& json);
 
 } // namespace Runner

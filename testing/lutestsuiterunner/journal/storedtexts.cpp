@@ -17,7 +17,7 @@ namespace Runner
 namespace
 {
 
-/// Piece by piece, since the size of a text is known from a file.
+/// In pieces, because the size comes from a file that may be damaged.
 constexpr std::size_t c_Piece = 65536;
 
 } // namespace

@@ -17,7 +17,8 @@ class CStoredTexts
 public:
     CStoredTexts(const std::wstring& folder, std::uint32_t journal);
 
-    /// Throws LbException with a German message that names file and byte offset if the text is not what was written.
+    /// Throws LbException with a German message that names file and byte offset if the text differs from what was
+    /// written.
     std::string Load(const STextPlace& place);
 
 private:

@@ -15,7 +15,7 @@ namespace
 
 using Arguments = std::vector<std::wstring>;
 
-/// The arguments behind the command.
+/// The arguments after the command.
 struct SArguments
 {
     Arguments own;

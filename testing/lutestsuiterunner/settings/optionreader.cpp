@@ -34,7 +34,7 @@ public:
         return usage + (m_takesLibraryOptions ? " -- [Optionen von LuTestSuiteCLI]\n" : "\n");
     }
 
-    /// Without a blank before a value that only "=" may precede.
+    /// Without a blank before a value that only "=" can introduce.
     std::string make_option_opts(const CLI::Option* option) const override
     {
         const std::string text = CLI::Formatter::make_option_opts(option);
@@ -45,7 +45,7 @@ private:
     bool m_takesLibraryOptions;
 };
 
-/// CLI11 lets the message pass, because it is no exception of its own kind.
+/// CLI11 does not catch a message, because its type is not one of its exceptions.
 [[noreturn]] void refuse(const char* name, const std::string& value, const std::wstring& expected)
 {
     throw LbFormat(L"Der Wert '%s' der Option '%s' ist falsch: erwartet wird %s", FromUtf8(value), FromUtf8(name),
@@ -71,7 +71,7 @@ auto getAppender(std::vector<std::wstring>& target)
     };
 }
 
-/// The option that a message of CLI11 begins with.
+/// The option at the beginning of a message of CLI11.
 std::wstring getOptionOf(const CLI::Error& error)
 {
     const std::string text = error.what();
@@ -99,7 +99,7 @@ COptionReader::COptionReader(const std::wstring& command, const std::wstring& pu
     m_app->formatter(formatter);
     m_app->option_defaults()->group("Optionen");
     m_app->set_help_flag("-h,--help", "Diese Hilfe");
-    // Arguments that are left are reported in German.
+    // Remaining arguments are reported in German.
     m_app->allow_extras();
     m_app->allow_windows_style_options(false);
 }

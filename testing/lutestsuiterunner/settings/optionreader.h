@@ -25,12 +25,12 @@ struct SOptionText
     const wchar_t* help;
 };
 
-/// Options are added, then the arguments are read into the targets, which outlive the object. An option that is given
-/// several times has its last value.
+/// Add options first; then the arguments are read into the targets, which outlive the object. Of an option that is
+/// given several times, the last value counts.
 class COptionReader : public INonCopyable
 {
 public:
-    /// `takesLibraryOptions` is for the help only.
+    /// `takesLibraryOptions` affects only the help.
     COptionReader(const std::wstring& command, const std::wstring& purpose, bool takesLibraryOptions);
     ~COptionReader();
 
@@ -41,7 +41,7 @@ public:
 
     void AddNumber(const SOptionText& text, std::uint32_t least, std::uint32_t& target);
 
-    /// `read` takes the value, or returns false if it is wrong; `expected` says in German what is right.
+    /// `read` stores the value, or returns false if it is wrong; `expected` describes a correct value in German.
     using ReadValue = std::function<bool(const std::wstring& value)>;
     void AddValue(const SOptionText& text, const std::wstring& expected, const ReadValue& read);
 

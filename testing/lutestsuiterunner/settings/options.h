@@ -1,4 +1,4 @@
-/// What the command line asks for: one record a command.
+/// The options of the command line: one record for each command.
 #pragma once
 
 #include <cstdint>
@@ -10,10 +10,10 @@
 namespace Runner
 {
 
-/// What stands behind "--": options of LuTestSuiteCLI, which the library's own command line reads.
+/// The options of LuTestSuiteCLI after "--", which the library's own command line reads.
 using LibraryOptions = std::vector<std::wstring>;
 
-/// Where a run is written to unless the user says otherwise.
+/// The default folder of a run.
 inline constexpr const wchar_t* c_DefaultOut = L"lutestsuite-out";
 
 struct SHelp
