@@ -174,7 +174,7 @@ void crashInThread()
 
 std::optional<long> s_copy;
 
-/// The copy crashes, and the case goes on.
+/// The copy crashes, and the case continues.
 void crashInCopy()
 {
     const std::optional<long> copy = LbOs::Fork();
@@ -204,7 +204,7 @@ void awaitCopy()
 namespace
 {
 
-/// Ends a process that loads the module, if a test says so.
+/// Ends a process that loads the module, if a test requests that.
 bool comesToLife()
 {
     const char* const dies = std::getenv("LUTESTSUITE_TEST_DIES");

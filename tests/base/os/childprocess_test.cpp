@@ -393,7 +393,7 @@ TEST(OsChildProcess, NeedsNoFurtherProcessAfterPreparation)
     EXPECT_THAT(LbOs::ListChildren(), testing::UnorderedElementsAreArray(expected));
 }
 
-/// On Windows nothing stops a process that reads.
+/// On Windows a background process may read from the console.
 TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
 {
     if constexpr (LbPath::c_Separator == L'\\')

@@ -24,7 +24,7 @@ TEST(OsDurableFiles, GrowByWhatIsAppended)
 
     EXPECT_TRUE(append(file, "eins"));
     EXPECT_TRUE(LbOs::SynchroniseFile(file));
-    // Others may read it meanwhile.
+    // Other programs may read the file while it is open.
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "eins");
     EXPECT_TRUE(append(file, "zwei"));
     EXPECT_TRUE(LbOs::CloseFile(file));

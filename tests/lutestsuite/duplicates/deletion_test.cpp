@@ -255,7 +255,7 @@ TEST_F(DuplicateDeletion, AreDeletedUnderAnySpellingOfTheDataDirectory)
 }
 
 /// While the first line of the set is printed, a folder replaces a file that is to be deleted.
-TEST_F(DuplicateDeletion, ReportWhatCannotBeDeletedAndGoOn)
+TEST_F(DuplicateDeletion, ReportFilesThatCannotBeDeletedAndContinue)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
     const std::wstring replaced = Write(L"b.txt", "gut");

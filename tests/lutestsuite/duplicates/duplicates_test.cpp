@@ -104,7 +104,7 @@ TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
     EXPECT_TRUE(Detect(eDM_List).ends_with(GetSummary(1, 0)));
 }
 
-/// A pipe to which nobody writes.
+/// A pipe without a writer.
 TEST_F(Duplicates, DoNotWaitForPipes)
 {
     Write(L"b.txt", "gut");
@@ -278,7 +278,7 @@ TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
     EXPECT_EQ(Detect(eDM_List), GetCheck() + GetSummary(1, 0));
 }
 
-/// None of the files fits into memory.
+/// Each file is too large for the memory.
 TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -307,7 +307,7 @@ TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
     EXPECT_EQ(status, 0);
 }
 
-/// Lines are in the order of cases, in whatever order files fail.
+/// Lines have the order of the cases, not the order in which files fail.
 TEST_F(Duplicates, ReportWhatCannotBeReadInTheOrderOfCases)
 {
     const std::wstring memory = L"/proc/self/mem";

@@ -122,7 +122,8 @@ TEST_F(CPatchEngineProtection, PatchIsUndoneWhenTheProtectionCannotBeRestored)
 
 TEST_F(CPatchEngineProtection, AllAreEnabledOrNone)
 {
-    // Both protections of the first patch succeed, none of the second, and both again that undo the first.
+    // Changing the protection works twice for the first patch, fails for the second, and works twice again to undo the
+    // first.
     static int s_call = 0;
     s_call = 0;
     CPatchEngine engine({.protect = [](void* address, std::size_t size, std::uint32_t protection) noexcept {

@@ -12,7 +12,8 @@ class LuTestSuiteHeapTrackerFailure : public LuTestSuiteHeapTrackerTest
 {
 };
 
-/// Temporarily replaces a function's first instruction with one that cannot be moved, while nobody calls the function.
+/// Temporarily replaces a function's first instruction with one that cannot be moved. No thread may call the function
+/// while the object lives.
 class UnmovableFunction : public INonCopyable
 {
 public:

@@ -305,7 +305,7 @@ TEST_F(XmlReportReader, RefusesPathsThatAreNoFiles)
     {
         places.push_back(device);
     }
-    // A pipe to which nobody writes.
+    // A pipe without a writer.
     if (const std::wstring pipe = m_folder.GetPathOf(L"Leitung.xml"); LbOs::MakePipe(pipe))
     {
         places.push_back(pipe);

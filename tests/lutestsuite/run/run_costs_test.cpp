@@ -21,7 +21,7 @@ namespace
 
 constexpr int c_Files = 50;
 
-/// More sub-tests than one object needs; none of their functions fits into a function object without memory.
+/// More sub-tests than one object needs. Their functions are too large for a function object without memory of its own.
 class CNamesMany : public LuUnitTest
 {
     LB_RTTI(CNamesMany)

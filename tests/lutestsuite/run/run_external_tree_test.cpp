@@ -41,7 +41,7 @@ TEST_F(RunExternalTree, DoesNotDelayTheTimeOut)
 {
     constexpr double c_Latest = 4.1;
     double elapsed = c_Latest;
-    // Another attempt, because the machine may have been busy.
+    // Tries again, because the machine may have been busy.
     for (int attempt = 0; attempt < 2 && elapsed >= c_Latest; ++attempt)
     {
         LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});

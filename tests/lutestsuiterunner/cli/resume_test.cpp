@@ -30,7 +30,7 @@ protected:
     }
 };
 
-TEST_F(RunnerResume, GoesOnBehindACaseThatCrashesTheHost)
+TEST_F(RunnerResume, ContinuesAfterACaseThatCrashesTheHost)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers handle crashes themselves";
@@ -75,7 +75,7 @@ TEST_F(RunnerResume, BlamesACaseThatCallsExit)
     ExpectLine(run.output, "bestanden: 2,");
 }
 
-TEST_F(RunnerResume, RunsWhatAnAbortedRunHasLeft)
+TEST_F(RunnerResume, RunsTheRemainingCasesOfAnAbortedRun)
 {
     m_folder.MakeFolder(L"data/CResultModel");
     Run({L"run", L"--fail-fast"});
@@ -110,7 +110,7 @@ TEST_F(RunnerResume, LeavesACompleteRunAsItIs)
     ExpectLine(run.output, "Fälle: 2, bestanden: 2");
 }
 
-TEST_F(RunnerResume, ConfirmsFailuresIfTold)
+TEST_F(RunnerResume, ConfirmsFailuresOnRequest)
 {
     m_folder.MakeFolder(L"data/CSharedStateModel");
     EXPECT_EQ(Run({L"run"}).exitStatus, 1);
@@ -148,7 +148,7 @@ TEST_F(RunnerResume, KeepsARandomSeed)
     ExpectLine(output, "--order random:" + plan.substr(seed + 15, plan.find('"', seed) - seed - 15) + "\n");
 }
 
-TEST_F(RunnerResume, CountsOnlyFailuresBehindAllRetriesForTheLimit)
+TEST_F(RunnerResume, CountsOnlyFailuresAfterAllRetriesForTheLimit)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
     m_folder.MakeFolder(L"data/CInterruptingModel");
@@ -164,7 +164,7 @@ TEST_F(RunnerResume, CountsOnlyFailuresBehindAllRetriesForTheLimit)
     EXPECT_EQ(run.output.find("--fail-fast"), std::string::npos) << run.output;
 }
 
-TEST_F(RunnerResume, KeepsTheQuarantineWhoseFileIsGone)
+TEST_F(RunnerResume, KeepsTheQuarantineWithoutItsFile)
 {
     m_folder.MakeFolder(L"data/CFailedModel");
     m_folder.MakeFolder(L"data/CCrashModel");

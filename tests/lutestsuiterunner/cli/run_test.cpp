@@ -30,7 +30,7 @@ TEST_F(RunnerRun, IsGreenWhenEveryCasePassed)
     }
 }
 
-TEST_F(RunnerRun, TellsFailedCasesWithFileAndMessagesAndHowToRepeatThem)
+TEST_F(RunnerRun, PrintsFailedCasesWithFileMessagesAndCommand)
 {
     m_folder.WriteFile(L"data/CDataSetModel/schlecht.txt", "schlecht");
 
@@ -86,7 +86,7 @@ TEST_F(RunnerRun, IsGreenWhenThereIsNothingToRepeat)
     ExpectLine(run.output, "ist kein Testfall der Auswahl fehlgeschlagen\n");
 }
 
-TEST_F(RunnerRun, DemandsTheLeastNumberOfCasesThatHaveFailed)
+TEST_F(RunnerRun, ChecksTheMinimumNumberOfFailedCases)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     m_folder.MakeFolder(L"data/CFailedModel");
@@ -108,7 +108,7 @@ TEST_F(RunnerRun, RefusesToReplaceARun)
     EXPECT_EQ(Run({L"run", L"--force"}).exitStatus, 0);
 }
 
-TEST_F(RunnerRun, IsRedWhenTheSelectionHitsTooLittle)
+TEST_F(RunnerRun, IsRedWhenTheSelectionHasTooFewCases)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
 
@@ -130,7 +130,7 @@ TEST_F(RunnerRun, IsRedWhenADemandedModuleIsMissing)
     ExpectLine(run.output, "Das Modul 'gibtesnicht' fehlt");
 }
 
-TEST_F(RunnerRun, EndsAtTheFirstFailureIfTold)
+TEST_F(RunnerRun, EndsAtTheFirstFailureOnRequest)
 {
     m_folder.MakeFolder(L"data/CResultModel");
 
@@ -153,14 +153,14 @@ TEST_F(RunnerRun, FindsFlakyCasesByRetries)
     ExpectLine(run.output, "unzuverlässig: 1, fehlgeschlagen: 0");
 }
 
-TEST_F(RunnerRun, AllowsFlakyCasesIfTold)
+TEST_F(RunnerRun, AllowsFlakyCasesOnRequest)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
 
     EXPECT_EQ(Run({L"run", L"--retries", L"1", L"--allow-flaky"}, {L"-i", L"zweiten Mal"}).exitStatus, 0);
 }
 
-TEST_F(RunnerRun, RepeatsCasesAsOftenAsTold)
+TEST_F(RunnerRun, RepeatsCasesTheGivenNumberOfTimes)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
 
@@ -269,7 +269,7 @@ TEST_F(RunnerInterruption, EndsAtOnceAtTheSecondRequest)
     EXPECT_FALSE(LbFileSystem::Exists(GetOut() + L"junit.xml"));
 }
 
-TEST_F(RunnerRun, TellsWhereACaseCrashed)
+TEST_F(RunnerRun, PrintsThePlaceOfACrash)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers handle crashes themselves";
@@ -296,7 +296,7 @@ TEST_F(RunnerRun, TellsWhereACaseCrashed)
     }
 }
 
-TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatItsLimitEnds)
+TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatExceedsItsLimit)
 {
     m_folder.MakeFolder(L"data/CCrashModel");
 

@@ -35,7 +35,7 @@ protected:
     /// How many records of this type the journal of this number has.
     std::size_t CountRecords(const std::string& type, std::uint32_t journal) const;
 
-    /// Fails unless the bytes hold the text, whatever the platform's line ends are.
+    /// Fails unless the bytes contain the text, with the line ends of any platform.
     static void ExpectLine(const std::string& bytes, const std::string& text);
 
     ScopedFolder m_folder;

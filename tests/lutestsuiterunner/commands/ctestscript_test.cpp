@@ -44,7 +44,7 @@ TEST(CTestScript, KeepsABracketAtTheEndOfAName)
               "lutestsuite_add_case([=[parts/CShapes:a]]=] [[CShapes]] [[parts]] 0 \"\")\n");
 }
 
-TEST(CTestScript, HasTheTimeLimitOfTheCaseAheadOfTheRuns)
+TEST(CTestScript, PrefersTheTimeLimitOfTheCaseToThatOfTheRun)
 {
     Runner::SPlan plan = makePlan(L"round", {{L"TimeOutSec", LbVariant(std::uint32_t{5})}});
     plan.params.timeOutSec = 60;

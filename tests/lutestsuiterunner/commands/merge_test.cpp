@@ -79,7 +79,7 @@ protected:
     const ScopedFolder m_folder;
 };
 
-TEST_F(RunnerMerge, MakesTheWholeRunOfItsShards)
+TEST_F(RunnerMerge, CombinesShardsToTheWholeRun)
 {
     RunShard(1);
     RunShard(2);
@@ -108,7 +108,7 @@ TEST_F(RunnerMerge, GivesTheSameReportsInAnyOrder)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/summary.json")), summary);
 }
 
-TEST_F(RunnerMerge, IsRedAndListsWhatAMissingShardLeaves)
+TEST_F(RunnerMerge, IsRedAndListsTheCasesOfAMissingShard)
 {
     RunShard(2);
 
@@ -165,7 +165,7 @@ TEST_F(RunnerMerge, KeepsAttemptsTextsAndJournalsOfAResumedShard)
     EXPECT_EQ(state->GetReported(5)->ended.journal, 3U);
 }
 
-TEST_F(RunnerMerge, TakesOverWhatIsWrongWithAShard)
+TEST_F(RunnerMerge, TakesOverTheProblemsOfAShard)
 {
     RunShard(1);
     {
@@ -189,7 +189,7 @@ TEST_F(RunnerMerge, RefusesACaseOfTwoShards)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"ganz")));
 }
 
-TEST_F(RunnerMerge, TakesShardsOfMachinesThatListFoldersInAnotherOrder)
+TEST_F(RunnerMerge, AcceptsShardsOfMachinesThatListFoldersInAnotherOrder)
 {
     RunShard(1);
     Runner::SPlan other = MakeSamplePlan();
@@ -255,7 +255,7 @@ TEST_F(RunnerReport, GivesTheStatusOfTheRun)
     options.directory = GetShardFolder(1);
     {
         const auto writer = Begin(1);
-        // Of a run that is under way.
+        // A shard whose run is still in progress.
         EXPECT_EQ(Runner::Execute(options), 1);
     }
     RunShard(1);

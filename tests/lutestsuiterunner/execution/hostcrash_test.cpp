@@ -52,7 +52,7 @@ TEST_F(RunnerHostCrash, SuspectsTheCasesOfTheHostsProcessWithoutANote)
     EXPECT_EQ(underWay.others, (Cases{2}));
 }
 
-TEST_F(RunnerHostCrash, TakesTheCaseThatTheNoteNames)
+TEST_F(RunnerHostCrash, BlamesTheCaseThatTheNoteNames)
 {
     WriteNote("Fehler: Absturz in 'CModel:zwei': SIGSEGV (Zugriff)\nFehler: Zugleich in Arbeit: 'CModel:eins'\n");
 
@@ -65,7 +65,7 @@ TEST_F(RunnerHostCrash, TakesTheCaseThatTheNoteNames)
     EXPECT_EQ(underWay.suspects, (Cases{0}));
 }
 
-TEST_F(RunnerHostCrash, TakesTheOnlyCaseWhenTheNoteNamesNone)
+TEST_F(RunnerHostCrash, BlamesTheOnlyCaseIfTheNoteNamesNoCase)
 {
     WriteNote("Fehler: Der Prozess wurde mitten im Aufruf beendet\r\n");
 
@@ -76,7 +76,7 @@ TEST_F(RunnerHostCrash, TakesTheOnlyCaseWhenTheNoteNamesNone)
               L"Ende des Prozesses, der den Lauf ausführte: Der Prozess wurde mitten im Aufruf beendet");
 }
 
-TEST_F(RunnerHostCrash, SuspectsAllCasesWhenTheNoteNamesNone)
+TEST_F(RunnerHostCrash, SuspectsAllCasesIfTheNoteNamesNoCase)
 {
     WriteNote("Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
 
@@ -90,7 +90,7 @@ TEST_F(RunnerHostCrash, BlamesNoCaseForTheCrashOfAnother)
     EXPECT_EQ(Find({0}).suspects, (Cases{0}));
 }
 
-TEST_F(RunnerHostCrash, KeepsWhatTheProcessSaysOfItsCrash)
+TEST_F(RunnerHostCrash, KeepsTheProcessesLinesAboutItsCrash)
 {
     {
         const Runner::CCrashNote note(m_folder.GetPath(), 1);

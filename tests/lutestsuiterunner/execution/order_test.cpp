@@ -75,7 +75,7 @@ TEST(RunnerOrder, PutsUnknownAndLongCasesFirst)
     EXPECT_EQ(Sort(EOrder::LongestFirst, {Took(1), std::nullopt, Took(7), Took(7), Took(9)}), (Cases{1, 4, 2, 3, 0}));
 }
 
-TEST(RunnerOrder, TakesACaseWithoutATimeForALongOne)
+TEST(RunnerOrder, TreatsACaseWithoutATimeAsALongOne)
 {
     EXPECT_EQ(Sort(EOrder::LongestFirst, {Took(3), Runner::SPreviousCase{0, true}, Took(7)}), (Cases{1, 2, 0}));
 }
@@ -118,7 +118,7 @@ TEST(RunnerOrder, PartitionsByNameAmongAnyNumberOfShards)
     }
 }
 
-TEST(RunnerOrder, PartitionsAlikeWhateverTheOrderAndThePlaceOfTheData)
+TEST(RunnerOrder, PartitionsIndependentlyOfOrderAndPlaceOfTheData)
 {
     Runner::SPlan other = MakePlan(23, L"/anderswo/");
     std::ranges::reverse(other.unitTests[0].cases);

@@ -106,7 +106,7 @@ TEST_F(RunnerQuarantine, CountsRunsThatPassedInARow)
     }
 }
 
-TEST_F(RunnerQuarantine, CountsARunOnceHoweverOftenItIsResumed)
+TEST_F(RunnerQuarantine, CountsAResumedRunOnce)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
@@ -122,7 +122,7 @@ TEST_F(RunnerQuarantine, CountsARunOnceHoweverOftenItIsResumed)
     EXPECT_EQ(quarantine[0].passedRuns, 0U);
 }
 
-TEST_F(RunnerQuarantine, BeginsAnewAfterAFailure)
+TEST_F(RunnerQuarantine, StartsCountingAgainAfterAFailure)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());

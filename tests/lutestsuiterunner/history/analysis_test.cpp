@@ -117,7 +117,7 @@ TEST(HistoryStatistics, CasesThatIgnoreTheTempoAreNotAdjusted)
     EXPECT_EQ(countStepped(analyze(MakeArchive(settings))), 0U);
 }
 
-TEST(HistoryStatistics, ShuffledRunsAlarmAsSeldomAsTheRateSays)
+TEST(HistoryStatistics, ShuffledRunsAlarmAsRarelyAsTheRateAllows)
 {
     SSettings settings;
     settings.cases = 1000;

@@ -66,7 +66,7 @@ protected:
 
 } // namespace
 
-TEST_F(HistoryArchive, RunsAreInTheOrderOfTheirBegin)
+TEST_F(HistoryArchive, RunsAreInTheOrderOfTheirStart)
 {
     write(L"b.xml", makeReport(L"2026-03-01 02:00:00", {L"x"}));
     write(L"a.xml", makeReport(L"2026-03-02 02:00:00", {L"x"}));
@@ -89,7 +89,7 @@ TEST_F(HistoryArchive, ReportsOfArchiveRunsAndOfRunFoldersAreFound)
     EXPECT_EQ(read().runs.size(), 2U);
 }
 
-TEST_F(HistoryArchive, JournalsCountBeforeTheReportMadeOfThem)
+TEST_F(HistoryArchive, JournalsTakePrecedenceOverTheirReport)
 {
     const std::wstring folder = m_folder.GetPathOf(L"Lauf 1");
     Runner::SPlan plan = MakeSamplePlan();
@@ -121,7 +121,7 @@ TEST_F(HistoryArchive, JournalsCountBeforeTheReportMadeOfThem)
     EXPECT_EQ(measured.allocations, 7U);
 }
 
-TEST_F(HistoryArchive, RunsOfDamagedJournalsAreLeftOut)
+TEST_F(HistoryArchive, RunsOfDamagedJournalsAreIgnored)
 {
     LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Lauf 1"));
     writeText(std::wstring(L"Lauf 1") + LbPath::c_Separator + L"journal.ndjson", "{");
@@ -130,7 +130,7 @@ TEST_F(HistoryArchive, RunsOfDamagedJournalsAreLeftOut)
     EXPECT_EQ(read().runs.size(), 1U);
 }
 
-TEST_F(HistoryArchive, NamesAreSortedWhateverTheRunsListFirst)
+TEST_F(HistoryArchive, NamesAreSortedInAnyOrderOfTheRuns)
 {
     write(L"a.xml", makeReport(L"1", {L"z", L"b"}));
     write(L"b.xml", makeReport(L"2", {L"a", L"z"}));
@@ -160,7 +160,7 @@ TEST_F(HistoryArchive, WorstOfEqualNamesCounts)
     EXPECT_EQ(content.runs[0].messages[0].text, L"Wert < 5");
 }
 
-TEST_F(HistoryArchive, ChangedWorkingCopiesAreNoKnownBuild)
+TEST_F(HistoryArchive, ChangedWorkingCopiesAreUnknownBuilds)
 {
     LuTestSuiteUtils::SSvnInfo svn;
     svn.URL = L"svn://server/trunk";
@@ -178,7 +178,7 @@ TEST_F(HistoryArchive, MissingFolderIsAnError)
     EXPECT_THROW(ReadArchive(m_folder.GetPathOf(L"away")), LbException);
 }
 
-TEST_F(HistoryArchive, UnreadableReportCostsALineAndNoMore)
+TEST_F(HistoryArchive, UnreadableReportPrintsALineAndIsIgnored)
 {
     write(L"a.xml", makeReport(L"1", {L"x"}));
     writeText(L"b.xml", "<testsuite><unfinished");
@@ -187,7 +187,7 @@ TEST_F(HistoryArchive, UnreadableReportCostsALineAndNoMore)
     EXPECT_NE(output.GetText().find(L"b.xml wurde nicht gelesen"), std::wstring::npos);
 }
 
-TEST_F(HistoryArchive, SecondReadingTakesAllFromTheIndex)
+TEST_F(HistoryArchive, SecondReadingUsesOnlyTheIndex)
 {
     write(L"a.xml", makeReport(L"1", {L"x", L"größer"}));
     write(L"b.xml", makeReport(L"2", {L"x"}));
@@ -238,7 +238,7 @@ TEST_F(HistoryArchive, RemovedRunIsGone)
     EXPECT_EQ(content.runs[0].label.name, L"b.xml");
 }
 
-TEST_F(HistoryArchive, DamagedIndexIsMadeAnew)
+TEST_F(HistoryArchive, DamagedIndexIsWrittenAgain)
 {
     write(L"a.xml", makeReport(L"1", {L"x"}));
     read();

@@ -89,7 +89,7 @@ TEST(HistoryGates, NewestRunsOnlyWhenAskedFor)
     EXPECT_EQ(CheckGate(ReadGate(L"new-failures=3"), analyze(archive), 4).count, 3U);
 }
 
-TEST(HistoryGates, CountsOfAllConfigurationsAreOne)
+TEST(HistoryGates, CountsOfAllConfigurationsAreAdded)
 {
     const SyntheticRuns::SArchive archive = makeArchive();
     std::vector<SAnalysis> analyses = analyze(archive);

@@ -19,7 +19,7 @@ TEST(HistoryGermanText, NumbersHaveCommaAndPoints)
     EXPECT_EQ(FormatChange(0.0, 1.0), "neu");
 }
 
-TEST(HistoryGermanText, MarkupHasNoCharactersThatXmlDoesNotKnow)
+TEST(HistoryGermanText, MarkupHasOnlyCharactersOfXml)
 {
     EXPECT_EQ(ToMarkup(L"a<\x01>&\"ß"), "a&lt;\uFFFD&gt;&amp;&quot;ß");
 }

@@ -47,7 +47,7 @@ TEST(HistoryOutcomes, SteadyCasesHaveNoFindings)
     EXPECT_TRUE(findOutcomes("------").IsEmpty());
 }
 
-TEST(HistoryOutcomes, FailureBehindPassesIsNew)
+TEST(HistoryOutcomes, FailureAfterPassesIsNew)
 {
     const SOutcomeFindings findings = findOutcomes("PPPPFF");
     ASSERT_TRUE(findings.newFailure);
@@ -64,7 +64,7 @@ TEST(HistoryOutcomes, RunsWithoutTheCaseWidenTheInterval)
     EXPECT_EQ(findings.newFailure->last, 4U);
 }
 
-TEST(HistoryOutcomes, PassBehindLongFailureIsFixed)
+TEST(HistoryOutcomes, PassAfterLongFailureIsFixed)
 {
     const SOutcomeFindings findings = findOutcomes("PFFFFPP");
     ASSERT_TRUE(findings.fixed);
@@ -73,7 +73,7 @@ TEST(HistoryOutcomes, PassBehindLongFailureIsFixed)
     EXPECT_TRUE(findOutcomes("FPPPP").fixed);
 }
 
-TEST(HistoryOutcomes, ShortFailureThatGoesByItselfIsFlaky)
+TEST(HistoryOutcomes, ShortFailureThatDisappearsIsFlaky)
 {
     const SOutcomeFindings findings = findOutcomes("PPPFPPP");
     ASSERT_TRUE(findings.flaky);
@@ -144,7 +144,7 @@ TEST(HistoryOutcomes, PassAtAnotherAttemptIsProof)
     EXPECT_TRUE(findings.flaky->isProven);
 }
 
-TEST(HistoryOutcomes, CaseThatLeftIsMissing)
+TEST(HistoryOutcomes, CaseOfEarlierRunsOnlyIsMissing)
 {
     const SOutcomeFindings findings = findOutcomes("PPPP--");
     ASSERT_TRUE(findings.missing);
@@ -164,7 +164,7 @@ TEST(HistoryOutcomes, CanceledCaseIsNotMissing)
     EXPECT_FALSE(findOutcomes("PPPPC").missing);
 }
 
-TEST(HistoryOutcomes, CaseThatCameLaterIsNew)
+TEST(HistoryOutcomes, CaseOfLaterRunsOnlyIsNew)
 {
     const SOutcomeFindings findings = findOutcomes("---PPP");
     ASSERT_TRUE(findings.added);

@@ -99,7 +99,7 @@ TEST_F(HistoryReports, PageNeedsNoOtherFile)
     EXPECT_EQ(page.find("https:"), std::string::npos);
 }
 
-TEST_F(HistoryReports, PageSaysWhatShuffledRunsWouldHaveAlarmed)
+TEST_F(HistoryReports, PageShowsTheAlarmsOfShuffledRuns)
 {
     EXPECT_TRUE(hasPagePart("20-mal in anderen zufälligen Reihenfolgen"));
 }

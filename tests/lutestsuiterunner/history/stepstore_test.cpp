@@ -76,7 +76,7 @@ TEST_F(HistoryStepStore, NothingIsStoredWithoutDigest)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(c_StepStoreName)));
 }
 
-TEST_F(HistoryStepStore, DamagedFileIsLeftOut)
+TEST_F(HistoryStepStore, DamagedFileIsIgnored)
 {
     const SStepAnalysis made = get("digest");
     std::string bytes = getFile();

@@ -79,7 +79,7 @@ TEST_F(RunnerFolder, ContinuesARunInAJournalOfItsOwn)
     EXPECT_TRUE(state->IsEnded());
 }
 
-TEST_F(RunnerFolder, ContinuesBehindAJournalThatHasNoRecord)
+TEST_F(RunnerFolder, ContinuesAfterAJournalWithoutRecords)
 {
     LbFileSystem::WriteWhole(GetPath() + L"journal-2.ndjson",
                              [](const std::wstring& place) { LuStreamWriteBinaryFile(place).Write("{\"n\":1", 6); });
@@ -89,7 +89,7 @@ TEST_F(RunnerFolder, ContinuesBehindAJournalThatHasNoRecord)
     EXPECT_EQ(getMessage(GetPath()), L"");
 }
 
-TEST_F(RunnerFolder, MissesAJournalThatIsNotThere)
+TEST_F(RunnerFolder, ReportsAMissingJournal)
 {
     const Runner::SPlan plan = Runner::LoadRun(GetPath())->GetPlan();
     m_run.ContinueRun(plan);
@@ -110,7 +110,7 @@ TEST_F(RunnerFolder, RefusesTheJournalOfAnotherRunOfTheSameCases)
               std::wstring::npos);
 }
 
-TEST_F(RunnerFolder, TellsTheLineOfARecordThatDoesNotFollow)
+TEST_F(RunnerFolder, NamesTheLineOfAContradictoryRecord)
 {
     {
         const auto writer = m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
@@ -121,7 +121,7 @@ TEST_F(RunnerFolder, TellsTheLineOfARecordThatDoesNotFollow)
     EXPECT_NE(getMessage(GetPath()).find(L"journal-2.ndjson"), std::wstring::npos);
 }
 
-TEST_F(RunnerFolder, LeavesNothingOfTheRunBefore)
+TEST_F(RunnerFolder, RemovesTheEarlierRun)
 {
     m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
     m_parent.WriteFile(L"lauf/output/1.txt", "x");
@@ -151,7 +151,7 @@ TEST_F(RunnerFolder, IsWrittenByOneRunAtATime)
     EXPECT_TRUE(isRefused);
 }
 
-TEST_F(RunnerFolder, SaysWhenThereIsNoRun)
+TEST_F(RunnerFolder, ReportsAFolderWithoutARun)
 {
     EXPECT_NE(getMessage(m_parent.GetPath()).find(L"enthält keinen Lauf"), std::wstring::npos);
 }
@@ -185,7 +185,7 @@ std::uint32_t runUntilFull(Runner::CRunFolder& run, const Runner::SPlan& plan)
     return written;
 }
 
-TEST_F(RunnerFolder, StopsLoudlyOnAFullDiskAndLosesNothingThatWasWritten)
+TEST_F(RunnerFolder, FailsOnAFullDiskAndKeepsAllWrittenRecords)
 {
     constexpr std::size_t c_Step = 23;
     std::uint32_t written = 0;

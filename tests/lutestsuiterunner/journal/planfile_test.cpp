@@ -111,7 +111,7 @@ TEST(RunnerPlanFile, SplitsManyCasesIntoRecordsOfLimitedSize)
     EXPECT_LT(longest, Runner::c_LargestRecord);
 }
 
-TEST(RunnerPlanFile, HoldsARunWithoutCases)
+TEST(RunnerPlanFile, StoresARunWithoutCases)
 {
     EXPECT_TRUE(writeAndRead(Runner::SPlan()).cases.empty());
 }
@@ -134,7 +134,7 @@ TEST(RunnerPlanFile, IsRefusedWhenAnyByteIsMissingOrChanged)
     }
 }
 
-TEST(RunnerPlanFile, RefusesRecordsThatDoNotFitTogether)
+TEST(RunnerPlanFile, RefusesContradictoryRecords)
 {
     const ScopedFolder folder;
     std::string head = encode(Runner::SPlan());
@@ -166,7 +166,7 @@ TEST(RunnerPlanFile, LeavesNothingWhenTheDiskIsFull)
     EXPECT_TRUE(LbFileSystem::GetFileNames(folder.GetPath()).empty());
 }
 
-TEST(RunnerSelectionDigest, KnowsTheSameCasesInAnotherPlace)
+TEST(RunnerSelectionDigest, IsTheSameInAnotherPlace)
 {
     const Runner::SPlan plan = MakeSamplePlan();
     Runner::SPlan other = MakeSamplePlan();
@@ -181,7 +181,7 @@ TEST(RunnerSelectionDigest, KnowsTheSameCasesInAnotherPlace)
     EXPECT_EQ(Runner::DigestSelection(other), Runner::DigestSelection(plan));
 }
 
-TEST(RunnerSelectionDigest, KnowsTheSameCasesInAnotherOrder)
+TEST(RunnerSelectionDigest, IsTheSameInAnotherOrder)
 {
     Runner::SPlan other = MakeSamplePlan();
     std::swap(other.unitTests[0], other.unitTests[1]);

@@ -72,7 +72,7 @@ protected:
     std::string m_bytes;
 };
 
-TEST_F(RunnerJournalFaults, EachPrefixGivesTheRecordsThatItHoldsWhole)
+TEST_F(RunnerJournalFaults, EachPrefixGivesItsCompleteRecords)
 {
     for (std::size_t size = 0; size <= m_bytes.size(); ++size)
     {
@@ -111,7 +111,7 @@ TEST_F(RunnerJournalFaults, EachFlippedBitIsFoundOrInTheTail)
     }
 }
 
-TEST_F(RunnerJournalFaults, TellsFileLineAndByte)
+TEST_F(RunnerJournalFaults, NamesFileLineAndByte)
 {
     std::string damaged = m_bytes;
     damaged[GetOffset(4) + 60] = '#';
@@ -131,7 +131,7 @@ TEST_F(RunnerJournalFaults, FindsLinesThatAreMissingOrDoubled)
     EXPECT_NE(ReadMessage(m_bytes + last), L"");
 }
 
-TEST_F(RunnerJournalFaults, TakesZerosBehindTheLastRecordForItsTail)
+TEST_F(RunnerJournalFaults, IgnoresZerosAfterTheLastRecord)
 {
     const std::string zeros(3 * Runner::c_LargestRecord, '\0');
     std::uint64_t tailSize = 0;
@@ -141,7 +141,7 @@ TEST_F(RunnerJournalFaults, TakesZerosBehindTheLastRecordForItsTail)
     EXPECT_NE(ReadMessage(m_bytes + zeros + "\n" + m_bytes), L"");
 }
 
-TEST_F(RunnerJournalFaults, RefusesARecordOfItsOwnThatIsNotUnderstood)
+TEST_F(RunnerJournalFaults, RefusesAnUnknownRecordWithACorrectChecksum)
 {
     for (const char* const record :
          {R"({"t":"neu"})", R"({"case":1})", R"([])", R"({"t":"start","case":1})", "{",

@@ -80,7 +80,7 @@ TEST(RunnerJournal, KeepsWideTextsAsTheyWere)
     EXPECT_EQ(read.exitStatus, ended.exitStatus);
 }
 
-TEST(RunnerJournal, PutsLargeTextsBesideRecordsThatStaySmall)
+TEST(RunnerJournal, StoresLargeTextsOutsideRecords)
 {
     const ScopedFolder folder;
     Runner::SCaseEnded ended = MakeEnd(0, ECaseRunResult::Error);
@@ -137,7 +137,7 @@ TEST(RunnerJournal, RefusesRecordsOnceItIsClosed)
     EXPECT_THROW(writer.Write(MakeStart(0)), LbException);
 }
 
-TEST(RunnerJournal, TellsTheFileThatCannotBeMade)
+TEST(RunnerJournal, NamesTheFileThatCannotBeCreated)
 {
     const ScopedFolder folder;
     try

@@ -31,7 +31,7 @@ TEST_F(RunnerRunState, IsGreenWhenEveryCaseHasPassedAndTheRunHasEnded)
     EXPECT_EQ(m_state.GetTotalTime(), 4'000'000'000U);
 }
 
-TEST_F(RunnerRunState, DoesNotTakeBackWhatPassedAtOnce)
+TEST_F(RunnerRunState, KeepsAPassAtTheFirstAttempt)
 {
     RunRest();
     BeginJournal(2);
@@ -67,7 +67,7 @@ TEST_F(RunnerRunState, KeepsTheFailureOfACaseThatPassesAlone)
     EXPECT_EQ(m_state.CountVerdicts().failed, 1U);
 }
 
-TEST_F(RunnerRunState, KnowsCasesThatAreUnderWay)
+TEST_F(RunnerRunState, ListsRunningCases)
 {
     Apply(MakeStart(3));
     RunCase(0, ECaseRunResult::Ok);
@@ -76,7 +76,7 @@ TEST_F(RunnerRunState, KnowsCasesThatAreUnderWay)
     EXPECT_EQ(m_state.GetMissingCases(), (std::vector<std::uint32_t>{1, 2, 3, 4, 5}));
 }
 
-TEST_F(RunnerRunState, RunsABrokenOffAttemptAgainUnderItsNumber)
+TEST_F(RunnerRunState, RepeatsAnInterruptedAttemptUnderItsNumber)
 {
     Apply(MakeStart(3));
     EXPECT_THROW(Apply(MakeStart(3)), LbException);
@@ -87,7 +87,7 @@ TEST_F(RunnerRunState, RunsABrokenOffAttemptAgainUnderItsNumber)
     EXPECT_TRUE(m_state.GetOpenCases().empty());
 }
 
-TEST_F(RunnerRunState, LetsALaterJournalEndTheAttemptThatBroughtTheHostDown)
+TEST_F(RunnerRunState, LetsALaterJournalEndTheAttemptThatEndedTheHost)
 {
     Apply(MakeStart(3));
     BeginJournal(2);
@@ -98,7 +98,7 @@ TEST_F(RunnerRunState, LetsALaterJournalEndTheAttemptThatBroughtTheHostDown)
     EXPECT_EQ(m_state.GetVerdict(3), EVerdict::Failed);
 }
 
-TEST_F(RunnerRunState, TakesACanceledAttemptForNoVerdict)
+TEST_F(RunnerRunState, GivesACanceledAttemptNoVerdict)
 {
     Apply(MakeStart(3));
     Runner::SCaseEnded ended = MakeEnd(3, ECaseRunResult::Canceled);
@@ -109,7 +109,7 @@ TEST_F(RunnerRunState, TakesACanceledAttemptForNoVerdict)
     EXPECT_EQ(m_state.GetReported(3)->result.info.result, ECaseRunResult::Canceled);
 }
 
-TEST_F(RunnerRunState, RefusesRecordsThatDoNotFollow)
+TEST_F(RunnerRunState, RefusesContradictingRecords)
 {
     RunCase(0, ECaseRunResult::Ok);
 
@@ -123,7 +123,7 @@ TEST_F(RunnerRunState, RefusesRecordsThatDoNotFollow)
     EXPECT_TRUE(m_state.GetAttempts(1).empty());
 }
 
-TEST(RunnerRunStateOrder, IsThatOfJournalsAndTheirRecords)
+TEST(RunnerRunStateOrder, FollowsJournalsAndTheirRecords)
 {
     Runner::CRunState state(MakeSamplePlan());
     state.Apply({2, 5}, MakeStart(0));

@@ -17,7 +17,7 @@ TEST(RunnerTextEscape, LeavesOrdinaryTextAsItIs)
     EXPECT_EQ(FromEscapedUtf8("Prüfung\t{1}\r\n€"), L"Prüfung\t{1}\r\n€");
 }
 
-TEST(RunnerTextEscape, EscapesWhatXmlCannotCarry)
+TEST(RunnerTextEscape, EscapesCharactersThatXmlForbids)
 {
     using namespace std::string_literals;
 
@@ -39,7 +39,7 @@ TEST(RunnerTextEscape, KeepsCharactersBeyondTheBasicPlane)
     EXPECT_EQ(FromEscapedUtf8("\U0001F600"), L"\U0001F600");
 }
 
-TEST(RunnerTextEscape, TakesWhatIsNoEscapeLiterally)
+TEST(RunnerTextEscape, KeepsTextThatIsNoEscape)
 {
     for (const char* const text : {"␛", "␛{", "␛{12}", "␛{00G0}", "␛{0000", "␛{123456789}", "␛␛{}"})
     {

@@ -92,7 +92,7 @@ TEST(RunnerJunit, GivesTimeAndFileOfACase)
     EXPECT_FALSE(report.FindCase(L"CSecond", L"x.dat").HasAttribute("file"));
 }
 
-TEST(RunnerJunit, TellsWhyACaseFailed)
+TEST(RunnerJunit, ShowsWhyACaseFailed)
 {
     CRunStateMaker run;
     run.RunCase(0, ECaseRunResult::Different);
@@ -266,7 +266,7 @@ std::size_t countCases(const XMLNode& root)
     return count;
 }
 
-TEST(RunnerJunit, LeavesOutPassedCasesBeforeOthers)
+TEST(RunnerJunit, OmitsPassedCasesBeforeOthers)
 {
     Runner::SPlan plan = MakeSamplePlan();
     for (int index = 0; index < 300; ++index)

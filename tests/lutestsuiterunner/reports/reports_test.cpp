@@ -52,7 +52,7 @@ TEST(RunnerSummary, CountsAndNamesTheCasesThatDidNotSimplyPass)
     EXPECT_EQ(summary["slowest"].size(), 4U);
 }
 
-TEST(RunnerSummary, TellsHowTheRunEnded)
+TEST(RunnerSummary, ShowsHowTheRunEnded)
 {
     CRunStateMaker run;
     run.RunRest();
@@ -69,7 +69,7 @@ TEST(RunnerSummary, TellsHowTheRunEnded)
     EXPECT_EQ(canceled["cancelReason"], "SIGTERM");
 }
 
-TEST(RunnerRunReport, HoldsWhatTheLibraryWouldReportOfTheShard)
+TEST(RunnerRunReport, EqualsTheReportOfTheLibraryForTheShard)
 {
     const CRunStateMaker run = makeMixedRun();
     const LuTestSuiteReport::SReportData data = Runner::MakeReportData(run.Get());

@@ -45,7 +45,7 @@ TEST(RunnerCommandLine, ShowsTheOptionsOfACommandInGerman)
                          L"lutestsuite_discover_tests\n\n");
 }
 
-TEST(RunnerCommandLine, HandsWhatFollowsTheMarkToTheLibrary)
+TEST(RunnerCommandLine, PassesArgumentsAfterTheMarkToTheLibrary)
 {
     const auto options =
         std::get<Runner::SListOptions>(Read({L"list", L"--json", L"--", L"-d", L"Größen", L"--", L"-x"}));

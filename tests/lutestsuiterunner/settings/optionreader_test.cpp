@@ -55,7 +55,7 @@ TEST_F(OptionReader, ReadsSeveralArguments)
     EXPECT_EQ(m_number, 2U);
 }
 
-TEST_F(OptionReader, KeepsArgumentsBehindASwitchThatMayHaveANumber)
+TEST_F(OptionReader, KeepsArgumentsAfterASwitchWithOptionalNumber)
 {
     EXPECT_TRUE(m_reader.Read({L"--fail-fast", L"eins"}));
     EXPECT_EQ(m_limit, 1U);
@@ -84,7 +84,7 @@ TEST_F(OptionReader, AsksForHelp)
     EXPECT_NE(m_reader.GetHelp().find(L"Argumente:\n"), std::wstring::npos);
 }
 
-TEST_F(OptionReader, RefusesNumbersThatAreNone)
+TEST_F(OptionReader, RefusesTextsThatAreNotNumbers)
 {
     for (const wchar_t* value : {L"0", L"-1", L"3x", L"x", L"4294967296"})
     {

@@ -59,7 +59,7 @@ bool CallWhileFlushing(void (*function)());
 /// Resets all real-time signals to their default, as any code in the process may do. False on platforms without them.
 bool ResetRealTimeSignals();
 
-/// Returns what `function` writes to standard output, which is meanwhile a small non-blocking pipe. Empty if pipes
+/// Returns what `function` writes to standard output, which is a small non-blocking pipe for that time. Empty if pipes
 /// always block.
 std::optional<std::string> CaptureThroughFullPipe(const std::function<void()>& function);
 

@@ -185,7 +185,7 @@ std::int32_t askIsolated(
     return result == LuTestSuiteRun::ECaseRunResult::NoMatchingCase ? index : -2;
 }
 
-/// A spare child may be killed by a case that runs meanwhile. The child that replaces it takes over its index.
+/// Another case may have killed a spare child. The child that replaces it takes over its index.
 TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 {
     const SChildSettings settings;
