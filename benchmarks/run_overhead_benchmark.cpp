@@ -94,7 +94,7 @@ void BM_Run(benchmark::State& state)
 }
 BENCHMARK(BM_Run)->Unit(benchmark::kMillisecond);
 
-/// Looks at what it is told, and does no more.
+/// Reads each event and does nothing else.
 class CEmptyObserver : public LuTestSuiteRun::IRunObserver
 {
 public:

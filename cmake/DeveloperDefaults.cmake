@@ -27,6 +27,7 @@ if(NOT WIN32 AND (CMAKE_BUILD_TYPE STREQUAL "Debug" OR LUTESTSUITE_SANITIZERS))
 endif()
 
 if(NOT WIN32 AND NOT LUTESTSUITE_SANITIZERS)
-    # A missing symbol must fail here and not when a module is loaded. Sanitizer run-times are resolved late on purpose.
+    # A missing symbol must cause an error here and not when a module is loaded. Symbols of sanitizer run-times are
+    # resolved later on purpose.
     add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-Wl,--no-undefined>)
 endif()

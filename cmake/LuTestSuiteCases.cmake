@@ -10,7 +10,7 @@ function(lutestsuite_add_case name class folder time_limit state)
     set_tests_properties("${test}" PROPERTIES LABELS "${labels}")
     set(properties SKIP_RETURN_CODE 77) # The exit status of "case" if the case is disabled.
     if(time_limit GREATER 0)
-        # The case ends itself at its limit; CTest only has to end a host that does not.
+        # The host ends the case at the case's limit. CTest only has to end a host that hangs.
         math(EXPR time_limit "${time_limit} + 30")
         list(APPEND properties TIMEOUT ${time_limit})
     endif()

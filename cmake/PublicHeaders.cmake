@@ -8,7 +8,7 @@ if(NOT CMAKE_SCRIPT_MODE_FILE)
 endif()
 # The folders below testing/lutestsuite are private.
 file(GLOB LUTESTSUITE_PUBLIC_HEADERS RELATIVE "${root}" ${option} "${root}/base/*.h" "${root}/testing/lutestsuite/*.h")
-# Nobody outside of LbBase includes these.
+# Only LbBase itself includes these.
 list(REMOVE_ITEM LUTESTSUITE_PUBLIC_HEADERS base/pagememory.h base/subtestsearch.h)
 # Of the platform layer, what other public headers include or what a host needs to read its arguments.
 list(APPEND LUTESTSUITE_PUBLIC_HEADERS

@@ -26,7 +26,7 @@ namespace
 using Fuzzing::Check;
 using Fuzzing::TakeLine;
 
-/// Wide enough for all padding that matters, narrow enough to be quick.
+/// Wide enough for all padding that matters, and narrow enough to be fast.
 constexpr std::int64_t c_LargestCount = 3000;
 /// Holds the longest long double with width and precision.
 constexpr std::size_t c_BufferSize = 16'384;

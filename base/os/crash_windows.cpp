@@ -89,7 +89,8 @@ void findPlace(SCrash& crash)
     crash.offset = crash.address - reinterpret_cast<std::uintptr_t>(pages.AllocationBase);
 }
 
-/// Another thread that crashes meanwhile waits for the end of the process. A crash within the report ends the process.
+/// If another thread crashes during the report, it waits for the end of the process. A crash within the report ends the
+/// process.
 void report(SCrash& crash)
 {
     const CrashReport report = s_report.load();
@@ -230,7 +231,7 @@ bool LbOs::MayBeAbort(std::int64_t exitStatus) noexcept
     return exitStatus == c_AbortStatus;
 }
 
-// A process that gets no memory here ends by itself.
+// Windows kills no process for lack of memory; a process that gets no memory ends by itself.
 bool LbOs::MayBeMemoryKill(std::int64_t /*exitStatus*/) noexcept
 {
     return false;

@@ -12,7 +12,7 @@ namespace
 
 using Mark = std::atomic<std::uint64_t>;
 
-/// Memory that is zero again in a copy, however it was made: handlers of forks do not see all of them. Null where the
+/// Memory that is zero again in every copy of the process, since fork handlers do not see all copies. Null if the
 /// system has no such memory.
 Mark* makeMark() noexcept
 {
@@ -43,7 +43,7 @@ std::uint64_t LbOs::GetForkMark() noexcept
     {
         return mark;
     }
-    // Ordinary memory: a copy goes on where the process was when it was copied.
+    // Ordinary memory: a copy continues with the count that the process had when it was copied.
     static std::atomic<std::uint64_t> s_last = 0;
     std::uint64_t mark = 0;
     const std::uint64_t next = ++s_last;

@@ -38,7 +38,7 @@ void LbOs::CatchInterruptions()
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
     {
         struct sigaction former = {};
-        // Whoever started the process may want it to survive the end of the terminal (nohup).
+        // Keeps an ignored signal ignored: with nohup the process survives the end of the terminal.
         if (sigaction(signal, nullptr, &former) == 0 && former.sa_handler != SIG_IGN)
         {
             sigaction(signal, &action, nullptr);

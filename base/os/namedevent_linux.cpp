@@ -170,7 +170,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
         const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_PollInterval));
         const int ready = Linux::WaitReadable({pipe, childFile}, time);
-        // Asks the process, not the descriptor, which a test may have closed; then there is a new one.
+        // Asks the process, because a test may have closed the descriptor; then a new one is opened.
         const bool hasEnded = ready != 0 && child != nullptr && child->Wait(0);
         // The event takes precedence over the child's end, because the child may have set it just before.
         if (m_state->Drain())

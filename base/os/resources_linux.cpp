@@ -21,7 +21,7 @@ const LbOs::SEmbeddedResource* findTable(const Dl_info& info)
     }
     void* const table = module != nullptr ? dlsym(module.get(), "LbEmbeddedResources") : nullptr;
 
-    // A search goes on in the modules that this one needs.
+    // dlsym also searches the modules that this one needs, so the table may belong to one of them.
     Dl_info owner = {};
     const bool isOwn = table != nullptr && dladdr(table, &owner) != 0 && owner.dli_fbase == info.dli_fbase;
     return isOwn ? static_cast<const LbOs::SEmbeddedResource*>(table) : nullptr;

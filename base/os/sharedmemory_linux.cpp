@@ -15,8 +15,8 @@
 namespace LbOs
 {
 
-/// A System V segment: it has no descriptor that a test could close, and nobody can truncate it, which would crash its
-/// users.
+/// A System V segment. It has no descriptor that a test could close, and no process can shrink it, which would crash
+/// its users.
 struct CSharedMemory::SState
 {
     std::string path;

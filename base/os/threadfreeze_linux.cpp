@@ -269,8 +269,8 @@ bool takeSignalExcept(std::uint64_t blocked) noexcept
     return false;
 }
 
-/// A thread that blocks a signal may wait for it, or another thread may, so such a signal is avoided. A signal whose
-/// handler somebody replaced is avoided too, since that may happen again.
+/// Avoids signals that a thread blocks, because it or another thread may wait for them. Avoids a signal whose handler
+/// was replaced, because that may happen again.
 bool takeSignal() noexcept
 {
     struct sigaction action = {};

@@ -15,7 +15,7 @@ MODES = [[*mode, "-r", repetitions] for mode, repetitions in (
     ([], "50"), (["-x"], "10"), (["-s"], "4"), (["-w", "4"], "50"), (["-w", "4", "-x"], "10"),
     (["-w", "4", "-s"], "4"))]
 LIMIT = 6.0
-# A resumed run is killed as well, at most so often.
+# The maximum number of times that a resumed run is killed, too.
 KILLS_A_RUN = 3
 # Of the time of a run; roughly.
 SHARE_OF_CASES = 0.2

@@ -28,8 +28,8 @@ namespace LbOs::Linux
 namespace
 {
 
-/// Resolves a relative path against the caller's working directory, whatever the child's is; a bare name is searched
-/// later. Empty if the working directory is unknown.
+/// Resolves a relative path against the caller's working directory, not the child's; a bare name is searched later.
+/// Empty if the working directory is unknown.
 std::wstring fromHere(const std::wstring& program)
 {
     if (program.find(L'/') == std::wstring::npos || IsAbsolutePath(program))

@@ -44,7 +44,7 @@ bool read(pid_t process, std::uint64_t address, void* target, std::size_t size)
 
 CTracedThreads::CTracedThreads(pid_t process, Deadline deadline)
 {
-    // A thread that is not stopped yet may start others.
+    // A thread that is still running may start others.
     while (attachNew(process) && std::chrono::steady_clock::now() < deadline)
     {
         awaitStops(deadline);

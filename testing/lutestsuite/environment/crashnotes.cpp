@@ -162,7 +162,7 @@ void addPlace(CCrashText& text, const LbOs::SCrash& crash)
     }
 }
 
-/// Of the threads that have not crashed.
+/// For threads that have not crashed.
 void addOtherActivities(CCrashText& text, const CCrashThread::SPlace* own, bool isFirstKnown)
 {
     bool isFirst = true;

@@ -51,7 +51,8 @@ void startThreadPool()
     }
     catch (const std::system_error&)
     {
-        // The system has no thread. Parallel loops do without, and a test that needs one says so.
+        // The system has no more threads. Parallel loops work without; a test that needs a thread fails with its own
+        // message.
     }
 }
 

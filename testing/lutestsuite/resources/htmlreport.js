@@ -300,8 +300,8 @@
         return Array.from(table.querySelectorAll(kind.failed));
     }
 
-    // Leads from one failed case to the next, in the order in which they stand on the page, and behind the last one to
-    // the first. A reader who has scrolled away goes on from there.
+    // Leads from one failed case to the next in the order of the page, and from the last one to the first. After the
+    // reader has scrolled, continues from the visible place.
     function makeStep(table, kind, status) {
         var current = null;
 
@@ -395,7 +395,7 @@
         return first;
     }
 
-    // Before the name may stand nothing, behind it a link to write to.
+    // The name is the first node of its cell; a link to the contact may follow.
     function getClassText(row) {
         var text = row.cells[0].tagName === 'TD' && row.cells[0].firstChild;
         return text && text.nodeType === Node.TEXT_NODE ? text : null;

@@ -324,7 +324,7 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
     }
     catch (...)
     {
-        // Stops the started workers; nobody would print their cases.
+        // Stops the started workers, because no thread would print their cases.
         m_work.Stop();
         throw;
     }

@@ -30,7 +30,7 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
         instance.SetDataDirectory(test.dataDirectory);
         instance.InitSubtests();
         const std::uint32_t count = instance.GetSubtestCount();
-        // The limit prevents that an absurd count exhausts memory before the available names are read.
+        // An absurd count must not exhaust memory before the available names are read.
         test.cases.reserve(std::min(count, c_ReservedCases));
         for (std::uint32_t index = 0; index < count; ++index)
         {

@@ -27,7 +27,7 @@ bool isLackOfMemory(std::optional<std::int64_t> exitStatus, const std::vector<st
     // The kernel does not tell which process it killed.
     const std::uint64_t kills = LbOs::CountMemoryKills();
     const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.exchange(kills) < kills;
-    // What std::terminate writes of an exception that nobody has caught.
+    // The line that std::terminate prints for an uncaught exception.
     const bool isTerminated =
         exitStatus && LbOs::MayBeAbort(*exitStatus) && std::ranges::any_of(lastLines, [](const std::wstring& line) {
             return line.find(L"std::bad_alloc") != std::wstring::npos;
