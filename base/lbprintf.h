@@ -191,7 +191,7 @@ private:
             std::wstring_view text;
             ELength length;
         };
-        // A mark that begins another one comes behind it.
+        // A mark comes after every longer mark that begins with it.
         constexpr SMark c_Marks[] = {
             {L"hh", ELength::Char},     {L"h", ELength::Short},   {L"ll", ELength::Integer},
             {L"l", ELength::Long},      {L"w", ELength::Wide},    {L"j", ELength::Integer},

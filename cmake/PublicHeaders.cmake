@@ -10,7 +10,7 @@ endif()
 file(GLOB LUTESTSUITE_PUBLIC_HEADERS RELATIVE "${root}" ${option} "${root}/base/*.h" "${root}/testing/lutestsuite/*.h")
 # Only LbBase itself includes these.
 list(REMOVE_ITEM LUTESTSUITE_PUBLIC_HEADERS base/pagememory.h base/subtestsearch.h)
-# Of the platform layer, what other public headers include or what a host needs to read its arguments.
+# Headers of the platform layer that other public headers include, or that a host needs to read its arguments.
 list(APPEND LUTESTSUITE_PUBLIC_HEADERS
     base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h base/os/stacks.h)
 

@@ -27,7 +27,7 @@ LB_API void WriteStandardError(std::string_view bytes);
 LB_API bool IsStandardOutputLost() noexcept;
 
 /// Makes the run-time allocate the buffer of standard output now rather than with the first output. No other thread may
-/// use the stream meanwhile.
+/// use the stream during the call.
 LB_API void AllocateOutputBuffer() noexcept;
 
 /// True if standard output is a terminal that understands ANSI escape sequences. Enables them where the platform

@@ -9,12 +9,12 @@
 namespace LbOs
 {
 
-/// Creates a file and opens it for writing at its end. c_InvalidFile on failure, also when something of this name
-/// exists. Others may read the file meanwhile; child processes do not inherit it.
+/// Creates a file and opens it for writing at its end. c_InvalidFile on failure, also if something of this name exists.
+/// Other programs may read the file while it is open; child processes do not inherit it.
 LB_API FileHandle CreateForAppending(const std::wstring& path);
 
-/// Brings what was written to the disk, and waits for that. False on failure; what was written before may then be lost,
-/// and a repeated call does not tell.
+/// Flushes everything that was written to the disk, and waits for that. False on failure: earlier bytes may then be
+/// lost, and a repeated call may succeed nevertheless.
 LB_API bool SynchroniseFile(FileHandle file);
 
 /// The same for a directory: names that were created, changed or removed in it. False on failure. Succeeds without

@@ -21,7 +21,7 @@ LB_API void CatchInterruptions();
 /// The first request so far. Any thread.
 LB_API EInterruption GetInterruption() noexcept;
 
-/// The exit status by which shells tell such an end: 130 for User, 143 for Terminate, 0 for None.
+/// The exit status that shells use for this interruption: 130 for User, 143 for Terminate, 0 for None.
 LB_API int GetExitStatus(EInterruption interruption) noexcept;
 
 } // namespace LbOs

@@ -50,7 +50,7 @@ public:
 private:
     std::shared_ptr<const LbFileListing> m_listing;
     std::uint32_t m_rank = 0;
-    mutable std::unique_ptr<const std::wstring> m_path; ///< null for an empty path, and for one that nobody has read
+    mutable std::unique_ptr<const std::wstring> m_path; ///< null for an empty path, and before the first read
 };
 
 } // namespace LuTestSuite

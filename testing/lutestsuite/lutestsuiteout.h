@@ -27,8 +27,8 @@ public:
         virtual ~LuCustomOut();
     };
 
-    /// A line of formatted text (see LbFormat), neither bold nor underlined nor coloured. When a format that is made at
-    /// run time has a mistake, the line says so, with the place of the LbRuntimeFormat.
+    /// A line of formatted text (see LbFormat), neither bold nor underlined nor coloured. If a run-time format has a
+    /// mistake, the line describes it, with the place of the LbRuntimeFormat.
     template<typename... T>
     static LuTestSuiteOut Write(LbFormatString<T...> format, const T&... arguments)
     {

@@ -91,7 +91,7 @@ public:
 
     virtual void OnCaseStarted(const SCaseStarted& started);
 
-    /// Once for each started case, unless an exception ends the run meanwhile.
+    /// Once for each started case, unless an exception ends the run first.
     virtual void OnCaseFinished(const SCaseFinished& finished);
 
     /// At most once: checkCallback has returned true. It is not called again, and no further case starts. Running cases

@@ -58,9 +58,11 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     std::wstring responseEventId;
     bool noRegex = false; ///< patterns are compared as plain text with the end of names
 
-    /// Called before each case; returns true to stop the run. Returns false by default.
+    /// Called before each case, and repeatedly while worker threads or child processes run cases, one call at a time,
+    /// on any thread of the run. Returns true to stop the run; by default false.
     std::function<bool()> checkCallback;
 
-    /// Receives the result of each executed case. Does nothing by default.
+    /// Receives the result of each executed case when its line has been printed, on the thread that called Run. Does
+    /// nothing by default.
     std::function<void(LuTestSuiteRun::ECaseRunResult)> resultCallback;
 };

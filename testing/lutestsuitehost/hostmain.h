@@ -39,7 +39,7 @@ public:
     ~CWork();
 };
 
-/// Creates the environment and carries out what the library's own command line says. Throws as the library does.
+/// Creates the environment and executes the library's own command line. Throws as the library does.
 int RunLibrary(const Arguments& arguments);
 
 } // namespace LuTestSuiteHost

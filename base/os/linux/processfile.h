@@ -33,8 +33,8 @@ public:
     /// any more. Pass the same process in all calls.
     void Ensure(pid_t process);
 
-    /// Takes ownership of a descriptor that the system opened when it created the process; negative: there is none. No
-    /// effect if other code has closed it meanwhile.
+    /// Takes ownership of a descriptor that the system opened when it created the process; ignores a negative one, and
+    /// one that other code has closed.
     void Adopt(pid_t process, int file);
 
     /// The status of a process that can no longer be waited for, in the form of waitpid(). Empty before Linux 6.15, and

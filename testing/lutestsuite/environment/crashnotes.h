@@ -1,4 +1,4 @@
-/// What the process says when test code that runs in it crashes.
+/// The lines that the process prints when test code that runs in it crashes.
 #pragma once
 
 #include <atomic>
@@ -12,7 +12,7 @@
 namespace LuTestSuite
 {
 
-/// Learns of crashes beside standard error.
+/// Receives crashes, in addition to standard error.
 class ICrashReporter
 {
 public:
@@ -23,13 +23,12 @@ protected:
     ~ICrashReporter() = default;
 };
 
-/// While it lives, a crash of the process names on standard error what has happened and where, and what threads with a
-/// CCrashThread do, in one or two lines. One object at a time.
+/// While it lives, a crash of the process prints one or two lines on standard error: the kind of crash, its location,
+/// and the activities of threads with a CCrashThread. One object at a time.
 class CCrashNotes : public INonCopyable
 {
 public:
-    /// `reporter` tells the run that started this process; it is the caller's and outlives the object; null without
-    /// one.
+    /// `reporter` informs the run that started this process; it must outlive the object. Null if no run has started it.
     explicit CCrashNotes(ICrashReporter* reporter = nullptr);
     ~CCrashNotes();
 
@@ -37,7 +36,7 @@ private:
     LbOs::CCrashHandler m_handler;
 };
 
-/// What a thread does.
+/// The activity of a thread.
 enum class EActivity : std::uint32_t
 {
     RunCase,
@@ -45,11 +44,11 @@ enum class EActivity : std::uint32_t
     FindCases
 };
 
-/// A thread that runs test code in this process. Destroyed by the same thread. An object within the lifetime of another
-/// one of its thread shares that one's place.
+/// A thread that runs test code in this process. Destroyed by the same thread. A second object of a thread shares the
+/// place of the first.
 ///
-/// There are places for 512 threads, twice the most workers of a run. The crash of a further thread is reported without
-/// what it does.
+/// There are places for 512 threads, twice the largest number of workers. A crash of a further thread is reported
+/// without its activity.
 class CCrashThread : public INonCopyable
 {
 public:
@@ -70,14 +69,14 @@ private:
 
     LbOs::CCrashStack m_stack;
     bool m_isOuter = false; ///< gives the place back
-    SPlace* m_place;        ///< null if there is none left
+    SPlace* m_place;        ///< null if all are taken
 };
 
-/// The thread does this as long as the object lives; then it does what it did before.
+/// The activity of the thread while the object lives; afterwards the thread has its former activity.
 class CUnderWay : public INonCopyable
 {
 public:
-    /// Characters of a text that are read, with its terminator.
+    /// The largest number of characters of a text that are read, including its terminator.
     static constexpr std::size_t sc_uiCapacity = 1024;
 
     /// The texts are the caller's and outlive the object.

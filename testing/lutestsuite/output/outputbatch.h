@@ -6,8 +6,9 @@
 namespace LuTestSuite
 {
 
-/// What the calling thread prints while the object lives reaches standard output in one piece, at the object's end at
-/// the latest. Other threads that print wait meanwhile. Custom outputs receive each line as ever.
+/// Collects the output of the calling thread while the object lives, and writes it to standard output in one piece, at
+/// the object's end at the latest. Until then other threads that print wait. Custom outputs receive each line
+/// immediately.
 class COutputBatch : public INonCopyable
 {
 public:

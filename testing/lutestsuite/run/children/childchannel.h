@@ -137,7 +137,7 @@ private:
     static ECaseEnd toCaseEnd(EEnd end);
     void readCrash();
 
-    /// Empty while the child may go on with its case.
+    /// Empty while the case may continue.
     std::optional<EEnd> findEnd(std::uint32_t timeOutSec);
     void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);
