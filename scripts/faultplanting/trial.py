@@ -19,6 +19,8 @@ PROGRAMS = (
     ("base/", "base_tests"),
     ("testing/lutestsuitecli/", "cli_tests"),
     ("testing/lutestsuite/", "lutestsuite_tests"),
+    ("testing/lutestsuitehost/", "cli_tests"),
+    ("testing/lutestsuiterunner/", "runner_tests"),
 )
 # Linking takes most of the time: use a fast linker, and do not link the users of a changed library again.
 OPTIONS = ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
