@@ -1,0 +1,124 @@
+"""Cases that crash, hang or end their process in all ways: each time the right case is blamed, with the right reason
+and a stack that names the function at fault, and no case beside it."""
+import collections
+import json
+import os
+import subprocess
+
+CLASS = "CFaultModel"
+MODULE = "faultmodels"
+MODES = [["-x"], ["-s"], ["-w", "4", "-x"], ["-w", "4", "-s"]]
+TIME_LIMIT = 1
+# Beyond the time limit, for the stacks and the end of the process.
+VERDICT_LIMIT = 2.0
+HUNG = "time-out"
+# What the reason of each case says. A healthy case has none.
+LINUX = {
+    "WriteToNull": "SIGSEGV", "OverflowStack": "Stapelüberlauf", "CallAbort": "SIGABRT", "ThrowInThread": "SIGABRT",
+    "FreeTwice": "SIGABRT", "LockTwice": HUNG, "LoopForever": HUNG, "LeaveAtOnce": "Status 0",
+    "UseAllMemory": "Speicher", "CallPureVirtual": "SIGABRT", "BreakAssertion": "SIGABRT", "WriteBehindPage": "SIGSEGV",
+}
+WINDOWS = {
+    "WriteToNull": "0xC0000005", "OverflowStack": "0xC00000FD", "CallAbort": "Status 3", "ThrowInThread": "Status 3",
+    "FreeTwice": "0xC0000374", "LockTwice": HUNG, "LoopForever": HUNG, "LeaveAtOnce": "Status 0",
+    "UseAllMemory": "Status 3", "CallPureVirtual": "Status 3", "BreakAssertion": "Status 3",
+    "WriteBehindPage": "0xC0000005",
+}
+HEALTHY = {"gesund davor", "gesund danach"}
+# A process that leaves has no stack.
+WITHOUT_STACK = {"LeaveAtOnce"}
+DESCRIPTION = f"""<ExtraInfo>
+    <TestCase name="LockTwice"><TimeOutSec>{TIME_LIMIT}</TimeOutSec></TestCase>
+    <TestCase name="LoopForever"><TimeOutSec>{TIME_LIMIT}</TimeOutSec></TestCase>
+</ExtraInfo>
+"""
+
+
+def records(path):
+    with open(path, "rb") as file:
+        return [json.loads(line)["r"] for line in file]
+
+
+def make_data(folder):
+    cases = os.path.join(folder, "faults", CLASS)
+    os.makedirs(cases)
+    with open(os.path.join(cases, "#ExtraInfo.xml"), "w", encoding="utf-8") as file:
+        file.write(DESCRIPTION)
+    return os.path.dirname(cases)
+
+
+def names_of(out):
+    """The names of the planned cases, in the order of their numbers."""
+    return [case["name"] for record in records(os.path.join(out, "plan.ndjson")) if record["t"] == "cases"
+            for case in record["list"]]
+
+
+class Count:
+    """What the ends of all cases of a kind say."""
+
+    def __init__(self):
+        self.runs = self.right = self.named = 0
+        self.longest = 0.0
+        self.wrong = collections.Counter()
+
+    def add(self, name, end, expected):
+        self.runs += 1
+        self.longest = max(self.longest, end["ns"] / 1e9)
+        if name in HEALTHY:
+            is_right = end["result"] == "ok"
+        elif expected == HUNG:
+            is_right = end["result"] == HUNG
+        else:
+            is_right = end["result"] == "unknown" and expected in end.get("reason", "") + end.get("messages", "")
+        self.right += is_right
+        self.named += f"Faults::{name}" in end.get("stacks", "")
+        if not is_right:
+            self.wrong[end.get("reason", end["result"])] += 1
+
+
+def run_once(words, data, out, mode):
+    command = [*words, "run", "--force", "--out", out, "--", "-d", data, "--dll", MODULE, *mode]
+    result = subprocess.run(command, capture_output=True, text=True, check=False)
+    return result.returncode
+
+
+def describe(name, count, has_stacks):
+    text = f"{name}: {count.right} of {count.runs} with the right reason"
+    if has_stacks:
+        text += f", {count.named} with the function at fault"
+    text += f", verdict after at most {count.longest:.1f} s"
+    return text + "".join(f"; wrong {number} times: {reason}" for reason, number in count.wrong.most_common(3))
+
+
+def count_faults(name, count, has_stacks):
+    """A function that is named in fewer than 95 of 100 stacks is a fault, as is each wrong reason."""
+    limit = VERDICT_LIMIT + (TIME_LIMIT if name in ("LockTwice", "LoopForever") else 0)
+    return (count.runs - count.right + (has_stacks and count.named < 0.95 * count.runs)
+            + (name not in HEALTHY and count.longest > limit))
+
+
+def check(words, is_windows, folder, rounds):
+    """Each round runs all faults in each mode. Windows has no stacks of other processes."""
+    expected = WINDOWS if is_windows else LINUX
+    data = make_data(folder)
+    out = os.path.join(folder, "out")
+    place = "Z:" if is_windows else ""
+    counts = collections.defaultdict(Count)
+    strange = 0
+    for mode in rounds * MODES:
+        status = run_once(words, place + data, place + out, mode)
+        names = names_of(out)
+        ends = [record for record in records(os.path.join(out, "journal.ndjson")) if record["t"] == "end"]
+        if status != 1 or len(ends) != len(names) or set(names) != HEALTHY | set(expected):
+            strange += 1
+            print(f"{' '.join(mode)}: status {status}, {len(ends)} of {len(names)} cases ended", flush=True)
+        for end in ends:
+            name = names[end["case"]]
+            counts[name].add(name, end, expected.get(name, ""))
+    faults = strange
+    for name, count in counts.items():
+        has_stacks = not is_windows and name not in HEALTHY | WITHOUT_STACK
+        faults += count_faults(name, count, has_stacks)
+        print(describe(name, count, has_stacks), flush=True)
+    print(f"{rounds} rounds of {len(expected)} kinds of faults in {len(MODES)} modes: {faults} wrong")
+    return faults
