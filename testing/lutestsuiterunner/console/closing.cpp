@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <span>
 
 #include "base/lbcommandline.h"
 #include "base/lbformat.h"
@@ -55,7 +56,7 @@ std::wstring describeShared(const CRunState& state, std::uint32_t index)
     {
         return L"";
     }
-    const Cases earlier = state.GetPredecessors(*state.GetReported(index));
+    const std::span<const std::uint32_t> earlier = state.GetPredecessors(*state.GetReported(index));
     std::wstring text = L" (nur im gemeinsamen Prozess";
     const std::size_t first = earlier.size() > c_MostNames ? earlier.size() - c_MostNames : 0;
     for (std::size_t place = first; place < earlier.size(); ++place)

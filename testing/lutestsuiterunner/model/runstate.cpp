@@ -22,12 +22,6 @@ bool hasFailed(const SAttempt& attempt)
     return attempt.IsFinished() && !attempt.HasPassed();
 }
 
-/// True if both ran in one process. Process ids are unique only within one host.
-bool shareProcess(const SAttempt& a, const SAttempt& b)
-{
-    return a.ended.journal == b.ended.journal && a.result.processId == b.result.processId;
-}
-
 void count(EVerdict verdict, bool isQuarantined, SVerdictCounts& counts)
 {
     ++counts.planned;
@@ -129,6 +123,9 @@ void CRunState::apply(const SRecordPlace& place, const SCaseEnded& record)
     attempt.result.info.repetition = planned.repetition;
     attempt.result.info.executed = true;
     attempt.ended = place;
+    SEndedCases& ended = m_endedCases[{place.journal, record.processId}];
+    ended.places.push_back(place);
+    ended.cases.push_back(record.caseIndex);
     m_elapsed = std::max(m_elapsed, record.elapsed);
 }
 
@@ -203,23 +200,15 @@ std::vector<std::uint32_t> CRunState::GetMissingCases() const
     return cases;
 }
 
-std::vector<std::uint32_t> CRunState::GetPredecessors(const SAttempt& attempt) const
+std::span<const std::uint32_t> CRunState::GetPredecessors(const SAttempt& attempt) const
 {
-    std::vector<std::pair<SRecordPlace, std::uint32_t>> earlier;
-    for (const std::vector<SAttempt>& attempts : m_attempts)
+    const auto process = m_endedCases.find({attempt.ended.journal, attempt.result.processId});
+    if (process == m_endedCases.end())
     {
-        for (const SAttempt& other : attempts)
-        {
-            if (other.IsEnded() && other.ended < attempt.ended && shareProcess(other, attempt))
-            {
-                earlier.emplace_back(other.ended, other.result.caseIndex);
-            }
-        }
+        return {};
     }
-    std::ranges::sort(earlier);
-    std::vector<std::uint32_t> cases(earlier.size());
-    std::ranges::transform(earlier, cases.begin(), [](const auto& entry) { return entry.second; });
-    return cases;
+    const auto& [places, cases] = process->second;
+    return {cases.begin(), std::ranges::lower_bound(places, attempt.ended) - places.begin() + cases.begin()};
 }
 
 SVerdictCounts CRunState::CountVerdicts() const

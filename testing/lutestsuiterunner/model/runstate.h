@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "testing/lutestsuiterunner/model/plan.h"
@@ -87,8 +89,8 @@ public:
     /// The cases in the shard without a finished attempt; ascending. A resumed run runs these.
     std::vector<std::uint32_t> GetMissingCases() const;
 
-    /// The cases that ended earlier than the attempt in the same process, in their order.
-    std::vector<std::uint32_t> GetPredecessors(const SAttempt& attempt) const;
+    /// The cases that ended earlier than the attempt in the same process, in their order. Valid until the next record.
+    std::span<const std::uint32_t> GetPredecessors(const SAttempt& attempt) const;
 
     SVerdictCounts CountVerdicts() const;
 
@@ -117,8 +119,17 @@ private:
     void apply(const SRecordPlace& place, const SRunFinished& record);
     std::vector<SAttempt>& getAttempts(std::uint32_t caseIndex);
 
+    /// Of one process, in the order of their places.
+    struct SEndedCases
+    {
+        std::vector<SRecordPlace> places;
+        std::vector<std::uint32_t> cases;
+    };
+
     SPlan m_plan;
     std::vector<std::vector<SAttempt>> m_attempts; ///< one list per case run of the plan
+    /// By journal and process id, since these ids are unique among the children of one host only.
+    std::map<std::pair<std::uint32_t, std::uint64_t>, SEndedCases> m_endedCases;
     SRecordPlace m_last;
     bool m_isCanceled = false;
     bool m_isEnded = false;

@@ -1,6 +1,8 @@
 #include "testing/lutestsuiterunner/reports/casenotes.h"
 
 #include <algorithm>
+#include <ranges>
+#include <span>
 #include <string_view>
 
 #include "base/lbformat.h"
@@ -31,13 +33,11 @@ void addAttempts(const CRunState& state, std::uint32_t caseIndex, std::vector<st
 void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vector<std::wstring>& notes)
 {
     constexpr std::size_t c_Shown = 10;
-    std::vector<std::uint32_t> cases = state.GetPredecessors(attempt);
-    std::ranges::reverse(cases);
+    const std::span<const std::uint32_t> cases = state.GetPredecessors(attempt);
     notes.push_back(cases.size() == 1
                         ? std::wstring(L"Im selben Prozess lief davor ein Testfall:")
                         : LbFormat(L"Im selben Prozess liefen davor %u Testfälle, zuletzt:", cases.size()));
-    cases.resize(std::min(cases.size(), c_Shown));
-    for (const std::uint32_t caseIndex : cases)
+    for (const std::uint32_t caseIndex : cases.last(std::min(cases.size(), c_Shown)) | std::views::reverse)
     {
         notes.push_back(L"  " + GetCaseName(state.GetPlan(), caseIndex));
     }

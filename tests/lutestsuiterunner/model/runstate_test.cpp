@@ -1,5 +1,6 @@
 #include "testing/lutestsuiterunner/model/runstate.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/lbexception.h"
@@ -63,7 +64,7 @@ TEST_F(RunnerRunState, KeepsTheFailureOfACaseThatPassesAlone)
 
     EXPECT_EQ(m_state.GetVerdict(2), EVerdict::FailedShared);
     EXPECT_EQ(m_state.GetReported(2)->result.attempt, 1U);
-    EXPECT_EQ(m_state.GetPredecessors(m_state.GetAttempts(2)[0]), std::vector<std::uint32_t>{4});
+    EXPECT_THAT(m_state.GetPredecessors(m_state.GetAttempts(2)[0]), testing::ElementsAre(4));
     EXPECT_EQ(m_state.CountVerdicts().failed, 1U);
 }
 
