@@ -12,8 +12,39 @@ namespace
 {
 
 constexpr const char* c_EraseLine = "\r\x1b[K";
+constexpr std::wstring_view c_LineControls = L"\n\t";
+
+bool isControl(wchar_t character)
+{
+    constexpr wchar_t c_Delete = 0x7F;
+    constexpr wchar_t c_LastControl = 0x9F;
+    return character < L' ' || (character >= c_Delete && character <= c_LastControl);
+}
+
+wchar_t getPicture(wchar_t control)
+{
+    constexpr wchar_t c_Pictures = 0x2400;
+    constexpr wchar_t c_DeletePicture = 0x2421;
+    constexpr wchar_t c_Delete = 0x7F;
+    constexpr wchar_t c_Unknown = 0xFFFD;
+    return control < L' '        ? static_cast<wchar_t>(c_Pictures + control)
+           : control == c_Delete ? c_DeletePicture
+                                 : c_Unknown;
+}
 
 } // namespace
+
+std::wstring ShowControls(std::wstring text, std::wstring_view kept)
+{
+    for (wchar_t& character : text)
+    {
+        if (isControl(character) && kept.find(character) == std::wstring_view::npos)
+        {
+            character = getPicture(character);
+        }
+    }
+    return text;
+}
 
 CTerminal& CTerminal::Get()
 {
@@ -21,7 +52,9 @@ CTerminal& CTerminal::Get()
     return s_terminal;
 }
 
-CTerminal::CTerminal() : m_hasStatus(LbOs::GetErrorTerminalWidth() > 0) {}
+CTerminal::CTerminal() : m_hasStatus(LbOs::GetErrorTerminalWidth() > 0), m_isTerminal(LbOs::EnableTerminalSequences())
+{
+}
 
 void CTerminal::ShowStatus(const std::wstring& text)
 {
@@ -29,7 +62,7 @@ void CTerminal::ShowStatus(const std::wstring& text)
     if (m_hasStatus)
     {
         erase();
-        m_status = text;
+        m_status = ShowControls(text);
         redraw();
     }
 }
@@ -38,7 +71,7 @@ void CTerminal::WriteOutput(const std::wstring& lines)
 {
     const std::lock_guard lock(m_mutex);
     erase();
-    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(lines));
+    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(m_isTerminal ? ShowControls(lines, c_LineControls) : lines));
     redraw();
 }
 
@@ -46,7 +79,7 @@ void CTerminal::WriteError(const std::wstring& lines)
 {
     const std::lock_guard lock(m_mutex);
     erase();
-    LbOs::WriteStandardError(LbEncoding::ToUtf8(lines));
+    LbOs::WriteStandardError(LbEncoding::ToUtf8(m_hasStatus ? ShowControls(lines, c_LineControls) : lines));
     redraw();
 }
 

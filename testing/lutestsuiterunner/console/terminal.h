@@ -3,13 +3,19 @@
 
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "base/inoncopyable.h"
 
 namespace Runner
 {
 
-/// Standard output and standard error of the process. Any thread; lines of different calls never interleave.
+/// Replaces control characters other than the kept ones by their pictures, so that names of files and output of cases
+/// cannot steer a terminal.
+std::wstring ShowControls(std::wstring text, std::wstring_view kept = {});
+
+/// Standard output and standard error of the process. Control characters reach only files and pipes. Any thread; lines
+/// of different calls never interleave.
 class CTerminal : public INonCopyable
 {
 public:
@@ -32,6 +38,7 @@ private:
 
     std::mutex m_mutex;
     bool m_hasStatus;
+    bool m_isTerminal; ///< standard output
     std::wstring m_status;
 };
 
