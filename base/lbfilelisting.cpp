@@ -1,10 +1,12 @@
 #include "base/lbfilelisting.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <map>
 #include <memory_resource>
 #include <mutex>
+#include <ranges>
 #include <unordered_map>
 #include <vector>
 
@@ -120,7 +122,8 @@ private:
     std::pmr::wstring m_directory;
     std::pmr::wstring m_text;
     std::pmr::vector<std::uint32_t> m_begins; ///< one more than names
-    mutable LbCriticalSection m_mutex;        ///< protects the matches and, after construction, the memory
+    mutable std::atomic<std::uint32_t> m_lastFound = 0;
+    mutable LbCriticalSection m_mutex; ///< protects the matches and, after construction, the memory
     mutable std::pmr::map<std::pmr::wstring, std::pmr::vector<std::uint32_t>, std::less<>> m_matches;
 };
 
@@ -143,14 +146,22 @@ CListing::CListing(const std::wstring& directory, const SNames& names)
 
 std::optional<std::uint32_t> CListing::Find(std::wstring_view name) const noexcept
 {
-    std::uint32_t first = 0;
-    std::uint32_t end = GetCount();
-    while (first < end)
+    // The cases of a run ask for one name after another.
+    const std::uint32_t last = m_lastFound.load(std::memory_order_relaxed);
+    const std::uint32_t guess = last < GetCount() && GetName(last) < name ? last + 1 : last;
+    if (guess < GetCount() && GetName(guess) == name)
     {
-        const std::uint32_t middle = first + (end - first) / 2;
-        (GetName(middle) < name ? first : end) = GetName(middle) < name ? middle + 1 : middle;
+        m_lastFound.store(guess, std::memory_order_relaxed);
+        return guess;
     }
-    return first < GetCount() && GetName(first) == name ? std::optional(first) : std::nullopt;
+    const auto ranks = std::views::iota(std::uint32_t{0}, GetCount());
+    const auto found = std::ranges::lower_bound(ranks, name, {}, [this](std::uint32_t rank) { return GetName(rank); });
+    if (found == ranks.end() || GetName(*found) != name)
+    {
+        return std::nullopt;
+    }
+    m_lastFound.store(*found, std::memory_order_relaxed);
+    return *found;
 }
 
 std::span<const std::uint32_t> CListing::GetMatches(const LbFilePattern& pattern) const
