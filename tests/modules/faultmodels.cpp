@@ -1,5 +1,6 @@
 /// One case for each kind of fault that ends or stops a process, and healthy cases beside them.
 
+#undef NDEBUG // Asserts in optimized builds, too.
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -114,8 +115,6 @@ LB_OS_EXPORT FAULT void CallPureVirtual()
 
 LB_OS_EXPORT FAULT void BreakAssertion()
 {
-#undef NDEBUG
-#include <cassert> // Asserts in optimized builds, too.
     assert(s_zero == 1);
 }
 
