@@ -308,6 +308,8 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
 {
     try
     {
+        // Before the first thread starts: its case would seem to grow by what is allocated later.
+        m_threads.reserve(count);
         while (m_threads.size() < count)
         {
             const auto index = static_cast<std::int32_t>(m_threads.size());
