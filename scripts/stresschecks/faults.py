@@ -16,7 +16,7 @@ HUNG = "time-out"
 LINUX = {
     "WriteToNull": "SIGSEGV", "OverflowStack": "Stapelüberlauf", "CallAbort": "SIGABRT", "ThrowInThread": "SIGABRT",
     "FreeTwice": "SIGABRT", "LockTwice": HUNG, "LoopForever": HUNG, "LeaveAtOnce": "Status 0",
-    "UseAllMemory": "Speicher", "CallPureVirtual": "SIGABRT", "BreakAssertion": "SIGABRT", "WriteBehindPage": "SIGSEGV",
+    "UseAllMemory": "Speichermangel", "CallPureVirtual": "SIGABRT", "BreakAssertion": "SIGABRT", "WriteBehindPage": "SIGSEGV",
 }
 WINDOWS = {
     "WriteToNull": "0xC0000005", "OverflowStack": "0xC00000FD", "CallAbort": "Status 3", "ThrowInThread": "Status 3",
