@@ -51,8 +51,8 @@ void FindReason(SCaseEnd& end);
 /// Completes the record of a case whose child could not be started.
 SCaseEnd MakeMissingChild();
 
-/// Writes an error line with the reason, if there is one; the last lines of an ended child and then the stacks follow as
-/// information lines.
+/// Writes an error line with the reason, if there is one; the last lines of an ended child and then the stacks follow
+/// as information lines.
 std::wstring DescribeCaseEnd(const SCaseEnd& end);
 
 /// Reads the number of processes killed for lack of memory, so that FindReason notices later ones. Any thread; the
