@@ -1,8 +1,10 @@
 #include "base/lbrtti.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "base/lbdiagnostics.h"
@@ -18,6 +20,15 @@ struct SRegistry
     std::unordered_map<std::wstring, std::vector<const LbRTTI*>> records;
 };
 
+/// Functions that register late classes.
+struct SLate
+{
+    // Recursive, because a function may look classes up.
+    std::recursive_mutex mutex;
+    std::vector<void (*)()> pending;
+    std::atomic<bool> isPending = false; ///< until the last function has returned
+};
+
 SRegistry& getRegistry()
 {
     // Created by the first record in any module and never destroyed: records unregister while modules are unloaded and
@@ -26,10 +37,34 @@ SRegistry& getRegistry()
     return registry;
 }
 
+SLate& getLate()
+{
+    // Never destroyed, for the same reason.
+    static SLate& late = *new SLate;
+    return late;
+}
+
+void registerLateClasses()
+{
+    SLate& late = getLate();
+    if (!late.isPending.load(std::memory_order_acquire))
+    {
+        return;
+    }
+    const std::lock_guard lock(late.mutex);
+    while (!late.pending.empty())
+    {
+        void (*const registerClasses)() = late.pending.back();
+        late.pending.pop_back();
+        registerClasses();
+    }
+    late.isPending.store(false, std::memory_order_release);
+}
+
 } // namespace
 
 LbRTTI::LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create, const LbClassFacts& facts)
-    : m_name(name), m_base(base), m_create(create), m_facts(facts)
+    : m_name(name), m_base(base), m_create(std::move(create)), m_facts(facts)
 {
     bool isTaken = false;
     {
@@ -69,14 +104,50 @@ bool LbRTTI::IsDerivedFrom(const LbRTTI& type) const noexcept
 
 const LbRTTI* LbRTTI::Find(const std::wstring& name)
 {
+    registerLateClasses();
     SRegistry& registry = getRegistry();
     const std::lock_guard lock(registry.mutex);
     const auto entry = registry.records.find(name);
     return entry == registry.records.end() ? nullptr : entry->second.front();
 }
 
+std::vector<const LbRTTI*> LbRTTI::GetDerived(const LbRTTI& base)
+{
+    registerLateClasses();
+    std::vector<const LbRTTI*> derived;
+    {
+        SRegistry& registry = getRegistry();
+        const std::lock_guard lock(registry.mutex);
+        for (const auto& [name, namesakes] : registry.records)
+        {
+            const LbRTTI* const first = namesakes.front();
+            if (first != &base && first->IsDerivedFrom(base) && first->GetCreate() != nullptr)
+            {
+                derived.push_back(first);
+            }
+        }
+    }
+    std::ranges::sort(derived, {}, &LbRTTI::GetName);
+    return derived;
+}
+
 LbRTTI::CreateFunction LbRTTI::getCreate(const std::wstring& name)
 {
     const LbRTTI* const record = Find(name);
     return record == nullptr ? nullptr : record->GetCreate();
+}
+
+LbLateClasses::LbLateClasses(void (*registerClasses)()) : m_registerClasses(registerClasses)
+{
+    SLate& late = getLate();
+    const std::lock_guard lock(late.mutex);
+    late.pending.push_back(registerClasses);
+    late.isPending.store(true, std::memory_order_release);
+}
+
+LbLateClasses::~LbLateClasses()
+{
+    SLate& late = getLate();
+    const std::lock_guard lock(late.mutex);
+    std::erase(late.pending, m_registerClasses);
 }

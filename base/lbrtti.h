@@ -11,10 +11,12 @@
 ///     LB_RTTI_CLASS(CMyTest, LuUnitTest)
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
+#include <vector>
 
 #include "base/inoncopyable.h"
 #include "base/iobject.h"
@@ -61,8 +63,8 @@ private:
 class LB_API LbRTTI : public INonCopyable
 {
 public:
-    /// Creates an object, owned by the caller. Exceptions of the constructor pass through.
-    using CreateFunction = std::unique_ptr<IObject> (*)();
+    /// Creates an object, owned by the caller; callable from any thread. Exceptions of the constructor pass through.
+    using CreateFunction = std::function<std::unique_ptr<IObject>()>;
 
     /// Registers a class. `base` is null only for a root class; `create` is null for a class that cannot be created by
     /// name. If the name is taken, Find returns the record that was registered first, until its module is unloaded.
@@ -72,7 +74,7 @@ public:
 
     const std::wstring& GetName() const noexcept { return m_name; }
     const LbRTTI* GetBase() const noexcept { return m_base; }
-    CreateFunction GetCreate() const noexcept { return m_create; }
+    const CreateFunction& GetCreate() const noexcept { return m_create; }
     const LbClassFacts& GetFacts() const noexcept { return m_facts; }
 
     /// True if this class is `type` or derived from it.
@@ -82,6 +84,9 @@ public:
     /// The record registered under `name` (compared exactly); null if there is none.
     static const LbRTTI* Find(const std::wstring& name);
 
+    /// The records that Find returns for the classes derived from `base` that can be created, ordered by name.
+    static std::vector<const LbRTTI*> GetDerived(const LbRTTI& base);
+
     /// The factory registered under `name`; null if the name is unknown or the class cannot be created.
     static CreateFunction getCreate(const std::wstring& name);
 
@@ -90,6 +95,21 @@ private:
     const LbRTTI* m_base;
     CreateFunction m_create;
     LbClassFacts m_facts;
+};
+
+/// Classes that a module can register only after all of its static objects have been created, such as those that stand
+/// for tests of another framework. The object is a static object of the module.
+class LB_API LbLateClasses : public INonCopyable
+{
+public:
+    /// Find, GetDerived and getCreate of LbRTTI call `registerClasses` once, on the thread that calls one of them
+    /// first; other threads wait. The function creates records, which must live no longer than the module. Its
+    /// exceptions pass through to that first caller.
+    explicit LbLateClasses(void (*registerClasses)());
+    ~LbLateClasses();
+
+private:
+    void (*m_registerClasses)();
 };
 
 /// Declares the record inside the class. Leaves the access at private.

@@ -56,6 +56,57 @@ private:
     std::function<void(const std::wstring&)> m_former;
 };
 
+TEST(LbRTTI, ListsDerivedClassesThatCanBeCreatedByName)
+{
+    const LbRTTI base(L"CBaseOfList", nullptr, nullptr);
+    const LbRTTI second(L"CSecondOfList", &base, createDog);
+    const LbRTTI first(L"CFirstOfList", &base, createDog);
+    const LbRTTI abstract(L"CAbstractOfList", &base, nullptr);
+
+    EXPECT_EQ(LbRTTI::GetDerived(base), (std::vector<const LbRTTI*>{&first, &second}));
+}
+
+int s_lateCalls = 0;
+std::optional<LbRTTI> s_late;
+
+TEST(LbLateClasses, AreRegisteredOnceWhenAClassIsLookedUp)
+{
+    s_lateCalls = 0;
+    {
+        const LbLateClasses late([] {
+            ++s_lateCalls;
+            s_late.emplace(L"CLateClass", nullptr, createDog);
+        });
+        EXPECT_EQ(s_lateCalls, 0);
+
+        EXPECT_EQ(LbRTTI::Find(L"CLateClass"), &*s_late);
+        EXPECT_EQ(LbRTTI::Find(L"CLateClass"), &*s_late);
+    }
+    EXPECT_EQ(s_lateCalls, 1);
+    s_late.reset();
+}
+
+TEST(LbLateClasses, AreNotRegisteredAfterTheirObject)
+{
+    s_lateCalls = 0;
+    {
+        const LbLateClasses late([] { ++s_lateCalls; });
+    }
+
+    LbRTTI::Find(L"CLateClass");
+
+    EXPECT_EQ(s_lateCalls, 0);
+}
+
+TEST(LbLateClasses, MayLookClassesUp)
+{
+    const LbLateClasses late([] { s_lateCalls = LbRTTI::Find(L"CNowhere") == nullptr ? 7 : 8; });
+
+    LbRTTI::Find(L"CNowhere");
+
+    EXPECT_EQ(s_lateCalls, 7);
+}
+
 } // namespace
 
 LB_RTTI_ABSTRACT(CAnimal, IObject)
@@ -151,7 +202,7 @@ TEST(LbRTTI, FirstRecordOfANameIsFound)
     const LbRTTI first(L"CTwice", &CAnimal::RTTI, &createDog);
     const LbRTTI second(L"CTwice", &CAnimal::RTTI, &createNamed);
     EXPECT_EQ(LbRTTI::Find(L"CTwice"), &first);
-    EXPECT_EQ(LbRTTI::getCreate(L"CTwice"), &createDog);
+    EXPECT_NE(dynamic_cast<CDog*>(LbRTTI::getCreate(L"CTwice")().get()), nullptr);
 }
 
 TEST(LbRTTI, NextRecordOfANameIsFoundAfterTheFirstIsUnregistered)

@@ -29,5 +29,11 @@ std::unique_ptr<LuTestSuiteUtils::SPscmInfo> LuTestSuiteUtils::GetPscmInfo()
 
 std::wstring LuTestSuiteUtils::GetModuleName(const LbRTTI& type)
 {
-    return LbPath::GetLastComponent(LbOs::GetModulePathOf(&type));
+    std::wstring path = LbOs::GetModulePathOf(&type);
+    if (path.empty() && type.GetFacts().type != nullptr)
+    {
+        // A record that was created at run time.
+        path = LbOs::GetModulePathOf(type.GetFacts().type);
+    }
+    return LbPath::GetLastComponent(path);
 }
