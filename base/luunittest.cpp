@@ -91,6 +91,11 @@ LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
     return result;
 }
 
+bool LuUnitTest::IsSubtestDisabled(std::uint32_t /*subtest*/) const
+{
+    return false;
+}
+
 /// Runs a sub-test and handles its exceptions.
 template<typename F>
 LuUnitTest::EResult LuUnitTest::guard(const F& run)

@@ -86,6 +86,10 @@ public:
     /// Throws LbException for an index out of range, like RunUnitTest.
     virtual std::wstring GetSubtestName(std::uint32_t subtest) const;
 
+    /// True if the class itself disables a sub-test: its case is disabled unless a description file enables it. Called
+    /// with indices below GetSubtestCount, for objects that keep all sub-tests.
+    virtual bool IsSubtestDisabled(std::uint32_t subtest) const;
+
     /// Runs one sub-test. If it throws, the exception's text is reported as an error line and the result is
     /// eR_Exception.
     virtual EResult RunUnitTest(std::uint32_t subtest);

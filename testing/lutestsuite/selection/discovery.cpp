@@ -38,6 +38,10 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
             STestCase& testCase = test.cases.emplace_back();
             testCase.name = std::move(name);
             testCase.parameters.max_load_factor(LuTestSuite::c_ParameterLoadFactor);
+            if (instance.IsSubtestDisabled(index))
+            {
+                testCase.parameters[L"Enable"] = false;
+            }
         }
     }
     catch (...)
