@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
+#include "base/lbpath.h"
+#include "base/lbreceivedfile.h"
 #include "base/os/directories.h"
 #include "base/subtestsearch.h"
 
@@ -87,7 +90,8 @@ LuUnitTest::EResult LuUnitTest::RunUnitTest(std::uint32_t subtest)
         return RunSelectedSubtest();
     }
     const EResult result = complete.RunUnitTest(subtest);
-    m_hasErrors = complete.HasErrors();
+    m_hasErrors = complete.m_hasErrors;
+    m_hasDifferences = complete.m_hasDifferences;
     return result;
 }
 
@@ -101,6 +105,7 @@ template<typename F>
 LuUnitTest::EResult LuUnitTest::guard(const F& run)
 {
     m_hasErrors = false;
+    m_hasDifferences = false;
     try
     {
         return run();
@@ -167,7 +172,8 @@ bool LuUnitTest::countFiles(const LbFilePattern& pattern)
     {
         return true;
     }
-    if (m_selectedFunction || m_selected == sc_DescriptionFile || !pattern.Matches(m_selected))
+    if (m_selectedFunction || m_selected == sc_DescriptionFile || LbReceivedFile::IsLeft(m_selected) ||
+        !pattern.Matches(m_selected))
     {
         return false;
     }
@@ -195,6 +201,7 @@ void LuUnitTest::addFileSubtests(const LbFilePattern& pattern, FileFunction func
     }
     std::vector<std::wstring_view> excluded(pattern.excluded.begin(), pattern.excluded.end());
     excluded.emplace_back(sc_DescriptionFile);
+    excluded.insert(excluded.end(), {LbReceivedFile::c_Pattern, LbReceivedFile::c_RunsPattern});
     const std::shared_ptr<const LbFileListing>& listing = GetDataFileNames().GetListing();
     const std::span<const std::uint32_t> ranks = listing->GetMatches({pattern.wildcards, excluded});
     m_entries.push_back({m_count, {}, {}, std::make_unique<SFiles>(SFiles{listing, ranks, std::move(function)})});
@@ -289,4 +296,32 @@ void LuUnitTest::writeMessageLine(bool isError, std::wstring_view text)
         line += L'\n';
         m_messages->Write(line);
     }
+}
+
+LuUnitTest::EResult LuUnitTest::CompareWithReference(std::string_view received, const std::wstring& path)
+{
+    return compareWithReference(received, path, true);
+}
+
+LuUnitTest::EResult LuUnitTest::CompareWithReference(std::wstring_view received, const std::wstring& path)
+{
+    return compareWithReference(LbEncoding::ToUtf8(received), path, true);
+}
+
+LuUnitTest::EResult LuUnitTest::CompareWithReference(std::span<const std::byte> received, const std::wstring& path)
+{
+    return compareWithReference({reinterpret_cast<const char*>(received.data()), received.size()}, path, false);
+}
+
+LuUnitTest::EResult LuUnitTest::compareWithReference(std::string_view received, const std::wstring& path, bool isText)
+{
+    const std::wstring place = LbPath::IsAbsolute(path) ? path : m_dataDirectory + path;
+    const std::wstring difference = LbReceivedFile::Compare(received, place, isText);
+    if (difference.empty())
+    {
+        return GetResultByErrors();
+    }
+    m_hasDifferences = true;
+    writeMessageLine(true, difference);
+    return eR_Different;
 }

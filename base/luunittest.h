@@ -17,6 +17,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
@@ -113,7 +114,8 @@ public:
 
 protected:
     /// Appends a sub-test. `function` takes no argument and returns an EResult or void: with void the sub-test passes
-    /// unless it reports an error line. If several sub-tests have one name, only the first is run.
+    /// unless it reports an error line (see GetResultByErrors). If several sub-tests have one name, only the first is
+    /// run.
     template<std::invocable F>
     void AddSubtest(std::wstring_view name, F function)
     {
@@ -127,7 +129,8 @@ protected:
 
     /// Appends one sub-test for each file of the data directory that matches a wildcard ("*": any text, "?": one
     /// character, otherwise exact) and no excluded wildcard. Sub-tests are named after their files and ordered by name.
-    /// Skips description files ("#ExtraInfo.xml"). `function` takes the file's full path and returns as in AddSubtest.
+    /// Skips description files ("#ExtraInfo.xml") and what CompareWithReference leaves ("*.received",
+    /// "*.received.runs"). `function` takes the file's full path and returns as in AddSubtest.
     ///
     ///     AddFileSubtests({L"*.yaml", L"*.yml"}, {L"*.expected.*"}, [this](const std::wstring& path) { ... });
     template<std::invocable<const std::wstring&> F>
@@ -186,9 +189,32 @@ protected:
         return condition;
     }
 
-    /// True if an error line was reported since RunUnitTest began.
-    bool HasErrors() const noexcept { return m_hasErrors; }
-    EResult GetResultByErrors() const noexcept { return m_hasErrors ? eR_Failed : eR_Passed; }
+    /// Compares a text with the reference file at `path`, which is relative to the data directory unless it is
+    /// absolute. Narrow texts are taken as they are, wide ones as UTF-8. Line ends "\r\n" in the file or the text count
+    /// as "\n".
+    ///
+    /// Equal: returns GetResultByErrors and removes what an earlier difference has left. Different, or no such file:
+    /// reports the first differing line as an error line, writes the text to "<path>.received" and returns
+    /// eR_Different.
+    /// "<path>.received.runs" counts how many runs in a row have made this text (see base/lbreceivedfile.h); "review"
+    /// of LuTestSuiteRunner accepts it as the new reference.
+    ///
+    /// Throws LbException with a German message if a file cannot be read or written. The files of one reference must
+    /// not be compared by several cases at once.
+    EResult CompareWithReference(std::string_view received, const std::wstring& path);
+    EResult CompareWithReference(std::wstring_view received, const std::wstring& path);
+
+    /// The same for bytes, which are compared exactly: reports the first differing byte instead of a line.
+    EResult CompareWithReference(std::span<const std::byte> received, const std::wstring& path);
+
+    /// True if an error line or a difference from a reference was reported since RunUnitTest began.
+    bool HasErrors() const noexcept { return m_hasErrors || m_hasDifferences; }
+
+    /// eR_Failed after an error line, eR_Different if there were only differences from references, otherwise eR_Passed.
+    EResult GetResultByErrors() const noexcept
+    {
+        return m_hasErrors ? eR_Failed : m_hasDifferences ? eR_Different : eR_Passed;
+    }
 
 private:
     using Function = std::function<EResult()>;
@@ -246,6 +272,7 @@ private:
     void writeMessage(bool isError, const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
     bool writeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
     void writeMessageLine(bool isError, std::wstring_view text);
+    EResult compareWithReference(std::string_view received, const std::wstring& path, bool isText);
 
     LuStreamWriteText* m_messages = nullptr;
     std::wstring m_dataDirectory;
@@ -262,4 +289,5 @@ private:
     mutable std::unique_ptr<LuUnitTest> m_complete; ///< keeps the other sub-tests
 
     bool m_hasErrors = false;
+    bool m_hasDifferences = false; ///< from references
 };

@@ -1,0 +1,42 @@
+/// Files with what a test has made in place of its reference.
+///
+/// Beside a reference "<name>" there may be "<name>.received", which differs from it, and "<name>.received.runs": in
+/// how many runs in a row the test has made exactly these bytes, as a decimal number, a blank and their checksum, 32
+/// hexadecimal digits. The number belongs to the bytes that have the checksum; it says nothing of others. Every
+/// comparison counts as a run, also those of a repeated case (option -r).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/lbexport.h"
+
+namespace LbReceivedFile
+{
+
+inline constexpr const wchar_t* c_Suffix = L".received";
+inline constexpr const wchar_t* c_RunsSuffix = L".received.runs";
+inline constexpr const wchar_t* c_Pattern = L"*.received";
+inline constexpr const wchar_t* c_RunsPattern = L"*.received.runs";
+
+/// How many runs have to agree before the bytes are taken for reproducible; the number in the file does not exceed it.
+inline constexpr std::uint32_t c_EnoughRuns = 3;
+
+/// True for the name or path of one of the two files. Any thread, as all of these.
+LB_API bool IsLeft(std::wstring_view name) noexcept;
+
+/// Compares bytes with the reference at an absolute path and keeps the two files up to date: removed if there is no
+/// difference, otherwise written as a whole. With `isText`, line ends "\r\n" count as "\n" in both. Returns a German
+/// description of the first difference, in one line; empty if there is none. Throws LbException with a German message
+/// if a file cannot be read or written.
+LB_API std::wstring Compare(std::string_view received, const std::wstring& reference, bool isText);
+
+/// The checksum of bytes as in the second file.
+LB_API std::wstring GetChecksum(std::string_view bytes);
+
+/// How many runs in a row have made these bytes, according to "<reference>.received.runs"; 0 if there is no such file,
+/// if it is damaged, or if it belongs to other bytes.
+LB_API std::uint32_t CountRuns(std::string_view received, const std::wstring& reference);
+
+} // namespace LbReceivedFile
