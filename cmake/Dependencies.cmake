@@ -50,6 +50,22 @@ if((LUTESTSUITE_BUILD_TESTS OR LUTESTSUITE_BUILD_BENCHMARKS) AND NOT TARGET GTes
     endif()
 endif()
 
+# For the tests of its adapter, which are skipped without it. scripts/setup fetches the sources.
+if(LUTESTSUITE_BUILD_TESTS AND NOT TARGET Catch2::Catch2)
+    set(cache "$ENV{XDG_CACHE_HOME}")
+    if(NOT cache)
+        set(cache "$ENV{HOME}/.cache")
+    endif()
+    set(LUTESTSUITE_CATCH2_SOURCE "${cache}/lutestsuite/catch2" CACHE PATH "Catch2 3 sources, built for both platforms")
+    if(EXISTS "${LUTESTSUITE_CATCH2_SOURCE}/CMakeLists.txt")
+        add_subdirectory("${LUTESTSUITE_CATCH2_SOURCE}" "${PROJECT_BINARY_DIR}/catch2" EXCLUDE_FROM_ALL SYSTEM)
+        # Catch2 is also published as one source. A hundred of them take several times as long.
+        set_target_properties(Catch2 PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 60)
+    else()
+        find_package(Catch2 3 CONFIG QUIET)
+    endif()
+endif()
+
 # Debian has no Google Benchmark for MinGW. Programs that measure whole processes do not need it.
 if(LUTESTSUITE_BUILD_BENCHMARKS AND NOT CMAKE_CROSSCOMPILING)
     find_package(benchmark CONFIG REQUIRED)

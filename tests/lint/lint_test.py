@@ -312,6 +312,11 @@ class Headers(Lint):
     def test_header_with_all_it_needs(self):
         self.assert_clean("headers", {"base/a.h": "#pragma once\n#include <string>\nstruct S\n{\n};\n"})
 
+    def test_header_of_another_framework_that_the_build_compiles_alone(self):
+        header = {"testing/lutestsuite/catch2.h": "#include <missing>\n"}
+        self.assertTrue(self.breaches("headers", header))
+        self.assert_clean("headers", {**header, "tests/foreign/catch2/adapter.cpp": "\n"})
+
 
 if __name__ == "__main__":
     unittest.main()

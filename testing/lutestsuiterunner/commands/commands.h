@@ -15,5 +15,6 @@ int Execute(const SMergeOptions& options);
 int Execute(const SListOptions& options);
 int Execute(const SCaseOptions& options);
 int Execute(const SHistoryOptions& options);
+int Execute(const SFoldersOptions& options);
 
 } // namespace Runner

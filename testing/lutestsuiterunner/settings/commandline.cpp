@@ -159,6 +159,8 @@ void addOptions(COptionReader& reader, SHistoryOptions& options)
     reader.AddNumber({"--seed", L"N", L"Startwert dieser Probe (1)"}, 0, options.seed);
 }
 
+void addOptions(COptionReader& /*reader*/, SFoldersOptions& /*options*/) {}
+
 template<typename Options>
 Command readOptions(COptionReader& reader, const SArguments& arguments)
 {
@@ -196,6 +198,7 @@ constexpr SCommandRow c_Commands[] = {
     {L"list", L"Listet die ausgewählten Testfälle.", true, readOptions<SListOptions>},
     {L"case", L"Führt einen Testfall aus und zeigt seine Meldungen.", true, readOptions<SCaseOptions>},
     {L"history", L"Zeigt, was sich in einem Archiv von Läufen geändert hat.", false, readOptions<SHistoryOptions>},
+    {L"folders", L"Legt Ordner für Testklassen an, die keine Dateien brauchen.", true, readOptions<SFoldersOptions>},
 };
 
 std::wstring getHelp()

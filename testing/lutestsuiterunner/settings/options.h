@@ -94,7 +94,12 @@ struct SHistoryOptions
     std::uint32_t seed = 1; ///< of the reshuffles
 };
 
+struct SFoldersOptions
+{
+    LibraryOptions library;
+};
+
 using Command = std::variant<SHelp, SRunOptions, SResumeOptions, SReportOptions, SMergeOptions, SListOptions,
-                             SCaseOptions, SHistoryOptions>;
+                             SCaseOptions, SHistoryOptions, SFoldersOptions>;
 
 } // namespace Runner

@@ -1,0 +1,195 @@
+/// Makes the tests of a Catch2 program cases of a test module. For Catch2 3.
+///
+/// The module consists of the program's sources without its `main`, linked with Catch2::Catch2 (not
+/// Catch2::Catch2WithMain), and of one source that includes this header:
+///
+///     #include "testing/lutestsuite/catch2.h"
+///
+/// Each source file with tests becomes a class, named after the file without folder and extension; each TEST_CASE
+/// becomes a case with all of its sections and generated values. Characters that a file's name cannot have become "_",
+/// and "/" becomes ".". Hidden tests ("[.]") are disabled cases. A failure becomes an error line with file, line,
+/// sections and messages; an exception makes the result eR_Exception. A skipped test passes, with an information line
+/// that gives the reason. "[!mayfail]" and "[!shouldfail]" have their meaning.
+///
+/// The program's listeners see a test run for each case. Tests of one process run one after another, also on worker
+/// threads (-p); in child processes (-x -w 4) they run side by side. Random numbers start from seed 1. Benchmarks are
+/// skipped.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <catch2/catch_config.hpp>
+#include <catch2/catch_session.hpp>
+#include <catch2/catch_test_case_info.hpp>
+#include <catch2/interfaces/catch_interfaces_registry_hub.hpp>
+#include <catch2/interfaces/catch_interfaces_reporter_factory.hpp>
+#include <catch2/interfaces/catch_interfaces_testcase.hpp>
+#include <catch2/internal/catch_context.hpp>
+#include <catch2/internal/catch_random_number_generator.hpp>
+#include <catch2/internal/catch_reporter_registry.hpp>
+#include <catch2/internal/catch_run_context.hpp>
+#include <catch2/internal/catch_startup_exception_registry.hpp>
+#include <catch2/reporters/catch_reporter_event_listener.hpp>
+#include <catch2/reporters/catch_reporter_multi.hpp>
+
+#include "base/lbexception.h"
+#include "testing/lutestsuite/foreigntests.h"
+
+/// Adapter for tests of Catch2.
+namespace LuCatch2
+{
+
+// Each module has classes and objects of its own, as it has its own copy of Catch2.
+namespace
+{
+
+/// Reports what a test case asserts.
+class CReporter : public Catch::EventListenerBase
+{
+public:
+    CReporter(const Catch::IConfig& config, LuForeignTests::CUnitTest& unitTest, bool& hasException)
+        : EventListenerBase(&config), m_unitTest(unitTest), m_hasException(hasException)
+    {
+    }
+
+    void testCaseStarting(const Catch::TestCaseInfo& test) override { m_mayFail = test.okToFail(); }
+
+    void sectionStarting(const Catch::SectionInfo& section) override { m_sections.push_back(section.name); }
+
+    void sectionEnded(const Catch::SectionStats& /*section*/) override { m_sections.pop_back(); }
+
+    void assertionEnded(const Catch::AssertionStats& stats) override
+    {
+        const Catch::AssertionResult& result = stats.assertionResult;
+        const Catch::ResultWas::OfType type = result.getResultType();
+        const bool isSkip = type == Catch::ResultWas::ExplicitSkip;
+        const bool isNote = type == Catch::ResultWas::Info || type == Catch::ResultWas::Warning;
+        if (result.isOk() && !isSkip && !isNote)
+        {
+            return;
+        }
+        const bool isError = !result.isOk() && !isSkip && !m_mayFail;
+        m_hasException = m_hasException || (isError && type == Catch::ResultWas::ThrewException);
+        const std::string text = isSkip ? "Übersprungen: " + std::string(result.getMessage()) : describe(stats);
+        const Catch::SourceLineInfo place = result.getSourceInfo();
+        m_unitTest.Report(isError, place.file, static_cast<std::int64_t>(place.line), text);
+    }
+
+private:
+    std::string describe(const Catch::AssertionStats& stats) const
+    {
+        const Catch::AssertionResult& result = stats.assertionResult;
+        std::string text = result.hasExpression() ? result.getExpressionInMacro() : std::string(result.getMessage());
+        if (result.hasExpandedExpression())
+        {
+            text += "\n" + result.getExpandedExpression();
+        }
+        if (result.hasExpression() && result.hasMessage())
+        {
+            text += "\n" + std::string(result.getMessage());
+        }
+        for (const Catch::MessageInfo& message : stats.infoMessages)
+        {
+            text += message.type == Catch::ResultWas::Info ? "\n" + message.message : "";
+        }
+        // The first one is the test case itself.
+        for (std::size_t index = 1; index < m_sections.size(); ++index)
+        {
+            text += (index == 1 ? "\nSECTION " : " / ") + m_sections[index];
+        }
+        return text;
+    }
+
+    LuForeignTests::CUnitTest& m_unitTest;
+    bool& m_hasException;
+    bool m_mayFail = false;
+    std::vector<std::string> m_sections;
+};
+
+inline Catch::ConfigData makeConfigData()
+{
+    Catch::ConfigData data;
+    data.rngSeed = 1;
+    data.skipBenchmarks = true;
+    return data;
+}
+
+inline const Catch::Config& getConfig()
+{
+    static const Catch::Config s_config(makeConfigData());
+    return s_config;
+}
+
+/// The program's listeners, and the reporter.
+inline Catch::IEventListenerPtr makeReporters(LuForeignTests::CUnitTest& unitTest, bool& hasException)
+{
+    auto reporters = Catch::Detail::make_unique<Catch::MultiReporter>(&getConfig());
+    for (const auto& listener : Catch::getRegistryHub().getReporterRegistry().getListeners())
+    {
+        reporters->addListener(listener->create(&getConfig()));
+    }
+    reporters->addReporter(Catch::Detail::make_unique<CReporter>(getConfig(), unitTest, hasException));
+    return reporters;
+}
+
+/// A session would compare the names of all tests of the program to find this one.
+inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, const Catch::TestCaseHandle& test)
+{
+    Catch::getCurrentMutableContext().setConfig(&getConfig());
+    Catch::seedRng(getConfig());
+    bool hasException = false;
+    Catch::Totals totals;
+    {
+        Catch::RunContext context(&getConfig(), makeReporters(unitTest, hasException));
+        totals = context.runTest(test);
+    }
+    if (totals.testCases.failed > 0 && !unitTest.HasErrors())
+    {
+        unitTest.Report(true, test.getTestCaseInfo().lineInfo.file,
+                        static_cast<std::int64_t>(test.getTestCaseInfo().lineInfo.line),
+                        test.getTestCaseInfo().expectedToFail() ? "[!shouldfail], aber kein Fehler"
+                                                                : "Catch2 meldet einen Fehler ohne Text");
+    }
+    return hasException ? LuUnitTest::eR_Exception : unitTest.GetResultByErrors();
+}
+
+/// "vectors" of "tests/vectors.cpp", on any platform.
+inline std::string getFileStem(std::string_view path)
+{
+    path.remove_prefix(std::min(path.find_last_of("/\\") + 1, path.size()));
+    return std::string(path.substr(0, path.rfind('.')));
+}
+
+inline void registerSuites()
+{
+    // Objects of the framework that would otherwise count as memory of the first case.
+    Catch::getCurrentMutableContext().setConfig(&getConfig());
+    std::map<std::string, LuForeignTests::SSuite> suites;
+    std::map<std::string, LuForeignTests::CNames> names;
+    for (const Catch::TestCaseHandle& test : Catch::getRegistryHub().getTestCaseRegistry().getAllTests())
+    {
+        const Catch::TestCaseInfo& info = test.getTestCaseInfo();
+        const std::string file = getFileStem(info.lineInfo.file);
+        suites[file].tests.push_back({names[file].Make(info.name), info.isHidden(),
+                                      [test](LuForeignTests::CUnitTest& unitTest) { return run(unitTest, test); }});
+    }
+    LuForeignTests::CNames suiteNames;
+    for (auto& [file, suite] : suites)
+    {
+        suite.name = suiteNames.Make(file);
+        LuForeignTests::Register(std::move(suite));
+    }
+}
+
+// The tests of all sources are known only after all static objects have been created.
+const LbLateClasses s_lateClasses(&registerSuites);
+
+} // namespace
+
+} // namespace LuCatch2

@@ -1,0 +1,156 @@
+/// What googletest.h and catch2.h have in common: tests of another framework as unit tests. Not for use outside of
+/// them.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "base/lbencoding.h"
+#include "base/lbpath.h"
+#include "base/lbrtti.h"
+#include "base/luunittest.h"
+
+/// Adapters for tests of other frameworks.
+namespace LuForeignTests
+{
+
+/// Held while a test runs: the frameworks run one test at a time. One for all modules of the process wherever the
+/// framework's headers share variables between modules, too: the linker treats both alike. Recursive, because a unit
+/// test may run a sub-test through a second object.
+inline std::recursive_mutex& GetLock()
+{
+    static std::recursive_mutex s_lock;
+    return s_lock;
+}
+
+// Each module has classes and objects of its own.
+namespace
+{
+
+class CUnitTest;
+
+struct STest
+{
+    std::wstring name;
+    bool isDisabled;
+    std::function<LuUnitTest::EResult(CUnitTest&)> run;
+};
+
+/// A unit test before it is registered.
+struct SSuite
+{
+    std::wstring name;
+    std::vector<STest> tests;
+};
+
+/// The unit test of a suite.
+class CUnitTest : public LuUnitTest
+{
+public:
+    using LuUnitTest::Error;
+    using LuUnitTest::GetResultByErrors;
+    using LuUnitTest::HasErrors;
+    using LuUnitTest::Info;
+
+    CUnitTest(const SSuite& suite, const LbRTTI& record) : m_suite(suite), m_record(record) {}
+
+    const LbRTTI& GetRTTI() const override { return m_record; }
+
+    void InitSubtests() override
+    {
+        for (const STest& test : m_suite.tests)
+        {
+            AddSubtest(test.name, [this, &test] { return run(test); });
+        }
+    }
+
+    bool IsSubtestDisabled(std::uint32_t subtest) const override { return m_suite.tests[subtest].isDisabled; }
+
+    /// Waits here, so that the time of the case begins when the test begins.
+    void PrepareSubtest() override
+    {
+        if (!m_lock.owns_lock())
+        {
+            m_lock.lock();
+        }
+    }
+
+    /// Reports a failure, or an information line, with its place; `line` is at most 0 if that is unknown.
+    void Report(bool isError, const char* file, std::int64_t line, std::string_view message)
+    {
+        const std::wstring text = LbEncoding::FromUtf8(message);
+        const std::wstring place = file == nullptr || line <= 0 ? L"" : LbFormat(L"%S, Zeile %d: ", file, line);
+        isError ? Error(L"%s%s", place, text) : Info(L"%s%s", place, text);
+    }
+
+private:
+    EResult run(const STest& test)
+    {
+        const std::lock_guard lock(GetLock());
+        return test.run(*this);
+    }
+
+    const SSuite& m_suite;
+    const LbRTTI& m_record;
+    std::unique_lock<std::recursive_mutex> m_lock{GetLock(), std::defer_lock};
+};
+
+/// A suite with the record of its class.
+class CRegisteredSuite : public INonCopyable
+{
+public:
+    explicit CRegisteredSuite(SSuite suite)
+        : m_suite(std::move(suite)),
+          m_record(
+              m_suite.name.c_str(), &LuUnitTest::RTTI,
+              [this]() -> std::unique_ptr<IObject> { return std::make_unique<CUnitTest>(m_suite, m_record); },
+              LbClassFacts::Of<CUnitTest>())
+    {
+    }
+
+private:
+    SSuite m_suite;
+    LbRTTI m_record;
+};
+
+/// Gives names that are valid for folders and cases: "/" becomes ".", other reserved characters "_". Equal results are
+/// numbered ("name~2").
+class CNames
+{
+public:
+    std::wstring Make(std::string_view utf8)
+    {
+        std::wstring name = LbEncoding::FromUtf8(utf8);
+        std::replace(name.begin(), name.end(), L'/', L'.');
+        name = LbPath::ToSafeName(name);
+        std::wstring unique = name;
+        for (std::uint32_t number = 2; !m_taken.insert(unique).second; ++number)
+        {
+            unique = LbFormat(L"%s~%u", name, number);
+        }
+        return unique;
+    }
+
+private:
+    std::unordered_set<std::wstring> m_taken;
+};
+
+/// Registers the class of a suite until the module is unloaded.
+inline void Register(SSuite suite)
+{
+    static std::deque<CRegisteredSuite> s_suites;
+    s_suites.emplace_back(std::move(suite));
+}
+
+} // namespace
+
+} // namespace LuForeignTests

@@ -1,0 +1,189 @@
+/// Makes the tests of a GoogleTest program cases of a test module. For GoogleTest 1.12 and later.
+///
+/// The module consists of the program's sources without its `main`, linked with gtest (not gtest_main), and of one
+/// source that includes this header:
+///
+///     #include "testing/lutestsuite/googletest.h"
+///
+/// Each suite becomes a class, each test a case. "/" in names (TEST_P, TYPED_TEST) becomes ".": the case "Reads.0" of
+/// the class "Files.Parser" is the test "Files/Parser.Reads/0". Tests and suites with "DISABLED_" in front are disabled
+/// cases. A failure becomes an error line with file and line; an exception makes the result eR_Exception. A skipped
+/// test passes, with an information line that gives the reason.
+///
+/// Each case sets up and tears down the global environments and its suite (SetUpTestSuite). Tests of one process run
+/// one after another, also on worker threads (-p); in child processes (-x -w 4) they run side by side. Options of
+/// GoogleTest in environment variables (GTEST_...) have no effect, except those of death tests; these work in the
+/// "fast" style only.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "testing/lutestsuite/foreigntests.h"
+
+/// Adapter for tests of GoogleTest.
+namespace LuGoogleTest
+{
+
+// Each module has classes and objects of its own, as it has its own copy of GoogleTest.
+namespace
+{
+
+using Tests = std::vector<testing::TestInfo*>;
+
+/// GoogleTest visits all tests of the program for each run, so that a run of each single test would take quadratic
+/// time. Hence each suite has an empty list, except for the one test that is about to run. The list is private; an
+/// explicit instantiation may name it nevertheless.
+Tests testing::TestSuite::*GetTestList();
+
+template<Tests testing::TestSuite::*List>
+struct STestList
+{
+    friend Tests testing::TestSuite::*GetTestList() { return List; }
+};
+
+template struct STestList<&testing::TestSuite::test_info_list_>;
+
+/// Passes the results of the running test on.
+class CListener : public testing::EmptyTestEventListener
+{
+public:
+    explicit CListener(LuForeignTests::CUnitTest& unitTest) : m_unitTest(unitTest) {}
+
+    void OnTestStart(const testing::TestInfo& /*test*/) override { m_hasStarted = true; }
+
+    /// GoogleTest calls it for one result at a time, also for those of other threads.
+    void OnTestPartResult(const testing::TestPartResult& part) override
+    {
+        const std::string_view message = part.message();
+        if (part.failed())
+        {
+            m_unitTest.Report(true, part.file_name(), part.line_number(), message);
+            const bool isException = part.file_name() == nullptr && message.find("exception") != message.npos;
+            m_hasException = m_hasException || isException;
+        }
+        else if (part.skipped())
+        {
+            // A test of a skipped suite has a result without a message after that of the suite.
+            if (!message.empty() || !m_isSkipped)
+            {
+                const std::string text = "Übersprungen: " + std::string(message);
+                m_unitTest.Report(false, part.file_name(), part.line_number(), text);
+            }
+            m_isSkipped = true;
+        }
+    }
+
+    LuUnitTest::EResult GetResult(bool hasPassed) const
+    {
+        const bool isExplained = m_unitTest.HasErrors() || m_isSkipped;
+        if (!isExplained && !(hasPassed && m_hasStarted))
+        {
+            m_unitTest.Error(L"GoogleTest hat den Test nicht ausgeführt");
+        }
+        return m_hasException ? LuUnitTest::eR_Exception : m_unitTest.GetResultByErrors();
+    }
+
+private:
+    LuForeignTests::CUnitTest& m_unitTest;
+    bool m_hasStarted = false;
+    bool m_isSkipped = false;
+    bool m_hasException = false;
+};
+
+/// The value and the type of a test's parameter, which the failure does not tell.
+inline void reportParameters(LuForeignTests::CUnitTest& unitTest, const testing::TestInfo& test)
+{
+    if (test.value_param() != nullptr)
+    {
+        unitTest.Info(L"GetParam() = %S", test.value_param());
+    }
+    if (test.type_param() != nullptr)
+    {
+        unitTest.Info(L"TypeParam = %S", test.type_param());
+    }
+}
+
+/// Puts a test into its suite's list and takes it out again.
+class CListedTest : public INonCopyable
+{
+public:
+    CListedTest(testing::TestSuite& suite, testing::TestInfo& test) : m_list(suite.*GetTestList())
+    {
+        m_list.push_back(&test);
+    }
+    ~CListedTest() { m_list.clear(); }
+
+private:
+    Tests& m_list;
+};
+
+inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, testing::TestSuite& suite, testing::TestInfo& test)
+{
+    const CListedTest listed(suite, test);
+    testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
+    CListener listener(unitTest);
+    listeners.Append(&listener);
+    const bool hasPassed = RUN_ALL_TESTS() == 0;
+    listeners.Release(&listener);
+    if (unitTest.HasErrors())
+    {
+        reportParameters(unitTest, test);
+    }
+    return listener.GetResult(hasPassed);
+}
+
+inline void prepare()
+{
+    int count = 1;
+    char name[] = "LuTestSuite";
+    char* arguments[] = {name, nullptr};
+    testing::InitGoogleTest(&count, arguments);
+    testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
+    delete listeners.Release(listeners.default_result_printer());
+    delete listeners.Release(listeners.default_xml_generator());
+    GTEST_FLAG_SET(filter, "*");
+    GTEST_FLAG_SET(also_run_disabled_tests, true);
+    GTEST_FLAG_SET(catch_exceptions, true);
+    GTEST_FLAG_SET(list_tests, false);
+    GTEST_FLAG_SET(repeat, 1);
+    GTEST_FLAG_SET(shuffle, false);
+}
+
+inline bool isDisabled(std::string_view name)
+{
+    // Parameterised suites have their prefix in front.
+    return name.starts_with("DISABLED_") || name.find("/DISABLED_") != name.npos;
+}
+
+inline void registerSuites()
+{
+    prepare();
+    LuForeignTests::CNames suiteNames;
+    const testing::UnitTest& all = *testing::UnitTest::GetInstance();
+    for (int index = 0; index < all.total_test_suite_count(); ++index)
+    {
+        // Only GoogleTest itself gets its suites without const.
+        auto& suite = const_cast<testing::TestSuite&>(*all.GetTestSuite(index));
+        LuForeignTests::SSuite made{suiteNames.Make(suite.name()), {}};
+        LuForeignTests::CNames testNames;
+        for (testing::TestInfo* const test : std::exchange(suite.*GetTestList(), Tests()))
+        {
+            made.tests.push_back(
+                {testNames.Make(test->name()), isDisabled(suite.name()) || isDisabled(test->name()),
+                 [&suite, test](LuForeignTests::CUnitTest& unitTest) { return run(unitTest, suite, *test); }});
+        }
+        LuForeignTests::Register(std::move(made));
+    }
+}
+
+// GoogleTest creates the tests of TEST_P when it is initialised, after all static objects.
+const LbLateClasses s_lateClasses(&registerSuites);
+
+} // namespace
+
+} // namespace LuGoogleTest

@@ -1,0 +1,235 @@
+// Tests of other frameworks as cases, in each mode of the host.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "tests/lutestsuiterunner/cli/runnerprocess.h"
+#include "tests/support/hostprocess.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// Runs the cases of one module. The parameter has the options of the mode.
+class HostForeignTests : public testing::TestWithParam<std::vector<std::wstring>>
+{
+protected:
+    void SetUp() override
+    {
+#ifndef LUTESTSUITE_HAS_CATCH2
+        if (m_module == L"catch2tests")
+        {
+            GTEST_SKIP() << "Catch2 3 is missing; scripts/setup fetches it";
+        }
+#endif
+    }
+
+    SHostRun Run(const std::vector<std::wstring>& classes, std::vector<std::wstring> options) const
+    {
+        for (const std::wstring& name : classes)
+        {
+            m_folder.MakeFolder(L"data/" + name);
+        }
+        options.insert(options.end(), {L"-d", m_folder.GetPathOf(L"data"), L"--dll", m_module, L"--xml", GetReport(),
+                                       L"--message-report-max", L"100"});
+        return RunHost(options);
+    }
+
+    std::wstring GetReport() const
+    {
+        return m_folder.GetPathOf(L"run.xml");
+    }
+
+    /// The part of the report that is about a case.
+    std::string FindCase(const std::string& name) const
+    {
+        const std::string report = LbEncoding::Latin1ToUtf8(LbFileSystem::ReadFile8Bit(GetReport()));
+        const std::size_t begin = report.find("name=\"" + name + "\"");
+        return begin == std::string::npos ? "" : report.substr(begin, report.find("</testcase>", begin) - begin);
+    }
+
+    static void ExpectLines(const SHostRun& run, const std::vector<std::string>& lines)
+    {
+        const std::string text = FromPlatformLines(run.output);
+        for (const std::string& line : lines)
+        {
+            EXPECT_NE(text.find("\t" + line + "\n"), std::string::npos) << line << "\n" << text;
+        }
+        EXPECT_EQ(run.errors, "");
+    }
+
+    std::wstring m_module = L"googletesttests";
+    ScopedFolder m_folder;
+};
+
+constexpr const char* c_Failed = "... FEHLER (Die Ausführung dieses Testfalls ist fehlgeschlagen)";
+constexpr const char* c_Thrown = "... FEHLER (Während der Ausführung dieses Testfalls wurde eine Exception geworfen)";
+
+class HostGoogleTest : public HostForeignTests
+{
+};
+
+TEST_P(HostGoogleTest, HasTheResultOfEachTest)
+{
+    const SHostRun run = Run({L"Arithmetic", L"DISABLED_Roots"}, GetParam());
+
+    ExpectLines(run, {"Adds... OK", std::string("Fails") + c_Failed, "Skips... OK", std::string("Throws") + c_Thrown});
+    EXPECT_EQ(run.output.find("DISABLED"), std::string::npos) << run.output;
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_P(HostGoogleTest, ReportsFailuresWithTheirPlace)
+{
+    Run({L"Arithmetic"}, GetParam());
+
+    const std::string failed = FindCase("Fails");
+    EXPECT_NE(failed.find("plain.cpp, Zeile 18: "), std::string::npos) << failed;
+    EXPECT_NE(failed.find("größer"), std::string::npos) << failed;
+    EXPECT_NE(failed.find("plain.cpp, Zeile 19: "), std::string::npos) << failed;
+    const std::string skipped = FindCase("Skips");
+    EXPECT_NE(skipped.find("Übersprungen: no coprocessor"), std::string::npos) << skipped;
+    const std::string thrown = FindCase("Throws");
+    EXPECT_NE(thrown.find("broken"), std::string::npos) << thrown;
+}
+
+TEST_P(HostGoogleTest, SetsUpFixturesSuitesAndEnvironmentsForEachCase)
+{
+    const SHostRun run = Run({L"Buffer", L"Refused"}, GetParam());
+
+    ExpectLines(run, {"IsSetUp... OK", "IsSetUpAgain... OK", "NeedsAServer... OK"});
+    EXPECT_NE(FindCase("NeedsAServer").find("no server"), std::string::npos);
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_P(HostGoogleTest, NamesParametersAndTypes)
+{
+    const SHostRun run = Run({L"Small.Numbers", L"Named.Numbers", L"Typed.a_b_", L"Typed.a_b_~2"}, GetParam());
+
+    ExpectLines(run, {"AreEven.0... OK", std::string("AreEven.1") + c_Failed, "AreEven.Four... OK", "AreSmall... OK",
+                      std::string("AreSmall") + c_Failed});
+    EXPECT_NE(FindCase("AreEven.1").find("GetParam() = 3"), std::string::npos);
+}
+
+TEST_P(HostGoogleTest, RunsTestsOfAProcessOneAfterAnother)
+{
+    const SHostRun run = Run({L"Many.Shared"}, GetParam());
+
+    EXPECT_NE(run.output.find("RunsAlone.99... OK"), std::string::npos);
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_P(HostGoogleTest, RepeatsATest)
+{
+    std::vector<std::wstring> options = GetParam();
+    options.insert(options.end(), {L"-r", L"3", L"-i", L":Adds$"});
+
+    const SHostRun run = Run({L"Arithmetic"}, options);
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    EXPECT_NE(FromPlatformLines(run.output).find("3 Tests"), std::string::npos) << run.output;
+}
+
+const std::vector<std::vector<std::wstring>> c_Modes = {{}, {L"-p", L"-w", L"4"}, {L"-x"}};
+
+INSTANTIATE_TEST_SUITE_P(Modes, HostGoogleTest, testing::ValuesIn(c_Modes));
+
+/// Only a child process may crash.
+TEST(HostGoogleTestChildren, SurviveACrash)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"Crashes");
+    folder.MakeFolder(L"Buffer");
+
+    const SHostRun run = RunHost({L"-x", L"-d", folder.GetPath(), L"--dll", L"googletesttests"});
+
+    EXPECT_NE(run.output.find("Aborts... FEHLER (Unbekannter Fehler)"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("IsSetUp... OK"), std::string::npos) << run.output;
+}
+
+TEST(HostGoogleTestCases, AreDisabledAsTheirTests)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"Arithmetic");
+    folder.MakeFolder(L"DISABLED_Roots");
+
+    const SHostRun run = RunHost({L"--list-disabled", L"-d", folder.GetPath(), L"--dll", L"googletesttests"});
+
+    EXPECT_NE(run.output.find("DISABLED_Divides"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("Square"), std::string::npos) << run.output;
+    EXPECT_EQ(run.output.find("Adds"), std::string::npos) << run.output;
+}
+
+TEST(HostGoogleTestCases, RunIfADescriptionEnablesThem)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"Arithmetic/#ExtraInfo.xml",
+                     "<ExtraInfo><TestCase name=\"DISABLED_Divides\"><Enable>true</Enable></TestCase></ExtraInfo>");
+
+    const SHostRun run = RunHost({L"-d", folder.GetPath(), L"--dll", L"googletesttests", L"-i", L":DISABLED_Divides$"});
+
+    EXPECT_NE(run.output.find(std::string("DISABLED_Divides") + c_Failed), std::string::npos) << run.output;
+}
+
+TEST(RunnerFolders, MakesThoseThatClassesWithoutFilesNeed)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"unten/Buffer");
+    const std::vector<std::wstring> library = {
+        L"--", L"-d", folder.GetPath(), L"--dll", L"googletesttests", L"--dll", L"datasetmodels"};
+    std::vector<std::wstring> arguments = {L"folders"};
+    arguments.insert(arguments.end(), library.begin(), library.end());
+
+    const SHostRun run = RunRunner(arguments);
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    EXPECT_TRUE(LbFileSystem::IsDirectory(folder.GetPathOf(L"Small.Numbers")));
+    EXPECT_TRUE(LbFileSystem::IsDirectory(folder.GetPathOf(L"Arithmetic")));
+    EXPECT_FALSE(LbFileSystem::IsDirectory(folder.GetPathOf(L"Buffer")));
+    EXPECT_FALSE(LbFileSystem::IsDirectory(folder.GetPathOf(L"CDataSetModel")));
+    EXPECT_EQ(RunRunner(arguments).output, "");
+}
+
+class HostCatch2 : public HostForeignTests
+{
+protected:
+    HostCatch2() { m_module = L"catch2tests"; }
+};
+
+TEST_P(HostCatch2, HasTheResultOfEachTestCase)
+{
+    std::vector<std::wstring> options = GetParam();
+    options.insert(options.end(), {L"-e", L":aborts$"});
+
+    const SHostRun run = Run({L"vectors", L"fixtures"}, options);
+
+    ExpectLines(run, {std::string("vectors grow") + c_Failed, "names_ with.strange_characters... OK",
+                      "names_ with.strange_characters~2... OK", "skips... OK", std::string("throws") + c_Thrown,
+                      "may fail... OK", "should fail... OK", std::string("should fail but passes") + c_Failed,
+                      "buffers are set up... OK"});
+    EXPECT_EQ(run.output.find("hidden"), std::string::npos) << run.output;
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_P(HostCatch2, ReportsFailuresWithPlaceAndSection)
+{
+    std::vector<std::wstring> options = GetParam();
+    options.insert(options.end(), {L"-i", L":(vectors grow|skips)$"});
+
+    Run({L"vectors"}, options);
+
+    const std::string failed = FindCase("vectors grow");
+    EXPECT_NE(failed.find("vectors.cpp, Zeile 22: "), std::string::npos) << failed;
+    EXPECT_NE(failed.find("5 == 6"), std::string::npos) << failed;
+    EXPECT_NE(failed.find("after resize"), std::string::npos) << failed;
+    EXPECT_NE(failed.find("SECTION by two"), std::string::npos) << failed;
+    EXPECT_EQ(failed.find("SECTION by one"), std::string::npos) << failed;
+    EXPECT_NE(FindCase("skips").find("Übersprungen: no coprocessor"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, HostCatch2, testing::ValuesIn(c_Modes));
+
+} // namespace
