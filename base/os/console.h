@@ -38,6 +38,9 @@ LB_API bool EnableTerminalSequences();
 /// because the user may change the size.
 LB_API std::uint32_t GetErrorTerminalWidth();
 
+/// True if standard input is a terminal.
+LB_API bool IsInputTerminal();
+
 /// Value of an environment variable; empty if unset.
 LB_API std::wstring GetEnvironmentText(const wchar_t* name);
 

@@ -163,6 +163,11 @@ std::uint32_t LbOs::GetErrorTerminalWidth()
     return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : c_UsualWidth;
 }
 
+bool LbOs::IsInputTerminal()
+{
+    return isatty(STDIN_FILENO) == 1;
+}
+
 std::wstring LbOs::GetEnvironmentText(const wchar_t* name)
 {
     const char* const value = std::getenv(LbEncoding::ToNative(name).c_str());

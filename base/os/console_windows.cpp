@@ -168,6 +168,12 @@ std::uint32_t LbOs::GetErrorTerminalWidth()
                : 0;
 }
 
+bool LbOs::IsInputTerminal()
+{
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != FALSE;
+}
+
 std::wstring LbOs::GetEnvironmentText(const wchar_t* name)
 {
     return Windows::ReadText(

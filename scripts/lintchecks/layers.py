@@ -45,6 +45,7 @@ LAYERS = [
     (RUNNER + "journal/*", 14),
     (RUNNER + "reports/*", 15),
     (RUNNER + "history/*", 15),
+    (RUNNER + "review/*", 15),
     (RUNNER + "execution/*", 16),
     (RUNNER + "console/*", 17),
     (RUNNER + "commands/*", 18),

@@ -16,5 +16,6 @@ int Execute(const SListOptions& options);
 int Execute(const SCaseOptions& options);
 int Execute(const SHistoryOptions& options);
 int Execute(const SFoldersOptions& options);
+int Execute(const SReviewOptions& options);
 
 } // namespace Runner

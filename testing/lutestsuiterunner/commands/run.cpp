@@ -1,12 +1,18 @@
 /// The command "run": a new run of the selection.
 
 #include <algorithm>
+#include <memory>
+#include <span>
+#include <string_view>
 
 #include "base/lbexception.h"
+#include "base/lbfilelisting.h"
 #include "base/lbformat.h"
+#include "base/lbreceivedfile.h"
 #include "base/os/clock.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
+#include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
@@ -82,6 +88,30 @@ std::size_t applyOnlyFailed(const SRunOptions& options, const CPrevious& previou
     return selected;
 }
 
+/// Differences from references of earlier runs that nobody has decided on.
+void warnOfReceived(const SPlan& plan)
+{
+    constexpr std::wstring_view c_Wildcards[] = {LbReceivedFile::c_Pattern};
+    std::size_t count = 0;
+    std::wstring first;
+    for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
+    {
+        const std::shared_ptr<const LbFileListing> files = LbFileListing::Get(unitTest.dataDirectory);
+        const std::span<const std::uint32_t> ranks = files->GetMatches({c_Wildcards, {}});
+        if (count == 0 && !ranks.empty())
+        {
+            first = unitTest.dataDirectory + std::wstring(files->GetName(ranks.front()));
+        }
+        count += ranks.size();
+    }
+    if (count > 0)
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s und %u weitere .received-Dateien sind nicht geprüft: "
+                                             L"LuTestSuiteRunner review %s\n",
+                                             first, count - 1, QuoteForShell(plan.dataDirectory)));
+    }
+}
+
 } // namespace
 
 int Execute(const SRunOptions& given)
@@ -99,6 +129,7 @@ int Execute(const SRunOptions& given)
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
     const std::size_t caseCount = applyOnlyFailed(options, previous, plan);
+    warnOfReceived(plan);
     const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
     const PreviousCases previousCases = FindPrevious(plan, previous);
     SelectShard(plan, previousCases);

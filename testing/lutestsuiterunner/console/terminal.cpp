@@ -69,9 +69,14 @@ void CTerminal::ShowStatus(const std::wstring& text)
 
 void CTerminal::WriteOutput(const std::wstring& lines)
 {
+    WriteColoured(m_isTerminal ? ShowControls(lines, c_LineControls) : lines);
+}
+
+void CTerminal::WriteColoured(const std::wstring& lines)
+{
     const std::lock_guard lock(m_mutex);
     erase();
-    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(m_isTerminal ? ShowControls(lines, c_LineControls) : lines));
+    LbOs::WriteStandardOutput(LbEncoding::ToUtf8(lines));
     redraw();
 }
 

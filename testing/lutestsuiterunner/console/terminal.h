@@ -14,8 +14,8 @@ namespace Runner
 /// cannot steer a terminal.
 std::wstring ShowControls(std::wstring text, std::wstring_view kept = {});
 
-/// Standard output and standard error of the process. Control characters reach only files and pipes. Any thread; lines
-/// of different calls never interleave.
+/// Standard output and standard error of the process. Control characters reach only files and pipes, except for colours
+/// (WriteColoured). Any thread; lines of different calls never interleave.
 class CTerminal : public INonCopyable
 {
 public:
@@ -30,6 +30,9 @@ public:
     /// Lines, each with its line feed; the status line moves below them.
     void WriteOutput(const std::wstring& lines);
     void WriteError(const std::wstring& lines);
+
+    /// As WriteOutput, but control characters reach a terminal, too: the caller replaces those of names and contents.
+    void WriteColoured(const std::wstring& lines);
 
 private:
     CTerminal();

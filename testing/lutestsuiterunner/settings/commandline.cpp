@@ -161,6 +161,18 @@ void addOptions(COptionReader& reader, SHistoryOptions& options)
 
 void addOptions(COptionReader& /*reader*/, SFoldersOptions& /*options*/) {}
 
+void addOptions(COptionReader& reader, SReviewOptions& options)
+{
+    reader.AddArgument({"DIR", nullptr, L"Datenverzeichnis oder ein Ordner darin"}, options.directory);
+    reader.AddSwitch({"--diff", nullptr, L"Zeigt je Änderung die Unterschiede einer Datei"}, options.diff);
+    reader.AddSwitch({"--side-by-side", nullptr, L"Zeigt sie nebeneinander, links die Referenz"}, options.sideBySide);
+    reader.AddTexts({"--accept", L"WAS", L"Übernimmt: Kennung einer Änderung, Pfad einer Referenz oder all; mehrfach"},
+                    options.accept);
+    reader.AddTexts({"--reject", L"WAS", L"Verwirft, was empfangen wurde: wie --accept"}, options.reject);
+    reader.AddSwitch({"--accept-empty", nullptr, L"Erlaubt, dass Referenzen dabei leer werden"}, options.acceptEmpty);
+    reader.AddSwitch({"--ci", nullptr, L"Entscheidet nichts; Status 1, wenn etwas zu entscheiden ist"}, options.ci);
+}
+
 template<typename Options>
 Command readOptions(COptionReader& reader, const SArguments& arguments)
 {
@@ -199,6 +211,8 @@ constexpr SCommandRow c_Commands[] = {
     {L"case", L"Führt einen Testfall aus und zeigt seine Meldungen.", true, readOptions<SCaseOptions>},
     {L"history", L"Zeigt, was sich in einem Archiv von Läufen geändert hat.", false, readOptions<SHistoryOptions>},
     {L"folders", L"Legt Ordner für Testklassen an, die keine Dateien brauchen.", true, readOptions<SFoldersOptions>},
+    {L"review", L"Vergleicht Referenzen mit dem, was Testfälle stattdessen erzeugt haben.", false,
+     readOptions<SReviewOptions>},
 };
 
 std::wstring getHelp()

@@ -99,7 +99,19 @@ struct SFoldersOptions
     LibraryOptions library;
 };
 
+/// Without one of the switches that decide, the command lists, or asks on a terminal.
+struct SReviewOptions
+{
+    std::wstring directory;
+    bool diff = false;                ///< shows a difference of each change
+    bool sideBySide = false;          ///< the same, references on the left
+    std::vector<std::wstring> accept; ///< names of changes, paths of references, or "all"
+    std::vector<std::wstring> reject;
+    bool acceptEmpty = false; ///< references may become empty
+    bool ci = false;          ///< refuses to decide
+};
+
 using Command = std::variant<SHelp, SRunOptions, SResumeOptions, SReportOptions, SMergeOptions, SListOptions,
-                             SCaseOptions, SHistoryOptions, SFoldersOptions>;
+                             SCaseOptions, SHistoryOptions, SFoldersOptions, SReviewOptions>;
 
 } // namespace Runner

@@ -1,0 +1,104 @@
+/// What the review of references costs: for 1,000, 10,000 and 100,000 files that have changed in ten ways, the first
+/// screen, and accepting all. Ends with status 1 when a limit is missed, or when there are more than 15 decisions.
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "base/lbencoding.h"
+#include "base/lbreceivedfile.h"
+#include "base/lbuniqueid.h"
+#include "testing/lutestsuiterunner/console/changetext.h"
+#include "testing/lutestsuiterunner/review/changes.h"
+#include "testing/lutestsuiterunner/review/decision.h"
+
+namespace
+{
+
+constexpr int c_Causes = 10;
+constexpr std::size_t c_MostDecisions = 15;
+/// The first screen of 2,800 files takes less than a second; 100 lines a file.
+constexpr double c_ScreenLimitPerFile = 1.0 / 2800;
+
+bool s_isMissed = false;
+
+template<typename F>
+double measure(const F& work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void write(const std::filesystem::path& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// Files that differ from each other, with three differences from their references.
+void makeFiles(const std::filesystem::path& folder, int count)
+{
+    constexpr int c_Lines = 100;
+    for (int number = 0; number < count; ++number)
+    {
+        const std::filesystem::path directory = folder / ("C" + std::to_string(number / 500));
+        std::filesystem::create_directories(directory);
+        std::string expected;
+        std::string received;
+        for (int line = 0; line < c_Lines; ++line)
+        {
+            const bool isChanged = line % 40 == number % 7;
+            const std::string cause = std::to_string(number % c_Causes);
+            const std::string own = "line " + std::to_string(line) + " of file " + std::to_string(number) + "\n";
+            expected += isChanged ? "old " + cause + "\n" : own;
+            received += isChanged ? "new " + cause + "\n" : own;
+        }
+        const std::filesystem::path reference = directory / (std::to_string(number) + ".expected");
+        write(reference, expected);
+        write(reference.string() + ".received", received);
+        write(reference.string() + ".received.runs",
+              "3 " + LbEncoding::ToUtf8(LbReceivedFile::GetChecksum(received)) + "\n");
+    }
+}
+
+void measureFiles(int count)
+{
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / LbEncoding::ToUtf8(LbUniqueId::Generate()) / "";
+    makeFiles(folder, count);
+    const std::wstring directory = folder.wstring();
+    std::vector<Runner::SChange> changes;
+    const double screen = measure([&] {
+        changes = Runner::GroupChanges(Runner::FindReceived(directory));
+        for (const Runner::SChange& change : changes)
+        {
+            static_cast<void>(Runner::DescribeChange(change, directory, {}));
+        }
+    });
+    const double decisions = measure([&] {
+        for (const Runner::SChange& change : changes)
+        {
+            Runner::Decide(directory, Runner::EDecision::Accept, change.files);
+        }
+    });
+    const bool isMissed = screen > c_ScreenLimitPerFile * count || changes.size() > c_MostDecisions ||
+                          !Runner::FindReceived(directory).empty();
+    s_isMissed = s_isMissed || isMissed;
+    std::printf("%7d files: %zu decisions, first screen %.3f s, all accepted %.3f s%s\n", count, changes.size(), screen,
+                decisions, isMissed ? "  LIMIT MISSED" : "");
+    std::filesystem::remove_all(folder);
+}
+
+} // namespace
+
+int main()
+{
+    for (const int count : {1000, 2800, 10000, 100000})
+    {
+        measureFiles(count);
+    }
+    return s_isMissed ? 1 : 0;
+}

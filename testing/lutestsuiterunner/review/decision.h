@@ -1,0 +1,32 @@
+/// Accepts and rejects what tests have made in place of their references.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/review/changes.h"
+
+namespace Runner
+{
+
+enum class EDecision
+{
+    Accept, ///< what was received becomes the reference
+    Reject, ///< what was received is removed
+};
+
+/// The file in the reviewed folder that exists while a decision is carried out.
+inline constexpr const wchar_t* c_DecisionFile = L"lutestsuite-review.pending";
+
+/// Carries a decision out for all files or for none of them, also if the process is killed: the decision is written to
+/// the disk before the first file changes, and FinishDecision does the rest. Leaves files alone that have changed since
+/// they were read. `directory` contains all files. Throws LbException or a German message as std::wstring if a file
+/// cannot be replaced; then all files are as before.
+void Decide(const std::wstring& directory, EDecision decision, const std::vector<SReceivedFile>& files);
+
+/// Finishes a decision that an earlier process has not. Returns the number of its files, 0 if there is no such
+/// decision. Throws as Decide; the decision then remains to be finished.
+std::size_t FinishDecision(const std::wstring& directory);
+
+} // namespace Runner

@@ -1,0 +1,35 @@
+/// Differences of two texts or byte sequences.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Runner
+{
+
+/// Neighbouring lines that differ, without their line ends; of bytes one "line" each.
+struct SHunk
+{
+    std::size_t firstRemoved; ///< number of the first removed line, or of the line before which lines were added
+    std::size_t firstAdded;
+    std::vector<std::string_view> removed;
+    std::vector<std::string_view> added;
+};
+
+struct SDifference
+{
+    bool isBinary = false; ///< one of both has a zero byte
+    std::vector<SHunk> hunks;
+};
+
+/// The differences of `received` from `reference`, in their order; their texts refer to the arguments. Line ends "\r\n"
+/// count as "\n" unless nothing else differs. Texts with very many differences have one hunk between their first and
+/// their last one.
+SDifference FindDifference(std::string_view reference, std::string_view received);
+
+/// What has changed, wherever and however often: equal for files that have changed alike.
+std::string GetChangeKey(const SDifference& difference);
+
+} // namespace Runner
