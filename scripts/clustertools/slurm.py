@@ -1,0 +1,270 @@
+"""A Slurm of several nodes on this machine: its settings, its processes, and commands for it."""
+import getpass
+import hashlib
+import json
+import os
+import pwd
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+
+PROGRAMS = ["munged", "slurmctld", "slurmd", "sbatch", "scontrol", "squeue"]
+PATH = os.environ.get("PATH", "") + ":/usr/sbin:/sbin"
+NODES = ["node1", "node2", "node3"]
+START_LIMIT = 30.0
+STOP_LIMIT = 10.0
+
+SETTINGS = """ClusterName=lutestsuite
+SlurmctldHost={host}(127.0.0.1)
+SlurmctldPort={control_port}
+SlurmUser={user}
+SlurmdUser={user}
+AuthType=auth/munge
+AuthInfo=socket={folder}/munge/socket
+CredType=cred/munge
+CommunicationParameters=NoCtldInAddrAny,NoInAddrAny
+SlurmctldPidFile={folder}/slurmctld.pid
+SlurmctldLogFile={folder}/slurmctld.log
+SlurmdPidFile={folder}/slurmd-%n.pid
+SlurmdLogFile={folder}/slurmd-%n.log
+SlurmdSpoolDir={folder}/spool-%n
+StateSaveLocation={folder}/state
+ProctrackType=proctrack/pgid
+TaskPlugin=task/none
+SwitchType=switch/none
+MpiDefault=none
+SelectType=select/cons_tres
+SelectTypeParameters=CR_CPU
+SlurmdParameters=config_overrides
+ReturnToService=2
+AccountingStorageType=accounting_storage/none
+JobAcctGatherType=jobacct_gather/none
+JobCompType=jobcomp/none
+SlurmctldTimeout=30
+SlurmdTimeout={node_timeout}
+InactiveLimit=0
+KillWait=5
+MinJobAge=300
+MaxArraySize=1001
+SchedulerParameters=sched_min_interval=100000,bf_interval=1
+{nodes}
+PartitionName=all Nodes=ALL Default=YES MaxTime=INFINITE State=UP
+"""
+NODE = "NodeName={name} NodeHostname={host} NodeAddr=127.0.0.1 Port={port} CPUs={processors} State=UNKNOWN"
+
+
+class ClusterError(Exception):
+    """A message for the user."""
+
+
+def find_program(name):
+    return shutil.which(name, path=PATH)
+
+
+def find_missing_programs():
+    return [name for name in PROGRAMS if find_program(name) is None]
+
+
+def choose_ports(count):
+    """Free at this moment, all different."""
+    sockets = [socket.socket() for _ in range(count)]
+    for one in sockets:
+        one.bind(("127.0.0.1", 0))
+    ports = [one.getsockname()[1] for one in sockets]
+    for one in sockets:
+        one.close()
+    return ports
+
+
+def get_default_folder(root):
+    """One for each checkout and user. Below the temporary folder, because the path of a socket is limited to about 100
+    bytes and munge's user must be able to enter it."""
+    name = hashlib.sha256(root.encode()).hexdigest()[:10]
+    return os.path.join(tempfile.gettempdir(), f"lutestsuite-cluster-{os.getuid()}-{name}")
+
+
+def wait_until(condition, limit):
+    end = time.monotonic() + limit
+    while not condition():
+        if time.monotonic() > end:
+            return False
+        time.sleep(0.05)
+    return True
+
+
+class Cluster:
+    """The Slurm whose state is in a folder. Its processes are recorded there with their start times, so that ids which
+    the system has given to other processes meanwhile are never signalled."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.record = os.path.join(folder, "processes.json")
+        self.settings = os.path.join(folder, "slurm.conf")
+
+    # Processes
+
+    def _read_record(self):
+        try:
+            with open(self.record, encoding="utf-8") as file:
+                return json.load(file)
+        except FileNotFoundError:
+            return {}
+
+    def _write_record(self, processes):
+        with open(self.record + ".new", "w", encoding="utf-8") as file:
+            json.dump(processes, file)
+        os.replace(self.record + ".new", self.record)
+
+    def get_processes(self):
+        """Names and ids of the daemons that run."""
+        return {name: entry["id"] for name, entry in self._read_record().items()
+                if get_start_time(entry["id"]) == entry["start"]}
+
+    def _start_daemon(self, name, words, log):
+        with open(os.path.join(self.folder, log), "ab") as output:
+            process = subprocess.Popen(words, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
+                                       env=self.get_environment(), start_new_session=True, cwd=self.folder)
+        record = self._read_record()
+        record[name] = {"id": process.pid, "start": get_start_time(process.pid)}
+        self._write_record(record)
+        return process
+
+    def signal(self, name, number):
+        process = self.get_processes().get(name)
+        if process is not None:
+            os.kill(process, number)
+
+    # Start
+
+    def get_environment(self):
+        return {**os.environ, "SLURM_CONF": self.settings, "PATH": PATH}
+
+    def call(self, words, limit=20):
+        """The output of a Slurm command; None if it fails."""
+        try:
+            result = subprocess.run(words, env=self.get_environment(), capture_output=True, text=True, check=False,
+                                    timeout=limit)
+        except subprocess.TimeoutExpired:
+            return None
+        return result.stdout if result.returncode == 0 else None
+
+    def is_running(self):
+        return set(self.get_processes()) >= {"munged", "slurmctld", *NODES}
+
+    def start(self, node_timeout=10):
+        if self.is_running():
+            return False
+        missing = find_missing_programs()
+        if missing:
+            raise ClusterError(f"{', '.join(missing)} not found; scripts/setup cluster installs Slurm")
+        self.stop()
+        self._make_folder()
+        self._write_settings(node_timeout)
+        try:
+            self._start_munge()
+            self._start_daemon("slurmctld", [find_program("slurmctld"), "-D", "-c"], "slurmctld.out")
+            for name in NODES:
+                self.start_node(name)
+            if not wait_until(self._is_ready, START_LIMIT):
+                raise ClusterError(f"the nodes are not ready after {START_LIMIT:.0f} s; see {self.folder}/*.log")
+        except BaseException:
+            self._end_processes()
+            raise
+        return True
+
+    def _make_folder(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+        # Fails if somebody else owns what is there.
+        os.mkdir(self.folder, 0o755)
+        os.chmod(self.folder, 0o755)
+        for name in ["munge", "state", *(f"spool-{node}" for node in NODES)]:
+            os.mkdir(os.path.join(self.folder, name), 0o755)
+
+    def _write_settings(self, node_timeout):
+        control_port, *node_ports = choose_ports(1 + len(NODES))
+        host = socket.gethostname().split(".")[0]
+        nodes = [NODE.format(name=name, host=host, port=port, processors=os.cpu_count())
+                 for name, port in zip(NODES, node_ports)]
+        with open(self.settings, "w", encoding="utf-8") as file:
+            file.write(SETTINGS.format(folder=self.folder, host=host, user=getpass.getuser(), nodes="\n".join(nodes),
+                                       control_port=control_port, node_timeout=node_timeout))
+
+    def _start_munge(self):
+        """As user munge if root starts it, because munged refuses to read the files of others."""
+        folder = os.path.join(self.folder, "munge")
+        key = os.path.join(folder, "key")
+        with open(key, "wb") as file:
+            os.chmod(key, 0o600)
+            file.write(os.urandom(128))
+        words = [find_program("munged"), "--foreground", f"--socket={folder}/socket", f"--key-file={key}",
+                 f"--pid-file={folder}/pid", f"--log-file={folder}/log", f"--seed-file={folder}/seed"]
+        if os.getuid() == 0:
+            user = pwd.getpwnam("munge")
+            for path in (folder, key):
+                os.chown(path, user.pw_uid, user.pw_gid)
+            words = ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}", "--clear-groups", *words]
+        self._start_daemon("munged", words, "munged.out")
+        if not wait_until(lambda: os.path.exists(f"{folder}/socket"), STOP_LIMIT):
+            raise ClusterError(f"munged does not start; see {self.folder}/munged.out")
+
+    def start_node(self, name):
+        if name not in self.get_processes():
+            self._start_daemon(name, [find_program("slurmd"), "-D", "-N", name], f"{name}.out")
+
+    def get_node_states(self):
+        output = self.call(["sinfo", "--noheader", "--Node", "--format=%N %T"]) or ""
+        return dict(line.split() for line in output.splitlines())
+
+    def _is_ready(self):
+        return set(self.get_node_states().values()) <= {"idle", "mixed", "allocated"} and \
+            len(self.get_node_states()) == len(NODES)
+
+    # End
+
+    def stop(self):
+        """Cancels all jobs, then ends all daemons. True if there was something to end."""
+        processes = self.get_processes()
+        if "slurmctld" in processes and "munged" in processes:
+            self.call(["scancel", "--user", getpass.getuser()])
+            wait_until(lambda: not (self.call(["squeue", "--noheader"]) or "").strip(), STOP_LIMIT)
+        self._end_processes()
+        shutil.rmtree(self.folder, ignore_errors=True)
+        return bool(processes)
+
+    def _end_processes(self):
+        for name in [*NODES, "slurmctld", "munged"]:
+            self.signal(name, signal.SIGTERM)
+        if not wait_until(lambda: not self.get_processes(), STOP_LIMIT):
+            for name in self.get_processes():
+                self.signal(name, signal.SIGKILL)
+        # Tasks of a node that was killed have lost their slurmd, which would have ended them.
+        for process in self.find_steps():
+            os.kill(process, signal.SIGKILL)
+
+    def find_steps(self):
+        """The processes of Slurm that watch over a task. Their environment names the settings."""
+        mark = f"SLURM_CONF={self.settings}".encode()
+        return [process for process in list_processes()
+                if read_process_file(process, "comm").strip() == b"slurmstepd"
+                and mark in read_process_file(process, "environ").split(b"\0")]
+
+
+def list_processes():
+    return [int(name) for name in os.listdir("/proc") if name.isdigit()]
+
+
+def read_process_file(process, name):
+    try:
+        with open(f"/proc/{process}/{name}", "rb") as file:
+            return file.read()
+    except OSError:
+        return b""
+
+
+def get_start_time(process):
+    """In clock ticks since the system's start; None if there is no such process, or it has ended."""
+    fields = read_process_file(process, "stat").rpartition(b")")[2].split()
+    return int(fields[19]) if fields and fields[0] != b"Z" else None
