@@ -1,6 +1,7 @@
 /// Files that only grow, and what has to survive a loss of the machine. Paths as in files.h; any thread.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "base/lbexport.h"
@@ -12,6 +13,9 @@ namespace LbOs
 /// Creates a file and opens it for writing at its end. c_InvalidFile on failure, also if something of this name exists.
 /// Other programs may read the file while it is open; child processes do not inherit it.
 LB_API FileHandle CreateForAppending(const std::wstring& path);
+
+/// Opens a file for reading what has grown since: from the byte at `offset` on. c_InvalidFile on failure.
+LB_API FileHandle OpenForReadingFrom(const std::wstring& path, std::uint64_t offset);
 
 /// Flushes everything that was written to the disk, and waits for that. False on failure: earlier bytes may then be
 /// lost, and a repeated call may succeed nevertheless.

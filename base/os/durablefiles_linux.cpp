@@ -19,6 +19,17 @@ LbOs::FileHandle LbOs::CreateForAppending(const std::wstring& path)
     return handle;
 }
 
+LbOs::FileHandle LbOs::OpenForReadingFrom(const std::wstring& path, std::uint64_t offset)
+{
+    const FileHandle file = OpenForReading(path);
+    if (file != c_InvalidFile && lseek(static_cast<int>(file), static_cast<off_t>(offset), SEEK_SET) == -1)
+    {
+        CloseFile(file);
+        return c_InvalidFile;
+    }
+    return file;
+}
+
 bool LbOs::SynchroniseFile(FileHandle file)
 {
     return Retry([file] { return fdatasync(static_cast<int>(file)); }) == 0;

@@ -9,6 +9,19 @@ LbOs::FileHandle LbOs::CreateForAppending(const std::wstring& path)
                                                     nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
+LbOs::FileHandle LbOs::OpenForReadingFrom(const std::wstring& path, std::uint64_t offset)
+{
+    const FileHandle file = OpenForReading(path);
+    LARGE_INTEGER place = {};
+    place.QuadPart = static_cast<LONGLONG>(offset);
+    if (file != c_InvalidFile && SetFilePointerEx(reinterpret_cast<HANDLE>(file), place, nullptr, FILE_BEGIN) == FALSE)
+    {
+        CloseFile(file);
+        return c_InvalidFile;
+    }
+    return file;
+}
+
 bool LbOs::SynchroniseFile(FileHandle file)
 {
     return FlushFileBuffers(reinterpret_cast<HANDLE>(file)) != FALSE;

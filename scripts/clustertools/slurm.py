@@ -214,6 +214,22 @@ class Cluster:
         if name not in self.get_processes():
             self._start_daemon(name, [find_program("slurmd"), "-D", "-N", name], f"{name}.out")
 
+    @staticmethod
+    def nodes():
+        return NODES
+
+    def kill_tasks(self, node):
+        """As if the machine were lost: each task of the node with all of its processes."""
+        mark = f"SLURMD_NODENAME={node}".encode()
+        # They would report how the tasks end.
+        for process in self.find_steps():
+            if f"{self.folder}/slurmd-{node}.log" in opened_files(process):
+                os.kill(process, signal.SIGKILL)
+        for process in list_processes():
+            variables = read_process_file(process, "environ").split(b"\0")
+            if mark in variables and f"SLURM_CONF={self.settings}".encode() in variables:
+                os.kill(process, signal.SIGKILL)
+
     def get_node_states(self):
         output = self.call(["sinfo", "--noheader", "--Node", "--format=%N %T"]) or ""
         return dict(line.split() for line in output.splitlines())
@@ -262,6 +278,16 @@ def read_process_file(process, name):
             return file.read()
     except OSError:
         return b""
+
+
+def opened_files(process):
+    files = set()
+    try:
+        for name in os.listdir(f"/proc/{process}/fd"):
+            files.add(os.readlink(f"/proc/{process}/fd/{name}"))
+    except OSError:
+        pass
+    return files
 
 
 def get_start_time(process):

@@ -48,6 +48,7 @@ LAYERS = [
     (RUNNER + "review/*", 15),
     (RUNNER + "execution/*", 16),
     (RUNNER + "console/*", 17),
+    (RUNNER + "cluster/*", 17),
     (RUNNER + "commands/*", 18),
     (RUNNER + "*", 19),
 ]

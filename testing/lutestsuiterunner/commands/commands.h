@@ -15,6 +15,10 @@ int Execute(const SMergeOptions& options);
 int Execute(const SListOptions& options);
 int Execute(const SCaseOptions& options);
 int Execute(const SHistoryOptions& options);
+int Execute(const SSubmitOptions& options);
+int Execute(const SStatusOptions& options);
+int Execute(const SWaitOptions& options);
+int Execute(const SCancelOptions& options);
 int Execute(const SFoldersOptions& options);
 int Execute(const SReviewOptions& options);
 

@@ -45,8 +45,9 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
     {
         text += L"Der Lauf ist nicht beendet.\n";
     }
-    // A merged run has no arguments and cannot be resumed.
-    if ((state.IsCanceled() || !state.IsEnded()) && !state.GetPlan().arguments.empty())
+    // A merged run has no arguments and cannot be resumed, and neither can a distributed run.
+    const bool isOwn = !state.GetPlan().arguments.empty() && state.GetPlan().partCount == 0;
+    if ((state.IsCanceled() || !state.IsEnded()) && isOwn)
     {
         text += DescribeResuming(folder);
     }

@@ -1,7 +1,5 @@
 /// The command "resume": the rest of an interrupted run.
 
-#include <variant>
-
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/os/files.h"
@@ -13,35 +11,12 @@
 #include "testing/lutestsuiterunner/execution/planning.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
-#include "testing/lutestsuiterunner/settings/commandline.h"
 
 namespace Runner
 {
 
 namespace
 {
-
-/// The options with which the run began.
-SRunOptions readOptions(const SPlan& plan)
-{
-    std::vector<std::wstring> arguments = {L"LuTestSuiteRunner"};
-    arguments.insert(arguments.end(), plan.arguments.begin(), plan.arguments.end());
-    Command command = ReadCommandLine(arguments);
-    if (SRunOptions* const options = std::get_if<SRunOptions>(&command))
-    {
-        return std::move(*options);
-    }
-    throw std::wstring(L"Dieser Lauf ist aus mehreren zusammengefügt und kann nicht fortgesetzt werden");
-}
-
-/// Paths of the options are relative to it.
-void enterWorkingDirectory(const SPlan& plan)
-{
-    if (!LbOs::SetWorkingDirectory(plan.workingDirectory))
-    {
-        throw LbFormat(L"Das Arbeitsverzeichnis %s des Laufs gibt es nicht mehr", plan.workingDirectory);
-    }
-}
 
 /// An earlier run that is gone, or that this run has replaced, affects only the order and the estimate.
 PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder, const SPlan& plan)
@@ -61,23 +36,6 @@ PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder,
     return PreviousCases(plan.cases.size());
 }
 
-/// The plan determines the cases in quarantine; the file only stores the numbers of passed runs.
-Quarantine readQuarantine(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan)
-{
-    if (options.quarantine.empty())
-    {
-        return {};
-    }
-    if (!LbFileSystem::IsFile(options.quarantine))
-    {
-        CTerminal::Get().WriteError(LbFormat(L"Warnung: Die Datei %s fehlt; ihre Testfälle bleiben in Quarantäne, aber "
-                                             L"ihre bestandenen Läufe werden nicht gezählt\n",
-                                             options.quarantine));
-        return {};
-    }
-    return ReadQuarantine(options.quarantine, setup, plan);
-}
-
 } // namespace
 
 int Execute(const SResumeOptions& resume)
@@ -88,6 +46,10 @@ int Execute(const SResumeOptions& resume)
     }
     MoveLibraryLinesToErrors();
     const std::wstring path = GetRunFolder(resume.directory);
+    if (LbFileSystem::IsFile(path + c_ShardsName))
+    {
+        throw LbFormat(L"Der Lauf in %s ist verteilt: 'wait' setzt ihn fort", path);
+    }
     // If a host ended between writing its plan and its journal, the run has not begun.
     if (!LbFileSystem::IsFile(path + c_PlanName))
     {
@@ -95,8 +57,7 @@ int Execute(const SResumeOptions& resume)
     }
     CRunFolder folder(path);
     const std::unique_ptr<CRunState> state = LoadRun(path);
-    enterWorkingDirectory(state->GetPlan());
-    SRunOptions options = readOptions(state->GetPlan());
+    SRunOptions options = EnterRun(state->GetPlan());
     options.confirm = options.confirm || resume.confirm;
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
 
@@ -106,12 +67,12 @@ int Execute(const SResumeOptions& resume)
     SRunOptions guards = options;
     guards.minCases = 0;
     const std::vector<std::wstring> problems = FindProblems(guards, setup, state->GetPlan().cases.size());
-    Quarantine quarantine = readQuarantine(options, setup, state->GetPlan());
+    Quarantine quarantine = ReadQuarantineOf(options, setup, state->GetPlan());
     const PreviousCases previous = findPrevious(options, folder, state->GetPlan());
     const std::vector<std::uint32_t> cases = OrderMissingCases(*state, options, previous);
     const std::unique_ptr<CJournalWriter> writer = folder.ContinueRun(state->GetPlan());
-    CarryOut({options, setup, environment, folder, *state, previous}, *writer, problems, cases);
-    return Conclude(folder, options.previous, std::move(quarantine));
+    CarryOut({options, setup, environment, folder.GetPath(), *state, previous}, *writer, problems, cases);
+    return Conclude(folder.GetPath(), options.previous, std::move(quarantine));
 }
 
 } // namespace Runner

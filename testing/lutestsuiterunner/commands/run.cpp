@@ -2,17 +2,13 @@
 
 #include <algorithm>
 #include <memory>
-#include <span>
-#include <string_view>
 
 #include "base/lbexception.h"
-#include "base/lbfilelisting.h"
 #include "base/lbformat.h"
-#include "base/lbreceivedfile.h"
 #include "base/os/clock.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/planned.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
-#include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
@@ -35,16 +31,6 @@ void checkOptions(const SRunOptions& options)
     if (needsPrevious && options.previous.empty())
     {
         throw std::wstring(L"Diese Reihenfolge braucht '--previous'");
-    }
-}
-
-void requireNoRun(const SRunOptions& options)
-{
-    const std::wstring folder = GetRunFolder(options.out);
-    if (!options.force && !FindJournals(folder).empty())
-    {
-        throw LbFormat(L"Der Ordner %s enthält schon einen Lauf: 'resume' setzt ihn fort, '--force' ersetzt ihn",
-                       folder);
     }
 }
 
@@ -88,37 +74,17 @@ std::size_t applyOnlyFailed(const SRunOptions& options, const CPrevious& previou
     return selected;
 }
 
-/// Differences from references of earlier runs that nobody has decided on.
-void warnOfReceived(const SPlan& plan)
-{
-    constexpr std::wstring_view c_Wildcards[] = {LbReceivedFile::c_Pattern};
-    std::size_t count = 0;
-    std::wstring first;
-    for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
-    {
-        const std::shared_ptr<const LbFileListing> files = LbFileListing::Get(unitTest.dataDirectory);
-        const std::span<const std::uint32_t> ranks = files->GetMatches({c_Wildcards, {}});
-        if (count == 0 && !ranks.empty())
-        {
-            first = unitTest.dataDirectory + std::wstring(files->GetName(ranks.front()));
-        }
-        count += ranks.size();
-    }
-    if (count > 0)
-    {
-        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s und %u weitere .received-Dateien sind nicht geprüft: "
-                                             L"LuTestSuiteRunner review %s\n",
-                                             first, count - 1, QuoteForShell(plan.dataDirectory)));
-    }
-}
-
 } // namespace
 
 int Execute(const SRunOptions& given)
 {
+    if (given.planned)
+    {
+        return RunPlanned(given);
+    }
     SRunOptions options = given;
     checkOptions(options);
-    requireNoRun(options);
+    RequireNoRun(options);
     MoveLibraryLinesToErrors();
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
     // Before the folder's earlier run is replaced.
@@ -129,7 +95,7 @@ int Execute(const SRunOptions& given)
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
     const std::size_t caseCount = applyOnlyFailed(options, previous, plan);
-    warnOfReceived(plan);
+    WarnOfReceived(plan);
     const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
     const PreviousCases previousCases = FindPrevious(plan, previous);
     SelectShard(plan, previousCases);
@@ -142,9 +108,9 @@ int Execute(const SRunOptions& given)
     CRunFolder folder(options.out);
     const std::unique_ptr<CJournalWriter> writer = folder.BeginRun(plan);
     CRunState state(std::move(plan));
-    CarryOut({options, setup, environment, folder, state, previousCases}, *writer, problems,
+    CarryOut({options, setup, environment, folder.GetPath(), state, previousCases}, *writer, problems,
              OrderMissingCases(state, options, previousCases));
-    return Conclude(folder, options.previous, std::move(quarantine));
+    return Conclude(folder.GetPath(), options.previous, std::move(quarantine));
 }
 
 } // namespace Runner

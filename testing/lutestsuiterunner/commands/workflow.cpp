@@ -1,18 +1,27 @@
 #include "testing/lutestsuiterunner/commands/workflow.h"
 
 #include <algorithm>
+#include <memory>
+#include <span>
+#include <string_view>
 
 #include "base/lbdatetime.h"
+#include "base/lbfilelisting.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbreceivedfile.h"
+#include "base/os/files.h"
 #include "base/os/interruption.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
+#include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/progress.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/hostcrash.h"
 #include "testing/lutestsuiterunner/execution/stages.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/settings/commandline.h"
 
 namespace Runner
 {
@@ -74,13 +83,68 @@ SSessionLimits getLimits(const SWork& work)
 
 } // namespace
 
+void RequireNoRun(const SRunOptions& options)
+{
+    const std::wstring folder = GetRunFolder(options.out);
+    const bool hasRun = !FindJournals(folder).empty() || LbFileSystem::IsFile(folder + c_ShardsName);
+    if (!options.force && hasRun)
+    {
+        throw LbFormat(L"Der Ordner %s enthält schon einen Lauf: 'resume' setzt ihn fort, '--force' ersetzt ihn",
+                       folder);
+    }
+}
+
+void WarnOfReceived(const SPlan& plan)
+{
+    constexpr std::wstring_view c_Wildcards[] = {LbReceivedFile::c_Pattern};
+    std::size_t count = 0;
+    std::wstring first;
+    for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
+    {
+        const std::shared_ptr<const LbFileListing> files = LbFileListing::Get(unitTest.dataDirectory);
+        const std::span<const std::uint32_t> ranks = files->GetMatches({c_Wildcards, {}});
+        if (count == 0 && !ranks.empty())
+        {
+            first = unitTest.dataDirectory + std::wstring(files->GetName(ranks.front()));
+        }
+        count += ranks.size();
+    }
+    if (count > 0)
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s und %u weitere .received-Dateien sind nicht geprüft: "
+                                             L"LuTestSuiteRunner review %s\n",
+                                             first, count - 1, QuoteForShell(plan.dataDirectory)));
+    }
+}
+
+void EnterWorkingDirectory(const SPlan& plan)
+{
+    if (!LbOs::SetWorkingDirectory(plan.workingDirectory))
+    {
+        throw LbFormat(L"Das Arbeitsverzeichnis %s des Laufs gibt es nicht mehr", plan.workingDirectory);
+    }
+}
+
+SRunOptions EnterRun(const SPlan& plan)
+{
+    EnterWorkingDirectory(plan);
+    std::vector<std::wstring> arguments = {L"LuTestSuiteRunner"};
+    arguments.insert(arguments.end(), plan.arguments.begin(), plan.arguments.end());
+    Command command = ReadCommandLine(arguments);
+    if (SRunOptions* const options = std::get_if<SRunOptions>(&command))
+    {
+        return std::move(*options);
+    }
+    throw std::wstring(L"Dieser Lauf besteht aus mehreren und kann nicht fortgesetzt werden");
+}
+
 void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,
               const std::vector<std::uint32_t>& cases)
 {
-    const std::uint32_t journal = FindJournals(work.folder.GetPath()).back();
+    const std::uint32_t journal = writer.GetNumber();
     LbOs::CatchInterruptions();
     ShowOnlyWarnings();
-    const CCrashNote note(work.folder.GetPath(), journal);
+    const CCrashNote note(work.folder, journal);
     {
         CProgressLine progress(work.state.GetPlan(), cases, getTimes(work.previous));
         CSession session({work.state, writer, work.environment, progress, journal}, work.setup, getLimits(work));
@@ -88,7 +152,7 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
         {
             session.Note(SRunProblem{problem});
         }
-        FinishUnderWay(session, work.state, work.folder.GetPath());
+        FinishUnderWay(session, work.state, work.folder);
         // Without the cases that FinishUnderWay has just finished.
         std::vector<std::uint32_t> left = cases;
         std::erase_if(left, [&work](std::uint32_t index) {
@@ -118,18 +182,40 @@ std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunO
     return cases;
 }
 
-int Conclude(const CRunFolder& folder, const std::wstring& previous, Quarantine quarantine)
+Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan)
 {
-    const std::unique_ptr<CRunState> state = ReportRun(folder.GetPath());
+    if (options.quarantine.empty())
+    {
+        return {};
+    }
+    if (!LbFileSystem::IsFile(options.quarantine))
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: Die Datei %s fehlt; ihre Testfälle bleiben in Quarantäne, aber "
+                                             L"ihre bestandenen Läufe werden nicht gezählt\n",
+                                             options.quarantine));
+        return {};
+    }
+    return ReadQuarantine(options.quarantine, setup, plan);
+}
+
+void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, const std::wstring& previous,
+                        Quarantine quarantine)
+{
     // An interrupted run counts when it has been resumed.
-    if (!quarantine.empty() && state->IsEnded() && !state->IsCanceled())
+    if (!quarantine.empty() && state.IsEnded() && !state.IsCanceled())
     {
         // XML reports have no such numbers.
         const bool isFolder = LbFileSystem::IsDirectory(previous);
-        CountPassedRuns(quarantine, *state, isFolder ? GetRunFolder(previous) : folder.GetPath());
-        WritePassedRuns(quarantine, state->GetPlan().runId, folder.GetPath());
+        CountPassedRuns(quarantine, state, isFolder ? GetRunFolder(previous) : folder);
+        WritePassedRuns(quarantine, state.GetPlan().runId, folder);
         printQuarantine(quarantine);
     }
+}
+
+int Conclude(const std::wstring& folder, const std::wstring& previous, Quarantine quarantine)
+{
+    const std::unique_ptr<CRunState> state = ReportRun(folder);
+    ConcludeQuarantine(*state, folder, previous, std::move(quarantine));
     const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());
     return interrupted != 0 ? interrupted : GetStatus(*state);
 }

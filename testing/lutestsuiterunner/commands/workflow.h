@@ -22,10 +22,23 @@ struct SWork
     const SRunOptions& options;
     const LuTestSuiteSetup& setup;
     LuTestSuiteEnvironment& environment;
-    CRunFolder& folder;
+    const std::wstring& folder; ///< of the run, with separator at its end
     CRunState& state;
     const PreviousCases& previous; ///< by case index
 };
+
+/// Throws a German message as std::wstring if the folder of the options contains a run that they do not replace.
+void RequireNoRun(const SRunOptions& options);
+
+/// Warns of differences from references of earlier runs that nobody has decided on.
+void WarnOfReceived(const SPlan& plan);
+
+/// Paths of the run's options are relative to it. Throws a German message as std::wstring if the directory is gone.
+void EnterWorkingDirectory(const SPlan& plan);
+
+/// The options with which a run began. Makes the working directory that of the run, because paths of the options are
+/// relative to it. Throws a German message as std::wstring if the run has no such options or the directory is gone.
+SRunOptions EnterRun(const SPlan& plan);
 
 /// The cases that have no result yet, in the order that the options ask for.
 std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
@@ -36,9 +49,17 @@ std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunO
 void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,
               const std::vector<std::uint32_t>& cases);
 
-/// Writes the reports from the journal, prints the outcome of the run, and returns the exit status. The quarantine
-/// continues the counts of `previous` if that is the folder of a run, else those of the run that the folder contained
-/// before.
-int Conclude(const CRunFolder& folder, const std::wstring& previous, Quarantine quarantine);
+/// The quarantine of a run that has its plan. The plan determines the cases in quarantine; the file only stores the
+/// numbers of passed runs. Warns and returns nothing if the file is gone. Throws as ReadQuarantine.
+Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan);
+
+/// Counts and prints the passed runs of the quarantine's entries after a complete run. Continues the counts of
+/// `previous` if that is the folder of a run, else those of the run that the folder contained before.
+void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, const std::wstring& previous,
+                        Quarantine quarantine);
+
+/// Writes the reports from the journal, prints the outcome of the run, concludes the quarantine, and returns the exit
+/// status.
+int Conclude(const std::wstring& folder, const std::wstring& previous, Quarantine quarantine);
 
 } // namespace Runner

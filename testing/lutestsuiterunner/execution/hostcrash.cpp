@@ -112,10 +112,58 @@ CCrashNote::~CCrashNote()
     }
 }
 
+namespace
+{
+
+/// Hosts that have ended while they had the case.
+std::uint32_t countLostHosts(const CRunState& state, std::uint32_t index)
+{
+    return state.GetAttempts(index).back().lostHosts + 1;
+}
+
+/// True if no other case was under way in the last host that had it.
+bool wasAlone(const CRunState& state, const std::vector<std::uint32_t>& open, std::uint32_t index)
+{
+    const std::uint32_t journal = state.GetAttempts(index).back().started.journal;
+    return std::ranges::count_if(open, [&](std::uint32_t other) {
+               return state.GetAttempts(other).back().started.journal == journal;
+           }) == 1;
+}
+
+/// Takes the cases that hosts of a shard have had repeatedly out of `open`.
+void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnderWay& underWay)
+{
+    constexpr std::uint32_t c_Repeated = 2;
+    constexpr std::uint32_t c_TooOften = 3;
+    const std::vector<std::uint32_t> all = open;
+    std::erase_if(open, [&](std::uint32_t index) {
+        const std::uint32_t hosts = countLostHosts(state, index);
+        if (hosts >= c_TooOften && wasAlone(state, all, index))
+        {
+            underWay.crashed.push_back(makeEnd(state.GetAttempts(index).back(),
+                                               LbFormat(L"%u Prozesse, die den Lauf ausführten, endeten ohne Meldung "
+                                                        L"bei diesem Testfall, der letzte führte nur ihn aus",
+                                                        hosts)));
+        }
+        else if (hosts >= c_Repeated)
+        {
+            underWay.repeated.push_back(index);
+        }
+        return hosts >= c_Repeated;
+    });
+}
+
+} // namespace
+
 SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder)
 {
     SUnderWay underWay;
-    for (const std::uint32_t index : state.GetOpenCases())
+    std::vector<std::uint32_t> open = state.GetOpenCases();
+    if (state.GetPlan().part)
+    {
+        findRepeated(state, open, underWay);
+    }
+    for (const std::uint32_t index : open)
     {
         (isInProcess(state, index) ? underWay.suspects : underWay.others).push_back(index);
     }

@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/execution/order.h"
 
 #include <algorithm>
+#include <functional>
 #include <random>
 
 namespace Runner
@@ -17,15 +18,10 @@ int getRank(const std::optional<SPreviousCase>& previous)
     return !previous ? 1 : previous->hasFailed ? 0 : 2;
 }
 
-bool isMeasured(const std::optional<SPreviousCase>& previous)
-{
-    return previous && previous->time > 0;
-}
-
 /// A case without a time may have hung.
 bool isLonger(const std::optional<SPreviousCase>& a, const std::optional<SPreviousCase>& b)
 {
-    return isMeasured(a) && isMeasured(b) ? a->time > b->time : !isMeasured(a) && isMeasured(b);
+    return IsMeasured(a) && IsMeasured(b) ? a->time > b->time : !IsMeasured(a) && IsMeasured(b);
 }
 
 /// The standard's own shuffle may differ between run-times.
@@ -46,26 +42,17 @@ std::uint64_t getMeanTime(const PreviousCases& previous)
     for (const std::optional<SPreviousCase>& one : previous)
     {
         sum += one ? one->time : 0;
-        count += isMeasured(one) ? 1 : 0;
+        count += IsMeasured(one) ? 1 : 0;
     }
     return count == 0 ? 1 : std::max<std::uint64_t>(1, sum / count);
 }
 
-/// The shard of each case, from 0, in the order of `cases`.
-std::vector<std::uint32_t> dealByTime(const std::vector<std::uint64_t>& times, std::uint32_t shards)
-{
-    std::vector<std::uint64_t> loads(shards, 0);
-    std::vector<std::uint32_t> owners;
-    for (const std::uint64_t time : times)
-    {
-        const auto least = std::ranges::min_element(loads);
-        *least += time;
-        owners.push_back(static_cast<std::uint32_t>(least - loads.begin()));
-    }
-    return owners;
-}
-
 } // namespace
+
+bool IsMeasured(const std::optional<SPreviousCase>& previous)
+{
+    return previous && previous->time > 0;
+}
 
 PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous)
 {
@@ -75,6 +62,26 @@ PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous)
         cases[index] = previous.Find(plan, index);
     }
     return cases;
+}
+
+std::vector<std::uint32_t> DealByTime(const std::vector<std::uint64_t>& times, std::uint32_t shards)
+{
+    using Load = std::pair<std::uint64_t, std::uint32_t>;
+    std::vector<Load> loads;
+    for (std::uint32_t shard = 0; shard < shards; ++shard)
+    {
+        loads.emplace_back(0, shard);
+    }
+    std::vector<std::uint32_t> owners;
+    owners.reserve(times.size());
+    for (const std::uint64_t time : times)
+    {
+        std::ranges::pop_heap(loads, std::greater());
+        loads.back().first += time;
+        owners.push_back(loads.back().second);
+        std::ranges::push_heap(loads, std::greater());
+    }
+    return owners;
 }
 
 void SortCases(Cases& cases, EOrder order, const PreviousCases& previous, std::uint64_t seed)
@@ -101,13 +108,13 @@ void SelectShard(SPlan& plan, const PreviousCases& previous)
     const std::uint64_t mean = getMeanTime(previous);
     // Without times all cases weigh the same, so that shards get them in turn.
     const auto getTime = [&](std::uint32_t index) {
-        return isMeasured(previous[index]) ? previous[index]->time : mean;
+        return IsMeasured(previous[index]) ? previous[index]->time : mean;
     };
     Cases cases = SortByName(plan);
     std::ranges::stable_sort(cases, std::greater(), getTime);
     std::vector<std::uint64_t> times;
     std::ranges::transform(cases, std::back_inserter(times), getTime);
-    const std::vector<std::uint32_t> owners = dealByTime(times, plan.shard.count);
+    const std::vector<std::uint32_t> owners = DealByTime(times, plan.shard.count);
     for (std::size_t place = 0; place < cases.size(); ++place)
     {
         plan.cases[cases[place]].isInShard = owners[place] + 1 == plan.shard.number;

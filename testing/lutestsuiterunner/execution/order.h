@@ -15,6 +15,14 @@ namespace Runner
 using PreviousCases = std::vector<std::optional<SPreviousCase>>;
 PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous);
 
+/// An earlier run knows how long the case takes.
+bool IsMeasured(const std::optional<SPreviousCase>& previous);
+
+/// The shard of each case, from 0, so that all shards take about the same time: the next case goes to the shard that
+/// has least so far, the first of equal ones. For times that fall, the longest shard takes at most a third more than it
+/// must.
+std::vector<std::uint32_t> DealByTime(const std::vector<std::uint64_t>& times, std::uint32_t shards);
+
 /// Sorts `cases`, which are in listed order. FailedFirst: failed, then new, then other cases. LongestFirst: cases
 /// without a time, then the others by time. Random: by the seed alone. Cases of equal rank keep the listed order.
 void SortCases(std::vector<std::uint32_t>& cases, EOrder order, const PreviousCases& previous, std::uint64_t seed);

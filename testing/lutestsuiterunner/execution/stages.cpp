@@ -79,6 +79,10 @@ void FinishUnderWay(CSession& session, const CRunState& state, const std::wstrin
     {
         session.End(record);
     }
+    for (const std::uint32_t index : underWay.repeated)
+    {
+        session.Run({&index, 1}, EAttemptKind::First, EProcess::Own);
+    }
     // Those that had child processes are run with their stage.
     session.Run(underWay.suspects, EAttemptKind::First, EProcess::Own);
 }

@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "base/lbpath.h"
+
 namespace Runner
 {
 
@@ -21,6 +23,11 @@ std::optional<std::uint32_t> GetJournalNumber(std::wstring_view name)
         std::from_chars(digits.data(), digits.data() + digits.size(), number);
     }
     return name == GetJournalName(number) ? std::optional(number) : std::nullopt;
+}
+
+std::wstring GetShardFolderName(std::uint32_t number)
+{
+    return LbPath::WithSeparator(L"shard-" + std::to_wstring(number));
 }
 
 std::string GetOutputName(std::uint32_t journal)

@@ -10,6 +10,12 @@ namespace Runner
 {
 
 inline constexpr const wchar_t* c_PlanName = L"plan.ndjson";
+/// Lines about what is wrong with a distributed run as a whole, as its submitter knows it; UTF-8.
+inline constexpr const wchar_t* c_ProblemsName = L"problems.txt";
+/// The shards of a distributed run, and what belongs to their tasks.
+inline constexpr const wchar_t* c_ShardsName = L"shards.json";
+inline constexpr const wchar_t* c_TasksFolderName = L"tasks";
+inline constexpr const wchar_t* c_ProofName = L"proof.json";
 inline constexpr const wchar_t* c_OutputFolderName = L"output";
 inline constexpr const wchar_t* c_XmlReportName = L"report.xml";
 inline constexpr const wchar_t* c_HtmlReportName = L"report.html";
@@ -21,6 +27,9 @@ std::wstring GetJournalName(std::uint32_t number);
 
 /// The number in the name of a journal; empty for other names.
 std::optional<std::uint32_t> GetJournalNumber(std::wstring_view name);
+
+/// The folder of a shard in that of a distributed run, relative to it and with separator at its end: "shard-3/".
+std::wstring GetShardFolderName(std::uint32_t number);
 
 /// The file of a journal's large texts, relative to the folder, with "/": "output/1.txt".
 std::string GetOutputName(std::uint32_t journal);

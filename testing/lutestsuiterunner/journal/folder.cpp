@@ -35,10 +35,14 @@ void removeRun(const std::wstring& folder)
     {
         remove(folder + GetJournalName(number));
     }
-    for (const wchar_t* const name :
-         {c_OutputFolderName, c_XmlReportName, c_HtmlReportName, c_JunitName, c_SummaryName})
+    for (const wchar_t* const name : {c_OutputFolderName, c_XmlReportName, c_HtmlReportName, c_JunitName, c_SummaryName,
+                                      c_TasksFolderName, c_ShardsName, c_ProblemsName, c_ProofName})
     {
         remove(folder + name);
+    }
+    for (std::uint32_t number = 1; LbFileSystem::IsDirectory(folder + GetShardFolderName(number)); ++number)
+    {
+        remove(folder + GetShardFolderName(number));
     }
 }
 
@@ -87,13 +91,43 @@ CRunFolder::CRunFolder(const std::wstring& directory)
     }
 }
 
+std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan& plan)
+{
+    const std::vector<std::uint32_t> numbers = FindJournals(folder);
+    std::uint32_t number = numbers.empty() ? 1 : numbers.back() + 1;
+    while (true)
+    {
+        try
+        {
+            auto writer = std::make_unique<CJournalWriter>(folder, describeHost(plan, plan.digest, number));
+            synchronise(folder);
+            return writer;
+        }
+        catch (const LbException&)
+        {
+            // Another host may have been quicker.
+            if (LbOs::QueryEntry(folder + GetJournalName(number)) == LbOs::EEntry::Missing)
+            {
+                throw;
+            }
+            ++number;
+        }
+    }
+}
+
+std::string BeginPlan(const std::wstring& directory, const SPlan& plan)
+{
+    const std::wstring folder = makeFolder(directory);
+    removeRun(folder);
+    synchronise(folder);
+    std::string digest = WritePlan(folder + c_PlanName, plan);
+    synchronise(folder);
+    return digest;
+}
+
 std::string CRunFolder::ReplacePlan(const SPlan& plan)
 {
-    removeRun(m_path);
-    synchronise(m_path);
-    std::string digest = WritePlan(m_path + c_PlanName, plan);
-    synchronise(m_path);
-    return digest;
+    return BeginPlan(m_path, plan);
 }
 
 std::unique_ptr<CJournalWriter> CRunFolder::AddJournal(const SJournalBegun& begun)

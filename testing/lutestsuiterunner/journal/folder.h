@@ -16,6 +16,15 @@ namespace Runner
 /// directory changes.
 std::wstring GetRunFolder(const std::wstring& directory);
 
+/// Begins the next journal of a shard's run, by this host and now. Other hosts may do so at the same time, on any
+/// machine: what decides is the exclusive creation of the file, not a lock, which network file systems may not have.
+/// `folder` ends in a separator. Throws LbException with a German message.
+std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan& plan);
+
+/// Removes plan, journals, output, reports and shards of a run that the folder contains, and writes the plan. Returns
+/// its digest. Creates the folder if needed. Throws LbException with a German message.
+std::string BeginPlan(const std::wstring& directory, const SPlan& plan);
+
 /// The right to write into a run's folder, for one process at a time. On Windows released by the thread that took it.
 class CRunFolder
 {
@@ -27,8 +36,7 @@ public:
     /// With separator at its end.
     const std::wstring& GetPath() const { return m_path; }
 
-    /// Removes plan, journals, output and reports of a run that the folder contains, and writes the plan. Returns its
-    /// digest. Like the operations below, throws LbException with a German message.
+    /// As BeginPlan. Like the operations below, throws LbException with a German message.
     std::string ReplacePlan(const SPlan& plan);
 
     /// Begins a journal of the folder's plan.

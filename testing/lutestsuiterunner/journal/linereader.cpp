@@ -26,8 +26,8 @@ bool isFollowed(const SLine& line, std::string_view text)
 
 } // namespace
 
-CLineReader::CLineReader(ReadBytes read, std::size_t largestRecord)
-    : m_read(std::move(read)), m_longestLine(largestRecord + c_Frame)
+CLineReader::CLineReader(ReadBytes read, std::size_t largestRecord, std::uint64_t sequence)
+    : m_read(std::move(read)), m_longestLine(largestRecord + c_Frame), m_sequence(sequence)
 {
 }
 

@@ -25,8 +25,9 @@ struct SDamage
 class CLineReader
 {
 public:
-    /// No record is longer than `largestRecord` bytes.
-    CLineReader(ReadBytes read, std::size_t largestRecord);
+    /// No record is longer than `largestRecord` bytes. `sequence` is the number of the record before the first byte
+    /// that `read` gives.
+    CLineReader(ReadBytes read, std::size_t largestRecord, std::uint64_t sequence = 0);
 
     /// The next record, valid until the next call; false after the last one. Throws SDamage.
     bool Next(std::string_view& record);
@@ -35,6 +36,9 @@ public:
     /// line.
     std::uint64_t GetSequence() const { return m_sequence; }
     std::uint64_t GetOffset() const { return m_offset; }
+
+    /// Of the byte behind the record that was read last, counted from the first byte that `read` gave.
+    std::uint64_t GetEnd() const { return m_nextOffset; }
 
     /// Number of bytes after the last record; final once Next returned false.
     std::uint64_t GetTailSize() const { return m_tailSize; }

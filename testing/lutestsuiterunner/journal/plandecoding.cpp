@@ -138,7 +138,7 @@ private:
         std::string_view name;
         void (CPlanDecoder::*read)(const Json& record);
     };
-    static const SType c_Types[9];
+    static const SType c_Types[12];
 
     void readHead(const Json& record)
     {
@@ -149,8 +149,11 @@ private:
         m_plan.params = readValues(record.at("params"), c_ParamFields);
         m_plan.rules = readValues(record.at("rules"), c_RuleFields);
         m_plan.shard = readValues(record.at("shard"), c_ShardFields);
+        m_plan.partCount = record.value("parts", std::uint32_t{0});
         m_plan.origin = readOrigin(record.at("origin"));
     }
+
+    void readPart(const Json& record) { m_plan.part = SShardPlace{record.at("whole"), {}}; }
 
     void readArgument(const Json& record) { m_plan.arguments.push_back(getText(record, "text")); }
 
@@ -185,6 +188,33 @@ private:
 
     void readQuarantined(const Json& record) { mark(record, &SPlannedCase::isQuarantined, true); }
 
+    void readExpected(const Json& record)
+    {
+        planCases();
+        for (const Json& time : record.at("list"))
+        {
+            require(m_timesRead < m_plan.cases.size());
+            m_plan.cases[m_timesRead++].expected = time;
+        }
+    }
+
+    void readIndices(const Json& record)
+    {
+        planCases();
+        require(m_plan.part.has_value());
+        std::vector<std::uint32_t>& indices = m_plan.part->indices;
+        for (const Json& range : record.at("ranges"))
+        {
+            const auto first = range.at(0).get<std::uint32_t>();
+            const auto count = range.at(1).get<std::uint32_t>();
+            require(count <= m_plan.cases.size() - indices.size());
+            for (std::uint32_t place = 0; place < count; ++place)
+            {
+                indices.push_back(first + place);
+            }
+        }
+    }
+
     /// Disabled cases come after all unit tests.
     void mark(const Json& record, bool SPlannedCase::*mark, bool value)
     {
@@ -215,25 +245,30 @@ private:
         require(record.at("unitTests") == m_plan.unitTests.size());
         planCases();
         require(record.at("cases") == m_plan.cases.size());
+        require(!m_plan.part || m_plan.part->indices.size() == m_plan.cases.size());
         m_digest = record.at("digest");
         m_hasEnded = true;
     }
 
     SPlan m_plan;
     std::string m_digest;
+    std::size_t m_timesRead = 0;
     bool m_hasBegun = false;
     bool m_hasEnded = false;
 };
 
-const CPlanDecoder::SType CPlanDecoder::c_Types[9] = {{"plan", &CPlanDecoder::readHead},
-                                                      {"argument", &CPlanDecoder::readArgument},
-                                                      {"unit-test", &CPlanDecoder::readUnitTest},
-                                                      {"contact", &CPlanDecoder::readContact},
-                                                      {"cases", &CPlanDecoder::readCases},
-                                                      {"disabled", &CPlanDecoder::readDisabled},
-                                                      {"elsewhere", &CPlanDecoder::readElsewhere},
-                                                      {"quarantined", &CPlanDecoder::readQuarantined},
-                                                      {"end", &CPlanDecoder::readEnd}};
+const CPlanDecoder::SType CPlanDecoder::c_Types[12] = {{"plan", &CPlanDecoder::readHead},
+                                                       {"part", &CPlanDecoder::readPart},
+                                                       {"argument", &CPlanDecoder::readArgument},
+                                                       {"unit-test", &CPlanDecoder::readUnitTest},
+                                                       {"contact", &CPlanDecoder::readContact},
+                                                       {"cases", &CPlanDecoder::readCases},
+                                                       {"disabled", &CPlanDecoder::readDisabled},
+                                                       {"elsewhere", &CPlanDecoder::readElsewhere},
+                                                       {"quarantined", &CPlanDecoder::readQuarantined},
+                                                       {"expected", &CPlanDecoder::readExpected},
+                                                       {"in-whole", &CPlanDecoder::readIndices},
+                                                       {"end", &CPlanDecoder::readEnd}};
 
 /// The last record contains the digest, so the digest does not include that record.
 class CPlanReader

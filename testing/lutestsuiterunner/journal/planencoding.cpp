@@ -156,8 +156,13 @@ public:
             addValues(object, "params", c_ParamFields, plan.params);
             addValues(object, "rules", c_RuleFields, plan.rules);
             addValues(object, "shard", c_ShardFields, plan.shard);
+            object.AddUnless(std::uint32_t{0}, "parts", plan.partCount);
             addOrigin(object, plan.origin);
         });
+        if (plan.part)
+        {
+            write("part", [&](CJsonObject& object) { object.Add("whole", plan.part->wholeDigest); });
+        }
         for (const std::wstring& argument : plan.arguments)
         {
             write("argument", [&](CJsonObject& object) { object.Add("text", argument); });
@@ -192,27 +197,42 @@ public:
         write("disabled", [&](CJsonObject& object) { addTexts<SDisabledCase>(object, c_DisabledFields, disabled); });
     }
 
-    /// The cases that have a property, as ranges: first index and count.
+    /// The cases that have a property.
     void EncodeMarks(const char* type, const std::vector<SPlannedCase>& cases, bool SPlannedCase::*mark, bool value)
     {
-        std::vector<SRange> ranges;
-        for (std::size_t index = 0; index < cases.size(); ++index)
+        std::vector<std::uint32_t> marked;
+        for (std::uint32_t index = 0; index < cases.size(); ++index)
         {
-            if (cases[index].*mark != value)
+            if (cases[index].*mark == value)
             {
-                continue;
+                marked.push_back(index);
             }
+        }
+        EncodeIndices(type, marked);
+    }
+
+    /// As ranges: first index and count.
+    void EncodeIndices(const char* type, const std::vector<std::uint32_t>& indices)
+    {
+        std::vector<SRange> ranges;
+        for (const std::uint32_t index : indices)
+        {
             if (ranges.empty() || ranges.back().first + ranges.back().count != index)
             {
                 ranges.push_back({index, 0});
             }
             ++ranges.back().count;
         }
-        for (std::span<const SRange> rest = ranges; !rest.empty();)
+        encodeList(type, "ranges", std::span<const SRange>(ranges), appendRange);
+    }
+
+    /// Of all cases, unless nothing is known of any.
+    void EncodeTimes(const std::vector<SPlannedCase>& cases)
+    {
+        if (std::ranges::any_of(cases, [](const SPlannedCase& planned) { return planned.expected != 0; }))
         {
-            write(type, [&](CJsonObject& object) {
-                rest = rest.subspan(appendList(object.Add("ranges"), rest, appendRange));
-            });
+            encodeList("expected", "list", std::span(cases),
+                       [](const SPlannedCase& planned, std::string& json) { AppendNumber(planned.expected, json); });
         }
     }
 
@@ -228,6 +248,15 @@ public:
     }
 
 private:
+    template<typename T, typename F>
+    void encodeList(const char* type, const char* name, std::span<const T> list, const F& append)
+    {
+        while (!list.empty())
+        {
+            write(type, [&](CJsonObject& object) { list = list.subspan(appendList(object.Add(name), list, append)); });
+        }
+    }
+
     template<typename F>
     void write(const char* type, const F& fill)
     {
@@ -265,6 +294,11 @@ std::string EncodePlan(const SPlan& plan, const std::function<void(std::string_v
     }
     encoder.EncodeMarks("elsewhere", plan.cases, &SPlannedCase::isInShard, false);
     encoder.EncodeMarks("quarantined", plan.cases, &SPlannedCase::isQuarantined, true);
+    encoder.EncodeTimes(plan.cases);
+    if (plan.part)
+    {
+        encoder.EncodeIndices("in-whole", plan.part->indices);
+    }
     return encoder.EncodeEnd(plan);
 }
 

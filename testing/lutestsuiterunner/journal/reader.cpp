@@ -9,7 +9,6 @@
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/line.h"
 #include "testing/lutestsuiterunner/journal/linereader.h"
-#include "testing/lutestsuiterunner/journal/planfile.h"
 #include "testing/lutestsuiterunner/journal/recordparser.h"
 #include "testing/lutestsuiterunner/journal/storedtexts.h"
 
@@ -103,60 +102,6 @@ std::vector<std::uint32_t> FindJournals(const std::wstring& folder)
     });
     std::ranges::sort(numbers);
     return numbers;
-}
-
-namespace
-{
-
-void requireSamePlan(const Record& record, const SPlan& plan)
-{
-    const auto* const begun = std::get_if<SJournalBegun>(&record);
-    if (begun != nullptr && begun->planDigest != plan.digest)
-    {
-        throw LbException(L"Das Journal gehört zu einem anderen Plan");
-    }
-}
-
-void readJournal(const std::wstring& folder, std::uint32_t number, CRunState& state)
-{
-    CJournalReader reader(folder, number);
-    Record record;
-    while (reader.Next(record))
-    {
-        try
-        {
-            requireSamePlan(record, state.GetPlan());
-            state.Apply({number, reader.GetSequence()}, record);
-        }
-        catch (const LbException& exception)
-        {
-            throw LbException(LbFormat(L"Das Journal %s ist widersprüchlich: Zeile %u: %s",
-                                       folder + GetJournalName(number), reader.GetSequence(),
-                                       exception.GetMessageText()));
-        }
-    }
-}
-
-} // namespace
-
-std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
-{
-    const std::wstring planPath = folder + c_PlanName;
-    if (LbOs::QueryEntry(planPath) != LbOs::EEntry::File)
-    {
-        throw LbException(LbFormat(L"Der Ordner %s enthält keinen Lauf", folder));
-    }
-    auto state = std::make_unique<CRunState>(ReadPlan(planPath));
-    const std::vector<std::uint32_t> numbers = FindJournals(folder);
-    for (std::uint32_t index = 0; index < numbers.size(); ++index)
-    {
-        if (numbers[index] != index + 1)
-        {
-            throw LbException(LbFormat(L"Das Journal %s fehlt", folder + GetJournalName(index + 1)));
-        }
-        readJournal(folder, numbers[index], *state);
-    }
-    return state;
 }
 
 } // namespace Runner

@@ -136,7 +136,7 @@ private:
 };
 
 CJournalWriter::CJournalWriter(const std::wstring& folder, const SJournalBegun& begun)
-    : m_files(std::make_unique<CFiles>(folder, begun.journal))
+    : m_number(begun.journal), m_files(std::make_unique<CFiles>(folder, begun.journal))
 {
     Write(begun);
 }

@@ -25,6 +25,9 @@ public:
     CJournalWriter(const CJournalWriter&) = delete;
     CJournalWriter& operator=(const CJournalWriter&) = delete;
 
+    /// Of the journal among those of its folder.
+    std::uint32_t GetNumber() const { return m_number; }
+
     /// Writes the record and returns its sequence number; sets `elapsed` to the present time if it is 0. Writes large
     /// texts to a file in the folder's "output" first. Throws LbException with a German message that names the file if
     /// anything could not be written, now or by the thread. From then on each call throws, because a record must not
@@ -37,6 +40,7 @@ public:
 private:
     class CFiles;
 
+    std::uint32_t m_number;
     std::unique_ptr<CFiles> m_files;
 };
 

@@ -21,6 +21,7 @@ struct SPlannedCase
     std::uint32_t repetition = 0; ///< 0-based
     bool isInShard = true;        ///< this run executes it; the other case runs belong to other shards
     bool isQuarantined = false;   ///< run and reported, but never red
+    std::uint64_t expected = 0;   ///< time by which shards were planned, in nanoseconds; 0: they were not
 
     bool operator==(const SPlannedCase&) const = default;
 };
@@ -43,6 +44,15 @@ struct SShard
     std::uint32_t count = 1;
 
     bool operator==(const SShard&) const = default;
+};
+
+/// The place of a plan in that of a distributed run.
+struct SShardPlace
+{
+    std::string wholeDigest;            ///< digest of the whole run's plan
+    std::vector<std::uint32_t> indices; ///< by index into SPlan::cases: index into those of the whole run
+
+    bool operator==(const SShardPlace&) const = default;
 };
 
 /// Build and machine, as reports show them.
@@ -77,6 +87,8 @@ struct SPlan
     LuTestSuiteRun::SParams params;
     SReportRules rules;
     SShard shard;
+    std::uint32_t partCount = 0; ///< shards that carry this plan out, in folders of their own; 0: the run itself does
+    std::optional<SShardPlace> part; ///< of the plan of such a shard, which holds no other shards' cases
     SOrigin origin;
     std::vector<LuTestSuite::SUnitTest> unitTests; ///< the whole selection, of all shards, in listed order
     std::vector<SPlannedCase> cases;               ///< in listed order, see PlanCases

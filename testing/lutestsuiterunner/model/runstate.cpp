@@ -82,8 +82,21 @@ void CRunState::apply(const SRecordPlace& /*place*/, const SJournalBegun& record
     m_earlierTime += std::exchange(m_elapsed, 0);
 }
 
+/// By a host with another journal.
+bool CRunState::isFinishedElsewhere(const SRecordPlace& place, std::uint32_t caseIndex, std::uint32_t attempt)
+{
+    const std::vector<SAttempt>& attempts = getAttempts(caseIndex);
+    const bool isKnown = attempt >= 1 && attempt <= attempts.size();
+    return isKnown && attempts[attempt - 1].IsFinished() && attempts[attempt - 1].ended.journal != place.journal;
+}
+
 void CRunState::apply(const SRecordPlace& place, const SCaseStarted& record)
 {
+    if (isFinishedElsewhere(place, record.caseIndex, record.attempt))
+    {
+        m_elapsed = std::max(m_elapsed, record.elapsed);
+        return;
+    }
     std::vector<SAttempt>& attempts = getAttempts(record.caseIndex);
     const bool isFirst = attempts.empty();
     const bool isRepeated = !isFirst && record.attempt == attempts.size() && !attempts.back().IsFinished() &&
@@ -102,6 +115,7 @@ void CRunState::apply(const SRecordPlace& place, const SCaseStarted& record)
     attempt.result.info.threadIndex = record.worker;
     if (isRepeated)
     {
+        attempt.lostHosts = attempts.back().lostHosts + (attempts.back().IsEnded() ? 0 : 1);
         attempts.pop_back();
     }
     attempts.push_back(std::move(attempt));
@@ -111,6 +125,12 @@ void CRunState::apply(const SRecordPlace& place, const SCaseStarted& record)
 void CRunState::apply(const SRecordPlace& place, const SCaseEnded& record)
 {
     std::vector<SAttempt>& attempts = getAttempts(record.caseIndex);
+    if (isFinishedElsewhere(place, record.caseIndex, record.attempt))
+    {
+        attempts[record.attempt - 1].duplicates += record.end != EAttemptEnd::Canceled ? 1U : 0U;
+        m_elapsed = std::max(m_elapsed, record.elapsed);
+        return;
+    }
     if (attempts.empty() || attempts.back().IsEnded() || record.attempt != attempts.size())
     {
         refuse(L"Ein Ende ohne Start", record.caseIndex, record.attempt);

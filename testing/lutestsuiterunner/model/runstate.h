@@ -29,8 +29,10 @@ struct SAttempt
 {
     EAttemptKind kind = EAttemptKind::First;
     SRecordPlace started;
-    SRecordPlace ended; ///< nowhere while it runs, and always if its host died
-    SCaseEnded result;  ///< caseIndex and attempt are set from the start on, the rest when it has ended
+    SRecordPlace ended;           ///< nowhere while it runs, and always if its host died
+    std::uint32_t lostHosts = 0;  ///< hosts that died while they had it, before the one that has it now
+    std::uint32_t duplicates = 0; ///< results of other hosts for this attempt, which do not count
+    SCaseEnded result;            ///< caseIndex and attempt are set from the start on, the rest when it has ended
 
     bool IsEnded() const { return ended.journal != 0; }
     /// True if it has a verdict, so that it is never run again.
@@ -70,6 +72,8 @@ public:
 
     /// Throws LbException with a German message, and changes nothing, if the record contradicts the earlier ones: a
     /// case that is not in the plan or in the shard, an end without a start, a second start of a finished attempt.
+    /// What another journal has finished may be started, and ends as a duplicate: two hosts may have a shard for a
+    /// while, when a scheduler takes one of them for lost.
     void Apply(const SRecordPlace& place, const Record& record);
 
     const SPlan& GetPlan() const { return m_plan; }
@@ -118,6 +122,7 @@ private:
     void apply(const SRecordPlace& place, const SRunProblem& record);
     void apply(const SRecordPlace& place, const SRunFinished& record);
     std::vector<SAttempt>& getAttempts(std::uint32_t caseIndex);
+    bool isFinishedElsewhere(const SRecordPlace& place, std::uint32_t caseIndex, std::uint32_t attempt);
 
     /// Of one process, in the order of their places.
     struct SEndedCases

@@ -7,6 +7,7 @@
 
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuiterunner/model/textlines.h"
 
 namespace Runner
 {
@@ -29,6 +30,18 @@ void addAttempts(const CRunState& state, std::uint32_t caseIndex, std::vector<st
     }
 }
 
+void addDuplicates(const CRunState& state, std::uint32_t caseIndex, std::vector<std::wstring>& notes)
+{
+    for (const SAttempt& attempt : state.GetAttempts(caseIndex))
+    {
+        if (attempt.duplicates > 0)
+        {
+            notes.push_back(LbFormat(L"%u. Versuch: noch %u Ergebnisse von anderen Prozessen, die nicht zählen",
+                                     attempt.result.attempt, attempt.duplicates));
+        }
+    }
+}
+
 /// The latest first, because it is the most likely cause.
 void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vector<std::wstring>& notes)
 {
@@ -44,18 +57,6 @@ void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vecto
 }
 
 } // namespace
-
-std::vector<std::wstring> SplitLines(const std::wstring& text)
-{
-    std::vector<std::wstring> lines;
-    for (std::size_t start = 0; start < text.size();)
-    {
-        const std::size_t end = std::min(text.find(L'\n', start), text.size());
-        lines.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    return lines;
-}
 
 std::wstring GetFailureLine(const SAttempt& attempt)
 {
@@ -92,6 +93,7 @@ std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t cas
     {
         addAttempts(state, caseIndex, notes);
     }
+    addDuplicates(state, caseIndex, notes);
     // The messages of a case that ended the host are lost.
     if (reported != nullptr && reported->result.info.messages.find(reported->result.reason) == std::wstring::npos)
     {

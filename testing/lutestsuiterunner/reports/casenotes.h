@@ -16,7 +16,4 @@ std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t cas
 /// The line that best explains why a case failed: its first error message, else why its process ended, else its result.
 std::wstring GetFailureLine(const SAttempt& attempt);
 
-/// Lines of a text, without line feeds.
-std::vector<std::wstring> SplitLines(const std::wstring& text);
-
 } // namespace Runner

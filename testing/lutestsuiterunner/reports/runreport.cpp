@@ -7,6 +7,7 @@
 
 #include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuiterunner/model/textlines.h"
 #include "testing/lutestsuiterunner/reports/casenotes.h"
 
 namespace Runner

@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/settings/commandline.h"
 
 #include <algorithm>
+#include <concepts>
 #include <span>
 
 #include "base/lbformat.h"
@@ -66,26 +67,15 @@ bool readShard(const std::wstring& value, SRunOptions& options)
     return options.shard >= 1 && options.shard <= options.shardCount;
 }
 
-void addSelectionOptions(COptionReader& reader, SRunOptions& options)
+/// What runs of one process and distributed ones share.
+void addSharedOptions(COptionReader& reader, SRunOptions& options)
 {
-    reader.AddValue(
-        {"--order", L"REIHENFOLGE", L"listed (wie gelistet), failed-first, longest-first oder random[:ZAHL]"},
-        L"listed, failed-first, longest-first oder random[:ZAHL]",
-        [&options](const std::wstring& value) { return readOrder(value, options); });
+    reader.AddText({"--out", L"DIR", L"Ordner des Laufs: Journal und Reports (sonst lutestsuite-out)"}, options.out);
+    reader.AddSwitch({"--force", nullptr, L"Ersetzt den Lauf, den der Ordner enthält"}, options.force);
     reader.AddText({"--previous", L"DIR|XML", L"Früherer Lauf: Ordner oder XML-Report; daraus Zeiten und Fehler"},
                    options.previous);
     reader.AddSwitch({"--only-failed", nullptr, L"Nur Testfälle, die im früheren Lauf fehlgeschlagen sind"},
                      options.onlyFailed);
-    reader.AddValue({"--shard", L"K/N", L"Nur Teil K von N; alle Teile zusammen sind die Auswahl"},
-                    L"K/N mit K von 1 bis N",
-                    [&options](const std::wstring& value) { return readShard(value, options); });
-}
-
-void addVerdictOptions(COptionReader& reader, SRunOptions& options)
-{
-    reader.AddSwitchOrNumber(
-        {"--fail-fast", L"[=N]", L"Bricht nach N fehlgeschlagenen Testfällen ab, sonst nach einem"}, 1,
-        options.failFast);
     reader.AddNumber({"--retries", L"N", L"Wiederholt fehlgeschlagene Testfälle bis zu N mal"}, 0, options.retries);
     reader.AddSwitch({"--allow-flaky", nullptr, L"Testfälle, die erst bei einer Wiederholung bestehen, sind nicht rot"},
                      options.allowFlaky);
@@ -100,10 +90,40 @@ void addVerdictOptions(COptionReader& reader, SRunOptions& options)
 
 void addOptions(COptionReader& reader, SRunOptions& options)
 {
-    reader.AddText({"--out", L"DIR", L"Ordner des Laufs: Journal und Reports (sonst lutestsuite-out)"}, options.out);
-    reader.AddSwitch({"--force", nullptr, L"Ersetzt den Lauf, den der Ordner enthält"}, options.force);
-    addSelectionOptions(reader, options);
-    addVerdictOptions(reader, options);
+    addSharedOptions(reader, options);
+    reader.AddValue(
+        {"--order", L"REIHENFOLGE", L"listed (wie gelistet), failed-first, longest-first oder random[:ZAHL]"},
+        L"listed, failed-first, longest-first oder random[:ZAHL]",
+        [&options](const std::wstring& value) { return readOrder(value, options); });
+    reader.AddValue({"--shard", L"K/N", L"Nur Teil K von N; alle Teile zusammen sind die Auswahl"},
+                    L"K/N mit K von 1 bis N",
+                    [&options](const std::wstring& value) { return readShard(value, options); });
+    reader.AddSwitchOrNumber(
+        {"--fail-fast", L"[=N]", L"Bricht nach N fehlgeschlagenen Testfällen ab, sonst nach einem"}, 1,
+        options.failFast);
+    reader.AddSwitch({"--planned", nullptr, L"Führt den Teil aus, den 'submit' in --out geplant hat, oder seinen Rest"},
+                     options.planned);
+}
+
+void addOptions(COptionReader& reader, SSubmitOptions& options)
+{
+    addSharedOptions(reader, options.run);
+    reader.AddValue({"--engine", L"ART", L"local (Prozesse dieses Rechners, Vorgabe) oder slurm"}, L"local oder slurm",
+                    [&options](const std::wstring& value) {
+                        options.engine = value == L"slurm" ? EEngine::Slurm : EEngine::Local;
+                        return value == L"slurm" || value == L"local";
+                    });
+    reader.AddNumber({"--shards", L"N", L"Zahl der Teile (sonst die der Prozessoren hier)"}, 1, options.shards);
+    reader.AddTexts({"--sbatch", L"OPTION", L"Option für sbatch, mehrfach: --sbatch=--partition=lang"}, options.sbatch);
+    reader.AddSwitch({"--detach", nullptr, L"Wartet nicht auf das Ende"}, options.detach);
+}
+
+template<typename Options>
+requires std::same_as<Options, SStatusOptions> || std::same_as<Options, SWaitOptions> ||
+    std::same_as<Options, SCancelOptions>
+void addOptions(COptionReader& reader, Options& options)
+{
+    reader.AddArgument({"DIR", nullptr, L"Ordner des verteilten Laufs"}, options.directory);
 }
 
 void addOptions(COptionReader& reader, SResumeOptions& options)
@@ -190,6 +210,11 @@ Command readOptions(COptionReader& reader, const SArguments& arguments)
     {
         options.arguments = arguments.all;
     }
+    if constexpr (requires { options.run; })
+    {
+        options.run.library = arguments.library;
+        options.run.arguments = arguments.all;
+    }
     return options;
 }
 
@@ -205,6 +230,11 @@ struct SCommandRow
 constexpr SCommandRow c_Commands[] = {
     {L"run", L"Führt die Auswahl aus und schreibt Journal und Reports.", true, readOptions<SRunOptions>},
     {L"resume", L"Setzt einen abgebrochenen Lauf fort.", false, readOptions<SResumeOptions>},
+    {L"submit", L"Verteilt die Auswahl auf Prozesse oder auf einen Cluster.", true, readOptions<SSubmitOptions>},
+    {L"wait", L"Wartet auf das Ende eines verteilten Laufs und vergibt Verlorenes neu.", false,
+     readOptions<SWaitOptions>},
+    {L"status", L"Zeigt, wie weit ein verteilter Lauf ist.", false, readOptions<SStatusOptions>},
+    {L"cancel", L"Bricht einen verteilten Lauf ab.", false, readOptions<SCancelOptions>},
     {L"report", L"Schreibt die Reports eines Laufs aus seinem Journal.", false, readOptions<SReportOptions>},
     {L"merge", L"Fügt die Teile eines Laufs zusammen.", false, readOptions<SMergeOptions>},
     {L"list", L"Listet die ausgewählten Testfälle.", true, readOptions<SListOptions>},

@@ -53,8 +53,41 @@ struct SRunOptions
     std::uint32_t shard = 1; ///< 1 to shardCount
     std::uint32_t shardCount = 1;
     bool confirm = false;
+    bool planned = false; ///< carries out a shard whose plan `out` holds; of the other options only `shard` counts
     LibraryOptions library;
     std::vector<std::wstring> arguments; ///< of the call, without the program's name
+};
+
+/// What carries the shards of a distributed run out.
+enum class EEngine
+{
+    Local,
+    Slurm,
+};
+
+struct SSubmitOptions
+{
+    SRunOptions run; ///< what the shards have in common
+    EEngine engine = EEngine::Local;
+    std::uint32_t shards = 0; ///< 0: as many as this machine has processors
+    std::vector<std::wstring> sbatch;
+    bool detach = false; ///< does not wait for the end
+};
+
+/// Commands for a distributed run that is there.
+struct SStatusOptions
+{
+    std::wstring directory;
+};
+
+struct SWaitOptions
+{
+    std::wstring directory;
+};
+
+struct SCancelOptions
+{
+    std::wstring directory;
 };
 
 struct SResumeOptions
@@ -111,7 +144,8 @@ struct SReviewOptions
     bool ci = false;          ///< refuses to decide
 };
 
-using Command = std::variant<SHelp, SRunOptions, SResumeOptions, SReportOptions, SMergeOptions, SListOptions,
-                             SCaseOptions, SHistoryOptions, SFoldersOptions, SReviewOptions>;
+using Command = std::variant<SHelp, SSubmitOptions, SStatusOptions, SWaitOptions, SCancelOptions, SRunOptions,
+                             SResumeOptions, SReportOptions, SMergeOptions, SListOptions, SCaseOptions, SHistoryOptions,
+                             SFoldersOptions, SReviewOptions>;
 
 } // namespace Runner

@@ -6,7 +6,8 @@
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 
-SHostRun RunnerTest::Run(const std::vector<std::wstring>& own, const std::vector<std::wstring>& library) const
+SHostRun RunnerTest::Run(const std::vector<std::wstring>& own, const std::vector<std::wstring>& library,
+                         const SHostOptions& options) const
 {
     std::vector<std::wstring> arguments = own;
     if (own.front() == L"run" && std::ranges::find(own, L"--out") == own.end())
@@ -14,12 +15,13 @@ SHostRun RunnerTest::Run(const std::vector<std::wstring>& own, const std::vector
         arguments.insert(arguments.end(), {L"--out", m_folder.GetPathOf(L"out")});
     }
     arguments.insert(arguments.end(), {L"--", L"-d", m_folder.GetPathOf(L"data")});
-    for (const wchar_t* module : {L"resultmodels", L"datasetmodels", L"messagemodels", L"crashmodels", L"rerunmodels"})
+    for (const wchar_t* module :
+         {L"resultmodels", L"datasetmodels", L"messagemodels", L"crashmodels", L"rerunmodels", L"durationmodels"})
     {
         arguments.insert(arguments.end(), {L"--dll", module});
     }
     arguments.insert(arguments.end(), library.begin(), library.end());
-    return RunRunner(arguments);
+    return RunRunner(arguments, options);
 }
 
 SHostRun RunnerTest::Resume(const std::vector<std::wstring>& options) const

@@ -19,7 +19,8 @@ protected:
     RunnerTest() { m_folder.MakeFolder(L"data"); }
 
     /// `own` begins with the command; "run" gets the option --out unless it has it.
-    SHostRun Run(const std::vector<std::wstring>& own, const std::vector<std::wstring>& library = {}) const;
+    SHostRun Run(const std::vector<std::wstring>& own, const std::vector<std::wstring>& library = {},
+                 const SHostOptions& options = {}) const;
 
     SHostRun Resume(const std::vector<std::wstring>& options = {}) const;
 

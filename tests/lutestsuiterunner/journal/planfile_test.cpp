@@ -111,6 +111,29 @@ TEST(RunnerPlanFile, SplitsManyCasesIntoRecordsOfLimitedSize)
     EXPECT_LT(longest, Runner::c_LargestRecord);
 }
 
+TEST(RunnerPlanFile, KeepsThePlaceOfAShardAndExpectedTimes)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.part = Runner::SShardPlace{"ganz", {3, 4, 5, 9, 100, 101}};
+    plan.cases[2].expected = 7'000'000'000;
+    const Runner::SPlan read = writeAndRead(plan);
+
+    EXPECT_EQ(read.part, plan.part);
+    EXPECT_EQ(read.cases, plan.cases);
+    EXPECT_EQ(read.partCount, 0U);
+    plan.part.reset();
+    plan.partCount = 12;
+    EXPECT_EQ(writeAndRead(plan).partCount, 12U);
+}
+
+TEST(RunnerPlanFile, RefusesAShardWithoutThePlacesOfItsCases)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.part = Runner::SShardPlace{"ganz", {3, 4}};
+
+    EXPECT_THROW(writeAndRead(plan), LbException);
+}
+
 TEST(RunnerPlanFile, StoresARunWithoutCases)
 {
     EXPECT_TRUE(writeAndRead(Runner::SPlan()).cases.empty());
@@ -141,7 +164,8 @@ TEST(RunnerPlanFile, RefusesContradictoryRecords)
     head.resize(head.find('\n') + 1);
     for (const char* const record :
          {R"({"t":"contact","name":"x"})", R"({"t":"cases","list":[{"name":"x"}]})", R"({"t":"plan","format":1})",
-          R"({"t":"elsewhere","ranges":[[0,1]]})", R"({"t":"elsewhere","ranges":[[0]]})", R"({"t":"neu"})", "[]",
+          R"({"t":"elsewhere","ranges":[[0,1]]})", R"({"t":"expected","list":[1]})", R"({"t":"in-whole","ranges":[]})",
+          R"({"t":"elsewhere","ranges":[[0]]})", R"({"t":"neu"})", "[]",
           R"({"t":"end","unitTests":1,"cases":0,"digest":""})", R"({"t":"argument","text":1})", "{"})
     {
         std::string line;

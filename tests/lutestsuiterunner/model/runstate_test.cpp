@@ -88,6 +88,28 @@ TEST_F(RunnerRunState, RepeatsAnInterruptedAttemptUnderItsNumber)
     EXPECT_TRUE(m_state.GetOpenCases().empty());
 }
 
+TEST_F(RunnerRunState, CountsTheVerdictOfTheFirstOfTwoHosts)
+{
+    RunCase(3, ECaseRunResult::Ok);
+    BeginJournal(2);
+    RunCase(3, ECaseRunResult::Error);
+
+    EXPECT_EQ(m_state.GetVerdict(3), EVerdict::Passed);
+    ASSERT_EQ(m_state.GetAttempts(3).size(), 1U);
+    EXPECT_EQ(m_state.GetAttempts(3)[0].duplicates, 1U);
+}
+
+TEST_F(RunnerRunState, DoesNotTakeAnEndForTheCrashOfAHostThatWasThroughWithTheCase)
+{
+    RunCase(3, ECaseRunResult::Ok);
+    BeginJournal(2);
+    Runner::SCaseEnded ended = MakeEnd(3, ECaseRunResult::Unknown);
+    ended.end = Runner::EAttemptEnd::HostEnded;
+    Apply(ended);
+
+    EXPECT_EQ(m_state.GetVerdict(3), EVerdict::Passed);
+}
+
 TEST_F(RunnerRunState, LetsALaterJournalEndTheAttemptThatEndedTheHost)
 {
     Apply(MakeStart(3));

@@ -1,0 +1,58 @@
+#include "testing/lutestsuiterunner/cluster/proof.h"
+
+#include <nlohmann/json.hpp>
+
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/reports/wholefile.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+std::uint64_t countDuplicates(const CRunState& state)
+{
+    std::uint64_t count = 0;
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        for (const SAttempt& attempt : state.GetAttempts(index))
+        {
+            count += attempt.duplicates;
+        }
+    }
+    return count;
+}
+
+} // namespace
+
+void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SShardEntry>& shards,
+                const CFollower& follower)
+{
+    const SVerdictCounts counts = state.CountVerdicts();
+    Json list = Json::array();
+    for (std::uint32_t index = 0; index < shards.size(); ++index)
+    {
+        const SShardStatus& status = follower.GetShards()[index];
+        list.push_back({{"number", index + 1},
+                        {"digest", shards[index].digest},
+                        {"cases", shards[index].cases},
+                        {"verdicts", status.done},
+                        {"journals", follower.CountJournals(index)},
+                        {"submissions", status.submissions}});
+    }
+    const Json proof = {{"format", 1},
+                        {"plan", state.GetPlan().digest},
+                        {"cases", counts.planned},
+                        {"verdicts", counts.planned - counts.missing},
+                        {"duplicates", countDuplicates(state)},
+                        {"green", state.IsGreen()},
+                        {"shards", list}};
+    const std::string bytes = proof.dump(1) + "\n";
+    WriteWholeFile(folder + c_ProofName,
+                   [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
+}
+
+} // namespace Runner

@@ -1,0 +1,95 @@
+#include "testing/lutestsuiterunner/cluster/submissions.h"
+
+#include <memory>
+
+#include <nlohmann/json.hpp>
+
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "base/os/durablefiles.h"
+#include "base/os/files.h"
+#include "testing/lutestsuiterunner/journal/appendfile.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+std::wstring getPath(const std::wstring& folder, std::uint32_t number)
+{
+    return LbPath::WithSeparator(folder + c_TasksFolderName) + LbFormat(L"submission-%u.json", number);
+}
+
+std::wstring getMarkPath(const std::wstring& folder)
+{
+    return LbPath::WithSeparator(folder + c_TasksFolderName) + L"canceled";
+}
+
+bool isFile(const std::wstring& path)
+{
+    return LbOs::QueryEntry(path) == LbOs::EEntry::File;
+}
+
+} // namespace
+
+std::vector<SSubmission> ReadSubmissions(const std::wstring& folder)
+{
+    std::vector<SSubmission> submissions;
+    for (std::uint32_t number = 1; isFile(getPath(folder, number)); ++number)
+    {
+        submissions.push_back({number, {}});
+        const auto json =
+            nlohmann::json::parse(LbFileSystem::ReadFile8Bit(getPath(folder, number)), nullptr, /*exceptions*/ false);
+        if (json.is_object() && json.contains("shards"))
+        {
+            submissions.back().shards = json["shards"].get<std::vector<std::uint32_t>>();
+        }
+    }
+    return submissions;
+}
+
+bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission)
+{
+    const std::wstring path = getPath(folder, submission.number);
+    std::unique_ptr<CAppendFile> file;
+    try
+    {
+        file = std::make_unique<CAppendFile>(path);
+    }
+    catch (const LbException&)
+    {
+        if (isFile(path))
+        {
+            return false;
+        }
+        throw;
+    }
+    const nlohmann::json json = {{"shards", submission.shards}};
+    file->Append(json.dump() + "\n");
+    file->Close();
+    return true;
+}
+
+void MarkCanceled(const std::wstring& folder)
+{
+    const LbOs::FileHandle file = LbOs::CreateForAppending(getMarkPath(folder));
+    if (file != LbOs::c_InvalidFile)
+    {
+        LbOs::CloseFile(file);
+    }
+    else if (!IsMarkedCanceled(folder))
+    {
+        throw LbException(LbFormat(L"Datei %s konnte nicht angelegt werden", getMarkPath(folder)));
+    }
+}
+
+bool IsMarkedCanceled(const std::wstring& folder)
+{
+    return isFile(getMarkPath(folder));
+}
+
+} // namespace Runner

@@ -1,0 +1,108 @@
+#include "testing/lutestsuiterunner/commands/planned.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbrtti.h"
+#include "base/os/files.h"
+#include "base/os/machine.h"
+#include "testing/lutestsuiterunner/commands/outcome.h"
+#include "testing/lutestsuiterunner/commands/workflow.h"
+#include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/execution/selection.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// Empty if all of the plan's folders are there.
+std::wstring findMissingFolder(const SPlan& plan)
+{
+    if (!LbFileSystem::IsDirectory(plan.workingDirectory))
+    {
+        return plan.workingDirectory;
+    }
+    const auto unitTest = std::ranges::find_if(plan.unitTests, [](const LuTestSuite::SUnitTest& candidate) {
+        return !LbFileSystem::IsDirectory(candidate.dataDirectory);
+    });
+    return unitTest == plan.unitTests.end() ? std::wstring() : unitTest->dataDirectory;
+}
+
+/// Empty if the modules with all of the plan's classes are loaded.
+std::wstring findMissingClass(const SPlan& plan)
+{
+    const auto unitTest = std::ranges::find_if(plan.unitTests, [](const LuTestSuite::SUnitTest& candidate) {
+        return LbRTTI::Find(candidate.className) == nullptr;
+    });
+    return unitTest == plan.unitTests.end()
+               ? std::wstring()
+               : LbFormat(L"%s aus dem Modul %s", unitTest->className, unitTest->moduleName);
+}
+
+/// Into the journal too, which the submitter reads: it may not see what this process prints.
+void requireNothing(const std::wstring& missing, const wchar_t* kind, const std::wstring& folder, const SPlan& plan)
+{
+    if (missing.empty())
+    {
+        return;
+    }
+    const std::wstring problem = LbFormat(L"Auf dem Rechner %s fehlt %s %s", LbOs::GetMachineName(), kind, missing);
+    const std::unique_ptr<CJournalWriter> writer = JoinRun(folder, plan);
+    writer->Write(SRunProblem{problem});
+    writer->Close();
+    throw LbException(problem);
+}
+
+void requireShard(const SPlan& plan, const SRunOptions& call, const std::wstring& folder)
+{
+    if (!plan.part || plan.shard != SShard{call.shard, call.shardCount})
+    {
+        throw LbFormat(L"Der Ordner %s enthält nicht den Plan von Teil %u von %u", folder, call.shard, call.shardCount);
+    }
+}
+
+/// What is known of the cases when the shards were planned.
+PreviousCases getExpected(const SPlan& plan)
+{
+    PreviousCases expected(plan.cases.size());
+    for (std::size_t index = 0; index < plan.cases.size(); ++index)
+    {
+        if (plan.cases[index].expected != 0)
+        {
+            expected[index] = SPreviousCase{plan.cases[index].expected, false};
+        }
+    }
+    return expected;
+}
+
+} // namespace
+
+int RunPlanned(const SRunOptions& call)
+{
+    MoveLibraryLinesToErrors();
+    const std::wstring folder = GetRunFolder(call.out);
+    const std::unique_ptr<CRunState> state = LoadRun(folder);
+    const SPlan& plan = state->GetPlan();
+    requireShard(plan, call, folder);
+    requireNothing(findMissingFolder(plan), L"der Ordner", folder, plan);
+    const SRunOptions options = EnterRun(plan);
+    const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
+
+    LuTestSuiteEnvironment environment;
+    LoadModules(setup, environment);
+    requireNothing(findMissingClass(plan), L"die Klasse", folder, plan);
+    const PreviousCases expected = getExpected(plan);
+    std::vector<std::uint32_t> cases = state->GetMissingCases();
+    SortCases(cases, EOrder::LongestFirst, expected, 0);
+    const std::unique_ptr<CJournalWriter> writer = JoinRun(folder, plan);
+    CarryOut({options, setup, environment, folder, *state, expected}, *writer, {}, cases);
+    return GetStatus(*state);
+}
+
+} // namespace Runner

@@ -1,0 +1,148 @@
+/// The command "submit": a new run, whose shards are carried out by processes or by a scheduler.
+
+#include <algorithm>
+#include <thread>
+
+#include "base/lbcommandline.h"
+#include "base/lbexception.h"
+#include "base/lbformat.h"
+#include "base/os/childprocess.h"
+#include "base/os/files.h"
+#include "testing/lutestsuitehost/hostmain.h"
+#include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/distributed.h"
+#include "testing/lutestsuiterunner/commands/workflow.h"
+#include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/console/progress.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/guards.h"
+#include "testing/lutestsuiterunner/execution/planning.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+std::uint32_t chooseShardCount(const SSubmitOptions& options)
+{
+    if (options.shards == 0 && options.engine == EEngine::Slurm)
+    {
+        throw std::wstring(L"Für Slurm fehlt die Zahl der Teile (--shards)");
+    }
+    return options.shards != 0 ? options.shards : std::max(1U, std::thread::hardware_concurrency());
+}
+
+/// What the hosts of the shards need beside their plans.
+std::vector<std::wstring> getTaskOptions(const SRunOptions& options)
+{
+    std::vector<std::wstring> words = {LbFormat(L"--retries=%u", options.retries)};
+    if (options.confirm)
+    {
+        words.emplace_back(L"--confirm");
+    }
+    words.emplace_back(L"--");
+    words.insert(words.end(), options.library.begin(), options.library.end());
+    return words;
+}
+
+SPlan makePlan(const SSubmitOptions& options)
+{
+    const LuTestSuiteSetup setup = ReadLibraryOptions(options.run.library);
+    // Before a run that its folder holds is replaced.
+    const CPrevious previous = options.run.previous.empty() ? CPrevious() : CPrevious(options.run.previous);
+    LuTestSuiteEnvironment environment;
+    LoadModules(setup, environment);
+    SPlan plan = MakePlan(options.run, setup, SelectCases(setup));
+    if (const std::vector<std::wstring> problems = FindProblems(options.run, setup, plan.cases.size());
+        !problems.empty())
+    {
+        throw LbException(problems.front());
+    }
+    if (options.run.onlyFailed)
+    {
+        KeepFailed(plan, previous);
+    }
+    WarnOfReceived(plan);
+    SetExpectedTimes(plan, FindPrevious(plan, previous));
+    if (!options.run.quarantine.empty())
+    {
+        ReadQuarantine(options.run.quarantine, setup, plan);
+    }
+    return plan;
+}
+
+void describe(const SPlan& plan, std::uint32_t shards)
+{
+    constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000;
+    std::uint64_t sum = 0;
+    std::uint64_t longest = 0;
+    for (const SPlannedCase& planned : plan.cases)
+    {
+        sum += planned.expected;
+        longest = std::max(longest, planned.expected);
+    }
+    const std::wstring cases =
+        plan.cases.size() == 1 ? std::wstring(L"1 Testfall") : LbFormat(L"%u Testfälle", plan.cases.size());
+    std::wstring text = shards == 1 ? cases + L" in einem Teil" : LbFormat(L"%s in %u Teilen", cases, shards);
+    if (sum > 0)
+    {
+        text += LbFormat(L", erwartet je Teil: %s, mindestens der längste Testfall: %s",
+                         FormatDuration(sum / shards / c_NanosecondsPerSecond),
+                         FormatDuration(longest / c_NanosecondsPerSecond));
+    }
+    CTerminal::Get().WriteOutput(text + L"\n");
+}
+
+/// Processes of this machine need one that lives as long as they do.
+void startFollower(const std::wstring& folder)
+{
+    LbOs::SChildOptions options;
+    options.program = LbOs::GetExecutablePath();
+    options.commandLine = LbCommandLine::Quote(options.program) + L" wait " + LbCommandLine::Quote(folder);
+    options.isSilent = true;
+    options.endsWithOwner = false;
+    const auto process = LbOs::CChildProcess::Start(options);
+    if (!process)
+    {
+        throw LbException(L"Der Prozess, der den Lauf begleitet, konnte nicht gestartet werden");
+    }
+    process->Detach();
+}
+
+int detach(const SDistributedRun& run)
+{
+    if (run.options.engine == EEngine::Local)
+    {
+        startFollower(run.folder);
+    }
+    else
+    {
+        CFollower(run.folder, run.shards, *run.engine).Step(std::chrono::steady_clock::now());
+    }
+    CTerminal::Get().WriteOutput(
+        LbFormat(L"Vergeben. LuTestSuiteRunner wait %s wartet auf das Ende und schreibt die Reports.\n", run.folder));
+    return LuTestSuiteHost::c_Succeeded;
+}
+
+} // namespace
+
+int Execute(const SSubmitOptions& options)
+{
+    const std::uint32_t shards = chooseShardCount(options);
+    RequireEngine(options.engine);
+    RequireNoRun(options.run);
+    if (options.run.onlyFailed && options.run.previous.empty())
+    {
+        throw std::wstring(L"Die Option '--only-failed' braucht '--previous'");
+    }
+    MoveLibraryLinesToErrors();
+    const std::wstring folder = GetRunFolder(options.run.out);
+    SPlan plan = makePlan(options);
+    WriteShards(folder, plan, shards, getTaskOptions(options.run));
+    describe(plan, shards);
+    const SDistributedRun run = OpenDistributedRun(folder);
+    return options.detach ? detach(run) : FollowToEnd(run);
+}
+
+} // namespace Runner

@@ -1,0 +1,244 @@
+/// Reading runs: of one folder, and distributed ones, whose shards have folders of their own.
+
+#include <algorithm>
+
+#include "base/lbencoding.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/os/files.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/planfile.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/model/textlines.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+void requireSamePlan(const Record& record, const SPlan& plan)
+{
+    const auto* const begun = std::get_if<SJournalBegun>(&record);
+    if (begun != nullptr && begun->planDigest != plan.digest)
+    {
+        throw LbException(L"Das Journal gehört zu einem anderen Plan");
+    }
+}
+
+/// Calls `take` for each record of all journals of a folder, with the number of its journal. Exceptions get the place.
+template<typename F>
+void readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
+{
+    const std::vector<std::uint32_t> numbers = FindJournals(folder);
+    for (std::uint32_t index = 0; index < numbers.size(); ++index)
+    {
+        if (numbers[index] != index + 1)
+        {
+            throw LbException(LbFormat(L"Das Journal %s fehlt", folder + GetJournalName(index + 1)));
+        }
+        CJournalReader reader(folder, numbers[index]);
+        for (Record record; reader.Next(record);)
+        {
+            try
+            {
+                requireSamePlan(record, plan);
+                take(SRecordPlace{numbers[index], reader.GetSequence()}, record);
+            }
+            catch (const LbException& exception)
+            {
+                throw LbException(LbFormat(L"Das Journal %s ist widersprüchlich: Zeile %u: %s",
+                                           folder + GetJournalName(numbers[index]), reader.GetSequence(),
+                                           exception.GetMessageText()));
+            }
+        }
+    }
+}
+
+/// Brings the records of the shards into the state of the whole, shard by shard. The journals get one numbering.
+class CPartLoader
+{
+public:
+    CPartLoader(const std::wstring& folder, SPlan plan)
+        : m_folder(folder), m_state(std::make_unique<CRunState>(std::move(plan)))
+    {
+    }
+
+    std::unique_ptr<CRunState> Load()
+    {
+        const std::uint32_t count = m_state->GetPlan().partCount;
+        for (std::uint32_t number = 1; number <= count; ++number)
+        {
+            load(number);
+        }
+        end();
+        return std::move(m_state);
+    }
+
+private:
+    /// How a shard's hosts have ended.
+    struct SEnd
+    {
+        bool isEnded = false;      ///< one of them was through with the shard
+        std::wstring cancelReason; ///< of the last one, as the problems
+        std::vector<std::wstring> problems;
+    };
+
+    void load(std::uint32_t number)
+    {
+        const std::wstring folder = m_folder + GetShardFolderName(number);
+        const SPlan plan = ReadPlan(folder + c_PlanName);
+        const SPlan& whole = m_state->GetPlan();
+        if (!plan.part || plan.part->wholeDigest != whole.digest || plan.shard != SShard{number, whole.partCount})
+        {
+            throw LbException(LbFormat(L"Der Plan in %s gehört nicht zu dem in %s", folder, m_folder));
+        }
+        SEnd end;
+        const std::uint32_t before = m_journal;
+        readJournals(folder, plan, [&](const SRecordPlace& place, Record& record) {
+            m_journal = before + place.journal;
+            note(record, end);
+            apply({m_journal, place.sequence}, plan, record);
+        });
+        // Of one that holds nothing yet.
+        m_journal = std::max(m_journal, before + static_cast<std::uint32_t>(FindJournals(folder).size()));
+        // If another host has begun meanwhile, it has nothing to add.
+        end.isEnded = end.isEnded && isComplete(plan);
+        if (!end.isEnded)
+        {
+            noteProblems(number, end);
+        }
+        m_isEnded = m_isEnded && end.isEnded;
+    }
+
+    static void note(const Record& record, SEnd& end)
+    {
+        if (std::holds_alternative<SJournalBegun>(record))
+        {
+            end.cancelReason.clear();
+            end.problems.clear();
+        }
+        else if (const auto* const canceled = std::get_if<SRunCanceled>(&record))
+        {
+            end.cancelReason = canceled->reason;
+        }
+        else if (const auto* const problem = std::get_if<SRunProblem>(&record))
+        {
+            end.problems.push_back(problem->text);
+        }
+        else if (std::holds_alternative<SRunFinished>(record))
+        {
+            end.isEnded = end.isEnded || end.cancelReason.empty();
+        }
+    }
+
+    bool isComplete(const SPlan& plan) const
+    {
+        for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+        {
+            if (plan.cases[index].isInShard && m_state->GetVerdict(plan.part->indices[index]) == EVerdict::Missing)
+            {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void apply(const SRecordPlace& place, const SPlan& part, Record& record)
+    {
+        if (auto* const begun = std::get_if<SJournalBegun>(&record))
+        {
+            begun->caseCount = m_state->GetPlan().cases.size();
+        }
+        else if (auto* const started = std::get_if<SCaseStarted>(&record))
+        {
+            started->caseIndex = getWhole(part, started->caseIndex);
+        }
+        else if (auto* const ended = std::get_if<SCaseEnded>(&record))
+        {
+            ended->caseIndex = getWhole(part, ended->caseIndex);
+        }
+        m_state->Apply(place, record);
+        m_endTime = std::max(m_endTime, m_state->GetEndTime());
+    }
+
+    static std::uint32_t getWhole(const SPlan& part, std::uint32_t caseIndex)
+    {
+        if (caseIndex >= part.cases.size() || !part.cases[caseIndex].isInShard)
+        {
+            throw LbException(LbFormat(L"Der Plan enthält den Testfall %u nicht", caseIndex));
+        }
+        return part.part->indices[caseIndex];
+    }
+
+    void noteProblems(std::uint32_t number, const SEnd& end)
+    {
+        const std::wstring name = LbFormat(L"Teil %u von %u", number, m_state->GetPlan().partCount);
+        if (!end.cancelReason.empty())
+        {
+            m_problems.push_back(LbFormat(L"%s wurde abgebrochen: %s", name, end.cancelReason));
+        }
+        else
+        {
+            m_problems.push_back(LbFormat(L"%s ist nicht beendet", name));
+        }
+        for (const std::wstring& problem : end.problems)
+        {
+            m_problems.push_back(LbFormat(L"%s: %s", name, problem));
+        }
+    }
+
+    /// As a last journal says it, which no file holds.
+    void end()
+    {
+        ++m_journal;
+        std::uint64_t sequence = 0;
+        const SPlan& plan = m_state->GetPlan();
+        SJournalBegun begun{plan.digest, plan.cases.size(), m_journal, {}, 0, {}, m_endTime};
+        m_state->Apply({m_journal, ++sequence}, begun);
+        const std::wstring path = m_folder + c_ProblemsName;
+        if (LbFileSystem::IsFile(path))
+        {
+            std::ranges::move(SplitLines(LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path))),
+                              std::back_inserter(m_problems));
+        }
+        for (const std::wstring& problem : m_problems)
+        {
+            m_state->Apply({m_journal, ++sequence}, SRunProblem{problem});
+        }
+        if (m_isEnded)
+        {
+            m_state->Apply({m_journal, ++sequence}, SRunFinished{m_endTime, 0});
+        }
+    }
+
+    const std::wstring& m_folder;
+    std::unique_ptr<CRunState> m_state;
+    std::uint32_t m_journal = 0; ///< the last one so far, in the numbering of the whole
+    std::wstring m_endTime;
+    std::vector<std::wstring> m_problems;
+    bool m_isEnded = true; ///< all shards so far
+};
+
+} // namespace
+
+std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
+{
+    const std::wstring planPath = folder + c_PlanName;
+    if (LbOs::QueryEntry(planPath) != LbOs::EEntry::File)
+    {
+        throw LbException(LbFormat(L"Der Ordner %s enthält keinen Lauf", folder));
+    }
+    SPlan plan = ReadPlan(planPath);
+    if (plan.partCount > 0)
+    {
+        return CPartLoader(folder, std::move(plan)).Load();
+    }
+    auto state = std::make_unique<CRunState>(std::move(plan));
+    readJournals(folder, state->GetPlan(),
+                 [&state](const SRecordPlace& place, const Record& record) { state->Apply(place, record); });
+    return state;
+}
+
+} // namespace Runner

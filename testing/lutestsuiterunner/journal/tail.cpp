@@ -1,0 +1,130 @@
+#include "testing/lutestsuiterunner/journal/tail.h"
+
+#include <algorithm>
+
+#include "base/inoncopyable.h"
+#include "base/os/durablefiles.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/line.h"
+#include "testing/lutestsuiterunner/journal/linereader.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// An open file that is closed with the object.
+class COpenFile : public INonCopyable
+{
+public:
+    explicit COpenFile(LbOs::FileHandle file) : m_file(file) {}
+    ~COpenFile()
+    {
+        if (IsOpen())
+        {
+            LbOs::CloseFile(m_file);
+        }
+    }
+
+    bool IsOpen() const { return m_file != LbOs::c_InvalidFile; }
+
+    std::size_t Read(char* buffer, std::size_t size) const
+    {
+        return static_cast<std::size_t>(std::max<std::int64_t>(0, LbOs::ReadFileBytes(m_file, buffer, size)));
+    }
+
+private:
+    LbOs::FileHandle m_file;
+};
+
+} // namespace
+
+CRunTail::CRunTail(const std::wstring& folder, std::size_t caseCount) : m_folder(folder), m_states(caseCount) {}
+
+void CRunTail::Poll()
+{
+    // Asked for by name: the listing of a folder on a network may be old.
+    while (LbOs::QueryEntry(m_folder + GetJournalName(GetJournalCount() + 1)) == LbOs::EEntry::File)
+    {
+        m_journals.emplace_back();
+        m_problems.clear();
+    }
+    for (std::uint32_t number = 1; number <= m_journals.size(); ++number)
+    {
+        read(number, m_journals[number - 1]);
+    }
+}
+
+void CRunTail::read(std::uint32_t number, SJournal& journal)
+{
+    const COpenFile file(LbOs::OpenForReadingFrom(m_folder + GetJournalName(number), journal.offset));
+    if (!file.IsOpen())
+    {
+        return;
+    }
+    CLineReader lines([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); }, c_LargestRecord,
+                      journal.sequence);
+    try
+    {
+        const LoadText noText = [](const STextPlace&) { return std::string(); };
+        Record record;
+        for (std::string_view json; lines.Next(json);)
+        {
+            if (m_parser.Parse(json, noText, record))
+            {
+                take(journal, record);
+            }
+        }
+    }
+    catch (const SDamage&)
+    {
+        // A record that is not complete yet, or damage that the reports will tell.
+    }
+    journal.offset += lines.GetEnd();
+    journal.sequence = lines.GetSequence();
+}
+
+bool CRunTail::HasEnded() const
+{
+    return std::ranges::any_of(m_journals,
+                               [](const SJournal& journal) { return journal.isEnded && !journal.isCanceled; });
+}
+
+void CRunTail::take(SJournal& journal, const Record& record)
+{
+    if (const auto* const ended = std::get_if<SCaseEnded>(&record))
+    {
+        take(*ended);
+    }
+    else if (const auto* const problem = std::get_if<SRunProblem>(&record);
+             problem != nullptr && &journal == &m_journals.back())
+    {
+        m_problems.push_back(problem->text);
+    }
+    journal.isCanceled = journal.isCanceled || std::holds_alternative<SRunCanceled>(record);
+    journal.isEnded = journal.isEnded || std::holds_alternative<SRunFinished>(record);
+}
+
+void CRunTail::take(const SCaseEnded& record)
+{
+    if (record.end == EAttemptEnd::Canceled || record.caseIndex >= m_states.size())
+    {
+        return;
+    }
+    EState& state = m_states[record.caseIndex];
+    const bool hasPassed = record.info.result == LuTestSuiteRun::ECaseRunResult::Ok;
+    m_done += state == EState::Open ? 1 : 0;
+    if (state == EState::Open && !hasPassed)
+    {
+        ++m_failed;
+        state = EState::Failed;
+    }
+    else if (hasPassed)
+    {
+        m_failed -= state == EState::Failed ? 1 : 0;
+        state = EState::Passed;
+    }
+}
+
+} // namespace Runner

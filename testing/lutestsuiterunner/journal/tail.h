@@ -1,0 +1,64 @@
+/// What a run's journals gain while hosts write them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/journal/recordparser.h"
+
+namespace Runner
+{
+
+/// Follows the journals of one folder, cheaply: it reads no byte twice and no large texts. One thread at a time.
+class CRunTail
+{
+public:
+    /// `folder` ends in a separator; `caseCount` is the plan's.
+    CRunTail(const std::wstring& folder, std::size_t caseCount);
+
+    /// Takes what has been written since the last call. What cannot be read now, because a host is writing it or the
+    /// file system does not answer, comes with a later call.
+    void Poll();
+
+    /// Cases with a verdict, which a retry may still change for the better.
+    std::uint32_t GetDone() const { return m_done; }
+    std::uint32_t GetFailed() const { return m_failed; }
+
+    /// A host was through with the run, and nothing canceled it.
+    bool HasEnded() const;
+
+    /// Of the last journal: what its host found wrong with the run.
+    const std::vector<std::wstring>& GetProblems() const { return m_problems; }
+
+    std::uint32_t GetJournalCount() const { return static_cast<std::uint32_t>(m_journals.size()); }
+
+private:
+    struct SJournal
+    {
+        std::uint64_t offset = 0;   ///< behind the last record that was read
+        std::uint64_t sequence = 0; ///< of that record
+        bool isEnded = false;
+        bool isCanceled = false;
+    };
+    enum class EState : std::uint8_t
+    {
+        Open,
+        Failed,
+        Passed
+    };
+
+    void read(std::uint32_t number, SJournal& journal);
+    void take(SJournal& journal, const Record& record);
+    void take(const SCaseEnded& record);
+
+    std::wstring m_folder;
+    CRecordParser m_parser;
+    std::vector<SJournal> m_journals; ///< by number - 1
+    std::vector<EState> m_states;     ///< by case
+    std::uint32_t m_done = 0;
+    std::uint32_t m_failed = 0;
+    std::vector<std::wstring> m_problems;
+};
+
+} // namespace Runner

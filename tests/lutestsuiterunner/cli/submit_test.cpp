@@ -1,0 +1,186 @@
+#include <chrono>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/os/childprocess.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/planfile.h"
+#include "tests/lutestsuiterunner/cli/distributedtest.h"
+
+namespace
+{
+
+class RunnerSubmit : public DistributedTest
+{
+};
+
+TEST_F(RunnerSubmit, GivesTheReportsOfARunInOneProcess)
+{
+    MakeMixedData();
+    EXPECT_EQ(Submit({L"--shards", L"3", L"--retries", L"1"}).exitStatus, 1);
+    EXPECT_EQ(Run({L"run", L"--out", GetOther(), L"--retries", L"1"}).exitStatus, 1);
+
+    for (const wchar_t* const name : {L"junit.xml", L"report.xml", L"report.html", L"summary.json"})
+    {
+        EXPECT_EQ(ReadReport(GetOut() + name), ReadReport(GetOther() + name)) << LbEncoding::ToUtf8(name);
+    }
+    ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmit, PrintsPlanAndOutcome)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const SHostRun run = Submit({L"--shards", L"2"});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    ExpectLine(run.output, "Testfälle in 2 Teilen\n");
+    ExpectLine(run.output, "fehlgeschlagen: 0, in Quarantäne: 0, nicht ausgeführt: 0");
+}
+
+TEST_F(RunnerSubmit, GoesOnBehindACaseThatEndsItsHost)
+{
+    m_folder.MakeFolder(L"data/CCrashModel");
+    const SHostRun run = Submit({L"--shards", L"1"}, {L"-i", L":vorher$", L"-i", L":Zugriffsverletzung$", L"-i",
+                                                      L":exit$", L"-i", L":nachher$"});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    ExpectLine(run.output, "Fälle: 4, bestanden: 2, unzuverlässig: 0, fehlgeschlagen: 2");
+    ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmit, PlansByTheTimesOfAnEarlierRun)
+{
+    MakeDurations({300, 1, 1, 1, 1, 1});
+    Run({L"run", L"--out", GetOther()});
+    const SHostRun run = Submit({L"--shards", L"2", L"--previous", GetOther()});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    ExpectLine(run.output, "6 Testfälle in 2 Teilen, erwartet je Teil: 0:00, mindestens der längste Testfall: 0:00\n");
+    EXPECT_EQ(Runner::ReadPlan(GetOut() + LbPath::ToNative(L"shard-1/plan.ndjson")).cases.size(), 1U);
+}
+
+TEST_F(RunnerSubmit, WarnsOfUndecidedDifferencesFromReferences)
+{
+    MakeDurations({1});
+    m_folder.WriteFile(L"data/CDurationModel/a.txt.received", "neu\n");
+
+    const SHostRun run = Submit({L"--shards", L"1"});
+
+    ExpectLine(run.errors, "a.txt.received und 0 weitere .received-Dateien sind nicht geprüft");
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+}
+
+TEST_F(RunnerSubmit, TellsWhatAMachineDoesNotHave)
+{
+    MakeDurations({1, 1, 1, 1});
+    Submit({L"--shards", L"2", L"--detach"});
+    RunRunner({L"wait", GetOut()});
+    LbFileSystem::RemoveTree(m_folder.GetPathOf(L"data"));
+    const SHostRun run =
+        RunRunner({L"run", L"--planned", L"--shard", L"1/2", L"--out", GetOut() + Runner::GetShardFolderName(1)});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "fehlt der Ordner ");
+    EXPECT_EQ(RunRunner({L"report", GetOut()}).exitStatus, 1);
+}
+
+TEST_F(RunnerSubmit, GivesUpWithTheReasonWhatNoMachineHas)
+{
+    MakeDurations({1, 1});
+    Submit({L"--shards", L"1", L"--detach"});
+    RunRunner({L"wait", GetOut()});
+    LbFileSystem::RemoveTree(GetOut() + Runner::GetShardFolderName(1) + Runner::GetJournalName(1));
+    LbFileSystem::RemoveTree(m_folder.GetPathOf(L"data"));
+    const SHostRun run = RunRunner({L"wait", GetOut()});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "Fehler: Teil 1 wurde 4 mal vergeben und jedes Mal verloren, zuletzt: Auf dem Rechner ");
+    ExpectLine(run.output, "Nicht ausgeführt: CDurationModel:0.ms\n");
+}
+
+TEST_F(RunnerSubmit, RefusesTheShardOfAnotherNumber)
+{
+    MakeDurations({1, 1});
+    Submit({L"--shards", L"2"});
+    const SHostRun run =
+        RunRunner({L"run", L"--planned", L"--shard", L"2/2", L"--out", GetOut() + Runner::GetShardFolderName(1)});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "nicht den Plan von Teil 2 von 2");
+}
+
+TEST_F(RunnerSubmit, GoesOnInTheBackgroundAndCanBeWaitedFor)
+{
+    MakeDurations({400, 400, 1, 1});
+    const SHostRun submitted = Submit({L"--shards", L"2", L"--detach"});
+    EXPECT_EQ(submitted.exitStatus, 0) << submitted.errors;
+    ExpectLine(submitted.output, "Vergeben. ");
+    const SHostRun run = RunRunner({L"wait", GetOut()});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    ExpectLine(run.output, "Fälle: 4, bestanden: 4");
+    ExpectProof(GetOut());
+    ExpectLine(RunRunner({L"status", GetOut()}).output, "Teile: 2 von 2 fertig, 0 laufen, Fälle: 4/4");
+}
+
+TEST_F(RunnerSubmit, IsCanceledFromOutside)
+{
+    MakeDurations({60000, 60000});
+    Submit({L"--shards", L"2", L"--detach"});
+    EXPECT_EQ(RunRunner({L"cancel", GetOut()}).exitStatus, 0);
+    const SHostRun run = RunRunner({L"wait", GetOut()});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "Fehler: Der verteilte Lauf wurde abgebrochen\n");
+}
+
+TEST_F(RunnerSubmit, DoesNotReplaceARunUnasked)
+{
+    MakeDurations({1});
+    EXPECT_EQ(Submit({L"--shards", L"1"}).exitStatus, 0);
+    EXPECT_EQ(Submit({L"--shards", L"1"}).exitStatus, 2);
+    EXPECT_EQ(Submit({L"--shards", L"1", L"--force"}).exitStatus, 0);
+    ExpectLine(RunRunner({L"resume", GetOut()}).errors, "ist verteilt: 'wait' setzt ihn fort");
+}
+
+TEST_F(RunnerSubmit, CountsThePassedRunsOfTheQuarantine)
+{
+    m_folder.MakeFolder(L"data/CFailedModel");
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const std::wstring file = m_folder.WriteFile(L"quarantaene.txt", "CFailedModel\nCPassedModel\nCNochNie\n");
+    EXPECT_EQ(Run({L"run", L"--out", GetOther(), L"--quarantine", file}).exitStatus, 0);
+    const SHostRun run = Submit({L"--shards", L"2", L"--quarantine", file, L"--previous", GetOther()});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    ExpectLine(run.output, "Quarantäne: 'CNochNie' trifft keinen Testfall");
+    const auto numbers = nlohmann::json::parse(LbFileSystem::ReadFile8Bit(GetOut() + L"quarantine.json"));
+    ExpectLine(numbers.dump(), R"("passedRuns":0,"pattern":"CFailedModel")");
+    ExpectLine(numbers.dump(), R"("passedRuns":2,"pattern":"CPassedModel")");
+}
+
+TEST_F(RunnerSubmit, RefusesSlurmWhereThereIsNone)
+{
+    MakeDurations({1});
+    SHostOptions options;
+    options.variables = {{L"PATH", m_folder.GetPath()}};
+    const SHostRun run = Submit({L"--engine", L"slurm", L"--shards", L"2"}, {}, options);
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, LbPath::c_Separator == L'/' ? "Fehler: Slurm gibt es hier nicht: "
+                                                       : "Fehler: Slurm gibt es nur unter Linux\n");
+    EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::c_PlanName));
+}
+
+TEST_F(RunnerSubmit, SaysWhatIsWrongWithTheCall)
+{
+    MakeDurations({1});
+    ExpectLine(Submit({L"--engine", L"pbs"}).errors, "erwartet wird local oder slurm");
+    ExpectLine(Submit({L"--engine", L"slurm"}).errors, "fehlt die Zahl der Teile (--shards)");
+    ExpectLine(Submit({L"--only-failed"}).errors, "braucht '--previous'");
+    ExpectLine(Submit({L"--min-cases", L"2"}).errors, "verlangt sind mindestens 2");
+    ExpectLine(RunRunner({L"wait", m_folder.GetPathOf(L"nirgends")}).errors, "enthält keinen verteilten Lauf");
+    ExpectLine(RunRunner({L"status"}).errors, "Der Ordner des Laufs fehlt");
+}
+
+} // namespace

@@ -1,0 +1,65 @@
+/// A distributed run of two shards, whose hosts a test plays.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/cluster/shards.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
+#include "testing/lutestsuiterunner/journal/planfile.h"
+#include "tests/lutestsuiterunner/samplerun.h"
+#include "tests/support/scopedfolder.h"
+
+class CPlayedRun
+{
+public:
+    static constexpr std::uint32_t sc_Shards = 2;
+
+    CPlayedRun()
+    {
+        Runner::SPlan plan = MakeSamplePlan();
+        Runner::WriteShards(m_folder.GetPath(), plan, sc_Shards, {});
+        m_shards = Runner::ReadShards(m_folder.GetPath());
+    }
+
+    const std::wstring& GetFolder() const { return m_folder.GetPath(); }
+    const std::vector<Runner::SShardEntry>& GetShards() const { return m_shards; }
+    std::wstring GetShardFolder(std::uint32_t number) const { return GetFolder() + Runner::GetShardFolderName(number); }
+
+    /// A new host for a shard.
+    std::unique_ptr<Runner::CJournalWriter> Join(std::uint32_t number) const
+    {
+        const std::wstring folder = GetShardFolder(number);
+        return Runner::JoinRun(folder, Runner::ReadPlan(folder + Runner::c_PlanName));
+    }
+
+    static void RunCase(Runner::CJournalWriter& writer, std::uint32_t caseIndex,
+                        LuTestSuiteRun::ECaseRunResult result = LuTestSuiteRun::ECaseRunResult::Ok)
+    {
+        writer.Write(MakeStart(caseIndex));
+        writer.Write(MakeEnd(caseIndex, result));
+    }
+
+    static void Finish(Runner::CJournalWriter& writer)
+    {
+        writer.Write(Runner::SRunFinished{L"2024-01-02 03:04:09", 5});
+        writer.Close();
+    }
+
+    /// All cases of a shard, which pass.
+    void RunShard(std::uint32_t number) const
+    {
+        const auto writer = Join(number);
+        for (std::uint32_t index = 0; index < m_shards[number - 1].cases; ++index)
+        {
+            RunCase(*writer, index);
+        }
+        Finish(*writer);
+    }
+
+private:
+    ScopedFolder m_folder;
+    std::vector<Runner::SShardEntry> m_shards;
+};

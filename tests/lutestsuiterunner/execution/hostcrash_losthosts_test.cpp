@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include "testing/lutestsuiterunner/execution/hostcrash.h"
+#include "tests/lutestsuiterunner/runstatemaker.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+Runner::SPlan makeShardPlan()
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.part = Runner::SShardPlace{"ganz", {0, 1, 2, 3, 4, 5}};
+    return plan;
+}
+
+/// Hosts that ended without a word while they had these cases, one host after another.
+class CLostHosts : public CRunStateMaker
+{
+public:
+    explicit CLostHosts(const std::vector<std::vector<std::uint32_t>>& hosts, Runner::SPlan plan = makeShardPlan())
+        : CRunStateMaker(std::move(plan))
+    {
+        for (std::uint32_t journal = 0; journal < hosts.size(); ++journal)
+        {
+            BeginJournal(journal + 2);
+            for (const std::uint32_t index : hosts[journal])
+            {
+                Apply(MakeStart(index));
+            }
+        }
+    }
+
+    Runner::SUnderWay Find() const { return Runner::FindUnderWay(Get(), m_folder.GetPath()); }
+
+private:
+    const ScopedFolder m_folder;
+};
+
+using Cases = std::vector<std::uint32_t>;
+
+TEST(RunnerLostHosts, LetAllCasesRunAsTheyWouldAfterTheFirst)
+{
+    const Runner::SUnderWay underWay = CLostHosts({{0, 2}}).Find();
+
+    EXPECT_EQ(underWay.suspects, (Cases{0, 2}));
+    EXPECT_TRUE(underWay.repeated.empty());
+}
+
+TEST(RunnerLostHosts, LetTheirCasesRunAloneAfterTheSecond)
+{
+    const Runner::SUnderWay underWay = CLostHosts({{0, 2}, {0, 2, 3}}).Find();
+
+    EXPECT_EQ(underWay.repeated, (Cases{0, 2}));
+    EXPECT_EQ(underWay.suspects, Cases{3});
+    EXPECT_TRUE(underWay.crashed.empty());
+}
+
+TEST(RunnerLostHosts, CondemnTheCaseThatWasAloneInTheThird)
+{
+    const Runner::SUnderWay underWay = CLostHosts({{0, 2}, {0, 2}, {2}}).Find();
+
+    ASSERT_EQ(underWay.crashed.size(), 1U);
+    EXPECT_EQ(underWay.crashed[0].caseIndex, 2U);
+    EXPECT_EQ(underWay.crashed[0].end, Runner::EAttemptEnd::HostEnded);
+    EXPECT_EQ(underWay.crashed[0].reason, L"3 Prozesse, die den Lauf ausführten, endeten ohne Meldung bei diesem "
+                                          L"Testfall, der letzte führte nur ihn aus");
+    EXPECT_EQ(underWay.repeated, Cases{0});
+}
+
+TEST(RunnerLostHosts, CondemnNoCaseThatHadCompany)
+{
+    const Runner::SUnderWay underWay = CLostHosts({{0, 2}, {0, 2}, {0, 2}}).Find();
+
+    EXPECT_TRUE(underWay.crashed.empty());
+    EXPECT_EQ(underWay.repeated, (Cases{0, 2}));
+}
+
+TEST(RunnerLostHosts, CondemnNothingInARunOfOneMachine)
+{
+    const Runner::SUnderWay underWay = CLostHosts({{2}, {2}, {2}}, MakeSamplePlan()).Find();
+
+    EXPECT_TRUE(underWay.crashed.empty());
+    EXPECT_TRUE(underWay.repeated.empty());
+}
+
+} // namespace

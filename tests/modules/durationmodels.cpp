@@ -1,0 +1,28 @@
+/// Unit tests that take as long as their data says.
+
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "base/lbfilesystem.h"
+#include "base/luunittest.h"
+
+namespace
+{
+
+/// A file holds milliseconds. They are slept, so that many cases at once need no processors.
+class CDurationModel : public LuUnitTest
+{
+    LB_RTTI(CDurationModel)
+
+    void InitSubtests() override
+    {
+        AddFileSubtests(L"*.ms", [](const std::wstring& path) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(std::stoi(LbFileSystem::ReadFile8Bit(path))));
+        });
+    }
+};
+
+} // namespace
+
+LB_RTTI_CLASS(CDurationModel, LuUnitTest)
