@@ -1,0 +1,227 @@
+"""Distributed runs over a Slurm of this machine that lose nodes, tasks and their submitter: the result is whole each
+time, and nothing counts twice."""
+import json
+import os
+import random
+import re
+import shutil
+import signal
+import subprocess
+import time
+
+CASES = 120
+MEAN_MS = 120
+SHARDS = 6
+LIMIT = 240.0
+# Longer than it takes Slurm to notice that a node is gone.
+DOWN = 13.0
+BALANCE_CASES = 2000
+BALANCE_MEAN_MS = 60
+BALANCE_SHARDS = 12
+
+
+class Round:
+    """One run, and what happens to it."""
+
+    def __init__(self, host, cluster, data, out):
+        self.host, self.cluster, self.data, self.out = host, cluster, data, out
+        self.process = None
+        self.extra = []
+        self.restarts = []
+        self.lost = 0
+
+    def start(self, words):
+        self.process = subprocess.Popen([*self.host, *words], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                                        text=True, env=self.cluster.get_environment())
+
+    def submit(self):
+        self.start(["submit", "--engine", "slurm", "--shards", str(SHARDS), "--out", self.out, "--",
+                    "-d", self.data, "--dll", "durationmodels"])
+
+    def tasks(self, state="RUNNING"):
+        """Jobs of this moment: the id that scontrol takes, the shard, and the node."""
+        output = self.cluster.call(["squeue", "--array", "--noheader", f"--states={state}", "--format=%F_%K|%K|%N"])
+        return [line.split("|") for line in (output or "").split()]
+
+    def a_task(self):
+        tasks = self.tasks()
+        return random.choice(tasks) if tasks else None
+
+    # What may happen. Each says what it did.
+
+    def kill_node(self):
+        """Only the daemon: the hosts of its tasks go on, while the tasks start again elsewhere."""
+        name = random.choice(self.cluster.nodes())
+        self.cluster.signal(name, signal.SIGKILL)
+        self.restarts.append((time.monotonic() + DOWN, name))
+        return f"slurmd of {name} killed"
+
+    def lose_machine(self):
+        task = self.a_task()
+        if task is None:
+            return None
+        self.cluster.signal(task[2], signal.SIGKILL)
+        self.cluster.kill_tasks(task[2])
+        self.restarts.append((time.monotonic() + DOWN, task[2]))
+        return f"{task[2]} lost with its tasks"
+
+    def requeue(self):
+        task = self.a_task()
+        if task is None or self.cluster.call(["scontrol", "requeue", task[0]]) is None:
+            return None
+        return f"task of shard {task[1]} requeued"
+
+    def cancel(self):
+        task = self.a_task()
+        if task is None or self.cluster.call(["scancel", task[0]]) is None:
+            return None
+        return f"task of shard {task[1]} cancelled"
+
+    def start_twice(self):
+        shard = random.randint(1, SHARDS)
+        self.extra.append(subprocess.Popen(
+            [*self.host, "run", "--planned", "--shard", f"{shard}/{SHARDS}", "--out", f"{self.out}/shard-{shard}"],
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+        return f"shard {shard} started twice"
+
+    def kill_submitter(self):
+        self.process.kill()
+        self.process.communicate()
+        self.start(["wait", self.out])
+        return "submitter killed"
+
+    EVENTS = [kill_node, lose_machine, requeue, cancel, start_twice, kill_submitter]
+
+    def run(self, number):
+        """What happened, and what is wrong."""
+        shutil.rmtree(self.out, ignore_errors=True)
+        self.submit()
+        while self.process.poll() is None and not self.tasks():
+            time.sleep(0.05)
+        events = [self.EVENTS[number % len(self.EVENTS)], random.choice(self.EVENTS)]
+        happened = []
+        for event in events:
+            time.sleep(random.uniform(0, 1.5))
+            happened.append(event(self))
+        output = self.wait()
+        for process in self.extra:
+            process.wait()
+        return [text for text in happened if text], self.faults(output)
+
+    def wait(self):
+        """Slurm starts a task that it queued again after two minutes; the check need not wait for that."""
+        end = time.monotonic() + LIMIT
+        while time.monotonic() < end:
+            try:
+                return self.process.communicate(timeout=1.0)[0]
+            except subprocess.TimeoutExpired:
+                for moment, name in self.restarts:
+                    if time.monotonic() > moment:
+                        self.cluster.start_node(name)
+                for task, _, _ in self.tasks("PENDING"):
+                    self.cluster.call(["scontrol", "update", f"jobid={task}", "StartTime=now"])
+        self.process.kill()
+        return self.process.communicate()[0] + f"not ended after {LIMIT:.0f} s"
+
+    def faults(self, output):
+        found = []
+        if self.process.returncode != 0:
+            found.append(f"status {self.process.returncode}: {output[-500:]}")
+        proof = subprocess.run([os.path.join(os.path.dirname(__file__), "..", "check-proof"), self.out],
+                               capture_output=True, text=True, check=False)
+        # A host that runs on beside the one that counts may add its journal behind the proof.
+        if proof.returncode != 0 and not self.extra:
+            found.append(proof.stdout + proof.stderr)
+        return found + self.losses()
+
+    def losses(self):
+        """Counts the cases that hosts left open, which others had to do again. A host has one worker."""
+        found = []
+        for shard in range(1, SHARDS + 1):
+            folder = f"{self.out}/shard-{shard}"
+            hosts = [read_journal(os.path.join(folder, name)) for name in sorted_journals(folder)]
+            for number, (started, ended) in enumerate(hosts, 1):
+                self.lost += len(started - ended)
+                if len(started - ended) > 1:
+                    found.append(f"{folder}: host {number} left {len(started - ended)} cases open")
+        return found
+
+
+def sorted_journals(folder):
+    names = [name for name in os.listdir(folder) if re.fullmatch(r"journal(-\d+)?\.ndjson", name)]
+    return sorted(names, key=lambda name: int((re.findall(r"\d+", name) or ["1"])[0]))
+
+
+def read_journal(path):
+    started, ended = set(), set()
+    with open(path, "rb") as file:
+        for line in file:
+            try:
+                record = json.loads(line)["r"]
+            except ValueError:
+                break
+            if record["t"] == "start":
+                started.add(record["case"])
+            elif record["t"] == "end" and record.get("end") != "canceled":
+                ended.add(record["case"])
+    return started, ended
+
+
+def make_data(folder, cases, mean):
+    os.makedirs(os.path.join(folder, "CDurationModel"))
+    randomness = random.Random(1)
+    for number in range(cases):
+        with open(os.path.join(folder, "CDurationModel", f"{number}.ms"), "w", encoding="ascii") as file:
+            file.write(str(int(randomness.expovariate(1 / mean))))
+
+
+def longest_over_mean(out, shards):
+    """Of the times that the shards' hosts were at work."""
+    times = []
+    for shard in range(1, shards + 1):
+        with open(f"{out}/shard-{shard}/journal.ndjson", "rb") as file:
+            times.append(json.loads(file.readlines()[-1])["r"]["at"])
+    return max(times) * len(times) / sum(times)
+
+
+def measure_balance(host, cluster, folder):
+    """Exponential lengths, without history and with that of the first run."""
+    data, first, second = (os.path.join(folder, name) for name in ("balance", "first", "second"))
+    make_data(data, BALANCE_CASES, BALANCE_MEAN_MS)
+    for out, options in ((first, []), (second, ["--previous", first])):
+        subprocess.run([*host, "submit", "--engine", "slurm", "--shards", str(BALANCE_SHARDS), "--out", out, *options,
+                        "--", "-d", data, "--dll", "durationmodels"], check=True, capture_output=True,
+                       env=cluster.get_environment())
+    print(f"{BALANCE_CASES} cases of exponential length in {BALANCE_SHARDS} shards, slowest over mean: "
+          f"{longest_over_mean(first, BALANCE_SHARDS):.3f} without history, "
+          f"{longest_over_mean(second, BALANCE_SHARDS):.3f} with it", flush=True)
+
+
+def check(host, cluster, folder, rounds):
+    """Returns the number of rounds with faults."""
+    data = os.path.join(folder, "data")
+    make_data(data, CASES, MEAN_MS)
+    measure_balance(host, cluster, folder)
+    faulty, duplicates, submissions, lost = 0, 0, 0, 0
+    for number in range(rounds):
+        for name in cluster.nodes():
+            cluster.start_node(name)
+        run = Round(host, cluster, data, os.path.join(folder, "out"))
+        happened, found = run.run(number)
+        faulty += bool(found)
+        lost += run.lost
+        try:
+            with open(os.path.join(run.out, "proof.json"), encoding="utf-8") as file:
+                proof = json.load(file)
+            duplicates += proof["duplicates"]
+            submissions += sum(shard["submissions"] for shard in proof["shards"])
+        except OSError as error:
+            found.append(str(error))
+        for text in found:
+            print(f"round {number + 1} ({', '.join(happened)}): {text}", flush=True)
+        if (number + 1) % 5 == 0 or number + 1 == rounds:
+            again = submissions - SHARDS * (number + 1)
+            print(f"{number + 1} rounds of {CASES} cases in {SHARDS} shards: {faulty} faulty, {duplicates} results "
+                  f"came twice and did not count, {again} shards handed over again, {lost} cases left open by hosts",
+                  flush=True)
+    return faulty
