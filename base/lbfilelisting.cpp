@@ -146,7 +146,7 @@ CListing::CListing(const std::wstring& directory, const SNames& names)
 
 std::optional<std::uint32_t> CListing::Find(std::wstring_view name) const noexcept
 {
-    // The cases of a run ask for one name after another.
+    // A run asks for the names in their order.
     const std::uint32_t last = m_lastFound.load(std::memory_order_relaxed);
     const std::uint32_t guess = last < GetCount() && GetName(last) < name ? last + 1 : last;
     if (guess < GetCount() && GetName(guess) == name)

@@ -218,7 +218,7 @@ std::string LbFileSystem::ReadFile8Bit(const std::wstring& path)
     LuStreamReadBinaryFile file(path);
     std::string content(file.GetSize(), '\0');
     content.resize(file.Read(content.data(), content.size()));
-    // The file may have no size or have grown meanwhile.
+    // The size may be reported as 0, or the file may have grown since.
     std::array<char, 4096> more{};
     while (const std::size_t size = file.Read(more.data(), more.size()))
     {

@@ -198,7 +198,7 @@ private:
         }
     }
 
-    // A variable and not a base class, which crashes clang 14.
+    // A member, because clang 14 crashes if this is a base class.
     LbFormatSource m_source;
 };
 

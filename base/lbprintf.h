@@ -1,6 +1,6 @@
 /// The grammar of wide printf, read alike by the compiler and at run time.
 ///
-/// What a format means stands in lbformat.h, which is the header to include.
+/// lbformat.h describes what a format means. Include that header.
 #pragma once
 
 #include <concepts>

@@ -15,8 +15,8 @@ namespace
 
 using LbSubtestSearch::SSubtests;
 
-/// Of a name, or of a class with its directory. Objects with equal hashes disturb each other, but find what they look
-/// for, since each answer is checked.
+/// Of a name, or of a class with its directory. Objects whose hashes collide make each other's searches slower, but not
+/// wrong: each answer is checked.
 using Hash = std::size_t;
 
 /// The names of the first sub-tests of each class and directory, as far as searches have come.

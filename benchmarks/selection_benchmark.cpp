@@ -88,7 +88,7 @@ std::wstring makeChoice(std::size_t index)
     return choice + L")\\.txt$";
 }
 
-/// An expression for the standard library's engine, of which only names with the text need it.
+/// Only the standard library's engine can match a look-ahead. It is asked only about names that contain the text.
 std::wstring makeLookAhead(std::size_t index)
 {
     return LbFormat(L"(?!.*bak)set %06u", index * 37);

@@ -22,7 +22,7 @@ function(lutestsuite_add_case name class folder time_limit state)
     set_tests_properties("${test}" PROPERTIES ${properties} ${LUTESTSUITE_PROPERTIES})
 endfunction()
 
-# Lists the cases now. If that fails, a test that fails in the same way stands for them.
+# Lists the cases now. If that fails, adds one test that fails in the same way.
 function(lutestsuite_list_cases module script time_limit)
     set(command ${LUTESTSUITE_RUNNER} list --ctest "${script}" -- ${LUTESTSUITE_OPTIONS})
     execute_process(COMMAND ${command} RESULT_VARIABLE status OUTPUT_QUIET ERROR_QUIET TIMEOUT ${time_limit})

@@ -20,7 +20,7 @@ using Fuzzing::Check;
 constexpr std::size_t c_LongestName = 6;
 constexpr std::size_t c_LongestExpression = 30;
 
-/// Each byte is a character; the highest bytes stand for some characters beyond Latin-1.
+/// Each byte is a character; the highest bytes become some characters beyond Latin-1.
 wchar_t getCharacter(std::uint8_t byte)
 {
     constexpr std::wstring_view c_Wide = L"\u2028\u2029\uFF08\uFF0A\u65E7\u0416\u0660\u2003";

@@ -36,8 +36,8 @@ struct SChildOptions
     /// record, with the caller's. No effect on Windows.
     bool hasPreparedSignals = false;
 
-    /// The child and the processes that it started end at the latest with its object and with the current process, even
-    /// if that is killed. Without this they may outlive both, and only Terminate ends them.
+    /// The child and the processes that it started are ended when its object is destroyed and when the current process
+    /// ends, even if that is killed. Without this they may outlive both, and only Terminate ends them.
     bool endsWithOwner = true;
 };
 

@@ -170,7 +170,7 @@ void onDeath()
     }
 }
 
-/// Where crash texts go beside standard error; negative: nowhere.
+/// A second descriptor for crash texts, besides standard error; negative if there is none.
 std::atomic<int> s_copy = -1;
 
 void writeAll(int file, std::string_view text) noexcept

@@ -1,4 +1,4 @@
-"""Each German text of the product stands in docs/german-texts.md with its English meaning.
+"""docs/german-texts.md must list each German text of the product with its English meaning.
 
 A literal counts as German if it has a letter that English lacks, or a word of the list below. Words and names that look
 the same in both languages are not found.

@@ -17,7 +17,7 @@ MODES = [[*mode, "-r", repetitions] for mode, repetitions in (
 LIMIT = 6.0
 # The maximum number of times that a resumed run is killed, too.
 KILLS_A_RUN = 3
-# Of the time of a run; roughly.
+# The approximate share of a run's time in which its first cases run.
 SHARE_OF_CASES = 0.2
 LARGE_DISK = "64m"
 

@@ -148,10 +148,13 @@ public:
     /// Adds up the nine counts of results by their class, and returns the sum of all.
     static std::uint32_t getReportCounts(const LuTestSuiteRun::SStats::SCounts& counts, SReportCounts& reportCounts);
 
-    /// The name of a result in XML reports, its German description, and the result of a name. NoMatchingCase has no own
-    /// name; unknown names are Unknown.
+    /// The name of a result in XML reports. NoMatchingCase has the name of Unknown.
     static std::wstring toResultString(LuTestSuiteRun::ECaseRunResult result);
+
+    /// The German description of a result.
     static std::wstring toDescriptionString(LuTestSuiteRun::ECaseRunResult result);
+
+    /// The result that has this name; Unknown for other names.
     static LuTestSuiteRun::ECaseRunResult resultStringToType(const std::wstring& name);
 
     /// Converts nanoseconds to seconds.

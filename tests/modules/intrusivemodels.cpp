@@ -24,7 +24,7 @@ std::unique_ptr<LbOs::CNamedEvent> openRunEvent(const std::wstring& option)
     return LbOs::CNamedEvent::Open(std::ranges::find(arguments, option)[1]);
 }
 
-/// Sets both events of the run from now on.
+/// Sets both events of the run every millisecond until the process ends.
 void setRunEvents()
 {
     std::thread([request = openRunEvent(L"--request-event-id"), response = openRunEvent(L"--response-event-id")] {

@@ -1,4 +1,4 @@
-// Writes the XML report of a run that never was: make_report FILE CASES. Every outcome, and all kinds of characters.
+// Writes the XML report of an invented run, with every outcome and all kinds of characters: make_report FILE CASES.
 
 #include <cstdio>
 #include <cstdlib>

@@ -24,7 +24,7 @@ inline bool CheckApart(const std::function<bool()>& prepare, const std::function
         }
         catch (...)
         {
-            // An exception that leaves the fork would let it go on with the other tests.
+            // If an exception escaped, the fork would continue with the other tests.
             ADD_FAILURE() << "exception";
         }
         return testing::Test::HasFailure() ? 1 : 0;

@@ -168,8 +168,7 @@ pid_t cloneProcess(SStart& start, char* top, int& file)
     return __clone(&becomeProgram, top, c_Flags, &start);
 }
 
-/// An environment variable that is unique in the system. The name is unique, too, so that a run inside a case adds
-/// another variable.
+/// An environment variable with a name that is unique in the system, so that a run inside a case adds another variable.
 std::string makeMark()
 {
     static std::atomic<unsigned> s_count = 0;

@@ -92,7 +92,7 @@ private:
     const char16_t* m_formerDetail = nullptr;
 };
 
-/// The same with texts of its own, on a thread that need not have a CCrashThread.
+/// The same with its own texts; the thread does not need a CCrashThread.
 class CNamedUnderWay : public INonCopyable
 {
 public:

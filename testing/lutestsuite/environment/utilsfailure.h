@@ -1,4 +1,4 @@
-/// The exception of the operations that stand in many files but in one class.
+/// The exception that operations of LuTestSuiteUtils throw. They are defined in many files.
 #pragma once
 
 #include "base/lbexception.h"

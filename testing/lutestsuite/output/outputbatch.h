@@ -6,9 +6,8 @@
 namespace LuTestSuite
 {
 
-/// Collects the output of the calling thread while the object lives, and writes it to standard output in one piece, at
-/// the object's end at the latest. Until then other threads that print wait. Custom outputs receive each line
-/// immediately.
+/// Collects the output of the calling thread and writes it to standard output in one piece, at the latest in the
+/// destructor. Until then other threads that print wait. Custom outputs receive each line immediately.
 class COutputBatch : public INonCopyable
 {
 public:

@@ -184,7 +184,7 @@ void CWork::RethrowFailure() const
     }
 }
 
-/// Runs cases until none is left. Ends with its object at the latest.
+/// Runs cases until none is left. The destructor waits for the thread.
 class CWorkerThread : public INonCopyable
 {
 public:
@@ -198,7 +198,7 @@ private:
     void runTaken(CCaseRunner& runner);
     bool getReady(CCaseRunner& runner, const SPlannedCase& planned);
 
-    bool m_hasLeft = false; ///< leaves its case and all others to the other workers
+    bool m_hasLeft = false; ///< true if it leaves its case and all others to other workers
     std::int32_t m_index;
     CWork& m_work;
     CSpareChildren& m_spares;

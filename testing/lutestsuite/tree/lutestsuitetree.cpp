@@ -12,7 +12,7 @@ namespace
 
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
-/// Where a case of the list stands.
+/// The position of a case in the list of unit tests.
 struct SEntry
 {
     std::uint32_t unitTest;

@@ -22,7 +22,7 @@ struct SPart
 {
     std::wstring folder;
     std::unique_ptr<CRunState> state;
-    std::vector<std::uint32_t> places; ///< by case index of the part: the case's index in the first part, the whole's
+    std::vector<std::uint32_t> places; ///< of each case of this part: its index in the first part and the merged run
 };
 
 std::wstring getPartName(const SPart& part)
@@ -97,7 +97,7 @@ std::vector<const SPart*> findOwners(const std::vector<SPart>& parts)
     return owners;
 }
 
-/// That of the first part, for all cases.
+/// The first part's plan, extended to the cases of all parts.
 SPlan makePlan(const std::vector<SPart>& parts)
 {
     SPlan plan = parts.front().state->GetPlan();

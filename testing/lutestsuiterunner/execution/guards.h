@@ -1,4 +1,4 @@
-/// Checks that make a run fail which tested nothing.
+/// Checks that fail a run in which nothing was tested.
 #pragma once
 
 #include <string>

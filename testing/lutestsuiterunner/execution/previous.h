@@ -24,8 +24,8 @@ public:
     /// An earlier run without cases.
     CPrevious() = default;
 
-    /// From the folder of a run, or from an XML report. Throws LbException with a German message, or such a message as
-    /// std::wstring, if it cannot be read.
+    /// Reads the folder of a run, or an XML report. On failure throws LbException with a German message, or that
+    /// message as std::wstring.
     explicit CPrevious(const std::wstring& path);
 
     /// Finds a case by folder, class, case and repetition; in an XML report, which has no folders, by class and case.

@@ -20,8 +20,8 @@ struct SArchiveContent
 };
 
 /// Reads the runs of a folder: XML reports in it and in its folder "Archive", and the sub-folders that hold the journal
-/// or the report of a run. A run that cannot be read costs a line of output and is left out. The index in the folder
-/// saves reading again what has not changed, and is brought up to date; if it cannot be written, a line says so.
+/// or the report of a run. A run that cannot be read is left out, and a line is printed. Runs that have not changed are
+/// taken from the index in the folder, which is updated; if it cannot be written, a line is printed.
 /// Throws LbException with a German message if there is no such folder.
 SArchiveContent ReadArchive(const std::wstring& directory);
 

@@ -57,6 +57,7 @@ std::vector<SStreak> getStreaks(const std::vector<SVerdict>& verdicts)
     return streaks;
 }
 
+/// True for a few runs with an outcome that differs from the outcome before and after them.
 bool isDeparture(const std::vector<SStreak>& streaks, std::size_t number)
 {
     return number > 0 && number + 1 < streaks.size() && streaks[number].GetLength() <= c_LongestDeparture;
@@ -69,11 +70,11 @@ SBeginning getBeginning(const std::vector<SVerdict>& verdicts, const SStreak& st
     return {index, first, index};
 }
 
-/// The outcomes of the case with one build.
+/// What the runs of one build prove about a case: its outcome changed without a change of the code.
 struct SBuildProof
 {
     bool hasBoth = false;     ///< it passed and failed
-    bool hasReturned = false; ///< it also came back, or did both within one run
+    bool hasReturned = false; ///< its outcome changed and changed back, or it passed and failed within one run
 };
 
 SBuildProof findProof(const CTable& table, std::size_t testCase, const std::vector<SVerdict>& verdicts)

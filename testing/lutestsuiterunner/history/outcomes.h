@@ -27,7 +27,7 @@ struct SFlakiness
     std::uint32_t failures = 0;
     std::uint32_t runs = 0; ///< with a verdict
     bool isProven = false;  ///< it passed and failed with the same build
-    SBeginning beginning;   ///< of the first departure
+    SBeginning beginning;   ///< when its outcome first changed for a few runs
 };
 
 struct SOutcomeFindings

@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr std::size_t c_ShortestPart = 3;
-/// What has less evidence than this is chance in a run of the suite that measures as few as a thousand cases.
+/// Less evidence than this occurs by chance even if a suite measures only a thousand cases.
 constexpr double c_FloorBits = 14.0;
 /// The interval misses the true run on one side with at most this probability.
 constexpr double c_IntervalError = 0.01;

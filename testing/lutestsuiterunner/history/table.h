@@ -12,7 +12,7 @@
 namespace Runner::History
 {
 
-/// What became of a case in a run.
+/// The outcome of a case in a run.
 enum class EOutcome : std::uint8_t
 {
     Absent, ///< not among the cases of the run

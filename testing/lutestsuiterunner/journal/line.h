@@ -17,7 +17,7 @@ void MakeLine(std::uint64_t sequence, std::string_view record, std::string& line
 enum class ELineState
 {
     Good,
-    Unended, ///< the record is whole, but something else stands where its line ends
+    Unended, ///< the record is complete, but other bytes are in place of its line end
     Bad      ///< not a line, or the checksum is wrong
 };
 

@@ -66,7 +66,7 @@ struct SMembers
     std::array<STextPlace, eF_Count> places; ///< of texts; one of size 0 is not used
 };
 
-/// Ends the reading of a record with wrong members.
+/// Thrown when a record has wrong members.
 struct SUnreadable
 {
 };

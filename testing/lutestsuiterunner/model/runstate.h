@@ -50,7 +50,7 @@ enum class EVerdict : std::uint32_t
     FailedShared = 4 ///< it failed, but passed in a process of its own ("nur im gemeinsamen Prozess")
 };
 
-/// Numbers of case runs in the shard.
+/// Counts of case runs in the shard.
 struct SVerdictCounts
 {
     std::uint32_t planned = 0;
@@ -59,8 +59,8 @@ struct SVerdictCounts
     std::uint32_t flaky = 0;
     std::uint32_t failed = 0; ///< EVerdict::Failed and FailedShared, without those in quarantine
     std::uint32_t failedShared = 0;
-    std::uint32_t quarantined = 0; ///< in quarantine, whatever their verdict; the other numbers leave them out but
-                                   ///< for `planned` and `missing`
+    std::uint32_t quarantined = 0; ///< in quarantine, whatever their verdict; of the counts above, only `planned` and
+                                   ///< `missing` include them
     std::uint32_t quarantinedFailed = 0;
 };
 

@@ -1,7 +1,7 @@
-/// The escape for what neither JSON nor XML can carry as UTF-8, one for both. Pure functions, any thread.
+/// The escape for characters that JSON or XML cannot represent as UTF-8; both use it. Pure functions, any thread.
 ///
-/// Names of files and tests are any code units: control characters, lone surrogates, bytes that are no UTF-8 (which
-/// stand as lone surrogates in wide text). Each of these becomes "␛{XXXX}": U+241B, and the code unit in hexadecimal
+/// Names of files and tests may contain any code units: control characters, lone surrogates, bytes that are not UTF-8
+/// (in wide text they are lone surrogates). Each of these becomes "␛{XXXX}": U+241B, and the code unit in hexadecimal
 /// digits in braces. The character U+241B itself becomes "␛{241B}", so that the escape is reversible.
 #pragma once
 

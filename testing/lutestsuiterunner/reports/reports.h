@@ -8,9 +8,9 @@
 namespace Runner
 {
 
-/// Writes the four reports into a run's folder, each beside its place and put there as a whole. The same state gives
-/// the same bytes. Throws LbException with a German message if junit.xml or summary.json cannot be written; for the
-/// other two the library prints a line.
+/// Writes the four reports into a run's folder, each to a temporary file that then replaces the old one. The same state
+/// gives the same bytes. Throws LbException with a German message if junit.xml or summary.json cannot be written; for
+/// the other two the library prints a line.
 void WriteReports(const std::wstring& folder, const CRunState& state);
 
 } // namespace Runner

@@ -16,7 +16,7 @@ namespace Runner
 namespace
 {
 
-/// The part of a plan that its shard runs, as the library knows a run.
+/// The part of a plan that its shard runs, in records of the library.
 struct SRunView
 {
     std::vector<LuTestSuite::SUnitTest> unitTests;

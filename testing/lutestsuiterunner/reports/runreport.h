@@ -9,11 +9,10 @@
 namespace Runner
 {
 
-/// The record of a run as the library makes it of one that it has run itself, with the notes of GetCaseNotes as lines
-/// of information.
+/// The same record that the library makes of its own runs, with the notes of GetCaseNotes as information lines.
 LuTestSuiteReport::SReportData MakeReportData(const CRunState& state);
 
-/// Writes both files. One that cannot be written costs a line of output.
+/// Writes both files. Prints a line for a file that cannot be written.
 void WriteRunReports(const std::wstring& xmlPath, const std::wstring& htmlPath, const CRunState& state);
 
 } // namespace Runner

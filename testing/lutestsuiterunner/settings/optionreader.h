@@ -20,8 +20,8 @@ namespace Runner
 /// How the help shows an option or an argument.
 struct SOptionText
 {
-    const char* name;     ///< "--out"; of an argument its capitals "DIR"
-    const wchar_t* value; ///< what stands for the value in the help; null for a switch
+    const char* name;     ///< "--out"; for an argument a word in capitals, "DIR"
+    const wchar_t* value; ///< the placeholder for the value in the help; null for a switch
     const wchar_t* help;
 };
 

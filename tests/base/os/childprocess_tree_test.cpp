@@ -34,7 +34,7 @@ TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
     EXPECT_TRUE(line.IsGone());
 }
 
-/// In its own session, and its parent has ended, so that on Linux only its environment tells whose it was.
+/// The descendant has its own session, and its parent has ended. On Linux only its environment identifies its root.
 TEST(OsChildProcessTrees, EndWhenTheirEndedRootIsTerminated)
 {
     CProbeLine line;

@@ -211,7 +211,7 @@ TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkAboveTheUnitTest)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-/// A link given as data directory stands for its target.
+/// A link may be given as the data directory.
 TEST_F(DuplicateDeletion, AreDeletedInALinkedDataDirectory)
 {
     const ScopedFolder elsewhere;
@@ -422,7 +422,7 @@ TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// One folder with two names: files found through a link are not deleted, in any order of the folders.
+/// A folder and a link to it are searched. Files found through the link are not deleted, whichever is searched first.
 TEST_F(DuplicateDeletion, AreDeletedInTheirOwnFolderOnly)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);

@@ -1,4 +1,4 @@
-// Where threads are moved that stand in front of an instruction of a patched function.
+// The places that threads are moved to if they have stopped before an instruction of a patched function.
 
 #include "testing/lutestsuite/heap/trampoline.h"
 

@@ -27,7 +27,7 @@ using testing::ElementsAre;
 
 std::vector<std::wstring> s_Calls;
 
-/// Writes down each call. "erneuerbar", "wirft" and "Abfrage wirft" are the sub-tests 1 to 3; sub-test 0 has no data.
+/// Records each call. "erneuerbar", "wirft" and "Abfrage wirft" are the sub-tests 1 to 3; sub-test 0 has no data.
 class CRecreateModel : public LuUnitTest, public IUnitTestRecreate
 {
     LB_RTTI(CRecreateModel)

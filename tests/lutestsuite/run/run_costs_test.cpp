@@ -41,7 +41,7 @@ public:
 };
 LB_RTTI_CLASS(CNamesMany, LuUnitTest)
 
-/// Runs its files itself, so that each object needs their order.
+/// Overrides RunUnitTest, so that each object needs the sorted names of its files.
 class CRunsFiles : public LuUnitTest
 {
     LB_RTTI(CRunsFiles)

@@ -21,7 +21,7 @@ using LuTestSuiteRun::SRunResult;
 class RunExternalTree : public ExternalRunTest
 {
 protected:
-    /// The case forks. Its copy of the process leaves the case while the next case runs, and must end there.
+    /// The case forks. The copy of the process returns from the case while the next case runs, and must then end.
     void ExpectCopyToEndWith(const std::wstring& caseName)
     {
         const SRunResult result = Run(MakeCrash({caseName, L"erwartet Kopie", L"nachher"}));

@@ -13,8 +13,8 @@ using namespace Runner::History;
 namespace
 {
 
-/// Case 0 fails in the newest run with a message, case 1 is flaky on one build, case 2 becomes slower at run 41, case 3
-/// leaves before the newest run, case 4 comes with run 11.
+/// Case 0 fails with a message in the newest run, 59. Case 1 is flaky with one build. Case 2 is slower from run 40 on.
+/// Case 3 is missing in the newest run, case 4 in runs 0 to 9. All indices begin at 0; reports count runs from 1.
 class HistoryReports : public testing::Test
 {
 protected:

@@ -36,7 +36,7 @@ std::wstring getMessage(const std::wstring& folder)
     }
 }
 
-/// A folder with a run of which the first journal ends behind the start of case 1.
+/// A folder with a run whose first journal ends after the start of case 1.
 class RunnerFolder : public testing::Test
 {
 protected:

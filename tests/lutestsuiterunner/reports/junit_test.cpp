@@ -67,7 +67,7 @@ TEST(RunnerJunit, HasASuiteForEachUnitTestNamedAfterItsClass)
     run.RunRest();
     const CReport report(run.Get());
 
-    // A class that stands in two folders is named with its folder.
+    // A class that is in two folders is named with its folder.
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 0");
     EXPECT_EQ(getCounts(report.FindSuite(L"b/CFirst")), L"1 0 0 0");
     EXPECT_EQ(getCounts(report.FindSuite(L"CSecond")), L"4 0 0 1");

@@ -45,8 +45,8 @@ bool MountFolder(const std::wstring& place, const std::wstring& folder);
 /// cancellation.
 bool CallCanceled(const std::function<void()>& function);
 
-/// Forks and returns in both processes: 0 in the fork, which a signal ends after 60 s at the latest, and the fork's
-/// process id in the original. Empty on platforms without fork.
+/// Forks and returns in both processes: 0 in the fork, which a signal ends after 60 s, and the fork's process id in the
+/// original. Empty on platforms without fork.
 std::optional<long> Fork();
 
 /// Waits until a fork has ended.

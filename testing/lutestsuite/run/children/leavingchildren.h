@@ -1,4 +1,4 @@
-/// Child processes that have done their work.
+/// Child processes that were asked to exit.
 #pragma once
 
 #include <cstdint>
