@@ -1,6 +1,5 @@
 #include "testing/lutestsuiterunner/commands/ctestscript.h"
 
-#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
 
 namespace Runner
@@ -54,8 +53,7 @@ std::string MakeCTestScript(const SPlan& plan)
         const LuTestSuite::SUnitTest& unitTest = plan.unitTests[plan.cases[index].unitTest];
         const LuTestSuite::STestCase& testCase = unitTest.cases[plan.cases[index].testCase];
         append(script, GetCaseName(plan, index), unitTest.className, getParentFolder(plan, unitTest.dataDirectory),
-               LuTestSuiteRun::GetCaseParams(plan.params, testCase.parameters).timeOutSec,
-               isSerial(testCase.parameters) ? "SERIAL" : "");
+               GetParams(plan, index).timeOutSec, isSerial(testCase.parameters) ? "SERIAL" : "");
     }
     for (const SDisabledCase& disabled : plan.disabled)
     {

@@ -8,7 +8,6 @@
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "base/os/crash.h"
-#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 
 namespace Runner
@@ -68,9 +67,7 @@ std::wstring findReason(const std::wstring& note, const SPlan& plan, std::uint32
 
 bool isInProcess(const CRunState& state, std::uint32_t index)
 {
-    const SPlan& plan = state.GetPlan();
-    return state.GetAttempts(index).back().kind != EAttemptKind::Confirm &&
-           !LuTestSuiteRun::GetCaseParams(plan.params, getCase(plan, index).parameters).external;
+    return state.GetAttempts(index).back().kind != EAttemptKind::Confirm && !GetParams(state.GetPlan(), index).external;
 }
 
 SCaseEnded makeEnd(const SAttempt& attempt, const std::wstring& reason)

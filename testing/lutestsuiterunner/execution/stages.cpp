@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 
-#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuiterunner/execution/hostcrash.h"
 
 namespace Runner
@@ -47,11 +46,7 @@ bool hasEndedHost(const CRunState& state, std::uint32_t index)
 
 bool hasSharedProcess(const CRunState& state, std::uint32_t index)
 {
-    const SPlan& plan = state.GetPlan();
-    const SPlannedCase& planned = plan.cases[index];
-    const auto& parameters = plan.unitTests[planned.unitTest].cases[planned.testCase].parameters;
-    return !LuTestSuiteRun::GetCaseParams(plan.params, parameters).external ||
-           !state.GetPredecessors(*state.GetReported(index)).empty();
+    return !GetParams(state.GetPlan(), index).external || !state.GetPredecessors(*state.GetReported(index)).empty();
 }
 
 bool isToBeConfirmed(const CRunState& state, std::uint32_t index)

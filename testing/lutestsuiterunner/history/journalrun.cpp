@@ -4,7 +4,6 @@
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
-#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuiterunner/history/recordedrun.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "testing/lutestsuiterunner/reports/casenotes.h"
@@ -30,7 +29,7 @@ SRecordedCase getCase(const CRunState& state, std::uint32_t index, const SAttemp
     recorded.measured.hasBoth = verdict == EVerdict::Flaky || verdict == EVerdict::FailedShared;
     recorded.measured.seconds = static_cast<float>(info.time) * c_SecondsPerNanosecond;
     recorded.measured.memory = info.peakMemory;
-    if (LuTestSuiteRun::GetCaseParams(plan.params, testCase.parameters).trackHeap)
+    if (GetParams(plan, index).trackHeap)
     {
         recorded.measured.allocations = info.allocations;
     }

@@ -8,6 +8,7 @@
 #include "base/os/clock.h"
 #include "base/os/machine.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 
 namespace Runner
 {
@@ -72,6 +73,13 @@ SOrigin DescribeOrigin()
     origin.graphics = LuTestSuiteReport::getGPUInfo();
     origin.machine = LbOs::GetMachineName();
     return origin;
+}
+
+LuTestSuiteRun::SParams GetParams(const SPlan& plan, std::uint32_t caseIndex)
+{
+    const SPlannedCase& planned = plan.cases[caseIndex];
+    return LuTestSuiteRun::GetCaseParams(plan.params,
+                                         plan.unitTests[planned.unitTest].cases[planned.testCase].parameters);
 }
 
 std::wstring GetRelativeFolder(const SPlan& plan, std::wstring_view dataDirectory)

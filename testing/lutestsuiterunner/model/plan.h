@@ -104,6 +104,9 @@ std::vector<SPlannedCase> PlanCases(const std::vector<LuTestSuite::SUnitTest>& u
 /// Build and machine of this process.
 SOrigin DescribeOrigin();
 
+/// The parameters of a case run: those of the run, overridden by those of the case's description.
+LuTestSuiteRun::SParams GetParams(const SPlan& plan, std::uint32_t caseIndex);
+
 /// The folder of a unit test below the data directory, with "/" between its parts and without one at its end; the full
 /// path if it is elsewhere.
 std::wstring GetRelativeFolder(const SPlan& plan, std::wstring_view dataDirectory);
