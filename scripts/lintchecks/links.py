@@ -2,7 +2,7 @@
 
 Includes do not show every call: LuTestSuiteUtils and LuTestSuiteReport are declared in one public header each and
 defined in many folders. The symbols of the object files show every call. The check reads one build of each platform and
-prints a note if that build is missing or older than a source.
+prints a note if that build is missing or older than a source. For builds of `--built` the latter is a breach.
 """
 
 import collections
@@ -12,7 +12,7 @@ import subprocess
 
 from .layers import layer_of
 
-# From each row the first preset with object files is read.
+# From each row the first preset with object files is read; those of --built come first.
 PRESETS = (
     ("linux-debug", "linux-release", "linux-asan", "linux-tsan"),
     ("mingw-release", "mingw-debug"),
@@ -35,12 +35,16 @@ def check(tree):
 
 
 def _check_platform(tree, presets):
+    presets = sorted(presets, key=lambda name: name not in tree.built)
     preset = next((name for name in presets if _objects_of(tree, name)), None)
     if preset is None:
         tree.notes.append(f"links: skipped, nothing is built in build/{presets[0]}")
         return
     objects = _objects_of(tree, preset)
     stale = _first_stale(tree, objects)
+    if stale and preset in tree.built:
+        yield f"build/{preset} is older than {stale}"
+        return
     if stale:
         tree.notes.append(f"links: skipped, build/{preset} is older than {stale}")
         return

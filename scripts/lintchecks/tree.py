@@ -21,8 +21,10 @@ _NOISE = re.compile(
 class Tree:
     """A checkout, or any folder: the files that git would commit, or all files without git."""
 
-    def __init__(self, root: pathlib.Path) -> None:
+    def __init__(self, root: pathlib.Path, built=()) -> None:
         self.root = root.resolve()
+        # Presets whose builds must be current.
+        self.built = built
         # Notes about checks that were skipped.
         self.notes: list[str] = []
         self.files = sorted(name for name in self._names() if (self.root / name).is_file())

@@ -97,7 +97,7 @@ class Links(Lint):
 
     FOLDERS = {"base/": "LbBase", "testing/lutestsuite/": "lutestsuite_objects"}
 
-    def lint(self, files, touched=(), uncompiled=()):
+    def lint(self, files, touched=(), uncompiled=(), options=()):
         with tempfile.TemporaryDirectory() as folder:
             root = pathlib.Path(folder)
             for name, content in files.items():
@@ -110,7 +110,8 @@ class Links(Lint):
                 later = time.time() + 10
                 os.utime(root / name, (later, later))
             result = subprocess.run(
-                [sys.executable, str(SCRIPT), "--root", folder, "links"], capture_output=True, text=True, check=False
+                [sys.executable, str(SCRIPT), "--root", folder, *options, "links"],
+                capture_output=True, text=True, check=False,
             )
         self.assertEqual("", result.stderr)
         lines = result.stdout.splitlines()
@@ -197,6 +198,15 @@ class Links(Lint):
     def test_build_older_than_a_source_is_said(self):
         source = "testing/lutestsuite/settings/a.cpp"
         breaches, notes = self.lint({source: "void a() {}\n"}, touched=[source])
+        self.assertEqual([], breaches)
+        self.assertIn("older than " + source, notes[0])
+
+    def test_build_older_than_a_source_is_a_breach_if_it_must_be_current(self):
+        source = "testing/lutestsuite/settings/a.cpp"
+        files = {source: "void a() {}\n"}
+        breaches, _ = self.lint(files, touched=[source], options=["--built=linux-debug"])
+        self.assertEqual([f"build/linux-debug is older than {source} [links]"], breaches)
+        breaches, notes = self.lint(files, touched=[source], options=["--built=linux-asan"])
         self.assertEqual([], breaches)
         self.assertIn("older than " + source, notes[0])
 
