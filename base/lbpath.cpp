@@ -80,11 +80,6 @@ std::wstring LbPath::ToNative(std::wstring_view path)
     return result;
 }
 
-bool LbPath::IsAbsolute(std::wstring_view path) noexcept
-{
-    return LbOs::IsAbsolutePath(path);
-}
-
 std::wstring LbPath::ToSafeName(std::wstring_view name)
 {
     std::wstring result(name);

@@ -32,9 +32,6 @@ LB_API std::wstring GetParent(std::wstring_view path);
 /// Replaces each "/" and "\" by the platform's separator; for relative paths in texts that serve both platforms.
 LB_API std::wstring ToNative(std::wstring_view path);
 
-/// True when the path does not depend on the working directory.
-LB_API bool IsAbsolute(std::wstring_view path) noexcept;
-
 /// Makes a name valid on every file system: replaces each of \ / : * ? " < > | and each control character by "_".
 LB_API std::wstring ToSafeName(std::wstring_view name);
 

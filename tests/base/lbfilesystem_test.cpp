@@ -11,6 +11,7 @@
 #include "base/lbexception.h"
 #include "base/lbpath.h"
 #include "base/lustream.h"
+#include "base/os/files.h"
 #include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 #include "tests/support/scopedworkingdirectory.h"
@@ -138,7 +139,7 @@ TEST(LbFileSystem, WritesDirectlyInReadOnlyFolders)
 TEST(LbFileSystem, KnowsTheFolderOfTheExecutable)
 {
     const std::wstring directory = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
-    EXPECT_TRUE(LbPath::IsAbsolute(directory));
+    EXPECT_TRUE(LbOs::IsAbsolutePath(directory));
     EXPECT_EQ(directory.back(), LbPath::c_Separator);
     EXPECT_TRUE(LbFileSystem::IsFile(directory + LbPath::GetLastComponent(LbOs::GetExecutablePath())));
 }
@@ -153,7 +154,7 @@ TEST(LbFileSystem, KnowsTheFolderOfTemporaryFiles)
 TEST(LbFileSystem, KnowsTheFolderOfTheUsersData)
 {
     const std::wstring directory = LbFileSystem::GetDirectory(LbFileSystem::eDK_UserData);
-    EXPECT_TRUE(LbPath::IsAbsolute(directory));
+    EXPECT_TRUE(LbOs::IsAbsolutePath(directory));
     EXPECT_EQ(directory.back(), LbPath::c_Separator);
 }
 

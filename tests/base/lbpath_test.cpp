@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/lbfilesystem.h"
-
 namespace
 {
 
@@ -82,27 +80,6 @@ TEST(LbPath, TurnsBothSeparatorsIntoThePlatforms)
 {
     const std::wstring separator(1, LbPath::c_Separator);
     EXPECT_EQ(LbPath::ToNative(L"a/b\\c"), L"a" + separator + L"b" + separator + L"c");
-}
-
-TEST(LbPath, DistinguishesAbsoluteFromRelativePaths)
-{
-    EXPECT_TRUE(LbPath::IsAbsolute(LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary)));
-    EXPECT_FALSE(LbPath::IsAbsolute(L""));
-    EXPECT_FALSE(LbPath::IsAbsolute(L"a"));
-    EXPECT_FALSE(LbPath::IsAbsolute(L"a/b"));
-    EXPECT_FALSE(LbPath::IsAbsolute(L"../a"));
-    EXPECT_FALSE(LbPath::IsAbsolute(L"C:a"));
-    EXPECT_FALSE(LbPath::IsAbsolute(L"\\a"));
-    EXPECT_FALSE(LbPath::IsAbsolute(L"1:\\a"));
-}
-
-TEST(LbPath, RecognisesDrivesAndServersOnWindows)
-{
-    const bool hasDrives = LbPath::c_Separator == L'\\';
-    EXPECT_EQ(LbPath::IsAbsolute(L"C:\\a"), hasDrives);
-    EXPECT_EQ(LbPath::IsAbsolute(L"z:/"), hasDrives);
-    EXPECT_EQ(LbPath::IsAbsolute(L"\\\\server\\share"), hasDrives);
-    EXPECT_EQ(LbPath::IsAbsolute(L"/a"), !hasDrives);
 }
 
 TEST(LbPath, MakesNamesSafeForEveryFileSystem)

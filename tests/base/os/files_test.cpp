@@ -272,7 +272,7 @@ TEST(OsFiles, ChangesTheWorkingDirectory)
     EXPECT_TRUE(LbOs::SetWorkingDirectory(former));
     EXPECT_EQ(LbOs::QueryEntry(L"here.txt"), LbOs::EEntry::Missing);
     EXPECT_EQ(LbPath::GetLastComponent(present), L"größer");
-    EXPECT_TRUE(LbPath::IsAbsolute(present));
+    EXPECT_TRUE(LbOs::IsAbsolutePath(present));
     EXPECT_FALSE(LbPath::IsSeparator(present.back()));
 }
 
@@ -301,6 +301,27 @@ TEST(OsFiles, ReturnsWellKnownDirectoriesWithoutSeparator)
         EXPECT_TRUE(LbOs::IsAbsolutePath(path));
         EXPECT_FALSE(LbPath::IsSeparator(path.back()));
     }
+}
+
+TEST(OsFiles, DistinguishesAbsoluteFromRelativePaths)
+{
+    EXPECT_TRUE(LbOs::IsAbsolutePath(LbOs::GetTemporaryDirectory()));
+    EXPECT_FALSE(LbOs::IsAbsolutePath(L""));
+    EXPECT_FALSE(LbOs::IsAbsolutePath(L"a"));
+    EXPECT_FALSE(LbOs::IsAbsolutePath(L"a/b"));
+    EXPECT_FALSE(LbOs::IsAbsolutePath(L"../a"));
+    EXPECT_FALSE(LbOs::IsAbsolutePath(L"C:a"));
+    EXPECT_FALSE(LbOs::IsAbsolutePath(L"\\a"));
+    EXPECT_FALSE(LbOs::IsAbsolutePath(L"1:\\a"));
+}
+
+TEST(OsFiles, RecognisesDrivesAndServersOnWindows)
+{
+    const bool hasDrives = LbPath::c_Separator == L'\\';
+    EXPECT_EQ(LbOs::IsAbsolutePath(L"C:\\a"), hasDrives);
+    EXPECT_EQ(LbOs::IsAbsolutePath(L"z:/"), hasDrives);
+    EXPECT_EQ(LbOs::IsAbsolutePath(L"\\\\server\\share"), hasDrives);
+    EXPECT_EQ(LbOs::IsAbsolutePath(L"/a"), !hasDrives);
 }
 
 TEST(OsFiles, OpensOnlyFiles)

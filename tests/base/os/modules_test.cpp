@@ -23,7 +23,7 @@ TEST(OsModules, FindsTheModuleOfAnAddress)
 {
     EXPECT_EQ(LbOs::GetModulePathOf(&c_InTheExecutable), LbOs::GetExecutablePath());
     const std::wstring path = getBaseModulePath();
-    EXPECT_TRUE(LbPath::IsAbsolute(path));
+    EXPECT_TRUE(LbOs::IsAbsolutePath(path));
     EXPECT_NE(LbPath::GetLastComponent(path).find(L"LbBase"), std::wstring::npos);
     EXPECT_EQ(LbOs::QueryEntry(path), LbOs::EEntry::File);
 }
