@@ -171,7 +171,7 @@ private:
         return number;
     }
 
-    /// No number has more digits than this behind its point.
+    /// No number has more digits than this after its point.
     template<typename T>
     static constexpr std::int64_t sc_MostDigits =
         std::numeric_limits<T>::digits - std::numeric_limits<T>::min_exponent + 1;
@@ -215,7 +215,7 @@ private:
         }
     }
 
-    /// Zeros behind the digits that the precision asks for. %g has them only in the "#" form, up to as many significant
+    /// Zeros that the precision demands after the digits. %g has them only in the "#" form, up to as many significant
     /// digits.
     template<typename T>
     std::size_t getFinalZeros(std::string_view digits) const

@@ -269,7 +269,7 @@ void CListings::keep(SKept kept)
 {
     constexpr std::size_t c_Most = 1024;
     const std::lock_guard lock(m_mutex);
-    // The old key goes with its listing.
+    // The key refers to its listing, so the old entry is erased instead of assigned.
     m_kept.erase(kept.listing->GetDirectory());
     if (m_kept.size() >= c_Most)
     {

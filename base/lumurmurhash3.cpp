@@ -39,7 +39,7 @@ std::uint64_t finish(std::uint64_t word)
     return word ^ (word >> 33);
 }
 
-/// The bytes behind the last whole block.
+/// The bytes after the last whole block.
 void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
 {
     if (size > c_WordSize)
@@ -53,7 +53,7 @@ void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1,
 }
 
 /// The whole blocks. Prefetching pays off when another processor has just written the bytes, a case that the hardware
-/// prefetcher does not cover. It never touches bytes behind the blocks, which may be being written.
+/// prefetcher does not cover. It never reads bytes after the blocks, because another thread may write them.
 void addBlocks(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
 {
     constexpr std::size_t c_Ahead = 1024;

@@ -19,7 +19,7 @@ using LbSubtestSearch::SSubtests;
 /// wrong: each answer is checked.
 using Hash = std::size_t;
 
-/// The names of the first sub-tests of each class and directory, as far as searches have come.
+/// For each class and directory, the names of the first sub-tests, up to the last one that a search has reached.
 class CKnownNames
 {
 public:

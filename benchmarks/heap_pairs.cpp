@@ -2,8 +2,8 @@
 ///
 /// MODE is "untracked", "installed" (the functions are patched, no tracker is active) or "tracked". PAIRS is the number
 /// of pairs per thread, measured in pieces; a piece ends when all threads have finished it, and the result is the
-/// median of the pieces divided by the pairs of one thread. benchmarks/compare-heap starts it in all modes, beside
-/// other tools.
+/// median of the pieces divided by the pairs of one thread. benchmarks/compare-heap starts it in all modes, and other
+/// tools for comparison.
 #include <algorithm>
 #include <array>
 #include <cstdint>

@@ -1,4 +1,4 @@
-/// What the history finds in archives that are made up, and what it alarms where nothing has changed.
+/// Measures what the history finds in invented archives, and its false alarms where nothing has changed.
 ///
 ///     history_simulation [SEED] [CASES]
 ///

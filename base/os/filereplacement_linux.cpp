@@ -19,8 +19,8 @@ bool isAllowed(const std::string& path, int rights)
     return faccessat(AT_FDCWD, path.c_str(), rights, AT_EACCESS) == 0;
 }
 
-/// The owner can be set by few, and matters where the administrator rewrites another user's file. First, since a new
-/// owner costs a file some of its permissions.
+/// Only privileged users can set the owner; it matters if the administrator rewrites another user's file. It is set
+/// first, because a change of the owner removes some permissions.
 void handDown(const struct stat& former, const std::string& path)
 {
     struct stat status = {};

@@ -7,8 +7,8 @@ using LbOs::Windows::ToSystemPath;
 namespace
 {
 
-/// Whether a rename may succeed a moment later: programs that search new files for viruses or words hold them, and two
-/// processes that replace one file get in each other's way.
+/// True if the rename may succeed a moment later: virus scanners and indexers hold new files open, and two processes
+/// may replace the same file at the same time.
 bool isPassing(DWORD error)
 {
     return error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED || error == ERROR_LOCK_VIOLATION;

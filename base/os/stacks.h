@@ -16,7 +16,7 @@ class CChildProcess;
 /// Unknown fields are empty or 0.
 struct SStackFrame
 {
-    std::uint64_t address = 0; ///< of the instruction; behind the call in all frames but the innermost
+    std::uint64_t address = 0; ///< of the next instruction: in all frames but the innermost the one after the call
     std::wstring module;       ///< file name without folder
     std::uint64_t offset = 0;  ///< of the address in the module as it is loaded
     std::wstring function;     ///< readable, with parameters

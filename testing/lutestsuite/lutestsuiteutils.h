@@ -148,7 +148,7 @@ public:
     static std::wstring GetFileNameOnly(const std::wstring& path);
     static std::wstring GetPrunedPath(const std::wstring& path);
 
-    /// Splits behind the last separator.
+    /// Splits after the last separator.
     static void SplitFileName(const std::wstring& path, std::wstring& folder, std::wstring& name);
 
     /// Creates the directory if it does not exist; true if it exists afterwards.

@@ -16,7 +16,7 @@
 namespace
 {
 
-/// The writes to standard output of a run of so many passing cases.
+/// The number of writes to standard output by a run of this number of passing cases.
 std::optional<std::size_t> countWrites(std::size_t cases, const std::wstring& options)
 {
     const ScopedFolder folder;

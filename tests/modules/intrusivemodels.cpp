@@ -50,7 +50,7 @@ void takeSignals(const std::wstring& option)
     }).detach();
 }
 
-/// Whether the system gives the case so many copies of its process at a time.
+/// True if the case can have `count` forks of its process at the same time.
 bool canFork(std::size_t count)
 {
     std::vector<long> copies;

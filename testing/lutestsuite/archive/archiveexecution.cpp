@@ -86,8 +86,8 @@ std::wstring getSuffix(const SArchiveRun& run)
                     run.config == L"Debug" ? L"debug" : L"release");
 }
 
-/// Archives the report as a whole or not at all; a report that cannot be archived stays in the child's folder. Without
-/// a report of the child the archive gets none.
+/// Archives the complete report or nothing. A report that cannot be archived stays in the child's folder. If the child
+/// wrote no report, nothing is archived.
 bool moveReport(const std::wstring& report, const std::wstring& target)
 {
     if (!LbFileSystem::IsFile(report))

@@ -155,7 +155,7 @@ bool CDeletion::mayGo(const SDataSet& dataSet, const SDataSet& kept)
            isUnchanged(dataSet) && isUnchanged(kept);
 }
 
-/// Empty for a path behind a link between the data directory and the data set: such files do not belong to the data
+/// Empty if a folder between the data directory and the data set is a link: such files do not belong to the data
 /// directory.
 std::wstring CDeletion::getOwnPlace(const SDataSet& dataSet) const
 {

@@ -56,7 +56,7 @@ public:
         Add("'");
     }
 
-    /// What is there so far goes out: one line where it is short enough.
+    /// Writes the text collected so far; a short line is written in one piece.
     void Write()
     {
         LbOs::WriteCrashText({m_bytes, m_size});

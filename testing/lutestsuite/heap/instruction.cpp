@@ -202,7 +202,7 @@ private:
         case EOpcodeMap::OneByte:
             return c_OneByteMap[m_instruction.opcode];
         case EOpcodeMap::Map0F:
-            // The same codes with these prefixes are EXTRQ and INSERTQ with two bytes behind.
+            // The same codes with these prefixes are EXTRQ and INSERTQ, followed by two bytes.
             if (m_instruction.opcode == 0x78 && (m_hasOperandSize || m_hasRepeatNotZero))
             {
                 return 'W';

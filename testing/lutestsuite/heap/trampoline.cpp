@@ -27,7 +27,7 @@ struct SPrologue
     }
 };
 
-/// True if execution never continues behind the instruction.
+/// True if execution never continues after the instruction.
 bool endsPath(const SInstruction& instruction) noexcept
 {
     if (instruction.map != EOpcodeMap::OneByte)
@@ -69,7 +69,7 @@ std::optional<SPrologue> readPrologue(std::span<const std::uint8_t> code) noexce
         {
             break;
         }
-        // The patch may overwrite a short function together with the padding behind it. It may not overwrite a call,
+        // The patch may overwrite a short function together with the padding after it. It may not overwrite a call,
         // which would return into the patch.
         const std::size_t rest = c_PatchSize - prologue.size;
         if (isCall(*instruction) ||
@@ -81,7 +81,7 @@ std::optional<SPrologue> readPrologue(std::span<const std::uint8_t> code) noexce
     return prologue;
 }
 
-/// Searches the code behind the prologue for jumps into the overwritten bytes. Not a proof: it misses jumps through
+/// Searches the code after the prologue for jumps into the overwritten bytes. This is no proof: it misses jumps through
 /// tables and jumps from distant code.
 bool isEnteredFromBehind(std::span<const std::uint8_t> code, std::uintptr_t target, std::size_t first) noexcept
 {

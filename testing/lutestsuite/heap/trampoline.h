@@ -1,4 +1,4 @@
-/// The code that runs a patched function's overwritten instructions and continues behind them.
+/// The code that runs a patched function's overwritten instructions and continues after them.
 #pragma once
 
 #include <array>

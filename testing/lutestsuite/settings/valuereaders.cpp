@@ -23,7 +23,7 @@ bool beginsWithPlus(std::string_view number)
 }
 
 /// For a number that no float can represent: true if it is too close to zero, that is, if its first non-zero digit is
-/// behind the point after applying the exponent.
+/// right of the point after applying the exponent.
 bool isTiny(const std::string& number)
 {
     const std::size_t end = std::min(number.find_first_of("eE"), number.size());

@@ -73,7 +73,7 @@ SPaths getPaths(const UnitTests& tests)
 }
 
 /// Orders characters like UTF-16 code units, and the separator like the Windows separator, so that the tree is the same
-/// on all platforms. A backslash that is no separator sorts behind a separator.
+/// on all platforms. A backslash that is no separator sorts after a separator.
 std::uint64_t getOrder(wchar_t character)
 {
     constexpr std::uint64_t c_BehindPairs = 0x200000;

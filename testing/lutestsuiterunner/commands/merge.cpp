@@ -182,7 +182,7 @@ public:
     /// The last journal records how the merged run has ended.
     void End(const std::wstring& time, const std::vector<std::wstring>& problems)
     {
-        // Without a time of its own.
+        // This journal has no time of its own.
         constexpr std::uint64_t c_Elapsed = 1;
         SJournalBegun begun;
         begun.time = time;

@@ -26,7 +26,7 @@ std::wstring indent(const std::wstring& text, std::size_t mostLines)
     return start < text.size() ? lines + L"    ... (alles Weitere steht im Report)\n" : lines;
 }
 
-/// Of the first stack, that of the thread at fault.
+/// The first frame in the module. Searches the first stack, which is that of the thread at fault.
 std::wstring findOwnFrame(const std::wstring& stacks, const std::wstring& module)
 {
     const std::wstring first = stacks.substr(0, stacks.find(L"\nStapel "));

@@ -13,7 +13,7 @@ namespace Runner
 /// for one that passed after a failed one a single line; otherwise nothing. German, lines ended by line feeds.
 std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
 
-/// Data file, reason, at most so many lines of messages and of output, and the first frame of the test's own module on
+/// Data file, reason, at most `mostLines` lines of messages and of output, and the first frame in the test's module on
 /// the stack of the thread at fault; indented.
 std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt,
                              std::size_t mostLines);

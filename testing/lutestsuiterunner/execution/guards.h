@@ -11,7 +11,7 @@ namespace Runner
 {
 
 /// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, modules
-/// behind --dll that are missing or could not be loaded. German, one line each. The modules have been loaded before.
+/// of --dll that are missing or could not be loaded. German, one line each. The modules have been loaded before.
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
                                        std::size_t caseCount);
 

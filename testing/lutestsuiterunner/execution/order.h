@@ -11,7 +11,7 @@
 namespace Runner
 {
 
-/// What is known of a case from an earlier run, by case index.
+/// The results of an earlier run, by case index; empty for cases that it did not run.
 using PreviousCases = std::vector<std::optional<SPreviousCase>>;
 PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous);
 

@@ -17,25 +17,26 @@ struct SQuarantineEntry
     std::wstring pattern;
     std::vector<std::uint32_t> cases; ///< case runs of the plan that it matches; ascending
     std::uint32_t passedRuns = 0;     ///< in a row, see CountPassedRuns
-    std::uint32_t earlierRuns = 0;    ///< of these, without this run
+    std::uint32_t earlierRuns = 0;    ///< passedRuns before this run
 };
 
 using Quarantine = std::vector<SQuarantineEntry>;
 
-/// From so many runs on, an entry is named as one that can go.
+/// After this number of passed runs in a row, the user is told that the entry can be removed.
 inline constexpr std::uint32_t c_RunsUntilRelease = 20;
 
-/// Reads the file: a pattern a line, as that of the option -i; blanks around it, empty lines and lines that begin with
-/// "#" do not count. UTF-8. Matches the patterns with the plan's cases and sets SPlannedCase::isQuarantined. Throws a
-/// German message as std::wstring for a wrong pattern, LbException if the file cannot be read.
+/// Reads the file: UTF-8, one pattern per line, with the syntax of the option -i. Blanks around a pattern, empty lines
+/// and lines that begin with "#" are ignored. Matches the patterns with the plan's cases and sets
+/// SPlannedCase::isQuarantined. Throws a German message as std::wstring for a wrong pattern, LbException if the file
+/// cannot be read.
 Quarantine ReadQuarantine(const std::wstring& path, const LuTestSuiteSetup& setup, SPlan& plan);
 
 /// The patterns of the entries that match no case.
 std::vector<std::wstring> FindIdleEntries(const Quarantine& quarantine);
 
-/// Brings the numbers of passed runs to this run: those of the earlier run's folder and one more if all cases of an
-/// entry that ran have passed at once; 0 if one has not. An entry whose cases did not run keeps its number. The folder
-/// may be this run's own: a run that is resumed counts once.
+/// Sets the counts of passed runs. An entry continues the count in the earlier run's folder: plus one if all its cases
+/// that ran passed at the first attempt, 0 if one did not, unchanged if none ran. The folder may be that of this run: a
+/// resumed run counts once.
 void CountPassedRuns(Quarantine& quarantine, const CRunState& state, const std::wstring& earlierFolder);
 
 /// Writes the numbers after the run of this id into its folder. Throws LbException with a German message.

@@ -33,10 +33,10 @@ struct SSessionParts
 enum class EProcess
 {
     AsPlanned,
-    Own ///< each in a child process of its own
+    Own ///< each in its own child process
 };
 
-/// How far it goes.
+/// When failures are repeated, and when they end the run.
 struct SSessionLimits
 {
     std::uint32_t retries = 0;
@@ -47,7 +47,7 @@ struct SSessionLimits
 class CSession : public INonCopyable
 {
 public:
-    /// The setup's mode holds for all cases; its selection and its reports do not matter.
+    /// All cases run in the setup's mode; its selection and its reports are ignored.
     CSession(const SSessionParts& parts, const LuTestSuiteSetup& setup, const SSessionLimits& limits);
 
     /// Writes the record, then applies it to the state. Any thread.
@@ -56,7 +56,7 @@ public:
     /// Records that the open attempt at a case has come to its end, with the attempt's number, and tells the listener.
     void End(SCaseEnded record);
 
-    /// Runs the cases in this order. A case that was broken off is run under its own attempt again. Throws LbException
+    /// Runs the cases in this order. An interrupted case runs again under the same attempt number. Throws LbException
     /// if recording fails; then no further case starts.
     void Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process);
 

@@ -13,7 +13,7 @@ namespace Runner::History
 {
 
 /// One mark for each run, the newest on the right: low for passed, high for failed, a dot for canceled, no mark for
-/// absent. For readers without drawings, the text gives their numbers.
+/// absent. Screen readers get the counts as text.
 std::string DrawOutcomes(std::span<const EOutcome> outcomes);
 
 /// A line through the values, without gaps. `marks` are the runs at which the level changed; the change is somewhere in
@@ -22,9 +22,9 @@ struct SLine
 {
     std::span<const std::optional<double>> values; ///< of each run
     std::vector<std::size_t> marks;
-    std::size_t intervalFirst = 0; ///< shaded if it ends behind its first run
+    std::size_t intervalFirst = 0; ///< the interval is shaded if it has more than one run
     std::size_t intervalLast = 0;
-    std::string label; ///< for readers that see no drawing; markup
+    std::string label; ///< for screen readers; markup
 };
 
 std::string DrawLine(const SLine& line);

@@ -62,9 +62,9 @@ struct SMeasure
     std::vector<SSeries> GetSample() const;
 };
 
-/// Times at the usual tempo, in seconds. A case whose times follow the tempo half or not at all, as one that waits, is
-/// adjusted half or not at all. Left out are cases of under 10 microseconds, for reports hold whole microseconds, and
-/// those that vary by less than `smallestChange` in all.
+/// Times at the usual tempo, in seconds. If the times of a case follow the tempo only partly or not at all, for example
+/// because it waits, they are adjusted partly or not at all. Cases under 10 microseconds are left out, because reports
+/// contain whole microseconds; so are cases whose total variation is below `smallestChange`.
 SMeasure GetTimes(const CTable& table, std::span<const double> tempo, double smallestChange);
 
 /// Highest heap use in bytes.

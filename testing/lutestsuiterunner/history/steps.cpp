@@ -25,7 +25,8 @@ std::size_t getNextSize(std::size_t size)
     return std::max(size + 1, size * 6 / 5);
 }
 
-/// Pairs in the wrong order, one value of them behind the place, by the sum of the ranks behind it.
+/// The pairs of a value before and a value after the place that are in the wrong order, from the sum of the ranks after
+/// the place.
 std::size_t countInversions(std::size_t behind, std::size_t length, std::uint64_t rankSum, bool isUp)
 {
     const std::uint64_t lowest = behind * (behind - 1) / 2;

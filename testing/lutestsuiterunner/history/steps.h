@@ -15,8 +15,8 @@ namespace Runner::History
 /// A change of level between two neighbouring runs of a series.
 struct SStep
 {
-    std::size_t index = 0; ///< of the first run behind the step
-    std::size_t first = 0; ///< the interval that holds this run, both ends included
+    std::size_t index = 0; ///< of the first run after the step
+    std::size_t first = 0; ///< the interval that contains this run, both ends included
     std::size_t last = 0;
     double before = 0.0; ///< medians between the steps
     double after = 0.0;
@@ -33,7 +33,7 @@ struct SThresholds
     double deviations = 0.0; ///< more than
 };
 
-/// The strongest steps of a series by both measures, and where they are. 0 where there is no step worth looking at.
+/// The strongest steps of a series by both measures, and where they are. 0 if there is no step of interest.
 struct SStrongest
 {
     double bits = 0.0;
@@ -42,7 +42,7 @@ struct SStrongest
     std::size_t deviationsIndex = 0;
 };
 
-/// A series, or the runs of one in another order.
+/// A series, with its runs in their own or another order.
 struct SSeriesView
 {
     std::span<const double> values;
@@ -62,7 +62,7 @@ public:
     SStrongest FindStrongest(const SSeriesView& series);
 
     /// All steps beyond a threshold, in the order of the runs: the strongest one, then those in the parts before and
-    /// behind it. `seed` orders equal values.
+    /// after it. `seed` orders equal values.
     std::vector<SStep> FindSteps(std::span<const double> values, std::uint64_t seed, const SThresholds& thresholds);
 
     /// The number of tests that FindStrongest makes with a series of that length.

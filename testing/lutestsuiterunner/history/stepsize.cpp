@@ -36,8 +36,8 @@ SResiduals getResiduals(std::span<const double> values, double mean)
     return residuals;
 }
 
-/// (1 + r) / (1 - r) for the lag-1 autocorrelation r. The estimate of one series is too low for a short one, which is
-/// corrected, and uncertain, so that its standard error is taken off; what all series share counts in any case.
+/// (1 + r) / (1 - r) for the lag-1 autocorrelation r. The estimate of a short series is too low, so it is corrected. It
+/// is also uncertain, so its standard error is subtracted. The correlation that all series share is the lower limit.
 double getInflation(double correlation, double length, double commonCorrelation)
 {
     constexpr double c_Highest = 0.9;

@@ -17,7 +17,7 @@ struct SCommonNoise
 struct SStepSize
 {
     double deviations = 0.0; ///< size of the step in standard errors: Student's t, corrected by the inflation
-    double inflation = 1.0;  ///< how many runs count as one because neighbours resemble each other, 1 or more
+    double inflation = 1.0;  ///< this number of runs counts as one, because neighbours resemble each other; at least 1
 };
 
 /// Compares the values before `place` with those from it on. The values are winsorized; both parts hold one at least,

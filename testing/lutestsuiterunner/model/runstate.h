@@ -124,7 +124,7 @@ private:
     std::vector<SAttempt>& getAttempts(std::uint32_t caseIndex);
     bool isFinishedElsewhere(const SRecordPlace& place, std::uint32_t caseIndex, std::uint32_t attempt);
 
-    /// Of one process, in the order of their places.
+    /// Cases that ended in one process, in the order of their places.
     struct SEndedCases
     {
         std::vector<SRecordPlace> places;

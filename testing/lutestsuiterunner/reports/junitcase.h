@@ -24,7 +24,7 @@ struct SJunitCase
     std::uint64_t time = 0; ///< nanoseconds
     std::string start;      ///< markup up to the text
     std::string text;       ///< escaped; empty if there is nothing to tell
-    std::string end;        ///< markup behind the text
+    std::string end;        ///< markup after the text
 
     bool IsRed() const { return status == EJunitStatus::Failure || status == EJunitStatus::Error; }
 };
@@ -35,7 +35,7 @@ SJunitCase MakeJunitCase(const CRunState& state, std::uint32_t caseIndex, std::w
 /// A case that its description disables.
 SJunitCase MakeJunitCase(const SPlan& plan, const SDisabledCase& disabled, std::wstring_view suiteName);
 
-/// Something that is wrong with the run as a whole.
+/// A problem of the run, not of a case.
 SJunitCase MakeJunitProblem(std::wstring_view name, std::wstring_view problem, std::wstring_view suiteName);
 
 } // namespace Runner

@@ -9,7 +9,7 @@
 namespace Runner
 {
 
-/// Gives `write` a stream into a new file, which then takes its place as a whole. Throws LbException with a German
+/// Gives `write` a stream into a new file, which then replaces the file at `path`. Throws LbException with a German
 /// message that names the file.
 template<typename F>
 void WriteWholeFile(const std::wstring& path, const F& write)

@@ -33,7 +33,7 @@ protected:
         return m_output.GetText();
     }
 
-    /// Writes a data set that was last changed so many seconds ago.
+    /// Writes a data set that was last changed this number of seconds ago.
     std::wstring Write(const std::wstring& name, const std::string& content, int age = 100) const
     {
         const std::wstring path = m_folder.WriteFile(L"CDataSetModel/" + name, content);

@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Prologues, Trampoline,
                              SPrologueCase{"ShortBranch", {0x31, 0xC0, 0x74, 1, 0xCC, 0xC3}, {0, 2, 4}, 5},
                              // test edi, edi; jz with a displacement of 32 bits
                              SPrologueCase{"NearBranch", {0x85, 0xFF, 0x0F, 0x84, 5, 0, 0, 0, 0xC3}, {0, 2}, 8},
-                             // push 2; loop to a place behind
+                             // push 2; loop to a later place
                              SPrologueCase{"Loop", {0x6A, 2, 0xE2, 6, 0x90, 0xC3}, {0, 2, 4}, 5},
                              // sub rsp, 28h; call
                              SPrologueCase{"Call", {0x48, 0x83, 0xEC, 0x28, 0xE8, 5, 0, 0, 0, 0xC3}, {0, 4}, 9}),
@@ -113,7 +113,7 @@ TEST(TrampolineBranch, SendsThreadsInFrontOfItsLongJumpsToBothDestinations)
 
     ASSERT_TRUE(trampoline);
     const std::size_t branch = *trampoline->FindCopy(c_Block, 2) - c_Block;
-    // Behind the copy of two bytes the branch is not taken; behind the short jump, of two bytes, too, it is.
+    // After the two bytes of the copied branch, it was not taken; after the two bytes of the short jump, it was taken.
     EXPECT_EQ(trampoline->FindResume(branch + 2), c_Target + 4);
     EXPECT_EQ(trampoline->FindResume(branch + 4), c_Target + 5);
 }

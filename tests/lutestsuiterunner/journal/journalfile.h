@@ -25,7 +25,7 @@ inline std::vector<std::string> ReadJournal(const std::wstring& folder, std::uin
     return texts;
 }
 
-/// Writes journal 1 with these records behind its first, and returns the texts of all.
+/// Writes journal 1 with these records after its first, and returns the texts of all.
 inline std::vector<std::string> WriteJournal(const std::wstring& folder, const std::vector<Runner::Record>& records)
 {
     const Runner::SJournalBegun begun = {"plan", 6, 1, L"1.0", 1, L"Rechner", L"2024-01-02 03:04:05"};
