@@ -100,7 +100,7 @@ private:
     std::pmr::unordered_map<Hash, SOwner> m_known{&m_memory};
 };
 
-/// Hands names on in groups, so that threads seldom wait for each other.
+/// Passes names on in groups, so that threads seldom wait for each other.
 class CRecorder
 {
 public:

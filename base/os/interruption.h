@@ -1,4 +1,4 @@
-/// Requests from outside that the process shall end: Ctrl-C, and the system's request to terminate.
+/// Requests from outside to end the process: Ctrl-C, and the system's request to terminate.
 #pragma once
 
 #include "base/lbexport.h"

@@ -146,7 +146,7 @@ bool CNamedEvent::Set()
 {
     const int pipe = m_state->GetPipe();
     const char mark = 1;
-    // A full pipe is set.
+    // If the pipe is full, the event is already set.
     return Linux::Retry([&] { return write(pipe, &mark, 1); }) == 1 || errno == EAGAIN;
 }
 

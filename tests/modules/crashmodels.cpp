@@ -69,7 +69,7 @@ void closeAllFiles()
 void useTooMuchMemory()
 {
     constexpr std::size_t c_Block = std::size_t{1} << 47U;
-    // Volatile, since compilers may leave out what is given back at once.
+    // Volatile, because compilers may omit an allocation that is released at once.
     void* volatile const block = ::operator new(c_Block);
     ::operator delete(block);
 }

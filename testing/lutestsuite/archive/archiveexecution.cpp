@@ -119,8 +119,8 @@ bool hasPages(const std::wstring& folder)
                                [](const std::wstring& name) { return name.ends_with(c_PageSuffix); });
 }
 
-/// Writes the style sheet and the script that the page links to again: other runs may delete the child's copies at any
-/// time. Keeps the child's copies while another page may need them.
+/// Writes the style sheet and the script that the page links to anew, instead of moving the child's copies: other runs
+/// may delete those at any time. Keeps the child's copies while another page may need them.
 void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
 {
     try

@@ -9,7 +9,7 @@ std::unique_ptr<LuUnitTest> LuTestSuite::CreateUnitTest(const std::wstring& clas
     auto* const unitTest = dynamic_cast<LuUnitTest*>(object.get());
     if (unitTest != nullptr)
     {
-        // Ownership goes over to the other view of the same object.
+        // Ownership passes to the other pointer to the same object.
         static_cast<void>(object.release());
     }
     return std::unique_ptr<LuUnitTest>(unitTest);

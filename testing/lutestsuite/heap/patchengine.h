@@ -66,7 +66,7 @@ public:
     /// Enables all disabled patches while the threads are stopped once. On failure nothing has changed.
     EPatchStatus EnableAll() noexcept;
 
-    /// Disables all patches and leads threads out of the trampolines. Trampolines stay in memory and stay executable: a
+    /// Disables all patches and moves threads out of the trampolines. Trampolines stay in memory and stay executable: a
     /// thread that leaves a signal handler may return into one. The next patch of the same function reuses it. On
     /// failure the engine stays initialised with all its patches, some of which may be disabled.
     EPatchStatus ShutDown() noexcept;

@@ -12,7 +12,7 @@ struct SMark
     bool isError;
 };
 
-/// In search order.
+/// In the order in which they are searched for.
 constexpr SMark c_Marks[] = {{L"INFO:  ", false}, {L"ERROR: ", true}};
 
 /// Removes everything up to the mark and sets the kind that it denotes; without a mark changes nothing.

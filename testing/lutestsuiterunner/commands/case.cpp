@@ -31,7 +31,7 @@ constexpr int c_Skipped = 77;
 /// The number of the result is added. See the help of the command.
 constexpr int c_FirstFailure = 10;
 
-/// Keeps how the one case ended.
+/// Stores how the case ended.
 class CCaseObserver : public LuTestSuiteRun::IRunObserver
 {
 public:

@@ -39,7 +39,7 @@ std::vector<std::wstring> FindIdleEntries(const Quarantine& quarantine);
 /// resumed run counts once.
 void CountPassedRuns(Quarantine& quarantine, const CRunState& state, const std::wstring& earlierFolder);
 
-/// Writes the numbers after the run of this id into its folder. Throws LbException with a German message.
+/// Writes the counts after the run `runId` into its folder. Throws LbException with a German message.
 void WritePassedRuns(const Quarantine& quarantine, const std::string& runId, const std::wstring& folder);
 
 } // namespace Runner

@@ -1,4 +1,4 @@
-/// One host at work on a run: runs cases and records what happens.
+/// The work of one host on a run: runs cases and records what happens.
 #pragma once
 
 #include <atomic>

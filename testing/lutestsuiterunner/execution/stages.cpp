@@ -26,7 +26,7 @@ Cases findCases(const CRunState& state, const std::function<bool(std::uint32_t)>
     return cases;
 }
 
-/// Failed so far, with fewer attempts than this one, or broken off at it.
+/// True if the case has failed so far with fewer attempts than this one, or was interrupted during it.
 bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t attempt)
 {
     const std::span<const SAttempt> attempts = state.GetAttempts(index);
@@ -36,7 +36,7 @@ bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t at
            (isBrokenOff || isNext);
 }
 
-/// It would bring this host down as well.
+/// True if the case has ended an earlier host, as it would end this one.
 bool hasEndedHost(const CRunState& state, std::uint32_t index)
 {
     return std::ranges::any_of(state.GetAttempts(index), [](const SAttempt& attempt) {

@@ -8,7 +8,7 @@
 namespace Runner
 {
 
-/// What to do beyond the first attempts.
+/// What to do after the first attempts.
 struct SStages
 {
     std::uint32_t retries = 0;
@@ -18,8 +18,8 @@ struct SStages
 /// Runs the cases that were under way in dead hosts (see FindUnderWay).
 void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder);
 
-/// Runs `cases`, then all failed cases again, as often as demanded, then those that failed in a process which they
-/// shared once more in processes of their own. Ends early when the session is canceled.
+/// Runs `cases`, then repeats all failed cases as often as demanded. Cases that failed in a shared process then run
+/// once more, each in its own process. Ends early when the session is canceled.
 void RunStages(CSession& session, const CRunState& state, const std::vector<std::uint32_t>& cases,
                const SStages& stages);
 

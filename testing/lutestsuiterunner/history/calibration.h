@@ -28,7 +28,7 @@ struct SShuffleCheck
     std::uint64_t archivesWithAlarm = 0;
 };
 
-/// Measures of the same runs.
+/// Computes the thresholds for measures of the same runs.
 class CCalibration
 {
 public:

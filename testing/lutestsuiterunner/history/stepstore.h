@@ -17,14 +17,14 @@ inline constexpr const wchar_t* c_StepStoreName = L"LuTestSuiteHistory.steps";
 class CStepStore
 {
 public:
-    /// `digest` is that of the archive. Without one nothing is stored.
+    /// `digest` identifies the archive's content. If it is empty, nothing is stored.
     CStepStore(const std::wstring& folder, const std::string& digest);
 
     /// The analysis of the table, which holds the runs of one configuration of the archive: stored or made.
     SStepAnalysis Get(const std::wstring& configuration, const CTable& table, const SStepRules& rules);
 
-    /// Writes what Get returned, if any of it was new. A file that cannot be written is left out: the next search takes
-    /// as long as this one.
+    /// Writes what Get returned, if any of it was new. If the file cannot be written, the next search takes as long as
+    /// this one.
     void Save() const;
 
 private:

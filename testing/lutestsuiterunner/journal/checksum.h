@@ -12,7 +12,7 @@ namespace Runner
 /// XXH3, 64 bits; the same on all platforms.
 std::uint64_t GetChecksum(std::string_view bytes) noexcept;
 
-/// XXH3, 128 bits, of bytes that come piece by piece.
+/// XXH3, 128 bits, of bytes that are added piece by piece.
 class CDigest
 {
 public:

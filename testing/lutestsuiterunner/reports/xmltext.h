@@ -1,4 +1,4 @@
-/// Text in XML files of UTF-8. Any text of the tests is carried, see ToEscapedUtf8.
+/// Text for XML files in UTF-8. Any text of a test can be written, see ToEscapedUtf8.
 #pragma once
 
 #include <cstddef>

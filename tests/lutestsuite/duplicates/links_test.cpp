@@ -44,7 +44,7 @@ protected:
         return LbPath::WithSeparator(LbOs::GetCanonicalPath(m_folder.GetPath())) + name;
     }
 
-    /// The chain of the link of that name; empty if none was found.
+    /// The chain of the link with this name; empty if none was found.
     std::vector<std::wstring> FindChain(const std::wstring& name) const
     {
         for (const SLink& link : FindLinks(m_folder.GetPath()).links)

@@ -1,4 +1,4 @@
-// How the processes end that cases in child processes start.
+// The end of processes that were started by cases in child processes.
 
 #include <algorithm>
 #include <chrono>

@@ -128,7 +128,7 @@ TEST_F(RunnerQuarantine, StartsCountingAgainAfterAFailure)
     Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
     Runner::WritePassedRuns(quarantine, "lauf 1", m_folder.GetPath());
 
-    // Flaky is not passed.
+    // A flaky case does not count as passed.
     Runner::CountPassedRuns(quarantine, MakeState(1, {Error, Ok}), m_folder.GetPath());
 
     EXPECT_EQ(quarantine[0].passedRuns, 0U);

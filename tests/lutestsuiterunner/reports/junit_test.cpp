@@ -287,7 +287,7 @@ TEST(RunnerJunit, OmitsPassedCasesBeforeOthers)
         EXPECT_FALSE(report.FindCase(L"CSecond", L"z.dat").IsEmpty()) << limit;
         EXPECT_NE(report.FindSuite(L"CSecond").GetChild("system-out").GetText().find(L"ausgelassen"),
                   std::wstring::npos);
-        // What is left out counts.
+        // Cases that are left out are counted.
         EXPECT_EQ(getCounts(report.FindSuite(L"b/CFirst")), L"301 0 0 0");
     }
 }

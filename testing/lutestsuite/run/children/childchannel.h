@@ -117,13 +117,13 @@ private:
 
     void startChild();
 
-    /// Ends the child with all that its cases have started; no effect without one.
+    /// Ends the child and all processes that its cases have started; no effect without a child.
     void endChild();
 
     /// Replaces objects without a name, which no child could open, and keeps the request; false on failure.
     bool ensureNames();
 
-    /// Whether no child took the request: the child ended by itself, was about to, or could not open the objects.
+    /// True if no child took the request: the child ended by itself, was about to, or could not open the objects.
     bool isNotTaken(EEnd end);
 
     /// Starts another child for a request that no child has taken.
