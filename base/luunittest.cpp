@@ -7,6 +7,7 @@
 #include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
 #include "base/os/directories.h"
+#include "base/os/files.h"
 #include "base/subtestsearch.h"
 
 LB_RTTI_ABSTRACT(LuUnitTest, IObject)
@@ -315,7 +316,7 @@ LuUnitTest::EResult LuUnitTest::CompareWithReference(std::span<const std::byte> 
 
 LuUnitTest::EResult LuUnitTest::compareWithReference(std::string_view received, const std::wstring& path, bool isText)
 {
-    const std::wstring place = LbPath::IsAbsolute(path) ? path : m_dataDirectory + path;
+    const std::wstring place = LbOs::IsAbsolutePath(path) ? path : m_dataDirectory + path;
     const std::wstring difference = LbReceivedFile::Compare(received, place, isText);
     if (difference.empty())
     {
