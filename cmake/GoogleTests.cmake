@@ -6,6 +6,27 @@
 # Suites with one of these words in their name carry the label "concurrent", which the thread sanitizer runs.
 set(LUTESTSUITE_CONCURRENT_WORDS Concurren Thread Parallel CriticalSection LbEvent Dispatcher Combinable)
 
+# Removes from a list of sources those without such a suite.
+function(lutestsuite_keep_concurrent_tests list)
+    list(JOIN LUTESTSUITE_CONCURRENT_WORDS "|" words)
+    set(kept "")
+    foreach(source IN LISTS ${list})
+        file(STRINGS "${source}" suites REGEX "^(TYPED_)?TEST(_F|_P)?\\([^,]*(${words})" LIMIT_COUNT 1)
+        if(suites)
+            list(APPEND kept "${source}")
+        endif()
+    endforeach()
+    set(${list} "${kept}" PARENT_SCOPE)
+endfunction()
+
+# Makes the sources of a test program quick to compile, in every build type: reading the headers of GoogleTest takes
+# more time than compiling most tests, and only what is tested has to be optimised.
+function(lutestsuite_compile_test target)
+    target_compile_options(${target} PRIVATE -O0)
+    target_precompile_headers(${target} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <atomic> <chrono>
+        <filesystem> <functional> <memory> <optional> <regex> <stdexcept> <string> <thread> <vector>)
+endfunction()
+
 function(lutestsuite_add_tests target)
     if(CMAKE_CROSSCOMPILING OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         lutestsuite_add_test_suites(${target})
