@@ -81,7 +81,7 @@ TEST(RunnerShards, TakeEquallyLongEvenIfLengthsAreSkewed)
     std::vector<std::uint64_t> times;
     for (int index = 0; index < 2000; ++index)
     {
-        const double share = (random() + 1.0) / 4294967297.0;
+        const double share = (static_cast<double>(random()) + 1.0) / 4294967297.0;
         times.push_back(static_cast<std::uint64_t>(-std::log(share) * c_Mean) + 1);
     }
 
