@@ -65,7 +65,7 @@ TEST(FindDifference, TurnsOneTextIntoTheOther)
     {
         const auto makeText = [&random] {
             std::string text;
-            for (std::uint32_t count = random() % 12; count > 0; --count)
+            for (auto count = random() % 12; count > 0; --count)
             {
                 text += static_cast<char>('a' + random() % 3);
                 text += '\n';
