@@ -1,8 +1,11 @@
 #include "base/lbrtti.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -39,8 +42,10 @@ SRegistry& getRegistry()
 
 SLate& getLate()
 {
-    // Never destroyed, for the same reason.
-    static SLate& late = *new SLate;
+    // Never destroyed, for the same reason. Not on the heap, because the first to look a class up may be a case whose
+    // heap is tracked.
+    alignas(SLate) static std::array<std::byte, sizeof(SLate)> s_memory;
+    static SLate& late = *new (s_memory.data()) SLate;
     return late;
 }
 
