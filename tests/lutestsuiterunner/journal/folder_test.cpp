@@ -114,7 +114,7 @@ TEST_F(RunnerFolder, NamesTheLineOfAContradictoryRecord)
 {
     {
         const auto writer = m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
-        runCase(*writer, 0, ECaseRunResult::Ok);
+        writer->Write(MakeEnd(2, ECaseRunResult::Ok));
     }
 
     EXPECT_NE(getMessage(GetPath()).find(L"Zeile 2"), std::wstring::npos);
