@@ -312,9 +312,14 @@ class German(Lint):
 
 class Headers(Lint):
     def test_header_that_needs_another_first(self):
-        lines = self.breaches("headers", {"base/a.h": "#pragma once\ninline std::string f() { return {}; }\n"})
+        header = {"base/a.h": "#pragma once\ninline std::string f() { return {}; }\n"}
+        lines = self.breaches("headers", header)
         self.assertTrue(lines)
         self.assertIn("base/a.h: does not compile alone", lines[0])
+        self.assertTrue(self.breaches("headers", {**header, "base/a.cpp": '#include <string>\n#include "base/a.h"\n'}))
+
+    def test_header_that_a_source_includes_first_is_left_to_the_build(self):
+        self.assert_clean("headers", {"base/a.h": "#pragma once\nnonsense\n", "base/a.cpp": '#include "base/a.h"\n'})
 
     def test_header_without_guard(self):
         self.assertTrue(self.breaches("headers", {"base/a.h": "struct S\n{\n};\n"}))
@@ -323,7 +328,7 @@ class Headers(Lint):
         self.assert_clean("headers", {"base/a.h": "#pragma once\n#include <string>\nstruct S\n{\n};\n"})
 
     def test_header_of_another_framework_that_the_build_compiles_alone(self):
-        header = {"testing/lutestsuite/catch2.h": "#include <missing>\n"}
+        header = {"testing/lutestsuite/catch2.h": "#pragma once\n#include <missing>\n"}
         self.assertTrue(self.breaches("headers", header))
         self.assert_clean("headers", {**header, "tests/foreign/catch2/adapter.cpp": "\n"})
 
