@@ -82,21 +82,30 @@ public:
     }
 
 private:
+    static void addLine(std::string_view line, std::string& text)
+    {
+        text += '\n';
+        text += line;
+    }
+
     std::string describe(const Catch::AssertionStats& stats) const
     {
         const Catch::AssertionResult& result = stats.assertionResult;
         std::string text = result.hasExpression() ? result.getExpressionInMacro() : std::string(result.getMessage());
         if (result.hasExpandedExpression())
         {
-            text += "\n" + result.getExpandedExpression();
+            addLine(result.getExpandedExpression(), text);
         }
         if (result.hasExpression() && result.hasMessage())
         {
-            text += "\n" + std::string(result.getMessage());
+            addLine(std::string(result.getMessage()), text);
         }
         for (const Catch::MessageInfo& message : stats.infoMessages)
         {
-            text += message.type == Catch::ResultWas::Info ? "\n" + message.message : "";
+            if (message.type == Catch::ResultWas::Info)
+            {
+                addLine(message.message, text);
+            }
         }
         // The first one is the test case itself.
         for (std::size_t index = 1; index < m_sections.size(); ++index)
