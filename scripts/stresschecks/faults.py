@@ -9,14 +9,15 @@ CLASS = "CFaultModel"
 MODULE = "faultmodels"
 MODES = [["-x"], ["-s"], ["-w", "4", "-x"], ["-w", "4", "-s"]]
 TIME_LIMIT = 1
-# Beyond the time limit, for the stacks and the end of the process.
+# Seconds beyond the time limit, for reading the stacks and ending the process.
 VERDICT_LIMIT = 2.0
 HUNG = "time-out"
-# What the reason of each case says. A healthy case has none.
+# A text that the reason of each case contains. Healthy cases have no reason.
 LINUX = {
     "WriteToNull": "SIGSEGV", "OverflowStack": "Stapelüberlauf", "CallAbort": "SIGABRT", "ThrowInThread": "SIGABRT",
     "FreeTwice": "SIGABRT", "LockTwice": HUNG, "LoopForever": HUNG, "LeaveAtOnce": "Status 0",
-    "UseAllMemory": "Speichermangel", "CallPureVirtual": "SIGABRT", "BreakAssertion": "SIGABRT", "WriteBehindPage": "SIGSEGV",
+    "UseAllMemory": "Speichermangel", "CallPureVirtual": "SIGABRT", "BreakAssertion": "SIGABRT",
+    "WriteBehindPage": "SIGSEGV",
 }
 WINDOWS = {
     "WriteToNull": "0xC0000005", "OverflowStack": "0xC00000FD", "CallAbort": "Status 3", "ThrowInThread": "Status 3",
