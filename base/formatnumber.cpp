@@ -15,14 +15,14 @@ using LbPrintf::EKind;
 using LbPrintf::ELength;
 using LbPrintf::SConversion;
 
-/// A number as the parts that it is written in.
+/// The parts of a formatted number, in the order of output.
 struct SNumber
 {
     std::string_view sign;
     std::string_view base; ///< "0x"
     std::size_t zeros = 0;
     std::string_view digits;
-    bool hasFinalPoint = false; ///< a point that the digits lack
+    bool hasFinalPoint = false; ///< adds a point that the digits lack
     std::size_t finalZeros = 0;
     std::string_view exponent;
     bool mayPadByZeros = true;
@@ -46,7 +46,7 @@ void toUpperCase(std::span<char> text)
     });
 }
 
-/// A number in progress: writes the digits of one argument, and keeps them.
+/// Formats the digits of one argument, and owns their memory.
 class CNumberWriter
 {
 public:
@@ -107,7 +107,7 @@ private:
         return number;
     }
 
-    /// How many bits of an integer of `size` bytes count. C makes arguments of less than 32 bits as wide.
+    /// How many bits of an integer of `size` bytes count. C widens smaller arguments to 32 bits.
     unsigned getBitCount(std::size_t size) const
     {
         switch (m_conversion.length)
@@ -228,7 +228,7 @@ private:
         {
             return 0;
         }
-        // Of zero the digit in front of the point counts.
+        // For the value zero, the digit before the point counts as significant.
         const std::size_t first = digits.find_first_of("123456789");
         const std::string_view significant = digits.substr(first == std::string_view::npos ? 0 : first);
         const std::int64_t present =

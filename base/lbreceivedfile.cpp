@@ -129,7 +129,8 @@ void keep(std::string_view received, const std::wstring& reference)
     const bool isSame = LbFileSystem::IsFile(path) && LbFileSystem::ReadFile8Bit(path) == received;
     if (!isSame)
     {
-        // First, so that the number of a run that is killed here belongs to other bytes.
+        // Written before the number of runs: if the process is killed in between, the old number belongs to other bytes
+        // and does not count.
         write(path, received);
     }
     const std::uint32_t runs = isSame ? LbReceivedFile::CountRuns(received, reference) : 0;

@@ -15,19 +15,19 @@ namespace
 
 using LbSubtestSearch::SSubtests;
 
-/// Of a name, or of a class with its directory. Objects whose hashes collide make each other's searches slower, but not
-/// wrong: each answer is checked.
+/// The hash of a name, or of a class with its directory. A collision makes a search slower, but not wrong, because each
+/// answer is checked.
 using Hash = std::size_t;
 
-/// For each class and directory, the names of the first sub-tests, up to the last one that a search has reached.
+/// Stores, for each class and directory, the names of the sub-tests that searches have read so far, from the first on.
 class CKnownNames
 {
 public:
     struct SAnswer
     {
         std::optional<std::uint32_t> subtest;
-        std::uint32_t count = 0; ///< of the names known
-        bool areAll = false;     ///< the known names are all that an object with this listing and count has
+        std::uint32_t count = 0; ///< number of known names
+        bool areAll = false;     ///< true if the object, by its listing and count, has no other names
     };
 
     SAnswer Find(Hash owner, Hash name, const SSubtests& subtests) const
@@ -44,7 +44,7 @@ public:
                 names.completeFor && names.completeFor == subtests.listing && names.count == subtests.count};
     }
 
-    /// Names of sub-tests from `first` on. They are dropped when those in front of them are not known any more.
+    /// Adds the names of the sub-tests from `first` on. Ignores them if the names before them are not known any more.
     void Append(Hash owner, std::uint32_t first, std::span<const Hash> names)
     {
         const std::lock_guard lock(m_mutex);
@@ -62,7 +62,7 @@ public:
         known.count = std::max(known.count, first);
     }
 
-    /// Returns a number of what is known from now on.
+    /// Forgets the names of the class. Returns a number for SetComplete that identifies the names known from now on.
     std::uint64_t Forget(Hash owner)
     {
         const std::lock_guard lock(m_mutex);
@@ -119,7 +119,7 @@ public:
     }
 
 private:
-    /// Without memory the names are not remembered.
+    /// If memory is short, the names are not stored.
     void flush() noexcept
     try
     {
@@ -188,7 +188,7 @@ std::optional<std::uint32_t> LbSubtestSearch::Find(const SSubtests& subtests, st
     {
         return found;
     }
-    // It has moved, or is not there.
+    // The sub-test has another index than before, or it does not exist.
     const std::uint64_t number = names.Forget(owner);
     const std::optional<std::uint32_t> found = searchFrom(0, subtests, owner, name);
     if (!found)

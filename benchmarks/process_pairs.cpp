@@ -64,7 +64,7 @@ double measurePairs(int count)
     const auto ask = [&] {
         return question->Set() && reply->Wait(c_LongestWait, child.get()) == LbOs::EEventWait::Signaled;
     };
-    // The first one waits for the start.
+    // The first request includes the start of the child.
     return question && reply && child && ask() ? measure(count, ask) : -1;
 }
 

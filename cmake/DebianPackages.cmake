@@ -9,7 +9,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
-# The hosts need the libraries, which no installed package has.
+# The hosts link our own libraries, which are in no installed package.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -21,7 +21,7 @@ set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARIES_DESCRIPTION "The libraries LuTestSuite and LbBase, which run data-driven unit tests
 and are the base of test modules.")
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
-# Loaded when a child process has crashed.
+# The library loads libdw when a child process has crashed.
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_RECOMMENDS libdw1)
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liblutestsuite-dev)

@@ -50,7 +50,8 @@ if((LUTESTSUITE_BUILD_TESTS OR LUTESTSUITE_BUILD_BENCHMARKS) AND NOT TARGET GTes
     endif()
 endif()
 
-# For the tests of its adapter, which are skipped without it. scripts/setup fetches the sources.
+# Catch2 is needed only by the tests of the Catch2 adapter, which are skipped if it is missing. scripts/setup fetches
+# the sources.
 if(LUTESTSUITE_BUILD_TESTS AND NOT TARGET Catch2::Catch2)
     set(cache "$ENV{XDG_CACHE_HOME}")
     if(NOT cache)
@@ -59,7 +60,7 @@ if(LUTESTSUITE_BUILD_TESTS AND NOT TARGET Catch2::Catch2)
     set(LUTESTSUITE_CATCH2_SOURCE "${cache}/lutestsuite/catch2" CACHE PATH "Catch2 3 sources, built for both platforms")
     if(EXISTS "${LUTESTSUITE_CATCH2_SOURCE}/CMakeLists.txt")
         add_subdirectory("${LUTESTSUITE_CATCH2_SOURCE}" "${PROJECT_BINARY_DIR}/catch2" EXCLUDE_FROM_ALL SYSTEM)
-        # Catch2 is also published as one source. A hundred of them take several times as long.
+        # Compiling Catch2's hundred sources one by one takes several times as long as compiling a few large ones.
         set_target_properties(Catch2 PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 60)
     else()
         find_package(Catch2 3 CONFIG QUIET)

@@ -8,7 +8,7 @@ if(NOT CMAKE_SCRIPT_MODE_FILE)
 endif()
 # The folders below testing/lutestsuite are private.
 file(GLOB LUTESTSUITE_PUBLIC_HEADERS RELATIVE "${root}" ${option} "${root}/base/*.h" "${root}/testing/lutestsuite/*.h")
-# Only LbBase itself includes these.
+# Only LbBase itself includes these headers.
 list(REMOVE_ITEM LUTESTSUITE_PUBLIC_HEADERS base/pagememory.h base/subtestsearch.h)
 # Headers of the platform layer that other public headers include, or that a host needs to read its arguments.
 list(APPEND LUTESTSUITE_PUBLIC_HEADERS

@@ -101,7 +101,7 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
     return isWritten;
 }
 
-/// False, and leaves the mode as it is, if the handle is no console that understands sequences.
+/// If the handle is not a console that understands sequences, returns false and leaves the mode unchanged.
 bool enableSequences(HANDLE console)
 {
     DWORD mode = 0;

@@ -179,10 +179,10 @@ void keepStack()
     SetThreadStackGuarantee(&guarantee);
 }
 
-/// Whether exceptions end the process silently when there is no report any more.
+/// Whether exceptions end the process silently once the report no longer exists.
 std::atomic<bool> s_isSilent = false;
 
-/// Where crash texts go beside standard error.
+/// The file that receives crash texts in addition to standard error.
 std::atomic<HANDLE> s_copy = INVALID_HANDLE_VALUE;
 
 void writeLines(HANDLE file, std::string_view text) noexcept

@@ -1,4 +1,4 @@
-/// Files that only grow, and what has to survive a loss of the machine. Paths as in files.h; any thread.
+/// Files that only grow, and data that must survive a crash of the machine. Paths as in files.h; any thread.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace LbOs
 /// Other programs may read the file while it is open; child processes do not inherit it.
 LB_API FileHandle CreateForAppending(const std::wstring& path);
 
-/// Opens a file for reading what has grown since: from the byte at `offset` on. c_InvalidFile on failure.
+/// Opens a file for reading from the byte at `offset` on. c_InvalidFile on failure.
 LB_API FileHandle OpenForReadingFrom(const std::wstring& path, std::uint64_t offset);
 
 /// Flushes everything that was written to the disk, and waits for that. False on failure: earlier bytes may then be

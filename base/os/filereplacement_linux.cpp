@@ -13,7 +13,7 @@ using LbOs::Linux::ToSystemPath;
 namespace
 {
 
-/// By the rights that count for opening a file.
+/// Checks the rights that count for opening a file.
 bool isAllowed(const std::string& path, int rights)
 {
     return faccessat(AT_FDCWD, path.c_str(), rights, AT_EACCESS) == 0;
@@ -32,7 +32,7 @@ void handDown(const struct stat& former, const std::string& path)
     const bool isGroupKept = (status.st_uid == former.st_uid && status.st_gid == former.st_gid) ||
                              chown(path.c_str(), former.st_uid, former.st_gid) == 0 ||
                              chown(path.c_str(), c_AsItIs, former.st_gid) == 0;
-    // What the former group might do another group may do only if everybody may.
+    // If the file gets another group, that group gets only the rights that everybody has.
     const mode_t others = former.st_mode & S_IRWXO;
     const mode_t group = isGroupKept ? former.st_mode & S_IRWXG : others << 3U;
     chmod(path.c_str(), (former.st_mode & S_IRWXU) | group | others);

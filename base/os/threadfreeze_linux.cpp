@@ -124,7 +124,7 @@ enum class EThreadFile
     Unreadable ///< the state of the thread is unknown
 };
 
-/// The beginning of one of the kernel's files about a thread, as text.
+/// Reads the beginning of one of the kernel's files about a thread.
 template<std::size_t Size>
 EThreadFile readThreadFile(pid_t thread, std::string_view name, char (&text)[Size], std::size_t& length) noexcept
 {

@@ -10,7 +10,8 @@ import time
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BIN = os.path.join(ROOT, "build", "linux-release", "bin")
 
-# Includes processes that the command has waited for, but memory is that of the command alone, in bytes.
+# The processor time includes processes that the command has waited for. The memory, in bytes, is that of the command
+# alone.
 Cost = collections.namedtuple("Cost", "elapsed processor memory")
 
 
@@ -48,7 +49,7 @@ def run(command, folder, output="output.txt"):
 
 
 def least(costs):
-    """Other work of the machine only adds to a cost."""
+    """The least of each figure, because other work of the machine only adds to a cost."""
     return Cost(*(min(figures) for figures in zip(*costs)))
 
 

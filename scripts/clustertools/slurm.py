@@ -69,7 +69,7 @@ def find_missing_programs():
 
 
 def choose_ports(count):
-    """Free at this moment, all different."""
+    """Different ports that are free at this moment."""
     sockets = [socket.socket() for _ in range(count)]
     for one in sockets:
         one.bind(("127.0.0.1", 0))
@@ -80,8 +80,8 @@ def choose_ports(count):
 
 
 def get_default_folder(root):
-    """One for each checkout and user. Below the temporary folder, because the path of a socket is limited to about 100
-    bytes and munge's user must be able to enter it."""
+    """Each checkout and user has its own folder. It is in the temporary folder, because a socket's path is limited to
+    about 100 bytes and munge's user must be able to enter the folder."""
     name = hashlib.sha256(root.encode()).hexdigest()[:10]
     return os.path.join(tempfile.gettempdir(), f"lutestsuite-cluster-{os.getuid()}-{name}")
 
@@ -96,8 +96,8 @@ def wait_until(condition, limit):
 
 
 class Cluster:
-    """The Slurm whose state is in a folder. Its processes are recorded there with their start times, so that ids which
-    the system has given to other processes meanwhile are never signalled."""
+    """A Slurm whose state is in a folder. The start times of its processes are recorded there, so that a process that
+    got the id of an ended one is never signalled."""
 
     def __init__(self, folder):
         self.folder = folder
@@ -177,7 +177,7 @@ class Cluster:
 
     def _make_folder(self):
         shutil.rmtree(self.folder, ignore_errors=True)
-        # Fails if somebody else owns what is there.
+        # Fails if another user owns a folder of this name.
         os.mkdir(self.folder, 0o755)
         os.chmod(self.folder, 0o755)
         for name in ["munge", "state", *(f"spool-{node}" for node in NODES)]:
@@ -193,7 +193,7 @@ class Cluster:
                                        control_port=control_port, node_timeout=node_timeout))
 
     def _start_munge(self):
-        """As user munge if root starts it, because munged refuses to read the files of others."""
+        """Starts it as user munge if this user is root, because munged refuses to read the files of other users."""
         folder = os.path.join(self.folder, "munge")
         key = os.path.join(folder, "key")
         with open(key, "wb") as file:
@@ -219,9 +219,9 @@ class Cluster:
         return NODES
 
     def kill_tasks(self, node):
-        """As if the machine were lost: each task of the node with all of its processes."""
+        """Kills the node's tasks with all of their processes, as if the machine were lost."""
         mark = f"SLURMD_NODENAME={node}".encode()
-        # They would report how the tasks end.
+        # These processes come first, because they would report how the tasks end.
         for process in self.find_steps():
             if f"{self.folder}/slurmd-{node}.log" in opened_files(process):
                 os.kill(process, signal.SIGKILL)
@@ -261,7 +261,7 @@ class Cluster:
             os.kill(process, signal.SIGKILL)
 
     def find_steps(self):
-        """The processes of Slurm that watch over a task. Their environment names the settings."""
+        """The processes of Slurm that watch over a task, recognised by the settings that their environment names."""
         mark = f"SLURM_CONF={self.settings}".encode()
         return [process for process in list_processes()
                 if read_process_file(process, "comm").strip() == b"slurmstepd"

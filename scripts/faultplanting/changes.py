@@ -44,8 +44,8 @@ _NO_STATEMENT = re.compile(r"^ +(?:return|throw|static_assert|case|if|while|for|
 class Change:
     """A part of a line and its replacement."""
 
-    name: str  # of the file
-    number: int  # of the line, from 1
+    name: str  # path of the file
+    number: int  # line number, from 1
     line: str
     begin: int
     end: int
@@ -62,7 +62,7 @@ class Change:
 
 
 def draw(tree, patterns, seed):
-    """All changes in the files that fit a pattern, in an order that the seed determines."""
+    """All possible changes in the files whose names match a pattern, in an order that the seed determines."""
     found = []
     for name in tree.sources():
         is_product = name.startswith(("base/", "testing/")) and name.endswith(".cpp")

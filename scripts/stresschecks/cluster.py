@@ -21,7 +21,7 @@ BALANCE_SHARDS = 12
 
 
 class Round:
-    """One run, and what happens to it."""
+    """One run with its disturbances."""
 
     def __init__(self, host, cluster, data, out):
         self.host, self.cluster, self.data, self.out = host, cluster, data, out
@@ -39,7 +39,7 @@ class Round:
                     "-d", self.data, "--dll", "durationmodels"])
 
     def tasks(self, state="RUNNING"):
-        """Jobs of this moment: the id that scontrol takes, the shard, and the node."""
+        """The current jobs: for each the id that scontrol takes, the shard, and the node."""
         output = self.cluster.call(["squeue", "--array", "--noheader", f"--states={state}", "--format=%F_%K|%K|%N"])
         return [line.split("|") for line in (output or "").split()]
 
@@ -47,10 +47,10 @@ class Round:
         tasks = self.tasks()
         return random.choice(tasks) if tasks else None
 
-    # What may happen. Each says what it did.
+    # The possible disturbances. Each function returns a text that says what it did.
 
     def kill_node(self):
-        """Only the daemon: the hosts of its tasks go on, while the tasks start again elsewhere."""
+        """Kills only the daemon: its tasks' hosts continue, while Slurm starts the tasks again on another node."""
         name = random.choice(self.cluster.nodes())
         self.cluster.signal(name, signal.SIGKILL)
         self.restarts.append((time.monotonic() + DOWN, name))
@@ -93,7 +93,7 @@ class Round:
     EVENTS = [kill_node, lose_machine, requeue, cancel, start_twice, kill_submitter]
 
     def run(self, number):
-        """What happened, and what is wrong."""
+        """Returns what happened, and what is wrong."""
         shutil.rmtree(self.out, ignore_errors=True)
         self.submit()
         while self.process.poll() is None and not self.tasks():
@@ -109,7 +109,7 @@ class Round:
         return [text for text in happened if text], self.faults(output)
 
     def wait(self):
-        """Slurm starts a task that it queued again after two minutes; the check need not wait for that."""
+        """Waits for the end of the run. Starts requeued tasks at once, which Slurm would delay by two minutes."""
         end = time.monotonic() + LIMIT
         while time.monotonic() < end:
             try:
@@ -129,13 +129,13 @@ class Round:
             found.append(f"status {self.process.returncode}: {output[-500:]}")
         proof = subprocess.run([os.path.join(os.path.dirname(__file__), "..", "check-proof"), self.out],
                                capture_output=True, text=True, check=False)
-        # A host that runs on beside the one that counts may add its journal behind the proof.
+        # A superfluous host of a shard may write its journal after the proof was made.
         if proof.returncode != 0 and not self.extra:
             found.append(proof.stdout + proof.stderr)
         return found + self.losses()
 
     def losses(self):
-        """Counts the cases that hosts left open, which others had to do again. A host has one worker."""
+        """Counts the cases that hosts left open, so that other hosts had to repeat them. Each host has one worker."""
         found = []
         for shard in range(1, SHARDS + 1):
             folder = f"{self.out}/shard-{shard}"
@@ -176,7 +176,7 @@ def make_data(folder, cases, mean):
 
 
 def longest_over_mean(out, shards):
-    """Of the times that the shards' hosts were at work."""
+    """The longest working time of the shards' hosts, divided by the mean."""
     times = []
     for shard in range(1, shards + 1):
         with open(f"{out}/shard-{shard}/journal.ndjson", "rb") as file:
@@ -185,7 +185,7 @@ def longest_over_mean(out, shards):
 
 
 def measure_balance(host, cluster, folder):
-    """Exponential lengths, without history and with that of the first run."""
+    """Runs cases of exponentially distributed length: first without earlier times, then with those of the first run."""
     data, first, second = (os.path.join(folder, name) for name in ("balance", "first", "second"))
     make_data(data, BALANCE_CASES, BALANCE_MEAN_MS)
     for out, options in ((first, []), (second, ["--previous", first])):

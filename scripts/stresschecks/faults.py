@@ -26,7 +26,7 @@ WINDOWS = {
     "WriteBehindPage": "0xC0000005",
 }
 HEALTHY = {"gesund davor", "gesund danach"}
-# A process that leaves has no stack.
+# A process that exits has no stack.
 WITHOUT_STACK = {"LeaveAtOnce"}
 DESCRIPTION = f"""<ExtraInfo>
     <TestCase name="LockTwice"><TimeOutSec>{TIME_LIMIT}</TimeOutSec></TestCase>
@@ -55,7 +55,7 @@ def names_of(out):
 
 
 class Count:
-    """What the ends of all cases of a kind say."""
+    """Counts how the cases of one kind ended."""
 
     def __init__(self):
         self.runs = self.right = self.named = 0

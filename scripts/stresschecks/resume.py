@@ -39,7 +39,7 @@ class Runner:
 
 
 def journals(folder):
-    """The records of each journal; a torn line at its end is none."""
+    """The records of each journal, without an incomplete line at its end."""
     def number(name):
         match = re.fullmatch(r"journal(?:-(\d+))?\.ndjson", name)
         return int(match[1] or 1) if match else None
@@ -57,7 +57,7 @@ def journals(folder):
 
 
 def faults(folder, workers):
-    """What the journals say against the promise."""
+    """A message for each loss and each case that ran twice, according to the journals."""
     found = []
     finished = {}
     planned = 0
@@ -129,7 +129,7 @@ def wait_for_processes(runner):
 
 
 def has_run(out):
-    """A run that was killed before its plan stood has nothing that could be resumed."""
+    """False if the run was killed before its first journal began: then there is nothing to resume."""
     return os.path.exists(os.path.join(out, "journal.ndjson"))
 
 
@@ -139,7 +139,7 @@ def has_open_cases(out):
 
 
 def kill_once(runner, out, mode, longest):
-    """How often the run was killed, how often of these while cases were to be run, and what is wrong in the end."""
+    """Returns how often the run was killed, how often of these with cases left to run, and what is wrong in the end."""
     shutil.rmtree(out, ignore_errors=True)
     kills = hits = 0
     found = []
@@ -164,7 +164,7 @@ def measure(runner, out, mode):
 
 
 def check(runner, folder, count):
-    """Kills `count` runs and more, spread over the modes; returns the number of faults."""
+    """Kills runs at least `count` times, spread over the modes. Returns the number of faults."""
     out = os.path.join(folder, "out")
     expected = [measure(runner, out, mode) for mode in MODES]
     killed = faulty = runs = 0
@@ -199,12 +199,12 @@ def mount(place, options):
 
 
 def size_of(out):
-    """Bytes of what is written before the reports."""
+    """Bytes of the files that are written before the reports."""
     return sum(os.path.getsize(os.path.join(out, name)) for name in os.listdir(out) if name.endswith(".ndjson"))
 
 
 def fill_once(runner, out, mode, size):
-    """True if the run stopped since its disk was full, and what is wrong in the end."""
+    """Returns whether the run stopped because its disk was full, and what is wrong in the end."""
     found = []
     if not mount(os.path.dirname(out), f"size={size}"):
         raise SystemExit("The disk could not be mounted")

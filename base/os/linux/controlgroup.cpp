@@ -11,7 +11,7 @@ namespace LbOs::Linux
 namespace
 {
 
-/// The path of the group of version 2: the line "0::/path". Empty if there is none.
+/// The path of the version 2 group, from the line "0::/path". Empty if there is no such line.
 std::string findGroup(std::string_view membership)
 {
     constexpr std::string_view c_Version2 = "0::";

@@ -1,7 +1,7 @@
 # An overlay port: vcpkg install lutestsuite --overlay-ports=packaging/vcpkg. It builds the checkout that contains it.
 
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY)
-# Libraries of both configurations have the same interface, and the debug hosts have other names.
+# One configuration suffices: a debug build has the same interface, and its hosts would have other names.
 set(VCPKG_BUILD_TYPE release)
 
 cmake_path(SET SOURCE_PATH NORMALIZE "${CMAKE_CURRENT_LIST_DIR}/../../..")

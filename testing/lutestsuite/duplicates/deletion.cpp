@@ -30,8 +30,8 @@ void visitRedundant(const std::vector<LuTestSuite::SDuplicates>& results, const 
     }
 }
 
-/// True if the file was not written meanwhile: writing changes its size or its time. Other names of it may have been
-/// deleted.
+/// True if the file was not written meanwhile: writing changes its size or its time. Does not compare the number of
+/// names, because other names of the file may have been deleted.
 bool isUnchanged(const SDataSet& dataSet)
 {
     const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(dataSet.path);

@@ -21,7 +21,7 @@ CCrashThread::SPlace s_places[c_Places];
 
 std::atomic<ICrashReporter*> s_reporter = nullptr;
 
-/// Text without any memory of the heap.
+/// Builds text without using the heap.
 class CCrashText
 {
 public:
@@ -91,7 +91,7 @@ private:
 /// Not on the stack, which may have overflowed. One thread at a time reports a crash.
 constinit CCrashText s_text;
 
-/// The calling thread's place; null without one.
+/// The calling thread's place; null if it has none.
 CCrashThread::SPlace* findOwnPlace()
 {
     const std::uintptr_t thread = LbOs::GetThreadKey();

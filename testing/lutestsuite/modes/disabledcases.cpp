@@ -1,4 +1,4 @@
-/// The mode that lists the cases that their descriptions disable.
+/// The mode that lists cases disabled by their descriptions.
 
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiteout.h"

@@ -33,8 +33,8 @@ const CConsoleCodePage s_CodePage;
 LbCriticalSection s_OutputLock;
 bool s_bConsoleOut = true;
 std::vector<LuTestSuiteOut::LuCustomOut*> s_CustomOuts;
-std::uint32_t s_uiBatches = 0; ///< under way, of the thread that holds the lock
-std::string s_Batch;           ///< what they have collected
+std::uint32_t s_uiBatches = 0; ///< batches in progress on the thread that holds the lock
+std::string s_Batch;           ///< the output that they have collected
 
 void writeBatch()
 {

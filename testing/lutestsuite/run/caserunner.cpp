@@ -69,7 +69,7 @@ std::uint64_t CCaseRunner::findProcess(const SPlannedCase& planned)
     }
     catch (const LbException&)
     {
-        // Thrown again when the case requests its child.
+        // Ignored here: the same error occurs again when the case requests its child.
     }
     return m_external.GetProcessId();
 }

@@ -20,8 +20,8 @@ using LuTestSuite::CStackLimit;
 constexpr std::size_t c_StackSizes[] = {std::size_t{1} << 28U, std::size_t{1} << 27U, std::size_t{1} << 26U,
                                         std::size_t{1} << 25U};
 
-/// What must suffice for the recursion between two checks: the engine may pass through 100,000 states of an expression
-/// without reading the text. At most half of the stack.
+/// Stack reserved for the recursion between two checks: the engine may pass through 100,000 states of an expression
+/// without reading the text. Not more than half of the stack is reserved.
 constexpr std::size_t c_Spare = std::size_t{1} << 25U;
 
 constexpr std::size_t c_MostShownCharacters = 80;

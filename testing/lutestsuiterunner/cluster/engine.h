@@ -1,4 +1,4 @@
-/// The line between a distributed run and what carries its shards out. Another scheduler is another engine.
+/// The interface between a distributed run and the engine that runs its shards. Each scheduler has its own engine.
 #pragma once
 
 #include <chrono>
@@ -25,7 +25,7 @@ enum class ETaskState
 {
     Waiting,
     Running,
-    Over ///< whatever its end was: journals tell what it has left
+    Over ///< ended in any way; only the journals tell how far it got
 };
 
 struct STask
@@ -34,7 +34,7 @@ struct STask
     std::wstring note; ///< one line: where it runs, what it waits for, or how it ended
 };
 
-/// The newest tasks of shards by the shards' numbers. A shard that has a task which is not over has that one.
+/// The task of each shard, by the shard's number: the one that is not over, if there is one, else the newest.
 using Tasks = std::map<std::uint32_t, STask>;
 
 /// One thread at a time.
@@ -47,17 +47,17 @@ public:
     /// a German message.
     virtual void Submit(const SSubmission& submission) = 0;
 
-    /// What has become of the tasks of these submissions, of which another process may have made some. A shard whose
-    /// tasks are not known has no entry. Nothing if there is no answer now.
+    /// The states of the tasks of these submissions, some of which another process may have made. A shard whose tasks
+    /// are unknown has no entry. Empty if the scheduler does not answer now.
     virtual std::optional<Tasks> Poll(const std::vector<SSubmission>& submissions) = 0;
 
-    /// Asks for the end of all tasks of these submissions. A failure has no effect.
+    /// Asks the scheduler to end all tasks of these submissions. Ignores failure.
     virtual void Cancel(const std::vector<SSubmission>& submissions) = 0;
 
     /// The least time between two calls of Poll.
     virtual std::chrono::milliseconds GetPollInterval() const = 0;
 
-    /// After the word that a task is over, its journal may take so long to arrive here.
+    /// How long the last records of a journal may take to become visible here after its task is reported as over.
     virtual std::chrono::milliseconds GetGrace() const = 0;
 };
 
@@ -70,10 +70,10 @@ struct SEngineSettings
     std::vector<std::wstring> options; ///< of the scheduler's own command, from the user
 };
 
-/// Processes of this machine, all at once. They end with the engine.
+/// Runs all shards at once, as processes of this machine, which end with the engine.
 std::unique_ptr<IEngine> MakeLocalEngine(const SEngineSettings& settings);
 
-/// Slurm, by its commands: a submission is a job array. They must be on the path.
+/// Uses Slurm through its commands, which must be on the path. A submission is a job array.
 std::unique_ptr<IEngine> MakeSlurmEngine(const SEngineSettings& settings);
 
 std::unique_ptr<IEngine> MakeEngine(EEngine kind, const SEngineSettings& settings);

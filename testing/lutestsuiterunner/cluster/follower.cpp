@@ -39,7 +39,7 @@ bool CFollower::Step(Time now)
     return isDone() && hasEndedTasks(now);
 }
 
-/// Their hosts are about to end by themselves, unless two have one shard, of which the slower one is superfluous.
+/// The hosts of the remaining tasks end soon by themselves. If a shard has two hosts, the slower one is not needed.
 bool CFollower::hasEndedTasks(Time now)
 {
     m_doneSince = m_doneSince ? m_doneSince : now;
@@ -47,7 +47,7 @@ bool CFollower::hasEndedTasks(Time now)
     {
         return false;
     }
-    // Of lost shards the scheduler may keep tasks that it holds, and which would never end.
+    // The scheduler may still hold tasks of lost shards, which would never end.
     if (isAnyTaskActive() || m_submissions.size() > 1)
     {
         m_engine.Cancel(m_submissions);
@@ -158,7 +158,8 @@ void CFollower::judge(Time now)
     {
         SShardStatus& status = m_status[index];
         const bool isNew = status.submissions == 0;
-        // The journals were last read before the engine was asked, unless time has passed.
+        // In the step in which the engine reports the tasks as over (now == since), the journals were read before that
+        // report.
         const Time since = m_watches[index].since;
         const bool isLost = m_watches[index].isSuspect && now > since && now >= since + m_engine.GetGrace();
         if (status.isEnded || status.isGivenUp || (!isNew && !isLost))
@@ -167,7 +168,7 @@ void CFollower::judge(Time now)
         }
         if (status.submissions > sc_MostRepetitions)
         {
-            // What its host has found wrong says more than how the task ended.
+            // A problem that the host has reported says more than the end of the task.
             const std::vector<std::wstring>& problems = m_tails[index].GetProblems();
             status.task.note = problems.empty() ? status.task.note : problems.front();
             status.isGivenUp = true;

@@ -25,7 +25,7 @@ struct SShardStatus
     std::uint32_t failed = 0;
     std::uint32_t submissions = 0; ///< how often it was handed over
     bool hasBegun = false;         ///< a host has begun a journal since the engine was asked last
-    bool isEnded = false;          ///< its journals hold all that it had to do
+    bool isEnded = false;          ///< its journals contain the results of all its cases
     bool isGivenUp = false;        ///< it was lost too often
     STask task;
 };
@@ -39,37 +39,38 @@ public:
     /// How often a shard that was lost is handed over again.
     static constexpr std::uint32_t sc_MostRepetitions = 3;
 
-    /// Hosts that have nothing left to do are given so long to end by themselves.
+    /// How long hosts whose work is done may take to end by themselves.
     static constexpr std::chrono::seconds sc_EndLimit{2};
 
-    /// A cancelled run's tasks are waited for so long.
+    /// How long the tasks of a canceled run may take to end.
     static constexpr std::chrono::seconds sc_CancelLimit{60};
 
     /// `folder` ends in a separator. The engine outlives the object.
     CFollower(const std::wstring& folder, const std::vector<SShardEntry>& shards, IEngine& engine);
 
-    /// Does what is to do at this time, which never goes back; true when there is nothing left to wait for. Throws
-    /// LbException with a German message if the scheduler takes no tasks.
+    /// Takes all steps that are due at this time, which never goes back. True when there is nothing left to wait for.
+    /// Throws LbException with a German message if the scheduler takes no tasks.
     bool Step(Time now);
 
-    /// Reads journals and asks the scheduler, but hands nothing over.
+    /// Reads the journals and asks the scheduler, but submits no tasks.
     void Look();
 
-    /// Asks the scheduler to end all tasks, and hands none over from now on; also for other processes that follow.
+    /// Asks the scheduler to end all tasks. From now on neither this process nor another one that follows the run
+    /// submits tasks.
     void Cancel();
 
     bool IsCanceled() const { return m_isCanceled; }
 
-    /// False if the scheduler did not answer when it was asked last.
+    /// False if the scheduler did not answer the last request.
     bool HasAnswer() const { return m_hasAnswer; }
 
-    /// By number - 1.
+    /// Indexed by the shard's number - 1.
     const std::vector<SShardStatus>& GetShards() const { return m_status; }
 
-    /// Journals of a shard, by number - 1.
+    /// The number of a shard's journals; `index` is the shard's number - 1.
     std::uint32_t CountJournals(std::size_t index) const { return m_tails[index].GetJournalCount(); }
 
-    /// Why shards were given up, and that the run was canceled. German, one line each.
+    /// One German line for each shard that was given up, with the reason, and one if the run was canceled.
     std::vector<std::wstring> GetProblems() const;
 
 private:

@@ -1,4 +1,4 @@
-/// What a checker needs to see that each planned case has one verdict that counts: proof.json.
+/// proof.json: the data from which a checker confirms that each planned case has exactly one verdict that counts.
 #pragma once
 
 #include <string>

@@ -23,7 +23,7 @@ namespace
 
 using Json = nlohmann::ordered_json;
 
-/// Of the longest tenth.
+/// The mean of the longest tenth of the times.
 std::uint64_t getLongMean(std::vector<std::uint64_t> times)
 {
     constexpr std::size_t c_Share = 10;
@@ -34,10 +34,10 @@ std::uint64_t getLongMean(std::vector<std::uint64_t> times)
 
 using Cases = std::vector<std::uint32_t>;
 
-/// By case index; 0 without a data file.
+/// The sizes of the data files by case index; 0 for a case without one.
 std::vector<std::int64_t> getDataSizes(const SPlan& plan)
 {
-    // Each question may go to a file server, and many cases even out by themselves.
+    // Each query may go to a file server, and with many cases the shards are balanced without sizes.
     constexpr std::size_t c_MostQuestions = 100'000;
     std::vector<std::int64_t> sizes(plan.cases.size(), 0);
     for (std::uint32_t index = 0; index < plan.cases.size() && plan.cases.size() <= c_MostQuestions; ++index)
@@ -55,7 +55,8 @@ std::vector<std::int64_t> getDataSizes(const SPlan& plan)
     return sizes;
 }
 
-/// Cases of one class that are likely to take equally long are neighbours: often the size of the data tells.
+/// Sorts the cases of each class by the size of their data, so that cases that probably take equally long are
+/// neighbours.
 Cases sortBySize(const SPlan& plan)
 {
     const std::vector<std::int64_t> sizes = getDataSizes(plan);
@@ -67,7 +68,7 @@ Cases sortBySize(const SPlan& plan)
     return cases;
 }
 
-/// To and fro, so that no shard always gets the first of its round.
+/// Reverses the direction after each round, so that no shard always gets the first case of a round.
 std::vector<std::uint32_t> dealInTurns(std::size_t count, std::uint32_t shards)
 {
     std::vector<std::uint32_t> owners;
@@ -97,13 +98,13 @@ std::vector<std::uint32_t> dealByTime(const SPlan& plan, const Cases& cases, std
     return DealByTime(times, shards);
 }
 
-/// The head of a unit test, without cases.
+/// The unit test without its cases.
 LuTestSuite::SUnitTest withoutCases(const LuTestSuite::SUnitTest& unitTest)
 {
     return {unitTest.className, unitTest.dataDirectory, {}, unitTest.contacts, unitTest.moduleName};
 }
 
-/// All of the plan that does not depend on its cases.
+/// The fields of the plan that do not depend on its cases.
 SPlan makeHead(const SPlan& whole)
 {
     SPlan plan;
@@ -116,7 +117,8 @@ SPlan makeHead(const SPlan& whole)
     return plan;
 }
 
-/// The unit tests and cases that the case runs belong to, and the places of these cases' first runs in the whole.
+/// Copies the unit tests and cases of these case runs into `plan`. Returns the index of each case's first run in the
+/// whole plan.
 std::vector<std::uint32_t> copyCases(const SPlan& whole, const std::vector<std::uint32_t>& cases, SPlan& plan)
 {
     std::vector<std::uint32_t> firstRuns;

@@ -11,12 +11,12 @@
 namespace Runner
 {
 
-/// Sets SPlannedCase::expected from an earlier run. A case that it does not know counts as long: as the mean of the
-/// longest tenth of those that it knows. If it knows no case, nothing is expected of any.
+/// Sets SPlannedCase::expected from an earlier run. A case without a time in that run gets the mean of the longest
+/// tenth of all times. If no case has a time, sets nothing.
 void SetExpectedTimes(SPlan& plan, const PreviousCases& previous);
 
-/// The case runs of each shard, ascending. All shards take about the same time. Without times they have the same number
-/// of cases, and of each class about the same: small and large data files.
+/// The case runs of each shard, ascending. All shards take about the same time. Without times, each shard gets the same
+/// number of cases, and from each class a similar mixture of small and large data files.
 std::vector<std::vector<std::uint32_t>> DealOut(const SPlan& plan, std::uint32_t shards);
 
 /// The plan of one shard: only its cases, with their places in the whole. `arguments` are those of its host.
@@ -31,9 +31,9 @@ struct SShardEntry
     std::uint32_t places = 0; ///< cases in its plan, with those that other shards run
 };
 
-/// Freezes a distributed run: replaces what the folder holds by the whole plan, the plans of the shards and their list.
-/// `taskOptions` are the options of the shards' hosts beside the shard. Sets digest and number of parts of the plan.
-/// Throws LbException with a German message.
+/// Fixes the content of a distributed run: replaces the content of the folder by the whole plan, the plans of the
+/// shards and their list. `taskOptions` are the options of the shards' hosts other than the shard. Sets the plan's
+/// digest and number of parts. Throws LbException with a German message.
 void WriteShards(const std::wstring& folder, SPlan& plan, std::uint32_t shards,
                  const std::vector<std::wstring>& taskOptions);
 

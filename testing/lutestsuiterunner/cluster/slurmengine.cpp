@@ -135,7 +135,7 @@ private:
         return getTasksFolder() + L"shard-" + shard + L".txt";
     }
 
-    /// Nothing but the script itself may be there on a node.
+    /// A node may have nothing but the script itself.
     std::wstring writeScript() const
     {
         const std::wstring program = QuoteForShell(LbOs::GetExecutablePath());

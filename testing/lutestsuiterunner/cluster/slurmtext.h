@@ -17,11 +17,11 @@ std::wstring GetJobName(const std::string& runId, std::uint32_t submission);
 /// Ascending numbers as the option --array takes them: "1-3,7".
 std::wstring FormatArray(const std::vector<std::uint32_t>& shards);
 
-/// A line a task: shard, state, reason, node.
+/// One line per task: shard, state, reason, node.
 inline constexpr const wchar_t* c_QueueFormat = L"task|%K|%T|%r|%N";
 
-/// Reads lines of that format; others do not count. A task with another state than those of tasks that wait or run is
-/// over. If a shard has several tasks, one that is not over counts.
+/// Reads lines of that format and ignores others. A task is over unless its state says that it waits or runs. If a
+/// shard has several tasks, one that is not over counts.
 Tasks ReadQueue(std::string_view output);
 
 } // namespace Runner

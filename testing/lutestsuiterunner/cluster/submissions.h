@@ -1,5 +1,5 @@
-/// Who has been asked to carry out what, as the folder of a distributed run records it. Each file is written once, by
-/// the process that could create it; nothing is locked.
+/// The submissions of a distributed run, recorded in its folder. Each file is written once, by the process that
+/// succeeds in creating it, so no lock is needed.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@
 namespace Runner
 {
 
-/// The submissions so far, by number. `folder` is the run's, with separator at its end, as for all that follow. Of one
-/// whose process died while it wrote, the shards are unknown and left out.
+/// The submissions so far, by number. Here and below, `folder` is the run's folder with a separator at its end. A
+/// submission whose process died while writing has no shards.
 std::vector<SSubmission> ReadSubmissions(const std::wstring& folder);
 
 /// Records a submission before it is made. False if another process has the number already. Throws LbException with a

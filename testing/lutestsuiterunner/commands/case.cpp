@@ -28,7 +28,7 @@ namespace
 /// The status that ctest's property SKIP_RETURN_CODE usually has.
 constexpr int c_Skipped = 77;
 
-/// The number of the result is added. See the help of the command.
+/// The status of a failed case is this number plus the number of its result. See the help of the command.
 constexpr int c_FirstFailure = 10;
 
 /// Stores how the case ended.

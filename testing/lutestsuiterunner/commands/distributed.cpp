@@ -28,7 +28,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-/// So that the journals of many shards are not asked for too often.
+/// The more shards, the longer the interval, because each step asks for the journals of all shards.
 std::chrono::milliseconds getInterval(std::size_t shards)
 {
     constexpr std::chrono::milliseconds c_Least(200);
@@ -76,7 +76,7 @@ void writeProblems(const std::wstring& folder, const std::vector<std::wstring>& 
                    [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
 }
 
-/// Processes of this machine belong to the process that started them: another one takes over when that has ended.
+/// Local shards belong to the process that started them. Another process takes over only when that one has ended.
 std::unique_ptr<LbOs::CFolderLock> acquire(const SDistributedRun& run)
 {
     std::unique_ptr<LbOs::CFolderLock> lock;
@@ -108,7 +108,7 @@ void follow(const SDistributedRun& run, CFollower& follower)
     }
 }
 
-/// Before the run, because what is wrong with the file should be known early.
+/// Read before the run, so that the user learns early that the file is wrong.
 Quarantine readQuarantine(const SDistributedRun& run)
 {
     if (run.options.run.quarantine.empty())

@@ -21,7 +21,7 @@ namespace Runner
 namespace
 {
 
-/// Empty if all of the plan's folders are there.
+/// The first of the plan's folders that does not exist; empty if all exist.
 std::wstring findMissingFolder(const SPlan& plan)
 {
     if (!LbFileSystem::IsDirectory(plan.workingDirectory))
@@ -34,7 +34,7 @@ std::wstring findMissingFolder(const SPlan& plan)
     return unitTest == plan.unitTests.end() ? std::wstring() : unitTest->dataDirectory;
 }
 
-/// Empty if the modules with all of the plan's classes are loaded.
+/// The first of the plan's classes that no loaded module has; empty if all are known.
 std::wstring findMissingClass(const SPlan& plan)
 {
     const auto unitTest = std::ranges::find_if(plan.unitTests, [](const LuTestSuite::SUnitTest& candidate) {
@@ -45,7 +45,7 @@ std::wstring findMissingClass(const SPlan& plan)
                : LbFormat(L"%s aus dem Modul %s", unitTest->className, unitTest->moduleName);
 }
 
-/// Into the journal too, which the submitter reads: it may not see what this process prints.
+/// Records the problem in the journal, too: the submitter reads that, but may not see what this process prints.
 void requireNothing(const std::wstring& missing, const wchar_t* kind, const std::wstring& folder, const SPlan& plan)
 {
     if (missing.empty())
@@ -67,7 +67,7 @@ void requireShard(const SPlan& plan, const SRunOptions& call, const std::wstring
     }
 }
 
-/// What is known of the cases when the shards were planned.
+/// The times by which the shards were planned.
 PreviousCases getExpected(const SPlan& plan)
 {
     PreviousCases expected(plan.cases.size());

@@ -1,4 +1,4 @@
-/// The shard of a distributed run, as its task carries it out.
+/// Runs the shard of a distributed run, in the task of that shard.
 #pragma once
 
 #include "testing/lutestsuiterunner/settings/options.h"
@@ -6,9 +6,9 @@
 namespace Runner
 {
 
-/// Runs what is left of the shard whose plan the folder `out` holds, longest cases first, into a journal of its own,
-/// and makes no reports. Several hosts may do so at once, on any machine. What this machine does not have for it is
-/// noted in the journal. Returns the exit status. Throws as the commands do.
+/// Runs the remaining cases of the shard whose plan is in the folder `out`, longest cases first. Writes its own journal
+/// and no reports. Several hosts may do so at once, on any machines. If this machine lacks a folder or a class, the
+/// journal says so. Returns the exit status. Throws as the commands do.
 int RunPlanned(const SRunOptions& call);
 
 } // namespace Runner

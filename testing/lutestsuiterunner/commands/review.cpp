@@ -1,4 +1,4 @@
-/// The command "review": references and what tests have made in their place.
+/// The command "review": test output that differs from its references.
 
 #include <algorithm>
 #include <iostream>
@@ -223,7 +223,7 @@ private:
         }
     }
 
-    /// False if the change must not be accepted, or the user takes the answer back.
+    /// False if the change must not be accepted, or if the user withdraws the answer.
     bool accept(const SChange& change) const
     try
     {

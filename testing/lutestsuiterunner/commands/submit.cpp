@@ -33,7 +33,7 @@ std::uint32_t chooseShardCount(const SSubmitOptions& options)
     return options.shards != 0 ? options.shards : std::max(1U, std::thread::hardware_concurrency());
 }
 
-/// What the hosts of the shards need beside their plans.
+/// The options that the hosts of the shards need in addition to their plans.
 std::vector<std::wstring> getTaskOptions(const SRunOptions& options)
 {
     std::vector<std::wstring> words = {LbFormat(L"--retries=%u", options.retries)};
@@ -49,7 +49,7 @@ std::vector<std::wstring> getTaskOptions(const SRunOptions& options)
 SPlan makePlan(const SSubmitOptions& options)
 {
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.run.library);
-    // Before a run that its folder holds is replaced.
+    // Read first, because this may be the run that the new run replaces.
     const CPrevious previous = options.run.previous.empty() ? CPrevious() : CPrevious(options.run.previous);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
@@ -94,7 +94,7 @@ void describe(const SPlan& plan, std::uint32_t shards)
     CTerminal::Get().WriteOutput(text + L"\n");
 }
 
-/// Processes of this machine need one that lives as long as they do.
+/// Local shards end with the process that started them, so another process must stay to follow them.
 void startFollower(const std::wstring& folder)
 {
     LbOs::SChildOptions options;

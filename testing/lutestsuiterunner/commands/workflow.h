@@ -30,7 +30,7 @@ struct SWork
 /// Throws a German message as std::wstring if the folder of the options contains a run that they do not replace.
 void RequireNoRun(const SRunOptions& options);
 
-/// Warns of differences from references of earlier runs that nobody has decided on.
+/// Warns of differences from references that earlier runs have left and nobody has decided on.
 void WarnOfReceived(const SPlan& plan);
 
 /// Paths of the run's options are relative to it. Throws a German message as std::wstring if the directory is gone.

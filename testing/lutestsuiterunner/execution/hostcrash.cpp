@@ -112,13 +112,13 @@ CCrashNote::~CCrashNote()
 namespace
 {
 
-/// Hosts that have ended while they had the case.
+/// Number of hosts that ended while they ran the case.
 std::uint32_t countLostHosts(const CRunState& state, std::uint32_t index)
 {
     return state.GetAttempts(index).back().lostHosts + 1;
 }
 
-/// True if no other case was under way in the last host that had it.
+/// True if the last host that ran the case was running no other case.
 bool wasAlone(const CRunState& state, const std::vector<std::uint32_t>& open, std::uint32_t index)
 {
     const std::uint32_t journal = state.GetAttempts(index).back().started.journal;
@@ -127,7 +127,7 @@ bool wasAlone(const CRunState& state, const std::vector<std::uint32_t>& open, st
            }) == 1;
 }
 
-/// Takes the cases that hosts of a shard have had repeatedly out of `open`.
+/// Removes from `open` the cases during which hosts of the shard have ended repeatedly.
 void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnderWay& underWay)
 {
     constexpr std::uint32_t c_Repeated = 2;

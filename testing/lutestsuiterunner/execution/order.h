@@ -15,12 +15,12 @@ namespace Runner
 using PreviousCases = std::vector<std::optional<SPreviousCase>>;
 PreviousCases FindPrevious(const SPlan& plan, const CPrevious& previous);
 
-/// An earlier run knows how long the case takes.
+/// True if an earlier run measured the time of the case.
 bool IsMeasured(const std::optional<SPreviousCase>& previous);
 
-/// The shard of each case, from 0, so that all shards take about the same time: the next case goes to the shard that
-/// has least so far, the first of equal ones. For times that fall, the longest shard takes at most a third more than it
-/// must.
+/// The shard of each case, from 0, so that all shards take about the same time: each case goes to the shard with the
+/// shortest time so far, the first one of equals. If the times are in descending order, the longest shard takes at most
+/// a third longer than the best distribution allows.
 std::vector<std::uint32_t> DealByTime(const std::vector<std::uint64_t>& times, std::uint32_t shards);
 
 /// Sorts `cases`, which are in listed order. FailedFirst: failed, then new, then other cases. LongestFirst: cases

@@ -40,7 +40,7 @@ enum class EProcess
 struct SSessionLimits
 {
     std::uint32_t retries = 0;
-    std::uint32_t failFast = 0;     ///< failed cases that end the run; 0: none does
+    std::uint32_t failFast = 0;     ///< number of failed cases that ends the run; 0: no limit
     std::uint32_t failedBefore = 0; ///< failed cases of earlier sessions, which count as well
 };
 

@@ -1,4 +1,4 @@
-/// Changes of numbers that are the same in each run until the program changes.
+/// Finds changes of counts that are the same in each run until the program changes.
 #pragma once
 
 #include <cstddef>

@@ -86,7 +86,8 @@ CCalibration::CCalibration(const std::vector<SMeasure>& measures, std::size_t ru
         m_testCount += countTests(finder, measure);
     }
     m_thresholds.bits = GetLog2(std::max(static_cast<double>(m_testCount), 1.0) / rate);
-    // If nothing has changed, the true order is the strongest one with probability 1 / (number of shuffled ones + 1).
+    // If nothing has changed, the true order shows the strongest step with probability 1 / (number of shuffled orders +
+    // 1).
     m_shuffleCount = static_cast<std::size_t>(std::ceil(1.0 / rate)) - 1;
     std::vector<double> strongest(m_shuffleCount);
     LbParallel::ForRanges(0, static_cast<std::int64_t>(m_shuffleCount), [&](std::int64_t first, std::int64_t last) {
@@ -156,7 +157,7 @@ SShuffleCheck CCalibration::Check() const
         CStepFinder finder(m_rules.smallestChange, {});
         for (std::int64_t number = first; number < last; ++number)
         {
-            // Other seeds than those of the thresholds.
+            // Uses seeds that differ from those of the thresholds.
             const std::uint64_t seed = MixBits(m_rules.checkSeed) ^ static_cast<std::uint64_t>(number);
             visitStrongest(finder, getShuffled(seed), [&](const SStrongest& steps) {
                 const bool isAlarm = steps.bits >= m_thresholds.bits || steps.deviations > m_thresholds.deviations;

@@ -1,4 +1,5 @@
-/// The size that a step must have, so that chance alone causes one with the probability that the user accepts.
+/// Determines how large a step must be so that chance alone causes such a step only with the probability that the user
+/// accepts.
 #pragma once
 
 #include <cstddef>

@@ -11,7 +11,7 @@ namespace Runner::History
 namespace
 {
 
-/// The kind for the suite as a whole, which is not a kind of cases.
+/// The kind of findings about the suite as a whole. It is not one of the kinds of findings about cases.
 constexpr std::string_view c_WholeSlower = "whole-slower";
 
 std::wstring getKindNames()

@@ -14,7 +14,7 @@ namespace Runner::History
 /// A file at a point in time.
 struct SFileStamp
 {
-    std::wstring name; ///< below the archive
+    std::wstring name; ///< path relative to the archive
     std::int64_t size = -1;
     std::int64_t time = 0; ///< of its last change, in the system's own steps
 

@@ -17,7 +17,7 @@ std::string MakeClassTable(const SAnalysis& analysis);
 /// All runs, the newest first, with what began in each.
 std::string MakeRunTable(const SAnalysis& analysis);
 
-/// How steps are found, and what the same runs in random orders would have alarmed.
+/// How steps are found, and how many alarms the same runs cause in random orders.
 std::string MakeMethod(const SAnalysis& analysis);
 
 } // namespace Runner::History

@@ -94,7 +94,7 @@ public:
     }
 
 private:
-    /// A tempo that varies less causes no step.
+    /// A tempo that varies less than this causes no step.
     static constexpr double c_SteadyHalf = 0.005;
 
     std::span<const double> m_full;

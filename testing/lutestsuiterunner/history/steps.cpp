@@ -19,7 +19,7 @@ constexpr double c_FloorBits = 14.0;
 /// The interval misses the true run on one side with at most this probability.
 constexpr double c_IntervalError = 0.01;
 
-/// Sizes of a part that are tested: each at first, then in steps of a fifth.
+/// The next size of a part to test: each of the first sizes, then sizes that grow by a fifth.
 std::size_t getNextSize(std::size_t size)
 {
     return std::max(size + 1, size * 6 / 5);
@@ -239,8 +239,8 @@ bool CStepFinder::isOneLevel(std::span<const double> values, std::uint64_t seed,
     return std::ranges::none_of(sizes, [&](std::size_t size) { return isStep(size) || isStep(length - size); });
 }
 
-/// A run stays in the interval as long as the runs before it, and those from it on, show no step of that direction when
-/// they are tested by themselves: at the true run, neither part has one.
+/// A run belongs to the interval if neither the runs before it nor the runs from it on, tested by themselves, show a
+/// step in the same direction. If the step is at that run, neither part contains it.
 void CStepFinder::findInterval(std::span<const double> values, std::uint64_t seed, double inflation, SStep& step)
 {
     const auto isPossible = [&](std::size_t index) {

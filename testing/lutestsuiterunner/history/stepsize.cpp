@@ -15,11 +15,11 @@ double getMean(std::span<const double> values)
     return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
 }
 
-/// What is left of the values without the means of the two parts.
+/// Sums over the residuals: each value minus the mean of its part.
 struct SResiduals
 {
-    double squares = 0.0;  ///< their sum
-    double products = 0.0; ///< of neighbours in one part, their sum
+    double squares = 0.0;  ///< sum of the squares
+    double products = 0.0; ///< sum of the products of neighbours in one part
 };
 
 SResiduals getResiduals(std::span<const double> values, double mean)
@@ -51,7 +51,7 @@ double getInflation(double correlation, double length, double commonCorrelation)
 
 SStepSize MeasureStep(std::span<const double> values, std::size_t place, const SCommonNoise& noise)
 {
-    // Of values without any scatter, as sizes of memory have it.
+    // Used for values without any scatter, such as sizes of memory.
     constexpr double c_SmallestScatter = 1e-6;
     const double meanBefore = getMean(values.first(place));
     const double meanAfter = getMean(values.subspan(place));

@@ -1,4 +1,4 @@
-/// How large a step is beside the scatter of the runs, and how much the runs resemble their neighbours.
+/// The size of a step relative to the scatter of the runs, and how much each run resembles its neighbours.
 #pragma once
 
 #include <cstddef>
@@ -17,11 +17,11 @@ struct SCommonNoise
 struct SStepSize
 {
     double deviations = 0.0; ///< size of the step in standard errors: Student's t, corrected by the inflation
-    double inflation = 1.0;  ///< this number of runs counts as one, because neighbours resemble each other; at least 1
+    double inflation = 1.0;  ///< at least 1; so many runs count as one, because neighbouring runs resemble each other
 };
 
-/// Compares the values before `place` with those from it on. The values are winsorized; both parts hold one at least,
-/// and there are three or more.
+/// Compares the values before `place` with the values from `place` on. The values are winsorized. Each part has at
+/// least one value, and both together have at least three.
 SStepSize MeasureStep(std::span<const double> values, std::size_t place, const SCommonNoise& noise);
 
 } // namespace Runner::History

@@ -12,7 +12,7 @@ namespace Runner::History
 namespace
 {
 
-/// With the version of format and method. What another version has found is searched for again.
+/// Contains the version of the format and of the method. The results of another version are computed again.
 constexpr std::string_view c_Begin = "LuTestSuite history steps 1\n";
 
 void write(CByteWriter& writer, const std::vector<SStep>& steps)
@@ -118,7 +118,7 @@ std::map<std::string, std::string> readFile(const std::wstring& path)
     }
     catch (const LbException&)
     {
-        // There is no such file, or it was written by something else.
+        // The file is missing, or it has another format.
         stored.clear();
     }
     return stored;
@@ -188,7 +188,7 @@ void CStepStore::Save() const
     }
     catch (const LbException&)
     {
-        // ReadArchive has said that the folder cannot be written.
+        // ReadArchive has already reported that the folder cannot be written.
     }
 }
 

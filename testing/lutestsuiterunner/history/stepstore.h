@@ -1,5 +1,5 @@
-/// Analyses of steps that were made before, in a file beside the archive: a search takes longer than reading its
-/// result.
+/// Stores the results of step analyses in a file beside the archive, because reading a result takes less time than the
+/// search.
 #pragma once
 
 #include <map>
@@ -20,11 +20,12 @@ public:
     /// `digest` identifies the archive's content. If it is empty, nothing is stored.
     CStepStore(const std::wstring& folder, const std::string& digest);
 
-    /// The analysis of the table, which holds the runs of one configuration of the archive: stored or made.
+    /// The analysis of the table, which contains the runs of one configuration of the archive. Reads the stored
+    /// analysis if there is one, else makes it.
     SStepAnalysis Get(const std::wstring& configuration, const CTable& table, const SStepRules& rules);
 
-    /// Writes what Get returned, if any of it was new. If the file cannot be written, the next search takes as long as
-    /// this one.
+    /// Stores the analyses that Get returned, if any of them is new. Ignores failure: the next search then takes as
+    /// long as this one.
     void Save() const;
 
 private:

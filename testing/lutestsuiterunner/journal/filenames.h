@@ -10,9 +10,9 @@ namespace Runner
 {
 
 inline constexpr const wchar_t* c_PlanName = L"plan.ndjson";
-/// Lines about what is wrong with a distributed run as a whole, as its submitter knows it; UTF-8.
+/// The problems of a distributed run as a whole that its submitter has found: lines of UTF-8.
 inline constexpr const wchar_t* c_ProblemsName = L"problems.txt";
-/// The shards of a distributed run, and what belongs to their tasks.
+/// The list of a distributed run's shards, and the folder with the files of their tasks.
 inline constexpr const wchar_t* c_ShardsName = L"shards.json";
 inline constexpr const wchar_t* c_TasksFolderName = L"tasks";
 inline constexpr const wchar_t* c_ProofName = L"proof.json";

@@ -80,8 +80,8 @@ private:
     /// How a shard's hosts have ended.
     struct SEnd
     {
-        bool isEnded = false;      ///< one of them was through with the shard
-        std::wstring cancelReason; ///< of the last one, as the problems
+        bool isEnded = false;      ///< one of them finished the shard
+        std::wstring cancelReason; ///< of the last host, like the problems
         std::vector<std::wstring> problems;
     };
 
@@ -101,9 +101,9 @@ private:
             note(record, end);
             apply({m_journal, place.sequence}, plan, record);
         });
-        // Of one that holds nothing yet.
+        // Also counts a journal that contains no record yet.
         m_journal = std::max(m_journal, before + static_cast<std::uint32_t>(FindJournals(folder).size()));
-        // If another host has begun meanwhile, it has nothing to add.
+        // A host that has begun meanwhile adds nothing to a complete shard.
         end.isEnded = end.isEnded && isComplete(plan);
         if (!end.isEnded)
         {
@@ -189,7 +189,7 @@ private:
         }
     }
 
-    /// As a last journal says it, which no file holds.
+    /// Applies the end of the run as the records of a last journal, which does not exist as a file.
     void end()
     {
         ++m_journal;
@@ -218,7 +218,7 @@ private:
     std::uint32_t m_journal = 0; ///< the last one so far, in the numbering of the whole
     std::wstring m_endTime;
     std::vector<std::wstring> m_problems;
-    bool m_isEnded = true; ///< all shards so far
+    bool m_isEnded = true; ///< true while all shards read so far have ended
 };
 
 } // namespace

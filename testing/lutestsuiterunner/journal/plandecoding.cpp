@@ -276,7 +276,7 @@ class CPlanReader
 public:
     explicit CPlanReader(const std::wstring& path)
         : m_path(path), m_file(path),
-          // A group has the usual size unless a single name is longer, and a name is no longer than the file.
+          // A group is longer than usual only if it contains a single long name, and no name is longer than the file.
           m_lines([this](char* buffer, std::size_t size) { return m_file.Read(buffer, size); },
                   std::numeric_limits<std::uint32_t>::max())
     {

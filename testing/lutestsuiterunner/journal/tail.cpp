@@ -44,7 +44,7 @@ CRunTail::CRunTail(const std::wstring& folder, std::size_t caseCount) : m_folder
 
 void CRunTail::Poll()
 {
-    // Asked for by name: the listing of a folder on a network may be old.
+    // Queries the name, because the listing of a network folder may be out of date.
     while (LbOs::QueryEntry(m_folder + GetJournalName(GetJournalCount() + 1)) == LbOs::EEntry::File)
     {
         m_journals.emplace_back();
@@ -79,7 +79,7 @@ void CRunTail::read(std::uint32_t number, SJournal& journal)
     }
     catch (const SDamage&)
     {
-        // A record that is not complete yet, or damage that the reports will tell.
+        // The record is not complete yet, or it is damaged and the reports will say so.
     }
     journal.offset += lines.GetEnd();
     journal.sequence = lines.GetSequence();

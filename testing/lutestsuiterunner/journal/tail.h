@@ -1,4 +1,4 @@
-/// What a run's journals gain while hosts write them.
+/// Reads the journals of a run while hosts write them.
 #pragma once
 
 #include <cstdint>
@@ -17,18 +17,18 @@ public:
     /// `folder` ends in a separator; `caseCount` is the plan's.
     CRunTail(const std::wstring& folder, std::size_t caseCount);
 
-    /// Takes what has been written since the last call. What cannot be read now, because a host is writing it or the
-    /// file system does not answer, comes with a later call.
+    /// Reads what was written since the last call. Records that cannot be read now, because a host is writing them or
+    /// the file system does not answer, are left to a later call.
     void Poll();
 
-    /// Cases with a verdict, which a retry may still change for the better.
+    /// Number of cases with a verdict. A retry may still turn a failure into a success.
     std::uint32_t GetDone() const { return m_done; }
     std::uint32_t GetFailed() const { return m_failed; }
 
-    /// A host was through with the run, and nothing canceled it.
+    /// True if a host finished the run and nothing canceled it.
     bool HasEnded() const;
 
-    /// Of the last journal: what its host found wrong with the run.
+    /// The problems that the last journal's host found with the run.
     const std::vector<std::wstring>& GetProblems() const { return m_problems; }
 
     std::uint32_t GetJournalCount() const { return static_cast<std::uint32_t>(m_journals.size()); }

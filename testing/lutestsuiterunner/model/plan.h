@@ -87,8 +87,8 @@ struct SPlan
     LuTestSuiteRun::SParams params;
     SReportRules rules;
     SShard shard;
-    std::uint32_t partCount = 0; ///< shards that carry this plan out, in folders of their own; 0: the run itself does
-    std::optional<SShardPlace> part; ///< of the plan of such a shard, which holds no other shards' cases
+    std::uint32_t partCount = 0;     ///< shards that run this plan in their own folders; 0: the run is not distributed
+    std::optional<SShardPlace> part; ///< only in the plan of such a shard, which contains only the shard's cases
     SOrigin origin;
     std::vector<LuTestSuite::SUnitTest> unitTests; ///< the whole selection, of all shards, in listed order
     std::vector<SPlannedCase> cases;               ///< in listed order, see PlanCases

@@ -82,7 +82,7 @@ void CRunState::apply(const SRecordPlace& /*place*/, const SJournalBegun& record
     m_earlierTime += std::exchange(m_elapsed, 0);
 }
 
-/// By a host with another journal.
+/// True if a host with another journal has finished the attempt.
 bool CRunState::isFinishedElsewhere(const SRecordPlace& place, std::uint32_t caseIndex, std::uint32_t attempt)
 {
     const std::vector<SAttempt>& attempts = getAttempts(caseIndex);

@@ -30,7 +30,7 @@ struct SAttempt
     EAttemptKind kind = EAttemptKind::First;
     SRecordPlace started;
     SRecordPlace ended;           ///< nowhere while it runs, and always if its host died
-    std::uint32_t lostHosts = 0;  ///< hosts that died while they had it, before the one that has it now
+    std::uint32_t lostHosts = 0;  ///< number of earlier hosts that died while they ran it
     std::uint32_t duplicates = 0; ///< results of other hosts for this attempt, which do not count
     SCaseEnded result;            ///< caseIndex and attempt are set from the start on, the rest when it has ended
 
@@ -71,9 +71,9 @@ public:
     explicit CRunState(SPlan plan);
 
     /// Throws LbException with a German message, and changes nothing, if the record contradicts the earlier ones: a
-    /// case that is not in the plan or in the shard, an end without a start, a second start of a finished attempt.
-    /// What another journal has finished may be started, and ends as a duplicate: two hosts may have a shard for a
-    /// while, when a scheduler takes one of them for lost.
+    /// case that is not in the plan or in the shard, an end without a start, a second start of a finished attempt. An
+    /// attempt that another journal has finished may start again and then ends as a duplicate: while a scheduler
+    /// wrongly takes a host for lost, two hosts may run the same shard.
     void Apply(const SRecordPlace& place, const Record& record);
 
     const SPlan& GetPlan() const { return m_plan; }

@@ -159,8 +159,8 @@ std::string makeCounts(const SCounts& counts)
            "\" errors=\"" + std::to_string(counts.errors) + "\" time=\"" + ToXmlSeconds(counts.time) + "\"";
 }
 
-/// What fits into a file of limited size. Learns all elements first, then says for each, in the same order, how much of
-/// it is to be written.
+/// Decides what fits into a file of limited size. First receives all elements, then tells for each, in the same order,
+/// how much of it to write.
 class CBudget
 {
 public:
@@ -300,7 +300,7 @@ private:
         return properties.empty() ? head : head + "\t\t<properties>\n" + properties + "\t\t</properties>\n";
     }
 
-    /// The cases that readers of the usual elements do not see for what they are.
+    /// Lists the cases whose kind the usual elements cannot express.
     std::string makeProperties(const SSuite& suite) const
     {
         std::string properties;

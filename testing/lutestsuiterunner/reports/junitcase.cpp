@@ -19,7 +19,8 @@ std::string makeAttribute(std::string_view name, std::wstring_view value)
     return std::string(" ").append(name) + "=\"" + ToXmlAttribute(value) + "\"";
 }
 
-/// Paths of the run's checkout are relative to where the run was started, with "/", as build servers link them.
+/// Paths in the run's checkout become relative to the folder where the run was started, with "/", because build servers
+/// link such paths.
 std::wstring getShownPath(const SPlan& plan, std::wstring path)
 {
     const std::wstring root = LbPath::WithSeparator(plan.workingDirectory);
@@ -38,8 +39,8 @@ std::string makeStart(std::wstring_view name, std::wstring_view suiteName, const
     return start + " time=\"" + ToXmlSeconds(time) + "\"";
 }
 
-/// Lines of what a failure's text holds: notes, messages, the last lines of a process that ended, and its stacks, which
-/// may be long and are at the end, where texts are cut.
+/// The lines of a failure's text: notes, messages, the last lines of a process that ended, and its stacks. Stacks may
+/// be long, so they come last, where texts are cut.
 std::string makeText(const CRunState& state, std::uint32_t caseIndex)
 {
     std::wstring text;
@@ -93,7 +94,7 @@ std::wstring getMessage(const CRunState& state, std::uint32_t caseIndex)
     return (isQuarantined ? L"In Quarantäne: " : L"") + GetFailureLine(*reported).substr(0, c_Longest);
 }
 
-/// Encloses the text in what the status asks for.
+/// Encloses the text in the element that the status requires.
 void enclose(const std::string& message, std::string_view type, SJunitCase& element)
 {
     const std::string attribute = " message=\"" + message + "\"";

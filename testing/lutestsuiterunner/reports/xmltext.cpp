@@ -14,7 +14,8 @@ struct SEntity
     std::string_view entity;
 };
 
-/// In attributes, readers make blanks of line ends and tabs; in texts, a line feed of a carriage return.
+/// Readers of XML turn unescaped line ends and tabs of attributes into blanks, and an unescaped carriage return of a
+/// text into a line feed.
 constexpr SEntity c_AttributeEntities[] = {{'&', "&amp;"},  {'<', "&lt;"},   {'>', "&gt;"}, {'"', "&quot;"},
                                            {'\r', "&#13;"}, {'\n', "&#10;"}, {'\t', "&#9;"}};
 constexpr SEntity c_TextEntities[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}};

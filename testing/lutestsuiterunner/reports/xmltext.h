@@ -15,7 +15,7 @@ std::string ToXmlText(std::wstring_view text);
 /// The value of an attribute, without its quotes.
 std::string ToXmlAttribute(std::wstring_view text);
 
-/// Seconds with three decimals, which is all that readers of test reports take.
+/// Seconds with three decimals; some readers of test reports accept no more.
 std::string ToXmlSeconds(std::uint64_t nanoseconds);
 
 /// Cuts the result of ToXmlText to at most `size` bytes, between two characters.

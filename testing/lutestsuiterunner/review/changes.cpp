@@ -16,7 +16,7 @@ namespace Runner
 namespace
 {
 
-/// The kind, and a key that is equal for files of one decision.
+/// The kind of a file's change, and a key that files of one change share.
 std::pair<EChange, std::string> classify(const std::wstring& reference, const std::string& received)
 {
     if (LbOs::IsMissing(reference))

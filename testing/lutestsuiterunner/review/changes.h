@@ -1,4 +1,4 @@
-/// What tests have made in place of their references, grouped by what has changed.
+/// Differences of test output from its references, grouped by what has changed.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ struct SReceivedFile
     bool isRepeated;        ///< enough runs have made exactly that
 };
 
-/// Files that have changed alike; one decision.
+/// Files with the same change; the user decides on all of them at once.
 struct SChange
 {
     EChange kind;
@@ -36,11 +36,12 @@ struct SChange
 /// Reference paths of all files "*.received" in a folder and its subfolders, ordered. Does not follow links to folders.
 std::vector<std::wstring> FindReceived(const std::wstring& directory);
 
-/// Reads the files and groups them. New references are one change, and so are those that would become empty; the
-/// others are one if they have the same sets of removed and added lines. Most files first. Throws LbException.
+/// Reads the files and groups them. All new references form one change, and so do all references that would become
+/// empty. The others belong together if they have the same sets of removed and added lines. The change with the most
+/// files comes first. Throws LbException.
 std::vector<SChange> GroupChanges(const std::vector<std::wstring>& references);
 
-/// The bytes of a reference or of what was received. Empty if there is no such file; throws LbException if it cannot be
+/// The bytes of a reference or of a received file. Empty if there is no such file; throws LbException if it cannot be
 /// read.
 std::string ReadIfPresent(const std::wstring& path);
 

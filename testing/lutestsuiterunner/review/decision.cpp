@@ -121,7 +121,8 @@ void removeRuns(const Files& files)
     }
 }
 
-/// Removes the plan at the end, and also if a failure of a decision that has `justBegun` is undone.
+/// Removes the plan at the end. Undoes the changes on a failure, and then removes the plan only if the decision has
+/// `justBegun`.
 void carryOut(EDecision decision, const Files& files, const std::wstring& plan, bool justBegun)
 {
     CSteps steps(decision, files.size());
@@ -155,7 +156,7 @@ std::string makePlan(const std::wstring& directory, EDecision decision, const Fi
     return plan.dump();
 }
 
-/// On the disk as a whole or not at all.
+/// The disk then contains the whole plan or nothing of it.
 void writePlan(const std::wstring& directory, const std::string& plan)
 {
     const std::wstring path = directory + c_DecisionFile;

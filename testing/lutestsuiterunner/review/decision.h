@@ -1,4 +1,4 @@
-/// Accepts and rejects what tests have made in place of their references.
+/// Accepts and rejects test output that differs from its references.
 #pragma once
 
 #include <cstddef>
@@ -19,14 +19,14 @@ enum class EDecision
 /// The file in the reviewed folder that exists while a decision is carried out.
 inline constexpr const wchar_t* c_DecisionFile = L"lutestsuite-review.pending";
 
-/// Carries a decision out for all files or for none of them, also if the process is killed: the decision is written to
-/// the disk before the first file changes, and FinishDecision does the rest. Leaves files alone that have changed since
-/// they were read. `directory` contains all files. Throws LbException or a German message as std::wstring if a file
-/// cannot be replaced; then all files are as before.
+/// Carries out a decision for all files or for none of them, even if the process is killed: the decision is written to
+/// the disk before the first file changes, and FinishDecision completes it. Skips files that have changed since they
+/// were read. `directory` contains all files. Throws LbException or a German message as std::wstring if a file cannot
+/// be replaced; then all files are as before.
 void Decide(const std::wstring& directory, EDecision decision, const std::vector<SReceivedFile>& files);
 
-/// Finishes a decision that an earlier process has not. Returns the number of its files, 0 if there is no such
-/// decision. Throws as Decide; the decision then remains to be finished.
+/// Finishes a decision that an earlier process left unfinished. Returns the number of its files, 0 if there is no such
+/// decision. Throws as Decide; the decision then stays unfinished.
 std::size_t FinishDecision(const std::wstring& directory);
 
 } // namespace Runner

@@ -58,7 +58,7 @@ public:
 private:
     using Place = std::ptrdiff_t;
 
-    /// How far a path reaches on the diagonal (old - fresh) with some number of edits.
+    /// The row's entry for the diagonal (old - fresh): how far a path reaches on it.
     Place& reach(std::vector<Place>& row, Place diagonal) const
     {
         return row[static_cast<std::size_t>(diagonal + static_cast<Place>(row.size() / 2))];
@@ -69,7 +69,7 @@ private:
         return diagonal == -edits || (diagonal != edits && reach(row, diagonal - 1) < reach(row, diagonal + 1));
     }
 
-    /// False if there are too many edits.
+    /// Searches the edit script; false if it needs too many edits.
     bool search()
     {
         const auto oldSize = static_cast<Place>(m_old.size());

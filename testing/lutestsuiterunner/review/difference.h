@@ -24,12 +24,12 @@ struct SDifference
     std::vector<SHunk> hunks;
 };
 
-/// The differences of `received` from `reference`, in their order; their texts refer to the arguments. Line ends "\r\n"
-/// count as "\n" unless nothing else differs. Texts with very many differences have one hunk between their first and
-/// their last one.
+/// The differences of `received` from `reference`, in order; their texts refer to the arguments. Line ends "\r\n" count
+/// as "\n" unless nothing else differs. If there are very many differences, one hunk covers everything from the first
+/// to the last one.
 SDifference FindDifference(std::string_view reference, std::string_view received);
 
-/// What has changed, wherever and however often: equal for files that have changed alike.
+/// A key of the change that does not depend on where and how often it occurs: equal for files with the same change.
 std::string GetChangeKey(const SDifference& difference);
 
 } // namespace Runner

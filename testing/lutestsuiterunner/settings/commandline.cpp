@@ -67,7 +67,7 @@ bool readShard(const std::wstring& value, SRunOptions& options)
     return options.shard >= 1 && options.shard <= options.shardCount;
 }
 
-/// What runs of one process and distributed ones share.
+/// The options that ordinary and distributed runs share.
 void addSharedOptions(COptionReader& reader, SRunOptions& options)
 {
     reader.AddText({"--out", L"DIR", L"Ordner des Laufs: Journal und Reports (sonst lutestsuite-out)"}, options.out);

@@ -34,7 +34,7 @@ public:
         return usage + (m_takesLibraryOptions ? " -- [Optionen von LuTestSuiteCLI]\n" : "\n");
     }
 
-    /// Without a blank before a value that only "=" can introduce.
+    /// No blank before the value if only "=" can introduce it.
     std::string make_option_opts(const CLI::Option* option) const override
     {
         const std::string text = CLI::Formatter::make_option_opts(option);

@@ -41,10 +41,10 @@ struct SRunOptions
     std::wstring out = c_DefaultOut;
     bool force = false; ///< replaces the run that `out` holds
     EOrder order = EOrder::Listed;
-    std::optional<std::uint64_t> seed; ///< of EOrder::Random; nothing: one is made
+    std::optional<std::uint64_t> seed; ///< of EOrder::Random; empty: a seed is chosen
     std::wstring previous;             ///< folder of a run or XML report; empty: none
     bool onlyFailed = false;
-    std::uint32_t failFast = 0; ///< failed cases that end the run; 0: none does
+    std::uint32_t failFast = 0; ///< number of failed cases that ends the run; 0: no limit
     std::uint32_t retries = 0;
     bool allowFlaky = false;
     std::wstring quarantine; ///< file of patterns; empty: none
@@ -53,12 +53,12 @@ struct SRunOptions
     std::uint32_t shard = 1; ///< 1 to shardCount
     std::uint32_t shardCount = 1;
     bool confirm = false;
-    bool planned = false; ///< carries out a shard whose plan `out` holds; of the other options only `shard` counts
+    bool planned = false; ///< runs the shard whose plan is in `out`; of the other options only `shard` counts
     LibraryOptions library;
     std::vector<std::wstring> arguments; ///< of the call, without the program's name
 };
 
-/// What carries the shards of a distributed run out.
+/// The engine that runs the shards of a distributed run.
 enum class EEngine
 {
     Local,
@@ -74,7 +74,7 @@ struct SSubmitOptions
     bool detach = false; ///< does not wait for the end
 };
 
-/// Commands for a distributed run that is there.
+/// Commands for an existing distributed run.
 struct SStatusOptions
 {
     std::wstring directory;
@@ -124,7 +124,7 @@ struct SHistoryOptions
     std::wstring alarmRate = L"0.05";   ///< probability of a false alarm in an archive
     std::wstring smallestChange = L"3"; ///< percent
     std::uint32_t reshuffles = 20;
-    std::uint32_t seed = 1; ///< of the reshuffles
+    std::uint32_t seed = 1; ///< of the random orders
 };
 
 struct SFoldersOptions
@@ -132,7 +132,7 @@ struct SFoldersOptions
     LibraryOptions library;
 };
 
-/// Without one of the switches that decide, the command lists, or asks on a terminal.
+/// Without a switch that decides, the command asks on a terminal, and otherwise lists the changes.
 struct SReviewOptions
 {
     std::wstring directory;
