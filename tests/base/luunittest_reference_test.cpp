@@ -163,7 +163,7 @@ TEST_F(CompareWithReference, RemovesWhatWasReceivedWhenEqualAgain)
     EXPECT_FALSE(Holds(L"a.expected.received.runs"));
 }
 
-TEST_F(CompareWithReference, MakesTheResultOfASubtestWithoutOne)
+TEST_F(CompareWithReference, DecidesTheResultOfASubtestThatReturnsNone)
 {
     m_folder.WriteFile(L"a.expected", "eins");
 

@@ -346,14 +346,14 @@ protected:
         return unitTest.FindSubtest(name);
     }
 
-    /// What a test finds depends on no other one.
+    /// Each test has its own directory, so that no test finds names that another test has made known.
     static std::wstring GetUniqueDirectory()
     {
         return LbEncoding::FromUtf8(testing::UnitTest::GetInstance()->current_test_info()->name());
     }
 };
 
-TEST_F(NamedByTheClass, IsFoundByOneQuestionWhereItWasBefore)
+TEST_F(NamedByTheClass, IsFoundByOneQueryAtItsFormerIndex)
 {
     CAsked::s_names = std::vector<std::wstring>(200, L"x");
     CAsked::s_names[150] = L"wanted";
@@ -364,7 +364,7 @@ TEST_F(NamedByTheClass, IsFoundByOneQuestionWhereItWasBefore)
     EXPECT_EQ(CAsked::s_questions, 1U);
 }
 
-TEST_F(NamedByTheClass, IsFoundByOneQuestionBehindTheOneBefore)
+TEST_F(NamedByTheClass, IsFoundByOneQueryAfterThePreviousSubtest)
 {
     CAsked::s_names.clear();
     for (int number = 0; number < 200; ++number)
@@ -401,7 +401,7 @@ TEST_F(NamedByTheClass, IsFoundWhereItHasMovedTo)
     EXPECT_EQ(Find(L"a"), std::nullopt);
 }
 
-TEST_F(NamedByTheClass, IsLookedForInItsOwnDirectory)
+TEST_F(NamedByTheClass, IsSearchedInItsOwnDirectory)
 {
     CAsked::s_names = {L"a", L"b"};
     EXPECT_EQ(Find(L"b", L"one/"), 1U);

@@ -1,6 +1,5 @@
-# Configures a project that contains this one, shows that the build has nothing that it did not ask for, builds it and
-# runs its tests.
-# Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
+# Configures a project that contains this one, checks that this one adds nothing that was not requested, builds it and
+# runs its tests. Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
 
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
@@ -62,7 +61,7 @@ foreach(method add_subdirectory FetchContent)
     expect_nothing_else_in("${WORK}/${method}")
 endforeach()
 
-# With the options of the build that runs this test, its compiler cache has the libraries.
+# Uses the options of the build that runs this test, so that the libraries come from the compiler cache.
 set(ENV{CMAKE_CXX_COMPILER_LAUNCHER} "${LAUNCHER}")
 configure(add_subdirectory "${WORK}" -DLUTESTSUITE_WARNINGS=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
 run("${CMAKE_COMMAND}" --build "${WORK}" --config "${CONFIG}")

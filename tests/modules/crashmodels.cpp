@@ -120,7 +120,8 @@ std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& suffix)
     return LbOs::CNamedEvent::Open(LbEncoding::FromUtf8(name == nullptr ? "" : name) + suffix);
 }
 
-/// Waits until the process runs; before that a test could not notice that it ended.
+/// Waits until the started process runs. If the case ended earlier, the test could not tell whether the process was
+/// ended or never ran.
 void awaitGrandchild()
 {
     constexpr std::uint32_t c_Long = 30000;
@@ -276,7 +277,7 @@ class CCrashModel : public LuUnitTest
         addWriting();
     }
 
-    /// Cases about what a crash says.
+    /// Cases about the texts of crashes.
     void addCrashing()
     {
         AddSubtest(L"wartet auf den Absturz", [] {
@@ -301,7 +302,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"Absturz der Kopie", [] { crashInCopy(); });
     }
 
-    /// Cases about what is left of the standard error of a process.
+    /// Cases about the standard error of a process that has ended.
     void addWriting()
     {
         AddSubtest(L"schreibt Fehlerzeilen", [] { std::fputs("aus dem Fall davor\n", stderr); });

@@ -49,7 +49,7 @@ LB_OS_EXPORT FAULT void ThrowInThread()
 
 LB_OS_EXPORT FAULT void FreeTwice()
 {
-    // More than the run-time caches unchecked.
+    // Larger than the blocks that the run-time caches without checking them.
     constexpr std::size_t c_Size = 100000;
     void* volatile const block = std::malloc(c_Size);
     void* volatile const fence = std::malloc(c_Size);

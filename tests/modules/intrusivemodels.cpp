@@ -1,4 +1,5 @@
-/// Unit tests that change what is not theirs: the process's settings, other parties' events and files.
+/// Unit tests that change things that do not belong to them: settings of the process, and events and files of other
+/// code.
 
 #include <algorithm>
 #include <chrono>
@@ -59,7 +60,7 @@ bool canFork(std::size_t count)
         copy = LbOs::Fork();
         if (copy == 0)
         {
-            // Until the others are there.
+            // Lets the other forks start.
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             std::_Exit(EXIT_SUCCESS);
         }

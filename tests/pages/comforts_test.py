@@ -142,7 +142,7 @@ class FailedCases(Pages):
                 function (button) { return button.getAttribute('aria-keyshortcuts'); });
         """))
 
-    def test_keys_with_others_stay_the_browsers(self):
+    def test_keys_with_modifiers_belong_to_the_browser(self):
         self.open("run.html")
         self.browser.run("""
             ['ctrlKey', 'altKey', 'metaKey'].forEach(function (name) {

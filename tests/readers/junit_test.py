@@ -12,7 +12,7 @@ import sys
 import unittest
 
 CASES = 900
-# A flaky one, one in quarantine, one that is disabled.
+# One flaky case, one in quarantine, one disabled.
 OTHERS = 3
 # Of nine results, one is a success and four each are failures and errors.
 FAILURES = CASES // 9 * 4

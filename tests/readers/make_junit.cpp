@@ -37,7 +37,7 @@ Runner::SPlan makePlan(std::uint32_t count)
     return plan;
 }
 
-/// Gives a state the records of one attempt.
+/// Applies the records of one attempt to a state.
 class CFeeder
 {
 public:

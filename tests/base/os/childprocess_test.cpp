@@ -97,7 +97,7 @@ TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(-9));
 }
 
-/// Then it may end before anyone queries it.
+/// The process may then end before anyone queries it.
 TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
 {
     constexpr int c_Starts = 50;
@@ -324,7 +324,7 @@ TEST_F(OsChildProcessWithoutHandle, IsTerminated)
 
     EXPECT_FALSE(m_child->IsRunning());
     EXPECT_EQ(m_child->GetExitStatus(), -9);
-    // Nothing is left of it.
+    // No entry of the process is left, not even a zombie.
     EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), m_child->GetId()), 0);
 }
 

@@ -151,7 +151,7 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
     // The owner's child leads a group of its own, so that this reaches the owner alone.
     owner->Terminate();
 
-    // What watches over the owner needs a moment.
+    // The process that watches over the owner needs a moment.
     EXPECT_TRUE(line.WaitGone());
 }
 
@@ -189,7 +189,7 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsAbruptly)
     EXPECT_TRUE(line.WaitGone());
 }
 
-/// A tree of each child, all of them at once.
+/// Each child has a tree of its own, and all trees end at once.
 TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
 {
     using Clock = std::chrono::steady_clock;
@@ -209,7 +209,7 @@ TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
     EXPECT_LT(Clock::now() - start, std::chrono::seconds(6));
 }
 
-/// As by a kill of all processes of that name, or by the out-of-memory killer.
+/// The keeper may be killed together with all processes of its name, or by the out-of-memory killer.
 TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
 {
     CProbeLine line;
@@ -225,7 +225,7 @@ TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
     EXPECT_TRUE(line.WaitGone());
 }
 
-/// Those who watch over a process that is ended from outside still clean up after it.
+/// If a process is ended from outside, the processes that watch over it still clean up after it.
 TEST(OsChildProcessTrees, RemovesTheNamesOfItsDescendants)
 {
     CProbeLine line;

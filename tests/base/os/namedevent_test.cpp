@@ -111,7 +111,7 @@ TEST_F(OsNamedEvent, IsNotCreatedTwice)
     EXPECT_NE(CNamedEvent::Open(m_name), nullptr);
 }
 
-TEST_F(OsNamedEvent, SaysThatThereAreTooManyForTheProcessThatRemovesThem)
+TEST_F(OsNamedEvent, ReportsThatTheKeeperHasNoFreeEntry)
 {
     constexpr std::size_t c_MoreThanItKeeps = 4097;
     std::vector<std::unique_ptr<CNamedEvent>> events;

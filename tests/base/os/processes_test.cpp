@@ -29,7 +29,7 @@ TEST(OsProcessesThreads, AreCountedUpToTheLimit)
                                           const unsigned count = LbOs::CountStartableThreads(c_Many);
                                           EXPECT_GT(count, 0U);
                                           EXPECT_LT(count, c_Many);
-                                          // They have ended.
+                                          // These threads have ended.
                                           EXPECT_GT(LbOs::CountStartableThreads(c_Many), 0U);
                                       });
     if (!isChecked)

@@ -1,2 +1,2 @@
-// What makes a Catch2 program a test module; the other sources are a program's.
+// Turns the sources of a Catch2 program into a test module. The other sources know nothing of it.
 #include "testing/lutestsuite/catch2.h"

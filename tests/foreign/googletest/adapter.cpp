@@ -1,2 +1,2 @@
-// What makes a GoogleTest program a test module; the other sources are a program's.
+// Turns the sources of a GoogleTest program into a test module. The other sources know nothing of it.
 #include "testing/lutestsuite/googletest.h"

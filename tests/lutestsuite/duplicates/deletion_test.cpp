@@ -11,7 +11,7 @@ namespace
 
 using DuplicateDeletion = DuplicatesTest;
 
-TEST_F(DuplicateDeletion, AreDeletedExceptTheOldest)
+TEST_F(DuplicateDeletion, KeepsTheOldestOnly)
 {
     const std::wstring a = Write(L"a.txt", "gut", 100);
     const std::wstring b = Write(L"b.txt", "gut", 200);
@@ -28,7 +28,7 @@ TEST_F(DuplicateDeletion, AreDeletedExceptTheOldest)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(d), "anders");
 }
 
-TEST_F(DuplicateDeletion, DeleteLinksButNotTheirTargets)
+TEST_F(DuplicateDeletion, DeletesLinksButNotTheirTargets)
 {
     const ScopedFolder elsewhere;
     const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
@@ -45,7 +45,7 @@ TEST_F(DuplicateDeletion, DeleteLinksButNotTheirTargets)
     EXPECT_FALSE(LbOs::IsLink(m_folder.GetPathOf(L"CDataSetModel/b.txt")));
 }
 
-TEST_F(DuplicateDeletion, KeepTheTargetOfALinkThatIsKept)
+TEST_F(DuplicateDeletion, KeepsTheTargetOfALinkThatIsKept)
 {
     const std::wstring target = Write(L"b.txt", "gut", 200);
     const std::wstring copy = Write(L"c.txt", "gut", 100);
@@ -65,7 +65,7 @@ TEST_F(DuplicateDeletion, KeepTheTargetOfALinkThatIsKept)
 }
 
 /// The oldest data set of one set is a link to a redundant data set of another.
-TEST_F(DuplicateDeletion, KeepTheTargetOfAKeptLinkOfAnotherSet)
+TEST_F(DuplicateDeletion, KeepsTheTargetOfAKeptLinkOfAnotherSet)
 {
     const std::wstring copy = m_folder.WriteFile(L"1/CDataSetModel/c.txt", "gut");
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
@@ -89,7 +89,7 @@ TEST_F(DuplicateDeletion, KeepTheTargetOfAKeptLinkOfAnotherSet)
 }
 
 /// The link is the only data set of its unit test, or no data set at all.
-TEST_F(DuplicateDeletion, KeepTheTargetOfALinkOutsideAllSets)
+TEST_F(DuplicateDeletion, KeepsTheTargetOfALinkOutsideAllSets)
 {
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
     const std::wstring target = m_folder.WriteFile(L"2/CDataSetModel/y.txt", "gut");
@@ -115,7 +115,7 @@ TEST_F(DuplicateDeletion, KeepTheTargetOfALinkOutsideAllSets)
     }
 }
 
-TEST_F(DuplicateDeletion, DeleteAllLinksToOneFileButTheFirst)
+TEST_F(DuplicateDeletion, DeletesAllLinksToOneFileButTheFirst)
 {
     const ScopedFolder elsewhere;
     const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
@@ -133,7 +133,7 @@ TEST_F(DuplicateDeletion, DeleteAllLinksToOneFileButTheFirst)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetDirectory() + L"a.txt"), "gut");
 }
 
-TEST_F(DuplicateDeletion, KeepALinkOnThePathOfAKeptLink)
+TEST_F(DuplicateDeletion, KeepsALinkOnThePathOfAKeptLink)
 {
     const ScopedFolder elsewhere;
     const std::wstring target = elsewhere.WriteFile(L"x.txt", "gut");
@@ -153,7 +153,7 @@ TEST_F(DuplicateDeletion, KeepALinkOnThePathOfAKeptLink)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetDirectory() + L"a.txt"), "gut");
 }
 
-TEST_F(DuplicateDeletion, AreNotDeletedOutsideTheDataDirectory)
+TEST_F(DuplicateDeletion, DeletesNothingOutsideTheDataDirectory)
 {
     const ScopedFolder elsewhere;
     const std::wstring a = elsewhere.WriteFile(L"CDataSetModel/a.txt", "gut");
@@ -174,7 +174,7 @@ TEST_F(DuplicateDeletion, AreNotDeletedOutsideTheDataDirectory)
 }
 
 /// The linked folder is inside the data directory, but it is not the unit test's own folder.
-TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkOfTheDataDirectory)
+TEST_F(DuplicateDeletion, DeletesNothingBehindALinkInTheDataDirectory)
 {
     const std::wstring a = m_folder.WriteFile(L"Sammlung/a.txt", "gut");
     const std::wstring b = m_folder.WriteFile(L"Sammlung/b.txt", "gut");
@@ -193,7 +193,7 @@ TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkOfTheDataDirectory)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkAboveTheUnitTest)
+TEST_F(DuplicateDeletion, DeletesNothingBehindALinkAboveTheUnitTest)
 {
     const ScopedFolder elsewhere;
     const std::wstring a = elsewhere.WriteFile(L"CDataSetModel/a.txt", "gut");
@@ -212,7 +212,7 @@ TEST_F(DuplicateDeletion, AreNotDeletedBehindALinkAboveTheUnitTest)
 }
 
 /// A link may be given as the data directory.
-TEST_F(DuplicateDeletion, AreDeletedInALinkedDataDirectory)
+TEST_F(DuplicateDeletion, WorksInALinkedDataDirectory)
 {
     const ScopedFolder elsewhere;
     const std::wstring kept = Write(L"a.txt", "gut", 200);
@@ -233,7 +233,7 @@ TEST_F(DuplicateDeletion, AreDeletedInALinkedDataDirectory)
 }
 
 /// The same folder under other names: "." and "..", without trailing separator, on Windows in other letter case.
-TEST_F(DuplicateDeletion, AreDeletedUnderAnySpellingOfTheDataDirectory)
+TEST_F(DuplicateDeletion, AcceptsAnySpellingOfTheDataDirectory)
 {
     std::wstring roundabout = m_folder.MakeFolder(L"CDataSetModel/..") + L".";
     if (LbPath::c_Separator == L'\\')
@@ -255,7 +255,7 @@ TEST_F(DuplicateDeletion, AreDeletedUnderAnySpellingOfTheDataDirectory)
 }
 
 /// While the first line of the set is printed, a folder replaces a file that is to be deleted.
-TEST_F(DuplicateDeletion, ReportFilesThatCannotBeDeletedAndContinue)
+TEST_F(DuplicateDeletion, ReportsFilesThatCannotBeDeletedAndContinues)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
     const std::wstring replaced = Write(L"b.txt", "gut");
@@ -278,7 +278,7 @@ TEST_F(DuplicateDeletion, ReportFilesThatCannotBeDeletedAndContinue)
 }
 
 /// While the first line of the set is printed, files that are to be deleted change.
-TEST_F(DuplicateDeletion, ExcludeFilesChangedMeanwhile)
+TEST_F(DuplicateDeletion, KeepsFilesChangedMeanwhile)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring changed = Write(L"b.txt", "gut");
@@ -307,7 +307,7 @@ TEST_F(DuplicateDeletion, ExcludeFilesChangedMeanwhile)
 }
 
 /// While the first line of the set is printed, only the bytes of a file change.
-TEST_F(DuplicateDeletion, ExcludeFilesOfWhichOnlyTheBytesChanged)
+TEST_F(DuplicateDeletion, KeepsFilesOfWhichOnlyTheBytesChanged)
 {
     const std::string content(100'000, 'x');
     Write(L"a.txt", content, 200);
@@ -332,7 +332,7 @@ TEST_F(DuplicateDeletion, ExcludeFilesOfWhichOnlyTheBytesChanged)
 }
 
 /// Another deletion, which keeps the other file, has locked the folder when this one begins.
-TEST_F(DuplicateDeletion, WaitForAnotherDeletionInTheFolder)
+TEST_F(DuplicateDeletion, WaitsForAnotherDeletionInTheFolder)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
     const std::wstring copy = Write(L"b.txt", "gut");
@@ -356,7 +356,7 @@ TEST_F(DuplicateDeletion, WaitForAnotherDeletionInTheFolder)
 }
 
 /// While the first line of the set is printed, all other files of this content are deleted.
-TEST_F(DuplicateDeletion, KeepTheLastFileOfAContent)
+TEST_F(DuplicateDeletion, KeepsTheLastFileOfAContent)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring copy = Write(L"b.txt", "gut");
@@ -369,7 +369,7 @@ TEST_F(DuplicateDeletion, KeepTheLastFileOfAContent)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(copy), "gut");
 }
 
-TEST_F(DuplicateDeletion, DeleteHardLinksOfTheKeptFile)
+TEST_F(DuplicateDeletion, DeletesHardLinksOfTheKeptFile)
 {
     const std::wstring kept = Write(L"a.txt", "gut");
     const std::wstring name = GetDirectory() + L"b.txt";
@@ -384,7 +384,7 @@ TEST_F(DuplicateDeletion, DeleteHardLinksOfTheKeptFile)
 }
 
 /// On Windows write protection prevents deletion; it belongs to the file, not to the name.
-TEST_F(DuplicateDeletion, LeaveTheWriteProtectionOfTheKeptFile)
+TEST_F(DuplicateDeletion, LeavesTheWriteProtectionOfTheKeptFile)
 {
     constexpr auto c_Writing = std::filesystem::perms::owner_write;
     const std::filesystem::path kept = Write(L"a.txt", "gut");
@@ -401,7 +401,7 @@ TEST_F(DuplicateDeletion, LeaveTheWriteProtectionOfTheKeptFile)
 }
 
 /// While the first line of the set is printed, another program opens a file that is to be deleted.
-TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
+TEST_F(DuplicateDeletion, ReportsHeldFilesThatCannotBeDeletedAndContinues)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring held = Write(L"b.txt", "gut");
@@ -423,7 +423,7 @@ TEST_F(DuplicateDeletion, ReportHeldFilesThatCannotBeDeletedAndGoOn)
 }
 
 /// A folder and a link to it are searched. Files found through the link are not deleted, whichever is searched first.
-TEST_F(DuplicateDeletion, AreDeletedInTheirOwnFolderOnly)
+TEST_F(DuplicateDeletion, DeletesOnlyInTheFolderOfTheUnitTest)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
     Write(L"b.txt", "gut");

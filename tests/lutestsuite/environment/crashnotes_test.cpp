@@ -116,7 +116,7 @@ TEST_F(CrashNotes, NameTheOuterActivityOnceTheInnerOneHasEnded)
     EXPECT_EQ(report->find("CInner"), std::string::npos) << *report;
 }
 
-/// The process ends with its threads.
+/// Occupies places by threads that run until the process ends.
 void occupyPlaces(std::size_t count)
 {
     for (std::size_t index = 0; index < count; ++index)

@@ -76,7 +76,7 @@ TEST_F(RunCommandLine, IsFalseWhenACaseTookTooLong)
     EXPECT_NE(GetUtf8().find("\tErfolgreich:\t1 Klasse, 2 Tests\n"), std::string::npos) << GetUtf8();
 }
 
-/// One case keeps memory; nothing else is wrong.
+/// One case leaks memory; nothing else is wrong.
 TEST_F(RunCommandLine, IsTrueWhenTheHeapGrew)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)

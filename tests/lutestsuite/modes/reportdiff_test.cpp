@@ -24,7 +24,7 @@ namespace
 class GenerateReportDiff : public testing::Test
 {
 protected:
-    /// Only the two files.
+    /// Only the two compared files exist.
     LuTestSuiteSetup MakeSetup(std::vector<std::wstring> inputs) const
     {
         LuTestSuiteSetup setup;

@@ -24,7 +24,7 @@ using SReportData = LuTestSuiteReport::SReportData;
 class XmlReportReader : public testing::Test
 {
 protected:
-    /// Reads a report with this root content into a record with other content.
+    /// Reads a report whose root element has this content. The record is not empty before.
     SReportData Read(const std::string& content) const
     {
         SReportData data;

@@ -180,7 +180,7 @@ TEST_F(RunRecreate, UsesTheFirstOfTwoSubtestsOfOneName)
     EXPECT_THAT(s_Calls, testing::Not(testing::Contains(L"IsRecreatable 4")));
 }
 
-TEST_F(RunRecreate, HasNothingToRenewIfTheUnitTestSaysSo)
+TEST_F(RunRecreate, RenewsNothingIfTheUnitTestHasNoData)
 {
     Recreate({MakeModel({L"ohne Daten"})});
 
@@ -190,7 +190,7 @@ TEST_F(RunRecreate, HasNothingToRenewIfTheUnitTestSaysSo)
     EXPECT_EQ(s_Calls.back(), L"destroy");
 }
 
-TEST_F(RunRecreate, HasNothingToRenewForANameThatNoSubtestHas)
+TEST_F(RunRecreate, RenewsNothingForAnUnknownSubtest)
 {
     Recreate({MakeModel({L"Erneuerbar"})});
 
@@ -199,7 +199,7 @@ TEST_F(RunRecreate, HasNothingToRenewForANameThatNoSubtestHas)
                             Warned(L"\tSubtest 'Erneuerbar' hat keine erneuerbaren Daten.\n"), Ended()));
 }
 
-TEST_F(RunRecreate, HasNothingToRenewInAUnitTestWithoutTheInterface)
+TEST_F(RunRecreate, RenewsNothingInAUnitTestWithoutTheInterface)
 {
     m_environment.LoadDLL(L"resultmodels", false);
 

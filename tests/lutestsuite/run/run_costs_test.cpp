@@ -92,7 +92,7 @@ void awaitSharedListing(const std::wstring& folder)
     }
 }
 
-TEST(RunCosts, AreNoAllocationForASubtestThatIsNotWanted)
+TEST(RunCosts, IncludeNoAllocationForOtherSubtests)
 {
     CNamesMany object;
     object.SelectSubtest(L"another");
@@ -105,7 +105,7 @@ TEST(RunCosts, AreNoAllocationForASubtestThatIsNotWanted)
     EXPECT_EQ(*count, 0U);
 }
 
-TEST(RunCosts, AreTheSameForNamesOfFewAndOfManyFiles)
+TEST(RunCosts, AreTheSameForFewAndForManyFiles)
 {
     const ScopedFolder folder;
     std::optional<std::uint64_t> counts[2];

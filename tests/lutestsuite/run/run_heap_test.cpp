@@ -72,7 +72,8 @@ protected:
 
     void expectBalanced(const std::wstring& name)
     {
-        // What the run-time and the module allocate once and keep is in the first record.
+        // The first run of the case also counts what the run-time and the module allocate once and keep, so the second
+        // one is checked.
         const SRunResult result = Run(makeTracked({name, name}));
         EXPECT_EQ(static_cast<std::int64_t>(result.cases.at(1).memoryGrowth), 0);
         EXPECT_FALSE(result.cases.at(1).warning);

@@ -123,7 +123,7 @@ TEST_F(RunStacks, LeaveTheReasonAsItIs)
     EXPECT_EQ(RunFor(L"abort").end.reason, without);
 }
 
-TEST_F(RunStacks, AreReadOfACrashThatTheRunNoticesBehindTheTimeLimit)
+TEST_F(RunStacks, AreReadForACrashThatIsNoticedAfterTheTimeLimit)
 {
     CProbeLine line;
     const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());

@@ -36,7 +36,7 @@ std::string DistributedTest::ReadReport(const std::wstring& path)
 {
     static const std::regex s_numbers("[0-9]+([.,:-][0-9]+)*");
     std::string text = LbFileSystem::ReadFile8Bit(path);
-    // Depends on times.
+    // This text depends on times.
     text.resize(std::min(text.size(), text.find("\"slowest\"")));
     return std::regex_replace(text, s_numbers, "#");
 }

@@ -185,7 +185,7 @@ TEST_F(RunnerReview, NamesAFolderThatDoesNotExist)
     ExpectLine(run.errors, "gibt es nicht");
 }
 
-TEST_F(RunnerReview, IsRecommendedByARunForWhatIsLeft)
+TEST_F(RunnerReview, IsRecommendedByARunWithUndecidedDifferences)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     Receive(L"CPassedModel/a", "neu", 1);

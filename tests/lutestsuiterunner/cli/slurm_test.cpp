@@ -36,7 +36,7 @@ protected:
     SHostOptions m_options;
 
 private:
-    /// A Slurm of this process's own. Munge's user has to reach the folder.
+    /// Each process has its own Slurm. Its folder is a temporary one, because munge's user must be able to enter it.
     static SHostRun callCluster(const std::wstring& command)
     {
         SHostOptions options;

@@ -38,7 +38,7 @@ TEST_F(RunnerSubmit, PrintsPlanAndOutcome)
     ExpectLine(run.output, "fehlgeschlagen: 0, in Quarantäne: 0, nicht ausgeführt: 0");
 }
 
-TEST_F(RunnerSubmit, GoesOnBehindACaseThatEndsItsHost)
+TEST_F(RunnerSubmit, ContinuesAfterACaseThatEndsItsHost)
 {
     m_folder.MakeFolder(L"data/CCrashModel");
     const SHostRun run = Submit({L"--shards", L"1"}, {L"-i", L":vorher$", L"-i", L":Zugriffsverletzung$", L"-i",
@@ -71,7 +71,7 @@ TEST_F(RunnerSubmit, WarnsOfUndecidedDifferencesFromReferences)
     EXPECT_EQ(run.exitStatus, 0) << run.errors;
 }
 
-TEST_F(RunnerSubmit, TellsWhatAMachineDoesNotHave)
+TEST_F(RunnerSubmit, ReportsWhatAMachineDoesNotHave)
 {
     MakeDurations({1, 1, 1, 1});
     Submit({L"--shards", L"2", L"--detach"});
@@ -85,7 +85,7 @@ TEST_F(RunnerSubmit, TellsWhatAMachineDoesNotHave)
     EXPECT_EQ(RunRunner({L"report", GetOut()}).exitStatus, 1);
 }
 
-TEST_F(RunnerSubmit, GivesUpWithTheReasonWhatNoMachineHas)
+TEST_F(RunnerSubmit, GivesTheReasonWhenNoMachineCanRunAShard)
 {
     MakeDurations({1, 1});
     Submit({L"--shards", L"1", L"--detach"});
@@ -172,7 +172,7 @@ TEST_F(RunnerSubmit, RefusesSlurmWhereThereIsNone)
     EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::c_PlanName));
 }
 
-TEST_F(RunnerSubmit, SaysWhatIsWrongWithTheCall)
+TEST_F(RunnerSubmit, ReportsMistakesInTheCall)
 {
     MakeDurations({1});
     ExpectLine(Submit({L"--engine", L"pbs"}).errors, "erwartet wird local oder slurm");

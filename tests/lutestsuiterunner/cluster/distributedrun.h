@@ -48,7 +48,7 @@ public:
         writer.Close();
     }
 
-    /// All cases of a shard, which pass.
+    /// Runs all cases of a shard; they pass.
     void RunShard(std::uint32_t number) const
     {
         const auto writer = Join(number);

@@ -14,7 +14,7 @@ namespace
 using namespace std::chrono_literals;
 using Runner::ETaskState;
 
-/// Says what the test tells it to.
+/// An engine whose answers the test sets.
 class CFakeEngine : public Runner::IEngine
 {
 public:
@@ -53,7 +53,7 @@ public:
 class RunnerFollower : public testing::Test
 {
 protected:
-    /// One step after so many seconds more.
+    /// Advances the time and makes one step.
     bool StepAfter(std::chrono::seconds seconds)
     {
         m_now += seconds;
@@ -71,7 +71,7 @@ protected:
     Runner::CFollower::Time m_now;
 };
 
-TEST_F(RunnerFollower, HandsAllShardsOverAtOnceAndWaitsForTheirJournals)
+TEST_F(RunnerFollower, SubmitsAllShardsAtOnceAndWaitsForTheirJournals)
 {
     EXPECT_FALSE(StepAfter(0s));
     ASSERT_EQ(m_engine.submitted.size(), 1U);
@@ -100,7 +100,7 @@ TEST_F(RunnerFollower, AsksTheSchedulerSeldom)
     EXPECT_EQ(m_engine.questions, 4);
 }
 
-TEST_F(RunnerFollower, HandsOverAgainWhatWasLost)
+TEST_F(RunnerFollower, SubmitsLostShardsAgain)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -115,7 +115,7 @@ TEST_F(RunnerFollower, HandsOverAgainWhatWasLost)
     EXPECT_EQ(m_follower.GetShards()[1].submissions, 2U);
 }
 
-TEST_F(RunnerFollower, BelievesAJournalThatComesLate)
+TEST_F(RunnerFollower, AcceptsAJournalThatArrivesLate)
 {
     StepAfter(0s);
     Lose(1, L"COMPLETED");
@@ -126,7 +126,7 @@ TEST_F(RunnerFollower, BelievesAJournalThatComesLate)
     EXPECT_EQ(m_engine.submitted.size(), 1U);
 }
 
-TEST_F(RunnerFollower, GivesAShardUpThatIsLostTooOften)
+TEST_F(RunnerFollower, GivesUpAShardThatIsLostTooOften)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -144,7 +144,7 @@ TEST_F(RunnerFollower, GivesAShardUpThatIsLostTooOften)
               L"Teil 2 wurde 4 mal vergeben und jedes Mal verloren, zuletzt: NODE_FAIL auf node1");
 }
 
-TEST_F(RunnerFollower, TellsWhatTheHostMissed)
+TEST_F(RunnerFollower, ReportsWhatTheHostMissed)
 {
     StepAfter(0s);
     const auto writer = m_run.Join(2);
@@ -177,7 +177,7 @@ TEST_F(RunnerFollower, WaitsWhileTheSchedulerDoesNotAnswer)
     EXPECT_EQ(m_engine.submitted.size(), 2U);
 }
 
-TEST_F(RunnerFollower, GoesOnWhereAnotherProcessEnded)
+TEST_F(RunnerFollower, ContinuesWhereAnotherProcessEnded)
 {
     Runner::CFollower(m_run.GetFolder(), m_run.GetShards(), m_engine).Step(m_now);
     EXPECT_FALSE(Runner::CFollower(m_run.GetFolder(), m_run.GetShards(), m_engine).Step(m_now));
@@ -185,7 +185,7 @@ TEST_F(RunnerFollower, GoesOnWhereAnotherProcessEnded)
     EXPECT_EQ(m_engine.submitted.size(), 1U);
 }
 
-TEST_F(RunnerFollower, LeavesToAnotherProcessWhatThatWasQuickerWith)
+TEST_F(RunnerFollower, LeavesASubmissionToAQuickerProcess)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -236,7 +236,7 @@ TEST_F(RunnerFollower, EndsTasksThatTheSchedulerMayHoldForALostShard)
     EXPECT_EQ(m_engine.cancellations, 1);
 }
 
-TEST_F(RunnerFollower, SeesByItsJournalThatAShardHasBegun)
+TEST_F(RunnerFollower, RecognisesABegunShardByItsJournal)
 {
     StepAfter(0s);
     const auto writer = m_run.Join(1);
@@ -246,7 +246,7 @@ TEST_F(RunnerFollower, SeesByItsJournalThatAShardHasBegun)
     EXPECT_FALSE(m_follower.GetShards()[1].hasBegun);
 }
 
-TEST_F(RunnerFollower, OnlyLooksWhenAskedForTheStatus)
+TEST_F(RunnerFollower, SubmitsNothingWhenAskedForTheStatus)
 {
     m_follower.Look();
 

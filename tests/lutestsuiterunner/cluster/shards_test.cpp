@@ -38,7 +38,7 @@ Runner::SPlan MakeTimedPlan(const std::vector<std::uint64_t>& times)
     return plan;
 }
 
-/// Longest over mean.
+/// The time of the longest shard divided by the mean.
 double GetImbalance(const std::vector<Cases>& shards, const std::vector<std::uint64_t>& times)
 {
     std::uint64_t sum = 0;
@@ -104,7 +104,8 @@ TEST(RunnerShards, GetLargeAndSmallDataAlikeWithoutTimes)
     std::vector<std::uint64_t> sizes;
     for (std::size_t index = 0; index < c_Cases; ++index)
     {
-        // Each third is large, so that turns of three by name would give them all to one shard.
+        // Every third file is large: if three shards took the cases in turn by name, one of them would get all large
+        // files.
         sizes.push_back(index % 3 == 0 ? 1000 + index : 10 + index);
         plan.unitTests[0].cases[index].dataSetFile =
             folder.WriteFile(std::to_wstring(index), std::string(sizes.back(), 'x'));

@@ -48,7 +48,7 @@ TEST(RunnerSlurmText, NamesEachSubmissionOnce)
     EXPECT_EQ(Runner::GetJobName("abc", 2), L"lutestsuite-abc-2");
 }
 
-TEST(RunnerLastError, IsThatOfTheLastLineThatIsOne)
+TEST(RunnerLastError, IsTheLastErrorLine)
 {
     EXPECT_EQ(Runner::FindLastError("Fehler: eins\r\nFehler: zwei\r\nkein Fehler: drei\n"), L"zwei");
     EXPECT_EQ(Runner::FindLastError("ein Fehler: nein"), L"");

@@ -14,7 +14,7 @@ Runner::SPlan makeShardPlan()
     return plan;
 }
 
-/// Hosts that ended without a word while they had these cases, one host after another.
+/// Several hosts, one after another, ended without a note while they ran these cases.
 class CLostHosts : public CRunStateMaker
 {
 public:
@@ -39,7 +39,7 @@ private:
 
 using Cases = std::vector<std::uint32_t>;
 
-TEST(RunnerLostHosts, LetAllCasesRunAsTheyWouldAfterTheFirst)
+TEST(RunnerLostHosts, ChangeNothingAfterTheFirst)
 {
     const Runner::SUnderWay underWay = CLostHosts({{0, 2}}).Find();
 
@@ -68,7 +68,7 @@ TEST(RunnerLostHosts, CondemnTheCaseThatWasAloneInTheThird)
     EXPECT_EQ(underWay.repeated, Cases{0});
 }
 
-TEST(RunnerLostHosts, CondemnNoCaseThatHadCompany)
+TEST(RunnerLostHosts, CondemnNoCaseThatRanBesideAnother)
 {
     const Runner::SUnderWay underWay = CLostHosts({{0, 2}, {0, 2}, {0, 2}}).Find();
 

@@ -1,5 +1,5 @@
-// What the search for changes promises, with few enough cases for a test. benchmarks/history_simulation.cpp measures
-// the same at full size and with many more kinds of noise.
+// The guarantees of the search for changes, checked with few enough cases for a test. benchmarks/history_simulation.cpp
+// measures the same at full size and with many more kinds of noise.
 
 #include <gtest/gtest.h>
 
@@ -89,7 +89,7 @@ TEST(HistoryStatistics, FlakeRateOfFivePercentIsFoundWithinSixtyRuns)
     EXPECT_GE(GetFindings(analysis, *flaky, 0).size(), 900U);
 }
 
-TEST(HistoryStatistics, TempoOfWholeRunsIsNoChangeOfCases)
+TEST(HistoryStatistics, SlowRunsAreNotChangesOfTheirCases)
 {
     SSettings settings;
     settings.cases = 500;
@@ -123,14 +123,14 @@ TEST(HistoryStatistics, ShuffledRunsAlarmAsRarelyAsTheRateAllows)
     settings.cases = 1000;
     settings.runs = 60;
     settings.seed = 46;
-    // Half of the cases have changed: in random orders nothing may be left of it.
+    // Half of the cases have changed, but random orders of the runs must not show that change.
     settings.factor = [](std::size_t testCase, std::size_t run) { return testCase % 2 == 0 && run >= 30 ? 1.5 : 1.0; };
     SStepRules rules;
     rules.checks = 40;
     const SyntheticRuns::SArchive archive = MakeArchive(settings);
     const SAnalysis analysis = analyze(archive, rules);
     EXPECT_EQ(analysis.steps.check.archives, 40U);
-    // Two are expected, more than eight as good as impossible.
+    // Two alarms are expected; more than eight are practically impossible.
     EXPECT_LE(analysis.steps.check.archivesWithAlarm, 8U);
 }
 

@@ -17,7 +17,7 @@ TEST(HistoryRankTails, LogarithmIsThatOfTheLibrary)
     }
 }
 
-TEST(HistoryRankTails, SeparatedGroupsHaveTheEvidenceOfOneOrderAmongAll)
+TEST(HistoryRankTails, SeparatedGroupsAreOneOfAllOrders)
 {
     CRankTails tails;
     EXPECT_NEAR(tails.GetBits(2, 2, 0), std::log2(6.0), 1e-12);

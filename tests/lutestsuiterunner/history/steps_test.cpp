@@ -32,12 +32,12 @@ std::vector<SStep> findSteps(const std::vector<double>& values, double smallestC
 
 } // namespace
 
-TEST(HistorySteps, SeriesWithoutStepHasNone)
+TEST(HistorySteps, NoStepIsFoundInASteadySeries)
 {
     EXPECT_TRUE(findSteps(makeSeries(100, 1, [](std::size_t) { return 1.0; })).empty());
 }
 
-TEST(HistorySteps, SeriesTooShortToTellHasNone)
+TEST(HistorySteps, NoStepIsFoundInATooShortSeries)
 {
     EXPECT_TRUE(findSteps({}).empty());
     EXPECT_TRUE(findSteps({1.0}).empty());
@@ -67,7 +67,7 @@ TEST(HistorySteps, LevelsThatRiseTwiceAreTwoSteps)
     EXPECT_NEAR(steps[1].after, 1.7, 0.02);
 }
 
-TEST(HistorySteps, LevelThatReturnsInTheMiddleOfTheSeriesHasNone)
+TEST(HistorySteps, NoStepIsFoundIfTheLevelReturnsInTheMiddle)
 {
     EXPECT_TRUE(
         findSteps(makeSeries(90, 3, [](std::size_t run) { return run >= 30 && run < 60 ? 1.3 : 1.0; })).empty());

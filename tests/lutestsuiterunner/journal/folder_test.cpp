@@ -172,7 +172,7 @@ std::uint32_t runUntilFull(Runner::CRunFolder& run, const Runner::SPlan& plan)
         }
         catch (const LbException&)
         {
-            // Nothing may follow a record that is torn.
+            // No record may follow an incomplete one.
             EXPECT_THROW(writer->Write(Runner::SRunFinished{}), LbException);
             EXPECT_THROW(writer->Close(), LbException);
             throw;

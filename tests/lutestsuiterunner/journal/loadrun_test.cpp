@@ -26,7 +26,7 @@ protected:
     const CPlayedRun m_run;
 };
 
-TEST_F(RunnerDistributedRun, IsThatOfItsShards)
+TEST_F(RunnerDistributedRun, CombinesItsShards)
 {
     m_run.RunShard(1);
     m_run.RunShard(2);
@@ -59,7 +59,7 @@ TEST_F(RunnerDistributedRun, IsNotEndedWithoutAShard)
     EXPECT_EQ(state->GetProblems(), std::vector<std::wstring>{L"Teil 2 von 2 ist nicht beendet"});
 }
 
-TEST_F(RunnerDistributedRun, TellsWhatIsWrongWithItAndItsShards)
+TEST_F(RunnerDistributedRun, ReportsItsOwnProblemsAndThoseOfItsShards)
 {
     m_run.RunShard(1);
     const auto writer = m_run.Join(2);
@@ -73,7 +73,7 @@ TEST_F(RunnerDistributedRun, TellsWhatIsWrongWithItAndItsShards)
                                          L"Teil 2 von 2: Auf dem Rechner x fehlt y", L"Teil 2 wurde verloren"}));
 }
 
-TEST_F(RunnerDistributedRun, ForgetsWhatALaterHostHasPutRight)
+TEST_F(RunnerDistributedRun, ForgetsProblemsThatALaterHostHasSolved)
 {
     m_run.RunShard(1);
     m_run.Join(2)->Write(Runner::SRunProblem{L"Auf dem Rechner x fehlt y"});
@@ -147,7 +147,7 @@ protected:
     Runner::CRunTail m_tail{m_run.GetShardFolder(1), m_run.GetShards()[0].places};
 };
 
-TEST_F(RunnerTail, TellsHowFarARunIsWhileItIsWritten)
+TEST_F(RunnerTail, ReportsTheProgressOfARunThatIsBeingWritten)
 {
     m_tail.Poll();
     EXPECT_EQ(m_tail.GetJournalCount(), 0U);
@@ -171,7 +171,7 @@ TEST_F(RunnerTail, TellsHowFarARunIsWhileItIsWritten)
     EXPECT_TRUE(m_tail.HasEnded());
 }
 
-TEST_F(RunnerTail, NeedsOneHostThatWasThroughWithTheRun)
+TEST_F(RunnerTail, HasEndedWhenOneHostHasFinishedTheRun)
 {
     const auto first = m_run.Join(1);
     first->Write(Runner::SRunProblem{L"etwas fehlt"});

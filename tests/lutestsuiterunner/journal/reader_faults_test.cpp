@@ -15,7 +15,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using Runner::Record;
 
-/// A small journal with all kinds of records, its bytes and what it says.
+/// A small journal with all kinds of records: its bytes and its records.
 class RunnerJournalFaults : public testing::Test
 {
 protected:

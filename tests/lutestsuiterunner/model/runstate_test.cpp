@@ -13,7 +13,7 @@ using LuTestSuiteRun::ECaseRunResult;
 using Runner::EAttemptKind;
 using Runner::EVerdict;
 
-/// A state that records are given to one after another.
+/// A state to which the test applies records one after another.
 class RunnerRunState : public testing::Test, protected CRunStateMaker
 {
 protected:
@@ -99,7 +99,7 @@ TEST_F(RunnerRunState, CountsTheVerdictOfTheFirstOfTwoHosts)
     EXPECT_EQ(m_state.GetAttempts(3)[0].duplicates, 1U);
 }
 
-TEST_F(RunnerRunState, DoesNotTakeAnEndForTheCrashOfAHostThatWasThroughWithTheCase)
+TEST_F(RunnerRunState, KeepsTheVerdictOfACaseWhoseHostCrashesLater)
 {
     RunCase(3, ECaseRunResult::Ok);
     BeginJournal(2);

@@ -38,7 +38,7 @@ protected:
         return LbFileSystem::IsFile(path) ? LbFileSystem::ReadFile8Bit(path) : "-";
     }
 
-    /// What a process leaves that is killed after it has written its decision.
+    /// The files that a process leaves if it is killed after it has written its decision.
     void Interrupt(EDecision decision, const std::vector<Runner::SReceivedFile>& files) const
     {
         std::string text = std::string("{\"accept\":") + (decision == EDecision::Accept ? "true" : "false");
