@@ -24,12 +24,12 @@ struct SSubtests
     std::function<std::wstring(std::uint32_t)> getName;
 };
 
-/// Finds the first sub-test with exactly this name. First tries the remembered index of the name for this class and
-/// directory; if the name there differs, searches all. Misses an equal name inserted before one whose index and name
-/// are unchanged. Passes on what getName throws. Any thread.
+/// Finds the first sub-test with exactly this name. First tries the index that is remembered for this name, class and
+/// directory; if the sub-test there has another name, searches all. Returns the sub-test at the remembered index even
+/// if an earlier one has got the same name meanwhile. Passes on what getName throws. Any thread.
 ///
-/// After all names were read once in vain, further missing names are not searched as long as the count is the same and
-/// the objects have asked for the same listing: their names can only depend on it.
+/// If a search has read all names without success, later searches for unknown names fail at once, as long as the
+/// objects have the same count and have asked for the same listing: names can depend on nothing else.
 std::optional<std::uint32_t> Find(const SSubtests& subtests, std::wstring_view name);
 
 } // namespace LbSubtestSearch

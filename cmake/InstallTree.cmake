@@ -11,7 +11,7 @@ endif()
 set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/LuTestSuite")
 set(header_directory "${CMAKE_INSTALL_INCLUDEDIR}")
 if(LUTESTSUITE_DEBIAN_PACKAGES)
-    # In the folder of all packages, others have "base" and "testing", too.
+    # Debian installs all packages into one folder, where other packages may have folders "base" and "testing", too.
     string(APPEND header_directory "/lutestsuite")
 endif()
 

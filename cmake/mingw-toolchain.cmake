@@ -7,7 +7,7 @@ set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
-# scripts/setup builds what Debian has no MinGW package for into the user's cache.
+# scripts/setup builds libraries for which Debian has no MinGW package, and puts them into the user's cache.
 if(DEFINED ENV{XDG_CACHE_HOME} AND NOT "$ENV{XDG_CACHE_HOME}" STREQUAL "")
     set(LUTESTSUITE_MINGW_PREFIX "$ENV{XDG_CACHE_HOME}/lutestsuite/mingw")
 else()

@@ -192,7 +192,7 @@ public:
     {
     }
 
-    /// Empty if that would take long.
+    /// Empty if printing would take too long.
     std::optional<std::wstring> Print(std::wstring_view format)
     {
         std::wstring result;

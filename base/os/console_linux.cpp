@@ -60,7 +60,7 @@ bool waitForPlace(int file)
     return poll(&place, 1, -1) > 0 || errno == EINTR;
 }
 
-/// Files have a position, pipes and sockets have not: only these can lose their reader.
+/// True for pipes and sockets, which have no position in contrast to files: only they can lose their reader.
 bool mayLoseReader(int file)
 {
     return lseek(file, 0, SEEK_CUR) < 0;

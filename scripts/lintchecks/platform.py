@@ -19,7 +19,8 @@ PLATFORM_HEADER = re.compile(
     re.IGNORECASE,
 )
 
-# libstdc++ without futexes, as with MinGW, loses wake-ups of these. LbEvent and condition variables do not.
+# With MinGW, libstdc++ has no futexes, so threads that wait for these objects may miss a wake-up. LbEvent and condition
+# variables do not have this fault.
 LOSES_WAKE_UPS = re.compile(r"\bstd::(?:latch|barrier|counting_semaphore|binary_semaphore)\b")
 
 

@@ -23,9 +23,9 @@
 namespace LuForeignTests
 {
 
-/// Held while a test runs: the frameworks run one test at a time. One for all modules of the process wherever the
-/// framework's headers share variables between modules, too: the linker treats both alike. Recursive, because a unit
-/// test may run a sub-test through a second object.
+/// Held while a test runs, because the frameworks run one test at a time. Modules share this lock exactly where they
+/// share the framework's own variables, because the linker treats inline variables of both in the same way. Recursive,
+/// because a unit test may run a sub-test through a second object.
 inline std::recursive_mutex& GetLock()
 {
     static std::recursive_mutex s_lock;

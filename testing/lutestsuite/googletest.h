@@ -48,7 +48,7 @@ struct STestList
 
 template struct STestList<&testing::TestSuite::test_info_list_>;
 
-/// Passes the results of the running test on.
+/// Passes on the results of the running test.
 class CListener : public testing::EmptyTestEventListener
 {
 public:
@@ -68,7 +68,7 @@ public:
         }
         else if (part.skipped())
         {
-            // A test of a skipped suite has a result without a message after that of the suite.
+            // In a skipped suite, the suite's result has the message, and the following result of the test has none.
             if (!message.empty() || !m_isSkipped)
             {
                 const std::string text = "Übersprungen: " + std::string(message);

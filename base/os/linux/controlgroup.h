@@ -9,9 +9,9 @@
 namespace LbOs::Linux
 {
 
-/// The most processes and threads that a group and the groups that contain it allow. `membership` is the text of
-/// /proc/<process>/cgroup, `root` the folder where the groups are mounted, without a separator at its end. Empty
-/// without a limit.
+/// The largest number of processes and threads that a group and the groups that contain it allow. `membership` is the
+/// text of /proc/<process>/cgroup, `root` the folder where the groups are mounted, without a separator at its end.
+/// Empty without a limit.
 std::optional<std::uint64_t> ReadGroupProcessLimit(std::string_view membership, const std::string& root);
 
 /// The same for the current process; read once. Empty without memory.

@@ -21,7 +21,7 @@ public:
     void Remove(const std::wstring& place);
 
     /// True if the entry at `place` is needed under any name, or if that is unknown. A hard link is an entry of its
-    /// own: that another name of the same file is needed does not make it needed.
+    /// own: it may be unneeded although another name of the same file is needed.
     bool Has(const std::wstring& place) const;
 
 private:

@@ -1,4 +1,4 @@
-/// Takes the memory that the run-time allocates once and keeps.
+/// Makes the run-time allocate the memory that it allocates once and keeps.
 #pragma once
 
 namespace LuTestSuite

@@ -121,7 +121,7 @@ SMatches matchElements(const std::vector<LuTestSuite::STestCase>& cases, const s
     }
     catch (const LbException& exception)
     {
-        // Without memory for the large stack, only the names that need it are not matched.
+        // If there is no memory for the large stack, only the names that need that stack match nothing.
         matches = findElements(cases, names, nullptr);
         matches.messages.push_back(exception.GetMessageText());
     }

@@ -32,7 +32,7 @@ struct SUnderWay
     std::vector<SCaseEnded> crashed;     ///< their host has left a note: the end of the attempt, to be recorded
     std::vector<std::uint32_t> suspects; ///< their host left no note, so they run in processes of their own
     std::vector<std::uint32_t> others;   ///< they ran in child processes
-    std::vector<std::uint32_t> repeated; ///< two hosts of a shard ended while they had them, so each is run alone first
+    std::vector<std::uint32_t> repeated; ///< two hosts of a shard ended while they ran them, so each runs alone first
 };
 
 /// A case that ran in the host's own process counts as crashed if the note names it, or if the note names no case and

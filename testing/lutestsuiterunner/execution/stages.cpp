@@ -78,7 +78,7 @@ void FinishUnderWay(CSession& session, const CRunState& state, const std::wstrin
     {
         session.Run({&index, 1}, EAttemptKind::First, EProcess::Own);
     }
-    // Those that had child processes are run with their stage.
+    // Cases that ran in child processes run again with the other cases of their stage.
     session.Run(underWay.suspects, EAttemptKind::First, EProcess::Own);
 }
 

@@ -41,9 +41,9 @@ public:
     /// 0 where the case is absent.
     std::span<const float> GetSeconds(std::size_t testCase) const { return getRow(m_seconds, testCase); }
     std::span<const std::uint64_t> GetMemory(std::size_t testCase) const { return getRow(m_memory, testCase); }
-    /// Empty if no run has counted.
+    /// Empty if no run has counted allocations.
     std::span<const std::uint64_t> GetAllocations(std::size_t testCase) const;
-    /// The case failed and passed within the run.
+    /// True if the case failed and passed within the run.
     bool HasBoth(std::size_t testCase, std::size_t run) const;
     bool HasBoth(std::size_t testCase) const;
 
@@ -63,7 +63,7 @@ private:
     std::vector<EOutcome> m_outcomes;
     std::vector<float> m_seconds;
     std::vector<std::uint64_t> m_memory;
-    std::vector<std::uint64_t> m_allocations; ///< empty if no run has counted
+    std::vector<std::uint64_t> m_allocations; ///< empty if no run has counted them
     std::vector<std::uint64_t> m_both;        ///< sorted: case times number of runs plus run
     bool m_hasMemory = false;
 };

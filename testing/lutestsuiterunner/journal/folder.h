@@ -33,7 +33,7 @@ public:
     /// has it, or the folder cannot be made.
     explicit CRunFolder(const std::wstring& directory);
 
-    /// With separator at its end.
+    /// The folder's path, with separator at its end.
     const std::wstring& GetPath() const { return m_path; }
 
     /// As BeginPlan. Like the operations below, throws LbException with a German message.

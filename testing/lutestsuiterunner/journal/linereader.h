@@ -37,7 +37,7 @@ public:
     std::uint64_t GetSequence() const { return m_sequence; }
     std::uint64_t GetOffset() const { return m_offset; }
 
-    /// Of the byte behind the record that was read last, counted from the first byte that `read` gave.
+    /// Offset of the byte after the last record that was read, counted from the first byte that `read` returned.
     std::uint64_t GetEnd() const { return m_nextOffset; }
 
     /// Number of bytes after the last record; final once Next returned false.

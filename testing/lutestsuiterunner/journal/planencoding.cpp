@@ -226,7 +226,7 @@ public:
         encodeList(type, "ranges", std::span<const SRange>(ranges), appendRange);
     }
 
-    /// Of all cases, unless nothing is known of any.
+    /// Writes the expected times of all cases; nothing if no time is known.
     void EncodeTimes(const std::vector<SPlannedCase>& cases)
     {
         if (std::ranges::any_of(cases, [](const SPlannedCase& planned) { return planned.expected != 0; }))

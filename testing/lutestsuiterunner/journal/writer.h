@@ -25,7 +25,7 @@ public:
     CJournalWriter(const CJournalWriter&) = delete;
     CJournalWriter& operator=(const CJournalWriter&) = delete;
 
-    /// Of the journal among those of its folder.
+    /// The journal's number among those of its folder.
     std::uint32_t GetNumber() const { return m_number; }
 
     /// Writes the record and returns its sequence number; sets `elapsed` to the present time if it is 0. Writes large

@@ -57,7 +57,7 @@ Json describeName(const SPlan& plan, std::uint32_t caseIndex)
     return json;
 }
 
-/// A case that is not simply passed.
+/// Describes a case that did not simply pass.
 Json describeCase(const CRunState& state, std::uint32_t caseIndex)
 {
     Json json = describeName(state.GetPlan(), caseIndex);

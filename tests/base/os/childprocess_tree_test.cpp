@@ -64,7 +64,7 @@ TEST(OsChildProcessTrees, EndByEndDescendants)
     EXPECT_TRUE(line.IsGone());
 }
 
-/// Also if the test itself runs in a child process, whose mark both processes inherit.
+/// This also holds if the test itself runs in a child process, whose mark both processes inherit.
 TEST(OsChildProcessTrees, LeavesTheProcessesOfOthersAlone)
 {
     CProbeLine line;

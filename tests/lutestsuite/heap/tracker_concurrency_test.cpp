@@ -80,7 +80,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, TwoThousandPatchesUnderLoadLoseNoBlock)
 {
     std::atomic<bool> isDone = false;
     std::atomic<bool> isLoaded = true;
-    // Other threads use the loader's lock, start and end all the time.
+    // This thread repeatedly takes the loader's lock, and starts and ends threads.
     std::thread loader([&] {
         const std::wstring path =
             LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + L"emptymodule" + LbOs::c_ModuleSuffix;
