@@ -41,8 +41,8 @@ public:
     static void Shutdown();
 
     /// Runs `function` on a pool thread. Tasks start in order of submission. The first call also waits until the
-    /// threads have started, so it must not be made while a library is being loaded. Throws std::system_error when
-    /// there is no thread and the system has none.
+    /// threads have started, so it must not be made while a library is being loaded. Throws std::system_error if the
+    /// pool has no thread and the system cannot start one.
     CTask Run(std::function<void()> function);
 
     /// Number of pool threads, at least 1.

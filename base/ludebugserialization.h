@@ -1,4 +1,4 @@
-/// Where objects write themselves down while debugging.
+/// The directory for debug serialisation, to which objects write their state while debugging.
 #pragma once
 
 #include <string>
@@ -11,8 +11,7 @@
 class LB_API LuDebugSerializationGeneric
 {
 public:
-    /// Sets the process's directory (without separator at its end). It is not created by this: what writes there does
-    /// that.
+    /// Sets the process's directory (without separator at its end). Does not create it: code that writes there does.
     static void SetDefaultOutputDirectory(const std::wstring& directory);
 
     /// The directory of the calling thread or, if it has none, of the process; empty if none was set.

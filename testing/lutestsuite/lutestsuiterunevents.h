@@ -86,20 +86,21 @@ class LUTESTSUITE_API IRunObserver
 public:
     virtual ~IRunObserver();
 
-    /// Once, also for a run without cases, before any case runs.
+    /// Called once, before any case runs, also for a run without cases.
     virtual void OnPlanned(const SRunPlanned& planned);
 
     virtual void OnCaseStarted(const SCaseStarted& started);
 
-    /// Once for each started case, unless an exception ends the run first.
+    /// Called once for each started case, unless an exception ends the run first.
     virtual void OnCaseFinished(const SCaseFinished& finished);
 
-    /// At most once: checkCallback has returned true. It is not called again, and no further case starts. Running cases
-    /// still report their ends.
+    /// Called at most once, when checkCallback has returned true. The callback is not called again, and no further case
+    /// starts. Running cases still report their ends.
     virtual void OnCanceled();
 
-    /// All cases have ended, and the result is what Run returns. Reports of the setup are written afterwards. After a
-    /// cancellation, cases of worker threads whose lines were not printed count as not executed in the result.
+    /// Called when all cases have ended; the result is the one that Run returns. Reports of the setup are written
+    /// afterwards. After a cancellation, cases of worker threads whose lines were not printed count as not executed in
+    /// the result.
     virtual void OnEnded(const SRunResult& result);
 };
 
