@@ -15,7 +15,7 @@
 namespace
 {
 
-/// The next line without its end; false if there is none. A text that ends with a line end has an empty last line, so
+/// The next line without its end; false if no line is left. A text that ends with a line end has an empty last line, so
 /// that a missing line end at the end is a difference.
 class CLines
 {

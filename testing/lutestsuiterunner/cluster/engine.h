@@ -14,7 +14,7 @@
 namespace Runner
 {
 
-/// Tasks that were handed over together. A run has one submission, and one more each time that tasks were lost.
+/// Tasks that were submitted together. A run has one submission, and one more each time that tasks were lost.
 struct SSubmission
 {
     std::uint32_t number = 1;          ///< among those of the run, from 1
@@ -43,8 +43,8 @@ class IEngine
 public:
     virtual ~IEngine() = default;
 
-    /// Hands the tasks over; each is "run --planned --shard K/N --out" with the shard's folder. Throws LbException with
-    /// a German message.
+    /// Submits the tasks; each is "run --planned --shard K/N --out" with the shard's folder. Throws LbException with a
+    /// German message.
     virtual void Submit(const SSubmission& submission) = 0;
 
     /// The states of the tasks of these submissions, some of which another process may have made. A shard whose tasks

@@ -1,5 +1,4 @@
-/// Follows a distributed run to its end: hands its shards over, watches their journals, and hands over again what was
-/// lost.
+/// Follows a distributed run to its end: submits its shards, watches their journals, and submits lost shards again.
 #pragma once
 
 #include <chrono>
@@ -23,7 +22,7 @@ struct SShardStatus
     std::uint32_t cases = 0;
     std::uint32_t done = 0;
     std::uint32_t failed = 0;
-    std::uint32_t submissions = 0; ///< how often it was handed over
+    std::uint32_t submissions = 0; ///< how often it was submitted
     bool hasBegun = false;         ///< a host has begun a journal since the engine was asked last
     bool isEnded = false;          ///< its journals contain the results of all its cases
     bool isGivenUp = false;        ///< it was lost too often
@@ -36,7 +35,7 @@ class CFollower : public INonCopyable
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// How often a shard that was lost is handed over again.
+    /// How often a lost shard is submitted again.
     static constexpr std::uint32_t sc_MostRepetitions = 3;
 
     /// How long hosts whose work is done may take to end by themselves.

@@ -1,4 +1,4 @@
-/// The command "submit": a new run, whose shards are carried out by processes or by a scheduler.
+/// The command "submit": a new run, whose shards run as local processes or as tasks of a scheduler.
 
 #include <algorithm>
 #include <thread>
