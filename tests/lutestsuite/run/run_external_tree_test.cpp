@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -39,22 +40,28 @@ protected:
 
 TEST_F(RunExternalTree, DoesNotDelayTheTimeOut)
 {
-    constexpr double c_Latest = 4.1;
-    double elapsed = c_Latest;
-    // Tries again, because the machine may have been busy.
-    for (int attempt = 0; attempt < 2 && elapsed >= c_Latest; ++attempt)
+    constexpr double c_Longest = 2.1;
+    double delay = c_Longest;
+    bool isStarted = false;
+    // On a busy machine the processes may need more time to start, and the end may come late.
+    for (const std::uint32_t timeOut : {2U, 6U, 20U})
     {
         LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});
-        setup.params.timeOutSec = 2;
+        setup.params.timeOutSec = timeOut;
         const auto start = std::chrono::steady_clock::now();
 
         EXPECT_EQ(Run(setup).cases.at(0).result, ECaseRunResult::TimeOut);
 
-        elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-        EXPECT_TRUE(m_line.WaitReady());
+        delay = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() - timeOut;
+        isStarted = m_line.IsReady();
         EXPECT_TRUE(m_line.IsGone());
+        if (isStarted && delay < c_Longest)
+        {
+            break;
+        }
     }
-    EXPECT_LT(elapsed, c_Latest);
+    EXPECT_TRUE(isStarted);
+    EXPECT_LT(delay, c_Longest);
 }
 
 TEST_F(RunExternalTree, EndsWithAnIsolatedCaseThatLeavesItBehind)
