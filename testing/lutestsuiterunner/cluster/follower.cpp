@@ -61,6 +61,8 @@ bool CFollower::hasEndedCanceled(Time now)
     {
         m_canceledSince = now;
         m_engine.Cancel(m_submissions);
+        // The last answer may be older than the tasks.
+        m_hasAnswer = false;
     }
     return isDone() || (m_hasAnswer && !isAnyTaskActive()) || now >= *m_canceledSince + sc_CancelLimit;
 }
