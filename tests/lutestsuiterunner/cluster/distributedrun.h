@@ -16,6 +16,8 @@ class CPlayedRun
 {
 public:
     static constexpr std::uint32_t sc_Shards = 2;
+    /// Later than the beginning of a journal, which is now.
+    static constexpr const wchar_t* sc_EndTime = L"2999-01-02 03:04:09";
 
     CPlayedRun()
     {
@@ -41,9 +43,6 @@ public:
         writer.Write(MakeStart(caseIndex));
         writer.Write(MakeEnd(caseIndex, result));
     }
-
-    /// Later than the beginning of a journal, which is now.
-    static constexpr const wchar_t* sc_EndTime = L"2999-01-02 03:04:09";
 
     static void Finish(Runner::CJournalWriter& writer)
     {
