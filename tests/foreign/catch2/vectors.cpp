@@ -68,3 +68,19 @@ TEST_CASE("aborts")
 {
     std::abort();
 }
+
+TEST_CASE("generated values fail")
+{
+    const int value = GENERATE(1, 2, 3);
+    CHECK(value < 3);
+}
+
+TEST_CASE("may throw", "[!mayfail]")
+{
+    throw std::runtime_error("known defect");
+}
+
+TEST_CASE("should throw", "[!shouldfail]")
+{
+    throw std::runtime_error("known defect");
+}

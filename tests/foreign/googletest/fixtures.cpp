@@ -106,6 +106,6 @@ TEST_P(Shared, RunsAlone)
     --s_running;
 }
 
-INSTANTIATE_TEST_SUITE_P(Many, Shared, testing::Range(0, 100));
+INSTANTIATE_TEST_SUITE_P(Many, Shared, testing::Range(0, 40));
 
 } // namespace

@@ -1,6 +1,7 @@
 // Tests of other frameworks as cases, in each mode of the host.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -18,6 +19,8 @@ namespace
 class HostForeignTests : public testing::TestWithParam<std::vector<std::wstring>>
 {
 protected:
+    using Variables = std::vector<std::pair<std::wstring, std::wstring>>;
+
     void SetUp() override
     {
 #ifndef LUTESTSUITE_HAS_CATCH2
@@ -28,7 +31,8 @@ protected:
 #endif
     }
 
-    SHostRun Run(const std::vector<std::wstring>& classes, std::vector<std::wstring> options) const
+    SHostRun Run(const std::vector<std::wstring>& classes, std::vector<std::wstring> options,
+                 const Variables& variables = {}) const
     {
         for (const std::wstring& name : classes)
         {
@@ -36,7 +40,9 @@ protected:
         }
         options.insert(options.end(), {L"-d", m_folder.GetPathOf(L"data"), L"--dll", m_module, L"--xml", GetReport(),
                                        L"--message-report-max", L"100"});
-        return RunHost(options);
+        SHostOptions hostOptions;
+        hostOptions.variables = variables;
+        return RunHost(options, hostOptions);
     }
 
     std::wstring GetReport() const
@@ -50,6 +56,12 @@ protected:
         const std::string report = LbEncoding::Latin1ToUtf8(LbFileSystem::ReadFile8Bit(GetReport()));
         const std::size_t begin = report.find("name=\"" + name + "\"");
         return begin == std::string::npos ? "" : report.substr(begin, report.find("</testcase>", begin) - begin);
+    }
+
+    void ExpectMessage(const std::string& name, const std::string& message) const
+    {
+        const std::string found = FindCase(name);
+        EXPECT_NE(found.find(message), std::string::npos) << found;
     }
 
     static void ExpectLines(const SHostRun& run, const std::vector<std::string>& lines)
@@ -118,7 +130,7 @@ TEST_P(HostGoogleTest, RunsTestsOfAProcessOneAfterAnother)
 {
     const SHostRun run = Run({L"Many.Shared"}, GetParam());
 
-    EXPECT_NE(run.output.find("RunsAlone.99... OK"), std::string::npos);
+    EXPECT_NE(run.output.find("RunsAlone.39... OK"), std::string::npos);
     EXPECT_EQ(run.exitStatus, 0);
 }
 
@@ -133,7 +145,84 @@ TEST_P(HostGoogleTest, RepeatsATest)
     EXPECT_NE(FromPlatformLines(run.output).find("3 Tests"), std::string::npos) << run.output;
 }
 
-const std::vector<std::vector<std::wstring>> c_Modes = {{}, {L"-p", L"-w", L"4"}, {L"-x"}};
+TEST_P(HostGoogleTest, ReportsFailuresOfThreads)
+{
+    const SHostRun run = Run({L"Threads"}, GetParam());
+
+    ExpectLines(run, {std::string("Fail") + c_Failed});
+    ExpectMessage("Fail", "in a thread");
+}
+
+TEST_P(HostGoogleTest, FailsEachCaseOfASuiteThatFails)
+{
+    const SHostRun run = Run({L"FailedSuite", L"LeavingSuite"}, GetParam());
+
+    ExpectLines(run, {std::string("IsNotRun") + c_Failed, std::string("Passes") + c_Failed});
+    ExpectMessage("IsNotRun", "no database");
+    ExpectMessage("Passes", "left files behind");
+    EXPECT_EQ(FindCase("IsNotRun").find("was run"), std::string::npos);
+}
+
+TEST_P(HostGoogleTest, HasTheResultExceptionIfASuiteThrows)
+{
+    const SHostRun run = Run({L"ThrowingSuite"}, GetParam());
+
+    ExpectLines(run, {std::string("IsNotRun") + c_Thrown});
+    ExpectMessage("IsNotRun", "broken suite");
+}
+
+TEST_P(HostGoogleTest, HasTheReasonOfASuiteThatSkips)
+{
+    const SHostRun run = Run({L"SkippedSuite"}, GetParam());
+
+    ExpectLines(run, {"Passes... OK"});
+    ExpectMessage("Passes", "Übersprungen: no licence");
+}
+
+TEST_P(HostGoogleTest, FailsACaseIfAnEnvironmentFails)
+{
+    const SHostRun run = Run({L"Buffer"}, GetParam(), {{L"LUTESTSUITE_TEST_SET_UP", L"fail"}});
+
+    ExpectLines(run, {std::string("IsSetUp") + c_Failed, std::string("IsSetUpAgain") + c_Failed});
+    ExpectMessage("IsSetUp", "no server");
+}
+
+TEST_P(HostGoogleTest, SkipsACaseIfAnEnvironmentSkips)
+{
+    const SHostRun run = Run({L"Threads"}, GetParam(), {{L"LUTESTSUITE_TEST_SET_UP", L"skip"}});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    ExpectMessage("Fail", "Übersprungen: no display");
+}
+
+TEST_P(HostGoogleTest, HasPatternsOfTypes)
+{
+    const SHostRun run = Run({L"My.Pattern.0", L"My.Pattern.1"}, GetParam());
+
+    ExpectLines(run, {"IsSigned... OK", std::string("IsSigned") + c_Failed});
+}
+
+TEST_P(HostGoogleTest, FailsATestThatIsNotInstantiated)
+{
+    const SHostRun run = Run({L"GoogleTestVerification"}, GetParam());
+
+    ExpectLines(run, {std::string("UninstantiatedParameterizedTestSuite_Forgotten_") + c_Failed});
+}
+
+TEST_P(HostGoogleTest, ReportsCallsThatAMockMisses)
+{
+    const SHostRun run = Run({L"Mocks"}, GetParam());
+
+    ExpectLines(run, {"AreCalled... OK", std::string("AreNotCalled") + c_Failed});
+    ExpectMessage("AreNotCalled", "EXPECT_CALL(mock, Read())");
+}
+
+TEST_P(HostGoogleTest, CallsListenersOfTheProgram)
+{
+    ExpectLines(Run({L"Listeners"}, GetParam()), {"AreCalled... OK"});
+}
+
+const std::vector<std::vector<std::wstring>> c_Modes = {{}, {L"-p", L"-w", L"4"}, {L"-s"}, {L"-x", L"-w", L"4"}};
 
 INSTANTIATE_TEST_SUITE_P(Modes, HostGoogleTest, testing::ValuesIn(c_Modes));
 
@@ -155,11 +244,15 @@ TEST(HostGoogleTestCases, AreDisabledAsTheirTests)
     const ScopedFolder folder;
     folder.MakeFolder(L"Arithmetic");
     folder.MakeFolder(L"DISABLED_Roots");
+    folder.MakeFolder(L"DISABLED_Now.Later");
+    folder.MakeFolder(L"All.DISABLED_Words");
 
     const SHostRun run = RunHost({L"--list-disabled", L"-d", folder.GetPath(), L"--dll", L"googletesttests"});
 
     EXPECT_NE(run.output.find("DISABLED_Divides"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("Square"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("Runs.0"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("AreFound.0"), std::string::npos) << run.output;
     EXPECT_EQ(run.output.find("Adds"), std::string::npos) << run.output;
 }
 
@@ -199,6 +292,11 @@ protected:
     HostCatch2() { m_module = L"catch2tests"; }
 };
 
+/// Only a child process may crash.
+class HostCatch2Children : public HostCatch2
+{
+};
+
 TEST_P(HostCatch2, HasTheResultOfEachTestCase)
 {
     std::vector<std::wstring> options = GetParam();
@@ -208,7 +306,8 @@ TEST_P(HostCatch2, HasTheResultOfEachTestCase)
 
     ExpectLines(run, {std::string("vectors grow") + c_Failed, "names_ with.strange_characters... OK",
                       "names_ with.strange_characters~2... OK", "skips... OK", std::string("throws") + c_Thrown,
-                      "may fail... OK", "should fail... OK", std::string("should fail but passes") + c_Failed,
+                      "may fail... OK", "may throw... OK", "should fail... OK", "should throw... OK",
+                      std::string("generated values fail") + c_Failed, std::string("should fail but passes") + c_Failed,
                       "buffers are set up... OK"});
     EXPECT_EQ(run.output.find("hidden"), std::string::npos) << run.output;
     EXPECT_EQ(run.exitStatus, 1);
@@ -229,6 +328,33 @@ TEST_P(HostCatch2, ReportsFailuresWithPlaceAndSection)
     EXPECT_EQ(failed.find("SECTION by one"), std::string::npos) << failed;
     EXPECT_NE(FindCase("skips").find("Übersprungen: no coprocessor"), std::string::npos);
 }
+
+TEST_P(HostCatch2, ReportsGeneratedValuesAndKnownExceptions)
+{
+    std::vector<std::wstring> options = GetParam();
+    options.insert(options.end(), {L"-i", L":(generated values fail|may throw)$"});
+
+    Run({L"vectors"}, options);
+
+    ExpectMessage("generated values fail", "3 &lt; 3");
+    EXPECT_EQ(FindCase("generated values fail").find("2 &lt; 3"), std::string::npos);
+    ExpectMessage("may throw", "known defect");
+}
+
+TEST_P(HostCatch2Children, SurviveACrash)
+{
+    std::vector<std::wstring> options = GetParam();
+    options.insert(options.end(), {L"-i", L":(aborts|buffers are set up)$"});
+
+    const SHostRun run = Run({L"vectors", L"fixtures"}, options);
+
+    ExpectLines(run, {"aborts... FEHLER (Unbekannter Fehler)", "buffers are set up... OK"});
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+const std::vector<std::vector<std::wstring>> c_ChildModes = {{L"-s"}, {L"-x", L"-w", L"4"}};
+
+INSTANTIATE_TEST_SUITE_P(Modes, HostCatch2Children, testing::ValuesIn(c_ChildModes));
 
 INSTANTIATE_TEST_SUITE_P(Modes, HostCatch2, testing::ValuesIn(c_Modes));
 
