@@ -7,16 +7,24 @@
 ///
 /// Each source file with tests becomes a class, named after the file without folder and extension; each TEST_CASE
 /// becomes a case with all of its sections and generated values. Characters that a file's name cannot have become "_",
-/// and "/" becomes ".". Hidden tests ("[.]") are disabled cases. A failure becomes an error line with file, line,
-/// sections and messages; an exception makes the result eR_Exception. A skipped test passes, with an information line
-/// that gives the reason. "[!mayfail]" and "[!shouldfail]" have their meaning.
+/// and "/" becomes ".". A failure becomes an error line with file, line, sections and messages; an exception makes the
+/// result eR_Exception. A skipped test passes, with an information line that gives the reason.
+///
+/// Hidden tests ("[.]") are disabled cases. "[!mayfail]" and "[!shouldfail]" have their meaning. Other tags have no
+/// effect: -i and -e select by the names of classes and cases. A section is no case of its own, as its name is known
+/// only once its test has run.
+///
+/// If Catch2 could not register a test (a reserved tag, two tests with the same name and tags), the host ends with an
+/// error and runs no test, as the program does.
 ///
 /// The program's listeners see a test run for each case. Tests of one process run one after another, also on worker
 /// threads (-p); in child processes (-x -w 4) they run side by side. Random numbers start from seed 1. Benchmarks are
 /// skipped.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <map>
 #include <memory>
 #include <string>
@@ -38,7 +46,6 @@
 #include <catch2/reporters/catch_reporter_event_listener.hpp>
 #include <catch2/reporters/catch_reporter_multi.hpp>
 
-#include "base/lbexception.h"
 #include "testing/lutestsuite/foreigntests.h"
 
 /// Adapter for tests of Catch2.
@@ -82,7 +89,8 @@ public:
     }
 
 private:
-    static void addLine(std::string_view line, std::string& text)
+    // Not `"\n" + line`, of which GCC 12 warns.
+    static void addLine(std::string& text, std::string_view line)
     {
         text += '\n';
         text += line;
@@ -94,23 +102,24 @@ private:
         std::string text = result.hasExpression() ? result.getExpressionInMacro() : std::string(result.getMessage());
         if (result.hasExpandedExpression())
         {
-            addLine(result.getExpandedExpression(), text);
+            addLine(text, result.getExpandedExpression());
         }
         if (result.hasExpression() && result.hasMessage())
         {
-            addLine(std::string(result.getMessage()), text);
+            addLine(text, std::string(result.getMessage()));
         }
         for (const Catch::MessageInfo& message : stats.infoMessages)
         {
             if (message.type == Catch::ResultWas::Info)
             {
-                addLine(message.message, text);
+                addLine(text, message.message);
             }
         }
         // The first one is the test case itself.
         for (std::size_t index = 1; index < m_sections.size(); ++index)
         {
-            text += (index == 1 ? "\nSECTION " : " / ") + m_sections[index];
+            text += index == 1 ? "\nSECTION " : " / ";
+            text += m_sections[index];
         }
         return text;
     }
@@ -175,10 +184,42 @@ inline std::string getFileStem(std::string_view path)
     return std::string(path.substr(0, path.rfind('.')));
 }
 
+/// Throws what a session would print instead of running tests: errors of registration, such as reserved tags, and test
+/// cases with the name and the tags of another one. The tests that these errors hide would be missing without a trace.
+inline void checkRegistration()
+{
+    std::vector<std::exception_ptr> exceptions = Catch::getRegistryHub().getStartupExceptionRegistry().getExceptions();
+    try
+    {
+        Catch::getRegistryHub().getTestCaseRegistry().getAllTestsSorted(getConfig());
+    }
+    catch (...)
+    {
+        exceptions.push_back(std::current_exception());
+    }
+    std::wstring errors;
+    for (const std::exception_ptr& exception : exceptions)
+    {
+        try
+        {
+            std::rethrow_exception(exception);
+        }
+        catch (...)
+        {
+            errors += L"\n" + LbEncoding::FromUtf8(Catch::translateActiveException());
+        }
+    }
+    if (!errors.empty())
+    {
+        throw std::wstring(L"Catch2 hat nicht alle Tests angemeldet:" + errors);
+    }
+}
+
 inline void registerSuites()
 {
     // Objects of the framework that would otherwise count as memory of the first case.
     Catch::getCurrentMutableContext().setConfig(&getConfig());
+    checkRegistration();
     std::map<std::string, LuForeignTests::SSuite> suites;
     std::map<std::string, LuForeignTests::CNames> names;
     for (const Catch::TestCaseHandle& test : Catch::getRegistryHub().getTestCaseRegistry().getAllTests())

@@ -297,6 +297,11 @@ class HostCatch2Children : public HostCatch2
 {
 };
 
+/// For tests without a mode.
+class HostCatch2Registration : public HostCatch2
+{
+};
+
 TEST_P(HostCatch2, HasTheResultOfEachTestCase)
 {
     std::vector<std::wstring> options = GetParam();
@@ -339,6 +344,30 @@ TEST_P(HostCatch2, ReportsGeneratedValuesAndKnownExceptions)
     ExpectMessage("generated values fail", "3 &lt; 3");
     EXPECT_EQ(FindCase("generated values fail").find("2 &lt; 3"), std::string::npos);
     ExpectMessage("may throw", "known defect");
+}
+
+TEST_P(HostCatch2, EndsWithAnErrorIfTestsAreNotRegistered)
+{
+    m_module = L"catch2refusedtests";
+
+    const SHostRun run = Run({L"adapter"}, GetParam());
+
+    EXPECT_NE(run.errors.find("Fehler: Catch2 hat nicht alle Tests angemeldet: "), std::string::npos) << run.errors;
+    EXPECT_NE(run.errors.find("[!unknown]"), std::string::npos) << run.errors;
+    EXPECT_NE(run.errors.find("\"twice\""), std::string::npos) << run.errors;
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.exitStatus, 2);
+}
+
+TEST_F(HostCatch2Registration, EndsTheRunnerWithAnErrorIfItFails)
+{
+    m_folder.MakeFolder(L"data/adapter");
+
+    const SHostRun run = RunRunner({L"run", L"--out", m_folder.GetPathOf(L"out"), L"--", L"-d",
+                                    m_folder.GetPathOf(L"data"), L"--dll", L"catch2refusedtests"});
+
+    EXPECT_NE(run.errors.find("Catch2 hat nicht alle Tests angemeldet: "), std::string::npos) << run.errors;
+    EXPECT_EQ(run.exitStatus, 2);
 }
 
 TEST_P(HostCatch2Children, SurviveACrash)
