@@ -9,13 +9,14 @@
 /// the class "Files.Parser" is the test "Files/Parser.Reads/0". Tests and suites with "DISABLED_" in front are disabled
 /// cases. A failure becomes an error line with file and line; an exception makes the result eR_Exception. A skipped
 /// test passes, with an information line that gives the reason.
-///
 /// Each case sets up and tears down the global environments and its suite (SetUpTestSuite). Tests of one process run
 /// one after another, also on worker threads (-p); in child processes (-x -w 4) they run side by side. Options of
-/// GoogleTest in environment variables (GTEST_...) have no effect, except those of death tests; these work in the
-/// "fast" style only.
+/// GoogleTest in environment variables (GTEST_FILTER, GTEST_BREAK_ON_FAILURE, ...) have no effect on selection, results
+/// and outputs. GTEST_TOTAL_SHARDS is an error, because GoogleTest would leave out tests that the host runs. Death
+/// tests work in the "fast" style only.
 #pragma once
 
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -48,7 +49,7 @@ struct STestList
 
 template struct STestList<&testing::TestSuite::test_info_list_>;
 
-/// Passes on the results of the running test.
+/// Passes the results of the running test on.
 class CListener : public testing::EmptyTestEventListener
 {
 public:
@@ -68,7 +69,7 @@ public:
         }
         else if (part.skipped())
         {
-            // In a skipped suite, the suite's result has the message, and the following result of the test has none.
+            // A test of a skipped suite has a result without a message after that of the suite.
             if (!message.empty() || !m_isSkipped)
             {
                 const std::string text = "Übersprungen: " + std::string(message);
@@ -137,8 +138,33 @@ inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, testing::Tes
     return listener.GetResult(hasPassed);
 }
 
+/// Options of environment variables that would change which tests run, how they end or where results go.
+inline void resetOptions()
+{
+    // A string of its own, because GCC 12 warns of the assignment of a short literal.
+    GTEST_FLAG_SET(filter, std::string("*"));
+    GTEST_FLAG_SET(also_run_disabled_tests, true);
+    GTEST_FLAG_SET(break_on_failure, false);
+    GTEST_FLAG_SET(catch_exceptions, true);
+    GTEST_FLAG_SET(fail_fast, false);
+    GTEST_FLAG_SET(install_failure_signal_handler, false);
+    GTEST_FLAG_SET(list_tests, false);
+    GTEST_FLAG_SET(output, std::string());
+    GTEST_FLAG_SET(repeat, 1);
+    GTEST_FLAG_SET(shuffle, false);
+    GTEST_FLAG_SET(stream_result_to, std::string());
+    GTEST_FLAG_SET(throw_on_failure, false);
+}
+
 inline void prepare()
 {
+    // GoogleTest reads it for each run. It has no option for it.
+    if (std::getenv("GTEST_TOTAL_SHARDS") != nullptr)
+    {
+        throw std::wstring(L"Die Umgebungsvariable GTEST_TOTAL_SHARDS ist gesetzt: GoogleTest würde Tests auslassen");
+    }
+    // Before the initialisation, which connects to servers and installs handlers.
+    resetOptions();
     int count = 1;
     char name[] = "LuTestSuite";
     char* arguments[] = {name, nullptr};
@@ -146,13 +172,6 @@ inline void prepare()
     testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
     delete listeners.Release(listeners.default_result_printer());
     delete listeners.Release(listeners.default_xml_generator());
-    // Not "*", because GCC 12 warns of an overlap that the assignment of a literal cannot have.
-    GTEST_FLAG_SET(filter, std::string(1, '*'));
-    GTEST_FLAG_SET(also_run_disabled_tests, true);
-    GTEST_FLAG_SET(catch_exceptions, true);
-    GTEST_FLAG_SET(list_tests, false);
-    GTEST_FLAG_SET(repeat, 1);
-    GTEST_FLAG_SET(shuffle, false);
 }
 
 inline bool isDisabled(std::string_view name)

@@ -222,6 +222,39 @@ TEST_P(HostGoogleTest, CallsListenersOfTheProgram)
     ExpectLines(Run({L"Listeners"}, GetParam()), {"AreCalled... OK"});
 }
 
+TEST_P(HostGoogleTest, IgnoresOptionsInTheEnvironment)
+{
+    const std::wstring file = m_folder.GetPathOf(L"framework.xml");
+
+    const SHostRun run = Run({L"Arithmetic"}, GetParam(),
+                             {{L"GTEST_BREAK_ON_FAILURE", L"1"},
+                              {L"GTEST_THROW_ON_FAILURE", L"1"},
+                              {L"GTEST_CATCH_EXCEPTIONS", L"0"},
+                              {L"GTEST_FAIL_FAST", L"1"},
+                              {L"GTEST_FILTER", L"-*"},
+                              {L"GTEST_INSTALL_FAILURE_SIGNAL_HANDLER", L"1"},
+                              {L"GTEST_OUTPUT", L"xml:" + file},
+                              {L"GTEST_REPEAT", L"2"},
+                              {L"GTEST_SHUFFLE", L"1"},
+                              {L"GTEST_STREAM_RESULT_TO", L"localhost:9"}});
+
+    ExpectLines(run, {"Adds... OK", std::string("Fails") + c_Failed, "Skips... OK", std::string("Throws") + c_Thrown});
+    EXPECT_NE(run.output.find("4 Tests"), std::string::npos) << run.output;
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectMessage("Fails", "plain.cpp, Zeile 19: ");
+    EXPECT_FALSE(LbFileSystem::IsFile(file));
+}
+
+TEST_P(HostGoogleTest, RefusesShardsOfTheFramework)
+{
+    const SHostRun run =
+        Run({L"Arithmetic"}, GetParam(), {{L"GTEST_TOTAL_SHARDS", L"2"}, {L"GTEST_SHARD_INDEX", L"0"}});
+
+    EXPECT_NE(run.errors.find("Fehler: Die Umgebungsvariable GTEST_TOTAL_SHARDS ist gesetzt"), std::string::npos)
+        << run.errors;
+    EXPECT_EQ(run.exitStatus, 2);
+}
+
 const std::vector<std::vector<std::wstring>> c_Modes = {{}, {L"-p", L"-w", L"4"}, {L"-s"}, {L"-x", L"-w", L"4"}};
 
 INSTANTIATE_TEST_SUITE_P(Modes, HostGoogleTest, testing::ValuesIn(c_Modes));
