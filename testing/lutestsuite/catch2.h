@@ -8,7 +8,9 @@
 /// Each source file with tests becomes a class, named after the file without folder and extension; each TEST_CASE
 /// becomes a case with all of its sections and generated values. Characters that a file's name cannot have become "_",
 /// and "/" becomes ".". A failure becomes an error line with file, line, sections and messages; an exception makes the
-/// result eR_Exception. A skipped test passes, with an information line that gives the reason.
+/// result eR_Exception. A skipped test passes, with an information line that gives the reason. If modules that are
+/// loaded together have classes of the same name, only those of the first one run; a literal in the macro
+/// LUTESTSUITE_SUITE_PREFIX, defined before this header, comes in front of all names of a module.
 ///
 /// Hidden tests ("[.]") are disabled cases. "[!mayfail]" and "[!shouldfail]" have their meaning. Other tags have no
 /// effect: -i and -e select by the names of classes and cases. A section is no case of its own, as its name is known
@@ -232,7 +234,7 @@ inline void registerSuites()
     LuForeignTests::CNames suiteNames;
     for (auto& [file, suite] : suites)
     {
-        suite.name = suiteNames.Make(file);
+        suite.name = suiteNames.Make(LuForeignTests::AddPrefix(file));
         LuForeignTests::Register(std::move(suite));
     }
 }

@@ -19,6 +19,12 @@
 #include "base/lbrtti.h"
 #include "base/luunittest.h"
 
+#ifndef LUTESTSUITE_SUITE_PREFIX
+/// A literal in front of the name of each class, such as "Parser/". A module with suites that another module has, too,
+/// defines it before it includes the adapter.
+#define LUTESTSUITE_SUITE_PREFIX ""
+#endif
+
 /// Adapters for tests of other frameworks.
 namespace LuForeignTests
 {
@@ -143,6 +149,11 @@ public:
 private:
     std::unordered_set<std::wstring> m_taken;
 };
+
+inline std::string AddPrefix(const std::string& suite)
+{
+    return LUTESTSUITE_SUITE_PREFIX + suite;
+}
 
 /// Registers the class of a suite until the module is unloaded.
 inline void Register(SSuite suite)

@@ -9,6 +9,9 @@
 /// the class "Files.Parser" is the test "Files/Parser.Reads/0". Tests and suites with "DISABLED_" in front are disabled
 /// cases. A failure becomes an error line with file and line; an exception makes the result eR_Exception. A skipped
 /// test passes, with an information line that gives the reason.
+/// If modules that are loaded together have suites of the same name, only those of the first one run; a literal in the
+/// macro LUTESTSUITE_SUITE_PREFIX, defined before this header, comes in front of all names of a module.
+///
 /// Each case sets up and tears down the global environments and its suite (SetUpTestSuite). Tests of one process run
 /// one after another, also on worker threads (-p); in child processes (-x -w 4) they run side by side. Options of
 /// GoogleTest in environment variables (GTEST_FILTER, GTEST_BREAK_ON_FAILURE, ...) have no effect on selection, results
@@ -189,7 +192,7 @@ inline void registerSuites()
     {
         // Only GoogleTest itself gets its suites without const.
         auto& suite = const_cast<testing::TestSuite&>(*all.GetTestSuite(index));
-        LuForeignTests::SSuite made{suiteNames.Make(suite.name()), {}};
+        LuForeignTests::SSuite made{suiteNames.Make(LuForeignTests::AddPrefix(suite.name())), {}};
         LuForeignTests::CNames testNames;
         for (testing::TestInfo* const test : std::exchange(suite.*GetTestList(), Tests()))
         {

@@ -300,6 +300,21 @@ TEST(HostGoogleTestCases, RunIfADescriptionEnablesThem)
     EXPECT_NE(run.output.find(std::string("DISABLED_Divides") + c_Failed), std::string::npos) << run.output;
 }
 
+TEST(HostGoogleTestModules, OfEqualNamesRunTogetherIfOneHasAPrefix)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"Arithmetic");
+    folder.MakeFolder(L"Second.Arithmetic");
+
+    const SHostRun run = RunHost({L"-d", folder.GetPath(), L"--dll", L"googletesttests", L"--dll",
+                                  L"googletestprefixedtests", L"-i", L":(Adds|Subtracts)$"});
+
+    const std::string text = FromPlatformLines(run.output);
+    EXPECT_NE(text.find("Arithmetic\n\tAdds... OK\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("Second.Arithmetic\n\tSubtracts... OK\n"), std::string::npos) << text;
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
 TEST(RunnerFolders, MakesThoseThatClassesWithoutFilesNeed)
 {
     const ScopedFolder folder;
