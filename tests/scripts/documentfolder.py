@@ -1,0 +1,100 @@
+"""Folders in which tests follow the documents."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+
+import documentparts as parts
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+class Tree:
+    """The build tree that a test belongs to, and an install tree made of it."""
+
+    def __init__(self, path, config, cmake, prefix):
+        self.path = pathlib.Path(path)
+        self.config = config
+        self.cmake = pathlib.Path(cmake)
+        self.prefix = prefix
+        subprocess.run([cmake, "--install", path, "--config", config, "--prefix", prefix], check=True,
+                       capture_output=True)
+
+    def name_release_hosts(self, folder):
+        """The documents have the names of release builds."""
+        for host in folder.glob("*D") if self.config == "Debug" else ():
+            link = folder / host.name.removesuffix("D")
+            if not link.exists():
+                link.symlink_to(host.name)
+
+
+class Folder:
+    """Where the commands of one document run."""
+
+    def __init__(self, path, tree):
+        self.path = path
+        self.tree = tree
+        self.exports = ""
+        self.variables = {}
+        path.mkdir()
+
+    def write(self, name, content=""):
+        file = self.path / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(content, encoding="utf-8")
+
+    def write_readme_project(self, source=None, module=None):
+        """The project of the README, with another source or other lines for its module."""
+        readme = (ROOT / "README.md").read_text(encoding="utf-8")
+        project = parts.snippets_of(readme, "cmake")[0]
+        if module:
+            project = re.sub(r"^lutestsuite_add_module.*\n", lambda _: module, project, flags=re.MULTILINE)
+        self.write("CMakeLists.txt", project)
+        self.write("my_tests.cpp", source or parts.snippets_of(readme, "cpp")[0])
+        self.write("data/CMyTest/hello.txt", "hello\n")
+
+    def write_guide_data(self):
+        self.write("data/CFirstTest/good.txt", "text\n")
+        self.write("data/CFirstTest/no end.txt", "text")
+
+    def build(self):
+        self.run(f"cmake -B build -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH={self.tree.prefix}", 0)
+        self.run("cmake --build build", 0)
+
+    def use_modules_of(self, other):
+        (self.path / "build").symlink_to(other.path / "build")
+
+    def run(self, command, expected):
+        """The output of a command. Raises an error if the status is not the expected one."""
+        line = self._translate(command)
+        if line.startswith("export "):
+            self.exports += line + "\n"
+            return ""
+        result = subprocess.run(["bash", "-c", self.exports + line], cwd=self.path, capture_output=True, text=True,
+                                check=False, env=os.environ | self._environment() | self.variables)
+        self.tree.name_release_hosts(self.path / "build" / "bin")
+        if result.returncode != expected:
+            raise AssertionError(f"{line}: status {result.returncode}, {expected} is expected\n"
+                                 f"{result.stdout}{result.stderr}")
+        return result.stdout + result.stderr
+
+    def _translate(self, command):
+        """A command of a document, for this build tree, without debugger. Removes the folder of an earlier run."""
+        line = command.replace("/opt/lutestsuite", str(self.tree.prefix)).removeprefix("gdb --args ")
+        line = line.replace("-DCMAKE_BUILD_TYPE=Release", f"-DCMAKE_BUILD_TYPE={self.tree.config}")
+        line = re.sub(r"(?<=cmake --install )build/[\w-]+", f"{self.tree.path} --config {self.tree.config}", line)
+        run = re.search(r"Runner run --out (\w+) (?!.*--force)", line)
+        if run:
+            shutil.rmtree(self.path / run[1], ignore_errors=True)
+        return line
+
+    def _environment(self):
+        programs = [self.path / "build/bin", self.path / "build/linux-release/bin", self.tree.cmake.parent]
+        variables = {"LC_ALL": "C.UTF-8", "PATH": ":".join([*map(str, programs), os.environ["PATH"]])}
+        if shutil.which("ccache"):
+            # The folders of each run of this test have other names.
+            variables |= {"CMAKE_CXX_COMPILER_LAUNCHER": "ccache", "CCACHE_NOHASHDIR": "1",
+                          "CCACHE_BASEDIR": str(self.tree.prefix.parent)}
+        return variables

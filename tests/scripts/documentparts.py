@@ -1,0 +1,95 @@
+"""The parts of a document in Markdown that tests look at."""
+
+import re
+
+_CODE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+SHELLS = ("sh", "bash", "console")
+# Programs whose calls in the running text are commands if they have arguments.
+_IN_TEXT = re.compile(r"(?:build/bin/)?LuTestSuite(?:CLI|Runner)D?(?: .*)? (?:-d|resume) |cmake --install |find build ")
+_OUTPUT = re.compile(r"Fehler: |/")
+
+
+def without_code(text):
+    return _CODE.sub("", text)
+
+
+def languages_of(text):
+    return {language for language, _ in _CODE.findall(text)}
+
+
+def snippets_of(text, language):
+    """The code blocks of a language."""
+    return [code for found, code in _CODE.findall(text) if found == language]
+
+
+def anchors_of(text):
+    for heading in re.findall(r"^#+ (.*)$", without_code(text), re.MULTILINE):
+        yield re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
+
+
+def _indented_blocks(prose):
+    """Indented lines, with the empty lines between them."""
+    block = []
+    for line in [*prose.splitlines(), "end"]:
+        if line.startswith("    "):
+            block.append(line[4:].rstrip())
+        elif not line.strip() and block:
+            block.append("")
+        elif block:
+            yield block
+            block = []
+
+
+def consoles_of(text):
+    """Pairs of a command behind "$ " and the output that the document shows below it."""
+    for block in _indented_blocks(without_code(text)):
+        if block[0].startswith("$ "):
+            yield block[0][2:], "\n".join(block[1:]).strip("\n") + "\n"
+
+
+def commands_of(text):
+    """Commands in code blocks and indented ones, then calls in the text and in tables; each once."""
+    prose = without_code(text)
+    shells = "\n".join(code for language, code in _CODE.findall(text) if language in SHELLS)
+    found = [line.removeprefix("$ ") for line in shells.splitlines() if line and not line.startswith("#")]
+    for block in _indented_blocks(prose):
+        if block[0].startswith("$ "):
+            found += [line[2:] for line in block if line.startswith("$ ")]
+        else:
+            found += [line.strip() for line in block if line.strip() and not _OUTPUT.match(line)]
+    outside = "\n".join(line for line in prose.splitlines() if not line.startswith("    "))
+    for code in re.findall(r"`([^`]*)`", outside):
+        command = " ".join(code.split())
+        if _IN_TEXT.match(command):
+            found.append(command)
+    return list(dict.fromkeys(re.sub(r"\s+# .*", "", command) for command in found))
+
+
+def recipes_of(text):
+    """The commands of pipelines: GitLab's `script:`, GitHub's `run:`, Jenkins's `sh`, in the order of the text."""
+    for language, code in _CODE.findall(text):
+        if language == "yaml":
+            yield from _commands_of_yaml(code)
+        elif language == "groovy":
+            yield from re.findall(r"^\s*sh '(.*)'$", code, re.MULTILINE)
+
+
+def _commands_of_yaml(code):
+    lines = code.splitlines()
+    for number, line in enumerate(lines):
+        indent = len(line) - len(line.lstrip())
+        key = re.match(r"\s*(?:- )?(script|run):\s*(.*)$", line)
+        if not key:
+            continue
+        if key[2] not in ("", "|"):
+            yield key[2]
+            continue
+        inner = []
+        for follower in lines[number + 1:]:
+            if follower.strip() and len(follower) - len(follower.lstrip()) <= indent:
+                break
+            inner.append(follower)
+        if key[1] == "script":
+            yield from (item.strip().removeprefix("- ") for item in inner if item.strip())
+        else:
+            yield "\n".join(inner)
