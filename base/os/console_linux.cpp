@@ -11,6 +11,7 @@
 #include <poll.h>
 #include <stdio_ext.h>
 #include <sys/ioctl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include "base/lbencoding.h"
@@ -66,11 +67,38 @@ bool mayLoseReader(int file)
     return lseek(file, 0, SEEK_CUR) < 0;
 }
 
+/// Writes without a block of SIGPIPE, which Linux supports since 6.18. Returns the number of bytes; 0 on any failure.
+std::size_t writeWithoutSignal(int file, std::string_view bytes)
+{
+    constexpr int c_NoSignal = 0x100; // RWF_NOSIGNAL, which the system headers do not have yet.
+    constexpr off_t c_PresentPosition = -1;
+    static std::atomic<bool> s_isKnown = true;
+    if (!s_isKnown.load(std::memory_order_relaxed))
+    {
+        return 0;
+    }
+    const iovec part = {const_cast<char*>(bytes.data()), bytes.size()};
+    const ssize_t count = pwritev2(file, &part, 1, c_PresentPosition, c_NoSignal);
+    if (count < 0 && errno == EOPNOTSUPP)
+    {
+        s_isKnown = false;
+    }
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
+}
+
 std::atomic<bool> s_isOutputLost = false;
 
 /// False if bytes were dropped. A closed stream drops them on purpose: a case or the caller has closed it.
 bool writeStream(std::FILE* stream, std::string_view bytes)
 {
+    if (__fpending(stream) == 0 && !bytes.empty())
+    {
+        bytes.remove_prefix(writeWithoutSignal(fileno(stream), bytes));
+        if (bytes.empty())
+        {
+            return true;
+        }
+    }
     // One system call in place of two where the output is a file.
     std::optional<CPipeSignalBlock> block;
     if (mayLoseReader(fileno(stream)))
