@@ -173,6 +173,21 @@ bool widenAscii(std::string_view bytes, std::wstring& result)
     return all < 0x80;
 }
 
+/// The opposite of widenAscii.
+bool narrowAscii(std::wstring_view text, std::string& result)
+{
+    result.resize(text.size());
+    char* const bytes = result.data();
+    char32_t all = 0;
+    for (std::size_t index = 0; index < text.size(); ++index)
+    {
+        const auto unit = static_cast<char32_t>(text[index]);
+        all |= unit;
+        bytes[index] = static_cast<char>(unit);
+    }
+    return all < 0x80;
+}
+
 /// Decodes UTF-8; `replaceByte` returns the code point for an invalid byte.
 template<typename F>
 void decodeUtf8(std::string_view bytes, std::wstring& result, const F& replaceByte)
@@ -194,7 +209,11 @@ template<typename F>
 std::string encodeUtf8(std::wstring_view text, const F& appendInvalid)
 {
     std::string result;
-    result.reserve(text.size());
+    if (narrowAscii(text, result))
+    {
+        return result;
+    }
+    result.clear();
     for (std::size_t position = 0; position < text.size();)
     {
         const char32_t codePoint = nextCodePoint(text, position);
@@ -210,11 +229,34 @@ std::string encodeUtf8(std::wstring_view text, const F& appendInvalid)
     return result;
 }
 
+/// Most texts have one unit for each character in both encodings. False if there may be another character; the result
+/// is then meaningless.
+template<typename Source, typename Target>
+bool copyUnits(Source text, Target& result)
+{
+    using Unit = typename Target::value_type;
+    constexpr char32_t c_FirstSurrogate = 0xD800;
+    result.resize(text.size());
+    Unit* const units = result.data();
+    unsigned others = 0;
+    for (std::size_t index = 0; index < text.size(); ++index)
+    {
+        const auto unit = static_cast<char32_t>(text[index]);
+        others |= unit < c_FirstSurrogate ? 0U : 1U;
+        units[index] = static_cast<Unit>(unit);
+    }
+    return others == 0;
+}
+
 template<typename Target, typename Source>
 Target convertUtf16(Source text)
 {
     Target result;
-    result.reserve(text.size());
+    if (copyUnits(text, result))
+    {
+        return result;
+    }
+    result.clear();
     for (std::size_t position = 0; position < text.size();)
     {
         const char32_t codePoint = nextCodePoint(text, position);
