@@ -82,6 +82,55 @@ struct SNames
     }
 };
 
+/// The length of what all names begin with.
+std::size_t getCommonLength(const SNames& names)
+{
+    std::wstring_view common = names.ends.empty() ? std::wstring_view() : names.Get(0);
+    for (std::uint32_t index = 0; index < names.ends.size(); ++index)
+    {
+        const auto end = std::ranges::mismatch(common, names.Get(index)).in1;
+        common = common.substr(0, static_cast<std::size_t>(end - common.begin()));
+    }
+    return common.size();
+}
+
+/// A name as it is sorted.
+struct SSorted
+{
+    std::uint64_t key; ///< of two names the smaller one never has the larger key
+    std::uint32_t index;
+};
+
+/// The first characters, one byte each, up to the first one that needs more.
+std::uint64_t getSortKey(std::wstring_view name)
+{
+    constexpr char32_t c_Most = 0xFF;
+    std::uint64_t key = 0;
+    std::size_t position = 0;
+    for (bool isExact = true; position < sizeof(key) && position < name.size() && isExact; ++position)
+    {
+        const auto unit = static_cast<char32_t>(name[position]);
+        isExact = unit < c_Most;
+        key = (key << 8U) | std::min(unit, c_Most);
+    }
+    return position == 0 ? 0 : key << 8U * (sizeof(key) - position);
+}
+
+/// Comparing numbers takes a fraction of the time that comparing names of one folder takes, which often begin alike.
+std::vector<SSorted> sortNames(const SNames& names)
+{
+    const std::size_t common = getCommonLength(names);
+    std::vector<SSorted> order(names.ends.size());
+    for (std::uint32_t index = 0; index < order.size(); ++index)
+    {
+        order[index] = {getSortKey(names.Get(index).substr(common)), index};
+    }
+    std::ranges::sort(order, [&names](const SSorted& a, const SSorted& b) {
+        return a.key != b.key ? a.key < b.key : names.Get(a.index) < names.Get(b.index);
+    });
+    return order;
+}
+
 SNames readNames(const std::wstring& directory)
 {
     SNames names;
@@ -131,15 +180,13 @@ CListing::CListing(const std::wstring& directory, const SNames& names)
     : m_memory(getSize(directory, names), &GetEternal<CPageMemory>()), m_directory(directory, &m_memory),
       m_text(&m_memory), m_begins(&m_memory), m_matches(&m_memory)
 {
-    std::vector<std::uint32_t> order(names.ends.size());
-    std::ranges::generate(order, [next = std::uint32_t{0}]() mutable { return next++; });
-    std::ranges::sort(order, {}, [&names](std::uint32_t index) { return names.Get(index); });
+    const std::vector<SSorted> order = sortNames(names);
     m_text.reserve(names.text.size());
     m_begins.reserve(order.size() + 1);
-    for (const std::uint32_t index : order)
+    for (const SSorted& name : order)
     {
         m_begins.push_back(static_cast<std::uint32_t>(m_text.size()));
-        m_text += names.Get(index);
+        m_text += names.Get(name.index);
     }
     m_begins.push_back(static_cast<std::uint32_t>(m_text.size()));
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -71,6 +73,26 @@ TEST_F(FileListing, HoldsFilesInOrderAndNoFolders)
     m_folder.MakeFolder(L"folder");
 
     EXPECT_THAT(GetPresentNames(), ElementsAre(L"C.txt", L"a.txt", L"b.txt"));
+}
+
+TEST_F(FileListing, OrdersNamesThatBeginAlikeByCodeUnit)
+{
+    constexpr std::wstring_view c_Characters = L"ab\u00FE\u00FF\u0101\u65E5";
+    constexpr std::size_t c_Longest = 11;
+    std::mt19937 random(1);
+    Names names;
+    for (int count = 0; count < 300; ++count)
+    {
+        std::wstring end(1 + random() % c_Longest, L'a');
+        end.back() = c_Characters[random() % c_Characters.size()];
+        end[random() % end.size()] = c_Characters[random() % c_Characters.size()];
+        names.push_back(L"common" + end);
+        m_folder.WriteFile(names.back(), "");
+    }
+    std::ranges::sort(names);
+    names.erase(std::ranges::unique(names).begin(), names.end());
+
+    EXPECT_EQ(GetPresentNames(), names);
 }
 
 TEST_F(FileListing, ShowsItsNamesAsARange)
