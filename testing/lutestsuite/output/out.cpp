@@ -34,7 +34,7 @@ LbCriticalSection s_OutputLock;
 bool s_bConsoleOut = true;
 std::vector<LuTestSuiteOut::LuCustomOut*> s_CustomOuts;
 std::uint32_t s_uiBatches = 0; ///< batches in progress on the thread that holds the lock
-std::string s_Batch;           ///< the output that they have collected
+std::string s_Batch;           ///< the output that they have collected, and deferred batches
 
 void writeBatch()
 {
@@ -47,14 +47,9 @@ void writeBatch()
 
 void writeToConsole(const std::wstring& text)
 {
-    if (s_uiBatches == 0)
-    {
-        LbOs::WriteStandardOutput(LbEncoding::ToUtf8(text));
-        return;
-    }
     s_Batch += LbEncoding::ToUtf8(text);
     // Custom outputs may write to the same place.
-    if (!s_CustomOuts.empty())
+    if (s_uiBatches == 0 || !s_CustomOuts.empty())
     {
         writeBatch();
     }
@@ -79,7 +74,7 @@ void outputTo(LuTestSuiteOut::LuCustomOut& out, const LuTestSuiteOut& line) noex
 
 } // namespace
 
-LuTestSuite::COutputBatch::COutputBatch()
+LuTestSuite::COutputBatch::COutputBatch(EBatchEnd end) : m_end(end)
 {
     s_OutputLock.lock();
     ++s_uiBatches;
@@ -87,11 +82,17 @@ LuTestSuite::COutputBatch::COutputBatch()
 
 LuTestSuite::COutputBatch::~COutputBatch()
 {
-    if (--s_uiBatches == 0)
+    if (--s_uiBatches == 0 && m_end == EBatchEnd::Write)
     {
         writeBatch();
     }
     s_OutputLock.unlock();
+}
+
+void LuTestSuite::WriteDeferredOutput()
+{
+    const LbCriticalSectionLock lock(s_OutputLock);
+    writeBatch();
 }
 
 LuTestSuiteOut::LuCustomOut::~LuCustomOut() = default;

@@ -5,7 +5,6 @@
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
-#include "testing/lutestsuite/output/outputbatch.h"
 
 namespace LuTestSuiteRun
 {
@@ -113,7 +112,7 @@ void CCaseLines::WriteHeader(const SCaseInfo& info)
     }
 }
 
-void CCaseLines::WriteResult(const SCaseInfo& info) const
+void CCaseLines::WriteResult(const SCaseInfo& info, LuTestSuite::EBatchEnd end) const
 {
     std::wstring text = getResultText(info);
     if (m_params.repetitionsGiven)
@@ -126,7 +125,7 @@ void CCaseLines::WriteResult(const SCaseInfo& info) const
     {
         text += getPlaceText(info);
     }
-    const LuTestSuite::COutputBatch batch;
+    const LuTestSuite::COutputBatch batch(end);
     LuTestSuiteOut::Write(L"%s", text).Bold().Color(getResultColor(info));
     LuTestSuiteOut::Write(L"\n");
 }

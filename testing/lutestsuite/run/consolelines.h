@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "testing/lutestsuite/lutestsuiterun.h"
+#include "testing/lutestsuite/output/outputbatch.h"
 
 namespace LuTestSuiteRun
 {
@@ -23,7 +24,7 @@ public:
     void WriteHeader(const SCaseInfo& info);
 
     /// Prints the rest of the line.
-    void WriteResult(const SCaseInfo& info) const;
+    void WriteResult(const SCaseInfo& info, LuTestSuite::EBatchEnd end = LuTestSuite::EBatchEnd::Write) const;
 
 private:
     static constexpr std::int64_t sc_iNone = -1;

@@ -1,5 +1,7 @@
 /// A normal run, stage by stage.
 
+#include <typeinfo>
+
 #include "base/lbdatetime.h"
 #include "base/lbtimer.h"
 #include "base/ludebugserialization.h"
@@ -18,6 +20,7 @@
 #include "testing/lutestsuite/run/runconsole.h"
 #include "testing/lutestsuite/run/runevents.h"
 #include "testing/lutestsuite/run/workerthreads.h"
+#include "testing/lutestsuite/settings/setupdefaults.h"
 
 namespace LuTestSuiteRun
 {
@@ -78,6 +81,13 @@ struct SWatch
     const SRunOptions& options;
 };
 
+/// If no code of the host runs between two cases, the result of one case and the header of the next are one write.
+LuTestSuite::EBatchEnd getResultEnd(const LuTestSuiteSetup& setup, const IRunObserver& observer)
+{
+    const bool isUnwatched = typeid(observer) == typeid(IRunObserver) && LuTestSuite::HasDefaultCallbacks(setup);
+    return isUnwatched ? LuTestSuite::EBatchEnd::Defer : LuTestSuite::EBatchEnd::Write;
+}
+
 /// Runs everything up to the summary. Restores the working directory when it returns, because the user's report paths
 /// refer to it.
 SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, const SWatch& watch,
@@ -88,7 +98,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     const LuTestSuite::CCrashNotes notes;
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
-    CRunConsole console(setup, unitTests);
+    CRunConsole console(setup, unitTests, getResultEnd(setup, watch.observer));
     CRunEvents events(setup.checkCallback, {&watch.observer, &console});
 
     SRunResult result;

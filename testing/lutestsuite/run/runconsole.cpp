@@ -16,10 +16,16 @@ bool isOfWorker(const SCaseInfo& info)
 
 } // namespace
 
-CRunConsole::CRunConsole(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests)
-    : m_setup(setup), m_unitTests(unitTests), m_workerLines(unitTests, setup.params),
+CRunConsole::CRunConsole(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests,
+                         LuTestSuite::EBatchEnd resultEnd)
+    : m_setup(setup), m_unitTests(unitTests), m_resultEnd(resultEnd), m_workerLines(unitTests, setup.params),
       m_ownLines(unitTests, setup.params)
 {
+}
+
+CRunConsole::~CRunConsole()
+{
+    LuTestSuite::WriteDeferredOutput();
 }
 
 void CRunConsole::OnCaseStarted(const SCaseStarted& started)
@@ -34,7 +40,8 @@ void CRunConsole::OnCaseFinished(const SCaseFinished& finished)
 {
     if (!isOfWorker(finished.info))
     {
-        deliver(m_ownLines, finished.info);
+        m_ownLines.WriteResult(finished.info, m_resultEnd);
+        m_setup.resultCallback(finished.info.result);
         return;
     }
     const LbCriticalSectionLock lock(m_lock);
@@ -63,8 +70,12 @@ void CRunConsole::PrintWaiting()
         info = m_waiting.front().info;
         m_waiting.pop_front();
     }
-    m_workerLines.WriteHeader(*info);
-    deliver(m_workerLines, *info);
+    {
+        const LuTestSuite::COutputBatch batch;
+        m_workerLines.WriteHeader(*info);
+        m_workerLines.WriteResult(*info);
+    }
+    m_setup.resultCallback(info->result);
 }
 
 std::vector<std::size_t> CRunConsole::GetWaiting() const
@@ -72,12 +83,6 @@ std::vector<std::size_t> CRunConsole::GetWaiting() const
     std::vector<std::size_t> indices;
     std::ranges::transform(m_waiting, std::back_inserter(indices), &SWaiting::index);
     return indices;
-}
-
-void CRunConsole::deliver(const CCaseLines& lines, const SCaseInfo& info) const
-{
-    lines.WriteResult(info);
-    m_setup.resultCallback(info.result);
 }
 
 } // namespace LuTestSuiteRun

@@ -16,8 +16,12 @@ namespace LuTestSuiteRun
 class CRunConsole : public IRunObserver
 {
 public:
-    /// The arguments must outlive the object.
-    CRunConsole(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests);
+    /// The setup and the unit tests must outlive the object. `resultEnd` applies to cases of the calling thread.
+    CRunConsole(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests,
+                LuTestSuite::EBatchEnd resultEnd);
+
+    /// Prints a deferred result.
+    ~CRunConsole() override;
 
     void OnCaseStarted(const SCaseStarted& started) override;
     void OnCaseFinished(const SCaseFinished& finished) override;
@@ -39,10 +43,9 @@ private:
         const SCaseInfo* info;
     };
 
-    void deliver(const CCaseLines& lines, const SCaseInfo& info) const;
-
     const LuTestSuiteSetup& m_setup;
     const std::vector<LuTestSuite::SUnitTest>& m_unitTests;
+    const LuTestSuite::EBatchEnd m_resultEnd;
     CCaseLines m_workerLines;
     CCaseLines m_ownLines;
 

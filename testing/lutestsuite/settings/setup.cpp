@@ -1,7 +1,15 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 
+#include "testing/lutestsuite/settings/setupdefaults.h"
+
+bool LuTestSuite::HasDefaultCallbacks(const LuTestSuiteSetup& setup)
+{
+    return setup.checkCallback.target<SNeverCancel>() != nullptr &&
+           setup.resultCallback.target<SIgnoreResult>() != nullptr;
+}
+
 LuTestSuiteSetup::LuTestSuiteSetup()
-    : checkCallback([] { return false; }), resultCallback([](LuTestSuiteRun::ECaseRunResult) {})
+    : checkCallback(LuTestSuite::SNeverCancel()), resultCallback(LuTestSuite::SIgnoreResult())
 {
 }
 

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "testing/lutestsuite/settings/setupdefaults.h"
 #include "tests/support/fields.h"
 
 namespace
@@ -43,6 +44,20 @@ LuTestSuiteSetup MakeFilledSetup()
     setup.requestEventId = L"anfrage";
     setup.responseEventId = L"antwort";
     return setup;
+}
+
+TEST(LuTestSuiteSetup, ShowsWhetherACallbackWasReplaced)
+{
+    const LuTestSuiteSetup setup;
+    LuTestSuiteSetup checked = setup;
+    LuTestSuiteSetup notified = setup;
+    checked.checkCallback = [] { return false; };
+    notified.resultCallback = [](ECaseRunResult) {};
+
+    EXPECT_TRUE(LuTestSuite::HasDefaultCallbacks(setup));
+    EXPECT_TRUE(LuTestSuite::HasDefaultCallbacks(LuTestSuiteSetup(setup)));
+    EXPECT_FALSE(LuTestSuite::HasDefaultCallbacks(checked));
+    EXPECT_FALSE(LuTestSuite::HasDefaultCallbacks(notified));
 }
 
 TEST(LuTestSuiteSetup, HasTheDefaultsOfARun)

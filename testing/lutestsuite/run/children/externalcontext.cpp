@@ -6,6 +6,7 @@
 #include "base/lbexception.h"
 #include "base/os/processes.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/output/outputbatch.h"
 
 namespace LuTestSuiteRun
 {
@@ -116,6 +117,8 @@ void CExternalContext::Release()
     CLeavingChildren* const leaving = m_spares.GetSettings().leaving;
     if (m_channel && leaving != nullptr)
     {
+        // This may wait for children that exit slowly.
+        LuTestSuite::WriteDeferredOutput();
         leaving->Add(m_channel->RequestExit());
     }
     m_channel.reset();
