@@ -8,9 +8,11 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
+#include "base/lbuniqueid.h"
 #include "base/lbvariant.h"
 #include "base/lumurmurhash3.h"
 #include "base/lustream.h"
+#include "base/os/console.h"
 
 namespace
 {
@@ -123,6 +125,42 @@ void write(const std::wstring& path, std::string_view bytes)
     });
 }
 
+struct SRuns
+{
+    std::uint32_t count = 0;
+    std::wstring last;
+};
+
+/// Counts none if the file is damaged or belongs to other bytes.
+SRuns readRuns(std::string_view received, const std::wstring& reference)
+{
+    const std::wstring path = reference + LbReceivedFile::c_RunsSuffix;
+    if (!LbFileSystem::IsFile(path))
+    {
+        return {};
+    }
+    const std::wstring text = LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path));
+    const std::wstring middle = L" " + LbReceivedFile::GetChecksum(received) + L" ";
+    const std::size_t place = text.find(middle);
+    const std::size_t last = place + middle.size();
+    if (place == std::wstring::npos || text.size() != last + middle.size() - 1 || !text.ends_with(L'\n'))
+    {
+        return {};
+    }
+    return {LbVariant(text.substr(0, place)).ToUInt32().value_or(0), text.substr(last, middle.size() - 2)};
+}
+
+std::wstring getRun()
+{
+    std::wstring name = LbOs::GetEnvironmentText(LbReceivedFile::c_RunVariable);
+    if (name.empty())
+    {
+        static const std::wstring& s_process = *new std::wstring(LbUniqueId::Generate());
+        name = s_process;
+    }
+    return LbReceivedFile::GetChecksum(LbEncoding::ToUtf8(name));
+}
+
 void keep(std::string_view received, const std::wstring& reference)
 {
     const std::wstring path = reference + LbReceivedFile::c_Suffix;
@@ -133,15 +171,24 @@ void keep(std::string_view received, const std::wstring& reference)
         // and does not count.
         write(path, received);
     }
-    const std::uint32_t runs = isSame ? LbReceivedFile::CountRuns(received, reference) : 0;
-    if (runs < LbReceivedFile::c_EnoughRuns)
+    const SRuns runs = isSame ? readRuns(received, reference) : SRuns{};
+    const std::wstring run = getRun();
+    if (runs.count < LbReceivedFile::c_EnoughRuns && runs.last != run)
     {
-        const std::wstring text = LbFormat(L"%u %s\n", runs + 1, LbReceivedFile::GetChecksum(received));
+        const std::wstring text = LbFormat(L"%u %s %s\n", runs.count + 1, LbReceivedFile::GetChecksum(received), run);
         write(reference + LbReceivedFile::c_RunsSuffix, LbEncoding::ToUtf8(text));
     }
 }
 
 } // namespace
+
+void LbReceivedFile::NameRun()
+{
+    if (LbOs::GetEnvironmentText(c_RunVariable).empty())
+    {
+        LbOs::SetEnvironmentText(c_RunVariable, LbUniqueId::Generate());
+    }
+}
 
 bool LbReceivedFile::IsLeft(std::wstring_view name) noexcept
 {
@@ -179,13 +226,5 @@ std::wstring LbReceivedFile::GetChecksum(std::string_view bytes)
 
 std::uint32_t LbReceivedFile::CountRuns(std::string_view received, const std::wstring& reference)
 {
-    const std::wstring path = reference + c_RunsSuffix;
-    if (!LbFileSystem::IsFile(path))
-    {
-        return 0;
-    }
-    const std::wstring text = LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path));
-    const std::size_t blank = std::min(text.find(L' '), text.size());
-    const bool isOfThese = text.substr(blank) == L" " + LbReceivedFile::GetChecksum(received) + L"\n";
-    return isOfThese ? LbVariant(text.substr(0, blank)).ToUInt32().value_or(0) : 0;
+    return readRuns(received, reference).count;
 }

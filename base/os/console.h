@@ -44,4 +44,8 @@ LB_API bool IsInputTerminal();
 /// Value of an environment variable; empty if unset.
 LB_API std::wstring GetEnvironmentText(const wchar_t* name);
 
+/// Sets an environment variable of this process, which child processes inherit. No other thread may use the environment
+/// during the call. Ignores failure.
+LB_API void SetEnvironmentText(const wchar_t* name, const std::wstring& value);
+
 } // namespace LbOs

@@ -201,3 +201,8 @@ std::wstring LbOs::GetEnvironmentText(const wchar_t* name)
     const char* const value = std::getenv(LbEncoding::ToNative(name).c_str());
     return value == nullptr ? std::wstring() : LbEncoding::FromNative(value);
 }
+
+void LbOs::SetEnvironmentText(const wchar_t* name, const std::wstring& value)
+{
+    setenv(LbEncoding::ToNative(name).c_str(), LbEncoding::ToNative(value).c_str(), 1);
+}

@@ -179,3 +179,8 @@ std::wstring LbOs::GetEnvironmentText(const wchar_t* name)
     return Windows::ReadText(
         [name](wchar_t* buffer, DWORD size) { return GetEnvironmentVariableW(name, buffer, size); });
 }
+
+void LbOs::SetEnvironmentText(const wchar_t* name, const std::wstring& value)
+{
+    SetEnvironmentVariableW(name, value.c_str());
+}

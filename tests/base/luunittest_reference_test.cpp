@@ -9,7 +9,10 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbreceivedfile.h"
+#include "base/lbuniqueid.h"
 #include "base/luunittest.h"
+#include "base/os/console.h"
+#include "tests/support/scopedenvironment.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -198,6 +201,13 @@ TEST_F(CompareWithReference, LeavesNoDataSets)
 class CountRuns : public CompareWithReference
 {
 protected:
+    /// A comparison in another run than that of the calls before.
+    void CompareInNewRun(const char* received)
+    {
+        const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, LbUniqueId::Generate());
+        m_test.Compare(received);
+    }
+
     std::uint32_t Count(std::string_view received) const
     {
         return LbReceivedFile::CountRuns(received, m_folder.GetPathOf(L"a.expected"));
@@ -208,18 +218,68 @@ TEST_F(CountRuns, CountsThoseInARowWithTheSameBytes)
 {
     m_folder.WriteFile(L"a.expected", "eins");
 
-    m_test.Compare("zwei");
+    CompareInNewRun("zwei");
     EXPECT_EQ(Count("zwei"), 1U);
-    m_test.Compare("zwei");
+    CompareInNewRun("zwei");
     EXPECT_EQ(Count("zwei"), 2U);
-    m_test.Compare("drei");
+    CompareInNewRun("drei");
     EXPECT_EQ(Count("drei"), 1U);
-    m_test.Compare("zwei");
+    CompareInNewRun("zwei");
     EXPECT_EQ(Count("zwei"), 1U);
-    m_test.Compare("zwei");
-    m_test.Compare("zwei");
-    m_test.Compare("zwei");
+    CompareInNewRun("zwei");
+    CompareInNewRun("zwei");
+    CompareInNewRun("zwei");
     EXPECT_EQ(Count("zwei"), LbReceivedFile::c_EnoughRuns);
+}
+
+TEST_F(CountRuns, CountsComparisonsOfOneRunOnce)
+{
+    const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"eins");
+
+    m_test.Compare("zwei");
+    m_test.Compare("zwei");
+    m_test.Compare("zwei");
+
+    EXPECT_EQ(Count("zwei"), 1U);
+}
+
+TEST_F(CountRuns, CountsComparisonsOfAProcessWithoutARunOnce)
+{
+    const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"");
+
+    m_test.Compare("zwei");
+    m_test.Compare("zwei");
+
+    EXPECT_EQ(Count("zwei"), 1U);
+}
+
+TEST_F(CountRuns, BeginsAgainIfARunMakesOtherBytesBetween)
+{
+    CompareInNewRun("zwei");
+    const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"eins");
+
+    m_test.Compare("drei");
+    m_test.Compare("zwei");
+
+    EXPECT_EQ(Count("zwei"), 1U);
+}
+
+TEST(NameRun, KeepsANameThatIsSet)
+{
+    const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"eins");
+
+    LbReceivedFile::NameRun();
+
+    EXPECT_EQ(LbOs::GetEnvironmentText(LbReceivedFile::c_RunVariable), L"eins");
+}
+
+TEST(NameRun, NamesTheRunIfItHasNoName)
+{
+    const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"");
+
+    LbReceivedFile::NameRun();
+
+    EXPECT_NE(LbOs::GetEnvironmentText(LbReceivedFile::c_RunVariable), L"");
 }
 
 TEST_F(CountRuns, KnowsNothingOfOtherBytes)
@@ -233,7 +293,8 @@ TEST_F(CountRuns, KnowsNothingOfOtherBytes)
 TEST_F(CountRuns, DoesNotTrustADamagedFile)
 {
     m_test.Compare("zwei");
-    m_folder.WriteFile(L"a.expected.received.runs", "3");
+    const std::string runs = Read(L"a.expected.received.runs");
+    m_folder.WriteFile(L"a.expected.received.runs", runs.substr(0, runs.size() - 2));
 
     EXPECT_EQ(Count("zwei"), 0U);
 }

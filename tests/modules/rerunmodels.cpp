@@ -39,6 +39,21 @@ class CFlakyModel : public LuUnitTest
     }
 };
 
+/// Compares files with references beside them, twice in each case.
+class CReferenceModel : public LuUnitTest
+{
+    LB_RTTI(CReferenceModel)
+
+    void InitSubtests() override
+    {
+        AddFileSubtests(L"*.txt", [this](const std::wstring& path) {
+            const std::string received = LbFileSystem::ReadFile8Bit(path);
+            CompareWithReference(received, path + L".expected");
+            return CompareWithReference(received, path + L".expected");
+        });
+    }
+};
+
 /// Cases that request the end of their process, as a user at the keyboard or a build server does.
 class CInterruptingModel : public LuUnitTest
 {
@@ -88,6 +103,7 @@ class CTalkingModel : public LuUnitTest
 } // namespace
 
 LB_RTTI_CLASS(CFlakyModel, LuUnitTest)
+LB_RTTI_CLASS(CReferenceModel, LuUnitTest)
 LB_RTTI_CLASS(CInterruptingModel, LuUnitTest)
 LB_RTTI_CLASS(CSharedStateModel, LuUnitTest)
 LB_RTTI_CLASS(CTalkingModel, LuUnitTest)

@@ -13,6 +13,7 @@
 #include "base/lbparallel.h"
 #include "base/lbpath.h"
 #include "base/lbproductregistry.h"
+#include "base/lbreceivedfile.h"
 #include "base/lbthreadpool.h"
 #include "base/lbtimer.h"
 #include "base/lbuniqueid.h"
@@ -117,6 +118,7 @@ bool setWorkingDirectory(const std::wstring& directory)
 LuTestSuiteEnvironment::LuTestSuiteEnvironment()
 {
     LbOs::NameTimeZone();
+    LbReceivedFile::NameRun();
     LbProductRegistry::Register(L"LuTestSuite", L"1.0");
     m_workingDirectory = LbOs::GetWorkingDirectory();
     m_container = createContainer();

@@ -6,7 +6,9 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
+#include "base/lbuniqueid.h"
 #include "tests/lutestsuiterunner/cli/runnertest.h"
+#include "tests/support/scopedenvironment.h"
 
 namespace
 {
@@ -25,6 +27,7 @@ protected:
     {
         for (int run = 0; run < runs; ++run)
         {
+            const ScopedEnvironmentVariable variable(LbReceivedFile::c_RunVariable, LbUniqueId::Generate());
             LbReceivedFile::Compare(received, m_folder.GetPathOf(L"data/" + name), true);
         }
     }
@@ -146,6 +149,22 @@ TEST_F(RunnerReview, AcceptsOnlyWhatThreeRunsRepeat)
     Receive(L"a", "neu", 1);
     EXPECT_EQ(Review({L"--accept", L"all"}).exitStatus, 0);
     EXPECT_EQ(Read(L"a"), "neu");
+}
+
+TEST_F(RunnerReview, CountsRunsAndNotTheirRepetitions)
+{
+    Write(L"CReferenceModel/a.txt", "neu");
+    Write(L"CReferenceModel/a.txt.expected", "alt");
+    const auto run = [this](const std::vector<std::wstring>& library) {
+        SHostOptions options;
+        options.variables = {{LbReceivedFile::c_RunVariable, L""}};
+        Run({L"run", L"--force", L"--retries", L"2"}, library, options);
+        return LbReceivedFile::CountRuns("neu", m_folder.GetPathOf(L"data/CReferenceModel/a.txt.expected"));
+    };
+
+    EXPECT_EQ(run({}), 1U);
+    EXPECT_EQ(run({L"-x", L"-r", L"3"}), 2U) << "child processes";
+    EXPECT_EQ(run({L"-r", L"3"}), 3U);
 }
 
 TEST_F(RunnerReview, EmptiesReferencesOnlyIfConfirmed)
