@@ -1,5 +1,6 @@
-/// What the review of references costs: for 1,000, 10,000 and 100,000 files that have changed in ten ways, the first
-/// screen, and accepting all. Ends with status 1 when a limit is missed, or when there are more than 15 decisions.
+/// What the review of references costs: for 1,000, 10,000 and 100,000 files that have changed for ten causes, each file
+/// for one of them or for up to three, the search that a run ends with, the first screen, and accepting all. Ends with
+/// status 1 when a limit is missed, or when there are more than 15 decisions.
 
 #include <chrono>
 #include <cstdio>
@@ -11,9 +12,9 @@
 #include "base/lbencoding.h"
 #include "base/lbreceivedfile.h"
 #include "base/lbuniqueid.h"
+#include "testing/lutestsuiterunner/commands/reviewdecisions.h"
 #include "testing/lutestsuiterunner/console/changetext.h"
 #include "testing/lutestsuiterunner/review/changes.h"
-#include "testing/lutestsuiterunner/review/decision.h"
 
 namespace
 {
@@ -38,10 +39,11 @@ void write(const std::filesystem::path& path, const std::string& bytes)
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-/// Files that differ from each other, with three differences from their references.
-void makeFiles(const std::filesystem::path& folder, int count)
+/// Files that differ from each other, with three differences from their references: for one cause, or for up to three.
+void makeFiles(const std::filesystem::path& folder, int count, bool doCausesOverlap)
 {
     constexpr int c_Lines = 100;
+    constexpr int c_Distance = 40;
     for (int number = 0; number < count; ++number)
     {
         const std::filesystem::path directory = folder / ("C" + std::to_string(number / 500));
@@ -50,8 +52,9 @@ void makeFiles(const std::filesystem::path& folder, int count)
         std::string received;
         for (int line = 0; line < c_Lines; ++line)
         {
-            const bool isChanged = line % 40 == number % 7;
-            const std::string cause = std::to_string(number % c_Causes);
+            const bool isChanged = line % c_Distance == number % 7;
+            const int other = doCausesOverlap ? line / c_Distance * (number % 3) * (1 + number % 4) : 0;
+            const std::string cause = std::to_string((number + other) % c_Causes);
             const std::string own = "line " + std::to_string(line) + " of file " + std::to_string(number) + "\n";
             expected += isChanged ? "old " + cause + "\n" : own;
             received += isChanged ? "new " + cause + "\n" : own;
@@ -60,35 +63,38 @@ void makeFiles(const std::filesystem::path& folder, int count)
         write(reference, expected);
         write(reference.string() + ".received", received);
         write(reference.string() + ".received.runs",
-              "3 " + LbEncoding::ToUtf8(LbReceivedFile::GetChecksum(received)) + "\n");
+              "3 " + LbEncoding::ToUtf8(LbReceivedFile::GetChecksum(received)) + " " + std::string(32, '0') + "\n");
     }
 }
 
-void measureFiles(int count)
+void measureFiles(int count, bool doCausesOverlap)
 {
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() / LbEncoding::ToUtf8(LbUniqueId::Generate()) / "";
-    makeFiles(folder, count);
+    makeFiles(folder, count, doCausesOverlap);
     const std::wstring directory = folder.wstring();
     std::vector<Runner::SChange> changes;
+    const double search = measure([&] { static_cast<void>(Runner::FindReceived(directory)); });
     const double screen = measure([&] {
-        changes = Runner::GroupChanges(Runner::FindReceived(directory));
+        changes = Runner::GroupChanges(Runner::FindReceived(directory).references);
         for (const Runner::SChange& change : changes)
         {
             static_cast<void>(Runner::DescribeChange(change, directory, {}));
         }
     });
     const double decisions = measure([&] {
+        Runner::CReviewDecisions all(directory);
         for (const Runner::SChange& change : changes)
         {
-            Runner::Decide(directory, Runner::EDecision::Accept, change.files);
+            all.Carry(Runner::EDecision::Accept, change);
         }
     });
     const bool isMissed = screen > c_ScreenLimitPerFile * count || changes.size() > c_MostDecisions ||
-                          !Runner::FindReceived(directory).empty();
+                          !Runner::FindReceived(directory).references.empty();
     s_isMissed = s_isMissed || isMissed;
-    std::printf("%7d files: %zu decisions, first screen %.3f s, all accepted %.3f s%s\n", count, changes.size(), screen,
-                decisions, isMissed ? "  LIMIT MISSED" : "");
+    std::printf("%7d files, %s: search %.3f s, %zu decisions, first screen %.3f s, all accepted %.3f s%s\n", count,
+                doCausesOverlap ? "1 to 3 causes" : "one cause", search, changes.size(), screen, decisions,
+                isMissed ? "  LIMIT MISSED" : "");
     std::filesystem::remove_all(folder);
 }
 
@@ -98,7 +104,8 @@ int main()
 {
     for (const int count : {1000, 2800, 10000, 100000})
     {
-        measureFiles(count);
+        measureFiles(count, false);
+        measureFiles(count, true);
     }
     return s_isMissed ? 1 : 0;
 }

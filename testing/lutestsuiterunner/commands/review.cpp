@@ -1,20 +1,21 @@
 /// The command "review": test output that differs from its references.
 
-#include <algorithm>
 #include <iostream>
 #include <optional>
+#include <set>
 #include <string>
-#include <utility>
+#include <string_view>
 #include <vector>
 
-#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
-#include "base/lbreceivedfile.h"
 #include "base/os/console.h"
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/reviewchoice.h"
+#include "testing/lutestsuiterunner/commands/reviewdecisions.h"
+#include "testing/lutestsuiterunner/commands/reviewdialog.h"
 #include "testing/lutestsuiterunner/console/changetext.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/review/changes.h"
@@ -29,29 +30,6 @@ namespace
 void print(const std::wstring& text)
 {
     CTerminal::Get().WriteOutput(text);
-}
-
-using Files = std::vector<SReceivedFile>;
-
-void requireAcceptable(const SChange& change, const Files& files, bool mayBecomeEmpty)
-{
-    const auto unrepeated = std::ranges::find(files, false, &SReceivedFile::isRepeated);
-    if (unrepeated != files.end())
-    {
-        throw LbFormat(L"Änderung %s ist noch nicht in %u Läufen gleich, etwa %s: zuerst den Lauf wiederholen",
-                       change.id, LbReceivedFile::c_EnoughRuns, unrepeated->reference);
-    }
-    if (change.kind == EChange::Empty && !mayBecomeEmpty)
-    {
-        throw LbFormat(L"Mit Änderung %s würden Referenzen leer, etwa %s: das verlangt '--accept-empty'", change.id,
-                       files.front().reference);
-    }
-}
-
-std::wstring describeDecision(EDecision decision, const SChange& change, std::size_t count)
-{
-    return decision == EDecision::Accept ? LbFormat(L"Übernommen: %s (%u)\n", change.id, count)
-                                         : LbFormat(L"Verworfen: %s (%u)\n", change.id, count);
 }
 
 /// The review of one folder.
@@ -82,170 +60,109 @@ public:
         {
             throw std::wstring(L"Mit '--ci' wird nichts übernommen oder verworfen");
         }
-        finishEarlier();
-        m_changes = GroupChanges(FindReceived(m_directory));
+        m_changes = GroupChanges(finishEarlier().references);
         if (decides)
         {
-            // Refuses before the first change.
-            const auto accepted = collect(m_options.accept);
-            const auto rejected = collect(m_options.reject);
-            for (const auto& [change, files] : accepted)
-            {
-                requireAcceptable(*change, files, m_options.acceptEmpty);
-            }
-            decide(EDecision::Accept, accepted);
-            decide(EDecision::Reject, rejected);
-            return LuTestSuiteHost::c_Succeeded;
+            return decide();
         }
         if (m_mayAsk && !m_options.ci && !m_options.diff)
         {
-            ask();
-            return LuTestSuiteHost::c_Succeeded;
+            return ask();
         }
-        list();
+        list(m_options.diffFile.empty() ? m_changes : findOfFile());
         return m_options.ci && !m_changes.empty() ? LuTestSuiteHost::c_Failed : LuTestSuiteHost::c_Succeeded;
     }
 
 private:
-    using Decided = std::vector<std::pair<const SChange*, Files>>;
-
-    void finishEarlier() const
+    /// Returns what is left.
+    SFound finishEarlier() const
     {
-        if (m_options.ci && LbFileSystem::IsFile(m_directory + c_DecisionFile))
+        SFound found = FindReceived(m_directory);
+        std::vector<std::wstring> folders = FindUnfinishedAbove(m_directory);
+        folders.insert(folders.end(), found.unfinished.begin(), found.unfinished.end());
+        if (folders.empty())
         {
-            throw LbFormat(L"In %s ist eine Entscheidung unvollendet: 'review' ohne '--ci' vollendet sie", m_directory);
+            return found;
         }
-        if (const std::size_t count = FinishDecision(m_directory); count > 0)
+        if (m_options.ci)
         {
-            print(LbFormat(L"Unterbrochene Entscheidung vollendet: %u Dateien\n", count));
+            throw LbFormat(L"In %s ist eine Entscheidung unvollendet: 'review' ohne '--ci' vollendet sie",
+                           folders.front());
+        }
+        for (const std::wstring& folder : folders)
+        {
+            finish(folder);
+        }
+        return FindReceived(m_directory);
+    }
+
+    static void finish(const std::wstring& folder)
+    {
+        const std::optional<SOutcome> outcome = FinishDecision(folder);
+        if (!outcome)
+        {
+            return;
+        }
+        print(LbFormat(L"Unterbrochene Entscheidung vollendet: %s\n", FormatFileCount(outcome->done.size())));
+        if (outcome->left > 0)
+        {
+            CTerminal::Get().WriteError(LbFormat(L"Warnung: seit dieser Entscheidung geändert und noch offen: %s\n",
+                                                 FormatFileCount(outcome->left)));
         }
     }
 
-    void list() const
+    std::vector<SChange> findOfFile() const
     {
-        std::size_t count = 0;
-        for (const SChange& change : m_changes)
+        std::vector<SChange> changes = FindChangesOf(m_changes, m_options.diffFile);
+        if (changes.empty())
         {
-            count += change.files.size();
+            throw LbFormat(L"'%s' ist keine Datei mit einer Änderung", m_options.diffFile);
+        }
+        return changes;
+    }
+
+    void list(const std::vector<SChange>& changes) const
+    {
+        std::set<std::wstring_view> files;
+        for (const SChange& change : changes)
+        {
+            for (const SReceivedFile& file : change.files)
+            {
+                files.insert(file.reference);
+            }
             CTerminal::Get().WriteColoured(m_options.diff || m_options.sideBySide
                                                ? DescribeChange(change, m_directory, SDiffStyle()) +
-                                                     ShowDifference(change, m_directory, m_style)
+                                                     ShowDifference(change, change.files.front(), m_directory, m_style)
                                                : DescribeChange(change, m_directory, m_style));
         }
-        print(LbFormat(L"Änderungen: %u, Dateien: %u\n", m_changes.size(), count));
+        print(LbFormat(L"Änderungen: %u, Dateien: %u\n", changes.size(), files.size()));
     }
 
-    /// The files that the values of an option name.
-    Decided collect(const std::vector<std::wstring>& values) const
+    int decide() const
     {
-        Decided decided;
-        for (const std::wstring& value : values)
+        // Refuses before the first change.
+        const SReviewChoice choice = ChooseChanges(m_changes, m_options);
+        for (const SChange& change : choice.accepted)
         {
-            const std::size_t before = decided.size();
-            for (const SChange& change : m_changes)
-            {
-                if (value == L"all" || value == change.id)
-                {
-                    decided.emplace_back(&change, change.files);
-                }
-                else if (const std::optional<SReceivedFile> file = findFile(change, value))
-                {
-                    decided.emplace_back(&change, Files{*file});
-                }
-            }
-            if (decided.size() == before)
-            {
-                throw LbFormat(L"'%s' ist weder 'all' noch eine Änderung noch eine Datei mit einer Änderung", value);
-            }
+            RequireAcceptable(change, m_options.acceptEmpty);
         }
-        return decided;
-    }
-
-    static std::optional<SReceivedFile> findFile(const SChange& change, const std::wstring& path)
-    {
-        const std::wstring full = LbOs::GetFullPath(path);
-        const auto file = std::ranges::find_if(change.files, [&full](const SReceivedFile& one) {
-            return full == one.reference || full == one.reference + LbReceivedFile::c_Suffix;
-        });
-        return file == change.files.end() ? std::nullopt : std::optional(*file);
-    }
-
-    void decide(EDecision decision, const Decided& decided) const
-    {
-        for (const auto& [change, files] : decided)
+        CReviewDecisions decisions(m_directory);
+        for (const SChange& change : choice.accepted)
         {
-            Decide(m_directory, decision, files);
-            print(describeDecision(decision, *change, files.size()));
+            decisions.Carry(EDecision::Accept, change);
         }
-    }
-
-    void ask() const
-    {
-        for (std::size_t index = 0; index < m_changes.size(); ++index)
+        for (const SChange& change : choice.rejected)
         {
-            CTerminal::Get().WriteColoured(LbFormat(L"\n[%u/%u] ", index + 1, m_changes.size()) +
-                                           DescribeChange(m_changes[index], m_directory, SDiffStyle()) +
-                                           ShowDifference(m_changes[index], m_directory, m_style));
-            if (!askFor(m_changes[index]))
-            {
-                return;
-            }
+            decisions.Carry(EDecision::Reject, change);
         }
-        print(L"Keine weiteren Änderungen\n");
+        return decisions.HasLeft() ? LuTestSuiteHost::c_Failed : LuTestSuiteHost::c_Succeeded;
     }
 
-    /// False if the user ends the review.
-    bool askFor(const SChange& change) const
+    int ask() const
     {
-        while (true)
-        {
-            const std::wstring answer =
-                readAnswer(L"Übernehmen (j), verwerfen (v), nebeneinander (n), weiter (w), Ende (e)? ");
-            if (answer == L"j" && accept(change))
-            {
-                return true;
-            }
-            if (answer == L"v")
-            {
-                decide(EDecision::Reject, {{&change, change.files}});
-                return true;
-            }
-            if (answer == L"n")
-            {
-                SDiffStyle style = m_style;
-                style.isSideBySide = true;
-                CTerminal::Get().WriteColoured(ShowDifference(change, m_directory, style));
-            }
-            if (answer == L"w" || answer == L"e")
-            {
-                return answer == L"w";
-            }
-        }
-    }
-
-    /// False if the change must not be accepted, or if the user withdraws the answer.
-    bool accept(const SChange& change) const
-    try
-    {
-        const bool mayBecomeEmpty =
-            change.kind == EChange::Empty &&
-            (m_options.acceptEmpty || readAnswer(L"Diese Referenzen würden leer. Wirklich (ja/nein)? ") == L"ja");
-        requireAcceptable(change, change.files, mayBecomeEmpty);
-        decide(EDecision::Accept, {{&change, change.files}});
-        return true;
-    }
-    catch (const std::wstring& reason)
-    {
-        CTerminal::Get().WriteError(L"Fehler: " + reason + L"\n");
-        return false;
-    }
-
-    /// The end of the input ends the review.
-    static std::wstring readAnswer(const wchar_t* question)
-    {
-        print(question);
-        std::string line;
-        return std::getline(std::cin, line) ? LbEncoding::FromUtf8(line) : L"e";
+        CReviewDecisions decisions(m_directory);
+        CReviewDialog(m_directory, m_style, m_options.acceptEmpty, std::cin).Ask(m_changes, decisions);
+        return decisions.HasLeft() ? LuTestSuiteHost::c_Failed : LuTestSuiteHost::c_Succeeded;
     }
 
     const SReviewOptions& m_options;

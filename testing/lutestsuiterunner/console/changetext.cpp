@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "base/lbencoding.h"
 #include "base/lbformat.h"
@@ -69,10 +71,55 @@ struct STexts
     std::string received;
 };
 
-STexts read(const SChange& change)
+STexts read(const SReceivedFile& file)
 {
-    const std::wstring& reference = change.files.front().reference;
-    return {ReadIfPresent(reference), ReadIfPresent(reference + LbReceivedFile::c_Suffix)};
+    return {ReadIfPresent(file.reference), ReadIfPresent(file.reference + LbReceivedFile::c_Suffix)};
+}
+
+/// The places of a change in a file.
+struct SPlaces
+{
+    std::vector<SHunk> hunks;   ///< in their order
+    std::size_t otherParts = 0; ///< of other changes
+};
+
+SPlaces findPlaces(const SChange& change, const STexts& texts)
+{
+    SPlaces places;
+    for (const SPart& part : FindParts(texts.expected, texts.received))
+    {
+        if (change.parts.empty() || change.parts.contains(part.checksum))
+        {
+            places.hunks.insert(places.hunks.end(), part.hunks.begin(), part.hunks.end());
+        }
+        else
+        {
+            ++places.otherParts;
+        }
+    }
+    std::ranges::sort(places.hunks, {},
+                      [](const SHunk& hunk) { return std::pair(hunk.firstRemoved, hunk.firstAdded); });
+    return places;
+}
+
+/// Joins neighbouring lines that are places of their own.
+std::vector<SHunk> joinNeighbours(const std::vector<SHunk>& hunks)
+{
+    std::vector<SHunk> joined;
+    for (const SHunk& hunk : hunks)
+    {
+        const bool isNeighbour = !joined.empty() &&
+                                 joined.back().firstRemoved + joined.back().removed.size() == hunk.firstRemoved &&
+                                 joined.back().firstAdded + joined.back().added.size() == hunk.firstAdded;
+        if (!isNeighbour)
+        {
+            joined.push_back(hunk);
+            continue;
+        }
+        joined.back().removed.insert(joined.back().removed.end(), hunk.removed.begin(), hunk.removed.end());
+        joined.back().added.insert(joined.back().added.end(), hunk.added.begin(), hunk.added.end());
+    }
+    return joined;
 }
 
 std::wstring getName(const SReceivedFile& file, const std::wstring& directory)
@@ -83,7 +130,7 @@ std::wstring getName(const SReceivedFile& file, const std::wstring& directory)
 std::wstring describeKind(const SChange& change)
 {
     std::wstring text = change.kind == EChange::New     ? L", neue Referenzen"
-                        : change.kind == EChange::Empty ? L", Referenzen würden leer"
+                        : change.kind == EChange::Blank ? L", Referenzen würden leer"
                                                         : L"";
     if (const std::size_t count = change.CountUnrepeated(); count > 0)
     {
@@ -94,41 +141,47 @@ std::wstring describeKind(const SChange& change)
 
 } // namespace
 
+std::wstring FormatFileCount(std::size_t count)
+{
+    return count == 1 ? std::wstring(L"1 Datei") : LbFormat(L"%u Dateien", count);
+}
+
 std::wstring DescribeChange(const SChange& change, const std::wstring& directory, const SDiffStyle& style)
 {
-    const std::wstring count =
-        change.files.size() == 1 ? std::wstring(L"1 Datei") : LbFormat(L"%u Dateien", change.files.size());
-    std::wstring text = LbFormat(L"%s  %s%s: %s%s\n", change.id, count, describeKind(change),
-                                 getName(change.files.front(), directory), change.files.size() == 1 ? L"" : L", ...");
+    std::wstring text =
+        LbFormat(L"%s  %s%s: %s%s\n", change.id, FormatFileCount(change.files.size()), describeKind(change),
+                 getName(change.files.front(), directory), change.files.size() == 1 ? L"" : L", ...");
     if (change.kind != EChange::Changed)
     {
         return text;
     }
-    const STexts texts = read(change);
-    const SDifference difference = FindDifference(texts.expected, texts.received);
-    if (difference.hunks.empty())
+    const STexts texts = read(change.files.front());
+    const SPlaces places = findPlaces(change, texts);
+    if (places.hunks.empty())
     {
         return text + L"    kein Unterschied mehr\n";
     }
-    const SHunk& hunk = difference.hunks.front();
+    const SHunk& hunk = places.hunks.front();
     return text + showLines(hunk.removed, L'-', style, 1) + showLines(hunk.added, L'+', style, 1);
 }
 
-std::wstring ShowDifference(const SChange& change, const std::wstring& directory, const SDiffStyle& style)
+std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, const std::wstring& directory,
+                            const SDiffStyle& style)
 {
     constexpr std::size_t c_MostLines = 200;
-    const STexts texts = read(change);
-    std::wstring text = LbFormat(L"%s:\n", getName(change.files.front(), directory));
-    const SDifference difference = FindDifference(texts.expected, texts.received);
-    for (const SHunk& hunk : difference.hunks)
+    const STexts texts = read(file);
+    const bool isBinary = AreBytes(texts.expected, texts.received);
+    const SPlaces places = findPlaces(change, texts);
+    std::wstring text = LbFormat(L"%s:\n", getName(file, directory));
+    for (const SHunk& hunk : joinNeighbours(places.hunks))
     {
-        text += difference.isBinary ? LbFormat(L"  ab Byte %u\n", hunk.firstRemoved)
-                                    : LbFormat(L"  ab Zeile %u\n", hunk.firstRemoved);
+        text +=
+            isBinary ? LbFormat(L"  ab Byte %u\n", hunk.firstRemoved) : LbFormat(L"  ab Zeile %u\n", hunk.firstRemoved);
         text += style.isSideBySide ? showSides(hunk, style)
                                    : showLines(hunk.removed, L'-', style, c_MostLines) +
                                          showLines(hunk.added, L'+', style, c_MostLines);
     }
-    return text;
+    return places.otherParts > 0 ? text + LbFormat(L"  andere Änderungen dieser Datei: %u\n", places.otherParts) : text;
 }
 
 } // namespace Runner

@@ -17,10 +17,16 @@ struct SDiffStyle
     std::size_t width = 120; ///< of a line that shows both sides, in characters
 };
 
-/// One line about a change, and the first lines of its first difference. Paths are relative to `directory`.
+/// "1 Datei", "2 Dateien".
+std::wstring FormatFileCount(std::size_t count);
+
+/// One line about a change, and the first lines of its first difference in the first file. Paths are relative to
+/// `directory`.
 std::wstring DescribeChange(const SChange& change, const std::wstring& directory, const SDiffStyle& style);
 
-/// The differences of a change's first file. Throws LbException if it cannot be read.
-std::wstring ShowDifference(const SChange& change, const std::wstring& directory, const SDiffStyle& style);
+/// The change's differences in one of its files, and how many other changes this has. Throws LbException if it cannot
+/// be read.
+std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, const std::wstring& directory,
+                            const SDiffStyle& style);
 
 } // namespace Runner

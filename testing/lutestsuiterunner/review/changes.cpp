@@ -5,10 +5,11 @@
 #include <string_view>
 #include <utility>
 
+#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
-#include "testing/lutestsuiterunner/review/difference.h"
+#include "testing/lutestsuiterunner/review/partgroups.h"
 
 namespace Runner
 {
@@ -16,19 +17,86 @@ namespace Runner
 namespace
 {
 
-/// The kind of a file's change, and a key that files of one change share.
-std::pair<EChange, std::string> classify(const std::wstring& reference, const std::string& received)
+constexpr std::size_t c_ShortestName = 6;
+
+/// Collects changes by their checksums.
+class CChanges
 {
+public:
+    void Add(EChange kind, const std::wstring& checksum, const PartNames& parts, std::vector<SReceivedFile> files)
+    {
+        SChange& change = m_changes.try_emplace(checksum, SChange{kind, checksum, {}, {}, {}}).first->second;
+        change.parts.insert(parts.begin(), parts.end());
+        change.files.insert(change.files.end(), files.begin(), files.end());
+    }
+
+    std::vector<SChange> Take()
+    {
+        std::vector<SChange> changes;
+        for (auto& [checksum, change] : m_changes)
+        {
+            std::ranges::sort(change.files, {}, &SReceivedFile::reference);
+            changes.push_back(std::move(change));
+        }
+        std::ranges::stable_sort(changes, [](const SChange& one, const SChange& other) {
+            return one.files.size() != other.files.size() ? one.files.size() > other.files.size()
+                                                          : one.files.front().reference < other.files.front().reference;
+        });
+        return changes;
+    }
+
+private:
+    std::map<std::wstring, SChange> m_changes;
+};
+
+struct SExamined
+{
+    EChange kind;
+    SReceivedFile file;
+    PartNames parts; ///< of a changed file
+};
+
+SExamined examine(const std::wstring& reference)
+{
+    const std::string received = LbFileSystem::ReadFile8Bit(reference + LbReceivedFile::c_Suffix);
+    const bool isRepeated = LbReceivedFile::CountRuns(received, reference) >= LbReceivedFile::c_EnoughRuns;
+    SExamined examined = {EChange::New, {reference, LbReceivedFile::GetChecksum(received), {}, isRepeated}, {}};
     if (LbOs::IsMissing(reference))
     {
-        return {EChange::New, "new"};
+        return examined;
     }
     const std::string expected = LbFileSystem::ReadFile8Bit(reference);
-    if (received.empty() && !expected.empty())
+    examined.file.expected = LbReceivedFile::GetChecksum(expected);
+    examined.kind = IsBlank(received) && !IsBlank(expected) ? EChange::Blank : EChange::Changed;
+    if (examined.kind == EChange::Changed)
     {
-        return {EChange::Empty, "empty"};
+        for (SPart& part : FindParts(expected, received))
+        {
+            examined.parts.insert(std::move(part.checksum));
+        }
     }
-    return {EChange::Changed, GetChangeKey(FindDifference(expected, received))};
+    return examined;
+}
+
+std::wstring getChecksumOfText(const std::wstring& text)
+{
+    return LbReceivedFile::GetChecksum(LbEncoding::ToUtf8(text));
+}
+
+void addChanged(CChanges& changes, const std::vector<SReceivedFile>& files, const std::vector<PartNames>& parts)
+{
+    for (const SPartGroup& group : GroupByParts(parts))
+    {
+        std::vector<SReceivedFile> members;
+        std::ranges::transform(group.files, std::back_inserter(members),
+                               [&files](std::uint32_t file) { return files[file]; });
+        changes.Add(EChange::Changed, GetChecksumOf(group.parts), group.parts, std::move(members));
+    }
+}
+
+std::size_t countCommon(const std::wstring& one, const std::wstring& other)
+{
+    return static_cast<std::size_t>(std::ranges::mismatch(one, other).in1 - one.begin());
 }
 
 } // namespace
@@ -39,10 +107,10 @@ std::size_t SChange::CountUnrepeated() const
         std::ranges::count_if(files, [](const SReceivedFile& file) { return !file.isRepeated; }));
 }
 
-std::vector<std::wstring> FindReceived(const std::wstring& directory)
+SFound FindReceived(const std::wstring& directory)
 {
     const std::size_t suffixLength = std::wstring_view(LbReceivedFile::c_Suffix).size();
-    std::vector<std::wstring> references;
+    SFound found;
     std::vector<std::wstring> pending = {LbPath::WithSeparator(directory)};
     while (!pending.empty())
     {
@@ -55,42 +123,84 @@ std::vector<std::wstring> FindReceived(const std::wstring& directory)
             }
             else if (!entry.isDirectory && entry.name.ends_with(LbReceivedFile::c_Suffix))
             {
-                references.push_back(folder + entry.name.substr(0, entry.name.size() - suffixLength));
+                found.references.push_back(folder + entry.name.substr(0, entry.name.size() - suffixLength));
+            }
+            else if (!entry.isDirectory && entry.name == c_DecisionFile)
+            {
+                found.unfinished.push_back(folder);
             }
         });
     }
-    std::ranges::sort(references);
-    return references;
+    std::ranges::sort(found.references);
+    std::ranges::sort(found.unfinished);
+    return found;
+}
+
+std::vector<std::wstring> FindUnfinishedAbove(const std::wstring& directory)
+{
+    std::vector<std::wstring> folders;
+    for (std::wstring folder = LbPath::GetParent(directory); !folder.empty(); folder = LbPath::GetParent(folder))
+    {
+        if (LbFileSystem::IsFile(folder + c_DecisionFile))
+        {
+            folders.push_back(folder);
+        }
+    }
+    return folders;
 }
 
 std::vector<SChange> GroupChanges(const std::vector<std::wstring>& references)
 {
-    constexpr std::size_t c_IdLength = 6;
-    std::map<std::string, SChange> byKey;
+    CChanges changes;
+    std::vector<SReceivedFile> files;
+    std::vector<PartNames> parts;
     for (const std::wstring& reference : references)
     {
-        const std::string received = LbFileSystem::ReadFile8Bit(reference + LbReceivedFile::c_Suffix);
-        auto [kind, key] = classify(reference, received);
-        const auto [place, isNew] = byKey.try_emplace(std::move(key));
-        SChange& change = place->second;
-        if (isNew)
+        SExamined examined = examine(reference);
+        if (examined.kind == EChange::Changed)
         {
-            change.kind = kind;
-            change.id = LbReceivedFile::GetChecksum(place->first).substr(0, c_IdLength);
+            files.push_back(std::move(examined.file));
+            parts.push_back(std::move(examined.parts));
+            continue;
         }
-        const bool isRepeated = LbReceivedFile::CountRuns(received, reference) >= LbReceivedFile::c_EnoughRuns;
-        change.files.push_back({reference, LbReceivedFile::GetChecksum(received), isRepeated});
+        const std::wstring group = examined.kind == EChange::New ? L"new " + LbPath::GetParent(reference) : L"blank";
+        changes.Add(examined.kind, getChecksumOfText(group), {}, {std::move(examined.file)});
     }
-    std::vector<SChange> changes;
-    for (auto& [key, change] : byKey)
+    addChanged(changes, files, parts);
+    std::vector<SChange> all = changes.Take();
+    NameChanges(all);
+    return all;
+}
+
+void NameChanges(std::vector<SChange>& changes)
+{
+    std::vector<SChange*> ordered;
+    std::ranges::transform(changes, std::back_inserter(ordered), [](SChange& change) { return &change; });
+    std::ranges::sort(ordered, {}, [](const SChange* change) { return change->checksum; });
+    std::size_t before = 0;
+    for (std::size_t index = 0; index < ordered.size(); ++index)
     {
-        changes.push_back(std::move(change));
+        const std::wstring& checksum = ordered[index]->checksum;
+        const std::size_t after = index + 1 < ordered.size() ? countCommon(checksum, ordered[index + 1]->checksum) : 0;
+        ordered[index]->id = checksum.substr(0, std::max({c_ShortestName, before + 1, after + 1}));
+        before = after;
     }
-    std::ranges::stable_sort(changes, [](const SChange& one, const SChange& other) {
-        return one.files.size() != other.files.size() ? one.files.size() > other.files.size()
-                                                      : one.files.front().reference < other.files.front().reference;
+}
+
+std::vector<const SChange*> FindNamed(const std::vector<SChange>& changes, std::wstring digits)
+{
+    std::ranges::transform(digits, digits.begin(), [](wchar_t digit) {
+        return digit >= L'a' && digit <= L'f' ? static_cast<wchar_t>(digit - L'a' + L'A') : digit;
     });
-    return changes;
+    std::vector<const SChange*> found;
+    for (const SChange& change : changes)
+    {
+        if (digits.size() >= c_ShortestName && change.checksum.starts_with(digits))
+        {
+            found.push_back(&change);
+        }
+    }
+    return found;
 }
 
 std::string ReadIfPresent(const std::wstring& path)

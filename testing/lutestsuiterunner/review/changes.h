@@ -1,9 +1,15 @@
-/// Differences of test output from its references, grouped by what has changed.
+/// What tests have made in place of their references, grouped by what has changed.
+///
+/// A review only replaces references: it never removes one. A reference that no test compares any more stays, and is
+/// not named.
 #pragma once
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "testing/lutestsuiterunner/review/parts.h"
 
 namespace Runner
 {
@@ -11,8 +17,8 @@ namespace Runner
 enum class EChange
 {
     Changed,
-    New,   ///< there is no reference yet
-    Empty, ///< the reference would become empty
+    New,  ///< there is no reference yet
+    Blank ///< nothing but white space and a byte-order mark would be left of the reference
 };
 
 /// One reference.
@@ -20,28 +26,49 @@ struct SReceivedFile
 {
     std::wstring reference; ///< path
     std::wstring checksum;  ///< of what was received
+    std::wstring expected;  ///< checksum of the reference; empty if there is none
     bool isRepeated;        ///< enough runs have made exactly that
 };
 
-/// Files with the same change; the user decides on all of them at once.
+/// One decision.
 struct SChange
 {
     EChange kind;
-    std::wstring id; ///< six digits that depend on the change alone
+    std::wstring checksum; ///< of what changes
+    std::wstring id;       ///< its first digits: at least six, more if others begin alike
+    PartNames parts;       ///< the decision is about these; empty: about the files as a whole
     std::vector<SReceivedFile> files;
 
     std::size_t CountUnrepeated() const;
 };
 
-/// Reference paths of all files "*.received" in a folder and its subfolders, ordered. Does not follow links to folders.
-std::vector<std::wstring> FindReceived(const std::wstring& directory);
+/// The file in a reviewed folder that exists while a decision is carried out.
+inline constexpr const wchar_t* c_DecisionFile = L"lutestsuite-review.pending";
 
-/// Reads the files and groups them. All new references form one change, and so do all references that would become
-/// empty. The others belong together if they have the same sets of removed and added lines. The change with the most
-/// files comes first. Throws LbException.
+struct SFound
+{
+    std::vector<std::wstring> references; ///< paths, ordered
+    std::vector<std::wstring> unfinished; ///< folders with a decision that was interrupted, with final separator
+};
+
+/// Looks for "*.received" and for interrupted decisions in a folder and its subfolders. Does not follow links to
+/// folders.
+SFound FindReceived(const std::wstring& directory);
+
+/// The folders above with an interrupted decision, with final separator. `directory` is a full path.
+std::vector<std::wstring> FindUnfinishedAbove(const std::wstring& directory);
+
+/// Reads the files and groups them, most files first. New references are one change for each folder; those that would
+/// become blank are one. The others are grouped by GroupByParts. Throws LbException.
 std::vector<SChange> GroupChanges(const std::vector<std::wstring>& references);
 
-/// The bytes of a reference or of a received file. Empty if there is no such file; throws LbException if it cannot be
+/// Sets the names of changes with different checksums.
+void NameChanges(std::vector<SChange>& changes);
+
+/// The changes whose checksums begin with these digits, at least six; "a" to "f" in any case.
+std::vector<const SChange*> FindNamed(const std::vector<SChange>& changes, std::wstring digits);
+
+/// The bytes of a reference or of what was received. Empty if there is no such file; throws LbException if it cannot be
 /// read.
 std::string ReadIfPresent(const std::wstring& path);
 

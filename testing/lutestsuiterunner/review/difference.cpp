@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <set>
 #include <span>
 
 namespace Runner
@@ -16,26 +15,6 @@ using LineSpan = std::span<const std::string_view>;
 
 /// Removed and added lines that are searched for together; their square limits the memory.
 constexpr std::ptrdiff_t c_MostEdits = 1000;
-
-Lines split(std::string_view text, bool dropReturns)
-{
-    Lines lines;
-    while (true)
-    {
-        const std::size_t end = text.find('\n');
-        std::string_view line = text.substr(0, end);
-        if (dropReturns && end != std::string_view::npos && line.ends_with('\r'))
-        {
-            line.remove_suffix(1);
-        }
-        lines.push_back(line);
-        if (end == std::string_view::npos)
-        {
-            return lines;
-        }
-        text.remove_prefix(end + 1);
-    }
-}
 
 /// The shortest edit script by Myers' greedy algorithm. Marks lines that are not in both.
 class CEdits
@@ -200,52 +179,48 @@ SHunk compareBytes(std::string_view old, std::string_view fresh)
             {fresh.substr(begin, fresh.size() - begin - end)}};
 }
 
-/// Texts with their lengths, so that the key tells where one ends.
-void append(std::string& key, char kind, const std::vector<std::string_view>& texts)
+} // namespace
+
+bool AreBytes(std::string_view reference, std::string_view received)
 {
-    for (const std::string_view text : texts)
-    {
-        key += kind + std::to_string(text.size()) + ":";
-        key += text;
-    }
+    return reference.find('\0') != std::string_view::npos || received.find('\0') != std::string_view::npos;
 }
 
-} // namespace
+std::vector<std::string_view> SplitLines(std::string_view text, bool dropReturns)
+{
+    std::vector<std::string_view> lines;
+    while (true)
+    {
+        const std::size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        if (dropReturns && end != std::string_view::npos && line.ends_with('\r'))
+        {
+            line.remove_suffix(1);
+        }
+        lines.push_back(line);
+        if (end == std::string_view::npos)
+        {
+            return lines;
+        }
+        text.remove_prefix(end + 1);
+    }
+}
 
 SDifference FindDifference(std::string_view reference, std::string_view received)
 {
     SDifference difference;
-    difference.isBinary =
-        reference.find('\0') != std::string_view::npos || received.find('\0') != std::string_view::npos;
+    difference.isBinary = AreBytes(reference, received);
     if (difference.isBinary)
     {
         difference.hunks.push_back(compareBytes(reference, received));
         return difference;
     }
-    difference.hunks = compareLines(split(reference, true), split(received, true));
+    difference.hunks = compareLines(SplitLines(reference, true), SplitLines(received, true));
     if (difference.hunks.empty())
     {
-        difference.hunks = compareLines(split(reference, false), split(received, false));
+        difference.hunks = compareLines(SplitLines(reference, false), SplitLines(received, false));
     }
     return difference;
-}
-
-std::string GetChangeKey(const SDifference& difference)
-{
-    std::set<std::string> changes;
-    for (const SHunk& hunk : difference.hunks)
-    {
-        std::string change;
-        append(change, '-', hunk.removed);
-        append(change, '+', hunk.added);
-        changes.insert(std::move(change));
-    }
-    std::string key = difference.isBinary ? "b" : "t";
-    for (const std::string& change : changes)
-    {
-        key += '@' + change;
-    }
-    return key;
 }
 
 } // namespace Runner

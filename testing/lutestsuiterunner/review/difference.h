@@ -20,16 +20,20 @@ struct SHunk
 
 struct SDifference
 {
-    bool isBinary = false; ///< one of both has a zero byte
+    bool isBinary = false; ///< AreBytes
     std::vector<SHunk> hunks;
 };
 
-/// The differences of `received` from `reference`, in order; their texts refer to the arguments. Line ends "\r\n" count
-/// as "\n" unless nothing else differs. If there are very many differences, one hunk covers everything from the first
-/// to the last one.
-SDifference FindDifference(std::string_view reference, std::string_view received);
+/// True if one of both has a zero byte.
+bool AreBytes(std::string_view reference, std::string_view received);
 
-/// A key of the change that does not depend on where and how often it occurs: equal for files with the same change.
-std::string GetChangeKey(const SDifference& difference);
+/// Lines without their line feeds, and without carriage returns before them if `dropReturns` is set. A text that ends
+/// with a line feed has an empty last line.
+std::vector<std::string_view> SplitLines(std::string_view text, bool dropReturns);
+
+/// The differences of `received` from `reference`, in their order; their texts refer to the arguments. Line ends "\r\n"
+/// count as "\n" unless nothing else differs. Texts with very many differences have one hunk between their first and
+/// their last one.
+SDifference FindDifference(std::string_view reference, std::string_view received);
 
 } // namespace Runner

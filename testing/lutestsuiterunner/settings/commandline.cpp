@@ -184,7 +184,9 @@ void addOptions(COptionReader& /*reader*/, SFoldersOptions& /*options*/) {}
 void addOptions(COptionReader& reader, SReviewOptions& options)
 {
     reader.AddArgument({"DIR", nullptr, L"Datenverzeichnis oder ein Ordner darin"}, options.directory);
-    reader.AddSwitch({"--diff", nullptr, L"Zeigt je Änderung die Unterschiede einer Datei"}, options.diff);
+    reader.AddSwitchOrText(
+        {"--diff", L"[=DATEI]", L"Zeigt je Änderung die Unterschiede einer Datei, oder alle dieser Referenz"},
+        options.diff, options.diffFile);
     reader.AddSwitch({"--side-by-side", nullptr, L"Zeigt sie nebeneinander, links die Referenz"}, options.sideBySide);
     reader.AddTexts({"--accept", L"WAS", L"Übernimmt: Kennung einer Änderung, Pfad einer Referenz oder all; mehrfach"},
                     options.accept);

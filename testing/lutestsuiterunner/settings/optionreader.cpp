@@ -160,6 +160,16 @@ void COptionReader::AddSwitchOrNumber(const SOptionText& text, std::uint32_t pla
     m_app->add_option(text.name, read, ToUtf8(text.help))->expected(0)->option_text(ToUtf8(text.value))->take_last();
 }
 
+void COptionReader::AddSwitchOrText(const SOptionText& text, bool& target, std::wstring& value)
+{
+    const auto read = [&target, &value](const CLI::results_t& values) {
+        target = true;
+        value = values.back() == "true" ? std::wstring() : FromUtf8(values.back());
+        return true;
+    };
+    m_app->add_option(text.name, read, ToUtf8(text.help))->expected(0)->option_text(ToUtf8(text.value))->take_last();
+}
+
 void COptionReader::AddArgument(const SOptionText& text, std::wstring& target)
 {
     m_app->add_option_function<std::string>(

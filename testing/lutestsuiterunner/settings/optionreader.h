@@ -48,6 +48,9 @@ public:
     /// A switch that may have a number ("--name" or "--name=N"); `plain` is the number without one.
     void AddSwitchOrNumber(const SOptionText& text, std::uint32_t plain, std::uint32_t& target);
 
+    /// A switch that may have a text ("--name" or "--name=text").
+    void AddSwitchOrText(const SOptionText& text, bool& target, std::wstring& value);
+
     /// The arguments that are no options.
     void AddArgument(const SOptionText& text, std::wstring& target);
     void AddArguments(const SOptionText& text, std::vector<std::wstring>& target);

@@ -3,11 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbcommandline.h"
+#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
 #include "base/lbuniqueid.h"
+#include "base/os/childprocess.h"
 #include "tests/lutestsuiterunner/cli/runnertest.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedenvironment.h"
 
 namespace
@@ -75,6 +79,36 @@ TEST_F(RunnerReview, ShowsDifferences)
 
     ExpectLine(Review({L"--diff"}).output, "  ab Zeile 2\n    -alt\n    +neu\n");
     ExpectLine(Review({L"--side-by-side"}).output, "| neu\n");
+}
+
+TEST_F(RunnerReview, ShowsTheDifferencesOfANamedFile)
+{
+    Write(L"a", "x\nalt\n");
+    Receive(L"a", "x\nneu\n");
+    Write(L"b", "x\ny\nalt\n");
+    Receive(L"b", "x\ny\nneu\n");
+
+    const SHostRun run = Review({L"--diff=" + m_folder.GetPathOf(L"data/b")});
+
+    ExpectLine(run.output, "b:\n  ab Zeile 3\n    -alt\n    +neu\nÄnderungen: 1, Dateien: 1\n");
+    EXPECT_EQ(Review({L"--diff=fehlt"}).exitStatus, 2);
+}
+
+TEST_F(RunnerReview, ShowsCausesThatOverlapOnce)
+{
+    Write(L"a", "eins\nx\n");
+    Receive(L"a", "EINS\nx\n");
+    Write(L"b", "zwei\nx\n");
+    Receive(L"b", "ZWEI\nx\n");
+    Write(L"c", "eins\nzwei\nx\n");
+    Receive(L"c", "EINS\nZWEI\nx\n");
+
+    ExpectLine(Review().output, "Änderungen: 2, Dateien: 3\n");
+    const SHostRun run = Review({L"--accept", L"all"});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    EXPECT_EQ(Read(L"c"), "EINS\nZWEI\nx\n");
+    ExpectLine(Review().output, "Änderungen: 0, Dateien: 0\n");
 }
 
 TEST_F(RunnerReview, AcceptsAllChanges)
@@ -181,6 +215,29 @@ TEST_F(RunnerReview, EmptiesReferencesOnlyIfConfirmed)
     EXPECT_EQ(Read(L"a"), "");
 }
 
+TEST_F(RunnerReview, AsksOnATerminal)
+{
+    if (!CanRunHostOnTerminal())
+    {
+        GTEST_SKIP() << "programs cannot run on a terminal here (needs script of util-linux)";
+    }
+    Write(L"a", "alt");
+    Receive(L"a", "neu");
+    SHostOptions options;
+    options.onTerminal = true;
+    options.variables = {{L"TERM", L"xterm"}};
+
+    // The terminal's input is at its end.
+    const SHostRun run = RunRunner({L"review", m_folder.GetPathOf(L"data")}, options);
+    const SHostRun onBuildServer = RunRunner({L"review", m_folder.GetPathOf(L"data"), L"--ci"}, options);
+
+    EXPECT_NE(run.output.find("[1/1] "), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("weiter (w), Ende (e)? "), std::string::npos) << run.output;
+    EXPECT_EQ(run.exitStatus, 0);
+    EXPECT_EQ(onBuildServer.output.find("weiter (w)"), std::string::npos) << onBuildServer.output;
+    EXPECT_EQ(onBuildServer.exitStatus, 1);
+}
+
 TEST_F(RunnerReview, DecidesNothingOnABuildServer)
 {
     Write(L"a", "alt");
@@ -194,6 +251,99 @@ TEST_F(RunnerReview, DecidesNothingOnABuildServer)
     EXPECT_EQ(Read(L"a"), "alt");
     Review({L"--reject", L"all"});
     EXPECT_EQ(Review({L"--ci"}).exitStatus, 0);
+}
+
+TEST_F(RunnerReview, FinishesAnInterruptedDecisionExceptOnABuildServer)
+{
+    Write(L"CFall/a", "alt");
+    Receive(L"CFall/a", "neu");
+    const std::wstring checksums = L"\"checksum\":\"" + LbReceivedFile::GetChecksum("neu") + L"\",\"expected\":\"" +
+                                   LbReceivedFile::GetChecksum("alt") + L"\"";
+    Write(L"lutestsuite-review.pending", "{\"accept\":true,\"parts\":[],\"files\":[{\"reference\":\"CFall/a\"," +
+                                             LbEncoding::ToUtf8(checksums) + "}]}");
+
+    const SHostRun refused = RunRunner({L"review", m_folder.GetPathOf(L"data/CFall"), L"--ci"});
+
+    EXPECT_EQ(refused.exitStatus, 2);
+    ExpectLine(refused.errors, "ist eine Entscheidung unvollendet");
+    EXPECT_EQ(Read(L"CFall/a"), "alt");
+    ExpectLine(RunRunner({L"review", m_folder.GetPathOf(L"data/CFall")}).output,
+               "Unterbrochene Entscheidung vollendet: 1 Datei\nÄnderungen: 0");
+    EXPECT_EQ(Read(L"CFall/a"), "neu");
+}
+
+/// A decision about a cause that half of the files share with another one.
+class RunnerReviewKilled : public RunnerReview
+{
+protected:
+    static constexpr int c_Files = 300;
+
+    static std::wstring GetName(int number) { return LbFormat(L"CFall/%03d", number); }
+
+    static std::string GetText(int number, const std::string& first, const std::string& second)
+    {
+        return first + "x\n" + (number % 2 == 0 ? second : "");
+    }
+
+    void WriteFiles() const
+    {
+        for (int number = 0; number < c_Files; ++number)
+        {
+            Write(GetName(number), GetText(number, "alt 1\n", "alt 2\n"));
+            const std::string received = GetText(number, "neu 1\n", "neu 2\n");
+            Write(GetName(number) + LbReceivedFile::c_Suffix, received);
+            Write(GetName(number) + LbReceivedFile::c_RunsSuffix,
+                  "3 " + LbEncoding::ToUtf8(LbReceivedFile::GetChecksum(received)) + " " + std::string(32, '0') + "\n");
+        }
+    }
+
+    /// Accepts the first cause in another process, which is killed when the file of this number, an odd one, is
+    /// accepted; -1: when the decision is on the disk. True if the decision was interrupted.
+    bool KillAt(int number) const
+    {
+        const std::string output = Review().output;
+        LbOs::SChildOptions options;
+        options.program = L"" LUTESTSUITE_RUNNER;
+        for (const std::wstring& word : {options.program, std::wstring(L"review"), m_folder.GetPathOf(L"data"),
+                                         std::wstring(L"--accept"), LbEncoding::FromUtf8(output.substr(0, 6))})
+        {
+            options.commandLine += LbCommandLine::Quote(word) + L" ";
+        }
+        options.isSilent = true;
+        const auto process = LbOs::CChildProcess::Start(options);
+        while (process->IsRunning() && !HasReached(number))
+        {
+        }
+        process->Terminate();
+        return Holds(c_DecisionName);
+    }
+
+    bool HasReached(int number) const
+    {
+        return number < 0 ? Holds(c_DecisionName) : !Holds(GetName(number) + LbReceivedFile::c_Suffix);
+    }
+
+    static constexpr const wchar_t* c_DecisionName = L"lutestsuite-review.pending";
+};
+
+TEST_F(RunnerReviewKilled, IsFinishedByTheNextReview)
+{
+    int interrupted = 0;
+    for (const int number : {-1, 1, 3, 101, 201})
+    {
+        WriteFiles();
+        interrupted += KillAt(number) ? 1 : 0;
+
+        ExpectLine(Review().output, "Änderungen: 1, Dateien: 150\n");
+
+        for (int file = 0; file < c_Files; ++file)
+        {
+            ASSERT_EQ(Read(GetName(file)), GetText(file, "neu 1\n", "alt 2\n"));
+            ASSERT_EQ(Holds(GetName(file) + LbReceivedFile::c_Suffix), file % 2 == 0);
+        }
+        EXPECT_FALSE(Holds(c_DecisionName));
+    }
+    EXPECT_GT(interrupted, 0);
 }
 
 TEST_F(RunnerReview, NamesAFolderThatDoesNotExist)
@@ -215,6 +365,21 @@ TEST_F(RunnerReview, IsRecommendedByARunWithUndecidedDifferences)
     ExpectLine(run.errors, "a.received");
     ExpectLine(run.errors, "LuTestSuiteRunner review ");
     EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(RunnerReview, TakesAllForWhatIsNotNamed)
+{
+    Write(L"a", "alt");
+    Receive(L"a", "neu");
+    Write(L"b", "alt");
+    Receive(L"b", "anders");
+
+    const SHostRun run = Review({L"--accept", L"all", L"--reject", m_folder.GetPathOf(L"data/b")});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    EXPECT_EQ(Read(L"a"), "neu");
+    EXPECT_EQ(Read(L"b"), "alt");
+    EXPECT_FALSE(Holds(L"b.received"));
 }
 
 } // namespace

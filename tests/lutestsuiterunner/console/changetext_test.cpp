@@ -22,7 +22,7 @@ protected:
     {
         m_folder.WriteFile(L"a.txt", expected);
         m_folder.WriteFile(std::wstring(L"a.txt") + LbReceivedFile::c_Suffix, received);
-        return {EChange::Changed, L"4C21F0", {{m_folder.GetPathOf(L"a.txt"), L"", true}}};
+        return {EChange::Changed, {}, L"4C21F0", {}, {{m_folder.GetPathOf(L"a.txt"), L"", L"", true}}};
     }
 
     ScopedFolder m_folder;
@@ -37,7 +37,7 @@ TEST_F(RunnerChangeText, ShowsControlCharactersOfContentsAsPictures)
 
 TEST_F(RunnerChangeText, ShowsControlCharactersOfNamesAsPictures)
 {
-    const SChange change = {EChange::New, L"4C21F0", {{L"/data/a\x1b[2J.txt", L"", true}}};
+    const SChange change = {EChange::New, {}, L"4C21F0", {}, {{L"/data/a\x1b[2J.txt", L"", L"", true}}};
 
     const std::wstring text = DescribeChange(change, L"/data/", SDiffStyle());
 
@@ -50,10 +50,21 @@ TEST_F(RunnerChangeText, ColoursRemovedAndAddedLines)
     SDiffStyle style;
     style.isColoured = true;
 
-    const std::wstring text = ShowDifference(change, m_folder.GetPath(), style);
+    const std::wstring text = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
 
     EXPECT_NE(text.find(L"\x1b[31m-alt\x1b[0m\n"), std::wstring::npos) << "removed";
     EXPECT_NE(text.find(L"\x1b[32m+neu\x1b[0m\n"), std::wstring::npos) << "added";
+}
+
+TEST_F(RunnerChangeText, ShowsOnlyTheChangesOwnPartsOfAFile)
+{
+    SChange change = Change("a\nb\nbleibt\nc\n", "A\nB\nbleibt\nC\n");
+    const auto parts = Runner::FindParts("a\nb\nbleibt\nc\n", "A\nB\nbleibt\nC\n");
+    ASSERT_EQ(parts.size(), 3U);
+    change.parts = {parts[0].checksum, parts[1].checksum};
+
+    EXPECT_EQ(ShowDifference(change, change.files.front(), m_folder.GetPath(), SDiffStyle()),
+              L"a.txt:\n  ab Zeile 1\n    -a\n    -b\n    +A\n    +B\n  andere Änderungen dieser Datei: 1\n");
 }
 
 } // namespace

@@ -10,12 +10,6 @@ namespace
 {
 
 using Runner::FindDifference;
-using Runner::GetChangeKey;
-
-std::string getKey(std::string_view reference, std::string_view received)
-{
-    return GetChangeKey(FindDifference(reference, received));
-}
 
 /// Removes and adds the lines of all hunks.
 std::string applyHunks(const std::string& reference, const Runner::SDifference& difference)
@@ -110,19 +104,6 @@ TEST(FindDifference, ComparesBytesIfThereIsAZero)
     ASSERT_EQ(difference.hunks.size(), 1U);
     EXPECT_EQ(difference.hunks[0].firstRemoved, 4U);
     EXPECT_EQ(difference.hunks[0].removed, std::vector<std::string_view>{"c"});
-}
-
-TEST(GetChangeKey, IsEqualForTheSameChangeElsewhere)
-{
-    EXPECT_EQ(getKey("a\nold\n", "a\nnew\n"), getKey("x\ny\nold\nz\n", "x\ny\nnew\nz\n"));
-    EXPECT_EQ(getKey("old\na\nold\n", "new\na\nnew\n"), getKey("old\n", "new\n"));
-}
-
-TEST(GetChangeKey, DiffersForOtherChanges)
-{
-    EXPECT_NE(getKey("old\n", "new\n"), getKey("new\n", "old\n"));
-    EXPECT_NE(getKey("old\n", "new\n"), getKey("old\nold\n", "new\nnew\n"));
-    EXPECT_NE(getKey("a\n", "a\n-b\n"), getKey("a\n-b\n", "a\n"));
 }
 
 } // namespace

@@ -13,6 +13,7 @@ protected:
         m_reader.AddText({"--out", L"DIR", L"Verzeichnis"}, m_text);
         m_reader.AddNumber({"--retries", L"N", L"Zahl"}, 1, m_number);
         m_reader.AddSwitchOrNumber({"--fail-fast", L"[=N]", L"Bricht ab"}, 1, m_limit);
+        m_reader.AddSwitchOrText({"--diff", L"[=DATEI]", L"Unterschiede"}, m_isSet, m_switchText);
         m_reader.AddArguments({"DIR", nullptr, L"Verzeichnisse"}, m_arguments);
     }
 
@@ -32,6 +33,8 @@ protected:
     std::wstring m_text;
     std::uint32_t m_number = 0;
     std::uint32_t m_limit = 0;
+    bool m_isSet = false;
+    std::wstring m_switchText;
     std::vector<std::wstring> m_arguments;
     Runner::COptionReader m_reader{L"run", L"Zweck.", false};
 };
@@ -66,6 +69,21 @@ TEST_F(OptionReader, ReadsTheNumberOfASwitch)
 {
     EXPECT_TRUE(m_reader.Read({L"--fail-fast=7"}));
     EXPECT_EQ(m_limit, 7U);
+}
+
+TEST_F(OptionReader, KeepsArgumentsAfterASwitchWithOptionalText)
+{
+    EXPECT_TRUE(m_reader.Read({L"--diff", L"eins"}));
+    EXPECT_TRUE(m_isSet);
+    EXPECT_EQ(m_switchText, L"");
+    EXPECT_EQ(m_arguments, (std::vector<std::wstring>{L"eins"}));
+}
+
+TEST_F(OptionReader, ReadsTheTextOfASwitch)
+{
+    EXPECT_TRUE(m_reader.Read({L"--diff=größer"}));
+    EXPECT_TRUE(m_isSet);
+    EXPECT_EQ(m_switchText, L"größer");
 }
 
 TEST_F(OptionReader, LeavesTargetsOfAbsentOptions)

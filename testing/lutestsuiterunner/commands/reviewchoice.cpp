@@ -1,0 +1,165 @@
+#include "testing/lutestsuiterunner/commands/reviewchoice.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "base/lbformat.h"
+#include "base/lbreceivedfile.h"
+#include "base/os/files.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+/// The values of one option.
+struct SNamed
+{
+    bool all = false;
+    std::map<std::wstring, const SChange*> changes; ///< by checksum
+    std::map<std::wstring, SChange> files;          ///< by reference
+};
+
+std::wstring listNames(const std::vector<const SChange*>& changes)
+{
+    std::wstring text;
+    for (const SChange* const change : changes)
+    {
+        text += (text.empty() ? L"" : L", ") + change->id;
+    }
+    return text;
+}
+
+void addFile(SNamed& named, const std::vector<SChange>& changes, const std::wstring& value)
+{
+    const std::vector<SChange> found = FindChangesOf(changes, value);
+    if (found.empty())
+    {
+        throw LbFormat(L"'%s' ist weder 'all' noch eine Änderung noch eine Datei mit einer Änderung", value);
+    }
+    SChange change = found.front();
+    change.parts.clear();
+    change.id = change.files.front().reference;
+    named.files.emplace(change.id, change);
+}
+
+SNamed readValues(const std::vector<SChange>& changes, const std::vector<std::wstring>& values)
+{
+    SNamed named;
+    for (const std::wstring& value : values)
+    {
+        const std::vector<const SChange*> found = FindNamed(changes, value);
+        if (found.size() > 1)
+        {
+            throw LbFormat(L"'%s' ist mehrdeutig: %s", value, listNames(found));
+        }
+        if (value == L"all")
+        {
+            named.all = true;
+        }
+        else if (found.size() == 1)
+        {
+            named.changes.emplace(found.front()->checksum, found.front());
+        }
+        else
+        {
+            addFile(named, changes, value);
+        }
+    }
+    return named;
+}
+
+bool hasFileOf(const SChange& change, const std::map<std::wstring, SChange>& files)
+{
+    return std::ranges::any_of(change.files,
+                               [&files](const SReceivedFile& file) { return files.contains(file.reference); });
+}
+
+/// Whether a change of `one` is or has what `other` names.
+std::wstring findCommon(const SNamed& one, const SNamed& other)
+{
+    for (const auto& [checksum, change] : one.changes)
+    {
+        if (other.changes.contains(checksum) || hasFileOf(*change, other.files))
+        {
+            return change->id;
+        }
+    }
+    for (const auto& [reference, change] : one.files)
+    {
+        if (other.files.contains(reference))
+        {
+            return reference;
+        }
+    }
+    return one.all && other.all ? L"all" : L"";
+}
+
+void requireDifferent(const SNamed& accepted, const SNamed& rejected)
+{
+    std::wstring common = findCommon(accepted, rejected);
+    if (common.empty())
+    {
+        common = findCommon(rejected, accepted);
+    }
+    if (!common.empty())
+    {
+        throw LbFormat(L"'--accept' und '--reject' nennen dasselbe: %s", common);
+    }
+}
+
+std::vector<SChange> choose(const std::vector<SChange>& changes, const SNamed& named, const SNamed& other)
+{
+    std::vector<SChange> chosen;
+    for (const auto& [reference, change] : named.files)
+    {
+        chosen.push_back(change);
+    }
+    for (const SChange& change : changes)
+    {
+        if (!named.changes.contains(change.checksum) && (!named.all || other.changes.contains(change.checksum)))
+        {
+            continue;
+        }
+        SChange rest = change;
+        std::erase_if(rest.files, [&](const SReceivedFile& file) {
+            return named.files.contains(file.reference) || other.files.contains(file.reference);
+        });
+        if (!rest.files.empty())
+        {
+            chosen.push_back(std::move(rest));
+        }
+    }
+    return chosen;
+}
+
+} // namespace
+
+SReviewChoice ChooseChanges(const std::vector<SChange>& changes, const SReviewOptions& options)
+{
+    const SNamed accepted = readValues(changes, options.accept);
+    const SNamed rejected = readValues(changes, options.reject);
+    requireDifferent(accepted, rejected);
+    return {choose(changes, accepted, rejected), choose(changes, rejected, accepted)};
+}
+
+std::vector<SChange> FindChangesOf(const std::vector<SChange>& changes, const std::wstring& path)
+{
+    const std::wstring full = LbOs::GetFullPath(path);
+    std::vector<SChange> found;
+    for (const SChange& change : changes)
+    {
+        const auto file = std::ranges::find_if(change.files, [&full](const SReceivedFile& one) {
+            return full == one.reference || full == one.reference + LbReceivedFile::c_Suffix;
+        });
+        if (file != change.files.end())
+        {
+            found.push_back({change.kind, change.checksum, change.id, change.parts, {*file}});
+        }
+    }
+    return found;
+}
+
+} // namespace Runner

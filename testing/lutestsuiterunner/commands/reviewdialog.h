@@ -1,0 +1,39 @@
+/// The questions of "review".
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "base/inoncopyable.h"
+#include "testing/lutestsuiterunner/commands/reviewdecisions.h"
+#include "testing/lutestsuiterunner/console/changetext.h"
+
+namespace Runner
+{
+
+/// Shows one change after the other and asks what to do with it.
+class CReviewDialog : public INonCopyable
+{
+public:
+    /// Reads the answers from `answers`, one a line, whose end is the answer "e". The caller keeps the arguments.
+    /// `mayBecomeBlank`: does not ask whether references may become blank.
+    CReviewDialog(const std::wstring& directory, const SDiffStyle& style, bool mayBecomeBlank, std::istream& answers);
+
+    /// Ends with the last change or the answer "e". Throws as Decide when a change cannot be rejected; a change that
+    /// cannot be accepted is asked for again, with an error line.
+    void Ask(const std::vector<SChange>& changes, CReviewDecisions& decisions) const;
+
+private:
+    void show(const SChange& change, const SDiffStyle& style) const;
+    bool askFor(const SChange& change, CReviewDecisions& decisions) const;
+    bool accept(const SChange& change, CReviewDecisions& decisions) const;
+    std::wstring readAnswer(const wchar_t* question) const;
+
+    const std::wstring& m_directory;
+    SDiffStyle m_style;
+    bool m_mayBecomeBlank;
+    std::istream& m_answers;
+};
+
+} // namespace Runner

@@ -1,0 +1,173 @@
+#include "testing/lutestsuiterunner/commands/reviewdialog.h"
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbreceivedfile.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// Two changes: of the files "a" and "b", and of "c".
+class ReviewDialog : public testing::Test
+{
+protected:
+    ReviewDialog()
+    {
+        Receive(L"a", "alt\n", "neu\n", 3);
+        Receive(L"b", "alt\n", "neu\n", 3);
+        Receive(L"c", "alt\n", "anders\n", 3);
+    }
+
+    void Receive(const std::wstring& name, const std::string& expected, const std::string& received, int runs) const
+    {
+        m_folder.WriteFile(name, expected);
+        m_folder.WriteFile(name + LbReceivedFile::c_Suffix, received);
+        m_folder.WriteFile(name + LbReceivedFile::c_RunsSuffix,
+                           std::to_string(runs) + " " + LbEncoding::ToUtf8(LbReceivedFile::GetChecksum(received)) +
+                               " " + std::string(32, '0') + "\n");
+    }
+
+    /// What the dialog prints for these answers.
+    std::string Answer(const std::string& answers, bool mayBecomeBlank = false)
+    {
+        std::istringstream input(answers);
+        const std::wstring& directory = m_folder.GetPath();
+        Runner::CReviewDecisions decisions(directory);
+        testing::internal::CaptureStdout();
+        Runner::CReviewDialog(directory, {}, mayBecomeBlank, input)
+            .Ask(Runner::GroupChanges(Runner::FindReceived(directory).references), decisions);
+        m_hasLeft = decisions.HasLeft();
+        return testing::internal::GetCapturedStdout();
+    }
+
+    std::string Read(const wchar_t* name) const { return LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(name)); }
+    bool IsOpen(const std::wstring& name) const
+    {
+        return LbFileSystem::IsFile(m_folder.GetPathOf(name) + LbReceivedFile::c_Suffix);
+    }
+
+    ScopedFolder m_folder;
+    bool m_hasLeft = false;
+};
+
+bool contains(const std::string& text, const char* part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+TEST_F(ReviewDialog, AcceptsAndRejects)
+{
+    const std::string output = Answer("j\nv\n");
+
+    EXPECT_EQ(Read(L"a") + Read(L"b") + Read(L"c"), "neu\nneu\nalt\n");
+    EXPECT_FALSE(IsOpen(L"a") || IsOpen(L"b") || IsOpen(L"c"));
+    EXPECT_TRUE(contains(output, "[1/2] ")) << output;
+    EXPECT_TRUE(contains(output, "Keine weiteren")) << output;
+    EXPECT_FALSE(m_hasLeft);
+}
+
+TEST_F(ReviewDialog, GoesOnWithoutADecision)
+{
+    Answer("w\nj\n");
+
+    EXPECT_EQ(Read(L"a") + Read(L"c"), "alt\nanders\n");
+    EXPECT_TRUE(IsOpen(L"a"));
+}
+
+TEST_F(ReviewDialog, EndsAtOnce)
+{
+    EXPECT_FALSE(contains(Answer("e\nj\n"), "[2/2]"));
+    EXPECT_EQ(Read(L"a") + Read(L"c"), "alt\nalt\n");
+}
+
+TEST_F(ReviewDialog, EndsWithItsInput)
+{
+    EXPECT_FALSE(contains(Answer(""), "[2/2]"));
+    EXPECT_TRUE(IsOpen(L"a") && IsOpen(L"c"));
+}
+
+TEST_F(ReviewDialog, AsksAgainAfterTheSidesAndOtherAnswers)
+{
+    const std::string output = Answer("n\nx\nj\ne\n");
+
+    EXPECT_TRUE(contains(output, " | neu")) << output;
+    EXPECT_EQ(Read(L"a"), "neu\n");
+}
+
+TEST_F(ReviewDialog, AsksBeforeReferencesBecomeBlank)
+{
+    Receive(L"a", "alt\n", "\n", 3);
+    Receive(L"b", "alt\n", "\n", 3);
+
+    EXPECT_TRUE(contains(Answer("j\nnein\ne\n"), "Wirklich (ja/nein)?"));
+    EXPECT_EQ(Read(L"a"), "alt\n");
+    Answer("j\nja\ne\n");
+    EXPECT_EQ(Read(L"a"), "\n");
+}
+
+TEST_F(ReviewDialog, DoesNotAskIfReferencesMayBecomeBlank)
+{
+    Receive(L"a", "alt\n", "", 3);
+    Receive(L"b", "alt\n", "", 3);
+
+    EXPECT_FALSE(contains(Answer("j\ne\n", true), "Wirklich"));
+    EXPECT_EQ(Read(L"a"), "");
+}
+
+TEST_F(ReviewDialog, AsksAgainIfAChangeMustNotBeAccepted)
+{
+    Receive(L"a", "alt\n", "neu\n", 2);
+
+    EXPECT_FALSE(contains(Answer("j\ne\n"), "[2/2]"));
+    EXPECT_EQ(Read(L"a") + Read(L"b"), "alt\nalt\n");
+    EXPECT_TRUE(IsOpen(L"a"));
+}
+
+TEST_F(ReviewDialog, DropsFilesThatAnEarlierAnswerHasRejected)
+{
+    Receive(L"a", "eins\nx\n", "EINS\nx\n", 3);
+    Receive(L"b", "eins\nzwei\nx\n", "EINS\nZWEI\nx\n", 3);
+    Receive(L"c", "zwei\nx\n", "ZWEI\nx\n", 3);
+
+    Answer("v\nj\n");
+
+    EXPECT_FALSE(IsOpen(L"a") || IsOpen(L"b") || IsOpen(L"c"));
+    EXPECT_EQ(Read(L"a") + Read(L"c"), "eins\nx\nZWEI\nx\n");
+    EXPECT_EQ(Read(L"b"), "eins\nzwei\nx\n");
+}
+
+TEST_F(ReviewDialog, AcceptsBothCausesOfAFile)
+{
+    Receive(L"a", "eins\nx\n", "EINS\nx\n", 3);
+    Receive(L"b", "eins\nzwei\nx\n", "EINS\nZWEI\nx\n", 3);
+    Receive(L"c", "zwei\nx\n", "ZWEI\nx\n", 3);
+
+    Answer("j\nj\n");
+
+    EXPECT_EQ(Read(L"b"), "EINS\nZWEI\nx\n");
+    EXPECT_FALSE(IsOpen(L"b"));
+    EXPECT_FALSE(m_hasLeft);
+}
+
+TEST_F(ReviewDialog, KnowsThatFilesHaveChangedMeanwhile)
+{
+    const std::wstring& directory = m_folder.GetPath();
+    const auto changes = Runner::GroupChanges(Runner::FindReceived(directory).references);
+    m_folder.WriteFile(L"a", "newer\n");
+    Runner::CReviewDecisions decisions(directory);
+
+    decisions.Carry(Runner::EDecision::Accept, changes.front());
+
+    EXPECT_TRUE(decisions.HasLeft());
+    EXPECT_EQ(Read(L"a"), "newer\n");
+    EXPECT_EQ(Read(L"b"), "neu\n");
+}
+
+} // namespace
