@@ -170,6 +170,7 @@ int FollowToEnd(const SDistributedRun& run)
     const std::unique_ptr<CRunState> state = ReportRun(run.folder);
     WriteProof(run.folder, *state, run.shards, follower);
     ConcludeQuarantine(*state, run.folder, run.options.run.previous, std::move(quarantine));
+    WarnOfReceived(state->GetPlan());
     const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());
     return interrupted != 0 ? interrupted : GetStatus(*state);
 }

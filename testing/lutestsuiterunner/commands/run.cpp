@@ -95,7 +95,6 @@ int Execute(const SRunOptions& given)
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
     const std::size_t caseCount = applyOnlyFailed(options, previous, plan);
-    WarnOfReceived(plan);
     const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
     const PreviousCases previousCases = FindPrevious(plan, previous);
     SelectShard(plan, previousCases);

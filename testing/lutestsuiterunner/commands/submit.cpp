@@ -63,7 +63,6 @@ SPlan makePlan(const SSubmitOptions& options)
     {
         KeepFailed(plan, previous);
     }
-    WarnOfReceived(plan);
     SetExpectedTimes(plan, FindPrevious(plan, previous));
     if (!options.run.quarantine.empty())
     {

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "base/lbdatetime.h"
-#include "base/lbfilelisting.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
@@ -21,6 +20,7 @@
 #include "testing/lutestsuiterunner/execution/stages.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/review/changes.h"
 #include "testing/lutestsuiterunner/settings/commandline.h"
 
 namespace Runner
@@ -96,24 +96,24 @@ void RequireNoRun(const SRunOptions& options)
 
 void WarnOfReceived(const SPlan& plan)
 {
-    constexpr std::wstring_view c_Wildcards[] = {LbReceivedFile::c_Pattern};
-    std::size_t count = 0;
-    std::wstring first;
-    for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
+    const SFound found = FindReceived(plan.dataDirectory);
+    std::vector<std::wstring> unfinished = FindUnfinishedAbove(plan.dataDirectory);
+    unfinished.insert(unfinished.end(), found.unfinished.begin(), found.unfinished.end());
+    for (const std::wstring& folder : unfinished)
     {
-        const std::shared_ptr<const LbFileListing> files = LbFileListing::Get(unitTest.dataDirectory);
-        const std::span<const std::uint32_t> ranks = files->GetMatches({c_Wildcards, {}});
-        if (count == 0 && !ranks.empty())
-        {
-            first = unitTest.dataDirectory + std::wstring(files->GetName(ranks.front()));
-        }
-        count += ranks.size();
+        CTerminal::Get().WriteError(
+            LbFormat(L"Warnung: In %s ist eine Entscheidung unvollendet: LuTestSuiteRunner review %s\n", folder,
+                     QuoteForShell(folder)));
     }
-    if (count > 0)
+    if (!found.references.empty())
     {
-        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s und %u weitere .received-Dateien sind nicht geprüft: "
-                                             L"LuTestSuiteRunner review %s\n",
-                                             first, count - 1, QuoteForShell(plan.dataDirectory)));
+        const std::wstring first = found.references.front() + LbReceivedFile::c_Suffix;
+        const std::size_t others = found.references.size() - 1;
+        const std::wstring files = others == 0   ? LbFormat(L"%s ist", first)
+                                   : others == 1 ? LbFormat(L"%s und eine weitere .received-Datei sind", first)
+                                                 : LbFormat(L"%s und %u weitere .received-Dateien sind", first, others);
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s nicht geprüft: LuTestSuiteRunner review %s\n", files,
+                                             QuoteForShell(plan.dataDirectory)));
     }
 }
 
@@ -216,6 +216,7 @@ int Conclude(const std::wstring& folder, const std::wstring& previous, Quarantin
 {
     const std::unique_ptr<CRunState> state = ReportRun(folder);
     ConcludeQuarantine(*state, folder, previous, std::move(quarantine));
+    WarnOfReceived(state->GetPlan());
     const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());
     return interrupted != 0 ? interrupted : GetStatus(*state);
 }

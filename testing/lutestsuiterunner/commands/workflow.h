@@ -30,7 +30,8 @@ struct SWork
 /// Throws a German message as std::wstring if the folder of the options contains a run that they do not replace.
 void RequireNoRun(const SRunOptions& options);
 
-/// Warns of differences from references that earlier runs have left and nobody has decided on.
+/// Warns of differences from references that nobody has decided on, anywhere in the data directory, and of decisions
+/// that were interrupted in it or above.
 void WarnOfReceived(const SPlan& plan);
 
 /// Paths of the run's options are relative to it. Throws a German message as std::wstring if the directory is gone.
@@ -58,8 +59,8 @@ Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& 
 void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, const std::wstring& previous,
                         Quarantine quarantine);
 
-/// Writes the reports from the journal, prints the outcome of the run, concludes the quarantine, and returns the exit
-/// status.
+/// Writes the reports from the journal, prints the outcome of the run, concludes the quarantine, warns of differences
+/// from references, and returns the exit status.
 int Conclude(const std::wstring& folder, const std::wstring& previous, Quarantine quarantine);
 
 } // namespace Runner

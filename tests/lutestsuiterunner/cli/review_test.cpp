@@ -346,6 +346,17 @@ TEST_F(RunnerReviewKilled, IsFinishedByTheNextReview)
     EXPECT_GT(interrupted, 0);
 }
 
+TEST_F(RunnerReview, IsRecommendedByARunForAnInterruptedDecision)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    Write(L"CPassedModel/lutestsuite-review.pending", "");
+
+    const SHostRun run = Run({L"run"});
+
+    ExpectLine(run.errors, "Warnung: In ");
+    ExpectLine(run.errors, "ist eine Entscheidung unvollendet: LuTestSuiteRunner review ");
+}
+
 TEST_F(RunnerReview, NamesAFolderThatDoesNotExist)
 {
     const SHostRun run = RunRunner({L"review", m_folder.GetPathOf(L"fehlt")});
@@ -356,15 +367,24 @@ TEST_F(RunnerReview, NamesAFolderThatDoesNotExist)
 
 TEST_F(RunnerReview, IsRecommendedByARunWithUndecidedDifferences)
 {
-    m_folder.MakeFolder(L"data/CPassedModel");
-    Receive(L"CPassedModel/a", "neu", 1);
+    m_folder.MakeFolder(L"data/CPassedModel/sub");
+    Receive(L"CPassedModel/sub/a", "neu", 1);
 
     const SHostRun run = Run({L"run"});
 
-    ExpectLine(run.errors, "Warnung: ");
-    ExpectLine(run.errors, "a.received");
-    ExpectLine(run.errors, "LuTestSuiteRunner review ");
+    ExpectLine(run.errors, "a.received ist nicht geprüft: LuTestSuiteRunner review ");
     EXPECT_EQ(run.exitStatus, 0);
+    Receive(L"CPassedModel/b", "neu", 1);
+    ExpectLine(Run({L"run", L"--force"}).errors, "und eine weitere .received-Datei sind nicht geprüft");
+    Receive(L"CPassedModel/c", "neu", 1);
+    ExpectLine(Run({L"run", L"--force"}).errors, "und 2 weitere .received-Dateien sind nicht geprüft");
+}
+
+TEST_F(RunnerReview, IsRecommendedByTheRunThatLeavesTheDifference)
+{
+    Write(L"CReferenceModel/a.txt", "neu");
+
+    ExpectLine(Run({L"run"}).errors, "a.txt.expected.received ist nicht geprüft");
 }
 
 TEST_F(RunnerReview, TakesAllForWhatIsNotNamed)
