@@ -5,45 +5,15 @@
 
 #include <gtest/gtest.h>
 
-#include "base/inoncopyable.h"
 #include "base/lbencoding.h"
-#include "base/lbfilesystem.h"
-#include "base/lbpath.h"
-#include "base/lbuniqueid.h"
-#include "base/lustream.h"
+#include "base/os/platform.h"
+#include "tests/support/brokenmodule.h"
 #include "tests/support/hostprocess.h"
 #include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
 {
-
-/// A file beside the host with the name of a module, but invalid content.
-class CBrokenModule : public INonCopyable
-{
-public:
-    CBrokenModule() : m_name(L"broken-" + LbUniqueId::Generate())
-    {
-        LuStreamWriteBinaryFile file(getPath());
-        const std::string bytes = "kein Modul";
-        file.Write(bytes.data(), bytes.size());
-        file.Close();
-    }
-
-    ~CBrokenModule() { LbFileSystem::RemoveTree(getPath()); }
-
-    /// The name in the form of the option.
-    const std::wstring& GetName() const { return m_name; }
-    std::wstring GetFileName() const { return m_name + LbOs::c_ModuleSuffix; }
-
-private:
-    std::wstring getPath() const
-    {
-        return LbPath::WithSeparator(LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR)) + GetFileName();
-    }
-
-    std::wstring m_name;
-};
 
 constexpr const char* c_TwoPassed = "\n"
                                     "Zusammenfassung\n"

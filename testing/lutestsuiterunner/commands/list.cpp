@@ -12,6 +12,7 @@
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/ctestscript.h"
 #include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
 #include "testing/lutestsuiterunner/execution/selection.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
@@ -160,8 +161,18 @@ std::string toLines(const std::vector<SListed>& list)
                       LbFormat(L"Klassen: %d, Fälle: %d, davon deaktiviert: %d\n", list.size(), cases, disabled));
 }
 
-void writeCTestScript(const std::wstring& path, LuTestSuiteSetup setup, SSelection selection)
+/// Nobody notices that a script lacks the cases of a module.
+void requireModules(const LuTestSuiteSetup& setup)
 {
+    if (const std::vector<std::wstring> problems = FindModuleProblems(setup); !problems.empty())
+    {
+        throw problems.front();
+    }
+}
+
+void writeCTestScript(const std::wstring& path, LuTestSuiteSetup setup)
+{
+    SSelection selection = SelectCases(setup);
     setup.params.repetitions = 1; // "case" runs a case once.
     const std::string script = MakeCTestScript(MakePlan({}, setup, std::move(selection)));
     WriteWholeFile(path, [&script](LuStreamWriteBinaryFile& file) { file.Write(script.data(), script.size()); });
@@ -175,12 +186,13 @@ int Execute(const SListOptions& options)
     LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
-    SSelection selection = SelectCases(setup);
     if (!options.ctest.empty())
     {
-        writeCTestScript(options.ctest, std::move(setup), std::move(selection));
+        requireModules(setup);
+        writeCTestScript(options.ctest, std::move(setup));
         return LuTestSuiteHost::c_Succeeded;
     }
+    const SSelection selection = SelectCases(setup); // the list points into it
     const std::vector<SListed> list = merge(selection);
     LbOs::WriteStandardOutput(options.json ? toJson(list) : toLines(list));
     return LuTestSuiteHost::c_Succeeded;

@@ -1,5 +1,8 @@
 #include "testing/lutestsuiterunner/execution/guards.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
@@ -28,6 +31,19 @@ std::wstring findModuleProblem(const std::wstring& name)
 
 } // namespace
 
+std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup)
+{
+    std::vector<std::wstring> problems;
+    for (const std::wstring& name : setup.dlls)
+    {
+        if (std::wstring problem = findModuleProblem(name); !problem.empty())
+        {
+            problems.push_back(std::move(problem));
+        }
+    }
+    return problems;
+}
+
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup, std::size_t caseCount)
 {
     std::vector<std::wstring> problems;
@@ -38,13 +54,7 @@ std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestS
     }
     if (options.requireAllModules)
     {
-        for (const std::wstring& name : setup.dlls)
-        {
-            if (std::wstring problem = findModuleProblem(name); !problem.empty())
-            {
-                problems.push_back(std::move(problem));
-            }
-        }
+        std::ranges::move(FindModuleProblems(setup), std::back_inserter(problems));
     }
     return problems;
 }

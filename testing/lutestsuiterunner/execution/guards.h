@@ -10,8 +10,12 @@
 namespace Runner
 {
 
-/// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, modules
-/// of --dll that are missing or could not be loaded. German, one line each. The modules have been loaded before.
+/// The modules of --dll that are missing or could not be loaded: a German line for each. The modules have been loaded
+/// before.
+std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup);
+
+/// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, those of
+/// FindModuleProblems. German, one line each.
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
                                        std::size_t caseCount);
 

@@ -5,7 +5,9 @@
 #include <nlohmann/json.hpp>
 
 #include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
 #include "tests/lutestsuiterunner/cli/runnerprocess.h"
+#include "tests/support/brokenmodule.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -14,7 +16,7 @@ namespace
 class RunnerList : public testing::Test
 {
 protected:
-    SHostRun List(const std::vector<std::wstring>& own) const
+    SHostRun List(const std::vector<std::wstring>& own, const std::vector<std::wstring>& library = {}) const
     {
         std::vector<std::wstring> arguments = {L"list"};
         arguments.insert(arguments.end(), own.begin(), own.end());
@@ -22,6 +24,7 @@ protected:
         {
             arguments.emplace_back(argument);
         }
+        arguments.insert(arguments.end(), library.begin(), library.end());
         return RunRunner(arguments);
     }
 
@@ -70,6 +73,47 @@ TEST_F(RunnerList, WritesJson)
                               {"file", LbEncoding::ToUtf8(m_folder.GetPathOf(L"CDataSetModel/äöü.txt"))}}));
     EXPECT_EQ(cases.at(1 - first).at("disabled"), true);
     EXPECT_EQ(cases.at(1 - first).at("parameters").at("TimeOutSec"), 7);
+}
+
+TEST_F(RunnerList, WritesAScriptForCTest)
+{
+    WriteDataSets();
+    const std::wstring script = m_folder.GetPathOf(L"cases.cmake");
+
+    EXPECT_EQ(List({L"--ctest", script}).exitStatus, 0);
+
+    const std::string text = LbFileSystem::ReadFile8Bit(script);
+    EXPECT_NE(text.find("lutestsuite_add_case([[CDataSetModel:äöü.txt]] [[CDataSetModel]] [[]] 0 \"\")"),
+              std::string::npos)
+        << text;
+}
+
+TEST_F(RunnerList, WritesNoScriptForCTestIfAModuleIsMissing)
+{
+    WriteDataSets();
+    const std::wstring script = m_folder.GetPathOf(L"cases.cmake");
+
+    const SHostRun run = List({L"--ctest", script}, {L"--dll", L"gibtesnicht"});
+
+    EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: Das Modul 'gibtesnicht' fehlt\n");
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_FALSE(LbFileSystem::IsFile(script));
+}
+
+TEST_F(RunnerList, WritesNoScriptForCTestIfAModuleCannotBeLoaded)
+{
+    WriteDataSets();
+    const CBrokenModule broken;
+    const std::wstring script = m_folder.GetPathOf(L"cases.cmake");
+
+    const SHostRun run = List({L"--ctest", script}, {L"--dll", broken.GetName()});
+
+    EXPECT_NE(
+        run.errors.find("Fehler: Das Modul '" + LbEncoding::ToUtf8(broken.GetName()) + "' konnte nicht geladen werden"),
+        std::string::npos)
+        << run.errors;
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_FALSE(LbFileSystem::IsFile(script));
 }
 
 TEST_F(RunnerList, KeepsWarningsOfTheLibraryOutOfStandardOutput)
