@@ -5,20 +5,19 @@ include_guard(GLOBAL)
 # lutestsuite_add_module(<name> [FOLDER <folder>] [OUTPUT_DIRECTORY <directory>] <source>...)
 #
 # Builds a test module: a shared library "<name>.dll" or "<name>.so" (nothing in front of the name) that links LbBase.
-# It is put into OUTPUT_DIRECTORY, by default CMAKE_LIBRARY_OUTPUT_DIRECTORY or else ${CMAKE_BINARY_DIR}/bin. With
-# FOLDER it is put into that sub-folder and loaded as "<folder>/<name>".
+# It is put into OUTPUT_DIRECTORY, by default CMAKE_LIBRARY_OUTPUT_DIRECTORY or else ${CMAKE_BINARY_DIR}/bin, and there
+# into a folder of the configuration if the generator builds several. With FOLDER it is put into that sub-folder and
+# loaded as "<folder>/<name>".
 function(lutestsuite_add_module name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;OUTPUT_DIRECTORY" "")
 
-    if(NOT arg_OUTPUT_DIRECTORY)
-        lutestsuite_default_module_directory(arg_OUTPUT_DIRECTORY)
-    endif()
-    set(host_directory "${arg_OUTPUT_DIRECTORY}")
+    lutestsuite_module_directory("${arg_OUTPUT_DIRECTORY}" host_directory)
+    set(output_directory "${host_directory}")
     set(load_name "${name}")
     set(run_path "$ORIGIN")
     if(arg_FOLDER)
         set(load_name "${arg_FOLDER}/${name}")
-        string(APPEND arg_OUTPUT_DIRECTORY "/${arg_FOLDER}")
+        string(APPEND output_directory "/${arg_FOLDER}")
         string(REGEX REPLACE "[^/]+" ".." up "${arg_FOLDER}")
         list(APPEND run_path "$ORIGIN/${up}")
     endif()
@@ -27,7 +26,7 @@ function(lutestsuite_add_module name)
     target_link_libraries(${name} PRIVATE LuTestSuite::LbBase)
     set_target_properties(${name} PROPERTIES
         PREFIX ""
-        LIBRARY_OUTPUT_DIRECTORY "${arg_OUTPUT_DIRECTORY}"
+        LIBRARY_OUTPUT_DIRECTORY "${output_directory}"
         BUILD_RPATH_USE_ORIGIN ON
         BUILD_RPATH "${run_path}"
         INSTALL_RPATH "${run_path}"
@@ -43,11 +42,16 @@ endfunction()
 #
 # Copies the hosts and the shared libraries they need into a directory, by default the one that
 # lutestsuite_add_module uses. The hosts look for modules beside themselves, so this makes the directory ready to run.
+# Each OUTPUT_DIRECTORY of modules needs a call; a second call for the same directory does nothing.
 function(lutestsuite_deploy_host)
+    set(directory "")
     if(ARGC GREATER 0)
         set(directory "${ARGV0}")
-    else()
-        lutestsuite_default_module_directory(directory)
+    endif()
+    lutestsuite_module_directory("${directory}" directory)
+    lutestsuite_host_target("${directory}" target)
+    if(TARGET ${target})
+        return()
     endif()
 
     # Programs look for the name that has only the major version.
@@ -58,16 +62,35 @@ function(lutestsuite_deploy_host)
     set(files "$<TARGET_FILE:LuTestSuite::LuTestSuiteCLI>" "$<TARGET_FILE:LuTestSuite::LuTestSuiteRunner>"
         "$<TARGET_${kind}:LuTestSuite::LuTestSuite>" "$<TARGET_${kind}:LuTestSuite::LbBase>"
         "$<TARGET_PROPERTY:LuTestSuite::LbBase,LUTESTSUITE_RUNTIME_DLLS>")
-    add_custom_target(lutestsuite_host ALL
+    add_custom_target(${target} ALL
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${directory}"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${files} "${directory}"
         COMMENT "Copying the LuTestSuite hosts to ${directory}" COMMAND_EXPAND_LISTS VERBATIM)
 endfunction()
 
-function(lutestsuite_default_module_directory result)
-    if(CMAKE_LIBRARY_OUTPUT_DIRECTORY)
-        set(${result} "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}" PARENT_SCOPE)
-    else()
-        set(${result} "${CMAKE_BINARY_DIR}/bin" PARENT_SCOPE)
+# The target that copies the hosts into a directory.
+function(lutestsuite_host_target directory result)
+    string(MD5 hash "${directory}")
+    string(SUBSTRING "${hash}" 0 8 hash)
+    set(${result} "lutestsuite_host_${hash}" PARENT_SCOPE)
+endfunction()
+
+# The absolute path of a directory of modules and hosts; of the default one for "". With a generator that builds several
+# configurations, each of them has its own.
+function(lutestsuite_module_directory directory result)
+    if(NOT directory)
+        set(directory "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
     endif()
+    if(NOT directory)
+        set(directory "${CMAKE_BINARY_DIR}/bin")
+    endif()
+    get_property(is_multi_config GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+    if(NOT directory MATCHES "\\$<")
+        cmake_path(ABSOLUTE_PATH directory BASE_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}" NORMALIZE)
+        string(REGEX REPLACE "/$" "" directory "${directory}")
+        if(is_multi_config)
+            string(APPEND directory "/$<CONFIG>")
+        endif()
+    endif()
+    set(${result} "${directory}" PARENT_SCOPE)
 endfunction()

@@ -1,16 +1,15 @@
 # Read by CTest: adds the cases of one module as tests. Written by lutestsuite_discover_tests, which sets:
-# LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind "--"), LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_PROPERTIES.
+# LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind "--"), LUTESTSUITE_TEST_PREFIX,
+# LUTESTSUITE_PROPERTIES, and of these LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
 
 # Called by the script that "LuTestSuiteRunner list --ctest" writes; `state` is "", SERIAL or DISABLED.
 function(lutestsuite_add_case name class folder time_limit state)
     set(test "${LUTESTSUITE_TEST_PREFIX}${name}")
-    add_test("${test}" ${LUTESTSUITE_RUNNER} case "${name}" -- ${LUTESTSUITE_OPTIONS})
-
-    set(labels "${class}" ${folder})
-    set_tests_properties("${test}" PROPERTIES LABELS "${labels}")
+    set(options "${LUTESTSUITE_OPTIONS}")
     set(properties SKIP_RETURN_CODE 77) # The exit status of "case" if the case is disabled.
     if(time_limit GREATER 0)
-        # The host ends the case at the case's limit. CTest only has to end a host that hangs.
+        # The host can only end child processes at a limit. CTest has to end a host that hangs.
+        list(APPEND options -x)
         math(EXPR time_limit "${time_limit} + 30")
         list(APPEND properties TIMEOUT ${time_limit})
     endif()
@@ -19,15 +18,43 @@ function(lutestsuite_add_case name class folder time_limit state)
     elseif(state STREQUAL "SERIAL")
         list(APPEND properties RUN_SERIAL TRUE)
     endif()
+    add_test("${test}" ${LUTESTSUITE_RUNNER} case "${name}" -- ${options})
+
+    string(REPLACE "/" ";" folders "${folder}")
+    set(labels "${class}" ${folders} ${folder})
+    list(REMOVE_DUPLICATES labels)
+    # CTest adds the labels of a second call to those of the first.
+    set_tests_properties("${test}" PROPERTIES LABELS "${labels}")
     set_tests_properties("${test}" PROPERTIES ${properties} ${LUTESTSUITE_PROPERTIES})
 endfunction()
 
-# Lists the cases now. If that fails, adds one test that fails in the same way.
+# Lists the cases now and adds them, or a test that fails with the reason.
 function(lutestsuite_list_cases module script time_limit)
-    set(command ${LUTESTSUITE_RUNNER} list --ctest "${script}" -- ${LUTESTSUITE_OPTIONS})
-    execute_process(COMMAND ${command} RESULT_VARIABLE status OUTPUT_QUIET ERROR_QUIET TIMEOUT ${time_limit})
-    if(NOT status EQUAL 0)
-        file(REMOVE "${script}")
-        add_test("${LUTESTSUITE_TEST_PREFIX}${module}.discovery" ${command})
+    execute_process(COMMAND "${LUTESTSUITE_CMAKE}" -E env ${LUTESTSUITE_ENVIRONMENT}
+            ${LUTESTSUITE_RUNNER} list --ctest "${script}" -- ${LUTESTSUITE_OPTIONS}
+        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output TIMEOUT ${time_limit})
+    if(status EQUAL 0)
+        include("${script}")
+    else()
+        lutestsuite_add_failure("${module}" "${script}" "${output}LuTestSuiteRunner: ${status}")
     endif()
+endfunction()
+
+# Adds the cases that the build has listed.
+function(lutestsuite_read_cases module script)
+    if(EXISTS "${script}")
+        include("${script}")
+    else()
+        lutestsuite_add_failure("${module}" "${script}" "${module} has not been built.")
+    endif()
+endfunction()
+
+# The test only shows the reason: if it listed the cases again, it could pass while they are missing.
+function(lutestsuite_add_failure module script reason)
+    set(failure "${script}.failure")
+    file(WRITE "${failure}" "message([==========[${reason}]==========])\n"
+        "message(FATAL_ERROR \"The cases of ${module} could not be listed.\")\n")
+    set(test "${LUTESTSUITE_TEST_PREFIX}${module}.discovery")
+    add_test("${test}" "${LUTESTSUITE_CMAKE}" -P "${failure}")
+    set_tests_properties("${test}" PROPERTIES LABELS "${LUTESTSUITE_LABELS}")
 endfunction()

@@ -2,8 +2,6 @@
 
 include_guard(GLOBAL)
 
-set(LUTESTSUITE_CASES_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/LuTestSuiteCases.cmake")
-
 # lutestsuite_discover_tests(<module> DATA_DIRECTORY <directory>
 #     [OPTIONS <option>...] [TEST_PREFIX <prefix>] [PROPERTIES <name> <value>...]
 #     [DISCOVERY_MODE PRE_TEST|POST_BUILD] [DISCOVERY_TIMEOUT <seconds>])
@@ -14,8 +12,10 @@ set(LUTESTSUITE_CASES_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/LuTestSuiteCases.cmake")
 # "LuTestSuiteRunner case". OPTIONS are options of LuTestSuiteCLI, such as "-i" and a pattern or "-t 60".
 #
 # PRE_TEST, the default, lists the cases whenever ctest starts, so that new data sets are tests at once. POST_BUILD
-# lists them after the module has been linked. If the cases cannot be listed, with PRE_TEST a test
-# "<prefix><module>.discovery" fails with the reason, and with POST_BUILD the build.
+# lists them after the module has been linked. Both use the variables of the property ENVIRONMENT. If the cases cannot
+# be listed, with PRE_TEST a test "<prefix><module>.discovery" fails with the reason, and with POST_BUILD the build.
+#
+# Before it, lutestsuite_deploy_host has to be called for the directory of the module.
 function(lutestsuite_discover_tests module)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "DATA_DIRECTORY;TEST_PREFIX;DISCOVERY_MODE;DISCOVERY_TIMEOUT"
         "OPTIONS;PROPERTIES")
@@ -38,47 +38,94 @@ function(lutestsuite_discover_tests module)
     endif()
     cmake_path(ABSOLUTE_PATH arg_DATA_DIRECTORY BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}" NORMALIZE)
 
-    lutestsuite_runner_beside("${module}" runner)
-    set(options -d "${arg_DATA_DIRECTORY}" --dll "${load_name}" ${arg_OPTIONS})
+    math(EXPR last "${ARGC} - 1")
+    foreach(index RANGE ${last})
+        lutestsuite_refuse_single_brackets("${ARGV${index}}")
+    endforeach()
+    # PROPERTIES are names and values. A value that is a list is one argument.
+    cmake_parse_arguments(property "" "ENVIRONMENT;LABELS" "" ${arg_PROPERTIES})
+
+    lutestsuite_deployed_runner("${module}" runner)
+    set(options -d "${arg_DATA_DIRECTORY}" --dll "${load_name}")
+    if(arg_OPTIONS)
+        string(APPEND options ";${arg_OPTIONS}")
+    endif()
     set(script "${CMAKE_CURRENT_BINARY_DIR}/${module}_cases-$<CONFIG>.cmake")
     if(arg_DISCOVERY_MODE STREQUAL "POST_BUILD")
         add_custom_command(TARGET "${module}" POST_BUILD VERBATIM
-            COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} "${runner}" list --ctest "${script}" -- ${options})
-        set(list_cases "")
+            COMMAND "${CMAKE_COMMAND}" -E env ${property_ENVIRONMENT}
+                ${CMAKE_CROSSCOMPILING_EMULATOR} "${runner}" list --ctest "${script}" -- ${options})
+        set(add_cases "lutestsuite_read_cases([[${module}]] [[${script}]])")
     else()
-        set(list_cases "lutestsuite_list_cases([[${module}]] [[${script}]] ${arg_DISCOVERY_TIMEOUT})\n")
+        set(add_cases "lutestsuite_list_cases([[${module}]] [[${script}]] ${arg_DISCOVERY_TIMEOUT})")
     endif()
+    lutestsuite_in_brackets("${options}" options)
+    lutestsuite_in_brackets("${arg_PROPERTIES}" properties)
+    lutestsuite_in_brackets("${property_ENVIRONMENT}" environment)
 
-    set(include "${CMAKE_CURRENT_BINARY_DIR}/${module}_tests")
-    file(GENERATE OUTPUT "${include}-$<CONFIG>.cmake" CONTENT
-"include([[${LUTESTSUITE_CASES_SCRIPT}]])
+    set(tests "${CMAKE_CURRENT_BINARY_DIR}/${module}_tests")
+    file(GENERATE OUTPUT "${tests}-$<CONFIG>.cmake" CONTENT
+"include([[${CMAKE_CURRENT_FUNCTION_LIST_DIR}/LuTestSuiteCases.cmake]])
+set(LUTESTSUITE_CMAKE [[${CMAKE_COMMAND}]])
 set(LUTESTSUITE_RUNNER [[${CMAKE_CROSSCOMPILING_EMULATOR}]] [[${runner}]])
-set(LUTESTSUITE_OPTIONS [[${options}]])
+set(LUTESTSUITE_OPTIONS ${options})
 set(LUTESTSUITE_TEST_PREFIX [[${arg_TEST_PREFIX}]])
-set(LUTESTSUITE_PROPERTIES [[${arg_PROPERTIES}]])
-${list_cases}include([[${script}]] OPTIONAL)
+set(LUTESTSUITE_PROPERTIES ${properties})
+set(LUTESTSUITE_ENVIRONMENT ${environment})
+set(LUTESTSUITE_LABELS [[${property_LABELS}]])
+${add_cases}
 ")
+    lutestsuite_include_tests("${tests}" "${arg_TEST_PREFIX}${module}.discovery")
+endfunction()
+
+# Has CTest read the file "<tests>-<configuration>.cmake".
+function(lutestsuite_include_tests tests missing)
     get_property(is_multi_config GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+    set(file "${tests}-${CMAKE_BUILD_TYPE}.cmake")
     if(is_multi_config)
-        file(WRITE "${include}.cmake" "include(\"${include}-\${CTEST_CONFIGURATION_TYPE}.cmake\" OPTIONAL)\n")
-        set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${include}.cmake")
-    else()
-        set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${include}-${CMAKE_BUILD_TYPE}.cmake")
+        set(file "${tests}.cmake")
+        # CTest then says that the option -C is missing.
+        file(WRITE "${file}"
+"include(\"${tests}-\${CTEST_CONFIGURATION_TYPE}.cmake\" OPTIONAL RESULT_VARIABLE found)
+if(NOT found)
+    add_test([[${missing}]] NOT_AVAILABLE)
+endif()
+")
+    endif()
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${file}")
+endfunction()
+
+# The host for build servers in the folder of the module, the only one from which it loads modules.
+function(lutestsuite_deployed_runner module result)
+    get_target_property(directory "${module}" LUTESTSUITE_HOST_DIRECTORY)
+    lutestsuite_host_target("${directory}" host)
+    if(NOT TARGET ${host})
+        message(FATAL_ERROR "lutestsuite_discover_tests: lutestsuite_deploy_host has to be called before, for the "
+            "directory of ${module}: ${directory}")
+    endif()
+    add_dependencies("${module}" ${host})
+    set(${result} "${directory}/$<TARGET_FILE_NAME:LuTestSuite::LuTestSuiteRunner>" PARENT_SCOPE)
+endfunction()
+
+# CMake does not split a list inside brackets, so an option such as "\[x" would swallow the options behind it.
+function(lutestsuite_refuse_single_brackets argument)
+    string(REGEX REPLACE "[^[]" "" opening "${argument}")
+    string(REGEX REPLACE "[^]]" "" closing "${argument}")
+    string(LENGTH "${opening}" opening)
+    string(LENGTH "${closing}" closing)
+    if(NOT opening EQUAL closing)
+        message(FATAL_ERROR "lutestsuite_discover_tests: a bracket in '${argument}' has no counterpart; in patterns, "
+            "write \\x5B for [ and \\x5D for ]")
     endif()
 endfunction()
 
-# The host for build servers in the folder of the module: an own target, or a deployed copy.
-function(lutestsuite_runner_beside module result)
-    get_target_property(is_imported LuTestSuite::LuTestSuiteRunner IMPORTED)
-    if(is_imported)
-        if(NOT TARGET lutestsuite_host)
-            message(FATAL_ERROR "lutestsuite_discover_tests: call lutestsuite_deploy_host() first")
-        endif()
-        get_target_property(directory "${module}" LUTESTSUITE_HOST_DIRECTORY)
-        set(${result} "${directory}/$<TARGET_FILE_NAME:LuTestSuite::LuTestSuiteRunner>" PARENT_SCOPE)
-        add_dependencies("${module}" lutestsuite_host)
-    else()
-        set(${result} "$<TARGET_FILE:LuTestSuite::LuTestSuiteRunner>" PARENT_SCOPE)
-        add_dependencies("${module}" LuTestSuiteRunner)
-    endif()
+# CMake replaces nothing inside brackets. The brackets have more equals signs than any sequence of them in the text.
+function(lutestsuite_in_brackets text result)
+    set(mark "")
+    string(FIND "${text}" "]" position)
+    while(NOT position EQUAL -1)
+        string(APPEND mark "=")
+        string(FIND "${text}" "]${mark}" position)
+    endwhile()
+    set(${result} "[${mark}[${text}]${mark}]" PARENT_SCOPE)
 endfunction()

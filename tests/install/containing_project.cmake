@@ -1,5 +1,5 @@
 # Configures a project that contains this one, checks that this one adds nothing that was not requested, builds it and
-# runs its tests. Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
+# runs its tests, also as tests of CTest. Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
 
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
@@ -63,7 +63,7 @@ endforeach()
 
 # Uses the options of the build that runs this test, so that the libraries come from the compiler cache.
 set(ENV{CMAKE_CXX_COMPILER_LAUNCHER} "${LAUNCHER}")
-configure(add_subdirectory "${WORK}" -DLUTESTSUITE_WARNINGS=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
+configure(add_subdirectory "${WORK}" -DLUTESTSUITE_WARNINGS=ON -DDISCOVER=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
 run("${CMAKE_COMMAND}" --build "${WORK}" --config "${CONFIG}")
 
 set(data "${drive}${CMAKE_CURRENT_LIST_DIR}/outside/data")
@@ -71,6 +71,9 @@ foreach(host "${HOST}" "ContainingHost${suffix}")
     run(${EMULATOR} "${WORK}/bin/${host}" -d "${data}" --dll OutsideTests --dll Components/FolderTests)
     expect_lines("${output}" "COutsideTest" "\tadds... " "\thello.txt... " "CFolderTest" "\tstands in a folder... ")
 endforeach()
+
+run("${CMAKE_CTEST_COMMAND}" --test-dir "${WORK}" -C "${CONFIG}")
+expect_lines("${output}" "COutsideTest:hello.txt" "CFolderTest:stands in a folder" "100% tests passed, 0 tests failed")
 
 run("${CMAKE_COMMAND}" --install "${WORK}" --config "${CONFIG}" --prefix "${WORK}/prefix")
 list_files("${WORK}/prefix" installed)

@@ -1,5 +1,5 @@
 # Installs a build tree, builds the project in discovery/ against it and checks what CTest makes of its cases.
-# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN.
+# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, COMPILER.
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/discovery")
 set(build "${WORK}/build")
@@ -55,25 +55,37 @@ set(toolchain_option "")
 if(TOOLCHAIN)
     set(toolchain_option "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}")
 endif()
-run(0 "${CMAKE_COMMAND}" -S "${source}" -B "${build}" -G "${GENERATOR}" ${toolchain_option}
-    "-DCMAKE_PREFIX_PATH=${WORK}/prefix" "-DCMAKE_BUILD_TYPE=${CONFIG}")
+execute_process(COMMAND "${COMPILER}" -print-file-name=libasan.so OUTPUT_VARIABLE asan_library
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT IS_ABSOLUTE "${asan_library}")
+    set(asan_library "")
+endif()
+set(options ${toolchain_option} "-DCMAKE_PREFIX_PATH=${WORK}/prefix" "-DCMAKE_BUILD_TYPE=${CONFIG}"
+    "-DASAN_LIBRARY=${asan_library}")
+run(0 "${CMAKE_COMMAND}" -S "${source}" -B "${build}" -G "${GENERATOR}" ${options})
 run(0 "${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}")
 
 set(ctest "${CMAKE_CTEST_COMMAND}" --test-dir "${build}" -C "${CONFIG}")
 execute_process(COMMAND ${ctest} --show-only=json-v1 OUTPUT_VARIABLE tests COMMAND_ERROR_IS_FATAL ANY)
 
 # What IDEs see.
-expect_property("shapes.geometry/CShapes:round.shape" "[ \"CShapes\", \"geometry\" ]")
+expect_property("shapes.geometry/CShapes:round.shape" "[ \"CShapes\", \"drawn\", \"geometry\", \"quick\" ]")
+expect_property("shapes.geometry/solids/CShapes:cube.shape"
+    "[ \"CShapes\", \"drawn\", \"geometry\", \"geometry/solids\", \"quick\", \"solids\" ]")
+expect_property("shapes.geometry/CShapes:round.shape" "[ \"FIRST=1\", \"SECOND=2\" ]")
 expect_property("shapes.geometry/CShapes:round.shape" "{ \"name\" : \"COST\", \"value\" : 7.0 }")
 expect_property("shapes.geometry/CShapes:slow.shape" "{ \"name\" : \"TIMEOUT\", \"value\" : 37.0 }")
 expect_property("shapes.geometry/CShapes:alone.shape" "{ \"name\" : \"RUN_SERIAL\", \"value\" : true }")
 expect_property("shapes.geometry/CShapes:off.shape" "{ \"name\" : \"DISABLED\", \"value\" : true }")
 
-# What a user sees: one failed case with its reason and data file; names are passed on as they are.
+# What a user sees: failed cases with reason and data file; names are passed on as they are.
 run(8 ${ctest} --output-on-failure -j 2 -R "^shapes\\.")
-expect("80% tests passed, 1 tests failed out of 5")
+expect("71% tests passed, 2 tests failed out of 7")
 expect("flat.shape has no body")
 expect("Datei: ")
+# A case that hangs ends at its own limit.
+expect("endless.shape has no end")
+expect("shapes.geometry/CShapes:endless.shape (Failed)")
 run(0 ${ctest} -R "ball .2..x")
 expect("100% tests passed, 0 tests failed out of 1")
 run(8 ${ctest} --rerun-failed -R "flat")
@@ -82,12 +94,40 @@ run(8 ${ctest} --rerun-failed -R "flat")
 run(0 ${ctest} -R "^built\\.")
 expect("100% tests passed, 0 tests failed out of 1")
 
+# Modules in the folder of another directory.
+run(0 ${ctest} -R "^other\\.")
+expect("100% tests passed, 0 tests failed out of 1")
+
+# The variables of the tests are those of the search for cases.
+if(asan_library)
+    run(0 ${ctest} -R "^checked\\.")
+    expect("100% tests passed, 0 tests failed out of 1")
+endif()
+
 # A new data set is a test at once, without a build.
 file(WRITE "${build}/data/geometry/CShapes/new.shape" "x")
 run(0 ${ctest} -R "new.shape")
 expect("100% tests passed, 0 tests failed out of 1")
 
 # Cases that cannot be listed do not vanish.
-run(8 ${ctest} --output-on-failure -R "^lost\\.")
+run(8 ${ctest} --output-on-failure -L quick -R "^lost\\.")
 expect("lost.LostShapes.discovery")
 expect("Fehler: ")
+run(8 ${ctest} --output-on-failure -R "^missing\\.")
+expect("missing.MissingShapes.discovery")
+expect("Fehler: Das Modul 'MissingShapes' fehlt")
+run(8 ${ctest} --output-on-failure -R "^unbuilt\\.")
+expect("unbuilt.UnbuiltShapes.discovery")
+expect("UnbuiltShapes has not been built.")
+
+# Each configuration has a folder of its own. Without a configuration CTest knows no cases.
+if(GENERATOR STREQUAL "Ninja")
+    set(build "${WORK}/configurations")
+    run(0 "${CMAKE_COMMAND}" -S "${source}" -B "${build}" -G "Ninja Multi-Config" ${options})
+    run(0 "${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}" --target other/all)
+    run(0 "${CMAKE_CTEST_COMMAND}" --test-dir "${build}" -C "${CONFIG}" -R "^other\\.")
+    expect("100% tests passed, 0 tests failed out of 1")
+    run(8 "${CMAKE_CTEST_COMMAND}" --test-dir "${build}" -R "^other\\.")
+    expect("other.OtherShapes.discovery")
+    expect("(Missing \"-C <config>\"?)")
+endif()

@@ -1,4 +1,6 @@
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "base/luunittest.h"
 
@@ -9,6 +11,11 @@ class CShapes : public LuUnitTest
     {
         AddFileSubtests(L"*.shape", [this](const std::wstring& path) {
             Check(path.find(L"flat") == std::wstring::npos, L"%s has no body", path);
+            if (path.find(L"endless") != std::wstring::npos)
+            {
+                Info(L"%s has no end", path);
+                std::this_thread::sleep_for(std::chrono::hours(1));
+            }
         });
     }
 };
