@@ -1,5 +1,9 @@
-# Configures a project that contains this one, checks that this one adds nothing that was not requested, builds it and
-# runs its tests, also as tests of CTest. Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
+# Configures a project that contains this one, checks that this one adds nothing that was not requested, and all that
+# was, builds it and runs its tests, also as tests of CTest.
+# Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
+
+# A script has no project that sets policies.
+cmake_policy(VERSION 3.25)
 
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
@@ -60,6 +64,21 @@ foreach(method add_subdirectory FetchContent)
     configure(${method} "${WORK}/${method}" ${place})
     expect_nothing_else_in("${WORK}/${method}")
 endforeach()
+
+# With what it is asked for. Nothing is built here.
+file(MAKE_DIRECTORY "${WORK}/all")
+configure(add_subdirectory "${WORK}/all" -DLUTESTSUITE_INSTALL=ON -DLUTESTSUITE_BUILD_TESTS=ON
+    -DLUTESTSUITE_BUILD_EXAMPLES=ON -DDISCOVER=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
+include("${WORK}/all/report.cmake")
+foreach(target base_tests cli_tests example_modules)
+    if(NOT target IN_LIST targets)
+        message(FATAL_ERROR "The build has not the target ${target} but ${targets}")
+    endif()
+endforeach()
+file(READ "${WORK}/all/lutestsuite/cmake_install.cmake" rules)
+expect_lines("${rules}" "LuTestSuiteConfig.cmake")
+run("${CMAKE_CTEST_COMMAND}" --test-dir "${WORK}/all/lutestsuite" -N)
+expect_lines("${output}" "install.outside_project")
 
 # Uses the options of the build that runs this test, so that the libraries come from the compiler cache.
 set(ENV{CMAKE_CXX_COMPILER_LAUNCHER} "${LAUNCHER}")
