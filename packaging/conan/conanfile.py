@@ -62,5 +62,5 @@ class LuTestSuiteRecipe(ConanFile):
         # The installed package has the targets and the commands for modules.
         self.cpp_info.set_property("cmake_find_mode", "none")
         self.cpp_info.builddirs = [os.path.join("lib", "cmake", "LuTestSuite")]
-        self.cpp_info.includedirs = [os.path.join("include", "lutestsuite")]
+        self.cpp_info.includedirs = ["include"]
         self.cpp_info.libs = ["LuTestSuite", "LbBase"]
