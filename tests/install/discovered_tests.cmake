@@ -120,6 +120,12 @@ run(8 ${ctest} --output-on-failure -R "^unbuilt\\.")
 expect("unbuilt.UnbuiltShapes.discovery")
 expect("UnbuiltShapes has not been built.")
 
+# CMake prints messages in lines of its own.
+run(1 "${CMAKE_COMMAND}" -DMISTAKE=bracket "${build}")
+expect("counterpart")
+run(1 "${CMAKE_COMMAND}" -DMISTAKE=folder "${build}")
+expect("lutestsuite_deploy_host")
+
 # Each configuration has a folder of its own. Without a configuration CTest knows no cases.
 if(GENERATOR STREQUAL "Ninja")
     set(build "${WORK}/configurations")
