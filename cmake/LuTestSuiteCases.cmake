@@ -23,9 +23,8 @@ function(lutestsuite_add_case name class folder time_limit state)
     string(REPLACE "/" ";" folders "${folder}")
     set(labels "${class}" ${folders} ${folder})
     list(REMOVE_DUPLICATES labels)
-    # CTest adds the labels of a second call to those of the first.
-    set_tests_properties("${test}" PROPERTIES LABELS "${labels}")
-    set_tests_properties("${test}" PROPERTIES ${properties} ${LUTESTSUITE_PROPERTIES})
+    # CTest adds labels to those before. One call, because each one searches all tests.
+    set_tests_properties("${test}" PROPERTIES LABELS "${labels}" ${properties} ${LUTESTSUITE_PROPERTIES})
 endfunction()
 
 # Lists the cases now and adds them, or a test that fails with the reason.
