@@ -1,9 +1,9 @@
 /// Files with the output of a test that differs from its reference.
 ///
 /// Beside a reference "<name>" there may be two files. "<name>.received" contains the output that differs from it.
-/// "<name>.received.runs" tells in how many runs in a row the output was the same: a decimal number, the checksum of the
-/// output, and the checksum of the name of the last of these runs, each 32 hexadecimal digits, with blanks between. The
-/// number counts only for output with this checksum.
+/// "<name>.received.runs" tells in how many runs in a row the output was the same: a decimal number, the checksum of
+/// the output, and the checksum of the name of the last of these runs, each 32 hexadecimal digits, with blanks between.
+/// The number counts only for output with this checksum.
 ///
 /// A run is a process of a host with all processes that it starts, however often it repeats a case or compares with one
 /// reference. Its name is in the environment variable LUTESTSUITE_RUN; if that is empty, each process is a run.
