@@ -287,8 +287,11 @@ class Commands(unittest.TestCase):
             self.assertIn("2 of 2 passed", (folder.path / "summary.md").read_text(encoding="utf-8"))
         tests = Folder(folder.path / "ctest", self.tree)
         tests.write_readme_project()
+        # The test install.documented_tests builds the project whose parts begin with this name.
+        snippets = [snippet for snippet in parts.snippets_of(TEXTS["docs/runner.md"], "cmake")
+                    if not snippet.startswith("# CMakeLists.txt")]
         tests.write("CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\nproject(MyTests LANGUAGES CXX)\n"
-                    + "".join(parts.snippets_of(TEXTS["docs/runner.md"], "cmake")))
+                    + "".join(snippets))
         tests.build()
         output = tests.run("ctest --test-dir build -R CMyTest", 0)
         self.assertIn("100% tests passed, 0 tests failed out of 2", output)
