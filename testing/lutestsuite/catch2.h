@@ -1,4 +1,4 @@
-/// Makes the tests of a Catch2 program cases of a test module. For Catch2 3.
+/// Makes the tests of a Catch2 program cases of a test module. For Catch2 3.3 or later.
 ///
 /// The module consists of the program's sources without its `main`, linked with Catch2::Catch2 (not
 /// Catch2::Catch2WithMain), and of one source that includes this header:
