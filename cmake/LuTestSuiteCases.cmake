@@ -29,12 +29,15 @@ endfunction()
 
 # Lists the cases now and adds them, or a test that fails with the reason.
 function(lutestsuite_list_cases module script time_limit)
+    # Not a pipe, which a process that the module leaves behind would keep open.
+    set(log "${script}.log")
     execute_process(COMMAND "${LUTESTSUITE_CMAKE}" -E env ${LUTESTSUITE_ENVIRONMENT}
             ${LUTESTSUITE_RUNNER} list --ctest "${script}" -- ${LUTESTSUITE_OPTIONS}
-        RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output TIMEOUT ${time_limit})
+        RESULT_VARIABLE status OUTPUT_FILE "${log}" ERROR_FILE "${log}" TIMEOUT ${time_limit})
     if(status EQUAL 0)
         include("${script}")
     else()
+        file(READ "${log}" output)
         lutestsuite_add_failure("${module}" "${script}" "${output}LuTestSuiteRunner: ${status}")
     endif()
 endfunction()
