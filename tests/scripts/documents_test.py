@@ -42,7 +42,7 @@ NOT_RUN = {
     "conan": "needs Conan; a test compares the recipe with the project",
     "gdb -p": "needs a case that hangs in another terminal",
     'gdb --args build/bin/LuTestSuiteCLI -d data --dll MyTests -i ":leaks$"': "ends in a breakpoint",
-    "LuTestSuiteRunner submit --engine slurm": "needs Slurm; a test of the host has a stand-in for it",
+    "LuTestSuiteRunner submit --engine slurm": "needs Slurm; a test of the host starts one",
     "LuTestSuiteRunner history DIR": "a synopsis",
     "LuTestSuiteRunner COMMAND": "a synopsis",
     "LuTestSuiteCLI -d DATA": "a synopsis",

@@ -23,7 +23,7 @@ protected:
     /// The folder of another run, with separator at its end.
     std::wstring GetOther() const { return m_folder.GetPathOf(LbPath::WithSeparator(L"other")); }
 
-    /// A report's text without times and sizes, and without the lines that tell how the run was executed.
+    /// A report's text with all numbers masked, up to the slowest cases.
     static std::string ReadReport(const std::wstring& path);
 
     /// Fails unless the independent checker confirms the proof. Does nothing where the checker cannot run.
