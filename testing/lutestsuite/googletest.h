@@ -20,6 +20,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -185,6 +186,8 @@ inline bool isDisabled(std::string_view name)
 
 inline void registerSuites()
 {
+    // The suites do not delete tests that have been taken out of them.
+    static std::vector<std::unique_ptr<testing::TestInfo>> s_tests;
     prepare();
     LuForeignTests::CNames suiteNames;
     const testing::UnitTest& all = *testing::UnitTest::GetInstance();
@@ -196,6 +199,7 @@ inline void registerSuites()
         LuForeignTests::CNames testNames;
         for (testing::TestInfo* const test : std::exchange(suite.*GetTestList(), Tests()))
         {
+            s_tests.emplace_back(test);
             made.tests.push_back(
                 {testNames.Make(test->name()), isDisabled(suite.name()) || isDisabled(test->name()),
                  [&suite, test](LuForeignTests::CUnitTest& unitTest) { return run(unitTest, suite, *test); }});
