@@ -19,6 +19,7 @@ PRESETS = (
 )
 TARGETS = (
     ("base", "LbBase"),
+    ("base", "lutestsuite_base_private_objects"),
     ("testing/lutestsuite", "lutestsuite_objects"),
     ("testing/lutestsuitehost", "lutestsuitehost_objects"),
     ("testing/lutestsuitecli", "LuTestSuiteCLI"),
