@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <list>
 #include <map>
 #include <memory_resource>
 #include <mutex>
@@ -11,7 +12,10 @@
 #include <vector>
 
 #include "base/lbcriticalsection.h"
+#include "base/listingimage.h"
+#include "base/listingshare.h"
 #include "base/os/directories.h"
+#include "base/os/sharedmemory.h"
 #include "base/pagememory.h"
 
 namespace
@@ -19,38 +23,50 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-/// True if `name` matches `wildcard`. After a mismatch only the last "*" is extended by one character. That is enough,
-/// because everything before it has matched as early as possible.
-bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
+constexpr std::chrono::milliseconds c_LongestClockStep(100);
+
+bool matchesCharacter(wchar_t character, wchar_t inWildcard)
 {
-    std::size_t position = 0;
-    std::size_t inWildcard = 0;
-    std::size_t afterStar = std::wstring_view::npos;
-    std::size_t takenByStar = 0;
-    while (position < name.size())
+    return inWildcard == L'?' || inWildcard == character;
+}
+
+/// True if the name contains the parts between the stars of the wildcard, in their order.
+bool containsParts(std::wstring_view name, std::wstring_view wildcard)
+{
+    while (!wildcard.empty())
     {
-        if (inWildcard < wildcard.size() && wildcard[inWildcard] == L'*')
-        {
-            afterStar = ++inWildcard;
-            takenByStar = position;
-        }
-        else if (inWildcard < wildcard.size() &&
-                 (wildcard[inWildcard] == L'?' || wildcard[inWildcard] == name[position]))
-        {
-            ++inWildcard;
-            ++position;
-        }
-        else if (afterStar != std::wstring_view::npos)
-        {
-            inWildcard = afterStar;
-            position = ++takenByStar;
-        }
-        else
+        const std::wstring_view part = wildcard.substr(0, wildcard.find(L'*'));
+        wildcard.remove_prefix(std::min(part.size() + 1, wildcard.size()));
+        // The earliest place leaves most for the parts that follow.
+        const auto place = std::ranges::search(name, part, matchesCharacter);
+        if (place.size() < part.size())
         {
             return false;
         }
+        name.remove_prefix(static_cast<std::size_t>(place.end() - name.begin()));
     }
-    return wildcard.find_first_not_of(L'*', inWildcard) == std::wstring_view::npos;
+    return true;
+}
+
+bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
+{
+    const std::size_t firstStar = wildcard.find(L'*');
+    if (firstStar == std::wstring_view::npos)
+    {
+        return std::ranges::equal(name, wildcard, matchesCharacter);
+    }
+    const std::size_t lastStar = wildcard.rfind(L'*');
+    const std::wstring_view begin = wildcard.substr(0, firstStar);
+    const std::wstring_view end = wildcard.substr(lastStar + 1);
+    if (name.size() < begin.size() + end.size())
+    {
+        return false;
+    }
+    // Most wildcards are one star and an ending: then nothing else of the name is read.
+    const std::wstring_view rest = name.substr(begin.size(), name.size() - begin.size() - end.size());
+    return std::ranges::equal(name.substr(name.size() - end.size()), end, matchesCharacter) &&
+           std::ranges::equal(name.substr(0, begin.size()), begin, matchesCharacter) &&
+           containsParts(rest, wildcard.substr(firstStar, lastStar - firstStar));
 }
 
 /// A unique text for the pattern: each wildcard with an end mark, then the excluded ones.
@@ -149,11 +165,20 @@ class CListing final : public LbFileListing
 public:
     CListing(const std::wstring& directory, const SNames& names);
 
+    /// Keeps the view, to which the listing refers.
+    CListing(const std::wstring& directory, LbOs::CSharedView view, const LbListingImage::SListing& shared);
+
+    /// The result refers to this object.
+    LbListingImage::SListing GetContent(const LbOs::SDirectoryStamp& stamp) const;
+
+    /// Copies the matches of patterns if the other listing has the same names. Not thread-safe for this object.
+    void CopyMatches(const CListing& other);
+
     std::wstring_view GetDirectory() const noexcept override { return m_directory; }
     std::uint32_t GetCount() const noexcept override { return static_cast<std::uint32_t>(m_begins.size()) - 1; }
     std::wstring_view GetName(std::uint32_t rank) const noexcept override
     {
-        return std::wstring_view(m_text).substr(m_begins[rank], m_begins[rank + 1] - m_begins[rank]);
+        return m_text.substr(m_begins[rank], m_begins[rank + 1] - m_begins[rank]);
     }
     std::optional<std::uint32_t> Find(std::wstring_view name) const noexcept override;
     std::span<const std::uint32_t> GetMatches(const LbFilePattern& pattern) const override;
@@ -167,28 +192,76 @@ private:
                names.ends.size() * 2 * sizeof(std::uint32_t) + c_Other;
     }
 
+    std::span<const std::uint32_t> keepMatches(std::wstring_view key, std::span<const std::uint32_t> ranks) const;
+
     mutable std::pmr::monotonic_buffer_resource m_memory;
     std::pmr::wstring m_directory;
-    std::pmr::wstring m_text;
-    std::pmr::vector<std::uint32_t> m_begins; ///< one more than names
+    LbOs::CSharedView m_view;               ///< has text and beginnings of a listing of another process
+    std::pmr::wstring m_ownText{&m_memory}; ///< has them otherwise
+    std::pmr::vector<std::uint32_t> m_ownBegins{&m_memory};
+    std::wstring_view m_text;
+    std::span<const std::uint32_t> m_begins; ///< one more than names
     mutable std::atomic<std::uint32_t> m_lastFound = 0;
     mutable LbCriticalSection m_mutex; ///< protects the matches and, after construction, the memory
-    mutable std::pmr::map<std::pmr::wstring, std::pmr::vector<std::uint32_t>, std::less<>> m_matches;
+    mutable std::pmr::map<std::pmr::wstring, std::span<const std::uint32_t>, std::less<>> m_matches{&m_memory};
+    mutable std::pmr::list<std::pmr::vector<std::uint32_t>> m_ownMatches{&m_memory};
 };
 
 CListing::CListing(const std::wstring& directory, const SNames& names)
-    : m_memory(getSize(directory, names), &GetEternal<CPageMemory>()), m_directory(directory, &m_memory),
-      m_text(&m_memory), m_begins(&m_memory), m_matches(&m_memory)
+    : m_memory(getSize(directory, names), &GetEternal<CPageMemory>()), m_directory(directory, &m_memory)
 {
     const std::vector<SSorted> order = sortNames(names);
-    m_text.reserve(names.text.size());
-    m_begins.reserve(order.size() + 1);
+    m_ownText.reserve(names.text.size());
+    m_ownBegins.reserve(order.size() + 1);
     for (const SSorted& name : order)
     {
-        m_begins.push_back(static_cast<std::uint32_t>(m_text.size()));
-        m_text += names.Get(name.index);
+        m_ownBegins.push_back(static_cast<std::uint32_t>(m_ownText.size()));
+        m_ownText += names.Get(name.index);
     }
-    m_begins.push_back(static_cast<std::uint32_t>(m_text.size()));
+    m_ownBegins.push_back(static_cast<std::uint32_t>(m_ownText.size()));
+    m_text = m_ownText;
+    m_begins = m_ownBegins;
+}
+
+constexpr std::size_t c_FewPatterns = 4096; ///< bytes
+
+CListing::CListing(const std::wstring& directory, LbOs::CSharedView view, const LbListingImage::SListing& shared)
+    : m_memory(c_FewPatterns, &GetEternal<CPageMemory>()), m_directory(directory, &m_memory), m_view(std::move(view)),
+      m_text(shared.text), m_begins(shared.begins)
+{
+    for (const LbListingImage::SMatches& matches : shared.matches)
+    {
+        m_matches.try_emplace(std::pmr::wstring(matches.pattern, &m_memory), matches.ranks);
+    }
+}
+
+LbListingImage::SListing CListing::GetContent(const LbOs::SDirectoryStamp& stamp) const
+{
+    LbListingImage::SListing content{stamp, m_text, m_begins, {}};
+    const std::lock_guard lock(m_mutex);
+    for (const auto& [pattern, ranks] : m_matches)
+    {
+        content.matches.push_back({pattern, ranks});
+    }
+    return content;
+}
+
+void CListing::CopyMatches(const CListing& other)
+{
+    if (m_text != other.m_text || !std::ranges::equal(m_begins, other.m_begins))
+    {
+        return;
+    }
+    for (const LbListingImage::SMatches& matches : other.GetContent({}).matches)
+    {
+        keepMatches(matches.pattern, matches.ranks);
+    }
+}
+
+std::span<const std::uint32_t> CListing::keepMatches(std::wstring_view key, std::span<const std::uint32_t> ranks) const
+{
+    const std::pmr::vector<std::uint32_t>& kept = m_ownMatches.emplace_back(ranks.begin(), ranks.end());
+    return m_matches.try_emplace(std::pmr::wstring(key, &m_memory), kept).first->second;
 }
 
 std::optional<std::uint32_t> CListing::Find(std::wstring_view name) const noexcept
@@ -227,22 +300,31 @@ std::span<const std::uint32_t> CListing::GetMatches(const LbFilePattern& pattern
             ranks.push_back(rank);
         }
     }
-    return m_matches.try_emplace(std::pmr::wstring(key, &m_memory), ranks.begin(), ranks.end()).first->second;
+    return keepMatches(key, ranks);
 }
 
 using SharedListing = std::shared_ptr<const CListing>;
 
-SharedListing readListing(const std::wstring& directory)
+template<typename... T>
+std::shared_ptr<CListing> makeListing(T&&... arguments)
 {
     const std::pmr::polymorphic_allocator<CListing> allocator(&GetEternal<CPageMemory>());
-    return std::allocate_shared<CListing>(allocator, directory, readNames(directory));
+    return std::allocate_shared<CListing>(allocator, std::forward<T>(arguments)...);
+}
+
+/// The listing that another process shares; null if no process shares this state of the folder.
+SharedListing findShared(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp)
+{
+    LbOs::CSharedView view(LbListingImage::GetName(stamp));
+    const std::optional<LbListingImage::SListing> shared = LbListingImage::Read(view.GetBytes());
+    return shared && shared->stamp == stamp ? makeListing(directory, std::move(view), *shared) : nullptr;
 }
 
 /// A listing and the state of its folder.
 struct SKept
 {
     SharedListing listing;
-    LbOs::SDirectoryStamp stamp;
+    LbOs::SDirectoryStamp stamp{};
     Clock::time_point seenSince; ///< the folder has shown this stamp
     bool isTrusted = false;      ///< the stamp shows every change
     std::uint64_t lastUse = 0;
@@ -254,9 +336,12 @@ class CListings
 public:
     SharedListing Get(const std::wstring& directory);
 
+    /// What is kept of the folder, which may have changed since; without a listing if nothing is kept.
+    SKept Find(const std::wstring& directory);
+
 private:
     SharedListing findTrusted(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp);
-    Clock::time_point getSeenSince(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp);
+    SharedListing read(const std::wstring& directory, const std::optional<LbOs::SDirectoryStamp>& stamp);
     void keep(SKept kept);
 
     LbCriticalSection m_readMutex; ///< one thread reads at a time: the others then find its listing
@@ -275,21 +360,37 @@ SharedListing CListings::Get(const std::wstring& directory)
         return listing;
     }
     const std::lock_guard lock(m_readMutex);
-    const Clock::time_point now = Clock::now();
     stamp = getStamp();
     if (SharedListing listing = stamp ? findTrusted(directory, *stamp) : nullptr)
     {
         return listing;
     }
-    SharedListing listing = readListing(directory);
-    if (stamp && getStamp() == stamp)
+    if (SharedListing listing = stamp ? findShared(directory, *stamp) : nullptr)
     {
-        constexpr std::chrono::milliseconds c_LongestClockStep(100);
-        constexpr std::int64_t c_CoarseStep = 10'000'000;
-        const Clock::time_point seenSince = std::min(getSeenSince(directory, *stamp), now);
-        const bool isTrusted = now - seenSince >= c_LongestClockStep && stamp->changeTime % c_CoarseStep != 0;
-        keep({listing, *stamp, seenSince, isTrusted});
+        keep({listing, *stamp, Clock::now(), true});
+        return listing;
     }
+    return read(directory, stamp);
+}
+
+SharedListing CListings::read(const std::wstring& directory, const std::optional<LbOs::SDirectoryStamp>& stamp)
+{
+    constexpr std::int64_t c_CoarseStep = 10'000'000;
+    const Clock::time_point now = Clock::now();
+    const std::shared_ptr<CListing> listing = makeListing(directory, readNames(directory));
+    if (!stamp || LbOs::GetDirectoryStamp(directory) != stamp)
+    {
+        return listing;
+    }
+    const SKept former = Find(directory);
+    const bool isSame = former.listing && former.stamp == *stamp;
+    if (isSame)
+    {
+        listing->CopyMatches(*former.listing);
+    }
+    const Clock::time_point seenSince = isSame ? former.seenSince : now;
+    const bool isTrusted = now - seenSince >= c_LongestClockStep && stamp->changeTime % c_CoarseStep != 0;
+    keep({listing, *stamp, seenSince, isTrusted});
     return listing;
 }
 
@@ -305,11 +406,11 @@ SharedListing CListings::findTrusted(const std::wstring& directory, const LbOs::
     return kept->second.listing;
 }
 
-Clock::time_point CListings::getSeenSince(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp)
+SKept CListings::Find(const std::wstring& directory)
 {
     const std::lock_guard lock(m_mutex);
     const auto kept = m_kept.find(directory);
-    return kept == m_kept.end() || kept->second.stamp != stamp ? Clock::time_point::max() : kept->second.seenSince;
+    return kept == m_kept.end() ? SKept() : kept->second;
 }
 
 void CListings::keep(SKept kept)
@@ -340,4 +441,34 @@ LbFileListing::~LbFileListing() = default;
 std::shared_ptr<const LbFileListing> LbFileListing::Get(const std::wstring& directory)
 {
     return GetEternal<CListings>().Get(directory);
+}
+
+EListingShare LbShareListing(const std::wstring& directory, std::unique_ptr<LbOs::CSharedMemory>& memory)
+{
+    // Reading fewer files costs less than a shared block.
+    constexpr std::uint32_t c_Fewest = 32;
+    auto& listings = GetEternal<CListings>();
+    SKept kept = listings.Find(directory);
+    const bool isEarly = kept.listing && !kept.isTrusted && Clock::now() - kept.seenSince < c_LongestClockStep;
+    if (!isEarly)
+    {
+        listings.Get(directory);
+        kept = listings.Find(directory);
+    }
+    if (!kept.listing || kept.listing->GetCount() < c_Fewest)
+    {
+        return EListingShare::None;
+    }
+    if (!kept.isTrusted)
+    {
+        return EListingShare::TooEarly;
+    }
+    const LbListingImage::SListing content = kept.listing->GetContent(kept.stamp);
+    memory = LbOs::CSharedMemory::Create(LbListingImage::GetName(kept.stamp), LbListingImage::GetSize(content));
+    if (const auto block = memory ? memory->Map(LbOs::EMemoryAccess::Write) : nullptr)
+    {
+        LbListingImage::Write(content, static_cast<std::byte*>(block.get()));
+        return EListingShare::Made;
+    }
+    return EListingShare::None;
 }

@@ -30,7 +30,7 @@ std::wstring findDirectory(LbFileSystem::EDirectoryKind kind)
     return {};
 }
 
-/// Removes the entries after the visit, because systems differ in listing entries that vanish meanwhile.
+/// Callers remove the entries after the visit, because systems differ in listing entries that vanish meanwhile.
 std::vector<std::wstring> getEntryNames(const std::wstring& directory)
 {
     std::vector<std::wstring> names;
@@ -122,7 +122,7 @@ std::vector<std::wstring> LbFileSystem::GetFileNames(const std::wstring& directo
 
 bool LbFileSystem::RemoveTree(const std::wstring& directory)
 {
-    // Without the final separator, which would make the system follow a link to its target.
+    // Has no final separator, which would make the system follow a link to its target.
     const std::wstring path = LbPath::WithoutSeparator(directory);
     if (LbOs::RemoveFile(path))
     {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "base/lbexport.h"
@@ -13,7 +14,7 @@ namespace LbOs
 enum class EMemoryAccess
 {
     Read,
-    Write ///< and read
+    Write ///< also allows reading
 };
 
 /// Keeps a named block of zeroed memory alive. Only processes of the same user can map it. A name consists of letters,
@@ -32,7 +33,7 @@ public:
     /// The whole block, valid as long as a copy of the pointer exists; does not need the name. Null on failure.
     std::shared_ptr<void> Map(EMemoryAccess access) const;
 
-    /// Whether the block still has its name. On Linux a name is a file, which the user's processes can remove.
+    /// True if the block still has its name. On Linux a name is a file, which the user's processes can remove.
     bool IsNamed() const;
 
     CSharedMemory(const CSharedMemory&) = delete;
@@ -48,5 +49,28 @@ private:
 /// The first `size` bytes of the named block, valid as long as a copy of the pointer exists. Null if there is no such
 /// block, it is smaller, or access is denied. Any thread.
 LB_API std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access);
+
+/// A view of a whole named block, for reading. Keeps the block alive without memory of the heap; forks of the process
+/// inherit it. Any thread.
+class LB_API CSharedView
+{
+public:
+    /// No view.
+    CSharedView() = default;
+
+    /// No view if there is no such block, or access is denied.
+    explicit CSharedView(const std::wstring& name);
+
+    ~CSharedView();
+
+    CSharedView(CSharedView&& other) noexcept;
+    CSharedView& operator=(CSharedView&& other) noexcept;
+
+    /// The block, possibly with zeros after it; empty without a view.
+    std::span<const std::byte> GetBytes() const noexcept { return m_bytes; }
+
+private:
+    std::span<const std::byte> m_bytes;
+};
 
 } // namespace LbOs

@@ -74,7 +74,8 @@ struct SPlace
     bool operator==(const SPlace&) const = default;
 };
 
-/// The owner's id confirms the segment: the system reuses segment ids.
+/// What the link contains; no segment unless the current user owns the link. It also contains the segment's owner,
+/// because the system reuses the ids of segments.
 SPlace readOwnLink(const std::string& path)
 {
     char target[64] = {};
@@ -89,11 +90,13 @@ SPlace readOwnLink(const std::string& path)
     return *end == '/' ? SPlace{owner, static_cast<int>(std::strtol(end + 1, nullptr, 10))} : SPlace();
 }
 
-bool isBlock(const SPlace& place, std::size_t size)
+/// The size of the block; 0 if there is none.
+std::size_t getBlockSize(const SPlace& place)
 {
     shmid_ds status = {};
-    return place.segment >= 0 && shmctl(place.segment, IPC_STAT, &status) == 0 && status.shm_cpid == place.owner &&
-           status.shm_perm.cuid == geteuid() && status.shm_segsz >= size;
+    const bool isBlock = place.segment >= 0 && shmctl(place.segment, IPC_STAT, &status) == 0 &&
+                         status.shm_cpid == place.owner && status.shm_perm.cuid == geteuid();
+    return isBlock ? status.shm_segsz : 0;
 }
 
 } // namespace
@@ -133,7 +136,35 @@ bool CSharedMemory::IsNamed() const
 std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
 {
     const SPlace place = readOwnLink(Linux::ToObjectPath(name));
-    return isBlock(place, size) ? attach(place.segment, toFlags(access), size) : nullptr;
+    const std::size_t blockSize = getBlockSize(place);
+    return blockSize != 0 && blockSize >= size ? attach(place.segment, toFlags(access), size) : nullptr;
+}
+
+CSharedView::CSharedView(const std::wstring& name)
+{
+    const SPlace place = readOwnLink(Linux::ToObjectPath(name));
+    const std::size_t size = getBlockSize(place);
+    const void* const view = size == 0 ? nullptr : shmat(place.segment, nullptr, SHM_RDONLY);
+    if (size != 0 && view != reinterpret_cast<void*>(-1))
+    {
+        m_bytes = {static_cast<const std::byte*>(view), size};
+    }
+}
+
+CSharedView::~CSharedView()
+{
+    if (!m_bytes.empty())
+    {
+        shmdt(m_bytes.data());
+    }
+}
+
+CSharedView::CSharedView(CSharedView&& other) noexcept : m_bytes(std::exchange(other.m_bytes, {})) {}
+
+CSharedView& CSharedView::operator=(CSharedView&& other) noexcept
+{
+    std::swap(m_bytes, other.m_bytes);
+    return *this;
 }
 
 } // namespace LbOs

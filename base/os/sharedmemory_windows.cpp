@@ -16,7 +16,8 @@ struct CSharedMemory::SState
 namespace
 {
 
-/// Null on failure, also if the block is smaller. The view keeps the block alive, so the handle can be closed.
+/// Null on failure, also if the block has less than `size` bytes. The view keeps the block alive, so the handle can be
+/// closed.
 std::shared_ptr<void> mapView(HANDLE mapping, std::size_t size, DWORD rights)
 {
     void* const view = mapping == nullptr ? nullptr : MapViewOfFile(mapping, rights, 0, 0, size);
@@ -74,6 +75,35 @@ std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size
     const std::wstring objectName = Windows::ToObjectName(name);
     const Windows::Handle mapping(objectName.empty() ? nullptr : OpenFileMappingW(rights, FALSE, objectName.c_str()));
     return mapView(mapping.get(), size, rights);
+}
+
+CSharedView::CSharedView(const std::wstring& name)
+{
+    const std::wstring objectName = Windows::ToObjectName(name);
+    const Windows::Handle mapping(objectName.empty() ? nullptr
+                                                     : OpenFileMappingW(FILE_MAP_READ, FALSE, objectName.c_str()));
+    const void* const view = mapping ? MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0) : nullptr;
+    MEMORY_BASIC_INFORMATION pages = {};
+    if (view != nullptr && VirtualQuery(view, &pages, sizeof(pages)) != 0)
+    {
+        m_bytes = {static_cast<const std::byte*>(view), pages.RegionSize};
+    }
+}
+
+CSharedView::~CSharedView()
+{
+    if (!m_bytes.empty())
+    {
+        UnmapViewOfFile(m_bytes.data());
+    }
+}
+
+CSharedView::CSharedView(CSharedView&& other) noexcept : m_bytes(std::exchange(other.m_bytes, {})) {}
+
+CSharedView& CSharedView::operator=(CSharedView&& other) noexcept
+{
+    std::swap(m_bytes, other.m_bytes);
+    return *this;
 }
 
 } // namespace LbOs

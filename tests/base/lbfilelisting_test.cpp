@@ -163,6 +163,48 @@ TEST_F(FileListing, ListsEachFileOfSeveralWildcardsOnceAndInOrder)
     EXPECT_THAT(GetMatches(*listing, {}, {}), IsEmpty());
 }
 
+/// The plain way: each character and each length of a star is tried.
+bool MatchesPlainly(std::wstring_view name, std::wstring_view wildcard)
+{
+    if (wildcard.empty())
+    {
+        return name.empty();
+    }
+    const std::wstring_view rest = wildcard.substr(1);
+    if (wildcard.front() == L'*')
+    {
+        return MatchesPlainly(name, rest) || (!name.empty() && MatchesPlainly(name.substr(1), wildcard));
+    }
+    const bool matchesFirst = !name.empty() && (wildcard.front() == L'?' || wildcard.front() == name.front());
+    return matchesFirst && MatchesPlainly(name.substr(1), rest);
+}
+
+/// A text of up to 8 of the characters.
+std::wstring MakeText(std::mt19937& random, std::wstring_view characters)
+{
+    constexpr std::uint32_t c_Most = 8;
+    std::wstring text(random() % (c_Most + 1), L' ');
+    std::ranges::generate(text, [&] { return characters[random() % characters.size()]; });
+    return text;
+}
+
+TEST(FilePattern, MatchesLikeThePlainWay)
+{
+    constexpr int c_Rounds = 20000;
+    std::mt19937 random(1);
+    int matches = 0;
+    for (int round = 0; round < c_Rounds; ++round)
+    {
+        const std::wstring name = MakeText(random, L"ab");
+        const std::wstring text = MakeText(random, L"ab**?");
+        const Wildcards wildcards = {text};
+        const bool isMatch = LbFilePattern{wildcards, {}}.Matches(name);
+        ASSERT_EQ(isMatch, MatchesPlainly(name, text)) << name << L" " << text;
+        matches += isMatch ? 1 : 0;
+    }
+    EXPECT_GT(matches, c_Rounds / 10);
+}
+
 TEST_F(FileListing, DistinguishesPatternsWithEqualConcatenation)
 {
     for (const wchar_t* const name : {L"a", L"b", L"ab"})

@@ -41,7 +41,27 @@ class CChangingIndexModel : public CChangingModel
     }
 };
 
+/// The same for classes that tell their cases themselves.
+class CChangingNameModel : public CChangingModel
+{
+    LB_RTTI(CChangingNameModel)
+
+    std::wstring GetSubtestName(std::uint32_t subtest) const override
+    {
+        return L"my " + CChangingModel::GetSubtestName(subtest);
+    }
+};
+
+class CChangingCountModel : public CChangingModel
+{
+    LB_RTTI(CChangingCountModel)
+
+    std::uint32_t GetSubtestCount() const override { return CChangingModel::GetSubtestCount(); }
+};
+
 } // namespace
 
 LB_RTTI_CLASS(CChangingModel, LuUnitTest)
 LB_RTTI_CLASS(CChangingIndexModel, CChangingModel)
+LB_RTTI_CLASS(CChangingNameModel, CChangingModel)
+LB_RTTI_CLASS(CChangingCountModel, CChangingModel)

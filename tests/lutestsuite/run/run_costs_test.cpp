@@ -12,6 +12,7 @@
 #include "base/luunittest.h"
 #include "base/os/heapfunctions.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
+#include "tests/support/givenmessages.h"
 #include "tests/support/os/systemcounts.h"
 #include "tests/support/runtest.h"
 #include "tests/support/scopedfolder.h"
@@ -94,7 +95,9 @@ void awaitSharedListing(const std::wstring& folder)
 
 TEST(RunCosts, IncludeNoAllocationForOtherSubtests)
 {
+    GivenMessages messages(L"");
     CNamesMany object;
+    object.SetMessageStream(&messages);
     object.SelectSubtest(L"another");
     const auto count = countAllocations([&object] { object.InitSubtests(); });
     if (!count)
@@ -180,6 +183,24 @@ TEST_F(RunCostsOfFiles, AreAtMostOneMoreListingForAChildProcess)
 
     EXPECT_GE(*reads, 1U);
     EXPECT_LE(*reads, 2U);
+}
+
+TEST_F(RunCostsOfFiles, AreNoListingsInManyChildrenWhereTheProcessKnowsTheFolderAlready)
+{
+    // Needs the index of its case in each child.
+    const std::wstring directory = makeFiles(m_folder, L"inner/CChangingIndexModel", c_Files);
+    awaitSharedListing(directory + L"/");
+    LuTestSuiteSetup setup = MakeSetup(m_folder.GetPathOf(L"inner"));
+    setup.dlls = {L"changingmodels"};
+    setup.params.external = true;
+    setup.params.isolated = true;
+    const auto reads = CountReads(setup, directory);
+    if (!reads)
+    {
+        GTEST_SKIP() << "listings cannot be counted";
+    }
+
+    EXPECT_EQ(*reads, 0U);
 }
 
 TEST_F(RunCostsOfFiles, AreNoListingWhereTheProcessKnowsTheFolderAlready)

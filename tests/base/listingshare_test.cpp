@@ -1,0 +1,147 @@
+#include "base/listingshare.h"
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilelisting.h"
+#include "base/lbpath.h"
+#include "base/listingimage.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using LbListingImage::SListing;
+
+/// "a", "bc" and an empty name, with the matches of two patterns.
+class ListingImage : public testing::Test
+{
+protected:
+    std::vector<std::byte> Write() const
+    {
+        std::vector<std::byte> block(LbListingImage::GetSize(m_listing));
+        LbListingImage::Write(m_listing, block.data());
+        return block;
+    }
+
+    const std::vector<std::uint32_t> m_begins = {0, 1, 3, 3};
+    const std::vector<std::uint32_t> m_ranks = {0, 2};
+    const SListing m_listing{{{1, 2}, 3, 4}, L"abc", m_begins, {{L"*", m_ranks}, {L"none", {}}}};
+};
+
+TEST_F(ListingImage, IsReadAsItWasWritten)
+{
+    const std::vector<std::byte> block = Write();
+    const std::optional<SListing> read = LbListingImage::Read(block);
+
+    ASSERT_TRUE(read);
+    EXPECT_TRUE(read->stamp == m_listing.stamp);
+    EXPECT_EQ(read->text, L"abc");
+    EXPECT_EQ(std::vector(read->begins.begin(), read->begins.end()), m_begins);
+    ASSERT_EQ(read->matches.size(), 2U);
+    EXPECT_EQ(read->matches[0].pattern, L"*");
+    EXPECT_EQ(std::vector(read->matches[0].ranks.begin(), read->matches[0].ranks.end()), m_ranks);
+    EXPECT_EQ(read->matches[1].pattern, L"none");
+    EXPECT_TRUE(read->matches[1].ranks.empty());
+}
+
+TEST_F(ListingImage, IsNotReadFromAShorterBlock)
+{
+    const std::vector<std::byte> block = Write();
+    for (std::size_t size = 0; size < block.size(); ++size)
+    {
+        EXPECT_FALSE(LbListingImage::Read(std::span(block).first(size))) << size;
+    }
+}
+
+TEST_F(ListingImage, IsNotReadBeforeItIsComplete)
+{
+    std::vector<std::byte> block = Write();
+    std::memset(block.data(), 0, 1);
+
+    EXPECT_FALSE(LbListingImage::Read(block));
+}
+
+/// A folder with many files.
+class ListingShare : public testing::Test
+{
+protected:
+    ListingShare()
+    {
+        for (int number = 0; number < 100; ++number)
+        {
+            m_folder.WriteFile(std::to_wstring(number), "");
+        }
+    }
+
+    /// Shares the listing as soon as the folder has not changed for a while.
+    EListingShare Share()
+    {
+        EListingShare share = EListingShare::TooEarly;
+        while (share == EListingShare::TooEarly)
+        {
+            share = LbShareListing(m_folder.GetPath(), m_memory);
+            std::this_thread::yield();
+        }
+        return share;
+    }
+
+    ScopedFolder m_folder;
+    std::unique_ptr<LbOs::CSharedMemory> m_memory;
+};
+
+TEST_F(ListingShare, HasTheNamesAndMatchesOfTheFolder)
+{
+    const std::wstring_view wildcard = L"7*";
+    LbFileListing::Get(m_folder.GetPath())->GetMatches({{&wildcard, 1}, {}});
+    ASSERT_EQ(Share(), EListingShare::Made);
+    const auto stamp = LbOs::GetDirectoryStamp(m_folder.GetPath());
+    const LbOs::CSharedView view(LbListingImage::GetName(stamp.value()));
+    const std::optional<SListing> listing = LbListingImage::Read(view.GetBytes());
+
+    ASSERT_TRUE(listing);
+    EXPECT_EQ(listing->begins.size(), 101U);
+    EXPECT_EQ(listing->text.substr(0, 5), L"01101");
+    ASSERT_EQ(listing->matches.size(), 1U);
+    EXPECT_EQ(listing->matches[0].ranks.size(), 11U);
+}
+
+TEST_F(ListingShare, IsFoundUnderAnotherPathOfTheFolder)
+{
+    ASSERT_EQ(Share(), EListingShare::Made);
+    const std::wstring path = LbPath::WithoutSeparator(m_folder.GetPath());
+    const auto listing = LbFileListing::Get(path);
+
+    // A listing that this process has just read would not be shared yet.
+    EXPECT_EQ(LbFileListing::Get(path), listing);
+    EXPECT_EQ(listing->GetCount(), 100U);
+    EXPECT_EQ(listing->GetName(1), L"1");
+    EXPECT_EQ(listing->Find(L"99"), 99U);
+}
+
+TEST_F(ListingShare, IsNotFoundAfterAChange)
+{
+    ASSERT_EQ(Share(), EListingShare::Made);
+    m_folder.WriteFile(L"new", "");
+
+    EXPECT_EQ(LbFileListing::Get(LbPath::WithoutSeparator(m_folder.GetPath()))->GetCount(), 101U);
+}
+
+TEST_F(ListingShare, IsNotMadeForFewFiles)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"a", "");
+
+    EXPECT_EQ(LbShareListing(folder.GetPath(), m_memory), EListingShare::None);
+    EXPECT_EQ(LbShareListing(folder.GetPathOf(L"missing/"), m_memory), EListingShare::None);
+    EXPECT_EQ(m_memory, nullptr);
+}
+
+} // namespace
