@@ -224,6 +224,10 @@ const wchar_t* getReason(EMistake mistake)
         return L"unzulässige Breite";
     case EMistake::CountIsNoInteger:
         return L"Breite ohne ganzzahliges Argument";
+    case EMistake::NarrowTextNeedsHs:
+        return L"schmaler Text verlangt %hs";
+    case EMistake::WideTextNeedsS:
+        return L"breiter Text verlangt %s";
     case EMistake::ArgumentDoesNotFit:
         return L"unpassendes Argument";
     default:

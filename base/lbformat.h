@@ -149,6 +149,8 @@ void TheFormatHasAnUnknownConversion();
 void TheLengthDoesNotFitTheConversion();
 void TheWidthOrPrecisionIsTooLarge();
 void TheWidthOrPrecisionIsNoInt();
+void NarrowTextNeedsTheConversionPercentHs();
+void WideTextNeedsTheConversionPercentS();
 void TheArgumentDoesNotFitTheConversion();
 } // namespace LbFormatMistake
 
@@ -193,6 +195,10 @@ private:
             return LbFormatMistake::TheWidthOrPrecisionIsTooLarge();
         case LbPrintf::EMistake::CountIsNoInteger:
             return LbFormatMistake::TheWidthOrPrecisionIsNoInt();
+        case LbPrintf::EMistake::NarrowTextNeedsHs:
+            return LbFormatMistake::NarrowTextNeedsTheConversionPercentHs();
+        case LbPrintf::EMistake::WideTextNeedsS:
+            return LbFormatMistake::WideTextNeedsTheConversionPercentS();
         case LbPrintf::EMistake::ArgumentDoesNotFit:
             return LbFormatMistake::TheArgumentDoesNotFitTheConversion();
         }

@@ -47,6 +47,8 @@ enum class EMistake : std::uint8_t
     LengthDoesNotFit,
     CountTooLarge,
     CountIsNoInteger,
+    NarrowTextNeedsHs, ///< narrow text for a conversion of wide text
+    WideTextNeedsS,    ///< the reverse
     ArgumentDoesNotFit
 };
 
@@ -172,7 +174,7 @@ private:
         return isNext;
     }
 
-    /// False for one that no int holds.
+    /// Returns false if the number does not fit into an int.
     constexpr bool takeCount(std::int64_t& count)
     {
         constexpr std::int64_t c_Largest = std::numeric_limits<std::int32_t>::max();
@@ -256,6 +258,17 @@ constexpr bool Accepts(const SConversion& conversion, const SArgumentType& argum
     }
 }
 
+/// For an argument that the conversion does not accept.
+constexpr EMistake GetArgumentMistake(const SConversion& conversion, const SArgumentType& argument)
+{
+    if (conversion.IsOneOf(L"sS") && argument.kind == EKind::NarrowText)
+    {
+        return EMistake::NarrowTextNeedsHs;
+    }
+    return conversion.IsOneOf(L"sS") && argument.kind == EKind::WideText ? EMistake::WideTextNeedsS
+                                                                         : EMistake::ArgumentDoesNotFit;
+}
+
 /// The first mistake of a format with arguments of these types.
 constexpr EMistake FindMistake(std::wstring_view format, std::span<const SArgumentType> arguments)
 {
@@ -289,7 +302,7 @@ constexpr EMistake FindMistake(std::wstring_view format, std::span<const SArgume
         }
         if (!Accepts(conversion, arguments.front()))
         {
-            return EMistake::ArgumentDoesNotFit;
+            return GetArgumentMistake(conversion, arguments.front());
         }
         arguments = arguments.subspan(1);
     }

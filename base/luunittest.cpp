@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/givenstream.h"
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbpath.h"
@@ -18,6 +19,14 @@ namespace
 [[noreturn]] void throwNoSuchSubtest(std::uint32_t subtest, std::uint32_t count)
 {
     throw LbException(LbFormat(L"Untertest %u gibt es nicht, es sind %u", subtest, count));
+}
+
+/// True if a second object that is given this stream and directory holds the same as the first one. False if the class
+/// has stored others than the given ones: given those, it might change them again.
+bool canGiveAgain(const LuStreamWriteText* messages, const std::wstring& directory)
+{
+    const auto* const given = dynamic_cast<const LbGivenStream*>(messages);
+    return given != nullptr && given->GetDataDirectory() == directory;
 }
 
 /// The name of the sub-test's file. The class may give the sub-test itself another name.
@@ -147,7 +156,8 @@ void LuUnitTest::SelectSubtest(std::wstring_view name)
 {
     m_selected = name;
     const LbClassFacts facts = getFacts();
-    m_isForOne = facts.hasPlainList && facts.hasPlainRun && GetRTTI().GetCreate() != nullptr;
+    m_isForOne = facts.hasPlainList && facts.hasPlainRun && GetRTTI().GetCreate() != nullptr &&
+                 canGiveAgain(m_messages, m_dataDirectory);
 }
 
 bool LuUnitTest::HasSelectedSubtest()

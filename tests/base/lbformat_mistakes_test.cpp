@@ -72,10 +72,10 @@ TEST(LbRuntimeFormat, RefusesArgumentsOfTheWrongKind)
 {
     const void* pointer = nullptr;
     EXPECT_EQ(getMistake(L"%s", 1), L"unpassendes Argument");
-    EXPECT_EQ(getMistake(L"%s", "narrow"), L"unpassendes Argument");
-    EXPECT_EQ(getMistake(L"%hs", L"wide"), L"unpassendes Argument");
-    EXPECT_EQ(getMistake(L"%S", L"wide"), L"unpassendes Argument");
-    EXPECT_EQ(getMistake(L"%lS", "narrow"), L"unpassendes Argument");
+    EXPECT_EQ(getMistake(L"%s", "narrow"), L"schmaler Text verlangt %hs");
+    EXPECT_EQ(getMistake(L"%hs", L"wide"), L"breiter Text verlangt %s");
+    EXPECT_EQ(getMistake(L"%S", L"wide"), L"breiter Text verlangt %s");
+    EXPECT_EQ(getMistake(L"%lS", "narrow"), L"schmaler Text verlangt %hs");
     EXPECT_EQ(getMistake(L"%s", L'c'), L"unpassendes Argument");
     EXPECT_EQ(getMistake(L"%s", pointer), L"unpassendes Argument");
     EXPECT_EQ(getMistake(L"%d", L"text"), L"unpassendes Argument");

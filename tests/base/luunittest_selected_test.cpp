@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "base/lbencoding.h"
+#include "tests/support/givenmessages.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -204,7 +205,9 @@ protected:
         m_record.calls.clear();
         UnitTest object;
         LuUnitTest& unitTest = object;
-        unitTest.SetDataDirectory(m_folder.GetPath());
+        GivenMessages messages(m_folder.GetPath());
+        unitTest.SetMessageStream(&messages);
+        unitTest.SetDataDirectory(messages.GetDataDirectory());
         unitTest.SelectSubtest(name);
         unitTest.InitSubtests();
         if (!unitTest.HasSelectedSubtest())
@@ -324,7 +327,9 @@ TEST_F(SelectedSubtest, IsFoundByANameFormedFromTheCurrentCount)
 
 TEST_F(SelectedSubtest, HasNoFilesWithoutADataDirectory)
 {
+    GivenMessages messages(L"");
     CSelectable unitTest;
+    unitTest.SetMessageStream(&messages);
     unitTest.SetDataDirectory(L"");
     unitTest.SelectSubtest(L"a.txt");
     unitTest.InitSubtests();

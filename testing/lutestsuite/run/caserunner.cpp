@@ -41,7 +41,7 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
     info.messages = LoadMessages(buffer);
 }
 
-/// Checks only the next few cases, because no more processes are started in advance.
+/// Counts only among the next few cases, because no more processes are started in advance.
 std::size_t countIsolated(PlannedCases toCome)
 {
     const PlannedCases next = toCome.first(std::min(toCome.size(), CSpareChildren::GetMost()));
@@ -125,9 +125,19 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
     readAnswer(*m_buffer->GetReadAccess(), planned.info);
 }
 
+void CCaseRunner::shareListing(const LuTestSuite::SUnitTest& unitTest)
+{
+    CSharedListings* const listings = m_spares.GetSettings().listings;
+    if (listings != nullptr && m_sharedFor != &unitTest && listings->Share(unitTest.dataDirectory))
+    {
+        m_sharedFor = &unitTest;
+    }
+}
+
 void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end)
 {
     const SParams& params = planned.params;
+    shareListing(planned.unitTest);
     CChildChannel& channel = m_external.Obtain(params.isolated);
     if (!WriteRequest(*channel.GetBuffer().GetWriteAccess(), planned.unitTest, planned.testCase, params))
     {

@@ -27,9 +27,9 @@ public:
     /// The arguments must outlive the runner.
     CCaseRunner(CRunEvents& events, CSpareChildren& spares) : m_events(events), m_spares(spares), m_external(spares) {}
 
-    /// Runs the case, fills its record and reports its events. For a case whose name is too long, or a canceled one,
-    /// the result in its record does not change. `toCome` lists the next cases of all threads, for which processes may
-    /// be started meanwhile.
+    /// Runs the case, fills its record and reports its events. If the case is canceled or its name is too long, the
+    /// result in its record does not change. `toCome` lists the next cases of all threads, for which processes may be
+    /// started meanwhile.
     using ToCome = std::function<PlannedCases()>;
     void Run(const SPlannedCase& planned, const ToCome& toCome);
 
@@ -44,6 +44,7 @@ private:
     void execute(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end);
     void runHere(const SPlannedCase& planned, SCaseEnd& end);
     void runInChild(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end);
+    void shareListing(const LuTestSuite::SUnitTest& unitTest);
 
     CRunEvents& m_events;
     const std::function<bool()> m_isCanceled = [this] { return m_events.IsCanceled(); };
@@ -51,6 +52,7 @@ private:
     std::optional<CHeapWorkBuffer> m_buffer;
     std::optional<LuTestSuite::CCrashThread> m_crashThread; ///< exists together with the buffer
     CExternalContext m_external;
+    const LuTestSuite::SUnitTest* m_sharedFor = nullptr; ///< its listing is shared
     const std::uint64_t m_ownProcessId = LbOs::GetProcessId();
 };
 

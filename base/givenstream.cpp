@@ -1,0 +1,3 @@
+#include "base/givenstream.h"
+
+LbGivenStream::~LbGivenStream() = default;

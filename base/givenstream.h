@@ -1,0 +1,23 @@
+/// The message stream that a runner gives to an object for one case. Not for use outside of this project.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "base/lbexport.h"
+#include "base/lustream.h"
+
+/// A message stream that knows which data directory its object is given. An override of LuUnitTest::SetMessageStream or
+/// SetDataDirectory may store another stream or directory; LuUnitTest recognises that by this class.
+class LB_API LbGivenStream : public LuStreamWriteText
+{
+public:
+    ~LbGivenStream() override;
+
+    /// Call it before the object's SetDataDirectory.
+    void SetDataDirectory(std::wstring directory) noexcept { m_directory = std::move(directory); }
+    const std::wstring& GetDataDirectory() const noexcept { return m_directory; }
+
+private:
+    std::wstring m_directory;
+};

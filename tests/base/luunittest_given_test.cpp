@@ -1,0 +1,120 @@
+/// Objects for one sub-test whose classes replace the stream or the directory that they are given.
+
+#include "base/luunittest.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbpath.h"
+#include "tests/support/givenmessages.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+/// Has its files in a folder below the one that it is given.
+class CBelowItsFolder : public LuUnitTest
+{
+    LB_RTTI(CBelowItsFolder)
+    void SetDataDirectory(const std::wstring& directory) override
+    {
+        LuUnitTest::SetDataDirectory(LbPath::WithSeparator(directory + L"sub"));
+    }
+    void InitSubtests() override
+    {
+        AddFileSubtests(L"*.txt",
+                        [this](const std::wstring&) { Info(L"%u from %s", GetSubtestCount(), GetSubtestName(0)); });
+    }
+};
+
+/// Passes its lines on with a mark, and runs its second sub-test in the first one.
+class CMarksMessages : public LuUnitTest
+{
+    LB_RTTI(CMarksMessages)
+    void SetMessageStream(LuStreamWriteText* stream) override
+    {
+        m_marked.to = stream;
+        LuUnitTest::SetMessageStream(&m_marked);
+    }
+    void InitSubtests() override
+    {
+        AddSubtest(L"runs another", [this] { RunUnitTest(1); });
+        AddSubtest(L"speaks", [this] { Info(L"text"); });
+    }
+
+    struct SMarked : public LuStreamWriteText
+    {
+        void Write(std::wstring_view text) override { to->Write(L"marked:" + std::wstring(text)); }
+
+        LuStreamWriteText* to = nullptr;
+    };
+    SMarked m_marked;
+};
+
+/// Keeps the stream for itself.
+class CKeepsMessages : public LuUnitTest
+{
+    LB_RTTI(CKeepsMessages)
+    void SetMessageStream(LuStreamWriteText* stream) override { m_stream = stream; }
+    void InitSubtests() override
+    {
+        AddSubtest(L"runs another", [this] { RunUnitTest(1); });
+        AddSubtest(L"speaks", [this] { m_stream->Write(L"text"); });
+    }
+
+    LuStreamWriteText* m_stream = nullptr;
+};
+
+} // namespace
+
+LB_RTTI_CLASS(CBelowItsFolder, LuUnitTest)
+LB_RTTI_CLASS(CMarksMessages, LuUnitTest)
+LB_RTTI_CLASS(CKeepsMessages, LuUnitTest)
+
+namespace
+{
+
+/// Calls an object as a runner does. Returns its messages, or "not found" if it lacks the sub-test.
+template<typename UnitTest>
+std::wstring run(const std::wstring& name, const std::wstring& directory = L"")
+{
+    GivenMessages messages(directory);
+    UnitTest object;
+    LuUnitTest& unitTest = object;
+    unitTest.SetMessageStream(&messages);
+    unitTest.SetDataDirectory(directory);
+    unitTest.SelectSubtest(name);
+    unitTest.InitSubtests();
+    if (!unitTest.HasSelectedSubtest())
+    {
+        return L"not found";
+    }
+    unitTest.RunSelectedSubtest();
+    return messages.GetText();
+}
+
+TEST(SelectedSubtestOfAReplacingClass, IsOneOfThoseInTheFolderThatTheClassChooses)
+{
+    const ScopedFolder folder;
+    for (const wchar_t* const name : {L"a.txt", L"sub/x.txt", L"sub/y.txt", L"sub/sub/another.txt"})
+    {
+        folder.WriteFile(name, "");
+    }
+
+    EXPECT_EQ(run<CBelowItsFolder>(L"y.txt", folder.GetPath()), L"\t\tINFO:  2 from x.txt\n");
+    EXPECT_EQ(run<CBelowItsFolder>(L"another.txt", folder.GetPath()), L"not found");
+    EXPECT_EQ(run<CBelowItsFolder>(L"a.txt", folder.GetPath()), L"not found");
+}
+
+TEST(SelectedSubtestOfAReplacingClass, MayRunAnotherWhoseMessagesTheClassChanges)
+{
+    EXPECT_EQ(run<CMarksMessages>(L"runs another"), L"marked:\t\tINFO:  text\n");
+}
+
+TEST(SelectedSubtestOfAReplacingClass, MayRunAnotherWhereTheClassKeepsTheStream)
+{
+    EXPECT_EQ(run<CKeepsMessages>(L"runs another"), L"text");
+}
+
+} // namespace
