@@ -11,6 +11,7 @@
 #include "base/lbencoding.h"
 #include "base/lbpath.h"
 #include "base/lbtimer.h"
+#include "base/os/crash.h"
 #include "tests/support/eventrecorder.h"
 #include "tests/support/externalruntest.h"
 #include "tests/support/probe.h"
@@ -31,10 +32,6 @@ protected:
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
         GTEST_SKIP() << "sanitizers handle crashes themselves";
 #endif
-        if (LbPath::c_Separator == L'\\')
-        {
-            GTEST_SKIP() << "no stacks on Windows";
-        }
     }
 
     /// Runs the case in a child that has run another case; returns its end.
@@ -78,8 +75,10 @@ TEST_P(RunStacksOf, NameTheFunctionAtFault)
     EXPECT_TRUE(stack.isAtFault);
     EXPECT_LE(stack.frames.size(), SThreadStack::sc_uiMostFrames);
     EXPECT_TRUE(std::ranges::any_of(stack.frames, [](const SStackFrame& frame) {
-        return frame.function.find(GetParam().function) != std::wstring::npos && frame.offset != 0 &&
-               frame.module.find(L"crashmodels") != std::wstring::npos;
+        // Symbols of functions that a module does not export are rare on Windows.
+        const bool isNamed =
+            LbPath::c_Separator == L'\\' || frame.function.find(GetParam().function) != std::wstring::npos;
+        return isNamed && frame.offset != 0 && frame.module.find(L"crashmodels") != std::wstring::npos;
     })) << LbEncoding::ToUtf8(end.info.messages);
 }
 
@@ -90,6 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SFault{L"abort", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
                     SFault{L"terminate", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
                     SFault{L"Division durch null", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
+                    SFault{L"Aufruf von null", ECaseEnd::ChildEnded, L"CCrashModel::InitSubtests()"},
                     SFault{L"Exception im Thread", ECaseEnd::ChildEnded, L"throwOutOfThread()"},
                     SFault{L"Endlosschleife", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"},
                     SFault{L"Verklemmung", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"}));
@@ -156,7 +156,7 @@ TEST_F(RunStacks, AreReadForACrashThatIsNoticedAfterTheTimeLimit)
     const EventRecorder::SEnd& end = m_events.ends.at(0);
     EXPECT_EQ(end.end.kind, ECaseEnd::ChildEnded);
     EXPECT_FALSE(end.end.stacks.empty());
-    EXPECT_NE(end.end.reason.find(L"SIGABRT"), std::wstring::npos) << LbEncoding::ToUtf8(end.end.reason);
+    EXPECT_TRUE(LbOs::MayBeAbort(end.end.exitStatus.value_or(0))) << LbEncoding::ToUtf8(end.end.reason);
 }
 
 TEST_F(RunStacks, AreThoseOfAllThreads)
@@ -166,7 +166,8 @@ TEST_F(RunStacks, AreThoseOfAllThreads)
 
     EXPECT_TRUE(std::ranges::any_of(end.end.stacks, [](const SThreadStack& stack) {
         return !stack.isAtFault && std::ranges::any_of(stack.frames, [](const SStackFrame& frame) {
-            return frame.function.find(L"deadLock()") != std::wstring::npos;
+            return LbPath::c_Separator == L'\\' ? frame.module.find(L"crashmodels") != std::wstring::npos
+                                                : frame.function.find(L"deadLock()") != std::wstring::npos;
         });
     })) << LbEncoding::ToUtf8(end.info.messages);
 }

@@ -1,0 +1,62 @@
+/// Call stacks of another process by the system's library dbghelp.dll. Internal to the Windows side.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/os/stacks.h"
+#include "base/os/windows/api.h"
+#include "base/os/windows/functiontables.h"
+
+namespace LbOs::Windows
+{
+
+using Deadline = std::chrono::steady_clock::time_point;
+
+/// The library serves one thread at a time. Empty if others use it until the deadline.
+std::unique_lock<std::timed_mutex> LockDebugHelp(Deadline deadline);
+
+/// Finds callers by the modules' unwind tables, and names by their symbols. Used by one thread.
+class CDebugHelp
+{
+public:
+    /// Null without the library, or if others use it until the deadline. The tables must outlive the object.
+    static std::unique_ptr<CDebugHelp> Create(HANDLE process, CFunctionTables& tables, Deadline deadline);
+
+    ~CDebugHelp();
+    CDebugHelp(const CDebugHelp&) = delete;
+    CDebugHelp& operator=(const CDebugHelp&) = delete;
+
+    /// The addresses of the frames of a suspended thread with these registers, the innermost first.
+    std::vector<std::uint64_t> Unwind(HANDLE thread, CONTEXT registers, Deadline deadline) const;
+
+    /// Fills in function, file and line as far as they are known. The process may have ended. `isCall`: the address is
+    /// the one after a call.
+    void Name(SStackFrame& frame, bool isCall);
+
+private:
+    CDebugHelp(HANDLE process, CFunctionTables& tables, std::unique_lock<std::timed_mutex> lock);
+
+    /// False if the library has no session.
+    bool ensureSymbols(const SRemoteModule& module);
+
+    /// The function's readable name; empty if no symbol belongs to the address.
+    std::wstring findName(std::uint64_t address) const;
+    std::wstring findNameAt(std::uint64_t address, bool isStart) const;
+
+    /// The library's name for the session. If it were the process handle, the library would examine that process.
+    HANDLE getSession() const { return const_cast<CDebugHelp*>(this); }
+
+    std::unique_lock<std::timed_mutex> m_lock;
+    HANDLE m_process;
+    CFunctionTables& m_tables;
+    bool m_hasSession = false;
+    std::set<std::uint64_t> m_named; ///< starts of the modules that the library knows
+};
+
+} // namespace LbOs::Windows
