@@ -51,7 +51,8 @@ struct SCrash
     char module[sc_uiNameCapacity] = {};  ///< bare name in UTF-8 of the instruction's module; empty if there is none
     std::uintptr_t offset = 0;            ///< of the instruction in that module
     std::uint64_t thread = 0;             ///< the system's id of the crashed thread
-    std::uint64_t context = 0;            ///< address of its registers as the system keeps them; 0 where unknown
+    std::uint64_t context = 0;            ///< address of the system's record of the crash, which has its registers: on
+                                          ///< Linux ucontext_t, on Windows EXCEPTION_POINTERS; 0 where unknown
 };
 
 /// Runs on the crashed thread, in an arbitrary state: must neither allocate memory nor take locks. A crash within ends

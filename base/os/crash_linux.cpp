@@ -14,7 +14,7 @@
 #include "base/os/linux/crashplace.h"
 #include "base/os/linux/rawcalls.h"
 
-/// Exists only with a sanitizer.
+/// Defined only if a sanitizer is present.
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
 namespace
@@ -76,7 +76,7 @@ void endBySignal(int signal)
     Linux::Call(SYS_tgkill, Linux::Call(SYS_getpid), Linux::Call(SYS_gettid), signal);
 }
 
-/// True if the accessed memory is near the end of the stack, as far as one instruction shows.
+/// True if the accessed memory is near the end of the stack. One instruction tells no more than that.
 bool isNearStack(std::uintptr_t target, std::uintptr_t stack)
 {
     constexpr std::uintptr_t c_Near = 65536;

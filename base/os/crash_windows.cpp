@@ -64,11 +64,14 @@ const SCrashKind* findKind(std::int64_t code)
 /// The exit status of the run-time's own abort().
 constexpr UINT c_AbortStatus = 3;
 
+/// STATUS_FATAL_APP_EXIT, the code with which debuggers know abort().
+constexpr DWORD c_AbortCode = 0x40000015;
+
 std::atomic<CrashReport> s_report = nullptr;
 std::atomic<LPTOP_LEVEL_EXCEPTION_FILTER> s_former = nullptr;
 std::atomic<DWORD> s_reporter = 0; ///< thread that calls the report
 
-/// Asks for the mapping of the pages and not the loader, whose lock another thread may hold.
+/// Queries the mapping of the pages instead of the loader, whose lock another thread may hold.
 void findPlace(SCrash& crash)
 {
     MEMORY_BASIC_INFORMATION pages = {};
@@ -91,7 +94,7 @@ void findPlace(SCrash& crash)
 
 /// If another thread crashes during the report, it waits for the end of the process. A crash within the report ends the
 /// process.
-void report(SCrash& crash)
+void report(SCrash& crash, EXCEPTION_POINTERS& exception)
 {
     const CrashReport report = s_report.load();
     const DWORD thread = GetCurrentThreadId();
@@ -105,6 +108,8 @@ void report(SCrash& crash)
         Sleep(INFINITE);
     }
     findPlace(crash);
+    crash.thread = thread;
+    crash.context = reinterpret_cast<std::uint64_t>(&exception);
     report(crash);
 }
 
@@ -128,7 +133,7 @@ LONG CALLBACK endWithCode(EXCEPTION_POINTERS* exception)
     {
         crash.target = record.ExceptionInformation[1];
     }
-    report(crash);
+    report(crash, *exception);
     TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
     return EXCEPTION_EXECUTE_HANDLER;
 }
@@ -138,7 +143,14 @@ void endAborted(int /*signal*/)
     SCrash crash;
     crash.kind = {"abort", "Abbruch durch das Programm selbst"};
     crash.address = reinterpret_cast<std::uintptr_t>(__builtin_return_address(0));
-    report(crash);
+    // An abort raises no exception, but the reader of the stacks needs registers.
+    CONTEXT registers;
+    RtlCaptureContext(&registers);
+    EXCEPTION_RECORD record = {};
+    record.ExceptionCode = c_AbortCode;
+    record.ExceptionAddress = __builtin_return_address(0);
+    EXCEPTION_POINTERS exception = {&record, &registers};
+    report(crash, exception);
     TerminateProcess(GetCurrentProcess(), c_AbortStatus);
 }
 
@@ -179,7 +191,7 @@ void keepStack()
     SetThreadStackGuarantee(&guarantee);
 }
 
-/// Whether exceptions end the process silently once the report no longer exists.
+/// True if exceptions end the process silently once the report no longer exists.
 std::atomic<bool> s_isSilent = false;
 
 /// The file that receives crash texts in addition to standard error.

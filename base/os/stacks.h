@@ -39,6 +39,7 @@ struct SCrashedThread
 {
     std::uint64_t thread = 0;  ///< the system's id
     std::uint64_t context = 0; ///< SCrash::context
+    std::uint32_t code = 0;    ///< SCrash::code
 };
 
 /// The stacks of the child's threads, at most 64. The first one is the one at fault: that of the crashed thread or,
@@ -46,8 +47,9 @@ struct SCrashedThread
 /// afterwards. Stops after 1.2 s and returns what it has by then; names are looked up last. Empty on failure. Any
 /// thread, one at a time for a child.
 ///
-/// On Linux it needs the right to trace the child, and libdw for more than the innermost frame and for names; that
-/// library is loaded by the first call. There are no stacks on Windows.
+/// The first call loads the library that finds callers and names. On Linux it needs libdw for more than the innermost
+/// frame and for names, and the right to trace the child. On Windows it needs the system's dbghelp.dll, which serves
+/// one caller at a time: others wait, as long as there is time.
 LB_API std::vector<SThreadStack> ReadStacks(const CChildProcess& child, const std::optional<SCrashedThread>& crashed);
 
 } // namespace LbOs

@@ -45,12 +45,17 @@ std::vector<SPlace> readPlaces(pid_t process)
     return places;
 }
 
+/// Null for an address to which no file is mapped.
+const SPlace* findPlace(const std::vector<SPlace>& places, std::uint64_t address)
+{
+    const auto place = std::ranges::find_if(
+        places, [address](const SPlace& candidate) { return address >= candidate.start && address < candidate.end; });
+    return place == places.end() ? nullptr : &*place;
+}
+
 void findModule(const std::vector<SPlace>& places, SStackFrame& frame)
 {
-    const auto place = std::ranges::find_if(places, [&frame](const SPlace& candidate) {
-        return frame.address >= candidate.start && frame.address < candidate.end;
-    });
-    if (place != places.end())
+    if (const SPlace* const place = findPlace(places, frame.address))
     {
         frame.module = LbEncoding::FromNative(place->path.substr(place->path.rfind('/') + 1));
         frame.offset = frame.address - place->moduleStart;
@@ -80,10 +85,8 @@ public:
 private:
     void readAddresses()
     {
-        const Linux::CTracedThreads traced(m_process, m_deadline);
-        std::vector<pid_t> threads = traced.GetThreads();
-        std::ranges::partition(threads, [this](pid_t thread) { return thread == m_faulty; });
-        for (const pid_t thread : threads)
+        const Linux::CTracedThreads traced(m_process, m_faulty, m_deadline);
+        for (const pid_t thread : traced.GetThreads())
         {
             readThread(thread);
         }
@@ -100,22 +103,46 @@ private:
         {
             return;
         }
-        std::vector<std::uint64_t> addresses;
-        if (m_unwinder)
-        {
-            addresses = m_unwinder->Unwind(thread, *registers, m_deadline);
-        }
-        if (addresses.empty())
-        {
-            addresses = {(*registers)[Linux::c_InstructionRegister]};
-        }
         SThreadStack& stack = m_stacks.emplace_back();
         stack.thread = static_cast<std::uint64_t>(thread);
         stack.isAtFault = isAtFault;
-        for (const std::uint64_t address : addresses)
+        for (const std::uint64_t address : unwind(thread, *registers))
         {
             stack.frames.emplace_back().address = address;
         }
+    }
+
+    /// Innermost first, at least one.
+    std::vector<std::uint64_t> unwind(pid_t thread, const Linux::Registers& registers) const
+    {
+        const std::uint64_t innermost = registers[Linux::c_InstructionRegister];
+        std::vector<std::uint64_t> addresses;
+        if (m_unwinder)
+        {
+            addresses = m_unwinder->Unwind(thread, findCaller(registers), m_deadline);
+        }
+        if (addresses.empty() || addresses.front() != innermost)
+        {
+            addresses.insert(addresses.begin(), innermost);
+        }
+        addresses.resize(std::min<std::size_t>(addresses.size(), SThreadStack::sc_uiMostFrames));
+        return addresses;
+    }
+
+    /// A call of an address without code, such as null, has left the address of its caller on top of the stack, where
+    /// no unwind table finds it. Returns the registers as they are otherwise.
+    Linux::Registers findCaller(Linux::Registers registers) const
+    {
+        if (findPlace(m_places, registers[Linux::c_InstructionRegister]) == nullptr)
+        {
+            const std::optional<std::uint64_t> caller = Linux::ReadWord(m_process, registers[Linux::c_StackRegister]);
+            if (caller && findPlace(m_places, *caller) != nullptr)
+            {
+                registers[Linux::c_InstructionRegister] = *caller;
+                registers[Linux::c_StackRegister] += sizeof(*caller);
+            }
+        }
+        return registers;
     }
 
     void name(SThreadStack& stack) const

@@ -29,8 +29,8 @@ public:
     CThreadFreezer(const CThreadFreezer&) = delete;
     CThreadFreezer& operator=(const CThreadFreezer&) = delete;
 
-    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, if for
-    /// this time no further thread stopped although one still had to (it blocks all signals, or the signal queue is
+    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, if no
+    /// thread stopped for this time although some still had to (a thread blocks all signals, or the signal queue is
     /// full), if threads kept starting for this time and 16 enumerations (Windows), or if the threads cannot be listed
     /// (no "/proc" of this process id name space).
     bool Freeze(unsigned timeoutMs) noexcept;

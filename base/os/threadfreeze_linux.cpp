@@ -3,25 +3,24 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <ctime>
-#include <string_view>
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
 
 #include "base/os/linux/cancellation.h"
+#include "base/os/linux/ownthreads.h"
 
 // Each frozen thread sits in the handler of a real-time signal until the generation changes. A signal carries the
 // generation and the thread's slot, so that one that arrives after its freeze was given up does nothing.
 
 namespace
 {
+
+namespace Linux = LbOs::Linux;
 
 constexpr std::size_t c_SlotCount = 8192;
 constexpr unsigned c_SlotBits = 16;
@@ -89,16 +88,6 @@ bool sendStop(pid_t thread, std::size_t slot, std::uint32_t generation) noexcept
     return syscall(SYS_rt_tgsigqueueinfo, getpid(), thread, s_signal, &information) == 0;
 }
 
-pid_t parseNumber(const char* text) noexcept
-{
-    pid_t number = 0;
-    for (; *text >= '0' && *text <= '9'; ++text)
-    {
-        number = number * 10 + (*text - '0');
-    }
-    return number;
-}
-
 /// Time since construction. Not affected by signals that interrupt waits.
 class CStopwatch
 {
@@ -117,123 +106,9 @@ private:
     std::int64_t m_begin = now();
 };
 
-enum class EThreadFile
-{
-    Read,
-    Gone,      ///< the thread has ended
-    Unreadable ///< the state of the thread is unknown
-};
-
-/// Reads the beginning of one of the kernel's files about a thread.
-template<std::size_t Size>
-EThreadFile readThreadFile(pid_t thread, std::string_view name, char (&text)[Size], std::size_t& length) noexcept
-{
-    char path[64];
-    char digits[16];
-    std::size_t digitCount = 0;
-    for (; thread > 0; thread /= 10)
-    {
-        digits[digitCount++] = static_cast<char>('0' + thread % 10);
-    }
-    char* end = std::copy_n("/proc/self/task/", 16, path);
-    end = std::reverse_copy(digits, digits + digitCount, end);
-    *std::ranges::copy(name, end).out = '\0';
-    const int file = open(path, O_RDONLY | O_CLOEXEC);
-    const ssize_t count = file < 0 ? -1 : read(file, text, Size);
-    const bool isGone = count < 0 && (errno == ENOENT || errno == ESRCH);
-    if (file >= 0)
-    {
-        close(file);
-    }
-    length = count > 0 ? static_cast<std::size_t>(count) : 0;
-    return length > 0 ? EThreadFile::Read : isGone ? EThreadFile::Gone : EThreadFile::Unreadable;
-}
-
-/// True for a thread that will never run again: it has ended, or it is the main thread and has left the process to the
-/// others.
-bool hasEnded(pid_t thread) noexcept
-{
-    char text[512];
-    std::size_t length = 0;
-    const EThreadFile result = readThreadFile(thread, "/stat", text, length);
-    if (result != EThreadFile::Read)
-    {
-        return result == EThreadFile::Gone;
-    }
-    // "number (name) state ..."; a name may contain parentheses.
-    const char* const end = text + length;
-    const char* name = end;
-    while (name > text && name[-1] != ')')
-    {
-        --name;
-    }
-    return name > text && name + 1 < end && (name[1] == 'Z' || name[1] == 'X');
-}
-
-struct SDirectoryEntry
-{
-    std::uint64_t number;
-    std::int64_t offset;
-    std::uint16_t length;
-    std::uint8_t type;
-    char name[1];
-};
-
-/// Calls `function` for all other threads until it returns false. Returns false in that case, and if there is no usable
-/// list of threads: a list without the calling thread belongs to another process id name space.
-template<typename F>
-bool forOtherThreads(const F& function) noexcept
-{
-    const int directory = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (directory < 0)
-    {
-        return false;
-    }
-    const auto self = static_cast<pid_t>(syscall(SYS_gettid));
-    alignas(SDirectoryEntry) char buffer[4096];
-    long length = 1;
-    bool isGood = true;
-    bool isListed = false;
-    while (isGood && length > 0)
-    {
-        length = syscall(SYS_getdents64, directory, buffer, sizeof(buffer));
-        isGood = length >= 0;
-        for (long position = 0; isGood && position < length;)
-        {
-            const auto* const entry = reinterpret_cast<const SDirectoryEntry*>(buffer + position);
-            position += entry->length;
-            const pid_t thread = parseNumber(entry->name);
-            isListed = isListed || thread == self;
-            isGood = thread == 0 || thread == self || function(thread);
-        }
-    }
-    close(directory);
-    return isGood && isListed;
-}
-
 constexpr std::uint64_t toMask(int signal) noexcept
 {
     return std::uint64_t{1} << static_cast<unsigned>(signal - 1);
-}
-
-/// The signals that a thread blocks, bit 0 for signal 1; empty if the thread has ended.
-std::uint64_t readBlockedSignals(pid_t thread) noexcept
-{
-    constexpr std::string_view c_Field = "\nSigBlk:\t";
-    char buffer[4096];
-    std::size_t length = 0;
-    if (readThreadFile(thread, "/status", buffer, length) != EThreadFile::Read)
-    {
-        return 0;
-    }
-    const std::string_view text(buffer, length);
-    const std::size_t field = text.find(c_Field);
-    std::uint64_t blocked = 0;
-    if (field != std::string_view::npos)
-    {
-        std::from_chars(text.data() + field + c_Field.size(), text.data() + text.size(), blocked, 16);
-    }
-    return blocked;
 }
 
 bool isOurs(const struct sigaction& action) noexcept
@@ -278,14 +153,14 @@ bool takeSignal() noexcept
     {
         return true;
     }
-    std::uint64_t blocked = readBlockedSignals(static_cast<pid_t>(syscall(SYS_gettid)));
+    std::uint64_t blocked = Linux::ReadBlockedSignals(static_cast<pid_t>(syscall(SYS_gettid)));
     if (s_signal != 0)
     {
         blocked |= toMask(s_signal);
         s_signal = 0;
     }
-    forOtherThreads([&blocked](pid_t thread) {
-        blocked |= readBlockedSignals(thread);
+    Linux::ForOtherThreads([&blocked](pid_t thread) {
+        blocked |= Linux::ReadBlockedSignals(thread);
         return true;
     });
     return takeSignalExcept(blocked) || takeSignalExcept(0);
@@ -335,7 +210,7 @@ private:
 
     bool stopNewThreads() noexcept
     {
-        return forOtherThreads([this](pid_t thread) { return isKnown(thread) || stop(thread); });
+        return Linux::ForOtherThreads([this](pid_t thread) { return isKnown(thread) || stop(thread); });
     }
 
     bool isKnown(pid_t thread) const noexcept
@@ -361,7 +236,7 @@ private:
                 m_isRefused = true;
                 return true;
             }
-            if (errno != ESRCH || !hasEnded(thread))
+            if (errno != ESRCH || !Linux::HasEnded(thread))
             {
                 return false;
             }
@@ -380,7 +255,7 @@ private:
     {
         for (std::size_t index = 0; index < m_count; ++index)
         {
-            if (s_slots[index].state == toPending(m_generation) && hasEnded(s_slots[index].thread))
+            if (s_slots[index].state == toPending(m_generation) && Linux::HasEnded(s_slots[index].thread))
             {
                 s_slots[index].state = 0;
             }

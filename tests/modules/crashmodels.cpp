@@ -33,6 +33,7 @@ namespace
 // Volatile, so that the compiler cannot predict the crash.
 volatile int s_zero = 0;
 int* volatile s_nothing = nullptr;
+void (*volatile s_noFunction)() = nullptr;
 
 int overflowStack(int depth)
 {
@@ -236,6 +237,10 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"terminate", [] { std::terminate(); });
         AddSubtest(L"exit", [] { std::exit(0); });
         AddSubtest(L"Division durch null", [this] { Info(L"%d", 100 / s_zero); });
+        AddSubtest(L"Aufruf von null", [this] {
+            s_noFunction();
+            Info(L"zurück");
+        });
         AddSubtest(L"Endlosschleife", [] { hang(); });
         AddSubtest(L"Verklemmung", [] { deadLock(); });
         AddSubtest(L"geschlossene Dateien", [] { closeAllFiles(); });

@@ -42,8 +42,12 @@ bool read(pid_t process, std::uint64_t address, void* target, std::size_t size)
 
 } // namespace
 
-CTracedThreads::CTracedThreads(pid_t process, Deadline deadline)
+CTracedThreads::CTracedThreads(pid_t process, pid_t first, Deadline deadline)
 {
+    if (attach(first))
+    {
+        awaitStops(deadline);
+    }
     // A thread that is still running may start others.
     while (attachNew(process) && std::chrono::steady_clock::now() < deadline)
     {
@@ -65,14 +69,20 @@ bool CTracedThreads::attachNew(pid_t process)
     for (const pid_t id : listThreads(process))
     {
         const bool isKnown = std::ranges::find(m_threads, id, &SThread::id) != m_threads.end();
-        if (!isKnown && m_threads.size() < c_MostThreads && ptrace(PTRACE_SEIZE, id, nullptr, nullptr) == 0)
-        {
-            ptrace(PTRACE_INTERRUPT, id, nullptr, nullptr);
-            m_threads.push_back({id, 0, false});
-            hasNew = true;
-        }
+        hasNew = (!isKnown && m_threads.size() < c_MostThreads && attach(id)) || hasNew;
     }
     return hasNew;
+}
+
+bool CTracedThreads::attach(pid_t thread)
+{
+    if (ptrace(PTRACE_SEIZE, thread, nullptr, nullptr) != 0)
+    {
+        return false;
+    }
+    ptrace(PTRACE_INTERRUPT, thread, nullptr, nullptr);
+    m_threads.push_back({thread, 0, false});
+    return true;
 }
 
 void CTracedThreads::awaitStops(Deadline deadline)
@@ -82,7 +92,7 @@ void CTracedThreads::awaitStops(Deadline deadline)
         while (!thread.isStopped)
         {
             siginfo_t info = {};
-            // Without WEXITED, because other code waits for the end of the process.
+            // Without WEXITED, so that other code can wait for the end of the process.
             const int waited = waitid(P_PID, static_cast<id_t>(thread.id), &info, WSTOPPED | WNOHANG | __WALL);
             if (waited != 0 || std::chrono::steady_clock::now() > deadline)
             {

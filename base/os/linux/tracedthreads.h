@@ -15,16 +15,18 @@ namespace LbOs::Linux
 /// In the order of debug information: rax, rdx, rcx, rbx, rsi, rdi, rbp, rsp, r8 to r15, rip.
 using Registers = std::array<std::uint64_t, 17>;
 
+inline constexpr std::size_t c_StackRegister = 7;
 inline constexpr std::size_t c_InstructionRegister = 16;
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// The threads of a process, stopped for as long as the object lives. Created, used and destroyed by one thread.
+/// The threads of a process, stopped for as long as the object lives, at most 64. Created, used and destroyed by one
+/// thread.
 class CTracedThreads
 {
 public:
-    /// Leaves out threads that do not stop in time, or that the current process may not trace.
-    CTracedThreads(pid_t process, Deadline deadline);
+    /// `first` comes first. Omits threads that do not stop in time, or that the current process may not trace.
+    CTracedThreads(pid_t process, pid_t first, Deadline deadline);
     ~CTracedThreads();
 
     CTracedThreads(const CTracedThreads&) = delete;
@@ -43,6 +45,7 @@ private:
     };
 
     bool attachNew(pid_t process);
+    bool attach(pid_t thread);
     void awaitStops(Deadline deadline);
 
     std::vector<SThread> m_threads;

@@ -45,7 +45,7 @@ std::wstring toText(std::string_view line)
     }
     for (wchar_t& character : text)
     {
-        // For example terminal colours.
+        // For example, terminal colours contain control characters.
         const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
         character = isControl && character != L'\t' ? L' ' : character;
     }
@@ -159,6 +159,14 @@ std::wstring DescribeCaseEnd(const SCaseEnd& end)
         {
             text += toInfoLine(line);
         }
+    }
+    if (!end.dumpFile.empty())
+    {
+        text += toInfoLine(L"Speicherabbild: " + end.dumpFile);
+    }
+    if (!end.dumpFailure.empty())
+    {
+        text += LbFormat(L"\t\tWARNUNG: Das Speicherabbild konnte nicht geschrieben werden: %s\n", end.dumpFailure);
     }
     for (const std::wstring& line : DescribeStacks(end.stacks))
     {

@@ -51,12 +51,12 @@ void FindReason(SCaseEnd& end);
 /// Completes the record of a case whose child could not be started.
 SCaseEnd MakeMissingChild();
 
-/// Writes an error line with the reason, if there is one; the last lines of an ended child and then the stacks follow
-/// as information lines.
+/// Writes an error line with the reason, if there is one; the last lines of an ended child, the place of its dump and
+/// then the stacks follow as information lines. A missing dump is a warning.
 std::wstring DescribeCaseEnd(const SCaseEnd& end);
 
-/// Reads the number of processes killed for lack of memory, so that FindReason notices later ones. Any thread; the
-/// first call counts.
+/// Reads how many processes were killed for lack of memory, so that FindReason notices later ones. Any thread; only the
+/// first call has an effect.
 void PrepareChildEnds();
 
 } // namespace LuTestSuiteRun
