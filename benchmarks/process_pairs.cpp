@@ -1,4 +1,4 @@
-/// Prints in nanoseconds what a request with its answer costs between two processes, and what starting a process costs,
+/// Prints, in nanoseconds, the cost of a request with its answer between two processes, and of starting a process,
 /// without a runner.
 
 #include <chrono>

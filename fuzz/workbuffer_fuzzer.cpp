@@ -1,4 +1,4 @@
-/// Checks for any bytes as the request of a parent that the child ignores it, or stays within the buffer and answers
+/// Reads any bytes as the request of a parent. Checks that the child ignores it, or stays within the buffer and answers
 /// with a result and messages that the parent can read.
 #include <algorithm>
 #include <cstring>

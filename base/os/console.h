@@ -34,8 +34,13 @@ LB_API void AllocateOutputBuffer() noexcept;
 /// requires it.
 LB_API bool EnableTerminalSequences();
 
-/// Columns of the terminal that standard error is, if it can rewrite a line; otherwise 0. Asks anew with each call,
-/// because the user may change the size.
+/// Columns of the terminal that standard output or standard error is, if it understands ANSI escape sequences, which
+/// are enabled where the platform requires it; otherwise 0. Queries the terminal with each call, because the user
+/// may change the size.
+LB_API std::uint32_t GetOutputTerminalWidth();
+
+/// The width in columns if standard error is a terminal that can rewrite a line; otherwise 0. Queries the terminal with
+/// each call, because the user may change the size.
 LB_API std::uint32_t GetErrorTerminalWidth();
 
 /// True if standard input is a terminal.

@@ -105,7 +105,7 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
     {
         block.emplace();
     }
-    // Flushes what others wrote into the stream, then writes past it: a stream that was used for wide text accepts no
+    // Flushes what others wrote into the stream, then bypasses it: a stream that was used for wide text accepts no
     // bytes, and a stream that was used for bytes accepts no wide text.
     const bool isFlushed = std::fflush(stream) == 0;
     bool isWritten = isFlushed || errno == EBADF;
@@ -130,6 +130,23 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
         block->Discard();
     }
     return isWritten;
+}
+
+bool isAbleTerminal(int file)
+{
+    const std::wstring terminal = LbOs::GetEnvironmentText(L"TERM");
+    return isatty(file) == 1 && !terminal.empty() && terminal != L"dumb";
+}
+
+std::uint32_t getTerminalWidth(int file)
+{
+    constexpr std::uint32_t c_UsualWidth = 80;
+    if (!isAbleTerminal(file))
+    {
+        return 0;
+    }
+    winsize size = {};
+    return ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : c_UsualWidth;
 }
 
 } // namespace
@@ -175,20 +192,17 @@ void LbOs::AllocateOutputBuffer() noexcept
 
 bool LbOs::EnableTerminalSequences()
 {
-    const std::wstring terminal = GetEnvironmentText(L"TERM");
-    return isatty(STDOUT_FILENO) == 1 && !terminal.empty() && terminal != L"dumb";
+    return isAbleTerminal(STDOUT_FILENO);
+}
+
+std::uint32_t LbOs::GetOutputTerminalWidth()
+{
+    return getTerminalWidth(STDOUT_FILENO);
 }
 
 std::uint32_t LbOs::GetErrorTerminalWidth()
 {
-    constexpr std::uint32_t c_UsualWidth = 80;
-    const std::wstring terminal = GetEnvironmentText(L"TERM");
-    if (isatty(STDERR_FILENO) != 1 || terminal.empty() || terminal == L"dumb")
-    {
-        return 0;
-    }
-    winsize size = {};
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : c_UsualWidth;
+    return getTerminalWidth(STDERR_FILENO);
 }
 
 bool LbOs::IsInputTerminal()

@@ -118,6 +118,15 @@ bool enableSequences(HANDLE console)
     return false;
 }
 
+/// 0 if the handle is not a console.
+std::uint32_t getWidth(HANDLE console)
+{
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    return GetConsoleScreenBufferInfo(console, &info) != FALSE
+               ? static_cast<std::uint32_t>(info.srWindow.Right - info.srWindow.Left + 1)
+               : 0;
+}
+
 } // namespace
 
 std::uint32_t LbOs::GetConsoleCodePage()
@@ -159,13 +168,16 @@ bool LbOs::EnableTerminalSequences()
     return enableSequences(GetStdHandle(STD_OUTPUT_HANDLE));
 }
 
+std::uint32_t LbOs::GetOutputTerminalWidth()
+{
+    static const bool s_isAble = EnableTerminalSequences();
+    return s_isAble ? getWidth(GetStdHandle(STD_OUTPUT_HANDLE)) : 0;
+}
+
 std::uint32_t LbOs::GetErrorTerminalWidth()
 {
     static const bool s_isAble = enableSequences(GetStdHandle(STD_ERROR_HANDLE));
-    CONSOLE_SCREEN_BUFFER_INFO info = {};
-    return s_isAble && GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) != FALSE
-               ? static_cast<std::uint32_t>(info.srWindow.Right - info.srWindow.Left + 1)
-               : 0;
+    return s_isAble ? getWidth(GetStdHandle(STD_ERROR_HANDLE)) : 0;
 }
 
 bool LbOs::IsInputTerminal()

@@ -1,4 +1,4 @@
-/// The other end of external cases: a process that serves a parent run.
+/// The child's side of external cases: a process that executes cases for a parent run.
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +14,7 @@
 #include "base/os/processors.h"
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
+#include "testing/lutestsuite/run/children/briefwatch.h"
 #include "testing/lutestsuite/run/children/childchannel.h"
 #include "testing/lutestsuite/run/children/sharedworkbuffer.h"
 #include "testing/lutestsuite/run/debugfolders.h"
@@ -44,7 +45,16 @@ void executeCase(SWorkBuffer& buffer, LuTestSuite::CCrashThread& thread)
     ExecuteInBuffer(buffer);
 }
 
-/// Whether enough memory is free for another case to start.
+void answer(SWorkBuffer& buffer, LbOs::CNamedEvent& response)
+{
+    AnswerRequest(buffer);
+    if (!response.Set())
+    {
+        throw LbException(c_Operation, L"Die Antwort kann nicht gemeldet werden");
+    }
+}
+
+/// True if enough memory is free for another case to start.
 bool hasMemory()
 {
     constexpr std::size_t c_Enough = std::size_t{1} << 20U;
@@ -89,28 +99,27 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     const CPreparation preparation(setup, environment);
     const CDebugFolders debugFolders;
     LbOs::CThreadProcessors processors;
-    while (request->Wait(c_LongestIdleMilliseconds) == LbOs::EEventWait::Signaled)
+    CBriefWatch watch;
+    const auto isRequested = [&buffer] { return HasRequest(*buffer.GetWriteAccess()); };
+    // If a signal came during a watch, its event stays set: the next wait returns at once, without a request.
+    while (watch.Watch(isRequested) || request->Wait(c_LongestIdleMilliseconds) == LbOs::EEventWait::Signaled)
     {
         const CWorkBufferWriteView view = buffer.GetWriteAccess();
         if (!TakeRequest(*view))
         {
-            // A test has set the event.
+            // A test has set the event, or its request was seen before.
             continue;
         }
         if (IsLeaveRequest(*view))
         {
             return;
         }
-        // The parent may have bound this thread to its own processor. The case may use all that it could before.
+        // The parent may have bound this thread to its own processor. The case may use all earlier processors.
         processors.Restore();
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(LoadName(view->caseName)));
         executeCase(*view, thread);
         processors.Read();
-        AnswerRequest(*view);
-        if (!response->Set())
-        {
-            throw LbException(c_Operation, L"Die Antwort kann nicht gemeldet werden");
-        }
+        answer(*view, *response);
         if (!hasMemory())
         {
             // Later cases go to another child. Exits immediately, because an orderly exit may need memory.

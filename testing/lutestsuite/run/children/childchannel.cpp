@@ -7,6 +7,8 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "base/os/dumps.h"
 #include "base/os/openfiles.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
@@ -30,6 +32,19 @@ struct SRestored
 
     ~SRestored() { processors.Restore(); }
 };
+
+bool examinesCrashes(const SChildSettings& settings)
+{
+    return settings.takeStacks || !settings.dumpDirectory.empty();
+}
+
+/// The process id distinguishes the repetitions of a case.
+std::wstring makeDumpName(const SWorkBuffer& buffer, std::uint64_t processId)
+{
+    constexpr std::size_t c_Longest = 120;
+    const std::wstring name = LoadName(buffer.className) + L"_" + LoadName(buffer.caseName);
+    return LbPath::ToSafeName(name.substr(0, c_Longest)) + L"-" + std::to_wstring(processId);
+}
 
 /// Channels of all threads.
 std::atomic<std::uint32_t> s_channelCount = 0;
@@ -66,7 +81,12 @@ void CProcessorSharing::Record(std::uint64_t nanoseconds)
     }
     else
     {
-        m_left = nanoseconds > sc_uiQuick && !isLong ? sc_uiInARow : 0;
+        m_slow = nanoseconds > sc_uiQuick && !isLong ? m_slow + 1 : 0;
+        if (m_slow == sc_uiSlow)
+        {
+            m_left = sc_uiInARow;
+            m_slow = 0;
+        }
     }
 }
 
@@ -108,7 +128,7 @@ bool CChildChannel::ensureNames()
 
 void CChildChannel::endChild()
 {
-    // A child that exits by itself ends what its cases have started.
+    // A child that exits by itself also ends the processes that its cases have started.
     if (m_child && m_child->GetExitStatus() != 0)
     {
         m_child->Terminate();
@@ -135,7 +155,7 @@ void CChildChannel::startChild()
     options.isSilent = true;
     options.hasPreparedSignals = true;
     m_crashWatch.reset();
-    if (m_settings.takeStacks)
+    if (examinesCrashes(m_settings))
     {
         m_crashWatch = std::make_unique<CCrashWatch>(m_objects->buffer.GetName());
     }
@@ -197,7 +217,7 @@ void CChildChannel::Submit()
     {
         return;
     }
-    constexpr std::uint32_t c_Doubt = 1000; // The child began to wait before the parent started its timer.
+    constexpr std::uint32_t c_Doubt = 1000; // The child may begin to wait before the parent starts its timer.
     m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     if (m_sharing.IsNext())
     {
@@ -237,7 +257,7 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     describeEnd(end);
     if (end != EEnd::Answered)
     {
-        // Wait until the child is gone, since it might still write to the buffer.
+        // The child must be gone, because it might still write to the buffer.
         if (m_child)
         {
             m_child->Terminate();
@@ -262,6 +282,15 @@ SLeavingChild CChildChannel::RequestExit()
     return {std::move(m_child), m_errors.Release()};
 }
 
+bool CChildChannel::watch()
+{
+    // Watching occupies a processor that another child could use. It is pointless if parent and child share one.
+    static const std::uint32_t s_processors = LuTestSuiteUtils::GetDefaultThreadCount();
+    const bool hasProcessor = !m_sharing.IsNext() && 2 * s_channelCount <= s_processors;
+    const CWorkBufferWriteView buffer = m_objects->buffer.GetWriteAccess();
+    return hasProcessor && m_watch.Watch([&] { return IsAnswered(*buffer, m_number); });
+}
+
 LbOs::EEventWait CChildChannel::waitOnce(std::uint32_t milliseconds)
 {
     const SRestored restored{m_processors};
@@ -279,6 +308,10 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     constexpr std::uint32_t c_TakingMilliseconds = 250;
     std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;
     m_isCrashing = false;
+    if (watch())
+    {
+        return EEnd::Answered;
+    }
     while (true)
     {
         const LbOs::EEventWait event = waitOnce(slice);
@@ -294,7 +327,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
         }
         if (event == LbOs::EEventWait::TimedOut)
         {
-            // A waiting child takes a request at once. A slow child cannot take it any more after it was withdrawn.
+            // A waiting child takes a request at once. A slow child can no longer take a request that was withdrawn.
             if (slice == c_TakingMilliseconds && withdraw())
             {
                 return EEnd::NotTaken;
@@ -326,17 +359,42 @@ void CChildChannel::remind()
     }
 }
 
-/// A crashed child waits for Release before it ends, but not for long.
+/// A crashed child waits for Release before it ends, but only for a short time.
 void CChildChannel::readCrash()
 {
     const auto crashed = m_crashWatch ? m_crashWatch->FindCrash() : std::nullopt;
     if (crashed)
     {
-        m_end.stacks = LbOs::ReadStacks(*m_child, crashed);
+        examine(crashed);
         m_crashWatch->Release();
         m_isCrashing = true;
         m_crashTimer.Restart();
     }
+}
+
+void CChildChannel::examine(const std::optional<LbOs::SCrashedThread>& crashed)
+{
+    // A crashed child waits for 1.5 s, and the stacks take 1.2 s at most.
+    constexpr std::chrono::milliseconds c_Longest(1900);
+    const auto end = std::chrono::steady_clock::now() + c_Longest;
+    if (m_settings.takeStacks)
+    {
+        m_end.stacks = LbOs::ReadStacks(*m_child, crashed);
+    }
+    if (!m_settings.dumpDirectory.empty())
+    {
+        const auto left = end - std::chrono::steady_clock::now();
+        writeDump(crashed, std::chrono::duration_cast<std::chrono::milliseconds>(left));
+    }
+}
+
+void CChildChannel::writeDump(const std::optional<LbOs::SCrashedThread>& crashed, std::chrono::milliseconds longest)
+{
+    const std::wstring name = makeDumpName(*m_objects->buffer.GetReadAccess(), m_child->GetId());
+    const std::wstring path = LbPath::WithSeparator(m_settings.dumpDirectory) + name;
+    LbOs::SDump dump = LbOs::WriteDump(*m_child, crashed, path, longest);
+    m_end.dumpFile = std::move(dump.path);
+    m_end.dumpFailure = std::move(dump.failure);
 }
 
 std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutSec)
@@ -370,9 +428,9 @@ void CChildChannel::describeEnd(EEnd end)
     {
         m_end.lastLines = m_errors.ReadLastLines();
     }
-    if (end == EEnd::TimedOut && m_settings.takeStacks)
+    if (end == EEnd::TimedOut)
     {
-        m_end.stacks = LbOs::ReadStacks(*m_child, std::nullopt);
+        examine(std::nullopt);
     }
     if (end == EEnd::ChildEnded)
     {

@@ -1,6 +1,7 @@
 /// The connection of one thread to a child process.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -12,10 +13,12 @@
 #include "base/lbtimer.h"
 #include "base/os/childprocess.h"
 #include "base/os/processors.h"
+#include "testing/lutestsuite/run/children/briefwatch.h"
 #include "testing/lutestsuite/run/children/childend.h"
 #include "testing/lutestsuite/run/children/childobjects.h"
 #include "testing/lutestsuite/run/children/crashbox.h"
 #include "testing/lutestsuite/run/children/leavingchildren.h"
+#include "testing/lutestsuite/run/children/sharedlistings.h"
 
 namespace LuTestSuiteRun
 {
@@ -23,14 +26,16 @@ namespace LuTestSuiteRun
 /// A child exits after this time without a request.
 inline constexpr std::uint32_t c_LongestIdleMilliseconds = 5000;
 
-/// What all child processes of a run are started with.
+/// The settings with which a run starts all its child processes.
 struct SChildSettings
 {
     std::wstring dataDirectory;     ///< full path
     std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
     bool assertDialog = true;
-    CLeavingChildren* leaving = nullptr; ///< takes children whose work is done; null: they are ended
+    CLeavingChildren* leaving = nullptr; ///< takes children whose work is done; null: such children are ended
     bool takeStacks = false;             ///< read the stacks of children that crash or are ended at the time limit
+    std::wstring dumpDirectory = {};     ///< receives memory dumps of such children; empty: no dumps
+    CSharedListings* listings = nullptr; ///< for the data directories of the cases; null: children read them
 };
 
 /// The command line of a child that serves through objects of these names.
@@ -38,8 +43,8 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
                                  const std::wstring& requestEventId, const std::wstring& responseEventId);
 
 /// Decides whether parent and child share a processor for the next request. Sharing costs some system calls, so it is
-/// used only if short answers take long because an idle processor had to wake up; from time to time a request goes
-/// without, to check that again.
+/// used only if several short answers in a row take long because an idle processor had to wake up. From time to time
+/// requests do not share, to check that again.
 class CProcessorSharing
 {
 public:
@@ -49,14 +54,18 @@ public:
     void Record(std::uint64_t nanoseconds);
 
     /// Forgets all answers, for the next child.
-    void Forget() { m_left = 0; }
+    void Forget() { m_left = m_slow = 0; }
 
-    static constexpr std::uint64_t sc_uiQuick = 25'000; ///< at most: no processor had to wake up
-    static constexpr std::uint64_t sc_uiLong = 200'000; ///< at least: the case itself takes long
+    static constexpr std::uint64_t sc_uiQuick = 25'000; ///< at most this long: no processor had to wake up
+    static constexpr std::uint64_t sc_uiLong = 200'000; ///< at least this long: the case itself takes long
     static constexpr std::uint32_t sc_uiInARow = 255;
+
+    /// Slow answers in a row that start sharing. If parent and child watch, only the first answer of a child is slow.
+    static constexpr std::uint32_t sc_uiSlow = 4;
 
 private:
     std::uint32_t m_left = 0;
+    std::uint32_t m_slow = 0; ///< slow answers in a row
 };
 
 /// A work buffer, two events and the child process at their other end. Used by one thread.
@@ -74,7 +83,7 @@ public:
     /// Marks the child as started ahead of its case: it is replaced if it ends before it takes its first request.
     void MarkAsSpare() { m_isSpare = true; }
 
-    /// Ensures a child and everything that its next case needs; false without a child. Throws LbException.
+    /// Ensures a child and everything that its next case needs; false if there is no child. Throws LbException.
     bool MakeReady();
 
     /// Assigns the next process index to a child that has none.
@@ -83,7 +92,7 @@ public:
     bool HasChild() const { return m_child != nullptr; }
     bool IsChildRunning() const { return m_child && m_child->IsRunning(); }
 
-    /// Starting a child may replace the buffer: EnsureChild, MakeReady and WaitForAnswer do so.
+    /// Valid until EnsureChild, MakeReady or WaitForAnswer starts a child, which may replace the buffer.
     IWorkBuffer& GetBuffer() { return m_objects->buffer; }
 
     /// Submits the request in the buffer; the time limit starts here.
@@ -111,7 +120,7 @@ private:
         TimedOut,
         Canceled,
         ChildEnded,
-        NotTaken, ///< the child did not take the request, and cannot any more
+        NotTaken, ///< the child did not take the request and can no longer do so
         Failed
     };
 
@@ -132,10 +141,17 @@ private:
     /// Gives the request in the buffer to the child.
     void submit();
 
+    /// True if the child answers during a watch.
+    bool watch();
+
     LbOs::EEventWait waitOnce(std::uint32_t milliseconds);
     EEnd wait(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
     static ECaseEnd toCaseEnd(EEnd end);
     void readCrash();
+
+    /// Stores stacks and dump of the child in the record of the case.
+    void examine(const std::optional<LbOs::SCrashedThread>& crashed);
+    void writeDump(const std::optional<LbOs::SCrashedThread>& crashed, std::chrono::milliseconds longest);
 
     /// Empty while the case may continue.
     std::optional<EEnd> findEnd(std::uint32_t timeOutSec);
@@ -148,7 +164,7 @@ private:
     /// Signals an untaken request again, because a test may have consumed the signal.
     void remind();
 
-    /// Raises the limit of open files for the channels of all threads.
+    /// While it lives, counts a channel and provides the open files that the channels of all threads need.
     class CFileQuota : public INonCopyable
     {
     public:
@@ -160,18 +176,19 @@ private:
     CFileQuota m_fileQuota;
     std::unique_ptr<SChildObjects> m_objects;
     CChildErrors m_errors;
-    std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if the run reads no stacks
+    std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if the run does not examine crashes
     std::unique_ptr<LbOs::CChildProcess> m_child;
     SCaseEnd m_end;
     std::int32_t m_processIndex = sc_iNone;
     std::uint32_t m_number = 0;           ///< of the last request
     LbOs::CThreadProcessors m_processors; ///< of the thread that submits requests
     CProcessorSharing m_sharing;
+    CBriefWatch m_watch;
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_isSpare = false;
     bool m_hasAnswered = false;
     bool m_mayBeLeaving = false; ///< it had been idle for long when it got the request
-    bool m_isCrashing = false;   ///< the child ends by itself; the limit of its case does not count any more
+    bool m_isCrashing = false;   ///< the child ends by itself; the time limit of its case no longer applies
     LbTimer m_crashTimer{LbTimer::eR_MilliSecond}; ///< since the stacks of the crashed child were read
     LbTimer m_timer{LbTimer::eR_NanoSecond};       ///< since the request
 

@@ -16,7 +16,7 @@ std::size_t CSpareChildren::GetMost()
     return LbOs::HasFewProcesses() ? 0 : LuTestSuiteUtils::GetDefaultThreadCount();
 }
 
-/// A spare child exits if it stays unused for long.
+/// Removes spare children that have ended: they exit if they stay unused for long.
 void CSpareChildren::dropEnded()
 {
     std::erase_if(m_channels, [](const std::unique_ptr<CChildChannel>& channel) { return !channel->IsChildRunning(); });

@@ -1,4 +1,4 @@
-/// Which child process a case gets.
+/// Assigns child processes to cases.
 #pragma once
 
 #include <condition_variable>
@@ -14,8 +14,8 @@
 namespace LuTestSuiteRun
 {
 
-/// Channels with children that were started ahead, for the isolated cases of all threads of a run, so that these need
-/// not wait for the start. Any thread.
+/// Channels with children that were started ahead, so that the isolated cases of all threads of a run need not wait for
+/// the start of a child. Any thread.
 class CSpareChildren : public INonCopyable
 {
 public:
@@ -28,14 +28,14 @@ public:
     static std::size_t GetMost();
 
     /// Starts spare children, up to the number that `count` returns and at most GetMost. Starts at most two per call,
-    /// because the caller has a case to run. A child that cannot be started is not an error. `count` is called under
-    /// the lock, so that no more are started than cases need.
+    /// because the caller has a case to run. A child that cannot be started is not an error. Calls `count` under the
+    /// lock, so that concurrent calls start no more children than cases need.
     void Start(const std::function<std::size_t()>& count);
 
-    /// An unused child. Waits if one is being started; null if there is none.
+    /// An unused child. Waits if one is being started; null if there is no child.
     std::unique_ptr<CChildChannel> Take();
 
-    /// Kills unused children to free resources and starts no more. False if there were none.
+    /// Kills unused children to free resources and starts no more. False if there were no children.
     bool KillAll();
 
 private:
@@ -87,7 +87,7 @@ private:
     void ensureChannel(bool isIsolated);
     bool tryReady(bool isIsolated);
 
-    /// Kills spare and exiting children to free resources; false if there were none.
+    /// Kills spare and exiting children to free resources; false if there were no children.
     bool endOthers();
 
     CSpareChildren& m_spares;

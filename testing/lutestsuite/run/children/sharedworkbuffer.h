@@ -29,7 +29,7 @@ public:
 
     const std::wstring& GetName() const noexcept { return m_name; }
 
-    /// Whether another object could be opened by the name. Only on the creating side.
+    /// True if another object could be opened by the name. Call it only on the creating side.
     bool IsNamed() const { return m_memory && m_memory->IsNamed(); }
 
 private:

@@ -17,7 +17,7 @@ bool isFirstOfPair(char16_t unit)
     return unit >= 0xD800 && unit <= 0xDBFF;
 }
 
-/// A number that another process may change at any time: read once, so that what is checked is what is used.
+/// Another process may change the number at any time. Reads it once, so that the checked value is the used value.
 std::uint32_t readOnce(const std::uint32_t& number)
 {
     return *static_cast<const volatile std::uint32_t*>(&number);
@@ -30,7 +30,7 @@ std::size_t getMessageLength(const SWorkBuffer& buffer)
 
 constexpr std::size_t c_LeadingFlags = offsetof(SParams, parallel) + 1;
 
-/// In the lowest two bits of the request's field, below its number.
+/// The state is in the lowest two bits of the request's field, below its number.
 enum ERequestState : std::uint32_t
 {
     eRS_None,
@@ -41,10 +41,10 @@ enum ERequestState : std::uint32_t
 
 constexpr std::uint32_t c_StateBits = 2;
 
-/// In place of the result in a request; a request for a case has "Unknown" there.
+/// Stands in place of the result in a request to exit; a request for a case has "Unknown" there.
 constexpr std::uint32_t c_Leave = 0xFFFFFFFF;
 
-/// The field of a buffer whose parent numbers no requests.
+/// The value of the field if the parent does not number requests.
 constexpr std::uint32_t c_Unnumbered = 0;
 
 using Request = std::atomic_ref<std::uint32_t>;
@@ -55,7 +55,7 @@ constexpr std::uint32_t toField(std::uint32_t number, ERequestState state)
     return (number << c_StateBits) | state;
 }
 
-/// False when the request is not in the first state.
+/// Moves the request from state `from` to `to`; false if it is not in state `from`.
 bool moveRequest(SWorkBuffer& buffer, std::uint32_t number, ERequestState from, ERequestState to)
 {
     std::uint32_t expected = toField(number, from);
@@ -100,7 +100,7 @@ bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
 {
     const std::size_t length = getMessageLength(buffer);
     const std::size_t capacity = c_MessageMax - length;
-    // A character has at least one unit: what cannot fit is not even converted.
+    // A character has at least one unit, so text beyond this length cannot fit and is not converted.
     const std::u16string units = LbEncoding::ToUtf16(text.substr(0, capacity));
     const bool isCut = text.size() > capacity || units.size() > capacity;
     std::size_t count = std::min(units.size(), capacity);
@@ -141,6 +141,12 @@ bool TakeRequest(SWorkBuffer& buffer)
 {
     const std::uint32_t field = Request(buffer.request).load();
     return field == c_Unnumbered || moveRequest(buffer, field >> c_StateBits, eRS_Submitted, eRS_Taken);
+}
+
+bool HasRequest(SWorkBuffer& buffer)
+{
+    constexpr std::uint32_t c_States = (1U << c_StateBits) - 1U;
+    return (Request(buffer.request).load() & c_States) == eRS_Submitted;
 }
 
 void AnswerRequest(SWorkBuffer& buffer)

@@ -128,6 +128,9 @@ void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number);
 /// field: then each signal is a request.
 bool TakeRequest(SWorkBuffer& buffer);
 
+/// True if a numbered request waits for a child to take it.
+bool HasRequest(SWorkBuffer& buffer);
+
 /// The child has written the answer to the request that it has taken.
 void AnswerRequest(SWorkBuffer& buffer);
 

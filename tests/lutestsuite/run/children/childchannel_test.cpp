@@ -61,37 +61,54 @@ TEST(GetChildCommandLine, AlwaysNamesADataDirectory)
     EXPECT_FALSE(words.at(2).empty());
 }
 
+using LuTestSuiteRun::CProcessorSharing;
+
 constexpr std::uint64_t c_Slow = 60'000;
+
+void RecordSlow(CProcessorSharing& sharing, std::uint32_t answers = CProcessorSharing::sc_uiSlow)
+{
+    for (std::uint32_t answer = 0; answer < answers; ++answer)
+    {
+        EXPECT_FALSE(sharing.IsNext());
+        sharing.Record(c_Slow);
+    }
+}
 
 TEST(ProcessorSharing, IsUsedForShortCasesWithSlowAnswers)
 {
-    LuTestSuiteRun::CProcessorSharing sharing;
-    EXPECT_FALSE(sharing.IsNext());
+    CProcessorSharing sharing;
 
-    sharing.Record(LuTestSuiteRun::CProcessorSharing::sc_uiQuick);
-    EXPECT_FALSE(sharing.IsNext());
+    RecordSlow(sharing);
 
-    sharing.Record(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
-    EXPECT_FALSE(sharing.IsNext());
-
-    sharing.Record(c_Slow);
     EXPECT_TRUE(sharing.IsNext());
+}
+
+TEST(ProcessorSharing, NeedsSlowAnswersInARow)
+{
+    for (const std::uint64_t other : {CProcessorSharing::sc_uiQuick, CProcessorSharing::sc_uiLong})
+    {
+        CProcessorSharing sharing;
+        RecordSlow(sharing, CProcessorSharing::sc_uiSlow - 1);
+        sharing.Record(other);
+        RecordSlow(sharing, CProcessorSharing::sc_uiSlow - 1);
+        EXPECT_FALSE(sharing.IsNext()) << other;
+    }
 }
 
 TEST(ProcessorSharing, EndsWithALongCase)
 {
-    LuTestSuiteRun::CProcessorSharing sharing;
-    sharing.Record(c_Slow);
+    CProcessorSharing sharing;
+    RecordSlow(sharing);
 
-    sharing.Record(LuTestSuiteRun::CProcessorSharing::sc_uiLong);
+    sharing.Record(CProcessorSharing::sc_uiLong);
 
     EXPECT_FALSE(sharing.IsNext());
 }
 
 TEST(ProcessorSharing, EndsWithTheChild)
 {
-    LuTestSuiteRun::CProcessorSharing sharing;
-    sharing.Record(c_Slow);
+    CProcessorSharing sharing;
+    RecordSlow(sharing);
 
     sharing.Forget();
 
@@ -100,9 +117,9 @@ TEST(ProcessorSharing, EndsWithTheChild)
 
 TEST(ProcessorSharing, IsSuspendedFromTimeToTime)
 {
-    LuTestSuiteRun::CProcessorSharing sharing;
-    sharing.Record(c_Slow);
-    for (std::uint32_t request = 0; request < LuTestSuiteRun::CProcessorSharing::sc_uiInARow; ++request)
+    CProcessorSharing sharing;
+    RecordSlow(sharing);
+    for (std::uint32_t request = 0; request < CProcessorSharing::sc_uiInARow; ++request)
     {
         EXPECT_TRUE(sharing.IsNext());
         sharing.Record(0);

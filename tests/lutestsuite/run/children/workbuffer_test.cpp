@@ -154,6 +154,21 @@ TEST_F(WorkBufferRequest, IsTakenOrWithdrawn)
     EXPECT_FALSE(LuTestSuiteRun::WithdrawRequest(*m_buffer, sc_uiNumber));
 }
 
+TEST_F(WorkBufferRequest, IsVisibleUntilItIsTaken)
+{
+    EXPECT_FALSE(LuTestSuiteRun::HasRequest(*m_buffer));
+    LuTestSuiteRun::ClearRequest(*m_buffer);
+    EXPECT_FALSE(LuTestSuiteRun::HasRequest(*m_buffer));
+
+    LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
+    EXPECT_TRUE(LuTestSuiteRun::HasRequest(*m_buffer));
+
+    LuTestSuiteRun::TakeRequest(*m_buffer);
+    EXPECT_FALSE(LuTestSuiteRun::HasRequest(*m_buffer));
+    LuTestSuiteRun::AnswerRequest(*m_buffer);
+    EXPECT_FALSE(LuTestSuiteRun::HasRequest(*m_buffer));
+}
+
 TEST_F(WorkBufferRequest, HasA30BitNumber)
 {
     LuTestSuiteRun::SubmitRequest(*m_buffer, LuTestSuiteRun::c_MostRequests);
