@@ -221,9 +221,8 @@ XMLDocument::~XMLDocument() = default;
 XMLDocument::XMLDocument(XMLDocument&&) noexcept = default;
 XMLDocument& XMLDocument::operator=(XMLDocument&&) noexcept = default;
 
-XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* rootName, EText text)
+XMLDocument::EResult XMLDocument::ReadFile(const std::wstring& path, std::string& bytes)
 {
-    m_content.reset();
     if (!LbFileSystem::Exists(path))
     {
         return EResult::Missing;
@@ -232,16 +231,23 @@ XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* roo
     {
         return EResult::Unreadable;
     }
-    std::string bytes;
     try
     {
         bytes = LbFileSystem::ReadFile8Bit(path);
+        return EResult::Ok;
     }
     catch (const LbException&)
     {
         return EResult::Unreadable;
     }
-    return LoadText(std::move(bytes), rootName, text);
+}
+
+XMLDocument::EResult XMLDocument::Load(const std::wstring& path, const char* rootName, EText text)
+{
+    m_content.reset();
+    std::string bytes;
+    const EResult result = ReadFile(path, bytes);
+    return result == EResult::Ok ? LoadText(std::move(bytes), rootName, text) : result;
 }
 
 XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootName, EText text)

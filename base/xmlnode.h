@@ -120,6 +120,9 @@ public:
     XMLDocument(XMLDocument&&) noexcept;
     XMLDocument& operator=(XMLDocument&&) noexcept;
 
+    /// Reads a file's bytes, for LoadText. Ok, Missing or Unreadable.
+    static EResult ReadFile(const std::wstring& path, std::string& bytes);
+
     /// Reads a file whose root element must be `rootName`. Drops the former content first.
     EResult Load(const std::wstring& path, const char* rootName, EText text = EText::Resolved);
 

@@ -13,7 +13,7 @@ using SReportData = LuTestSuiteReport::SReportData;
 using SReportClass = LuTestSuiteReport::SReportClass;
 using SReportCase = LuTestSuiteReport::SReportCase;
 
-/// Results that a file distinguishes.
+/// The results that a report file distinguishes.
 constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Ok,       ECaseRunResult::Error,     ECaseRunResult::Exception,
                                         ECaseRunResult::NoInput,  ECaseRunResult::Different, ECaseRunResult::Unknown,
                                         ECaseRunResult::Canceled, ECaseRunResult::TimeOut};
@@ -37,7 +37,7 @@ public:
 
     bool Flag() { return Below(2) == 0; }
 
-    /// Of any magnitude that a float has.
+    /// A number of any magnitude that a float can have.
     float Float()
     {
         constexpr int c_LargestExponent = 120;
@@ -45,7 +45,7 @@ public:
         return std::ldexp(mantissa, static_cast<int>(Below(2 * c_LargestExponent)) - c_LargestExponent);
     }
 
-    /// Any characters that a report file can contain.
+    /// A text of any characters that a report file can contain.
     std::wstring Text(std::uint32_t shortest = 0)
     {
         std::wstring text;
@@ -60,7 +60,7 @@ public:
         return text;
     }
 
-    /// Without markup characters, but sometimes with references, which writing and reading do not change.
+    /// A text without markup characters. It sometimes contains references, which writing and reading do not change.
     std::wstring RawText(std::uint32_t shortest = 0)
     {
         std::wstring text = Text(shortest);

@@ -66,7 +66,7 @@ void setLeak(SCase& testCase, std::int64_t bytes)
     testCase.Warning = true;
 }
 
-/// Distinct values, so that exchanged fields are detected, and two extreme ones.
+/// Sets distinct values, so that tests detect exchanged fields, and two extreme ones.
 void setFiguresApart(SData& data)
 {
     std::uint32_t number = 100;

@@ -11,7 +11,7 @@ LuTestSuiteReport::SReportData MakePassedReport();
 /// A run with every result, umlauts, markup characters, messages, leaks, contacts and the build's Pscm record.
 LuTestSuiteReport::SReportData MakeMixedReport();
 
-/// The mixed report with all fields of a file set to distinct values, without the one result that files do not
+/// The mixed report with all fields of a file set to distinct values. Omits the one result that files do not
 /// distinguish.
 LuTestSuiteReport::SReportData MakeFullReport();
 

@@ -1,5 +1,6 @@
 /// Reading the XML report.
 
+#include <algorithm>
 #include <iterator>
 #include <new>
 #include <span>
@@ -8,6 +9,7 @@
 #include "base/xmlnode.h"
 #include "testing/lutestsuite/output/warning.h"
 #include "testing/lutestsuite/report/leaknote.h"
+#include "testing/lutestsuite/report/xmlcases.h"
 #include "testing/lutestsuite/report/xmlformat.h"
 #include "testing/lutestsuite/settings/valuereaders.h"
 
@@ -120,22 +122,55 @@ void readReport(const XMLNode& root, ReportData& data)
     }
 }
 
+bool readText(std::string bytes, ReportData& data)
+{
+    XMLDocument document;
+    if (document.LoadText(std::move(bytes), "testsuite", XMLDocument::EText::AsWritten) != XMLDocument::EResult::Ok)
+    {
+        return false;
+    }
+    readReport(document.GetRoot(), data);
+    return true;
+}
+
+/// Reads a report that this library wrote: a tree of the part before the first case, and the cases without a tree.
+/// False, with some of the record filled, if the bytes have another layout. They are then read as a whole.
+bool readOwnLayout(const std::string& bytes, ReportData& data)
+{
+    // No case is shorter.
+    constexpr std::size_t c_ShortestCase = 100;
+    const std::size_t start = bytes.find(LuTestSuite::c_CaseBegin);
+    if (!bytes.starts_with(LuTestSuite::c_XmlDeclaration) || start == std::string::npos ||
+        bytes.find('\0') != std::string::npos || !readText(bytes.substr(0, start) + "</testsuite>", data))
+    {
+        return false;
+    }
+    data.Cases.reserve(std::min<std::size_t>(data.CasesTotal, bytes.size() / c_ShortestCase));
+    return LuTestSuite::ReadXmlCases(std::string_view(bytes).substr(start), data.Cases);
+}
+
 /// False if the file does not exist. Throws the reason if it cannot be read.
 bool readFile(const std::wstring& path, ReportData& data)
 {
-    XMLDocument document;
-    switch (document.Load(path, "testsuite", XMLDocument::EText::AsWritten))
+    std::string bytes;
+    switch (XMLDocument::ReadFile(path, bytes))
     {
     case XMLDocument::EResult::Missing:
         return false;
     case XMLDocument::EResult::Unreadable:
         throw LbFormat(L"Datei %s konnte nicht gelesen werden", path);
-    case XMLDocument::EResult::Syntax:
-        throw std::wstring(L"XML-Syntax Fehler");
     default:
-        readReport(document.GetRoot(), data);
-        return true;
+        break;
     }
+    if (!readOwnLayout(bytes, data))
+    {
+        data = {};
+        if (!readText(std::move(bytes), data))
+        {
+            throw std::wstring(L"XML-Syntax Fehler");
+        }
+    }
+    return true;
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "testing/lutestsuite/report/reportfailure.h"
+#include "testing/lutestsuite/report/xmlcases.h"
 #include "testing/lutestsuite/report/xmlformat.h"
 
 namespace
@@ -110,7 +111,7 @@ void writeReport(const std::wstring& path, const ReportData& data)
 {
     LuStreamWriteASCIIFile file(path);
     LuMarkupWriter writer(file);
-    writer.WriteLine(L"<?xml version=\"1.0\" encoding='ISO-8859-1' standalone='yes'?>");
+    writer.WriteLine(LbEncoding::FromLatin1(LuTestSuite::c_XmlDeclaration));
     writer.WriteLine(L"<?xml-stylesheet type=\"text/xsl\" href=\"LuTestSuiteReport.xsl\"?>");
     writer.WriteLineOpen(LbFormat(L"<testsuite name=\"LuTestSuite\" tests=\"%d\" errors=\"%d\" failures=\"%d\" "
                                   L"skip=\"0\">",

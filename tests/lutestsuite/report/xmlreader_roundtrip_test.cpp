@@ -2,6 +2,8 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -172,6 +174,79 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingAReportWithForeignTextsOnce)
         SReportData again;
         ASSERT_TRUE(Read(again)) << "seed " << seed;
         ASSERT_EQ(Write(again), first) << "seed " << seed;
+    }
+}
+
+/// Damages the layout of a report without breaking its markup, or nearly so.
+std::string changeLayout(std::string bytes, std::mt19937& random)
+{
+    static constexpr std::pair<std::string_view, std::string_view> c_Changes[] = {
+        {"\n", "\r\n"},
+        {"\t\t<time>", "<time>"},
+        {"\">\n", "\"warning=\"true\">\n"},
+        {"\">\n", "\" warning=\"true\">\n"},
+        {"\">\n", "\"  warning=\"true\">\n"},
+        {"\">\n", "\" >\n"},
+        {"</time>", "</time >"},
+        {"</time>", "</Time>"},
+        {"<memory>", "<memory>-"},
+        {"<memory>", "<memory> +"},
+        {"<time>", "<time>inf"},
+        {"<time>", "<time>1e"},
+        {"</time>", "e-3</time>"},
+        {"<memorydelta>", "<memorydelta>99999999999999999999"},
+        {"<memorydelta>", "<memorydelta/><memorydelta>"},
+        {"<testcase id=\"", "<testcase id=\"-"},
+        {"<testcase id=\"", "<testcase  id=\""},
+        {"<testcase id=\"", "<testcase id=\"1\" id=\""},
+        {"<testcase id=\"", "<testcase/><testcase id=\""},
+        {"<testcase id=\"", "<testcase id=\"5\"/><testcase id=\""},
+        {"<testcase id=\"", "<x/><testcase id=\""},
+        {"<testcase id=\"", "<!-- <testcase id=\"7\"> --><testcase id=\""},
+        {"<testcase id=\"", "<![CDATA[<testcase id=\"7\">]]><testcase id=\""},
+        {"<dump type=\"info\">", "<dump type=\"note\"> "},
+        {"<dump type=\"info\">", "<dump type=\"\">\r\n"},
+        {"</dump>", "\t</dump>"},
+        {"</dump>", "<!-- --></dump>"},
+        {"</dump>", "</dump><dump/>"},
+        {"</dump>", "</dump>text"},
+        {"</result>", "</result><result type=\"OK\"/>"},
+        {"</failure>", "</failure><failure message=\"\" type=\"\"></failure>"},
+        {"</testcase>", "</testcase>text"},
+        {"</testcase>", "</testcase><SystemInfo><GPU>x</GPU></SystemInfo>"},
+        {"</testcase>", "</testcase></testsuite><testsuite>"},
+        {"</testsuite>", "</testsuite>x"},
+        {"</testsuite>", "</testsuite> <!-- -->\n"},
+        {"</testsuite>", ""},
+    };
+    const auto [from, to] = c_Changes[random() % std::size(c_Changes)];
+    std::vector<std::size_t> places;
+    for (std::size_t place = bytes.find(from); place != std::string::npos; place = bytes.find(from, place + 1))
+    {
+        places.push_back(place);
+    }
+    return places.empty() ? bytes : bytes.replace(places[random() % places.size()], from.size(), to);
+}
+
+TEST_F(XmlReportRoundTrip, ReadsItsOwnLayoutLikeAnyOther)
+{
+    constexpr unsigned c_Reports = 500;
+    constexpr std::string_view c_Declared = "standalone='yes'";
+    const CapturedOutput output;
+    const auto readAgain = [this](const std::string& bytes) {
+        m_folder.WriteFile(L"Report.xml", bytes);
+        SReportData data;
+        return Read(data) ? Write(data) : std::string();
+    };
+    for (unsigned seed = 0; seed < c_Reports; ++seed)
+    {
+        std::mt19937 random(seed);
+        std::string bytes = changeLayout(Write(MakeRandomReport(random)), random);
+        bytes = seed % 4 == 0 ? damage(std::move(bytes), random) : bytes;
+        const std::string result = readAgain(bytes);
+        // A blank at this place makes the layout foreign and the content remains.
+        const std::size_t place = bytes.find(c_Declared);
+        ASSERT_EQ(result, readAgain(bytes.replace(std::min(place, bytes.size()), 0, " "))) << "seed " << seed;
     }
 }
 
