@@ -1,16 +1,20 @@
-/// What reading an archive costs, at 1,000, 10,000 and 100,000 cases in 50 runs: from the reports, with the index when
-/// nothing is new, and with one new run.
+/// Measures the cost of reading an archive, at 1,000, 10,000 and 100,000 cases in 50 runs: from the reports, with the
+/// index when nothing is new, and with one new run.
+///
+/// Prints the time of each stage and the peak memory so far. Status 1 if 100,000 cases or fewer exceed a limit.
 ///
 ///     history_archive [CASES]...
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 
+#include "benchmarks/support/peakmemory.h"
 #include "benchmarks/support/samplereports.h"
-#include "testing/lutestsuiterunner/history/archivefolder.h"
-#include "testing/lutestsuiterunner/history/page.h"
-#include "testing/lutestsuiterunner/history/stepstore.h"
+#include "testing/lutestsuiterunner/history/analysis/stepstore.h"
+#include "testing/lutestsuiterunner/history/archive/archivefolder.h"
+#include "testing/lutestsuiterunner/history/reports/page.h"
 #include "tests/support/syntheticruns.h"
 
 namespace
@@ -19,6 +23,10 @@ namespace
 using namespace Runner::History;
 
 constexpr int c_Runs = 50;
+constexpr double c_ReadingLimit = 15.0;            ///< seconds
+constexpr double c_IndexLimit = 1.0;               ///< seconds, when nothing is new
+constexpr std::uint64_t c_MemoryLimit = 2'000'000; ///< KiB
+bool s_IsExceeded = false;
 
 void writeRun(const Benchmarks::CFolder& folder, std::uint32_t cases, int run)
 {
@@ -39,13 +47,14 @@ void writeRun(const Benchmarks::CFolder& folder, std::uint32_t cases, int run)
     LuTestSuiteReport::GenerateXMLReport(folder.GetPathOf(LbFormat(L"%03d.xml", run).c_str()), data);
 }
 
-/// As the command does it: read, analyse, make the page.
-void measure(const char* name, const Benchmarks::CFolder& folder)
+/// Does the same steps as the command: reads, analyses, makes the page.
+void measure(const char* name, const Benchmarks::CFolder& folder, double limit)
 {
     using Clock = std::chrono::steady_clock;
     const auto getSeconds = [start = Clock::now()] {
         return std::chrono::duration<double>(Clock::now() - start).count();
     };
+    const std::clock_t begin = std::clock();
     const SArchiveContent content = ReadArchive(folder.GetPath());
     const double read = getSeconds();
     std::vector<const SRun*> runs;
@@ -61,8 +70,15 @@ void measure(const char* name, const Benchmarks::CFolder& folder)
     analyses.push_back(Analyze(L"", std::move(table), {}, std::move(steps)));
     const double analyzed = getSeconds();
     const std::size_t size = MakePage(analyses, {}, 0).size();
-    std::printf("  %-12s %8.2f s   read %7.2f s   analysis %7.2f s   page %6.2f s, %zu kB\n", name, getSeconds(), read,
-                analyzed - read, getSeconds() - analyzed, size / 1000);
+    const double all = getSeconds();
+    const double processor = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+    const std::uint64_t memory = Benchmarks::GetPeakMemory();
+    const bool isExceeded = all > limit || memory > c_MemoryLimit;
+    s_IsExceeded = s_IsExceeded || isExceeded;
+    std::printf("  %-12s %7.2f s   read %6.2f s   analysis %6.2f s   page %5.2f s, %5zu kB   processor %6.2f s   "
+                "%5llu MB%s\n",
+                name, all, read, analyzed - read, all - analyzed, size / 1000, processor,
+                static_cast<unsigned long long>(memory / 1000), isExceeded ? "   EXCEEDED" : "");
 }
 
 void measureArchive(std::uint32_t cases)
@@ -73,11 +89,11 @@ void measureArchive(std::uint32_t cases)
         writeRun(folder, cases, run);
     }
     std::printf("%u cases, %d runs\n", cases, c_Runs);
-    measure("reports", folder);
-    measure("nothing new", folder);
+    measure("reports", folder, c_ReadingLimit);
+    measure("nothing new", folder, c_IndexLimit);
     writeRun(folder, cases, c_Runs - 1);
-    measure("one new run", folder);
-    measure("nothing new", folder);
+    measure("one new run", folder, c_ReadingLimit);
+    measure("nothing new", folder, c_IndexLimit);
 }
 
 } // namespace
@@ -94,4 +110,5 @@ int main(int count, const char* const* arguments)
     {
         measureArchive(static_cast<std::uint32_t>(std::strtoul(arguments[index], nullptr, 10)));
     }
+    return s_IsExceeded ? 1 : 0;
 }

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "testing/lutestsuiterunner/history/findings.h"
+#include "testing/lutestsuiterunner/history/analysis/findings.h"
 #include "tests/support/syntheticruns.h"
 
 namespace
@@ -19,18 +19,48 @@ using SyntheticRuns::ENoise;
 using SyntheticRuns::SSettings;
 
 constexpr std::size_t c_Runs = 100;
+constexpr std::size_t c_FewRuns = 12;
 bool s_IsMissed = false;
 
-struct SNoiseName
+/// A kind of noise, or of a clock that measures times.
+struct SShape
 {
-    ENoise noise;
     const char* name;
+    ENoise noise;
+    double tick = 0.0;  ///< of the clock, seconds
+    double drift = 0.0; ///< of all cases together, from the first to the last run
 };
 
-constexpr SNoiseName c_Noises[] = {
-    {ENoise::Normal, "normal"},        {ENoise::HeavyTailed, "heavy-tailed"}, {ENoise::Spiky, "spiky"},
-    {ENoise::TwoSpeeds, "two speeds"}, {ENoise::Sluggish, "sluggish"},        {ENoise::Mixed, "mixed"},
+constexpr double c_Millisecond = 0.001;
+/// The tick of an old clock: many cases have equal times.
+constexpr double c_CoarseTick = 0.0156;
+
+constexpr SShape c_Shapes[] = {
+    {"normal", ENoise::Normal},
+    {"log-normal", ENoise::LogNormal},
+    {"heavy-tailed", ENoise::HeavyTailed},
+    {"spiky", ENoise::Spiky},
+    {"two speeds", ENoise::TwoSpeeds},
+    {"sluggish", ENoise::Sluggish},
+    {"mixed", ENoise::Mixed},
+    {"milliseconds", ENoise::Normal, c_Millisecond},
+    {"equal times", ENoise::Normal, c_CoarseTick},
+    {"slow drift", ENoise::Normal, 0.0, 0.1},
 };
+
+SSettings getSettings(const SShape& shape, std::size_t cases, std::size_t runs, std::uint64_t seed)
+{
+    SSettings settings;
+    settings.cases = cases;
+    settings.runs = runs;
+    settings.seed = seed;
+    settings.noise = shape.noise;
+    settings.tick = shape.tick;
+    settings.factor = [shape, runs](std::size_t, std::size_t run) {
+        return 1.0 + shape.drift * static_cast<double>(run) / static_cast<double>(runs);
+    };
+    return settings;
+}
 
 SAnalysis analyze(const SyntheticRuns::SArchive& archive)
 {
@@ -43,19 +73,19 @@ const char* judge(bool isMet)
     return isMet ? "" : "   MISSED";
 }
 
-void showFalseAlarms(std::uint64_t seed, std::size_t cases)
+void showFalseAlarms(std::uint64_t seed, std::size_t cases, std::size_t runs)
 {
-    std::printf("Without a change: steps reported in an archive of %zu cases and %zu runs (limit: 1)\n", cases, c_Runs);
-    for (const SNoiseName& noise : c_Noises)
+    std::printf("Without a change: steps reported in an archive of %zu cases and %zu runs (limit: 1)\n", cases, runs);
+    for (const SShape& shape : c_Shapes)
     {
-        SSettings settings;
-        settings.cases = cases;
-        settings.runs = c_Runs;
-        settings.seed = ++seed;
-        settings.noise = noise.noise;
-        const SyntheticRuns::SArchive archive = MakeArchive(settings);
-        const std::size_t alarms = analyze(archive).cases.size();
-        std::printf("  %-14s %zu%s\n", noise.name, alarms, judge(alarms <= 1));
+        const SyntheticRuns::SArchive archive = MakeArchive(getSettings(shape, cases, runs, ++seed));
+        const SAnalysis analysis = analyze(archive);
+        const SShuffleCheck& check = analysis.steps.check;
+        // A drift of all cases counts as a change of the whole.
+        const std::size_t whole = shape.drift > 0.0 ? 0 : analysis.steps.whole.size();
+        const std::size_t alarms = analysis.cases.size() + whole;
+        std::printf("  %-14s %zu%-9s   in %zu random orders: %zu\n", shape.name, alarms, judge(alarms <= 1),
+                    check.archives, check.archivesWithAlarm);
     }
 }
 
@@ -76,15 +106,11 @@ void showFlakes(std::uint64_t seed, std::size_t cases)
 }
 
 /// One case of ten becomes slower at the run `change`; the archive ends eight runs later.
-void showSlower(std::uint64_t seed, std::size_t cases, ENoise others, std::size_t change)
+void showSlower(std::uint64_t seed, std::size_t cases, const SShape& shape, std::size_t change)
 {
-    SSettings settings;
-    settings.cases = cases;
-    settings.runs = change + 8;
-    settings.seed = seed;
-    settings.noise = others;
-    settings.factor = [change](std::size_t testCase, std::size_t run) {
-        return testCase % 10 == 0 && run >= change ? 1.1 : 1.0;
+    SSettings settings = getSettings(shape, cases, change + 8, seed);
+    settings.factor = [change, common = settings.factor](std::size_t testCase, std::size_t run) {
+        return common(testCase, run) * (testCase % 10 == 0 && run >= change ? 1.1 : 1.0);
     };
     const SyntheticRuns::SArchive archive = MakeArchive(settings);
     std::size_t found = 0;
@@ -106,8 +132,8 @@ void showSlower(std::uint64_t seed, std::size_t cases, ENoise others, std::size_
     }
     const double share = static_cast<double>(found) / (static_cast<double>(cases) / 10.0);
     const double coverage = found == 0 ? 1.0 : static_cast<double>(covered) / static_cast<double>(found);
-    // With fewer runs before the change there is too little to compare with.
-    const bool isPromised = others == ENoise::Normal && change >= 30;
+    // Fewer runs before the change are too few for a comparison.
+    const bool isPromised = shape.noise == ENoise::Normal && shape.tick == 0.0 && change >= 30;
     std::printf("  %6zu %10.3f%-9s %8.4f%-9s %6.1f %8zu\n", change, share, isPromised ? judge(share >= 0.95) : "",
                 coverage, isPromised ? judge(coverage >= 0.98) : "",
                 static_cast<double>(width) / static_cast<double>(std::max<std::size_t>(found, 1)), falseAlarms);
@@ -119,15 +145,16 @@ int main(int count, const char* const* arguments)
 {
     const std::uint64_t seed = count > 1 ? std::strtoull(arguments[1], nullptr, 10) * 1000 : 1000;
     const std::size_t cases = count > 2 ? std::strtoull(arguments[2], nullptr, 10) : 10000;
-    showFalseAlarms(seed, cases);
+    showFalseAlarms(seed, cases, c_Runs);
+    showFalseAlarms(seed + 50, cases, c_FewRuns);
     showFlakes(seed + 100, cases);
-    for (const SNoiseName& noise : {c_Noises[0], c_Noises[1]})
+    for (const SShape& shape : c_Shapes)
     {
-        std::printf("10 %% more time at 3 %% %s noise, eight runs later (limits: 0.95, 0.98)\n", noise.name);
+        std::printf("10 %% more time at 3 %% noise, %s, eight runs later (limits: 0.95, 0.98)\n", shape.name);
         std::printf("  %6s %10s%-9s %8s%-9s %6s %8s\n", "before", "found", "", "covered", "", "width", "false");
         for (const std::size_t change : {15, 20, 30, 50, 92})
         {
-            showSlower(seed + 200 + change, cases, noise.noise, change);
+            showSlower(seed + 200 + change, cases, shape, change);
         }
     }
     return s_IsMissed ? 1 : 0;

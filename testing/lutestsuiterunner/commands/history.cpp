@@ -13,11 +13,11 @@
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/console/messages.h"
-#include "testing/lutestsuiterunner/history/archivefolder.h"
-#include "testing/lutestsuiterunner/history/gates.h"
-#include "testing/lutestsuiterunner/history/historyjson.h"
-#include "testing/lutestsuiterunner/history/page.h"
-#include "testing/lutestsuiterunner/history/stepstore.h"
+#include "testing/lutestsuiterunner/history/analysis/gates.h"
+#include "testing/lutestsuiterunner/history/analysis/stepstore.h"
+#include "testing/lutestsuiterunner/history/archive/archivefolder.h"
+#include "testing/lutestsuiterunner/history/reports/historyjson.h"
+#include "testing/lutestsuiterunner/history/reports/page.h"
 
 namespace Runner
 {
@@ -103,8 +103,9 @@ void printSummary(const std::vector<SAnalysis>& analyses, std::size_t newest)
     for (const SAnalysis& analysis : analyses)
     {
         const std::size_t runCount = analysis.table.GetRunCount();
-        print(LbFormat(L"%s: %d Läufe, im neuesten %d Fälle\n", analysis.configuration, static_cast<int>(runCount),
-                       static_cast<int>(analysis.table.GetRun(runCount - 1).cells.size())));
+        const std::size_t caseCount = analysis.table.GetRun(runCount - 1).cells.size();
+        print(LbFormat(L"%s: %u %s, im neuesten %u %s\n", GetConfigurationName(analysis), runCount,
+                       runCount == 1 ? L"Lauf" : L"Läufe", caseCount, caseCount == 1 ? L"Fall" : L"Fälle"));
         for (const SFindingKind& kind : GetFindingKinds())
         {
             if (const std::size_t count = GetFindings(analysis, kind, newest).size(); count > 0)

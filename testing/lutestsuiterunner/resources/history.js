@@ -53,27 +53,34 @@
         });
     }
 
+    function getEntries() {
+        return Array.from(document.querySelectorAll('table.findings tbody tr'), function (row) {
+            return { row: row, text: row.textContent.toLowerCase() };
+        });
+    }
+
     function makeSearch(box) {
         var input = box.querySelector('input');
         var count = box.querySelector('span');
-        var rows = Array.from(document.querySelectorAll('table.findings tbody tr'), function (row) {
-            return { row: row, text: row.textContent.toLowerCase() };
-        });
-        box.hidden = rows.length === 0;
+        var entries = null;
+        box.hidden = document.querySelector('table.findings') === null;
         input.addEventListener('input', function () {
             var words = input.value.toLowerCase().split(/\s+/).filter(Boolean);
             var found = 0;
-            rows.forEach(function (entry) {
+            entries = entries || getEntries();
+            entries.forEach(function (entry) {
                 var isFound = words.every(function (word) {
                     return entry.text.includes(word);
                 });
-                entry.row.hidden = !isFound;
+                if (entry.row.hidden === isFound) {
+                    entry.row.hidden = !isFound;
+                }
                 found += isFound ? 1 : 0;
             });
             document.querySelectorAll('section').forEach(function (section) {
-                section.hidden = words.length > 0 && !section.querySelector('tbody tr:not([hidden])');
+                section.hidden = words.length > 0 && !section.querySelector('.findings tbody tr:not([hidden])');
             });
-            count.textContent = words.length ? found + ' von ' + rows.length : '';
+            count.textContent = words.length ? found + ' von ' + entries.length : '';
         });
     }
 

@@ -1,0 +1,74 @@
+/// Determines how large a step must be to be reported: with no more than the probability that the user accepts, chance
+/// alone causes such a step.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "testing/lutestsuiterunner/history/analysis/series.h"
+#include "testing/lutestsuiterunner/history/analysis/steps.h"
+
+namespace Runner::History
+{
+
+struct SStepRules
+{
+    double alarmRate = 0.05;      ///< probability of any alarm in an archive without steps
+    double smallestChange = 0.03; ///< of a level, relative
+    std::size_t checks = 20;      ///< shuffled archives to examine
+    std::uint64_t checkSeed = 1;  ///< of their orders
+};
+
+/// The alarms of shuffled archives.
+struct SShuffleCheck
+{
+    std::uint64_t archives = 0;
+    std::uint64_t alarms = 0; ///< steps in all of them together
+    std::uint64_t archivesWithAlarm = 0;
+};
+
+/// Computes the thresholds for measures of the same runs.
+class CCalibration
+{
+public:
+    /// `measures` must outlive the object.
+    CCalibration(const std::vector<SMeasure>& measures, std::size_t runCount, const SStepRules& rules);
+
+    const SThresholds& GetThresholds() const { return m_thresholds; }
+    std::size_t GetTestCount() const { return m_testCount; }
+    std::size_t GetShuffleCount() const { return m_shuffleCount; }
+
+    /// The noise that the series of a measure share in the runs' own order.
+    SCommonNoise GetNoise(const SMeasure& measure) const;
+
+    /// Examines archives in shuffled orders that were not used for the thresholds.
+    SShuffleCheck Check() const;
+
+private:
+    using Order = std::vector<std::uint16_t>; ///< of runs
+
+    /// The strongest steps of a series, by its number over all measures.
+    struct SFound
+    {
+        std::size_t series;
+        SStrongest steps;
+    };
+
+    Order getShuffled(std::uint64_t seed) const;
+    SCommonNoise getNoise(const SMeasure& measure, const Order& order) const;
+    std::vector<SFound> findStrongest(CStepFinder& finder, const Order& order) const;
+    std::vector<std::vector<SFound>> findInShuffled() const;
+    void stepDown(const std::vector<std::vector<SFound>>& shuffled);
+
+    const std::vector<SMeasure>& m_measures;
+    std::size_t m_runCount;
+    SStepRules m_rules;
+    std::size_t m_testCount = 0;
+    std::size_t m_shuffleCount = 0;
+    SThresholds m_allThresholds; ///< for a comparison of all series
+    SThresholds m_thresholds;
+};
+
+} // namespace Runner::History

@@ -1,0 +1,217 @@
+#include "testing/lutestsuiterunner/history/analysis/outcomes.h"
+
+#include <algorithm>
+#include <map>
+#include <ranges>
+#include <vector>
+
+namespace Runner::History
+{
+
+namespace
+{
+
+/// Another outcome for up to this number of runs makes a case flaky; a longer one is a defect that was fixed.
+constexpr std::size_t c_LongestDeparture = 2;
+
+struct SVerdict
+{
+    std::size_t run;
+    bool hasFailed;
+};
+
+/// A range [first, end) of equal verdicts.
+struct SStreak
+{
+    std::size_t first;
+    std::size_t end;
+    bool hasFailed;
+
+    std::size_t GetLength() const { return end - first; }
+};
+
+std::vector<SVerdict> getVerdicts(std::span<const EOutcome> outcomes)
+{
+    std::vector<SVerdict> verdicts;
+    for (std::size_t run = 0; run < outcomes.size(); ++run)
+    {
+        if (outcomes[run] == EOutcome::Passed || outcomes[run] == EOutcome::Failed)
+        {
+            verdicts.push_back({run, outcomes[run] == EOutcome::Failed});
+        }
+    }
+    return verdicts;
+}
+
+std::vector<SStreak> getStreaks(const std::vector<SVerdict>& verdicts)
+{
+    std::vector<SStreak> streaks;
+    for (std::size_t index = 0; index < verdicts.size(); ++index)
+    {
+        if (streaks.empty() || streaks.back().hasFailed != verdicts[index].hasFailed)
+        {
+            streaks.push_back({index, index, verdicts[index].hasFailed});
+        }
+        streaks.back().end = index + 1;
+    }
+    return streaks;
+}
+
+/// True for a few runs with an outcome that differs from the outcome before and after them.
+bool isDeparture(const std::vector<SStreak>& streaks, std::size_t number)
+{
+    return number > 0 && number + 1 < streaks.size() && streaks[number].GetLength() <= c_LongestDeparture;
+}
+
+SBeginning getBeginning(const std::vector<SVerdict>& verdicts, const SStreak& streak)
+{
+    const std::size_t index = verdicts[streak.first].run;
+    const std::size_t first = streak.first == 0 ? index : verdicts[streak.first - 1].run + 1;
+    return {index, first, index};
+}
+
+/// What the runs of one build prove about a case: its outcome changed without a change of the code.
+struct SBuildProof
+{
+    bool hasBoth = false;     ///< it passed and failed
+    bool hasReturned = false; ///< its outcome changed and changed back, or it passed and failed within one run
+};
+
+SBuildProof findProof(const CTable& table, std::size_t testCase, const std::vector<SVerdict>& verdicts)
+{
+    std::map<std::wstring_view, std::vector<SVerdict>> builds;
+    SBuildProof proof;
+    for (const SVerdict& verdict : verdicts)
+    {
+        proof.hasReturned = proof.hasReturned || table.HasBoth(testCase, verdict.run);
+        if (const std::wstring& build = table.GetRun(verdict.run).label.build; !build.empty())
+        {
+            builds[build].push_back(verdict);
+        }
+    }
+    for (const auto& [build, verdictsOfBuild] : builds)
+    {
+        const std::size_t count = getStreaks(verdictsOfBuild).size();
+        proof.hasBoth = proof.hasBoth || count > 1;
+        proof.hasReturned = proof.hasReturned || count > 2;
+    }
+    return proof;
+}
+
+std::optional<SFlakiness> findFlakiness(const CTable& table, std::size_t testCase,
+                                        const std::vector<SVerdict>& verdicts, const std::vector<SStreak>& streaks)
+{
+    SFlakiness flaky;
+    std::size_t firstDeparture = std::min<std::size_t>(1, streaks.size() - 1);
+    for (std::size_t number = streaks.size(); number-- > 0;)
+    {
+        if (isDeparture(streaks, number))
+        {
+            ++flaky.returns;
+            firstDeparture = number;
+        }
+    }
+    const SBuildProof proof = findProof(table, testCase, verdicts);
+    if (flaky.returns == 0 && !proof.hasReturned)
+    {
+        return std::nullopt;
+    }
+    flaky.isProven = proof.hasBoth || proof.hasReturned;
+    flaky.runs = static_cast<std::uint32_t>(verdicts.size());
+    flaky.failures = static_cast<std::uint32_t>(std::ranges::count_if(verdicts, &SVerdict::hasFailed));
+    flaky.beginning = getBeginning(verdicts, streaks[firstDeparture]);
+    return flaky;
+}
+
+/// True if it is unlikely that a case that was flaky before the streak fails this long by chance.
+bool isLasting(const std::vector<SVerdict>& verdicts, const std::vector<SStreak>& streaks, std::size_t number)
+{
+    constexpr double c_SmallestProbability = 0.01;
+    const SStreak& streak = streaks[number];
+    bool hasReturned = false;
+    for (std::size_t earlier = 0; earlier < number; ++earlier)
+    {
+        hasReturned = hasReturned || isDeparture(streaks, earlier);
+    }
+    if (!hasReturned)
+    {
+        return true;
+    }
+    const auto before = verdicts | std::views::take(streak.first);
+    const auto alike = std::ranges::count(before, streak.hasFailed, &SVerdict::hasFailed);
+    const double rate = static_cast<double>(alike + 1) / static_cast<double>(streak.first + 2);
+    double probability = 1.0;
+    for (std::size_t run = 0; run < streak.GetLength(); ++run)
+    {
+        probability *= rate;
+    }
+    return probability <= c_SmallestProbability;
+}
+
+void findChange(const std::vector<SVerdict>& verdicts, const std::vector<SStreak>& streaks, SOutcomeFindings& findings)
+{
+    const std::size_t last = streaks.size() - 1;
+    if (last == 0)
+    {
+        return;
+    }
+    if (streaks[last].hasFailed)
+    {
+        if (isLasting(verdicts, streaks, last))
+        {
+            findings.newFailure = getBeginning(verdicts, streaks[last]);
+        }
+    }
+    else if (!isDeparture(streaks, last - 1) && isLasting(verdicts, streaks, last - 1))
+    {
+        findings.fixed = getBeginning(verdicts, streaks[last]);
+    }
+}
+
+void findPresence(std::span<const EOutcome> outcomes, SOutcomeFindings& findings)
+{
+    const auto isPresent = [](EOutcome outcome) { return outcome != EOutcome::Absent; };
+    const auto first = std::ranges::find_if(outcomes, isPresent);
+    if (first == outcomes.end())
+    {
+        return;
+    }
+    if (!isPresent(outcomes.back()))
+    {
+        const auto last = std::ranges::find_if(outcomes | std::views::reverse, isPresent);
+        const auto index = static_cast<std::size_t>(last.base() - outcomes.begin());
+        findings.missing = SBeginning{index, index, index};
+    }
+    else if (first != outcomes.begin())
+    {
+        const auto index = static_cast<std::size_t>(first - outcomes.begin());
+        findings.added = SBeginning{index, index, index};
+    }
+}
+
+} // namespace
+
+SOutcomeFindings FindOutcomes(const CTable& table, std::size_t testCase)
+{
+    SOutcomeFindings findings;
+    const std::span<const EOutcome> outcomes = table.GetOutcomes(testCase);
+    const bool isSteady = std::ranges::adjacent_find(outcomes, std::ranges::not_equal_to()) == outcomes.end();
+    if (isSteady && !table.HasBoth(testCase))
+    {
+        return findings;
+    }
+    findPresence(outcomes, findings);
+    const std::vector<SVerdict> verdicts = getVerdicts(outcomes);
+    if (!verdicts.empty())
+    {
+        const std::vector<SStreak> streaks = getStreaks(verdicts);
+        findings.flaky = findFlakiness(table, testCase, verdicts, streaks);
+        if (!findings.missing)
+        {
+            findChange(verdicts, streaks, findings);
+        }
+    }
+    return findings;
+}
+
+} // namespace Runner::History

@@ -1,0 +1,103 @@
+/// Steps in a series of measurements: where its level changed, and how sure that is.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "testing/lutestsuiterunner/history/analysis/ranktails.h"
+#include "testing/lutestsuiterunner/history/analysis/stepsize.h"
+
+namespace Runner::History
+{
+
+/// A change of level between two neighbouring runs of a series.
+struct SStep
+{
+    std::size_t index = 0; ///< of the first run after the step
+    std::size_t first = 0; ///< the interval that contains this run, both ends included
+    std::size_t last = 0;
+    double before = 0.0; ///< medians between the steps
+    double after = 0.0;
+    double bits = 0.0;       ///< of evidence by ranks, corrected by the inflation
+    double deviations = 0.0; ///< as SStepSize
+
+    bool IsUp() const { return after > before; }
+};
+
+/// The strongest steps of a series by both measures, and where they are. 0 if there is no step of interest.
+struct SStrongest
+{
+    double bits = 0.0;
+    std::size_t bitsIndex = 0;
+    double deviations = 0.0;
+    std::size_t deviationsIndex = 0;
+};
+
+/// What a step needs to be reported: either is enough.
+struct SThresholds
+{
+    double bits = 0.0;       ///< at least
+    double deviations = 0.0; ///< more than
+
+    bool IsExceededBy(const SStrongest& steps) const { return steps.bits >= bits || steps.deviations > deviations; }
+};
+
+/// A series, with its runs in their own or another order.
+struct SSeriesView
+{
+    std::span<const double> values;
+    std::span<const std::uint16_t> ranks; ///< of the values
+    std::span<const std::uint16_t> order; ///< indices; the order to look at
+};
+
+/// Looks for steps with rank-sum tests over a grid of places. Keeps tables; an object belongs to one thread.
+class CStepFinder
+{
+public:
+    /// A step is at least `smallestChange` large, relative to the lower level.
+    CStepFinder(double smallestChange, const SCommonNoise& noise) : m_smallestChange(smallestChange), m_noise(noise) {}
+
+    void SetNoise(const SCommonNoise& noise) { m_noise = noise; }
+
+    SStrongest FindStrongest(const SSeriesView& series);
+
+    /// All steps beyond a threshold, in the order of the runs: the strongest one, then those in the parts before and
+    /// after it. `seed` orders equal values.
+    std::vector<SStep> FindSteps(std::span<const double> values, std::uint64_t seed, const SThresholds& thresholds);
+
+    /// The number of tests that FindStrongest makes with a series of that length.
+    std::size_t GetTestCount(std::size_t length);
+
+private:
+    /// A place where a series is divided, and the numbers of inversions that are few enough to look closer.
+    struct SPlace
+    {
+        std::size_t index;
+        std::int64_t limit;
+    };
+
+    struct SCandidate
+    {
+        std::size_t index;
+        bool isUp;
+        double bits;
+    };
+
+    const std::vector<SPlace>& getPlaces(std::size_t length);
+    void findCandidates(const SSeriesView& series);
+    void divide(std::span<const double> values, std::size_t start, std::uint64_t seed, const SThresholds& thresholds,
+                std::vector<SStep>& steps);
+    SStep describe(std::span<const double> values, std::span<const std::uint16_t> ranks, std::uint64_t seed, bool isUp);
+    bool isOneLevel(std::span<const double> values, std::uint64_t seed, double inflation, bool isUp);
+    void findInterval(std::span<const double> values, std::uint64_t seed, double inflation, SStep& step);
+
+    double m_smallestChange;
+    SCommonNoise m_noise;
+    CRankTails m_tails;
+    std::vector<std::vector<SPlace>> m_places; ///< by length
+    std::vector<SCandidate> m_candidates;      ///< of the series at hand; kept for its memory
+};
+
+} // namespace Runner::History

@@ -1,0 +1,75 @@
+#include "testing/lutestsuiterunner/history/analysis/stepsize.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace Runner::History
+{
+
+namespace
+{
+
+double getMean(std::span<const double> values)
+{
+    return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+}
+
+/// Sums over the residuals: each value minus the mean of its part.
+struct SResiduals
+{
+    double squares = 0.0;  ///< sum of the squares
+    double products = 0.0; ///< sum of the products of neighbours in one part
+};
+
+SResiduals getResiduals(std::span<const double> values, double mean)
+{
+    SResiduals residuals;
+    double previous = 0.0;
+    for (const double value : values)
+    {
+        const double residual = value - mean;
+        residuals.squares += residual * residual;
+        residuals.products += previous * residual;
+        previous = residual;
+    }
+    return residuals;
+}
+
+/// (1 + r) / (1 - r) for the lag-1 autocorrelation r. The estimate of a short series is too low, so it is corrected. It
+/// is also uncertain, so its standard error is subtracted. The correlation that all series share is the lower limit.
+double getInflation(double correlation, double length, double commonCorrelation)
+{
+    constexpr double c_Highest = 0.9;
+    const double corrected = std::clamp(correlation + (1.0 + 4.0 * correlation) / length, -1.0, c_Highest);
+    const double certain = corrected - std::sqrt((1.0 - corrected * corrected) / length);
+    const double used = std::clamp(std::max(certain, commonCorrelation), 0.0, c_Highest);
+    return (1.0 + used) / (1.0 - used);
+}
+
+} // namespace
+
+SStepSize MeasureStep(std::span<const double> values, std::size_t place, const SCommonNoise& noise)
+{
+    // Used for values without any scatter, such as sizes of memory.
+    constexpr double c_SmallestScatter = 1e-6;
+    const double meanBefore = getMean(values.first(place));
+    const double meanAfter = getMean(values.subspan(place));
+    const SResiduals before = getResiduals(values.first(place), meanBefore);
+    const SResiduals after = getResiduals(values.subspan(place), meanAfter);
+    const double length = static_cast<double>(values.size());
+    const double sizeBefore = static_cast<double>(place);
+    const double sizeAfter = length - sizeBefore;
+    const double squares = before.squares + after.squares;
+    const double level = std::min(meanBefore, meanAfter);
+    const double scatter =
+        std::max(std::sqrt(squares / (length - 2.0)), std::max(noise.scatter, c_SmallestScatter) * level);
+    const double error = scatter * std::sqrt(1.0 / sizeBefore + 1.0 / sizeAfter);
+    const double correlation = squares > 0.0 ? (before.products + after.products) / squares : 0.0;
+    SStepSize size;
+    size.inflation = getInflation(correlation, length, noise.correlation);
+    size.deviations = error > 0.0 ? std::abs(meanAfter - meanBefore) / (error * std::sqrt(size.inflation)) : 0.0;
+    return size;
+}
+
+} // namespace Runner::History

@@ -1,0 +1,28 @@
+/// The runs below an archive's folder.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/history/archive/archive.h"
+
+namespace Runner::History
+{
+
+inline constexpr const wchar_t* c_IndexName = L"LuTestSuiteHistory.index";
+
+struct SArchiveContent
+{
+    std::vector<SCaseName> names; ///< sorted
+    std::vector<SRun> runs;       ///< in the order of their begin
+    std::size_t readCount = 0;    ///< of these, read from their files and not from the index
+    std::string digest;           ///< the same for the same content; empty if there is no index
+};
+
+/// Reads the runs of a folder: XML reports in it and in its folder "Archive", and the sub-folders that hold the journal
+/// or the report of a run. A run that cannot be read is left out, and a line is printed. Runs that have not changed are
+/// taken from the index in the folder, which is updated; if it cannot be written, a line is printed.
+/// Throws LbException with a German message if there is no such folder.
+SArchiveContent ReadArchive(const std::wstring& directory);
+
+} // namespace Runner::History

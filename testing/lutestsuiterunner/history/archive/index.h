@@ -1,0 +1,47 @@
+/// The index of an archive: a file beside it with what was read earlier.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/history/archive/archive.h"
+
+namespace Runner::History
+{
+
+/// A file at a point in time.
+struct SFileStamp
+{
+    std::wstring name; ///< path relative to the archive
+    std::int64_t size = -1;
+    std::int64_t time = 0; ///< of its last change, in the system's own steps
+
+    bool operator==(const SFileStamp&) const = default;
+};
+
+/// A run with the files that it was read from.
+struct SIndexedRun
+{
+    std::vector<SFileStamp> stamps; ///< from before they were read
+    std::string digest;             ///< of their contents
+    SRun run;
+};
+
+struct SIndex
+{
+    std::vector<SCaseName> names;
+    std::map<std::wstring, SIndexedRun> runs; ///< by name
+    std::int64_t time = 0;                    ///< when the file was written, in the system's own steps
+    std::string digest;                       ///< of all that it holds; empty if there is nothing
+};
+
+/// An empty index if there is no file, or it is of another version, or damaged.
+SIndex ReadIndex(const std::wstring& path);
+
+/// Returns the digest of what was written; empty if the file cannot be written.
+std::string WriteIndex(const std::wstring& path, const std::vector<SCaseName>& names,
+                       const std::vector<const SIndexedRun*>& runs);
+
+} // namespace Runner::History

@@ -1,0 +1,169 @@
+#include "testing/lutestsuiterunner/history/reports/historyjson.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "base/lbencoding.h"
+
+namespace Runner::History
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+using LbEncoding::ToUtf8;
+
+constexpr int c_Format = 1;
+
+/// Runs are numbered from 1, the oldest first.
+Json getRunReference(const SAnalysis& analysis, std::size_t run)
+{
+    return {{"number", run + 1}, {"name", ToUtf8(analysis.table.GetRun(run).label.name)}};
+}
+
+Json getSteps(const SAnalysis& analysis, const std::vector<SStep>& steps)
+{
+    Json list = Json::array();
+    for (const SStep& step : steps)
+    {
+        list.push_back({{"run", getRunReference(analysis, step.index)},
+                        {"interval", {step.first + 1, step.last + 1}},
+                        {"before", step.before},
+                        {"after", step.after},
+                        {"bits", step.bits},
+                        {"deviations", step.deviations}});
+    }
+    return list;
+}
+
+std::string getOutcomes(std::span<const EOutcome> outcomes)
+{
+    constexpr char c_Signs[] = {'-', 'P', 'F', 'C'};
+    std::string text;
+    for (const EOutcome outcome : outcomes)
+    {
+        text += c_Signs[static_cast<std::size_t>(outcome)];
+    }
+    return text;
+}
+
+Json getFinding(const SAnalysis& analysis, const SFinding& finding)
+{
+    const SCaseFindings& findings = *finding.findings;
+    const SCaseName& name = analysis.table.GetName(findings.caseIndex);
+    Json json = {{"class", ToUtf8(name.className)},
+                 {"case", ToUtf8(name.caseName)},
+                 {"since", getRunReference(analysis, finding.beginning.index)},
+                 {"interval", {finding.beginning.first + 1, finding.beginning.last + 1}},
+                 {"outcomes", getOutcomes(analysis.table.GetOutcomes(findings.caseIndex))}};
+    if (findings.outcomes.flaky)
+    {
+        const SFlakiness& flaky = *findings.outcomes.flaky;
+        json["flaky"] = {{"returns", flaky.returns},
+                         {"failures", flaky.failures},
+                         {"runs", flaky.runs},
+                         {"sameBuild", flaky.isProven}};
+    }
+    if (!findings.times.empty())
+    {
+        json["seconds"] = getSteps(analysis, findings.times);
+    }
+    if (!findings.memory.empty())
+    {
+        json["memory"] = getSteps(analysis, findings.memory);
+    }
+    if (findings.allocations)
+    {
+        json["allocations"] = {{"run", getRunReference(analysis, findings.allocations->index)},
+                               {"before", findings.allocations->before},
+                               {"after", findings.allocations->after}};
+    }
+    return json;
+}
+
+Json getRuns(const SAnalysis& analysis)
+{
+    Json runs = Json::array();
+    for (std::size_t index = 0; index < analysis.table.GetRunCount(); ++index)
+    {
+        const SRun& run = analysis.table.GetRun(index);
+        double seconds = 0.0;
+        std::size_t failed = 0;
+        for (const SCell& cell : run.cells)
+        {
+            seconds += cell.measured.seconds;
+            failed += cell.measured.HasVerdict() && !cell.measured.HasPassed() ? 1 : 0;
+        }
+        runs.push_back({{"number", index + 1},
+                        {"name", ToUtf8(run.label.name)},
+                        {"begin", ToUtf8(run.label.begin)},
+                        {"build", ToUtf8(run.label.build)},
+                        {"machine", ToUtf8(run.label.machine)},
+                        {"cases", run.cells.size()},
+                        {"failed", failed},
+                        {"seconds", seconds},
+                        {"tempo", analysis.steps.tempo[index]}});
+    }
+    return runs;
+}
+
+Json getAnalysis(const SAnalysis& analysis, std::size_t newest)
+{
+    Json json = {{"configuration", ToUtf8(analysis.configuration)}};
+    json["method"] = {{"alarmRate", analysis.rules.alarmRate},  {"smallestChange", analysis.rules.smallestChange},
+                      {"series", analysis.steps.seriesCount},   {"tests", analysis.steps.testCount},
+                      {"bits", analysis.steps.thresholds.bits}, {"deviations", analysis.steps.thresholds.deviations},
+                      {"shuffles", analysis.steps.shuffleCount}};
+    json["reshuffled"] = {{"archives", analysis.steps.check.archives},
+                          {"seed", analysis.rules.checkSeed},
+                          {"alarms", analysis.steps.check.alarms},
+                          {"archivesWithAlarm", analysis.steps.check.archivesWithAlarm}};
+    json["whole"] = getSteps(analysis, analysis.steps.whole);
+    Json counts = Json::object();
+    Json lists = Json::object();
+    for (const SFindingKind& kind : GetFindingKinds())
+    {
+        Json list = Json::array();
+        for (const SFinding& finding : GetFindings(analysis, kind, newest))
+        {
+            list.push_back(getFinding(analysis, finding));
+        }
+        counts[kind.name] = list.size();
+        lists[kind.name] = std::move(list);
+    }
+    json["counts"] = std::move(counts);
+    json["findings"] = std::move(lists);
+    json["runs"] = getRuns(analysis);
+    return json;
+}
+
+Json getGate(const SGateResult& result)
+{
+    Json cases = Json::array();
+    for (const std::wstring& line : result.cases)
+    {
+        cases.push_back(ToUtf8(line));
+    }
+    return {{"rule", ToUtf8(result.gate.rule)}, {"count", result.count}, {"holds", result.holds}, {"cases", cases}};
+}
+
+} // namespace
+
+std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest)
+{
+    Json json = {{"format", c_Format}};
+    json["configurations"] = Json::array();
+    for (const SAnalysis& analysis : analyses)
+    {
+        json["configurations"].push_back(getAnalysis(analysis, newest));
+    }
+    json["gates"] = Json::array();
+    for (const SGateResult& gate : gates)
+    {
+        json["gates"].push_back(getGate(gate));
+    }
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace Runner::History

@@ -1,0 +1,295 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbformat.h"
+#include "base/lbpath.h"
+#include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuiterunner/history/analysis/randomnumbers.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
+#include "tests/lutestsuiterunner/cli/distributedtest.h"
+#include "tests/lutestsuiterunner/samplerun.h"
+#include "tests/support/unwritable.h"
+
+namespace
+{
+
+using LuTestSuiteRun::ECaseRunResult;
+
+constexpr std::uint32_t c_Runs = 40;
+constexpr std::uint32_t c_Cases = 24;
+
+/// The cases of the archive, by what happens to them; the others only have their share of what happens to all.
+enum ECase : std::uint32_t
+{
+    eC_NewFailure,
+    eC_Flaky,
+    eC_Missing,
+    eC_Slower,
+    eC_Hungrier,
+    eC_MoreAllocations,
+    eC_Fixed,
+    eC_Faster,
+    eC_Leaner,
+    eC_FewerAllocations,
+    eC_New
+};
+
+Runner::SPlan makePlan(std::uint32_t run)
+{
+    Runner::SPlan plan;
+    plan.runId = Runner::MakeRunId();
+    plan.dataDirectory = LbPath::ToNative(L"/daten/");
+    plan.params.trackHeap = true;
+    plan.origin.buildConfiguration = L"Release x64";
+    plan.origin.svn.emplace();
+    plan.origin.svn->URL = L"svn://server/trunk";
+    plan.origin.svn->Revision = LbFormat(L"%u", 4700 + run / 2);
+    LuTestSuite::SUnitTest unitTest;
+    unitTest.className = L"CKlasse";
+    unitTest.dataDirectory = plan.dataDirectory + L"CKlasse" + LbPath::c_Separator;
+    for (std::uint32_t index = 0; index < c_Cases; ++index)
+    {
+        const bool isAbsent = (index == eC_Missing && run + 1 == c_Runs) || (index == eC_New && run < 10);
+        if (!isAbsent)
+        {
+            const std::wstring name = LbFormat(L"%02u", index);
+            unitTest.cases.push_back({unitTest.dataDirectory + name, name, {}});
+        }
+    }
+    plan.unitTests.push_back(std::move(unitTest));
+    plan.cases = Runner::PlanCases(plan.unitTests, 1);
+    return plan;
+}
+
+ECaseRunResult getResult(std::uint32_t index, std::uint32_t run)
+{
+    const bool hasFailed = (index == eC_NewFailure && run + 1 == c_Runs) || (index == eC_Flaky && run % 20 == 10) ||
+                           (index == eC_Fixed && run >= 5 && run < 12);
+    return hasFailed ? ECaseRunResult::Different : ECaseRunResult::Ok;
+}
+
+/// From the middle of the archive on, everything takes longer, two cases change by more or less than the others, and
+/// two need other amounts of memory. The number of allocations changes in the newest run.
+void measure(std::uint32_t index, std::uint32_t run, Runner::History::CRandomNumbers& random,
+             LuTestSuiteRun::SCaseInfo& info)
+{
+    const bool isLate = run >= c_Runs / 2;
+    const bool isNewest = run + 1 == c_Runs;
+    info.time = (1'000'000 + random.Below(20'000)) * (isLate ? 3U : 2U);
+    info.time *= index == eC_Slower && isLate ? 2U : 1U;
+    info.time /= index == eC_Faster && isLate ? 2U : 1U;
+    info.peakMemory = 100'000 + random.Below(2'000);
+    info.peakMemory *= index == eC_Hungrier && isLate ? 2U : 1U;
+    info.peakMemory /= index == eC_Leaner && isLate ? 2U : 1U;
+    info.allocations = 1000;
+    info.allocations += index == eC_MoreAllocations && isNewest ? 1U : 0U;
+    info.allocations -= index == eC_FewerAllocations && isNewest ? 1U : 0U;
+}
+
+void writeRun(const std::wstring& folder, std::uint32_t run)
+{
+    const Runner::SPlan plan = makePlan(run);
+    const auto writer = Runner::CRunFolder(folder).BeginRun(plan);
+    Runner::History::CRandomNumbers random(run + 1);
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        const auto number = static_cast<std::uint32_t>(std::stoul(plan.unitTests[0].cases[index].name));
+        Runner::SCaseEnded ended = MakeEnd(index, getResult(number, run));
+        measure(number, run, random, ended.info);
+        writer->Write(MakeStart(index));
+        writer->Write(ended);
+    }
+    writer->Close();
+}
+
+struct SRule
+{
+    const char* name;
+    const char* line; ///< the case that a broken gate names
+};
+
+constexpr SRule c_Rules[] = {
+    {"new-failures", "CKlasse:00 (seit Lauf 39)"},
+    {"flaky", "CKlasse:01 (seit Lauf 10)"},
+    {"quarantine", "CKlasse:01 (seit Lauf 10)"},
+    {"missing", "CKlasse:02 (seit Lauf 39)"},
+    {"slower", "CKlasse:03 (seit Lauf 20)"},
+    {"hungrier", "CKlasse:04 (seit Lauf 20)"},
+    {"more-allocations", "CKlasse:05 (seit Lauf 39)"},
+    {"fixed", "CKlasse:06 (seit Lauf 12)"},
+    {"faster", "CKlasse:07 (seit Lauf 20)"},
+    {"leaner", "CKlasse:08 (seit Lauf 20)"},
+    {"fewer-allocations", "CKlasse:09 (seit Lauf 39)"},
+    {"new", "CKlasse:10 (seit Lauf 10)"},
+    {"whole-slower", "alle Fälle, Release x64 (seit Lauf 20)"},
+};
+
+/// A gate for each rule, with this comparison.
+std::vector<std::wstring> makeGates(const std::wstring& comparison)
+{
+    std::vector<std::wstring> options;
+    for (const SRule& rule : c_Rules)
+    {
+        options.insert(options.end(), {L"--gate", LbEncoding::FromUtf8(rule.name) + comparison});
+    }
+    return options;
+}
+
+class RunnerHistory : public DistributedTest
+{
+protected:
+    SHostRun history(const std::vector<std::wstring>& options = {}) const
+    {
+        std::vector<std::wstring> arguments = {L"history", getArchive()};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return RunRunner(arguments);
+    }
+
+    std::wstring getArchive() const { return m_folder.GetPathOf(L"archiv"); }
+
+    void writeArchive() const
+    {
+        for (std::uint32_t run = 0; run < c_Runs; ++run)
+        {
+            writeRun(getArchive() + LbPath::c_Separator + LbFormat(L"Lauf %02u", run), run);
+        }
+    }
+
+    void writeReport(const std::wstring& name, const std::wstring& begin, const std::vector<std::wstring>& cases) const
+    {
+        m_folder.MakeFolder(L"archiv");
+        LuTestSuiteReport::SReportData data;
+        data.BuildConfiguration = L"Release x64";
+        data.DateBegin = begin;
+        for (const std::wstring& testCase : cases)
+        {
+            data.Cases.emplace_back();
+            data.Cases.back().ClassName = L"CKlasse";
+            data.Cases.back().CaseName = testCase;
+        }
+        LuTestSuiteReport::GenerateXMLReport(getArchive() + LbPath::c_Separator + name, data);
+    }
+
+    nlohmann::json readFindings(const std::wstring& directory) const
+    {
+        const std::wstring file = m_folder.GetPathOf(L"verlauf.json");
+        const SHostRun run = RunRunner({L"history", directory, L"--json", file});
+        EXPECT_EQ(run.exitStatus, 0) << run.errors;
+        return nlohmann::json::parse(LbFileSystem::ReadFile8Bit(file)).at("configurations").at(0);
+    }
+};
+
+TEST_F(RunnerHistory, GateThatDoesNotHoldNamesItsCase)
+{
+    writeArchive();
+    const SHostRun run = history(makeGates(L"=0"));
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    for (const SRule& rule : c_Rules)
+    {
+        ExpectLine(run.output, std::string(rule.name) + "=0: nicht erfüllt (gezählt: 1)\n  " + rule.line + "\n");
+    }
+}
+
+TEST_F(RunnerHistory, GatesThatHoldLeaveTheStatusZero)
+{
+    writeArchive();
+    const SHostRun run = history(makeGates(L"<2"));
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    for (const SRule& rule : c_Rules)
+    {
+        ExpectLine(run.output, std::string(rule.name) + "<2: erfüllt (gezählt: 1)\n");
+    }
+}
+
+TEST_F(RunnerHistory, OneGateThatDoesNotHoldIsEnough)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"});
+    writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"});
+    const SHostRun run = history({L"--gate", L"new-failures=0", L"--gate", L"missing=0", L"--gate", L"slower<5"});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    ExpectLine(run.output, "missing=0: nicht erfüllt (gezählt: 1)\n  CKlasse:y (seit b.xml)\n");
+}
+
+TEST_F(RunnerHistory, WrongRuleEndsWithStatusTwo)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
+    for (const wchar_t* const rule : {L"slower>5", L"slower", L"slower=", L"slower=x", L"uglier=0", L"=0", L""})
+    {
+        const SHostRun run = history({L"--gate", rule});
+        EXPECT_EQ(run.exitStatus, 2) << LbEncoding::ToUtf8(rule);
+        ExpectLine(run.errors, "Die Bedingung '" + LbEncoding::ToUtf8(rule) + "'");
+    }
+}
+
+TEST_F(RunnerHistory, FolderWithoutRunsEndsWithStatusTwo)
+{
+    m_folder.MakeFolder(L"archiv");
+    const SHostRun empty = history();
+    EXPECT_EQ(empty.exitStatus, 2);
+    ExpectLine(empty.errors, "enthält keinen lesbaren Lauf");
+
+    const SHostRun missing = RunRunner({L"history", m_folder.GetPathOf(L"fehlt")});
+    EXPECT_EQ(missing.exitStatus, 2);
+    ExpectLine(missing.errors, "existiert nicht");
+}
+
+TEST_F(RunnerHistory, DamagedReportIsNamedAndNothingElseIsLost)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"});
+    writeReport(L"c.xml", L"2026-01-03 00:00:00", {L"x"});
+    m_folder.WriteFile(L"archiv/b.xml", "<testsuite><unfinished");
+    const SHostRun run = history({L"--gate", L"missing=1"});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    ExpectLine(run.errors, "b.xml wurde nicht gelesen und fehlt in der Auswertung.\n");
+    ExpectLine(run.output, "Release x64: 2 Läufe, im neuesten 1 Fall\n  Fehlende Fälle: 1\n");
+}
+
+TEST_F(RunnerHistory, FileThatCannotBeWrittenEndsWithStatusTwo)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
+    for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"verlauf.html"))
+    {
+        // A command line of Windows has at most 32,767 characters.
+        if (LbOs::c_PathSeparator == L'\\' && place.path.size() > 32'000)
+        {
+            continue;
+        }
+        for (const wchar_t* const option : {L"--html", L"--json"})
+        {
+            const SHostRun run = history({option, place.path});
+            EXPECT_EQ(run.exitStatus, 2) << place.name;
+            ExpectLine(run.errors, "Fehler: ");
+        }
+    }
+}
+
+TEST_F(RunnerHistory, ReadsTheJournalsOfDistributedRuns)
+{
+    m_folder.MakeFolder(L"data/CFlakyModel");
+    MakeDurations({1, 1, 1});
+    const std::wstring first = getArchive() + LbPath::c_Separator + L"eins";
+    const SHostRun run = Run({L"submit", L"--out", first, L"--shards", L"2", L"--retries", L"1", L"--allow-flaky"},
+                             {L"-i", L":besteht beim zweiten Mal$", L"-i", L"CDurationModel"});
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+
+    for (const std::wstring& folder : {getArchive(), first})
+    {
+        const nlohmann::json configuration = readFindings(folder);
+        ASSERT_EQ(configuration.at("runs").size(), 1U);
+        EXPECT_EQ(configuration.at("runs")[0].at("cases"), 4);
+        EXPECT_EQ(configuration.at("runs")[0].at("failed"), 0);
+        // The report contains only the attempt that passed.
+        EXPECT_EQ(configuration.at("findings").at("flaky").size(), 1U);
+    }
+}
+
+} // namespace

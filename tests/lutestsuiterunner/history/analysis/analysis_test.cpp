@@ -1,0 +1,189 @@
+// The guarantees of the search for changes, checked with few enough cases for a test. benchmarks/history_simulation.cpp
+// measures the same at full size and with many more kinds of noise.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "testing/lutestsuiterunner/history/analysis/analysis.h"
+#include "testing/lutestsuiterunner/history/analysis/findings.h"
+#include "tests/support/syntheticruns.h"
+
+using namespace Runner::History;
+using SyntheticRuns::ENoise;
+using SyntheticRuns::SSettings;
+
+namespace
+{
+
+SAnalysis analyze(const SyntheticRuns::SArchive& archive, const SStepRules& rules = {})
+{
+    return Analyze(L"Release x64", archive.GetTable(), rules, AnalyzeSteps(archive.GetTable(), rules));
+}
+
+std::size_t countStepped(const SAnalysis& analysis)
+{
+    std::size_t count = 0;
+    for (const SCaseFindings& findings : analysis.cases)
+    {
+        count += findings.times.empty() ? 0 : 1;
+    }
+    return count;
+}
+
+std::string toName(const testing::TestParamInfo<ENoise>& noise)
+{
+    switch (noise.param)
+    {
+    case ENoise::Normal:
+        return "Normal";
+    case ENoise::LogNormal:
+        return "LogNormal";
+    case ENoise::HeavyTailed:
+        return "HeavyTailed";
+    case ENoise::Spiky:
+        return "Spiky";
+    case ENoise::TwoSpeeds:
+        return "TwoSpeeds";
+    case ENoise::Sluggish:
+        return "Sluggish";
+    default:
+        return "Mixed";
+    }
+}
+
+} // namespace
+
+class HistoryWithoutChange : public testing::TestWithParam<ENoise>
+{
+};
+
+TEST_P(HistoryWithoutChange, AlarmsAtMostOnce)
+{
+    SSettings settings;
+    settings.cases = 500;
+    settings.noise = GetParam();
+    settings.seed = 41;
+    EXPECT_LE(countStepped(analyze(MakeArchive(settings))), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(, HistoryWithoutChange,
+                         testing::Values(ENoise::Normal, ENoise::HeavyTailed, ENoise::Spiky, ENoise::TwoSpeeds,
+                                         ENoise::Sluggish, ENoise::Mixed),
+                         toName);
+
+TEST(HistoryStatistics, TenPercentMoreTimeIsFoundWithinEightRuns)
+{
+    constexpr std::size_t c_Changed = 100;
+    constexpr std::size_t c_Change = 50;
+    SSettings settings;
+    settings.runs = c_Change + 8;
+    settings.cases = 2000;
+    settings.seed = 42;
+    settings.factor = [](std::size_t testCase, std::size_t run) {
+        return testCase < c_Changed && run >= c_Change ? 1.1 : 1.0;
+    };
+    const SyntheticRuns::SArchive archive = MakeArchive(settings);
+    const SAnalysis analysis = analyze(archive);
+    std::size_t found = 0;
+    std::size_t inInterval = 0;
+    for (const SCaseFindings& findings : analysis.cases)
+    {
+        ASSERT_LT(findings.caseIndex, c_Changed) << "a false alarm";
+        ++found;
+        const SStep& step = findings.times.back();
+        inInterval += step.first <= c_Change && c_Change <= step.last ? 1 : 0;
+    }
+    EXPECT_GE(found, 95U);
+    EXPECT_GE(inInterval * 100, found * 98);
+}
+
+TEST(HistoryStatistics, FlakeRateOfFivePercentIsFoundWithinSixtyRuns)
+{
+    SSettings settings;
+    settings.runs = 60;
+    settings.cases = 1000;
+    SyntheticRuns::CRandomDeviates deviates(43);
+    settings.fails = [&deviates](std::size_t, std::size_t) { return deviates.Uniform() < 0.05; };
+    const SyntheticRuns::SArchive archive = MakeArchive(settings);
+    const SAnalysis analysis = analyze(archive);
+    const auto flaky = std::ranges::find(GetFindingKinds(), std::string_view("flaky"), &SFindingKind::name);
+    EXPECT_GE(GetFindings(analysis, *flaky, 0).size(), 900U);
+}
+
+TEST(HistoryStatistics, SlowRunsAreNotChangesOfTheirCases)
+{
+    SSettings settings;
+    settings.cases = 500;
+    settings.seed = 44;
+    // The machine became slower.
+    settings.factor = [](std::size_t, std::size_t run) { return run >= 60 ? 1.5 : 1.0; };
+    const SyntheticRuns::SArchive archive = MakeArchive(settings);
+    const SAnalysis analysis = analyze(archive);
+    EXPECT_EQ(countStepped(analysis), 0U);
+    ASSERT_EQ(analysis.steps.whole.size(), 1U);
+    EXPECT_NEAR(analysis.steps.whole[0].after / analysis.steps.whole[0].before, 1.5, 0.1);
+}
+
+TEST(HistoryStatistics, CasesThatIgnoreTheTempoAreNotAdjusted)
+{
+    constexpr std::size_t c_Waiting = 20;
+    SSettings settings;
+    settings.cases = 500;
+    settings.seed = 45;
+    // One case of 25 waits for a fixed time, whatever the machine does.
+    settings.factor = [](std::size_t testCase, std::size_t run) {
+        return testCase >= c_Waiting && run >= 40 && run < 70 ? 1.5 : 1.0;
+    };
+    settings.tempoDeviation = 0.0;
+    EXPECT_EQ(countStepped(analyze(MakeArchive(settings))), 0U);
+}
+
+TEST(HistoryStatistics, ShuffledRunsAlarmAsRarelyAsTheRateAllows)
+{
+    SSettings settings;
+    settings.cases = 1000;
+    settings.runs = 60;
+    settings.seed = 46;
+    // Half of the cases have changed, but random orders of the runs must not show that change.
+    settings.factor = [](std::size_t testCase, std::size_t run) { return testCase % 2 == 0 && run >= 30 ? 1.5 : 1.0; };
+    SStepRules rules;
+    rules.checks = 40;
+    const SyntheticRuns::SArchive archive = MakeArchive(settings);
+    const SAnalysis analysis = analyze(archive, rules);
+    EXPECT_EQ(analysis.steps.check.archives, 40U);
+    // Two alarms are expected; more than eight are practically impossible.
+    EXPECT_LE(analysis.steps.check.archivesWithAlarm, 8U);
+}
+
+TEST(HistoryStatistics, SmallerRateRaisesTheThresholds)
+{
+    SSettings settings;
+    settings.cases = 300;
+    settings.runs = 40;
+    const SyntheticRuns::SArchive archive = MakeArchive(settings);
+    SStepRules strict;
+    strict.alarmRate = 0.01;
+    const SAnalysis usual = analyze(archive);
+    const SAnalysis careful = analyze(archive, strict);
+    EXPECT_GT(careful.steps.thresholds.bits, usual.steps.thresholds.bits);
+    EXPECT_GE(careful.steps.thresholds.deviations, usual.steps.thresholds.deviations);
+    EXPECT_EQ(usual.steps.shuffleCount, 39U);
+    EXPECT_EQ(careful.steps.shuffleCount, 199U);
+}
+
+TEST(HistoryStatistics, SameArchiveHasTheSameResult)
+{
+    SSettings settings;
+    settings.cases = 300;
+    settings.runs = 60;
+    settings.factor = [](std::size_t testCase, std::size_t run) { return testCase < 9 && run >= 30 ? 1.3 : 1.0; };
+    const SyntheticRuns::SArchive archive = MakeArchive(settings);
+    const SAnalysis first = analyze(archive);
+    const SAnalysis second = analyze(archive);
+    EXPECT_EQ(first.steps.thresholds.deviations, second.steps.thresholds.deviations);
+    ASSERT_EQ(first.cases.size(), second.cases.size());
+    ASSERT_FALSE(first.cases.empty());
+    EXPECT_EQ(first.cases[0].times.back().bits, second.cases[0].times.back().bits);
+}

@@ -1,0 +1,172 @@
+#include "testing/lutestsuiterunner/history/analysis/outcomes.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "base/lbformat.h"
+
+using namespace Runner::History;
+
+namespace
+{
+
+/// A case by a sign for each run: P passed, F failed, C canceled, B failed and passed, - absent. `builds` names the
+/// build of each run; without it each run has its own.
+SOutcomeFindings findOutcomes(const std::string& signs, const std::string& builds = {})
+{
+    const std::vector<SCaseName> names = {{L"CKlasse", L"Fall"}};
+    std::vector<SRun> runs(signs.size());
+    for (std::size_t run = 0; run < signs.size(); ++run)
+    {
+        runs[run].label.build = builds.empty() ? LbFormat(L"%d", static_cast<int>(run)) : std::wstring(1, builds[run]);
+        SCell cell;
+        cell.measured.result = signs[run] == 'F'   ? ECaseRunResult::Different
+                               : signs[run] == 'C' ? ECaseRunResult::Canceled
+                                                   : ECaseRunResult::Ok;
+        cell.measured.hasBoth = signs[run] == 'B';
+        if (signs[run] != '-')
+        {
+            runs[run].cells.push_back(cell);
+        }
+    }
+    std::vector<const SRun*> pointers;
+    for (const SRun& run : runs)
+    {
+        pointers.push_back(&run);
+    }
+    return FindOutcomes(CTable(names, pointers), 0);
+}
+
+} // namespace
+
+TEST(HistoryOutcomes, SteadyCasesHaveNoFindings)
+{
+    EXPECT_TRUE(findOutcomes("PPPPPP").IsEmpty());
+    EXPECT_TRUE(findOutcomes("FFFFFF").IsEmpty());
+    EXPECT_TRUE(findOutcomes("------").IsEmpty());
+}
+
+TEST(HistoryOutcomes, FailureAfterPassesIsNew)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPPFF");
+    ASSERT_TRUE(findings.newFailure);
+    EXPECT_EQ(findings.newFailure->index, 4U);
+    EXPECT_EQ(findings.newFailure->first, 4U);
+    EXPECT_FALSE(findings.flaky);
+}
+
+TEST(HistoryOutcomes, RunsWithoutTheCaseWidenTheInterval)
+{
+    const SOutcomeFindings findings = findOutcomes("PP-CFF");
+    ASSERT_TRUE(findings.newFailure);
+    EXPECT_EQ(findings.newFailure->first, 2U);
+    EXPECT_EQ(findings.newFailure->last, 4U);
+}
+
+TEST(HistoryOutcomes, PassAfterLongFailureIsFixed)
+{
+    const SOutcomeFindings findings = findOutcomes("PFFFFPP");
+    ASSERT_TRUE(findings.fixed);
+    EXPECT_EQ(findings.fixed->index, 5U);
+    EXPECT_FALSE(findings.flaky);
+    EXPECT_TRUE(findOutcomes("FPPPP").fixed);
+}
+
+TEST(HistoryOutcomes, ShortFailureThatDisappearsIsFlaky)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPFPPP");
+    ASSERT_TRUE(findings.flaky);
+    EXPECT_EQ(findings.flaky->returns, 1U);
+    EXPECT_EQ(findings.flaky->failures, 1U);
+    EXPECT_EQ(findings.flaky->runs, 7U);
+    EXPECT_EQ(findings.flaky->beginning.index, 3U);
+    EXPECT_FALSE(findings.flaky->isProven);
+    EXPECT_FALSE(findings.fixed);
+}
+
+TEST(HistoryOutcomes, EachReturnOfFlakyCasesIsCounted)
+{
+    const SOutcomeFindings findings = findOutcomes("PFPPFFPPPFP");
+    ASSERT_TRUE(findings.flaky);
+    EXPECT_EQ(findings.flaky->returns, 4U); // three times failed, once passed between failures for two runs
+    EXPECT_EQ(findings.flaky->failures, 4U);
+}
+
+TEST(HistoryOutcomes, SingleFailureOfFlakyCaseIsNotNew)
+{
+    EXPECT_FALSE(findOutcomes("PPPPFPPPPPPPPPF").newFailure);
+}
+
+TEST(HistoryOutcomes, LongFailureOfFlakyCaseIsNew)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPPFPPPPPPPPPFFFFF");
+    ASSERT_TRUE(findings.newFailure);
+    EXPECT_EQ(findings.newFailure->index, 14U);
+    EXPECT_TRUE(findings.flaky);
+}
+
+TEST(HistoryOutcomes, PassAndFailureOfOneBuildAreProof)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPFPPP", "aabbccd");
+    ASSERT_TRUE(findings.flaky);
+    EXPECT_TRUE(findings.flaky->isProven);
+}
+
+TEST(HistoryOutcomes, UnknownBuildsProveNothing)
+{
+    const SOutcomeFindings findings = [] {
+        const std::vector<SCaseName> names = {{L"CKlasse", L"Fall"}};
+        std::vector<SRun> runs(5);
+        for (std::size_t run = 0; run < runs.size(); ++run)
+        {
+            SCell cell;
+            cell.measured.result = run == 2 ? ECaseRunResult::Error : ECaseRunResult::Ok;
+            runs[run].cells.push_back(cell);
+        }
+        return FindOutcomes(CTable(names, {&runs[0], &runs[1], &runs[2], &runs[3], &runs[4]}), 0);
+    }();
+    ASSERT_TRUE(findings.flaky);
+    EXPECT_FALSE(findings.flaky->isProven);
+}
+
+TEST(HistoryOutcomes, FailureThatStaysOnOneBuildIsNotFlaky)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPPFFFF", "aaaaaaaa");
+    EXPECT_TRUE(findings.newFailure);
+    EXPECT_FALSE(findings.flaky);
+}
+
+TEST(HistoryOutcomes, PassAtAnotherAttemptIsProof)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPPB");
+    ASSERT_TRUE(findings.flaky);
+    EXPECT_TRUE(findings.flaky->isProven);
+}
+
+TEST(HistoryOutcomes, CaseOfEarlierRunsOnlyIsMissing)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPP--");
+    ASSERT_TRUE(findings.missing);
+    EXPECT_EQ(findings.missing->index, 4U);
+    EXPECT_FALSE(findOutcomes("PP--PP").missing);
+}
+
+TEST(HistoryOutcomes, MissingCaseIsNoNewFailure)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPF--");
+    EXPECT_TRUE(findings.missing);
+    EXPECT_FALSE(findings.newFailure);
+}
+
+TEST(HistoryOutcomes, CanceledCaseIsNotMissing)
+{
+    EXPECT_FALSE(findOutcomes("PPPPC").missing);
+}
+
+TEST(HistoryOutcomes, CaseOfLaterRunsOnlyIsNew)
+{
+    const SOutcomeFindings findings = findOutcomes("---PPP");
+    ASSERT_TRUE(findings.added);
+    EXPECT_EQ(findings.added->index, 3U);
+}

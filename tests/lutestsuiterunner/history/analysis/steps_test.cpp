@@ -1,0 +1,132 @@
+#include "testing/lutestsuiterunner/history/analysis/steps.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/syntheticruns.h"
+
+using namespace Runner::History;
+
+namespace
+{
+
+constexpr SThresholds c_Thresholds{24.0, 6.0};
+constexpr SCommonNoise c_Noise{0.03, 0.0};
+
+/// Normal noise of 3 %, times a level for each run.
+template<typename GetLevel>
+std::vector<double> makeSeries(std::size_t length, std::uint64_t seed, const GetLevel& getLevel)
+{
+    SyntheticRuns::CRandomDeviates deviates(seed);
+    std::vector<double> values;
+    for (std::size_t run = 0; run < length; ++run)
+    {
+        values.push_back(getLevel(run) * (1.0 + 0.03 * deviates.Normal()));
+    }
+    return values;
+}
+
+std::vector<SStep> findSteps(const std::vector<double>& values, double smallestChange = 0.03)
+{
+    return CStepFinder(smallestChange, c_Noise).FindSteps(values, 7, c_Thresholds);
+}
+
+} // namespace
+
+TEST(HistorySteps, NoStepIsFoundInASteadySeries)
+{
+    EXPECT_TRUE(findSteps(makeSeries(100, 1, [](std::size_t) { return 1.0; })).empty());
+}
+
+TEST(HistorySteps, NoStepIsFoundInATooShortSeries)
+{
+    EXPECT_TRUE(findSteps({}).empty());
+    EXPECT_TRUE(findSteps({1.0}).empty());
+    EXPECT_TRUE(findSteps({1.0, 1.0, 1.0, 2.0, 2.0, 2.0}).empty());
+}
+
+TEST(HistorySteps, StepUpIsFoundWithItsLevelsAndInterval)
+{
+    const std::vector<SStep> steps = findSteps(makeSeries(80, 2, [](std::size_t run) { return run < 60 ? 1.0 : 1.2; }));
+    ASSERT_EQ(steps.size(), 1U);
+    EXPECT_TRUE(steps[0].IsUp());
+    EXPECT_LE(steps[0].first, 60U);
+    EXPECT_GE(steps[0].last, 60U);
+    EXPECT_NEAR(steps[0].before, 1.0, 0.02);
+    EXPECT_NEAR(steps[0].after, 1.2, 0.02);
+}
+
+TEST(HistorySteps, LevelsThatRiseTwiceAreTwoSteps)
+{
+    const std::vector<SStep> steps = findSteps(makeSeries(90, 3, [](std::size_t run) {
+        return run < 30 ? 1.0 : run < 60 ? 1.3 : 1.7;
+    }));
+    ASSERT_EQ(steps.size(), 2U);
+    EXPECT_TRUE(steps[0].IsUp());
+    EXPECT_TRUE(steps[1].IsUp());
+    EXPECT_NEAR(steps[0].after, 1.3, 0.02);
+    EXPECT_NEAR(steps[1].after, 1.7, 0.02);
+}
+
+TEST(HistorySteps, NoStepIsFoundIfTheLevelReturnsInTheMiddle)
+{
+    EXPECT_TRUE(
+        findSteps(makeSeries(90, 3, [](std::size_t run) { return run >= 30 && run < 60 ? 1.3 : 1.0; })).empty());
+}
+
+TEST(HistorySteps, ChangeBelowTheSmallestIsNotReported)
+{
+    const std::vector<double> values = makeSeries(100, 4, [](std::size_t run) { return run < 50 ? 1.0 : 1.1; });
+    EXPECT_EQ(findSteps(values).size(), 1U);
+    EXPECT_TRUE(findSteps(values, 0.2).empty());
+}
+
+TEST(HistorySteps, StepOfConstantValuesIsFound)
+{
+    std::vector<double> values(40, 1000.0);
+    std::fill(values.begin() + 32, values.end(), 1100.0);
+    const std::vector<SStep> steps = findSteps(values);
+    ASSERT_EQ(steps.size(), 1U);
+    EXPECT_EQ(steps[0].index, 32U);
+}
+
+TEST(HistorySteps, SingleOutliersAreNoStep)
+{
+    std::vector<double> values = makeSeries(60, 5, [](std::size_t) { return 1.0; });
+    values[20] = 50.0;
+    values[58] = 80.0;
+    values[59] = 0.01;
+    EXPECT_TRUE(findSteps(values).empty());
+}
+
+TEST(HistorySteps, ScaleOfTheValuesDoesNotMatter)
+{
+    const std::vector<double> values = makeSeries(70, 6, [](std::size_t run) { return run < 60 ? 1.0 : 1.15; });
+    std::vector<double> scaled(values);
+    for (double& value : scaled)
+    {
+        value *= 1024.0;
+    }
+    const std::vector<SStep> steps = findSteps(values);
+    const std::vector<SStep> scaledSteps = findSteps(scaled);
+    ASSERT_EQ(steps.size(), 1U);
+    ASSERT_EQ(scaledSteps.size(), 1U);
+    EXPECT_EQ(steps[0].index, scaledSteps[0].index);
+    EXPECT_EQ(steps[0].bits, scaledSteps[0].bits);
+}
+
+TEST(HistorySteps, RunsThatResembleTheirNeighboursCountLess)
+{
+    std::vector<double> alternating;
+    std::vector<double> sluggish;
+    for (std::size_t run = 0; run < 60; ++run)
+    {
+        const double level = run < 30 ? 1.0 : 1.1;
+        alternating.push_back(level + (run % 2 == 0 ? 0.01 : -0.01));
+        sluggish.push_back(level + (run / 5 % 2 == 0 ? 0.01 : -0.01));
+    }
+    const SStepSize plain = MeasureStep(alternating, 30, {});
+    const SStepSize inflated = MeasureStep(sluggish, 30, {});
+    EXPECT_EQ(plain.inflation, 1.0);
+    EXPECT_GT(inflated.inflation, 2.0);
+    EXPECT_LT(inflated.deviations, plain.deviations);
+}
