@@ -16,6 +16,7 @@
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/selection.h"
 
 namespace Runner
@@ -38,7 +39,7 @@ bool hasNamedSubtests(const LbRTTI& type, const std::wstring& folder)
     return unitTest->GetSubtestCount() > 0;
 }
 
-/// As hasNamedSubtests; a class that fails has no folder, and a run would warn of it.
+/// As hasNamedSubtests. A class that throws gets a warning and no folder, because a run would only warn of it, too.
 bool needsFolder(const LbRTTI& type, const std::wstring& folder)
 try
 {
@@ -58,6 +59,7 @@ int Execute(const SFoldersOptions& options)
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
+    RequireModules(setup);
     const std::wstring data = LbPath::WithSeparator(LbOs::GetFullPath(setup.dataDir));
     std::unordered_set<std::wstring> known;
     for (const LuTestSuite::SUnitTest& unitTest : LuTestSuiteUtils::ScanDirectoryForUnitTests(data, false))

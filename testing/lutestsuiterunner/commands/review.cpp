@@ -42,7 +42,7 @@ public:
         const bool isTerminal = LbOs::EnableTerminalSequences();
         m_style.isColoured = isTerminal && LbOs::GetEnvironmentText(L"NO_COLOR").empty();
         m_style.isSideBySide = options.sideBySide;
-        if (const std::uint32_t width = LbOs::GetErrorTerminalWidth(); width > 0)
+        if (const std::uint32_t width = LbOs::GetOutputTerminalWidth(); width > 0)
         {
             m_style.width = width - 1;
         }
@@ -65,7 +65,7 @@ public:
         {
             return decide();
         }
-        if (m_mayAsk && !m_options.ci && !m_options.diff)
+        if (m_mayAsk && !m_options.ci && !m_options.diff && !m_options.sideBySide)
         {
             return ask();
         }
@@ -74,7 +74,7 @@ public:
     }
 
 private:
-    /// Returns what is left.
+    /// Finishes decisions that were interrupted. Returns the changes that remain.
     SFound finishEarlier() const
     {
         SFound found = FindReceived(m_directory);
@@ -103,6 +103,13 @@ private:
         {
             return;
         }
+        if (!outcome->changed.empty())
+        {
+            CTerminal::Get().WriteError(
+                LbFormat(L"Warnung: Unterbrochene Entscheidung zurückgenommen: Datei %s hat sich seitdem geändert\n",
+                         outcome->changed));
+            return;
+        }
         print(LbFormat(L"Unterbrochene Entscheidung vollendet: %s\n", FormatFileCount(outcome->done.size())));
         if (outcome->left > 0)
         {
@@ -113,7 +120,7 @@ private:
 
     std::vector<SChange> findOfFile() const
     {
-        std::vector<SChange> changes = FindChangesOf(m_changes, m_options.diffFile);
+        std::vector<SChange> changes = FindChangesOf(m_changes, m_directory, m_options.diffFile);
         if (changes.empty())
         {
             throw LbFormat(L"'%s' ist keine Datei mit einer Änderung", m_options.diffFile);
@@ -155,14 +162,14 @@ private:
         {
             decisions.Carry(EDecision::Reject, change);
         }
-        return decisions.HasLeft() ? LuTestSuiteHost::c_Failed : LuTestSuiteHost::c_Succeeded;
+        return LuTestSuiteHost::c_Succeeded;
     }
 
     int ask() const
     {
         CReviewDecisions decisions(m_directory);
         CReviewDialog(m_directory, m_style, m_options.acceptEmpty, std::cin).Ask(m_changes, decisions);
-        return decisions.HasLeft() ? LuTestSuiteHost::c_Failed : LuTestSuiteHost::c_Succeeded;
+        return LuTestSuiteHost::c_Succeeded;
     }
 
     const SReviewOptions& m_options;

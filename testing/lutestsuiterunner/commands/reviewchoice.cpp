@@ -5,6 +5,7 @@
 #include <set>
 
 #include "base/lbformat.h"
+#include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
 #include "base/os/files.h"
 
@@ -32,9 +33,10 @@ std::wstring listNames(const std::vector<const SChange*>& changes)
     return text;
 }
 
-void addFile(SNamed& named, const std::vector<SChange>& changes, const std::wstring& value)
+void addFile(SNamed& named, const std::vector<SChange>& changes, const std::wstring& directory,
+             const std::wstring& value)
 {
-    const std::vector<SChange> found = FindChangesOf(changes, value);
+    const std::vector<SChange> found = FindChangesOf(changes, directory, value);
     if (found.empty())
     {
         throw LbFormat(L"'%s' ist weder 'all' noch eine Änderung noch eine Datei mit einer Änderung", value);
@@ -45,7 +47,8 @@ void addFile(SNamed& named, const std::vector<SChange>& changes, const std::wstr
     named.files.emplace(change.id, change);
 }
 
-SNamed readValues(const std::vector<SChange>& changes, const std::vector<std::wstring>& values)
+SNamed readValues(const std::vector<SChange>& changes, const std::wstring& directory,
+                  const std::vector<std::wstring>& values)
 {
     SNamed named;
     for (const std::wstring& value : values)
@@ -65,7 +68,7 @@ SNamed readValues(const std::vector<SChange>& changes, const std::vector<std::ws
         }
         else
         {
-            addFile(named, changes, value);
+            addFile(named, changes, directory, value);
         }
     }
     return named;
@@ -77,7 +80,7 @@ bool hasFileOf(const SChange& change, const std::map<std::wstring, SChange>& fil
                                [&files](const SReceivedFile& file) { return files.contains(file.reference); });
 }
 
-/// Whether a change of `one` is or has what `other` names.
+/// Finds a change or a file that both options name; a change of `one` also counts if `other` names one of its files.
 std::wstring findCommon(const SNamed& one, const SNamed& other)
 {
     for (const auto& [checksum, change] : one.changes)
@@ -135,19 +138,8 @@ std::vector<SChange> choose(const std::vector<SChange>& changes, const SNamed& n
     return chosen;
 }
 
-} // namespace
-
-SReviewChoice ChooseChanges(const std::vector<SChange>& changes, const SReviewOptions& options)
+std::vector<SChange> findChangesOfFile(const std::vector<SChange>& changes, const std::wstring& full)
 {
-    const SNamed accepted = readValues(changes, options.accept);
-    const SNamed rejected = readValues(changes, options.reject);
-    requireDifferent(accepted, rejected);
-    return {choose(changes, accepted, rejected), choose(changes, rejected, accepted)};
-}
-
-std::vector<SChange> FindChangesOf(const std::vector<SChange>& changes, const std::wstring& path)
-{
-    const std::wstring full = LbOs::GetFullPath(path);
     std::vector<SChange> found;
     for (const SChange& change : changes)
     {
@@ -160,6 +152,34 @@ std::vector<SChange> FindChangesOf(const std::vector<SChange>& changes, const st
         }
     }
     return found;
+}
+
+} // namespace
+
+SReviewChoice ChooseChanges(const std::vector<SChange>& changes, const SReviewOptions& options)
+{
+    const SNamed accepted = readValues(changes, options.directory, options.accept);
+    const SNamed rejected = readValues(changes, options.directory, options.reject);
+    requireDifferent(accepted, rejected);
+    return {choose(changes, accepted, rejected), choose(changes, rejected, accepted)};
+}
+
+std::vector<SChange> FindChangesOf(const std::vector<SChange>& changes, const std::wstring& directory,
+                                   const std::wstring& path)
+{
+    const std::wstring fromHere = LbOs::GetFullPath(path);
+    std::vector<SChange> found = findChangesOfFile(changes, fromHere);
+    if (LbOs::IsAbsolutePath(path))
+    {
+        return found;
+    }
+    const std::wstring fromFolder = LbOs::GetFullPath(LbPath::WithSeparator(directory) + path);
+    std::vector<SChange> others = findChangesOfFile(changes, fromFolder);
+    if (!found.empty() && !others.empty() && fromHere != fromFolder)
+    {
+        throw LbFormat(L"'%s' ist mehrdeutig: %s, %s", path, fromHere, fromFolder);
+    }
+    return found.empty() ? others : found;
 }
 
 } // namespace Runner

@@ -4,7 +4,6 @@
 
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
-#include "testing/lutestsuiterunner/console/changetext.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 
 namespace Runner
@@ -35,6 +34,7 @@ SChange CReviewDecisions::GetOpen(const SChange& change) const
             return false;
         }
         file.expected = decided->second.expected;
+        file.earlier = decided->second.accepted;
         return !decided->second.isOpen;
     });
     return open;
@@ -52,16 +52,10 @@ void CReviewDecisions::Carry(EDecision decision, const SChange& change)
     {
         m_decided.insert_or_assign(file.reference, file);
     }
-    // What is decided as a whole before this change has met the same decision.
+    // An earlier decision of this call may have decided some of these files as a whole, with the same result.
     const std::size_t count = outcome.done.size() + (change.files.size() - open.files.size());
     CTerminal::Get().WriteOutput(decision == EDecision::Accept ? LbFormat(L"Übernommen: %s (%u)\n", change.id, count)
                                                                : LbFormat(L"Verworfen: %s (%u)\n", change.id, count));
-    if (outcome.left > 0)
-    {
-        m_hasLeft = true;
-        CTerminal::Get().WriteError(LbFormat(L"Warnung: Änderung %s: seit dem Lesen geändert und noch offen: %s\n",
-                                             change.id, FormatFileCount(outcome.left)));
-    }
 }
 
 } // namespace Runner

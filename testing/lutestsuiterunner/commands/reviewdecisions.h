@@ -14,8 +14,8 @@ namespace Runner
 /// Throws a German message as std::wstring if the change must not be accepted.
 void RequireAcceptable(const SChange& change, bool mayBecomeBlank);
 
-/// Carries decisions out and prints them. Knows what the earlier ones have made of the files that several changes
-/// share.
+/// Carries decisions out and prints them. When changes share a file, its reference gets the parts of all accepted
+/// changes, found in the difference from the reference before the first decision.
 class CReviewDecisions : public INonCopyable
 {
 public:
@@ -28,13 +28,9 @@ public:
     /// Throws as Decide.
     void Carry(EDecision decision, const SChange& change);
 
-    /// True if files were left alone.
-    bool HasLeft() const { return m_hasLeft; }
-
 private:
     std::wstring m_directory;
     std::map<std::wstring, SDecidedFile> m_decided; ///< by reference
-    bool m_hasLeft = false;
 };
 
 } // namespace Runner

@@ -48,13 +48,12 @@ bool CReviewDialog::askFor(const SChange& change, CReviewDecisions& decisions) c
     {
         const std::wstring answer =
             readAnswer(L"Übernehmen (j), verwerfen (v), nebeneinander (n), weiter (w), Ende (e)? ");
-        if (answer == L"j" && accept(change, decisions))
+        if (answer == L"j" && carry(EDecision::Accept, change, decisions))
         {
             return true;
         }
-        if (answer == L"v")
+        if (answer == L"v" && carry(EDecision::Reject, change, decisions))
         {
-            decisions.Carry(EDecision::Reject, change);
             return true;
         }
         if (answer == L"n")
@@ -70,15 +69,20 @@ bool CReviewDialog::askFor(const SChange& change, CReviewDecisions& decisions) c
     }
 }
 
-/// False if the change must not be accepted, or the user takes the answer back.
-bool CReviewDialog::accept(const SChange& change, CReviewDecisions& decisions) const
+/// False if the change must not be accepted, the user takes the answer back, or files have changed since.
+bool CReviewDialog::carry(EDecision decision, const SChange& change, CReviewDecisions& decisions) const
 try
 {
-    const bool mayBecomeBlank =
-        change.kind == EChange::Blank &&
-        (m_mayBecomeBlank || readAnswer(L"Diese Referenzen würden leer. Wirklich (ja/nein)? ") == L"ja");
-    RequireAcceptable(change, mayBecomeBlank);
-    decisions.Carry(EDecision::Accept, change);
+    if (decision == EDecision::Accept)
+    {
+        RequireAcceptable(change, true);
+        if (change.kind == EChange::Blank && !m_mayBecomeBlank &&
+            readAnswer(L"Diese Referenzen würden leer. Wirklich (ja/nein)? ") != L"ja")
+        {
+            return false;
+        }
+    }
+    decisions.Carry(decision, change);
     return true;
 }
 catch (const std::wstring& reason)

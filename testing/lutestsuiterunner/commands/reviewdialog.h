@@ -20,14 +20,14 @@ public:
     /// `mayBecomeBlank`: does not ask whether references may become blank.
     CReviewDialog(const std::wstring& directory, const SDiffStyle& style, bool mayBecomeBlank, std::istream& answers);
 
-    /// Ends with the last change or the answer "e". Throws as Decide when a change cannot be rejected; a change that
-    /// cannot be accepted is asked for again, with an error line.
+    /// Ends with the last change or the answer "e". A change that cannot be decided is asked for again, with
+    /// an error line. Throws LbException if a file cannot be read or written.
     void Ask(const std::vector<SChange>& changes, CReviewDecisions& decisions) const;
 
 private:
     void show(const SChange& change, const SDiffStyle& style) const;
     bool askFor(const SChange& change, CReviewDecisions& decisions) const;
-    bool accept(const SChange& change, CReviewDecisions& decisions) const;
+    bool carry(EDecision decision, const SChange& change, CReviewDecisions& decisions) const;
     std::wstring readAnswer(const wchar_t* question) const;
 
     const std::wstring& m_directory;

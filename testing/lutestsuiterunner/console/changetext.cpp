@@ -73,26 +73,27 @@ struct STexts
 
 STexts read(const SReceivedFile& file)
 {
-    return {ReadIfPresent(file.reference), ReadIfPresent(file.reference + LbReceivedFile::c_Suffix)};
+    return {file.earlier ? file.earlier->reference : ReadIfPresent(file.reference),
+            ReadIfPresent(file.reference + LbReceivedFile::c_Suffix)};
 }
 
 /// The places of a change in a file.
 struct SPlaces
 {
     std::vector<SHunk> hunks;   ///< in their order
-    std::size_t otherParts = 0; ///< of other changes
+    std::size_t otherParts = 0; ///< of other changes, not accepted yet
 };
 
-SPlaces findPlaces(const SChange& change, const STexts& texts)
+SPlaces findPlaces(const SChange& change, const SReceivedFile& file, const STexts& texts)
 {
     SPlaces places;
     for (const SPart& part : FindParts(texts.expected, texts.received))
     {
-        if (change.parts.empty() || change.parts.contains(part.checksum))
+        if (change.parts.empty() || IsNamed(part, change.parts))
         {
             places.hunks.insert(places.hunks.end(), part.hunks.begin(), part.hunks.end());
         }
-        else
+        else if (!file.earlier || !IsNamed(part, file.earlier->parts))
         {
             ++places.otherParts;
         }
@@ -102,7 +103,7 @@ SPlaces findPlaces(const SChange& change, const STexts& texts)
     return places;
 }
 
-/// Joins neighbouring lines that are places of their own.
+/// Joins adjacent hunks into one.
 std::vector<SHunk> joinNeighbours(const std::vector<SHunk>& hunks)
 {
     std::vector<SHunk> joined;
@@ -132,6 +133,7 @@ std::wstring describeKind(const SChange& change)
     std::wstring text = change.kind == EChange::New     ? L", neue Referenzen"
                         : change.kind == EChange::Blank ? L", Referenzen würden leer"
                                                         : L"";
+    text += change.areLinesEqual ? L"" : L", Zeilen mit verschiedenen Werten";
     if (const std::size_t count = change.CountUnrepeated(); count > 0)
     {
         text += LbFormat(L", %u davon noch nicht in %u Läufen gleich", count, LbReceivedFile::c_EnoughRuns);
@@ -156,7 +158,7 @@ std::wstring DescribeChange(const SChange& change, const std::wstring& directory
         return text;
     }
     const STexts texts = read(change.files.front());
-    const SPlaces places = findPlaces(change, texts);
+    const SPlaces places = findPlaces(change, change.files.front(), texts);
     if (places.hunks.empty())
     {
         return text + L"    kein Unterschied mehr\n";
@@ -171,7 +173,7 @@ std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, co
     constexpr std::size_t c_MostLines = 200;
     const STexts texts = read(file);
     const bool isBinary = AreBytes(texts.expected, texts.received);
-    const SPlaces places = findPlaces(change, texts);
+    const SPlaces places = findPlaces(change, file, texts);
     std::wstring text = LbFormat(L"%s:\n", getName(file, directory));
     for (const SHunk& hunk : joinNeighbours(places.hunks))
     {

@@ -24,8 +24,8 @@ std::wstring FormatFileCount(std::size_t count);
 /// `directory`.
 std::wstring DescribeChange(const SChange& change, const std::wstring& directory, const SDiffStyle& style);
 
-/// The change's differences in one of its files, and how many other changes this has. Throws LbException if it cannot
-/// be read.
+/// The differences of the change in one of its files, and the number of other changes in this file. Throws LbException
+/// if the file cannot be read.
 std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, const std::wstring& directory,
                             const SDiffStyle& style);
 

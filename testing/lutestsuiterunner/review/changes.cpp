@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <map>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "base/lbencoding.h"
@@ -19,23 +21,45 @@ namespace
 
 constexpr std::size_t c_ShortestName = 6;
 
-/// Collects changes by their checksums.
+std::wstring getChecksumOfText(const std::wstring& text)
+{
+    return LbReceivedFile::GetChecksum(LbEncoding::ToUtf8(text));
+}
+
+/// Of all that a decision about whole files writes or replaces.
+std::wstring getChecksumOfFiles(const std::vector<SReceivedFile>& files)
+{
+    std::wstring text;
+    for (const SReceivedFile& file : files)
+    {
+        // Checksums have one length, so the texts of different files differ.
+        text += file.checksum + (file.expected.empty() ? L"" : L"=" + file.expected) + L" " + file.reference + L"\n";
+    }
+    return getChecksumOfText(text);
+}
+
+/// Collects changes by their names: checksums of changed parts, or the places of files that are decided as a whole.
 class CChanges
 {
 public:
-    void Add(EChange kind, const std::wstring& checksum, const PartNames& parts, std::vector<SReceivedFile> files)
+    SChange& Add(EChange kind, const std::wstring& name, const PartNames& parts, std::vector<SReceivedFile> files)
     {
-        SChange& change = m_changes.try_emplace(checksum, SChange{kind, checksum, {}, {}, {}}).first->second;
+        SChange& change = m_changes.try_emplace(name, SChange{kind, name, {}, {}, {}}).first->second;
         change.parts.insert(parts.begin(), parts.end());
         change.files.insert(change.files.end(), files.begin(), files.end());
+        return change;
     }
 
     std::vector<SChange> Take()
     {
         std::vector<SChange> changes;
-        for (auto& [checksum, change] : m_changes)
+        for (auto& [name, change] : m_changes)
         {
             std::ranges::sort(change.files, {}, &SReceivedFile::reference);
+            if (change.kind != EChange::Changed)
+            {
+                change.checksum = getChecksumOfFiles(change.files);
+            }
             changes.push_back(std::move(change));
         }
         std::ranges::stable_sort(changes, [](const SChange& one, const SChange& other) {
@@ -49,11 +73,18 @@ private:
     std::map<std::wstring, SChange> m_changes;
 };
 
+/// A part without its lines.
+struct SPartNames
+{
+    std::wstring checksum;
+    std::wstring kind;
+};
+
 struct SExamined
 {
     EChange kind;
     SReceivedFile file;
-    PartNames parts; ///< of a changed file
+    std::vector<SPartNames> parts; ///< of a changed file
 };
 
 SExamined examine(const std::wstring& reference)
@@ -72,25 +103,72 @@ SExamined examine(const std::wstring& reference)
     {
         for (SPart& part : FindParts(expected, received))
         {
-            examined.parts.insert(std::move(part.checksum));
+            examined.parts.push_back({std::move(part.checksum), std::move(part.kind)});
         }
     }
     return examined;
 }
 
-std::wstring getChecksumOfText(const std::wstring& text)
+/// Which kinds of parts are decided on as one, because their lines have values of each file.
+class CKinds
 {
-    return LbReceivedFile::GetChecksum(LbEncoding::ToUtf8(text));
-}
+public:
+    explicit CKinds(const std::vector<SExamined>& files)
+    {
+        for (const SExamined& file : files)
+        {
+            for (const SPartNames& part : file.parts)
+            {
+                SKind& kind = m_kinds[part.kind];
+                kind.variants.insert(part.checksum);
+                ++kind.places;
+            }
+        }
+    }
 
-void addChanged(CChanges& changes, const std::vector<SReceivedFile>& files, const std::vector<PartNames>& parts)
+    bool AreOne(const std::wstring& kind) const
+    {
+        // More of them would be too many decisions on one cause. Fewer may be as many causes, if several files have
+        // each of them.
+        constexpr std::size_t c_MostVariants = 15;
+        const auto found = m_kinds.find(kind);
+        if (found == m_kinds.end())
+        {
+            return false;
+        }
+        const std::size_t variants = found->second.variants.size();
+        return variants > c_MostVariants || (variants > 1 && found->second.places < 2 * variants);
+    }
+
+private:
+    struct SKind
+    {
+        std::unordered_set<std::wstring_view> variants; ///< checksums of parts
+        std::size_t places = 0;                         ///< files with one of them, each counted for each of them
+    };
+
+    std::unordered_map<std::wstring_view, SKind> m_kinds;
+};
+
+void addChanged(CChanges& changes, const std::vector<SExamined>& files)
 {
+    const CKinds kinds(files);
+    std::vector<PartNames> parts(files.size());
+    for (std::size_t file = 0; file < files.size(); ++file)
+    {
+        for (const SPartNames& part : files[file].parts)
+        {
+            parts[file].insert(kinds.AreOne(part.kind) ? part.kind : part.checksum);
+        }
+    }
     for (const SPartGroup& group : GroupByParts(parts))
     {
         std::vector<SReceivedFile> members;
         std::ranges::transform(group.files, std::back_inserter(members),
-                               [&files](std::uint32_t file) { return files[file]; });
-        changes.Add(EChange::Changed, GetChecksumOf(group.parts), group.parts, std::move(members));
+                               [&files](std::uint32_t file) { return files[file].file; });
+        SChange& change = changes.Add(EChange::Changed, GetChecksumOf(group.parts), group.parts, std::move(members));
+        change.areLinesEqual =
+            std::ranges::none_of(group.parts, [&kinds](const std::wstring& part) { return kinds.AreOne(part); });
     }
 }
 
@@ -152,21 +230,19 @@ std::vector<std::wstring> FindUnfinishedAbove(const std::wstring& directory)
 std::vector<SChange> GroupChanges(const std::vector<std::wstring>& references)
 {
     CChanges changes;
-    std::vector<SReceivedFile> files;
-    std::vector<PartNames> parts;
+    std::vector<SExamined> files;
     for (const std::wstring& reference : references)
     {
         SExamined examined = examine(reference);
         if (examined.kind == EChange::Changed)
         {
-            files.push_back(std::move(examined.file));
-            parts.push_back(std::move(examined.parts));
+            files.push_back(std::move(examined));
             continue;
         }
         const std::wstring group = examined.kind == EChange::New ? L"new " + LbPath::GetParent(reference) : L"blank";
-        changes.Add(examined.kind, getChecksumOfText(group), {}, {std::move(examined.file)});
+        changes.Add(examined.kind, group, {}, {std::move(examined.file)});
     }
-    addChanged(changes, files, parts);
+    addChanged(changes, files);
     std::vector<SChange> all = changes.Take();
     NameChanges(all);
     return all;

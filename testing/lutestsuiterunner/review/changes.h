@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,23 +22,32 @@ enum class EChange
     Blank ///< nothing but white space and a byte-order mark would be left of the reference
 };
 
+/// What earlier decisions of one call have accepted of a file.
+struct SAccepted
+{
+    std::string reference; ///< bytes before the first of these decisions; the names of parts refer to them
+    PartNames parts;
+};
+
 /// One reference.
 struct SReceivedFile
 {
-    std::wstring reference; ///< path
-    std::wstring checksum;  ///< of what was received
-    std::wstring expected;  ///< checksum of the reference; empty if there is none
-    bool isRepeated;        ///< enough runs have made exactly that
+    std::wstring reference;                             ///< path
+    std::wstring checksum;                              ///< of what was received
+    std::wstring expected;                              ///< checksum of the reference; empty if there is none
+    bool isRepeated;                                    ///< enough runs have made exactly that
+    std::shared_ptr<const SAccepted> earlier = nullptr; ///< null: nothing
 };
 
 /// One decision.
 struct SChange
 {
     EChange kind;
-    std::wstring checksum; ///< of what changes
+    std::wstring checksum; ///< of the changed parts; of new and blank references: of all files with their contents
     std::wstring id;       ///< its first digits: at least six, more if others begin alike
-    PartNames parts;       ///< the decision is about these; empty: about the files as a whole
+    PartNames parts;       ///< the decision is about these or these kinds; empty: about the files as a whole
     std::vector<SReceivedFile> files;
+    bool areLinesEqual = true; ///< false: text that stays in its lines differs, such as values of each file
 
     std::size_t CountUnrepeated() const;
 };
@@ -59,7 +69,8 @@ SFound FindReceived(const std::wstring& directory);
 std::vector<std::wstring> FindUnfinishedAbove(const std::wstring& directory);
 
 /// Reads the files and groups them, most files first. New references are one change for each folder; those that would
-/// become blank are one. The others are grouped by GroupByParts. Throws LbException.
+/// become blank are one. The others are grouped by GroupByParts; parts of one kind count as one part if most of them
+/// are in a single file, or if there are very many of them. Throws LbException.
 std::vector<SChange> GroupChanges(const std::vector<std::wstring>& references);
 
 /// Sets the names of changes with different checksums.

@@ -5,8 +5,6 @@
 #include <set>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
@@ -16,8 +14,9 @@
 #include "base/os/filereplacement.h"
 #include "base/os/folderlock.h"
 #include "testing/lutestsuiterunner/journal/appendfile.h"
-#include "testing/lutestsuiterunner/model/textescape.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
+#include "testing/lutestsuiterunner/review/claims.h"
+#include "testing/lutestsuiterunner/review/decisionplan.h"
 
 namespace Runner
 {
@@ -42,47 +41,52 @@ std::wstring getChecksum(const std::optional<std::string>& bytes)
     return bytes ? LbReceivedFile::GetChecksum(*bytes) : std::wstring();
 }
 
-/// A decision as in its file.
-struct SPlanned
+/// Removes output that a run has made again while the decision was interrupted.
+void removeRepetition(const SReceivedFile& file)
 {
-    EDecision decision;
-    PartNames parts; ///< empty: the files as a whole
-    Files files;
-};
+    const std::wstring path = file.reference + LbReceivedFile::c_Suffix;
+    if (!LbOs::IsMissing(path) && getChecksum(LbFileSystem::ReadFile8Bit(path)) == file.checksum)
+    {
+        LbOs::RemoveFile(path);
+    }
+}
+
+std::wstring describeChanged(const std::wstring& path)
+{
+    return LbFormat(L"Entscheidung abgelehnt: Datei %s hat sich seit dem Lesen geändert", path);
+}
 
 /// Changes files one by one, and can put them back.
 class CSteps : public INonCopyable
 {
 public:
     /// An earlier process may have done some of the steps.
-    CSteps(const SPlanned& planned, bool isContinued) : m_planned(planned), m_isContinued(isContinued)
+    CSteps(const SPlanned& planned, const CClaims& claims, bool isContinued)
+        : m_planned(planned), m_claims(claims), m_isContinued(isContinued)
     {
         m_steps.reserve(planned.files.size());
     }
 
-    /// Nothing if the file is left alone.
-    std::optional<SDecidedFile> Do(const SReceivedFile& file)
+    /// Nothing if the file is left alone, because its reference has changed after an interruption.
+    std::optional<SDecidedFile> Do(std::size_t index)
     {
-        const std::wstring path = file.reference + LbReceivedFile::c_Suffix;
+        const SReceivedFile& file = m_planned.files[index];
         std::optional<std::string> expected = readReference(file.reference);
-        if (LbOs::IsMissing(path))
+        const std::wstring checksum = getChecksum(expected);
+        if (LbOs::IsMissing(m_claims.GetPath(index)))
         {
-            const bool isDone =
-                m_isContinued && (m_planned.decision == EDecision::Reject || getChecksum(expected) == file.checksum);
-            return isDone ? std::optional(SDecidedFile{file.reference, getChecksum(expected), false}) : std::nullopt;
+            return SDecidedFile{file.reference, checksum, false};
         }
-        std::string received = LbFileSystem::ReadFile8Bit(path);
-        if (LbReceivedFile::GetChecksum(received) != file.checksum)
+        SStep step = {index, std::move(expected), LbFileSystem::ReadFile8Bit(m_claims.GetPath(index))};
+        if (m_planned.decision == EDecision::Accept && checksum != file.expected)
         {
-            return std::nullopt;
+            return skip(step, checksum);
         }
-        if (getChecksum(expected) != file.expected)
+        SDecidedFile decided = m_planned.decision == EDecision::Accept ? accept(step) : reject(step);
+        if (!decided.isOpen)
         {
-            const bool isDone = m_isContinued && expected && isTakenOver(*expected, received);
-            return isDone ? std::optional(SDecidedFile{file.reference, getChecksum(expected), true}) : std::nullopt;
+            removeRepetition(file);
         }
-        SStep step = {file.reference, std::move(expected), std::move(received)};
-        SDecidedFile decided = m_planned.decision == EDecision::Accept ? accept(file, step) : reject(file);
         m_steps.push_back(std::move(step));
         return decided;
     }
@@ -95,6 +99,7 @@ public:
         {
             undo(m_steps.back());
         }
+        m_claims.ReleaseAll();
         return true;
     }
     catch (...)
@@ -106,59 +111,104 @@ private:
     /// The bytes of the files before the step.
     struct SStep
     {
-        std::wstring reference;
+        std::size_t index;
         std::optional<std::string> expected;
         std::string received;
     };
 
-    bool isTakenOver(const std::string& expected, const std::string& received) const
+    /// What is accepted of a file with this decision.
+    SAccepted getAccepted(const SReceivedFile& file, const std::string& expected) const
     {
-        return std::ranges::none_of(FindParts(expected, received), [this](const SPart& part) {
-            return m_planned.parts.empty() || m_planned.parts.contains(part.checksum);
-        });
+        SAccepted accepted = file.earlier ? *file.earlier : SAccepted{expected, {}};
+        accepted.parts.insert(m_planned.parts.begin(), m_planned.parts.end());
+        return accepted;
     }
 
-    SDecidedFile accept(const SReceivedFile& file, const SStep& step) const
+    bool isTakenOver(const SReceivedFile& file, const std::string& expected, const std::string& received) const
     {
-        const std::string result = m_planned.parts.empty() || !step.expected
-                                       ? step.received
-                                       : ApplyParts(*step.expected, step.received, m_planned.parts);
-        if (result != step.received)
+        if (file.earlier)
         {
-            write(file.reference, result);
-            return {file.reference, LbReceivedFile::GetChecksum(result), true};
+            const SAccepted accepted = getAccepted(file, expected);
+            return ApplyParts(accepted.reference, received, accepted.parts) == expected;
         }
-        if (!LbOs::RenameFile(file.reference + LbReceivedFile::c_Suffix, file.reference))
+        return expected == received || std::ranges::none_of(FindParts(expected, received), [this](const SPart& part) {
+                   return m_planned.parts.empty() || IsNamed(part, m_planned.parts);
+               });
+    }
+
+    /// For a reference that is not as it was when the decision began.
+    std::optional<SDecidedFile> skip(const SStep& step, const std::wstring& checksum) const
+    {
+        const SReceivedFile& file = m_planned.files[step.index];
+        if (!m_isContinued)
+        {
+            throw describeChanged(file.reference);
+        }
+        m_claims.Release(step.index);
+        const bool isDone = step.expected && isTakenOver(file, *step.expected, step.received);
+        return isDone ? std::optional(SDecidedFile{file.reference, checksum, true}) : std::nullopt;
+    }
+
+    SDecidedFile accept(const SStep& step) const
+    {
+        const SReceivedFile& file = m_planned.files[step.index];
+        if (m_planned.parts.empty() || !step.expected)
+        {
+            return replace(step);
+        }
+        SAccepted accepted = getAccepted(file, *step.expected);
+        const std::string result = ApplyParts(accepted.reference, step.received, accepted.parts);
+        if (result == step.received)
+        {
+            return replace(step);
+        }
+        if (result == *step.expected)
+        {
+            throw LbFormat(L"Entscheidung abgelehnt: Datei %s hat keinen Teil der Änderung", file.reference);
+        }
+        write(file.reference, result);
+        m_claims.Release(step.index);
+        return {file.reference, LbReceivedFile::GetChecksum(result), true,
+                std::make_shared<const SAccepted>(std::move(accepted))};
+    }
+
+    /// Makes what was received the reference.
+    SDecidedFile replace(const SStep& step) const
+    {
+        const SReceivedFile& file = m_planned.files[step.index];
+        if (!LbOs::RenameFile(m_claims.GetPath(step.index), file.reference))
         {
             throw LbFormat(L"Datei %s konnte nicht ersetzt werden", file.reference);
         }
         return {file.reference, file.checksum, false};
     }
 
-    static SDecidedFile reject(const SReceivedFile& file)
+    SDecidedFile reject(const SStep& step) const
     {
-        const std::wstring received = file.reference + LbReceivedFile::c_Suffix;
-        if (!LbOs::RemoveFile(received))
+        const SReceivedFile& file = m_planned.files[step.index];
+        if (!LbOs::RemoveFile(m_claims.GetPath(step.index)))
         {
-            throw LbFormat(L"Datei %s konnte nicht gelöscht werden", received);
+            throw LbFormat(L"Datei %s konnte nicht gelöscht werden", m_claims.GetPath(step.index));
         }
         return {file.reference, file.expected, false};
     }
 
     void undo(const SStep& step) const
     {
-        write(step.reference + LbReceivedFile::c_Suffix, step.received);
+        const std::wstring& reference = m_planned.files[step.index].reference;
+        write(m_claims.GetPath(step.index), step.received);
         if (m_planned.decision == EDecision::Accept && step.expected)
         {
-            write(step.reference, *step.expected);
+            write(reference, *step.expected);
         }
         else if (m_planned.decision == EDecision::Accept)
         {
-            LbOs::RemoveFile(step.reference);
+            LbOs::RemoveFile(reference);
         }
     }
 
     const SPlanned& m_planned;
+    const CClaims& m_claims;
     bool m_isContinued;
     std::vector<SStep> m_steps;
 };
@@ -180,51 +230,26 @@ void removeRuns(const Files& files)
     }
 }
 
-/// Removes the plan at the end, and also if a failure of a decision that has just begun is undone.
-SOutcome carryOut(const SPlanned& planned, const std::wstring& plan, bool isContinued)
+/// The end of a decision that is carried out or put back.
+void removePlan(const CClaims& claims, const std::wstring& plan)
 {
-    CSteps steps(planned, isContinued);
-    SOutcome outcome;
-    try
-    {
-        for (const SReceivedFile& file : planned.files)
-        {
-            if (std::optional<SDecidedFile> decided = steps.Do(file))
-            {
-                outcome.done.push_back(std::move(*decided));
-            }
-        }
-    }
-    catch (...)
-    {
-        if (steps.Undo() && !isContinued)
-        {
-            LbOs::RemoveFile(plan);
-        }
-        throw;
-    }
-    removeRuns(planned.files);
     LbOs::RemoveFile(plan);
-    outcome.left = planned.files.size() - outcome.done.size();
-    return outcome;
+    claims.Remove();
 }
 
-std::string makePlan(const std::wstring& directory, const SPlanned& planned)
+SOutcome carryOut(const SPlanned& planned, CSteps& steps)
 {
-    nlohmann::json plan = {{"accept", planned.decision == EDecision::Accept},
-                           {"parts", nlohmann::json::array()},
-                           {"files", nlohmann::json::array()}};
-    for (const std::wstring& part : planned.parts)
+    SOutcome outcome;
+    for (std::size_t index = 0; index < planned.files.size(); ++index)
     {
-        plan["parts"].push_back(ToEscapedUtf8(part));
+        if (std::optional<SDecidedFile> decided = steps.Do(index))
+        {
+            outcome.done.push_back(std::move(*decided));
+        }
     }
-    for (const SReceivedFile& file : planned.files)
-    {
-        plan["files"].push_back({{"reference", ToEscapedUtf8(file.reference.substr(directory.size()))},
-                                 {"checksum", ToEscapedUtf8(file.checksum)},
-                                 {"expected", ToEscapedUtf8(file.expected)}});
-    }
-    return plan.dump();
+    removeRuns(planned.files);
+    outcome.left = planned.files.size() - outcome.done.size();
+    return outcome;
 }
 
 /// The disk then contains the whole plan or nothing of it.
@@ -244,28 +269,6 @@ void writePlan(const std::wstring& directory, const std::string& plan)
     }
 }
 
-SPlanned readPlan(const std::wstring& directory)
-try
-{
-    const auto getText = [](const nlohmann::json& value) { return FromEscapedUtf8(value.get<std::string>()); };
-    const nlohmann::json plan = nlohmann::json::parse(LbFileSystem::ReadFile8Bit(directory + c_DecisionFile));
-    SPlanned planned = {plan.at("accept").get<bool>() ? EDecision::Accept : EDecision::Reject, {}, {}};
-    for (const nlohmann::json& part : plan.at("parts"))
-    {
-        planned.parts.insert(getText(part));
-    }
-    for (const nlohmann::json& file : plan.at("files"))
-    {
-        planned.files.push_back({directory + getText(file.at("reference")), getText(file.at("checksum")),
-                                 getText(file.at("expected")), true});
-    }
-    return planned;
-}
-catch (const nlohmann::json::exception&)
-{
-    throw std::wstring(L"Die unvollendete Entscheidung ist beschädigt");
-}
-
 std::unique_ptr<LbOs::CFolderLock> lock(const std::wstring& directory)
 {
     std::unique_ptr<LbOs::CFolderLock> folderLock = LbOs::CFolderLock::TryAcquire(directory);
@@ -274,6 +277,46 @@ std::unique_ptr<LbOs::CFolderLock> lock(const std::wstring& directory)
         throw LbFormat(L"Verzeichnis %s wird gerade von einem anderen Aufruf geprüft", directory);
     }
     return folderLock;
+}
+
+/// Throws if an earlier decision is to be finished, or a file has changed since it was read.
+void requireReady(const std::wstring& plan, const Files& files)
+{
+    if (!LbOs::IsMissing(plan))
+    {
+        throw LbFormat(L"In %s ist eine Entscheidung unvollendet: ein neuer Aufruf von 'review' vollendet sie",
+                       LbPath::GetParent(plan));
+    }
+    for (const SReceivedFile& file : files)
+    {
+        if (const std::wstring changed = FindChanged(file, file.reference + LbReceivedFile::c_Suffix); !changed.empty())
+        {
+            throw describeChanged(changed);
+        }
+    }
+}
+
+/// As long as not all files are claimed, no reference has changed.
+SOutcome finish(const std::wstring& folder, const std::wstring& plan)
+{
+    const SPlanned planned = ReadDecisionPlan(folder);
+    const CClaims claims(folder, planned.files);
+    SOutcome outcome;
+    if (!claims.AreComplete())
+    {
+        outcome.changed = claims.Claim();
+    }
+    if (outcome.changed.empty())
+    {
+        CSteps steps(planned, claims, true);
+        outcome = carryOut(planned, steps);
+    }
+    else
+    {
+        claims.ReleaseAll();
+    }
+    removePlan(claims, plan);
+    return outcome;
 }
 
 /// An error with the way out.
@@ -288,9 +331,31 @@ SOutcome Decide(const std::wstring& directory, EDecision decision, const SChange
 {
     const std::wstring folder = LbPath::WithSeparator(directory);
     const std::unique_ptr<LbOs::CFolderLock> folderLock = lock(folder);
+    const std::wstring plan = folder + c_DecisionFile;
     const SPlanned planned = {decision, change.parts, change.files};
-    writePlan(folder, makePlan(folder, planned));
-    return carryOut(planned, folder + c_DecisionFile, false);
+    requireReady(plan, planned.files);
+    const CClaims claims(folder, planned.files);
+    claims.Remove();
+    writePlan(folder, MakeDecisionPlan(folder, planned));
+    CSteps steps(planned, claims, false);
+    try
+    {
+        if (const std::wstring changed = claims.Claim(); !changed.empty())
+        {
+            throw describeChanged(changed);
+        }
+        SOutcome outcome = carryOut(planned, steps);
+        removePlan(claims, plan);
+        return outcome;
+    }
+    catch (...)
+    {
+        if (steps.Undo())
+        {
+            removePlan(claims, plan);
+        }
+        throw;
+    }
 }
 
 std::optional<SOutcome> FinishDecision(const std::wstring& directory)
@@ -304,7 +369,7 @@ std::optional<SOutcome> FinishDecision(const std::wstring& directory)
     const std::unique_ptr<LbOs::CFolderLock> folderLock = lock(folder);
     try
     {
-        return carryOut(readPlan(folder), plan, true);
+        return finish(folder, plan);
     }
     catch (const std::wstring& reason)
     {

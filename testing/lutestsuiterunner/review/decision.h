@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,26 +21,29 @@ enum class EDecision
 /// What a decision has done to a file.
 struct SDecidedFile
 {
-    std::wstring reference; ///< path
-    std::wstring expected;  ///< checksum of the reference now; empty if there is none
-    bool isOpen;            ///< other parts of the file remain to be decided
+    std::wstring reference;                              ///< path
+    std::wstring expected;                               ///< checksum of the reference now; empty if there is none
+    bool isOpen;                                         ///< other parts of the file remain to be decided
+    std::shared_ptr<const SAccepted> accepted = nullptr; ///< for decisions on these parts; null if there are no others
 };
 
 struct SOutcome
 {
     std::vector<SDecidedFile> done;
-    std::size_t left = 0; ///< files that were left alone because they had changed since they were read
+    std::size_t left = 0; ///< files of a finished decision whose references had changed after the interruption
+    std::wstring changed; ///< the file because of which FinishDecision has put the decision back; otherwise empty
 };
 
 /// Carries a decision out for all files or for none of them, also if the process is killed: the decision is written to
-/// the disk before the first file changes, and FinishDecision does the rest. Leaves files alone if they or their
-/// references have changed since they were read. `directory` contains all files. Throws LbException or a German message
-/// as std::wstring if a file cannot be replaced; then all files are as before.
+/// the disk before the first file changes, and FinishDecision does the rest. `directory` contains all files. Throws
+/// LbException or a German message as std::wstring if a file or its reference has changed since it was read, has no
+/// part of the change, or cannot be replaced; then all files are as before.
 SOutcome Decide(const std::wstring& directory, EDecision decision, const SChange& change);
 
 /// Finishes a decision that an earlier process has not; counts what that has done, too. Nothing if there is no such
-/// decision. Throws a German message as std::wstring if a file cannot be replaced or the decision's file is damaged;
-/// the decision then remains to be finished. Without its file, what is not done of it can be reviewed again.
+/// decision. If no reference has changed yet, and a run has made other output of one of the files, all files are put
+/// back instead. Throws a German message as std::wstring if a file cannot be replaced or the decision's file is
+/// damaged; the decision then remains to be finished.
 std::optional<SOutcome> FinishDecision(const std::wstring& directory);
 
 } // namespace Runner

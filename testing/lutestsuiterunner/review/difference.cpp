@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 namespace Runner
 {
@@ -142,37 +143,25 @@ std::vector<SHunk> makeHunks(LineSpan old, LineSpan fresh, std::size_t offset)
     return hunks;
 }
 
-std::vector<SHunk> compareLines(const Lines& old, const Lines& fresh)
+/// How many elements at the beginning and behind that at the end are equal.
+template<typename Sequence>
+std::pair<std::size_t, std::size_t> countCommonEnds(const Sequence& old, const Sequence& fresh)
 {
-    const std::size_t most = std::min(old.size(), fresh.size());
-    std::size_t begin = 0;
-    while (begin < most && old[begin] == fresh[begin])
-    {
-        ++begin;
-    }
+    const auto difference = std::ranges::mismatch(old, fresh);
+    const std::size_t begin = static_cast<std::size_t>(difference.in1 - old.begin());
+    const std::size_t most = std::min(old.size(), fresh.size()) - begin;
     std::size_t end = 0;
-    while (end < most - begin && old[old.size() - 1 - end] == fresh[fresh.size() - 1 - end])
+    while (end < most && old[old.size() - 1 - end] == fresh[fresh.size() - 1 - end])
     {
         ++end;
     }
-    return makeHunks(LineSpan(old).subspan(begin, old.size() - begin - end),
-                     LineSpan(fresh).subspan(begin, fresh.size() - begin - end), begin);
+    return {begin, end};
 }
 
 /// The bytes between the common beginning and the common end.
 SHunk compareBytes(std::string_view old, std::string_view fresh)
 {
-    const std::size_t most = std::min(old.size(), fresh.size());
-    std::size_t begin = 0;
-    while (begin < most && old[begin] == fresh[begin])
-    {
-        ++begin;
-    }
-    std::size_t end = 0;
-    while (end < most - begin && old[old.size() - 1 - end] == fresh[fresh.size() - 1 - end])
-    {
-        ++end;
-    }
+    const auto [begin, end] = countCommonEnds(old, fresh);
     return {begin + 1,
             begin + 1,
             {old.substr(begin, old.size() - begin - end)},
@@ -206,6 +195,13 @@ std::vector<std::string_view> SplitLines(std::string_view text, bool dropReturns
     }
 }
 
+std::vector<SHunk> CompareLines(const std::vector<std::string_view>& old, const std::vector<std::string_view>& fresh)
+{
+    const auto [begin, end] = countCommonEnds(old, fresh);
+    return makeHunks(LineSpan(old).subspan(begin, old.size() - begin - end),
+                     LineSpan(fresh).subspan(begin, fresh.size() - begin - end), begin);
+}
+
 SDifference FindDifference(std::string_view reference, std::string_view received)
 {
     SDifference difference;
@@ -215,10 +211,10 @@ SDifference FindDifference(std::string_view reference, std::string_view received
         difference.hunks.push_back(compareBytes(reference, received));
         return difference;
     }
-    difference.hunks = compareLines(SplitLines(reference, true), SplitLines(received, true));
+    difference.hunks = CompareLines(SplitLines(reference, true), SplitLines(received, true));
     if (difference.hunks.empty())
     {
-        difference.hunks = compareLines(SplitLines(reference, false), SplitLines(received, false));
+        difference.hunks = CompareLines(SplitLines(reference, false), SplitLines(received, false));
     }
     return difference;
 }

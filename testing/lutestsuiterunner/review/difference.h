@@ -31,9 +31,12 @@ bool AreBytes(std::string_view reference, std::string_view received);
 /// with a line feed has an empty last line.
 std::vector<std::string_view> SplitLines(std::string_view text, bool dropReturns);
 
+/// The differences of two sequences of lines, or of other texts, in their order; their texts refer to the arguments'
+/// texts. Sequences with very many differences have one hunk between their first and their last one.
+std::vector<SHunk> CompareLines(const std::vector<std::string_view>& old, const std::vector<std::string_view>& fresh);
+
 /// The differences of `received` from `reference`, in their order; their texts refer to the arguments. Line ends "\r\n"
-/// count as "\n" unless nothing else differs. Texts with very many differences have one hunk between their first and
-/// their last one.
+/// count as "\n" unless nothing else differs. Lines are compared by CompareLines.
 SDifference FindDifference(std::string_view reference, std::string_view received);
 
 } // namespace Runner

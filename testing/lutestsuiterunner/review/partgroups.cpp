@@ -86,7 +86,8 @@ std::vector<SPartGroup> GroupByParts(const std::vector<PartNames>& files)
     std::vector<SPartGroup> groups;
     for (const auto& [first, both] : connected)
     {
-        if (both.byFiles.size() <= both.byParts.size())
+        constexpr std::size_t c_TolerancePart = 10;
+        if (both.byFiles.size() <= both.byParts.size() + both.byParts.size() / c_TolerancePart)
         {
             for (const auto& [members, parts] : both.byFiles)
             {

@@ -7,6 +7,8 @@
 
 #include "base/lbencoding.h"
 #include "base/lbreceivedfile.h"
+#include "testing/lutestsuiterunner/review/linepairs.h"
+#include "testing/lutestsuiterunner/review/partname.h"
 
 namespace Runner
 {
@@ -16,40 +18,49 @@ namespace
 
 using Texts = std::vector<std::string_view>;
 
-/// Texts with their lengths, so that the key tells where one ends.
-void append(std::string& key, char kind, const Texts& texts)
+/// Lines that took the place of one other line each, one part for each kind.
+std::vector<SPart> splitKinds(const std::vector<SHunk>& pairs)
 {
-    for (const std::string_view text : texts)
+    std::map<std::wstring, SHunk> lines;
+    std::map<std::wstring, std::vector<SHunk>> kinds;
+    for (const SHunk& pair : pairs)
     {
-        key += kind + std::to_string(text.size()) + ":";
-        key += text;
+        const std::wstring kind = GetPartKind(pair, false);
+        SHunk& all = lines[kind];
+        all.removed.insert(all.removed.end(), pair.removed.begin(), pair.removed.end());
+        all.added.insert(all.added.end(), pair.added.begin(), pair.added.end());
+        kinds[kind].push_back(pair);
     }
+    std::vector<SPart> parts;
+    for (auto& [kind, hunks] : kinds)
+    {
+        parts.push_back({GetPartName(lines[kind], false), kind, std::move(hunks)});
+    }
+    std::ranges::sort(parts, {}, [](const SPart& part) { return part.hunks.front().firstRemoved; });
+    return parts;
 }
 
-std::wstring getChecksum(const SHunk& hunk, bool isBinary)
-{
-    std::string key = isBinary ? "b" : "t";
-    append(key, '-', hunk.removed);
-    append(key, '+', hunk.added);
-    return LbReceivedFile::GetChecksum(key);
-}
-
-/// Lines that replace as many others, one by one.
-std::vector<SHunk> splitPairs(const SHunk& hunk)
+/// What may be decided on by itself.
+std::vector<SPart> split(const SHunk& hunk, bool isBinary)
 {
     /// Limits the number of parts of files that have changed throughout.
-    constexpr std::size_t c_MostPairs = 100;
-    if (hunk.removed.size() != hunk.added.size() || hunk.removed.size() > c_MostPairs)
+    constexpr std::size_t c_MostParts = 100;
+    const std::vector<SHunk> pairs = isBinary ? std::vector<SHunk>{hunk} : PairLines(hunk);
+    std::vector<SPart> parts;
+    if (pairs.size() > c_MostParts)
     {
-        return {hunk};
+        parts = splitKinds(pairs);
     }
-    std::vector<SHunk> pairs;
-    for (std::size_t index = 0; index < hunk.removed.size(); ++index)
+    else
     {
-        pairs.push_back(
-            {hunk.firstRemoved + index, hunk.firstAdded + index, {hunk.removed[index]}, {hunk.added[index]}});
+        for (const SHunk& pair : pairs)
+        {
+            parts.push_back({GetPartName(pair, isBinary), GetPartKind(pair, isBinary), {pair}});
+        }
     }
-    return pairs;
+    return parts.size() <= c_MostParts
+               ? parts
+               : std::vector<SPart>{{GetPartName(hunk, false), GetPartKind(hunk, false), {hunk}}};
 }
 
 /// True if a line of the reference with text in it is in what was received, too.
@@ -66,7 +77,7 @@ bool hasCommonText(std::string_view reference, const std::vector<SHunk>& hunks)
 
 bool areAllChosen(const std::vector<SPart>& parts, const PartNames& chosen)
 {
-    return std::ranges::all_of(parts, [&chosen](const SPart& part) { return chosen.contains(part.checksum); });
+    return std::ranges::all_of(parts, [&chosen](const SPart& part) { return IsNamed(part, chosen); });
 }
 
 /// In their order.
@@ -75,7 +86,7 @@ std::vector<SHunk> getHunks(const std::vector<SPart>& parts, const PartNames& ch
     std::vector<SHunk> hunks;
     for (const SPart& part : parts)
     {
-        if (chosen.contains(part.checksum))
+        if (IsNamed(part, chosen))
         {
             hunks.insert(hunks.end(), part.hunks.begin(), part.hunks.end());
         }
@@ -84,10 +95,30 @@ std::vector<SHunk> getHunks(const std::vector<SPart>& parts, const PartNames& ch
     return hunks;
 }
 
+/// The end that all lines of a text have; empty if they differ, or if there is only one line.
+std::string_view findLineEnd(std::string_view text)
+{
+    const auto lines = std::ranges::count(text, '\n');
+    std::ptrdiff_t returns = 0;
+    for (std::size_t place = text.find("\r\n"); place != std::string_view::npos; place = text.find("\r\n", place + 2))
+    {
+        ++returns;
+    }
+    return lines == 0 || (returns != 0 && returns != lines) ? "" : returns == 0 ? "\n" : "\r\n";
+}
+
+/// The line end that all lines get; empty if they have those of their texts.
+std::string_view findKeptEnd(std::string_view reference, std::string_view received)
+{
+    const bool isShown = AreBytes(reference, received) || SplitLines(reference, true) == SplitLines(received, true);
+    return isShown ? "" : findLineEnd(reference);
+}
+
 std::string replaceLines(std::string_view reference, std::string_view received, const std::vector<SHunk>& hunks)
 {
-    const Texts oldLines = SplitLines(reference, false);
-    const Texts newLines = SplitLines(received, false);
+    const std::string_view keptEnd = findKeptEnd(reference, received);
+    const Texts oldLines = SplitLines(reference, !keptEnd.empty());
+    const Texts newLines = SplitLines(received, !keptEnd.empty());
     Texts lines;
     std::size_t line = 0;
     const auto copy = [&lines](const Texts& source, std::size_t from, std::size_t to) {
@@ -101,14 +132,15 @@ std::string replaceLines(std::string_view reference, std::string_view received, 
         line = hunk.firstRemoved - 1 + hunk.removed.size();
     }
     copy(oldLines, line, oldLines.size());
+    const std::string_view end = keptEnd.empty() ? "\n" : keptEnd;
     std::string text;
     for (const std::string_view one : lines)
     {
         text += one;
-        text += '\n';
+        text += end;
     }
     // The last line has no end of its own.
-    text.pop_back();
+    text.resize(text.size() - end.size());
     return text;
 }
 
@@ -120,25 +152,33 @@ std::vector<SPart> FindParts(std::string_view reference, std::string_view receiv
     std::vector<SPart> parts;
     std::map<std::wstring, std::size_t> places;
     PartNames names;
+    PartNames kinds;
     for (const SHunk& hunk : difference.hunks)
     {
-        for (SHunk& one : difference.isBinary ? std::vector<SHunk>{hunk} : splitPairs(hunk))
+        for (SPart& one : split(hunk, difference.isBinary))
         {
-            std::wstring checksum = getChecksum(one, difference.isBinary);
-            const auto [place, isNew] = places.try_emplace(checksum, parts.size());
+            const auto [place, isNew] = places.try_emplace(one.checksum, parts.size());
+            names.insert(one.checksum);
+            kinds.insert(one.kind);
             if (isNew)
             {
-                names.insert(checksum);
-                parts.push_back({std::move(checksum), {}});
+                parts.push_back(std::move(one));
+                continue;
             }
-            parts[place->second].hunks.push_back(std::move(one));
+            std::vector<SHunk>& hunks = parts[place->second].hunks;
+            hunks.insert(hunks.end(), one.hunks.begin(), one.hunks.end());
         }
     }
     if (parts.size() == 1 || (!difference.isBinary && hasCommonText(reference, difference.hunks) && !parts.empty()))
     {
         return parts;
     }
-    return {{GetChecksumOf(names), difference.hunks}};
+    return {{GetChecksumOf(names), GetChecksumOf(kinds), difference.hunks}};
+}
+
+bool IsNamed(const SPart& part, const PartNames& names)
+{
+    return names.contains(part.checksum) || names.contains(part.kind);
 }
 
 std::wstring GetChecksumOf(const PartNames& parts)
@@ -174,7 +214,7 @@ bool IsBlank(std::string_view bytes)
 std::string ApplyParts(std::string_view reference, std::string_view received, const PartNames& chosen)
 {
     const std::vector<SPart> parts = FindParts(reference, received);
-    if (areAllChosen(parts, chosen))
+    if (areAllChosen(parts, chosen) && findKeptEnd(reference, received).empty())
     {
         return std::string(received);
     }

@@ -3,48 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include "base/lbcommandline.h"
 #include "base/lbencoding.h"
-#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
-#include "base/lbuniqueid.h"
-#include "base/os/childprocess.h"
-#include "tests/lutestsuiterunner/cli/runnertest.h"
+#include "tests/lutestsuiterunner/cli/reviewtest.h"
 #include "tests/support/places.h"
-#include "tests/support/scopedenvironment.h"
 
 namespace
 {
-
-class RunnerReview : public RunnerTest
-{
-protected:
-    SHostRun Review(std::vector<std::wstring> options = {}) const
-    {
-        options.insert(options.begin(), {L"review", m_folder.GetPathOf(L"data")});
-        return RunRunner(options);
-    }
-
-    /// A difference that `runs` runs have made.
-    void Receive(const std::wstring& name, const std::string& received, int runs = 3) const
-    {
-        for (int run = 0; run < runs; ++run)
-        {
-            const ScopedEnvironmentVariable variable(LbReceivedFile::c_RunVariable, LbUniqueId::Generate());
-            LbReceivedFile::Compare(received, m_folder.GetPathOf(L"data/" + name), true);
-        }
-    }
-
-    void Write(const std::wstring& name, const std::string& bytes) const { m_folder.WriteFile(L"data/" + name, bytes); }
-
-    std::string Read(const std::wstring& name) const
-    {
-        return LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"data/" + name));
-    }
-
-    bool Holds(const std::wstring& name) const { return LbFileSystem::IsFile(m_folder.GetPathOf(L"data/" + name)); }
-};
 
 TEST_F(RunnerReview, HasNothingToShowWithoutDifferences)
 {
@@ -70,6 +36,44 @@ TEST_F(RunnerReview, ShowsEqualChangesOnce)
     ExpectLine(run.output, "  10 Dateien: CFall");
     ExpectLine(run.output, "    -alt\n    +neu\n");
     EXPECT_EQ(run.output.find('\x1b'), std::string::npos);
+}
+
+TEST_F(RunnerReview, DecidesOnceOnLinesWithValuesOfEachFile)
+{
+    for (const std::string name : {"a", "b", "c"})
+    {
+        const std::string line = "Summe " + std::to_string(name.front() * 7);
+        Write(LbEncoding::FromUtf8(name), line + "\nEnde\n");
+        Receive(LbEncoding::FromUtf8(name), line + " EUR\nEnde\n");
+    }
+    const std::string output = FromPlatformLines(Review().output);
+
+    ExpectLine(output, "  3 Dateien, Zeilen mit verschiedenen Werten: a, ...\n    -Summe 679\n    +Summe 679 EUR\n");
+    const SHostRun run = Review({L"--accept", LbEncoding::FromUtf8(output.substr(0, output.find(' ')))});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    EXPECT_EQ(FromPlatformLines(Read(L"a") + Read(L"b") + Read(L"c")),
+              "Summe 679 EUR\nEnde\nSumme 686 EUR\nEnde\nSumme 693 EUR\nEnde\n");
+}
+
+TEST_F(RunnerReview, ShowsSidesInTheWidthOfItsTerminal)
+{
+    if (!CanRunHostOnTerminal())
+    {
+        GTEST_SKIP() << "programs cannot run on a terminal here (needs script of util-linux)";
+    }
+    Write(L"a", "x\nalt\n");
+    Receive(L"a", "x\nneu\n");
+    SHostOptions options;
+    options.onTerminal = true;
+    options.variables = {{L"TERM", L"xterm"}, {L"NO_COLOR", L"1"}};
+    options.program = L"/bin/sh";
+    const std::wstring review = L"" LUTESTSUITE_RUNNER L" review " + m_folder.GetPathOf(L"data");
+
+    const SHostRun run = RunHost(
+        {L"-c", L"stty cols 64; exec " + review + L" --side-by-side 2>" + m_folder.GetPathOf(L"errors")}, options);
+
+    EXPECT_NE(run.output.find("\nalt" + std::string(27, ' ') + " | neu"), std::string::npos) << run.output;
 }
 
 TEST_F(RunnerReview, ShowsDifferences)
@@ -126,6 +130,20 @@ TEST_F(RunnerReview, AcceptsAllChanges)
     ExpectLine(Review().output, "Änderungen: 0, Dateien: 0\n");
 }
 
+TEST_F(RunnerReview, AcceptsNewLineEndsOnlyOnceItShowsThem)
+{
+    Write(L"a", "Summe alt\nEnde\n");
+    Receive(L"a", "Summe neu\r\nEnde\r\n");
+
+    EXPECT_EQ(Review({L"--accept", L"all"}).exitStatus, 0);
+    EXPECT_EQ(Read(L"a"), "Summe neu\nEnde\n");
+
+    ExpectLine(Review({L"--diff"}).output, "    -Ende\n    +Summe neu␍\n    +Ende␍\n");
+    EXPECT_EQ(Review({L"--accept", L"all"}).exitStatus, 0);
+    EXPECT_EQ(Read(L"a"), "Summe neu\r\nEnde\r\n");
+    EXPECT_FALSE(Holds(L"a.received"));
+}
+
 TEST_F(RunnerReview, AcceptsOneChangeByItsName)
 {
     Write(L"a", "alt");
@@ -142,6 +160,36 @@ TEST_F(RunnerReview, AcceptsOneChangeByItsName)
     EXPECT_EQ(Read(L"a"), "neu");
     EXPECT_EQ(Read(L"b"), "neu");
     EXPECT_EQ(Read(L"c"), "alt");
+}
+
+TEST_F(RunnerReview, RefusesNewReferencesThatHaveChangedSinceTheyWereListed)
+{
+    m_folder.MakeFolder(L"data/CTest");
+    Receive(L"CTest/a", "gezeigt");
+    const std::string output = FromPlatformLines(Review().output);
+    const std::wstring name = LbEncoding::FromUtf8(output.substr(0, output.find(' ')));
+    Receive(L"CTest/a", "anders");
+
+    const SHostRun run = Review({L"--accept", name});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "ist weder 'all' noch eine Änderung");
+    EXPECT_FALSE(Holds(L"CTest/a"));
+}
+
+TEST_F(RunnerReview, AcceptsPathsAsItPrintsThem)
+{
+    Write(L"CTest/a", "alt\n");
+    Receive(L"CTest/a", "neu\n");
+    const std::string output = FromPlatformLines(Review({L"--diff"}).output);
+    const std::size_t begin = output.find("Datei: ") + 7;
+    const std::wstring path = LbEncoding::FromUtf8(output.substr(begin, output.find('\n') - begin));
+
+    ExpectLine(Review({L"--diff=" + path}).output, "Änderungen: 1, Dateien: 1\n");
+    const SHostRun run = Review({L"--accept", path});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    EXPECT_EQ(Read(L"CTest/a"), "neu\n");
 }
 
 TEST_F(RunnerReview, AcceptsAndRejectsSingleFiles)
@@ -230,12 +278,15 @@ TEST_F(RunnerReview, AsksOnATerminal)
     // The terminal's input is at its end.
     const SHostRun run = RunRunner({L"review", m_folder.GetPathOf(L"data")}, options);
     const SHostRun onBuildServer = RunRunner({L"review", m_folder.GetPathOf(L"data"), L"--ci"}, options);
+    const SHostRun sideBySide = RunRunner({L"review", m_folder.GetPathOf(L"data"), L"--side-by-side"}, options);
 
     EXPECT_NE(run.output.find("[1/1] "), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("weiter (w), Ende (e)? "), std::string::npos) << run.output;
     EXPECT_EQ(run.exitStatus, 0);
     EXPECT_EQ(onBuildServer.output.find("weiter (w)"), std::string::npos) << onBuildServer.output;
     EXPECT_EQ(onBuildServer.exitStatus, 1);
+    EXPECT_EQ(sideBySide.output.find("weiter (w)"), std::string::npos) << sideBySide.output;
+    EXPECT_NE(sideBySide.output.find("Änderungen: 1, Dateien: 1"), std::string::npos) << sideBySide.output;
 }
 
 TEST_F(RunnerReview, DecidesNothingOnABuildServer)
@@ -272,80 +323,6 @@ TEST_F(RunnerReview, FinishesAnInterruptedDecisionExceptOnABuildServer)
     EXPECT_EQ(Read(L"CFall/a"), "neu");
 }
 
-/// A decision about a cause that half of the files share with another one.
-class RunnerReviewKilled : public RunnerReview
-{
-protected:
-    static constexpr int c_Files = 300;
-
-    static std::wstring GetName(int number) { return LbFormat(L"CFall/%03d", number); }
-
-    static std::string GetText(int number, const std::string& first, const std::string& second)
-    {
-        return first + "x\n" + (number % 2 == 0 ? second : "");
-    }
-
-    void WriteFiles() const
-    {
-        for (int number = 0; number < c_Files; ++number)
-        {
-            Write(GetName(number), GetText(number, "alt 1\n", "alt 2\n"));
-            const std::string received = GetText(number, "neu 1\n", "neu 2\n");
-            Write(GetName(number) + LbReceivedFile::c_Suffix, received);
-            Write(GetName(number) + LbReceivedFile::c_RunsSuffix,
-                  "3 " + LbEncoding::ToUtf8(LbReceivedFile::GetChecksum(received)) + " " + std::string(32, '0') + "\n");
-        }
-    }
-
-    /// Accepts the first cause in another process, which is killed when the file of this number, an odd one, is
-    /// accepted; -1: when the decision is on the disk. True if the decision was interrupted.
-    bool KillAt(int number) const
-    {
-        const std::string output = Review().output;
-        LbOs::SChildOptions options;
-        options.program = L"" LUTESTSUITE_RUNNER;
-        for (const std::wstring& word : {options.program, std::wstring(L"review"), m_folder.GetPathOf(L"data"),
-                                         std::wstring(L"--accept"), LbEncoding::FromUtf8(output.substr(0, 6))})
-        {
-            options.commandLine += LbCommandLine::Quote(word) + L" ";
-        }
-        options.isSilent = true;
-        const auto process = LbOs::CChildProcess::Start(options);
-        while (process->IsRunning() && !HasReached(number))
-        {
-        }
-        process->Terminate();
-        return Holds(c_DecisionName);
-    }
-
-    bool HasReached(int number) const
-    {
-        return number < 0 ? Holds(c_DecisionName) : !Holds(GetName(number) + LbReceivedFile::c_Suffix);
-    }
-
-    static constexpr const wchar_t* c_DecisionName = L"lutestsuite-review.pending";
-};
-
-TEST_F(RunnerReviewKilled, IsFinishedByTheNextReview)
-{
-    int interrupted = 0;
-    for (const int number : {-1, 1, 3, 101, 201})
-    {
-        WriteFiles();
-        interrupted += KillAt(number) ? 1 : 0;
-
-        ExpectLine(Review().output, "Änderungen: 1, Dateien: 150\n");
-
-        for (int file = 0; file < c_Files; ++file)
-        {
-            ASSERT_EQ(Read(GetName(file)), GetText(file, "neu 1\n", "alt 2\n"));
-            ASSERT_EQ(Holds(GetName(file) + LbReceivedFile::c_Suffix), file % 2 == 0);
-        }
-        EXPECT_FALSE(Holds(c_DecisionName));
-    }
-    EXPECT_GT(interrupted, 0);
-}
-
 TEST_F(RunnerReview, IsRecommendedByARunForAnInterruptedDecision)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
@@ -375,9 +352,14 @@ TEST_F(RunnerReview, IsRecommendedByARunWithUndecidedDifferences)
     ExpectLine(run.errors, "a.received ist nicht geprüft: LuTestSuiteRunner review ");
     EXPECT_EQ(run.exitStatus, 0);
     Receive(L"CPassedModel/b", "neu", 1);
+    ExpectLine(Run({L"run", L"--force"}).errors, "b.received, ");
+    for (const wchar_t letter : std::wstring(L"cdefghijk"))
+    {
+        Receive(std::wstring(L"CPassedModel/") + letter, "neu", 1);
+    }
     ExpectLine(Run({L"run", L"--force"}).errors, "und eine weitere .received-Datei sind nicht geprüft");
-    Receive(L"CPassedModel/c", "neu", 1);
-    ExpectLine(Run({L"run", L"--force"}).errors, "und 2 weitere .received-Dateien sind nicht geprüft");
+    Receive(L"CPassedModel/l", "neu", 1);
+    ExpectLine(Run({L"run", L"--force"}).errors, "k.received und 2 weitere .received-Dateien sind nicht geprüft");
 }
 
 TEST_F(RunnerReview, IsRecommendedByTheRunThatLeavesTheDifference)

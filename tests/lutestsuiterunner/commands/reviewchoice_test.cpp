@@ -112,6 +112,23 @@ TEST_F(ReviewChoice, RefusesContradictions)
     EXPECT_EQ(GetRefusal({L"ABCDEF01"}, {L"ABCDEF02"}), L"") << "parts of the same files";
 }
 
+TEST_F(ReviewChoice, FindsAFileFromTheReviewedFolder)
+{
+    const std::vector<SChange> changes = {makeChange(L"1234560000", {L"data/CTest/a"})};
+
+    EXPECT_EQ(FindChangesOf(changes, L"data", L"CTest/a").size(), 1U);
+    EXPECT_EQ(FindChangesOf(changes, L"data", L"data/CTest/a.received").size(), 1U);
+    EXPECT_TRUE(FindChangesOf(changes, L"data", L"a").empty());
+}
+
+TEST_F(ReviewChoice, RefusesAPathThatMeansTwoFiles)
+{
+    const std::vector<SChange> changes = {makeChange(L"1234560000", {L"CTest/a", L"data/CTest/a"})};
+
+    EXPECT_THROW(FindChangesOf(changes, L"data", L"CTest/a"), std::wstring);
+    EXPECT_EQ(FindChangesOf(changes, L".", L"CTest/a").size(), 1U) << "one place";
+}
+
 TEST_F(ReviewChoice, RefusesWhatIsUnknown)
 {
     EXPECT_NE(GetRefusal({L"fehlt"}), L"");

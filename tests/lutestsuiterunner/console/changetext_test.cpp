@@ -44,6 +44,15 @@ TEST_F(RunnerChangeText, ShowsControlCharactersOfNamesAsPictures)
     EXPECT_EQ(text, L"4C21F0  1 Datei, neue Referenzen: a\u241b[2J.txt\n");
 }
 
+TEST_F(RunnerChangeText, TellsThatLinesHaveOtherValues)
+{
+    SChange change = Change("sum 1\n", "sum 1 EUR\n");
+    change.areLinesEqual = false;
+
+    EXPECT_EQ(DescribeChange(change, m_folder.GetPath(), SDiffStyle()),
+              L"4C21F0  1 Datei, Zeilen mit verschiedenen Werten: a.txt\n    -sum 1\n    +sum 1 EUR\n");
+}
+
 TEST_F(RunnerChangeText, ColoursRemovedAndAddedLines)
 {
     const SChange change = Change("alt\n", "neu\n");

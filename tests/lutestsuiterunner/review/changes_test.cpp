@@ -111,6 +111,128 @@ TEST_F(ReviewOfOverlappingCauses, AreAcceptedOneAfterTheOther)
     EXPECT_TRUE(Runner::FindReceived(m_folder.GetPath()).references.empty());
 }
 
+/// Ten causes in lines with values of each file. Each file has one to three of them, in neighbouring lines, and one
+/// cause adds a line beside them.
+class ReviewOfOwnValues : public ReviewChanges
+{
+protected:
+    static constexpr int c_Causes = 10;
+
+    void WriteFiles(int count) const
+    {
+        for (int number = 0; number < count; ++number)
+        {
+            const int causes = 1 + number % 3;
+            std::string expected = GetOwnLine(number);
+            std::string received = expected;
+            for (int step = 0; step < causes; ++step)
+            {
+                AddCause((number + step * (1 + number % 7)) % c_Causes, number, expected, received);
+            }
+            Write(LbFormat(L"C%u/%u.txt", number / 500, number), expected + "end\n", received + "end\n");
+        }
+    }
+
+    static std::string GetOwnLine(int number) { return "file " + std::to_string(number) + "\n"; }
+
+    static void AddCause(int cause, int number, std::string& expected, std::string& received)
+    {
+        const std::string value = std::to_string(number * 37 % 1001) + "." + std::to_string(number);
+        const std::string line = "cause" + std::string(1, static_cast<char>('A' + cause)) + " " + value;
+        expected += line + "\n";
+        received += line + " ms\n" + (cause == 0 ? "unit ms\n" : "");
+    }
+};
+
+TEST_F(ReviewOfOwnValues, AreADecisionForEachCause)
+{
+    WriteFiles(2800);
+
+    const std::vector<SChange> changes = Group();
+
+    EXPECT_EQ(changes.size(), static_cast<std::size_t>(c_Causes));
+    EXPECT_TRUE(std::ranges::none_of(changes, &SChange::areLinesEqual));
+}
+
+TEST_F(ReviewOfOwnValues, AreAcceptedOneAfterTheOther)
+{
+    WriteFiles(210);
+    for (std::size_t left = Group().size(); left > 0; --left)
+    {
+        const std::vector<SChange> changes = Group();
+        ASSERT_EQ(changes.size(), left);
+        Decide(m_folder.GetPath(), Runner::EDecision::Accept, changes.back());
+    }
+    EXPECT_TRUE(Runner::FindReceived(m_folder.GetPath()).references.empty());
+}
+
+TEST_F(ReviewChanges, OfSomeCausesWithNumbersStayApart)
+{
+    for (int number = 0; number < 20; ++number)
+    {
+        const std::string cause = std::to_string(number % 10);
+        Write(LbFormat(L"%02u", number), "x\nold " + cause + "\n", "x\nnew " + cause + "\n");
+    }
+
+    EXPECT_EQ(Group().size(), 10U);
+}
+
+TEST_F(ReviewChanges, OfVeryManyValuesAreOneDecisionAlsoIfFilesShareThem)
+{
+    for (int number = 0; number < 32; ++number)
+    {
+        const std::string value = std::to_string(number % 16);
+        Write(LbFormat(L"%02u", number), "x\nsum " + value + "\n", "x\nsum " + value + " EUR\n");
+    }
+
+    EXPECT_EQ(Group().size(), 1U);
+}
+
+TEST_F(ReviewChanges, OfValuesAreADecisionForEachFile)
+{
+    for (int number = 0; number < 20; ++number)
+    {
+        Write(LbFormat(L"%02u", number), "x\nsum " + std::to_string(number) + "\n",
+              "x\nsum " + std::to_string(number + 100) + "\n");
+    }
+
+    EXPECT_EQ(Group().size(), 20U);
+}
+
+TEST_F(ReviewChanges, KeepACauseApartFromANoisyLineOfEachFile)
+{
+    for (int number = 0; number < 20; ++number)
+    {
+        const std::string own = std::to_string(number);
+        Write(LbFormat(L"%02u", number), "time " + own + "\nsum " + own + "\nx\n",
+              "time " + own + "0\nsum " + own + " EUR\nx\n");
+    }
+
+    const std::vector<SChange> changes = Group();
+
+    ASSERT_EQ(changes.size(), 21U);
+    EXPECT_EQ(changes.front().files.size(), 20U);
+    EXPECT_EQ(changes[1].files.size(), 1U);
+}
+
+TEST_F(ReviewChanges, KnowWhetherTheirLinesAreEqual)
+{
+    Write(L"a", "sum 1\nalt\nx\n", "sum 1 EUR\nneu\nx\n");
+    Write(L"b", "sum 2\nx\n", "sum 2 EUR\nx\n");
+    // Two places, and no line with text stays: one decision.
+    Write(L"c", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
+    Write(L"d", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
+
+    const std::vector<SChange> changes = Group();
+
+    ASSERT_EQ(changes.size(), 3U);
+    for (const SChange& change : changes)
+    {
+        const bool isSum = change.files.back().reference == m_folder.GetPathOf(L"b");
+        EXPECT_EQ(change.areLinesEqual, !isSum) << change.files.size();
+    }
+}
+
 TEST_F(ReviewChanges, KeepTheirNamesWhenOthersAreDecided)
 {
     Write(L"a", "a\nx\n", "A\nx\n");
@@ -139,6 +261,29 @@ TEST_F(ReviewChanges, TakeNewReferencesOfAFolderTogether)
     EXPECT_EQ(changes[0].kind, EChange::New);
     EXPECT_EQ(changes[0].files.size(), 2U);
     EXPECT_EQ(changes[1].files.size(), 1U);
+}
+
+TEST_F(ReviewChanges, NameNewReferencesByTheirContents)
+{
+    Write(L"CTest/a", "", "eins");
+    const std::wstring name = Group().front().checksum;
+    EXPECT_EQ(Group().front().checksum, name);
+
+    Write(L"CTest/a", "", "zwei");
+    EXPECT_NE(Group().front().checksum, name) << "another content";
+    Write(L"CTest/a", "", "eins");
+    EXPECT_EQ(Group().front().checksum, name);
+    Write(L"CTest/b", "", "eins");
+    EXPECT_NE(Group().front().checksum, name) << "one more file";
+}
+
+TEST_F(ReviewChanges, NameBlankReferencesByWhatTheyLose)
+{
+    Write(L"a", "alt", "");
+    const std::wstring name = Group().front().checksum;
+
+    Write(L"a", "anders", "");
+    EXPECT_NE(Group().front().checksum, name);
 }
 
 TEST_F(ReviewChanges, KnowReferencesThatWouldBecomeBlank)

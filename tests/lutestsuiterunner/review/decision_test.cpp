@@ -1,15 +1,17 @@
 #include "testing/lutestsuiterunner/review/decision.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
-#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbreceivedfile.h"
+#include "base/os/filereplacement.h"
+#include "testing/lutestsuiterunner/review/claims.h"
+#include "testing/lutestsuiterunner/review/decisionplan.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -40,6 +42,25 @@ protected:
         return Runner::Decide(m_folder.GetPath(), decision, {Runner::EChange::Changed, {}, {}, parts, files});
     }
 
+    /// The message with which the decision is refused.
+    std::wstring GetRefusal(EDecision decision, const std::vector<SReceivedFile>& files,
+                            const Runner::PartNames& parts = {}) const
+    {
+        try
+        {
+            Decide(decision, files, parts);
+        }
+        catch (const std::wstring& reason)
+        {
+            return reason;
+        }
+        return L"";
+    }
+
+    /// True if anything of a decision's own files is left.
+    bool HasPlan() const { return Holds(Runner::c_DecisionFile) || Holds(c_Claims); }
+    bool Holds(const std::wstring& name) const { return !LbOs::IsMissing(m_folder.GetPathOf(name)); }
+
     std::optional<SOutcome> Finish() const { return Runner::FinishDecision(m_folder.GetPath()); }
 
     /// What the folder's decision fails with.
@@ -63,26 +84,29 @@ protected:
         return LbFileSystem::IsFile(path) ? LbFileSystem::ReadFile8Bit(path) : "-";
     }
 
-    /// What a process leaves that is killed after it has written its decision.
+    /// Leaves the files of a process that was killed after it had written its decision.
     void Interrupt(EDecision decision, const std::vector<SReceivedFile>& files,
                    const Runner::PartNames& parts = {}) const
     {
-        nlohmann::json plan = {{"accept", decision == EDecision::Accept},
-                               {"parts", nlohmann::json::array()},
-                               {"files", nlohmann::json::array()}};
-        for (const std::wstring& part : parts)
-        {
-            plan["parts"].push_back(LbEncoding::ToUtf8(part));
-        }
-        for (const SReceivedFile& file : files)
-        {
-            plan["files"].push_back(
-                {{"reference", LbEncoding::ToUtf8(file.reference.substr(m_folder.GetPath().size()))},
-                 {"checksum", LbEncoding::ToUtf8(file.checksum)},
-                 {"expected", LbEncoding::ToUtf8(file.expected)}});
-        }
-        m_folder.WriteFile(Runner::c_DecisionFile, plan.dump());
+        m_folder.WriteFile(Runner::c_DecisionFile,
+                           Runner::MakeDecisionPlan(m_folder.GetPath(), {decision, parts, files}));
     }
+
+    /// Leaves the files of a process that was killed after it had moved the output of all files.
+    void InterruptLate(EDecision decision, const std::vector<SReceivedFile>& files,
+                       const Runner::PartNames& parts = {}) const
+    {
+        Interrupt(decision, files, parts);
+        ASSERT_EQ(Runner::CClaims(m_folder.GetPath(), files).Claim(), L"");
+    }
+
+    /// What a step of an interrupted decision has done.
+    void AcceptFirst(const std::wstring& name) const
+    {
+        ASSERT_TRUE(LbOs::RenameFile(m_folder.GetPathOf(c_Claims + L"/0"), m_folder.GetPathOf(name)));
+    }
+
+    const std::wstring c_Claims = std::wstring(Runner::c_DecisionFile) + L".files";
 
     /// The parts that files with these contents have.
     static Runner::PartNames GetParts(const std::string& expected, const std::string& received)
@@ -123,15 +147,47 @@ TEST_F(ReviewDecision, RejectsWhatWasReceived)
     EXPECT_EQ(Read(L"a.received.runs"), "-");
 }
 
-TEST_F(ReviewDecision, LeavesFilesAloneThatHaveChangedMeanwhile)
+TEST_F(ReviewDecision, IsRefusedAsAWholeIfAnOutputHasChangedMeanwhile)
+{
+    const SReceivedFile first = Write(L"a", "old", "new");
+    const SReceivedFile second = Write(L"b", "old", "new");
+    m_folder.WriteFile(L"b.received", "newer");
+
+    for (const EDecision decision : {EDecision::Accept, EDecision::Reject})
+    {
+        EXPECT_EQ(GetRefusal(decision, {first, second}),
+                  L"Entscheidung abgelehnt: Datei " + second.reference + L".received hat sich seit dem Lesen geändert");
+        EXPECT_EQ(Read(L"a") + Read(L"a.received") + Read(L"a.received.runs"), "oldnew3");
+        EXPECT_EQ(Read(L"b") + Read(L"b.received"), "oldnewer");
+        EXPECT_FALSE(HasPlan());
+    }
+}
+
+TEST_F(ReviewDecision, IsRefusedAsAWholeIfAReferenceHasChangedMeanwhile)
+{
+    const SReceivedFile changed = Write(L"a", "old", "new");
+    const SReceivedFile added = Write(L"b", "", "new");
+    m_folder.WriteFile(L"b", "somebody else's");
+
+    EXPECT_EQ(GetRefusal(EDecision::Accept, {changed, added}),
+              L"Entscheidung abgelehnt: Datei " + added.reference + L" hat sich seit dem Lesen geändert");
+
+    EXPECT_EQ(Read(L"a") + Read(L"a.received"), "oldnew");
+    EXPECT_EQ(Read(L"b") + Read(L"b.received"), "somebody else'snew");
+    EXPECT_FALSE(HasPlan());
+}
+
+TEST_F(ReviewDecision, IsRefusedWhileAnotherOneIsToBeFinished)
 {
     const SReceivedFile file = Write(L"a", "old", "new");
-    m_folder.WriteFile(L"a.received", "newer");
+    const SReceivedFile other = Write(L"b", "old", "new");
+    Interrupt(EDecision::Accept, {other});
 
-    Decide(EDecision::Accept, {file});
+    EXPECT_NE(GetRefusal(EDecision::Accept, {file}).find(L"ist eine Entscheidung unvollendet"), std::wstring::npos);
 
     EXPECT_EQ(Read(L"a"), "old");
-    EXPECT_EQ(Read(L"a.received"), "newer");
+    EXPECT_EQ(Finish().value().done.size(), 1U);
+    EXPECT_EQ(Read(L"b"), "new");
 }
 
 /// A folder cannot be replaced by a file.
@@ -156,9 +212,8 @@ TEST_F(ReviewDecision, IsFinishedAfterAnInterruption)
 {
     const SReceivedFile done = Write(L"a", "old", "new");
     const SReceivedFile open = Write(L"b", "old", "new");
-    Interrupt(EDecision::Accept, {done, open});
-    m_folder.WriteFile(L"a", "new");
-    LbOs::RemoveFile(m_folder.GetPathOf(L"a.received"));
+    InterruptLate(EDecision::Accept, {done, open});
+    AcceptFirst(L"a");
 
     const std::optional<SOutcome> outcome = Finish();
 
@@ -169,19 +224,76 @@ TEST_F(ReviewDecision, IsFinishedAfterAnInterruption)
     EXPECT_EQ(Read(L"a"), "new");
     EXPECT_EQ(Read(L"b"), "new");
     EXPECT_EQ(Read(L"b.received"), "-");
+    EXPECT_FALSE(HasPlan());
     EXPECT_FALSE(Finish());
 }
 
-TEST_F(ReviewDecision, DoesNotFinishWithWhatWasReceivedLater)
+TEST_F(ReviewDecision, IsFinishedIfItWasInterruptedAtItsBeginning)
 {
-    const SReceivedFile done = Write(L"a", "old", "new");
-    Interrupt(EDecision::Accept, {done});
-    m_folder.WriteFile(L"a.received", "newer");
+    Interrupt(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "", "fresh")});
+    LbOs::MakeDirectory(m_folder.GetPathOf(c_Claims));
+    ASSERT_TRUE(LbOs::RenameFile(m_folder.GetPathOf(L"a.received"), m_folder.GetPathOf(c_Claims + L"/0")));
+
+    EXPECT_EQ(Finish().value().done.size(), 2U);
+
+    EXPECT_EQ(Read(L"a") + Read(L"b"), "newfresh");
+    EXPECT_FALSE(HasPlan());
+}
+
+/// A run has written the output of both files again, that of one as before.
+TEST_F(ReviewDecision, IsFinishedWithTheSameOutputAfterAnotherRun)
+{
+    InterruptLate(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "old", "new"), Write(L"c", "old", "new")});
+    AcceptFirst(L"a");
+    m_folder.WriteFile(L"b.received", "newer");
+    m_folder.WriteFile(L"c.received", "new");
+
+    const std::optional<SOutcome> outcome = Finish();
+
+    EXPECT_EQ(outcome.value().done.size(), 3U);
+    EXPECT_EQ(outcome.value().changed, L"");
+    EXPECT_EQ(Read(L"a") + Read(L"b") + Read(L"c"), "newnewnew");
+    EXPECT_EQ(Read(L"b.received"), "newer");
+    EXPECT_EQ(Read(L"c.received"), "-");
+}
+
+TEST_F(ReviewDecision, RejectsAfterAnotherRunWhatWasRejected)
+{
+    InterruptLate(EDecision::Reject, {Write(L"a", "old", "new"), Write(L"b", "old", "new")});
+    m_folder.WriteFile(L"a.received", "new");
+    m_folder.WriteFile(L"b.received", "newer");
+
+    EXPECT_EQ(Finish().value().done.size(), 2U);
+
+    EXPECT_EQ(Read(L"a.received"), "-");
+    EXPECT_EQ(Read(L"b.received"), "newer");
+    EXPECT_EQ(Read(L"a") + Read(L"b"), "oldold");
+}
+
+TEST_F(ReviewDecision, LeavesAReferenceAloneThatHasChangedAfterAnInterruption)
+{
+    InterruptLate(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "old", "new")});
+    AcceptFirst(L"a");
+    m_folder.WriteFile(L"b", "somebody else's");
 
     EXPECT_EQ(Finish().value().left, 1U);
 
-    EXPECT_EQ(Read(L"a"), "old");
-    EXPECT_EQ(Read(L"a.received"), "newer");
+    EXPECT_EQ(Read(L"b") + Read(L"b.received"), "somebody else'snew");
+    EXPECT_FALSE(HasPlan());
+}
+
+TEST_F(ReviewDecision, IsPutBackIfItsBeginningMeetsLaterOutput)
+{
+    const SReceivedFile first = Write(L"a", "old", "new");
+    const SReceivedFile changed = Write(L"b", "old", "new");
+    Interrupt(EDecision::Accept, {first, changed});
+    m_folder.WriteFile(L"b.received", "newer");
+
+    EXPECT_EQ(Finish().value().changed, changed.reference + L".received");
+
+    EXPECT_EQ(Read(L"a") + Read(L"a.received"), "oldnew");
+    EXPECT_EQ(Read(L"b") + Read(L"b.received"), "oldnewer");
+    EXPECT_FALSE(HasPlan());
 }
 
 TEST_F(ReviewDecision, RemainsToBeFinishedIfAFileCannotBeReplaced)
@@ -202,35 +314,6 @@ TEST_F(ReviewDecision, IsRefusedIfItsFileIsDamaged)
     EXPECT_NE(GetFailure().find(L"beschädigt; wird die Datei "), std::wstring::npos) << GetFailure();
 }
 
-TEST_F(ReviewDecision, LeavesReferencesAloneThatHaveChangedMeanwhile)
-{
-    const SReceivedFile changed = Write(L"a", "old", "new");
-    const SReceivedFile added = Write(L"b", "", "new");
-    m_folder.WriteFile(L"a", "older");
-    m_folder.WriteFile(L"b", "somebody else's");
-
-    const SOutcome outcome = Decide(EDecision::Accept, {changed, added});
-
-    EXPECT_EQ(outcome.done.size(), 0U);
-    EXPECT_EQ(outcome.left, 2U);
-    EXPECT_EQ(Read(L"a"), "older");
-    EXPECT_EQ(Read(L"a.received"), "new");
-    EXPECT_EQ(Read(L"b"), "somebody else's");
-}
-
-TEST_F(ReviewDecision, CountsWhatIsDone)
-{
-    const SReceivedFile first = Write(L"a", "old", "new");
-    const SReceivedFile second = Write(L"b", "old", "new");
-    m_folder.WriteFile(L"b.received", "newer");
-
-    const SOutcome outcome = Decide(EDecision::Reject, {first, second});
-
-    ASSERT_EQ(outcome.done.size(), 1U);
-    EXPECT_EQ(outcome.done.front().reference, first.reference);
-    EXPECT_EQ(outcome.left, 1U);
-}
-
 TEST_F(ReviewDecision, AcceptsPartsAndKeepsWhatWasReceived)
 {
     const SReceivedFile file = Write(L"a", "old 1\nx\nold 2\n", "new 1\nx\nnew 2\n");
@@ -249,11 +332,24 @@ TEST_F(ReviewDecision, AcceptsPartsAndKeepsWhatWasReceived)
     EXPECT_FALSE(outcome.done[1].isOpen);
 }
 
+TEST_F(ReviewDecision, IsRefusedAsAWholeIfAFileHasNoPartOfIt)
+{
+    const SReceivedFile first = Write(L"a", "old 1\nx\n", "new 1\nx\n");
+    const SReceivedFile other = Write(L"b", "old 2\nx\n", "new 2\nx\n");
+
+    EXPECT_EQ(GetRefusal(EDecision::Accept, {first, other}, GetParts("old 1\nx\n", "new 1\nx\n")),
+              L"Entscheidung abgelehnt: Datei " + other.reference + L" hat keinen Teil der Änderung");
+
+    EXPECT_EQ(Read(L"a") + Read(L"a.received"), "old 1\nx\nnew 1\nx\n");
+    EXPECT_EQ(Read(L"b") + Read(L"b.received"), "old 2\nx\nnew 2\nx\n");
+    EXPECT_FALSE(HasPlan());
+}
+
 TEST_F(ReviewDecision, AboutPartsIsFinishedAfterAnInterruption)
 {
     const SReceivedFile done = Write(L"a", "old 1\nx\nold 2\n", "new 1\nx\nnew 2\n");
     const SReceivedFile open = Write(L"b", "old 1\ny\nold 2\n", "new 1\ny\nnew 2\n");
-    Interrupt(EDecision::Accept, {done, open}, GetParts("old 1\nx", "new 1\nx"));
+    InterruptLate(EDecision::Accept, {done, open}, GetParts("old 1\nx", "new 1\nx"));
     m_folder.WriteFile(L"a", "new 1\nx\nold 2\n");
 
     const std::optional<SOutcome> outcome = Finish();
@@ -274,6 +370,47 @@ TEST_F(ReviewDecision, AboutPartsIsUndoneIfAFileCannotBeReplaced)
 
     EXPECT_EQ(Read(L"a"), "old 1\nx\nold 2\n");
     EXPECT_EQ(Read(L"a.received"), "new 1\nx\nnew 2\n");
+}
+
+/// A file with a part that an earlier decision has accepted, and bytes that are not UTF-8.
+class ReviewDecisionAfterAnother : public ReviewDecision
+{
+protected:
+    SReceivedFile WriteAccepted() const
+    {
+        SReceivedFile file = Write(L"a", "new \xE4\nx\nold 2\ny\nold 3\n", "new \xE4\nx\nnew 2\ny\nnew 3\n");
+        file.earlier = std::make_shared<const Runner::SAccepted>(
+            Runner::SAccepted{"old \xE4\nx\nold 2\ny\nold 3\n", GetParts("old \xE4\nx", "new \xE4\nx")});
+        return file;
+    }
+
+    const Runner::PartNames c_Parts = GetParts("old 2\nx", "new 2\nx");
+};
+
+TEST_F(ReviewDecisionAfterAnother, IsFinishedAfterAnInterruption)
+{
+    InterruptLate(EDecision::Accept, {WriteAccepted()}, c_Parts);
+
+    EXPECT_EQ(Finish().value().left, 0U);
+
+    EXPECT_EQ(Read(L"a"), "new \xE4\nx\nnew 2\ny\nold 3\n");
+    EXPECT_EQ(Read(L"a.received"), "new \xE4\nx\nnew 2\ny\nnew 3\n");
+}
+
+TEST_F(ReviewDecisionAfterAnother, KnowsWhatItHasDoneBeforeAnInterruption)
+{
+    InterruptLate(EDecision::Accept, {WriteAccepted()}, c_Parts);
+    m_folder.WriteFile(L"a", "new \xE4\nx\nnew 2\ny\nold 3\n");
+
+    EXPECT_EQ(Finish().value().left, 0U);
+}
+
+TEST_F(ReviewDecisionAfterAnother, LeavesAReferenceAloneThatHasChangedAfterAnInterruption)
+{
+    InterruptLate(EDecision::Accept, {WriteAccepted()}, c_Parts);
+    m_folder.WriteFile(L"a", "somebody else's\nx\nnew 2\ny\nold 3\n");
+
+    EXPECT_EQ(Finish().value().left, 1U);
 }
 
 } // namespace

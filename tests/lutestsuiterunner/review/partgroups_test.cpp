@@ -1,5 +1,6 @@
 #include "testing/lutestsuiterunner/review/partgroups.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,20 @@ TEST(GroupByParts, JoinsPartsThatAlwaysOccurTogether)
     const std::vector<SPartGroup> groups = GroupByParts({{L"a", L"b"}, {L"c"}, {L"a", L"b", L"c"}, {L"c", L"d"}});
 
     EXPECT_EQ(groups.size(), 3U);
+}
+
+TEST(GroupByParts, KeepsACommonPartApartFromThoseThatEachFileHasOfItsOwn)
+{
+    std::vector<PartNames> files;
+    for (int file = 0; file < 100; ++file)
+    {
+        files.push_back({file % 2 == 0 ? L"a" : L"b", L"own " + std::to_wstring(file)});
+    }
+
+    const std::vector<SPartGroup> groups = GroupByParts(files);
+
+    EXPECT_EQ(groups.size(), 102U);
+    EXPECT_EQ(std::ranges::count_if(groups, [](const SPartGroup& group) { return group.files.size() == 50; }), 2);
 }
 
 TEST(GroupByParts, MakesNoMoreGroupsThanThereAreFiles)

@@ -24,6 +24,12 @@ PartNames getNames(std::string_view reference, std::string_view received)
     return names;
 }
 
+/// The kind of the only part of the difference.
+std::wstring getKind(std::string_view reference, std::string_view received)
+{
+    return FindParts(reference, received).front().kind;
+}
+
 TEST(FindParts, NamesTheSameChangeAlikeInAnyFile)
 {
     EXPECT_EQ(getNames("a\nold\n", "a\nnew\n"), getNames("x\ny\nold\nz\n", "x\ny\nnew\nz\n"));
@@ -44,6 +50,53 @@ TEST(FindParts, SeparatesNeighbouringLinesThatReplaceOthers)
     EXPECT_EQ(both.size(), 2U);
     EXPECT_TRUE(both.contains(*getNames("x\nold 1\n", "x\nnew 1\n").begin()));
     EXPECT_TRUE(both.contains(*getNames("x\nold 2\n", "x\nnew 2\n").begin()));
+}
+
+TEST(FindParts, SeparatesALineThatChangedFromAnAddedNeighbour)
+{
+    const PartNames both = getNames("x\ntime 12\n", "x\ntime 12 ms\nunit ms\n");
+
+    EXPECT_EQ(both.size(), 2U);
+    EXPECT_TRUE(both.contains(*getNames("y\ntime 12\n", "y\ntime 12 ms\n").begin()));
+    EXPECT_TRUE(both.contains(*getNames("y\n", "y\nunit ms\n").begin()));
+}
+
+TEST(FindParts, KnowTheKindOfAChangeOfLinesWithOtherValues)
+{
+    EXPECT_NE(getNames("x\ntime 1\n", "x\ntime 1 ms\n"), getNames("x\ntime 2\n", "x\ntime 2 ms\n"));
+    EXPECT_EQ(getKind("x\ntime 1\n", "x\ntime 1 ms\n"), getKind("x\ntime 2\n", "x\ntime 2 ms\n"));
+    EXPECT_EQ(getKind("sum 1\n\n1 x\n", "sum 1 EUR\n\n1 y\n"), getKind("sum 2\n\n2 x\n", "sum 2 EUR\n\n2 y\n"))
+        << "no line with text stays";
+}
+
+TEST(FindParts, AreOneForEachKindOfManyLines)
+{
+    std::string reference = "x\n";
+    std::string received = "x\n";
+    for (int line = 0; line < 2'000; ++line)
+    {
+        reference += "time " + std::to_string(line) + "\n";
+        received += "time " + std::to_string(line) + " ms\n";
+    }
+
+    const std::vector<Runner::SPart> parts = FindParts(reference, received);
+
+    ASSERT_EQ(parts.size(), 1U);
+    EXPECT_EQ(parts.front().hunks.size(), 2'000U);
+    EXPECT_EQ(parts.front().kind, getKind("y\ntime 5\n", "y\ntime 5 ms\n"));
+}
+
+TEST(FindParts, DoesNotSeparateVeryManyUnlikeLines)
+{
+    std::string reference = "x\n";
+    std::string received = "x\n";
+    for (int line = 0; line < 101; ++line)
+    {
+        reference += "time " + std::to_string(line) + "\n";
+        received += "time " + std::to_string(line + 1'000) + "\n";
+    }
+
+    EXPECT_EQ(FindParts(reference, received).size(), 1U);
 }
 
 TEST(FindParts, DoesNotSeparateIfNoLineWithTextStays)
@@ -75,9 +128,34 @@ TEST(ApplyParts, ChangesOnlyTheChosenParts)
     EXPECT_EQ(ApplyParts(reference, received, {}), reference);
 }
 
+TEST(ApplyParts, ChangesLineEndsIfNothingElseDiffers)
+{
+    EXPECT_EQ(ApplyParts("a\nb\n", "a\r\nb\r\n", getNames("a\nb\n", "a\r\nb\r\n")), "a\r\nb\r\n");
+}
+
+TEST(ApplyParts, ChangesAllPartsOfAKind)
+{
+    const PartNames kind = {getKind("time 5\nx", "time 5 ms\nx")};
+
+    EXPECT_EQ(ApplyParts("x\ntime 1\na\ntime 2\n", "x\ntime 1 ms\nA\nb\ntime 2 ms\n", kind),
+              "x\ntime 1 ms\na\ntime 2 ms\n");
+}
+
+TEST(ApplyParts, ChangesALineWithoutItsAddedNeighbour)
+{
+    const std::string reference = "x\ntime 12\n";
+    const std::string received = "x\nfirst\ntime 12 ms\nlast\n";
+
+    EXPECT_EQ(ApplyParts(reference, received, getNames("x\ntime 12\n", "x\ntime 12 ms\n")), "x\ntime 12 ms\n");
+    EXPECT_EQ(ApplyParts(reference, received, getNames("x\n", "x\nlast\n")), "x\ntime 12\nlast\n");
+    EXPECT_EQ(ApplyParts(reference, received, getNames("x\n", "x\nfirst\n")), "x\nfirst\ntime 12\n");
+}
+
 TEST(ApplyParts, KeepsLineEnds)
 {
-    EXPECT_EQ(ApplyParts("a\r\nb\r\nc\r\n", "A\nb\nC\n", getNames("a\nx", "A\nx")), "A\nb\r\nc\r\n");
+    EXPECT_EQ(ApplyParts("a\r\nb\r\nc\r\n", "A\nb\nC\n", getNames("a\nx", "A\nx")), "A\r\nb\r\nc\r\n");
+    EXPECT_EQ(ApplyParts("a\nb\n", "A\r\nb\r\n", getNames("a\nx", "A\nx")), "A\nb\n") << "all parts";
+    EXPECT_EQ(ApplyParts("a\r\nb", "a\r\nb\r\nc", getNames("b", "b\nc")), "a\r\nb\r\nc");
     EXPECT_EQ(ApplyParts("a\nb\nc", "A\nb\nc\n", getNames("a\nx", "A\nx")), "A\nb\nc");
     EXPECT_EQ(ApplyParts("a\nb\nc", "A\nb\nc\nd", getNames("b\nc", "b\nc\nd")), "a\nb\nc\nd");
 }
@@ -90,7 +168,7 @@ TEST(ApplyParts, LeadsToWhatWasReceivedInAnyOrder)
         for (auto count = random() % 12; count > 0; --count)
         {
             text += static_cast<char>('a' + random() % 6);
-            text += '\n';
+            text += random() % 2 == 0 ? " word\n" : "\n";
         }
         return text;
     };

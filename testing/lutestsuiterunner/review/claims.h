@@ -1,0 +1,50 @@
+/// The outputs that a decision is about, out of the reach of runs.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/review/changes.h"
+
+namespace Runner
+{
+
+/// The path of the file that has changed since it was read: the reference or what was received in its place. Empty if
+/// both are as they were. `received` is the present place of the latter. Throws LbException if a file cannot be read.
+std::wstring FindChanged(const SReceivedFile& file, const std::wstring& received);
+
+/// Moves "<reference>.received" of all files to a folder of the decision before the first reference changes. A run that
+/// starts after an interruption then neither replaces nor removes them, and the decision can still be finished. The
+/// caller has the lock of the folder.
+class CClaims
+{
+public:
+    /// The caller keeps `files`. `directory` has a final separator.
+    CClaims(const std::wstring& directory, const std::vector<SReceivedFile>& files);
+
+    /// Moves what an earlier process has not moved. Returns the path of the first file that has changed; the caller
+    /// then releases all. Throws LbException or a German message as std::wstring.
+    std::wstring Claim() const;
+
+    /// True if all files have been moved, also by an earlier process.
+    bool AreComplete() const;
+
+    /// The place of one of the files; without a file if it has been released or used.
+    std::wstring GetPath(std::size_t index) const;
+
+    /// Moves a file back, unless a run has written a newer one.
+    void Release(std::size_t index) const;
+
+    /// Moves all files back.
+    void ReleaseAll() const;
+
+    /// Removes the folder.
+    void Remove() const;
+
+private:
+    std::wstring m_directory;
+    const std::vector<SReceivedFile>& m_files;
+};
+
+} // namespace Runner
