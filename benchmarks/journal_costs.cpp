@@ -1,5 +1,5 @@
-/// What a run's journal costs: writing a case, reading a run again, merging its shards, for 1,000, 10,000 and 100,000
-/// cases. Ends with status 1 when a limit is missed.
+/// Measures the cost of a run's journal: writing a case, reading a run again, merging its shards, for 1,000, 10,000 and
+/// 100,000 cases. Ends with status 1 if a limit is exceeded.
 ///
 /// journal_costs          cases of all three numbers
 /// journal_costs COUNT    reads a journal of COUNT records, in a fresh process for its memory; 10000000 has limits
@@ -7,13 +7,13 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbuniqueid.h"
+#include "benchmarks/support/peakmemory.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
@@ -128,20 +128,6 @@ void measureCommands(const std::wstring& folder, std::uint32_t count)
     print("merge with reports", count, measure([&] { Runner::Execute(options); }), c_CommandLimit, "s");
 }
 
-/// In KiB; 0 where the system does not tell.
-std::uint64_t getPeakMemory()
-{
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-    {
-        if (line.starts_with("VmHWM:"))
-        {
-            return std::strtoull(line.c_str() + sizeof("VmHWM:"), nullptr, 10);
-        }
-    }
-    return 0;
-}
-
 void measureReading(const std::wstring& folder, std::uint64_t count)
 {
     {
@@ -151,7 +137,7 @@ void measureReading(const std::wstring& folder, std::uint64_t count)
             writeCase(writer, index);
         }
     }
-    const std::uint64_t before = getPeakMemory();
+    const std::uint64_t before = Benchmarks::GetPeakMemory();
     std::uint64_t records = 0;
     const double seconds = measure([&] {
         Runner::CJournalReader reader(folder, 1);
@@ -162,8 +148,9 @@ void measureReading(const std::wstring& folder, std::uint64_t count)
     });
     const bool hasLimit = count >= c_ReadLimitCount;
     print("read records", records, seconds, hasLimit ? c_ReadLimit : seconds, "s");
-    print("  peak, all", records, static_cast<double>(getPeakMemory()), static_cast<double>(c_MemoryLimit), "KiB");
-    print("  peak, of reading", records, static_cast<double>(getPeakMemory() - before),
+    print("  peak, all", records, static_cast<double>(Benchmarks::GetPeakMemory()), static_cast<double>(c_MemoryLimit),
+          "KiB");
+    print("  peak, of reading", records, static_cast<double>(Benchmarks::GetPeakMemory() - before),
           static_cast<double>(c_MemoryLimit), "KiB");
 }
 

@@ -35,7 +35,7 @@ public:
         RunCase(MakeEnd(caseIndex, result, attempt), kind);
     }
 
-    /// All cases that have not run, and the end of the run.
+    /// Records a run of all cases that have not run, and the end of the run.
     void RunRest()
     {
         for (const std::uint32_t index : m_state.GetMissingCases())

@@ -11,7 +11,7 @@
 /// Three unit tests, two of them of one class in different folders, with six cases in all and one that is disabled.
 Runner::SPlan MakeSamplePlan(std::uint32_t repetitions = 1);
 
-/// Text of any code units: control characters, lone surrogates, quotes, markup.
+/// Random text with any code units: control characters, lone surrogates, quotes, markup.
 std::wstring MakeRandomText(std::mt19937& random, std::size_t longest);
 
 Runner::SCaseStarted MakeStart(std::uint32_t caseIndex, std::uint32_t attempt = 1,
@@ -19,5 +19,5 @@ Runner::SCaseStarted MakeStart(std::uint32_t caseIndex, std::uint32_t attempt = 
 
 Runner::SCaseEnded MakeEnd(std::uint32_t caseIndex, LuTestSuiteRun::ECaseRunResult result, std::uint32_t attempt = 1);
 
-/// As text, for comparisons: every field.
+/// A record with every field as text, for comparisons.
 std::string ToText(const Runner::Record& record);

@@ -1,4 +1,4 @@
-/// Archives of runs that are made up: noise of several kinds, and changes at known runs.
+/// Synthetic archives of runs: noise of several kinds, and changes at known runs.
 #pragma once
 
 #include <cmath>
@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "base/lbformat.h"
-#include "testing/lutestsuiterunner/history/archive.h"
-#include "testing/lutestsuiterunner/history/randomnumbers.h"
-#include "testing/lutestsuiterunner/history/table.h"
+#include "testing/lutestsuiterunner/history/analysis/randomnumbers.h"
+#include "testing/lutestsuiterunner/history/analysis/table.h"
+#include "testing/lutestsuiterunner/history/archive/archive.h"
 
 namespace SyntheticRuns
 {
@@ -24,8 +24,9 @@ using Runner::History::SRun;
 enum class ENoise
 {
     Normal,
+    LogNormal,   ///< skewed, with a heavy tail above
     HeavyTailed, ///< Student's t with three degrees of freedom
-    Spiky,       ///< one run of ten takes up to twenty deviations longer
+    Spiky,       ///< one run of ten takes longer, by up to twenty deviations
     TwoSpeeds,   ///< each run at random on one of two machines, fifteen deviations apart
     Sluggish,    ///< each run resembles the one before it: autocorrelation 0.5
     Mixed        ///< each case has one of the others; half of them normal noise
@@ -38,7 +39,7 @@ public:
 
     std::size_t Below(std::size_t count) { return m_numbers.Below(count); }
 
-    /// In (0, 1).
+    /// A number in (0, 1).
     double Uniform() { return (static_cast<double>(m_numbers.Next() >> 11) + 0.5) * 0x1p-53; }
 
     /// Normal distribution, deviation 1 (Box and Muller).
@@ -66,6 +67,9 @@ inline std::vector<double> MakeNoise(CRandomDeviates& deviates, ENoise kind, std
         value = deviates.Normal();
         switch (kind)
         {
+        case ENoise::LogNormal:
+            value = std::exp(value) - 1.0;
+            break;
         case ENoise::HeavyTailed:
         {
             const double a = deviates.Normal();
@@ -114,11 +118,17 @@ struct SSettings
     ENoise noise = ENoise::Normal;
     double deviation = 0.03;      ///< of a time, relative
     double tempoDeviation = 0.05; ///< of a run as a whole
-    /// The factor of a case's time in a run; none for 1 always.
+    double tick = 0.0;            ///< times are multiples of this number of seconds; 0 for exact times
+    /// The factor of a case's time in a run; empty: always 1.
     std::function<double(std::size_t testCase, std::size_t run)> factor;
-    /// True if the case fails in the run; none for never.
+    /// True if the case fails in the run; empty: it never fails.
     std::function<bool(std::size_t testCase, std::size_t run)> fails;
 };
+
+inline double RoundTo(double tick, double seconds)
+{
+    return tick > 0.0 ? std::round(seconds / tick) * tick : seconds;
+}
 
 inline SArchive MakeArchive(const SSettings& settings)
 {
@@ -142,8 +152,8 @@ inline SArchive MakeArchive(const SSettings& settings)
             const double factor = settings.factor ? settings.factor(testCase, run) : 1.0;
             Runner::History::SCell cell;
             cell.caseIndex = static_cast<std::uint32_t>(testCase);
-            cell.measured.seconds =
-                static_cast<float>(level * tempo[run] * factor * std::max(0.05, 1.0 + settings.deviation * noise[run]));
+            const double seconds = level * tempo[run] * factor * std::max(0.05, 1.0 + settings.deviation * noise[run]);
+            cell.measured.seconds = static_cast<float>(RoundTo(settings.tick, seconds));
             if (settings.fails && settings.fails(testCase, run))
             {
                 cell.measured.result = ECaseRunResult::Different;

@@ -19,10 +19,10 @@ std::wstring join(const std::wstring& prefix, const std::vector<std::wstring>& l
     return text;
 }
 
-/// The run has appended them to all other messages.
-void removeStacks(const std::vector<std::wstring>& stacks, std::wstring& messages)
+/// The run has appended the lines to all other messages.
+void removeLastLines(const std::vector<std::wstring>& lines, std::wstring& messages)
 {
-    if (const std::wstring tail = join(L"\t\tINFO:  ", stacks); messages.ends_with(tail))
+    if (const std::wstring tail = join(L"\t\tINFO:  ", lines); messages.ends_with(tail))
     {
         messages.resize(messages.size() - tail.size());
     }
@@ -36,13 +36,18 @@ SCaseEnded MakeCaseEnd(const LuTestSuiteRun::SCaseFinished& finished)
     SCaseEnded record;
     record.end = static_cast<EAttemptEnd>(finished.end.kind);
     record.info = finished.info;
-    removeStacks(stacks, record.info.messages);
+    removeLastLines(stacks, record.info.messages);
+    if (!finished.end.dumpFile.empty())
+    {
+        removeLastLines({L"Speicherabbild: " + finished.end.dumpFile}, record.info.messages);
+    }
     record.processId = finished.end.processId;
     record.exitStatus = finished.end.exitStatus;
     record.reason = finished.end.reason;
     // If there is a reason, the messages contain the last lines.
     record.output = record.reason.empty() ? join(L"", finished.end.lastLines) : L"";
     record.stacks = join(L"", stacks);
+    record.core = finished.end.dumpFile;
     return record;
 }
 

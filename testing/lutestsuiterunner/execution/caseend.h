@@ -7,8 +7,8 @@
 namespace Runner
 {
 
-/// The record of what the library reports; the caller sets case, attempt and elapsed time. No line is in the record
-/// twice: `output` contains only lines that the messages lack, and the stacks are not among the messages.
+/// The record of what the library reports; the caller sets case, attempt and elapsed time. The record contains each
+/// line once: `output` contains only lines that the messages lack, and the messages do not contain the stacks.
 SCaseEnded MakeCaseEnd(const LuTestSuiteRun::SCaseFinished& finished);
 
 } // namespace Runner

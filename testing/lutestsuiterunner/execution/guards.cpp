@@ -44,6 +44,22 @@ std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup)
     return problems;
 }
 
+void RequireModules(const LuTestSuiteSetup& setup)
+{
+    if (const std::vector<std::wstring> problems = FindModuleProblems(setup); !problems.empty())
+    {
+        throw problems.front();
+    }
+}
+
+void RefuseRepetitions(const LuTestSuiteSetup& setup)
+{
+    if (setup.params.repetitions != 1)
+    {
+        throw std::wstring(L"Die Option '-r' gibt es hier nicht: jeder Testfall wird einmal ausgeführt");
+    }
+}
+
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup, std::size_t caseCount)
 {
     std::vector<std::wstring> problems;

@@ -14,6 +14,12 @@ namespace Runner
 /// before.
 std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup);
 
+/// Throws the first problem of FindModuleProblems. Otherwise the command's result would only lack some cases.
+void RequireModules(const LuTestSuiteSetup& setup);
+
+/// Throws if the setup repeats cases. For commands that run each case once.
+void RefuseRepetitions(const LuTestSuiteSetup& setup);
+
 /// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, those of
 /// FindModuleProblems. German, one line each.
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,

@@ -34,7 +34,7 @@ const LuTestSuite::STestCase& getCase(const SPlan& plan, std::uint32_t index)
     return plan.unitTests[plan.cases[index].unitTest].cases[plan.cases[index].testCase];
 }
 
-/// In the form in which the note names the case.
+/// The name of the case as the note spells it.
 std::wstring getCrashName(const SPlan& plan, std::uint32_t index)
 {
     std::wstring name =
@@ -49,7 +49,7 @@ std::wstring getFirstLine(std::wstring_view text)
     return std::wstring(text.substr(0, text.find_first_of(L"\r\n")));
 }
 
-/// Empty unless the note says that the case ended the host.
+/// Why the host ended; empty unless the note blames the case. `isOnlyOne`: no other case ran in a host's own process.
 std::wstring findReason(const std::wstring& note, const SPlan& plan, std::uint32_t index, bool isOnlyOne)
 {
     const std::wstring named = std::wstring(c_CrashStart) + getCrashName(plan, index) + L": ";
@@ -138,8 +138,8 @@ void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnd
         if (hosts >= c_TooOften && wasAlone(state, all, index))
         {
             underWay.crashed.push_back(makeEnd(state.GetAttempts(index).back(),
-                                               LbFormat(L"%u Prozesse, die den Lauf ausführten, endeten ohne Meldung "
-                                                        L"bei diesem Testfall, der letzte führte nur ihn aus",
+                                               LbFormat(L"%u Prozesse, die den Lauf ausführten, gingen ohne Meldung "
+                                                        L"bei diesem Testfall verloren, der letzte führte nur ihn aus",
                                                         hosts)));
         }
         else if (hosts >= c_Repeated)

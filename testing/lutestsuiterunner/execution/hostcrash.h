@@ -32,12 +32,12 @@ struct SUnderWay
     std::vector<SCaseEnded> crashed;     ///< their host has left a note: the end of the attempt, to be recorded
     std::vector<std::uint32_t> suspects; ///< their host left no note, so they run in processes of their own
     std::vector<std::uint32_t> others;   ///< they ran in child processes
-    std::vector<std::uint32_t> repeated; ///< two hosts of a shard ended while they ran them, so each runs alone first
+    std::vector<std::uint32_t> repeated; ///< two hosts of a shard ended while they ran them; each runs alone first
 };
 
-/// A case that ran in the host's own process counts as crashed if the note names it, or if the note names no case and
-/// this one was the only one. In a shard of a distributed run, whose scheduler may end hosts without a note, a case
-/// also counts as crashed if three hosts ended while it ran, and it was the only one in the last of them.
+/// Classifies the cases that were under way when hosts ended. A case in the host's own process crashed if the note
+/// names it, or if the note names no case and no other case ran there. A scheduler may end a shard's host without a
+/// note; in a shard, a case also crashed if three hosts ended during it and the last of them ran only this case.
 SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder);
 
 } // namespace Runner

@@ -17,7 +17,7 @@ struct SPreviousCase
     bool hasFailed = false; ///< or did not finish
 };
 
-/// Read once; a plain value afterwards.
+/// Read once; the values do not change afterwards.
 class CPrevious
 {
 public:

@@ -51,7 +51,7 @@ UnitTests filter(UnitTests unitTests, const std::vector<std::wstring>& patterns,
     return unitTests;
 }
 
-/// Whether each case of each unit test is among the kept ones, which are in the same order.
+/// Tells for each case of each unit test whether `kept` contains it. Both lists have the same order.
 std::vector<std::vector<bool>> findKept(const UnitTests& all, const UnitTests& kept)
 {
     std::vector<std::vector<bool>> isKept;
@@ -89,7 +89,7 @@ std::vector<std::uint32_t> findCases(const SPlan& plan, const std::vector<std::w
     return cases;
 }
 
-/// The numbers of passed runs by pattern, without the run of this id.
+/// The numbers of passed runs by pattern; the run `runId` itself does not count.
 std::map<std::wstring, std::uint32_t> readPassedRuns(const std::wstring& folder, const std::string& runId)
 {
     std::map<std::wstring, std::uint32_t> passedRuns;

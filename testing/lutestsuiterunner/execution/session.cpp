@@ -76,7 +76,8 @@ void CSession::Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EPro
     {
         m_setup.unitTests = MakeCaseList(m_parts.state.GetPlan(), cases, process == EProcess::Own);
         CObserver observer(*this, cases, kind);
-        LuTestSuiteRun::Run(m_setup, m_parts.environment, observer, {.takeStacks = true});
+        LuTestSuiteRun::Run(m_setup, m_parts.environment, observer,
+                            {.takeStacks = true, .dumpDirectory = m_parts.dumpDirectory});
     }
     if (IsCanceled())
     {
@@ -118,7 +119,7 @@ void CSession::End(SCaseEnded record)
     m_parts.listener.OnEnded(caseIndex, attempt, isFinal(attempt));
 }
 
-/// The library measures no time of a case that its child has not answered.
+/// The library measures no time for a case whose child process did not answer.
 void CSession::fillTime(SCaseEnded& record)
 {
     const auto start = m_starts.find(record.caseIndex);

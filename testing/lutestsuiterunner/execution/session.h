@@ -26,7 +26,8 @@ struct SSessionParts
     CJournalWriter& writer;
     LuTestSuiteEnvironment& environment;
     IRunListener& listener;
-    std::uint32_t journal; ///< number of the writer's
+    std::uint32_t journal;           ///< number of the writer's
+    std::wstring dumpDirectory = {}; ///< full path, see LuTestSuiteRun::SRunOptions
 };
 
 /// Where cases run.
@@ -53,7 +54,7 @@ public:
     /// Writes the record, then applies it to the state. Any thread.
     void Note(const Record& record);
 
-    /// Records that the open attempt at a case has come to its end, with the attempt's number, and tells the listener.
+    /// Records the end of the open attempt at a case, adds the attempt's number to the record, and tells the listener.
     void End(SCaseEnded record);
 
     /// Runs the cases in this order. An interrupted case runs again under the same attempt number. Throws LbException

@@ -26,7 +26,7 @@ Cases findCases(const CRunState& state, const std::function<bool(std::uint32_t)>
     return cases;
 }
 
-/// True if the case has failed so far with fewer attempts than this one, or was interrupted during it.
+/// True if the case has failed so far, and this attempt is its next one or was interrupted.
 bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t attempt)
 {
     const std::span<const SAttempt> attempts = state.GetAttempts(index);
@@ -36,7 +36,7 @@ bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t at
            (isBrokenOff || isNext);
 }
 
-/// True if the case has ended an earlier host, as it would end this one.
+/// True if the case has ended an earlier host. It would end this one, too.
 bool hasEndedHost(const CRunState& state, std::uint32_t index)
 {
     return std::ranges::any_of(state.GetAttempts(index), [](const SAttempt& attempt) {

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/os/durablefiles.h"
 
@@ -13,7 +12,12 @@ CAppendFile::CAppendFile(const std::wstring& path) : m_path(path), m_file(LbOs::
 {
     if (m_file == LbOs::c_InvalidFile)
     {
-        throw LbException(LbFormat(L"Datei %s konnte nicht angelegt werden", path));
+        const std::wstring message = LbFormat(L"Datei %s konnte nicht angelegt werden", path);
+        if (LbOs::QueryEntry(path) != LbOs::EEntry::Missing)
+        {
+            throw CNameTakenException(message);
+        }
+        throw LbException(message);
     }
 }
 

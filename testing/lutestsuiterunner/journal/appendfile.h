@@ -5,26 +5,34 @@
 #include <string>
 #include <string_view>
 
+#include "base/lbexception.h"
 #include "base/os/files.h"
 
 namespace Runner
 {
+
+/// A file could not be created because its name is taken.
+class CNameTakenException : public LbException
+{
+public:
+    using LbException::LbException;
+};
 
 /// Failures throw LbException with a German message that names the file. One thread at a time, but Synchronise may run
 /// beside Append.
 class CAppendFile
 {
 public:
-    /// The file must not exist.
+    /// Throws CNameTakenException if something of this name exists.
     explicit CAppendFile(const std::wstring& path);
     ~CAppendFile();
     CAppendFile(const CAppendFile&) = delete;
     CAppendFile& operator=(const CAppendFile&) = delete;
 
-    /// Writes with one system call, unless the disk becomes full.
+    /// Writes with one system call, except when the disk becomes full.
     void Append(std::string_view bytes);
 
-    /// Flushes what was appended to the disk. False on failure.
+    /// Flushes all appended bytes to the disk. False on failure.
     bool Synchronise();
 
     /// Synchronises and closes.

@@ -9,6 +9,7 @@
 #include "base/os/files.h"
 #include "base/os/machine.h"
 #include "base/os/process.h"
+#include "testing/lutestsuiterunner/journal/appendfile.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
@@ -103,13 +104,9 @@ std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan&
             synchronise(folder);
             return writer;
         }
-        catch (const LbException&)
+        catch (const CNameTakenException&)
         {
-            // Another host may have been quicker.
-            if (LbOs::QueryEntry(folder + GetJournalName(number)) == LbOs::EEntry::Missing)
-            {
-                throw;
-            }
+            // Another host was quicker. No other failure allows the next number, because it would fail, too.
             ++number;
         }
     }

@@ -16,16 +16,16 @@ namespace Runner
 /// directory changes.
 std::wstring GetRunFolder(const std::wstring& directory);
 
-/// Begins the next journal of a shard's run, by this host and now. Other hosts may do so at the same time, on any
-/// machine: what decides is the exclusive creation of the file, not a lock, which network file systems may not have.
+/// Begins the next journal of a shard's run, with this host and the present time. Other hosts may do so at the same
+/// time on any machine: the exclusive creation of the file decides, since network file systems may not have locks.
 /// `folder` ends in a separator. Throws LbException with a German message.
 std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan& plan);
 
 /// Removes plan, journals, output, reports and shards of a run that the folder contains, and writes the plan. Returns
-/// its digest. Creates the folder if needed. Throws LbException with a German message.
+/// the plan's digest. Creates the folder if needed. Throws LbException with a German message.
 std::string BeginPlan(const std::wstring& directory, const SPlan& plan);
 
-/// The right to write into a run's folder, for one process at a time. On Windows released by the thread that took it.
+/// The right to write into a run's folder, held by one process. On Windows the thread that took it must release it.
 class CRunFolder
 {
 public:

@@ -16,7 +16,7 @@ constexpr std::size_t c_Piece = std::size_t{256} * 1024;
 /// The largest number of bytes of a line apart from its record.
 constexpr std::size_t c_Frame = 128;
 
-/// True for a whole record with more text before the next line feed: a line feed of the file was lost.
+/// True if other text follows a whole record before the next line feed: the file has lost a line feed.
 bool isFollowed(const SLine& line, std::string_view text)
 {
     constexpr std::size_t c_EndSize = 2;
@@ -97,7 +97,7 @@ bool CLineReader::readMore()
     return count > 0;
 }
 
-/// Counts everything that is left as the tail if it can come from an incomplete write.
+/// Counts the rest of the file as its tail; fails if the rest cannot come from an incomplete write.
 bool CLineReader::endInTail()
 {
     const std::string_view rest = getText();
@@ -106,7 +106,7 @@ bool CLineReader::endInTail()
         fail(L"Der Eintrag endet nicht mit seiner Zeile");
     }
     m_tailSize = rest.size();
-    // Zeros of any length: some file systems leave them when the machine crashes.
+    // The tail may contain zeros of any length: some file systems leave them when the machine crashes.
     while (true)
     {
         m_start = m_end = 0;

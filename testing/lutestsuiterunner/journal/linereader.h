@@ -20,8 +20,8 @@ struct SDamage
     const wchar_t* what;  ///< German
 };
 
-/// Reads records in constant memory. An incomplete record at the very end is the tail of a process that died while it
-/// wrote, and not damage. One thread at a time.
+/// Reads records in constant memory. If a process died while writing, the file ends with an incomplete record: its
+/// tail, which is not damage. One thread at a time.
 class CLineReader
 {
 public:

@@ -1,6 +1,8 @@
-/// Reading runs: of one folder, and distributed ones, whose shards have folders of their own.
+/// Reads runs: those in one folder, and distributed runs, whose shards have their own folders.
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
@@ -10,6 +12,7 @@
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/journal/readparts.h"
 #include "testing/lutestsuiterunner/model/textlines.h"
 
 namespace Runner
@@ -27,7 +30,7 @@ void requireSamePlan(const Record& record, const SPlan& plan)
     }
 }
 
-/// Calls `take` for each record of all journals of a folder, with the number of its journal. Exceptions get the place.
+/// Calls `take` for each record of a folder's journals, with the journal's number. Adds the place to exceptions.
 template<typename F>
 void readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
 {
@@ -60,8 +63,9 @@ void readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
 class CPartLoader
 {
 public:
-    CPartLoader(const std::wstring& folder, SPlan plan)
-        : m_folder(folder), m_state(std::make_unique<CRunState>(std::move(plan)))
+    /// `parts` receives the shards by number - 1.
+    CPartLoader(const std::wstring& folder, SPlan plan, std::vector<SReadPart>& parts)
+        : m_folder(folder), m_state(std::make_unique<CRunState>(std::move(plan))), m_parts(parts)
     {
     }
 
@@ -80,36 +84,64 @@ private:
     /// How a shard's hosts have ended.
     struct SEnd
     {
-        bool isEnded = false;      ///< one of them finished the shard
+        bool isEnded = false;      ///< a host finished the shard
         std::wstring cancelReason; ///< of the last host, like the problems
         std::vector<std::wstring> problems;
+        std::optional<std::wstring> damage; ///< why not everything could be read
     };
 
     void load(std::uint32_t number)
     {
         const std::wstring folder = m_folder + GetShardFolderName(number);
-        const SPlan plan = ReadPlan(folder + c_PlanName);
-        const SPlan& whole = m_state->GetPlan();
-        if (!plan.part || plan.part->wholeDigest != whole.digest || plan.shard != SShard{number, whole.partCount})
-        {
-            throw LbException(LbFormat(L"Der Plan in %s gehört nicht zu dem in %s", folder, m_folder));
-        }
         SEnd end;
+        SReadPart part;
+        std::optional<SPlan> plan;
         const std::uint32_t before = m_journal;
-        readJournals(folder, plan, [&](const SRecordPlace& place, Record& record) {
-            m_journal = before + place.journal;
-            note(record, end);
-            apply({m_journal, place.sequence}, plan, record);
-        });
-        // Also counts a journal that contains no record yet.
-        m_journal = std::max(m_journal, before + static_cast<std::uint32_t>(FindJournals(folder).size()));
-        // A host that has begun meanwhile adds nothing to a complete shard.
-        end.isEnded = end.isEnded && isComplete(plan);
+        try
+        {
+            plan = readPartPlan(folder, number);
+            readRecords(folder, *plan, part, end);
+        }
+        catch (const LbException& exception)
+        {
+            // The other shards, and the records of this one that were read, still count.
+            end.damage = exception.GetMessageText();
+        }
+        // Also counts journals that contain no record yet.
+        part.records.resize(std::max(part.records.size(), FindJournals(folder).size()));
+        m_journal = std::max(m_journal, before + static_cast<std::uint32_t>(part.records.size()));
+        part.verdicts = plan ? countVerdicts(*plan) : 0;
+        // A host that began later adds nothing to a complete shard.
+        end.isEnded = end.isEnded && !end.damage && plan && hasAllVerdicts(*plan, part.verdicts);
         if (!end.isEnded)
         {
             noteProblems(number, end);
         }
         m_isEnded = m_isEnded && end.isEnded;
+        m_parts.push_back(std::move(part));
+    }
+
+    SPlan readPartPlan(const std::wstring& folder, std::uint32_t number) const
+    {
+        SPlan plan = ReadPlan(folder + c_PlanName);
+        const SPlan& whole = m_state->GetPlan();
+        if (!plan.part || plan.part->wholeDigest != whole.digest || plan.shard != SShard{number, whole.partCount})
+        {
+            throw LbException(LbFormat(L"Der Plan in %s gehört nicht zu dem in %s", folder, m_folder));
+        }
+        return plan;
+    }
+
+    void readRecords(const std::wstring& folder, const SPlan& plan, SReadPart& part, SEnd& end)
+    {
+        const std::uint32_t before = m_journal;
+        readJournals(folder, plan, [&](const SRecordPlace& place, Record& record) {
+            m_journal = before + place.journal;
+            apply({m_journal, place.sequence}, plan, record);
+            note(record, end);
+            part.records.resize(place.journal);
+            part.records.back() = place.sequence;
+        });
     }
 
     static void note(const Record& record, SEnd& end)
@@ -133,16 +165,20 @@ private:
         }
     }
 
-    bool isComplete(const SPlan& plan) const
+    std::uint32_t countVerdicts(const SPlan& part) const
     {
-        for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+        std::uint32_t count = 0;
+        for (std::uint32_t index = 0; index < part.cases.size(); ++index)
         {
-            if (plan.cases[index].isInShard && m_state->GetVerdict(plan.part->indices[index]) == EVerdict::Missing)
-            {
-                return false;
-            }
+            const bool isMissing = m_state->GetVerdict(part.part->indices[index]) == EVerdict::Missing;
+            count += part.cases[index].isInShard && !isMissing ? 1 : 0;
         }
-        return true;
+        return count;
+    }
+
+    static bool hasAllVerdicts(const SPlan& part, std::uint32_t verdicts)
+    {
+        return std::cmp_equal(verdicts, std::ranges::count_if(part.cases, &SPlannedCase::isInShard));
     }
 
     void apply(const SRecordPlace& place, const SPlan& part, Record& record)
@@ -175,7 +211,11 @@ private:
     void noteProblems(std::uint32_t number, const SEnd& end)
     {
         const std::wstring name = LbFormat(L"Teil %u von %u", number, m_state->GetPlan().partCount);
-        if (!end.cancelReason.empty())
+        if (end.damage)
+        {
+            m_problems.push_back(LbFormat(L"%s konnte nicht vollständig gelesen werden: %s", name, *end.damage));
+        }
+        else if (!end.cancelReason.empty())
         {
             m_problems.push_back(LbFormat(L"%s wurde abgebrochen: %s", name, end.cancelReason));
         }
@@ -189,7 +229,7 @@ private:
         }
     }
 
-    /// Applies the end of the run as the records of a last journal, which does not exist as a file.
+    /// Applies the end of the run in the form of records, as if one more journal contained them.
     void end()
     {
         ++m_journal;
@@ -215,6 +255,7 @@ private:
 
     const std::wstring& m_folder;
     std::unique_ptr<CRunState> m_state;
+    std::vector<SReadPart>& m_parts;
     std::uint32_t m_journal = 0; ///< the last one so far, in the numbering of the whole
     std::wstring m_endTime;
     std::vector<std::wstring> m_problems;
@@ -222,6 +263,12 @@ private:
 };
 
 } // namespace
+
+std::unique_ptr<CRunState> LoadDistributedRun(const std::wstring& folder, std::vector<SReadPart>& parts)
+{
+    parts.clear();
+    return CPartLoader(folder, ReadPlan(folder + c_PlanName), parts).Load();
+}
 
 std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
 {
@@ -233,7 +280,8 @@ std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
     SPlan plan = ReadPlan(planPath);
     if (plan.partCount > 0)
     {
-        return CPartLoader(folder, std::move(plan)).Load();
+        std::vector<SReadPart> parts;
+        return CPartLoader(folder, std::move(plan), parts).Load();
     }
     auto state = std::make_unique<CRunState>(std::move(plan));
     readJournals(folder, state->GetPlan(),

@@ -215,7 +215,7 @@ private:
         }
     }
 
-    /// Disabled cases come after all unit tests.
+    /// All unit tests precede the first mark, so the case runs are known here.
     void mark(const Json& record, bool SPlannedCase::*mark, bool value)
     {
         planCases();
@@ -270,13 +270,13 @@ const CPlanDecoder::SType CPlanDecoder::c_Types[12] = {{"plan", &CPlanDecoder::r
                                                        {"in-whole", &CPlanDecoder::readIndices},
                                                        {"end", &CPlanDecoder::readEnd}};
 
-/// The last record contains the digest, so the digest does not include that record.
+/// Reads a plan's file. Its last record contains the digest of all earlier lines.
 class CPlanReader
 {
 public:
     explicit CPlanReader(const std::wstring& path)
         : m_path(path), m_file(path),
-          // A group is longer than usual only if it contains a single long name, and no name is longer than the file.
+          // Only a single long name makes a group longer than usual, and no name is longer than the file.
           m_lines([this](char* buffer, std::size_t size) { return m_file.Read(buffer, size); },
                   std::numeric_limits<std::uint32_t>::max())
     {

@@ -126,7 +126,7 @@ void appendRange(const SRange& range, std::string& json)
     json += ']';
 }
 
-/// Returns the number of elements after which the record has become large.
+/// Returns how many elements fit until the record has become large.
 template<typename T, typename F>
 std::size_t appendList(std::string& json, std::span<const T> list, const F& append)
 {

@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/journal/reader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/lbexception.h"
 #include "base/lbformat.h"
@@ -50,7 +51,7 @@ public:
     const CLineReader& GetLines() const { return m_lines; }
 
 private:
-    /// The first record has this type, and no other record.
+    /// Fails unless this type belongs to the first record, and only to it.
     void requireBegin(const Record& record) const
     {
         const auto* const begun = std::get_if<SJournalBegun>(&record);
@@ -100,8 +101,25 @@ std::vector<std::uint32_t> FindJournals(const std::wstring& folder)
             numbers.push_back(*number);
         }
     });
-    std::ranges::sort(numbers);
-    return numbers;
+    return CompleteJournals(folder, std::move(numbers));
+}
+
+std::vector<std::uint32_t> CompleteJournals(const std::wstring& folder, std::vector<std::uint32_t> listed)
+{
+    std::ranges::sort(listed);
+    std::vector<std::uint32_t> added;
+    std::uint32_t number = 1;
+    const auto isListed = [&] { return std::ranges::binary_search(listed, number); };
+    for (; isListed() || LbOs::QueryEntry(folder + GetJournalName(number)) == LbOs::EEntry::File; ++number)
+    {
+        if (!isListed())
+        {
+            added.push_back(number);
+        }
+    }
+    listed.insert(listed.end(), added.begin(), added.end());
+    std::ranges::sort(listed);
+    return listed;
 }
 
 } // namespace Runner

@@ -42,10 +42,15 @@ private:
 
 /// Reads plan and journals of a run, even while it is in progress. `folder` ends in a separator. Throws LbException
 /// with a German message if the folder contains no run, or if a file in it is damaged, missing, or belongs to another
-/// run.
+/// run. For a distributed run this applies only to the plan of the whole: unreadable data of a shard is a problem of
+/// the run, and all records before it count.
 std::unique_ptr<CRunState> LoadRun(const std::wstring& folder);
 
-/// The numbers of a folder's journals, ascending.
+/// The numbers of a folder's journals, ascending. `folder` ends in a separator.
 std::vector<std::uint32_t> FindJournals(const std::wstring& folder);
+
+/// FindJournals for a given listing of the folder. Looks up the names that the listing lacks, up to the first missing
+/// one: the listing of a network folder may be out of date.
+std::vector<std::uint32_t> CompleteJournals(const std::wstring& folder, std::vector<std::uint32_t> listed);
 
 } // namespace Runner

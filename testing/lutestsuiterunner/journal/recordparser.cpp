@@ -44,13 +44,14 @@ enum EField : std::size_t
     eF_Messages,
     eF_Output,
     eF_Stacks,
+    eF_Core,
     eF_Count
 };
 
 constexpr std::array<std::string_view, eF_Count> c_Fields = {
     "t",    "plan",    "cases",   "journal", "version", "machine",  "time",   "case",   "attempt",
     "kind", "worker",  "process", "at",      "end",     "result",   "ns",     "growth", "allocations",
-    "peak", "warning", "child",   "status",  "reason",  "messages", "output", "stacks"};
+    "peak", "warning", "child",   "status",  "reason",  "messages", "output", "stacks", "core"};
 
 std::size_t findField(std::string_view name)
 {
@@ -158,11 +159,12 @@ SCaseEnded makeEnded(const SMembers& members, const LoadText& load)
     ended.caseIndex = requireInRange<std::uint32_t>(members, eF_Case);
     ended.attempt = requireInRange<std::uint32_t>(members, eF_Attempt);
     ended.end = getNamed(members, eF_End, EAttemptEnd::Returned);
-    // In the order in which they were written, see CStoredTexts.
+    // Texts are loaded in the order in which they were written, see CStoredTexts.
     ended.reason = getText(members, eF_Reason, load);
     ended.info = makeInfo(members, load);
     ended.output = getText(members, eF_Output, load);
     ended.stacks = getText(members, eF_Stacks, load);
+    ended.core = getText(members, eF_Core, load);
     ended.processId = getInRange<std::uint64_t>(members, eF_Process, 0);
     if (members.given[eF_Status])
     {
@@ -313,7 +315,7 @@ private:
 
     SMembers m_members;
     std::size_t m_field = eF_Count;
-    std::string m_part; ///< the member of a text's place
+    std::string m_part; ///< the current member of a text's place
     int m_depth = 0;
 };
 

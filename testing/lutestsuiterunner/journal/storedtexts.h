@@ -17,13 +17,15 @@ class CStoredTexts
 public:
     CStoredTexts(const std::wstring& folder, std::uint32_t journal);
 
-    /// Throws LbException with a German message that names file and byte offset if the text differs from what was
-    /// written.
+    /// Returns a note if the text is missing at the end of the file: after a crash of the machine, the disk may contain
+    /// a record but not yet its text. Throws LbException with a German message that names file and byte offset if the
+    /// text differs from what was written.
     std::string Load(const STextPlace& place);
 
 private:
     void skip(std::uint64_t size);
     std::string read(std::uint64_t size);
+    bool isRestZero();
 
     std::string m_name;
     std::wstring m_path;

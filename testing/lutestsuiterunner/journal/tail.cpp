@@ -40,7 +40,7 @@ private:
 
 } // namespace
 
-CRunTail::CRunTail(const std::wstring& folder, std::size_t caseCount) : m_folder(folder), m_states(caseCount) {}
+CRunTail::CRunTail(const std::wstring& folder, std::size_t caseCount) : m_folder(folder), m_cases(caseCount) {}
 
 void CRunTail::Poll()
 {
@@ -108,22 +108,21 @@ void CRunTail::take(SJournal& journal, const Record& record)
 
 void CRunTail::take(const SCaseEnded& record)
 {
-    if (record.end == EAttemptEnd::Canceled || record.caseIndex >= m_states.size())
+    if (record.end == EAttemptEnd::Canceled || record.caseIndex >= m_cases.size())
     {
         return;
     }
-    EState& state = m_states[record.caseIndex];
+    SCase& state = m_cases[record.caseIndex];
+    const bool isFirst = state.attempts == 0;
     const bool hasPassed = record.info.result == LuTestSuiteRun::ECaseRunResult::Ok;
-    m_done += state == EState::Open ? 1 : 0;
-    if (state == EState::Open && !hasPassed)
+    m_done += isFirst ? 1 : 0;
+    m_failed += isFirst && !hasPassed ? 1 : 0;
+    m_failed -= !isFirst && hasPassed && !state.hasPassed ? 1 : 0;
+    state.hasPassed = state.hasPassed || hasPassed;
+    if (record.attempt > state.attempts)
     {
-        ++m_failed;
-        state = EState::Failed;
-    }
-    else if (hasPassed)
-    {
-        m_failed -= state == EState::Failed ? 1 : 0;
-        state = EState::Passed;
+        m_verdicts += record.attempt - state.attempts;
+        state.attempts = record.attempt;
     }
 }
 

@@ -17,15 +17,18 @@ public:
     /// `folder` ends in a separator; `caseCount` is the plan's.
     CRunTail(const std::wstring& folder, std::size_t caseCount);
 
-    /// Reads what was written since the last call. Records that cannot be read now, because a host is writing them or
-    /// the file system does not answer, are left to a later call.
+    /// Reads what was written since the last call. Skips records that cannot be read now, because a host is writing
+    /// them or the file system does not answer; a later call reads them.
     void Poll();
 
     /// Number of cases with a verdict. A retry may still turn a failure into a success.
     std::uint32_t GetDone() const { return m_done; }
     std::uint32_t GetFailed() const { return m_failed; }
 
-    /// True if a host finished the run and nothing canceled it.
+    /// Number of attempts with a verdict, retries included. Never decreases, and duplicates do not count.
+    std::uint64_t GetVerdicts() const { return m_verdicts; }
+
+    /// True if a host finished the run and the run was not canceled.
     bool HasEnded() const;
 
     /// The problems that the last journal's host found with the run.
@@ -41,11 +44,10 @@ private:
         bool isEnded = false;
         bool isCanceled = false;
     };
-    enum class EState : std::uint8_t
+    struct SCase
     {
-        Open,
-        Failed,
-        Passed
+        std::uint32_t attempts = 0; ///< with a verdict
+        bool hasPassed = false;
     };
 
     void read(std::uint32_t number, SJournal& journal);
@@ -55,9 +57,10 @@ private:
     std::wstring m_folder;
     CRecordParser m_parser;
     std::vector<SJournal> m_journals; ///< by number - 1
-    std::vector<EState> m_states;     ///< by case
+    std::vector<SCase> m_cases;       ///< by case
     std::uint32_t m_done = 0;
     std::uint32_t m_failed = 0;
+    std::uint64_t m_verdicts = 0;
     std::vector<std::wstring> m_problems;
 };
 

@@ -87,7 +87,7 @@ private:
         return place;
     }
 
-    /// A separate thread: a flush may take long, and the next record may come late.
+    /// Runs on its own thread, because a flush may take long, and the next record may come late.
     void synchroniseFromTimeToTime()
     {
         constexpr std::chrono::milliseconds c_Interval(500);
@@ -98,7 +98,8 @@ private:
             {
                 CAppendFile* const output = m_output.get();
                 lock.unlock();
-                // Texts first: a record on the disk must not refer to a text that is not there.
+                // Texts first, so that few records on the disk refer to missing texts. Readers accept such records
+                // anyway, because the system may write any part of a file earlier.
                 const bool isOnDisk = (output == nullptr || output->Synchronise()) && m_journal.Synchronise();
                 lock.lock();
                 m_isSound = m_isSound && isOnDisk;
@@ -132,7 +133,7 @@ private:
     bool m_isToSynchronise = false;
     bool m_isStopping = false;
     std::condition_variable m_wakeUp;
-    std::thread m_thread; ///< last, since it uses all others
+    std::thread m_thread; ///< the last member, because it uses all others
 };
 
 CJournalWriter::CJournalWriter(const std::wstring& folder, const SJournalBegun& begun)

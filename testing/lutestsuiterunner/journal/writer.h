@@ -10,14 +10,14 @@
 namespace Runner
 {
 
-/// Writes one journal exclusively. A record is one write: when Write has returned, the record survives the end of the
-/// process. About a second later it also survives a crash of the machine: a thread of the writer flushes the file. Any
-/// thread may call; records have the order of the calls.
+/// The only writer of one journal. Each record is one write: once Write has returned, the record survives the end of
+/// the process. About a second later it also survives a crash of the machine: a thread of the writer flushes the file.
+/// Any thread may call; records have the order of the calls.
 class CJournalWriter
 {
 public:
     /// Creates the journal with the number that `begun` contains in a run's folder, and writes its first record. Throws
-    /// LbException with a German message if the file exists or cannot be written.
+    /// CNameTakenException if the file exists, else LbException with a German message if it cannot be written.
     CJournalWriter(const std::wstring& folder, const SJournalBegun& begun);
 
     /// Closes without reporting errors; see Close.
@@ -28,10 +28,10 @@ public:
     /// The journal's number among those of its folder.
     std::uint32_t GetNumber() const { return m_number; }
 
-    /// Writes the record and returns its sequence number; sets `elapsed` to the present time if it is 0. Writes large
-    /// texts to a file in the folder's "output" first. Throws LbException with a German message that names the file if
-    /// anything could not be written, now or by the thread. From then on each call throws, because a record must not
-    /// follow an incomplete one.
+    /// Writes the record and returns its sequence number; sets `elapsed` to the present time if it is 0. First writes
+    /// large texts to a file in the folder's "output". Throws LbException with a German message that names the file if
+    /// a write or the thread's flush failed. From then on each call throws, because a record must not follow an
+    /// incomplete one.
     std::uint64_t Write(const Record& record);
 
     /// Flushes everything to the disk and closes the files; throws as Write does. Later calls of Write throw.

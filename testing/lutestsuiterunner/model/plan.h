@@ -79,7 +79,7 @@ struct SReportRules
 
 struct SPlan
 {
-    std::string digest;                  ///< of the plan's file, which sets it: see ReadPlan
+    std::string digest;                  ///< digest of the plan's file, set by ReadPlan
     std::string runId;                   ///< random, for this run alone: see MakeRunId
     std::vector<std::wstring> arguments; ///< of the host, without the program's name; for resuming
     std::wstring workingDirectory;       ///< base of relative paths in `arguments`
@@ -98,7 +98,7 @@ struct SPlan
 /// A random name for a run: 32 hexadecimal digits.
 std::string MakeRunId();
 
-/// The case runs of a selection, all in the shard: unit test by unit test, case by case, repetition by repetition.
+/// The case runs of a selection, ordered by unit test, case, and repetition. All are in the shard.
 std::vector<SPlannedCase> PlanCases(const std::vector<LuTestSuite::SUnitTest>& unitTests, std::uint32_t repetitions);
 
 /// Build and machine of this process.

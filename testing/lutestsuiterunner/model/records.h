@@ -15,8 +15,8 @@ namespace Runner
 enum class EAttemptKind : std::uint32_t
 {
     First = 0,
-    Retry = 1,  ///< a failed case again
-    Confirm = 2 ///< a case that failed in a shared process, again in its own process
+    Retry = 1,  ///< runs a failed case again
+    Confirm = 2 ///< runs a case that failed in a shared process again, in its own process
 };
 
 /// How an attempt ended. The first six are those of the library's run events.
@@ -37,7 +37,7 @@ struct SJournalBegun
     std::string planDigest;      ///< of the plan's file
     std::uint64_t caseCount = 0; ///< of the plan
     std::uint32_t journal = 1;   ///< number of the file among the folder's journals, from 1
-    std::wstring hostVersion;    ///< information only, like the members below
+    std::wstring hostVersion;    ///< this and the following members are information only
     std::uint64_t processId = 0; ///< of the host
     std::wstring machine;
     std::wstring time; ///< local, "Y-m-d H:i:s"
@@ -51,7 +51,7 @@ struct SCaseStarted
     std::uint32_t attempt = 1;   ///< 1, 2, ...; an interrupted attempt is repeated under its number
     EAttemptKind kind = EAttemptKind::First;
     std::int32_t worker = -1;    ///< -1 for none
-    std::uint64_t processId = 0; ///< of the process that runs it; 0 when unknown
+    std::uint64_t processId = 0; ///< process that runs it; 0 if unknown
     std::uint64_t elapsed = 0;
 };
 
@@ -65,12 +65,13 @@ struct SCaseEnded
     std::uint64_t processId = 0;    ///< of the process that ran it last
     std::optional<std::int64_t> exitStatus;
     std::wstring reason; ///< German, one line: why the child process or the host ended
-    std::wstring output; ///< its last lines on standard error, each with its line feed, unless the messages have them
+    std::wstring output; ///< last lines on standard error, each with its line feed; empty if the messages contain them
     std::wstring stacks; ///< lines of text, each with its line feed; the thread at fault first
+    std::wstring core;   ///< full path of the process's memory dump; empty without one
     std::uint64_t elapsed = 0;
 };
 
-/// The run is canceled: by the user, a signal, a first failure.
+/// The run is canceled, for example by the user, a signal, or the first failure.
 struct SRunCanceled
 {
     std::wstring reason; ///< German

@@ -77,7 +77,9 @@ void CRunState::apply(const SRecordPlace& /*place*/, const SJournalBegun& record
     m_isEnded = false;
     m_cancelReason.clear();
     m_problems.clear();
-    m_startTime = m_startTime.empty() ? record.time : m_startTime;
+    // In a distributed run the journals of one shard follow those of another, so a later one may have started earlier.
+    const bool isEarliest = !record.time.empty() && record.time < m_startTime;
+    m_startTime = m_startTime.empty() || isEarliest ? record.time : m_startTime;
     m_endTime = record.time;
     m_earlierTime += std::exchange(m_elapsed, 0);
 }
@@ -131,7 +133,10 @@ void CRunState::apply(const SRecordPlace& place, const SCaseEnded& record)
         m_elapsed = std::max(m_elapsed, record.elapsed);
         return;
     }
-    if (attempts.empty() || attempts.back().IsEnded() || record.attempt != attempts.size())
+    // A host that was wrongly taken for lost may cancel an attempt that a later host completes.
+    const bool isOver = !attempts.empty() && attempts.back().IsEnded() &&
+                        (attempts.back().IsFinished() || attempts.back().ended.journal == place.journal);
+    if (attempts.empty() || isOver || record.attempt != attempts.size())
     {
         refuse(L"Ein Ende ohne Start", record.caseIndex, record.attempt);
     }

@@ -29,13 +29,13 @@ struct SAttempt
 {
     EAttemptKind kind = EAttemptKind::First;
     SRecordPlace started;
-    SRecordPlace ended;           ///< nowhere while it runs, and always if its host died
+    SRecordPlace ended;           ///< no place while it runs, and also if its host died
     std::uint32_t lostHosts = 0;  ///< number of earlier hosts that died while they ran it
     std::uint32_t duplicates = 0; ///< results of other hosts for this attempt, which do not count
     SCaseEnded result;            ///< caseIndex and attempt are set from the start on, the rest when it has ended
 
     bool IsEnded() const { return ended.journal != 0; }
-    /// True if it has a verdict, so that it is never run again.
+    /// True if the attempt has a verdict. It then never runs again.
     bool IsFinished() const { return IsEnded() && result.end != EAttemptEnd::Canceled; }
     bool HasPassed() const { return IsFinished() && result.info.result == LuTestSuiteRun::ECaseRunResult::Ok; }
 };
@@ -64,7 +64,7 @@ struct SVerdictCounts
     std::uint32_t quarantinedFailed = 0;
 };
 
-/// Filled record by record, in their order. One thread at a time.
+/// Receives records in their order. One thread at a time.
 class CRunState
 {
 public:
@@ -72,8 +72,9 @@ public:
 
     /// Throws LbException with a German message, and changes nothing, if the record contradicts the earlier ones: a
     /// case that is not in the plan or in the shard, an end without a start, a second start of a finished attempt. An
-    /// attempt that another journal has finished may start again and then ends as a duplicate: while a scheduler
-    /// wrongly takes a host for lost, two hosts may run the same shard.
+    /// attempt that another journal has finished may start again and then ends as a duplicate, and an attempt that
+    /// another journal has canceled may end: while a scheduler wrongly takes a host for lost, two hosts may run the
+    /// same shard.
     void Apply(const SRecordPlace& place, const Record& record);
 
     const SPlan& GetPlan() const { return m_plan; }
@@ -103,13 +104,13 @@ public:
     bool IsEnded() const { return m_isEnded; }
     const std::wstring& GetCancelReason() const { return m_cancelReason; }
 
-    /// Of the last journal.
+    /// The problems in the last journal.
     const std::vector<std::wstring>& GetProblems() const { return m_problems; }
 
     /// True if the run has ended and is green.
     bool IsGreen() const;
 
-    /// Local times of start and end, and the sum of the times that hosts ran, in nanoseconds.
+    /// Local times of the earliest start and of the end, and the sum of the times that hosts ran, in nanoseconds.
     const std::wstring& GetStartTime() const { return m_startTime; }
     const std::wstring& GetEndTime() const { return m_endTime; }
     std::uint64_t GetTotalTime() const { return m_earlierTime + m_elapsed; }

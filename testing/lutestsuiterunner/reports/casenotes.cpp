@@ -42,7 +42,7 @@ void addDuplicates(const CRunState& state, std::uint32_t caseIndex, std::vector<
     }
 }
 
-/// The latest first, because it is the most likely cause.
+/// Names the latest one first, because it is the most likely cause.
 void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vector<std::wstring>& notes)
 {
     constexpr std::size_t c_Shown = 10;
@@ -98,6 +98,10 @@ std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t cas
     if (reported != nullptr && reported->result.info.messages.find(reported->result.reason) == std::wstring::npos)
     {
         notes.push_back(L"Der Prozess endete: " + reported->result.reason);
+    }
+    if (reported != nullptr && !reported->result.core.empty())
+    {
+        notes.push_back(L"Speicherabbild: " + reported->result.core);
     }
     return notes;
 }

@@ -159,8 +159,8 @@ std::string makeCounts(const SCounts& counts)
            "\" errors=\"" + std::to_string(counts.errors) + "\" time=\"" + ToXmlSeconds(counts.time) + "\"";
 }
 
-/// Decides what fits into a file of limited size. First receives all elements, then tells for each, in the same order,
-/// how much of it to write.
+/// Decides what fits into a file of limited size. Learns of all elements first; then decides for each, in the same
+/// order, how much of it is written.
 class CBudget
 {
 public:
@@ -177,7 +177,7 @@ public:
 
     void Decide()
     {
-        // Texts get the space that the elements leave; failed cases come first.
+        // Texts get the space that the frames of the elements leave. Frames of failed cases come first.
         const std::size_t room = m_limit - std::min(m_limit, m_fixed);
         m_redRoom = std::min(m_redFrames, room);
         m_otherRoom = std::min(m_otherFrames, room - m_redRoom);
@@ -204,7 +204,7 @@ public:
     }
 
 private:
-    /// The largest size to which all longer texts are cut so that they fit together.
+    /// The largest size that longer texts may keep so that all fit together.
     std::size_t findLongestText(std::size_t room)
     {
         std::ranges::sort(m_texts);

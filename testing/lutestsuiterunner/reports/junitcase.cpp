@@ -40,7 +40,7 @@ std::string makeStart(std::wstring_view name, std::wstring_view suiteName, const
 }
 
 /// The lines of a failure's text: notes, messages, the last lines of a process that ended, and its stacks. Stacks may
-/// be long, so they come last, where texts are cut.
+/// be long and come last, because texts are cut at their end.
 std::string makeText(const CRunState& state, std::uint32_t caseIndex)
 {
     std::wstring text;
@@ -66,7 +66,7 @@ EJunitStatus getStatus(const CRunState& state, std::uint32_t caseIndex)
     const SAttempt* const reported = state.GetReported(caseIndex);
     if (verdict == EVerdict::Missing && reported == nullptr)
     {
-        // A run that has ended without a reason to leave out cases must not look complete.
+        // A run that ended but left out cases without a reason must not look complete.
         return state.IsEnded() && !state.IsCanceled() ? EJunitStatus::Error : EJunitStatus::Skipped;
     }
     if (verdict == EVerdict::Passed || verdict == EVerdict::Flaky)
@@ -131,7 +131,7 @@ SJunitCase MakeJunitCase(const CRunState& state, std::uint32_t caseIndex, std::w
     element.time = reported == nullptr ? 0 : reported->result.info.time;
     element.start = makeStart(GetRunName(testCase.name, planned.repetition), suiteName,
                               getShownPath(plan, testCase.dataSetFile), element.time);
-    // A case that simply passed has no text, or green reports would grow by all that tests print.
+    // A case that simply passed has no text; otherwise green reports would contain everything that tests print.
     if (state.GetVerdict(caseIndex) != EVerdict::Passed || planned.isQuarantined)
     {
         element.text = makeText(state, caseIndex);

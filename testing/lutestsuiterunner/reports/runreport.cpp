@@ -24,7 +24,7 @@ struct SRunView
     std::vector<std::uint32_t> planned; ///< the index in the plan, for each of `cases`
 };
 
-/// Follows the case runs of a plan, and keeps those of its shard.
+/// Collects the case runs of the plan's shard.
 class CViewMaker
 {
 public:
@@ -82,7 +82,7 @@ std::unique_ptr<T> toPointer(const std::optional<T>& value)
     return value ? std::make_unique<T>(*value) : nullptr;
 }
 
-/// The report may be made on another machine, by another build.
+/// Describes the machine and the build of the run; the report may be made elsewhere.
 void describeOrigin(const SOrigin& origin, LuTestSuiteReport::SReportData& data)
 {
     data.BuildConfiguration = origin.buildConfiguration;
@@ -96,7 +96,7 @@ void describeOrigin(const SOrigin& origin, LuTestSuiteReport::SReportData& data)
 void addNotes(const CRunState& state, std::uint32_t caseIndex, LuTestSuiteReport::SReportCase& reportCase)
 {
     std::vector<std::wstring> notes = GetCaseNotes(state, caseIndex);
-    // Only cases that have a reported attempt are in the data.
+    // Not null: the data contains only cases that have a reported attempt.
     std::ranges::move(SplitLines(state.GetReported(caseIndex)->result.stacks), std::back_inserter(notes));
     for (const std::wstring& note : notes)
     {

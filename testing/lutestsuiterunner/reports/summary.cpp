@@ -71,6 +71,10 @@ Json describeCase(const CRunState& state, std::uint32_t caseIndex)
         json["seconds"] = static_cast<double>(reported->result.info.time) * c_SecondsPerNanosecond;
         json["messages"] = toJson(reported->result.info.messages);
         json["stacks"] = toJson(reported->result.stacks);
+        if (!reported->result.core.empty())
+        {
+            json["core"] = toJson(reported->result.core);
+        }
     }
     json["notes"] = Json::array();
     for (const std::wstring& note : GetCaseNotes(state, caseIndex))

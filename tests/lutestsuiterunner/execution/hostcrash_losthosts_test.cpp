@@ -63,8 +63,8 @@ TEST(RunnerLostHosts, CondemnTheCaseThatWasAloneInTheThird)
     ASSERT_EQ(underWay.crashed.size(), 1U);
     EXPECT_EQ(underWay.crashed[0].caseIndex, 2U);
     EXPECT_EQ(underWay.crashed[0].end, Runner::EAttemptEnd::HostEnded);
-    EXPECT_EQ(underWay.crashed[0].reason, L"3 Prozesse, die den Lauf ausführten, endeten ohne Meldung bei diesem "
-                                          L"Testfall, der letzte führte nur ihn aus");
+    EXPECT_EQ(underWay.crashed[0].reason, L"3 Prozesse, die den Lauf ausführten, gingen ohne Meldung bei diesem "
+                                          L"Testfall verloren, der letzte führte nur ihn aus");
     EXPECT_EQ(underWay.repeated, Cases{0});
 }
 

@@ -7,6 +7,7 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lustream.h"
+#include "testing/lutestsuiterunner/journal/appendfile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "tests/lutestsuiterunner/samplerun.h"
 #include "tests/support/os/filelimits.h"
@@ -89,6 +90,20 @@ TEST_F(RunnerFolder, ContinuesAfterAJournalWithoutRecords)
     EXPECT_EQ(getMessage(GetPath()), L"");
 }
 
+TEST_F(RunnerFolder, FindsJournalsThatAnOutdatedListingLacks)
+{
+    const Runner::SPlan plan = Runner::LoadRun(GetPath())->GetPlan();
+    for (int count = 0; count < 3; ++count)
+    {
+        m_run.ContinueRun(plan);
+    }
+    const std::vector<std::uint32_t> all = {1, 2, 3, 4};
+
+    EXPECT_EQ(Runner::CompleteJournals(GetPath(), {}), all);
+    EXPECT_EQ(Runner::CompleteJournals(GetPath(), {3, 1}), all);
+    EXPECT_EQ(Runner::CompleteJournals(GetPath(), {6, 1}), (std::vector<std::uint32_t>{1, 2, 3, 4, 6}));
+}
+
 TEST_F(RunnerFolder, ReportsAMissingJournal)
 {
     const Runner::SPlan plan = Runner::LoadRun(GetPath())->GetPlan();
@@ -156,7 +171,7 @@ TEST_F(RunnerFolder, ReportsAFolderWithoutARun)
     EXPECT_NE(getMessage(m_parent.GetPath()).find(L"enthält keinen Lauf"), std::wstring::npos);
 }
 
-/// Writes cases until a write fails; returns how many were written whole.
+/// Writes cases until a write fails; returns how many were written in full.
 std::uint32_t runUntilFull(Runner::CRunFolder& run, const Runner::SPlan& plan)
 {
     std::uint32_t written = 0;
@@ -202,6 +217,37 @@ TEST_F(RunnerFolder, FailsOnAFullDiskAndKeepsAllWrittenRecords)
             written = runUntilFull(m_run, plan);
         }
         ASSERT_EQ(Runner::LoadRun(GetPath())->CountVerdicts().passed, written) << size;
+    }
+}
+
+TEST_F(RunnerFolder, BeginsNoFurtherJournalOnAFullDisk)
+{
+    const Runner::SPlan plan = Runner::LoadRun(GetPath())->GetPlan();
+    {
+        const auto limit = LbOs::LimitFileSize(10);
+        if (!limit)
+        {
+            GTEST_SKIP() << "files have no limit here";
+        }
+        EXPECT_THROW(Runner::JoinRun(GetPath(), plan), LbException);
+    }
+
+    EXPECT_EQ(Runner::FindJournals(GetPath()), (std::vector<std::uint32_t>{1, 2}));
+}
+
+TEST_F(RunnerFolder, TellsATakenNameFromAFolderThatIsMissing)
+{
+    const Runner::SJournalBegun begun = {"plan", 6, 1, {}, 1, {}, {}};
+
+    EXPECT_THROW(Runner::CJournalWriter(GetPath(), begun), Runner::CNameTakenException);
+    try
+    {
+        Runner::CJournalWriter(m_parent.GetPathOf(L"fehlt/"), begun);
+        FAIL();
+    }
+    catch (const LbException& exception)
+    {
+        EXPECT_EQ(dynamic_cast<const Runner::CNameTakenException*>(&exception), nullptr);
     }
 }
 

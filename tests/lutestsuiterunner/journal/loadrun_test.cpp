@@ -4,6 +4,7 @@
 #include "base/lbfilesystem.h"
 #include "testing/lutestsuiterunner/journal/appendfile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/journal/readparts.h"
 #include "testing/lutestsuiterunner/journal/tail.h"
 #include "tests/lutestsuiterunner/cluster/distributedrun.h"
 
@@ -125,20 +126,102 @@ TEST_F(RunnerDistributedRun, CountsHostsThatDiedDuringACase)
     EXPECT_EQ(Load()->GetAttempts(GetWhole(1, 0))[0].lostHosts, 2U);
 }
 
-TEST_F(RunnerDistributedRun, RefusesAShardOfAnotherRun)
+/// Shard 1 is complete; each test damages shard 2.
+class RunnerDamagedShard : public RunnerDistributedRun
 {
+protected:
+    RunnerDamagedShard() { m_run.RunShard(1); }
+
+    /// Expects a red run with the verdicts of shard 1, and returns its only problem.
+    std::wstring GetProblem(std::uint32_t passedInShard2 = 0) const
+    {
+        std::vector<Runner::SReadPart> parts;
+        const auto state = Runner::LoadDistributedRun(m_run.GetFolder(), parts);
+        EXPECT_FALSE(state->IsGreen());
+        EXPECT_EQ(state->CountVerdicts().passed, m_run.GetShards()[0].cases + passedInShard2);
+        EXPECT_EQ(parts.size(), 2U);
+        EXPECT_EQ(parts.back().verdicts, passedInShard2);
+        EXPECT_EQ(state->GetProblems().size(), 1U);
+        return state->GetProblems().empty() ? std::wstring() : state->GetProblems()[0];
+    }
+
+    void ExpectProblem(const std::wstring& end, std::uint32_t passedInShard2 = 0) const
+    {
+        const std::wstring problem = GetProblem(passedInShard2);
+        EXPECT_TRUE(problem.starts_with(L"Teil 2 von 2 konnte nicht vollständig gelesen werden: "));
+        EXPECT_NE(problem.find(end), std::wstring::npos) << problem;
+    }
+
+    /// Changes a byte of the line with this number in a journal of shard 2.
+    void DamageLine(std::uint32_t journal, std::uint32_t line) const
+    {
+        const std::wstring path = m_run.GetShardFolder(2) + Runner::GetJournalName(journal);
+        std::string bytes = LbFileSystem::ReadFile8Bit(path);
+        std::size_t place = 0;
+        for (; line > 1; --line)
+        {
+            place = bytes.find('\n', place) + 1;
+        }
+        bytes[place + 40] = '#';
+        LbFileSystem::RemoveTree(path);
+        Runner::CAppendFile(path).Append(bytes);
+    }
+};
+
+TEST_F(RunnerDamagedShard, MayHaveThePlanOfAnotherRun)
+{
+    m_run.RunShard(2);
     const CPlayedRun other;
     const std::wstring path = m_run.GetShardFolder(2) + Runner::c_PlanName;
     EXPECT_TRUE(LbFileSystem::CopyContent(other.GetShardFolder(2) + Runner::c_PlanName, path));
 
-    EXPECT_THROW(Load(), LbException);
+    ExpectProblem(L"gehört nicht zu dem in");
 }
 
-TEST_F(RunnerDistributedRun, RefusesACaseThatTheShardDoesNotHave)
+TEST_F(RunnerDamagedShard, MayHaveNoPlan)
 {
-    m_run.Join(1)->Write(MakeStart(100));
+    LbFileSystem::RemoveTree(m_run.GetShardFolder(2) + Runner::c_PlanName);
 
-    EXPECT_THROW(Load(), LbException);
+    ExpectProblem(L"plan.ndjson");
+}
+
+TEST_F(RunnerDamagedShard, MayHaveRecordsOfACaseThatItDoesNotHave)
+{
+    const auto writer = m_run.Join(2);
+    CPlayedRun::RunCase(*writer, 0);
+    writer->Write(MakeStart(100));
+
+    ExpectProblem(L"Zeile 4: Der Plan enthält den Testfall 100 nicht", 1);
+}
+
+TEST_F(RunnerDamagedShard, KeepsTheVerdictsBeforeTheDamage)
+{
+    m_run.RunShard(2);
+    DamageLine(1, 4);
+
+    ExpectProblem(L"journal.ndjson ist beschädigt: Zeile 4", 1);
+}
+
+TEST_F(RunnerDamagedShard, IsRedEvenIfAllItsVerdictsAreKnown)
+{
+    m_run.RunShard(2);
+    const auto writer = m_run.Join(2);
+    writer->Write(MakeStart(0));
+    writer->Write(MakeEnd(0, ECaseRunResult::Ok));
+    writer->Close();
+    DamageLine(2, 2);
+
+    ExpectProblem(L"journal-2.ndjson ist beschädigt: Zeile 2", m_run.GetShards()[1].cases);
+}
+
+TEST_F(RunnerDamagedShard, LeavesTheShardsAfterItUntouched)
+{
+    m_run.RunShard(2);
+    LbFileSystem::RemoveTree(m_run.GetShardFolder(1) + Runner::c_PlanName);
+    const auto state = Load();
+
+    EXPECT_EQ(state->CountVerdicts().passed, m_run.GetShards()[1].cases);
+    EXPECT_EQ(state->CountVerdicts().missing, m_run.GetShards()[0].cases);
 }
 
 class RunnerTail : public RunnerDistributedRun

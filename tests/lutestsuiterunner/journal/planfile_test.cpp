@@ -20,7 +20,7 @@ std::string encode(const Runner::SPlan& plan)
     return bytes;
 }
 
-/// Writes a plan and reads it; both have the same file.
+/// Writes a plan, reads it, and expects that the result has the same file.
 Runner::SPlan writeAndRead(const Runner::SPlan& plan)
 {
     const ScopedFolder folder;

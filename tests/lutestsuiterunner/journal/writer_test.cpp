@@ -38,6 +38,7 @@ Runner::SCaseEnded makeRandomEnd(std::mt19937& random)
     ended.reason = MakeRandomText(random, longest);
     ended.output = MakeRandomText(random, longest);
     ended.stacks = MakeRandomText(random, longest);
+    ended.core = MakeRandomText(random, longest);
     ended.elapsed = 1 + random();
     return ended;
 }
@@ -86,8 +87,9 @@ TEST(RunnerJournal, StoresLargeTextsOutsideRecords)
     Runner::SCaseEnded ended = MakeEnd(0, ECaseRunResult::Error);
     ended.info.messages.assign(200000, L'"');
     ended.output.assign(100000, L'\x1');
-    ended.stacks.assign(14000, L's');
-    ended.reason.assign(14000, L'r');
+    ended.stacks.assign(11900, L's');
+    ended.core.assign(11900, L'c');
+    ended.reason.assign(11900, L'r');
     const std::vector<std::string> written = WriteJournal(folder.GetPath(), {ended, ended});
 
     EXPECT_EQ(ReadJournal(folder.GetPath()), written);
@@ -104,8 +106,48 @@ TEST(RunnerJournal, FindsDamageInLargeTexts)
     folder.WriteFile(L"output/1.txt", std::string(19999, 'm') + "n");
     EXPECT_THROW(ReadJournal(folder.GetPath()), LbException);
 
-    folder.WriteFile(L"output/1.txt", std::string(19999, 'm'));
+    folder.WriteFile(L"output/1.txt", std::string(19999, '\0') + "n");
     EXPECT_THROW(ReadJournal(folder.GetPath()), LbException);
+}
+
+/// The messages of all cases of journal 1.
+std::vector<std::wstring> readMessages(const std::wstring& folder)
+{
+    std::vector<std::wstring> messages;
+    Runner::CJournalReader reader(folder, 1);
+    for (Record record; reader.Next(record);)
+    {
+        if (const auto* const ended = std::get_if<Runner::SCaseEnded>(&record))
+        {
+            messages.push_back(ended->info.messages);
+        }
+    }
+    return messages;
+}
+
+TEST(RunnerJournal, ReplacesTextsThatACrashOfTheMachineHasLost)
+{
+    const ScopedFolder folder;
+    std::vector<Record> records;
+    for (const wchar_t letter : {L'a', L'b', L'c'})
+    {
+        Runner::SCaseEnded ended = MakeEnd(0, ECaseRunResult::Error);
+        ended.info.messages.assign(20000, letter);
+        records.emplace_back(ended);
+    }
+    WriteJournal(folder.GetPath(), records);
+    const std::string bytes = LbFileSystem::ReadFile8Bit(folder.GetPathOf(L"output/1.txt"));
+    const std::wstring lost = L"(Text verloren)\n";
+    const std::vector<std::wstring> messages = {std::wstring(20000, L'a'), lost, lost};
+
+    folder.WriteFile(L"output/1.txt", bytes.substr(0, 20001));
+    EXPECT_EQ(readMessages(folder.GetPath()), messages);
+    folder.WriteFile(L"output/1.txt", bytes.substr(0, 20000));
+    EXPECT_EQ(readMessages(folder.GetPath()), messages);
+    folder.WriteFile(L"output/1.txt", bytes.substr(0, 20001) + std::string(39999, '\0'));
+    EXPECT_EQ(readMessages(folder.GetPath()), messages);
+    LbFileSystem::RemoveTree(folder.GetPathOf(L"output"));
+    EXPECT_EQ(readMessages(folder.GetPath()), (std::vector<std::wstring>{lost, lost, lost}));
 }
 
 TEST(RunnerJournal, IsReadWhileItIsWritten)

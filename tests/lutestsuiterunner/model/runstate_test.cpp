@@ -121,6 +121,38 @@ TEST_F(RunnerRunState, LetsALaterJournalEndTheAttemptThatEndedTheHost)
     EXPECT_EQ(m_state.GetVerdict(3), EVerdict::Failed);
 }
 
+TEST_F(RunnerRunState, LetsALaterJournalEndAnAttemptThatItsOwnHostCanceled)
+{
+    Apply(MakeStart(3));
+    Runner::SCaseEnded canceled = MakeEnd(3, ECaseRunResult::Canceled);
+    canceled.end = Runner::EAttemptEnd::Canceled;
+    Apply(canceled);
+    EXPECT_THROW(Apply(canceled), LbException);
+    BeginJournal(2);
+    Runner::SCaseEnded ended = MakeEnd(3, ECaseRunResult::Unknown);
+    ended.end = Runner::EAttemptEnd::HostEnded;
+    Apply(ended);
+
+    EXPECT_EQ(m_state.GetVerdict(3), EVerdict::Failed);
+    EXPECT_EQ(m_state.GetAttempts(3)[0].ended.journal, 2U);
+}
+
+TEST_F(RunnerRunState, HasTheEarliestStartOfItsJournals)
+{
+    const auto begin = [this](std::uint32_t journal, const wchar_t* time) {
+        return std::pair(Runner::SRecordPlace{journal, 1},
+                         Runner::SJournalBegun{"", m_state.GetPlan().cases.size(), journal, {}, 1, {}, time});
+    };
+    Runner::CRunState state(MakeSamplePlan());
+    for (const auto& [place, begun] : {begin(1, L"2024-01-02 03:04:05"), begin(2, L"2024-01-02 03:04:01"),
+                                       begin(3, L"2024-01-02 03:04:09"), begin(4, L"")})
+    {
+        state.Apply(place, begun);
+    }
+
+    EXPECT_EQ(state.GetStartTime(), L"2024-01-02 03:04:01");
+}
+
 TEST_F(RunnerRunState, GivesACanceledAttemptNoVerdict)
 {
     Apply(MakeStart(3));
