@@ -1,5 +1,6 @@
 """A Slurm of several nodes on this machine: its settings, its processes, and commands for it."""
-import getpass
+import contextlib
+import glob
 import hashlib
 import json
 import os
@@ -14,8 +15,10 @@ import time
 PROGRAMS = ["munged", "slurmctld", "slurmd", "sbatch", "scontrol", "squeue"]
 PATH = os.environ.get("PATH", "") + ":/usr/sbin:/sbin"
 NODES = ["node1", "node2", "node3"]
-START_LIMIT = 30.0
+# Seconds that are enough on a busy machine.
+START_LIMIT = 120.0
 STOP_LIMIT = 10.0
+LOG_LINES = 10
 
 SETTINGS = """ClusterName=lutestsuite
 SlurmctldHost={host}(127.0.0.1)
@@ -60,12 +63,46 @@ class ClusterError(Exception):
     """A message for the user."""
 
 
+class UnavailableError(ClusterError):
+    """This machine cannot have a Slurm."""
+
+
 def find_program(name):
     return shutil.which(name, path=PATH)
 
 
 def find_missing_programs():
     return [name for name in PROGRAMS if find_program(name) is None]
+
+
+def as_munge():
+    """The words that start a program as user munge. Throws KeyError if there is no such user."""
+    user = pwd.getpwnam("munge")
+    return ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}", "--clear-groups"]
+
+
+def get_user_name():
+    """By the process's own id: the environment may name another user. Throws KeyError if the id has no name."""
+    return pwd.getpwuid(os.getuid()).pw_name
+
+
+def find_obstacle():
+    """A text that says why this machine cannot have a Slurm; None if nothing is known."""
+    missing = find_missing_programs()
+    if missing:
+        return f"{', '.join(missing)} not found; scripts/setup cluster installs Slurm"
+    try:
+        get_user_name()
+        if os.getuid() == 0:
+            subprocess.run([*as_munge(), "true"], check=True, capture_output=True)
+        choose_ports(1)
+    except KeyError as error:
+        return f"a user is missing: {error}"
+    except subprocess.CalledProcessError as error:
+        return f"root cannot become another user: {error.stderr.decode(errors='replace').strip()}"
+    except OSError as error:
+        return f"no port of the loopback device: {error}"
+    return None
 
 
 def choose_ports(count):
@@ -120,8 +157,9 @@ class Cluster:
 
     def get_processes(self):
         """Names and ids of the daemons that run."""
+        # The start time of a process that had ended before it was recorded is unknown.
         return {name: entry["id"] for name, entry in self._read_record().items()
-                if get_start_time(entry["id"]) == entry["start"]}
+                if entry["start"] is not None and get_start_time(entry["id"]) == entry["start"]}
 
     def _start_daemon(self, name, words, log):
         with open(os.path.join(self.folder, log), "ab") as output:
@@ -135,7 +173,7 @@ class Cluster:
     def signal(self, name, number):
         process = self.get_processes().get(name)
         if process is not None:
-            os.kill(process, number)
+            send_signal(process, number)
 
     # Start
 
@@ -157,9 +195,9 @@ class Cluster:
     def start(self, node_timeout=10):
         if self.is_running():
             return False
-        missing = find_missing_programs()
-        if missing:
-            raise ClusterError(f"{', '.join(missing)} not found; scripts/setup cluster installs Slurm")
+        obstacle = find_obstacle()
+        if obstacle:
+            raise UnavailableError(obstacle)
         self.stop()
         self._make_folder()
         self._write_settings(node_timeout)
@@ -168,18 +206,48 @@ class Cluster:
             self._start_daemon("slurmctld", [find_program("slurmctld"), "-D", "-c"], "slurmctld.out")
             for name in NODES:
                 self.start_node(name)
-            if not wait_until(self._is_ready, START_LIMIT):
-                raise ClusterError(f"the nodes are not ready after {START_LIMIT:.0f} s; see {self.folder}/*.log")
+            self._wait_for_start(self._is_ready, START_LIMIT)
         except BaseException:
             self._end_processes()
             raise
         return True
 
-    def _make_folder(self):
+    def _wait_for_start(self, condition, limit):
+        """Does not wait any longer if a daemon has ended."""
+        def ended():
+            return sorted(set(self._read_record()) - set(self.get_processes()))
+
+        if wait_until(lambda: ended() or condition(), limit) and not ended():
+            return
+        problem = f"{', '.join(ended())} ended at once" if ended() else f"not ready after {limit:.0f} s"
+        raise ClusterError(f"Slurm does not start: {problem}\n{self._read_logs()}")
+
+    def _read_logs(self):
+        """The last lines of each log, because a build server shows nothing else."""
+        names = [*glob.glob(f"{self.folder}/*.out"), *glob.glob(f"{self.folder}/*.log"), f"{self.folder}/munge/log"]
+        lines = []
+        for name in sorted(names):
+            with contextlib.suppress(OSError), open(name, encoding="utf-8", errors="replace") as file:
+                lines += [f"{os.path.basename(name)}: {line.rstrip()}" for line in file.readlines()[-LOG_LINES:]]
+        return "\n".join(lines)
+
+    def _remove_folder(self):
+        """Removes the folder only if it is a cluster's or empty: somebody may have named another folder by mistake."""
+        if not os.path.isdir(self.folder):
+            return
+        names = os.listdir(self.folder)
+        if names and "slurm.conf" not in names and "processes.json" not in names:
+            raise ClusterError(f"{self.folder} is no folder of a cluster; nothing is deleted")
         shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _make_folder(self):
+        self._remove_folder()
         # Fails if another user owns a folder of this name.
         os.mkdir(self.folder, 0o755)
         os.chmod(self.folder, 0o755)
+        with open(self.settings, "wb"):
+            # Marks the folder before it has other content.
+            pass
         for name in ["munge", "state", *(f"spool-{node}" for node in NODES)]:
             os.mkdir(os.path.join(self.folder, name), 0o755)
 
@@ -189,11 +257,11 @@ class Cluster:
         nodes = [NODE.format(name=name, host=host, port=port, processors=os.cpu_count())
                  for name, port in zip(NODES, node_ports)]
         with open(self.settings, "w", encoding="utf-8") as file:
-            file.write(SETTINGS.format(folder=self.folder, host=host, user=getpass.getuser(), nodes="\n".join(nodes),
+            file.write(SETTINGS.format(folder=self.folder, host=host, user=get_user_name(), nodes="\n".join(nodes),
                                        control_port=control_port, node_timeout=node_timeout))
 
     def _start_munge(self):
-        """Starts it as user munge if this user is root, because munged refuses to read the files of other users."""
+        """Starts munged, for root as user munge, because munged refuses to read the files of other users."""
         folder = os.path.join(self.folder, "munge")
         key = os.path.join(folder, "key")
         with open(key, "wb") as file:
@@ -205,10 +273,9 @@ class Cluster:
             user = pwd.getpwnam("munge")
             for path in (folder, key):
                 os.chown(path, user.pw_uid, user.pw_gid)
-            words = ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}", "--clear-groups", *words]
+            words = [*as_munge(), *words]
         self._start_daemon("munged", words, "munged.out")
-        if not wait_until(lambda: os.path.exists(f"{folder}/socket"), STOP_LIMIT):
-            raise ClusterError(f"munged does not start; see {self.folder}/munged.out")
+        self._wait_for_start(lambda: os.path.exists(f"{folder}/socket"), START_LIMIT)
 
     def start_node(self, name):
         if name not in self.get_processes():
@@ -224,11 +291,11 @@ class Cluster:
         # These processes come first, because they would report how the tasks end.
         for process in self.find_steps():
             if f"{self.folder}/slurmd-{node}.log" in opened_files(process):
-                os.kill(process, signal.SIGKILL)
+                send_signal(process, signal.SIGKILL)
         for process in list_processes():
             variables = read_process_file(process, "environ").split(b"\0")
             if mark in variables and f"SLURM_CONF={self.settings}".encode() in variables:
-                os.kill(process, signal.SIGKILL)
+                send_signal(process, signal.SIGKILL)
 
     def get_node_states(self):
         output = self.call(["sinfo", "--noheader", "--Node", "--format=%N %T"]) or ""
@@ -244,10 +311,10 @@ class Cluster:
         """Cancels all jobs, then ends all daemons. True if there was something to end."""
         processes = self.get_processes()
         if "slurmctld" in processes and "munged" in processes:
-            self.call(["scancel", "--user", getpass.getuser()])
+            self.call(["scancel", "--user", get_user_name()])
             wait_until(lambda: not (self.call(["squeue", "--noheader"]) or "").strip(), STOP_LIMIT)
         self._end_processes()
-        shutil.rmtree(self.folder, ignore_errors=True)
+        self._remove_folder()
         return bool(processes)
 
     def _end_processes(self):
@@ -258,7 +325,7 @@ class Cluster:
                 self.signal(name, signal.SIGKILL)
         # Tasks of a node that was killed have lost their slurmd, which would have ended them.
         for process in self.find_steps():
-            os.kill(process, signal.SIGKILL)
+            send_signal(process, signal.SIGKILL)
 
     def find_steps(self):
         """The processes of Slurm that watch over a task, recognised by the settings that their environment names."""
@@ -266,6 +333,12 @@ class Cluster:
         return [process for process in list_processes()
                 if read_process_file(process, "comm").strip() == b"slurmstepd"
                 and mark in read_process_file(process, "environ").split(b"\0")]
+
+
+def send_signal(process, number):
+    """Sends a signal. Has no effect if the process has ended meanwhile."""
+    with contextlib.suppress(ProcessLookupError):
+        os.kill(process, number)
 
 
 def list_processes():
@@ -291,6 +364,6 @@ def opened_files(process):
 
 
 def get_start_time(process):
-    """In clock ticks since the system's start; None if there is no such process, or it has ended."""
+    """The start time in clock ticks since the system's start; None if the process does not exist or has ended."""
     fields = read_process_file(process, "stat").rpartition(b")")[2].split()
     return int(fields[19]) if fields and fields[0] != b"Z" else None

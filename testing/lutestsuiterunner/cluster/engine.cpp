@@ -1,19 +1,15 @@
 #include "testing/lutestsuiterunner/cluster/engine.h"
 
+#include <algorithm>
+
 namespace Runner
 {
 
-std::unique_ptr<IEngine> MakeEngine(EEngine kind, const SEngineSettings& settings)
+const SEngineKind& GetEngineKind(EEngine engine)
 {
-    return kind == EEngine::Slurm ? MakeSlurmEngine(settings) : MakeLocalEngine(settings);
-}
-
-void RequireEngine(EEngine kind)
-{
-    if (kind == EEngine::Slurm)
-    {
-        RequireSlurm();
-    }
+    // Complete: the options allow no other engine.
+    static constexpr const SEngineKind* c_Kinds[] = {&c_LocalEngine, &c_SlurmEngine};
+    return **std::ranges::find(c_Kinds, engine, &SEngineKind::engine);
 }
 
 } // namespace Runner

@@ -19,6 +19,8 @@ struct SSubmission
 {
     std::uint32_t number = 1;          ///< among those of the run, from 1
     std::vector<std::uint32_t> shards; ///< numbers of the shards, one a task; ascending
+    /// Of each of these shards, the verdicts that its journals had before the submission.
+    std::vector<std::uint64_t> verdicts;
 };
 
 enum class ETaskState
@@ -31,7 +33,9 @@ enum class ETaskState
 struct STask
 {
     ETaskState state = ETaskState::Over;
-    std::wstring note; ///< one line: where it runs, what it waits for, or how it ended
+    std::wstring note;     ///< one line: where it runs, what it waits for, or how it ended
+    bool hasPlace = false; ///< it has been given to a machine
+    bool isStuck = false;  ///< it waits for what nobody but a person can do
 };
 
 /// The task of each shard, by the shard's number: the one that is not over, if there is one, else the newest.
@@ -44,7 +48,7 @@ public:
     virtual ~IEngine() = default;
 
     /// Submits the tasks; each is "run --planned --shard K/N --out" with the shard's folder. Throws LbException with a
-    /// German message.
+    /// German message if the scheduler refuses them. If it does not answer in time, only Poll tells whether they exist.
     virtual void Submit(const SSubmission& submission) = 0;
 
     /// The states of the tasks of these submissions, some of which another process may have made. A shard whose tasks
@@ -57,8 +61,12 @@ public:
     /// The least time between two calls of Poll.
     virtual std::chrono::milliseconds GetPollInterval() const = 0;
 
-    /// How long the last records of a journal may take to become visible here after its task is reported as over.
+    /// How long the last records of a journal usually take to become visible here after its task is reported as over.
+    /// If they take longer, cases run again for nothing.
     virtual std::chrono::milliseconds GetGrace() const = 0;
+
+    /// How long they take at most. Only after that is a shard given up.
+    virtual std::chrono::milliseconds GetLongestGrace() const = 0;
 };
 
 /// What engines need to know of a run.
@@ -68,20 +76,28 @@ struct SEngineSettings
     std::string runId;
     std::uint32_t shardCount = 1;
     std::vector<std::wstring> options; ///< of the scheduler's own command, from the user
+    std::uint32_t patience = 60'000;   ///< milliseconds that a command of the scheduler may take
 };
 
-/// Runs all shards at once, as processes of this machine, which end with the engine.
-std::unique_ptr<IEngine> MakeLocalEngine(const SEngineSettings& settings);
+/// What is known of an engine before a run uses it. The source of each engine defines one, and the table in engine.cpp
+/// lists them.
+struct SEngineKind
+{
+    EEngine engine;       ///< by which the options choose it
+    const wchar_t* name;  ///< for messages
+    bool isOfThisMachine; ///< its tasks are processes of this machine, which end with the process that submitted them
+    /// Throws LbException with a German message if this machine lacks what the engine needs, or if a run cannot have
+    /// these options of the scheduler's own command.
+    void (*require)(const std::vector<std::wstring>& options);
+    std::unique_ptr<IEngine> (*make)(const SEngineSettings& settings);
+};
+
+/// Runs all shards at once.
+extern const SEngineKind c_LocalEngine;
 
 /// Uses Slurm through its commands, which must be on the path. A submission is a job array.
-std::unique_ptr<IEngine> MakeSlurmEngine(const SEngineSettings& settings);
+extern const SEngineKind c_SlurmEngine;
 
-std::unique_ptr<IEngine> MakeEngine(EEngine kind, const SEngineSettings& settings);
-
-/// Throws LbException with a German message if this machine does not have Slurm.
-void RequireSlurm();
-
-/// Throws LbException with a German message if this machine does not have what the engine needs.
-void RequireEngine(EEngine kind);
+const SEngineKind& GetEngineKind(EEngine engine);
 
 } // namespace Runner

@@ -1,7 +1,10 @@
 #include "testing/lutestsuiterunner/cluster/follower.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
+#include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
@@ -10,7 +13,7 @@ namespace Runner
 {
 
 CFollower::CFollower(const std::wstring& folder, const std::vector<SShardEntry>& shards, IEngine& engine)
-    : m_folder(folder), m_engine(engine), m_status(shards.size()), m_watches(shards.size())
+    : m_folder(folder), m_shards(shards), m_engine(engine), m_status(shards.size()), m_watches(shards.size())
 {
     for (std::uint32_t index = 0; index < shards.size(); ++index)
     {
@@ -27,13 +30,14 @@ bool CFollower::Step(Time now)
     {
         Cancel();
     }
-    if (!m_hasAsked || now >= m_nextQuestion)
+    const bool isDue = !m_hasAsked || now >= m_nextQuestion;
+    if (isDue)
     {
         ask(now);
     }
     if (m_isCanceled)
     {
-        return hasEndedCanceled(now);
+        return hasEndedCanceled(now, isDue);
     }
     judge(now);
     return isDone() && hasEndedTasks(now);
@@ -47,6 +51,11 @@ bool CFollower::hasEndedTasks(Time now)
     {
         return false;
     }
+    if (isAnyTaskActive())
+    {
+        // The last answer may be older than the end of the hosts.
+        ask(now);
+    }
     // The scheduler may still hold tasks of lost shards, which would never end.
     if (isAnyTaskActive() || m_submissions.size() > 1)
     {
@@ -55,26 +64,75 @@ bool CFollower::hasEndedTasks(Time now)
     return true;
 }
 
-bool CFollower::hasEndedCanceled(Time now)
+bool CFollower::hasEndedCanceled(Time now, bool hasAsked)
 {
-    if (!m_canceledSince)
+    const bool isFirst = !m_canceledSince;
+    m_canceledSince = m_canceledSince.value_or(now);
+    // The last answer before the cancellation may be older than the newest tasks.
+    m_isEndKnown = !isFirst && (hasAsked ? m_hasAnswer && !isAnyTaskActive() : m_isEndKnown);
+    if (isFirst || (hasAsked && !m_isEndKnown))
     {
-        m_canceledSince = now;
         m_engine.Cancel(m_submissions);
-        // The last answer may be older than the tasks.
-        m_hasAnswer = false;
     }
-    return isDone() || (m_hasAnswer && !isAnyTaskActive()) || now >= *m_canceledSince + sc_CancelLimit;
+    if (isDone() || m_isEndKnown)
+    {
+        return true;
+    }
+    const bool isOverdue = now >= *m_canceledSince + sc_CancelLimit;
+    if (isOverdue)
+    {
+        m_warnings.emplace_back(c_UnconfirmedCancellation);
+    }
+    return isOverdue;
 }
 
-void CFollower::Look()
+bool CFollower::IsComplete() const
+{
+    return std::ranges::all_of(m_status, &SShardStatus::isEnded);
+}
+
+void CFollower::RequireSameRun() const
+{
+    bool isSame = false;
+    try
+    {
+        isSame = std::ranges::equal(ReadShards(m_folder), m_shards, {}, &SShardEntry::digest, &SShardEntry::digest);
+    }
+    catch (const LbException&)
+    {
+        // The other process has not written its list yet.
+    }
+    if (!isSame)
+    {
+        throw LbException(LbFormat(L"Im Ordner %s ist nicht mehr der Lauf, den dieser Prozess begleitet: ein anderer "
+                                   L"hat ihn ersetzt",
+                                   m_folder));
+    }
+}
+
+void CFollower::Poll()
 {
     readJournals();
     ask({});
+    for (std::uint32_t index = 0; index < m_status.size(); ++index)
+    {
+        // The process that follows the run may wait up to a minute longer before it gives the shard up.
+        if (!m_status[index].isEnded && m_watches[index].isSuspect && countFutile(index) > sc_MostRepetitions)
+        {
+            giveUp(index);
+        }
+    }
+}
+
+void CFollower::Watch()
+{
+    RequireSameRun();
+    readJournals();
 }
 
 void CFollower::Cancel()
 {
+    RequireSameRun();
     MarkCanceled(m_folder);
     readSubmissions();
     m_isCanceled = true;
@@ -83,21 +141,23 @@ void CFollower::Cancel()
 std::vector<std::wstring> CFollower::GetProblems() const
 {
     std::vector<std::wstring> problems;
-    if (m_isCanceled)
+    if (m_isCanceled && !IsComplete())
     {
         problems.emplace_back(L"Der verteilte Lauf wurde abgebrochen");
     }
     for (std::size_t index = 0; index < m_status.size(); ++index)
     {
-        const SShardStatus& status = m_status[index];
-        if (status.isGivenUp)
+        if (m_status[index].isGivenUp && !m_status[index].isEnded)
         {
-            problems.push_back(LbFormat(L"Teil %u wurde %u mal vergeben und jedes Mal verloren, zuletzt: %s", index + 1,
-                                        status.submissions,
-                                        status.task.note.empty() ? std::wstring(L"ohne Angabe") : status.task.note));
+            problems.push_back(m_watches[index].problem);
         }
     }
     return problems;
+}
+
+std::vector<std::wstring> CFollower::TakeWarnings()
+{
+    return std::exchange(m_warnings, {});
 }
 
 void CFollower::readJournals()
@@ -132,6 +192,7 @@ void CFollower::readSubmissions()
 
 void CFollower::ask(Time now)
 {
+    RequireSameRun();
     const std::optional<Tasks> tasks = m_submissions.empty() ? Tasks() : m_engine.Poll(m_submissions);
     m_hasAsked = true;
     m_nextQuestion = now + m_engine.GetPollInterval();
@@ -150,55 +211,141 @@ void CFollower::ask(Time now)
         watch.since = watch.isSuspect ? watch.since : now;
         watch.isSuspect = isOver;
     }
+    warnOfStuckTasks();
+}
+
+/// Once for each reason.
+void CFollower::warnOfStuckTasks()
+{
+    std::map<std::wstring, std::vector<std::uint32_t>> shards;
+    for (std::uint32_t index = 0; index < m_status.size(); ++index)
+    {
+        if (const STask& task = m_status[index].task; task.isStuck)
+        {
+            shards[task.note].push_back(index + 1);
+        }
+    }
+    for (const auto& [reason, numbers] : shards)
+    {
+        if (m_stuckReasons.insert(reason).second)
+        {
+            m_warnings.push_back(
+                LbFormat(L"Teil %s beginnt ohne einen Eingriff nicht: %s", FormatNumbers(numbers), reason));
+        }
+    }
 }
 
 /// Called after the journals were read.
 void CFollower::judge(Time now)
 {
-    std::vector<std::uint32_t> lost;
+    const bool isAnyUnreadable =
+        std::ranges::any_of(m_submissions, [](const SSubmission& submission) { return submission.shards.empty(); });
+    std::vector<std::uint32_t> shards;
     for (std::uint32_t index = 0; index < m_status.size(); ++index)
     {
-        SShardStatus& status = m_status[index];
-        const bool isNew = status.submissions == 0;
-        // In the step in which the engine reports the tasks as over (now == since), the journals were read before that
-        // report.
-        const Time since = m_watches[index].since;
-        const bool isLost = m_watches[index].isSuspect && now > since && now >= since + m_engine.GetGrace();
-        if (status.isEnded || status.isGivenUp || (!isNew && !isLost))
+        const SShardStatus& status = m_status[index];
+        // A submission that another process is just writing may contain the shard.
+        const bool isNew = status.submissions == 0 && !isAnyUnreadable;
+        if (status.isEnded || status.isGivenUp || (!isNew && !isLost(index, now)))
         {
             continue;
         }
-        if (status.submissions > sc_MostRepetitions)
+        if (countFutile(index) <= sc_MostRepetitions)
         {
-            // A problem that the host has reported says more than the end of the task.
-            const std::vector<std::wstring>& problems = m_tails[index].GetProblems();
-            status.task.note = problems.empty() ? status.task.note : problems.front();
-            status.isGivenUp = true;
+            shards.push_back(index + 1);
         }
-        else
+        else if (now >= m_watches[index].since + m_engine.GetLongestGrace())
         {
-            lost.push_back(index + 1);
+            giveUp(index);
         }
     }
-    if (!lost.empty())
+    if (!shards.empty())
     {
-        submit(std::move(lost));
+        submit(std::move(shards));
     }
+}
+
+bool CFollower::isLost(std::size_t index, Time now) const
+{
+    const SWatch& watch = m_watches[index];
+    // In the step in which the engine reports the tasks as over (now == since), the journals were read before that
+    // report.
+    return watch.isSuspect && now > watch.since && now >= watch.since + m_engine.GetGrace();
+}
+
+/// The number of submissions of the shard since its last new verdict.
+std::uint32_t CFollower::countFutile(std::size_t index) const
+{
+    const std::uint64_t verdicts = m_tails[index].GetVerdicts();
+    const auto shard = static_cast<std::uint32_t>(index + 1);
+    return static_cast<std::uint32_t>(
+        std::ranges::count_if(m_submissions, [verdicts, shard](const SSubmission& submission) {
+            const auto found = std::ranges::lower_bound(submission.shards, shard);
+            return found != submission.shards.end() && *found == shard &&
+                   submission.verdicts[static_cast<std::size_t>(found - submission.shards.begin())] >= verdicts;
+        }));
+}
+
+void CFollower::giveUp(std::size_t index)
+{
+    SWatch& watch = m_watches[index];
+    // A problem that the host has reported says more than the end of the task.
+    const std::vector<std::wstring>& problems = m_tails[index].GetProblems();
+    const std::wstring& reason = !watch.refusal.empty() ? watch.refusal
+                                 : !problems.empty()    ? problems.front()
+                                                        : m_status[index].task.note;
+    watch.problem = LbFormat(L"Teil %u ging %u-mal hintereinander ohne neues Ergebnis verloren, zuletzt: %s", index + 1,
+                             countFutile(index), reason.empty() ? std::wstring(L"ohne Angabe") : reason);
+    m_status[index].isGivenUp = true;
 }
 
 void CFollower::submit(std::vector<std::uint32_t> shards)
 {
-    const SSubmission submission = {static_cast<std::uint32_t>(m_submissions.size()) + 1, std::move(shards)};
-    const bool isOurs = ClaimSubmission(m_folder, submission);
+    RequireSameRun();
+    const std::vector<SShardStatus> before = m_status;
     readSubmissions();
-    for (const std::uint32_t shard : submission.shards)
+    SSubmission submission = {static_cast<std::uint32_t>(m_submissions.size()) + 1, {}, {}};
+    for (const std::uint32_t shard : shards)
     {
         m_watches[shard - 1].isSuspect = false;
+        // Another process that follows the run may have been quicker.
+        if (m_status[shard - 1].submissions == before[shard - 1].submissions)
+        {
+            submission.shards.push_back(shard);
+            submission.verdicts.push_back(m_tails[shard - 1].GetVerdicts());
+        }
     }
-    // Another process that follows the run may have been quicker.
-    if (isOurs)
+    if (submission.shards.empty() || !ClaimSubmission(m_folder, submission))
+    {
+        readSubmissions();
+        return;
+    }
+    readSubmissions();
+    submitClaimed(submission);
+}
+
+void CFollower::submitClaimed(const SSubmission& submission)
+{
+    std::wstring refusal;
+    try
     {
         m_engine.Submit(submission);
+    }
+    catch (const LbException& exception)
+    {
+        // The user learns at once that the options of the scheduler are wrong, and submits the run anew.
+        if (submission.number == 1)
+        {
+            ForgetShards(m_folder);
+            throw;
+        }
+        refusal = exception.GetMessageText();
+        m_warnings.push_back(LbFormat(L"Die Neuvergabe der verlorenen Teile %s ist gescheitert: %s",
+                                      FormatNumbers(submission.shards), refusal));
+    }
+    for (const std::uint32_t shard : submission.shards)
+    {
+        m_watches[shard - 1].refusal = refusal;
     }
 }
 

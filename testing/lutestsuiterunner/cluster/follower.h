@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,10 @@
 
 namespace Runner
 {
+
+/// For the user, if a scheduler has not confirmed the end of all canceled tasks.
+inline constexpr const wchar_t* c_UnconfirmedCancellation =
+    L"Der Abbruch ist nicht bestätigt: Prozesse können noch laufen";
 
 /// How far a shard is.
 struct SShardStatus
@@ -35,7 +40,7 @@ class CFollower : public INonCopyable
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// How often a lost shard is submitted again.
+    /// How often in succession a lost shard is submitted again without a new verdict.
     static constexpr std::uint32_t sc_MostRepetitions = 3;
 
     /// How long hosts whose work is done may take to end by themselves.
@@ -48,17 +53,33 @@ public:
     CFollower(const std::wstring& folder, const std::vector<SShardEntry>& shards, IEngine& engine);
 
     /// Takes all steps that are due at this time, which never goes back. True when there is nothing left to wait for.
-    /// Throws LbException with a German message if the scheduler takes no tasks.
+    /// Throws LbException with a German message if the scheduler does not take the first submission (the folder then
+    /// holds no run), if a file cannot be written, or as RequireSameRun. If the scheduler does not take a later
+    /// submission, its shards count as lost.
     bool Step(Time now);
 
-    /// Reads the journals and asks the scheduler, but submits no tasks.
-    void Look();
+    /// Throws LbException with a German message if the folder does not contain this run any more, because another
+    /// process has replaced it.
+    void RequireSameRun() const;
+
+    /// German lines about tasks that do not begin by themselves, refused submissions, and an unconfirmed cancellation,
+    /// each of them once.
+    std::vector<std::wstring> TakeWarnings();
+
+    /// Reads the journals and asks the scheduler, but submits no tasks. Throws as RequireSameRun.
+    void Poll();
+
+    /// Reads only the journals, while the tasks belong to another process. Throws as RequireSameRun.
+    void Watch();
 
     /// Asks the scheduler to end all tasks. From now on neither this process nor another one that follows the run
-    /// submits tasks.
+    /// submits tasks. Throws as RequireSameRun.
     void Cancel();
 
     bool IsCanceled() const { return m_isCanceled; }
+
+    /// True if the journals contain the results of all cases.
+    bool IsComplete() const;
 
     /// False if the scheduler did not answer the last request.
     bool HasAnswer() const { return m_hasAnswer; }
@@ -66,10 +87,8 @@ public:
     /// Indexed by the shard's number - 1.
     const std::vector<SShardStatus>& GetShards() const { return m_status; }
 
-    /// The number of a shard's journals; `index` is the shard's number - 1.
-    std::uint32_t CountJournals(std::size_t index) const { return m_tails[index].GetJournalCount(); }
-
-    /// One German line for each shard that was given up, with the reason, and one if the run was canceled.
+    /// One German line for each shard that was given up and is not complete, with the reason for its last loss, and one
+    /// if the run was canceled before it was complete.
     std::vector<std::wstring> GetProblems() const;
 
 private:
@@ -78,28 +97,39 @@ private:
     {
         bool isSuspect = false; ///< the scheduler says that its tasks are over
         Time since;             ///< when it said so
+        std::wstring refusal;   ///< why the scheduler did not take the last submission; empty if it did
+        std::wstring problem;   ///< of a shard that was given up
     };
 
     void readJournals();
     void readSubmissions();
     void ask(Time now);
+    void warnOfStuckTasks();
     void judge(Time now);
+    bool isLost(std::size_t index, Time now) const;
+    std::uint32_t countFutile(std::size_t index) const;
+    void giveUp(std::size_t index);
     bool hasEndedTasks(Time now);
-    bool hasEndedCanceled(Time now);
+    bool hasEndedCanceled(Time now, bool hasAsked);
     void submit(std::vector<std::uint32_t> shards);
+    void submitClaimed(const SSubmission& submission);
     bool isDone() const;
     bool isAnyTaskActive() const;
 
     const std::wstring m_folder;
+    const std::vector<SShardEntry> m_shards;
     IEngine& m_engine;
     std::deque<CRunTail> m_tails;
     std::vector<SShardStatus> m_status;
     std::vector<SWatch> m_watches;
     std::vector<SSubmission> m_submissions;
+    std::vector<std::wstring> m_warnings;
+    std::set<std::wstring> m_stuckReasons; ///< of which the user was warned
     bool m_hasAsked = false;
     Time m_nextQuestion;
     bool m_hasAnswer = true;
     bool m_isCanceled = false;
+    bool m_isEndKnown = false;           ///< after the cancellation, the engine has said that all tasks are over
     std::optional<Time> m_canceledSince; ///< the engine was told to cancel
     std::optional<Time> m_doneSince;     ///< nothing is left but tasks that are not over yet
 };

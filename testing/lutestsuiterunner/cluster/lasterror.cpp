@@ -21,4 +21,10 @@ std::wstring FindLastError(std::string_view bytes)
     return LbEncoding::FromUtf8(line.substr(0, line.find_first_of("\r\n")));
 }
 
+std::wstring FindLastLine(std::string_view bytes)
+{
+    bytes = bytes.substr(0, bytes.find_last_not_of(" \t\r\n") + 1);
+    return LbEncoding::FromUtf8(bytes.substr(bytes.find_last_of("\r\n") + 1));
+}
+
 } // namespace Runner

@@ -15,4 +15,7 @@ inline constexpr std::size_t c_ErrorTail = 4096;
 /// the middle of a line.
 std::wstring FindLastError(std::string_view bytes);
 
+/// Returns the last line with text; returns an empty text if all lines are empty. `bytes` is UTF-8.
+std::wstring FindLastLine(std::string_view bytes);
+
 } // namespace Runner

@@ -53,6 +53,8 @@ public:
 
     std::chrono::milliseconds GetGrace() const override { return std::chrono::milliseconds(0); }
 
+    std::chrono::milliseconds GetLongestGrace() const override { return std::chrono::milliseconds(0); }
+
 private:
     struct SLocalTask
     {
@@ -95,9 +97,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<IEngine> MakeLocalEngine(const SEngineSettings& settings)
-{
-    return std::make_unique<CLocalEngine>(settings);
-}
+const SEngineKind c_LocalEngine = {EEngine::Local, L"local", /*isOfThisMachine*/ true,
+                                   [](const std::vector<std::wstring>&) {},
+                                   [](const SEngineSettings& settings) -> std::unique_ptr<IEngine> {
+                                       return std::make_unique<CLocalEngine>(settings);
+                                   }};
 
 } // namespace Runner

@@ -28,20 +28,20 @@ std::uint64_t countDuplicates(const CRunState& state)
 
 } // namespace
 
-void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SShardEntry>& shards,
-                const CFollower& follower)
+void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SReadPart>& parts,
+                const std::vector<SShardEntry>& shards, const CFollower& follower)
 {
     const SVerdictCounts counts = state.CountVerdicts();
     Json list = Json::array();
     for (std::uint32_t index = 0; index < shards.size(); ++index)
     {
-        const SShardStatus& status = follower.GetShards()[index];
+        const SReadPart& part = parts[index];
         list.push_back({{"number", index + 1},
                         {"digest", shards[index].digest},
                         {"cases", shards[index].cases},
-                        {"verdicts", status.done},
-                        {"journals", follower.CountJournals(index)},
-                        {"submissions", status.submissions}});
+                        {"verdicts", part.verdicts},
+                        {"journals", part.records},
+                        {"submissions", follower.GetShards()[index].submissions}});
     }
     const Json proof = {{"format", 1},
                         {"plan", state.GetPlan().digest},

@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "testing/lutestsuiterunner/cluster/follower.h"
-#include "testing/lutestsuiterunner/model/runstate.h"
+#include "testing/lutestsuiterunner/journal/readparts.h"
 
 namespace Runner
 {
 
-/// Writes the file into the run's folder. Throws LbException with a German message.
-void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SShardEntry>& shards,
-                const CFollower& follower);
+/// Writes the file into the run's folder. State and parts come from the same reading. Throws LbException with a German
+/// message.
+void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SReadPart>& parts,
+                const std::vector<SShardEntry>& shards, const CFollower& follower);
 
 } // namespace Runner

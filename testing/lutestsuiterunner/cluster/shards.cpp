@@ -234,6 +234,11 @@ void WriteShards(const std::wstring& folder, SPlan& plan, std::uint32_t shards,
                    [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
 }
 
+void ForgetShards(const std::wstring& folder)
+{
+    LbOs::RemoveFile(folder + c_ShardsName);
+}
+
 std::vector<SShardEntry> ReadShards(const std::wstring& folder)
 {
     const std::wstring path = folder + c_ShardsName;

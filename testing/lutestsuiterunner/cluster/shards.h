@@ -19,7 +19,7 @@ void SetExpectedTimes(SPlan& plan, const PreviousCases& previous);
 /// number of cases, and from each class a similar mixture of small and large data files.
 std::vector<std::vector<std::uint32_t>> DealOut(const SPlan& plan, std::uint32_t shards);
 
-/// The plan of one shard: only its cases, with their places in the whole. `arguments` are those of its host.
+/// The plan of one shard: only its cases, with their places in the whole plan. `arguments` are those of its host.
 SPlan MakeShardPlan(const SPlan& whole, const std::vector<std::uint32_t>& cases, const SShard& shard,
                     std::vector<std::wstring> arguments);
 
@@ -36,6 +36,9 @@ struct SShardEntry
 /// digest and number of parts. Throws LbException with a German message.
 void WriteShards(const std::wstring& folder, SPlan& plan, std::uint32_t shards,
                  const std::vector<std::wstring>& taskOptions);
+
+/// Afterwards the folder holds no run, and another one may replace its content unasked.
+void ForgetShards(const std::wstring& folder);
 
 /// The list of the shards, by number - 1. Throws LbException with a German message.
 std::vector<SShardEntry> ReadShards(const std::wstring& folder);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "base/lbcommandline.h"
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
@@ -10,6 +12,7 @@
 #include "testing/lutestsuiterunner/cluster/engine.h"
 #include "testing/lutestsuiterunner/cluster/lasterror.h"
 #include "testing/lutestsuiterunner/cluster/slurmtext.h"
+#include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/model/plan.h"
@@ -22,16 +25,23 @@ namespace Runner
 namespace
 {
 
+/// Network file systems keep attributes and listings of files for a while: NFS between 3 and 60 seconds, unless the
+/// mount says otherwise. An open asks the server again, so the records of a known journal arrive at once; a new
+/// journal's name may take up to a minute. The short time is enough for the first, and avoids waiting a minute for each
+/// lost task. If a new journal appears later, its cases run again and the second verdicts are duplicates.
+constexpr std::chrono::seconds c_Grace(2);
+constexpr std::chrono::seconds c_LongestGrace(60);
+
 struct SAnswer
 {
     bool isGood = false;
+    bool isLate = false;
     std::string output; ///< standard output and standard error
 };
 
-/// Runs a command of Slurm to its end.
-SAnswer ask(const std::vector<std::wstring>& words)
+/// Runs a command of Slurm to its end, at most for so many milliseconds.
+SAnswer ask(const std::vector<std::wstring>& words, std::uint32_t limit)
 {
-    constexpr std::uint32_t c_Limit = 60'000;
     std::wstring command = L"exec";
     for (const std::wstring& word : words)
     {
@@ -52,8 +62,8 @@ SAnswer ask(const std::vector<std::wstring>& words)
     {
         throw LbException(L"Die Befehle von Slurm können nicht gestartet werden");
     }
-    const bool hasEnded = process->Wait(c_Limit);
-    return {hasEnded && process->GetExitStatus() == 0, output->ReadEnd(0, output->GetSize())};
+    const bool hasEnded = process->Wait(limit);
+    return {hasEnded && process->GetExitStatus() == 0, !hasEnded, output->ReadEnd(0, output->GetSize())};
 }
 
 std::wstring getAnswerLine(const SAnswer& answer)
@@ -69,53 +79,57 @@ public:
 
     void Submit(const SSubmission& submission) override
     {
-        std::vector<std::wstring> words = {L"sbatch",
-                                           L"--parsable",
-                                           L"--job-name=" + GetJobName(m_settings.runId, submission.number),
-                                           L"--array=" + FormatArray(submission.shards),
-                                           L"--requeue",
-                                           L"--open-mode=append",
-                                           L"--output=" + getOutputPath(L"%a"),
-                                           L"--chdir=/"};
+        std::vector<std::wstring> words = {L"sbatch", L"--requeue", L"--output=/dev/null", L"--chdir=/"};
         words.insert(words.end(), m_settings.options.begin(), m_settings.options.end());
-        words.push_back(writeScript());
-        const SAnswer answer = ask(words);
-        if (!answer.isGood)
+        // The last ones win.
+        words.insert(words.end(), {L"--parsable", L"--job-name=" + GetJobName(m_settings.runId, submission.number),
+                                   L"--array=" + FormatNumbers(submission.shards), writeScript(),
+                                   std::to_wstring(submission.number)});
+        const SAnswer answer = ask(words, m_settings.patience);
+        // Slurm may have the tasks of a command that was too slow.
+        if (!answer.isGood && !answer.isLate)
         {
             throw LbException(LbFormat(L"Slurm nimmt die Teile nicht an (sbatch): %s", getAnswerLine(answer)));
         }
     }
 
     std::optional<Tasks> Poll(const std::vector<SSubmission>& submissions) override
+    try
     {
         const SAnswer answer = ask({L"squeue", L"--array", L"--states=all", L"--noheader",
-                                    L"--name=" + joinNames(submissions), L"--format=" + std::wstring(c_QueueFormat)});
+                                    L"--name=" + joinNames(submissions), L"--format=" + std::wstring(c_QueueFormat)},
+                                   m_settings.patience);
         if (!answer.isGood)
         {
             return std::nullopt;
         }
         Tasks tasks = ReadQueue(answer.output);
-        for (auto& [shard, task] : tasks)
-        {
-            if (const std::wstring error = task.state == ETaskState::Over ? findError(shard) : L""; !error.empty())
-            {
-                task.note += (task.note.empty() ? L"" : L": ") + error;
-            }
-        }
+        addErrors(tasks, submissions);
         return tasks;
+    }
+    catch (const LbException&)
+    {
+        // This machine may be short of processes or of room for a while.
+        return std::nullopt;
     }
 
     void Cancel(const std::vector<SSubmission>& submissions) override
+    try
     {
         for (const SSubmission& submission : submissions)
         {
-            ask({L"scancel", L"--name=" + GetJobName(m_settings.runId, submission.number)});
+            ask({L"scancel", L"--name=" + GetJobName(m_settings.runId, submission.number)}, m_settings.patience);
         }
+    }
+    catch (const LbException&)
+    {
     }
 
     std::chrono::milliseconds GetPollInterval() const override { return std::chrono::seconds(15); }
 
-    std::chrono::milliseconds GetGrace() const override { return std::chrono::seconds(2); }
+    std::chrono::milliseconds GetGrace() const override { return c_Grace; }
+
+    std::chrono::milliseconds GetLongestGrace() const override { return c_LongestGrace; }
 
 private:
     std::wstring joinNames(const std::vector<SSubmission>& submissions) const
@@ -130,56 +144,104 @@ private:
 
     std::wstring getTasksFolder() const { return LbPath::WithSeparator(m_settings.folder + c_TasksFolderName); }
 
-    std::wstring getOutputPath(const std::wstring& shard) const
-    {
-        return getTasksFolder() + L"shard-" + shard + L".txt";
-    }
-
-    /// A node may have nothing but the script itself.
+    /// A node may have nothing but the script itself. Each start of a task writes a file of its own, because a node
+    /// that is taken for lost may still write.
     std::wstring writeScript() const
     {
         const std::wstring program = QuoteForShell(LbOs::GetExecutablePath());
-        const std::wstring text =
-            LbFormat(L"#!/bin/sh\n"
-                     L"if ! test -x %s; then\n"
-                     L"    echo \"Fehler: Auf $(hostname) fehlt \"%s >&2\n"
-                     L"    exit 2\n"
-                     L"fi\n"
-                     L"exec %s run --planned --shard \"$SLURM_ARRAY_TASK_ID/%u\""
-                     L" --out %s\"$SLURM_ARRAY_TASK_ID\"\n",
-                     program, program, program, m_settings.shardCount, QuoteForShell(m_settings.folder + L"shard-"));
+        const std::wstring text = LbFormat(L"#!/bin/sh\n"
+                                           L"exec >%s\"$SLURM_ARRAY_TASK_ID-$1-${SLURM_RESTART_COUNT:-0}.txt\" 2>&1\n"
+                                           L"if ! test -x %s; then\n"
+                                           L"    echo \"Fehler: Auf dem Rechner $(hostname) fehlt das Programm \"%s\n"
+                                           L"    exit 2\n"
+                                           L"fi\n"
+                                           L"exec %s run --planned --shard \"$SLURM_ARRAY_TASK_ID/%u\""
+                                           L" --out %s\"$SLURM_ARRAY_TASK_ID\"\n",
+                                           QuoteForShell(getTasksFolder() + L"shard-"), program, program, program,
+                                           m_settings.shardCount, QuoteForShell(m_settings.folder + L"shard-"));
         const std::wstring path = getTasksFolder() + L"task.sh";
         const std::string bytes = LbEncoding::ToUtf8(text);
         WriteWholeFile(path, [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
         return path;
     }
 
-    std::wstring findError(std::uint32_t shard) const
+    /// What the newest start of the shard's task has printed. `name` is the newest output of the shard.
+    std::wstring describeOutput(std::uint32_t shard, const std::wstring& name,
+                                const std::vector<SSubmission>& submissions) const
     {
-        const std::wstring path = getOutputPath(std::to_wstring(shard));
-        return LbFileSystem::IsFile(path) ? FindLastError(LbFileSystem::ReadFile8Bit(path)) : std::wstring();
+        const auto newest = std::find_if(submissions.rbegin(), submissions.rend(), [shard](const SSubmission& one) {
+            return std::ranges::binary_search(one.shards, shard);
+        });
+        if (name.empty() ||
+            (newest != submissions.rend() && !name.starts_with(LbFormat(L"shard-%u-%u-", shard, newest->number))))
+        {
+            return LbFormat(
+                L"dieser Start hat keine Ausgabe hinterlassen, vielleicht fehlt auf dem Rechner der Ordner %s",
+                m_settings.folder);
+        }
+        const std::string bytes = LbFileSystem::ReadFile8Bit(getTasksFolder() + name);
+        const std::wstring error = FindLastError(bytes);
+        // If the host could not start, for example without one of its libraries, the last line may tell why.
+        const std::wstring line = error.empty() ? FindLastLine(bytes) : std::wstring();
+        return line.empty() ? error : L"letzte Ausgabe: " + line;
+    }
+
+    /// Adds to each task that is over what its newest start has printed.
+    void addErrors(Tasks& tasks, const std::vector<SSubmission>& submissions) const
+    {
+        if (std::ranges::none_of(tasks, [](const auto& task) { return task.second.state == ETaskState::Over; }))
+        {
+            return;
+        }
+        std::vector<std::wstring> files;
+        LbOs::VisitDirectory(getTasksFolder(),
+                             [&files](const LbOs::SDirectoryEntry& entry) { files.push_back(entry.name); });
+        const std::map<std::uint32_t, std::wstring> names = FindNewestOutputs(files);
+        for (auto& [shard, task] : tasks)
+        {
+            // A task that has not begun has nothing to say.
+            if (task.state != ETaskState::Over || !task.hasPlace)
+            {
+                continue;
+            }
+            const auto name = names.find(shard);
+            const std::wstring text =
+                describeOutput(shard, name == names.end() ? std::wstring() : name->second, submissions);
+            task.note += (text.empty() ? L"" : L": ") + text;
+        }
     }
 
     const SEngineSettings m_settings;
 };
 
-} // namespace
-
-void RequireSlurm()
+void requireSlurm(const std::vector<std::wstring>& options)
 {
     if (LbPath::c_Separator == L'\\')
     {
         throw LbException(L"Slurm gibt es nur unter Linux");
     }
-    if (!ask({L"sbatch", L"--version"}).isGood)
+    if (const auto own = std::ranges::find_if(options, IsOwnOption); own != options.end())
     {
-        throw LbException(L"Slurm gibt es hier nicht: der Befehl sbatch kann nicht gestartet werden");
+        throw LbException(
+            LbFormat(L"Die Option '--sbatch=%s' ist nicht möglich: submit legt selbst fest, wie die Teile "
+                     L"heißen, wo sie laufen und worauf es wartet",
+                     *own));
+    }
+    for (const wchar_t* const command : {L"sbatch", L"squeue", L"scancel"})
+    {
+        if (!ask({command, L"--version"}, SEngineSettings().patience).isGood)
+        {
+            throw LbException(
+                LbFormat(L"Slurm gibt es hier nicht: der Befehl %s kann nicht gestartet werden", command));
+        }
     }
 }
 
-std::unique_ptr<IEngine> MakeSlurmEngine(const SEngineSettings& settings)
-{
-    return std::make_unique<CSlurmEngine>(settings);
-}
+} // namespace
+
+const SEngineKind c_SlurmEngine = {EEngine::Slurm, L"Slurm", /*isOfThisMachine*/ false, requireSlurm,
+                                   [](const SEngineSettings& settings) -> std::unique_ptr<IEngine> {
+                                       return std::make_unique<CSlurmEngine>(settings);
+                                   }};
 
 } // namespace Runner

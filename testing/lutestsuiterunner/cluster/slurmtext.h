@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,11 +12,16 @@
 namespace Runner
 {
 
+/// By shard, the file to which the newest start of its task has printed. The names are
+/// "shard-SHARD-SUBMISSION-RESTART.txt", in any order; others are ignored.
+std::map<std::uint32_t, std::wstring> FindNewestOutputs(const std::vector<std::wstring>& names);
+
 /// The name of a submission's job, unique among all runs.
 std::wstring GetJobName(const std::string& runId, std::uint32_t submission);
 
-/// Ascending numbers as the option --array takes them: "1-3,7".
-std::wstring FormatArray(const std::vector<std::uint32_t>& shards);
+/// True for options of sbatch without which the engine does not find its tasks again, or waits for their end: --array,
+/// --clusters, --job-name and --wait, also short or abbreviated, and "--", which ends the options.
+bool IsOwnOption(const std::wstring& option);
 
 /// One line per task: shard, state, reason, node.
 inline constexpr const wchar_t* c_QueueFormat = L"task|%K|%T|%r|%N";

@@ -41,12 +41,14 @@ std::vector<SSubmission> ReadSubmissions(const std::wstring& folder)
     std::vector<SSubmission> submissions;
     for (std::uint32_t number = 1; isFile(getPath(folder, number)); ++number)
     {
-        submissions.push_back({number, {}});
+        submissions.push_back({number, {}, {}});
         const auto json =
             nlohmann::json::parse(LbFileSystem::ReadFile8Bit(getPath(folder, number)), nullptr, /*exceptions*/ false);
-        if (json.is_object() && json.contains("shards"))
+        if (json.is_object() && json.contains("shards") && json.contains("verdicts") &&
+            json["shards"].size() == json["verdicts"].size())
         {
             submissions.back().shards = json["shards"].get<std::vector<std::uint32_t>>();
+            submissions.back().verdicts = json["verdicts"].get<std::vector<std::uint64_t>>();
         }
     }
     return submissions;
@@ -68,10 +70,27 @@ bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission)
         }
         throw;
     }
-    const nlohmann::json json = {{"shards", submission.shards}};
+    const nlohmann::json json = {{"shards", submission.shards}, {"verdicts", submission.verdicts}};
     file->Append(json.dump() + "\n");
     file->Close();
     return true;
+}
+
+std::wstring FormatNumbers(const std::vector<std::uint32_t>& shards)
+{
+    std::wstring text;
+    for (std::size_t first = 0; first < shards.size();)
+    {
+        std::size_t last = first;
+        while (last + 1 < shards.size() && shards[last + 1] == shards[last] + 1)
+        {
+            ++last;
+        }
+        text += (text.empty() ? L"" : L",") + std::to_wstring(shards[first]);
+        text += last > first ? L"-" + std::to_wstring(shards[last]) : L"";
+        first = last + 1;
+    }
+    return text;
 }
 
 void MarkCanceled(const std::wstring& folder)

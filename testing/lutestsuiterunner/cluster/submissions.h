@@ -13,12 +13,15 @@ namespace Runner
 {
 
 /// The submissions so far, by number. Here and below, `folder` is the run's folder with a separator at its end. A
-/// submission whose process died while writing has no shards.
+/// submission has no shards while its process writes it, and for ever if that process died.
 std::vector<SSubmission> ReadSubmissions(const std::wstring& folder);
 
 /// Records a submission before it is made. False if another process has the number already. Throws LbException with a
 /// German message if the file cannot be written.
 bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission);
+
+/// Ascending numbers, as users and Slurm's option --array take them: "1-3,7".
+std::wstring FormatNumbers(const std::vector<std::uint32_t>& shards);
 
 /// From now on no process makes a submission for this run.
 void MarkCanceled(const std::wstring& folder);

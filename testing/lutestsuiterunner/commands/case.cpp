@@ -16,6 +16,7 @@
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/caseend.h"
 #include "testing/lutestsuiterunner/execution/caselist.h"
+#include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
 
@@ -118,8 +119,8 @@ int Execute(const SCaseOptions& options)
         throw std::wstring(L"Der Name des Testfalls fehlt");
     }
     MoveLibraryLinesToErrors();
-    LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
-    setup.params.repetitions = 1;
+    const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
+    RefuseRepetitions(setup);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     const SPlan plan = MakePlan({}, setup, SelectCases(setup));
@@ -139,6 +140,10 @@ int Execute(const SCaseOptions& options)
     }
     if (found.empty())
     {
+        for (const std::wstring& problem : FindModuleProblems(setup))
+        {
+            CTerminal::Get().WriteError(LbFormat(L"Fehler: %s\n", problem));
+        }
         CTerminal::Get().WriteError(LbFormat(L"Fehler: Die Auswahl enthält keinen Testfall '%s'\n", name));
         return getStatus(LuTestSuiteRun::ECaseRunResult::NoMatchingCase);
     }

@@ -28,7 +28,7 @@ void append(std::string& script, const std::wstring& name, const std::wstring& c
               std::to_string(seconds) + " \"" + state + "\")\n";
 }
 
-/// The description says that no other case may run at the same time.
+/// True if the description forbids that other cases run at the same time.
 bool isSerial(const LuTestSuite::ParameterMap& parameters)
 {
     const auto parallel = parameters.find(L"Parallel");

@@ -2,16 +2,19 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <thread>
 
 #include "base/lbencoding.h"
+#include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
-#include "base/os/folderlock.h"
 #include "base/os/interruption.h"
 #include "testing/lutestsuiterunner/cluster/proof.h"
+#include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
+#include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/progress.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/selection.h"
@@ -76,27 +79,137 @@ void writeProblems(const std::wstring& folder, const std::vector<std::wstring>& 
                    [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
 }
 
-/// Local shards belong to the process that started them. Another process takes over only when that one has ended.
+std::unique_ptr<LbOs::CFolderLock> tryAcquire(const SDistributedRun& run)
+{
+    return LbOs::CFolderLock::TryAcquire(run.folder + c_TasksFolderName);
+}
+
+/// Local shards belong to the process that started them. Another process takes over only when that one has ended. Until
+/// then it shows how far the run is, and tells that process when the user cancels. Null if this process is asked to
+/// terminate.
 std::unique_ptr<LbOs::CFolderLock> acquire(const SDistributedRun& run)
 {
-    std::unique_ptr<LbOs::CFolderLock> lock;
-    while (run.options.engine == EEngine::Local && !lock && LbOs::GetInterruption() == LbOs::EInterruption::None)
+    CFollower follower(run.folder, run.shards, *run.engine);
+    CShardsLine line;
+    std::unique_ptr<LbOs::CFolderLock> lock = tryAcquire(run);
+    while (!lock && LbOs::GetInterruption() != LbOs::EInterruption::Terminate)
     {
-        lock = LbOs::CFolderLock::TryAcquire(run.folder + c_TasksFolderName);
-        if (!lock)
+        follower.Watch();
+        line.Show(follower, Clock::now());
+        if (LbOs::GetInterruption() == LbOs::EInterruption::User)
         {
-            std::this_thread::sleep_for(getInterval(run.shards.size()));
+            MarkCanceled(run.folder);
         }
+        std::this_thread::sleep_for(getInterval(run.shards.size()));
+        lock = tryAcquire(run);
     }
     return lock;
 }
 
+int leave(const SDistributedRun& run)
+{
+    CTerminal::Get().WriteError(LbFormat(
+        L"Warnung: Der Lauf geht ohne diesen Prozess weiter: LuTestSuiteRunner wait %s\n", QuoteForShell(run.folder)));
+    return LbOs::GetExitStatus(LbOs::GetInterruption());
+}
+
+void sayThatItEnds(const SDistributedRun& run)
+{
+    CTerminal::Get().WriteError(LbFormat(L"Der Lauf, der in %s noch läuft, wird abgebrochen.\n", run.folder));
+}
+
+/// Waits until the process that has started the shards has canceled them.
+std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
+{
+    std::unique_ptr<LbOs::CFolderLock> lock = tryAcquire(run);
+    if (!lock)
+    {
+        sayThatItEnds(run);
+        MarkCanceled(run.folder);
+    }
+    // That process waits for the tasks, and then writes the reports.
+    const Clock::time_point end = Clock::now() + 2 * CFollower::sc_CancelLimit;
+    for (; !lock; lock = tryAcquire(run))
+    {
+        if (Clock::now() > end)
+        {
+            throw LbException(LbFormat(L"Der Lauf, der in %s noch läuft, endet nicht", run.folder));
+        }
+        std::this_thread::sleep_for(getInterval(run.shards.size()));
+    }
+    return lock;
+}
+
+/// Waits until the scheduler says that no task is left.
+void endTasks(const SDistributedRun& run)
+{
+    MarkCanceled(run.folder);
+    const std::vector<SSubmission> submissions = ReadSubmissions(run.folder);
+    const Clock::time_point end = Clock::now() + CFollower::sc_CancelLimit;
+    for (bool isFirst = true; !submissions.empty(); isFirst = false)
+    {
+        run.engine->Cancel(submissions);
+        const std::optional<Tasks> tasks = run.engine->Poll(submissions);
+        if (tasks && std::ranges::all_of(*tasks, [](const auto& one) { return one.second.state == ETaskState::Over; }))
+        {
+            return;
+        }
+        if (Clock::now() >= end)
+        {
+            CTerminal::Get().WriteError(LbFormat(L"Warnung: %s\n", c_UnconfirmedCancellation));
+            return;
+        }
+        if (isFirst)
+        {
+            sayThatItEnds(run);
+        }
+        std::this_thread::sleep_for(run.engine->GetPollInterval());
+    }
+}
+
+/// Empty, with a warning, if the run cannot be opened.
+std::optional<SDistributedRun> openReplacedRun(const std::wstring& folder)
+{
+    std::wstring reason;
+    try
+    {
+        return OpenDistributedRun(folder);
+    }
+    catch (const LbException& exception)
+    {
+        reason = exception.GetMessageText();
+    }
+    catch (const std::wstring& message)
+    {
+        reason = message;
+    }
+    CTerminal::Get().WriteError(
+        LbFormat(L"Warnung: Der Lauf in %s wird ersetzt, aber nicht abgebrochen: %s\n", folder, reason));
+    return std::nullopt;
+}
+
+/// A scheduler's tasks go on without this process. Only the user knows whether they should stop.
+bool isToldToLeave(const SDistributedRun& run)
+{
+    return LbOs::GetInterruption() == LbOs::EInterruption::Terminate && !run.kind->isOfThisMachine;
+}
+
+void warn(CFollower& follower)
+{
+    for (const std::wstring& warning : follower.TakeWarnings())
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s\n", warning));
+    }
+}
+
+/// Returns early if the process is told to leave the run alone.
 void follow(const SDistributedRun& run, CFollower& follower)
 {
     CShardsLine line;
-    while (!follower.Step(Clock::now()))
+    while (!follower.Step(Clock::now()) && !isToldToLeave(run))
     {
         line.Show(follower, Clock::now());
+        warn(follower);
         if (LbOs::GetInterruption() != LbOs::EInterruption::None && !follower.IsCanceled())
         {
             follower.Cancel();
@@ -106,6 +219,7 @@ void follow(const SDistributedRun& run, CFollower& follower)
             std::this_thread::sleep_for(getInterval(run.shards.size()));
         }
     }
+    warn(follower);
 }
 
 /// Read before the run, so that the user learns early that the file is wrong.
@@ -134,28 +248,61 @@ SDistributedRun OpenDistributedRun(const std::wstring& directory)
     std::vector<std::wstring> arguments = {L"LuTestSuiteRunner"};
     arguments.insert(arguments.end(), run.plan.arguments.begin(), run.plan.arguments.end());
     run.options = std::get<SSubmitOptions>(ReadCommandLine(arguments));
-    RequireEngine(run.options.engine);
-    run.engine = MakeEngine(run.options.engine, {run.folder, run.plan.runId, run.plan.partCount, run.options.sbatch});
+    run.kind = &GetEngineKind(run.options.engine);
+    run.kind->require(run.options.sbatch);
+    run.engine = run.kind->make({run.folder, run.plan.runId, run.plan.partCount, run.options.sbatch});
     return run;
+}
+
+std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder)
+{
+    const bool isDistributed = LbFileSystem::IsFile(folder + c_ShardsName);
+    const std::optional<SDistributedRun> run = isDistributed ? openReplacedRun(folder) : std::nullopt;
+    if (run && run->kind->isOfThisMachine)
+    {
+        return endLocalTasks(*run);
+    }
+    if (run)
+    {
+        endTasks(*run);
+    }
+    return nullptr;
+}
+
+bool BelongsToAnotherProcess(const SDistributedRun& run)
+{
+    return run.kind->isOfThisMachine && !tryAcquire(run);
 }
 
 std::wstring FormatShards(const CFollower& follower)
 {
     std::size_t ended = 0;
+    std::size_t givenUp = 0;
     std::size_t running = 0;
+    std::size_t waiting = 0;
+    std::wstring reason;
     std::uint64_t cases = 0;
     std::uint64_t done = 0;
     std::uint64_t failed = 0;
     for (const SShardStatus& shard : follower.GetShards())
     {
         ended += shard.isEnded ? 1 : 0;
-        running += !shard.isEnded && (shard.task.state == ETaskState::Running || shard.hasBegun) ? 1 : 0;
+        givenUp += !shard.isEnded && shard.isGivenUp ? 1 : 0;
+        running +=
+            !shard.isEnded && !shard.isGivenUp && (shard.task.state == ETaskState::Running || shard.hasBegun) ? 1 : 0;
+        if (!shard.isEnded && !shard.hasBegun && shard.task.state == ETaskState::Waiting)
+        {
+            ++waiting;
+            reason = reason.empty() ? shard.task.note : reason;
+        }
         cases += shard.cases;
         done += shard.done;
         failed += shard.failed;
     }
-    return LbFormat(L"Teile: %u von %u fertig, %u laufen, Fälle: %u/%u, fehlgeschlagen: %u%s", ended,
-                    follower.GetShards().size(), running, done, cases, failed,
+    const std::wstring waitingText = waiting == 0 ? L"" : LbFormat(L", %u warten (%s)", waiting, reason);
+    const std::wstring givenUpText = givenUp == 0 ? L"" : LbFormat(L", %u aufgegeben", givenUp);
+    return LbFormat(L"Teile: %u von %u fertig, %u laufen%s%s, Fälle: %u/%u, fehlgeschlagen: %u%s", ended,
+                    follower.GetShards().size(), running, waitingText, givenUpText, done, cases, failed,
                     follower.HasAnswer() ? L"" : L", der Scheduler antwortet nicht");
 }
 
@@ -163,12 +310,23 @@ int FollowToEnd(const SDistributedRun& run)
 {
     LbOs::CatchInterruptions();
     Quarantine quarantine = readQuarantine(run);
-    const std::unique_ptr<LbOs::CFolderLock> lock = acquire(run);
+    const std::unique_ptr<LbOs::CFolderLock> lock = run.kind->isOfThisMachine ? acquire(run) : nullptr;
+    if (run.kind->isOfThisMachine && !lock)
+    {
+        return leave(run);
+    }
     CFollower follower(run.folder, run.shards, *run.engine);
     follow(run, follower);
+    if (isToldToLeave(run))
+    {
+        return leave(run);
+    }
+    follower.RequireSameRun();
     writeProblems(run.folder, follower.GetProblems());
-    const std::unique_ptr<CRunState> state = ReportRun(run.folder);
-    WriteProof(run.folder, *state, run.shards, follower);
+    std::vector<SReadPart> parts;
+    const std::unique_ptr<CRunState> state = LoadDistributedRun(run.folder, parts);
+    ReportState(run.folder, *state);
+    WriteProof(run.folder, *state, parts, run.shards, follower);
     ConcludeQuarantine(*state, run.folder, run.options.run.previous, std::move(quarantine));
     WarnOfReceived(state->GetPlan());
     const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());

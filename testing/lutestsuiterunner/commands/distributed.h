@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "base/os/folderlock.h"
 #include "testing/lutestsuiterunner/cluster/follower.h"
 #include "testing/lutestsuiterunner/model/plan.h"
 #include "testing/lutestsuiterunner/settings/options.h"
@@ -15,18 +16,30 @@ namespace Runner
 struct SDistributedRun
 {
     std::wstring folder; ///< with separator at its end
-    SPlan plan;          ///< of the whole
+    SPlan plan;          ///< of all shards
     SSubmitOptions options;
     std::vector<SShardEntry> shards;
+    const SEngineKind* kind = nullptr; ///< of the engine
     std::unique_ptr<IEngine> engine;
 };
 
 /// Throws a German message as std::wstring, or LbException, if the directory holds no distributed run.
 SDistributedRun OpenDistributedRun(const std::wstring& directory);
 
+/// Cancels the distributed run that the folder may contain, and waits for the end of its tasks, before another run
+/// replaces it. Only warns if the run is unreadable or the scheduler does not confirm the end. `folder` ends in a
+/// separator. Returns what keeps other processes from starting local shards of the old run until the folder has its new
+/// content; may be null. Throws LbException with a German message if the process of local shards does not end.
+std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder);
+
 /// Follows the run to its end, or to the cancellation that Ctrl-C asks for; then writes reports and proof, prints the
-/// outcome, and returns the exit status.
+/// outcome, and returns the exit status. While another process runs the local shards, only waits for it to end;
+/// Ctrl-C then marks the run as canceled, which that process obeys. If the current process is asked to terminate, it
+/// leaves the tasks of a scheduler or of another process alone and writes nothing.
 int FollowToEnd(const SDistributedRun& run);
+
+/// True if another process of this machine has started the shards and has not ended.
+bool BelongsToAnotherProcess(const SDistributedRun& run);
 
 /// "Teile: 3 von 12 fertig, Fälle: 120/2000, ...".
 std::wstring FormatShards(const CFollower& follower);

@@ -16,8 +16,10 @@ namespace
 
 std::wstring describe(const SShardStatus& shard)
 {
+    const bool isRunning = shard.task.state == ETaskState::Running || shard.hasBegun;
     const wchar_t* const state = shard.isEnded                             ? L"fertig"
-                                 : shard.task.state == ETaskState::Running ? L"läuft"
+                                 : shard.isGivenUp                         ? L"aufgegeben"
+                                 : isRunning                               ? L"läuft"
                                  : shard.task.state == ETaskState::Waiting ? L"wartet"
                                  : shard.submissions == 0                  ? L"nicht vergeben"
                                                                            : L"ohne Prozess";
@@ -42,7 +44,14 @@ int Execute(const SStatusOptions& options)
 {
     const SDistributedRun run = OpenDistributedRun(options.directory);
     CFollower follower(run.folder, run.shards, *run.engine);
-    follower.Look();
+    if (BelongsToAnotherProcess(run))
+    {
+        follower.Watch();
+    }
+    else
+    {
+        follower.Poll();
+    }
     std::wstring text;
     for (std::size_t index = 0; index < run.shards.size(); ++index)
     {
@@ -55,6 +64,13 @@ int Execute(const SStatusOptions& options)
 int Execute(const SCancelOptions& options)
 {
     const SDistributedRun run = OpenDistributedRun(options.directory);
+    CFollower follower(run.folder, run.shards, *run.engine);
+    follower.Poll();
+    if (follower.IsComplete())
+    {
+        CTerminal::Get().WriteOutput(L"Der Lauf ist schon fertig.\n");
+        return LuTestSuiteHost::c_Succeeded;
+    }
     MarkCanceled(run.folder);
     run.engine->Cancel(ReadSubmissions(run.folder));
     CTerminal::Get().WriteOutput(L"Der Abbruch ist angefordert.\n");

@@ -75,7 +75,7 @@ Json describe(const LuTestSuite::STestCase& testCase, bool isDisabled)
 struct SListed
 {
     const LuTestSuite::SUnitTest* unitTest;
-    std::vector<std::pair<const LuTestSuite::STestCase*, bool>> cases; ///< and whether they are disabled
+    std::vector<std::pair<const LuTestSuite::STestCase*, bool>> cases; ///< true for a disabled case
 };
 
 void addCases(const LuTestSuite::SUnitTest& unitTest, bool areDisabled, std::vector<SListed>& list)
@@ -161,20 +161,11 @@ std::string toLines(const std::vector<SListed>& list)
                       LbFormat(L"Klassen: %d, Fälle: %d, davon deaktiviert: %d\n", list.size(), cases, disabled));
 }
 
-/// Nobody notices that a script lacks the cases of a module.
-void requireModules(const LuTestSuiteSetup& setup)
+void writeCTestScript(const std::wstring& path, const LuTestSuiteSetup& setup)
 {
-    if (const std::vector<std::wstring> problems = FindModuleProblems(setup); !problems.empty())
-    {
-        throw problems.front();
-    }
-}
-
-void writeCTestScript(const std::wstring& path, LuTestSuiteSetup setup)
-{
-    SSelection selection = SelectCases(setup);
-    setup.params.repetitions = 1; // "case" runs a case once.
-    const std::string script = MakeCTestScript(MakePlan({}, setup, std::move(selection)));
+    RequireModules(setup);
+    RefuseRepetitions(setup); // because each test for CTest would refuse them
+    const std::string script = MakeCTestScript(MakePlan({}, setup, SelectCases(setup)));
     WriteWholeFile(path, [&script](LuStreamWriteBinaryFile& file) { file.Write(script.data(), script.size()); });
 }
 
@@ -183,13 +174,12 @@ void writeCTestScript(const std::wstring& path, LuTestSuiteSetup setup)
 int Execute(const SListOptions& options)
 {
     MoveLibraryLinesToErrors();
-    LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
+    const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     if (!options.ctest.empty())
     {
-        requireModules(setup);
-        writeCTestScript(options.ctest, std::move(setup));
+        writeCTestScript(options.ctest, setup);
         return LuTestSuiteHost::c_Succeeded;
     }
     const SSelection selection = SelectCases(setup); // the list points into it

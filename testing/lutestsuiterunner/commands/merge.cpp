@@ -22,7 +22,7 @@ struct SPart
 {
     std::wstring folder;
     std::unique_ptr<CRunState> state;
-    std::vector<std::uint32_t> places; ///< of each case of this part: its index in the first part and the merged run
+    std::vector<std::uint32_t> places; ///< index of each case of this part in the first part and in the merged run
 };
 
 std::wstring getPartName(const SPart& part)

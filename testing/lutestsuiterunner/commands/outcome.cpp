@@ -45,7 +45,7 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
     {
         text += L"Der Lauf ist nicht beendet.\n";
     }
-    // A merged run has no arguments and cannot be resumed, and neither can a distributed run.
+    // A merged run has no arguments and cannot be resumed. A distributed run cannot be resumed either.
     const bool isOwn = !state.GetPlan().arguments.empty() && state.GetPlan().partCount == 0;
     if ((state.IsCanceled() || !state.IsEnded()) && isOwn)
     {
@@ -62,9 +62,14 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
 std::unique_ptr<CRunState> ReportRun(const std::wstring& folder)
 {
     std::unique_ptr<CRunState> state = LoadRun(folder);
-    WriteReports(folder, *state);
-    CTerminal::Get().WriteOutput(DescribeClosing(*state, folder) + describeOutcome(*state, folder));
+    ReportState(folder, *state);
     return state;
+}
+
+void ReportState(const std::wstring& folder, const CRunState& state)
+{
+    WriteReports(folder, state);
+    CTerminal::Get().WriteOutput(DescribeClosing(state, folder) + describeOutcome(state, folder));
 }
 
 int GetStatus(const CRunState& state)

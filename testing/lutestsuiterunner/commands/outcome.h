@@ -13,6 +13,9 @@ namespace Runner
 /// Throws LbException.
 std::unique_ptr<CRunState> ReportRun(const std::wstring& folder);
 
+/// The same for a state that was read before.
+void ReportState(const std::wstring& folder, const CRunState& state);
+
 /// The exit status: 0 for a green run, 1 for a red one.
 int GetStatus(const CRunState& state);
 

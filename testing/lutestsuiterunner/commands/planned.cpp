@@ -6,6 +6,7 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/os/files.h"
 #include "base/os/machine.h"
@@ -34,6 +35,15 @@ std::wstring findMissingFolder(const SPlan& plan)
     return unitTest == plan.unitTests.end() ? std::wstring() : unitTest->dataDirectory;
 }
 
+/// The program of child processes, which is beside this one; empty if it exists. Every shard needs it: cases that were
+/// under way in a dead host run in child processes.
+std::wstring findMissingProgram()
+{
+    const std::wstring path =
+        LbPath::WithSeparator(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)) + LUTESTSUITE_CHILD_PROGRAM;
+    return LbFileSystem::IsFile(path) ? std::wstring() : path;
+}
+
 /// The first of the plan's classes that no loaded module has; empty if all are known.
 std::wstring findMissingClass(const SPlan& plan)
 {
@@ -45,7 +55,7 @@ std::wstring findMissingClass(const SPlan& plan)
                : LbFormat(L"%s aus dem Modul %s", unitTest->className, unitTest->moduleName);
 }
 
-/// Records the problem in the journal, too: the submitter reads that, but may not see what this process prints.
+/// Also writes the problem to the journal, because the submitter may not see what this process prints.
 void requireNothing(const std::wstring& missing, const wchar_t* kind, const std::wstring& folder, const SPlan& plan)
 {
     if (missing.empty())
@@ -91,6 +101,7 @@ int RunPlanned(const SRunOptions& call)
     const SPlan& plan = state->GetPlan();
     requireShard(plan, call, folder);
     requireNothing(findMissingFolder(plan), L"der Ordner", folder, plan);
+    requireNothing(findMissingProgram(), L"das Programm", folder, plan);
     const SRunOptions options = EnterRun(plan);
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
 

@@ -18,7 +18,7 @@ namespace Runner
 namespace
 {
 
-/// An earlier run that is gone, or that this run has replaced, affects only the order and the estimate.
+/// If the earlier run is gone, or this run has replaced it, only the order and the estimate suffer.
 PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder, const SPlan& plan)
 {
     const bool isOwn = LbOs::AreSameFile(options.previous, folder.GetPath());

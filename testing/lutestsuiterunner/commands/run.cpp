@@ -7,11 +7,13 @@
 #include "base/lbformat.h"
 #include "base/os/clock.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/distributed.h"
 #include "testing/lutestsuiterunner/commands/planned.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
+#include "testing/lutestsuiterunner/execution/innerfolders.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 
@@ -34,7 +36,7 @@ void checkOptions(const SRunOptions& options)
     }
 }
 
-/// Small enough to be typed.
+/// 32 bits only, so that a user can type the seed.
 std::uint64_t makeSeed()
 {
     std::uint32_t seed = 0;
@@ -52,7 +54,7 @@ void chooseSeed(SRunOptions& options)
     options.seed = options.seed ? *options.seed : makeSeed();
     const std::wstring order = LbFormat(L"random:%d", *options.seed);
     CTerminal::Get().WriteOutput(LbFormat(L"Reihenfolge: --order %s\n", order));
-    // The last one counts.
+    // Placed after the user's own --order, because the last one counts.
     const auto mark = std::ranges::find(options.arguments, L"--");
     options.arguments.insert(mark, L"--order=" + order);
 }
@@ -74,6 +76,17 @@ std::size_t applyOnlyFailed(const SRunOptions& options, const CPrevious& previou
     return selected;
 }
 
+void warnOfInnerFolders(const SPlan& plan)
+{
+    for (const SInnerFolder& one : FindInnerFolders(plan.dataDirectory, plan.unitTests))
+    {
+        CTerminal::Get().WriteError(
+            LbFormat(L"Warnung: %s hat keine Datei für einen Testfall, aber %s: Ordner im Ordner einer Klasse werden "
+                     L"nicht durchsucht\n",
+                     one.classFolder, one.inner));
+    }
+}
+
 } // namespace
 
 int Execute(const SRunOptions& given)
@@ -87,13 +100,14 @@ int Execute(const SRunOptions& given)
     RequireNoRun(options);
     MoveLibraryLinesToErrors();
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
-    // Before the folder's earlier run is replaced.
+    // Read before the earlier run in the folder is replaced.
     const CPrevious previous = options.previous.empty() ? CPrevious() : CPrevious(options.previous);
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
+    warnOfInnerFolders(plan);
     const std::size_t caseCount = applyOnlyFailed(options, previous, plan);
     const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
     const PreviousCases previousCases = FindPrevious(plan, previous);
@@ -104,6 +118,7 @@ int Execute(const SRunOptions& given)
         quarantine = ReadQuarantine(options.quarantine, setup, plan);
     }
 
+    const std::unique_ptr<LbOs::CFolderLock> replaced = EndReplacedRun(GetRunFolder(options.out));
     CRunFolder folder(options.out);
     const std::unique_ptr<CJournalWriter> writer = folder.BeginRun(plan);
     CRunState state(std::move(plan));

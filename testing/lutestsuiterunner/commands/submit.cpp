@@ -24,11 +24,12 @@ namespace Runner
 namespace
 {
 
-std::uint32_t chooseShardCount(const SSubmitOptions& options)
+/// A scheduler needs an explicit number, because the processors of this machine do not matter to it.
+std::uint32_t chooseShardCount(const SSubmitOptions& options, const SEngineKind& engine)
 {
-    if (options.shards == 0 && options.engine == EEngine::Slurm)
+    if (options.shards == 0 && !engine.isOfThisMachine)
     {
-        throw std::wstring(L"Für Slurm fehlt die Zahl der Teile (--shards)");
+        throw LbFormat(L"Für %s fehlt die Zahl der Teile (--shards)", engine.name);
     }
     return options.shards != 0 ? options.shards : std::max(1U, std::thread::hardware_concurrency());
 }
@@ -49,7 +50,7 @@ std::vector<std::wstring> getTaskOptions(const SRunOptions& options)
 SPlan makePlan(const SSubmitOptions& options)
 {
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.run.library);
-    // Read first, because this may be the run that the new run replaces.
+    // Read first, because the new run may replace this earlier run.
     const CPrevious previous = options.run.previous.empty() ? CPrevious() : CPrevious(options.run.previous);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
@@ -111,7 +112,7 @@ void startFollower(const std::wstring& folder)
 
 int detach(const SDistributedRun& run)
 {
-    if (run.options.engine == EEngine::Local)
+    if (run.kind->isOfThisMachine)
     {
         startFollower(run.folder);
     }
@@ -128,8 +129,9 @@ int detach(const SDistributedRun& run)
 
 int Execute(const SSubmitOptions& options)
 {
-    const std::uint32_t shards = chooseShardCount(options);
-    RequireEngine(options.engine);
+    const SEngineKind& engine = GetEngineKind(options.engine);
+    const std::uint32_t shards = chooseShardCount(options, engine);
+    engine.require(options.sbatch);
     RequireNoRun(options.run);
     if (options.run.onlyFailed && options.run.previous.empty())
     {
@@ -138,7 +140,10 @@ int Execute(const SSubmitOptions& options)
     MoveLibraryLinesToErrors();
     const std::wstring folder = GetRunFolder(options.run.out);
     SPlan plan = makePlan(options);
-    WriteShards(folder, plan, shards, getTaskOptions(options.run));
+    {
+        const std::unique_ptr<LbOs::CFolderLock> lock = EndReplacedRun(folder);
+        WriteShards(folder, plan, shards, getTaskOptions(options.run));
+    }
     describe(plan, shards);
     const SDistributedRun run = OpenDistributedRun(folder);
     return options.detach ? detach(run) : FollowToEnd(run);

@@ -11,6 +11,7 @@
 #include "base/lbreceivedfile.h"
 #include "base/os/files.h"
 #include "base/os/interruption.h"
+#include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/messages.h"
@@ -73,7 +74,25 @@ std::uint32_t countFailed(const CRunState& state, std::uint32_t retries)
     return count;
 }
 
-/// A run that stopped because of failures is resumed without that limit: the user wants all results.
+/// The full path of the folder for memory dumps, which is created; empty if the run has none. A run without the folder
+/// still has all results.
+std::wstring prepareDumpFolder(const SRunOptions& options)
+{
+    if (options.core.empty())
+    {
+        return {};
+    }
+    std::wstring folder = LbOs::GetFullPath(options.core);
+    LbFileSystem::AssertDirectory(folder);
+    if (!LbFileSystem::IsDirectory(folder))
+    {
+        CTerminal::Get().WriteError(
+            LbFormat(L"Warnung: Der Ordner %s für Speicherabbilder konnte nicht angelegt werden\n", folder));
+    }
+    return folder;
+}
+
+/// A run that stopped because of too many failures is resumed without that limit: the user wants all results.
 SSessionLimits getLimits(const SWork& work)
 {
     const std::uint32_t failed = countFailed(work.state, work.options.retries);
@@ -81,16 +100,38 @@ SSessionLimits getLimits(const SWork& work)
     return {work.options.retries, failed >= most ? 0 : most, failed};
 }
 
+/// Names up to ten of the files and counts the others.
+std::wstring describeReceived(const std::vector<std::wstring>& references)
+{
+    constexpr std::size_t c_MostNamed = 10;
+    std::wstring names;
+    for (std::size_t index = 0; index < std::min(c_MostNamed, references.size()); ++index)
+    {
+        names += (index == 0 ? L"" : L", ") + references[index] + LbReceivedFile::c_Suffix;
+    }
+    if (references.size() <= c_MostNamed)
+    {
+        return references.size() == 1 ? LbFormat(L"%s ist", names) : LbFormat(L"%s sind", names);
+    }
+    const std::size_t others = references.size() - c_MostNamed;
+    return others == 1 ? LbFormat(L"%s und eine weitere .received-Datei sind", names)
+                       : LbFormat(L"%s und %u weitere .received-Dateien sind", names, others);
+}
+
 } // namespace
 
 void RequireNoRun(const SRunOptions& options)
 {
     const std::wstring folder = GetRunFolder(options.out);
-    const bool hasRun = !FindJournals(folder).empty() || LbFileSystem::IsFile(folder + c_ShardsName);
-    if (!options.force && hasRun)
+    const bool isDistributed = LbFileSystem::IsFile(folder + c_ShardsName);
+    if (!options.force && isDistributed && IsMarkedCanceled(folder))
     {
-        throw LbFormat(L"Der Ordner %s enthält schon einen Lauf: 'resume' setzt ihn fort, '--force' ersetzt ihn",
-                       folder);
+        throw LbFormat(L"Der Ordner %s enthält schon einen abgebrochenen Lauf: '--force' ersetzt ihn", folder);
+    }
+    if (!options.force && (isDistributed || !FindJournals(folder).empty()))
+    {
+        throw LbFormat(L"Der Ordner %s enthält schon einen Lauf: '%s' setzt ihn fort, '--force' ersetzt ihn", folder,
+                       isDistributed ? L"wait" : L"resume");
     }
 }
 
@@ -107,13 +148,8 @@ void WarnOfReceived(const SPlan& plan)
     }
     if (!found.references.empty())
     {
-        const std::wstring first = found.references.front() + LbReceivedFile::c_Suffix;
-        const std::size_t others = found.references.size() - 1;
-        const std::wstring files = others == 0   ? LbFormat(L"%s ist", first)
-                                   : others == 1 ? LbFormat(L"%s und eine weitere .received-Datei sind", first)
-                                                 : LbFormat(L"%s und %u weitere .received-Dateien sind", first, others);
-        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s nicht geprüft: LuTestSuiteRunner review %s\n", files,
-                                             QuoteForShell(plan.dataDirectory)));
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s nicht geprüft: LuTestSuiteRunner review %s\n",
+                                             describeReceived(found.references), QuoteForShell(plan.dataDirectory)));
     }
 }
 
@@ -147,13 +183,15 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
     const CCrashNote note(work.folder, journal);
     {
         CProgressLine progress(work.state.GetPlan(), cases, getTimes(work.previous));
-        CSession session({work.state, writer, work.environment, progress, journal}, work.setup, getLimits(work));
+        const SSessionParts parts = {work.state, writer,  work.environment,
+                                     progress,   journal, prepareDumpFolder(work.options)};
+        CSession session(parts, work.setup, getLimits(work));
         for (const std::wstring& problem : problems)
         {
             session.Note(SRunProblem{problem});
         }
         FinishUnderWay(session, work.state, work.folder);
-        // Without the cases that FinishUnderWay has just finished.
+        // FinishUnderWay may have finished some of the cases.
         std::vector<std::uint32_t> left = cases;
         std::erase_if(left, [&work](std::uint32_t index) {
             const std::span<const SAttempt> attempts = work.state.GetAttempts(index);
@@ -201,10 +239,10 @@ Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& 
 void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, const std::wstring& previous,
                         Quarantine quarantine)
 {
-    // An interrupted run counts when it has been resumed.
+    // An interrupted run counts only after it has been resumed.
     if (!quarantine.empty() && state.IsEnded() && !state.IsCanceled())
     {
-        // XML reports have no such numbers.
+        // An XML report contains no numbers of passed runs.
         const bool isFolder = LbFileSystem::IsDirectory(previous);
         CountPassedRuns(quarantine, state, isFolder ? GetRunFolder(previous) : folder);
         WritePassedRuns(quarantine, state.GetPlan().runId, folder);

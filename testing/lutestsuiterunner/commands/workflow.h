@@ -30,8 +30,8 @@ struct SWork
 /// Throws a German message as std::wstring if the folder of the options contains a run that they do not replace.
 void RequireNoRun(const SRunOptions& options);
 
-/// Warns of differences from references that nobody has decided on, anywhere in the data directory, and of decisions
-/// that were interrupted in it or above.
+/// Warns of differences from references that nobody has decided on, anywhere in the data directory, and of interrupted
+/// decisions in the directory or above it.
 void WarnOfReceived(const SPlan& plan);
 
 /// Paths of the run's options are relative to it. Throws a German message as std::wstring if the directory is gone.

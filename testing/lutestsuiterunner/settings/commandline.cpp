@@ -81,6 +81,9 @@ void addSharedOptions(COptionReader& reader, SRunOptions& options)
                      options.allowFlaky);
     reader.AddSwitch({"--confirm", nullptr, L"Wiederholt fehlgeschlagene Testfälle einmal, jeden im eigenen Prozess"},
                      options.confirm);
+    reader.AddText(
+        {"--core", L"DIR", L"Ordner für Speicherabbilder von Testfällen, die in -x oder -s abstürzen oder hängen"},
+        options.core);
     reader.AddText({"--quarantine", L"DATEI", L"Muster von Testfällen, die nie rot sind; eins je Zeile"},
                    options.quarantine);
     reader.AddNumber({"--min-cases", L"N", L"Rot bei weniger als N Testfällen (sonst 1)"}, 0, options.minCases);

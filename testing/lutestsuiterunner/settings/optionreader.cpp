@@ -45,7 +45,7 @@ private:
     bool m_takesLibraryOptions;
 };
 
-/// CLI11 does not catch a message, because its type is not one of its exceptions.
+/// Throws the message as text: CLI11, which catches its own exceptions, lets it pass.
 [[noreturn]] void refuse(const char* name, const std::string& value, const std::wstring& expected)
 {
     throw LbFormat(L"Der Wert '%s' der Option '%s' ist falsch: erwartet wird %s", FromUtf8(value), FromUtf8(name),

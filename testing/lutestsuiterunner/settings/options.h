@@ -53,6 +53,7 @@ struct SRunOptions
     std::uint32_t shard = 1; ///< 1 to shardCount
     std::uint32_t shardCount = 1;
     bool confirm = false;
+    std::wstring core;    ///< folder for memory dumps of child processes; empty: no dumps
     bool planned = false; ///< runs the shard whose plan is in `out`; of the other options only `shard` counts
     LibraryOptions library;
     std::vector<std::wstring> arguments; ///< of the call, without the program's name

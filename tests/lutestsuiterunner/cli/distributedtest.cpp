@@ -1,10 +1,31 @@
 #include "tests/lutestsuiterunner/cli/distributedtest.h"
 
-#include <algorithm>
 #include <regex>
 
 #include "base/lbfilesystem.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "tests/support/places.h"
+
+namespace
+{
+
+/// The text of a report with "#" in place of each time.
+std::string readReport(const std::wstring& path)
+{
+    static const std::regex s_times("[0-9]{4}-[0-9]{2}-[0-9]{2}[ T][0-9]{2}:[0-9]{2}:[0-9]{2}|[0-9]+\\.[0-9]{6}|"
+                                    "time=\"[0-9.]+\"|\"seconds\": [-+.0-9e]+");
+    std::string text = LbFileSystem::ReadFile8Bit(path);
+    if (path.ends_with(Runner::c_SummaryName))
+    {
+        auto summary = nlohmann::ordered_json::parse(text);
+        // Which cases are the slowest differs between runs.
+        summary["slowest"] = summary["slowest"].size();
+        text = summary.dump(1);
+    }
+    return std::regex_replace(text, s_times, "#");
+}
+
+} // namespace
 
 SHostRun DistributedTest::Submit(const std::vector<std::wstring>& own, const std::vector<std::wstring>& library,
                                  const SHostOptions& options) const
@@ -32,13 +53,18 @@ void DistributedTest::MakeMixedData() const
     MakeDurations({3, 1, 2, 1, 0});
 }
 
-std::string DistributedTest::ReadReport(const std::wstring& path)
+SHostRun DistributedTest::RunExamples(std::vector<std::wstring> arguments, const SHostOptions& options)
 {
-    static const std::regex s_numbers("[0-9]+([.,:-][0-9]+)*");
-    std::string text = LbFileSystem::ReadFile8Bit(path);
-    // This text depends on times.
-    text.resize(std::min(text.size(), text.find("\"slowest\"")));
-    return std::regex_replace(text, s_numbers, "#");
+    arguments.insert(arguments.end(), {L"--", L"-d", L"" LUTESTSUITE_SOURCE_DIR "/examples/data"});
+    return RunRunner(arguments, options);
+}
+
+void DistributedTest::ExpectSameReports(const std::wstring& folder, const std::wstring& other)
+{
+    for (const wchar_t* const name : {L"junit.xml", L"report.xml", L"report.html", L"summary.json"})
+    {
+        EXPECT_EQ(readReport(folder + name), readReport(other + name)) << LbEncoding::ToUtf8(name);
+    }
 }
 
 void DistributedTest::ExpectProof(const std::wstring& folder)

@@ -1,12 +1,15 @@
 #include <chrono>
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
 #include "base/lbfilesystem.h"
 #include "base/os/childprocess.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
 #include "tests/lutestsuiterunner/cli/distributedtest.h"
+#include "tests/support/places.h"
 
 namespace
 {
@@ -21,11 +24,63 @@ TEST_F(RunnerSubmit, GivesTheReportsOfARunInOneProcess)
     EXPECT_EQ(Submit({L"--shards", L"3", L"--retries", L"1"}).exitStatus, 1);
     EXPECT_EQ(Run({L"run", L"--out", GetOther(), L"--retries", L"1"}).exitStatus, 1);
 
-    for (const wchar_t* const name : {L"junit.xml", L"report.xml", L"report.html", L"summary.json"})
-    {
-        EXPECT_EQ(ReadReport(GetOut() + name), ReadReport(GetOther() + name)) << LbEncoding::ToUtf8(name);
-    }
+    ExpectSameReports(GetOut(), GetOther());
     ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmit, GivesTheReportsOfARunOfTheExamplesInOneProcess)
+{
+    const SHostRun whole = RunExamples({L"run", L"--out", GetOther()});
+    EXPECT_EQ(whole.exitStatus, 1) << whole.errors;
+    EXPECT_EQ(RunExamples({L"submit", L"--shards", L"4", L"--out", GetOut()}).exitStatus, 1);
+
+    EXPECT_EQ(whole.output.find("Fälle: 0,"), std::string::npos) << whole.output;
+    ExpectSameReports(GetOut(), GetOther());
+    ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmit, ReportsTheClassThatAMachineDoesNotHave)
+{
+    MakeDurations({1});
+    Submit({L"--shards", L"1"});
+    const std::wstring folder = GetOut() + Runner::GetShardFolderName(1);
+    Runner::SPlan plan = Runner::ReadPlan(folder + Runner::c_PlanName);
+    plan.unitTests[0].className = L"CFehlt";
+    plan.unitTests[0].moduleName = L"fehlende";
+    Runner::BeginPlan(folder, plan);
+    const SHostRun run = RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", folder});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "Fehler: Auf dem Rechner ");
+    ExpectLine(run.errors, " fehlt die Klasse CFehlt aus dem Modul fehlende\n");
+}
+
+TEST_F(RunnerSubmit, ReportsTheProgramOfChildProcessesThatAMachineDoesNotHave)
+{
+    if (LbPath::c_Separator != L'/')
+    {
+        GTEST_SKIP() << "a copy of the host needs libraries of the compiler";
+    }
+    MakeDurations({1});
+    Submit({L"--shards", L"1"});
+    const std::filesystem::path runner(LUTESTSUITE_RUNNER);
+    const std::filesystem::path copy(m_folder.MakeFolder(L"node"));
+    for (const auto& entry : std::filesystem::directory_iterator(runner.parent_path()))
+    {
+        const std::filesystem::path name = entry.path().filename();
+        if (name == runner.filename() || name.string().starts_with("libL"))
+        {
+            std::filesystem::copy(entry.path(), copy / name, std::filesystem::copy_options::copy_symlinks);
+        }
+    }
+    SHostOptions options;
+    options.program = (copy / runner.filename()).wstring();
+    const SHostRun run = RunHost(
+        {L"run", L"--planned", L"--shard", L"1/1", L"--out", GetOut() + Runner::GetShardFolderName(1)}, options);
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors,
+               " fehlt das Programm " + LbEncoding::ToUtf8(options.program).substr(0, copy.string().size()));
 }
 
 TEST_F(RunnerSubmit, PrintsPlanAndOutcome)
@@ -46,6 +101,19 @@ TEST_F(RunnerSubmit, ContinuesAfterACaseThatEndsItsHost)
 
     EXPECT_EQ(run.exitStatus, 1) << run.errors;
     ExpectLine(run.output, "Fälle: 4, bestanden: 2, unzuverlässig: 0, fehlgeschlagen: 2");
+    ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmit, ContinuesAfterMoreCasesThatEndTheirHostsThanLossesAreAllowed)
+{
+    m_folder.MakeFolder(L"data/CCrashModel");
+    const SHostRun run =
+        Submit({L"--shards", L"1"}, {L"-i", L":Zugriffsverletzung$", L"-i", L":exit$", L"-i", L":abort$", L"-i",
+                                     L":terminate$", L"-i", L":Division durch null$", L"-i", L":nachher$"});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    ExpectLine(run.output, "Fälle: 6, bestanden: 1, unzuverlässig: 0, fehlgeschlagen: 5");
+    EXPECT_EQ(run.output.find("Fehler: Teil"), std::string::npos) << run.output;
     ExpectProof(GetOut());
 }
 
@@ -96,7 +164,8 @@ TEST_F(RunnerSubmit, GivesTheReasonWhenNoMachineCanRunAShard)
     const SHostRun run = RunRunner({L"wait", GetOut()});
 
     EXPECT_EQ(run.exitStatus, 1);
-    ExpectLine(run.output, "Fehler: Teil 1 wurde 4 mal vergeben und jedes Mal verloren, zuletzt: Auf dem Rechner ");
+    ExpectLine(run.output,
+               "Fehler: Teil 1 ging 4-mal hintereinander ohne neues Ergebnis verloren, zuletzt: Auf dem Rechner ");
     ExpectLine(run.output, "Nicht ausgeführt: CDurationModel:0.ms\n");
 }
 
@@ -134,13 +203,28 @@ TEST_F(RunnerSubmit, IsCanceledFromOutside)
 
     EXPECT_EQ(run.exitStatus, 1);
     ExpectLine(run.output, "Fehler: Der verteilte Lauf wurde abgebrochen\n");
+    ExpectLine(Submit({L"--shards", L"2"}).errors, "enthält schon einen abgebrochenen Lauf: '--force' ersetzt ihn\n");
+}
+
+TEST_F(RunnerSubmit, StaysGreenIfItIsCanceledAfterItsEnd)
+{
+    MakeDurations({1});
+    Submit({L"--shards", L"1"});
+    const SHostRun cancel = RunRunner({L"cancel", GetOut()});
+    EXPECT_EQ(cancel.exitStatus, 0) << cancel.errors;
+    EXPECT_EQ(FromPlatformLines(cancel.output), "Der Lauf ist schon fertig.\n");
+
+    EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 0);
 }
 
 TEST_F(RunnerSubmit, DoesNotReplaceARunUnasked)
 {
     MakeDurations({1});
     EXPECT_EQ(Submit({L"--shards", L"1"}).exitStatus, 0);
-    EXPECT_EQ(Submit({L"--shards", L"1"}).exitStatus, 2);
+    const SHostRun second = Submit({L"--shards", L"1"});
+    EXPECT_EQ(second.exitStatus, 2);
+    ExpectLine(second.errors, "enthält schon einen Lauf: 'wait' setzt ihn fort, '--force' ersetzt ihn\n");
+    ExpectLine(Run({L"run", L"--out", GetOut()}).errors, "enthält schon einen Lauf: 'wait' setzt ihn fort");
     EXPECT_EQ(Submit({L"--shards", L"1", L"--force"}).exitStatus, 0);
     ExpectLine(RunRunner({L"resume", GetOut()}).errors, "ist verteilt: 'wait' setzt ihn fort");
 }

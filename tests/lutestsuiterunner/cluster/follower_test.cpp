@@ -6,70 +6,13 @@
 #include "base/lbpath.h"
 #include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/journal/appendfile.h"
-#include "tests/lutestsuiterunner/cluster/distributedrun.h"
+#include "tests/lutestsuiterunner/cluster/followertest.h"
 
 namespace
 {
 
 using namespace std::chrono_literals;
 using Runner::ETaskState;
-
-/// An engine whose answers the test sets.
-class CFakeEngine : public Runner::IEngine
-{
-public:
-    void Submit(const Runner::SSubmission& submission) override
-    {
-        submitted.push_back(submission);
-        for (const std::uint32_t shard : submission.shards)
-        {
-            tasks[shard] = {ETaskState::Running, L"node"};
-        }
-    }
-
-    std::optional<Runner::Tasks> Poll(const std::vector<Runner::SSubmission>& /*submissions*/) override
-    {
-        ++questions;
-        return isSilent ? std::nullopt : std::optional(tasks);
-    }
-
-    void Cancel(const std::vector<Runner::SSubmission>& /*submissions*/) override
-    {
-        ++cancellations;
-        tasks.clear();
-    }
-
-    std::chrono::milliseconds GetPollInterval() const override { return 15s; }
-
-    std::chrono::milliseconds GetGrace() const override { return 2s; }
-
-    std::vector<Runner::SSubmission> submitted;
-    Runner::Tasks tasks;
-    bool isSilent = false;
-    int questions = 0;
-    int cancellations = 0;
-};
-
-class RunnerFollower : public testing::Test
-{
-protected:
-    /// Advances the time and makes one step.
-    bool StepAfter(std::chrono::seconds seconds)
-    {
-        m_now += seconds;
-        return m_follower.Step(m_now);
-    }
-
-    void Lose(std::uint32_t shard, const std::wstring& note = L"NODE_FAIL auf node1")
-    {
-        m_engine.tasks[shard] = {ETaskState::Over, note};
-    }
-
-    const CPlayedRun m_run;
-    CFakeEngine m_engine;
-    Runner::CFollower m_follower{m_run.GetFolder(), m_run.GetShards(), m_engine};
-    Runner::CFollower::Time m_now;
-};
 
 TEST_F(RunnerFollower, SubmitsAllShardsAtOnceAndWaitsForTheirJournals)
 {
@@ -130,18 +73,151 @@ TEST_F(RunnerFollower, GivesUpAShardThatIsLostTooOften)
 {
     StepAfter(0s);
     m_run.RunShard(1);
-    for (int round = 0; round < 4; ++round)
-    {
-        Lose(2);
-        StepAfter(15s);
-        StepAfter(2s);
-    }
+    m_engine.tasks.erase(1);
+    LoseForGood(2);
+    EXPECT_TRUE(StepAfter(58s));
 
     EXPECT_EQ(m_engine.submitted.size(), 4U);
     EXPECT_TRUE(m_follower.GetShards()[1].isGivenUp);
     ASSERT_EQ(m_follower.GetProblems().size(), 1U);
     EXPECT_EQ(m_follower.GetProblems()[0],
-              L"Teil 2 wurde 4 mal vergeben und jedes Mal verloren, zuletzt: NODE_FAIL auf node1");
+              L"Teil 2 ging 4-mal hintereinander ohne neues Ergebnis verloren, zuletzt: NODE_FAIL auf node1");
+}
+
+TEST_F(RunnerFollower, KeepsTheReasonOfALossWhileOtherShardsRun)
+{
+    StepAfter(0s);
+    LoseForGood(2);
+    StepAfter(58s);
+    m_engine.tasks.erase(2);
+    StepAfter(15s);
+
+    EXPECT_EQ(m_follower.GetProblems(),
+              std::vector<std::wstring>{
+                  L"Teil 2 ging 4-mal hintereinander ohne neues Ergebnis verloren, zuletzt: NODE_FAIL auf node1"});
+}
+
+TEST_F(RunnerFollower, GivesUpNoShardWhoseLastJournalArrivesLate)
+{
+    StepAfter(0s);
+    m_run.RunShard(1);
+    LoseForGood(2);
+    EXPECT_FALSE(m_follower.GetShards()[1].isGivenUp);
+    m_run.RunShard(2);
+    m_engine.tasks.clear();
+
+    EXPECT_TRUE(StepAfter(58s));
+    EXPECT_TRUE(m_follower.GetProblems().empty());
+}
+
+TEST_F(RunnerFollower, ContinuesAShardAsLongAsItsTasksBringVerdicts)
+{
+    StepAfter(0s);
+    const std::uint32_t cases = m_run.GetShards()[1].cases;
+    for (std::uint32_t index = 0; index < cases; ++index)
+    {
+        CPlayedRun::RunCase(*m_run.Join(2), index);
+        LoseAndNotice(2);
+    }
+    EXPECT_EQ(m_engine.submitted.size(), 1 + cases);
+    LoseForGood(2);
+    StepAfter(58s);
+
+    EXPECT_EQ(m_engine.submitted.size(), 1 + cases + 3);
+    EXPECT_TRUE(m_follower.GetShards()[1].isGivenUp);
+}
+
+TEST_F(RunnerFollower, TakesARetryForANewVerdict)
+{
+    StepAfter(0s);
+    CPlayedRun::RunCase(*m_run.Join(2), 0, LuTestSuiteRun::ECaseRunResult::Error);
+    LoseAndNotice(2);
+    for (const std::uint32_t attempt : {2U, 3U, 4U, 5U})
+    {
+        const auto writer = m_run.Join(2);
+        writer->Write(MakeStart(0, attempt, Runner::EAttemptKind::Retry));
+        writer->Write(MakeEnd(0, LuTestSuiteRun::ECaseRunResult::Error, attempt));
+        LoseAndNotice(2);
+    }
+
+    EXPECT_EQ(m_engine.submitted.size(), 6U);
+}
+
+TEST_F(RunnerFollower, TakesADuplicateForNoNewVerdict)
+{
+    StepAfter(0s);
+    for (int round = 0; round < 5; ++round)
+    {
+        CPlayedRun::RunCase(*m_run.Join(2), 0);
+        LoseAndNotice(2);
+    }
+
+    EXPECT_EQ(m_engine.submitted.size(), 5U);
+}
+
+TEST_F(RunnerFollower, CountsVerdictsFromTheSubmissionsOfAnotherProcess)
+{
+    StepAfter(0s);
+    m_run.RunShard(1);
+    LoseForGood(2);
+    Runner::CFollower other(m_run.GetFolder(), m_run.GetShards(), m_engine);
+    other.Step(m_now);
+    other.Step(m_now + 60s);
+
+    EXPECT_EQ(m_engine.submitted.size(), 4U);
+    EXPECT_TRUE(other.GetShards()[1].isGivenUp);
+}
+
+TEST_F(RunnerFollower, ThrowsIfTheSchedulerRefusesTheRun)
+{
+    m_engine.isRefusing = true;
+
+    EXPECT_THROW(StepAfter(0s), LbException);
+}
+
+TEST_F(RunnerFollower, SubmitsAgainWhatTheSchedulerRefused)
+{
+    StepAfter(0s);
+    m_engine.isRefusing = true;
+    LoseAndNotice(2);
+    EXPECT_EQ(m_follower.TakeWarnings(),
+              std::vector<std::wstring>{L"Die Neuvergabe der verlorenen Teile 2 ist gescheitert: Kein Platz"});
+    EXPECT_TRUE(m_follower.TakeWarnings().empty());
+    m_run.RunShard(1);
+    EXPECT_FALSE(StepAfter(1s));
+    EXPECT_TRUE(m_follower.GetShards()[0].isEnded);
+    m_engine.isRefusing = false;
+    StepAfter(14s);
+    StepAfter(2s);
+
+    ASSERT_EQ(m_engine.submitted.size(), 2U);
+    EXPECT_EQ(m_engine.submitted[1].number, 3U);
+    EXPECT_EQ(m_engine.submitted[1].shards, std::vector<std::uint32_t>{2});
+}
+
+TEST_F(RunnerFollower, WarnsOnceOfTasksThatDoNotBeginByThemselves)
+{
+    StepAfter(0s);
+    m_engine.tasks[1] = {ETaskState::Waiting, L"JobHeldUser", false, /*isStuck*/ true};
+    m_engine.tasks[2] = m_engine.tasks[1];
+    StepAfter(15s);
+    EXPECT_EQ(m_follower.TakeWarnings(),
+              std::vector<std::wstring>{L"Teil 1-2 beginnt ohne einen Eingriff nicht: JobHeldUser"});
+    StepAfter(15s);
+
+    EXPECT_TRUE(m_follower.TakeWarnings().empty());
+}
+
+TEST_F(RunnerFollower, ReportsThatTheSchedulerRefusedAShard)
+{
+    StepAfter(0s);
+    m_run.RunShard(1);
+    m_engine.isRefusing = true;
+    LoseForGood(2);
+    StepAfter(58s);
+
+    ASSERT_EQ(m_follower.GetProblems().size(), 1U);
+    EXPECT_TRUE(m_follower.GetProblems()[0].ends_with(L"zuletzt: Kein Platz"));
 }
 
 TEST_F(RunnerFollower, ReportsWhatTheHostMissed)
@@ -150,12 +226,8 @@ TEST_F(RunnerFollower, ReportsWhatTheHostMissed)
     const auto writer = m_run.Join(2);
     writer->Write(Runner::SRunProblem{L"Auf dem Rechner x fehlt der Ordner y"});
     writer->Close();
-    for (int round = 0; round < 4; ++round)
-    {
-        Lose(2);
-        StepAfter(15s);
-        StepAfter(2s);
-    }
+    LoseForGood(2);
+    StepAfter(58s);
 
     ASSERT_EQ(m_follower.GetProblems().size(), 1U);
     EXPECT_TRUE(m_follower.GetProblems()[0].ends_with(L"zuletzt: Auf dem Rechner x fehlt der Ordner y"));
@@ -191,11 +263,50 @@ TEST_F(RunnerFollower, LeavesASubmissionToAQuickerProcess)
     m_run.RunShard(1);
     Lose(2);
     StepAfter(15s);
-    EXPECT_TRUE(Runner::ClaimSubmission(m_run.GetFolder(), {2, {2}}));
+    EXPECT_TRUE(Runner::ClaimSubmission(m_run.GetFolder(), {2, {2}, {0}}));
     StepAfter(2s);
 
     EXPECT_EQ(m_engine.submitted.size(), 1U);
     EXPECT_EQ(m_follower.GetShards()[1].submissions, 2U);
+}
+
+TEST_F(RunnerFollower, SubmitsOnceWhatADeadProcessOnlyRecorded)
+{
+    EXPECT_TRUE(Runner::ClaimSubmission(m_run.GetFolder(), {1, {1, 2}, {0, 0}}));
+    Runner::CFollower follower(m_run.GetFolder(), m_run.GetShards(), m_engine);
+    follower.Step(m_now);
+    EXPECT_TRUE(m_engine.submitted.empty());
+    follower.Step(m_now + 2s);
+    follower.Step(m_now + 15s);
+    follower.Step(m_now + 30s);
+
+    ASSERT_EQ(m_engine.submitted.size(), 1U);
+    EXPECT_EQ(m_engine.submitted[0].number, 2U);
+    EXPECT_EQ(m_engine.submitted[0].shards, (std::vector<std::uint32_t>{1, 2}));
+    EXPECT_EQ(follower.GetShards()[0].submissions, 2U);
+}
+
+TEST_F(RunnerFollower, LeavesASubmissionToTheProcessThatIsRecordingIt)
+{
+    Runner::CAppendFile file(m_run.GetFolder() + LbPath::ToNative(L"tasks/submission-1.json"));
+    Runner::CFollower follower(m_run.GetFolder(), m_run.GetShards(), m_engine);
+    follower.Step(m_now);
+    file.Append(R"({"shards":[1,2],"verdicts":[0,0]})");
+    follower.Step(m_now + 2s);
+
+    EXPECT_TRUE(m_engine.submitted.empty());
+    EXPECT_EQ(follower.GetShards()[1].submissions, 1U);
+}
+
+TEST_F(RunnerFollower, SubmitsWhatADeadProcessDidNotRecord)
+{
+    Runner::CAppendFile(m_run.GetFolder() + LbPath::ToNative(L"tasks/submission-1.json")).Append("{\"sha");
+    Runner::CFollower follower(m_run.GetFolder(), m_run.GetShards(), m_engine);
+    follower.Step(m_now);
+    follower.Step(m_now + 2s);
+
+    ASSERT_EQ(m_engine.submitted.size(), 1U);
+    EXPECT_EQ(m_engine.submitted[0].number, 2U);
 }
 
 TEST_F(RunnerFollower, CancelsForAllProcesses)
@@ -208,6 +319,60 @@ TEST_F(RunnerFollower, CancelsForAllProcesses)
     EXPECT_TRUE(StepAfter(15s));
     EXPECT_EQ(m_engine.submitted.size(), 1U);
     EXPECT_EQ(m_follower.GetProblems(), std::vector<std::wstring>{L"Der verteilte Lauf wurde abgebrochen"});
+}
+
+TEST_F(RunnerFollower, RepeatsACancellationThatDoesNotWork)
+{
+    StepAfter(0s);
+    m_engine.isDeaf = true;
+    m_follower.Cancel();
+    EXPECT_FALSE(StepAfter(1s));
+    EXPECT_TRUE(m_follower.HasAnswer());
+    EXPECT_FALSE(StepAfter(1s));
+    EXPECT_EQ(m_engine.cancellations, 1);
+    EXPECT_FALSE(StepAfter(15s));
+    EXPECT_EQ(m_engine.cancellations, 2);
+    m_engine.isDeaf = false;
+    EXPECT_FALSE(StepAfter(15s));
+
+    EXPECT_TRUE(StepAfter(15s));
+    EXPECT_TRUE(m_follower.TakeWarnings().empty());
+}
+
+TEST_F(RunnerFollower, WarnsOfACancellationThatNothingConfirms)
+{
+    StepAfter(0s);
+    m_engine.isDeaf = true;
+    m_follower.Cancel();
+    EXPECT_FALSE(StepAfter(1s));
+
+    EXPECT_TRUE(StepAfter(60s));
+    EXPECT_EQ(m_follower.TakeWarnings(),
+              std::vector<std::wstring>{L"Der Abbruch ist nicht bestätigt: Prozesse können noch laufen"});
+}
+
+TEST_F(RunnerFollower, DoesNotEndHostsThatEndedSinceTheLastAnswer)
+{
+    StepAfter(0s);
+    m_run.RunShard(1);
+    m_run.RunShard(2);
+    EXPECT_FALSE(StepAfter(15s));
+    m_engine.tasks.clear();
+
+    EXPECT_TRUE(StepAfter(2s));
+    EXPECT_EQ(m_engine.cancellations, 0);
+}
+
+TEST_F(RunnerFollower, IsNotCanceledWhenItIsComplete)
+{
+    StepAfter(0s);
+    m_run.RunShard(1);
+    m_run.RunShard(2);
+    Runner::MarkCanceled(m_run.GetFolder());
+
+    EXPECT_TRUE(StepAfter(1s));
+    EXPECT_TRUE(m_follower.IsComplete());
+    EXPECT_EQ(m_follower.GetProblems(), std::vector<std::wstring>());
 }
 
 TEST_F(RunnerFollower, EndsAHostThatIsSuperfluous)
@@ -246,39 +411,36 @@ TEST_F(RunnerFollower, RecognisesABegunShardByItsJournal)
     EXPECT_FALSE(m_follower.GetShards()[1].hasBegun);
 }
 
+TEST_F(RunnerFollower, ShowsInTheStatusThatAShardIsGivenUp)
+{
+    StepAfter(0s);
+    LoseForGood(2);
+    Runner::CFollower other(m_run.GetFolder(), m_run.GetShards(), m_engine);
+    other.Poll();
+
+    EXPECT_FALSE(other.GetShards()[0].isGivenUp);
+    EXPECT_TRUE(other.GetShards()[1].isGivenUp);
+}
+
+TEST_F(RunnerFollower, DoesNotGiveUpAShardInTheStatusWhoseLastTaskRuns)
+{
+    StepAfter(0s);
+    LoseAndNotice(2);
+    LoseAndNotice(2);
+    LoseAndNotice(2);
+    Runner::CFollower other(m_run.GetFolder(), m_run.GetShards(), m_engine);
+    other.Poll();
+
+    EXPECT_EQ(other.GetShards()[1].submissions, 4U);
+    EXPECT_FALSE(other.GetShards()[1].isGivenUp);
+}
+
 TEST_F(RunnerFollower, SubmitsNothingWhenAskedForTheStatus)
 {
-    m_follower.Look();
+    m_follower.Poll();
 
     EXPECT_TRUE(m_engine.submitted.empty());
     EXPECT_EQ(m_follower.GetShards()[0].submissions, 0U);
-}
-
-TEST(RunnerSubmissions, AreClaimedOnce)
-{
-    const CPlayedRun run;
-    EXPECT_TRUE(Runner::ReadSubmissions(run.GetFolder()).empty());
-    EXPECT_TRUE(Runner::ClaimSubmission(run.GetFolder(), {1, {1, 2}}));
-    EXPECT_FALSE(Runner::ClaimSubmission(run.GetFolder(), {1, {1}}));
-    const auto submissions = Runner::ReadSubmissions(run.GetFolder());
-
-    ASSERT_EQ(submissions.size(), 1U);
-    EXPECT_EQ(submissions[0].shards, (std::vector<std::uint32_t>{1, 2}));
-}
-
-TEST(RunnerSubmissions, WithoutContentHaveNoShards)
-{
-    const CPlayedRun run;
-    Runner::CAppendFile(run.GetFolder() + LbPath::ToNative(L"tasks/submission-1.json")).Append("{\"sha");
-
-    ASSERT_EQ(Runner::ReadSubmissions(run.GetFolder()).size(), 1U);
-    EXPECT_TRUE(Runner::ReadSubmissions(run.GetFolder())[0].shards.empty());
-}
-
-TEST(RunnerSubmissions, NeedTheirFolder)
-{
-    EXPECT_THROW(Runner::ClaimSubmission(LbPath::ToNative(L"/gibt es nicht/"), {1, {1}}), LbException);
-    EXPECT_THROW(Runner::MarkCanceled(LbPath::ToNative(L"/gibt es nicht/")), LbException);
 }
 
 } // namespace

@@ -2,18 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "testing/lutestsuiterunner/cluster/lasterror.h"
 
 namespace
 {
 
 using Runner::ETaskState;
-
-TEST(RunnerSlurmText, WritesShardsAsRanges)
-{
-    EXPECT_EQ(Runner::FormatArray({1, 2, 3, 7, 9, 10}), L"1-3,7,9-10");
-    EXPECT_EQ(Runner::FormatArray({4}), L"4");
-}
 
 TEST(RunnerSlurmText, ReadsTheStatesOfTasks)
 {
@@ -34,6 +29,22 @@ TEST(RunnerSlurmText, ReadsTheStatesOfTasks)
     EXPECT_EQ(tasks.at(4).state, ETaskState::Over);
 }
 
+TEST(RunnerSlurmText, TakesATaskThatSlurmHoldsForOver)
+{
+    EXPECT_EQ(Runner::ReadQueue("task|1|PENDING|JobHoldMaxRequeue|\n").at(1).state, ETaskState::Over);
+}
+
+TEST(RunnerSlurmText, RecognisesTasksThatDoNotBeginByThemselves)
+{
+    const Runner::Tasks tasks = Runner::ReadQueue("task|1|PENDING|BadConstraints|\n"
+                                                  "task|2|PENDING|Resources|\n"
+                                                  "task|3|RUNNING|JobHeldUser|node1\n");
+
+    EXPECT_TRUE(tasks.at(1).isStuck);
+    EXPECT_FALSE(tasks.at(2).isStuck);
+    EXPECT_FALSE(tasks.at(3).isStuck);
+}
+
 TEST(RunnerSlurmText, TakesTheTaskThatIsNotOver)
 {
     const Runner::Tasks tasks = Runner::ReadQueue("task|1|FAILED|None|node1\ntask|1|RUNNING|None|node2\n"
@@ -43,9 +54,41 @@ TEST(RunnerSlurmText, TakesTheTaskThatIsNotOver)
     EXPECT_EQ(tasks.at(2).note, L"node3");
 }
 
+TEST(RunnerSlurmText, FindsTheNewestOutputOfEachShard)
+{
+    const std::map<std::uint32_t, std::wstring> expected = {{1, L"shard-1-2-0.txt"}, {12, L"shard-12-1-10.txt"}};
+
+    EXPECT_EQ(Runner::FindNewestOutputs({L"shard-1-1-3.txt", L"shard-1-2-0.txt", L"shard-12-1-9.txt",
+                                         L"shard-12-1-10.txt", L"shard-3.txt", L"shard-3-1-x.txt", L"task.sh",
+                                         L"submission-1.json", L"shard-4-1-.txt"}),
+              expected);
+}
+
+TEST(RunnerSlurmText, RecognisesOptionsThatTheEngineSets)
+{
+    for (const wchar_t* const option : {L"--array=1-3", L"--array", L"--arr=1", L"-a1", L"-a", L"--job-name=x", L"-Jx",
+                                        L"--clusters=all", L"--cluster=all", L"-M", L"--wait", L"-W", L"--"})
+    {
+        EXPECT_TRUE(Runner::IsOwnOption(option)) << LbEncoding::ToUtf8(option);
+    }
+    for (const wchar_t* const option :
+         {L"--time=30", L"-t", L"30", L"--wait-all-nodes=1", L"--account=a", L"-w", L"--array-x", L"--comment=--wait"})
+    {
+        EXPECT_FALSE(Runner::IsOwnOption(option)) << LbEncoding::ToUtf8(option);
+    }
+}
+
 TEST(RunnerSlurmText, NamesEachSubmissionOnce)
 {
     EXPECT_EQ(Runner::GetJobName("abc", 2), L"lutestsuite-abc-2");
+}
+
+TEST(RunnerLastError, IsFoundWithTheLastLine)
+{
+    EXPECT_EQ(Runner::FindLastLine("eins\nzwei \r\n\n"), L"zwei");
+    EXPECT_EQ(Runner::FindLastLine("eins"), L"eins");
+    EXPECT_EQ(Runner::FindLastLine("\n"), L"");
+    EXPECT_EQ(Runner::FindLastLine(""), L"");
 }
 
 TEST(RunnerLastError, IsTheLastErrorLine)

@@ -1,0 +1,158 @@
+/// Several processes that deal with one distributed run of this machine.
+
+#include <chrono>
+#include <filesystem>
+#include <future>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/os/files.h"
+#include "base/os/folderlock.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
+#include "tests/lutestsuiterunner/cli/distributedtest.h"
+#include "tests/support/places.h"
+
+namespace
+{
+
+class RunnerSubmitProcesses : public DistributedTest
+{
+protected:
+    std::wstring GetShard() const { return GetOut() + Runner::GetShardFolderName(1); }
+
+    /// Begins a run of a very long case in the background, and waits until its host runs.
+    void BeginLongRun() const
+    {
+        MakeDurations({600'000, 1});
+        Submit({L"--shards", L"1", L"--detach"}, {L"-i", L":0.ms$"});
+        WaitUntil([this] { return LbFileSystem::IsFile(GetShard() + Runner::GetJournalName(1)); });
+    }
+
+    static std::vector<std::wstring> SelectShortCase() { return {L"-i", L":1.ms$"}; }
+
+    template<typename F>
+    static void WaitUntil(const F& condition)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(3);
+        while (!condition())
+        {
+            ASSERT_LT(std::chrono::steady_clock::now(), end);
+        }
+    }
+};
+
+TEST_F(RunnerSubmitProcesses, CancelTheRunThatAnotherOneReplaces)
+{
+    BeginLongRun();
+    const SHostRun run = Submit({L"--shards", L"2", L"--force"}, SelectShortCase());
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    ExpectLine(run.errors, "Der Lauf, der in " + LbEncoding::ToUtf8(GetOut()) + " noch läuft, wird abgebrochen.\n");
+    ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmitProcesses, CancelTheRunThatARunInOneProcessReplaces)
+{
+    BeginLongRun();
+    const SHostRun run = Run({L"run", L"--force"}, SelectShortCase());
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    ExpectLine(run.errors, " noch läuft, wird abgebrochen.\n");
+}
+
+TEST_F(RunnerSubmitProcesses, WarnOfAReplacedRunThatTheyCannotCancel)
+{
+    MakeDurations({1});
+    Submit({L"--shards", L"1"});
+    m_folder.WriteFile(L"out/shards.json", "{");
+    const SHostRun run = Submit({L"--shards", L"1", L"--force"});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    ExpectLine(run.errors, " wird ersetzt, aber nicht abgebrochen: Die Liste der Teile ");
+}
+
+/// The command "wait" on a terminal, while this process is the one to which the run belongs.
+class RunnerSubmitWaiting : public RunnerSubmitProcesses
+{
+protected:
+    void SetUp() override
+    {
+        if (!CanRunHostOnTerminal())
+        {
+            GTEST_SKIP() << "there is no terminal";
+        }
+        MakeDurations({1});
+        Submit({L"--shards", L"1"});
+        m_lock = LbOs::CFolderLock::TryAcquire(GetOut() + Runner::c_TasksFolderName);
+        ASSERT_NE(m_lock, nullptr);
+    }
+
+    /// Starts the command, and returns when it shows this progress.
+    void Begin(const std::string& progress)
+    {
+        const std::wstring output = m_folder.WriteFile(L"output", "");
+        SHostOptions options;
+        options.onTerminal = true;
+        options.outputDevice = output;
+        options.program =
+            m_folder.WriteFile(L"start", "#!/bin/sh\necho $$ >'" + LbEncoding::ToUtf8(m_folder.GetPathOf(L"process")) +
+                                             "'\nexec \"$@\"\n");
+        std::filesystem::permissions(options.program, std::filesystem::perms::owner_all);
+        m_run = std::async(std::launch::async, [this, options] {
+            return RunHost({L"" LUTESTSUITE_RUNNER, L"wait", GetOut()}, options);
+        });
+        WaitUntil([&] { return LbFileSystem::ReadFile8Bit(output).find(progress) != std::string::npos; });
+    }
+
+    /// Sends the process a signal by its name.
+    void Send(const std::wstring& signal) const
+    {
+        std::string process = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"process"));
+        process.pop_back();
+        SHostOptions options;
+        options.program = L"/bin/sh";
+        RunHost({L"-c", L"kill -" + signal + L" " + LbEncoding::FromUtf8(process)}, options);
+    }
+
+    bool IsMarkedCanceled() const { return LbFileSystem::IsFile(GetOut() + LbPath::ToNative(L"tasks/canceled")); }
+
+    std::future<SHostRun> m_run;
+    // After m_run, so that the lock is released before the destructor of m_run waits for the command.
+    std::unique_ptr<LbOs::CFolderLock> m_lock;
+};
+
+TEST_F(RunnerSubmitWaiting, ShowsTheProgressOfTheRun)
+{
+    Begin("Teile: 1 von 1 fertig, 0 laufen, Fälle: 1/1");
+    m_lock.reset();
+
+    EXPECT_EQ(m_run.get().exitStatus, 0);
+}
+
+TEST_F(RunnerSubmitWaiting, LeavesTheReportsToTheOtherProcessAfterCtrlC)
+{
+    LbOs::RemoveFile(GetShard() + Runner::GetJournalName(1));
+    LbOs::RemoveFile(GetOut() + Runner::c_XmlReportName);
+    Begin("Teile: 0 von 1 fertig");
+    Send(L"INT");
+    WaitUntil([this] { return IsMarkedCanceled(); });
+    // Takes longer than writing reports.
+    RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", GetShard()});
+    EXPECT_FALSE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
+    m_lock.reset();
+
+    EXPECT_EQ(m_run.get().exitStatus, 130);
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
+}
+
+TEST_F(RunnerSubmitWaiting, EndsWhenItIsTerminated)
+{
+    Begin("Teile: 1 von 1 fertig");
+    Send(L"TERM");
+
+    EXPECT_EQ(m_run.get().exitStatus, 143);
+    EXPECT_FALSE(IsMarkedCanceled());
+}
+
+} // namespace
