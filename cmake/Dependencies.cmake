@@ -10,7 +10,7 @@ if(NOT TARGET pugixml::pugixml)
     if(CMAKE_CROSSCOMPILING)
         message(FATAL_ERROR "pugixml for MinGW is missing. Run: ${PROJECT_SOURCE_DIR}/scripts/setup windows")
     endif()
-    message(FATAL_ERROR "pugixml is missing. Run: ${PROJECT_SOURCE_DIR}/scripts/setup linux")
+    message(FATAL_ERROR "pugixml is missing. Run: ${PROJECT_SOURCE_DIR}/scripts/setup build")
 endif()
 
 # Header-only libraries of the host LuTestSuiteRunner. scripts/setup puts links to them beside pugixml for MinGW,
@@ -71,3 +71,15 @@ endif()
 if(LUTESTSUITE_BUILD_BENCHMARKS AND NOT CMAKE_CROSSCOMPILING)
     find_package(benchmark CONFIG REQUIRED)
 endif()
+
+# Links libraries of a test framework into a module.
+function(lutestsuite_link_framework module)
+    target_link_libraries(${module} PRIVATE ${ARGN})
+    foreach(library IN LISTS ARGN)
+        # It becomes a part of a shared library.
+        get_target_property(aliased ${library} ALIASED_TARGET)
+        if(aliased)
+            set_target_properties(${aliased} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+        endif()
+    endforeach()
+endfunction()

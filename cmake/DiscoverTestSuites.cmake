@@ -14,18 +14,26 @@ if(NOT status EQUAL 0)
     return()
 endif()
 
+# The end of the output if no test has run and none has failed. Without it, a skipped suite would count as passed.
+set(all_skipped "\\[  PASSED  \\] 0 tests\\.[\r\n]+(\\[  SKIPPED \\][^\r\n]*[\r\n]*)+$")
+
 # A line with a suite is not indented and ends in a dot; its tests follow indented.
 list(JOIN concurrent_words "|" concurrent)
 string(REGEX MATCHALL "(^|\n)[^ \r\n]+\\." suites "${listing}")
 foreach(suite IN LISTS suites)
     string(STRIP "${suite}" suite)
     add_test("${name}.${suite}*" ${emulator} "${program}" "--gtest_filter=${suite}*")
-    set_tests_properties("${name}.${suite}*" PROPERTIES WORKING_DIRECTORY "${directory}" TIMEOUT 300)
+    set_tests_properties("${name}.${suite}*" PROPERTIES WORKING_DIRECTORY "${directory}" TIMEOUT 300
+        SKIP_REGULAR_EXPRESSION "${all_skipped}")
     if(suite MATCHES "${concurrent}")
         set_tests_properties("${name}.${suite}*" PROPERTIES LABELS "concurrent")
     endif()
-    if(suite MATCHES "RunParallelCrashes")
-        # The longest suite begins first.
+    if(suite STREQUAL "RunnerSlurm.")
+        # Starts a cluster and waits for it.
+        set_tests_properties("${name}.${suite}*" PROPERTIES LABELS "independent" TIMEOUT 900)
+    endif()
+    if(suite MATCHES "RunParallelCrashes|^RunnerSlurm\\.$")
+        # The longest suites begin first.
         set_tests_properties("${name}.${suite}*" PROPERTIES COST 600)
     endif()
 endforeach()

@@ -1,6 +1,6 @@
 # lutestsuite_add_tests(<target>): registers a GoogleTest program with ctest.
 #
-# In debug builds for Linux, every test is an entry of its own. Elsewhere an entry is a whole test suite, because a
+# In linux-debug, every test is an entry of its own. Elsewhere an entry is a whole test suite, because a
 # process takes up to 0.3 s to start under Wine or a sanitizer.
 
 # Suites with one of these words in their name carry the label "concurrent", which the thread sanitizer runs.
@@ -28,7 +28,7 @@ function(lutestsuite_compile_test target)
 endfunction()
 
 function(lutestsuite_add_tests target)
-    if(CMAKE_CROSSCOMPILING OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    if(CMAKE_CROSSCOMPILING OR LUTESTSUITE_SANITIZERS OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         lutestsuite_add_test_suites(${target})
         return()
     endif()

@@ -38,7 +38,8 @@ configure_package_config_file(cmake/LuTestSuiteConfig.cmake.in LuTestSuiteConfig
     INSTALL_DESTINATION "${package_directory}" PATH_VARS CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file(LuTestSuiteConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/LuTestSuiteConfig.cmake" "${PROJECT_BINARY_DIR}/LuTestSuiteConfigVersion.cmake"
-    cmake/LuTestSuiteAddModule.cmake cmake/LuTestSuiteCases.cmake cmake/LuTestSuiteDiscoverTests.cmake
+    cmake/LuTestSuiteAddModule.cmake cmake/LuTestSuiteBuildRecord.cmake cmake/LuTestSuiteCases.cmake
+    cmake/LuTestSuiteDiscoverTests.cmake
     DESTINATION "${package_directory}" COMPONENT development)
 
 set(pkgconfig_directory "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

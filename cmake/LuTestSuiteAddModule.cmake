@@ -38,17 +38,19 @@ function(lutestsuite_add_module name)
     endif()
 endfunction()
 
-# lutestsuite_deploy_host([<directory>])
+# lutestsuite_deploy_host([<directory>] [BUILD_RECORD <file>])
 #
 # Copies the hosts and the shared libraries they need into a directory, by default the one that
 # lutestsuite_add_module uses. The hosts look for modules beside themselves, so this makes the directory ready to run.
 # Each OUTPUT_DIRECTORY of modules needs a call; a second call for the same directory does nothing.
+#
+# Each build also writes lutestsuite-build.txt beside the hosts, from which reports and the history name the build: the
+# commit of the git checkout that tracks the CMakeLists.txt of the call; empty without one. With BUILD_RECORD it is a
+# copy of that file, with lines "Server: ...", "Repository: ...", "Branch: ...", "Changeset: ...",
+# "ChangesetAuthor: ..." and "WorkspacePath: ...".
 function(lutestsuite_deploy_host)
-    set(directory "")
-    if(ARGC GREATER 0)
-        set(directory "${ARGV0}")
-    endif()
-    lutestsuite_module_directory("${directory}" directory)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "BUILD_RECORD" "")
+    lutestsuite_module_directory("${arg_UNPARSED_ARGUMENTS}" directory)
     lutestsuite_host_target("${directory}" target)
     if(TARGET ${target})
         return()
@@ -62,9 +64,18 @@ function(lutestsuite_deploy_host)
     set(files "$<TARGET_FILE:LuTestSuite::LuTestSuiteCLI>" "$<TARGET_FILE:LuTestSuite::LuTestSuiteRunner>"
         "$<TARGET_${kind}:LuTestSuite::LuTestSuite>" "$<TARGET_${kind}:LuTestSuite::LbBase>"
         "$<TARGET_PROPERTY:LuTestSuite::LbBase,LUTESTSUITE_RUNTIME_DLLS>")
+    set(record "${directory}/lutestsuite-build.txt")
+    if(arg_BUILD_RECORD)
+        cmake_path(ABSOLUTE_PATH arg_BUILD_RECORD NORMALIZE)
+        set(record_command "${CMAKE_COMMAND}" -E copy_if_different "${arg_BUILD_RECORD}" "${record}")
+    else()
+        set(record_command "${CMAKE_COMMAND}" -D "SOURCE=${CMAKE_CURRENT_SOURCE_DIR}" -D "RECORD=${record}"
+            -P "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/LuTestSuiteBuildRecord.cmake")
+    endif()
     add_custom_target(${target} ALL
         COMMAND "${CMAKE_COMMAND}" -E make_directory "${directory}"
         COMMAND "${CMAKE_COMMAND}" -E copy_if_different ${files} "${directory}"
+        COMMAND ${record_command}
         COMMENT "Copying the LuTestSuite hosts to ${directory}" COMMAND_EXPAND_LISTS VERBATIM)
 endfunction()
 

@@ -1,15 +1,18 @@
 # Read by CTest: adds the cases of one module as tests. Written by lutestsuite_discover_tests, which sets:
-# LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind "--"), LUTESTSUITE_TEST_PREFIX,
-# LUTESTSUITE_PROPERTIES, and of these LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
+# LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind "--"), LUTESTSUITE_IN_PROCESS,
+# LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_PROPERTIES, and of these LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
 
 # Called by the script that "LuTestSuiteRunner list --ctest" writes; `state` is "", SERIAL or DISABLED.
 function(lutestsuite_add_case name class folder time_limit state)
     set(test "${LUTESTSUITE_TEST_PREFIX}${name}")
     set(options "${LUTESTSUITE_OPTIONS}")
     set(properties SKIP_RETURN_CODE 77) # The exit status of "case" if the case is disabled.
-    if(time_limit GREATER 0)
-        # The host can only end child processes at a limit. CTest has to end a host that hangs.
+    if(time_limit GREATER 0 OR NOT LUTESTSUITE_IN_PROCESS)
+        # The host sees every end of a child process, and can end it at a limit.
         list(APPEND options -x)
+    endif()
+    if(time_limit GREATER 0)
+        # CTest has to end a host that hangs.
         math(EXPR time_limit "${time_limit} + 30")
         list(APPEND properties TIMEOUT ${time_limit})
     endif()

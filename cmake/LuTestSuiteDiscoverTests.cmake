@@ -2,22 +2,24 @@
 
 include_guard(GLOBAL)
 
-# lutestsuite_discover_tests(<module> DATA_DIRECTORY <directory>
+# lutestsuite_discover_tests(<module> DATA_DIRECTORY <directory> [IN_PROCESS]
 #     [OPTIONS <option>...] [TEST_PREFIX <prefix>] [PROPERTIES <name> <value>...]
 #     [DISCOVERY_MODE PRE_TEST|POST_BUILD] [DISCOVERY_TIMEOUT <seconds>])
 #
 # Makes each case of a module that lutestsuite_add_module has added a test of CTest: "<prefix><folder>/<class>:<case>",
 # labelled with class and folder, with the time limit of its description, disabled if its description disables it, and
-# run alone if its description says that "Parallel" is false. Each runs in a process of its own, by
-# "LuTestSuiteRunner case". OPTIONS are options of LuTestSuiteCLI, such as "-i" and a pattern or "-t 60".
+# run alone if its description says that "Parallel" is false. Each runs in a process of its own, a child of
+# "LuTestSuiteRunner case", so that the test fails whatever the case does to its process. With IN_PROCESS, a case
+# without time limit runs in the process of the host, which takes less time and is easy to debug, but a case that calls
+# _Exit(0) passes. OPTIONS are options of LuTestSuiteCLI, such as "-i" and a pattern or "-t 60".
 #
 # PRE_TEST, the default, lists the cases whenever ctest starts, so that new data sets are tests at once. POST_BUILD
 # lists them after the module has been linked. Both use the variables of the property ENVIRONMENT. If the cases cannot
 # be listed, with PRE_TEST a test "<prefix><module>.discovery" fails with the reason, and with POST_BUILD the build.
 #
-# Before it, lutestsuite_deploy_host has to be called for the directory of the module.
+# Call lutestsuite_deploy_host for the module's directory first.
 function(lutestsuite_discover_tests module)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "DATA_DIRECTORY;TEST_PREFIX;DISCOVERY_MODE;DISCOVERY_TIMEOUT"
+    cmake_parse_arguments(PARSE_ARGV 1 arg "IN_PROCESS" "DATA_DIRECTORY;TEST_PREFIX;DISCOVERY_MODE;DISCOVERY_TIMEOUT"
         "OPTIONS;PROPERTIES")
     get_target_property(load_name "${module}" LUTESTSUITE_LOAD_NAME)
     if(arg_UNPARSED_ARGUMENTS)
@@ -69,6 +71,7 @@ function(lutestsuite_discover_tests module)
 set(LUTESTSUITE_CMAKE [[${CMAKE_COMMAND}]])
 set(LUTESTSUITE_RUNNER [[${CMAKE_CROSSCOMPILING_EMULATOR}]] [[${runner}]])
 set(LUTESTSUITE_OPTIONS ${options})
+set(LUTESTSUITE_IN_PROCESS ${arg_IN_PROCESS})
 set(LUTESTSUITE_TEST_PREFIX [[${arg_TEST_PREFIX}]])
 set(LUTESTSUITE_PROPERTIES ${properties})
 set(LUTESTSUITE_ENVIRONMENT ${environment})

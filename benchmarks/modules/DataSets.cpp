@@ -16,6 +16,27 @@ class CDataSets : public LuUnitTest
 };
 LB_RTTI_CLASS(CDataSets, LuUnitTest)
 
+/// Needs the index of each sub-test.
+class CIndexedDataSets : public CDataSets
+{
+    LB_RTTI(CIndexedDataSets)
+
+    EResult RunUnitTest(std::uint32_t subtest) override { return CDataSets::RunUnitTest(subtest); }
+};
+LB_RTTI_CLASS(CIndexedDataSets, CDataSets)
+
+/// Gives its sub-tests names of its own.
+class CNamedDataSets : public CDataSets
+{
+    LB_RTTI(CNamedDataSets)
+
+    std::wstring GetSubtestName(std::uint32_t subtest) const override
+    {
+        return L"my " + CDataSets::GetSubtestName(subtest);
+    }
+};
+LB_RTTI_CLASS(CNamedDataSets, CDataSets)
+
 namespace
 {
 

@@ -34,6 +34,15 @@
 #include <utility>
 #include <vector>
 
+// Catch2 2 has no such header.
+#if __has_include(<catch2/catch_version_macros.hpp>)
+#include <catch2/catch_version_macros.hpp>
+#endif
+
+#if !defined(CATCH_VERSION_MAJOR) || CATCH_VERSION_MAJOR < 3 || (CATCH_VERSION_MAJOR == 3 && CATCH_VERSION_MINOR < 3)
+#error "testing/lutestsuite/catch2.h needs Catch2 3.3 or later"
+#endif
+
 #include <catch2/catch_config.hpp>
 #include <catch2/catch_session.hpp>
 #include <catch2/catch_test_case_info.hpp>

@@ -29,9 +29,10 @@
 namespace LuForeignTests
 {
 
-/// Held while a test runs, because the frameworks run one test at a time. Modules share this lock exactly where they
-/// share the framework's own variables, because the linker treats inline variables of both in the same way. Recursive,
-/// because a unit test may run a sub-test through a second object.
+/// Held while a test runs, because the frameworks run one test at a time. On Linux, modules with default visibility
+/// share this lock, as they share the inline variables of the framework. On Windows, and with hidden visibility, each
+/// module has its own lock and its own variables. Recursive, because a unit test may run a sub-test through a second
+/// object.
 inline std::recursive_mutex& GetLock()
 {
     static std::recursive_mutex s_lock;

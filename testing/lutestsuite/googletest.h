@@ -16,10 +16,11 @@
 /// one after another, also on worker threads (-p); in child processes (-x -w 4) they run side by side. Options of
 /// GoogleTest in environment variables (GTEST_FILTER, GTEST_BREAK_ON_FAILURE, ...) have no effect on selection, results
 /// and outputs. GTEST_TOTAL_SHARDS is an error, because GoogleTest would leave out tests that the host runs. Death
-/// tests work in the "fast" style only.
+/// tests work on Linux in the style "fast", and fail in the style "threadsafe" and on Windows.
 #pragma once
 
 #include <cstdlib>
+#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,6 +28,11 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+// GoogleTest has no macro for its version.
+#ifndef GTEST_FLAG_SET
+#error "testing/lutestsuite/googletest.h needs GoogleTest 1.12 or later"
+#endif
 
 #include "testing/lutestsuite/foreigntests.h"
 
@@ -53,13 +59,60 @@ struct STestList
 
 template struct STestList<&testing::TestSuite::test_info_list_>;
 
+#ifdef GTEST_OS_WINDOWS
+
+/// GoogleTest would start the host instead of the test, and take any end of the host for the death of the test. It
+/// fails each death test with the name of a style that it does not know.
+constexpr const char* c_DeathTestStyle = "Todestests gibt es nur unter Linux";
+
+/// A test may select another style. Then only the message of the last death test shows that there was one.
+inline void forgetDeathTests()
+{
+    testing::internal::DeathTest* test = nullptr;
+    testing::internal::DeathTest::Create("", testing::internal::MakeDeathTestMatcher(""), "", 0, &test);
+}
+
+inline bool hasStartedDeathTest()
+{
+    return std::string_view(testing::internal::DeathTest::LastMessage()).find("death test style") ==
+           std::string_view::npos;
+}
+
+#else
+
+constexpr const char* c_DeathTestStyle = "fast";
+
+inline void forgetDeathTests() {}
+
+/// getDeathTestCommand fails those of another style.
+inline bool hasStartedDeathTest()
+{
+    return false;
+}
+
+#endif
+
 /// Passes the results of the running test on.
 class CListener : public testing::EmptyTestEventListener
 {
 public:
     explicit CListener(LuForeignTests::CUnitTest& unitTest) : m_unitTest(unitTest) {}
 
-    void OnTestStart(const testing::TestInfo& /*test*/) override { m_hasStarted = true; }
+    void OnTestStart(const testing::TestInfo& /*test*/) override
+    {
+        m_hasStarted = true;
+        // A global environment may have changed it.
+        GTEST_FLAG_SET(death_test_style, std::string(c_DeathTestStyle));
+        forgetDeathTests();
+    }
+
+    void OnTestEnd(const testing::TestInfo& /*test*/) override
+    {
+        if (hasStartedDeathTest())
+        {
+            m_unitTest.Error(L"%S", c_DeathTestStyle);
+        }
+    }
 
     /// GoogleTest calls it for one result at a time, also for those of other threads.
     void OnTestPartResult(const testing::TestPartResult& part) override
@@ -127,19 +180,33 @@ private:
     Tests& m_list;
 };
 
+/// Owns a test that has been taken out of its suite, which would delete it.
+class COwnedTest : public INonCopyable
+{
+public:
+    COwnedTest(testing::TestSuite& suite, testing::TestInfo* test) : m_list(suite.*GetTestList()), m_test(test) {}
+    /// If the process ends while the test runs, the list contains it.
+    ~COwnedTest() { m_list.clear(); }
+
+private:
+    Tests& m_list;
+    std::unique_ptr<testing::TestInfo> m_test;
+};
+
 inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, testing::TestSuite& suite, testing::TestInfo& test)
 {
     const CListedTest listed(suite, test);
     testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
-    CListener listener(unitTest);
-    listeners.Append(&listener);
+    // GoogleTest owns it during the run and deletes it if the test ends the process.
+    auto* const listener = new CListener(unitTest);
+    listeners.Append(listener);
     const bool hasPassed = RUN_ALL_TESTS() == 0;
-    listeners.Release(&listener);
+    const std::unique_ptr<testing::TestEventListener> released(listeners.Release(listener));
     if (unitTest.HasErrors())
     {
         reportParameters(unitTest, test);
     }
-    return listener.GetResult(hasPassed);
+    return listener->GetResult(hasPassed);
 }
 
 /// Options of environment variables that would change which tests run, how they end or where results go.
@@ -160,6 +227,15 @@ inline void resetOptions()
     GTEST_FLAG_SET(throw_on_failure, false);
 }
 
+/// The command that GoogleTest starts for a death test in the style "threadsafe". It cannot be the host, which expects
+/// other arguments. This command prints its fourth word, and reports that the test is still alive to the descriptor at
+/// the end of the last argument that GoogleTest adds, so that the test fails.
+inline std::vector<std::string> getDeathTestCommand()
+{
+    return {"/bin/sh", "-c", "echo \"$0\" >&2; for last; do :; done; printf L >\"/proc/self/fd/${last##*|}\"",
+            "Todestests gibt es hier nur im Stil \"fast\""};
+}
+
 inline void prepare()
 {
     // GoogleTest reads it for each run. It has no option for it.
@@ -169,10 +245,15 @@ inline void prepare()
     }
     // Before the initialisation, which connects to servers and installs handlers.
     resetOptions();
-    int count = 1;
-    char name[] = "LuTestSuite";
-    char* arguments[] = {name, nullptr};
-    testing::InitGoogleTest(&count, arguments);
+    std::vector<std::string> texts = getDeathTestCommand();
+    std::vector<char*> arguments;
+    for (std::string& text : texts)
+    {
+        arguments.push_back(text.data());
+    }
+    int count = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    testing::InitGoogleTest(&count, arguments.data());
     testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
     delete listeners.Release(listeners.default_result_printer());
     delete listeners.Release(listeners.default_xml_generator());
@@ -180,14 +261,13 @@ inline void prepare()
 
 inline bool isDisabled(std::string_view name)
 {
-    // Parameterised suites have their prefix in front.
+    // The names of parameterised suites begin with a prefix and "/".
     return name.starts_with("DISABLED_") || name.find("/DISABLED_") != name.npos;
 }
 
 inline void registerSuites()
 {
-    // The suites do not delete tests that have been taken out of them.
-    static std::vector<std::unique_ptr<testing::TestInfo>> s_tests;
+    static std::deque<COwnedTest> s_tests;
     prepare();
     LuForeignTests::CNames suiteNames;
     const testing::UnitTest& all = *testing::UnitTest::GetInstance();
@@ -199,7 +279,7 @@ inline void registerSuites()
         LuForeignTests::CNames testNames;
         for (testing::TestInfo* const test : std::exchange(suite.*GetTestList(), Tests()))
         {
-            s_tests.emplace_back(test);
+            s_tests.emplace_back(suite, test);
             made.tests.push_back(
                 {testNames.Make(test->name()), isDisabled(suite.name()) || isDisabled(test->name()),
                  [&suite, test](LuForeignTests::CUnitTest& unitTest) { return run(unitTest, suite, *test); }});

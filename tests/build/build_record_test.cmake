@@ -1,7 +1,7 @@
 # Tests a build's record of its origin: cmake -D folder=<folder> -P build_record_test.cmake
 
 cmake_minimum_required(VERSION 3.25)
-include("${CMAKE_CURRENT_LIST_DIR}/../../cmake/BuildRecord.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/../../cmake/LuTestSuiteBuildRecord.cmake")
 
 function(expect_remote url expected_server expected_repository)
     lutestsuite_split_remote("${url}" server repository)

@@ -68,9 +68,9 @@ endforeach()
 # With what it is asked for. Nothing is built here.
 file(MAKE_DIRECTORY "${WORK}/all")
 configure(add_subdirectory "${WORK}/all" -DLUTESTSUITE_INSTALL=ON -DLUTESTSUITE_BUILD_TESTS=ON
-    -DLUTESTSUITE_BUILD_EXAMPLES=ON -DDISCOVER=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
+    -DLUTESTSUITE_BUILD_EXAMPLES=ON -DLUTESTSUITE_BUILD_BENCHMARKS=ON -DDISCOVER=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
 include("${WORK}/all/report.cmake")
-foreach(target base_tests cli_tests example_modules)
+foreach(target base_tests cli_tests example_modules process_pairs TrivialCases)
     if(NOT target IN_LIST targets)
         message(FATAL_ERROR "The build has not the target ${target} but ${targets}")
     endif()

@@ -1,5 +1,5 @@
 # Installs a build tree, builds the project in discovery/ against it and checks what CTest makes of its cases.
-# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, COMPILER.
+# Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, COMPILER, RUNNER.
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/discovery")
 set(build "${WORK}/build")
@@ -22,15 +22,15 @@ function(expect text)
     endif()
 endfunction()
 
-# Sets `result` to the properties of a test, as a list of names and values.
-function(find_properties test result)
+# Sets `result` to a member of the description of a test, "properties" or "command".
+function(find_member test member result)
     set(found NOTFOUND)
     string(JSON count LENGTH "${tests}" tests)
     math(EXPR last "${count} - 1")
     foreach(index RANGE ${last})
         string(JSON name GET "${tests}" tests ${index} name)
         if(name STREQUAL test)
-            string(JSON found GET "${tests}" tests ${index} properties)
+            string(JSON found GET "${tests}" tests ${index} ${member})
         endif()
     endforeach()
     if(found STREQUAL NOTFOUND)
@@ -41,10 +41,29 @@ function(find_properties test result)
 endfunction()
 
 function(expect_property test property)
-    find_properties("${test}" properties)
+    find_member("${test}" properties properties)
     string(FIND "${properties}" "${property}" position)
     if(position EQUAL -1)
         message(FATAL_ERROR "${test} has not ${property} but ${properties}")
+    endif()
+endfunction()
+
+function(expect_command test)
+    find_member("${test}" command command)
+    string(JSON count LENGTH "${command}")
+    math(EXPR last "${count} - 1")
+    set(words "")
+    foreach(index RANGE ${last})
+        string(JSON word GET "${command}" ${index})
+        list(APPEND words "${word}")
+    endforeach()
+    set(expected ${ARGN})
+    if(EMULATOR)
+        get_filename_component(emulator "${EMULATOR}" ABSOLUTE)
+        list(PREPEND expected "${emulator}")
+    endif()
+    if(NOT words STREQUAL expected)
+        message(FATAL_ERROR "${test} has the command ${words} instead of ${expected}")
     endif()
 endfunction()
 
@@ -77,6 +96,21 @@ expect_property("shapes.geometry/CShapes:round.shape" "{ \"name\" : \"COST\", \"
 expect_property("shapes.geometry/CShapes:slow.shape" "{ \"name\" : \"TIMEOUT\", \"value\" : 37.0 }")
 expect_property("shapes.geometry/CShapes:alone.shape" "{ \"name\" : \"RUN_SERIAL\", \"value\" : true }")
 expect_property("shapes.geometry/CShapes:off.shape" "{ \"name\" : \"DISABLED\", \"value\" : true }")
+
+set(runner "${build}/bin/${RUNNER}")
+expect_command("shapes.geometry/CShapes:round.shape" "${runner}" case geometry/CShapes:round.shape --
+    -d "${build}/data" --dll Components/Shapes -x)
+expect_command("near.CMoods:leaves" "${runner}" case CMoods:leaves -- -d "${build}/moods" --dll NearMoods)
+
+# A case that ends its process fails, whatever the status.
+run(8 ${ctest} --output-on-failure -R "^moods.*leaves")
+expect("0% tests passed, 1 tests failed out of 1")
+
+# CTest repeats single cases. Options that repeat them are refused.
+run(0 ${ctest} --repeat until-pass:2 -R "^moods.*second")
+expect("100% tests passed, 0 tests failed out of 1")
+run(8 ${ctest} --output-on-failure -R "^repeated\\.")
+expect("Fehler: Die Option '-r' gibt es hier nicht")
 
 # What a user sees: failed cases with reason and data file; names are passed on as they are.
 run(8 ${ctest} --output-on-failure -j 2 -R "^shapes\\.")
@@ -119,6 +153,9 @@ expect("Fehler: Das Modul 'MissingShapes' fehlt")
 run(8 ${ctest} --output-on-failure -R "^unbuilt\\.")
 expect("unbuilt.UnbuiltShapes.discovery")
 expect("UnbuiltShapes has not been built.")
+# Found after the build, cases that cannot be listed fail the build.
+run(1 "${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}" --target BrokenShapes)
+expect("Fehler: ")
 
 # CMake prints messages in lines of its own.
 run(1 "${CMAKE_COMMAND}" -DMISTAKE=bracket "${build}")

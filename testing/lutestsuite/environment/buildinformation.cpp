@@ -1,6 +1,7 @@
 /// Information about the library's build and about the modules of the process.
 
 #include "testing/lutestsuite/environment/buildinformation.h"
+#include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/os/modules.h"
@@ -24,7 +25,8 @@ std::unique_ptr<LuTestSuiteUtils::SSvnInfo> LuTestSuiteUtils::GetSvnInfo()
 
 std::unique_ptr<LuTestSuiteUtils::SPscmInfo> LuTestSuiteUtils::GetPscmInfo()
 {
-    return LuTestSuite::ReadPscmRecord(LoadResourceToString(L"IDR_PSCMINFO", L"PSCMINFOFILE"));
+    return LuTestSuite::FindPscmRecord(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable),
+                                       LoadResourceToString(L"IDR_PSCMINFO", L"PSCMINFOFILE"));
 }
 
 std::wstring LuTestSuiteUtils::GetModuleName(const LbRTTI& type)

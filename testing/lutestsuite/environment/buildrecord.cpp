@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <span>
 
+#include "base/lbdiagnostics.h"
 #include "base/lbencoding.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
 
 namespace
 {
@@ -89,4 +92,17 @@ std::unique_ptr<SSvnInfo> LuTestSuite::ReadSvnRecord(std::string_view bytes)
 std::unique_ptr<SPscmInfo> LuTestSuite::ReadPscmRecord(std::string_view bytes)
 {
     return readRecord<SPscmInfo>(bytes, c_PscmFields);
+}
+
+std::unique_ptr<SPscmInfo> LuTestSuite::FindPscmRecord(const std::wstring& directory, std::string_view own)
+try
+{
+    const std::wstring file = directory + c_BuildRecordFile;
+    return ReadPscmRecord(LbFileSystem::IsFile(file) ? LbFileSystem::ReadFile8Bit(file) : std::string(own));
+}
+catch (const LbException& exception)
+{
+    // A missing record is better than the record of another build.
+    LbDiagnostics::Trace(L"LuTestSuite: " + exception.GetMessageText());
+    return nullptr;
 }

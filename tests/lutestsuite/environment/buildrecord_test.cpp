@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/scopedfolder.h"
+
 namespace
 {
 
+using LuTestSuite::FindPscmRecord;
 using LuTestSuite::ReadPscmRecord;
 using LuTestSuite::ReadSvnRecord;
 
@@ -74,6 +77,23 @@ TEST(BuildRecord, OfThisBuildIsPscmOnly)
     EXPECT_EQ(LuTestSuiteUtils::GetSvnInfo(), nullptr);
     EXPECT_NE(LuTestSuiteUtils::GetPscmInfo(), nullptr);
     EXPECT_TRUE(LuTestSuiteUtils::LoadResourceToString(L"IDR_PSCMINFO", L"PSCMINFOFILE").starts_with("WorkspacePath:"));
+}
+
+TEST(BuildRecord, OfAProductIsBesideItsHosts)
+{
+    const ScopedFolder folder;
+    EXPECT_EQ(FindPscmRecord(folder.GetPath(), "Branch: own")->Branch, L"own");
+
+    folder.WriteFile(LuTestSuite::c_BuildRecordFile, "Branch: product\n");
+    EXPECT_EQ(FindPscmRecord(folder.GetPath(), "Branch: own")->Branch, L"product");
+}
+
+TEST(BuildRecord, OfAnUnknownProductIsAbsent)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(LuTestSuite::c_BuildRecordFile, "");
+
+    EXPECT_EQ(FindPscmRecord(folder.GetPath(), "Branch: own"), nullptr);
 }
 
 } // namespace

@@ -64,6 +64,28 @@ TEST_F(RunnerCase, HasAStatusForUnknownNames)
     ExpectLine(run.errors, "Fehler: Die Auswahl enthält keinen Testfall 'CPassedModel:drei'");
 }
 
+TEST_F(RunnerCase, RefusesToRepeat)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    const SHostRun run = Run({L"case", L"CPassedModel:eins"}, {L"-r", L"3"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "Fehler: Die Option '-r' gibt es hier nicht: jeder Testfall wird einmal ausgeführt\n");
+    EXPECT_EQ(Run({L"case", L"CPassedModel:eins"}, {L"-r", L"1"}).exitStatus, 0);
+}
+
+TEST_F(RunnerCase, NamesAMissingModuleIfItDoesNotFindTheCase)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    const SHostRun run = Run({L"case", L"CAwayModel:eins"}, {L"--dll", L"gibtesnicht"});
+
+    EXPECT_EQ(run.exitStatus, 16);
+    ExpectLine(run.errors, "Fehler: Das Modul 'gibtesnicht' fehlt\n");
+    EXPECT_EQ(Run({L"case", L"CPassedModel:eins"}, {L"--dll", L"gibtesnicht"}).exitStatus, 0);
+}
+
 TEST_F(RunnerCase, RefusesNamesOfSeveralCases)
 {
     m_folder.MakeFolder(L"data/a/CPassedModel");

@@ -8,6 +8,7 @@
 
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
+#include "base/os/platform.h"
 #include "tests/lutestsuiterunner/cli/runnerprocess.h"
 #include "tests/support/hostprocess.h"
 #include "tests/support/scopedfolder.h"
@@ -257,6 +258,23 @@ TEST_P(HostGoogleTest, RefusesShardsOfTheFramework)
 
 const std::vector<std::vector<std::wstring>> c_Modes = {{}, {L"-p", L"-w", L"4"}, {L"-s"}, {L"-x", L"-w", L"4"}};
 
+TEST_P(HostGoogleTest, RunsDeathTestsOnLinuxInOneStyle)
+{
+    // A fork does not contain the other threads, whose memory the leak detector would report.
+    const SHostRun run = Run({L"Deaths"}, GetParam(), {{L"ASAN_OPTIONS", L"detect_leaks=0"}});
+
+    const std::string expected = LbOs::c_PathSeparator == L'\\' ? c_Failed : "... OK";
+    const std::string text = FromPlatformLines(run.output);
+    for (const std::string& line :
+         {"AreSeen" + expected, std::string("AreMissed") + c_Failed, "HaveTheirStyleAgain" + expected})
+    {
+        EXPECT_NE(text.find("\t" + line + "\n"), std::string::npos) << line << "\n" << text;
+    }
+    // On Windows the program that GoogleTest starts writes between the name and the result.
+    EXPECT_EQ(text.find("\tHaveAnotherStyle... OK\n"), std::string::npos) << text;
+    ExpectMessage("HaveAnotherStyle", "Todestests gibt es ");
+}
+
 INSTANTIATE_TEST_SUITE_P(Modes, HostGoogleTest, testing::ValuesIn(c_Modes));
 
 /// Only a child process may crash.
@@ -332,6 +350,16 @@ TEST(RunnerFolders, MakesThoseThatClassesWithoutFilesNeed)
     EXPECT_FALSE(LbFileSystem::IsDirectory(folder.GetPathOf(L"Buffer")));
     EXPECT_FALSE(LbFileSystem::IsDirectory(folder.GetPathOf(L"CDataSetModel")));
     EXPECT_EQ(RunRunner(arguments).output, "");
+}
+
+TEST(RunnerFolders, RefusesAMissingModule)
+{
+    const ScopedFolder folder;
+
+    const SHostRun run = RunRunner({L"folders", L"--", L"-d", folder.GetPath(), L"--dll", L"gibtesnicht"});
+
+    EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: Das Modul 'gibtesnicht' fehlt\n");
+    EXPECT_EQ(run.exitStatus, 2);
 }
 
 class HostCatch2 : public HostForeignTests

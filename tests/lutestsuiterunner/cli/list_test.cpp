@@ -64,7 +64,7 @@ TEST_F(RunnerList, WritesJson)
     const auto& unitTest = list.at("unitTests").at(0);
     EXPECT_EQ(unitTest.at("class"), "CDataSetModel");
     EXPECT_EQ(unitTest.at("folder"), LbEncoding::ToUtf8(m_folder.GetPathOf(L"CDataSetModel/")));
-    // The order within a folder is the file system's.
+    // The file system determines the order within a folder.
     const auto& cases = unitTest.at("cases");
     const std::size_t first = cases.at(0).at("name") == "äöü.txt" ? 0 : 1;
     EXPECT_EQ(cases.at(first),
@@ -96,6 +96,18 @@ TEST_F(RunnerList, WritesNoScriptForCTestIfAModuleIsMissing)
     const SHostRun run = List({L"--ctest", script}, {L"--dll", L"gibtesnicht"});
 
     EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: Das Modul 'gibtesnicht' fehlt\n");
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_FALSE(LbFileSystem::IsFile(script));
+}
+
+TEST_F(RunnerList, WritesNoScriptForCTestOfRepetitions)
+{
+    WriteDataSets();
+    const std::wstring script = m_folder.GetPathOf(L"cases.cmake");
+
+    const SHostRun run = List({L"--ctest", script}, {L"-r", L"3"});
+
+    EXPECT_NE(run.errors.find("Fehler: Die Option '-r' gibt es hier nicht"), std::string::npos) << run.errors;
     EXPECT_EQ(run.exitStatus, 2);
     EXPECT_FALSE(LbFileSystem::IsFile(script));
 }

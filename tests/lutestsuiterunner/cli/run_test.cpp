@@ -50,7 +50,7 @@ TEST_F(RunnerRun, RepeatsFailedCasesAlone)
 
     const SHostRun run = Run({L"run", L"--previous", GetOut(), L"--only-failed", L"--force"}, {L"-s"});
 
-    // The case that fails beside another passes in its own process.
+    // Beside another case this one fails; alone in its process it passes.
     EXPECT_EQ(run.exitStatus, 0) << output;
     ExpectLine(run.output, "Fälle: 1, bestanden: 1");
 }
@@ -118,6 +118,32 @@ TEST_F(RunnerRun, IsRedWhenTheSelectionHasTooFewCases)
     const SHostRun run = Run({L"run", L"--force", L"--min-cases", L"3"});
     EXPECT_EQ(run.exitStatus, 1);
     ExpectLine(run.output, "Die Auswahl trifft 2 Testfälle, verlangt sind mindestens 3");
+}
+
+TEST_F(RunnerRun, WarnsOfFilesInsideAFolderOfTheirClass)
+{
+    m_folder.WriteFile(L"data/CReferenceModel/notes.md", "no case");
+    m_folder.WriteFile(L"data/CReferenceModel/deep/er/a.txt", "text");
+
+    const SHostRun run = Run({L"run"});
+
+    ExpectLine(run.errors, "Warnung: " + LbEncoding::ToUtf8(m_folder.GetPathOf(L"data/CReferenceModel/")) +
+                               " hat keine Datei für einen Testfall, aber " +
+                               LbEncoding::ToUtf8(m_folder.GetPathOf(L"data/CReferenceModel/deep/er/")) +
+                               ": Ordner im Ordner einer Klasse werden nicht durchsucht\n");
+}
+
+TEST_F(RunnerRun, DoesNotWarnOfOtherFoldersInsideAFolderOfAClass)
+{
+    m_folder.WriteFile(L"data/CReferenceModel/a.txt", "text");
+    m_folder.WriteFile(L"data/CReferenceModel/kept/a.txt", "text");
+    m_folder.WriteFile(L"data/other/CReferenceModel/notes/a.md", "no case");
+
+    for (const wchar_t* selected : {L"/CReferenceModel:", L"no such case"})
+    {
+        const SHostRun run = Run({L"run", L"--force"}, {L"-i", selected});
+        EXPECT_EQ(run.errors.find("nicht durchsucht"), std::string::npos) << run.errors;
+    }
 }
 
 TEST_F(RunnerRun, IsRedWhenADemandedModuleIsMissing)
@@ -274,15 +300,11 @@ TEST_F(RunnerRun, PrintsThePlaceOfACrash)
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers handle crashes themselves";
 #endif
-    if (LbPath::c_Separator == L'\\')
-    {
-        GTEST_SKIP() << "there are no stacks on Windows";
-    }
     m_folder.MakeFolder(L"data/CCrashModel");
 
     const SHostRun run = Run({L"run"}, {L"-i", L":Zugriffsverletzung$", L"-s"});
 
-    ExpectLine(run.output, "    Stelle: crashmodels.so+0x");
+    ExpectLine(run.output, "    Stelle: crashmodels" + LbEncoding::ToUtf8(LbOs::c_ModuleSuffix) + "+0x");
     EXPECT_EQ(run.output.find("Stapel von Thread"), std::string::npos) << run.output;
     const nlohmann::json end = FindRecord("end");
     EXPECT_TRUE(end.at("stacks").get<std::string>().starts_with("Stapel von Thread ")) << end;
@@ -294,6 +316,51 @@ TEST_F(RunnerRun, PrintsThePlaceOfACrash)
         EXPECT_NE(stack, std::string::npos) << text;
         EXPECT_EQ(text.find("(Ursache)", stack + 100), std::string::npos) << text;
     }
+}
+
+TEST_F(RunnerRun, KeepsAMemoryDumpOfEachCaseThatCrashes)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers handle crashes themselves";
+#endif
+    m_folder.MakeFolder(L"data/CCrashModel");
+    const std::wstring dumps = m_folder.GetPathOf(L"Abbilder/neu");
+
+    const SHostRun run = Run({L"run", L"--core", dumps}, {L"-i", L":(vorher|abort|Zugriffsverletzung)$", L"-s"});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    const std::vector<std::wstring> files = LbFileSystem::GetFileNames(dumps);
+    if (LbPath::c_Separator == L'\\' && files.size() < 2)
+    {
+        GTEST_SKIP() << "Wine takes longer for a dump than a crashed process waits: " << run.output;
+    }
+    ASSERT_EQ(files.size(), 2U);
+    for (const std::wstring& file : files)
+    {
+        ExpectLine(run.output, LbEncoding::ToUtf8(file));
+        for (const wchar_t* report : {L"junit.xml", L"report.xml", L"journal.ndjson", L"summary.json"})
+        {
+            const std::string text = LbFileSystem::ReadFile8Bit(GetOut() + report);
+            EXPECT_NE(text.find(LbEncoding::ToUtf8(file)), std::string::npos) << LbEncoding::ToUtf8(report);
+        }
+    }
+}
+
+TEST_F(RunnerRun, WarnsIfMemoryDumpsCannotBeWritten)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers handle crashes themselves";
+#endif
+    m_folder.MakeFolder(L"data/CCrashModel");
+    m_folder.WriteFile(L"Datei", "");
+
+    const SHostRun run = Run({L"run", L"--core", m_folder.GetPathOf(L"Datei")}, {L"-i", L":(vorher|abort)$", L"-s"});
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.errors, "Warnung: Der Ordner ");
+    ExpectLine(run.output, "Fälle: 2, bestanden: 1");
+    ExpectLine(run.output, "WARNUNG: Das Speicherabbild konnte nicht geschrieben werden: ");
+    EXPECT_TRUE(FindRecord("end").contains("result"));
 }
 
 TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatExceedsItsLimit)

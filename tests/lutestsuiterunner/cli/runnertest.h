@@ -18,7 +18,7 @@ class RunnerTest : public testing::Test
 protected:
     RunnerTest() { m_folder.MakeFolder(L"data"); }
 
-    /// `own` begins with the command; "run" gets the option --out unless it has it.
+    /// `own` begins with the command. "run" gets the option --out unless `own` contains it.
     SHostRun Run(const std::vector<std::wstring>& own, const std::vector<std::wstring>& library = {},
                  const SHostOptions& options = {}) const;
 
@@ -33,7 +33,7 @@ protected:
     /// The first record of this type in the first journal; null if there is none.
     nlohmann::json FindRecord(const std::string& type) const;
 
-    /// How many records of this type the journal of this number has.
+    /// The number of records of this type in the journal of this number.
     std::size_t CountRecords(const std::string& type, std::uint32_t journal) const;
 
     /// Fails unless the bytes contain the text, with the line ends of any platform.

@@ -1,4 +1,5 @@
-# Where the sources of a build came from, as a text file of "key:value" lines.
+# Where the sources of a build came from, as a text file of "key:value" lines. As a script:
+# cmake -D "SOURCE=<source directory>" -D "RECORD=<file>" -P LuTestSuiteBuildRecord.cmake
 
 # lutestsuite_split_remote(<url> <server variable> <repository variable>): server and path of a remote repository, for
 # all spellings that git knows. Removes names and passwords of users, and everything from "?" or "#" on.
@@ -25,8 +26,8 @@ function(lutestsuite_split_remote url server_variable repository_variable)
     set(${repository_variable} "${repository}" PARENT_SCOPE)
 endfunction()
 
-# lutestsuite_write_build_record(<source directory> <file>): asks git when the build is configured. The file is empty if
-# the sources are not in a checkout, or if git is missing.
+# lutestsuite_write_build_record(<source directory> <file>): asks git. The file is empty if git does not track the
+# CMakeLists.txt of the sources, or if git is missing.
 function(lutestsuite_write_build_record source_directory file)
     set(text "")
     lutestsuite_ask_git("${source_directory}" tracked ls-files --error-unmatch CMakeLists.txt)
@@ -71,3 +72,7 @@ function(lutestsuite_ask_git directory variable)
     endif()
     set(${variable} "${answer}" PARENT_SCOPE)
 endfunction()
+
+if(CMAKE_SCRIPT_MODE_FILE STREQUAL CMAKE_CURRENT_LIST_FILE)
+    lutestsuite_write_build_record("${SOURCE}" "${RECORD}")
+endif()

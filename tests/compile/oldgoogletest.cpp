@@ -1,0 +1,6 @@
+/// The adapter with a GoogleTest that lacks the macro by which it recognises version 1.12.
+#include <gtest/gtest.h>
+
+#undef GTEST_FLAG_SET
+
+#include "testing/lutestsuite/googletest.h"
