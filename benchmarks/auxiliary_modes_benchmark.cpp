@@ -52,7 +52,7 @@ void buildTree(benchmark::State& state)
 }
 BENCHMARK(buildTree)->Unit(benchmark::kMillisecond);
 
-/// Created once: writing 100,000 files takes longer than the measurements.
+/// Created once, because writing 100,000 files takes longer than the measurements.
 class CManyCases : public CDataFolder
 {
 public:

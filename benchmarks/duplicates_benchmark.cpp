@@ -29,7 +29,7 @@ void writeDifferentSizes(const std::filesystem::path& directory, int files, std:
     }
 }
 
-/// All of one size; the first quarter has one content, each other file its own.
+/// All files have one size; the first quarter has the same content, each other file its own.
 void writeQuarterIdentical(const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)
@@ -40,7 +40,7 @@ void writeQuarterIdentical(const std::filesystem::path& directory, int files, st
     }
 }
 
-/// The same, but different contents differ only in their last bytes.
+/// As writeQuarterIdentical, but different contents differ only in their last bytes.
 void writeQuarterIdenticalToTheEnd(const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)

@@ -1,4 +1,4 @@
-/// The overview of an archive of 1,000 runs whose comparisons exist already, as on every night but the first.
+/// The overview of an archive of 1,000 runs whose comparisons already exist, as on each night except the first.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/support/limits.h"

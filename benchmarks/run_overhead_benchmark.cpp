@@ -94,7 +94,7 @@ void BM_Run(benchmark::State& state)
 }
 BENCHMARK(BM_Run)->Unit(benchmark::kMillisecond);
 
-/// Reads each event and does nothing else.
+/// Receives each event and does nothing else.
 class CEmptyObserver : public LuTestSuiteRun::IRunObserver
 {
 public:

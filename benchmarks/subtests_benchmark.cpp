@@ -4,6 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "base/givenstream.h"
 #include "base/lbformat.h"
 #include "base/luunittest.h"
 
@@ -27,6 +28,12 @@ class CNamed : public LuUnitTest
 };
 LB_RTTI_CLASS(CNamed, LuUnitTest)
 
+/// Like a runner's stream, without which the object would keep all sub-tests.
+class CGivenNowhere : public LbGivenStream
+{
+    void Write(std::wstring_view /*text*/) override {}
+};
+
 void makeNames(std::int64_t count)
 {
     s_names.clear();
@@ -39,10 +46,12 @@ void makeNames(std::int64_t count)
 void BM_FindLastOfNamedSubtests(benchmark::State& state)
 {
     makeNames(state.range(0));
+    CGivenNowhere messages;
     for (auto _ : state)
     {
         CNamed object;
         LuUnitTest& unitTest = object;
+        unitTest.SetMessageStream(&messages);
         unitTest.SelectSubtest(s_names.back());
         unitTest.InitSubtests();
         if (!unitTest.HasSelectedSubtest())

@@ -19,10 +19,10 @@ double MeasureSeconds(const F& call)
 /// Adds the median as a counter with this name to a benchmark.
 void ReportMedian(benchmark::State& state, const std::string& name, std::vector<double> values);
 
-/// The same with its limit. If the median exceeds it, the benchmark is marked and the program fails.
+/// As ReportMedian, with a limit. If the median exceeds it, the benchmark is marked and the program fails.
 void HoldMedian(benchmark::State& state, const std::string& name, std::vector<double> values, double limit);
 
-/// The most reliable of several times, because other work of the machine only adds to a time. 0 without values.
+/// The most reliable of several times, because other work of the machine can only add to a time. 0 without values.
 double GetLeast(const std::vector<double>& values);
 
 /// HoldMedian for the least value instead of the median.

@@ -31,7 +31,7 @@ class Build:
 
 
 def run(command, folder, output="output.txt"):
-    """The cost of a command that ends with status 0; what it prints goes into a file of the folder."""
+    """The cost of a command that ends with status 0. Its output goes into a file of the folder."""
     path = os.path.join(folder, output)
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     start = time.perf_counter()
@@ -49,7 +49,7 @@ def run(command, folder, output="output.txt"):
 
 
 def least(costs):
-    """The least of each figure, because other work of the machine only adds to a cost."""
+    """The least of each figure, because other work of the machine can only add to a cost."""
     return Cost(*(min(figures) for figures in zip(*costs)))
 
 
