@@ -21,17 +21,17 @@ _LETTERS = re.compile("[äöüßÄÖÜ]")
 _WORDS = re.compile(
     r"(?<![\w.<-])(?:"
     + "|".join("""
-    abbruch absturz aktivieren alle allokationen anteil archiven argumente aufruf aus ausgabe ausnahme bedingung
+    abbruch absturz aktivieren alle allokationen anteil archiven argumente auf aufruf aus ausgabe ausnahme bedingung
     bedingungen befehle befunde beginn behoben bei beim bestanden datei datenverzeichnis datenverzeichnisse davor dazu
     deaktiviert dem den der des die diese dieser diverses division dort durchsuchtes duplikat ein eine einen ende
-    erfolgreich ergebnisse etwa fall fehlende fehlen fehler fehlerhaft fehlerhafte fehlgeschlagen fehlgeschlagene fehlt
-    ganze gemeldet gemischten gescheiterter grenze grund haltepunkt hat hier hilfe ihr im ist kann kein keine keinen
-    klasse klassen kleiner konfiguration konnte konnten langsamer lauf laufs letzte mal maschine mehr mit modul nach
-    namen nennt nicht nichts noch nr nur oder ohne optionen ordner prozess prozessende reihenfolge schlecht schneller
-    schon schreiben seit seite setze siehe sonst speicher speichermangel sprung stapel startwert stelle suchen
-    systemfehler tasten teil testfall testfalls text und unbekannt unbekannte unbekanntem unpassendes unterbrechung
-    verlauf verschlechtert verschlechterte verzeichnis vom von vorheriger wahrscheinlichkeit warnung wecker weniger wird
-    wurde zeile zeit zu zum zur zusammenfassung
+    erfolgreich ergebnisse etwa fall fehlende fehlen fehler fehlerhaft fehlerhafte fehlgeschlagen fehlgeschlagene
+    fehlt fortsetzen ganze gemeldet gemischten gescheiterter grenze grund haltepunkt hat hier hilfe ihr im ist kann
+    kein keine keinen klasse klassen kleiner konfiguration konnte konnten langsamer lauf laufs letzte mal maschine
+    mehr mit modul nach namen nennt nicht nichts noch nr nur oder ohne optionen ordner prozess prozessende reihenfolge
+    schlecht schneller schon schreiben seit seite setze siehe sonst speicher speichermangel sprung stapel startwert
+    stelle suchen systemfehler tasten teil tempo testfall testfalls text und unbekannt unbekannte unbekanntem
+    unpassendes unterbrechung verlauf verschlechtert verschlechterte versuch verzeichnis vom von vorheriger
+    wahrscheinlichkeit warnung wecker weniger wird wurde zeile zeilen zeit zu zum zur zusammenfassung
     """.split())
     + r")(?![\w.=-]*[=\w])",
     re.IGNORECASE,

@@ -2,7 +2,7 @@
 
 Includes do not show every call: LuTestSuiteUtils and LuTestSuiteReport are declared in one public header each and
 defined in many folders. The symbols of the object files show every call. The check reads one build of each platform and
-prints a note if that build is missing or older than a source. For builds of `--built` the latter is a breach.
+prints a note if that build is missing or older than a source. An old build that `--built` names is a breach.
 """
 
 import collections

@@ -306,6 +306,10 @@ class German(Lint):
         self.assert_clean("german", files)
         self.assertEqual(2, len(self.breaches("german", files | {self.TABLE: "no row\n"})))
 
+    def test_texts_of_one_german_word(self):
+        for text in ("Fortsetzen:", "%u. Versuch%s: %s", "... (%u Zeilen)", "<th>Tempo</th>"):
+            self.assert_breach("german", {"testing/a.cpp": f'f("{text}");\n'}, "testing/a.cpp:1")
+
     def test_comments_and_english_texts_are_clean(self):
         self.assert_clean("german", {"base/a.cpp": '// "Fehler"\n#include "für.h"\nauto a = "no error";\n'})
 

@@ -4,7 +4,7 @@
 Leaves pictures of the pages in PAGES, for those who want to look.
 """
 
-from pagetest import Pages, main
+from pagetest import CONTRAST, Pages, main
 from webdriver import ENTER, SPACE, TAB
 
 SORTS = """
@@ -22,24 +22,6 @@ SORT_TEXTS = """
         return Array.from(table.rows).slice(1).map(function (row) { return row.cells[0].textContent; });
     }
     return [sort(), sort()];
-"""
-# Contrast between an element's text and its background, by the WCAG formula.
-CONTRAST = """
-    function luminance(color) {
-        var parts = color.match(/[\\d.]+/g).slice(0, 3).map(function (part) {
-            var value = part / 255;
-            return value <= 0.03928 ? value / 12.92 : Math.pow((value + 0.055) / 1.055, 2.4);
-        });
-        return 0.2126 * parts[0] + 0.7152 * parts[1] + 0.0722 * parts[2];
-    }
-    function background(element) {
-        var color = getComputedStyle(element).backgroundColor;
-        return color === 'rgba(0, 0, 0, 0)' ? background(element.parentElement) : color;
-    }
-    return Array.from(document.querySelectorAll('td, th, h1, h2, a'), function (element) {
-        var a = luminance(getComputedStyle(element).color), b = luminance(background(element));
-        return { element: element.outerHTML.slice(0, 80), ratio: (Math.max(a, b) + 0.05) / (Math.min(a, b) + 0.05) };
-    }).filter(function (entry) { return entry.ratio < 4.5; });
 """
 
 

@@ -1,11 +1,11 @@
-// Counts what two readers of others see in a report: node count_cases.mjs REPORT. One line of JSON each. Stands beside
-// the readers while it runs, since that is where they are found.
+// Prints, as one line of JSON each, how many cases two third-party readers find in a report: node count_cases.mjs
+// REPORT. Must be copied beside the readers' packages, where Node finds them.
 
 import fs from "node:fs";
 import { parse } from "junit2json";
 import view from "xunit-viewer/src/cli/parse.js";
 
-// Readers of files take the declared encoding; these two take text.
+// A reader that opens the file itself would use the declared encoding; these two take text.
 const text = fs.readFileSync(process.argv[2], "latin1");
 
 function print(reader, cases, failures, errors) {

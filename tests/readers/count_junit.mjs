@@ -1,5 +1,5 @@
-// What readers of others see in a report for build servers: node count_junit.mjs REPORT. One line of JSON each. Stands
-// beside the readers while it runs, since that is where they are found.
+// Prints, as one line of JSON each, what third-party readers find in a report for build servers: node count_junit.mjs
+// REPORT. Must be copied beside the readers' packages, where Node finds them.
 
 import fs from "node:fs";
 import { parse } from "junit2json";
@@ -12,8 +12,8 @@ const text = fs.readFileSync(path, "utf8");
 
 const sum = (numbers) => numbers.reduce((total, one) => total + Number(one), 0);
 
-// `red` and `skipped` are predicates, `seconds` and `message` take what they say from a case; the case that is looked at
-// has a failure with a message. Readers have orders of their own.
+// `red` and `skipped` are predicates; `seconds` and `message` return these values of a case. The message is that of the
+// case "Satz 1 ...", which failed: readers return cases in different orders.
 function print(reader, cases, { red, skipped, seconds, message }) {
     console.log(JSON.stringify({
         reader,

@@ -1,5 +1,4 @@
-"""The report for build servers as readers see it that know nothing of this project: all see the same counts, times and
-messages.
+"""Reads the report for build servers with independent programs: all must find the same counts, times and messages.
 
 junit_test.py MAKE_JUNIT FOLDER XMLLINT NODE NODE_FOLDER SYSTEM_PYTHON
 """
@@ -71,7 +70,7 @@ class JunitReport(unittest.TestCase):
         self.assertIn(f'tests="{CASES + OTHERS}"', merged.read_text(encoding="utf-8"))
 
     def test_readers_of_node(self):
-        # Modules are looked for beside the script.
+        # Node searches for modules beside the script.
         script = self.folder / "count_junit.mjs"
         shutil.copy(pathlib.Path(__file__).with_name(script.name), script)
         (self.folder / "node_modules").symlink_to(Tools.modules)

@@ -32,6 +32,8 @@ class Adoption(unittest.TestCase):
         cls.folder = Folder(work / "project", Tree(*sys.argv[1:4], work / "prefix"))
         cls.write_program()
         cls.write_project()
+        cls.folder.run("git init -q . && git add CMakeLists.txt"
+                       " && git -c user.name=Erika -c user.email=erika@example.org commit -q -m Begin", 0)
         # As in the image of the recipes, of which one may be the only place of the package.
         cls.folder.variables["CMAKE_PREFIX_PATH"] = str(cls.folder.tree.prefix)
         cls.recipes = [recipe.replace("MyTests", "OrderTests --dll ParserTests")
@@ -76,6 +78,13 @@ class Adoption(unittest.TestCase):
         self.assertIn(f"{CASES + 1} Tests", output)
         page = (self.folder.path / "run.html").read_text(encoding="utf-8")
         self.assertIn("order-299.xml", page)
+
+    def test_is_named_by_its_reports(self):
+        self.folder.run("build/bin/LuTestSuiteCLI -d data --dll ParserTests --xml run.xml", 0)
+        report = (self.folder.path / "run.xml").read_text(encoding="iso-8859-1")
+        commit = self.folder.run("git rev-parse HEAD", 0).strip()
+        self.assertIn(f"<PscmChangeset>{commit}</PscmChangeset>", report)
+        self.assertIn(f"<PscmRepository>{self.folder.path}</PscmRepository>", report)
 
     def test_has_a_green_pipeline(self):
         self.folder.variables["GITHUB_STEP_SUMMARY"] = str(self.folder.path / "summary.md")

@@ -38,6 +38,7 @@ class Folder:
         self.tree = tree
         self.exports = ""
         self.variables = {}
+        self.ctest = "build"
         path.mkdir()
 
     def write(self, name, content=""):
@@ -81,8 +82,9 @@ class Folder:
         return result.stdout + result.stderr
 
     def _translate(self, command):
-        """A command of a document, for this build tree, without debugger. Removes the folder of an earlier run."""
-        line = command.replace("/opt/lutestsuite", str(self.tree.prefix)).removeprefix("gdb --args ")
+        """A command of a document, for this build tree. Removes the folder of an earlier run."""
+        line = command.replace("/opt/lutestsuite", str(self.tree.prefix))
+        line = re.sub(r"^ctest (?!.*--test-dir)", f"ctest --test-dir {self.ctest} ", line)
         line = line.replace("-DCMAKE_BUILD_TYPE=Release", f"-DCMAKE_BUILD_TYPE={self.tree.config}")
         line = re.sub(r"(?<=cmake --install )build/[\w-]+", f"{self.tree.path} --config {self.tree.config}", line)
         run = re.search(r"Runner run --out (\w+) (?!.*--force)", line)

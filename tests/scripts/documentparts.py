@@ -5,7 +5,8 @@ import re
 _CODE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 SHELLS = ("sh", "bash", "console")
 # Programs whose calls in the running text are commands if they have arguments.
-_IN_TEXT = re.compile(r"(?:build/bin/)?LuTestSuite(?:CLI|Runner)D?(?: .*)? (?:-d|resume) |cmake --install |find build ")
+_IN_TEXT = re.compile(r"(?:build/bin/)?LuTestSuite(?:CLI|Runner)D?(?: .*)? (?:(?:-d|resume) |-h$)"
+                      r"|cmake --install |find build |addr2line -e build/|ctest .*\w\w|review --")
 _OUTPUT = re.compile(r"Fehler: |/")
 
 
@@ -63,6 +64,17 @@ def commands_of(text):
         if _IN_TEXT.match(command):
             found.append(command)
     return list(dict.fromkeys(re.sub(r"\s+# .*", "", command) for command in found))
+
+
+def debugger_sessions_of(text):
+    """Pairs of a command with a program for gdb and the lines that the user then types, if the document shows them."""
+    for command, lines in re.findall(r"^    (gdb --args .*)\n(?:\n```\n((?:\(gdb\) .*\n)+)```$)?", text, re.MULTILINE):
+        yield command, re.findall(r"^\(gdb\) (.*)$", lines, re.MULTILINE)
+
+
+def options_of(text):
+    """The options with their values in the first column of tables."""
+    return re.findall(r"^\| `(--[^`]*)` \|", text, re.MULTILINE)
 
 
 def recipes_of(text):

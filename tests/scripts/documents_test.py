@@ -4,8 +4,10 @@ Runs each command of each document, in a folder that has what the document says:
 against an install tree by the document's own commands.
 """
 
+import json
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -14,6 +16,7 @@ import unittest
 
 import documentparts as parts
 from documentfolder import ROOT, Folder, Tree
+from documentsources import DEFECTS, INVOICES, PARSER_TEST, UNDEFINED
 
 TEXTS = {str(path.relative_to(ROOT)): path.read_text(encoding="utf-8")
          for path in [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted((ROOT / "docs").rglob("*.md")),
@@ -24,7 +27,8 @@ ORDER = [*BUILDERS, *(name for name in TEXTS if name not in BUILDERS)]
 
 # Beginnings of commands that are not run here, with the reason.
 NOT_RUN = {
-    "scripts/run-": "builds and tests everything",
+    "scripts/run-tests": "builds and tests everything",
+    "scripts/run-example": "scripts/run-tests calls it",
     "scripts/setup": "installs packages",
     "scripts/stress": "takes minutes",
     "scripts/fuzz": "takes minutes, needs Clang",
@@ -32,16 +36,19 @@ NOT_RUN = {
     "scripts/plant-faults": "builds and tests everything",
     "scripts/screenshots": "needs a browser, changes the pictures",
     "scripts/package": "builds everything; the tests packages.* call it",
-    "scripts/check-packages": "needs root rights and a Debian mirror",
+    "scripts/check-packages": "the test packages.fresh_root calls it",
     "scripts/api-reference": "another test calls it",
-    "cmake --preset": "builds everything; the test installs the build tree that it belongs to",
-    "cmake --build --preset": "builds everything",
+    "cmake --preset linux-install": "the test packages.install_preset runs it",
+    "cmake --build --preset linux-release --target ExampleHost": "part of the build whose programs the test runs",
     "build/linux-debug/bin/LuTestSuiteCLID --archive-run": "needs two presets in the checkout",
-    "sudo apt": "installs packages; scripts/check-packages does the same",
-    "vcpkg": "needs vcpkg; a test compares the recipe with the project",
-    "conan": "needs Conan; a test compares the recipe with the project",
+    "sudo apt": "scripts/check-packages runs it",
+    "vcpkg": "needs vcpkg; a test runs the port with stand-ins for vcpkg's functions",
+    "conan": "needs Conan; a test runs the recipe with stand-ins for Conan's functions",
     "gdb -p": "needs a case that hangs in another terminal",
-    'gdb --args build/bin/LuTestSuiteCLI -d data --dll MyTests -i ":leaks$"': "ends in a breakpoint",
+    "gdb build/bin/": "debug_dump runs it with the lines that the document shows",
+    "gdb --args": "debug_as_shown runs it with the lines that the document shows",
+    "review --": "short for the commands of try_options_of_review",
+    "ctest --preset": "tests everything",
     "LuTestSuiteRunner submit --engine slurm": "needs Slurm; a test of the host starts one",
     "LuTestSuiteRunner history DIR": "a synopsis",
     "LuTestSuiteRunner COMMAND": "a synopsis",
@@ -51,7 +58,7 @@ NOT_RUN = {
 BUILT = ("README.md", "docs/user-guide.md", "docs/migration.md", "docs/runner.md", "docs/coverage.md",
          "docs/sanitizers.md")
 NOT_BUILT = {
-    "FetchContent_Declare": "needs a server; the test of a containing project adds the sources in two ways",
+    "FetchContent_Declare": "needs a server; tests of a containing project and a fetched GoogleTest have local sources",
 }
 # Of the other kinds of code, a Dockerfile needs Docker; the scripts and presets that it names are checked.
 LANGUAGES = ("", "cpp", "cmake", "yaml", "groovy", "dockerfile", "xml", "json", "mermaid")
@@ -60,45 +67,24 @@ STATUS = {
     r" -q | history |--diff-in": 0,
     r'case "CFirstTest:no end': 11,
     r'case "CMyTest:hangs': 18,
+    r"--core dumps": 1,
     r"--dll FirstTests": 1,
     r"-i COutcomeDemonstration": 1,
 }
+# For each option of review: what the call needs beside it, the status, the output, the last lines of the references.
+REVIEWS = {
+    "--diff": ("", 0, r"(?s)-Summe: 11\n *\+Summe: 12.*-Zahl: 3\n *\+Zahl: 2", "113"),
+    "--diff=data/CInvoice/a.txt.expected": ("", 0, r"(?s)^(?!.*Zahl).*-Summe: 11\n *\+Summe: 12", "113"),
+    "--side-by-side": ("", 0, r"Summe: 11 .*Summe: 12", "113"),
+    "--accept 4C21F0": ("", 0, "(?s).*", "123"),
+    "--accept data/CInvoice/a.txt.expected": ("", 0, "(?s).*", "123"),
+    "--accept all": ("", 0, "(?s).*", "122"),
+    "--reject ...": ("", 0, "(?s).*", "113"),
+    "--accept-empty": (" --accept all", 0, "(?s).*", "122"),
+    "--ci": ("", 1, "(?m)^[0-9A-F]{6}  ", "113"),
+}
 MISTAKES = re.compile(r"^Fehler: (?!Absturz)|Unbekannte (Option|Argumente)|No tests were found|^(?!.*FEHLER \()"
                       r".*konnte nicht", re.MULTILINE)
-
-DEFECTS = """
-#include <chrono>
-#include <cstdlib>
-#include <thread>
-#include "base/luunittest.h"
-class CMyTest : public LuUnitTest
-{
-    LB_RTTI(CMyTest)
-    void InitSubtests() override
-    {
-        AddSubtest(L"leaks", [] { static void* volatile s_lost; s_lost = std::malloc(40); s_lost = nullptr; });
-        if (std::getenv("DOCUMENTS_HANG") != nullptr)
-        {
-            AddSubtest(L"hangs", [] { std::this_thread::sleep_for(std::chrono::hours(1)); });
-        }
-    }
-};
-LB_RTTI_CLASS(CMyTest, LuUnitTest)
-class CImport : public LuUnitTest
-{
-    LB_RTTI(CImport)
-    void InitSubtests() override
-    {
-        AddFileSubtests(L"*.xml", [this](const std::wstring& path) { Check(!path.empty(), L"no path"); });
-    }
-};
-LB_RTTI_CLASS(CImport, LuUnitTest)
-"""
-PARSER_TEST = """
-#include <gtest/gtest.h>
-TEST(Parser, Reads) { EXPECT_EQ(1 + 1, 2); }
-TEST(Parser, Skips) { GTEST_SKIP() << "later"; }
-"""
 
 
 class Documents(unittest.TestCase):
@@ -116,7 +102,7 @@ class Documents(unittest.TestCase):
 
     def test_have_small_pictures(self):
         for picture in (ROOT / "docs" / "images").iterdir():
-            self.assertLess(picture.stat().st_size, 150_000, picture.name)
+            self.assertLess(picture.stat().st_size, 200_000, picture.name)
 
     def test_have_snippets_that_a_test_builds(self):
         excused = set()
@@ -170,7 +156,11 @@ class Commands(unittest.TestCase):
         self.assertGreater(run, 50)
         self.assertEqual(set(NOT_RUN) - excused, set(), "commands that no document has any more")
         self.compare_consoles()
+        self.compare_coverage()
         self.compare_patterns()
+        self.try_options_of_review()
+        self.debug_as_shown()
+        self.debug_dump()
 
     def run_all(self, document, commands):
         folder = self.prepare(document)
@@ -196,12 +186,15 @@ class Commands(unittest.TestCase):
         return folder
 
     def prepare_user_guide(self, folder):
+        self.write_guide_project(folder)
+        for command in parts.commands_of(TEXTS["docs/user-guide.md"])[:5]:
+            folder.run(command, 0)
+        self.make_reports(folder)
+
+    def write_guide_project(self, folder):
         guide = TEXTS["docs/user-guide.md"]
         folder.write("first_tests.cpp", parts.snippets_of(guide, "cpp")[0])
         folder.write("CMakeLists.txt", parts.snippets_of(guide, "cmake")[0])
-        for command in parts.commands_of(guide)[:2]:
-            folder.run(command, 0)
-        self.make_reports(folder)
 
     def prepare_README(self, folder):
         folder.write_readme_project()
@@ -247,7 +240,8 @@ class Commands(unittest.TestCase):
         shutil.copytree(ROOT / "examples/data", folder.path / "my-copy")
 
     def prepare_debugging(self, folder):
-        folder.write_readme_project(DEFECTS)
+        snippet = parts.snippets_of(TEXTS["docs/reference-data.md"], "cpp")[0]
+        folder.write_readme_project(DEFECTS + INVOICES.replace("SNIPPET", snippet))
         self.add_first_tests(folder)
         folder.build()
         folder.variables["DOCUMENTS_HANG"] = "1"
@@ -257,13 +251,32 @@ class Commands(unittest.TestCase):
         folder.write("data/customers/CImport/invoice.xml", "<invoice/>")
         folder.write("data/suppliers/CImport/invoice.xml", "<invoice/>")
 
+    def prepare_reference_data(self, folder):
+        """Three runs have made output that differs from two references."""
+        folder.use_modules_of(self.folders["docs/debugging.md"])
+        for name, received, expected in (("a", "Summe: 12", "Summe: 11"), ("b", "Zahl: 2", "Zahl: 3")):
+            folder.write(f"data/CInvoice/{name}.txt", f"Kopf\n{received}\n")
+            folder.write(f"data/CInvoice/{name}.txt.expected", f"Kopf\n{expected}\n")
+        for _ in range(3):
+            folder.run("LuTestSuiteCLI -d data --dll MyTests -i /CInvoice:", 1)
+
     def prepare_coverage(self, folder):
         folder.write_readme_project(module=parts.snippets_of(TEXTS["docs/coverage.md"], "cmake")[0])
         folder.build()
 
     def prepare_sanitizers(self, folder):
-        folder.write_readme_project(module=parts.snippets_of(TEXTS["docs/sanitizers.md"], "cmake")[0])
+        snippets = parts.snippets_of(TEXTS["docs/sanitizers.md"], "cmake")
+        folder.write_readme_project(module=snippets[0])
+        with open(folder.path / "CMakeLists.txt", "a", encoding="utf-8") as file:
+            file.write("enable_testing()\n" + snippets[1])
         folder.build()
+        self.assertIn("100% tests passed, 0 tests failed out of 2", folder.run("ctest --test-dir build", 0))
+        undefined = Folder(self.work / "undefined", self.tree)
+        undefined.write_readme_project(UNDEFINED, snippets[2])
+        undefined.build()
+        report = undefined.run("LuTestSuiteRunner case CMyTest:overflow -- -d data --dll MyTests -x", 15)
+        self.assertIn("signed integer overflow", report)
+        self.assertRegex(undefined.run("LuTestSuiteCLI -d data --dll MyTests -x", 1), r"next\.\.\. OK")
 
     def prepare_migration(self, folder):
         shutil.rmtree(folder.path / "data")
@@ -288,6 +301,7 @@ class Commands(unittest.TestCase):
                 folder.run(recipe, 0)
         if shutil.which("jq"):
             self.assertIn("2 of 2 passed", (folder.path / "summary.md").read_text(encoding="utf-8"))
+            self.compare_summaries(folder, next(recipe for recipe in recipes if "jq " in recipe))
         tests = Folder(folder.path / "ctest", self.tree)
         tests.write_readme_project()
         # The test install.documented_tests builds the project whose parts begin with this name.
@@ -296,8 +310,27 @@ class Commands(unittest.TestCase):
         tests.write("CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\nproject(MyTests LANGUAGES CXX)\n"
                     + "".join(snippets))
         tests.build()
+        folder.ctest = "ctest/build"
+        launched = json.loads(parts.snippets_of(TEXTS["docs/runner.md"], "json")[-1])["configurations"][0]
+        call = shlex.join([launched["program"].replace("${workspaceFolder}", str(tests.path)), *launched["args"]])
+        self.assertIn("CMyTest:hello.txt: Ok", tests.run(call, 0))
         output = tests.run("ctest --test-dir build -R CMyTest", 0)
         self.assertIn("100% tests passed, 0 tests failed out of 2", output)
+
+    def compare_summaries(self, folder, recipe):
+        """A failed case is in the summary with its messages, unless it is in quarantine."""
+        shutil.copy(self.folders["docs/user-guide.md"].path / "build/bin/FirstTests.so", folder.path / "build/bin")
+        folder.write("quarantine.txt", ":no end\n")
+        for own, counts in (("", "1 failed, 0 failed in quarantine"),
+                            ("--quarantine quarantine.txt ", "0 failed, 1 failed in quarantine")):
+            folder.run(f"build/bin/LuTestSuiteRunner run --out results --force {own}-- -d data --dll FirstTests",
+                       0 if own else 1)
+            (folder.path / "summary.md").unlink()
+            folder.run(recipe, 0)
+            summary = (folder.path / "summary.md").read_text(encoding="utf-8")
+            self.assertIn(counts, summary)
+            shown = "- `CFirstTest:no end.txt`: error\n\n      ERROR: the last line has no end\n"
+            self.assertEqual(shown in summary, not own, summary)
 
     def add_first_tests(self, folder):
         (folder.path / "build/bin").mkdir(parents=True)
@@ -319,6 +352,25 @@ class Commands(unittest.TestCase):
             with self.subTest(command=command):
                 output = folder.run(command, status_of(command)).expandtabs(8)
                 self.assertEqual(expected, output.strip("\n") + "\n")
+        self.compare_case(next(text for text in guide if "Datei: " in text))
+
+    def compare_coverage(self):
+        """The line of the source, with the counts of the run."""
+        if not shutil.which("gcovr"):
+            return
+        folder = self.folders["docs/coverage.md"]
+        commands = parts.commands_of(TEXTS["docs/coverage.md"])
+        folder.run(next(command for command in commands if command.startswith("LuTestSuiteCLI")), 0)
+        output = folder.run(next(command for command in commands if command.startswith("gcovr")), 0)
+        expected = re.search(r"^my_tests\.cpp .*$", TEXTS["docs/coverage.md"], re.MULTILINE)[0]
+        self.assertIn(expected.split(), [line.split() for line in output.splitlines()])
+
+    def compare_case(self, shown):
+        """Times and folders differ."""
+        output = self.folders["docs/user-guide.md"].run(
+            'build/bin/LuTestSuiteRunner case "CFirstTest:no end.txt" -- -d data --dll FirstTests', 11)
+        expected, real = (re.sub(r"\([\d.]+\S*\)|/\S*(?=/data/)", "...", text) for text in (shown, output))
+        self.assertEqual(expected, real)
 
     def compare_patterns(self):
         guide = TEXTS["docs/user-guide.md"]
@@ -329,6 +381,59 @@ class Commands(unittest.TestCase):
             counts[option, pattern] = re.search(r"Fälle: (\d+)/3", output)[1]
         self.assertEqual(counts, {("-i", "/CFirstTest:"): "3", ("-i", r":no end\.txt$"): "1",
                                   ("-e", "/CFirstTest:"): "0", ("-i", "/geometry/"): "0"})
+
+    def try_options_of_review(self):
+        """Each on a copy of the folder with differences."""
+        prepared = self.folders["docs/reference-data.md"]
+        listing = prepared.run("LuTestSuiteRunner review data", 0)
+        example, name = (re.search(r"^[0-9A-F]{6}(?=  .*/a\.txt)", text, re.MULTILINE)[0]
+                         for text in (TEXTS["docs/reference-data.md"], listing))
+        options = parts.options_of(TEXTS["docs/reference-data.md"])
+        self.assertEqual(set(options), set(REVIEWS))
+        for option in options:
+            with self.subTest(option=option):
+                folder = Folder(self.work / f"review-{options.index(option)}", self.tree)
+                shutil.copytree(prepared.path, folder.path, symlinks=True, dirs_exist_ok=True)
+                more, status, shown, references = REVIEWS[option]
+                call = option.replace(example, name).replace("--reject ...", "--reject all") + more
+                self.assertRegex(folder.run(f"LuTestSuiteRunner review data {call}", status), shown)
+                real = "".join(path.read_text("utf-8").split()[-1]
+                               for path in sorted((folder.path / "data/CInvoice").glob("*.expected")))
+                self.assertEqual(real, references)
+
+    def debug_as_shown(self):
+        sessions = [(name, *session) for name in ("docs/debugging.md", "docs/user-guide.md")
+                    for session in parts.debugger_sessions_of(TEXTS[name])]
+        self.assertEqual(len(sessions), 4)
+        if not shutil.which("gdb"):
+            self.skipTest("gdb is missing; scripts/setup checks installs it")
+        folder = self.folders["docs/debugging.md"]
+        guide = Folder(self.work / "debugged", self.tree)
+        self.write_guide_project(guide)
+        guide.run(f"cmake -B build -DCMAKE_BUILD_TYPE=Debug -DCMAKE_PREFIX_PATH={self.tree.prefix}", 0)
+        guide.run("cmake --build build", 0)
+        shutil.copy(guide.path / "build/bin/FirstTests.so", folder.path / "build/bin")
+        for document, command, lines in sessions:
+            with self.subTest(document=document, command=command):
+                typed = " ".join(f"-ex '{line}'" for line in lines or ["run"])
+                output = folder.run(f"DEBUGINFOD_URLS= {command.replace('gdb', f'gdb -nx -batch {typed}', 1)}", 0)
+                place = re.search(r"^break (.*)", "\n".join(lines), re.MULTILINE)
+                end = "SIGTRAP" if "--break-alloc-id" in command else r"exited with code 013"
+                self.assertRegex(output, f"(?s)Breakpoint 1, .*{place[1]}" if place else end)
+
+    def debug_dump(self):
+        """Debugs the dump that the run of the document has left, with the line that stands behind the command."""
+        folder = self.folders["docs/debugging.md"]
+        text = TEXTS["docs/debugging.md"]
+        command, shown, line = re.search(
+            r"^    (gdb build/bin/\S+) dumps/(\w+)-\d+\.core\n\n```\n\(gdb\) (.*)$", text, re.MULTILINE).groups()
+        dumps = list((folder.path / "dumps").iterdir())
+        self.assertEqual(len(dumps), 1)
+        self.assertRegex(dumps[0].name, rf"^{shown}-\d+\.core$")
+        if shutil.which("gdb"):
+            call = command.replace("gdb", f"gdb -nx -batch -ex '{line}'", 1)
+            output = folder.run(f"DEBUGINFOD_URLS= {call} {dumps[0]}", 0)
+            self.assertRegex(output, r"(?s)Thread 1 .*CMyTest::InitSubtests")
 
     def test_have_snippets_that_compile(self):
         """Those of BUILT are compiled where their commands run."""
