@@ -173,7 +173,7 @@ bool widenAscii(std::string_view bytes, std::wstring& result)
     return all < 0x80;
 }
 
-/// The opposite of widenAscii.
+/// The reverse of widenAscii.
 bool narrowAscii(std::wstring_view text, std::string& result)
 {
     result.resize(text.size());
@@ -385,12 +385,8 @@ std::string LbEncoding::ToLatin1(std::wstring_view text)
 
 std::wstring LbEncoding::FromLatin1(std::string_view bytes)
 {
-    std::wstring result;
-    result.reserve(bytes.size());
-    for (const char byte : bytes)
-    {
-        result.push_back(static_cast<wchar_t>(static_cast<unsigned char>(byte)));
-    }
+    std::wstring result(bytes.size(), L'\0');
+    std::ranges::transform(bytes, result.begin(), [](char byte) { return static_cast<unsigned char>(byte); });
     return result;
 }
 

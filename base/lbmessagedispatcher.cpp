@@ -147,7 +147,7 @@ bool LbMessageDispatcher::Start()
             return false;
         }
     }
-    // Otherwise a heap tracker could count what the thread allocates at its start.
+    // Waits until the thread runs. Otherwise a heap tracker could count what the thread allocates at its start.
     m_shared->ready.wait(lock, [this] { return m_shared->isReady || !m_shared->hasThread; });
     return m_shared->hasThread && !m_shared->isStopping;
 }

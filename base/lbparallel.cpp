@@ -111,7 +111,7 @@ CHelpers::~CHelpers()
 {
     for (const LbThreadPool::CTask& task : m_tasks)
     {
-        // A task that has not started is not needed any more, and on a busy pool it might never start.
+        // A task that has not started is no longer needed, and on a busy pool it might never start.
         if (!task.Cancel())
         {
             task.Wait();
@@ -174,7 +174,8 @@ void LbParallel::Invoke(std::initializer_list<std::function<void()>> functions)
 std::int64_t LbParallel::SumRange(std::int64_t first, std::int64_t last)
 {
 #ifdef _OPENMP
-    // The run-time ends the process if it cannot start a thread, so no other caller may start one in between.
+    // One caller at a time: OpenMP ends the process if a thread cannot start, so no other caller may use up threads
+    // between getTeamSize and the loop.
     static std::mutex s_mutex;
     const std::lock_guard lock(s_mutex);
     const int threadCount = getTeamSize();

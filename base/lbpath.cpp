@@ -1,6 +1,7 @@
 #include "base/lbpath.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "base/os/files.h"
@@ -27,11 +28,22 @@ std::wstring withNativeSeparators(std::wstring_view path)
     return result;
 }
 
+/// True at the codes of characters that file names must not contain.
+constexpr auto c_UnsafeCharacters = [] {
+    std::array<bool, 0xA0> areUnsafe{};
+    std::fill_n(areUnsafe.begin(), 0x20, true);
+    std::fill(areUnsafe.begin() + 0x7F, areUnsafe.end(), true);
+    for (const char reserved : std::string_view("\\/:*?\"<>|"))
+    {
+        areUnsafe[static_cast<unsigned char>(reserved)] = true;
+    }
+    return areUnsafe;
+}();
+
 bool isUnsafe(wchar_t character)
 {
-    constexpr std::wstring_view c_Reserved = L"\\/:*?\"<>|";
     const auto code = static_cast<char32_t>(character);
-    return code < 0x20 || (code >= 0x7F && code < 0xA0) || c_Reserved.find(character) != std::wstring_view::npos;
+    return code < c_UnsafeCharacters.size() && c_UnsafeCharacters[code];
 }
 
 } // namespace

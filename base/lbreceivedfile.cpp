@@ -17,8 +17,8 @@
 namespace
 {
 
-/// The next line without its end; false if no line is left. A text that ends with a line end has an empty last line, so
-/// that a missing line end at the end is a difference.
+/// Splits a text into lines without their ends. If the text ends with a line end, the last line is empty, so that a
+/// missing line end at the end is a difference.
 class CLines
 {
 public:
@@ -56,7 +56,7 @@ std::wstring quote(std::string_view line, std::size_t difference)
     };
     std::size_t begin = difference > c_Length - c_Before ? difference - c_Before : 0;
     std::size_t end = std::min(begin + c_Length, line.size());
-    // Characters stay whole.
+    // Characters are not split.
     while (isInside(begin))
     {
         --begin;
@@ -131,7 +131,7 @@ struct SRuns
     std::wstring last;
 };
 
-/// Counts none if the file is damaged or belongs to other bytes.
+/// Returns no runs if the file is damaged or belongs to other bytes.
 SRuns readRuns(std::string_view received, const std::wstring& reference)
 {
     const std::wstring path = reference + LbReceivedFile::c_RunsSuffix;

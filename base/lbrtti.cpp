@@ -23,7 +23,7 @@ struct SRegistry
     std::unordered_map<std::wstring, std::vector<const LbRTTI*>> records;
 };
 
-/// Functions that register late classes.
+/// The functions of LbLateClasses that have not been called yet.
 struct SLate
 {
     // Recursive, because a function may look classes up.

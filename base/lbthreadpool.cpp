@@ -136,7 +136,7 @@ void LbThreadPool::SShared::Start(std::unique_lock<std::mutex>& lock)
     }
     catch (const std::system_error&)
     {
-        // The system is short of threads; fewer of them do the same work.
+        // The system is short of threads; fewer threads do the same work.
         if (threads.empty())
         {
             throw;
@@ -154,7 +154,7 @@ void LbThreadPool::SShared::Work()
     arrived.notify_all();
     for (;;)
     {
-        // A running task may add others, so no thread ends before the last task has ended.
+        // A running task may add other tasks, so no thread ends before the last task has ended.
         changed.wait(lock, [this] { return !queue.empty() || (isStopping && running == 0); });
         if (queue.empty())
         {

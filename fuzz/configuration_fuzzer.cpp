@@ -1,4 +1,4 @@
-/// Checks for any bytes, as a configuration file and as the configuration of archive runs, that the reader either
+/// Reads any bytes as a configuration file and as the configuration of archive runs. Checks that the reader either
 /// returns complete values or throws a message.
 #include <algorithm>
 

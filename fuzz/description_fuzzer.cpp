@@ -1,5 +1,5 @@
-/// Checks for any bytes as a description file that each parameter has a known name and the type that belongs to it, and
-/// that disabled cases are left out.
+/// Reads any bytes as a description file. Checks that each parameter has a known name and the type that belongs to it,
+/// and that disabled cases are omitted.
 #include "base/luunittest.h"
 #include "fuzz/fuzzing.h"
 #include "testing/lutestsuite/lutestsuiteout.h"

@@ -1,4 +1,4 @@
-/// What the fuzzers share.
+/// Shared by the fuzzers.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ inline std::string_view GetText(const std::uint8_t* data, std::size_t size)
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Takes the text up to the next line feed, or all of it, off the front of the input.
+/// Removes the text up to the next line feed, or all of it, from the front of the input and returns it.
 inline std::string_view TakeLine(std::string_view& input)
 {
     const std::string_view line = input.substr(0, input.find('\n'));

@@ -1,5 +1,5 @@
-/// Reads any bytes as the lines of a journal, as records, and as JSON of one record: what is read is either refused or
-/// written again as the same record.
+/// Reads any bytes as the lines of a journal, as records, and as JSON of one record. Checks that the reader refuses
+/// them, or that each record is the same after writing and reading it again.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -33,7 +33,7 @@ std::string encode(const Runner::Record& record)
     return json;
 }
 
-/// A record that was understood once is understood again, with the same meaning.
+/// A record that was read must give the same record again after it was written.
 void checkRecord(std::string_view json, Runner::CRecordParser& parser, Runner::CRunState& state, std::uint64_t sequence)
 {
     Runner::Record record;

@@ -1,4 +1,4 @@
-/// Checks for any bytes as an XML report that the reader refuses them or returns a valid record.
+/// Reads any bytes as an XML report. Checks that the reader refuses them or returns a valid record.
 #include <cmath>
 
 #include "fuzz/fuzzing.h"

@@ -21,7 +21,7 @@ std::unique_ptr<CChildOutput> CChildOutput::Create(const std::wstring& name)
 {
     auto state = std::make_unique<SState>();
     state->path = GetTemporaryDirectory() + L"\\" + name;
-    // The system removes the file with the last handle, also when the process is ended.
+    // The system removes the file with the last handle, even if the process is killed.
     const HANDLE file = CreateFileW(Windows::ToSystemPath(state->path).c_str(), GENERIC_READ | GENERIC_WRITE,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);

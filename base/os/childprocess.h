@@ -25,15 +25,15 @@ struct SChildOptions
     /// Empty: the caller's own.
     std::wstring workingDirectory;
 
-    /// True: no console window, and standard input, output and error are the null device. False: the child has those of
-    /// the caller, but on Linux no input, because reading from a terminal would stop a process in the background.
+    /// True: no console window, and standard input, output and error are the null device. False: the child has the
+    /// caller's streams, but on Linux no input, because reading from a terminal would stop a process in the background.
     bool isSilent = false;
 
     /// Receives what a silent child writes to standard error; null: it is lost. Must exist until the start returns.
     const CChildOutput* errors = nullptr;
 
-    /// The child starts with the blocked and ignored signals that PrepareStarts recorded; otherwise, or without a
-    /// record, with the caller's. No effect on Windows.
+    /// True: the child starts with the blocked and ignored signals that PrepareStarts recorded. False, or without a
+    /// record: with those of the caller. No effect on Windows.
     bool hasPreparedSignals = false;
 
     /// The child and the processes that it started are ended when its object is destroyed and when the current process

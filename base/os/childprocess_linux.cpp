@@ -80,7 +80,7 @@ std::optional<siginfo_t> CChildProcess::SState::Poll(int options)
     do
     {
         file.Ensure(process);
-        // Without a descriptor, the process is identified by its id.
+        // Without a descriptor, the id identifies the process.
         const idtype_t kind = file.Get() < 0 ? P_PID : P_PIDFD;
         const auto name = static_cast<id_t>(file.Get() < 0 ? process : file.Get());
         isKnown = waitid(kind, name, &end, WEXITED | options) == 0;

@@ -19,8 +19,8 @@ struct CChildProcess::SState
 namespace
 {
 
-/// A job contains everything that its processes start and ends all of them at once: with `endsWithOwner` also when its
-/// only handle is closed, which the system does when the current process ends.
+/// A job contains all processes that its processes start and ends all of them at once: with `endsWithOwner` also when
+/// its only handle is closed, which the system does when the current process ends.
 Windows::Handle makeJob(bool endsWithOwner)
 {
     Windows::Handle job(CreateJobObjectW(nullptr, nullptr));

@@ -5,7 +5,7 @@
 #include "base/lbexception.h"
 #include "base/os/windows/api.h"
 
-// Needs windows.h in front of it.
+// Needs windows.h before it.
 #include <ntsecapi.h>
 
 namespace

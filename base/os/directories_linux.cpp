@@ -50,8 +50,9 @@ bool LbOs::CHomeDirectory::Ensure() const
 
 bool LbOs::HoldsFile(const std::wstring& directory, const std::wstring& name)
 {
-    constexpr std::wstring_view c_NotInNames(L"/\0", 2);
-    if (directory.empty() || name.empty() || name.find_first_of(c_NotInNames) != std::wstring::npos)
+    const bool isName =
+        !name.empty() && name.find(L'/') == std::wstring::npos && name.find(L'\0') == std::wstring::npos;
+    if (directory.empty() || !isName)
     {
         return false;
     }

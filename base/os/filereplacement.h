@@ -11,7 +11,7 @@ namespace LbOs
 /// True if the current user may create files in `directory`; false if it does not exist.
 LB_API bool MayAddFiles(const std::wstring& directory);
 
-/// Renames a file within its directory and replaces an existing file of that name in one step: other programs see
+/// Renames a file within its file system and replaces an existing file of that name in one step: other programs see
 /// either the old or the new file as a whole. On Linux the new file gets the permissions and the owner of the old one,
 /// as far as the current user may set them; on Windows it keeps what its folder gave it. False on failure, which
 /// changes nothing: the file does not exist, the target is a directory, a read-only file, or a file that another

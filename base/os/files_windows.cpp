@@ -9,7 +9,7 @@
 #include "base/os/linkdata.h"
 #include "base/os/windows/api.h"
 
-// After windows.h, which it needs.
+// Needs windows.h before it.
 #include <winioctl.h>
 
 namespace

@@ -22,7 +22,7 @@ public:
     /// Waits without limit until the lock is free. Null if the folder cannot be opened or does not support locks.
     static std::unique_ptr<CFolderLock> Acquire(const std::wstring& folder);
 
-    /// As Acquire, but never waits: null also when another process or thread has the lock.
+    /// As Acquire, but never waits: also null if another process or thread has the lock.
     static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder);
 
     ~CFolderLock();

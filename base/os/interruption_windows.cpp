@@ -9,7 +9,7 @@ namespace
 
 std::atomic<LbOs::EInterruption> s_interruption = LbOs::EInterruption::None;
 
-/// The system calls it on a thread of its own.
+/// The system calls this handler on a thread of its own.
 BOOL WINAPI handleRequest(DWORD event)
 {
     const bool isUser = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;

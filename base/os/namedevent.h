@@ -15,7 +15,7 @@ enum class EEventWait
 {
     Signaled,
     TimedOut,
-    ChildEnded, ///< and the event was not set before
+    ChildEnded, ///< the child has ended, and the event was not set before
     Failed
 };
 
@@ -33,7 +33,7 @@ public:
 
     ~CNamedEvent();
 
-    /// Whether the event still has its name. On Linux a name is a file, which the user's processes can remove.
+    /// True if the event still has its name. On Linux a name is a file, which the user's processes can remove.
     bool IsNamed() const;
 
     CNamedEvent(const CNamedEvent&) = delete;

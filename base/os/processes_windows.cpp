@@ -2,7 +2,7 @@
 
 #include "base/os/windows/api.h"
 
-// After windows.h, which they need.
+// Need windows.h before them.
 #include <psapi.h>
 #include <tlhelp32.h>
 

@@ -24,8 +24,8 @@ public:
     /// Stores the processors that the calling thread may use now.
     void Read();
 
-    /// Binds the calling thread to its current processor, and the main thread of `child` too, which should be asleep.
-    /// Each of the two threads calls Restore for itself.
+    /// Binds the calling thread and the main thread of `child`, which should be asleep, to the caller's current
+    /// processor. Each of the two threads calls Restore for itself.
     void ShareProcessorWith(const CChildProcess& child);
 
     /// Restores the stored processors of the calling thread, once; no effect if nothing has been stored since.

@@ -22,7 +22,7 @@ PROGRAMS = (
     ("testing/lutestsuitehost/", "cli_tests"),
     ("testing/lutestsuiterunner/", "runner_tests"),
 )
-# Linking takes most of the time: use a fast linker, and do not link the users of a changed library again.
+# Linking takes most of the time: use a fast linker, and do not relink the users of a changed library.
 OPTIONS = ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
 FAST_LINKERS = (("ld.lld", "lld"), ("ld.gold", "gold"))
 CTEST = "ctest"
@@ -93,7 +93,7 @@ class Ground:
             path.write_bytes(original)
 
     def _run_without_fault(self, name, run) -> None:
-        """Tests that fail without a fault are left out, or they would seem to find all faults."""
+        """Finds the tests that fail without a fault. They are omitted, because they would seem to find all faults."""
         while name not in self.usual_seconds:
             begin = time.monotonic()
             failed = run()
@@ -167,7 +167,7 @@ class Ground:
         return failed[0] if failed else f"ctest ({'takes too long' if status is None else output[-200:]})"
 
     def _run_tests(self, command, folder, name):
-        """Runs a command and ends what it started. Returns its status (None after the time limit) and its output."""
+        """Runs a command and ends all that it started. Returns status (None after the time limit) and the output."""
         usual = self.usual_seconds.get(name)
         limit = None if usual is None else max(LEAST_SECONDS, PATIENCE * usual)
         log = self.copy / "build" / "tests.log"

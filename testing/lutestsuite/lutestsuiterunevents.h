@@ -59,6 +59,8 @@ struct SCaseEnd
                                             ///< has written to standard error
     std::vector<LbOs::SThreadStack> stacks; ///< of ChildEnded by a crash and of TimedOut, see SRunOptions; the one
                                             ///< at fault first
+    std::wstring dumpFile;                  ///< of the same: full path of the child's memory dump; empty without one
+    std::wstring dumpFailure;               ///< German, without a full stop: why there is no dump; empty otherwise
 };
 
 /// A case has its result.
@@ -113,6 +115,9 @@ struct SRunOptions
                                ///< (LbOs::ReadStacks), for SCaseEnd and as information lines of the case's messages.
                                ///< That delays the case's end by less than 2 s. A child that ends in another way, by
                                ///< exit or by a handler of a test module, has no stacks
+    std::wstring dumpDirectory = {}; ///< full path of an existing folder, which receives a memory dump of each such
+                                     ///< child (LbOs::WriteDump), named after the case; empty: no dumps. Stacks and
+                                     ///< dump together delay the case's end by less than 2 s
 };
 
 /// Runs as without an observer, with the same output (LuTestSuiteOut::SetConsoleOut switches it off).

@@ -191,7 +191,7 @@ public:
         std::wstring WorkspacePath;
     };
 
-    /// The records that the build embedded in the library; null if there is none.
+    /// Where the build came from: a record beside the host (lutestsuite-build.txt), else the library's own; or null.
     static std::unique_ptr<SSvnInfo> GetSvnInfo();
     static std::unique_ptr<SPscmInfo> GetPscmInfo();
 

@@ -35,7 +35,7 @@ struct SExecution
             {
                 throw;
             }
-            // Without the line of the source: the message is about files of the user.
+            // The message is about the user's files, so it does not name our source line.
             throw std::wstring(exception.GetMessageText());
         }
     }

@@ -8,8 +8,8 @@
 
 #include "tests/support/os/testaids.h"
 
-/// Calls `check` in a fork of the process after `prepare` has returned true there; failed expectations of the fork
-/// count. False if nothing was checked: on platforms without fork, or if `prepare` returned false.
+/// Forks; in the fork calls `prepare` and, if it returns true, `check`. Expectations that fail in the fork fail the
+/// test. False if nothing was checked: the platform has no fork, or `prepare` returned false.
 inline bool CheckApart(const std::function<bool()>& prepare, const std::function<void()>& check)
 {
     constexpr int c_Unprepared = 77;

@@ -30,7 +30,7 @@ public:
         }
     }
 
-    /// Clears the lines and starts recording, or stops it. False if that is already the state.
+    /// Starts recording with no lines, or stops it. False if that is already the state.
     bool Listen(bool on)
     {
         const std::lock_guard lock(m_mutex);

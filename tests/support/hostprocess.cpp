@@ -27,7 +27,7 @@ std::wstring getOtherUser()
     return LbFormat(L"setpriv --reuid %lu --regid %lu --clear-groups", user, user);
 }
 
-/// Quotes for the Windows shell. No way to quote a quotation mark is understood by all its parts.
+/// Quotes for the Windows shell, whose parts do not agree on a way to quote a quotation mark.
 std::wstring quoteForWindows(const std::wstring& text)
 {
     if (text.find_first_of(L"\"%") != std::wstring::npos)

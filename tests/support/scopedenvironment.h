@@ -31,7 +31,7 @@ public:
 
 private:
     ScopedFolder m_folder;
-    // Each platform reads one of the two.
+    // Each platform reads one of these variables.
     ScopedEnvironmentVariable m_linux{L"XDG_DATA_HOME", m_folder.GetPath()};
     ScopedEnvironmentVariable m_windows{L"APPDATA", m_folder.GetPath()};
 };

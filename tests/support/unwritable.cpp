@@ -75,7 +75,7 @@ std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, co
     {
         places.push_back({"full disk", device, {}});
     }
-    // Accepts no files from any user; an administrator may write into an ordinary read-only folder.
+    // This folder accepts files from no user; an administrator may write into an ordinary read-only folder.
     if (const std::wstring directory = L"/proc/"; LbFileSystem::IsDirectory(directory))
     {
         places.push_back({"folder that takes no files", directory + name, {}});

@@ -11,7 +11,7 @@ struct SUnwritablePlace
 {
     std::string name;
     std::wstring path;          ///< path of the file that cannot be written
-    std::shared_ptr<void> hold; ///< keeps the file unwritable, if anything must
+    std::shared_ptr<void> hold; ///< keeps the file unwritable; null if nothing must
 };
 
 /// Paths that end in `name` (except the full disk): a folder instead of the file, a file instead of the folder, a

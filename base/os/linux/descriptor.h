@@ -48,7 +48,7 @@ public:
         }
     }
 
-    /// Gives up a number that does not, or no longer, belong to this owner.
+    /// Gives up a number that does not belong to this owner, or no longer does.
     void Release() noexcept { m_number = -1; }
 
 private:

@@ -37,7 +37,7 @@ void EnsureKeeper();
 SKeptGroup* TakeKeptGroup();
 void ReleaseKeptGroup(SKeptGroup* group) noexcept;
 
-/// Called by the child first of all, so that it is never without a keeper. Makes only system calls.
+/// The child calls this before anything else, so that it is never without a keeper. Makes only system calls.
 void EnterKeptGroup(SKeptGroup& group) noexcept;
 
 /// The key of shared memory that belongs to the file at `path`: the keeper removes the owner's memory with this key

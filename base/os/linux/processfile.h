@@ -29,8 +29,8 @@ public:
     CProcessFile& operator=(const CProcessFile&) = delete;
     ~CProcessFile() { releaseLost(); }
 
-    /// Opens the descriptor unless it is open. Impossible if others have waited for the process, which then is no child
-    /// any more. Pass the same process in all calls.
+    /// Opens the descriptor unless it is open. Impossible if other code has waited for the process, which is then no
+    /// longer a child. Pass the same process in all calls.
     void Ensure(pid_t process);
 
     /// Takes ownership of a descriptor that the system opened when it created the process; ignores a negative one, and

@@ -184,7 +184,7 @@ bool killChildren(std::span<const pid_t> processes, bool sparesKeepers)
         [=](const SFile& folder, pid_t id) { return killIfChild(folder, id, processes, sparesKeepers); });
 }
 
-/// Whether the variable was in the environment with which the process started its program.
+/// True if the variable was in the environment with which the process started its program.
 bool hasVariable(const SFile& folder, pid_t id, std::string_view variable)
 {
     const SFile file = openProcessFile(folder, id, "/environ");

@@ -62,7 +62,7 @@ inline pid_t CopyProcess() noexcept
     return static_cast<pid_t>(copy);
 }
 
-/// Ends a copy.
+/// Ends a copy made by CopyProcess.
 [[noreturn]] inline void EndCopy() noexcept
 {
     while (true)

@@ -61,7 +61,7 @@ std::size_t CBackgroundReader::Await(std::size_t count)
     {
         return static_cast<std::size_t>(bytes);
     }
-    // All bytes read count, even if a failure follows.
+    // Bytes that were read count, even if a failure follows.
     if (m_total >= count)
     {
         return m_total;

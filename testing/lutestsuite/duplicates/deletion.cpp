@@ -88,7 +88,7 @@ void CDeletion::DeleteLinks()
     {
         const std::wstring place = std::move(pending.back());
         pending.pop_back();
-        // A link that another link passes through is tried again when the other one is deleted.
+        // A link on the path of another link is needed until that other link is deleted; then it is tried again.
         const auto link = m_uses.Has(place) ? redundant.end() : redundant.find(place);
         if (link == redundant.end())
         {
@@ -148,7 +148,7 @@ void CDeletion::lock(const std::wstring& folder)
     }
 }
 
-/// Compares contents first: the time then shows whether the file was written during the comparison.
+/// Compares contents first: afterwards the time shows whether the file was written during the comparison.
 bool CDeletion::mayGo(const SDataSet& dataSet, const SDataSet& kept)
 {
     return (LbOs::AreSameFile(dataSet.path, kept.path) || LbFileSystem::HaveSameContent(dataSet.path, kept.path)) &&

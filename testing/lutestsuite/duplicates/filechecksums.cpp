@@ -55,7 +55,7 @@ bool CFileChecksums::hasReader()
         }
         catch (const std::system_error&)
         {
-            // If no thread can be started, this one does both.
+            // If no thread can be started, this thread does both.
         }
     }
     return m_reader != nullptr;
@@ -66,7 +66,7 @@ void CFileChecksums::reserve(std::size_t size)
     if (m_capacity < size)
     {
         m_capacity = 0;
-        // Released first; otherwise two files would occupy memory.
+        // Released first, so that memory never holds two files.
         m_buffer.reset();
         m_buffer = std::make_unique_for_overwrite<char[]>(size);
         m_capacity = size;

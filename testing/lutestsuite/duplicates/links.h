@@ -20,7 +20,7 @@ struct SLinks
     std::vector<std::wstring> unreadPlaces; ///< folders and links that may hide more links
 };
 
-/// Finds the links below a directory, and below the folders that these links lead to; searches each folder once.
+/// Finds the links below a directory, and below the folders to which these links lead; searches each folder once.
 SLinks FindLinks(const std::wstring& directory);
 
 } // namespace LuTestSuite

@@ -13,7 +13,7 @@ namespace LuTestSuite
 {
 
 /// Counts how often each place, as returned by LbOs::GetCanonicalPlace, is needed. One folder entry may still have
-/// several places: if a folder is mounted twice, or the file system ignores letter case.
+/// several places: if a folder is mounted twice, or if the file system ignores letter case.
 class CPlaceUses
 {
 public:
@@ -25,7 +25,7 @@ public:
     bool Has(const std::wstring& place) const;
 
 private:
-    /// Compares names literally, without the file system's equivalences.
+    /// Compares names literally, although the file system may treat different names as equal.
     bool isListed(const std::wstring& folder, const std::wstring& name) const;
 
     /// True if two names of a file with several names are hard links. The first name is spelled as its folder lists it.

@@ -79,7 +79,7 @@ public:
     /// The largest number of characters of a text that are read, including its terminator.
     static constexpr std::size_t sc_uiCapacity = 1024;
 
-    /// The texts are the caller's and outlive the object.
+    /// The caller keeps the texts, which must outlive the object.
     CUnderWay(CCrashThread& thread, EActivity activity, const char16_t* className, const char16_t* detail) noexcept;
     ~CUnderWay();
 

@@ -28,8 +28,8 @@
 namespace
 {
 
-/// A container without services: test modules find one in any installation, and those that bring services have a
-/// configuration file.
+/// A container without services, so that test modules find a container in every installation. Modules that bring
+/// services have a configuration file.
 constexpr const char* c_DefaultContainer = "<Container/>";
 
 std::unique_ptr<IOC::CContainer> createContainer()
@@ -52,8 +52,8 @@ void startThreadPool()
     }
     catch (const std::system_error&)
     {
-        // The system has no more threads. Parallel loops work without; a test that needs a thread fails with its own
-        // message.
+        // The system has no more threads. Parallel loops work without them; a test that needs a thread fails with its
+        // own message.
     }
 }
 
@@ -64,7 +64,7 @@ void warmUpParallelLoops()
 
     LbParallel::SumRange(0, 99);
 
-    // Uses each thread, value and lock once. Counts ranges as a whole because each child process waits for it.
+    // Uses each thread, value and lock once. Counts whole ranges, because each child process waits for this.
     LbCombinable<std::int64_t> counts;
     LbParallel::ForRanges(0, c_LoopLength,
                           [&counts](std::int64_t first, std::int64_t last) { counts.Local() += last - first; });

@@ -17,8 +17,8 @@
 namespace
 {
 
-/// Quotes a path that contains blanks or quotation marks. A text that names no file stays unchanged: it may already
-/// contain arguments.
+/// Quotes a path that contains blanks or quotation marks. Does not change a text that names no file, because it may
+/// already contain arguments.
 std::wstring toWord(const std::wstring& executable)
 {
     const bool isOneWord = LbCommandLine::Split(executable) == std::vector{executable};

@@ -13,7 +13,7 @@ namespace LuTestSuite
 /// it cannot be created, or when it is no unit test. Passes on what the class's constructor throws.
 std::unique_ptr<LuUnitTest> CreateUnitTest(const std::wstring& className);
 
-/// The same, null also when the constructor throws.
+/// Like CreateUnitTest, but returns null if the constructor throws.
 std::unique_ptr<LuUnitTest> CreateUnitTestOrNull(const std::wstring& className) noexcept;
 
 } // namespace LuTestSuite

@@ -11,7 +11,7 @@ namespace
 // Leaves a margin, so that every byte of the block is in reach of every byte of the function's beginning.
 constexpr std::uintptr_t c_Reach = 0x7FF00000;
 
-/// The place for a block nearest to a target among those farther away than `tried`.
+/// Finds the nearest place for a block whose distance to the target is greater than `tried`.
 struct SSearch
 {
     const std::uintptr_t target;

@@ -7,7 +7,7 @@
 namespace LuTestSuite
 {
 
-/// One operation as trackers receive it.
+/// One operation, as trackers receive it.
 struct SOperation
 {
     int kind; ///< value of LuTestSuiteHeapTracker::EOperation

@@ -12,7 +12,7 @@ namespace LuTestSuite
 namespace
 {
 
-/// Threads answer within microseconds, except threads that block every signal: they never do.
+/// A thread that blocks every signal never answers; others answer within microseconds.
 constexpr unsigned c_FreezeTimeoutMs = 2000;
 /// Used after a failed freeze: the thread that failed it probably still runs, and a run of many cases must not wait
 /// long for it in each case.
@@ -120,7 +120,7 @@ EPatchStatus CPatchEngine::makePatch(std::uint8_t* target, void* detour, const L
     return status;
 }
 
-/// Reuses a retired patch whose block would be the same byte for byte: a thread may still return into that block.
+/// Reuses a retired patch if its block would be the same byte for byte: a thread may still return into that block.
 CPatchEngine::SPatch* CPatchEngine::takeRetired(std::span<const std::uint8_t> code, std::uintptr_t detour) noexcept
 {
     for (SPatch** place = &m_retired; *place != nullptr; place = &(*place)->next)
@@ -268,7 +268,7 @@ EPatchStatus CPatchEngine::ShutDown() noexcept
     return EPatchStatus::Success;
 }
 
-/// Requires frozen threads. Leads them and the detours back to the targets.
+/// Requires frozen threads. Disables all patches, moves threads out of trampolines, leads detours to the targets.
 bool CPatchEngine::leaveAll(LbOs::CThreadFreezer& threads) noexcept
 {
     for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)
@@ -329,7 +329,7 @@ EPatchStatus CPatchEngine::enable(SPatch& patch, LbOs::CThreadFreezer& threads) 
     return EPatchStatus::Success;
 }
 
-/// Requires frozen threads. No thread can be inside the jump, only at its first byte.
+/// Requires frozen threads. A thread may be at the jump's first byte but never inside the jump.
 EPatchStatus CPatchEngine::disable(SPatch& patch) noexcept
 {
     if (!write(patch.target, patch.saved))

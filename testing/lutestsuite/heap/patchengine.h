@@ -59,7 +59,7 @@ public:
     /// Detours must jump through it in one instruction, so that no detour keeps the address of a released trampoline.
     EPatchStatus Create(void* target, void* detour, void*& trampoline) noexcept;
 
-    /// Both stop all other threads while they change the code. On failure nothing has changed.
+    /// Enable and Disable stop all other threads while they change the code. On failure nothing has changed.
     EPatchStatus Enable(void* target) noexcept;
     EPatchStatus Disable(void* target) noexcept;
 

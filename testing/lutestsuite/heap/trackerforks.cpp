@@ -10,7 +10,7 @@
 using LuTestSuite::s_trackerState;
 using LuTestSuite::SOperation;
 
-// Runs when the library is loaded. If it ran on first use instead, a fork at that moment would miss the handlers, and
+// Runs when the library is loaded. Its first use would be too late: a fork at that moment would miss the handlers, and
 // its child would inherit a locked initialisation guard. Finding the functions also takes the loader's lock, whose
 // owner may be waiting inside a detour.
 const LbOs::SHeapFunctions LuTestSuiteHeapTracker::s_functions = prepare();
@@ -64,7 +64,7 @@ void LuTestSuiteHeapTracker::startOverInChild() noexcept
     s_trackerState.forks.StartOver();
 }
 
-/// The trackers of other threads may lie on stacks that new threads of the child will reuse.
+/// Drops trackers of other threads, because new threads of the child may reuse the stacks on which they lie.
 void LuTestSuiteHeapTracker::dropTrackersOfOtherThreads() noexcept
 {
     LuTestSuiteHeapTracker** place = &s_TrackerList;

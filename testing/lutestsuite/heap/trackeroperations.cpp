@@ -4,7 +4,7 @@
 #include "testing/lutestsuite/heap/trackerstate.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 
-// What a heap operation changes in each tracker, and the state that all trackers share.
+// How a heap operation changes each tracker, and the state that all trackers share.
 
 using LuTestSuite::CAllocationMap;
 using LuTestSuite::s_trackerState;

@@ -53,8 +53,8 @@ struct STrackerState
     /// Number of registered, active trackers. While it is 0 the detours take no lock.
     std::atomic<unsigned> activeCount = 0;
 
-    /// Set while the run-time's realloc is about to call its own malloc or free once. That call is no operation of the
-    /// program, but calls made from inside it are (the program's new-handler). Guarded by the lock.
+    /// Set when the run-time's realloc is about to call its own malloc or free. That one call is not counted; calls
+    /// that a new-handler makes inside it are. Guarded by the lock.
     bool isInsideRealloc = false;
 
     CForks forks;

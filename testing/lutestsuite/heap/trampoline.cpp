@@ -81,8 +81,8 @@ std::optional<SPrologue> readPrologue(std::span<const std::uint8_t> code) noexce
     return prologue;
 }
 
-/// Searches the code after the prologue for jumps into the overwritten bytes. This is no proof: it misses jumps through
-/// tables and jumps from distant code.
+/// Searches the code after the prologue for jumps into the overwritten bytes. Misses jumps through tables and jumps
+/// from distant code.
 bool isEnteredFromBehind(std::span<const std::uint8_t> code, std::uintptr_t target, std::size_t first) noexcept
 {
     for (std::size_t offset = first; offset < code.size();)
@@ -90,7 +90,7 @@ bool isEnteredFromBehind(std::span<const std::uint8_t> code, std::uintptr_t targ
         const std::optional<SInstruction> instruction = DecodeInstruction(code.subspan(offset));
         if (!instruction)
         {
-            // Data, or the end of the readable bytes.
+            // The bytes are data, or the readable bytes end here.
             return false;
         }
         if (instruction->relative != ERelative::None)

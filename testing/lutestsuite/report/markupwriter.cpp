@@ -156,13 +156,17 @@ std::wstring LuTestSuiteUtils::LuMarkupWriter::Unescape(std::wstring_view text)
 {
     std::wstring result;
     result.reserve(text.size());
-    while (!text.empty())
+    // Most texts contain no entity.
+    for (std::size_t start = text.find(L'&'); start != std::wstring_view::npos; start = text.find(L'&'))
     {
+        result.append(text.substr(0, start));
+        text.remove_prefix(start);
         const auto* const entity =
             std::ranges::find_if(c_Entities, [text](const SEntity& one) { return text.starts_with(one.text); });
         const bool isEntity = entity != std::end(c_Entities);
         result.push_back(isEntity ? entity->character : text.front());
         text.remove_prefix(isEntity ? entity->text.size() : 1);
     }
+    result.append(text);
     return result;
 }

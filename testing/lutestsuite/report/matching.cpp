@@ -41,7 +41,7 @@ void addKeys(std::vector<SKeyed<Entry>>& keyed, const std::vector<Entry>& entrie
     }
 }
 
-/// What the comparison considers: of two entries with equal ranks either will do.
+/// What the comparison considers: entries of equal rank are interchangeable.
 auto getRank(const SClass& testClass)
 {
     const std::int64_t unsuccessful = std::int64_t{testClass.CasesTotal} - testClass.Successful;

@@ -68,8 +68,8 @@ std::wstring getVersion(const std::wstring& name)
     return start == std::wstring::npos ? name : name.substr(start, c_TimeStampLength);
 }
 
-/// The versions of two runs name their comparison. If runs of one configuration share a time stamp, their file names
-/// are their versions; otherwise they would share a comparison.
+/// A comparison is named after the versions of its two runs. If runs of one configuration share a time stamp, their
+/// file names become their versions, so that each comparison has its own name.
 void tellVersionsApart(std::vector<SArchivedRun>& runs)
 {
     std::map<std::pair<std::wstring, std::wstring>, int> counts;
@@ -155,7 +155,7 @@ std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& 
     return runs;
 }
 
-/// Writes the comparison of a run with an older run, the reference.
+/// Writes the comparison of a run with an older run, which is the reference.
 void writeDiff(const SArchive& archive, const std::wstring& path, const SArchivedRun& older, const SArchivedRun& newer)
 {
     const std::wstring pathA = archive.reports + older.name + L".xml";

@@ -18,7 +18,7 @@ using LuTestSuiteRun::SParams;
 using LuTestSuiteRun::SStats;
 using SReportData = LuTestSuiteReport::SReportData;
 
-/// Callers may pass records of different runs.
+/// Needed because callers may pass records of different runs.
 void requireFittingRecords(const std::vector<SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
                            const SStats& stats)
 {

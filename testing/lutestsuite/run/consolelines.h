@@ -34,7 +34,7 @@ private:
     std::int64_t m_lastUnitTest = sc_iNone;
 };
 
-/// Prints the line that replaces the cases not run after a cancellation.
+/// Prints the line that replaces the cases that did not run because of a cancellation.
 void WriteCanceled();
 
 void WriteSummary(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SStats& stats);

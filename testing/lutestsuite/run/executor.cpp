@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/givenstream.h"
 #include "base/idebugging.h"
 #include "base/lbdiagnostics.h"
 #include "base/lbexception.h"
@@ -65,7 +66,7 @@ void setDebuggingOptions(LuUnitTest& unitTest, const SParams& params)
 }
 
 /// Stores messages immediately, so that those written before a crash are in the buffer.
-class CBufferStream : public LuStreamWriteText, public INonCopyable
+class CBufferStream : public LbGivenStream, public INonCopyable
 {
 public:
     explicit CBufferStream(SWorkBuffer& buffer) : m_buffer(buffer) {}
@@ -84,7 +85,7 @@ private:
     bool m_isFull = false;
 };
 
-/// Stores the duration of its scope, even if an exception ends it.
+/// Stores how long its scope lasted, even if an exception ends the scope.
 class CStopwatch : public INonCopyable
 {
 public:
@@ -98,7 +99,7 @@ private:
 
 /// The part of a case that may throw. The caller destroys the created unit test.
 ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std::unique_ptr<LuUnitTest>& unitTest,
-                          LuStreamWriteText& messages, std::uint64_t& time)
+                          LbGivenStream& messages, std::uint64_t& time)
 {
     unitTest = LuTestSuite::CreateUnitTest(LoadName(buffer.className));
     if (!unitTest)
@@ -106,7 +107,8 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
         return ECaseRunResult::NoMatchingCase;
     }
     unitTest->SetMessageStream(&messages);
-    unitTest->SetDataDirectory(LoadName(buffer.dataDirectory));
+    messages.SetDataDirectory(LoadName(buffer.dataDirectory));
+    unitTest->SetDataDirectory(messages.GetDataDirectory());
     unitTest->SelectSubtest(LoadName(buffer.caseName));
     unitTest->InitSubtests();
     setDebuggingOptions(*unitTest, params);
@@ -172,7 +174,7 @@ void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTra
     }
 }
 
-/// Cases start in the executable's folder, wherever the case before changed to.
+/// A case starts in the executable's folder, even if an earlier case changed the working directory.
 void restoreWorkingDirectory() noexcept
 try
 {
@@ -184,7 +186,7 @@ try
 }
 catch (...)
 {
-    // Without memory for the path, the case runs without it.
+    // If there is no memory for the path, the case keeps the present working directory.
 }
 
 ECaseRunResult runTracked(SWorkBuffer& buffer)

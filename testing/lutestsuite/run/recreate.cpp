@@ -33,7 +33,7 @@ private:
     LuTestSuiteEnvironment& m_environment;
 };
 
-/// Also null for an object whose record in the registry is not derived from unit tests.
+/// Null also if the registry does not derive the object's class from LuUnitTest.
 std::unique_ptr<LuUnitTest> createUnitTest(const std::wstring& className)
 {
     std::unique_ptr<LuUnitTest> unitTest = LuTestSuite::CreateUnitTest(className);

@@ -74,14 +74,14 @@ void execute(const SParams& params, const SChildSettings& childSettings, const S
     executeSequentially(events, childSettings, plan.sequential);
 }
 
-/// The observers of the run, and the data that they need beside events.
+/// The observers of the run, and the data that they need in addition to events.
 struct SWatch
 {
     IRunObserver& observer;
     const SRunOptions& options;
 };
 
-/// If no code of the host runs between two cases, the result of one case and the header of the next are one write.
+/// If no code of the host runs between two cases, the result of one and the header of the next are one write.
 LuTestSuite::EBatchEnd getResultEnd(const LuTestSuiteSetup& setup, const IRunObserver& observer)
 {
     const bool isUnwatched = typeid(observer) == typeid(IRunObserver) && LuTestSuite::HasDefaultCallbacks(setup);
@@ -111,10 +111,12 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
         LbOs::CChildProcess::PrepareStarts();
     }
     events.Plan({unitTests, setup.params, result.cases, watch.options.attempt});
-    const SChildSettings childSettings = {preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog,
-                                          &leaving, watch.options.takeStacks};
+    CSharedListings listings;
+    const SChildSettings childSettings = {
+        preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog, &leaving, watch.options.takeStacks,
+        watch.options.dumpDirectory,    &listings};
     execute(setup.params, childSettings, plan, events, console);
-    // Cases that finished after a cancellation and were never printed do not count.
+    // Cases that finished after a cancellation and were not printed do not count.
     CRunEvents::Withdraw(console.GetWaiting(), result.cases);
     result.stats = CountCases(result.cases, unitTests.size());
     result.stats.startTime = startTime;

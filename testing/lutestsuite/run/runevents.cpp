@@ -18,7 +18,7 @@ CRunEvents::CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRun
 {
 }
 
-/// Calls of the host are never concurrent, and end after the first failure.
+/// Serialises the calls of the host. The first exception fails the run.
 template<typename Call>
 void CRunEvents::guarded(const Call& call)
 {

@@ -55,7 +55,7 @@ public:
     struct SProgress
     {
         bool hasEnded = false;  ///< no worker is left
-        bool hasFailed = false; ///< one has ended by an exception
+        bool hasFailed = false; ///< a worker has ended by an exception
     };
 
     SProgress GetProgress();
@@ -73,7 +73,7 @@ private:
     std::size_t m_next = 0;
     std::vector<const SPlannedCase*> m_leftOver; ///< returned by workers that could not run them
     std::size_t m_takers = 0;                    ///< workers that have not left
-    bool m_isStopped = false;                    ///< nothing is handed out any more
+    bool m_isStopped = false;                    ///< no more cases are handed out
 
     LbCriticalSection m_workersLock; ///< protects all below
     std::size_t m_workers = 0;
@@ -198,7 +198,7 @@ private:
     void runTaken(CCaseRunner& runner);
     bool getReady(CCaseRunner& runner, const SPlannedCase& planned);
 
-    bool m_hasLeft = false; ///< true if it leaves its case and all others to other workers
+    bool m_hasLeft = false; ///< true if it leaves its case and all other cases to other workers
     std::int32_t m_index;
     CWork& m_work;
     CSpareChildren& m_spares;
@@ -396,7 +396,7 @@ void ExecuteInParallel(const SParams& params, const SChildSettings& childSetting
         return;
     }
     CWork work(planned, events);
-    // The folder for threads that cases start, which belongs to no case.
+    // Threads that a case starts use this folder, which belongs to no case.
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(work.GetDebugFolders().GetRoot());
     CSpareChildren spares(childSettings);
     {

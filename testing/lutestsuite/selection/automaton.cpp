@@ -13,11 +13,11 @@ using LuTestSuite::SCodeRange;
 using LuTestSuite::SExpressionSyntax;
 using LuTestSuite::SSyntaxNode;
 
-/// The largest number of states of an expression. Each character of a text may cost that many steps, so larger
-/// expressions are left to the standard library.
+/// The largest number of states of an expression. Each character of a text may cost this number of steps, so the
+/// standard library handles larger expressions.
 constexpr std::size_t c_LargestExpression = 15'000;
 
-/// Limit for the numbers stored in states and transitions. Beyond it all states are dropped and created when needed.
+/// Limit for the numbers stored in states and transitions. Beyond it, all states are dropped and created as needed.
 constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
 
 /// The states that always exist.

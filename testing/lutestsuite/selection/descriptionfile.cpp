@@ -67,7 +67,7 @@ constexpr SParameter c_Parameters[] = {
     {L"Isolated", setFlag},
 };
 
-/// Which "TestCase" elements apply to which cases.
+/// The "TestCase" elements that apply to each case.
 struct SMatches
 {
     std::vector<std::vector<std::size_t>> elements; ///< for each case the indices of its elements, in file order
@@ -121,7 +121,7 @@ SMatches matchElements(const std::vector<LuTestSuite::STestCase>& cases, const s
     }
     catch (const LbException& exception)
     {
-        // If there is no memory for the large stack, only the names that need that stack match nothing.
+        // Without memory for the large stack, names that need that stack match nothing.
         matches = findElements(cases, names, nullptr);
         matches.messages.push_back(exception.GetMessageText());
     }

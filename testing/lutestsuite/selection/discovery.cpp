@@ -50,7 +50,7 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
     }
 }
 
-/// The listing that the instance has used, so that the folder is read once.
+/// The listing that the instance has already read, so that the folder is read only once.
 std::shared_ptr<const LbFileListing> getFiles(const LuUnitTest& instance, const SUnitTest& test)
 {
     const bool isSame = instance.GetDataDirectory() == test.dataDirectory;
@@ -77,7 +77,7 @@ void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
 }
 
 /// Prevents endless recursion through links: enters the target of links once, and never if it contains the link. Links
-/// to folders of unit tests need no check, since these are not searched.
+/// to folders of unit tests need no check, since these folders are not searched.
 class CLinkedDirectories
 {
 public:

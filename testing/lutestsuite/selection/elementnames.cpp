@@ -19,7 +19,7 @@ SSyntaxNode makeNode(SSyntaxNode::EKind kind)
     return node;
 }
 
-/// The expression between the start and the end of the text.
+/// Returns the expression anchored at the start and the end of the text.
 SSyntaxNode anchor(SSyntaxNode root)
 {
     SSyntaxNode whole;

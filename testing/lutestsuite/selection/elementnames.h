@@ -28,8 +28,8 @@ public:
     /// True if some names need the engine. Without Compile these match nothing.
     bool NeedEngine() const { return !m_forEngine.empty(); }
 
-    /// Call under RunOnExpressionStack, as Find from then on. A name that is an invalid expression or exceeds the stack
-    /// adds a German message and matches nothing.
+    /// Call this operation, and Find afterwards, under RunOnExpressionStack. A name that is an invalid expression or
+    /// exceeds the stack adds a German message and matches nothing.
     void Compile(const CStackLimit& limit, std::vector<std::wstring>& messages);
 
     /// Indices of the elements that apply to the case, ascending. An expression that exceeds the stack adds a message,

@@ -15,8 +15,8 @@ namespace
 using LuTestSuite::CStackExhausted;
 using LuTestSuite::CStackLimit;
 
-/// Address space, not memory: the system provides pages when the recursion reaches them. If the address space is
-/// limited, the largest of the smaller sizes that it has room for is used.
+/// Sizes of address space, not of memory: the system provides pages when the recursion reaches them. If the address
+/// space is limited, the largest size that fits is used.
 constexpr std::size_t c_StackSizes[] = {std::size_t{1} << 28U, std::size_t{1} << 27U, std::size_t{1} << 26U,
                                         std::size_t{1} << 25U};
 

@@ -12,7 +12,7 @@ using LuTestSuite::SSyntaxNode;
 using EKind = SSyntaxNode::EKind;
 using OptionalNode = std::optional<SSyntaxNode>;
 
-/// Deeper expressions are left to the standard library, which runs on its own stack.
+/// The standard library, which runs on its own stack, handles deeper expressions.
 constexpr int c_DeepestGroup = 50;
 
 constexpr std::size_t c_MostCountDigits = 4;
@@ -23,7 +23,7 @@ std::optional<std::uint32_t> getDigitValue(wchar_t character)
     {
         return character - L'0';
     }
-    // A bit tells the two cases of ASCII letters apart.
+    // One bit distinguishes upper from lower case in ASCII.
     const wchar_t letter = character | 0x20;
     return letter >= L'a' && letter <= L'f' ? std::optional<std::uint32_t>(letter - L'a' + 10) : std::nullopt;
 }
@@ -237,7 +237,7 @@ OptionalNode CParser::readQuantified(OptionalNode atom)
     {
         return atom;
     }
-    // Greedy or not makes no difference: the caller only asks whether there is a match.
+    // Greediness does not matter: the caller only asks whether there is a match.
     accept(L"?");
     repeat.children.push_back(std::move(*atom));
     return repeat;

@@ -57,6 +57,10 @@ std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const S
         text += LbFormat(L"    Grund: %s\n", attempt.result.reason);
     }
     text += indent(messages, mostLines) + indent(attempt.result.output, mostLines);
+    if (!attempt.result.core.empty())
+    {
+        text += LbFormat(L"    Speicherabbild: %s\n", attempt.result.core);
+    }
     const std::wstring frame = findOwnFrame(attempt.result.stacks, plan.unitTests[planned.unitTest].moduleName);
     return frame.empty() ? text : text + LbFormat(L"    Stelle: %s\n", frame);
 }

@@ -48,7 +48,7 @@ std::wstring list(const std::wstring& title, const CRunState& state, const Cases
     return text;
 }
 
-/// The cases that ran before the case in the same process. The case fails only after them.
+/// Names the cases that ran in the same process before the case, which fails only after them.
 std::wstring describeShared(const CRunState& state, std::uint32_t index)
 {
     constexpr std::size_t c_MostNames = 5;

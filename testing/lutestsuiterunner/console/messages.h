@@ -4,11 +4,11 @@
 namespace Runner
 {
 
-/// From now on the library's lines go to standard error, so that standard output contains only what the command prints.
-/// For the life of the process.
+/// For the rest of the process, the library's lines go to standard error, so that standard output contains only what
+/// the command prints.
 void MoveLibraryLinesToErrors();
 
-/// From now on the library prints only warnings and errors: the host itself prints lines about cases.
+/// For the rest of the process, the library prints only warnings and errors: the host itself prints lines about cases.
 void ShowOnlyWarnings();
 
 } // namespace Runner

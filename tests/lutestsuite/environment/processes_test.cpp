@@ -58,7 +58,7 @@ TEST(ProcessChild, DISABLED_Waits)
     LuTestSuiteUtils::EnterDebugBreakpoint();
 }
 
-/// Starts the next disabled test and ends before that has asked for its parent.
+/// Starts the next disabled test, and ends before that test asks for its parent.
 TEST(ProcessChild, DISABLED_LeavesAnOrphan)
 {
     const auto ready = LbOs::CNamedEvent::Open(LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY"));
@@ -114,7 +114,8 @@ TEST(ExecuteWithTimeout, TerminatesTheProcessAndWarns)
 TEST(ExecuteWithTimeout, TerminatesTheProcessWithItsDescendants)
 {
     CProbeLine line;
-    LuTestSuiteUtils::ExecuteWithTimeout(getProbe(), L"parent " + line.GetName(), L"", 1);
+    // Long enough for two processes to start on a busy machine.
+    LuTestSuiteUtils::ExecuteWithTimeout(getProbe(), L"parent " + line.GetName(), L"", 5);
 
     EXPECT_TRUE(line.WaitReady());
     EXPECT_TRUE(line.IsGone());
@@ -279,7 +280,7 @@ TEST(CheckForSameParentProcess, FailsWhenTheParentHasEnded)
     ASSERT_NE(parent, nullptr);
     ASSERT_TRUE(parent->Wait(c_Long));
     EXPECT_EQ(parent->GetExitStatus(), 0);
-    // No process of its name is left.
+    // Windows forgets an ended process only when its last handle is closed.
     parent.reset();
     left->Set();
 

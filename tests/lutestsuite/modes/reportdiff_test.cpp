@@ -24,7 +24,7 @@ namespace
 class GenerateReportDiff : public testing::Test
 {
 protected:
-    /// Only the two compared files exist.
+    /// Compares these files, and writes no style sheet and script beside the page.
     LuTestSuiteSetup MakeSetup(std::vector<std::wstring> inputs) const
     {
         LuTestSuiteSetup setup;
@@ -208,8 +208,8 @@ TEST_F(GenerateReportDiff, OpensThePageOnTheDesktop)
     setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
     Generate(setup);
 
-    // Neither the page that was not requested nor the pages that could not be written, whether an older page exists or
-    // not.
+    // It opens neither the page that was not requested nor the pages that could not be written, whether an older page
+    // exists or not.
     EXPECT_EQ(opened.Await(), std::vector<std::wstring>{setup.diffOutput});
 }
 

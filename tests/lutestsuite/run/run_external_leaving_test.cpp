@@ -22,7 +22,7 @@ using RunExternalLeaving = ExternalRunTest;
 TEST_F(RunExternalLeaving, EndsAProcessThatHasChangedItsGroup)
 {
     LuTestSuiteSetup setup = MakeCrash({L"fremde Prozessgruppe", L"nachher"});
-    setup.params.timeOutSec = 1;
+    setup.params.timeOutSec = 4;
     const auto start = std::chrono::steady_clock::now();
 
     const SRunResult result = Run(setup);
@@ -129,7 +129,8 @@ class RunExternalLeavingAfter : public RunExternalLeaving, public testing::WithP
 TEST_P(RunExternalLeavingAfter, RunsTheNextCaseInAnotherProcess)
 {
     LuTestSuiteSetup setup = MakeCrash({GetParam(), L"nachher"});
-    setup.params.timeOutSec = 2;
+    // The limit includes the start of a process, which takes seconds on a busy machine.
+    setup.params.timeOutSec = 20;
     // Longer than the 5 s after which an idle child exits.
     setup.resultCallback = [isFirst = true](ECaseRunResult) mutable {
         std::this_thread::sleep_for(std::chrono::milliseconds(isFirst ? 5500 : 0));

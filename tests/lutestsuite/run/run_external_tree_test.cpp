@@ -159,8 +159,11 @@ TEST_P(RunExternalTreeOf, EndsWhenBusyWorkersAreCanceled)
 
     const SRunResult result = Run(setup);
 
-    EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Canceled, &SCaseInfo::result), 3);
-    EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Unknown, &SCaseInfo::result), 6);
+    // On a busy machine the first processes may be ready before each worker has a case.
+    const auto canceled = std::ranges::count(result.cases, ECaseRunResult::Canceled, &SCaseInfo::result);
+    EXPECT_GE(canceled, 1);
+    EXPECT_LE(canceled, 3);
+    EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Unknown, &SCaseInfo::result), 9 - canceled);
     // All processes share the line, so any that is left would answer.
     EXPECT_TRUE(m_line.IsGone());
 }

@@ -317,7 +317,7 @@ TEST_F(DescriptionFile, WarnsOfADirectoryInItsPlaceAndKeepsTheRecord)
 class DescriptionFileLongNames : public DescriptionFile
 {
 protected:
-    /// The first characters of the names of the enabled cases.
+    /// The names of the enabled cases, cut after four characters.
     std::vector<std::wstring> GetEnabledCases(const std::string& elements,
                                               const std::wstring& className = L"CScanLongName")
     {

@@ -91,7 +91,7 @@ bool IsForOwnUserOnly(const std::wstring& name);
 /// Moves the current process to its parent's process group. False if there are no groups.
 bool JoinGroupOfParent();
 
-/// Waits for all ended children of the current process, like a test that expects to be the only one that starts
+/// Collects all ended children of the current process, like a test that expects to be the only one that starts
 /// children. False if a process can be waited for more than once.
 bool WaitForEndedChildren();
 
@@ -99,7 +99,7 @@ bool WaitForEndedChildren();
 /// False if the system keeps them while a handle exists.
 bool SetChildrenForgotten(bool areForgotten);
 
-/// Whether the system still knows the status of a forgotten child.
+/// True if the system still knows the status of a forgotten child.
 bool RemembersForgottenChildren();
 
 /// Makes the system forget children and blocks signals of the calling thread, or undoes both. False if there are no

@@ -14,10 +14,10 @@ namespace LuTestSuiteRun
 /// A work buffer and two events under new names. Used by one thread.
 struct SChildObjects : public INonCopyable
 {
-    /// Throws LbException if one of them cannot be created.
+    /// Throws LbException if an object cannot be created.
     SChildObjects();
 
-    /// Whether a child could still open all of them. On Linux any process of the user can remove the names; a child
+    /// True if a child could still open all objects. On Linux any process of the user can remove the names; a child
     /// that has opened the objects does not need them.
     bool AreNamed() const;
 

@@ -36,7 +36,8 @@ std::optional<LbOs::SCrashedThread> CCrashWatch::FindCrash() const
     {
         return std::nullopt;
     }
-    return LbOs::SCrashedThread{getBox(m_view).thread, getBox(m_view).context};
+    const SCrashBox& box = getBox(m_view);
+    return LbOs::SCrashedThread{box.thread, box.context, box.code};
 }
 
 void CCrashWatch::Release()
@@ -63,6 +64,7 @@ void CCrashReporter::Report(const LbOs::SCrash& crash) noexcept
     SCrashBox& box = getBox(m_view);
     box.thread = crash.thread;
     box.context = crash.context;
+    box.code = crash.code;
     box.state.store(SCrashBox::eS_Crashed, std::memory_order_release);
     m_response.Set();
     const auto end = std::chrono::steady_clock::now() + c_Longest;

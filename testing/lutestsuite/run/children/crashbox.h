@@ -1,4 +1,4 @@
-/// What a child that crashes tells the run that started it.
+/// How a child that crashes informs the run that started it.
 #pragma once
 
 #include <atomic>
@@ -30,6 +30,7 @@ struct SCrashBox
     std::atomic<std::uint32_t> state;
     std::uint64_t thread;
     std::uint64_t context; ///< see LbOs::SCrash
+    std::uint32_t code;    ///< see LbOs::SCrash
 };
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free);

@@ -95,7 +95,7 @@ void CLeavingChildren::drop(std::size_t index)
     const std::optional<std::int64_t> status = leaving.child->GetExitStatus();
     if (status != 0)
     {
-        // Kills its descendants, too: the child did not get to do so.
+        // Also kills its descendants, because the child could not do so.
         leaving.child->Terminate();
     }
     if (status.value_or(0) == 0 || m_reports >= sc_uiMostReports)

@@ -37,11 +37,11 @@ public:
     /// had to be killed, kills it without waiting.
     void Add(SLeavingChild leaving) noexcept;
 
-    /// Kills all, to free resources that another thread needs. False if there was no child.
+    /// Kills all children, to free resources that another thread needs. False if there was no child.
     bool EndAll() noexcept;
 
-    /// How many may be exiting at a time. 0 if the system lets the user have few processes: then the run waits for
-    /// each child.
+    /// The maximum number of children that exit at a time. 0 if the system lets the user have few processes: then the
+    /// run waits for each child.
     static std::size_t GetMost();
 
 private:
