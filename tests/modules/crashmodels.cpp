@@ -121,6 +121,15 @@ std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& suffix)
     return LbOs::CNamedEvent::Open(LbEncoding::FromUtf8(name == nullptr ? "" : name) + suffix);
 }
 
+/// Tells a test that waits for it that the process has begun to exit.
+void announceExit()
+{
+    if (std::getenv("LUTESTSUITE_TEST_LINE") != nullptr)
+    {
+        openEvent(L"-r")->Set();
+    }
+}
+
 /// Waits until the started process runs. If the case ended earlier, the test could not tell whether the process was
 /// ended or never ran.
 void awaitGrandchild()
@@ -273,9 +282,19 @@ class CCrashModel : public LuUnitTest
             sleepLong();
         });
         AddSubtest(L"schläft kurz", [] { std::this_thread::sleep_for(std::chrono::milliseconds(600)); });
-        AddSubtest(L"schläft am Ende des Prozesses", [] { std::atexit(sleepLong); });
-        AddSubtest(L"stürzt am Ende des Prozesses ab", [] { std::atexit(std::abort); });
-        AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit([] { openEvent(L"-r")->Set(); }); });
+        AddSubtest(L"schläft am Ende des Prozesses", [] {
+            std::atexit([] {
+                announceExit();
+                sleepLong();
+            });
+        });
+        AddSubtest(L"stürzt am Ende des Prozesses ab", [] {
+            std::atexit([] {
+                announceExit();
+                std::abort();
+            });
+        });
+        AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit(announceExit); });
         AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
         addStarting();
         addCrashing();

@@ -128,17 +128,17 @@ class RunExternalLeavingAfter : public RunExternalLeaving, public testing::WithP
 
 TEST_P(RunExternalLeavingAfter, RunsTheNextCaseInAnotherProcess)
 {
+    CProbeLine line;
+    const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
     LuTestSuiteSetup setup = MakeCrash({GetParam(), L"nachher"});
     // The limit includes the start of a process, which takes seconds on a busy machine.
     setup.params.timeOutSec = 20;
-    // Longer than the 5 s after which an idle child exits.
-    setup.resultCallback = [isFirst = true](ECaseRunResult) mutable {
-        std::this_thread::sleep_for(std::chrono::milliseconds(isFirst ? 5500 : 0));
-        isFirst = false;
-    };
+    bool exits = false;
+    setup.resultCallback = [&](ECaseRunResult) { exits = exits || line.WaitReady(); };
 
     const SRunResult result = Run(setup);
 
+    EXPECT_TRUE(exits);
     EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Ok);
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex + 1);
