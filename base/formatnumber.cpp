@@ -22,7 +22,7 @@ struct SNumber
     std::string_view base; ///< "0x"
     std::size_t zeros = 0;
     std::string_view digits;
-    bool hasFinalPoint = false; ///< adds a point that the digits lack
+    bool hasFinalPoint = false; ///< a point follows the digits, which have none
     std::size_t finalZeros = 0;
     std::string_view exponent;
     bool mayPadByZeros = true;
@@ -107,7 +107,7 @@ private:
         return number;
     }
 
-    /// How many bits of an integer of `size` bytes count. C widens smaller arguments to 32 bits.
+    /// The number of bits to print of an integer of `size` bytes. C widens smaller arguments to 32 bits.
     unsigned getBitCount(std::size_t size) const
     {
         switch (m_conversion.length)
@@ -176,7 +176,7 @@ private:
     static constexpr std::int64_t sc_MostDigits =
         std::numeric_limits<T>::digits - std::numeric_limits<T>::min_exponent + 1;
 
-    /// Digits with point and exponent, up to the last one that may be other than 0.
+    /// Digits with point and exponent. Omits digits beyond sc_MostDigits after the point, which are all 0.
     template<typename T>
     std::string_view writeFiniteDigits(T value)
     {
@@ -215,8 +215,8 @@ private:
         }
     }
 
-    /// Zeros that the precision demands after the digits. %g has them only in the "#" form, up to as many significant
-    /// digits.
+    /// Zeros that the precision demands after the digits. %g has them only in the "#" form, where the precision counts
+    /// significant digits.
     template<typename T>
     std::size_t getFinalZeros(std::string_view digits) const
     {

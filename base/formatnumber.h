@@ -8,7 +8,7 @@
 namespace LbPrintf
 {
 
-/// Appends an argument that the conversion, one of "diouxXeEfFgGaAp" without counts from arguments, accepts.
+/// Appends an argument that fits the conversion, one of "diouxXeEfFgGaAp" with each "*" already replaced.
 void AppendNumber(std::wstring& result, const SConversion& conversion, const LbFormatArgument& argument);
 
 } // namespace LbPrintf

@@ -8,7 +8,7 @@
 #include "base/lustream.h"
 
 /// A message stream that knows which data directory its object is given. An override of LuUnitTest::SetMessageStream or
-/// SetDataDirectory may store another stream or directory; LuUnitTest recognises that by this class.
+/// SetDataDirectory may store another stream or directory; LuUnitTest detects this by the stream's class.
 class LB_API LbGivenStream : public LuStreamWriteText
 {
 public:

@@ -5,7 +5,7 @@
 
 #include "base/lbexport.h"
 
-/// A unit test may implement it next to LuUnitTest. The runner queries and sets the options before each case, on the
+/// A unit test may derive from it besides LuUnitTest. The runner queries and sets the options before each case, on the
 /// case's thread.
 class LB_API IDebugging
 {

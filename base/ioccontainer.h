@@ -27,7 +27,7 @@ namespace IOC
 class LB_API CContainer : public INonCopyable
 {
 public:
-    /// Null if the file or text is no valid configuration: wrong syntax or root, a service without name or class, a
+    /// Null if the file or text is not a valid configuration: wrong syntax or root, a service without name or class, a
     /// duplicate name, or an unknown lifetime.
     static std::unique_ptr<CContainer> CreateFromFile(const std::wstring& path);
     static std::unique_ptr<CContainer> CreateFromText(const std::string& xml);
@@ -42,9 +42,9 @@ public:
 
     bool HasService(const std::wstring& name) const;
 
-    /// The service's object. Null if the name is unknown, the class cannot be created, or the service's own constructor
-    /// asks for it. The class is looked up on each call, so its module may be loaded later. Exceptions of the
-    /// constructor pass through; the next call tries again.
+    /// The service's object. Null if the name is unknown, the class cannot be created, or the call comes from the
+    /// service's own constructor. The class is looked up on each call, so its module may be loaded later. Exceptions of
+    /// the constructor pass through; the next call tries again.
     std::shared_ptr<IObject> Resolve(const std::wstring& name);
 
     /// The same, cast to an interface; also null if the object does not implement it.

@@ -5,7 +5,7 @@
 
 #include "base/lbexport.h"
 
-/// A unit test may implement it next to LuUnitTest. Called after SetDataDirectory and InitSubtests.
+/// A unit test may derive from it besides LuUnitTest. The runner calls it after SetDataDirectory and InitSubtests.
 class LB_API IUnitTestRecreate
 {
 public:

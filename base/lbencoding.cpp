@@ -204,7 +204,7 @@ void decodeUtf8(std::string_view bytes, std::wstring& result, const F& replaceBy
     }
 }
 
-/// Encodes as UTF-8; `appendInvalid` handles values that are no valid code point.
+/// Encodes as UTF-8; `appendInvalid` handles values that are not valid code points.
 template<typename F>
 std::string encodeUtf8(std::wstring_view text, const F& appendInvalid)
 {

@@ -37,7 +37,7 @@ bool containsParts(std::wstring_view name, std::wstring_view wildcard)
     {
         const std::wstring_view part = wildcard.substr(0, wildcard.find(L'*'));
         wildcard.remove_prefix(std::min(part.size() + 1, wildcard.size()));
-        // The earliest place leaves most for the parts that follow.
+        // The earliest match leaves the most text for the parts that follow.
         const auto place = std::ranges::search(name, part, matchesCharacter);
         if (place.size() < part.size())
         {
@@ -62,7 +62,7 @@ bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
     {
         return false;
     }
-    // Most wildcards are one star and an ending: then nothing else of the name is read.
+    // Most wildcards are one star and an ending, so comparing the ending first rejects most names at once.
     const std::wstring_view rest = name.substr(begin.size(), name.size() - begin.size() - end.size());
     return std::ranges::equal(name.substr(name.size() - end.size()), end, matchesCharacter) &&
            std::ranges::equal(name.substr(0, begin.size()), begin, matchesCharacter) &&
@@ -98,7 +98,7 @@ struct SNames
     }
 };
 
-/// The length of what all names begin with.
+/// The length of the common beginning of all names.
 std::size_t getCommonLength(const SNames& names)
 {
     std::wstring_view common = names.ends.empty() ? std::wstring_view() : names.Get(0);
@@ -110,14 +110,14 @@ std::size_t getCommonLength(const SNames& names)
     return common.size();
 }
 
-/// A name as it is sorted.
+/// A name during sorting.
 struct SSorted
 {
-    std::uint64_t key; ///< of two names the smaller one never has the larger key
+    std::uint64_t key; ///< a name that sorts before another never has the larger key
     std::uint32_t index;
 };
 
-/// The first characters, one byte each, up to the first one that needs more.
+/// The first characters, one byte each. Ends with the first character that does not fit into a byte, stored as 0xFF.
 std::uint64_t getSortKey(std::wstring_view name)
 {
     constexpr char32_t c_Most = 0xFF;
@@ -132,7 +132,7 @@ std::uint64_t getSortKey(std::wstring_view name)
     return position == 0 ? 0 : key << 8U * (sizeof(key) - position);
 }
 
-/// Comparing numbers takes a fraction of the time that comparing names of one folder takes, which often begin alike.
+/// Compares keys before names: names in one folder often begin alike, so comparing them takes several times as long.
 std::vector<SSorted> sortNames(const SNames& names)
 {
     const std::size_t common = getCommonLength(names);
@@ -196,8 +196,8 @@ private:
 
     mutable std::pmr::monotonic_buffer_resource m_memory;
     std::pmr::wstring m_directory;
-    LbOs::CSharedView m_view;               ///< has text and beginnings of a listing of another process
-    std::pmr::wstring m_ownText{&m_memory}; ///< has them otherwise
+    LbOs::CSharedView m_view;               ///< holds the text and beginnings of another process's listing
+    std::pmr::wstring m_ownText{&m_memory}; ///< this and m_ownBegins hold them otherwise
     std::pmr::vector<std::uint32_t> m_ownBegins{&m_memory};
     std::wstring_view m_text;
     std::span<const std::uint32_t> m_begins; ///< one more than names
@@ -266,7 +266,7 @@ std::span<const std::uint32_t> CListing::keepMatches(std::wstring_view key, std:
 
 std::optional<std::uint32_t> CListing::Find(std::wstring_view name) const noexcept
 {
-    // A run asks for the names in their order.
+    // A run asks for the names in ascending order, so the next name is the best guess.
     const std::uint32_t last = m_lastFound.load(std::memory_order_relaxed);
     const std::uint32_t guess = last < GetCount() && GetName(last) < name ? last + 1 : last;
     if (guess < GetCount() && GetName(guess) == name)
@@ -325,8 +325,8 @@ struct SKept
 {
     SharedListing listing;
     LbOs::SDirectoryStamp stamp{};
-    Clock::time_point seenSince; ///< the folder has shown this stamp
-    bool isTrusted = false;      ///< the stamp shows every change
+    Clock::time_point seenSince; ///< when the folder was first seen with this stamp
+    bool isTrusted = false;      ///< every change of the folder changes the stamp
     std::uint64_t lastUse = 0;
 };
 
@@ -336,7 +336,7 @@ class CListings
 public:
     SharedListing Get(const std::wstring& directory);
 
-    /// What is kept of the folder, which may have changed since; without a listing if nothing is kept.
+    /// The kept listing, which may be older than the folder; an SKept without a listing if none is kept.
     SKept Find(const std::wstring& directory);
 
 private:
@@ -347,7 +347,7 @@ private:
     LbCriticalSection m_readMutex; ///< one thread reads at a time: the others then find its listing
     LbCriticalSection m_mutex;     ///< protects all below
     std::pmr::unsynchronized_pool_resource m_memory{&GetEternal<CPageMemory>()};
-    std::pmr::unordered_map<std::wstring_view, SKept> m_kept{&m_memory}; ///< by the folders that the listings hold
+    std::pmr::unordered_map<std::wstring_view, SKept> m_kept{&m_memory}; ///< by folder; the keys refer to the listings
     std::uint64_t m_uses = 0;
 };
 

@@ -47,7 +47,7 @@ public:
 
     virtual std::uint32_t GetCount() const noexcept = 0;
 
-    /// The name of a rank below GetCount. Valid as long as the listing.
+    /// The name at a rank below GetCount. Valid as long as the listing.
     virtual std::wstring_view GetName(std::uint32_t rank) const noexcept = 0;
 
     /// The rank of a name, compared exactly; empty if the folder has no such file.
@@ -59,8 +59,8 @@ public:
     virtual ~LbFileListing();
 };
 
-/// The names of a listing as a constant range of texts, in its order. Keeps the listing and makes a text only when it
-/// is read, so that it costs the same for any number of files.
+/// The names of a listing as a constant range of texts, in its order. Keeps the listing and creates each text when it
+/// is read, so its cost does not depend on the number of files.
 class LbFileNames
 {
 public:

@@ -30,7 +30,8 @@ std::wstring findDirectory(LbFileSystem::EDirectoryKind kind)
     return {};
 }
 
-/// Callers remove the entries after the visit, because systems differ in listing entries that vanish meanwhile.
+/// Callers remove the entries after the visit, because systems differ in whether they list entries that are removed
+/// during it.
 std::vector<std::wstring> getEntryNames(const std::wstring& directory)
 {
     std::vector<std::wstring> names;
@@ -50,7 +51,7 @@ std::wstring followLinks(std::wstring path)
     return path;
 }
 
-/// The path without links of a file that can be replaced or created; empty if there is none.
+/// The path, without links, at which the file can be replaced or created; empty if that is impossible.
 std::wstring findReplaceable(const std::wstring& path)
 {
     const bool isThere = LbFileSystem::Exists(path);
@@ -59,7 +60,7 @@ std::wstring findReplaceable(const std::wstring& path)
         return {};
     }
     std::wstring place = followLinks(path);
-    // A system link to a deleted file shows a path that leads elsewhere.
+    // If the file behind a link such as "/proc/self/fd/1" was deleted, the link's target is not that file.
     const bool isSame = !isThere || LbOs::AreSameFile(path, place);
     const std::wstring parent = LbPath::GetParent(place);
     const std::wstring folder = parent.empty() ? std::wstring(L".") : parent;

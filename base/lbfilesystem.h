@@ -48,8 +48,8 @@ LB_API bool HaveSameContent(const std::wstring& path, const std::wstring& otherP
 /// cannot be replaced). A link at `path` stays and leads to the new file; other names of the old file (hard links) keep
 /// the old content. Permissions: see LbOs::RenameFile.
 ///
-/// Devices and pipes, and files in a folder in which the user may not create any, are written directly: `write` gets
-/// `path` itself, and a failure may leave a part.
+/// Devices and pipes, and files in a folder in which the user may not create files, are written directly: `write` gets
+/// `path` itself, and a failure may leave part of the output.
 LB_API void WriteWhole(const std::wstring& path, const std::function<void(const std::wstring& place)>& write);
 
 /// Reads a whole file. Throws LbException with a German message that names the file if it cannot be read.

@@ -193,7 +193,7 @@ private:
             return;
         }
         const std::wstring text = LbEncoding::FromUtf8(getText<char>(argument, limit));
-        // Each invalid byte becomes U+FFFD, which may exceed the counted characters.
+        // Each invalid byte becomes U+FFFD, so the text may have more characters than `limit`.
         appendPadded(conversion, cutToCharacters(text.data(), text.size(), limit));
     }
 

@@ -6,14 +6,14 @@
 ///     %f %F %e %E %g %G %a %A   float, double and long double, rounded by the exact value
 ///     %s %ls %ws %lS            wide text
 ///     %S %hs %hS                narrow text, UTF-8
-///     %c %lc %wc %lC            a character, or an int of up to 32 bits as the character of this code
-///     %C %hc %hC                a character, or an int as this byte of UTF-8
+///     %c %lc %wc %lC            a character, or an int of up to 32 bits as the character with this code
+///     %C %hc %hC                a character, or an int as the byte of UTF-8 with this value
 ///     %p                        an address as 16 upper-case hexadecimal digits, without "0x"
 ///     %%                        a percent sign
 ///
-/// Flags "-", "0", "+", " " and "#", width and precision work as in C; "*" takes them from an int argument. Of texts
-/// they count characters, not code units. A text that reaches the precision needs no terminating zero. Codes that are
-/// not characters, and bytes that are not UTF-8, print as U+FFFD.
+/// Flags "-", "0", "+", " " and "#", width and precision work as in C; "*" takes them from an int argument. For texts
+/// they count characters, not code units. A text at least as long as the precision needs no terminating zero. Codes
+/// that are not characters, and bytes that are not UTF-8, print as U+FFFD.
 ///
 /// The argument's type determines its width: %d prints all 64 bits of a 64-bit integer, %u prints a negative 32-bit
 /// integer as unsigned 32-bit, %d prints an unsigned integer as signed. The length modifiers l, ll, L, j, z, t, I, I32
@@ -104,7 +104,7 @@ private:
     std::size_t m_length = 0;
 };
 
-/// A format. One that only the run time can check also has the location where it was created.
+/// A format. If it can be checked only at run time, it also has the location where it was created.
 class LbFormatSource
 {
 public:

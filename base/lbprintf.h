@@ -31,13 +31,13 @@ enum class EKind : std::uint8_t
 struct SArgumentType
 {
     EKind kind = EKind::Other;
-    /// Of numbers and characters, in bytes.
+    /// In bytes, for numbers and characters.
     std::size_t size = 0;
-    /// Has an address for %p, which texts may have, too.
+    /// True if %p can print its address; also for texts passed as pointers.
     bool isPointer = false;
 };
 
-/// A mistake in a format, or in what it is given.
+/// A mistake in a format, or in its arguments.
 enum class EMistake : std::uint8_t
 {
     None,
@@ -60,7 +60,7 @@ enum class ELength : std::uint8_t
     Long,       ///< l
     Wide,       ///< w
     LongDouble, ///< L
-    Integer     ///< ll, j, z, t, I, I32, I64: the argument knows its own width
+    Integer     ///< ll, j, z, t, I, I32, I64: the argument's type determines the width
 };
 
 /// One conversion of a format, from its percent sign to its letter.
@@ -82,7 +82,7 @@ struct SConversion
 
     constexpr bool IsOneOf(std::wstring_view types) const { return types.find(type) != std::wstring_view::npos; }
 
-    /// How much of the width `used` characters leave free.
+    /// The part of the width that `used` characters leave free.
     constexpr std::size_t GetPadding(std::size_t used) const
     {
         const auto wanted = static_cast<std::size_t>(width);
@@ -96,7 +96,7 @@ struct SConversion
     }
 };
 
-/// Takes a format apart from left to right: text, conversion, text, ...
+/// Splits a format from left to right into text, conversion, text, ...
 class CParser
 {
 public:
@@ -180,7 +180,7 @@ private:
         constexpr std::int64_t c_Largest = std::numeric_limits<std::int32_t>::max();
         for (; peek() >= L'0' && peek() <= L'9'; m_rest.remove_prefix(1))
         {
-            // Stays above the limit once it is there.
+            // Stops growing above the limit, so that it cannot overflow.
             count = count > c_Largest ? count : count * 10 + (peek() - L'0');
         }
         return count <= c_Largest;
@@ -193,7 +193,7 @@ private:
             std::wstring_view text;
             ELength length;
         };
-        // A mark comes after every longer mark that begins with it.
+        // Longer marks come before the marks that they begin with.
         constexpr SMark c_Marks[] = {
             {L"hh", ELength::Char},     {L"h", ELength::Short},   {L"ll", ELength::Integer},
             {L"l", ELength::Long},      {L"w", ELength::Wide},    {L"j", ELength::Integer},
@@ -258,7 +258,7 @@ constexpr bool Accepts(const SConversion& conversion, const SArgumentType& argum
     }
 }
 
-/// For an argument that the conversion does not accept.
+/// Precondition: the conversion does not accept the argument.
 constexpr EMistake GetArgumentMistake(const SConversion& conversion, const SArgumentType& argument)
 {
     if (conversion.IsOneOf(L"sS") && argument.kind == EKind::NarrowText)

@@ -1,9 +1,9 @@
 /// Files with the output of a test that differs from its reference.
 ///
 /// Beside a reference "<name>" there may be two files. "<name>.received" contains the output that differs from it.
-/// "<name>.received.runs" tells in how many runs in a row the output was the same: a decimal number, the checksum of
-/// the output, and the checksum of the name of the last of these runs, each 32 hexadecimal digits, with blanks between.
-/// The number counts only for output with this checksum.
+/// "<name>.received.runs" contains, separated by blanks, the number of runs in a row with this output (decimal), the
+/// checksum of the output, and the checksum of the last run's name (32 hexadecimal digits each). The number counts only
+/// for output with this checksum.
 ///
 /// A run is a process of a host with all processes that it starts, however often it repeats a case or compares with one
 /// reference. Its name is in the environment variable LUTESTSUITE_RUN; if that is empty, each process is a run.
@@ -26,15 +26,15 @@ inline constexpr const wchar_t* c_RunsPattern = L"*.received.runs";
 /// The environment variable that names the run.
 inline constexpr const wchar_t* c_RunVariable = L"LUTESTSUITE_RUN";
 
-/// How many runs in a row must have the same output before it counts as reproducible. The number in the file is at most
-/// this one.
+/// How many runs in a row must have the same output before it counts as reproducible. The number in the file never
+/// exceeds this.
 inline constexpr std::uint32_t c_EnoughRuns = 3;
 
 /// Makes this process and those that it starts one run, unless the variable already names one. Throws LbException if
 /// the system has no random source. No other thread may use the environment during the call.
 LB_API void NameRun();
 
-/// True for the name or path of one of the two files. Any thread, as the functions below.
+/// True for the name or path of one of the two files. Any thread, like the functions below.
 LB_API bool IsLeft(std::wstring_view name) noexcept;
 
 /// Compares bytes with the reference at an absolute path and keeps the two files up to date: removed if there is no

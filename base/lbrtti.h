@@ -24,11 +24,11 @@
 
 class LuUnitTest;
 
-/// What is known of a class where the compiler sees it: which operations of LuUnitTest neither it nor a class between
-/// the two overrides. A name that is ambiguous or inaccessible counts as overridden.
+/// Facts about a class, determined at compile time: which operations of LuUnitTest neither it nor a class between it
+/// and LuUnitTest overrides. A name that is ambiguous or inaccessible counts as overridden.
 struct LbClassFacts
 {
-    const std::type_info* type = nullptr; ///< the class; null when nothing is known, and all counts as overridden
+    const std::type_info* type = nullptr; ///< the class; null if nothing is known: all counts as overridden
     bool hasPlainList = false;            ///< GetSubtestCount and GetSubtestName are LuUnitTest's
     bool hasPlainRun = false;             ///< RunUnitTest is LuUnitTest's
 
@@ -48,7 +48,7 @@ struct LbClassFacts
     }
 
 private:
-    /// A pointer to a member is of the class that has declared the member last.
+    /// A pointer to a member has the type of the most derived class that declares the member.
     template<typename Result, typename Class, typename... Arguments>
     static Class* getDeclaring(Result (Class::*)(Arguments...));
     template<typename Result, typename Class, typename... Arguments>
@@ -84,7 +84,7 @@ public:
     /// The record registered under `name` (compared exactly); null if there is none.
     static const LbRTTI* Find(const std::wstring& name);
 
-    /// The records that Find returns for the classes derived from `base` that can be created, ordered by name.
+    /// The records of creatable classes derived from `base`, ordered by name; only records that Find returns.
     static std::vector<const LbRTTI*> GetDerived(const LbRTTI& base);
 
     /// The factory registered under `name`; null if the name is unknown or the class cannot be created.
@@ -97,8 +97,8 @@ private:
     LbClassFacts m_facts;
 };
 
-/// Classes that a module can register only after all of its static objects have been created, such as those that stand
-/// for tests of another framework. The object is a static object of the module.
+/// Classes that a module can register only after all of its static objects have been created, such as classes for tests
+/// of another framework. The object is a static object of the module.
 class LB_API LbLateClasses : public INonCopyable
 {
 public:

@@ -1,4 +1,4 @@
-/// A place in source code, taken where a default argument is used.
+/// A place in source code; as a default argument, the place of the call.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,9 @@
 #include <source_location>
 #endif
 
-/// Stands in for std::source_location, which some compilers do not have. Its layout and its name in symbols are the
-/// same with every compiler, so that modules and libraries of different compilers fit together. The texts live as long
-/// as the module that they come from.
+/// Replaces std::source_location, which some compilers do not have. Its layout and its name in symbols are the same
+/// with every compiler, so that modules and libraries of different compilers fit together. The texts live as long as
+/// the module that they come from.
 ///
 ///     void Fail(LbSourceLocation where = LbSourceLocation::Current());
 class LbSourceLocation
@@ -38,7 +38,7 @@ public:
     }
 #endif
 
-    /// The source file as the compiler was told it, in UTF-8.
+    /// The source file's path as passed to the compiler, in UTF-8.
     constexpr const char* GetFile() const noexcept
     {
         return m_file;
@@ -49,7 +49,7 @@ public:
         const std::string_view file = m_file;
         return file.substr(file.find_last_of("/\\") + 1);
     }
-    /// The function as the compiler names it: the whole signature, or its bare name without std::source_location.
+    /// The function as the compiler names it: the whole signature; without std::source_location the bare name.
     constexpr const char* GetFunction() const noexcept
     {
         return m_function;

@@ -7,8 +7,8 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// A fixed number of threads, started with the first task: one per hardware thread, or a single one if the system lets
-/// the user have few processes. Usable from any thread.
+/// A fixed number of threads, started with the first task: one per hardware thread, or a single one if the system
+/// allows the user few processes. Usable from any thread.
 class LB_API LbThreadPool : public INonCopyable
 {
 public:
@@ -16,12 +16,12 @@ public:
     class LB_API CTask
     {
     public:
-        /// Waits without limit until the task has ended; rethrows the exception that left it, to each waiter. A task
-        /// may wait for another task: on a pool thread, Wait runs a task that has not started yet.
+        /// Waits without limit until the task has ended; rethrows the task's exception to each waiter. A task may wait
+        /// for another task: on a pool thread, Wait runs a task that has not started yet.
         void Wait() const;
 
-        /// Cancels the task: if it has not started, it never will, Wait returns at once, and the result is true. False
-        /// and without effect otherwise.
+        /// Cancels a task that has not started: it never starts, Wait returns at once, and the result is true.
+        /// Otherwise has no effect and returns false.
         bool Cancel() const;
 
     private:

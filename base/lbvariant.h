@@ -28,7 +28,7 @@ public:
     /// Bool: itself; numbers: not zero; texts: exactly "true" or "false". Nothing for null and all other texts.
     std::optional<bool> ToBool() const;
 
-    /// Numbers within the range of the result, without a fraction; bools as 0 and 1; texts made of decimal digits only
+    /// Numbers within the range of the result, without a fraction; bools as 0 and 1; texts of decimal digits only,
     /// within the range. Nothing for all else.
     std::optional<std::uint32_t> ToUInt32() const;
 

@@ -15,7 +15,7 @@ namespace
 /// Identifies the format, including the size of characters, which differs between platforms.
 constexpr std::uint64_t c_Mark = 0x4C62'4C69'7374'0100 + sizeof(wchar_t);
 
-/// It is followed by the beginnings of the names, their text, and each pattern with its ranks.
+/// The beginnings of the names, their text, and each pattern with its ranks follow the header.
 struct SHeader
 {
     std::atomic<std::uint64_t> mark; ///< 0 until the block is complete
@@ -96,7 +96,7 @@ private:
     bool m_isBroken = false;
 };
 
-/// Returns the size.
+/// Writes what follows the header, or nothing if `block` is null. Returns the size of the block.
 std::size_t write(const SListing& listing, std::byte* block)
 {
     CWriter writer(block);

@@ -11,11 +11,11 @@ enum class EListingShare
 {
     Made,
     TooEarly, ///< the folder changed a short time ago
-    None      ///< there is no folder, it has few files, or a process of the user shares it already
+    None      ///< the folder is missing, has few files, or is already shared by the user
 };
 
 /// Shares the listing of a folder: as long as the memory exists and the folder does not change, LbFileListing::Get in
-/// any process of the user takes the listing from there, with the matches of patterns that this process has asked for.
-/// Reads the folder if this process does not keep its listing, or keeps it without knowing that it would notice each
-/// change (see LbFileListing); this is known a tenth of a second after the folder was first read. Any thread.
+/// any process of the user takes the listing from it, with the matches of patterns that this process has requested.
+/// Reads the folder unless this process keeps a listing that is certain to notice each change (see LbFileListing), such
+/// as one read a tenth of a second or longer after the folder was first read. Any thread.
 LB_API EListingShare LbShareListing(const std::wstring& directory, std::unique_ptr<LbOs::CSharedMemory>& memory);

@@ -19,7 +19,7 @@ SDirectory& getDirectory()
     return directory;
 }
 
-/// A pointer, since it needs no destructor that could run ahead of callers at the end of a thread.
+/// A pointer, because the destructor of a text could run before the last use at the end of a thread.
 thread_local const std::wstring* s_threadDirectory = nullptr;
 
 } // namespace

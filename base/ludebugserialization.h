@@ -17,8 +17,8 @@ public:
     /// The directory of the calling thread or, if it has none, of the process; empty if none was set.
     static std::wstring GetDefaultOutputDirectory();
 
-    /// Gives the calling thread a directory of its own as long as the object lives. Threads that it starts get the
-    /// process's. Objects of one thread end in reverse order.
+    /// Gives the calling thread a directory of its own as long as the object lives. Threads that it starts use the
+    /// process's directory. Objects of one thread must end in reverse order.
     class LB_API CThreadDirectory : public INonCopyable
     {
     public:

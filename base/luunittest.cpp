@@ -21,8 +21,8 @@ namespace
     throw LbException(LbFormat(L"Untertest %u gibt es nicht, es sind %u", subtest, count));
 }
 
-/// True if a second object that is given this stream and directory holds the same as the first one. False if the class
-/// has stored others than the given ones: given those, it might change them again.
+/// True if a second object can be given this stream and directory, which the first one has stored. False if the class
+/// has replaced the ones given to it: it might then replace these in turn.
 bool canGiveAgain(const LuStreamWriteText* messages, const std::wstring& directory)
 {
     const auto* const given = dynamic_cast<const LbGivenStream*>(messages);

@@ -41,7 +41,7 @@
 /// several cases may be used on several threads at once.
 ///
 /// An object created for one case keeps only that sub-test (see SelectSubtest). InitSubtests sees the current files of
-/// the data directory: a case whose file was removed since the run began has no sub-test, and added files are no cases
+/// the data directory: a case whose file was removed since the run began has no sub-test, and added files are not cases
 /// of this run.
 class LB_API LuUnitTest : public virtual IObject
 {
@@ -63,7 +63,7 @@ public:
     LuUnitTest();
     ~LuUnitTest() override;
 
-    /// The stream for messages, owned by the caller, which must outlive its use. Null: messages are dropped.
+    /// The stream for messages; the caller owns it and keeps it alive while it is used. Null: messages are dropped.
     virtual void SetMessageStream(LuStreamWriteText* stream);
 
     /// The unit test's own directory, with trailing separator.
@@ -100,10 +100,10 @@ public:
     /// exceptions of the class.
     std::optional<std::uint32_t> FindSubtest(std::wstring_view name) const;
 
-    /// For runners: selects, before InitSubtests, the only sub-test that the object is for. Unless the class overrides
-    /// GetSubtestCount, GetSubtestName or RunUnitTest, the object then only counts other sub-tests, and looks up only
-    /// one file of the data directory, however many there are. If the class requests another sub-test, a second object
-    /// provides it.
+    /// For runners: called before InitSubtests, selects the only sub-test that the object is for. Unless the class
+    /// overrides GetSubtestCount, GetSubtestName or RunUnitTest, the object then only counts other sub-tests, and looks
+    /// up only one file of the data directory, however many there are. If the class requests another sub-test, a second
+    /// object provides it.
     void SelectSubtest(std::wstring_view name);
 
     /// True if InitSubtests has added a sub-test with the selected name. Passes on exceptions of the class.
@@ -114,8 +114,8 @@ public:
 
 protected:
     /// Appends a sub-test. `function` takes no argument and returns an EResult or void: with void the sub-test passes
-    /// unless it reports an error line (see GetResultByErrors). If several sub-tests have one name, only the first is
-    /// run.
+    /// unless it reports an error line (see GetResultByErrors). If several sub-tests have the same name, only the first
+    /// is run.
     template<std::invocable F>
     void AddSubtest(std::wstring_view name, F function)
     {
@@ -129,7 +129,7 @@ protected:
 
     /// Appends one sub-test for each file of the data directory that matches a wildcard ("*": any text, "?": one
     /// character, otherwise exact) and no excluded wildcard. Sub-tests are named after their files and ordered by name.
-    /// Skips description files ("#ExtraInfo.xml") and what CompareWithReference leaves ("*.received",
+    /// Skips description files ("#ExtraInfo.xml") and files that CompareWithReference writes ("*.received",
     /// "*.received.runs"). `function` takes the file's full path and returns as in AddSubtest.
     ///
     ///     AddFileSubtests({L"*.yaml", L"*.yml"}, {L"*.expected.*"}, [this](const std::wstring& path) { ... });
@@ -158,8 +158,8 @@ protected:
     }
 
     /// Reports an error line ("\t\tERROR: ..."); the sub-test fails unless it returns its own result. Formats like
-    /// LbFormat. An invalid run-time format is reported, with the location of its LbRuntimeFormat, as an error line
-    /// instead of the message; it throws nothing and does not change the result, here and in Info and Check.
+    /// LbFormat. If a run-time format is invalid, an error line with the location of its LbRuntimeFormat replaces the
+    /// message; nothing is thrown, and the result does not change. The same applies to Info and Check.
     template<typename... T>
     void Error(LbFormatString<T...> format, const T&... arguments)
     {
@@ -190,17 +190,17 @@ protected:
     }
 
     /// Compares a text with the reference file at `path`, which is relative to the data directory unless it is
-    /// absolute. Narrow texts are taken as they are, wide ones as UTF-8. Line ends "\r\n" in the file or the text count
+    /// absolute. Narrow texts are used unchanged, wide texts as UTF-8. Line ends "\r\n" in the file or the text count
     /// as "\n".
     ///
-    /// Equal: returns GetResultByErrors and removes what an earlier difference has left. Different, or no such file:
+    /// Equal: returns GetResultByErrors and removes the files of an earlier difference. Different, or no such file:
     /// reports the first differing line as an error line, writes the text to "<path>.received" and returns
     /// eR_Different.
     /// "<path>.received.runs" counts how many runs in a row have made this text (see base/lbreceivedfile.h); "review"
     /// of LuTestSuiteRunner accepts it as the new reference.
     ///
-    /// Throws LbException with a German message if a file cannot be read or written. The files of one reference must
-    /// not be compared by several cases at once.
+    /// Throws LbException with a German message if a file cannot be read or written. Several cases must not compare
+    /// with one reference at the same time.
     EResult CompareWithReference(std::string_view received, const std::wstring& path);
     EResult CompareWithReference(std::wstring_view received, const std::wstring& path);
 

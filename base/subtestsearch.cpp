@@ -44,7 +44,7 @@ public:
                 names.completeFor && names.completeFor == subtests.listing && names.count == subtests.count};
     }
 
-    /// Adds the names of the sub-tests from `first` on. Ignores them if the names before them are not known any more.
+    /// Adds the names of the sub-tests from `first` on. Ignores them if the names before them are no longer known.
     void Append(Hash owner, std::uint32_t first, std::span<const Hash> names)
     {
         const std::lock_guard lock(m_mutex);
@@ -73,7 +73,7 @@ public:
         return ++known.number;
     }
 
-    /// All names of an object with this listing have been appended since Forget returned the number.
+    /// Records that all names of an object with this listing have been appended since Forget returned `number`.
     void SetComplete(Hash owner, std::uint64_t number, const SSubtests& subtests)
     {
         const std::lock_guard lock(m_mutex);

@@ -23,7 +23,7 @@ struct SSignature
 {
     std::string_view bytes;
     EEncoding encoding;
-    std::size_t skip; ///< bytes of the mark that are no text
+    std::size_t skip; ///< length of the byte order mark, which is not text
 };
 
 constexpr SSignature c_Signatures[] = {

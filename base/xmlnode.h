@@ -1,6 +1,6 @@
 /// Reading XML: elements, attributes and text in document order.
 ///
-/// The byte order mark determines the encoding, else the declaration (UTF-8, UTF-16, ISO-8859-1). If neither names a
+/// The byte order mark, else the declaration, determines the encoding (UTF-8, UTF-16, ISO-8859-1). If neither names a
 /// known encoding, the file is read as UTF-8 if it is valid UTF-8, else as ISO-8859-1. Document types are skipped and
 /// their entities never expanded: a reference to an entity stays as written. Missing elements read as empty text.
 #pragma once
