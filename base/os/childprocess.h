@@ -37,11 +37,11 @@ struct SChildOptions
     bool hasPreparedSignals = false;
 
     /// The child and the processes that it started are ended when its object is destroyed and when the current process
-    /// ends, even if that is killed. Without this they may outlive both, and only Terminate ends them.
+    /// ends, even if it is killed. If false, they may outlive both, and only Terminate ends them.
     bool endsWithOwner = true;
 };
 
-/// Ends all descendants of the calling process, in any group or session. For a child with endsWithOwner, before it
+/// Ends all descendants of the calling process, in any group or session. A child with endsWithOwner calls it before it
 /// exits. Takes one system call if there are none, otherwise 1 to 2 ms, up to 3 s if some cannot be killed. No effect
 /// on Windows, where the owner's job object ends them. Any thread.
 LB_API void EndDescendants() noexcept;
@@ -57,9 +57,9 @@ public:
     /// Also records which signals the calling thread blocks and the process ignores. Any thread.
     static void PrepareStarts();
 
-    /// After PrepareStarts, undoes what other code has changed since then: the system must keep the exit statuses of
-    /// children, and the calling thread blocks the signals that it blocked. Handlers stay. No effect before
-    /// PrepareStarts and on Windows. Two system calls; any thread.
+    /// After PrepareStarts, undoes changes that other code has made since then: the system keeps the exit statuses of
+    /// children again, and the calling thread blocks the same signals. Handlers stay. No effect before PrepareStarts
+    /// and on Windows. Two system calls; any thread.
     static void RestoreSignals() noexcept;
 
     /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
@@ -79,8 +79,8 @@ public:
     /// Kills the process and its descendants and waits until it has ended, at most 10 s. The exit status of a process
     /// that was running is then 0 on Windows, -9 on Linux. On Linux with endsWithOwner it also searches for descendants
     /// outside the process's group, which takes 1 to 2 ms, up to 3 s if some cannot be killed. If the process has
-    /// already ended, descendants are recognised by their environment; those started without it, or of other users,
-    /// stay.
+    /// already ended, descendants are recognised by their environment; those started without it, and those of other
+    /// users, stay.
     void Terminate();
 
     /// The exit status of an ended process; on Linux the negative number of the signal that ended it. Empty while it
@@ -94,8 +94,8 @@ public:
     /// The process id; on Linux it may be reused once any code has waited for the process.
     std::uint64_t GetId() const noexcept;
 
-    /// The system's handle that waits for the end, owned by the object. Only for the platform layer. On Linux, if other
-    /// code has closed it, it is -1 or belongs to another file; the next Wait opens a new one.
+    /// The system's handle for waiting for the end, owned by the object. Only for the platform layer. On Linux, if
+    /// other code has closed it, it is -1 or belongs to another file; the next Wait opens a new one.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:

@@ -31,7 +31,7 @@ struct CChildProcess::SState
     std::optional<std::int64_t> exitStatus;
 
     /// The end of the process; with WNOHANG, its si_pid is 0 while the process runs. Empty if other code has waited for
-    /// it or the system has discarded it. The id may be reused then.
+    /// the process or the system has discarded its exit status. The id may be reused then.
     std::optional<siginfo_t> Poll(int options);
 
     /// Also true if the status is unknown.

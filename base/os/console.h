@@ -13,7 +13,7 @@ namespace LbOs
 /// Output code page of the console; 0 if there is no console or the platform has no code pages.
 LB_API std::uint32_t GetConsoleCodePage();
 
-/// Sets the output code page. Ignores failure, because only a terminal needs it. 0 has no effect.
+/// Sets the output code page. Ignores failure, because only a terminal needs the code page. 0 has no effect.
 LB_API void SetConsoleCodePage(std::uint32_t codePage);
 
 /// Writes bytes to the run-time's standard output or error stream, after everything that stdio functions wrote there,
@@ -34,9 +34,9 @@ LB_API void AllocateOutputBuffer() noexcept;
 /// requires it.
 LB_API bool EnableTerminalSequences();
 
-/// Columns of the terminal that standard output or standard error is, if it understands ANSI escape sequences, which
-/// are enabled where the platform requires it; otherwise 0. Queries the terminal with each call, because the user
-/// may change the size.
+/// The width in columns if standard output is a terminal that understands ANSI escape sequences; otherwise 0. Enables
+/// the sequences where the platform requires it. Queries the terminal with each call, because the user may change the
+/// size.
 LB_API std::uint32_t GetOutputTerminalWidth();
 
 /// The width in columns if standard error is a terminal that can rewrite a line; otherwise 0. Queries the terminal with

@@ -50,7 +50,8 @@ private:
     sigset_t m_former = {};
 };
 
-/// True if a failed write should be retried: some callers pass a non-blocking pipe. Waits until the pipe has space.
+/// After a failed write: if the stream is a full non-blocking pipe, waits until it has space. True if the caller should
+/// retry the write.
 bool waitForPlace(int file)
 {
     if (errno != EAGAIN && errno != EWOULDBLOCK)
@@ -61,13 +62,14 @@ bool waitForPlace(int file)
     return poll(&place, 1, -1) > 0 || errno == EINTR;
 }
 
-/// True for pipes and sockets, which have no position in contrast to files: only they can lose their reader.
+/// True for pipes and sockets, which, unlike files, have no position: only they can lose their reader.
 bool mayLoseReader(int file)
 {
     return lseek(file, 0, SEEK_CUR) < 0;
 }
 
-/// Writes without a block of SIGPIPE, which Linux supports since 6.18. Returns the number of bytes; 0 on any failure.
+/// Writes without raising SIGPIPE, which Linux supports since 6.18, so the signal need not be blocked. Returns the
+/// number of bytes; 0 on any failure.
 std::size_t writeWithoutSignal(int file, std::string_view bytes)
 {
     constexpr int c_NoSignal = 0x100; // RWF_NOSIGNAL, which the system headers do not have yet.
@@ -99,7 +101,7 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
             return true;
         }
     }
-    // One system call in place of two where the output is a file.
+    // If the output is a file, this query replaces the two system calls that block and restore the signal.
     std::optional<CPipeSignalBlock> block;
     if (mayLoseReader(fileno(stream)))
     {

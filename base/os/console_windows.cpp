@@ -43,7 +43,7 @@ bool understandsSequences(HANDLE console)
     return false;
 }
 
-/// The size of a part that does not end inside a character.
+/// The size of the part without an incomplete surrogate pair at its end.
 std::size_t getWholeSize(std::wstring_view part)
 {
     const bool isCut = part.size() > 1 && part.back() >= 0xD800 && part.back() <= 0xDBFF;

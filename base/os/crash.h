@@ -14,7 +14,7 @@ namespace LbOs
 {
 
 /// From now on a crash ends the process at once: an access violation, a division by zero, an overflow of the calling
-/// thread's stack, abort(). Shows no dialog, starts no debugger, dumps no memory; the exit status tells the kind of
+/// thread's stack, abort(). Shows no dialog, starts no debugger, dumps no memory; the exit status shows the kind of
 /// crash. For processes that run arbitrary code.
 LB_API void EndSilentlyOnCrash();
 
@@ -55,8 +55,8 @@ struct SCrash
                                           ///< Linux ucontext_t, on Windows EXCEPTION_POINTERS; 0 where unknown
 };
 
-/// Runs on the crashed thread, in an arbitrary state: must neither allocate memory nor take locks. A crash within ends
-/// the process.
+/// Runs on the crashed thread, in an arbitrary state: must neither allocate memory nor take locks. A crash during the
+/// report ends the process.
 using CrashReport = void (*)(const SCrash& crash) noexcept;
 
 /// During its lifetime, a crash of the current process calls the report and then ends the process with the status that
@@ -90,7 +90,7 @@ private:
 /// platform's line ends.
 LB_API void WriteCrashText(std::string_view text) noexcept;
 
-/// From now on WriteCrashText writes to this file, too; c_InvalidFile: no longer. The caller keeps it open. Any thread.
+/// From now on WriteCrashText also writes to this file; c_InvalidFile ends this. The caller keeps it open. Any thread.
 LB_API void CopyCrashTexts(FileHandle file) noexcept;
 
 } // namespace LbOs

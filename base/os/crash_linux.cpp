@@ -76,7 +76,8 @@ void endBySignal(int signal)
     Linux::Call(SYS_tgkill, Linux::Call(SYS_getpid), Linux::Call(SYS_gettid), signal);
 }
 
-/// True if the accessed memory is near the end of the stack. One instruction tells no more than that.
+/// True if the accessed memory is near the end of the stack. A single access gives no better evidence of a stack
+/// overflow.
 bool isNearStack(std::uintptr_t target, std::uintptr_t stack)
 {
     constexpr std::uintptr_t c_Near = 65536;
@@ -190,8 +191,8 @@ void writeAll(int file, std::string_view text) noexcept
 
 void LbOs::EndSilentlyOnCrash()
 {
-    // The system ends a crashed process without help, but a dump may take long. The limit of 1 is too small for any
-    // file, and only this limit prevents that the system passes the dump to a program.
+    // The system ends a crashed process by itself, but writing a dump may take long. A limit of 1 byte is too small for
+    // any file. Any other limit would let the system pass the dump to a program.
     rlimit limit = {};
     getrlimit(RLIMIT_CORE, &limit);
     limit.rlim_cur = limit.rlim_max == 0 ? 0 : 1;

@@ -64,7 +64,7 @@ const SCrashKind* findKind(std::int64_t code)
 /// The exit status of the run-time's own abort().
 constexpr UINT c_AbortStatus = 3;
 
-/// STATUS_FATAL_APP_EXIT, the code with which debuggers know abort().
+/// STATUS_FATAL_APP_EXIT, the code by which debuggers recognise abort().
 constexpr DWORD c_AbortCode = 0x40000015;
 
 std::atomic<CrashReport> s_report = nullptr;
@@ -154,7 +154,7 @@ void endAborted(int /*signal*/)
     TerminateProcess(GetCurrentProcess(), c_AbortStatus);
 }
 
-/// Keeps an earlier handler of SIGABRT. May be called repeatedly.
+/// Installs the filter, and the handler of SIGABRT unless the process has set another one. May be called repeatedly.
 void takeExceptions()
 {
     const LPTOP_LEVEL_EXCEPTION_FILTER former = SetUnhandledExceptionFilter(&endWithCode);

@@ -25,7 +25,7 @@ struct SDump
 /// thread are those of the crash. The threads are stopped meanwhile and continue afterwards. Any thread, one at a time
 /// for a child.
 ///
-/// A core contains all memory that the process has changed; files that it maps are not copied. On Linux it is given up
+/// A core contains all memory that the process has changed; files that it maps are not copied. On Linux, writing fails
 /// after `longest`. A mini dump contains stacks and the variables of modules; writing it takes less time.
 LB_API SDump WriteDump(const CChildProcess& child, const std::optional<SCrashedThread>& crashed,
                        const std::wstring& path, std::chrono::milliseconds longest);

@@ -57,7 +57,7 @@ struct SSegment
 {
     const SMemoryRange& range;
     std::uint64_t size = 0;   ///< of the content in the core
-    bool isSparse = false;    ///< unchanged pages are zeros and need no place on the disk
+    bool isSparse = false;    ///< unchanged pages are zeros and need no space on the disk
     std::uint64_t offset = 0; ///< in the core
 };
 
@@ -90,7 +90,8 @@ public:
     }
 
 private:
-    /// Debuggers read unchanged parts of a mapped file from the file itself, but recognise it by its first page.
+    /// Debuggers read unchanged parts of a mapped file from the file, so the core contains only its first page, by
+    /// which they recognise the file.
     SSegment choose(const SMemoryRange& range) const
     {
         const bool isHidden = !range.isReadable || (range.isShared && !range.path.empty());

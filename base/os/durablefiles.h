@@ -10,7 +10,7 @@
 namespace LbOs
 {
 
-/// Creates a file and opens it for writing at its end. c_InvalidFile on failure, also if something of this name exists.
+/// Creates a file and opens it for writing at its end. c_InvalidFile on failure, or if something of this name exists.
 /// Other programs may read the file while it is open; child processes do not inherit it.
 LB_API FileHandle CreateForAppending(const std::wstring& path);
 

@@ -13,14 +13,14 @@ using LbOs::Linux::ToSystemPath;
 namespace
 {
 
-/// Checks the rights that count for opening a file.
+/// Checks the rights of the effective user, as opening a file does.
 bool isAllowed(const std::string& path, int rights)
 {
     return faccessat(AT_FDCWD, path.c_str(), rights, AT_EACCESS) == 0;
 }
 
-/// Only privileged users can set the owner; it matters if the administrator rewrites another user's file. It is set
-/// first, because a change of the owner removes some permissions.
+/// Only privileged users can set the owner; it matters if the administrator rewrites another user's file. The owner is
+/// set first, because a change of the owner removes some permissions.
 void handDown(const struct stat& former, const std::string& path)
 {
     struct stat status = {};

@@ -49,7 +49,7 @@ struct SFileStatus
     bool hasSeveralNames;          ///< has hard links
 };
 
-/// True if the path depends neither on the working directory nor on a drive's. Does not access the file system.
+/// True if the path depends neither on the working directory nor on that of a drive. Does not access the file system.
 LB_API bool IsAbsolutePath(std::wstring_view path) noexcept;
 
 /// The kind of the entry at `path`, following links. Missing also if the path cannot be examined, as for a broken link.
@@ -70,7 +70,7 @@ LB_API std::optional<SFileStatus> GetPlaceStatus(const std::wstring& path);
 LB_API bool IsLink(const std::wstring& path);
 
 /// The absolute path of the link's target. A relative target refers to the link's folder, which `path` must name
-/// without links. The target need not exist. Empty if `path` is no link or cannot be read.
+/// without links. The target need not exist. Empty if `path` is not a link or cannot be read.
 LB_API std::wstring GetLinkTarget(const std::wstring& path);
 
 /// True for a file with its own bytes: not a directory, device or pipe, for which reading may block or never end.

@@ -316,7 +316,7 @@ std::wstring LbOs::GetExecutablePath()
 std::wstring LbOs::GetUserDataDirectory()
 {
     const std::wstring data = GetEnvironmentText(L"XDG_DATA_HOME");
-    // The variable's standard says that relative paths must be ignored.
+    // The standard for this variable requires that relative paths be ignored.
     if (IsAbsolutePath(data))
     {
         return withoutSeparators(data);

@@ -102,7 +102,7 @@ std::wstring getFinalPath(const OwnedHandle& opened)
     });
 }
 
-/// Cloud files, deduplicated files and others have the attribute, too, but are no links. Wine sets it for a linked
+/// Cloud files, deduplicated files and others have the attribute, too, but are not links. Wine sets it for a linked
 /// folder without a tag.
 bool isLinkOf(DWORD attributes, DWORD tag)
 {
@@ -141,7 +141,7 @@ bool removeProtected(const std::wstring& name, DWORD attributes)
         return false;
     }
     bool isRemoved = false;
-    // Zero times are not changed.
+    // The system does not change times that are zero here.
     FILE_BASIC_INFO former = {};
     former.FileAttributes = attributes;
     constexpr DWORD c_Access = DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
@@ -197,7 +197,7 @@ LbOs::EEntry LbOs::QueryEntry(const std::wstring& path)
     DWORD attributes = GetFileAttributesW(ToSystemPath(path).c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLink(path))
     {
-        // The attributes were the link's own.
+        // So far, these are the attributes of the link itself.
         const OwnedHandle target = openToLookAt(path);
         BY_HANDLE_FILE_INFORMATION info = {};
         const bool isThere = target != nullptr && GetFileInformationByHandle(target.get(), &info) != FALSE;

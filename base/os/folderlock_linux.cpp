@@ -36,7 +36,7 @@ std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder)
 
 CFolderLock::~CFolderLock()
 {
-    // Forks of the process may still have the folder open.
+    // Unlocks explicitly, because forks of the process may still have the folder open.
     flock(static_cast<int>(m_handle), LOCK_UN);
     close(static_cast<int>(m_handle));
 }

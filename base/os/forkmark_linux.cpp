@@ -12,8 +12,8 @@ namespace
 
 using Mark = std::atomic<std::uint64_t>;
 
-/// Memory that is zero again in every copy of the process, since fork handlers do not see all copies. Null if the
-/// system has no such memory.
+/// Memory that the system zeroes in every copy of the process. Fork handlers would miss some copies. Null if the system
+/// has no such memory.
 Mark* makeMark() noexcept
 {
     constexpr std::size_t c_Size = sizeof(Mark);

@@ -45,7 +45,7 @@ bool CNamedEvent::SState::Open()
     {
         return false;
     }
-    // Opened for both directions, so that no other process can close the last end.
+    // Opened for both directions, so that the pipe has both ends whatever other processes close.
     pipe = Linux::AboveStandard(
         Linux::Retry([this] { return open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK); }));
     struct stat status = {};
@@ -170,7 +170,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
         const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_PollInterval));
         const int ready = Linux::WaitReadable({pipe, childFile}, time);
-        // Asks the process, because a test may have closed the descriptor; then a new one is opened.
+        // Asks the process, because a test may have closed the descriptor. The query then opens a new one.
         const bool hasEnded = ready != 0 && child != nullptr && child->Wait(0);
         // The event takes precedence over the child's end, because the child may have set it just before.
         if (m_state->Drain())

@@ -22,7 +22,7 @@ void* runCall(void* argument)
     return nullptr;
 }
 
-/// The system wants whole pages and room for its own needs.
+/// The system requires whole pages, and a minimum for its own needs.
 std::size_t toStackSize(std::size_t wanted)
 {
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));

@@ -14,7 +14,7 @@ namespace LbOs
 struct SProcess
 {
     unsigned long id = 0;
-    std::wstring executableName; ///< file name of the executable; empty if the caller may not know it
+    std::wstring executableName; ///< file name of the executable; empty if the caller may not query it
 };
 
 /// The processes at one moment during the call; empty on failure. Callable from any thread.
@@ -33,15 +33,15 @@ LB_API std::wstring GetProcessExecutableName(unsigned long id);
 /// end it. Callable from any thread.
 LB_API void KillProcess(const SProcess& process);
 
-/// How many processes and threads the system lets the user or, on Linux, the control group (version 2) have; a very
-/// large number if it sets no limit, as on Windows. Callable from any thread.
+/// How many processes and threads the system allows the user or, on Linux, the control group (version 2); a very large
+/// number if there is no limit, as on Windows. Callable from any thread.
 LB_API std::uint64_t GetProcessLimit() noexcept;
 
-/// True if the system lets the user have so few processes and threads (fewer than 1024 on Linux) that optional ones
-/// could keep necessary ones from starting. False on Windows. Callable from any thread.
+/// True if the system allows the user so few processes and threads (fewer than 1024 on Linux) that optional ones could
+/// keep necessary ones from starting. False on Windows. Callable from any thread.
 LB_API bool HasFewProcesses() noexcept;
 
-/// How many of `wanted` threads can be started now; they are started and ended. Callable from any thread.
+/// How many of `wanted` threads can be started now: starts them and ends them again. Callable from any thread.
 LB_API unsigned CountStartableThreads(unsigned wanted);
 
 } // namespace LbOs

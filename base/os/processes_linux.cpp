@@ -37,8 +37,8 @@ std::optional<unsigned long> toNumber(std::string_view text)
     return isNumber ? std::optional(id) : std::nullopt;
 }
 
-/// The parent at the start of this process. A process that loses its parent gets another one, which a later query could
-/// not distinguish.
+/// The parent at the start of this process. When the parent ends, another process becomes the parent, and a later query
+/// could not tell the two apart.
 std::atomic<pid_t> s_firstParent = [] {
     pthread_atfork(nullptr, nullptr, [] { s_firstParent = getppid(); });
     return getppid();

@@ -16,7 +16,7 @@ struct CSharedMemory::SState
 namespace
 {
 
-/// Null on failure, also if the block has less than `size` bytes. The view keeps the block alive, so the handle can be
+/// Null on failure, or if the block has fewer than `size` bytes. The view keeps the block alive, so the handle can be
 /// closed.
 std::shared_ptr<void> mapView(HANDLE mapping, std::size_t size, DWORD rights)
 {

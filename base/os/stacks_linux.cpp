@@ -129,8 +129,8 @@ private:
         return addresses;
     }
 
-    /// A call of an address without code, such as null, has left the address of its caller on top of the stack, where
-    /// no unwind table finds it. Returns the registers as they are otherwise.
+    /// After a call of an address without code, such as null, returns the registers of the caller, whose address is on
+    /// top of the stack, where no unwind table finds it. Otherwise returns the registers unchanged.
     Linux::Registers findCaller(Linux::Registers registers) const
     {
         if (findPlace(m_places, registers[Linux::c_InstructionRegister]) == nullptr)

@@ -65,7 +65,7 @@ public:
     std::vector<SThreadStack> Read()
     {
         readAddresses();
-        // Symbols of the system may take all the time there is, and tell less.
+        // System modules come last: their symbols may use up all remaining time, and are less useful.
         nameFrames(EModules::Own);
         nameFrames(EModules::System);
         return std::move(m_stacks);
@@ -82,7 +82,7 @@ private:
         // The crashed thread is the first one. Without a crash, the process began with the oldest.
         const auto faulty = m_crashed ? stopped.GetThreads().begin()
                                       : std::ranges::min_element(stopped.GetThreads(), {}, &SStoppedThread::creation);
-        // Only now, because a crashed process waits for a short time.
+        // Loaded only after the threads have stopped, because a crashed process waits only for a short time.
         m_modules = Windows::ListModules(m_process);
         m_library = Windows::CDebugHelp::Create(m_process, m_tables, m_deadline);
         readThread(*faulty, true);
@@ -129,8 +129,8 @@ private:
         return addresses;
     }
 
-    /// A call of an address without code, such as null, has left the address of its caller on top of the stack, where
-    /// no unwind table finds it. Returns the registers as they are otherwise.
+    /// After a call of an address without code, such as null, returns the registers of the caller, whose address is on
+    /// top of the stack, where no unwind table finds it. Otherwise returns the registers unchanged.
     CONTEXT findCaller(CONTEXT registers) const
     {
         std::uint64_t caller = 0;

@@ -16,11 +16,11 @@ namespace LbOs
 /// may hold. The object itself follows this rule.
 ///
 /// A thread that is stopped inside a signal or exception handler may later return to the interrupted instruction, which
-/// its instruction pointer does not show. So code in which threads may have been must not be freed.
+/// its instruction pointer does not show. So code that threads may have executed must not be freed.
 ///
 /// On Linux, the first use reserves a free real-time signal for the life of the process, if possible one that no thread
-/// blocks. After a time-out, or if others install a handler for it, another signal is reserved. System calls that do
-/// not resume after a signal (sleep, poll and similar) end early in frozen threads, as with any other signal.
+/// blocks. After a time-out, or if other code installs a handler for it, another signal is reserved. System calls that
+/// do not resume after a signal (sleep, poll and similar) end early in frozen threads, as with any other signal.
 class LB_API CThreadFreezer
 {
 public:
@@ -29,10 +29,10 @@ public:
     CThreadFreezer(const CThreadFreezer&) = delete;
     CThreadFreezer& operator=(const CThreadFreezer&) = delete;
 
-    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, if no
-    /// thread stopped for this time although some still had to (a thread blocks all signals, or the signal queue is
-    /// full), if threads kept starting for this time and 16 enumerations (Windows), or if the threads cannot be listed
-    /// (no "/proc" of this process id name space).
+    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, in three
+    /// cases: for this time no thread stopped although some were left (they block all signals, or the signal queue is
+    /// full); threads kept starting for this time and 16 enumerations (Windows); the threads cannot be listed (no
+    /// "/proc" of this process id name space).
     bool Freeze(unsigned timeoutMs) noexcept;
 
     /// Lets the threads run again. No effect if they are running.

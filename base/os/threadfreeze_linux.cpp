@@ -14,8 +14,8 @@
 #include "base/os/linux/cancellation.h"
 #include "base/os/linux/ownthreads.h"
 
-// Each frozen thread sits in the handler of a real-time signal until the generation changes. A signal carries the
-// generation and the thread's slot, so that one that arrives after its freeze was given up does nothing.
+// Each frozen thread waits in the handler of a real-time signal until the generation changes. A signal carries the
+// generation and the thread's slot, so that a signal that arrives after its freeze was abandoned does nothing.
 
 namespace
 {
@@ -25,7 +25,7 @@ namespace Linux = LbOs::Linux;
 constexpr std::size_t c_SlotCount = 8192;
 constexpr unsigned c_SlotBits = 16;
 
-/// The thread has not answered yet. An odd number, so never the address of a context.
+/// The state of a thread that has not answered yet: an odd number, so never the address of a context.
 constexpr std::uint64_t toPending(std::uint32_t generation) noexcept
 {
     return (std::uint64_t{generation} << 1U) | 1U;

@@ -83,13 +83,13 @@ bool readContext(HANDLE thread, CONTEXT& context) noexcept
     return GetThreadContext(thread, &context) != FALSE;
 }
 
-/// A thread that is ending refuses calls already some time before its handle is signaled.
+/// A thread that is ending refuses calls some time before its handle is signaled, so this waits for the handle.
 bool isEnding(HANDLE thread, unsigned timeoutMs) noexcept
 {
     return WaitForSingleObject(thread, timeoutMs) == WAIT_OBJECT_0;
 }
 
-/// False if the thread still runs after the time-out. An ended thread is no failure.
+/// False if the thread still runs after the time-out. An ended thread is not a failure.
 bool suspend(SThread& thread, unsigned timeoutMs) noexcept
 {
     thread.isSuspended = SuspendThread(thread.handle) != static_cast<DWORD>(-1);

@@ -46,7 +46,7 @@ struct SStart
 
 SStart PrepareStart(const SChildOptions& options);
 
-/// The id of a process that runs its program; -1 on failure. Stores its descriptor in `file` if it gets one.
+/// The id of the process, which then runs its program; -1 on failure. Stores its descriptor in `file` if it gets one.
 pid_t StartProcess(SStart& start, CProcessFile& file);
 
 /// Records the signals that the calling thread blocks and that the process ignores, for `prepared`. Any thread.

@@ -24,7 +24,7 @@ std::string toBytes(const T& value)
     return {reinterpret_cast<const char*>(&value), sizeof(value)};
 }
 
-/// Appends one note. Its parts are multiples of four bytes.
+/// Appends one note. Pads its parts to multiples of four bytes.
 void addNote(std::uint32_t type, const std::string& name, const std::string& content, std::string& notes)
 {
     const auto padded = [](std::string bytes) {
@@ -63,7 +63,7 @@ void restore(const Registers& crash, user_regs_struct& all)
     {
         all.*c_Order[index] = crash[index];
     }
-    // The handler runs inside a system call, but the crash did not.
+    // -1: the crash, unlike the present state of its handler, was not inside a system call.
     all.orig_rax = ~std::uint64_t{0};
 }
 

@@ -101,7 +101,7 @@ void FindCrashPlace(SCrash& crash) noexcept
     for (std::string_view line = lines.Next(); !line.empty(); line = lines.Next())
     {
         const SMapping mapping = ParseMapping(line);
-        // A mapping without a path may lie between those of a module and must not reset its start.
+        // A mapping without a path may lie between those of a module and must not reset the module's start.
         const std::uintptr_t start = mapping.path.empty() ? mapping.start : module.Follow(mapping);
         if (crash.address >= mapping.start && crash.address < mapping.end)
         {

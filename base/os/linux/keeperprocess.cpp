@@ -20,8 +20,8 @@ namespace LbOs::Linux
 namespace
 {
 
-/// Removes a segment that the owner was killed too early to mark for removal; marked segments vanish with their last
-/// user.
+/// Removes a segment if the owner was killed before it marked the segment for removal; marked segments vanish with
+/// their last user.
 void removeMemory(const char* path, pid_t owner)
 {
     const long segment = Call(SYS_shmget, ToMemoryKey(path), 0, 0);
@@ -66,14 +66,14 @@ void endGroups(const SKeeperState& state)
     // A session of its own, so that the terminal's signals do not reach it.
     Call(SYS_setsid);
     Call(SYS_prctl, PR_SET_NAME, c_KeeperName);
-    // Closes all inherited descriptors; otherwise the reader of an inherited pipe would wait for its end.
+    // Closes all inherited descriptors; otherwise the reader of an inherited pipe would wait until the keeper ends.
     Call(SYS_close_range, 0, UINT_MAX, 0);
     Call(SYS_chdir, "/");
     pollfd waiting = {static_cast<int>(Call(SYS_pidfd_open, owner, 0)), POLLIN, 0};
     state.isReady.store(1);
     Call(SYS_futex, &state.isReady, FUTEX_WAKE, 1, 0, 0, 0);
-    // Checks the parent's id, not only the descriptor: as soon as it changes, no new child can take the owner for
-    // alive.
+    // Checks the parent's id, not only the descriptor: once the id has changed, each new child also sees that the owner
+    // has ended.
     while (Call(SYS_getppid) == owner)
     {
         Call(SYS_poll, &waiting, 1, waiting.fd < 0 ? c_PollInterval : c_PollInterval * 10);

@@ -24,8 +24,8 @@ class CNamedFile
 public:
     CNamedFile() = default;
 
-    /// Runs `make(path)`, which must create a new file, returns whether it succeeded, and stores the reason of a
-    /// failure. Without a keeper, stores the reason in `failure`.
+    /// Runs `make(path)`, which must create a new file, return whether it succeeded, and store the reason of a failure.
+    /// Without a keeper, stores the reason in `failure`.
     template<typename F>
     CNamedFile(const std::string& path, std::wstring* failure, const F& make);
     CNamedFile(CNamedFile&& other) noexcept : m_kept(std::exchange(other.m_kept, nullptr)) {}

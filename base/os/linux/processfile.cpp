@@ -27,8 +27,8 @@ bool isOfAnother(int file, pid_t process)
     {
         return false;
     }
-    // The line lists the ids from the outer to the inner namespace; the last one is the own id. -1: the process has
-    // ended and was waited for.
+    // The line lists the ids of the process from the outermost to the innermost namespace; the last one is its id in
+    // its own namespace. -1: the process has ended and was waited for.
     const std::string_view all = text;
     const std::size_t last = all.rfind('\t');
     const long number = last == std::string_view::npos ? 0 : std::strtol(text + last, nullptr, 10);

@@ -168,7 +168,7 @@ bool visitProcesses(const F& visit)
         for (long offset = 0; offset < size;)
         {
             const auto* const entry = reinterpret_cast<const dirent64*>(entries + offset);
-            // 0 for entries that are no processes.
+            // 0 for entries that are not processes.
             const auto id = static_cast<pid_t>(std::strtol(entry->d_name, nullptr, 10));
             isAny = (id > 0 && visit(folder, id)) || isAny;
             offset += entry->d_reclen;
@@ -227,8 +227,8 @@ void killUntilGone(const F& kill)
 {
     // Limits the wait for processes that the system cannot end, for example inside a driver.
     constexpr std::int64_t c_Longest = 3000 * c_Millisecond;
-    // Keepers of killed owners need a moment to end what their owners left. The wait is short because any process may
-    // use their name.
+    // Keepers of killed owners need a moment to end the processes that their owners left. The wait is short because any
+    // process may use their name.
     constexpr std::int64_t c_LongestForKeepers = 500 * c_Millisecond;
     constexpr timespec c_Pause = {0, c_Millisecond};
     const std::int64_t begin = GetNanoseconds(CLOCK_MONOTONIC);
@@ -257,7 +257,8 @@ void endMarked(std::string_view variable)
     });
 }
 
-/// Calls the function; if no descriptor is free, in a fork that closes its own copies first.
+/// Calls the function. If no descriptor is free, calls it in a fork that first closes its own copies of the
+/// descriptors.
 template<typename F>
 void callWithFiles(const F& function)
 {

@@ -10,7 +10,7 @@
 namespace LbOs::Linux
 {
 
-/// Makes the calling process a subreaper: its descendants stay below it even if the processes between have ended.
+/// Makes the calling process a subreaper: its descendants stay below it even if the processes in between have ended.
 /// The process calls it before it runs its program. Makes only system calls.
 void KeepDescendants() noexcept;
 
@@ -24,8 +24,8 @@ bool HasStartedAfter(pid_t process, std::int64_t time) noexcept;
 /// function sorts them. Makes only system calls, so that a fork may call it. Any thread.
 void EndProcessTrees(std::span<pid_t> processes) noexcept;
 
-/// Ends the descendants of the calling process, which keeps them. Its own keepers stay. Costs one system call if there
-/// are no others. Makes system calls only. Any thread.
+/// Ends the descendants of the calling process, which becomes a subreaper. Its own keepers stay. Costs one system call
+/// if there are no other children. Makes system calls only. Any thread.
 void EndOwnDescendants() noexcept;
 
 /// Ends the processes whose programs were started with this variable, "NAME=value". Those whose environment the caller

@@ -15,7 +15,7 @@ namespace LbOs::Linux
 class CUnwinder
 {
 public:
-    /// Reads which modules the process has. Null without libdw.
+    /// Reads the process's list of modules. Null without libdw.
     static std::unique_ptr<CUnwinder> Create(pid_t process);
 
     ~CUnwinder();

@@ -46,7 +46,7 @@ const SLibrary& getLibrary()
     return s_library;
 }
 
-/// The tables of the walk. The library's callbacks have no argument for them.
+/// The tables of the current stack walk. The library's callbacks have no argument for them.
 thread_local CFunctionTables* s_tables = nullptr;
 
 void* WINAPI findFunction(HANDLE, DWORD64 address)
@@ -60,7 +60,7 @@ DWORD64 WINAPI findModuleStart(HANDLE, DWORD64 address)
     return module == nullptr ? 0 : module->start;
 }
 
-/// Symbols of this compiler are encoded; those of others are readable.
+/// Symbols of this compiler are mangled; those of other compilers are readable.
 std::wstring demangle(const char* name)
 {
     int status = -1;

@@ -1,4 +1,4 @@
-/// Names and access rights of objects between processes. Internal to the Windows side.
+/// Names and access rights of objects shared by processes. Internal to the Windows side.
 #pragma once
 
 #include <string>

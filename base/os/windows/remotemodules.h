@@ -25,8 +25,8 @@ struct SRemoteModule
     std::wstring path;
 };
 
-/// Reads the loader's list, which may be incomplete if a thread has been stopped while it loaded a module. The calls of
-/// the system for single modules would search the list from its beginning each time.
+/// Reads the loader's list, which may be incomplete if a thread has been stopped while it loaded a module. The system's
+/// calls for single modules would search the list from its beginning each time.
 std::vector<SRemoteModule> ListModules(HANDLE process);
 
 } // namespace LbOs::Windows
