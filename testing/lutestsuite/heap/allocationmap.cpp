@@ -11,7 +11,7 @@ namespace LuTestSuite
 namespace
 {
 
-// The allocation granularity of Windows; Linux gives out smaller pieces.
+// The allocation granularity of Windows; that of Linux is smaller.
 constexpr std::size_t c_ChunkSize = 65536;
 
 std::byte* requirePages(std::size_t size) noexcept

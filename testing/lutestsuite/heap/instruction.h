@@ -48,8 +48,8 @@ struct SInstruction
     ERelative relative = ERelative::None;
 };
 
-/// Decodes the instruction at the beginning of `code` in 64-bit mode. Empty if the bytes are no known instruction (all
-/// but 3DNow! are known) or end too early. Reads at most c_InstructionMax bytes.
+/// Decodes the instruction at the beginning of `code` in 64-bit mode. Empty if the bytes are not a known instruction
+/// (all but 3DNow! are known) or end too early. Reads at most c_InstructionMax bytes.
 std::optional<SInstruction> DecodeInstruction(std::span<const std::uint8_t> code) noexcept;
 
 /// The destination of an instruction at `address` that has a relative branch or a RIP-relative operand. The instruction

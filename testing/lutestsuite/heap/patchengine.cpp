@@ -14,8 +14,8 @@ namespace
 
 /// A thread that blocks every signal never answers; others answer within microseconds.
 constexpr unsigned c_FreezeTimeoutMs = 2000;
-/// Used after a failed freeze: the thread that failed it probably still runs, and a run of many cases must not wait
-/// long for it in each case.
+/// Used after a failed freeze: the thread that did not stop is probably still running, and a run of many cases must not
+/// wait long for it in each case.
 constexpr unsigned c_NextFreezeTimeoutMs = 100;
 
 /// How many bytes of a function are searched for jumps into its beginning.
@@ -268,7 +268,7 @@ EPatchStatus CPatchEngine::ShutDown() noexcept
     return EPatchStatus::Success;
 }
 
-/// Requires frozen threads. Disables all patches, moves threads out of trampolines, leads detours to the targets.
+/// Requires frozen threads. Disables all patches, moves threads out of trampolines, redirects detours to the targets.
 bool CPatchEngine::leaveAll(LbOs::CThreadFreezer& threads) noexcept
 {
     for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)

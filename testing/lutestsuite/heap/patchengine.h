@@ -40,8 +40,8 @@ struct SPatchCalls
 
 /// A list of patches. Callable from any thread; all engines of a process share one lock, since each stops all threads.
 ///
-/// Never allocates from the heap, because the heap may be what is patched. Has no destructor: the caller of Initialize
-/// calls ShutDown.
+/// Never allocates from the heap, because the heap's functions may be patched. Has no destructor: the caller of
+/// Initialize calls ShutDown.
 ///
 /// Stopping the threads waits up to 2 s for a thread that does not answer, and only 0.1 s after an earlier failure.
 /// Limit: a thread in a signal handler that interrupted it inside the patched bytes is not detected.

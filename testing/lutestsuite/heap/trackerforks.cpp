@@ -10,9 +10,9 @@
 using LuTestSuite::s_trackerState;
 using LuTestSuite::SOperation;
 
-// Runs when the library is loaded. Its first use would be too late: a fork at that moment would miss the handlers, and
-// its child would inherit a locked initialisation guard. Finding the functions also takes the loader's lock, whose
-// owner may be waiting inside a detour.
+// Initialised when the library is loaded. The first use would be too late: a fork at that moment would miss the
+// handlers, and its child would inherit a locked initialisation guard. Finding the functions also takes the loader's
+// lock, whose owner may be waiting inside a detour.
 const LbOs::SHeapFunctions LuTestSuiteHeapTracker::s_functions = prepare();
 
 LbOs::SHeapFunctions LuTestSuiteHeapTracker::prepare()

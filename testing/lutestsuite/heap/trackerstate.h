@@ -9,9 +9,9 @@
 namespace LuTestSuite
 {
 
-/// The forks under way on all threads. A fork cannot hold the tracker's lock: after this library's fork handler it
-/// waits for locks of the run-time, for example the lock of the stream list, whose owners may allocate. So while a fork
-/// is under way the trackers do not change, which gives the child consistent copies, and operations are queued here.
+/// The forks under way on all threads. A fork cannot hold the tracker's lock: after this library's fork handler, the
+/// fork waits for locks of the run-time, such as that of the stream list, whose owners may allocate. So while a fork is
+/// under way the trackers do not change, which gives the child consistent copies, and operations are queued here.
 ///
 /// Changed under the tracker's lock, or in a child that has no other thread yet.
 class CForks
