@@ -29,7 +29,7 @@ constexpr SResultTexts c_ResultTexts[] = {
     {ECaseRunResult::TimeOut, L"TIMEOUT", L"Zeitlimit überschritten"},
 };
 
-/// Also used for NoMatchingCase and for numbers that are no result.
+/// Also used for NoMatchingCase and for numbers that are not results.
 constexpr SResultTexts c_OtherTexts = {ECaseRunResult::NoMatchingCase, L"UNKNOWN", L"Unbekannt"};
 
 const SResultTexts& getTexts(ECaseRunResult result)

@@ -14,7 +14,7 @@ struct SDiffSide
     const LuTestSuiteReport::SReportData& data;
 };
 
-/// Writes only the page. `a` is the reference. Throws on failure and leaves what was written.
+/// Writes only the page. `a` is the reference. Throws on failure and then keeps the existing page.
 void WriteDiffPage(const std::wstring& path, const SDiffSide& a, const SDiffSide& b, bool smallReport,
                    bool tolerateWarnings);
 

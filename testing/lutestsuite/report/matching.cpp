@@ -41,7 +41,7 @@ void addKeys(std::vector<SKeyed<Entry>>& keyed, const std::vector<Entry>& entrie
     }
 }
 
-/// What the comparison considers: entries of equal rank are interchangeable.
+/// The values that decide the comparison, so entries of equal rank are interchangeable.
 auto getRank(const SClass& testClass)
 {
     const std::int64_t unsuccessful = std::int64_t{testClass.CasesTotal} - testClass.Successful;

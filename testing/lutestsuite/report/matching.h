@@ -38,7 +38,7 @@ struct SCaseMatch
 };
 
 /// One entry per class name, in the order of names. If a run has several classes of one name, the one with the most
-/// unsuccessful cases counts, then the one with the most warnings.
+/// unsuccessful cases counts; of equal ones, the one with the most warnings.
 std::vector<SClassMatch> MatchClasses(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b,
                                       bool tolerateWarnings);
 

@@ -287,7 +287,7 @@ void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root
                                                         const std::wstring& reportPrefix)
 {
     SArchive archive;
-    // An empty name is not a directory: a separator alone would be the root of all files or links.
+    // An empty name gets no separator, which alone would be the root of the file system or of the links.
     archive.root = LbPath::WithSeparator(root);
     archive.reports = LbPath::WithSeparator(archive.root + subDirectory);
     archive.diffs = archive.reports + L"Diff" + LbPath::c_Separator;

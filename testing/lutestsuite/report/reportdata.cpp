@@ -18,7 +18,7 @@ using LuTestSuiteRun::SParams;
 using LuTestSuiteRun::SStats;
 using SReportData = LuTestSuiteReport::SReportData;
 
-/// Needed because callers may pass records of different runs.
+/// Throws for records of different runs, which callers may pass by mistake.
 void requireFittingRecords(const std::vector<SUnitTest>& unitTests, const std::vector<SCaseInfo>& cases,
                            const SStats& stats)
 {

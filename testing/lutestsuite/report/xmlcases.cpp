@@ -13,7 +13,7 @@ namespace
 
 using SReportCase = LuTestSuiteReport::SReportCase;
 
-/// A position in the bytes. Each operation moves behind what it expects, or returns false if something else follows.
+/// A position in the bytes. Each operation moves past the expected bytes, or returns false if something else follows.
 class CScanner
 {
 public:
@@ -26,7 +26,7 @@ public:
         return isThere;
     }
 
-    /// White space, then this text.
+    /// Skips white space, then this text.
     bool Begin(std::string_view text)
     {
         constexpr std::string_view c_WhiteSpace = " \t\r\n";
@@ -34,7 +34,7 @@ public:
         return Skip(text);
     }
 
-    /// A value up to the first character of `end`, where all of `end` must follow.
+    /// Takes a value that ends before the first character of `end`, and skips `end`.
     bool Take(std::string_view end, std::string_view& value)
     {
         value = m_rest.substr(0, m_rest.find(end.front()));
@@ -42,7 +42,7 @@ public:
         return Skip(end);
     }
 
-    /// An element without attributes.
+    /// Takes the value of an element without attributes.
     bool TakeElement(std::string_view startTag, std::string_view endTag, std::string_view& value)
     {
         return Begin(startTag) && Take(endTag, value);
@@ -54,7 +54,7 @@ private:
     std::string_view m_rest;
 };
 
-/// Converts numbers in the form of the writer directly; `readOther` converts others as wide text.
+/// Converts numbers directly if they have the writer's format; otherwise `readOther` converts them as wide text.
 template<typename T>
 T readNumber(std::string_view text, T (*readOther)(const std::wstring&))
 {

@@ -133,8 +133,9 @@ bool readText(std::string bytes, ReportData& data)
     return true;
 }
 
-/// Reads a report that this library wrote: a tree of the part before the first case, and the cases without a tree.
-/// False, with some of the record filled, if the bytes have another layout. They are then read as a whole.
+/// Reads a report that this library wrote: builds a tree of the part before the first case, and reads the cases without
+/// a tree. False, with some of the record filled, if the bytes have another layout. The caller then builds a tree of
+/// the whole file.
 bool readOwnLayout(const std::string& bytes, ReportData& data)
 {
     // No case is shorter.
