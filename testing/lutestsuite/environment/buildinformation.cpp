@@ -34,7 +34,7 @@ std::wstring LuTestSuiteUtils::GetModuleName(const LbRTTI& type)
     std::wstring path = LbOs::GetModulePathOf(&type);
     if (path.empty() && type.GetFacts().type != nullptr)
     {
-        // A record that was created at run time.
+        // The record was created at run time, outside any module.
         path = LbOs::GetModulePathOf(type.GetFacts().type);
     }
     return LbPath::GetLastComponent(path);

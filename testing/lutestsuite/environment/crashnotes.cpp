@@ -66,7 +66,7 @@ public:
 private:
     void addName(const char16_t* name)
     {
-        // Three bytes a unit, and the signs around them.
+        // At most three bytes for each unit of UTF-16, and what surrounds the name.
         constexpr std::size_t c_Most = 3 * CUnderWay::sc_uiCapacity + 16;
         if (sizeof(m_bytes) - m_size < c_Most)
         {
@@ -99,7 +99,7 @@ CCrashThread::SPlace* findOwnPlace()
     return place == std::end(s_places) ? nullptr : place;
 }
 
-/// False if the thread does nothing at present.
+/// False if the thread has no activity at present.
 bool addActivity(CCrashText& text, std::string_view before, const CCrashThread::SPlace& place)
 {
     const char16_t* const className = place.className.load(std::memory_order_acquire);
@@ -162,7 +162,7 @@ void addPlace(CCrashText& text, const LbOs::SCrash& crash)
     }
 }
 
-/// For threads that have not crashed.
+/// Adds the activities of threads that have not crashed.
 void addOtherActivities(CCrashText& text, const CCrashThread::SPlace* own, bool isFirstKnown)
 {
     bool isFirst = true;

@@ -60,7 +60,7 @@ public:
     {
         std::atomic<std::uintptr_t> thread; ///< 0 while free
         std::atomic<EActivity> activity;
-        std::atomic<const char16_t*> className; ///< null: nothing
+        std::atomic<const char16_t*> className; ///< null: no activity
         std::atomic<const char16_t*> detail;    ///< a case or a folder
     };
 
@@ -68,7 +68,7 @@ private:
     friend class CUnderWay;
 
     LbOs::CCrashStack m_stack;
-    bool m_isOuter = false; ///< gives the place back
+    bool m_isOuter = false; ///< this object frees the place
     SPlace* m_place;        ///< null if all are taken
 };
 

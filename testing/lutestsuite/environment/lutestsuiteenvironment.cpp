@@ -28,8 +28,8 @@
 namespace
 {
 
-/// A container without services, so that test modules find a container in every installation. Modules that bring
-/// services have a configuration file.
+/// A container without services, so that test modules find a container in every installation. Modules with services
+/// bring a configuration file.
 constexpr const char* c_DefaultContainer = "<Container/>";
 
 std::unique_ptr<IOC::CContainer> createContainer()
@@ -80,8 +80,8 @@ void warmUpParallelLoops()
     });
 }
 
-/// Uses file streams once, with a temporary file that it removes. If the file cannot be created, their first use in a
-/// case may count as its growth.
+/// Uses file streams once, with a temporary file that it removes. If the file cannot be created, the first use of file
+/// streams in a case may count as the case's growth.
 void warmUpFileStreams()
 try
 {

@@ -10,7 +10,7 @@ namespace LuTestSuite
 {
 
 /// A new object of the class registered under `className`, owned by the caller; null when there is no such class, when
-/// it cannot be created, or when it is no unit test. Passes on what the class's constructor throws.
+/// it cannot be created, or when it is not a unit test. Passes on what the class's constructor throws.
 std::unique_ptr<LuUnitTest> CreateUnitTest(const std::wstring& className);
 
 /// Like CreateUnitTest, but returns null if the constructor throws.
