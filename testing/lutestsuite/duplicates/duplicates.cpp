@@ -59,7 +59,7 @@ void listDuplicates(const DuplicateSet& set)
     }
 }
 
-/// Modes that delete nothing list the sets.
+/// Without `deletion`, only lists the sets.
 void writeSets(const SDuplicates& duplicates, std::optional<LuTestSuite::CDeletion>& deletion)
 {
     if (duplicates.sets.empty())

@@ -81,7 +81,7 @@ void examineEach(ExaminedFiles& files, const F& examine)
     }
 }
 
-/// Drops candidates that no other candidate matches.
+/// Calls `leave` for each candidate whose size and checksum no other candidate has.
 template<typename F>
 void leaveOutDifferent(ExaminedFiles& files, const F& leave)
 {
