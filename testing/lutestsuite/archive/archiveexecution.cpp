@@ -54,7 +54,7 @@ void completeDirectories(SArchiveRun& run)
     {
         throwMissing(run.outDir);
     }
-    // The child runs in another folder than the one that relative paths refer to.
+    // Relative paths refer to the current working directory, but the child runs in another folder.
     for (std::wstring* directory : {&run.binaryDir, &run.dataDir, &run.outDir})
     {
         *directory = LbOs::GetFullPath(*directory);
@@ -119,8 +119,8 @@ bool hasPages(const std::wstring& folder)
                                [](const std::wstring& name) { return name.ends_with(c_PageSuffix); });
 }
 
-/// Writes the style sheet and the script that the page links to anew, instead of moving the child's copies: other runs
-/// may delete those at any time. Keeps the child's copies while another page may need them.
+/// Writes new copies of the style sheet and the script that the page links to, instead of moving the child's copies,
+/// which other runs may delete at any time. Keeps the child's copies while another page may need them.
 void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
 {
     try
