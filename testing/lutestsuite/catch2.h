@@ -1,4 +1,4 @@
-/// Makes the tests of a Catch2 program cases of a test module. For Catch2 3.3 or later.
+/// Turns the tests of a Catch2 program into cases of a test module. For Catch2 3.3 or later.
 ///
 /// The module consists of the program's sources without its `main`, linked with Catch2::Catch2 (not
 /// Catch2::Catch2WithMain), and of one source that includes this header:
@@ -6,22 +6,22 @@
 ///     #include "testing/lutestsuite/catch2.h"
 ///
 /// Each source file with tests becomes a class, named after the file without folder and extension; each TEST_CASE
-/// becomes a case with all of its sections and generated values. Characters that a file's name cannot have become "_",
+/// becomes a case with all of its sections and generated values. Characters that file names cannot contain become "_",
 /// and "/" becomes ".". A failure becomes an error line with file, line, sections and messages; an exception makes the
 /// result eR_Exception. A skipped test passes, with an information line that gives the reason. If modules that are
-/// loaded together have classes of the same name, only those of the first one run; a literal in the macro
-/// LUTESTSUITE_SUITE_PREFIX, defined before this header, comes in front of all names of a module.
+/// loaded together have classes of the same name, only those of the first one run; the macro LUTESTSUITE_SUITE_PREFIX,
+/// defined before this header, is a literal that precedes all class names of a module.
 ///
-/// Hidden tests ("[.]") are disabled cases. "[!mayfail]" and "[!shouldfail]" have their meaning. Other tags have no
-/// effect: -i and -e select by the names of classes and cases. A section is no case of its own, as its name is known
-/// only once its test has run.
+/// Hidden tests ("[.]") are disabled cases. "[!mayfail]" and "[!shouldfail]" keep their meaning. Other tags have no
+/// effect: -i and -e select by the names of classes and cases. Sections are not cases, because their names are known
+/// only after the test has run.
 ///
 /// If Catch2 could not register a test (a reserved tag, two tests with the same name and tags), the host ends with an
-/// error and runs no test, as the program does.
+/// error and runs no test, as the program would.
 ///
-/// The program's listeners see a test run for each case. Tests of one process run one after another, also on worker
-/// threads (-p); in child processes (-x -w 4) they run side by side. Random numbers start from seed 1. Benchmarks are
-/// skipped.
+/// The program's listeners see each case as a test run of its own. Tests of one process run one after another, also on
+/// worker threads (-p); in child processes (-x -w 4) they run side by side. Random numbers start from seed 1.
+/// Benchmarks are skipped.
 #pragma once
 
 #include <algorithm>
@@ -63,7 +63,7 @@
 namespace LuCatch2
 {
 
-// Each module has classes and objects of its own, as it has its own copy of Catch2.
+// Each module has its own classes and objects, because it has its own copy of Catch2.
 namespace
 {
 
@@ -100,7 +100,7 @@ public:
     }
 
 private:
-    // Not `"\n" + line`, of which GCC 12 warns.
+    // Not `"\n" + line`, because GCC 12 warns about it.
     static void addLine(std::string& text, std::string_view line)
     {
         text += '\n';
@@ -167,7 +167,7 @@ inline Catch::IEventListenerPtr makeReporters(LuForeignTests::CUnitTest& unitTes
     return reporters;
 }
 
-/// A session would compare the names of all tests of the program to find this one.
+/// Without a session, which would compare the names of all tests of the program to find this one.
 inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, const Catch::TestCaseHandle& test)
 {
     Catch::getCurrentMutableContext().setConfig(&getConfig());
@@ -228,7 +228,7 @@ inline void checkRegistration()
 
 inline void registerSuites()
 {
-    // Objects of the framework that would otherwise count as memory of the first case.
+    // Creates objects of the framework that would otherwise count as memory of the first case.
     Catch::getCurrentMutableContext().setConfig(&getConfig());
     checkRegistration();
     std::map<std::string, LuForeignTests::SSuite> suites;

@@ -1,5 +1,5 @@
-/// What googletest.h and catch2.h have in common: tests of another framework as unit tests. Not for use outside of
-/// them.
+/// What googletest.h and catch2.h have in common: tests of another framework as unit tests. Only these two use
+/// it.
 #pragma once
 
 #include <algorithm>
@@ -20,8 +20,8 @@
 #include "base/luunittest.h"
 
 #ifndef LUTESTSUITE_SUITE_PREFIX
-/// A literal in front of the name of each class, such as "Parser/". A module with suites that another module has, too,
-/// defines it before it includes the adapter.
+/// A literal in front of the name of each class, such as "Parser/". A module that has suites of the same names as
+/// another one defines the macro before it includes the adapter.
 #define LUTESTSUITE_SUITE_PREFIX ""
 #endif
 
@@ -82,7 +82,7 @@ public:
 
     bool IsSubtestDisabled(std::uint32_t subtest) const override { return m_suite.tests[subtest].isDisabled; }
 
-    /// Waits here, so that the time of the case begins when the test begins.
+    /// Waits for the lock here, so that the time of the case begins when the test begins.
     void PrepareSubtest() override
     {
         if (!m_lock.owns_lock())
@@ -91,7 +91,7 @@ public:
         }
     }
 
-    /// Reports a failure, or an information line, with its place; `line` is at most 0 if that is unknown.
+    /// Reports a failure, or an information line, with its place; `line` is 0 or less if the place is unknown.
     void Report(bool isError, const char* file, std::int64_t line, std::string_view message)
     {
         const std::wstring text = LbEncoding::FromUtf8(message);

@@ -1,4 +1,4 @@
-/// Makes the tests of a GoogleTest program cases of a test module. For GoogleTest 1.12 and later.
+/// Turns the tests of a GoogleTest program into cases of a test module. For GoogleTest 1.12 and later.
 ///
 /// The module consists of the program's sources without its `main`, linked with gtest (not gtest_main), and of one
 /// source that includes this header:
@@ -6,11 +6,11 @@
 ///     #include "testing/lutestsuite/googletest.h"
 ///
 /// Each suite becomes a class, each test a case. "/" in names (TEST_P, TYPED_TEST) becomes ".": the case "Reads.0" of
-/// the class "Files.Parser" is the test "Files/Parser.Reads/0". Tests and suites with "DISABLED_" in front are disabled
-/// cases. A failure becomes an error line with file and line; an exception makes the result eR_Exception. A skipped
-/// test passes, with an information line that gives the reason.
-/// If modules that are loaded together have suites of the same name, only those of the first one run; a literal in the
-/// macro LUTESTSUITE_SUITE_PREFIX, defined before this header, comes in front of all names of a module.
+/// the class "Files.Parser" is the test "Files/Parser.Reads/0". Tests and suites whose names begin with "DISABLED_" are
+/// disabled cases. A failure becomes an error line with file and line; an exception makes the result eR_Exception. A
+/// skipped test passes, with an information line that gives the reason. If modules that are loaded together have suites
+/// of the same name, only those of the first one run; the macro LUTESTSUITE_SUITE_PREFIX, defined before this header,
+/// is a literal that precedes all class names of a module.
 ///
 /// Each case sets up and tears down the global environments and its suite (SetUpTestSuite). Tests of one process run
 /// one after another, also on worker threads (-p); in child processes (-x -w 4) they run side by side. Options of
@@ -40,15 +40,15 @@
 namespace LuGoogleTest
 {
 
-// Each module has classes and objects of its own, as it has its own copy of GoogleTest.
+// Each module has its own classes and objects, because it has its own copy of GoogleTest.
 namespace
 {
 
 using Tests = std::vector<testing::TestInfo*>;
 
-/// GoogleTest visits all tests of the program for each run, so that a run of each single test would take quadratic
-/// time. Hence each suite has an empty list, except for the one test that is about to run. The list is private; an
-/// explicit instantiation may name it nevertheless.
+/// For each run, GoogleTest visits all tests of the program, so running each test by itself would take quadratic time.
+/// Therefore the lists of all suites are empty, except for the test that is about to run. The list is private, but an
+/// explicit instantiation may name it.
 Tests testing::TestSuite::*GetTestList();
 
 template<Tests testing::TestSuite::*List>
@@ -61,8 +61,8 @@ template struct STestList<&testing::TestSuite::test_info_list_>;
 
 #ifdef GTEST_OS_WINDOWS
 
-/// GoogleTest would start the host instead of the test, and take any end of the host for the death of the test. It
-/// fails each death test with the name of a style that it does not know.
+/// For a death test, GoogleTest would start the host instead of the test, and take any end of the host for the test's
+/// death. The name of an unknown style makes GoogleTest fail each death test.
 constexpr const char* c_DeathTestStyle = "Todestests gibt es nur unter Linux";
 
 /// A test may select another style. Then only the message of the last death test shows that there was one.
@@ -84,7 +84,7 @@ constexpr const char* c_DeathTestStyle = "fast";
 
 inline void forgetDeathTests() {}
 
-/// getDeathTestCommand fails those of another style.
+/// getDeathTestCommand makes death tests of another style fail.
 inline bool hasStartedDeathTest()
 {
     return false;
@@ -101,7 +101,7 @@ public:
     void OnTestStart(const testing::TestInfo& /*test*/) override
     {
         m_hasStarted = true;
-        // A global environment may have changed it.
+        // A global environment may have changed the style.
         GTEST_FLAG_SET(death_test_style, std::string(c_DeathTestStyle));
         forgetDeathTests();
     }
@@ -114,7 +114,7 @@ public:
         }
     }
 
-    /// GoogleTest calls it for one result at a time, also for those of other threads.
+    /// GoogleTest calls it for one result at a time, including results of other threads.
     void OnTestPartResult(const testing::TestPartResult& part) override
     {
         const std::string_view message = part.message();
@@ -153,7 +153,7 @@ private:
     bool m_hasException = false;
 };
 
-/// The value and the type of a test's parameter, which the failure does not tell.
+/// Reports the value and the type of a test's parameter, which the failure does not show.
 inline void reportParameters(LuForeignTests::CUnitTest& unitTest, const testing::TestInfo& test)
 {
     if (test.value_param() != nullptr)
@@ -180,12 +180,12 @@ private:
     Tests& m_list;
 };
 
-/// Owns a test that has been taken out of its suite, which would delete it.
+/// Owns a test that has been taken out of its suite, which would otherwise delete it.
 class COwnedTest : public INonCopyable
 {
 public:
     COwnedTest(testing::TestSuite& suite, testing::TestInfo* test) : m_list(suite.*GetTestList()), m_test(test) {}
-    /// If the process ends while the test runs, the list contains it.
+    /// If the process ends while the test runs, the suite's list contains it, and the suite would delete it again.
     ~COwnedTest() { m_list.clear(); }
 
 private:
@@ -197,7 +197,7 @@ inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, testing::Tes
 {
     const CListedTest listed(suite, test);
     testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
-    // GoogleTest owns it during the run and deletes it if the test ends the process.
+    // GoogleTest owns the listener during the run and deletes it if the test ends the process.
     auto* const listener = new CListener(unitTest);
     listeners.Append(listener);
     const bool hasPassed = RUN_ALL_TESTS() == 0;
@@ -209,10 +209,10 @@ inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, testing::Tes
     return listener->GetResult(hasPassed);
 }
 
-/// Options of environment variables that would change which tests run, how they end or where results go.
+/// Resets options from environment variables that would change which tests run, how they end or where results go.
 inline void resetOptions()
 {
-    // A string of its own, because GCC 12 warns of the assignment of a short literal.
+    // A string of its own, because GCC 12 warns about the assignment of a short literal.
     GTEST_FLAG_SET(filter, std::string("*"));
     GTEST_FLAG_SET(also_run_disabled_tests, true);
     GTEST_FLAG_SET(break_on_failure, false);
@@ -228,8 +228,8 @@ inline void resetOptions()
 }
 
 /// The command that GoogleTest starts for a death test in the style "threadsafe". It cannot be the host, which expects
-/// other arguments. This command prints its fourth word, and reports that the test is still alive to the descriptor at
-/// the end of the last argument that GoogleTest adds, so that the test fails.
+/// other arguments. This command prints its fourth word and makes the test fail: it reports that the test is still
+/// alive, to the descriptor named at the end of the last argument, which GoogleTest adds.
 inline std::vector<std::string> getDeathTestCommand()
 {
     return {"/bin/sh", "-c", "echo \"$0\" >&2; for last; do :; done; printf L >\"/proc/self/fd/${last##*|}\"",
@@ -238,7 +238,7 @@ inline std::vector<std::string> getDeathTestCommand()
 
 inline void prepare()
 {
-    // GoogleTest reads it for each run. It has no option for it.
+    // GoogleTest reads the variable for each run, and no option overrides it.
     if (std::getenv("GTEST_TOTAL_SHARDS") != nullptr)
     {
         throw std::wstring(L"Die Umgebungsvariable GTEST_TOTAL_SHARDS ist gesetzt: GoogleTest würde Tests auslassen");

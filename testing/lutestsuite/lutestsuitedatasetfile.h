@@ -13,8 +13,8 @@
 namespace LuTestSuite
 {
 
-/// Reads like a constant std::wstring and is assigned like one. A path that comes from the listing of a folder shares
-/// it with the paths of the other files, and becomes a text of its own only when it is read. A plain value: copied
+/// Reads like a constant std::wstring and is assigned like one. A path from the listing of a folder refers to the
+/// listing, as the other files' paths do, and becomes a text of its own only when it is read. A plain value: copied
 /// freely, used by one thread at a time.
 class LUTESTSUITE_API LuDataSetFile
 {

@@ -12,8 +12,8 @@ namespace IOC
 class CContainer;
 }
 
-/// Created once by the host before it calls the library, destroyed after; by one thread. It prepares the process so
-/// that test modules can be loaded, and keeps the working directory that the process started with.
+/// The host creates it once before it calls the library and destroys it afterwards, on one thread. It prepares the
+/// process so that test modules can be loaded, and keeps the working directory that the process started with.
 class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 {
 public:
@@ -36,15 +36,15 @@ public:
     /// stay loaded for the life of the process. The flag has no effect.
     void LoadDLL(const std::wstring& name, bool flag);
 
-    /// Uses each facility of the C library whose first use allocates memory, so that it does not count as growth of a
-    /// case. Any thread; each thread has its own data to warm up.
+    /// Uses each facility of the C library whose first use allocates memory, so that this memory does not count as
+    /// growth of a case. Any thread; each thread has its own data to warm up.
     static void PreallocateStaticData();
 
     /// Makes the executable's folder the working directory. No other thread may use relative paths meanwhile. A failure
     /// is traced (LbDiagnostics) and does not change the working directory; the same holds for restoring it.
     void SetExecutableDirectoryAsWorkingDirectory();
 
-    /// Restores the working directory of the construction; false if it no longer exists.
+    /// Restores the working directory saved by the constructor; false if it no longer exists.
     bool RestoreWorkingDirectory();
 
 private:

@@ -24,17 +24,17 @@ struct SHeapFunctions;
 /// operator new and delete included. Any number of trackers may be active; each counts every operation.
 ///
 /// The first Initialize patches the beginnings of the three functions, all or none of them; UnhookAll restores them.
-/// Where patching is impossible, a tracker silently counts nothing, and each Initialize tries again. That is so with a
-/// static run-time, with sanitizers, and while a thread blocks all signals; such a thread costs a wait of 2 s the first
-/// time and 0.1 s later.
+/// Where patching is impossible, a tracker silently counts nothing, and each Initialize tries again: with a static
+/// run-time, with sanitizers, and while a thread blocks all signals. Such a thread costs a wait of 2 s the first time
+/// and of 0.1 s later.
 ///
 /// A tracker does not see calloc, aligned allocations, and other functions that allocate without calling the three; a
 /// free of such a block counts as an operation. Calls that the run-time's realloc makes itself do not count. A null
-/// pointer is no block: a failed malloc counts as an operation without bytes, and a failed realloc keeps its block.
+/// pointer is not a block: a failed malloc counts as an operation without bytes, and a failed realloc keeps its block.
 ///
-/// While a tracker is active, one lock serialises the heap across the run-time's function and the report. So an address
-/// that another thread receives is never reported before its release. Without an active tracker nothing is locked. The
-/// trackers' own memory comes from the system in pages, so no tracker counts the memory of another.
+/// While a tracker is active, a single lock is held from the call of the run-time's function to the end of its report.
+/// So a reused address is never reported before its release. Without an active tracker nothing is locked. The trackers'
+/// own memory comes from the system in pages, so no tracker counts the memory of another.
 ///
 /// A process may fork while trackers are active. The child continues with copies of the trackers that the forking
 /// thread initialised. Trackers of other threads are unregistered in the child, since they may be on stacks that the
@@ -45,7 +45,7 @@ struct SHeapFunctions;
 class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
 {
 public:
-    /// What is counted, each kind by itself and all together by the numbers of operations.
+    /// The kinds of operations. Each kind has its own count; one sequence of numbers covers all kinds.
     enum class EOperation
     {
         Malloc = 0,  ///< new bytes
@@ -58,7 +58,7 @@ public:
     /// Other trackers go on counting, and the functions stay patched.
     ~LuTestSuiteHeapTracker() override;
 
-    /// Patches the functions and registers the tracker where that is still to be done, then resets the tracker.
+    /// Patches the functions and registers the tracker unless that is already done, then resets the tracker.
     void Initialize();
 
     /// Forgets all allocations and sets all counts and the operation number to zero. Breakpoints stay.

@@ -13,13 +13,13 @@
 ///
 ///     LuTestSuiteOut::Write(L"%s: %d\n", name, count).Bold().Color(LuColor::c_RED);
 ///
-/// Every copy is emitted by its own destruction. Any thread may build and emit lines; lines of different threads never
-/// interleave. The text carries its own line feeds; none is ever added.
+/// Each copy emits its line when it is destroyed. Any thread may build and emit lines; lines of different threads never
+/// interleave. The text contains its own line feeds; none is added.
 class LUTESTSUITE_API LuTestSuiteOut
 {
 public:
     /// Receives finished lines, from any thread that prints, one line at a time under the output lock: it must not wait
-    /// for another thread that may print. What it throws is dropped.
+    /// for another thread that may print. Exceptions are dropped.
     class LUTESTSUITE_API LuCustomOut
     {
     public:

@@ -12,8 +12,8 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
-/// Static operations only; any thread may call them. Files are 8-bit text, ISO-8859-1, see LuStreamWriteASCIIFile. A
-/// report that cannot be written costs one line of output and throws nothing.
+/// Static operations only; any thread may call them. Files are 8-bit text, ISO-8859-1, see LuStreamWriteASCIIFile. If a
+/// report cannot be written, the operation prints one line and throws nothing.
 class LUTESTSUITE_API LuTestSuiteReport
 {
 public:
@@ -21,11 +21,11 @@ public:
 
     // The record ------------------------------------------------------------------------------------------------------
 
-    /// How reports class the result of a case.
+    /// How reports classify the result of a case.
     enum EReportResult : std::uint32_t
     {
         eRR_Success = 0,
-        eRR_Failure = 1, ///< failed in a foreseen way
+        eRR_Failure = 1, ///< completed, but did not succeed
         eRR_Error = 2    ///< did not complete
     };
 
@@ -46,7 +46,7 @@ public:
     struct SReportClass
     {
         std::wstring Name;
-        std::uint32_t CasesTotal = 0; ///< case runs, as all counts
+        std::uint32_t CasesTotal = 0; ///< in case runs, like all counts
         std::uint32_t Successful = 0;
         std::uint32_t Errors = 0;
         std::uint32_t Failures = 0;
@@ -61,7 +61,7 @@ public:
         std::uint32_t Id = 0; ///< position among the planned case runs
         std::wstring ClassName;
         std::wstring CaseName;
-        float Time = 0.0F;            ///< seconds, as all times
+        float Time = 0.0F;            ///< seconds, like all times
         std::uint64_t Memory = 0;     ///< highest heap use, bytes
         std::int64_t MemoryDelta = 0; ///< bytes still allocated when the case ended
         LuTestSuiteRun::ECaseRunResult Result = LuTestSuiteRun::ECaseRunResult::Ok;
@@ -70,7 +70,7 @@ public:
         std::vector<SReportDump> Dumps;
     };
 
-    /// All that any report shows of a run. Moved, not copied.
+    /// All that the reports show of a run. Moved, not copied.
     struct SReportData
     {
         std::wstring BuildConfiguration;
@@ -133,8 +133,8 @@ public:
                                        const SReportData& a, const SReportData& b, bool writeCss, bool writeJs,
                                        bool smallReport, bool tolerateWarnings);
 
-    /// Writes "<name>.html" in `root`: the reports in its folder `subDirectory` whose names begin with `reportPrefix`,
-    /// with a link to each and to its comparison with the next older one, which is written when it is missing.
+    /// Writes "<name>.html" in `root`: a list of the reports in `root`'s folder `subDirectory` whose names begin with
+    /// `reportPrefix`, with links to each and to its comparison with the next older one. Writes missing comparisons.
     static void GenerateReportDirectoryOverview(const std::wstring& root, const std::wstring& name,
                                                 const std::wstring& subDirectory, const std::wstring& reportPrefix);
 
@@ -145,7 +145,7 @@ public:
 
     static EReportResult getReportResult(LuTestSuiteRun::ECaseRunResult result);
 
-    /// Adds up the nine counts of results by their class, and returns the sum of all.
+    /// Adds up the nine counts of results by EReportResult, and returns the sum of all.
     static std::uint32_t getReportCounts(const LuTestSuiteRun::SStats::SCounts& counts, SReportCounts& reportCounts);
 
     /// The name of a result in XML reports. NoMatchingCase has the name of Unknown.
@@ -160,7 +160,7 @@ public:
     /// Converts nanoseconds to seconds.
     static float toSeconds(std::uint64_t nanoseconds);
 
-    /// Processor, clock and memory of the machine; and its graphics adapter, empty when there is none.
+    /// Processor, clock and memory of the machine; the machine's graphics adapter, empty if it has none.
     static std::wstring getCPUInfo();
     static std::wstring getGPUInfo();
 };

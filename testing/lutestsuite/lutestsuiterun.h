@@ -82,7 +82,7 @@ enum class ETargetSystem : std::uint32_t
 {
 };
 
-/// "No limit" of the time-out and the case maximum, -1 on the command line's scale.
+/// "No limit" for the time-out and the case maximum; -1 on the command line.
 inline constexpr std::uint32_t c_NoLimit = std::numeric_limits<std::uint32_t>::max();
 
 /// "Never", for the two breakpoints.
@@ -149,11 +149,11 @@ struct SStats
     std::uint32_t unitTestsExecuted = 0;                                   ///< with at least one executed case
     std::uint32_t unitTestsPassed = 0;                                     ///< of these, every executed case is Ok
     std::uint32_t unitTestsPassedWithoutWarning = 0;                       ///< of these, none with a warning
-    std::uint64_t caseTimeMin = std::numeric_limits<std::uint64_t>::max(); ///< nanoseconds, as all times
+    std::uint64_t caseTimeMin = std::numeric_limits<std::uint64_t>::max(); ///< nanoseconds, like all times
     std::uint64_t caseTimeMax = 0;
     std::uint64_t caseTimeSum = 0;
     std::uint64_t totalTime = 0;
-    std::uint64_t peakMemoryMin = std::numeric_limits<std::uint64_t>::max(); ///< bytes, as all memory
+    std::uint64_t peakMemoryMin = std::numeric_limits<std::uint64_t>::max(); ///< bytes, like all memory
     std::uint64_t peakMemoryMax = 0;
     std::uint64_t peakMemorySum = 0;
     std::wstring startTime; ///< local time, "Y-m-d H:i:s"
@@ -180,13 +180,13 @@ struct SCallbacks
 /// Prints a line per case and the summary, and writes the reports that the setup requests.
 ///
 /// The calling thread prints everything and calls the setup's resultCallback. All executing threads call its
-/// checkCallback, one at a time; it must not wait for another of them. While cases run, the executable's folder is the
-/// working directory; the environment's working directory is restored before the reports are written, and when an
-/// exception leaves the run.
+/// checkCallback, one at a time; the callback must not wait for another of these threads. While cases run, the
+/// executable's folder is the working directory; the environment's working directory is restored before the reports are
+/// written, and when an exception leaves the run.
 ///
 /// A failure inside a case becomes the case's result; a report that cannot be written prints a line. Exceptions of
 /// discovery and selection pass through. Throws LbException if the objects shared with child processes cannot be
-/// created, and ahead of all cases if a report has a relative path and there is no working directory.
+/// created, and before any case if a report has a relative path and there is no working directory.
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
 /// Serves a parent run as its child process: runs the cases that arrive through the shared objects named in the setup,
@@ -195,11 +195,11 @@ LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnviron
 LUTESTSUITE_API void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
 /// Re-creates the stored reference data of cases instead of checking against it: calls each unit test that implements
-/// IUnitTestRecreate, case by case, and prints each outcome. The host loads the modules before. Data directories are
-/// full paths, because the executable's folder is the working directory meanwhile. Unit tests receive `targetSystem`
-/// and `option` as IUnitTestRecreate::SRequest. Both callbacks must be set; the notification always receives Ok. A
-/// failing case prints a line; exceptions of callbacks pass through. Call it on the thread that created the
-/// environment.
+/// IUnitTestRecreate, case by case, and prints each outcome. The host must have loaded the modules. Data directories
+/// must be full paths, because the executable's folder is the working directory meanwhile. Unit tests receive
+/// `targetSystem` and `option` as IUnitTestRecreate::SRequest. Both callbacks must be set; the notification always
+/// receives Ok. A failing case prints a line; exceptions of callbacks pass through. Call it on the thread that created
+/// the environment.
 LUTESTSUITE_API void Recreate(LuTestSuiteEnvironment& environment, const std::vector<LuTestSuite::SUnitTest>& unitTests,
                               ETargetSystem targetSystem, bool option, const SCallbacks& callbacks);
 

@@ -106,7 +106,7 @@ public:
     virtual void OnEnded(const SRunResult& result);
 };
 
-/// How a watched run differs from others.
+/// Options of a run with an observer.
 struct SRunOptions
 {
     std::uint32_t attempt = 1; ///< passed on in SRunPlanned, for an observer of several runs; more than 1 if the host

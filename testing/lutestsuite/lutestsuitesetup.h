@@ -52,7 +52,7 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     std::wstring archiveRun;              ///< "file:name" of an archive run
     EDuplicateMode duplicateMode = eDM_None;
     bool listDisabled = false;      ///< list the disabled cases
-    std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list, without ending
+    std::vector<std::wstring> dlls; ///< test modules to load besides the fixed list, without extension
     std::wstring memoryId;          ///< names of the objects shared with a parent run
     std::wstring requestEventId;
     std::wstring responseEventId;

@@ -84,7 +84,7 @@ public:
 
     /// Reads a configuration file into `data`. Missing keys leave their fields unchanged, a missing file leaves all
     /// fields unchanged; history and selection are appended. Throws a German message as std::wstring: "XML-Syntax
-    /// Fehler" if the file is no configuration, or a message that it cannot be read.
+    /// Fehler" if the file is not a configuration, otherwise that it cannot be read.
     static void ReadConfigXML(const std::wstring& path, SConfigFileData& data);
 
     /// Accepts exactly "true" or "false"; any other or missing text leaves `value` unchanged.
@@ -108,9 +108,9 @@ public:
     /// Finds the unit tests of a data directory: a folder named after a registered class derived from LuUnitTest is
     /// that class's data directory and is not searched further. Prints a warning for a folder that cannot become a unit
     /// test. Folders are in the order of the file system; the last sub-folder of a folder is searched first. Skips
-    /// folders with
-    /// ".svn" in their names, and searches linked folders once. `removeDisabled` removes cases that their description
-    /// disables, and unit tests left without cases. An empty `dataDir` has no unit tests. Throws nothing of its own.
+    /// folders with ".svn" in their names, and searches linked folders once. `removeDisabled` removes cases that their
+    /// description disables, and unit tests left without cases. An empty `dataDir` has no unit tests. Throws no
+    /// exceptions of its own.
     static std::vector<LuTestSuite::SUnitTest> ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                          bool removeDisabled);
 
@@ -125,8 +125,8 @@ public:
     /// With `noRegex` a pattern is a literal suffix of the path name. Character classes such as "\w" contain only ASCII
     /// characters. Excludes win over includes. Names stored in the configuration file are class name, ":", case name.
     /// Without includes and stored names all cases are included. Keeps at least one selected case, even if `maxCases`
-    /// is 0. Throws a German message as std::wstring that names an invalid pattern, a pattern for which the stack does
-    /// not suffice, or the error in the configuration file. Throws LbException if a pattern needs a thread of its own
+    /// is 0. Throws a German message as std::wstring that names an invalid pattern, a pattern that needs too much
+    /// stack, or the error in the configuration file. Throws LbException if a pattern needs a thread of its own
     /// (look-aheads, word boundaries, back-references) and the system has none.
     static void FilterTestCases(std::vector<LuTestSuite::SUnitTest>& tests, const std::wstring& includeConfigPath,
                                 const std::vector<std::wstring>& includes, const std::vector<std::wstring>& excludes,
@@ -139,8 +139,8 @@ public:
 
     // Paths and texts -------------------------------------------------------------------------------------------------
 
-    /// Appends the platform's separator unless the path ends with one (also to an empty path), and removes one trailing
-    /// separator. Nothing else changes.
+    /// AddBackslash appends the platform's separator unless the path ends with one, also to an empty path.
+    /// RemoveBackslash removes one trailing separator. Nothing else changes.
     static std::wstring AddBackslash(const std::wstring& path);
     static std::wstring RemoveBackslash(const std::wstring& path);
 
@@ -227,13 +227,13 @@ public:
     /// through.
     static void ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-    /// Carries out the run that the setup's "file:name" names, in a child process of the configured host, which may
-    /// take up to 8 hours. Moves its reports to the archive and renews the archive's overview. The child's exit status
-    /// does not matter. Prints a line for a name that the file does not contain and for a report that cannot be moved.
-    /// Throws a German message as std::wstring if the file is wrong or missing, or names something that is.
+    /// Carries out the run that the setup's "file:name" names, in a child process of the configured host, for at most 8
+    /// hours. Moves its reports to the archive and updates the archive's overview. The child's exit status does not
+    /// matter. Prints a line for a name that the file does not contain and for a report that cannot be moved. Throws a
+    /// German message as std::wstring if the file is invalid or missing, or if a file or folder that it names is.
     static void RunArchiveMode(const LuTestSuiteSetup& setup);
 
-    /// Finds selected data sets of one unit test whose files have equal contents. Depending on the setup's duplicate
+    /// Finds, in each unit test, selected data sets whose files have equal contents. Depending on the setup's duplicate
     /// mode, lists them, or deletes all but the oldest of each set; eDM_None only prints the names of the unit tests.
     /// Ignores files of 4 GiB and more. Prints a line for a file that cannot be read or deleted. Exceptions of the
     /// selection pass through.
