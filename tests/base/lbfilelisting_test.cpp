@@ -163,7 +163,7 @@ TEST_F(FileListing, ListsEachFileOfSeveralWildcardsOnceAndInOrder)
     EXPECT_THAT(GetMatches(*listing, {}, {}), IsEmpty());
 }
 
-/// The plain way: each character and each length of a star is tried.
+/// Reference implementation: tries every length for each star.
 bool MatchesPlainly(std::wstring_view name, std::wstring_view wildcard)
 {
     if (wildcard.empty())

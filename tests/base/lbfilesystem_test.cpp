@@ -21,7 +21,7 @@ namespace
 
 using Names = std::vector<std::wstring>;
 
-/// Writes the text as a whole file; with `isFull` fails half-way.
+/// Writes the text with WriteWhole. With `isFull`, writing fails as if the disk were full.
 void writeWhole(const std::wstring& path, const std::string& text, bool isFull = false)
 {
     LbFileSystem::WriteWhole(path, [&](const std::wstring& place) {

@@ -1,4 +1,4 @@
-/// Compares random conversions with those of the C library where it defines them equally, and across platforms.
+/// Compares random conversions with those of the C library, where both are defined equally, and between platforms.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -19,7 +19,7 @@
 namespace
 {
 
-/// The platforms whose C library uses UTF-32 also define wide text as "%ls"; the others have their own definition.
+/// C libraries with UTF-32 define wide text as "%ls", so they can be the reference. The others have other definitions.
 constexpr bool c_HasReference = sizeof(wchar_t) == 4;
 constexpr std::size_t c_CallCount = 10'000;
 /// Large enough for the longest long double with its width.

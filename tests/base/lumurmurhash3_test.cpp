@@ -33,8 +33,8 @@ TEST(LuMurmurHash3, ReturnsZeroForEmptyInput)
     EXPECT_EQ(LuMurmurHash3::GetOptimizedChecksum128(nullptr, 0, 0), (S128{0, 0}));
 }
 
-/// The algorithm's published verification: keys of 0 to 255 bytes, each with its own seed, and the checksum of all
-/// their checksums.
+/// The published verification of the algorithm: hashes keys of 0 to 255 bytes, each with its own seed, then hashes all
+/// results.
 TEST(LuMurmurHash3, PassesTheVerificationOfTheAlgorithm)
 {
     constexpr std::uint32_t c_Keys = 256;
@@ -63,7 +63,7 @@ TEST(LuMurmurHash3, DependsOnTheLength)
     EXPECT_FALSE(hash(std::string_view("\0", 1)) == hash(std::string_view("\0\0", 2)));
 }
 
-/// Memory into which bytes arrive singly or many at once; bytes that have not arrived have wrong values.
+/// The bytes arrive in memory one at a time or many at once; until then their places hold wrong values.
 TEST(LuMurmurHash3, WaitsForTheBytesThatItReads)
 {
     for (const std::size_t step : {1U, 7U, 16U, 100U, 5000U})

@@ -1,4 +1,4 @@
-/// Objects for one sub-test whose classes replace the stream or the directory that they are given.
+/// Objects created for one sub-test, of classes that replace the given stream or directory.
 
 #include "base/luunittest.h"
 
@@ -13,7 +13,7 @@
 namespace
 {
 
-/// Has its files in a folder below the one that it is given.
+/// Has its files in a folder below the given one.
 class CBelowItsFolder : public LuUnitTest
 {
     LB_RTTI(CBelowItsFolder)
@@ -28,7 +28,7 @@ class CBelowItsFolder : public LuUnitTest
     }
 };
 
-/// Passes its lines on with a mark, and runs its second sub-test in the first one.
+/// Marks its lines before it passes them on. Its first sub-test runs the second one.
 class CMarksMessages : public LuUnitTest
 {
     LB_RTTI(CMarksMessages)
@@ -52,7 +52,7 @@ class CMarksMessages : public LuUnitTest
     SMarked m_marked;
 };
 
-/// Keeps the stream for itself.
+/// Keeps the stream and does not pass it to the base class.
 class CKeepsMessages : public LuUnitTest
 {
     LB_RTTI(CKeepsMessages)

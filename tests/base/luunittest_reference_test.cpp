@@ -201,7 +201,7 @@ TEST_F(CompareWithReference, LeavesNoDataSets)
 class CountRuns : public CompareWithReference
 {
 protected:
-    /// A comparison in another run than that of the calls before.
+    /// Compares in a new run, so that the comparison does not belong to the run of earlier ones.
     void CompareInNewRun(const char* received)
     {
         const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, LbUniqueId::Generate());

@@ -91,7 +91,7 @@ class CBelowForwardsRun : public CForwardsRun
     LB_RTTI(CBelowForwardsRun)
 };
 
-/// Has no record of its own.
+/// Has no class record of its own.
 class CUnrecorded : public CSelectable
 {
     std::wstring GetSubtestName(std::uint32_t subtest) const override
@@ -113,7 +113,7 @@ class CRenames : public LuUnitTest
     std::wstring GetSubtestName(std::uint32_t subtest) const override { return std::to_wstring(subtest % 2); }
 };
 
-/// As many sub-tests as there are names; counts how often one is asked for.
+/// Has a sub-test for each of `s_names`; counts the requests for names.
 class CAsked : public LuUnitTest
 {
     LB_RTTI(CAsked)
@@ -134,7 +134,7 @@ public:
 std::vector<std::wstring> CAsked::s_names;
 std::uint32_t CAsked::s_questions = 0;
 
-/// Shows files under names of its own.
+/// Adds a prefix to the names of its files.
 class CNamesFiles : public LuUnitTest
 {
     LB_RTTI(CNamesFiles)
@@ -218,7 +218,7 @@ protected:
         return true;
     }
 
-    /// The sub-test's own call, without the calls that precede it.
+    /// The last recorded call, which is that of the sub-test itself.
     template<typename UnitTest>
     std::wstring GetCall(const std::wstring& name)
     {
@@ -339,7 +339,7 @@ TEST_F(SelectedSubtest, HasNoFilesWithoutADataDirectory)
     EXPECT_EQ(m_record.calls.back(), L"named like a file");
 }
 
-/// Finds names in objects of a class that names its sub-tests itself, each time in a new object.
+/// Searches for names in a class that overrides GetSubtestName. Each search uses a new object.
 class NamedByTheClass : public SelectedSubtest
 {
 protected:
@@ -351,7 +351,7 @@ protected:
         return unitTest.FindSubtest(name);
     }
 
-    /// Each test has its own directory, so that no test finds names that another test has made known.
+    /// Each test has its own directory, so that no test uses what the searches of another test have found.
     static std::wstring GetUniqueDirectory()
     {
         return LbEncoding::FromUtf8(testing::UnitTest::GetInstance()->current_test_info()->name());

@@ -12,7 +12,7 @@
 namespace
 {
 
-/// Sub-tests with these names, in a folder of their own; counts how often a name is asked for.
+/// Searches for names among `m_names`, in its own folder; counts how often the search requests a name.
 class SubtestSearch : public testing::Test
 {
 protected:

@@ -33,7 +33,7 @@ def listed():
 
 
 def dependencies_of(packages):
-    """Names, without the versions of alternatives."""
+    """The names of all dependencies, alternatives included, without versions."""
     text = output_of("dpkg-query", "-W", "-f", "${Depends},${Pre-Depends},", *sorted(packages))
     return {match[1] for match in re.finditer(r"(?:^|[,|])\s*([a-z0-9][a-z0-9+.-]*)", text)}
 
@@ -84,13 +84,13 @@ class BuildPackages(unittest.TestCase):
 
     def test_are_used(self):
         needless = {package for package in listed() if not ({package} | dependencies_of([package])) & self.used}
-        # For projects that use the installation.
+        # make is only for projects that use the installation.
         self.assertEqual(needless, {"make"})
 
 
 class TestPackages(unittest.TestCase):
     def test_are_installed_by_the_command_that_runs_the_tests(self):
-        """Tests that name a part of the script are skipped without it, and so is a command of gcovr."""
+        """Installs the part for gcovr and each part that a test names when it is skipped without it."""
         sources = [*(ROOT / "tests").rglob("*.py"), *(path for path in (ROOT / "scripts").iterdir() if path.is_file())]
         skipped = [re.findall(r"run:? scripts/setup ([a-z]+)", path.read_text("utf-8")) for path in sources]
         parts = re.search(r"^parts=\((.*)\)$", (ROOT / "scripts" / "run-tests").read_text("utf-8"), re.MULTILINE)

@@ -16,12 +16,12 @@
 namespace
 {
 
-/// A copy of the host under another name, with its libraries but without a host beside it.
+/// Copies the host under another name, with its libraries, into a folder that contains no other host. Returns its path.
 std::wstring copyHost(const ScopedFolder& folder)
 {
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(GetBinaryFolder())))
     {
-        // On Linux programs ask for the name with the version behind the suffix.
+        // On Linux, the suffix may be followed by the version in the name by which programs load a library.
         if (entry.path().filename().wstring().find(LbOs::c_ModuleSuffix) != std::wstring::npos)
         {
             std::filesystem::copy_file(entry.path(), folder.GetPathOf(entry.path().filename().wstring()));
@@ -91,7 +91,7 @@ TEST_P(HostChildrenMode, ServeAfterACaseOfTheHostHasClosedAllFiles)
 
 INSTANTIATE_TEST_SUITE_P(Options, HostChildrenMode, testing::Values(L"-x", L"-s"));
 
-/// With many workers, each of which has files open for its child.
+/// Runs with many workers. Each of them has files open for its child.
 class HostChildrenParallel : public testing::Test
 {
 protected:
@@ -125,7 +125,7 @@ TEST_F(HostChildrenParallel, AreAllStartedUnderALowSoftLimitOfOpenFiles)
     const SHostRun run = Run(L"256", options);
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
-    // The limit that the host raises for itself does not reach the cases.
+    // The host raises the limit for itself only: cases see the original one.
     EXPECT_EQ(countIn(m_report, "info\">1024<"), 600U);
 }
 
@@ -140,7 +140,7 @@ TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
     EXPECT_EQ(countIn(m_report, "info\">64<"), 600U);
 }
 
-/// Includes children that are started in advance.
+/// Isolated cases also have spare children, which are started in advance.
 TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
 {
     SHostOptions options;

@@ -1,4 +1,4 @@
-// What a case costs the host beside time.
+// What a case costs the host apart from time.
 
 #include <cstddef>
 #include <optional>
@@ -16,7 +16,7 @@
 namespace
 {
 
-/// The number of writes to standard output by a run of this number of passing cases.
+/// The number of times that a run of `cases` passing cases writes to standard output.
 std::optional<std::size_t> countWrites(std::size_t cases, const std::wstring& options)
 {
     const ScopedFolder folder;

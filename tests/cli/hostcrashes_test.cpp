@@ -24,7 +24,7 @@ constexpr bool c_HasSanitizer = true;
 constexpr bool c_HasSanitizer = false;
 #endif
 
-/// The exit status of a program that a signal has ended; with a shell in between, the status that the shell derives.
+/// True if the signal ended the program. If a shell started it, the status is 128 plus the signal.
 bool isEndBy(int signal, int status)
 {
     return status == -signal || status == 128 + signal;

@@ -115,7 +115,8 @@ TEST_F(HostHeap, TwentyTrackedRunsOfTheExamplesGiveNoFalseWarning)
     }
 }
 
-// Parallel cases in one process see each other's blocks, so this omits the class with lasting cases.
+// Parallel cases in one process see each other's blocks, so this omits the class whose cases never run in child
+// processes.
 TEST_F(HostHeap, TrackedParallelChildProcessesGiveNoFalseWarning)
 {
     const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";

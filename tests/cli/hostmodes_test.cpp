@@ -223,7 +223,7 @@ protected:
         return names;
     }
 
-    /// Renames the only archived run to an earlier year: two runs in one second would have the same name.
+    /// Changes the year of the only archived run: two runs in one second would have the same name.
     void PutBack() const
     {
         const std::wstring folder = m_folder.GetPathOf(L"Ausgabe/Archive") + LbPath::c_Separator;
@@ -329,7 +329,7 @@ TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
     }
 }
 
-/// The shipped configuration with the folders of this build and this test, and its run for this platform.
+/// Uses the shipped configuration with the folders of this build and this test, and its run for this platform.
 TEST_F(HostArchive, RunsTheExampleOnTwoDays)
 {
     const std::wstring value = WriteExample();

@@ -17,7 +17,7 @@ namespace
 
 using Names = std::vector<std::wstring>;
 
-/// The reports of a host's run that is started in its own folder.
+/// Reports of runs whose host starts in the test's folder.
 class HostReports : public testing::Test
 {
 protected:

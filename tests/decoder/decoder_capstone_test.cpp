@@ -104,7 +104,7 @@ protected:
         }
     }
 
-    /// Each function in the unwind table, completely.
+    /// Compares each function of the unwind table completely.
     void compareFunctions(const std::string& path)
     {
         for (const SCodeSection& section : ReadCodeSections(path))
@@ -119,7 +119,7 @@ protected:
         }
     }
 
-    /// Each exported function up to its first return; the shortest functions are in no unwind table.
+    /// Compares each exported function up to its first return, because the unwind table lacks the shortest functions.
     void compareExports(const std::string& path)
     {
         for (const SCodeSection& section : ReadCodeSections(path))

@@ -1,6 +1,6 @@
-# Configures a project that contains this one, checks that this one adds nothing that was not requested, and all that
-# was, builds it and runs its tests, also as tests of CTest.
-# Expects: SOURCE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
+# Configures a project that contains this one and checks that this one adds everything that was requested and nothing
+# else. Builds the project and runs its tests, also as tests of CTest. Expects: SOURCE, WORK, CONFIG, GENERATOR,
+# TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
 
 # A script has no project that sets policies.
 cmake_policy(VERSION 3.25)
@@ -30,7 +30,7 @@ function(expect_nothing_else_in folder)
     list(SORT expected)
     expect_equal("Targets" targets expected)
 
-    # Our own names, and results of searches and checks.
+    # Removes our own names, and those of results of searches and checks.
     list(FILTER cache EXCLUDE REGEX "^(LUTESTSUITE|LuTestSuite|OpenMP|pugixml|FIND_PACKAGE_MESSAGE_DETAILS)_")
     list(FILTER cache EXCLUDE REGEX "^CMAKE_HAVE_LIBC_PTHREAD$")
     list(FILTER variables EXCLUDE REGEX "^(lutestsuite_|__)")
@@ -65,7 +65,7 @@ foreach(method add_subdirectory FetchContent)
     expect_nothing_else_in("${WORK}/${method}")
 endforeach()
 
-# With what it is asked for. Nothing is built here.
+# Requests everything. This project is only configured, not built.
 file(MAKE_DIRECTORY "${WORK}/all")
 configure(add_subdirectory "${WORK}/all" -DLUTESTSUITE_INSTALL=ON -DLUTESTSUITE_BUILD_TESTS=ON
     -DLUTESTSUITE_BUILD_EXAMPLES=ON -DLUTESTSUITE_BUILD_BENCHMARKS=ON -DDISCOVER=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")

@@ -132,7 +132,7 @@ expect("100% tests passed, 0 tests failed out of 1")
 run(0 ${ctest} -R "^other\\.")
 expect("100% tests passed, 0 tests failed out of 1")
 
-# The variables of the tests are those of the search for cases.
+# The tests and the search for cases use the same environment variables.
 if(asan_library)
     run(0 ${ctest} -R "^checked\\.")
     expect("100% tests passed, 0 tests failed out of 1")
@@ -143,7 +143,7 @@ file(WRITE "${build}/data/geometry/CShapes/new.shape" "x")
 run(0 ${ctest} -R "new.shape")
 expect("100% tests passed, 0 tests failed out of 1")
 
-# Cases that cannot be listed do not vanish.
+# If cases cannot be listed, a test that fails replaces them.
 run(8 ${ctest} --output-on-failure -L quick -R "^lost\\.")
 expect("lost.LostShapes.discovery")
 expect("Fehler: ")
@@ -153,11 +153,11 @@ expect("Fehler: Das Modul 'MissingShapes' fehlt")
 run(8 ${ctest} --output-on-failure -R "^unbuilt\\.")
 expect("unbuilt.UnbuiltShapes.discovery")
 expect("UnbuiltShapes has not been built.")
-# Found after the build, cases that cannot be listed fail the build.
+# If the build lists the cases and cannot do so, the build fails.
 run(1 "${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}" --target BrokenShapes)
 expect("Fehler: ")
 
-# CMake prints messages in lines of its own.
+# CMake breaks messages into lines, so only one word of each is compared.
 run(1 "${CMAKE_COMMAND}" -DMISTAKE=bracket "${build}")
 expect("counterpart")
 run(1 "${CMAKE_COMMAND}" -DMISTAKE=folder "${build}")

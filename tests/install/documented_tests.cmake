@@ -35,7 +35,7 @@ run("${CMAKE_COMMAND}" -S "${project}" -B "${build}" -G "${GENERATOR}" "-DCMAKE_
     "-DCMAKE_BUILD_TYPE=${CONFIG}")
 run("${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}")
 
-# The fixture and what removes it, two cases, the class, and a case.
+# Six tests: the fixture and its removal, two cases, the class, and a case.
 run("${CMAKE_CTEST_COMMAND}" --test-dir "${build}" -C "${CONFIG}")
 expect_lines("${output}" "100% tests passed, 0 tests failed out of 6" "CMeshTest:axle.part" "meshes ")
 # CTest adds the fixture and its removal to a selection.

@@ -1,4 +1,4 @@
-# Builds a project of docs/migration.md with its framework as FetchContent provides it, against an install tree, and
+# Builds a project of docs/migration.md against an install tree, with its framework as FetchContent provides it, and
 # runs its tests. Expects: FRAMEWORK (googletest or catch2), FRAMEWORK_SOURCE, SOURCE, BUILD_TREE, WORK, CONFIG,
 # GENERATOR, LAUNCHER.
 

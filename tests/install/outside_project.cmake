@@ -16,7 +16,7 @@ endfunction()
 # Removes the files of earlier runs.
 file(REMOVE_RECURSE "${WORK}")
 
-# The components are parts of the whole, and the host of one of them runs alone.
+# Each component is a part of the whole, and the host of the component "runtime" runs without the other one.
 install_into("${WORK}/first")
 install_into("${WORK}/runtime" --component runtime)
 install_into("${WORK}/development" --component development)
@@ -82,7 +82,7 @@ set(calls "${WORK}/calls/")
 file(MAKE_DIRECTORY "${calls}" "${user}")
 set(command "${drive}${build}/bin/OutsideHost${suffix}" "${drive}${source}/data/" "${drive}${calls}")
 if(suffix STREQUAL ".exe")
-    # Wine sets the variable anew for each program that is started from outside.
+    # Wine resets APPDATA for each program that is started from outside, so a batch file sets it.
     string(REPLACE "/" "\\" native_user "${drive}${user}")
     list(JOIN command "\" \"" words)
     file(WRITE "${WORK}/calls.bat" "@set APPDATA=${native_user}\r\n@\"${words}\"\r\n")

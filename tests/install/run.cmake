@@ -25,7 +25,7 @@ function(expect_lines text)
     endforeach()
 endfunction()
 
-# The last two are names of lists.
+# `found_name` and `expected_name` are names of lists.
 function(expect_equal what found_name expected_name)
     if(NOT "${${found_name}}" STREQUAL "${${expected_name}}")
         list(JOIN ${found_name} "\n  " found_lines)

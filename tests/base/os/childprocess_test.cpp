@@ -61,7 +61,7 @@ TEST(OsChildProcess, HasAnExitStatusAfterTermination)
     EXPECT_EQ(child->GetExitStatus(), LbPath::c_Separator == L'\\' ? 0 : -9);
 }
 
-/// No status if the system has discarded it, so that a crashed process cannot pass as one that exited.
+/// The status to expect. If the system discards it, there must be none: a crash could otherwise pass as a normal exit.
 std::optional<std::int64_t> getStatusIfRemembered(std::int64_t status)
 {
     return LbOs::RemembersForgottenChildren() ? std::optional(status) : std::nullopt;
@@ -136,7 +136,7 @@ TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)
     EXPECT_FALSE(child->IsRunning());
 }
 
-/// Another worker's case may close them.
+/// A case on another worker may close files of this process.
 TEST(OsChildProcess, StartsWhileOthersCloseFiles)
 {
     const std::optional<int> status = LbOs::RunInFork([] {
@@ -211,7 +211,7 @@ TEST(OsChildProcess, ReceivesItsArgumentsUnchanged)
                                                     LbEncoding::ToUtf8(LbPath::WithoutSeparator(directory)) + "\n");
 }
 
-/// Tests run in the folder of the programs.
+/// Tests run in the folder of the programs, so the relative path is valid there.
 TEST(OsChildProcess, FindsARelativeProgramFromTheCallersFolder)
 {
     const ScopedFolder folder;
@@ -270,7 +270,7 @@ TEST(OsChildProcess, RunsUntilItIsTerminated)
     EXPECT_FALSE(child->IsRunning());
 }
 
-/// Other code has closed the handle of the process.
+/// A child whose handle other code has closed.
 class OsChildProcessWithoutHandle : public testing::Test
 {
 protected:

@@ -78,7 +78,7 @@ TEST(OsChildProcessTrees, LeavesTheProcessesOfOthersAlone)
     EXPECT_TRUE(line.IsAlive());
 }
 
-/// Asks until the answer is yes; false after half a minute.
+/// Calls `ask` until it returns true; false after half a minute.
 template<typename F>
 bool WaitUntil(const F& ask)
 {
@@ -94,7 +94,7 @@ bool WaitUntil(const F& ask)
     return true;
 }
 
-/// How a process starts another: as a command of the probe.
+/// The parameter is the probe's command that starts another process.
 class OsChildProcessTree : public testing::TestWithParam<const wchar_t*>
 {
 };
@@ -148,7 +148,7 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
 
-    // The owner's child leads a group of its own, so that this reaches the owner alone.
+    // The owner's child leads its own group, so this ends only the owner.
     owner->Terminate();
 
     // The process that watches over the owner needs a moment.

@@ -23,7 +23,7 @@ constexpr bool c_HasHandlersOfItsOwn = true;
 constexpr bool c_HasHandlersOfItsOwn = false;
 #endif
 
-/// A crash as named for the probe, and the exit status of the process.
+/// The probe's name for a crash, and the exit status of the crashed process.
 struct SCrash
 {
     const wchar_t* how;

@@ -21,7 +21,7 @@ namespace
 
 using Entries = std::map<std::wstring, bool>;
 
-/// Names, each with a flag for directories.
+/// The names in a directory, each with a flag that is true for directories.
 Entries list(const std::wstring& directory)
 {
     Entries entries;

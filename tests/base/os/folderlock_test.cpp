@@ -34,7 +34,7 @@ TEST(OsFolderLockConcurrency, LetsOneThreadInAtATime)
         }
     };
     {
-        // Two paths of one folder.
+        // Two spellings of one folder's path.
         std::jthread first(work, folder.GetPath());
         std::jthread second(work, LbPath::WithoutSeparator(folder.GetPath()));
     }

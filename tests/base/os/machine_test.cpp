@@ -43,8 +43,8 @@ TEST(Machine, ReturnsTheSameValuesAgain)
     EXPECT_EQ(LbOs::GetGraphicsAdapter(), LbOs::GetGraphicsAdapter());
 }
 
-/// Calls `check` while `folder` replaces the kernel's lists of devices; false if that is impossible. Mounts the folder
-/// above "drm", because not all machines have that.
+/// Calls `check` while `folder` replaces the kernel's lists of devices; false if that is impossible. Replaces the
+/// parent of "drm", because some machines have no "drm".
 bool checkWithDevices(const ScopedFolder& folder, const std::function<void()>& check)
 {
     return CheckApart([&] { return LbOs::MountFolder(L"/sys/class", folder.GetPath()); }, check);

@@ -278,7 +278,7 @@ TEST_F(OsNamedEvent, DoesNotTimeOutEarly)
 
     m_event->Wait(30);
 
-    // The clock of one platform has this resolution.
+    // A wait may end early by the resolution of the clock, which is coarse on one platform.
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(14));
 }
 

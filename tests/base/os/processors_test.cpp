@@ -13,7 +13,7 @@
 namespace
 {
 
-/// The number of processors left to caller and child while they share one.
+/// The number of processors that caller and child may use while they share one.
 std::uint32_t getSharing()
 {
     return LbPath::c_Separator == L'\\' ? LbOs::CountOwnProcessors() : 1;

@@ -12,7 +12,7 @@
 namespace
 {
 
-/// Sanitizers delay signals.
+/// Skipped with sanitizers, which delay signals.
 class OsThreadFreeze : public testing::Test
 {
 protected:

@@ -71,7 +71,7 @@ TEST_P(Later, Runs)
 
 INSTANTIATE_TEST_SUITE_P(DISABLED_Now, Later, testing::Values(1));
 
-/// GoogleTest adds a test that fails for it.
+/// GoogleTest adds a failing test for this suite, because it has no instances.
 class Forgotten : public testing::TestWithParam<int>
 {
 };

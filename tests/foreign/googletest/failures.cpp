@@ -43,7 +43,7 @@ protected:
     static void SetUpTestSuite() { GTEST_SKIP() << "no licence"; }
 };
 
-// GoogleTest 1.12 runs it nevertheless.
+// GoogleTest 1.12 runs this test although the set-up of the suite has skipped it.
 TEST_F(SkippedSuite, Passes) {}
 
 class LeavingSuite : public testing::Test
@@ -54,7 +54,7 @@ protected:
 
 TEST_F(LeavingSuite, Passes) {}
 
-/// Does what the environment variable says.
+/// The environment variable determines what the set-up does.
 class CSetUpOnDemand : public testing::Environment
 {
     void SetUp() override

@@ -89,7 +89,7 @@ TEST_F(Refused, NeedsAServer)
     ADD_FAILURE() << "was run";
 }
 
-/// Tests that run at once disturb each other.
+/// The number of tests that are running, which must be 1.
 int s_running = 0;
 
 class Shared : public testing::TestWithParam<int>

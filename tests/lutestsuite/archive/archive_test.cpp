@@ -307,7 +307,7 @@ protected:
         return paths;
     }
 
-    /// Expects that the child's XML report is still in place, as `text` says once, and that its page is in the archive.
+    /// Expects that the page is in the archive and the child's XML report still in place, which `text` reports once.
     void ExpectOnlyThePage(const std::wstring& text) const
     {
         const std::vector<std::wstring> left = GetTemporaryFiles();

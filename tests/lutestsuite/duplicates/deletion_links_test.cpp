@@ -143,7 +143,7 @@ TEST_F(DuplicateLinks, InAReadOnlyFolderKeepTheirTargets)
     });
 }
 
-/// In the order of the sets, the file would be deleted first.
+/// By the order of the sets alone, the file would be deleted before the link.
 TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
@@ -163,7 +163,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheirTargets)
     EXPECT_FALSE(LbOs::IsLink(link) || LbOs::IsLink(own) || LbFileSystem::Exists(target));
 }
 
-/// Each link passes through the next one, in either order of names.
+/// Each link leads through another one, whose name sorts before or after its own.
 TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedWhenNoLinkPassesThroughThem)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);

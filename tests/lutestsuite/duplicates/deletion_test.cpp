@@ -64,7 +64,7 @@ TEST_F(DuplicateDeletion, KeepsTheTargetOfALinkThatIsKept)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// The oldest data set of one set is a link to a redundant data set of another.
+/// The oldest data set of one set is a link to a redundant data set of another set.
 TEST_F(DuplicateDeletion, KeepsTheTargetOfAKeptLinkOfAnotherSet)
 {
     const std::wstring copy = m_folder.WriteFile(L"1/CDataSetModel/c.txt", "gut");
@@ -383,7 +383,7 @@ TEST_F(DuplicateDeletion, DeletesHardLinksOfTheKeptFile)
     EXPECT_FALSE(LbFileSystem::Exists(name));
 }
 
-/// On Windows write protection prevents deletion; it belongs to the file, not to the name.
+/// On Windows write protection prevents deletion. All hard links of a file share its write protection.
 TEST_F(DuplicateDeletion, LeavesTheWriteProtectionOfTheKeptFile)
 {
     constexpr auto c_Writing = std::filesystem::perms::owner_write;

@@ -19,7 +19,8 @@ TEST_F(Duplicates, AreListedWithTheOldestFirst)
                                     L"\n  Duplikat-Set (1/1):\n    b.txt\n    a.txt\n    c.txt\n\n" + GetSummary(1, 2));
 }
 
-/// A younger data set first shows that the first of the oldest was chosen, not the first or the last of all.
+/// The younger data set at the beginning shows that the first of the oldest was chosen, not the first or the last of
+/// all.
 TEST_F(Duplicates, OfEqualAgeKeepTheFirst)
 {
     Write(L"a.txt", "gut", 100);
@@ -145,7 +146,8 @@ TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
     EXPECT_TRUE(text.ends_with(L"(1/1):\n    c.txt\n    d.txt\n\n" + GetSummary(1, 1))) << LbEncoding::ToUtf8(text);
 }
 
-/// Sizes around the limits between ways of reading, each with a copy and a file that differs in its last byte.
+/// Sizes just below and above those at which files are read in another way, each with a copy and a file that differs in
+/// its last byte.
 TEST_F(Duplicates, AreFoundAtAnySize)
 {
     constexpr std::size_t c_Piece = 64 * 1024;

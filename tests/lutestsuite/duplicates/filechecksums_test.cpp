@@ -14,8 +14,8 @@
 namespace
 {
 
-/// Starts threads that occupy the stacks of ended threads, until no further thread can be started. False if there is no
-/// such limit.
+/// Starts threads until no further one can be started; they occupy the stacks of ended threads. False if threads are
+/// not limited.
 bool useUpThreads()
 {
     constexpr int c_Many = 1000;

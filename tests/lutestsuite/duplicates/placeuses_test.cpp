@@ -63,7 +63,7 @@ TEST_F(PlaceUses, OfAFileDoNotProtectItsHardLinks)
     EXPECT_FALSE(m_uses.Has(elsewhere));
 }
 
-/// Both for a file with one name and for a file with several.
+/// Tests a file with one name and a file with several names.
 TEST_F(PlaceUses, MatchEntriesInOtherLetterCase)
 {
     const std::wstring a = Write(L"a.txt");

@@ -191,7 +191,7 @@ protected:
         for (const std::wstring& file : m_files)
         {
             LbOs::RemoveFile(file);
-            // Removes the folder of a module that has its own; the executable's folder is not empty and stays.
+            // Removes the module's own folder if there is one. The executable's folder is not empty and stays.
             LbOs::RemoveEmptyDirectory(LbPath::GetParent(file));
         }
     }

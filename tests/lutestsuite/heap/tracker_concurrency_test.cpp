@@ -239,7 +239,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)
     constexpr int c_Rounds = 20'000;
     CFlag start;
     CFlag allDone;
-    // Ending threads free memory that the C library kept for them.
+    // Keeps the threads alive: ending threads free memory that the C library kept for them.
     CFlag mayEnd;
     std::atomic<int> running = c_ThreadCount;
     std::atomic<int> startedCount = 0;

@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Heaps that cannot be hooked at first.
+/// Heaps that cannot be patched at first.
 class LuTestSuiteHeapTrackerFailure : public LuTestSuiteHeapTrackerTest
 {
 };

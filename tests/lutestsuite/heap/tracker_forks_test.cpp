@@ -136,7 +136,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, TrackerOfAnotherThreadCountsInAChildOn
     EXPECT_EQ(getOperationCount(*tracker), 2U) << "counting continues in the parent";
 }
 
-// The first tracker of a process: each round has its own process.
+// Tests the first tracker of a process, so each round has its own process.
 TEST_F(LuTestSuiteHeapTrackerForkThreads, ForksDuringTheFirstInitializationLeaveAWorkingTrackerInTheChild)
 {
     const auto process = [] {
@@ -182,7 +182,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadsCreateAndDestroyTrackersDuringF
         return result + countOnce();
     };
     const CRepeatingThread unhooking([] { LuTestSuiteHeapTracker::UnhookAll(); });
-    // The latest thread, because a child's first thread reuses the stack of the latest thread.
+    // A child's first thread reuses the stack of the thread that was started last, which must have a tracker.
     const CRepeatingThread first(make);
     const CRepeatingThread second(make);
     for (int round = 0; round < 100; ++round)

@@ -1,4 +1,4 @@
-// The places that threads are moved to if they have stopped before an instruction of a patched function.
+// Where threads continue that have stopped before an instruction of a patched function.
 
 #include "testing/lutestsuite/heap/trampoline.h"
 
@@ -113,7 +113,7 @@ TEST(TrampolineBranch, SendsThreadsInFrontOfItsLongJumpsToBothDestinations)
 
     ASSERT_TRUE(trampoline);
     const std::size_t branch = *trampoline->FindCopy(c_Block, 2) - c_Block;
-    // After the two bytes of the copied branch, it was not taken; after the two bytes of the short jump, it was taken.
+    // A thread behind the copied branch has not taken it. A thread behind the short jump that follows has taken it.
     EXPECT_EQ(trampoline->FindResume(branch + 2), c_Target + 4);
     EXPECT_EQ(trampoline->FindResume(branch + 4), c_Target + 5);
 }

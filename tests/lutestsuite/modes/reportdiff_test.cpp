@@ -208,8 +208,7 @@ TEST_F(GenerateReportDiff, OpensThePageOnTheDesktop)
     setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
     Generate(setup);
 
-    // It opens neither the page that was not requested nor the pages that could not be written, whether an older page
-    // exists or not.
+    // Pages that were not requested or could not be written are not opened, even if an older page exists.
     EXPECT_EQ(opened.Await(), std::vector<std::wstring>{setup.diffOutput});
 }
 

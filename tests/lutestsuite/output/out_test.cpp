@@ -219,7 +219,7 @@ TEST(LuTestSuiteOut, ReachesCustomOutputsBesideTheConsole)
     EXPECT_EQ(output.GetText(), L"beide\n");
 }
 
-/// Custom outputs cannot be removed: these exist once per process, and tests switch them on.
+/// Custom outputs cannot be removed, so these exist once per process and tests switch them on.
 class CSwitchedOut : public LuTestSuiteOut::LuCustomOut
 {
 public:

@@ -106,7 +106,7 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingADamagedReportOnce)
         {
             continue;
         }
-        // The remaining damage is not in markup, or the report is unreadable.
+        // If markup is still damaged, the written report is unreadable.
         const std::string first = Write(data);
         SReportData again;
         if (Read(again))
@@ -244,7 +244,7 @@ TEST_F(XmlReportRoundTrip, ReadsItsOwnLayoutLikeAnyOther)
         std::string bytes = changeLayout(Write(MakeRandomReport(random)), random);
         bytes = seed % 4 == 0 ? damage(std::move(bytes), random) : bytes;
         const std::string result = readAgain(bytes);
-        // A blank at this place makes the layout foreign and the content remains.
+        // With a blank here, the layout is no longer the writer's, but the content is the same.
         const std::size_t place = bytes.find(c_Declared);
         ASSERT_EQ(result, readAgain(bytes.replace(std::min(place, bytes.size()), 0, " "))) << "seed " << seed;
     }

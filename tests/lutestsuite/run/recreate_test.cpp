@@ -81,7 +81,7 @@ public:
 };
 LB_RTTI_CLASS(CRecreateModel, LuUnitTest)
 
-/// A unit test by its type, but its class record does not say so.
+/// Derives from LuUnitTest, but its class record does not say so.
 class CUndeclaredModel : public LuUnitTest, public IUnitTestRecreate
 {
     LB_RTTI(CUndeclaredModel)

@@ -1,4 +1,4 @@
-// What a case costs beside time: listings and allocations.
+// What a case costs apart from time: listings and allocations.
 
 #include <cstddef>
 #include <memory>
@@ -22,7 +22,7 @@ namespace
 
 constexpr int c_Files = 50;
 
-/// More sub-tests than one object needs. Their functions are too large for a function object without memory of its own.
+/// Has more sub-tests than a case needs. Each function is so large that a function object must allocate memory for it.
 class CNamesMany : public LuUnitTest
 {
     LB_RTTI(CNamesMany)

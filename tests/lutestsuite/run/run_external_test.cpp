@@ -259,8 +259,8 @@ TEST_F(RunExternal, StartsAnotherProcessAfterACrash)
 
 TEST_F(RunExternal, NoticesACrashAtOnce)
 {
-    // A run that noticed crashes only by its check once a second would need at least that long for each of them. The
-    // shortest time counts, because the machine may be busy. The cases before the crashes start the processes.
+    // If the run noticed crashes only by its check once a second, each crash would take at least a second. The shortest
+    // time counts, because the machine may be busy. The cases before the crashes start the processes.
     constexpr std::uint64_t c_Check = 1'000'000'000;
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"abort"});
     setup.params.repetitions = 10;

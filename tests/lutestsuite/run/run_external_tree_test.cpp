@@ -154,7 +154,7 @@ TEST_P(RunExternalTreeOf, EndsWhenBusyWorkersAreCanceled)
     setup.params.workerThreads = 3;
     setup.params.repetitions = 9;
     bool isCanceled = false;
-    // Only one thread at a time asks the processes.
+    // Only one thread at a time calls this and queries the processes.
     setup.checkCallback = [this, &isCanceled] { return isCanceled = isCanceled || m_line.IsReady(); };
 
     const SRunResult result = Run(setup);

@@ -54,7 +54,7 @@ std::vector<LuTestSuite::SUnitTest> makeTable(std::span<const models::SOutcome> 
     return unitTests;
 }
 
-/// If a case ended its process, the reason follows its own messages.
+/// Expects the messages of the case. If the case ended its process, the reason follows them.
 void expectMessages(const SCaseInfo& info, const models::SOutcome& expected)
 {
     const bool hasEnded = info.processIndex >= 0 && info.messages.find(models::c_EndOfProcess) != std::wstring::npos;

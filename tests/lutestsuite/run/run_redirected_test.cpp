@@ -1,4 +1,4 @@
-// Unit tests that read another folder than the one that they are given.
+// Unit tests that read another folder than the given one.
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-// What a run takes its unit tests from.
+// Where a run gets its unit tests from.
 
 #include <string>
 #include <vector>

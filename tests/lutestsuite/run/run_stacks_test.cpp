@@ -136,7 +136,7 @@ TEST_F(RunStacks, AreReadForACrashThatIsNoticedAfterTheTimeLimit)
             timer.emplace(LbTimer::eR_MilliSecond);
         }
     };
-    // The run looks at the limit before it asks this: the first time after a second.
+    // The run checks the limit before it calls this, for the first time after a second.
     setup.checkCallback = [&] {
         constexpr std::uint64_t c_Limit = 2000;
         if (timer && timer->GetElapsed() > c_Limit / 4)

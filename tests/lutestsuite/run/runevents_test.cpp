@@ -186,7 +186,7 @@ TEST_F(RunEvents, TellOnceThatTheRunWasCanceled)
 {
     LuTestSuiteSetup setup = MakeObserved(4);
     setup.params.repetitions = 50;
-    // A host that changes its mind is not asked again.
+    // Returns true only once: a host that has canceled is not asked again.
     setup.checkCallback = [isFirst = true, this]() mutable {
         return m_events.ends.size() > 10 && std::exchange(isFirst, false);
     };

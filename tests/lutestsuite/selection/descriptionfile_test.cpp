@@ -118,7 +118,7 @@ protected:
         return names;
     }
 
-    /// Expects one warning, whose text contains a placeholder for the file's path.
+    /// Expects one warning: the text `before`, the path of the file, and the text `after`.
     void ExpectWarning(const std::wstring& before, const std::wstring& after) const
     {
         EXPECT_THAT(m_output.GetLines(),

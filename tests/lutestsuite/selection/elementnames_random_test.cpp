@@ -58,7 +58,7 @@ std::wstring MakeWildcard(CRandom& random)
     return wildcard;
 }
 
-/// The text between quotes in XML, without its one character reference.
+/// Replaces "&#10;", the only character reference that the XML texts contain.
 std::wstring Unescape(std::wstring text)
 {
     for (std::size_t at = text.find(L"&#10;"); at != std::wstring::npos; at = text.find(L"&#10;"))
@@ -84,7 +84,7 @@ std::vector<std::uint32_t> FindLastPlainly(const Texts& names, const Texts& wild
         }
         catch (const std::regex_error&)
         {
-            // Prints a warning.
+            // The product ignores such an element with a warning.
             continue;
         }
     }

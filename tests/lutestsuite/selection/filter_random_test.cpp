@@ -118,7 +118,7 @@ std::optional<Texts> Select(const Texts& names, const Texts& includes)
     return selected;
 }
 
-/// Like Select, with the standard library only. The test has no directory and no class name.
+/// Like Select, with the standard library only. The unit test has no directory and no class name.
 std::optional<Texts> SelectPlainly(const Texts& names, const Texts& includes)
 {
     std::vector<std::wregex> expressions;

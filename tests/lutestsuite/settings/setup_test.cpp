@@ -92,7 +92,7 @@ TEST(LuTestSuiteSetup, DropsResultsByDefault)
 
 TEST(LuTestSuiteSetup, FillsEveryFieldOfTheTestRecord)
 {
-    // The tests below rely on it: no field of the filled record may equal its default.
+    // The tests below rely on this: no field of the filled record equals its default.
     const Fields defaults = GetFields(LuTestSuiteSetup());
     const Fields filled = GetFields(MakeFilledSetup());
 

@@ -58,7 +58,7 @@ std::uint32_t findNode(const LuTestSuiteTree& tree, const std::wstring& name)
     return 0;
 }
 
-/// The function named by the exception that a list causes.
+/// Builds a tree from an invalid list and returns the function that the exception names.
 std::wstring getThrowingFunction(const UnitTests& tests)
 {
     try

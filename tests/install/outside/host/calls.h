@@ -31,8 +31,8 @@ bool HasFailed();
 
 void WriteFile(const std::wstring& path, const std::string& bytes);
 
-/// The program's task when it has started itself: "park" writes a file and waits to be ended, "ask" writes the answer
-/// about its parent.
+/// The task of a second process that this program has started: "park" writes a file and waits until it is killed, "ask"
+/// writes the answer about its parent.
 int WorkAsChild(const std::wstring& task, const std::wstring& answer);
 
 void CallEnvironment(LuTestSuiteEnvironment& environment);

@@ -12,7 +12,7 @@
 namespace
 {
 
-/// Outputs cannot be removed, so the program has one.
+/// Outputs cannot be removed, so the program has a single recorder.
 class CRecorder : public LuTestSuiteOut::LuCustomOut
 {
 public:

@@ -44,7 +44,7 @@ void awaitFile(const std::wstring& path)
     }
 }
 
-/// A copy of this program with a unique name waits until it is ended by that name.
+/// Starts a copy of this program under a unique name, which runs until a call ends it by that name.
 void callKillAllByName(const std::wstring& program, const SPlaces& places, CRecordedText& output)
 {
     const std::wstring name = L"OutsideHost-" + LbUniqueId::Generate() + LbOs::c_ExecutableSuffix;
