@@ -41,7 +41,7 @@ class CChangingIndexModel : public CChangingModel
     }
 };
 
-/// The same for classes that tell their cases themselves.
+/// The same for classes that name their cases themselves.
 class CChangingNameModel : public CChangingModel
 {
     LB_RTTI(CChangingNameModel)

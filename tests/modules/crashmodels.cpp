@@ -114,7 +114,7 @@ void startGrandchild(const std::string& how)
     static_cast<void>(status);
 }
 
-/// An event of the test that runs the case; the name begins with what the test says.
+/// An event of the test that runs the case. The test passes the beginning of its name.
 std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& suffix)
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");

@@ -1,6 +1,6 @@
 /// One case for each kind of fault that ends or stops a process, and healthy cases beside them.
 
-#undef NDEBUG // Asserts in optimized builds, too.
+#undef NDEBUG // Keeps assert() in optimized builds.
 #include <cassert>
 #include <cstddef>
 #include <cstdint>

@@ -34,7 +34,8 @@ void await(const std::atomic<bool>& condition)
     }
 }
 
-/// What the C library does at the end of a thread depends on the order of threads: the end is postponed.
+/// What the C library does at the end of a thread depends on the order of threads, so threads end only after the
+/// script.
 void serve()
 {
     s_free(s_malloc(600));

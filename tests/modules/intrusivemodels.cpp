@@ -18,7 +18,7 @@
 namespace
 {
 
-/// An event of the run, by the option that names it to the child process that this is.
+/// An event of the run. This process is a child of the run, and `option` has passed the event's name to it.
 std::unique_ptr<LbOs::CNamedEvent> openRunEvent(const std::wstring& option)
 {
     const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();

@@ -62,7 +62,7 @@ def cmake_layout(recipe):
 
 
 def copy_files(_recipe, pattern, source, target):
-    """Conan's patterns cross folders."""
+    """Stands for Conan's function. In its patterns, "*" also matches "/"."""
     for path in pathlib.Path(source).rglob(pattern.split("/")[0] + ("/**/*" if "/" in pattern else "")):
         relative = path.relative_to(source)
         if path.is_file() and relative.parts[0] != "build" and fnmatch.fnmatch(str(relative), pattern):

@@ -1,4 +1,4 @@
-"""The ZIP of the Windows build: what it needs is in it or named, and its host runs from the unpacked folder."""
+"""The ZIP of the Windows build includes or names what it needs, and its host runs from the unpacked folder."""
 import pathlib
 import re
 import tempfile

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Tests the behaviour of pages in a browser. browser_test.py PAGES CHROMIUM CHROMEDRIVER
 
-Leaves pictures of the pages in PAGES, for those who want to look.
+Saves pictures of the pages in PAGES for inspection.
 """
 
 from pagetest import CONTRAST, Pages, main

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Tests the page of the history in a browser. history_test.py PAGES CHROMIUM CHROMEDRIVER
 
-Leaves pictures of the page in PAGES, for those who want to look.
+Saves pictures of the page in PAGES for inspection.
 """
 
 from pagetest import CONTRAST, Pages, main

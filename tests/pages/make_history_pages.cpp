@@ -1,5 +1,5 @@
-// Writes pages of the history of runs into a folder: make_history_pages FOLDER [CASES]
-// CASES is the number of cases of the large one, 20000 if not given.
+// Writes pages of the history of runs into a folder: make_history_pages FOLDER [CASES]. CASES is the number of cases of
+// the large page, 20000 if not given.
 
 #include <cstdio>
 #include <exception>

@@ -1,5 +1,5 @@
-// Writes pages of every kind into a folder: make_pages FOLDER [CASES]
-// CASES is the number of cases of the large ones, 20000 if not given.
+// Writes pages of every kind into a folder: make_pages FOLDER [CASES]. CASES is the number of cases of the large pages,
+// 20000 if not given.
 
 #include <cstdio>
 #include <exception>

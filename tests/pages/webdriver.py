@@ -72,7 +72,7 @@ class Browser:
         self.do(f"element/{element}/click", {})
 
     def emulate(self, scheme="light", media=""):
-        """Sets the medium. Without one, pages use the screen, and printed pages paper."""
+        """Sets colour scheme and medium. By default the medium is the screen, and paper for printed pages."""
         features = [{"name": "prefers-color-scheme", "value": scheme}]
         self.command("Emulation.setEmulatedMedia", media=media, features=features)
 
@@ -90,7 +90,7 @@ class Browser:
         return metrics["TaskDuration"]
 
     def save_screenshot(self, file, highest=4000):
-        """Of the whole page, not only its visible part, up to a height of `highest` pixels."""
+        """Saves the whole page, not only its visible part, up to a height of `highest` pixels."""
         width, height = self.run("return [innerWidth, document.documentElement.scrollHeight]")
         # The window gets that height, because only visible rows are laid out; others would be empty.
         self.resize(width, min(height, highest))

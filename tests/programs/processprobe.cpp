@@ -208,7 +208,7 @@ int beNeglected(const std::wstring& name)
     return first ? beOwner(name, L"parent", false) : 1;
 }
 
-/// A direct child, which need not end with this process.
+/// Starts a direct child that may outlive this process.
 std::unique_ptr<LbOs::CChildProcess> startFree(const std::wstring& arguments)
 {
     LbOs::SChildOptions options = getOptions(arguments);

@@ -15,7 +15,7 @@ using LuTestSuiteRun::SStats;
 
 constexpr std::uint32_t c_Classes = 40;
 
-/// Contains no text that would become a reference if it were resolved twice, as one of the readers does.
+/// No text contains a reference that a second resolution would produce: one of the readers resolves texts twice.
 constexpr const wchar_t* c_Texts[] = {L"schlicht",
                                       L"größer als Maß",
                                       L"<a href=\"x\">'&'</a>",

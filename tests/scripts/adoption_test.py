@@ -34,7 +34,7 @@ class Adoption(unittest.TestCase):
         cls.write_project()
         cls.folder.run("git init -q . && git add CMakeLists.txt"
                        " && git -c user.name=Erika -c user.email=erika@example.org commit -q -m Begin", 0)
-        # As in the image of the recipes, of which one may be the only place of the package.
+        # As in the image of the recipes: one of them may find the package only through this variable.
         cls.folder.variables["CMAKE_PREFIX_PATH"] = str(cls.folder.tree.prefix)
         cls.recipes = [recipe.replace("MyTests", "OrderTests --dll ParserTests")
                        for recipe in parts.recipes_of(text_of("docs/runner.md")) if "CI_NODE" not in recipe]
@@ -43,7 +43,7 @@ class Adoption(unittest.TestCase):
 
     @classmethod
     def write_program(cls):
-        """What the team has already."""
+        """Writes what the team already has."""
         for number in range(FILES):
             cls.folder.write(f"data/COrderTest/order-{number:03}.xml", f"<order><total>{number}</total></order>\n")
         for name in ("parser_test", "lexer_test"):
@@ -54,7 +54,7 @@ class Adoption(unittest.TestCase):
 
     @classmethod
     def write_project(cls):
-        """What the documents make them write."""
+        """Writes what the documents tell the team to write."""
         guide, migration = text_of("docs/user-guide.md"), text_of("docs/migration.md")
         source = parts.snippets_of(guide, "cpp")[0].replace("CFirstTest", "COrderTest").replace("*.txt", "*.xml")
         cls.folder.write("order_tests.cpp", source)

@@ -118,7 +118,7 @@ class CompleteRuns(CheckProof):
         self.assertEqual(original, self.journal.read_bytes())
 
     def test_with_records_after_the_reports(self):
-        """A host that was taken for lost may still write when the reports are made."""
+        """A host that counts as lost may still write when the reports are made."""
         self.change(self.journal, lambda records: records.extend(records[1:]))
         shutil.copy(self.journal, self.folder / "shard-1" / "journal-2.ndjson")
         self.check(0)

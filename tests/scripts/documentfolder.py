@@ -12,7 +12,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 class Tree:
-    """The build tree that a test belongs to, and an install tree made of it."""
+    """The build tree that a test belongs to, and an install tree made from it."""
 
     def __init__(self, path, config, cmake, prefix):
         self.path = pathlib.Path(path)
@@ -23,7 +23,7 @@ class Tree:
                        capture_output=True)
 
     def name_release_hosts(self, folder):
-        """The documents have the names of release builds."""
+        """Gives the hosts of a Debug build the names of release builds, which the documents use."""
         for host in folder.glob("*D") if self.config == "Debug" else ():
             link = folder / host.name.removesuffix("D")
             if not link.exists():
@@ -82,7 +82,7 @@ class Folder:
         return result.stdout + result.stderr
 
     def _translate(self, command):
-        """A command of a document, for this build tree. Removes the folder of an earlier run."""
+        """Adapts a command of a document to this build tree. Removes the folder of an earlier run."""
         line = command.replace("/opt/lutestsuite", str(self.tree.prefix))
         line = re.sub(r"^ctest (?!.*--test-dir)", f"ctest --test-dir {self.ctest} ", line)
         line = line.replace("-DCMAKE_BUILD_TYPE=Release", f"-DCMAKE_BUILD_TYPE={self.tree.config}")
@@ -96,7 +96,7 @@ class Folder:
         programs = [self.path / "build/bin", self.path / "build/linux-release/bin", self.tree.cmake.parent]
         variables = {"LC_ALL": "C.UTF-8", "PATH": ":".join([*map(str, programs), os.environ["PATH"]])}
         if shutil.which("ccache"):
-            # The folders of each run of this test have other names.
+            # Folders have other names in each run of this test, which the compiler cache must ignore.
             variables |= {"CMAKE_CXX_COMPILER_LAUNCHER": "ccache", "CCACHE_NOHASHDIR": "1",
                           "CCACHE_BASEDIR": str(self.tree.prefix.parent)}
         return variables

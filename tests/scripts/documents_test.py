@@ -54,15 +54,15 @@ NOT_RUN = {
     "LuTestSuiteRunner COMMAND": "a synopsis",
     "LuTestSuiteCLI -d DATA": "a synopsis",
 }
-# Documents whose CMake snippets are built here. The others may have those that contain a part of NOT_BUILT.
+# Documents whose CMake snippets are built here. In other documents, each snippet contains a key of NOT_BUILT.
 BUILT = ("README.md", "docs/user-guide.md", "docs/migration.md", "docs/runner.md", "docs/coverage.md",
          "docs/sanitizers.md")
 NOT_BUILT = {
     "FetchContent_Declare": "needs a server; tests of a containing project and a fetched GoogleTest have local sources",
 }
-# Of the other kinds of code, a Dockerfile needs Docker; the scripts and presets that it names are checked.
+# Languages of code blocks. A Dockerfile would need Docker; only the scripts and presets that it names are checked.
 LANGUAGES = ("", "cpp", "cmake", "yaml", "groovy", "dockerfile", "xml", "json", "mermaid")
-# The first pattern that a command has gives the status that the documents promise, otherwise 0.
+# The first pattern that matches a command gives the status that the documents promise; without a match it is 0.
 STATUS = {
     r" -q | history |--diff-in": 0,
     r'case "CFirstTest:no end': 11,
@@ -71,7 +71,7 @@ STATUS = {
     r"--dll FirstTests": 1,
     r"-i COutcomeDemonstration": 1,
 }
-# For each option of review: what the call needs beside it, the status, the output, the last lines of the references.
+# For each option of review: what else the call needs, the status, the output, the last lines of the references.
 REVIEWS = {
     "--diff": ("", 0, r"(?s)-Summe: 11\n *\+Summe: 12.*-Zahl: 3\n *\+Zahl: 2", "113"),
     "--diff=data/CInvoice/a.txt.expected": ("", 0, r"(?s)^(?!.*Zahl).*-Summe: 11\n *\+Summe: 12", "113"),
@@ -143,7 +143,7 @@ class Commands(unittest.TestCase):
             commands = []
             for command in parts.commands_of(TEXTS[document]):
                 if re.match(r"LuTestSuite\w+D ", command) and self.tree.config != "Debug":
-                    # The test of a Debug build runs the hosts of that build.
+                    # Only the test of a Debug build has these hosts.
                     continue
                 reasons = [beginning for beginning in NOT_RUN if command.startswith(beginning)]
                 excused.update(reasons)
@@ -165,7 +165,7 @@ class Commands(unittest.TestCase):
     def run_all(self, document, commands):
         folder = self.prepare(document)
         if document == "README.md":
-            # It shows first what it explains later.
+            # The README shows a run first and explains later how to build the module.
             commands = sorted(commands, key=lambda command: not command.startswith("cmake"))
         for command in commands:
             with self.subTest(command=command):
@@ -342,7 +342,7 @@ class Commands(unittest.TestCase):
             folder.run(f"build/bin/LuTestSuiteCLI -d data --dll FirstTests --xml {report}", 1)
 
     def compare_consoles(self):
-        """Each output that a document shows below its command is the real one, with tabs of eight columns."""
+        """Expects that each output below a command is the real one, with tabs of eight columns."""
         folder = self.folders["README.md"]
         shown = parts.consoles_of(TEXTS["README.md"])
         guide = parts.snippets_of(TEXTS["docs/user-guide.md"], "")
@@ -355,7 +355,7 @@ class Commands(unittest.TestCase):
         self.compare_case(next(text for text in guide if "Datei: " in text))
 
     def compare_coverage(self):
-        """The line of the source, with the counts of the run."""
+        """Compares the line about the source, which has the counts of the run."""
         if not shutil.which("gcovr"):
             return
         folder = self.folders["docs/coverage.md"]
@@ -366,7 +366,7 @@ class Commands(unittest.TestCase):
         self.assertIn(expected.split(), [line.split() for line in output.splitlines()])
 
     def compare_case(self, shown):
-        """Times and folders differ."""
+        """Compares the texts without times and folders."""
         output = self.folders["docs/user-guide.md"].run(
             'build/bin/LuTestSuiteRunner case "CFirstTest:no end.txt" -- -d data --dll FirstTests', 11)
         expected, real = (re.sub(r"\([\d.]+\S*\)|/\S*(?=/data/)", "...", text) for text in (shown, output))
@@ -383,7 +383,7 @@ class Commands(unittest.TestCase):
                                   ("-e", "/CFirstTest:"): "0", ("-i", "/geometry/"): "0"})
 
     def try_options_of_review(self):
-        """Each on a copy of the folder with differences."""
+        """Tries each option on a copy of the folder with differences."""
         prepared = self.folders["docs/reference-data.md"]
         listing = prepared.run("LuTestSuiteRunner review data", 0)
         example, name = (re.search(r"^[0-9A-F]{6}(?=  .*/a\.txt)", text, re.MULTILINE)[0]
@@ -422,7 +422,7 @@ class Commands(unittest.TestCase):
                 self.assertRegex(output, f"(?s)Breakpoint 1, .*{place[1]}" if place else end)
 
     def debug_dump(self):
-        """Debugs the dump that the run of the document has left, with the line that stands behind the command."""
+        """Debugs the dump that the document's run has left, with the line that the document shows below the command."""
         folder = self.folders["docs/debugging.md"]
         text = TEXTS["docs/debugging.md"]
         command, shown, line = re.search(
@@ -436,7 +436,7 @@ class Commands(unittest.TestCase):
             self.assertRegex(output, r"(?s)Thread 1 .*CMyTest::InitSubtests")
 
     def test_have_snippets_that_compile(self):
-        """Those of BUILT are compiled where their commands run."""
+        """Compiles the snippets of other documents. Those of BUILT are compiled where their commands run."""
         for name, text in TEXTS.items():
             for snippet in parts.snippets_of(text, "cpp") if name not in BUILT else ():
                 if "#include" in snippet:

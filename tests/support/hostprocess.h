@@ -40,7 +40,7 @@ bool CanLimitHost();
 /// True if SHostOptions::processesLimit works: the test needs the right to become another user.
 bool CanLimitHostProcesses();
 
-/// The line end that text mode writes to standard output on this platform.
+/// Replaces line feeds by the line ends that text mode writes to standard output on this platform.
 std::string ToPlatformLines(const std::string& text);
 
 /// The reverse of that conversion.

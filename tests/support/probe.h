@@ -25,7 +25,7 @@ inline std::unique_ptr<LbOs::CChildProcess> StartProbe(const std::wstring& argum
     return LbOs::CChildProcess::Start(GetProbeOptions(arguments));
 }
 
-/// The test's side of a probe that answers: checks whether it is alive.
+/// Asks a probe whether it is alive. The probe answers through named events.
 class CProbeLine
 {
 public:

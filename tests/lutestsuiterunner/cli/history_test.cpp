@@ -23,7 +23,7 @@ using LuTestSuiteRun::ECaseRunResult;
 constexpr std::uint32_t c_Runs = 40;
 constexpr std::uint32_t c_Cases = 24;
 
-/// The cases of the archive, by what happens to them; the others only have their share of what happens to all.
+/// The cases of the archive that have a change of their own. The other cases only have the changes that all cases have.
 enum ECase : std::uint32_t
 {
     eC_NewFailure,

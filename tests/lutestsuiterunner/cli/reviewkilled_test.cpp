@@ -13,7 +13,7 @@
 namespace
 {
 
-/// A decision about files some of which are large, so that it lasts long enough to be interrupted.
+/// Decisions about files. Some files are large, so that a decision takes long enough to be interrupted.
 class RunnerReviewKilled : public RunnerReview
 {
 protected:
@@ -21,7 +21,7 @@ protected:
     static constexpr int c_Early = 3; ///< files that the decision has done when it is killed
     static constexpr int c_Late = 8;
 
-    /// How the files differ from their references, and what is decided.
+    /// How the files differ from their references, and which decision is made.
     struct SKind
     {
         bool isNew;         ///< there are no references
@@ -36,7 +36,8 @@ protected:
         return first + GetBody(number) + (kind.isCauseShared && number % 2 == 0 ? second : "");
     }
 
-    /// The lines that stay. A large file follows each one whose end kills the process.
+    /// The unchanged lines of a file. The process is killed after an early and a late file; the file after each of them
+    /// is large.
     static std::string GetBody(int number)
     {
         constexpr int c_Lines = 500;
@@ -64,8 +65,8 @@ protected:
         }
     }
 
-    /// Decides on the first change in another process, which is killed when the decision has done the file of this
-    /// number; -1: when the decision is on the disk. True if the decision was interrupted.
+    /// Decides on the first change in another process, and kills that process when it has done the file of this number;
+    /// -1: when the decision is on the disk. True if the decision was interrupted.
     bool KillAt(const SKind& kind, int number) const
     {
         const std::wstring directory = m_folder.GetPathOf(L"data");
@@ -93,7 +94,7 @@ protected:
                           : Holds(claims + L"complete") && !Holds(claims + std::to_wstring(number));
     }
 
-    /// Kills decisions at several places; the next review leaves references with this first line.
+    /// Kills decisions at several places. Expects that all references begin with `first` after the next review.
     void ExpectFinished(const SKind& kind, const std::string& first, const char* summary) const
     {
         int interrupted = 0;
@@ -134,7 +135,7 @@ TEST_F(RunnerReviewKilled, IsFinishedForRejectedFiles)
     ExpectFinished({false, true, L"--reject"}, "alt 1\n", "Änderungen: 0, Dateien: 0\n");
 }
 
-/// A decision that has begun to change references is finished; otherwise it is put back.
+/// A decision that has begun to change references is finished. One that has not is undone.
 TEST_F(RunnerReviewKilled, IsCarriedOutForAllFilesOrNoneIfARunComesFirst)
 {
     const SKind kind = {false, false, L"--accept"};

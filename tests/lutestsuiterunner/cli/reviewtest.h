@@ -19,7 +19,7 @@ protected:
         return RunRunner(options);
     }
 
-    /// A difference that `runs` runs have made.
+    /// Receives the output of `runs` runs, which differs from the reference.
     void Receive(const std::wstring& name, const std::string& received, int runs = 3) const
     {
         for (int run = 0; run < runs; ++run)

@@ -50,7 +50,7 @@ TEST_F(RunnerRun, RepeatsFailedCasesAlone)
 
     const SHostRun run = Run({L"run", L"--previous", GetOut(), L"--only-failed", L"--force"}, {L"-s"});
 
-    // Beside another case this one fails; alone in its process it passes.
+    // The case fails if another one has run in its process before, and passes alone.
     EXPECT_EQ(run.exitStatus, 0) << output;
     ExpectLine(run.output, "Fälle: 1, bestanden: 1");
 }

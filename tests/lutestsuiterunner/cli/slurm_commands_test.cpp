@@ -1,4 +1,4 @@
-/// What the host does with the commands of Slurm: stand-ins for them, in a folder that is first on the path.
+/// How the host uses the commands of Slurm. Stand-ins for them are in a folder that is first on the path.
 
 #include <filesystem>
 
@@ -149,7 +149,7 @@ TEST_F(RunnerSlurmCommands, ThatCannotStartAreNoAnswer)
 {
     MakeDurations({1});
     SubmitShard({L"--detach"});
-    // Their output has no room.
+    // The temporary folder for their output is missing, because a stand-in deletes it.
     m_options.variables.emplace_back(L"TMPDIR", m_folder.MakeFolder(L"room"));
     MakeProgram(L"slurm/scancel", "#!/bin/sh\nrm -rf \"$TMPDIR\"\n");
     const SHostRun status = RunRunner({L"status", GetOut()}, m_options);

@@ -13,7 +13,7 @@
 namespace
 {
 
-/// Distributed runs over a Slurm of three nodes that the tests of this process start. Skipped where there can be none.
+/// Distributed runs over a Slurm of three nodes that the tests of this process start. Skipped where no Slurm can run.
 class RunnerSlurm : public DistributedTest
 {
 protected:
@@ -89,7 +89,7 @@ protected:
         return run.output;
     }
 
-    /// Ends the run, now with a short case, and expects it to be whole after so many submissions.
+    /// Makes the case short, waits for the end of the run, and expects that this number of submissions was enough.
     void ExpectWhole(int submissions) const
     {
         MakeDurations({1});

@@ -1,4 +1,4 @@
-/// Several processes that deal with one distributed run of this machine.
+/// Several processes that use one distributed run of this machine.
 
 #include <chrono>
 #include <filesystem>
@@ -72,7 +72,7 @@ TEST_F(RunnerSubmitProcesses, WarnOfAReplacedRunThatTheyCannotCancel)
     ExpectLine(run.errors, " wird ersetzt, aber nicht abgebrochen: Die Liste der Teile ");
 }
 
-/// The command "wait" on a terminal, while this process is the one to which the run belongs.
+/// The command "wait" on a terminal, while this process owns the run.
 class RunnerSubmitWaiting : public RunnerSubmitProcesses
 {
 protected:
@@ -137,7 +137,7 @@ TEST_F(RunnerSubmitWaiting, LeavesTheReportsToTheOtherProcessAfterCtrlC)
     Begin("Teile: 0 von 1 fertig");
     Send(L"INT");
     WaitUntil([this] { return IsMarkedCanceled(); });
-    // Takes longer than writing reports.
+    // This takes longer than writing reports: "wait" would have written them by its end.
     RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", GetShard()});
     EXPECT_FALSE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
     m_lock.reset();

@@ -1,4 +1,4 @@
-/// A distributed run of two shards, whose hosts a test plays.
+/// A distributed run of two shards. A test acts as the hosts of the shards.
 #pragma once
 
 #include <memory>

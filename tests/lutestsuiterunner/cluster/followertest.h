@@ -1,4 +1,4 @@
-/// A follower of a run whose hosts and engine a test plays.
+/// A follower of a run. A test acts as the hosts and the engine of the run.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -69,7 +69,7 @@ protected:
         m_engine.tasks[shard] = {Runner::ETaskState::Over, note};
     }
 
-    /// Loses all tasks of a shard, and all of those that are submitted again, until they bring nothing new.
+    /// Loses the tasks of a shard, and those that replace them, until the follower submits no more.
     void LoseForGood(std::uint32_t shard, const std::wstring& note = L"NODE_FAIL auf node1")
     {
         for (int round = 0; round < 4; ++round)

@@ -5,7 +5,7 @@
 namespace
 {
 
-/// With one unit test in the folder "/data/parts/CShapes/".
+/// A plan with one unit test in the folder "/data/parts/CShapes/".
 Runner::SPlan makePlan(const std::wstring& caseName, const LuTestSuite::ParameterMap& parameters = {})
 {
     Runner::SPlan plan;
@@ -19,7 +19,7 @@ Runner::SPlan makePlan(const std::wstring& caseName, const LuTestSuite::Paramete
     return plan;
 }
 
-/// Without the line that names the writer.
+/// The script without the line that names the writer.
 std::string makeCases(const Runner::SPlan& plan)
 {
     const std::string script = Runner::MakeCTestScript(plan);

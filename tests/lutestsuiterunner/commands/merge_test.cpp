@@ -197,7 +197,7 @@ TEST_F(RunnerMerge, AcceptsShardsOfMachinesThatListFoldersInAnotherOrder)
     std::ranges::reverse(other.unitTests[0].cases);
     other.cases = Runner::PlanCases(other.unitTests, 1);
     other.shard = {2, sc_Count};
-    // Cases 1, 3 and 5 of the first shard's plan.
+    // These are cases 1, 3 and 5 of the first shard's plan, which has another order.
     const std::vector<std::uint32_t> own = {0, 2, 5};
     for (std::uint32_t index = 0; index < other.cases.size(); ++index)
     {

@@ -49,7 +49,7 @@ struct STexts
     std::string received;
 };
 
-/// Folders of a few files that some random causes have changed, with many equal lines.
+/// Folders of a few files with many equal lines, changed by a few random causes.
 class CRandomFolders
 {
 public:
@@ -154,7 +154,7 @@ protected:
         return Runner::GroupChanges(references);
     }
 
-    /// The change of each part of each file by itself.
+    /// Splits the changes, so that each contains one part of one file.
     std::vector<SChange> Split(const std::vector<SChange>& changes) const
     {
         std::vector<SChange> single;
@@ -182,7 +182,7 @@ protected:
         return single;
     }
 
-    /// Accepts all but one in one call.
+    /// Accepts all changes except `leftOut` in one call.
     void Accept(const std::vector<SChange>& changes, const SChange* leftOut) const
     {
         Runner::CReviewDecisions decisions(m_folder.GetPath());
@@ -206,7 +206,7 @@ protected:
         EXPECT_EQ(refusal, L"");
     }
 
-    /// The lines of a reference after all changes but one.
+    /// How often each line is in a reference after all changes except `leftOut`.
     LineCounts CountWithout(const SChange& leftOut, const std::wstring& reference)
     {
         const auto& [expected, received] = m_texts[reference];

@@ -18,7 +18,7 @@ class RunnerDistributedRun : public testing::Test
 protected:
     std::unique_ptr<Runner::CRunState> Load() const { return Runner::LoadRun(m_run.GetFolder()); }
 
-    /// The place of a shard's case in the whole.
+    /// The index of a shard's case in the whole plan.
     std::uint32_t GetWhole(std::uint32_t shard, std::uint32_t caseIndex) const
     {
         return Runner::ReadPlan(m_run.GetShardFolder(shard) + Runner::c_PlanName).part->indices[caseIndex];

@@ -111,8 +111,8 @@ TEST_F(ReviewOfOverlappingCauses, AreAcceptedOneAfterTheOther)
     EXPECT_TRUE(Runner::FindReceived(m_folder.GetPath()).references.empty());
 }
 
-/// Ten causes in lines with values of each file. Each file has one to three of them, in neighbouring lines, and one
-/// cause adds a line beside them.
+/// Ten causes that change lines with values that differ between files. Each file has one to three of them, in
+/// neighbouring lines, and one cause adds a line beside them.
 class ReviewOfOwnValues : public ReviewChanges
 {
 protected:
@@ -219,7 +219,7 @@ TEST_F(ReviewChanges, KnowWhetherTheirLinesAreEqual)
 {
     Write(L"a", "sum 1\nalt\nx\n", "sum 1 EUR\nneu\nx\n");
     Write(L"b", "sum 2\nx\n", "sum 2 EUR\nx\n");
-    // Two places, and no line with text stays: one decision.
+    // Both places change and no line with text stays, so this is one decision.
     Write(L"c", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
     Write(L"d", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
 

@@ -57,13 +57,13 @@ protected:
         return L"";
     }
 
-    /// True if anything of a decision's own files is left.
+    /// True if any of the decision's own files is left.
     bool HasPlan() const { return Holds(Runner::c_DecisionFile) || Holds(c_Claims); }
     bool Holds(const std::wstring& name) const { return !LbOs::IsMissing(m_folder.GetPathOf(name)); }
 
     std::optional<SOutcome> Finish() const { return Runner::FinishDecision(m_folder.GetPath()); }
 
-    /// What the folder's decision fails with.
+    /// The reason why the folder's decision cannot be finished; empty if it can.
     std::wstring GetFailure() const
     {
         try
@@ -100,7 +100,7 @@ protected:
         ASSERT_EQ(Runner::CClaims(m_folder.GetPath(), files).Claim(), L"");
     }
 
-    /// What a step of an interrupted decision has done.
+    /// Does what an interrupted decision may have done: replaces the reference of its first file.
     void AcceptFirst(const std::wstring& name) const
     {
         ASSERT_TRUE(LbOs::RenameFile(m_folder.GetPathOf(c_Claims + L"/0"), m_folder.GetPathOf(name)));
@@ -108,7 +108,7 @@ protected:
 
     const std::wstring c_Claims = std::wstring(Runner::c_DecisionFile) + L".files";
 
-    /// The parts that files with these contents have.
+    /// The parts in which files with these contents differ.
     static Runner::PartNames GetParts(const std::string& expected, const std::string& received)
     {
         Runner::PartNames names;
@@ -240,7 +240,7 @@ TEST_F(ReviewDecision, IsFinishedIfItWasInterruptedAtItsBeginning)
     EXPECT_FALSE(HasPlan());
 }
 
-/// A run has written the output of both files again, that of one as before.
+/// A run has written the output of "b" and "c" again, that of "c" as before.
 TEST_F(ReviewDecision, IsFinishedWithTheSameOutputAfterAnotherRun)
 {
     InterruptLate(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "old", "new"), Write(L"c", "old", "new")});

@@ -11,7 +11,7 @@ namespace
 
 using Texts = std::vector<std::string_view>;
 
-/// "removed>added" for each of the hunks, in which "|" is between lines.
+/// Each hunk as "removed>added", with "|" between its lines.
 std::vector<std::string> pair(const Texts& removed, const Texts& added)
 {
     const auto join = [](const Texts& lines) {

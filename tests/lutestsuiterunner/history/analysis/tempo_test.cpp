@@ -15,7 +15,7 @@ constexpr std::size_t c_Runs = 60;
 constexpr std::size_t c_Change = 40;
 constexpr double c_SmallestChange = 0.03;
 
-/// The tempo from run 40 on, compared with the runs before, if of ten cases this many take 10 % longer from then on.
+/// The tempo from run 40 on, relative to the runs before, if this many of ten cases take 10 % longer from run 40 on.
 double getLateTempo(std::size_t slowerOfTen)
 {
     SyntheticRuns::SSettings settings;

@@ -18,7 +18,7 @@ class HistoryJson : public CFindingsArchive
 {
 };
 
-/// Exact in each step, so that each platform has the same noise: about a normal distribution, in percent.
+/// Noise in percent, about normally distributed. Each step is exact, so that each platform has the same noise.
 double makeNoise(CRandomNumbers& random)
 {
     constexpr int c_Parts = 8;
