@@ -1,9 +1,9 @@
 /// Prints the cost of a malloc and free pair in nanoseconds: heap_pairs MODE THREADS PAIRS
 ///
 /// MODE is "untracked", "installed" (the functions are patched, no tracker is active) or "tracked". PAIRS is the number
-/// of pairs per thread, measured in pieces; a piece ends when all threads have finished it, and the result is the
-/// median of the pieces divided by the pairs of one thread. benchmarks/compare-heap starts it in all modes, and other
-/// tools for comparison.
+/// of pairs per thread. They are measured in pieces; a piece ends when all threads have finished it. The result is the
+/// median of the pieces divided by the pairs of one thread. benchmarks/compare-heap runs this program in all modes and
+/// compares it with other tools.
 #include <algorithm>
 #include <array>
 #include <cstdint>

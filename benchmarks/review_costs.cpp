@@ -1,7 +1,7 @@
 /// Measures the cost of reviewing references, for 1,000, 10,000 and 100,000 files that have changed. There are ten
-/// causes; each file changed for one of them, for up to three, or for up to three in lines with values of each file.
-/// Measures the search at the end of a run, the first screen, and accepting all. Ends with status 1 if a limit is
-/// exceeded, or if there are more than 15 decisions.
+/// causes. In the three variants, each file has one cause, up to three causes, or up to three causes in lines with
+/// values that differ between files. Measures the search at the end of a run, the first screen, and accepting all. Ends
+/// with status 1 if a limit is exceeded, or if there are more than 15 decisions.
 
 #include <chrono>
 #include <cstdio>
@@ -44,10 +44,10 @@ enum class ECauses
 {
     One,       ///< each file has one cause
     Several,   ///< up to three
-    OwnValues, ///< up to three, in lines with values of each file
+    OwnValues, ///< up to three, in lines with values that differ between files
 };
 
-/// A line that a cause changes; no digit tells the causes apart.
+/// A line that a cause changes. The lines of two causes differ in a letter and not only in digits.
 std::string makeLine(const char* word, int cause, int number, ECauses causes)
 {
     const std::string value = causes == ECauses::OwnValues ? " of " + std::to_string(number) + ".5" : "";

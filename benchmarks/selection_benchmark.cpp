@@ -88,7 +88,7 @@ std::wstring makeChoice(std::size_t index)
     return choice + L")\\.txt$";
 }
 
-/// Only the standard library's engine can match a look-ahead. It is asked only about names that contain the text.
+/// Only the standard library's engine can match a look-ahead. It is applied only to names that contain "set <number>".
 std::wstring makeLookAhead(std::size_t index)
 {
     return LbFormat(L"(?!.*bak)set %06u", index * 37);

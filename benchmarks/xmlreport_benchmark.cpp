@@ -15,7 +15,7 @@ constexpr std::uint32_t c_Cases = 100000;
 constexpr std::uint32_t c_Classes = 300;
 constexpr std::int64_t c_LargeSize = 200'000'000;
 
-/// A report file that is removed with the object: all cases, repeated until the file has its size.
+/// A report file that is removed with the object. Repeats all cases until the file has the requested size.
 class CReportFile
 {
 public:
