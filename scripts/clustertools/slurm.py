@@ -82,7 +82,8 @@ def as_munge():
 
 
 def get_user_name():
-    """By the process's own id: the environment may name another user. Throws KeyError if the id has no name."""
+    """The user's name by the process's own id, because the environment may name another user. Throws KeyError if the id
+    has no name."""
     return pwd.getpwuid(os.getuid()).pw_name
 
 
@@ -213,7 +214,7 @@ class Cluster:
         return True
 
     def _wait_for_start(self, condition, limit):
-        """Does not wait any longer if a daemon has ended."""
+        """Stops waiting when a daemon has ended."""
         def ended():
             return sorted(set(self._read_record()) - set(self.get_processes()))
 
@@ -288,7 +289,7 @@ class Cluster:
     def kill_tasks(self, node):
         """Kills the node's tasks with all of their processes, as if the machine were lost."""
         mark = f"SLURMD_NODENAME={node}".encode()
-        # These processes come first, because they would report how the tasks end.
+        # The processes that watch over tasks come first, because they would report how the tasks end.
         for process in self.find_steps():
             if f"{self.folder}/slurmd-{node}.log" in opened_files(process):
                 send_signal(process, signal.SIGKILL)

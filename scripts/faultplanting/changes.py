@@ -75,7 +75,7 @@ def draw(tree, patterns, seed):
 
 def _changes_in(tree, name):
     lines = tree.text_of(name).splitlines()
-    # Without literals and comments, which changes the columns of what follows.
+    # The text without literals and comments: what follows them is at other columns.
     code = tree.code_of(name)
     in_function = {number for first, last in functions_of(code) for number in range(first + 1, last)}
     for number, (line, bare) in enumerate(zip(lines, code.splitlines()), 1):

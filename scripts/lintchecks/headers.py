@@ -15,7 +15,7 @@ OPTIONS = ["-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Wpedantic", "-We
 # What the build gives to every source of the library.
 DEFINITIONS = ['-DLUTESTSUITE_BUILD_CONFIGURATION="Release"']
 GOOGLETEST = "/usr/src/googletest"
-# The build knows where the frameworks are. These sources show that the headers compile.
+# Headers that need a framework, which only the build finds, and the sources whose build shows that they compile.
 ADAPTERS = {
     "benchmarks/trivialcatch2tests.h": "benchmarks/catch2_trivial.cpp",
     "testing/lutestsuite/catch2.h": "tests/foreign/catch2/adapter.cpp",

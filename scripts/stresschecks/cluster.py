@@ -1,5 +1,5 @@
-"""Distributed runs over a Slurm of this machine that lose nodes, tasks and their submitter: the result is whole each
-time, and nothing counts twice."""
+"""Distributed runs over a Slurm of this machine that lose nodes, tasks and their submitter: the result is complete
+each time, and nothing counts twice."""
 import json
 import os
 import random

@@ -1,4 +1,4 @@
-"""Comparison of the reports of two runs but for times."""
+"""Compares the reports of two runs, except for times."""
 import json
 import os
 import re

@@ -103,8 +103,8 @@ def count_journals(out):
 
 
 def kill_at_random(process, longest, out):
-    """False if the process had ended before. Every other process is killed soon after it has begun its journal, since
-    much of its time passes before and after the cases."""
+    """False if the process had ended before. About half of the processes are killed soon after they have begun a
+    journal, since much of their time passes before and after the cases."""
     before = count_journals(out)
     if random.random() < 0.5:
         while process.poll() is None and count_journals(out) == before:
