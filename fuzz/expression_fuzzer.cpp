@@ -16,7 +16,7 @@ namespace
 
 using Fuzzing::Check;
 
-/// The standard library is too slow for longer expressions.
+/// The standard library is too slow for longer names and expressions.
 constexpr std::size_t c_LongestName = 6;
 constexpr std::size_t c_LongestExpression = 30;
 
