@@ -76,7 +76,7 @@ endif()
 function(lutestsuite_link_framework module)
     target_link_libraries(${module} PRIVATE ${ARGN})
     foreach(library IN LISTS ARGN)
-        # It becomes a part of a shared library.
+        # The library becomes a part of a shared library.
         get_target_property(aliased ${library} ALIASED_TARGET)
         if(aliased)
             set_target_properties(${aliased} PROPERTIES POSITION_INDEPENDENT_CODE ON)

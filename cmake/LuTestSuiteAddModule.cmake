@@ -46,7 +46,7 @@ endfunction()
 #
 # Each build also writes lutestsuite-build.txt beside the hosts, from which reports and the history name the build: the
 # commit of the git checkout that tracks the CMakeLists.txt of the call; empty without one. With BUILD_RECORD it is a
-# copy of that file, with lines "Server: ...", "Repository: ...", "Branch: ...", "Changeset: ...",
+# copy of <file>, with lines "Server: ...", "Repository: ...", "Branch: ...", "Changeset: ...",
 # "ChangesetAuthor: ..." and "WorkspacePath: ...".
 function(lutestsuite_deploy_host)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "BUILD_RECORD" "")

@@ -1,6 +1,7 @@
-# Read by CTest: adds the cases of one module as tests. Written by lutestsuite_discover_tests, which sets:
-# LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind "--"), LUTESTSUITE_IN_PROCESS,
-# LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_PROPERTIES, and of these LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
+# Adds the cases of one module as tests. CTest reads a script that lutestsuite_discover_tests has written; the script
+# includes this file and sets: LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind
+# "--"), LUTESTSUITE_IN_PROCESS, LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_PROPERTIES, and for two of these properties
+# LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
 
 # Called by the script that "LuTestSuiteRunner list --ctest" writes; `state` is "", SERIAL or DISABLED.
 function(lutestsuite_add_case name class folder time_limit state)
@@ -26,7 +27,7 @@ function(lutestsuite_add_case name class folder time_limit state)
     string(REPLACE "/" ";" folders "${folder}")
     set(labels "${class}" ${folders} ${folder})
     list(REMOVE_DUPLICATES labels)
-    # CTest adds labels to those before. One call, because each one searches all tests.
+    # CTest adds labels to the existing ones. All properties are set in one call, because each call searches all tests.
     set_tests_properties("${test}" PROPERTIES LABELS "${labels}" ${properties} ${LUTESTSUITE_PROPERTIES})
 endfunction()
 
