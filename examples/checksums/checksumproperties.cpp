@@ -90,7 +90,8 @@ private:
         Check(inOrder != exchanged, L"both are %08X", inOrder);
     }
 
-    /// The lower half is the sum of the bytes plus 1. 257 bytes of value 254 and one of 242 make it 65521, which is 0.
+    /// The lower half is 1 plus the sum of the bytes, modulo 65521. 257 bytes of 254 and one of 242 make the sum 65521,
+    /// so it is 0.
     void checkModulus()
     {
         constexpr uLong c_LowerHalf = 0xFFFF;
