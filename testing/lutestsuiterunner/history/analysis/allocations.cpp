@@ -6,10 +6,9 @@ namespace Runner::History
 std::optional<SCountChange> FindCountChange(std::span<const std::uint64_t> counts)
 {
     constexpr std::size_t c_Stable = 5;
-    constexpr std::size_t c_RunsPerChange = 10;
     std::optional<SCountChange> change;
-    std::size_t equal = 1;   // values at the end of what was looked at
-    std::size_t changes = 0; // so far
+    std::size_t equal = 1;    // values at the end of what was looked at
+    std::size_t unstable = 0; // changes so far after fewer equal values than a stable count has
     for (std::size_t index = 1; index < counts.size(); ++index)
     {
         if (counts[index] == counts[index - 1])
@@ -17,12 +16,12 @@ std::optional<SCountChange> FindCountChange(std::span<const std::uint64_t> count
             ++equal;
             continue;
         }
-        if (equal >= c_Stable && changes <= index / c_RunsPerChange)
+        if (equal >= c_Stable && equal > unstable)
         {
             change = SCountChange{index, counts[index - 1], counts.back()};
         }
+        unstable += equal < c_Stable ? 1 : 0;
         equal = 1;
-        ++changes;
     }
     return change && change->before != change->after ? change : std::nullopt;
 }

@@ -16,8 +16,8 @@ struct SCountChange
     std::uint64_t after = 0; ///< the newest value
 };
 
-/// The newest change of a stable count: at least five equal values, followed by another newest value. Empty if the
-/// count was never stable, or changed earlier in more than one of ten runs.
+/// The newest change of a stable count: at least five equal values, followed by another newest value. If the count
+/// changed earlier after fewer equal values, there must be more equal values than there were changes like that.
 std::optional<SCountChange> FindCountChange(std::span<const std::uint64_t> counts);
 
 } // namespace Runner::History

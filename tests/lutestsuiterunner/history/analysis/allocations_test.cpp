@@ -38,6 +38,17 @@ TEST(HistoryAllocations, CountsThatWereNeverStableHaveNoChange)
     EXPECT_FALSE(find({1, 2, 1, 2, 1, 2, 2, 2, 2, 2, 3}));
 }
 
+TEST(HistoryAllocations, EarlierChangesDoNotHideAChangeOfAStableCount)
+{
+    EXPECT_TRUE(find({100, 100, 105, 105, 105, 105, 105, 106}));
+    EXPECT_TRUE(find({5, 5, 5, 5, 5, 6, 6, 6, 6, 6, 7, 7, 7, 7, 7, 8}));
+}
+
+TEST(HistoryAllocations, UnstableCountThatBecameStableIsStable)
+{
+    EXPECT_TRUE(find({1, 2, 1, 2, 1, 2, 2, 2, 2, 2, 2, 3}));
+}
+
 TEST(HistoryAllocations, CountThatCameBackHasNoChange)
 {
     EXPECT_FALSE(find({7, 7, 7, 7, 7, 9, 7}));
