@@ -32,10 +32,10 @@ SRecordedCase getCase(const CRunState& state, std::uint32_t index, const SAttemp
     constexpr float c_SecondsPerNanosecond = 1e-9F;
     const SPlan& plan = state.GetPlan();
     const LuTestSuiteRun::SCaseInfo& info = attempt.result.info;
-    const EVerdict verdict = state.GetVerdict(index);
     SRecordedCase recorded = makeCanceled(plan, index);
     recorded.measured.result = info.result;
-    recorded.measured.hasBoth = verdict == EVerdict::Flaky || verdict == EVerdict::FailedShared;
+    // A case that fails only in the shared process depends on the cases before it, which is no chance.
+    recorded.measured.hasBoth = state.GetVerdict(index) == EVerdict::Flaky;
     recorded.measured.seconds = static_cast<float>(info.time) * c_SecondsPerNanosecond;
     recorded.measured.memory = info.peakMemory;
     if (GetParams(plan, index).trackHeap)

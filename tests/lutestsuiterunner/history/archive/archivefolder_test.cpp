@@ -132,6 +132,21 @@ TEST_F(HistoryArchive, JournalsTakePrecedenceOverTheirReport)
 
 TEST_F(HistoryArchive, PlannedCasesThatDidNotRunAreCanceled)
 {
+TEST_F(HistoryArchive, CaseThatFailsOnlyInTheSharedProcessHasNoSecondOutcome)
+{
+    const auto writer = Runner::CRunFolder(m_folder.GetPathOf(L"Lauf 1")).BeginRun(MakeSamplePlan());
+    writer->Write(MakeStart(0));
+    writer->Write(MakeEnd(0, ECaseRunResult::Different));
+    writer->Write(MakeStart(0, 2, Runner::EAttemptKind::Confirm));
+    writer->Write(MakeEnd(0, ECaseRunResult::Ok, 2));
+    writer->Close();
+
+    const SMeasured measured = findMeasured(read(), L"eins.txt");
+
+    EXPECT_EQ(measured.result, ECaseRunResult::Different);
+    EXPECT_FALSE(measured.hasBoth);
+}
+
     const auto writer = Runner::CRunFolder(m_folder.GetPathOf(L"Lauf 1")).BeginRun(MakeSamplePlan());
     writer->Write(MakeStart(3));
     writer->Write(MakeEnd(3, ECaseRunResult::Ok));
