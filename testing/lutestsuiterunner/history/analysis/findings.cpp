@@ -42,13 +42,15 @@ Beginning getAllocations(const SCaseFindings& findings)
 }
 
 constexpr SFindingKind c_Kinds[] = {
-    {"new-failures", L"Neue Fehlschläge", L"Zuletzt fehlgeschlagen, davor bestanden.", true,
+    {"new-failures", L"Neue Fehlschläge", L"Zuletzt fehlgeschlagen, davor bestanden oder neu.", true,
      [](const SCaseFindings& findings) { return findings.outcomes.newFailure; }},
     {"flaky", L"Wackelige Fälle", L"Das Ergebnis wechselt hin und zurück.", true, getFlaky},
     {"quarantine", L"Vorschläge für die Quarantäne", L"Mit demselben Build bestanden und fehlgeschlagen.", true,
      getQuarantine},
     {"missing", L"Fehlende Fälle", L"Nicht mehr im neuesten Lauf.", true,
      [](const SCaseFindings& findings) { return findings.outcomes.missing; }},
+    {"not-run", L"Nicht ausgeführte Fälle", L"Im neuesten Lauf ohne Ergebnis.", true,
+     [](const SCaseFindings& findings) { return findings.outcomes.notRun; }},
     {"slower", L"Langsamer", L"Die Zeit ist gestiegen.", true, getStep<&SCaseFindings::times, true>},
     {"hungrier", L"Mehr Speicher", L"Der höchste Speicherbedarf ist gestiegen.", true,
      getStep<&SCaseFindings::memory, true>},

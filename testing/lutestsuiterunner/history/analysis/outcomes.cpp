@@ -43,7 +43,7 @@ std::vector<SVerdict> getVerdicts(std::span<const EOutcome> outcomes)
     return verdicts;
 }
 
-std::vector<SStreak> getStreaks(const std::vector<SVerdict>& verdicts)
+std::vector<SStreak> getStreaks(std::span<const SVerdict> verdicts)
 {
     std::vector<SStreak> streaks;
     for (std::size_t index = 0; index < verdicts.size(); ++index)
@@ -77,7 +77,7 @@ struct SBuildProof
     bool hasReturned = false; ///< its outcome changed and changed back, or it passed and failed within one run
 };
 
-SBuildProof findProof(const CTable& table, std::size_t testCase, const std::vector<SVerdict>& verdicts)
+SBuildProof findProof(const CTable& table, std::size_t testCase, std::span<const SVerdict> verdicts)
 {
     std::map<std::wstring_view, std::vector<SVerdict>> builds;
     SBuildProof proof;
@@ -123,21 +123,40 @@ std::optional<SFlakiness> findFlakiness(const CTable& table, std::size_t testCas
     return flaky;
 }
 
-/// True if it is unlikely that a case that was flaky before the streak fails this long by chance.
-bool isLasting(const std::vector<SVerdict>& verdicts, const std::vector<SStreak>& streaks, std::size_t number)
+/// True if the case was known to be flaky before the streak: one of two outcomes was left and came back at least twice,
+/// or runs of one build prove it. A single short failure may be a defect that was fixed soon.
+bool isKnownFlaky(const CTable& table, std::size_t testCase, std::span<const SVerdict> before,
+                  const std::vector<SStreak>& streaks, std::size_t number)
 {
-    constexpr double c_SmallestProbability = 0.01;
-    const SStreak& streak = streaks[number];
-    bool hasReturned = false;
+    constexpr std::size_t c_FewestReturns = 2;
+    std::size_t failures = 0;
+    std::size_t passes = 0;
     for (std::size_t earlier = 0; earlier < number; ++earlier)
     {
-        hasReturned = hasReturned || isDeparture(streaks, earlier);
+        if (isDeparture(streaks, earlier))
+        {
+            ++(streaks[earlier].hasFailed ? failures : passes);
+        }
     }
-    if (!hasReturned)
+    if (std::max(failures, passes) >= c_FewestReturns)
     {
         return true;
     }
-    const auto before = verdicts | std::views::take(streak.first);
+    const SBuildProof proof = findProof(table, testCase, before);
+    return proof.hasBoth || proof.hasReturned;
+}
+
+/// True unless the case was known to be flaky before the streak and fails this long by chance.
+bool isLasting(const CTable& table, std::size_t testCase, const std::vector<SVerdict>& verdicts,
+               const std::vector<SStreak>& streaks, std::size_t number)
+{
+    constexpr double c_SmallestProbability = 0.01;
+    const SStreak& streak = streaks[number];
+    const std::span<const SVerdict> before = std::span(verdicts).first(streak.first);
+    if (!isKnownFlaky(table, testCase, before, streaks, number))
+    {
+        return true;
+    }
     const auto alike = std::ranges::count(before, streak.hasFailed, &SVerdict::hasFailed);
     const double rate = static_cast<double>(alike + 1) / static_cast<double>(streak.first + 2);
     double probability = 1.0;
@@ -148,21 +167,28 @@ bool isLasting(const std::vector<SVerdict>& verdicts, const std::vector<SStreak>
     return probability <= c_SmallestProbability;
 }
 
-void findChange(const std::vector<SVerdict>& verdicts, const std::vector<SStreak>& streaks, SOutcomeFindings& findings)
+void findChange(const CTable& table, std::size_t testCase, const std::vector<SVerdict>& verdicts,
+                const std::vector<SStreak>& streaks, SOutcomeFindings& findings)
 {
     const std::size_t last = streaks.size() - 1;
     if (last == 0)
     {
+        // A case that has failed since the first run is no change.
+        if (streaks[last].hasFailed && findings.added)
+        {
+            const std::size_t index = verdicts.front().run;
+            findings.newFailure = SBeginning{index, findings.added->index, index};
+        }
         return;
     }
     if (streaks[last].hasFailed)
     {
-        if (isLasting(verdicts, streaks, last))
+        if (isLasting(table, testCase, verdicts, streaks, last))
         {
             findings.newFailure = getBeginning(verdicts, streaks[last]);
         }
     }
-    else if (!isDeparture(streaks, last - 1) && isLasting(verdicts, streaks, last - 1))
+    else if (!isDeparture(streaks, last - 1) && isLasting(table, testCase, verdicts, streaks, last - 1))
     {
         findings.fixed = getBeginning(verdicts, streaks[last]);
     }
@@ -189,12 +215,23 @@ void findPresence(std::span<const EOutcome> outcomes, SOutcomeFindings& findings
     }
 }
 
+/// A property of the newest run: two interrupted runs in a row are no better than one.
+void findNotRun(std::span<const EOutcome> outcomes, SOutcomeFindings& findings)
+{
+    if (outcomes.back() == EOutcome::Undecided)
+    {
+        const std::size_t index = outcomes.size() - 1;
+        findings.notRun = SBeginning{index, index, index};
+    }
+}
+
 } // namespace
 
 SOutcomeFindings FindOutcomes(const CTable& table, std::size_t testCase)
 {
     SOutcomeFindings findings;
     const std::span<const EOutcome> outcomes = table.GetOutcomes(testCase);
+    findNotRun(outcomes, findings);
     const bool isSteady = std::ranges::adjacent_find(outcomes, std::ranges::not_equal_to()) == outcomes.end();
     if (isSteady && !table.HasBoth(testCase))
     {
@@ -208,7 +245,7 @@ SOutcomeFindings FindOutcomes(const CTable& table, std::size_t testCase)
         findings.flaky = findFlakiness(table, testCase, verdicts, streaks);
         if (!findings.missing)
         {
-            findChange(verdicts, streaks, findings);
+            findChange(table, testCase, verdicts, streaks, findings);
         }
     }
     return findings;

@@ -32,13 +32,14 @@ struct SFlakiness
 
 struct SOutcomeFindings
 {
-    std::optional<SBeginning> newFailure; ///< fails in the newest run, and has passed before
+    std::optional<SBeginning> newFailure; ///< fails in the newest run, and has passed before or is new
     std::optional<SBeginning> fixed;      ///< passes in the newest run, and has failed before
     std::optional<SBeginning> missing;    ///< not in the newest run
+    std::optional<SBeginning> notRun;     ///< in the newest run without an outcome
     std::optional<SBeginning> added;      ///< in the newest run, but not in the first ones
     std::optional<SFlakiness> flaky;
 
-    bool IsEmpty() const { return !newFailure && !fixed && !missing && !added && !flaky; }
+    bool IsEmpty() const { return !newFailure && !fixed && !missing && !notRun && !added && !flaky; }
 };
 
 SOutcomeFindings FindOutcomes(const CTable& table, std::size_t testCase);

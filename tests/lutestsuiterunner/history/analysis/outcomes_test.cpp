@@ -95,12 +95,41 @@ TEST(HistoryOutcomes, EachReturnOfFlakyCasesIsCounted)
 
 TEST(HistoryOutcomes, SingleFailureOfFlakyCaseIsNotNew)
 {
-    EXPECT_FALSE(findOutcomes("PPPPFPPPPPPPPPF").newFailure);
+    EXPECT_FALSE(findOutcomes("PPPPFPPPPFPPPPF").newFailure);
+    EXPECT_FALSE(findOutcomes("FFFPFFFFPFFFFPF").newFailure);
+}
+
+TEST(HistoryOutcomes, SingleFailureAfterProofOfOneBuildIsNotNew)
+{
+    EXPECT_FALSE(findOutcomes("PPPPFPPPPPPPPPF", "abcddefghijklmn").newFailure);
+}
+
+TEST(HistoryOutcomes, OneEarlierShortFailureDoesNotHideANewOne)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPPFPPPPPPPPPF");
+    ASSERT_TRUE(findings.newFailure);
+    EXPECT_EQ(findings.newFailure->index, 14U);
+    EXPECT_TRUE(findOutcomes("PPPPFPF").newFailure);
+}
+
+TEST(HistoryOutcomes, FailureOnTheBuildOfAPassIsNew)
+{
+    EXPECT_TRUE(findOutcomes("PPPPPF", "abcdee").newFailure);
+}
+
+TEST(HistoryOutcomes, NewCaseThatFailsIsANewFailure)
+{
+    const SOutcomeFindings findings = findOutcomes("--CFF");
+    ASSERT_TRUE(findings.newFailure);
+    EXPECT_EQ(findings.newFailure->index, 3U);
+    EXPECT_EQ(findings.newFailure->first, 2U);
+    EXPECT_EQ(findings.newFailure->last, 3U);
+    EXPECT_FALSE(findOutcomes("FFFF").newFailure);
 }
 
 TEST(HistoryOutcomes, LongFailureOfFlakyCaseIsNew)
 {
-    const SOutcomeFindings findings = findOutcomes("PPPPFPPPPPPPPPFFFFF");
+    const SOutcomeFindings findings = findOutcomes("PPPPFPPPPFPPPPFFFFF");
     ASSERT_TRUE(findings.newFailure);
     EXPECT_EQ(findings.newFailure->index, 14U);
     EXPECT_TRUE(findings.flaky);
@@ -162,6 +191,17 @@ TEST(HistoryOutcomes, MissingCaseIsNoNewFailure)
 TEST(HistoryOutcomes, CanceledCaseIsNotMissing)
 {
     EXPECT_FALSE(findOutcomes("PPPPC").missing);
+}
+
+TEST(HistoryOutcomes, CaseWithoutOutcomeInTheNewestRunIsNotRun)
+{
+    const SOutcomeFindings findings = findOutcomes("PPPCC");
+    ASSERT_TRUE(findings.notRun);
+    EXPECT_EQ(findings.notRun->index, 4U);
+    EXPECT_TRUE(findOutcomes("CCC").notRun);
+    EXPECT_TRUE(findOutcomes("--C").notRun);
+    EXPECT_FALSE(findOutcomes("PPCPP").notRun);
+    EXPECT_FALSE(findOutcomes("PPCC-").notRun);
 }
 
 TEST(HistoryOutcomes, CaseOfLaterRunsOnlyIsNew)
