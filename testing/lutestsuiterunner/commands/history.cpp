@@ -133,6 +133,28 @@ bool printGates(const std::vector<SGateResult>& gates)
     return isGreen;
 }
 
+/// If a run that cannot be read may be the newest one, no gate holds: it would judge the run before it.
+std::vector<SGateResult> checkGates(const std::vector<SGate>& gates, const SArchiveContent& content,
+                                    const std::vector<SAnalysis>& analyses, std::size_t newest)
+{
+    std::vector<SGateResult> results;
+    for (const SGate& gate : gates)
+    {
+        results.push_back(CheckGate(gate, analyses, newest));
+        results.back().holds = results.back().holds && content.unreadable.empty();
+    }
+    return results;
+}
+
+void printUnreadable(const std::vector<std::wstring>& unreadable)
+{
+    for (const std::wstring& name : unreadable)
+    {
+        print(LbFormat(L"Fehler: %s ist nicht lesbar und vielleicht der neueste Lauf: keine Bedingung ist erfüllt\n",
+                       name));
+    }
+}
+
 } // namespace
 
 int Execute(const SHistoryOptions& options)
@@ -155,11 +177,7 @@ int Execute(const SHistoryOptions& options)
         throw LbFormat(L"Verzeichnis %s enthält keinen lesbaren Lauf", options.archive);
     }
     const std::vector<SAnalysis> analyses = analyze(content, options, rules);
-    std::vector<SGateResult> results;
-    for (const SGate& gate : gates)
-    {
-        results.push_back(CheckGate(gate, analyses, options.since));
-    }
+    const std::vector<SGateResult> results = checkGates(gates, content, analyses, options.since);
     if (!options.html.empty())
     {
         write(options.html, MakePage(analyses, results, options.since));
@@ -169,6 +187,10 @@ int Execute(const SHistoryOptions& options)
         write(options.json, MakeJson(analyses, results, options.since));
     }
     printSummary(analyses, options.since);
+    if (!gates.empty())
+    {
+        printUnreadable(content.unreadable);
+    }
     return printGates(results) ? LuTestSuiteHost::c_Succeeded : LuTestSuiteHost::c_Failed;
 }
 

@@ -1,3 +1,5 @@
+#include <chrono>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -160,11 +162,19 @@ protected:
         }
     }
 
-    void writeReport(const std::wstring& name, const std::wstring& begin, const std::vector<std::wstring>& cases) const
+    /// Sets the time of a file's last change.
+    void setAge(const std::wstring& name, std::chrono::hours age) const
+    {
+        std::filesystem::last_write_time(getArchive() + LbPath::c_Separator + name,
+                                         std::filesystem::file_time_type::clock::now() - age);
+    }
+
+    void writeReport(const std::wstring& name, const std::wstring& begin, const std::vector<std::wstring>& cases,
+                     const std::wstring& configuration = L"Release x64") const
     {
         m_folder.MakeFolder(L"archiv");
         LuTestSuiteReport::SReportData data;
-        data.BuildConfiguration = L"Release x64";
+        data.BuildConfiguration = configuration;
         data.DateBegin = begin;
         for (const std::wstring& testCase : cases)
         {
@@ -246,11 +256,53 @@ TEST_F(RunnerHistory, DamagedReportIsNamedAndNothingElseIsLost)
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"});
     writeReport(L"c.xml", L"2026-01-03 00:00:00", {L"x"});
     m_folder.WriteFile(L"archiv/b.xml", "<testsuite><unfinished");
+    setAge(L"b.xml", std::chrono::hours(1));
     const SHostRun run = history({L"--gate", L"missing=1"});
 
     EXPECT_EQ(run.exitStatus, 0) << run.output;
     ExpectLine(run.errors, "b.xml wurde nicht gelesen und fehlt in der Auswertung.\n");
     ExpectLine(run.output, "Release x64: 2 Läufe, im neuesten 1 Fall\n  Fehlende Fälle: 1\n");
+}
+
+TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportIsDamaged)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
+    setAge(L"a.xml", std::chrono::hours(1));
+    m_folder.WriteFile(L"archiv/b.xml", "<testsuite><unfinished");
+    // The second call takes the damaged report from the index.
+    for (int call = 0; call < 2; ++call)
+    {
+        const SHostRun run = history({L"--gate", L"new-failures=0"});
+        EXPECT_EQ(run.exitStatus, 1) << run.errors;
+        ExpectLine(run.output, "Fehler: b.xml ist nicht lesbar und vielleicht der neueste Lauf: "
+                               "keine Bedingung ist erfüllt\nnew-failures=0: nicht erfüllt (gezählt: 0)\n");
+    }
+    EXPECT_EQ(history().exitStatus, 0);
+}
+
+TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportOfOneConfigurationMayBeDamaged)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
+    writeReport(L"c.xml", L"2026-01-03 00:00:00", {L"x"}, L"Debug x64");
+    m_folder.WriteFile(L"archiv/b.xml", "<testsuite><unfinished");
+    setAge(L"a.xml", std::chrono::hours(2));
+    setAge(L"b.xml", std::chrono::hours(1));
+
+    EXPECT_EQ(history({L"--gate", L"missing=0"}).exitStatus, 1);
+}
+
+TEST_F(RunnerHistory, GateCountsCasesThatTheNewestRunDidNotRun)
+{
+    writeArchive();
+    const Runner::SPlan plan = makePlan(c_Runs);
+    const auto writer = Runner::CRunFolder(getArchive() + LbPath::c_Separator + L"Lauf 99").BeginRun(plan);
+    writer->Write(MakeStart(0));
+    writer->Write(MakeEnd(0, ECaseRunResult::Ok));
+    writer->Close();
+    const SHostRun run = history({L"--gate", L"not-run=0"});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    ExpectLine(run.output, "not-run=0: nicht erfüllt (gezählt: 23)\n  CKlasse:01 (seit Lauf 99)\n");
 }
 
 TEST_F(RunnerHistory, FileThatCannotBeWrittenEndsWithStatusTwo)

@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/history/archive/archivefolder.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 #include <optional>
 #include <tuple>
@@ -27,7 +28,7 @@ struct SReadRun
 {
     std::optional<SRecordedRun> recorded; ///< nothing if it cannot be read
     std::vector<SFileStamp> stamps;
-    std::string digest;
+    std::string digest; ///< see getDigest
 };
 
 std::vector<SFileStamp> getStamps(const std::wstring& folder, const SRunSource& source)
@@ -41,14 +42,26 @@ std::vector<SFileStamp> getStamps(const std::wstring& folder, const SRunSource& 
     return stamps;
 }
 
+/// Empty if one of the files exists and cannot be read.
 std::string getDigest(const std::wstring& folder, const SRunSource& source)
 {
     std::string digests;
     for (const std::wstring& file : source.files)
     {
-        digests += GetFileDigest(folder + file);
+        const std::string digest = GetFileDigest(folder + file);
+        if (digest.empty() && LbFileSystem::IsFile(folder + file))
+        {
+            return {};
+        }
+        digests += digest + ";";
     }
     return digests;
+}
+
+/// When the newest of the files changed.
+std::int64_t getTime(const SIndexedRun& run)
+{
+    return run.stamps.empty() ? 0 : std::ranges::max(run.stamps, {}, &SFileStamp::time).time;
 }
 
 /// True if the run's files are those of the index. If a file was changed when the index was written, or later, its time
@@ -57,11 +70,12 @@ bool isCurrent(const std::wstring& folder, const SRunSource& source, const SInde
 {
     std::vector<SFileStamp> stamps = getStamps(folder, source);
     const bool isOlder = std::ranges::all_of(stamps, [&](const SFileStamp& stamp) { return stamp.time < index.time; });
-    if (stamps == indexed.stamps && isOlder)
+    // Without a digest, a file could not be opened, which its time does not show.
+    if (stamps == indexed.stamps && isOlder && !indexed.digest.empty())
     {
         return true;
     }
-    const bool isSame = getDigest(folder, source) == indexed.digest;
+    const bool isSame = !indexed.digest.empty() && getDigest(folder, source) == indexed.digest;
     indexed.stamps = std::move(stamps);
     return isSame;
 }
@@ -114,11 +128,13 @@ private:
     void addBatch(const std::vector<SRunSource>& sources, std::size_t first, std::size_t end);
     void sortNames();
     void writeIndex();
+    std::vector<std::wstring> findUnreadable() const;
 
     std::wstring m_folder;
     SIndex m_index;
     CArchive m_archive;
     std::vector<SIndexedRun> m_runs;
+    std::vector<SIndexedRun> m_unreadable;
     std::size_t m_readCount = 0;
     bool m_isChanged = false;
 };
@@ -139,7 +155,7 @@ std::vector<SRunSource> CArchiveReader::takeIndexed()
             continue;
         }
         m_isChanged = m_isChanged || before != indexed->second.stamps;
-        m_runs.push_back(std::move(indexed->second));
+        (indexed->second.isReadable ? m_runs : m_unreadable).push_back(std::move(indexed->second));
         m_index.runs.erase(indexed);
     }
     // Removes runs that no longer exist.
@@ -159,8 +175,8 @@ void CArchiveReader::addBatch(const std::vector<SRunSource>& sources, std::size_
         SReadRun& read = batch[index - first];
         if (!read.recorded)
         {
-            LuTestSuiteOut::Write(L"Warnung: %s wurde nicht gelesen und fehlt in der Auswertung.\n",
-                                  m_folder + sources[index].name);
+            m_unreadable.push_back({std::move(read.stamps), std::move(read.digest), {}, /*isReadable*/ false});
+            m_unreadable.back().run.label.name = sources[index].name;
             continue;
         }
         m_runs.push_back({std::move(read.stamps), std::move(read.digest), m_archive.MakeRun(*read.recorded)});
@@ -218,6 +234,10 @@ void CArchiveReader::writeIndex()
     {
         runs.push_back(&run);
     }
+    for (const SIndexedRun& run : m_unreadable)
+    {
+        runs.push_back(&run);
+    }
     m_index.digest = WriteIndex(m_folder + c_IndexName, m_archive.GetNames(), runs);
     if (m_index.digest.empty())
     {
@@ -227,9 +247,35 @@ void CArchiveReader::writeIndex()
     }
 }
 
+/// Nobody knows the configuration and the begin of a run that cannot be read, only when its files changed.
+std::vector<std::wstring> CArchiveReader::findUnreadable() const
+{
+    std::map<std::wstring, std::int64_t> newest; // by configuration
+    for (const SIndexedRun& indexed : m_runs)
+    {
+        std::int64_t& time = newest[indexed.run.label.configuration];
+        time = std::max(time, getTime(indexed));
+    }
+    std::vector<std::wstring> names;
+    for (const SIndexedRun& indexed : m_unreadable)
+    {
+        if (std::ranges::any_of(newest, [&](const auto& one) { return getTime(indexed) >= one.second; }))
+        {
+            names.push_back(indexed.run.label.name);
+        }
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
 SArchiveContent CArchiveReader::Read()
 {
     readFiles(takeIndexed());
+    for (const SIndexedRun& indexed : m_unreadable)
+    {
+        LuTestSuiteOut::Write(L"Warnung: %s wurde nicht gelesen und fehlt in der Auswertung.\n",
+                              m_folder + indexed.run.label.name);
+    }
     if (m_isChanged)
     {
         sortNames();
@@ -239,6 +285,7 @@ SArchiveContent CArchiveReader::Read()
     content.names = m_archive.TakeNames();
     content.readCount = m_readCount;
     content.digest = m_index.digest;
+    content.unreadable = findUnreadable();
     for (SIndexedRun& indexed : m_runs)
     {
         content.runs.push_back(std::move(indexed.run));

@@ -17,6 +17,9 @@ struct SArchiveContent
     std::vector<SRun> runs;       ///< in the order of their begin
     std::size_t readCount = 0;    ///< of these, read from their files and not from the index
     std::string digest;           ///< the same for the same content; empty if there is no index
+    /// Runs that cannot be read, and whose files are not older than those of the newest run of some configuration: each
+    /// of them may be the newest run.
+    std::vector<std::wstring> unreadable;
 };
 
 /// Reads the runs of a folder: XML reports in it and in its folder "Archive", and the sub-folders that hold the journal

@@ -19,7 +19,7 @@ namespace
 {
 
 /// Contains the version of the format. The runs of an index of another version are read again.
-constexpr std::string_view c_Begin = "LuTestSuite history index 3\n";
+constexpr std::string_view c_Begin = "LuTestSuite history index 4\n";
 
 template<typename T, typename Get>
 void writeColumn(CByteWriter& writer, const SRun& run, const Get& get)
@@ -117,6 +117,7 @@ SIndexedRun readIndexedRun(CByteReader& reader, std::size_t nameCount)
         stamp.time = reader.Read<std::int64_t>();
     }
     indexed.digest = reader.ReadBytes();
+    indexed.isReadable = reader.Read<bool>();
     indexed.run = readRun(reader, nameCount);
     return indexed;
 }
@@ -160,6 +161,7 @@ std::string getContent(const std::vector<SCaseName>& names, const std::vector<co
             writer.Write(stamp.time);
         }
         writer.Write(std::string_view(run->digest));
+        writer.Write(run->isReadable);
         writeRun(writer, run->run);
     }
     return writer.GetBytes();

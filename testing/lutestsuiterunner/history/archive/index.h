@@ -27,6 +27,7 @@ struct SIndexedRun
     std::vector<SFileStamp> stamps; ///< from before they were read
     std::string digest;             ///< of their contents
     SRun run;
+    bool isReadable = true; ///< false: the run has only its name
 };
 
 struct SIndex

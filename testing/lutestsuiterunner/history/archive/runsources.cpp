@@ -83,6 +83,11 @@ std::vector<std::wstring> getRunFiles(const std::wstring& folder, const std::wst
     if (!files.empty())
     {
         files.push_back(prefix + c_PlanName);
+        // Replaces journals that cannot be read.
+        if (LbFileSystem::IsFile(folder + prefix + c_XmlReportName))
+        {
+            files.push_back(prefix + c_XmlReportName);
+        }
     }
     std::ranges::sort(files);
     return files;

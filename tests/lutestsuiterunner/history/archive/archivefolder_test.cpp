@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
 
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
@@ -130,8 +132,6 @@ TEST_F(HistoryArchive, JournalsTakePrecedenceOverTheirReport)
     EXPECT_EQ(measured.allocations, 7U);
 }
 
-TEST_F(HistoryArchive, PlannedCasesThatDidNotRunAreCanceled)
-{
 TEST_F(HistoryArchive, CaseThatFailsOnlyInTheSharedProcessHasNoSecondOutcome)
 {
     const auto writer = Runner::CRunFolder(m_folder.GetPathOf(L"Lauf 1")).BeginRun(MakeSamplePlan());
@@ -147,6 +147,8 @@ TEST_F(HistoryArchive, CaseThatFailsOnlyInTheSharedProcessHasNoSecondOutcome)
     EXPECT_FALSE(measured.hasBoth);
 }
 
+TEST_F(HistoryArchive, PlannedCasesThatDidNotRunAreCanceled)
+{
     const auto writer = Runner::CRunFolder(m_folder.GetPathOf(L"Lauf 1")).BeginRun(MakeSamplePlan());
     writer->Write(MakeStart(3));
     writer->Write(MakeEnd(3, ECaseRunResult::Ok));
@@ -288,6 +290,47 @@ TEST_F(HistoryArchive, UnreadableReportPrintsALineAndIsIgnored)
     CapturedOutput output;
     EXPECT_EQ(read().runs.size(), 1U);
     EXPECT_NE(output.GetText().find(L"b.xml wurde nicht gelesen"), std::wstring::npos);
+}
+
+TEST_F(HistoryArchive, UnreadableReportDoesNotChangeTheIndexAgain)
+{
+    write(L"a.xml", makeReport(L"1", {L"x"}));
+    writeText(L"b.xml", "<testsuite><unfinished");
+    CapturedOutput output;
+    read();
+    const std::wstring index = m_folder.GetPathOf(c_IndexName);
+    std::filesystem::last_write_time(index, std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));
+    const auto written = std::filesystem::last_write_time(index);
+    const SArchiveContent content = read();
+
+    EXPECT_EQ(std::filesystem::last_write_time(index), written);
+    EXPECT_EQ(content.runs.size(), 1U);
+    EXPECT_EQ(content.unreadable, std::vector<std::wstring>{L"b.xml"});
+    const std::wstring text = output.GetText();
+    EXPECT_NE(text.find(L"b.xml wurde nicht gelesen"), text.rfind(L"b.xml wurde nicht gelesen"));
+}
+
+TEST_F(HistoryArchive, RepairedReportIsRead)
+{
+    writeText(L"b.xml", "<testsuite><unfinished");
+    CapturedOutput output;
+    read();
+    write(L"b.xml", makeReport(L"2", {L"x"}));
+
+    EXPECT_EQ(read().runs.size(), 1U);
+    EXPECT_TRUE(read().unreadable.empty());
+}
+
+TEST_F(HistoryArchive, LaterReportReplacesDamagedJournals)
+{
+    const std::wstring folder = std::wstring(L"Lauf 1") + LbPath::c_Separator;
+    LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Lauf 1"));
+    writeText(folder + L"journal.ndjson", "{");
+    CapturedOutput output;
+    EXPECT_TRUE(read().runs.empty());
+    write(folder + L"report.xml", makeReport(L"1", {L"x"}));
+
+    EXPECT_EQ(read().runs.size(), 1U);
 }
 
 TEST_F(HistoryArchive, SecondReadingUsesOnlyTheIndex)
