@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <set>
 
 #include "base/lbparallel.h"
 #include "testing/lutestsuiterunner/history/analysis/randomnumbers.h"
@@ -131,20 +130,15 @@ void CCalibration::stepDown(const std::vector<std::vector<SFound>>& shuffled)
 {
     CStepFinder finder(m_rules.smallestChange, {});
     const std::vector<SFound> own = findStrongest(finder, getIdentity(m_runCount));
-    std::set<std::size_t> changed;
-    for (std::size_t known = 1; known != changed.size();)
+    for (std::size_t known = 1; known != m_changed.size();)
     {
-        known = changed.size();
-        m_thresholds.deviations = getLargest(shuffled, changed);
-        if (known == 0)
-        {
-            m_allThresholds = m_thresholds;
-        }
+        known = m_changed.size();
+        m_thresholds.deviations = getLargest(shuffled, m_changed);
         for (const SFound& found : own)
         {
             if (m_thresholds.IsExceededBy(found.steps))
             {
-                changed.insert(found.series);
+                m_changed.insert(found.series);
             }
         }
     }
@@ -215,8 +209,10 @@ SShuffleCheck CCalibration::Check() const
             // Uses seeds that differ from those of the thresholds.
             const std::uint64_t seed = MixBits(m_rules.checkSeed) ^ static_cast<std::uint64_t>(number);
             const std::vector<SFound> all = findStrongest(finder, getShuffled(seed));
-            alarms[static_cast<std::size_t>(number)] = static_cast<std::size_t>(std::ranges::count_if(
-                all, [this](const SFound& found) { return m_allThresholds.IsExceededBy(found.steps); }));
+            alarms[static_cast<std::size_t>(number)] =
+                static_cast<std::size_t>(std::ranges::count_if(all, [this](const SFound& found) {
+                    return m_thresholds.IsExceededBy(found.steps) && !m_changed.contains(found.series);
+                }));
         }
     });
     SShuffleCheck check;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -43,7 +44,8 @@ public:
     /// The noise that the series of a measure share in the runs' own order.
     SCommonNoise GetNoise(const SMeasure& measure) const;
 
-    /// Examines archives in shuffled orders that were not used for the thresholds.
+    /// Examines archives in shuffled orders that were not used for the thresholds, by the thresholds that findings
+    /// need. Leaves out the series with a step: no order of their runs is without a change.
     SShuffleCheck Check() const;
 
 private:
@@ -67,8 +69,8 @@ private:
     SStepRules m_rules;
     std::size_t m_testCount = 0;
     std::size_t m_shuffleCount = 0;
-    SThresholds m_allThresholds; ///< for a comparison of all series
     SThresholds m_thresholds;
+    std::set<std::size_t> m_changed; ///< the series with a step
 };
 
 } // namespace Runner::History

@@ -157,6 +157,23 @@ TEST(HistoryStatistics, ShuffledRunsAlarmAsRarelyAsTheRateAllows)
     EXPECT_LE(analysis.steps.check.archivesWithAlarm, 8U);
 }
 
+TEST(HistoryStatistics, SeriesWithAStepCauseNoAlarmInRandomOrders)
+{
+    SSettings settings;
+    settings.cases = 4;
+    settings.runs = 60;
+    settings.tempoDeviation = 0.0;
+    settings.factor = [](std::size_t testCase, std::size_t run) { return run >= 15 + 10 * testCase ? 2.0 : 1.0; };
+    SStepRules rules;
+    rules.alarmRate = 0.5;
+    rules.checks = 100;
+    const SyntheticRuns::SArchive archive = MakeArchive(settings);
+    const SAnalysis analysis = analyze(archive, rules);
+
+    EXPECT_EQ(countStepped(analysis), 4U);
+    EXPECT_EQ(analysis.steps.check.alarms, 0U);
+}
+
 TEST(HistoryStatistics, SmallerRateRaisesTheThresholds)
 {
     SSettings settings;
