@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <map>
+#include <optional>
 
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
@@ -16,6 +17,7 @@
 #include "testing/lutestsuiterunner/history/analysis/gates.h"
 #include "testing/lutestsuiterunner/history/analysis/stepstore.h"
 #include "testing/lutestsuiterunner/history/archive/archivefolder.h"
+#include "testing/lutestsuiterunner/history/reports/caseseries.h"
 #include "testing/lutestsuiterunner/history/reports/historyjson.h"
 #include "testing/lutestsuiterunner/history/reports/page.h"
 
@@ -133,6 +135,33 @@ bool printGates(const std::vector<SGateResult>& gates)
     return isGreen;
 }
 
+/// The indices of the cases that the user wants to see in all runs.
+std::vector<std::uint32_t> findCases(const SArchiveContent& content, const std::vector<std::wstring>& names)
+{
+    std::vector<std::uint32_t> cases;
+    for (const std::wstring& name : names)
+    {
+        const std::optional<std::uint32_t> found = FindCase(content.names, name);
+        if (!found)
+        {
+            throw LbFormat(L"Kein Lauf des Archivs enthält den Testfall '%s'", name);
+        }
+        cases.push_back(*found);
+    }
+    return cases;
+}
+
+void printCases(const std::vector<SAnalysis>& analyses, const std::vector<std::uint32_t>& cases)
+{
+    for (const std::uint32_t caseIndex : cases)
+    {
+        for (const SAnalysis& analysis : analyses)
+        {
+            print(DescribeCase(analysis, caseIndex));
+        }
+    }
+}
+
 /// If a run that cannot be read may be the newest one, no gate holds: it would judge the run before it.
 std::vector<SGateResult> checkGates(const std::vector<SGate>& gates, const SArchiveContent& content,
                                     const std::vector<SAnalysis>& analyses, std::size_t newest)
@@ -176,6 +205,7 @@ int Execute(const SHistoryOptions& options)
     {
         throw LbFormat(L"Verzeichnis %s enthält keinen lesbaren Lauf", options.archive);
     }
+    const std::vector<std::uint32_t> cases = findCases(content, options.cases);
     const std::vector<SAnalysis> analyses = analyze(content, options, rules);
     const std::vector<SGateResult> results = checkGates(gates, content, analyses, options.since);
     if (!options.html.empty())
@@ -184,9 +214,10 @@ int Execute(const SHistoryOptions& options)
     }
     if (!options.json.empty())
     {
-        write(options.json, MakeJson(analyses, results, options.since));
+        write(options.json, MakeJson(analyses, results, options.since, cases));
     }
     printSummary(analyses, options.since);
+    printCases(analyses, cases);
     if (!gates.empty())
     {
         printUnreadable(content.unreadable);

@@ -172,6 +172,8 @@ void addOptions(COptionReader& reader, SHistoryOptions& options)
     reader.AddTexts({"--gate", L"REGEL", L"Bedingung, mehrfach: new-failures=0, slower<5, missing=0, ..."},
                     options.gates);
     reader.AddNumber({"--runs", L"N", L"nur die neuesten N Läufe einer Konfiguration (100; höchstens 200)"}, 1,
+    reader.AddTexts({"--case", L"NAME", L"Ergebnisse und Zeiten von Klasse:Fall in allen Läufen, mehrfach"},
+                    options.cases);
                      options.runs);
     reader.AddNumber({"--since", L"N", L"nur, was in den neuesten N Läufen begann (0: alles)"}, 0, options.since);
     reader.AddText({"--alarm-rate", L"ZAHL", L"Wahrscheinlichkeit eines Fehlalarms, 0.001 bis 0.5 (0.05)"},

@@ -115,6 +115,7 @@ struct SMergeOptions
 };
 
 struct SHistoryOptions
+    std::vector<std::wstring> cases;    ///< "class:case"; each is shown in all its runs
 {
     std::wstring archive;
     std::wstring html; ///< path of the page; empty for none

@@ -305,6 +305,28 @@ TEST_F(RunnerHistory, GateCountsCasesThatTheNewestRunDidNotRun)
     ExpectLine(run.output, "not-run=0: nicht erfüllt (gezählt: 23)\n  CKlasse:01 (seit Lauf 99)\n");
 }
 
+TEST_F(RunnerHistory, ShowsACaseInAllRuns)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"});
+    writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"});
+    const SHostRun run = history({L"--case", L"CKlasse:y", L"--json", m_folder.GetPathOf(L"verlauf.json")});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.errors;
+    ExpectLine(run.output, "CKlasse:y, Release x64\n     1  2026-01-01 00:00:00  bestanden  ");
+    ExpectLine(run.output, "\n     2  2026-01-02 00:00:00  nicht dabei  ");
+    const std::string json = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"verlauf.json"));
+    EXPECT_EQ(nlohmann::json::parse(json).at("configurations")[0].at("cases")[0].at("outcomes"), "P-");
+}
+
+TEST_F(RunnerHistory, RefusesACaseThatNoRunHas)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
+    const SHostRun run = history({L"--case", L"CKlasse:z"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "Kein Lauf des Archivs enthält den Testfall 'CKlasse:z'");
+}
+
 TEST_F(RunnerHistory, FileThatCannotBeWrittenEndsWithStatusTwo)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});

@@ -108,7 +108,34 @@ Json getRuns(const SAnalysis& analysis)
     return runs;
 }
 
-Json getAnalysis(const SAnalysis& analysis, std::size_t newest)
+/// The value of each run: null if the case was not measured in it.
+template<typename T>
+Json getValues(std::span<const EOutcome> outcomes, std::span<const T> values, T unknown)
+{
+    Json list = Json::array();
+    for (std::size_t run = 0; run < values.size(); ++run)
+    {
+        const bool isMeasured = outcomes[run] == EOutcome::Passed || outcomes[run] == EOutcome::Failed;
+        list.push_back(isMeasured && values[run] != unknown ? Json(values[run]) : Json());
+    }
+    return list;
+}
+
+Json getSeries(const SAnalysis& analysis, std::uint32_t caseIndex)
+{
+    constexpr float c_NoTime = -1.0F;
+    const CTable& table = analysis.table;
+    const SCaseName& name = table.GetName(caseIndex);
+    const std::span<const EOutcome> outcomes = table.GetOutcomes(caseIndex);
+    return {{"class", ToUtf8(name.className)},
+            {"case", ToUtf8(name.caseName)},
+            {"outcomes", getOutcomes(outcomes)},
+            {"seconds", getValues(outcomes, table.GetSeconds(caseIndex), c_NoTime)},
+            {"memory", getValues(outcomes, table.GetMemory(caseIndex), std::uint64_t{0})},
+            {"allocations", getValues(outcomes, table.GetAllocations(caseIndex), c_UnknownCount)}};
+}
+
+Json getAnalysis(const SAnalysis& analysis, std::size_t newest, const std::vector<std::uint32_t>& shown)
 {
     Json json = {{"configuration", ToUtf8(analysis.configuration)}};
     json["method"] = {{"alarmRate", analysis.rules.alarmRate},  {"smallestChange", analysis.rules.smallestChange},
@@ -134,6 +161,10 @@ Json getAnalysis(const SAnalysis& analysis, std::size_t newest)
     }
     json["counts"] = std::move(counts);
     json["findings"] = std::move(lists);
+    for (const std::uint32_t caseIndex : shown)
+    {
+        json["cases"].push_back(getSeries(analysis, caseIndex));
+    }
     json["runs"] = getRuns(analysis);
     return json;
 }
@@ -150,13 +181,14 @@ Json getGate(const SGateResult& result)
 
 } // namespace
 
-std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest)
+std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest,
+                     const std::vector<std::uint32_t>& shown)
 {
     Json json = {{"format", c_Format}};
     json["configurations"] = Json::array();
     for (const SAnalysis& analysis : analyses)
     {
-        json["configurations"].push_back(getAnalysis(analysis, newest));
+        json["configurations"].push_back(getAnalysis(analysis, newest, shown));
     }
     json["gates"] = Json::array();
     for (const SGateResult& gate : gates)

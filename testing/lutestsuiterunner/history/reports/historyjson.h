@@ -1,6 +1,8 @@
 /// The findings as JSON.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,7 +12,9 @@
 namespace Runner::History
 {
 
-/// UTF-8, indented, ended by a line feed. `newest` as for GetFindings.
-std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest);
+/// UTF-8, indented, ended by a line feed. `newest` as for GetFindings. The cases with the indices `shown` are shown in
+/// all runs.
+std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest,
+                     const std::vector<std::uint32_t>& shown = {});
 
 } // namespace Runner::History

@@ -90,6 +90,30 @@ TEST_F(HistoryJson, ShowsTheOutcomesOfEachRun)
     EXPECT_EQ(outcomes, std::string(10, '-') + std::string(50, 'P'));
 }
 
+TEST_F(HistoryJson, ShowsACaseInAllRuns)
+{
+    SyntheticRuns::SSettings settings;
+    settings.cases = 2;
+    settings.runs = 3;
+    settings.fails = [](std::size_t, std::size_t run) { return run == 1; };
+    SyntheticRuns::SArchive archive = MakeArchive(settings);
+    archive.runs[0].cells[1].measured.memory = 1000;
+    archive.runs[2].cells[1].measured.result = ECaseRunResult::Canceled;
+    std::vector<SAnalysis> analyses;
+    analyses.push_back(Analyze(L"", archive.GetTable(), {}, AnalyzeSteps(archive.GetTable(), {})));
+    const nlohmann::json json = nlohmann::json::parse(MakeJson(analyses, {}, 0, {1}));
+    const nlohmann::json& series = json["configurations"][0]["cases"];
+
+    ASSERT_EQ(series.size(), 1U);
+    EXPECT_EQ(series[0]["case"], "Fall 000001");
+    EXPECT_EQ(series[0]["outcomes"], "PFC");
+    ASSERT_EQ(series[0]["seconds"].size(), 3U);
+    EXPECT_FLOAT_EQ(series[0]["seconds"][1].get<float>(), archive.runs[1].cells[1].measured.seconds);
+    EXPECT_TRUE(series[0]["seconds"][2].is_null());
+    EXPECT_EQ(series[0]["memory"][0], 1000);
+    EXPECT_TRUE(series[0]["memory"][1].is_null());
+}
+
 TEST_F(HistoryJson, ShowsAnArchiveOfOneRun)
 {
     SyntheticRuns::SSettings settings;
