@@ -242,9 +242,9 @@ void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, cons
     // An interrupted run counts only after it has been resumed.
     if (!quarantine.empty() && state.IsEnded() && !state.IsCanceled())
     {
-        // An XML report contains no numbers of passed runs.
-        const bool isFolder = LbFileSystem::IsDirectory(previous);
-        CountPassedRuns(quarantine, state, isFolder ? GetRunFolder(previous) : folder);
+        // An XML report and an archive contain no numbers of passed runs.
+        const bool isRun = !previous.empty() && IsRunFolder(previous);
+        CountPassedRuns(quarantine, state, isRun ? GetRunFolder(previous) : folder);
         WritePassedRuns(quarantine, state.GetPlan().runId, folder);
         printQuarantine(quarantine);
     }

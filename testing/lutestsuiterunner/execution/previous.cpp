@@ -5,17 +5,70 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuiterunner/history/analysis/robust.h"
+#include "testing/lutestsuiterunner/history/archive/archivefolder.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 
 namespace Runner
 {
 
+namespace
+{
+
+using History::SRun;
+
+/// What the newest runs tell about their cases, by the name of a case.
+std::unordered_map<std::wstring, SPreviousCase> summarize(const std::vector<const SRun*>& runs,
+                                                          const std::vector<History::SCaseName>& names)
+{
+    constexpr double c_NanosecondsPerSecond = 1e9;
+    constexpr std::size_t c_MostTimes = 10;
+    std::vector<std::vector<double>> times(names.size());
+    std::unordered_map<std::wstring, SPreviousCase> cases;
+    for (auto run = runs.rbegin(); run != runs.rend(); ++run)
+    {
+        for (const History::SCell& cell : (*run)->cells)
+        {
+            const History::SCaseName& name = names[cell.caseIndex];
+            // Only the newest run of a case is inserted.
+            cases.try_emplace(name.className + L":" + name.caseName, SPreviousCase{0, !cell.measured.HasPassed()});
+            if (cell.measured.HasVerdict() && times[cell.caseIndex].size() < c_MostTimes)
+            {
+                times[cell.caseIndex].push_back(cell.measured.seconds);
+            }
+        }
+    }
+    for (std::size_t index = 0; index < names.size(); ++index)
+    {
+        if (!times[index].empty())
+        {
+            // Reports round short times to 0, but a time of 0 means an unknown one.
+            const double median = History::TakeMedian(times[index]) * c_NanosecondsPerSecond;
+            cases[names[index].className + L":" + names[index].caseName].time =
+                std::max<std::uint64_t>(1, static_cast<std::uint64_t>(median));
+        }
+    }
+    return cases;
+}
+
+} // namespace
+
+bool IsRunFolder(const std::wstring& path)
+{
+    return LbFileSystem::IsFile(GetRunFolder(path) + c_PlanName);
+}
+
 CPrevious::CPrevious(const std::wstring& path)
 {
-    if (LbFileSystem::IsDirectory(path))
+    if (IsRunFolder(path))
     {
         readRun(GetRunFolder(path));
+    }
+    else if (LbFileSystem::IsDirectory(path))
+    {
+        readArchive(path);
     }
     else
     {
@@ -37,6 +90,28 @@ void CPrevious::readRun(const std::wstring& folder)
             m_cases[GetCaseName(plan, index)] = {attempt == nullptr ? 0 : attempt->result.info.time,
                                                  verdict != EVerdict::Passed && verdict != EVerdict::Flaky};
         }
+    }
+}
+
+void CPrevious::readArchive(const std::wstring& directory)
+{
+    const History::SArchiveContent content = History::ReadArchive(directory);
+    if (content.runs.empty())
+    {
+        throw LbFormat(L"Der Ordner %s enthält keinen Lauf", GetRunFolder(directory));
+    }
+    m_hasFolders = false;
+    std::vector<const SRun*> all;
+    std::map<std::wstring, std::vector<const SRun*>> configurations;
+    for (const SRun& run : content.runs)
+    {
+        all.push_back(&run);
+        configurations[run.label.configuration].push_back(&run);
+    }
+    m_cases = summarize(all, content.names);
+    for (const auto& [configuration, runs] : configurations)
+    {
+        m_configurations[configuration] = summarize(runs, content.names);
     }
 }
 
@@ -64,9 +139,11 @@ std::optional<SPreviousCase> CPrevious::Find(const SPlan& plan, std::uint32_t ca
 {
     const SPlannedCase& planned = plan.cases[caseIndex];
     const LuTestSuite::SUnitTest& unitTest = plan.unitTests[planned.unitTest];
-    const auto found = m_cases.find(m_hasFolders ? GetCaseName(plan, caseIndex)
-                                                 : unitTest.className + L":" + unitTest.cases[planned.testCase].name);
-    return found == m_cases.end() ? std::nullopt : std::optional(found->second);
+    const auto configuration = m_configurations.find(plan.origin.buildConfiguration);
+    const Cases& cases = configuration == m_configurations.end() ? m_cases : configuration->second;
+    const auto found = cases.find(m_hasFolders ? GetCaseName(plan, caseIndex)
+                                               : unitTest.className + L":" + unitTest.cases[planned.testCase].name);
+    return found == cases.end() ? std::nullopt : std::optional(found->second);
 }
 
 } // namespace Runner

@@ -72,8 +72,9 @@ void addSharedOptions(COptionReader& reader, SRunOptions& options)
 {
     reader.AddText({"--out", L"DIR", L"Ordner des Laufs: Journal und Reports (sonst lutestsuite-out)"}, options.out);
     reader.AddSwitch({"--force", nullptr, L"Ersetzt den Lauf, den der Ordner enthält"}, options.force);
-    reader.AddText({"--previous", L"DIR|XML", L"Früherer Lauf: Ordner oder XML-Report; daraus Zeiten und Fehler"},
-                   options.previous);
+    reader.AddText(
+        {"--previous", L"DIR|XML", L"Früherer Lauf (Ordner, XML-Report) oder Archiv; daraus Zeiten und Fehler"},
+        options.previous);
     reader.AddSwitch({"--only-failed", nullptr, L"Nur Testfälle, die im früheren Lauf fehlgeschlagen sind"},
                      options.onlyFailed);
     reader.AddNumber({"--retries", L"N", L"Wiederholt fehlgeschlagene Testfälle bis zu N mal"}, 0, options.retries);

@@ -42,7 +42,7 @@ struct SRunOptions
     bool force = false; ///< replaces the run that `out` holds
     EOrder order = EOrder::Listed;
     std::optional<std::uint64_t> seed; ///< of EOrder::Random; empty: a seed is chosen
-    std::wstring previous;             ///< folder of a run or XML report; empty: none
+    std::wstring previous;             ///< folder of a run or archive, or XML report; empty: none
     bool onlyFailed = false;
     std::uint32_t failFast = 0; ///< number of failed cases that ends the run; 0: no limit
     std::uint32_t retries = 0;
