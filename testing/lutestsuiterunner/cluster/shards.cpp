@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
 #include <nlohmann/json.hpp>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
@@ -146,6 +148,25 @@ Json describe(const SShardEntry& entry)
     return {{"digest", entry.digest}, {"cases", entry.cases}, {"places", entry.places}};
 }
 
+/// Calls `read` with the content of the list. Throws LbException with a German message.
+template<typename Read>
+auto readList(const std::wstring& folder, const Read& read)
+{
+    const std::wstring path = folder + c_ShardsName;
+    if (!LbFileSystem::IsFile(path))
+    {
+        throw LbException(LbFormat(L"Der Ordner %s enthält keinen verteilten Lauf", folder));
+    }
+    try
+    {
+        return read(Json::parse(LbFileSystem::ReadFile8Bit(path)));
+    }
+    catch (const Json::exception&)
+    {
+        throw LbException(LbFormat(L"Die Liste der Teile %s ist nicht lesbar", path));
+    }
+}
+
 } // namespace
 
 void SetExpectedTimes(SPlan& plan, const PreviousCases& previous)
@@ -212,7 +233,7 @@ SPlan MakeShardPlan(const SPlan& whole, const std::vector<std::uint32_t>& cases,
 }
 
 void WriteShards(const std::wstring& folder, SPlan& plan, std::uint32_t shards,
-                 const std::vector<std::wstring>& taskOptions)
+                 const std::vector<std::wstring>& taskOptions, const std::vector<std::wstring>& problems)
 {
     plan.partCount = shards;
     plan.digest = BeginPlan(folder, plan);
@@ -229,7 +250,10 @@ void WriteShards(const std::wstring& folder, SPlan& plan, std::uint32_t shards,
             describe({digest, static_cast<std::uint32_t>(own.size()), static_cast<std::uint32_t>(part.cases.size())}));
     }
     LbOs::MakeDirectory(folder + c_TasksFolderName);
-    const std::string bytes = Json{{"format", 1}, {"plan", plan.digest}, {"shards", list}}.dump(1) + "\n";
+    Json texts = Json::array();
+    std::ranges::transform(problems, std::back_inserter(texts), LbEncoding::ToUtf8);
+    const std::string bytes =
+        Json{{"format", 1}, {"plan", plan.digest}, {"shards", list}, {"problems", texts}}.dump(1) + "\n";
     WriteWholeFile(folder + c_ShardsName,
                    [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
 }
@@ -241,25 +265,26 @@ void ForgetShards(const std::wstring& folder)
 
 std::vector<SShardEntry> ReadShards(const std::wstring& folder)
 {
-    const std::wstring path = folder + c_ShardsName;
-    if (!LbFileSystem::IsFile(path))
-    {
-        throw LbException(LbFormat(L"Der Ordner %s enthält keinen verteilten Lauf", folder));
-    }
-    try
-    {
+    return readList(folder, [](const Json& list) {
         std::vector<SShardEntry> entries;
-        const Json list = Json::parse(LbFileSystem::ReadFile8Bit(path));
         for (const Json& shard : list.at("shards"))
         {
             entries.push_back({shard.at("digest"), shard.at("cases"), shard.at("places")});
         }
         return entries;
-    }
-    catch (const Json::exception&)
-    {
-        throw LbException(LbFormat(L"Die Liste der Teile %s ist nicht lesbar", path));
-    }
+    });
+}
+
+std::vector<std::wstring> ReadPlannedProblems(const std::wstring& folder)
+{
+    return readList(folder, [](const Json& list) {
+        std::vector<std::wstring> problems;
+        for (const Json& problem : list.value("problems", Json::array()))
+        {
+            problems.push_back(LbEncoding::FromUtf8(problem.get<std::string>()));
+        }
+        return problems;
+    });
 }
 
 } // namespace Runner

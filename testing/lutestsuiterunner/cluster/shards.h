@@ -32,15 +32,19 @@ struct SShardEntry
 };
 
 /// Fixes the content of a distributed run: replaces the content of the folder by the whole plan, the plans of the
-/// shards and their list. `taskOptions` are the options of the shards' hosts other than the shard. Sets the plan's
-/// digest and number of parts. Throws LbException with a German message.
+/// shards and their list. `taskOptions` are the options of the shards' hosts other than the shard. `problems` make the
+/// run red whatever its shards do. Sets the plan's digest and number of parts. Throws LbException with a German
+/// message.
 void WriteShards(const std::wstring& folder, SPlan& plan, std::uint32_t shards,
-                 const std::vector<std::wstring>& taskOptions);
+                 const std::vector<std::wstring>& taskOptions, const std::vector<std::wstring>& problems = {});
 
 /// Afterwards the folder holds no run, and another one may replace its content unasked.
 void ForgetShards(const std::wstring& folder);
 
 /// The list of the shards, by number - 1. Throws LbException with a German message.
 std::vector<SShardEntry> ReadShards(const std::wstring& folder);
+
+/// The problems with which the run was planned. Throws as ReadShards.
+std::vector<std::wstring> ReadPlannedProblems(const std::wstring& folder);
 
 } // namespace Runner

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <optional>
 #include <thread>
 
@@ -68,15 +69,14 @@ private:
     Clock::time_point m_next = m_start + std::chrono::seconds(30);
 };
 
-void writeProblems(const std::wstring& folder, const std::vector<std::wstring>& problems)
+void writeLines(const std::wstring& path, const std::vector<std::wstring>& lines)
 {
     std::string bytes;
-    for (const std::wstring& problem : problems)
+    for (const std::wstring& line : lines)
     {
-        bytes += LbEncoding::ToUtf8(problem + L"\n");
+        bytes += LbEncoding::ToUtf8(line + L"\n");
     }
-    WriteWholeFile(folder + c_ProblemsName,
-                   [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
+    WriteWholeFile(path, [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
 }
 
 std::unique_ptr<LbOs::CFolderLock> tryAcquire(const SDistributedRun& run)
@@ -322,7 +322,10 @@ int FollowToEnd(const SDistributedRun& run)
         return leave(run);
     }
     follower.RequireSameRun();
-    writeProblems(run.folder, follower.GetProblems());
+    std::vector<std::wstring> problems = ReadPlannedProblems(run.folder);
+    std::ranges::move(follower.GetProblems(), std::back_inserter(problems));
+    writeLines(run.folder + c_ProblemsName, problems);
+    writeLines(GetLossesPath(run.folder), follower.GetLosses());
     std::vector<SReadPart> parts;
     const std::unique_ptr<CRunState> state = LoadDistributedRun(run.folder, parts);
     ReportState(run.folder, *state);

@@ -8,12 +8,12 @@
 #include "base/os/clock.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/distributed.h"
+#include "testing/lutestsuiterunner/commands/newrun.h"
 #include "testing/lutestsuiterunner/commands/planned.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
-#include "testing/lutestsuiterunner/execution/innerfolders.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 
@@ -22,19 +22,6 @@ namespace Runner
 
 namespace
 {
-
-void checkOptions(const SRunOptions& options)
-{
-    if (options.onlyFailed && options.previous.empty())
-    {
-        throw std::wstring(L"Die Option '--only-failed' braucht '--previous'");
-    }
-    const bool needsPrevious = options.order == EOrder::FailedFirst || options.order == EOrder::LongestFirst;
-    if (needsPrevious && options.previous.empty())
-    {
-        throw std::wstring(L"Diese Reihenfolge braucht '--previous'");
-    }
-}
 
 /// 32 bits only, so that a user can type the seed.
 std::uint64_t makeSeed()
@@ -59,34 +46,6 @@ void chooseSeed(SRunOptions& options)
     options.arguments.insert(mark, L"--order=" + order);
 }
 
-/// Removes the cases that did not fail in the earlier run. Returns the number of cases that the guards have to check.
-std::size_t applyOnlyFailed(const SRunOptions& options, const CPrevious& previous, SPlan& plan)
-{
-    const std::size_t selected = plan.cases.size();
-    if (options.onlyFailed)
-    {
-        KeepFailed(plan, previous);
-    }
-    if (!options.onlyFailed || selected == 0 || !plan.cases.empty())
-    {
-        return plan.cases.size();
-    }
-    CTerminal::Get().WriteOutput(
-        LbFormat(L"Im früheren Lauf %s ist kein Testfall der Auswahl fehlgeschlagen\n", options.previous));
-    return selected;
-}
-
-void warnOfInnerFolders(const SPlan& plan)
-{
-    for (const SInnerFolder& one : FindInnerFolders(plan.dataDirectory, plan.unitTests))
-    {
-        CTerminal::Get().WriteError(
-            LbFormat(L"Warnung: %s hat keine Datei für einen Testfall, aber %s: Ordner im Ordner einer Klasse werden "
-                     L"nicht durchsucht\n",
-                     one.classFolder, one.inner));
-    }
-}
-
 } // namespace
 
 int Execute(const SRunOptions& given)
@@ -96,7 +55,7 @@ int Execute(const SRunOptions& given)
         return RunPlanned(given);
     }
     SRunOptions options = given;
-    checkOptions(options);
+    RequirePrevious(options);
     RequireNoRun(options);
     MoveLibraryLinesToErrors();
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
@@ -107,8 +66,8 @@ int Execute(const SRunOptions& given)
     LoadModules(setup, environment);
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
-    warnOfInnerFolders(plan);
-    const std::size_t caseCount = applyOnlyFailed(options, previous, plan);
+    WarnOfInnerFolders(plan);
+    const std::size_t caseCount = ApplyOnlyFailed(options, previous, plan);
     const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
     const PreviousCases previousCases = FindPrevious(plan, previous);
     SelectShard(plan, previousCases);

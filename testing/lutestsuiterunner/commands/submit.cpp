@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <thread>
+#include <utility>
 
 #include "base/lbcommandline.h"
 #include "base/lbexception.h"
@@ -11,6 +12,7 @@
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/distributed.h"
+#include "testing/lutestsuiterunner/commands/newrun.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/progress.h"
@@ -42,12 +44,18 @@ std::vector<std::wstring> getTaskOptions(const SRunOptions& options)
     {
         words.emplace_back(L"--confirm");
     }
+    if (!options.core.empty())
+    {
+        // Tasks have another working directory until they have read their plan.
+        words.push_back(L"--core=" + LbOs::GetFullPath(options.core));
+    }
     words.emplace_back(L"--");
     words.insert(words.end(), options.library.begin(), options.library.end());
     return words;
 }
 
-SPlan makePlan(const SSubmitOptions& options)
+/// The plan, and the problems that make the run red apart from its cases.
+std::pair<SPlan, std::vector<std::wstring>> makePlan(const SSubmitOptions& options)
 {
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.run.library);
     // Read first, because the new run may replace this earlier run.
@@ -55,21 +63,15 @@ SPlan makePlan(const SSubmitOptions& options)
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     SPlan plan = MakePlan(options.run, setup, SelectCases(setup));
-    if (const std::vector<std::wstring> problems = FindProblems(options.run, setup, plan.cases.size());
-        !problems.empty())
-    {
-        throw LbException(problems.front());
-    }
-    if (options.run.onlyFailed)
-    {
-        KeepFailed(plan, previous);
-    }
+    WarnOfInnerFolders(plan);
+    const std::size_t caseCount = ApplyOnlyFailed(options.run, previous, plan);
+    std::vector<std::wstring> problems = FindProblems(options.run, setup, caseCount);
     SetExpectedTimes(plan, FindPrevious(plan, previous));
     if (!options.run.quarantine.empty())
     {
         ReadQuarantine(options.run.quarantine, setup, plan);
     }
-    return plan;
+    return {std::move(plan), std::move(problems)};
 }
 
 void describe(const SPlan& plan, std::uint32_t shards)
@@ -133,16 +135,13 @@ int Execute(const SSubmitOptions& options)
     const std::uint32_t shards = chooseShardCount(options, engine);
     engine.require(options.sbatch);
     RequireNoRun(options.run);
-    if (options.run.onlyFailed && options.run.previous.empty())
-    {
-        throw std::wstring(L"Die Option '--only-failed' braucht '--previous'");
-    }
+    RequirePrevious(options.run);
     MoveLibraryLinesToErrors();
     const std::wstring folder = GetRunFolder(options.run.out);
-    SPlan plan = makePlan(options);
+    auto [plan, problems] = makePlan(options);
     {
         const std::unique_ptr<LbOs::CFolderLock> lock = EndReplacedRun(folder);
-        WriteShards(folder, plan, shards, getTaskOptions(options.run));
+        WriteShards(folder, plan, shards, getTaskOptions(options.run), problems);
     }
     describe(plan, shards);
     const SDistributedRun run = OpenDistributedRun(folder);

@@ -257,13 +257,88 @@ TEST_F(RunnerSubmit, RefusesSlurmWhereThereIsNone)
     EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::c_PlanName));
 }
 
+TEST_F(RunnerSubmit, KeepsMemoryDumpsInTheFolderOfTheCall)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers handle crashes themselves";
+#endif
+    m_folder.MakeFolder(L"data/CCrashModel");
+    SHostOptions options;
+    options.workingDirectory = m_folder.GetPath();
+    const SHostRun run = Submit({L"--shards", L"1", L"--core", L"Abbilder"}, {L"-i", L":abort$", L"-x"}, options);
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    if (LbPath::c_Separator == L'\\' && !LbFileSystem::IsDirectory(m_folder.GetPathOf(L"Abbilder")))
+    {
+        GTEST_SKIP() << "Wine takes longer for a dump than a crashed process waits: " << run.output;
+    }
+    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(LbPath::WithSeparator(L"Abbilder"))).size(), 1U);
+}
+
+TEST_F(RunnerSubmit, WritesRedReportsOfASelectionWithTooFewCases)
+{
+    MakeDurations({1});
+    const SHostRun run = Submit({L"--shards", L"2", L"--min-cases", L"2"});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    ExpectLine(run.output, "Fehler: Die Auswahl trifft 1 Testfall, verlangt sind mindestens 2\n");
+    ExpectLine(run.output, "Fälle: 1, bestanden: 1");
+    EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 1);
+    EXPECT_EQ(RunRunner({L"report", GetOut()}).exitStatus, 1);
+}
+
+TEST_F(RunnerSubmit, WritesRedReportsOfAnEmptySelection)
+{
+    m_folder.MakeFolder(L"data");
+    EXPECT_EQ(Submit({L"--shards", L"2"}).exitStatus, 1);
+    EXPECT_EQ(Run({L"run", L"--out", GetOther()}).exitStatus, 1);
+
+    ExpectSameReports(GetOut(), GetOther());
+    ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmit, WritesRedReportsIfARequiredModuleIsMissing)
+{
+    MakeDurations({1});
+    const SHostRun run = Submit({L"--shards", L"1", L"--require-all-modules"}, {L"--dll", L"fehlt"});
+
+    EXPECT_EQ(run.exitStatus, 1) << run.errors;
+    ExpectLine(run.output, "Fehler: Das Modul 'fehlt' fehlt\n");
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
+}
+
+TEST_F(RunnerSubmit, CountsTheCasesThatFailedBeforeForTheLeastNumber)
+{
+    m_folder.MakeFolder(L"data/CFailedModel");
+    MakeDurations({1, 1, 1});
+    EXPECT_EQ(Run({L"run", L"--out", GetOther()}).exitStatus, 1);
+    const SHostRun run = Submit({L"--shards", L"1", L"--previous", GetOther(), L"--only-failed", L"--min-cases", L"3"});
+
+    ExpectLine(run.output, "verlangt sind mindestens 3\n");
+}
+
+TEST_F(RunnerSubmit, IsGreenIfNothingFailedBefore)
+{
+    MakeDurations({1, 1});
+    EXPECT_EQ(Run({L"run", L"--out", GetOther()}).exitStatus, 0);
+    const SHostRun run = Submit({L"--shards", L"2", L"--previous", GetOther(), L"--only-failed"});
+
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    ExpectLine(run.output, "ist kein Testfall der Auswahl fehlgeschlagen\n");
+}
+
+TEST_F(RunnerSubmit, WarnsOfInnerFolders)
+{
+    m_folder.WriteFile(L"data/CDurationModel/innen/0.ms", "1");
+    ExpectLine(Submit({L"--shards", L"1"}).errors, ": Ordner im Ordner einer Klasse werden nicht durchsucht\n");
+}
+
 TEST_F(RunnerSubmit, ReportsMistakesInTheCall)
 {
     MakeDurations({1});
     ExpectLine(Submit({L"--engine", L"pbs"}).errors, "erwartet wird local oder slurm");
     ExpectLine(Submit({L"--engine", L"slurm"}).errors, "fehlt die Zahl der Teile (--shards)");
     ExpectLine(Submit({L"--only-failed"}).errors, "braucht '--previous'");
-    ExpectLine(Submit({L"--min-cases", L"2"}).errors, "verlangt sind mindestens 2");
     ExpectLine(RunRunner({L"wait", m_folder.GetPathOf(L"nirgends")}).errors, "enthält keinen verteilten Lauf");
     ExpectLine(RunRunner({L"status"}).errors, "Der Ordner des Laufs fehlt");
 }

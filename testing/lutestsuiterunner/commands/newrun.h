@@ -1,0 +1,23 @@
+/// The steps that the commands "run" and "submit" have in common before a run begins.
+#pragma once
+
+#include <cstddef>
+
+#include "testing/lutestsuiterunner/execution/previous.h"
+#include "testing/lutestsuiterunner/model/plan.h"
+#include "testing/lutestsuiterunner/settings/options.h"
+
+namespace Runner
+{
+
+/// Throws a German message as std::wstring if options need an earlier run and there is none.
+void RequirePrevious(const SRunOptions& options);
+
+/// With --only-failed, removes the cases that did not fail in the earlier run. Returns the number of cases that the
+/// guards have to check.
+std::size_t ApplyOnlyFailed(const SRunOptions& options, const CPrevious& previous, SPlan& plan);
+
+/// Warns of classes whose folders contain only folders, which are not searched.
+void WarnOfInnerFolders(const SPlan& plan);
+
+} // namespace Runner
