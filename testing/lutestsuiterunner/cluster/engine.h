@@ -21,6 +21,8 @@ struct SSubmission
     std::vector<std::uint32_t> shards; ///< numbers of the shards, one a task; ascending
     /// Of each of these shards, the verdicts that its journals had before the submission.
     std::vector<std::uint64_t> verdicts;
+    /// Why each of these shards was lost before, German; empty for a shard that was not submitted before.
+    std::vector<std::wstring> reasons = {};
 };
 
 enum class ETaskState

@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/cluster/follower.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -30,7 +31,7 @@ bool CFollower::Step(Time now)
     {
         Cancel();
     }
-    const bool isDue = !m_hasAsked || now >= m_nextQuestion;
+    const bool isDue = !m_hasAsked || now >= m_lastQuestion + m_engine.GetPollInterval();
     if (isDue)
     {
         ask(now);
@@ -47,14 +48,10 @@ bool CFollower::Step(Time now)
 bool CFollower::hasEndedTasks(Time now)
 {
     m_doneSince = m_doneSince ? m_doneSince : now;
-    if (isAnyTaskActive() && now < *m_doneSince + sc_EndLimit)
+    // An earlier answer may be older than the end of the hosts.
+    if (isAnyTaskActive() && m_lastQuestion < *m_doneSince + sc_EndLimit)
     {
         return false;
-    }
-    if (isAnyTaskActive())
-    {
-        // The last answer may be older than the end of the hosts.
-        ask(now);
     }
     // The scheduler may still hold tasks of lost shards, which would never end.
     if (isAnyTaskActive() || m_submissions.size() > 1)
@@ -117,7 +114,7 @@ void CFollower::Poll()
     for (std::uint32_t index = 0; index < m_status.size(); ++index)
     {
         // The process that follows the run may wait up to a minute longer before it gives the shard up.
-        if (!m_status[index].isEnded && m_watches[index].isSuspect && countFutile(index) > sc_MostRepetitions)
+        if (!m_status[index].isEnded && m_watches[index].isSuspect && isLastSubmission(index))
         {
             giveUp(index);
         }
@@ -153,6 +150,16 @@ std::vector<std::wstring> CFollower::GetProblems() const
         }
     }
     return problems;
+}
+
+std::vector<std::wstring> CFollower::GetLosses() const
+{
+    std::vector<std::wstring> losses;
+    for (const SSubmission& submission : ReadSubmissions(m_folder))
+    {
+        std::ranges::move(DescribeLosses(submission), std::back_inserter(losses));
+    }
+    return losses;
 }
 
 std::vector<std::wstring> CFollower::TakeWarnings()
@@ -195,7 +202,7 @@ void CFollower::ask(Time now)
     RequireSameRun();
     const std::optional<Tasks> tasks = m_submissions.empty() ? Tasks() : m_engine.Poll(m_submissions);
     m_hasAsked = true;
-    m_nextQuestion = now + m_engine.GetPollInterval();
+    m_lastQuestion = now;
     m_hasAnswer = tasks.has_value();
     if (!m_hasAnswer)
     {
@@ -250,7 +257,7 @@ void CFollower::judge(Time now)
         {
             continue;
         }
-        if (countFutile(index) <= sc_MostRepetitions)
+        if (!isLastSubmission(index))
         {
             shards.push_back(index + 1);
         }
@@ -286,16 +293,32 @@ std::uint32_t CFollower::countFutile(std::size_t index) const
         }));
 }
 
-void CFollower::giveUp(std::size_t index)
+/// True if the shard is not submitted again once it is lost.
+bool CFollower::isLastSubmission(std::size_t index) const
 {
-    SWatch& watch = m_watches[index];
-    // A problem that the host has reported says more than the end of the task.
+    return countFutile(index) > sc_MostRepetitions || m_status[index].submissions >= sc_MostSubmissions;
+}
+
+/// Why the shard was lost. A problem that the host has reported says more than the end of the task.
+std::wstring CFollower::getReason(std::size_t index) const
+{
+    const SWatch& watch = m_watches[index];
     const std::vector<std::wstring>& problems = m_tails[index].GetProblems();
     const std::wstring& reason = !watch.refusal.empty() ? watch.refusal
                                  : !problems.empty()    ? problems.front()
                                                         : m_status[index].task.note;
-    watch.problem = LbFormat(L"Teil %u ging %u-mal hintereinander ohne neues Ergebnis verloren, zuletzt: %s", index + 1,
-                             countFutile(index), reason.empty() ? std::wstring(L"ohne Angabe") : reason);
+    return reason.empty() ? std::wstring(L"ohne Angabe") : reason;
+}
+
+void CFollower::giveUp(std::size_t index)
+{
+    const std::uint32_t futile = countFutile(index);
+    m_watches[index].problem =
+        futile > sc_MostRepetitions
+            ? LbFormat(L"Teil %u ging %u-mal hintereinander ohne neues Ergebnis verloren, zuletzt: %s", index + 1,
+                       futile, getReason(index))
+            : LbFormat(L"Teil %u ging %u-mal verloren und wird nicht mehr vergeben, zuletzt: %s", index + 1,
+                       m_status[index].submissions, getReason(index));
     m_status[index].isGivenUp = true;
 }
 
@@ -313,6 +336,8 @@ void CFollower::submit(std::vector<std::uint32_t> shards)
         {
             submission.shards.push_back(shard);
             submission.verdicts.push_back(m_tails[shard - 1].GetVerdicts());
+            const bool isFirst = m_status[shard - 1].submissions == 0;
+            submission.reasons.push_back(isFirst ? std::wstring() : getReason(shard - 1));
         }
     }
     if (submission.shards.empty() || !ClaimSubmission(m_folder, submission))
@@ -326,6 +351,7 @@ void CFollower::submit(std::vector<std::uint32_t> shards)
 
 void CFollower::submitClaimed(const SSubmission& submission)
 {
+    std::ranges::move(DescribeLosses(submission), std::back_inserter(m_warnings));
     std::wstring refusal;
     try
     {

@@ -43,6 +43,9 @@ public:
     /// How often in succession a lost shard is submitted again without a new verdict.
     static constexpr std::uint32_t sc_MostRepetitions = 3;
 
+    /// How often a shard is submitted at most, with new verdicts or without.
+    static constexpr std::uint32_t sc_MostSubmissions = 100;
+
     /// How long hosts whose work is done may take to end by themselves.
     static constexpr std::chrono::seconds sc_EndLimit{2};
 
@@ -62,8 +65,8 @@ public:
     /// process has replaced it.
     void RequireSameRun() const;
 
-    /// German lines about tasks that do not begin by themselves, refused submissions, and an unconfirmed cancellation,
-    /// each of them once.
+    /// German lines about tasks that do not begin by themselves, lost shards, refused submissions, and an unconfirmed
+    /// cancellation, each of them once.
     std::vector<std::wstring> TakeWarnings();
 
     /// Reads the journals and asks the scheduler, but submits no tasks. Throws as RequireSameRun.
@@ -91,6 +94,9 @@ public:
     /// if the run was canceled before it was complete.
     std::vector<std::wstring> GetProblems() const;
 
+    /// One German line for each loss of shards that were submitted again, by this or another process.
+    std::vector<std::wstring> GetLosses() const;
+
 private:
     /// What is known of a shard beside its status.
     struct SWatch
@@ -108,6 +114,8 @@ private:
     void judge(Time now);
     bool isLost(std::size_t index, Time now) const;
     std::uint32_t countFutile(std::size_t index) const;
+    bool isLastSubmission(std::size_t index) const;
+    std::wstring getReason(std::size_t index) const;
     void giveUp(std::size_t index);
     bool hasEndedTasks(Time now);
     bool hasEndedCanceled(Time now, bool hasAsked);
@@ -126,7 +134,7 @@ private:
     std::vector<std::wstring> m_warnings;
     std::set<std::wstring> m_stuckReasons; ///< of which the user was warned
     bool m_hasAsked = false;
-    Time m_nextQuestion;
+    Time m_lastQuestion;
     bool m_hasAnswer = true;
     bool m_isCanceled = false;
     bool m_isEndKnown = false;           ///< after the cancellation, the engine has said that all tasks are over

@@ -1,9 +1,13 @@
 #include "testing/lutestsuiterunner/cluster/submissions.h"
 
+#include <algorithm>
+#include <iterator>
+#include <map>
 #include <memory>
 
 #include <nlohmann/json.hpp>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
@@ -49,6 +53,10 @@ std::vector<SSubmission> ReadSubmissions(const std::wstring& folder)
         {
             submissions.back().shards = json["shards"].get<std::vector<std::uint32_t>>();
             submissions.back().verdicts = json["verdicts"].get<std::vector<std::uint64_t>>();
+            for (const nlohmann::json& reason : json.value("reasons", nlohmann::json::array()))
+            {
+                submissions.back().reasons.push_back(LbEncoding::FromUtf8(reason.get<std::string>()));
+            }
         }
     }
     return submissions;
@@ -70,10 +78,31 @@ bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission)
         }
         throw;
     }
-    const nlohmann::json json = {{"shards", submission.shards}, {"verdicts", submission.verdicts}};
+    std::vector<std::string> reasons;
+    std::ranges::transform(submission.reasons, std::back_inserter(reasons), LbEncoding::ToUtf8);
+    const nlohmann::json json = {
+        {"shards", submission.shards}, {"verdicts", submission.verdicts}, {"reasons", reasons}};
     file->Append(json.dump() + "\n");
     file->Close();
     return true;
+}
+
+std::vector<std::wstring> DescribeLosses(const SSubmission& submission)
+{
+    std::map<std::wstring, std::vector<std::uint32_t>> shards; // by reason
+    for (std::size_t index = 0; index < std::min(submission.shards.size(), submission.reasons.size()); ++index)
+    {
+        if (!submission.reasons[index].empty())
+        {
+            shards[submission.reasons[index]].push_back(submission.shards[index]);
+        }
+    }
+    std::vector<std::wstring> lines;
+    for (const auto& [reason, numbers] : shards)
+    {
+        lines.push_back(LbFormat(L"Teil %s verloren (%s), neu vergeben", FormatNumbers(numbers), reason));
+    }
+    return lines;
 }
 
 std::wstring FormatNumbers(const std::vector<std::uint32_t>& shards)

@@ -20,6 +20,10 @@ std::vector<SSubmission> ReadSubmissions(const std::wstring& folder);
 /// German message if the file cannot be written.
 bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission);
 
+/// A German line for each reason for which shards were lost before the submission: "Teil 3 verloren (...), neu
+/// vergeben".
+std::vector<std::wstring> DescribeLosses(const SSubmission& submission);
+
 /// Ascending numbers, as users and Slurm's option --array take them: "1-3,7".
 std::wstring FormatNumbers(const std::vector<std::uint32_t>& shards);
 

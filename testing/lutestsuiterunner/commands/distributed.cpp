@@ -21,6 +21,7 @@
 #include "testing/lutestsuiterunner/execution/selection.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
+#include "testing/lutestsuiterunner/reports/summary.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/settings/commandline.h"
 

@@ -7,7 +7,7 @@
 
 void Runner::WriteReports(const std::wstring& folder, const CRunState& state)
 {
-    WriteSummary(folder + c_SummaryName, state);
+    WriteSummary(folder, state);
     WriteJunit(folder + c_JunitName, state);
     WriteRunReports(folder + c_XmlReportName, folder + c_HtmlReportName, state);
 }

@@ -4,8 +4,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/model/names.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
+#include "testing/lutestsuiterunner/model/textlines.h"
 #include "testing/lutestsuiterunner/reports/casenotes.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 
@@ -133,9 +138,21 @@ Json describeSlowest(const CRunState& state)
     return list;
 }
 
+std::vector<std::wstring> readLosses(const std::wstring& folder)
+{
+    const std::wstring path = GetLossesPath(folder);
+    return LbFileSystem::IsFile(path) ? SplitLines(LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path)))
+                                      : std::vector<std::wstring>();
+}
+
 } // namespace
 
-std::string MakeSummary(const CRunState& state)
+std::wstring GetLossesPath(const std::wstring& folder)
+{
+    return LbPath::WithSeparator(folder + c_TasksFolderName) + L"losses.txt";
+}
+
+std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>& losses)
 {
     const SPlan& plan = state.GetPlan();
     Json json = {{"format", 1},
@@ -157,6 +174,10 @@ std::string MakeSummary(const CRunState& state)
     {
         json["problems"].push_back(toJson(problem));
     }
+    for (const std::wstring& loss : losses)
+    {
+        json["losses"].push_back(toJson(loss));
+    }
     json["disabled"] = plan.disabled.size();
     json["cases"] = describeNotable(state);
     json["missing"] = describeNames(plan, state.GetMissingCases());
@@ -164,10 +185,11 @@ std::string MakeSummary(const CRunState& state)
     return json.dump(1) + "\n";
 }
 
-void WriteSummary(const std::wstring& path, const CRunState& state)
+void WriteSummary(const std::wstring& folder, const CRunState& state)
 {
-    const std::string summary = MakeSummary(state);
-    WriteWholeFile(path, [&summary](LuStreamWriteBinaryFile& file) { file.Write(summary.data(), summary.size()); });
+    const std::string summary = MakeSummary(state, readLosses(folder));
+    WriteWholeFile(folder + c_SummaryName,
+                   [&summary](LuStreamWriteBinaryFile& file) { file.Write(summary.data(), summary.size()); });
 }
 
 } // namespace Runner

@@ -2,16 +2,20 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "testing/lutestsuiterunner/model/runstate.h"
 
 namespace Runner
 {
 
-/// The text of the summary, JSON in UTF-8.
-std::string MakeSummary(const CRunState& state);
+/// The file in the folder of a distributed run with a line for each loss of shards that were submitted again: UTF-8.
+std::wstring GetLossesPath(const std::wstring& folder);
 
-/// Throws LbException with a German message.
-void WriteSummary(const std::wstring& path, const CRunState& state);
+/// The text of the summary, JSON in UTF-8. `losses` are German lines.
+std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>& losses = {});
+
+/// Writes the summary of the run in a folder. Throws LbException with a German message.
+void WriteSummary(const std::wstring& folder, const CRunState& state);
 
 } // namespace Runner

@@ -43,6 +43,23 @@ TEST_F(RunnerFollower, AsksTheSchedulerSeldom)
     EXPECT_EQ(m_engine.questions, 4);
 }
 
+TEST_F(RunnerFollower, AsksTheSchedulerSeldomAtTheEnd)
+{
+    StepAfter(0s);
+    StepAfter(15s);
+    EXPECT_EQ(m_engine.questions, 1);
+    m_run.RunShard(1);
+    m_run.RunShard(2);
+    EXPECT_FALSE(StepAfter(1s));
+    EXPECT_FALSE(StepAfter(5s));
+    EXPECT_EQ(m_engine.questions, 1);
+    m_engine.tasks.clear();
+
+    EXPECT_TRUE(StepAfter(9s));
+    EXPECT_EQ(m_engine.questions, 2);
+    EXPECT_EQ(m_engine.cancellations, 0);
+}
+
 TEST_F(RunnerFollower, SubmitsLostShardsAgain)
 {
     StepAfter(0s);
@@ -181,7 +198,8 @@ TEST_F(RunnerFollower, SubmitsAgainWhatTheSchedulerRefused)
     m_engine.isRefusing = true;
     LoseAndNotice(2);
     EXPECT_EQ(m_follower.TakeWarnings(),
-              std::vector<std::wstring>{L"Die Neuvergabe der verlorenen Teile 2 ist gescheitert: Kein Platz"});
+              (std::vector<std::wstring>{L"Teil 2 verloren (NODE_FAIL auf node1), neu vergeben",
+                                         L"Die Neuvergabe der verlorenen Teile 2 ist gescheitert: Kein Platz"}));
     EXPECT_TRUE(m_follower.TakeWarnings().empty());
     m_run.RunShard(1);
     EXPECT_FALSE(StepAfter(1s));
@@ -359,7 +377,7 @@ TEST_F(RunnerFollower, DoesNotEndHostsThatEndedSinceTheLastAnswer)
     EXPECT_FALSE(StepAfter(15s));
     m_engine.tasks.clear();
 
-    EXPECT_TRUE(StepAfter(2s));
+    EXPECT_TRUE(StepAfter(15s));
     EXPECT_EQ(m_engine.cancellations, 0);
 }
 
@@ -383,7 +401,7 @@ TEST_F(RunnerFollower, EndsAHostThatIsSuperfluous)
     EXPECT_FALSE(StepAfter(15s));
     EXPECT_EQ(m_engine.cancellations, 0);
 
-    EXPECT_TRUE(StepAfter(2s));
+    EXPECT_TRUE(StepAfter(15s));
     EXPECT_EQ(m_engine.cancellations, 1);
 }
 

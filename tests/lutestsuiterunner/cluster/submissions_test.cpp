@@ -29,6 +29,18 @@ TEST(RunnerSubmissions, AreClaimedOnce)
     EXPECT_EQ(submissions[0].verdicts, (std::vector<std::uint64_t>{0, 7}));
 }
 
+TEST(RunnerSubmissions, DescribeLossesByReason)
+{
+    const CPlayedRun run;
+    EXPECT_TRUE(Runner::ClaimSubmission(
+        run.GetFolder(),
+        {1, {1, 2, 4, 5}, {0, 7, 0, 0}, {L"TIMEOUT auf node1", L"TIMEOUT auf node1", L"", L"größer"}}));
+
+    EXPECT_EQ(Runner::DescribeLosses(Runner::ReadSubmissions(run.GetFolder())[0]),
+              (std::vector<std::wstring>{L"Teil 1-2 verloren (TIMEOUT auf node1), neu vergeben",
+                                         L"Teil 5 verloren (größer), neu vergeben"}));
+}
+
 TEST(RunnerSubmissions, WithoutContentHaveNoShards)
 {
     const CPlayedRun run;
