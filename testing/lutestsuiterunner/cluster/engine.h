@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "testing/lutestsuiterunner/settings/options.h"
+#include "testing/lutestsuiterunner/settings/engines.h"
 
 namespace Runner
 {
@@ -81,11 +81,10 @@ struct SEngineSettings
     std::uint32_t patience = 60'000;   ///< milliseconds that a command of the scheduler may take
 };
 
-/// What is known of an engine before a run uses it. The source of each engine defines one, and the table in engine.cpp
-/// lists them.
+/// What is known of an engine before a run uses it. The source of each engine defines one and registers it.
 struct SEngineKind
 {
-    EEngine engine;       ///< by which the options choose it
+    SEngineText text;     ///< by which the options choose it
     const wchar_t* name;  ///< for messages
     bool isOfThisMachine; ///< its tasks are processes of this machine, which end with the process that submitted them
     /// Throws LbException with a German message if this machine lacks what the engine needs, or if a run cannot have
@@ -94,12 +93,15 @@ struct SEngineKind
     std::unique_ptr<IEngine> (*make)(const SEngineSettings& settings);
 };
 
-/// Runs all shards at once.
-extern const SEngineKind c_LocalEngine;
+/// Makes an engine known, also to the command line. For static objects in the sources of engines.
+class CEngineRegistration
+{
+public:
+    /// The kind must outlive the object.
+    explicit CEngineRegistration(const SEngineKind& kind);
+};
 
-/// Uses Slurm through its commands, which must be on the path. A submission is a job array.
-extern const SEngineKind c_SlurmEngine;
-
-const SEngineKind& GetEngineKind(EEngine engine);
+/// `name` is that of a registered engine.
+const SEngineKind& GetEngineKind(const std::wstring& name);
 
 } // namespace Runner

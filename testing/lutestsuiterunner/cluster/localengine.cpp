@@ -95,12 +95,17 @@ private:
     std::map<std::uint32_t, SLocalTask> m_tasks; ///< by shard
 };
 
-} // namespace
+/// Runs all shards at once.
+constexpr SEngineKind c_LocalEngine = {{c_DefaultEngine, L"Prozesse dieses Rechners, Vorgabe"},
+                                       L"local",
+                                       /*isOfThisMachine*/ true,
+                                       [](const std::vector<std::wstring>&) {},
+                                       [](const SEngineSettings& settings) -> std::unique_ptr<IEngine> {
+                                           return std::make_unique<CLocalEngine>(settings);
+                                       }};
 
-const SEngineKind c_LocalEngine = {EEngine::Local, L"local", /*isOfThisMachine*/ true,
-                                   [](const std::vector<std::wstring>&) {},
-                                   [](const SEngineSettings& settings) -> std::unique_ptr<IEngine> {
-                                       return std::make_unique<CLocalEngine>(settings);
-                                   }};
+const CEngineRegistration s_registration(c_LocalEngine);
+
+} // namespace
 
 } // namespace Runner

@@ -237,11 +237,17 @@ void requireSlurm(const std::vector<std::wstring>& options)
     }
 }
 
-} // namespace
+/// Uses Slurm through its commands, which must be on the path. A submission is a job array.
+constexpr SEngineKind c_SlurmEngine = {{L"slurm", L"Tasks eines Clusters mit Slurm"},
+                                       L"Slurm",
+                                       /*isOfThisMachine*/ false,
+                                       requireSlurm,
+                                       [](const SEngineSettings& settings) -> std::unique_ptr<IEngine> {
+                                           return std::make_unique<CSlurmEngine>(settings);
+                                       }};
 
-const SEngineKind c_SlurmEngine = {EEngine::Slurm, L"Slurm", /*isOfThisMachine*/ false, requireSlurm,
-                                   [](const SEngineSettings& settings) -> std::unique_ptr<IEngine> {
-                                       return std::make_unique<CSlurmEngine>(settings);
-                                   }};
+const CEngineRegistration s_registration(c_SlurmEngine);
+
+} // namespace
 
 } // namespace Runner

@@ -112,10 +112,10 @@ void addOptions(COptionReader& reader, SRunOptions& options)
 void addOptions(COptionReader& reader, SSubmitOptions& options)
 {
     addSharedOptions(reader, options.run);
-    reader.AddValue({"--engine", L"ART", L"local (Prozesse dieses Rechners, Vorgabe) oder slurm"}, L"local oder slurm",
+    reader.AddValue({"--engine", L"ART", ListEngines(/*withHelp*/ true).c_str()}, ListEngines(/*withHelp*/ false),
                     [&options](const std::wstring& value) {
-                        options.engine = value == L"slurm" ? EEngine::Slurm : EEngine::Local;
-                        return value == L"slurm" || value == L"local";
+                        options.engine = value;
+                        return IsEngine(value);
                     });
     reader.AddNumber({"--shards", L"N", L"Zahl der Teile (sonst die der Prozessoren hier)"}, 1, options.shards);
     reader.AddTexts({"--sbatch", L"OPTION", L"Option für sbatch, mehrfach: --sbatch=--partition=lang"}, options.sbatch);
@@ -172,9 +172,9 @@ void addOptions(COptionReader& reader, SHistoryOptions& options)
     reader.AddText({"--json", L"DATEI", L"Befunde als JSON schreiben"}, options.json);
     reader.AddTexts({"--gate", L"REGEL", L"Bedingung, mehrfach: new-failures=0, slower<5, missing=0, ..."},
                     options.gates);
-    reader.AddNumber({"--runs", L"N", L"nur die neuesten N Läufe einer Konfiguration (100; höchstens 200)"}, 1,
     reader.AddTexts({"--case", L"NAME", L"Ergebnisse und Zeiten von Klasse:Fall in allen Läufen, mehrfach"},
                     options.cases);
+    reader.AddNumber({"--runs", L"N", L"nur die neuesten N Läufe einer Konfiguration (100; höchstens 200)"}, 1,
                      options.runs);
     reader.AddNumber({"--since", L"N", L"nur, was in den neuesten N Läufen begann (0: alles)"}, 0, options.since);
     reader.AddText({"--alarm-rate", L"ZAHL", L"Wahrscheinlichkeit eines Fehlalarms, 0.001 bis 0.5 (0.05)"},

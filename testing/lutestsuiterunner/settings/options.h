@@ -7,6 +7,8 @@
 #include <variant>
 #include <vector>
 
+#include "testing/lutestsuiterunner/settings/engines.h"
+
 namespace Runner
 {
 
@@ -59,18 +61,11 @@ struct SRunOptions
     std::vector<std::wstring> arguments; ///< of the call, without the program's name
 };
 
-/// The engine that runs the shards of a distributed run.
-enum class EEngine
-{
-    Local,
-    Slurm,
-};
-
 struct SSubmitOptions
 {
-    SRunOptions run; ///< what the shards have in common
-    EEngine engine = EEngine::Local;
-    std::uint32_t shards = 0; ///< 0: as many as this machine has processors
+    SRunOptions run;                       ///< what the shards have in common
+    std::wstring engine = c_DefaultEngine; ///< the name of one that the command line knows
+    std::uint32_t shards = 0;              ///< 0: as many as this machine has processors
     std::vector<std::wstring> sbatch;
     bool detach = false; ///< does not wait for the end
 };
@@ -115,12 +110,12 @@ struct SMergeOptions
 };
 
 struct SHistoryOptions
-    std::vector<std::wstring> cases;    ///< "class:case"; each is shown in all its runs
 {
     std::wstring archive;
     std::wstring html; ///< path of the page; empty for none
     std::wstring json;
     std::vector<std::wstring> gates;
+    std::vector<std::wstring> cases;    ///< "class:case"; each is shown in all its runs
     std::uint32_t runs = 100;           ///< the newest ones of a configuration
     std::uint32_t since = 0;            ///< findings of the newest runs only; 0 for all
     std::wstring alarmRate = L"0.05";   ///< probability of a false alarm in an archive

@@ -204,7 +204,7 @@ TEST_F(RunnerSlurmCommands, ThatAreTooSlowRefuseNothing)
     WriteCommand(L"sbatch", "exec sleep 600\n");
     m_folder.MakeFolder(L"out/tasks");
     const ScopedEnvironmentVariable path(L"PATH", m_options.variables.front().second);
-    const auto engine = Runner::c_SlurmEngine.make({GetOut(), "abc", 1, {}, /*patience*/ 200});
+    const auto engine = Runner::GetEngineKind(L"slurm").make({GetOut(), "abc", 1, {}, /*patience*/ 200});
 
     EXPECT_NO_THROW(engine->Submit({1, {1}, {0}}));
 }

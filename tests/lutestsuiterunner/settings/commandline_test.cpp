@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
+
 namespace
 {
 
@@ -52,6 +54,19 @@ TEST(RunnerCommandLine, PassesArgumentsAfterTheMarkToTheLibrary)
 
     EXPECT_TRUE(options.json);
     EXPECT_EQ(options.library, (Runner::LibraryOptions{L"-d", L"Größen", L"--", L"-x"}));
+}
+
+TEST(RunnerCommandLine, ShowsTheRegisteredEngines)
+{
+    const auto help = std::get<Runner::SHelp>(Read({L"submit", L"-h"}));
+
+    EXPECT_NE(help.text.find(L"local (Prozesse dieses Rechners, Vorgabe) oder slurm (Tasks eines Clusters mit Slurm)"),
+              std::wstring::npos)
+        << LbEncoding::ToUtf8(help.text);
+    EXPECT_EQ(std::get<Runner::SSubmitOptions>(Read({L"submit", L"--engine", L"slurm"})).engine, L"slurm");
+    EXPECT_EQ(std::get<Runner::SSubmitOptions>(Read({L"submit"})).engine, L"local");
+    EXPECT_EQ(GetError({L"submit", L"--engine", L"pbs"}),
+              L"Der Wert 'pbs' der Option '--engine' ist falsch: erwartet wird local oder slurm");
 }
 
 TEST(RunnerCommandLine, RefusesUnknownCommands)
