@@ -42,7 +42,11 @@ struct SAnswer
 /// Runs a command of Slurm to its end, at most for so many milliseconds.
 SAnswer ask(const std::vector<std::wstring>& words, std::uint32_t limit)
 {
-    std::wstring command = L"exec";
+    // These variables set options that hide the tasks, end only some of them, or wait.
+    std::wstring command = L"unset SLURM_CLUSTERS SBATCH_CLUSTERS SBATCH_WAIT SQUEUE_ACCOUNT SQUEUE_LICENSES "
+                           L"SQUEUE_PARTITION SQUEUE_QOS SQUEUE_USERS SCANCEL_ACCOUNT SCANCEL_BATCH "
+                           L"SCANCEL_INTERACTIVE SCANCEL_PARTITION SCANCEL_QOS SCANCEL_STATE SCANCEL_USERID "
+                           L"SCANCEL_WCKEY; exec";
     for (const std::wstring& word : words)
     {
         command += L" " + QuoteForShell(word);

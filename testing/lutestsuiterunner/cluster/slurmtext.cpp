@@ -89,7 +89,12 @@ ETaskState getState(std::string_view state, std::string_view reason)
 /// True if nothing but a person ends this reason to wait.
 bool isStuck(ETaskState state, std::string_view reason)
 {
-    constexpr std::string_view c_Stuck[] = {"BadConstraints", "JobHeldAdmin", "JobHeldUser",
+    constexpr std::string_view c_Stuck[] = {"BadConstraints",
+                                            "JobHeldAdmin",
+                                            "JobHeldUser",
+                                            "InvalidQOS",
+                                            "PartitionTimeLimit",
+                                            "PartitionNodeLimit",
                                             "DependencyNeverSatisfied"};
     return state == ETaskState::Waiting && isAny(reason, c_Stuck);
 }

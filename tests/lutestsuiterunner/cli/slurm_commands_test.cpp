@@ -110,6 +110,25 @@ TEST_F(RunnerSlurmCommands, GetTheOptionsOfTheUserBeforeTheNameOfTheJob)
     EXPECT_LT(call.find("--time=5"), call.find("--array=1 ")) << call;
 }
 
+TEST_F(RunnerSlurmCommands, DoNotSeeVariablesThatHideTheTasks)
+{
+    MakeDurations({1});
+    for (const wchar_t* const name : {L"SBATCH_CLUSTERS", L"SLURM_CLUSTERS", L"SBATCH_WAIT", L"SQUEUE_USERS",
+                                      L"SQUEUE_PARTITION", L"SCANCEL_STATE", L"SCANCEL_INTERACTIVE"})
+    {
+        m_options.variables.emplace_back(name, L"x");
+    }
+    WriteCommand(L"sbatch", "env >variables\n");
+    SubmitShard({L"--detach"});
+    const std::string variables = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"slurm/variables"));
+
+    EXPECT_NE(variables.find("PATH="), std::string::npos);
+    for (const char* const name : {"SBATCH_", "SLURM_", "SQUEUE_", "SCANCEL_"})
+    {
+        EXPECT_EQ(variables.find(name), std::string::npos) << variables;
+    }
+}
+
 TEST_F(RunnerSlurmCommands, RefuseOptionsThatHideTheTasks)
 {
     MakeDurations({1});

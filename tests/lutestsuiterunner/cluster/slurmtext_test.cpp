@@ -43,6 +43,10 @@ TEST(RunnerSlurmText, RecognisesTasksThatDoNotBeginByThemselves)
     EXPECT_TRUE(tasks.at(1).isStuck);
     EXPECT_FALSE(tasks.at(2).isStuck);
     EXPECT_FALSE(tasks.at(3).isStuck);
+    for (const char* const reason : {"PartitionTimeLimit", "PartitionNodeLimit", "InvalidQOS"})
+    {
+        EXPECT_TRUE(Runner::ReadQueue(std::string("task|1|PENDING|") + reason + "|\n").at(1).isStuck) << reason;
+    }
 }
 
 TEST(RunnerSlurmText, TakesTheTaskThatIsNotOver)
