@@ -34,6 +34,8 @@ data-driven unit tests, and programs that run them.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME lutestsuite)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${library_package} (= ${version})")
+# For lutestsuite-check-proof.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "python3, python3-xxhash")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "Loads modules with unit tests, finds their cases in folders of data sets,
 runs them in the process, on threads or in child processes, and reports.
 LuTestSuiteCLI is the host for a console, LuTestSuiteRunner the one for

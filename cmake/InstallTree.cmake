@@ -21,6 +21,10 @@ install(TARGETS LbBase LuTestSuite LuTestSuiteCLI LuTestSuiteRunner EXPORT LuTes
     ARCHIVE COMPONENT development
     INCLUDES DESTINATION "${header_directory}")
 install(FILES ${LUTESTSUITE_RUNTIME_DLLS} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
+if(NOT WIN32)
+    install(PROGRAMS scripts/check-proof DESTINATION "${CMAKE_INSTALL_BINDIR}" RENAME lutestsuite-check-proof
+        COMPONENT runtime)
+endif()
 install(EXPORT LuTestSuiteTargets NAMESPACE LuTestSuite:: DESTINATION "${package_directory}" COMPONENT development)
 
 include(PublicHeaders)

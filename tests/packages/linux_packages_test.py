@@ -45,6 +45,7 @@ class DebianPackages(unittest.TestCase):
         self.assertTrue(any(name.endswith("/libLbBase.so.1") for name in libraries))
         self.assertFalse(any(name.endswith((".h", ".so")) for name in libraries))
         self.assertIn("usr/bin/LuTestSuiteCLI", self.files("lutestsuite"))
+        self.assertIn("usr/bin/lutestsuite-check-proof", self.files("lutestsuite"))
         development = self.files("liblutestsuite-dev")
         self.assertIn("usr/include/lutestsuite/base/luunittest.h", development)
         for ending in ("/libLuTestSuite.so", "/LuTestSuiteConfig.cmake", "/LbBase.pc"):

@@ -181,6 +181,22 @@ class CompleteRuns(CheckProof):
         self.journal.write_bytes(self.journal.read_bytes().replace(b'"t":"end"', b'"t":"eng"', 1))
         self.assert_fails("is damaged")
 
+    def test_with_a_case_missing_in_a_report(self):
+        for name, line in (("report.xml", rb"<testcase .*\n"), ("junit.xml", rb"\t\t<testcase .*\n")):
+            with self.subTest(name):
+                path = self.folder / name
+                original = path.read_bytes()
+                path.write_bytes(re.sub(line, b"", original, count=1))
+                self.assertNotEqual(original, path.read_bytes())
+                self.assert_fails("report.xml or junit.xml has another number of cases")
+                path.write_bytes(original)
+
+    def test_with_cases_that_a_report_leaves_out(self):
+        path = self.folder / "junit.xml"
+        note = "\t\t<system-out>1 Testfälle sind ausgelassen</system-out>\n".encode()
+        path.write_bytes(re.sub(rb"\t\t<testcase .*\n", note, path.read_bytes(), count=1))
+        self.check(0)
+
     def test_with_another_number_of_cases_in_the_summary(self):
         path = self.folder / "summary.json"
         path.write_text(path.read_text("utf-8").replace('"missing": 0', '"missing": 1'), encoding="utf-8")
