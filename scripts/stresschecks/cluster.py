@@ -20,6 +20,11 @@ DOWN = 13.0
 BALANCE_CASES = 2000
 BALANCE_MEAN_MS = 60
 BALANCE_SHARDS = 12
+BALANCE_SEEDS = (1, 2, 3)
+# A host reads the journals of its shard at most so many seconds before its own begins, which is a whole second.
+STARTING = 6.0
+# How often a round is repeated whose events found no task.
+ATTEMPTS = 5
 # Limits of the time of the slowest shard, divided by the mean time.
 BALANCE_UNKNOWN = 1.15
 BALANCE_KNOWN = 1.05
@@ -36,6 +41,7 @@ class Round:
         self.extra = []
         self.restarts = []
         self.lost = 0
+        self.repeated = 0
 
     def start(self, words):
         self.process = subprocess.Popen([*self.host, *words], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
@@ -98,9 +104,11 @@ class Round:
         return "submitter killed"
 
     EVENTS = [kill_node, lose_machine, requeue, cancel, start_twice, kill_submitter]
+    # After these events, a shard's next host begins when the last one has ended by itself.
+    GENTLE = [requeue, cancel, kill_submitter]
 
     def run(self, number):
-        """Returns what happened, and what is wrong."""
+        """Returns what happened, and what is wrong. Nothing happened if an event found no task."""
         shutil.rmtree(self.out, ignore_errors=True)
         self.submit()
         while self.process.poll() is None and not self.tasks():
@@ -113,7 +121,8 @@ class Round:
         output = self.wait()
         for process in self.extra:
             process.wait()
-        return [text for text in happened if text], self.faults(output)
+        faults = self.faults(output, all(event in self.GENTLE for event in events))
+        return (happened if all(happened) else []), faults
 
     def wait(self):
         """Waits for the end of the run. Starts requeued tasks at once, which Slurm would delay by two minutes."""
@@ -130,7 +139,7 @@ class Round:
         self.process.kill()
         return self.process.communicate()[0] + f"not ended after {LIMIT:.0f} s"
 
-    def faults(self, output):
+    def faults(self, output, gentle):
         found = []
         if self.process.returncode != 0:
             found.append(f"status {self.process.returncode}: {output[-500:]}")
@@ -138,7 +147,25 @@ class Round:
                                capture_output=True, text=True, check=False)
         if proof.returncode != 0:
             found.append(proof.stdout + proof.stderr)
-        return found + self.losses()
+        return found + self.losses() + self.repetitions(gentle)
+
+    def repetitions(self, gentle):
+        """Counts the cases that a host started although an earlier journal had their verdict. If two hosts may run the
+        same shard at the same time, only verdicts count that are clearly older than the second host."""
+        found = []
+        limit, margin = (0, None) if gentle else (1, STARTING)
+        for shard in range(1, SHARDS + 1):
+            folder = f"{self.out}/shard-{shard}"
+            judged = {}
+            for name in sorted_journals(folder):
+                begin, started, ended = read_times(os.path.join(folder, name))
+                again = sum(1 for case in started if case in judged
+                            and (margin is None or judged[case] + margin < begin))
+                self.repeated += again
+                if again > limit:
+                    found.append(f"{folder}/{name}: {again} cases ran again after their verdict, allowed: {limit}")
+                judged = {**ended, **judged}
+        return found
 
     def losses(self):
         """Counts the cases that hosts left open, so that other hosts had to repeat them. Each host has one worker."""
@@ -173,11 +200,29 @@ def read_journal(path):
     return started, ended
 
 
-def make_data(folder, cases, mean, digits=0):
+def read_times(path):
+    """When the host began, the cases that it started, and when each case got its verdict, in seconds."""
+    begin, started, ended = 0.0, set(), {}
+    with open(path, "rb") as file:
+        for line in file:
+            try:
+                record = json.loads(line)["r"]
+            except ValueError:
+                break
+            if record["t"] == "begin":
+                begin = time.mktime(time.strptime(record["time"], "%Y-%m-%d %H:%M:%S"))
+            elif record["t"] == "start":
+                started.add(record["case"])
+            elif record["t"] == "end" and record.get("end") != "canceled":
+                ended.setdefault(record["case"], begin + record["at"] * 1e-9)
+    return begin, started, ended
+
+
+def make_data(folder, cases, mean, digits=0, seed=1):
     """Files of exponentially distributed lengths. With enough digits all have the same size; without, the size shows
     the power of ten, and the plan uses it."""
     os.makedirs(os.path.join(folder, "CDurationModel"))
-    randomness = random.Random(1)
+    randomness = random.Random(seed)
     for number in range(cases):
         with open(os.path.join(folder, "CDurationModel", f"{number}.ms"), "w", encoding="ascii") as file:
             file.write(str(int(randomness.expovariate(1 / mean) if mean else 0)).zfill(digits))
@@ -194,18 +239,26 @@ def longest_over_mean(out, shards):
 
 def measure_balance(host, cluster, folder):
     """Runs cases of exponentially distributed length: without earlier times, for files of equal sizes and for files
-    whose sizes show the power of ten of the length; then with the times of the first run. Returns how many of the three
-    exceed their limit. If sizes tell nothing, the plan of this sample alone has 1.12."""
-    equal, telling, *outs = (os.path.join(folder, name) for name in ("equal", "telling", "first", "second", "third"))
-    make_data(equal, BALANCE_CASES, BALANCE_MEAN_MS, digits=6)
-    make_data(telling, BALANCE_CASES, BALANCE_MEAN_MS)
-    for out, data, options in zip(outs, (equal, telling, equal), ([], [], ["--previous", outs[0]])):
-        submit(host, cluster, data, out, BALANCE_SHARDS, options)
-    first, second, third = (longest_over_mean(out, BALANCE_SHARDS) for out in outs)
-    print(f"{BALANCE_CASES} cases of exponential length in {BALANCE_SHARDS} shards, slowest over mean: {first:.3f} "
-          f"without history, {second:.3f} with data files whose sizes show the lengths, {third:.3f} with history "
-          f"(limits: {BALANCE_UNKNOWN}, {BALANCE_UNKNOWN}, {BALANCE_KNOWN})", flush=True)
-    return sum([first > BALANCE_UNKNOWN, second > BALANCE_UNKNOWN, third > BALANCE_KNOWN])
+    whose sizes show the power of ten of the length; then with the times of the first run. Makes a sample for each seed.
+    Returns how many limits are exceeded: without any knowledge by the mean of the samples, because the balance is then
+    a matter of chance, otherwise by each sample."""
+    samples = []
+    for seed in BALANCE_SEEDS:
+        equal, telling, *outs = (os.path.join(folder, f"{name}-{seed}")
+                                 for name in ("equal", "telling", "first", "second", "third"))
+        make_data(equal, BALANCE_CASES, BALANCE_MEAN_MS, digits=6, seed=seed)
+        make_data(telling, BALANCE_CASES, BALANCE_MEAN_MS, seed=seed)
+        for out, data, options in zip(outs, (equal, telling, equal), ([], [], ["--previous", outs[0]])):
+            submit(host, cluster, data, out, BALANCE_SHARDS, options)
+        first, second, third = (longest_over_mean(out, BALANCE_SHARDS) for out in outs)
+        samples.append((first, second, third))
+        print(f"{BALANCE_CASES} cases of exponential length, seed {seed}, in {BALANCE_SHARDS} shards, slowest over "
+              f"mean: {first:.3f} without history, {second:.3f} with data files whose sizes show the lengths, "
+              f"{third:.3f} with history (limits: {BALANCE_UNKNOWN} on average, {BALANCE_UNKNOWN}, {BALANCE_KNOWN})",
+              flush=True)
+    unknown, telling, known = zip(*samples)
+    return (sum(unknown) / len(unknown) > BALANCE_UNKNOWN) + sum(one > BALANCE_UNKNOWN for one in telling) + sum(
+        one > BALANCE_KNOWN for one in known)
 
 
 def submit(host, cluster, data, out, shards, options=()):
@@ -229,20 +282,30 @@ def compare_reports(host, cluster, folder):
     return len(found)
 
 
+def make_round(host, cluster, data, out, number):
+    """Repeats a round without its events, unless it has shown a fault."""
+    for _ in range(ATTEMPTS):
+        for name in cluster.nodes():
+            cluster.start_node(name)
+        run = Round(host, cluster, data, out)
+        happened, found = run.run(number)
+        if happened or found:
+            return run, happened, found
+    return run, happened, [f"the events found no task in {ATTEMPTS} attempts"]
+
+
 def check(host, cluster, folder, rounds):
     """Returns the number of rounds with faults, of reports that differ, and of exceeded limits."""
     data = os.path.join(folder, "data")
     make_data(data, CASES, MEAN_MS)
     uneven = measure_balance(host, cluster, folder)
     differences = compare_reports(host, cluster, folder)
-    faulty, duplicates, submissions, lost = 0, 0, 0, 0
+    faulty, duplicates, submissions, lost, repeated = 0, 0, 0, 0, 0
     for number in range(rounds):
-        for name in cluster.nodes():
-            cluster.start_node(name)
-        run = Round(host, cluster, data, os.path.join(folder, "out"))
-        happened, found = run.run(number)
+        run, happened, found = make_round(host, cluster, data, os.path.join(folder, "out"), number)
         faulty += bool(found)
         lost += run.lost
+        repeated += run.repeated
         try:
             with open(os.path.join(run.out, "proof.json"), encoding="utf-8") as file:
                 proof = json.load(file)
@@ -255,6 +318,7 @@ def check(host, cluster, folder, rounds):
         if (number + 1) % 5 == 0 or number + 1 == rounds:
             again = submissions - SHARDS * (number + 1)
             print(f"{number + 1} rounds of {CASES} cases in {SHARDS} shards: {faulty} faulty, {duplicates} results "
-                  f"came twice and did not count, {again} shards handed over again, {lost} cases left open by hosts",
+                  f"came twice and did not count, {again} shards handed over again, {lost} cases left open by hosts, "
+                  f"{repeated} cases ran again after their verdict",
                   flush=True)
     return faulty + differences + uneven
