@@ -78,6 +78,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         LuTestSuite::CAutomaton automaton;
         automaton.Add(syntax->root);
         Check(automaton.IsFoundIn(name) == isFound);
+        // Twice the same expression, because more than one can be found.
+        LuTestSuite::CAutomaton each(LuTestSuite::CAutomaton::EGoal::Each);
+        each.Add(syntax->root);
+        each.Add(syntax->root);
+        Check(each.FindEach(name).size() == (isFound ? 2U : 0U));
     }
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "testing/lutestsuite/selection/automaton.h"
 
 #include <algorithm>
+#include <iterator>
 #include <type_traits>
 #include <utility>
 
@@ -23,7 +24,6 @@ constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
 /// The states that always exist.
 constexpr std::uint32_t c_Found = 0;
 constexpr std::uint32_t c_Dead = 1;
-constexpr std::uint32_t c_Unknown = static_cast<std::uint32_t>(-1);
 
 /// An upper bound of the states that the standard library creates for the tree, including copies for repetition counts.
 /// Not more than c_LargestExpression + 1.
@@ -49,9 +49,6 @@ std::size_t getSize(const SSyntaxNode& tree)
 
 } // namespace
 
-/// Node 0, of kind Found, follows every expression.
-CAutomaton::CAutomaton() : m_nodes(1) {}
-
 bool CAutomaton::CanTake(const SExpressionSyntax& syntax)
 {
     return syntax.isRegular && getSize(syntax.root) <= c_LargestExpression;
@@ -59,7 +56,9 @@ bool CAutomaton::CanTake(const SExpressionSyntax& syntax)
 
 void CAutomaton::Add(const SSyntaxNode& root)
 {
-    m_entries.push_back(addTree(root, 0));
+    SNode end;
+    end.number = static_cast<std::uint32_t>(m_entries.size());
+    m_entries.push_back(addTree(root, addNode(end)));
 }
 
 CAutomaton::NodeIndex CAutomaton::addNode(const SNode& node)
@@ -141,12 +140,8 @@ CAutomaton::NodeIndex CAutomaton::addChoice(const SSyntaxNode& tree, NodeIndex n
 
 bool CAutomaton::IsFoundIn(std::wstring_view text)
 {
-    if (!m_isPrepared)
-    {
-        prepare();
-    }
+    prepare();
     StateIndex state = m_first;
-    const std::size_t classCount = m_classBegins.size();
     for (const wchar_t character : text)
     {
         // No character leads out of c_Found and c_Dead.
@@ -154,24 +149,55 @@ bool CAutomaton::IsFoundIn(std::wstring_view text)
         {
             break;
         }
-        const std::size_t characterClass = getClass(character);
-        const StateIndex next = m_transitions[state * classCount + characterClass];
-        state = next != c_Unknown ? next : addTransition(state, characterClass);
+        state = getNext(state, character);
     }
     return m_states[state].isFoundAtEnd;
 }
 
+const std::vector<std::uint32_t>& CAutomaton::FindEach(std::wstring_view text)
+{
+    prepare();
+    m_found = m_states[m_first].found;
+    StateIndex state = m_first;
+    for (const wchar_t character : text)
+    {
+        if (state == c_Dead)
+        {
+            break;
+        }
+        state = getNext(state, character);
+        addFound(m_states[state].found);
+    }
+    addFound(m_states[state].foundAtEnd);
+    std::ranges::sort(m_found);
+    m_found.erase(std::unique(m_found.begin(), m_found.end()), m_found.end());
+    return m_found;
+}
+
 void CAutomaton::prepare()
 {
-    m_isPrepared = true;
+    if (std::exchange(m_isPrepared, true))
+    {
+        return;
+    }
     m_marks.assign(m_nodes.size(), 0);
+    m_isRestart.assign(m_nodes.size(), false);
     splitAlphabet();
+    m_restartSteps.resize(m_classBegins.size());
     beginClosure();
     for (const NodeIndex entry : m_entries)
     {
         extendClosure(entry, false, false);
     }
     m_restart = m_closure;
+    for (const NodeIndex node : m_restart)
+    {
+        m_isRestart[node] = true;
+        if (m_nodes[node].kind == SNode::EKind::TextEnd)
+        {
+            m_restartAtEnd.push_back(node);
+        }
+    }
     clearStates();
 }
 
@@ -205,9 +231,10 @@ std::size_t CAutomaton::findClass(wchar_t character) const
 
 void CAutomaton::clearStates()
 {
-    m_states.assign({{{}, true}, {{}, false}});
+    m_states.assign(2, {});
+    m_states[c_Found].isFoundAtEnd = true;
     m_stateIndices.clear();
-    m_transitions.assign(m_states.size() * m_classBegins.size(), c_Unknown);
+    m_transitions.assign(m_states.size() * m_classBegins.size(), sc_Unknown);
     m_numbers = 0;
     beginClosure();
     bool isFound = false;
@@ -215,8 +242,15 @@ void CAutomaton::clearStates()
     {
         isFound = extendClosure(entry, true, false) || isFound;
     }
+    if (isFound && m_goal == EGoal::Any)
+    {
+        m_first = c_Found;
+        return;
+    }
     // Not in m_stateIndices, because only in this state the end of the text is also its beginning.
-    m_first = isFound ? c_Found : appendState(true);
+    m_first = appendState(true);
+    // Other states need not tell which expressions match the empty text.
+    appendFound(m_restart, m_states[m_first].found);
 }
 
 void CAutomaton::beginClosure()
@@ -225,7 +259,8 @@ void CAutomaton::beginClosure()
     ++m_mark;
 }
 
-/// Adds the nodes that are reached from the node without a character. True if that includes the end of an expression.
+/// Adds the nodes that are reached from the node without a character, except those of m_restart. True if the end of an
+/// expression is reached.
 bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
 {
     bool isFound = false;
@@ -250,7 +285,7 @@ bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
         {
             m_pending.push_back(reached.other);
         }
-        if (reached.kind == SNode::EKind::Character || reached.kind == SNode::EKind::TextEnd)
+        else if (reached.kind != SNode::EKind::TextBegin && !m_isRestart[index])
         {
             m_closure.push_back(index);
         }
@@ -259,49 +294,9 @@ bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
     return isFound;
 }
 
-/// Creates the state of the closure's nodes.
-CAutomaton::StateIndex CAutomaton::appendState(bool isBegin)
+/// As extendClosure, from those of the nodes that accept the characters of the class.
+bool CAutomaton::extendClosureOver(const NodeIndices& nodes, std::size_t characterClass)
 {
-    SState state{m_closure};
-    beginClosure();
-    for (const NodeIndex node : state.nodes)
-    {
-        if (m_nodes[node].kind == SNode::EKind::TextEnd)
-        {
-            state.isFoundAtEnd = extendClosure(node, isBegin, true) || state.isFoundAtEnd;
-        }
-    }
-    m_numbers += m_classBegins.size() + 2 * state.nodes.size();
-    m_transitions.resize(m_transitions.size() + m_classBegins.size(), c_Unknown);
-    m_states.push_back(std::move(state));
-    return static_cast<StateIndex>(m_states.size() - 1);
-}
-
-/// The state of the closure's nodes; created if it is missing.
-CAutomaton::StateIndex CAutomaton::findState()
-{
-    if (m_closure.empty())
-    {
-        return c_Dead;
-    }
-    std::ranges::sort(m_closure);
-    const auto [entry, isNew] = m_stateIndices.emplace(m_closure, c_Unknown);
-    if (isNew)
-    {
-        entry->second = appendState(false);
-    }
-    return entry->second;
-}
-
-CAutomaton::StateIndex CAutomaton::addTransition(StateIndex from, std::size_t characterClass)
-{
-    const std::vector<NodeIndex> nodes = m_states[from].nodes;
-    const bool isFull = m_numbers > c_MostNumbers;
-    if (isFull)
-    {
-        clearStates();
-    }
-    beginClosure();
     bool isFound = false;
     for (const NodeIndex node : nodes)
     {
@@ -311,11 +306,89 @@ CAutomaton::StateIndex CAutomaton::addTransition(StateIndex from, std::size_t ch
             isFound = extendClosure(each.next, false, false) || isFound;
         }
     }
-    for (const NodeIndex node : m_restart)
+    return isFound;
+}
+
+/// Computed once, since each transition over the class needs it.
+const CAutomaton::SRestartStep& CAutomaton::getRestartStep(std::size_t characterClass)
+{
+    SRestartStep& step = m_restartSteps[characterClass];
+    if (!std::exchange(step.isKnown, true))
     {
-        extendClosure(node, false, false);
+        beginClosure();
+        step.isFound = extendClosureOver(m_restart, characterClass);
+        step.nodes = m_closure;
     }
-    const StateIndex to = isFound ? c_Found : findState();
+    return step;
+}
+
+void CAutomaton::appendFound(const NodeIndices& nodes, std::vector<std::uint32_t>& found) const
+{
+    for (const NodeIndex node : nodes)
+    {
+        if (m_nodes[node].kind == SNode::EKind::Found)
+        {
+            found.push_back(m_nodes[node].number);
+        }
+    }
+}
+
+/// Creates the state of the closure's nodes.
+CAutomaton::StateIndex CAutomaton::appendState(bool isBegin)
+{
+    SState state;
+    state.nodes = m_closure;
+    appendFound(state.nodes, state.found);
+    NodeIndices atEnd = m_restartAtEnd;
+    std::ranges::copy_if(state.nodes, std::back_inserter(atEnd),
+                         [this](NodeIndex node) { return m_nodes[node].kind == SNode::EKind::TextEnd; });
+    beginClosure();
+    for (const NodeIndex node : atEnd)
+    {
+        state.isFoundAtEnd = extendClosure(node, isBegin, true) || state.isFoundAtEnd;
+    }
+    appendFound(m_closure, state.foundAtEnd);
+    m_numbers += m_classBegins.size() + 2 * state.nodes.size();
+    m_transitions.resize(m_transitions.size() + m_classBegins.size(), sc_Unknown);
+    m_states.push_back(std::move(state));
+    return static_cast<StateIndex>(m_states.size() - 1);
+}
+
+/// The state of the closure's nodes; created if it is missing.
+CAutomaton::StateIndex CAutomaton::findState()
+{
+    if (m_closure.empty() && m_restart.empty())
+    {
+        return c_Dead;
+    }
+    std::ranges::sort(m_closure);
+    const auto [entry, isNew] = m_stateIndices.emplace(m_closure, sc_Unknown);
+    if (isNew)
+    {
+        entry->second = appendState(false);
+    }
+    return entry->second;
+}
+
+CAutomaton::StateIndex CAutomaton::addTransition(StateIndex from, std::size_t characterClass)
+{
+    const NodeIndices nodes = m_states[from].nodes;
+    const bool isFull = m_numbers > c_MostNumbers;
+    if (isFull)
+    {
+        clearStates();
+    }
+    const SRestartStep& restarted = getRestartStep(characterClass);
+    beginClosure();
+    const bool isFound = extendClosureOver(nodes, characterClass) || restarted.isFound;
+    for (const NodeIndex node : restarted.nodes)
+    {
+        if (std::exchange(m_marks[node], m_mark) != m_mark)
+        {
+            m_closure.push_back(node);
+        }
+    }
+    const StateIndex to = isFound && m_goal == EGoal::Any ? c_Found : findState();
     if (!isFull)
     {
         m_transitions[from * m_classBegins.size() + characterClass] = to;

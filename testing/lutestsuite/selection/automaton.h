@@ -17,7 +17,13 @@ namespace LuTestSuite
 class CAutomaton
 {
 public:
-    CAutomaton();
+    enum class EGoal
+    {
+        Any, ///< IsFoundIn: stops at the first expression
+        Each ///< FindEach: tells which expressions are found
+    };
+
+    explicit CAutomaton(EGoal goal = EGoal::Any) : m_goal(goal) {}
     CAutomaton(const CAutomaton&) = delete;
     CAutomaton& operator=(const CAutomaton&) = delete;
     CAutomaton(CAutomaton&&) = default;
@@ -30,12 +36,17 @@ public:
     /// Precondition: CanTake, and no search yet.
     void Add(const SSyntaxNode& root);
 
-    /// True when one of the expressions is found anywhere in the text.
+    /// True when one of the expressions is found anywhere in the text. Precondition: EGoal::Any.
     bool IsFoundIn(std::wstring_view text);
+
+    /// The expressions that are found anywhere in the text, ascending; 0 is the first one that was added. Valid until
+    /// the next search. Precondition: EGoal::Each.
+    const std::vector<std::uint32_t>& FindEach(std::wstring_view text);
 
 private:
     using NodeIndex = std::uint32_t;
     using StateIndex = std::uint32_t;
+    using NodeIndices = std::vector<NodeIndex>;
 
     struct SNode
     {
@@ -45,23 +56,34 @@ private:
             Fork,      ///< goes to `next` and to `other`
             TextBegin,
             TextEnd,
-            Found,
+            Found, ///< the end of the expression `number`
         };
 
         EKind kind = EKind::Found;
         NodeIndex next = 0;
         NodeIndex other = 0;
         std::uint32_t set = 0;
+        std::uint32_t number = 0;
     };
 
-    /// The nodes of kind Character and TextEnd that can come next, in ascending order.
     struct SState
     {
-        std::vector<NodeIndex> nodes;
+        NodeIndices nodes;                ///< the nodes where the text can go on, except those of m_restart; ascending
+        std::vector<std::uint32_t> found; ///< the expressions that end here
+        std::vector<std::uint32_t> foundAtEnd; ///< those that also end here if the text does
         bool isFoundAtEnd = false;
     };
 
+    /// The nodes that are reached from m_restart over a character of a class.
+    struct SRestartStep
+    {
+        bool isKnown = false;
+        bool isFound = false;
+        NodeIndices nodes;
+    };
+
     static constexpr std::size_t sc_TableSize = 128;
+    static constexpr StateIndex sc_Unknown = static_cast<StateIndex>(-1);
 
     NodeIndex addNode(const SNode& node);
     std::uint32_t addSet(const CCharacterSet& set);
@@ -81,12 +103,30 @@ private:
 
     void beginClosure();
     bool extendClosure(NodeIndex node, bool isBegin, bool isEnd);
+    bool extendClosureOver(const NodeIndices& nodes, std::size_t characterClass);
+    const SRestartStep& getRestartStep(std::size_t characterClass);
+    void appendFound(const NodeIndices& nodes, std::vector<std::uint32_t>& found) const;
     StateIndex appendState(bool isBegin);
     StateIndex findState();
     StateIndex addTransition(StateIndex from, std::size_t characterClass);
+    StateIndex getNext(StateIndex state, wchar_t character)
+    {
+        const std::size_t characterClass = getClass(character);
+        const StateIndex next = m_transitions[state * m_classBegins.size() + characterClass];
+        return next != sc_Unknown ? next : addTransition(state, characterClass);
+    }
+    void addFound(const std::vector<std::uint32_t>& found)
+    {
+        // Most states are the end of no expression.
+        if (!found.empty())
+        {
+            m_found.insert(m_found.end(), found.begin(), found.end());
+        }
+    }
 
+    EGoal m_goal;
     std::vector<SNode> m_nodes;
-    std::vector<NodeIndex> m_entries; ///< where the expressions begin
+    NodeIndices m_entries; ///< where the expressions begin
     std::map<CCharacterSet, std::uint32_t> m_setIndices;
     std::vector<const CCharacterSet*> m_sets;
 
@@ -96,17 +136,22 @@ private:
 
     bool m_isPrepared = false;
     StateIndex m_first = 0;
-    std::vector<NodeIndex> m_restart; ///< where expressions can begin after the text's first character
+    NodeIndices m_restart;         ///< where expressions can begin after the text's first character: part of each state
+    NodeIndices m_restartAtEnd;    ///< those of kind TextEnd
+    std::vector<bool> m_isRestart; ///< for each node
+    std::vector<SRestartStep> m_restartSteps; ///< for each class
     std::vector<SState> m_states;
-    std::map<std::vector<NodeIndex>, StateIndex> m_stateIndices;
+    std::map<NodeIndices, StateIndex> m_stateIndices;
     std::vector<StateIndex> m_transitions; ///< for each state and class
     std::size_t m_numbers = 0;             ///< measure of the states' memory
 
     // The closure that is being computed.
-    std::vector<NodeIndex> m_closure;
-    std::vector<NodeIndex> m_pending;
+    NodeIndices m_closure;
+    NodeIndices m_pending;
     std::vector<std::uint32_t> m_marks;
     std::uint32_t m_mark = 0;
+
+    std::vector<std::uint32_t> m_found; ///< result of FindEach
 };
 
 } // namespace LuTestSuite

@@ -62,7 +62,7 @@ void LuTestSuite::CElementNames::addExpression(Index index)
         m_forEngine.push_back(index);
         return;
     }
-    m_automata.push_back({index, {}});
+    m_automata.push_back({index, CAutomaton()});
     m_automata.back().automaton.Add(anchor(std::move(syntax->root)));
 }
 
@@ -73,7 +73,7 @@ void LuTestSuite::CElementNames::Compile(const CStackLimit& limit, std::vector<s
         const std::wstring& name = m_names[index];
         try
         {
-            m_expressions.push_back({index, {GetWildcardExpression(name), name, L"", limit}});
+            m_expressions.push_back({index, {GetWildcardExpression(name), name, limit}});
         }
         catch (const std::regex_error&)
         {

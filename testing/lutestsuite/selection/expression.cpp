@@ -112,25 +112,24 @@ void LuTestSuite::RunOnExpressionStack(const std::function<void(const CStackLimi
     }
 }
 
-LuTestSuite::CExpression::CExpression(const std::wstring& source, std::wstring text, std::wstring requiredText,
-                                      const CStackLimit& limit)
-    : m_text(std::move(text)), m_requiredText(std::move(requiredText)), m_limit(&limit),
+LuTestSuite::CExpression::CExpression(const std::wstring& source, std::wstring text, const CStackLimit& limit)
+    : m_text(std::move(text)), m_limit(&limit),
       m_expression(watchStack(m_text, [&] { return MakeWideRegex(source, &limit); }))
 {
 }
 
 bool LuTestSuite::CExpression::Matches(const std::wstring& name) const
 {
-    return name.find(m_requiredText) != std::wstring::npos && watchStack(m_text, [&] {
-               return std::regex_match(CCheckedPlace(name.data(), *m_limit),
-                                       CCheckedPlace(name.data() + name.size(), *m_limit), m_expression);
-           });
+    return watchStack(m_text, [&] {
+        return std::regex_match(CCheckedPlace(name.data(), *m_limit),
+                                CCheckedPlace(name.data() + name.size(), *m_limit), m_expression);
+    });
 }
 
 bool LuTestSuite::CExpression::IsFoundIn(const std::wstring& name) const
 {
-    return name.find(m_requiredText) != std::wstring::npos && watchStack(m_text, [&] {
-               return std::regex_search(CCheckedPlace(name.data(), *m_limit),
-                                        CCheckedPlace(name.data() + name.size(), *m_limit), m_expression);
-           });
+    return watchStack(m_text, [&] {
+        return std::regex_search(CCheckedPlace(name.data(), *m_limit),
+                                 CCheckedPlace(name.data() + name.size(), *m_limit), m_expression);
+    });
 }

@@ -23,9 +23,8 @@ void RunOnExpressionStack(const std::function<void(const CStackLimit&)>& functio
 class CExpression
 {
 public:
-    /// `text` names the expression in messages; `requiredText` is contained in each text that matches. Throws
-    /// std::regex_error.
-    CExpression(const std::wstring& source, std::wstring text, std::wstring requiredText, const CStackLimit& limit);
+    /// `text` names the expression in messages. Throws std::regex_error.
+    CExpression(const std::wstring& source, std::wstring text, const CStackLimit& limit);
 
     /// True if the whole name matches.
     bool Matches(const std::wstring& name) const;
@@ -35,7 +34,6 @@ public:
 
 private:
     std::wstring m_text;
-    std::wstring m_requiredText;
     const CStackLimit* m_limit;
     std::wregex m_expression;
 };

@@ -8,7 +8,7 @@
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/selection/automaton.h"
 #include "testing/lutestsuite/selection/expression.h"
-#include "testing/lutestsuite/selection/requiredtext.h"
+#include "testing/lutestsuite/selection/expressions.h"
 #include "testing/lutestsuite/selection/wideregex.h"
 #include "testing/lutestsuite/selection/wildcard.h"
 
@@ -16,7 +16,6 @@ namespace
 {
 
 using LuTestSuite::CAutomaton;
-using LuTestSuite::CExpression;
 using LuTestSuite::CStackLimit;
 using LuTestSuite::SUnitTest;
 
@@ -70,8 +69,7 @@ public:
             return std::ranges::any_of(m_patterns,
                                        [&](const SPattern& each) { return pathName.ends_with(each.source); });
         }
-        return m_automaton.IsFoundIn(pathName) ||
-               std::ranges::any_of(m_expressions, [&](const CExpression& each) { return each.IsFoundIn(pathName); });
+        return m_automaton.IsFoundIn(pathName) || m_expressions.IsFoundIn(pathName);
     }
 
 private:
@@ -79,8 +77,7 @@ private:
     {
         try
         {
-            std::wstring requiredText = pattern.syntax ? GetRequiredText(pattern.syntax->root) : std::wstring();
-            m_expressions.emplace_back(pattern.source, pattern.source, std::move(requiredText), limit);
+            m_expressions.Add(pattern.source, pattern.syntax ? &*pattern.syntax : nullptr, limit);
         }
         catch (const std::regex_error&)
         {
@@ -90,7 +87,7 @@ private:
 
     const std::vector<SPattern>& m_patterns;
     CAutomaton m_automaton;
-    std::vector<CExpression> m_expressions;
+    LuTestSuite::CExpressions m_expressions;
     bool m_noRegex;
 };
 

@@ -12,71 +12,13 @@
 #include <gtest/gtest.h>
 
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "tests/lutestsuite/selection/randomexpressions.h"
 #include "tests/lutestsuite/selection/randomnames.h"
 
 namespace
 {
 
 using namespace RandomNames;
-
-/// Mostly valid expressions.
-class CRandomExpression
-{
-public:
-    explicit CRandomExpression(CRandom& random) : m_random(random) {}
-
-    std::wstring Make(int depth)
-    {
-        std::wstring choice = makeSequence(depth);
-        while (m_random.Below(5) == 0)
-        {
-            choice += L"|" + makeSequence(depth);
-        }
-        return choice;
-    }
-
-private:
-    std::wstring makeSequence(int depth)
-    {
-        constexpr std::array<std::wstring_view, 8> c_Quantifiers = {L"*",    L"+",     L"?",     L"{2}",
-                                                                    L"{1,}", L"{0,2}", L"{2,1}", L"*?"};
-        std::wstring sequence;
-        for (std::uint32_t count = m_random.Below(4); count > 0; --count)
-        {
-            sequence += makeAtom(depth);
-            sequence += m_random.Below(3) == 0 ? m_random.Pick(c_Quantifiers) : L"";
-        }
-        return sequence;
-    }
-
-    std::wstring makeAtom(int depth)
-    {
-        constexpr std::array<std::wstring_view, 26> c_Atoms = {
-            L"a", L"b",   L"c",   L"1",   L".",   L"\\.", L"\\w", L"\\W",   L"\\d",     L"\\D", L"\\s", L"\\S",  L"^",
-            L"$", L"\\b", L"\\B", L"\\1", L"\\n", L"[",   L"]",   L"\\x61", L"\\u0062", L"ab",  L"}",   L"\\cA", L"{"};
-        constexpr std::array<std::wstring_view, 4> c_Groups = {L"(", L"(?:", L"(?=", L"(?!"};
-        if (depth > 0 && m_random.Below(4) == 0)
-        {
-            return m_random.Pick(c_Groups) + Make(depth - 1) + L")";
-        }
-        return m_random.Below(5) == 0 ? makeBracket() : m_random.Pick(c_Atoms);
-    }
-
-    std::wstring makeBracket()
-    {
-        constexpr std::array<std::wstring_view, 18> c_Members = {
-            L"a",           L"b-c",       L"-",         L"\\w", L"\\D", L"\\]", L"[",  L"[:alpha:]", L"[:punct:]",
-            L"[:nothing:]", L"[:cntrl:]", L"[:punct:]", L".",   L"\\-", L"1",   L"a-", L"\\n",       L"c-a"};
-        std::wstring bracket = m_random.Below(3) == 0 ? L"[^" : L"[";
-        for (std::uint32_t count = m_random.Below(4); count > 0; --count)
-        {
-            bracket += m_random.Pick(c_Members);
-        }
-        return bracket + L"]";
-    }
-
-    CRandom& m_random;
-};
 
 std::optional<std::wregex> Compile(const std::wstring& source)
 {
@@ -182,6 +124,55 @@ TEST(RandomExpressions, SelectTheSameTogetherAndAlone)
         const Texts names = MakeNames(random, 100);
         ASSERT_EQ(Select(names, includes), SelectPlainly(names, includes)) << testing::PrintToString(includes);
     }
+}
+
+/// An expression that only the engine can match, and that few names match.
+std::wstring MakeRareLookAhead(CRandom& random)
+{
+    constexpr std::array<std::wstring_view, 6> c_Forms = {L"(?!.*c$)%s",   L"%s(?=[^]*1)", L"(%s)(?!\\1)",
+                                                          L"\\b(?:%s)\\b", L".(?=%s)",     L"(?=%s|x)."};
+    std::wstring text;
+    while (text.size() < 3)
+    {
+        text += MakeName(random);
+    }
+    text.resize(3);
+    std::wstring literal;
+    for (const wchar_t character : text)
+    {
+        literal += (std::wstring_view(L"*?{}\\(.").find(character) == std::wstring_view::npos ? L"" : L"\\");
+        literal += character;
+    }
+    std::wstring expression = random.Pick(c_Forms);
+    return expression.replace(expression.find(L"%s"), 2, literal);
+}
+
+TEST(RandomExpressions, WithLookAheadsSelectTheSameTogetherAndAlone)
+{
+    CRandom random(3);
+    std::size_t selectedCount = 0;
+    constexpr std::size_t c_Rounds = 8;
+    constexpr std::size_t c_Names = 60;
+    for (std::size_t count = 0; count < c_Rounds; ++count)
+    {
+        Texts includes;
+        while (includes.size() < 300)
+        {
+            includes.push_back(MakeRareLookAhead(random));
+        }
+        Texts names;
+        while (names.size() < c_Names)
+        {
+            names.push_back(MakeName(random) + MakeName(random) + MakeName(random));
+        }
+        const std::optional<Texts> selected = Select(names, includes);
+        ASSERT_TRUE(selected) << testing::PrintToString(includes);
+        ASSERT_EQ(selected, SelectPlainly(names, includes)) << testing::PrintToString(includes);
+        selectedCount += selected->size();
+    }
+    // Otherwise the test would check too little.
+    EXPECT_GT(selectedCount, c_Rounds * c_Names / 10);
+    EXPECT_LT(selectedCount, c_Rounds * c_Names * 9 / 10);
 }
 
 } // namespace

@@ -1,0 +1,31 @@
+/// Several expressions that only the standard library's engine can match.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuite/selection/automaton.h"
+#include "testing/lutestsuite/selection/expression.h"
+#include "testing/lutestsuite/selection/expressionsyntax.h"
+
+namespace LuTestSuite
+{
+
+/// Applies the engine only to expressions whose required text a name contains: one pass over the name finds these. The
+/// rules of CExpression apply.
+class CExpressions
+{
+public:
+    /// `syntax` is null if the parser does not support the expression. Throws std::regex_error, or a message like
+    /// CExpression.
+    void Add(const std::wstring& source, const SExpressionSyntax* syntax, const CStackLimit& limit);
+
+    /// True if one of the expressions is found in the name; they are tried in the order of Add.
+    bool IsFoundIn(const std::wstring& name);
+
+private:
+    std::vector<CExpression> m_expressions;
+    CAutomaton m_requiredTexts{CAutomaton::EGoal::Each}; ///< one for each expression
+};
+
+} // namespace LuTestSuite
