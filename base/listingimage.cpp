@@ -1,5 +1,6 @@
 #include "base/listingimage.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <type_traits>
@@ -127,6 +128,22 @@ std::vector<SMatches> takeMatches(CReader& reader, std::uint64_t patterns)
     return matches;
 }
 
+/// Each name lies within the text.
+bool areBeginsValid(const SListing& listing)
+{
+    return !listing.begins.empty() && std::ranges::is_sorted(listing.begins) &&
+           listing.begins.back() == listing.text.size();
+}
+
+/// Each rank is that of a name. Precondition: areBeginsValid.
+bool areRanksValid(const SListing& listing)
+{
+    return std::ranges::all_of(listing.matches, [&listing](const SMatches& matches) {
+        return matches.ranks.empty() ||
+               (std::ranges::is_sorted(matches.ranks) && matches.ranks.back() < listing.begins.size() - 1);
+    });
+}
+
 } // namespace
 
 std::wstring GetName(const LbOs::SDirectoryStamp& stamp)
@@ -163,8 +180,8 @@ std::optional<SListing> Read(std::span<const std::byte> block)
     listing.begins = reader.Take<std::uint32_t>(header->begins);
     listing.text = reader.TakeText(header->characters);
     listing.matches = takeMatches(reader, header->patterns);
-    const bool isWhole = !reader.IsBroken() && !listing.begins.empty() && listing.begins.back() == listing.text.size();
-    return isWhole ? std::optional(std::move(listing)) : std::nullopt;
+    const bool isValid = !reader.IsBroken() && areBeginsValid(listing) && areRanksValid(listing);
+    return isValid ? std::optional(std::move(listing)) : std::nullopt;
 }
 
 } // namespace LbListingImage

@@ -38,7 +38,7 @@ std::size_t GetSize(const SListing& listing);
 /// Fills a zeroed block of at least GetSize bytes. Other processes can read it only when it is complete.
 void Write(const SListing& listing, std::byte* block);
 
-/// Empty if the block is not complete, or has another format.
+/// Empty if the block is not complete, has another format, or refers to what it does not contain.
 std::optional<SListing> Read(std::span<const std::byte> block);
 
 } // namespace LbListingImage

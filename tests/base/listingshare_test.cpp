@@ -24,12 +24,14 @@ using LbListingImage::SListing;
 class ListingImage : public testing::Test
 {
 protected:
-    std::vector<std::byte> Write() const
+    static std::vector<std::byte> WriteListing(const SListing& listing)
     {
-        std::vector<std::byte> block(LbListingImage::GetSize(m_listing));
-        LbListingImage::Write(m_listing, block.data());
+        std::vector<std::byte> block(LbListingImage::GetSize(listing));
+        LbListingImage::Write(listing, block.data());
         return block;
     }
+
+    std::vector<std::byte> Write() const { return WriteListing(m_listing); }
 
     const std::vector<std::uint32_t> m_begins = {0, 1, 3, 3};
     const std::vector<std::uint32_t> m_ranks = {0, 2};
@@ -67,6 +69,59 @@ TEST_F(ListingImage, IsNotReadBeforeItIsComplete)
     std::memset(block.data(), 0, 1);
 
     EXPECT_FALSE(LbListingImage::Read(block));
+}
+
+TEST_F(ListingImage, IsNotReadIfANameLiesOutsideOfTheText)
+{
+    for (const std::vector<std::uint32_t>& begins : {std::vector<std::uint32_t>{0, 4, 3, 3}, {2, 1, 3, 3}, {0, 3, 2}})
+    {
+        SListing damaged = m_listing;
+        damaged.begins = begins;
+        EXPECT_FALSE(LbListingImage::Read(WriteListing(damaged))) << testing::PrintToString(begins);
+    }
+}
+
+TEST_F(ListingImage, IsNotReadIfAMatchIsNoName)
+{
+    for (const std::vector<std::uint32_t>& ranks : {std::vector<std::uint32_t>{0, 3}, {3, 1}, {0xFFFF'FFFF}})
+    {
+        SListing damaged = m_listing;
+        damaged.matches[0].ranks = ranks;
+        EXPECT_FALSE(LbListingImage::Read(WriteListing(damaged))) << testing::PrintToString(ranks);
+    }
+}
+
+/// Whatever byte is damaged, the block is not read, or everything that is read lies within the block.
+TEST_F(ListingImage, CanBeUsedAfterAnyDamage)
+{
+    const std::vector<std::byte> whole = Write();
+    std::size_t readCount = 0;
+    for (std::size_t place = 0; place < whole.size() * 8; ++place)
+    {
+        std::vector<std::byte> block = whole;
+        block[place / 8] ^= std::byte{1} << (place % 8);
+        const std::optional<SListing> read = LbListingImage::Read(block);
+        if (!read)
+        {
+            continue;
+        }
+        ++readCount;
+        ASSERT_GE(read->begins.size(), 1U);
+        for (std::size_t rank = 0; rank + 1 < read->begins.size(); ++rank)
+        {
+            ASSERT_LE(read->begins[rank], read->begins[rank + 1]) << place;
+        }
+        ASSERT_LE(read->begins.back(), read->text.size()) << place;
+        for (const LbListingImage::SMatches& matches : read->matches)
+        {
+            for (const std::uint32_t rank : matches.ranks)
+            {
+                ASSERT_LT(rank, read->begins.size() - 1) << place;
+            }
+        }
+    }
+    // Damaged texts and stamps are not noticed.
+    EXPECT_GT(readCount, 0U);
 }
 
 /// A folder with many files.
