@@ -46,8 +46,8 @@ private:
     std::unique_ptr<SState> m_state;
 };
 
-/// The first `size` bytes of the named block, valid as long as a copy of the pointer exists. Null if there is no such
-/// block, it is smaller, or access is denied. Any thread.
+/// The first `size` bytes of the named block, valid as long as a copy of the pointer exists. Null if the current user
+/// has no such block, it is smaller, or access is denied. Any thread.
 LB_API std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access);
 
 /// A view of a whole named block, for reading. Keeps the block alive without memory of the heap; forks of the process
@@ -58,7 +58,7 @@ public:
     /// No view.
     CSharedView() = default;
 
-    /// No view if there is no such block, or access is denied.
+    /// No view if the current user has no such block, or access is denied.
     explicit CSharedView(const std::wstring& name);
 
     ~CSharedView();

@@ -33,6 +33,15 @@ DWORD toRights(EMemoryAccess access)
     return access == EMemoryAccess::Write ? FILE_MAP_WRITE | FILE_MAP_READ : FILE_MAP_READ;
 }
 
+/// A block of the current user; null if there is none of this name, or access is denied.
+Windows::Handle openOwn(const std::wstring& name, DWORD rights)
+{
+    const std::wstring objectName = Windows::ToObjectName(name);
+    Windows::Handle mapping(objectName.empty() ? nullptr
+                                               : OpenFileMappingW(rights | READ_CONTROL, FALSE, objectName.c_str()));
+    return mapping && Windows::IsOwn(mapping.get()) ? std::move(mapping) : Windows::Handle();
+}
+
 } // namespace
 
 CSharedMemory::CSharedMemory(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
@@ -72,16 +81,12 @@ bool CSharedMemory::IsNamed() const
 std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access)
 {
     const DWORD rights = toRights(access);
-    const std::wstring objectName = Windows::ToObjectName(name);
-    const Windows::Handle mapping(objectName.empty() ? nullptr : OpenFileMappingW(rights, FALSE, objectName.c_str()));
-    return mapView(mapping.get(), size, rights);
+    return mapView(openOwn(name, rights).get(), size, rights);
 }
 
 CSharedView::CSharedView(const std::wstring& name)
 {
-    const std::wstring objectName = Windows::ToObjectName(name);
-    const Windows::Handle mapping(objectName.empty() ? nullptr
-                                                     : OpenFileMappingW(FILE_MAP_READ, FALSE, objectName.c_str()));
+    const Windows::Handle mapping = openOwn(name, FILE_MAP_READ);
     const void* const view = mapping ? MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0) : nullptr;
     MEMORY_BASIC_INFORMATION pages = {};
     if (view != nullptr && VirtualQuery(view, &pages, sizeof(pages)) != 0)

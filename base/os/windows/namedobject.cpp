@@ -3,7 +3,8 @@
 #include <cwctype>
 #include <vector>
 
-// Needs windows.h before it.
+// These need windows.h before them.
+#include <aclapi.h>
 #include <sddl.h>
 
 namespace LbOs::Windows
@@ -12,8 +13,8 @@ namespace LbOs::Windows
 namespace
 {
 
-/// The current user's security id as text; empty on failure.
-std::wstring getUser()
+/// A TOKEN_USER with the security id to which it points; empty on failure.
+std::vector<char> readUser()
 {
     HANDLE opened = nullptr;
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened) == FALSE)
@@ -24,21 +25,38 @@ std::wstring getUser()
     DWORD size = 0;
     GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
     std::vector<char> memory(size);
+    if (GetTokenInformation(token.get(), TokenUser, memory.data(), size, &size) == FALSE)
+    {
+        memory.clear();
+    }
+    // Not copied, because of the pointer.
+    return memory;
+}
+
+/// The current user's security id; null on failure.
+PSID getUser()
+{
+    static const std::vector<char> s_user = readUser();
+    return s_user.empty() ? nullptr : reinterpret_cast<const TOKEN_USER*>(s_user.data())->User.Sid;
+}
+
+/// Empty on failure.
+std::wstring makeOwnAccessText()
+{
     wchar_t* text = nullptr;
-    if (GetTokenInformation(token.get(), TokenUser, memory.data(), size, &size) == FALSE ||
-        ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(memory.data())->User.Sid, &text) == FALSE)
+    if (getUser() == nullptr || ConvertSidToStringSidW(getUser(), &text) == FALSE)
     {
         return {};
     }
-    std::wstring user = text;
+    const std::wstring user = text;
     LocalFree(text);
-    return user;
+    // The user is the owner, who otherwise might be a group. Not inherited; all rights for the user.
+    return L"O:" + user + L"D:P(A;;GA;;;" + user + L")";
 }
 
 const std::wstring& getOwnAccessText()
 {
-    // Not inherited; all rights for the user.
-    static const std::wstring s_text = getUser().empty() ? std::wstring() : L"D:P(A;;GA;;;" + getUser() + L")";
+    static const std::wstring s_text = makeOwnAccessText();
     return s_text;
 }
 
@@ -54,6 +72,20 @@ std::wstring ToObjectName(const std::wstring& name)
         }
     }
     return name.empty() ? name : L"Local\\" + name;
+}
+
+bool IsOwn(HANDLE object)
+{
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (getUser() == nullptr || GetSecurityInfo(object, SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr,
+                                                nullptr, nullptr, &descriptor) != ERROR_SUCCESS)
+    {
+        return false;
+    }
+    const bool isOwn = owner != nullptr && EqualSid(owner, getUser()) != FALSE;
+    LocalFree(descriptor);
+    return isOwn;
 }
 
 COwnAccess::COwnAccess()

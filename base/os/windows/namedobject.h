@@ -11,7 +11,10 @@ namespace LbOs::Windows
 /// The name in the session's namespace; empty for an invalid name.
 std::wstring ToObjectName(const std::wstring& name);
 
-/// Access for the current user only.
+/// True if the current user owns the object. The handle needs the right READ_CONTROL.
+bool IsOwn(HANDLE object);
+
+/// Access for the current user only, who owns the object.
 class COwnAccess
 {
 public:

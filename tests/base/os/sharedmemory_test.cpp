@@ -1,9 +1,11 @@
 #include "base/os/sharedmemory.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -74,6 +76,29 @@ TEST_F(OsSharedMemory, IsAccessibleOnlyToTheOwnUser)
 {
     EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));
     EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
+}
+
+TEST_F(OsSharedMemory, IsViewedAsAWhole)
+{
+    std::memset(m_memory->Map(EMemoryAccess::Write).get(), 1, c_Size);
+    const LbOs::CSharedView view(m_name);
+
+    ASSERT_GE(view.GetBytes().size(), c_Size);
+    EXPECT_EQ(view.GetBytes()[c_Size - 1], std::byte{1});
+    EXPECT_TRUE(LbOs::CSharedView(m_name + L"-a").GetBytes().empty());
+}
+
+TEST_F(OsSharedMemory, IsNotMappedIfItBelongsToAnotherUser)
+{
+    const std::wstring name = m_name + L"-other";
+    const std::shared_ptr<void> memory = LbOs::MakeMemoryOfAnotherUser(name, c_Size);
+    if (!memory)
+    {
+        GTEST_SKIP() << "this user cannot create objects of another one";
+    }
+
+    EXPECT_TRUE(LbOs::CSharedView(name).GetBytes().empty());
+    EXPECT_EQ(MapSharedMemory(name, c_Size, EMemoryAccess::Read), nullptr);
 }
 
 TEST_F(OsSharedMemory, RemovesItsNameOnDestruction)

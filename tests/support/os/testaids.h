@@ -85,6 +85,10 @@ bool SetPagesForbidden(bool areForbidden);
 /// Makes queued signals fail, or succeed again. False on platforms without queued signals.
 bool SetSignalsForbidden(bool areForbidden);
 
+/// Creates shared memory that everyone can read and that belongs to another user or a group; it exists as long as the
+/// result. Null if the current user may not do that.
+std::shared_ptr<void> MakeMemoryOfAnotherUser(const std::wstring& name, std::size_t size);
+
 /// True if the named event or shared memory exists and only the current user has access.
 bool IsForOwnUserOnly(const std::wstring& name);
 

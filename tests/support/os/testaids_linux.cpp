@@ -28,6 +28,7 @@
 #include <unistd.h>
 
 #include "base/lbencoding.h"
+#include "base/os/sharedmemory.h"
 
 namespace
 {
@@ -295,6 +296,14 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
     const int id = std::stoi(std::filesystem::read_symlink(path).filename().native());
     return shmctl(id, IPC_STAT, &memory) == 0 && memory.shm_perm.uid == geteuid() &&
            (memory.shm_perm.mode & c_AllRights) == c_OwnRights;
+}
+
+std::shared_ptr<void> LbOs::MakeMemoryOfAnotherUser(const std::wstring& name, std::size_t size)
+{
+    constexpr uid_t c_Nobody = 65534;
+    std::shared_ptr<CSharedMemory> memory = CSharedMemory::Create(name, size);
+    const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
+    return memory && lchown(path.c_str(), c_Nobody, c_Nobody) == 0 ? memory : nullptr;
 }
 
 bool LbOs::JoinGroupOfParent()

@@ -11,12 +11,13 @@
 // After windows.h, which it needs.
 #include <aclapi.h>
 #include <psapi.h>
+#include <sddl.h>
 #include <tlhelp32.h>
 
 namespace
 {
 
-/// The current user's security id; empty on failure.
+/// A TOKEN_USER with the security id to which it points; empty on failure.
 std::vector<char> getUser()
 {
     HANDLE opened = nullptr;
@@ -28,8 +29,12 @@ std::vector<char> getUser()
     DWORD size = 0;
     GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
     std::vector<char> user(size);
-    const BOOL isKnown = GetTokenInformation(token.get(), TokenUser, user.data(), size, &size);
-    return isKnown != FALSE ? user : std::vector<char>();
+    if (GetTokenInformation(token.get(), TokenUser, user.data(), size, &size) == FALSE)
+    {
+        user.clear();
+    }
+    // Not copied, because of the pointer.
+    return user;
 }
 
 /// An access list that contains only the user's entry.
@@ -222,6 +227,21 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
     const bool isOnlyForUser = isOnlyFor(list, static_cast<SID*>(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid));
     LocalFree(descriptor);
     return isOnlyForUser;
+}
+
+std::shared_ptr<void> LbOs::MakeMemoryOfAnotherUser(const std::wstring& name, std::size_t size)
+{
+    // The owner is the group of administrators.
+    SECURITY_ATTRIBUTES access = {sizeof(access), nullptr, FALSE};
+    if (ConvertStringSecurityDescriptorToSecurityDescriptorW(L"O:BAD:(A;;GA;;;WD)", SDDL_REVISION_1,
+                                                             &access.lpSecurityDescriptor, nullptr) == FALSE)
+    {
+        return nullptr;
+    }
+    const HANDLE mapping = CreateFileMappingW(INVALID_HANDLE_VALUE, &access, PAGE_READWRITE, 0,
+                                              static_cast<DWORD>(size), (L"Local\\" + name).c_str());
+    LocalFree(access.lpSecurityDescriptor);
+    return mapping == nullptr ? nullptr : std::shared_ptr<void>(mapping, CloseHandle);
 }
 
 std::vector<std::wstring> LbOs::GetOwnArguments()
