@@ -1,15 +1,18 @@
-/// Compares the search for duplicates with ls, which lists the same files with their sizes, and with jdupes, fdupes and
-/// rmlint, where they are installed, at several sizes. Warm cache: each measurement is repeated. Both sides of a ratio
-/// are measured alternately, because other work on the machine changes times.
+/// Compares the search for duplicates with a listing, which is the output of the host's -q for the same folder, and
+/// with jdupes, fdupes and rmlint, where they are installed, at several sizes: whole processes on both sides. Warm
+/// cache: each measurement is repeated. Both sides of a ratio are measured alternately, because other work on the
+/// machine changes times.
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
 #include "benchmarks/support/datafolder.h"
 #include "benchmarks/support/limits.h"
-#include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace
 {
@@ -40,47 +43,60 @@ void writeQuarterIdentical(const std::filesystem::path& directory, int files, st
     }
 }
 
-/// As writeQuarterIdentical, but different contents differ only in their last bytes.
-void writeQuarterIdenticalToTheEnd(const std::filesystem::path& directory, int files, std::size_t size)
+/// As writeQuarterIdentical, but different contents differ only in eight bytes.
+void writeQuarterIdenticalButAt(std::size_t place, const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)
     {
         std::string content(size, 'a');
-        content.replace(size - 8, 8, std::to_string(10'000'000 + (file < files / 4 ? 0 : file)));
+        content.replace(place, 8, std::to_string(10'000'000 + (file < files / 4 ? 0 : file)));
         std::ofstream(directory / std::to_string(file), std::ios::binary) << content;
     }
 }
 
-void listDuplicates(const CDataFolder& folder)
+void writeQuarterIdenticalToTheEnd(const std::filesystem::path& directory, int files, std::size_t size)
 {
-    LuTestSuiteSetup setup = folder.GetSetup();
-    setup.duplicateMode = eDM_List;
-    LuTestSuiteUtils::RunDuplicateDetection(setup, GetBenchmarkEnvironment());
+    writeQuarterIdenticalButAt(size - 8, directory, files, size);
 }
 
-bool runProgram(const std::string& command, const CDataFolder& folder)
+void writeQuarterIdenticalToTheMiddle(const std::filesystem::path& directory, int files, std::size_t size)
 {
-    return std::system((command + " \"" + folder.GetPath().string() + "\" >/dev/null 2>&1").c_str()) == 0;
+    writeQuarterIdenticalButAt(size / 2, directory, files, size);
+}
+
+bool runProgram(const std::string& command, const std::filesystem::path& folder)
+{
+    return std::system((command + " \"" + folder.string() + "\" >/dev/null 2>&1").c_str()) == 0;
+}
+
+/// The command of the host of this build; the data directory follows.
+std::string getHostCommand(const std::string& mode)
+{
+    const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
+    return '"' + LbEncoding::ToNative(folder) + "LuTestSuiteCLI\" --dll DataSets " + mode + " -d";
 }
 
 /// The arguments give the number of files and their size in bytes.
 void besideProgram(benchmark::State& state, Write write, const std::string& command, double limit)
 {
     const CDataFolder folder;
-    write(folder.AddClass(""), static_cast<int>(state.range(0)), static_cast<std::size_t>(state.range(1)));
-    GetBenchmarkEnvironment();
+    const std::filesystem::path files = folder.GetPath() / "CDataSets";
+    std::filesystem::create_directories(files);
+    write(files, static_cast<int>(state.range(0)), static_cast<std::size_t>(state.range(1)));
+    const std::string search = getHostCommand("--list-duplicates");
     std::vector<double> ratios;
     std::vector<double> others;
     for ([[maybe_unused]] const auto iteration : state)
     {
         bool isDone = false;
-        others.push_back(MeasureSeconds([&] { isDone = runProgram(command, folder); }));
-        if (!isDone)
+        bool isSearched = false;
+        others.push_back(MeasureSeconds([&] { isDone = runProgram(command, folder.GetPath()); }));
+        const double seconds = MeasureSeconds([&] { isSearched = runProgram(search, folder.GetPath()); });
+        if (!isDone || !isSearched)
         {
-            state.SkipWithError("the program is not installed, or failed");
+            state.SkipWithError("a program is not installed, or failed");
             return;
         }
-        const double seconds = MeasureSeconds([&] { listDuplicates(folder); });
         ratios.push_back(seconds / others.back());
         state.SetIterationTime(seconds);
     }
@@ -97,15 +113,18 @@ void setFiles(benchmark::internal::Benchmark* benchmark)
         ->UseManualTime()
         ->Iterations(11);
 }
-BENCHMARK_CAPTURE(besideProgram, listing, writeDifferentSizes, "ls -lR", c_TimesListingLimit)
+BENCHMARK_CAPTURE(besideProgram, listing, writeDifferentSizes, getHostCommand("-q"), c_TimesListingLimit)
     ->Apply(setFiles)
-    ->Name("duplicates/different sizes/ls");
+    ->Name("duplicates/different sizes/listing");
 BENCHMARK_CAPTURE(besideProgram, jdupes, writeQuarterIdentical, "jdupes -r", c_TimesJdupesLimit)
     ->Apply(setFiles)
     ->Name("duplicates/quarter identical/jdupes");
 BENCHMARK_CAPTURE(besideProgram, jdupes, writeQuarterIdenticalToTheEnd, "jdupes -r", c_TimesJdupesLimit)
     ->Apply(setFiles)
     ->Name("duplicates/quarter identical to the end/jdupes");
+BENCHMARK_CAPTURE(besideProgram, jdupes, writeQuarterIdenticalToTheMiddle, "jdupes -r", c_TimesJdupesLimit)
+    ->Apply(setFiles)
+    ->Name("duplicates/quarter identical to the middle/jdupes");
 BENCHMARK_CAPTURE(besideProgram, fdupes, writeQuarterIdentical, "fdupes -r", c_TimesJdupesLimit)
     ->Apply(setFiles)
     ->Name("duplicates/quarter identical/fdupes");

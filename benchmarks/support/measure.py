@@ -3,6 +3,7 @@ import collections
 import json
 import os
 import resource
+import shutil
 import subprocess
 import sys
 import time
@@ -10,9 +11,8 @@ import time
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BIN = os.path.join(ROOT, "build", "linux-release", "bin")
 
-# The processor time includes processes that the command has waited for. The memory, in bytes, is that of the command
-# alone.
-Cost = collections.namedtuple("Cost", "elapsed processor memory")
+# The processor time includes processes that the command has waited for.
+Cost = collections.namedtuple("Cost", "elapsed processor")
 
 
 class Build:
@@ -37,15 +37,41 @@ def run(command, folder, output="output.txt"):
     start = time.perf_counter()
     with open(path, "wb") as file:
         process = subprocess.Popen(command, cwd=folder, stdout=file, stderr=subprocess.STDOUT)
-        _, status, usage = os.wait4(process.pid, 0)
+        process.wait()
     elapsed = time.perf_counter() - start
     after = resource.getrusage(resource.RUSAGE_CHILDREN)
-    process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         with open(path, encoding="utf-8", errors="replace") as file:
             sys.exit(f"{command} ended with status {process.returncode}:\n{file.read()[-2000:]}")
     processor = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
-    return Cost(elapsed, processor, usage.ru_maxrss * 1024)
+    return Cost(elapsed, processor)
+
+
+def get_peak_memory(command, folder):
+    """In bytes; None without GNU time. The system never reports less for a program than its parent had when it started
+    it, so the parent must be small."""
+    time_program = shutil.which("time")
+    if time_program is None:
+        return None
+    path = os.path.join(folder, "memory.txt")
+    subprocess.run([time_program, "-f", "%M", "-o", path, *command], cwd=folder, stdout=subprocess.DEVNULL, check=True)
+    with open(path, encoding="ascii") as file:
+        return int(file.read()) * 1024
+
+
+def count_writes(command, folder):
+    """The number of writes to standard output, to which the child processes of the command do not write."""
+    # In this mode each read returns the bytes of one write, if these are at most a page.
+    reader, writer = os.pipe2(os.O_CLOEXEC | os.O_DIRECT)
+    with subprocess.Popen(command, cwd=folder, stdout=writer) as process:
+        os.close(writer)
+        writes = 0
+        while os.read(reader, 65536):
+            writes += 1
+    os.close(reader)
+    if process.returncode != 0:
+        sys.exit(f"{command} ended with status {process.returncode}")
+    return writes
 
 
 def least(costs):
