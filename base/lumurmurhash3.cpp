@@ -52,20 +52,13 @@ void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1,
     }
 }
 
-/// The whole blocks. Prefetching pays off when another processor has just written the bytes, a case that the hardware
-/// prefetcher does not cover. It never reads bytes after the blocks, because another thread may write them.
+/// The whole blocks.
 void addBlocks(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
 {
-    constexpr std::size_t c_Ahead = 1024;
-    constexpr std::size_t c_CacheLine = 64;
     std::uint64_t state1 = hash1;
     std::uint64_t state2 = hash2;
     for (std::size_t offset = 0; offset < size; offset += c_BlockSize)
     {
-        if (offset % c_CacheLine == 0 && offset + c_Ahead < size)
-        {
-            __builtin_prefetch(bytes + offset + c_Ahead);
-        }
         state1 = (std::rotl(state1 ^ scramble1(readWord(bytes + offset)), 27) + state2) * 5 + 0x52DCE729;
         state2 = (std::rotl(state2 ^ scramble2(readWord(bytes + offset + c_WordSize)), 31) + state1) * 5 + 0x38495AB5;
     }

@@ -24,8 +24,8 @@ public:
     /// if `length` is 0.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed);
 
-    /// The same for memory that another thread fills from the beginning: `await(count)` waits until at least the first
-    /// `count` bytes are present and returns their number. Its exceptions pass through.
+    /// The same for memory that is filled from the beginning meanwhile: `await(count)` returns when at least the first
+    /// `count` bytes are present, with their number. Its exceptions pass through.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed,
                                         const std::function<std::size_t(std::size_t count)>& await);
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -99,7 +100,7 @@ void leaveOutDifferent(ExaminedFiles& files, const F& leave)
 ExaminedFiles findFiles(const SUnitTest& test)
 {
     ExaminedFiles files;
-    std::unordered_set<std::wstring> paths;
+    std::unordered_set<std::wstring_view> paths;
     for (const STestCase& testCase : test.cases)
     {
         const std::wstring& path = testCase.dataSetFile;
@@ -134,6 +135,25 @@ void leaveUnread(SExaminedFile& file)
     }
 }
 
+/// A shorter file is read only once, as a whole.
+bool hasBeginning(const SExaminedFile& file)
+{
+    return static_cast<std::uint64_t>(file.status.size) > CFileChecksums::sc_uiBeginning;
+}
+
+/// Excludes a file whose beginning was read, or that leaveUnread excludes.
+void leaveRead(SExaminedFile& file)
+{
+    if (hasBeginning(file))
+    {
+        file.state = EState::Different;
+    }
+    else
+    {
+        leaveUnread(file);
+    }
+}
+
 void leaveOutTooLong(SExaminedFile& file)
 {
     if (file.status.size > std::numeric_limits<std::uint32_t>::max())
@@ -161,13 +181,12 @@ ExaminedFiles examineFiles(const SUnitTest& test, CFileChecksums& checksums)
     examineEach(files, leaveOutTooLong);
     leaveOutDifferent(files, leaveUnread);
     examineEach(files, [&checksums](SExaminedFile& file) {
-        // A shorter file is read only once, as a whole.
-        if (static_cast<std::uint64_t>(file.status.size) > CFileChecksums::sc_uiBeginning)
+        if (hasBeginning(file))
         {
             file.checksum = checksums.GetOfBeginning(file.GetPath());
         }
     });
-    leaveOutDifferent(files, leaveUnread);
+    leaveOutDifferent(files, leaveRead);
     examineEach(files, [&checksums](SExaminedFile& file) { readWhole(file, checksums); });
     return files;
 }

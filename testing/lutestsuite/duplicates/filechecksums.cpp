@@ -1,27 +1,12 @@
-/// A second thread reads large files while this one hashes: doing both in one thread takes twice as long as reading.
-/// For small files the thread's overhead exceeds the gain.
-
 #include "testing/lutestsuite/duplicates/filechecksums.h"
 
+#include <algorithm>
 #include <limits>
-#include <system_error>
-#include <thread>
 
 #include "base/lbexception.h"
-#include "testing/lutestsuite/duplicates/backgroundreader.h"
-
-namespace
-{
-
-constexpr std::uint64_t c_LargeFile = 256 * 1024;
-
-} // namespace
 
 namespace LuTestSuite
 {
-
-CFileChecksums::CFileChecksums() = default;
-CFileChecksums::~CFileChecksums() = default;
 
 std::optional<LuMurmurHash3::S128> CFileChecksums::Get(const std::wstring& path)
 {
@@ -33,8 +18,7 @@ std::optional<LuMurmurHash3::S128> CFileChecksums::Get(const std::wstring& path)
     }
     // One byte more than the file's size shows whether the file has grown meanwhile.
     reserve(static_cast<std::size_t>(size) + 1);
-    return size >= c_LargeFile && hasReader() ? computeWhileReading(file, static_cast<std::uint32_t>(size))
-                                              : readAndCompute(file, static_cast<std::uint32_t>(size));
+    return readAndCompute(file, static_cast<std::uint32_t>(size));
 }
 
 LuMurmurHash3::S128 CFileChecksums::GetOfBeginning(const std::wstring& path)
@@ -43,22 +27,6 @@ LuMurmurHash3::S128 CFileChecksums::GetOfBeginning(const std::wstring& path)
     reserve(sc_uiBeginning);
     const std::size_t size = file.Read(m_buffer.get(), sc_uiBeginning);
     return LuMurmurHash3::GetOptimizedChecksum128(m_buffer.get(), static_cast<std::uint32_t>(size), 0);
-}
-
-bool CFileChecksums::hasReader()
-{
-    if (!m_reader && std::thread::hardware_concurrency() > 1)
-    {
-        try
-        {
-            m_reader = std::make_unique<CBackgroundReader>();
-        }
-        catch (const std::system_error&)
-        {
-            // If no thread can be started, this thread does both.
-        }
-    }
-    return m_reader != nullptr;
 }
 
 void CFileChecksums::reserve(std::size_t size)
@@ -73,22 +41,29 @@ void CFileChecksums::reserve(std::size_t size)
     }
 }
 
+/// Hashes each piece while it is in the processor's cache.
 LuMurmurHash3::S128 CFileChecksums::readAndCompute(LuStreamReadBinaryFile& file, std::uint32_t size)
 {
-    if (file.Read(m_buffer.get(), std::size_t{size} + 1) != size)
+    constexpr std::size_t c_PieceSize = 128 * 1024;
+    const std::size_t wanted = std::size_t{size} + 1;
+    std::size_t total = 0;
+    const auto readPiece = [&](std::size_t /*count*/) {
+        const std::size_t piece = std::min(c_PieceSize, wanted - total);
+        const std::size_t count = file.Read(m_buffer.get() + total, piece);
+        total += count;
+        // Only the last piece may be short, by the byte that the file must not have.
+        if (count < piece && total != size)
+        {
+            throw LbException();
+        }
+        return total;
+    };
+    const LuMurmurHash3::S128 checksum = LuMurmurHash3::GetOptimizedChecksum128(m_buffer.get(), size, 0, readPiece);
+    if (total < wanted)
     {
-        throw LbException();
+        readPiece(wanted);
     }
-    return LuMurmurHash3::GetOptimizedChecksum128(m_buffer.get(), size, 0);
-}
-
-LuMurmurHash3::S128 CFileChecksums::computeWhileReading(LuStreamReadBinaryFile& file, std::uint32_t size)
-{
-    m_reader->Start([&file](void* buffer, std::size_t count) { return file.Read(buffer, count); }, m_buffer.get(),
-                    std::size_t{size} + 1);
-    const LuMurmurHash3::S128 checksum = LuMurmurHash3::GetOptimizedChecksum128(
-        m_buffer.get(), size, 0, [this](std::size_t count) { return m_reader->Await(count); });
-    if (m_reader->AwaitEnd() != size)
+    if (total != size)
     {
         throw LbException();
     }

@@ -14,16 +14,11 @@
 namespace LuTestSuite
 {
 
-class CBackgroundReader;
-
 /// Reads whole files, one at a time, and computes their checksums. Reuses the memory of a file for the next one. One
 /// thread at a time.
 class CFileChecksums : public INonCopyable
 {
 public:
-    CFileChecksums();
-    ~CFileChecksums();
-
     /// Empty for a file that is too long for a checksum. Throws LbException if the file cannot be read completely.
     std::optional<LuMurmurHash3::S128> Get(const std::wstring& path);
 
@@ -34,14 +29,11 @@ public:
     LuMurmurHash3::S128 GetOfBeginning(const std::wstring& path);
 
 private:
-    bool hasReader();
     void reserve(std::size_t size);
     LuMurmurHash3::S128 readAndCompute(LuStreamReadBinaryFile& file, std::uint32_t size);
-    LuMurmurHash3::S128 computeWhileReading(LuStreamReadBinaryFile& file, std::uint32_t size);
 
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_capacity = 0;
-    std::unique_ptr<CBackgroundReader> m_reader; ///< created for the first large file
 };
 
 } // namespace LuTestSuite

@@ -122,7 +122,7 @@ TEST_F(Duplicates, DoNotWaitForPipes)
     EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
 }
 
-/// Files that can be opened but not read: a small one, and a large one, which another thread reads.
+/// Files that can be opened but not read: a small one, and a large one, which is read in pieces.
 TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
 {
     constexpr std::uint32_t c_Large = 1 << 20;

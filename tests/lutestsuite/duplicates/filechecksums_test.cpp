@@ -1,67 +1,70 @@
 #include "testing/lutestsuite/duplicates/filechecksums.h"
 
-#include <optional>
+#include <cstddef>
 #include <string>
-#include <system_error>
-#include <thread>
 
 #include <gtest/gtest.h>
 
-#include "base/lbevent.h"
-#include "tests/support/os/testaids.h"
+#include "base/lbexception.h"
+#include "base/lbfilesystem.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
 {
 
-/// Starts threads until no further one can be started; they occupy the stacks of ended threads. False if threads are
-/// not limited.
-bool useUpThreads()
+using LuTestSuite::CFileChecksums;
+
+std::string MakeContent(std::size_t size)
 {
-    constexpr int c_Many = 1000;
-    static LbEvent& s_never = *new LbEvent;
-    try
+    std::string content(size, '\0');
+    for (std::size_t index = 0; index < size; ++index)
     {
-        for (int count = 0; count < c_Many; ++count)
-        {
-            std::thread([] { s_never.Wait(); }).detach();
-        }
-        return false;
+        content[index] = static_cast<char>(index * 31 + index / 251);
     }
-    catch (const std::system_error&)
+    return content;
+}
+
+LuMurmurHash3::S128 GetChecksum(const std::string& content)
+{
+    return LuMurmurHash3::GetOptimizedChecksum128(content.data(), static_cast<std::uint32_t>(content.size()), 0);
+}
+
+/// Sizes around those of blocks of the checksum and of pieces that are read; each file is longer or shorter than the
+/// one before.
+TEST(FileChecksums, AreThoseOfTheWholeContent)
+{
+    constexpr std::size_t c_Piece = 128 * 1024;
+    const ScopedFolder folder;
+    CFileChecksums checksums;
+    for (const std::size_t size : {std::size_t{5}, 3 * c_Piece + 5, std::size_t{0}, std::size_t{16}, c_Piece - 1,
+                                   std::size_t{17}, c_Piece, 8 * c_Piece, c_Piece + 1, 2 * c_Piece - 1, c_Piece + 16})
     {
-        return true;
+        const std::string content = MakeContent(size);
+        EXPECT_TRUE(checksums.Get(folder.WriteFile(L"Datei", content)) == GetChecksum(content)) << size;
     }
 }
 
-/// The file fits into memory, but the stack of a reading thread does not.
-TEST(FileChecksums, NeedNoThread)
+TEST(FileChecksums, OfBeginningsIgnoreTheRest)
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "sanitizers need unlimited address space";
-#endif
-    constexpr std::size_t c_Limit = 1024 * 1024;
-    constexpr int c_HasThreads = 2;
     const ScopedFolder folder;
-    std::string content(c_Limit / 2, 'x');
-    content.back() = 'y';
-    const std::wstring path = folder.WriteFile(L"Datei", content);
-    const LuMurmurHash3::S128 expected =
-        LuMurmurHash3::GetOptimizedChecksum128(content.data(), static_cast<std::uint32_t>(content.size()), 0);
+    CFileChecksums checksums;
+    const std::string beginning = MakeContent(CFileChecksums::sc_uiBeginning);
 
-    const std::optional<int> status = LbOs::RunInFork([&] {
-        if (!LbOs::LimitMemory(c_Limit) || !useUpThreads())
-        {
-            return c_HasThreads;
-        }
-        LuTestSuite::CFileChecksums checksums;
-        return checksums.Get(path) == expected && checksums.Get(path) == expected ? 0 : 1;
-    });
-    if (!status || status == c_HasThreads)
+    EXPECT_TRUE(checksums.GetOfBeginning(folder.WriteFile(L"a", beginning)) == GetChecksum(beginning));
+    EXPECT_TRUE(checksums.GetOfBeginning(folder.WriteFile(L"b", beginning + "x")) == GetChecksum(beginning));
+    EXPECT_TRUE(checksums.GetOfBeginning(folder.WriteFile(L"c", "short")) == GetChecksum("short"));
+}
+
+/// The size of such a file is 0. A file that grows while it is read looks the same.
+TEST(FileChecksums, DoNotExistForAFileWithMoreBytesThanItsSize)
+{
+    const std::wstring path = L"/proc/self/status";
+    if (!LbFileSystem::IsFile(path))
     {
-        GTEST_SKIP() << "the process has other threads here";
+        GTEST_SKIP() << "every file has a size here";
     }
-    EXPECT_EQ(status, 0);
+
+    EXPECT_THROW(CFileChecksums().Get(path), LbException);
 }
 
 } // namespace
