@@ -21,6 +21,7 @@
 #include "testing/lutestsuiterunner/execution/stages.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/journal/runfiles.h"
 #include "testing/lutestsuiterunner/review/changes.h"
 #include "testing/lutestsuiterunner/settings/commandline.h"
 
@@ -132,6 +133,15 @@ void RequireNoRun(const SRunOptions& options)
     {
         throw LbFormat(L"Der Ordner %s enthält schon einen Lauf: '%s' setzt ihn fort, '--force' ersetzt ihn", folder,
                        isDistributed ? L"wait" : L"resume");
+    }
+    RequireNoReport(folder, options.force);
+}
+
+void RequireNoReport(const std::wstring& folder, bool isForced)
+{
+    if (const std::wstring name = FindForeignReport(folder); !isForced && !name.empty())
+    {
+        throw LbFormat(L"Der Ordner %s enthält keinen Lauf, aber die Datei %s: '--force' ersetzt sie", folder, name);
     }
 }
 

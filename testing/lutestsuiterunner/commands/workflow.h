@@ -27,8 +27,13 @@ struct SWork
     const PreviousCases& previous; ///< by case index
 };
 
-/// Throws a German message as std::wstring if the folder of the options contains a run that they do not replace.
+/// Throws a German message as std::wstring if the folder of the options contains a run that they do not replace, or as
+/// RequireNoReport.
 void RequireNoRun(const SRunOptions& options);
+
+/// Throws a German message as std::wstring if a run would replace a report that no run has written, unless it is forced
+/// to. `folder` ends in a separator.
+void RequireNoReport(const std::wstring& folder, bool isForced);
 
 /// Warns of differences from references that nobody has decided on, anywhere in the data directory, and of interrupted
 /// decisions in the directory or above it.

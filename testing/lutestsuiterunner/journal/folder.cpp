@@ -13,39 +13,13 @@
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/journal/runfiles.h"
 
 namespace Runner
 {
 
 namespace
 {
-
-void remove(const std::wstring& path)
-{
-    if (!LbFileSystem::RemoveTree(path))
-    {
-        throw LbException(LbFormat(L"%s konnte nicht gelöscht werden", path));
-    }
-}
-
-/// Removes the files of a run, the plan first: without a plan the journals belong to no run.
-void removeRun(const std::wstring& folder)
-{
-    remove(folder + c_PlanName);
-    for (const std::uint32_t number : FindJournals(folder))
-    {
-        remove(folder + GetJournalName(number));
-    }
-    for (const wchar_t* const name : {c_OutputFolderName, c_XmlReportName, c_HtmlReportName, c_JunitName, c_SummaryName,
-                                      c_TasksFolderName, c_ShardsName, c_ProblemsName, c_ProofName})
-    {
-        remove(folder + name);
-    }
-    for (std::uint32_t number = 1; LbFileSystem::IsDirectory(folder + GetShardFolderName(number)); ++number)
-    {
-        remove(folder + GetShardFolderName(number));
-    }
-}
 
 void synchronise(const std::wstring& folder)
 {
@@ -115,7 +89,11 @@ std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan&
 std::string BeginPlan(const std::wstring& directory, const SPlan& plan)
 {
     const std::wstring folder = makeFolder(directory);
-    removeRun(folder);
+    if (const std::wstring text = FindForeignText(folder); !text.empty())
+    {
+        throw LbException(LbFormat(L"Der Ordner %s enthält keinen Lauf, aber die Datei %s", folder, text));
+    }
+    RemoveRun(folder);
     synchronise(folder);
     std::string digest = WritePlan(folder + c_PlanName, plan);
     synchronise(folder);

@@ -21,8 +21,8 @@ std::wstring GetRunFolder(const std::wstring& directory);
 /// `folder` ends in a separator. Throws LbException with a German message.
 std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan& plan);
 
-/// Removes plan, journals, output, reports and shards of a run that the folder contains, and writes the plan. Returns
-/// the plan's digest. Creates the folder if needed. Throws LbException with a German message.
+/// Removes the files of a run that the folder contains, as RemoveRun does, and writes the plan. Returns the plan's
+/// digest. Creates the folder if needed. Throws LbException with a German message.
 std::string BeginPlan(const std::wstring& directory, const SPlan& plan);
 
 /// The right to write into a run's folder, held by one process. On Windows the thread that took it must release it.

@@ -108,6 +108,20 @@ TEST_F(RunnerRun, RefusesToReplaceARun)
     EXPECT_EQ(Run({L"run", L"--force"}).exitStatus, 0);
 }
 
+TEST_F(RunnerRun, RefusesToReplaceAReportThatNoRunHasWritten)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const std::wstring report = m_folder.WriteFile(L"out/report.xml", "x");
+
+    const SHostRun run = Run({L"run"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "enthält keinen Lauf, aber die Datei report.xml: '--force' ersetzt sie\n");
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(report), "x");
+    EXPECT_EQ(Run({L"run", L"--force"}).exitStatus, 0);
+    EXPECT_NE(LbFileSystem::ReadFile8Bit(report), "x");
+}
+
 TEST_F(RunnerRun, IsRedWhenTheSelectionHasTooFewCases)
 {
     m_folder.MakeFolder(L"data/CPassedModel");

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lustream.h"
@@ -147,6 +148,70 @@ TEST_F(RunnerFolder, RemovesTheEarlierRun)
     EXPECT_EQ(LbFileSystem::GetFileNames(GetPath()),
               (std::vector<std::wstring>{L"eigenes.txt", L"journal.ndjson", L"plan.ndjson"}));
     EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"output"));
+}
+
+TEST_F(RunnerFolder, KeepsForeignFilesBesideThoseOfTheEarlierRun)
+{
+    m_parent.WriteFile(L"lauf/output/1.txt", "x");
+    m_parent.WriteFile(L"lauf/output/crash-1.txt", "x");
+    m_parent.WriteFile(L"lauf/output/1.txt.bak", "x");
+    m_parent.WriteFile(L"lauf/output/-1.txt", "x");
+    m_parent.WriteFile(L"lauf/tasks/canceled", "x");
+    m_parent.WriteFile(L"lauf/shard-1/plan.ndjson", "x");
+    m_run.BeginRun(MakeSamplePlan())->Close();
+
+    EXPECT_EQ(LbFileSystem::GetFileNames(GetPath() + L"output"), (std::vector<std::wstring>{L"-1.txt", L"1.txt.bak"}));
+    // The run was not distributed.
+    EXPECT_TRUE(LbFileSystem::IsFile(m_parent.GetPathOf(L"lauf/tasks/canceled")));
+    EXPECT_TRUE(LbFileSystem::IsFile(m_parent.GetPathOf(L"lauf/shard-1/plan.ndjson")));
+}
+
+TEST_F(RunnerFolder, RemovesTheShardsOfADistributedRun)
+{
+    m_parent.WriteFile(L"lauf/shards.json", "{}");
+    for (const wchar_t* const name : {L"submission-1.json", L"canceled", L"task.sh", L"shard-1-12-0.txt"})
+    {
+        m_parent.WriteFile(std::wstring(L"lauf/tasks/") + name, "x");
+    }
+    m_parent.WriteFile(L"lauf/shard-1/plan.ndjson", "x");
+    m_parent.WriteFile(L"lauf/shard-1/journal-2.ndjson", "x");
+    m_parent.WriteFile(L"lauf/shard-1/output/2.txt", "x");
+    m_parent.WriteFile(L"lauf/shard-2/report.xml", "x");
+    m_run.BeginRun(MakeSamplePlan())->Close();
+
+    EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"shards.json"));
+    EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"tasks"));
+    EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"shard-1"));
+    // This folder contains no run.
+    EXPECT_TRUE(LbFileSystem::IsFile(m_parent.GetPathOf(L"lauf/shard-2/report.xml")));
+}
+
+TEST_F(RunnerFolder, RemovesNothingFromAFolderWithoutARun)
+{
+    const std::vector<std::wstring> names = {L"report.xml",           L"summary.json",       L"output/bild.txt",
+                                             L"tasks/canceled",       L"shard-1/report.xml", L"shard-1/plan.ndjson",
+                                             L"tasks/shard-1-1-0.txt"};
+    const ScopedFolder folder;
+    for (const std::wstring& name : names)
+    {
+        folder.WriteFile(name, "x");
+    }
+    Runner::BeginPlan(folder.GetPath(), MakeSamplePlan());
+
+    for (const std::wstring& name : names)
+    {
+        EXPECT_TRUE(LbFileSystem::IsFile(folder.GetPathOf(name))) << LbEncoding::ToUtf8(name);
+    }
+}
+
+TEST_F(RunnerFolder, RefusesAFolderWithTextsOfNoRun)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"output/1.txt", "x");
+
+    EXPECT_THROW(Runner::BeginPlan(folder.GetPath(), MakeSamplePlan()), LbException);
+    EXPECT_TRUE(LbFileSystem::IsFile(folder.GetPathOf(L"output/1.txt")));
+    EXPECT_FALSE(LbFileSystem::Exists(folder.GetPathOf(L"plan.ndjson")));
 }
 
 TEST_F(RunnerFolder, IsWrittenByOneRunAtATime)
