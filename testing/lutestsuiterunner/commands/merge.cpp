@@ -3,14 +3,20 @@
 #include <algorithm>
 
 #include "base/lbexception.h"
+#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbpath.h"
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/distributed.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
+#include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/journal/runfiles.h"
 
 namespace Runner
 {
@@ -242,15 +248,26 @@ std::wstring getEndTime(const std::vector<SPart>& parts)
     return time;
 }
 
-void requireOtherFolder(const std::vector<SPart>& parts, const std::wstring& folder)
+/// True if replacing the run in the folder would remove the part. In a folder without a distributed run, the shards are
+/// runs of their own, which stay.
+bool isRemovedWith(const std::wstring& folder, const SPart& part)
 {
-    for (const SPart& part : parts)
+    const bool isDistributed = LbFileSystem::IsFile(folder + c_ShardsName);
+    return LbOs::AreSameFile(part.folder, folder) ||
+           (isDistributed && LbOs::AreSameFile(LbPath::GetParent(part.folder), folder));
+}
+
+void requireReplaceable(const std::vector<SPart>& parts, const std::wstring& folder, bool isForced)
+{
+    if (std::ranges::any_of(parts, [&folder](const SPart& part) { return isRemovedWith(folder, part); }))
     {
-        if (LbOs::AreSameFile(part.folder, folder))
-        {
-            throw LbException(LbFormat(L"Der Ordner %s enthält einen der Läufe", folder));
-        }
+        throw LbException(LbFormat(L"Der Ordner %s enthält einen der Läufe", folder));
     }
+    if (!isForced && ContainsRun(folder))
+    {
+        throw LbException(LbFormat(L"Der Ordner %s enthält schon einen Lauf: '--force' ersetzt ihn", folder));
+    }
+    RequireNoReport(folder, isForced);
 }
 
 } // namespace
@@ -266,8 +283,9 @@ int Execute(const SMergeOptions& options)
     requireSameSelection(parts);
     findPlaces(parts);
     const std::vector<const SPart*> owners = findOwners(parts);
-    requireOtherFolder(parts, GetRunFolder(options.out));
+    requireReplaceable(parts, GetRunFolder(options.out), options.force);
 
+    const std::unique_ptr<LbOs::CFolderLock> replaced = EndReplacedRun(GetRunFolder(options.out));
     CRunFolder target(options.out);
     const SPlan plan = makePlan(parts);
     CJournalCopier copier(target, plan, target.ReplacePlan(plan));

@@ -88,8 +88,9 @@ void addSharedOptions(COptionReader& reader, SRunOptions& options)
     reader.AddText({"--quarantine", L"DATEI", L"Muster von Testfällen, die nie rot sind; eins je Zeile"},
                    options.quarantine);
     reader.AddNumber({"--min-cases", L"N", L"Rot bei weniger als N Testfällen (sonst 1)"}, 0, options.minCases);
-    reader.AddSwitch({"--require-all-modules", nullptr, L"Rot, wenn ein Modul hinter --dll fehlt oder nicht lädt"},
-                     options.requireAllModules);
+    reader.AddSwitch(
+        {"--require-all-modules", nullptr, L"Rot, wenn ein Modul hinter --dll fehlt oder nicht lädt"},
+        options.requireAllModules);
 }
 
 void addOptions(COptionReader& reader, SRunOptions& options)
@@ -163,6 +164,7 @@ void addOptions(COptionReader& reader, SMergeOptions& options)
 {
     reader.AddArguments({"DIR", nullptr, L"Ordner der Läufe, die Teile eines Laufs sind"}, options.directories);
     reader.AddText({"--out", L"DIR", L"Ordner des ganzen Laufs (sonst lutestsuite-out)"}, options.out);
+    reader.AddSwitch({"--force", nullptr, L"Ersetzt den Lauf, den der Ordner enthält"}, options.force);
 }
 
 void addOptions(COptionReader& reader, SHistoryOptions& options)

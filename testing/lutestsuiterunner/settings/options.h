@@ -107,6 +107,7 @@ struct SMergeOptions
 {
     std::vector<std::wstring> directories; ///< of the shards
     std::wstring out = c_DefaultOut;
+    bool force = false; ///< replaces the run that `out` holds
 };
 
 struct SHistoryOptions

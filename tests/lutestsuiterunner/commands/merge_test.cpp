@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,10 @@ class RunnerMerge : public testing::Test
 protected:
     static constexpr std::uint32_t sc_Count = 2;
 
-    std::wstring GetShardFolder(std::uint32_t number) const { return m_folder.GetPathOf(std::to_wstring(number)); }
+    std::wstring GetShardFolder(std::uint32_t number) const
+    {
+        return m_folder.GetPathOf(m_shards + std::to_wstring(number));
+    }
 
     std::unique_ptr<Runner::CJournalWriter> Begin(std::uint32_t number, Runner::SPlan plan = MakeSamplePlan()) const
     {
@@ -50,9 +54,10 @@ protected:
         writer->Write(Runner::SRunFinished{L"2024-01-02 03:04:09", 5});
     }
 
-    int Merge(const std::vector<std::uint32_t>& numbers) const
+    int Merge(const std::vector<std::uint32_t>& numbers, bool isForced = false) const
     {
         Runner::SMergeOptions options;
+        options.force = isForced;
         for (const std::uint32_t number : numbers)
         {
             options.directories.push_back(GetShardFolder(number));
@@ -63,11 +68,11 @@ protected:
 
     std::unique_ptr<Runner::CRunState> LoadMerged() const { return Runner::LoadRun(m_folder.GetPathOf(L"ganz/")); }
 
-    std::wstring GetFailure(const std::vector<std::uint32_t>& numbers) const
+    std::wstring GetFailure(const std::vector<std::uint32_t>& numbers, bool isForced = false) const
     {
         try
         {
-            Merge(numbers);
+            Merge(numbers, isForced);
             return {};
         }
         catch (const LbException& exception)
@@ -77,6 +82,7 @@ protected:
     }
 
     const ScopedFolder m_folder;
+    std::wstring m_shards; ///< the beginning of the names of the shards' folders
 };
 
 TEST_F(RunnerMerge, CombinesShardsToTheWholeRun)
@@ -102,7 +108,7 @@ TEST_F(RunnerMerge, GivesTheSameReportsInAnyOrder)
     Merge({2, 1});
     const std::string junit = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/junit.xml"));
     const std::string summary = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/summary.json"));
-    Merge({1, 2});
+    Merge({1, 2}, /*isForced*/ true);
 
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/junit.xml")), junit);
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/summary.json")), summary);
@@ -235,6 +241,54 @@ TEST_F(RunnerMerge, NeverReplacesOneOfItsShards)
     options.out = GetShardFolder(1);
 
     EXPECT_THROW(Runner::Execute(options), LbException);
+    EXPECT_EQ(Runner::LoadRun(GetShardFolder(1) + L"/")->CountVerdicts().passed, 3U);
+}
+
+TEST_F(RunnerMerge, ReplacesARunOnlyIfForced)
+{
+    RunShard(1);
+    RunShard(2);
+    Merge({1});
+    const std::string plan = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/plan.ndjson"));
+
+    EXPECT_NE(GetFailure({1, 2}).find(L"enthält schon einen Lauf: '--force' ersetzt ihn"), std::wstring::npos);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"ganz/plan.ndjson")), plan);
+    EXPECT_EQ(Merge({1, 2}, /*isForced*/ true), 0);
+}
+
+TEST_F(RunnerMerge, NeverReplacesARunThatIsInProgress)
+{
+    RunShard(1);
+    RunShard(2);
+    Runner::CRunFolder target(m_folder.GetPathOf(L"ganz"));
+    const auto writer = target.BeginRun(MakeSamplePlan());
+    std::wstring failure;
+    std::thread([&] { failure = GetFailure({1, 2}, /*isForced*/ true); }).join();
+
+    EXPECT_NE(failure.find(L"schreibt schon ein anderer Lauf"), std::wstring::npos);
+    Run(*writer, 0);
+    EXPECT_EQ(LoadMerged()->CountVerdicts().passed, 1U);
+}
+
+TEST_F(RunnerMerge, KeepsShardsInTheFolderOfTheWholeRun)
+{
+    m_shards = L"ganz/shard-";
+    RunShard(1);
+    RunShard(2);
+
+    EXPECT_EQ(Merge({1, 2}), 0);
+    EXPECT_EQ(Merge({1, 2}, /*isForced*/ true), 0);
+    EXPECT_EQ(LoadMerged()->CountVerdicts().passed, 6U);
+    EXPECT_EQ(Runner::LoadRun(GetShardFolder(1) + L"/")->CountVerdicts().passed, 3U);
+}
+
+TEST_F(RunnerMerge, NeverReplacesTheDistributedRunOfItsShards)
+{
+    m_shards = L"ganz/shard-";
+    RunShard(1);
+    m_folder.WriteFile(L"ganz/shards.json", "{}");
+
+    EXPECT_NE(GetFailure({1}, /*isForced*/ true).find(L"enthält einen der Läufe"), std::wstring::npos);
     EXPECT_EQ(Runner::LoadRun(GetShardFolder(1) + L"/")->CountVerdicts().passed, 3U);
 }
 
