@@ -292,6 +292,26 @@ TEST_F(RunnerMerge, NeverReplacesTheDistributedRunOfItsShards)
     EXPECT_EQ(Runner::LoadRun(GetShardFolder(1) + L"/")->CountVerdicts().passed, 3U);
 }
 
+TEST_F(RunnerMerge, WarnsOfShardsWithOtherOptionsOrBuilds)
+{
+    const auto mergeWith = [this](const Runner::SPlan& plan) {
+        RunShard(1);
+        Begin(2, plan);
+        testing::internal::CaptureStderr();
+        Merge({1, 2}, /*isForced*/ true);
+        return testing::internal::GetCapturedStderr();
+    };
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.params.workerThreads = 7;
+    EXPECT_EQ(mergeWith(plan).find("verschiedene"), std::string::npos);
+    plan.params.timeOutSec = 60;
+    EXPECT_NE(mergeWith(plan).find("haben verschiedene Optionen\n"), std::string::npos);
+    plan = MakeSamplePlan();
+    plan.origin.pscm = LuTestSuiteUtils::SPscmInfo();
+    plan.origin.pscm->Changeset = L"17";
+    EXPECT_NE(mergeWith(plan).find("haben verschiedene Builds\n"), std::string::npos);
+}
+
 TEST_F(RunnerMerge, NeedsFolders)
 {
     EXPECT_THROW(Merge({}), std::wstring);
