@@ -14,7 +14,10 @@ public:
     void BeginJournal(std::uint32_t number)
     {
         m_place = {number, 0};
-        Apply(Runner::SJournalBegun{"", m_state.GetPlan().cases.size(), number, {}, 1, {}, L"2024-01-02 03:04:05"});
+        // MakeStart and MakeEnd name the same process.
+        constexpr std::uint64_t c_Host = 4711;
+        Apply(
+            Runner::SJournalBegun{"", m_state.GetPlan().cases.size(), number, {}, c_Host, {}, L"2024-01-02 03:04:05"});
     }
 
     void Apply(const Runner::Record& record)

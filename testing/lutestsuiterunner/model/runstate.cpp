@@ -77,6 +77,7 @@ void CRunState::apply(const SRecordPlace& /*place*/, const SJournalBegun& record
     m_isEnded = false;
     m_cancelReason.clear();
     m_problems.clear();
+    m_host = record.processId;
     // In a distributed run the journals of one shard follow those of another, so a later one may have started earlier.
     const bool isEarliest = !record.time.empty() && record.time < m_startTime;
     m_startTime = m_startTime.empty() || isEarliest ? record.time : m_startTime;
@@ -148,10 +149,51 @@ void CRunState::apply(const SRecordPlace& place, const SCaseEnded& record)
     attempt.result.info.repetition = planned.repetition;
     attempt.result.info.executed = true;
     attempt.ended = place;
-    SEndedCases& ended = m_endedCases[{place.journal, record.processId}];
-    ended.places.push_back(place);
-    ended.cases.push_back(record.caseIndex);
+    attempt.process = findProcess(attempt);
+    if (attempt.process != 0)
+    {
+        SEndedCases& ended = m_processes[attempt.process - 1];
+        ended.places.push_back(place);
+        ended.cases.push_back(record.caseIndex);
+    }
     m_elapsed = std::max(m_elapsed, record.elapsed);
+}
+
+/// True if the attempt has run in a process that ran no other case.
+bool CRunState::hasOwnProcess(const SAttempt& attempt) const
+{
+    if (attempt.kind == EAttemptKind::Confirm)
+    {
+        return true;
+    }
+    if (attempt.result.end == EAttemptEnd::HostEnded || attempt.result.processId == m_host)
+    {
+        return false;
+    }
+    const LuTestSuiteRun::SParams params = GetParams(m_plan, attempt.result.caseIndex);
+    return params.external ? params.isolated : m_host != 0;
+}
+
+/// The number of the process that the attempt has shared with earlier cases, or may share with later ones.
+std::uint32_t CRunState::findProcess(const SAttempt& attempt)
+{
+    if (hasOwnProcess(attempt))
+    {
+        return 0;
+    }
+    // The end of an attempt that ended its host is in a later journal.
+    SLatestProcess& latest = m_latestProcesses[{attempt.started.journal, attempt.result.processId}];
+    // Child processes end with the cases of their stage.
+    const bool isChild = attempt.result.end != EAttemptEnd::HostEnded && attempt.result.processId != m_host;
+    const bool isOfLaterStage = isChild && attempt.result.attempt != latest.attempt;
+    if (latest.number == 0 || latest.isOver || isOfLaterStage)
+    {
+        m_processes.emplace_back();
+        latest.number = static_cast<std::uint32_t>(m_processes.size());
+    }
+    latest.attempt = attempt.result.attempt;
+    latest.isOver = isChild && attempt.result.end != EAttemptEnd::Returned;
+    return latest.number;
 }
 
 void CRunState::apply(const SRecordPlace& /*place*/, const SRunCanceled& record)
@@ -227,12 +269,11 @@ std::vector<std::uint32_t> CRunState::GetMissingCases() const
 
 std::span<const std::uint32_t> CRunState::GetPredecessors(const SAttempt& attempt) const
 {
-    const auto process = m_endedCases.find({attempt.ended.journal, attempt.result.processId});
-    if (process == m_endedCases.end())
+    if (attempt.process == 0)
     {
         return {};
     }
-    const auto& [places, cases] = process->second;
+    const auto& [places, cases] = m_processes[attempt.process - 1];
     return {cases.begin(), std::ranges::lower_bound(places, attempt.ended) - places.begin() + cases.begin()};
 }
 

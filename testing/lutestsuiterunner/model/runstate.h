@@ -32,6 +32,7 @@ struct SAttempt
     SRecordPlace ended;           ///< no place while it runs, and also if its host died
     std::uint32_t lostHosts = 0;  ///< number of earlier hosts that died while they ran it
     std::uint32_t duplicates = 0; ///< results of other hosts for this attempt, which do not count
+    std::uint32_t process = 0;    ///< number of the process that it has shared with other cases; 0 for none
     SCaseEnded result;            ///< caseIndex and attempt are set from the start on, the rest when it has ended
 
     bool IsEnded() const { return ended.journal != 0; }
@@ -94,7 +95,8 @@ public:
     /// The cases in the shard without a finished attempt; ascending. A resumed run runs these.
     std::vector<std::uint32_t> GetMissingCases() const;
 
-    /// The cases that ended earlier than the attempt in the same process, in their order. Valid until the next record.
+    /// The cases that ended earlier than the attempt in the same process, in their order; empty for an attempt in a
+    /// process of its own. Valid until the next record.
     std::span<const std::uint32_t> GetPredecessors(const SAttempt& attempt) const;
 
     SVerdictCounts CountVerdicts() const;
@@ -125,6 +127,9 @@ private:
     std::vector<SAttempt>& getAttempts(std::uint32_t caseIndex);
     bool isFinishedElsewhere(const SRecordPlace& place, std::uint32_t caseIndex, std::uint32_t attempt);
 
+    bool hasOwnProcess(const SAttempt& attempt) const;
+    std::uint32_t findProcess(const SAttempt& attempt);
+
     /// Cases that ended in one process, in the order of their places.
     struct SEndedCases
     {
@@ -132,10 +137,20 @@ private:
         std::vector<std::uint32_t> cases;
     };
 
+    /// The latest process with an id. Systems give the id of an ended process to a new one.
+    struct SLatestProcess
+    {
+        std::uint32_t number = 0;
+        std::uint32_t attempt = 1;
+        bool isOver = false;
+    };
+
     SPlan m_plan;
     std::vector<std::vector<SAttempt>> m_attempts; ///< one list per case run of the plan
-    /// By journal and process id, since these ids are unique among the children of one host only.
-    std::map<std::pair<std::uint32_t, std::uint64_t>, SEndedCases> m_endedCases;
+    std::vector<SEndedCases> m_processes;          ///< process 1 comes first
+    /// By journal and process id, since ids are unique only among the running processes of one machine.
+    std::map<std::pair<std::uint32_t, std::uint64_t>, SLatestProcess> m_latestProcesses;
+    std::uint64_t m_host = 0; ///< process id of the last journal's host
     SRecordPlace m_last;
     bool m_isCanceled = false;
     bool m_isEnded = false;

@@ -47,7 +47,8 @@ void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vecto
 {
     constexpr std::size_t c_Shown = 10;
     const std::span<const std::uint32_t> cases = state.GetPredecessors(attempt);
-    notes.push_back(cases.size() == 1
+    notes.push_back(cases.empty() ? std::wstring(L"Im selben Prozess endete davor kein anderer Testfall")
+                    : cases.size() == 1
                         ? std::wstring(L"Im selben Prozess lief davor ein Testfall:")
                         : LbFormat(L"Im selben Prozess liefen davor %u Testfälle, zuletzt:", cases.size()));
     for (const std::uint32_t caseIndex : cases.last(std::min(cases.size(), c_Shown)) | std::views::reverse)

@@ -10,6 +10,7 @@ namespace
 {
 
 using LuTestSuiteRun::ECaseRunResult;
+using Runner::EAttemptEnd;
 using Runner::EAttemptKind;
 using Runner::EVerdict;
 
@@ -66,6 +67,84 @@ TEST_F(RunnerRunState, KeepsTheFailureOfACaseThatPassesAlone)
     EXPECT_EQ(m_state.GetReported(2)->result.attempt, 1U);
     EXPECT_THAT(m_state.GetPredecessors(m_state.GetAttempts(2)[0]), testing::ElementsAre(4));
     EXPECT_EQ(m_state.CountVerdicts().failed, 1U);
+}
+
+TEST_F(RunnerRunState, FindsTheCasesBeforeTheOneThatEndedTheHost)
+{
+    RunCase(4, ECaseRunResult::Ok);
+    Apply(MakeStart(2));
+    BeginJournal(2);
+    RunCase(5, ECaseRunResult::Ok);
+    Runner::SCaseEnded ended = MakeEnd(2, ECaseRunResult::Unknown);
+    ended.end = Runner::EAttemptEnd::HostEnded;
+    Apply(ended);
+
+    EXPECT_THAT(m_state.GetPredecessors(m_state.GetAttempts(2)[0]), testing::ElementsAre(4));
+    EXPECT_TRUE(m_state.GetPredecessors(m_state.GetAttempts(5)[0]).empty());
+}
+
+Runner::SPlan makeExternalPlan(bool isIsolated)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.params.external = true;
+    plan.params.isolated = isIsolated;
+    return plan;
+}
+
+/// Every child has the same process id.
+class RunnerRunStateOfChildren : public RunnerRunState
+{
+protected:
+    explicit RunnerRunStateOfChildren(bool isIsolated = false) : RunnerRunState(makeExternalPlan(isIsolated)) {}
+
+    void RunInChild(std::uint32_t caseIndex, Runner::EAttemptEnd end, std::uint32_t attempt = 1)
+    {
+        Runner::SCaseEnded ended = MakeEnd(caseIndex, ECaseRunResult::Error, attempt);
+        ended.processId = 4712;
+        ended.end = end;
+        RunCase(ended, attempt == 1 ? EAttemptKind::First : EAttemptKind::Retry);
+    }
+};
+
+TEST_F(RunnerRunStateOfChildren, FindsNoCasesOfAnEarlierChildWithTheSameProcessId)
+{
+    RunInChild(2, EAttemptEnd::Returned);
+    RunInChild(3, EAttemptEnd::ChildEnded);
+    RunInChild(4, EAttemptEnd::Returned);
+    RunInChild(5, EAttemptEnd::Returned);
+    RunInChild(3, EAttemptEnd::Returned, 2);
+    RunInChild(5, EAttemptEnd::Returned, 2);
+
+    EXPECT_THAT(m_state.GetPredecessors(m_state.GetAttempts(3)[0]), testing::ElementsAre(2));
+    EXPECT_THAT(m_state.GetPredecessors(m_state.GetAttempts(5)[0]), testing::ElementsAre(4));
+    EXPECT_THAT(m_state.GetPredecessors(m_state.GetAttempts(5)[1]), testing::ElementsAre(3));
+}
+
+class RunnerRunStateOfIsolatedCases : public RunnerRunStateOfChildren
+{
+protected:
+    RunnerRunStateOfIsolatedCases() : RunnerRunStateOfChildren(/*isIsolated*/ true) {}
+};
+
+TEST_F(RunnerRunStateOfIsolatedCases, FindsNoCasesBeforeThem)
+{
+    RunInChild(2, EAttemptEnd::Returned);
+    RunInChild(4, EAttemptEnd::Returned);
+
+    EXPECT_TRUE(m_state.GetPredecessors(m_state.GetAttempts(4)[0]).empty());
+}
+
+TEST_F(RunnerRunState, FindsNoCasesBeforeOneThatRanOutsideItsHost)
+{
+    constexpr std::uint64_t c_Child = 4712;
+    for (const std::uint32_t index : {2U, 4U})
+    {
+        Runner::SCaseEnded ended = MakeEnd(index, ECaseRunResult::Error);
+        ended.processId = c_Child;
+        RunCase(ended);
+    }
+
+    EXPECT_TRUE(m_state.GetPredecessors(m_state.GetAttempts(4)[0]).empty());
 }
 
 TEST_F(RunnerRunState, ListsRunningCases)
