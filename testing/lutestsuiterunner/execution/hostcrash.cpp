@@ -49,11 +49,27 @@ std::wstring getFirstLine(std::wstring_view text)
     return std::wstring(text.substr(0, text.find_first_of(L"\r\n")));
 }
 
-/// Why the host ended; empty unless the note blames the case. `isOnlyOne`: no other case ran in a host's own process.
-std::wstring findReason(const std::wstring& note, const SPlan& plan, std::uint32_t index, bool isOnlyOne)
+/// The cases that ran in a host's own process when it ended.
+using Suspects = std::vector<std::uint32_t>;
+
+/// True if another case with the same name in notes ran in the same host: the same case of another folder, or another
+/// repetition.
+bool hasNamesake(const CRunState& state, const Suspects& suspects, std::uint32_t index)
 {
-    const std::wstring named = std::wstring(c_CrashStart) + getCrashName(plan, index) + L": ";
-    if (note.starts_with(named))
+    const std::wstring name = getCrashName(state.GetPlan(), index);
+    const std::uint32_t journal = state.GetAttempts(index).back().started.journal;
+    return std::ranges::any_of(suspects, [&](std::uint32_t other) {
+        return other != index && state.GetAttempts(other).back().started.journal == journal &&
+               getCrashName(state.GetPlan(), other) == name;
+    });
+}
+
+/// Why the host ended; empty unless the note blames the case, and no other one.
+std::wstring findReason(const std::wstring& note, const CRunState& state, const Suspects& suspects, std::uint32_t index)
+{
+    const bool isOnlyOne = suspects.size() == 1;
+    const std::wstring named = std::wstring(c_CrashStart) + getCrashName(state.GetPlan(), index) + L": ";
+    if (note.starts_with(named) && !hasNamesake(state, suspects, index))
     {
         return L"Absturz des Prozesses, der den Lauf ausführte: " + getFirstLine(note.substr(named.size()));
     }
@@ -164,11 +180,11 @@ SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder)
     {
         (isInProcess(state, index) ? underWay.suspects : underWay.others).push_back(index);
     }
-    const bool isOnlyOne = underWay.suspects.size() == 1;
+    const Suspects suspects = underWay.suspects;
     std::erase_if(underWay.suspects, [&](std::uint32_t index) {
         const SAttempt& attempt = state.GetAttempts(index).back();
         const std::wstring note = readNote(getNotePath(folder, attempt.started.journal));
-        const std::wstring reason = findReason(note, state.GetPlan(), index, isOnlyOne);
+        const std::wstring reason = findReason(note, state, suspects, index);
         if (!reason.empty())
         {
             underWay.crashed.push_back(makeEnd(attempt, reason));

@@ -36,8 +36,9 @@ struct SUnderWay
 };
 
 /// Classifies the cases that were under way when hosts ended. A case in the host's own process crashed if the note
-/// names it, or if the note names no case and no other case ran there. A scheduler may end a shard's host without a
-/// note; in a shard, a case also crashed if three hosts ended during it and the last of them ran only this case.
+/// names it and no other case of that name ran there, or if the note names no case and no other case ran there. A
+/// scheduler may end a shard's host without a note; in a shard, a case also crashed if three hosts ended during it and
+/// the last of them ran only this case.
 SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder);
 
 } // namespace Runner

@@ -15,7 +15,7 @@ using Cases = std::vector<std::uint32_t>;
 class RunnerHostCrash : public testing::Test
 {
 protected:
-    Runner::SUnderWay Find(const Cases& started) const
+    Runner::SUnderWay Find(const Cases& started, std::uint32_t repetitions = 1) const
     {
         Runner::SPlan plan;
         LuTestSuite::SUnitTest unitTest;
@@ -26,7 +26,7 @@ protected:
         }
         unitTest.cases.back().parameters[L"External"] = true;
         plan.unitTests = {unitTest};
-        plan.cases = Runner::PlanCases(plan.unitTests, 1);
+        plan.cases = Runner::PlanCases(plan.unitTests, repetitions);
         Runner::CRunState state(plan);
         std::uint64_t sequence = 0;
         for (const std::uint32_t index : started)
@@ -63,6 +63,18 @@ TEST_F(RunnerHostCrash, BlamesTheCaseThatTheNoteNames)
     EXPECT_EQ(underWay.crashed[0].end, Runner::EAttemptEnd::HostEnded);
     EXPECT_EQ(underWay.crashed[0].reason, L"Absturz des Prozesses, der den Lauf ausführte: SIGSEGV (Zugriff)");
     EXPECT_EQ(underWay.suspects, (Cases{0}));
+}
+
+TEST_F(RunnerHostCrash, SuspectsAllRunningCasesOfTheNameInTheNote)
+{
+    WriteNote("Fehler: Absturz in 'CModel:zwei': SIGSEGV (Zugriff)\n");
+
+    // The cases 2 and 3 are repetitions of "zwei".
+    const Runner::SUnderWay underWay = Find({0, 2, 3}, 2);
+
+    EXPECT_TRUE(underWay.crashed.empty());
+    EXPECT_EQ(underWay.suspects, (Cases{0, 2, 3}));
+    EXPECT_EQ(Find({0, 3}, 2).crashed.size(), 1U);
 }
 
 TEST_F(RunnerHostCrash, BlamesTheOnlyCaseIfTheNoteNamesNoCase)
