@@ -192,7 +192,7 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
     ShowOnlyWarnings();
     const CCrashNote note(work.folder, journal);
     {
-        CProgressLine progress(work.state.GetPlan(), cases, getTimes(work.previous));
+        CProgressLine progress(work.state, cases, getTimes(work.previous));
         const SSessionParts parts = {work.state, writer,  work.environment,
                                      progress,   journal, prepareDumpFolder(work.options)};
         CSession session(parts, work.setup, getLimits(work));

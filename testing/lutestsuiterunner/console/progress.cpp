@@ -42,10 +42,20 @@ std::wstring FormatProgress(const SProgress& progress)
     return text;
 }
 
-CProgressLine::CProgressLine(const SPlan& plan, std::span<const std::uint32_t> cases, std::vector<std::uint64_t> times)
-    : m_plan(plan), m_times(std::move(times)), m_timer(LbTimer::eR_NanoSecond)
+CProgressLine::CProgressLine(const CRunState& state, std::span<const std::uint32_t> cases,
+                             std::vector<std::uint64_t> times)
+    : m_plan(state.GetPlan()), m_times(std::move(times)), m_timer(LbTimer::eR_NanoSecond)
 {
-    m_progress.total = cases.size();
+    for (std::uint32_t index = 0; index < m_plan.cases.size(); ++index)
+    {
+        const EVerdict verdict = state.GetVerdict(index);
+        m_progress.done += verdict == EVerdict::Missing ? 0 : 1;
+        if ((verdict == EVerdict::Failed || verdict == EVerdict::FailedShared) && !m_plan.cases[index].isQuarantined)
+        {
+            m_failed.insert(index);
+        }
+    }
+    m_progress.total = m_progress.done + cases.size();
     for (const std::uint32_t index : cases)
     {
         m_totalWeight += static_cast<double>(getWeight(index));
@@ -70,7 +80,7 @@ void CProgressLine::OnStarted(std::uint32_t caseIndex)
     m_running[caseIndex] = m_timer.GetElapsed();
 }
 
-void CProgressLine::OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bool isFinal)
+void CProgressLine::OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bool /*isFinal*/)
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -80,7 +90,14 @@ void CProgressLine::OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bo
             ++m_progress.done;
             m_doneWeight += static_cast<double>(getWeight(caseIndex));
         }
-        m_progress.failed += isFinal && !attempt.HasPassed() && attempt.kind != EAttemptKind::Confirm ? 1 : 0;
+        if (attempt.HasPassed() && attempt.kind != EAttemptKind::Confirm)
+        {
+            m_failed.erase(caseIndex);
+        }
+        else if (attempt.IsFinished() && !m_plan.cases[caseIndex].isQuarantined)
+        {
+            m_failed.insert(caseIndex);
+        }
     }
     if (const std::wstring text = DescribeAttempt(m_plan, caseIndex, attempt); !text.empty())
     {
@@ -95,8 +112,8 @@ void CProgressLine::run()
     std::unique_lock lock(m_mutex);
     while (!m_ended.wait_for(lock, interval, [this] { return m_hasEnded; }))
     {
-        const std::wstring text = FormatProgress(getProgress());
         lock.unlock();
+        const std::wstring text = FormatProgress(GetProgress());
         if (CTerminal::Get().HasStatus())
         {
             CTerminal::Get().ShowStatus(text);
@@ -114,9 +131,11 @@ std::uint64_t CProgressLine::getWeight(std::uint32_t caseIndex) const
     return m_times.empty() ? 1 : std::max<std::uint64_t>(1, m_times[caseIndex]);
 }
 
-SProgress CProgressLine::getProgress() const
+SProgress CProgressLine::GetProgress() const
 {
+    const std::lock_guard lock(m_mutex);
     SProgress progress = m_progress;
+    progress.failed = m_failed.size();
     const std::uint64_t now = m_timer.GetElapsed();
     progress.elapsed = now / c_NanosecondsPerSecond;
     if (m_doneWeight > 0)

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <set>
 #include <span>
 #include <string>
 #include <thread>
@@ -40,19 +41,20 @@ std::wstring FormatDuration(std::uint64_t seconds);
 class CProgressLine : public IRunListener, public INonCopyable
 {
 public:
-    /// `cases` are those to run; `times` contains the expected time of each case by case index, in nanoseconds, or is
-    /// empty. The plan outlives the object.
-    CProgressLine(const SPlan& plan, std::span<const std::uint32_t> cases, std::vector<std::uint64_t> times);
+    /// `state` tells which cases ran earlier, and `cases` are those to run; `times` contains the expected time of each
+    /// case by case index, in nanoseconds, or is empty. The plan of the state outlives the object.
+    CProgressLine(const CRunState& state, std::span<const std::uint32_t> cases, std::vector<std::uint64_t> times);
     ~CProgressLine() override;
 
     void OnStarted(std::uint32_t caseIndex) override;
     void OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bool isFinal) override;
 
+    SProgress GetProgress() const;
+
 private:
     void run();
     void show();
     std::uint64_t getWeight(std::uint32_t caseIndex) const;
-    SProgress getProgress() const;
 
     const SPlan& m_plan;
     const std::vector<std::uint64_t> m_times;
@@ -61,6 +63,7 @@ private:
     std::condition_variable m_ended;
     bool m_hasEnded = false;
     SProgress m_progress;
+    std::set<std::uint32_t> m_failed; ///< the cases outside the quarantine that have failed so far
     double m_doneWeight = 0;
     double m_totalWeight = 0;
     std::map<std::uint32_t, std::uint64_t> m_running; ///< start in nanoseconds of `m_timer`

@@ -1,9 +1,16 @@
 #include "testing/lutestsuiterunner/console/progress.h"
 
+#include <vector>
+
 #include <gtest/gtest.h>
+
+#include "tests/lutestsuiterunner/runstatemaker.h"
 
 namespace
 {
+
+using LuTestSuiteRun::ECaseRunResult;
+using Runner::EAttemptKind;
 
 TEST(RunnerProgress, ShowsHowFarTheRunIs)
 {
@@ -16,6 +23,59 @@ TEST(RunnerProgress, ShowsHowFarTheRunIs)
 TEST(RunnerProgress, EstimatesNothingBeforeTheFirstCase)
 {
     EXPECT_EQ(Runner::FormatProgress({0, 5, 0, 2, 0, {}}), L"0/5, fehlgeschlagen: 0, Zeit: 0:02");
+}
+
+class RunnerProgressLine : public testing::Test
+{
+protected:
+    static Runner::SPlan MakePlan()
+    {
+        Runner::SPlan plan = MakeSamplePlan();
+        plan.cases[5].isQuarantined = true;
+        return plan;
+    }
+
+    /// Records an attempt, and tells the line of it.
+    void End(Runner::CProgressLine& line, std::uint32_t index, ECaseRunResult result, std::uint32_t attempt = 1)
+    {
+        m_run.RunCase(index, result, attempt, attempt == 1 ? EAttemptKind::First : EAttemptKind::Retry);
+        line.OnStarted(index);
+        line.OnEnded(index, m_run.Get().GetAttempts(index).back(), /*isFinal*/ false);
+    }
+
+    CRunStateMaker m_run{MakePlan()};
+};
+
+TEST_F(RunnerProgressLine, CountsACaseAsFailedUntilARetryPasses)
+{
+    const std::vector<std::uint32_t> cases = {0, 1, 5};
+    Runner::CProgressLine line(m_run.Get(), cases, {});
+    End(line, 0, ECaseRunResult::Error);
+    End(line, 1, ECaseRunResult::Error);
+    // In quarantine.
+    End(line, 5, ECaseRunResult::Error);
+    EXPECT_EQ(line.GetProgress().failed, 2U);
+    EXPECT_EQ(line.GetProgress().done, 3U);
+
+    End(line, 0, ECaseRunResult::Error, 2);
+    End(line, 1, ECaseRunResult::Ok, 2);
+    EXPECT_EQ(line.GetProgress().failed, 1U);
+    EXPECT_EQ(line.GetProgress().done, 3U);
+}
+
+TEST_F(RunnerProgressLine, CountsTheCasesBeforeAnInterruption)
+{
+    m_run.RunCase(0, ECaseRunResult::Ok);
+    m_run.RunCase(1, ECaseRunResult::Error);
+    m_run.RunCase(5, ECaseRunResult::Error);
+    const std::vector<std::uint32_t> cases = {2, 3, 4};
+    Runner::CProgressLine line(m_run.Get(), cases, {});
+    End(line, 2, ECaseRunResult::Ok);
+
+    const Runner::SProgress progress = line.GetProgress();
+    EXPECT_EQ(progress.done, 4U);
+    EXPECT_EQ(progress.total, 6U);
+    EXPECT_EQ(progress.failed, 1U);
 }
 
 TEST(RunnerProgress, FormatsDurations)
