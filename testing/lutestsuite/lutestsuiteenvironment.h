@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/inoncopyable.h"
 #include "testing/lutestsuite/lutestsuiteexport.h"
@@ -30,6 +31,9 @@ public:
 
     /// Loads the fixed list of test modules; skips absent ones silently.
     void LoadTestDLLs();
+
+    /// The names in the fixed list, as LoadDLL takes them, in loading order. Any thread.
+    static std::vector<std::wstring> GetTestDLLs();
 
     /// Loads one test module from the executable's folder, by its name without extension, which may begin with a
     /// folder. Skips an absent module; prints a line and the system's reason for one that cannot be loaded. Modules

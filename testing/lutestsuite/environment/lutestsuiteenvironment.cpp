@@ -152,6 +152,11 @@ void LuTestSuiteEnvironment::LoadTestDLLs()
     }
 }
 
+std::vector<std::wstring> LuTestSuiteEnvironment::GetTestDLLs()
+{
+    return {LuTestSuite::c_TestModules.begin(), LuTestSuite::c_TestModules.end()};
+}
+
 void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
 {
     const std::wstring file = LbPath::ToNative(name) + LbOs::c_ModuleSuffix;

@@ -8,6 +8,7 @@
 #include "base/lbpath.h"
 #include "base/os/modules.h"
 #include "base/os/platform.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
 
 namespace Runner
 {
@@ -15,18 +16,30 @@ namespace Runner
 namespace
 {
 
-/// Empty if the module is loaded.
-std::wstring findModuleProblem(const std::wstring& name)
+/// Empty if the module is loaded, or if it is missing and need not exist.
+std::wstring findModuleProblem(const std::wstring& name, bool mustExist)
 {
     const std::wstring path =
         LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + LbPath::ToNative(name) + LbOs::c_ModuleSuffix;
     if (!LbFileSystem::IsFile(path))
     {
-        return LbFormat(L"Das Modul '%s' fehlt", name);
+        return mustExist ? LbFormat(L"Das Modul '%s' fehlt", name) : L"";
     }
     // If the module is already loaded, this only increments its use count.
     std::wstring reason;
     return LbOs::LoadModule(path, reason) ? L"" : LbFormat(L"Das Modul '%s' konnte nicht geladen werden", name);
+}
+
+void addModuleProblems(const std::vector<std::wstring>& names, bool mustExist, std::vector<std::wstring>& problems)
+{
+    for (const std::wstring& name : names)
+    {
+        std::wstring problem = findModuleProblem(name, mustExist);
+        if (!problem.empty() && std::ranges::find(problems, problem) == problems.end())
+        {
+            problems.push_back(std::move(problem));
+        }
+    }
 }
 
 } // namespace
@@ -34,13 +47,7 @@ std::wstring findModuleProblem(const std::wstring& name)
 std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup)
 {
     std::vector<std::wstring> problems;
-    for (const std::wstring& name : setup.dlls)
-    {
-        if (std::wstring problem = findModuleProblem(name); !problem.empty())
-        {
-            problems.push_back(std::move(problem));
-        }
-    }
+    addModuleProblems(setup.dlls, /*mustExist*/ true, problems);
     return problems;
 }
 
@@ -71,6 +78,7 @@ std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestS
     if (options.requireAllModules)
     {
         std::ranges::move(FindModuleProblems(setup), std::back_inserter(problems));
+        addModuleProblems(LuTestSuiteEnvironment::GetTestDLLs(), /*mustExist*/ false, problems);
     }
     return problems;
 }

@@ -21,7 +21,7 @@ void RequireModules(const LuTestSuiteSetup& setup);
 void RefuseRepetitions(const LuTestSuiteSetup& setup);
 
 /// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, those of
-/// FindModuleProblems. German, one line each.
+/// FindModuleProblems and modules of the fixed list that exist but could not be loaded. German, one line each.
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
                                        std::size_t caseCount);
 

@@ -89,7 +89,7 @@ void addSharedOptions(COptionReader& reader, SRunOptions& options)
                    options.quarantine);
     reader.AddNumber({"--min-cases", L"N", L"Rot bei weniger als N Testfällen (sonst 1)"}, 0, options.minCases);
     reader.AddSwitch(
-        {"--require-all-modules", nullptr, L"Rot, wenn ein Modul hinter --dll fehlt oder nicht lädt"},
+        {"--require-all-modules", nullptr, L"Rot, wenn ein Modul hinter --dll fehlt oder irgendeins nicht lädt"},
         options.requireAllModules);
 }
 

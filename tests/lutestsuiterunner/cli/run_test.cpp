@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -7,8 +8,12 @@
 
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "base/os/platform.h"
+#include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "tests/lutestsuiterunner/cli/runnertest.h"
+#include "tests/support/binaryfolder.h"
+#include "tests/support/places.h"
 
 namespace
 {
@@ -120,6 +125,42 @@ TEST_F(RunnerRun, RefusesToReplaceAReportThatNoRunHasWritten)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(report), "x");
     EXPECT_EQ(Run({L"run", L"--force"}).exitStatus, 0);
     EXPECT_NE(LbFileSystem::ReadFile8Bit(report), "x");
+}
+
+/// Copies the host, its libraries and one test module into the folder. Returns the path of the copy.
+std::wstring copyRunner(const ScopedFolder& folder)
+{
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(GetBinaryFolder())))
+    {
+        const std::wstring name = entry.path().filename().wstring();
+        const bool isNeeded = name.starts_with(L"lib") || name.starts_with(L"Lu") || name.starts_with(L"Lb") ||
+                              name.starts_with(L"resultmodels");
+        if (isNeeded && name.find(LbOs::c_ModuleSuffix) != std::wstring::npos)
+        {
+            std::filesystem::copy_file(entry.path(), folder.GetPathOf(name));
+        }
+    }
+    const std::filesystem::path program(L"" LUTESTSUITE_RUNNER);
+    std::filesystem::copy_file(program, folder.GetPathOf(program.filename().wstring()));
+    return folder.GetPathOf(program.filename().wstring());
+}
+
+TEST_F(RunnerRun, IsRedWhenAModuleOfTheFixedListDoesNotLoad)
+{
+    const ScopedFolder bin;
+    SHostOptions host;
+    host.program = copyRunner(bin);
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const std::vector<std::wstring> arguments = {
+        L"run", L"--force", L"--require-all-modules",    L"--out", m_folder.GetPathOf(L"out"),
+        L"--",  L"-d",      m_folder.GetPathOf(L"data"), L"--dll", L"resultmodels"};
+    EXPECT_EQ(RunHost(arguments, host).exitStatus, 0);
+    bin.WriteFile(LuTestSuiteEnvironment::GetTestDLLs().front() + LbOs::c_ModuleSuffix, "x");
+
+    const SHostRun run = RunHost(arguments, host);
+
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, "konnte nicht geladen werden\n");
 }
 
 TEST_F(RunnerRun, IsRedWhenTheSelectionHasTooFewCases)
