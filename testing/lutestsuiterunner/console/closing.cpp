@@ -5,6 +5,7 @@
 #include <span>
 
 #include "base/lbcommandline.h"
+#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "base/os/files.h"
@@ -83,6 +84,38 @@ std::wstring getCommand(const wchar_t* command)
     return QuoteForShell(LbOs::GetExecutablePath()) + L" " + command;
 }
 
+/// A folder that does not exist yet, so that the command replaces nothing when it is called for the first time.
+std::wstring findFolderOfRepetition(const std::wstring& folder)
+{
+    const std::wstring first = LbPath::WithoutSeparator(folder) + L"-wiederholt";
+    std::wstring path = first;
+    for (std::uint32_t number = 2; LbFileSystem::Exists(path); ++number)
+    {
+        path = LbFormat(L"%s-%u", first, number);
+    }
+    return path;
+}
+
+/// The option --quarantine of the call, the last one, as words for the shell with a blank before each; empty without
+/// it.
+std::wstring findQuarantine(std::span<const std::wstring> own)
+{
+    const std::wstring name = L"--quarantine";
+    std::wstring words;
+    for (std::size_t index = 0; index < own.size(); ++index)
+    {
+        if (own[index].starts_with(name + L"="))
+        {
+            words = L" " + QuoteForShell(own[index]);
+        }
+        else if (own[index] == name && index + 1 < own.size())
+        {
+            words = L" " + name + L" " + QuoteForShell(own[index + 1]);
+        }
+    }
+    return words;
+}
+
 std::wstring describeRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments)
 {
     if (arguments.empty())
@@ -90,9 +123,9 @@ std::wstring describeRepetition(const std::wstring& folder, const std::vector<st
         return L"";
     }
     const auto library = std::ranges::find(arguments, L"--");
-    const std::wstring other = LbPath::WithoutSeparator(folder) + L"-wiederholt";
     std::wstring line = getCommand(L"run --previous ") + QuoteForShell(LbPath::WithoutSeparator(folder)) +
-                        L" --only-failed --out " + QuoteForShell(other) + L" --force";
+                        L" --only-failed --out " + QuoteForShell(findFolderOfRepetition(folder)) + L" --force" +
+                        findQuarantine({arguments.begin(), library});
     for (auto option = library; option != arguments.end(); ++option)
     {
         line += L" " + QuoteForShell(*option);

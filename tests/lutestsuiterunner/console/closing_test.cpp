@@ -1,8 +1,13 @@
 #include "testing/lutestsuiterunner/console/closing.h"
 
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "base/lbpath.h"
+#include "tests/lutestsuiterunner/runstatemaker.h"
+#include "tests/support/scopedfolder.h"
 
 namespace
 {
@@ -17,6 +22,42 @@ TEST(RunnerClosing, QuotesArgumentsForTheShellOfThePlatform)
     EXPECT_EQ(Runner::QuoteForShell(L":fall$"), isWindows ? L"\":fall$\"" : L"':fall$'");
     EXPECT_EQ(Runner::QuoteForShell(L"C:\\x"), isWindows ? L"C:\\x" : L"'C:\\x'");
     EXPECT_EQ(Runner::QuoteForShell(L"it's"), isWindows ? L"\"it's\"" : L"'it'\\''s'");
+}
+
+/// The command that repeats the failed cases of a run with these arguments.
+std::wstring GetRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.arguments = arguments;
+    CRunStateMaker run(plan);
+    run.RunCase(0, LuTestSuiteRun::ECaseRunResult::Error);
+    const std::wstring text = Runner::DescribeClosing(run.Get(), folder);
+    return text.substr(text.find(L" run --previous "));
+}
+
+TEST(RunnerClosing, KeepsTheQuarantineInTheRepeatingCommand)
+{
+    const ScopedFolder folder;
+    const auto contains = [&folder](const std::vector<std::wstring>& arguments, const std::wstring& words) {
+        return GetRepetition(folder.GetPathOf(L"out/"), arguments).find(words) != std::wstring::npos;
+    };
+
+    EXPECT_TRUE(contains({L"run", L"--quarantine", L"alt.txt", L"--quarantine", L"q.txt", L"--", L"-d", L"Daten"},
+                         L" --force --quarantine q.txt -- -d Daten -s\n"));
+    EXPECT_TRUE(contains({L"run", L"--quarantine=q.txt", L"--", L"-d", L"Daten"},
+                         L" --force --quarantine=q.txt -- -d Daten -s\n"));
+    EXPECT_TRUE(contains({L"run", L"--", L"-d", L"Daten"}, L" --force -- -d Daten -s\n"));
+}
+
+TEST(RunnerClosing, RepeatsIntoAFolderThatDoesNotExist)
+{
+    const ScopedFolder folder;
+    const std::vector<std::wstring> arguments = {L"run", L"--", L"-d", L"Daten"};
+    const std::wstring out = folder.GetPathOf(L"out/");
+    EXPECT_NE(GetRepetition(out, arguments).find(L"out-wiederholt --force"), std::wstring::npos);
+    folder.MakeFolder(L"out-wiederholt");
+
+    EXPECT_NE(GetRepetition(out, arguments).find(L"out-wiederholt-2 --force"), std::wstring::npos);
 }
 
 } // namespace
