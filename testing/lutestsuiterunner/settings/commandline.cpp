@@ -106,8 +106,8 @@ void addOptions(COptionReader& reader, SRunOptions& options)
     reader.AddSwitchOrNumber(
         {"--fail-fast", L"[=N]", L"Bricht nach N fehlgeschlagenen Testfällen ab, sonst nach einem"}, 1,
         options.failFast);
-    reader.AddSwitch({"--planned", nullptr, L"Führt den Teil aus, den 'submit' in --out geplant hat, oder seinen Rest"},
-                     options.planned);
+    // Only 'submit' calls it: runs the shard that is planned in --out, or its rest.
+    reader.AddHiddenSwitch("--planned", options.planned);
 }
 
 void addOptions(COptionReader& reader, SSubmitOptions& options)

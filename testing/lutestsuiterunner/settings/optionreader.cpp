@@ -111,6 +111,11 @@ void COptionReader::AddSwitch(const SOptionText& text, bool& target)
     m_app->add_flag(text.name, target, ToUtf8(text.help))->disable_flag_override();
 }
 
+void COptionReader::AddHiddenSwitch(const char* name, bool& target)
+{
+    m_app->add_flag(name, target)->disable_flag_override()->group("");
+}
+
 void COptionReader::AddText(const SOptionText& text, std::wstring& target)
 {
     m_app

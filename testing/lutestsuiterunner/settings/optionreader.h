@@ -35,6 +35,8 @@ public:
     ~COptionReader();
 
     void AddSwitch(const SOptionText& text, bool& target);
+    /// A switch that the help does not show.
+    void AddHiddenSwitch(const char* name, bool& target);
     void AddText(const SOptionText& text, std::wstring& target);
     /// An option that may be given several times; all values count.
     void AddTexts(const SOptionText& text, std::vector<std::wstring>& target);

@@ -34,6 +34,15 @@ TEST(RunnerCommandLine, ShowsTheCommandsWithoutArguments)
     EXPECT_NE(help.text.find(L"\n  list "), std::wstring::npos);
 }
 
+TEST(RunnerCommandLine, HidesTheSwitchOfShards)
+{
+    const auto help = std::get<Runner::SHelp>(Read({L"run", L"-h"}));
+
+    EXPECT_NE(help.text.find(L"--shard"), std::wstring::npos);
+    EXPECT_EQ(help.text.find(L"--planned"), std::wstring::npos);
+    EXPECT_TRUE(std::get<Runner::SRunOptions>(Read({L"run", L"--planned"})).planned);
+}
+
 TEST(RunnerCommandLine, ShowsTheOptionsOfACommandInGerman)
 {
     const auto help = std::get<Runner::SHelp>(Read({L"list", L"-h"}));
