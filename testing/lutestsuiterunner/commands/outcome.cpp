@@ -29,7 +29,7 @@ std::wstring describeMissing(const CRunState& state)
 }
 
 /// The counts of verdicts, the problems of the whole run, the first missing cases, and the paths of the reports.
-std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
+std::wstring describeOutcome(const CRunState& state, const std::wstring& folder, bool isInProgress)
 {
     const SVerdictCounts counts = state.CountVerdicts();
     std::wstring text = describeMissing(state);
@@ -43,11 +43,12 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
     }
     else if (!state.IsEnded())
     {
-        text += L"Der Lauf ist nicht beendet.\n";
+        text += isInProgress ? L"Der Lauf ist noch nicht zu Ende.\n" : L"Der Lauf ist nicht beendet.\n";
     }
-    // A merged run has no arguments and cannot be resumed. A distributed run cannot be resumed either.
-    const bool isOwn = !state.GetPlan().arguments.empty() && state.GetPlan().partCount == 0;
-    if ((state.IsCanceled() || !state.IsEnded()) && isOwn)
+    // A merged run has no arguments and cannot be resumed. A distributed run and its shards cannot be resumed either.
+    const bool isDistributed = state.GetPlan().partCount != 0 || state.GetPlan().part;
+    const bool isOwn = !state.GetPlan().arguments.empty() && !isDistributed;
+    if ((state.IsCanceled() || !state.IsEnded()) && isOwn && !isInProgress)
     {
         text += DescribeResuming(folder);
     }
@@ -59,17 +60,17 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder)
 
 } // namespace
 
-std::unique_ptr<CRunState> ReportRun(const std::wstring& folder)
+std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, bool isInProgress)
 {
     std::unique_ptr<CRunState> state = LoadRun(folder);
-    ReportState(folder, *state);
+    ReportState(folder, *state, isInProgress);
     return state;
 }
 
-void ReportState(const std::wstring& folder, const CRunState& state)
+void ReportState(const std::wstring& folder, const CRunState& state, bool isInProgress)
 {
     WriteReports(folder, state);
-    CTerminal::Get().WriteOutput(DescribeClosing(state, folder) + describeOutcome(state, folder));
+    CTerminal::Get().WriteOutput(DescribeClosing(state, folder) + describeOutcome(state, folder, isInProgress));
 }
 
 int GetStatus(const CRunState& state)

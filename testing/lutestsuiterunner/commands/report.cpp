@@ -12,5 +12,8 @@ int Runner::Execute(const SReportOptions& options)
         throw std::wstring(L"Der Ordner des Laufs fehlt");
     }
     MoveLibraryLinesToErrors();
-    return GetStatus(*ReportRun(GetRunFolder(options.directory)));
+    const std::wstring folder = GetRunFolder(options.directory);
+    // The process of a run holds this lock to its end.
+    const bool isInProgress = !LbOs::CFolderLock::TryAcquire(folder);
+    return GetStatus(*ReportRun(folder, isInProgress));
 }

@@ -322,6 +322,27 @@ class RunnerReport : public RunnerMerge
 {
 };
 
+TEST_F(RunnerReport, SuggestsToResumeOnlyARunThatIsNotInProgress)
+{
+    Runner::SReportOptions options;
+    options.directory = m_folder.GetPathOf(L"lauf");
+    const auto report = [&options] {
+        testing::internal::CaptureStdout();
+        Runner::Execute(options);
+        return testing::internal::GetCapturedStdout();
+    };
+    std::string living;
+    {
+        Runner::CRunFolder folder(options.directory);
+        const auto writer = folder.BeginRun(MakeSamplePlan());
+        std::thread([&] { living = report(); }).join();
+    }
+
+    EXPECT_NE(living.find("Der Lauf ist noch nicht zu Ende."), std::string::npos) << living;
+    EXPECT_EQ(living.find(" resume "), std::string::npos) << living;
+    EXPECT_NE(report().find(" resume "), std::string::npos);
+}
+
 TEST_F(RunnerReport, GivesTheStatusOfTheRun)
 {
     Runner::SReportOptions options;
