@@ -6,6 +6,7 @@
 #include <map>
 #include <numeric>
 #include <set>
+#include <utility>
 
 #include "base/lbformat.h"
 #include "testing/lutestsuiterunner/reports/junitcase.h"
@@ -235,10 +236,50 @@ void write(LuStreamWriteBinaryFile& file, std::string_view text)
     file.Write(text.data(), text.size());
 }
 
+/// The elements that list cases of special kinds. Their lists are cut at a part of the file's size.
+class CProperties
+{
+public:
+    explicit CProperties(std::size_t room) : m_room(room) {}
+
+    void Add(const char* property, const std::wstring& name)
+    {
+        std::string line = make(property, ToXmlAttribute(name));
+        if (line.size() > m_room)
+        {
+            m_room = 0;
+            ++m_leftOut;
+            return;
+        }
+        m_room -= line.size();
+        m_lines += line;
+    }
+
+    /// The lines since the last call, and how many names are left out.
+    std::string Take()
+    {
+        const std::string rest = m_leftOut == 0 ? std::string() : make("left-out", std::to_string(m_leftOut));
+        m_leftOut = 0;
+        return std::exchange(m_lines, {}) + rest;
+    }
+
+private:
+    static std::string make(const char* property, const std::string& value)
+    {
+        return "\t\t\t<property name=\"" + std::string(property) + "\" value=\"" + value + "\"/>\n";
+    }
+
+    std::size_t m_room;
+    std::uint64_t m_leftOut = 0;
+    std::string m_lines;
+};
+
 class CJunitWriter
 {
 public:
-    CJunitWriter(const CRunState& state, std::size_t limit) : m_state(state), m_suites(state.GetPlan()), m_budget(limit)
+    CJunitWriter(const CRunState& state, std::size_t limit)
+        : m_state(state), m_suites(state.GetPlan()), m_budget(limit), m_learned(limit / c_PropertyShare),
+          m_written(limit / c_PropertyShare)
     {
         for (const SSuite& suite : m_suites.Get())
         {
@@ -255,16 +296,19 @@ public:
         std::size_t index = 0;
         for (const SSuite& suite : m_suites.Get())
         {
-            writeSuite(file, suite, m_counts[index++], [&](const UseCase& use) { visitCases(m_state, suite, use); });
+            writeSuite(file, makeSuiteHead(suite, m_counts[index++], m_written),
+                       [&](const UseCase& use) { visitCases(m_state, suite, use); });
         }
         if (m_counts[index].tests > 0)
         {
-            writeSuite(file, m_runSuite, m_counts[index], [&](const UseCase& use) { visitProblems(m_state, use); });
+            writeSuite(file, makeSuiteHead(m_runSuite, m_counts[index], m_written),
+                       [&](const UseCase& use) { visitProblems(m_state, use); });
         }
         write(file, c_Foot);
     }
 
 private:
+    static constexpr std::size_t c_PropertyShare = 4;
     static constexpr std::string_view c_Foot = "</testsuites>\n";
     static constexpr std::string_view c_SuiteFoot = "\t</testsuite>\n";
 
@@ -276,7 +320,7 @@ private:
             counts.Add(element);
             m_budget.Learn(element);
         });
-        m_budget.LearnFrame(makeSuiteHead(suite, counts).size() + makeLeftOut(counts.tests).size() +
+        m_budget.LearnFrame(makeSuiteHead(suite, counts, m_learned).size() + makeLeftOut(counts.tests).size() +
                             c_SuiteFoot.size());
         m_total.Add(counts);
         m_counts.push_back(counts);
@@ -288,7 +332,7 @@ private:
                ">\n";
     }
 
-    std::string makeSuiteHead(const SSuite& suite, const SCounts& counts) const
+    std::string makeSuiteHead(const SSuite& suite, const SCounts& counts, CProperties& lists) const
     {
         std::wstring timestamp = m_state.GetStartTime();
         std::ranges::replace(timestamp, L' ', L'T');
@@ -296,33 +340,31 @@ private:
                            " skipped=\"" + std::to_string(counts.skipped) + "\" timestamp=\"" +
                            ToXmlAttribute(timestamp) + "\" hostname=\"" +
                            ToXmlAttribute(m_state.GetPlan().origin.machine) + "\">\n";
-        const std::string properties = makeProperties(suite);
+        const std::string properties = makeProperties(suite, lists);
         return properties.empty() ? head : head + "\t\t<properties>\n" + properties + "\t\t</properties>\n";
     }
 
     /// Lists the cases whose kind the usual elements cannot express.
-    std::string makeProperties(const SSuite& suite) const
+    std::string makeProperties(const SSuite& suite, CProperties& lists) const
     {
-        std::string properties;
         for (const std::uint32_t index : suite.cases)
         {
             const SPlannedCase& planned = m_state.GetPlan().cases[index];
-            const std::string name = ToXmlAttribute(GetRunName(
-                m_state.GetPlan().unitTests[planned.unitTest].cases[planned.testCase].name, planned.repetition));
-            const auto add = [&](const char* property) {
-                properties += "\t\t\t<property name=\"" + std::string(property) + "\" value=\"" + name + "\"/>\n";
+            const auto getName = [&] {
+                const LuTestSuite::SUnitTest& unitTest = m_state.GetPlan().unitTests[planned.unitTest];
+                return GetRunName(unitTest.cases[planned.testCase].name, planned.repetition);
             };
             if (planned.isQuarantined)
             {
-                add("quarantined");
+                lists.Add("quarantined", getName());
             }
             const EVerdict verdict = m_state.GetVerdict(index);
             if (verdict == EVerdict::Flaky || verdict == EVerdict::FailedShared)
             {
-                add(verdict == EVerdict::Flaky ? "flaky" : "failed-shared");
+                lists.Add(verdict == EVerdict::Flaky ? "flaky" : "failed-shared", getName());
             }
         }
-        return properties;
+        return lists.Take();
     }
 
     static std::string makeLeftOut(std::uint64_t count)
@@ -332,9 +374,9 @@ private:
     }
 
     template<typename F>
-    void writeSuite(LuStreamWriteBinaryFile& file, const SSuite& suite, const SCounts& counts, const F& visit)
+    void writeSuite(LuStreamWriteBinaryFile& file, const std::string& head, const F& visit)
     {
-        write(file, makeSuiteHead(suite, counts));
+        write(file, head);
         std::uint64_t leftOut = 0;
         visit([&](SJunitCase element) {
             if (m_budget.Take(element))
@@ -358,6 +400,9 @@ private:
     std::vector<SCounts> m_counts; ///< of the suites, and at the end of the run itself
     SCounts m_total;
     CBudget m_budget;
+    /// Both make the same lists: for the sizes, and then for the file.
+    CProperties m_learned;
+    CProperties m_written;
 };
 
 } // namespace

@@ -255,6 +255,35 @@ TEST(RunnerJunit, CutsTheLongestTextsOfALargeReport)
     EXPECT_EQ(text.substr(text.find_first_not_of(L'&')), L"\n[... gekürzt, vollständig im Journal]\n");
 }
 
+TEST(RunnerJunit, CutsTheListOfCasesInQuarantine)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    for (int index = 0; index < 1000; ++index)
+    {
+        plan.unitTests[1].cases.push_back({{}, L"Fall " + std::to_wstring(index), {}});
+    }
+    plan.cases = Runner::PlanCases(plan.unitTests, 1);
+    for (Runner::SPlannedCase& planned : plan.cases)
+    {
+        planned.isQuarantined = true;
+    }
+    CRunStateMaker run(plan);
+    run.RunRest();
+    constexpr std::size_t c_Limit = 20000;
+    const CReport report(run.Get(), c_Limit);
+    const auto properties = report.FindSuite(L"b/CFirst").GetChild("properties").GetChildren("property");
+    const auto count = std::distance(properties.begin(), properties.end());
+    std::wstring leftOut;
+    for (const XMLNode property : properties)
+    {
+        leftOut = property.GetAttribute("name") == L"left-out" ? property.GetAttribute("value") : std::wstring();
+    }
+
+    EXPECT_LE(report.GetBytes().size(), c_Limit);
+    EXPECT_GT(count, 10);
+    EXPECT_EQ(leftOut, std::to_wstring(1001 - (count - 1)));
+}
+
 std::size_t countCases(const XMLNode& root)
 {
     std::size_t count = 0;
