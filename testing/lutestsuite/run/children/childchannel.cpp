@@ -306,6 +306,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
 {
     constexpr std::uint32_t c_SliceMilliseconds = 1000;
     constexpr std::uint32_t c_TakingMilliseconds = 250;
+    constexpr std::uint32_t c_CrashSliceMilliseconds = 50;
     std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;
     m_isCrashing = false;
     if (watch())
@@ -314,7 +315,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     }
     while (true)
     {
-        const LbOs::EEventWait event = waitOnce(slice);
+        const LbOs::EEventWait event = waitOnce(m_isCrashing ? c_CrashSliceMilliseconds : slice);
         // Tests may set and reset foreign events; only the buffer tells the state.
         if (IsAnswered(*m_objects->buffer.GetWriteAccess(), m_number))
         {
@@ -365,10 +366,10 @@ void CChildChannel::readCrash()
     const auto crashed = m_crashWatch ? m_crashWatch->FindCrash() : std::nullopt;
     if (crashed)
     {
+        m_crashTimer.Restart();
         examine(crashed);
         m_crashWatch->Release();
         m_isCrashing = true;
-        m_crashTimer.Restart();
     }
 }
 
@@ -400,8 +401,8 @@ void CChildChannel::writeDump(const std::optional<LbOs::SCrashedThread>& crashed
 std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutSec)
 {
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
-    // The system may write the memory of the crashed process to the disk first.
-    constexpr std::uint64_t c_LongestCrashMilliseconds = 10'000;
+    // The system may write the memory of the crashed process to the disk first. The verdict does not wait for that.
+    constexpr std::uint64_t c_LongestCrashMilliseconds = 2'000;
     if (!m_isCrashing)
     {
         const bool isOverdue = m_timer.GetElapsed() / c_NanosecondsPerSecond > timeOutSec;

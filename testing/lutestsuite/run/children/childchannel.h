@@ -189,7 +189,7 @@ private:
     bool m_hasAnswered = false;
     bool m_mayBeLeaving = false; ///< it had been idle for long when it got the request
     bool m_isCrashing = false;   ///< the child ends by itself; the time limit of its case no longer applies
-    LbTimer m_crashTimer{LbTimer::eR_MilliSecond}; ///< since the stacks of the crashed child were read
+    LbTimer m_crashTimer{LbTimer::eR_MilliSecond}; ///< since the crash of the child was noticed
     LbTimer m_timer{LbTimer::eR_NanoSecond};       ///< since the request
 
     static constexpr std::int32_t sc_iNone = -1;
