@@ -1,5 +1,5 @@
 /// Measures the cost of a run's journal: writing a case, reading a run again, merging its shards, for 1,000, 10,000 and
-/// 100,000 cases. Ends with status 1 if a limit is exceeded.
+/// 100,000 cases. The results go to standard error. Ends with status 1 if a limit is exceeded.
 ///
 /// journal_costs          cases of all three numbers
 /// journal_costs COUNT    reads a journal of COUNT records, in a fresh process for its memory; 10000000 has limits
@@ -43,8 +43,8 @@ void print(const char* what, std::uint64_t count, double value, double limit, co
 {
     const bool isMissed = value > limit;
     s_isMissed = s_isMissed || isMissed;
-    std::printf("%-24s %9llu  %10.3f %s%s\n", what, static_cast<unsigned long long>(count), value, unit,
-                isMissed ? "  LIMIT MISSED" : "");
+    std::fprintf(stderr, "%-24s %9llu  %10.3f %s%s\n", what, static_cast<unsigned long long>(count), value, unit,
+                 isMissed ? "  LIMIT MISSED" : "");
 }
 
 Runner::SPlan makePlan(std::uint32_t count)
@@ -120,6 +120,7 @@ void measureCommands(const std::wstring& folder, std::uint32_t count)
 
     Runner::SMergeOptions options;
     options.out = folder + L"zusammen";
+    options.force = true;
     for (std::uint32_t number = 1; number <= c_Shards; ++number)
     {
         options.directories.push_back(folder + std::to_wstring(number));
@@ -158,6 +159,11 @@ void measureReading(const std::wstring& folder, std::uint64_t count)
 
 int main(int argumentCount, char** arguments)
 {
+    // Commands print the failed and slow cases of a run.
+    if (std::freopen("/dev/null", "w", stdout) == nullptr)
+    {
+        return EXIT_FAILURE;
+    }
     const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + L"LuTestSuiteJournal-" +
                                 LbPath::WithSeparator(LbUniqueId::Generate());
     LbFileSystem::AssertDirectory(folder);
@@ -177,7 +183,7 @@ int main(int argumentCount, char** arguments)
     }
     catch (const LbException& exception)
     {
-        std::printf("%s\n", exception.what());
+        std::fprintf(stderr, "%s\n", exception.what());
         s_isMissed = true;
     }
     LbFileSystem::RemoveTree(folder);

@@ -1,12 +1,15 @@
 /// The command "merge": the shards of a run as one run.
 
 #include <algorithm>
+#include <span>
 #include <tuple>
+#include <utility>
 #include <variant>
 
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbparallel.h"
 #include "base/lbpath.h"
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
@@ -44,12 +47,12 @@ std::wstring getPartName(const SPart& part)
 /// Sorts the parts by their numbers, so that the order of the arguments does not matter.
 std::vector<SPart> loadParts(const std::vector<std::wstring>& directories)
 {
-    std::vector<SPart> parts;
-    for (const std::wstring& directory : directories)
-    {
-        const std::wstring folder = GetRunFolder(directory);
-        parts.push_back({folder, LoadRun(folder), {}});
-    }
+    std::vector<SPart> parts(directories.size());
+    LbParallel::For(0, static_cast<std::int64_t>(parts.size()), [&](std::int64_t index) {
+        SPart& part = parts[static_cast<std::size_t>(index)];
+        part.folder = GetRunFolder(directories[static_cast<std::size_t>(index)]);
+        part.state = LoadRun(part.folder);
+    });
     std::ranges::stable_sort(parts, {}, [](const SPart& part) { return part.state->GetPlan().shard.number; });
     return parts;
 }
@@ -57,7 +60,7 @@ std::vector<SPart> loadParts(const std::vector<std::wstring>& directories)
 void requireSameSelection(const std::vector<SPart>& parts)
 {
     const std::string digest = DigestSelection(parts.front().state->GetPlan());
-    for (const SPart& part : parts)
+    for (const SPart& part : std::span(parts).subspan(1))
     {
         if (DigestSelection(part.state->GetPlan()) != digest)
         {
@@ -163,14 +166,12 @@ std::vector<std::wstring> findProblems(const std::vector<SPart>& parts, const st
     return problems;
 }
 
-/// Each journal of a part becomes a journal of the merged run, so that cases keep their processes and their order.
+/// Each journal of a part becomes a journal of the merged run, so that cases keep their processes and their order. The
+/// state receives all records as well, so that the journals need not be read again.
 class CJournalCopier
 {
 public:
-    CJournalCopier(CRunFolder& target, const SPlan& plan, const std::string& digest)
-        : m_target(target), m_digest(digest), m_caseCount(plan.cases.size())
-    {
-    }
+    CJournalCopier(CRunFolder& target, CRunState& state) : m_target(target), m_state(state) {}
 
     void Copy(const SPart& part)
     {
@@ -199,20 +200,24 @@ public:
         const auto writer = begin(std::move(begun));
         for (const std::wstring& problem : problems)
         {
-            writer->Write(SRunProblem{problem});
+            note(*writer, SRunProblem{problem});
         }
-        writer->Write(SRunFinished{time, c_Elapsed});
+        note(*writer, SRunFinished{time, c_Elapsed});
         writer->Close();
     }
 
 private:
     std::unique_ptr<CJournalWriter> begin(SJournalBegun begun)
     {
-        begun.planDigest = m_digest;
-        begun.caseCount = m_caseCount;
+        begun.planDigest = m_state.GetPlan().digest;
+        begun.caseCount = m_state.GetPlan().cases.size();
         begun.journal = ++m_number;
-        return m_target.AddJournal(begun);
+        auto writer = m_target.AddJournal(begun);
+        m_state.Apply({m_number, 1}, begun);
+        return writer;
     }
+
+    void note(CJournalWriter& writer, const Record& record) { m_state.Apply({m_number, writer.Write(record)}, record); }
 
     void copy(const SPart& part, Record& record, std::unique_ptr<CJournalWriter>& writer)
     {
@@ -232,13 +237,12 @@ private:
         }
         else if (!isOfTheWhole)
         {
-            writer->Write(record);
+            note(*writer, record);
         }
     }
 
     CRunFolder& m_target;
-    const std::string m_digest;
-    const std::uint64_t m_caseCount;
+    CRunState& m_state;
     std::uint32_t m_number = 0;
 };
 
@@ -334,14 +338,17 @@ int Execute(const SMergeOptions& options)
 
     const std::unique_ptr<LbOs::CFolderLock> replaced = EndReplacedRun(GetRunFolder(options.out));
     CRunFolder target(options.out);
-    const SPlan plan = makePlan(parts);
-    CJournalCopier copier(target, plan, target.ReplacePlan(plan));
+    SPlan plan = makePlan(parts);
+    plan.digest = target.ReplacePlan(plan);
+    CRunState whole(std::move(plan));
+    CJournalCopier copier(target, whole);
     for (const SPart& part : parts)
     {
         copier.Copy(part);
     }
     copier.End(getEndTime(parts), findProblems(parts, owners));
-    return GetStatus(*ReportRun(target.GetPath()));
+    ReportState(target.GetPath(), whole);
+    return GetStatus(whole);
 }
 
 } // namespace Runner

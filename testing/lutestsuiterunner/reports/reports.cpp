@@ -1,5 +1,6 @@
 #include "testing/lutestsuiterunner/reports/reports.h"
 
+#include "base/lbparallel.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/reports/junit.h"
 #include "testing/lutestsuiterunner/reports/runreport.h"
@@ -7,7 +8,9 @@
 
 void Runner::WriteReports(const std::wstring& folder, const CRunState& state)
 {
-    WriteSummary(folder, state);
-    WriteJunit(folder + c_JunitName, state);
-    WriteRunReports(folder + c_XmlReportName, folder + c_HtmlReportName, state);
+    LbParallel::Invoke({[&] {
+                            WriteSummary(folder, state);
+                            WriteJunit(folder + c_JunitName, state);
+                        },
+                        [&] { WriteRunReports(folder + c_XmlReportName, folder + c_HtmlReportName, state); }});
 }
