@@ -10,6 +10,8 @@ import subprocess
 import time
 import xml.etree.ElementTree as ElementTree
 
+from stresschecks import reports
+
 # With repetitions, so that a good part of each run's time belongs to cases.
 MODES = [[*mode, "-r", repetitions] for mode, repetitions in (
     ([], "50"), (["-x"], "10"), (["-s"], "4"), (["-w", "4"], "50"), (["-w", "4", "-x"], "10"),
@@ -163,24 +165,42 @@ def measure(runner, out, mode):
     return time.monotonic() - begin, verdicts(out)
 
 
+def keep_reports(out, place):
+    """Copies the reports of an uninterrupted run to a new folder, and returns it."""
+    os.mkdir(place)
+    for name in reports.NAMES:
+        shutil.copy(os.path.join(out, name), place)
+    return place
+
+
+def differences(out, outcomes, expected):
+    """A message for each kind of difference from an uninterrupted run, whose reports are in the folder `expected`."""
+    found = reports.compare(out, expected)[0]
+    if verdicts(out) != outcomes:
+        found.append("the verdicts differ from those of an uninterrupted run")
+    return found
+
+
 def check(runner, folder, count):
     """Kills runs at least `count` times, spread over the modes. Returns the number of faults."""
     out = os.path.join(folder, "out")
-    expected = [measure(runner, out, mode) for mode in MODES]
+    expected = []
+    for number, mode in enumerate(MODES):
+        longest, outcomes = measure(runner, out, mode)
+        expected.append((longest, outcomes, keep_reports(out, os.path.join(folder, f"whole-{number}"))))
     killed = faulty = runs = 0
     hit = [0] * len(MODES)
     while killed < count:
         number = runs % len(MODES)
         mode = MODES[number]
-        longest, outcomes = expected[number]
+        longest, outcomes, whole = expected[number]
         kills, hits, found = kill_once(runner, out, mode, longest)
         killed += kills
         hit[number] += hits
         runs += 1
         if os.path.exists(os.path.join(out, "junit.xml")):
             found += faults(out, workers_of(mode))
-            if verdicts(out) != outcomes:
-                found.append("the verdicts differ from those of an uninterrupted run")
+            found += differences(out, outcomes, whole)
         else:
             found.append("there is no junit.xml")
         faulty += bool(found)
@@ -203,7 +223,7 @@ def size_of(out):
     return sum(os.path.getsize(os.path.join(out, name)) for name in os.listdir(out) if name.endswith(".ndjson"))
 
 
-def fill_once(runner, out, mode, size):
+def fill_once(runner, out, mode, size, expected):
     """Returns whether the run stopped because its disk was full, and what is wrong in the end."""
     found = []
     if not mount(os.path.dirname(out), f"size={size}"):
@@ -221,7 +241,7 @@ def fill_once(runner, out, mode, size):
         if status not in (0, 1):
             found.append(f"status {status}")
         found += faults(out, workers_of(mode))
-        return has_stopped, found, verdicts(out)
+        return has_stopped, found + differences(out, *expected)
     finally:
         subprocess.run(["umount", os.path.dirname(out)], check=False)
 
@@ -238,16 +258,15 @@ def check_full_disks(runner, folder, count):
     expected = []
     for mode in MODES:
         outcomes = measure(runner, out, mode)[1]
-        expected.append((outcomes, size_of(out)))
+        whole = keep_reports(out, os.path.join(folder, f"enough-space-{len(expected)}"))
+        expected.append((size_of(out), (outcomes, whole)))
         shutil.rmtree(out)
     stopped = faulty = 0
     for number in range(count):
         mode = MODES[number % len(MODES)]
-        outcomes, size = expected[number % len(MODES)]
-        has_stopped, found, seen = fill_once(runner, out, mode, random.randrange(8192, size))
+        size, whole = expected[number % len(MODES)]
+        has_stopped, found = fill_once(runner, out, mode, random.randrange(8192, size), whole)
         stopped += has_stopped
-        if seen != outcomes:
-            found.append("the verdicts differ from those of a run with enough space")
         faulty += bool(found)
         for text in found:
             print(f"full disk, {' '.join(mode)}: {text}", flush=True)
