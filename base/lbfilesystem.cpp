@@ -7,7 +7,7 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
-#include "base/lbuniqueid.h"
+#include "base/lbtemporaryname.h"
 #include "base/lustream.h"
 #include "base/os/filereplacement.h"
 
@@ -197,8 +197,8 @@ void LbFileSystem::WriteWhole(const std::wstring& path, const std::function<void
         write(path);
         return;
     }
-    // A unique name, because others may write the same file; and a short one, because the file's name may be long.
-    const std::wstring temporary = LbPath::GetParent(target) + L"LuTestSuite-" + LbUniqueId::Generate() + L".tmp";
+    // A unique name, because others may write the same file.
+    const std::wstring temporary = LbPath::GetParent(target) + LbTemporaryName::Make();
     try
     {
         write(temporary);

@@ -7,6 +7,7 @@
 #include "base/lbexception.h"
 #include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
+#include "base/lbtemporaryname.h"
 #include "base/os/directories.h"
 #include "base/os/files.h"
 #include "base/subtestsearch.h"
@@ -184,7 +185,7 @@ bool LuUnitTest::countFiles(const LbFilePattern& pattern)
         return true;
     }
     if (m_selectedFunction || m_selected == sc_DescriptionFile || LbReceivedFile::IsLeft(m_selected) ||
-        !pattern.Matches(m_selected))
+        LbTemporaryName::IsTemporary(m_selected) || !pattern.Matches(m_selected))
     {
         return false;
     }
@@ -212,7 +213,8 @@ void LuUnitTest::addFileSubtests(const LbFilePattern& pattern, FileFunction func
     }
     std::vector<std::wstring_view> excluded(pattern.excluded.begin(), pattern.excluded.end());
     excluded.emplace_back(sc_DescriptionFile);
-    excluded.insert(excluded.end(), {LbReceivedFile::c_Pattern, LbReceivedFile::c_RunsPattern});
+    excluded.insert(excluded.end(), {LbReceivedFile::c_Pattern, LbReceivedFile::c_RunsPattern,
+                                     LbTemporaryName::c_Pattern, LbTemporaryName::c_ReviewPattern});
     const std::shared_ptr<const LbFileListing>& listing = GetDataFileNames().GetListing();
     const std::span<const std::uint32_t> ranks = listing->GetMatches({pattern.wildcards, excluded});
     m_entries.push_back({m_count, {}, {}, std::make_unique<SFiles>(SFiles{listing, ranks, std::move(function)})});

@@ -9,6 +9,7 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbreceivedfile.h"
+#include "base/lbtemporaryname.h"
 #include "base/lbuniqueid.h"
 #include "base/luunittest.h"
 #include "base/os/console.h"
@@ -190,6 +191,19 @@ TEST_F(CompareWithReference, LeavesNoDataSets)
 {
     m_folder.WriteFile(L"a", "eins");
     m_test.Run([&] { return m_test.CompareWithReference("zwei", L"a"); });
+    CComparing other(m_folder.GetPath());
+
+    other.AddFileSubtests(L"*", [](const std::wstring& /*path*/) {});
+
+    ASSERT_EQ(other.GetSubtestCount(), 1U);
+    EXPECT_EQ(other.GetSubtestName(0), L"a");
+}
+
+TEST_F(CompareWithReference, LeavesNoDataSetsIfItsProcessIsKilled)
+{
+    m_folder.WriteFile(L"a", "eins");
+    m_folder.WriteFile(LbTemporaryName::Make(), "zw");
+    m_folder.WriteFile(L"lutestsuite-review.pending", "{");
     CComparing other(m_folder.GetPath());
 
     other.AddFileSubtests(L"*", [](const std::wstring& /*path*/) {});
