@@ -117,23 +117,34 @@ private:
     };
 
     /// What is accepted of a file with this decision.
-    SAccepted getAccepted(const SReceivedFile& file, const std::string& expected) const
+    SAccepted getAccepted(const SStep& step, const std::string& expected) const
     {
+        const SReceivedFile& file = m_planned.files[step.index];
         SAccepted accepted = file.earlier ? *file.earlier : SAccepted{expected, {}};
         accepted.parts.insert(m_planned.parts.begin(), m_planned.parts.end());
+        if (m_planned.parts.empty())
+        {
+            for (const SPart& part : FindParts(accepted.reference, step.received))
+            {
+                accepted.parts.insert(part.checksum);
+            }
+        }
         return accepted;
     }
 
-    bool isTakenOver(const SReceivedFile& file, const std::string& expected, const std::string& received) const
+    bool isTakenOver(const SStep& step, const std::string& expected) const
     {
-        if (file.earlier)
+        if (m_planned.files[step.index].earlier)
         {
-            const SAccepted accepted = getAccepted(file, expected);
-            return ApplyParts(accepted.reference, received, accepted.parts) == expected;
+            const SAccepted accepted = getAccepted(step, expected);
+            return ApplyParts(accepted.reference, step.received, accepted.parts) == expected;
         }
-        return expected == received || std::ranges::none_of(FindParts(expected, received), [this](const SPart& part) {
-                   return m_planned.parts.empty() || IsNamed(part, m_planned.parts);
-               });
+        if (m_planned.parts.empty())
+        {
+            return SplitLines(expected, true) == SplitLines(step.received, true);
+        }
+        return std::ranges::none_of(FindParts(expected, step.received),
+                                    [this](const SPart& part) { return IsNamed(part, m_planned.parts); });
     }
 
     /// For a reference that is not as it was when the decision began.
@@ -145,18 +156,19 @@ private:
             throw describeChanged(file.reference);
         }
         m_claims.Release(step.index);
-        const bool isDone = step.expected && isTakenOver(file, *step.expected, step.received);
+        const bool isDone = step.expected && isTakenOver(step, *step.expected);
         return isDone ? std::optional(SDecidedFile{file.reference, checksum, true}) : std::nullopt;
     }
 
     SDecidedFile accept(const SStep& step) const
     {
         const SReceivedFile& file = m_planned.files[step.index];
-        if (m_planned.parts.empty() || !step.expected)
+        const bool isWhole = m_planned.parts.empty() && step.expected && !HasIgnoredEnds(*step.expected, step.received);
+        if (isWhole || !step.expected)
         {
             return replace(step);
         }
-        SAccepted accepted = getAccepted(file, *step.expected);
+        SAccepted accepted = getAccepted(step, *step.expected);
         const std::string result = ApplyParts(accepted.reference, step.received, accepted.parts);
         if (result == step.received)
         {

@@ -14,7 +14,8 @@ namespace Runner
 
 enum class EDecision
 {
-    Accept, ///< the change's parts are taken over into the references, or what was received becomes the reference
+    Accept, ///< the change's parts are taken over into the references, or what was received becomes the reference,
+            ///< except for line ends that were not shown
     Reject, ///< what was received is removed, with all of its parts
 };
 

@@ -168,6 +168,31 @@ SHunk compareBytes(std::string_view old, std::string_view fresh)
             {fresh.substr(begin, fresh.size() - begin - end)}};
 }
 
+/// Which line ends a text has.
+enum class EEnds
+{
+    None,
+    Plain,    ///< "\n"
+    Returned, ///< "\r\n"
+    Mixed,
+};
+
+EEnds findEnds(std::string_view text)
+{
+    const auto lines = std::ranges::count(text, '\n');
+    std::ptrdiff_t returns = 0;
+    for (std::size_t place = text.find("\r\n"); place != std::string_view::npos; place = text.find("\r\n", place + 2))
+    {
+        ++returns;
+    }
+    return lines == 0 ? EEnds::None : returns == 0 ? EEnds::Plain : returns == lines ? EEnds::Returned : EEnds::Mixed;
+}
+
+std::string_view getEnd(EEnds ends)
+{
+    return ends == EEnds::Returned ? "\r\n" : "\n";
+}
+
 } // namespace
 
 bool AreBytes(std::string_view reference, std::string_view received)
@@ -202,6 +227,19 @@ std::vector<SHunk> CompareLines(const std::vector<std::string_view>& old, const 
                      LineSpan(fresh).subspan(begin, fresh.size() - begin - end), begin);
 }
 
+std::string_view FindIgnoredEnd(std::string_view reference, std::string_view received)
+{
+    const EEnds expected = findEnds(reference);
+    const EEnds fresh = findEnds(received);
+    const EEnds ends = expected == EEnds::None ? fresh : expected;
+    if (ends == EEnds::Mixed || AreBytes(reference, received))
+    {
+        return {};
+    }
+    const bool areAllPlain = ends != EEnds::Returned && (fresh == EEnds::None || fresh == EEnds::Plain);
+    return areAllPlain || SplitLines(reference, true) != SplitLines(received, true) ? getEnd(ends) : std::string_view();
+}
+
 SDifference FindDifference(std::string_view reference, std::string_view received)
 {
     SDifference difference;
@@ -211,12 +249,16 @@ SDifference FindDifference(std::string_view reference, std::string_view received
         difference.hunks.push_back(compareBytes(reference, received));
         return difference;
     }
-    difference.hunks = CompareLines(SplitLines(reference, true), SplitLines(received, true));
-    if (difference.hunks.empty())
-    {
-        difference.hunks = CompareLines(SplitLines(reference, false), SplitLines(received, false));
-    }
+    const bool areEndsIgnored = !FindIgnoredEnd(reference, received).empty();
+    difference.hunks = CompareLines(SplitLines(reference, areEndsIgnored), SplitLines(received, areEndsIgnored));
     return difference;
+}
+
+bool HasIgnoredEnds(std::string_view reference, std::string_view received)
+{
+    const std::string_view ignored = FindIgnoredEnd(reference, received);
+    const EEnds ends = findEnds(received);
+    return !ignored.empty() && ends != EEnds::None && (ends == EEnds::Mixed || ignored != getEnd(ends));
 }
 
 } // namespace Runner

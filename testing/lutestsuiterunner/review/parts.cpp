@@ -95,28 +95,9 @@ std::vector<SHunk> getHunks(const std::vector<SPart>& parts, const PartNames& ch
     return hunks;
 }
 
-/// The end that all lines of a text have; empty if they differ, or if there is only one line.
-std::string_view findLineEnd(std::string_view text)
-{
-    const auto lines = std::ranges::count(text, '\n');
-    std::ptrdiff_t returns = 0;
-    for (std::size_t place = text.find("\r\n"); place != std::string_view::npos; place = text.find("\r\n", place + 2))
-    {
-        ++returns;
-    }
-    return lines == 0 || (returns != 0 && returns != lines) ? "" : returns == 0 ? "\n" : "\r\n";
-}
-
-/// The line end that all lines get; empty if they have those of their texts.
-std::string_view findKeptEnd(std::string_view reference, std::string_view received)
-{
-    const bool isShown = AreBytes(reference, received) || SplitLines(reference, true) == SplitLines(received, true);
-    return isShown ? "" : findLineEnd(reference);
-}
-
 std::string replaceLines(std::string_view reference, std::string_view received, const std::vector<SHunk>& hunks)
 {
-    const std::string_view keptEnd = findKeptEnd(reference, received);
+    const std::string_view keptEnd = FindIgnoredEnd(reference, received);
     const Texts oldLines = SplitLines(reference, !keptEnd.empty());
     const Texts newLines = SplitLines(received, !keptEnd.empty());
     Texts lines;
@@ -214,7 +195,7 @@ bool IsBlank(std::string_view bytes)
 std::string ApplyParts(std::string_view reference, std::string_view received, const PartNames& chosen)
 {
     const std::vector<SPart> parts = FindParts(reference, received);
-    if (areAllChosen(parts, chosen) && findKeptEnd(reference, received).empty())
+    if (areAllChosen(parts, chosen) && FindIgnoredEnd(reference, received).empty())
     {
         return std::string(received);
     }

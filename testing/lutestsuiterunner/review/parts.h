@@ -40,8 +40,8 @@ std::wstring GetChecksumOf(const PartNames& parts);
 bool IsBlank(std::string_view bytes);
 
 /// The reference with the chosen parts changed: `received` itself if these are all, the reference if it has no such
-/// part. Where FindDifference ignores line ends, those of the reference stay if they are equal: nobody has seen the new
-/// ones. The difference of the result is then one of line ends only, which FindDifference does show.
+/// part. Where FindDifference ignores line ends, all lines get FindIgnoredEnd: nobody has seen the new ones. If all
+/// parts are chosen, the difference of the result is then one of line ends only, which FindDifference does show.
 ///
 /// The parts of a difference cannot be applied one after the other, each to the result before: the difference of such a
 /// result from `received` may have other parts.

@@ -138,6 +138,30 @@ TEST_F(ReviewDecision, AcceptsWhatWasReceived)
     EXPECT_EQ(Read(Runner::c_DecisionFile), "-");
 }
 
+TEST_F(ReviewDecision, AboutAWholeFileKeepsLineEndsThatWereNotShown)
+{
+    const SOutcome outcome = Decide(EDecision::Accept, {Write(L"a", "old\nx\n", "new\r\nx\r\n")});
+
+    EXPECT_EQ(Read(L"a"), "new\nx\n");
+    EXPECT_EQ(Read(L"a.received"), "new\r\nx\r\n");
+    EXPECT_TRUE(outcome.done.front().isOpen);
+    Decide(EDecision::Accept, {Write(L"a", "new\nx\n", "new\r\nx\r\n")});
+    EXPECT_EQ(Read(L"a"), "new\r\nx\r\n");
+    EXPECT_EQ(Read(L"a.received"), "-");
+}
+
+TEST_F(ReviewDecision, AboutAWholeFileKnowsWhatItHasDoneBeforeAnInterruption)
+{
+    InterruptLate(EDecision::Accept, {Write(L"a", "old\nx\n", "new\r\nx\r\n")});
+    m_folder.WriteFile(L"a", "new\nx\n");
+
+    const std::optional<SOutcome> outcome = Finish();
+
+    EXPECT_EQ(outcome.value().left, 0U);
+    EXPECT_EQ(Read(L"a"), "new\nx\n");
+    EXPECT_EQ(Read(L"a.received"), "new\r\nx\r\n");
+}
+
 TEST_F(ReviewDecision, RejectsWhatWasReceived)
 {
     Decide(EDecision::Reject, {Write(L"a", "old", "new")});

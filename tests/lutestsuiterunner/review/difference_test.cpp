@@ -96,6 +96,41 @@ TEST(FindDifference, IgnoresLineEndsUnlessNothingElseDiffers)
     EXPECT_FALSE(FindDifference("a\r\n", "a\n").hunks.empty());
 }
 
+TEST(FindDifference, ComparesLineEndsIfTheReferenceHasBoth)
+{
+    const Runner::SDifference difference = FindDifference("a\r\nb\nc\n", "a\nb\nC\n");
+
+    ASSERT_EQ(difference.hunks.size(), 2U);
+    EXPECT_EQ(difference.hunks[0].removed, std::vector<std::string_view>{"a\r"});
+    EXPECT_EQ(difference.hunks[0].added, std::vector<std::string_view>{"a"});
+    EXPECT_EQ(difference.hunks[1].added, std::vector<std::string_view>{"C"});
+}
+
+TEST(FindIgnoredEnd, IsThatOfTheReference)
+{
+    EXPECT_EQ(Runner::FindIgnoredEnd("a\r\nb\r\n", "a\nc\r\n"), "\r\n");
+    EXPECT_EQ(Runner::FindIgnoredEnd("a\nb\n", "a\r\nc\r\n"), "\n");
+    EXPECT_EQ(Runner::FindIgnoredEnd("a\nb\n", "c"), "\n");
+    EXPECT_EQ(Runner::FindIgnoredEnd("a", "b\r\nc\r\n"), "\r\n") << "a reference without line ends";
+}
+
+TEST(FindIgnoredEnd, IsEmptyIfLineEndsCount)
+{
+    EXPECT_EQ(Runner::FindIgnoredEnd("a\nb\r\n", "c\nb\n"), "") << "both in the reference";
+    EXPECT_EQ(Runner::FindIgnoredEnd("a", "b\nc\r\n"), "") << "both in what was received";
+    EXPECT_EQ(Runner::FindIgnoredEnd("a\n", "a\r\n"), "") << "nothing else differs";
+    EXPECT_EQ(Runner::FindIgnoredEnd(std::string_view("a\n\0", 3), "a\n"), "") << "bytes";
+}
+
+TEST(HasIgnoredEnds, IsTrueIfSomeOtherLineEndsWereReceived)
+{
+    EXPECT_TRUE(Runner::HasIgnoredEnds("a\nb\n", "a\r\nc\r\n"));
+    EXPECT_TRUE(Runner::HasIgnoredEnds("a\r\nb\r\n", "a\r\nc\n"));
+    EXPECT_FALSE(Runner::HasIgnoredEnds("a\r\nb\r\n", "a\r\nc\r\n"));
+    EXPECT_FALSE(Runner::HasIgnoredEnds("a\nb\n", "c"));
+    EXPECT_FALSE(Runner::HasIgnoredEnds("a\n", "a\r\n")) << "shown";
+}
+
 TEST(FindDifference, ComparesBytesIfThereIsAZero)
 {
     const Runner::SDifference difference = FindDifference(std::string_view("ab\0cd", 5), std::string_view("ab\0xd", 5));

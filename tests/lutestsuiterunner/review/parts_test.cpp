@@ -160,6 +160,16 @@ TEST(ApplyParts, KeepsLineEnds)
     EXPECT_EQ(ApplyParts("a\nb\nc", "A\nb\nc\nd", getNames("b\nc", "b\nc\nd")), "a\nb\nc\nd");
 }
 
+TEST(ApplyParts, ChangesLineEndsOfAReferenceWithBothOnlyAsShown)
+{
+    const std::string reference = "a\r\nb\nold\n";
+    const std::string received = "a\nb\nnew\n";
+
+    EXPECT_EQ(ApplyParts(reference, received, getNames("x\nold\n", "x\nnew\n")), "a\r\nb\nnew\n");
+    EXPECT_EQ(ApplyParts(reference, received, getNames("a\r\nx\n", "a\nx\n")), "a\nb\nold\n");
+    EXPECT_EQ(ApplyParts(reference, received, getNames(reference, received)), received);
+}
+
 TEST(ApplyParts, LeadsToWhatWasReceivedInAnyOrder)
 {
     std::mt19937 random(7);
