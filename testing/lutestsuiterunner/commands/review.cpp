@@ -1,5 +1,6 @@
 /// The command "review": test output that differs from its references.
 
+#include <algorithm>
 #include <iostream>
 #include <optional>
 #include <set>
@@ -78,6 +79,10 @@ private:
     SFound finishEarlier() const
     {
         SFound found = FindReceived(m_directory);
+        if (!m_options.ci)
+        {
+            std::ranges::for_each(found.remains, RemoveRemains);
+        }
         std::vector<std::wstring> folders = FindUnfinishedAbove(m_directory);
         folders.insert(folders.end(), found.unfinished.begin(), found.unfinished.end());
         if (folders.empty())

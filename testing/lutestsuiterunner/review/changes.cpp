@@ -195,7 +195,11 @@ SFound FindReceived(const std::wstring& directory)
         const std::wstring folder = std::move(pending.back());
         pending.pop_back();
         LbOs::VisitDirectory(folder, [&](const LbOs::SDirectoryEntry& entry) {
-            if (entry.isDirectory && !entry.isLink)
+            if (entry.name == c_DecisionDraft || entry.name == c_ClaimsFolder)
+            {
+                found.remains.push_back(folder);
+            }
+            else if (entry.isDirectory && !entry.isLink)
             {
                 pending.push_back(folder + entry.name + LbPath::c_Separator);
             }

@@ -55,10 +55,17 @@ struct SChange
 /// The file in a reviewed folder that exists while a decision is carried out.
 inline constexpr const wchar_t* c_DecisionFile = L"lutestsuite-review.pending";
 
+/// That file while it is written.
+inline constexpr const wchar_t* c_DecisionDraft = L"lutestsuite-review.pending.tmp";
+
+/// The folder with the received files of the decision.
+inline constexpr const wchar_t* c_ClaimsFolder = L"lutestsuite-review.pending.files";
+
 struct SFound
 {
     std::vector<std::wstring> references; ///< paths, ordered
     std::vector<std::wstring> unfinished; ///< folders with a decision that was interrupted, with final separator
+    std::vector<std::wstring> remains;    ///< folders with c_DecisionDraft or c_ClaimsFolder, perhaps twice
 };
 
 /// Looks for "*.received" and for interrupted decisions in a folder and its subfolders. Does not follow links to

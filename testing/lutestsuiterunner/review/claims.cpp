@@ -1,5 +1,6 @@
 #include "testing/lutestsuiterunner/review/claims.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "base/lbfilesystem.h"
@@ -50,8 +51,18 @@ std::wstring FindChanged(const SReceivedFile& file, const std::wstring& received
     return getChecksum(file.reference) == file.expected ? std::wstring() : file.reference;
 }
 
+void RemoveUsedClaims(const std::wstring& directory)
+{
+    const std::wstring folder = directory + c_ClaimsFolder;
+    if (std::ranges::all_of(LbFileSystem::GetFileNames(folder),
+                            [](const std::wstring& name) { return name == c_CompleteName; }))
+    {
+        LbFileSystem::RemoveTree(folder);
+    }
+}
+
 CClaims::CClaims(const std::wstring& directory, const std::vector<SReceivedFile>& files)
-    : m_directory(directory + c_DecisionFile + L".files" + LbPath::c_Separator), m_files(files)
+    : m_directory(directory + c_ClaimsFolder + LbPath::c_Separator), m_files(files)
 {
 }
 

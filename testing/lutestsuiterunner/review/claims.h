@@ -14,6 +14,9 @@ namespace Runner
 /// both are as they were. `received` is the present place of the latter. Throws LbException if a file cannot be read.
 std::wstring FindChanged(const SReceivedFile& file, const std::wstring& received);
 
+/// Removes the folder of a decision that has used all files in it.
+void RemoveUsedClaims(const std::wstring& directory);
+
 /// Moves "<reference>.received" of all files to a folder of the decision before the first reference changes. A run that
 /// starts after an interruption then neither replaces nor removes them, and the decision can still be finished. The
 /// caller has the lock of the folder.

@@ -10,13 +10,16 @@
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
+#include "base/lbtemporaryname.h"
 #include "base/os/durablefiles.h"
 #include "base/os/filereplacement.h"
+#include "base/os/files.h"
 #include "base/os/folderlock.h"
 #include "testing/lutestsuiterunner/journal/appendfile.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/review/claims.h"
 #include "testing/lutestsuiterunner/review/decisionplan.h"
+#include "testing/lutestsuiterunner/review/referencefile.h"
 
 namespace Runner
 {
@@ -155,6 +158,11 @@ private:
         {
             throw describeChanged(file.reference);
         }
+        if (step.expected == step.received)
+        {
+            LbOs::RemoveFile(m_claims.GetPath(step.index));
+            return SDecidedFile{file.reference, checksum, false};
+        }
         m_claims.Release(step.index);
         const bool isDone = step.expected && isTakenOver(step, *step.expected);
         return isDone ? std::optional(SDecidedFile{file.reference, checksum, true}) : std::nullopt;
@@ -178,7 +186,7 @@ private:
         {
             throw LbFormat(L"Entscheidung abgelehnt: Datei %s hat keinen Teil der Änderung", file.reference);
         }
-        write(file.reference, result);
+        WriteReference(file.reference, result, m_planned.temporary);
         m_claims.Release(step.index);
         return {file.reference, LbReceivedFile::GetChecksum(result), true,
                 std::make_shared<const SAccepted>(std::move(accepted))};
@@ -188,9 +196,14 @@ private:
     SDecidedFile replace(const SStep& step) const
     {
         const SReceivedFile& file = m_planned.files[step.index];
-        if (!LbOs::RenameFile(m_claims.GetPath(step.index), file.reference))
+        if (LbOs::IsLink(file.reference))
         {
-            throw LbFormat(L"Datei %s konnte nicht ersetzt werden", file.reference);
+            WriteReference(file.reference, step.received, m_planned.temporary);
+            LbOs::RemoveFile(m_claims.GetPath(step.index));
+        }
+        else if (!LbOs::RenameFile(m_claims.GetPath(step.index), file.reference))
+        {
+            throw DescribeIrreplaceable(file.reference);
         }
         return {file.reference, file.checksum, false};
     }
@@ -211,7 +224,7 @@ private:
         write(m_claims.GetPath(step.index), step.received);
         if (m_planned.decision == EDecision::Accept && step.expected)
         {
-            write(reference, *step.expected);
+            WriteReference(reference, *step.expected, m_planned.temporary);
         }
         else if (m_planned.decision == EDecision::Accept)
         {
@@ -268,7 +281,7 @@ SOutcome carryOut(const SPlanned& planned, CSteps& steps)
 void writePlan(const std::wstring& directory, const std::string& plan)
 {
     const std::wstring path = directory + c_DecisionFile;
-    const std::wstring draft = path + L".tmp";
+    const std::wstring draft = directory + c_DecisionDraft;
     LbOs::RemoveFile(draft);
     CAppendFile file(draft);
     file.Append(plan);
@@ -327,6 +340,7 @@ SOutcome finish(const std::wstring& folder, const std::wstring& plan)
     {
         claims.ReleaseAll();
     }
+    RemoveTemporaries(planned.files, planned.temporary);
     removePlan(claims, plan);
     return outcome;
 }
@@ -344,8 +358,12 @@ SOutcome Decide(const std::wstring& directory, EDecision decision, const SChange
     const std::wstring folder = LbPath::WithSeparator(directory);
     const std::unique_ptr<LbOs::CFolderLock> folderLock = lock(folder);
     const std::wstring plan = folder + c_DecisionFile;
-    const SPlanned planned = {decision, change.parts, change.files};
+    const SPlanned planned = {decision, change.parts, change.files, LbTemporaryName::Make()};
     requireReady(plan, planned.files);
+    if (decision == EDecision::Accept)
+    {
+        RequireOwnFiles(planned.files);
+    }
     const CClaims claims(folder, planned.files);
     claims.Remove();
     writePlan(folder, MakeDecisionPlan(folder, planned));
@@ -367,6 +385,17 @@ SOutcome Decide(const std::wstring& directory, EDecision decision, const SChange
             removePlan(claims, plan);
         }
         throw;
+    }
+}
+
+void RemoveRemains(const std::wstring& directory)
+{
+    const std::wstring folder = LbPath::WithSeparator(directory);
+    const std::unique_ptr<LbOs::CFolderLock> folderLock = LbOs::CFolderLock::TryAcquire(folder);
+    if (folderLock && LbOs::IsMissing(folder + c_DecisionFile))
+    {
+        LbOs::RemoveFile(folder + c_DecisionDraft);
+        RemoveUsedClaims(folder);
     }
 }
 

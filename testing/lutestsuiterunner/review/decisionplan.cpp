@@ -6,6 +6,8 @@
 
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "base/lbtemporaryname.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
 
 namespace Runner
@@ -13,6 +15,8 @@ namespace Runner
 
 namespace
 {
+
+constexpr const wchar_t* c_Damaged = L"Die unvollendete Entscheidung ist beschädigt";
 
 nlohmann::json toJson(const PartNames& parts)
 {
@@ -54,6 +58,7 @@ std::string MakeDecisionPlan(const std::wstring& directory, const SPlanned& plan
 {
     nlohmann::json plan = {{"accept", planned.decision == EDecision::Accept},
                            {"parts", toJson(planned.parts)},
+                           {"temporary", ToEscapedUtf8(planned.temporary)},
                            {"files", nlohmann::json::array()}};
     for (const SReceivedFile& file : planned.files)
     {
@@ -73,8 +78,16 @@ try
 {
     const auto getText = [](const nlohmann::json& value) { return FromEscapedUtf8(value.get<std::string>()); };
     const nlohmann::json plan = nlohmann::json::parse(LbFileSystem::ReadFile8Bit(directory + c_DecisionFile));
-    SPlanned planned = {
-        plan.at("accept").get<bool>() ? EDecision::Accept : EDecision::Reject, readParts(plan.at("parts")), {}};
+    SPlanned planned = {plan.at("accept").get<bool>() ? EDecision::Accept : EDecision::Reject,
+                        readParts(plan.at("parts")),
+                        {},
+                        getText(plan.at("temporary"))};
+    // The file with this name is removed.
+    if (!LbTemporaryName::IsTemporary(planned.temporary) ||
+        LbPath::GetLastComponent(planned.temporary) != planned.temporary)
+    {
+        throw std::wstring(c_Damaged);
+    }
     for (const nlohmann::json& file : plan.at("files"))
     {
         planned.files.push_back({directory + getText(file.at("reference")), getText(file.at("checksum")),
@@ -85,7 +98,7 @@ try
 }
 catch (const nlohmann::json::exception&)
 {
-    throw std::wstring(L"Die unvollendete Entscheidung ist beschädigt");
+    throw std::wstring(c_Damaged);
 }
 
 } // namespace Runner

@@ -15,6 +15,7 @@ struct SPlanned
     EDecision decision;
     PartNames parts; ///< empty: the files as a whole
     std::vector<SReceivedFile> files;
+    std::wstring temporary; ///< name of the files in the references' folders that replace them
 };
 
 /// The bytes of the decision's file. `directory` contains all files and has a final separator.

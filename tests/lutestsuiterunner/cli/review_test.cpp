@@ -310,8 +310,9 @@ TEST_F(RunnerReview, FinishesAnInterruptedDecisionExceptOnABuildServer)
     Receive(L"CFall/a", "neu");
     const std::wstring checksums = L"\"checksum\":\"" + LbReceivedFile::GetChecksum("neu") + L"\",\"expected\":\"" +
                                    LbReceivedFile::GetChecksum("alt") + L"\"";
-    Write(L"lutestsuite-review.pending", "{\"accept\":true,\"parts\":[],\"files\":[{\"reference\":\"CFall/a\"," +
-                                             LbEncoding::ToUtf8(checksums) + "}]}");
+    Write(L"lutestsuite-review.pending",
+          "{\"accept\":true,\"parts\":[],\"temporary\":\"LuTestSuite-1.tmp\",\"files\":[{\"reference\":\"CFall/a\"," +
+              LbEncoding::ToUtf8(checksums) + "}]}");
 
     const SHostRun refused = RunRunner({L"review", m_folder.GetPathOf(L"data/CFall"), L"--ci"});
 
@@ -321,6 +322,16 @@ TEST_F(RunnerReview, FinishesAnInterruptedDecisionExceptOnABuildServer)
     ExpectLine(RunRunner({L"review", m_folder.GetPathOf(L"data/CFall")}).output,
                "Unterbrochene Entscheidung vollendet: 1 Datei\nÄnderungen: 0");
     EXPECT_EQ(Read(L"CFall/a"), "neu");
+}
+
+TEST_F(RunnerReview, RemovesWhatADecisionLeftExceptOnABuildServer)
+{
+    Write(L"CFall/lutestsuite-review.pending.tmp", "{");
+
+    EXPECT_EQ(Review({L"--ci"}).exitStatus, 0);
+    EXPECT_TRUE(Holds(L"CFall/lutestsuite-review.pending.tmp"));
+    EXPECT_EQ(Review().exitStatus, 0);
+    EXPECT_FALSE(Holds(L"CFall/lutestsuite-review.pending.tmp"));
 }
 
 TEST_F(RunnerReview, IsRecommendedByARunForAnInterruptedDecision)

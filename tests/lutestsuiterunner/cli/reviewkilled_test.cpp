@@ -1,10 +1,13 @@
+#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "base/lbcommandline.h"
 #include "base/lbencoding.h"
+#include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbtemporaryname.h"
 #include "base/os/childprocess.h"
 #include "testing/lutestsuiterunner/review/changes.h"
 #include "tests/lutestsuiterunner/cli/reviewtest.h"
@@ -108,6 +111,9 @@ protected:
                 ASSERT_TRUE(Read(GetName(file)) == GetText(kind, file, first, "alt 2\n")) << file;
             }
             EXPECT_FALSE(Holds(c_DecisionName));
+            EXPECT_FALSE(LbFileSystem::IsDirectory(m_folder.GetPathOf(L"data/") + Runner::c_ClaimsFolder));
+            EXPECT_TRUE(std::ranges::none_of(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"data/CFall")),
+                                             LbTemporaryName::IsTemporary));
         }
         EXPECT_GT(interrupted, 0);
     }

@@ -340,6 +340,7 @@ TEST_F(ReviewChanges, AreFoundWithInterruptedDecisions)
 
     EXPECT_EQ(found.references, std::vector{m_folder.GetPathOf(L"COne/a")});
     EXPECT_EQ(found.unfinished, std::vector{m_folder.GetPathOf(L"COne/")});
+    EXPECT_TRUE(found.remains.empty());
     EXPECT_EQ(Runner::FindUnfinishedAbove(m_folder.GetPathOf(L"COne/CTwo/")), found.unfinished);
 }
 

@@ -3,16 +3,16 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "base/lbfilesystem.h"
 #include "base/lbreceivedfile.h"
+#include "base/lbtemporaryname.h"
 #include "base/os/filereplacement.h"
-#include "testing/lutestsuiterunner/review/claims.h"
-#include "testing/lutestsuiterunner/review/decisionplan.h"
-#include "tests/support/scopedfolder.h"
+#include "base/os/folderlock.h"
+#include "tests/lutestsuiterunner/review/decisiontest.h"
 
 namespace
 {
@@ -20,107 +20,6 @@ namespace
 using Runner::EDecision;
 using Runner::SOutcome;
 using Runner::SReceivedFile;
-
-class ReviewDecision : public testing::Test
-{
-protected:
-    SReceivedFile Write(const std::wstring& name, const std::string& expected, const std::string& received) const
-    {
-        if (!expected.empty())
-        {
-            m_folder.WriteFile(name, expected);
-        }
-        m_folder.WriteFile(name + LbReceivedFile::c_Suffix, received);
-        m_folder.WriteFile(name + LbReceivedFile::c_RunsSuffix, "3");
-        return {m_folder.GetPathOf(name), LbReceivedFile::GetChecksum(received),
-                expected.empty() ? std::wstring() : LbReceivedFile::GetChecksum(expected), true};
-    }
-
-    SOutcome Decide(EDecision decision, const std::vector<SReceivedFile>& files,
-                    const Runner::PartNames& parts = {}) const
-    {
-        return Runner::Decide(m_folder.GetPath(), decision, {Runner::EChange::Changed, {}, {}, parts, files});
-    }
-
-    /// The message with which the decision is refused.
-    std::wstring GetRefusal(EDecision decision, const std::vector<SReceivedFile>& files,
-                            const Runner::PartNames& parts = {}) const
-    {
-        try
-        {
-            Decide(decision, files, parts);
-        }
-        catch (const std::wstring& reason)
-        {
-            return reason;
-        }
-        return L"";
-    }
-
-    /// True if any of the decision's own files is left.
-    bool HasPlan() const { return Holds(Runner::c_DecisionFile) || Holds(c_Claims); }
-    bool Holds(const std::wstring& name) const { return !LbOs::IsMissing(m_folder.GetPathOf(name)); }
-
-    std::optional<SOutcome> Finish() const { return Runner::FinishDecision(m_folder.GetPath()); }
-
-    /// The reason why the folder's decision cannot be finished; empty if it can.
-    std::wstring GetFailure() const
-    {
-        try
-        {
-            Finish();
-        }
-        catch (const std::wstring& reason)
-        {
-            return reason;
-        }
-        return L"";
-    }
-
-    /// The content of a file; "-" if there is no such file.
-    std::string Read(const std::wstring& name) const
-    {
-        const std::wstring path = m_folder.GetPathOf(name);
-        return LbFileSystem::IsFile(path) ? LbFileSystem::ReadFile8Bit(path) : "-";
-    }
-
-    /// Leaves the files of a process that was killed after it had written its decision.
-    void Interrupt(EDecision decision, const std::vector<SReceivedFile>& files,
-                   const Runner::PartNames& parts = {}) const
-    {
-        m_folder.WriteFile(Runner::c_DecisionFile,
-                           Runner::MakeDecisionPlan(m_folder.GetPath(), {decision, parts, files}));
-    }
-
-    /// Leaves the files of a process that was killed after it had moved the output of all files.
-    void InterruptLate(EDecision decision, const std::vector<SReceivedFile>& files,
-                       const Runner::PartNames& parts = {}) const
-    {
-        Interrupt(decision, files, parts);
-        ASSERT_EQ(Runner::CClaims(m_folder.GetPath(), files).Claim(), L"");
-    }
-
-    /// Does what an interrupted decision may have done: replaces the reference of its first file.
-    void AcceptFirst(const std::wstring& name) const
-    {
-        ASSERT_TRUE(LbOs::RenameFile(m_folder.GetPathOf(c_Claims + L"/0"), m_folder.GetPathOf(name)));
-    }
-
-    const std::wstring c_Claims = std::wstring(Runner::c_DecisionFile) + L".files";
-
-    /// The parts in which files with these contents differ.
-    static Runner::PartNames GetParts(const std::string& expected, const std::string& received)
-    {
-        Runner::PartNames names;
-        for (const Runner::SPart& part : Runner::FindParts(expected, received))
-        {
-            names.insert(part.checksum);
-        }
-        return names;
-    }
-
-    ScopedFolder m_folder;
-};
 
 TEST_F(ReviewDecision, AcceptsWhatWasReceived)
 {
@@ -250,6 +149,69 @@ TEST_F(ReviewDecision, IsFinishedAfterAnInterruption)
     EXPECT_EQ(Read(L"b.received"), "-");
     EXPECT_FALSE(HasPlan());
     EXPECT_FALSE(Finish());
+}
+
+TEST_F(ReviewDecision, RemovesWhatAnInterruptionLeft)
+{
+    InterruptLate(EDecision::Accept, {Write(L"COne/a", "old", "new"), Write(L"b", "old", "new")});
+    m_folder.WriteFile(L"COne/" + c_Temporary, "ne");
+    const std::wstring other = L"COne/" + LbTemporaryName::Make();
+    m_folder.WriteFile(other, "of a run");
+
+    Finish();
+
+    EXPECT_EQ(Read(L"COne/a") + Read(L"b"), "newnew");
+    EXPECT_EQ(Read(L"COne/" + c_Temporary), "-");
+    EXPECT_EQ(Read(other), "of a run");
+}
+
+TEST_F(ReviewDecision, RemovesTheDraftOfADecisionThatWasNotMade)
+{
+    m_folder.WriteFile(Runner::c_DecisionDraft, "{");
+    EXPECT_EQ(Runner::FindReceived(m_folder.GetPath()).remains, std::vector{m_folder.GetPath()});
+
+    Runner::RemoveRemains(m_folder.GetPath());
+
+    EXPECT_EQ(Read(Runner::c_DecisionDraft), "-");
+}
+
+TEST_F(ReviewDecision, RemovesItsFolderIfItWasInterruptedAtItsEnd)
+{
+    m_folder.WriteFile(c_Claims + L"/complete", "");
+    EXPECT_EQ(Runner::FindReceived(m_folder.GetPath()).remains, std::vector{m_folder.GetPath()});
+
+    Runner::RemoveRemains(m_folder.GetPath());
+
+    EXPECT_FALSE(HasPlan());
+}
+
+TEST_F(ReviewDecision, KeepsReceivedFilesInItsFolder)
+{
+    m_folder.WriteFile(c_Claims + L"/0", "new");
+
+    Runner::RemoveRemains(m_folder.GetPath());
+
+    EXPECT_EQ(Read(c_Claims + L"/0"), "new");
+}
+
+TEST_F(ReviewDecision, KeepsTheDraftOfAnotherProcess)
+{
+    m_folder.WriteFile(Runner::c_DecisionDraft, "{");
+    const auto lock = LbOs::CFolderLock::TryAcquire(m_folder.GetPath());
+
+    std::thread([this] { Runner::RemoveRemains(m_folder.GetPath()); }).join();
+
+    EXPECT_EQ(Read(Runner::c_DecisionDraft), "{");
+}
+
+TEST_F(ReviewDecision, IsDamagedIfItWouldRemoveAnotherFile)
+{
+    for (const std::wstring name : {L"a", L"../LuTestSuite-a.tmp", L""})
+    {
+        m_folder.WriteFile(Runner::c_DecisionFile,
+                           Runner::MakeDecisionPlan(m_folder.GetPath(), {EDecision::Accept, {}, {}, name}));
+        EXPECT_NE(GetFailure().find(L"beschädigt"), std::wstring::npos) << name.size();
+    }
 }
 
 TEST_F(ReviewDecision, IsFinishedIfItWasInterruptedAtItsBeginning)

@@ -1,0 +1,26 @@
+/// Replaces references. One that is a link stays a link, and its target is replaced.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "testing/lutestsuiterunner/review/changes.h"
+
+namespace Runner
+{
+
+std::wstring DescribeIrreplaceable(const std::wstring& reference);
+
+/// Replaces the bytes in one step. First writes a file of the name `temporary` beside the reference or its target; only
+/// that one is left if the process is killed. Throws LbException or a German message as std::wstring.
+void WriteReference(const std::wstring& reference, std::string_view bytes, const std::wstring& temporary);
+
+/// Removes what a killed process has left of WriteReference.
+void RemoveTemporaries(const std::vector<SReceivedFile>& files, const std::wstring& temporary);
+
+/// Throws a German message as std::wstring for a link that leads to no file, and for two references that are one file
+/// because of links.
+void RequireOwnFiles(const std::vector<SReceivedFile>& files);
+
+} // namespace Runner
