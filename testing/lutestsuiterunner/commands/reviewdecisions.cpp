@@ -19,7 +19,7 @@ void RequireAcceptable(const SChange& change, bool mayBecomeBlank)
     }
     if (change.kind == EChange::Blank && !mayBecomeBlank)
     {
-        throw LbFormat(L"Mit Änderung %s würden Referenzen leer, etwa %s: das verlangt '--accept-empty'", change.id,
+        throw LbFormat(L"Mit Änderung %s wären Referenzen leer, etwa %s: das verlangt '--accept-empty'", change.id,
                        change.files.front().reference);
     }
 }

@@ -77,7 +77,7 @@ try
     {
         RequireAcceptable(change, true);
         if (change.kind == EChange::Blank && !m_mayBecomeBlank &&
-            readAnswer(L"Diese Referenzen würden leer. Wirklich (ja/nein)? ") != L"ja")
+            readAnswer(L"Diese Referenzen wären leer. Wirklich (ja/nein)? ") != L"ja")
         {
             return false;
         }

@@ -131,7 +131,7 @@ std::wstring getName(const SReceivedFile& file, const std::wstring& directory)
 std::wstring describeKind(const SChange& change)
 {
     std::wstring text = change.kind == EChange::New     ? L", neue Referenzen"
-                        : change.kind == EChange::Blank ? L", Referenzen würden leer"
+                        : change.kind == EChange::Blank ? L", Referenzen wären leer"
                                                         : L"";
     text += change.areLinesEqual ? L"" : L", Zeilen mit verschiedenen Werten";
     if (const std::size_t count = change.CountUnrepeated(); count > 0)

@@ -91,14 +91,17 @@ SExamined examine(const std::wstring& reference)
 {
     const std::string received = LbFileSystem::ReadFile8Bit(reference + LbReceivedFile::c_Suffix);
     const bool isRepeated = LbReceivedFile::CountRuns(received, reference) >= LbReceivedFile::c_EnoughRuns;
-    SExamined examined = {EChange::New, {reference, LbReceivedFile::GetChecksum(received), {}, isRepeated}, {}};
+    const bool isBlank = IsBlank(received);
+    SExamined examined = {isBlank ? EChange::Blank : EChange::New,
+                          {reference, LbReceivedFile::GetChecksum(received), {}, isRepeated},
+                          {}};
     if (LbOs::IsMissing(reference))
     {
         return examined;
     }
     const std::string expected = LbFileSystem::ReadFile8Bit(reference);
     examined.file.expected = LbReceivedFile::GetChecksum(expected);
-    examined.kind = IsBlank(received) && !IsBlank(expected) ? EChange::Blank : EChange::Changed;
+    examined.kind = isBlank && !IsBlank(expected) ? EChange::Blank : EChange::Changed;
     if (examined.kind == EChange::Changed)
     {
         for (SPart& part : FindParts(expected, received))

@@ -19,7 +19,7 @@ enum class EChange
 {
     Changed,
     New,  ///< there is no reference yet
-    Blank ///< nothing but white space and a byte-order mark would be left of the reference
+    Blank ///< the reference would have nothing but white space and a byte-order mark; perhaps there is none yet
 };
 
 /// What earlier decisions of one call have accepted of a file.
@@ -76,7 +76,7 @@ SFound FindReceived(const std::wstring& directory);
 std::vector<std::wstring> FindUnfinishedAbove(const std::wstring& directory);
 
 /// Reads the files and groups them, most files first. New references are one change for each folder; those that would
-/// become blank are one. The others are grouped by GroupByParts; parts of one kind count as one part if most of them
+/// be blank are one. The others are grouped by GroupByParts; parts of one kind count as one part if most of them
 /// are in a single file, or if there are very many of them. Throws LbException.
 std::vector<SChange> GroupChanges(const std::vector<std::wstring>& references);
 

@@ -198,8 +198,8 @@ void addOptions(COptionReader& reader, SReviewOptions& options)
     reader.AddSwitch({"--side-by-side", nullptr, L"Zeigt sie nebeneinander, links die Referenz"}, options.sideBySide);
     reader.AddTexts({"--accept", L"WAS", L"Übernimmt: Kennung einer Änderung, Pfad einer Referenz oder all; mehrfach"},
                     options.accept);
-    reader.AddTexts({"--reject", L"WAS", L"Verwirft, was empfangen wurde: wie --accept"}, options.reject);
-    reader.AddSwitch({"--accept-empty", nullptr, L"Erlaubt, dass Referenzen dabei leer werden"}, options.acceptEmpty);
+    reader.AddTexts({"--reject", L"WAS", L"Verwirft, was empfangen wurde; Werte wie bei --accept"}, options.reject);
+    reader.AddSwitch({"--accept-empty", nullptr, L"Erlaubt, dass Referenzen danach leer sind"}, options.acceptEmpty);
     reader.AddSwitch({"--ci", nullptr, L"Entscheidet nichts; Status 1, wenn etwas zu entscheiden ist"}, options.ci);
 }
 

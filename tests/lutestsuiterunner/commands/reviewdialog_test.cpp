@@ -119,6 +119,26 @@ TEST_F(ReviewDialog, AsksBeforeReferencesBecomeBlank)
     EXPECT_EQ(Read(L"a"), "\n");
 }
 
+TEST_F(ReviewDialog, AsksBeforeNewReferencesAreBlank)
+{
+    Receive(L"d", "", "\n", 3);
+    LbOs::RemoveFile(m_folder.GetPathOf(L"d"));
+
+    const std::string output = Answer("w\nw\nj\nnein\ne\n");
+    EXPECT_TRUE(contains(output, "Referenzen wären leer: d")) << output;
+    EXPECT_TRUE(contains(output, "Wirklich (ja/nein)? ")) << output;
+    EXPECT_TRUE(IsOpen(L"d"));
+    Answer("w\nw\nj\nja\ne\n");
+    EXPECT_EQ(Read(L"d"), "\n");
+}
+
+TEST_F(ReviewDialog, ShowsAChangeOnce)
+{
+    const std::string output = Answer("e\n");
+
+    EXPECT_EQ(output.find("+neu"), output.rfind("+neu")) << output;
+}
+
 TEST_F(ReviewDialog, DoesNotAskIfReferencesMayBecomeBlank)
 {
     Receive(L"a", "alt\n", "", 3);

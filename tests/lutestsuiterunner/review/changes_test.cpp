@@ -295,6 +295,15 @@ TEST_F(ReviewChanges, KnowReferencesThatWouldBecomeBlank)
     EXPECT_EQ(GetKind("\n", " \n"), EChange::Changed);
 }
 
+TEST_F(ReviewChanges, KnowNewReferencesThatWouldBeBlank)
+{
+    for (const char* const received : {"", "\r\n", "\xEF\xBB\xBF"})
+    {
+        EXPECT_EQ(GetKind("", received), EChange::Blank);
+    }
+    EXPECT_EQ(GetKind("", "a"), EChange::New);
+}
+
 TEST(NameChanges, TakesSixDigitsIfTheyDiffer)
 {
     std::vector<SChange> changes = {{EChange::New, L"ABCDEF01", {}, {}, {}}, {EChange::New, L"ABCDEE01", {}, {}, {}}};
