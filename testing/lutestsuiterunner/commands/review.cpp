@@ -45,6 +45,7 @@ public:
         m_style.isSideBySide = options.sideBySide;
         if (const std::uint32_t width = LbOs::GetOutputTerminalWidth(); width > 0)
         {
+            m_style.areLinesCut = true;
             m_style.width = width - 1;
         }
         m_mayAsk = isTerminal && LbOs::IsInputTerminal();

@@ -26,7 +26,7 @@ void CReviewDialog::Ask(const std::vector<SChange>& changes, CReviewDecisions& d
             continue;
         }
         CTerminal::Get().WriteColoured(LbFormat(L"\n[%u/%u] ", index + 1, changes.size()) +
-                                       DescribeChange(change, m_directory, SDiffStyle()));
+                                       FormatTitle(change, m_directory));
         show(change, m_style);
         if (!askFor(change, decisions))
         {

@@ -1,13 +1,14 @@
 #include "testing/lutestsuiterunner/console/changetext.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "base/lbencoding.h"
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
+#include "testing/lutestsuiterunner/console/linetext.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/review/difference.h"
 
@@ -21,45 +22,69 @@ constexpr const wchar_t* c_Red = L"\x1b[31m";
 constexpr const wchar_t* c_Green = L"\x1b[32m";
 constexpr const wchar_t* c_Plain = L"\x1b[0m";
 
-/// At most `most` characters.
-std::wstring toLine(std::string_view bytes, std::size_t most)
-{
-    constexpr std::size_t c_BytesPerCharacter = 4;
-    std::wstring text = ShowControls(LbEncoding::FromUtf8(bytes.substr(0, most * c_BytesPerCharacter)));
-    if (text.size() > most)
-    {
-        text.replace(most - 1, std::wstring::npos, L"…");
-    }
-    return text;
-}
-
 std::wstring paint(const std::wstring& text, const wchar_t* colour, const SDiffStyle& style)
 {
     return style.isColoured ? colour + text + c_Plain : text;
 }
 
-std::wstring showLines(const std::vector<std::string_view>& lines, wchar_t mark, const SDiffStyle& style,
-                       std::size_t most)
+/// Lines beside each other.
+struct SRow
 {
-    std::wstring text;
-    for (std::size_t index = 0; index < std::min(lines.size(), most); ++index)
-    {
-        const wchar_t* const colour = mark == L'-' ? c_Red : c_Green;
-        text += L"    " + paint(mark + toLine(lines[index], style.width), colour, style) + L"\n";
-    }
-    return lines.size() > most ? text + LbFormat(L"    %c... (%u Zeilen)\n", mark, lines.size()) : text;
+    std::optional<std::string_view> removed;
+    std::optional<std::string_view> added;
+};
+
+/// Neighbouring lines that differ.
+struct SPlace
+{
+    std::size_t first; ///< number of the first removed line, or of the line before which lines were added
+    std::vector<SRow> rows;
+    std::size_t endRemoved; ///< numbers of the lines behind the last ones
+    std::size_t endAdded;
+};
+
+/// The text of one line of a row, the other one in its place.
+std::wstring showLine(const SRow& row, bool isRemoved, std::size_t width)
+{
+    const std::string_view line = (isRemoved ? row.removed : row.added).value();
+    return ShowLine(line, (isRemoved ? row.added : row.removed).value_or(line), width);
 }
 
-std::wstring showSides(const SHunk& hunk, const SDiffStyle& style)
+/// At most `most` of the removed or of the added lines.
+std::wstring showLines(const SPlace& place, bool areRemoved, const SDiffStyle& style, std::size_t most)
+{
+    constexpr std::size_t c_IndentWidth = 5; // with the mark
+    const std::size_t width = style.areLinesCut ? std::max(style.width, c_IndentWidth) - c_IndentWidth : c_AnyWidth;
+    const wchar_t mark = areRemoved ? L'-' : L'+';
+    std::wstring text;
+    std::size_t count = 0;
+    for (const SRow& row : place.rows)
+    {
+        if ((areRemoved ? row.removed : row.added) && ++count <= most)
+        {
+            text +=
+                L"    " + paint(mark + showLine(row, areRemoved, width), areRemoved ? c_Red : c_Green, style) + L"\n";
+        }
+    }
+    return count > most ? text + LbFormat(L"    %c... (%u Zeilen)\n", mark, count) : text;
+}
+
+std::wstring showBoth(const SPlace& place, const SDiffStyle& style, std::size_t most)
+{
+    return showLines(place, true, style, most) + showLines(place, false, style, most);
+}
+
+std::wstring showSides(const SPlace& place, const SDiffStyle& style)
 {
     constexpr std::wstring_view c_Middle = L" | ";
     const std::size_t half = (std::max<std::size_t>(style.width, 20) - c_Middle.size()) / 2;
+    const std::size_t width = style.areLinesCut ? half : c_AnyWidth;
     std::wstring text;
-    for (std::size_t index = 0; index < std::max(hunk.removed.size(), hunk.added.size()); ++index)
+    for (const SRow& row : place.rows)
     {
-        std::wstring left = index < hunk.removed.size() ? toLine(hunk.removed[index], half) : L"";
-        const std::wstring right = index < hunk.added.size() ? toLine(hunk.added[index], half) : L"";
-        left.resize(half, L' ');
+        std::wstring left = row.removed ? showLine(row, true, width) : L"";
+        const std::wstring right = row.added ? showLine(row, false, width) : L"";
+        left.resize(std::max(left.size(), half), L' ');
         text += paint(left, c_Red, style) + std::wstring(c_Middle) + paint(right, c_Green, style) + L"\n";
     }
     return text;
@@ -77,50 +102,61 @@ STexts read(const SReceivedFile& file)
             ReadIfPresent(file.reference + LbReceivedFile::c_Suffix)};
 }
 
-/// The places of a change in a file.
-struct SPlaces
+/// Joins adjacent hunks.
+std::vector<SPlace> toPlaces(const std::vector<SHunk>& hunks)
 {
-    std::vector<SHunk> hunks;   ///< in their order
+    std::vector<SPlace> places;
+    for (const SHunk& hunk : hunks)
+    {
+        if (places.empty() || places.back().endRemoved != hunk.firstRemoved ||
+            places.back().endAdded != hunk.firstAdded)
+        {
+            places.push_back({hunk.firstRemoved, {}, 0, 0});
+        }
+        SPlace& place = places.back();
+        for (std::size_t index = 0; index < std::max(hunk.removed.size(), hunk.added.size()); ++index)
+        {
+            SRow& row = place.rows.emplace_back();
+            if (index < hunk.removed.size())
+            {
+                row.removed = hunk.removed[index];
+            }
+            if (index < hunk.added.size())
+            {
+                row.added = hunk.added[index];
+            }
+        }
+        place.endRemoved = hunk.firstRemoved + hunk.removed.size();
+        place.endAdded = hunk.firstAdded + hunk.added.size();
+    }
+    return places;
+}
+
+/// What a change is in a file.
+struct SView
+{
+    std::vector<SPlace> places; ///< in their order
     std::size_t otherParts = 0; ///< of other changes, not accepted yet
 };
 
-SPlaces findPlaces(const SChange& change, const SReceivedFile& file, const STexts& texts)
+SView findPlaces(const SChange& change, const SReceivedFile& file, const STexts& texts)
 {
-    SPlaces places;
+    SView view;
+    std::vector<SHunk> hunks;
     for (const SPart& part : FindParts(texts.expected, texts.received))
     {
         if (change.parts.empty() || IsNamed(part, change.parts))
         {
-            places.hunks.insert(places.hunks.end(), part.hunks.begin(), part.hunks.end());
+            hunks.insert(hunks.end(), part.hunks.begin(), part.hunks.end());
         }
         else if (!file.earlier || !IsNamed(part, file.earlier->parts))
         {
-            ++places.otherParts;
+            ++view.otherParts;
         }
     }
-    std::ranges::sort(places.hunks, {},
-                      [](const SHunk& hunk) { return std::pair(hunk.firstRemoved, hunk.firstAdded); });
-    return places;
-}
-
-/// Joins adjacent hunks into one.
-std::vector<SHunk> joinNeighbours(const std::vector<SHunk>& hunks)
-{
-    std::vector<SHunk> joined;
-    for (const SHunk& hunk : hunks)
-    {
-        const bool isNeighbour = !joined.empty() &&
-                                 joined.back().firstRemoved + joined.back().removed.size() == hunk.firstRemoved &&
-                                 joined.back().firstAdded + joined.back().added.size() == hunk.firstAdded;
-        if (!isNeighbour)
-        {
-            joined.push_back(hunk);
-            continue;
-        }
-        joined.back().removed.insert(joined.back().removed.end(), hunk.removed.begin(), hunk.removed.end());
-        joined.back().added.insert(joined.back().added.end(), hunk.added.begin(), hunk.added.end());
-    }
-    return joined;
+    std::ranges::sort(hunks, {}, [](const SHunk& hunk) { return std::pair(hunk.firstRemoved, hunk.firstAdded); });
+    view.places = toPlaces(hunks);
+    return view;
 }
 
 std::wstring getName(const SReceivedFile& file, const std::wstring& directory)
@@ -148,23 +184,31 @@ std::wstring FormatFileCount(std::size_t count)
     return count == 1 ? std::wstring(L"1 Datei") : LbFormat(L"%u Dateien", count);
 }
 
+std::wstring FormatTitle(const SChange& change, const std::wstring& directory)
+{
+    return LbFormat(L"%s  %s%s: %s%s\n", change.id, FormatFileCount(change.files.size()), describeKind(change),
+                    getName(change.files.front(), directory), change.files.size() == 1 ? L"" : L", ...");
+}
+
 std::wstring DescribeChange(const SChange& change, const std::wstring& directory, const SDiffStyle& style)
 {
-    std::wstring text =
-        LbFormat(L"%s  %s%s: %s%s\n", change.id, FormatFileCount(change.files.size()), describeKind(change),
-                 getName(change.files.front(), directory), change.files.size() == 1 ? L"" : L", ...");
+    std::wstring text = FormatTitle(change, directory);
     if (change.kind != EChange::Changed)
     {
         return text;
     }
     const STexts texts = read(change.files.front());
-    const SPlaces places = findPlaces(change, change.files.front(), texts);
-    if (places.hunks.empty())
+    const SView view = findPlaces(change, change.files.front(), texts);
+    if (view.places.empty())
     {
         return text + L"    kein Unterschied mehr\n";
     }
-    const SHunk& hunk = places.hunks.front();
-    return text + showLines(hunk.removed, L'-', style, 1) + showLines(hunk.added, L'+', style, 1);
+    SDiffStyle cut = style;
+    cut.areLinesCut = true;
+    text += showBoth(view.places.front(), cut, 1);
+    const std::size_t others = view.places.size() - 1;
+    return others > 0 ? text + LbFormat(L"    weitere Stellen in dieser Datei: %u ('--diff' zeigt sie)\n", others)
+                      : text;
 }
 
 std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, const std::wstring& directory,
@@ -173,17 +217,20 @@ std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, co
     constexpr std::size_t c_MostLines = 200;
     const STexts texts = read(file);
     const bool isBinary = AreBytes(texts.expected, texts.received);
-    const SPlaces places = findPlaces(change, file, texts);
+    const SView view = findPlaces(change, file, texts);
+    SDiffStyle own = style;
+    own.areLinesCut = style.areLinesCut || isBinary;
     std::wstring text = LbFormat(L"%s:\n", getName(file, directory));
-    for (const SHunk& hunk : joinNeighbours(places.hunks))
+    for (const SPlace& place : view.places)
     {
-        text +=
-            isBinary ? LbFormat(L"  ab Byte %u\n", hunk.firstRemoved) : LbFormat(L"  ab Zeile %u\n", hunk.firstRemoved);
-        text += style.isSideBySide ? showSides(hunk, style)
-                                   : showLines(hunk.removed, L'-', style, c_MostLines) +
-                                         showLines(hunk.added, L'+', style, c_MostLines);
+        text += isBinary ? LbFormat(L"  ab Byte %u\n", place.first) : LbFormat(L"  ab Zeile %u\n", place.first);
+        text += style.isSideBySide ? showSides(place, own) : showBoth(place, own, c_MostLines);
     }
-    return places.otherParts > 0 ? text + LbFormat(L"  andere Änderungen dieser Datei: %u\n", places.otherParts) : text;
+    if (HasIgnoredEnds(texts.expected, texts.received))
+    {
+        text += L"  auch die Zeilenenden sind verschieden: sie bleiben, bis alle Zeilen übernommen sind\n";
+    }
+    return view.otherParts > 0 ? text + LbFormat(L"  andere Änderungen dieser Datei: %u\n", view.otherParts) : text;
 }
 
 } // namespace Runner

@@ -14,14 +14,18 @@ struct SDiffStyle
 {
     bool isColoured = false;
     bool isSideBySide = false;
-    std::size_t width = 120; ///< of a line that shows both sides, in characters
+    bool areLinesCut = false; ///< to the width; on a terminal, where they would wrap. Bytes are always cut
+    std::size_t width = 120;  ///< of the console, in characters
 };
 
 /// "1 Datei", "2 Dateien".
 std::wstring FormatFileCount(std::size_t count);
 
-/// One line about a change, and the first lines of its first difference in the first file. Paths are relative to
-/// `directory`.
+/// One line about a change. Paths are relative to `directory`.
+std::wstring FormatTitle(const SChange& change, const std::wstring& directory);
+
+/// FormatTitle, the first lines of the first place in the first file that the change concerns, cut to the width, and
+/// the number of further places in this file.
 std::wstring DescribeChange(const SChange& change, const std::wstring& directory, const SDiffStyle& style);
 
 /// The differences of the change in one of its files, and the number of other changes in this file. Throws LbException

@@ -263,6 +263,59 @@ TEST_F(RunnerReview, EmptiesReferencesOnlyIfConfirmed)
     EXPECT_EQ(Read(L"a"), "");
 }
 
+TEST_F(RunnerReview, MakesEmptyReferencesOnlyIfConfirmed)
+{
+    Receive(L"a", "\n");
+
+    const SHostRun refused = Review({L"--accept", L"all"});
+
+    EXPECT_EQ(refused.exitStatus, 2);
+    ExpectLine(refused.errors, "wären Referenzen leer, etwa ");
+    EXPECT_FALSE(Holds(L"a"));
+    EXPECT_EQ(Review({L"--accept", L"all", L"--accept-empty"}).exitStatus, 0);
+    EXPECT_EQ(Read(L"a"), "\n");
+}
+
+TEST_F(RunnerReview, ShowsWholeLinesOutsideOfATerminal)
+{
+    const std::string begin(200, 'a');
+    Write(L"a", "x\n" + begin + "alt\n");
+    Receive(L"a", "x\n" + begin + "neu\n");
+
+    ExpectLine(Review({L"--diff"}).output, "    -" + begin + "alt\n    +" + begin + "neu\n");
+    ExpectLine(Review({L"--side-by-side"}).output, begin + "alt | " + begin + "neu\n");
+}
+
+TEST_F(RunnerReview, SaysHowToSeeFurtherPlaces)
+{
+    Write(L"a", "alt\nx\nalt\nx\nalt\n");
+    Receive(L"a", "neu\nx\nneu\nx\nneu\n");
+
+    ExpectLine(Review().output, "    +neu\n    weitere Stellen in dieser Datei: 2 ('--diff' zeigt sie)\n");
+}
+
+TEST_F(RunnerReview, TellsThatThereIsNothingToDecide)
+{
+    const SHostRun run = Review({L"--accept", L"all", L"--reject", L"all"});
+    EXPECT_EQ(run.exitStatus, 2) << "both options name the same";
+
+    ExpectLine(Review({L"--accept", L"all"}).output, "Nichts zu übernehmen\n");
+    ExpectLine(Review({L"--reject", L"all"}).output, "Nichts zu verwerfen\n");
+}
+
+TEST_F(RunnerReview, RefusesABlankBeforeTheValueOfDiff)
+{
+    const std::wstring file = m_folder.GetPathOf(L"data/a");
+    Write(L"a", "alt");
+    Receive(L"a", "neu");
+
+    for (const SHostRun& run : {Review({L"--diff", file}), RunRunner({L"review", L"--diff", file})})
+    {
+        EXPECT_EQ(run.exitStatus, 2);
+        ExpectLine(run.errors, "; ein Wert von '--diff' steht hinter '='\n");
+    }
+}
+
 TEST_F(RunnerReview, AsksOnATerminal)
 {
     if (!CanRunHostOnTerminal())

@@ -44,6 +44,86 @@ TEST_F(RunnerChangeText, ShowsControlCharactersOfNamesAsPictures)
     EXPECT_EQ(text, L"4C21F0  1 Datei, neue Referenzen: a\u241b[2J.txt\n");
 }
 
+TEST_F(RunnerChangeText, CutsLongLinesAroundTheirDifferenceOnlyOnATerminal)
+{
+    const std::string begin(300, 'a');
+    const std::string end(300, 'z');
+    const SChange change = Change("x\n" + begin + "1" + end + "\n", "x\n" + begin + "2" + end + "\n");
+    SDiffStyle style;
+    const std::wstring whole = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
+    style.isSideBySide = true;
+    const std::wstring wholeSides = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
+    style.areLinesCut = true;
+    style.width = 43;
+    const std::wstring cutSides = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
+    style.isSideBySide = false;
+    style.width = 25;
+    const std::wstring cut = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
+
+    const std::wstring left = std::wstring(300, L'a') + L"1" + std::wstring(300, L'z');
+    const std::wstring right = std::wstring(300, L'a') + L"2" + std::wstring(300, L'z');
+    EXPECT_EQ(whole, L"a.txt:\n  ab Zeile 2\n    -" + left + L"\n    +" + right + L"\n");
+    EXPECT_EQ(wholeSides, L"a.txt:\n  ab Zeile 2\n" + left + L" | " + right + L"\n");
+    EXPECT_EQ(cutSides, L"a.txt:\n  ab Zeile 2\n…aaaa1zzzzzzzzzzzzz… | …aaaa2zzzzzzzzzzzzz…\n");
+    EXPECT_EQ(cut, L"a.txt:\n  ab Zeile 2\n    -…aaaa1zzzzzzzzzzzzz…\n    +…aaaa2zzzzzzzzzzzzz…\n");
+}
+
+TEST_F(RunnerChangeText, CutsLinesOfTheListing)
+{
+    const std::string begin(300, 'a');
+    const SChange change = Change("x\n" + begin + "1\n", "x\n" + begin + "2\n");
+
+    const std::wstring text = DescribeChange(change, m_folder.GetPath(), SDiffStyle());
+
+    EXPECT_NE(text.find(L"    -…" + std::wstring(113, L'a') + L"1\n"), std::wstring::npos) << text.size();
+    EXPECT_NE(text.find(L"    +…" + std::wstring(113, L'a') + L"2\n"), std::wstring::npos) << text.size();
+}
+
+TEST_F(RunnerChangeText, CutsBytes)
+{
+    const std::string bytes = std::string(1, '\0') + std::string(300, 'a');
+    const SChange change = Change("1" + bytes, "2" + std::string(300, 'b'));
+
+    const std::wstring text = ShowDifference(change, change.files.front(), m_folder.GetPath(), SDiffStyle());
+
+    EXPECT_EQ(text, L"a.txt:\n  ab Byte 1\n    -1␀" + std::wstring(112, L'a') + L"…\n    +2" + std::wstring(113, L'b') +
+                        L"…\n");
+}
+
+TEST_F(RunnerChangeText, ShowsALineBesideTheOneInItsPlace)
+{
+    const SChange change = Change("x\nsum of all 1\n", "x\nfirst\nsum of all 2\n");
+    SDiffStyle style;
+    style.isSideBySide = true;
+    style.width = 27;
+
+    EXPECT_EQ(ShowDifference(change, change.files.front(), m_folder.GetPath(), style),
+              L"a.txt:\n  ab Zeile 2\n             | first\nsum of all 1 | sum of all 2\n");
+}
+
+TEST_F(RunnerChangeText, CountsFurtherPlaces)
+{
+    const SChange change = Change("a\nb\nx\nc\nx\nd\n", "A\nB\nx\nC\nx\nD\n");
+
+    EXPECT_EQ(DescribeChange(change, m_folder.GetPath(), SDiffStyle()),
+              L"4C21F0  1 Datei: a.txt\n    -a\n    -... (2 Zeilen)\n    +A\n    +... (2 Zeilen)\n"
+              L"    weitere Stellen in dieser Datei: 2 ('--diff' zeigt sie)\n");
+}
+
+TEST_F(RunnerChangeText, TellsThatLineEndsDifferToo)
+{
+    constexpr const wchar_t* c_Note = L"  auch die Zeilenenden sind verschieden";
+    const auto show = [this](const std::string& expected, const std::string& received) {
+        const SChange change = Change(expected, received);
+        return ShowDifference(change, change.files.front(), m_folder.GetPath(), SDiffStyle());
+    };
+
+    EXPECT_NE(show("alt\nx\n", "neu\r\nx\r\n").find(c_Note), std::wstring::npos);
+    EXPECT_EQ(show("alt\nx\n", "neu\nx\n").find(c_Note), std::wstring::npos);
+    EXPECT_EQ(show("alt\nx\r\n", "neu\nx\n"), L"a.txt:\n  ab Zeile 1\n    -alt\n    -x␍\n    +neu\n    +x\n")
+        << "both line ends in the reference";
+}
+
 TEST_F(RunnerChangeText, TellsThatLinesHaveOtherValues)
 {
     SChange change = Change("sum 1\n", "sum 1 EUR\n");

@@ -1,0 +1,146 @@
+#include "testing/lutestsuiterunner/console/linetext.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
+#include "base/lbencoding.h"
+#include "base/lbformat.h"
+#include "testing/lutestsuiterunner/console/terminal.h"
+
+namespace Runner
+{
+
+namespace
+{
+
+bool isBetween(wchar_t character, wchar_t first, wchar_t last)
+{
+    return character >= first && character <= last;
+}
+
+bool isHighSurrogate(wchar_t character)
+{
+    return isBetween(character, 0xD800, 0xDBFF);
+}
+
+bool isLowSurrogate(wchar_t character)
+{
+    return isBetween(character, 0xDC00, 0xDFFF);
+}
+
+/// Characters that look like nothing or like a blank, or that change the order of others.
+bool isInvisible(wchar_t character)
+{
+    constexpr std::pair<wchar_t, wchar_t> c_Ranges[] = {{0x80, 0xA0},     {0xAD, 0xAD},     {0x61C, 0x61C},
+                                                        {0x2000, 0x200F}, {0x2028, 0x202F}, {0x205F, 0x206F},
+                                                        {0x3000, 0x3000}, {0xFEFF, 0xFEFF}};
+    return std::ranges::any_of(
+        c_Ranges, [character](const auto& range) { return isBetween(character, range.first, range.second); });
+}
+
+std::wstring toText(std::string_view bytes)
+{
+    constexpr wchar_t c_FirstByte = 0xDC80;
+    constexpr wchar_t c_LastByte = 0xDCFF;
+    std::wstring text;
+    wchar_t before = 0;
+    for (const wchar_t character : LbEncoding::FromNative(bytes))
+    {
+        // Of a surrogate pair the second one is no byte.
+        if (isBetween(character, c_FirstByte, c_LastByte) && !isHighSurrogate(before))
+        {
+            text += LbFormat(L"\\x%02X", static_cast<std::uint32_t>(character) & 0xFFU);
+        }
+        else if (isInvisible(character))
+        {
+            text += LbFormat(L"\\u%04X", static_cast<std::uint32_t>(character));
+        }
+        else
+        {
+            text += character;
+        }
+        before = character;
+    }
+    return ShowControls(std::move(text));
+}
+
+bool isInsideCharacter(std::string_view line, std::size_t place)
+{
+    return place > 0 && place < line.size() && (static_cast<unsigned char>(line[place]) & 0xC0U) == 0x80;
+}
+
+/// The part of a line that is long enough to be cut from.
+struct SWindow
+{
+    std::wstring text;
+    bool hasBefore; ///< text is missing in front of it
+    bool hasBehind;
+};
+
+/// Limits the time for very long lines. The windows of both lines begin at the same place.
+SWindow findWindow(std::string_view line, std::string_view other, std::size_t width)
+{
+    constexpr std::size_t c_MostBytes = 4; // of a character
+    const std::size_t reach = width * c_MostBytes;
+    const auto difference =
+        line == other ? 0 : static_cast<std::size_t>(std::ranges::mismatch(line, other).in1 - line.begin());
+    std::size_t begin = difference > reach ? difference - reach : 0;
+    for (std::size_t byte = 1; byte < c_MostBytes && isInsideCharacter(line, begin); ++byte)
+    {
+        --begin;
+    }
+    const std::size_t end = std::min(line.size(), difference + 2 * reach);
+    return {toText(line.substr(begin, end - begin)), begin > 0, end < line.size()};
+}
+
+/// The place of the first shown character; 0 if the texts are equal.
+std::size_t findBegin(const std::wstring& text, const std::wstring& other, std::size_t width)
+{
+    const std::size_t context = width / 4;
+    const std::size_t longest = std::max(text.size(), other.size());
+    const auto difference = static_cast<std::size_t>(std::ranges::mismatch(text, other).in1 - text.begin());
+    return longest <= width || difference == longest || difference < width - context
+               ? 0
+               : std::min(difference - context, longest - width);
+}
+
+/// Marks what is missing. Leaves no half of a surrogate pair.
+std::wstring cut(const SWindow& window, std::size_t begin, std::size_t width)
+{
+    constexpr wchar_t c_Ellipsis = L'…';
+    std::wstring text = window.text.substr(begin, width);
+    if (window.hasBehind || begin + width < window.text.size())
+    {
+        text.back() = c_Ellipsis;
+        if (isHighSurrogate(text[text.size() - 2]))
+        {
+            text.erase(text.size() - 2, 1);
+        }
+    }
+    if ((window.hasBefore || begin > 0) && !text.empty())
+    {
+        text.front() = c_Ellipsis;
+        if (text.size() > 1 && isLowSurrogate(text[1]))
+        {
+            text.erase(1, 1);
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+std::wstring ShowLine(std::string_view line, std::string_view other, std::size_t width)
+{
+    constexpr std::size_t c_LeastWidth = 8;
+    if (width == c_AnyWidth)
+    {
+        return toText(line);
+    }
+    const std::size_t most = std::max(width, c_LeastWidth);
+    const SWindow window = findWindow(line, other, most);
+    return cut(window, findBegin(window.text, findWindow(other, line, most).text, most), most);
+}
+
+} // namespace Runner
