@@ -38,7 +38,9 @@ class CReview
 {
 public:
     explicit CReview(const SReviewOptions& options)
-        : m_options(options), m_directory(LbPath::WithSeparator(LbOs::GetFullPath(options.directory)))
+        : m_options(options), m_directory(LbPath::WithSeparator(LbOs::GetFullPath(options.directory))),
+          m_shows(options.diff || options.sideBySide),
+          m_file(options.diffFile.empty() ? options.sideBySideFile : options.diffFile)
     {
         const bool isTerminal = LbOs::EnableTerminalSequences();
         m_style.isColoured = isTerminal && LbOs::GetEnvironmentText(L"NO_COLOR").empty();
@@ -55,7 +57,13 @@ public:
     {
         if (!LbFileSystem::IsDirectory(m_directory))
         {
-            throw LbFormat(L"Verzeichnis %s gibt es nicht", m_directory);
+            throw m_shows && m_file.empty()
+                ? LbFormat(L"Verzeichnis %s gibt es nicht; ein Wert von '--diff' steht hinter '='", m_directory)
+                : LbFormat(L"Verzeichnis %s gibt es nicht", m_directory);
+        }
+        if (!m_options.sideBySideFile.empty() && m_options.sideBySideFile != m_file)
+        {
+            throw std::wstring(L"'--diff' und '--side-by-side' nennen verschiedene Dateien");
         }
         const bool decides = !m_options.accept.empty() || !m_options.reject.empty();
         if (m_options.ci && decides)
@@ -67,11 +75,11 @@ public:
         {
             return decide();
         }
-        if (m_mayAsk && !m_options.ci && !m_options.diff && !m_options.sideBySide)
+        if (m_mayAsk && !m_options.ci && !m_shows)
         {
             return ask();
         }
-        list(m_options.diffFile.empty() ? m_changes : findOfFile());
+        list(m_file.empty() ? m_changes : findOfFile());
         return m_options.ci && !m_changes.empty() ? LuTestSuiteHost::c_Failed : LuTestSuiteHost::c_Succeeded;
     }
 
@@ -126,10 +134,10 @@ private:
 
     std::vector<SChange> findOfFile() const
     {
-        std::vector<SChange> changes = FindChangesOf(m_changes, m_directory, m_options.diffFile);
+        std::vector<SChange> changes = FindChangesOf(m_changes, m_directory, m_file);
         if (changes.empty())
         {
-            throw LbFormat(L"'%s' ist keine Datei mit einer Änderung", m_options.diffFile);
+            throw LbFormat(L"'%s' ist keine Datei mit einer Änderung", m_file);
         }
         return changes;
     }
@@ -143,8 +151,8 @@ private:
             {
                 files.insert(file.reference);
             }
-            CTerminal::Get().WriteColoured(m_options.diff || m_options.sideBySide
-                                               ? DescribeChange(change, m_directory, SDiffStyle()) +
+            CTerminal::Get().WriteColoured(m_shows
+                                               ? FormatTitle(change, m_directory) +
                                                      ShowDifference(change, change.files.front(), m_directory, m_style)
                                                : DescribeChange(change, m_directory, m_style));
         }
@@ -155,6 +163,14 @@ private:
     {
         // Refuses before the first change.
         const SReviewChoice choice = ChooseChanges(m_changes, m_options);
+        if (!m_options.accept.empty() && choice.accepted.empty())
+        {
+            print(L"Nichts zu übernehmen\n");
+        }
+        if (!m_options.reject.empty() && choice.rejected.empty())
+        {
+            print(L"Nichts zu verwerfen\n");
+        }
         for (const SChange& change : choice.accepted)
         {
             RequireAcceptable(change, m_options.acceptEmpty);
@@ -180,6 +196,8 @@ private:
 
     const SReviewOptions& m_options;
     std::wstring m_directory;
+    bool m_shows;        ///< differences
+    std::wstring m_file; ///< the reference whose changes are shown; empty: those of all
     SDiffStyle m_style;
     bool m_mayAsk = false;
     std::vector<SChange> m_changes;

@@ -195,8 +195,10 @@ void addOptions(COptionReader& reader, SReviewOptions& options)
     reader.AddSwitchOrText(
         {"--diff", L"[=DATEI]", L"Zeigt je Änderung die Unterschiede einer Datei, oder alle dieser Referenz"},
         options.diff, options.diffFile);
-    reader.AddSwitch({"--side-by-side", nullptr, L"Zeigt sie nebeneinander, links die Referenz"}, options.sideBySide);
-    reader.AddTexts({"--accept", L"WAS", L"Übernimmt: Kennung einer Änderung, Pfad einer Referenz oder all; mehrfach"},
+    reader.AddSwitchOrText({"--side-by-side", L"[=DATEI]", L"Wie --diff, aber nebeneinander, links die Referenz"},
+                           options.sideBySide, options.sideBySideFile);
+    reader.AddTexts({"--accept", L"WAS",
+                     L"Übernimmt eine Änderung (Kennung), eine Referenz (Pfad) oder alle (all); für mehrere mehrfach"},
                     options.accept);
     reader.AddTexts({"--reject", L"WAS", L"Verwirft, was empfangen wurde; Werte wie bei --accept"}, options.reject);
     reader.AddSwitch({"--accept-empty", nullptr, L"Erlaubt, dass Referenzen danach leer sind"}, options.acceptEmpty);

@@ -128,7 +128,7 @@ void COptionReader::AddText(const SOptionText& text, std::wstring& target)
 void COptionReader::AddTexts(const SOptionText& text, std::vector<std::wstring>& target)
 {
     m_app->add_option_function<std::vector<std::string>>(text.name, getAppender(target), ToUtf8(text.help))
-        ->type_name(ToUtf8(text.value))
+        ->option_text(ToUtf8(text.value))
         ->allow_extra_args(false);
 }
 
@@ -162,7 +162,7 @@ void COptionReader::AddSwitchOrNumber(const SOptionText& text, std::uint32_t pla
         target = values.back() == "true" ? plain : readNumber(name, values.back(), 1);
         return true;
     };
-    m_app->add_option(text.name, read, ToUtf8(text.help))->expected(0)->option_text(ToUtf8(text.value))->take_last();
+    addSwitchWithValue(text, read);
 }
 
 void COptionReader::AddSwitchOrText(const SOptionText& text, bool& target, std::wstring& value)
@@ -172,7 +172,13 @@ void COptionReader::AddSwitchOrText(const SOptionText& text, bool& target, std::
         value = values.back() == "true" ? std::wstring() : FromUtf8(values.back());
         return true;
     };
+    addSwitchWithValue(text, read);
+}
+
+void COptionReader::addSwitchWithValue(const SOptionText& text, const ReadTexts& read)
+{
     m_app->add_option(text.name, read, ToUtf8(text.help))->expected(0)->option_text(ToUtf8(text.value))->take_last();
+    m_switchesWithValue.emplace_back(text.name);
 }
 
 void COptionReader::AddArgument(const SOptionText& text, std::wstring& target)
@@ -216,11 +222,23 @@ bool COptionReader::Read(const std::vector<std::wstring>& arguments)
     {
         throw LbFormat(L"Die Option '%s' kann nicht gelesen werden", getOptionOf(error));
     }
-    if (const std::vector<std::string> extras = m_app->remaining(); !extras.empty())
-    {
-        throw LbFormat(L"Unbekannte Argumente: %s", join(extras));
-    }
+    refuseExtras();
     return true;
+}
+
+void COptionReader::refuseExtras() const
+{
+    const std::vector<std::string> extras = m_app->remaining();
+    if (extras.empty())
+    {
+        return;
+    }
+    const auto given = std::ranges::find_if(m_switchesWithValue, [this](const std::string& name) {
+        return m_app->get_option(name)->results() == CLI::results_t{"true"};
+    });
+    throw given == m_switchesWithValue.end()
+        ? LbFormat(L"Unbekannte Argumente: %s", join(extras))
+        : LbFormat(L"Unbekannte Argumente: %s; ein Wert von '%s' steht hinter '='", join(extras), FromUtf8(*given));
 }
 
 std::wstring COptionReader::GetHelp() const

@@ -67,7 +67,12 @@ public:
     std::wstring GetHelp() const;
 
 private:
+    using ReadTexts = std::function<bool(const std::vector<std::string>& values)>;
+    void addSwitchWithValue(const SOptionText& text, const ReadTexts& read);
+    void refuseExtras() const;
+
     std::unique_ptr<CLI::App> m_app;
+    std::vector<std::string> m_switchesWithValue; ///< names of the switches that may have a value
 };
 
 } // namespace Runner

@@ -137,6 +137,7 @@ struct SReviewOptions
     bool diff = false;                ///< shows a difference of each change
     std::wstring diffFile;            ///< of the changes of this reference; empty: of each change's first file
     bool sideBySide = false;          ///< the same, references on the left
+    std::wstring sideBySideFile;      ///< as diffFile
     std::vector<std::wstring> accept; ///< names of changes, paths of references, or "all"
     std::vector<std::wstring> reject;
     bool acceptEmpty = false; ///< references may become empty

@@ -96,6 +96,9 @@ TEST_F(RunnerReview, ShowsTheDifferencesOfANamedFile)
 
     ExpectLine(run.output, "b:\n  ab Zeile 3\n    -alt\n    +neu\nÄnderungen: 1, Dateien: 1\n");
     EXPECT_EQ(Review({L"--diff=fehlt"}).exitStatus, 2);
+    ExpectLine(Review({L"--side-by-side=b"}).output, " | neu\nÄnderungen: 1, Dateien: 1\n");
+    ExpectLine(Review({L"--diff=b", L"--side-by-side"}).output, " | neu\nÄnderungen: 1, Dateien: 1\n");
+    ExpectLine(Review({L"--diff=b", L"--side-by-side=a"}).errors, "nennen verschiedene Dateien");
 }
 
 TEST_F(RunnerReview, ShowsCausesThatOverlapOnce)

@@ -14,6 +14,7 @@ protected:
         m_reader.AddNumber({"--retries", L"N", L"Zahl"}, 1, m_number);
         m_reader.AddSwitchOrNumber({"--fail-fast", L"[=N]", L"Bricht ab"}, 1, m_limit);
         m_reader.AddSwitchOrText({"--diff", L"[=DATEI]", L"Unterschiede"}, m_isSet, m_switchText);
+        m_reader.AddTexts({"--sbatch", L"OPTION", L"Optionen"}, m_texts);
         m_reader.AddArguments({"DIR", nullptr, L"Verzeichnisse"}, m_arguments);
     }
 
@@ -35,6 +36,7 @@ protected:
     std::uint32_t m_limit = 0;
     bool m_isSet = false;
     std::wstring m_switchText;
+    std::vector<std::wstring> m_texts;
     std::vector<std::wstring> m_arguments;
     Runner::COptionReader m_reader{L"run", L"Zweck.", false};
 };
@@ -84,6 +86,35 @@ TEST_F(OptionReader, ReadsTheTextOfASwitch)
     EXPECT_TRUE(m_reader.Read({L"--diff=größer"}));
     EXPECT_TRUE(m_isSet);
     EXPECT_EQ(m_switchText, L"größer");
+}
+
+TEST_F(OptionReader, ExplainsWhereTheValueOfASwitchStands)
+{
+    Runner::COptionReader reader(L"review", L"Zweck.", false);
+    reader.AddSwitchOrText({"--diff", L"[=DATEI]", L"Unterschiede"}, m_isSet, m_switchText);
+    const auto getError = [&reader](const std::vector<std::wstring>& arguments) {
+        try
+        {
+            reader.Read(arguments);
+        }
+        catch (const std::wstring& message)
+        {
+            return message;
+        }
+        return std::wstring();
+    };
+
+    EXPECT_EQ(getError({L"--diff", L"a"}), L"Unbekannte Argumente: 'a'; ein Wert von '--diff' steht hinter '='");
+    EXPECT_EQ(getError({L"--diff=a", L"b"}), L"Unbekannte Argumente: 'b'");
+    EXPECT_EQ(getError({L"b"}), L"Unbekannte Argumente: 'b'");
+}
+
+TEST_F(OptionReader, TakesOneValueForEachOption)
+{
+    EXPECT_TRUE(m_reader.Read({L"--sbatch", L"eins", L"zwei", L"--sbatch", L"drei"}));
+    EXPECT_EQ(m_texts, (std::vector<std::wstring>{L"eins", L"drei"}));
+    EXPECT_EQ(m_arguments, (std::vector<std::wstring>{L"zwei"}));
+    EXPECT_NE(m_reader.GetHelp().find(L"--sbatch OPTION  "), std::wstring::npos) << "no \"...\" behind the value";
 }
 
 TEST_F(OptionReader, LeavesTargetsOfAbsentOptions)
