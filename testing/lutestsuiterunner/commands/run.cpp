@@ -64,6 +64,7 @@ int Execute(const SRunOptions& given)
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
+    WarnOfMissingModules(options, setup);
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
     WarnOfInnerFolders(plan);

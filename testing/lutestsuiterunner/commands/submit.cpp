@@ -62,6 +62,7 @@ std::pair<SPlan, std::vector<std::wstring>> makePlan(const SSubmitOptions& optio
     const CPrevious previous = options.run.previous.empty() ? CPrevious() : CPrevious(options.run.previous);
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
+    WarnOfMissingModules(options.run, setup);
     SPlan plan = MakePlan(options.run, setup, SelectCases(setup));
     WarnOfInnerFolders(plan);
     const std::size_t caseCount = ApplyOnlyFailed(options.run, previous, plan);

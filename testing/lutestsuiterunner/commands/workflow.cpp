@@ -8,6 +8,7 @@
 #include "base/lbdatetime.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
 #include "base/os/files.h"
 #include "base/os/interruption.h"
@@ -17,6 +18,7 @@
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/progress.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/hostcrash.h"
 #include "testing/lutestsuiterunner/execution/stages.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
@@ -101,14 +103,15 @@ SSessionLimits getLimits(const SWork& work)
     return {work.options.retries, failed >= most ? 0 : most, failed};
 }
 
-/// Names up to ten of the files and counts the others.
-std::wstring describeReceived(const std::vector<std::wstring>& references)
+/// Names up to three of the files, relative to the directory, and counts the others.
+std::wstring describeReceived(const std::vector<std::wstring>& references, const std::wstring& directory)
 {
-    constexpr std::size_t c_MostNamed = 10;
+    constexpr std::size_t c_MostNamed = 3;
+    const std::size_t begin = LbPath::WithSeparator(directory).size();
     std::wstring names;
     for (std::size_t index = 0; index < std::min(c_MostNamed, references.size()); ++index)
     {
-        names += (index == 0 ? L"" : L", ") + references[index] + LbReceivedFile::c_Suffix;
+        names += (index == 0 ? L"" : L", ") + references[index].substr(begin) + LbReceivedFile::c_Suffix;
     }
     if (references.size() <= c_MostNamed)
     {
@@ -145,6 +148,18 @@ void RequireNoReport(const std::wstring& folder, bool isForced)
     }
 }
 
+void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& setup)
+{
+    if (options.requireAllModules)
+    {
+        return;
+    }
+    for (const std::wstring& problem : FindMissingModules(setup))
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s\n", problem));
+    }
+}
+
 void WarnOfReceived(const SPlan& plan)
 {
     const SFound found = FindReceived(plan.dataDirectory);
@@ -159,7 +174,8 @@ void WarnOfReceived(const SPlan& plan)
     if (!found.references.empty())
     {
         CTerminal::Get().WriteError(LbFormat(L"Warnung: %s nicht geprüft: LuTestSuiteRunner review %s\n",
-                                             describeReceived(found.references), QuoteForShell(plan.dataDirectory)));
+                                             describeReceived(found.references, plan.dataDirectory),
+                                             QuoteForShell(plan.dataDirectory)));
     }
 }
 

@@ -35,6 +35,9 @@ void RequireNoRun(const SRunOptions& options);
 /// to. `folder` ends in a separator.
 void RequireNoReport(const std::wstring& folder, bool isForced);
 
+/// Warns of modules of --dll that are missing, unless the run is red because of them.
+void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& setup);
+
 /// Warns of differences from references that nobody has decided on, anywhere in the data directory, and of interrupted
 /// decisions in the directory or above it.
 void WarnOfReceived(const SPlan& plan);

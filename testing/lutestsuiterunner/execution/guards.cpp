@@ -16,18 +16,33 @@ namespace Runner
 namespace
 {
 
+std::wstring getModulePath(const std::wstring& name)
+{
+    return LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + LbPath::ToNative(name) + LbOs::c_ModuleSuffix;
+}
+
+bool isMissing(const std::wstring& name)
+{
+    return !LbFileSystem::IsFile(getModulePath(name));
+}
+
+std::wstring describeMissing(const std::wstring& name)
+{
+    return LbFormat(L"Das Modul '%s' fehlt", name);
+}
+
 /// Empty if the module is loaded, or if it is missing and need not exist.
 std::wstring findModuleProblem(const std::wstring& name, bool mustExist)
 {
-    const std::wstring path =
-        LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable) + LbPath::ToNative(name) + LbOs::c_ModuleSuffix;
-    if (!LbFileSystem::IsFile(path))
+    if (isMissing(name))
     {
-        return mustExist ? LbFormat(L"Das Modul '%s' fehlt", name) : L"";
+        return mustExist ? describeMissing(name) : L"";
     }
     // If the module is already loaded, this only increments its use count.
     std::wstring reason;
-    return LbOs::LoadModule(path, reason) ? L"" : LbFormat(L"Das Modul '%s' konnte nicht geladen werden", name);
+    return LbOs::LoadModule(getModulePath(name), reason)
+               ? L""
+               : LbFormat(L"Das Modul '%s' konnte nicht geladen werden", name);
 }
 
 void addModuleProblems(const std::vector<std::wstring>& names, bool mustExist, std::vector<std::wstring>& problems)
@@ -43,6 +58,19 @@ void addModuleProblems(const std::vector<std::wstring>& names, bool mustExist, s
 }
 
 } // namespace
+
+std::vector<std::wstring> FindMissingModules(const LuTestSuiteSetup& setup)
+{
+    std::vector<std::wstring> problems;
+    for (const std::wstring& name : setup.dlls)
+    {
+        if (isMissing(name))
+        {
+            problems.push_back(describeMissing(name));
+        }
+    }
+    return problems;
+}
 
 std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup)
 {

@@ -10,6 +10,9 @@
 namespace Runner
 {
 
+/// The modules of --dll that are missing: a German line for each.
+std::vector<std::wstring> FindMissingModules(const LuTestSuiteSetup& setup);
+
 /// The modules of --dll that are missing or could not be loaded: a German line for each. The modules have been loaded
 /// before.
 std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup);

@@ -211,6 +211,17 @@ TEST_F(RunnerRun, IsRedWhenADemandedModuleIsMissing)
     ExpectLine(run.output, "Das Modul 'gibtesnicht' fehlt");
 }
 
+TEST_F(RunnerRun, WarnsOfAMissingModule)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+
+    const SHostRun run = Run({L"run"}, {L"--dll", L"gibtesnicht"});
+
+    EXPECT_EQ(run.exitStatus, 0);
+    ExpectLine(run.errors, "Warnung: Das Modul 'gibtesnicht' fehlt\n");
+    EXPECT_EQ(run.errors.find("resultmodels"), std::string::npos) << run.errors;
+}
+
 TEST_F(RunnerRun, EndsAtTheFirstFailureOnRequest)
 {
     m_folder.MakeFolder(L"data/CResultModel");
