@@ -60,16 +60,16 @@ TEST_F(ReviewDecisionOnALink, AcceptsPartsIntoItsTarget)
     EXPECT_EQ(Read(L"a.received"), "new 1\nx\nnew 2\n");
 }
 
-TEST_F(ReviewDecisionOnALink, PutsItsTargetBackIfAnotherFileCannotBeReplaced)
+TEST_F(ReviewDecisionOnALink, PutsItsTargetBackIfAnotherFileHasNoPartOfIt)
 {
-    const SReceivedFile blocked = Write(L"c", "", "new");
-    m_folder.WriteFile(L"c/file", "x");
+    const SReceivedFile link = WriteLink("old 1\nx\n", "new 1\nx\n");
+    const SReceivedFile other = Write(L"b", "old 2\nx\n", "new 2\nx\n");
 
-    EXPECT_ANY_THROW(Decide(EDecision::Accept, {WriteLink("old", "new"), blocked}));
+    EXPECT_NE(GetRefusal(EDecision::Accept, {link, other}, GetParts("old 1\nx\n", "new 1\nx\n")), L"");
 
     EXPECT_TRUE(IsLink(L"a"));
-    EXPECT_EQ(Read(L"other/target"), "old");
-    EXPECT_EQ(Read(L"a.received"), "new");
+    EXPECT_EQ(Read(L"other/target"), "old 1\nx\n");
+    EXPECT_EQ(Read(L"a.received"), "new 1\nx\n");
 }
 
 TEST_F(ReviewDecisionOnALink, IsFinishedAfterItsTargetWasReplaced)
