@@ -1,13 +1,14 @@
 #include "testing/lutestsuite/run/children/childend.h"
 
 #include <algorithm>
-#include <atomic>
 #include <string_view>
 
 #include "base/lbencoding.h"
 #include "base/lbformat.h"
 #include "base/lbuniqueid.h"
 #include "base/os/crash.h"
+#include "testing/lutestsuite/report/messagelines.h"
+#include "testing/lutestsuite/run/children/memorykills.h"
 
 namespace LuTestSuiteRun
 {
@@ -19,14 +20,11 @@ constexpr std::size_t c_MostLines = 64;
 constexpr std::size_t c_LongestLine = 1000; ///< characters
 constexpr std::size_t c_MostBytes = 4 * c_MostLines * c_LongestLine;
 
-/// The number of processes killed for lack of memory when it was last read.
-std::atomic<std::uint64_t> s_memoryKills = 0;
+CMemoryKills s_memoryKills(LbOs::CountMemoryKills);
 
 bool isLackOfMemory(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
 {
-    // The kernel does not tell which process it killed.
-    const std::uint64_t kills = LbOs::CountMemoryKills();
-    const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.exchange(kills) < kills;
+    const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.Take();
     // The line that std::terminate prints for an uncaught exception.
     const bool isTerminated =
         exitStatus && LbOs::MayBeAbort(*exitStatus) && std::ranges::any_of(lastLines, [](const std::wstring& line) {
@@ -188,7 +186,7 @@ std::vector<std::wstring> DescribeStacks(const std::vector<LbOs::SThreadStack>& 
 void PrepareChildEnds()
 {
     static const bool s_isPrepared = [] {
-        s_memoryKills = LbOs::CountMemoryKills();
+        s_memoryKills.Forget();
         return true;
     }();
     static_cast<void>(s_isPrepared);
