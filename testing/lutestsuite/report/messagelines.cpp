@@ -1,7 +1,8 @@
 #include "testing/lutestsuite/report/messagelines.h"
 
-#include <algorithm>
 #include <string_view>
+
+#include "base/lbformat.h"
 
 namespace
 {
@@ -12,8 +13,10 @@ struct SMark
     bool isError;
 };
 
+constexpr SMark c_ErrorMark = {L"ERROR: ", true};
+
 /// In the order in which they are searched for.
-constexpr SMark c_Marks[] = {{L"INFO:  ", false}, {L"ERROR: ", true}};
+constexpr SMark c_Marks[] = {{L"INFO:  ", false}, c_ErrorMark};
 
 /// Removes everything up to the mark and sets the kind that it denotes; without a mark changes nothing.
 void takeMark(std::wstring_view& line, bool& isError)
@@ -30,6 +33,34 @@ void takeMark(std::wstring_view& line, bool& isError)
     }
 }
 
+std::wstring_view getLine(std::wstring_view text)
+{
+    return text.substr(0, text.find(L'\n'));
+}
+
+LuTestSuiteReport::SReportDump makeDump(std::wstring_view line, bool& isError)
+{
+    takeMark(line, isError);
+    return {isError, LuTestSuiteUtils::LuMarkupWriter::Escape(line)};
+}
+
+/// Appends the last line about the end of the child process, if there is one. If a run that the case has started wrote
+/// such a line, it is inside an information line.
+void appendProcessEnd(std::wstring_view messages, std::vector<LuTestSuiteReport::SReportDump>& dumps)
+{
+    const std::wstring begin = LbFormat(L"\t\t%s%s", c_ErrorMark.text, LuTestSuite::c_ProcessEnd);
+    std::size_t position = messages.rfind(begin);
+    while (position != std::wstring_view::npos && position > 0 && messages[position - 1] != L'\n')
+    {
+        position = messages.rfind(begin, position - 1);
+    }
+    if (position != std::wstring_view::npos)
+    {
+        bool isError = true;
+        dumps.push_back(makeDump(getLine(messages.substr(position)), isError));
+    }
+}
+
 } // namespace
 
 std::vector<LuTestSuiteReport::SReportDump> LuTestSuite::GetMessageLines(const std::wstring& messages,
@@ -39,9 +70,9 @@ std::vector<LuTestSuiteReport::SReportDump> LuTestSuite::GetMessageLines(const s
     bool isError = true;
     for (std::size_t start = 0; start < messages.size();)
     {
-        const std::size_t end = std::min(messages.find(L'\n', start), messages.size());
-        std::wstring_view line = std::wstring_view(messages).substr(start, end - start);
-        start = end + 1;
+        const std::wstring_view rest = std::wstring_view(messages).substr(start);
+        const std::wstring_view line = getLine(rest);
+        start += line.size() + 1;
         if (line.empty())
         {
             continue;
@@ -49,10 +80,10 @@ std::vector<LuTestSuiteReport::SReportDump> LuTestSuite::GetMessageLines(const s
         if (dumps.size() == maxLines)
         {
             dumps.push_back({false, L"..."});
+            appendProcessEnd(rest, dumps);
             break;
         }
-        takeMark(line, isError);
-        dumps.push_back({isError, LuTestSuiteUtils::LuMarkupWriter::Escape(line)});
+        dumps.push_back(makeDump(line, isError));
     }
     return dumps;
 }

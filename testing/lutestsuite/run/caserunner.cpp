@@ -1,6 +1,7 @@
 #include "testing/lutestsuite/run/caserunner.h"
 
 #include <algorithm>
+#include <string>
 
 #include "base/lbexception.h"
 #include "base/os/childprocess.h"
@@ -39,6 +40,13 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
     info.peakMemory = buffer.peakMemory;
     info.time = buffer.time;
     info.messages = LoadMessages(buffer);
+}
+
+/// The case may have ended in the middle of a line.
+void appendLines(const std::wstring& lines, std::wstring& messages)
+{
+    messages += lines.empty() || messages.empty() || messages.ends_with(L'\n') ? L"" : L"\n";
+    messages += lines;
 }
 
 /// Counts only among the next few cases, because no more processes are started in advance.
@@ -152,7 +160,7 @@ void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome, 
     planned.info.processIndex = channel.WaitForAnswer(params.timeOutSec, m_isCanceled);
     end = channel.GetEnd();
     readAnswer(*channel.GetBuffer().GetReadAccess(), planned.info);
-    planned.info.messages += DescribeCaseEnd(end);
+    appendLines(DescribeCaseEnd(end), planned.info.messages);
 }
 
 } // namespace LuTestSuiteRun

@@ -373,4 +373,23 @@ TEST(LuTestSuiteReportMachine, DescribesGraphicsInOneLineOrNotAtAll)
     EXPECT_EQ(LuTestSuiteReport::getGPUInfo().find(L'\n'), std::wstring::npos);
 }
 
+TEST_F(LuTestSuiteReportData, KeepsTheReasonForTheEndOfAChildBeyondTheMaximum)
+{
+    const std::wstring end = L"\t\tERROR: Der Prozess des Testfalls endete mit Status 3\n\t\tINFO:  stderr\n";
+    const std::wstring reason = L"E:Der Prozess des Testfalls endete mit Status 3";
+    const std::wstring three = L"\t\tINFO:  1\n\t\tINFO:  2\n\t\tINFO:  3\n";
+    EXPECT_EQ(GetLines(three + end), (Lines{L"I:1", L"I:2", L"I:3", L"I:...", reason}));
+    EXPECT_EQ(GetLines(three + L"\t\tINFO:  4\n" + end), (Lines{L"I:1", L"I:2", L"I:3", L"I:...", reason}));
+    m_setup.messageReportMax = 4;
+    EXPECT_EQ(GetLines(three + end), (Lines{L"I:1", L"I:2", L"I:3", reason, L"I:..."}));
+    m_setup.messageReportMax = 0;
+    EXPECT_EQ(GetLines(end), (Lines{L"I:...", reason}));
+}
+
+TEST_F(LuTestSuiteReportData, KeepsNoLineOfOtherProcessesBeyondTheMaximum)
+{
+    m_setup.messageReportMax = 0;
+    EXPECT_EQ(GetLines(L"\t\tINFO:  \t\tERROR: Der Prozess des Testfalls endete mit Status 3\n"), Lines{L"I:..."});
+}
+
 } // namespace

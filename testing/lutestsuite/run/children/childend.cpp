@@ -134,7 +134,7 @@ std::vector<std::wstring> CChildErrors::ReadLastLines() const
 
 void FindReason(SCaseEnd& end)
 {
-    end.reason = L"Der Prozess des Testfalls endete mit ";
+    end.reason = std::wstring(LuTestSuite::c_ProcessEnd) + L"endete mit ";
     end.reason += end.exitStatus ? LbOs::DescribeExitStatus(*end.exitStatus) : L"unbekanntem Status";
     end.reason += isLackOfMemory(end.exitStatus, end.lastLines) ? L", wohl aus Speichermangel" : L"";
 }
