@@ -58,6 +58,19 @@ TEST_F(HostPlaces, ResolveADataDirectoryAgainstTheCallersWorkingDirectory)
     ExpectTheCase(Run(L"Daten", m_folder.GetPath()));
 }
 
+TEST_F(HostPlaces, ResolveADataDirectoryBeforeAModuleChangesTheWorkingDirectory)
+{
+    SHostOptions options;
+    options.workingDirectory = m_folder.GetPath();
+    options.variables = {{L"LUTESTSUITE_TEST_MOVES", L"1"}};
+
+    const SHostRun run =
+        RunHost({L"-q", L"-d", L"Daten", L"--dll", L"datasetmodels", L"--dll", L"placemodels"}, options);
+
+    EXPECT_NE(run.output.find("    gut.txt"), std::string::npos) << run.output;
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
 TEST_F(HostPlaces, AcceptADataDirectoryAboveTheWorkingDirectory)
 {
     ExpectTheCase(Run(L"../Daten", m_folder.MakeFolder(L"anderswo")));

@@ -1,9 +1,25 @@
 /// A unit test that reports where it runs.
 
+#include <cstdlib>
+
 #include "base/lbassert.h"
 #include "base/ludebugserialization.h"
 #include "base/luunittest.h"
 #include "base/os/files.h"
+
+namespace
+{
+
+/// Initialisation of the module changes the working directory, if a test requests that.
+bool changeDirectory()
+{
+    const char* const moves = std::getenv("LUTESTSUITE_TEST_MOVES");
+    return moves != nullptr && *moves != '\0' && LbOs::SetWorkingDirectory(LbOs::GetTemporaryDirectory());
+}
+
+[[maybe_unused]] const bool s_hasMoved = changeDirectory();
+
+} // namespace
 
 class CPlaceModel : public LuUnitTest
 {

@@ -22,6 +22,7 @@
 #include "base/os/console.h"
 #include "base/os/modules.h"
 #include "testing/lutestsuite/environment/testmodules.h"
+#include "testing/lutestsuite/environment/workingdirectory.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 #include "testing/lutestsuite/output/warning.h"
 
@@ -165,6 +166,8 @@ void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
     {
         return;
     }
+    // Initialisation of the module may change it, and the user's relative paths refer to it.
+    const LuTestSuite::CKeptWorkingDirectory workingDirectory;
     std::wstring reason;
     if (!LbOs::LoadModule(path, reason))
     {

@@ -8,16 +8,14 @@
 
 #include "base/givenstream.h"
 #include "base/idebugging.h"
-#include "base/lbdiagnostics.h"
 #include "base/lbexception.h"
-#include "base/lbfilesystem.h"
 #include "base/lbtimer.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
-#include "base/os/directories.h"
 #include "base/os/forkmark.h"
 #include "base/os/process.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
+#include "testing/lutestsuite/environment/workingdirectory.h"
 #include "testing/lutestsuite/heap/warmup.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 
@@ -174,24 +172,10 @@ void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTra
     }
 }
 
-/// A case starts in the executable's folder, even if an earlier case changed the working directory.
-void restoreWorkingDirectory() noexcept
-try
-{
-    static const LbOs::CHomeDirectory s_home(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
-    if (!s_home.Ensure())
-    {
-        LbDiagnostics::Trace(L"LuTestSuiteRun: the executable's folder cannot be made the working directory");
-    }
-}
-catch (...)
-{
-    // If there is no memory for the path, the case keeps the present working directory.
-}
-
 ECaseRunResult runTracked(SWorkBuffer& buffer)
 {
-    restoreWorkingDirectory();
+    // An earlier case may have changed the working directory.
+    LuTestSuite::EnterExecutableDirectory();
     const SParams params = LoadParams(buffer);
     if (params.trackHeap)
     {

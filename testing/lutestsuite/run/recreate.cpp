@@ -6,6 +6,7 @@
 #include "base/iunittestrecreate.h"
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
+#include "testing/lutestsuite/environment/workingdirectory.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
@@ -82,6 +83,8 @@ void recreateCaseOrReport(const LuTestSuite::SUnitTest& unitTest, const std::wst
                           const IUnitTestRecreate::SRequest& request)
 {
     const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::RecreateCase, unitTest.className, caseName);
+    // The case before may have changed the working directory.
+    LuTestSuite::EnterExecutableDirectory();
     try
     {
         recreateCase(unitTest, caseName, request);

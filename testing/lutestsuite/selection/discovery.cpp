@@ -10,6 +10,7 @@
 #include "base/luunittest.h"
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
+#include "testing/lutestsuite/environment/workingdirectory.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/output/warning.h"
 #include "testing/lutestsuite/settings/parameters.h"
@@ -146,6 +147,12 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
         return;
     }
     const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::FindCases, folderName, directory);
+    const LuTestSuite::CKeptWorkingDirectory workingDirectory;
+    // A relative path refers to the present working directory.
+    if (LbOs::IsAbsolutePath(directory))
+    {
+        LuTestSuite::EnterExecutableDirectory();
+    }
     const std::unique_ptr<LuUnitTest> instance = LuTestSuite::CreateUnitTestOrNull(folderName);
     if (!instance)
     {

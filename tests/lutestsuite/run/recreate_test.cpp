@@ -28,6 +28,7 @@ using testing::ElementsAre;
 std::vector<std::wstring> s_Calls;
 
 /// Records each call. "erneuerbar", "wirft" and "Abfrage wirft" are the sub-tests 1 to 3; sub-test 0 has no data.
+/// Sub-test 5 records the working directory and changes it.
 class CRecreateModel : public LuUnitTest, public IUnitTestRecreate
 {
     LB_RTTI(CRecreateModel)
@@ -51,7 +52,7 @@ public:
     void InitSubtests() override
     {
         s_Calls.emplace_back(L"InitSubtests");
-        for (const wchar_t* name : {L"ohne Daten", L"erneuerbar", L"wirft", L"Abfrage wirft", L"erneuerbar"})
+        for (const wchar_t* name : {L"ohne Daten", L"erneuerbar", L"wirft", L"Abfrage wirft", L"erneuerbar", L"Umzug"})
         {
             AddSubtest(name, [] { s_Calls.emplace_back(L"sub-test"); });
         }
@@ -76,6 +77,11 @@ public:
         if (subtest == 2)
         {
             throw 42;
+        }
+        if (subtest == 5)
+        {
+            s_Calls.push_back(LbOs::GetWorkingDirectory());
+            LbOs::SetWorkingDirectory(LbOs::GetTemporaryDirectory());
         }
     }
 };
@@ -403,6 +409,15 @@ TEST_F(RunRecreatePlaces, AreTheExecutablesFolderDuringAndTheFormerFolderAfterwa
     LuTestSuiteRun::Recreate(m_startedHere, {MakeModel({L"erneuerbar"})}, ETargetSystem(), false, m_callbacks);
 
     EXPECT_EQ(meanwhile + LbPath::c_Separator, LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+    EXPECT_EQ(LbOs::GetWorkingDirectory(), m_before);
+}
+
+TEST_F(RunRecreatePlaces, AreTheExecutablesFolderAfterACaseThatChangesIt)
+{
+    LuTestSuiteRun::Recreate(m_startedHere, {MakeModel({L"Umzug", L"Umzug"})}, ETargetSystem(), false, m_callbacks);
+
+    const std::wstring directory = LbPath::WithoutSeparator(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+    EXPECT_EQ(std::ranges::count(s_Calls, directory), 2);
     EXPECT_EQ(LbOs::GetWorkingDirectory(), m_before);
 }
 

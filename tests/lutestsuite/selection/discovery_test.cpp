@@ -7,12 +7,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "tests/lutestsuite/selection/discoverymodels.h"
 #include "tests/support/capturedoutput.h"
 #include "tests/support/scopedfolder.h"
+#include "tests/support/scopedworkingdirectory.h"
 
 namespace
 {
@@ -352,6 +354,38 @@ TEST_F(ScanDirectoryForUnitTests, AsksTheInstanceInOrderAndDestroysIt)
     EXPECT_THAT(journal.calls, ElementsAre(L"SetDataDirectory " + directory, L"InitSubtests", L"GetSubtestCount",
                                            L"GetSubtestName 0", L"GetSubtestName 1"));
     EXPECT_EQ(journal.alive, 0);
+}
+
+TEST_F(ScanDirectoryForUnitTests, StartsEachClassInTheFolderOfTheExecutable)
+{
+    m_folder.MakeFolder(L"a/CScanMoves");
+    m_folder.MakeFolder(L"b/CScanMoves");
+    const ScopedWorkingDirectory here(m_folder.GetPath());
+    const std::wstring before = LbOs::GetWorkingDirectory();
+
+    const std::vector<SUnitTest> tests = Scan();
+
+    ASSERT_EQ(tests.size(), 2U);
+    for (const SUnitTest& test : tests)
+    {
+        EXPECT_EQ(LbPath::WithSeparator(test.cases.at(0).name),
+                  LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
+    }
+    EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
+}
+
+TEST_F(ScanDirectoryForUnitTests, SearchesARelativeDirectoryAlthoughAClassChangesTheWorkingDirectory)
+{
+    m_folder.MakeFolder(L"Daten/a/CScanMoves");
+    m_folder.MakeFolder(L"Daten/b/CScanMoves");
+    const ScopedWorkingDirectory here(m_folder.GetPath());
+    const std::wstring before = LbOs::GetWorkingDirectory();
+
+    const std::vector<SUnitTest> tests = LuTestSuiteUtils::ScanDirectoryForUnitTests(L"Daten", true);
+
+    ASSERT_EQ(tests.size(), 2U);
+    EXPECT_EQ(tests[0].cases.at(0).name, before);
+    EXPECT_EQ(tests[1].cases.at(0).name, before);
 }
 
 TEST_F(ScanDirectoryForUnitTests, RemovesDisabledCasesOnRequest)

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "base/luunittest.h"
+#include "base/os/files.h"
 
 discoverymodels::SJournal& discoverymodels::SJournal::GetInstance()
 {
@@ -53,6 +54,17 @@ class CScanEmpty : public LuUnitTest
 {
     LB_RTTI(CScanEmpty)
     void InitSubtests() override {}
+};
+
+/// Its case has the name of the working directory, which it then changes.
+class CScanMoves : public LuUnitTest
+{
+    LB_RTTI(CScanMoves)
+    void InitSubtests() override
+    {
+        AddSubtest(LbOs::GetWorkingDirectory(), [] {});
+        LbOs::SetWorkingDirectory(LbOs::GetTemporaryDirectory());
+    }
 };
 
 /// Cannot be created by name.
@@ -173,6 +185,7 @@ LB_RTTI_CLASS(CScanNamed, LuUnitTest)
 LB_RTTI_CLASS(CScanFiles, LuUnitTest)
 LB_RTTI_CLASS(CScanOwnDirectory, LuUnitTest)
 LB_RTTI_CLASS(CScanEmpty, LuUnitTest)
+LB_RTTI_CLASS(CScanMoves, LuUnitTest)
 LB_RTTI_ABSTRACT(CScanAbstract, LuUnitTest)
 LB_RTTI_CLASS(CScanObject, IObject)
 LB_RTTI_CLASS(CScanThrowsWhenMade, LuUnitTest)
