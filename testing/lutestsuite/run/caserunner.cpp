@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
+#include "base/lbformat.h"
 #include "base/os/childprocess.h"
 #include "testing/lutestsuite/run/executor.h"
 
@@ -47,6 +50,30 @@ void appendLines(const std::wstring& lines, std::wstring& messages)
 {
     messages += lines.empty() || messages.empty() || messages.ends_with(L'\n') ? L"" : L"\n";
     messages += lines;
+}
+
+/// The messages of a case that WriteRequest has refused.
+std::wstring describeRefusal(const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase)
+{
+    const std::pair<const wchar_t*, const std::wstring*> names[] = {{L"Der Klassenname", &unitTest.className},
+                                                                    {L"Der Name des Testfalls", &testCase.name},
+                                                                    {L"Das Datenverzeichnis", &unitTest.dataDirectory}};
+    std::wstring text;
+    for (const auto& [kind, name] : names)
+    {
+        if (const std::size_t length = LbEncoding::ToUtf16(*name).size(); length >= c_NameCapacity)
+        {
+            text += LbFormat(L"\t\tERROR: %s ist zu lang: %u Zeichen, höchstens %u sind möglich\n", kind, length,
+                             c_NameCapacity - 1);
+        }
+    }
+    return text;
+}
+
+void refuse(const SPlannedCase& planned, SCaseEnd& end)
+{
+    end.kind = ECaseEnd::Refused;
+    planned.info.messages = describeRefusal(planned.unitTest, planned.testCase);
 }
 
 /// Counts only among the next few cases, because no more processes are started in advance.
@@ -120,7 +147,7 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
         const CWorkBufferWriteView buffer = m_buffer->GetWriteAccess();
         if (!WriteRequest(*buffer, planned.unitTest, planned.testCase, planned.params))
         {
-            end.kind = ECaseEnd::Refused;
+            refuse(planned, end);
             return;
         }
         const LuTestSuite::CUnderWay underWay(*m_crashThread, LuTestSuite::EActivity::RunCase, buffer->className,
@@ -149,7 +176,7 @@ void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome, 
     CChildChannel& channel = m_external.Obtain(params.isolated);
     if (!WriteRequest(*channel.GetBuffer().GetWriteAccess(), planned.unitTest, planned.testCase, params))
     {
-        end.kind = ECaseEnd::Refused;
+        refuse(planned, end);
         return;
     }
     channel.Submit();

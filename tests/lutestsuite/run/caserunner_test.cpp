@@ -91,7 +91,11 @@ TEST_F(CaseRunner, AcceptsANameOf1023Characters)
 
 TEST_F(CaseRunner, RefusesANameOf1024Characters)
 {
-    EXPECT_EQ(Run(std::wstring(1024, L'n')).result, ECaseRunResult::Unknown);
+    const SCaseInfo info = Run(std::wstring(1024, L'n'));
+
+    EXPECT_EQ(info.result, ECaseRunResult::Unknown);
+    EXPECT_EQ(info.messages,
+              L"\t\tERROR: Der Name des Testfalls ist zu lang: 1024 Zeichen, höchstens 1023 sind möglich\n");
 }
 
 TEST_F(CaseRunner, DoesNotChangeTheRecordOfACanceledCase)
