@@ -4,7 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "base/lbformat.h"
 #include "testing/lutestsuite/selection/wildcard.h"
 
 namespace
@@ -75,9 +74,9 @@ void LuTestSuite::CElementNames::Compile(const CStackLimit& limit, std::vector<s
         {
             m_expressions.push_back({index, {GetWildcardExpression(name), name, limit}});
         }
-        catch (const std::regex_error&)
+        catch (const std::regex_error& error)
         {
-            messages.push_back(LbFormat(L"Ungültiger Name '%s'", name));
+            messages.push_back(DescribeRefusal(error, L"Ungültiger Name", name));
         }
         catch (const std::wstring& message)
         {

@@ -71,6 +71,12 @@ private:
     const CStackLimit* m_limit = nullptr;
 };
 
+/// A message quotes only the beginning of a long text.
+std::wstring shorten(const std::wstring& text)
+{
+    return text.size() > c_MostShownCharacters ? text.substr(0, c_MostShownCharacters) + L"..." : text;
+}
+
 /// Runs `operation`; if the stack is exhausted, throws a message that names the expression.
 template<typename T>
 auto watchStack(const std::wstring& text, const T& operation)
@@ -81,13 +87,25 @@ auto watchStack(const std::wstring& text, const T& operation)
     }
     catch (const CStackExhausted&)
     {
-        const bool isLong = text.size() > c_MostShownCharacters;
-        throw LbFormat(L"Regulärer Ausdruck '%s%s' braucht mehr Stack, als es gibt",
-                       text.substr(0, c_MostShownCharacters), isLong ? L"..." : L"");
+        throw LbFormat(L"Regulärer Ausdruck '%s' braucht mehr Stack, als es gibt", shorten(text));
     }
 }
 
 } // namespace
+
+std::wstring LuTestSuite::DescribeRefusal(const std::regex_error& error, std::wstring_view invalid,
+                                          const std::wstring& text)
+{
+    switch (error.code())
+    {
+    case std::regex_constants::error_space:
+    case std::regex_constants::error_complexity:
+    case std::regex_constants::error_stack:
+        return LbFormat(L"Regulärer Ausdruck '%s' ist zu groß", shorten(text));
+    default:
+        return LbFormat(L"%s '%s'", invalid, shorten(text));
+    }
+}
 
 void LuTestSuite::RunOnExpressionStack(const std::function<void(const CStackLimit&)>& function)
 {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <regex>
 #include <string>
+#include <string_view>
 
 #include "testing/lutestsuite/selection/stacklimit.h"
 
@@ -16,6 +17,10 @@ namespace LuTestSuite
 /// Runs `function` on a thread with a large stack, waits for its end and passes its exception on. Throws LbException if
 /// the thread cannot be started; then `function` was not called.
 void RunOnExpressionStack(const std::function<void(const CStackLimit&)>& function);
+
+/// The message about an expression that the engine refuses: it is invalid, or exceeds a limit of the engine. Begins
+/// with `invalid` in the first case; `text` names the expression.
+std::wstring DescribeRefusal(const std::regex_error& error, std::wstring_view invalid, const std::wstring& text);
 
 /// A compiled expression. Use it only inside RunOnExpressionStack and with the limit of that call, to which it keeps a
 /// reference. Each operation throws a German message as std::wstring that names the expression if the stack is

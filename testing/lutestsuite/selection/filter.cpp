@@ -79,9 +79,9 @@ private:
         {
             m_expressions.Add(pattern.source, pattern.syntax ? &*pattern.syntax : nullptr, limit);
         }
-        catch (const std::regex_error&)
+        catch (const std::regex_error& error)
         {
-            throw LbFormat(L"Ungültiger regulärer Ausdruck '%s'", pattern.source);
+            throw LuTestSuite::DescribeRefusal(error, L"Ungültiger regulärer Ausdruck", pattern.source);
         }
     }
 
