@@ -14,9 +14,12 @@ using LuTestSuite::SCodeRange;
 using LuTestSuite::SExpressionSyntax;
 using LuTestSuite::SSyntaxNode;
 
-/// The largest number of states of an expression. Each character of a text may cost this number of steps, so the
+/// The largest number of nodes of an expression. Each character of a text may cost this number of steps, so the
 /// standard library handles larger expressions.
-constexpr std::size_t c_LargestExpression = 15'000;
+constexpr std::size_t c_MostNodes = 15'000;
+
+/// The standard library refuses expressions of more than 100,000 states; a few do not belong to the tree.
+constexpr std::size_t c_MostEngineStates = 99'000;
 
 /// Limit for the numbers stored in states and transitions. Beyond it, all states are dropped and created as needed.
 constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
@@ -25,33 +28,48 @@ constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
 constexpr std::uint32_t c_Found = 0;
 constexpr std::uint32_t c_Dead = 1;
 
-/// An upper bound of the states that the standard library creates for the tree, including copies for repetition counts.
-/// Not more than c_LargestExpression + 1.
-std::size_t getSize(const SSyntaxNode& tree)
+/// How the size of an expression is counted.
+struct SMeasure
+{
+    std::size_t limit;       ///< larger sizes are not told apart
+    std::size_t group;       ///< size of each node of the tree except characters
+    std::size_t alternative; ///< size of each child of a choice, in addition
+    std::size_t copies;      ///< copies of a repeated child, in addition
+};
+
+/// The nodes of the automaton. An empty group counts, too, because its repetitions take time.
+constexpr SMeasure c_Nodes = {c_MostNodes + 1, 1, 1, 0};
+
+/// An upper bound of the states that the standard library creates.
+constexpr SMeasure c_EngineStates = {c_MostEngineStates + 1, 3, 3, 1};
+
+/// The size of the tree, including the copies for repetition counts.
+std::size_t getSize(const SSyntaxNode& tree, const SMeasure& measure)
 {
     if (tree.kind == SSyntaxNode::EKind::Character)
     {
         return 1;
     }
-    std::size_t size = 3;
+    std::size_t size = measure.group;
     for (const SSyntaxNode& child : tree.children)
     {
-        const std::size_t joint = tree.kind == SSyntaxNode::EKind::Choice ? 3 : 0;
-        size = std::min(size + getSize(child) + joint, c_LargestExpression + 1);
+        const std::size_t joint = tree.kind == SSyntaxNode::EKind::Choice ? measure.alternative : 0;
+        size = std::min(size + getSize(child, measure) + joint, measure.limit);
     }
     if (tree.kind == SSyntaxNode::EKind::Repeat)
     {
         const bool isUnlimited = tree.maximum == SSyntaxNode::sc_Unlimited;
-        size *= std::size_t{isUnlimited ? tree.minimum + 1 : tree.maximum} + 1;
+        size *= std::size_t{isUnlimited ? tree.minimum + 1 : std::max(tree.maximum, 1U)} + measure.copies;
     }
-    return std::min(size, c_LargestExpression + 1);
+    return std::min(size, measure.limit);
 }
 
 } // namespace
 
 bool CAutomaton::CanTake(const SExpressionSyntax& syntax)
 {
-    return syntax.isRegular && getSize(syntax.root) <= c_LargestExpression;
+    return syntax.isRegular && getSize(syntax.root, c_Nodes) <= c_MostNodes &&
+           getSize(syntax.root, c_EngineStates) <= c_MostEngineStates;
 }
 
 void CAutomaton::Add(const SSyntaxNode& root)
