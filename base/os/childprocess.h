@@ -62,8 +62,9 @@ public:
     /// and on Windows. Two system calls; any thread.
     static void RestoreSignals() noexcept;
 
-    /// Starts a process; it inherits the handles that are inheritable. Null on failure. Any thread.
-    static std::unique_ptr<CChildProcess> Start(const SChildOptions& options);
+    /// Starts a process; it inherits the handles that are inheritable. Null on failure; then `failure` describes the
+    /// failed system call. Any thread.
+    static std::unique_ptr<CChildProcess> Start(const SChildOptions& options, std::wstring* failure = nullptr);
 
     /// See SChildOptions::endsWithOwner. On Linux ends only processes in the child's group.
     ~CChildProcess();

@@ -13,6 +13,7 @@
 #include "base/os/linux/childstart.h"
 #include "base/os/linux/descriptor.h"
 #include "base/os/linux/keeper.h"
+#include "base/os/linux/namedfile.h"
 #include "base/os/linux/processfile.h"
 #include "base/os/linux/processtree.h"
 
@@ -185,19 +186,25 @@ void CChildProcess::SState::EndOrphans()
 
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
-std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
+std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options, std::wstring* failure)
 {
     Linux::SStart start = Linux::PrepareStart(options);
     if (start.words.empty())
     {
+        errno = EINVAL;
+        Linux::DescribeFailure(failure, "execve");
         return nullptr;
     }
     auto state = std::make_unique<SState>();
     state->endsWithOwner = options.endsWithOwner;
     state->mark = start.mark;
     state->group = start.group = options.endsWithOwner ? Linux::TakeKeptGroup() : nullptr;
-    const bool isKept = !options.endsWithOwner || start.group != nullptr;
-    state->process = isKept ? Linux::StartProcess(start, state->file) : -1;
+    if (options.endsWithOwner && start.group == nullptr)
+    {
+        Linux::DescribeMissingKeeper(failure);
+        return nullptr;
+    }
+    state->process = Linux::StartProcess(start, state->file, failure);
     if (state->process <= 0)
     {
         Linux::ReleaseKeptGroup(start.group);

@@ -5,6 +5,7 @@
 
 #include "base/os/childoutput.h"
 #include "base/os/windows/api.h"
+#include "base/os/windows/namedobject.h"
 
 namespace LbOs
 {
@@ -84,8 +85,14 @@ const wchar_t* orNull(const std::wstring& text)
 }
 
 /// Starts a process that is in its job from its first instruction on. Null on failure.
-Windows::Handle start(const SChildOptions& options, HANDLE job)
+Windows::Handle start(const SChildOptions& options, HANDLE job, std::wstring* failure)
 {
+    if (options.commandLine.size() >= c_LongestCommandLine)
+    {
+        SetLastError(ERROR_FILENAME_EXCED_RANGE);
+        Windows::DescribeFailure(failure);
+        return Windows::Handle();
+    }
     CStartAttributes attributes(job);
     Windows::Handle nothing;
     Windows::Handle errors;
@@ -109,10 +116,11 @@ Windows::Handle start(const SChildOptions& options, HANDLE job)
     std::wstring commandLine = options.commandLine; // The system writes into it.
     PROCESS_INFORMATION process = {};
     const DWORD flags = EXTENDED_STARTUPINFO_PRESENT | (options.isSilent ? CREATE_NO_WINDOW : 0U);
-    if (!attributes.IsReady() || commandLine.size() >= c_LongestCommandLine ||
+    if (!attributes.IsReady() ||
         CreateProcessW(orNull(options.program), commandLine.data(), nullptr, nullptr, TRUE, flags, nullptr,
                        orNull(options.workingDirectory), &startup.StartupInfo, &process) == FALSE)
     {
+        Windows::DescribeFailure(failure);
         return Windows::Handle();
     }
     CloseHandle(process.hThread);
@@ -127,12 +135,17 @@ void CChildProcess::PrepareStarts() {}
 
 CChildProcess::CChildProcess(std::unique_ptr<SState> state) : m_state(std::move(state)) {}
 
-std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options)
+std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options, std::wstring* failure)
 {
     auto state = std::make_unique<SState>();
     state->endsWithOwner = options.endsWithOwner;
     state->job = makeJob(options.endsWithOwner);
-    state->process = state->job ? start(options, state->job.get()) : Windows::Handle();
+    if (!state->job)
+    {
+        Windows::DescribeFailure(failure);
+        return nullptr;
+    }
+    state->process = start(options, state->job.get(), failure);
     return state->process ? std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state))) : nullptr;
 }
 

@@ -15,6 +15,7 @@
 #include "base/os/childoutput.h"
 #include "base/os/files.h"
 #include "base/os/linux/descriptor.h"
+#include "base/os/linux/namedfile.h"
 #include "base/os/linux/openfiles.h"
 #include "base/os/linux/processtree.h"
 #include "base/os/linux/rawcalls.h"
@@ -130,28 +131,54 @@ bool enterGroup(const SStart& start)
     return Call(SYS_getppid) == start.owner;
 }
 
-/// Prepares the child and runs its program; returns only on failure.
+/// Prepares the child and runs its program. Returns the step that failed.
+EStep runProgram(const SStart& start)
+{
+    if (!enterGroup(start))
+    {
+        return eS_EnterGroup;
+    }
+    resetSignals(start);
+    if (!redirectToNothing(start.isSilent))
+    {
+        return eS_OpenNull;
+    }
+    if (!start.workingDirectory.empty() && Call(SYS_chdir, start.workingDirectory.c_str()) != 0)
+    {
+        return eS_ChangeDirectory;
+    }
+    redirectErrors(start.errorPath);
+    RestoreOpenFileLimit();
+    const auto execute = start.isSearched ? &execvpe : &execve;
+    execute(start.program.c_str(), start.arguments.data(), start.environment.data());
+    return eS_Execute;
+}
+
+/// The child's function; returns only on failure.
 int becomeProgram(void* argument)
 {
     constexpr int c_CannotStart = 127;
     auto& start = *static_cast<SStart*>(argument);
     Call(SYS_setpgid, 0, 0);
-    if (enterGroup(start))
-    {
-        resetSignals(start);
-        const bool isReady = redirectToNothing(start.isSilent) &&
-                             (start.workingDirectory.empty() || Call(SYS_chdir, start.workingDirectory.c_str()) == 0);
-        if (isReady)
-        {
-            redirectErrors(start.errorPath);
-            RestoreOpenFileLimit();
-            const auto execute = start.isSearched ? &execvpe : &execve;
-            execute(start.program.c_str(), start.arguments.data(), start.environment.data());
-        }
-    }
-    start.hasFailed = true;
+    start.failedStep = runProgram(start);
+    start.error = errno;
     Call(SYS_exit_group, c_CannotStart);
     return c_CannotStart;
+}
+
+/// Stores the step that failed in the child, and the system's reason.
+void describeChildFailure(const SStart& start, std::wstring* failure)
+{
+    if (start.failedStep == eS_EnterGroup)
+    {
+        DescribeMissingKeeper(failure);
+        return;
+    }
+    errno = start.error;
+    DescribeFailure(failure, (start.failedStep == eS_OpenNull          ? "open /dev/null"
+                              : start.failedStep == eS_ChangeDirectory ? "chdir " + start.workingDirectory
+                                                                       : "execve " + start.program)
+                                 .c_str());
 }
 
 /// Returns the child's id and stores its descriptor in `file`, or -1 if the system has no free descriptor.
@@ -233,7 +260,7 @@ SStart PrepareStart(const SChildOptions& options)
 /// Like fork(), but shares the memory and blocks the caller until the program runs: copying the page tables of a large
 /// process would take most of the time. The child reports failure through the shared memory, because tests may close
 /// any descriptor.
-pid_t StartProcess(SStart& start, CProcessFile& file)
+pid_t StartProcess(SStart& start, CProcessFile& file, std::wstring* failure)
 {
     constexpr std::uint64_t c_AllSignals = ~std::uint64_t{0};
     constexpr std::uintptr_t c_Alignment = 16;
@@ -242,14 +269,19 @@ pid_t StartProcess(SStart& start, CProcessFile& file)
     int opened = -1;
     Call(SYS_rt_sigprocmask, SIG_SETMASK, &c_AllSignals, &start.blocked, c_SignalSetSize);
     const pid_t process = cloneProcess(start, top, opened);
+    const int error = errno;
     Call(SYS_rt_sigprocmask, SIG_SETMASK, &start.blocked, 0, c_SignalSetSize);
-    if (process > 0)
+    if (process < 0)
     {
-        file.Adopt(process, opened);
+        errno = error;
+        DescribeFailure(failure, "clone");
+        return process;
     }
-    if (process > 0 && start.hasFailed)
+    file.Adopt(process, opened);
+    if (start.failedStep != eS_None)
     {
         reap(process);
+        describeChildFailure(start, failure);
         return -1;
     }
     return process;

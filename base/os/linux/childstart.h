@@ -23,6 +23,16 @@ struct SSignals
     std::uint64_t ignored = 0;
 };
 
+/// A step of the child before its program runs, which may fail.
+enum EStep : int
+{
+    eS_None,
+    eS_EnterGroup,
+    eS_OpenNull,
+    eS_ChangeDirectory,
+    eS_Execute
+};
+
 /// All data that the child needs, prepared in advance: before it runs its program it may only make system calls.
 struct SStart
 {
@@ -41,13 +51,15 @@ struct SStart
     std::optional<SSignals> prepared; ///< empty: the child inherits the caller's signal state
     std::unique_ptr<char[]> stack;    ///< the child's stack
     std::size_t stackSize = 0;
-    volatile bool hasFailed = false; ///< set by the child
+    volatile EStep failedStep = eS_None; ///< set by the child
+    volatile int error = 0;              ///< set by the child
 };
 
 SStart PrepareStart(const SChildOptions& options);
 
-/// The id of the process, which then runs its program; -1 on failure. Stores its descriptor in `file` if it gets one.
-pid_t StartProcess(SStart& start, CProcessFile& file);
+/// The id of the process, which then runs its program; -1 on failure, which `failure` then describes unless it is null.
+/// Stores the descriptor of the process in `file` if it gets one.
+pid_t StartProcess(SStart& start, CProcessFile& file, std::wstring* failure);
 
 /// Records the signals that the calling thread blocks and that the process ignores, for `prepared`. Any thread.
 void RecordSignals() noexcept;

@@ -170,16 +170,29 @@ TEST(OsChildProcess, StartsWhileOthersCloseFiles)
     EXPECT_EQ(status, 0);
 }
 
+/// Expects that the start fails for this reason; on Windows only an error code is known.
+void ExpectFailure(const LbOs::SChildOptions& options, const std::wstring& linuxReason)
+{
+    std::wstring failure;
+    EXPECT_EQ(CChildProcess::Start(options, &failure), nullptr);
+    EXPECT_TRUE(failure == linuxReason || failure.starts_with(L"Systemfehler ")) << LbEncoding::ToUtf8(failure);
+}
+
 TEST(OsChildProcess, DoesNotStartWithoutAProgram)
 {
     LbOs::SChildOptions options;
     options.program = LbOs::GetExecutablePath() + L"-gibt es nicht";
     options.commandLine = L"a";
 
-    EXPECT_EQ(CChildProcess::Start(options), nullptr);
+    ExpectFailure(options, L"execve " + options.program + L": No such file or directory");
     options.program.clear();
     options.commandLine = LbCommandLine::Quote(LbOs::GetExecutablePath() + L"-gibt es nicht");
-    EXPECT_EQ(CChildProcess::Start(options), nullptr);
+    ExpectFailure(options, L"execve " + LbOs::GetExecutablePath() + L"-gibt es nicht: No such file or directory");
+}
+
+TEST(OsChildProcess, DoesNotStartWithoutACommandLine)
+{
+    ExpectFailure({}, L"execve: Invalid argument");
 }
 
 TEST(OsChildProcess, DoesNotStartWithoutItsWorkingDirectory)
@@ -188,7 +201,7 @@ TEST(OsChildProcess, DoesNotStartWithoutItsWorkingDirectory)
     LbOs::SChildOptions options = GetProbeOptions(L"exit 0");
     options.workingDirectory = folder.GetPathOf(L"fehlt");
 
-    EXPECT_EQ(CChildProcess::Start(options), nullptr);
+    ExpectFailure(options, L"chdir " + options.workingDirectory + L": No such file or directory");
 }
 
 TEST(OsChildProcess, ReceivesItsArgumentsUnchanged)

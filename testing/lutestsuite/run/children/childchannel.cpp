@@ -120,8 +120,9 @@ bool CChildChannel::ensureNames()
         m_objects = std::move(objects);
         return true;
     }
-    catch (const LbException&)
+    catch (const LbException& exception)
     {
+        m_startFailure = exception.GetMessageText();
         return false;
     }
 }
@@ -162,7 +163,7 @@ void CChildChannel::startChild()
     PrepareChildEnds();
     m_errors.Renew();
     options.errors = m_errors.GetFile();
-    m_child = LbOs::CChildProcess::Start(options);
+    m_child = LbOs::CChildProcess::Start(options, &m_startFailure);
     m_processIndex = sc_iNone;
     m_isSpare = m_hasAnswered = false;
     m_sharing.Forget();
@@ -238,7 +239,7 @@ void CChildChannel::submit()
 
 std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled)
 {
-    m_end = m_child ? SCaseEnd() : MakeMissingChild();
+    m_end = m_child ? SCaseEnd() : MakeMissingChild(m_startFailure);
     if (!m_child)
     {
         return sc_iNone;
@@ -420,7 +421,7 @@ void CChildChannel::describeEnd(EEnd end)
 {
     if (!m_child)
     {
-        m_end = MakeMissingChild();
+        m_end = MakeMissingChild(m_startFailure);
         return;
     }
     m_end.kind = toCaseEnd(end);

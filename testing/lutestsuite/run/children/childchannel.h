@@ -178,6 +178,7 @@ private:
     CChildErrors m_errors;
     std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if the run does not examine crashes
     std::unique_ptr<LbOs::CChildProcess> m_child;
+    std::wstring m_startFailure; ///< why the last start failed
     SCaseEnd m_end;
     std::int32_t m_processIndex = sc_iNone;
     std::uint32_t m_number = 0;           ///< of the last request

@@ -139,11 +139,12 @@ void FindReason(SCaseEnd& end)
     end.reason += isLackOfMemory(end.exitStatus, end.lastLines) ? L", wohl aus Speichermangel" : L"";
 }
 
-SCaseEnd MakeMissingChild()
+SCaseEnd MakeMissingChild(const std::wstring& failure)
 {
     SCaseEnd end;
     end.kind = ECaseEnd::ChildMissing;
-    end.reason = L"Der Prozess des Testfalls konnte nicht gestartet werden";
+    end.reason = std::wstring(LuTestSuite::c_ProcessEnd) + L"konnte nicht gestartet werden";
+    end.reason += failure.empty() ? L"" : L": " + failure;
     return end;
 }
 

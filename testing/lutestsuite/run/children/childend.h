@@ -48,11 +48,11 @@ std::vector<std::wstring> ReadLastLines(const LbOs::CChildOutput* file, std::uin
 /// Completes the record of a case whose child has ended, from the child's exit status and last lines.
 void FindReason(SCaseEnd& end);
 
-/// Completes the record of a case whose child could not be started.
-SCaseEnd MakeMissingChild();
+/// The record of a case whose child could not be started, for the given reason.
+SCaseEnd MakeMissingChild(const std::wstring& failure);
 
-/// Writes an error line with the reason, if there is one; the last lines of an ended child, the place of its dump and
-/// then the stacks follow as information lines. A missing dump is a warning.
+/// Writes an error line with the reason, if there is one; the last lines of the child, the place of its dump and then
+/// the stacks follow as information lines. A missing dump is a warning.
 std::wstring DescribeCaseEnd(const SCaseEnd& end);
 
 /// Reads how many processes were killed for lack of memory, so that FindReason notices later ones. Any thread; only the
