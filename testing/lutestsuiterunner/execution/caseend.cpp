@@ -19,13 +19,13 @@ std::wstring join(const std::wstring& prefix, const std::vector<std::wstring>& l
     return text;
 }
 
-/// The run has appended the lines to all other messages.
-void removeLastLines(const std::vector<std::wstring>& lines, std::wstring& messages)
+/// Removes information lines that the run has appended to all other messages. False if they are not the last ones.
+bool removeLastLines(const std::vector<std::wstring>& lines, std::wstring& messages)
 {
-    if (const std::wstring tail = join(L"\t\tINFO:  ", lines); messages.ends_with(tail))
-    {
-        messages.resize(messages.size() - tail.size());
-    }
+    const std::wstring tail = join(L"\t\tINFO:  ", lines);
+    const bool isLast = messages.ends_with(tail);
+    messages.resize(messages.size() - (isLast ? tail.size() : 0));
+    return isLast;
 }
 
 } // namespace
@@ -44,8 +44,10 @@ SCaseEnded MakeCaseEnd(const LuTestSuiteRun::SCaseFinished& finished)
     record.processId = finished.end.processId;
     record.exitStatus = finished.end.exitStatus;
     record.reason = finished.end.reason;
-    // If there is a reason, the messages contain the last lines.
-    record.output = record.reason.empty() ? join(L"", finished.end.lastLines) : L"";
+    // Below a reason, the last lines stay in the messages.
+    const std::vector<std::wstring>& lines = finished.end.lastLines;
+    const bool isMoved = record.reason.empty() && removeLastLines(lines, record.info.messages);
+    record.output = isMoved ? join(L"", lines) : L"";
     record.stacks = join(L"", stacks);
     record.core = finished.end.dumpFile;
     return record;

@@ -271,7 +271,7 @@ TEST_F(RunEvents, TellWhatACaseHadWrittenAtItsTimeLimit)
     EXPECT_EQ(end.end.kind, ECaseEnd::TimedOut);
     EXPECT_THAT(end.end.lastLines, ElementsAre(L"vor der Endlosschleife"));
     EXPECT_EQ(end.end.reason, L"");
-    EXPECT_EQ(end.info.messages, L"");
+    EXPECT_EQ(end.info.messages, L"\t\tINFO:  vor der Endlosschleife\n");
 }
 
 TEST_F(RunEvents, TellOfACaseWhoseNameIsTooLong)

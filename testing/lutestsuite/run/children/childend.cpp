@@ -154,10 +154,10 @@ std::wstring DescribeCaseEnd(const SCaseEnd& end)
     if (!end.reason.empty())
     {
         text += LbFormat(L"\t\tERROR: %s\n", end.reason);
-        for (const std::wstring& line : end.lastLines)
-        {
-            text += toInfoLine(line);
-        }
+    }
+    for (const std::wstring& line : end.lastLines)
+    {
+        text += toInfoLine(line);
     }
     if (!end.dumpFile.empty())
     {
