@@ -302,6 +302,26 @@ TEST_F(HostArchive, UsesTheModulesOfTheCommandLine)
     EXPECT_NE(overview.find("100.00% (2/2)"), std::string::npos) << overview;
 }
 
+TEST_F(HostArchive, UsesTheSelectionOfTheCommandLine)
+{
+    m_folder.MakeFolder(L"Daten und mehr/CPassedModel");
+
+    const SHostRun run = RunPlain({L"--archive-run", Configure(), L"--dll", L"resultmodels", L"-i", L":eins$"});
+
+    const std::string overview = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"Ausgabe/index.html"));
+    EXPECT_NE(overview.find("100.00% (1/1)"), std::string::npos) << overview;
+    EXPECT_EQ(run.output.find("Warnung"), std::string::npos) << run.output;
+}
+
+TEST_F(HostArchive, WarnsOfARunWithoutCases)
+{
+    const SHostRun run = RunPlain({L"--archive-run", Configure(), L"-i", L"gibt es nicht"});
+
+    EXPECT_NE(run.output.find("Warnung: Der archivierte Lauf hat keinen Testfall ausgeführt.\n"), std::string::npos)
+        << run.output;
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
 /// Creates the reports of all seconds in which the run may begin.
 TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
 {

@@ -22,7 +22,7 @@ struct SArchiveRun
     std::wstring dataDir;
     std::wstring outDir; ///< reports are stored in "Archive" below this folder
     LuTestSuiteRun::SParams params;
-    std::vector<std::wstring> dlls; ///< test modules named on the command line; the configuration lists none
+    std::wstring callArguments; ///< arguments for modules and selection, which only the command line can name
 };
 
 /// Files of the child process, which are moved to the archive.

@@ -1,7 +1,11 @@
 /// Reads the configuration of archive runs.
 
+#include <utility>
+
+#include "base/lbcommandline.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
+#include "base/os/files.h"
 #include "base/xmlnode.h"
 #include "testing/lutestsuite/archive/archive.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
@@ -49,6 +53,27 @@ void checkOneOf(const std::wstring& value, const wchar_t* first, const wchar_t* 
     }
 }
 
+std::wstring getCallArguments(const LuTestSuiteSetup& setup)
+{
+    std::wstring arguments;
+    for (const auto& [option, values] :
+         {std::pair(L"--dll", &setup.dlls), std::pair(L"-i", &setup.includes), std::pair(L"-e", &setup.excludes)})
+    {
+        for (const std::wstring& value : *values)
+        {
+            arguments += LbFormat(L" %s %s", option, LbCommandLine::Quote(value));
+        }
+    }
+    if (!setup.includeConfig.empty())
+    {
+        // The child runs in another folder.
+        const std::wstring path = LbOs::GetFullPath(setup.includeConfig);
+        arguments += LbFormat(L" --include-config %s", LbCommandLine::Quote(path));
+    }
+    arguments += setup.noRegex ? L" --no-regex" : L"";
+    return arguments;
+}
+
 SArchiveRun readRun(const XMLNode& node, const LuTestSuiteSetup& setup)
 {
     SArchiveRun run;
@@ -59,7 +84,7 @@ SArchiveRun readRun(const XMLNode& node, const LuTestSuiteSetup& setup)
     }
     checkOneOf(run.config, L"Debug", L"Release", L"Ungültige Konfiguration");
     checkOneOf(run.platform, L"Win32", L"x64", L"Ungültige Platform");
-    run.dlls = setup.dlls;
+    run.callArguments = getCallArguments(setup);
     run.params = getDefaults(setup);
     LuTestSuiteUtils::GetRunParam(node, run.params);
     return run;

@@ -9,6 +9,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbuniqueid.h"
+#include "base/xmlnode.h"
 #include "testing/lutestsuite/archive/archive.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
@@ -156,6 +157,17 @@ void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const
     }
 }
 
+/// Without a readable report it is not known how many cases ran.
+void warnOfNoCases(const std::wstring& report)
+{
+    XMLDocument document;
+    if (document.Load(report, "testsuite") == XMLDocument::EResult::Ok &&
+        document.GetRoot().GetChild("Statistics").GetChild("CasesTotal").GetText() == L"0")
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Der archivierte Lauf hat keinen Testfall ausgeführt.\n");
+    }
+}
+
 /// A drive keeps its separator: without it the name would mean the drive's working directory.
 std::wstring withoutSeparators(std::wstring directory)
 {
@@ -185,10 +197,7 @@ std::wstring LuTestSuite::GetArchiveRunArguments(const SArchiveRun& run, const S
     arguments += params.verbose ? L" -v" : L"";
     arguments += params.repetitions > 1 ? LbFormat(L" -r %u", params.repetitions) : std::wstring();
     arguments += LbFormat(L" -t %u -c %u", params.timeOutSec, params.testCaseMax);
-    for (const std::wstring& dll : run.dlls)
-    {
-        arguments += LbFormat(L" --dll %s", LbCommandLine::Quote(dll));
-    }
+    arguments += run.callArguments;
     return arguments;
 }
 
@@ -202,6 +211,7 @@ void LuTestSuite::ExecuteArchiveRun(SArchiveRun run, std::uint32_t timeOutSec)
     LuTestSuiteOut::Write(L"Ausführung...\n");
     LuTestSuiteOut::Write(L"%s %s\n", executable, arguments);
     LuTestSuiteUtils::ExecuteWithTimeout(executable, arguments, run.binaryDir, timeOutSec);
+    warnOfNoCases(reports.xml);
     moveReports(run, reports, timestamp);
     LbOs::RemoveFile(run.outDir + L"index");
     LuTestSuiteReport::GenerateReportDirectoryOverview(run.outDir, L"index", L"Archive", L"Report");
