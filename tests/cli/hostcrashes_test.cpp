@@ -11,6 +11,7 @@
 #include "base/lbpath.h"
 #include "base/os/platform.h"
 #include "tests/support/hostprocess.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -137,6 +138,30 @@ TEST_F(HostCrashes, NameTheCaseOfACrashedThread)
     EXPECT_TRUE(
         run.errors.ends_with(ToPlatformLines("\nFehler: In Arbeit: 'CCrashModel:Zugriffsverletzung im Thread'\n")))
         << run.errors;
+}
+
+/// The host waits for a reader of the page, and the thread for the other report.
+TEST_F(HostCrashes, AreReportedUntilTheReportsAreWritten)
+{
+    if (c_HasSanitizer)
+    {
+        GTEST_SKIP() << "sanitizers end what crashes";
+    }
+    const ScopedFolder reports;
+    const std::wstring xml = reports.GetPathOf(L"Bericht.xml");
+    const std::wstring page = reports.GetPathOf(L"Seite.html");
+    if (!LbOs::MakePipe(page))
+    {
+        GTEST_SKIP() << "pipes cannot be created in folders here";
+    }
+    SHostOptions options;
+    options.variables = {{L"LUTESTSUITE_TEST_LINE", xml}};
+
+    const SHostRun run = RunHost({L"-d", m_folder.GetPath(), L"--dll", L"crashmodels", L"-i",
+                                  L":Zugriffsverletzung nach dem Lauf$", L"--xml", xml, L"--html", page},
+                                 options);
+
+    EXPECT_TRUE(run.errors.starts_with("Fehler: Absturz: SIGSEGV (")) << run.errors;
 }
 
 class HostCrashesDuringTheSearch : public HostCrashes, public testing::WithParamInterface<std::vector<std::wstring>>

@@ -183,6 +183,19 @@ void crashInThread()
     std::thread([] { *s_nothing = 1; }).join();
 }
 
+/// Leaves a thread that crashes when the file that the test names exists.
+void crashLater()
+{
+    const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
+    std::thread([file = LbEncoding::FromUtf8(name == nullptr ? "" : name)] {
+        while (!LbFileSystem::Exists(file))
+        {
+            std::this_thread::yield();
+        }
+        *s_nothing = 1;
+    }).detach();
+}
+
 std::optional<long> s_copy;
 
 /// The copy crashes, and the case continues.
@@ -317,6 +330,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"eigene Behandlung", [] { crashIntoOwnHandler(); });
         AddSubtest(L"Exception im Thread", [] { throwOutOfThread(); });
         AddSubtest(L"Zugriffsverletzung im Thread", [] { crashInThread(); });
+        AddSubtest(L"Zugriffsverletzung nach dem Lauf", [] { crashLater(); });
         AddSubtest(L"Stapelüberlauf im Thread", [] { std::thread([] { overflowStack(0); }).join(); });
         AddSubtest(L"kein Speicher im Thread", [] { std::thread([] { throw std::bad_alloc(); }).join(); });
         AddSubtest(L"spricht von Speicher und endet", [] {

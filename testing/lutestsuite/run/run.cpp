@@ -94,8 +94,6 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
                     UnitTests& unitTests, CLeavingChildren& leaving)
 {
     constexpr const wchar_t* c_TimeFormat = L"Y-m-d H:i:s";
-    // Before the modules are loaded, so that the modules' handlers take precedence.
-    const LuTestSuite::CCrashNotes notes;
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
     CRunConsole console(setup, unitTests, getResultEnd(setup, watch.observer));
@@ -138,6 +136,9 @@ SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environmen
                const SRunOptions& options)
 {
     RequireReportPlaces(setup);
+    // Before the modules are loaded, so that the modules' handlers take precedence. Threads that cases have left may
+    // crash until the end.
+    const LuTestSuite::CCrashNotes notes;
     // At the very end the run waits for exiting children.
     CLeavingChildren leaving;
     UnitTests unitTests;
