@@ -37,8 +37,8 @@ LB_API void KillProcess(const SProcess& process);
 /// number if there is no limit, as on Windows. Callable from any thread.
 LB_API std::uint64_t GetProcessLimit() noexcept;
 
-/// True if the system allows the user so few processes and threads (fewer than 1024 on Linux) that optional ones could
-/// keep necessary ones from starting. False on Windows. Callable from any thread.
+/// True if the system allows the user so few more processes and threads (fewer than 1024 on Linux) that optional ones
+/// could keep necessary ones from starting. Counts existing ones once. False on Windows. Callable from any thread.
 LB_API bool HasFewProcesses() noexcept;
 
 /// How many of `wanted` threads can be started now: starts them and ends them again. Callable from any thread.

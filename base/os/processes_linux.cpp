@@ -6,6 +6,8 @@
 #include <charconv>
 #include <csignal>
 #include <filesystem>
+#include <limits>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -20,6 +22,7 @@
 #include "base/lbencoding.h"
 #include "base/os/linux/controlgroup.h"
 #include "base/os/linux/descriptor.h"
+#include "base/os/linux/usertasks.h"
 
 namespace
 {
@@ -43,6 +46,24 @@ std::atomic<pid_t> s_firstParent = [] {
     pthread_atfork(nullptr, nullptr, [] { s_firstParent = getppid(); });
     return getppid();
 }();
+
+/// How many processes and threads the user and the control group may have in addition. Without memory, 0.
+std::uint64_t countFreeProcesses() noexcept
+try
+{
+    rlimit limit = {};
+    std::uint64_t free = std::numeric_limits<std::uint64_t>::max();
+    if (getrlimit(RLIMIT_NPROC, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY)
+    {
+        const std::uint64_t used = LbOs::Linux::CountUserTasks("/proc");
+        free = limit.rlim_cur - std::min<std::uint64_t>(used, limit.rlim_cur);
+    }
+    return std::min(free, LbOs::Linux::GetFreeGroupProcesses().value_or(free));
+}
+catch (const std::bad_alloc&)
+{
+    return 0;
+}
 
 /// Threads that wait for one another, so that all of them exist at the same time.
 class CProbeThreads
@@ -143,7 +164,15 @@ std::uint64_t LbOs::GetProcessLimit() noexcept
 bool LbOs::HasFewProcesses() noexcept
 {
     constexpr std::uint64_t c_Few = 1024;
-    return GetProcessLimit() < c_Few;
+    constexpr std::uint64_t c_Many = 16384;
+    const std::uint64_t limit = GetProcessLimit();
+    if (limit < c_Few || limit >= c_Many)
+    {
+        // Counting may take milliseconds, and limits without a particular reason are larger.
+        return limit < c_Few;
+    }
+    static const std::uint64_t s_free = countFreeProcesses();
+    return s_free < c_Few;
 }
 
 unsigned LbOs::CountStartableThreads(unsigned wanted)

@@ -36,9 +36,9 @@ std::optional<std::uint64_t> readNumber(const std::string& path)
     return file >> number ? std::optional(number) : std::nullopt;
 }
 
-} // namespace
-
-std::optional<std::uint64_t> ReadGroupProcessLimit(std::string_view membership, const std::string& root)
+/// The least of the values of the group and of the groups that contain it, each read from the group's folder.
+template<typename F>
+std::optional<std::uint64_t> findLeast(std::string_view membership, const std::string& root, const F& read)
 {
     std::string group = findGroup(membership);
     if (group.empty())
@@ -50,20 +50,53 @@ std::optional<std::uint64_t> ReadGroupProcessLimit(std::string_view membership, 
     for (bool isRoot = false; !isRoot; group.resize(isRoot ? 0 : group.rfind('/')))
     {
         isRoot = group.empty() || group == "/";
-        const std::optional<std::uint64_t> limit = readNumber(root + (isRoot ? "" : group) + "/pids.max");
-        least = limit && (!least || *limit < *least) ? limit : least;
+        const std::optional<std::uint64_t> value = read(root + (isRoot ? "" : group));
+        least = value && (!least || *value < *least) ? value : least;
     }
     return least;
+}
+
+std::optional<std::uint64_t> readLimit(const std::string& folder)
+{
+    return readNumber(folder + "/pids.max");
+}
+
+std::optional<std::uint64_t> readFree(const std::string& folder)
+{
+    const std::optional<std::uint64_t> limit = readLimit(folder);
+    const std::uint64_t used = readNumber(folder + "/pids.current").value_or(0);
+    return limit ? std::optional(*limit - std::min(used, *limit)) : std::nullopt;
+}
+
+std::string readMembership()
+{
+    std::ifstream file("/proc/self/cgroup");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+constexpr const char* c_Root = "/sys/fs/cgroup";
+
+} // namespace
+
+std::optional<std::uint64_t> ReadGroupProcessLimit(std::string_view membership, const std::string& root)
+{
+    return findLeast(membership, root, readLimit);
+}
+
+std::optional<std::uint64_t> ReadFreeGroupProcesses(std::string_view membership, const std::string& root)
+{
+    return findLeast(membership, root, readFree);
+}
+
+std::optional<std::uint64_t> GetFreeGroupProcesses()
+{
+    return ReadFreeGroupProcesses(readMembership(), c_Root);
 }
 
 std::optional<std::uint64_t> GetGroupProcessLimit() noexcept
 try
 {
-    static const std::optional<std::uint64_t> s_limit = [] {
-        std::ifstream file("/proc/self/cgroup");
-        const std::string membership(std::istreambuf_iterator<char>(file), {});
-        return ReadGroupProcessLimit(membership, "/sys/fs/cgroup");
-    }();
+    static const std::optional<std::uint64_t> s_limit = ReadGroupProcessLimit(readMembership(), c_Root);
     return s_limit;
 }
 catch (const std::bad_alloc&)

@@ -14,7 +14,13 @@ namespace LbOs::Linux
 /// Empty without a limit.
 std::optional<std::uint64_t> ReadGroupProcessLimit(std::string_view membership, const std::string& root);
 
-/// The same for the current process; read once. Empty without memory.
+/// As ReadGroupProcessLimit, without those that the groups have now.
+std::optional<std::uint64_t> ReadFreeGroupProcesses(std::string_view membership, const std::string& root);
+
+/// The limit for the current process; read once. Empty without memory.
 std::optional<std::uint64_t> GetGroupProcessLimit() noexcept;
+
+/// How many processes and threads the groups of the current process allow in addition. Empty without a limit.
+std::optional<std::uint64_t> GetFreeGroupProcesses();
 
 } // namespace LbOs::Linux

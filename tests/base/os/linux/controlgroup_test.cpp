@@ -22,6 +22,13 @@ protected:
         return LbOs::Linux::ReadGroupProcessLimit(membership, root);
     }
 
+    std::optional<std::uint64_t> ReadFree(const std::string& membership) const
+    {
+        std::string root = LbEncoding::ToNative(m_folder.GetPath());
+        root.pop_back();
+        return LbOs::Linux::ReadFreeGroupProcesses(membership, root);
+    }
+
     const ScopedFolder m_folder;
 };
 
@@ -42,6 +49,21 @@ TEST_F(OsControlGroup, HasTheSmallestLimitOfTheGroupsAroundIt)
     EXPECT_EQ(ReadLimit("0::/a/b\n"), 20U);
     EXPECT_EQ(ReadLimit("0::/a/b/missing\n"), 20U);
     EXPECT_EQ(ReadLimit("0::/\n"), 300U);
+}
+
+TEST_F(OsControlGroup, HasFreeProcessesBelowEachLimit)
+{
+    m_folder.WriteFile(L"a/pids.max", "300\n");
+    m_folder.WriteFile(L"a/pids.current", "290\n");
+    m_folder.WriteFile(L"a/b/pids.max", "100\n");
+    m_folder.WriteFile(L"a/b/pids.current", "20\n");
+
+    EXPECT_EQ(ReadFree("0::/a/b\n"), 10U);
+    m_folder.WriteFile(L"a/pids.current", "301\n");
+    EXPECT_EQ(ReadFree("0::/a/b\n"), 0U);
+    m_folder.WriteFile(L"a/pids.max", "max\n");
+    EXPECT_EQ(ReadFree("0::/a/b\n"), 80U);
+    EXPECT_EQ(ReadFree("0::/other\n"), std::nullopt);
 }
 
 TEST_F(OsControlGroup, HasNoLimitWhereNoFileNamesOne)
