@@ -148,7 +148,8 @@ void LuTestSuiteReport::GenerateReportData(SReportData& data, const LuTestSuiteS
     {
         data.Classes.push_back(makeClass(unitTests[index], stats.unitTests[index]));
     }
-    data.Cases.reserve(stats.total.executed);
+    // The statistics may come from elsewhere and name any number.
+    data.Cases.reserve(static_cast<std::size_t>(std::ranges::count_if(cases, &SCaseInfo::executed)));
     // A negative maximum becomes the largest unsigned number and so means no limit.
     const auto maxLines = static_cast<std::uint32_t>(setup.messageReportMax);
     for (std::size_t index = 0; index < cases.size(); ++index)

@@ -1,3 +1,4 @@
+#include <limits>
 #include <regex>
 #include <string>
 #include <vector>
@@ -298,6 +299,18 @@ TEST_F(LuTestSuiteReportData, NotesShrunkenMemory)
     EXPECT_EQ(data.Cases[1].Info, L"");
 }
 
+TEST_F(LuTestSuiteReportData, ReservesNoMemoryForCasesThatOnlyTheStatisticsName)
+{
+    m_stats.total.executed = std::numeric_limits<std::uint32_t>::max();
+    m_cases.resize(1);
+    m_cases[0].executed = true;
+
+    const SReportData data = Generate();
+
+    EXPECT_EQ(data.CasesTotal, m_stats.total.executed);
+    EXPECT_EQ(data.Cases.capacity(), 1U);
+}
+
 TEST_F(LuTestSuiteReportData, ReadsTheKindOfMarkedLines)
 {
     EXPECT_EQ(GetLines(L"\t\tINFO:  Größe\n\t\tERROR: 3 statt 4\n"), (Lines{L"I:Größe", L"E:3 statt 4"}));
@@ -360,19 +373,6 @@ TEST_F(LuTestSuiteReportData, PrefersTheMaximumOfTheCase)
     EXPECT_EQ(GetLines(L"ERROR: 1\nERROR: 2\n"), (Lines{L"E:1", L"I:..."}));
 }
 
-TEST(LuTestSuiteReportMachine, DescribesTheProcessorAndTheMemory)
-{
-    const std::wstring text = LuTestSuiteReport::getCPUInfo();
-    EXPECT_TRUE(std::regex_match(text, std::wregex(LR"(Model: .*, Cores: [1-9]\d*, Speed \d+\.\d{3} GHz, )"
-                                                   LR"(Memory \d+\.\d GB)")));
-    EXPECT_FALSE(text.ends_with(L"Memory 0.0 GB"));
-}
-
-TEST(LuTestSuiteReportMachine, DescribesGraphicsInOneLineOrNotAtAll)
-{
-    EXPECT_EQ(LuTestSuiteReport::getGPUInfo().find(L'\n'), std::wstring::npos);
-}
-
 TEST_F(LuTestSuiteReportData, KeepsTheReasonForTheEndOfAChildBeyondTheMaximum)
 {
     const std::wstring end = L"\t\tERROR: Der Prozess des Testfalls endete mit Status 3\n\t\tINFO:  stderr\n";
@@ -390,6 +390,19 @@ TEST_F(LuTestSuiteReportData, KeepsNoLineOfOtherProcessesBeyondTheMaximum)
 {
     m_setup.messageReportMax = 0;
     EXPECT_EQ(GetLines(L"\t\tINFO:  \t\tERROR: Der Prozess des Testfalls endete mit Status 3\n"), Lines{L"I:..."});
+}
+
+TEST(LuTestSuiteReportMachine, DescribesTheProcessorAndTheMemory)
+{
+    const std::wstring text = LuTestSuiteReport::getCPUInfo();
+    EXPECT_TRUE(std::regex_match(text, std::wregex(LR"(Model: .*, Cores: [1-9]\d*, Speed \d+\.\d{3} GHz, )"
+                                                   LR"(Memory \d+\.\d GB)")));
+    EXPECT_FALSE(text.ends_with(L"Memory 0.0 GB"));
+}
+
+TEST(LuTestSuiteReportMachine, DescribesGraphicsInOneLineOrNotAtAll)
+{
+    EXPECT_EQ(LuTestSuiteReport::getGPUInfo().find(L'\n'), std::wstring::npos);
 }
 
 } // namespace
