@@ -10,6 +10,10 @@ from lintchecks.sizes import functions_of
 # Linux does not compile these sources, so it cannot try their faults.
 _OTHER_PLATFORM = re.compile(r"_windows\.cpp$|^base/os/windows/")
 
+# The headers with logic of the product; the others declare, or have short functions that sources test.
+_HEADERS = ("base/lbformat.h", "base/lbprintf.h", "base/luunittest.h", "testing/lutestsuite/catch2.h",
+            "testing/lutestsuite/googletest.h")
+
 # Kind, pattern and replacements. Binary operators have blanks on both sides, template brackets do not.
 _EXPRESSIONS = [
     ("comparison", re.compile(r"(?<= )==(?= )"), ("!=",)),
@@ -65,9 +69,9 @@ def draw(tree, patterns, seed):
     """All possible changes in the files whose names match a pattern, in an order that the seed determines."""
     found = []
     for name in tree.sources():
-        is_product = name.startswith(("base/", "testing/")) and name.endswith(".cpp")
+        is_source = name.startswith(("base/", "testing/")) and name.endswith(".cpp")
         is_wanted = not patterns or any(fnmatch.fnmatchcase(name, pattern) for pattern in patterns)
-        if is_product and is_wanted and not _OTHER_PLATFORM.search(name):
+        if (is_source or name in _HEADERS) and is_wanted and not _OTHER_PLATFORM.search(name):
             found += _changes_in(tree, name)
     random.Random(seed).shuffle(found)
     return found

@@ -67,6 +67,12 @@ class Draw(unittest.TestCase):
         self.assertEqual({change.name for change in self.draw()}, {"base/a.cpp", "testing/b.cpp"})
         self.assertEqual({change.name for change in self.draw(["testing/*"])}, {"testing/b.cpp"})
 
+    def test_takes_the_headers_with_logic(self):
+        for name in ("base/lbformat.h", "testing/lutestsuite/googletest.h", "base/other.h"):
+            self.write("class C\n{\n    bool f()\n    {\n        return true;\n    }\n};\n", name)
+        self.assertEqual({change.name for change in self.draw()},
+                         {"base/lbformat.h", "testing/lutestsuite/googletest.h"})
+
     def test_is_determined_by_the_seed(self):
         self.write("int f()\n{\n" + "    return 1;\n" * 20 + "}\n")
         self.assertEqual(self.draw(seed=3), self.draw(seed=3))
