@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Tests finding failed cases, and layout in all window sizes. comforts_test.py PAGES CHROMIUM CHROMEDRIVER"""
 
+import re
+
 from pagetest import Pages, main
 from webdriver import TAB
 
@@ -187,6 +189,20 @@ class FailedCases(Pages):
             var row = document.querySelector(':target');
             return [row.cells[1].textContent, row.cells[2].textContent, row.getClientRects().length];
         """))
+
+    def test_each_row_of_a_class_leads_to_its_cases(self):
+        text = (self.pages / "run.html").read_text(encoding="utf-8")
+        classes = text[text.index('id="testclasses"'):]
+        row = re.search(r"<tr(?:(?!<tr).)*?>CDruck(?:(?!<tr).)*</tr>", classes, re.DOTALL)[0]
+        (self.pages / "twofolders.html").write_text(text.replace(row, row + row, 1), encoding="utf-8")
+        self.open("twofolders.html")
+        links = self.browser.run("""
+            return Array.from(document.querySelectorAll('#testclasses td:first-child a')).filter(function (link) {
+                return link.textContent === 'CDruck';
+            }).map(function (link) { return link.hash; });
+        """)
+        self.assertEqual(2, len(links))
+        self.assertEqual(links[0], links[1])
 
     def test_classes_of_comparisons_keep_their_contacts(self):
         self.open("diff.html")

@@ -406,10 +406,14 @@
         var names = new Set(texts.map(function (text) {
             return text.data.trim();
         }));
-        findFirstRows(table, kind, names).forEach(function (row, name) {
-            var text = texts.find(function (candidate) {
-                return candidate.data.trim() === name;
-            });
+        var first = findFirstRows(table, kind, names);
+        // A class has a row for each of its folders.
+        texts.forEach(function (text) {
+            var name = text.data.trim();
+            var row = first.get(name);
+            if (!row) {
+                return;
+            }
             row.id = 'class-' + row.rowIndex;
             var link = document.createElement('a');
             link.href = '#' + row.id;
