@@ -1,5 +1,5 @@
-/// Checks for any expression and name that the parser, the automaton and the required text agree with the standard
-/// library.
+/// Checks for any expression and name that the search, the parser, the automaton and the required text agree with the
+/// standard library.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -8,6 +8,7 @@
 
 #include "fuzz/fuzzing.h"
 #include "testing/lutestsuite/selection/automaton.h"
+#include "testing/lutestsuite/selection/expression.h"
 #include "testing/lutestsuite/selection/requiredtext.h"
 #include "testing/lutestsuite/selection/wideregex.h"
 
@@ -51,6 +52,54 @@ std::optional<std::wregex> compile(const std::wstring& source)
     }
 }
 
+/// Expressions that the automaton does not take are searched by the standard library, on a large stack.
+void checkSearch(const std::wstring& source, const std::wstring& name)
+{
+    LuTestSuite::RunOnExpressionStack([&](const LuTestSuite::CStackLimit& limit) {
+        try
+        {
+            const LuTestSuite::CExpression searched(source, source, limit);
+            const std::wregex expression = LuTestSuite::MakeWideRegex(source);
+            Check(searched.IsFoundIn(name) == std::regex_search(name, expression));
+            Check(searched.Matches(name) == std::regex_match(name, expression));
+        }
+        catch (const std::regex_error&)
+        {
+            return;
+        }
+        catch (const std::wstring&)
+        {
+            // The stack is exhausted.
+            return;
+        }
+    });
+}
+
+void checkSyntax(const LuTestSuite::SExpressionSyntax& syntax, const std::optional<std::wregex>& expression,
+                 const std::wstring& name)
+{
+    const bool canTake = LuTestSuite::CAutomaton::CanTake(syntax);
+    if (!expression)
+    {
+        // Only the standard library detects back-references to missing groups.
+        Check(!canTake);
+        return;
+    }
+    const bool isFound = std::regex_search(name, *expression);
+    Check(!isFound || name.find(LuTestSuite::GetRequiredText(syntax.root)) != std::wstring::npos);
+    if (canTake)
+    {
+        LuTestSuite::CAutomaton automaton;
+        automaton.Add(syntax.root);
+        Check(automaton.IsFoundIn(name) == isFound);
+        // Twice the same expression, because more than one can be found.
+        LuTestSuite::CAutomaton each(LuTestSuite::CAutomaton::EGoal::Each);
+        each.Add(syntax.root);
+        each.Add(syntax.root);
+        Check(each.FindEach(name).size() == (isFound ? 2U : 0U));
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -59,30 +108,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::wstring name;
     split(data, size, source, name);
     const auto syntax = LuTestSuite::ParseExpression(source);
-    if (!syntax)
+    if (syntax)
     {
-        return 0;
+        checkSyntax(*syntax, compile(source), name);
     }
-    const bool canTake = LuTestSuite::CAutomaton::CanTake(*syntax);
-    const std::optional<std::wregex> expression = compile(source);
-    if (!expression)
+    if (!syntax || !LuTestSuite::CAutomaton::CanTake(*syntax))
     {
-        // Only the standard library detects back-references to missing groups.
-        Check(!canTake);
-        return 0;
-    }
-    const bool isFound = std::regex_search(name, *expression);
-    Check(!isFound || name.find(LuTestSuite::GetRequiredText(syntax->root)) != std::wstring::npos);
-    if (canTake)
-    {
-        LuTestSuite::CAutomaton automaton;
-        automaton.Add(syntax->root);
-        Check(automaton.IsFoundIn(name) == isFound);
-        // Twice the same expression, because more than one can be found.
-        LuTestSuite::CAutomaton each(LuTestSuite::CAutomaton::EGoal::Each);
-        each.Add(syntax->root);
-        each.Add(syntax->root);
-        Check(each.FindEach(name).size() == (isFound ? 2U : 0U));
+        checkSearch(source, name);
     }
     return 0;
 }
