@@ -330,8 +330,8 @@ std::optional<wchar_t> CParser::readEscapedCharacter()
     {
         return readCode(*character == L'x' ? 2 : 4);
     }
-    // Other rules read "\c", digits and the letters of assertions.
-    if (std::wstring_view(L"0123456789bBc").find(*character) != std::wstring_view::npos)
+    // Other rules read "\c", digits and the letters of assertions and classes. No class may end a range.
+    if (std::wstring_view(L"0123456789bBcdDsSwW").find(*character) != std::wstring_view::npos)
     {
         return std::nullopt;
     }

@@ -337,6 +337,15 @@ TEST_P(FilterTestCasesInvalid, IncludePatternIsNamedFirst)
     EXPECT_THAT(FilterAndGetMessage({L"*"}, {L"[a"}), HasSubstr(L"'*'"));
 }
 
+/// The standard library refuses these ranges.
+TEST_P(FilterTestCasesInvalid, RangeThatEndsInAClassIsNamed)
+{
+    for (const wchar_t* const pattern : {L"[+-\\d]", L"[+-\\D]", L"[+-\\s]", L"[+-\\S]", L"[+-\\w]", L"[+-\\W]"})
+    {
+        EXPECT_THAT(FilterAndGetMessage({pattern}, {}), HasSubstr(pattern));
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutExpressions, FilterTestCasesInvalid, testing::Bool());
 
 // Long names.
