@@ -163,6 +163,18 @@ TEST(RunnerJunit, NamesTheCasesBeforeAFailureOfASharedProcess)
     EXPECT_NE(text.find(L"davor ein Testfall:\n  b/CSecond:x.dat\n"), std::wstring::npos) << text;
 }
 
+TEST(RunnerJunit, TellsThatNoCaseRanBeforeAFailureOfASharedProcess)
+{
+    CRunStateMaker run;
+    run.RunCase(0, ECaseRunResult::Error);
+    run.RunCase(0, ECaseRunResult::Ok, 2, EAttemptKind::Confirm);
+    run.RunRest();
+    const CReport report(run.Get());
+    const std::wstring text = report.FindCase(L"a/CFirst", L"eins.txt").GetChild("failure").GetText();
+
+    EXPECT_NE(text.find(L"\nIm selben Prozess endete davor kein anderer Testfall\n"), std::wstring::npos) << text;
+}
+
 TEST(RunnerJunit, SkipsFailuresInQuarantine)
 {
     Runner::SPlan plan = MakeSamplePlan();
