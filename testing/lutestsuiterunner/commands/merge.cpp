@@ -1,6 +1,7 @@
 /// The command "merge": the shards of a run as one run.
 
 #include <algorithm>
+#include <numeric>
 #include <span>
 #include <tuple>
 #include <utility>
@@ -57,12 +58,37 @@ std::vector<SPart> loadParts(const std::vector<std::wstring>& directories)
     return parts;
 }
 
+bool isSameCase(const LuTestSuite::STestCase& one, const LuTestSuite::STestCase& other)
+{
+    return one.name == other.name && one.GetKind() == other.GetKind() && one.parameters == other.parameters;
+}
+
+bool isSameRun(const SPlannedCase& one, const SPlannedCase& other)
+{
+    return one.unitTest == other.unitTest && one.testCase == other.testCase && one.repetition == other.repetition;
+}
+
+/// True if both plans have the same selection in the same order, as on machines of one kind. Needs no digest and no
+/// sorting.
+bool areEqual(const SPlan& one, const SPlan& other)
+{
+    const auto isSameUnitTest = [&](const LuTestSuite::SUnitTest& a, const LuTestSuite::SUnitTest& b) {
+        return GetUnitTestName(one, a.dataDirectory, a.className) ==
+                   GetUnitTestName(other, b.dataDirectory, b.className) &&
+               std::ranges::equal(a.cases, b.cases, isSameCase);
+    };
+    return one.params.repetitions == other.params.repetitions &&
+           std::ranges::equal(one.unitTests, other.unitTests, isSameUnitTest) &&
+           std::ranges::equal(one.cases, other.cases, isSameRun);
+}
+
 void requireSameSelection(const std::vector<SPart>& parts)
 {
-    const std::string digest = DigestSelection(parts.front().state->GetPlan());
+    const SPlan& first = parts.front().state->GetPlan();
     for (const SPart& part : std::span(parts).subspan(1))
     {
-        if (DigestSelection(part.state->GetPlan()) != digest)
+        const SPlan& plan = part.state->GetPlan();
+        if (!areEqual(first, plan) && DigestSelection(first) != DigestSelection(plan))
         {
             throw LbException(
                 LbFormat(L"Die Läufe in %s und %s haben nicht dieselbe Auswahl", parts.front().folder, part.folder));
@@ -73,11 +99,22 @@ void requireSameSelection(const std::vector<SPart>& parts)
 /// Compares by names, since file systems list folders in different orders. Precondition: the same selection.
 void findPlaces(std::vector<SPart>& parts)
 {
-    const std::vector<std::uint32_t> whole = SortByName(parts.front().state->GetPlan());
+    const SPlan& first = parts.front().state->GetPlan();
+    std::vector<std::uint32_t> whole; // sorted only if a part has another order
     for (SPart& part : parts)
     {
-        const std::vector<std::uint32_t> own = SortByName(part.state->GetPlan());
-        part.places.resize(own.size());
+        const SPlan& plan = part.state->GetPlan();
+        part.places.resize(plan.cases.size());
+        if (areEqual(first, plan))
+        {
+            std::iota(part.places.begin(), part.places.end(), 0U);
+            continue;
+        }
+        if (whole.empty())
+        {
+            whole = SortByName(first);
+        }
+        const std::vector<std::uint32_t> own = SortByName(plan);
         for (std::size_t rank = 0; rank < own.size(); ++rank)
         {
             part.places[own[rank]] = whole[rank];
