@@ -9,6 +9,7 @@
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
+#include "testing/lutestsuiterunner/execution/stages.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 
@@ -60,6 +61,13 @@ int Execute(const SResumeOptions& resume)
     SRunOptions options = EnterRun(state->GetPlan());
     options.confirm = options.confirm || resume.confirm;
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
+    Quarantine quarantine = ReadQuarantineOf(options, setup, state->GetPlan());
+    if (IsComplete(*state, {options.retries, options.confirm}))
+    {
+        CTerminal::Get().WriteOutput(LbFormat(L"Der Lauf in %s ist vollständig: es gibt nichts fortzusetzen\n", path));
+        // The host may have ended before it wrote the reports.
+        return Conclude(path, options.previous, std::move(quarantine));
+    }
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
@@ -67,7 +75,6 @@ int Execute(const SResumeOptions& resume)
     SRunOptions guards = options;
     guards.minCases = 0;
     const std::vector<std::wstring> problems = FindProblems(guards, setup, state->GetPlan().cases.size());
-    Quarantine quarantine = ReadQuarantineOf(options, setup, state->GetPlan());
     const PreviousCases previous = findPrevious(options, folder, state->GetPlan());
     const std::vector<std::uint32_t> cases = OrderMissingCases(*state, options, previous);
     const std::unique_ptr<CJournalWriter> writer = folder.ContinueRun(state->GetPlan());

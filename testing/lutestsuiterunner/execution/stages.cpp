@@ -56,6 +56,25 @@ bool isToBeConfirmed(const CRunState& state, std::uint32_t index)
     return state.GetVerdict(index) == EVerdict::Failed && !isDone && hasSharedProcess(state, index);
 }
 
+constexpr std::uint32_t c_FirstRetry = 2;
+
+bool hasCaseToRetry(const CRunState& state, std::uint32_t retries)
+{
+    for (std::uint32_t attempt = c_FirstRetry; attempt < c_FirstRetry + retries; ++attempt)
+    {
+        if (!findCases(state, [&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); }).empty())
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool hasCaseToConfirm(const CRunState& state)
+{
+    return !findCases(state, [&state](std::uint32_t index) { return isToBeConfirmed(state, index); }).empty();
+}
+
 void retry(CSession& session, const CRunState& state, std::uint32_t attempt)
 {
     Cases cases = findCases(state, [&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); });
@@ -66,6 +85,12 @@ void retry(CSession& session, const CRunState& state, std::uint32_t attempt)
 }
 
 } // namespace
+
+bool IsComplete(const CRunState& state, const SStages& stages)
+{
+    return state.IsEnded() && !state.IsCanceled() && state.GetOpenCases().empty() && state.GetMissingCases().empty() &&
+           !hasCaseToRetry(state, stages.retries) && !(stages.confirm && hasCaseToConfirm(state));
+}
 
 void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder)
 {
@@ -84,7 +109,6 @@ void FinishUnderWay(CSession& session, const CRunState& state, const std::wstrin
 
 void RunStages(CSession& session, const CRunState& state, const Cases& cases, const SStages& stages)
 {
-    constexpr std::uint32_t c_FirstRetry = 2;
     session.Run(cases, EAttemptKind::First, EProcess::AsPlanned);
     for (std::uint32_t attempt = c_FirstRetry; attempt < c_FirstRetry + stages.retries && !session.IsCanceled();
          ++attempt)

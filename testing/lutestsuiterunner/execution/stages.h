@@ -15,6 +15,9 @@ struct SStages
     bool confirm = false;
 };
 
+/// True if the run has ended without a cancellation and no stage has a case left to run.
+bool IsComplete(const CRunState& state, const SStages& stages);
+
 /// Runs the cases that were under way in dead hosts (see FindUnderWay).
 void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder);
 

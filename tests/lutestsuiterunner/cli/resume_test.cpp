@@ -7,6 +7,7 @@
 
 #include "base/lbfilesystem.h"
 #include "base/os/files.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "tests/lutestsuiterunner/cli/runnertest.h"
 
 namespace
@@ -101,13 +102,27 @@ TEST_F(RunnerResume, KeepsTheLimitOfFailuresUntilItIsReached)
 
 TEST_F(RunnerResume, LeavesACompleteRunAsItIs)
 {
-    m_folder.MakeFolder(L"data/CPassedModel");
-    Run({L"run"});
+    m_folder.MakeFolder(L"data/CResultModel");
+    Run({L"run", L"--retries", L"1"});
+    const std::string summary = LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_SummaryName);
 
     const SHostRun run = Resume();
 
-    EXPECT_EQ(run.exitStatus, 0);
-    ExpectLine(run.output, "Fälle: 2, bestanden: 2");
+    EXPECT_EQ(run.exitStatus, 1);
+    ExpectLine(run.output, " ist vollständig: es gibt nichts fortzusetzen\n");
+    ExpectLine(run.output, "Fälle: 7, bestanden: 2");
+    EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::GetJournalName(2)));
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_SummaryName), summary);
+}
+
+TEST_F(RunnerResume, WritesMissingReportsOfACompleteRun)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    Run({L"run"});
+    LbOs::RemoveFile(GetOut() + Runner::c_JunitName);
+
+    EXPECT_EQ(Resume().exitStatus, 0);
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + Runner::c_JunitName));
 }
 
 TEST_F(RunnerResume, ConfirmsFailuresOnRequest)
