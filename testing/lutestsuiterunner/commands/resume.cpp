@@ -1,5 +1,8 @@
 /// The command "resume": the rest of an interrupted run.
 
+#include <algorithm>
+#include <utility>
+
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/os/files.h"
@@ -37,6 +40,26 @@ PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder,
     return PreviousCases(plan.cases.size());
 }
 
+/// What makes the whole run red. The plan lacks the cases of a module that was missing when it was made, so the problems
+/// of the interrupted run remain.
+std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
+                                       const CRunState& state)
+{
+    SRunOptions guards = options;
+    const std::size_t caseCount = state.GetPlan().cases.size();
+    // If no case had failed earlier, the first call has counted the selection, which the plan does not contain.
+    guards.minCases = options.onlyFailed && caseCount == 0 ? 0 : options.minCases;
+    std::vector<std::wstring> problems = state.GetProblems();
+    for (std::wstring& problem : FindProblems(guards, setup, caseCount))
+    {
+        if (std::ranges::find(problems, problem) == problems.end())
+        {
+            problems.push_back(std::move(problem));
+        }
+    }
+    return problems;
+}
+
 } // namespace
 
 int Execute(const SResumeOptions& resume)
@@ -71,10 +94,7 @@ int Execute(const SResumeOptions& resume)
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
-    // The number of cases was checked before the plan was made.
-    SRunOptions guards = options;
-    guards.minCases = 0;
-    const std::vector<std::wstring> problems = FindProblems(guards, setup, state->GetPlan().cases.size());
+    const std::vector<std::wstring> problems = findProblems(options, setup, *state);
     const PreviousCases previous = findPrevious(options, folder, state->GetPlan());
     const std::vector<std::uint32_t> cases = OrderMissingCases(*state, options, previous);
     const std::unique_ptr<CJournalWriter> writer = folder.ContinueRun(state->GetPlan());

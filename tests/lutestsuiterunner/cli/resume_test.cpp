@@ -100,6 +100,19 @@ TEST_F(RunnerResume, KeepsTheLimitOfFailuresUntilItIsReached)
     ExpectLine(Resume().output, "bestanden: 1, unzuverlässig: 0, fehlgeschlagen: 2,");
 }
 
+TEST_F(RunnerResume, KeepsTheProblemsOfTheRun)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+    const std::vector<std::wstring> selection = {L"-i", L":bestanden$", L"-i", L":fehlgeschlagen$", L"--dll", L"fehlt"};
+    Run({L"run", L"--min-cases", L"9", L"--require-all-modules", L"--fail-fast"}, selection);
+
+    const SHostRun run = Resume();
+
+    ExpectLine(run.output, "Fehler: Die Auswahl trifft 2 Testfälle, verlangt sind mindestens 9\n");
+    ExpectLine(run.output, "Fehler: Das Modul 'fehlt' fehlt\n");
+    EXPECT_EQ(CountRecords("problem", 2), 2U);
+}
+
 TEST_F(RunnerResume, LeavesACompleteRunAsItIs)
 {
     m_folder.MakeFolder(L"data/CResultModel");
