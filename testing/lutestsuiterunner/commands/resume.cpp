@@ -40,8 +40,8 @@ PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder,
     return PreviousCases(plan.cases.size());
 }
 
-/// What makes the whole run red. The plan lacks the cases of a module that was missing when it was made, so the problems
-/// of the interrupted run remain.
+/// What makes the whole run red. The plan lacks the cases of a module that was missing when it was made, so the
+/// problems of the interrupted run remain.
 std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
                                        const CRunState& state)
 {
@@ -95,6 +95,7 @@ int Execute(const SResumeOptions& resume)
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     const std::vector<std::wstring> problems = findProblems(options, setup, *state);
+    WarnOfUselessDumps(options, state->GetPlan());
     const PreviousCases previous = findPrevious(options, folder, state->GetPlan());
     const std::vector<std::uint32_t> cases = OrderMissingCases(*state, options, previous);
     const std::unique_ptr<CJournalWriter> writer = folder.ContinueRun(state->GetPlan());

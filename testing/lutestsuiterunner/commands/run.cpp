@@ -68,6 +68,7 @@ int Execute(const SRunOptions& given)
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
     WarnOfInnerFolders(plan);
+    WarnOfUselessDumps(options, plan);
     const std::size_t caseCount = ApplyOnlyFailed(options, previous, plan);
     const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
     const PreviousCases previousCases = FindPrevious(plan, previous);

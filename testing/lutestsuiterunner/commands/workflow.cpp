@@ -160,6 +160,24 @@ void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& se
     }
 }
 
+void WarnOfUselessDumps(const SRunOptions& options, const SPlan& plan)
+{
+    // --confirm repeats a failed case in a child process.
+    if (options.core.empty() || options.confirm || plan.cases.empty())
+    {
+        return;
+    }
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        if (GetParams(plan, index).external)
+        {
+            return;
+        }
+    }
+    CTerminal::Get().WriteError(
+        L"Warnung: '--core' bewirkt nichts: kein Testfall läuft in einem Kindprozess (-x oder -s)\n");
+}
+
 void WarnOfReceived(const SPlan& plan)
 {
     const SFound found = FindReceived(plan.dataDirectory);

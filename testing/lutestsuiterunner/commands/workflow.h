@@ -38,6 +38,9 @@ void RequireNoReport(const std::wstring& folder, bool isForced);
 /// Warns of modules of --dll that are missing, unless the run is red because of them.
 void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& setup);
 
+/// Warns if the options ask for memory dumps, but no case of the plan runs in a child process.
+void WarnOfUselessDumps(const SRunOptions& options, const SPlan& plan);
+
 /// Warns of differences from references that nobody has decided on, anywhere in the data directory, and of interrupted
 /// decisions in the directory or above it.
 void WarnOfReceived(const SPlan& plan);

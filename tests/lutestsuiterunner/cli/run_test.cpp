@@ -429,6 +429,26 @@ TEST_F(RunnerRun, WarnsIfMemoryDumpsCannotBeWritten)
     EXPECT_TRUE(FindRecord("end").contains("result"));
 }
 
+TEST_F(RunnerRun, WarnsIfNoCaseCanHaveAMemoryDump)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const std::string warning =
+        "Warnung: '--core' bewirkt nichts: kein Testfall läuft in einem Kindprozess (-x oder -s)\n";
+    const auto run = [&](std::vector<std::wstring> own, const std::vector<std::wstring>& library = {}) {
+        own.insert(own.begin(), {L"run", L"--force", L"--core", m_folder.GetPathOf(L"Abbilder")});
+        const SHostRun result = Run(own, library);
+        EXPECT_EQ(result.exitStatus, 0) << result.errors;
+        return FromPlatformLines(result.errors).find(warning) != std::string::npos;
+    };
+
+    EXPECT_TRUE(run({}));
+    EXPECT_FALSE(run({}, {L"-x"}));
+    EXPECT_FALSE(run({L"--confirm"}));
+    m_folder.WriteFile(L"data/CPassedModel/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name=\"eins\"><External>true</External></TestCase></ExtraInfo>");
+    EXPECT_FALSE(run({}));
+}
+
 TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatExceedsItsLimit)
 {
     m_folder.MakeFolder(L"data/CCrashModel");

@@ -139,6 +139,14 @@ TEST_F(RunnerSubmit, WarnsOfUndecidedDifferencesFromReferences)
     EXPECT_EQ(run.exitStatus, 0) << run.errors;
 }
 
+TEST_F(RunnerSubmit, WarnsIfNoCaseCanHaveAMemoryDump)
+{
+    MakeDurations({1});
+
+    ExpectLine(Submit({L"--shards", L"1", L"--core", m_folder.GetPathOf(L"Abbilder")}).errors,
+               "Warnung: '--core' bewirkt nichts: ");
+}
+
 TEST_F(RunnerSubmit, ReportsWhatAMachineDoesNotHave)
 {
     MakeDurations({1, 1, 1, 1});
