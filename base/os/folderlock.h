@@ -22,7 +22,9 @@ public:
     /// Waits without limit until the lock is free. Null if the folder cannot be opened or does not support locks.
     static std::unique_ptr<CFolderLock> Acquire(const std::wstring& folder);
 
-    /// As Acquire, but never waits: also null if another process or thread has the lock.
+    /// As Acquire, but never waits: also null if another process or thread has the lock. `isHeld` receives whether that
+    /// is the reason.
+    static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder, bool& isHeld);
     static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder);
 
     ~CFolderLock();
@@ -30,7 +32,7 @@ public:
     CFolderLock& operator=(const CFolderLock&) = delete;
 
 private:
-    static std::unique_ptr<CFolderLock> acquire(const std::wstring& folder, bool mayWait);
+    static std::unique_ptr<CFolderLock> acquire(const std::wstring& folder, bool mayWait, bool& isHeld);
     explicit CFolderLock(std::intptr_t handle) : m_handle(handle) {}
 
     std::intptr_t m_handle;

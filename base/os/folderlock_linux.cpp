@@ -1,5 +1,7 @@
 #include "base/os/folderlock.h"
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <sys/file.h>
 
@@ -9,14 +11,16 @@
 namespace LbOs
 {
 
-std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait)
+std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait, bool& isHeld)
 {
     const std::string name = Linux::ToSystemPath(folder);
     const int operation = mayWait ? LOCK_EX : LOCK_EX | LOCK_NB;
     Linux::CDescriptor opened =
         Linux::AboveStandard(Linux::Retry([&name] { return open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    isHeld = false;
     if (!opened.IsOpen() || Linux::Retry([&] { return flock(opened.Get(), operation); }) != 0)
     {
+        isHeld = opened.IsOpen() && errno == EWOULDBLOCK;
         return nullptr;
     }
     std::unique_ptr<CFolderLock> lock(new CFolderLock(opened.Get()));
@@ -26,12 +30,19 @@ std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bo
 
 std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
 {
-    return acquire(folder, true);
+    bool isHeld = false;
+    return acquire(folder, true, isHeld);
+}
+
+std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder, bool& isHeld)
+{
+    return acquire(folder, false, isHeld);
 }
 
 std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder)
 {
-    return acquire(folder, false);
+    bool isHeld = false;
+    return acquire(folder, false, isHeld);
 }
 
 CFolderLock::~CFolderLock()

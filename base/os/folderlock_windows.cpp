@@ -20,8 +20,9 @@ HANDLE openMutex(const std::wstring& name)
 
 } // namespace
 
-std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait)
+std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait, bool& isHeld)
 {
+    isHeld = false;
     const std::optional<SFileStatus> status = GetFileStatus(folder);
     if (!status)
     {
@@ -31,6 +32,7 @@ std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bo
                                     std::to_wstring(status->identity.number)));
     // A mutex whose owner ended without releasing it is acquired, too.
     const DWORD result = mutex == nullptr ? WAIT_FAILED : WaitForSingleObject(mutex.get(), mayWait ? INFINITE : 0);
+    isHeld = result == WAIT_TIMEOUT;
     if (result != WAIT_OBJECT_0 && result != WAIT_ABANDONED)
     {
         return nullptr;
@@ -40,12 +42,19 @@ std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bo
 
 std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
 {
-    return acquire(folder, true);
+    bool isHeld = false;
+    return acquire(folder, true, isHeld);
+}
+
+std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder, bool& isHeld)
+{
+    return acquire(folder, false, isHeld);
 }
 
 std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder)
 {
-    return acquire(folder, false);
+    bool isHeld = false;
+    return acquire(folder, false, isHeld);
 }
 
 CFolderLock::~CFolderLock()

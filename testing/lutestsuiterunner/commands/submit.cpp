@@ -141,7 +141,8 @@ int Execute(const SSubmitOptions& options)
     const std::wstring folder = GetRunFolder(options.run.out);
     auto [plan, problems] = makePlan(options);
     {
-        const std::unique_ptr<LbOs::CFolderLock> lock = EndReplacedRun(folder);
+        const std::unique_ptr<LbOs::CFolderLock> replaced = EndReplacedRun(folder);
+        const std::unique_ptr<LbOs::CFolderLock> lock = LockRunFolder(folder);
         WriteShards(folder, plan, shards, getTaskOptions(options.run), problems);
     }
     WarnOfUselessDumps(options.run, plan);

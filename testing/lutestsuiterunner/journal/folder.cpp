@@ -50,6 +50,11 @@ std::wstring makeFolder(const std::wstring& directory)
     return folder;
 }
 
+[[noreturn]] void refuseFolder(const std::wstring& folder)
+{
+    throw LbException(LbFormat(L"In den Ordner %s schreibt schon ein anderer Lauf", folder));
+}
+
 } // namespace
 
 std::wstring GetRunFolder(const std::wstring& directory)
@@ -57,12 +62,24 @@ std::wstring GetRunFolder(const std::wstring& directory)
     return LbPath::WithSeparator(LbOs::GetFullPath(directory));
 }
 
+std::unique_ptr<LbOs::CFolderLock> LockRunFolder(const std::wstring& directory)
+{
+    const std::wstring folder = makeFolder(directory);
+    bool isHeld = false;
+    std::unique_ptr<LbOs::CFolderLock> lock = LbOs::CFolderLock::TryAcquire(folder, isHeld);
+    if (isHeld)
+    {
+        refuseFolder(folder);
+    }
+    return lock;
+}
+
 CRunFolder::CRunFolder(const std::wstring& directory)
     : m_path(makeFolder(directory)), m_lock(LbOs::CFolderLock::TryAcquire(m_path))
 {
     if (!m_lock)
     {
-        throw LbException(LbFormat(L"In den Ordner %s schreibt schon ein anderer Lauf", m_path));
+        refuseFolder(m_path);
     }
 }
 

@@ -25,6 +25,11 @@ std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan&
 /// digest. Creates the folder if needed. Throws LbException with a German message.
 std::string BeginPlan(const std::wstring& directory, const SPlan& plan);
 
+/// Keeps runs of one process out of the folder while a distributed run replaces its content. Creates the folder if
+/// needed. Null if the folder's file system has no locks. Throws LbException with a German message if a run writes into
+/// the folder, or the folder cannot be made.
+std::unique_ptr<LbOs::CFolderLock> LockRunFolder(const std::wstring& directory);
+
 /// The right to write into a run's folder, held by one process. On Windows the thread that took it must release it.
 class CRunFolder
 {

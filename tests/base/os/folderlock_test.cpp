@@ -108,6 +108,23 @@ TEST(OsFolderLock, IsRefusedWithoutWaitingWhileAnotherThreadHasIt)
     EXPECT_TRUE(tryInThread());
 }
 
+TEST(OsFolderLock, TellsWhetherAnotherThreadHasIt)
+{
+    const ScopedFolder folder;
+    const auto isHeldElsewhere = [](const std::wstring& path) {
+        bool isHeld = true;
+        std::thread([&] { CFolderLock::TryAcquire(path, isHeld); }).join();
+        return isHeld;
+    };
+    {
+        const auto lock = CFolderLock::Acquire(folder.GetPath());
+        EXPECT_TRUE(isHeldElsewhere(folder.GetPath()));
+    }
+
+    EXPECT_FALSE(isHeldElsewhere(folder.GetPath()));
+    EXPECT_FALSE(isHeldElsewhere(folder.GetPathOf(L"fehlt")));
+}
+
 TEST(OsFolderLock, NeedsAFolder)
 {
     const ScopedFolder folder;

@@ -61,6 +61,21 @@ TEST_F(RunnerSubmitProcesses, CancelTheRunThatARunInOneProcessReplaces)
     ExpectLine(run.errors, " noch läuft, wird abgebrochen.\n");
 }
 
+TEST_F(RunnerSubmitProcesses, DoNotReplaceARunInOneProcessThatIsAlive)
+{
+    MakeDurations({1});
+    Run({L"run"});
+    // Stands for the process of that run.
+    const auto lock = LbOs::CFolderLock::TryAcquire(GetOut());
+    const SHostRun run = Submit({L"--shards", L"1", L"--force"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors,
+               "Fehler: In den Ordner " + LbEncoding::ToUtf8(GetOut()) + " schreibt schon ein anderer Lauf");
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + Runner::GetJournalName(1)));
+    EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::c_ShardsName));
+}
+
 TEST_F(RunnerSubmitProcesses, WarnOfAReplacedRunThatTheyCannotCancel)
 {
     MakeDurations({1});
