@@ -1,5 +1,6 @@
 #include "base/os/linux/keeper.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <ctime>
@@ -33,12 +34,13 @@ bool isKeeperThere(pid_t keeper)
 }
 
 /// Waits until the keeper is ready: before that, code that ends this process's descendants cannot recognise the keeper
-/// by its name and session. May take a while on a busy machine.
+/// by its name and session. On a busy machine that may take long, and signals may interrupt each look.
 bool waitReady(const SKeeperState& state, pid_t keeper)
 {
-    constexpr int c_MostLooks = 100;
+    using Clock = std::chrono::steady_clock;
     constexpr timespec c_PollInterval = {0, 100'000'000};
-    for (int look = 0; look < c_MostLooks && state.isReady == 0 && isKeeperThere(keeper); ++look)
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(60);
+    while (state.isReady == 0 && isKeeperThere(keeper) && Clock::now() < end)
     {
         syscall(SYS_futex, &state.isReady, FUTEX_WAIT, 0, &c_PollInterval, nullptr, 0);
     }
