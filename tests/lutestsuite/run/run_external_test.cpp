@@ -10,7 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
+#include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/os/heapfunctions.h"
 #include "tests/modules/heapscript.h"
@@ -112,6 +114,28 @@ TEST_F(RunExternal, DoesNotReplaceProcessesThatDieAtStart)
         EXPECT_EQ(result.cases.at(index).result, ECaseRunResult::Unknown);
         EXPECT_EQ(result.cases.at(index).processIndex - result.cases.at(0).processIndex, static_cast<int>(index));
     }
+}
+
+TEST_F(RunExternal, ReplacesAProcessThatLeavesBeforeItsFirstCase)
+{
+    const ScopedFolder folder;
+    const std::wstring mark = folder.GetPathOf(L"mark");
+    std::optional<ScopedEnvironmentVariable> environment;
+    LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
+    // The run has already loaded the module here, so only children read the variable.
+    setup.checkCallback = [&] {
+        if (!environment)
+        {
+            environment.emplace(L"LUTESTSUITE_TEST_LEAVES", mark);
+        }
+        return false;
+    };
+
+    const SRunResult result = Run(setup);
+
+    EXPECT_TRUE(LbFileSystem::IsFile(mark));
+    EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok) << LbEncoding::ToUtf8(result.cases.at(0).messages);
+    EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
 }
 
 /// Also when parent and child share one processor to exchange the request.

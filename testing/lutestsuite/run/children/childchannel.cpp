@@ -188,9 +188,11 @@ bool CChildChannel::isNotTaken(EEnd end)
 {
     // If a child that has served cases, or may be leaving, dies before it takes a request, earlier cases are to blame.
     // A spare child may have failed for lack of resources that a running case has freed since. If the names are gone,
-    // the child may have been too late to open the objects.
+    // the child may have been too late to open the objects. A child that gets no request for long exits
+    // with status 0; on a busy machine a request may come just too late.
     const bool isGone = end == EEnd::ChildEnded || end == EEnd::Failed;
-    const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || !m_objects->AreNamed();
+    const bool hasLeft = end == EEnd::ChildEnded && m_child->GetExitStatus() == 0;
+    const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || hasLeft || !m_objects->AreNamed();
     return end == EEnd::NotTaken || (isGone && mayHaveFailed && withdraw());
 }
 
@@ -218,14 +220,14 @@ void CChildChannel::Submit()
     {
         return;
     }
-    constexpr std::uint32_t c_Doubt = 1000; // The child may begin to wait before the parent starts its timer.
-    m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     if (m_sharing.IsNext())
     {
         m_processors.Read();
         m_processors.ShareProcessorWith(*m_child);
     }
     m_errors.BeginCase();
+    constexpr std::uint32_t c_Doubt = 1000; // The child may begin to wait before the parent starts its timer.
+    m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     m_timer.Restart();
     submit();
 }
@@ -244,8 +246,9 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     {
         return sc_iNone;
     }
+    constexpr int c_MostReplacements = 3;
     EEnd end = wait(timeOutSec, isCanceled);
-    if (isNotTaken(end))
+    for (int count = 0; count < c_MostReplacements && m_child && isNotTaken(end); ++count)
     {
         replaceChild();
         Submit();
