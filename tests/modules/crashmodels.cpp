@@ -305,6 +305,16 @@ class CCrashModel : public LuUnitTest
             sleepLong();
         });
         AddSubtest(L"schläft kurz", [] { std::this_thread::sleep_for(std::chrono::milliseconds(600)); });
+        addLeaving();
+        AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
+        addStarting();
+        addCrashing();
+        addWriting();
+    }
+
+    /// Cases about the exit of their process.
+    void addLeaving()
+    {
         AddSubtest(L"schläft am Ende des Prozesses", [] {
             std::atexit([] {
                 announceExit();
@@ -318,10 +328,6 @@ class CCrashModel : public LuUnitTest
             });
         });
         AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit(announceExit); });
-        AddSubtest(L"offene Dateien", [this] { Info(L"%I64u", LbOs::GetOpenFileLimit().value_or(0)); });
-        addStarting();
-        addCrashing();
-        addWriting();
     }
 
     /// Cases about the texts of crashes.
