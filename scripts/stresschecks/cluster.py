@@ -189,6 +189,9 @@ def read_journal(path):
     started, ended = set(), set()
     with open(path, "rb") as file:
         for line in file:
+            # A record whose line end is missing does not count either.
+            if not line.endswith(b"\n"):
+                break
             try:
                 record = json.loads(line)["r"]
             except ValueError:

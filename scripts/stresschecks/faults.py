@@ -49,6 +49,15 @@ def make_data(folder):
     return os.path.dirname(cases)
 
 
+def text_of(out, value):
+    """A text of a record; a long one is in a file beside the journal."""
+    if isinstance(value, str):
+        return value
+    with open(os.path.join(out, *value["file"].split("/")), "rb") as file:
+        file.seek(value["at"])
+        return file.read(value["size"]).decode("utf-8")
+
+
 def names_of(out):
     """The names of the planned cases, in the order of their numbers."""
     return [case["name"] for record in records(os.path.join(out, "plan.ndjson")) if record["t"] == "cases"
@@ -63,7 +72,8 @@ class Count:
         self.longest = 0.0
         self.wrong = collections.Counter()
 
-    def add(self, name, end, expected):
+    def add(self, name, end, expected, out):
+        reason, messages, stacks = (text_of(out, end.get(key, "")) for key in ("reason", "messages", "stacks"))
         self.runs += 1
         self.longest = max(self.longest, end["ns"] / 1e9)
         if name in HEALTHY:
@@ -71,11 +81,11 @@ class Count:
         elif expected == HUNG:
             is_right = end["result"] == HUNG
         else:
-            is_right = end["result"] == "unknown" and expected in end.get("reason", "") + end.get("messages", "")
+            is_right = end["result"] == "unknown" and expected in reason + messages
         self.right += is_right
-        self.named += f"Faults::{name}" in end.get("stacks", "")
+        self.named += f"Faults::{name}" in stacks
         if not is_right:
-            self.wrong[end.get("reason", end["result"])] += 1
+            self.wrong[reason or end["result"]] += 1
 
 
 def run_once(words, data, out, mode):
@@ -117,7 +127,7 @@ def check(words, is_windows, folder, rounds):
             print(f"{' '.join(mode)}: status {status}, {len(ends)} of {len(names)} cases ended", flush=True)
         for end in ends:
             name = names[end["case"]]
-            counts[name].add(name, end, expected.get(name, ""))
+            counts[name].add(name, end, expected.get(name, ""), out)
     faults = strange
     for name, count in counts.items():
         has_stacks = name not in without_stack

@@ -51,6 +51,9 @@ def journals(folder):
         records = []
         with open(os.path.join(folder, name), "rb") as file:
             for line in file:
+                # A record whose line end is missing does not count either.
+                if not line.endswith(b"\n"):
+                    break
                 try:
                     records.append(json.loads(line)["r"])
                 except ValueError:
