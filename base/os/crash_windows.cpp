@@ -184,11 +184,30 @@ void releaseExceptions()
     }
 }
 
+/// Wine commits a whole stack at once and keeps the guard page at its end, whatever was guaranteed. A handler that then
+/// exceeds the stack ends the thread, and the process goes on without it. So this sets a guard page for the guarantee.
+/// On Windows that page is not committed yet.
+void guardStack(ULONG guarantee)
+{
+    constexpr SIZE_T c_PageSize = 4096;
+    MEMORY_BASIC_INFORMATION own = {};
+    VirtualQuery(&own, &own, sizeof(own));
+    auto* const page = static_cast<char*>(own.AllocationBase) + guarantee;
+    MEMORY_BASIC_INFORMATION last = {};
+    if (VirtualQuery(page, &last, sizeof(last)) != 0 && last.State == MEM_COMMIT && last.Protect == PAGE_READWRITE)
+    {
+        DWORD former = 0;
+        VirtualProtect(page, c_PageSize, PAGE_READWRITE | PAGE_GUARD, &former);
+    }
+}
+
 /// Reserves stack for the filter in case the stack overflows.
 void keepStack()
 {
-    ULONG guarantee = 65536;
+    constexpr ULONG c_Guarantee = 65536;
+    ULONG guarantee = c_Guarantee;
     SetThreadStackGuarantee(&guarantee);
+    guardStack(c_Guarantee);
 }
 
 /// True if exceptions end the process silently once the report no longer exists.

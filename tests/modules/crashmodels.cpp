@@ -35,11 +35,22 @@ volatile int s_zero = 0;
 int* volatile s_nothing = nullptr;
 void (*volatile s_noFunction)() = nullptr;
 
-int overflowStack(int depth)
+/// Not inlined into itself: a call with a frame of several pages would notice the overflow earlier, with more stack
+/// left for its report.
+[[gnu::noinline, gnu::noclone]] int overflowStack(int depth)
 {
     volatile char used[4096];
     used[0] = static_cast<char>(depth);
     return s_zero == 0 ? overflowStack(depth + 1) + used[0] : depth;
+}
+
+/// So that the overflow happens at another place within a page.
+template<std::size_t Shift>
+[[gnu::noinline]] int overflowShiftedStack()
+{
+    volatile char shift[Shift];
+    shift[0] = 0;
+    return overflowStack(0) + shift[0];
 }
 
 [[noreturn]] void hang()
@@ -348,6 +359,9 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"Zugriffsverletzung im Thread", [] { crashInThread(); });
         AddSubtest(L"Zugriffsverletzung nach dem Lauf", [] { crashLater(); });
         AddSubtest(L"Stapelüberlauf im Thread", [] { std::thread([] { overflowStack(0); }).join(); });
+        AddSubtest(L"Stapelüberlauf ab 1024", [this] { Info(L"%d", overflowShiftedStack<1024>()); });
+        AddSubtest(L"Stapelüberlauf ab 2048", [this] { Info(L"%d", overflowShiftedStack<2048>()); });
+        AddSubtest(L"Stapelüberlauf ab 3072", [this] { Info(L"%d", overflowShiftedStack<3072>()); });
         AddSubtest(L"kein Speicher im Thread", [] { std::thread([] { throw std::bad_alloc(); }).join(); });
         AddSubtest(L"spricht von Speicher und endet", [] {
             std::fputs("std::bad_alloc\n", stderr);

@@ -26,7 +26,10 @@ class RunExternalEnds : public ExternalRunTest
 protected:
     std::wstring RunForMessages(const std::wstring& caseName)
     {
-        const SRunResult result = Run(MakeCrash({L"schreibt Fehlerzeilen", caseName, L"nachher"}));
+        LuTestSuiteSetup setup = MakeCrash({L"schreibt Fehlerzeilen", caseName, L"nachher"});
+        // Only a process that does not end reaches this limit.
+        setup.params.timeOutSec = 60;
+        const SRunResult result = Run(setup);
         EXPECT_EQ(result.cases.at(0).messages, L"");
         EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Unknown);
         EXPECT_EQ(result.cases.at(2).messages, L"");
@@ -77,6 +80,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         SEnd{L"Zugriffsverletzung", L"Signal 11 (SIGSEGV, ", L"Ausnahme 0xC0000005 (STATUS_ACCESS_VIOLATION, "},
         SEnd{L"Stapelüberlauf", L"Signal 11 (SIGSEGV, ", L"Ausnahme 0xC00000FD (STATUS_STACK_OVERFLOW, "},
+        SEnd{L"Stapelüberlauf ab 1024", L"Signal 11 (SIGSEGV, ", L"Ausnahme 0xC00000FD (STATUS_STACK_OVERFLOW, "},
+        SEnd{L"Stapelüberlauf ab 2048", L"Signal 11 (SIGSEGV, ", L"Ausnahme 0xC00000FD (STATUS_STACK_OVERFLOW, "},
+        SEnd{L"Stapelüberlauf ab 3072", L"Signal 11 (SIGSEGV, ", L"Ausnahme 0xC00000FD (STATUS_STACK_OVERFLOW, "},
         SEnd{L"Division durch null", L"Signal 8 (SIGFPE, ", L"Ausnahme 0xC0000094 (STATUS_INTEGER_DIVIDE_BY_ZERO, "},
         SEnd{L"abort", L"Signal 6 (SIGABRT, ", L"Status 3\n"}, SEnd{L"exit", L"Status 0\n", L"Status 0\n"},
         SEnd{L"kein Speicher im Thread",
