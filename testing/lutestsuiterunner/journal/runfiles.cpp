@@ -22,7 +22,8 @@ constexpr const wchar_t* c_Reports[] = {c_XmlReportName, c_HtmlReportName, c_Jun
 
 /// Names of files in the folders of a run; '#' stands for digits.
 constexpr std::wstring_view c_Texts[] = {L"#.txt", L"crash-#.txt"};
-constexpr std::wstring_view c_TaskFiles[] = {L"submission-#.json", L"canceled", L"task.sh", L"shard-#-#-#.txt"};
+constexpr std::wstring_view c_TaskFiles[] = {L"submission-#.json", L"canceled", L"losses.txt", L"task.sh",
+                                             L"shard-#-#-#.txt"};
 
 bool matches(std::wstring_view name, std::wstring_view pattern)
 {

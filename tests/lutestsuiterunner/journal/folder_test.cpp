@@ -169,7 +169,8 @@ TEST_F(RunnerFolder, KeepsForeignFilesBesideThoseOfTheEarlierRun)
 TEST_F(RunnerFolder, RemovesTheShardsOfADistributedRun)
 {
     m_parent.WriteFile(L"lauf/shards.json", "{}");
-    for (const wchar_t* const name : {L"submission-1.json", L"canceled", L"task.sh", L"shard-1-12-0.txt"})
+    for (const wchar_t* const name :
+         {L"submission-1.json", L"canceled", L"losses.txt", L"task.sh", L"shard-1-12-0.txt"})
     {
         m_parent.WriteFile(std::wstring(L"lauf/tasks/") + name, "x");
     }
