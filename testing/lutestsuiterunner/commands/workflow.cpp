@@ -287,7 +287,7 @@ void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, cons
     if (!quarantine.empty() && state.IsEnded() && !state.IsCanceled())
     {
         // An XML report and an archive contain no numbers of passed runs.
-        const bool isRun = !previous.empty() && IsRunFolder(previous);
+        const bool isRun = !previous.empty() && ContainsRun(GetRunFolder(previous));
         CountPassedRuns(quarantine, state, isRun ? GetRunFolder(previous) : folder);
         WritePassedRuns(quarantine, state.GetPlan().runId, folder);
         printQuarantine(quarantine);

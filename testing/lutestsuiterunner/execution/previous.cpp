@@ -7,9 +7,9 @@
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuiterunner/history/analysis/robust.h"
 #include "testing/lutestsuiterunner/history/archive/archivefolder.h"
-#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/journal/runfiles.h"
 
 namespace Runner
 {
@@ -55,14 +55,9 @@ std::unordered_map<std::wstring, SPreviousCase> summarize(const std::vector<cons
 
 } // namespace
 
-bool IsRunFolder(const std::wstring& path)
-{
-    return LbFileSystem::IsFile(GetRunFolder(path) + c_PlanName);
-}
-
 CPrevious::CPrevious(const std::wstring& path)
 {
-    if (IsRunFolder(path))
+    if (ContainsRun(GetRunFolder(path)))
     {
         readRun(GetRunFolder(path));
     }

@@ -12,9 +12,6 @@
 namespace Runner
 {
 
-/// True if the folder holds a run; an archive of runs is none.
-bool IsRunFolder(const std::wstring& path);
-
 struct SPreviousCase
 {
     std::uint64_t time = 0; ///< nanoseconds; 0 if unknown
