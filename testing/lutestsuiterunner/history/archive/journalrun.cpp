@@ -84,6 +84,11 @@ bool ReadJournals(const std::wstring& path, SRecordedRun& run)
     try
     {
         fill(*LoadRun(folder), run);
+        if (run.label.begin.empty())
+        {
+            LuTestSuiteOut::Write(L"Warnung: Der Lauf in %s hat nicht begonnen.\n", folder);
+            return false;
+        }
         return true;
     }
     catch (const LbException& exception)

@@ -56,7 +56,8 @@ std::vector<std::wstring> getJournals(const std::wstring& folder, const std::wst
     return files;
 }
 
-/// The journals of the shards of a distributed run, with the plans of all shards; empty if there is no journal.
+/// The journals of the shards of a distributed run, with the plans of all shards; empty if no shard has begun and the
+/// run has not ended.
 std::vector<std::wstring> getShardFiles(const std::wstring& folder, const std::wstring& prefix)
 {
     std::vector<std::wstring> plans;
@@ -68,7 +69,8 @@ std::vector<std::wstring> getShardFiles(const std::wstring& folder, const std::w
         plans.push_back(shard + c_PlanName);
         std::ranges::move(getJournals(folder, shard), std::back_inserter(files));
     }
-    if (!files.empty())
+    // A run that ended although none of its shards began has problems, but no journal.
+    if (!files.empty() || LbFileSystem::IsFile(folder + prefix + c_ProblemsName))
     {
         std::ranges::move(plans, std::back_inserter(files));
     }

@@ -12,6 +12,7 @@
 #include "base/lustream.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "tests/lutestsuiterunner/cluster/distributedrun.h"
 #include "tests/lutestsuiterunner/samplerun.h"
@@ -210,6 +211,23 @@ TEST_F(HistoryArchive, DistributedRunThatHasNotBegunIsNoRun)
 {
     const CPlayedRun played;
     EXPECT_TRUE(ReadArchive(played.GetFolder()).runs.empty());
+}
+
+TEST_F(HistoryArchive, DistributedRunThatEndedBeforeItBeganMayBeTheNewestRun)
+{
+    const CPlayedRun played;
+    LuTestSuiteReport::GenerateXMLReport(played.GetFolder() + L"alt.xml", makeReport(L"1", {L"x"}));
+    std::filesystem::last_write_time(played.GetFolder() + L"alt.xml",
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    const std::wstring problems = played.GetFolder() + Runner::c_ProblemsName;
+    LuStreamWriteBinaryFile file(problems);
+    file.Write("Teil 1 ging verloren\n", 21);
+    file.Close();
+    CapturedOutput output;
+    const SArchiveContent content = ReadArchive(played.GetFolder());
+
+    EXPECT_EQ(content.runs.size(), 1U);
+    EXPECT_EQ(content.unreadable, std::vector<std::wstring>{L"."});
 }
 
 TEST_F(HistoryArchive, RunsOfDamagedJournalsAreIgnored)
