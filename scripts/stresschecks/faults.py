@@ -100,15 +100,16 @@ def run_once(words, data, out, mode):
 def describe(name, count, has_stacks):
     text = f"{name}: {count.right} of {count.runs} with the right reason"
     if has_stacks:
-        text += f", {count.read} with a stack, {count.placed} with the module and {count.named} with the function at fault"
+        text += (f", {count.read} with a stack, {count.placed} with the module and {count.named} with the function at "
+                 "fault")
     text += f", verdict after at most {count.longest:.1f} s"
     return text + "".join(f"; wrong {number} times: {reason}" for reason, number in count.wrong.most_common(3))
 
 
 def count_faults(name, count, has_stacks, is_windows):
-    """A function that is named in fewer than 95 of 100 stacks is a fault, as is each wrong reason. On Windows the stacks
-    need only exist: leaf functions and tail calls have no frame or no name there, and on a busy machine Wine takes all the
-    time that there is for the first frames."""
+    """A function that is named in fewer than 95 of 100 stacks is a fault, as is each wrong reason. On Windows the
+    stacks need only exist: leaf functions and tail calls have no frame or no name there, and on a busy machine Wine
+    takes all the time that there is for the first frames."""
     limit = WINE_VERDICT_LIMIT if is_windows else VERDICT_LIMIT
     limit += TIME_LIMIT if name in ("LockTwice", "LoopForever") else 0
     found = count.read if is_windows else count.named
