@@ -8,7 +8,7 @@ from conan.tools.build import check_min_cppstd
 from conan.tools.cmake import CMake, CMakeDeps, CMakeToolchain, cmake_layout
 from conan.tools.files import copy, load
 
-SOURCES = ("CMakeLists.txt", "base/*", "cmake/*", "packaging/*", "testing/*")
+SOURCES = ("CMakeLists.txt", "base/*", "cmake/*", "packaging/*", "scripts/check-proof", "testing/*")
 
 
 class LuTestSuiteRecipe(ConanFile):

@@ -89,6 +89,7 @@ void callExternalRun(LuTestSuiteEnvironment& environment, const SPlaces& places)
 
 void CallEnvironment(LuTestSuiteEnvironment& environment)
 {
+    Expect(!LuTestSuiteEnvironment::GetTestDLLs().empty(), "LuTestSuiteEnvironment::GetTestDLLs");
     environment.LoadTestDLLs();
     environment.LoadDLL(L"OutsideTests", false);
     Expect(LbRTTI::Find(L"COutsideTest") != nullptr, "LuTestSuiteEnvironment::LoadDLL");
