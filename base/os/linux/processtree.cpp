@@ -141,7 +141,7 @@ SFile openProcesses()
 bool killIfChild(const SFile& folder, pid_t id, std::span<const pid_t> parents, bool sparesKeepers)
 {
     const SProcess process = readProcess(folder, id);
-    // The caller may be a fork that does this work for its parent.
+    // Spares this process, which may be a fork that kills the children of its parent.
     if (id == Call(SYS_getpid))
     {
         return false;

@@ -23,7 +23,7 @@ namespace
 enum class EState
 {
     Candidate, ///< may be a duplicate
-    Different, ///< from all others, as far as the mode needs to know
+    Different, ///< treated as different from all others
     Unreadable
 };
 

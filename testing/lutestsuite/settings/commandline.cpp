@@ -46,7 +46,7 @@ constexpr SOption Value(const wchar_t* names, void (*apply)(Setup&, Text))
     return {names, nullptr, apply};
 }
 
-/// Marks the row of the help option, which has its own target.
+/// The row of the help option, which is not stored in the setup.
 constexpr SOption c_HelpRow = {L"-h --help", nullptr, nullptr};
 
 void applyParallel(Setup& setup)

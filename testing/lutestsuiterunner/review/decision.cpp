@@ -150,7 +150,7 @@ private:
                                     [this](const SPart& part) { return IsNamed(part, m_planned.parts); });
     }
 
-    /// For a reference that is not as it was when the decision began.
+    /// Keeps a reference that has changed since the decision began. Throws unless it continues an interrupted decision.
     std::optional<SDecidedFile> skip(const SStep& step, const std::wstring& checksum) const
     {
         const SReceivedFile& file = m_planned.files[step.index];

@@ -19,7 +19,7 @@ constexpr std::uint64_t c_Largest = std::numeric_limits<std::uint64_t>::max();
 class RunStatistics : public RunTest
 {
 protected:
-    /// Three unit tests: one with every result but two, one that passes, one that fails.
+    /// Three unit tests: one has every result except cancellation and time-out, one passes, one fails.
     SRunResult RunMixed()
     {
         return Run(MakeSetup(

@@ -56,7 +56,7 @@ class CScanEmpty : public LuUnitTest
     void InitSubtests() override {}
 };
 
-/// Its case has the name of the working directory, which it then changes.
+/// Names its case after the working directory, then changes the working directory.
 class CScanMoves : public LuUnitTest
 {
     LB_RTTI(CScanMoves)

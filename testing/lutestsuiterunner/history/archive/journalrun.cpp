@@ -1,4 +1,4 @@
-/// The runs of journals.
+/// Reads the runs of an archive from journals.
 
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"

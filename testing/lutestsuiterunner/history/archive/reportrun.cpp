@@ -1,4 +1,4 @@
-/// The runs of XML reports.
+/// Reads the runs of an archive from XML reports.
 
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuiterunner/history/archive/recordedrun.h"
