@@ -1,9 +1,10 @@
 # Adds the cases of one module as tests. CTest reads a script that lutestsuite_discover_tests has written; the script
 # includes this file and sets: LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind
-# "--"), LUTESTSUITE_IN_PROCESS, LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_PROPERTIES, and for two of these properties
-# LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
+# "--"), LUTESTSUITE_IN_PROCESS, LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_DISCOVERY (the test that fails if the cases cannot
+# be listed), LUTESTSUITE_PROPERTIES, and for two of these properties LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
 
 # Called by the script that "LuTestSuiteRunner list --ctest" writes; `state` is "", SERIAL or DISABLED.
+# A data set's file follows.
 function(lutestsuite_add_case name class folder time_limit state)
     set(test "${LUTESTSUITE_TEST_PREFIX}${name}")
     set(options "${LUTESTSUITE_OPTIONS}")
@@ -21,6 +22,10 @@ function(lutestsuite_add_case name class folder time_limit state)
         list(APPEND properties DISABLED TRUE)
     elseif(state STREQUAL "SERIAL")
         list(APPEND properties RUN_SERIAL TRUE)
+    endif()
+    if(ARGC GREATER 5)
+        # CTest shows the file among the properties, also to IDEs, and submits it to a dashboard if the test fails.
+        list(APPEND properties ATTACHED_FILES_ON_FAIL "${ARGV5}")
     endif()
     add_test("${test}" ${LUTESTSUITE_RUNNER} case "${name}" -- ${options})
 
@@ -60,7 +65,6 @@ function(lutestsuite_add_failure module script reason)
     set(failure "${script}.failure")
     file(WRITE "${failure}" "message([==========[${reason}]==========])\n"
         "message(FATAL_ERROR \"The cases of ${module} could not be listed.\")\n")
-    set(test "${LUTESTSUITE_TEST_PREFIX}${module}.discovery")
-    add_test("${test}" "${LUTESTSUITE_CMAKE}" -P "${failure}")
-    set_tests_properties("${test}" PROPERTIES LABELS "${LUTESTSUITE_LABELS}")
+    add_test("${LUTESTSUITE_DISCOVERY}" "${LUTESTSUITE_CMAKE}" -P "${failure}")
+    set_tests_properties("${LUTESTSUITE_DISCOVERY}" PROPERTIES LABELS "${LUTESTSUITE_LABELS}")
 endfunction()

@@ -16,6 +16,10 @@ include_guard(GLOBAL)
 # PRE_TEST, the default, lists the cases whenever ctest starts, so that new data sets are tests at once. POST_BUILD
 # lists them after the module has been linked. Both use the variables of the property ENVIRONMENT. If the cases cannot
 # be listed, with PRE_TEST a test "<prefix><module>.discovery" fails with the reason, and with POST_BUILD the build.
+# DISCOVERY_TIMEOUT limits PRE_TEST (default 60); the build has no limit.
+#
+# A module can be listed several times, with other OPTIONS and PROPERTIES for some of its classes, or with other data.
+# The names of the tests must differ. The second call's test for failures is "<prefix><module>-2.discovery".
 #
 # Call lutestsuite_deploy_host for the module's directory first.
 function(lutestsuite_discover_tests module)
@@ -35,6 +39,9 @@ function(lutestsuite_discover_tests module)
     if(NOT arg_DISCOVERY_MODE MATCHES "^(PRE_TEST|POST_BUILD)$")
         message(FATAL_ERROR "lutestsuite_discover_tests: DISCOVERY_MODE is PRE_TEST or POST_BUILD")
     endif()
+    if(arg_DISCOVERY_TIMEOUT AND arg_DISCOVERY_MODE STREQUAL "POST_BUILD")
+        message(FATAL_ERROR "lutestsuite_discover_tests: DISCOVERY_TIMEOUT has no effect with POST_BUILD")
+    endif()
     if(NOT arg_DISCOVERY_TIMEOUT)
         set(arg_DISCOVERY_TIMEOUT 60)
     endif()
@@ -48,11 +55,12 @@ function(lutestsuite_discover_tests module)
     cmake_parse_arguments(property "" "ENVIRONMENT;LABELS" "" ${arg_PROPERTIES})
 
     lutestsuite_deployed_runner("${module}" runner)
+    lutestsuite_name_discovery("${module}" discovery)
     set(options -d "${arg_DATA_DIRECTORY}" --dll "${load_name}")
     if(arg_OPTIONS)
         string(APPEND options ";${arg_OPTIONS}")
     endif()
-    set(script "${CMAKE_CURRENT_BINARY_DIR}/${module}_cases-$<CONFIG>.cmake")
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${discovery}_cases-$<CONFIG>.cmake")
     if(arg_DISCOVERY_MODE STREQUAL "POST_BUILD")
         add_custom_command(TARGET "${module}" POST_BUILD VERBATIM
             COMMAND "${CMAKE_COMMAND}" -E env ${property_ENVIRONMENT}
@@ -65,7 +73,7 @@ function(lutestsuite_discover_tests module)
     lutestsuite_in_brackets("${arg_PROPERTIES}" properties)
     lutestsuite_in_brackets("${property_ENVIRONMENT}" environment)
 
-    set(tests "${CMAKE_CURRENT_BINARY_DIR}/${module}_tests")
+    set(tests "${CMAKE_CURRENT_BINARY_DIR}/${discovery}_tests")
     file(GENERATE OUTPUT "${tests}-$<CONFIG>.cmake" CONTENT
 "include([[${CMAKE_CURRENT_FUNCTION_LIST_DIR}/LuTestSuiteCases.cmake]])
 set(LUTESTSUITE_CMAKE [[${CMAKE_COMMAND}]])
@@ -73,12 +81,28 @@ set(LUTESTSUITE_RUNNER [[${CMAKE_CROSSCOMPILING_EMULATOR}]] [[${runner}]])
 set(LUTESTSUITE_OPTIONS ${options})
 set(LUTESTSUITE_IN_PROCESS ${arg_IN_PROCESS})
 set(LUTESTSUITE_TEST_PREFIX [[${arg_TEST_PREFIX}]])
+set(LUTESTSUITE_DISCOVERY [[${arg_TEST_PREFIX}${discovery}.discovery]])
 set(LUTESTSUITE_PROPERTIES ${properties})
 set(LUTESTSUITE_ENVIRONMENT ${environment})
 set(LUTESTSUITE_LABELS [[${property_LABELS}]])
 ${add_cases}
 ")
-    lutestsuite_include_tests("${tests}" "${arg_TEST_PREFIX}${module}.discovery")
+    lutestsuite_include_tests("${tests}" "${arg_TEST_PREFIX}${discovery}.discovery")
+endfunction()
+
+# A name of its own for each call in a directory: "<module>", then "<module>-2".
+function(lutestsuite_name_discovery module result)
+    get_property(count DIRECTORY PROPERTY "LUTESTSUITE_DISCOVERIES_${module}")
+    if(NOT count)
+        set(count 0)
+    endif()
+    math(EXPR count "${count} + 1")
+    set_property(DIRECTORY PROPERTY "LUTESTSUITE_DISCOVERIES_${module}" ${count})
+    set(name "${module}")
+    if(count GREATER 1)
+        string(APPEND name "-${count}")
+    endif()
+    set(${result} "${name}" PARENT_SCOPE)
 endfunction()
 
 # Has CTest read the file "<tests>-<configuration>.cmake".

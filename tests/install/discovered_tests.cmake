@@ -96,6 +96,10 @@ expect_property("shapes.geometry/CShapes:round.shape" "{ \"name\" : \"COST\", \"
 expect_property("shapes.geometry/CShapes:slow.shape" "{ \"name\" : \"TIMEOUT\", \"value\" : 37.0 }")
 expect_property("shapes.geometry/CShapes:alone.shape" "{ \"name\" : \"RUN_SERIAL\", \"value\" : true }")
 expect_property("shapes.geometry/CShapes:off.shape" "{ \"name\" : \"DISABLED\", \"value\" : true }")
+expect_property("again.geometry/CShapes:round.shape"
+    "{ \"name\" : \"FIXTURES_REQUIRED\", \"value\" : [ \"drawing\" ] }")
+expect_property("shapes.geometry/CShapes:round.shape" "ATTACHED_FILES_ON_FAIL")
+expect_property("shapes.geometry/CShapes:round.shape" "data/geometry/CShapes/round.shape")
 
 set(runner "${build}/bin/${RUNNER}")
 expect_command("shapes.geometry/CShapes:round.shape" "${runner}" case geometry/CShapes:round.shape --
@@ -147,6 +151,9 @@ expect("100% tests passed, 0 tests failed out of 1")
 run(8 ${ctest} --output-on-failure -L quick -R "^lost\\.")
 expect("lost.LostShapes.discovery")
 expect("Fehler: ")
+run(8 ${ctest} --output-on-failure -R "^nowhere\\.")
+expect("nowhere.Shapes-3.discovery")
+expect("Fehler: ")
 run(8 ${ctest} --output-on-failure -R "^missing\\.")
 expect("missing.MissingShapes.discovery")
 expect("Fehler: Das Modul 'MissingShapes' fehlt")
@@ -160,6 +167,8 @@ expect("Fehler: ")
 # CMake breaks messages into lines, so only one word of each is compared.
 run(1 "${CMAKE_COMMAND}" -DMISTAKE=bracket "${build}")
 expect("counterpart")
+run(1 "${CMAKE_COMMAND}" -DMISTAKE=timeout "${build}")
+expect("DISCOVERY_TIMEOUT")
 run(1 "${CMAKE_COMMAND}" -DMISTAKE=folder "${build}")
 expect("lutestsuite_deploy_host")
 

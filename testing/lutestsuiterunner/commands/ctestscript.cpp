@@ -21,11 +21,17 @@ std::string quote(const std::wstring& text)
 }
 
 void append(std::string& script, const std::wstring& name, const std::wstring& className, const std::wstring& folder,
-            std::uint32_t timeOut, const char* state)
+            std::uint32_t timeOut, const char* state, const std::wstring& file)
 {
     const std::uint32_t seconds = timeOut == LuTestSuiteRun::c_NoLimit ? 0 : timeOut;
     script += "lutestsuite_add_case(" + quote(name) + " " + quote(className) + " " + quote(folder) + " " +
-              std::to_string(seconds) + " \"" + state + "\")\n";
+              std::to_string(seconds) + " \"" + state + "\"";
+    if (!file.empty())
+    {
+        script += " ";
+        script += quote(file);
+    }
+    script += ")\n";
 }
 
 /// True if the description forbids that other cases run at the same time.
@@ -53,12 +59,12 @@ std::string MakeCTestScript(const SPlan& plan)
         const LuTestSuite::SUnitTest& unitTest = plan.unitTests[plan.cases[index].unitTest];
         const LuTestSuite::STestCase& testCase = unitTest.cases[plan.cases[index].testCase];
         append(script, GetCaseName(plan, index), unitTest.className, getParentFolder(plan, unitTest.dataDirectory),
-               GetParams(plan, index).timeOutSec, isSerial(testCase.parameters) ? "SERIAL" : "");
+               GetParams(plan, index).timeOutSec, isSerial(testCase.parameters) ? "SERIAL" : "", testCase.dataSetFile);
     }
     for (const SDisabledCase& disabled : plan.disabled)
     {
         append(script, GetUnitTestName(plan, disabled.dataDirectory, disabled.className) + L":" + disabled.name,
-               disabled.className, getParentFolder(plan, disabled.dataDirectory), 0, "DISABLED");
+               disabled.className, getParentFolder(plan, disabled.dataDirectory), 0, "DISABLED", L"");
     }
     return script;
 }

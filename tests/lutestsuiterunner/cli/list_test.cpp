@@ -83,7 +83,7 @@ TEST_F(RunnerList, WritesAScriptForCTest)
     EXPECT_EQ(List({L"--ctest", script}).exitStatus, 0);
 
     const std::string text = LbFileSystem::ReadFile8Bit(script);
-    EXPECT_NE(text.find("lutestsuite_add_case([[CDataSetModel:äöü.txt]] [[CDataSetModel]] [[]] 0 \"\")"),
+    EXPECT_NE(text.find("lutestsuite_add_case([[CDataSetModel:äöü.txt]] [[CDataSetModel]] [[]] 0 \"\" [["),
               std::string::npos)
         << text;
 }

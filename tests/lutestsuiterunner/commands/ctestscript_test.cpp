@@ -32,6 +32,14 @@ TEST(CTestScript, NamesCaseClassAndFolder)
               "lutestsuite_add_case([[parts/CShapes:round]] [[CShapes]] [[parts]] 0 \"\")\n");
 }
 
+TEST(CTestScript, NamesTheFileOfADataSet)
+{
+    Runner::SPlan plan = makePlan(L"round.shape");
+    plan.unitTests.front().cases.front().dataSetFile = L"/data/parts/CShapes/round.shape";
+
+    EXPECT_TRUE(makeCases(plan).ends_with(" 0 \"\" [[/data/parts/CShapes/round.shape]])\n"));
+}
+
 TEST(CTestScript, KeepsBracketsInNames)
 {
     EXPECT_EQ(makeCases(makePlan(L"a]]b]=]c")),
