@@ -11,6 +11,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
+#include "base/os/files.h"
 #include "testing/lutestsuiterunner/review/partgroups.h"
 
 namespace Runner
@@ -180,6 +181,35 @@ std::size_t countCommon(const std::wstring& one, const std::wstring& other)
     return static_cast<std::size_t>(std::ranges::mismatch(one, other).in1 - one.begin());
 }
 
+/// Links to folders. Admits those that lead to folders which the search has not found otherwise.
+class CLinkedFolders
+{
+public:
+    /// `root` and the links end in a separator.
+    explicit CLinkedFolders(const std::wstring& root) : m_found{getTarget(root)} {}
+
+    bool MayEnter(const std::wstring& link)
+    {
+        const std::wstring target = getTarget(link);
+        const bool isNew = std::ranges::none_of(m_found, [&target](const std::wstring& folder) {
+            return target.starts_with(folder) || folder.starts_with(target);
+        });
+        if (isNew)
+        {
+            m_found.push_back(target);
+        }
+        return isNew;
+    }
+
+private:
+    static std::wstring getTarget(const std::wstring& folder)
+    {
+        return LbPath::WithSeparator(LbOs::GetCanonicalPath(LbPath::WithoutSeparator(folder)));
+    }
+
+    std::vector<std::wstring> m_found;
+};
+
 } // namespace
 
 std::size_t SChange::CountUnrepeated() const
@@ -193,6 +223,7 @@ SFound FindReceived(const std::wstring& directory)
     const std::size_t suffixLength = std::wstring_view(LbReceivedFile::c_Suffix).size();
     SFound found;
     std::vector<std::wstring> pending = {LbPath::WithSeparator(directory)};
+    CLinkedFolders links(pending.front());
     while (!pending.empty())
     {
         const std::wstring folder = std::move(pending.back());
@@ -202,9 +233,13 @@ SFound FindReceived(const std::wstring& directory)
             {
                 found.remains.push_back(folder);
             }
-            else if (entry.isDirectory && !entry.isLink)
+            else if (entry.isDirectory)
             {
-                pending.push_back(folder + entry.name + LbPath::c_Separator);
+                const std::wstring inner = folder + entry.name + LbPath::c_Separator;
+                if (!entry.isLink || links.MayEnter(inner))
+                {
+                    pending.push_back(inner);
+                }
             }
             else if (!entry.isDirectory && entry.name.ends_with(LbReceivedFile::c_Suffix))
             {

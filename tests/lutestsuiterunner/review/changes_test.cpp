@@ -9,8 +9,10 @@
 #include <gtest/gtest.h>
 
 #include "base/lbformat.h"
+#include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
 #include "testing/lutestsuiterunner/review/decision.h"
+#include "tests/support/os/testaids.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -164,6 +166,25 @@ TEST_F(ReviewOfOwnValues, AreAcceptedOneAfterTheOther)
         Decide(m_folder.GetPath(), Runner::EDecision::Accept, changes.back());
     }
     EXPECT_TRUE(Runner::FindReceived(m_folder.GetPath()).references.empty());
+}
+
+TEST_F(ReviewChanges, AreAlsoFoundInLinkedFolders)
+{
+    const ScopedFolder elsewhere;
+    elsewhere.WriteFile(L"a.txt", "one\n");
+    elsewhere.WriteFile(L"a.txt.received", "two\n");
+    const std::wstring target = LbPath::WithoutSeparator(elsewhere.GetPath());
+    if (!LbOs::MakeLink(m_folder.GetPathOf(L"link"), target))
+    {
+        GTEST_SKIP() << "links cannot be made here";
+    }
+    ASSERT_TRUE(LbOs::MakeLink(m_folder.GetPathOf(L"same"), target));
+    ASSERT_TRUE(LbOs::MakeLink(elsewhere.GetPathOf(L"back"), LbPath::WithoutSeparator(m_folder.GetPath())));
+
+    const std::vector<std::wstring> references = Runner::FindReceived(m_folder.GetPath()).references;
+
+    ASSERT_EQ(references.size(), 1U);
+    EXPECT_TRUE(references.front().ends_with(L"a.txt"));
 }
 
 TEST_F(ReviewChanges, OfSomeCausesWithNumbersStayApart)
