@@ -317,7 +317,8 @@ TEST_F(HostArchive, WarnsOfARunWithoutCases)
 {
     const SHostRun run = RunPlain({L"--archive-run", Configure(), L"-i", L"gibt es nicht"});
 
-    EXPECT_NE(run.output.find("Warnung: Der archivierte Lauf hat keinen Testfall ausgeführt.\n"), std::string::npos)
+    EXPECT_NE(FromPlatformLines(run.output).find("Warnung: Der archivierte Lauf hat keinen Testfall ausgeführt.\n"),
+              std::string::npos)
         << run.output;
     EXPECT_EQ(run.exitStatus, 0);
 }

@@ -99,7 +99,7 @@ expect_property("shapes.geometry/CShapes:off.shape" "{ \"name\" : \"DISABLED\", 
 expect_property("again.geometry/CShapes:round.shape"
     "{ \"name\" : \"FIXTURES_REQUIRED\", \"value\" : [ \"drawing\" ] }")
 expect_property("shapes.geometry/CShapes:round.shape" "ATTACHED_FILES_ON_FAIL")
-expect_property("shapes.geometry/CShapes:round.shape" "data/geometry/CShapes/round.shape")
+expect_property("shapes.geometry/CShapes:round.shape" "round.shape\" ]")
 
 set(runner "${build}/bin/${RUNNER}")
 expect_command("shapes.geometry/CShapes:round.shape" "${runner}" case geometry/CShapes:round.shape --

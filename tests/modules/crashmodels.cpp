@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -246,9 +247,10 @@ bool comesToLife()
     const char* const leaves = std::getenv("LUTESTSUITE_TEST_LEAVES");
     if (leaves != nullptr && *leaves != '\0')
     {
-        if (std::FILE* const file = std::fopen(leaves, "wx"))
+        const bool isFirst = !std::ifstream(leaves).good();
+        if (isFirst)
         {
-            std::fclose(file);
+            std::ofstream(leaves).close();
             std::_Exit(EXIT_SUCCESS);
         }
     }
