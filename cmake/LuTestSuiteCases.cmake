@@ -25,7 +25,8 @@ function(lutestsuite_add_case name class folder time_limit state)
     endif()
     if(ARGC GREATER 5)
         # CTest shows the file among the properties, also to IDEs, and submits it to a dashboard if the test fails.
-        list(APPEND properties ATTACHED_FILES_ON_FAIL "${ARGV5}")
+        string(REPLACE ";" "\\;" file "${ARGV5}")
+        list(APPEND properties ATTACHED_FILES_ON_FAIL "${file}")
     endif()
     add_test("${test}" ${LUTESTSUITE_RUNNER} case "${name}" -- ${options})
 
