@@ -5,6 +5,8 @@ import json
 import re
 import subprocess
 import tempfile
+import time
+import urllib.error
 import urllib.request
 
 CHROMIUM_OPTIONS = (
@@ -69,7 +71,16 @@ class Browser:
 
     def click(self, css):
         element = next(iter(self.do("element", {"using": "css selector", "value": css}).values()))
-        self.do(f"element/{element}/click", {})
+        # Rows that come into view are laid out only then, which can move the element away from the click.
+        last_try = time.monotonic() + 10
+        while True:
+            try:
+                self.do(f"element/{element}/click", {})
+                return
+            except urllib.error.HTTPError:
+                if time.monotonic() > last_try:
+                    raise
+                time.sleep(0.1)
 
     def emulate(self, scheme="light", media=""):
         """Sets colour scheme and medium. By default the medium is the screen, and paper for printed pages."""
