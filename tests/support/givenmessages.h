@@ -12,7 +12,7 @@
 class GivenMessages : public LbGivenStream, public INonCopyable
 {
 public:
-    /// `directory` is the data directory of the object.
+    /// `directory` is the data directory of the unit test that writes the messages.
     explicit GivenMessages(std::wstring directory) { SetDataDirectory(std::move(directory)); }
 
     void Write(std::wstring_view text) override { m_text.append(text); }

@@ -32,8 +32,8 @@ struct SKeptGroup
 /// Starts the keeper if none is running. Being a fork, it keeps the memory that the process has at that time.
 void EnsureKeeper();
 
-/// A free entry; null if all are taken or no keeper runs. The caller must release it before the process id can be
-/// reused, unless the process never ran a program.
+/// Returns a free entry, or null if all are taken or no keeper runs. If the process has run a program, the caller must
+/// release the entry before the process id can be reused.
 SKeptGroup* TakeKeptGroup();
 void ReleaseKeptGroup(SKeptGroup* group) noexcept;
 

@@ -56,7 +56,7 @@ private:
     HANDLE m_process;
     CFunctionTables& m_tables;
     bool m_hasSession = false;
-    std::set<std::uint64_t> m_named; ///< starts of the modules that the library knows
+    std::set<std::uint64_t> m_named; ///< start addresses of the modules whose names the library has loaded
 };
 
 } // namespace LbOs::Windows

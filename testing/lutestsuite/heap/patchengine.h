@@ -66,9 +66,9 @@ public:
     /// Enables all disabled patches while the threads are stopped once. On failure nothing has changed.
     EPatchStatus EnableAll() noexcept;
 
-    /// Disables all patches and moves threads out of the trampolines. Trampolines stay in memory and stay executable: a
-    /// thread that leaves a signal handler may return into one. The next patch of the same function reuses it. On
-    /// failure the engine stays initialised with all its patches, some of which may be disabled.
+    /// Disables all patches and moves threads out of the trampolines. Trampolines stay in memory and stay executable,
+    /// because a thread that leaves a signal handler may return into one. The next patch of a function reuses its
+    /// trampoline. On failure the engine stays initialised with all its patches, some of which may be disabled.
     EPatchStatus ShutDown() noexcept;
 
 private:

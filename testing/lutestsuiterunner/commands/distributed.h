@@ -12,7 +12,7 @@
 namespace Runner
 {
 
-/// A distributed run that a folder holds.
+/// A distributed run, as read from its folder.
 struct SDistributedRun
 {
     std::wstring folder; ///< with separator at its end

@@ -61,8 +61,8 @@ std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunO
 void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,
               const std::vector<std::uint32_t>& cases);
 
-/// The quarantine of a run that has its plan. The plan determines the cases in quarantine; the file only stores the
-/// numbers of passed runs. Warns and returns nothing if the file is gone. Throws as ReadQuarantine.
+/// Reads the quarantine of a run whose plan exists. The plan determines the cases in quarantine; the file only stores
+/// the numbers of passed runs. Warns and returns nothing if the file is gone. Throws as ReadQuarantine.
 Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan);
 
 /// Counts and prints the passed runs of the quarantine's entries after a complete run. Continues the counts of

@@ -124,8 +124,8 @@ std::wstring LoadMessages(const SWorkBuffer& buffer);
 /// The parent gives the request `number` (1 to c_MostRequests) to the child: its fields are complete.
 void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number);
 
-/// The child takes a submitted request; false if there is none. A parent that does not number requests leaves 0 in the
-/// field: then each signal is a request.
+/// The child takes a submitted request; false if there is none. If the parent does not number its requests, the number
+/// stays 0, and each signal is a request.
 bool TakeRequest(SWorkBuffer& buffer);
 
 /// True if a numbered request waits for a child to take it.
