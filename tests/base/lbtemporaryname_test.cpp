@@ -10,7 +10,7 @@
 namespace
 {
 
-TEST(LbTemporaryName, IsTemporary)
+TEST(LbTemporaryName, MakesDistinctNamesThatItRecognises)
 {
     EXPECT_TRUE(LbTemporaryName::IsTemporary(LbTemporaryName::Make()));
     EXPECT_NE(LbTemporaryName::Make(), LbTemporaryName::Make());

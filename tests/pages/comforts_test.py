@@ -129,7 +129,7 @@ class FailedCases(Pages):
         self.browser.press("n")
         self.assertEqual("1 von 8", self.browser.run(status))
 
-    def test_comparisons_lead_through_what_got_worse(self):
+    def test_keys_step_through_worse_cases_of_comparisons(self):
         self.open("diff_medium.html", size=(2000, 1000))
         self.browser.press("n")
         self.browser.press("n")

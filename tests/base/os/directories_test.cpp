@@ -48,7 +48,7 @@ TEST_F(HoldsFile, IsFalseForFolders)
     EXPECT_FALSE(Holds(L".."));
 }
 
-TEST_F(HoldsFile, IsFalseForPathsAndForNoName)
+TEST_F(HoldsFile, IsFalseForPathsAndInvalidNames)
 {
     m_folder.WriteFile(L"folder/a.txt", "");
 

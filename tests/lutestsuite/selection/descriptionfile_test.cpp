@@ -258,7 +258,7 @@ TEST_F(DescriptionFile, KeepsEarlierValuesForUnreadableTexts)
                 UnorderedElementsAre(Pair(L"External", LbVariant(true)), Pair(L"TimeOutSec", LbVariant(5U))));
 }
 
-TEST_F(DescriptionFile, UsesTheLaterElement)
+TEST_F(DescriptionFile, UsesTheValueOfTheLastMatchingElement)
 {
     const auto cases = ReadElements("<TestCase name='eins'><TimeOutSec>1</TimeOutSec><Isolated>true</Isolated>"
                                     "</TestCase><TestCase name='*'><TimeOutSec>2</TimeOutSec></TestCase>")

@@ -250,7 +250,7 @@ TEST_F(PreprocessDataDir, SelectsAnEntryOfTheHistory)
     EXPECT_EQ(Preprocess(L"1"), WithSeparator(L"zweite"));
 }
 
-TEST_F(PreprocessDataDir, KeepsANumberBeyondTheHistory)
+TEST_F(PreprocessDataDir, KeepsANumberWithoutAHistoryEntry)
 {
     EXPECT_EQ(Preprocess(L"2"), WithSeparator(L"2"));
     EXPECT_EQ(Preprocess(L"4294967296"), WithSeparator(L"4294967296"));

@@ -200,7 +200,7 @@ TEST_F(RunnerRunState, LetsALaterJournalEndTheAttemptThatEndedTheHost)
     EXPECT_EQ(m_state.GetVerdict(3), EVerdict::Failed);
 }
 
-TEST_F(RunnerRunState, LetsALaterJournalEndAnAttemptThatItsOwnHostCanceled)
+TEST_F(RunnerRunState, AcceptsTheEndOfACanceledAttemptFromALaterJournal)
 {
     Apply(MakeStart(3));
     Runner::SCaseEnded canceled = MakeEnd(3, ECaseRunResult::Canceled);
