@@ -1,6 +1,7 @@
 #include "base/os/stacks.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -114,7 +115,7 @@ private:
     }
 
     /// Innermost first, at least one.
-    std::vector<std::uint64_t> unwind(const SStoppedThread& thread, const CONTEXT& registers) const
+    std::vector<std::uint64_t> unwind(const SStoppedThread& thread, const CONTEXT& registers)
     {
         std::vector<std::uint64_t> addresses;
         if (m_library)
@@ -129,18 +130,28 @@ private:
         return addresses;
     }
 
-    /// After a call of an address without code, such as null, returns the registers of the caller, whose address is on
-    /// top of the stack, where no unwind table finds it. Otherwise returns the registers unchanged.
-    CONTEXT findCaller(CONTEXT registers) const
+    /// Returns the registers of the caller of code without an unwind table. Such code is an address without code, such
+    /// as null, a function that calls no other, or the compiler's stack probe, which has saved two registers on the
+    /// stack and is where a stack overflows. Otherwise, or without a caller, returns the registers unchanged.
+    CONTEXT findCaller(CONTEXT registers)
     {
-        std::uint64_t caller = 0;
-        // NOLINTNEXTLINE(performance-no-int-to-ptr)
-        if (m_tables.FindModule(registers.Rip) == nullptr &&
-            Windows::ReadValue(m_process, reinterpret_cast<const void*>(registers.Rsp), caller) &&
-            m_tables.FindModule(caller) != nullptr)
+        constexpr std::size_t c_MostSaved = 2;
+        if (m_tables.FindFunction(registers.Rip) != nullptr)
         {
-            registers.Rip = caller;
-            registers.Rsp += sizeof(caller);
+            return registers;
+        }
+        std::uint64_t top[c_MostSaved + 1] = {};
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
+        if (!Windows::ReadValue(m_process, reinterpret_cast<const void*>(registers.Rsp), top))
+        {
+            return registers;
+        }
+        const auto isInFunction = [this](std::uint64_t address) { return m_tables.FindFunction(address) != nullptr; };
+        const auto* const caller = std::ranges::find_if(top, isInFunction);
+        if (caller != std::end(top))
+        {
+            registers.Rip = *caller;
+            registers.Rsp += sizeof(*caller) * (caller - top + 1);
         }
         return registers;
     }

@@ -107,13 +107,11 @@ def describe(name, count, has_stacks):
 
 
 def count_faults(name, count, has_stacks, is_windows):
-    """A function that is named in fewer than 95 of 100 stacks is a fault, as is each wrong reason. On Windows the
-    stacks need only exist: leaf functions and tail calls have no frame or no name there, and on a busy machine Wine
-    takes all the time that there is for the first frames."""
+    """A function that is named in fewer than 95 of 100 stacks is a fault, as is each wrong reason. Under Wine on a busy
+    machine, reading the first frames may take all the time that there is for the names."""
     limit = WINE_VERDICT_LIMIT if is_windows else VERDICT_LIMIT
     limit += TIME_LIMIT if name in ("LockTwice", "LoopForever") else 0
-    found = count.read if is_windows else count.named
-    return (count.runs - count.right + (has_stacks and found < 0.95 * count.runs)
+    return (count.runs - count.right + (has_stacks and count.named < 0.95 * count.runs)
             + (name not in HEALTHY and count.longest > limit))
 
 

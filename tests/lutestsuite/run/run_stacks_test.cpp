@@ -94,6 +94,18 @@ INSTANTIATE_TEST_SUITE_P(
                     SFault{L"Endlosschleife", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"},
                     SFault{L"Verklemmung", ECaseEnd::TimedOut, L"CCrashModel::InitSubtests()"}));
 
+TEST_F(RunStacks, ShowTheCallsThatOverflowTheStack)
+{
+    const EventRecorder::SEnd end = RunFor(L"Stapelüberlauf");
+
+    ASSERT_FALSE(end.end.stacks.empty());
+    const auto isInModule = [](const SStackFrame& frame) {
+        return frame.module.find(L"crashmodels") != std::wstring::npos;
+    };
+    EXPECT_GT(std::ranges::count_if(end.end.stacks.front().frames, isInModule), 1)
+        << LbEncoding::ToUtf8(end.info.messages);
+}
+
 TEST_F(RunStacks, FollowTheReasonInTheMessages)
 {
     const EventRecorder::SEnd end = RunFor(L"Zugriffsverletzung");
