@@ -28,7 +28,7 @@ bool isMissing(const std::wstring& name)
 
 std::wstring describeMissing(const std::wstring& name)
 {
-    return LbFormat(L"Das Modul '%s' fehlt", name);
+    return LbFormat(L"Das Modul '%s' fehlt: '%s' gibt es nicht", name, getModulePath(name));
 }
 
 /// Empty if the module is loaded, or if it is missing and need not exist.

@@ -82,7 +82,7 @@ TEST_F(RunnerCase, NamesAMissingModuleIfItDoesNotFindTheCase)
     const SHostRun run = Run({L"case", L"CAwayModel:eins"}, {L"--dll", L"gibtesnicht"});
 
     EXPECT_EQ(run.exitStatus, 16);
-    ExpectLine(run.errors, "Fehler: Das Modul 'gibtesnicht' fehlt\n");
+    ExpectLine(run.errors, "Fehler: " + DescribeMissingModule(L"gibtesnicht") + "\n");
     EXPECT_EQ(Run({L"case", L"CPassedModel:eins"}, {L"--dll", L"gibtesnicht"}).exitStatus, 0);
 }
 

@@ -358,7 +358,7 @@ TEST(RunnerFolders, RefusesAMissingModule)
 
     const SHostRun run = RunRunner({L"folders", L"--", L"-d", folder.GetPath(), L"--dll", L"gibtesnicht"});
 
-    EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: Das Modul 'gibtesnicht' fehlt\n");
+    EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: " + DescribeMissingModule(L"gibtesnicht") + "\n");
     EXPECT_EQ(run.exitStatus, 2);
 }
 

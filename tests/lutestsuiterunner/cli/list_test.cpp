@@ -95,7 +95,7 @@ TEST_F(RunnerList, WritesNoScriptForCTestIfAModuleIsMissing)
 
     const SHostRun run = List({L"--ctest", script}, {L"--dll", L"gibtesnicht"});
 
-    EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: Das Modul 'gibtesnicht' fehlt\n");
+    EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: " + DescribeMissingModule(L"gibtesnicht") + "\n");
     EXPECT_EQ(run.exitStatus, 2);
     EXPECT_FALSE(LbFileSystem::IsFile(script));
 }

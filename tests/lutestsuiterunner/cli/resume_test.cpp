@@ -109,7 +109,7 @@ TEST_F(RunnerResume, KeepsTheProblemsOfTheRun)
     const SHostRun run = Resume();
 
     ExpectLine(run.output, "Fehler: Die Auswahl trifft 2 Testfälle, verlangt sind mindestens 9\n");
-    ExpectLine(run.output, "Fehler: Das Modul 'fehlt' fehlt\n");
+    ExpectLine(run.output, "Fehler: " + DescribeMissingModule(L"fehlt") + "\n");
     EXPECT_EQ(CountRecords("problem", 2), 2U);
 }
 

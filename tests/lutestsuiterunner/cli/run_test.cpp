@@ -218,7 +218,7 @@ TEST_F(RunnerRun, WarnsOfAMissingModule)
     const SHostRun run = Run({L"run"}, {L"--dll", L"gibtesnicht"});
 
     EXPECT_EQ(run.exitStatus, 0);
-    ExpectLine(run.errors, "Warnung: Das Modul 'gibtesnicht' fehlt\n");
+    ExpectLine(run.errors, "Warnung: " + DescribeMissingModule(L"gibtesnicht") + "\n");
     EXPECT_EQ(run.errors.find("resultmodels"), std::string::npos) << run.errors;
 }
 

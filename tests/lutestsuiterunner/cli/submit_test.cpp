@@ -311,7 +311,7 @@ TEST_F(RunnerSubmit, WritesRedReportsIfARequiredModuleIsMissing)
     const SHostRun run = Submit({L"--shards", L"1", L"--require-all-modules"}, {L"--dll", L"fehlt"});
 
     EXPECT_EQ(run.exitStatus, 1) << run.errors;
-    ExpectLine(run.output, "Fehler: Das Modul 'fehlt' fehlt\n");
+    ExpectLine(run.output, "Fehler: " + DescribeMissingModule(L"fehlt") + "\n");
     EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
 }
 
