@@ -10,6 +10,7 @@
 #include "base/lbpath.h"
 #include "base/lbuniqueid.h"
 #include "base/lbvariant.h"
+#include "base/lbvisibletext.h"
 #include "base/lumurmurhash3.h"
 #include "base/lustream.h"
 #include "base/os/console.h"
@@ -65,7 +66,7 @@ std::wstring quote(std::string_view line, std::size_t difference)
     {
         ++end;
     }
-    const std::wstring text = LbEncoding::FromUtf8(line.substr(begin, end - begin));
+    const std::wstring text = LbVisibleText::ShowBytes(line.substr(begin, end - begin));
     return (begin > 0 ? L"\"..." : L"\"") + text + (end < line.size() ? L"...\"" : L"\"");
 }
 

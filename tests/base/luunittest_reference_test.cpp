@@ -98,6 +98,16 @@ TEST_F(CompareWithReference, ReportsTheFirstDifferingLine)
     EXPECT_EQ(Read(L"a.expected.received"), "eins\nzwölf\nvier\n");
 }
 
+TEST_F(CompareWithReference, ShowsHowLinesDifferThatLookAlike)
+{
+    m_folder.WriteFile(L"a.expected", "1\xC2\xA0"
+                                      "000\n");
+
+    m_test.Compare(std::wstring(L"1 000\n"));
+
+    EXPECT_EQ(m_test.GetMessages(), L"\t\tERROR: a.expected: Zeile 1 ist \"1 000\" statt \"1\\u00A0000\"\n");
+}
+
 TEST_F(CompareWithReference, ReportsMissingAndSurplusLines)
 {
     m_folder.WriteFile(L"a.expected", "eins\nzwei");

@@ -8,6 +8,7 @@
 
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
+#include "base/lbvisibletext.h"
 #include "testing/lutestsuiterunner/console/linetext.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/review/difference.h"
@@ -161,7 +162,7 @@ SView findPlaces(const SChange& change, const SReceivedFile& file, const STexts&
 
 std::wstring getName(const SReceivedFile& file, const std::wstring& directory)
 {
-    return ShowControls(file.reference.substr(directory.size()));
+    return LbVisibleText::ShowControls(file.reference.substr(directory.size()));
 }
 
 std::wstring describeKind(const SChange& change)

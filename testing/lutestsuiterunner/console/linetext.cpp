@@ -1,12 +1,8 @@
 #include "testing/lutestsuiterunner/console/linetext.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <utility>
 
-#include "base/lbencoding.h"
-#include "base/lbformat.h"
-#include "testing/lutestsuiterunner/console/terminal.h"
+#include "base/lbvisibletext.h"
 
 namespace Runner
 {
@@ -27,42 +23,6 @@ bool isHighSurrogate(wchar_t character)
 bool isLowSurrogate(wchar_t character)
 {
     return isBetween(character, 0xDC00, 0xDFFF);
-}
-
-/// Characters that look like nothing or like a blank, or that change the order of others.
-bool isInvisible(wchar_t character)
-{
-    constexpr std::pair<wchar_t, wchar_t> c_Ranges[] = {{0x80, 0xA0},     {0xAD, 0xAD},     {0x61C, 0x61C},
-                                                        {0x2000, 0x200F}, {0x2028, 0x202F}, {0x205F, 0x206F},
-                                                        {0x3000, 0x3000}, {0xFEFF, 0xFEFF}};
-    return std::ranges::any_of(
-        c_Ranges, [character](const auto& range) { return isBetween(character, range.first, range.second); });
-}
-
-std::wstring toText(std::string_view bytes)
-{
-    constexpr wchar_t c_FirstByte = 0xDC80;
-    constexpr wchar_t c_LastByte = 0xDCFF;
-    std::wstring text;
-    wchar_t before = 0;
-    for (const wchar_t character : LbEncoding::FromNative(bytes))
-    {
-        // Of a surrogate pair the second one is no byte.
-        if (isBetween(character, c_FirstByte, c_LastByte) && !isHighSurrogate(before))
-        {
-            text += LbFormat(L"\\x%02X", static_cast<std::uint32_t>(character) & 0xFFU);
-        }
-        else if (isInvisible(character))
-        {
-            text += LbFormat(L"\\u%04X", static_cast<std::uint32_t>(character));
-        }
-        else
-        {
-            text += character;
-        }
-        before = character;
-    }
-    return ShowControls(std::move(text));
 }
 
 bool isInsideCharacter(std::string_view line, std::size_t place)
@@ -91,7 +51,7 @@ SWindow findWindow(std::string_view line, std::string_view other, std::size_t wi
         --begin;
     }
     const std::size_t end = std::min(line.size(), difference + 2 * reach);
-    return {toText(line.substr(begin, end - begin)), begin > 0, end < line.size()};
+    return {LbVisibleText::ShowBytes(line.substr(begin, end - begin)), begin > 0, end < line.size()};
 }
 
 /// The place of the first shown character; 0 if the texts are equal.
@@ -136,7 +96,7 @@ std::wstring ShowLine(std::string_view line, std::string_view other, std::size_t
     constexpr std::size_t c_LeastWidth = 8;
     if (width == c_AnyWidth)
     {
-        return toText(line);
+        return LbVisibleText::ShowBytes(line);
     }
     const std::size_t most = std::max(width, c_LeastWidth);
     const SWindow window = findWindow(line, other, most);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/lbencoding.h"
+#include "base/lbvisibletext.h"
 #include "base/os/console.h"
 
 namespace Runner
@@ -14,37 +15,7 @@ namespace
 constexpr const char* c_EraseLine = "\r\x1b[K";
 constexpr std::wstring_view c_LineControls = L"\n\t";
 
-bool isControl(wchar_t character)
-{
-    constexpr wchar_t c_Delete = 0x7F;
-    constexpr wchar_t c_LastControl = 0x9F;
-    return character < L' ' || (character >= c_Delete && character <= c_LastControl);
-}
-
-wchar_t getPicture(wchar_t control)
-{
-    constexpr wchar_t c_Pictures = 0x2400;
-    constexpr wchar_t c_DeletePicture = 0x2421;
-    constexpr wchar_t c_Delete = 0x7F;
-    constexpr wchar_t c_Unknown = 0xFFFD;
-    return control < L' '        ? static_cast<wchar_t>(c_Pictures + control)
-           : control == c_Delete ? c_DeletePicture
-                                 : c_Unknown;
-}
-
 } // namespace
-
-std::wstring ShowControls(std::wstring text, std::wstring_view kept)
-{
-    for (wchar_t& character : text)
-    {
-        if (isControl(character) && kept.find(character) == std::wstring_view::npos)
-        {
-            character = getPicture(character);
-        }
-    }
-    return text;
-}
 
 CTerminal& CTerminal::Get()
 {
@@ -62,14 +33,14 @@ void CTerminal::ShowStatus(const std::wstring& text)
     if (m_hasStatus)
     {
         erase();
-        m_status = ShowControls(text);
+        m_status = LbVisibleText::ShowControls(text);
         redraw();
     }
 }
 
 void CTerminal::WriteOutput(const std::wstring& lines)
 {
-    WriteColoured(m_isTerminal ? ShowControls(lines, c_LineControls) : lines);
+    WriteColoured(m_isTerminal ? LbVisibleText::ShowControls(lines, c_LineControls) : lines);
 }
 
 void CTerminal::WriteColoured(const std::wstring& lines)
@@ -84,7 +55,8 @@ void CTerminal::WriteError(const std::wstring& lines)
 {
     const std::lock_guard lock(m_mutex);
     erase();
-    LbOs::WriteStandardError(LbEncoding::ToUtf8(m_hasStatus ? ShowControls(lines, c_LineControls) : lines));
+    const std::wstring shown = m_hasStatus ? LbVisibleText::ShowControls(lines, c_LineControls) : lines;
+    LbOs::WriteStandardError(LbEncoding::ToUtf8(shown));
     redraw();
 }
 

@@ -3,16 +3,11 @@
 
 #include <mutex>
 #include <string>
-#include <string_view>
 
 #include "base/inoncopyable.h"
 
 namespace Runner
 {
-
-/// Replaces control characters other than the kept ones by their pictures, so that names of files and output of cases
-/// cannot steer a terminal.
-std::wstring ShowControls(std::wstring text, std::wstring_view kept = {});
 
 /// Standard output and standard error of the process. Control characters reach only files and pipes, except for colours
 /// (WriteColoured). Any thread; lines of different calls never interleave.
