@@ -9,7 +9,6 @@
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "base/os/dumps.h"
-#include "base/os/openfiles.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
 namespace LuTestSuiteRun
@@ -46,9 +45,6 @@ std::wstring makeDumpName(const SWorkBuffer& buffer, std::uint64_t processId)
     return LbPath::ToSafeName(name.substr(0, c_Longest)) + L"-" + std::to_wstring(processId);
 }
 
-/// Channels of all threads.
-std::atomic<std::uint32_t> s_channelCount = 0;
-
 } // namespace
 
 std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
@@ -70,18 +66,6 @@ std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstr
         line += L" --dll " + LbCommandLine::Quote(name);
     }
     return line;
-}
-
-CChildChannel::CFileQuota::CFileQuota()
-{
-    constexpr std::uint64_t c_FilesPerChannel = 8; // The upper limit of one channel.
-    constexpr std::uint64_t c_OtherFiles = 256;    // For cases of this process and others.
-    LbOs::EnsureOpenFiles(++s_channelCount * c_FilesPerChannel + c_OtherFiles);
-}
-
-CChildChannel::CFileQuota::~CFileQuota()
-{
-    --s_channelCount;
 }
 
 CChildChannel::CChildChannel(const SChildSettings& settings)
@@ -272,7 +256,7 @@ bool CChildChannel::watch()
 {
     // Watching occupies a processor that another child could use. It is pointless if parent and child share one.
     static const std::uint32_t s_processors = LuTestSuiteUtils::GetDefaultThreadCount();
-    const bool hasProcessor = !m_sharing.IsNext() && 2 * s_channelCount <= s_processors;
+    const bool hasProcessor = !m_sharing.IsNext() && 2 * CFileQuota::CountChannels() <= s_processors;
     const CWorkBufferWriteView buffer = m_objects->buffer.GetWriteAccess();
     return hasProcessor && m_watch.Watch([&] { return IsAnswered(*buffer, m_number); });
 }

@@ -17,6 +17,7 @@
 #include "testing/lutestsuite/run/children/childend.h"
 #include "testing/lutestsuite/run/children/childobjects.h"
 #include "testing/lutestsuite/run/children/crashbox.h"
+#include "testing/lutestsuite/run/children/filequota.h"
 #include "testing/lutestsuite/run/children/leavingchildren.h"
 #include "testing/lutestsuite/run/children/processorsharing.h"
 #include "testing/lutestsuite/run/children/sharedlistings.h"
@@ -138,14 +139,6 @@ private:
 
     /// Signals an untaken request again, because a test may have consumed the signal.
     void remind();
-
-    /// While it lives, counts a channel and provides the open files that the channels of all threads need.
-    class CFileQuota : public INonCopyable
-    {
-    public:
-        CFileQuota();
-        ~CFileQuota();
-    };
 
     const SChildSettings& m_settings;
     CFileQuota m_fileQuota;
