@@ -3,26 +3,18 @@
 #include <atomic>
 #include <utility>
 
-#include "base/lbcommandline.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
-#include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "base/os/dumps.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/run/children/childcommandline.h"
 
 namespace LuTestSuiteRun
 {
 
 namespace
 {
-
-/// This build's host, beside the running executable and usually the same.
-std::wstring getHostName()
-{
-    const bool isDebug = LuTestSuiteUtils::GetBuildConfiguration().starts_with(L"Debug");
-    return LbFormat(L"LuTestSuiteCLI%s%s", isDebug ? L"D" : L"", LbOs::c_ExecutableSuffix);
-}
 
 /// Lets the caller use all processors again after the wait.
 struct SRestored
@@ -46,27 +38,6 @@ std::wstring makeDumpName(const SWorkBuffer& buffer, std::uint64_t processId)
 }
 
 } // namespace
-
-std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
-                                 const std::wstring& requestEventId, const std::wstring& responseEventId)
-{
-    // A run of a host's own list of unit tests may have no data directory; the child requires one but does not read it.
-    const std::wstring dataDirectory = settings.dataDirectory.empty()
-                                           ? LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)
-                                           : settings.dataDirectory;
-    std::wstring line =
-        LbFormat(L"%s -d %s -x --memory-id %s --request-event-id %s --response-event-id %s", getHostName(),
-                 LbCommandLine::Quote(dataDirectory), memoryId, requestEventId, responseEventId);
-    if (!settings.assertDialog)
-    {
-        line += L" --no-assert-dialog";
-    }
-    for (const std::wstring& name : settings.dlls)
-    {
-        line += L" --dll " + LbCommandLine::Quote(name);
-    }
-    return line;
-}
 
 CChildChannel::CChildChannel(const SChildSettings& settings)
     : m_settings(settings), m_objects(std::make_unique<SChildObjects>())
@@ -115,7 +86,7 @@ void CChildChannel::startChild()
     m_objects->response->Reset();
     LbOs::SChildOptions options;
     const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
-    options.program = folder + getHostName();
+    options.program = folder + GetHostName();
     options.commandLine =
         GetChildCommandLine(m_settings, m_objects->buffer.GetName(), m_objects->requestId, m_objects->responseId);
     options.workingDirectory = folder;

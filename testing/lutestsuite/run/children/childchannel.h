@@ -16,33 +16,16 @@
 #include "testing/lutestsuite/run/children/briefwatch.h"
 #include "testing/lutestsuite/run/children/childend.h"
 #include "testing/lutestsuite/run/children/childobjects.h"
+#include "testing/lutestsuite/run/children/childsettings.h"
 #include "testing/lutestsuite/run/children/crashbox.h"
 #include "testing/lutestsuite/run/children/filequota.h"
-#include "testing/lutestsuite/run/children/leavingchildren.h"
 #include "testing/lutestsuite/run/children/processorsharing.h"
-#include "testing/lutestsuite/run/children/sharedlistings.h"
 
 namespace LuTestSuiteRun
 {
 
 /// A child exits after this time without a request.
 inline constexpr std::uint32_t c_LongestIdleMilliseconds = 5000;
-
-/// The settings with which a run starts all its child processes.
-struct SChildSettings
-{
-    std::wstring dataDirectory;     ///< full path
-    std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
-    bool assertDialog = true;
-    CLeavingChildren* leaving = nullptr; ///< takes children whose work is done; null: such children are ended
-    bool takeStacks = false;             ///< read the stacks of children that crash or are ended at the time limit
-    std::wstring dumpDirectory = {};     ///< receives memory dumps of such children; empty: no dumps
-    CSharedListings* listings = nullptr; ///< for the data directories of the cases; null: children read them
-};
-
-/// The command line of a child that serves through objects of these names.
-std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
-                                 const std::wstring& requestEventId, const std::wstring& responseEventId);
 
 /// A work buffer, two events and the child process at their other end. Used by one thread.
 class CChildChannel : public INonCopyable

@@ -1,4 +1,4 @@
-#include "testing/lutestsuite/run/children/childchannel.h"
+#include "testing/lutestsuite/run/children/childcommandline.h"
 
 #include <string>
 
