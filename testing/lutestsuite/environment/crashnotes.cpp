@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "base/lbencoding.h"
-#include "base/lbutf8.h"
 #include "base/os/platform.h"
+#include "testing/lutestsuite/environment/crashtext.h"
 
 namespace LuTestSuite
 {
@@ -20,73 +20,6 @@ constexpr std::size_t c_Places = 512;
 CCrashThread::SPlace s_places[c_Places];
 
 std::atomic<ICrashReporter*> s_reporter = nullptr;
-
-/// Builds text without using the heap.
-class CCrashText
-{
-public:
-    void Add(std::string_view text)
-    {
-        const std::size_t length = std::min(text.size(), sizeof(m_bytes) - m_size);
-        std::copy_n(text.begin(), length, m_bytes + m_size);
-        m_size += length;
-    }
-
-    void AddNumber(std::uint64_t number)
-    {
-        char digits[2 + 2 * sizeof(number)];
-        char* digit = std::end(digits);
-        do
-        {
-            *--digit = "0123456789abcdef"[number % 16];
-            number /= 16;
-        }
-        while (number != 0);
-        *--digit = 'x';
-        *--digit = '0';
-        Add({digit, static_cast<std::size_t>(std::end(digits) - digit)});
-    }
-
-    void AddActivity(EActivity activity, const char16_t* className, const char16_t* detail)
-    {
-        Add("'");
-        addName(className);
-        Add(activity == EActivity::FindCases ? "' in '" : ":");
-        addName(detail);
-        Add("'");
-    }
-
-    /// Writes the text collected so far; a short line is written in one piece.
-    void Write()
-    {
-        LbOs::WriteCrashText({m_bytes, m_size});
-        m_size = 0;
-    }
-
-private:
-    void addName(const char16_t* name)
-    {
-        // At most three bytes for each unit of UTF-16, and what surrounds the name.
-        constexpr std::size_t c_Most = 3 * CUnderWay::sc_uiCapacity + 16;
-        if (sizeof(m_bytes) - m_size < c_Most)
-        {
-            Write();
-        }
-        std::size_t length = 0;
-        while (length < CUnderWay::sc_uiCapacity && name[length] != u'\0')
-        {
-            ++length;
-        }
-        char* const bytes = m_bytes + m_size;
-        const std::size_t size = LbEncoding::ToUtf8({name, length}, {bytes, sizeof(m_bytes) - m_size});
-        std::replace_if(
-            bytes, bytes + size, [](unsigned char byte) { return byte < 0x20; }, ' ');
-        m_size += size;
-    }
-
-    char m_bytes[8192] = {};
-    std::size_t m_size = 0;
-};
 
 /// Not on the stack, which may have overflowed. One thread at a time reports a crash.
 constinit CCrashText s_text;
@@ -109,7 +42,11 @@ bool addActivity(CCrashText& text, std::string_view before, const CCrashThread::
         return false;
     }
     text.Add(before);
-    text.AddActivity(place.activity, className, detail);
+    text.Add("'");
+    text.AddName(className, CUnderWay::sc_uiCapacity);
+    text.Add(place.activity == EActivity::FindCases ? "' in '" : ":");
+    text.AddName(detail, CUnderWay::sc_uiCapacity);
+    text.Add("'");
     return true;
 }
 
