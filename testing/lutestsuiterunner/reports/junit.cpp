@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <functional>
-#include <limits>
 #include <map>
 #include <numeric>
 #include <set>
 #include <utility>
 
 #include "base/lbformat.h"
+#include "testing/lutestsuiterunner/reports/fairshare.h"
 #include "testing/lutestsuiterunner/reports/junitcase.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/reports/xmltext.h"
@@ -182,7 +182,7 @@ public:
         const std::size_t room = m_limit - std::min(m_limit, m_fixed);
         m_redRoom = std::min(m_redFrames, room);
         m_otherRoom = std::min(m_otherFrames, room - m_redRoom);
-        m_longestText = findLongestText(room - m_redRoom - m_otherRoom);
+        m_longestText = GetFairShare(std::move(m_texts), room - m_redRoom - m_otherRoom);
     }
 
     /// False if the element is to be omitted; cuts its text otherwise.
@@ -205,22 +205,6 @@ public:
     }
 
 private:
-    /// The largest size that longer texts may keep so that all fit together.
-    std::size_t findLongestText(std::size_t room)
-    {
-        std::ranges::sort(m_texts);
-        for (std::size_t index = 0; index < m_texts.size(); ++index)
-        {
-            const std::size_t share = room / (m_texts.size() - index);
-            if (m_texts[index] > share)
-            {
-                return share;
-            }
-            room -= m_texts[index];
-        }
-        return std::numeric_limits<std::size_t>::max();
-    }
-
     std::size_t m_limit;
     std::size_t m_fixed = 0;
     std::size_t m_redFrames = 0;
