@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "base/lbformat.h"
-#include "testing/lutestsuiterunner/reports/fairshare.h"
+#include "testing/lutestsuiterunner/reports/junitbudget.h"
 #include "testing/lutestsuiterunner/reports/junitcase.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/reports/xmltext.h"
@@ -20,8 +20,6 @@ namespace
 {
 
 constexpr std::wstring_view c_RunSuite = L"LuTestSuiteRunner";
-constexpr std::string_view c_CutNote = "\n[... gekürzt, vollständig im Journal]\n";
-
 /// One suite: generates its cases one after another, again for each call.
 struct SSuite
 {
@@ -159,61 +157,6 @@ std::string makeCounts(const SCounts& counts)
     return " tests=\"" + std::to_string(counts.tests) + "\" failures=\"" + std::to_string(counts.failures) +
            "\" errors=\"" + std::to_string(counts.errors) + "\" time=\"" + ToXmlSeconds(counts.time) + "\"";
 }
-
-/// Decides what fits into a file of limited size. Learns of all elements first; then decides for each, in the same
-/// order, how much of it is written.
-class CBudget
-{
-public:
-    explicit CBudget(std::size_t limit) : m_limit(limit) {}
-
-    void Learn(const SJunitCase& element)
-    {
-        const std::size_t frame = element.start.size() + element.end.size();
-        (element.IsRed() ? m_redFrames : m_otherFrames) += frame;
-        m_texts.push_back(element.text.size());
-    }
-
-    void LearnFrame(std::size_t size) { m_fixed += size; }
-
-    void Decide()
-    {
-        // Texts get the space that the frames of the elements leave. Frames of failed cases come first.
-        const std::size_t room = m_limit - std::min(m_limit, m_fixed);
-        m_redRoom = std::min(m_redFrames, room);
-        m_otherRoom = std::min(m_otherFrames, room - m_redRoom);
-        m_longestText = GetFairShare(std::move(m_texts), room - m_redRoom - m_otherRoom);
-    }
-
-    /// False if the element is to be omitted; cuts its text otherwise.
-    bool Take(SJunitCase& element)
-    {
-        const std::size_t frame = element.start.size() + element.end.size();
-        std::size_t& room = element.IsRed() ? m_redRoom : m_otherRoom;
-        if (frame > room)
-        {
-            room = 0;
-            return false;
-        }
-        room -= frame;
-        if (element.text.size() > m_longestText)
-        {
-            CutXmlText(element.text, m_longestText - std::min(m_longestText, c_CutNote.size()));
-            element.text += m_longestText < c_CutNote.size() ? std::string_view() : c_CutNote;
-        }
-        return true;
-    }
-
-private:
-    std::size_t m_limit;
-    std::size_t m_fixed = 0;
-    std::size_t m_redFrames = 0;
-    std::size_t m_otherFrames = 0;
-    std::vector<std::size_t> m_texts;
-    std::size_t m_redRoom = 0;
-    std::size_t m_otherRoom = 0;
-    std::size_t m_longestText = 0;
-};
 
 void write(LuStreamWriteBinaryFile& file, std::string_view text)
 {
@@ -383,7 +326,7 @@ private:
     const SSuite m_runSuite = {std::wstring(c_RunSuite), {}, {}};
     std::vector<SCounts> m_counts; ///< of the suites, and at the end of the run itself
     SCounts m_total;
-    CBudget m_budget;
+    CJunitBudget m_budget;
     /// Both make the same lists: for the sizes, and then for the file.
     CProperties m_learned;
     CProperties m_written;
