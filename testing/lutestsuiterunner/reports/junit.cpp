@@ -10,6 +10,7 @@
 #include "base/lbformat.h"
 #include "testing/lutestsuiterunner/reports/junitbudget.h"
 #include "testing/lutestsuiterunner/reports/junitcase.h"
+#include "testing/lutestsuiterunner/reports/junitcounts.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/reports/xmltext.h"
 
@@ -125,39 +126,6 @@ void visitProblems(const CRunState& state, const UseCase& use)
     }
 }
 
-struct SCounts
-{
-    std::uint64_t tests = 0;
-    std::uint64_t failures = 0;
-    std::uint64_t errors = 0;
-    std::uint64_t skipped = 0;
-    std::uint64_t time = 0;
-
-    void Add(const SJunitCase& element)
-    {
-        ++tests;
-        failures += element.status == EJunitStatus::Failure ? 1U : 0U;
-        errors += element.status == EJunitStatus::Error ? 1U : 0U;
-        skipped += element.status == EJunitStatus::Skipped ? 1U : 0U;
-        time += element.time;
-    }
-
-    void Add(const SCounts& other)
-    {
-        tests += other.tests;
-        failures += other.failures;
-        errors += other.errors;
-        skipped += other.skipped;
-        time += other.time;
-    }
-};
-
-std::string makeCounts(const SCounts& counts)
-{
-    return " tests=\"" + std::to_string(counts.tests) + "\" failures=\"" + std::to_string(counts.failures) +
-           "\" errors=\"" + std::to_string(counts.errors) + "\" time=\"" + ToXmlSeconds(counts.time) + "\"";
-}
-
 void write(LuStreamWriteBinaryFile& file, std::string_view text)
 {
     file.Write(text.data(), text.size());
@@ -242,7 +210,7 @@ private:
     template<typename F>
     void learn(const F& visit, const SSuite& suite)
     {
-        SCounts counts;
+        SJunitCounts counts;
         visit([&](const SJunitCase& element) {
             counts.Add(element);
             m_budget.Learn(element);
@@ -255,15 +223,15 @@ private:
 
     std::string makeHead() const
     {
-        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\"LuTestSuite\"" + makeCounts(m_total) +
-               ">\n";
+        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\"LuTestSuite\"" +
+               MakeJunitAttributes(m_total) + ">\n";
     }
 
-    std::string makeSuiteHead(const SSuite& suite, const SCounts& counts, CProperties& lists) const
+    std::string makeSuiteHead(const SSuite& suite, const SJunitCounts& counts, CProperties& lists) const
     {
         std::wstring timestamp = m_state.GetStartTime();
         std::ranges::replace(timestamp, L' ', L'T');
-        std::string head = "\t<testsuite name=\"" + ToXmlAttribute(suite.name) + "\"" + makeCounts(counts) +
+        std::string head = "\t<testsuite name=\"" + ToXmlAttribute(suite.name) + "\"" + MakeJunitAttributes(counts) +
                            " skipped=\"" + std::to_string(counts.skipped) + "\" timestamp=\"" +
                            ToXmlAttribute(timestamp) + "\" hostname=\"" +
                            ToXmlAttribute(m_state.GetPlan().origin.machine) + "\">\n";
@@ -324,8 +292,8 @@ private:
     const CRunState& m_state;
     const CSuites m_suites;
     const SSuite m_runSuite = {std::wstring(c_RunSuite), {}, {}};
-    std::vector<SCounts> m_counts; ///< of the suites, and at the end of the run itself
-    SCounts m_total;
+    std::vector<SJunitCounts> m_counts; ///< of the suites, and at the end of the run itself
+    SJunitCounts m_total;
     CJunitBudget m_budget;
     /// Both make the same lists: for the sizes, and then for the file.
     CProperties m_learned;
