@@ -11,6 +11,7 @@
 #include "testing/lutestsuiterunner/reports/junitbudget.h"
 #include "testing/lutestsuiterunner/reports/junitcase.h"
 #include "testing/lutestsuiterunner/reports/junitcounts.h"
+#include "testing/lutestsuiterunner/reports/junitproperties.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/reports/xmltext.h"
 
@@ -131,44 +132,6 @@ void write(LuStreamWriteBinaryFile& file, std::string_view text)
     file.Write(text.data(), text.size());
 }
 
-/// The elements that list cases of special kinds. Their lists are cut at a part of the file's size.
-class CProperties
-{
-public:
-    explicit CProperties(std::size_t room) : m_room(room) {}
-
-    void Add(const char* property, const std::wstring& name)
-    {
-        std::string line = make(property, ToXmlAttribute(name));
-        if (line.size() > m_room)
-        {
-            m_room = 0;
-            ++m_leftOut;
-            return;
-        }
-        m_room -= line.size();
-        m_lines += line;
-    }
-
-    /// The lines since the last call, and how many names are left out.
-    std::string Take()
-    {
-        const std::string rest = m_leftOut == 0 ? std::string() : make("left-out", std::to_string(m_leftOut));
-        m_leftOut = 0;
-        return std::exchange(m_lines, {}) + rest;
-    }
-
-private:
-    static std::string make(const char* property, const std::string& value)
-    {
-        return "\t\t\t<property name=\"" + std::string(property) + "\" value=\"" + value + "\"/>\n";
-    }
-
-    std::size_t m_room;
-    std::uint64_t m_leftOut = 0;
-    std::string m_lines;
-};
-
 class CJunitWriter
 {
 public:
@@ -227,7 +190,7 @@ private:
                MakeJunitAttributes(m_total) + ">\n";
     }
 
-    std::string makeSuiteHead(const SSuite& suite, const SJunitCounts& counts, CProperties& lists) const
+    std::string makeSuiteHead(const SSuite& suite, const SJunitCounts& counts, CJunitProperties& lists) const
     {
         std::wstring timestamp = m_state.GetStartTime();
         std::ranges::replace(timestamp, L' ', L'T');
@@ -240,7 +203,7 @@ private:
     }
 
     /// Lists the cases whose kind the usual elements cannot express.
-    std::string makeProperties(const SSuite& suite, CProperties& lists) const
+    std::string makeProperties(const SSuite& suite, CJunitProperties& lists) const
     {
         for (const std::uint32_t index : suite.cases)
         {
@@ -296,8 +259,8 @@ private:
     SJunitCounts m_total;
     CJunitBudget m_budget;
     /// Both make the same lists: for the sizes, and then for the file.
-    CProperties m_learned;
-    CProperties m_written;
+    CJunitProperties m_learned;
+    CJunitProperties m_written;
 };
 
 } // namespace
