@@ -2,16 +2,13 @@
 
 #include <algorithm>
 #include <functional>
-#include <map>
-#include <numeric>
-#include <set>
-#include <utility>
 
 #include "base/lbformat.h"
 #include "testing/lutestsuiterunner/reports/junitbudget.h"
 #include "testing/lutestsuiterunner/reports/junitcase.h"
 #include "testing/lutestsuiterunner/reports/junitcounts.h"
 #include "testing/lutestsuiterunner/reports/junitproperties.h"
+#include "testing/lutestsuiterunner/reports/junitsuites.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/reports/xmltext.h"
 
@@ -22,84 +19,10 @@ namespace
 {
 
 constexpr std::wstring_view c_RunSuite = L"LuTestSuiteRunner";
-/// One suite: generates its cases one after another, again for each call.
-struct SSuite
-{
-    std::wstring name;
-    std::vector<std::uint32_t> cases;
-    std::vector<const SDisabledCase*> disabled;
-};
-
-/// The classes that have more than one folder.
-class CSuiteNames
-{
-public:
-    explicit CSuiteNames(const SPlan& plan) : m_plan(plan)
-    {
-        for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
-        {
-            m_folders[unitTest.className].insert(unitTest.dataDirectory);
-        }
-        for (const SDisabledCase& disabled : plan.disabled)
-        {
-            m_folders[disabled.className].insert(disabled.dataDirectory);
-        }
-    }
-
-    std::wstring Get(const std::wstring& className, const std::wstring& dataDirectory) const
-    {
-        return m_folders.at(className).size() == 1 ? className : GetUnitTestName(m_plan, dataDirectory, className);
-    }
-
-private:
-    const SPlan& m_plan;
-    std::map<std::wstring, std::set<std::wstring>> m_folders;
-};
-
-class CSuites
-{
-public:
-    explicit CSuites(const SPlan& plan) : m_names(plan)
-    {
-        for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
-        {
-            const LuTestSuite::SUnitTest& unitTest = plan.unitTests[plan.cases[index].unitTest];
-            if (plan.cases[index].isInShard)
-            {
-                get(unitTest.className, unitTest.dataDirectory).cases.push_back(index);
-            }
-        }
-        // The reports of all shards together contain each disabled case once.
-        for (const SDisabledCase& disabled : plan.disabled)
-        {
-            if (plan.shard.number == 1)
-            {
-                get(disabled.className, disabled.dataDirectory).disabled.push_back(&disabled);
-            }
-        }
-    }
-
-    const std::vector<SSuite>& Get() const { return m_suites; }
-
-private:
-    SSuite& get(const std::wstring& className, const std::wstring& dataDirectory)
-    {
-        const auto [entry, isNew] = m_indices.try_emplace({className, dataDirectory}, m_suites.size());
-        if (isNew)
-        {
-            m_suites.push_back({m_names.Get(className, dataDirectory), {}, {}});
-        }
-        return m_suites[entry->second];
-    }
-
-    CSuiteNames m_names;
-    std::map<std::pair<std::wstring, std::wstring>, std::size_t> m_indices;
-    std::vector<SSuite> m_suites;
-};
 
 using UseCase = std::function<void(const SJunitCase& element)>;
 
-void visitCases(const CRunState& state, const SSuite& suite, const UseCase& use)
+void visitCases(const CRunState& state, const SJunitSuite& suite, const UseCase& use)
 {
     for (const std::uint32_t index : suite.cases)
     {
@@ -139,7 +62,7 @@ public:
         : m_state(state), m_suites(state.GetPlan()), m_budget(limit), m_learned(limit / c_PropertyShare),
           m_written(limit / c_PropertyShare)
     {
-        for (const SSuite& suite : m_suites.Get())
+        for (const SJunitSuite& suite : m_suites.Get())
         {
             learn([&](const UseCase& use) { visitCases(state, suite, use); }, suite);
         }
@@ -152,7 +75,7 @@ public:
     {
         write(file, makeHead());
         std::size_t index = 0;
-        for (const SSuite& suite : m_suites.Get())
+        for (const SJunitSuite& suite : m_suites.Get())
         {
             writeSuite(file, makeSuiteHead(suite, m_counts[index++], m_written),
                        [&](const UseCase& use) { visitCases(m_state, suite, use); });
@@ -171,7 +94,7 @@ private:
     static constexpr std::string_view c_SuiteFoot = "\t</testsuite>\n";
 
     template<typename F>
-    void learn(const F& visit, const SSuite& suite)
+    void learn(const F& visit, const SJunitSuite& suite)
     {
         SJunitCounts counts;
         visit([&](const SJunitCase& element) {
@@ -190,7 +113,7 @@ private:
                MakeJunitAttributes(m_total) + ">\n";
     }
 
-    std::string makeSuiteHead(const SSuite& suite, const SJunitCounts& counts, CJunitProperties& lists) const
+    std::string makeSuiteHead(const SJunitSuite& suite, const SJunitCounts& counts, CJunitProperties& lists) const
     {
         std::wstring timestamp = m_state.GetStartTime();
         std::ranges::replace(timestamp, L' ', L'T');
@@ -203,7 +126,7 @@ private:
     }
 
     /// Lists the cases whose kind the usual elements cannot express.
-    std::string makeProperties(const SSuite& suite, CJunitProperties& lists) const
+    std::string makeProperties(const SJunitSuite& suite, CJunitProperties& lists) const
     {
         for (const std::uint32_t index : suite.cases)
         {
@@ -253,8 +176,8 @@ private:
     }
 
     const CRunState& m_state;
-    const CSuites m_suites;
-    const SSuite m_runSuite = {std::wstring(c_RunSuite), {}, {}};
+    const CJunitSuites m_suites;
+    const SJunitSuite m_runSuite = {std::wstring(c_RunSuite), {}, {}};
     std::vector<SJunitCounts> m_counts; ///< of the suites, and at the end of the run itself
     SJunitCounts m_total;
     CJunitBudget m_budget;
