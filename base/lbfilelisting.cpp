@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/filewildcard.h"
 #include "base/lbcriticalsection.h"
 #include "base/listingimage.h"
 #include "base/listingshare.h"
@@ -24,50 +25,6 @@ namespace
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds c_LongestClockStep(100);
-
-bool matchesCharacter(wchar_t character, wchar_t inWildcard)
-{
-    return inWildcard == L'?' || inWildcard == character;
-}
-
-/// True if the name contains the parts between the stars of the wildcard, in their order.
-bool containsParts(std::wstring_view name, std::wstring_view wildcard)
-{
-    while (!wildcard.empty())
-    {
-        const std::wstring_view part = wildcard.substr(0, wildcard.find(L'*'));
-        wildcard.remove_prefix(std::min(part.size() + 1, wildcard.size()));
-        // The earliest match leaves the most text for the parts that follow.
-        const auto place = std::ranges::search(name, part, matchesCharacter);
-        if (place.size() < part.size())
-        {
-            return false;
-        }
-        name.remove_prefix(static_cast<std::size_t>(place.end() - name.begin()));
-    }
-    return true;
-}
-
-bool matchesWildcard(std::wstring_view name, std::wstring_view wildcard)
-{
-    const std::size_t firstStar = wildcard.find(L'*');
-    if (firstStar == std::wstring_view::npos)
-    {
-        return std::ranges::equal(name, wildcard, matchesCharacter);
-    }
-    const std::size_t lastStar = wildcard.rfind(L'*');
-    const std::wstring_view begin = wildcard.substr(0, firstStar);
-    const std::wstring_view end = wildcard.substr(lastStar + 1);
-    if (name.size() < begin.size() + end.size())
-    {
-        return false;
-    }
-    // Most wildcards are one star and an ending, so comparing the ending first rejects most names at once.
-    const std::wstring_view rest = name.substr(begin.size(), name.size() - begin.size() - end.size());
-    return std::ranges::equal(name.substr(name.size() - end.size()), end, matchesCharacter) &&
-           std::ranges::equal(name.substr(0, begin.size()), begin, matchesCharacter) &&
-           containsParts(rest, wildcard.substr(firstStar, lastStar - firstStar));
-}
 
 /// A unique text for the pattern: each wildcard with an end mark, then the excluded ones.
 std::wstring getKey(const LbFilePattern& pattern)
@@ -432,7 +389,7 @@ void CListings::keep(SKept kept)
 
 bool LbFilePattern::Matches(std::wstring_view name) const
 {
-    const auto matches = [name](std::wstring_view wildcard) { return matchesWildcard(name, wildcard); };
+    const auto matches = [name](std::wstring_view wildcard) { return LbFileWildcard::Matches(name, wildcard); };
     return std::ranges::any_of(wildcards, matches) && std::ranges::none_of(excluded, matches);
 }
 
