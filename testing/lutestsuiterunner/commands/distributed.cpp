@@ -20,10 +20,8 @@
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/selection.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
-#include "testing/lutestsuiterunner/journal/planfile.h"
 #include "testing/lutestsuiterunner/reports/summary.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
-#include "testing/lutestsuiterunner/settings/commandline.h"
 
 namespace Runner
 {
@@ -32,15 +30,6 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
-
-/// The more shards, the longer the interval, because each step asks for the journals of all shards.
-std::chrono::milliseconds getInterval(std::size_t shards)
-{
-    constexpr std::chrono::milliseconds c_Least(200);
-    constexpr std::chrono::milliseconds c_PerShard(10);
-    constexpr std::chrono::milliseconds c_Most(15'000);
-    return std::clamp(c_PerShard * static_cast<std::int64_t>(shards), c_Least, c_Most);
-}
 
 /// One line that tells how far the run is: rewritten on a terminal, else every 30 seconds.
 class CShardsLine : public INonCopyable
@@ -101,7 +90,7 @@ std::unique_ptr<LbOs::CFolderLock> acquire(const SDistributedRun& run)
         {
             MarkCanceled(run.folder);
         }
-        std::this_thread::sleep_for(getInterval(run.shards.size()));
+        std::this_thread::sleep_for(run.GetInterval());
         lock = tryAcquire(run);
     }
     return lock;
@@ -136,7 +125,7 @@ std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
         {
             throw LbException(LbFormat(L"Der Lauf, der in %s noch läuft, endet nicht", run.folder));
         }
-        std::this_thread::sleep_for(getInterval(run.shards.size()));
+        std::this_thread::sleep_for(run.GetInterval());
     }
     return lock;
 }
@@ -217,7 +206,7 @@ void follow(const SDistributedRun& run, CFollower& follower)
         }
         else
         {
-            std::this_thread::sleep_for(getInterval(run.shards.size()));
+            std::this_thread::sleep_for(run.GetInterval());
         }
     }
     warn(follower);
@@ -235,25 +224,6 @@ Quarantine readQuarantine(const SDistributedRun& run)
 }
 
 } // namespace
-
-SDistributedRun OpenDistributedRun(const std::wstring& directory)
-{
-    if (directory.empty())
-    {
-        throw std::wstring(L"Der Ordner des Laufs fehlt");
-    }
-    SDistributedRun run;
-    run.folder = GetRunFolder(directory);
-    run.shards = ReadShards(run.folder);
-    run.plan = ReadPlan(run.folder + c_PlanName);
-    std::vector<std::wstring> arguments = {L"LuTestSuiteRunner"};
-    arguments.insert(arguments.end(), run.plan.arguments.begin(), run.plan.arguments.end());
-    run.options = std::get<SSubmitOptions>(ReadCommandLine(arguments));
-    run.kind = &GetEngineKind(run.options.engine);
-    run.kind->require(run.options.sbatch);
-    run.engine = run.kind->make({run.folder, run.plan.runId, run.plan.partCount, run.options.sbatch});
-    return run;
-}
 
 std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder)
 {

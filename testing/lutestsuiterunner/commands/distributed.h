@@ -6,25 +6,10 @@
 
 #include "base/os/folderlock.h"
 #include "testing/lutestsuiterunner/cluster/follower.h"
-#include "testing/lutestsuiterunner/model/plan.h"
-#include "testing/lutestsuiterunner/settings/options.h"
+#include "testing/lutestsuiterunner/commands/distributedrun.h"
 
 namespace Runner
 {
-
-/// A distributed run, as read from its folder.
-struct SDistributedRun
-{
-    std::wstring folder; ///< with separator at its end
-    SPlan plan;          ///< of all shards
-    SSubmitOptions options;
-    std::vector<SShardEntry> shards;
-    const SEngineKind* kind = nullptr; ///< of the engine
-    std::unique_ptr<IEngine> engine;
-};
-
-/// Throws a German message as std::wstring, or LbException, if the directory holds no distributed run.
-SDistributedRun OpenDistributedRun(const std::wstring& directory);
 
 /// Cancels the distributed run that the folder may contain, and waits for the end of its tasks, before another run
 /// replaces it. Only warns if the run is unreadable or the scheduler does not confirm the end. `folder` ends in a
