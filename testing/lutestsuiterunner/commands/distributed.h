@@ -5,7 +5,6 @@
 #include <string>
 
 #include "base/os/folderlock.h"
-#include "testing/lutestsuiterunner/cluster/follower.h"
 #include "testing/lutestsuiterunner/commands/distributedrun.h"
 
 namespace Runner
@@ -25,8 +24,5 @@ int FollowToEnd(const SDistributedRun& run);
 
 /// True if another process of this machine has started the shards and has not ended.
 bool BelongsToAnotherProcess(const SDistributedRun& run);
-
-/// "Teile: 3 von 12 fertig, Fälle: 120/2000, ...".
-std::wstring FormatShards(const CFollower& follower);
 
 } // namespace Runner

@@ -5,6 +5,7 @@
 #include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/distributed.h"
+#include "testing/lutestsuiterunner/commands/shardstext.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 
