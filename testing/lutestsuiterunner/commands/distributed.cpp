@@ -15,10 +15,9 @@
 #include "testing/lutestsuiterunner/cluster/proof.h"
 #include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
-#include "testing/lutestsuiterunner/commands/shardstext.h"
+#include "testing/lutestsuiterunner/commands/shardsline.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/closing.h"
-#include "testing/lutestsuiterunner/console/progress.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/execution/selection.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
@@ -32,34 +31,6 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
-
-/// One line that tells how far the run is: rewritten on a terminal, else every 30 seconds.
-class CShardsLine : public INonCopyable
-{
-public:
-    ~CShardsLine() { CTerminal::Get().ShowStatus(L""); }
-
-    void Show(const CFollower& follower, Clock::time_point now)
-    {
-        constexpr std::chrono::seconds c_Interval(30);
-        const auto elapsed = std::chrono::duration_cast<std::chrono::seconds>(now - m_start).count();
-        const std::wstring text =
-            LbFormat(L"%s, Zeit: %s", FormatShards(follower), FormatDuration(static_cast<std::uint64_t>(elapsed)));
-        if (CTerminal::Get().HasStatus())
-        {
-            CTerminal::Get().ShowStatus(text);
-        }
-        else if (now >= m_next)
-        {
-            m_next = now + c_Interval;
-            CTerminal::Get().WriteError(text + L"\n");
-        }
-    }
-
-private:
-    const Clock::time_point m_start = Clock::now();
-    Clock::time_point m_next = m_start + std::chrono::seconds(30);
-};
 
 void writeLines(const std::wstring& path, const std::vector<std::wstring>& lines)
 {
