@@ -16,6 +16,7 @@
 #include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
 #include "testing/lutestsuiterunner/commands/shardsline.h"
+#include "testing/lutestsuiterunner/commands/submitterlock.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
@@ -42,33 +43,6 @@ void writeLines(const std::wstring& path, const std::vector<std::wstring>& lines
     WriteWholeFile(path, [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
 }
 
-std::unique_ptr<LbOs::CFolderLock> tryAcquire(const SDistributedRun& run)
-{
-    return LbOs::CFolderLock::TryAcquire(run.folder + c_TasksFolderName);
-}
-
-/// Local shards belong to the process that started them. Another process takes over only when that one has ended. Until
-/// then it shows how far the run is, and tells that process when the user cancels. Null if this process is asked to
-/// terminate.
-std::unique_ptr<LbOs::CFolderLock> acquire(const SDistributedRun& run)
-{
-    CFollower follower(run.folder, run.shards, *run.engine);
-    CShardsLine line;
-    std::unique_ptr<LbOs::CFolderLock> lock = tryAcquire(run);
-    while (!lock && LbOs::GetInterruption() != LbOs::EInterruption::Terminate)
-    {
-        follower.Watch();
-        line.Show(follower, Clock::now());
-        if (LbOs::GetInterruption() == LbOs::EInterruption::User)
-        {
-            MarkCanceled(run.folder);
-        }
-        std::this_thread::sleep_for(run.GetInterval());
-        lock = tryAcquire(run);
-    }
-    return lock;
-}
-
 int leave(const SDistributedRun& run)
 {
     CTerminal::Get().WriteError(LbFormat(
@@ -84,7 +58,7 @@ void sayThatItEnds(const SDistributedRun& run)
 /// Waits until the process that has started the shards has canceled them.
 std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
 {
-    std::unique_ptr<LbOs::CFolderLock> lock = tryAcquire(run);
+    std::unique_ptr<LbOs::CFolderLock> lock = TryAcquireSubmitterLock(run);
     if (!lock)
     {
         sayThatItEnds(run);
@@ -92,7 +66,7 @@ std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
     }
     // That process waits for the tasks, and then writes the reports.
     const Clock::time_point end = Clock::now() + 2 * CFollower::sc_CancelLimit;
-    for (; !lock; lock = tryAcquire(run))
+    for (; !lock; lock = TryAcquireSubmitterLock(run))
     {
         if (Clock::now() > end)
         {
@@ -213,16 +187,11 @@ std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder)
     return nullptr;
 }
 
-bool BelongsToAnotherProcess(const SDistributedRun& run)
-{
-    return run.kind->isOfThisMachine && !tryAcquire(run);
-}
-
 int FollowToEnd(const SDistributedRun& run)
 {
     LbOs::CatchInterruptions();
     Quarantine quarantine = readQuarantine(run);
-    const std::unique_ptr<LbOs::CFolderLock> lock = run.kind->isOfThisMachine ? acquire(run) : nullptr;
+    const std::unique_ptr<LbOs::CFolderLock> lock = run.kind->isOfThisMachine ? AcquireSubmitterLock(run) : nullptr;
     if (run.kind->isOfThisMachine && !lock)
     {
         return leave(run);

@@ -22,7 +22,4 @@ std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder);
 /// leaves the tasks of a scheduler or of another process alone and writes nothing.
 int FollowToEnd(const SDistributedRun& run);
 
-/// True if another process of this machine has started the shards and has not ended.
-bool BelongsToAnotherProcess(const SDistributedRun& run);
-
 } // namespace Runner

@@ -6,6 +6,7 @@
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/distributed.h"
 #include "testing/lutestsuiterunner/commands/shardstext.h"
+#include "testing/lutestsuiterunner/commands/submitterlock.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 

@@ -1,0 +1,23 @@
+/// The lock of the process that has started the shards of a run on this machine.
+#pragma once
+
+#include <memory>
+
+#include "base/os/folderlock.h"
+#include "testing/lutestsuiterunner/commands/distributedrun.h"
+
+namespace Runner
+{
+
+/// Null if another process has the lock.
+std::unique_ptr<LbOs::CFolderLock> TryAcquireSubmitterLock(const SDistributedRun& run);
+
+/// Local shards belong to the process that started them. Another process takes over only when that one has ended. Until
+/// then it shows how far the run is, and tells that process when the user cancels. Null if this process is asked to
+/// terminate.
+std::unique_ptr<LbOs::CFolderLock> AcquireSubmitterLock(const SDistributedRun& run);
+
+/// True if another process of this machine has started the shards and has not ended.
+bool BelongsToAnotherProcess(const SDistributedRun& run);
+
+} // namespace Runner
