@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <numeric>
 #include <span>
-#include <tuple>
 #include <utility>
 #include <variant>
 
@@ -16,12 +15,12 @@
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/distributed.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
+#include "testing/lutestsuiterunner/commands/plandifference.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
-#include "testing/lutestsuiterunner/journal/planfields.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "testing/lutestsuiterunner/journal/runfiles.h"
@@ -315,41 +314,12 @@ void requireReplaceable(const std::vector<SPart>& parts, const std::wstring& fol
     RequireNoReport(folder, isForced);
 }
 
-template<typename R, std::size_t N>
-bool areEqual(const R& one, const R& other, const SValueField<R> (&fields)[N])
-{
-    return std::ranges::all_of(fields, [&](const SValueField<R>& field) {
-        return std::visit([&](auto member) { return one.*member == other.*member; }, field.member);
-    });
-}
-
-/// What the build was made of, without the folders of the machine that made it.
-auto describeBuild(const SOrigin& origin)
-{
-    const SSvnInfo svn = origin.svn.value_or(SSvnInfo());
-    const SPscmInfo pscm = origin.pscm.value_or(SPscmInfo());
-    return std::tuple(origin.buildConfiguration, svn.URL, svn.Revision, pscm.Repository, pscm.Branch, pscm.Changeset);
-}
-
-/// What may make the result of a case depend on the part that runs it; empty if nothing does.
-std::wstring findDifference(const SPlan& first, const SPlan& other)
-{
-    SParams params = other.params;
-    // Machines have different numbers of processors.
-    params.workerThreads = first.params.workerThreads;
-    if (!areEqual(first.params, params, c_ParamFields) || !areEqual(first.rules, other.rules, c_RuleFields))
-    {
-        return L"Optionen";
-    }
-    return describeBuild(first.origin) == describeBuild(other.origin) ? L"" : L"Builds";
-}
-
 void warnOfDifferences(const std::vector<SPart>& parts)
 {
     const SPart& first = parts.front();
     for (const SPart& part : parts)
     {
-        if (const std::wstring what = findDifference(first.state->GetPlan(), part.state->GetPlan()); !what.empty())
+        if (const std::wstring what = FindDifference(first.state->GetPlan(), part.state->GetPlan()); !what.empty())
         {
             CTerminal::Get().WriteError(
                 LbFormat(L"Warnung: Die Läufe in %s und %s haben verschiedene %s\n", first.folder, part.folder, what));

@@ -1,0 +1,14 @@
+/// What may make the result of a case depend on the run that executes it.
+#pragma once
+
+#include <string>
+
+#include "testing/lutestsuiterunner/model/plan.h"
+
+namespace Runner
+{
+
+/// What differs between the plans, as a German word: options, or builds. Empty if nothing of that differs.
+std::wstring FindDifference(const SPlan& first, const SPlan& other);
+
+} // namespace Runner
