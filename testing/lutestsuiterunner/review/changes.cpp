@@ -12,6 +12,7 @@
 #include "base/lbpath.h"
 #include "base/lbreceivedfile.h"
 #include "base/os/files.h"
+#include "testing/lutestsuiterunner/review/linkedfolders.h"
 #include "testing/lutestsuiterunner/review/partgroups.h"
 
 namespace Runner
@@ -180,35 +181,6 @@ std::size_t countCommon(const std::wstring& one, const std::wstring& other)
 {
     return static_cast<std::size_t>(std::ranges::mismatch(one, other).in1 - one.begin());
 }
-
-/// Links to folders. Admits those that lead to folders which the search has not found otherwise.
-class CLinkedFolders
-{
-public:
-    /// `root` and the links end in a separator.
-    explicit CLinkedFolders(const std::wstring& root) : m_found{getTarget(root)} {}
-
-    bool MayEnter(const std::wstring& link)
-    {
-        const std::wstring target = getTarget(link);
-        const bool isNew = std::ranges::none_of(m_found, [&target](const std::wstring& folder) {
-            return target.starts_with(folder) || folder.starts_with(target);
-        });
-        if (isNew)
-        {
-            m_found.push_back(target);
-        }
-        return isNew;
-    }
-
-private:
-    static std::wstring getTarget(const std::wstring& folder)
-    {
-        return LbPath::WithSeparator(LbOs::GetCanonicalPath(LbPath::WithoutSeparator(folder)));
-    }
-
-    std::vector<std::wstring> m_found;
-};
 
 } // namespace
 
