@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <map>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "base/lbencoding.h"
@@ -14,6 +12,7 @@
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/review/linkedfolders.h"
 #include "testing/lutestsuiterunner/review/partgroups.h"
+#include "testing/lutestsuiterunner/review/partkinds.h"
 
 namespace Runner
 {
@@ -75,13 +74,6 @@ private:
     std::map<std::wstring, SChange> m_changes;
 };
 
-/// A part without its lines.
-struct SPartNames
-{
-    std::wstring checksum;
-    std::wstring kind;
-};
-
 struct SExamined
 {
     EChange kind;
@@ -114,50 +106,16 @@ SExamined examine(const std::wstring& reference)
     return examined;
 }
 
-/// Which kinds of parts are decided on as one, because their lines have values of each file.
-class CKinds
-{
-public:
-    explicit CKinds(const std::vector<SExamined>& files)
-    {
-        for (const SExamined& file : files)
-        {
-            for (const SPartNames& part : file.parts)
-            {
-                SKind& kind = m_kinds[part.kind];
-                kind.variants.insert(part.checksum);
-                ++kind.places;
-            }
-        }
-    }
-
-    bool AreOne(const std::wstring& kind) const
-    {
-        // More of them would be too many decisions on one cause. Fewer may be as many causes, if several files have
-        // each of them.
-        constexpr std::size_t c_MostVariants = 15;
-        const auto found = m_kinds.find(kind);
-        if (found == m_kinds.end())
-        {
-            return false;
-        }
-        const std::size_t variants = found->second.variants.size();
-        return variants > c_MostVariants || (variants > 1 && found->second.places < 2 * variants);
-    }
-
-private:
-    struct SKind
-    {
-        std::unordered_set<std::wstring_view> variants; ///< checksums of parts
-        std::size_t places = 0;                         ///< files with one of them, each counted for each of them
-    };
-
-    std::unordered_map<std::wstring_view, SKind> m_kinds;
-};
-
 void addChanged(CChanges& changes, const std::vector<SExamined>& files)
 {
-    const CKinds kinds(files);
+    CPartKinds kinds;
+    for (const SExamined& file : files)
+    {
+        for (const SPartNames& part : file.parts)
+        {
+            kinds.Add(part);
+        }
+    }
     std::vector<PartNames> parts(files.size());
     for (std::size_t file = 0; file < files.size(); ++file)
     {

@@ -1,0 +1,27 @@
+#include "testing/lutestsuiterunner/review/partkinds.h"
+
+namespace Runner
+{
+
+void CPartKinds::Add(const SPartNames& part)
+{
+    SKind& kind = m_kinds[part.kind];
+    kind.variants.insert(part.checksum);
+    ++kind.places;
+}
+
+bool CPartKinds::AreOne(const std::wstring& kind) const
+{
+    // More of them would be too many decisions on one cause. Fewer may be as many causes, if several files have
+    // each of them.
+    constexpr std::size_t c_MostVariants = 15;
+    const auto found = m_kinds.find(kind);
+    if (found == m_kinds.end())
+    {
+        return false;
+    }
+    const std::size_t variants = found->second.variants.size();
+    return variants > c_MostVariants || (variants > 1 && found->second.places < 2 * variants);
+}
+
+} // namespace Runner
