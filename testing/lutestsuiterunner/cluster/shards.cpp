@@ -13,6 +13,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/os/files.h"
+#include "testing/lutestsuiterunner/execution/order.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
@@ -24,15 +25,6 @@ namespace
 {
 
 using Json = nlohmann::ordered_json;
-
-/// The mean of the longest tenth of the times.
-std::uint64_t getLongMean(std::vector<std::uint64_t> times)
-{
-    constexpr std::size_t c_Share = 10;
-    const std::size_t count = (times.size() + c_Share - 1) / c_Share;
-    std::ranges::partial_sort(times, times.begin() + static_cast<std::ptrdiff_t>(count), std::greater());
-    return std::accumulate(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(count), std::uint64_t{0}) / count;
-}
 
 using Cases = std::vector<std::uint32_t>;
 
@@ -168,27 +160,6 @@ auto readList(const std::wstring& folder, const Read& read)
 }
 
 } // namespace
-
-void SetExpectedTimes(SPlan& plan, const PreviousCases& previous)
-{
-    std::vector<std::uint64_t> times;
-    for (const std::optional<SPreviousCase>& one : previous)
-    {
-        if (IsMeasured(one))
-        {
-            times.push_back(one->time);
-        }
-    }
-    if (times.empty())
-    {
-        return;
-    }
-    const std::uint64_t unknown = getLongMean(std::move(times));
-    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
-    {
-        plan.cases[index].expected = IsMeasured(previous[index]) ? previous[index]->time : unknown;
-    }
-}
 
 std::vector<std::vector<std::uint32_t>> DealOut(const SPlan& plan, std::uint32_t shards)
 {

@@ -5,15 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "testing/lutestsuiterunner/execution/order.h"
 #include "testing/lutestsuiterunner/model/plan.h"
 
 namespace Runner
 {
-
-/// Sets SPlannedCase::expected from an earlier run. A case without a time in that run gets the mean of the longest
-/// tenth of all times. If no case has a time, sets nothing.
-void SetExpectedTimes(SPlan& plan, const PreviousCases& previous);
 
 /// The case runs of each shard, ascending. All shards take about the same time. Without times, each shard gets the same
 /// number of cases, and from each class a similar mixture of small and large data files.

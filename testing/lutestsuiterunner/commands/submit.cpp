@@ -10,6 +10,7 @@
 #include "base/os/childprocess.h"
 #include "base/os/files.h"
 #include "testing/lutestsuitehost/hostmain.h"
+#include "testing/lutestsuiterunner/cluster/expectedtimes.h"
 #include "testing/lutestsuiterunner/cluster/follower.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/distributed.h"

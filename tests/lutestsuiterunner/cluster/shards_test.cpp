@@ -115,28 +115,6 @@ TEST(RunnerShards, GetLargeAndSmallDataAlikeWithoutTimes)
     EXPECT_LT(GetImbalance(Runner::DealOut(plan, 2), sizes), 1.01);
 }
 
-TEST(RunnerShards, TakeAnUnknownCaseForALongOne)
-{
-    Runner::SPlan plan = MakeTimedPlan(std::vector<std::uint64_t>(21, 0));
-    Runner::PreviousCases previous(21);
-    for (std::uint64_t index = 0; index < 20; ++index)
-    {
-        previous[index] = Runner::SPreviousCase{(index + 1) * 10, false};
-    }
-    Runner::SetExpectedTimes(plan, previous);
-
-    EXPECT_EQ(plan.cases[0].expected, 10U);
-    EXPECT_EQ(plan.cases[20].expected, 195U);
-}
-
-TEST(RunnerShards, ExpectNothingWithoutHistory)
-{
-    Runner::SPlan plan = MakeTimedPlan({0, 0});
-    Runner::SetExpectedTimes(plan, Runner::PreviousCases(2));
-
-    EXPECT_EQ(plan.cases[0].expected, 0U);
-}
-
 TEST(RunnerShards, HavePlansOfTheirCasesAlone)
 {
     Runner::SPlan whole = MakeSamplePlan(2);
