@@ -6,6 +6,7 @@
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/os/files.h"
+#include "testing/lutestsuiterunner/commands/caseorder.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"

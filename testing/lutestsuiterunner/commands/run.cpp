@@ -6,6 +6,7 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/os/clock.h"
+#include "testing/lutestsuiterunner/commands/caseorder.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/distributed.h"
 #include "testing/lutestsuiterunner/commands/newrun.h"

@@ -13,6 +13,7 @@
 #include "base/os/files.h"
 #include "base/os/interruption.h"
 #include "testing/lutestsuiterunner/cluster/submissions.h"
+#include "testing/lutestsuiterunner/commands/caseorder.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/messages.h"
@@ -32,18 +33,6 @@ namespace Runner
 
 namespace
 {
-
-/// Expected times by case index; empty if nothing is known.
-std::vector<std::uint64_t> getTimes(const PreviousCases& previous)
-{
-    std::vector<std::uint64_t> times;
-    if (std::ranges::any_of(previous, [](const auto& one) { return one.has_value(); }))
-    {
-        std::ranges::transform(previous, std::back_inserter(times),
-                               [](const auto& one) { return one ? one->time : 0; });
-    }
-    return times;
-}
 
 void printQuarantine(const Quarantine& quarantine)
 {
@@ -226,7 +215,7 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
     ShowOnlyWarnings();
     const CCrashNote note(work.folder, journal);
     {
-        CProgressLine progress(work.state, cases, getTimes(work.previous));
+        CProgressLine progress(work.state, cases, GetExpectedTimes(work.previous));
         const SSessionParts parts = {work.state, writer,  work.environment,
                                      progress,   journal, prepareDumpFolder(work.options)};
         CSession session(parts, work.setup, getLimits(work));
@@ -245,23 +234,6 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
         session.Note(SRunFinished{LbDateTime::FormatNow(L"Y-m-d H:i:s")});
     }
     writer.Close();
-}
-
-std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
-                                             const PreviousCases& previous)
-{
-    std::vector<std::uint32_t> cases;
-    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
-    {
-        if (state.GetPlan().cases[index].isInShard)
-        {
-            cases.push_back(index);
-        }
-    }
-    SortCases(cases, options.order, previous, options.seed.value_or(0));
-    // Removed after sorting, so that the other cases keep the order of the first call.
-    std::erase_if(cases, [&state](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
-    return cases;
 }
 
 Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan)

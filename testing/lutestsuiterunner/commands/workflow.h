@@ -52,10 +52,6 @@ void EnterWorkingDirectory(const SPlan& plan);
 /// relative to it. Throws a German message as std::wstring if the run has no such options or the directory is gone.
 SRunOptions EnterRun(const SPlan& plan);
 
-/// The cases that have no result yet, in the order that the options ask for.
-std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
-                                             const PreviousCases& previous);
-
 /// Records the problems, records the ends of interrupted attempts, runs the cases and their repetitions, and closes the
 /// journal. Throws LbException if recording fails.
 void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,

@@ -1,0 +1,37 @@
+#include "testing/lutestsuiterunner/commands/caseorder.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Runner
+{
+
+std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
+                                             const PreviousCases& previous)
+{
+    std::vector<std::uint32_t> cases;
+    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
+    {
+        if (state.GetPlan().cases[index].isInShard)
+        {
+            cases.push_back(index);
+        }
+    }
+    SortCases(cases, options.order, previous, options.seed.value_or(0));
+    // Removed after sorting, so that the other cases keep the order of the first call.
+    std::erase_if(cases, [&state](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
+    return cases;
+}
+
+std::vector<std::uint64_t> GetExpectedTimes(const PreviousCases& previous)
+{
+    std::vector<std::uint64_t> times;
+    if (std::ranges::any_of(previous, [](const auto& one) { return one.has_value(); }))
+    {
+        std::ranges::transform(previous, std::back_inserter(times),
+                               [](const auto& one) { return one ? one->time : 0; });
+    }
+    return times;
+}
+
+} // namespace Runner
