@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <iterator>
-#include <numeric>
 
 #include "base/lbexception.h"
 #include "base/lbpath.h"
+#include "testing/lutestsuite/tree/treeorder.h"
 
 namespace
 {
@@ -72,37 +72,6 @@ SPaths getPaths(const UnitTests& tests)
     return result;
 }
 
-/// Orders characters like UTF-16 code units, and the separator like the Windows separator, so that the tree is the same
-/// on all platforms. A backslash that is no separator sorts after a separator.
-std::uint64_t getOrder(wchar_t character)
-{
-    constexpr std::uint64_t c_BehindPairs = 0x200000;
-    const std::uint64_t unit = LbPath::IsSeparator(character) ? L'\\' : static_cast<std::uint32_t>(character);
-    const bool isBehindPairs = unit >= 0xDC00 && unit <= 0xFFFF;
-    return 2 * (isBehindPairs ? unit + c_BehindPairs : unit) + (character == L'\\' && !LbPath::IsSeparator(character));
-}
-
-bool isBefore(const std::wstring& a, const std::wstring& b)
-{
-    const auto [atA, atB] = std::ranges::mismatch(a, b);
-    return atB != b.end() && (atA == a.end() || getOrder(*atA) < getOrder(*atB));
-}
-
-/// The rank of each path among all paths; equal paths have equal ranks.
-std::vector<std::uint32_t> getRanks(const std::vector<std::wstring>& paths)
-{
-    std::vector<std::uint32_t> order(paths.size());
-    std::iota(order.begin(), order.end(), 0U);
-    std::ranges::sort(order, [&paths](std::uint32_t a, std::uint32_t b) { return isBefore(paths[a], paths[b]); });
-    std::vector<std::uint32_t> ranks(paths.size(), 0);
-    for (std::size_t place = 1; place < order.size(); ++place)
-    {
-        const bool isEqual = paths[order[place]] == paths[order[place - 1]];
-        ranks[order[place]] = ranks[order[place - 1]] + (isEqual ? 0U : 1U);
-    }
-    return ranks;
-}
-
 /// All cases, ordered by path, then by name.
 std::vector<SEntry> getSortedEntries(const UnitTests& tests, const std::vector<std::wstring>& paths)
 {
@@ -115,11 +84,11 @@ std::vector<SEntry> getSortedEntries(const UnitTests& tests, const std::vector<s
         }
     }
     // Comparing ranks is cheaper than comparing paths, which are long and mostly equal.
-    const std::vector<std::uint32_t> ranks = getRanks(paths);
+    const std::vector<std::uint32_t> ranks = LuTestSuite::GetRanks(paths);
     std::ranges::stable_sort(entries, [&](const SEntry& a, const SEntry& b) {
-        return ranks[a.unitTest] != ranks[b.unitTest]
-                   ? ranks[a.unitTest] < ranks[b.unitTest]
-                   : isBefore(tests[a.unitTest].cases[a.testCase].name, tests[b.unitTest].cases[b.testCase].name);
+        return ranks[a.unitTest] != ranks[b.unitTest] ? ranks[a.unitTest] < ranks[b.unitTest]
+                                                      : LuTestSuite::IsBefore(tests[a.unitTest].cases[a.testCase].name,
+                                                                              tests[b.unitTest].cases[b.testCase].name);
     });
     return entries;
 }
