@@ -21,12 +21,12 @@ bool containsParts(std::wstring_view name, std::wstring_view wildcard)
         const std::wstring_view part = wildcard.substr(0, wildcard.find(L'*'));
         wildcard.remove_prefix(std::min(part.size() + 1, wildcard.size()));
         // The earliest match leaves the most text for the parts that follow.
-        const auto place = std::ranges::search(name, part, matchesCharacter);
-        if (place.size() < part.size())
+        const auto place = std::search(name.begin(), name.end(), part.begin(), part.end(), matchesCharacter);
+        if (place == name.end() && !part.empty())
         {
             return false;
         }
-        name.remove_prefix(static_cast<std::size_t>(place.end() - name.begin()));
+        name.remove_prefix(static_cast<std::size_t>(place - name.begin()) + part.size());
     }
     return true;
 }

@@ -7,7 +7,6 @@
 #include <map>
 #include <memory_resource>
 #include <mutex>
-#include <ranges>
 #include <unordered_map>
 #include <vector>
 
@@ -231,14 +230,20 @@ std::optional<std::uint32_t> CListing::Find(std::wstring_view name) const noexce
         m_lastFound.store(guess, std::memory_order_relaxed);
         return guess;
     }
-    const auto ranks = std::views::iota(std::uint32_t{0}, GetCount());
-    const auto found = std::ranges::lower_bound(ranks, name, {}, [this](std::uint32_t rank) { return GetName(rank); });
-    if (found == ranks.end() || GetName(*found) != name)
+    std::uint32_t rank = 0;
+    for (std::uint32_t count = GetCount(); count > 0;)
+    {
+        const std::uint32_t half = count / 2;
+        const bool isBefore = GetName(rank + half) < name;
+        rank += isBefore ? half + 1 : 0;
+        count = isBefore ? count - half - 1 : half;
+    }
+    if (rank == GetCount() || GetName(rank) != name)
     {
         return std::nullopt;
     }
-    m_lastFound.store(*found, std::memory_order_relaxed);
-    return *found;
+    m_lastFound.store(rank, std::memory_order_relaxed);
+    return rank;
 }
 
 std::span<const std::uint32_t> CListing::GetMatches(const LbFilePattern& pattern) const

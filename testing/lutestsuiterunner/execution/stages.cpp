@@ -78,10 +78,10 @@ bool hasCaseToConfirm(const CRunState& state)
 void retry(CSession& session, const CRunState& state, std::uint32_t attempt)
 {
     Cases cases = findCases(state, [&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); });
-    const auto apart =
-        std::ranges::stable_partition(cases, [&state](std::uint32_t index) { return !hasEndedHost(state, index); });
-    session.Run({cases.begin(), apart.begin()}, EAttemptKind::Retry, EProcess::AsPlanned);
-    session.Run(apart, EAttemptKind::Retry, EProcess::Own);
+    const auto apart = std::stable_partition(cases.begin(), cases.end(),
+                                             [&state](std::uint32_t index) { return !hasEndedHost(state, index); });
+    session.Run({cases.begin(), apart}, EAttemptKind::Retry, EProcess::AsPlanned);
+    session.Run({apart, cases.end()}, EAttemptKind::Retry, EProcess::Own);
 }
 
 } // namespace

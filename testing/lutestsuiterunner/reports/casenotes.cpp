@@ -1,7 +1,6 @@
 #include "testing/lutestsuiterunner/reports/casenotes.h"
 
 #include <algorithm>
-#include <ranges>
 #include <span>
 #include <string_view>
 
@@ -51,9 +50,10 @@ void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vecto
                     : cases.size() == 1
                         ? std::wstring(L"Im selben Prozess lief davor ein Testfall:")
                         : LbFormat(L"Im selben Prozess liefen davor %u Testfälle, zuletzt:", cases.size()));
-    for (const std::uint32_t caseIndex : cases.last(std::min(cases.size(), c_Shown)) | std::views::reverse)
+    const std::size_t shown = std::min(cases.size(), c_Shown);
+    for (std::size_t back = 1; back <= shown; ++back)
     {
-        notes.push_back(L"  " + GetCaseName(state.GetPlan(), caseIndex));
+        notes.push_back(L"  " + GetCaseName(state.GetPlan(), cases[cases.size() - back]));
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <ranges>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -95,16 +94,17 @@ EContext chooseContext(const SSums& sums)
 }
 
 /// The first piece other than white space; empty if there is no other.
-std::string_view getFirstText(const auto& pieces)
+std::string_view getFirstText(std::span<const std::string_view> pieces)
 {
-    for (const std::string_view piece : pieces)
-    {
-        if (!IsSpace(piece))
-        {
-            return piece;
-        }
-    }
-    return {};
+    const auto first = std::ranges::find_if_not(pieces, IsSpace);
+    return first == pieces.end() ? std::string_view() : *first;
+}
+
+/// As getFirstText, from the end.
+std::string_view getLastText(std::span<const std::string_view> pieces)
+{
+    const auto last = std::find_if_not(pieces.rbegin(), pieces.rend(), IsSpace);
+    return last == pieces.rend() ? std::string_view() : *last;
 }
 
 /// The pieces of the old line that stay between two changed places.
@@ -118,12 +118,10 @@ struct SRun
 /// True if only white space is between this piece and a number that was removed or added: both may be one value.
 bool isBesideNumber(const SRun& run, std::string_view piece)
 {
-    const auto backwards = std::views::reverse;
     const bool isFirst = piece.data() == getFirstText(run.pieces).data();
-    const bool isLast = piece.data() == getFirstText(run.pieces | backwards).data();
+    const bool isLast = piece.data() == getLastText(run.pieces).data();
     return (isFirst && run.before != nullptr &&
-            (IsNumber(getFirstText(run.before->removed | backwards)) ||
-             IsNumber(getFirstText(run.before->added | backwards)))) ||
+            (IsNumber(getLastText(run.before->removed)) || IsNumber(getLastText(run.before->added)))) ||
            (isLast && run.after != nullptr &&
             (IsNumber(getFirstText(run.after->removed)) || IsNumber(getFirstText(run.after->added))));
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <ranges>
 #include <vector>
 
 namespace Runner::History
@@ -204,7 +203,7 @@ void findPresence(std::span<const EOutcome> outcomes, SOutcomeFindings& findings
     }
     if (!isPresent(outcomes.back()))
     {
-        const auto last = std::ranges::find_if(outcomes | std::views::reverse, isPresent);
+        const auto last = std::find_if(outcomes.rbegin(), outcomes.rend(), isPresent);
         const auto index = static_cast<std::size_t>(last.base() - outcomes.begin());
         findings.missing = SBeginning{index, index, index};
     }
