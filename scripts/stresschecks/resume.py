@@ -27,11 +27,12 @@ LARGE_DISK = "64m"
 class Runner:
     """The host of a build, and the options that select all cases of the data."""
 
-    def __init__(self, words, data, modules, processes_of):
+    def __init__(self, words, data, modules, processes_of, end_unbegun):
         self.words = words
         self.data = data
         self.library = ["-d", data, *(text for module in modules for text in ("--dll", module))]
         self.processes_of = processes_of
+        self.end_unbegun = end_unbegun
 
     def start(self, arguments):
         return subprocess.Popen([*self.words, *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -128,7 +129,9 @@ def wait_for_processes(runner):
     end = time.monotonic() + LIMIT
     while running := runner.processes_of(runner.data):
         if time.monotonic() > end:
-            return [f"processes {running} are left"]
+            runner.end_unbegun(runner.data)
+            running = [process for process in running if process in runner.processes_of(runner.data)]
+            return [f"processes {running} are left"] if running else []
         time.sleep(0.02)
     return []
 
