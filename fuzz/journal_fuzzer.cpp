@@ -61,7 +61,14 @@ void checkRecord(std::string_view json, Runner::CRecordParser& parser, Runner::C
 Runner::SPlan makePlan()
 {
     Runner::SPlan plan;
-    plan.cases.resize(4);
+    constexpr std::uint32_t c_Cases = 4;
+    plan.cases.resize(c_Cases);
+    plan.unitTests.resize(1);
+    plan.unitTests[0].cases.resize(c_Cases);
+    for (std::uint32_t index = 0; index < c_Cases; ++index)
+    {
+        plan.cases[index].testCase = index;
+    }
     return plan;
 }
 
