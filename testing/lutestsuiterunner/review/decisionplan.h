@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "testing/lutestsuiterunner/review/decision.h"
+#include "testing/lutestsuiterunner/review/decisionrecords.h"
 
 namespace Runner
 {

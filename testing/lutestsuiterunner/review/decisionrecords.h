@@ -1,0 +1,37 @@
+/// Decisions on test output that differs from its references, and their outcomes.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/review/changes.h"
+
+namespace Runner
+{
+
+enum class EDecision
+{
+    Accept, ///< the change's parts are taken over into the references, or what was received becomes the reference,
+            ///< except for line ends that were not shown
+    Reject, ///< what was received is removed, with all of its parts
+};
+
+/// What a decision has done to a file.
+struct SDecidedFile
+{
+    std::wstring reference;                              ///< path
+    std::wstring expected;                               ///< checksum of the reference now; empty if there is none
+    bool isOpen;                                         ///< other parts of the file remain to be decided
+    std::shared_ptr<const SAccepted> accepted = nullptr; ///< for decisions on these parts; null if there are no others
+};
+
+struct SOutcome
+{
+    std::vector<SDecidedFile> done;
+    std::size_t left = 0; ///< files of a finished decision whose references had changed after the interruption
+    std::wstring changed; ///< the file because of which FinishDecision has put the decision back; otherwise empty
+};
+
+} // namespace Runner
