@@ -14,6 +14,7 @@ namespace
 using LbPrintf::EKind;
 using LbPrintf::ELength;
 using LbPrintf::SConversion;
+using LbPrintf::SNumberArgument;
 
 /// The parts of a formatted number, in the order of output.
 struct SNumber
@@ -52,16 +53,15 @@ class CNumberWriter
 public:
     explicit CNumberWriter(const SConversion& conversion) : m_conversion(conversion) {}
 
-    SNumber Write(const LbFormatArgument& argument)
+    SNumber Write(const SNumberArgument& argument)
     {
-        switch (argument.GetType().kind)
+        switch (argument.type.kind)
         {
         case EKind::Floating:
-            return argument.GetType().size > sizeof(double)
-                       ? writeFloating(argument.GetFloating())
-                       : writeFloating(static_cast<double>(argument.GetFloating()));
+            return argument.type.size > sizeof(double) ? writeFloating(argument.floating)
+                                                       : writeFloating(static_cast<double>(argument.floating));
         default:
-            return m_conversion.type == L'p' ? writeAddress(argument.GetAddress()) : writeInteger(argument);
+            return m_conversion.type == L'p' ? writeAddress(argument.address) : writeInteger(argument);
         }
     }
 
@@ -80,10 +80,10 @@ private:
         return number;
     }
 
-    SNumber writeInteger(const LbFormatArgument& argument)
+    SNumber writeInteger(const SNumberArgument& argument)
     {
-        const unsigned unused = 64 - getBitCount(argument.GetType().size);
-        const std::uint64_t bits = argument.GetBits() << unused;
+        const unsigned unused = 64 - getBitCount(argument.type.size);
+        const std::uint64_t bits = argument.bits << unused;
         SNumber number;
         if (m_conversion.IsOneOf(L"di"))
         {
@@ -246,7 +246,7 @@ private:
 
 } // namespace
 
-void LbPrintf::AppendNumber(std::wstring& result, const SConversion& conversion, const LbFormatArgument& argument)
+void LbPrintf::AppendNumber(std::wstring& result, const SConversion& conversion, const SNumberArgument& argument)
 {
     CNumberWriter writer(conversion);
     const SNumber number = writer.Write(argument);

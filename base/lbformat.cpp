@@ -120,6 +120,11 @@ std::wstring getCharacter(const SConversion& conversion, const LbFormatArgument&
     return getCharacter(static_cast<std::int64_t>(bits));
 }
 
+LbPrintf::SNumberArgument toNumber(const LbFormatArgument& argument)
+{
+    return {argument.GetType(), argument.GetBits(), argument.GetFloating(), argument.GetAddress()};
+}
+
 /// Formats one format with matching arguments.
 class CFormatter
 {
@@ -178,7 +183,7 @@ private:
             appendPadded(conversion, getCharacter(conversion, *m_nextArgument++));
             break;
         default:
-            LbPrintf::AppendNumber(m_result, conversion, *m_nextArgument++);
+            LbPrintf::AppendNumber(m_result, conversion, toNumber(*m_nextArgument++));
             break;
         }
     }
