@@ -11,6 +11,7 @@
 #include <sys/prctl.h>
 #include <sys/shm.h>
 
+#include "base/os/linux/keepername.h"
 #include "base/os/linux/processtree.h"
 #include "base/os/linux/rawcalls.h"
 
@@ -95,23 +96,6 @@ pid_t ForkKeeper(SKeeperState& state) noexcept
         keep(state, owner);
     }
     return keeper;
-}
-
-void EnterKeptGroup(SKeptGroup& group) noexcept
-{
-    group.entered = GetNanoseconds(CLOCK_BOOTTIME);
-    group.process.store(static_cast<pid_t>(Call(SYS_getpid)));
-}
-
-int ToMemoryKey(const char* path) noexcept
-{
-    std::uint32_t hash = 2166136261U;
-    for (const char* character = path; *character != '\0'; ++character)
-    {
-        hash = (hash ^ static_cast<unsigned char>(*character)) * 16777619U;
-    }
-    // A key of 0 would mean "no key".
-    return static_cast<int>(hash | 1U);
 }
 
 } // namespace LbOs::Linux

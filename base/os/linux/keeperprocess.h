@@ -5,7 +5,7 @@
 
 #include <sys/types.h>
 
-#include "base/os/linux/keeper.h"
+#include "base/os/linux/keptentries.h"
 
 namespace LbOs::Linux
 {

@@ -15,7 +15,7 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
-#include "base/os/linux/keeper.h"
+#include "base/os/linux/keepername.h"
 #include "base/os/linux/rawcalls.h"
 
 // The C library's calls for folders and streams allocate memory, which is forbidden in a fork of a threaded process.
