@@ -92,7 +92,7 @@ SCrash describe(const SSignal& signal, const siginfo_t& info, const ucontext_t& 
     crash.address = static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RIP]);
     crash.thread = static_cast<std::uint64_t>(Linux::Call(SYS_gettid));
     crash.context = reinterpret_cast<std::uint64_t>(&context);
-    Linux::FindCrashPlace(crash);
+    Linux::FindCrashPlace(crash.address, crash.module, crash.offset);
     // A signal sent by a process contains the sender's id instead of an address.
     if ((signal.number == SIGSEGV || signal.number == SIGBUS) && info.si_code > 0)
     {

@@ -89,7 +89,7 @@ private:
 
 } // namespace
 
-void FindCrashPlace(SCrash& crash) noexcept
+void FindCrashPlace(std::uintptr_t address, std::span<char> module, std::uintptr_t& offset) noexcept
 {
     const long file = Call(SYS_open, "/proc/self/maps", O_RDONLY | O_CLOEXEC);
     if (file < 0)
@@ -97,18 +97,19 @@ void FindCrashPlace(SCrash& crash) noexcept
         return;
     }
     CLines lines(file);
-    CModuleStart module;
+    CModuleStart moduleStart;
     for (std::string_view line = lines.Next(); !line.empty(); line = lines.Next())
     {
         const SMapping mapping = ParseMapping(line);
         // A mapping without a path may lie between those of a module and must not reset the module's start.
-        const std::uintptr_t start = mapping.path.empty() ? mapping.start : module.Follow(mapping);
-        if (crash.address >= mapping.start && crash.address < mapping.end)
+        const std::uintptr_t start = mapping.path.empty() ? mapping.start : moduleStart.Follow(mapping);
+        if (address >= mapping.start && address < mapping.end)
         {
             const std::string_view name = mapping.path.substr(mapping.path.rfind('/') + 1);
-            const std::size_t length = std::min(name.size(), SCrash::sc_uiNameCapacity - 1);
-            std::copy_n(name.begin(), length, crash.module);
-            crash.offset = crash.address - start;
+            const std::size_t length = std::min(name.size(), module.size() - 1);
+            std::copy_n(name.begin(), length, module.begin());
+            module[length] = '\0';
+            offset = address - start;
             break;
         }
     }

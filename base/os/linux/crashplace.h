@@ -3,9 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
-
-#include "base/os/crash.h"
 
 namespace LbOs::Linux
 {
@@ -20,7 +19,8 @@ struct SMapping
 
 SMapping ParseMapping(std::string_view line) noexcept;
 
-/// Sets module and offset from the address. Makes only system calls.
-void FindCrashPlace(SCrash& crash) noexcept;
+/// Finds the module of an instruction: its bare name, cut to the size of `module` and ended with a null, and the offset
+/// of the instruction in it. Leaves both unchanged if the address belongs to no mapping. Makes only system calls.
+void FindCrashPlace(std::uintptr_t address, std::span<char> module, std::uintptr_t& offset) noexcept;
 
 } // namespace LbOs::Linux
