@@ -9,7 +9,7 @@
 
 #include <sys/types.h>
 
-#include "base/os/childprocess.h"
+#include "base/os/childoptions.h"
 #include "base/os/linux/keeper.h"
 #include "base/os/linux/processfile.h"
 
