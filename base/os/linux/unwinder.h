@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/os/linux/tracedthreads.h"
-#include "base/os/stacks.h"
+#include "base/os/stackframe.h"
 
 namespace LbOs::Linux
 {

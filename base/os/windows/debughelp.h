@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "base/os/stacks.h"
+#include "base/os/stackframe.h"
 #include "base/os/windows/api.h"
 #include "base/os/windows/functiontables.h"
 

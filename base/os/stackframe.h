@@ -1,0 +1,33 @@
+/// Call stacks as records.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace LbOs
+{
+
+/// Unknown fields are empty or 0.
+struct SStackFrame
+{
+    std::uint64_t address = 0; ///< of the next instruction: in all frames but the innermost the one after the call
+    std::wstring module;       ///< file name without folder
+    std::uint64_t offset = 0;  ///< of the address in the module as it is loaded
+    std::wstring function;     ///< readable, with parameters
+    std::wstring file;         ///< source file, as the compiler knew it
+    std::uint32_t line = 0;
+};
+
+/// The calls of one thread.
+struct SThreadStack
+{
+    static constexpr std::size_t sc_uiMostFrames = 32;
+
+    std::uint64_t thread = 0; ///< the system's id
+    bool isAtFault = false;
+    std::vector<SStackFrame> frames; ///< the innermost first
+};
+
+} // namespace LbOs
