@@ -9,14 +9,7 @@ namespace Runner
 std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunOptions& options,
                                              const PreviousCases& previous)
 {
-    std::vector<std::uint32_t> cases;
-    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
-    {
-        if (state.GetPlan().cases[index].isInShard)
-        {
-            cases.push_back(index);
-        }
-    }
+    std::vector<std::uint32_t> cases = state.FindCases([](std::uint32_t /*index*/) { return true; });
     SortCases(cases, options.order, previous, options.seed.value_or(0));
     // Removed after sorting, so that the other cases keep the order of the first call.
     std::erase_if(cases, [&state](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });

@@ -19,19 +19,6 @@ namespace
 
 using Cases = std::vector<std::uint32_t>;
 
-Cases findCases(const CRunState& state, const std::function<bool(std::uint32_t)>& isWanted)
-{
-    Cases cases;
-    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
-    {
-        if (state.GetPlan().cases[index].isInShard && isWanted(index))
-        {
-            cases.push_back(index);
-        }
-    }
-    return cases;
-}
-
 bool hasFailed(const CRunState& state, std::uint32_t index)
 {
     const EVerdict verdict = state.GetVerdict(index);
@@ -71,7 +58,7 @@ std::wstring listSlowest(const CRunState& state)
 {
     constexpr std::size_t c_Slowest = 5;
     const auto getTime = [&state](std::uint32_t index) { return state.GetReported(index)->result.info.time; };
-    Cases cases = findCases(state, [&](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
+    Cases cases = state.FindCases([&](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
     std::ranges::stable_sort(cases, std::greater(), getTime);
     cases.resize(std::min(cases.size(), c_Slowest));
     return list(L"Langsamste Testfälle:", state, cases,
@@ -167,11 +154,11 @@ std::wstring DescribeClosing(const CRunState& state, const std::wstring& folder)
 {
     const auto isQuarantined = [&state](std::uint32_t index) { return state.GetPlan().cases[index].isQuarantined; };
     const Cases failed =
-        findCases(state, [&](std::uint32_t index) { return hasFailed(state, index) && !isQuarantined(index); });
+        state.FindCases([&](std::uint32_t index) { return hasFailed(state, index) && !isQuarantined(index); });
     const Cases quarantined =
-        findCases(state, [&](std::uint32_t index) { return hasFailed(state, index) && isQuarantined(index); });
+        state.FindCases([&](std::uint32_t index) { return hasFailed(state, index) && isQuarantined(index); });
     const Cases flaky =
-        findCases(state, [&](std::uint32_t index) { return state.GetVerdict(index) == EVerdict::Flaky; });
+        state.FindCases([&](std::uint32_t index) { return state.GetVerdict(index) == EVerdict::Flaky; });
     const auto nothing = [](std::uint32_t /*index*/) { return std::wstring(); };
     std::wstring text =
         list(L"Fehlgeschlagen:", state, failed, [&](std::uint32_t index) { return describeShared(state, index); }) +

@@ -1,7 +1,6 @@
 #include "testing/lutestsuiterunner/execution/stages.h"
 
 #include <algorithm>
-#include <functional>
 
 #include "testing/lutestsuiterunner/execution/hostcrash.h"
 
@@ -13,27 +12,17 @@ namespace
 
 using Cases = std::vector<std::uint32_t>;
 
-Cases findCases(const CRunState& state, const std::function<bool(std::uint32_t)>& isWanted)
-{
-    Cases cases;
-    for (std::uint32_t index = 0; index < state.GetPlan().cases.size(); ++index)
-    {
-        if (state.GetPlan().cases[index].isInShard && !state.GetAttempts(index).empty() && isWanted(index))
-        {
-            cases.push_back(index);
-        }
-    }
-    return cases;
-}
-
 /// True if the case has failed so far, and this attempt is its next one or was interrupted.
 bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t attempt)
 {
+    if (state.GetVerdict(index) != EVerdict::Failed)
+    {
+        return false;
+    }
     const std::span<const SAttempt> attempts = state.GetAttempts(index);
     const bool isBrokenOff = attempts.size() == attempt && !attempts.back().IsFinished();
     const bool isNext = attempts.size() + 1 == attempt && attempts.back().IsFinished();
-    return state.GetVerdict(index) == EVerdict::Failed && attempts.back().kind != EAttemptKind::Confirm &&
-           (isBrokenOff || isNext);
+    return attempts.back().kind != EAttemptKind::Confirm && (isBrokenOff || isNext);
 }
 
 /// True if the case has ended an earlier host. It would end this one, too.
@@ -51,9 +40,13 @@ bool hasSharedProcess(const CRunState& state, std::uint32_t index)
 
 bool isToBeConfirmed(const CRunState& state, std::uint32_t index)
 {
+    if (state.GetVerdict(index) != EVerdict::Failed)
+    {
+        return false;
+    }
     const SAttempt& last = state.GetAttempts(index).back();
     const bool isDone = last.kind == EAttemptKind::Confirm && last.IsFinished();
-    return state.GetVerdict(index) == EVerdict::Failed && !isDone && hasSharedProcess(state, index);
+    return !isDone && hasSharedProcess(state, index);
 }
 
 constexpr std::uint32_t c_FirstRetry = 2;
@@ -62,7 +55,7 @@ bool hasCaseToRetry(const CRunState& state, std::uint32_t retries)
 {
     for (std::uint32_t attempt = c_FirstRetry; attempt < c_FirstRetry + retries; ++attempt)
     {
-        if (!findCases(state, [&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); }).empty())
+        if (!state.FindCases([&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); }).empty())
         {
             return true;
         }
@@ -72,12 +65,12 @@ bool hasCaseToRetry(const CRunState& state, std::uint32_t retries)
 
 bool hasCaseToConfirm(const CRunState& state)
 {
-    return !findCases(state, [&state](std::uint32_t index) { return isToBeConfirmed(state, index); }).empty();
+    return !state.FindCases([&state](std::uint32_t index) { return isToBeConfirmed(state, index); }).empty();
 }
 
 void retry(CSession& session, const CRunState& state, std::uint32_t attempt)
 {
-    Cases cases = findCases(state, [&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); });
+    Cases cases = state.FindCases([&](std::uint32_t index) { return isDueForAttempt(state, index, attempt); });
     const auto apart = std::stable_partition(cases.begin(), cases.end(),
                                              [&state](std::uint32_t index) { return !hasEndedHost(state, index); });
     session.Run({cases.begin(), apart}, EAttemptKind::Retry, EProcess::AsPlanned);
@@ -117,7 +110,7 @@ void RunStages(CSession& session, const CRunState& state, const Cases& cases, co
     }
     if (stages.confirm && !session.IsCanceled())
     {
-        session.Run(findCases(state, [&](std::uint32_t index) { return isToBeConfirmed(state, index); }),
+        session.Run(state.FindCases([&](std::uint32_t index) { return isToBeConfirmed(state, index); }),
                     EAttemptKind::Confirm, EProcess::Own);
     }
 }

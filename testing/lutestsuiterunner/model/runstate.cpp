@@ -241,6 +241,19 @@ const SAttempt* CRunState::GetReported(std::uint32_t caseIndex) const
     return found != attempts.end() ? &*found : nullptr;
 }
 
+std::vector<std::uint32_t> CRunState::FindCases(const std::function<bool(std::uint32_t)>& isWanted) const
+{
+    std::vector<std::uint32_t> cases;
+    for (std::uint32_t index = 0; index < m_plan.cases.size(); ++index)
+    {
+        if (m_plan.cases[index].isInShard && isWanted(index))
+        {
+            cases.push_back(index);
+        }
+    }
+    return cases;
+}
+
 std::vector<std::uint32_t> CRunState::GetOpenCases() const
 {
     std::vector<std::uint32_t> cases;
@@ -256,15 +269,7 @@ std::vector<std::uint32_t> CRunState::GetOpenCases() const
 
 std::vector<std::uint32_t> CRunState::GetMissingCases() const
 {
-    std::vector<std::uint32_t> cases;
-    for (std::uint32_t index = 0; index < m_attempts.size(); ++index)
-    {
-        if (m_plan.cases[index].isInShard && GetVerdict(index) == EVerdict::Missing)
-        {
-            cases.push_back(index);
-        }
-    }
-    return cases;
+    return FindCases([this](std::uint32_t index) { return GetVerdict(index) == EVerdict::Missing; });
 }
 
 std::span<const std::uint32_t> CRunState::GetPredecessors(const SAttempt& attempt) const

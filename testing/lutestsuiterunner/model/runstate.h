@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <span>
@@ -88,6 +89,9 @@ public:
     /// The attempt that reports show: the one that passed, else the first that failed (before a confirmation), else a
     /// canceled one; null if no attempt has ended.
     const SAttempt* GetReported(std::uint32_t caseIndex) const;
+
+    /// The cases in the shard for which `isWanted` returns true; ascending.
+    std::vector<std::uint32_t> FindCases(const std::function<bool(std::uint32_t)>& isWanted) const;
 
     /// The cases with an attempt that has not ended; ascending.
     std::vector<std::uint32_t> GetOpenCases() const;
