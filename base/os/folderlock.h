@@ -20,18 +20,31 @@ class LB_API CFolderLock
 {
 public:
     /// Waits without limit until the lock is free. Null if the folder cannot be opened or does not support locks.
-    static std::unique_ptr<CFolderLock> Acquire(const std::wstring& folder);
+    static std::unique_ptr<CFolderLock> Acquire(const std::wstring& folder)
+    {
+        bool isHeld = false;
+        return acquire(folder, true, isHeld);
+    }
 
     /// As Acquire, but never waits: also null if another process or thread has the lock. `isHeld` receives whether that
     /// is the reason.
-    static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder, bool& isHeld);
-    static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder);
+    static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder, bool& isHeld)
+    {
+        return acquire(folder, false, isHeld);
+    }
+
+    static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder)
+    {
+        bool isHeld = false;
+        return acquire(folder, false, isHeld);
+    }
 
     ~CFolderLock();
     CFolderLock(const CFolderLock&) = delete;
     CFolderLock& operator=(const CFolderLock&) = delete;
 
 private:
+    /// `isHeld` receives false unless another process or thread has the lock.
     static std::unique_ptr<CFolderLock> acquire(const std::wstring& folder, bool mayWait, bool& isHeld);
     explicit CFolderLock(std::intptr_t handle) : m_handle(handle) {}
 

@@ -28,23 +28,6 @@ std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bo
     return lock;
 }
 
-std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
-{
-    bool isHeld = false;
-    return acquire(folder, true, isHeld);
-}
-
-std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder, bool& isHeld)
-{
-    return acquire(folder, false, isHeld);
-}
-
-std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder)
-{
-    bool isHeld = false;
-    return acquire(folder, false, isHeld);
-}
-
 CFolderLock::~CFolderLock()
 {
     // Unlocks explicitly, because forks of the process may still have the folder open.

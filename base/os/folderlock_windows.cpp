@@ -40,23 +40,6 @@ std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bo
     return std::unique_ptr<CFolderLock>(new CFolderLock(reinterpret_cast<std::intptr_t>(mutex.release())));
 }
 
-std::unique_ptr<CFolderLock> CFolderLock::Acquire(const std::wstring& folder)
-{
-    bool isHeld = false;
-    return acquire(folder, true, isHeld);
-}
-
-std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder, bool& isHeld)
-{
-    return acquire(folder, false, isHeld);
-}
-
-std::unique_ptr<CFolderLock> CFolderLock::TryAcquire(const std::wstring& folder)
-{
-    bool isHeld = false;
-    return acquire(folder, false, isHeld);
-}
-
 CFolderLock::~CFolderLock()
 {
     const Windows::Handle mutex(reinterpret_cast<HANDLE>(m_handle));
