@@ -145,7 +145,7 @@ public:
 
     static EReportResult getReportResult(LuTestSuiteRun::ECaseRunResult result);
 
-    /// Adds up the nine counts of results by EReportResult, and returns the sum of all.
+    /// Adds each of the nine counts of results to the count of its EReportResult, and returns their total.
     static std::uint32_t getReportCounts(const LuTestSuiteRun::SStats::SCounts& counts, SReportCounts& reportCounts);
 
     /// The name of a result in XML reports. NoMatchingCase has the name of Unknown.

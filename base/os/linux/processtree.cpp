@@ -221,7 +221,7 @@ bool killIfMarked(const SFile& folder, pid_t id, std::string_view variable, bool
 
 constexpr std::int64_t c_Millisecond = 1'000'000;
 
-/// Repeats `kill(sparesKeepers)` until it finds no process or the time limit is reached.
+/// Calls `kill(sparesKeepers)` until it returns false, because no process is left, or until the time limit is reached.
 template<typename F>
 void killUntilGone(const F& kill)
 {

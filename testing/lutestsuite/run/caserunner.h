@@ -27,10 +27,11 @@ public:
     /// The arguments must outlive the runner.
     CCaseRunner(CRunEvents& events, CSpareChildren& spares) : m_events(events), m_spares(spares), m_external(spares) {}
 
-    /// Runs the case, fills its record and reports its events. If the case is canceled or its name is too long, the
-    /// result in its record does not change. `toCome` lists the next cases of all threads, for which processes may be
-    /// started meanwhile.
+    /// Lists the next cases of all threads.
     using ToCome = std::function<PlannedCases()>;
+
+    /// Runs the case, fills its record and reports its events. If the case is canceled or its name is too long, the
+    /// result in its record does not change. Processes may be started meanwhile for the cases to come.
     void Run(const SPlannedCase& planned, const ToCome& toCome);
 
     /// Provides what the case needs; false if no child process could be started. Throws LbException.

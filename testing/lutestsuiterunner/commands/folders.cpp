@@ -39,7 +39,8 @@ bool hasNamedSubtests(const LbRTTI& type, const std::wstring& folder)
     return unitTest->GetSubtestCount() > 0;
 }
 
-/// As hasNamedSubtests. A class that throws gets a warning and no folder, because a run would only warn of it, too.
+/// The result of hasNamedSubtests. If the class throws, prints a warning and returns false: a run would print a
+/// warning, too.
 bool needsFolder(const LbRTTI& type, const std::wstring& folder)
 try
 {

@@ -97,7 +97,7 @@ std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan&
         }
         catch (const CNameTakenException&)
         {
-            // Another host was quicker. No other failure allows the next number, because it would fail, too.
+            // Another host has taken the number. After other failures the next number would fail, too.
             ++number;
         }
     }

@@ -39,8 +39,8 @@ std::string makeStart(std::wstring_view name, std::wstring_view suiteName, const
     return start + " time=\"" + ToXmlSeconds(time) + "\"";
 }
 
-/// The lines of a failure's text: notes, messages, the last lines of a process that ended, and its stacks. Stacks may
-/// be long and come last, because texts are cut at their end.
+/// The text of a case: notes, messages, the last lines of output of a process that ended, and its stacks. Stacks come
+/// last, because they may be long and texts are cut at their end.
 std::string makeText(const CRunState& state, std::uint32_t caseIndex)
 {
     std::wstring text;

@@ -119,7 +119,7 @@ TEST_F(OsSharedMemory, StaysMappedWithoutItsName)
     EXPECT_EQ(static_cast<const char*>(view.get())[c_Size - 1], 1);
 }
 
-TEST_F(OsSharedMemory, IsOneForViewsWithAndWithoutTheName)
+TEST_F(OsSharedMemory, HasTheSameContentInAllViews)
 {
     const auto written = m_memory->Map(EMemoryAccess::Write);
     const auto read = m_memory->Map(EMemoryAccess::Read);

@@ -21,7 +21,7 @@ TEST_F(Duplicates, AreListedWithTheOldestFirst)
 
 /// The younger data set at the beginning shows that the first of the oldest was chosen, not the first or the last of
 /// all.
-TEST_F(Duplicates, OfEqualAgeKeepTheFirst)
+TEST_F(Duplicates, KeepTheFirstFileIfAgesAreEqual)
 {
     Write(L"a.txt", "gut", 100);
     Write(L"b.txt", "gut", 200);

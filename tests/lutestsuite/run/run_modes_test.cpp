@@ -111,7 +111,7 @@ TEST_P(RunParallelCrashes, EndAsTheTableSays)
     expectTable(Run(setup), models::c_CrashOutcomes, GetParam());
 }
 
-/// Without the mode whose threads take seconds to start.
+/// The parallel modes except the one whose threads take seconds to start.
 class RunParallelFasterModes : public RunParallelModes
 {
 };

@@ -170,7 +170,7 @@ TEST_F(Run, DoesNotRunWithADataDirectoryOf1024Characters)
     EXPECT_EQ(RunTest::Run(MakeSetup({unitTest})).cases.at(0).result, ECaseRunResult::Unknown);
 }
 
-TEST_F(Run, GoesOnAfterACaseWithTooLongAName)
+TEST_F(Run, ContinuesAfterACaseWhoseNameIsTooLong)
 {
     const auto result = RunTest::Run(MakeSetup({MakeUnitTest(L"CNameModel", {std::wstring(1024, L'n'), L"Groß"})}));
 

@@ -131,7 +131,7 @@ constexpr SRule c_Rules[] = {
     {"whole-slower", "alle Fälle, Release x64 (seit Lauf 20)"},
 };
 
-/// A gate for each rule, with this comparison.
+/// An option --gate for each rule, with `comparison` after the name of the rule.
 std::vector<std::wstring> makeGates(const std::wstring& comparison)
 {
     std::vector<std::wstring> options;
