@@ -176,11 +176,22 @@ class Links(Lint):
         }
         self.assert_links(files, ("files that call each other", "heap/a.cpp", "heap/b.cpp", "heap/c.cpp"))
 
-    def test_circle_of_text_and_platform_layer_is_allowed(self):
-        self.assert_links({
-            "base/lbencoding.cpp": self.calls("a", "b"),
-            "base/os/files_linux.cpp": self.calls("b", "a"),
-        })
+    def test_files_of_base_in_a_circle(self):
+        files = {"base/a.cpp": self.calls("a", "b"), "base/b.cpp": self.calls("b", "a")}
+        self.assert_links(files, ("files that call each other", "base/a.cpp", "base/b.cpp"))
+
+    def test_call_of_the_platform_layer_by_the_text_layer(self):
+        files = {"base/lbencoding.cpp": self.calls("a", "b"), "base/os/files_linux.cpp": "void b() {}\n"}
+        self.assert_links(files, ("base/lbencoding.cpp", "calls b()", "base/os/files_linux.cpp"))
+
+    def test_calls_of_the_text_layer_are_clean(self):
+        files = {
+            "base/lbencoding.cpp": "void a() {}\n",
+            "base/os/linux/keeper.cpp": self.calls("b", "a"),
+            "base/os/files_linux.cpp": self.calls("c", "b"),
+            "base/lbfilesystem.cpp": self.calls("d", "c"),
+        }
+        self.assert_links(files)
 
     def test_inline_functions_of_many_objects_are_no_calls(self):
         files = {
