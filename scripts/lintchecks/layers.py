@@ -1,6 +1,13 @@
-"""Includes go down only. The table assigns a layer to each file; the first matching pattern decides."""
+"""Includes go down only, and no files include each other in a circle, each source together with its header.
 
+The table assigns a layer to each file; the first matching pattern decides.
+"""
+
+import collections
 import fnmatch
+import re
+
+from .circles import circles
 
 SUITE = "testing/lutestsuite/"
 RUNNER = "testing/lutestsuiterunner/"
@@ -66,7 +73,32 @@ def layer_of(name):
     return None
 
 
+# Each object knows the record of its class, and the record creates objects.
+ALLOWED_PAIRS = {"base/iobject", "base/lbrtti"}
+
+
 def check(tree):
+    yield from _upward_includes(tree)
+    yield from _circles_of_pairs(tree)
+
+
+def _circles_of_pairs(tree):
+    edges = collections.defaultdict(set)
+    for name in tree.sources():
+        if name.startswith(("base/", "testing/")):
+            included = {_pair(other) for _, other in tree.includes_of(name) if other in tree.files_set}
+            edges[_pair(name)] |= included - {_pair(name)}
+    for circle in circles(edges):
+        if circle != ALLOWED_PAIRS:
+            yield f"{', '.join(sorted(circle))}: files that include each other in a circle"
+
+
+def _pair(name):
+    """Source and header of one topic have the same name, which here has neither ending nor platform."""
+    return re.sub(r"(_linux|_windows)?\.\w+$", "", name)
+
+
+def _upward_includes(tree):
     known = set(tree.files)
     for name in tree.sources():
         if not name.startswith(("base/", "testing/")):

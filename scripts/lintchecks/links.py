@@ -10,6 +10,7 @@ import pathlib
 import shutil
 import subprocess
 
+from .circles import circles
 from .layers import layer_of
 
 # From each row the first preset with object files is read; those of --built come first.
@@ -144,12 +145,12 @@ def _circles_of_folders(tree, calls, preset):
                     edges[_folder(name)].add(_folder(included))
     for caller, callees in calls.items():
         edges[_folder(caller)].update(_folder(callee) for callee in callees)
-    for circle in _circles(edges):
+    for circle in circles(edges):
         yield f"{', '.join(sorted(circle))}: folders in a circle of calls or includes ({preset})"
 
 
 def _circles_of_files(calls, preset):
-    for circle in _circles({caller: set(callees) for caller, callees in calls.items()}):
+    for circle in circles({caller: set(callees) for caller, callees in calls.items()}):
         yield f"{', '.join(sorted(circle))}: files that call each other in a circle ({preset})"
 
 
@@ -163,25 +164,3 @@ def _folder(name):
 
 def _is_public(name):
     return _folder(name) == "testing/lutestsuite"
-
-
-def _circles(edges):
-    """Strongly connected components of more than one node, found by reachability, since the graphs are small."""
-    reached = {node: _reachable(edges, node) for node in edges}
-    left = set(edges)
-    while left:
-        node = left.pop()
-        circle = {other for other in reached[node] if node in reached.get(other, ())} - {node}
-        if circle:
-            left -= circle
-            yield circle | {node}
-
-
-def _reachable(edges, start):
-    found, open_nodes = set(), [start]
-    while open_nodes:
-        for node in edges.get(open_nodes.pop(), ()):
-            if node not in found:
-                found.add(node)
-                open_nodes.append(node)
-    return found

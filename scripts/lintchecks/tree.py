@@ -50,6 +50,11 @@ class Tree:
     def text_of(self, name: str) -> str:
         return self.bytes_of(name).decode("utf-8", "replace")
 
+    @functools.cached_property
+    def files_set(self) -> frozenset[str]:
+        return frozenset(self.files)
+
+    @functools.cache
     def includes_of(self, name: str) -> list[tuple[int, str]]:
         """Line number and text between quotes or brackets of each include line."""
         pattern = re.compile(r'^[ \t]*#[ \t]*include[ \t]*["<]([^">]+)[">]', re.MULTILINE)

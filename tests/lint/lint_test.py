@@ -82,6 +82,15 @@ class Layers(Lint):
                 self.assert_breach("layers", files, upper, lower)
                 self.assert_clean("layers", {lower: f'#include "{upper}"\n', upper: "#pragma once\n"})
 
+    def test_circle_of_sources_with_their_headers(self):
+        files = {
+            "base/a.h": "#pragma once\n",
+            "base/a_linux.cpp": '#include "base/a.h"\n#include "base/b.h"\n',
+            "base/b.h": '#include "base/a.h"\n',
+        }
+        self.assert_breach("layers", files, "base/a, base/b", "in a circle")
+        self.assert_clean("layers", {**files, "base/b.h": "#pragma once\n"})
+
     def test_include_of_tests(self):
         self.assert_breach("layers", {"base/a.cpp": '#include "tests/b.h"\n'}, "tests/b.h")
 
