@@ -73,10 +73,15 @@ def _objects_of(tree, preset):
 
 
 def _first_stale(tree, objects):
-    """A source that changed after its compilation or was never compiled."""
+    """A file that changed after its compilation, or a source that was never compiled."""
+    times = {}
     for source, path in objects.items():
-        if path.stat().st_mtime < (tree.root / source).stat().st_mtime:
-            return source
+        compiled = path.stat().st_mtime
+        for name in sorted(_with_headers(tree, source)):
+            if name not in times:
+                times[name] = (tree.root / name).stat().st_mtime
+            if compiled < times[name]:
+                return name
     # Sources of the other platform have no objects here.
     sided = ("_linux.cpp", "_windows.cpp")
     for name in tree.sources():
@@ -85,6 +90,17 @@ def _first_stale(tree, objects):
         if is_product and not is_sided and name not in objects:
             return name
     return None
+
+
+def _with_headers(tree, source):
+    """The source and the headers of the checkout that it includes, directly or not."""
+    found, open_names = {source}, [source]
+    while open_names:
+        for _, included in tree.includes_of(open_names.pop()):
+            if included in tree.files_set and included not in found:
+                found.add(included)
+                open_names.append(included)
+    return found
 
 
 def _calls_between(objects):

@@ -221,6 +221,16 @@ class Links(Lint):
         self.assertEqual([], breaches)
         self.assertIn("older than " + source, notes[0])
 
+    def test_build_older_than_a_header_is_said(self):
+        inner = "testing/lutestsuite/settings/b.h"
+        files = {
+            inner: "",
+            "testing/lutestsuite/settings/a.h": f'#include "{inner}"\n',
+            "testing/lutestsuite/settings/a.cpp": '#include "testing/lutestsuite/settings/a.h"\nvoid a() {}\n',
+        }
+        _, notes = self.lint(files, touched=[inner])
+        self.assertIn("older than " + inner, notes[0])
+
     def test_build_older_than_a_source_is_a_breach_if_it_must_be_current(self):
         source = "testing/lutestsuite/settings/a.cpp"
         files = {source: "void a() {}\n"}
