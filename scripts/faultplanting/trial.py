@@ -22,6 +22,8 @@ PROGRAMS = (
     ("testing/lutestsuitehost/", "cli_tests"),
     ("testing/lutestsuiterunner/", "runner_tests"),
 )
+# Tests of a folder that lie in another one: those that start the host with a command.
+FURTHER_TESTS = {"lutestsuiterunner/commands": "lutestsuiterunner/cli"}
 # Linking takes most of the time: use a fast linker, and do not relink the users of a changed library.
 OPTIONS = ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
 FAST_LINKERS = (("ld.lld", "lld"), ("ld.gold", "gold"))
@@ -137,9 +139,9 @@ class Ground:
         """Filters for the tests of the file, and for those of its folder."""
         folder = pathlib.PurePosixPath(name).parent.as_posix().removeprefix("testing/")
         stem = re.sub(r"_linux$", "", pathlib.PurePosixPath(name).stem)
-        folders = self.copy / "tests" / folder
-        of_file = _suites_in(folders.glob(f"{stem}*_test.cpp"))
-        of_folder = _suites_in(folders.glob("*_test.cpp")) - of_file
+        folders = [self.copy / "tests" / each for each in (folder, FURTHER_TESTS.get(folder)) if each]
+        of_file = _suites_in(path for each in folders for path in each.glob(f"{stem}*_test.cpp"))
+        of_folder = _suites_in(path for each in folders for path in each.glob("*_test.cpp")) - of_file
         filters = [":".join(f"{suite}.*:*/{suite}.*" for suite in sorted(suites)) for suites in (of_file, of_folder)]
         return [each for each in filters if each]
 

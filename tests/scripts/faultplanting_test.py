@@ -1,4 +1,4 @@
-"""Which faults scripts/plant-faults draws from a small checkout."""
+"""Which faults scripts/plant-faults draws from a small checkout, and which tests it tries first."""
 
 import pathlib
 import sys
@@ -8,7 +8,7 @@ import unittest
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
 
-from faultplanting import changes  # noqa: E402
+from faultplanting import changes, trial  # noqa: E402
 from lintchecks.tree import Tree  # noqa: E402
 
 
@@ -77,6 +77,33 @@ class Draw(unittest.TestCase):
         self.write("int f()\n{\n" + "    return 1;\n" * 20 + "}\n")
         self.assertEqual(self.draw(seed=3), self.draw(seed=3))
         self.assertNotEqual(self.draw(seed=3), self.draw(seed=4))
+
+
+class NearTests(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.ground = trial.Ground(pathlib.Path(folder.name), pathlib.Path(folder.name), True)
+
+    def write(self, name, suite):
+        path = self.ground.copy / "tests" / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(f"TEST({suite}, Name)\n", encoding="utf-8")
+
+    def find(self, name):
+        return self.ground._suites_near(name)
+
+    def test_are_in_the_folder_that_mirrors_the_file(self):
+        self.write("base/os/files_test.cpp", "Files")
+        self.write("base/os/clock_test.cpp", "Clock")
+        self.write("base/files_test.cpp", "Others")
+        self.assertEqual(self.find("base/os/files_linux.cpp"), ["Files.*:*/Files.*", "Clock.*:*/Clock.*"])
+
+    def test_of_commands_are_also_those_that_start_the_host(self):
+        self.write("lutestsuiterunner/commands/merge_test.cpp", "Merge")
+        self.write("lutestsuiterunner/cli/list_test.cpp", "List")
+        self.assertEqual(self.find("testing/lutestsuiterunner/commands/list.cpp"),
+                         ["List.*:*/List.*", "Merge.*:*/Merge.*"])
 
 
 if __name__ == "__main__":
