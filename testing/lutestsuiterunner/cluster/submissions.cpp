@@ -38,6 +38,25 @@ bool isFile(const std::wstring& path)
     return LbOs::QueryEntry(path) == LbOs::EEntry::File;
 }
 
+/// Has no shards if the file is incomplete.
+SSubmission readSubmission(const std::wstring& path, std::uint32_t number)
+{
+    SSubmission submission = {number, {}, {}};
+    const auto json = nlohmann::json::parse(LbFileSystem::ReadFile8Bit(path), nullptr, /*exceptions*/ false);
+    if (!json.is_object() || !json.contains("shards") || !json.contains("verdicts") ||
+        json["shards"].size() != json["verdicts"].size())
+    {
+        return submission;
+    }
+    submission.shards = json["shards"].get<std::vector<std::uint32_t>>();
+    submission.verdicts = json["verdicts"].get<std::vector<std::uint64_t>>();
+    for (const nlohmann::json& reason : json.value("reasons", nlohmann::json::array()))
+    {
+        submission.reasons.push_back(LbEncoding::FromUtf8(reason.get<std::string>()));
+    }
+    return submission;
+}
+
 } // namespace
 
 std::vector<SSubmission> ReadSubmissions(const std::wstring& folder)
@@ -45,19 +64,7 @@ std::vector<SSubmission> ReadSubmissions(const std::wstring& folder)
     std::vector<SSubmission> submissions;
     for (std::uint32_t number = 1; isFile(getPath(folder, number)); ++number)
     {
-        submissions.push_back({number, {}, {}});
-        const auto json =
-            nlohmann::json::parse(LbFileSystem::ReadFile8Bit(getPath(folder, number)), nullptr, /*exceptions*/ false);
-        if (json.is_object() && json.contains("shards") && json.contains("verdicts") &&
-            json["shards"].size() == json["verdicts"].size())
-        {
-            submissions.back().shards = json["shards"].get<std::vector<std::uint32_t>>();
-            submissions.back().verdicts = json["verdicts"].get<std::vector<std::uint64_t>>();
-            for (const nlohmann::json& reason : json.value("reasons", nlohmann::json::array()))
-            {
-                submissions.back().reasons.push_back(LbEncoding::FromUtf8(reason.get<std::string>()));
-            }
-        }
+        submissions.push_back(readSubmission(getPath(folder, number), number));
     }
     return submissions;
 }

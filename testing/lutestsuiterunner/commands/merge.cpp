@@ -95,6 +95,16 @@ void requireSameSelection(const std::vector<SPart>& parts)
     }
 }
 
+/// Both lists are the cases in the order of their names.
+void findPlacesByName(const std::vector<std::uint32_t>& own, const std::vector<std::uint32_t>& whole,
+                      std::vector<std::uint32_t>& places)
+{
+    for (std::size_t rank = 0; rank < own.size(); ++rank)
+    {
+        places[own[rank]] = whole[rank];
+    }
+}
+
 /// Compares by names, since file systems list folders in different orders. Precondition: the same selection.
 void findPlaces(std::vector<SPart>& parts)
 {
@@ -113,11 +123,7 @@ void findPlaces(std::vector<SPart>& parts)
         {
             whole = SortByName(first);
         }
-        const std::vector<std::uint32_t> own = SortByName(plan);
-        for (std::size_t rank = 0; rank < own.size(); ++rank)
-        {
-            part.places[own[rank]] = whole[rank];
-        }
+        findPlacesByName(SortByName(plan), whole, part.places);
     }
 }
 
@@ -255,7 +261,8 @@ private:
 
     void note(CJournalWriter& writer, const Record& record) { m_state.Apply({m_number, writer.Write(record)}, record); }
 
-    void copy(const SPart& part, Record& record, std::unique_ptr<CJournalWriter>& writer)
+    /// Replaces the index of the record's case in the part by its index in the merged run.
+    static void moveCase(const SPart& part, Record& record)
     {
         if (auto* const started = std::get_if<SCaseStarted>(&record))
         {
@@ -265,6 +272,11 @@ private:
         {
             ended->caseIndex = part.places[ended->caseIndex];
         }
+    }
+
+    void copy(const SPart& part, Record& record, std::unique_ptr<CJournalWriter>& writer)
+    {
+        moveCase(part, record);
         const bool isOfTheWhole =
             std::holds_alternative<SRunCanceled>(record) || std::holds_alternative<SRunProblem>(record);
         if (const auto* const begun = std::get_if<SJournalBegun>(&record))

@@ -113,22 +113,26 @@ private:
     static void finish(const std::wstring& folder)
     {
         const std::optional<SOutcome> outcome = FinishDecision(folder);
-        if (!outcome)
+        if (outcome)
         {
-            return;
+            report(*outcome);
         }
-        if (!outcome->changed.empty())
+    }
+
+    static void report(const SOutcome& outcome)
+    {
+        if (!outcome.changed.empty())
         {
             CTerminal::Get().WriteError(
                 LbFormat(L"Warnung: Unterbrochene Entscheidung zurückgenommen: Datei %s hat sich seitdem geändert\n",
-                         outcome->changed));
+                         outcome.changed));
             return;
         }
-        print(LbFormat(L"Unterbrochene Entscheidung vollendet: %s\n", FormatFileCount(outcome->done.size())));
-        if (outcome->left > 0)
+        print(LbFormat(L"Unterbrochene Entscheidung vollendet: %s\n", FormatFileCount(outcome.done.size())));
+        if (outcome.left > 0)
         {
             CTerminal::Get().WriteError(LbFormat(L"Warnung: seit dieser Entscheidung geändert und noch offen: %s\n",
-                                                 FormatFileCount(outcome->left)));
+                                                 FormatFileCount(outcome.left)));
         }
     }
 

@@ -77,7 +77,8 @@ std::pair<SPlan, std::vector<std::wstring>> makePlan(const SSubmitOptions& optio
     return {std::move(plan), std::move(problems)};
 }
 
-void describe(const SPlan& plan, std::uint32_t shards)
+/// Empty if no times are known.
+std::wstring describeTimes(const SPlan& plan, std::uint32_t shards)
 {
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000;
     std::uint64_t sum = 0;
@@ -87,16 +88,18 @@ void describe(const SPlan& plan, std::uint32_t shards)
         sum += planned.expected;
         longest = std::max(longest, planned.expected);
     }
+    return sum == 0 ? std::wstring()
+                    : LbFormat(L", erwartet je Teil: %s, mindestens der längste Testfall: %s",
+                               FormatDuration(sum / shards / c_NanosecondsPerSecond),
+                               FormatDuration(longest / c_NanosecondsPerSecond));
+}
+
+void describe(const SPlan& plan, std::uint32_t shards)
+{
     const std::wstring cases =
         plan.cases.size() == 1 ? std::wstring(L"1 Testfall") : LbFormat(L"%u Testfälle", plan.cases.size());
-    std::wstring text = shards == 1 ? cases + L" in einem Teil" : LbFormat(L"%s in %u Teilen", cases, shards);
-    if (sum > 0)
-    {
-        text += LbFormat(L", erwartet je Teil: %s, mindestens der längste Testfall: %s",
-                         FormatDuration(sum / shards / c_NanosecondsPerSecond),
-                         FormatDuration(longest / c_NanosecondsPerSecond));
-    }
-    CTerminal::Get().WriteOutput(text + L"\n");
+    const std::wstring text = shards == 1 ? cases + L" in einem Teil" : LbFormat(L"%s in %u Teilen", cases, shards);
+    CTerminal::Get().WriteOutput(text + describeTimes(plan, shards) + L"\n");
 }
 
 /// Local shards end with the process that started them, so another process must stay to follow them.

@@ -34,6 +34,14 @@ std::wstring findOwnFrame(const std::wstring& stacks, const std::wstring& module
     return frame == std::wstring::npos ? L"" : first.substr(frame + 1, first.find(L'\n', frame) - frame - 1);
 }
 
+/// A case that has failed before.
+std::wstring describePassed(const std::wstring& name, const SAttempt& attempt)
+{
+    return attempt.kind == EAttemptKind::Confirm
+               ? LbFormat(L"NUR IM GEMEINSAMEN PROZESS %s (im eigenen Prozess bestanden)\n", name)
+               : LbFormat(L"UNZUVERLÄSSIG %s (im Versuch %u bestanden)\n", name, attempt.result.attempt);
+}
+
 } // namespace
 
 std::wstring FormatTime(std::uint64_t nanoseconds)
@@ -75,9 +83,7 @@ std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const S
     const std::wstring name = GetCaseName(plan, caseIndex);
     if (attempt.HasPassed())
     {
-        return attempt.kind == EAttemptKind::Confirm
-                   ? LbFormat(L"NUR IM GEMEINSAMEN PROZESS %s (im eigenen Prozess bestanden)\n", name)
-                   : LbFormat(L"UNZUVERLÄSSIG %s (im Versuch %u bestanden)\n", name, attempt.result.attempt);
+        return describePassed(name, attempt);
     }
     const wchar_t* const quarantine = plan.cases[caseIndex].isQuarantined ? L" (in Quarantäne)" : L"";
     const std::uint32_t number = attempt.result.attempt;

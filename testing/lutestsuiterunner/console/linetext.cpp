@@ -65,26 +65,39 @@ std::size_t findBegin(const std::wstring& text, const std::wstring& other, std::
                : std::min(difference - context, longest - width);
 }
 
-/// Marks what is missing. Leaves no half of a surrogate pair.
+constexpr wchar_t c_Ellipsis = L'…';
+
+/// Replaces the last character. Leaves no half of a surrogate pair.
+void markEnd(std::wstring& text)
+{
+    text.back() = c_Ellipsis;
+    if (isHighSurrogate(text[text.size() - 2]))
+    {
+        text.erase(text.size() - 2, 1);
+    }
+}
+
+/// Replaces the first character. Leaves no half of a surrogate pair.
+void markBegin(std::wstring& text)
+{
+    text.front() = c_Ellipsis;
+    if (text.size() > 1 && isLowSurrogate(text[1]))
+    {
+        text.erase(1, 1);
+    }
+}
+
+/// Marks what is missing.
 std::wstring cut(const SWindow& window, std::size_t begin, std::size_t width)
 {
-    constexpr wchar_t c_Ellipsis = L'…';
     std::wstring text = window.text.substr(begin, width);
     if (window.hasBehind || begin + width < window.text.size())
     {
-        text.back() = c_Ellipsis;
-        if (isHighSurrogate(text[text.size() - 2]))
-        {
-            text.erase(text.size() - 2, 1);
-        }
+        markEnd(text);
     }
     if ((window.hasBefore || begin > 0) && !text.empty())
     {
-        text.front() = c_Ellipsis;
-        if (text.size() > 1 && isLowSurrogate(text[1]))
-        {
-            text.erase(1, 1);
-        }
+        markBegin(text);
     }
     return text;
 }

@@ -23,9 +23,16 @@ using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
 constexpr const wchar_t* c_FileName = L"quarantine.json";
 
-std::vector<std::wstring> readPatterns(const std::wstring& path)
+std::wstring trim(std::wstring line)
 {
     constexpr const wchar_t* c_Blanks = L" \t\r";
+    line.erase(0, std::min(line.find_first_not_of(c_Blanks), line.size()));
+    line.erase(line.find_last_not_of(c_Blanks) + 1);
+    return line;
+}
+
+std::vector<std::wstring> readPatterns(const std::wstring& path)
+{
     std::vector<std::wstring> patterns;
     std::wstring text = LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path)) + L"\n";
     if (text.starts_with(L'\xFEFF'))
@@ -34,9 +41,7 @@ std::vector<std::wstring> readPatterns(const std::wstring& path)
     }
     for (std::size_t start = 0, end = 0; (end = text.find(L'\n', start)) != std::wstring::npos; start = end + 1)
     {
-        std::wstring line = text.substr(start, end - start);
-        line.erase(0, std::min(line.find_first_not_of(c_Blanks), line.size()));
-        line.erase(line.find_last_not_of(c_Blanks) + 1);
+        std::wstring line = trim(text.substr(start, end - start));
         if (!line.empty() && !line.starts_with(L'#'))
         {
             patterns.push_back(line);

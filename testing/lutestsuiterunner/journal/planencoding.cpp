@@ -180,16 +180,7 @@ public:
         {
             write("contact", [&](CJsonObject& object) { addTexts<SContact>(object, c_ContactFields, contact); });
         }
-        std::span<const LuTestSuite::STestCase> cases = unitTest.cases;
-        while (!cases.empty())
-        {
-            write("cases", [&](CJsonObject& object) {
-                cases =
-                    cases.subspan(appendList(object.Add("list"), cases, [&](const auto& testCase, std::string& json) {
-                        appendCase(testCase, unitTest.dataDirectory, json);
-                    }));
-            });
-        }
+        encodeCases(unitTest);
     }
 
     void EncodeDisabled(const SDisabledCase& disabled)
@@ -248,6 +239,20 @@ public:
     }
 
 private:
+    void encodeCases(const LuTestSuite::SUnitTest& unitTest)
+    {
+        std::span<const LuTestSuite::STestCase> cases = unitTest.cases;
+        while (!cases.empty())
+        {
+            write("cases", [&](CJsonObject& object) {
+                cases =
+                    cases.subspan(appendList(object.Add("list"), cases, [&](const auto& testCase, std::string& json) {
+                        appendCase(testCase, unitTest.dataDirectory, json);
+                    }));
+            });
+        }
+    }
+
     template<typename T, typename F>
     void encodeList(const char* type, const char* name, std::span<const T> list, const F& append)
     {

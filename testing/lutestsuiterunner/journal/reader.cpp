@@ -29,17 +29,7 @@ public:
     {
         try
         {
-            std::string_view json;
-            if (!m_lines.Next(json))
-            {
-                return false;
-            }
-            if (!m_parser.Parse(json, m_load, record))
-            {
-                throw SDamage{m_lines.GetSequence(), m_lines.GetOffset(), L"Der Eintrag ist nicht verständlich"};
-            }
-            requireBegin(record);
-            return true;
+            return next(record);
         }
         catch (const SDamage& damage)
         {
@@ -51,6 +41,22 @@ public:
     const CLineReader& GetLines() const { return m_lines; }
 
 private:
+    /// Throws SDamage.
+    bool next(Record& record)
+    {
+        std::string_view json;
+        if (!m_lines.Next(json))
+        {
+            return false;
+        }
+        if (!m_parser.Parse(json, m_load, record))
+        {
+            throw SDamage{m_lines.GetSequence(), m_lines.GetOffset(), L"Der Eintrag ist nicht verständlich"};
+        }
+        requireBegin(record);
+        return true;
+    }
+
     /// Fails unless this type belongs to the first record, and only to it.
     void requireBegin(const Record& record) const
     {

@@ -117,13 +117,17 @@ private:
         if (json.size() - start > c_LargestText)
         {
             json.resize(start);
-            const STextPlace place = m_store(utf8);
-            CJsonObject reference(json);
-            reference.Add("file", place.file);
-            reference.Add("at", place.offset);
-            reference.Add("size", place.size);
-            reference.Add("sum", place.checksum);
+            addReference(m_store(utf8), json);
         }
+    }
+
+    static void addReference(const STextPlace& place, std::string& json)
+    {
+        CJsonObject reference(json);
+        reference.Add("file", place.file);
+        reference.Add("at", place.offset);
+        reference.Add("size", place.size);
+        reference.Add("sum", place.checksum);
     }
 
     void addTime(CJsonObject& object, std::uint64_t elapsed) const

@@ -131,21 +131,23 @@ private:
         for (const std::uint32_t index : suite.cases)
         {
             const SPlannedCase& planned = m_state.GetPlan().cases[index];
-            const auto getName = [&] {
-                const LuTestSuite::SUnitTest& unitTest = m_state.GetPlan().unitTests[planned.unitTest];
-                return GetRunName(unitTest.cases[planned.testCase].name, planned.repetition);
-            };
             if (planned.isQuarantined)
             {
-                lists.Add("quarantined", getName());
+                lists.Add("quarantined", getName(planned));
             }
             const EVerdict verdict = m_state.GetVerdict(index);
             if (verdict == EVerdict::Flaky || verdict == EVerdict::FailedShared)
             {
-                lists.Add(verdict == EVerdict::Flaky ? "flaky" : "failed-shared", getName());
+                lists.Add(verdict == EVerdict::Flaky ? "flaky" : "failed-shared", getName(planned));
             }
         }
         return lists.Take();
+    }
+
+    std::wstring getName(const SPlannedCase& planned) const
+    {
+        const LuTestSuite::SUnitTest& unitTest = m_state.GetPlan().unitTests[planned.unitTest];
+        return GetRunName(unitTest.cases[planned.testCase].name, planned.repetition);
     }
 
     static std::string makeLeftOut(std::uint64_t count)

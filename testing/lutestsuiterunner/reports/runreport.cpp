@@ -104,6 +104,15 @@ void addNotes(const CRunState& state, std::uint32_t caseIndex, LuTestSuiteReport
     }
 }
 
+LuTestSuiteRun::SStats makeStats(const CRunState& state, const SRunView& view)
+{
+    LuTestSuiteRun::SStats stats = LuTestSuiteRun::CountCases(view.cases, view.unitTests.size());
+    stats.startTime = state.GetStartTime();
+    stats.endTime = state.GetEndTime();
+    stats.totalTime = state.GetTotalTime();
+    return stats;
+}
+
 } // namespace
 
 LuTestSuiteReport::SReportData MakeReportData(const CRunState& state)
@@ -114,13 +123,9 @@ LuTestSuiteReport::SReportData MakeReportData(const CRunState& state)
     setup.dataDir = plan.dataDirectory;
     setup.params = plan.params;
     setup.messageReportMax = plan.rules.messageReportMax;
-    LuTestSuiteRun::SStats stats = LuTestSuiteRun::CountCases(view.cases, view.unitTests.size());
-    stats.startTime = state.GetStartTime();
-    stats.endTime = state.GetEndTime();
-    stats.totalTime = state.GetTotalTime();
 
     LuTestSuiteReport::SReportData data;
-    LuTestSuiteReport::GenerateReportData(data, setup, view.unitTests, view.cases, stats);
+    LuTestSuiteReport::GenerateReportData(data, setup, view.unitTests, view.cases, makeStats(state, view));
     describeOrigin(plan.origin, data);
     for (LuTestSuiteReport::SReportCase& reportCase : data.Cases)
     {
