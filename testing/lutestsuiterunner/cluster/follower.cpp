@@ -204,14 +204,18 @@ void CFollower::ask(Time now)
     m_hasAsked = true;
     m_lastQuestion = now;
     m_hasAnswer = tasks.has_value();
-    if (!m_hasAnswer)
+    if (m_hasAnswer)
     {
-        return;
+        takeAnswer(*tasks, now);
     }
+}
+
+void CFollower::takeAnswer(const Tasks& tasks, Time now)
+{
     for (std::uint32_t index = 0; index < m_status.size(); ++index)
     {
-        const auto found = tasks->find(index + 1);
-        m_status[index].task = found == tasks->end() ? STask() : found->second;
+        const auto found = tasks.find(index + 1);
+        m_status[index].task = found == tasks.end() ? STask() : found->second;
         m_status[index].hasBegun = false;
         SWatch& watch = m_watches[index];
         const bool isOver = m_status[index].task.state == ETaskState::Over;

@@ -110,6 +110,7 @@ private:
     void readJournals();
     void readSubmissions();
     void ask(Time now);
+    void takeAnswer(const Tasks& tasks, Time now);
     void warnOfStuckTasks();
     void judge(Time now);
     bool isLost(std::size_t index, Time now) const;

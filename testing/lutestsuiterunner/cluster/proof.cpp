@@ -26,12 +26,8 @@ std::uint64_t countDuplicates(const CRunState& state)
     return count;
 }
 
-} // namespace
-
-void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SReadPart>& parts,
-                const std::vector<SShardEntry>& shards, const CFollower& follower)
+Json describe(const std::vector<SReadPart>& parts, const std::vector<SShardEntry>& shards, const CFollower& follower)
 {
-    const SVerdictCounts counts = state.CountVerdicts();
     Json list = Json::array();
     for (std::uint32_t index = 0; index < shards.size(); ++index)
     {
@@ -43,13 +39,22 @@ void WriteProof(const std::wstring& folder, const CRunState& state, const std::v
                         {"journals", part.records},
                         {"submissions", follower.GetShards()[index].submissions}});
     }
+    return list;
+}
+
+} // namespace
+
+void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SReadPart>& parts,
+                const std::vector<SShardEntry>& shards, const CFollower& follower)
+{
+    const SVerdictCounts counts = state.CountVerdicts();
     const Json proof = {{"format", 1},
                         {"plan", state.GetPlan().digest},
                         {"cases", counts.planned},
                         {"verdicts", counts.planned - counts.missing},
                         {"duplicates", countDuplicates(state)},
                         {"green", state.IsGreen()},
-                        {"shards", list}};
+                        {"shards", describe(parts, shards, follower)}};
     const std::string bytes = proof.dump(1) + "\n";
     WriteWholeFile(folder + c_ProofName,
                    [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });

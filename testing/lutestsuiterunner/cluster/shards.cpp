@@ -140,6 +140,17 @@ Json describe(const SShardEntry& entry)
     return {{"digest", entry.digest}, {"cases", entry.cases}, {"places", entry.places}};
 }
 
+void writeList(const std::wstring& folder, const std::string& planDigest, const Json& shards,
+               const std::vector<std::wstring>& problems)
+{
+    Json texts = Json::array();
+    std::ranges::transform(problems, std::back_inserter(texts), LbEncoding::ToUtf8);
+    const std::string bytes =
+        Json{{"format", 1}, {"plan", planDigest}, {"shards", shards}, {"problems", texts}}.dump(1) + "\n";
+    WriteWholeFile(folder + c_ShardsName,
+                   [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
+}
+
 /// Calls `read` with the content of the list. Throws LbException with a German message.
 template<typename Read>
 auto readList(const std::wstring& folder, const Read& read)
@@ -221,12 +232,7 @@ void WriteShards(const std::wstring& folder, SPlan& plan, std::uint32_t shards,
             describe({digest, static_cast<std::uint32_t>(own.size()), static_cast<std::uint32_t>(part.cases.size())}));
     }
     LbOs::MakeDirectory(folder + c_TasksFolderName);
-    Json texts = Json::array();
-    std::ranges::transform(problems, std::back_inserter(texts), LbEncoding::ToUtf8);
-    const std::string bytes =
-        Json{{"format", 1}, {"plan", plan.digest}, {"shards", list}, {"problems", texts}}.dump(1) + "\n";
-    WriteWholeFile(folder + c_ShardsName,
-                   [&bytes](LuStreamWriteBinaryFile& file) { file.Write(bytes.data(), bytes.size()); });
+    writeList(folder, plan.digest, list, problems);
 }
 
 void ForgetShards(const std::wstring& folder)

@@ -57,6 +57,23 @@ SSubmission readSubmission(const std::wstring& path, std::uint32_t number)
     return submission;
 }
 
+/// Null if the file exists.
+std::unique_ptr<CAppendFile> create(const std::wstring& path)
+{
+    try
+    {
+        return std::make_unique<CAppendFile>(path);
+    }
+    catch (const LbException&)
+    {
+        if (isFile(path))
+        {
+            return nullptr;
+        }
+        throw;
+    }
+}
+
 } // namespace
 
 std::vector<SSubmission> ReadSubmissions(const std::wstring& folder)
@@ -71,19 +88,10 @@ std::vector<SSubmission> ReadSubmissions(const std::wstring& folder)
 
 bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission)
 {
-    const std::wstring path = getPath(folder, submission.number);
-    std::unique_ptr<CAppendFile> file;
-    try
+    const std::unique_ptr<CAppendFile> file = create(getPath(folder, submission.number));
+    if (!file)
     {
-        file = std::make_unique<CAppendFile>(path);
-    }
-    catch (const LbException&)
-    {
-        if (isFile(path))
-        {
-            return false;
-        }
-        throw;
+        return false;
     }
     std::vector<std::string> reasons;
     std::ranges::transform(submission.reasons, std::back_inserter(reasons), LbEncoding::ToUtf8);

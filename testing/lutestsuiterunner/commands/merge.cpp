@@ -182,23 +182,28 @@ SPlan makePlan(const std::vector<SPart>& parts)
     return plan;
 }
 
+void addProblems(const SPart& part, std::vector<std::wstring>& problems)
+{
+    if (part.state->IsCanceled())
+    {
+        problems.push_back(LbFormat(L"%s wurde abgebrochen: %s", getPartName(part), part.state->GetCancelReason()));
+    }
+    else if (!part.state->IsEnded())
+    {
+        problems.push_back(LbFormat(L"%s ist nicht beendet", getPartName(part)));
+    }
+    for (const std::wstring& problem : part.state->GetProblems())
+    {
+        problems.push_back(LbFormat(L"%s: %s", getPartName(part), problem));
+    }
+}
+
 std::vector<std::wstring> findProblems(const std::vector<SPart>& parts, const std::vector<const SPart*>& owners)
 {
     std::vector<std::wstring> problems;
     for (const SPart& part : parts)
     {
-        if (part.state->IsCanceled())
-        {
-            problems.push_back(LbFormat(L"%s wurde abgebrochen: %s", getPartName(part), part.state->GetCancelReason()));
-        }
-        else if (!part.state->IsEnded())
-        {
-            problems.push_back(LbFormat(L"%s ist nicht beendet", getPartName(part)));
-        }
-        for (const std::wstring& problem : part.state->GetProblems())
-        {
-            problems.push_back(LbFormat(L"%s: %s", getPartName(part), problem));
-        }
+        addProblems(part, problems);
     }
     if (const auto count = std::ranges::count(owners, nullptr); count > 0)
     {

@@ -163,10 +163,9 @@ private:
         print(LbFormat(L"Änderungen: %u, Dateien: %u\n", changes.size(), files.size()));
     }
 
-    int decide() const
+    /// Tells the user if an option chooses no change.
+    void reportMissing(const SReviewChoice& choice) const
     {
-        // Refuses before the first change.
-        const SReviewChoice choice = ChooseChanges(m_changes, m_options);
         if (!m_options.accept.empty() && choice.accepted.empty())
         {
             print(L"Nichts zu übernehmen\n");
@@ -175,6 +174,13 @@ private:
         {
             print(L"Nichts zu verwerfen\n");
         }
+    }
+
+    int decide() const
+    {
+        // Refuses before the first change.
+        const SReviewChoice choice = ChooseChanges(m_changes, m_options);
+        reportMissing(choice);
         for (const SChange& change : choice.accepted)
         {
             RequireAcceptable(change, m_options.acceptEmpty);

@@ -80,25 +80,28 @@ void CProgressLine::OnStarted(std::uint32_t caseIndex)
     m_running[caseIndex] = m_timer.GetElapsed();
 }
 
+void CProgressLine::count(std::uint32_t caseIndex, const SAttempt& attempt)
+{
+    const std::lock_guard lock(m_mutex);
+    m_running.erase(caseIndex);
+    if (attempt.IsFinished() && attempt.kind == EAttemptKind::First)
+    {
+        ++m_progress.done;
+        m_doneWeight += static_cast<double>(getWeight(caseIndex));
+    }
+    if (attempt.HasPassed() && attempt.kind != EAttemptKind::Confirm)
+    {
+        m_failed.erase(caseIndex);
+    }
+    else if (attempt.IsFinished() && !m_plan.cases[caseIndex].isQuarantined)
+    {
+        m_failed.insert(caseIndex);
+    }
+}
+
 void CProgressLine::OnEnded(std::uint32_t caseIndex, const SAttempt& attempt, bool /*isFinal*/)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_running.erase(caseIndex);
-        if (attempt.IsFinished() && attempt.kind == EAttemptKind::First)
-        {
-            ++m_progress.done;
-            m_doneWeight += static_cast<double>(getWeight(caseIndex));
-        }
-        if (attempt.HasPassed() && attempt.kind != EAttemptKind::Confirm)
-        {
-            m_failed.erase(caseIndex);
-        }
-        else if (attempt.IsFinished() && !m_plan.cases[caseIndex].isQuarantined)
-        {
-            m_failed.insert(caseIndex);
-        }
-    }
+    count(caseIndex, attempt);
     if (const std::wstring text = DescribeAttempt(m_plan, caseIndex, attempt); !text.empty())
     {
         CTerminal::Get().WriteOutput(text);
@@ -143,6 +146,12 @@ SProgress CProgressLine::GetProgress() const
         const double left = std::max(0.0, m_totalWeight - m_doneWeight) / m_doneWeight;
         progress.left = static_cast<std::uint64_t>(left * static_cast<double>(now) / c_NanosecondsPerSecond);
     }
+    addRunning(now, progress);
+    return progress;
+}
+
+void CProgressLine::addRunning(std::uint64_t now, SProgress& progress) const
+{
     std::vector<std::pair<std::uint64_t, std::uint32_t>> running;
     for (const auto& [caseIndex, start] : m_running)
     {
@@ -154,7 +163,6 @@ SProgress CProgressLine::GetProgress() const
         const auto& [start, caseIndex] = running[place];
         progress.running.emplace_back(GetCaseName(m_plan, caseIndex), (now - start) / c_NanosecondsPerSecond);
     }
-    return progress;
 }
 
 } // namespace Runner

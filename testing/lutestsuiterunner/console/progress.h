@@ -54,7 +54,11 @@ public:
 private:
     void run();
     void show();
+    void count(std::uint32_t caseIndex, const SAttempt& attempt);
     std::uint64_t getWeight(std::uint32_t caseIndex) const;
+
+    /// Adds the cases that have run longest. The caller has locked m_mutex.
+    void addRunning(std::uint64_t now, SProgress& progress) const;
 
     const SPlan& m_plan;
     const std::vector<std::uint64_t> m_times;

@@ -166,6 +166,22 @@ void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnd
     });
 }
 
+/// Moves the suspects that have crashed their host.
+void findCrashed(const CRunState& state, const std::wstring& folder, SUnderWay& underWay)
+{
+    const Suspects suspects = underWay.suspects;
+    std::erase_if(underWay.suspects, [&](std::uint32_t index) {
+        const SAttempt& attempt = state.GetAttempts(index).back();
+        const std::wstring note = readNote(getNotePath(folder, attempt.started.journal));
+        const std::wstring reason = findReason(note, state, suspects, index);
+        if (!reason.empty())
+        {
+            underWay.crashed.push_back(makeEnd(attempt, reason));
+        }
+        return !reason.empty();
+    });
+}
+
 } // namespace
 
 SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder)
@@ -180,17 +196,7 @@ SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder)
     {
         (isInProcess(state, index) ? underWay.suspects : underWay.others).push_back(index);
     }
-    const Suspects suspects = underWay.suspects;
-    std::erase_if(underWay.suspects, [&](std::uint32_t index) {
-        const SAttempt& attempt = state.GetAttempts(index).back();
-        const std::wstring note = readNote(getNotePath(folder, attempt.started.journal));
-        const std::wstring reason = findReason(note, state, suspects, index);
-        if (!reason.empty())
-        {
-            underWay.crashed.push_back(makeEnd(attempt, reason));
-        }
-        return !reason.empty();
-    });
+    findCrashed(state, folder, underWay);
     return underWay;
 }
 

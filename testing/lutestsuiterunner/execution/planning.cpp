@@ -21,6 +21,25 @@ std::vector<SDisabledCase> listDisabled(const std::vector<LuTestSuite::SUnitTest
     return disabled;
 }
 
+/// Which cases have failed, by unit test and case.
+std::vector<std::vector<bool>> findFailed(const SPlan& plan, const CPrevious& previous)
+{
+    std::vector<std::vector<bool>> hasFailed;
+    for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
+    {
+        hasFailed.emplace_back(unitTest.cases.size(), false);
+    }
+    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+    {
+        const std::optional<SPreviousCase> one = previous.Find(plan, index);
+        if (one && one->hasFailed)
+        {
+            hasFailed[plan.cases[index].unitTest][plan.cases[index].testCase] = true;
+        }
+    }
+    return hasFailed;
+}
+
 } // namespace
 
 SPlan MakePlan(const SRunOptions& options, const LuTestSuiteSetup& setup, SSelection selection)
@@ -42,19 +61,7 @@ SPlan MakePlan(const SRunOptions& options, const LuTestSuiteSetup& setup, SSelec
 
 void KeepFailed(SPlan& plan, const CPrevious& previous)
 {
-    std::vector<std::vector<bool>> isKept;
-    for (const LuTestSuite::SUnitTest& unitTest : plan.unitTests)
-    {
-        isKept.emplace_back(unitTest.cases.size(), false);
-    }
-    for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
-    {
-        const std::optional<SPreviousCase> one = previous.Find(plan, index);
-        if (one && one->hasFailed)
-        {
-            isKept[plan.cases[index].unitTest][plan.cases[index].testCase] = true;
-        }
-    }
+    const std::vector<std::vector<bool>> isKept = findFailed(plan, previous);
     for (std::size_t unit = 0; unit < plan.unitTests.size(); ++unit)
     {
         std::size_t place = 0;

@@ -94,6 +94,17 @@ std::vector<std::uint32_t> findCases(const SPlan& plan, const std::vector<std::w
     return cases;
 }
 
+/// Throws LbException if the file is damaged.
+nlohmann::json readRecord(const std::wstring& path)
+{
+    auto record = nlohmann::json::parse(LbFileSystem::ReadFile8Bit(path), nullptr, false);
+    if (!record.is_object() || !record.contains("entries") || !record["entries"].is_array())
+    {
+        throw LbException(LbFormat(L"Die Datei %s ist beschädigt", path));
+    }
+    return record;
+}
+
 /// The numbers of passed runs by pattern; the run `runId` itself does not count.
 std::map<std::wstring, std::uint32_t> readPassedRuns(const std::wstring& folder, const std::string& runId)
 {
@@ -102,11 +113,7 @@ std::map<std::wstring, std::uint32_t> readPassedRuns(const std::wstring& folder,
     {
         return passedRuns;
     }
-    const auto record = nlohmann::json::parse(LbFileSystem::ReadFile8Bit(folder + c_FileName), nullptr, false);
-    if (!record.is_object() || !record.contains("entries") || !record["entries"].is_array())
-    {
-        throw LbException(LbFormat(L"Die Datei %s%s ist beschädigt", folder, c_FileName));
-    }
+    const nlohmann::json record = readRecord(folder + c_FileName);
     const char* const number = record.value("run", std::string()) == runId ? "earlierRuns" : "passedRuns";
     for (const auto& entry : record["entries"])
     {
