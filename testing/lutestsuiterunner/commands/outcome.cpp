@@ -1,10 +1,13 @@
 #include "testing/lutestsuiterunner/commands/outcome.h"
 
+#include <set>
+
 #include "base/lbformat.h"
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/reports/opencases.h"
 #include "testing/lutestsuiterunner/reports/reports.h"
 
 namespace Runner
@@ -13,26 +16,52 @@ namespace Runner
 namespace
 {
 
-constexpr std::size_t c_MissingShown = 20;
+constexpr std::size_t c_CasesShown = 20;
 
-std::wstring describeMissing(const CRunState& state)
+/// A line with the title for each of the first cases, and one with the number of the others.
+std::wstring listCases(const std::wstring& title, const SPlan& plan, const std::vector<std::uint32_t>& cases)
 {
     std::wstring text;
-    const std::vector<std::uint32_t> missing = state.GetMissingCases();
-    for (std::size_t index = 0; index < missing.size() && index < c_MissingShown; ++index)
+    for (std::size_t index = 0; index < cases.size() && index < c_CasesShown; ++index)
     {
-        text += LbFormat(L"Nicht ausgeführt: %s\n", GetCaseName(state.GetPlan(), missing[index]));
+        text += LbFormat(L"%s: %s\n", title, GetCaseName(plan, cases[index]));
     }
-    return missing.size() <= c_MissingShown
-               ? text
-               : text + LbFormat(L"Nicht ausgeführt: %u weitere\n", missing.size() - c_MissingShown);
+    return cases.size() <= c_CasesShown ? text
+                                        : text + LbFormat(L"%s: %u weitere\n", title, cases.size() - c_CasesShown);
+}
+
+/// The cases that were under way when hosts ended, and what these hosts printed.
+std::wstring describeInterrupted(const CRunState& state, const SOpenCases& open)
+{
+    std::vector<std::uint32_t> cases;
+    std::set<std::wstring> notes;
+    for (const auto& [index, note] : open.interrupted)
+    {
+        cases.push_back(index);
+        notes.insert(note);
+    }
+    std::wstring text = listCases(L"Lief noch, als der Prozess des Laufs endete", state.GetPlan(), cases);
+    for (const std::wstring& note : notes)
+    {
+        text += note.empty() ? L"" : L"Meldungen dieses Prozesses:\n" + note;
+    }
+    return text;
+}
+
+/// The cases without a result: those under way, and those that were not started.
+std::wstring describeMissing(const CRunState& state, const SOpenCases& open)
+{
+    std::vector<std::uint32_t> missing = state.GetMissingCases();
+    std::erase_if(missing, [&open](std::uint32_t index) { return open.Contains(index); });
+    return listCases(L"Nicht ausgeführt", state.GetPlan(), missing) +
+           listCases(L"Noch in Arbeit", state.GetPlan(), open.running) + describeInterrupted(state, open);
 }
 
 /// The counts of verdicts, the problems of the whole run, the first missing cases, and the paths of the reports.
 std::wstring describeOutcome(const CRunState& state, const std::wstring& folder, bool isInProgress)
 {
     const SVerdictCounts counts = state.CountVerdicts();
-    std::wstring text = describeMissing(state);
+    std::wstring text = describeMissing(state, FindOpenCases(state, folder, isInProgress));
     for (const std::wstring& problem : state.GetProblems())
     {
         text += LbFormat(L"Fehler: %s\n", problem);
@@ -69,7 +98,7 @@ std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, bool isInProgre
 
 void ReportState(const std::wstring& folder, const CRunState& state, bool isInProgress)
 {
-    WriteReports(folder, state);
+    WriteReports(folder, state, isInProgress);
     CTerminal::Get().WriteOutput(DescribeClosing(state, folder) + describeOutcome(state, folder, isInProgress));
 }
 

@@ -2,12 +2,11 @@
 
 #include <algorithm>
 
-#include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
-#include "base/lbpath.h"
 #include "base/os/crash.h"
+#include "testing/lutestsuiterunner/journal/crashnotes.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 
 namespace Runner
@@ -18,16 +17,6 @@ namespace
 
 constexpr std::wstring_view c_CrashStart = L"Fehler: Absturz in ";
 constexpr std::wstring_view c_ErrorStart = L"Fehler: ";
-
-std::wstring getNotePath(const std::wstring& folder, std::uint32_t journal)
-{
-    return LbFormat(L"%s%s%scrash-%u.txt", folder, c_OutputFolderName, std::wstring(1, LbPath::c_Separator), journal);
-}
-
-std::wstring readNote(const std::wstring& path)
-{
-    return LbFileSystem::IsFile(path) ? LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path)) : std::wstring();
-}
 
 const LuTestSuite::STestCase& getCase(const SPlan& plan, std::uint32_t index)
 {
@@ -101,7 +90,7 @@ SCaseEnded makeEnd(const SAttempt& attempt, const std::wstring& reason)
 } // namespace
 
 CCrashNote::CCrashNote(const std::wstring& folder, std::uint32_t journal)
-    : m_path(getNotePath(folder, journal)), m_file(LbOs::c_InvalidFile)
+    : m_path(GetCrashNotePath(folder, journal)), m_file(LbOs::c_InvalidFile)
 {
     if (LbFileSystem::AssertDirectory(folder + c_OutputFolderName))
     {
@@ -172,7 +161,7 @@ void findCrashed(const CRunState& state, const std::wstring& folder, SUnderWay& 
     const Suspects suspects = underWay.suspects;
     std::erase_if(underWay.suspects, [&](std::uint32_t index) {
         const SAttempt& attempt = state.GetAttempts(index).back();
-        const std::wstring note = readNote(getNotePath(folder, attempt.started.journal));
+        const std::wstring note = ReadCrashNote(folder, attempt.started.journal);
         const std::wstring reason = findReason(note, state, suspects, index);
         if (!reason.empty())
         {

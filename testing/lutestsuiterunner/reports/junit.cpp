@@ -22,11 +22,11 @@ constexpr std::wstring_view c_RunSuite = L"LuTestSuiteRunner";
 
 using UseCase = std::function<void(const SJunitCase& element)>;
 
-void visitCases(const CRunState& state, const SJunitSuite& suite, const UseCase& use)
+void visitCases(const CRunState& state, const SOpenCases& open, const SJunitSuite& suite, const UseCase& use)
 {
     for (const std::uint32_t index : suite.cases)
     {
-        use(MakeJunitCase(state, index, suite.name));
+        use(MakeJunitCase(state, open, index, suite.name));
     }
     for (const SDisabledCase* const disabled : suite.disabled)
     {
@@ -58,13 +58,13 @@ void write(LuStreamWriteBinaryFile& file, std::string_view text)
 class CJunitWriter
 {
 public:
-    CJunitWriter(const CRunState& state, std::size_t limit)
-        : m_state(state), m_suites(state.GetPlan()), m_budget(limit), m_learned(limit / c_PropertyShare),
+    CJunitWriter(const CRunState& state, const SOpenCases& open, std::size_t limit)
+        : m_state(state), m_open(open), m_suites(state.GetPlan()), m_budget(limit), m_learned(limit / c_PropertyShare),
           m_written(limit / c_PropertyShare)
     {
         for (const SJunitSuite& suite : m_suites.Get())
         {
-            learn([&](const UseCase& use) { visitCases(state, suite, use); }, suite);
+            learn([&](const UseCase& use) { visitCases(m_state, m_open, suite, use); }, suite);
         }
         learn([&](const UseCase& use) { visitProblems(state, use); }, m_runSuite);
         m_budget.LearnFrame(makeHead().size() + c_Foot.size());
@@ -78,7 +78,7 @@ public:
         for (const SJunitSuite& suite : m_suites.Get())
         {
             writeSuite(file, makeSuiteHead(suite, m_counts[index++], m_written),
-                       [&](const UseCase& use) { visitCases(m_state, suite, use); });
+                       [&](const UseCase& use) { visitCases(m_state, m_open, suite, use); });
         }
         if (m_counts[index].tests > 0)
         {
@@ -178,6 +178,7 @@ private:
     }
 
     const CRunState& m_state;
+    const SOpenCases& m_open;
     const CJunitSuites m_suites;
     const SJunitSuite m_runSuite = {std::wstring(c_RunSuite), {}, {}};
     std::vector<SJunitCounts> m_counts; ///< of the suites, and at the end of the run itself
@@ -190,9 +191,9 @@ private:
 
 } // namespace
 
-void WriteJunit(const std::wstring& path, const CRunState& state, std::size_t limit)
+void WriteJunit(const std::wstring& path, const CRunState& state, std::size_t limit, const SOpenCases& open)
 {
-    CJunitWriter writer(state, limit);
+    CJunitWriter writer(state, open, limit);
     WriteWholeFile(path, [&writer](LuStreamWriteBinaryFile& file) { writer.Write(file); });
 }
 

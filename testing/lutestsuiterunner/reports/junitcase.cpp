@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuiterunner/model/names.h"
@@ -13,6 +14,8 @@ namespace Runner
 
 namespace
 {
+
+constexpr const wchar_t* c_Interrupted = L"Lief noch, als der Prozess endete, der den Lauf ausführte";
 
 std::string makeAttribute(std::string_view name, std::wstring_view value)
 {
@@ -39,11 +42,23 @@ std::string makeStart(std::wstring_view name, std::wstring_view suiteName, const
     return start + " time=\"" + ToXmlSeconds(time) + "\"";
 }
 
+/// The lines about an attempt during which its host ended; empty without one.
+std::wstring describeInterruption(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex)
+{
+    const auto found = open.interrupted.find(caseIndex);
+    if (found == open.interrupted.end())
+    {
+        return {};
+    }
+    std::wstring text = LbFormat(L"%u. Versuch: %s\n", state.GetAttempts(caseIndex).size(), c_Interrupted);
+    return found->second.empty() ? text : text + L"Meldungen dieses Prozesses:\n" + found->second;
+}
+
 /// The text of a case: notes, messages, the last lines of output of a process that ended, and its stacks. Stacks come
 /// last, because they may be long and texts are cut at their end.
-std::string makeText(const CRunState& state, std::uint32_t caseIndex)
+std::string makeText(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex)
 {
-    std::wstring text;
+    std::wstring text = describeInterruption(state, open, caseIndex);
     for (const std::wstring& note : GetCaseNotes(state, caseIndex))
     {
         text += note + L"\n";
@@ -60,14 +75,15 @@ std::string makeText(const CRunState& state, std::uint32_t caseIndex)
     return ToXmlText(text);
 }
 
-EJunitStatus getStatus(const CRunState& state, std::uint32_t caseIndex)
+EJunitStatus getStatus(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex)
 {
     const EVerdict verdict = state.GetVerdict(caseIndex);
     const SAttempt* const reported = state.GetReported(caseIndex);
     if (verdict == EVerdict::Missing && reported == nullptr)
     {
         // A run that ended but left out cases without a reason must not look complete.
-        return state.IsEnded() && !state.IsCanceled() ? EJunitStatus::Error : EJunitStatus::Skipped;
+        const bool isLeftOut = state.IsEnded() && !state.IsCanceled();
+        return isLeftOut || open.interrupted.contains(caseIndex) ? EJunitStatus::Error : EJunitStatus::Skipped;
     }
     if (verdict == EVerdict::Passed || verdict == EVerdict::Flaky)
     {
@@ -82,13 +98,15 @@ EJunitStatus getStatus(const CRunState& state, std::uint32_t caseIndex)
                : EJunitStatus::Error;
 }
 
-std::wstring getMessage(const CRunState& state, std::uint32_t caseIndex)
+std::wstring getMessage(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex)
 {
     constexpr std::size_t c_Longest = 300;
     const SAttempt* const reported = state.GetReported(caseIndex);
     if (reported == nullptr)
     {
-        return L"Nicht ausgeführt";
+        return open.interrupted.contains(caseIndex) ? c_Interrupted
+               : open.Contains(caseIndex)           ? L"Begonnen, noch nicht beendet"
+                                                    : L"Nicht ausgeführt";
     }
     const bool isQuarantined = state.GetPlan().cases[caseIndex].isQuarantined;
     return (isQuarantined ? L"In Quarantäne: " : L"") + GetFailureLine(*reported).substr(0, c_Longest);
@@ -120,24 +138,27 @@ void enclose(const std::string& message, std::string_view type, SJunitCase& elem
 
 } // namespace
 
-SJunitCase MakeJunitCase(const CRunState& state, std::uint32_t caseIndex, std::wstring_view suiteName)
+SJunitCase MakeJunitCase(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex,
+                         std::wstring_view suiteName)
 {
     const SPlan& plan = state.GetPlan();
     const SPlannedCase& planned = plan.cases[caseIndex];
     const LuTestSuite::STestCase& testCase = plan.unitTests[planned.unitTest].cases[planned.testCase];
     const SAttempt* const reported = state.GetReported(caseIndex);
     SJunitCase element;
-    element.status = getStatus(state, caseIndex);
+    element.status = getStatus(state, open, caseIndex);
     element.time = reported == nullptr ? 0 : reported->result.info.time;
     element.start = makeStart(GetRunName(testCase.name, planned.repetition), suiteName,
                               getShownPath(plan, testCase.dataSetFile), element.time);
     // A case that simply passed has no text; otherwise green reports would contain everything that tests print.
     if (state.GetVerdict(caseIndex) != EVerdict::Passed || planned.isQuarantined)
     {
-        element.text = makeText(state, caseIndex);
+        element.text = makeText(state, open, caseIndex);
     }
-    const std::string_view type = reported == nullptr ? "missing" : GetName(reported->result.info.result);
-    enclose(ToXmlAttribute(getMessage(state, caseIndex)), type, element);
+    const std::string_view type = reported != nullptr                    ? GetName(reported->result.info.result)
+                                  : open.interrupted.contains(caseIndex) ? "interrupted"
+                                                                         : "missing";
+    enclose(ToXmlAttribute(getMessage(state, open, caseIndex)), type, element);
     return element;
 }
 

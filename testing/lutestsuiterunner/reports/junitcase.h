@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "testing/lutestsuiterunner/model/runstate.h"
+#include "testing/lutestsuiterunner/reports/opencases.h"
 
 namespace Runner
 {
@@ -30,7 +31,8 @@ struct SJunitCase
 };
 
 /// `suiteName` is the class of the case in the report.
-SJunitCase MakeJunitCase(const CRunState& state, std::uint32_t caseIndex, std::wstring_view suiteName);
+SJunitCase MakeJunitCase(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex,
+                         std::wstring_view suiteName);
 
 /// A case that its description disables.
 SJunitCase MakeJunitCase(const SPlan& plan, const SDisabledCase& disabled, std::wstring_view suiteName);

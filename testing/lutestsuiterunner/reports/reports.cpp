@@ -6,8 +6,9 @@
 #include "testing/lutestsuiterunner/reports/runreport.h"
 #include "testing/lutestsuiterunner/reports/summary.h"
 
-void Runner::WriteReports(const std::wstring& folder, const CRunState& state)
+void Runner::WriteReports(const std::wstring& folder, const CRunState& state, bool isInProgress)
 {
+    const SOpenCases open = FindOpenCases(state, folder, isInProgress);
     LbParallel::Invoke({[&] {
                             WriteSummary(folder, state);
                             WriteJunit(folder + c_JunitName, state);

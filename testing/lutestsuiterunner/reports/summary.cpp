@@ -113,6 +113,33 @@ Json describeNames(const SPlan& plan, const std::vector<std::uint32_t>& cases)
     return list;
 }
 
+Json describeOpen(const CRunState& state, std::uint32_t caseIndex, bool isInterrupted)
+{
+    Json json = describeName(state.GetPlan(), caseIndex);
+    json["attempt"] = state.GetAttempts(caseIndex).size();
+    json["interrupted"] = isInterrupted;
+    return json;
+}
+
+Json describeOpen(const CRunState& state, const SOpenCases& open)
+{
+    Json list = Json::array();
+    for (const auto& [index, note] : open.interrupted)
+    {
+        Json json = describeOpen(state, index, /*isInterrupted*/ true);
+        if (!note.empty())
+        {
+            json["hostMessages"] = toJson(note);
+        }
+        list.push_back(std::move(json));
+    }
+    for (const std::uint32_t index : open.running)
+    {
+        list.push_back(describeOpen(state, index, /*isInterrupted*/ false));
+    }
+    return list;
+}
+
 Json describeSlowest(const CRunState& state)
 {
     std::vector<std::pair<std::uint64_t, std::uint32_t>> times;
@@ -152,7 +179,7 @@ std::wstring GetLossesPath(const std::wstring& folder)
     return LbPath::WithSeparator(folder + c_TasksFolderName) + L"losses.txt";
 }
 
-std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>& losses)
+std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>& losses, const SOpenCases& open)
 {
     const SPlan& plan = state.GetPlan();
     Json json = {{"format", 1},
@@ -181,13 +208,14 @@ std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>&
     json["disabled"] = plan.disabled.size();
     json["cases"] = describeNotable(state);
     json["missing"] = describeNames(plan, state.GetMissingCases());
+    json["open"] = describeOpen(state, open);
     json["slowest"] = describeSlowest(state);
     return json.dump(1) + "\n";
 }
 
-void WriteSummary(const std::wstring& folder, const CRunState& state)
+void WriteSummary(const std::wstring& folder, const CRunState& state, const SOpenCases& open)
 {
-    const std::string summary = MakeSummary(state, readLosses(folder));
+    const std::string summary = MakeSummary(state, readLosses(folder), open);
     WriteWholeFile(folder + c_SummaryName,
                    [&summary](LuStreamWriteBinaryFile& file) { file.Write(summary.data(), summary.size()); });
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "testing/lutestsuiterunner/model/runstate.h"
+#include "testing/lutestsuiterunner/reports/opencases.h"
 
 namespace Runner
 {
@@ -13,9 +14,10 @@ namespace Runner
 std::wstring GetLossesPath(const std::wstring& folder);
 
 /// The text of the summary, JSON in UTF-8. `losses` are German lines.
-std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>& losses = {});
+std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>& losses = {},
+                        const SOpenCases& open = {});
 
 /// Writes the summary of the run in a folder. Throws LbException with a German message.
-void WriteSummary(const std::wstring& folder, const CRunState& state);
+void WriteSummary(const std::wstring& folder, const CRunState& state, const SOpenCases& open);
 
 } // namespace Runner

@@ -21,9 +21,10 @@ using Runner::EAttemptKind;
 class CReport
 {
 public:
-    explicit CReport(const Runner::CRunState& state, std::size_t limit = Runner::c_JunitLimit)
+    explicit CReport(const Runner::CRunState& state, std::size_t limit = Runner::c_JunitLimit,
+                     const Runner::SOpenCases& open = {})
     {
-        Runner::WriteJunit(m_folder.GetPathOf(L"junit.xml"), state, limit);
+        Runner::WriteJunit(m_folder.GetPathOf(L"junit.xml"), state, limit, open);
         m_document.Load(m_folder.GetPathOf(L"junit.xml"), "testsuites");
     }
 

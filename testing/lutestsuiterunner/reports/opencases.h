@@ -1,0 +1,29 @@
+/// Cases with an attempt that has not ended.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "testing/lutestsuiterunner/model/runstate.h"
+
+namespace Runner
+{
+
+struct SOpenCases
+{
+    /// Cases whose host ended while it ran them, with the lines that this host printed when it crashed; a host that was
+    /// killed printed none.
+    std::map<std::uint32_t, std::wstring> interrupted;
+    /// Cases that a host still runs, as far as the journals show; ascending.
+    std::vector<std::uint32_t> running;
+
+    bool Contains(std::uint32_t caseIndex) const;
+};
+
+/// `folder` is that of the run, with separator at its end. `isInProgress`: another process executes the run. The hosts
+/// of a distributed run may be alive on other machines until that run ends.
+SOpenCases FindOpenCases(const CRunState& state, const std::wstring& folder, bool isInProgress);
+
+} // namespace Runner

@@ -1,0 +1,58 @@
+#include "testing/lutestsuiterunner/reports/opencases.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/lutestsuiterunner/runstatemaker.h"
+#include "tests/support/scopedfolder.h"
+
+namespace
+{
+
+using Interrupted = std::map<std::uint32_t, std::wstring>;
+using Cases = std::vector<std::uint32_t>;
+
+TEST(RunnerOpenCases, HaveTheNotesOfTheirHosts)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"output/crash-2.txt", "Fehler: nur ein Test\n");
+    CRunStateMaker run;
+    run.Apply(MakeStart(0));
+    run.RunCase(1, LuTestSuiteRun::ECaseRunResult::Ok);
+    run.BeginJournal(2);
+    run.Apply(MakeStart(3));
+
+    const Runner::SOpenCases open = Runner::FindOpenCases(run.Get(), folder.GetPath(), false);
+
+    EXPECT_EQ(open.interrupted, (Interrupted{{0U, L""}, {3U, L"Fehler: nur ein Test\n"}}));
+    EXPECT_TRUE(open.running.empty());
+}
+
+TEST(RunnerOpenCases, RunWhileTheRunIsInProgress)
+{
+    const ScopedFolder folder;
+    CRunStateMaker run;
+    run.Apply(MakeStart(0));
+
+    const Runner::SOpenCases open = Runner::FindOpenCases(run.Get(), folder.GetPath(), true);
+
+    EXPECT_TRUE(open.interrupted.empty());
+    EXPECT_EQ(open.running, (Cases{0}));
+    EXPECT_TRUE(open.Contains(0));
+    EXPECT_FALSE(open.Contains(1));
+}
+
+TEST(RunnerOpenCases, MayRunOnOtherMachinesUntilADistributedRunEnds)
+{
+    const ScopedFolder folder;
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.partCount = 2;
+    CRunStateMaker run(plan);
+    run.Apply(MakeStart(0));
+    EXPECT_EQ(Runner::FindOpenCases(run.Get(), folder.GetPath(), false).running, (Cases{0}));
+
+    run.Apply(Runner::SRunFinished{L"2024-01-02 03:04:09", 4});
+
+    EXPECT_EQ(Runner::FindOpenCases(run.Get(), folder.GetPath(), false).interrupted, (Interrupted{{0U, L""}}));
+}
+
+} // namespace
