@@ -171,12 +171,13 @@ SJunitCase MakeJunitCase(const SPlan& plan, const SDisabledCase& disabled, std::
     return element;
 }
 
-SJunitCase MakeJunitProblem(std::wstring_view name, std::wstring_view problem, std::wstring_view suiteName)
+SJunitCase MakeJunitProblem(std::wstring_view name, std::wstring_view problem, std::wstring_view suiteName,
+                            std::wstring_view details)
 {
     SJunitCase element;
     element.status = EJunitStatus::Error;
     element.start = makeStart(name, suiteName, {}, 0);
-    element.text = ToXmlText(problem);
+    element.text = ToXmlText(details.empty() ? problem : details);
     enclose(ToXmlAttribute(problem), "run", element);
     return element;
 }

@@ -37,7 +37,8 @@ SJunitCase MakeJunitCase(const CRunState& state, const SOpenCases& open, std::ui
 /// A case that its description disables.
 SJunitCase MakeJunitCase(const SPlan& plan, const SDisabledCase& disabled, std::wstring_view suiteName);
 
-/// A problem of the run, not of a case.
-SJunitCase MakeJunitProblem(std::wstring_view name, std::wstring_view problem, std::wstring_view suiteName);
+/// A problem of the run, not of a case. The text is `details`, or the problem itself if there are none.
+SJunitCase MakeJunitProblem(std::wstring_view name, std::wstring_view problem, std::wstring_view suiteName,
+                            std::wstring_view details = {});
 
 } // namespace Runner

@@ -150,6 +150,69 @@ TEST(RunnerJunit, MarksFlakyCases)
     EXPECT_EQ(property.GetAttribute("value"), L"eins.txt");
 }
 
+TEST(RunnerJunit, HasAnErrorWithTheFlakyCasesThatMakeTheRunRed)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.cases[3].isQuarantined = true;
+    const auto getError = [](const Runner::SPlan& ofRun) {
+        CRunStateMaker run(ofRun);
+        for (const std::uint32_t index : {0U, 2U, 3U})
+        {
+            run.RunCase(index, ECaseRunResult::Error);
+            run.RunCase(index, ECaseRunResult::Ok, 2, EAttemptKind::Retry);
+        }
+        run.RunRest();
+        return CReport(run.Get()).FindCase(L"LuTestSuiteRunner", L"Unzuverlässige Testfälle").GetChild("error");
+    };
+
+    const XMLNode error = getError(plan);
+    EXPECT_EQ(error.GetAttribute("message"), L"2 Testfälle sind unzuverlässig; ohne '--allow-flaky' ist der Lauf rot");
+    EXPECT_EQ(error.GetText(), L"a/CFirst:eins.txt\nb/CFirst:eins.txt\n");
+
+    plan.rules.isFlakyAllowed = true;
+    EXPECT_TRUE(getError(plan).IsEmpty());
+}
+
+TEST(RunnerJunit, ShowsCasesThatWereUnderWayWhenTheirHostEnded)
+{
+    CRunStateMaker run;
+    for (const std::uint32_t index : {0U, 1U, 2U})
+    {
+        run.Apply(MakeStart(index));
+    }
+    Runner::SOpenCases open;
+    open.interrupted = {{0U, L"Fehler: Absturz in 'CFirst:eins.txt': nur ein Test\n"}, {2U, L""}};
+    open.running = {1};
+    const CReport report(run.Get(), Runner::c_JunitLimit, open);
+    const XMLNode crashed = report.FindCase(L"a/CFirst", L"eins.txt").GetChild("error");
+
+    const std::wstring message = L"Lief noch, als der Prozess endete, der den Lauf ausführte";
+    EXPECT_EQ(crashed.GetAttribute("message"), message);
+    EXPECT_EQ(crashed.GetText(), L"1. Versuch: " + message + L"\nMeldungen dieses Prozesses:\n" +
+                                     L"Fehler: Absturz in 'CFirst:eins.txt': nur ein Test\n");
+    EXPECT_EQ(report.FindCase(L"b/CFirst", L"eins.txt").GetChild("error").GetText(), L"1. Versuch: " + message + L"\n");
+    const auto getSkipped = [&report](const wchar_t* suite, const wchar_t* name) {
+        return report.FindCase(suite, name).GetChild("skipped").GetAttribute("message");
+    };
+    EXPECT_EQ(getSkipped(L"a/CFirst", L"zwei.txt"), L"Begonnen, noch nicht beendet");
+    EXPECT_EQ(getSkipped(L"CSecond", L"x.dat"), L"Nicht ausgeführt");
+}
+
+TEST(RunnerJunit, KeepsAFailureWhoseRetryWasUnderWay)
+{
+    CRunStateMaker run;
+    run.RunCase(0, ECaseRunResult::Different);
+    run.Apply(MakeStart(0, 2, EAttemptKind::Retry));
+    Runner::SOpenCases open;
+    open.interrupted = {{0U, L""}};
+    const CReport report(run.Get(), Runner::c_JunitLimit, open);
+    const XMLNode failure = report.FindCase(L"a/CFirst", L"eins.txt").GetChild("failure");
+
+    EXPECT_EQ(failure.GetAttribute("message"), L"Erwartet war 1");
+    EXPECT_TRUE(failure.GetText().starts_with(L"2. Versuch: Lief noch, als der Prozess endete"))
+        << failure.GetText().size();
+}
+
 TEST(RunnerJunit, NamesTheCasesBeforeAFailureOfASharedProcess)
 {
     CRunStateMaker run;
