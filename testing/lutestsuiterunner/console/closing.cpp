@@ -10,6 +10,7 @@
 #include "base/lbpath.h"
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/console/casetext.h"
+#include "testing/lutestsuiterunner/reports/processlists.h"
 
 namespace Runner
 {
@@ -37,21 +38,23 @@ std::wstring list(const std::wstring& title, const CRunState& state, const Cases
 }
 
 /// Names the cases that ran in the same process before the case, which fails only after them.
-std::wstring describeShared(const CRunState& state, std::uint32_t index)
+std::wstring describeShared(const CRunState& state, std::uint32_t index, const std::wstring& folder)
 {
-    constexpr std::size_t c_MostNames = 5;
     if (state.GetVerdict(index) != EVerdict::FailedShared)
     {
         return L"";
     }
-    const std::span<const std::uint32_t> earlier = state.GetPredecessors(*state.GetReported(index));
+    const SAttempt& reported = *state.GetReported(index);
+    const std::span<const std::uint32_t> earlier = state.GetPredecessors(reported);
     std::wstring text = L" (nur im gemeinsamen Prozess";
-    const std::size_t first = earlier.size() > c_MostNames ? earlier.size() - c_MostNames : 0;
+    const std::size_t first = earlier.size() > c_MostEarlierCases ? earlier.size() - c_MostEarlierCases : 0;
     for (std::size_t place = first; place < earlier.size(); ++place)
     {
         text += (place == first ? L"; davor liefen dort: " : L", ") + GetCaseName(state.GetPlan(), earlier[place]);
     }
-    return text + (first > 0 ? LbFormat(L" und %u Testfälle davor)", first) : std::wstring(L")"));
+    return text + (first > 0 ? LbFormat(L" und %u Testfälle davor; alle: die ersten %u Zeilen von %s)", first,
+                                        earlier.size(), folder + LbPath::ToNative(GetProcessListName(reported.process)))
+                             : std::wstring(L")"));
 }
 
 std::wstring listSlowest(const CRunState& state)
@@ -160,10 +163,11 @@ std::wstring DescribeClosing(const CRunState& state, const std::wstring& folder)
     const Cases flaky =
         state.FindCases([&](std::uint32_t index) { return state.GetVerdict(index) == EVerdict::Flaky; });
     const auto nothing = [](std::uint32_t /*index*/) { return std::wstring(); };
-    std::wstring text =
-        list(L"Fehlgeschlagen:", state, failed, [&](std::uint32_t index) { return describeShared(state, index); }) +
-        list(L"Fehlgeschlagen, in Quarantäne:", state, quarantined, nothing) +
-        list(L"Unzuverlässig (erst bei einer Wiederholung bestanden):", state, flaky, nothing) + listSlowest(state);
+    std::wstring text = list(L"Fehlgeschlagen:", state, failed,
+                             [&](std::uint32_t index) { return describeShared(state, index, folder); }) +
+                        list(L"Fehlgeschlagen, in Quarantäne:", state, quarantined, nothing) +
+                        list(L"Unzuverlässig (erst bei einer Wiederholung bestanden):", state, flaky, nothing) +
+                        listSlowest(state);
     return failed.empty() ? text : text + describeRepetition(folder, state.GetPlan().arguments);
 }
 

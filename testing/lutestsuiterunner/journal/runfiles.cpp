@@ -21,7 +21,7 @@ namespace
 constexpr const wchar_t* c_Reports[] = {c_XmlReportName, c_HtmlReportName, c_JunitName, c_SummaryName};
 
 /// Names of files in the folders of a run; '#' stands for digits.
-constexpr std::wstring_view c_Texts[] = {L"#.txt", L"crash-#.txt"};
+constexpr std::wstring_view c_Texts[] = {L"#.txt", L"crash-#.txt", L"process-#.txt"};
 constexpr std::wstring_view c_TaskFiles[] = {L"submission-#.json", L"canceled", L"losses.txt", L"task.sh",
                                              L"shard-#-#-#.txt"};
 

@@ -282,6 +282,11 @@ std::span<const std::uint32_t> CRunState::GetPredecessors(const SAttempt& attemp
     return {cases.begin(), std::ranges::lower_bound(places, attempt.ended) - places.begin() + cases.begin()};
 }
 
+std::span<const std::uint32_t> CRunState::GetCasesOfProcess(std::uint32_t process) const
+{
+    return m_processes[process - 1].cases;
+}
+
 SVerdictCounts CRunState::CountVerdicts() const
 {
     SVerdictCounts counts;

@@ -103,6 +103,10 @@ public:
     /// process of its own. Valid until the next record.
     std::span<const std::uint32_t> GetPredecessors(const SAttempt& attempt) const;
 
+    /// The cases that ended in the process with this number (see SAttempt), in their order. Valid until the next
+    /// record.
+    std::span<const std::uint32_t> GetCasesOfProcess(std::uint32_t process) const;
+
     SVerdictCounts CountVerdicts() const;
 
     /// Whether the last journal records that the run was canceled, or ended. A resumed run starts without both.

@@ -7,6 +7,7 @@
 #include "base/lbformat.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuiterunner/model/textlines.h"
+#include "testing/lutestsuiterunner/reports/processlists.h"
 
 namespace Runner
 {
@@ -54,6 +55,11 @@ void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vecto
     for (std::size_t back = 1; back <= shown; ++back)
     {
         notes.push_back(L"  " + GetCaseName(state.GetPlan(), cases[cases.size() - back]));
+    }
+    if (cases.size() > c_Shown)
+    {
+        notes.push_back(
+            LbFormat(L"  alle: die ersten %u Zeilen von %s", cases.size(), GetProcessListName(attempt.process)));
     }
 }
 

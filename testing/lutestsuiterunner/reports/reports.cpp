@@ -3,6 +3,8 @@
 #include "base/lbparallel.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/reports/junit.h"
+#include "testing/lutestsuiterunner/reports/opencases.h"
+#include "testing/lutestsuiterunner/reports/processlists.h"
 #include "testing/lutestsuiterunner/reports/runreport.h"
 #include "testing/lutestsuiterunner/reports/summary.h"
 
@@ -10,8 +12,9 @@ void Runner::WriteReports(const std::wstring& folder, const CRunState& state, bo
 {
     const SOpenCases open = FindOpenCases(state, folder, isInProgress);
     LbParallel::Invoke({[&] {
-                            WriteSummary(folder, state);
-                            WriteJunit(folder + c_JunitName, state);
+                            WriteProcessLists(folder, state);
+                            WriteSummary(folder, state, open);
+                            WriteJunit(folder + c_JunitName, state, c_JunitLimit, open);
                         },
                         [&] { WriteRunReports(folder + c_XmlReportName, folder + c_HtmlReportName, state); }});
 }

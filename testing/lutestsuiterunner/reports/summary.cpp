@@ -12,6 +12,7 @@
 #include "testing/lutestsuiterunner/model/textescape.h"
 #include "testing/lutestsuiterunner/model/textlines.h"
 #include "testing/lutestsuiterunner/reports/casenotes.h"
+#include "testing/lutestsuiterunner/reports/processlists.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 
 namespace Runner
@@ -62,6 +63,19 @@ Json describeName(const SPlan& plan, std::uint32_t caseIndex)
     return json;
 }
 
+/// The number of cases that ended in the same process before the attempt, and the file that names them; without a file,
+/// the notes name all of them.
+Json describePredecessors(const CRunState& state, const SAttempt& attempt)
+{
+    const std::size_t count = state.GetPredecessors(attempt).size();
+    Json json = {{"count", count}};
+    if (count > c_MostEarlierCases)
+    {
+        json["file"] = toJson(GetProcessListName(attempt.process));
+    }
+    return json;
+}
+
 /// Describes a case that did not simply pass.
 Json describeCase(const CRunState& state, std::uint32_t caseIndex)
 {
@@ -80,6 +94,10 @@ Json describeCase(const CRunState& state, std::uint32_t caseIndex)
         {
             json["core"] = toJson(reported->result.core);
         }
+    }
+    if (state.GetVerdict(caseIndex) == EVerdict::FailedShared)
+    {
+        json["predecessors"] = describePredecessors(state, *state.GetReported(caseIndex));
     }
     json["notes"] = Json::array();
     for (const std::wstring& note : GetCaseNotes(state, caseIndex))

@@ -49,6 +49,26 @@ TEST(RunnerClosing, KeepsTheQuarantineInTheRepeatingCommand)
     EXPECT_TRUE(contains({L"run", L"--", L"-d", L"Daten"}, L" --force -- -d Daten -s\n"));
 }
 
+TEST(RunnerClosing, NamesTheFileWithAllCasesBeforeAFailureOfASharedProcess)
+{
+    using LuTestSuiteRun::ECaseRunResult;
+    CRunStateMaker run(MakeSamplePlan(2));
+    // Case 3 is the second repetition of a case whose description asks for a process of its own.
+    for (const std::uint32_t index : {0U, 1U, 4U, 5U, 6U, 7U})
+    {
+        run.RunCase(index, ECaseRunResult::Ok);
+    }
+    run.RunCase(8, ECaseRunResult::Error);
+    run.RunCase(8, ECaseRunResult::Ok, 2, Runner::EAttemptKind::Confirm);
+
+    const std::wstring text = Runner::DescribeClosing(run.Get(), LbPath::ToNative(L"/lauf/"));
+
+    EXPECT_NE(text.find(L" und 1 Testfälle davor; alle: die ersten 6 Zeilen von " +
+                        LbPath::ToNative(L"/lauf/output/process-1.txt") + L")\n"),
+              std::wstring::npos)
+        << text.size();
+}
+
 TEST(RunnerClosing, RepeatsIntoAFolderThatDoesNotExist)
 {
     const ScopedFolder folder;

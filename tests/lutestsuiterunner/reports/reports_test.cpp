@@ -69,6 +69,80 @@ TEST(RunnerSummary, ShowsHowTheRunEnded)
     EXPECT_EQ(canceled["cancelReason"], "SIGTERM");
 }
 
+TEST(RunnerSummary, NamesTheCasesUnderWay)
+{
+    CRunStateMaker run;
+    run.Apply(MakeStart(0));
+    run.Apply(MakeStart(1));
+    Runner::SOpenCases open;
+    open.interrupted = {{1U, L"Fehler: nur ein Test\n"}};
+    open.running = {0};
+    json summary = json::parse(Runner::MakeSummary(run.Get(), {}, open));
+    for (json& one : summary["open"])
+    {
+        one.erase("file"); // depends on the platform
+    }
+
+    EXPECT_EQ(summary["open"],
+              json::parse(R"([{"folder": "a/CFirst", "class": "CFirst", "name": "zwei.txt", "attempt": 1,
+                               "interrupted": true, "hostMessages": "Fehler: nur ein Test\n"},
+                              {"folder": "a/CFirst", "class": "CFirst", "name": "eins.txt", "attempt": 1,
+                               "interrupted": false}])"));
+    EXPECT_EQ(summary["missing"].size(), 6U);
+}
+
+/// One class with this number of cases in one process. The last one fails there, and passes in a process of its own.
+CRunStateMaker makeSharedRun(std::uint32_t count)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.unitTests.resize(1);
+    plan.unitTests[0].cases.clear();
+    for (std::uint32_t number = 1; number <= count; ++number)
+    {
+        plan.unitTests[0].cases.emplace_back().name = L"Fall " + std::to_wstring(number);
+    }
+    plan.cases = Runner::PlanCases(plan.unitTests, 1);
+    CRunStateMaker run(plan);
+    for (std::uint32_t index = 0; index + 1 < count; ++index)
+    {
+        run.RunCase(index, ECaseRunResult::Ok);
+    }
+    run.RunCase(count - 1, ECaseRunResult::Error);
+    run.RunCase(count - 1, ECaseRunResult::Ok, 2, Runner::EAttemptKind::Confirm);
+    run.RunRest();
+    return run;
+}
+
+TEST(RunnerReports, ListAllCasesBeforeAFailureOfASharedProcess)
+{
+    const CRunStateMaker run = makeSharedRun(13);
+    const ScopedFolder folder;
+    Runner::WriteReports(folder.GetPath(), run.Get());
+
+    std::string lines;
+    for (int number = 1; number <= 13; ++number)
+    {
+        lines += "a/CFirst:Fall " + std::to_string(number) + "\n";
+    }
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(folder.GetPathOf(L"output/process-1.txt")), lines);
+    EXPECT_NE(LbFileSystem::ReadFile8Bit(folder.GetPathOf(L"junit.xml"))
+                  .find("  alle: die ersten 12 Zeilen von output/process-1.txt\n"),
+              std::string::npos);
+    const json summary = json::parse(LbFileSystem::ReadFile8Bit(folder.GetPathOf(L"summary.json")));
+    EXPECT_EQ(summary["cases"][0]["predecessors"], json::parse(R"({"count": 12, "file": "output/process-1.txt"})"));
+}
+
+TEST(RunnerReports, HaveNoListIfTextsNameAllCasesBeforeAFailure)
+{
+    const CRunStateMaker run = makeSharedRun(6);
+    const ScopedFolder folder;
+    Runner::WriteReports(folder.GetPath(), run.Get());
+
+    EXPECT_FALSE(LbFileSystem::Exists(folder.GetPathOf(L"output")));
+    const json summary = json::parse(LbFileSystem::ReadFile8Bit(folder.GetPathOf(L"summary.json")));
+    EXPECT_EQ(summary["cases"][0]["predecessors"], json::parse(R"({"count": 5})"));
+}
+
 TEST(RunnerRunReport, EqualsTheReportOfTheLibraryForTheShard)
 {
     const CRunStateMaker run = makeMixedRun();
