@@ -31,6 +31,11 @@ auto describeBuild(const SOrigin& origin)
 
 } // namespace
 
+bool HaveSameBuild(const SOrigin& first, const SOrigin& other)
+{
+    return describeBuild(first) == describeBuild(other);
+}
+
 std::wstring FindDifference(const SPlan& first, const SPlan& other)
 {
     SParams params = other.params;
@@ -40,7 +45,7 @@ std::wstring FindDifference(const SPlan& first, const SPlan& other)
     {
         return L"Optionen";
     }
-    return describeBuild(first.origin) == describeBuild(other.origin) ? L"" : L"Builds";
+    return HaveSameBuild(first.origin, other.origin) ? L"" : L"Builds";
 }
 
 } // namespace Runner

@@ -11,4 +11,7 @@ namespace Runner
 /// What differs between the plans, as a German word: options, or builds. Empty if nothing of that differs.
 std::wstring FindDifference(const SPlan& first, const SPlan& other);
 
+/// True if both builds were made of the same sources in the same configuration.
+bool HaveSameBuild(const SOrigin& first, const SOrigin& other);
+
 } // namespace Runner

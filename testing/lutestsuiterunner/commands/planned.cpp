@@ -1,15 +1,14 @@
 #include "testing/lutestsuiterunner/commands/planned.h"
 
-#include <algorithm>
 #include <functional>
 
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbformat.h"
 #include "base/lbpath.h"
-#include "base/lbrtti.h"
 #include "base/os/files.h"
 #include "base/os/machine.h"
+#include "testing/lutestsuiterunner/commands/missingparts.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
@@ -22,19 +21,6 @@ namespace Runner
 namespace
 {
 
-/// The first of the plan's folders that does not exist; empty if all exist.
-std::wstring findMissingFolder(const SPlan& plan)
-{
-    if (!LbFileSystem::IsDirectory(plan.workingDirectory))
-    {
-        return plan.workingDirectory;
-    }
-    const auto unitTest = std::ranges::find_if(plan.unitTests, [](const LuTestSuite::SUnitTest& candidate) {
-        return !LbFileSystem::IsDirectory(candidate.dataDirectory);
-    });
-    return unitTest == plan.unitTests.end() ? std::wstring() : unitTest->dataDirectory;
-}
-
 /// The program of child processes, which is beside this one; empty if it exists. Every shard needs it: cases that were
 /// under way in a dead host run in child processes.
 std::wstring findMissingProgram()
@@ -42,17 +28,6 @@ std::wstring findMissingProgram()
     const std::wstring path =
         LbPath::WithSeparator(LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)) + LUTESTSUITE_CHILD_PROGRAM;
     return LbFileSystem::IsFile(path) ? std::wstring() : path;
-}
-
-/// The first of the plan's classes that no loaded module has; empty if all are known.
-std::wstring findMissingClass(const SPlan& plan)
-{
-    const auto unitTest = std::ranges::find_if(plan.unitTests, [](const LuTestSuite::SUnitTest& candidate) {
-        return LbRTTI::Find(candidate.className) == nullptr;
-    });
-    return unitTest == plan.unitTests.end()
-               ? std::wstring()
-               : LbFormat(L"%s aus dem Modul %s", unitTest->className, unitTest->moduleName);
 }
 
 /// Also writes the problem to the journal, because the submitter may not see what this process prints.
@@ -100,14 +75,14 @@ int RunPlanned(const SRunOptions& call)
     const std::unique_ptr<CRunState> state = LoadRun(folder);
     const SPlan& plan = state->GetPlan();
     requireShard(plan, call, folder);
-    requireNothing(findMissingFolder(plan), L"der Ordner", folder, plan);
+    requireNothing(FindMissingFolder(plan), L"der Ordner", folder, plan);
     requireNothing(findMissingProgram(), L"das Programm", folder, plan);
     const SRunOptions options = EnterRun(plan);
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
-    requireNothing(findMissingClass(plan), L"die Klasse", folder, plan);
+    requireNothing(FindMissingClass(plan), L"die Klasse", folder, plan);
     const PreviousCases expected = getExpected(plan);
     std::vector<std::uint32_t> cases = state->GetMissingCases();
     SortCases(cases, EOrder::LongestFirst, expected, 0);

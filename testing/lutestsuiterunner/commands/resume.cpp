@@ -8,6 +8,8 @@
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/commands/caseorder.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
+#include "testing/lutestsuiterunner/commands/missingparts.h"
+#include "testing/lutestsuiterunner/commands/plandifference.h"
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
@@ -61,6 +63,28 @@ std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestS
     return problems;
 }
 
+/// A case of a missing class would get a final verdict that no later call repairs.
+void requireParts(const SPlan& plan)
+{
+    if (const std::wstring folder = FindMissingFolder(plan); !folder.empty())
+    {
+        throw LbFormat(L"Zum Fortsetzen fehlt der Ordner %s", folder);
+    }
+    if (const std::wstring name = FindMissingClass(plan); !name.empty())
+    {
+        throw LbFormat(L"Zum Fortsetzen fehlt die Klasse %s", name);
+    }
+}
+
+void warnOfOtherBuild(const SPlan& plan, const std::wstring& folder)
+{
+    if (!HaveSameBuild(plan.origin, DescribeOrigin()))
+    {
+        CTerminal::Get().WriteError(
+            LbFormat(L"Warnung: Der Lauf in %s und seine Fortsetzung haben verschiedene Builds\n", folder));
+    }
+}
+
 } // namespace
 
 int Execute(const SResumeOptions& resume)
@@ -81,7 +105,7 @@ int Execute(const SResumeOptions& resume)
         throw LbFormat(L"Der Ordner %s enthält keinen Lauf", path);
     }
     CRunFolder folder(path);
-    const std::unique_ptr<CRunState> state = LoadRun(path);
+    std::unique_ptr<CRunState> state = LoadRun(path);
     SRunOptions options = EnterRun(state->GetPlan());
     options.confirm = options.confirm || resume.confirm;
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
@@ -89,18 +113,23 @@ int Execute(const SResumeOptions& resume)
     if (IsComplete(*state, {options.retries, options.confirm}))
     {
         CTerminal::Get().WriteOutput(LbFormat(L"Der Lauf in %s ist vollständig: es gibt nichts fortzusetzen\n", path));
+        state.reset(); // because Conclude reads the journals again
         // The host may have ended before it wrote the reports.
         return Conclude(path, options.previous, std::move(quarantine));
     }
 
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
+    WarnOfMissingModules(options, setup);
+    requireParts(state->GetPlan());
+    warnOfOtherBuild(state->GetPlan(), path);
     const std::vector<std::wstring> problems = findProblems(options, setup, *state);
     WarnOfUselessDumps(options, state->GetPlan());
     const PreviousCases previous = findPrevious(options, folder, state->GetPlan());
     const std::vector<std::uint32_t> cases = OrderMissingCases(*state, options, previous);
     const std::unique_ptr<CJournalWriter> writer = folder.ContinueRun(state->GetPlan());
     CarryOut({options, setup, environment, folder.GetPath(), *state, previous}, *writer, problems, cases);
+    state.reset();
     return Conclude(folder.GetPath(), options.previous, std::move(quarantine));
 }
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,8 @@
 #include "base/lbfilesystem.h"
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/folder.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
 #include "tests/lutestsuiterunner/cli/runnertest.h"
 
 namespace
@@ -29,6 +32,21 @@ protected:
         }
         return cases;
     }
+
+    /// Replaces the run by one with a changed plan, of which no case has run.
+    void ChangePlan(const std::function<void(Runner::SPlan&)>& change) const
+    {
+        Runner::SPlan plan = Runner::LoadRun(GetOut())->GetPlan();
+        change(plan);
+        Runner::CRunFolder(GetOut()).BeginRun(plan)->Close();
+    }
+
+    void RenameInPlan(const std::wstring& name, const std::wstring& newName) const
+    {
+        ChangePlan([&](Runner::SPlan& plan) {
+            std::ranges::find(plan.unitTests, name, &LuTestSuite::SUnitTest::className)->className = newName;
+        });
+    }
 };
 
 TEST_F(RunnerResume, ContinuesAfterACaseThatCrashesTheHost)
@@ -49,6 +67,91 @@ TEST_F(RunnerResume, ContinuesAfterACaseThatCrashesTheHost)
     ExpectLine(run.output, "Fehlgeschlagen:\n    CCrashModel:Zugriffsverletzung\n");
     ExpectLine(run.output, "Fälle: 3, bestanden: 2, unzuverlässig: 0, fehlgeschlagen: 1");
     EXPECT_NE(LbFileSystem::ReadFile8Bit(GetOut() + L"junit.xml").find("Absturz des Prozesses"), std::string::npos);
+}
+
+TEST_F(RunnerResume, FollowsAReportThatNamesTheCaseUnderWay)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers handle crashes themselves";
+#endif
+    m_folder.MakeFolder(L"data/CCrashModel");
+    Run({L"run"}, {L"-i", L":vorher$", L"-i", L":Zugriffsverletzung$", L"-i", L":nachher$"});
+
+    const SHostRun report = RunRunner({L"report", GetOut()});
+
+    EXPECT_EQ(report.exitStatus, 1) << report.errors;
+    ExpectLine(report.output, "Nicht ausgeführt: CCrashModel:nachher\n"
+                              "Lief noch, als der Prozess des Laufs endete: CCrashModel:Zugriffsverletzung\n"
+                              "Meldungen dieses Prozesses:\n"
+                              "Fehler: Absturz in 'CCrashModel:Zugriffsverletzung': ");
+    EXPECT_EQ(report.output.find("Nicht ausgeführt: CCrashModel:Zugriffsverletzung"), std::string::npos);
+    const std::string junit = LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_JunitName);
+    ExpectLine(junit, "<error message=\"Lief noch, als der Prozess endete, der den Lauf ausführte\"");
+    const auto summary = nlohmann::json::parse(LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_SummaryName));
+    EXPECT_EQ(summary.at("open").at(0).at("name"), "Zugriffsverletzung");
+    EXPECT_EQ(Resume().exitStatus, 1);
+}
+
+TEST_F(RunnerResume, DoesNotCallACaseInterruptedWhileTheRunIsInProgress)
+{
+    m_folder.MakeFolder(L"data/CFlakyModel");
+    Run({L"run"}, {L"-i", L"beendet den Prozess"});
+    const auto lock = LbOs::CFolderLock::TryAcquire(GetOut());
+    ASSERT_NE(lock, nullptr);
+
+    const SHostRun report = RunRunner({L"report", GetOut()});
+
+    EXPECT_EQ(report.exitStatus, 1) << report.errors;
+    ExpectLine(report.output, "Noch in Arbeit: CFlakyModel:");
+    EXPECT_EQ(report.output.find("Lief noch"), std::string::npos);
+    ExpectLine(LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_JunitName),
+               "<skipped message=\"Begonnen, noch nicht beendet\"/>");
+}
+
+TEST_F(RunnerResume, RefusesToRunWithoutAClassOrAFolder)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+    m_folder.MakeFolder(L"data/CPassedModel");
+    Run({L"run", L"--fail-fast"});
+    const std::wstring moved = m_folder.GetPathOf(L"data/CPassedModel");
+    LbFileSystem::RemoveTree(moved);
+
+    const SHostRun withoutFolder = Resume();
+
+    EXPECT_EQ(withoutFolder.exitStatus, 2);
+    ExpectLine(withoutFolder.errors, "Fehler: Zum Fortsetzen fehlt der Ordner " + LbEncoding::ToUtf8(moved));
+    EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::GetJournalName(2)));
+    LbFileSystem::AssertDirectory(moved);
+    RenameInPlan(L"CResultModel", L"CNochNie");
+
+    const SHostRun withoutClass = Resume();
+
+    EXPECT_EQ(withoutClass.exitStatus, 2);
+    ExpectLine(withoutClass.errors, "Fehler: Zum Fortsetzen fehlt die Klasse CNochNie aus dem Modul resultmodels.");
+    EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::GetJournalName(2)));
+}
+
+TEST_F(RunnerResume, WarnsOfAMissingModule)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+    Run({L"run", L"--fail-fast"}, {L"--dll", L"gibtesnicht"});
+
+    ExpectLine(Resume().errors, "Warnung: " + DescribeMissingModule(L"gibtesnicht") + "\n");
+}
+
+TEST_F(RunnerResume, WarnsOfAnotherBuild)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    Run({L"run"});
+    ChangePlan([](Runner::SPlan& plan) { plan.origin.machine += L"2"; });
+    const std::string warning = " und seine Fortsetzung haben verschiedene Builds\n";
+    EXPECT_EQ(FromPlatformLines(Resume().errors).find(warning), std::string::npos);
+
+    ChangePlan([](Runner::SPlan& plan) { plan.origin.buildConfiguration += L"2"; });
+    const SHostRun run = Resume();
+
+    EXPECT_EQ(run.exitStatus, 0);
+    ExpectLine(run.errors, warning);
 }
 
 TEST_F(RunnerResume, RunsACaseThatEndsTheHostSilentlyInItsOwnProcess)

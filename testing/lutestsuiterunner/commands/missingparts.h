@@ -1,0 +1,17 @@
+/// What a plan needs and this machine lacks.
+#pragma once
+
+#include <string>
+
+#include "testing/lutestsuiterunner/model/plan.h"
+
+namespace Runner
+{
+
+/// The first of the plan's folders that does not exist; empty if all exist.
+std::wstring FindMissingFolder(const SPlan& plan);
+
+/// The first of the plan's classes that no loaded module has, with its module; empty if all are known.
+std::wstring FindMissingClass(const SPlan& plan);
+
+} // namespace Runner
