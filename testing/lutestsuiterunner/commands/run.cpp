@@ -83,9 +83,10 @@ int Execute(const SRunOptions& given)
     const std::unique_ptr<LbOs::CFolderLock> replaced = EndReplacedRun(GetRunFolder(options.out));
     CRunFolder folder(options.out);
     const std::unique_ptr<CJournalWriter> writer = folder.BeginRun(plan);
-    CRunState state(std::move(plan));
-    CarryOut({options, setup, environment, folder.GetPath(), state, previousCases}, *writer, problems,
-             OrderMissingCases(state, options, previousCases));
+    auto state = std::make_unique<CRunState>(std::move(plan));
+    CarryOut({options, setup, environment, folder.GetPath(), *state, previousCases}, *writer, problems,
+             OrderMissingCases(*state, options, previousCases));
+    state.reset(); // because Conclude reads the journal again
     return Conclude(folder.GetPath(), options.previous, std::move(quarantine));
 }
 
