@@ -137,7 +137,7 @@ std::string toLine(const LuTestSuite::STestCase& testCase, bool isDisabled)
     {
         line += name == "Enable" ? "" : " " + name + "=" + value.dump();
     }
-    return line + "\n";
+    return line + (testCase.dataSetFile.empty() ? "" : " Datei=" + toText(testCase.dataSetFile)) + "\n";
 }
 
 std::string toLines(const std::vector<SListed>& list)

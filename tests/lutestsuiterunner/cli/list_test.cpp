@@ -50,8 +50,12 @@ TEST_F(RunnerList, ShowsCasesWithTheirParameters)
     EXPECT_EQ(run.errors, "");
     const std::string text = FromPlatformLines(run.output);
     EXPECT_NE(text.find("CDataSetModel (datasetmodels."), std::string::npos) << text;
-    EXPECT_NE(text.find("    äöü.txt\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("    zuletzt.txt (deaktiviert) TimeOutSec=7\n"), std::string::npos) << text;
+    const auto getFile = [this](const wchar_t* name) {
+        return " Datei=" + LbEncoding::ToUtf8(m_folder.GetPathOf(std::wstring(L"CDataSetModel/") + name)) + "\n";
+    };
+    EXPECT_NE(text.find("    äöü.txt" + getFile(L"äöü.txt")), std::string::npos) << text;
+    EXPECT_NE(text.find("    zuletzt.txt (deaktiviert) TimeOutSec=7" + getFile(L"zuletzt.txt")), std::string::npos)
+        << text;
     EXPECT_NE(text.find("Klassen: 1, Fälle: 2, davon deaktiviert: 1\n"), std::string::npos) << text;
 }
 
