@@ -92,7 +92,8 @@ std::wstring join(const std::vector<std::string>& arguments)
 } // namespace
 
 COptionReader::COptionReader(const std::wstring& command, const std::wstring& purpose, bool takesLibraryOptions)
-    : m_app(std::make_unique<CLI::App>(ToUtf8(purpose) + "\n", ToUtf8(command)))
+    : m_app(std::make_unique<CLI::App>(ToUtf8(purpose) + "\n", ToUtf8(command))),
+      m_takesLibraryOptions(takesLibraryOptions)
 {
     const auto formatter = std::make_shared<CGermanFormatter>(takesLibraryOptions);
     formatter->label("Positionals", "Argumente");
@@ -236,6 +237,11 @@ void COptionReader::refuseExtras() const
     const auto given = std::ranges::find_if(m_switchesWithValue, [this](const std::string& name) {
         return m_app->get_option(name)->results() == CLI::results_t{"true"};
     });
+    if (m_takesLibraryOptions &&
+        std::ranges::any_of(extras, [](const std::string& one) { return one.starts_with('-'); }))
+    {
+        throw LbFormat(L"Unbekannte Argumente: %s; Optionen von LuTestSuiteCLI stehen hinter '--'", join(extras));
+    }
     throw given == m_switchesWithValue.end()
         ? LbFormat(L"Unbekannte Argumente: %s", join(extras))
         : LbFormat(L"Unbekannte Argumente: %s; ein Wert von '%s' steht hinter '='", join(extras), FromUtf8(*given));

@@ -72,6 +72,7 @@ private:
     void refuseExtras() const;
 
     std::unique_ptr<CLI::App> m_app;
+    bool m_takesLibraryOptions;
     std::vector<std::string> m_switchesWithValue; ///< names of the switches that may have a value
 };
 

@@ -85,7 +85,9 @@ TEST(RunnerCommandLine, RefusesUnknownCommands)
 
 TEST(RunnerCommandLine, NamesUnknownArguments)
 {
-    EXPECT_EQ(GetError({L"list", L"--jason", L"Maß"}), L"Unbekannte Argumente: '--jason', 'Maß'");
+    EXPECT_EQ(GetError({L"report", L"out", L"--jason", L"Maß"}), L"Unbekannte Argumente: '--jason', 'Maß'");
+    EXPECT_EQ(GetError({L"run", L"-d", L"Maß"}),
+              L"Unbekannte Argumente: '-d', 'Maß'; Optionen von LuTestSuiteCLI stehen hinter '--'");
 }
 
 TEST(RunnerCommandLine, RefusesTheValueOfASwitch)

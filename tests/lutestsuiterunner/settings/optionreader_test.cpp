@@ -109,6 +109,26 @@ TEST_F(OptionReader, ExplainsWhereTheValueOfASwitchStands)
     EXPECT_EQ(getError({L"b"}), L"Unbekannte Argumente: 'b'");
 }
 
+TEST(OptionReaderOfACommandWithLibraryOptions, ExplainsWhereTheyStand)
+{
+    Runner::COptionReader reader(L"run", L"Zweck.", true);
+    const auto getError = [&reader](const std::vector<std::wstring>& arguments) {
+        try
+        {
+            reader.Read(arguments);
+        }
+        catch (const std::wstring& message)
+        {
+            return message;
+        }
+        return std::wstring();
+    };
+
+    EXPECT_EQ(getError({L"-d", L"data"}),
+              L"Unbekannte Argumente: '-d', 'data'; Optionen von LuTestSuiteCLI stehen hinter '--'");
+    EXPECT_EQ(getError({L"data"}), L"Unbekannte Argumente: 'data'");
+}
+
 TEST_F(OptionReader, TakesOneValueForEachOption)
 {
     EXPECT_TRUE(m_reader.Read({L"--sbatch", L"eins", L"zwei", L"--sbatch", L"drei"}));
