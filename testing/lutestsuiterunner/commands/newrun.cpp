@@ -37,6 +37,16 @@ std::size_t ApplyOnlyFailed(const SRunOptions& options, const CPrevious& previou
     return selected;
 }
 
+void WarnOfLateFailures(const SRunOptions& options)
+{
+    if (options.failFast != 0 && options.retries != 0)
+    {
+        CTerminal::Get().WriteError(
+            L"Warnung: '--fail-fast' zählt einen Testfall erst nach seiner letzten Wiederholung; die Wiederholungen "
+            L"beginnen, wenn alle Testfälle einmal gelaufen sind\n");
+    }
+}
+
 void WarnOfInnerFolders(const SPlan& plan)
 {
     for (const SInnerFolder& one : FindInnerFolders(plan.dataDirectory, plan.unitTests))

@@ -17,6 +17,9 @@ void RequirePrevious(const SRunOptions& options);
 /// guards have to check.
 std::size_t ApplyOnlyFailed(const SRunOptions& options, const CPrevious& previous, SPlan& plan);
 
+/// Warns if --fail-fast may end the run only after all cases have run once.
+void WarnOfLateFailures(const SRunOptions& options);
+
 /// Warns of classes whose folders contain only folders, which are not searched.
 void WarnOfInnerFolders(const SPlan& plan);
 

@@ -66,6 +66,7 @@ int Execute(const SRunOptions& given)
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     WarnOfMissingModules(options, setup);
+    WarnOfLateFailures(options);
     chooseSeed(options);
     SPlan plan = MakePlan(options, setup, SelectCases(setup));
     WarnOfInnerFolders(plan);
