@@ -78,7 +78,8 @@ def options_of(text):
 
 
 def recipes_of(text):
-    """The commands of pipelines: GitLab's `script:`, GitHub's `run:`, Jenkins's `sh`, in the order of the text."""
+    """The commands of pipelines: GitLab's `script:` and `after_script:`, GitHub's `run:`, Jenkins's `sh`, in the order
+    of the text."""
     for language, code in _CODE.findall(text):
         if language == "yaml":
             yield from _commands_of_yaml(code)
@@ -90,7 +91,7 @@ def _commands_of_yaml(code):
     lines = code.splitlines()
     for number, line in enumerate(lines):
         indent = len(line) - len(line.lstrip())
-        key = re.match(r"\s*(?:- )?(script|run):\s*(.*)$", line)
+        key = re.match(r"\s*(?:- )?((?:after_)?script|run):\s*(.*)$", line)
         if not key:
             continue
         if key[2] not in ("", "|"):
@@ -101,7 +102,7 @@ def _commands_of_yaml(code):
             if follower.strip() and len(follower) - len(follower.lstrip()) <= indent:
                 break
             inner.append(follower)
-        if key[1] == "script":
+        if key[1].endswith("script"):
             yield from (item.strip().removeprefix("- ") for item in inner if item.strip())
         else:
             yield "\n".join(inner)
