@@ -88,6 +88,7 @@ class Adoption(unittest.TestCase):
 
     def test_has_a_green_pipeline(self):
         self.folder.variables["GITHUB_STEP_SUMMARY"] = str(self.folder.path / "summary.md")
+        self.folder.write("quarantine.txt", "# nothing yet\n")
         for recipe in self.recipes:
             if "jq " not in recipe and "merge" not in recipe:
                 self.folder.run(recipe, 0)
