@@ -1,7 +1,9 @@
 /// Unit tests whose cases end differently when they are run again, or in another process.
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <thread>
 
 #include "base/lbfilesystem.h"
 #include "base/lustream.h"
@@ -66,6 +68,10 @@ class CInterruptingModel : public LuUnitTest
         AddSubtest(L"zweimal Strg-C", [] {
             std::raise(SIGINT);
             std::raise(SIGINT);
+        });
+        AddSubtest(L"Strg-C ohne Ende", [] {
+            std::raise(SIGINT);
+            std::this_thread::sleep_for(std::chrono::minutes(1));
         });
         AddSubtest(L"danach", [] {});
     }

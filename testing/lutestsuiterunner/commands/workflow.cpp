@@ -12,6 +12,7 @@
 #include "base/lbreceivedfile.h"
 #include "base/os/files.h"
 #include "base/os/interruption.h"
+#include "base/os/process.h"
 #include "testing/lutestsuiterunner/cluster/submissions.h"
 #include "testing/lutestsuiterunner/commands/caseorder.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
@@ -19,6 +20,7 @@
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/progress.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/cancellationwatch.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/hostcrash.h"
 #include "testing/lutestsuiterunner/execution/stages.h"
@@ -109,6 +111,25 @@ std::wstring describeReceived(const std::vector<std::wstring>& references, const
     const std::size_t others = references.size() - c_MostNamed;
     return others == 1 ? LbFormat(L"%s und eine weitere .received-Datei sind", names)
                        : LbFormat(L"%s und %u weitere .received-Dateien sind", names, others);
+}
+
+/// Ends the process with the reports, because a case that runs in it does not end.
+[[noreturn]] void giveUp(CSession& session, const SWork& work)
+try
+{
+    session.Abandon();
+    CTerminal::Get().WriteError(L"Warnung: Der Lauf endet, obwohl ein Testfall im Prozess des Laufs noch läuft\n");
+    // The process that distributes planned cases makes their reports.
+    if (!work.options.planned)
+    {
+        ReportRun(work.folder);
+    }
+    LbOs::EndProcess(LbOs::GetExitStatus(LbOs::GetInterruption()));
+}
+catch (...)
+{
+    // Most likely the disk is full. "report" makes the reports later.
+    LbOs::EndProcess(2);
 }
 
 } // namespace
@@ -219,6 +240,7 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
         const SSessionParts parts = {work.state, writer,  work.environment,
                                      progress,   journal, prepareDumpFolder(work.options)};
         CSession session(parts, work.setup, getLimits(work));
+        const CCancellationWatch watch([&session, &work] { giveUp(session, work); });
         for (const std::wstring& problem : problems)
         {
             session.Note(SRunProblem{problem});

@@ -66,8 +66,15 @@ CSession::CSession(const SSessionParts& parts, const LuTestSuiteSetup& setup, co
 
 void CSession::Note(const Record& record)
 {
+    const std::lock_guard lock(m_mutex);
     const std::uint64_t sequence = m_parts.writer.Write(record);
     m_parts.state.Apply({m_parts.journal, sequence}, record);
+}
+
+void CSession::Abandon()
+{
+    m_mutex.lock();
+    noteCancellation();
 }
 
 void CSession::Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process)
@@ -93,6 +100,7 @@ bool CSession::IsCanceled() const
 
 void CSession::start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t worker, std::uint64_t processId)
 {
+    const std::lock_guard lock(m_mutex);
     const std::span<const SAttempt> attempts = m_parts.state.GetAttempts(caseIndex);
     const bool isBrokenOff = !attempts.empty() && !attempts.back().IsFinished();
     SCaseStarted record;
@@ -108,6 +116,7 @@ void CSession::start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t wo
 
 void CSession::End(SCaseEnded record)
 {
+    const std::lock_guard lock(m_mutex);
     const std::uint32_t caseIndex = record.caseIndex;
     record.attempt = static_cast<std::uint32_t>(m_parts.state.GetAttempts(caseIndex).size());
     fillTime(record);
@@ -141,6 +150,7 @@ bool CSession::isFinal(const SAttempt& attempt) const
 
 void CSession::noteCancellation()
 {
+    const std::lock_guard lock(m_mutex);
     if (m_isCancellationNoted)
     {
         return;

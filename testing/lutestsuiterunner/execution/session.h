@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -54,6 +55,10 @@ public:
     /// Writes the record, then applies it to the state. Any thread.
     void Note(const Record& record);
 
+    /// Records that the run is canceled. From then on a thread that records something else waits forever: the process
+    /// must end. Any thread.
+    void Abandon();
+
     /// Records the end of the open attempt at a case, adds the attempt's number to the record, and tells the listener.
     void End(SCaseEnded record);
 
@@ -72,6 +77,7 @@ private:
     void noteCancellation();
     bool isFinal(const SAttempt& attempt) const;
 
+    std::recursive_mutex m_mutex; ///< held while something is recorded
     SSessionParts m_parts;
     LuTestSuiteSetup m_setup;
     SSessionLimits m_limits;

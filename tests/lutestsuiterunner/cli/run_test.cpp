@@ -367,6 +367,18 @@ TEST_F(RunnerInterruption, EndsTheRunWhenTheSystemDemandsIt)
     EXPECT_EQ(Run({L"run"}, {L"-i", L":Ende verlangt$", L"-i", L":danach$"}).exitStatus, 143);
 }
 
+TEST_F(RunnerInterruption, EndsTheRunWithReportsThoughACaseDoesNotEnd)
+{
+    const SHostRun run = Run({L"run"}, {L"-i", L":Strg-C ohne Ende$", L"-i", L":danach$"});
+
+    EXPECT_EQ(run.exitStatus, 130) << run.errors;
+    ExpectLine(run.errors, "Warnung: Der Lauf endet, obwohl ein Testfall im Prozess des Laufs noch läuft\n");
+    ExpectLine(run.output, "Der Lauf wurde abgebrochen: durch den Benutzer (Strg-C)");
+    const std::string junit = LbFileSystem::ReadFile8Bit(GetOut() + L"junit.xml");
+    EXPECT_NE(junit.find("Lief noch"), std::string::npos) << junit;
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + L"report.xml"));
+}
+
 TEST_F(RunnerInterruption, EndsAtOnceAtTheSecondRequest)
 {
     const SHostRun run = Run({L"run"}, {L"-i", L":zweimal Strg-C$", L"-i", L":danach$"});
