@@ -8,9 +8,10 @@
 /// Each source file with tests becomes a class, named after the file without folder and extension; each TEST_CASE
 /// becomes a case with all of its sections and generated values. Characters that file names cannot contain become "_",
 /// and "/" becomes ".". A failure becomes an error line with file, line, sections and messages; an exception makes the
-/// result eR_Exception. A skipped test passes, with an information line that gives the reason. If modules that are
-/// loaded together have classes of the same name, only those of the first one run; the macro LUTESTSUITE_SUITE_PREFIX,
-/// defined before this header, is a literal that precedes all class names of a module.
+/// result eR_Exception. A skipped test passes, with the information line "Übersprungen: " and the reason, by which
+/// LuTestSuiteRunner counts it as skipped. If modules that are loaded together have classes of the same name, only
+/// those of the first one run; the macro LUTESTSUITE_SUITE_PREFIX, defined before this header, is a literal that
+/// precedes all class names of a module.
 ///
 /// Hidden tests ("[.]") are disabled cases. "[!mayfail]" and "[!shouldfail]" keep their meaning. Other tags have no
 /// effect: -i and -e select by the names of classes and cases. Sections are not cases, because their names are known
@@ -94,9 +95,16 @@ public:
         }
         const bool isError = !result.isOk() && !isSkip && !m_mayFail;
         m_hasException = m_hasException || (isError && type == Catch::ResultWas::ThrewException);
-        const std::string text = isSkip ? "Übersprungen: " + std::string(result.getMessage()) : describe(stats);
         const Catch::SourceLineInfo place = result.getSourceInfo();
-        m_unitTest.Report(isError, place.file, static_cast<std::int64_t>(place.line), text);
+        const auto line = static_cast<std::int64_t>(place.line);
+        if (isSkip)
+        {
+            m_unitTest.ReportSkip(place.file, line, std::string(result.getMessage()));
+        }
+        else
+        {
+            m_unitTest.Report(isError, place.file, line, describe(stats));
+        }
     }
 
 private:

@@ -91,15 +91,31 @@ public:
         }
     }
 
-    /// Reports a failure, or an information line, with its place; `line` is 0 or less if the place is unknown.
+    /// Reports a failure, or an information line, with its place; `line` is 0 or less if the place is unknown. The
+    /// place has the form that IDEs and build servers make a link of.
     void Report(bool isError, const char* file, std::int64_t line, std::string_view message)
     {
-        const std::wstring text = LbEncoding::FromUtf8(message);
-        const std::wstring place = file == nullptr || line <= 0 ? L"" : LbFormat(L"%S, Zeile %d: ", file, line);
-        isError ? Error(L"%s%s", place, text) : Info(L"%s%s", place, text);
+        const std::wstring place = describePlace(file, line);
+        const std::wstring text = (place.empty() ? L"" : place + L": ") + LbEncoding::FromUtf8(message);
+        isError ? Error(L"%s", text) : Info(L"%s", text);
+    }
+
+    /// Reports that the test was skipped. LuTestSuiteRunner looks for the beginning of this line, so the place follows.
+    void ReportSkip(const char* file, std::int64_t line, std::string_view reason)
+    {
+        Info(L"Übersprungen: %s", LbEncoding::FromUtf8(reason));
+        if (const std::wstring place = describePlace(file, line); !place.empty())
+        {
+            Info(L"Stelle: %s", place);
+        }
     }
 
 private:
+    static std::wstring describePlace(const char* file, std::int64_t line)
+    {
+        return file == nullptr || line <= 0 ? std::wstring() : LbFormat(L"%S:%d", file, line);
+    }
+
     EResult run(const STest& test)
     {
         const std::lock_guard lock(GetLock());
@@ -111,6 +127,10 @@ private:
     std::unique_lock<std::recursive_mutex> m_lock{GetLock(), std::defer_lock};
 };
 
+/// The base of the classes of all suites. By its name, LuTestSuiteRunner recognises classes that need a folder but no
+/// file in it. It cannot be created, and no folder can have its name.
+const LbRTTI s_suiteRecord(L"LuForeignTests::CUnitTest", &LuUnitTest::RTTI, nullptr);
+
 /// A suite with the record of its class.
 class CRegisteredSuite : public INonCopyable
 {
@@ -118,7 +138,7 @@ public:
     explicit CRegisteredSuite(SSuite suite)
         : m_suite(std::move(suite)),
           m_record(
-              m_suite.name.c_str(), &LuUnitTest::RTTI,
+              m_suite.name.c_str(), &s_suiteRecord,
               [this]() -> std::unique_ptr<IObject> { return std::make_unique<CUnitTest>(m_suite, m_record); },
               LbClassFacts::Of<CUnitTest>())
     {

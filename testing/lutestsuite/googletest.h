@@ -8,9 +8,9 @@
 /// Each suite becomes a class, each test a case. "/" in names (TEST_P, TYPED_TEST) becomes ".": the case "Reads.0" of
 /// the class "Files.Parser" is the test "Files/Parser.Reads/0". Tests and suites whose names begin with "DISABLED_" are
 /// disabled cases. A failure becomes an error line with file and line; an exception makes the result eR_Exception. A
-/// skipped test passes, with an information line that gives the reason. If modules that are loaded together have suites
-/// of the same name, only those of the first one run; the macro LUTESTSUITE_SUITE_PREFIX, defined before this header,
-/// is a literal that precedes all class names of a module.
+/// skipped test passes, with the information line "Übersprungen: " and the reason, by which LuTestSuiteRunner counts it
+/// as skipped. If modules that are loaded together have suites of the same name, only those of the first one run; the
+/// macro LUTESTSUITE_SUITE_PREFIX, defined before this header, is a literal that precedes all class names of a module.
 ///
 /// Each case sets up and tears down the global environments and its suite (SetUpTestSuite). Tests of one process run
 /// one after another, also on worker threads (-p); in child processes (-x -w 4) they run side by side. Options of
@@ -19,6 +19,8 @@
 /// tests work on Linux in the style "fast", and fail in the style "threadsafe" and on Windows.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <deque>
 #include <memory>
@@ -92,6 +94,23 @@ inline bool hasStartedDeathTest()
 
 #endif
 
+/// Moves each value behind its expression, because reports keep only the first three lines of a case:
+/// "size\n    Which is: 2" becomes "size (Which is: 2)".
+inline std::string joinValues(std::string_view message)
+{
+    constexpr std::string_view c_Value = "\n    Which is: ";
+    std::string text;
+    for (std::size_t value = message.find(c_Value); value != message.npos; value = message.find(c_Value))
+    {
+        text.append(message.substr(0, value)).append(" (Which is: ");
+        message.remove_prefix(value + c_Value.size());
+        const std::size_t size = std::min(message.find('\n'), message.size());
+        text.append(message.substr(0, size)).append(")");
+        message.remove_prefix(size);
+    }
+    return text.append(message);
+}
+
 /// Passes the results of the running test on.
 class CListener : public testing::EmptyTestEventListener
 {
@@ -106,8 +125,9 @@ public:
         forgetDeathTests();
     }
 
-    void OnTestEnd(const testing::TestInfo& /*test*/) override
+    void OnTestEnd(const testing::TestInfo& test) override
     {
+        m_isSkipped = test.result()->Skipped();
         if (hasStartedDeathTest())
         {
             m_unitTest.Error(L"%S", c_DeathTestStyle);
@@ -120,25 +140,24 @@ public:
         const std::string_view message = part.message();
         if (part.failed())
         {
-            m_unitTest.Report(true, part.file_name(), part.line_number(), message);
+            m_unitTest.Report(true, part.file_name(), part.line_number(), joinValues(message));
             const bool isException = part.file_name() == nullptr && message.find("exception") != message.npos;
             m_hasException = m_hasException || isException;
         }
         else if (part.skipped())
         {
             // A test of a skipped suite has a result without a message after that of the suite.
-            if (!message.empty() || !m_isSkipped)
+            if (!message.empty() || m_skips.empty())
             {
-                const std::string text = "Übersprungen: " + std::string(message);
-                m_unitTest.Report(false, part.file_name(), part.line_number(), text);
+                m_skips.push_back(part);
             }
-            m_isSkipped = true;
         }
     }
 
     LuUnitTest::EResult GetResult(bool hasPassed) const
     {
-        const bool isExplained = m_unitTest.HasErrors() || m_isSkipped;
+        reportSkips();
+        const bool isExplained = m_unitTest.HasErrors() || !m_skips.empty();
         if (!isExplained && !(hasPassed && m_hasStarted))
         {
             m_unitTest.Error(L"GoogleTest hat den Test nicht ausgeführt");
@@ -147,7 +166,25 @@ public:
     }
 
 private:
+    /// A test may run although its suite was skipped: GoogleTest 1.12 does so. Such a test is not skipped.
+    void reportSkips() const
+    {
+        for (const testing::TestPartResult& skip : m_skips)
+        {
+            if (m_isSkipped || !m_hasStarted)
+            {
+                m_unitTest.ReportSkip(skip.file_name(), skip.line_number(), skip.message());
+            }
+            else
+            {
+                const std::string text = "Übersprungen: " + std::string(skip.message());
+                m_unitTest.Report(false, skip.file_name(), skip.line_number(), text);
+            }
+        }
+    }
+
     LuForeignTests::CUnitTest& m_unitTest;
+    std::vector<testing::TestPartResult> m_skips; ///< reported at the end, when it is known whether the test was run
     bool m_hasStarted = false;
     bool m_isSkipped = false;
     bool m_hasException = false;

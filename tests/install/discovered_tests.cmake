@@ -110,6 +110,15 @@ expect_command("near.CMoods:leaves" "${runner}" case CMoods:leaves -- -d "${buil
 run(8 ${ctest} --output-on-failure -R "^moods.*leaves")
 expect("0% tests passed, 1 tests failed out of 1")
 
+# A skipped case is skipped for CTest, too.
+run(0 ${ctest} -R "^(moods|near)\\.CMoods:skips")
+expect("near.CMoods:skips (Skipped)")
+expect("moods.CMoods:skips (Skipped)")
+string(FIND "${output}" "Warnung: " position)
+if(NOT position EQUAL -1)
+    message(FATAL_ERROR "A warning without a reason")
+endif()
+
 # CTest repeats single cases. Options that repeat them are refused.
 run(0 ${ctest} --repeat until-pass:2 -R "^moods.*second")
 expect("100% tests passed, 0 tests failed out of 1")

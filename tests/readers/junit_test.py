@@ -16,7 +16,8 @@ OTHERS = 3
 # Of nine results, one is a success and four each are failures and errors.
 FAILURES = CASES // 9 * 4
 ERRORS = CASES // 9 * 4
-SKIPPED = 2
+# Those in quarantine and disabled, and the first case.
+SKIPPED = 3
 SECONDS = sum(range(CASES + 2)) / 1000
 MESSAGE = 'erwartet <1> & nicht ]]> "2"'
 
@@ -79,6 +80,7 @@ class JunitReport(unittest.TestCase):
         self.assertEqual(sum(case[0] == "Error" for case in cases), ERRORS)
         self.assertEqual(sum(case[0] == "Skipped" for case in cases), SKIPPED)
         self.assertAlmostEqual(sum(case[-2] for case in cases), SECONDS, 2)
+        self.assertEqual(cases[0][:2], ["Skipped", "keine <Lizenz>"])
         self.assertEqual(cases[1][1], MESSAGE)
         self.assertEqual({case[-1] for case in cases}, {"CFirst", "CSecond"})
 

@@ -18,6 +18,7 @@
 #include "testing/lutestsuiterunner/execution/caselist.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
+#include "testing/lutestsuiterunner/model/skips.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
 
 namespace Runner
@@ -26,7 +27,7 @@ namespace Runner
 namespace
 {
 
-/// The status that ctest's property SKIP_RETURN_CODE usually has.
+/// The status of a case that is disabled or was skipped: ctest's property SKIP_RETURN_CODE usually has it.
 constexpr int c_Skipped = 77;
 
 /// The status of a failed case is this number plus the number of its result. See the help of the command.
@@ -39,6 +40,7 @@ public:
     void OnCaseFinished(const LuTestSuiteRun::SCaseFinished& finished) override
     {
         m_attempt.result = MakeCaseEnd(finished);
+        m_attempt.ended = {1, 1};
     }
 
     const SAttempt& GetAttempt() const { return m_attempt; }
@@ -82,15 +84,19 @@ int getStatus(LuTestSuiteRun::ECaseRunResult result)
     return c_FirstFailure + static_cast<int>(result);
 }
 
-int getStatus(const LuTestSuiteRun::SCaseInfo& info)
+int getStatus(const SAttempt& attempt)
 {
     const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());
     if (interrupted != 0)
     {
         return interrupted;
     }
-    const bool hasPassed = info.result == LuTestSuiteRun::ECaseRunResult::Ok;
-    return hasPassed ? LuTestSuiteHost::c_Succeeded : getStatus(info.result);
+    if (FindSkipReason(attempt))
+    {
+        return c_Skipped;
+    }
+    const LuTestSuiteRun::ECaseRunResult result = attempt.result.info.result;
+    return result == LuTestSuiteRun::ECaseRunResult::Ok ? LuTestSuiteHost::c_Succeeded : getStatus(result);
 }
 
 int runOne(const SPlan& plan, std::uint32_t index, LuTestSuiteSetup setup, LuTestSuiteEnvironment& environment)
@@ -102,12 +108,13 @@ int runOne(const SPlan& plan, std::uint32_t index, LuTestSuiteSetup setup, LuTes
     CCaseObserver observer;
     LuTestSuiteRun::Run(setup, environment, observer, {.takeStacks = true});
     const SAttempt& attempt = observer.GetAttempt();
-    CTerminal::Get().WriteOutput(LbFormat(L"%s: %s (%s)\n", GetCaseName(plan, index),
-                                          LuTestSuiteReport::toDescriptionString(attempt.result.info.result),
-                                          FormatTime(attempt.result.info.time)) +
-                                 DescribeFailure(plan, index, attempt, std::numeric_limits<std::size_t>::max()) +
-                                 attempt.result.stacks);
-    return getStatus(attempt.result.info);
+    const std::wstring result = FindSkipReason(attempt)
+                                    ? std::wstring(L"übersprungen")
+                                    : LuTestSuiteReport::toDescriptionString(attempt.result.info.result);
+    CTerminal::Get().WriteOutput(
+        LbFormat(L"%s: %s (%s)\n", GetCaseName(plan, index), result, FormatTime(attempt.result.info.time)) +
+        DescribeFailure(plan, index, attempt, std::numeric_limits<std::size_t>::max()) + attempt.result.stacks);
+    return getStatus(attempt);
 }
 
 } // namespace

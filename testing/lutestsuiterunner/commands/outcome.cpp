@@ -7,6 +7,7 @@
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/model/skips.h"
 #include "testing/lutestsuiterunner/reports/opencases.h"
 #include "testing/lutestsuiterunner/reports/reports.h"
 
@@ -81,9 +82,12 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder,
     {
         text += DescribeResuming(folder);
     }
-    text += LbFormat(L"Fälle: %u, bestanden: %u, unzuverlässig: %u, fehlgeschlagen: %u, in Quarantäne: %u, nicht "
+    const std::uint32_t skipped = CountSkipped(state);
+    text += LbFormat(L"Fälle: %u, bestanden: %u%s, unzuverlässig: %u, fehlgeschlagen: %u, in Quarantäne: %u, nicht "
                      L"ausgeführt: %u\n",
-                     counts.planned, counts.passed, counts.flaky, counts.failed, counts.quarantined, counts.missing);
+                     counts.planned, counts.passed,
+                     skipped == 0 ? std::wstring() : LbFormat(L" (davon %u übersprungen)", skipped), counts.flaky,
+                     counts.failed, counts.quarantined, counts.missing);
     return text + LbFormat(L"Reports: %s\n", folder);
 }
 

@@ -1,11 +1,13 @@
 #include "testing/lutestsuiterunner/reports/junitcase.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "base/lbformat.h"
 #include "base/lbpath.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 #include "testing/lutestsuiterunner/model/names.h"
+#include "testing/lutestsuiterunner/model/skips.h"
 #include "testing/lutestsuiterunner/reports/casenotes.h"
 #include "testing/lutestsuiterunner/reports/xmltext.h"
 
@@ -87,7 +89,7 @@ EJunitStatus getStatus(const CRunState& state, const SOpenCases& open, std::uint
     }
     if (verdict == EVerdict::Passed || verdict == EVerdict::Flaky)
     {
-        return EJunitStatus::Passed;
+        return FindSkipReason(state, caseIndex) ? EJunitStatus::Skipped : EJunitStatus::Passed;
     }
     if (state.GetPlan().cases[caseIndex].isQuarantined)
     {
@@ -107,6 +109,10 @@ std::wstring getMessage(const CRunState& state, const SOpenCases& open, std::uin
         return open.interrupted.contains(caseIndex) ? c_Interrupted
                : open.Contains(caseIndex)           ? L"Begonnen, noch nicht beendet"
                                                     : L"Nicht ausgeführt";
+    }
+    if (const std::optional<std::wstring> reason = FindSkipReason(state, caseIndex))
+    {
+        return reason->empty() ? L"Übersprungen" : reason->substr(0, c_Longest);
     }
     const bool isQuarantined = state.GetPlan().cases[caseIndex].isQuarantined;
     return (isQuarantined ? L"In Quarantäne: " : L"") + GetFailureLine(*reported).substr(0, c_Longest);
@@ -151,7 +157,8 @@ SJunitCase MakeJunitCase(const CRunState& state, const SOpenCases& open, std::ui
     element.start = makeStart(GetRunName(testCase.name, planned.repetition), suiteName,
                               getShownPath(plan, testCase.dataSetFile), element.time);
     // A case that simply passed has no text; otherwise green reports would contain everything that tests print.
-    if (state.GetVerdict(caseIndex) != EVerdict::Passed || planned.isQuarantined)
+    if (element.status != EJunitStatus::Passed || state.GetVerdict(caseIndex) != EVerdict::Passed ||
+        planned.isQuarantined)
     {
         element.text = makeText(state, open, caseIndex);
     }

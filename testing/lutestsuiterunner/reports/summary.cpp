@@ -9,6 +9,7 @@
 #include "base/lbpath.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/model/names.h"
+#include "testing/lutestsuiterunner/model/skips.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
 #include "testing/lutestsuiterunner/model/textlines.h"
 #include "testing/lutestsuiterunner/reports/casenotes.h"
@@ -36,12 +37,14 @@ const char* getStateName(const CRunState& state)
     return state.IsCanceled() ? "canceled" : state.IsEnded() ? "ended" : "incomplete";
 }
 
-Json describeCounts(const SVerdictCounts& counts)
+Json describeCounts(const CRunState& state)
 {
+    const SVerdictCounts counts = state.CountVerdicts();
     return {{"planned", counts.planned},         {"missing", counts.missing},
             {"passed", counts.passed},           {"flaky", counts.flaky},
             {"failed", counts.failed},           {"failedShared", counts.failedShared},
-            {"quarantined", counts.quarantined}, {"quarantinedFailed", counts.quarantinedFailed}};
+            {"quarantined", counts.quarantined}, {"quarantinedFailed", counts.quarantinedFailed},
+            {"skipped", CountSkipped(state)}};
 }
 
 Json describeName(const SPlan& plan, std::uint32_t caseIndex)
@@ -209,7 +212,7 @@ std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>&
                  {"start", toJson(state.GetStartTime())},
                  {"end", toJson(state.GetEndTime())},
                  {"seconds", static_cast<double>(state.GetTotalTime()) * c_SecondsPerNanosecond},
-                 {"counts", describeCounts(state.CountVerdicts())}};
+                 {"counts", describeCounts(state)}};
     if (state.IsCanceled())
     {
         json["cancelReason"] = toJson(state.GetCancelReason());

@@ -89,7 +89,8 @@ void addSharedOptions(COptionReader& reader, SRunOptions& options)
                    options.quarantine);
     reader.AddNumber({"--min-cases", L"N", L"Rot bei weniger als N Testfällen (sonst 1)"}, 0, options.minCases);
     reader.AddSwitch(
-        {"--require-all-modules", nullptr, L"Rot, wenn ein Modul hinter --dll fehlt oder irgendeins nicht lädt"},
+        {"--require-all-modules", nullptr,
+         L"Rot, wenn ein Modul hinter --dll fehlt, irgendeins nicht lädt oder einer Suite der Ordner fehlt"},
         options.requireAllModules);
 }
 
@@ -143,7 +144,7 @@ void addOptions(COptionReader& reader, SCaseOptions& options)
     reader.AddArgument({"NAME", nullptr, L"Ordner/Klasse:Fall wie in den Reports, oder Klasse:Fall"}, options.name);
     reader.SetFooter(L"Status: 0 bestanden; 11 Fehler, 12 Exception, 13 keine Testdaten, 14 Unterschied,\n"
                      L"15 Absturz oder unbekannt, 16 Testfall nicht gefunden, 17 abgebrochen, 18 Zeitlimit;\n"
-                     L"77 deaktiviert; 2 falscher Aufruf; 130 und 143 nach Strg-C und SIGTERM.\n"
+                     L"77 deaktiviert oder übersprungen; 2 falscher Aufruf; 130 und 143 nach Strg-C und SIGTERM.\n"
                      L"Ohne -x hinter \"--\" läuft der Testfall in diesem Prozess: stürzt er ab, hat der Prozess\n"
                      L"den Status des Absturzes (134 nach abort); ruft er exit, den Status 2.");
 }

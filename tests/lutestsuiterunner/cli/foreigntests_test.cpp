@@ -100,11 +100,12 @@ TEST_P(HostGoogleTest, ReportsFailuresWithTheirPlace)
     Run({L"Arithmetic"}, GetParam());
 
     const std::string failed = FindCase("Fails");
-    EXPECT_NE(failed.find("plain.cpp, Zeile 18: "), std::string::npos) << failed;
+    EXPECT_NE(failed.find("plain.cpp:18: "), std::string::npos) << failed;
     EXPECT_NE(failed.find("größer"), std::string::npos) << failed;
-    EXPECT_NE(failed.find("plain.cpp, Zeile 19: "), std::string::npos) << failed;
+    EXPECT_NE(failed.find("plain.cpp:19: "), std::string::npos) << failed;
     const std::string skipped = FindCase("Skips");
-    EXPECT_NE(skipped.find("Übersprungen: no coprocessor"), std::string::npos) << skipped;
+    EXPECT_NE(skipped.find(">Übersprungen: no coprocessor<"), std::string::npos) << skipped;
+    EXPECT_NE(skipped.find("plain.cpp:24<"), std::string::npos) << skipped;
     const std::string thrown = FindCase("Throws");
     EXPECT_NE(thrown.find("broken"), std::string::npos) << thrown;
 }
@@ -177,7 +178,8 @@ TEST_P(HostGoogleTest, HasTheReasonOfASuiteThatSkips)
     const SHostRun run = Run({L"SkippedSuite"}, GetParam());
 
     ExpectLines(run, {"Passes... OK"});
-    ExpectMessage("Passes", "Übersprungen: no licence");
+    // Not at the beginning of the line, because the test was run.
+    ExpectMessage("Passes", "failures.cpp:43: Übersprungen: no licence");
 }
 
 TEST_P(HostGoogleTest, FailsACaseIfAnEnvironmentFails)
@@ -242,7 +244,7 @@ TEST_P(HostGoogleTest, IgnoresOptionsInTheEnvironment)
     ExpectLines(run, {"Adds... OK", std::string("Fails") + c_Failed, "Skips... OK", std::string("Throws") + c_Thrown});
     EXPECT_NE(run.output.find("4 Tests"), std::string::npos) << run.output;
     EXPECT_EQ(run.exitStatus, 1);
-    ExpectMessage("Fails", "plain.cpp, Zeile 19: ");
+    ExpectMessage("Fails", "plain.cpp:19: ");
     EXPECT_FALSE(LbFileSystem::IsFile(file));
 }
 
@@ -276,6 +278,25 @@ TEST_P(HostGoogleTest, RunsDeathTestsOnLinuxInOneStyle)
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, HostGoogleTest, testing::ValuesIn(c_Modes));
+
+/// Reports keep only three lines of a case unless an option says otherwise.
+TEST(HostGoogleTestReports, ShowBothValuesInThreeLines)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"data/Arithmetic");
+    const std::wstring path = folder.GetPathOf(L"run.xml");
+
+    RunHost({L"-d", folder.GetPathOf(L"data"), L"--dll", L"googletesttests", L"-i", L":Fails$", L"--xml", path});
+
+    const std::string report = LbEncoding::Latin1ToUtf8(LbFileSystem::ReadFile8Bit(path));
+    std::size_t position = 0;
+    for (const char* const line :
+         {"plain.cpp:18: Expected equality of these values:<", ">  1 + 1 (Which is: 2)<", ">  3<", ">...<"})
+    {
+        position = report.find(line, position);
+        EXPECT_NE(position, std::string::npos) << line << "\n" << report;
+    }
+}
 
 /// Only a child process may crash.
 TEST(HostGoogleTestChildren, SurviveACrash)
@@ -333,35 +354,6 @@ TEST(HostGoogleTestModules, OfEqualNamesRunTogetherIfOneHasAPrefix)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST(RunnerFolders, MakesThoseThatClassesWithoutFilesNeed)
-{
-    const ScopedFolder folder;
-    folder.MakeFolder(L"unten/Buffer");
-    const std::vector<std::wstring> library = {
-        L"--", L"-d", folder.GetPath(), L"--dll", L"googletesttests", L"--dll", L"datasetmodels"};
-    std::vector<std::wstring> arguments = {L"folders"};
-    arguments.insert(arguments.end(), library.begin(), library.end());
-
-    const SHostRun run = RunRunner(arguments);
-
-    EXPECT_EQ(run.exitStatus, 0) << run.errors;
-    EXPECT_TRUE(LbFileSystem::IsDirectory(folder.GetPathOf(L"Small.Numbers")));
-    EXPECT_TRUE(LbFileSystem::IsDirectory(folder.GetPathOf(L"Arithmetic")));
-    EXPECT_FALSE(LbFileSystem::IsDirectory(folder.GetPathOf(L"Buffer")));
-    EXPECT_FALSE(LbFileSystem::IsDirectory(folder.GetPathOf(L"CDataSetModel")));
-    EXPECT_EQ(RunRunner(arguments).output, "");
-}
-
-TEST(RunnerFolders, RefusesAMissingModule)
-{
-    const ScopedFolder folder;
-
-    const SHostRun run = RunRunner({L"folders", L"--", L"-d", folder.GetPath(), L"--dll", L"gibtesnicht"});
-
-    EXPECT_EQ(FromPlatformLines(run.errors), "Fehler: " + DescribeMissingModule(L"gibtesnicht") + "\n");
-    EXPECT_EQ(run.exitStatus, 2);
-}
-
 class HostCatch2 : public HostForeignTests
 {
 protected:
@@ -402,12 +394,12 @@ TEST_P(HostCatch2, ReportsFailuresWithPlaceAndSection)
     Run({L"vectors"}, options);
 
     const std::string failed = FindCase("vectors grow");
-    EXPECT_NE(failed.find("vectors.cpp, Zeile 22: "), std::string::npos) << failed;
+    EXPECT_NE(failed.find("vectors.cpp:22: "), std::string::npos) << failed;
     EXPECT_NE(failed.find("5 == 6"), std::string::npos) << failed;
     EXPECT_NE(failed.find("after resize"), std::string::npos) << failed;
     EXPECT_NE(failed.find("SECTION by two"), std::string::npos) << failed;
     EXPECT_EQ(failed.find("SECTION by one"), std::string::npos) << failed;
-    EXPECT_NE(FindCase("skips").find("Übersprungen: no coprocessor"), std::string::npos);
+    EXPECT_NE(FindCase("skips").find(">Übersprungen: no coprocessor<"), std::string::npos);
 }
 
 TEST_P(HostCatch2, ReportsGeneratedValuesAndKnownExceptions)
@@ -460,6 +452,17 @@ TEST_P(HostCatch2Children, SurviveACrash)
 const std::vector<std::vector<std::wstring>> c_ChildModes = {{L"-s"}, {L"-x", L"-w", L"4"}};
 
 INSTANTIATE_TEST_SUITE_P(Modes, HostCatch2Children, testing::ValuesIn(c_ChildModes));
+
+TEST_F(HostCatch2Registration, CountsSkippedTestCases)
+{
+    m_folder.MakeFolder(L"data/vectors");
+
+    const SHostRun run =
+        RunRunner({L"case", L"vectors:skips", L"--", L"-d", m_folder.GetPathOf(L"data"), L"--dll", m_module});
+
+    EXPECT_EQ(run.exitStatus, 77) << run.errors;
+    EXPECT_NE(run.output.find("INFO:  Übersprungen: no coprocessor"), std::string::npos) << run.output;
+}
 
 INSTANTIATE_TEST_SUITE_P(Modes, HostCatch2, testing::ValuesIn(c_Modes));
 

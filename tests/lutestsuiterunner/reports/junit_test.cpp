@@ -239,6 +239,42 @@ TEST(RunnerJunit, TellsThatNoCaseRanBeforeAFailureOfASharedProcess)
     EXPECT_NE(text.find(L"\nIm selben Prozess endete davor kein anderer Testfall\n"), std::wstring::npos) << text;
 }
 
+TEST(RunnerJunit, SkipsPassedCasesThatSayThatTheyWereSkipped)
+{
+    CRunStateMaker run;
+    const auto pass = [&run](std::uint32_t caseIndex, const std::wstring& messages) {
+        Runner::SCaseEnded ended = MakeEnd(caseIndex, ECaseRunResult::Ok);
+        ended.info.messages = messages;
+        run.RunCase(ended);
+    };
+    pass(0, L"\t\tINFO:  zuvor\n\t\tINFO:  Übersprungen: keine <Lizenz>\n\t\tINFO:  Stelle: a.cpp:7\n");
+    pass(1, L"\t\tINFO:  a.cpp:7: Übersprungen: nur ein Teil\n");
+    pass(3, L"\t\tINFO:  Übersprungen:\n");
+    run.RunRest();
+    const CReport report(run.Get());
+    const XMLNode skipped = report.FindCase(L"a/CFirst", L"eins.txt");
+
+    EXPECT_EQ(skipped.GetChild("skipped").GetAttribute("message"), L"keine <Lizenz>");
+    EXPECT_EQ(skipped.GetChild("system-out").GetText(),
+              L"\t\tINFO:  zuvor\n\t\tINFO:  Übersprungen: keine <Lizenz>\n\t\tINFO:  Stelle: a.cpp:7\n");
+    EXPECT_TRUE(report.FindCase(L"a/CFirst", L"zwei.txt").GetFirstChild().IsEmpty());
+    EXPECT_EQ(report.FindCase(L"CSecond", L"x.dat").GetChild("skipped").GetAttribute("message"), L"Übersprungen");
+    EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 1");
+}
+
+TEST(RunnerJunit, FailsCasesThatSayThatTheyWereSkipped)
+{
+    CRunStateMaker run;
+    Runner::SCaseEnded failed = MakeEnd(0, ECaseRunResult::Error);
+    failed.info.messages = L"INFO:  Übersprungen: keine Lizenz\nERROR: doch nicht\n";
+    run.RunCase(failed);
+    run.RunRest();
+    const CReport report(run.Get());
+
+    EXPECT_EQ(report.FindCase(L"a/CFirst", L"eins.txt").GetChild("failure").GetAttribute("message"), L"doch nicht");
+    EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 1 0 0");
+}
+
 TEST(RunnerJunit, SkipsFailuresInQuarantine)
 {
     Runner::SPlan plan = MakeSamplePlan();

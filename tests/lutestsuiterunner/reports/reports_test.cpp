@@ -52,6 +52,25 @@ TEST(RunnerSummary, CountsAndNamesTheCasesThatDidNotSimplyPass)
     EXPECT_EQ(summary["slowest"].size(), 4U);
 }
 
+TEST(RunnerSummary, CountsPassedCasesThatWereSkipped)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    plan.cases[1].isQuarantined = true;
+    CRunStateMaker run(plan);
+    for (const std::uint32_t index : {0U, 1U})
+    {
+        Runner::SCaseEnded ended = MakeEnd(index, ECaseRunResult::Ok);
+        ended.info.messages = L"INFO:  Übersprungen: keine Lizenz\n";
+        run.RunCase(ended);
+    }
+    run.RunRest();
+    const json summary = json::parse(Runner::MakeSummary(run.Get()));
+
+    EXPECT_EQ(summary["counts"]["skipped"], 1);
+    EXPECT_EQ(summary["counts"]["passed"], 5);
+    EXPECT_EQ(summary["cases"].size(), 0U);
+}
+
 TEST(RunnerSummary, ShowsHowTheRunEnded)
 {
     CRunStateMaker run;
