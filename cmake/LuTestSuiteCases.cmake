@@ -8,7 +8,7 @@
 function(lutestsuite_add_case name class folder time_limit state)
     set(test "${LUTESTSUITE_TEST_PREFIX}${name}")
     set(options "${LUTESTSUITE_OPTIONS}")
-    set(properties SKIP_RETURN_CODE 77) # The exit status of "case" if the case is disabled.
+    set(properties SKIP_RETURN_CODE 77) # The exit status of "case" if the case is disabled or was skipped.
     if(time_limit GREATER 0 OR NOT LUTESTSUITE_IN_PROCESS)
         # The host sees every end of a child process, and can end it at a limit.
         list(APPEND options -x)
@@ -46,6 +46,11 @@ function(lutestsuite_list_cases module script time_limit)
         RESULT_VARIABLE status OUTPUT_FILE "${log}" ERROR_FILE "${log}" TIMEOUT ${time_limit})
     if(status EQUAL 0)
         include("${script}")
+        # To standard error. IDEs read standard output.
+        file(STRINGS "${log}" warnings REGEX "^Warnung: " ENCODING UTF-8)
+        foreach(warning IN LISTS warnings)
+            message("${warning}")
+        endforeach()
     else()
         file(READ "${log}" output)
         lutestsuite_add_failure("${module}" "${script}" "${output}LuTestSuiteRunner: ${status}")

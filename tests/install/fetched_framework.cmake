@@ -61,3 +61,9 @@ run("${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}" --target "${targe
 run("${CMAKE_CTEST_COMMAND}" --test-dir "${build}" -C "${CONFIG}" -R "Reads$")
 list(LENGTH passed count)
 expect_lines("${output}" ${passed} "100% tests passed, 0 tests failed out of ${count}")
+
+# CTest says why a suite is missing.
+list(GET suites 0 suite)
+file(REMOVE_RECURSE "${project}/data/${suite}")
+run("${CMAKE_CTEST_COMMAND}" --test-dir "${build}" -C "${CONFIG}" -N)
+expect_lines("${output}" "Warnung: Im Datenverzeichnis fehlt ein Ordner für ${suite}: ")

@@ -11,6 +11,7 @@
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/ctestscript.h"
+#include "testing/lutestsuiterunner/commands/newrun.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
@@ -165,7 +166,9 @@ void writeCTestScript(const std::wstring& path, const LuTestSuiteSetup& setup)
 {
     RequireModules(setup);
     RefuseRepetitions(setup); // because each test for CTest would refuse them
-    const std::string script = MakeCTestScript(MakePlan({}, setup, SelectCases(setup)));
+    SSelection selection = SelectCases(setup);
+    WarnOfSuitesWithoutFolder({}, selection.withoutFolder);
+    const std::string script = MakeCTestScript(MakePlan({}, setup, std::move(selection)));
     WriteWholeFile(path, [&script](LuStreamWriteBinaryFile& file) { file.Write(script.data(), script.size()); });
 }
 
@@ -183,6 +186,7 @@ int Execute(const SListOptions& options)
         return LuTestSuiteHost::c_Succeeded;
     }
     const SSelection selection = SelectCases(setup); // the list points into it
+    WarnOfSuitesWithoutFolder({}, selection.withoutFolder);
     const std::vector<SListed> list = merge(selection);
     LbOs::WriteStandardOutput(options.json ? toJson(list) : toLines(list));
     return LuTestSuiteHost::c_Succeeded;

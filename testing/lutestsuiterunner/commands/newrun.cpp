@@ -2,6 +2,7 @@
 
 #include "base/lbformat.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/innerfolders.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
 
@@ -44,6 +45,14 @@ void WarnOfLateFailures(const SRunOptions& options)
         CTerminal::Get().WriteError(
             L"Warnung: '--fail-fast' zählt einen Testfall erst nach seiner letzten Wiederholung; die Wiederholungen "
             L"beginnen, wenn alle Testfälle einmal gelaufen sind\n");
+    }
+}
+
+void WarnOfSuitesWithoutFolder(const SRunOptions& options, const std::vector<std::wstring>& suites)
+{
+    if (const std::wstring line = DescribeWithoutFolder(suites); !line.empty() && !options.requireAllModules)
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s\n", line));
     }
 }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+#include <vector>
 
 #include "testing/lutestsuiterunner/execution/previous.h"
 #include "testing/lutestsuiterunner/model/plan.h"
@@ -19,6 +21,9 @@ std::size_t ApplyOnlyFailed(const SRunOptions& options, const CPrevious& previou
 
 /// Warns if --fail-fast may end the run only after all cases have run once.
 void WarnOfLateFailures(const SRunOptions& options);
+
+/// Warns of suites that do not run because they have no folder, unless they are a problem of the run.
+void WarnOfSuitesWithoutFolder(const SRunOptions& options, const std::vector<std::wstring>& suites);
 
 /// Warns of classes whose folders contain only folders, which are not searched.
 void WarnOfInnerFolders(const SPlan& plan);

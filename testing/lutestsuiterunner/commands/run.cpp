@@ -68,11 +68,14 @@ int Execute(const SRunOptions& given)
     WarnOfMissingModules(options, setup);
     WarnOfLateFailures(options);
     chooseSeed(options);
-    SPlan plan = MakePlan(options, setup, SelectCases(setup));
+    SSelection selection = SelectCases(setup);
+    const std::vector<std::wstring> withoutFolder = std::move(selection.withoutFolder);
+    WarnOfSuitesWithoutFolder(options, withoutFolder);
+    SPlan plan = MakePlan(options, setup, std::move(selection));
     WarnOfInnerFolders(plan);
     WarnOfUselessDumps(options, plan);
     const std::size_t caseCount = ApplyOnlyFailed(options, previous, plan);
-    const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount);
+    const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount, withoutFolder);
     const PreviousCases previousCases = FindPrevious(plan, previous);
     SelectShard(plan, previousCases);
     Quarantine quarantine;

@@ -65,10 +65,13 @@ std::pair<SPlan, std::vector<std::wstring>> makePlan(const SSubmitOptions& optio
     LuTestSuiteEnvironment environment;
     LoadModules(setup, environment);
     WarnOfMissingModules(options.run, setup);
-    SPlan plan = MakePlan(options.run, setup, SelectCases(setup));
+    SSelection selection = SelectCases(setup);
+    const std::vector<std::wstring> withoutFolder = std::move(selection.withoutFolder);
+    WarnOfSuitesWithoutFolder(options.run, withoutFolder);
+    SPlan plan = MakePlan(options.run, setup, std::move(selection));
     WarnOfInnerFolders(plan);
     const std::size_t caseCount = ApplyOnlyFailed(options.run, previous, plan);
-    std::vector<std::wstring> problems = FindProblems(options.run, setup, caseCount);
+    std::vector<std::wstring> problems = FindProblems(options.run, setup, caseCount, withoutFolder);
     SetExpectedTimes(plan, FindPrevious(plan, previous));
     if (!options.run.quarantine.empty())
     {

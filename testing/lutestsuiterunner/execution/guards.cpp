@@ -87,6 +87,30 @@ void RequireModules(const LuTestSuiteSetup& setup)
     }
 }
 
+std::wstring DescribeWithoutFolder(const std::vector<std::wstring>& suites)
+{
+    constexpr std::size_t c_MostNamed = 3;
+    if (suites.empty())
+    {
+        return {};
+    }
+    if (suites.size() == 1)
+    {
+        return LbFormat(L"Im Datenverzeichnis fehlt ein Ordner für %s: 'LuTestSuiteRunner folders' legt ihn an",
+                        suites.front());
+    }
+    std::wstring names = suites.front();
+    for (std::size_t index = 1; index < std::min(c_MostNamed, suites.size()); ++index)
+    {
+        names += L", " + suites[index];
+    }
+    if (suites.size() > c_MostNamed)
+    {
+        names += LbFormat(L" und %u weitere", suites.size() - c_MostNamed);
+    }
+    return LbFormat(L"Im Datenverzeichnis fehlen Ordner für %s: 'LuTestSuiteRunner folders' legt sie an", names);
+}
+
 void RefuseRepetitions(const LuTestSuiteSetup& setup)
 {
     if (setup.params.repetitions != 1)
@@ -95,7 +119,8 @@ void RefuseRepetitions(const LuTestSuiteSetup& setup)
     }
 }
 
-std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup, std::size_t caseCount)
+std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup, std::size_t caseCount,
+                                       const std::vector<std::wstring>& suitesWithoutFolder)
 {
     std::vector<std::wstring> problems;
     if (caseCount < options.minCases)
@@ -107,6 +132,10 @@ std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestS
     {
         std::ranges::move(FindModuleProblems(setup), std::back_inserter(problems));
         addModuleProblems(LuTestSuiteEnvironment::GetTestDLLs(), /*mustExist*/ false, problems);
+        if (std::wstring problem = DescribeWithoutFolder(suitesWithoutFolder); !problem.empty())
+        {
+            problems.push_back(std::move(problem));
+        }
     }
     return problems;
 }

@@ -20,12 +20,16 @@ std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup);
 /// Throws the first problem of FindModuleProblems. Otherwise the command's result would only lack some cases.
 void RequireModules(const LuTestSuiteSetup& setup);
 
+/// A German line about suites without a folder, which names up to three of them; empty if there are none.
+std::wstring DescribeWithoutFolder(const std::vector<std::wstring>& suites);
+
 /// Throws if the setup repeats cases. For commands that run each case once.
 void RefuseRepetitions(const LuTestSuiteSetup& setup);
 
 /// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, those of
-/// FindModuleProblems and modules of the fixed list that exist but could not be loaded. German, one line each.
-std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
-                                       std::size_t caseCount);
+/// FindModuleProblems, modules of the fixed list that exist but could not be loaded, and suites without a folder.
+/// German, one line each.
+std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup, std::size_t caseCount,
+                                       const std::vector<std::wstring>& suitesWithoutFolder = {});
 
 } // namespace Runner

@@ -1,8 +1,11 @@
 #include "testing/lutestsuiterunner/execution/selection.h"
 
 #include <functional>
+#include <unordered_set>
 
 #include "base/lbformat.h"
+#include "base/lbrtti.h"
+#include "base/luunittest.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
@@ -61,6 +64,27 @@ void refuseReports(const LuTestSuiteSetup& setup)
     }
 }
 
+/// The name of the record from which testing/lutestsuite/foreigntests.h derives the classes of suites.
+constexpr const wchar_t* c_SuiteRecord = L"LuForeignTests::CUnitTest";
+
+std::vector<std::wstring> findSuitesWithoutFolder(const UnitTests& unitTests)
+{
+    std::unordered_set<std::wstring> known;
+    for (const LuTestSuite::SUnitTest& unitTest : unitTests)
+    {
+        known.insert(unitTest.className);
+    }
+    std::vector<std::wstring> missing;
+    for (const LbRTTI* const type : LbRTTI::GetDerived(LuUnitTest::RTTI))
+    {
+        if (type->GetBase()->GetName() == c_SuiteRecord && !known.contains(type->GetName()))
+        {
+            missing.push_back(type->GetName());
+        }
+    }
+    return missing;
+}
+
 bool isDisabled(const LuTestSuite::STestCase& testCase)
 {
     const auto parameter = testCase.parameters.find(L"Enable");
@@ -115,7 +139,8 @@ void LoadModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environm
 SSelection SelectCases(const LuTestSuiteSetup& setup)
 {
     UnitTests all = LuTestSuiteUtils::ScanDirectoryForUnitTests(LbOs::GetFullPath(setup.dataDir), false);
-    SSelection selection = {all, std::move(all)};
+    std::vector<std::wstring> withoutFolder = findSuitesWithoutFolder(all);
+    SSelection selection = {all, std::move(all), std::move(withoutFolder)};
     removeCases(selection.enabled, isDisabled);
     removeCases(selection.disabled, std::not_fn(isDisabled));
     const std::wstring config = LbOs::GetFullPath(setup.includeConfig);

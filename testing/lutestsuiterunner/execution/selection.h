@@ -17,6 +17,10 @@ struct SSelection
 {
     std::vector<LuTestSuite::SUnitTest> enabled;
     std::vector<LuTestSuite::SUnitTest> disabled; ///< the selected cases that their descriptions disable
+
+    /// Suites of other frameworks' tests that have no folder in the data directory, by name. They need no files, so the
+    /// folder has been forgotten. Other classes may have their data elsewhere.
+    std::vector<std::wstring> withoutFolder;
 };
 
 /// Reads the options behind "--". Throws a German message as std::wstring if they select no data directory, or a mode
