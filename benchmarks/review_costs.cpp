@@ -103,7 +103,7 @@ void measureFiles(int count, ECauses causes)
         }
     });
     const double decisions = measure([&] {
-        Runner::CReviewDecisions all(directory);
+        Runner::CReviewDecisions all(directory, {});
         for (const Runner::SChange& change : changes)
         {
             all.Carry(Runner::EDecision::Accept, change);

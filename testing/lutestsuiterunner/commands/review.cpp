@@ -33,6 +33,13 @@ void print(const std::wstring& text)
     CTerminal::Get().WriteOutput(text);
 }
 
+/// Build servers set CI in each job.
+bool isBuildServer()
+{
+    const std::wstring value = LbOs::GetEnvironmentText(L"CI");
+    return !value.empty() && value != L"false";
+}
+
 /// The review of one folder.
 class CReview
 {
@@ -50,7 +57,7 @@ public:
             m_style.areLinesCut = true;
             m_style.width = width - 1;
         }
-        m_mayAsk = isTerminal && LbOs::IsInputTerminal();
+        m_mayAsk = isTerminal && LbOs::IsInputTerminal() && !m_isBuildServer;
     }
 
     int Run()
@@ -66,9 +73,9 @@ public:
             throw std::wstring(L"'--diff' und '--side-by-side' nennen verschiedene Dateien");
         }
         const bool decides = !m_options.accept.empty() || !m_options.reject.empty();
-        if (m_options.ci && decides)
+        if (decides && (m_options.ci || m_isBuildServer))
         {
-            throw std::wstring(L"Mit '--ci' wird nichts übernommen oder verworfen");
+            throw std::wstring(L"Mit '--ci' oder der Umgebungsvariablen CI wird nichts übernommen oder verworfen");
         }
         m_changes = GroupChanges(finishEarlier().references);
         if (decides)
@@ -185,7 +192,7 @@ private:
         {
             RequireAcceptable(change, m_options.acceptEmpty);
         }
-        CReviewDecisions decisions(m_directory);
+        CReviewDecisions decisions(m_directory, findUndecided(choice));
         for (const SChange& change : choice.accepted)
         {
             decisions.Carry(EDecision::Accept, change);
@@ -197,9 +204,26 @@ private:
         return LuTestSuiteHost::c_Succeeded;
     }
 
+    /// The changes that the options do not name. A file that they name by its path is in no other chosen change.
+    std::vector<SChange> findUndecided(const SReviewChoice& choice) const
+    {
+        std::vector<SChange> undecided = m_changes;
+        for (const std::vector<SChange>* const named : {&choice.accepted, &choice.rejected})
+        {
+            for (const SChange& change : *named)
+            {
+                // A file that is named by its path has no parts, and the checksum of one of its changes.
+                std::erase_if(undecided, [&change](const SChange& other) {
+                    return !change.parts.empty() && other.checksum == change.checksum;
+                });
+            }
+        }
+        return undecided;
+    }
+
     int ask() const
     {
-        CReviewDecisions decisions(m_directory);
+        CReviewDecisions decisions(m_directory, m_changes);
         CReviewDialog(m_directory, m_style, m_options.acceptEmpty, std::cin).Ask(m_changes, decisions);
         return LuTestSuiteHost::c_Succeeded;
     }
@@ -209,6 +233,7 @@ private:
     bool m_shows;        ///< differences
     std::wstring m_file; ///< the reference whose changes are shown; empty: those of all
     SDiffStyle m_style;
+    bool m_isBuildServer = isBuildServer();
     bool m_mayAsk = false;
     std::vector<SChange> m_changes;
 };

@@ -1,9 +1,14 @@
 #include "testing/lutestsuiterunner/commands/reviewdecisions.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <set>
+#include <string_view>
 
 #include "base/lbformat.h"
 #include "base/lbreceivedfile.h"
+#include "testing/lutestsuiterunner/console/changetext.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 
 namespace Runner
@@ -56,6 +61,43 @@ void CReviewDecisions::Carry(EDecision decision, const SChange& change)
     const std::size_t count = outcome.done.size() + (change.files.size() - open.files.size());
     CTerminal::Get().WriteOutput(decision == EDecision::Accept ? LbFormat(L"Übernommen: %s (%u)\n", change.id, count)
                                                                : LbFormat(L"Verworfen: %s (%u)\n", change.id, count));
+    if (change.parts.empty())
+    {
+        // Whole files: no part of them is left to decide.
+        return;
+    }
+    std::erase_if(m_undecided, [&change](const SChange& other) { return other.checksum == change.checksum; });
+    if (decision == EDecision::Reject)
+    {
+        warnOfDropped(outcome.done);
+    }
+}
+
+void CReviewDecisions::warnOfDropped(const std::vector<SDecidedFile>& rejected) const
+{
+    std::set<std::wstring_view> removed;
+    std::ranges::transform(rejected, std::inserter(removed, removed.end()), &SDecidedFile::reference);
+    std::set<std::wstring_view> dropped;
+    std::size_t changes = 0;
+    for (const SChange& change : m_undecided)
+    {
+        const std::size_t before = changes;
+        for (const SReceivedFile& file : change.files)
+        {
+            if (removed.contains(file.reference))
+            {
+                dropped.insert(file.reference);
+                changes = before + 1;
+            }
+        }
+    }
+    if (changes > 0)
+    {
+        CTerminal::Get().WriteError(
+            LbFormat(L"Warnung: ohne Entscheidung mit verworfen: %s in %s; ein neuer Lauf zeigt sie wieder\n",
+                     changes == 1 ? std::wstring(L"1 andere Änderung") : LbFormat(L"%u andere Änderungen", changes),
+                     FormatFileCount(dropped.size())));
+    }
 }
 
 } // namespace Runner

@@ -346,19 +346,38 @@ TEST_F(RunnerReview, AsksOnATerminal)
     EXPECT_NE(sideBySide.output.find("Änderungen: 1, Dateien: 1"), std::string::npos) << sideBySide.output;
 }
 
-TEST_F(RunnerReview, DecidesNothingOnABuildServer)
+TEST_F(RunnerReview, CountsUndecidedChangesOfRejectedFiles)
 {
-    Write(L"a", "alt");
-    Receive(L"a", "neu");
+    const auto receiveAll = [this] {
+        for (const wchar_t* const name : {L"a", L"b", L"c"})
+        {
+            Write(name, "eins\nzwei\ndrei\nx\n");
+        }
+        Receive(L"a", "EINS\nZWEI\ndrei\nx\n");
+        Receive(L"b", "EINS\nzwei\nDREI\nx\n");
+        Receive(L"c", "eins\nZWEI\nDREI\nx\n");
+        return FromPlatformLines(Review().output);
+    };
+    const std::string listed = receiveAll();
+    ExpectLine(listed, "Änderungen: 3, Dateien: 3\n");
+    // The lines of each change begin with its name.
+    const auto findName = [&listed](const char* line) {
+        const std::size_t shown = listed.find(line);
+        const std::size_t title = listed.rfind(" Dateien", shown);
+        return LbEncoding::FromUtf8(listed.substr(listed.rfind('\n', title) + 1, 6));
+    };
+    const std::wstring one = findName("-eins");
+    const std::wstring two = findName("-zwei");
+    const std::wstring three = findName("-drei");
 
-    const SHostRun refused = Review({L"--ci", L"--accept", L"all"});
-
-    EXPECT_EQ(refused.exitStatus, 2);
-    ExpectLine(refused.errors, "Mit '--ci' wird nichts übernommen");
-    EXPECT_EQ(Review({L"--ci"}).exitStatus, 1);
-    EXPECT_EQ(Read(L"a"), "alt");
-    Review({L"--reject", L"all"});
-    EXPECT_EQ(Review({L"--ci"}).exitStatus, 0);
+    ExpectLine(Review({L"--reject", one}).errors,
+               "Warnung: ohne Entscheidung mit verworfen: 2 andere Änderungen in 2 Dateien; ein neuer Lauf");
+    receiveAll();
+    ExpectLine(Review({L"--reject", one, L"--accept", two}).errors, "1 andere Änderung in 1 Datei; ein neuer Lauf");
+    receiveAll();
+    EXPECT_EQ(Review({L"--reject", one, L"--accept", two, L"--reject", three}).errors, "");
+    receiveAll();
+    EXPECT_EQ(Review({L"--reject", m_folder.GetPathOf(L"data/a")}).errors, "") << "the whole file is named";
 }
 
 TEST_F(RunnerReview, FinishesAnInterruptedDecisionExceptOnABuildServer)

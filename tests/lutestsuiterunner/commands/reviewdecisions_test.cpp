@@ -185,7 +185,7 @@ protected:
     /// Accepts all changes except `leftOut` in one call.
     void Accept(const std::vector<SChange>& changes, const SChange* leftOut) const
     {
-        Runner::CReviewDecisions decisions(m_folder.GetPath());
+        Runner::CReviewDecisions decisions(m_folder.GetPath(), {});
         std::wstring refusal;
         testing::internal::CaptureStdout();
         try

@@ -46,7 +46,7 @@ protected:
     {
         std::istringstream input(answers);
         const std::wstring& directory = m_folder.GetPath();
-        Runner::CReviewDecisions decisions(directory);
+        Runner::CReviewDecisions decisions(directory, changes);
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         Runner::CReviewDialog(directory, {}, mayBecomeBlank, input).Ask(changes, decisions);
@@ -163,11 +163,25 @@ TEST_F(ReviewDialog, DropsFilesThatAnEarlierAnswerHasRejected)
     Receive(L"b", "eins\nzwei\nx\n", "EINS\nZWEI\nx\n", 3);
     Receive(L"c", "zwei\nx\n", "ZWEI\nx\n", 3);
 
-    Answer("v\nj\n");
+    const std::string output = Answer("v\nj\n");
 
     EXPECT_FALSE(IsOpen(L"a") || IsOpen(L"b") || IsOpen(L"c"));
     EXPECT_EQ(Read(L"a") + Read(L"c"), "eins\nx\nZWEI\nx\n");
     EXPECT_EQ(Read(L"b"), "eins\nzwei\nx\n");
+    EXPECT_TRUE(contains(output, "Warnung: ohne Entscheidung mit verworfen: 1 andere Änderung in 1 Datei;")) << output;
+}
+
+TEST_F(ReviewDialog, DoesNotWarnOfRejectedFilesWhoseOtherChangesAreDecided)
+{
+    Receive(L"a", "eins\nx\n", "EINS\nx\n", 3);
+    Receive(L"b", "eins\nzwei\nx\n", "EINS\nZWEI\nx\n", 3);
+    Receive(L"c", "zwei\nx\n", "ZWEI\nx\n", 3);
+
+    const std::string output = Answer("j\nv\n");
+
+    EXPECT_EQ(Read(L"b"), "EINS\nzwei\nx\n");
+    EXPECT_FALSE(IsOpen(L"b"));
+    EXPECT_FALSE(contains(output, "Warnung: ")) << output;
 }
 
 TEST_F(ReviewDialog, AcceptsBothCausesOfAFile)
