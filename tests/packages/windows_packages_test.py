@@ -35,6 +35,15 @@ class WindowsPackage(unittest.TestCase):
         self.assertEqual(named, files - {"LbBase.dll", "LuTestSuite.dll"})
         self.assertIn("libstdc++-6.dll", named)
 
+    def test_it_has_the_licenses_of_the_software_in_its_binaries(self):
+        packages = ("gcc-mingw-w64-base", "mingw-w64-common", "libpugixml-dev", "libcli11-dev", "nlohmann-json3-dev",
+                    "libxxhash-dev")
+        files = {path.name: path.read_text("utf-8") for path in (self.tree / "licenses").iterdir()}
+        self.assertEqual(set(files), {f"{package}.txt" for package in packages})
+        for name, text in files.items():
+            self.assertRegex(text, r"(?i)copyright", name)
+            self.assertRegex(text, r"(?i)licen[cs]e", name)
+
     def test_it_has_what_builds_modules(self):
         for name in ("include/base/luunittest.h", "lib/cmake/LuTestSuite/LuTestSuiteConfig.cmake",
                      "lib/libLbBase.dll.a"):
