@@ -1,11 +1,12 @@
 """A new team follows the documents, from an empty folder to a pipeline. Arguments: BUILD_TREE CONFIG CMAKE.
 
-It has 300 XML files and a GoogleTest program of 40 tests. Sources, commands and recipes are those of the documents,
-with the names of the team's own files.
+It has 300 XML files and a GoogleTest program of 40 tests. Sources, commands and a pipeline are those of
+docs/from-an-empty-folder.md; then it uses the recipes of docs/runner.md with its own modules.
 """
 
 import json
 import pathlib
+import shutil
 import sys
 import tempfile
 import unittest
@@ -31,15 +32,18 @@ class Adoption(unittest.TestCase):
         work = pathlib.Path(temporary.name)
         cls.folder = Folder(work / "project", Tree(*sys.argv[1:4], work / "prefix"))
         cls.write_program()
-        cls.write_project()
+        page = text_of("docs/from-an-empty-folder.md")
+        for source in parts.snippets_of(page, "cpp"):
+            cls.folder.write(source.splitlines()[0].removeprefix("// "), source)
+        (project,) = parts.snippets_of(page, "cmake")
+        cls.folder.write("CMakeLists.txt", project)
         cls.folder.run("git init -q . && git add CMakeLists.txt"
                        " && git -c user.name=Erika -c user.email=erika@example.org commit -q -m Begin", 0)
-        # As in the image of the recipes: one of them may find the package only through this variable.
+        cls.outputs = {command: cls.folder.run(command, 0) for command in parts.commands_of(page)}
+        # As in the image of the recipes.
         cls.folder.variables["CMAKE_PREFIX_PATH"] = str(cls.folder.tree.prefix)
-        cls.recipes = [recipe.replace("MyTests", "OrderTests --dll ParserTests")
-                       for recipe in parts.recipes_of(text_of("docs/runner.md")) if "CI_NODE" not in recipe]
-        for command in parts.commands_of(text_of("docs/migration.md"))[:5]:
-            cls.folder.run(command, 0)
+        cls.folder.write("quarantine.txt", "# nothing yet\n")
+        cls.folder.variables["GITHUB_STEP_SUMMARY"] = str(cls.folder.path / "summary.md")
 
     @classmethod
     def write_program(cls):
@@ -52,32 +56,33 @@ class Adoption(unittest.TestCase):
                             for suite in suites for number in range(TESTS_PER_SUITE))
             cls.folder.write(f"{name}.cpp", "#include <gtest/gtest.h>\n" + tests)
 
-    @classmethod
-    def write_project(cls):
-        """Writes what the documents tell the team to write."""
-        guide, migration = text_of("docs/user-guide.md"), text_of("docs/migration.md")
-        source = parts.snippets_of(guide, "cpp")[0].replace("CFirstTest", "COrderTest").replace("*.txt", "*.xml")
-        cls.folder.write("order_tests.cpp", source)
-        cls.folder.write("adapter.cpp", parts.snippets_of(migration, "cpp")[0])
-        cls.folder.write("CMakeLists.txt", parts.snippets_of(migration, "cmake")[0]
-                         + "lutestsuite_add_module(OrderTests order_tests.cpp)\n"
-                         + "lutestsuite_discover_tests(OrderTests DATA_DIRECTORY data)\n")
+    def output_of(self, end):
+        (output,) = [output for command, output in self.outputs.items() if command.endswith(end)]
+        return output
 
     def test_has_each_case_in_ctest(self):
         shown = json.loads(self.folder.run("ctest --test-dir build --show-only=json-v1", 0))
-        names = [test["name"] for test in shown["tests"]]
-        # One sub-test of the class has no file.
-        self.assertEqual(len(names), CASES + 1)
-        self.assertEqual(len(set(names)), CASES + 1)
-        output = self.folder.run("ctest --test-dir build -j 2 -R 'Lexer|order-00'", 0)
-        self.assertIn(f"out of {TESTS_PER_SUITE + 10}", output)
+        names = {test["name"] for test in shown["tests"]}
+        self.assertEqual(len(names), CASES)
+        self.assertLessEqual({"COrderTest:order-299.xml", "Types:Test9"}, names)
+        for end, count in (("ctest --test-dir build -j 4", CASES), ("-R COrderTest", FILES)):
+            self.assertIn(f"100% tests passed, 0 tests failed out of {count}", self.output_of(end))
 
     def test_has_a_report(self):
-        output = self.folder.run("build/bin/LuTestSuiteCLI -d data --dll OrderTests --dll ParserTests -x -w 4"
-                                 " --html run.html", 0)
-        self.assertIn(f"{CASES + 1} Tests", output)
+        self.assertIn(f"{CASES} Tests", self.output_of("--html run.html"))
         page = (self.folder.path / "run.html").read_text(encoding="utf-8")
         self.assertIn("order-299.xml", page)
+
+    def test_is_told_if_a_case_fails(self):
+        file = self.folder.path / "data/COrderTest/order-007.xml"
+        content = file.read_text(encoding="utf-8")
+        self.addCleanup(file.write_text, content, encoding="utf-8")
+        file.write_text(content.rstrip(), encoding="utf-8")
+        (job,) = parts.pipelines_of(text_of("docs/from-an-empty-folder.md"))[0]
+        output = self.folder.run(job.commands[-1], 1)
+        self.assertIn("the last line has no end", output)
+        self.check_files(job)
+        self.assertIn("order-007.xml", (self.folder.path / job.reports[0]).read_text(encoding="utf-8"))
 
     def test_is_named_by_its_reports(self):
         self.folder.run("build/bin/LuTestSuiteCLI -d data --dll ParserTests --xml run.xml", 0)
@@ -86,15 +91,46 @@ class Adoption(unittest.TestCase):
         self.assertIn(f"<PscmChangeset>{commit}</PscmChangeset>", report)
         self.assertIn(f"<PscmRepository>{self.folder.path}</PscmRepository>", report)
 
-    def test_has_a_green_pipeline(self):
-        self.folder.variables["GITHUB_STEP_SUMMARY"] = str(self.folder.path / "summary.md")
-        self.folder.write("quarantine.txt", "# nothing yet\n")
-        for recipe in self.recipes:
-            if "jq " not in recipe and "merge" not in recipe:
-                self.folder.run(recipe, 0)
+    def run_job(self, job):
+        for node in range(1, job.parallel + 1):
+            self.folder.variables |= {"CI_NODE_INDEX": str(node), "CI_NODE_TOTAL": str(job.parallel)}
+            for command in job.commands:
+                if "jq " not in command or shutil.which("jq"):
+                    self.folder.run(command.replace("MyTests", "OrderTests --dll ParserTests"), 0)
+        self.check_files(job)
+
+    def check_files(self, job):
+        """The job has made each file that its pipeline keeps."""
+        for pattern in job.artifacts + job.reports:
+            self.assertEqual(len(list(self.folder.path.glob(pattern))), job.parallel if "*" in pattern else 1, pattern)
+
+    def check_run(self):
         summary = json.loads((self.folder.path / "results/summary.json").read_text(encoding="utf-8"))
-        self.assertEqual(summary["counts"]["passed"], CASES + 1)
-        self.assertTrue((self.folder.path / "results/junit.xml").is_file())
+        self.assertEqual(summary["counts"]["passed"], CASES)
+        self.assertEqual(summary["counts"]["planned"], CASES)
+        junit = (self.folder.path / "results/junit.xml").read_text(encoding="utf-8")
+        self.assertEqual(junit.count("<testcase "), CASES)
+
+    def test_has_green_pipelines(self):
+        pipelines = [*parts.pipelines_of(text_of("docs/from-an-empty-folder.md")),
+                     *parts.pipelines_of(text_of("docs/runner.md"))]
+        self.assertEqual(len(pipelines), 4)
+        self.assertIn(4, [job.parallel for jobs in pipelines for job in jobs])
+        for jobs in pipelines:
+            with self.subTest(jobs=[job.name for job in jobs]):
+                shutil.rmtree(self.folder.path / "results", ignore_errors=True)
+                for job in jobs:
+                    self.run_job(job)
+                self.check_run()
+
+    def test_has_a_green_pipeline_in_jenkins(self):
+        shutil.rmtree(self.folder.path / "results", ignore_errors=True)
+        (recipe,) = parts.snippets_of(text_of("docs/runner.md"), "groovy")
+        commands = list(parts.commands_of_groovy(recipe))
+        self.assertEqual(len(commands), 4)
+        for command in commands:
+            self.folder.run(command.replace("MyTests", "OrderTests --dll ParserTests"), 0)
+        self.check_run()
 
 
 if __name__ == "__main__":

@@ -73,13 +73,22 @@ class Folder:
         if line.startswith("export "):
             self.exports += line + "\n"
             return ""
-        result = subprocess.run(["bash", "-c", self.exports + line], cwd=self.path, capture_output=True, text=True,
-                                check=False, env=os.environ | self._environment() | self.variables)
+        result = self.try_to_run(line)
         self.tree.name_release_hosts(self.path / "build" / "bin")
         if result.returncode != expected:
             raise AssertionError(f"{line}: status {result.returncode}, {expected} is expected\n"
                                  f"{result.stdout}{result.stderr}")
         return result.stdout + result.stderr
+
+    def try_to_run(self, line):
+        return subprocess.run(["bash", "-c", self.exports + line], cwd=self.path, capture_output=True, text=True,
+                              check=False, env=os.environ | self._environment() | self.variables)
+
+    def start(self, command):
+        """Starts a command in the background, in a session of its own."""
+        return subprocess.Popen(["bash", "-c", f"exec {command}"], cwd=self.path, stdout=subprocess.DEVNULL,
+                                stderr=subprocess.DEVNULL, env=os.environ | self._environment() | self.variables,
+                                start_new_session=True)
 
     def _translate(self, command):
         """Adapts a command of a document to this build tree. Removes the folder of an earlier run."""
@@ -94,7 +103,8 @@ class Folder:
 
     def _environment(self):
         programs = [self.path / "build/bin", self.path / "build/linux-release/bin", self.tree.cmake.parent]
-        variables = {"LC_ALL": "C.UTF-8", "PATH": ":".join([*map(str, programs), os.environ["PATH"]])}
+        # With CI, "review" decides nothing.
+        variables = {"LC_ALL": "C.UTF-8", "CI": "", "PATH": ":".join([*map(str, programs), os.environ["PATH"]])}
         if shutil.which("ccache"):
             # Folders have other names in each run of this test, which the compiler cache must ignore.
             variables |= {"CMAKE_CXX_COMPILER_LAUNCHER": "ccache", "CCACHE_NOHASHDIR": "1",

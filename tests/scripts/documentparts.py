@@ -2,6 +2,8 @@
 
 import re
 
+import pipelines
+
 _CODE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 SHELLS = ("sh", "bash", "console")
 # Programs whose calls in the running text are commands if they have arguments.
@@ -77,32 +79,20 @@ def options_of(text):
     return re.findall(r"^\| `(--[^`]*)` \|", text, re.MULTILINE)
 
 
+def pipelines_of(text):
+    """The pipeline files of GitLab and GitHub, each a list of jobs."""
+    return [pipelines.jobs_of(code) for code in snippets_of(text, "yaml")]
+
+
 def recipes_of(text):
-    """The commands of pipelines: GitLab's `script:` and `after_script:`, GitHub's `run:`, Jenkins's `sh`, in the order
-    of the text."""
+    """The commands of pipelines: GitLab's, GitHub's and Jenkins's `sh`, in the order of the text."""
     for language, code in _CODE.findall(text):
         if language == "yaml":
-            yield from _commands_of_yaml(code)
+            yield from (command for job in pipelines.jobs_of(code) for command in job.commands)
         elif language == "groovy":
-            yield from re.findall(r"^\s*sh '(.*)'$", code, re.MULTILINE)
+            yield from commands_of_groovy(code)
 
 
-def _commands_of_yaml(code):
-    lines = code.splitlines()
-    for number, line in enumerate(lines):
-        indent = len(line) - len(line.lstrip())
-        key = re.match(r"\s*(?:- )?((?:after_)?script|run):\s*(.*)$", line)
-        if not key:
-            continue
-        if key[2] not in ("", "|"):
-            yield key[2]
-            continue
-        inner = []
-        for follower in lines[number + 1:]:
-            if follower.strip() and len(follower) - len(follower.lstrip()) <= indent:
-                break
-            inner.append(follower)
-        if key[1].endswith("script"):
-            yield from (item.strip().removeprefix("- ") for item in inner if item.strip())
-        else:
-            yield "\n".join(inner)
+def commands_of_groovy(code):
+    """The commands of a pipeline file of Jenkins."""
+    return re.findall(r"^\s*sh '(.*)'$", code, re.MULTILINE)

@@ -3,6 +3,7 @@
 Runs each command of each document, in a folder that has what the document says: its sources, data and modules, built
 against an install tree by the document's own commands.
 """
+# long because most of it is tables of what the documents contain, and the checks share the folders of one run.
 
 import json
 import pathlib
@@ -21,30 +22,31 @@ from documentsources import DEFECTS, INVOICES, PARSER_TEST, UNDEFINED
 TEXTS = {str(path.relative_to(ROOT)): path.read_text(encoding="utf-8")
          for path in [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted((ROOT / "docs").rglob("*.md")),
                       *sorted((ROOT / "examples").glob("*.md"))]}
+# adoption_test.py runs the commands of this document.
+ADOPTED = "docs/from-an-empty-folder.md"
 # The first documents build the modules that the others run.
 BUILDERS = ["docs/user-guide.md", "README.md", "docs/debugging.md"]
-ORDER = [*BUILDERS, *(name for name in TEXTS if name not in BUILDERS)]
+ORDER = [*BUILDERS, *(name for name in TEXTS if name not in (*BUILDERS, ADOPTED))]
 
 # Beginnings of commands that are not run here, with the reason.
 NOT_RUN = {
     "scripts/run-tests": "builds and tests everything",
     "scripts/run-example": "scripts/run-tests calls it",
     "scripts/setup": "installs packages",
-    "scripts/stress": "takes minutes",
-    "scripts/fuzz": "takes minutes, needs Clang",
-    "scripts/coverage": "builds and tests everything",
-    "scripts/plant-faults": "builds and tests everything",
-    "scripts/screenshots": "needs a browser, changes the pictures",
+    "scripts/stress": "takes minutes; stress_in_small runs it for one round",
+    "scripts/fuzz": "takes minutes; scripts/run-tests linux-fuzz calls it",
+    "scripts/coverage": "builds and tests everything; the document says that no test calls it",
+    "scripts/plant-faults": "builds and tests everything; list_faults runs it with --list",
+    "scripts/screenshots": "changes the pictures; the document says that no test calls it",
     "scripts/package": "builds everything; the tests packages.* call it",
     "scripts/check-packages": "the test packages.fresh_root calls it",
     "scripts/api-reference": "another test calls it",
     "cmake --preset linux-install": "the test packages.install_preset runs it",
     "cmake --build --preset linux-release --target ExampleHost": "part of the build whose programs the test runs",
-    "build/linux-debug/bin/LuTestSuiteCLID --archive-run": "needs two presets in the checkout",
     "sudo apt": "scripts/check-packages runs it",
     "vcpkg": "needs vcpkg; a test runs the port with stand-ins for vcpkg's functions",
     "conan": "needs Conan; a test runs the recipe with stand-ins for Conan's functions",
-    "gdb -p": "needs a case that hangs in another terminal",
+    "gdb -p": "needs a case that hangs; debug_hang runs both",
     "gdb build/bin/": "debug_dump runs it with the lines that the document shows",
     "gdb --args": "debug_as_shown runs it with the lines that the document shows",
     "review --": "short for the commands of try_options_of_review",
@@ -56,7 +58,7 @@ NOT_RUN = {
 }
 # Documents whose CMake snippets are built here. In other documents, each snippet contains a key of NOT_BUILT.
 BUILT = ("README.md", "docs/user-guide.md", "docs/migration.md", "docs/runner.md", "docs/coverage.md",
-         "docs/sanitizers.md")
+         "docs/sanitizers.md", ADOPTED)
 NOT_BUILT = {
     "FetchContent_Declare": "needs a server; tests of a containing project and a fetched GoogleTest have local sources",
 }
@@ -143,7 +145,7 @@ class Commands(unittest.TestCase):
         for document in ORDER:
             commands = []
             for command in parts.commands_of(TEXTS[document]):
-                if re.match(r"LuTestSuite\w+D ", command) and self.tree.config != "Debug":
+                if re.match(r"(build/linux-debug/bin/)?LuTestSuite\w+D ", command) and self.tree.config != "Debug":
                     # Only the test of a Debug build has these hosts.
                     continue
                 reasons = [beginning for beginning in NOT_RUN if command.startswith(beginning)]
@@ -156,12 +158,12 @@ class Commands(unittest.TestCase):
                 run += len(commands)
         self.assertGreater(run, 50)
         self.assertEqual(set(NOT_RUN) - excused, set(), "commands that no document has any more")
-        self.compare_consoles()
-        self.compare_coverage()
-        self.compare_patterns()
-        self.try_options_of_review()
-        self.debug_as_shown()
-        self.debug_dump()
+        for check in (self.compare_consoles, self.compare_coverage, self.compare_patterns, self.try_options_of_review,
+                      self.find_archive, self.list_faults, self.stress_in_small, self.debug_as_shown, self.debug_dump,
+                      self.debug_hang):
+            # A check that is skipped does not skip the others.
+            with self.subTest(check=check.__name__):
+                check()
 
     def run_all(self, document, commands):
         folder = self.prepare(document)
@@ -237,6 +239,8 @@ class Commands(unittest.TestCase):
         for program in (self.tree.path / "bin").iterdir():
             (programs / program.name).symlink_to(program)
         self.tree.name_release_hosts(programs)
+        if self.tree.config == "Debug":
+            (folder.path / "build/linux-debug").symlink_to("linux-release")
         (folder.path / "examples").symlink_to(ROOT / "examples")
         shutil.copytree(ROOT / "examples/data", folder.path / "my-copy")
 
@@ -403,6 +407,34 @@ class Commands(unittest.TestCase):
                                for path in sorted((folder.path / "data/CInvoice").glob("*.expected")))
                 self.assertEqual(real, references)
 
+    def find_archive(self):
+        """The archive run of the reference has left its reports."""
+        if self.tree.config != "Debug":
+            return
+        archive = self.folders["docs/reference.md"].path / "build/archive"
+        self.assertIn("Archive/", (archive / "index.html").read_text(encoding="iso-8859-1"))
+        pages = list((archive / "Archive").glob("Report.*.html"))
+        self.assertEqual(len(pages), 1, pages)
+        self.assertIn("Checksums", pages[0].read_text(encoding="iso-8859-1"))
+
+    def run_script(self, command):
+        result = subprocess.run(command, cwd=ROOT, shell=True, capture_output=True, text=True, check=False)
+        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+        return result.stdout
+
+    def list_faults(self):
+        (command,) = (text for text in parts.commands_of(TEXTS["CONTRIBUTING.md"]) if "plant-faults" in text)
+        faults = self.run_script(f"{command} --list").splitlines()
+        self.assertEqual(len(faults), int(command.split()[1]), faults)
+        self.assertRegex(faults[0], r"^(base|testing)/\S+:\d+: ")
+
+    def stress_in_small(self):
+        """Runs scripts/stress with the programs of this build if it is that of a preset."""
+        if self.tree.path.parent != ROOT / "build":
+            self.skipTest("the build tree is not that of a preset")
+        output = self.run_script(f"scripts/stress --preset {self.tree.path.name} --rounds 1 --kills 2")
+        self.assertRegex(output, r"1 rounds of .* 0 differences")
+
     def debug_as_shown(self):
         sessions = [(name, *session) for name in ("docs/debugging.md", "docs/user-guide.md")
                     for session in parts.debugger_sessions_of(TEXTS[name])]
@@ -440,10 +472,31 @@ class Commands(unittest.TestCase):
         dumps = list((folder.path / "dumps").iterdir())
         self.assertEqual(len(dumps), 1)
         self.assertRegex(dumps[0].name, rf"^{shown}-\d+\.core$")
-        if shutil.which("gdb"):
-            call = command.replace("gdb", f"gdb -nx -batch -ex '{line}'", 1)
-            output = folder.run(f"DEBUGINFOD_URLS= {call} {dumps[0]}", 0)
-            self.assertRegex(output, r"(?s)Thread 1 .*CMyTest::InitSubtests")
+        if not shutil.which("gdb"):
+            self.skipTest("gdb is missing; scripts/setup checks installs it")
+        call = command.replace("gdb", f"gdb -nx -batch -ex '{line}'", 1)
+        output = folder.run(f"DEBUGINFOD_URLS= {call} {dumps[0]}", 0)
+        self.assertRegex(output, r"(?s)Thread 1 .*CMyTest::InitSubtests")
+
+    def debug_hang(self):
+        """Attaches to the child of a case that hangs, as in another terminal."""
+        if not shutil.which("gdb"):
+            self.skipTest("gdb is missing; scripts/setup checks installs it")
+        folder = self.folders["docs/debugging.md"]
+        commands = parts.commands_of(TEXTS["docs/debugging.md"])
+        (hang,) = (command for command in commands if command.startswith("LuTestSuiteRunner case"))
+        (attach,) = (command for command in commands if command.startswith("gdb -p"))
+        with folder.start(re.sub(r" -t \d+", " -t 300", hang)) as process:
+            # Finds children of other tests on this machine otherwise.
+            attach = attach.replace("pgrep", f"pgrep -s {process.pid}", 1)
+            attach = attach.replace("gdb", "gdb -nx -batch -ex 'thread apply all backtrace'", 1)
+            try:
+                output = ""
+                while "CMyTest::InitSubtests" not in output:
+                    self.assertIsNone(process.poll(), "the case has ended")
+                    output = folder.try_to_run(f"DEBUGINFOD_URLS= {attach}").stdout
+            finally:
+                process.terminate()
 
     def test_have_snippets_that_compile(self):
         """Compiles the snippets of other documents. Those of BUILT are compiled where their commands run."""

@@ -6,7 +6,8 @@ import yaml
 
 # What the recipes may contain. A name that is not here is a mistake, or new and to be checked by a person.
 _GITLAB_KEYS = {"image", "stages"}
-_GITLAB_JOB = {"stage", "parallel", "when", "script", "artifacts"}
+_GITLAB_JOB = {"stage", "parallel", "when", "cache", "script", "after_script", "artifacts"}
+_GITLAB_CACHE = {"key", "paths", "when"}
 _GITLAB_ARTIFACTS = {"when", "paths", "reports"}
 _GITHUB_KEYS = {"name", "on", "jobs"}
 _GITHUB_JOB = {"runs-on", "container", "steps"}
@@ -61,7 +62,7 @@ def jobs_of(text):
 
 
 def _gitlab_jobs(document):
-    _require(isinstance(document.get("image"), str), "there is no image")
+    _require(isinstance(document.get("image", ""), str), "the image is no text")
     stages = _texts(document.get("stages", ["test"]), "stages")
     jobs = {name: job for name, job in document.items() if name not in _GITLAB_KEYS}
     _require(jobs, "there is no job")
@@ -73,7 +74,12 @@ def _gitlab_jobs(document):
         _require(artifacts.get("when", "always") in ("always", "on_success", "on_failure"), f"artifacts of {name}")
         reports = _mapping(artifacts.get("reports", {}), {"junit"}, f"reports of {name}")
         junit = reports.get("junit", [])
-        yield Job(name, _texts(job.get("script"), f"script of {name}"), int(job.get("parallel", 1)),
+        if "cache" in job:
+            _texts(_mapping(job["cache"], _GITLAB_CACHE, f"cache of {name}").get("paths"), f"cache of {name}")
+        commands = _texts(job.get("script"), f"script of {name}")
+        if "after_script" in job:
+            commands = commands + _texts(job["after_script"], f"after_script of {name}")
+        yield Job(name, commands, int(job.get("parallel", 1)),
                   _texts(artifacts["paths"], f"paths of {name}") if "paths" in artifacts else [],
                   [junit] if isinstance(junit, str) else _texts(junit, f"junit of {name}") if reports else [])
 

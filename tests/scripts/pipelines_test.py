@@ -12,7 +12,7 @@ import documentparts as parts  # noqa: E402
 import pipelines  # noqa: E402
 
 TEXT = (pathlib.Path(__file__).resolve().parents[2] / "docs" / "runner.md").read_text(encoding="utf-8")
-GITLAB, GITHUB = parts.snippets_of(TEXT, "yaml")
+GITLAB, GITHUB, CACHED = parts.snippets_of(TEXT, "yaml")
 
 
 class Recipes(unittest.TestCase):
@@ -26,8 +26,10 @@ class Recipes(unittest.TestCase):
         self.assertEqual(len(jobs["build"].commands), 2)
         (job,) = pipelines.jobs_of(GITHUB)
         self.assertEqual(job.artifacts, ["results"])
+        self.assertEqual(len(job.commands), 5)
+        self.assertTrue(job.commands[4].startswith("jq -r "), job.commands[4])
+        (job,) = pipelines.jobs_of(CACHED)
         self.assertEqual(len(job.commands), 4)
-        self.assertTrue(job.commands[3].startswith("jq -r "), job.commands[3])
 
     def refuse(self, text, before, after):
         with self.subTest(after=after):
@@ -49,6 +51,11 @@ class Recipes(unittest.TestCase):
                 ("stages: [build, test, report]", "stages: build"),
                 ("parallel: 4", "parallel: four")):
             self.refuse(GITLAB, before, after)
+
+    def test_are_refused_with_mistakes_about_a_cache(self):
+        for before, after in (("    paths: [last]\n", "    path: [last]\n"), ("    paths: [last]\n", ""),
+                              ("  after_script:\n", "  afterscript:\n")):
+            self.refuse(CACHED, before, after)
 
     def test_are_refused_with_mistakes_for_github(self):
         for before, after in (
