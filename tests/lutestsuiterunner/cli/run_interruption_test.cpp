@@ -1,0 +1,65 @@
+// Runs that Ctrl-C or the system cancels.
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "base/lbfilesystem.h"
+#include "base/lbpath.h"
+#include "tests/lutestsuiterunner/cli/runnertest.h"
+
+namespace
+{
+
+/// Windows has no signals that a process could send to itself as the console does.
+class RunnerInterruption : public RunnerTest
+{
+protected:
+    void SetUp() override
+    {
+        if (LbPath::c_Separator == L'\\')
+        {
+            GTEST_SKIP() << "raise() does not reach the console's handler";
+        }
+        m_folder.MakeFolder(L"data/CInterruptingModel");
+    }
+};
+
+TEST_F(RunnerInterruption, EndsTheRunWithReportsAndTheStatusOfTheSignal)
+{
+    const SHostRun run = Run({L"run"}, {L"-i", L":Strg-C$", L"-i", L":danach$"});
+
+    EXPECT_EQ(run.exitStatus, 130) << run.errors;
+    ExpectLine(run.output, "Der Lauf wurde abgebrochen: durch den Benutzer (Strg-C)");
+    ExpectLine(run.output, "bestanden: 1, unzuverlässig: 0, fehlgeschlagen: 0, in Quarantäne: 0, nicht ausgeführt: 1");
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + L"junit.xml"));
+    EXPECT_EQ(RunRunner({L"resume", GetOut()}).exitStatus, 0);
+}
+
+TEST_F(RunnerInterruption, EndsTheRunWhenTheSystemDemandsIt)
+{
+    EXPECT_EQ(Run({L"run"}, {L"-i", L":Ende verlangt$", L"-i", L":danach$"}).exitStatus, 143);
+}
+
+TEST_F(RunnerInterruption, EndsTheRunWithReportsThoughACaseDoesNotEnd)
+{
+    const SHostRun run = Run({L"run"}, {L"-i", L":Strg-C ohne Ende$", L"-i", L":danach$"});
+
+    EXPECT_EQ(run.exitStatus, 130) << run.errors;
+    ExpectLine(run.errors, "Warnung: Der Lauf endet, obwohl ein Testfall im Prozess des Laufs noch läuft\n");
+    ExpectLine(run.output, "Der Lauf wurde abgebrochen: durch den Benutzer (Strg-C)");
+    const std::string junit = LbFileSystem::ReadFile8Bit(GetOut() + L"junit.xml");
+    EXPECT_NE(junit.find("Lief noch"), std::string::npos) << junit;
+    EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + L"report.xml"));
+}
+
+TEST_F(RunnerInterruption, EndsAtOnceAtTheSecondRequest)
+{
+    const SHostRun run = Run({L"run"}, {L"-i", L":zweimal Strg-C$", L"-i", L":danach$"});
+
+    EXPECT_EQ(run.exitStatus, 130);
+    EXPECT_EQ(run.output.find("Reports: "), std::string::npos);
+    EXPECT_FALSE(LbFileSystem::Exists(GetOut() + L"junit.xml"));
+}
+
+} // namespace
