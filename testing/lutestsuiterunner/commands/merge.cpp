@@ -35,6 +35,7 @@ struct SPart
 {
     std::wstring folder;
     std::unique_ptr<CRunState> state;
+    std::wstring problem;              ///< why there is no state
     std::vector<std::uint32_t> places; ///< index of each case of this part in the first part and in the merged run
 };
 
@@ -44,15 +45,46 @@ std::wstring getPartName(const SPart& part)
     return LbFormat(L"Teil %u von %u", shard.number, shard.count);
 }
 
-/// Sorts the parts by their numbers, so that the order of the arguments does not matter.
-std::vector<SPart> loadParts(const std::vector<std::wstring>& directories)
+/// A folder that exists may contain no run that can be read, because its job ended early or its disk was full. Then the
+/// part has no state, but a problem.
+void load(SPart& part)
+{
+    if (!LbFileSystem::IsDirectory(part.folder))
+    {
+        throw LbException(LbFormat(L"Der Ordner %s fehlt", part.folder));
+    }
+    try
+    {
+        part.state = LoadRun(part.folder);
+    }
+    catch (const LbException& exception)
+    {
+        part.problem = exception.GetMessageText();
+    }
+}
+
+/// Moves the problems of the parts that cannot be read to `problems`. Sorts the other parts by their numbers, so that
+/// the order of the arguments does not matter.
+std::vector<SPart> loadParts(const std::vector<std::wstring>& directories, std::vector<std::wstring>& problems)
 {
     std::vector<SPart> parts(directories.size());
     LbParallel::For(0, static_cast<std::int64_t>(parts.size()), [&](std::int64_t index) {
         SPart& part = parts[static_cast<std::size_t>(index)];
         part.folder = GetRunFolder(directories[static_cast<std::size_t>(index)]);
-        part.state = LoadRun(part.folder);
+        load(part);
     });
+    for (SPart& part : parts)
+    {
+        if (!part.state)
+        {
+            problems.push_back(std::move(part.problem));
+        }
+    }
+    std::erase_if(parts, [](const SPart& part) { return !part.state; });
+    if (parts.empty())
+    {
+        throw LbException(problems.front());
+    }
     std::ranges::stable_sort(parts, {}, [](const SPart& part) { return part.state->GetPlan().shard.number; });
     return parts;
 }
@@ -198,9 +230,9 @@ void addProblems(const SPart& part, std::vector<std::wstring>& problems)
     }
 }
 
-std::vector<std::wstring> findProblems(const std::vector<SPart>& parts, const std::vector<const SPart*>& owners)
+void findProblems(const std::vector<SPart>& parts, const std::vector<const SPart*>& owners,
+                  std::vector<std::wstring>& problems)
 {
-    std::vector<std::wstring> problems;
     for (const SPart& part : parts)
     {
         addProblems(part, problems);
@@ -210,7 +242,6 @@ std::vector<std::wstring> findProblems(const std::vector<SPart>& parts, const st
         problems.push_back(count == 1 ? std::wstring(L"1 Testfall gehört zu keinem der Läufe")
                                       : LbFormat(L"%d Testfälle gehören zu keinem der Läufe", count));
     }
-    return problems;
 }
 
 /// Each journal of a part becomes a journal of the merged run, so that cases keep their processes and their order. The
@@ -353,7 +384,8 @@ int Execute(const SMergeOptions& options)
         throw std::wstring(L"Die Ordner der Läufe fehlen");
     }
     MoveLibraryLinesToErrors();
-    std::vector<SPart> parts = loadParts(options.directories);
+    std::vector<std::wstring> problems;
+    std::vector<SPart> parts = loadParts(options.directories, problems);
     requireSameSelection(parts);
     findPlaces(parts);
     const std::vector<const SPart*> owners = findOwners(parts);
@@ -370,7 +402,8 @@ int Execute(const SMergeOptions& options)
     {
         copier.Copy(part);
     }
-    copier.End(getEndTime(parts), findProblems(parts, owners));
+    findProblems(parts, owners, problems);
+    copier.End(getEndTime(parts), problems);
     ReportState(target.GetPath(), whole);
     return GetStatus(whole);
 }

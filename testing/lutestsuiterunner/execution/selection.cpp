@@ -139,7 +139,9 @@ void LoadModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environm
 SSelection SelectCases(const LuTestSuiteSetup& setup)
 {
     UnitTests all = LuTestSuiteUtils::ScanDirectoryForUnitTests(LbOs::GetFullPath(setup.dataDir), false);
-    std::vector<std::wstring> withoutFolder = findSuitesWithoutFolder(all);
+    // A selection leaves out suites on purpose.
+    const bool isWhole = setup.includes.empty() && setup.excludes.empty();
+    std::vector<std::wstring> withoutFolder = isWhole ? findSuitesWithoutFolder(all) : std::vector<std::wstring>();
     SSelection selection = {all, std::move(all), std::move(withoutFolder)};
     removeCases(selection.enabled, isDisabled);
     removeCases(selection.disabled, std::not_fn(isDisabled));

@@ -19,7 +19,7 @@ struct SSelection
     std::vector<LuTestSuite::SUnitTest> disabled; ///< the selected cases that their descriptions disable
 
     /// Suites of other frameworks' tests that have no folder in the data directory, by name. They need no files, so the
-    /// folder has been forgotten. Other classes may have their data elsewhere.
+    /// folder has been forgotten. Other classes may have their data elsewhere. Empty if patterns select the cases.
     std::vector<std::wstring> withoutFolder;
 };
 

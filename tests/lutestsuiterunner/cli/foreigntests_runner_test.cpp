@@ -88,8 +88,7 @@ protected:
 
     SHostRun Run(std::vector<std::wstring> arguments, const std::wstring& module = L"googletesttests") const
     {
-        arguments.insert(arguments.end(),
-                         {L"--", L"-d", m_folder.GetPathOf(L"data"), L"--dll", module, L"-i", L":Adds$"});
+        arguments.insert(arguments.end(), {L"--", L"-d", m_folder.GetPathOf(L"data"), L"--dll", module, L"-c", L"1"});
         return RunRunner(arguments);
     }
 
@@ -109,8 +108,16 @@ TEST_F(RunnerSuitesWithoutFolder, AreNamedByListAndRun)
         const SHostRun run = Run(command);
 
         EXPECT_EQ(FromPlatformLines(run.errors), std::string("Warnung: ") + c_Line);
-        EXPECT_EQ(run.exitStatus, 0);
+        EXPECT_EQ(run.exitStatus, 0) << run.output;
     }
+}
+
+TEST_F(RunnerSuitesWithoutFolder, AreNotMissedByASelection)
+{
+    const SHostRun run = RunRunner(
+        {L"list", L"--", L"-d", m_folder.GetPathOf(L"data"), L"--dll", L"googletesttests", L"-i", L"/Arithmetic:"});
+
+    EXPECT_EQ(run.errors, "");
 }
 
 TEST_F(RunnerSuitesWithoutFolder, MakeARunRedOnDemand)

@@ -5,6 +5,7 @@
 
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
+#include "base/lbpath.h"
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
@@ -123,6 +124,27 @@ TEST_F(RunnerMerge, IsRedAndListsTheCasesOfAMissingShard)
     EXPECT_EQ(state->GetMissingCases(), (std::vector<std::uint32_t>{0, 2, 4}));
     ASSERT_EQ(state->GetProblems().size(), 1U);
     EXPECT_EQ(state->GetProblems()[0], L"3 Testfälle gehören zu keinem der Läufe");
+}
+
+TEST_F(RunnerMerge, KeepsTheOtherShardsIfOneCannotBeRead)
+{
+    RunShard(2);
+    m_folder.MakeFolder(L"1");
+
+    EXPECT_EQ(Merge({1, 2}), 1);
+    const auto state = LoadMerged();
+    EXPECT_EQ(state->GetMissingCases(), (std::vector<std::uint32_t>{0, 2, 4}));
+    ASSERT_EQ(state->GetProblems().size(), 2U);
+    EXPECT_EQ(state->GetProblems()[0],
+              L"Der Ordner " + GetShardFolder(1) + LbPath::c_Separator + L" enthält keinen Lauf");
+}
+
+TEST_F(RunnerMerge, RefusesAFolderThatIsMissing)
+{
+    RunShard(2);
+
+    EXPECT_EQ(GetFailure({1, 2}), L"Der Ordner " + GetShardFolder(1) + LbPath::c_Separator + L" fehlt");
+    EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"ganz")));
 }
 
 TEST_F(RunnerMerge, IsRedWhenAShardDied)
