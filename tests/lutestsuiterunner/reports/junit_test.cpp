@@ -154,7 +154,7 @@ TEST(RunnerJunit, HasAnErrorWithTheFlakyCasesThatMakeTheRunRed)
 {
     Runner::SPlan plan = MakeSamplePlan();
     plan.cases[3].isQuarantined = true;
-    const auto getError = [](const Runner::SPlan& ofRun) {
+    const auto makeReport = [](const Runner::SPlan& ofRun) {
         CRunStateMaker run(ofRun);
         for (const std::uint32_t index : {0U, 2U, 3U})
         {
@@ -162,15 +162,20 @@ TEST(RunnerJunit, HasAnErrorWithTheFlakyCasesThatMakeTheRunRed)
             run.RunCase(index, ECaseRunResult::Ok, 2, EAttemptKind::Retry);
         }
         run.RunRest();
-        return CReport(run.Get()).FindCase(L"LuTestSuiteRunner", L"Unzuverlässige Testfälle").GetChild("error");
+        return CReport(run.Get());
+    };
+    const auto findError = [](const CReport& report) {
+        return report.FindCase(L"LuTestSuiteRunner", L"Unzuverlässige Testfälle").GetChild("error");
     };
 
-    const XMLNode error = getError(plan);
+    const CReport red = makeReport(plan);
+    const XMLNode error = findError(red);
     EXPECT_EQ(error.GetAttribute("message"), L"2 Testfälle sind unzuverlässig; ohne '--allow-flaky' ist der Lauf rot");
     EXPECT_EQ(error.GetText(), L"a/CFirst:eins.txt\nb/CFirst:eins.txt\n");
 
     plan.rules.isFlakyAllowed = true;
-    EXPECT_TRUE(getError(plan).IsEmpty());
+    const CReport green = makeReport(plan);
+    EXPECT_TRUE(findError(green).IsEmpty());
 }
 
 TEST(RunnerJunit, ShowsCasesThatWereUnderWayWhenTheirHostEnded)
