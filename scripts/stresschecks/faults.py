@@ -29,6 +29,12 @@ WINDOWS = {
     "UseAllMemory": "Status 3", "CallPureVirtual": "0xC0000005", "BreakAssertion": "Status 3",
     "WriteBehindPage": "0xC0000005",
 }
+# What the process said itself, which tells apart faults with the same reason.
+LINUX_TEXTS = {
+    "ThrowInThread": "terminate called", "FreeTwice": "double free", "UseAllMemory": "bad_alloc",
+    "CallPureVirtual": "pure virtual", "BreakAssertion": "s_zero == 1",
+}
+WINDOWS_TEXTS = {"ThrowInThread": "terminate called", "UseAllMemory": "bad_alloc", "BreakAssertion": "s_zero == 1"}
 HEALTHY = {"gesund davor", "gesund danach"}
 # A process that exits has no stack.
 WITHOUT_STACK = {"LeaveAtOnce"}
@@ -75,18 +81,20 @@ class Count:
         self.longest = 0.0
         self.wrong = collections.Counter()
 
-    def add(self, name, end, expected, out):
+    def add(self, name, end, expected, text, out):
         reason, messages, stacks = (text_of(out, end.get(key, "")) for key in ("reason", "messages", "stacks"))
         self.runs += 1
         self.longest = max(self.longest, end["ns"] / 1e9)
         if expected in (PASSED, HUNG):
             is_right = end["result"] == expected
         else:
-            is_right = end["result"] == "unknown" and expected in reason + messages
+            is_right = end["result"] == "unknown" and expected in reason + messages and text in messages
         self.right += is_right
         self.read += bool(stacks)
-        self.placed += f"{MODULE}." in stacks
-        self.named += f"Faults::{name}" in stacks
+        # The thread at fault comes first.
+        first = stacks.split("\nStapel von Thread")[0]
+        self.placed += f"{MODULE}." in first
+        self.named += f"Faults::{name}" in first
         if not is_right:
             self.wrong[reason or end["result"]] += 1
 
@@ -118,6 +126,7 @@ def count_faults(name, count, has_stacks, is_windows):
 def check(words, is_windows, folder, rounds):
     """Each round runs all faults in each mode."""
     expected = WINDOWS if is_windows else LINUX
+    texts = WINDOWS_TEXTS if is_windows else LINUX_TEXTS
     data = make_data(folder)
     out = os.path.join(folder, "out")
     place = "Z:" if is_windows else ""
@@ -132,7 +141,7 @@ def check(words, is_windows, folder, rounds):
             print(f"{' '.join(mode)}: status {status}, {len(ends)} of {len(names)} cases ended", flush=True)
         for end in ends:
             name = names[end["case"]]
-            counts[name].add(name, end, expected.get(name, PASSED), out)
+            counts[name].add(name, end, expected.get(name, PASSED), texts.get(name, ""), out)
     faults = strange
     for name, count in counts.items():
         has_stacks = expected.get(name, PASSED) != PASSED and name not in WITHOUT_STACK
