@@ -13,7 +13,8 @@ list(REMOVE_ITEM LUTESTSUITE_PUBLIC_HEADERS
     base/givenstream.h base/listingimage.h base/listingshare.h base/pagememory.h base/subtestsearch.h)
 # Headers of the platform layer that other public headers include, or that a host needs to read its arguments.
 list(APPEND LUTESTSUITE_PUBLIC_HEADERS
-    base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h base/os/stacks.h)
+    base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h base/os/stackframe.h
+    base/os/stacks.h)
 
 if(CMAKE_SCRIPT_MODE_FILE)
     foreach(header IN LISTS LUTESTSUITE_PUBLIC_HEADERS)

@@ -5,6 +5,10 @@
 #include <cstdlib>
 #include <thread>
 
+#ifndef _WIN32
+#include <unistd.h>
+#endif
+
 #include "base/lbfilesystem.h"
 #include "base/lustream.h"
 #include "base/luunittest.h"
@@ -72,6 +76,12 @@ class CInterruptingModel : public LuUnitTest
         AddSubtest(L"Strg-C ohne Ende", [] {
             std::raise(SIGINT);
             std::this_thread::sleep_for(std::chrono::minutes(1));
+        });
+        AddSubtest(L"Ende für alle", [] {
+#ifndef _WIN32
+            kill(getppid(), SIGTERM);
+#endif
+            std::raise(SIGTERM);
         });
         AddSubtest(L"danach", [] {});
     }

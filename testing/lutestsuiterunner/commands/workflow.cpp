@@ -277,13 +277,22 @@ Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& 
 void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, const std::wstring& previous,
                         Quarantine quarantine)
 {
-    // An interrupted run counts only after it has been resumed.
-    if (!quarantine.empty() && state.IsEnded() && !state.IsCanceled())
+    if (quarantine.empty())
     {
-        // An XML report and an archive contain no numbers of passed runs.
-        const bool isRun = !previous.empty() && ContainsRun(GetRunFolder(previous));
-        CountPassedRuns(quarantine, state, isRun ? GetRunFolder(previous) : folder);
-        WritePassedRuns(quarantine, state.GetPlan().runId, folder);
+        return;
+    }
+    // An XML report and an archive contain no numbers of passed runs.
+    const bool isRun = !previous.empty() && ContainsRun(GetRunFolder(previous));
+    CountPassedRuns(quarantine, state, isRun ? GetRunFolder(previous) : folder);
+    // A canceled run counts only after it has been resumed, but it passes the numbers on.
+    const bool isComplete = state.IsEnded() && !state.IsCanceled();
+    for (SQuarantineEntry& entry : quarantine)
+    {
+        entry.passedRuns = isComplete ? entry.passedRuns : entry.earlierRuns;
+    }
+    WritePassedRuns(quarantine, state.GetPlan().runId, folder);
+    if (isComplete)
+    {
         printQuarantine(quarantine);
     }
 }

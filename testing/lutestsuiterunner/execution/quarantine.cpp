@@ -11,6 +11,7 @@
 #include "base/lbformat.h"
 #include "base/lustream.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuiterunner/model/skips.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
 
 namespace Runner
@@ -132,7 +133,7 @@ std::optional<bool> havePassed(const std::vector<std::uint32_t>& cases, const CR
     for (const std::uint32_t index : cases)
     {
         const EVerdict verdict = state.GetVerdict(index);
-        if (verdict != EVerdict::Missing)
+        if (verdict != EVerdict::Missing && !FindSkipReason(state, index))
         {
             havePassed = havePassed.value_or(true) && verdict == EVerdict::Passed;
         }

@@ -1,6 +1,9 @@
 #include "testing/lutestsuiterunner/execution/session.h"
 
 #include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <thread>
 
 #include "base/lbformat.h"
 #include "base/os/interruption.h"
@@ -18,6 +21,24 @@ std::wstring describeFailures(std::uint32_t count)
 {
     return count == 1 ? std::wstring(L"nach einem fehlgeschlagenen Testfall (--fail-fast)")
                       : LbFormat(L"nach %u fehlgeschlagenen Testfällen (--fail-fast)", count);
+}
+
+/// True if the child process of a case was asked to end together with this process. Who ends a group of processes often
+/// reaches the child first.
+bool isEndedFromOutside(const SCaseEnded& record)
+{
+    // Negated numbers of SIGHUP, SIGINT and SIGTERM; no process of Windows has such a status.
+    constexpr std::int64_t c_Requests[] = {-1, -2, -15};
+    constexpr std::chrono::milliseconds c_LongestWait(200);
+    const bool isRequested = record.end == EAttemptEnd::ChildEnded && record.exitStatus &&
+                             std::ranges::find(c_Requests, *record.exitStatus) != std::end(c_Requests);
+    const auto end = std::chrono::steady_clock::now() + c_LongestWait;
+    while (isRequested && LbOs::GetInterruption() == LbOs::EInterruption::None &&
+           std::chrono::steady_clock::now() < end)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return isRequested && LbOs::GetInterruption() != LbOs::EInterruption::None;
 }
 
 bool isFailure(const SAttempt& attempt)
@@ -116,6 +137,10 @@ void CSession::start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t wo
 
 void CSession::End(SCaseEnded record)
 {
+    if (isEndedFromOutside(record))
+    {
+        record.end = EAttemptEnd::Canceled;
+    }
     const std::lock_guard lock(m_mutex);
     const std::uint32_t caseIndex = record.caseIndex;
     record.attempt = static_cast<std::uint32_t>(m_parts.state.GetAttempts(caseIndex).size());

@@ -53,6 +53,27 @@ TEST_F(RunnerInterruption, EndsTheRunWithReportsThoughACaseDoesNotEnd)
     EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + L"report.xml"));
 }
 
+TEST_F(RunnerInterruption, GivesNoVerdictToACaseWhoseProcessEndsWithTheHost)
+{
+    const SHostRun run = Run({L"run"}, {L"-x", L"-i", L":Ende für alle$"});
+
+    EXPECT_EQ(run.exitStatus, 143) << run.errors;
+    ExpectLine(run.output, "fehlgeschlagen: 0, in Quarantäne: 0, nicht ausgeführt: 1");
+}
+
+TEST_F(RunnerInterruption, PassesTheNumbersOfTheQuarantineOn)
+{
+    const std::wstring file = m_folder.WriteFile(L"quarantaene.txt", "CInterruptingModel:danach\n");
+    const std::wstring second = m_folder.GetPathOf(L"zweiter");
+    ASSERT_EQ(Run({L"run", L"--quarantine", file}, {L"-i", L":danach$"}).exitStatus, 0);
+
+    Run({L"run", L"--quarantine", file, L"--previous", GetOut(), L"--out", second},
+        {L"-i", L":Strg-C$", L"-i", L":danach$"});
+
+    const std::string numbers = LbFileSystem::ReadFile8Bit(second + L"/quarantine.json");
+    EXPECT_NE(numbers.find("\"passedRuns\": 1,"), std::string::npos) << numbers;
+}
+
 TEST_F(RunnerInterruption, EndsAtOnceAtTheSecondRequest)
 {
     const SHostRun run = Run({L"run"}, {L"-i", L":zweimal Strg-C$", L"-i", L":danach$"});
