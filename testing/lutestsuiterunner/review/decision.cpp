@@ -86,11 +86,12 @@ public:
             return skip(step, checksum);
         }
         SDecidedFile decided = m_planned.decision == EDecision::Accept ? accept(step) : reject(step);
+        // Undo must know the step if the rest fails.
+        m_steps.push_back(std::move(step));
         if (!decided.isOpen)
         {
             removeRepetition(file);
         }
-        m_steps.push_back(std::move(step));
         return decided;
     }
 
