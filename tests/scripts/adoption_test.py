@@ -39,11 +39,24 @@ class Adoption(unittest.TestCase):
         cls.folder.write("CMakeLists.txt", project)
         cls.folder.run("git init -q . && git add CMakeLists.txt"
                        " && git -c user.name=Erika -c user.email=erika@example.org commit -q -m Begin", 0)
+        cls.built_commit = cls.folder.run("git rev-parse HEAD", 0).strip()
         cls.outputs = {command: cls.folder.run(command, 0) for command in parts.commands_of(page)}
-        # As in the image of the recipes.
         cls.folder.variables["CMAKE_PREFIX_PATH"] = str(cls.folder.tree.prefix)
-        cls.folder.write("quarantine.txt", "# nothing yet\n")
-        cls.folder.variables["GITHUB_STEP_SUMMARY"] = str(cls.folder.path / "summary.md")
+        cls.clone = cls.make_clone(work / "clone", page)
+
+    @classmethod
+    def make_clone(cls, path, page):
+        """What a build server works with."""
+        (ignored,) = [snippet for snippet in parts.snippets_of(page, "") if snippet.startswith("# .gitignore")]
+        cls.folder.write(".gitignore", ignored)
+        cls.folder.run("git add . && git -c user.name=Erika -c user.email=erika@example.org commit -q -m Complete", 0)
+        clone = Folder(path, cls.folder.tree)
+        clone.run(f"git clone -q {cls.folder.path} .", 0)
+        # As in the image of the recipes.
+        clone.variables["CMAKE_PREFIX_PATH"] = str(cls.folder.tree.prefix)
+        clone.write("quarantine.txt", "# nothing yet\n")
+        clone.variables["GITHUB_STEP_SUMMARY"] = str(path / "summary.md")
+        return clone
 
     @classmethod
     def write_program(cls):
@@ -79,36 +92,36 @@ class Adoption(unittest.TestCase):
         self.addCleanup(file.write_text, content, encoding="utf-8")
         file.write_text("<order/>\n", encoding="utf-8")
         (job,) = parts.pipelines_of(text_of("docs/from-an-empty-folder.md"))[0]
-        output = self.folder.run(job.commands[-1], 1)
+        (command,) = [command for command in job.commands if " run --out " in command]
+        output = self.folder.run(command, 1)
         self.assertIn("no order with a total", output)
-        self.check_files(job)
+        self.check_files(job, self.folder)
         self.assertIn("order-007.xml", (self.folder.path / job.reports[0]).read_text(encoding="utf-8"))
 
     def test_is_named_by_its_reports(self):
         self.folder.run("build/bin/LuTestSuiteCLI -d data --dll ParserTests --xml run.xml", 0)
         report = (self.folder.path / "run.xml").read_text(encoding="iso-8859-1")
-        commit = self.folder.run("git rev-parse HEAD", 0).strip()
-        self.assertIn(f"<PscmChangeset>{commit}</PscmChangeset>", report)
+        self.assertIn(f"<PscmChangeset>{self.built_commit}</PscmChangeset>", report)
         self.assertIn(f"<PscmRepository>{self.folder.path}</PscmRepository>", report)
 
     def run_job(self, job):
         for node in range(1, job.parallel + 1):
-            self.folder.variables |= {"CI_NODE_INDEX": str(node), "CI_NODE_TOTAL": str(job.parallel)}
+            self.clone.variables |= {"CI_NODE_INDEX": str(node), "CI_NODE_TOTAL": str(job.parallel)}
             for command in job.commands:
                 if "jq " not in command or shutil.which("jq"):
-                    self.folder.run(command.replace("MyTests", "OrderTests --dll ParserTests"), 0)
-        self.check_files(job)
+                    self.clone.run(command.replace("MyTests", "OrderTests --dll ParserTests"), 0)
+        self.check_files(job, self.clone)
 
-    def check_files(self, job):
+    def check_files(self, job, folder):
         """The job has made each file that its pipeline keeps."""
         for pattern in job.artifacts + job.reports:
-            self.assertEqual(len(list(self.folder.path.glob(pattern))), job.parallel if "*" in pattern else 1, pattern)
+            self.assertEqual(len(list(folder.path.glob(pattern))), job.parallel if "*" in pattern else 1, pattern)
 
     def check_run(self):
-        summary = json.loads((self.folder.path / "results/summary.json").read_text(encoding="utf-8"))
+        summary = json.loads((self.clone.path / "results/summary.json").read_text(encoding="utf-8"))
         self.assertEqual(summary["counts"]["passed"], CASES)
         self.assertEqual(summary["counts"]["planned"], CASES)
-        junit = (self.folder.path / "results/junit.xml").read_text(encoding="utf-8")
+        junit = (self.clone.path / "results/junit.xml").read_text(encoding="utf-8")
         self.assertEqual(junit.count("<testcase "), CASES)
 
     def test_has_green_pipelines(self):
@@ -118,18 +131,19 @@ class Adoption(unittest.TestCase):
         self.assertIn(4, [job.parallel for jobs in pipelines for job in jobs])
         for jobs in pipelines:
             with self.subTest(jobs=[job.name for job in jobs]):
-                shutil.rmtree(self.folder.path / "results", ignore_errors=True)
+                shutil.rmtree(self.clone.path / "results", ignore_errors=True)
                 for job in jobs:
                     self.run_job(job)
                 self.check_run()
+        self.assertIn(f"Total Tests: {CASES}", self.clone.run("ctest --test-dir build -N", 0))
 
     def test_has_a_green_pipeline_in_jenkins(self):
-        shutil.rmtree(self.folder.path / "results", ignore_errors=True)
+        shutil.rmtree(self.clone.path / "results", ignore_errors=True)
         (recipe,) = parts.snippets_of(text_of("docs/runner.md"), "groovy")
         commands = list(parts.commands_of_groovy(recipe))
         self.assertEqual(len(commands), 4)
         for command in commands:
-            self.folder.run(command.replace("MyTests", "OrderTests --dll ParserTests"), 0)
+            self.clone.run(command.replace("MyTests", "OrderTests --dll ParserTests"), 0)
         self.check_run()
 
 
