@@ -19,6 +19,7 @@
 #include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/journal/crashnotes.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
@@ -264,6 +265,7 @@ public:
             if (writer)
             {
                 writer->Close();
+                CopyCrashNote(part.folder, number, m_target.GetPath(), m_number);
             }
         }
     }

@@ -13,4 +13,8 @@ std::wstring GetCrashNotePath(const std::wstring& folder, std::uint32_t journal)
 /// The lines of the note; empty if there is none.
 std::wstring ReadCrashNote(const std::wstring& folder, std::uint32_t journal);
 
+/// Copies the note, if there is one, to another run's folder and journal. Throws LbException if that fails.
+void CopyCrashNote(const std::wstring& folder, std::uint32_t journal, const std::wstring& targetFolder,
+                   std::uint32_t targetJournal);
+
 } // namespace Runner

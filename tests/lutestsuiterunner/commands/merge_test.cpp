@@ -9,6 +9,7 @@
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
+#include "testing/lutestsuiterunner/reports/opencases.h"
 #include "tests/lutestsuiterunner/samplerun.h"
 #include "tests/support/scopedfolder.h"
 
@@ -162,6 +163,22 @@ TEST_F(RunnerMerge, IsRedWhenAShardDied)
     EXPECT_EQ(state->GetOpenCases(), std::vector<std::uint32_t>{3});
     ASSERT_EQ(state->GetProblems().size(), 1U);
     EXPECT_EQ(state->GetProblems()[0], L"Teil 2 von 2 ist nicht beendet");
+}
+
+TEST_F(RunnerMerge, KeepsWhatAShardsHostPrintedWhenItCrashed)
+{
+    RunShard(1);
+    {
+        const auto writer = Begin(2);
+        writer->Write(MakeStart(3));
+    }
+    m_folder.WriteFile(L"2/output/crash-1.txt", "Fehler: Absturz\n");
+
+    EXPECT_EQ(Merge({1, 2}), 1);
+
+    const std::wstring whole = m_folder.GetPathOf(L"ganz/");
+    const Runner::SOpenCases open = Runner::FindOpenCases(*LoadMerged(), whole, false);
+    EXPECT_EQ(open.interrupted, (std::map<std::uint32_t, std::wstring>{{3U, L"Fehler: Absturz\n"}}));
 }
 
 TEST_F(RunnerMerge, KeepsAttemptsTextsAndJournalsOfAResumedShard)
