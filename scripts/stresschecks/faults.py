@@ -26,7 +26,7 @@ LINUX = {
 WINDOWS = {
     "WriteToNull": "0xC0000005", "OverflowStack": "0xC00000FD", "CallAbort": "Status 3", "ThrowInThread": "Status 3",
     "FreeTwice": PASSED, "LockTwice": HUNG, "LoopForever": HUNG, "LeaveAtOnce": "Status 0",
-    "UseAllMemory": "Status 3", "CallPureVirtual": "0xC0000005", "BreakAssertion": "Status 3",
+    "UseAllMemory": "Speichermangel", "CallPureVirtual": "0xC0000005", "BreakAssertion": "Status 3",
     "WriteBehindPage": "0xC0000005",
 }
 # What the process said itself, which tells apart faults with the same reason.

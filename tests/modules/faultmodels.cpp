@@ -80,14 +80,11 @@ LB_OS_EXPORT FAULT void LeaveAtOnce()
 LB_OS_EXPORT FAULT void UseAllMemory() noexcept
 {
     constexpr std::size_t c_Limit = std::size_t{64} << 20U;
-    constexpr std::size_t c_Block = std::size_t{1} << 20U;
-    if (!LbOs::LimitMemory(c_Limit))
+    static_cast<void>(LbOs::LimitMemory(c_Limit));
+    // Each block is twice as large as the one before, so that memory ends soon even if the system sets no limit.
+    for (std::size_t block = std::size_t{1} << 20U; true; block *= 2)
     {
-        std::abort();
-    }
-    while (true)
-    {
-        *static_cast<volatile char*>(::operator new(c_Block)) = 1;
+        *static_cast<volatile char*>(::operator new(block)) = 1;
     }
 }
 
