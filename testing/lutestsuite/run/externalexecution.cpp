@@ -78,6 +78,21 @@ void endDescendantsAtExit()
     });
 }
 
+void prepareProcess()
+{
+    // Wine buffers stderr; a crash would lose output, or attribute it to a later case.
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
+    endDescendantsAtExit();
+    LbOs::EndSilentlyOnCrash();
+}
+
+/// Later cases go to another child. Exits immediately, because an orderly exit may need memory.
+[[noreturn]] void endWithoutMemory()
+{
+    LbOs::EndDescendants();
+    LbOs::EndProcess(EXIT_SUCCESS);
+}
+
 } // namespace
 
 void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment)
@@ -89,10 +104,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     const auto request = openEvent(setup.requestEventId);
     const auto response = openEvent(setup.responseEventId);
     CSharedMemoryWorkBuffer buffer(setup.memoryId, CSharedMemoryWorkBuffer::eO_Open);
-    // Wine buffers stderr; a crash would lose output, or attribute it to a later case.
-    std::setvbuf(stderr, nullptr, _IONBF, 0);
-    endDescendantsAtExit();
-    LbOs::EndSilentlyOnCrash();
+    prepareProcess();
     CCrashReporter reporter(setup.memoryId, *response);
     const LuTestSuite::CCrashNotes notes(&reporter);
     LuTestSuite::CCrashThread thread;
@@ -122,9 +134,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
         answer(*view, *response);
         if (!hasMemory())
         {
-            // Later cases go to another child. Exits immediately, because an orderly exit may need memory.
-            LbOs::EndDescendants();
-            LbOs::EndProcess(EXIT_SUCCESS);
+            endWithoutMemory();
         }
     }
 }

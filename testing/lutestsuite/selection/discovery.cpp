@@ -93,6 +93,24 @@ private:
     std::unordered_set<std::wstring> m_entered;
 };
 
+/// Warns if no object can be made of the class that belongs to a folder.
+bool canBeCreated(const LbRTTI& type, const std::wstring& folderName)
+{
+    if (type.IsExactly(LuUnitTest::RTTI))
+    {
+        LuTestSuite::WriteWarning(L"Warnung: Zum Verzeichnis %s gehörende Unit-Test Klasse hat keine eigene RTTI.\n",
+                                  folderName);
+        return false;
+    }
+    if (type.GetCreate() == nullptr)
+    {
+        LuTestSuite::WriteWarning(
+            L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n", folderName);
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::vector<LuTestSuite::SUnitTest> LuTestSuiteUtils::ScanDirectoryForUnitTests(const std::wstring& dataDir,
@@ -134,16 +152,8 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
         pendingDirs.push_back(directory);
         return;
     }
-    if (type->IsExactly(LuUnitTest::RTTI))
+    if (!canBeCreated(*type, folderName))
     {
-        LuTestSuite::WriteWarning(L"Warnung: Zum Verzeichnis %s gehörende Unit-Test Klasse hat keine eigene RTTI.\n",
-                                  folderName);
-        return;
-    }
-    if (type->GetCreate() == nullptr)
-    {
-        LuTestSuite::WriteWarning(
-            L"Warnung: Unit-Test %s hat keine RTTI-Create Methode, kann nicht instanziert werden.\n", folderName);
         return;
     }
     const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::FindCases, folderName, directory);
