@@ -1,4 +1,4 @@
-// Comforts of the pages; without this script everything can be read, too.
+// Interactive parts of the pages. Without this script everything can be read, too.
 // - The tables of class "sortable", of classes and of cases are sorted by their header cells: click, Enter or Space. A
 //   second time turns the order around. Empty cells come last in both orders, equal ones stay in the order they had.
 // - The columns of the cases are as wide as their texts need.
@@ -15,7 +15,7 @@
         /^\[?(\d{4})-(\d\d?)-(\d\d?)\]?(?:[T\s-]+\[?(\d\d?)[:-](\d\d)(?:[:-](\d\d(?:\.\d+)?))?\]?)?$/;
     var DAY_FIRST = /^(\d\d?)\.\s?(\d\d?)\.\s?(\d{4})(?:,?\s+(\d\d?):(\d\d)(?::(\d\d(?:\.\d+)?))?)?$/;
 
-    // What is worst comes first.
+    // Sorted from worst to best.
     var STATES = { Worse: 0, Different: 1, Improved: 2 };
     var RESULT_HEADING = /^Result/;
     var PASSED = 'Ok';
@@ -69,7 +69,7 @@
         return keys;
     }
 
-    // The collator is slow: it sees each text once.
+    // The collator is slow, so it compares each distinct text only once.
     function rankTexts(texts, passedLast) {
         var ranks = new Map();
         Array.from(new Set(texts)).sort(function (a, b) {
@@ -95,8 +95,8 @@
         });
     }
 
-    // Takes all out behind the header at once: the blanks between rows, left alone together, would make each step of a
-    // browser from row to row a long one.
+    // Removes everything behind the header in one step. If only the rows were removed, the white space between them
+    // would stay, and browsers would have to skip all of it on the way from row to row.
     function takeOut(body, header) {
         var range = document.createRange();
         range.selectNodeContents(body);
@@ -226,7 +226,7 @@
         return columns;
     }
 
-    // Short texts and words have the room they need; longer texts share the rest and break between words.
+    // Short texts and words get the width they need; longer texts share the rest and break between words.
     function getWidths(column, index, kind) {
         var mark = index === kind.markedColumn ? MARK : 0;
         var text = mark + Math.min(column.text * SPARE, index === kind.messageColumn ? LONGEST_MESSAGE : LONGEST_TEXT);
@@ -249,7 +249,7 @@
         table.style.setProperty('--widest', toLength(widest));
     }
 
-    // Which cases have failed, and which case of a class is the one to see first.
+    // Selectors for the failed cases, and for the case of a class that a link to the class shows.
     var RUN = {
         failed: 'tr.failure, tr.error', first: ['tr.failure, tr.error', 'tr.warning', 'tr'],
         filter: 'Nur fehlgeschlagene', count: ' fehlgeschlagen',
@@ -282,7 +282,7 @@
         return place.bottom > 0 && place.top < window.innerHeight;
     }
 
-    // How many of the rows stand above the middle of the window. They are in order, so that few have to be asked.
+    // Number of rows above the middle of the window. Binary search, since asking for a row's place is slow.
     function countAbove(rows) {
         var low = 0, high = rows.length;
         while (low < high) {
@@ -380,7 +380,7 @@
         return filter;
     }
 
-    // Of each class the case to see first. Few classes have only cases that are at the end of the search.
+    // The case of each class that a link to the class shows. Few classes need the last selectors.
     function findFirstRows(table, kind, names) {
         var first = new Map();
         kind.first.forEach(function (selector) {

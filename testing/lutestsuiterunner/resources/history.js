@@ -1,4 +1,4 @@
-// Comforts of the page; without this script everything can be read, too.
+// Interactive parts of the page. Without this script everything can be read, too.
 // - Tables are sorted by their header cells: click, Enter or Space; a second time turns the order around.
 // - One search over all findings.
 (function () {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests finding failed cases, and layout in all window sizes. comforts_test.py PAGES CHROMIUM CHROMEDRIVER"""
+"""Tests finding failed cases, and layout in all window sizes. interaction_test.py PAGES CHROMIUM CHROMEDRIVER"""
 
 import re
 
