@@ -1,5 +1,6 @@
 #include "testing/lutestsuiterunner/commands/ctestscript.h"
 
+#include "testing/lutestsuite/lutestsuiterunevents.h"
 #include "testing/lutestsuiterunner/model/textescape.h"
 
 namespace Runner
@@ -37,8 +38,9 @@ void append(std::string& script, const std::wstring& name, const std::wstring& c
 /// True if the description forbids that other cases run at the same time.
 bool isSerial(const LuTestSuite::ParameterMap& parameters)
 {
-    const auto parallel = parameters.find(L"Parallel");
-    return parallel != parameters.end() && !parallel->second.ToBool().value_or(false);
+    LuTestSuiteRun::SParams unless;
+    unless.parallel = true;
+    return !LuTestSuiteRun::GetCaseParams(unless, parameters).parallel;
 }
 
 /// The folder above the folder of the class.
