@@ -27,7 +27,7 @@ std::wstring getChecksumOfText(const std::wstring& text)
     return LbReceivedFile::GetChecksum(LbEncoding::ToUtf8(text));
 }
 
-/// Of all that a decision about whole files writes or replaces.
+/// Checksum of all files that a decision about whole files writes or replaces.
 std::wstring getChecksumOfFiles(const std::vector<SReceivedFile>& files)
 {
     std::wstring text;

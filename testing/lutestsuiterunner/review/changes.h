@@ -1,7 +1,6 @@
-/// What tests have made in place of their references, grouped by what has changed.
+/// The received files of tests, "<reference>.received", grouped by what has changed.
 ///
-/// A review only replaces references: it never removes one. A reference that no test compares any more stays, and is
-/// not named.
+/// A review replaces references but never removes one. It does not look for references that no test compares any more.
 #pragma once
 
 #include <cstddef>
@@ -22,20 +21,20 @@ enum class EChange
     Blank ///< the reference would have nothing but white space and a byte-order mark; perhaps there is none yet
 };
 
-/// What earlier decisions of one call have accepted of a file.
+/// The parts of a file that earlier decisions of the same call have accepted.
 struct SAccepted
 {
     std::string reference; ///< bytes before the first of these decisions; the names of parts refer to them
     PartNames parts;
 };
 
-/// One reference.
+/// A received file and its reference.
 struct SReceivedFile
 {
     std::wstring reference;                             ///< path
-    std::wstring checksum;                              ///< of what was received
+    std::wstring checksum;                              ///< of the received file
     std::wstring expected;                              ///< checksum of the reference; empty if there is none
-    bool isRepeated;                                    ///< enough runs have made exactly that
+    bool isRepeated;                                    ///< enough runs have made the same output
     std::shared_ptr<const SAccepted> earlier = nullptr; ///< null: nothing
 };
 
@@ -44,10 +43,10 @@ struct SChange
 {
     EChange kind;
     std::wstring checksum; ///< of the changed parts; of new and blank references: of all files with their contents
-    std::wstring id;       ///< its first digits: at least six, more if others begin alike
-    PartNames parts;       ///< the decision is about these or these kinds; empty: about the files as a whole
+    std::wstring id;       ///< the first digits of `checksum`: at least six, more if those of others are equal
+    PartNames parts;       ///< the parts, or kinds of parts, to be decided on; empty for whole files
     std::vector<SReceivedFile> files;
-    bool areLinesEqual = true; ///< false: text that stays in its lines differs, such as values of each file
+    bool areLinesEqual = true; ///< false if the changed lines differ in unchanged text, such as values of each file
 
     std::size_t CountUnrepeated() const;
 };
@@ -55,7 +54,7 @@ struct SChange
 /// The file in a reviewed folder that exists while a decision is carried out.
 inline constexpr const wchar_t* c_DecisionFile = L"lutestsuite-review.pending";
 
-/// That file while it is written.
+/// The temporary file that becomes c_DecisionFile when it is complete.
 inline constexpr const wchar_t* c_DecisionDraft = L"lutestsuite-review.pending.tmp";
 
 /// The folder with the received files of the decision.

@@ -1,4 +1,4 @@
-/// The outputs that a decision is about, out of the reach of runs.
+/// The received files of a decision, moved to where runs do not change them.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@
 namespace Runner
 {
 
-/// The path of the file that has changed since it was read: the reference or what was received in its place. Empty if
-/// both are as they were. `received` is the present place of the latter. Throws LbException if a file cannot be read.
+/// The path of the file that has changed since it was read: the reference or the received file. Empty if neither has.
+/// `received` is the present path of the received file. Throws LbException if a file cannot be read.
 std::wstring FindChanged(const SReceivedFile& file, const std::wstring& received);
 
 /// Removes the folder of a decision that has used all files in it.
@@ -23,11 +23,11 @@ void RemoveUsedClaims(const std::wstring& directory);
 class CClaims
 {
 public:
-    /// The caller keeps `files`. `directory` has a final separator.
+    /// `files` must outlive the object. `directory` has a final separator.
     CClaims(const std::wstring& directory, const std::vector<SReceivedFile>& files);
 
-    /// Moves what an earlier process has not moved. Returns the path of the first file that has changed; the caller
-    /// then releases all. Throws LbException or a German message as std::wstring.
+    /// Moves the files that an earlier process has not moved. Returns the path of the first file that has changed; the
+    /// caller then releases all files. Throws LbException or a German message as std::wstring.
     std::wstring Claim() const;
 
     /// True if all files have been moved, also by an earlier process.

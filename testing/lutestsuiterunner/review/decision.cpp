@@ -59,18 +59,18 @@ std::wstring describeChanged(const std::wstring& path)
     return LbFormat(L"Entscheidung abgelehnt: Datei %s hat sich seit dem Lesen geändert", path);
 }
 
-/// Changes files one by one, and can put them back.
+/// Changes files one by one, and can restore them.
 class CSteps : public INonCopyable
 {
 public:
-    /// An earlier process may have done some of the steps.
+    /// `isContinued`: the decision was interrupted, and an earlier process may have done some of the steps.
     CSteps(const SPlanned& planned, const CClaims& claims, bool isContinued)
         : m_planned(planned), m_claims(claims), m_isContinued(isContinued)
     {
         m_steps.reserve(planned.files.size());
     }
 
-    /// Nothing if the file is left alone, because its reference has changed after an interruption.
+    /// Empty if the file stays as it is, because its reference has changed since the interruption.
     std::optional<SDecidedFile> Do(std::size_t index)
     {
         const SReceivedFile& file = m_planned.files[index];
@@ -95,7 +95,7 @@ public:
         return decided;
     }
 
-    /// False if a file cannot be put back.
+    /// False if a file cannot be restored.
     bool Undo() noexcept
     try
     {
@@ -120,7 +120,7 @@ private:
         std::string received;
     };
 
-    /// What is accepted of a file with this decision.
+    /// The parts of a file that this decision accepts.
     SAccepted getAccepted(const SStep& step, const std::string& expected) const
     {
         const SReceivedFile& file = m_planned.files[step.index];
@@ -193,7 +193,7 @@ private:
                 std::make_shared<const SAccepted>(std::move(accepted))};
     }
 
-    /// Makes what was received the reference.
+    /// Replaces the reference by the received file.
     SDecidedFile replace(const SStep& step) const
     {
         const SReceivedFile& file = m_planned.files[step.index];
@@ -256,7 +256,7 @@ void removeRuns(const Files& files)
     }
 }
 
-/// The end of a decision that is carried out or put back.
+/// Ends a decision that was carried out or undone.
 void removePlan(const CClaims& claims, const std::wstring& plan)
 {
     LbOs::RemoveFile(plan);
@@ -278,7 +278,7 @@ SOutcome carryOut(const SPlanned& planned, CSteps& steps)
     return outcome;
 }
 
-/// The disk then contains the whole plan or nothing of it.
+/// Writes the plan as a whole: if the process is killed meanwhile, there is no plan.
 void writePlan(const std::wstring& directory, const std::string& plan)
 {
     const std::wstring path = directory + c_DecisionFile;
@@ -322,7 +322,7 @@ void requireReady(const std::wstring& plan, const Files& files)
     }
 }
 
-/// As long as not all files are claimed, no reference has changed.
+/// While some files are not claimed yet, no reference has changed.
 SOutcome finish(const std::wstring& folder, const std::wstring& plan)
 {
     const SPlanned planned = ReadDecisionPlan(folder);
@@ -346,7 +346,7 @@ SOutcome finish(const std::wstring& folder, const std::wstring& plan)
     return outcome;
 }
 
-/// An error with the way out.
+/// An error that says what the user can do.
 std::wstring explain(const std::wstring& reason, const std::wstring& plan)
 {
     return LbFormat(L"%s; wird die Datei %s gelöscht, bleibt der Rest der Entscheidung offen", reason, plan);

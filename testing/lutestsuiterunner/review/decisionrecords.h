@@ -15,23 +15,24 @@ enum class EDecision
 {
     Accept, ///< the change's parts are taken over into the references, or what was received becomes the reference,
             ///< except for line ends that were not shown
-    Reject, ///< what was received is removed, with all of its parts
+    Reject, ///< the received file is removed, with all of its parts
 };
 
-/// What a decision has done to a file.
+/// A file after a decision.
 struct SDecidedFile
 {
-    std::wstring reference;                              ///< path
-    std::wstring expected;                               ///< checksum of the reference now; empty if there is none
-    bool isOpen;                                         ///< other parts of the file remain to be decided
-    std::shared_ptr<const SAccepted> accepted = nullptr; ///< for decisions on these parts; null if there are no others
+    std::wstring reference; ///< path
+    std::wstring expected;  ///< checksum of the reference now; empty if there is none
+    bool isOpen;            ///< other parts of the file remain to be decided
+    std::shared_ptr<const SAccepted> accepted =
+        nullptr; ///< for the decisions on its other parts; null if there are none
 };
 
 struct SOutcome
 {
     std::vector<SDecidedFile> done;
     std::size_t left = 0; ///< files of a finished decision whose references had changed after the interruption
-    std::wstring changed; ///< the file because of which FinishDecision has put the decision back; otherwise empty
+    std::wstring changed; ///< the file because of which FinishDecision has undone the decision; otherwise empty
 };
 
 } // namespace Runner

@@ -143,7 +143,7 @@ std::vector<SHunk> makeHunks(LineSpan old, LineSpan fresh, std::size_t offset)
     return hunks;
 }
 
-/// How many elements at the beginning and behind that at the end are equal.
+/// Number of equal elements at the beginning, and of equal ones at the end that do not overlap with them.
 template<typename Sequence>
 std::pair<std::size_t, std::size_t> countCommonEnds(const Sequence& old, const Sequence& fresh)
 {
@@ -168,7 +168,7 @@ SHunk compareBytes(std::string_view old, std::string_view fresh)
             {fresh.substr(begin, fresh.size() - begin - end)}};
 }
 
-/// Which line ends a text has.
+/// The kind of line ends in a text.
 enum class EEnds
 {
     None,

@@ -24,7 +24,7 @@ struct SDifference
     std::vector<SHunk> hunks;
 };
 
-/// True if one of both has a zero byte.
+/// True if either has a zero byte.
 bool AreBytes(std::string_view reference, std::string_view received);
 
 /// Lines without their line feeds, and without carriage returns before them if `dropReturns` is set. A text that ends
@@ -35,16 +35,16 @@ std::vector<std::string_view> SplitLines(std::string_view text, bool dropReturns
 /// texts. Sequences with very many differences have one hunk between their first and their last one.
 std::vector<SHunk> CompareLines(const std::vector<std::string_view>& old, const std::vector<std::string_view>& fresh);
 
-/// If line ends "\r\n" count as "\n": the line end that all lines of the reference have, or of what was received if the
-/// reference has only one line. Empty if line ends count as part of the lines, because the reference has both of them,
-/// because nothing else differs, or because both are bytes.
+/// If "\r\n" and "\n" count as equal: the line end of the reference, or of `received` if the reference has only one
+/// line. Empty if different line ends are differences, because the reference has both kinds, because nothing else
+/// differs, or because both are bytes.
 std::string_view FindIgnoredEnd(std::string_view reference, std::string_view received);
 
 /// The differences of `received` from `reference`, in their order; their texts refer to the arguments. Lines are
 /// compared by CompareLines, without their ends if FindIgnoredEnd finds one.
 SDifference FindDifference(std::string_view reference, std::string_view received);
 
-/// True if what was received has line ends that differ from FindIgnoredEnd.
+/// True if `received` has line ends other than FindIgnoredEnd.
 bool HasIgnoredEnds(std::string_view reference, std::string_view received);
 
 } // namespace Runner

@@ -38,7 +38,7 @@ std::vector<Pieces> findTexts(const Lines& lines)
     return texts;
 }
 
-/// How many texts two lines have in common; 0 if these are less than half.
+/// Number of texts that two lines have in common; 0 if it is less than half of them.
 std::size_t getLikeness(const Pieces& one, const Pieces& other)
 {
     std::size_t common = 0;
@@ -79,7 +79,7 @@ public:
         return m_likeness[place] > 0 && m_best[place] == m_likeness[place] + m_best[place + m_width + 1];
     }
 
-    /// For lines that are no pair: true if the removed line can stay without a pair.
+    /// For two lines that do not form a pair: true if the removed line can stay alone.
     bool IsRemovedAlone(std::size_t old, std::size_t fresh) const
     {
         const std::size_t place = old * m_width + fresh;

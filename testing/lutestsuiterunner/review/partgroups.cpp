@@ -41,7 +41,7 @@ private:
     std::vector<std::uint32_t> m_parents;
 };
 
-/// What is connected, grouped in both ways.
+/// Connected files and parts, by files and by parts.
 struct SConnected
 {
     std::map<Files, PartNames> byFiles;

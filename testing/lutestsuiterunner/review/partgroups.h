@@ -16,10 +16,11 @@ struct SPartGroup
     std::vector<std::uint32_t> files; ///< indices, ordered; each of the files has all of the parts
 };
 
-/// Takes the parts of each file. Each part of each file is in exactly one group. Parts that are in the same files are
-/// one group. But where that makes more groups, by more than a tenth, files with the same parts are one group; this is
-/// decided for all files together that are connected by common parts. The tenth keeps some common parts apart from the
-/// parts that each file has of its own.
+/// `files` are the parts of each file. Each part of each file is in exactly one group.
+///
+/// Files that are connected by common parts are grouped in one of two ways: parts that are in the same files form a
+/// group, or files with the same parts form a group. The second way is taken if it makes fewer groups by more than a
+/// tenth. With a smaller difference the first way is better: it separates common parts from parts of single files.
 std::vector<SPartGroup> GroupByParts(const std::vector<PartNames>& files);
 
 } // namespace Runner

@@ -12,8 +12,8 @@ void CPartKinds::Add(const SPartNames& part)
 
 bool CPartKinds::AreOne(const std::wstring& kind) const
 {
-    // More of them would be too many decisions on one cause. Fewer may be as many causes, if several files have
-    // each of them.
+    // More variants would be too many decisions on one cause. If there are fewer, and several files have each of them,
+    // they may have different causes.
     constexpr std::size_t c_MostVariants = 15;
     const auto found = m_kinds.find(kind);
     if (found == m_kinds.end())

@@ -17,11 +17,12 @@ struct SPartNames
     std::wstring kind;
 };
 
-/// Which kinds of parts are decided on as one, because their lines have values of each file.
+/// Finds the kinds of parts that are one decision although their lines differ, because they contain values of each
+/// file.
 class CPartKinds
 {
 public:
-    /// The part must outlive the object.
+    /// `part` must outlive the object.
     void Add(const SPartNames& part);
 
     bool AreOne(const std::wstring& kind) const;
@@ -30,7 +31,7 @@ private:
     struct SKind
     {
         std::unordered_set<std::wstring_view> variants; ///< checksums of parts
-        std::size_t places = 0;                         ///< files with one of them, each counted for each of them
+        std::size_t places = 0;                         ///< number of pairs of a file and a variant in it
     };
 
     std::unordered_map<std::wstring_view, SKind> m_kinds;

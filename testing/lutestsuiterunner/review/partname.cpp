@@ -44,7 +44,7 @@ std::string getWholeKey(const SHunk& hunk, bool isBinary)
     return key;
 }
 
-/// Which pieces count among those that stay.
+/// The unchanged pieces that are part of the name.
 enum class EContext
 {
     Nothing,
@@ -53,7 +53,7 @@ enum class EContext
     All,
 };
 
-/// What has happened to a line as a whole.
+/// The kind of change of a line as a whole.
 struct SSums
 {
     bool hasLost = false; ///< more than white space
@@ -107,7 +107,7 @@ std::string_view getLastText(std::span<const std::string_view> pieces)
     return last == pieces.rend() ? std::string_view() : *last;
 }
 
-/// The pieces of the old line that stay between two changed places.
+/// The unchanged pieces of the old line between two changed places.
 struct SRun
 {
     std::span<const std::string_view> pieces;

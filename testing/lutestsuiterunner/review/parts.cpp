@@ -18,7 +18,7 @@ namespace
 
 using Texts = std::vector<std::string_view>;
 
-/// Lines that took the place of one other line each, one part for each kind.
+/// For lines that each replaced one other line: one part for each kind.
 std::vector<SPart> splitKinds(const std::vector<SHunk>& pairs)
 {
     std::map<std::wstring, SHunk> lines;
@@ -40,7 +40,7 @@ std::vector<SPart> splitKinds(const std::vector<SHunk>& pairs)
     return parts;
 }
 
-/// What may be decided on by itself.
+/// The parts of a hunk; each can be accepted or rejected alone.
 std::vector<SPart> split(const SHunk& hunk, bool isBinary)
 {
     /// Limits the number of parts of files that have changed throughout.
@@ -63,7 +63,7 @@ std::vector<SPart> split(const SHunk& hunk, bool isBinary)
                : std::vector<SPart>{{GetPartName(hunk, false), GetPartKind(hunk, false), {hunk}}};
 }
 
-/// True if a line of the reference with text in it is in what was received, too.
+/// True if `received` contains a line of the reference that is not blank.
 bool hasCommonText(std::string_view reference, const std::vector<SHunk>& hunks)
 {
     Texts lines = SplitLines(reference, true);

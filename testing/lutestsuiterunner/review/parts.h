@@ -11,11 +11,11 @@
 namespace Runner
 {
 
-/// Lines that take the place of others, wherever and however often in the file.
+/// Lines that replace others, at one or several places of the file.
 struct SPart
 {
     std::wstring checksum; ///< GetPartName: equal for the same removed and added lines in any file
-    std::wstring kind;     ///< GetPartKind: equal for like changes of lines with other values
+    std::wstring kind;     ///< GetPartKind: equal for similar changes of lines with different values
     std::vector<SHunk> hunks;
 };
 
@@ -25,26 +25,26 @@ using PartNames = std::set<std::wstring>;
 /// The parts of the difference of `received` from `reference`, in the order of their first hunks; their texts refer to
 /// the arguments. At least one, without hunks if the bytes are equal.
 ///
-/// The lines of one place are a part each where PairLines separates them; very many lines are a part for each kind. A
-/// difference is one part as a whole if it is one of bytes, or if no line with text stays: without its other parts it
-/// could leave nothing.
+/// Each pair of lines that PairLines finds is a part. If there are very many parts, those of one kind are one part. The
+/// whole difference is one part if it is one of bytes, or if no line with text stays, because some of its parts alone
+/// could make the reference blank.
 std::vector<SPart> FindParts(std::string_view reference, std::string_view received);
 
 /// True if the names include the part or its kind.
 bool IsNamed(const SPart& part, const PartNames& names);
 
-/// One checksum for several parts; that of the part if it is alone.
+/// One checksum for several parts; the checksum of the part if there is only one.
 std::wstring GetChecksumOf(const PartNames& parts);
 
 /// True if the bytes are nothing but white space and a byte-order mark.
 bool IsBlank(std::string_view bytes);
 
-/// The reference with the chosen parts changed: `received` itself if these are all, the reference if it has no such
-/// part. Where FindDifference ignores line ends, all lines get FindIgnoredEnd: nobody has seen the new ones. If all
-/// parts are chosen, the difference of the result is then one of line ends only, which FindDifference does show.
+/// The reference with the chosen parts changed. The result is `received` itself if all parts are chosen, and the
+/// reference if none is. If FindDifference ignores line ends, all lines get FindIgnoredEnd, because the user has not
+/// seen the new ones. If all parts are chosen then, the result differs from `received` only in line ends, and
+/// FindDifference shows such a difference.
 ///
-/// The parts of a difference cannot be applied one after the other, each to the result before: the difference of such a
-/// result from `received` may have other parts.
+/// Several parts must be applied in one call: the result of the first may differ from `received` in other parts.
 std::string ApplyParts(std::string_view reference, std::string_view received, const PartNames& chosen);
 
 } // namespace Runner

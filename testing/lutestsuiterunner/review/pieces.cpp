@@ -69,7 +69,7 @@ std::size_t findEnd(std::string_view line, std::size_t begin)
     return end;
 }
 
-/// How many characters at the end are a unit behind a number.
+/// Length of the unit that follows a number at the end of the text.
 std::size_t getUnitSize(std::string_view text)
 {
     const std::size_t begin =
