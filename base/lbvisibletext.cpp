@@ -65,7 +65,7 @@ std::wstring LbVisibleText::ShowBytes(std::string_view bytes)
     wchar_t before = 0;
     for (const wchar_t character : LbEncoding::FromNative(bytes))
     {
-        // Of a surrogate pair the second one is no byte.
+        // The second half of a surrogate pair is not an escaped byte.
         if (isBetween(character, c_FirstByte, c_LastByte) && !isBetween(before, 0xD800, 0xDBFF))
         {
             text += LbFormat(L"\\x%02X", static_cast<std::uint32_t>(character) & 0xFFU);

@@ -19,7 +19,7 @@ namespace LuTestSuiteRun
 ///
 /// The first exception of an observer or of the host's callback fails the run: then neither is called again.
 ///
-/// The class alone writes SCaseInfo::executed.
+/// In this library only this class writes SCaseInfo::executed.
 class CRunEvents : public INonCopyable
 {
 public:

@@ -117,7 +117,7 @@ private:
     }
     void addFound(const std::vector<std::uint32_t>& found)
     {
-        // Most states are the end of no expression.
+        // At most states no expression ends.
         if (!found.empty())
         {
             m_found.insert(m_found.end(), found.begin(), found.end());

@@ -19,7 +19,7 @@ struct SSubmission
 {
     std::uint32_t number = 1;          ///< among those of the run, from 1
     std::vector<std::uint32_t> shards; ///< numbers of the shards, one a task; ascending
-    /// Of each of these shards, the verdicts that its journals had before the submission.
+    /// For each of these shards, the number of verdicts in its journals before the submission.
     std::vector<std::uint64_t> verdicts;
     /// Why each of these shards was lost before, German; empty for a shard that was not submitted before.
     std::vector<std::wstring> reasons = {};
@@ -37,7 +37,7 @@ struct STask
     ETaskState state = ETaskState::Over;
     std::wstring note;     ///< one line: where it runs, what it waits for, or how it ended
     bool hasPlace = false; ///< it has been given to a machine
-    bool isStuck = false;  ///< it waits for what nobody but a person can do
+    bool isStuck = false;  ///< it waits for something that only a person can do
 };
 
 /// The task of each shard, by the shard's number: the one that is not over, if there is one, else the newest.

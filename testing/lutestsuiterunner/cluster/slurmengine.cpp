@@ -203,7 +203,7 @@ private:
         const std::map<std::uint32_t, std::wstring> names = FindNewestOutputs(files);
         for (auto& [shard, task] : tasks)
         {
-            // A task that has not begun has nothing to say.
+            // A task that has not begun has no output.
             if (task.state != ETaskState::Over || !task.hasPlace)
             {
                 continue;

@@ -13,7 +13,7 @@ namespace Runner
 {
 
 /// The submissions so far, by number. Here and below, `folder` is the run's folder with a separator at its end. A
-/// submission has no shards while its process writes it, and for ever if that process died.
+/// submission has no shards until its process has written it; if the process dies before, it never has any.
 std::vector<SSubmission> ReadSubmissions(const std::wstring& folder);
 
 /// Records a submission before it is made. False if another process has the number already. Throws LbException with a

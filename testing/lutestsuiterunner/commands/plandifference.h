@@ -8,7 +8,7 @@
 namespace Runner
 {
 
-/// What differs between the plans, as a German word: options, or builds. Empty if nothing of that differs.
+/// What differs between the plans, as a German word: options, or builds. Empty if neither differs.
 std::wstring FindDifference(const SPlan& first, const SPlan& other);
 
 /// True if both builds were made of the same sources in the same configuration.

@@ -133,7 +133,7 @@ std::vector<SPlace> toPlaces(const std::vector<SHunk>& hunks)
     return places;
 }
 
-/// What a change is in a file.
+/// A change as it appears in one file.
 struct SView
 {
     std::vector<SPlace> places; ///< in their order

@@ -53,7 +53,7 @@ bool hasNamesake(const CRunState& state, const Suspects& suspects, std::uint32_t
     });
 }
 
-/// Why the host ended; empty unless the note blames the case, and no other one.
+/// Why the host ended; empty if the note does not blame the case, or blames others, too.
 std::wstring findReason(const std::wstring& note, const CRunState& state, const Suspects& suspects, std::uint32_t index)
 {
     const bool isOnlyOne = suspects.size() == 1;

@@ -23,8 +23,8 @@ std::wstring describeFailures(std::uint32_t count)
                       : LbFormat(L"nach %u fehlgeschlagenen Testfällen (--fail-fast)", count);
 }
 
-/// True if the child process of a case was asked to end together with this process. Who ends a group of processes often
-/// reaches the child first.
+/// True if a signal asked the case's child process to end. A signal to a group of processes often reaches the child
+/// before this process.
 bool isEndedFromOutside(const SCaseEnded& record)
 {
     // Negated numbers of SIGHUP, SIGINT and SIGTERM; no process of Windows has such a status.

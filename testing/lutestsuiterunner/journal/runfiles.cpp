@@ -74,7 +74,7 @@ void removeIn(const std::wstring& folder, std::span<const std::wstring_view> pat
     LbOs::RemoveEmptyDirectory(folder);
 }
 
-/// The shards of a distributed run; in any other folder, runs in such folders are runs of their own.
+/// Removes the shards of a distributed run. Without such a run, the folders of these names contain other runs.
 void removeShards(const std::wstring& folder)
 {
     for (std::uint32_t number = 1; LbFileSystem::IsDirectory(folder + GetShardFolderName(number)); ++number)
@@ -114,8 +114,8 @@ void RemoveRun(const std::wstring& folder)
     {
         return;
     }
-    // The plan first: without a plan the journals belong to no run. Last what shows that there was a run, so that the
-    // next run removes what an interrupted removal has left.
+    // The plan is removed first, because journals without a plan belong to no run. The files that mark a run's folder
+    // are removed last, so that the next run completes an interrupted removal.
     remove(folder + c_PlanName);
     for (const wchar_t* const name : {c_ProblemsName, c_ProofName})
     {

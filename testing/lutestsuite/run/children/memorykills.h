@@ -14,7 +14,7 @@ public:
     /// `count` returns the number of all kills so far.
     explicit constexpr CMemoryKills(std::uint64_t (*count)()) : m_count(count) {}
 
-    /// Disregards the kills so far.
+    /// Ignores the kills so far.
     void Forget() { m_taken = m_count(); }
 
     /// True if there was a kill that belongs to no child yet; it then belongs to the caller's.

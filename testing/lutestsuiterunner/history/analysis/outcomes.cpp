@@ -122,8 +122,8 @@ std::optional<SFlakiness> findFlakiness(const CTable& table, std::size_t testCas
     return flaky;
 }
 
-/// True if the case was known to be flaky before the streak: one of two outcomes was left and came back at least twice,
-/// or runs of one build prove it. A single short failure may be a defect that was fixed soon.
+/// True if the case was known to be flaky before the streak: an outcome has changed and come back at least twice, or
+/// runs of one build had both outcomes. A single short failure may be a defect that was fixed soon.
 bool isKnownFlaky(const CTable& table, std::size_t testCase, std::span<const SVerdict> before,
                   const std::vector<SStreak>& streaks, std::size_t number)
 {
@@ -172,7 +172,7 @@ void findChange(const CTable& table, std::size_t testCase, const std::vector<SVe
     const std::size_t last = streaks.size() - 1;
     if (last == 0)
     {
-        // A case that has failed since the first run is no change.
+        // A case that has failed since the first run of the archive is not a new failure.
         if (streaks[last].hasFailed && findings.added)
         {
             const std::size_t index = verdicts.front().run;

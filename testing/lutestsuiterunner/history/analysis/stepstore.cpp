@@ -127,7 +127,7 @@ std::map<std::string, std::string> readFile(const std::wstring& path)
     return stored;
 }
 
-/// The same archive, configuration, number of its newest runs and rules.
+/// Equal for the same archive, configuration, number of newest runs, and rules.
 std::string getKey(const std::string& digest, const std::wstring& configuration, const CTable& table,
                    const SStepRules& rules)
 {

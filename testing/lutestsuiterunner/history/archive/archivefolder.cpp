@@ -247,7 +247,7 @@ void CArchiveReader::writeIndex()
     }
 }
 
-/// Nobody knows the configuration and the begin of a run that cannot be read, only when its files changed.
+/// The configuration and the begin of an unreadable run are unknown, so the time of its files stands for the begin.
 std::vector<std::wstring> CArchiveReader::findUnreadable() const
 {
     std::map<std::wstring, std::int64_t> newest; // by configuration

@@ -34,7 +34,7 @@ SRecordedCase getCase(const CRunState& state, std::uint32_t index, const SAttemp
     const LuTestSuiteRun::SCaseInfo& info = attempt.result.info;
     SRecordedCase recorded = makeCanceled(plan, index);
     recorded.measured.result = info.result;
-    // A case that fails only in the shared process depends on the cases before it, which is no chance.
+    // A case that fails only in the shared process depends on the cases before it; it is not flaky.
     recorded.measured.hasBoth = state.GetVerdict(index) == EVerdict::Flaky;
     recorded.measured.seconds = static_cast<float>(info.time) * c_SecondsPerNanosecond;
     recorded.measured.memory = info.peakMemory;
