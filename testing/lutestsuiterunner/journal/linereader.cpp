@@ -83,6 +83,10 @@ bool CLineReader::findLineEnd(std::size_t& size)
 
 bool CLineReader::readMore()
 {
+    if (m_isAtEnd)
+    {
+        return false;
+    }
     if (m_start > 0)
     {
         std::memmove(m_buffer.data(), m_buffer.data() + m_start, m_end - m_start);
@@ -94,7 +98,8 @@ bool CLineReader::readMore()
     }
     const std::size_t count = m_read(m_buffer.data() + m_end, c_Piece);
     m_end += count;
-    return count > 0;
+    m_isAtEnd = count == 0;
+    return !m_isAtEnd;
 }
 
 /// Counts the rest of the file as its tail; fails if the rest cannot come from an incomplete write.

@@ -21,7 +21,7 @@ struct SDamage
 };
 
 /// Reads records in constant memory. If a process died while writing, the file ends with an incomplete record: its
-/// tail, which is not damage. One thread at a time.
+/// tail, which is not damage. The file may grow meanwhile: it ends where `read` first returns 0. One thread at a time.
 class CLineReader
 {
 public:
@@ -55,6 +55,7 @@ private:
     std::string m_buffer;
     std::size_t m_start = 0; ///< of what is not yet read
     std::size_t m_end = 0;
+    bool m_isAtEnd = false;         ///< no more calls of m_read
     std::uint64_t m_nextOffset = 0; ///< of m_start in the file
     std::uint64_t m_offset = 0;
     std::uint64_t m_sequence = 0;
