@@ -58,15 +58,16 @@ void sayThatItEnds(const SDistributedRun& run)
 /// Waits until the process that has started the shards has canceled them.
 std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
 {
-    std::unique_ptr<LbOs::CFolderLock> lock = TryAcquireSubmitterLock(run);
-    if (!lock)
+    bool isHeld = false;
+    std::unique_ptr<LbOs::CFolderLock> lock = TryAcquireSubmitterLock(run, isHeld);
+    if (isHeld)
     {
         sayThatItEnds(run);
         MarkCanceled(run.folder);
     }
     // That process waits for the tasks, and then writes the reports.
     const Clock::time_point end = Clock::now() + 2 * CFollower::sc_CancelLimit;
-    for (; !lock; lock = TryAcquireSubmitterLock(run))
+    for (; isHeld; lock = TryAcquireSubmitterLock(run, isHeld))
     {
         if (Clock::now() > end)
         {
@@ -191,10 +192,16 @@ int FollowToEnd(const SDistributedRun& run)
 {
     LbOs::CatchInterruptions();
     Quarantine quarantine = readQuarantine(run);
-    const std::unique_ptr<LbOs::CFolderLock> lock = run.kind->isOfThisMachine ? AcquireSubmitterLock(run) : nullptr;
-    if (run.kind->isOfThisMachine && !lock)
+    bool isHeld = false;
+    const std::unique_ptr<LbOs::CFolderLock> lock =
+        run.kind->isOfThisMachine ? AcquireSubmitterLock(run, isHeld) : nullptr;
+    if (isHeld)
     {
         return leave(run);
+    }
+    if (run.kind->isOfThisMachine)
+    {
+        WarnOfMissingLock(run.folder, lock != nullptr);
     }
     CFollower follower(run.folder, run.shards, *run.engine);
     follow(run, follower);

@@ -396,6 +396,7 @@ int Execute(const SMergeOptions& options)
 
     const std::unique_ptr<LbOs::CFolderLock> replaced = EndReplacedRun(GetRunFolder(options.out));
     CRunFolder target(options.out);
+    WarnOfMissingLock(target.GetPath(), target.IsLocked());
     SPlan plan = makePlan(parts);
     plan.digest = target.ReplacePlan(plan);
     CRunState whole(std::move(plan));

@@ -14,6 +14,7 @@ int Runner::Execute(const SReportOptions& options)
     MoveLibraryLinesToErrors();
     const std::wstring folder = GetRunFolder(options.directory);
     // The process of a run holds this lock to its end.
-    const bool isInProgress = !LbOs::CFolderLock::TryAcquire(folder);
+    bool isInProgress = false;
+    LbOs::CFolderLock::TryAcquire(folder, isInProgress);
     return GetStatus(*ReportRun(folder, isInProgress));
 }

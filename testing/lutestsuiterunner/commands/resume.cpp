@@ -105,6 +105,7 @@ int Execute(const SResumeOptions& resume)
         throw LbFormat(L"Der Ordner %s enthält keinen Lauf", path);
     }
     CRunFolder folder(path);
+    WarnOfMissingLock(path, folder.IsLocked());
     std::unique_ptr<CRunState> state = LoadRun(path);
     SRunOptions options = EnterRun(state->GetPlan());
     options.confirm = options.confirm || resume.confirm;

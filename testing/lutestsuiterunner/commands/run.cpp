@@ -86,6 +86,7 @@ int Execute(const SRunOptions& given)
 
     const std::unique_ptr<LbOs::CFolderLock> replaced = EndReplacedRun(GetRunFolder(options.out));
     CRunFolder folder(options.out);
+    WarnOfMissingLock(folder.GetPath(), folder.IsLocked());
     const std::unique_ptr<CJournalWriter> writer = folder.BeginRun(plan);
     auto state = std::make_unique<CRunState>(std::move(plan));
     CarryOut({options, setup, environment, folder.GetPath(), *state, previousCases}, *writer, problems,

@@ -10,17 +10,17 @@
 namespace Runner
 {
 
-std::unique_ptr<LbOs::CFolderLock> TryAcquireSubmitterLock(const SDistributedRun& run)
+std::unique_ptr<LbOs::CFolderLock> TryAcquireSubmitterLock(const SDistributedRun& run, bool& isHeld)
 {
-    return LbOs::CFolderLock::TryAcquire(run.folder + c_TasksFolderName);
+    return LbOs::CFolderLock::TryAcquire(run.folder + c_TasksFolderName, isHeld);
 }
 
-std::unique_ptr<LbOs::CFolderLock> AcquireSubmitterLock(const SDistributedRun& run)
+std::unique_ptr<LbOs::CFolderLock> AcquireSubmitterLock(const SDistributedRun& run, bool& isHeld)
 {
     CFollower follower(run.folder, run.shards, *run.engine);
     CShardsLine line;
-    std::unique_ptr<LbOs::CFolderLock> lock = TryAcquireSubmitterLock(run);
-    while (!lock && LbOs::GetInterruption() != LbOs::EInterruption::Terminate)
+    std::unique_ptr<LbOs::CFolderLock> lock = TryAcquireSubmitterLock(run, isHeld);
+    while (isHeld && LbOs::GetInterruption() != LbOs::EInterruption::Terminate)
     {
         follower.Watch();
         line.Show(follower, CShardsLine::Clock::now());
@@ -29,14 +29,16 @@ std::unique_ptr<LbOs::CFolderLock> AcquireSubmitterLock(const SDistributedRun& r
             MarkCanceled(run.folder);
         }
         std::this_thread::sleep_for(run.GetInterval());
-        lock = TryAcquireSubmitterLock(run);
+        lock = TryAcquireSubmitterLock(run, isHeld);
     }
     return lock;
 }
 
 bool BelongsToAnotherProcess(const SDistributedRun& run)
 {
-    return run.kind->isOfThisMachine && !TryAcquireSubmitterLock(run);
+    bool isHeld = false;
+    TryAcquireSubmitterLock(run, isHeld);
+    return run.kind->isOfThisMachine && isHeld;
 }
 
 } // namespace Runner

@@ -9,13 +9,14 @@
 namespace Runner
 {
 
-/// Null if another process has the lock.
-std::unique_ptr<LbOs::CFolderLock> TryAcquireSubmitterLock(const SDistributedRun& run);
+/// `isHeld` receives whether another process has the lock. If not, the lock is null only on a file system without
+/// locks.
+std::unique_ptr<LbOs::CFolderLock> TryAcquireSubmitterLock(const SDistributedRun& run, bool& isHeld);
 
 /// Local shards belong to the process that started them. Another process takes over only when that one has ended. Until
-/// then it shows how far the run is, and tells that process when the user cancels. Null if this process is asked to
-/// terminate.
-std::unique_ptr<LbOs::CFolderLock> AcquireSubmitterLock(const SDistributedRun& run);
+/// then it shows how far the run is, and tells that process when the user cancels. `isHeld` receives true if this
+/// process is asked to terminate before; then the lock is null, as on a file system without locks.
+std::unique_ptr<LbOs::CFolderLock> AcquireSubmitterLock(const SDistributedRun& run, bool& isHeld);
 
 /// True if another process of this machine has started the shards and has not ended.
 bool BelongsToAnotherProcess(const SDistributedRun& run);

@@ -158,6 +158,17 @@ void RequireNoReport(const std::wstring& folder, bool isForced)
     }
 }
 
+void WarnOfMissingLock(const std::wstring& folder, bool isLocked)
+{
+    if (!isLocked)
+    {
+        CTerminal::Get().WriteError(
+            LbFormat(L"Warnung: Der Ordner %s kann nicht gesperrt werden: ein zweiter Lauf, der "
+                     L"zugleich hineinschreibt, bleibt unbemerkt\n",
+                     folder));
+    }
+}
+
 void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& setup)
 {
     if (options.requireAllModules)

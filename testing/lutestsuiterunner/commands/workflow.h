@@ -35,6 +35,9 @@ void RequireNoRun(const SRunOptions& options);
 /// to. `folder` ends in a separator.
 void RequireNoReport(const std::wstring& folder, bool isForced);
 
+/// Warns if the folder is not locked, because its file system has no locks.
+void WarnOfMissingLock(const std::wstring& folder, bool isLocked);
+
 /// Warns of modules of --dll that are missing, unless the run is red because of them.
 void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& setup);
 

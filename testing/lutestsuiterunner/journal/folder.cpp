@@ -50,11 +50,6 @@ std::wstring makeFolder(const std::wstring& directory)
     return folder;
 }
 
-[[noreturn]] void refuseFolder(const std::wstring& folder)
-{
-    throw LbException(LbFormat(L"In den Ordner %s schreibt schon ein anderer Lauf", folder));
-}
-
 } // namespace
 
 std::wstring GetRunFolder(const std::wstring& directory)
@@ -69,18 +64,14 @@ std::unique_ptr<LbOs::CFolderLock> LockRunFolder(const std::wstring& directory)
     std::unique_ptr<LbOs::CFolderLock> lock = LbOs::CFolderLock::TryAcquire(folder, isHeld);
     if (isHeld)
     {
-        refuseFolder(folder);
+        throw LbException(LbFormat(L"In den Ordner %s schreibt schon ein anderer Lauf", folder));
     }
     return lock;
 }
 
 CRunFolder::CRunFolder(const std::wstring& directory)
-    : m_path(makeFolder(directory)), m_lock(LbOs::CFolderLock::TryAcquire(m_path))
+    : m_path(GetRunFolder(directory)), m_lock(LockRunFolder(directory))
 {
-    if (!m_lock)
-    {
-        refuseFolder(m_path);
-    }
 }
 
 std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan& plan)

@@ -30,13 +30,17 @@ std::string BeginPlan(const std::wstring& directory, const SPlan& plan);
 /// the folder, or the folder cannot be made.
 std::unique_ptr<LbOs::CFolderLock> LockRunFolder(const std::wstring& directory);
 
-/// The right to write into a run's folder, held by one process. On Windows the thread that took it must release it.
+/// The right to write into a run's folder, held by one process if the folder's file system has locks. On Windows the
+/// thread that took it must release it.
 class CRunFolder
 {
 public:
     /// Creates the folder if needed and takes the right. Throws LbException with a German message if another process
     /// has it, or the folder cannot be made.
     explicit CRunFolder(const std::wstring& directory);
+
+    /// False if the folder's file system has no locks. Then other processes may write into the folder, too.
+    bool IsLocked() const { return m_lock != nullptr; }
 
     /// The folder's path, with separator at its end.
     const std::wstring& GetPath() const { return m_path; }

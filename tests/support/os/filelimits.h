@@ -1,4 +1,4 @@
-/// Limits on what a process may write. Part of the tests, in no library.
+/// Limits on what a process may do with files. Part of the tests, in no library.
 #pragma once
 
 #include <cstddef>
@@ -10,5 +10,9 @@ namespace LbOs
 /// While the result exists, writing beyond `size` bytes fails for every file of the process, as on a full disk; null if
 /// the system has no such limit.
 std::shared_ptr<void> LimitFileSize(std::size_t size);
+
+/// Makes locking files and folders fail, as on a file system without locks, for the rest of the calling thread, and for
+/// the threads and processes that it starts. False if that is impossible.
+bool ForbidLocks();
 
 } // namespace LbOs

@@ -1,8 +1,15 @@
 #include "tests/support/os/filelimits.h"
 
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <iterator>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 
 namespace
 {
@@ -37,4 +44,16 @@ private:
 std::shared_ptr<void> LbOs::LimitFileSize(std::size_t size)
 {
     return std::make_shared<CFileSizeLimit>(size);
+}
+
+bool LbOs::ForbidLocks()
+{
+    sock_filter rules[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_flock, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOLCK),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program = {std::size(rules), rules};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }

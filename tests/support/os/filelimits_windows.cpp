@@ -4,3 +4,8 @@ std::shared_ptr<void> LbOs::LimitFileSize(std::size_t /*size*/)
 {
     return nullptr;
 }
+
+bool LbOs::ForbidLocks()
+{
+    return false;
+}
