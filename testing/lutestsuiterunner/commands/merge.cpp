@@ -114,6 +114,21 @@ bool areEqual(const SPlan& one, const SPlan& other)
            std::ranges::equal(one.cases, other.cases, isSameRun);
 }
 
+/// The plan of a distributed run has all cases, but its folder has no journal; the plan of its shard has a part of
+/// them.
+void requireNotDistributed(const std::vector<SPart>& parts)
+{
+    for (const SPart& part : parts)
+    {
+        if (part.state->GetPlan().partCount != 0 || part.state->GetPlan().part)
+        {
+            throw LbException(LbFormat(L"Der Lauf in %s kommt von 'submit': 'wait' und 'report' fassen seine Teile "
+                                       L"zusammen",
+                                       part.folder));
+        }
+    }
+}
+
 void requireSameSelection(const std::vector<SPart>& parts)
 {
     const SPlan& first = parts.front().state->GetPlan();
@@ -388,6 +403,7 @@ int Execute(const SMergeOptions& options)
     MoveLibraryLinesToErrors();
     std::vector<std::wstring> problems;
     std::vector<SPart> parts = loadParts(options.directories, problems);
+    requireNotDistributed(parts);
     requireSameSelection(parts);
     findPlaces(parts);
     const std::vector<const SPart*> owners = findOwners(parts);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
@@ -10,6 +11,7 @@
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "testing/lutestsuiterunner/reports/opencases.h"
+#include "tests/lutestsuiterunner/cluster/distributedrun.h"
 #include "tests/lutestsuiterunner/samplerun.h"
 #include "tests/support/scopedfolder.h"
 
@@ -270,6 +272,31 @@ TEST_F(RunnerMerge, RefusesARunOfOtherCases)
     Begin(2, other);
 
     EXPECT_NE(GetFailure({1, 2}).find(L"nicht dieselbe Auswahl"), std::wstring::npos);
+}
+
+TEST_F(RunnerMerge, RefusesADistributedRunAndItsShards)
+{
+    const CPlayedRun run;
+    run.RunShard(1);
+    run.RunShard(2);
+    for (const std::wstring& folder : {run.GetFolder(), run.GetShardFolder(1)})
+    {
+        Runner::SMergeOptions options;
+        options.directories = {folder};
+        options.out = m_folder.GetPathOf(L"ganz");
+        try
+        {
+            Runner::Execute(options);
+            ADD_FAILURE() << LbEncoding::ToUtf8(folder);
+        }
+        catch (const LbException& exception)
+        {
+            EXPECT_EQ(exception.GetMessageText(),
+                      L"Der Lauf in " + folder +
+                          L" kommt von 'submit': 'wait' und 'report' fassen seine Teile zusammen");
+        }
+        EXPECT_FALSE(LbFileSystem::Exists(options.out));
+    }
 }
 
 TEST_F(RunnerMerge, NeverReplacesOneOfItsShards)
