@@ -12,6 +12,7 @@
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/ctestscript.h"
 #include "testing/lutestsuiterunner/commands/newrun.h"
+#include "testing/lutestsuiterunner/commands/workflow.h"
 #include "testing/lutestsuiterunner/console/messages.h"
 #include "testing/lutestsuiterunner/execution/guards.h"
 #include "testing/lutestsuiterunner/execution/planning.h"
@@ -185,6 +186,7 @@ int Execute(const SListOptions& options)
         writeCTestScript(options.ctest, setup);
         return LuTestSuiteHost::c_Succeeded;
     }
+    WarnOfMissingModules({}, setup);
     const SSelection selection = SelectCases(setup); // the list points into it
     WarnOfSuitesWithoutFolder({}, selection.withoutFolder);
     const std::vector<SListed> list = merge(selection);

@@ -79,6 +79,17 @@ TEST_F(RunnerList, WritesJson)
     EXPECT_EQ(cases.at(1 - first).at("parameters").at("TimeOutSec"), 7);
 }
 
+TEST_F(RunnerList, WarnsOfAMissingModule)
+{
+    WriteDataSets();
+
+    const SHostRun run = List({L"--json"}, {L"--dll", L"gibtesnicht"});
+
+    EXPECT_EQ(run.exitStatus, 0);
+    EXPECT_EQ(FromPlatformLines(run.errors), "Warnung: " + DescribeMissingModule(L"gibtesnicht") + "\n");
+    EXPECT_EQ(nlohmann::json::parse(run.output).at("unitTests").size(), 1U);
+}
+
 TEST_F(RunnerList, WritesAScriptForCTest)
 {
     WriteDataSets();
