@@ -69,7 +69,7 @@ public:
         m_session.End(std::move(record));
     }
 
-    void OnCanceled() override { m_session.noteCancellation(); }
+    void OnCanceled() override { m_session.noteInterruption(); }
 
 private:
     CSession& m_session;
@@ -82,7 +82,6 @@ CSession::CSession(const SSessionParts& parts, const LuTestSuiteSetup& setup, co
 {
     // Each repetition is a case run of the plan.
     m_setup.params.repetitions = 1;
-    m_setup.checkCallback = [this] { return IsCanceled(); };
 }
 
 void CSession::Note(const Record& record)
@@ -95,28 +94,31 @@ void CSession::Note(const Record& record)
 void CSession::Abandon()
 {
     m_mutex.lock();
-    noteCancellation();
+    NoteCancellation();
 }
 
 void CSession::Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process)
 {
-    if (!cases.empty() && !IsCanceled())
+    if (!cases.empty() && !isCanceled(kind))
     {
+        m_setup.checkCallback = [this, kind] { return isCanceled(kind); };
         m_setup.unitTests = MakeCaseList(m_parts.state.GetPlan(), cases, process == EProcess::Own);
         CObserver observer(*this, cases, kind);
         LuTestSuiteRun::Run(m_setup, m_parts.environment, observer,
                             {.takeStacks = true, .dumpDirectory = m_parts.dumpDirectory});
     }
-    if (IsCanceled())
-    {
-        noteCancellation();
-    }
+    noteInterruption();
 }
 
 bool CSession::IsCanceled() const
 {
-    return LbOs::GetInterruption() != LbOs::EInterruption::None ||
-           (m_limits.failFast != 0 && m_failed >= m_limits.failFast);
+    return isCanceled(EAttemptKind::First);
+}
+
+bool CSession::isCanceled(EAttemptKind kind) const
+{
+    const bool hasFailedOften = m_limits.failFast != 0 && m_failed >= m_limits.failFast;
+    return LbOs::GetInterruption() != LbOs::EInterruption::None || (hasFailedOften && kind != EAttemptKind::Confirm);
 }
 
 void CSession::start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t worker, std::uint64_t processId)
@@ -173,7 +175,15 @@ bool CSession::isFinal(const SAttempt& attempt) const
     return attempt.IsFinished() && (attempt.HasPassed() || attempt.result.attempt > m_limits.retries);
 }
 
-void CSession::noteCancellation()
+void CSession::noteInterruption()
+{
+    if (LbOs::GetInterruption() != LbOs::EInterruption::None)
+    {
+        NoteCancellation();
+    }
+}
+
+void CSession::NoteCancellation()
 {
     const std::lock_guard lock(m_mutex);
     if (m_isCancellationNoted)

@@ -62,19 +62,24 @@ public:
     /// Records the end of the open attempt at a case, adds the attempt's number to the record, and tells the listener.
     void End(SCaseEnded record);
 
-    /// Runs the cases in this order. An interrupted case runs again under the same attempt number. Throws LbException
-    /// if recording fails; then no further case starts.
+    /// Runs the cases in this order. An interrupted case runs again under the same attempt number. Records that the run
+    /// is canceled if that is requested from outside. Throws LbException if recording fails; then no further case
+    /// starts. Confirmations also run after enough failed cases, because they explain these failures.
     void Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process);
 
     /// True if no more cases are to be run: a request from outside, or enough failed cases.
     bool IsCanceled() const;
+
+    /// Records once that the run is canceled.
+    void NoteCancellation();
 
 private:
     class CObserver;
 
     void start(std::uint32_t caseIndex, EAttemptKind kind, std::int32_t worker, std::uint64_t processId);
     void fillTime(SCaseEnded& record);
-    void noteCancellation();
+    bool isCanceled(EAttemptKind kind) const;
+    void noteInterruption();
     bool isFinal(const SAttempt& attempt) const;
 
     std::recursive_mutex m_mutex; ///< held while something is recorded

@@ -38,15 +38,18 @@ bool hasSharedProcess(const CRunState& state, std::uint32_t index)
     return !GetParams(state.GetPlan(), index).external || !state.GetPredecessors(*state.GetReported(index)).empty();
 }
 
-bool isToBeConfirmed(const CRunState& state, std::uint32_t index)
+/// True for a case that has failed at its last retry, unless it has been confirmed.
+bool isToBeConfirmed(const CRunState& state, std::uint32_t index, std::uint32_t retries)
 {
     if (state.GetVerdict(index) != EVerdict::Failed)
     {
         return false;
     }
-    const SAttempt& last = state.GetAttempts(index).back();
-    const bool isDone = last.kind == EAttemptKind::Confirm && last.IsFinished();
-    return !isDone && hasSharedProcess(state, index);
+    const std::span<const SAttempt> attempts = state.GetAttempts(index);
+    const SAttempt& last = attempts.back();
+    const bool isDue =
+        last.kind == EAttemptKind::Confirm ? !last.IsFinished() : last.IsFinished() && attempts.size() > retries;
+    return isDue && hasSharedProcess(state, index);
 }
 
 constexpr std::uint32_t c_FirstRetry = 2;
@@ -63,9 +66,9 @@ bool hasCaseToRetry(const CRunState& state, std::uint32_t retries)
     return false;
 }
 
-bool hasCaseToConfirm(const CRunState& state)
+Cases findCasesToConfirm(const CRunState& state, std::uint32_t retries)
 {
-    return !state.FindCases([&state](std::uint32_t index) { return isToBeConfirmed(state, index); }).empty();
+    return state.FindCases([&](std::uint32_t index) { return isToBeConfirmed(state, index, retries); });
 }
 
 void retry(CSession& session, const CRunState& state, std::uint32_t attempt)
@@ -77,12 +80,17 @@ void retry(CSession& session, const CRunState& state, std::uint32_t attempt)
     session.Run({apart, cases.end()}, EAttemptKind::Retry, EProcess::Own);
 }
 
+bool isNothingLeft(const CRunState& state, const SStages& stages)
+{
+    return state.GetOpenCases().empty() && state.GetMissingCases().empty() && !hasCaseToRetry(state, stages.retries) &&
+           (!stages.confirm || findCasesToConfirm(state, stages.retries).empty());
+}
+
 } // namespace
 
 bool IsComplete(const CRunState& state, const SStages& stages)
 {
-    return state.IsEnded() && !state.IsCanceled() && state.GetOpenCases().empty() && state.GetMissingCases().empty() &&
-           !hasCaseToRetry(state, stages.retries) && !(stages.confirm && hasCaseToConfirm(state));
+    return state.IsEnded() && !state.IsCanceled() && isNothingLeft(state, stages);
 }
 
 void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder)
@@ -108,10 +116,14 @@ void RunStages(CSession& session, const CRunState& state, const Cases& cases, co
     {
         retry(session, state, attempt);
     }
-    if (stages.confirm && !session.IsCanceled())
+    if (stages.confirm)
     {
-        session.Run(state.FindCases([&](std::uint32_t index) { return isToBeConfirmed(state, index); }),
-                    EAttemptKind::Confirm, EProcess::Own);
+        session.Run(findCasesToConfirm(state, stages.retries), EAttemptKind::Confirm, EProcess::Own);
+    }
+    // Enough failed cases cancel the run only if they have kept others from running.
+    if (session.IsCanceled() && !isNothingLeft(state, stages))
+    {
+        session.NoteCancellation();
     }
 }
 

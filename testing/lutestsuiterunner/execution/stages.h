@@ -22,7 +22,7 @@ bool IsComplete(const CRunState& state, const SStages& stages);
 void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder);
 
 /// Runs `cases`, then repeats all failed cases as often as demanded. Cases that failed in a shared process then run
-/// once more, each in its own process. Ends early when the session is canceled.
+/// once more, each in its own process. Ends early when the session is canceled; if cases are left then, records that.
 void RunStages(CSession& session, const CRunState& state, const std::vector<std::uint32_t>& cases,
                const SStages& stages);
 

@@ -206,7 +206,8 @@ TEST_F(RunnerResume, KeepsTheLimitOfFailuresUntilItIsReached)
 TEST_F(RunnerResume, KeepsTheProblemsOfTheRun)
 {
     m_folder.MakeFolder(L"data/CResultModel");
-    const std::vector<std::wstring> selection = {L"-i", L":bestanden$", L"-i", L":fehlgeschlagen$", L"--dll", L"fehlt"};
+    const std::vector<std::wstring> selection = {L"-i",    L":abweichend$", L"-i", L":fehlgeschlagen$",
+                                                 L"--dll", L"fehlt"};
     Run({L"run", L"--min-cases", L"9", L"--require-all-modules", L"--fail-fast"}, selection);
 
     const SHostRun run = Resume();

@@ -222,32 +222,6 @@ TEST_F(RunnerRun, WarnsOfAMissingModule)
     EXPECT_EQ(run.errors.find("resultmodels"), std::string::npos) << run.errors;
 }
 
-TEST_F(RunnerRun, EndsAtTheFirstFailureOnRequest)
-{
-    m_folder.MakeFolder(L"data/CResultModel");
-
-    const SHostRun run = Run({L"run", L"--fail-fast"});
-
-    EXPECT_EQ(run.exitStatus, 1);
-    ExpectLine(run.output, "fehlgeschlagen: 1,");
-    ExpectLine(run.output, "--fail-fast");
-}
-
-TEST_F(RunnerRun, WarnsThatFailFastWaitsForRetries)
-{
-    m_folder.MakeFolder(L"data/CPassedModel");
-    const std::string warning = "Warnung: '--fail-fast' zählt einen Testfall erst nach seiner letzten Wiederholung;";
-    const auto getErrors = [this](const std::vector<std::wstring>& options) {
-        std::vector<std::wstring> own = {L"run", L"--force"};
-        own.insert(own.end(), options.begin(), options.end());
-        return Run(own).errors;
-    };
-
-    ExpectLine(getErrors({L"--fail-fast", L"--retries", L"1"}), warning);
-    EXPECT_EQ(getErrors({L"--fail-fast"}).find(warning), std::string::npos);
-    EXPECT_EQ(getErrors({L"--retries", L"1"}).find(warning), std::string::npos);
-}
-
 TEST_F(RunnerRun, FindsFlakyCasesByRetries)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
