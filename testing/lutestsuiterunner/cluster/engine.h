@@ -54,7 +54,7 @@ public:
     virtual void Submit(const SSubmission& submission) = 0;
 
     /// The states of the tasks of these submissions, some of which another process may have made. A shard whose tasks
-    /// are unknown has no entry. Empty if the scheduler does not answer now.
+    /// are unknown has no entry, or is over with a note. Empty if the scheduler does not answer now.
     virtual std::optional<Tasks> Poll(const std::vector<SSubmission>& submissions) = 0;
 
     /// Asks the scheduler to end all tasks of these submissions. Ignores failure.

@@ -169,20 +169,27 @@ private:
         return path;
     }
 
-    /// What the newest start of the shard's task has printed. `name` is the newest output of the shard.
-    std::wstring describeOutput(std::uint32_t shard, const std::wstring& name,
-                                const std::vector<SSubmission>& submissions) const
+    /// The output of each shard's newest start in its newest submission, by shard.
+    std::map<std::uint32_t, std::wstring> findOutputs(const std::vector<SSubmission>& submissions) const
     {
-        const auto newest = std::find_if(submissions.rbegin(), submissions.rend(), [shard](const SSubmission& one) {
-            return std::ranges::binary_search(one.shards, shard);
+        std::vector<std::wstring> files;
+        LbOs::VisitDirectory(getTasksFolder(),
+                             [&files](const LbOs::SDirectoryEntry& entry) { files.push_back(entry.name); });
+        std::map<std::uint32_t, std::wstring> names = FindNewestOutputs(files);
+        std::erase_if(names, [&submissions](const auto& output) {
+            const auto& [shard, name] = output;
+            const auto newest =
+                std::find_if(submissions.rbegin(), submissions.rend(), [shard = shard](const SSubmission& one) {
+                    return std::ranges::binary_search(one.shards, shard);
+                });
+            return newest != submissions.rend() && !name.starts_with(LbFormat(L"shard-%u-%u-", shard, newest->number));
         });
-        if (name.empty() ||
-            (newest != submissions.rend() && !name.starts_with(LbFormat(L"shard-%u-%u-", shard, newest->number))))
-        {
-            return LbFormat(
-                L"dieser Start hat keine Ausgabe hinterlassen, vielleicht fehlt auf dem Rechner der Ordner %s",
-                m_settings.folder);
-        }
+        return names;
+    }
+
+    /// What a start of a task has printed.
+    std::wstring describeOutput(const std::wstring& name) const
+    {
         const std::string bytes = LbFileSystem::ReadFile8Bit(getTasksFolder() + name);
         const std::wstring error = FindLastError(bytes);
         // If the host could not start, for example without one of its libraries, the last line may tell why.
@@ -190,28 +197,50 @@ private:
         return line.empty() ? error : L"letzte Ausgabe: " + line;
     }
 
-    /// Adds to each task that is over what its newest start has printed.
+    std::wstring describeMissingOutput() const
+    {
+        return LbFormat(L"dieser Start hat keine Ausgabe hinterlassen, vielleicht fehlt auf dem Rechner der Ordner %s",
+                        m_settings.folder);
+    }
+
+    /// True if all shards of the submissions have tasks that are not over.
+    static bool areAllActive(const Tasks& tasks, const std::vector<SSubmission>& submissions)
+    {
+        const auto isActive = [&tasks](std::uint32_t shard) {
+            const auto task = tasks.find(shard);
+            return task != tasks.end() && task->second.state != ETaskState::Over;
+        };
+        return std::ranges::all_of(submissions, [&isActive](const SSubmission& submission) {
+            return std::ranges::all_of(submission.shards, isActive);
+        });
+    }
+
+    /// Adds to each task that is over what its newest start has printed. Slurm forgets tasks some minutes after their
+    /// end (MinJobAge); then only the output says why they ended.
     void addErrors(Tasks& tasks, const std::vector<SSubmission>& submissions) const
     {
-        if (std::ranges::none_of(tasks, [](const auto& task) { return task.second.state == ETaskState::Over; }))
+        if (areAllActive(tasks, submissions))
         {
             return;
         }
-        std::vector<std::wstring> files;
-        LbOs::VisitDirectory(getTasksFolder(),
-                             [&files](const LbOs::SDirectoryEntry& entry) { files.push_back(entry.name); });
-        const std::map<std::uint32_t, std::wstring> names = FindNewestOutputs(files);
+        const std::map<std::uint32_t, std::wstring> outputs = findOutputs(submissions);
         for (auto& [shard, task] : tasks)
         {
             // A task that has not begun has no output.
-            if (task.state != ETaskState::Over || !task.hasPlace)
+            if (task.state == ETaskState::Over && task.hasPlace)
             {
-                continue;
+                const auto output = outputs.find(shard);
+                const std::wstring text =
+                    output == outputs.end() ? describeMissingOutput() : describeOutput(output->second);
+                task.note += (text.empty() ? L"" : L": ") + text;
             }
-            const auto name = names.find(shard);
-            const std::wstring text =
-                describeOutput(shard, name == names.end() ? std::wstring() : name->second, submissions);
-            task.note += (text.empty() ? L"" : L": ") + text;
+        }
+        for (const auto& [shard, name] : outputs)
+        {
+            if (!tasks.contains(shard))
+            {
+                tasks[shard].note = describeOutput(name);
+            }
         }
     }
 

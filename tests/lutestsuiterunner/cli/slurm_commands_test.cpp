@@ -308,6 +308,23 @@ TEST_F(RunnerSlurmCommands, ShowTheOutputOfTheNewestSubmissionOnly)
     ExpectLine(RunRunner({L"status", GetOut()}, m_options).output, "node1: dieser Start hat keine Ausgabe ");
 }
 
+TEST_F(RunnerSlurmCommands, ShowTheErrorOfATaskThatSlurmHasForgotten)
+{
+    MakeDurations({1});
+    WriteCommand(L"sbatch", "echo Fehler: kein Modul >\"$(dirname $script)/shard-1-$argument-0.txt\"\n");
+    SubmitShard({L"--detach"});
+
+    ExpectLine(RunRunner({L"status", GetOut()}, m_options).output, "ohne Prozess (kein Modul)\n");
+}
+
+TEST_F(RunnerSlurmCommands, SayNothingOfATaskThatSlurmHasNotListedYet)
+{
+    MakeDurations({1});
+    SubmitShard({L"--detach"});
+
+    ExpectLine(RunRunner({L"status", GetOut()}, m_options).output, "ohne Prozess\n");
+}
+
 TEST_F(RunnerSlurmCommands, ShowWhyTheHostDoesNotStart)
 {
     MakeDurations({1});
