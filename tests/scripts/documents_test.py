@@ -103,6 +103,13 @@ class Documents(unittest.TestCase):
                     if anchor:
                         self.assertIn(anchor, list(parts.anchors_of(file.read_text(encoding="utf-8"))))
 
+    def test_name_examples_that_run_tests_runs(self):
+        script = (ROOT / "scripts/run-tests").read_text(encoding="utf-8")
+        commands = re.findall(r"^    (scripts/run-example(?: --\w+)*)(?: .*)?$", TEXTS["README.md"], re.MULTILINE)
+        self.assertGreater(len(commands), 1)
+        for command in commands:
+            self.assertRegex(script, rf"(?m){command}( \|\||$)")
+
     def test_have_small_pictures(self):
         for picture in (ROOT / "docs" / "images").iterdir():
             self.assertLess(picture.stat().st_size, 200_000, picture.name)
