@@ -122,6 +122,8 @@ void addOptions(COptionReader& reader, SSubmitOptions& options)
     reader.AddNumber({"--shards", L"N", L"Zahl der Teile (sonst die der Prozessoren hier)"}, 1, options.shards);
     reader.AddTexts({"--sbatch", L"OPTION", L"Option für sbatch, mehrfach: --sbatch=--partition=lang"}, options.sbatch);
     reader.AddSwitch({"--detach", nullptr, L"Wartet nicht auf das Ende"}, options.detach);
+    reader.SetFooter(L"Ein verlorener Teil wird neu vergeben: ohne neues Ergebnis höchstens dreimal hintereinander,\n"
+                     L"insgesamt wird ein Teil höchstens 100-mal vergeben.");
 }
 
 template<typename Options>
