@@ -160,6 +160,20 @@ void follow(const SDistributedRun& run, CFollower& follower)
     warn(follower);
 }
 
+/// True if the run has ended, so that its reports do not change any more.
+bool hasProof(const SDistributedRun& run)
+{
+    return LbFileSystem::IsFile(run.folder + c_ProofName);
+}
+
+void writeEnd(const SDistributedRun& run, const CFollower& follower)
+{
+    std::vector<std::wstring> problems = ReadPlannedProblems(run.folder);
+    std::ranges::move(follower.GetProblems(), std::back_inserter(problems));
+    writeLines(run.folder + c_ProblemsName, problems);
+    writeLines(GetLossesPath(run.folder), follower.GetLosses());
+}
+
 /// Read before the run, so that the user learns early that the file is wrong.
 Quarantine readQuarantine(const SDistributedRun& run)
 {
@@ -204,20 +218,28 @@ int FollowToEnd(const SDistributedRun& run)
         WarnOfMissingLock(run.folder, lock != nullptr);
     }
     CFollower follower(run.folder, run.shards, *run.engine);
-    follow(run, follower);
+    if (!hasProof(run))
+    {
+        follow(run, follower);
+    }
     if (isToldToLeave(run))
     {
         return leave(run);
     }
     follower.RequireSameRun();
-    std::vector<std::wstring> problems = ReadPlannedProblems(run.folder);
-    std::ranges::move(follower.GetProblems(), std::back_inserter(problems));
-    writeLines(run.folder + c_ProblemsName, problems);
-    writeLines(GetLossesPath(run.folder), follower.GetLosses());
+    // Another process may have written it meanwhile. What hosts have written since then does not count.
+    const bool isProven = hasProof(run);
+    if (!isProven)
+    {
+        writeEnd(run, follower);
+    }
     std::vector<SReadPart> parts;
     const std::unique_ptr<CRunState> state = LoadDistributedRun(run.folder, parts);
     ReportState(run.folder, *state);
-    WriteProof(run.folder, *state, parts, run.shards, follower);
+    if (!isProven)
+    {
+        WriteProof(run.folder, *state, parts, run.shards, follower);
+    }
     ConcludeQuarantine(*state, run.folder, run.options.run.previous, std::move(quarantine));
     WarnOfReceived(state->GetPlan());
     const int interrupted = LbOs::GetExitStatus(LbOs::GetInterruption());

@@ -19,7 +19,8 @@ std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder);
 /// Follows the run to its end, or to the cancellation that Ctrl-C asks for; then writes reports and proof, prints the
 /// outcome, and returns the exit status. While another process runs the local shards, only waits for it to end;
 /// Ctrl-C then marks the run as canceled, which that process obeys. If the current process is asked to terminate, it
-/// leaves the tasks of a scheduler or of another process alone and writes nothing.
+/// leaves the tasks of a scheduler or of another process alone and writes nothing. If the run has its proof, it has
+/// ended: then writes the same reports again.
 int FollowToEnd(const SDistributedRun& run);
 
 } // namespace Runner

@@ -1,6 +1,7 @@
 /// Reads runs: those in one folder, and distributed runs, whose shards have their own folders.
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "base/os/files.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
+#include "testing/lutestsuiterunner/journal/prooffile.h"
 #include "testing/lutestsuiterunner/journal/reader.h"
 #include "testing/lutestsuiterunner/journal/readparts.h"
 #include "testing/lutestsuiterunner/model/textlines.h"
@@ -30,7 +32,32 @@ void requireSamePlan(const Record& record, const SPlan& plan)
     }
 }
 
-/// Calls `take` for each record of a folder's journals, with the journal's number. Adds the place to exceptions.
+/// How many records of each journal of a folder count, by the journal's number - 1.
+using Counts = std::vector<std::uint64_t>;
+
+/// Calls `take` for the first records of a journal. Adds the place to exceptions.
+template<typename F>
+void readJournal(const std::wstring& folder, std::uint32_t number, std::uint64_t count, const SPlan& plan,
+                 const F& take)
+{
+    CJournalReader reader(folder, number);
+    for (Record record; reader.GetSequence() < count && reader.Next(record);)
+    {
+        try
+        {
+            requireSamePlan(record, plan);
+            take(SRecordPlace{number, reader.GetSequence()}, record);
+        }
+        catch (const LbException& exception)
+        {
+            throw LbException(LbFormat(L"Das Journal %s ist widersprüchlich: Zeile %u: %s",
+                                       folder + GetJournalName(number), reader.GetSequence(),
+                                       exception.GetMessageText()));
+        }
+    }
+}
+
+/// Calls `take` for each record of a folder's journals.
 template<typename F>
 void readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
 {
@@ -41,25 +68,35 @@ void readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
         {
             throw LbException(LbFormat(L"Das Journal %s fehlt", folder + GetJournalName(index + 1)));
         }
-        CJournalReader reader(folder, numbers[index]);
-        for (Record record; reader.Next(record);)
+        readJournal(folder, numbers[index], std::numeric_limits<std::uint64_t>::max(), plan, take);
+    }
+}
+
+/// Calls `take` for the records of a folder's journals that count.
+template<typename F>
+void readJournals(const std::wstring& folder, const SPlan& plan, const Counts& counts, const F& take)
+{
+    for (std::uint32_t index = 0; index < counts.size(); ++index)
+    {
+        std::uint64_t read = 0;
+        const auto takeCounted = [&](const SRecordPlace& place, Record& record) {
+            take(place, record);
+            read = place.sequence;
+        };
+        if (counts[index] > 0)
         {
-            try
-            {
-                requireSamePlan(record, plan);
-                take(SRecordPlace{numbers[index], reader.GetSequence()}, record);
-            }
-            catch (const LbException& exception)
-            {
-                throw LbException(LbFormat(L"Das Journal %s ist widersprüchlich: Zeile %u: %s",
-                                           folder + GetJournalName(numbers[index]), reader.GetSequence(),
-                                           exception.GetMessageText()));
-            }
+            readJournal(folder, index + 1, counts[index], plan, takeCounted);
+        }
+        if (read < counts[index])
+        {
+            throw LbException(LbFormat(L"Das Journal %s hat %u statt %u Einträge", folder + GetJournalName(index + 1),
+                                       read, counts[index]));
         }
     }
 }
 
-/// Brings the records of the shards into the state of the whole, shard by shard. The journals get one numbering.
+/// Brings the records of the shards into the state of the whole, shard by shard. The journals get one numbering. Of a
+/// run that has ended, only the records count on which its reports are based.
 class CPartLoader
 {
 public:
@@ -71,6 +108,7 @@ public:
 
     std::unique_ptr<CRunState> Load()
     {
+        readProof();
         const std::uint32_t count = m_state->GetPlan().partCount;
         for (std::uint32_t number = 1; number <= count; ++number)
         {
@@ -90,6 +128,24 @@ private:
         std::optional<std::wstring> damage; ///< why not everything could be read
     };
 
+    void readProof()
+    {
+        try
+        {
+            m_proven = ReadProvenRecords(m_folder, m_state->GetPlan().digest);
+        }
+        catch (const LbException& exception)
+        {
+            m_problems.push_back(exception.GetMessageText());
+        }
+    }
+
+    /// Null if all records of the shard count.
+    const Counts* getProven(std::uint32_t number) const
+    {
+        return m_proven && number <= m_proven->size() ? &(*m_proven)[number - 1] : nullptr;
+    }
+
     void load(std::uint32_t number)
     {
         const std::wstring folder = m_folder + GetShardFolderName(number);
@@ -100,7 +156,7 @@ private:
         try
         {
             plan = readPartPlan(folder, number);
-            readRecords(folder, *plan, part, end);
+            readRecords(number, *plan, part, end);
         }
         catch (const LbException& exception)
         {
@@ -108,7 +164,9 @@ private:
             end.damage = exception.GetMessageText();
         }
         // Also counts journals that contain no record yet.
-        part.records.resize(std::max(part.records.size(), FindJournals(folder).size()));
+        const Counts* const proven = getProven(number);
+        const std::size_t journals = proven != nullptr ? proven->size() : FindJournals(folder).size();
+        part.records.resize(std::max(part.records.size(), journals));
         m_journal = std::max(m_journal, before + static_cast<std::uint32_t>(part.records.size()));
         part.verdicts = plan ? countVerdicts(*plan) : 0;
         // A host that began later adds nothing to a complete shard.
@@ -132,16 +190,25 @@ private:
         return plan;
     }
 
-    void readRecords(const std::wstring& folder, const SPlan& plan, SReadPart& part, SEnd& end)
+    void readRecords(std::uint32_t number, const SPlan& plan, SReadPart& part, SEnd& end)
     {
         const std::uint32_t before = m_journal;
-        readJournals(folder, plan, [&](const SRecordPlace& place, Record& record) {
+        const auto take = [&](const SRecordPlace& place, Record& record) {
             m_journal = before + place.journal;
             apply({m_journal, place.sequence}, plan, record);
             note(record, end);
             part.records.resize(place.journal);
             part.records.back() = place.sequence;
-        });
+        };
+        const std::wstring folder = m_folder + GetShardFolderName(number);
+        if (const Counts* const proven = getProven(number))
+        {
+            readJournals(folder, plan, *proven, take);
+        }
+        else
+        {
+            readJournals(folder, plan, take);
+        }
     }
 
     static void note(const Record& record, SEnd& end)
@@ -256,7 +323,8 @@ private:
     const std::wstring& m_folder;
     std::unique_ptr<CRunState> m_state;
     std::vector<SReadPart>& m_parts;
-    std::uint32_t m_journal = 0; ///< the last one so far, in the numbering of the whole
+    std::optional<RecordCounts> m_proven; ///< empty while the run has not ended
+    std::uint32_t m_journal = 0;          ///< the last one so far, in the numbering of the whole
     std::wstring m_endTime;
     std::vector<std::wstring> m_problems;
     bool m_isEnded = true; ///< true while all shards read so far have ended

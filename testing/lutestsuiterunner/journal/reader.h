@@ -43,7 +43,7 @@ private:
 /// Reads plan and journals of a run, even while it is in progress. `folder` ends in a separator. Throws LbException
 /// with a German message if the folder contains no run, or if a file in it is damaged, missing, or belongs to another
 /// run. For a distributed run this applies only to the plan of the whole: unreadable data of a shard is a problem of
-/// the run, and all records before it count.
+/// the run, and all records before it count. Once its proof.json exists, only the records count that it lists.
 std::unique_ptr<CRunState> LoadRun(const std::wstring& folder);
 
 /// The numbers of a folder's journals, ascending. `folder` ends in a separator.

@@ -9,6 +9,7 @@
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "testing/lutestsuiterunner/journal/planfile.h"
 #include "tests/lutestsuiterunner/cli/distributedtest.h"
+#include "tests/lutestsuiterunner/samplerun.h"
 #include "tests/support/places.h"
 
 namespace
@@ -167,6 +168,8 @@ TEST_F(RunnerSubmit, GivesTheReasonWhenNoMachineCanRunAShard)
     MakeDurations({1, 1});
     Submit({L"--shards", L"1", L"--detach"});
     RunRunner({L"wait", GetOut()});
+    // The run has not ended, and its shard was lost.
+    LbFileSystem::RemoveTree(GetOut() + Runner::c_ProofName);
     LbFileSystem::RemoveTree(GetOut() + Runner::GetShardFolderName(1) + Runner::GetJournalName(1));
     LbFileSystem::RemoveTree(m_folder.GetPathOf(L"data"));
     const SHostRun run = RunRunner({L"wait", GetOut()});
@@ -175,6 +178,47 @@ TEST_F(RunnerSubmit, GivesTheReasonWhenNoMachineCanRunAShard)
     ExpectLine(run.output,
                "Fehler: Teil 1 ging 4-mal hintereinander ohne neues Ergebnis verloren, zuletzt: Auf dem Rechner ");
     ExpectLine(run.output, "Nicht ausgeführt: CDurationModel:0.ms\n");
+}
+
+TEST_F(RunnerSubmit, KeepsReportsAndProofWhateverHostsWriteAfterItsEnd)
+{
+    MakeDurations({1, 1});
+    Submit({L"--shards", L"1"});
+    const auto readResults = [this] {
+        std::string texts;
+        for (const wchar_t* const name :
+             {Runner::c_XmlReportName, Runner::c_HtmlReportName, Runner::c_JunitName, Runner::c_ProofName})
+        {
+            texts += LbFileSystem::ReadFile8Bit(GetOut() + name);
+        }
+        return texts;
+    };
+    const std::string results = readResults();
+    const std::wstring shard = GetOut() + Runner::GetShardFolderName(1);
+    const auto late = Runner::JoinRun(shard, Runner::ReadPlan(shard + Runner::c_PlanName));
+    late->Write(MakeStart(0));
+    late->Write(MakeEnd(0, LuTestSuiteRun::ECaseRunResult::Error));
+    late->Close();
+
+    EXPECT_EQ(RunRunner({L"report", GetOut()}).exitStatus, 0);
+    EXPECT_TRUE(readResults() == results);
+    EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 0);
+    EXPECT_TRUE(readResults() == results);
+    ExpectProof(GetOut());
+}
+
+TEST_F(RunnerSubmit, IsNotContinuedAfterItsEnd)
+{
+    MakeDurations({60000, 60000});
+    Submit({L"--shards", L"2", L"--detach"});
+    RunRunner({L"cancel", GetOut()});
+    RunRunner({L"wait", GetOut()});
+    const std::string proof = LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_ProofName);
+    LbFileSystem::RemoveTree(GetOut() + LbPath::ToNative(L"tasks/canceled"));
+    MakeDurations({1, 1});
+
+    EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 1);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_ProofName), proof);
 }
 
 TEST_F(RunnerSubmit, RefusesTheShardOfAnotherNumber)

@@ -126,6 +126,97 @@ TEST_F(RunnerDistributedRun, CountsHostsThatDiedDuringACase)
     EXPECT_EQ(Load()->GetAttempts(GetWhole(1, 0))[0].lostHosts, 2U);
 }
 
+/// A run that has ended: each shard has one journal.
+class RunnerProvenRun : public RunnerDistributedRun
+{
+protected:
+    /// Writes the proof that counts the records that the journals have now.
+    void Prove() const
+    {
+        std::vector<Runner::SReadPart> parts;
+        const auto state = Runner::LoadDistributedRun(m_run.GetFolder(), parts);
+        std::string shards;
+        for (const Runner::SReadPart& part : parts)
+        {
+            std::string counts;
+            for (const std::uint64_t count : part.records)
+            {
+                counts += (counts.empty() ? "" : ",") + std::to_string(count);
+            }
+            shards += (shards.empty() ? "" : ",") + ("{\"journals\":[" + counts + "]}");
+        }
+        WriteProof("{\"plan\":\"" + state->GetPlan().digest + "\",\"shards\":[" + shards + "]}");
+    }
+
+    void WriteProof(const std::string& text) const
+    {
+        Runner::CAppendFile(m_run.GetFolder() + Runner::c_ProofName).Append(text);
+    }
+};
+
+TEST_F(RunnerProvenRun, IgnoresWhatHostsWriteLater)
+{
+    m_run.RunShard(1);
+    const auto slow = m_run.Join(2);
+    slow->Write(MakeStart(0));
+    m_run.RunShard(2);
+    Prove();
+    slow->Write(MakeEnd(0, ECaseRunResult::Error));
+    CPlayedRun::RunCase(*m_run.Join(2), 1);
+    std::vector<Runner::SReadPart> parts;
+    const auto state = Runner::LoadDistributedRun(m_run.GetFolder(), parts);
+
+    const std::uint32_t both = GetWhole(2, 0);
+    EXPECT_EQ(state->GetVerdict(both), Runner::EVerdict::Passed);
+    EXPECT_EQ(state->GetAttempts(both)[0].duplicates, 0U);
+    EXPECT_EQ(state->GetAttempts(GetWhole(2, 1))[0].duplicates, 0U);
+    EXPECT_TRUE(state->IsGreen());
+    EXPECT_EQ(parts[1].records, (std::vector<std::uint64_t>{2, 2 + 2 * m_run.GetShards()[1].cases}));
+    EXPECT_EQ(Load()->GetVerdict(both), Runner::EVerdict::Passed);
+}
+
+TEST_F(RunnerProvenRun, StaysRedIfItsLastVerdictsCameTooLate)
+{
+    m_run.RunShard(1);
+    Prove();
+    m_run.RunShard(2);
+
+    EXPECT_EQ(Load()->CountVerdicts().missing, m_run.GetShards()[1].cases);
+    EXPECT_EQ(Load()->GetProblems(), std::vector<std::wstring>{L"Teil 2 von 2 ist nicht beendet"});
+}
+
+TEST_F(RunnerProvenRun, IsRedIfRecordsAreMissing)
+{
+    m_run.RunShard(1);
+    const auto writer = m_run.Join(2);
+    WriteProof("{\"plan\":\"" + Load()->GetPlan().digest + R"(","shards":[{"journals":[8]},{"journals":[2]}]})");
+
+    ASSERT_EQ(m_run.GetShards()[0].cases, 3U);
+    EXPECT_EQ(Load()->GetProblems(),
+              std::vector<std::wstring>{L"Teil 2 von 2 konnte nicht vollständig gelesen werden: Das Journal " +
+                                        m_run.GetShardFolder(2) + L"journal.ndjson hat 1 statt 2 Einträge"});
+}
+
+TEST_F(RunnerProvenRun, IsRedIfItsProofIsDamaged)
+{
+    m_run.RunShard(1);
+    m_run.RunShard(2);
+    WriteProof("{\"plan\":");
+
+    EXPECT_FALSE(Load()->IsGreen());
+    EXPECT_EQ(Load()->GetProblems(),
+              std::vector<std::wstring>{L"Die Datei " + m_run.GetFolder() + L"proof.json ist beschädigt"});
+}
+
+TEST_F(RunnerProvenRun, HasItsOwnProof)
+{
+    WriteProof(R"({"plan":"00000000000000000000000000000000","shards":[{"journals":[0]},{"journals":[0]}]})");
+    m_run.RunShard(1);
+    m_run.RunShard(2);
+
+    EXPECT_TRUE(Load()->IsGreen());
+}
+
 /// Shard 1 is complete; each test damages shard 2.
 class RunnerDamagedShard : public RunnerDistributedRun
 {

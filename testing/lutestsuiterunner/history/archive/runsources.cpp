@@ -56,8 +56,8 @@ std::vector<std::wstring> getJournals(const std::wstring& folder, const std::wst
     return files;
 }
 
-/// The journals of the shards of a distributed run, with the plans of all shards; empty if no shard has begun and the
-/// run has not ended.
+/// The journals of the shards of a distributed run, with the plans of all shards and with the proof, which says how
+/// many records count; empty if no shard has begun and the run has not ended.
 std::vector<std::wstring> getShardFiles(const std::wstring& folder, const std::wstring& prefix)
 {
     std::vector<std::wstring> plans;
@@ -73,6 +73,10 @@ std::vector<std::wstring> getShardFiles(const std::wstring& folder, const std::w
     if (!files.empty() || LbFileSystem::IsFile(folder + prefix + c_ProblemsName))
     {
         std::ranges::move(plans, std::back_inserter(files));
+    }
+    if (!files.empty() && LbFileSystem::IsFile(folder + prefix + c_ProofName))
+    {
+        files.push_back(prefix + c_ProofName);
     }
     return files;
 }

@@ -12,6 +12,7 @@
 #include "base/lustream.h"
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
+#include "testing/lutestsuiterunner/journal/appendfile.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
 #include "testing/lutestsuiterunner/journal/folder.h"
 #include "tests/lutestsuiterunner/cluster/distributedrun.h"
@@ -205,6 +206,27 @@ TEST_F(HistoryArchive, NewResultOfAShardIsRead)
     ASSERT_EQ(content.runs.size(), 1U);
     EXPECT_TRUE(
         std::ranges::all_of(content.runs[0].cells, [](const SCell& cell) { return cell.measured.HasPassed(); }));
+}
+
+TEST_F(HistoryArchive, VerdictsThatCameTooLateForTheProofDoNotCount)
+{
+    const CPlayedRun played;
+    played.RunShard(1);
+    const auto late = played.Join(2);
+    CPlayedRun::RunCase(*late, 0);
+    const auto countPassed = [&played] {
+        const SArchiveContent content = ReadArchive(played.GetFolder());
+        return std::ranges::count_if(content.runs[0].cells,
+                                     [](const SCell& cell) { return cell.measured.HasPassed(); });
+    };
+    const auto before = countPassed();
+    // The submitter did not see the verdict of shard 2.
+    const std::string digest = Runner::ReadPlan(played.GetFolder() + Runner::c_PlanName).digest;
+    Runner::CAppendFile(played.GetFolder() + Runner::c_ProofName)
+        .Append("{\"plan\":\"" + digest + R"(","shards":[{"journals":[8]},{"journals":[1]}]})");
+
+    EXPECT_EQ(before, 4);
+    EXPECT_EQ(countPassed(), 3);
 }
 
 TEST_F(HistoryArchive, DistributedRunThatHasNotBegunIsNoRun)
