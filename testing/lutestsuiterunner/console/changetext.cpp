@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/console/changetext.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -67,7 +68,13 @@ std::wstring showLines(const SPlace& place, bool areRemoved, const SDiffStyle& s
                 L"    " + paint(mark + showLine(row, areRemoved, width), areRemoved ? c_Red : c_Green, style) + L"\n";
         }
     }
-    return count > most ? text + LbFormat(L"    %c... (%u Zeilen)\n", mark, count) : text;
+    if (count <= most)
+    {
+        return text;
+    }
+    return text + (most == 1 ? LbFormat(L"    %c... (%u Zeilen)\n", mark, count)
+                             : LbFormat(L"    %c... (%u Zeilen, alle mit '--side-by-side' oder in einer Pipe)\n", mark,
+                                        count));
 }
 
 std::wstring showBoth(const SPlace& place, const SDiffStyle& style, std::size_t most)
@@ -216,6 +223,7 @@ std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, co
                             const SDiffStyle& style)
 {
     constexpr std::size_t c_MostLines = 200;
+    const std::size_t most = style.areLinesCut ? c_MostLines : std::numeric_limits<std::size_t>::max();
     const STexts texts = read(file);
     const bool isBinary = AreBytes(texts.expected, texts.received);
     const SView view = findPlaces(change, file, texts);
@@ -225,7 +233,7 @@ std::wstring ShowDifference(const SChange& change, const SReceivedFile& file, co
     for (const SPlace& place : view.places)
     {
         text += isBinary ? LbFormat(L"  ab Byte %u\n", place.first) : LbFormat(L"  ab Zeile %u\n", place.first);
-        text += style.isSideBySide ? showSides(place, own) : showBoth(place, own, c_MostLines);
+        text += style.isSideBySide ? showSides(place, own) : showBoth(place, own, most);
     }
     if (HasIgnoredEnds(texts.expected, texts.received))
     {

@@ -14,7 +14,7 @@ struct SDiffStyle
 {
     bool isColoured = false;
     bool isSideBySide = false;
-    bool areLinesCut = false; ///< to the width; on a terminal, where they would wrap. Bytes are always cut
+    bool areLinesCut = false; ///< on a terminal: to the width, and in number. Bytes are always cut to the width
     std::size_t width = 120;  ///< of the console, in characters
 };
 

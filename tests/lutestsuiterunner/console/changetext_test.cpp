@@ -68,6 +68,34 @@ TEST_F(RunnerChangeText, CutsLongLinesAroundTheirDifferenceOnlyOnATerminal)
     EXPECT_EQ(cut, L"a.txt:\n  ab Zeile 2\n    -…aaaa1zzzzzzzzzzzzz…\n    +…aaaa2zzzzzzzzzzzzz…\n");
 }
 
+TEST_F(RunnerChangeText, CutsPlacesWithManyLinesOnlyOnATerminal)
+{
+    std::string expected;
+    std::string received;
+    std::wstring removed;
+    std::wstring added;
+    for (int number = 1; number <= 250; ++number)
+    {
+        expected += "alt " + std::to_string(number) + "\n";
+        received += "neu " + std::to_string(number) + "\n";
+        removed += L"    -alt " + std::to_wstring(number) + L"\n";
+        added += L"    +neu " + std::to_wstring(number) + L"\n";
+    }
+    const SChange change = Change(expected, received);
+    SDiffStyle style;
+    const std::wstring whole = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
+    style.areLinesCut = true;
+    const std::wstring cut = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
+    style.isSideBySide = true;
+    const std::wstring sides = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
+
+    EXPECT_EQ(whole, L"a.txt:\n  ab Zeile 1\n" + removed + added);
+    const std::wstring rest = L"... (250 Zeilen, alle mit '--side-by-side' oder in einer Pipe)\n";
+    EXPECT_EQ(cut, L"a.txt:\n  ab Zeile 1\n" + removed.substr(0, removed.find(L"    -alt 201")) + L"    -" + rest +
+                       added.substr(0, added.find(L"    +neu 201")) + L"    +" + rest);
+    EXPECT_NE(sides.find(L"alt 250"), std::wstring::npos);
+}
+
 TEST_F(RunnerChangeText, CutsLinesOfTheListing)
 {
     const std::string begin(300, 'a');
