@@ -79,6 +79,8 @@ REVIEWS = {
     "--diff=data/CInvoice/a.txt.expected": ("", 0, r"(?s)^(?!.*Zahl).*-Summe: 11\n *\+Summe: 12", "113"),
     "--side-by-side": ("", 0, r"(?s)Summe: 11 .*Summe: 12.*Zahl: 3 .*Zahl: 2", "113"),
     "--side-by-side=data/CInvoice/a.txt.expected": ("", 0, r"(?s)^(?!.*Zahl).*Summe: 11 .*Summe: 12", "113"),
+    "--files": ("", 0, r"(?m)^[0-9A-F]{6}  CInvoice/a\.txt\.expected\n[0-9A-F]{6}  CInvoice/b", "113"),
+    "--files=4C21F0": ("", 0, r"^CInvoice/a\.txt\.expected\n$", "113"),
     "--accept 4C21F0": ("", 0, "(?s).*", "123"),
     "--accept data/CInvoice/a.txt.expected": ("", 0, "(?s).*", "123"),
     "--accept all": ("", 0, "(?s).*", "122"),

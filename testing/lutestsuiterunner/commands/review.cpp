@@ -64,9 +64,11 @@ public:
     {
         if (!LbFileSystem::IsDirectory(m_directory))
         {
-            throw m_shows && m_file.empty()
-                ? LbFormat(L"Verzeichnis %s gibt es nicht; ein Wert von '--diff' steht hinter '='", m_directory)
-                : LbFormat(L"Verzeichnis %s gibt es nicht", m_directory);
+            throw describeMissing();
+        }
+        if (m_shows && m_options.files)
+        {
+            throw std::wstring(L"'--files' listet nur Namen: ohne '--diff' und '--side-by-side' angeben");
         }
         if (!m_options.sideBySideFile.empty() && m_options.sideBySideFile != m_file)
         {
@@ -82,15 +84,34 @@ public:
         {
             return decide();
         }
-        if (m_mayAsk && !m_options.ci && !m_shows)
+        if (m_mayAsk && !m_options.ci && !m_shows && !m_options.files)
         {
             return ask();
         }
-        list(m_file.empty() ? m_changes : findOfFile());
+        if (m_options.files)
+        {
+            listFiles();
+        }
+        else
+        {
+            list(m_file.empty() ? m_changes : findOfFile());
+        }
         return m_options.ci && !m_changes.empty() ? LuTestSuiteHost::c_Failed : LuTestSuiteHost::c_Succeeded;
     }
 
 private:
+    /// The next argument after an option with an optional value is taken for the folder.
+    std::wstring describeMissing() const
+    {
+        const bool lacksFile = m_shows && m_file.empty();
+        if (lacksFile || (m_options.files && m_options.filesOf.empty()))
+        {
+            return LbFormat(L"Verzeichnis %s gibt es nicht; ein Wert von '%s' steht hinter '='", m_directory,
+                            lacksFile ? L"--diff" : L"--files");
+        }
+        return LbFormat(L"Verzeichnis %s gibt es nicht", m_directory);
+    }
+
     /// Finishes decisions that were interrupted. Returns the changes that remain.
     SFound finishEarlier() const
     {
@@ -163,11 +184,24 @@ private:
                 files.insert(file.reference);
             }
             CTerminal::Get().WriteColoured(m_shows
-                                               ? FormatTitle(change, m_directory) +
+                                               ? FormatHeading(change, m_directory, m_style) +
                                                      ShowDifference(change, change.files.front(), m_directory, m_style)
                                                : DescribeChange(change, m_directory, m_style));
         }
         print(LbFormat(L"Änderungen: %u, Dateien: %u\n", changes.size(), files.size()));
+    }
+
+    void listFiles() const
+    {
+        if (!m_options.filesOf.empty())
+        {
+            print(FormatFiles(FindChange(m_changes, m_options.filesOf), m_directory, L""));
+            return;
+        }
+        for (const SChange& change : m_changes)
+        {
+            print(FormatFiles(change, m_directory, change.id + L"  "));
+        }
     }
 
     /// Tells the user if an option chooses no change.

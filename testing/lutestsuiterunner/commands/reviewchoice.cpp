@@ -33,6 +33,17 @@ std::wstring listNames(const std::vector<const SChange*>& changes)
     return text;
 }
 
+/// Null if there is none; throws if there are several.
+const SChange* findOne(const std::vector<SChange>& changes, const std::wstring& digits)
+{
+    const std::vector<const SChange*> found = FindNamed(changes, digits);
+    if (found.size() > 1)
+    {
+        throw LbFormat(L"'%s' ist mehrdeutig: %s", digits, listNames(found));
+    }
+    return found.empty() ? nullptr : found.front();
+}
+
 void addFile(SNamed& named, const std::vector<SChange>& changes, const std::wstring& directory,
              const std::wstring& value)
 {
@@ -53,18 +64,14 @@ SNamed readValues(const std::vector<SChange>& changes, const std::wstring& direc
     SNamed named;
     for (const std::wstring& value : values)
     {
-        const std::vector<const SChange*> found = FindNamed(changes, value);
-        if (found.size() > 1)
-        {
-            throw LbFormat(L"'%s' ist mehrdeutig: %s", value, listNames(found));
-        }
+        const SChange* const found = findOne(changes, value);
         if (value == L"all")
         {
             named.all = true;
         }
-        else if (found.size() == 1)
+        else if (found != nullptr)
         {
-            named.changes.emplace(found.front()->checksum, found.front());
+            named.changes.emplace(found->checksum, found);
         }
         else
         {
@@ -162,6 +169,16 @@ SReviewChoice ChooseChanges(const std::vector<SChange>& changes, const SReviewOp
     const SNamed rejected = readValues(changes, options.directory, options.reject);
     requireDifferent(accepted, rejected);
     return {choose(changes, accepted, rejected), choose(changes, rejected, accepted)};
+}
+
+const SChange& FindChange(const std::vector<SChange>& changes, const std::wstring& digits)
+{
+    const SChange* const found = findOne(changes, digits);
+    if (found == nullptr)
+    {
+        throw LbFormat(L"'%s' ist keine Änderung", digits);
+    }
+    return *found;
 }
 
 std::vector<SChange> FindChangesOf(const std::vector<SChange>& changes, const std::wstring& directory,

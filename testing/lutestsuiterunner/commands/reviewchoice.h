@@ -21,6 +21,9 @@ struct SReviewChoice
 /// names nothing, several changes or several files, or if both options name the same.
 SReviewChoice ChooseChanges(const std::vector<SChange>& changes, const SReviewOptions& options);
 
+/// The change whose name begins like this. Throws a German message as std::wstring if there is none, or several.
+const SChange& FindChange(const std::vector<SChange>& changes, const std::wstring& digits);
+
 /// The changes in the file of a reference or of its received output, each reduced to this file. A relative path counts
 /// from the working directory or, as in the output, from the reviewed folder. Empty if there is no change. Throws a
 /// German message as std::wstring if the path leads to a changed file from both folders.

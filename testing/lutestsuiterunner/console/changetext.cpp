@@ -198,6 +198,35 @@ std::wstring FormatTitle(const SChange& change, const std::wstring& directory)
                     getName(change.files.front(), directory), change.files.size() == 1 ? L"" : L", ...");
 }
 
+std::wstring FormatFiles(const SChange& change, const std::wstring& directory, const std::wstring& before)
+{
+    std::wstring text;
+    for (const SReceivedFile& file : change.files)
+    {
+        text += before + getName(file, directory) + L"\n";
+    }
+    return text;
+}
+
+std::wstring FormatHeading(const SChange& change, const std::wstring& directory, const SDiffStyle& style)
+{
+    constexpr std::size_t c_MostFiles = 20;
+    constexpr const wchar_t* c_Indent = L"  ";
+    std::wstring text = FormatTitle(change, directory);
+    if (change.files.size() == 1)
+    {
+        return text;
+    }
+    if (!style.areLinesCut || change.files.size() <= c_MostFiles)
+    {
+        return text + FormatFiles(change, directory, c_Indent);
+    }
+    SChange first = change;
+    first.files.erase(first.files.begin() + c_MostFiles, first.files.end());
+    return text + FormatFiles(first, directory, c_Indent) +
+           LbFormat(L"  ... (%u weitere, alle mit '--files=%s')\n", change.files.size() - c_MostFiles, change.id);
+}
+
 std::wstring DescribeChange(const SChange& change, const std::wstring& directory, const SDiffStyle& style)
 {
     std::wstring text = FormatTitle(change, directory);

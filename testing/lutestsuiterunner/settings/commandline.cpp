@@ -200,6 +200,8 @@ void addOptions(COptionReader& reader, SReviewOptions& options)
         options.diff, options.diffFile);
     reader.AddSwitchOrText({"--side-by-side", L"[=DATEI]", L"Wie --diff, aber nebeneinander, links die Referenz"},
                            options.sideBySide, options.sideBySideFile);
+    reader.AddSwitchOrText({"--files", L"[=KENNUNG]", L"Listet die Referenzen aller Änderungen, oder die von einer"},
+                           options.files, options.filesOf);
     reader.AddTexts({"--accept", L"WAS",
                      L"Übernimmt eine Änderung (Kennung), eine Referenz (Pfad) oder alle (all); für mehrere mehrfach"},
                     options.accept);

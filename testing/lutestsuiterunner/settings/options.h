@@ -138,6 +138,8 @@ struct SReviewOptions
     std::wstring diffFile;            ///< of the changes of this reference; empty: of each change's first file
     bool sideBySide = false;          ///< the same, references on the left
     std::wstring sideBySideFile;      ///< as diffFile
+    bool files = false;               ///< lists the names of the references
+    std::wstring filesOf;             ///< of this change only; empty: of all changes
     std::vector<std::wstring> accept; ///< names of changes, paths of references, or "all"
     std::vector<std::wstring> reject;
     bool acceptEmpty = false; ///< references may become empty

@@ -96,6 +96,32 @@ TEST_F(RunnerChangeText, CutsPlacesWithManyLinesOnlyOnATerminal)
     EXPECT_NE(sides.find(L"alt 250"), std::wstring::npos);
 }
 
+TEST_F(RunnerChangeText, CutsTheListOfFilesOnlyOnATerminal)
+{
+    SChange change = {EChange::New, {}, L"4C21F0", {}, {}};
+    std::wstring names;
+    for (int number = 10; number < 35; ++number)
+    {
+        const std::wstring name = std::to_wstring(number) + L".txt";
+        change.files.push_back({L"/data/" + name, L"", L"", true});
+        names += L"  " + name + L"\n";
+    }
+    SDiffStyle style;
+    const std::wstring title = FormatTitle(change, L"/data/");
+    const std::wstring whole = FormatHeading(change, L"/data/", style);
+    style.areLinesCut = true;
+    const std::wstring cut = FormatHeading(change, L"/data/", style);
+
+    EXPECT_EQ(whole, title + names);
+    EXPECT_EQ(cut,
+              title + names.substr(0, names.find(L"  30.txt")) + L"  ... (5 weitere, alle mit '--files=4C21F0')\n");
+    change.files.erase(change.files.begin() + 20, change.files.end());
+    EXPECT_EQ(FormatHeading(change, L"/data/", style),
+              FormatTitle(change, L"/data/") + names.substr(0, names.find(L"  30.txt")));
+    change.files.erase(change.files.begin() + 1, change.files.end());
+    EXPECT_EQ(FormatHeading(change, L"/data/", style), FormatTitle(change, L"/data/")) << "one file";
+}
+
 TEST_F(RunnerChangeText, CutsLinesOfTheListing)
 {
     const std::string begin(300, 'a');
