@@ -8,7 +8,8 @@ _CODE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 SHELLS = ("sh", "bash", "console")
 # Programs whose calls in the running text are commands if they have arguments.
 _IN_TEXT = re.compile(r"(?:build/bin/)?LuTestSuite(?:CLI|Runner)D?(?: .*)? (?:(?:-d|resume) |-h$)"
-                      r"|cmake --install |find build |addr2line -e build/|ctest .*\w\w|review --")
+                      r"|cmake --install |find build |addr2line -e build/|ctest .*\w\w|review --"
+                      r"|cmake --preset [\w-]+ && |cd build/|scripts/run-wine build/|benchmarks/[\w-]+(?: .*)?$")
 _OUTPUT = re.compile(r"Fehler: |/")
 
 
@@ -77,6 +78,12 @@ def debugger_sessions_of(text):
 def options_of(text):
     """The options with their values in the first column of tables."""
     return re.findall(r"^\| `(--[^`]*)` \|", text, re.MULTILINE)
+
+
+def image_commands_of(text):
+    """The commands of Dockerfiles."""
+    return [" ".join(command.split()) for code in snippets_of(text, "dockerfile")
+            for command in re.findall(r"^RUN (.*)", code.replace("\\\n", ""), re.MULTILINE)]
 
 
 def pipelines_of(text):

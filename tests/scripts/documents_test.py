@@ -28,33 +28,67 @@ ADOPTED = "docs/from-an-empty-folder.md"
 BUILDERS = ["docs/user-guide.md", "README.md", "docs/debugging.md"]
 ORDER = [*BUILDERS, *(name for name in TEXTS if name not in (*BUILDERS, ADOPTED))]
 
-# Beginnings of commands that are not run here, with the reason.
+# Commands that are not run here as they stand, with the reason. Each is compared as a whole.
 NOT_RUN = {
     "scripts/run-tests": "builds and tests everything",
+    "scripts/run-tests --quick": "builds and tests everything",
+    "scripts/run-tests mingw-debug": "builds and tests everything",
     "scripts/run-example": "scripts/run-tests calls it",
-    "scripts/setup": "installs packages",
+    "scripts/run-example --windows": "scripts/run-tests calls it",
+    "scripts/run-example --cluster": "scripts/run-tests calls it",
+    "scripts/setup build": "installs packages; build.packages_suffice checks its list",
     "scripts/stress": "takes minutes; stress_in_small runs it for one round",
-    "scripts/fuzz": "takes minutes; scripts/run-tests linux-fuzz calls it",
+    "scripts/stress --preset mingw-release --rounds 5 --kills 20": "needs that build; stress_in_small runs another one",
+    "scripts/stress --faults": "takes minutes; stress_in_small runs it for one round",
+    "scripts/stress --faults --preset mingw-release --rounds 2": "needs that build; stress_in_small runs another one",
+    "scripts/stress --resume": "takes minutes; stress_in_small runs it with a few kills",
+    "scripts/stress --resume --preset mingw-release --kills 30": "needs that build; stress_in_small runs another one",
+    "scripts/stress --cluster 100": "takes hours, and needs Slurm; the document says that no test calls it",
+    "scripts/fuzz --seconds 600": "builds all fuzzers; scripts/run-tests linux-fuzz calls it",
     "scripts/coverage": "builds and tests everything; the document says that no test calls it",
-    "scripts/plant-faults": "builds and tests everything; list_faults runs it with --list",
+    "scripts/plant-faults 20 1": "builds and tests everything; list_faults runs it with --list",
     "scripts/screenshots": "changes the pictures; the document says that no test calls it",
-    "scripts/package": "builds everything; the tests packages.* call it",
+    "scripts/package": "builds everything; the tests packages.linux and packages.windows call it for each platform",
+    "scripts/package linux": "builds everything; the test packages.linux calls it",
+    "scripts/package windows": "builds everything; the test packages.windows calls it",
     "scripts/check-packages": "the test packages.fresh_root calls it",
-    "scripts/api-reference": "another test calls it",
-    "cmake --preset linux-install": "the test packages.install_preset runs it",
-    "cmake --build --preset linux-release --target ExampleHost": "part of the build whose programs the test runs",
-    "sudo apt": "scripts/check-packages runs it",
-    "vcpkg": "needs vcpkg; a test runs the port with stand-ins for vcpkg's functions",
-    "conan": "needs Conan; a test runs the recipe with stand-ins for Conan's functions",
-    "gdb -p": "needs a case that hangs; debug_hang runs both",
-    "gdb build/bin/": "debug_dump runs it with the lines that the document shows",
-    "gdb --args": "debug_as_shown runs it with the lines that the document shows",
-    "review --": "short for the commands of try_options_of_review",
-    "ctest --preset": "tests everything",
-    "LuTestSuiteRunner submit --engine slurm": "needs Slurm; a test of the host starts one",
-    "LuTestSuiteRunner history DIR": "a synopsis",
-    "LuTestSuiteRunner COMMAND": "a synopsis",
-    "LuTestSuiteCLI -d DATA": "a synopsis",
+    "scripts/api-reference": "the test of the reference calls it",
+    "cmake --preset linux-install && cmake --build --preset linux-install": "the test packages.install_preset runs it",
+    "cmake --preset linux-release && cmake --build --preset linux-release": "the build that scripts/run-tests makes",
+    "cmake --build --preset linux-release --target ExampleHost example_modules":
+        "part of the build whose programs the test runs",
+    "ctest --preset X": "tests everything",
+    "sudo apt install ./build/linux-package/packages/*.deb": "scripts/check-packages runs it",
+    "vcpkg install lutestsuite --classic --overlay-ports=packaging/vcpkg":
+        "needs vcpkg; a test runs the port with stand-ins for vcpkg's functions",
+    "conan create packaging/conan --build=missing -s compiler.cppstd=20":
+        "needs Conan; a test runs the recipe with stand-ins for Conan's functions",
+    "gdb -p $(pgrep -n -f memory-id)": "needs a case that hangs; debug_hang runs both",
+    "gdb build/bin/LuTestSuiteCLI dumps/CMyTest_hangs-1234.core": "debug_dump runs it with the name of the real dump",
+    'gdb --args build/bin/LuTestSuiteRunner case "CFirstTest:no end.txt" -- -d data --dll FirstTests':
+        "debug_as_shown runs it with the lines that the document shows",
+    'gdb --args build/bin/LuTestSuiteCLI -d data --dll FirstTests -x -i ":no end"':
+        "debug_as_shown runs it with the lines that the document shows",
+    'gdb --args build/bin/LuTestSuiteCLI -d data --dll MyTests -i ":leaks$" --track-heap --break-alloc-id 8':
+        "debug_as_shown runs it with the number that the run has reported",
+    "cd build/linux-debug/bin && ./lutestsuite_tests --gtest_filter=Suite.Name":
+        "find_test_programs calls the program of this build",
+    "scripts/run-wine build/mingw-release/bin/lutestsuite_tests.exe --gtest_filter=...":
+        "needs that build; find_test_programs calls the program of this build",
+    "benchmarks/scaling": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "benchmarks/scaling --processor": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "benchmarks/adapters": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "benchmarks/compare": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "benchmarks/compare-heap": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "benchmarks/children": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "benchmarks/discovery": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "benchmarks/sorting": "measures for minutes; test_name_benchmarks_that_exist reads its help",
+    "review --accept": "short for the commands of try_options_of_review",
+    "LuTestSuiteRunner submit --engine slurm --shards 40 --out results --sbatch=--time=30 -- -d data --dll MyTests -x":
+        "needs Slurm; a test of the host starts one",
+    "LuTestSuiteRunner history DIR [--html FILE] [--json FILE] [--gate RULE]...": "a synopsis",
+    "LuTestSuiteRunner COMMAND [own options] -- [options of LuTestSuiteCLI]": "a synopsis",
+    "LuTestSuiteCLI -d DATA [option...]": "a synopsis",
 }
 # Documents whose CMake snippets are built here. In other documents, each snippet contains a key of NOT_BUILT.
 BUILT = ("README.md", "docs/user-guide.md", "docs/migration.md", "docs/runner.md", "docs/coverage.md",
@@ -62,7 +96,7 @@ BUILT = ("README.md", "docs/user-guide.md", "docs/migration.md", "docs/runner.md
 NOT_BUILT = {
     "FetchContent_Declare": "needs a server; tests of a containing project and a fetched GoogleTest have local sources",
 }
-# Languages of code blocks. A Dockerfile would need Docker; only the scripts and presets that it names are checked.
+# Languages of code blocks. A Dockerfile would need Docker; the tests test_have_an_image_... check its commands.
 LANGUAGES = ("", "cpp", "cmake", "yaml", "groovy", "dockerfile", "xml", "json", "mermaid")
 # The first pattern that matches a command gives the status that the documents promise; without a match it is 0.
 STATUS = {
@@ -116,6 +150,33 @@ class Documents(unittest.TestCase):
         for picture in (ROOT / "docs" / "images").iterdir():
             self.assertLess(picture.stat().st_size, 200_000, picture.name)
 
+    def test_name_benchmarks_that_exist(self):
+        """Asks each script for its help, which names the options of the command."""
+        commands = [command for command in NOT_RUN if command.startswith("benchmarks/")]
+        self.assertGreater(len(commands), 5)
+        for command in commands:
+            program, *options = command.split()
+            with self.subTest(command=command):
+                result = subprocess.run([ROOT / program, "--help"], capture_output=True, text=True, check=True)
+                for option in options:
+                    self.assertIn(f"[{option}]", result.stdout)
+        for program in re.findall(r"^\| `(\w+)` \|", TEXTS["docs/performance.md"], re.MULTILINE):
+            self.assertTrue((ROOT / "benchmarks" / f"{program}.cpp").exists(), program)
+
+    def test_have_an_image_that_installs_packages_of_debian(self):
+        (install, _) = parts.image_commands_of(TEXTS["docs/runner.md"])
+        update, command = install.split(" && ")
+        self.assertEqual(update, "apt-get update")
+        if not shutil.which("apt-get"):
+            self.skipTest("not a Debian system")
+        result = subprocess.run([*command.split(), "--simulate"], capture_output=True, text=True, check=False)
+        self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_have_an_image_with_the_installation_of_the_documents(self):
+        (_, build) = parts.image_commands_of(TEXTS["docs/runner.md"])
+        commands = parts.commands_of(TEXTS["docs/installation.md"])
+        self.assertEqual(build, " && ".join(commands[:3]))
+
     def test_have_snippets_that_a_test_builds(self):
         excused = set()
         for name, text in TEXTS.items():
@@ -157,9 +218,9 @@ class Commands(unittest.TestCase):
                 if re.match(r"(build/linux-debug/bin/)?LuTestSuite\w+D ", command) and self.tree.config != "Debug":
                     # Only the test of a Debug build has these hosts.
                     continue
-                reasons = [beginning for beginning in NOT_RUN if command.startswith(beginning)]
-                excused.update(reasons)
-                if not reasons:
+                if command in NOT_RUN:
+                    excused.add(command)
+                else:
                     commands.append(command)
             if commands:
                 with self.subTest(document=document):
@@ -168,8 +229,8 @@ class Commands(unittest.TestCase):
         self.assertGreater(run, 50)
         self.assertEqual(set(NOT_RUN) - excused, set(), "commands that no document has any more")
         for check in (self.compare_consoles, self.compare_coverage, self.compare_patterns, self.try_options_of_review,
-                      self.find_archive, self.list_faults, self.stress_in_small, self.debug_as_shown, self.debug_dump,
-                      self.debug_hang):
+                      self.find_archive, self.list_faults, self.stress_in_small, self.find_test_programs,
+                      self.debug_as_shown, self.debug_dump, self.debug_hang):
             # A check that is skipped does not skip the others.
             with self.subTest(check=check.__name__):
                 check()
@@ -426,9 +487,9 @@ class Commands(unittest.TestCase):
         self.assertEqual(len(pages), 1, pages)
         self.assertIn("Checksums", pages[0].read_text(encoding="iso-8859-1"))
 
-    def run_script(self, command):
+    def run_script(self, command, statuses=(0,)):
         result = subprocess.run(command, cwd=ROOT, shell=True, capture_output=True, text=True, check=False)
-        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+        self.assertIn(result.returncode, statuses, result.stdout + result.stderr)
         return result.stdout
 
     def list_faults(self):
@@ -441,8 +502,26 @@ class Commands(unittest.TestCase):
         """Runs scripts/stress with the programs of this build if it is that of a preset."""
         if self.tree.path.parent != ROOT / "build":
             self.skipTest("the build tree is not that of a preset")
-        output = self.run_script(f"scripts/stress --preset {self.tree.path.name} --rounds 1 --kills 2")
-        self.assertRegex(output, r"1 rounds of .* 0 differences")
+        stress = f"scripts/stress --preset {self.tree.path.name}"
+        self.assertRegex(self.run_script(f"{stress} --rounds 1 --kills 2"), r"1 rounds of .* 0 differences")
+        # Status 77 if mounting is not permitted.
+        output = self.run_script(f"{stress} --resume --kills 3", statuses=(0, 77))
+        self.assertRegex(output, r"3 kills in \d+ runs of \d+ cases: 0 faulty runs")
+        if not self.tree.path.name.endswith("san"):
+            # Sanitizers report these faults themselves.
+            output = self.run_script(f"{stress} --faults --rounds 1")
+            self.assertIn("1 rounds of 12 kinds of faults in 4 modes: 0 wrong", output)
+
+    def find_test_programs(self):
+        """The call of one test finds the program, which accepts the option."""
+        calls = [command for command in parts.commands_of(TEXTS["CONTRIBUTING.md"]) if "--gtest_filter" in command]
+        self.assertEqual(len(calls), 2)
+        for call in calls:
+            program, option = re.search(r"\w+/bin(?: && \.)?/(\w+)(?:\.exe)? (--\w+)=\S+$", call).groups()
+            if not (self.tree.path / "bin" / program).exists():
+                self.skipTest(f"{program} has not been built")
+            output = self.run_script(f"cd {self.tree.path}/bin && ./{program} {option}='-*' --gtest_list_tests")
+            self.assertEqual(output.splitlines()[1:], [], "a program that ignores the option lists its tests")
 
     def debug_as_shown(self):
         sessions = [(name, *session) for name in ("docs/debugging.md", "docs/user-guide.md")
