@@ -67,8 +67,8 @@ struct SFound
     std::vector<std::wstring> remains;    ///< folders with c_DecisionDraft or c_ClaimsFolder, perhaps twice
 };
 
-/// Looks for "*.received" and for interrupted decisions in a folder and its subfolders. Does not follow links to
-/// folders.
+/// Looks for "*.received" and for interrupted decisions in a folder, its subfolders, and the folders that links in them
+/// lead to. Each folder is searched once.
 SFound FindReceived(const std::wstring& directory);
 
 /// The folders above with an interrupted decision, with final separator. `directory` is a full path.
