@@ -17,6 +17,9 @@ function(lutestsuite_add_case name class folder time_limit state)
         # CTest has to end a host that hangs.
         math(EXPR time_limit "${time_limit} + 30")
         list(APPEND properties TIMEOUT ${time_limit})
+    else()
+        # Without the property, CTest ends the test after 1,500 seconds; 0 means no limit.
+        list(APPEND properties TIMEOUT 0)
     endif()
     if(state STREQUAL "DISABLED")
         list(APPEND properties DISABLED TRUE)

@@ -94,6 +94,7 @@ expect_property("shapes.geometry/solids/CShapes:cube.shape"
 expect_property("shapes.geometry/CShapes:round.shape" "[ \"FIRST=1\", \"SECOND=2\" ]")
 expect_property("shapes.geometry/CShapes:round.shape" "{ \"name\" : \"COST\", \"value\" : 7.0 }")
 expect_property("shapes.geometry/CShapes:slow.shape" "{ \"name\" : \"TIMEOUT\", \"value\" : 37.0 }")
+expect_property("shapes.geometry/CShapes:round.shape" "{ \"name\" : \"TIMEOUT\", \"value\" : 0.0 }")
 expect_property("shapes.geometry/CShapes:alone.shape" "{ \"name\" : \"RUN_SERIAL\", \"value\" : true }")
 expect_property("shapes.geometry/CShapes:off.shape" "{ \"name\" : \"DISABLED\", \"value\" : true }")
 expect_property("again.geometry/CShapes:round.shape"
