@@ -138,13 +138,19 @@ class Adoption(unittest.TestCase):
         self.assertIn(f"Total Tests: {CASES}", self.clone.run("ctest --test-dir build -N", 0))
 
     def test_has_a_green_pipeline_in_jenkins(self):
+        """Builds twice in the same workspace. Then the build fails, so that the stage of the tests does not begin."""
         shutil.rmtree(self.clone.path / "results", ignore_errors=True)
         (recipe,) = parts.snippets_of(text_of("docs/runner.md"), "groovy")
         commands = list(parts.commands_of_groovy(recipe))
-        self.assertEqual(len(commands), 4)
-        for command in commands:
+        self.assertEqual(len(commands), 5)
+        self.clone.removes_runs = False
+        self.addCleanup(setattr, self.clone, "removes_runs", True)
+        for command in commands * 2:
             self.clone.run(command.replace("MyTests", "OrderTests --dll ParserTests"), 0)
         self.check_run()
+        for command in commands[:2] + commands[4:]:
+            self.clone.run(command, 0)
+        self.assertFalse((self.clone.path / "results").exists(), "the results of an earlier build")
 
 
 if __name__ == "__main__":

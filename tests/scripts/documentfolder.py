@@ -39,6 +39,8 @@ class Folder:
         self.exports = ""
         self.variables = {}
         self.ctest = "build"
+        # False: the commands themselves remove the folder of an earlier run.
+        self.removes_runs = True
         path.mkdir()
 
     def write(self, name, content=""):
@@ -91,13 +93,13 @@ class Folder:
                                 start_new_session=True)
 
     def _translate(self, command):
-        """Adapts a command of a document to this build tree. Removes the folder of an earlier run."""
+        """Adapts a command of a document to this build tree. May remove the folder of an earlier run."""
         line = command.replace("/opt/lutestsuite", str(self.tree.prefix))
         line = re.sub(r"^ctest (?!.*--test-dir)", f"ctest --test-dir {self.ctest} ", line)
         line = line.replace("-DCMAKE_BUILD_TYPE=Release", f"-DCMAKE_BUILD_TYPE={self.tree.config}")
         line = re.sub(r"(?<=cmake --install )build/[\w-]+", f"{self.tree.path} --config {self.tree.config}", line)
         run = re.search(r"Runner run --out (\w+) (?!.*--force)", line)
-        if run:
+        if run and self.removes_runs:
             shutil.rmtree(self.path / run[1], ignore_errors=True)
         return line
 
