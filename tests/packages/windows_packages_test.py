@@ -1,11 +1,15 @@
 """The ZIP of the Windows build includes or names what it needs, and its host runs from the unpacked folder."""
 import pathlib
 import re
+import sys
 import tempfile
 import unittest
 import zipfile
 
 import making
+
+sys.path.append(str(making.ROOT / "tests" / "scripts"))
+import documentparts as parts  # noqa: E402
 
 
 class WindowsPackage(unittest.TestCase):
@@ -48,6 +52,29 @@ class WindowsPackage(unittest.TestCase):
         for name in ("include/base/luunittest.h", "lib/cmake/LuTestSuite/LuTestSuiteConfig.cmake",
                      "lib/libLbBase.dll.a"):
             self.assertTrue((self.tree / name).exists(), name)
+
+    def test_the_first_test_of_the_readme_is_built_and_run(self):
+        """Runs the commands of the document, which the text in the package also has."""
+        (commands,) = parts.snippets_of((making.ROOT / "docs/installation.md").read_text("utf-8"), "bat")
+        text = (self.tree / "PREREQUISITES.txt").read_text("utf-8")
+        readme = (making.ROOT / "README.md").read_text("utf-8")
+        project = parts.snippets_of(readme, "cmake")[0]
+        for line in [*commands.splitlines(), *project.splitlines()]:
+            self.assertIn(f"    {line.partition('#')[0].rstrip()}\n", text)
+        with tempfile.TemporaryDirectory(prefix="lutestsuite-packages-") as name:
+            folder = pathlib.Path(name)
+            (folder / "data/CMyTest").mkdir(parents=True)
+            for path, content in (("data/CMyTest/hello.txt", "hello\n"), ("CMakeLists.txt", project),
+                                  ("my_tests.cpp", parts.snippets_of(readme, "cpp")[0])):
+                (folder / path).write_text(content, "utf-8")
+            configure, build, run = commands.replace("C:/LuTestSuite", str(self.tree)).splitlines()
+            toolchain = making.ROOT / "cmake" / "mingw-toolchain.cmake"
+            making.output_of(*configure.split(), f"-DCMAKE_TOOLCHAIN_FILE={toolchain}", cwd=folder)
+            making.output_of(*build.split(), cwd=folder)
+            host, *options = run.replace("\\", "/").split()
+            output = making.output_of(making.ROOT / "scripts" / "run-wine", f"{host}.exe", *options, cwd=folder)
+            self.assertRegex(output, r"hello\.txt\.\.\. OK\s")
+            self.assertRegex(output, r"Ausgeführt:\s+1 Klasse, 2 Tests\s")
 
     def test_the_host_runs(self):
         command = [making.ROOT / "scripts" / "run-wine", self.tree / "bin" / "LuTestSuiteCLI.exe", "-h"]

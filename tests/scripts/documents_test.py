@@ -97,7 +97,8 @@ NOT_BUILT = {
     "FetchContent_Declare": "needs a server; tests of a containing project and a fetched GoogleTest have local sources",
 }
 # Languages of code blocks. A Dockerfile would need Docker; the tests test_have_an_image_... check its commands.
-LANGUAGES = ("", "cpp", "cmake", "yaml", "groovy", "dockerfile", "xml", "json", "mermaid")
+# The test packages.windows runs commands for Windows (bat).
+LANGUAGES = ("", "cpp", "cmake", "yaml", "groovy", "dockerfile", "bat", "xml", "json", "mermaid")
 # The first pattern that matches a command gives the status that the documents promise; without a match it is 0.
 STATUS = {
     r" -q | history |--diff-in": 0,
