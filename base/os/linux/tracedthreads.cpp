@@ -57,6 +57,9 @@ CTracedThreads::CTracedThreads(pid_t process, pid_t first, Deadline deadline)
 
 CTracedThreads::~CTracedThreads()
 {
+    // Only a stopped thread can be detached; otherwise it stops later, and stays so.
+    constexpr std::chrono::milliseconds c_LongestWait(100);
+    awaitStops(std::chrono::steady_clock::now() + c_LongestWait);
     for (const SThread& thread : m_threads)
     {
         ptrace(PTRACE_DETACH, thread.id, nullptr, static_cast<long>(thread.signal));
@@ -94,17 +97,18 @@ void CTracedThreads::awaitStops(Deadline deadline)
             siginfo_t info = {};
             // Without WEXITED, so that other code can wait for the end of the process.
             const int waited = waitid(P_PID, static_cast<id_t>(thread.id), &info, WSTOPPED | WNOHANG | __WALL);
-            if (waited != 0 || std::chrono::steady_clock::now() > deadline)
+            if (waited != 0)
             {
                 break;
             }
             thread.isStopped = info.si_pid == thread.id;
             // The upper bits are set if no signal has caused the stop.
             thread.signal = thread.isStopped && info.si_status >> 8 == 0 ? info.si_status : 0;
-            if (!thread.isStopped)
+            if (thread.isStopped || std::chrono::steady_clock::now() > deadline)
             {
-                std::this_thread::sleep_for(std::chrono::microseconds(100));
+                break;
             }
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
         }
     }
 }
