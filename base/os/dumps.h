@@ -17,7 +17,7 @@ class CChildProcess;
 struct SDump
 {
     std::wstring path;    ///< of the file
-    std::wstring failure; ///< German, without a full stop; then there is no file
+    std::wstring failure; ///< German, without a full stop; then no file remains
 };
 
 /// Writes a dump to `path` with the platform's suffix: on Linux a core ("name.core"), on Windows a mini dump
@@ -25,8 +25,11 @@ struct SDump
 /// thread are those of the crash. The threads are stopped meanwhile and continue afterwards. Any thread, one at a time
 /// for a child.
 ///
-/// A core contains all memory that the process has changed; files that it maps are not copied. On Linux, writing fails
-/// after `longest`. A mini dump contains stacks and the variables of modules; writing it takes less time.
+/// A core contains all memory that the process has changed; files that it maps are not copied. A mini dump contains
+/// stacks and the variables of modules.
+///
+/// Fails after `longest`. On Windows the system's function that writes a dump cannot be stopped. After a failure it may
+/// still stop the threads for a while, and the file disappears when it returns, or when the current process ends.
 LB_API SDump WriteDump(const CChildProcess& child, const std::optional<SCrashedThread>& crashed,
                        const std::wstring& path, std::chrono::milliseconds longest);
 

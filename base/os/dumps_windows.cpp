@@ -1,5 +1,12 @@
 #include "base/os/dumps.h"
 
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
 #include "base/os/childprocess.h"
 #include "base/os/windows/debughelp.h"
 #include "base/os/windows/namedobject.h"
@@ -11,14 +18,64 @@ namespace
 {
 
 using namespace LbOs;
+using Windows::Deadline;
+
+constexpr const wchar_t* c_NoTime = L"die Zeit reichte nicht";
+
+/// What the thread that writes a dump needs. It may outlive the call that has started it.
+struct SJob
+{
+    Windows::Handle process;
+    DWORD processId;
+    std::optional<SCrashedThread> crashed;
+    std::wstring file;
+    Deadline deadline;
+};
+
+/// The result of that thread, until nobody waits for it any more.
+class CResult
+{
+public:
+    /// Calls `finish`, whose result is the reason for the failure, unless nobody waits any more.
+    void Set(const std::function<std::wstring()>& finish)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_isAbandoned)
+        {
+            m_failure = finish();
+            m_isSet.notify_one();
+        }
+    }
+
+    std::wstring Wait(Deadline deadline)
+    {
+        std::unique_lock lock(m_mutex);
+        m_isAbandoned = !m_isSet.wait_until(lock, deadline, [this] { return m_failure.has_value(); });
+        return m_isAbandoned ? c_NoTime : *m_failure;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_isSet;
+    std::optional<std::wstring> m_failure; ///< empty on success
+    bool m_isAbandoned = false;
+};
 
 /// A new file that only the current user can read; null on failure.
 Windows::Handle create(const std::wstring& path)
 {
     Windows::COwnAccess access;
-    const HANDLE file = CreateFileW(Windows::ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, access.Get(),
-                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = CreateFileW(Windows::ToSystemPath(path).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0,
+                                    access.Get(), CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     return Windows::Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+}
+
+/// Determines whether the file is deleted when it is closed, also by the end of this process.
+bool setTemporary(HANDLE file, bool isTemporary)
+{
+    FILE_DISPOSITION_INFO info = {};
+    info.DeleteFile = isTemporary ? TRUE : FALSE;
+    return SetFileInformationByHandle(file, FileDispositionInfo, &info, sizeof(info)) != FALSE;
 }
 
 std::wstring describe(DWORD error)
@@ -39,7 +96,7 @@ std::wstring describe(DWORD error)
 }
 
 /// Empty on success.
-std::wstring write(const CChildProcess& child, const std::optional<SCrashedThread>& crashed, HANDLE file)
+std::wstring write(const SJob& job, HANDLE file)
 {
     const auto writeDump =
         Windows::FindSystemFunction<decltype(MiniDumpWriteDump)>(L"dbghelp.dll", "MiniDumpWriteDump");
@@ -49,46 +106,67 @@ std::wstring write(const CChildProcess& child, const std::optional<SCrashedThrea
     }
     constexpr auto c_Type = static_cast<MINIDUMP_TYPE>(MiniDumpWithDataSegs | MiniDumpWithIndirectlyReferencedMemory);
     MINIDUMP_EXCEPTION_INFORMATION exception = {};
-    if (crashed)
+    if (job.crashed)
     {
-        exception.ThreadId = static_cast<DWORD>(crashed->thread);
+        exception.ThreadId = static_cast<DWORD>(job.crashed->thread);
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
-        exception.ExceptionPointers = reinterpret_cast<EXCEPTION_POINTERS*>(crashed->context);
+        exception.ExceptionPointers = reinterpret_cast<EXCEPTION_POINTERS*>(job.crashed->context);
         exception.ClientPointers = TRUE;
     }
-    const HANDLE process = reinterpret_cast<HANDLE>(child.GetWaitHandle());
-    if (writeDump(process, static_cast<DWORD>(child.GetId()), file, c_Type, crashed ? &exception : nullptr, nullptr,
+    if (writeDump(job.process.get(), job.processId, file, c_Type, job.crashed ? &exception : nullptr, nullptr,
                   nullptr) != FALSE)
     {
         return {};
     }
     const DWORD error = GetLastError();
-    return WaitForSingleObject(process, 0) == WAIT_OBJECT_0 ? std::wstring(L"der Prozess endete vorher")
-                                                            : describe(error);
+    return WaitForSingleObject(job.process.get(), 0) == WAIT_OBJECT_0 ? std::wstring(L"der Prozess endete vorher")
+                                                                      : describe(error);
+}
+
+/// The file is temporary until it is complete and somebody still waits for it.
+void carryOut(const SJob& job, CResult& result)
+{
+    const auto lock = Windows::LockDebugHelp(job.deadline);
+    if (!lock)
+    {
+        return;
+    }
+    const Windows::Handle file = create(job.file);
+    if (!file || !setTemporary(file.get(), true))
+    {
+        result.Set([error = GetLastError()] { return describe(error); });
+        return;
+    }
+    const std::wstring failure = write(job, file.get());
+    result.Set([&] {
+        const bool isKept = failure.empty() && setTemporary(file.get(), false);
+        return isKept || !failure.empty() ? failure : describe(GetLastError());
+    });
+}
+
+Windows::Handle duplicate(HANDLE process)
+{
+    HANDLE copy = nullptr;
+    DuplicateHandle(GetCurrentProcess(), process, GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    return Windows::Handle(copy);
 }
 
 } // namespace
 
 LbOs::SDump LbOs::WriteDump(const CChildProcess& child, const std::optional<SCrashedThread>& crashed,
                             const std::wstring& path, std::chrono::milliseconds longest)
+try
 {
-    const std::wstring file = path + L".dmp";
-    const auto lock = Windows::LockDebugHelp(std::chrono::steady_clock::now() + longest);
-    if (!lock)
-    {
-        return {L"", L"die Zeit reichte nicht"};
-    }
-    Windows::Handle handle = create(file);
-    if (!handle)
-    {
-        return {L"", describe(GetLastError())};
-    }
-    std::wstring failure = write(child, crashed, handle.get());
-    handle.reset();
-    if (!failure.empty())
-    {
-        DeleteFileW(Windows::ToSystemPath(file).c_str());
-        return {L"", std::move(failure)};
-    }
-    return {file, L""};
+    const Deadline deadline = std::chrono::steady_clock::now() + longest;
+    const auto job = std::make_shared<SJob>(SJob{duplicate(reinterpret_cast<HANDLE>(child.GetWaitHandle())),
+                                                 static_cast<DWORD>(child.GetId()), crashed, path + L".dmp", deadline});
+    const auto result = std::make_shared<CResult>();
+    // MiniDumpWriteDump cannot be stopped, so another thread calls it and goes on alone after the deadline.
+    std::thread([job, result] { carryOut(*job, *result); }).detach();
+    std::wstring failure = result->Wait(deadline);
+    return failure.empty() ? SDump{job->file, L""} : SDump{L"", std::move(failure)};
+}
+catch (const std::system_error&)
+{
+    return {L"", L"ein Thread konnte nicht gestartet werden"};
 }
