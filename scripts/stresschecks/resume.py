@@ -12,10 +12,16 @@ import xml.etree.ElementTree as ElementTree
 
 from stresschecks import reports
 
-# With repetitions, so that a good part of each run's time belongs to cases.
+QUARANTINE = "CResultModel:abweichend\nCSubtestExceptionModel\nCPassedModel\n"
+# Stands for the file with that text.
+QUARANTINE_FILE = "QUARANTINE-FILE"
+# Options of the host, "--", options of the library. With repetitions, so that a good part of each run's time belongs to
+# cases. Without -x, a failed case is always confirmed; with it, that depends on the cases that have shared its process.
 MODES = [[*mode, "-r", repetitions] for mode, repetitions in (
-    ([], "50"), (["-x"], "10"), (["-s"], "4"), (["-w", "4"], "50"), (["-w", "4", "-x"], "10"),
-    (["-w", "4", "-s"], "4"))]
+    (["--"], "50"), (["--", "-x"], "10"), (["--", "-s"], "4"), (["--", "-w", "4"], "50"),
+    (["--", "-w", "4", "-x"], "10"), (["--", "-w", "4", "-s"], "4"),
+    (["--retries", "2", "--confirm", "--", "-w", "4"], "20"),
+    (["--shard", "1/2", "--order", "random:7", "--quarantine", QUARANTINE_FILE, "--", "-w", "4", "-x"], "10"))]
 LIMIT = 6.0
 # The maximum number of times that a resumed run is killed, too.
 KILLS_A_RUN = 3
@@ -27,18 +33,21 @@ LARGE_DISK = "64m"
 class Runner:
     """The host of a build, and the options that select all cases of the data."""
 
-    def __init__(self, words, data, modules, processes_of, end_unbegun):
+    def __init__(self, words, data, modules, processes_of, end_unbegun, quarantine):
         self.words = words
         self.data = data
         self.library = ["-d", data, *(text for module in modules for text in ("--dll", module))]
         self.processes_of = processes_of
         self.end_unbegun = end_unbegun
+        self.quarantine = quarantine
 
     def start(self, arguments):
         return subprocess.Popen([*self.words, *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def run_arguments(self, out, mode):
-        return ["run", "--out", out, "--", *self.library, *mode]
+        words = [self.quarantine if word == QUARANTINE_FILE else word for word in mode]
+        mark = words.index("--") + 1
+        return ["run", "--out", out, *words[:mark], *self.library, *words[mark:]]
 
 
 def journals(folder):
@@ -62,14 +71,18 @@ def journals(folder):
         yield records
 
 
-def faults(folder, workers):
-    """A message for each loss and each case that ran twice, according to the journals."""
+def finished_attempts(folder):
+    """The result of each attempt with a verdict, by case and attempt."""
+    return {(record["case"], record["attempt"]): record["result"] for records in journals(folder)
+            for record in records if record["t"] == "end" and record.get("end") != "canceled"}
+
+
+def faults(folder, workers, expected):
+    """A message for each loss and each attempt that ran twice, according to the journals. `expected` are the attempts
+    of an uninterrupted run."""
     found = []
     finished = {}
-    planned = 0
     for number, records in enumerate(journals(folder), 1):
-        begun = [record for record in records if record["t"] == "begin"]
-        planned = begun[0]["cases"] if begun else planned
         is_open = set()
         for record in records:
             key = (record.get("case"), record.get("attempt"))
@@ -85,9 +98,15 @@ def faults(folder, workers):
                     finished[key] = record["result"]
         if len(is_open) > workers:
             found.append(f"journal {number} leaves {len(is_open)} open cases to {workers} workers")
-    missing = planned - len({case for case, _ in finished})
+    missing = len(expected.keys() - finished.keys())
     if missing:
-        found.append(f"{missing} of {planned} cases are missing")
+        found.append(f"{missing} of {len(expected)} attempts are missing")
+    surplus = len(finished.keys() - expected.keys())
+    if surplus:
+        found.append(f"{surplus} attempts more than in an uninterrupted run")
+    other = sum(finished[key] != expected[key] for key in finished.keys() & expected.keys())
+    if other:
+        found.append(f"{other} attempts have other results than in an uninterrupted run")
     return found
 
 
@@ -98,6 +117,15 @@ def verdicts(folder):
         outcomes = [child.tag for child in case if child.tag in ("failure", "error", "skipped")]
         cases.append((case.get("classname"), case.get("name"), outcomes))
     return cases
+
+
+def passed_runs(folder):
+    """The counts of the quarantine; null without one."""
+    path = os.path.join(folder, "quarantine.json")
+    if not os.path.exists(path):
+        return None
+    with open(path, encoding="utf-8") as file:
+        return json.load(file)["entries"]
 
 
 def workers_of(mode):
@@ -168,7 +196,8 @@ def measure(runner, out, mode):
     status = runner.start(runner.run_arguments(out, mode)).wait()
     if status not in (0, 1):
         raise SystemExit(f"{' '.join(mode)}: the uninterrupted run ends with status {status}")
-    return time.monotonic() - begin, verdicts(out)
+    duration = time.monotonic() - begin
+    return duration, (verdicts(out), passed_runs(out)), finished_attempts(out)
 
 
 def keep_reports(out, place):
@@ -182,8 +211,10 @@ def keep_reports(out, place):
 def differences(out, outcomes, expected):
     """A message for each kind of difference from an uninterrupted run, whose reports are in the folder `expected`."""
     found = reports.compare(out, expected)[0]
-    if verdicts(out) != outcomes:
+    if verdicts(out) != outcomes[0]:
         found.append("the verdicts differ from those of an uninterrupted run")
+    if passed_runs(out) != outcomes[1]:
+        found.append("the counts of the quarantine differ from those of an uninterrupted run")
     return found
 
 
@@ -192,20 +223,20 @@ def check(runner, folder, count):
     out = os.path.join(folder, "out")
     expected = []
     for number, mode in enumerate(MODES):
-        longest, outcomes = measure(runner, out, mode)
-        expected.append((longest, outcomes, keep_reports(out, os.path.join(folder, f"whole-{number}"))))
+        longest, outcomes, attempts = measure(runner, out, mode)
+        expected.append((longest, outcomes, attempts, keep_reports(out, os.path.join(folder, f"whole-{number}"))))
     killed = faulty = runs = 0
     hit = [0] * len(MODES)
     while killed < count:
         number = runs % len(MODES)
         mode = MODES[number]
-        longest, outcomes, whole = expected[number]
+        longest, outcomes, attempts, whole = expected[number]
         kills, hits, found = kill_once(runner, out, mode, longest)
         killed += kills
         hit[number] += hits
         runs += 1
         if os.path.exists(os.path.join(out, "junit.xml")):
-            found += faults(out, workers_of(mode))
+            found += faults(out, workers_of(mode), attempts)
             found += differences(out, outcomes, whole)
         else:
             found.append("there is no junit.xml")
@@ -213,7 +244,7 @@ def check(runner, folder, count):
         for text in found:
             print(f"{' '.join(mode)}: {text}", flush=True)
         if runs % 20 == 0 or killed >= count:
-            print(f"{killed} kills in {runs} runs of {len(outcomes)} cases: {faulty} faulty runs", flush=True)
+            print(f"{killed} kills in {runs} runs of {len(outcomes[0])} cases: {faulty} faulty runs", flush=True)
     for mode, hits in zip(MODES, hit):
         print(f"{' '.join(mode)}: {hits} kills between the first case and the last", flush=True)
     return faulty
@@ -229,7 +260,7 @@ def size_of(out):
     return sum(os.path.getsize(os.path.join(out, name)) for name in os.listdir(out) if name.endswith(".ndjson"))
 
 
-def fill_once(runner, out, mode, size, expected):
+def fill_once(runner, out, mode, size, attempts, expected):
     """Returns whether the run stopped because its disk was full, and what is wrong in the end."""
     found = []
     if not mount(os.path.dirname(out), f"size={size}"):
@@ -246,7 +277,7 @@ def fill_once(runner, out, mode, size, expected):
             status = runner.start(["resume", out] if has_run(out) else arguments).wait()
         if status not in (0, 1):
             found.append(f"status {status}")
-        found += faults(out, workers_of(mode))
+        found += faults(out, workers_of(mode), attempts)
         return has_stopped, found + differences(out, *expected)
     finally:
         subprocess.run(["umount", os.path.dirname(out)], check=False)
@@ -263,15 +294,15 @@ def check_full_disks(runner, folder, count):
     out = os.path.join(disk, "out")
     expected = []
     for mode in MODES:
-        outcomes = measure(runner, out, mode)[1]
+        _, outcomes, attempts = measure(runner, out, mode)
         whole = keep_reports(out, os.path.join(folder, f"enough-space-{len(expected)}"))
-        expected.append((size_of(out), (outcomes, whole)))
+        expected.append((size_of(out), attempts, (outcomes, whole)))
         shutil.rmtree(out)
     stopped = faulty = 0
     for number in range(count):
         mode = MODES[number % len(MODES)]
-        size, whole = expected[number % len(MODES)]
-        has_stopped, found = fill_once(runner, out, mode, random.randrange(8192, size), whole)
+        size, attempts, whole = expected[number % len(MODES)]
+        has_stopped, found = fill_once(runner, out, mode, random.randrange(8192, size), attempts, whole)
         stopped += has_stopped
         faulty += bool(found)
         for text in found:
