@@ -1,12 +1,12 @@
 #include "testing/lutestsuiterunner/commands/outcome.h"
 
 #include <set>
+#include <utility>
 
 #include "base/lbformat.h"
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
-#include "testing/lutestsuiterunner/journal/reader.h"
 #include "testing/lutestsuiterunner/model/skips.h"
 #include "testing/lutestsuiterunner/reports/opencases.h"
 #include "testing/lutestsuiterunner/reports/reports.h"
@@ -91,19 +91,40 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder,
     return text + LbFormat(L"Reports: %s\n", folder);
 }
 
+void print(const CRunState& state, const std::wstring& folder, bool isInProgress)
+{
+    CTerminal::Get().WriteOutput(DescribeClosing(state, folder) + describeOutcome(state, folder, isInProgress));
+}
+
 } // namespace
 
-std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, bool isInProgress)
+std::unique_ptr<CRunState> ReportRun(const std::wstring& folder)
 {
     std::unique_ptr<CRunState> state = LoadRun(folder);
-    ReportState(folder, *state, isInProgress);
+    ReportState(folder, *state);
     return state;
 }
 
-void ReportState(const std::wstring& folder, const CRunState& state, bool isInProgress)
+std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const LoadState& load)
 {
-    WriteReports(folder, state, isInProgress);
-    CTerminal::Get().WriteOutput(DescribeClosing(state, folder) + describeOutcome(state, folder, isInProgress));
+    std::unique_ptr<CRunState> state = load(folder);
+    WriteReports(folder, *state, true);
+    std::unique_ptr<CRunState> later = load(folder);
+    // The run may have written its own reports before the older ones replaced them.
+    const bool isInProgress = !later->IsEnded();
+    if (!isInProgress || later->IsCanceled())
+    {
+        state = std::move(later);
+        WriteReports(folder, *state, isInProgress);
+    }
+    print(*state, folder, isInProgress);
+    return state;
+}
+
+void ReportState(const std::wstring& folder, const CRunState& state)
+{
+    WriteReports(folder, state, false);
+    print(state, folder, false);
 }
 
 int GetStatus(const CRunState& state)

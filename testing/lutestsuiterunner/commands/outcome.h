@@ -1,20 +1,27 @@
 /// The output of the commands that make reports.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
-#include "testing/lutestsuiterunner/model/runstate.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
 
 namespace Runner
 {
 
 /// Writes the reports of the run in a folder from its journals, prints the outcome of the run, and returns its state.
-/// `isInProgress`: another process executes the run. Throws LbException.
-std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, bool isInProgress = false);
+/// Throws LbException.
+std::unique_ptr<CRunState> ReportRun(const std::wstring& folder);
 
-/// The same for a state that was read before.
-void ReportState(const std::wstring& folder, const CRunState& state, bool isInProgress = false);
+using LoadState = std::function<std::unique_ptr<CRunState>(const std::wstring& folder)>;
+
+/// The same for a run that another process executes. That process writes reports at the end of the run; they are not
+/// replaced by older ones. Only tests give another function than LoadRun.
+std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const LoadState& load = LoadRun);
+
+/// As ReportRun, for a state that was read before.
+void ReportState(const std::wstring& folder, const CRunState& state);
 
 /// The exit status: 0 for a green run, 1 for a red one.
 int GetStatus(const CRunState& state);

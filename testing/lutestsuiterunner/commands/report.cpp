@@ -16,5 +16,5 @@ int Runner::Execute(const SReportOptions& options)
     // The process of a run holds this lock to its end.
     bool isInProgress = false;
     LbOs::CFolderLock::TryAcquire(folder, isInProgress);
-    return GetStatus(*ReportRun(folder, isInProgress));
+    return GetStatus(*(isInProgress ? ReportRunInProgress(folder) : ReportRun(folder)));
 }
