@@ -420,6 +420,7 @@ int Execute(const SMergeOptions& options)
     for (const SPart& part : parts)
     {
         copier.Copy(part);
+        whole.AddWarnings(part.state->GetWarnings());
     }
     findProblems(parts, owners, problems);
     copier.End(getEndTime(parts), problems);

@@ -93,6 +93,10 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder,
 
 void print(const CRunState& state, const std::wstring& folder, bool isInProgress)
 {
+    for (const std::wstring& warning : state.GetWarnings())
+    {
+        CTerminal::Get().WriteError(LbFormat(L"Warnung: %s\n", warning));
+    }
     CTerminal::Get().WriteOutput(DescribeClosing(state, folder) + describeOutcome(state, folder, isInProgress));
 }
 

@@ -57,6 +57,7 @@ bool CLineReader::Next(std::string_view& record)
     {
         fail(L"Länge oder Prüfsumme des Eintrags stimmt nicht");
     }
+    m_isLastLineBad = true;
     return endInTail();
 }
 

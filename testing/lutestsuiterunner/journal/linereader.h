@@ -43,6 +43,10 @@ public:
     /// Number of bytes after the last record; final once Next returned false.
     std::uint64_t GetTailSize() const { return m_tailSize; }
 
+    /// True if the tail is a line with a line end, but not a good one. It may come from an incomplete write, or be
+    /// damage. Final once Next returned false.
+    bool IsLastLineBad() const { return m_isLastLineBad; }
+
 private:
     std::string_view getText() const { return std::string_view(m_buffer).substr(m_start, m_end - m_start); }
     bool readMore();
@@ -60,6 +64,7 @@ private:
     std::uint64_t m_offset = 0;
     std::uint64_t m_sequence = 0;
     std::uint64_t m_tailSize = 0;
+    bool m_isLastLineBad = false;
 };
 
 } // namespace Runner

@@ -35,10 +35,11 @@ void requireSamePlan(const Record& record, const SPlan& plan)
 /// How many records of each journal of a folder count, by the journal's number - 1.
 using Counts = std::vector<std::uint64_t>;
 
-/// Calls `take` for the first records of a journal. Adds the place to exceptions.
+/// Calls `take` for the first records of a journal. Adds the place to exceptions. Returns what is wrong at its end, as
+/// CJournalReader::DescribeBadLastLine.
 template<typename F>
-void readJournal(const std::wstring& folder, std::uint32_t number, std::uint64_t count, const SPlan& plan,
-                 const F& take)
+std::wstring readJournal(const std::wstring& folder, std::uint32_t number, std::uint64_t count, const SPlan& plan,
+                         const F& take)
 {
     CJournalReader reader(folder, number);
     for (Record record; reader.GetSequence() < count && reader.Next(record);)
@@ -55,12 +56,15 @@ void readJournal(const std::wstring& folder, std::uint32_t number, std::uint64_t
                                        exception.GetMessageText()));
         }
     }
+    return reader.DescribeBadLastLine();
 }
 
-/// Calls `take` for each record of a folder's journals.
+/// Calls `take` for each record of a folder's journals. Returns what is wrong at their ends, except at that of the last
+/// one: its host may still be writing.
 template<typename F>
-void readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
+std::vector<std::wstring> readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
 {
+    std::vector<std::wstring> warnings;
     const std::vector<std::uint32_t> numbers = FindJournals(folder);
     for (std::uint32_t index = 0; index < numbers.size(); ++index)
     {
@@ -68,8 +72,14 @@ void readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
         {
             throw LbException(LbFormat(L"Das Journal %s fehlt", folder + GetJournalName(index + 1)));
         }
-        readJournal(folder, numbers[index], std::numeric_limits<std::uint64_t>::max(), plan, take);
+        constexpr std::uint64_t c_All = std::numeric_limits<std::uint64_t>::max();
+        std::wstring warning = readJournal(folder, numbers[index], c_All, plan, take);
+        if (!warning.empty() && index + 1 < numbers.size())
+        {
+            warnings.push_back(std::move(warning));
+        }
     }
+    return warnings;
 }
 
 /// Calls `take` for the records of a folder's journals that count.
@@ -207,7 +217,7 @@ private:
         }
         else
         {
-            readJournals(folder, plan, take);
+            m_state->AddWarnings(readJournals(folder, plan, take));
         }
     }
 
@@ -352,8 +362,8 @@ std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
         return CPartLoader(folder, std::move(plan), parts).Load();
     }
     auto state = std::make_unique<CRunState>(std::move(plan));
-    readJournals(folder, state->GetPlan(),
-                 [&state](const SRecordPlace& place, const Record& record) { state->Apply(place, record); });
+    const auto take = [&state](const SRecordPlace& place, const Record& record) { state->Apply(place, record); };
+    state->AddWarnings(readJournals(folder, state->GetPlan(), take));
     return state;
 }
 

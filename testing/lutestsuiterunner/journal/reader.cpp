@@ -40,6 +40,14 @@ public:
 
     const CLineReader& GetLines() const { return m_lines; }
 
+    std::wstring DescribeBadLastLine() const
+    {
+        return m_lines.IsLastLineBad()
+                   ? LbFormat(L"Das Journal %s endet mit einer beschädigten Zeile, die nicht zählt: Zeile %u, Byte %u",
+                              m_path, m_lines.GetSequence() + 1, m_lines.GetEnd())
+                   : std::wstring();
+    }
+
 private:
     /// Throws SDamage.
     bool next(Record& record)
@@ -96,6 +104,11 @@ std::uint64_t CJournalReader::GetSequence() const
 std::uint64_t CJournalReader::GetTailSize() const
 {
     return m_source->GetLines().GetTailSize();
+}
+
+std::wstring CJournalReader::DescribeBadLastLine() const
+{
+    return m_source->DescribeBadLastLine();
 }
 
 std::vector<std::uint32_t> FindJournals(const std::wstring& folder)

@@ -34,6 +34,10 @@ public:
     /// Number of bytes that were ignored as a tail; final once Next returned false.
     std::uint64_t GetTailSize() const;
 
+    /// A German text without a full stop if the tail is a line with a line end, else empty; final once Next returned
+    /// false. A host that has died may have left such a line, but it may also be damage.
+    std::wstring DescribeBadLastLine() const;
+
 private:
     class CSource;
 

@@ -208,6 +208,11 @@ void CRunState::apply(const SRecordPlace& /*place*/, const SRunProblem& record)
     m_problems.push_back(record.text);
 }
 
+void CRunState::AddWarnings(const std::vector<std::wstring>& warnings)
+{
+    m_warnings.insert(m_warnings.end(), warnings.begin(), warnings.end());
+}
+
 void CRunState::apply(const SRecordPlace& /*place*/, const SRunFinished& record)
 {
     m_isEnded = true;

@@ -117,6 +117,10 @@ public:
     /// The problems in the last journal.
     const std::vector<std::wstring>& GetProblems() const { return m_problems; }
 
+    /// Possible damage that was found when the journals were read. Does not make the run red.
+    const std::vector<std::wstring>& GetWarnings() const { return m_warnings; }
+    void AddWarnings(const std::vector<std::wstring>& warnings);
+
     /// True if the run has ended and is green.
     bool IsGreen() const;
 
@@ -164,6 +168,7 @@ private:
     bool m_isEnded = false;
     std::wstring m_cancelReason;
     std::vector<std::wstring> m_problems;
+    std::vector<std::wstring> m_warnings;
     std::wstring m_startTime;
     std::wstring m_endTime;
     std::uint64_t m_earlierTime = 0; ///< of the journals before the last

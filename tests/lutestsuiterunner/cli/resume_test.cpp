@@ -217,6 +217,22 @@ TEST_F(RunnerResume, KeepsTheProblemsOfTheRun)
     EXPECT_EQ(CountRecords("problem", 2), 2U);
 }
 
+TEST_F(RunnerResume, WarnsOfADamagedLineThatDoesNotCount)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    Run({L"run"});
+    // The run is complete except for its last line.
+    std::string journal = LbFileSystem::ReadFile8Bit(GetOut() + Runner::GetJournalName(1));
+    journal[journal.size() - 4] = '#';
+    m_folder.WriteFile(L"out/journal.ndjson", journal);
+
+    const SHostRun run = Resume();
+
+    EXPECT_EQ(run.exitStatus, 0);
+    ExpectLine(run.errors, "Warnung: Das Journal ");
+    ExpectLine(run.errors, " endet mit einer beschädigten Zeile, die nicht zählt: Zeile 6, Byte ");
+}
+
 TEST_F(RunnerResume, LeavesACompleteRunAsItIs)
 {
     m_folder.MakeFolder(L"data/CResultModel");

@@ -81,6 +81,31 @@ TEST_F(RunnerFolder, ContinuesARunInAJournalOfItsOwn)
     EXPECT_TRUE(state->IsEnded());
 }
 
+TEST_F(RunnerFolder, WarnsOfADamagedLastLineOfAnEarlierJournal)
+{
+    const std::wstring path = GetPath() + L"journal.ndjson";
+    std::string journal = LbFileSystem::ReadFile8Bit(path);
+    const std::size_t lastLine = journal.rfind('\n', journal.size() - 2) + 1;
+    journal[lastLine + 20] = '#';
+    m_parent.WriteFile(L"lauf/journal.ndjson", journal);
+    EXPECT_TRUE(Runner::LoadRun(GetPath())->GetWarnings().empty());
+    m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan())->Close();
+
+    const std::vector<std::wstring> expected = {
+        L"Das Journal " + path + L" endet mit einer beschädigten Zeile, die nicht zählt: Zeile 4, Byte " +
+        std::to_wstring(lastLine)};
+    EXPECT_EQ(Runner::LoadRun(GetPath())->GetWarnings(), expected);
+}
+
+TEST_F(RunnerFolder, DoesNotWarnOfAnIncompleteLastLine)
+{
+    const std::string journal = LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson");
+    m_parent.WriteFile(L"lauf/journal.ndjson", journal.substr(0, journal.size() - 3));
+    m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan())->Close();
+
+    EXPECT_TRUE(Runner::LoadRun(GetPath())->GetWarnings().empty());
+}
+
 TEST_F(RunnerFolder, ContinuesAfterAJournalWithoutRecords)
 {
     LbFileSystem::WriteWhole(GetPath() + L"journal-2.ndjson",
