@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -118,6 +119,9 @@ struct SRunOptions
     std::wstring dumpDirectory = {}; ///< full path of an existing folder, which receives a memory dump of each such
                                      ///< child (LbOs::WriteDump), named after the case; empty: no dumps. Stacks and
                                      ///< dump together delay the case's end by less than 2 s
+    /// Called before each case run would start, with its index in the plan, under the lock of the observer's calls. If
+    /// it returns false, the case run is left out: it has no events, no console lines and no result. Empty: all run.
+    std::function<bool(std::size_t)> isNeeded = {};
 };
 
 /// Runs as without an observer, with the same output (LuTestSuiteOut::SetConsoleOut switches it off).

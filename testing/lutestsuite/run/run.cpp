@@ -62,6 +62,10 @@ void executeSequentially(CRunEvents& events, const SChildSettings& childSettings
         }
         const SPlannedCase& planned = toCome.front();
         toCome = toCome.subspan(1);
+        if (!events.IsNeeded(planned))
+        {
+            continue;
+        }
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(planned.testCase.name));
         runner.Run(planned, [toCome] { return toCome; });
     }
@@ -97,7 +101,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     const CPreparation preparation(setup, environment);
     unitTests = gather(setup, preparation);
     CRunConsole console(setup, unitTests, getResultEnd(setup, watch.observer));
-    CRunEvents events(setup.checkCallback, {&watch.observer, &console});
+    CRunEvents events(setup.checkCallback, {&watch.observer, &console}, watch.options.isNeeded);
 
     SRunResult result;
     const LbTimer timer(LbTimer::eR_NanoSecond);

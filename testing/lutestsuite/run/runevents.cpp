@@ -13,8 +13,9 @@ void IRunObserver::OnCaseFinished(const SCaseFinished&) {}
 void IRunObserver::OnCanceled() {}
 void IRunObserver::OnEnded(const SRunResult&) {}
 
-CRunEvents::CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRunObserver*> observers)
-    : m_isHostCanceling(isCanceled), m_observers(std::move(observers))
+CRunEvents::CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRunObserver*> observers,
+                       std::function<bool(std::size_t)> isNeeded)
+    : m_isHostCanceling(isCanceled), m_isNeeded(std::move(isNeeded)), m_observers(std::move(observers))
 {
 }
 
@@ -49,6 +50,18 @@ void CRunEvents::Plan(const SRunPlanned& planned)
 {
     m_firstCase = planned.cases.data();
     tell(&IRunObserver::OnPlanned, planned);
+}
+
+bool CRunEvents::IsNeeded(const SPlannedCase& planned)
+{
+    bool isNeeded = true;
+    guarded([&] {
+        if (m_isNeeded && m_state == EState::Running)
+        {
+            isNeeded = m_isNeeded(static_cast<std::size_t>(&planned.info - m_firstCase));
+        }
+    });
+    return isNeeded;
 }
 
 void CRunEvents::Start(const SPlannedCase& planned, std::uint64_t processId)

@@ -30,10 +30,15 @@ public:
         Failed    ///< by an exception
     };
 
-    /// `isCanceled` and the observers, which are called in this order, must outlive the object.
-    CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRunObserver*> observers);
+    /// `isCanceled` and the observers, which are called in this order, must outlive the object. `isNeeded` as in
+    /// SRunOptions.
+    CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRunObserver*> observers,
+               std::function<bool(std::size_t)> isNeeded = {});
 
     void Plan(const SRunPlanned& planned);
+
+    /// False if the host leaves the case out.
+    bool IsNeeded(const SPlannedCase& planned);
 
     /// `processId` as in SCaseStarted.
     void Start(const SPlannedCase& planned, std::uint64_t processId);
@@ -64,6 +69,7 @@ private:
     void tell(void (IRunObserver::*operation)(const Event&...), const Event&... event);
 
     const std::function<bool()>& m_isHostCanceling;
+    const std::function<bool(std::size_t)> m_isNeeded;
 
     LbCriticalSection m_lock; ///< protects all members below
     std::vector<IRunObserver*> m_observers;

@@ -60,17 +60,23 @@ public:
 
     SProgress GetProgress();
 
-    std::size_t GetCount() const noexcept { return m_planned.size(); }
+    /// Cases that were not left out so far.
+    std::size_t GetCount();
+
     const CDebugFolders& GetDebugFolders() const noexcept { return m_debugFolders; }
     void RethrowFailure() const;
 
 private:
+    void leaveOut();
+    bool hasCase() const { return !m_leftOver.empty() || m_next < m_planned.size(); }
+
     const PlannedCases m_planned;
     CRunEvents& m_events;
     const CDebugFolders m_debugFolders;
 
     LbCriticalSection m_workLock; ///< protects all below
     std::size_t m_next = 0;
+    std::size_t m_leftOut = 0;                   ///< cases that are not needed
     std::vector<const SPlannedCase*> m_leftOver; ///< returned by workers that could not run them
     std::size_t m_takers = 0;                    ///< workers that have not left
     bool m_isStopped = false;                    ///< no more cases are handed out
@@ -83,8 +89,7 @@ private:
 const SPlannedCase* CWork::Take()
 {
     const LbCriticalSectionLock lock(m_workLock);
-    const bool isNone = m_leftOver.empty() && m_next >= m_planned.size();
-    if (isNone || m_isStopped)
+    if (!hasCase() || m_isStopped)
     {
         return nullptr;
     }
@@ -95,11 +100,27 @@ const SPlannedCase* CWork::Take()
     }
     if (m_leftOver.empty())
     {
-        return &m_planned[m_next++];
+        leaveOut();
+        return hasCase() ? &m_planned[m_next++] : nullptr;
     }
     const SPlannedCase* const planned = m_leftOver.back();
     m_leftOver.pop_back();
     return planned;
+}
+
+/// Skips the next cases that are not needed.
+void CWork::leaveOut()
+{
+    for (; m_next < m_planned.size() && !m_events.IsNeeded(m_planned[m_next]); ++m_next)
+    {
+        ++m_leftOut;
+    }
+}
+
+std::size_t CWork::GetCount()
+{
+    const LbCriticalSectionLock lock(m_workLock);
+    return m_planned.size() - m_leftOut;
 }
 
 bool CWork::LeaveToOthers(const SPlannedCase& planned)
@@ -130,7 +151,7 @@ bool CWork::Abandon()
 {
     const LbCriticalSectionLock lock(m_workLock);
     --m_takers;
-    return m_takers > 0 || m_isStopped || (m_leftOver.empty() && m_next >= m_planned.size());
+    return m_takers > 0 || m_isStopped || !hasCase();
 }
 
 PlannedCases CWork::GetToCome()

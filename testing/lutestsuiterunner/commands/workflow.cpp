@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -256,6 +257,13 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
         {
             session.Note(SRunProblem{problem});
         }
+        const SPlan& plan = work.state.GetPlan();
+        // Made before the first case runs, so that it notices what other hosts record meanwhile.
+        std::optional<CSiblings> siblings;
+        if (plan.part)
+        {
+            siblings.emplace(work.folder, journal, plan.cases.size());
+        }
         FinishUnderWay(session, work.state, work.folder);
         // FinishUnderWay may have finished some of the cases.
         std::vector<std::uint32_t> left = cases;
@@ -263,7 +271,8 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
             const std::span<const SAttempt> attempts = work.state.GetAttempts(index);
             return !attempts.empty() && attempts.back().IsFinished();
         });
-        RunStages(session, work.state, left, {work.options.retries, work.options.confirm});
+        RunStages(session, work.state, left, {work.options.retries, work.options.confirm},
+                  siblings ? &*siblings : nullptr);
         session.Note(SRunFinished{LbDateTime::FormatNow(L"Y-m-d H:i:s")});
     }
     writer.Close();

@@ -97,15 +97,22 @@ void CSession::Abandon()
     NoteCancellation();
 }
 
-void CSession::Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process)
+void CSession::Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process,
+                   const std::function<bool(std::uint32_t)>& isNeeded)
 {
     if (!cases.empty() && !isCanceled(kind))
     {
         m_setup.checkCallback = [this, kind] { return isCanceled(kind); };
         m_setup.unitTests = MakeCaseList(m_parts.state.GetPlan(), cases, process == EProcess::Own);
         CObserver observer(*this, cases, kind);
-        LuTestSuiteRun::Run(m_setup, m_parts.environment, observer,
-                            {.takeStacks = true, .dumpDirectory = m_parts.dumpDirectory});
+        LuTestSuiteRun::SRunOptions options;
+        options.takeStacks = true;
+        options.dumpDirectory = m_parts.dumpDirectory;
+        if (isNeeded)
+        {
+            options.isNeeded = [&](std::size_t index) { return isNeeded(cases[index]); };
+        }
+        LuTestSuiteRun::Run(m_setup, m_parts.environment, observer, options);
     }
     noteInterruption();
 }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <span>
 #include <string>
@@ -64,8 +65,10 @@ public:
 
     /// Runs the cases in this order. An interrupted case runs again under the same attempt number. Records that the run
     /// is canceled if that is requested from outside. Throws LbException if recording fails; then no further case
-    /// starts. Confirmations also run after enough failed cases, because they explain these failures.
-    void Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process);
+    /// starts. Confirmations also run after enough failed cases, because they explain these failures. Leaves out the
+    /// cases for which `isNeeded` returns false before they would start; any thread calls it, one at a time.
+    void Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process,
+             const std::function<bool(std::uint32_t)>& isNeeded = {});
 
     /// True if no more cases are to be run: a request from outside, or enough failed cases.
     bool IsCanceled() const;

@@ -86,6 +86,33 @@ bool isNothingLeft(const CRunState& state, const SStages& stages)
            (!stages.confirm || findCasesToConfirm(state, stages.retries).empty());
 }
 
+bool hasFinished(const CRunState& state, std::uint32_t index)
+{
+    const std::span<const SAttempt> attempts = state.GetAttempts(index);
+    return !attempts.empty() && attempts.back().IsFinished();
+}
+
+/// Two hosts that take the cases in one order would stay side by side and run each case twice. From opposite ends they
+/// meet once.
+void runBesideSiblings(CSession& session, const CRunState& state, Cases cases, CSiblings& siblings)
+{
+    for (bool hasChanged = true; hasChanged && !session.IsCanceled();)
+    {
+        hasChanged = false;
+        const bool isReversed = siblings.IsEarlierHostActive();
+        std::erase_if(cases, [&state](std::uint32_t index) { return hasFinished(state, index); });
+        Cases left = cases;
+        if (isReversed)
+        {
+            std::ranges::reverse(left);
+        }
+        session.Run(left, EAttemptKind::First, EProcess::AsPlanned, [&](std::uint32_t index) {
+            hasChanged = hasChanged || siblings.IsEarlierHostActive() != isReversed;
+            return !hasChanged && !siblings.HasPassed(index);
+        });
+    }
+}
+
 } // namespace
 
 bool IsComplete(const CRunState& state, const SStages& stages)
@@ -108,9 +135,17 @@ void FinishUnderWay(CSession& session, const CRunState& state, const std::wstrin
     session.Run(underWay.suspects, EAttemptKind::First, EProcess::Own);
 }
 
-void RunStages(CSession& session, const CRunState& state, const Cases& cases, const SStages& stages)
+void RunStages(CSession& session, const CRunState& state, const Cases& cases, const SStages& stages,
+               CSiblings* siblings)
 {
-    session.Run(cases, EAttemptKind::First, EProcess::AsPlanned);
+    if (siblings != nullptr)
+    {
+        runBesideSiblings(session, state, cases, *siblings);
+    }
+    else
+    {
+        session.Run(cases, EAttemptKind::First, EProcess::AsPlanned);
+    }
     for (std::uint32_t attempt = c_FirstRetry; attempt < c_FirstRetry + stages.retries && !session.IsCanceled();
          ++attempt)
     {

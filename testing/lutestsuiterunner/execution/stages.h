@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "testing/lutestsuiterunner/execution/session.h"
+#include "testing/lutestsuiterunner/execution/siblings.h"
 
 namespace Runner
 {
@@ -23,7 +24,9 @@ void FinishUnderWay(CSession& session, const CRunState& state, const std::wstrin
 
 /// Runs `cases`, then repeats all failed cases as often as demanded. Cases that failed in a shared process then run
 /// once more, each in its own process. Ends early when the session is canceled; if cases are left then, records that.
+/// `siblings` may be null; otherwise cases that have passed in another host of the shard are left out, and of two hosts
+/// at work, the one with the later journal takes the cases in reverse order.
 void RunStages(CSession& session, const CRunState& state, const std::vector<std::uint32_t>& cases,
-               const SStages& stages);
+               const SStages& stages, CSiblings* siblings = nullptr);
 
 } // namespace Runner

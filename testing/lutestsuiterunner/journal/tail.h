@@ -34,6 +34,15 @@ public:
     /// The problems that the last journal's host found with the run.
     const std::vector<std::wstring>& GetProblems() const { return m_problems; }
 
+    /// True if an attempt at the case has passed. `caseIndex` is less than the plan's number of cases.
+    bool HasPassed(std::uint32_t caseIndex) const { return m_cases[caseIndex].hasPassed; }
+
+    /// The number of records that were read of a journal. `number` is at most GetJournalCount().
+    std::uint64_t CountRecords(std::uint32_t number) const { return m_journals[number - 1].sequence; }
+
+    /// True if the host of this journal has recorded its end. `number` is at most GetJournalCount().
+    bool IsOver(std::uint32_t number) const { return m_journals[number - 1].isEnded; }
+
     std::uint32_t GetJournalCount() const { return static_cast<std::uint32_t>(m_journals.size()); }
 
 private:

@@ -10,6 +10,7 @@
 #include "base/os/files.h"
 #include "base/os/folderlock.h"
 #include "testing/lutestsuiterunner/journal/filenames.h"
+#include "testing/lutestsuiterunner/journal/reader.h"
 #include "tests/lutestsuiterunner/cli/distributedtest.h"
 #include "tests/support/places.h"
 
@@ -85,6 +86,38 @@ TEST_F(RunnerSubmitProcesses, WarnOfAReplacedRunThatTheyCannotCancel)
 
     EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
     ExpectLine(run.errors, " wird ersetzt, aber nicht abgebrochen: Die Liste der Teile ");
+}
+
+TEST_F(RunnerSubmitProcesses, ShareTheCasesOfAShardThatWasStartedTwice)
+{
+    constexpr std::size_t c_Cases = 14;
+    MakeDurations(std::vector<int>(c_Cases, 0));
+    Submit({L"--shards", L"1"});
+    LbOs::RemoveFile(GetOut() + Runner::c_ProofName);
+    LbOs::RemoveFile(GetShard() + Runner::GetJournalName(1));
+    MakeDurations(std::vector<int>(c_Cases, 300));
+    const auto runShard = [this] {
+        return RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", GetShard()}).exitStatus;
+    };
+    auto other = std::async(std::launch::async, runShard);
+    runShard();
+    other.wait();
+
+    std::size_t verdicts = 0;
+    for (const std::uint32_t number : {1U, 2U})
+    {
+        Runner::CJournalReader reader(GetShard(), number);
+        for (Runner::Record record; reader.Next(record);)
+        {
+            verdicts += std::holds_alternative<Runner::SCaseEnded>(record) ? 1 : 0;
+        }
+    }
+    // Both look for new records once a second, so they may repeat the cases of a second at the beginning and where they
+    // meet. Without a look at each other they would repeat all.
+    EXPECT_GE(verdicts, c_Cases);
+    EXPECT_LT(verdicts, 2 * c_Cases - 2);
+    EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 0);
+    ExpectProof(GetOut());
 }
 
 /// The command "wait" on a terminal, while this process owns the run.
