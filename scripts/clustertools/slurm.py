@@ -48,6 +48,7 @@ JobAcctGatherType=jobacct_gather/none
 JobCompType=jobcomp/none
 SlurmctldTimeout=30
 SlurmdTimeout={node_timeout}
+MessageTimeout={message_timeout}
 InactiveLimit=0
 KillWait=5
 MinJobAge=300
@@ -193,7 +194,8 @@ class Cluster:
     def is_running(self):
         return set(self.get_processes()) >= {"munged", "slurmctld", *NODES}
 
-    def start(self, node_timeout=10):
+    def start(self, node_timeout=10, message_timeout=10):
+        """Both times are seconds. The shorter they are, the earlier Slurm notices the end of a daemon."""
         if self.is_running():
             return False
         obstacle = find_obstacle()
@@ -201,7 +203,7 @@ class Cluster:
             raise UnavailableError(obstacle)
         self.stop()
         self._make_folder()
-        self._write_settings(node_timeout)
+        self._write_settings(node_timeout, message_timeout)
         try:
             self._start_munge()
             self._start_daemon("slurmctld", [find_program("slurmctld"), "-D", "-c"], "slurmctld.out")
@@ -252,14 +254,15 @@ class Cluster:
         for name in ["munge", "state", *(f"spool-{node}" for node in NODES)]:
             os.mkdir(os.path.join(self.folder, name), 0o755)
 
-    def _write_settings(self, node_timeout):
+    def _write_settings(self, node_timeout, message_timeout):
         control_port, *node_ports = choose_ports(1 + len(NODES))
         host = socket.gethostname().split(".")[0]
         nodes = [NODE.format(name=name, host=host, port=port, processors=os.cpu_count())
                  for name, port in zip(NODES, node_ports)]
         with open(self.settings, "w", encoding="utf-8") as file:
             file.write(SETTINGS.format(folder=self.folder, host=host, user=get_user_name(), nodes="\n".join(nodes),
-                                       control_port=control_port, node_timeout=node_timeout))
+                                       control_port=control_port, node_timeout=node_timeout,
+                                       message_timeout=message_timeout))
 
     def _start_munge(self):
         """Starts munged, for root as user munge, because munged refuses to read the files of other users."""

@@ -1,5 +1,7 @@
 """Distributed runs over a Slurm of this machine that lose nodes, tasks and their submitter: the result is complete
 each time, and nothing counts twice."""
+import collections
+import itertools
 import json
 import os
 import random
@@ -13,10 +15,20 @@ from stresschecks import reports
 
 CASES = 120
 MEAN_MS = 120
-SHARDS = 6
-LIMIT = 240.0
-# Longer than it takes Slurm to notice that a node is gone.
-DOWN = 13.0
+# With these limits, in seconds, Slurm notices the end of a node's daemon after about 16 seconds.
+NODE_TIMEOUT = 5
+MESSAGE_TIMEOUT = 5
+# For rounds that lose a node or start a shard twice: the shards take about 30 seconds. There, each further host of a
+# shard may repeat so many cases: those that run when it begins and when it meets another host, and the short ones of a
+# second at both.
+LASTING_MEAN_MS = 1000
+MOST_DUPLICATES = 8
+# The nodes have six processors together or more, so two are left for the tasks of a node that is lost.
+SHARDS = 4
+# Seconds between the time when Slurm notices the loss of a node and the new start of its daemon.
+DOWN = 8.0
+LIMIT = 400.0
+NODE_LIMIT = 60.0
 BALANCE_CASES = 2000
 BALANCE_MEAN_MS = 60
 BALANCE_SHARDS = 12
@@ -35,11 +47,15 @@ EQUAL_SHARDS = 12
 class Round:
     """One run with its disturbances."""
 
-    def __init__(self, host, cluster, data, out):
-        self.host, self.cluster, self.data, self.out = host, cluster, data, out
+    def __init__(self, host, cluster, data, out, lasts):
+        self.host, self.cluster, self.data, self.out, self.lasts = host, cluster, data, out, lasts
         self.process = None
         self.extra = []
-        self.restarts = []
+        # The nodes that were killed, and when Slurm noticed.
+        self.killed = {}
+        self.proof = None
+        # What was done, and a function that tells whether it had an effect.
+        self.effects = []
         self.lost = 0
         self.repeated = 0
 
@@ -57,87 +73,129 @@ class Round:
         return [line.split("|") for line in (output or "").split()]
 
     def a_task(self):
-        tasks = self.tasks()
+        """A task whose host has begun, and whose node is alive."""
+        tasks = [task for task in self.tasks() if task[2] not in self.killed and count_journals(self.folder(task[1]))]
         return random.choice(tasks) if tasks else None
 
-    # The possible disturbances. Each function returns a text that says what it did.
+    def folder(self, shard):
+        return f"{self.out}/shard-{shard}"
+
+    def note(self, text, shards):
+        """The event has an effect if one of the shards gets another host, which runs cases."""
+        counts = {shard: count_journals(self.folder(shard)) for shard in shards}
+        self.effects.append((text, lambda: any(self.has_verdicts_behind(*one) for one in counts.items())))
+
+    def has_verdicts_behind(self, shard, count):
+        names = sorted_journals(self.folder(shard))[count:]
+        return any(read_journal(os.path.join(self.folder(shard), name))[1] for name in names)
+
+    # The possible disturbances. Each function notes what it did, unless it found no task.
 
     def kill_node(self):
-        """Kills only the daemon: its tasks' hosts continue, while Slurm starts the tasks again on another node."""
-        name = random.choice(self.cluster.nodes())
-        self.cluster.signal(name, signal.SIGKILL)
-        self.restarts.append((time.monotonic() + DOWN, name))
-        return f"slurmd of {name} killed"
+        """Kills only the daemon: the hosts of its tasks continue, while Slurm starts the tasks on another node."""
+        self.take_node("slurmd of {} killed", self.cluster.signal)
 
     def lose_machine(self):
+        """Kills all processes of the node."""
+        def kill(name, number):
+            self.cluster.signal(name, number)
+            self.cluster.kill_tasks(name)
+
+        self.take_node("{} lost with its tasks", kill)
+
+    def take_node(self, text, kill):
         task = self.a_task()
-        if task is None:
-            return None
-        self.cluster.signal(task[2], signal.SIGKILL)
-        self.cluster.kill_tasks(task[2])
-        self.restarts.append((time.monotonic() + DOWN, task[2]))
-        return f"{task[2]} lost with its tasks"
+        if task is not None:
+            self.note(text.format(task[2]), [shard for _, shard, node in self.tasks() if node == task[2]])
+            self.killed[task[2]] = None
+            kill(task[2], signal.SIGKILL)
 
     def requeue(self):
         task = self.a_task()
-        if task is None or self.cluster.call(["scontrol", "requeue", task[0]]) is None:
-            return None
-        return f"task of shard {task[1]} requeued"
+        if task is not None and self.cluster.call(["scontrol", "requeue", task[0]]) is not None:
+            self.note(f"task of shard {task[1]} requeued", [task[1]])
 
     def cancel(self):
         task = self.a_task()
-        if task is None or self.cluster.call(["scancel", task[0]]) is None:
-            return None
-        return f"task of shard {task[1]} cancelled"
+        if task is not None and self.cluster.call(["scancel", task[0]]) is not None:
+            self.note(f"task of shard {task[1]} cancelled", [task[1]])
 
     def start_twice(self):
-        shard = random.randint(1, SHARDS)
-        self.extra.append(subprocess.Popen(
-            [*self.host, "run", "--planned", "--shard", f"{shard}/{SHARDS}", "--out", f"{self.out}/shard-{shard}"],
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
-        return f"shard {shard} started twice"
+        task = self.a_task()
+        if task is not None:
+            self.effects.append((f"shard {task[1]} started twice", lambda: self.count_duplicates(task[1]) > 0))
+            self.extra.append(subprocess.Popen(
+                [*self.host, "run", "--planned", "--shard", f"{task[1]}/{SHARDS}", "--out", self.folder(task[1])],
+                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
 
     def kill_submitter(self):
-        self.process.kill()
-        self.process.communicate()
-        self.start(["wait", self.out])
-        return "submitter killed"
+        if self.process.poll() is None:
+            self.process.kill()
+            self.process.communicate()
+            self.start(["wait", self.out])
+            self.effects.append(("submitter killed", lambda: True))
 
     EVENTS = [kill_node, lose_machine, requeue, cancel, start_twice, kill_submitter]
     # After these events, a shard's next host begins when the last one has ended by itself.
     GENTLE = [requeue, cancel, kill_submitter]
+    # Slurm notices the first ones late. After the first and the last, two hosts run one shard.
+    LASTING = [kill_node, lose_machine, start_twice]
 
-    def run(self, number):
-        """Returns what happened, and what is wrong. Nothing happened if an event found no task."""
+    @classmethod
+    def choose(cls, number):
+        return [cls.EVENTS[number % len(cls.EVENTS)], random.choice(cls.EVENTS)]
+
+    def run(self, events):
+        """Returns what happened, and what is wrong. Nothing happened if an event found no task or had no effect."""
         shutil.rmtree(self.out, ignore_errors=True)
         self.submit()
-        while self.process.poll() is None and not self.tasks():
+        while self.process.poll() is None and not self.a_task():
             time.sleep(0.05)
-        events = [self.EVENTS[number % len(self.EVENTS)], random.choice(self.EVENTS)]
-        happened = []
         for event in events:
             time.sleep(random.uniform(0, 1.5))
-            happened.append(event(self))
+            event(self)
         output = self.wait()
         for process in self.extra:
             process.wait()
         faults = self.faults(output, all(event in self.GENTLE for event in events))
-        return (happened if all(happened) else []), faults
+        happened = [text for text, had_effect in self.effects if had_effect()]
+        return (happened if len(happened) == len(events) else []), faults
+
+    def count_hosts(self):
+        return sum(count_journals(self.folder(shard)) for shard in range(1, SHARDS + 1))
+
+    def count_duplicates(self, shard):
+        """The cases of a shard that have a verdict in more than one journal, once for each further journal. Counts only
+        the records on which the reports are based."""
+        counts = self.proof["shards"][int(shard) - 1]["journals"] if self.proof else []
+        verdicts = [case for name, count in zip(sorted_journals(self.folder(shard)), counts)
+                    for case in read_journal(os.path.join(self.folder(shard), name), count)[1]]
+        return len(verdicts) - len(set(verdicts))
 
     def wait(self):
-        """Waits for the end of the run. Starts requeued tasks at once, which Slurm would delay by two minutes."""
+        """Waits for the end of the run. Starts the daemon of a node again some time after Slurm has noticed that it is
+        gone: it then ends the hosts that still run there. Starts requeued tasks at once, which Slurm would delay by two
+        minutes."""
         end = time.monotonic() + LIMIT
         while time.monotonic() < end:
             try:
                 return self.process.communicate(timeout=1.0)[0]
             except subprocess.TimeoutExpired:
-                for moment, name in self.restarts:
-                    if time.monotonic() > moment:
-                        self.cluster.start_node(name)
+                if self.killed:
+                    self.start_lost_nodes()
                 for task, _, _ in self.tasks("PENDING"):
                     self.cluster.call(["scontrol", "update", f"jobid={task}", "StartTime=now"])
         self.process.kill()
         return self.process.communicate()[0] + f"not ended after {LIMIT:.0f} s"
+
+    def start_lost_nodes(self):
+        states = self.cluster.get_node_states()
+        for name, noticed in list(self.killed.items()):
+            if noticed is not None and time.monotonic() > noticed + DOWN:
+                self.cluster.start_node(name)
+                del self.killed[name]
+            elif noticed is None and states.get(name, "").startswith("down"):
+                self.killed[name] = time.monotonic()
 
     def faults(self, output, gentle):
         found = []
@@ -147,7 +205,30 @@ class Round:
                                capture_output=True, text=True, check=False)
         if proof.returncode != 0:
             found.append(proof.stdout + proof.stderr)
-        return found + self.losses() + self.repetitions(gentle)
+        return found + self.wrong_duplicates() + self.losses() + self.repetitions(gentle)
+
+    def wrong_duplicates(self):
+        """Reads proof.json. Compares its number of duplicates with the journals, and the cases of the summary with the
+        data."""
+        try:
+            with open(os.path.join(self.out, "proof.json"), encoding="utf-8") as file:
+                self.proof = json.load(file)
+            with open(os.path.join(self.out, "summary.json"), encoding="utf-8") as file:
+                counts = json.load(file)["counts"]
+        except OSError as error:
+            return [str(error)]
+        found = []
+        if (counts["planned"], counts["passed"]) != (CASES, CASES):
+            found.append(f"{counts['passed']} of {counts['planned']} cases passed instead of {CASES}")
+        numbers = {shard: self.count_duplicates(shard) for shard in range(1, SHARDS + 1)}
+        for shard, number in numbers.items() if self.lasts else ():
+            limit = MOST_DUPLICATES * (count_journals(self.folder(shard)) - 1)
+            if number > limit:
+                found.append(f"shard {shard}: {number} cases ran twice, allowed: {limit}")
+        duplicates = sum(numbers.values())
+        if duplicates != self.proof["duplicates"]:
+            found.append(f"{duplicates} cases ran twice, but proof.json has {self.proof['duplicates']} duplicates")
+        return found
 
     def repetitions(self, gentle):
         """Counts the cases that a host started although an earlier journal had their verdict. If two hosts may run the
@@ -180,15 +261,20 @@ class Round:
         return found
 
 
+def count_journals(folder):
+    return len(sorted_journals(folder)) if os.path.isdir(folder) else 0
+
+
 def sorted_journals(folder):
     names = [name for name in os.listdir(folder) if re.fullmatch(r"journal(-\d+)?\.ndjson", name)]
     return sorted(names, key=lambda name: int((re.findall(r"\d+", name) or ["1"])[0]))
 
 
-def read_journal(path):
+def read_journal(path, count=None):
+    """The cases that a host has started, and those that have a verdict, by default according to all records."""
     started, ended = set(), set()
     with open(path, "rb") as file:
-        for line in file:
+        for line in itertools.islice(file, count):
             # A record whose line end is missing does not count either.
             if not line.endswith(b"\n"):
                 break
@@ -286,42 +372,47 @@ def compare_reports(host, cluster, folder):
 
 
 def make_round(host, cluster, data, out, number):
-    """Repeats a round without its events, unless it has shown a fault."""
+    """Repeats a round whose events had no effect, unless it has shown a fault. `data` is for short and for lasting
+    runs."""
     for _ in range(ATTEMPTS):
-        for name in cluster.nodes():
-            cluster.start_node(name)
-        run = Round(host, cluster, data, out)
-        happened, found = run.run(number)
+        start_nodes(cluster)
+        events = Round.choose(number)
+        lasts = any(event in Round.LASTING for event in events)
+        run = Round(host, cluster, data[lasts], out, lasts)
+        happened, found = run.run(events)
         if happened or found:
             return run, happened, found
-    return run, happened, [f"the events found no task in {ATTEMPTS} attempts"]
+    return run, happened, [f"the events had no effect in {ATTEMPTS} attempts"]
+
+
+def start_nodes(cluster):
+    """Waits until Slurm knows that all nodes are back."""
+    for name in cluster.nodes():
+        cluster.start_node(name)
+    end = time.monotonic() + NODE_LIMIT
+    while any(state.startswith("down") for state in cluster.get_node_states().values()) and time.monotonic() < end:
+        time.sleep(0.2)
 
 
 def check(host, cluster, folder, rounds):
     """Returns the number of rounds with faults, of reports that differ, and of exceeded limits."""
-    data = os.path.join(folder, "data")
-    make_data(data, CASES, MEAN_MS)
+    data = [os.path.join(folder, name) for name in ("data", "lasting")]
+    for name, mean in zip(data, (MEAN_MS, LASTING_MEAN_MS)):
+        make_data(name, CASES, mean)
     uneven = measure_balance(host, cluster, folder)
     differences = compare_reports(host, cluster, folder)
-    faulty, duplicates, submissions, lost, repeated = 0, 0, 0, 0, 0
+    totals = collections.Counter()
     for number in range(rounds):
         run, happened, found = make_round(host, cluster, data, os.path.join(folder, "out"), number)
-        faulty += bool(found)
-        lost += run.lost
-        repeated += run.repeated
-        try:
-            with open(os.path.join(run.out, "proof.json"), encoding="utf-8") as file:
-                proof = json.load(file)
-            duplicates += proof["duplicates"]
-            submissions += sum(shard["submissions"] for shard in proof["shards"])
-        except OSError as error:
-            found.append(str(error))
+        totals += collections.Counter(faulty=bool(found), lost=run.lost, repeated=run.repeated, hosts=run.count_hosts())
+        if run.proof:
+            totals["duplicates"] += run.proof["duplicates"]
+            totals["submissions"] += sum(shard["submissions"] - 1 for shard in run.proof["shards"])
         for text in found:
             print(f"round {number + 1} ({', '.join(happened)}): {text}", flush=True)
         if (number + 1) % 5 == 0 or number + 1 == rounds:
-            again = submissions - SHARDS * (number + 1)
-            print(f"{number + 1} rounds of {CASES} cases in {SHARDS} shards: {faulty} faulty, {duplicates} results "
-                  f"came twice and did not count, {again} shards handed over again, {lost} cases left open by hosts, "
-                  f"{repeated} cases ran again after their verdict",
-                  flush=True)
-    return faulty + differences + uneven
+            print(f"{number + 1} rounds of {CASES} cases in {SHARDS} shards: {totals['faulty']} faulty, "
+                  f"{totals['duplicates']} results came twice and did not count, {totals['submissions']} shards "
+                  f"submitted again, {totals['hosts'] - SHARDS * (number + 1)} further hosts, {totals['lost']} cases "
+                  f"left open by hosts, {totals['repeated']} cases ran again after their verdict", flush=True)
+    return totals["faulty"] + differences + uneven
