@@ -320,11 +320,12 @@ TEST_F(RunnerSubmit, KeepsMemoryDumpsInTheFolderOfTheCall)
     const SHostRun run = Submit({L"--shards", L"1", L"--core", L"Abbilder"}, {L"-i", L":abort$", L"-x"}, options);
 
     EXPECT_EQ(run.exitStatus, 1) << run.errors;
-    if (LbPath::c_Separator == L'\\' && !LbFileSystem::IsDirectory(m_folder.GetPathOf(L"Abbilder")))
+    const auto dumps = LbFileSystem::GetFileNames(m_folder.GetPathOf(LbPath::WithSeparator(L"Abbilder")));
+    if (LbPath::c_Separator == L'\\' && dumps.empty())
     {
         GTEST_SKIP() << "Wine takes longer for a dump than a crashed process waits: " << run.output;
     }
-    EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(LbPath::WithSeparator(L"Abbilder"))).size(), 1U);
+    EXPECT_EQ(dumps.size(), 1U);
 }
 
 TEST_F(RunnerSubmit, WritesRedReportsOfASelectionWithTooFewCases)
