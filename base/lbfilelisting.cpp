@@ -25,6 +25,9 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds c_LongestClockStep(100);
 
+/// Much longer than a step of a clock, because the system's clock is compared with that of a file system.
+constexpr std::chrono::seconds c_OldAge(2);
+
 /// A unique text for the pattern: each wildcard with an end mark, then the excluded ones.
 std::wstring getKey(const LbFilePattern& pattern)
 {
@@ -282,6 +285,13 @@ SharedListing findShared(const std::wstring& directory, const LbOs::SDirectorySt
     return shared && shared->stamp == stamp ? makeListing(directory, std::move(view), *shared) : nullptr;
 }
 
+/// True if the folder last changed so long before `now` that each change since then has changed its times.
+bool isOld(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp, std::chrono::system_clock::time_point now)
+{
+    const std::chrono::nanoseconds changeTime(stamp.changeTime);
+    return now.time_since_epoch() - changeTime >= c_OldAge && LbOs::HasTimesOfThisSystem(directory);
+}
+
 /// A listing and the state of its folder.
 struct SKept
 {
@@ -339,6 +349,7 @@ SharedListing CListings::read(const std::wstring& directory, const std::optional
 {
     constexpr std::int64_t c_CoarseStep = 10'000'000;
     const Clock::time_point now = Clock::now();
+    const auto systemNow = std::chrono::system_clock::now();
     const std::shared_ptr<CListing> listing = makeListing(directory, readNames(directory));
     if (!stamp || LbOs::GetDirectoryStamp(directory) != stamp)
     {
@@ -351,7 +362,8 @@ SharedListing CListings::read(const std::wstring& directory, const std::optional
         listing->CopyMatches(*former.listing);
     }
     const Clock::time_point seenSince = isSame ? former.seenSince : now;
-    const bool isTrusted = now - seenSince >= c_LongestClockStep && stamp->changeTime % c_CoarseStep != 0;
+    const bool isTrusted = stamp->changeTime % c_CoarseStep != 0 &&
+                           (now - seenSince >= c_LongestClockStep || isOld(directory, *stamp, systemNow));
     keep({listing, *stamp, seenSince, isTrusted});
     return listing;
 }
@@ -405,14 +417,15 @@ std::shared_ptr<const LbFileListing> LbFileListing::Get(const std::wstring& dire
     return GetEternal<CListings>().Get(directory);
 }
 
-EListingShare LbShareListing(const std::wstring& directory, std::unique_ptr<LbOs::CSharedMemory>& memory)
+EListingShare LbShareListing(const std::wstring& directory, EListingUse use,
+                             std::unique_ptr<LbOs::CSharedMemory>& memory)
 {
     // Reading fewer files costs less than a shared block.
     constexpr std::uint32_t c_Fewest = 32;
     auto& listings = GetEternal<CListings>();
     SKept kept = listings.Find(directory);
     const bool isEarly = kept.listing && !kept.isTrusted && Clock::now() - kept.seenSince < c_LongestClockStep;
-    if (!isEarly)
+    if (use == EListingUse::Certain && !isEarly)
     {
         listings.Get(directory);
         kept = listings.Find(directory);
@@ -423,7 +436,7 @@ EListingShare LbShareListing(const std::wstring& directory, std::unique_ptr<LbOs
     }
     if (!kept.isTrusted)
     {
-        return EListingShare::TooEarly;
+        return use == EListingUse::Certain ? EListingShare::TooEarly : EListingShare::None;
     }
     const LbListingImage::SListing content = kept.listing->GetContent(kept.stamp);
     memory = LbOs::CSharedMemory::Create(LbListingImage::GetName(kept.stamp), LbListingImage::GetSize(content));

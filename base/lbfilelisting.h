@@ -32,8 +32,8 @@ struct LbFilePattern
 /// the folder, and reads it again if they have changed: a file that was added, removed or renamed before the request is
 /// never missed. The clock of a file system advances in steps, so a change that immediately follows another one may not
 /// change the times. A listing is therefore shared only if the folder had had the same times for at least a tenth of a
-/// second when it was read. Listings of folders whose times have no fractions of a second, as on FAT, are never
-/// shared.
+/// second when it was read, or, on a file system of this machine, if its last change was at least two seconds earlier
+/// by the system's clock. Listings of folders whose times have no fractions of a second, as on FAT, are never shared.
 ///
 /// Listings are not on the heap, so that they do not count as heap growth of the current case.
 class LB_API LbFileListing : public INonCopyable

@@ -25,6 +25,10 @@ struct SDirectoryStamp
 /// Empty if the directory does not exist or cannot be examined.
 LB_API std::optional<SDirectoryStamp> GetDirectoryStamp(const std::wstring& directory);
 
+/// True if this system's clock sets the times of the directory, because it is on a file system of this machine. False
+/// if the directory is on a server, or if that is unknown.
+LB_API bool HasTimesOfThisSystem(const std::wstring& directory);
+
 /// A directory that must be the working directory of the process.
 class LB_API CHomeDirectory
 {

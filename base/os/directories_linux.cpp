@@ -1,8 +1,11 @@
 #include "base/os/directories.h"
 
+#include <algorithm>
 #include <utility>
 
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 
 #include "base/lbencoding.h"
 
@@ -33,6 +36,17 @@ std::optional<LbOs::SDirectoryStamp> LbOs::GetDirectoryStamp(const std::wstring&
     }
     return SDirectoryStamp{
         {status.st_dev, status.st_ino}, toNanoseconds(status.st_mtim), toNanoseconds(status.st_ctim)};
+}
+
+bool LbOs::HasTimesOfThisSystem(const std::wstring& directory)
+{
+    constexpr std::uint32_t c_Xfs = 0x58465342;
+    constexpr std::uint32_t c_Zfs = 0x2FC12FC1;
+    constexpr std::uint32_t c_LocalKinds[] = {EXT4_SUPER_MAGIC, BTRFS_SUPER_MAGIC,    F2FS_SUPER_MAGIC, c_Xfs, c_Zfs,
+                                              TMPFS_MAGIC,      OVERLAYFS_SUPER_MAGIC};
+    struct statfs status = {};
+    return statfs(LbEncoding::ToNative(directory).c_str(), &status) == 0 &&
+           std::ranges::find(c_LocalKinds, static_cast<std::uint32_t>(status.f_type)) != std::end(c_LocalKinds);
 }
 
 LbOs::CHomeDirectory::CHomeDirectory(std::wstring path) : m_path(std::move(path))

@@ -55,6 +55,15 @@ std::optional<LbOs::SDirectoryStamp> LbOs::GetDirectoryStamp(const std::wstring&
                            toNanoseconds(times.ChangeTime)};
 }
 
+bool LbOs::HasTimesOfThisSystem(const std::wstring& directory)
+{
+    // The canonical path has passed all links, which may lead to a server.
+    const std::wstring path = ToSystemPath(GetCanonicalPath(directory));
+    std::wstring root(path.size() + MAX_PATH, L'\0');
+    return GetVolumePathNameW(path.c_str(), root.data(), static_cast<DWORD>(root.size())) != FALSE &&
+           GetDriveTypeW(root.c_str()) == DRIVE_FIXED;
+}
+
 LbOs::CHomeDirectory::CHomeDirectory(std::wstring path) : m_path(std::move(path)) {}
 
 bool LbOs::CHomeDirectory::Ensure() const

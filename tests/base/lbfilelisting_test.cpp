@@ -11,7 +11,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
+#include "base/os/directories.h"
+#include "tests/support/places.h"
 #include "tests/support/scopedfolder.h"
 
 namespace
@@ -228,6 +231,19 @@ TEST_F(FileListing, ReadsAnUnchangedFolderOnce)
     {
         EXPECT_EQ(LbFileListing::Get(m_folder.GetPath()), listing);
     }
+}
+
+TEST(FileListingOfAnOldFolder, IsSharedFromItsFirstReading)
+{
+    // No test changes the folders of the sources.
+    const std::wstring folder = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/tests/base";
+    if (!LbOs::HasTimesOfThisSystem(folder))
+    {
+        GTEST_SKIP() << "the sources are on a server, or on an unknown file system";
+    }
+    const Listing listing = LbFileListing::Get(folder);
+
+    EXPECT_EQ(LbFileListing::Get(folder), listing);
 }
 
 TEST_F(FileListing, DoesNotChangeWithItsFolder)

@@ -1,5 +1,6 @@
 #include "base/listingshare.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -142,7 +143,7 @@ protected:
         EListingShare share = EListingShare::TooEarly;
         while (share == EListingShare::TooEarly)
         {
-            share = LbShareListing(m_folder.GetPath(), m_memory);
+            share = LbShareListing(m_folder.GetPath(), EListingUse::Certain, m_memory);
             std::this_thread::yield();
         }
         return share;
@@ -189,13 +190,28 @@ TEST_F(ListingShare, IsNotFoundAfterAChange)
     EXPECT_EQ(LbFileListing::Get(LbPath::WithoutSeparator(m_folder.GetPath()))->GetCount(), 101U);
 }
 
+TEST_F(ListingShare, IsMadeForAPossibleUseOnlyWithoutReadingTheFolder)
+{
+    // The folder has just been written, so the first listing is not certain to notice each change.
+    EXPECT_EQ(LbShareListing(m_folder.GetPath(), EListingUse::Possible, m_memory), EListingShare::None);
+    LbFileListing::Get(m_folder.GetPath());
+    // A listing that was read after a longer time would be certain.
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    EXPECT_EQ(LbShareListing(m_folder.GetPath(), EListingUse::Possible, m_memory), EListingShare::None);
+    EXPECT_EQ(m_memory, nullptr);
+
+    ASSERT_EQ(Share(), EListingShare::Made);
+    m_memory.reset();
+    EXPECT_EQ(LbShareListing(m_folder.GetPath(), EListingUse::Possible, m_memory), EListingShare::Made);
+}
+
 TEST_F(ListingShare, IsNotMadeForFewFiles)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"a", "");
 
-    EXPECT_EQ(LbShareListing(folder.GetPath(), m_memory), EListingShare::None);
-    EXPECT_EQ(LbShareListing(folder.GetPathOf(L"missing/"), m_memory), EListingShare::None);
+    EXPECT_EQ(LbShareListing(folder.GetPath(), EListingUse::Certain, m_memory), EListingShare::None);
+    EXPECT_EQ(LbShareListing(folder.GetPathOf(L"missing/"), EListingUse::Certain, m_memory), EListingShare::None);
     EXPECT_EQ(m_memory, nullptr);
 }
 

@@ -7,6 +7,7 @@
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "base/lbformat.h"
+#include "base/lbrtti.h"
 #include "base/os/childprocess.h"
 #include "testing/lutestsuite/run/executor.h"
 
@@ -68,6 +69,15 @@ std::wstring describeRefusal(const LuTestSuite::SUnitTest& unitTest, const LuTes
         }
     }
     return text;
+}
+
+/// Objects of a class that overrides nothing look up the file of their case. They need the listing only if the class
+/// asks for it.
+EListingUse getListingUse(const std::wstring& className)
+{
+    const LbRTTI* const type = LbRTTI::Find(className);
+    const bool isPlain = type != nullptr && type->GetFacts().hasPlainList && type->GetFacts().hasPlainRun;
+    return isPlain ? EListingUse::Possible : EListingUse::Certain;
 }
 
 void refuse(const SPlannedCase& planned, SCaseEnd& end)
@@ -163,7 +173,8 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
 void CCaseRunner::shareListing(const LuTestSuite::SUnitTest& unitTest)
 {
     CSharedListings* const listings = m_spares.GetSettings().listings;
-    if (listings != nullptr && m_sharedFor != &unitTest && listings->Share(unitTest.dataDirectory))
+    if (listings != nullptr && m_sharedFor != &unitTest &&
+        listings->Share(unitTest.dataDirectory, getListingUse(unitTest.className)))
     {
         m_sharedFor = &unitTest;
     }

@@ -1,11 +1,9 @@
 #include "testing/lutestsuite/run/children/sharedlistings.h"
 
-#include "base/listingshare.h"
-
 namespace LuTestSuiteRun
 {
 
-bool CSharedListings::Share(const std::wstring& directory)
+bool CSharedListings::Share(const std::wstring& directory, EListingUse use)
 {
     // Each one is a shared block, of which the system has few. Cases run in the order of their directories.
     constexpr std::size_t c_Most = 16;
@@ -18,7 +16,7 @@ bool CSharedListings::Share(const std::wstring& directory)
         return state.left == 0;
     }
     std::unique_ptr<LbOs::CSharedMemory> memory;
-    const EListingShare share = LbShareListing(directory, memory);
+    const EListingShare share = LbShareListing(directory, use, memory);
     state.left = share == EListingShare::TooEarly ? state.left - 1 : 0;
     state.nextAttempt = now + c_Pause;
     if (memory)

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "base/inoncopyable.h"
+#include "base/listingshare.h"
 #include "base/os/sharedmemory.h"
 
 namespace LuTestSuiteRun
@@ -21,7 +22,7 @@ class CSharedListings : public INonCopyable
 public:
     /// Shares the listing of the directory as soon as it is certain that a child would notice each change. True if
     /// another call for this directory would do nothing.
-    bool Share(const std::wstring& directory);
+    bool Share(const std::wstring& directory, EListingUse use);
 
 private:
     using Clock = std::chrono::steady_clock;
