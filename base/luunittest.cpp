@@ -139,6 +139,11 @@ LuUnitTest::EResult LuUnitTest::runHere(std::uint32_t subtest)
 
 std::optional<std::uint32_t> LuUnitTest::FindSubtest(std::wstring_view name) const
 {
+    return find(name, std::nullopt);
+}
+
+std::optional<std::uint32_t> LuUnitTest::find(std::wstring_view name, std::optional<std::uint32_t> likely) const
+{
     if (m_isForOne)
     {
         return getComplete().FindSubtest(name);
@@ -149,13 +154,14 @@ std::optional<std::uint32_t> LuUnitTest::FindSubtest(std::wstring_view name) con
     }
     const std::uint32_t count = GetSubtestCount();
     return LbSubtestSearch::Find({typeid(*this), m_dataDirectory, m_dataFileNames.GetListing(), count,
-                                  [this](std::uint32_t subtest) { return GetSubtestName(subtest); }},
+                                  [this](std::uint32_t subtest) { return GetSubtestName(subtest); }, likely},
                                  name);
 }
 
-void LuUnitTest::SelectSubtest(std::wstring_view name)
+void LuUnitTest::SelectSubtest(std::wstring_view name, std::optional<std::uint32_t> likely)
 {
     m_selected = name;
+    m_likely = likely;
     const LbClassFacts facts = getFacts();
     m_isForOne = facts.hasPlainList && facts.hasPlainRun && GetRTTI().GetCreate() != nullptr &&
                  canGiveAgain(m_messages, m_dataDirectory);
@@ -167,7 +173,7 @@ bool LuUnitTest::HasSelectedSubtest()
     {
         return static_cast<bool>(m_selectedFunction);
     }
-    m_selectedSubtest = FindSubtest(m_selected);
+    m_selectedSubtest = find(m_selected, m_likely);
     return m_selectedSubtest.has_value();
 }
 

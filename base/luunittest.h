@@ -100,11 +100,12 @@ public:
     /// exceptions of the class.
     std::optional<std::uint32_t> FindSubtest(std::wstring_view name) const;
 
-    /// For runners: called before InitSubtests, selects the only sub-test that the object is for. Unless the class
+    /// For runners: called before InitSubtests, selects the only sub-test that the object is for. `likely` is the index
+    /// where another object of the class has it; it saves a search if the class names its sub-tests. Unless the class
     /// overrides GetSubtestCount, GetSubtestName or RunUnitTest, the object then only counts other sub-tests, and looks
     /// up only one file of the data directory, however many there are. If the class requests another sub-test, a second
     /// object provides it.
-    void SelectSubtest(std::wstring_view name);
+    void SelectSubtest(std::wstring_view name, std::optional<std::uint32_t> likely = {});
 
     /// True if InitSubtests has added a sub-test with the selected name. Passes on exceptions of the class.
     bool HasSelectedSubtest();
@@ -267,6 +268,7 @@ private:
     EResult runHere(std::uint32_t subtest);
     const SEntry& getEntry(std::uint32_t subtest) const;
     std::optional<std::uint32_t> findPlain(std::wstring_view name) const;
+    std::optional<std::uint32_t> find(std::wstring_view name, std::optional<std::uint32_t> likely) const;
     LbClassFacts getFacts() const;
     LuUnitTest& getComplete() const;
     void writeMessage(bool isError, const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
@@ -283,6 +285,7 @@ private:
     bool m_hasFiles = false;   ///< AddFileSubtests was called
 
     std::wstring m_selected;
+    std::optional<std::uint32_t> m_likely;          ///< where the selected sub-test is searched first
     bool m_isForOne = false;                        ///< keeps only the selected sub-test
     Function m_selectedFunction;                    ///< used if m_isForOne
     std::optional<std::uint32_t> m_selectedSubtest; ///< used otherwise

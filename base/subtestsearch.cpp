@@ -44,6 +44,18 @@ public:
                 names.completeFor && names.completeFor == subtests.listing && names.count == subtests.count};
     }
 
+    std::optional<std::uint32_t> Find(Hash owner, Hash name) const
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto known = m_known.find(owner);
+        if (known == m_known.end())
+        {
+            return std::nullopt;
+        }
+        const auto subtest = known->second.subtests.find(name);
+        return subtest == known->second.subtests.end() ? std::nullopt : std::optional(subtest->second);
+    }
+
     /// Adds the names of the sub-tests from `first` on. Ignores them if the names before them are no longer known.
     void Append(Hash owner, std::uint32_t first, std::span<const Hash> names)
     {
@@ -143,10 +155,15 @@ Hash getHash(std::wstring_view text)
     return std::hash<std::wstring_view>()(text);
 }
 
-Hash getOwner(const SSubtests& subtests)
+Hash getOwner(const std::type_info& type, const std::wstring& directory)
 {
     constexpr Hash c_Factor = 0x9E3779B97F4A7C15;
-    return subtests.type.hash_code() * c_Factor + getHash(subtests.directory);
+    return type.hash_code() * c_Factor + getHash(directory);
+}
+
+bool isNamed(const SSubtests& subtests, std::optional<std::uint32_t> subtest, std::wstring_view name)
+{
+    return subtest && *subtest < subtests.count && subtests.getName(*subtest) == name;
 }
 
 std::optional<std::uint32_t> searchFrom(std::uint32_t first, const SSubtests& subtests, Hash owner,
@@ -167,18 +184,40 @@ std::optional<std::uint32_t> searchFrom(std::uint32_t first, const SSubtests& su
 
 } // namespace
 
+void LbSubtestSearch::Remember(const std::type_info& type, const std::wstring& directory, std::uint32_t count,
+                               const std::function<const std::wstring&(std::uint32_t)>& getName)
+{
+    const Hash owner = getOwner(type, directory);
+    GetEternal<CKnownNames>().Forget(owner);
+    CRecorder recorder(owner, 0);
+    for (std::uint32_t subtest = 0; subtest < count; ++subtest)
+    {
+        recorder.Add(getHash(getName(subtest)));
+    }
+}
+
+std::optional<std::uint32_t> LbSubtestSearch::FindRemembered(const std::type_info& type, const std::wstring& directory,
+                                                             std::wstring_view name)
+{
+    return GetEternal<CKnownNames>().Find(getOwner(type, directory), getHash(name));
+}
+
 std::optional<std::uint32_t> LbSubtestSearch::Find(const SSubtests& subtests, std::wstring_view name)
 {
-    const Hash owner = getOwner(subtests);
+    const Hash owner = getOwner(subtests.type, subtests.directory);
     auto& names = GetEternal<CKnownNames>();
     const CKnownNames::SAnswer known = names.Find(owner, getHash(name), subtests);
-    if (known.subtest && *known.subtest < subtests.count && subtests.getName(*known.subtest) == name)
+    if (isNamed(subtests, known.subtest, name))
     {
         return known.subtest;
     }
     if (!known.subtest && known.areAll)
     {
         return std::nullopt;
+    }
+    if (isNamed(subtests, subtests.likely, name))
+    {
+        return subtests.likely;
     }
     if (known.count == 0)
     {

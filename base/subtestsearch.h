@@ -1,4 +1,5 @@
-/// The search for sub-tests of classes that name or count them themselves. Not for use outside of LbBase.
+/// The search for sub-tests of classes that name or count them themselves. Not for use outside of the
+/// runner.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +10,7 @@
 #include <string_view>
 #include <typeinfo>
 
+#include "base/lbexport.h"
 #include "base/lbfilelisting.h"
 
 namespace LbSubtestSearch
@@ -22,11 +24,21 @@ struct SSubtests
     const std::shared_ptr<const LbFileListing>& listing; ///< the files that it has asked for; null if it has not asked
     std::uint32_t count;
     std::function<std::wstring(std::uint32_t)> getName;
+    std::optional<std::uint32_t> likely; ///< the index to try if none is remembered
 };
 
+/// Remembers the names of all sub-tests of an object, by class and directory, and no earlier ones. If memory is short,
+/// remembers only some of them. Passes on what getName throws. Any thread.
+LB_API void Remember(const std::type_info& type, const std::wstring& directory, std::uint32_t count,
+                     const std::function<const std::wstring&(std::uint32_t)>& getName);
+
+/// The first index at which the name was read last time; empty if it is not remembered. Any thread.
+LB_API std::optional<std::uint32_t> FindRemembered(const std::type_info& type, const std::wstring& directory,
+                                                   std::wstring_view name);
+
 /// Finds the first sub-test with exactly this name. First tries the index that is remembered for this name, class and
-/// directory; if the sub-test there has another name, searches all. Returns the sub-test at the remembered index even
-/// if an earlier one has got the same name meanwhile. Passes on what getName throws. Any thread.
+/// directory, or else the likely one; if the sub-test there has another name, searches all. Returns the sub-test at
+/// this index even if an earlier one has the same name. Passes on what getName throws. Any thread.
 ///
 /// If a search has read all names without success, later searches for unknown names fail at once, as long as the
 /// objects have the same count and have asked for the same listing: names can depend on nothing else.

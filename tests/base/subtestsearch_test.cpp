@@ -23,7 +23,8 @@ protected:
                                       [this](std::uint32_t subtest) {
                                           ++m_questions;
                                           return m_names.at(subtest);
-                                      }},
+                                      },
+                                      m_likely},
                                      name);
     }
 
@@ -44,6 +45,7 @@ protected:
     const ScopedFolder m_folder;
     std::shared_ptr<const LbFileListing> m_listing = LbFileListing::Get(m_folder.GetPath());
     std::vector<std::wstring> m_names = {L"a", L"b", L"c"};
+    std::optional<std::uint32_t> m_likely;
     std::size_t m_questions = 0;
 };
 
@@ -52,6 +54,46 @@ TEST_F(SubtestSearch, AsksForOneNameWhereTheNameIsKnown)
     EXPECT_EQ(Find(L"c"), 2U);
 
     EXPECT_EQ(CountQuestionsFor(L"b"), 1U);
+}
+
+TEST_F(SubtestSearch, AsksForOneNameWhereTheLikelyIndexHasTheName)
+{
+    m_likely = 2;
+
+    EXPECT_EQ(CountQuestionsFor(L"c"), 1U);
+    EXPECT_EQ(Find(L"c"), 2U);
+}
+
+TEST_F(SubtestSearch, FindsANameThatIsNotAtTheLikelyIndex)
+{
+    for (const std::uint32_t likely : {0U, 3U, 0xFFFF'FFFFU})
+    {
+        m_likely = likely;
+        EXPECT_EQ(Find(L"b"), 1U);
+    }
+}
+
+TEST_F(SubtestSearch, RemembersTheFirstIndexOfEachNameThatItIsGiven)
+{
+    const auto remember = [this] {
+        LbSubtestSearch::Remember(typeid(SubtestSearch), m_folder.GetPath(), static_cast<std::uint32_t>(m_names.size()),
+                                  [this](std::uint32_t subtest) -> const std::wstring& { return m_names[subtest]; });
+    };
+    const auto find = [this](std::wstring_view name) {
+        return LbSubtestSearch::FindRemembered(typeid(SubtestSearch), m_folder.GetPath(), name);
+    };
+    EXPECT_EQ(find(L"a"), std::nullopt);
+    m_names = {L"b", L"a", L"a"};
+    remember();
+
+    EXPECT_EQ(find(L"a"), 1U);
+    EXPECT_EQ(CountQuestionsFor(L"a"), 1U);
+
+    m_names = {L"c", L"c", L"a"};
+    remember();
+
+    EXPECT_EQ(find(L"a"), 2U);
+    EXPECT_EQ(find(L"b"), std::nullopt);
 }
 
 TEST_F(SubtestSearch, AsksForNoNameAfterAnotherOneWasMissing)

@@ -51,3 +51,27 @@ class CLongNameModel : public LuUnitTest
     }
 };
 LB_RTTI_CLASS(CLongNameModel, LuUnitTest)
+
+/// Forms the names of its cases itself; each case reports how many names its process has formed.
+class CFormedNameModel : public LuUnitTest
+{
+    LB_RTTI(CFormedNameModel)
+
+    void InitSubtests() override
+    {
+        for (int number = 0; number < 50; ++number)
+        {
+            AddSubtest(std::to_wstring(number), [this] { Info(L"%u", s_uiFormed); });
+        }
+        AddSubtest(L"10", [this] { Error(L"der zweite"); });
+    }
+
+    std::wstring GetSubtestName(std::uint32_t subtest) const override
+    {
+        ++s_uiFormed;
+        return L"Fall " + LuUnitTest::GetSubtestName(subtest);
+    }
+
+    static inline std::uint32_t s_uiFormed = 0;
+};
+LB_RTTI_CLASS(CFormedNameModel, LuUnitTest)

@@ -9,6 +9,7 @@
 #include "base/lbformat.h"
 #include "base/lbrtti.h"
 #include "base/os/childprocess.h"
+#include "base/subtestsearch.h"
 #include "testing/lutestsuite/run/executor.h"
 
 namespace LuTestSuiteRun
@@ -24,6 +25,7 @@ bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, c
         return false;
     }
     buffer.params = params;
+    StoreLikelySubtest(buffer, std::nullopt);
     buffer.result = static_cast<std::uint32_t>(ECaseRunResult::Unknown);
     buffer.memoryGrowth = buffer.allocations = buffer.peakMemory = buffer.time = 0;
     buffer.messageLength = 0;
@@ -78,6 +80,16 @@ EListingUse getListingUse(const std::wstring& className)
     const LbRTTI* const type = LbRTTI::Find(className);
     const bool isPlain = type != nullptr && type->GetFacts().hasPlainList && type->GetFacts().hasPlainRun;
     return isPlain ? EListingUse::Possible : EListingUse::Certain;
+}
+
+/// The index where discovery found the case; empty if its class neither names nor counts its cases.
+std::optional<std::uint32_t> findLikelySubtest(const SPlannedCase& planned)
+{
+    const LbRTTI* const type = LbRTTI::Find(planned.unitTest.className);
+    const LbClassFacts facts = type == nullptr ? LbClassFacts() : type->GetFacts();
+    return facts.type == nullptr || facts.hasPlainList
+               ? std::nullopt
+               : LbSubtestSearch::FindRemembered(*facts.type, planned.unitTest.dataDirectory, planned.testCase.name);
 }
 
 void refuse(const SPlannedCase& planned, SCaseEnd& end)
@@ -185,10 +197,14 @@ void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome, 
     const SParams& params = planned.params;
     shareListing(planned.unitTest);
     CChildChannel& channel = m_external.Obtain(params.isolated);
-    if (!WriteRequest(*channel.GetBuffer().GetWriteAccess(), planned.unitTest, planned.testCase, params))
     {
-        refuse(planned, end);
-        return;
+        const CWorkBufferWriteView buffer = channel.GetBuffer().GetWriteAccess();
+        if (!WriteRequest(*buffer, planned.unitTest, planned.testCase, params))
+        {
+            refuse(planned, end);
+            return;
+        }
+        StoreLikelySubtest(*buffer, findLikelySubtest(planned));
     }
     channel.Submit();
     if (params.isolated)

@@ -107,7 +107,7 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
     unitTest->SetMessageStream(&messages);
     messages.SetDataDirectory(LoadName(buffer.dataDirectory));
     unitTest->SetDataDirectory(messages.GetDataDirectory());
-    unitTest->SelectSubtest(LoadName(buffer.caseName));
+    unitTest->SelectSubtest(LoadName(buffer.caseName), LoadLikelySubtest(buffer));
     unitTest->InitSubtests();
     setDebuggingOptions(*unitTest, params);
     unitTest->PrepareSubtest();

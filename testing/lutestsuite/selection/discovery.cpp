@@ -8,6 +8,7 @@
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/luunittest.h"
+#include "base/subtestsearch.h"
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/environment/workingdirectory.h"
@@ -48,6 +49,18 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
     catch (...)
     {
         LuTestSuite::WriteWarning(L"Warnung: Falsche Konfiguration des Unit-Test %s.\n", test.className);
+    }
+}
+
+/// A case of a class that names or counts its cases is found at once if its index is known.
+void rememberNames(const LuUnitTest& instance, const SUnitTest& test)
+{
+    const LbClassFacts& facts = instance.GetRTTI().GetFacts();
+    if (facts.type != nullptr && !facts.hasPlainList)
+    {
+        LbSubtestSearch::Remember(
+            *facts.type, test.dataDirectory, static_cast<std::uint32_t>(test.cases.size()),
+            [&test](std::uint32_t index) -> const std::wstring& { return test.cases[index].name; });
     }
 }
 
@@ -174,6 +187,7 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
     test.dataDirectory = directory;
     test.moduleName = GetModuleName(*type);
     collectCases(*instance, test);
+    rememberNames(*instance, test);
     assignDataSetFiles(*instance, test);
     processExtraInfoFile(test);
     if (removeDisabled)

@@ -143,6 +143,29 @@ TEST(RunCosts, AreTheSameForFewAndForManyFiles)
     EXPECT_LE(*counts[1], *counts[0] + 1);
 }
 
+class RunCostsOfNames : public RunTest
+{
+};
+
+TEST_F(RunCostsOfNames, AreOneNameInTheProcessOfAnIsolatedCase)
+{
+    const ScopedFolder folder;
+    folder.MakeFolder(L"CFormedNameModel");
+    LuTestSuiteSetup setup = MakeSetup(folder.GetPath());
+    setup.dlls = {L"namemodels"};
+    setup.params.external = setup.params.isolated = true;
+    setup.includes = {L":Fall 49$", L":Fall 10$"};
+    const LuTestSuiteRun::SRunResult result = Run(setup);
+
+    // The name "Fall 10" exists twice: both cases run the first sub-test, like a search of all names.
+    ASSERT_EQ(result.cases.size(), 3U);
+    for (const LuTestSuiteRun::SCaseInfo& info : result.cases)
+    {
+        EXPECT_EQ(info.result, LuTestSuiteRun::ECaseRunResult::Ok);
+        EXPECT_EQ(info.messages, L"\t\tINFO:  1\n");
+    }
+}
+
 class RunCostsOfFiles : public RunTest
 {
 protected:

@@ -41,6 +41,11 @@ enum ERequestState : std::uint32_t
 
 constexpr std::uint32_t c_StateBits = 2;
 
+/// The place of the likely sub-test's number, which is its index plus one; 0 if there is none.
+constexpr std::size_t c_LikelySubtest = offsetof(SWorkBuffer, params) + offsetof(SParams, testCaseMax) + 4;
+static_assert(c_LikelySubtest == 6172);
+static_assert(c_LikelySubtest + 4 == offsetof(SWorkBuffer, params) + offsetof(SParams, breakAllocId));
+
 /// Stands in place of the result in a request to exit; a request for a case has "Unknown" there.
 constexpr std::uint32_t c_Leave = 0xFFFFFFFF;
 
@@ -130,6 +135,19 @@ void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to)
     std::memcpy(static_cast<void*>(&to), &from, offsetof(SWorkBuffer, messageLength));
     to.messageLength = 0;
     to.messages[0] = u'\0';
+}
+
+void StoreLikelySubtest(SWorkBuffer& buffer, std::optional<std::uint32_t> subtest)
+{
+    const std::uint32_t number = subtest ? *subtest + 1 : 0;
+    std::memcpy(reinterpret_cast<std::byte*>(&buffer) + c_LikelySubtest, &number, sizeof(number));
+}
+
+std::optional<std::uint32_t> LoadLikelySubtest(const SWorkBuffer& buffer)
+{
+    std::uint32_t number = 0;
+    std::memcpy(&number, reinterpret_cast<const std::byte*>(&buffer) + c_LikelySubtest, sizeof(number));
+    return number == 0 ? std::nullopt : std::optional(number - 1);
 }
 
 void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number)

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -145,6 +146,11 @@ void ClearRequest(SWorkBuffer& buffer);
 
 /// Copies everything before the messages. `to` has no messages afterwards.
 void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to);
+
+/// The index where the sub-test probably is. Stored in reserved bytes, so the index may be wrong if another parent has
+/// written the request.
+void StoreLikelySubtest(SWorkBuffer& buffer, std::optional<std::uint32_t> subtest);
+std::optional<std::uint32_t> LoadLikelySubtest(const SWorkBuffer& buffer);
 
 inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 

@@ -24,6 +24,21 @@ protected:
     const std::unique_ptr<SWorkBuffer> m_buffer = std::make_unique<SWorkBuffer>();
 };
 
+TEST_F(WorkBuffer, HoldsALikelySubtestInReservedBytes)
+{
+    EXPECT_EQ(LuTestSuiteRun::LoadLikelySubtest(*m_buffer), std::nullopt);
+    m_buffer->params.testCaseMax = 7;
+    m_buffer->params.breakAllocId = 8;
+    LuTestSuiteRun::StoreLikelySubtest(*m_buffer, 0xFFFF'FFFEU);
+
+    EXPECT_EQ(LuTestSuiteRun::LoadLikelySubtest(*m_buffer), 0xFFFF'FFFEU);
+    EXPECT_EQ(m_buffer->params.testCaseMax, 7U);
+    EXPECT_EQ(m_buffer->params.breakAllocId, 8U);
+
+    LuTestSuiteRun::StoreLikelySubtest(*m_buffer, std::nullopt);
+    EXPECT_EQ(LuTestSuiteRun::LoadLikelySubtest(*m_buffer), std::nullopt);
+}
+
 TEST_F(WorkBuffer, HoldsANameOf1023Characters)
 {
     const std::wstring name(1023, L'ä');
