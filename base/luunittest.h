@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <span>
@@ -126,18 +127,52 @@ protected:
         }
     }
 
-    using Wildcards = std::initializer_list<std::wstring_view>;
+    /// Wildcards of file names: a text, a list in braces, or an array, vector or span of texts. Refers to the texts.
+    class Wildcards
+    {
+    public:
+        Wildcards() = default;
+        Wildcards(std::initializer_list<std::wstring_view> list) : Wildcards(std::span(list.begin(), list.size())) {}
+        Wildcards(std::span<const std::wstring_view> list) : m_list(list) {}
+
+        template<std::convertible_to<std::wstring_view> Text>
+        Wildcards(const Text& one) : m_one(one), m_list(&m_one, 1)
+        {
+        }
+
+        template<std::convertible_to<std::span<const std::wstring_view>> List>
+        Wildcards(const List& list) : m_list(list)
+        {
+        }
+
+        template<typename List>
+        requires std::convertible_to<const List&, std::span<const std::wstring>> ||
+            std::convertible_to<const List&, std::span<const wchar_t* const>>
+            Wildcards(const List& list) : m_views(std::begin(list), std::end(list)), m_list(m_views)
+        {
+        }
+
+        Wildcards(const Wildcards&) = delete;
+        Wildcards& operator=(const Wildcards&) = delete;
+
+        std::span<const std::wstring_view> Get() const noexcept { return m_list; }
+
+    private:
+        std::wstring_view m_one;
+        std::vector<std::wstring_view> m_views;
+        std::span<const std::wstring_view> m_list;
+    };
 
     /// Appends one sub-test for each file of the data directory that matches a wildcard ("*": any text, "?": one
     /// character, otherwise exact) and no excluded wildcard. Sub-tests are named after their files and ordered by name.
     /// Skips description files ("#ExtraInfo.xml") and files that CompareWithReference writes ("*.received",
     /// "*.received.runs"). `function` takes the file's full path and returns as in AddSubtest.
     ///
-    ///     AddFileSubtests({L"*.yaml", L"*.yml"}, {L"*.expected.*"}, [this](const std::wstring& path) { ... });
+    ///     AddFileSubtests({L"*.yaml", L"*.yml"}, L"*.expected.*", [this](const std::wstring& path) { ... });
     template<std::invocable<const std::wstring&> F>
-    void AddFileSubtests(Wildcards wildcards, Wildcards excluded, F function)
+    void AddFileSubtests(const Wildcards& wildcards, const Wildcards& excluded, F function)
     {
-        const LbFilePattern pattern{{wildcards.begin(), wildcards.end()}, {excluded.begin(), excluded.end()}};
+        const LbFilePattern pattern{wildcards.Get(), excluded.Get()};
         if (countFiles(pattern))
         {
             addFileSubtests(pattern, [this, function = std::move(function)](const std::wstring& path) mutable {
@@ -147,15 +182,9 @@ protected:
     }
 
     template<std::invocable<const std::wstring&> F>
-    void AddFileSubtests(Wildcards wildcards, F function)
+    void AddFileSubtests(const Wildcards& wildcards, F function)
     {
         AddFileSubtests(wildcards, {}, std::move(function));
-    }
-
-    template<std::invocable<const std::wstring&> F>
-    void AddFileSubtests(std::wstring_view wildcard, F function)
-    {
-        AddFileSubtests({wildcard}, {}, std::move(function));
     }
 
     /// Reports an error line ("\t\tERROR: ..."); the sub-test fails unless it returns its own result. Formats like

@@ -342,6 +342,45 @@ TEST(LuUnitTest, MakesASubtestOfEachMatchingFileInOrder)
     EXPECT_EQ(getMatches(folder, L"*.txt"), (Names{L"a.txt", L"b.txt"}));
 }
 
+TEST(LuUnitTest, TakesWildcardsInEachForm)
+{
+    const ScopedFolder folder;
+    for (const wchar_t* const name : {L"a.yaml", L"a.expected.yaml", L"b.yml"})
+    {
+        folder.WriteFile(name, "");
+    }
+    const auto getNames = [&folder](const auto& add) {
+        CSample sample;
+        sample.SetDataDirectory(folder.GetPath());
+        add(sample, [](const std::wstring&) {});
+        Names names;
+        for (std::uint32_t subtest = 0; subtest < sample.GetSubtestCount(); ++subtest)
+        {
+            names.push_back(sample.GetSubtestName(subtest));
+        }
+        return names;
+    };
+    const std::wstring yaml = L"*.yaml";
+    const std::vector<std::wstring> texts = {yaml, L"*.yml"};
+    const std::vector<std::wstring_view> views(texts.begin(), texts.end());
+    const std::initializer_list<std::wstring_view> list = {L"*.yaml", L"*.yml"};
+    constexpr const wchar_t* c_Texts[] = {L"*.yaml", L"*.yml"};
+    const Names one = {L"a.yaml"};
+    const Names both = {L"a.yaml", L"b.yml"};
+
+    EXPECT_EQ(getNames([](auto& test, auto run) { test.AddFileSubtests(L"*.yaml", L"*.expected.*", run); }), one);
+    EXPECT_EQ(getNames([](auto& test, auto run) { test.AddFileSubtests(L"*.yaml", {L"*.expected.*"}, run); }), one);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests({yaml}, {L"a.e*", L"b.*"}, run); }), one);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(texts, L"*.expected.*", run); }), both);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(views, {L"*.expected.*"}, run); }), both);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(list, L"*.expected.*", run); }), both);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(c_Texts, L"*.expected.*", run); }), both);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(std::span(views), L"a.e*", run); }), both);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests({yaml, L"*.yml"}, run); }).size(), 3U);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(texts, {}, run); }).size(), 3U);
+    EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(L"*", texts, run); }), Names{});
+}
+
 TEST(LuUnitTest, GivesAFileSubtestItsFullPath)
 {
     const ScopedFolder folder;

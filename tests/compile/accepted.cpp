@@ -36,6 +36,8 @@ class CAccepted : public LuUnitTest
         AddSubtest(L"run time", [this] { Error(LbRuntimeFormat(m_text), 1); });
         AddSubtest(L"lines", [this] { writeBold(c_Format, m_text); });
         AddFileSubtests(L"*.txt", [this](const std::wstring& path) { Info(L"reads %s", path); });
+        AddFileSubtests(L"*.txt", {L"*.out.txt"}, [](const std::wstring&) {});
+        AddFileSubtests(std::vector<std::wstring>{m_text}, m_text, [](const std::wstring&) {});
         AddSubtest(L"throws", [this] { throw LbException(m_text); });
     }
 
