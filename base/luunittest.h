@@ -165,8 +165,9 @@ protected:
 
     /// Appends one sub-test for each file of the data directory that matches a wildcard ("*": any text, "?": one
     /// character, otherwise exact) and no excluded wildcard. Sub-tests are named after their files and ordered by name.
-    /// Skips description files ("#ExtraInfo.xml") and files that CompareWithReference writes ("*.received",
-    /// "*.received.runs"). `function` takes the file's full path and returns as in AddSubtest.
+    /// Never data sets: description files ("#ExtraInfo.xml"), files that CompareWithReference writes ("*.received",
+    /// "*.received.runs"), the record of a review ("lutestsuite-review.pending*"), and temporary files of this library
+    /// ("LuTestSuite-*.tmp"). `function` takes the file's full path and returns as in AddSubtest.
     ///
     ///     AddFileSubtests({L"*.yaml", L"*.yml"}, L"*.expected.*", [this](const std::wstring& path) { ... });
     template<std::invocable<const std::wstring&> F>
