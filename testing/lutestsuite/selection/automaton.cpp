@@ -9,6 +9,7 @@ namespace
 {
 
 using LuTestSuite::CAutomaton;
+using LuTestSuite::CCharacterSet;
 using LuTestSuite::CodeUnit;
 using LuTestSuite::SCodeRange;
 using LuTestSuite::SExpressionSyntax;
@@ -77,6 +78,18 @@ void CAutomaton::Add(const SSyntaxNode& root)
     SNode end;
     end.number = static_cast<std::uint32_t>(m_entries.size());
     m_entries.push_back(addTree(root, addNode(end)));
+}
+
+void CAutomaton::AddText(std::wstring_view text)
+{
+    SSyntaxNode sequence;
+    for (const wchar_t character : text)
+    {
+        SSyntaxNode& node = sequence.children.emplace_back();
+        node.kind = SSyntaxNode::EKind::Character;
+        node.set = CCharacterSet(character);
+    }
+    Add(sequence);
 }
 
 CAutomaton::NodeIndex CAutomaton::addNode(const SNode& node)

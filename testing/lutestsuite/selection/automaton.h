@@ -36,6 +36,9 @@ public:
     /// Precondition: CanTake, and no search yet.
     void Add(const SSyntaxNode& root);
 
+    /// Adds the expression of an exact text; an empty one is found in every text. Precondition: no search yet.
+    void AddText(std::wstring_view text);
+
     /// True when one of the expressions is found anywhere in the text. Precondition: EGoal::Any.
     bool IsFoundIn(std::wstring_view text);
 

@@ -41,11 +41,9 @@ LuTestSuite::CElementNames::CElementNames(std::vector<std::wstring> names) : m_n
             m_plain[name].push_back(index);
             break;
         case EWildcardKind::Wildcard:
-        {
-            const std::wstring_view begin = name.substr(0, name.find_first_of(L"*?"));
-            m_wildcards[begin.size()][begin].push_back(index);
+            m_wildcards.push_back({index, JoinStars(name)});
+            m_requiredTexts.AddText(GetLongestText(name));
             break;
-        }
         case EWildcardKind::Expression:
             addExpression(index);
             break;
@@ -93,13 +91,15 @@ std::vector<std::size_t> LuTestSuite::CElementNames::Find(const std::wstring& ca
     {
         found = plain->second;
     }
-    for (const auto& [length, byBegin] : m_wildcards)
+    if (!m_wildcards.empty())
     {
-        const auto wildcards = byBegin.find(std::wstring_view(caseName).substr(0, length));
-        if (wildcards != byBegin.end())
+        for (const std::uint32_t each : m_requiredTexts.FindEach(caseName))
         {
-            std::ranges::copy_if(wildcards->second, std::back_inserter(found),
-                                 [&](Index index) { return MatchesWildcard(caseName, m_names[index]); });
+            const SWildcard& wildcard = m_wildcards[each];
+            if (MatchesWildcard(caseName, wildcard.text))
+            {
+                found.push_back(wildcard.index);
+            }
         }
     }
     for (SAutomaton& each : m_automata)

@@ -1,7 +1,6 @@
 /// Finds the elements of a description file that apply to a case.
 #pragma once
 
-#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -14,8 +13,8 @@ namespace LuTestSuite
 {
 
 /// The names of elements, indexed so that a case's name is compared with few of them: plain names need one look-up;
-/// names with "*" and "?" are tried if the case's name starts with the text before their first wildcard; names with
-/// braces are always tried.
+/// names with "*" and "?" are tried if the case's name contains the longest text between their wildcards, which one
+/// pass over the case's name tells for all of them; names with braces are always tried.
 class CElementNames
 {
 public:
@@ -38,7 +37,12 @@ public:
 
 private:
     using Index = std::size_t;
-    using Indices = std::unordered_map<std::wstring_view, std::vector<Index>>;
+
+    struct SWildcard
+    {
+        Index index;
+        std::wstring text;
+    };
 
     struct SAutomaton
     {
@@ -56,8 +60,9 @@ private:
     void addExpression(Index index);
 
     const std::vector<std::wstring> m_names;
-    Indices m_plain;
-    std::map<std::size_t, Indices> m_wildcards; ///< by the text before the first wildcard, and by its length
+    std::unordered_map<std::wstring_view, std::vector<Index>> m_plain;
+    std::vector<SWildcard> m_wildcards;
+    CAutomaton m_requiredTexts{CAutomaton::EGoal::Each}; ///< one for each of m_wildcards
     std::vector<SAutomaton> m_automata;
     std::vector<Index> m_forEngine;
     std::vector<SExpression> m_expressions;

@@ -1,5 +1,8 @@
 #include "testing/lutestsuite/selection/wildcard.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace
 {
 
@@ -43,6 +46,26 @@ std::wstring LuTestSuite::GetWildcardExpression(std::wstring_view wildcard)
         }
     }
     return expression;
+}
+
+std::wstring LuTestSuite::JoinStars(std::wstring_view wildcard)
+{
+    std::wstring joined;
+    std::ranges::unique_copy(wildcard, std::back_inserter(joined),
+                             [](wchar_t first, wchar_t second) { return first == L'*' && second == L'*'; });
+    return joined;
+}
+
+std::wstring_view LuTestSuite::GetLongestText(std::wstring_view wildcard)
+{
+    std::wstring_view longest;
+    while (!wildcard.empty())
+    {
+        const std::wstring_view text = wildcard.substr(0, wildcard.find_first_of(L"*?"));
+        longest = text.size() > longest.size() ? text : longest;
+        wildcard.remove_prefix(std::min(text.size() + 1, wildcard.size()));
+    }
+    return longest;
 }
 
 bool LuTestSuite::MatchesWildcard(std::wstring_view name, std::wstring_view wildcard)

@@ -19,6 +19,12 @@ EWildcardKind GetWildcardKind(std::wstring_view wildcard);
 /// The ECMAScript expression for a wildcard name, to be matched against whole names.
 std::wstring GetWildcardExpression(std::wstring_view wildcard);
 
+/// The same wildcard with one star instead of several successive ones.
+std::wstring JoinStars(std::wstring_view wildcard);
+
+/// The longest text between the wildcards of a name without braces; each name that matches contains it.
+std::wstring_view GetLongestText(std::wstring_view wildcard);
+
 /// True if the whole name matches the wildcard, which must not contain braces. Time is at most proportional to the
 /// product of the lengths, for any number of stars.
 bool MatchesWildcard(std::wstring_view name, std::wstring_view wildcard);

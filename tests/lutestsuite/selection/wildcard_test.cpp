@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuite/selection/wildcard.h"
 
 namespace
 {
@@ -52,6 +53,21 @@ TEST(GenerateWildcardRegex, CombinesAWordAndAllWildcards)
     EXPECT_TRUE(Matches(L"wort?.*", L"wortx."));
     EXPECT_FALSE(Matches(L"wort?.*", L"wort.txt"));
     EXPECT_FALSE(Matches(L"wort?.*", L"wort1-txt"));
+}
+
+TEST(JoinStars, LeavesSingleStarsAndOtherCharacters)
+{
+    EXPECT_EQ(LuTestSuite::JoinStars(L"***a**bb??*?*"), L"*a*bb??*?*");
+    EXPECT_EQ(LuTestSuite::JoinStars(L""), L"");
+}
+
+TEST(GetLongestText, IsTheFirstOfTheLongestTextsBetweenWildcards)
+{
+    EXPECT_EQ(LuTestSuite::GetLongestText(L"*ab?cde*fgh?"), L"cde");
+    EXPECT_EQ(LuTestSuite::GetLongestText(L"abc*d"), L"abc");
+    EXPECT_EQ(LuTestSuite::GetLongestText(L"*d**abc"), L"abc");
+    EXPECT_EQ(LuTestSuite::GetLongestText(L"*?*"), L"");
+    EXPECT_EQ(LuTestSuite::GetLongestText(L""), L"");
 }
 
 class GenerateWildcardRegexSpecial : public testing::TestWithParam<wchar_t>
