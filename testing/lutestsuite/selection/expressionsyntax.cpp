@@ -84,7 +84,7 @@ private:
     OptionalNode readSequence(int depth);
     OptionalNode readTerm(int depth);
     OptionalNode readGroup(int depth);
-    OptionalNode readLookAhead(int depth);
+    OptionalNode readLookAhead(bool isNegative, int depth);
     OptionalNode readAtom();
     OptionalNode readQuantified(OptionalNode atom);
     std::optional<std::uint32_t> readCount();
@@ -151,9 +151,13 @@ OptionalNode CParser::readTerm(int depth)
     {
         return makeUnmodelled();
     }
-    if (accept(L"(?=") || accept(L"(?!"))
+    if (accept(L"(?="))
     {
-        return readLookAhead(depth + 1);
+        return readLookAhead(false, depth + 1);
+    }
+    if (accept(L"(?!"))
+    {
+        return readLookAhead(true, depth + 1);
     }
     if (accept(L"("))
     {
@@ -173,9 +177,21 @@ OptionalNode CParser::readGroup(int depth)
     return accept(L")") ? std::move(content) : std::nullopt;
 }
 
-OptionalNode CParser::readLookAhead(int depth)
+OptionalNode CParser::readLookAhead(bool isNegative, int depth)
 {
-    return readGroup(depth) ? makeUnmodelled() : std::nullopt;
+    // A quantifier cannot begin the content; readGroup would accept "?:".
+    OptionalNode content = isNext(L'?') ? std::nullopt : readGroup(depth);
+    if (!content)
+    {
+        return std::nullopt;
+    }
+    SSyntaxNode node = *makeUnmodelled();
+    if (isNegative)
+    {
+        node.kind = EKind::NotAhead;
+        node.children.push_back(std::move(*content));
+    }
+    return node;
 }
 
 OptionalNode CParser::readAtom()

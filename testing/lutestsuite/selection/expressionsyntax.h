@@ -23,7 +23,8 @@ struct SSyntaxNode
         Repeat,    ///< `children[0]`, `minimum` to `maximum` times
         TextBegin,
         TextEnd,
-        Unmodelled, ///< a look-ahead, a word boundary or a back-reference: whether it matches is unknown
+        NotAhead,   ///< `children[0]` does not match what follows
+        Unmodelled, ///< another look-ahead, a word boundary or a back-reference: whether it matches is unknown
     };
 
     static constexpr std::uint32_t sc_Unlimited = static_cast<std::uint32_t>(-1);
@@ -38,7 +39,7 @@ struct SSyntaxNode
 struct SExpressionSyntax
 {
     SSyntaxNode root;
-    bool isRegular = true; ///< contains no unmodelled nodes
+    bool isRegular = true; ///< contains no node of kind NotAhead or Unmodelled
 };
 
 /// Empty for an expression that the parser does not support. Its recursion depth is bounded.

@@ -9,6 +9,7 @@
 #include "testing/lutestsuite/selection/automaton.h"
 #include "testing/lutestsuite/selection/expression.h"
 #include "testing/lutestsuite/selection/expressions.h"
+#include "testing/lutestsuite/selection/guardedexpressions.h"
 #include "testing/lutestsuite/selection/wideregex.h"
 #include "testing/lutestsuite/selection/wildcard.h"
 
@@ -16,6 +17,7 @@ namespace
 {
 
 using LuTestSuite::CAutomaton;
+using LuTestSuite::CGuardedExpressions;
 using LuTestSuite::CStackLimit;
 using LuTestSuite::SUnitTest;
 
@@ -23,6 +25,7 @@ struct SPattern
 {
     std::wstring source;
     std::optional<LuTestSuite::SExpressionSyntax> syntax;
+    bool isGuarded = false;
     bool needsEngine = false;
 };
 
@@ -32,7 +35,8 @@ std::vector<SPattern> parsePatterns(const std::vector<std::wstring>& sources)
     for (const std::wstring& source : sources)
     {
         SPattern pattern{source, LuTestSuite::ParseExpression(source)};
-        pattern.needsEngine = !pattern.syntax || !CAutomaton::CanTake(*pattern.syntax);
+        pattern.isGuarded = pattern.syntax && CGuardedExpressions::CanTake(*pattern.syntax);
+        pattern.needsEngine = !pattern.isGuarded && (!pattern.syntax || !CAutomaton::CanTake(*pattern.syntax));
         patterns.push_back(std::move(pattern));
     }
     return patterns;
@@ -53,6 +57,10 @@ public:
             {
                 compile(pattern, *limit);
             }
+            else if (pattern.isGuarded)
+            {
+                m_guarded.Add(pattern.syntax->root);
+            }
             else
             {
                 m_automaton.Add(pattern.syntax->root);
@@ -69,7 +77,7 @@ public:
             return std::ranges::any_of(m_patterns,
                                        [&](const SPattern& each) { return pathName.ends_with(each.source); });
         }
-        return m_automaton.IsFoundIn(pathName) || m_expressions.IsFoundIn(pathName);
+        return m_automaton.IsFoundIn(pathName) || m_guarded.IsFoundIn(pathName) || m_expressions.IsFoundIn(pathName);
     }
 
 private:
@@ -87,6 +95,7 @@ private:
 
     const std::vector<SPattern>& m_patterns;
     CAutomaton m_automaton;
+    CGuardedExpressions m_guarded;
     LuTestSuite::CExpressions m_expressions;
     bool m_noRegex;
 };
