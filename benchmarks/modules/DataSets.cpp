@@ -50,7 +50,7 @@ struct SRecords
         for (int index = 0; index < c_Count; ++index)
         {
             records.push_back(std::make_unique<LbRTTI>(LbFormat(L"CDataSets%d", index).c_str(), &CDataSets::RTTI,
-                                                       CDataSets::RTTI.GetCreate()));
+                                                       CDataSets::RTTI.GetCreate(), CDataSets::RTTI.GetFacts()));
         }
     }
 
