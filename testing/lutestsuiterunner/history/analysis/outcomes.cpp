@@ -173,10 +173,9 @@ void findChange(const CTable& table, std::size_t testCase, const std::vector<SVe
     if (last == 0)
     {
         // A case that has failed since the first run of the archive is not a new failure.
-        if (streaks[last].hasFailed && findings.added)
+        if (const std::size_t index = verdicts.front().run; streaks[last].hasFailed && index > 0)
         {
-            const std::size_t index = verdicts.front().run;
-            findings.newFailure = SBeginning{index, findings.added->index, index};
+            findings.newFailure = SBeginning{index, findings.added ? findings.added->index : 0, index};
         }
         return;
     }

@@ -127,6 +127,16 @@ TEST(HistoryOutcomes, NewCaseThatFailsIsANewFailure)
     EXPECT_FALSE(findOutcomes("FFFF").newFailure);
 }
 
+TEST(HistoryOutcomes, FirstVerdictAfterCanceledRunsIsANewFailure)
+{
+    const SOutcomeFindings findings = findOutcomes("CCF");
+    ASSERT_TRUE(findings.newFailure);
+    EXPECT_EQ(findings.newFailure->index, 2U);
+    EXPECT_EQ(findings.newFailure->first, 0U);
+    EXPECT_FALSE(findOutcomes("FCF").newFailure);
+    EXPECT_FALSE(findOutcomes("CCP").newFailure);
+}
+
 TEST(HistoryOutcomes, LongFailureOfFlakyCaseIsNew)
 {
     const SOutcomeFindings findings = findOutcomes("PPPPFPPPPFPPPPFFFFF");
