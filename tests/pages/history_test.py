@@ -63,6 +63,15 @@ class History(Pages):
         self.assertEqual("descending", self.browser.run(
             "return document.querySelectorAll('#k1-slower th')[1].getAttribute('aria-sort')"))
 
+    def test_narrow_windows_sort_with_buttons(self):
+        self.open("history.html", size=(420, 900))
+        names = [row[1] for row in self.rows("#k1-slower .findings")]
+        self.browser.click("#k1-slower th:nth-child(2)")
+        self.assertEqual(sorted(names), [row[1] for row in self.rows("#k1-slower .findings")])
+        self.browser.click("#k1-slower th:nth-child(2)")
+        self.assertEqual(sorted(names)[::-1], [row[1] for row in self.rows("#k1-slower .findings")])
+        self.browser.save_screenshot(self.pages / "history_420_sorted.png")
+
     def test_arrow_of_the_order_is_in_its_heading(self):
         self.open("history.html")
         self.assertEqual({"relative"}, set(self.browser.run("""
@@ -151,6 +160,8 @@ class History(Pages):
             self.assertTrue(self.browser.run(VISIBLE, "#k1-slower .line polyline"))
             self.browser.run("document.querySelector('summary').click()")
             self.assertTrue(self.browser.run(VISIBLE, ".runs"))
+            self.open("history.html", size=(420, 900))
+            self.assertFalse(self.browser.run(VISIBLE, "#k1-slower th"))
         finally:
             self.browser.command("Emulation.setScriptExecutionDisabled", value=False)
 

@@ -1,5 +1,6 @@
 // Interactive parts of the page. Without this script everything can be read, too.
-// - Tables are sorted by their header cells: click, Enter or Space; a second time turns the order around.
+// - Tables are sorted by their header cells: click, Enter or Space; a second time turns the order around. Narrow windows
+//   show the cells as buttons above the rows.
 // - One search over all findings.
 (function () {
     'use strict';
@@ -84,6 +85,7 @@
         });
     }
 
+    document.documentElement.classList.add('scripted');
     document.querySelectorAll('table.findings, table.classes, table.runs').forEach(makeSortable);
     document.querySelectorAll('.search').forEach(makeSearch);
 }());
