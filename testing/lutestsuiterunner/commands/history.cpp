@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 
 #include "base/lbencoding.h"
 #include "base/lbexception.h"
@@ -70,6 +72,42 @@ std::map<std::wstring, std::vector<const SRun*>> groupRuns(const std::vector<SRu
         group.erase(group.begin(), group.begin() + static_cast<std::ptrdiff_t>(excess));
     }
     return groups;
+}
+
+/// Throws a German message if no run of the archive has one of the configurations.
+void checkConfigurations(const std::vector<SRun>& runs, const std::vector<std::wstring>& wanted)
+{
+    std::set<std::wstring> known;
+    std::ranges::transform(runs, std::inserter(known, known.end()),
+                           [](const SRun& run) { return GetConfigurationName(run.label.configuration); });
+    std::wstring names;
+    for (const std::wstring& name : known)
+    {
+        names += (names.empty() ? L"'" : L", '") + name + L"'";
+    }
+    for (const std::wstring& name : wanted)
+    {
+        if (!known.contains(name))
+        {
+            throw LbFormat(L"Kein Lauf des Archivs hat die Konfiguration '%s'; bekannt sind %s", name, names);
+        }
+    }
+}
+
+/// Removes what belongs to other configurations than the wanted ones.
+void selectConfigurations(SArchiveContent& content, const std::vector<std::wstring>& wanted)
+{
+    if (wanted.empty())
+    {
+        return;
+    }
+    checkConfigurations(content.runs, wanted);
+    const auto isOther = [&wanted](const std::wstring& configuration) {
+        return std::ranges::find(wanted, GetConfigurationName(configuration)) == wanted.end();
+    };
+    std::erase_if(content.runs, [&](const SRun& run) { return isOther(run.label.configuration); });
+    std::erase_if(content.unreadable,
+                  [&](const SUnreadableRun& run) { return std::ranges::all_of(run.configurations, isOther); });
 }
 
 std::vector<SAnalysis> analyze(const SArchiveContent& content, const SHistoryOptions& options, const SStepRules& rules)
@@ -175,12 +213,12 @@ std::vector<SGateResult> checkGates(const std::vector<SGate>& gates, const SArch
     return results;
 }
 
-void printUnreadable(const std::vector<std::wstring>& unreadable)
+void printUnreadable(const std::vector<SUnreadableRun>& unreadable)
 {
-    for (const std::wstring& name : unreadable)
+    for (const SUnreadableRun& run : unreadable)
     {
         print(LbFormat(L"Fehler: %s ist nicht lesbar und vielleicht der neueste Lauf: keine Bedingung ist erfüllt\n",
-                       name));
+                       run.name));
     }
 }
 
@@ -200,11 +238,12 @@ int Execute(const SHistoryOptions& options)
     std::vector<SGate> gates;
     std::ranges::transform(options.gates, std::back_inserter(gates), ReadGate);
     MoveLibraryLinesToErrors();
-    const SArchiveContent content = ReadArchive(options.archive);
+    SArchiveContent content = ReadArchive(options.archive);
     if (content.runs.empty())
     {
         throw LbFormat(L"Verzeichnis %s enthält keinen lesbaren Lauf", options.archive);
     }
+    selectConfigurations(content, options.configurations);
     const std::vector<std::uint32_t> cases = findCases(content, options.cases);
     const std::vector<SAnalysis> analyses = analyze(content, options, rules);
     const std::vector<SGateResult> results = checkGates(gates, content, analyses, options.since);

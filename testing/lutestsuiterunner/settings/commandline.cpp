@@ -177,6 +177,8 @@ void addOptions(COptionReader& reader, SHistoryOptions& options)
     reader.AddText({"--json", L"DATEI", L"Befunde als JSON schreiben"}, options.json);
     reader.AddTexts({"--gate", L"REGEL", L"Bedingung, mehrfach: new-failures=0, slower<5, missing=0, ..."},
                     options.gates);
+    reader.AddTexts({"--configuration", L"NAME", L"nur diese Konfiguration auswerten, mehrfach (sonst alle)"},
+                    options.configurations);
     reader.AddTexts({"--case", L"NAME", L"Ergebnisse und Zeiten von Klasse:Fall in allen Läufen, mehrfach"},
                     options.cases);
     reader.AddNumber({"--runs", L"N", L"nur die neuesten N Läufe einer Konfiguration (100; höchstens 200)"}, 1,

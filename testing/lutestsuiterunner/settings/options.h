@@ -116,11 +116,12 @@ struct SHistoryOptions
     std::wstring html; ///< path of the page; empty for none
     std::wstring json;
     std::vector<std::wstring> gates;
-    std::vector<std::wstring> cases;    ///< "class:case"; each is shown in all its runs
-    std::uint32_t runs = 100;           ///< the newest ones of a configuration
-    std::uint32_t since = 0;            ///< findings of the newest runs only; 0 for all
-    std::wstring alarmRate = L"0.05";   ///< probability of a false alarm in an archive
-    std::wstring smallestChange = L"3"; ///< percent
+    std::vector<std::wstring> cases;          ///< "class:case"; each is shown in all its runs
+    std::vector<std::wstring> configurations; ///< the others are ignored; empty for all
+    std::uint32_t runs = 100;                 ///< the newest ones of a configuration
+    std::uint32_t since = 0;                  ///< findings of the newest runs only; 0 for all
+    std::wstring alarmRate = L"0.05";         ///< probability of a false alarm in an archive
+    std::wstring smallestChange = L"3";       ///< percent
     std::uint32_t reshuffles = 20;
     std::uint32_t seed = 1; ///< of the random orders
 };

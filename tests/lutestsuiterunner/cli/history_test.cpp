@@ -291,6 +291,38 @@ TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportOfOneConfigurationMayBeDamaged
     EXPECT_EQ(history({L"--gate", L"missing=0"}).exitStatus, 1);
 }
 
+TEST_F(RunnerHistory, OnlyTheNamedConfigurationsCount)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"}, L"Debug x64");
+    writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"}, L"Debug x64");
+    setAge(L"a.xml", std::chrono::hours(4));
+    setAge(L"b.xml", std::chrono::hours(3));
+    m_folder.WriteFile(L"archiv/c.xml", "<testsuite><unfinished");
+    setAge(L"c.xml", std::chrono::hours(2));
+    writeReport(L"d.xml", L"2026-01-03 00:00:00", {L"x"});
+    writeReport(L"e.xml", L"2026-01-04 00:00:00", {L"x"}, L"Tests x64");
+
+    EXPECT_EQ(history({L"--gate", L"missing=0"}).exitStatus, 1);
+    const SHostRun run = history({L"--gate", L"missing=0", L"--configuration", L"Release x64"});
+    EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
+    EXPECT_EQ(run.output, "Release x64: 1 Lauf, im neuesten 1 Fall\nmissing=0: erfüllt (gezählt: 0)\n");
+    const SHostRun both =
+        history({L"--gate", L"missing=0", L"--configuration", L"Release x64", L"--configuration", L"Debug x64"});
+    EXPECT_EQ(both.exitStatus, 1);
+    ExpectLine(both.output, "missing=0: nicht erfüllt (gezählt: 1)\n  CKlasse:y (seit b.xml, Debug x64)\n");
+}
+
+TEST_F(RunnerHistory, UnknownConfigurationIsAnErrorThatListsTheKnownOnes)
+{
+    writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
+    writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"}, L"Debug x64");
+    const SHostRun run = history({L"--configuration", L"Release"});
+
+    EXPECT_EQ(run.exitStatus, 2);
+    ExpectLine(run.errors, "Kein Lauf des Archivs hat die Konfiguration 'Release'; "
+                           "bekannt sind 'Debug x64', 'Release x64'\n");
+}
+
 TEST_F(RunnerHistory, GateCountsCasesThatTheNewestRunDidNotRun)
 {
     writeArchive();

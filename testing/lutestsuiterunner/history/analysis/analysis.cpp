@@ -148,7 +148,12 @@ SAnalysis Analyze(std::wstring configuration, CTable table, const SStepRules& ru
 
 std::wstring GetConfigurationName(const SAnalysis& analysis)
 {
-    return analysis.configuration.empty() ? std::wstring(L"Ohne Konfiguration") : analysis.configuration;
+    return GetConfigurationName(analysis.configuration);
+}
+
+std::wstring GetConfigurationName(const std::wstring& configuration)
+{
+    return configuration.empty() ? std::wstring(L"Ohne Konfiguration") : configuration;
 }
 
 } // namespace Runner::History

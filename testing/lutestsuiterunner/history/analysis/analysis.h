@@ -58,6 +58,7 @@ struct SAnalysis
 };
 
 /// The build configuration for readers; a German text if the reports contain no configuration.
+std::wstring GetConfigurationName(const std::wstring& configuration);
 std::wstring GetConfigurationName(const SAnalysis& analysis);
 
 /// `steps` are those that were found in the table by the rules.

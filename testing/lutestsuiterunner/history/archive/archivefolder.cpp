@@ -128,7 +128,7 @@ private:
     void addBatch(const std::vector<SRunSource>& sources, std::size_t first, std::size_t end);
     void sortNames();
     void writeIndex();
-    std::vector<std::wstring> findUnreadable() const;
+    std::vector<SUnreadableRun> findUnreadable() const;
 
     std::wstring m_folder;
     SIndex m_index;
@@ -248,7 +248,7 @@ void CArchiveReader::writeIndex()
 }
 
 /// The configuration and the begin of an unreadable run are unknown, so the time of its files stands for the begin.
-std::vector<std::wstring> CArchiveReader::findUnreadable() const
+std::vector<SUnreadableRun> CArchiveReader::findUnreadable() const
 {
     std::map<std::wstring, std::int64_t> newest; // by configuration
     for (const SIndexedRun& indexed : m_runs)
@@ -256,16 +256,24 @@ std::vector<std::wstring> CArchiveReader::findUnreadable() const
         std::int64_t& time = newest[indexed.run.label.configuration];
         time = std::max(time, getTime(indexed));
     }
-    std::vector<std::wstring> names;
+    std::vector<SUnreadableRun> runs;
     for (const SIndexedRun& indexed : m_unreadable)
     {
-        if (std::ranges::any_of(newest, [&](const auto& one) { return getTime(indexed) >= one.second; }))
+        SUnreadableRun run{indexed.run.label.name, {}};
+        for (const auto& [configuration, time] : newest)
         {
-            names.push_back(indexed.run.label.name);
+            if (getTime(indexed) >= time)
+            {
+                run.configurations.push_back(configuration);
+            }
+        }
+        if (!run.configurations.empty())
+        {
+            runs.push_back(std::move(run));
         }
     }
-    std::ranges::sort(names);
-    return names;
+    std::ranges::sort(runs, {}, &SUnreadableRun::name);
+    return runs;
 }
 
 SArchiveContent CArchiveReader::Read()

@@ -11,15 +11,21 @@ namespace Runner::History
 
 inline constexpr const wchar_t* c_IndexName = L"LuTestSuiteHistory.index";
 
+/// A run that cannot be read. It may be the newest run of each configuration whose runs have no newer files.
+struct SUnreadableRun
+{
+    std::wstring name;
+    std::vector<std::wstring> configurations;
+};
+
 struct SArchiveContent
 {
     std::vector<SCaseName> names; ///< sorted
     std::vector<SRun> runs;       ///< in the order of their begin
     std::size_t readCount = 0;    ///< of these, read from their files and not from the index
     std::string digest;           ///< the same for the same content; empty if there is no index
-    /// Runs that cannot be read, and whose files are not older than those of the newest run of some configuration: each
-    /// of them may be the newest run.
-    std::vector<std::wstring> unreadable;
+    /// Those that may be the newest run of a configuration.
+    std::vector<SUnreadableRun> unreadable;
 };
 
 /// Reads the runs of a folder: XML reports in it and in its folder "Archive", and the sub-folders that hold the journal

@@ -249,7 +249,9 @@ TEST_F(HistoryArchive, DistributedRunThatEndedBeforeItBeganMayBeTheNewestRun)
     const SArchiveContent content = ReadArchive(played.GetFolder());
 
     EXPECT_EQ(content.runs.size(), 1U);
-    EXPECT_EQ(content.unreadable, std::vector<std::wstring>{L"."});
+    ASSERT_EQ(content.unreadable.size(), 1U);
+    EXPECT_EQ(content.unreadable[0].name, L".");
+    EXPECT_EQ(content.unreadable[0].configurations.size(), 1U);
 }
 
 TEST_F(HistoryArchive, RunsOfDamagedJournalsAreIgnored)
@@ -345,7 +347,9 @@ TEST_F(HistoryArchive, UnreadableReportDoesNotChangeTheIndexAgain)
 
     EXPECT_EQ(std::filesystem::last_write_time(index), written);
     EXPECT_EQ(content.runs.size(), 1U);
-    EXPECT_EQ(content.unreadable, std::vector<std::wstring>{L"b.xml"});
+    ASSERT_EQ(content.unreadable.size(), 1U);
+    EXPECT_EQ(content.unreadable[0].name, L"b.xml");
+    EXPECT_EQ(content.unreadable[0].configurations.size(), 1U);
     const std::wstring text = output.GetText();
     EXPECT_NE(text.find(L"b.xml wurde nicht gelesen"), text.rfind(L"b.xml wurde nicht gelesen"));
 }
