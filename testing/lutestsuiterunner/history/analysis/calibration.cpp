@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 #include "base/lbparallel.h"
@@ -73,22 +74,37 @@ std::size_t countTests(CStepFinder& finder, const SMeasure& measure)
     return count;
 }
 
+/// So many shuffled orders show a step beyond the threshold. With one, the threshold would depend more on chance; with
+/// more, the search takes longer.
+constexpr std::size_t c_OrdersBeyond = 2;
+
 /// The largest step in standard errors of series that are not among the changed ones.
 template<typename Found>
-double getLargest(const std::vector<std::vector<Found>>& shuffled, const std::set<std::size_t>& changed)
+double getLargest(const std::vector<Found>& all, const std::set<std::size_t>& changed)
 {
     double largest = 0.0;
-    for (const std::vector<Found>& all : shuffled)
+    for (const Found& found : all)
     {
-        for (const Found& found : all)
+        if (found.steps.deviations > largest && !changed.contains(found.series))
         {
-            if (found.steps.deviations > largest && !changed.contains(found.series))
-            {
-                largest = found.steps.deviations;
-            }
+            largest = found.steps.deviations;
         }
     }
     return largest;
+}
+
+/// The smallest of the largest steps of the orders beyond the threshold.
+template<typename Found>
+double getThreshold(const std::vector<std::vector<Found>>& shuffled, const std::set<std::size_t>& changed)
+{
+    std::vector<double> largest;
+    for (const std::vector<Found>& all : shuffled)
+    {
+        largest.push_back(getLargest(all, changed));
+    }
+    const auto place = largest.begin() + static_cast<std::ptrdiff_t>(c_OrdersBeyond - 1);
+    std::ranges::nth_element(largest, place, std::ranges::greater());
+    return *place;
 }
 
 } // namespace
@@ -104,10 +120,12 @@ CCalibration::CCalibration(const std::vector<SMeasure>& measures, std::size_t ru
         m_testCount += countTests(finder, measure);
     }
     m_thresholds.bits = GetLog2(std::max(static_cast<double>(m_testCount), 1.0) / rate);
-    // If nothing has changed, the true order shows the strongest step with probability 1 / (number of shuffled orders +
-    // 1).
-    m_shuffleCount = static_cast<std::size_t>(std::ceil(1.0 / rate)) - 1;
-    stepDown(findInShuffled());
+    // If nothing has changed, the true order is one of the orders beyond the threshold with probability c_OrdersBeyond
+    // / (number of shuffled orders + 1).
+    m_shuffleCount = static_cast<std::size_t>(std::ceil(static_cast<double>(c_OrdersBeyond) / rate)) - 1;
+    const std::vector<SFound> own = findStrongest(finder, getIdentity(m_runCount));
+    levelSeries(own);
+    stepDown(own, findInShuffled());
 }
 
 std::vector<std::vector<CCalibration::SFound>> CCalibration::findInShuffled() const
@@ -124,16 +142,58 @@ std::vector<std::vector<CCalibration::SFound>> CCalibration::findInShuffled() co
     return shuffled;
 }
 
-/// A series with a step scatters more than the others, so its random orders show larger steps than theirs. Once its
-/// step is found, it is no longer compared, and the threshold for the others is lower: the step-down method.
-void CCalibration::stepDown(const std::vector<std::vector<SFound>>& shuffled)
+/// The parts between all steps that are of interest, even if chance explains them, are brought to the same level.
+CCalibration::SLevelled CCalibration::level(CStepFinder& finder, const SSeries& series) const
 {
-    CStepFinder finder(m_rules.smallestChange, {});
-    const std::vector<SFound> own = findStrongest(finder, getIdentity(m_runCount));
+    constexpr SThresholds c_All{1.0, std::numeric_limits<double>::infinity()};
+    SLevelled levelled{{series.values.begin(), series.values.end()}, {}};
+    for (const SStep& step : finder.FindSteps(series.values, series.seed, c_All))
+    {
+        if (step.before > 0.0 && step.after > 0.0)
+        {
+            const auto begin = levelled.values.begin() + static_cast<std::ptrdiff_t>(step.index);
+            std::for_each(begin, levelled.values.end(), [&](double& value) { value *= step.before / step.after; });
+        }
+    }
+    levelled.ranks = GetRanks(levelled.values, series.seed);
+    return levelled;
+}
+
+/// The values of a series with a step differ more than those of others, so its random orders would show larger steps
+/// than theirs. If many cases change, the threshold would become too high.
+void CCalibration::levelSeries(const std::vector<SFound>& own)
+{
+    std::set<std::size_t> numbers;
+    for (const SFound& found : own)
+    {
+        numbers.insert(found.series);
+    }
+    std::size_t number = 0;
+    for (const SMeasure& measure : m_measures)
+    {
+        m_levelled.resize(m_levelled.size() + measure.count);
+        CStepFinder finder(m_rules.smallestChange, GetNoise(measure));
+        for (const CSeriesBlock& block : measure.blocks)
+        {
+            for (std::size_t index = 0; index < block.GetCount(); ++index, ++number)
+            {
+                if (numbers.contains(number))
+                {
+                    m_levelled[number] = level(finder, block.Get(index));
+                }
+            }
+        }
+    }
+}
+
+/// A series with a step scatters more than the others even without it. Once its step is found, it is no longer
+/// compared, and the threshold for the others is lower: the step-down method.
+void CCalibration::stepDown(const std::vector<SFound>& own, const std::vector<std::vector<SFound>>& shuffled)
+{
     for (std::size_t known = 1; known != m_changed.size();)
     {
         known = m_changed.size();
-        m_thresholds.deviations = getLargest(shuffled, m_changed);
+        m_thresholds.deviations = getThreshold(shuffled, m_changed);
         for (const SFound& found : own)
         {
             if (m_thresholds.IsExceededBy(found.steps))
@@ -171,7 +231,7 @@ SCommonNoise CCalibration::getNoise(const SMeasure& measure, const Order& order)
         }
         correlations.push_back(GetCorrelation(ranks));
     }
-    return {measure.scatter, std::max(TakeMedian(correlations), 0.0)};
+    return {measure.scatter, measure.similarity, std::max(TakeMedian(correlations), 0.0)};
 }
 
 /// Series without any step are left out: nearly all.
@@ -187,7 +247,12 @@ std::vector<CCalibration::SFound> CCalibration::findStrongest(CStepFinder& finde
         {
             for (std::size_t index = 0; index < block.GetCount(); ++index, ++number)
             {
-                const SSeries series = block.Get(index);
+                SSeries series = block.Get(index);
+                if (!m_levelled.empty() && !m_levelled[number].values.empty())
+                {
+                    series.values = m_levelled[number].values;
+                    series.ranks = m_levelled[number].ranks;
+                }
                 const SStrongest steps = finder.FindStrongest({series.values, series.ranks, seriesOrder.Get(series)});
                 if (steps.bits > 0.0)
                 {

@@ -60,9 +60,18 @@ private:
 
     Order getShuffled(std::uint64_t seed) const;
     SCommonNoise getNoise(const SMeasure& measure, const Order& order) const;
+    /// A series without its steps.
+    struct SLevelled
+    {
+        std::vector<double> values;
+        std::vector<std::uint16_t> ranks;
+    };
+
     std::vector<SFound> findStrongest(CStepFinder& finder, const Order& order) const;
+    SLevelled level(CStepFinder& finder, const SSeries& series) const;
+    void levelSeries(const std::vector<SFound>& own);
     std::vector<std::vector<SFound>> findInShuffled() const;
-    void stepDown(const std::vector<std::vector<SFound>>& shuffled);
+    void stepDown(const std::vector<SFound>& own, const std::vector<std::vector<SFound>>& shuffled);
 
     const std::vector<SMeasure>& m_measures;
     std::size_t m_runCount;
@@ -70,7 +79,8 @@ private:
     std::size_t m_testCount = 0;
     std::size_t m_shuffleCount = 0;
     SThresholds m_thresholds;
-    std::set<std::size_t> m_changed; ///< the series with a step
+    std::set<std::size_t> m_changed;   ///< the series with a step
+    std::vector<SLevelled> m_levelled; ///< by the number of the series; empty ones are used as they are
 };
 
 } // namespace Runner::History

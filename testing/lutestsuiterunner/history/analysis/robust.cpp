@@ -9,6 +9,13 @@
 namespace Runner::History
 {
 
+namespace
+{
+
+constexpr double c_WinsorizedScatters = 3.0;
+
+} // namespace
+
 double TakeMedian(std::span<double> values)
 {
     if (values.empty())
@@ -49,12 +56,11 @@ double GetScatter(std::span<const double> values)
 
 std::vector<double> Winsorize(std::span<const double> values)
 {
-    constexpr double c_Scatters = 3.0;
     // If more than half of the values are equal, the scatter counts as a hundredth of the level, so that a step stays
     // visible.
     constexpr double c_SmallestPart = 0.01;
     const double median = GetMedian(values);
-    const double distance = std::max(c_Scatters * getScatter(values, median), c_SmallestPart * median);
+    const double distance = std::max(c_WinsorizedScatters * getScatter(values, median), c_SmallestPart * median);
     std::vector<double> result(values.begin(), values.end());
     for (double& value : result)
     {
@@ -98,6 +104,46 @@ double GetCorrelation(std::span<const std::uint16_t> ranks)
         previous = value;
     }
     return squares > 0.0 ? products / squares : 0.0;
+}
+
+namespace
+{
+
+/// The mean square of the differences of values `distance` apart, winsorized.
+double getMeanSquare(std::span<const double> values, std::size_t distance)
+{
+    std::vector<double> differences;
+    for (std::size_t index = distance; index < values.size(); ++index)
+    {
+        differences.push_back(values[index] - values[index - distance]);
+    }
+    const double largest = c_WinsorizedScatters * getScatter(differences, 0.0);
+    double sum = 0.0;
+    for (const double difference : differences)
+    {
+        const double used = std::clamp(difference, -largest, largest);
+        sum += used * used;
+    }
+    return sum / static_cast<double>(differences.size());
+}
+
+} // namespace
+
+double GetCertainCorrelation(std::span<const double> values)
+{
+    constexpr std::size_t c_Fewest = 4;
+    if (values.size() < c_Fewest)
+    {
+        return 0.0;
+    }
+    const double neighbours = getMeanSquare(values, 1);
+    if (neighbours == 0.0)
+    {
+        return 0.0;
+    }
+    // The expected values are 1 - r and 1 - r * r, if r is the correlation.
+    const double ratio = getMeanSquare(values, 2) / neighbours;
+    return std::clamp(ratio - 1.0 - std::sqrt(2.0 / static_cast<double>(values.size())), 0.0, 1.0);
 }
 
 } // namespace Runner::History

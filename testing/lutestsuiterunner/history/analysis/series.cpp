@@ -6,6 +6,7 @@
 
 #include "base/lbparallel.h"
 #include "testing/lutestsuiterunner/history/analysis/randomnumbers.h"
+#include "testing/lutestsuiterunner/history/analysis/ranktails.h"
 #include "testing/lutestsuiterunner/history/analysis/robust.h"
 #include "testing/lutestsuiterunner/history/analysis/row.h"
 
@@ -17,6 +18,7 @@ namespace
 
 constexpr std::size_t c_BlockSize = 2048;
 constexpr std::size_t c_SampleSize = 1000;
+constexpr double c_LogOf2 = 0.69314718055994531;
 
 bool isConstant(std::span<const double> values, double smallestChange)
 {
@@ -43,10 +45,10 @@ public:
         }
     }
 
-    /// Uses a smaller adjustment only if the values then scatter clearly less.
+    /// Uses a smaller adjustment only if the values then scatter clearly less: by two standard errors of a scatter.
     void Adjust(SRow& row) const
     {
-        constexpr double c_Clearly = 0.8;
+        const double clearly = 1.0 - 2.0 / std::sqrt(static_cast<double>(row.values.size()));
         std::vector<double> full = Divide(row, m_full);
         if (!m_isSteady)
         {
@@ -54,7 +56,7 @@ public:
             const double fullScatter = getRelativeScatter(full);
             const double halfScatter = getRelativeScatter(half);
             const double rawScatter = getRelativeScatter(row.values);
-            if (std::min(halfScatter, rawScatter) < c_Clearly * fullScatter)
+            if (std::min(halfScatter, rawScatter) < clearly * fullScatter)
             {
                 full = halfScatter < rawScatter ? std::move(half) : row.values;
             }
@@ -88,6 +90,34 @@ CSeriesBlock makeBlock(const CTable& table, std::size_t first, const FillRow& fi
     return block;
 }
 
+/// The part of the differences between the scatters that chance explains, 0 to 1. The scatter of normal values is
+/// uncertain by the root of 1.4 / count, relative to itself.
+double getSimilarity(std::vector<double>& scatters, std::vector<double>& counts)
+{
+    constexpr double c_VarianceByCount = 1.4;
+    const double count = TakeMedian(counts);
+    for (double& scatter : scatters)
+    {
+        scatter = GetLog2(std::max(scatter, 1e-9)) * c_LogOf2;
+    }
+    const double deviation = GetScatter(scatters);
+    const double expected = c_VarianceByCount / count;
+    return count > 0.0 ? expected / std::max(deviation * deviation, expected) : 0.0;
+}
+
+void findCommonNoise(SMeasure& measure)
+{
+    std::vector<double> scatters;
+    std::vector<double> counts;
+    for (const SSeries& series : measure.GetSample())
+    {
+        scatters.push_back(getRelativeScatter(series.values));
+        counts.push_back(static_cast<double>(series.values.size()));
+    }
+    measure.scatter = GetMedian(scatters);
+    measure.similarity = getSimilarity(scatters, counts);
+}
+
 SMeasure makeMeasure(const CTable& table, const FillRow& fill)
 {
     SMeasure measure;
@@ -100,12 +130,7 @@ SMeasure makeMeasure(const CTable& table, const FillRow& fill)
     {
         measure.count += block.GetCount();
     }
-    std::vector<double> scatters;
-    for (const SSeries& series : measure.GetSample())
-    {
-        scatters.push_back(getRelativeScatter(series.values));
-    }
-    measure.scatter = TakeMedian(scatters);
+    findCommonNoise(measure);
     return measure;
 }
 

@@ -51,8 +51,9 @@ private:
 struct SMeasure
 {
     std::vector<CSeriesBlock> blocks;
-    std::size_t count = 0; ///< of series
-    double scatter = 0.0;  ///< see SCommonNoise
+    std::size_t count = 0;   ///< of series
+    double scatter = 0.0;    ///< see SCommonNoise
+    double similarity = 0.0; ///< see SCommonNoise
 
     /// A random sample of the series, the same in each call.
     std::vector<SSeries> GetSample() const;

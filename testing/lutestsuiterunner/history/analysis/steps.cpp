@@ -15,7 +15,7 @@ namespace
 
 constexpr std::size_t c_ShortestPart = 3;
 /// Less evidence than this occurs by chance even if a suite measures only a thousand cases.
-constexpr double c_FloorBits = 14.0;
+constexpr double c_FloorBits = 12.0;
 /// The interval misses the true run on one side with at most this probability.
 constexpr double c_IntervalError = 0.01;
 
@@ -23,6 +23,12 @@ constexpr double c_IntervalError = 0.01;
 std::size_t getNextSize(std::size_t size)
 {
     return std::max(size + 1, size * 6 / 5);
+}
+
+/// The size of the next shorter window at the end of a series.
+std::size_t getShorterWindow(std::size_t size)
+{
+    return size * 4 / 5;
 }
 
 /// The pairs of a value before and a value after the place that are in the wrong order, from the sum of the ranks after
@@ -63,6 +69,34 @@ std::vector<std::uint16_t> getIdentity(std::size_t length)
     return order;
 }
 
+/// The runs between the neighbours of a step: [start, end).
+struct SPart
+{
+    std::size_t start;
+    std::size_t end;
+};
+
+SPart getPart(const std::vector<SStep>& steps, std::size_t number, std::size_t length)
+{
+    return {number == 0 ? 0 : steps[number - 1].index, number + 1 == steps.size() ? length : steps[number + 1].index};
+}
+
+/// As getPart, without the runs at which the neighbours may have begun, if runs remain on both sides of the step.
+SPart getCertainPart(const std::vector<SStep>& steps, std::size_t number, std::size_t length)
+{
+    const std::size_t index = steps[number].index;
+    SPart part = getPart(steps, number, length);
+    if (number > 0 && steps[number - 1].last < index)
+    {
+        part.start = steps[number - 1].last;
+    }
+    if (number + 1 < steps.size() && steps[number + 1].first > index)
+    {
+        part.end = steps[number + 1].first;
+    }
+    return part;
+}
+
 } // namespace
 
 const std::vector<CStepFinder::SPlace>& CStepFinder::getPlaces(std::size_t length)
@@ -94,20 +128,52 @@ const std::vector<CStepFinder::SPlace>& CStepFinder::getPlaces(std::size_t lengt
 
 std::size_t CStepFinder::GetTestCount(std::size_t length)
 {
-    return 2 * getPlaces(length).size();
+    std::size_t count = 0;
+    for (; !getPlaces(length).empty(); length = getShorterWindow(length))
+    {
+        count += 2 * getPlaces(length).size();
+    }
+    return count;
 }
 
-void CStepFinder::findCandidates(const SSeriesView& series)
+void CStepFinder::setRanks(const SSeriesView& series)
+{
+    m_allRanks.clear();
+    for (const std::uint16_t index : series.order)
+    {
+        m_allRanks.push_back(series.ranks[index]);
+    }
+    m_ranks = m_allRanks;
+}
+
+/// The window now begins at `start`. Its ranks follow from those of the series, without another search.
+void CStepFinder::shortenWindow(std::size_t start)
+{
+    const std::span<const std::uint16_t> window = std::span(m_allRanks).subspan(start);
+    m_counts.assign(m_allRanks.size(), 0);
+    for (const std::uint16_t rank : window)
+    {
+        m_counts[rank] = 1;
+    }
+    std::partial_sum(m_counts.begin(), m_counts.end(), m_counts.begin());
+    m_ranks.clear();
+    for (const std::uint16_t rank : window)
+    {
+        m_ranks.push_back(static_cast<std::uint16_t>(m_counts[rank] - 1));
+    }
+}
+
+void CStepFinder::findCandidates()
 {
     m_candidates.clear();
-    const std::size_t length = series.order.size();
+    const std::size_t length = m_ranks.size();
     std::uint64_t rankSum = length * (length - 1) / 2;
     std::size_t index = 0;
     for (const SPlace& place : getPlaces(length))
     {
         for (; index < place.index; ++index)
         {
-            rankSum -= series.ranks[series.order[index]];
+            rankSum -= m_ranks[index];
         }
         for (const bool isUp : {true, false})
         {
@@ -120,34 +186,56 @@ void CStepFinder::findCandidates(const SSeriesView& series)
     }
 }
 
-SStrongest CStepFinder::FindStrongest(const SSeriesView& series)
+/// Compares in the window that begins at `start`.
+void CStepFinder::compareCandidates(std::span<const double> all, std::size_t start, SStrongest& strongest)
 {
-    SStrongest strongest;
-    findCandidates(series);
-    if (m_candidates.empty())
+    const std::span<const double> values = all.subspan(start);
+    SCommonNoise noise = m_noise;
+    if (start > 0)
     {
-        return strongest;
+        // A window has too few runs to show how much they resemble their neighbours.
+        noise.correlation = std::max(noise.correlation, GetCertainCorrelation(all));
     }
-    const std::vector<double> values = applyOrder(series);
     const std::vector<double> winsorized = Winsorize(values);
     for (const SCandidate& candidate : m_candidates)
     {
-        const double before = GetMedian(std::span(values).first(candidate.index));
-        const double after = GetMedian(std::span(values).subspan(candidate.index));
+        const double before = GetMedian(values.first(candidate.index));
+        const double after = GetMedian(values.subspan(candidate.index));
         if (getChange(before, after) < m_smallestChange || (after > before) != candidate.isUp)
         {
             continue;
         }
-        const SStepSize size = MeasureStep(winsorized, candidate.index, m_noise);
+        const SStepSize size = MeasureStep(winsorized, candidate.index, noise);
         if (const double bits = candidate.bits / size.inflation; bits > strongest.bits)
         {
             strongest.bits = bits;
-            strongest.bitsIndex = candidate.index;
+            strongest.bitsPlace = {start, start + candidate.index};
         }
         if (size.deviations > strongest.deviations)
         {
             strongest.deviations = size.deviations;
-            strongest.deviationsIndex = candidate.index;
+            strongest.deviationsPlace = {start, start + candidate.index};
+        }
+    }
+}
+
+SStrongest CStepFinder::FindStrongest(const SSeriesView& series)
+{
+    SStrongest strongest;
+    const std::size_t length = series.order.size();
+    setRanks(series);
+    std::vector<double> values;
+    for (std::size_t window = length; !getPlaces(window).empty(); window = getShorterWindow(window))
+    {
+        if (window < length)
+        {
+            shortenWindow(length - window);
+        }
+        findCandidates();
+        if (!m_candidates.empty())
+        {
+            values = values.empty() ? applyOrder(series) : std::move(values);
+            compareCandidates(values, length - window, strongest);
         }
     }
     return strongest;
@@ -158,13 +246,8 @@ std::vector<SStep> CStepFinder::FindSteps(std::span<const double> values, std::u
 {
     std::vector<SStep> steps;
     divide(values, 0, seed, thresholds, steps);
-    for (std::size_t number = 0; number < steps.size(); ++number)
-    {
-        const std::size_t start = number == 0 ? 0 : steps[number - 1].index;
-        const std::size_t end = number + 1 == steps.size() ? values.size() : steps[number + 1].index;
-        steps[number].before = GetMedian(values.subspan(start, steps[number].index - start));
-        steps[number].after = GetMedian(values.subspan(steps[number].index, end - steps[number].index));
-    }
+    describeBetweenNeighbours(values, seed, steps);
+    findIntervals(values, seed, steps);
     return steps;
 }
 
@@ -177,43 +260,63 @@ void CStepFinder::divide(std::span<const double> values, std::size_t start, std:
     {
         return;
     }
-    const bool hasBits = strongest.bits >= thresholds.bits;
-    const std::size_t place = hasBits ? strongest.bitsIndex : strongest.deviationsIndex;
-    const bool isUp = GetMedian(values.subspan(place)) > GetMedian(values.first(place));
-    SStep step = describe(values, ranks, seed, isUp);
-    const std::size_t found = step.index;
+    const SStrongest::SPlace place =
+        strongest.bits >= thresholds.bits ? strongest.bitsPlace : strongest.deviationsPlace;
+    const std::span<const double> window = values.subspan(place.start);
+    const std::size_t index = place.index - place.start;
+    const SCandidate best = findPlace(window, seed, GetMedian(window.subspan(index)) > GetMedian(window.first(index)));
+    const SStepSize size = MeasureStep(Winsorize(window), best.index, m_noise);
+    const std::size_t found = place.start + best.index;
+    SStep step;
+    step.index = start + found;
+    step.bits = best.bits / size.inflation;
+    step.deviations = size.deviations;
+    step.before = GetMedian(window.first(best.index));
+    step.after = GetMedian(window.subspan(best.index));
     divide(values.first(found), start, seed, thresholds, steps);
-    step.index += start;
-    step.first += start;
-    step.last += start;
     steps.push_back(step);
     divide(values.subspan(found), start + found, seed, thresholds, steps);
 }
 
-/// The step is where the evidence is strongest, now over all places.
-SStep CStepFinder::describe(std::span<const double> values, std::span<const std::uint16_t> ranks, std::uint64_t seed,
-                            bool isUp)
+/// Where the evidence for a step in that direction is strongest, now over all places. 0 bits without evidence.
+CStepFinder::SCandidate CStepFinder::findPlace(std::span<const double> values, std::uint64_t seed, bool isUp)
 {
     const std::size_t length = values.size();
+    const std::vector<std::uint16_t> ranks = GetRanks(values, seed);
     std::uint64_t rankSum = length * (length - 1) / 2;
-    SStep step;
+    SCandidate best{0, isUp, 0.0};
     for (std::size_t index = 1; index < length; ++index)
     {
         rankSum -= ranks[index - 1];
         const std::size_t inversions = countInversions(length - index, length, rankSum, isUp);
-        if (const double bits = m_tails.GetBits(index, length - index, inversions); bits > step.bits)
+        if (const double bits = m_tails.GetBits(index, length - index, inversions); bits > best.bits)
         {
-            step.bits = bits;
-            step.index = index;
+            best = {index, isUp, bits};
         }
     }
-    const SStepSize size = MeasureStep(Winsorize(values), step.index, m_noise);
-    step.bits /= size.inflation;
-    step.deviations = size.deviations;
-    step.before = GetMedian(values.first(step.index));
-    step.after = GetMedian(values.subspan(step.index));
-    findInterval(values, seed, size.inflation, step);
-    return step;
+    return best;
+}
+
+/// A step was found in runs that may contain other steps: its place is approximate. The evidence is that of the search.
+void CStepFinder::describeBetweenNeighbours(std::span<const double> values, std::uint64_t seed,
+                                            std::vector<SStep>& steps)
+{
+    for (std::size_t number = 0; number < steps.size(); ++number)
+    {
+        const SPart part = getPart(steps, number, values.size());
+        const std::span<const double> runs = values.subspan(part.start, part.end - part.start);
+        if (const SCandidate best = findPlace(runs, seed, steps[number].IsUp()); best.bits > 0.0)
+        {
+            steps[number].index = part.start + best.index;
+        }
+    }
+    for (std::size_t number = 0; number < steps.size(); ++number)
+    {
+        const SPart part = getPart(steps, number, values.size());
+        SStep& step = steps[number];
+        step.before = GetMedian(values.subspan(part.start, step.index - part.start));
+        step.after = GetMedian(values.subspan(step.index, part.end - step.index));
+    }
 }
 
 bool CStepFinder::isOneLevel(std::span<const double> values, std::uint64_t seed, double inflation, bool isUp)
@@ -240,20 +343,40 @@ bool CStepFinder::isOneLevel(std::span<const double> values, std::uint64_t seed,
 }
 
 /// A run belongs to the interval if neither the runs before it nor the runs from it on, tested by themselves, show a
-/// step in the same direction. If the step is at that run, neither part contains it.
-void CStepFinder::findInterval(std::span<const double> values, std::uint64_t seed, double inflation, SStep& step)
+/// step in the same direction. If the step is at that run, neither part contains it. Only the runs from `start` to
+/// before `end` are compared: with a step among the others, each part would show a step.
+void CStepFinder::findInterval(std::span<const double> values, std::size_t start, std::size_t end, std::uint64_t seed,
+                               SStep& step)
 {
-    const auto isPossible = [&](std::size_t index) {
-        return isOneLevel(values.first(index), seed, inflation, step.IsUp()) &&
-               isOneLevel(values.subspan(index), seed, inflation, step.IsUp());
-    };
-    step.first = step.last = step.index;
-    for (std::size_t index = 1; index < values.size(); ++index)
+    const std::span<const double> runs = values.subspan(start, end - start);
+    const double inflation =
+        runs.size() > 2 ? MeasureStep(Winsorize(runs), step.index - start, m_noise).inflation : 1.0;
+    for (std::size_t index = 1; index < runs.size(); ++index)
     {
-        if (isPossible(index))
+        if (isOneLevel(runs.first(index), seed, inflation, step.IsUp()) &&
+            isOneLevel(runs.subspan(index), seed, inflation, step.IsUp()))
         {
-            step.first = std::min(step.first, index);
-            step.last = std::max(step.last, index);
+            step.first = std::min(step.first, start + index);
+            step.last = std::max(step.last, start + index);
+        }
+    }
+}
+
+/// First between the places of the neighbours. These are uncertain, so a few runs may belong to another level: then
+/// again between the neighbours' intervals.
+void CStepFinder::findIntervals(std::span<const double> values, std::uint64_t seed, std::vector<SStep>& steps)
+{
+    for (SStep& step : steps)
+    {
+        step.first = step.last = step.index;
+    }
+    for (const auto& getRuns : {getPart, getCertainPart})
+    {
+        const std::vector<SStep> neighbours = steps;
+        for (std::size_t number = 0; number < steps.size(); ++number)
+        {
+            const SPart part = getRuns(neighbours, number, values.size());
+            findInterval(values, part.start, part.end, seed, steps[number]);
         }
     }
 }

@@ -29,10 +29,17 @@ struct SStep
 /// The strongest steps of a series by both measures, and where they are. 0 if there is no step of interest.
 struct SStrongest
 {
+    /// The runs from `start` on were compared with each other, those before and those from `index` on.
+    struct SPlace
+    {
+        std::size_t start = 0;
+        std::size_t index = 0;
+    };
+
     double bits = 0.0;
-    std::size_t bitsIndex = 0;
+    SPlace bitsPlace;
     double deviations = 0.0;
-    std::size_t deviationsIndex = 0;
+    SPlace deviationsPlace;
 };
 
 /// What a step needs to be reported: either is enough.
@@ -52,7 +59,9 @@ struct SSeriesView
     std::span<const std::uint16_t> order; ///< indices; the order to look at
 };
 
-/// Looks for steps with rank-sum tests over a grid of places. Keeps tables; an object belongs to one thread.
+/// Looks for steps with rank-sum tests over a grid of places, in the whole series and in shorter windows that end with
+/// it: a slow period that ended earlier does not hide a later step in a window that begins after it. Keeps tables; an
+/// object belongs to one thread.
 class CStepFinder
 {
 public:
@@ -64,7 +73,8 @@ public:
     SStrongest FindStrongest(const SSeriesView& series);
 
     /// All steps beyond a threshold, in the order of the runs: the strongest one, then those in the parts before and
-    /// after it. `seed` orders equal values.
+    /// after it. Place, levels and interval of a step follow from the runs between its neighbours. `seed` orders equal
+    /// values.
     std::vector<SStep> FindSteps(std::span<const double> values, std::uint64_t seed, const SThresholds& thresholds);
 
     /// The number of tests that FindStrongest makes with a series of that length.
@@ -86,18 +96,28 @@ private:
     };
 
     const std::vector<SPlace>& getPlaces(std::size_t length);
-    void findCandidates(const SSeriesView& series);
+    void setRanks(const SSeriesView& series);
+    void shortenWindow(std::size_t start);
+    void findCandidates();
+    void compareCandidates(std::span<const double> all, std::size_t start, SStrongest& strongest);
     void divide(std::span<const double> values, std::size_t start, std::uint64_t seed, const SThresholds& thresholds,
                 std::vector<SStep>& steps);
-    SStep describe(std::span<const double> values, std::span<const std::uint16_t> ranks, std::uint64_t seed, bool isUp);
+    SCandidate findPlace(std::span<const double> values, std::uint64_t seed, bool isUp);
     bool isOneLevel(std::span<const double> values, std::uint64_t seed, double inflation, bool isUp);
-    void findInterval(std::span<const double> values, std::uint64_t seed, double inflation, SStep& step);
+    void findInterval(std::span<const double> values, std::size_t start, std::size_t end, std::uint64_t seed,
+                      SStep& step);
+    void describeBetweenNeighbours(std::span<const double> values, std::uint64_t seed, std::vector<SStep>& steps);
+    void findIntervals(std::span<const double> values, std::uint64_t seed, std::vector<SStep>& steps);
 
     double m_smallestChange;
     SCommonNoise m_noise;
     CRankTails m_tails;
     std::vector<std::vector<SPlace>> m_places; ///< by length
-    std::vector<SCandidate> m_candidates;      ///< of the series at hand; kept for its memory
+    // Of the series at hand; kept for their memory.
+    std::vector<std::uint16_t> m_allRanks; ///< of its values, in the order to look at
+    std::vector<std::uint16_t> m_ranks;    ///< of the values in the window, among themselves
+    std::vector<std::uint16_t> m_counts;   ///< of the values in the window, up to each rank of m_allRanks
+    std::vector<SCandidate> m_candidates;
 };
 
 } // namespace Runner::History

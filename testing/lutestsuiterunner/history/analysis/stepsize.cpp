@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numeric>
 
+#include "testing/lutestsuiterunner/history/analysis/ranktails.h"
+
 namespace Runner::History
 {
 
@@ -47,12 +49,34 @@ double getInflation(double correlation, double length, double commonCorrelation)
     return (1.0 + used) / (1.0 - used);
 }
 
+/// The scatter is never taken as less than the usual one. If the scatters of the series are similar, the usual one also
+/// replaces a larger one that differs by less than two standard errors: the number of values is then too small to know
+/// more.
+double getUsedScatter(double variance, double freedom, double usual, double similarity)
+{
+    constexpr double c_StandardErrors = 2.0;
+    const double usualVariance = usual * usual;
+    const double excess = std::max(variance - usualVariance, 0.0);
+    const double uncertainty = c_StandardErrors * usualVariance * std::sqrt(2.0 / freedom);
+    return std::sqrt(usualVariance + excess - similarity * std::min(excess, uncertainty));
+}
+
+/// The number of standard errors that is as improbable for a normal distribution as `t` is for Student's (Wallace
+/// 1959). It makes series and windows of different lengths comparable.
+double toNormal(double t, double freedom)
+{
+    constexpr double c_LogOf2 = 0.69314718055994531;
+    const double logarithm = c_LogOf2 * GetLog2(1.0 + t * t / freedom);
+    return (8.0 * freedom + 1.0) / (8.0 * freedom + 3.0) * std::sqrt(freedom * logarithm);
+}
+
 } // namespace
 
 SStepSize MeasureStep(std::span<const double> values, std::size_t place, const SCommonNoise& noise)
 {
     // Used for values without any scatter, such as sizes of memory.
     constexpr double c_SmallestScatter = 1e-6;
+    constexpr double c_SmallestDifference = 0.01;
     const double meanBefore = getMean(values.first(place));
     const double meanAfter = getMean(values.subspan(place));
     const SResiduals before = getResiduals(values.first(place), meanBefore);
@@ -62,13 +86,18 @@ SStepSize MeasureStep(std::span<const double> values, std::size_t place, const S
     const double sizeAfter = length - sizeBefore;
     const double squares = before.squares + after.squares;
     const double level = std::min(meanBefore, meanAfter);
-    const double scatter =
-        std::max(std::sqrt(squares / (length - 2.0)), std::max(noise.scatter, c_SmallestScatter) * level);
+    const double freedom = length - 2.0;
+    const double scatter = getUsedScatter(squares / freedom, freedom,
+                                          std::max(noise.scatter, c_SmallestScatter) * level, noise.similarity);
     const double error = scatter * std::sqrt(1.0 / sizeBefore + 1.0 / sizeAfter);
     const double correlation = squares > 0.0 ? (before.products + after.products) / squares : 0.0;
     SStepSize size;
     size.inflation = getInflation(correlation, length, noise.correlation);
-    size.deviations = error > 0.0 ? std::abs(meanAfter - meanBefore) / (error * std::sqrt(size.inflation)) : 0.0;
+    if (error > 0.0)
+    {
+        const double t = std::abs(meanAfter - meanBefore) / (error * std::sqrt(size.inflation));
+        size.deviations = toNormal(t, freedom / std::max(1.0 - noise.similarity, c_SmallestDifference));
+    }
     return size;
 }
 

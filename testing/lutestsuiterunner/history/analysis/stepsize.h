@@ -11,12 +11,13 @@ namespace Runner::History
 struct SCommonNoise
 {
     double scatter = 0.0;     ///< the usual one of a series, relative to its level
+    double similarity = 0.0;  ///< 1 if the scatters of the series differ only as chance explains, 0 if much more
     double correlation = 0.0; ///< of neighbouring runs, 0 to below 1
 };
 
 struct SStepSize
 {
-    double deviations = 0.0; ///< size of the step in standard errors: Student's t, corrected by the inflation
+    double deviations = 0.0; ///< size of the step in standard errors of a normal distribution
     double inflation = 1.0;  ///< at least 1; so many runs count as one, because neighbouring runs resemble each other
 };
 

@@ -15,7 +15,7 @@ namespace
 {
 
 /// Contains the version of the format and of the method. The results of another version are computed again.
-constexpr std::string_view c_Begin = "LuTestSuite history steps 4\n";
+constexpr std::string_view c_Begin = "LuTestSuite history steps 5\n";
 
 void write(CByteWriter& writer, const std::vector<SStep>& steps)
 {

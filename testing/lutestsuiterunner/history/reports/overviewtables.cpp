@@ -214,8 +214,8 @@ std::string MakeMethod(const SAnalysis& analysis)
         FormatNumber(analysis.rules.alarmRate, 3) + " etwas meldet: bei mindestens " +
         FormatNumber(analysis.steps.thresholds.bits, 1) + " Bit nach dem Rangsummentest über " +
         FormatCount(analysis.steps.testCount) + " Tests, oder bei einer Größe von mehr als " +
-        FormatNumber(analysis.steps.thresholds.deviations, 2) + " Standardfehlern, der größten in " +
-        FormatCount(analysis.steps.shuffleCount) + " neu gemischten Archiven. Kleiner als " +
+        FormatNumber(analysis.steps.thresholds.deviations, 2) + " Standardfehlern, die nur eines von " +
+        FormatCount(analysis.steps.shuffleCount) + " neu gemischten Archiven übertrifft. Kleiner als " +
         FormatNumber(analysis.rules.smallestChange * 100.0, 1) + " % wird nichts gemeldet.</p>\n";
     text += "<p>Probe: dieselben Läufe, " + FormatCount(check.archives) +
             "-mal in anderen zufälligen Reihenfolgen, hätten " + FormatCount(check.alarms) +

@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr SThresholds c_Thresholds{24.0, 6.0};
-constexpr SCommonNoise c_Noise{0.03, 0.0};
+constexpr SCommonNoise c_Noise{0.03, 0.0, 0.0};
 
 /// Normal noise of 3 %, times a level for each run.
 template<typename GetLevel>
@@ -67,10 +67,44 @@ TEST(HistorySteps, LevelsThatRiseTwiceAreTwoSteps)
     EXPECT_NEAR(steps[1].after, 1.7, 0.02);
 }
 
-TEST(HistorySteps, NoStepIsFoundIfTheLevelReturnsInTheMiddle)
+TEST(HistorySteps, LevelThatReturnsInTheMiddleIsTwoSteps)
 {
-    EXPECT_TRUE(
-        findSteps(makeSeries(90, 3, [](std::size_t run) { return run >= 30 && run < 60 ? 1.3 : 1.0; })).empty());
+    const std::vector<SStep> steps =
+        findSteps(makeSeries(90, 3, [](std::size_t run) { return run >= 30 && run < 60 ? 1.3 : 1.0; }));
+    ASSERT_EQ(steps.size(), 2U);
+    EXPECT_EQ(steps[0].index, 30U);
+    EXPECT_TRUE(steps[0].IsUp());
+    EXPECT_EQ(steps[1].index, 60U);
+    EXPECT_FALSE(steps[1].IsUp());
+}
+
+TEST(HistorySteps, SlowPeriodDoesNotHideALaterStep)
+{
+    const std::vector<SStep> steps = findSteps(makeSeries(100, 3, [](std::size_t run) {
+        return run >= 92 ? 1.15 : run >= 60 && run < 70 ? 1.3 : 1.0;
+    }));
+    ASSERT_FALSE(steps.empty());
+    EXPECT_TRUE(steps.back().IsUp());
+    EXPECT_LE(steps.back().first, 92U);
+    EXPECT_GE(steps.back().last, 92U);
+    EXPECT_NEAR(steps.back().before, 1.0, 0.03);
+}
+
+TEST(HistorySteps, IntervalOfAStepEndsBeforeTheNextStep)
+{
+    for (const double second : {1.25, 3.0})
+    {
+        const std::vector<SStep> steps = findSteps(makeSeries(90, 8, [second](std::size_t run) {
+            return run < 30 ? 1.0 : run < 60 ? 1.1 : second;
+        }));
+        ASSERT_EQ(steps.size(), 2U) << second;
+        EXPECT_LT(steps[0].first, 30U) << second;
+        EXPECT_GE(steps[0].last, 30U) << second;
+        EXPECT_LE(steps[0].last, 40U) << second;
+        EXPECT_LE(steps[1].first, 60U) << second;
+        EXPECT_GE(steps[1].last, 60U) << second;
+        EXPECT_GE(steps[1].first, 50U) << second;
+    }
 }
 
 TEST(HistorySteps, ChangeBelowTheSmallestIsNotReported)

@@ -67,7 +67,7 @@ TEST_F(HistoryStepStore, OtherArchiveOrOtherRulesAreSearchedAgain)
     EXPECT_NE(getFile(), file);
     SStepRules rules;
     rules.alarmRate = 0.2;
-    EXPECT_EQ(get("other digest", rules).shuffleCount, 9U);
+    EXPECT_EQ(get("other digest", rules).shuffleCount, 19U);
 }
 
 TEST_F(HistoryStepStore, NothingIsStoredWithoutDigest)
