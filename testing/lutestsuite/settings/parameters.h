@@ -9,10 +9,10 @@
 namespace LuTestSuite
 {
 
-/// Load factor and buckets of parameter maps: so few buckets hold all parameters that a description can have. They are
-/// allocated with the first parameter, because most cases have no parameters.
+/// Load factor and buckets of parameter maps. The buckets are allocated with the first parameter, because most cases
+/// have no parameters.
 inline constexpr float c_ParameterLoadFactor = 1.5F;
-inline constexpr std::size_t c_ParameterBuckets = 5;
+inline constexpr std::size_t c_ParameterBuckets = 128;
 
 /// The value of a parameter; empty if it is missing or has another type.
 std::optional<bool> GetFlag(const ParameterMap& parameters, const wchar_t* name);
