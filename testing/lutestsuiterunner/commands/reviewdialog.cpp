@@ -47,7 +47,7 @@ bool CReviewDialog::askFor(const SChange& change, CReviewDecisions& decisions) c
     while (true)
     {
         const std::wstring answer =
-            readAnswer(L"Übernehmen (j), verwerfen (v), nebeneinander (n), weiter (w), Ende (e)? ");
+            readAnswer(L"Übernehmen (j), verwerfen (v), nebeneinander (n), Dateien (d), weiter (w), Ende (e)? ");
         if (answer == L"j" && carry(EDecision::Accept, change, decisions))
         {
             return true;
@@ -61,6 +61,10 @@ bool CReviewDialog::askFor(const SChange& change, CReviewDecisions& decisions) c
             SDiffStyle style = m_style;
             style.isSideBySide = true;
             show(change, style);
+        }
+        if (answer == L"d")
+        {
+            CTerminal::Get().WriteOutput(FormatFiles(change, m_directory, L"    "));
         }
         if (answer == L"w" || answer == L"e")
         {

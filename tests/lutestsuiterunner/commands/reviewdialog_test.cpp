@@ -106,6 +106,11 @@ TEST_F(ReviewDialog, AsksAgainAfterTheSidesAndOtherAnswers)
     EXPECT_EQ(Read(L"a"), "neu\n");
 }
 
+TEST_F(ReviewDialog, ListsAllFilesOfAChange)
+{
+    EXPECT_TRUE(contains(Answer("d\ne\n"), "    a\n    b\n"));
+}
+
 TEST_F(ReviewDialog, AsksBeforeReferencesBecomeBlank)
 {
     Receive(L"a", "alt\n", "\n", 3);
