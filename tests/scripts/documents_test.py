@@ -63,6 +63,11 @@ NOT_RUN = {
         "needs vcpkg; a test runs the port with stand-ins for vcpkg's functions",
     "conan create packaging/conan --build=missing -s compiler.cppstd=20":
         "needs Conan; a test runs the recipe with stand-ins for Conan's functions",
+    "addr2line -e deflate.so 0xa7f8": "the module of an example; the command of docs/debugging.md is run",
+    "pacman -S mingw-w64-x86_64-gcc mingw-w64-x86_64-cmake mingw-w64-x86_64-ninja": "needs MSYS2 on Windows",
+    "Get-CimInstance Win32_Process -Filter \"CommandLine like '%--memory-id%'\"": "needs PowerShell on Windows",
+    "gdb -p ID": "needs gdb on Windows",
+    "scripts/fuzz report option": "builds two fuzzers; scripts/run-tests linux-fuzz calls scripts/fuzz",
     "gdb -p $(pgrep -n -f memory-id)": "needs a case that hangs; debug_hang runs both",
     "gdb build/bin/LuTestSuiteCLI dumps/CMyTest_hangs-1234.core": "debug_dump runs it with the name of the real dump",
     'gdb --args build/bin/LuTestSuiteRunner case "CFirstTest:no end.txt" -- -d data --dll FirstTests':
@@ -507,7 +512,7 @@ class Commands(unittest.TestCase):
         self.assertRegex(self.run_script(f"{stress} --rounds 1 --kills 2"), r"1 rounds of .* 0 differences")
         # Status 77 if mounting is not permitted.
         output = self.run_script(f"{stress} --resume --kills 3", statuses=(0, 77))
-        self.assertRegex(output, r"3 kills in \d+ runs of \d+ cases: 0 faulty runs")
+        self.assertRegex(output, r"^([3-9]|\d\d+) kills in \d+ runs of \d+ cases: 0 faulty runs")
         if not self.tree.path.name.endswith("san"):
             # Sanitizers report these faults themselves.
             output = self.run_script(f"{stress} --faults --rounds 1")
@@ -574,7 +579,7 @@ class Commands(unittest.TestCase):
         folder = self.folders["docs/debugging.md"]
         commands = parts.commands_of(TEXTS["docs/debugging.md"])
         (hang,) = (command for command in commands if command.startswith("LuTestSuiteRunner case"))
-        (attach,) = (command for command in commands if command.startswith("gdb -p"))
+        (attach,) = (command for command in commands if command.startswith("gdb -p $("))
         with folder.start(re.sub(r" -t \d+", " -t 300", hang)) as process:
             # Finds children of other tests on this machine otherwise.
             attach = attach.replace("pgrep", f"pgrep -s {process.pid}", 1)
