@@ -41,6 +41,18 @@ class CFlakyModel : public LuUnitTest
     }
 };
 
+/// A case that ends each process that runs it, without a message.
+class CVanishingModel : public LuUnitTest
+{
+    LB_RTTI(CVanishingModel)
+
+    void InitSubtests() override
+    {
+        AddSubtest(L"_Exit", [] { std::_Exit(EXIT_SUCCESS); });
+        AddSubtest(L"danach", [] {});
+    }
+};
+
 /// Compares files with references beside them, twice in each case.
 class CReferenceModel : public LuUnitTest
 {
@@ -114,6 +126,7 @@ class CTalkingModel : public LuUnitTest
 } // namespace
 
 LB_RTTI_CLASS(CFlakyModel, LuUnitTest)
+LB_RTTI_CLASS(CVanishingModel, LuUnitTest)
 LB_RTTI_CLASS(CReferenceModel, LuUnitTest)
 LB_RTTI_CLASS(CInterruptingModel, LuUnitTest)
 LB_RTTI_CLASS(CSharedStateModel, LuUnitTest)

@@ -25,11 +25,12 @@ bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t at
     return attempts.back().kind != EAttemptKind::Confirm && (isBrokenOff || isNext);
 }
 
-/// True if the case has ended an earlier host. It would end this one, too.
+/// True if an earlier host has ended while it ran the case. The case might end this one, too. Without a note of the
+/// host's end, the attempt was repeated in a child process and has the end of that process.
 bool hasEndedHost(const CRunState& state, std::uint32_t index)
 {
     return std::ranges::any_of(state.GetAttempts(index), [](const SAttempt& attempt) {
-        return attempt.IsEnded() && attempt.result.end == EAttemptEnd::HostEnded;
+        return attempt.lostHosts > 0 || (attempt.IsEnded() && attempt.result.end == EAttemptEnd::HostEnded);
     });
 }
 

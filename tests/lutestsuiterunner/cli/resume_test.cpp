@@ -167,6 +167,18 @@ TEST_F(RunnerResume, RunsACaseThatEndsTheHostSilentlyInItsOwnProcess)
     EXPECT_EQ(CountRecords("start", 2), 1U);
 }
 
+TEST_F(RunnerResume, RetriesACaseThatEndsTheHostSilentlyInItsOwnProcess)
+{
+    m_folder.MakeFolder(L"data/CVanishingModel");
+    Run({L"run", L"--retries", L"2"});
+
+    const SHostRun run = Resume();
+
+    EXPECT_EQ(run.exitStatus, 1) << run.output << run.errors;
+    ExpectLine(run.output, "Fälle: 2, bestanden: 1, unzuverlässig: 0, fehlgeschlagen: 1");
+    EXPECT_EQ(CountRecords("finish", 2), 1U);
+}
+
 TEST_F(RunnerResume, BlamesACaseThatCallsExit)
 {
     m_folder.MakeFolder(L"data/CCrashModel");
