@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/lbformat.h"
+#include "base/os/folderlock.h"
 #include "testing/lutestsuitehost/hostmain.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
@@ -102,9 +103,9 @@ void print(const CRunState& state, const std::wstring& folder, bool isInProgress
 
 } // namespace
 
-std::unique_ptr<CRunState> ReportRun(const std::wstring& folder)
+std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, const LoadState& load)
 {
-    std::unique_ptr<CRunState> state = LoadRun(folder);
+    std::unique_ptr<CRunState> state = load(folder);
     ReportState(folder, *state);
     return state;
 }
@@ -120,6 +121,13 @@ std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const
     {
         state = std::move(later);
         WriteReports(folder, *state, isInProgress);
+    }
+    // A canceled run may end without a case that is still running. Its reports call that case interrupted.
+    bool isHeld = false;
+    LbOs::CFolderLock::TryAcquire(folder, isHeld);
+    if (isInProgress && !isHeld)
+    {
+        return ReportRun(folder, load);
     }
     print(*state, folder, isInProgress);
     return state;

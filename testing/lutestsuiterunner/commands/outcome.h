@@ -10,14 +10,14 @@
 namespace Runner
 {
 
-/// Writes the reports of the run in a folder from its journals, prints the outcome of the run, and returns its state.
-/// Throws LbException.
-std::unique_ptr<CRunState> ReportRun(const std::wstring& folder);
-
 using LoadState = std::function<std::unique_ptr<CRunState>(const std::wstring& folder)>;
 
+/// Writes the reports of the run in a folder from its journals, prints the outcome of the run, and returns its state.
+/// Throws LbException.
+std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, const LoadState& load = LoadRun);
+
 /// The same for a run that another process executes. That process writes reports at the end of the run; they are not
-/// replaced by older ones. Only tests give another function than LoadRun.
+/// replaced by older ones. If that process ends meanwhile, as ReportRun. Only tests give another function than LoadRun.
 std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const LoadState& load = LoadRun);
 
 /// As ReportRun, for a state that was read before.

@@ -1,5 +1,7 @@
 #include "testing/lutestsuiterunner/commands/outcome.h"
 
+#include <optional>
+
 #include <gtest/gtest.h>
 
 #include "base/lbfilesystem.h"
@@ -29,31 +31,32 @@ protected:
     {
         m_writer->Write(MakeEnd(sc_Last, LuTestSuiteRun::ECaseRunResult::Ok));
         m_writer->Write(Runner::SRunFinished{L"2024-01-02 03:04:09", 5});
-        Runner::ReportRun(m_run.GetPath());
+        Runner::ReportRun(m_path);
     }
 
-    std::string ReadSummary() const { return LbFileSystem::ReadFile8Bit(m_run.GetPath() + Runner::c_SummaryName); }
+    std::string ReadSummary() const { return LbFileSystem::ReadFile8Bit(m_path + Runner::c_SummaryName); }
 
     static constexpr std::uint32_t sc_Last = 5;
 
     const ScopedFolder m_folder;
-    Runner::CRunFolder m_run{m_folder.GetPath()};
-    const std::unique_ptr<Runner::CJournalWriter> m_writer = m_run.BeginRun(MakeSamplePlan());
+    std::optional<Runner::CRunFolder> m_run{m_folder.GetPath()};
+    const std::wstring m_path = m_run->GetPath();
+    const std::unique_ptr<Runner::CJournalWriter> m_writer = m_run->BeginRun(MakeSamplePlan());
 };
 
 TEST_F(RunnerOutcomeInProgress, ShowsTheCasesUnderWay)
 {
-    const auto state = Runner::ReportRunInProgress(m_run.GetPath());
+    const auto state = Runner::ReportRunInProgress(m_path);
 
     EXPECT_EQ(state->GetOpenCases(), std::vector<std::uint32_t>{sc_Last});
-    EXPECT_NE(LbFileSystem::ReadFile8Bit(m_run.GetPath() + Runner::c_JunitName).find("Begonnen, noch nicht beendet"),
+    EXPECT_NE(LbFileSystem::ReadFile8Bit(m_path + Runner::c_JunitName).find("Begonnen, noch nicht beendet"),
               std::string::npos);
 }
 
 TEST_F(RunnerOutcomeInProgress, IsThatOfTheEndIfTheRunEndsMeanwhile)
 {
     std::string atEnd;
-    const auto state = Runner::ReportRunInProgress(m_run.GetPath(), [&](const std::wstring& folder) {
+    const auto state = Runner::ReportRunInProgress(m_path, [&](const std::wstring& folder) {
         auto loaded = Runner::LoadRun(folder);
         if (atEnd.empty())
         {
@@ -65,6 +68,27 @@ TEST_F(RunnerOutcomeInProgress, IsThatOfTheEndIfTheRunEndsMeanwhile)
 
     EXPECT_TRUE(state->IsGreen());
     EXPECT_EQ(ReadSummary(), atEnd);
+}
+
+TEST_F(RunnerOutcomeInProgress, IsThatOfTheEndIfACanceledRunEndsMeanwhileWithoutACase)
+{
+    m_writer->Write(Runner::SRunCanceled{L"SIGTERM", 1});
+    std::string atEnd;
+    int loads = 0;
+    const auto state = Runner::ReportRunInProgress(m_path, [&](const std::wstring& folder) {
+        if (++loads == 2)
+        {
+            Runner::ReportRun(m_path);
+            atEnd = ReadSummary();
+            m_run.reset();
+        }
+        return Runner::LoadRun(folder);
+    });
+
+    EXPECT_FALSE(state->IsEnded());
+    EXPECT_EQ(ReadSummary(), atEnd);
+    EXPECT_EQ(LbFileSystem::ReadFile8Bit(m_path + Runner::c_JunitName).find("Begonnen, noch nicht beendet"),
+              std::string::npos);
 }
 
 } // namespace
