@@ -29,6 +29,9 @@ struct SCrashKind
 /// exception, otherwise the status. Any thread.
 LB_API std::wstring DescribeExitStatus(std::int64_t exitStatus);
 
+/// The exit status of a process that ends by a crash with this SCrash::code. Any thread.
+LB_API std::int64_t GetCrashStatus(std::uint32_t code) noexcept;
+
 /// True if a process with this exit status has ended itself by abort(), as std::terminate() does, or, on Windows, has
 /// returned the same status. Any thread.
 LB_API bool MayBeAbort(std::int64_t exitStatus) noexcept;
@@ -45,7 +48,7 @@ struct SCrash
     static constexpr std::size_t sc_uiNameCapacity = 256;
 
     SCrashKind kind;
-    std::uint32_t code = 0;               ///< number of the signal or exception
+    std::uint32_t code = 0;               ///< number of the signal or exception; of abort() on Windows: the exit status
     std::uintptr_t address = 0;           ///< of the instruction
     std::optional<std::uintptr_t> target; ///< the memory address that the instruction accessed
     char module[sc_uiNameCapacity] = {};  ///< bare name in UTF-8 of the instruction's module; empty if there is none

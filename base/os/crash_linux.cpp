@@ -213,6 +213,11 @@ std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
     return text;
 }
 
+std::int64_t LbOs::GetCrashStatus(std::uint32_t code) noexcept
+{
+    return -std::int64_t{code};
+}
+
 bool LbOs::MayBeAbort(std::int64_t exitStatus) noexcept
 {
     return exitStatus == -SIGABRT;

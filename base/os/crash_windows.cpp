@@ -142,6 +142,7 @@ void endAborted(int /*signal*/)
 {
     SCrash crash;
     crash.kind = {"abort", "Abbruch durch das Programm selbst"};
+    crash.code = c_AbortStatus;
     crash.address = reinterpret_cast<std::uintptr_t>(__builtin_return_address(0));
     // An abort raises no exception, but the reader of the stacks needs registers.
     CONTEXT registers;
@@ -255,6 +256,11 @@ std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
     std::swprintf(code, std::size(code), L"0x%08X", static_cast<unsigned>(exitStatus));
     const std::string meaning = kind == nullptr ? "" : std::string(" (") + kind->name + ", " + kind->meaning + ")";
     return std::wstring(L"Ausnahme ") + code + LbEncoding::FromUtf8(meaning);
+}
+
+std::int64_t LbOs::GetCrashStatus(std::uint32_t code) noexcept
+{
+    return code;
 }
 
 bool LbOs::MayBeAbort(std::int64_t exitStatus) noexcept

@@ -88,4 +88,12 @@ INSTANTIATE_TEST_SUITE_P(Ways, OsCrash,
                                          SCrash{L"terminate", 3, -6}),
                          [](const auto& way) { return LbEncoding::ToUtf8(way.param.how); });
 
+TEST(OsCrashStatus, FollowsFromTheCode)
+{
+    constexpr std::uint32_t c_AccessViolation = c_IsWindows ? 0xC0000005 : 11;
+    constexpr std::int64_t c_Status = c_IsWindows ? std::int64_t{0xC0000005} : -11;
+
+    EXPECT_EQ(LbOs::GetCrashStatus(c_AccessViolation), c_Status);
+}
+
 } // namespace

@@ -46,6 +46,8 @@ protected:
     void RunAbort()
     {
         m_end = RunFor(L"abort", m_folder.GetPath());
+        const std::wstring reason = LbPath::c_Separator == L'\\' ? L"endete mit Status 3" : L"endete mit Signal 6 ";
+        EXPECT_NE(m_end.end.reason.find(reason), std::wstring::npos) << LbEncoding::ToUtf8(m_end.end.reason);
         if (LbPath::c_Separator == L'\\' && !m_end.end.dumpFailure.empty())
         {
             GTEST_SKIP() << LbEncoding::ToUtf8(m_end.end.dumpFailure);

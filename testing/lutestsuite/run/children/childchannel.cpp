@@ -6,6 +6,7 @@
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
+#include "base/os/crash.h"
 #include "base/os/dumps.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuite/run/children/childcommandline.h"
@@ -249,14 +250,15 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     constexpr std::uint32_t c_TakingMilliseconds = 250;
     constexpr std::uint32_t c_CrashSliceMilliseconds = 50;
     std::uint32_t slice = m_mayBeLeaving ? c_TakingMilliseconds : c_SliceMilliseconds;
-    m_isCrashing = false;
+    m_crashCode.reset();
+    m_crashStatus.reset();
     if (watch())
     {
         return EEnd::Answered;
     }
     while (true)
     {
-        const LbOs::EEventWait event = waitOnce(m_isCrashing ? c_CrashSliceMilliseconds : slice);
+        const LbOs::EEventWait event = waitOnce(m_crashCode ? c_CrashSliceMilliseconds : slice);
         // Tests may set and reset foreign events; only the buffer tells the state.
         if (IsAnswered(*m_objects->buffer.GetWriteAccess(), m_number))
         {
@@ -310,7 +312,7 @@ void CChildChannel::readCrash()
         m_crashTimer.Restart();
         examine(crashed);
         m_crashWatch->Release();
-        m_isCrashing = true;
+        m_crashCode = crashed->code;
     }
 }
 
@@ -344,7 +346,7 @@ std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutS
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
     // The system may write the memory of the crashed process to the disk first. The verdict does not wait for that.
     constexpr std::uint64_t c_LongestCrashMilliseconds = 2'000;
-    if (!m_isCrashing)
+    if (!m_crashCode)
     {
         const bool isOverdue = m_timer.GetElapsed() / c_NanosecondsPerSecond > timeOutSec;
         return isOverdue ? std::optional(EEnd::TimedOut) : std::nullopt;
@@ -353,6 +355,8 @@ std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutS
     {
         return std::nullopt;
     }
+    // Terminate would replace the status of the crash. On Windows a dump that was given up may still stop the child.
+    m_crashStatus = m_child->GetExitStatus().value_or(LbOs::GetCrashStatus(*m_crashCode));
     m_child->Terminate();
     return EEnd::ChildEnded;
 }
@@ -376,7 +380,7 @@ void CChildChannel::describeEnd(EEnd end)
     }
     if (end == EEnd::ChildEnded)
     {
-        m_end.exitStatus = m_child->GetExitStatus();
+        m_end.exitStatus = m_crashStatus ? m_crashStatus : m_child->GetExitStatus();
         FindReason(m_end);
     }
 }

@@ -139,8 +139,10 @@ private:
     LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
     bool m_isSpare = false;
     bool m_hasAnswered = false;
-    bool m_mayBeLeaving = false; ///< it had been idle for long when it got the request
-    bool m_isCrashing = false;   ///< the child ends by itself; the time limit of its case no longer applies
+    bool m_mayBeLeaving = false;                   ///< it had been idle for long when it got the request
+    std::optional<std::uint32_t> m_crashCode;      ///< SCrash::code of a child that has crashed and ends by itself; the
+                                                   ///< time limit of its case no longer applies
+    std::optional<std::int64_t> m_crashStatus;     ///< the exit status of a crashed child that had to be ended
     LbTimer m_crashTimer{LbTimer::eR_MilliSecond}; ///< since the crash of the child was noticed
     LbTimer m_timer{LbTimer::eR_NanoSecond};       ///< since the request
 
