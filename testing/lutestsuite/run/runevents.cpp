@@ -55,8 +55,12 @@ void CRunEvents::Plan(const SRunPlanned& planned)
 bool CRunEvents::IsNeeded(const SPlannedCase& planned)
 {
     bool isNeeded = true;
+    if (!m_isNeeded)
+    {
+        return isNeeded;
+    }
     guarded([&] {
-        if (m_isNeeded && m_state == EState::Running)
+        if (m_state == EState::Running)
         {
             isNeeded = m_isNeeded(static_cast<std::size_t>(&planned.info - m_firstCase));
         }

@@ -1,12 +1,18 @@
 // Cases that a host leaves out while the run is in progress.
 
 #include <algorithm>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "testing/lutestsuite/run/plan.h"
+#include "testing/lutestsuite/run/runevents.h"
 #include "tests/support/eventrecorder.h"
 #include "tests/support/runtest.h"
 
@@ -65,6 +71,52 @@ TEST_F(RunLeavingOut, MayLeaveOutAllCases)
 {
     EXPECT_EQ(RunWithout({0, 1, 2, 3}).stats.total.executed, 0U);
     EXPECT_EQ(RunWithout({0, 1, 2, 3}, /*workers*/ 2).stats.total.executed, 0U);
+}
+
+TEST_F(RunLeavingOut, FailsIfThePredicateThrows)
+{
+    const LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CResultModel", {L"bestanden", L"bestanden"})});
+    LuTestSuiteRun::SRunOptions options;
+    options.isNeeded = [](std::size_t index) -> bool {
+        if (index == 1)
+        {
+            throw std::runtime_error("predicate");
+        }
+        return true;
+    };
+
+    EXPECT_THROW(LuTestSuiteRun::Run(setup, m_environment, m_recorder, options), std::runtime_error);
+    EXPECT_THAT(m_recorder.lines, ElementsAre(L"planned 2", L"started bestanden", L"finished bestanden 0"));
+}
+
+/// Asks, in another thread, whether the case is needed, while the run's lock is held.
+class CAskingObserver : public LuTestSuiteRun::IRunObserver
+{
+public:
+    void OnPlanned(const LuTestSuiteRun::SRunPlanned&) override { hasAnswer = ask(); }
+
+    std::function<bool()> ask;
+    bool hasAnswer = false;
+};
+
+TEST(RunEventsLock, IsNotTakenWithoutAPredicate)
+{
+    const std::vector<LuTestSuite::SUnitTest> unitTests = {MakeUnitTest(L"CResultModel", {L"bestanden"})};
+    const LuTestSuiteRun::SParams params;
+    std::vector<LuTestSuiteRun::SCaseInfo> cases;
+    const LuTestSuiteRun::SPlan plan = LuTestSuiteRun::MakePlan(unitTests, params, cases);
+    const std::function<bool()> isCanceled = [] { return false; };
+    CAskingObserver observer;
+    LuTestSuiteRun::CRunEvents events(isCanceled, {&observer});
+    std::future<bool> answer;
+    observer.ask = [&] {
+        answer = std::async(std::launch::async, [&] { return events.IsNeeded(plan.sequential.at(0)); });
+        return answer.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+    };
+    events.Plan({unitTests, params, cases, 1});
+
+    EXPECT_TRUE(observer.hasAnswer);
+    EXPECT_TRUE(answer.get());
 }
 
 } // namespace
