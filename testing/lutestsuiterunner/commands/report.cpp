@@ -13,8 +13,12 @@ int Runner::Execute(const SReportOptions& options)
     }
     MoveLibraryLinesToErrors();
     const std::wstring folder = GetRunFolder(options.directory);
-    // The process of a run holds this lock to its end.
+    // The process of a run holds this lock to its end. If the file system has no locks, the run may be in progress.
     bool isInProgress = false;
-    LbOs::CFolderLock::TryAcquire(folder, isInProgress);
-    return GetStatus(*(isInProgress ? ReportRunInProgress(folder) : ReportRun(folder)));
+    const bool isFree = LbOs::CFolderLock::TryAcquire(folder, isInProgress) != nullptr;
+    if (isInProgress)
+    {
+        return GetStatus(*ReportRunInProgress(folder));
+    }
+    return GetStatus(*ReportRun(folder, isFree ? LoadRunWithoutHost : LoadRun));
 }

@@ -59,10 +59,16 @@ std::wstring readJournal(const std::wstring& folder, std::uint32_t number, std::
     return reader.DescribeBadLastLine();
 }
 
+enum class EHost
+{
+    MayBeWriting, ///< the end of the last journal may be incomplete
+    IsGone
+};
+
 /// Calls `take` for each record of a folder's journals. Returns what is wrong at their ends, except at that of the last
-/// one: its host may still be writing.
+/// one while its host may be writing.
 template<typename F>
-std::vector<std::wstring> readJournals(const std::wstring& folder, const SPlan& plan, const F& take)
+std::vector<std::wstring> readJournals(const std::wstring& folder, const SPlan& plan, EHost host, const F& take)
 {
     std::vector<std::wstring> warnings;
     const std::vector<std::uint32_t> numbers = FindJournals(folder);
@@ -74,7 +80,8 @@ std::vector<std::wstring> readJournals(const std::wstring& folder, const SPlan& 
         }
         constexpr std::uint64_t c_All = std::numeric_limits<std::uint64_t>::max();
         std::wstring warning = readJournal(folder, numbers[index], c_All, plan, take);
-        if (!warning.empty() && index + 1 < numbers.size())
+        const bool isLast = index + 1 == numbers.size();
+        if (!warning.empty() && (!isLast || host == EHost::IsGone))
         {
             warnings.push_back(std::move(warning));
         }
@@ -217,7 +224,7 @@ private:
         }
         else
         {
-            m_state->AddWarnings(readJournals(folder, plan, take));
+            m_state->AddWarnings(readJournals(folder, plan, EHost::MayBeWriting, take));
         }
     }
 
@@ -340,15 +347,7 @@ private:
     bool m_isEnded = true; ///< true while all shards read so far have ended
 };
 
-} // namespace
-
-std::unique_ptr<CRunState> LoadDistributedRun(const std::wstring& folder, std::vector<SReadPart>& parts)
-{
-    parts.clear();
-    return CPartLoader(folder, ReadPlan(folder + c_PlanName), parts).Load();
-}
-
-std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
+std::unique_ptr<CRunState> load(const std::wstring& folder, EHost host)
 {
     const std::wstring planPath = folder + c_PlanName;
     if (LbOs::QueryEntry(planPath) != LbOs::EEntry::File)
@@ -361,10 +360,30 @@ std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
         std::vector<SReadPart> parts;
         return CPartLoader(folder, std::move(plan), parts).Load();
     }
+    // The hosts of a shard hold no lock on its folder.
+    const EHost last = plan.part ? EHost::MayBeWriting : host;
     auto state = std::make_unique<CRunState>(std::move(plan));
     const auto take = [&state](const SRecordPlace& place, const Record& record) { state->Apply(place, record); };
-    state->AddWarnings(readJournals(folder, state->GetPlan(), take));
+    state->AddWarnings(readJournals(folder, state->GetPlan(), last, take));
     return state;
+}
+
+} // namespace
+
+std::unique_ptr<CRunState> LoadDistributedRun(const std::wstring& folder, std::vector<SReadPart>& parts)
+{
+    parts.clear();
+    return CPartLoader(folder, ReadPlan(folder + c_PlanName), parts).Load();
+}
+
+std::unique_ptr<CRunState> LoadRun(const std::wstring& folder)
+{
+    return load(folder, EHost::MayBeWriting);
+}
+
+std::unique_ptr<CRunState> LoadRunWithoutHost(const std::wstring& folder)
+{
+    return load(folder, EHost::IsGone);
 }
 
 } // namespace Runner

@@ -238,6 +238,8 @@ TEST_F(RunnerResume, WarnsOfADamagedLineThatDoesNotCount)
     journal[journal.size() - 4] = '#';
     m_folder.WriteFile(L"out/journal.ndjson", journal);
 
+    ExpectLine(RunRunner({L"report", GetOut()}).errors,
+               " endet mit einer beschädigten Zeile, die nicht zählt: Zeile 6,");
     const SHostRun run = Resume();
 
     EXPECT_EQ(run.exitStatus, 0);

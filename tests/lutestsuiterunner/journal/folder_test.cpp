@@ -97,10 +97,23 @@ TEST_F(RunnerFolder, WarnsOfADamagedLastLineOfAnEarlierJournal)
     EXPECT_EQ(Runner::LoadRun(GetPath())->GetWarnings(), expected);
 }
 
+TEST_F(RunnerFolder, WarnsOfADamagedLastLineOfTheLastJournalOnceItsHostIsGone)
+{
+    std::string journal = LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson");
+    journal[journal.size() - 4] = '#';
+    m_parent.WriteFile(L"lauf/journal.ndjson", journal);
+
+    EXPECT_TRUE(Runner::LoadRun(GetPath())->GetWarnings().empty());
+    const std::vector<std::wstring> warnings = Runner::LoadRunWithoutHost(GetPath())->GetWarnings();
+    ASSERT_EQ(warnings.size(), 1U);
+    EXPECT_NE(warnings[0].find(L"endet mit einer beschädigten Zeile, die nicht zählt: Zeile 4, "), std::wstring::npos);
+}
+
 TEST_F(RunnerFolder, DoesNotWarnOfAnIncompleteLastLine)
 {
     const std::string journal = LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson");
     m_parent.WriteFile(L"lauf/journal.ndjson", journal.substr(0, journal.size() - 3));
+    EXPECT_TRUE(Runner::LoadRunWithoutHost(GetPath())->GetWarnings().empty());
     m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan())->Close();
 
     EXPECT_TRUE(Runner::LoadRun(GetPath())->GetWarnings().empty());
