@@ -8,7 +8,8 @@ _CODE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 SHELLS = ("sh", "bash", "console")
 # Programs whose calls in the running text are commands if they have arguments.
 _IN_TEXT = re.compile(r"(?:build/bin/)?LuTestSuite(?:CLI|Runner)D?(?: .*)? (?:(?:-d|resume) |-h$)"
-                      r"|cmake --install |find build |addr2line -e |gdb -p |pacman |Get-CimInstance |scripts/fuzz .*\w|ctest .*\w\w|review --"
+                      r"|cmake --install |find build |addr2line -e |gdb -p |pacman |Get-CimInstance "
+                      r"|scripts/fuzz .*\w|ctest .*\w\w|review --"
                       r"|cmake --preset [\w-]+ && |cd build/|scripts/run-wine build/|benchmarks/[\w-]+(?: .*)?$")
 _OUTPUT = re.compile(r"Fehler: |/")
 
