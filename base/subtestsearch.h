@@ -1,5 +1,4 @@
-/// The search for sub-tests of classes that name or count them themselves. Not for use outside of the
-/// runner.
+/// The search for sub-tests of classes that name or count them themselves. Only for this library; see subtesthints.h.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +9,6 @@
 #include <string_view>
 #include <typeinfo>
 
-#include "base/lbexport.h"
 #include "base/lbfilelisting.h"
 
 namespace LbSubtestSearch
@@ -29,12 +27,12 @@ struct SSubtests
 
 /// Remembers the names of all sub-tests of an object, by class and directory, and no earlier ones. If memory is short,
 /// remembers only some of them. Passes on what getName throws. Any thread.
-LB_API void Remember(const std::type_info& type, const std::wstring& directory, std::uint32_t count,
-                     const std::function<const std::wstring&(std::uint32_t)>& getName);
+void Remember(const std::type_info& type, const std::wstring& directory, std::uint32_t count,
+              const std::function<const std::wstring&(std::uint32_t)>& getName);
 
 /// The first index at which the name was read last time; empty if it is not remembered. Any thread.
-LB_API std::optional<std::uint32_t> FindRemembered(const std::type_info& type, const std::wstring& directory,
-                                                   std::wstring_view name);
+std::optional<std::uint32_t> FindRemembered(const std::type_info& type, const std::wstring& directory,
+                                            std::wstring_view name);
 
 /// Finds the first sub-test with exactly this name. First tries the index that is remembered for this name, class and
 /// directory, or else the likely one; if the sub-test there has another name, searches all. Returns the sub-test at

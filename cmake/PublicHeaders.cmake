@@ -10,7 +10,8 @@ endif()
 file(GLOB LUTESTSUITE_PUBLIC_HEADERS RELATIVE "${root}" ${option} "${root}/base/*.h" "${root}/testing/lutestsuite/*.h")
 # Only sources of this project include these headers.
 list(REMOVE_ITEM LUTESTSUITE_PUBLIC_HEADERS
-    base/givenstream.h base/listingimage.h base/listingshare.h base/pagememory.h base/subtestsearch.h)
+    base/givenstream.h base/listingimage.h base/listingshare.h base/pagememory.h base/subtesthints.h
+    base/subtestsearch.h)
 # Headers of the platform layer that other public headers include, or that a host needs to read its arguments.
 list(APPEND LUTESTSUITE_PUBLIC_HEADERS
     base/os/clock.h base/os/files.h base/os/platform.h base/os/process.h base/os/stackframe.h

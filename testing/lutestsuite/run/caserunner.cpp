@@ -9,7 +9,7 @@
 #include "base/lbformat.h"
 #include "base/lbrtti.h"
 #include "base/os/childprocess.h"
-#include "base/subtestsearch.h"
+#include "base/subtesthints.h"
 #include "testing/lutestsuite/run/executor.h"
 
 namespace LuTestSuiteRun
@@ -89,7 +89,7 @@ std::optional<std::uint32_t> findLikelySubtest(const SPlannedCase& planned)
     const LbClassFacts facts = type == nullptr ? LbClassFacts() : type->GetFacts();
     return facts.type == nullptr || facts.hasPlainList
                ? std::nullopt
-               : LbSubtestSearch::FindRemembered(*facts.type, planned.unitTest.dataDirectory, planned.testCase.name);
+               : LbSubtestHints::Find(*facts.type, planned.unitTest.dataDirectory, planned.testCase.name);
 }
 
 void refuse(const SPlannedCase& planned, SCaseEnd& end)

@@ -8,7 +8,7 @@
 #include "base/lbpath.h"
 #include "base/lbrtti.h"
 #include "base/luunittest.h"
-#include "base/subtestsearch.h"
+#include "base/subtesthints.h"
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/environment/workingdirectory.h"
@@ -58,7 +58,7 @@ void rememberNames(const LuUnitTest& instance, const SUnitTest& test)
     const LbClassFacts& facts = instance.GetRTTI().GetFacts();
     if (facts.type != nullptr && !facts.hasPlainList)
     {
-        LbSubtestSearch::Remember(
+        LbSubtestHints::Remember(
             *facts.type, test.dataDirectory, static_cast<std::uint32_t>(test.cases.size()),
             [&test](std::uint32_t index) -> const std::wstring& { return test.cases[index].name; });
     }
