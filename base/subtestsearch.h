@@ -25,7 +25,7 @@ struct SSubtests
     std::optional<std::uint32_t> likely; ///< the index to try if none is remembered
 };
 
-/// Remembers the names of all sub-tests of an object, by class and directory, and no earlier ones. If memory is short,
+/// Replaces the remembered names of the class and directory by those of all sub-tests of an object. If memory is short,
 /// remembers only some of them. Passes on what getName throws. Any thread.
 void Remember(const std::type_info& type, const std::wstring& directory, std::uint32_t count,
               const std::function<const std::wstring&(std::uint32_t)>& getName);

@@ -32,7 +32,7 @@ struct SJob
     Deadline deadline;
 };
 
-/// The result of that thread, until nobody waits for it any more.
+/// The result of that thread; ignored once the caller has given up.
 class CResult
 {
 public:

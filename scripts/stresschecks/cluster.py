@@ -18,9 +18,9 @@ MEAN_MS = 120
 # With these limits, in seconds, Slurm notices the end of a node's daemon after about 16 seconds.
 NODE_TIMEOUT = 5
 MESSAGE_TIMEOUT = 5
-# For rounds that lose a node or start a shard twice: the shards take about 30 seconds. There, each further host of a
-# shard may repeat so many cases: those that run when it begins and when it meets another host, and the short ones of a
-# second at both.
+# For rounds that lose a node or start a shard twice: the shards take about 30 seconds. Each further host of a shard may
+# repeat MOST_DUPLICATES cases: those running when it starts, those running when it meets the other host, and about a
+# second of short cases each time.
 LASTING_MEAN_MS = 1000
 MOST_DUPLICATES = 8
 # The nodes have six processors together or more, so two are left for the tasks of a node that is lost.
@@ -33,7 +33,8 @@ BALANCE_CASES = 2000
 BALANCE_MEAN_MS = 60
 BALANCE_SHARDS = 12
 BALANCE_SEEDS = (1, 2, 3)
-# A host reads the journals of its shard at most so many seconds before its own begins, which is a whole second.
+# At most this many seconds pass between reading the shard's journals and the start of the host's own journal, which is
+# stored in whole seconds.
 STARTING = 6.0
 # How often a round is repeated whose events found no task.
 ATTEMPTS = 5

@@ -120,8 +120,8 @@ struct SRunOptions
                                      ///< child (LbOs::WriteDump), named after the case; empty: no dumps. Stacks and
                                      ///< dump together delay the case's end by less than 2 s
     /// Called before each case run would start, with its index in the plan, under the lock of the observer's calls. If
-    /// it returns false, the case run is left out: it has no events, no console lines and no result. Empty: all run.
-    /// An exception ends the run, as one of the observer does.
+    /// it returns false, the case run is left out: it has no events, no console lines and no result. If empty, every
+    /// case runs. An exception ends the run, as an exception of the observer does.
     std::function<bool(std::size_t)> isNeeded = {};
 };
 

@@ -17,7 +17,7 @@ using LoadState = std::function<std::unique_ptr<CRunState>(const std::wstring& f
 std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, const LoadState& load = LoadRun);
 
 /// The same for a run that another process executes. That process writes reports at the end of the run; they are not
-/// replaced by older ones. If that process ends meanwhile, as ReportRun. Only tests give another function than LoadRun.
+/// replaced by older ones. If it ends meanwhile, behaves like ReportRun. `load` reads the journals.
 std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const LoadState& load = LoadRun);
 
 /// As ReportRun, for a state that was read before.

@@ -43,7 +43,7 @@ PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder,
     return PreviousCases(plan.cases.size());
 }
 
-/// What makes the whole run red. The plan lacks the cases of a module that was missing when it was made, so the
+/// Reasons that make the whole run red. The plan lacks the cases of a module that was missing when it was made, so the
 /// problems of the interrupted run remain.
 std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
                                        const CRunState& state)

@@ -27,8 +27,8 @@ struct SWork
     const PreviousCases& previous; ///< by case index
 };
 
-/// Throws a German message as std::wstring if the folder of the options contains a run that they do not replace, or as
-/// RequireNoReport.
+/// Throws a German message as std::wstring if the folder contains a run and the options do not replace it. Also throws
+/// what RequireNoReport throws.
 void RequireNoRun(const SRunOptions& options);
 
 /// Throws a German message as std::wstring if a run would replace a report that no run has written, unless it is forced

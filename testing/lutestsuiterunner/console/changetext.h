@@ -24,10 +24,10 @@ std::wstring FormatFileCount(std::size_t count);
 /// One line about a change. Paths are relative to `directory`.
 std::wstring FormatTitle(const SChange& change, const std::wstring& directory);
 
-/// The names of its files, one a line, each behind `before`.
+/// The names of its files, one per line, each behind `before`.
 std::wstring FormatFiles(const SChange& change, const std::wstring& directory, const std::wstring& before);
 
-/// FormatTitle, and the names of the files if there are several; the first 20 of them where lines are cut.
+/// FormatTitle, followed by the names of the files if there are several; at most 20 if lines are cut.
 std::wstring FormatHeading(const SChange& change, const std::wstring& directory, const SDiffStyle& style);
 
 /// FormatTitle, the first lines of the first place in the first file that the change concerns, cut to the width, and

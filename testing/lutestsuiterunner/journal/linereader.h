@@ -43,8 +43,8 @@ public:
     /// Number of bytes after the last record; final once Next returned false.
     std::uint64_t GetTailSize() const { return m_tailSize; }
 
-    /// True if the tail is a line with a line end, but not a good one. It may come from an incomplete write, or be
-    /// damage. Final once Next returned false.
+    /// True if the tail ends in a line end but is no valid record: an incomplete write, or damage. Final once Next
+    /// returned false.
     bool IsLastLineBad() const { return m_isLastLineBad; }
 
 private:

@@ -32,7 +32,7 @@ void requireSamePlan(const Record& record, const SPlan& plan)
     }
 }
 
-/// How many records of each journal of a folder count, by the journal's number - 1.
+/// For each journal of a folder, the number of its first records that are used; by the journal's number - 1.
 using Counts = std::vector<std::uint64_t>;
 
 /// Calls `take` for the first records of a journal. Adds the place to exceptions. Returns what is wrong at its end, as
@@ -112,8 +112,8 @@ void readJournals(const std::wstring& folder, const SPlan& plan, const Counts& c
     }
 }
 
-/// Brings the records of the shards into the state of the whole, shard by shard. The journals get one numbering. Of a
-/// run that has ended, only the records count on which its reports are based.
+/// Brings the records of the shards into the state of the whole, shard by shard. The journals get one numbering. From
+/// a run that has ended, only the records are used on which its reports are based.
 class CPartLoader
 {
 public:

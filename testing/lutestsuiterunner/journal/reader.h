@@ -47,7 +47,7 @@ private:
 /// Reads plan and journals of a run, even while it is in progress. `folder` ends in a separator. Throws LbException
 /// with a German message if the folder contains no run, or if a file in it is damaged, missing, or belongs to another
 /// run. For a distributed run this applies only to the plan of the whole: unreadable data of a shard is a problem of
-/// the run, and all records before it count. Once its proof.json exists, only the records count that it lists.
+/// the run, and all records before it count. Once its proof.json exists, only the records that it lists are used.
 std::unique_ptr<CRunState> LoadRun(const std::wstring& folder);
 
 /// As LoadRun, for a run that no process executes. If the last journal ends in a bad line with a line end, a warning of

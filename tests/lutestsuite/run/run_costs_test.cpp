@@ -211,7 +211,7 @@ TEST_F(RunCostsOfFiles, AreOneListingOfTheirFolderOnSeveralThreads)
 TEST_F(RunCostsOfFiles, AreOneListingOfAFolderThatHasJustChangedWithChildProcesses)
 {
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
-    // So many processes take longer than the time after which another listing would be certain.
+    // Starting this many processes takes so long that a folder that is not shared at once would be read again.
     setup.params.external = setup.params.isolated = true;
     const auto reads = CountReads(setup, m_directory);
     if (!reads)

@@ -61,7 +61,7 @@ struct SAnalysis
 std::wstring GetConfigurationName(const std::wstring& configuration);
 std::wstring GetConfigurationName(const SAnalysis& analysis);
 
-/// `steps` are those that were found in the table by the rules.
+/// `steps` are the steps of this table, found with these rules.
 SAnalysis Analyze(std::wstring configuration, CTable table, const SStepRules& rules, SStepAnalysis steps);
 
 } // namespace Runner::History

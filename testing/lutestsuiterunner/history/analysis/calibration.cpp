@@ -74,8 +74,8 @@ std::size_t countTests(CStepFinder& finder, const SMeasure& measure)
     return count;
 }
 
-/// So many shuffled orders show a step beyond the threshold. With one, the threshold would depend more on chance; with
-/// more, the search takes longer.
+/// Number of shuffled orders that exceed the threshold. With one, the threshold would depend more on chance; with more,
+/// the search takes longer.
 constexpr std::size_t c_OrdersBeyond = 2;
 
 /// The largest step in standard errors of series that are not among the changed ones.
@@ -93,7 +93,7 @@ double getLargest(const std::vector<Found>& all, const std::set<std::size_t>& ch
     return largest;
 }
 
-/// The smallest of the largest steps of the orders beyond the threshold.
+/// The c_OrdersBeyond-th largest of the orders' largest steps.
 template<typename Found>
 double getThreshold(const std::vector<std::vector<Found>>& shuffled, const std::set<std::size_t>& changed)
 {
@@ -142,7 +142,7 @@ std::vector<std::vector<CCalibration::SFound>> CCalibration::findInShuffled() co
     return shuffled;
 }
 
-/// The parts between all steps that are of interest, even if chance explains them, are brought to the same level.
+/// Shifts the parts between all relevant steps to one level, including steps that chance explains.
 CCalibration::SLevelled CCalibration::level(CStepFinder& finder, const SSeries& series) const
 {
     constexpr SThresholds c_All{1.0, std::numeric_limits<double>::infinity()};
@@ -186,8 +186,8 @@ void CCalibration::levelSeries(const std::vector<SFound>& own)
     }
 }
 
-/// A series with a step scatters more than the others even without it. Once its step is found, it is no longer
-/// compared, and the threshold for the others is lower: the step-down method.
+/// Even without its step, a series with a step scatters more than the others. Once its step is found, it is left out,
+/// which lowers the threshold for the rest: the step-down method.
 void CCalibration::stepDown(const std::vector<SFound>& own, const std::vector<std::vector<SFound>>& shuffled)
 {
     for (std::size_t known = 1; known != m_changed.size();)

@@ -213,7 +213,7 @@ void findPresence(std::span<const EOutcome> outcomes, SOutcomeFindings& findings
     }
 }
 
-/// A property of the newest run: two interrupted runs in a row are no better than one.
+/// Looks only at the newest run; earlier interrupted runs do not matter.
 void findNotRun(std::span<const EOutcome> outcomes, SOutcomeFindings& findings)
 {
     if (outcomes.back() == EOutcome::Undecided)

@@ -297,7 +297,8 @@ CStepFinder::SCandidate CStepFinder::findPlace(std::span<const double> values, s
     return best;
 }
 
-/// A step was found in runs that may contain other steps: its place is approximate. The evidence is that of the search.
+/// A step was found in runs that may contain other steps, so its place is approximate. Describes each step again
+/// between its neighbours, but keeps the evidence of the search.
 void CStepFinder::describeBetweenNeighbours(std::span<const double> values, std::uint64_t seed,
                                             std::vector<SStep>& steps)
 {

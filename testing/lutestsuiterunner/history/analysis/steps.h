@@ -51,7 +51,7 @@ struct SThresholds
     bool IsExceededBy(const SStrongest& steps) const { return steps.bits >= bits || steps.deviations > deviations; }
 };
 
-/// A series, with its runs in their own or another order.
+/// A view of a series whose runs may be in another order.
 struct SSeriesView
 {
     std::span<const double> values;
@@ -113,7 +113,7 @@ private:
     SCommonNoise m_noise;
     CRankTails m_tails;
     std::vector<std::vector<SPlace>> m_places; ///< by length
-    // Of the series at hand; kept for their memory.
+    // Buffers for the current series; members so that their memory is reused.
     std::vector<std::uint16_t> m_allRanks; ///< of its values, in the order to look at
     std::vector<std::uint16_t> m_ranks;    ///< of the values in the window, among themselves
     std::vector<std::uint16_t> m_counts;   ///< of the values in the window, up to each rank of m_allRanks

@@ -47,7 +47,7 @@ private:
     std::string m_bytes;
 };
 
-/// Values of one type one after the other in bytes, which must outlive it.
+/// A view of consecutive values of one type. The bytes must outlive it.
 template<typename T>
 class CByteColumn
 {
