@@ -12,7 +12,7 @@ namespace LbOs
 
 /// One holder at a time among all threads and processes that lock the folder, by any path. Writes nothing into the
 /// folder, and does not affect code that does not lock it. Released with the object, on the thread that acquired it,
-/// and when the process ends in any way.
+/// and when the process ends in any way. A thread must not wait for a lock that it holds.
 ///
 /// On Linux the lock is a flock of the folder: on network file systems it may be limited to one machine or unsupported.
 /// On Windows it is limited to one machine.
@@ -26,8 +26,8 @@ public:
         return acquire(folder, true, isHeld);
     }
 
-    /// As Acquire, but never waits: also null if another process or thread has the lock. `isHeld` receives whether that
-    /// is the reason.
+    /// As Acquire, but never waits: also null if someone has the lock, the calling thread included. `isHeld` receives whether
+    /// that is the reason.
     static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder, bool& isHeld)
     {
         return acquire(folder, false, isHeld);
@@ -44,7 +44,7 @@ public:
     CFolderLock& operator=(const CFolderLock&) = delete;
 
 private:
-    /// `isHeld` receives false unless another process or thread has the lock.
+    /// `isHeld` receives true only if the lock is held and `mayWait` is false.
     static std::unique_ptr<CFolderLock> acquire(const std::wstring& folder, bool mayWait, bool& isHeld);
     explicit CFolderLock(std::intptr_t handle) : m_handle(handle) {}
 

@@ -1,6 +1,9 @@
 #include "base/os/folderlock.h"
 
+#include <mutex>
 #include <optional>
+#include <set>
+#include <utility>
 
 #include "base/os/files.h"
 #include "base/os/windows/api.h"
@@ -10,6 +13,57 @@ namespace LbOs
 
 namespace
 {
+
+/// The names of the mutexes that this process holds. Windows would give a mutex once more to the thread that has it.
+class CHeldMutexes
+{
+public:
+    static CHeldMutexes& Get()
+    {
+        static CHeldMutexes s_mutexes;
+        return s_mutexes;
+    }
+
+    bool Contains(const std::wstring& name)
+    {
+        const std::lock_guard lock(m_lock);
+        return m_names.contains(name);
+    }
+
+    void Add(const std::wstring& name)
+    {
+        const std::lock_guard lock(m_lock);
+        m_names.insert(name);
+    }
+
+    void Remove(const std::wstring& name)
+    {
+        const std::lock_guard lock(m_lock);
+        m_names.erase(name);
+    }
+
+private:
+    std::mutex m_lock;
+    std::set<std::wstring> m_names;
+};
+
+struct SHeldLock
+{
+    /// Keeps the folder open: the file system does not give the folder's number, which is part of the mutex's name, to
+    /// another folder, even if the folder is deleted.
+    Windows::Handle folder;
+    std::wstring name;
+    Windows::Handle mutex;
+};
+
+/// Null if the folder cannot be opened. Other processes can still write into it, rename and delete it.
+Windows::Handle openFolder(const std::wstring& path)
+{
+    const HANDLE opened = CreateFileW(Windows::ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    return Windows::Handle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+}
 
 /// Creates the mutex or opens it. Asks another user's mutex only for the rights that the lock needs.
 HANDLE openMutex(const std::wstring& name)
@@ -23,13 +77,20 @@ HANDLE openMutex(const std::wstring& name)
 std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait, bool& isHeld)
 {
     isHeld = false;
+    Windows::Handle opened = openFolder(folder);
     const std::optional<SFileStatus> status = GetFileStatus(folder);
-    if (!status)
+    if (opened == nullptr || !status)
     {
         return nullptr;
     }
-    Windows::Handle mutex(openMutex(L"Global\\LuTestSuite-Folder-" + std::to_wstring(status->identity.volume) + L"-" +
-                                    std::to_wstring(status->identity.number)));
+    std::wstring name = L"Global\\LuTestSuite-Folder-" + std::to_wstring(status->identity.volume) + L"-" +
+                        std::to_wstring(status->identity.number);
+    isHeld = !mayWait && CHeldMutexes::Get().Contains(name);
+    if (isHeld)
+    {
+        return nullptr;
+    }
+    Windows::Handle mutex(openMutex(name));
     // A mutex whose owner ended without releasing it is acquired, too.
     const DWORD result = mutex == nullptr ? WAIT_FAILED : WaitForSingleObject(mutex.get(), mayWait ? INFINITE : 0);
     isHeld = result == WAIT_TIMEOUT;
@@ -37,13 +98,16 @@ std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bo
     {
         return nullptr;
     }
-    return std::unique_ptr<CFolderLock>(new CFolderLock(reinterpret_cast<std::intptr_t>(mutex.release())));
+    CHeldMutexes::Get().Add(name);
+    auto held = std::make_unique<SHeldLock>(SHeldLock{std::move(opened), std::move(name), std::move(mutex)});
+    return std::unique_ptr<CFolderLock>(new CFolderLock(reinterpret_cast<std::intptr_t>(held.release())));
 }
 
 CFolderLock::~CFolderLock()
 {
-    const Windows::Handle mutex(reinterpret_cast<HANDLE>(m_handle));
-    ReleaseMutex(mutex.get());
+    const std::unique_ptr<SHeldLock> held(reinterpret_cast<SHeldLock*>(m_handle));
+    CHeldMutexes::Get().Remove(held->name);
+    ReleaseMutex(held->mutex.get());
 }
 
 } // namespace LbOs
