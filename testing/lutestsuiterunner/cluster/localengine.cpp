@@ -104,7 +104,7 @@ constexpr SEngineKind c_LocalEngine = {{c_DefaultEngine, L"Prozesse dieses Rechn
                                            return std::make_unique<CLocalEngine>(settings);
                                        }};
 
-const CEngineRegistration s_registration(c_LocalEngine);
+const CEngineRegistration s_localRegistration(c_LocalEngine);
 
 } // namespace
 

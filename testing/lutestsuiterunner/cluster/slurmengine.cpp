@@ -279,7 +279,7 @@ constexpr SEngineKind c_SlurmEngine = {{L"slurm", L"Tasks eines Clusters mit Slu
                                            return std::make_unique<CSlurmEngine>(settings);
                                        }};
 
-const CEngineRegistration s_registration(c_SlurmEngine);
+const CEngineRegistration s_slurmRegistration(c_SlurmEngine);
 
 } // namespace
 

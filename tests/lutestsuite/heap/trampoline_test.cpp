@@ -17,7 +17,7 @@ using LuTestSuite::STrampoline;
 
 constexpr std::uintptr_t c_Target = 0x7F0000001000;
 constexpr std::uintptr_t c_Block = 0x7F0000100000;
-constexpr std::uintptr_t c_Detour = 0x7F0000002000;
+constexpr std::uintptr_t c_DetourAddress = 0x7F0000002000;
 
 /// The beginning of a function, and where its overwritten instructions are.
 struct SPrologueCase
@@ -31,7 +31,7 @@ struct SPrologueCase
 class Trampoline : public testing::TestWithParam<SPrologueCase>
 {
 protected:
-    Trampoline() : m_trampoline(BuildTrampoline(GetParam().code, c_Target, c_Block, c_Detour)) {}
+    Trampoline() : m_trampoline(BuildTrampoline(GetParam().code, c_Target, c_Block, c_DetourAddress)) {}
 
     void SetUp() override { ASSERT_TRUE(m_trampoline); }
 
@@ -80,7 +80,7 @@ TEST_P(Trampoline, HasNoPlaceForThreadsWithinAnInstruction)
 
 TEST_P(Trampoline, SendsThreadsInTheRelayToTheDetourAndAtItsEndBehindThePatch)
 {
-    EXPECT_EQ(m_trampoline->FindResume(STrampoline::sc_uiRelay), c_Detour);
+    EXPECT_EQ(m_trampoline->FindResume(STrampoline::sc_uiRelay), c_DetourAddress);
     const STrampoline::SPlace& end = m_trampoline->places[m_trampoline->placeCount - 1];
     EXPECT_EQ(end.resume, c_Target + GetParam().size);
     EXPECT_FALSE(m_trampoline->FindResume(end.offset + 1U));
@@ -109,7 +109,7 @@ TEST(TrampolineBranch, SendsThreadsInFrontOfItsLongJumpsToBothDestinations)
     // xor eax, eax; jz +1; int3
     const std::vector<std::uint8_t> code{0x31, 0xC0, 0x74, 1, 0xCC, 0xC3};
 
-    const auto trampoline = BuildTrampoline(code, c_Target, c_Block, c_Detour);
+    const auto trampoline = BuildTrampoline(code, c_Target, c_Block, c_DetourAddress);
 
     ASSERT_TRUE(trampoline);
     const std::size_t branch = *trampoline->FindCopy(c_Block, 2) - c_Block;
@@ -123,7 +123,7 @@ TEST(TrampolineJump, SendsThreadsInFrontOfItToItsDestination)
     // jmp, which the patch overwrites as a whole
     const std::vector<std::uint8_t> code{0xE9, 0, 1, 0, 0};
 
-    const auto trampoline = BuildTrampoline(code, c_Target, c_Block, c_Detour);
+    const auto trampoline = BuildTrampoline(code, c_Target, c_Block, c_DetourAddress);
 
     ASSERT_TRUE(trampoline);
     EXPECT_EQ(trampoline->FindCopy(c_Block, 0), c_Block + STrampoline::sc_uiEntry);

@@ -25,7 +25,7 @@ PartNames getNames(std::string_view reference, std::string_view received)
 }
 
 /// The kind of the only part of the difference.
-std::wstring getKind(std::string_view reference, std::string_view received)
+std::wstring getOnlyKind(std::string_view reference, std::string_view received)
 {
     return FindParts(reference, received).front().kind;
 }
@@ -64,8 +64,8 @@ TEST(FindParts, SeparatesALineThatChangedFromAnAddedNeighbour)
 TEST(FindParts, KnowTheKindOfAChangeOfLinesWithOtherValues)
 {
     EXPECT_NE(getNames("x\ntime 1\n", "x\ntime 1 ms\n"), getNames("x\ntime 2\n", "x\ntime 2 ms\n"));
-    EXPECT_EQ(getKind("x\ntime 1\n", "x\ntime 1 ms\n"), getKind("x\ntime 2\n", "x\ntime 2 ms\n"));
-    EXPECT_EQ(getKind("sum 1\n\n1 x\n", "sum 1 EUR\n\n1 y\n"), getKind("sum 2\n\n2 x\n", "sum 2 EUR\n\n2 y\n"))
+    EXPECT_EQ(getOnlyKind("x\ntime 1\n", "x\ntime 1 ms\n"), getOnlyKind("x\ntime 2\n", "x\ntime 2 ms\n"));
+    EXPECT_EQ(getOnlyKind("sum 1\n\n1 x\n", "sum 1 EUR\n\n1 y\n"), getOnlyKind("sum 2\n\n2 x\n", "sum 2 EUR\n\n2 y\n"))
         << "no line with text stays";
 }
 
@@ -83,7 +83,7 @@ TEST(FindParts, AreOneForEachKindOfManyLines)
 
     ASSERT_EQ(parts.size(), 1U);
     EXPECT_EQ(parts.front().hunks.size(), 2'000U);
-    EXPECT_EQ(parts.front().kind, getKind("y\ntime 5\n", "y\ntime 5 ms\n"));
+    EXPECT_EQ(parts.front().kind, getOnlyKind("y\ntime 5\n", "y\ntime 5 ms\n"));
 }
 
 TEST(FindParts, DoesNotSeparateVeryManyUnlikeLines)
@@ -135,7 +135,7 @@ TEST(ApplyParts, ChangesLineEndsIfNothingElseDiffers)
 
 TEST(ApplyParts, ChangesAllPartsOfAKind)
 {
-    const PartNames kind = {getKind("time 5\nx", "time 5 ms\nx")};
+    const PartNames kind = {getOnlyKind("time 5\nx", "time 5 ms\nx")};
 
     EXPECT_EQ(ApplyParts("x\ntime 1\na\ntime 2\n", "x\ntime 1 ms\nA\nb\ntime 2 ms\n", kind),
               "x\ntime 1 ms\na\ntime 2 ms\n");

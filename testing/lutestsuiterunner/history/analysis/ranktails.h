@@ -14,6 +14,9 @@ namespace Runner::History
 /// same on every platform; those of the C library's logarithms are not.
 double GetLog2(double number);
 
+/// The natural logarithm of 2.
+inline constexpr double c_LogOf2 = 0.69314718055994531;
+
 /// The probability that chance alone makes two groups of runs differ at least as much as they do. Stores computed
 /// tables; an object belongs to one thread.
 class CRankTails

@@ -18,7 +18,6 @@ namespace
 
 constexpr std::size_t c_BlockSize = 2048;
 constexpr std::size_t c_SampleSize = 1000;
-constexpr double c_LogOf2 = 0.69314718055994531;
 
 bool isConstant(std::span<const double> values, double smallestChange)
 {

@@ -65,7 +65,6 @@ double getUsedScatter(double variance, double freedom, double usual, double simi
 /// 1959). It makes series and windows of different lengths comparable.
 double toNormal(double t, double freedom)
 {
-    constexpr double c_LogOf2 = 0.69314718055994531;
     const double logarithm = c_LogOf2 * GetLog2(1.0 + t * t / freedom);
     return (8.0 * freedom + 1.0) / (8.0 * freedom + 3.0) * std::sqrt(freedom * logarithm);
 }

@@ -11,7 +11,7 @@ namespace Runner::History
 namespace
 {
 
-constexpr std::size_t c_BlockSize = 256;
+constexpr std::size_t c_RowsInCache = 256;
 
 EOutcome getOutcome(const SMeasured& measured)
 {
@@ -45,7 +45,7 @@ CTable::CTable(const std::vector<SCaseName>& names, std::vector<const SRun*> run
     std::vector<std::size_t> next(m_runs.size(), 0);
     for (std::size_t end = 0; end < names.size();)
     {
-        end = std::min(end + c_BlockSize, names.size());
+        end = std::min(end + c_RowsInCache, names.size());
         for (std::size_t run = 0; run < m_runs.size(); ++run)
         {
             const std::vector<SCell>& cells = m_runs[run]->cells;

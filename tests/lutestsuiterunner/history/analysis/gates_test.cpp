@@ -28,7 +28,7 @@ SAnalysis analyzeOne(const std::wstring& configuration, const SyntheticRuns::SAr
 }
 
 /// The first two of ten cases fail in the newest run, the third since the fourth run from the end.
-std::vector<SAnalysis> analyze(const SyntheticRuns::SArchive& archive)
+std::vector<SAnalysis> analyzeAll(const SyntheticRuns::SArchive& archive)
 {
     std::vector<SAnalysis> analyses;
     analyses.push_back(analyzeOne(L"Release x64", archive));
@@ -75,7 +75,7 @@ TEST(HistoryGates, MistakesAreNamed)
 TEST(HistoryGates, FailedGateNamesItsCases)
 {
     const SyntheticRuns::SArchive archive = makeArchive();
-    const SGateResult result = CheckGate(ReadGate(L"new-failures=0"), analyze(archive), 0);
+    const SGateResult result = CheckGate(ReadGate(L"new-failures=0"), analyzeAll(archive), 0);
     EXPECT_FALSE(result.holds);
     ASSERT_EQ(result.cases.size(), 3U);
     EXPECT_EQ(result.cases[0], L"CKlasse:Fall 000000 (seit Lauf 012)");
@@ -85,14 +85,14 @@ TEST(HistoryGates, FailedGateNamesItsCases)
 TEST(HistoryGates, NewestRunsOnlyWhenAskedFor)
 {
     const SyntheticRuns::SArchive archive = makeArchive();
-    EXPECT_EQ(CheckGate(ReadGate(L"new-failures=2"), analyze(archive), 1).count, 2U);
-    EXPECT_EQ(CheckGate(ReadGate(L"new-failures=3"), analyze(archive), 4).count, 3U);
+    EXPECT_EQ(CheckGate(ReadGate(L"new-failures=2"), analyzeAll(archive), 1).count, 2U);
+    EXPECT_EQ(CheckGate(ReadGate(L"new-failures=3"), analyzeAll(archive), 4).count, 3U);
 }
 
 TEST(HistoryGates, CountsOfAllConfigurationsAreAdded)
 {
     const SyntheticRuns::SArchive archive = makeArchive();
-    std::vector<SAnalysis> analyses = analyze(archive);
+    std::vector<SAnalysis> analyses = analyzeAll(archive);
     analyses.push_back(analyzeOne(L"Debug x64", archive));
     const SGateResult result = CheckGate(ReadGate(L"new-failures<5"), analyses, 0);
     EXPECT_EQ(result.count, 6U);
