@@ -28,8 +28,8 @@ foreach(suite IN LISTS suites)
     if(suite MATCHES "${concurrent}")
         set_tests_properties("${name}.${suite}*" PROPERTIES LABELS "concurrent")
     endif()
-    if(suite STREQUAL "RunnerSlurm.")
-        # Starts a cluster and waits for it.
+    if(suite MATCHES "^(RunnerSlurm|RunnerSlurmCommands|HistoryStatistics|HistoryWithoutChange)\\.$")
+        # These start a cluster and wait for it, or compute much. Other suites test the same code with sanitizers.
         set_tests_properties("${name}.${suite}*" PROPERTIES LABELS "independent" TIMEOUT 900)
     endif()
     if(suite MATCHES "RunParallelCrashes|^RunnerSlurm\\.$")
