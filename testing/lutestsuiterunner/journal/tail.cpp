@@ -29,6 +29,13 @@ public:
 
     bool IsOpen() const { return m_file != LbOs::c_InvalidFile; }
 
+    /// True if the file has bytes from this offset on. Asks the open file, because a network file system updates what
+    /// it knows about a file when it is opened.
+    bool IsLongerThan(std::uint64_t offset) const
+    {
+        return LbOs::GetFileSize(m_file) > static_cast<std::int64_t>(offset);
+    }
+
     std::size_t Read(char* buffer, std::size_t size) const
     {
         return static_cast<std::size_t>(std::max<std::int64_t>(0, LbOs::ReadFileBytes(m_file, buffer, size)));
@@ -40,7 +47,10 @@ private:
 
 } // namespace
 
-CRunTail::CRunTail(const std::wstring& folder, std::size_t caseCount) : m_folder(folder), m_cases(caseCount) {}
+CRunTail::CRunTail(const std::wstring& folder, std::size_t caseCount, std::uint32_t own)
+    : m_folder(folder), m_own(own), m_cases(caseCount)
+{
+}
 
 void CRunTail::Poll()
 {
@@ -52,14 +62,17 @@ void CRunTail::Poll()
     }
     for (std::uint32_t number = 1; number <= m_journals.size(); ++number)
     {
-        read(number, m_journals[number - 1]);
+        if (number != m_own && !m_journals[number - 1].isEnded)
+        {
+            read(number, m_journals[number - 1]);
+        }
     }
 }
 
 void CRunTail::read(std::uint32_t number, SJournal& journal)
 {
     const COpenFile file(LbOs::OpenForReadingFrom(m_folder + GetJournalName(number), journal.offset));
-    if (!file.IsOpen())
+    if (!file.IsOpen() || !file.IsLongerThan(journal.offset))
     {
         return;
     }
@@ -93,8 +106,14 @@ bool CRunTail::HasEnded() const
 
 void CRunTail::take(SJournal& journal, const Record& record)
 {
-    if (const auto* const ended = std::get_if<SCaseEnded>(&record))
+    if (const auto* const started = std::get_if<SCaseStarted>(&record);
+        started != nullptr && started->caseIndex < m_cases.size())
     {
+        journal.underWay.insert(started->caseIndex);
+    }
+    else if (const auto* const ended = std::get_if<SCaseEnded>(&record))
+    {
+        journal.underWay.erase(ended->caseIndex);
         take(*ended);
     }
     else if (const auto* const problem = std::get_if<SRunProblem>(&record);
@@ -103,7 +122,11 @@ void CRunTail::take(SJournal& journal, const Record& record)
         m_problems.push_back(problem->text);
     }
     journal.isCanceled = journal.isCanceled || std::holds_alternative<SRunCanceled>(record);
-    journal.isEnded = journal.isEnded || std::holds_alternative<SRunFinished>(record);
+    if (std::holds_alternative<SRunFinished>(record))
+    {
+        journal.isEnded = true;
+        journal.underWay.clear();
+    }
 }
 
 void CRunTail::take(const SCaseEnded& record)

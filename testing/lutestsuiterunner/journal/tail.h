@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,11 +15,12 @@ namespace Runner
 class CRunTail
 {
 public:
-    /// `folder` ends in a separator; `caseCount` is the plan's.
-    CRunTail(const std::wstring& folder, std::size_t caseCount);
+    /// `folder` ends in a separator; `caseCount` is the plan's. Does not read the journal with the number `own`.
+    CRunTail(const std::wstring& folder, std::size_t caseCount, std::uint32_t own = 0);
 
     /// Reads what was written since the last call. Skips records that cannot be read now, because a host is writing
-    /// them or the file system does not answer; a later call reads them.
+    /// them or the file system does not answer; a later call reads them. Without new records it only looks for a
+    /// further journal and opens those whose hosts have not recorded their end.
     void Poll();
 
     /// Number of cases with a verdict. A retry may still turn a failure into a success.
@@ -37,6 +39,13 @@ public:
     /// True if an attempt at the case has passed. `caseIndex` is less than the plan's number of cases.
     bool HasPassed(std::uint32_t caseIndex) const { return m_cases[caseIndex].hasPassed; }
 
+    /// True if the host of this journal has recorded the start of an attempt at the case, but neither the attempt's end
+    /// nor its own. `number` is at most GetJournalCount().
+    bool IsUnderWay(std::uint32_t number, std::uint32_t caseIndex) const
+    {
+        return m_journals[number - 1].underWay.contains(caseIndex);
+    }
+
     /// The number of records that were read of a journal. `number` is at most GetJournalCount().
     std::uint64_t CountRecords(std::uint32_t number) const { return m_journals[number - 1].sequence; }
 
@@ -50,6 +59,7 @@ private:
     {
         std::uint64_t offset = 0;   ///< behind the last record that was read
         std::uint64_t sequence = 0; ///< of that record
+        std::set<std::uint32_t> underWay;
         bool isEnded = false;
         bool isCanceled = false;
     };
@@ -64,6 +74,7 @@ private:
     void take(const SCaseEnded& record);
 
     std::wstring m_folder;
+    std::uint32_t m_own;
     CRecordParser m_parser;
     std::vector<SJournal> m_journals; ///< by number - 1
     std::vector<SCase> m_cases;       ///< by case

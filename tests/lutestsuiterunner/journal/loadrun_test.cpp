@@ -364,6 +364,35 @@ TEST_F(RunnerTail, HasEndedWhenOneHostHasFinishedTheRun)
     EXPECT_TRUE(m_tail.HasEnded());
 }
 
+TEST_F(RunnerTail, KnowsWhichCasesAHostRuns)
+{
+    const auto first = m_run.Join(1);
+    first->Write(MakeStart(0));
+    first->Write(MakeStart(1));
+    first->Write(MakeEnd(0, ECaseRunResult::Ok));
+    m_run.Join(1)->Write(MakeStart(0));
+    m_tail.Poll();
+    EXPECT_FALSE(m_tail.IsUnderWay(1, 0));
+    EXPECT_TRUE(m_tail.IsUnderWay(1, 1));
+    EXPECT_TRUE(m_tail.IsUnderWay(2, 0));
+    CPlayedRun::Finish(*first);
+    m_tail.Poll();
+
+    EXPECT_FALSE(m_tail.IsUnderWay(1, 1));
+}
+
+TEST_F(RunnerTail, LeavesOutTheOwnJournal)
+{
+    CPlayedRun::RunCase(*m_run.Join(1), 0);
+    CPlayedRun::RunCase(*m_run.Join(1), 1);
+    Runner::CRunTail tail(m_run.GetShardFolder(1), m_run.GetShards()[0].cases, 1);
+    tail.Poll();
+
+    EXPECT_EQ(tail.GetJournalCount(), 2U);
+    EXPECT_FALSE(tail.HasPassed(0));
+    EXPECT_TRUE(tail.HasPassed(1));
+}
+
 TEST_F(RunnerTail, WaitsForTheRestOfARecord)
 {
     const auto writer = m_run.Join(1);
