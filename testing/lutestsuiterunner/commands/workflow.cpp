@@ -264,14 +264,8 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
         {
             siblings.emplace(work.folder, journal, plan.cases.size());
         }
-        FinishUnderWay(session, work.state, work.folder);
-        // FinishUnderWay may have finished some of the cases.
-        std::vector<std::uint32_t> left = cases;
-        std::erase_if(left, [&work](std::uint32_t index) {
-            const std::span<const SAttempt> attempts = work.state.GetAttempts(index);
-            return !attempts.empty() && attempts.back().IsFinished();
-        });
-        RunStages(session, work.state, left, {work.options.retries, work.options.confirm},
+        const std::vector<std::uint32_t> suspects = FinishUnderWay(session, work.state, work.folder);
+        RunStages(session, work.state, {suspects, cases}, {work.options.retries, work.options.confirm},
                   siblings ? &*siblings : nullptr);
         session.Note(SRunFinished{LbDateTime::FormatNow(L"Y-m-d H:i:s")});
     }

@@ -1,6 +1,8 @@
 #include "testing/lutestsuiterunner/execution/stages.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include "testing/lutestsuiterunner/execution/hostcrash.h"
 
@@ -93,25 +95,14 @@ bool hasFinished(const CRunState& state, std::uint32_t index)
     return !attempts.empty() && attempts.back().IsFinished();
 }
 
-/// Two hosts that take the cases in one order would stay side by side and run each case twice. From opposite ends they
-/// meet once.
-void runBesideSiblings(CSession& session, const CRunState& state, Cases cases, CSiblings& siblings)
+/// Runs first attempts, each suspect in its own process.
+void runFirst(CSession& session, const Cases& suspects, Cases cases, const IsNeeded& isNeeded)
 {
-    for (bool hasChanged = true; hasChanged && !session.IsCanceled();)
-    {
-        hasChanged = false;
-        const bool isReversed = siblings.IsEarlierHostActive();
-        std::erase_if(cases, [&state](std::uint32_t index) { return hasFinished(state, index); });
-        Cases left = cases;
-        if (isReversed)
-        {
-            std::ranges::reverse(left);
-        }
-        session.Run(left, EAttemptKind::First, EProcess::AsPlanned, [&](std::uint32_t index) {
-            hasChanged = hasChanged || siblings.IsEarlierHostActive() != isReversed;
-            return !hasChanged && !siblings.HasPassed(index);
-        });
-    }
+    const auto others = std::stable_partition(cases.begin(), cases.end(), [&suspects](std::uint32_t index) {
+        return std::ranges::find(suspects, index) != suspects.end();
+    });
+    session.Run({cases.begin(), others}, EAttemptKind::First, EProcess::Own, isNeeded);
+    session.Run({others, cases.end()}, EAttemptKind::First, EProcess::AsPlanned, isNeeded);
 }
 
 } // namespace
@@ -121,9 +112,9 @@ bool IsComplete(const CRunState& state, const SStages& stages)
     return state.IsEnded() && !state.IsCanceled() && isNothingLeft(state, stages);
 }
 
-void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder)
+Cases FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder)
 {
-    const SUnderWay underWay = FindUnderWay(state, folder);
+    SUnderWay underWay = FindUnderWay(state, folder);
     for (const SCaseEnded& record : underWay.crashed)
     {
         session.End(record);
@@ -133,19 +124,25 @@ void FinishUnderWay(CSession& session, const CRunState& state, const std::wstrin
         session.Run({&index, 1}, EAttemptKind::First, EProcess::Own);
     }
     // Cases that ran in child processes run again with the other cases of their stage.
-    session.Run(underWay.suspects, EAttemptKind::First, EProcess::Own);
+    return std::move(underWay.suspects);
 }
 
-void RunStages(CSession& session, const CRunState& state, const Cases& cases, const SStages& stages,
+void RunStages(CSession& session, const CRunState& state, const SFirstAttempts& first, const SStages& stages,
                CSiblings* siblings)
 {
+    Cases cases = first.suspects;
+    std::ranges::copy_if(first.cases, std::back_inserter(cases), [&](std::uint32_t index) {
+        return !hasFinished(state, index) && std::ranges::find(first.suspects, index) == first.suspects.end();
+    });
     if (siblings != nullptr)
     {
-        runBesideSiblings(session, state, cases, *siblings);
+        RunBesideSiblings(cases, *siblings, [&](const Cases& some, const IsNeeded& isNeeded) {
+            runFirst(session, first.suspects, some, isNeeded);
+        });
     }
     else
     {
-        session.Run(cases, EAttemptKind::First, EProcess::AsPlanned);
+        runFirst(session, first.suspects, cases, {});
     }
     for (std::uint32_t attempt = c_FirstRetry; attempt < c_FirstRetry + stages.retries && !session.IsCanceled();
          ++attempt)

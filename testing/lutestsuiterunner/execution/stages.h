@@ -16,17 +16,25 @@ struct SStages
     bool confirm = false;
 };
 
+/// What to do first.
+struct SFirstAttempts
+{
+    std::vector<std::uint32_t> suspects; ///< run in processes of their own, before other cases
+    std::vector<std::uint32_t> cases;    ///< those that have finished or are suspects are left out
+};
+
 /// True if the run has ended without a cancellation and no stage has a case left to run.
 bool IsComplete(const CRunState& state, const SStages& stages);
 
-/// Runs the cases that were under way in dead hosts (see FindUnderWay).
-void FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder);
+/// Handles the cases that were under way in other hosts (see FindUnderWay): records the crashes, runs the repeated
+/// cases, and returns the suspects.
+std::vector<std::uint32_t> FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder);
 
-/// Runs `cases`, then repeats all failed cases as often as demanded. Cases that failed in a shared process then run
-/// once more, each in its own process. Ends early when the session is canceled; if cases are left then, records that.
-/// `siblings` may be null; otherwise cases that have passed in another host of the shard are left out, and of two hosts
-/// at work, the one with the later journal takes the cases in reverse order.
-void RunStages(CSession& session, const CRunState& state, const std::vector<std::uint32_t>& cases,
-               const SStages& stages, CSiblings* siblings = nullptr);
+/// Runs the first attempts, then repeats all failed cases as often as demanded. Cases that failed in a shared process
+/// then run once more, each in its own process. Ends early when the session is canceled; if cases are left then,
+/// records that. `siblings` may be null; otherwise the hosts of the shard share the first attempts (see
+/// RunBesideSiblings).
+void RunStages(CSession& session, const CRunState& state, const SFirstAttempts& first, const SStages& stages,
+               CSiblings* siblings = nullptr);
 
 } // namespace Runner
