@@ -19,10 +19,10 @@ MEAN_MS = 120
 NODE_TIMEOUT = 5
 MESSAGE_TIMEOUT = 5
 # For rounds that lose a node or start a shard twice: the shards take about 30 seconds. Each further host of a shard may
-# repeat MOST_DUPLICATES cases: those running when it starts, those running when it meets the other host, and about a
-# second of short cases each time.
+# repeat MOST_DUPLICATES cases: it and the other host each repeat the case that runs when they meet, and the other host
+# may repeat one more before it notices the further one.
 LASTING_MEAN_MS = 1000
-MOST_DUPLICATES = 8
+MOST_DUPLICATES = 3
 # The nodes have six processors together or more, so two are left for the tasks of a node that is lost.
 SHARDS = 4
 # Seconds between the time when Slurm notices the loss of a node and the new start of its daemon.
@@ -124,7 +124,7 @@ class Round:
     def start_twice(self):
         task = self.a_task()
         if task is not None:
-            self.effects.append((f"shard {task[1]} started twice", lambda: self.count_duplicates(task[1]) > 0))
+            self.note(f"shard {task[1]} started twice", [task[1]])
             self.extra.append(subprocess.Popen(
                 [*self.host, "run", "--planned", "--shard", f"{task[1]}/{SHARDS}", "--out", self.folder(task[1])],
                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
