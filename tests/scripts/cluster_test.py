@@ -1,4 +1,4 @@
-"""What scripts/cluster refuses, and its status: nothing here starts a Slurm."""
+"""What scripts/cluster and the example on a cluster refuse, and their status: nothing here starts a Slurm."""
 
 import os
 import pathlib
@@ -25,13 +25,15 @@ class Cluster(unittest.TestCase):
         self.folder = self.work / "cluster"
 
     def call(self, command, path=os.environ["PATH"]):
+        return self.run_program([sys.executable, ROOT / "scripts/cluster", command], path)
+
+    def run_program(self, words, path):
         environment = {**os.environ, "LUTESTSUITE_CLUSTER": str(self.folder), "PATH": str(path)}
-        result = subprocess.run([sys.executable, ROOT / "scripts/cluster", command], env=environment,
-                                capture_output=True, text=True, check=False)
+        result = subprocess.run(words, env=environment, capture_output=True, text=True, check=False)
         return result.returncode, result.stdout + result.stderr
 
-    def call_start_with(self, names, script):
-        """The programs of these names are replaced by a script."""
+    def replace_programs(self, names, script):
+        """Returns a search path with which the programs of these names are a script."""
         # The user munge reads them, too.
         self.work.chmod(0o755)
         programs = self.work / "programs"
@@ -39,7 +41,10 @@ class Cluster(unittest.TestCase):
         for name in names:
             (programs / name).write_text(f"#!/bin/sh\n{script}\n", encoding="ascii")
             (programs / name).chmod(0o755)
-        return self.call("start", f"{programs}:{os.environ['PATH']}")
+        return f"{programs}:{os.environ['PATH']}"
+
+    def call_start_with(self, names, script):
+        return self.call("start", self.replace_programs(names, script))
 
     def test_leaves_a_folder_alone_that_it_has_not_made(self):
         self.folder.mkdir()
@@ -61,6 +66,12 @@ class Cluster(unittest.TestCase):
         status, output = self.call("start", self.work)
         self.assertEqual(status, UNAVAILABLE)
         self.assertIn("scripts/setup cluster", output)
+
+    def test_skips_the_example_if_slurm_cannot_be_installed(self):
+        path = self.replace_programs(["apt-get", "dpkg-query", "sudo"], "exit 1")
+        status, output = self.run_program([ROOT / "scripts/run-example", "--cluster"], path)
+        self.assertEqual(status, UNAVAILABLE, output)
+        self.assertEqual(output.splitlines()[-1], "run-example: the packages of Slurm cannot be installed")
 
     @unittest.skipIf(find_missing_programs(), "Slurm is missing; scripts/setup cluster installs it")
     def test_tells_that_an_installed_slurm_does_not_start(self):
