@@ -92,8 +92,7 @@ void writePage(const std::wstring& path, const SArchive& archive)
 {
     std::vector<SAnalysis> analyses;
     analyses.push_back(Analyze(L"Release x64", archive.GetTable(), {}, AnalyzeSteps(archive.GetTable(), {})));
-    const std::vector<SGateResult> gates = {CheckGate(ReadGate(L"new-failures=0"), analyses, 0),
-                                            CheckGate(ReadGate(L"missing<100"), analyses, 0)};
+    const SGateResults gates = CheckGates({ReadGate(L"new-failures=0"), ReadGate(L"missing<100")}, analyses, 0, {});
     const std::string page = MakePage(analyses, gates, 0);
     LuStreamWriteBinaryFile file(path);
     file.Write(page.data(), page.size());

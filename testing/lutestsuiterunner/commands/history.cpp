@@ -200,25 +200,19 @@ void printCases(const std::vector<SAnalysis>& analyses, const std::vector<std::u
     }
 }
 
-/// If a run that cannot be read may be the newest one, no gate holds: it would judge the run before it.
-std::vector<SGateResult> checkGates(const std::vector<SGate>& gates, const SArchiveContent& content,
-                                    const std::vector<SAnalysis>& analyses, std::size_t newest)
+std::vector<std::wstring> getUnreadable(const SArchiveContent& content)
 {
-    std::vector<SGateResult> results;
-    for (const SGate& gate : gates)
-    {
-        results.push_back(CheckGate(gate, analyses, newest));
-        results.back().holds = results.back().holds && content.unreadable.empty();
-    }
-    return results;
+    std::vector<std::wstring> names;
+    std::ranges::transform(content.unreadable, std::back_inserter(names), &SUnreadableRun::name);
+    return names;
 }
 
-void printUnreadable(const std::vector<SUnreadableRun>& unreadable)
+void printUnreadable(const std::vector<std::wstring>& unreadable)
 {
-    for (const SUnreadableRun& run : unreadable)
+    for (const std::wstring& name : unreadable)
     {
         print(LbFormat(L"Fehler: %s ist nicht lesbar und vielleicht der neueste Lauf: keine Bedingung ist erfüllt\n",
-                       run.name));
+                       name));
     }
 }
 
@@ -246,7 +240,7 @@ int Execute(const SHistoryOptions& options)
     selectConfigurations(content, options.configurations);
     const std::vector<std::uint32_t> cases = findCases(content, options.cases);
     const std::vector<SAnalysis> analyses = analyze(content, options, rules);
-    const std::vector<SGateResult> results = checkGates(gates, content, analyses, options.since);
+    const SGateResults results = CheckGates(gates, analyses, options.since, getUnreadable(content));
     if (!options.html.empty())
     {
         write(options.html, MakePage(analyses, results, options.since));
@@ -259,9 +253,9 @@ int Execute(const SHistoryOptions& options)
     printCases(analyses, cases);
     if (!gates.empty())
     {
-        printUnreadable(content.unreadable);
+        printUnreadable(results.unreadable);
     }
-    return printGates(results) ? LuTestSuiteHost::c_Succeeded : LuTestSuiteHost::c_Failed;
+    return printGates(results.results) ? LuTestSuiteHost::c_Succeeded : LuTestSuiteHost::c_Failed;
 }
 
 } // namespace Runner

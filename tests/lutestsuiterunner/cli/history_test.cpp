@@ -277,6 +277,9 @@ TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportIsDamaged)
         ExpectLine(run.output, "Fehler: b.xml ist nicht lesbar und vielleicht der neueste Lauf: "
                                "keine Bedingung ist erfüllt\nnew-failures=0: nicht erfüllt (gezählt: 0)\n");
     }
+    const std::wstring json = m_folder.GetPathOf(L"verlauf.json");
+    history({L"--json", json});
+    EXPECT_EQ(nlohmann::json::parse(LbFileSystem::ReadFile8Bit(json))["unreadable"], nlohmann::json({"b.xml"}));
     EXPECT_EQ(history().exitStatus, 0);
 }
 

@@ -134,4 +134,17 @@ SGateResult CheckGate(const SGate& gate, const std::vector<SAnalysis>& analyses,
     return result;
 }
 
+SGateResults CheckGates(const std::vector<SGate>& gates, const std::vector<SAnalysis>& analyses, std::size_t newest,
+                        std::vector<std::wstring> unreadable)
+{
+    SGateResults all;
+    for (const SGate& gate : gates)
+    {
+        all.results.push_back(CheckGate(gate, analyses, newest));
+        all.results.back().holds = all.results.back().holds && unreadable.empty();
+    }
+    all.unreadable = std::move(unreadable);
+    return all;
+}
+
 } // namespace Runner::History

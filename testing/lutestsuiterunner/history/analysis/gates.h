@@ -40,4 +40,15 @@ struct SGateResult
 
 SGateResult CheckGate(const SGate& gate, const std::vector<SAnalysis>& analyses, std::size_t newest);
 
+struct SGateResults
+{
+    std::vector<SGateResult> results;
+    /// Names of runs that cannot be read and may be the newest. With one of them no gate holds, because the gates would
+    /// judge the run before it.
+    std::vector<std::wstring> unreadable;
+};
+
+SGateResults CheckGates(const std::vector<SGate>& gates, const std::vector<SAnalysis>& analyses, std::size_t newest,
+                        std::vector<std::wstring> unreadable);
+
 } // namespace Runner::History

@@ -181,7 +181,7 @@ Json getGate(const SGateResult& result)
 
 } // namespace
 
-std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest,
+std::string MakeJson(const std::vector<SAnalysis>& analyses, const SGateResults& gates, std::size_t newest,
                      const std::vector<std::uint32_t>& shown)
 {
     Json json = {{"format", c_Format}};
@@ -191,9 +191,14 @@ std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<S
         json["configurations"].push_back(getAnalysis(analysis, newest, shown));
     }
     json["gates"] = Json::array();
-    for (const SGateResult& gate : gates)
+    for (const SGateResult& gate : gates.results)
     {
         json["gates"].push_back(getGate(gate));
+    }
+    json["unreadable"] = Json::array();
+    for (const std::wstring& name : gates.unreadable)
+    {
+        json["unreadable"].push_back(ToUtf8(name));
     }
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -14,7 +14,7 @@ namespace Runner::History
 
 /// UTF-8, indented, ended by a line feed. `newest` as for GetFindings. The cases with the indices `shown` are shown in
 /// all runs.
-std::string MakeJson(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest,
+std::string MakeJson(const std::vector<SAnalysis>& analyses, const SGateResults& gates, std::size_t newest,
                      const std::vector<std::uint32_t>& shown = {});
 
 } // namespace Runner::History

@@ -38,15 +38,31 @@ std::string makeTiles(const SAnalysis& analysis, std::size_t newest, const std::
     return text == "<ul class=\"tiles\">" ? "<p>In diesen Läufen hat sich nichts bewegt.</p>\n" : text + "</ul>\n";
 }
 
-std::string makeGates(const std::vector<SGateResult>& gates)
+/// Why no gate holds; empty if the gates judge the newest run.
+std::string makeUnreadable(const std::vector<std::wstring>& unreadable)
 {
-    if (gates.empty())
+    if (unreadable.empty())
     {
         return {};
     }
-    std::string text = "<h2>Bedingungen</h2>\n<table class=\"gates\"><thead><tr><th>Bedingung</th><th>gezählt</th>"
+    std::string names;
+    for (const std::wstring& name : unreadable)
+    {
+        names += (names.empty() ? "" : ", ") + ToMarkup(name);
+    }
+    return "<p>Keine Bedingung ist erfüllt, denn der neueste Lauf ist vielleicht nicht lesbar: " + names + ".</p>\n";
+}
+
+std::string makeGates(const SGateResults& gates)
+{
+    if (gates.results.empty())
+    {
+        return {};
+    }
+    std::string text = "<h2>Bedingungen</h2>\n" + makeUnreadable(gates.unreadable) +
+                       "<table class=\"gates\"><thead><tr><th>Bedingung</th><th>gezählt</th>"
                        "<th>erfüllt</th></tr></thead><tbody>\n";
-    for (const SGateResult& gate : gates)
+    for (const SGateResult& gate : gates.results)
     {
         text += std::string(gate.holds ? "<tr>" : "<tr class=\"failed\">") + "<td><code>" + ToMarkup(gate.gate.rule) +
                 "</code></td><td class=\"number\">" + FormatCount(gate.count) + "</td><td>" +
@@ -74,7 +90,7 @@ std::string makeConfiguration(const SAnalysis& analysis, std::size_t newest, con
 
 } // namespace
 
-std::string MakePage(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest)
+std::string MakePage(const std::vector<SAnalysis>& analyses, const SGateResults& gates, std::size_t newest)
 {
     std::string page = "<!DOCTYPE html>\n<html lang=\"de\">\n<head>\n<meta charset=\"utf-8\"/>\n"
                        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"

@@ -11,6 +11,6 @@ namespace Runner::History
 {
 
 /// UTF-8. Needs no other file, and shows everything even without scripts. `newest` as for GetFindings.
-std::string MakePage(const std::vector<SAnalysis>& analyses, const std::vector<SGateResult>& gates, std::size_t newest);
+std::string MakePage(const std::vector<SAnalysis>& analyses, const SGateResults& gates, std::size_t newest);
 
 } // namespace Runner::History

@@ -99,3 +99,19 @@ TEST(HistoryGates, CountsOfAllConfigurationsAreAdded)
     EXPECT_FALSE(result.holds);
     EXPECT_EQ(result.cases[5], L"CKlasse:Fall 000002 (seit Lauf 009, Debug x64)");
 }
+
+TEST(HistoryGates, NoneHoldsIfTheNewestRunMayBeUnreadable)
+{
+    const SyntheticRuns::SArchive archive = makeArchive();
+    const std::vector<SGate> gates = {ReadGate(L"missing=0"), ReadGate(L"new-failures<9")};
+    const SGateResults readable = CheckGates(gates, analyzeAll(archive), 0, {});
+    ASSERT_EQ(readable.results.size(), 2U);
+    EXPECT_TRUE(readable.results[0].holds);
+    EXPECT_TRUE(readable.results[1].holds);
+
+    const SGateResults unreadable = CheckGates(gates, analyzeAll(archive), 0, {L"b.xml"});
+    ASSERT_EQ(unreadable.results.size(), 2U);
+    EXPECT_FALSE(unreadable.results[0].holds);
+    EXPECT_FALSE(unreadable.results[1].holds);
+    EXPECT_EQ(unreadable.unreadable, std::vector<std::wstring>{L"b.xml"});
+}

@@ -125,12 +125,22 @@ TEST_F(HistoryJson, ShowsAnArchiveOfOneRun)
     EXPECT_EQ(nlohmann::json::parse(MakeJson(analyses, {}, 0))["configurations"][0]["runs"].size(), 1U);
 }
 
+TEST_F(HistoryJson, NamesTheUnreadableRunsThatNoGateHoldsWith)
+{
+    const SGateResults gates = CheckGates({ReadGate(L"missing<9")}, m_analyses, 0, {L"größer.xml", L"."});
+    const nlohmann::json json = nlohmann::json::parse(MakeJson(m_analyses, gates, 0));
+
+    EXPECT_EQ(json["gates"][0]["holds"], false);
+    EXPECT_EQ(json["unreadable"], nlohmann::json({"größer.xml", "."}));
+    EXPECT_EQ(nlohmann::json::parse(MakeJson(m_analyses, {}, 0))["unreadable"], nlohmann::json::array());
+}
+
 TEST_F(HistoryJson, HasTheSameBytesOnAllPlatforms)
 {
     const SyntheticRuns::SArchive archive = makeExactArchive(60, 50);
     std::vector<SAnalysis> analyses;
     analyses.push_back(Analyze(L"Release x64", archive.GetTable(), {}, AnalyzeSteps(archive.GetTable(), {})));
-    const std::vector<SGateResult> gates = {CheckGate(ReadGate(L"slower<2"), analyses, 0)};
+    const SGateResults gates = CheckGates({ReadGate(L"slower<2")}, analyses, 0, {});
     ExpectGolden("history/exact.json", MakeJson(analyses, gates, 0));
 }
 

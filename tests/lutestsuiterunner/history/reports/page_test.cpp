@@ -43,6 +43,19 @@ TEST_F(HistoryPage, ShowsTheAlarmsOfShuffledRuns)
     EXPECT_TRUE(hasPagePart("20-mal in anderen zufälligen Reihenfolgen"));
 }
 
+TEST_F(HistoryPage, SaysWhyNoGateHolds)
+{
+    const std::vector<SGate> rules = {ReadGate(L"missing<9")};
+    const std::string page = MakePage(m_analyses, CheckGates(rules, m_analyses, 0, {L"a&b.xml", L"c.xml"}), 0);
+    EXPECT_NE(page.find("<p>Keine Bedingung ist erfüllt, denn der neueste Lauf ist vielleicht nicht lesbar: "
+                        "a&amp;b.xml, c.xml.</p>"),
+              std::string::npos);
+
+    const std::string readable = MakePage(m_analyses, CheckGates(rules, m_analyses, 0, {}), 0);
+    EXPECT_NE(readable.find("<h2>Bedingungen</h2>"), std::string::npos);
+    EXPECT_EQ(readable.find("nicht lesbar"), std::string::npos);
+}
+
 TEST_F(HistoryPage, ShowsAnArchiveOfOneRun)
 {
     SyntheticRuns::SSettings settings;
