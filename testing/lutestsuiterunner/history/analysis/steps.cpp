@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <numeric>
 
@@ -79,6 +80,18 @@ struct SPart
 SPart getPart(const std::vector<SStep>& steps, std::size_t number, std::size_t length)
 {
     return {number == 0 ? 0 : steps[number - 1].index, number + 1 == steps.size() ? length : steps[number + 1].index};
+}
+
+/// The medians between the neighbours of each step.
+void setLevels(std::span<const double> values, std::vector<SStep>& steps)
+{
+    for (std::size_t number = 0; number < steps.size(); ++number)
+    {
+        const SPart part = getPart(steps, number, values.size());
+        SStep& step = steps[number];
+        step.before = GetMedian(values.subspan(part.start, step.index - part.start));
+        step.after = GetMedian(values.subspan(step.index, part.end - step.index));
+    }
 }
 
 /// As getPart, without the runs at which the neighbours may have begun, if runs remain on both sides of the step.
@@ -244,10 +257,12 @@ SStrongest CStepFinder::FindStrongest(const SSeriesView& series)
 std::vector<SStep> CStepFinder::FindSteps(std::span<const double> values, std::uint64_t seed,
                                           const SThresholds& thresholds)
 {
-    std::vector<SStep> steps;
-    divide(values, 0, seed, thresholds, steps);
+    std::vector<SStep> found;
+    divide(values, 0, seed, thresholds, found);
+    std::vector<SStep> steps = found;
     describeBetweenNeighbours(values, seed, steps);
     findIntervals(values, seed, steps);
+    dropSmall(values, std::move(found), steps);
     return steps;
 }
 
@@ -264,15 +279,15 @@ void CStepFinder::divide(std::span<const double> values, std::size_t start, std:
         strongest.bits >= thresholds.bits ? strongest.bitsPlace : strongest.deviationsPlace;
     const std::span<const double> window = values.subspan(place.start);
     const std::size_t index = place.index - place.start;
-    const SCandidate best = findPlace(window, seed, GetMedian(window.subspan(index)) > GetMedian(window.first(index)));
+    SStep step;
+    step.before = GetMedian(window.first(index));
+    step.after = GetMedian(window.subspan(index));
+    const SCandidate best = findPlace(window, seed, step.IsUp());
     const SStepSize size = MeasureStep(Winsorize(window), best.index, m_noise);
     const std::size_t found = place.start + best.index;
-    SStep step;
     step.index = start + found;
     step.bits = best.bits / size.inflation;
     step.deviations = size.deviations;
-    step.before = GetMedian(window.first(best.index));
-    step.after = GetMedian(window.subspan(best.index));
     divide(values.first(found), start, seed, thresholds, steps);
     steps.push_back(step);
     divide(values.subspan(found), start + found, seed, thresholds, steps);
@@ -311,12 +326,29 @@ void CStepFinder::describeBetweenNeighbours(std::span<const double> values, std:
             steps[number].index = part.start + best.index;
         }
     }
-    for (std::size_t number = 0; number < steps.size(); ++number)
+    setLevels(values, steps);
+}
+
+/// The search compares all runs of a part with each other. Between its neighbours a step may be smaller than the
+/// smallest change, or have another direction than in the search (`found`). Drops the smallest of these steps and
+/// computes the levels again, until none is left: several small steps in one direction become a larger one. Places and
+/// intervals stay, since the runs that they were found in contain no other step.
+void CStepFinder::dropSmall(std::span<const double> values, std::vector<SStep> found, std::vector<SStep>& steps) const
+{
+    while (!steps.empty())
     {
-        const SPart part = getPart(steps, number, values.size());
-        SStep& step = steps[number];
-        step.before = GetMedian(values.subspan(part.start, step.index - part.start));
-        step.after = GetMedian(values.subspan(step.index, part.end - step.index));
+        std::vector<double> changes;
+        std::ranges::transform(steps, found, std::back_inserter(changes), [](const SStep& step, const SStep& searched) {
+            return step.IsUp() == searched.IsUp() ? getChange(step.before, step.after) : 0.0;
+        });
+        const auto smallest = std::ranges::min_element(changes);
+        if (*smallest >= m_smallestChange)
+        {
+            return;
+        }
+        steps.erase(steps.begin() + (smallest - changes.begin()));
+        found.erase(found.begin() + (smallest - changes.begin()));
+        setLevels(values, steps);
     }
 }
 

@@ -73,8 +73,8 @@ public:
     SStrongest FindStrongest(const SSeriesView& series);
 
     /// All steps beyond a threshold, in the order of the runs: the strongest one, then those in the parts before and
-    /// after it. Place, levels and interval of a step follow from the runs between its neighbours. `seed` orders equal
-    /// values.
+    /// after it. Place, levels and interval of a step follow from the runs between its neighbours; steps that are too
+    /// small there are dropped. `seed` orders equal values.
     std::vector<SStep> FindSteps(std::span<const double> values, std::uint64_t seed, const SThresholds& thresholds);
 
     /// The number of tests that FindStrongest makes with a series of that length.
@@ -107,6 +107,7 @@ private:
     void findInterval(std::span<const double> values, std::size_t start, std::size_t end, std::uint64_t seed,
                       SStep& step);
     void describeBetweenNeighbours(std::span<const double> values, std::uint64_t seed, std::vector<SStep>& steps);
+    void dropSmall(std::span<const double> values, std::vector<SStep> found, std::vector<SStep>& steps) const;
     void findIntervals(std::span<const double> values, std::uint64_t seed, std::vector<SStep>& steps);
 
     double m_smallestChange;

@@ -10,24 +10,26 @@ namespace
 {
 
 constexpr SThresholds c_Thresholds{24.0, 6.0};
+constexpr SThresholds c_LowThresholds{12.0, 6.0};
 constexpr SCommonNoise c_Noise{0.03, 0.0, 0.0};
 
-/// Normal noise of 3 %, times a level for each run.
+/// Normal noise, times a level for each run.
 template<typename GetLevel>
-std::vector<double> makeSeries(std::size_t length, std::uint64_t seed, const GetLevel& getLevel)
+std::vector<double> makeSeries(std::size_t length, std::uint64_t seed, const GetLevel& getLevel, double noise = 0.03)
 {
     SyntheticRuns::CRandomDeviates deviates(seed);
     std::vector<double> values;
     for (std::size_t run = 0; run < length; ++run)
     {
-        values.push_back(getLevel(run) * (1.0 + 0.03 * deviates.Normal()));
+        values.push_back(getLevel(run) * (1.0 + noise * deviates.Normal()));
     }
     return values;
 }
 
-std::vector<SStep> findSteps(const std::vector<double>& values, double smallestChange = 0.03)
+std::vector<SStep> findSteps(const std::vector<double>& values, double smallestChange = 0.03,
+                             const SThresholds& thresholds = c_Thresholds)
 {
-    return CStepFinder(smallestChange, c_Noise).FindSteps(values, 7, c_Thresholds);
+    return CStepFinder(smallestChange, c_Noise).FindSteps(values, 7, thresholds);
 }
 
 } // namespace
@@ -112,6 +114,39 @@ TEST(HistorySteps, ChangeBelowTheSmallestIsNotReported)
     const std::vector<double> values = makeSeries(100, 4, [](std::size_t run) { return run < 50 ? 1.0 : 1.1; });
     EXPECT_EQ(findSteps(values).size(), 1U);
     EXPECT_TRUE(findSteps(values, 0.2).empty());
+}
+
+/// The search divides the runs before 120 at 80 first: those before 80 seem low because of those before 30.
+TEST(HistorySteps, StepThatIsTooSmallBetweenItsNeighboursIsDropped)
+{
+    const auto getLevel = [](std::size_t run) { return run < 30 || run >= 120 ? 1.0 : run < 80 ? 1.2 : 1.22; };
+    const std::vector<double> values = makeSeries(126, 1, getLevel, 0.003);
+    const std::vector<SStep> steps = findSteps(values, 0.03, c_LowThresholds);
+    ASSERT_EQ(steps.size(), 2U);
+    EXPECT_EQ(steps[0].index, 30U);
+    EXPECT_LE(steps[0].last, 32U);
+    EXPECT_NEAR(steps[0].before, 1.0, 0.005);
+    EXPECT_EQ(steps[1].index, 120U);
+    EXPECT_NEAR(steps[1].after, 1.0, 0.005);
+    // The runs on both sides of the dropped step are one level.
+    EXPECT_GT(steps[0].after, 1.2);
+    EXPECT_LT(steps[0].after, 1.22);
+    EXPECT_EQ(steps[1].before, steps[0].after);
+
+    // The step exists: it is reported if smaller changes are.
+    EXPECT_EQ(findSteps(values, 0.01, c_LowThresholds).size(), 3U);
+}
+
+TEST(HistorySteps, DroppedStepEnlargesItsNeighbourInTheSameDirection)
+{
+    const auto getLevel = [](std::size_t run) { return run >= 80 ? 1.05 : run >= 70 ? 1.14 : run >= 50 ? 1.1 : 1.07; };
+    const std::vector<double> values = makeSeries(120, 3, getLevel, 0.003);
+    const std::vector<SStep> steps = findSteps(values, 0.03, c_LowThresholds);
+    ASSERT_EQ(steps.size(), 2U);
+    EXPECT_EQ(steps[0].index, 70U);
+    EXPECT_NEAR(steps[0].before, 1.07, 0.005);
+    EXPECT_NEAR(steps[0].after, 1.14, 0.005);
+    EXPECT_EQ(steps[1].index, 80U);
 }
 
 TEST(HistorySteps, StepOfConstantValuesIsFound)
