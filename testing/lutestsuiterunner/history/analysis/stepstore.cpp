@@ -1,6 +1,8 @@
 #include "testing/lutestsuiterunner/history/analysis/stepstore.h"
 
 #include <algorithm>
+#include <iterator>
+#include <span>
 
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
@@ -15,7 +17,11 @@ namespace
 {
 
 /// Contains the version of the format and of the method. The results of another version are computed again.
-constexpr std::string_view c_Begin = "LuTestSuite history steps 5\n";
+constexpr std::string_view c_Begin = "LuTestSuite history steps 6\n";
+
+/// A call with another set of options or configurations needs an entry of its own. Each run that is added to the
+/// archive makes all of them useless, so the number is limited.
+constexpr std::size_t c_MostEntries = 16;
 
 void write(CByteWriter& writer, const std::vector<SStep>& steps)
 {
@@ -99,9 +105,9 @@ SStepAnalysis fromBytes(std::string_view bytes)
     return analysis;
 }
 
-std::map<std::string, std::string> readFile(const std::wstring& path)
+std::vector<SStoredSteps> readFile(const std::wstring& path)
 {
-    std::map<std::string, std::string> stored;
+    std::vector<SStoredSteps> stored;
     try
     {
         const std::string bytes = LbFileSystem::ReadFile8Bit(path);
@@ -115,8 +121,9 @@ std::map<std::string, std::string> readFile(const std::wstring& path)
         CByteReader reader(all.substr(start));
         for (std::size_t count = reader.ReadCount(); count > 0; --count)
         {
-            const std::string key(reader.ReadBytes());
-            stored[key] = reader.ReadBytes();
+            SStoredSteps& entry = stored.emplace_back();
+            entry.key = reader.ReadBytes();
+            entry.bytes = reader.ReadBytes();
         }
     }
     catch (const LbException&)
@@ -147,36 +154,39 @@ CStepStore::CStepStore(const std::wstring& folder, const std::string& digest)
 {
     if (!digest.empty())
     {
-        m_stored = readFile(m_path);
+        m_entries = readFile(m_path);
+        std::ranges::transform(m_entries, std::back_inserter(m_storedKeys), &SStoredSteps::key);
     }
 }
 
 SStepAnalysis CStepStore::Get(const std::wstring& configuration, const CTable& table, const SStepRules& rules)
 {
     const std::string key = getKey(m_digest, configuration, table, rules);
-    if (const auto stored = m_stored.find(key); stored != m_stored.end())
+    m_usedKeys.insert(key);
+    const auto stored = std::ranges::find(m_entries, key, &SStoredSteps::key);
+    if (stored == m_entries.end())
     {
-        m_used[key] = stored->second;
-        return fromBytes(stored->second);
+        SStepAnalysis analysis = AnalyzeSteps(table, rules);
+        m_entries.insert(m_entries.begin(), {key, toBytes(analysis)});
+        return analysis;
     }
-    SStepAnalysis analysis = AnalyzeSteps(table, rules);
-    m_used[key] = toBytes(analysis);
-    m_isNew = true;
-    return analysis;
+    std::rotate(m_entries.begin(), stored, stored + 1);
+    return fromBytes(m_entries.front().bytes);
 }
 
 void CStepStore::Save() const
 {
-    if (m_digest.empty() || !m_isNew)
+    if (m_digest.empty() || std::ranges::equal(m_entries, m_storedKeys, {}, &SStoredSteps::key))
     {
         return;
     }
+    const std::size_t count = std::min(m_entries.size(), std::max(c_MostEntries, m_usedKeys.size()));
     CByteWriter writer;
-    writer.Write(static_cast<std::uint64_t>(m_used.size()));
-    for (const auto& [key, bytes] : m_used)
+    writer.Write(static_cast<std::uint64_t>(count));
+    for (const SStoredSteps& entry : std::span(m_entries).first(count))
     {
-        writer.Write(std::string_view(key));
-        writer.Write(std::string_view(bytes));
+        writer.Write(std::string_view(entry.key));
+        writer.Write(std::string_view(entry.bytes));
     }
     const std::string digest = GetDigest(writer.GetBytes());
     try

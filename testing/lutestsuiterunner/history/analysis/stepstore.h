@@ -2,9 +2,9 @@
 /// search.
 #pragma once
 
-#include <map>
-#include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "testing/lutestsuiterunner/history/analysis/analysis.h"
 
@@ -13,7 +13,13 @@ namespace Runner::History
 
 inline constexpr const wchar_t* c_StepStoreName = L"LuTestSuiteHistory.steps";
 
-/// One thread at a time.
+struct SStoredSteps
+{
+    std::string key;   ///< of the archive, the configuration and the options
+    std::string bytes; ///< the analysis
+};
+
+/// Keeps the 16 results that were used last, and all results of the present call. One thread at a time.
 class CStepStore
 {
 public:
@@ -24,16 +30,16 @@ public:
     /// analysis if there is one, else makes it.
     SStepAnalysis Get(const std::wstring& configuration, const CTable& table, const SStepRules& rules);
 
-    /// Stores the analyses that Get returned, if any of them is new. Ignores failure: the next search then takes as
-    /// long as this one.
+    /// Writes the file again if Get has changed the results or the order of their use. Ignores failure: the next search
+    /// then takes as long as this one.
     void Save() const;
 
 private:
     std::wstring m_path;
     std::string m_digest;
-    std::map<std::string, std::string> m_stored; ///< bytes by key
-    std::map<std::string, std::string> m_used;
-    bool m_isNew = false;
+    std::vector<SStoredSteps> m_entries;   ///< the last used first
+    std::vector<std::string> m_storedKeys; ///< of the entries in the file
+    std::set<std::string> m_usedKeys;      ///< by Get
 };
 
 } // namespace Runner::History

@@ -17,25 +17,52 @@ class HistoryStepStore : public testing::Test
 protected:
     SStepAnalysis get(const std::string& digest, const SStepRules& rules = {}) const
     {
+        return get(m_archive, digest, rules);
+    }
+
+    /// A call of its own.
+    SStepAnalysis get(const SyntheticRuns::SArchive& archive, const std::string& digest, const SStepRules& rules) const
+    {
         CStepStore store(m_folder.GetPath(), digest);
-        SStepAnalysis analysis = store.Get(L"Release x64", m_archive.GetTable(), rules);
+        SStepAnalysis analysis = store.Get(L"Release x64", archive.GetTable(), rules);
         store.Save();
         return analysis;
     }
 
+    /// Stores the analysis of the archive with three steps.
+    void store(std::uint64_t seed) const { get(m_archive, "digest", getRules(seed)); }
+
+    /// True if the file has the analysis. A search would look at an archive without steps.
+    bool isStored(std::uint64_t seed) const
+    {
+        CStepStore store(m_folder.GetPath(), "digest");
+        return !store.Get(L"Release x64", m_steadyArchive.GetTable(), getRules(seed)).times.empty();
+    }
+
+    static SStepRules getRules(std::uint64_t seed)
+    {
+        SStepRules rules;
+        rules.checkSeed = seed;
+        rules.checks = 1;
+        return rules;
+    }
+
     std::string getFile() const { return LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(c_StepStoreName)); }
 
-    static SyntheticRuns::SArchive makeArchive()
+    static SyntheticRuns::SArchive makeArchive(std::size_t changed)
     {
         SyntheticRuns::SSettings settings;
         settings.cases = 60;
         settings.runs = 50;
-        settings.factor = [](std::size_t testCase, std::size_t run) { return testCase < 3 && run >= 30 ? 1.3 : 1.0; };
+        settings.factor = [changed](std::size_t testCase, std::size_t run) {
+            return testCase < changed && run >= 30 ? 1.3 : 1.0;
+        };
         return MakeArchive(settings);
     }
 
     ScopedFolder m_folder;
-    SyntheticRuns::SArchive m_archive = makeArchive();
+    SyntheticRuns::SArchive m_archive = makeArchive(3);
+    SyntheticRuns::SArchive m_steadyArchive = makeArchive(0);
 };
 
 } // namespace
@@ -86,4 +113,50 @@ TEST_F(HistoryStepStore, DamagedFileIsIgnored)
     file.Close();
     EXPECT_EQ(get("digest").thresholds.deviations, made.thresholds.deviations);
     EXPECT_NE(getFile(), bytes);
+}
+
+TEST_F(HistoryStepStore, OptionsThatAlternateAreFoundAgain)
+{
+    for (int round = 0; round < 2; ++round)
+    {
+        for (const std::uint64_t seed : {1, 2, 3})
+        {
+            EXPECT_EQ(isStored(seed), round > 0) << seed;
+            store(seed);
+        }
+    }
+}
+
+TEST_F(HistoryStepStore, SeventeenthEntryReplacesTheOneThatWasUsedLongestAgo)
+{
+    for (std::uint64_t seed = 1; seed <= 16; ++seed)
+    {
+        store(seed);
+    }
+    store(1);
+    store(17);
+    EXPECT_FALSE(isStored(2));
+    for (const std::uint64_t seed : {1, 3, 4, 16, 17})
+    {
+        EXPECT_TRUE(isStored(seed)) << seed;
+    }
+}
+
+TEST_F(HistoryStepStore, AllConfigurationsOfACallAreStored)
+{
+    constexpr std::size_t c_Configurations = 18;
+    const auto getAll = [this](const SyntheticRuns::SArchive& archive) {
+        CStepStore store(m_folder.GetPath(), "digest");
+        std::size_t withSteps = 0;
+        for (std::size_t number = 0; number < c_Configurations; ++number)
+        {
+            withSteps += store.Get(std::to_wstring(number), archive.GetTable(), getRules(1)).times.empty() ? 0 : 1;
+        }
+        store.Save();
+        return withSteps;
+    };
+    getAll(m_archive);
+    const std::string file = getFile();
+    EXPECT_EQ(getAll(m_steadyArchive), c_Configurations);
+    EXPECT_EQ(getFile(), file);
 }
