@@ -66,21 +66,9 @@ public:
         {
             throw describeMissing();
         }
-        if (m_shows && m_options.files)
-        {
-            throw std::wstring(L"'--files' listet nur Namen: ohne '--diff' und '--side-by-side' angeben");
-        }
-        if (!m_options.sideBySideFile.empty() && m_options.sideBySideFile != m_file)
-        {
-            throw std::wstring(L"'--diff' und '--side-by-side' nennen verschiedene Dateien");
-        }
-        const bool decides = !m_options.accept.empty() || !m_options.reject.empty();
-        if (decides && (m_options.ci || m_isBuildServer))
-        {
-            throw std::wstring(L"Mit '--ci' oder der Umgebungsvariablen CI wird nichts übernommen oder verworfen");
-        }
+        requireCompatibleOptions();
         m_changes = GroupChanges(finishEarlier().references);
-        if (decides)
+        if (decides())
         {
             return decide();
         }
@@ -100,6 +88,30 @@ public:
     }
 
 private:
+    bool decides() const { return !m_options.accept.empty() || !m_options.reject.empty(); }
+
+    /// Throws a German message if the options contradict each other, or decide where nothing may be decided.
+    void requireCompatibleOptions() const
+    {
+        if (m_shows && m_options.files)
+        {
+            throw std::wstring(L"'--files' listet nur Namen: ohne '--diff' und '--side-by-side' angeben");
+        }
+        if (!m_options.sideBySideFile.empty() && m_options.sideBySideFile != m_file)
+        {
+            throw std::wstring(L"'--diff' und '--side-by-side' nennen verschiedene Dateien");
+        }
+        if (decides() && (m_shows || m_options.files))
+        {
+            throw std::wstring(L"'--diff', '--side-by-side' und '--files' entscheiden nichts: ohne '--accept' und "
+                               L"'--reject' angeben");
+        }
+        if (decides() && (m_options.ci || m_isBuildServer))
+        {
+            throw std::wstring(L"Mit '--ci' oder der Umgebungsvariablen CI wird nichts übernommen oder verworfen");
+        }
+    }
+
     /// The next argument after an option with an optional value is taken for the folder.
     std::wstring describeMissing() const
     {

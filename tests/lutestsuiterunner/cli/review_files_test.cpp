@@ -43,4 +43,22 @@ TEST_F(RunnerReview, RefusesToListTheFilesOfAnUnknownChange)
     ExpectLine(RunRunner({L"review", L"--files", L"4C21F0"}).errors, "; ein Wert von '--files' steht hinter '='\n");
 }
 
+TEST_F(RunnerReview, RefusesToShowAndDecideInOneCall)
+{
+    Write(L"a", "alt\n");
+    Receive(L"a", "neu\n");
+
+    for (const wchar_t* const shows : {L"--files", L"--diff", L"--side-by-side"})
+    {
+        for (const wchar_t* const decides : {L"--accept", L"--reject"})
+        {
+            const SHostRun run = Review({shows, decides, L"all"});
+            EXPECT_EQ(run.exitStatus, 2);
+            ExpectLine(run.errors, "'--diff', '--side-by-side' und '--files' entscheiden nichts: ohne '--accept' und "
+                                   "'--reject' angeben\n");
+        }
+    }
+    ExpectLine(Review().output, "Änderungen: 1, Dateien: 1\n");
+}
+
 } // namespace
