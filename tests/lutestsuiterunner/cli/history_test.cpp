@@ -308,7 +308,8 @@ TEST_F(RunnerHistory, OnlyTheNamedConfigurationsCount)
     EXPECT_EQ(history({L"--gate", L"missing=0"}).exitStatus, 1);
     const SHostRun run = history({L"--gate", L"missing=0", L"--configuration", L"Release x64"});
     EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
-    EXPECT_EQ(run.output, "Release x64: 1 Lauf, im neuesten 1 Fall\nmissing=0: erfüllt (gezählt: 0)\n");
+    EXPECT_EQ(FromPlatformLines(run.output),
+              "Release x64: 1 Lauf, im neuesten 1 Fall\nmissing=0: erfüllt (gezählt: 0)\n");
     const SHostRun both =
         history({L"--gate", L"missing=0", L"--configuration", L"Release x64", L"--configuration", L"Debug x64"});
     EXPECT_EQ(both.exitStatus, 1);
