@@ -32,3 +32,16 @@ private:
     }
 };
 LB_RTTI_CLASS(CDataSetModel, LuUnitTest)
+
+/// Overrides nothing, but each case asks for the files of its folder.
+class CAskingModel : public LuUnitTest
+{
+    LB_RTTI(CAskingModel)
+
+    void InitSubtests() override
+    {
+        AddFileSubtests(L"*.txt",
+                        [this](const std::wstring&) { Check(!GetDataFileNames().empty(), L"keine Dateien"); });
+    }
+};
+LB_RTTI_CLASS(CAskingModel, LuUnitTest)

@@ -74,12 +74,13 @@ std::wstring describeRefusal(const LuTestSuite::SUnitTest& unitTest, const LuTes
 }
 
 /// Objects of a class that overrides nothing look up the file of their case. They need the listing only if the class
-/// asks for it.
-EListingUse getListingUse(const std::wstring& className)
+/// asks for it; then each process reads the folder once, unless it is shared. That is cheap for a process of many
+/// cases, but not for one process per case.
+EListingUse getListingUse(const SPlannedCase& planned)
 {
-    const LbRTTI* const type = LbRTTI::Find(className);
+    const LbRTTI* const type = LbRTTI::Find(planned.unitTest.className);
     const bool isPlain = type != nullptr && type->GetFacts().hasPlainList && type->GetFacts().hasPlainRun;
-    return isPlain ? EListingUse::Possible : EListingUse::Certain;
+    return isPlain && !planned.params.isolated ? EListingUse::Possible : EListingUse::Certain;
 }
 
 /// The index where discovery found the case; empty if its class neither names nor counts its cases.
@@ -182,11 +183,12 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
     readAnswer(*m_buffer->GetReadAccess(), planned.info);
 }
 
-void CCaseRunner::shareListing(const LuTestSuite::SUnitTest& unitTest)
+void CCaseRunner::shareListing(const SPlannedCase& planned)
 {
+    const LuTestSuite::SUnitTest& unitTest = planned.unitTest;
     CSharedListings* const listings = m_spares.GetSettings().listings;
     if (listings != nullptr && m_sharedFor != &unitTest &&
-        listings->Share(unitTest.dataDirectory, getListingUse(unitTest.className)))
+        listings->Share(unitTest.dataDirectory, getListingUse(planned)))
     {
         m_sharedFor = &unitTest;
     }
@@ -195,7 +197,7 @@ void CCaseRunner::shareListing(const LuTestSuite::SUnitTest& unitTest)
 void CCaseRunner::runInChild(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end)
 {
     const SParams& params = planned.params;
-    shareListing(planned.unitTest);
+    shareListing(planned);
     CChildChannel& channel = m_external.Obtain(params.isolated);
     {
         const CWorkBufferWriteView buffer = channel.GetBuffer().GetWriteAccess();

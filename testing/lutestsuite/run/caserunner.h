@@ -45,7 +45,7 @@ private:
     void execute(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end);
     void runHere(const SPlannedCase& planned, SCaseEnd& end);
     void runInChild(const SPlannedCase& planned, const ToCome& toCome, SCaseEnd& end);
-    void shareListing(const LuTestSuite::SUnitTest& unitTest);
+    void shareListing(const SPlannedCase& planned);
 
     CRunEvents& m_events;
     const std::function<bool()> m_isCanceled = [this] { return m_events.IsCanceled(); };
