@@ -18,21 +18,11 @@ namespace
 
 using LuTestSuite::ParameterMap;
 
-LbVariant& getEntry(ParameterMap& parameters, const std::wstring& name)
-{
-    if (parameters.empty())
-    {
-        parameters.max_load_factor(LuTestSuite::c_ParameterLoadFactor);
-        parameters.rehash(LuTestSuite::c_ParameterBuckets);
-    }
-    return parameters[name];
-}
-
 /// An invalid text makes the parameter null, even if an earlier element has set it.
 void setFlagOrNull(const XMLNode& node, ParameterMap& parameters)
 {
     const std::optional<bool> flag = LuTestSuite::ReadBool(node.GetText());
-    getEntry(parameters, node.GetName()) = flag ? LbVariant(*flag) : LbVariant();
+    LuTestSuite::GetParameter(parameters, node.GetName()) = flag ? LbVariant(*flag) : LbVariant();
 }
 
 /// An invalid text does not change the parameter, whether absent or set by an earlier element.
@@ -40,7 +30,7 @@ void setFlag(const XMLNode& node, ParameterMap& parameters)
 {
     if (const std::optional<bool> flag = LuTestSuite::ReadBool(node.GetText()))
     {
-        getEntry(parameters, node.GetName()) = *flag;
+        LuTestSuite::GetParameter(parameters, node.GetName()) = *flag;
     }
 }
 
@@ -50,7 +40,7 @@ void setNumber(const XMLNode& node, ParameterMap& parameters)
     {
         std::uint32_t number = 0;
         LuTestSuiteUtils::GetUInt32(node, number);
-        getEntry(parameters, node.GetName()) = number;
+        LuTestSuite::GetParameter(parameters, node.GetName()) = number;
     }
 }
 

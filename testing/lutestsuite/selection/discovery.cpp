@@ -39,10 +39,10 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
             std::wstring name = instance.GetSubtestName(index);
             STestCase& testCase = test.cases.emplace_back();
             testCase.name = std::move(name);
-            testCase.parameters.max_load_factor(LuTestSuite::c_ParameterLoadFactor);
+            LuTestSuite::InitParameters(testCase.parameters);
             if (instance.IsSubtestDisabled(index))
             {
-                testCase.parameters[L"Enable"] = false;
+                LuTestSuite::GetParameter(testCase.parameters, L"Enable") = false;
             }
         }
     }

@@ -13,6 +13,23 @@ const LbVariant* findParameter(const LuTestSuite::ParameterMap& parameters, cons
 
 } // namespace
 
+void LuTestSuite::InitParameters(ParameterMap& parameters)
+{
+    constexpr float c_LoadFactor = 1.5F;
+    parameters.max_load_factor(c_LoadFactor);
+}
+
+LbVariant& LuTestSuite::GetParameter(ParameterMap& parameters, const std::wstring& name)
+{
+    constexpr std::size_t c_Buckets = 128;
+    if (parameters.empty())
+    {
+        InitParameters(parameters);
+        parameters.rehash(c_Buckets);
+    }
+    return parameters[name];
+}
+
 std::optional<bool> LuTestSuite::GetFlag(const ParameterMap& parameters, const wchar_t* name)
 {
     const LbVariant* const value = findParameter(parameters, name);

@@ -9,10 +9,12 @@
 namespace LuTestSuite
 {
 
-/// Load factor and buckets of parameter maps. The buckets are allocated with the first parameter, because most cases
-/// have no parameters.
-inline constexpr float c_ParameterLoadFactor = 1.5F;
-inline constexpr std::size_t c_ParameterBuckets = 128;
+/// Sets the load factor of parameter maps.
+void InitParameters(ParameterMap& parameters);
+
+/// The value of a parameter, added if it is missing. The first parameter allocates all buckets: most cases have no
+/// parameters.
+LbVariant& GetParameter(ParameterMap& parameters, const std::wstring& name);
 
 /// The value of a parameter; empty if it is missing or has another type.
 std::optional<bool> GetFlag(const ParameterMap& parameters, const wchar_t* name);
