@@ -1,7 +1,9 @@
 #include "testing/lutestsuite/selection/elementnames.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "testing/lutestsuite/selection/wildcard.h"
@@ -42,12 +44,36 @@ LuTestSuite::CElementNames::CElementNames(std::vector<std::wstring> names) : m_n
             break;
         case EWildcardKind::Wildcard:
             m_wildcards.push_back({index, JoinStars(name)});
-            m_requiredTexts.AddText(GetLongestText(name));
             break;
         case EWildcardKind::Expression:
             addExpression(index);
             break;
         }
+    }
+    addRequiredTexts();
+}
+
+/// Many elements may share their longest text, such as a common beginning of all names. Therefore takes the text of
+/// each wildcard that the fewest wildcards have.
+void LuTestSuite::CElementNames::addRequiredTexts()
+{
+    std::unordered_map<std::wstring_view, std::size_t> counts;
+    for (const SWildcard& wildcard : m_wildcards)
+    {
+        for (const std::wstring_view text : GetTexts(wildcard.text))
+        {
+            ++counts[text];
+        }
+    }
+    // A text of one or two characters is in most names.
+    constexpr std::size_t c_Long = 3;
+    const auto rank = [&counts](std::wstring_view text) {
+        return std::tuple(text.size() < c_Long, counts.at(text), std::numeric_limits<std::size_t>::max() - text.size());
+    };
+    for (const SWildcard& wildcard : m_wildcards)
+    {
+        const std::vector<std::wstring_view> texts = GetTexts(wildcard.text);
+        m_requiredTexts.AddText(texts.empty() ? std::wstring_view() : *std::ranges::min_element(texts, {}, rank));
     }
 }
 

@@ -13,8 +13,8 @@ namespace LuTestSuite
 {
 
 /// The names of elements, indexed so that a case's name is compared with few of them: plain names need one look-up;
-/// names with "*" and "?" are tried if the case's name contains the longest text between their wildcards, which one
-/// pass over the case's name tells for all of them; names with braces are always tried.
+/// names with "*" and "?" are tried if the case's name contains a certain text between their wildcards, which one pass
+/// over the case's name tells for all of them; names with braces are always tried.
 class CElementNames
 {
 public:
@@ -58,6 +58,7 @@ private:
     };
 
     void addExpression(Index index);
+    void addRequiredTexts();
 
     const std::vector<std::wstring> m_names;
     std::unordered_map<std::wstring_view, std::vector<Index>> m_plain;

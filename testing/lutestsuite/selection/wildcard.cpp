@@ -56,16 +56,19 @@ std::wstring LuTestSuite::JoinStars(std::wstring_view wildcard)
     return joined;
 }
 
-std::wstring_view LuTestSuite::GetLongestText(std::wstring_view wildcard)
+std::vector<std::wstring_view> LuTestSuite::GetTexts(std::wstring_view wildcard)
 {
-    std::wstring_view longest;
+    std::vector<std::wstring_view> texts;
     while (!wildcard.empty())
     {
         const std::wstring_view text = wildcard.substr(0, wildcard.find_first_of(L"*?"));
-        longest = text.size() > longest.size() ? text : longest;
+        if (!text.empty())
+        {
+            texts.push_back(text);
+        }
         wildcard.remove_prefix(std::min(text.size() + 1, wildcard.size()));
     }
-    return longest;
+    return texts;
 }
 
 bool LuTestSuite::MatchesWildcard(std::wstring_view name, std::wstring_view wildcard)

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace LuTestSuite
 {
@@ -22,8 +23,9 @@ std::wstring GetWildcardExpression(std::wstring_view wildcard);
 /// The same wildcard with one star instead of several successive ones.
 std::wstring JoinStars(std::wstring_view wildcard);
 
-/// The longest text between the wildcards of a name without braces; each name that matches contains it.
-std::wstring_view GetLongestText(std::wstring_view wildcard);
+/// The texts between the wildcards of a name without braces, which must outlive them; none is empty. Each name that
+/// matches contains them all.
+std::vector<std::wstring_view> GetTexts(std::wstring_view wildcard);
 
 /// True if the whole name matches the wildcard, which must not contain braces. Time is at most proportional to the
 /// product of the lengths, for any number of stars.

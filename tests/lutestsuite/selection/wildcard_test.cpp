@@ -61,13 +61,14 @@ TEST(JoinStars, LeavesSingleStarsAndOtherCharacters)
     EXPECT_EQ(LuTestSuite::JoinStars(L""), L"");
 }
 
-TEST(GetLongestText, IsTheFirstOfTheLongestTextsBetweenWildcards)
+TEST(GetTexts, AreTheTextsBetweenWildcards)
 {
-    EXPECT_EQ(LuTestSuite::GetLongestText(L"*ab?cde*fgh?"), L"cde");
-    EXPECT_EQ(LuTestSuite::GetLongestText(L"abc*d"), L"abc");
-    EXPECT_EQ(LuTestSuite::GetLongestText(L"*d**abc"), L"abc");
-    EXPECT_EQ(LuTestSuite::GetLongestText(L"*?*"), L"");
-    EXPECT_EQ(LuTestSuite::GetLongestText(L""), L"");
+    using Texts = std::vector<std::wstring_view>;
+    EXPECT_EQ(LuTestSuite::GetTexts(L"*ab?cde*fgh?"), (Texts{L"ab", L"cde", L"fgh"}));
+    EXPECT_EQ(LuTestSuite::GetTexts(L"abc*d"), (Texts{L"abc", L"d"}));
+    EXPECT_EQ(LuTestSuite::GetTexts(L"*d**abc"), (Texts{L"d", L"abc"}));
+    EXPECT_EQ(LuTestSuite::GetTexts(L"*?*"), Texts());
+    EXPECT_EQ(LuTestSuite::GetTexts(L""), Texts());
 }
 
 class GenerateWildcardRegexSpecial : public testing::TestWithParam<wchar_t>
