@@ -14,7 +14,7 @@ namespace LbOs
 namespace
 {
 
-/// The names of the mutexes that this process holds. Windows would give a mutex once more to the thread that has it.
+/// The names of the mutexes that this process holds: Windows lets a thread acquire a mutex again that it already holds.
 class CHeldMutexes
 {
 public:
@@ -49,8 +49,8 @@ private:
 
 struct SHeldLock
 {
-    /// Keeps the folder open: the file system does not give the folder's number, which is part of the mutex's name, to
-    /// another folder, even if the folder is deleted.
+    /// Keeps the folder open, so that the file system does not give its number to another folder if it is deleted. The
+    /// number is part of the mutex's name.
     Windows::Handle folder;
     std::wstring name;
     Windows::Handle mutex;

@@ -13,11 +13,10 @@ namespace Runner
 /// The modules of --dll that are missing: a German line for each.
 std::vector<std::wstring> FindMissingModules(const LuTestSuiteSetup& setup);
 
-/// The modules of --dll that are missing or could not be loaded: a German line for each. The modules have been loaded
-/// before.
+/// The modules of --dll that are missing or could not be loaded: a German line for each. Call it after LoadModules.
 std::vector<std::wstring> FindModuleProblems(const LuTestSuiteSetup& setup);
 
-/// Throws the first problem of FindModuleProblems. Otherwise the command's result would only lack some cases.
+/// Throws the first problem of FindModuleProblems, for commands whose result would otherwise silently lack cases.
 void RequireModules(const LuTestSuiteSetup& setup);
 
 /// A German line about suites without a folder, which names up to three of them; empty if there are none.

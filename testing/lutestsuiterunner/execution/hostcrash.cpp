@@ -132,7 +132,7 @@ bool wasAlone(const CRunState& state, const std::vector<std::uint32_t>& open, st
            }) == 1;
 }
 
-/// Removes from `open` the cases during which hosts of the shard have ended repeatedly.
+/// Moves the cases during which hosts of the shard have ended repeatedly from `open` to `underWay`.
 void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnderWay& underWay)
 {
     constexpr std::uint32_t c_Repeated = 2;
@@ -155,7 +155,7 @@ void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnd
     });
 }
 
-/// Moves the suspects that have crashed their host.
+/// Moves the suspects that have crashed their host to the crashed cases.
 void findCrashed(const CRunState& state, const std::wstring& folder, SUnderWay& underWay)
 {
     const Suspects suspects = underWay.suspects;

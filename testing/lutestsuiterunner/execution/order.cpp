@@ -24,7 +24,7 @@ bool isLonger(const std::optional<SPreviousCase>& a, const std::optional<SPrevio
     return IsMeasured(a) && IsMeasured(b) ? a->time > b->time : !IsMeasured(a) && IsMeasured(b);
 }
 
-/// The standard's own shuffle may differ between run-times.
+/// Replaces std::shuffle, whose result may differ between standard libraries.
 void shuffle(Cases& cases, std::uint64_t seed)
 {
     std::mt19937_64 random(seed);

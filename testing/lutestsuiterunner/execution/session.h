@@ -65,8 +65,8 @@ public:
 
     /// Runs the cases in this order. An interrupted case runs again under the same attempt number. Records that the run
     /// is canceled if that is requested from outside. Throws LbException if recording fails; then no further case
-    /// starts. Confirmations also run after enough failed cases, because they explain these failures. Leaves out the
-    /// cases for which `isNeeded` returns false before they would start; any thread calls it, one at a time.
+    /// starts. Confirmations also run after enough failed cases, because they explain these failures. Calls `isNeeded`
+    /// before a case would start, and leaves the case out if it returns false; calls come one at a time, on any thread.
     void Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process,
              const std::function<bool(std::uint32_t)>& isNeeded = {});
 

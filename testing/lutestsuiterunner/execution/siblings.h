@@ -23,9 +23,9 @@ class CSiblings : public INonCopyable
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-    /// How long after its last record another host is expected to record something soon.
+    /// For this time after its last record, another host is expected to record something more.
     static constexpr std::chrono::seconds sc_Silence{10};
-    /// The shortest times between two looks for new records: during that time, and otherwise.
+    /// The shortest times between two polls for new records: while some host is expected to record more, and otherwise.
     static constexpr std::chrono::milliseconds sc_ShortInterval{20};
     static constexpr std::chrono::seconds sc_LongInterval{1};
 
@@ -55,12 +55,12 @@ private:
     CRunTail m_tail;                      ///< of the others
     std::vector<std::uint64_t> m_earlier; ///< number of records at the beginning, by number - 1 of the journal
     std::uint64_t m_records = 0;          ///< of all others
-    bool m_isExpecting = false;           ///< other hosts' records, until sc_Silence after m_lastRecord
+    bool m_isExpecting = false;           ///< true until sc_Silence after m_lastRecord
     std::chrono::steady_clock::time_point m_lastRecord;
     std::chrono::steady_clock::time_point m_lastPoll;
 };
 
-/// True if a case is still needed; called immediately before it would start.
+/// True if a case is still needed; called immediately before the case would start.
 using IsNeeded = std::function<bool(std::uint32_t)>;
 
 /// Runs the cases that are needed in the given order.

@@ -27,8 +27,8 @@ bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t at
     return attempts.back().kind != EAttemptKind::Confirm && (isBrokenOff || isNext);
 }
 
-/// True if an earlier host has ended while it ran the case. The case might end this one, too. Without a note of the
-/// host's end, the attempt was repeated in a child process and has the end of that process.
+/// True if an earlier host has ended while it ran the case, so that the case might end this host, too. If that host
+/// left no note, the attempt was repeated in a child process and has its end; then only `lostHosts` shows the loss.
 bool hasEndedHost(const CRunState& state, std::uint32_t index)
 {
     return std::ranges::any_of(state.GetAttempts(index), [](const SAttempt& attempt) {

@@ -32,8 +32,8 @@ public:
     /// The next record, valid until the next call; false after the last one. Throws SDamage.
     bool Next(std::string_view& record);
 
-    /// The number of the last record in the file, from 1, which is also the number of its line; and the offset of its
-    /// line.
+    /// The number of the last record that was read, counted from 1 in the file, so that it is also the number of its
+    /// line; and the offset of that line.
     std::uint64_t GetSequence() const { return m_sequence; }
     std::uint64_t GetOffset() const { return m_offset; }
 

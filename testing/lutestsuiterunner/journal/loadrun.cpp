@@ -35,8 +35,8 @@ void requireSamePlan(const Record& record, const SPlan& plan)
 /// For each journal of a folder, the number of its first records that are used; by the journal's number - 1.
 using Counts = std::vector<std::uint64_t>;
 
-/// Calls `take` for the first records of a journal. Adds the place to exceptions. Returns what is wrong at its end, as
-/// CJournalReader::DescribeBadLastLine.
+/// Calls `take` for the first `count` records of a journal. Adds the place to exceptions. Returns what
+/// CJournalReader::DescribeBadLastLine returns.
 template<typename F>
 std::wstring readJournal(const std::wstring& folder, std::uint32_t number, std::uint64_t count, const SPlan& plan,
                          const F& take)
@@ -112,8 +112,8 @@ void readJournals(const std::wstring& folder, const SPlan& plan, const Counts& c
     }
 }
 
-/// Brings the records of the shards into the state of the whole, shard by shard. The journals get one numbering. From
-/// a run that has ended, only the records are used on which its reports are based.
+/// Applies the records of the shards to the state of the whole run, shard by shard, and numbers all journals in
+/// succession. If the run has ended, uses only the records on which its reports are based.
 class CPartLoader
 {
 public:

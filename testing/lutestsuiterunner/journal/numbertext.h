@@ -1,4 +1,4 @@
-/// Numbers as text, appended without other memory.
+/// Numbers as text, without memory of their own on the heap.
 #pragma once
 
 #include <array>

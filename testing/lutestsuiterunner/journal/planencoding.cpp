@@ -126,7 +126,7 @@ void appendRange(const SRange& range, std::string& json)
     json += ']';
 }
 
-/// Returns how many elements fit until the record has become large.
+/// Appends elements until the record has become large, and returns their number.
 template<typename T, typename F>
 std::size_t appendList(std::string& json, std::span<const T> list, const F& append)
 {
@@ -202,7 +202,7 @@ public:
         EncodeIndices(type, marked);
     }
 
-    /// As ranges: first index and count.
+    /// Writes the indices as ranges: first index and count.
     void EncodeIndices(const char* type, const std::vector<std::uint32_t>& indices)
     {
         std::vector<SRange> ranges;

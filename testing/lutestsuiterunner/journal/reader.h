@@ -51,8 +51,8 @@ private:
 std::unique_ptr<CRunState> LoadRun(const std::wstring& folder);
 
 /// As LoadRun, for a run that no process executes. If the last journal ends in a bad line with a line end, a warning of
-/// the state names it: no host will continue the journal. Without effect on distributed runs and their shards, whose
-/// hosts take no lock.
+/// the state names it: no host will continue the journal. The same as LoadRun for distributed runs and their shards,
+/// because their hosts take no lock.
 std::unique_ptr<CRunState> LoadRunWithoutHost(const std::wstring& folder);
 
 /// The numbers of a folder's journals, ascending. `folder` ends in a separator.

@@ -14,8 +14,9 @@ namespace Runner
 /// What was read of one shard.
 struct SReadPart
 {
-    std::vector<std::uint64_t> records; ///< by journal number - 1; how many were read: the state lacks later ones
-    std::uint32_t verdicts = 0;         ///< case runs with a verdict
+    /// How many records were read of each journal, by its number - 1. The state lacks later ones.
+    std::vector<std::uint64_t> records;
+    std::uint32_t verdicts = 0; ///< case runs with a verdict
 };
 
 /// As LoadRun, for a distributed run. `parts` receives the shards by number - 1.

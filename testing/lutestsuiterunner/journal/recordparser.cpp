@@ -207,7 +207,7 @@ constexpr SType c_Types[] = {{"start", make<makeStarted>},   {"end", make<makeEn
 
 } // namespace
 
-/// Receives the members of an object from the JSON reader, without a tree.
+/// Receives the members of an object from the JSON reader, which then builds no tree.
 class CRecordParser::CHandler : public nlohmann::json_sax<nlohmann::json>
 {
 public:

@@ -52,7 +52,7 @@ std::wstring getSubfolder(const std::wstring& folder, const wchar_t* name)
     return LbPath::WithSeparator(folder + name);
 }
 
-/// Directories of the name are not of a run and stay.
+/// Removes the file. A folder of this name does not belong to a run and stays.
 void remove(const std::wstring& path)
 {
     const bool isLeft = LbOs::QueryEntry(path) == LbOs::EEntry::File || LbOs::IsLink(path);
@@ -74,7 +74,8 @@ void removeIn(const std::wstring& folder, std::span<const std::wstring_view> pat
     LbOs::RemoveEmptyDirectory(folder);
 }
 
-/// Removes the shards of a distributed run. Without such a run, the folders of these names contain other runs.
+/// Removes the shards of a distributed run. If there is no such run, folders of these names contain other runs and
+/// stay.
 void removeShards(const std::wstring& folder)
 {
     for (std::uint32_t number = 1; LbFileSystem::IsDirectory(folder + GetShardFolderName(number)); ++number)

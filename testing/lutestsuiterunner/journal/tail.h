@@ -39,8 +39,8 @@ public:
     /// True if an attempt at the case has passed. `caseIndex` is less than the plan's number of cases.
     bool HasPassed(std::uint32_t caseIndex) const { return m_cases[caseIndex].hasPassed; }
 
-    /// True if the host of this journal has recorded the start of an attempt at the case, but neither the attempt's end
-    /// nor its own. `number` is at most GetJournalCount().
+    /// True if the host of this journal has recorded the start of an attempt at the case, but neither the end of that
+    /// attempt nor its own end. `number` is at most GetJournalCount().
     bool IsUnderWay(std::uint32_t number, std::uint32_t caseIndex) const
     {
         return m_journals[number - 1].underWay.contains(caseIndex);

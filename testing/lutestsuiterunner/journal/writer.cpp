@@ -98,8 +98,8 @@ private:
             {
                 CAppendFile* const output = m_output.get();
                 lock.unlock();
-                // Texts first, so that few records on the disk refer to missing texts. Readers accept such records
-                // anyway, because the system may write any part of a file earlier.
+                // Texts first, so that few records on the disk refer to missing texts. Readers must accept such records
+                // anyway, because the system may write a record to the disk before this thread flushes its text.
                 const bool isOnDisk = (output == nullptr || output->Synchronise()) && m_journal.Synchronise();
                 lock.lock();
                 m_isSound = m_isSound && isOnDisk;

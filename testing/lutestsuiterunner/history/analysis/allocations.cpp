@@ -7,8 +7,8 @@ std::optional<SCountChange> FindCountChange(std::span<const std::uint64_t> count
 {
     constexpr std::size_t c_Stable = 5;
     std::optional<SCountChange> change;
-    std::size_t equal = 1;    // values at the end of what was looked at
-    std::size_t unstable = 0; // changes so far after fewer equal values than a stable count has
+    std::size_t equal = 1;    // number of equal values up to the current one
+    std::size_t unstable = 0; // number of earlier changes that follow fewer than c_Stable equal values
     for (std::size_t index = 1; index < counts.size(); ++index)
     {
         if (counts[index] == counts[index - 1])

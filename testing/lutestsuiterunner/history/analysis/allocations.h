@@ -16,8 +16,9 @@ struct SCountChange
     std::uint64_t after = 0; ///< the newest value
 };
 
-/// The newest change of a stable count: at least five equal values, followed by another newest value. If the count
-/// changed earlier after fewer equal values, there must be more equal values than there were changes like that.
+/// The newest change of a stable count, if the newest value still differs from the one before the change. A count is
+/// stable if at least five values in a row are equal, and more of them than there were earlier changes after fewer than
+/// five equal values.
 std::optional<SCountChange> FindCountChange(std::span<const std::uint64_t> counts);
 
 } // namespace Runner::History

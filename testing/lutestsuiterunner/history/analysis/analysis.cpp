@@ -14,7 +14,8 @@ namespace Runner::History
 namespace
 {
 
-/// The case did not pass in the runs between its values, so the change may be in any of them.
+/// Converts indices of values to numbers of runs. The case did not pass in the runs between two of its values, so a
+/// change between these values may be in any of these runs.
 void toRuns(std::vector<SStep>& steps, std::span<const std::uint16_t> runs)
 {
     for (SStep& step : steps)
@@ -78,7 +79,7 @@ std::optional<SCountChange> findCountChange(const CTable& table, std::size_t tes
     return change;
 }
 
-/// A single series, so it gets the whole rate.
+/// Finds the steps of the tempo, which is a single series and therefore gets the whole alarm rate.
 std::vector<SStep> findWholeSteps(std::span<const double> tempo, const SStepRules& rules)
 {
     CStepFinder finder(rules.smallestChange, {});

@@ -78,7 +78,7 @@ std::size_t countTests(CStepFinder& finder, const SMeasure& measure)
 /// the search takes longer.
 constexpr std::size_t c_OrdersBeyond = 2;
 
-/// The largest step in standard errors of series that are not among the changed ones.
+/// The largest step, in standard errors, of the series that are not in `changed`.
 template<typename Found>
 double getLargest(const std::vector<Found>& all, const std::set<std::size_t>& changed)
 {
@@ -142,7 +142,7 @@ std::vector<std::vector<CCalibration::SFound>> CCalibration::findInShuffled() co
     return shuffled;
 }
 
-/// Shifts the parts between all relevant steps to one level, including steps that chance explains.
+/// Scales the parts between all relevant steps to one level. Steps that chance explains are removed, too.
 CCalibration::SLevelled CCalibration::level(CStepFinder& finder, const SSeries& series) const
 {
     constexpr SThresholds c_All{1.0, std::numeric_limits<double>::infinity()};
@@ -159,8 +159,8 @@ CCalibration::SLevelled CCalibration::level(CStepFinder& finder, const SSeries& 
     return levelled;
 }
 
-/// The values of a series with a step differ more than those of others, so its random orders would show larger steps
-/// than theirs. If many cases change, the threshold would become too high.
+/// Removes the steps of the series. The values of a series with a step differ more than those of other series, so its
+/// shuffled orders would show larger steps. If many cases change, this would make the threshold too high.
 void CCalibration::levelSeries(const std::vector<SFound>& own)
 {
     std::set<std::size_t> numbers;
@@ -234,7 +234,7 @@ SCommonNoise CCalibration::getNoise(const SMeasure& measure, const Order& order)
     return {measure.scatter, measure.similarity, std::max(TakeMedian(correlations), 0.0)};
 }
 
-/// Series without any step are left out: nearly all.
+/// Leaves out the series without any step, which are nearly all of them.
 std::vector<CCalibration::SFound> CCalibration::findStrongest(CStepFinder& finder, const Order& order) const
 {
     CSeriesOrder seriesOrder(order);

@@ -41,17 +41,17 @@ public:
     std::size_t GetTestCount() const { return m_testCount; }
     std::size_t GetShuffleCount() const { return m_shuffleCount; }
 
-    /// The noise that the series of a measure share in the runs' own order.
+    /// The noise that the series of a measure have in common when the runs are in their own order.
     SCommonNoise GetNoise(const SMeasure& measure) const;
 
-    /// Examines archives in shuffled orders that were not used for the thresholds, by the thresholds that findings
-    /// need. Leaves out the series with a step: no order of their runs is without a change.
+    /// Counts the alarms of orders that were not used to compute the thresholds. The thresholds are those of findings.
+    /// Leaves out the series with a step, because they contain a change in any order.
     SShuffleCheck Check() const;
 
 private:
     using Order = std::vector<std::uint16_t>; ///< of runs
 
-    /// The strongest steps of a series, by its number over all measures.
+    /// The strongest steps of a series. `series` is its number among the series of all measures.
     struct SFound
     {
         std::size_t series;
@@ -80,7 +80,7 @@ private:
     std::size_t m_shuffleCount = 0;
     SThresholds m_thresholds;
     std::set<std::size_t> m_changed;   ///< the series with a step
-    std::vector<SLevelled> m_levelled; ///< by the number of the series; empty ones are used as they are
+    std::vector<SLevelled> m_levelled; ///< by number of the series; empty for series without any step
 };
 
 } // namespace Runner::History

@@ -18,7 +18,7 @@ struct SFindingKind
     const wchar_t* title;   ///< German
     const wchar_t* meaning; ///< German, one sentence
     bool isBad;
-    std::optional<SBeginning> (*get)(const SCaseFindings& findings); ///< nothing if the case is not one of the kind
+    std::optional<SBeginning> (*get)(const SCaseFindings& findings); ///< empty if the case is not of the kind
 };
 
 /// All kinds, the most important first.

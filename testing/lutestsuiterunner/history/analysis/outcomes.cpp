@@ -10,7 +10,8 @@ namespace Runner::History
 namespace
 {
 
-/// Another outcome for up to this number of runs makes a case flaky; a longer one is a defect that was fixed.
+/// A case is flaky if its outcome changes for at most this number of runs. If it changes for longer, this was a defect
+/// that was fixed.
 constexpr std::size_t c_LongestDeparture = 2;
 
 struct SVerdict

@@ -29,8 +29,8 @@ std::vector<std::uint16_t> GetRanks(std::span<const double> values, std::uint64_
 /// The similarity of neighbours: the lag-1 autocorrelation of the ranks, -1 to 1.
 double GetCorrelation(std::span<const std::uint16_t> ranks);
 
-/// The lag-1 autocorrelation of a series whose level may change: from the squares of the differences of neighbours and
-/// of values two apart, which a change of level affects only where it begins. Reduced by its standard error.
+/// The lag-1 autocorrelation of a series whose level may change, reduced by its standard error. It is computed from the
+/// squared differences of neighbours and of values two apart: a change of level affects these only where it begins.
 double GetCertainCorrelation(std::span<const double> values);
 
 } // namespace Runner::History

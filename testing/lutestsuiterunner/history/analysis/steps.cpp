@@ -17,7 +17,7 @@ namespace
 constexpr std::size_t c_ShortestPart = 3;
 /// Less evidence than this occurs by chance even if a suite measures only a thousand cases.
 constexpr double c_FloorBits = 12.0;
-/// The interval misses the true run on one side with at most this probability.
+/// The highest probability that the interval misses the true run, for each of its two sides.
 constexpr double c_IntervalError = 0.01;
 
 /// The next size of a part to test: each of the first sizes, then sizes that grow by a fifth.
@@ -32,8 +32,8 @@ std::size_t getShorterWindow(std::size_t size)
     return size * 4 / 5;
 }
 
-/// The pairs of a value before and a value after the place that are in the wrong order, from the sum of the ranks after
-/// the place.
+/// Computes from the sum of the ranks after the place how many pairs, of a value before the place and a value after it,
+/// are in the wrong order.
 std::size_t countInversions(std::size_t behind, std::size_t length, std::uint64_t rankSum, bool isUp)
 {
     const std::uint64_t lowest = behind * (behind - 1) / 2;
@@ -199,14 +199,14 @@ void CStepFinder::findCandidates()
     }
 }
 
-/// Compares in the window that begins at `start`.
+/// Compares the candidates of the window that begins at `start`.
 void CStepFinder::compareCandidates(std::span<const double> all, std::size_t start, SStrongest& strongest)
 {
     const std::span<const double> values = all.subspan(start);
     SCommonNoise noise = m_noise;
     if (start > 0)
     {
-        // A window has too few runs to show how much they resemble their neighbours.
+        // A window has too few runs to show how much its runs resemble their neighbours.
         noise.correlation = std::max(noise.correlation, GetCertainCorrelation(all));
     }
     const std::vector<double> winsorized = Winsorize(values);
@@ -293,7 +293,8 @@ void CStepFinder::divide(std::span<const double> values, std::size_t start, std:
     divide(values.subspan(found), start + found, seed, thresholds, steps);
 }
 
-/// Where the evidence for a step in that direction is strongest, now over all places. 0 bits without evidence.
+/// The place with the strongest evidence for a step in that direction, of all places and not only those of the grid. 0
+/// bits if there is no evidence.
 CStepFinder::SCandidate CStepFinder::findPlace(std::span<const double> values, std::uint64_t seed, bool isUp)
 {
     const std::size_t length = values.size();
@@ -330,9 +331,9 @@ void CStepFinder::describeBetweenNeighbours(std::span<const double> values, std:
 }
 
 /// The search compares all runs of a part with each other. Between its neighbours a step may be smaller than the
-/// smallest change, or have another direction than in the search (`found`). Drops the smallest of these steps and
-/// computes the levels again, until none is left: several small steps in one direction become a larger one. Places and
-/// intervals stay, since the runs that they were found in contain no other step.
+/// smallest change, or have another direction than in the search (`found`). Drops the smallest of these steps, computes
+/// the levels again, and repeats both until none of these steps is left: several small steps in one direction become a
+/// larger one. Places and intervals stay, since the runs in which they were found contain no other step.
 void CStepFinder::dropSmall(std::span<const double> values, std::vector<SStep> found, std::vector<SStep>& steps) const
 {
     while (!steps.empty())
@@ -376,8 +377,8 @@ bool CStepFinder::isOneLevel(std::span<const double> values, std::uint64_t seed,
 }
 
 /// A run belongs to the interval if neither the runs before it nor the runs from it on, tested by themselves, show a
-/// step in the same direction. If the step is at that run, neither part contains it. Only the runs from `start` to
-/// before `end` are compared: with a step among the others, each part would show a step.
+/// step in the same direction. If the step is at that run, neither part contains it. Compares only the runs in [start,
+/// end), because the other runs may contain another step, which a part would show.
 void CStepFinder::findInterval(std::span<const double> values, std::size_t start, std::size_t end, std::uint64_t seed,
                                SStep& step)
 {
@@ -395,8 +396,8 @@ void CStepFinder::findInterval(std::span<const double> values, std::size_t start
     }
 }
 
-/// First between the places of the neighbours. These are uncertain, so a few runs may belong to another level: then
-/// again between the neighbours' intervals.
+/// First compares the runs between the places of the neighbours. These places are uncertain, so a few of the runs may
+/// belong to another level. Therefore compares again, only the runs between the neighbours' intervals.
 void CStepFinder::findIntervals(std::span<const double> values, std::uint64_t seed, std::vector<SStep>& steps)
 {
     for (SStep& step : steps)

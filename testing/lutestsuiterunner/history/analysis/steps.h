@@ -56,7 +56,7 @@ struct SSeriesView
 {
     std::span<const double> values;
     std::span<const std::uint16_t> ranks; ///< of the values
-    std::span<const std::uint16_t> order; ///< indices; the order to look at
+    std::span<const std::uint16_t> order; ///< indices of the values in the order of the search
 };
 
 /// Looks for steps with rank-sum tests over a grid of places, in the whole series and in shorter windows that end with
@@ -81,7 +81,7 @@ public:
     std::size_t GetTestCount(std::size_t length);
 
 private:
-    /// A place where a series is divided, and the numbers of inversions that are few enough to look closer.
+    /// A place where a series is divided, and the largest number of inversions that makes it a candidate.
     struct SPlace
     {
         std::size_t index;
@@ -115,7 +115,7 @@ private:
     CRankTails m_tails;
     std::vector<std::vector<SPlace>> m_places; ///< by length
     // Buffers for the current series; members so that their memory is reused.
-    std::vector<std::uint16_t> m_allRanks; ///< of its values, in the order to look at
+    std::vector<std::uint16_t> m_allRanks; ///< of its values, in the order of the search
     std::vector<std::uint16_t> m_ranks;    ///< of the values in the window, among themselves
     std::vector<std::uint16_t> m_counts;   ///< of the values in the window, up to each rank of m_allRanks
     std::vector<SCandidate> m_candidates;

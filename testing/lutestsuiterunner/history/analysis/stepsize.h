@@ -18,7 +18,7 @@ struct SCommonNoise
 struct SStepSize
 {
     double deviations = 0.0; ///< size of the step in standard errors of a normal distribution
-    double inflation = 1.0;  ///< at least 1; so many runs count as one, because neighbouring runs resemble each other
+    double inflation = 1.0;  ///< at least 1; as many runs count as one, because neighbours resemble each other
 };
 
 /// Compares the values before `place` with the values from `place` on. The values are winsorized. Each part has at

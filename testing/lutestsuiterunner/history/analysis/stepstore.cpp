@@ -19,8 +19,8 @@ namespace
 /// Contains the version of the format and of the method. The results of another version are computed again.
 constexpr std::string_view c_Begin = "LuTestSuite history steps 6\n";
 
-/// A call with another set of options or configurations needs an entry of its own. Each run that is added to the
-/// archive makes all of them useless, so the number is limited.
+/// A call with another set of options or configurations needs an entry of its own. The number of entries is limited,
+/// because each run that is added to the archive makes all of them useless.
 constexpr std::size_t c_MostEntries = 16;
 
 void write(CByteWriter& writer, const std::vector<SStep>& steps)

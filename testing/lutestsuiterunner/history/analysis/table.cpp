@@ -40,8 +40,8 @@ CTable::CTable(const std::vector<SCaseName>& names, std::vector<const SRun*> run
     m_outcomes.resize(size, EOutcome::Absent);
     m_seconds.resize(size);
     m_memory.resize(size);
-    // Block by block, so that the rows at hand stay in the processor's cache while all runs are added. Cells in another
-    // order than that of the cases are added with a later block.
+    // Block by block, so that the rows of a block stay in the processor's cache while all runs are added. If the cells
+    // of a run are not in the order of the cases, some are added with a later block.
     std::vector<std::size_t> next(m_runs.size(), 0);
     for (std::size_t end = 0; end < names.size();)
     {

@@ -36,7 +36,7 @@ std::vector<SRow> getTempoSample(const CTable& table)
     return sample;
 }
 
-/// The median over the cases of the ratio between the time in the run and the case's median.
+/// For each run, the median over the cases of the ratio between the case's time in this run and its median time.
 std::vector<double> getFactors(const std::vector<SRow>& sample, std::span<const double> tempo)
 {
     std::vector<std::vector<double>> ratios(tempo.size());
@@ -57,8 +57,8 @@ std::vector<double> getFactors(const std::vector<SRow>& sample, std::span<const 
     return factors;
 }
 
-/// The rows without those that, at this tempo, have a step that chance causes in few cases. All rows if fewer than a
-/// fifth of them would remain: then the cases have nothing in common.
+/// Leaves out the rows that have a step at this tempo, if chance causes such a step in few cases. Keeps all rows if
+/// fewer than a fifth would remain: then the cases have nothing in common.
 std::vector<SRow> takeSteady(const std::vector<SRow>& sample, std::span<const double> tempo, double smallestChange)
 {
     CStepFinder finder(smallestChange, {});
@@ -93,7 +93,7 @@ std::vector<double> GetTempo(const CTable& table, double smallestChange)
     tempo = getFactors(sample, tempo);
     tempo = getFactors(sample, tempo);
     // If a third of the cases became slower, they would be a part of the tempo, and the other cases would seem faster.
-    // Without those found in one round, more are found in the next.
+    // Each round leaves out the cases that it finds, so that the next round finds more.
     constexpr int c_Rounds = 3;
     for (int round = 0; round < c_Rounds; ++round)
     {

@@ -8,8 +8,8 @@
 namespace Runner::History
 {
 
-/// For each run 1 for the usual tempo, 1.1 if the cases took 10 % longer than usual. 1 for all runs if there are too
-/// few cases to tell. Cases that probably have changed by themselves, by `smallestChange` or more, do not count.
+/// The tempo of each run: 1 is usual, at 1.1 the cases took 10 % longer. All runs have 1 if there are too few cases to
+/// tell. Cases that probably changed independently of the others, by `smallestChange` or more, do not count.
 std::vector<double> GetTempo(const CTable& table, double smallestChange);
 
 } // namespace Runner::History

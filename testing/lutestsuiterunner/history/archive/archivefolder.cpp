@@ -65,12 +65,13 @@ std::int64_t getTime(const SIndexedRun& run)
 }
 
 /// True if the run's files are those of the index. If a file was changed when the index was written, or later, its time
-/// proves nothing, because a second change may leave the same time. Then its content decides, as for a copied file.
+/// proves nothing, because a second change may leave the same time. Then the content decides, as it does if the time of
+/// a file is another one.
 bool isCurrent(const std::wstring& folder, const SRunSource& source, const SIndex& index, SIndexedRun& indexed)
 {
     std::vector<SFileStamp> stamps = getStamps(folder, source);
     const bool isOlder = std::ranges::all_of(stamps, [&](const SFileStamp& stamp) { return stamp.time < index.time; });
-    // Without a digest, a file could not be opened, which its time does not show.
+    // An empty digest means that a file could not be opened. It may be readable now, with the same time.
     if (stamps == indexed.stamps && isOlder && !indexed.digest.empty())
     {
         return true;

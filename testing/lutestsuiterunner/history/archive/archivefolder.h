@@ -22,7 +22,7 @@ struct SArchiveContent
 {
     std::vector<SCaseName> names; ///< sorted
     std::vector<SRun> runs;       ///< in the order of their begin
-    std::size_t readCount = 0;    ///< of these, read from their files and not from the index
+    std::size_t readCount = 0;    ///< number of them that were read from their files
     std::string digest;           ///< the same for the same content; empty if there is no index
     /// Those that may be the newest run of a configuration.
     std::vector<SUnreadableRun> unreadable;

@@ -16,7 +16,7 @@ struct SFileStamp
 {
     std::wstring name; ///< path relative to the archive
     std::int64_t size = -1;
-    std::int64_t time = 0; ///< of its last change, in the system's own steps
+    std::int64_t time = 0; ///< of its last change, in the system's unit
 
     bool operator==(const SFileStamp&) const = default;
 };
@@ -24,7 +24,7 @@ struct SFileStamp
 /// A run with the files that it was read from.
 struct SIndexedRun
 {
-    std::vector<SFileStamp> stamps; ///< from before they were read
+    std::vector<SFileStamp> stamps; ///< taken before the files were read
     std::string digest;             ///< of their contents
     SRun run;
     bool isReadable = true; ///< false: the run has only its name
@@ -34,8 +34,8 @@ struct SIndex
 {
     std::vector<SCaseName> names;
     std::map<std::wstring, SIndexedRun> runs; ///< by name
-    std::int64_t time = 0;                    ///< when the file was written, in the system's own steps
-    std::string digest;                       ///< of all that it holds; empty if there is nothing
+    std::int64_t time = 0;                    ///< when the file was written, in the system's unit
+    std::string digest;                       ///< of the whole index; empty if there is no index
 };
 
 /// An empty index if there is no file, or it is of another version, or damaged.

@@ -95,7 +95,7 @@ bool ReadJournals(const std::wstring& path, SRecordedRun& run)
     {
         LuTestSuiteOut::Write(L"Warnung: %s\n", exception.GetMessageText());
     }
-    // The report contains less, but more than nothing.
+    // The report contains less than the journals, but it is better than nothing.
     return LbFileSystem::IsFile(folder + c_XmlReportName) && ReadReport(folder + c_XmlReportName, run);
 }
 

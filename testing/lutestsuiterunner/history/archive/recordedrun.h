@@ -59,8 +59,8 @@ struct SRecordedRun
     std::vector<SRecordedCase> cases; ///< in the order of the run; a name may occur several times
 };
 
-/// The build of a version-control system; empty if unknown, or if the working copy was changed or mixed of several
-/// revisions.
+/// The name of the revision that was built; empty if it is unknown, or if the working copy had local changes or
+/// contained several revisions.
 std::wstring GetBuildName(const LuTestSuiteUtils::SSvnInfo* svn, const LuTestSuiteUtils::SPscmInfo* pscm);
 
 /// Reads an XML report. False, after a line of output, if it cannot be read.

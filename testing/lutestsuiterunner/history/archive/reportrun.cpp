@@ -11,7 +11,7 @@ std::wstring GetBuildName(const LuTestSuiteUtils::SSvnInfo* svn, const LuTestSui
     constexpr std::wstring_view c_Digits = L"0123456789";
     if (svn != nullptr && !svn->Revision.empty())
     {
-        // "4123:4168" is a mixture, "4123M" a changed working copy.
+        // "4123:4168" is a working copy of several revisions, "4123M" one with local changes.
         const bool isOneRevision = svn->Revision.find_first_not_of(c_Digits) == std::wstring::npos;
         return isOneRevision ? svn->URL + L"@" + svn->Revision : std::wstring();
     }

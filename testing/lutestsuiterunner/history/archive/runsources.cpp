@@ -56,8 +56,8 @@ std::vector<std::wstring> getJournals(const std::wstring& folder, const std::wst
     return files;
 }
 
-/// The journals of the shards of a distributed run, with the plans of all shards and with the proof, which says how
-/// many records count; empty if no shard has begun and the run has not ended.
+/// The journals and plans of the shards of a distributed run, and its proof, which contains how many records count.
+/// Empty if no shard has begun and the run has not ended.
 std::vector<std::wstring> getShardFiles(const std::wstring& folder, const std::wstring& prefix)
 {
     std::vector<std::wstring> plans;
@@ -89,7 +89,7 @@ std::vector<std::wstring> getRunFiles(const std::wstring& folder, const std::wst
     if (!files.empty())
     {
         files.push_back(prefix + c_PlanName);
-        // Replaces journals that cannot be read.
+        // The report is read instead if a journal cannot be read.
         if (LbFileSystem::IsFile(folder + prefix + c_XmlReportName))
         {
             files.push_back(prefix + c_XmlReportName);
@@ -115,7 +115,7 @@ void addRunFolder(const std::wstring& folder, const std::wstring& name, std::vec
     }
 }
 
-/// The archive's folder may itself be that of a run. Its report is then no further run.
+/// The archive's folder may itself be that of a run. Then its report is not another run.
 void addOwnRun(const std::vector<std::wstring>& files, std::vector<SRunSource>& sources)
 {
     if (!files.empty())

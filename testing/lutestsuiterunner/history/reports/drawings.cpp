@@ -43,12 +43,12 @@ std::string number(double value)
 
 std::string getBox(std::size_t left, std::size_t top, std::size_t width, std::size_t height)
 {
-    // A text in front: GCC 12 warns wrongly of a literal before a temporary text.
+    // Begins with a std::string, because GCC 12 wrongly warns of a literal before a temporary string.
     return std::string("M") + number(left) + " " + number(top) + "h" + number(width) + "v" + number(height) + "h-" +
            number(width) + "z";
 }
 
-/// The runs of one outcome; neighbours make one box if `areJoined`.
+/// A box for each run with this outcome; with `areJoined`, one for several such runs in succession.
 std::string getBoxes(std::span<const EOutcome> outcomes, EOutcome wanted, std::size_t top, bool areJoined)
 {
     const std::size_t width = getRunWidth(outcomes.size());

@@ -54,7 +54,7 @@ public:
 
     std::string MakeRow(const SFinding& finding, bool isDrawn) const;
 
-    /// The property that most of the worst findings share.
+    /// The number by which a table is sorted, the highest first.
     double GetWeight(const SFinding& finding) const;
 
 private:

@@ -67,7 +67,7 @@ struct SClasses
     std::vector<std::size_t> ofCases;
 };
 
-/// Names are compared once for each case and not once for each of its runs.
+/// Compares the name of each case once, instead of once for each of its runs.
 SClasses getClasses(const CTable& table)
 {
     std::map<std::wstring_view, std::size_t> indices;

@@ -17,7 +17,7 @@ namespace
 
 std::string getStyle()
 {
-    // Lines of the reports' style sheet end as on the home platform.
+    // The lines of the reports' style sheet end in CR LF.
     std::string style = LuTestSuiteUtils::GetDefaultStylesheet();
     std::erase(style, '\r');
     return style + c_PageStyle;

@@ -1,4 +1,4 @@
-/// Style sheet and script of the page, from the folder "resources"; the build makes the source.
+/// Style sheet and script of the page, from the folder "resources"; the build generates the source that defines them.
 #pragma once
 
 namespace Runner::History
