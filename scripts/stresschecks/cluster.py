@@ -19,11 +19,11 @@ MEAN_MS = 120
 NODE_TIMEOUT = 5
 MESSAGE_TIMEOUT = 5
 # For rounds that lose a node or start a shard twice: the shards take about 30 seconds. Each further host of a shard may
-# repeat MOST_DUPLICATES cases: it and the other host each repeat the case that runs when they meet, and the other host
-# may repeat one more before it notices the further one.
+# cause MOST_DUPLICATES duplicates: when it meets the other host, each of them repeats the case that the other one runs,
+# and before that, the other host may repeat one case, because it has not yet noticed the further host.
 LASTING_MEAN_MS = 1000
 MOST_DUPLICATES = 3
-# The nodes have six processors together or more, so two are left for the tasks of a node that is lost.
+# Together the nodes have at least six processors, so two are free for the tasks of a lost node.
 SHARDS = 4
 # Seconds between the time when Slurm notices the loss of a node and the new start of its daemon.
 DOWN = 8.0
@@ -139,7 +139,7 @@ class Round:
     EVENTS = [kill_node, lose_machine, requeue, cancel, start_twice, kill_submitter]
     # After these events, a shard's next host begins when the last one has ended by itself.
     GENTLE = [requeue, cancel, kill_submitter]
-    # Slurm notices the first ones late. After the first and the last, two hosts run one shard.
+    # Slurm notices the first two late. After the first and the last, two hosts run one shard.
     LASTING = [kill_node, lose_machine, start_twice]
 
     @classmethod
@@ -272,7 +272,7 @@ def sorted_journals(folder):
 
 
 def read_journal(path, count=None):
-    """The cases that a host has started, and those that have a verdict, by default according to all records."""
+    """The cases that a host has started, and those that have a verdict, in the first `count` records or in all."""
     started, ended = set(), set()
     with open(path, "rb") as file:
         for line in itertools.islice(file, count):
@@ -309,8 +309,8 @@ def read_times(path):
 
 
 def make_data(folder, cases, mean, digits=0, seed=1):
-    """Files of exponentially distributed lengths. With enough digits all have the same size; without, the size shows
-    the power of ten, and the plan uses it."""
+    """Makes files with exponentially distributed times. With enough digits all files have the same size. Without, the
+    plan sees the power of ten of the time from the size."""
     os.makedirs(os.path.join(folder, "CDurationModel"))
     randomness = random.Random(seed)
     for number in range(cases):
@@ -328,10 +328,10 @@ def longest_over_mean(out, shards):
 
 
 def measure_balance(host, cluster, folder):
-    """Runs cases of exponentially distributed length: without earlier times, for files of equal sizes and for files
-    whose sizes show the power of ten of the length; then with the times of the first run. Makes a sample for each seed.
-    Returns how many limits are exceeded: without any knowledge by the mean of the samples, because the balance is then
-    a matter of chance, otherwise by each sample."""
+    """Runs cases of exponentially distributed length three times for each seed: with files of equal sizes, with files
+    whose sizes show the power of ten of the length, and with the times of the first run. Returns how many limits are
+    exceeded. In the first kind of run the balance is a matter of chance, so its limit applies to the mean of all
+    seeds."""
     samples = []
     for seed in BALANCE_SEEDS:
         equal, telling, *outs = (os.path.join(folder, f"{name}-{seed}")
@@ -373,8 +373,8 @@ def compare_reports(host, cluster, folder):
 
 
 def make_round(host, cluster, data, out, number):
-    """Repeats a round whose events had no effect, unless it has shown a fault. `data` is for short and for lasting
-    runs."""
+    """Repeats a round whose events had no effect, unless it has shown a fault. `data` has two folders, for short and
+    for lasting runs."""
     for _ in range(ATTEMPTS):
         start_nodes(cluster)
         events = Round.choose(number)

@@ -1,5 +1,5 @@
-"""Cases that crash, hang or end their process in all ways: each time the right case is blamed, with the right reason
-and a stack that names the function at fault, and no case beside it."""
+"""Cases that crash, hang or end their process in all ways: each time only the right case is blamed, with the right
+reason and a stack that names the function at fault."""
 import collections
 import json
 import os
@@ -115,8 +115,8 @@ def describe(name, count, has_stacks):
 
 
 def count_faults(name, count, has_stacks, is_windows):
-    """A function that is named in fewer than 95 of 100 stacks is a fault, as is each wrong reason. Under Wine on a busy
-    machine, reading the first frames may take all the time that there is for the names."""
+    """Each wrong reason is a fault, and so is a function that fewer than 95 of 100 stacks name. Under Wine on a busy
+    machine, reading the first frames may leave no time for the names."""
     limit = WINE_VERDICT_LIMIT if is_windows else VERDICT_LIMIT
     limit += TIME_LIMIT if name in ("LockTwice", "LoopForever") else 0
     return (count.runs - count.right + (has_stacks and count.named < 0.95 * count.runs)

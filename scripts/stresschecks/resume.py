@@ -13,7 +13,7 @@ import xml.etree.ElementTree as ElementTree
 from stresschecks import reports
 
 QUARANTINE = "CResultModel:abweichend\nCSubtestExceptionModel\nCPassedModel\n"
-# Stands for the file with that text.
+# In the modes, stands for the path of the file with this text.
 QUARANTINE_FILE = "QUARANTINE-FILE"
 # Options of the host, "--", options of the library. With repetitions, so that a good part of each run's time belongs to
 # cases. Without -x, a failed case is always confirmed; with it, that depends on the cases that have shared its process.
@@ -170,12 +170,12 @@ def has_run(out):
 
 
 def has_open_cases(out):
-    """True if the last journal does not end in its last record."""
+    """True if the last journal has no record of the end of its host."""
     return has_run(out) and not any(record["t"] == "finish" for record in list(journals(out))[-1])
 
 
 def kill_once(runner, out, mode, longest):
-    """Returns how often the run was killed, how often of these with cases left to run, and what is wrong in the end."""
+    """Returns how often the run was killed, how often while it had cases left to run, and what is wrong in the end."""
     shutil.rmtree(out, ignore_errors=True)
     kills = hits = 0
     found = []
@@ -284,7 +284,7 @@ def fill_once(runner, out, mode, size, attempts, expected):
 
 
 def check_full_disks(runner, folder, count):
-    """Fills the disks of `count` runs at random places; returns the number of faults, or None without the right to
+    """Fills the disks of `count` runs at random points; returns the number of faults, or None without the right to
     mount."""
     disk = os.path.join(folder, "disk")
     os.mkdir(disk)
