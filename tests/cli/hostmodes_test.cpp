@@ -186,7 +186,7 @@ protected:
         m_folder.WriteFile(L"Daten und mehr/CGzipTrailers/stored.gz", LbFileSystem::ReadFile8Bit(stored));
     }
 
-    /// Writes the configuration with one run and returns the option's value.
+    /// Writes a configuration with one archive run, and returns the value of --archive-run that selects it.
     std::wstring Configure(const std::wstring& elements = L"") const
     {
         const std::wstring host = LbPath::ToNative(L"" LUTESTSUITE_HOST);
@@ -199,7 +199,7 @@ protected:
         return m_folder.WriteFile(L"Archiv.xml", LbEncoding::ToUtf8(text)) + L":Nacht";
     }
 
-    /// Writes a configuration whose run may be invalid and returns the option's value.
+    /// Writes a configuration with one archive run, which may be invalid, and returns the value of --archive-run.
     std::wstring WriteRun(const std::wstring& file, const std::wstring& binaryDir, const std::wstring& config,
                           const std::wstring& platform, const std::wstring& dataDir = L"",
                           const std::wstring& outDir = L"") const

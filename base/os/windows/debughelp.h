@@ -42,7 +42,7 @@ public:
 private:
     CDebugHelp(HANDLE process, CFunctionTables& tables, std::unique_lock<std::timed_mutex> lock);
 
-    /// False if the library has no session.
+    /// Loads the module's names unless that was done before. False if the library could not begin a session.
     bool ensureSymbols(const SRemoteModule& module);
 
     /// The function's readable name; empty if no symbol belongs to the address.

@@ -27,7 +27,7 @@ public:
     void OnCaseFinished(const SCaseFinished& finished) override;
     void OnEnded(const SRunResult& result) override;
 
-    /// Number of waiting cases of worker threads. Any thread.
+    /// Number of finished cases of worker threads that wait to be printed. Any thread.
     std::size_t CountWaiting();
 
     /// Prints the case that has waited longest. Precondition: a case is waiting; on the thread that called the run.

@@ -18,7 +18,7 @@ namespace Runner
 struct SSubmission
 {
     std::uint32_t number = 1;          ///< among those of the run, from 1
-    std::vector<std::uint32_t> shards; ///< numbers of the shards, one a task; ascending
+    std::vector<std::uint32_t> shards; ///< their numbers, ascending; each shard is one task
     /// For each of these shards, the number of verdicts in its journals before the submission.
     std::vector<std::uint64_t> verdicts;
     /// Why each of these shards was lost before, German; empty for a shard that was not submitted before.

@@ -73,7 +73,7 @@ bool CReviewDialog::askFor(const SChange& change, CReviewDecisions& decisions) c
     }
 }
 
-/// False if the change must not be accepted, the user takes the answer back, or files have changed since.
+/// False if the change must not be accepted, the user withdraws the answer, or files have changed meanwhile.
 bool CReviewDialog::carry(EDecision decision, const SChange& change, CReviewDecisions& decisions) const
 try
 {

@@ -63,7 +63,7 @@ private:
     const SPlan& m_plan;
     const std::vector<std::uint64_t> m_times;
     const LbTimer m_timer;
-    mutable std::mutex m_mutex; ///< of all below
+    mutable std::mutex m_mutex; ///< protects the members below
     std::condition_variable m_ended;
     bool m_hasEnded = false;
     SProgress m_progress;

@@ -1,4 +1,4 @@
-/// Replaces references. One that is a link stays a link, and its target is replaced.
+/// Replaces reference files. A link stays a link; its target is replaced.
 #pragma once
 
 #include <string>

@@ -199,7 +199,7 @@ TEST_F(RunnerFolder, KeepsForeignFilesBesideThoseOfTheEarlierRun)
     m_run.BeginRun(MakeSamplePlan())->Close();
 
     EXPECT_EQ(LbFileSystem::GetFileNames(GetPath() + L"output"), (std::vector<std::wstring>{L"-1.txt", L"1.txt.bak"}));
-    // The run was not distributed.
+    // These stay, because the run was not distributed.
     EXPECT_TRUE(LbFileSystem::IsFile(m_parent.GetPathOf(L"lauf/tasks/canceled")));
     EXPECT_TRUE(LbFileSystem::IsFile(m_parent.GetPathOf(L"lauf/shard-1/plan.ndjson")));
 }
