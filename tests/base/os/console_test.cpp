@@ -46,7 +46,7 @@ TEST(OsConsole, WaitsForSpaceInANonBlockingPipe)
     EXPECT_EQ(captured->size(), bytes.size());
 }
 
-TEST(OsConsole, TakesACodePage)
+TEST(OsConsole, SetsTheCodePage)
 {
     const std::uint32_t saved = LbOs::GetConsoleCodePage();
     if (saved == 0)

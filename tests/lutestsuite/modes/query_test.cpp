@@ -136,7 +136,7 @@ TEST_F(QueryMode, PassesOnTheErrorOfAPattern)
     EXPECT_THROW(Query(setup), std::wstring);
 }
 
-TEST_F(QueryMode, ListsRememberedDataDirectoriesWithoutOne)
+TEST_F(QueryMode, ListsRememberedDirectoriesIfNoneIsGiven)
 {
     m_user.WriteLastConfig("<Config><DataDirHistory><Dir path=\"neu\"/><Dir path=\"mit L\xC3\xBC"
                            "cke\"/></DataDirHistory></Config>");

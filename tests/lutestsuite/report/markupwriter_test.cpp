@@ -123,7 +123,7 @@ TEST_F(LuMarkupWriterTest, WritesNumbersBesideAttributes)
     EXPECT_EQ(text, "<n a=\"b\">-5</n>\n<n a=\"b\">2.250000</n>\n");
 }
 
-TEST_F(LuMarkupWriterTest, WritesUnsignedNumbersBesideAttributesAsSignedOnes)
+TEST_F(LuMarkupWriterTest, WritesUnsignedNumbersAsSignedOnesAfterAttributes)
 {
     const std::string text = Write([](LuMarkupWriter& writer) {
         writer.WriteElement(L"n", L"a=\"b\"", std::uint32_t{2147483647U});

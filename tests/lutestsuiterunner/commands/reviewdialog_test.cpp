@@ -86,7 +86,7 @@ TEST_F(ReviewDialog, GoesOnWithoutADecision)
     EXPECT_TRUE(IsOpen(L"a"));
 }
 
-TEST_F(ReviewDialog, EndsAtOnce)
+TEST_F(ReviewDialog, EndsWhenAskedTo)
 {
     EXPECT_FALSE(contains(Answer("e\nj\n"), "[2/2]"));
     EXPECT_EQ(Read(L"a") + Read(L"c"), "alt\nalt\n");

@@ -137,7 +137,7 @@ TEST_F(OptionReader, TakesOneValueForEachOption)
     EXPECT_NE(m_reader.GetHelp().find(L"--sbatch OPTION  "), std::wstring::npos) << "no \"...\" behind the value";
 }
 
-TEST_F(OptionReader, LeavesTargetsOfAbsentOptions)
+TEST_F(OptionReader, KeepsTheValuesOfAbsentOptions)
 {
     m_number = 5;
     EXPECT_TRUE(m_reader.Read({}));
