@@ -6,16 +6,23 @@
 # Suites with one of these words in their name carry the label "concurrent", which the thread sanitizer runs.
 set(LUTESTSUITE_CONCURRENT_WORDS Concurren Thread Parallel CriticalSection LbEvent Dispatcher Combinable)
 
-# Removes from a list of sources those without such a suite.
+# Removes from a list of sources those with other suites only. If no suite is left, the list is empty.
 function(lutestsuite_keep_concurrent_tests list)
     list(JOIN LUTESTSUITE_CONCURRENT_WORDS "|" words)
     set(kept "")
+    set(without_suites "")
     foreach(source IN LISTS ${list})
+        file(STRINGS "${source}" any REGEX "^(TYPED_)?TEST(_F|_P)?\\(" LIMIT_COUNT 1)
         file(STRINGS "${source}" suites REGEX "^(TYPED_)?TEST(_F|_P)?\\([^,]*(${words})" LIMIT_COUNT 1)
         if(suites)
             list(APPEND kept "${source}")
+        elseif(NOT any)
+            list(APPEND without_suites "${source}")
         endif()
     endforeach()
+    if(kept)
+        list(APPEND kept ${without_suites})
+    endif()
     set(${list} "${kept}" PARENT_SCOPE)
 endfunction()
 
