@@ -32,7 +32,7 @@ public:
     /// Up to `most` of the file's last bytes, but none before `begin`. Empty on failure.
     std::string ReadEnd(std::uint64_t begin, std::size_t most) const;
 
-    /// Empties the file. The child continues at its beginning.
+    /// Empties the file. The child's next output goes to the beginning of the file.
     void Clear();
 
 private:

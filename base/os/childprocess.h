@@ -12,9 +12,9 @@
 namespace LbOs
 {
 
-/// Ends all descendants of the calling process, in any group or session. A child with endsWithOwner calls it before it
-/// exits. Takes one system call if there are none, otherwise 1 to 2 ms, up to 3 s if some cannot be killed. No effect
-/// on Windows, where the owner's job object ends them. Any thread.
+/// Ends all descendants of the calling process, in any group or session. A child with endsWithOwner should call it
+/// before exiting. Takes one system call if there are none, otherwise 1 to 2 ms, up to 3 s if some cannot be killed. No
+/// effect on Windows, where the owner's job object ends them. Any thread.
 LB_API void EndDescendants() noexcept;
 
 /// A process that was started. For one thread at a time; different objects are independent of each other.
@@ -29,8 +29,8 @@ public:
     static void PrepareStarts();
 
     /// After PrepareStarts, undoes changes that other code has made since then: the system keeps the exit statuses of
-    /// children again, and the calling thread blocks the same signals. Handlers stay. No effect before PrepareStarts
-    /// and on Windows. Two system calls; any thread.
+    /// children again, and the calling thread blocks the recorded signals. Does not change handlers. No effect before
+    /// PrepareStarts and on Windows. Two system calls; any thread.
     static void RestoreSignals() noexcept;
 
     /// Starts a process; it inherits the handles that are inheritable. Null on failure; then `failure` describes the
@@ -51,13 +51,13 @@ public:
     /// Kills the process and its descendants and waits until it has ended, at most 10 s. The exit status of a process
     /// that was running is then 0 on Windows, -9 on Linux. On Linux with endsWithOwner it also searches for descendants
     /// outside the process's group, which takes 1 to 2 ms, up to 3 s if some cannot be killed. If the process has
-    /// already ended, descendants are recognised by their environment; those started without it, and those of other
-    /// users, stay.
+    /// already ended, descendants are recognised by a variable in their environment. Those that lack the variable or
+    /// belong to other users keep running.
     void Terminate();
 
-    /// The exit status of an ended process; on Linux the negative number of the signal that ended it. Empty while it
-    /// runs, and before Linux 6.15 if other code in this process has waited for it or ignores SIGCHLD. Then only
-    /// Terminate ends its descendants, since its id may have been reused.
+    /// The exit status of an ended process; on Linux the negative number of the signal that ended it. Empty while the
+    /// process runs. If other code in this process has waited for the child or ignores SIGCHLD, the status is empty
+    /// before Linux 6.15, and only Terminate ends the descendants, since the process id may have been reused.
     std::optional<std::int64_t> GetExitStatus();
 
     /// Afterwards the process and its descendants may outlive this object and the current process.
@@ -66,12 +66,12 @@ public:
     /// The process id; on Linux it may be reused once any code has waited for the process.
     std::uint64_t GetId() const noexcept;
 
-    /// The system's handle for waiting for the end, owned by the object. Only for the platform layer. On Linux, if
-    /// other code has closed it, it is -1 or belongs to another file; the next Wait opens a new one.
+    /// The system's handle to wait for the end of the process, owned by the object. Only for the platform layer. On
+    /// Linux, if other code has closed it, it is -1 or belongs to another file; the next Wait opens a new one.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:
-    /// The longest wait for a process that the system may be unable to end.
+    /// The longest wait, in milliseconds, for a process that the system may be unable to end.
     static constexpr std::uint32_t sc_uiLongestEnd = 10000;
 
     struct SState;

@@ -22,8 +22,8 @@ LB_API void SetConsoleCodePage(std::uint32_t codePage);
 LB_API void WriteStandardOutput(std::string_view bytes);
 LB_API void WriteStandardError(std::string_view bytes);
 
-/// True if bytes for standard output were dropped in this process, except by a closed stream. Includes bytes of other
-/// stdio functions that WriteStandardOutput flushed. Callable from any thread.
+/// True if bytes for standard output were dropped in this process, except by a closed stream. Also counts bytes from
+/// other stdio functions that WriteStandardOutput could not flush. Callable from any thread.
 LB_API bool IsStandardOutputLost() noexcept;
 
 /// Makes the run-time allocate the buffer of standard output now rather than with the first output. No other thread may

@@ -48,8 +48,8 @@ struct SCrash
     static constexpr std::size_t sc_uiNameCapacity = 256;
 
     SCrashKind kind;
-    std::uint32_t code = 0;               ///< number of the signal or exception; of abort() on Windows: the exit status
-    std::uintptr_t address = 0;           ///< of the instruction
+    std::uint32_t code = 0;     ///< number of the signal or exception; for abort() on Windows, the exit status
+    std::uintptr_t address = 0; ///< of the instruction
     std::optional<std::uintptr_t> target; ///< the memory address that the instruction accessed
     char module[sc_uiNameCapacity] = {};  ///< bare name in UTF-8 of the instruction's module; empty if there is none
     std::uintptr_t offset = 0;            ///< of the instruction in that module
@@ -63,9 +63,10 @@ struct SCrash
 using CrashReport = void (*)(const SCrash& crash) noexcept;
 
 /// During its lifetime, a crash of the current process calls the report and then ends the process with the status that
-/// the system assigns to the crash. Other handlers (of a test module, of a sanitizer) run first, whether they were
-/// installed before or after this object. If a sanitizer ends the process, the report follows the sanitizer's own.
-/// Forks crash without a report. One object at a time; any thread.
+/// the system assigns to the crash. Other handlers (of a test module, of a sanitizer) take precedence, whether they
+/// were installed before or after this object; on Linux they replace the report unless they call the former handler. If
+/// a sanitizer ends the process, the report follows the sanitizer's own. Forks crash without a report. One object at a
+/// time; any thread.
 class LB_API CCrashHandler
 {
 public:
@@ -85,7 +86,7 @@ public:
     CCrashStack& operator=(const CCrashStack&) = delete;
 
 private:
-    void* m_memory = nullptr; ///< null if the platform needs none
+    void* m_memory = nullptr; ///< null if the object has not installed a stack
     std::size_t m_size = 0;
 };
 
@@ -93,7 +94,8 @@ private:
 /// platform's line ends.
 LB_API void WriteCrashText(std::string_view text) noexcept;
 
-/// From now on WriteCrashText also writes to this file; c_InvalidFile ends this. The caller keeps it open. Any thread.
+/// From now on WriteCrashText also writes to this file; c_InvalidFile ends this. The caller keeps the file open. Any
+/// thread.
 LB_API void CopyCrashTexts(FileHandle file) noexcept;
 
 } // namespace LbOs

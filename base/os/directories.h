@@ -42,7 +42,7 @@ public:
 
 private:
     std::wstring m_path;
-    SFileIdentity m_identity{}; ///< used only on Linux, where the path must be looked up
+    SFileIdentity m_identity{}; ///< used only on Linux; Windows compares paths
 };
 
 /// True if VisitDirectory would report a non-directory with exactly this name. Looks up only this entry.

@@ -21,8 +21,8 @@ LB_API FileHandle OpenForReadingFrom(const std::wstring& path, std::uint64_t off
 /// a repeated call succeeds.
 LB_API bool SynchroniseFile(FileHandle file);
 
-/// The same for a directory: names that were created, changed or removed in it. False on failure. Succeeds without
-/// effect on Windows, which does that by itself.
+/// The same for a directory: names that were created, changed or removed in it. False on failure. On Windows, which
+/// does that by itself, only checks that the directory exists.
 LB_API bool SynchroniseDirectory(const std::wstring& path);
 
 } // namespace LbOs

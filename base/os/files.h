@@ -26,7 +26,7 @@ enum class EEntry
 struct SDirectoryEntry
 {
     const std::wstring& name;
-    bool isDirectory; ///< of a link: its target
+    bool isDirectory; ///< for a link: whether its target is one
     bool isLink;      ///< as returned by IsLink
 };
 
@@ -120,7 +120,7 @@ LB_API std::wstring GetUserDataDirectory();
 /// Folder for temporary files, without trailing separator.
 LB_API std::wstring GetTemporaryDirectory();
 
-/// An open file: the platform's opaque handle, passed on only by the stream classes.
+/// An open file, as the platform's opaque handle. The caller closes it with CloseFile.
 using FileHandle = std::intptr_t;
 inline constexpr FileHandle c_InvalidFile = -1;
 

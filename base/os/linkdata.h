@@ -10,7 +10,7 @@
 namespace LbOs
 {
 
-/// A little-endian unsigned number of `size` bytes; 0 if the bytes end before it.
+/// A little-endian unsigned number of `size` bytes; 0 if `bytes` does not contain all of them.
 inline std::uint32_t ReadLinkNumber(std::string_view bytes, std::size_t offset, std::size_t size)
 {
     constexpr unsigned c_BitsPerByte = 8;

@@ -25,7 +25,8 @@ LB_API std::uint64_t GetPhysicalMemory();
 /// The computer's name.
 LB_API std::wstring GetMachineName();
 
-/// Description of the first graphics adapter; empty if there is no adapter or it has no display.
+/// Description of the first graphics adapter: on Windows the product name, on Linux the driver and the PCI number.
+/// Empty if there is no adapter, on Windows also if there is no display.
 LB_API std::wstring GetGraphicsAdapter();
 
 } // namespace LbOs

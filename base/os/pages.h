@@ -39,7 +39,7 @@ LB_API bool QueryRegion(std::uintptr_t address, SRegion& region) noexcept;
 /// Receives a region; returns false to stop.
 using FVisitRegion = bool (*)(const SRegion& region, void* context) noexcept;
 
-/// Calls `visit` for all regions with an address in [begin, end], ascending, in one pass over the system's table.
+/// Calls `visit` for all regions with an address in [begin, end), ascending, in one pass over the system's table.
 LB_API void VisitRegions(std::uintptr_t begin, std::uintptr_t end, FVisitRegion visit, void* context) noexcept;
 
 struct SPageSizes

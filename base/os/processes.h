@@ -38,7 +38,8 @@ LB_API void KillProcess(const SProcess& process);
 LB_API std::uint64_t GetProcessLimit() noexcept;
 
 /// True if the system allows the user so few more processes and threads (fewer than 1024 on Linux) that optional ones
-/// could keep necessary ones from starting. Counts existing ones once. False on Windows. Callable from any thread.
+/// could keep necessary ones from starting. Counts the existing ones only once. False on Windows. Callable from any
+/// thread.
 LB_API bool HasFewProcesses() noexcept;
 
 /// How many of `wanted` threads can be started now: starts them and ends them again. Callable from any thread.

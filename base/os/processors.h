@@ -9,9 +9,9 @@
 namespace LbOs
 {
 
-/// The processors that one thread may use, which can be narrowed temporarily. Two processes that alternate in short
-/// turns need a fifth of the time on one processor, because the system need not wake another processor for each turn.
-/// No effect on Windows, where this gains nothing, and on failure.
+/// Temporarily restricts the processors that a thread may use. Two processes that alternate in short turns need a fifth
+/// of the time on one processor, because the system need not wake another processor for each turn. Has no effect on
+/// Windows, where this would gain nothing, or on failure.
 class LB_API CThreadProcessors
 {
 public:
@@ -28,7 +28,7 @@ public:
     /// processor. Each of the two threads calls Restore for itself.
     void ShareProcessorWith(const CChildProcess& child);
 
-    /// Restores the stored processors of the calling thread, once; no effect if nothing has been stored since.
+    /// Restores the stored processors of the calling thread. No effect without a Read since the last Restore.
     void Restore();
 
 private:

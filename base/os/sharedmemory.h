@@ -50,8 +50,8 @@ private:
 /// has no such block, it is smaller, or access is denied. Any thread.
 LB_API std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access);
 
-/// A view of a whole named block, for reading. Keeps the block alive without memory of the heap; forks of the process
-/// inherit it. Any thread.
+/// A view of a whole named block, for reading. Keeps the block alive without heap memory; forks of the process inherit
+/// the view. Any thread.
 class LB_API CSharedView
 {
 public:

@@ -14,7 +14,7 @@ struct SStackFrame
 {
     std::uint64_t address = 0; ///< of the next instruction: in all frames but the innermost the one after the call
     std::wstring module;       ///< file name without folder
-    std::uint64_t offset = 0;  ///< of the address in the module as it is loaded
+    std::uint64_t offset = 0;  ///< of the address from the start of the loaded module
     std::wstring function;     ///< readable, with parameters
     std::wstring file;         ///< source file, as the compiler knew it
     std::uint32_t line = 0;

@@ -29,10 +29,10 @@ public:
     CThreadFreezer(const CThreadFreezer&) = delete;
     CThreadFreezer& operator=(const CThreadFreezer&) = delete;
 
-    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, in three
-    /// cases: for this time no thread stopped although some were left (they block all signals, or the signal queue is
-    /// full); threads kept starting for this time and 16 enumerations (Windows); the threads cannot be listed (no
-    /// "/proc" of this process id name space).
+    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, if for
+    /// this time no thread stopped although some were left (they block all signals, or the signal queue is full); if
+    /// threads kept starting for this time and 16 enumerations (Windows); if there are more than 8192 threads; if no
+    /// signal is free (Linux); or if the threads cannot be listed (no "/proc" of this process id namespace).
     bool Freeze(unsigned timeoutMs) noexcept;
 
     /// Lets the threads run again. No effect if they are running.

@@ -44,7 +44,7 @@ struct SStart
     std::string workingDirectory;
     std::string errorPath; ///< the file for standard error; empty: standard error is not redirected to a file
     bool isSilent = false;
-    bool isSearched = false; ///< search the program by name
+    bool isSearched = false; ///< look up the program in PATH
     SKeptGroup* group = nullptr;
     pid_t owner = 0;
     std::uint64_t blocked = 0;        ///< the caller's signal mask
@@ -57,15 +57,15 @@ struct SStart
 
 SStart PrepareStart(const SChildOptions& options);
 
-/// The id of the process, which then runs its program; -1 on failure, which `failure` then describes unless it is null.
-/// Stores the descriptor of the process in `file` if it gets one.
+/// Returns the id of the process once it runs its program; -1 on failure, which is described in `failure` unless that
+/// is null. Stores the descriptor of the process in `file` if the system provides one.
 pid_t StartProcess(SStart& start, CProcessFile& file, std::wstring* failure);
 
 /// Records the signals that the calling thread blocks and that the process ignores, for `prepared`. Any thread.
 void RecordSignals() noexcept;
 
-/// Makes the system keep the statuses of ended children and sets the calling thread's blocked signals, as recorded. No
-/// effect before RecordSignals. Any thread.
+/// Makes the system keep the statuses of ended children again, and blocks the recorded signals in the calling thread.
+/// No effect before RecordSignals. Any thread.
 void RestoreSignals() noexcept;
 
 } // namespace LbOs::Linux

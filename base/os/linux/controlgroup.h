@@ -14,10 +14,10 @@ namespace LbOs::Linux
 /// Empty without a limit.
 std::optional<std::uint64_t> ReadGroupProcessLimit(std::string_view membership, const std::string& root);
 
-/// As ReadGroupProcessLimit, without those that the groups have now.
+/// As ReadGroupProcessLimit, minus the processes and threads that the groups already have.
 std::optional<std::uint64_t> ReadFreeGroupProcesses(std::string_view membership, const std::string& root);
 
-/// The limit for the current process; read once. Empty without memory.
+/// The limit for the current process; read once. Empty if there is no limit or no memory to read it.
 std::optional<std::uint64_t> GetGroupProcessLimit() noexcept;
 
 /// How many processes and threads the groups of the current process allow in addition. Empty without a limit.

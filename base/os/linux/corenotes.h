@@ -13,7 +13,8 @@
 namespace LbOs::Linux
 {
 
-/// The bytes of all notes. The calling thread traces the threads, which are stopped; the one at fault comes first.
+/// The bytes of all notes. The calling thread must be tracing all `threads`, which must be stopped; the thread at fault
+/// comes first.
 std::string MakeCoreNotes(pid_t process, const std::vector<pid_t>& threads,
                           const std::optional<SCrashedThread>& crashed, const std::vector<SMemoryRange>& ranges);
 

@@ -48,23 +48,24 @@ public:
         }
     }
 
-    /// Gives up a number that does not belong to this owner, or no longer does.
+    /// Gives up the number without closing the descriptor.
     void Release() noexcept { m_number = -1; }
 
 private:
     int m_number = -1;
 };
 
-/// Takes ownership of a newly opened descriptor; negative stays empty. The result is never 0 to 2: if a standard stream
-/// is closed, the process's output would otherwise go into this descriptor. Started programs do not inherit it.
+/// Takes ownership of a newly opened descriptor; a negative number gives an empty result. The result is never 0 to 2:
+/// if a standard stream is closed, the process's output would otherwise go into this descriptor. Started programs do
+/// not inherit it.
 CDescriptor AboveStandard(int number);
 
 inline constexpr int c_WaitTimedOut = -1;
 inline constexpr int c_WaitFailed = -2;
 inline constexpr std::uint32_t c_WaitInfinite = 0xFFFFFFFFU;
 
-/// Index of the first of at most two readable descriptors, or one of the constants. The descriptor of a process is
-/// readable when the process has ended. Negative descriptors are ignored.
+/// Waits for at most two descriptors. Returns the index of the first readable one, or one of the constants. The
+/// descriptor of a process is readable when the process has ended. Negative descriptors are ignored.
 int WaitReadable(std::initializer_list<int> descriptors, std::uint32_t milliseconds);
 
 } // namespace LbOs::Linux

@@ -14,12 +14,13 @@ namespace LbOs::Linux
 /// Starts the keeper if none is running. Being a fork, it keeps the memory that the process has at that time.
 void EnsureKeeper();
 
-/// Returns a free entry, or null if all are taken or no keeper runs. If the process has run a program, the caller must
-/// release the entry before the process id can be reused.
+/// Takes a free entry; null if all are taken or no keeper runs. If a child that uses the entry has run its program, the
+/// caller must release the entry before the child's process id can be reused.
 SKeptGroup* TakeKeptGroup();
 void ReleaseKeptGroup(SKeptGroup* group) noexcept;
 
-/// Call before creating the file; null if no entry is free or the path is too long. Releasing does not remove the file.
+/// Call before creating the file; null if no entry is free, the path is too long, or no keeper runs. Releasing does not
+/// remove the file.
 SKeptFile* KeepFile(const char* path);
 void ReleaseKeptFile(SKeptFile* file) noexcept;
 

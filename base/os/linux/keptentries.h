@@ -18,10 +18,11 @@ inline constexpr std::size_t c_KeptPathCapacity = 128;
 struct SKeptGroup
 {
     std::atomic<pid_t> process; ///< 0: free; -1: taken, no process yet
-    std::int64_t entered;       ///< start time in nanoseconds since boot
+    std::int64_t entered;       ///< time of EnterKeptGroup in nanoseconds since boot
 };
 
-/// The child calls this before anything else, so that it is never without a keeper. Makes only system calls.
+/// Fills in the entry. The child calls this before it runs its program, so that the program never runs without a
+/// keeper. Makes only system calls.
 void EnterKeptGroup(SKeptGroup& group) noexcept;
 
 /// An entry for a file.

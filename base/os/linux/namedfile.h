@@ -15,7 +15,7 @@ std::string ToObjectPath(const std::wstring& name);
 /// Stores the failed step and the system's error text in `failure`, unless that is null.
 void DescribeFailure(std::wstring* failure, const char* step);
 
-/// The same for a missing keeper, without which a killed process would leave the file.
+/// The same for a missing keeper, without which a killed process would leave the file behind.
 void DescribeMissingKeeper(std::wstring* failure);
 
 /// A file that is removed by the destructor or, when the process is killed, by the keeper.

@@ -4,8 +4,8 @@
 namespace LbOs::Linux
 {
 
-/// Sets the limit to its value before the owner raised it. A process calls it before it runs its program, after opening
-/// its last file. Makes only system calls.
+/// Restores the limit that applied before the owner raised it. A child calls this after opening its last file and
+/// before running its program. Makes only system calls.
 void RestoreOpenFileLimit() noexcept;
 
 } // namespace LbOs::Linux

@@ -23,7 +23,7 @@ bool ForOtherThreads(F function) noexcept
 /// threads continue.
 bool HasEnded(pid_t thread) noexcept;
 
-/// The signals that a thread blocks, bit 0 for signal 1; empty if the thread has ended.
+/// The signals that a thread blocks, bit 0 for signal 1; 0 if the thread has ended or the kernel does not answer.
 std::uint64_t ReadBlockedSignals(pid_t thread) noexcept;
 
 } // namespace LbOs::Linux

@@ -29,7 +29,7 @@ public:
     CProcessFile& operator=(const CProcessFile&) = delete;
     ~CProcessFile() { releaseLost(); }
 
-    /// Opens the descriptor unless it is open. Impossible if other code has waited for the process, which is then no
+    /// Opens the descriptor unless it is open. Opens nothing if other code has waited for the process, which is then no
     /// longer a child. Pass the same process in all calls.
     void Ensure(pid_t process);
 

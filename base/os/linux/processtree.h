@@ -28,8 +28,8 @@ void EndProcessTrees(std::span<pid_t> processes) noexcept;
 /// if there are no other children. Makes system calls only. Any thread.
 void EndOwnDescendants() noexcept;
 
-/// Ends the processes whose programs were started with this variable, "NAME=value". Those whose environment the caller
-/// may not read stay. Makes system calls only. Any thread.
+/// Ends the processes whose programs were started with this variable, "NAME=value". Processes whose environment the
+/// caller may not read keep running. Makes system calls only. Any thread.
 void EndMarkedProcesses(std::string_view variable) noexcept;
 
 } // namespace LbOs::Linux

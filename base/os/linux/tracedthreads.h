@@ -25,7 +25,8 @@ using Deadline = std::chrono::steady_clock::time_point;
 class CTracedThreads
 {
 public:
-    /// `first` comes first. Omits threads that do not stop in time, or that the current process may not trace.
+    /// `first` is stopped and listed before the others. Omits threads that do not stop in time, or that the current
+    /// process may not trace.
     CTracedThreads(pid_t process, pid_t first, Deadline deadline);
     ~CTracedThreads();
 

@@ -57,7 +57,7 @@ inline HMODULE FindModuleOf(const void* address)
 }
 
 /// A function of a system library, which then stays loaded; null if it does not exist. For rarely needed libraries:
-/// linking them makes each process start slower, and twice as slow with the window and shell libraries.
+/// linking them slows down each process start, which takes twice as long with the window and shell libraries.
 template<typename Function>
 Function* FindSystemFunction(const wchar_t* library, const char* name)
 {

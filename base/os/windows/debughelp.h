@@ -18,7 +18,7 @@ namespace LbOs::Windows
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// Locks the library, which serves one thread at a time. Empty if others use it until the deadline.
+/// Locks the library, which serves one thread at a time. The result owns no lock if others use it until the deadline.
 std::unique_lock<std::timed_mutex> LockDebugHelp(Deadline deadline);
 
 /// Finds callers by the modules' unwind tables, and names by their symbols. Used by one thread.

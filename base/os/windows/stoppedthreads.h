@@ -21,7 +21,7 @@ struct SStoppedThread
 class CStoppedThreads
 {
 public:
-    /// `first` is suspended in any case. Omits threads that the current process may not suspend.
+    /// `first`, unless 0, is suspended before the others. Omits threads that the current process may not suspend.
     CStoppedThreads(DWORD process, DWORD first);
     ~CStoppedThreads();
 
