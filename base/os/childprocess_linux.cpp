@@ -64,8 +64,8 @@ std::int64_t toExitStatus(int status)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -std::int64_t{WTERMSIG(status)};
 }
 
-/// Kills the process, even if it has left its group, and its group. Call it before the process is reaped, while its id
-/// is valid.
+/// Kills the process's group, and the process itself in case it has left the group. Call it before the process is
+/// reaped, while the process id is valid.
 void killGroup(pid_t process)
 {
     kill(-process, SIGKILL);

@@ -20,8 +20,9 @@ struct CChildProcess::SState
 namespace
 {
 
-/// A job contains all processes that its processes start and ends all of them at once: with `endsWithOwner` also when
-/// its only handle is closed, which the system does when the current process ends.
+/// Creates a job; null on failure. A job contains its processes and all processes that these start, and can end all of
+/// them at once. With `endsWithOwner` the system ends them when the job's only handle is closed, at the latest when the
+/// current process ends.
 Windows::Handle makeJob(bool endsWithOwner)
 {
     Windows::Handle job(CreateJobObjectW(nullptr, nullptr));
@@ -67,7 +68,7 @@ private:
     bool m_isReady = false;
 };
 
-/// An existing file, for a child that inherits it; null on failure.
+/// Opens an existing file with a handle that a child inherits; null on failure.
 Windows::Handle openInheritable(const std::wstring& path, DWORD access)
 {
     SECURITY_ATTRIBUTES inheritable = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
@@ -76,7 +77,8 @@ Windows::Handle openInheritable(const std::wstring& path, DWORD access)
     return Windows::Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
-/// With the terminating zero. Windows refuses a longer command line; Wine starts the program with a part of it.
+/// In characters, including the terminating zero. Windows refuses a longer command line; Wine passes only a part of it
+/// to the program.
 constexpr std::size_t c_LongestCommandLine = 32'767;
 
 const wchar_t* orNull(const std::wstring& text)
@@ -165,7 +167,7 @@ bool CChildProcess::Wait(std::uint32_t milliseconds) const
 void CChildProcess::Terminate()
 {
     TerminateJobObject(m_state->job.get(), 0);
-    // A process inside a call of a driver ends only when the call returns, which may be never.
+    // A process inside a driver call ends only when the call returns, which may never happen.
     Wait(sc_uiLongestEnd);
 }
 

@@ -90,7 +90,7 @@ std::size_t writeWithoutSignal(int file, std::string_view bytes)
 
 std::atomic<bool> s_isOutputLost = false;
 
-/// False if bytes were dropped. A closed stream drops them on purpose: a case or the caller has closed it.
+/// False if bytes were dropped. True for a closed stream, because a case or the caller has closed it on purpose.
 bool writeStream(std::FILE* stream, std::string_view bytes)
 {
     if (__fpending(stream) == 0 && !bytes.empty())

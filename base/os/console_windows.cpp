@@ -19,8 +19,9 @@ HANDLE getHandle(std::FILE* stream)
     return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
-/// True if a sequence leaves the cursor in place. Some consoles accept the mode but print the sequences; then the
-/// printed text is erased. At the end of a line the text might wrap into the next line and scroll the console.
+/// Prints a sequence; true if it leaves the cursor in place. Some consoles accept the mode but print sequences as text;
+/// this function then erases the text. Prints nothing and returns false near the end of a line, where the text might
+/// wrap and scroll the console.
 bool understandsSequences(HANDLE console)
 {
     constexpr std::wstring_view c_NoAttributes = L"\x1b[0m";
@@ -82,7 +83,7 @@ bool writeToConsole(std::FILE* stream, std::string_view bytes)
 
 std::atomic<bool> s_isOutputLost = false;
 
-/// False if bytes were dropped. A closed stream drops them on purpose: a case or the caller has closed it.
+/// False if bytes were dropped. True for a closed stream, because a case or the caller has closed it on purpose.
 bool writeStream(std::FILE* stream, std::string_view bytes)
 {
     // A process without console and streams, such as a service, discards its output.

@@ -66,8 +66,8 @@ std::atomic<CrashReport> s_report = nullptr;
 std::atomic<long> s_owner = 0;
 std::atomic<bool> s_isReporting = false;
 
-/// Ends the process by the signal itself, as soon as the handler returns: with the crash's status and, if enabled, its
-/// dump.
+/// Sends the signal again with its default action, which ends the process as soon as the handler returns: with the
+/// status of the crash and, if enabled, a dump.
 void endBySignal(int signal)
 {
     struct sigaction action = {};
@@ -76,8 +76,7 @@ void endBySignal(int signal)
     Linux::Call(SYS_tgkill, Linux::Call(SYS_getpid), Linux::Call(SYS_gettid), signal);
 }
 
-/// True if the accessed memory is near the end of the stack. A single access gives no better evidence of a stack
-/// overflow.
+/// True if the accessed memory is near the stack pointer. A single access gives no better evidence of a stack overflow.
 bool isNearStack(std::uintptr_t target, std::uintptr_t stack)
 {
     constexpr std::uintptr_t c_Near = 65536;
@@ -113,7 +112,7 @@ void onSignal(int signal, siginfo_t* info, void* context)
     {
         while (s_isReporting.exchange(true))
         {
-            // Another thread has crashed, too, and will end the process.
+            // Another thread is already reporting a crash and will end the process.
             Linux::Call(SYS_pause);
         }
         report(describe(*findSignal(signal), *info, *static_cast<const ucontext_t*>(context)));
@@ -264,7 +263,7 @@ LbOs::CCrashStack::CCrashStack()
 {
     constexpr std::size_t c_Size = 65536;
     stack_t present = {};
-    // A sanitizer, or the code that started the thread, has already set an alternative stack.
+    // Keeps an alternative stack that a sanitizer or the code that started the thread has set.
     if (sigaltstack(nullptr, &present) != 0 || (present.ss_flags & SS_DISABLE) == 0)
     {
         return;

@@ -54,7 +54,7 @@ constexpr SException c_Exceptions[] = {
     {c_FailedInitialization, {"STATUS_DLL_INIT_FAILED", "gescheiterter Start eines Moduls"}},
 };
 
-/// Null for a code that does not come from the system.
+/// Null for a code that is not in the table.
 const SCrashKind* findKind(std::int64_t code)
 {
     const auto* const found = std::ranges::find(c_Exceptions, code, &SException::code);
@@ -185,9 +185,9 @@ void releaseExceptions()
     }
 }
 
-/// Wine commits a whole stack at once and keeps the guard page at its end, whatever was guaranteed. A handler that then
-/// exceeds the stack ends the thread, and the process goes on without it. So this sets a guard page for the guarantee.
-/// On Windows that page is not committed yet.
+/// Wine commits a whole stack at once and keeps the guard page at the stack's end, regardless of the guarantee. If the
+/// handler then overflows the stack, only the thread ends, and the process continues. So this function places a guard
+/// page before the guaranteed part. On Windows it does nothing, because that page is not committed yet.
 void guardStack(ULONG guarantee)
 {
     constexpr SIZE_T c_PageSize = 4096;
@@ -211,7 +211,7 @@ void keepStack()
     guardStack(c_Guarantee);
 }
 
-/// True if exceptions end the process silently once the report no longer exists.
+/// True after EndSilentlyOnCrash: the handlers then stay installed when the report is removed.
 std::atomic<bool> s_isSilent = false;
 
 /// The file that receives crash texts in addition to standard error.

@@ -57,7 +57,7 @@ std::optional<LbOs::SDirectoryStamp> LbOs::GetDirectoryStamp(const std::wstring&
 
 bool LbOs::HasTimesOfThisSystem(const std::wstring& directory)
 {
-    // The canonical path has passed all links, which may lead to a server.
+    // The canonical path contains no links, which could lead to a server.
     const std::wstring path = ToSystemPath(GetCanonicalPath(directory));
     std::wstring root(path.size() + MAX_PATH, L'\0');
     return GetVolumePathNameW(path.c_str(), root.data(), static_cast<DWORD>(root.size())) != FALSE &&
@@ -68,7 +68,7 @@ LbOs::CHomeDirectory::CHomeDirectory(std::wstring path) : m_path(std::move(path)
 
 bool LbOs::CHomeDirectory::Ensure() const
 {
-    // The system returns the text with a separator at its end only for the root of a drive.
+    // GetWorkingDirectory returns a trailing separator only for the root of a drive.
     std::wstring current = GetWorkingDirectory();
     if (!m_path.empty() && m_path.back() == L'\\' && !current.ends_with(L'\\'))
     {

@@ -157,7 +157,7 @@ private:
         file.e_phoff = sizeof(file);
         file.e_ehsize = sizeof(file);
         file.e_phentsize = sizeof(Elf64_Phdr);
-        // The kernel allows fewer mappings than the field can count.
+        // By default, the kernel allows fewer mappings than the field can count.
         file.e_phnum = static_cast<Elf64_Half>(segments.size() + 1);
         Elf64_Phdr note = {};
         note.p_type = PT_NOTE;
@@ -274,7 +274,7 @@ LbOs::SDump LbOs::WriteDump(const CChildProcess& child, const std::optional<SCra
     const Deadline deadline = std::chrono::steady_clock::now() + longest;
     const std::wstring file = path + L".core";
     const std::string name = Linux::ToSystemPath(file);
-    // Removed, so that a new file gets the right owner and rights, and no link is followed.
+    // Removes an existing file, so that the new one gets the right owner and rights, and no link is followed.
     unlink(name.c_str());
     constexpr int c_Flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     const Linux::CDescriptor descriptor = Linux::AboveStandard(open(name.c_str(), c_Flags, S_IRUSR | S_IWUSR));

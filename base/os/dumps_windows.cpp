@@ -22,7 +22,7 @@ using Windows::Deadline;
 
 constexpr const wchar_t* c_NoTime = L"die Zeit reichte nicht";
 
-/// What the thread that writes a dump needs. It may outlive the call that has started it.
+/// The input of the thread that writes a dump. The thread may outlive the call that started it.
 struct SJob
 {
     Windows::Handle process;
@@ -36,7 +36,8 @@ struct SJob
 class CResult
 {
 public:
-    /// Calls `finish`, whose result is the reason for the failure, unless nobody waits any more.
+    /// Unless the caller has given up, calls `finish`, which returns the reason for a failure or, on success, an empty
+    /// text.
     void Set(const std::function<std::wstring()>& finish)
     {
         const std::lock_guard lock(m_mutex);
@@ -70,7 +71,7 @@ Windows::Handle create(const std::wstring& path)
     return Windows::Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
-/// Determines whether the file is deleted when it is closed, also by the end of this process.
+/// Sets whether the file is deleted when it is closed, including at the end of this process.
 bool setTemporary(HANDLE file, bool isTemporary)
 {
     FILE_DISPOSITION_INFO info = {};
@@ -80,7 +81,7 @@ bool setTemporary(HANDLE file, bool isTemporary)
 
 std::wstring describe(DWORD error)
 {
-    // The library for dumps reports a HRESULT.
+    // The dump library reports an HRESULT.
     switch (error & 0xFFFFU)
     {
     case ERROR_PATH_NOT_FOUND:
@@ -123,7 +124,7 @@ std::wstring write(const SJob& job, HANDLE file)
                                                                       : describe(error);
 }
 
-/// The file is temporary until it is complete and somebody still waits for it.
+/// The file is deleted when it is closed, unless it is complete and the caller still waits.
 void carryOut(const SJob& job, CResult& result)
 {
     const auto lock = Windows::LockDebugHelp(job.deadline);

@@ -19,8 +19,9 @@ bool isAllowed(const std::string& path, int rights)
     return faccessat(AT_FDCWD, path.c_str(), rights, AT_EACCESS) == 0;
 }
 
-/// Only privileged users can set the owner; it matters if the administrator rewrites another user's file. The owner is
-/// set first, because a change of the owner removes some permissions.
+/// Gives the file at `path` the former owner, group and permissions, as far as the user may set them. Only privileged
+/// users can set the owner, for example when the administrator rewrites another user's file. The owner is set first,
+/// because changing it removes some permissions.
 void handDown(const struct stat& former, const std::string& path)
 {
     struct stat status = {};

@@ -47,7 +47,7 @@ LbOs::FileHandle openFile(const std::wstring& path, DWORD access, DWORD sharing,
                                                           nullptr));
 }
 
-/// One system call moves at most 4 GB.
+/// One system call transfers at most 4 GB.
 DWORD toChunk(std::size_t size)
 {
     constexpr std::size_t c_Largest = 0x40000000;
@@ -102,8 +102,8 @@ std::wstring getFinalPath(const OwnedHandle& opened)
     });
 }
 
-/// Cloud files, deduplicated files and others have the attribute, too, but are not links. Wine sets it for a linked
-/// folder without a tag.
+/// Cloud files, deduplicated files and others have the attribute, too, but are not links. For a linked folder, Wine
+/// sets the attribute without a tag.
 bool isLinkOf(DWORD attributes, DWORD tag)
 {
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
@@ -132,8 +132,8 @@ std::wstring completeTarget(const std::wstring& path, const std::wstring& target
     return start.empty() ? start : LbOs::GetFullPath(start + target);
 }
 
-/// Only Windows refuses to delete write-protected files. The protection belongs to the file and is restored for its
-/// other names.
+/// Removes a write-protected file, which only Windows refuses to delete. The protection belongs to the file, so it is
+/// restored for the file's other names.
 bool removeProtected(const std::wstring& name, DWORD attributes)
 {
     if (SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) == FALSE)
@@ -294,7 +294,7 @@ bool LbOs::VisitDirectory(const std::wstring& directory, const std::function<voi
                                                 FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (found == INVALID_HANDLE_VALUE)
     {
-        // The root of an empty drive contains not even ".".
+        // The root of an empty drive does not even contain ".".
         return !directory.empty() && GetLastError() == ERROR_FILE_NOT_FOUND;
     }
     struct SClose

@@ -65,7 +65,7 @@ Windows::Handle openFolder(const std::wstring& path)
     return Windows::Handle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
 }
 
-/// Creates the mutex or opens it. Asks another user's mutex only for the rights that the lock needs.
+/// Creates or opens the mutex. Opens another user's mutex with only the rights that the lock needs.
 HANDLE openMutex(const std::wstring& name)
 {
     const HANDLE made = CreateMutexW(nullptr, FALSE, name.c_str());

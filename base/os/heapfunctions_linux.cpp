@@ -5,7 +5,7 @@
 namespace
 {
 
-/// The run-time's own function, if the whole process calls that one.
+/// The run-time's own function; null if another module replaces it for the whole process.
 void* findOwn(void* runtime, const char* name) noexcept
 {
     void* const own = dlsym(runtime, name);

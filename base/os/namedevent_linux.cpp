@@ -45,7 +45,7 @@ bool CNamedEvent::SState::Open()
     {
         return false;
     }
-    // Opened for both directions, so that the pipe has both ends whatever other processes close.
+    // Opened for both directions, so that both ends stay open whatever other processes close.
     pipe = Linux::AboveStandard(
         Linux::Retry([this] { return open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK); }));
     struct stat status = {};
@@ -158,7 +158,8 @@ bool CNamedEvent::Reset()
 
 EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* child)
 {
-    // If a descriptor of another process now has the number of the closed one, only polling notices the end.
+    // If other code has closed the child's descriptor and its number now belongs to the descriptor of another process,
+    // only polling notices the child's end.
     constexpr std::int64_t c_PollInterval = 1000;
     constexpr int c_Child = 1;
     using Clock = std::chrono::steady_clock;

@@ -47,7 +47,7 @@ std::atomic<pid_t> s_firstParent = [] {
     return getppid();
 }();
 
-/// How many processes and threads the user and the control group may have in addition. Without memory, 0.
+/// How many processes and threads the user and the control group may have in addition; 0 if memory is exhausted.
 std::uint64_t countFreeProcesses() noexcept
 try
 {
@@ -65,7 +65,7 @@ catch (const std::bad_alloc&)
     return 0;
 }
 
-/// Threads that wait for one another, so that all of them exist at the same time.
+/// Threads that wait until this object is destroyed, so that all of them exist at the same time.
 class CProbeThreads
 {
 public:
@@ -168,7 +168,7 @@ bool LbOs::HasFewProcesses() noexcept
     const std::uint64_t limit = GetProcessLimit();
     if (limit < c_Few || limit >= c_Many)
     {
-        // Counting may take milliseconds, and limits without a particular reason are larger.
+        // Counts only if the limit is between the two: counting may take milliseconds, and usual limits are larger.
         return limit < c_Few;
     }
     static const std::uint64_t s_free = countFreeProcesses();

@@ -23,7 +23,7 @@ struct CSharedMemory::SState
     std::size_t size = 0;
     int segment = -1;
     std::shared_ptr<void> block; ///< attached, which keeps the segment alive
-    Linux::CNamedFile file;      ///< a symbolic link that contains owner and segment
+    Linux::CNamedFile file;      ///< a symbolic link that contains the ids of owner and segment
 };
 
 namespace
@@ -74,8 +74,8 @@ struct SPlace
     bool operator==(const SPlace&) const = default;
 };
 
-/// What the link contains; no segment unless the current user owns the link. It also contains the segment's owner,
-/// because the system reuses the ids of segments.
+/// Reads the link; returns no segment unless the current user owns the link. The link also contains the id of the
+/// process that created the segment, because the system reuses the ids of segments.
 SPlace readOwnLink(const std::string& path)
 {
     char target[64] = {};

@@ -129,8 +129,9 @@ private:
         return addresses;
     }
 
-    /// After a call of an address without code, such as null, returns the registers of the caller, whose address is on
-    /// top of the stack, where no unwind table finds it. Otherwise returns the registers unchanged.
+    /// If the thread has called an address without code, such as null, returns the registers of the caller. No unwind
+    /// table covers that address, but the return address is on top of the stack. Otherwise returns the registers
+    /// unchanged.
     Linux::Registers findCaller(Linux::Registers registers) const
     {
         if (findPlace(m_places, registers[Linux::c_InstructionRegister]) == nullptr)

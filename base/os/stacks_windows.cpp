@@ -130,9 +130,10 @@ private:
         return addresses;
     }
 
-    /// Returns the registers of the caller of code without an unwind table. Such code is an address without code, such
-    /// as null, a function that calls no other, or the compiler's stack probe, which has saved two registers on the
-    /// stack and is where a stack overflows. Otherwise, or without a caller, returns the registers unchanged.
+    /// If the instruction has no unwind table, returns the registers of the caller. This concerns addresses without
+    /// code, such as null; functions that call no other; and the compiler's stack probe, where a stack overflows and
+    /// which has saved two registers on the stack. Otherwise, or if no caller is found, returns the registers
+    /// unchanged.
     CONTEXT findCaller(CONTEXT registers)
     {
         constexpr std::size_t c_MostSaved = 2;

@@ -88,7 +88,7 @@ bool sendStop(pid_t thread, std::size_t slot, std::uint32_t generation) noexcept
     return syscall(SYS_rt_tgsigqueueinfo, getpid(), thread, s_signal, &information) == 0;
 }
 
-/// Time since construction. Not affected by signals that interrupt waits.
+/// Time since construction or Restart. Not affected by signals that interrupt waits.
 class CStopwatch
 {
 public:

@@ -181,7 +181,8 @@ void describeChildFailure(const SStart& start, std::wstring* failure)
                                  .c_str());
 }
 
-/// Returns the child's id and stores its descriptor in `file`, or -1 if the system has no free descriptor.
+/// Returns the child's id, negative on failure. Stores the child's descriptor in `file`; -1 if the system provides
+/// none.
 pid_t cloneProcess(SStart& start, char* top, int& file)
 {
     constexpr int c_Flags = CLONE_VM | CLONE_VFORK | SIGCHLD;

@@ -63,7 +63,7 @@ void restore(const Registers& crash, user_regs_struct& all)
     {
         all.*c_Order[index] = crash[index];
     }
-    // -1: the crash, unlike the present state of its handler, was not inside a system call.
+    // -1 means: not inside a system call. The crash handler is inside one now, but the crash was not.
     all.orig_rax = ~std::uint64_t{0};
 }
 

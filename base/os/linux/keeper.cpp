@@ -34,7 +34,7 @@ bool isKeeperThere(pid_t keeper)
 }
 
 /// Waits until the keeper is ready: before that, code that ends this process's descendants cannot recognise the keeper
-/// by its name and session. On a busy machine that may take long, and signals may interrupt each look.
+/// by its name. On a busy machine this may take long, and signals may interrupt single waits.
 bool waitReady(const SKeeperState& state, pid_t keeper)
 {
     using Clock = std::chrono::steady_clock;
@@ -68,7 +68,8 @@ bool ensureKeeper(SKeeperState& state)
     static std::mutex s_lock;
     static pid_t s_keeper = -1;
     static const pid_t s_owner = getpid();
-    // A fork made by a test uses its parent's keeper. It must not take the lock, which another thread may have held.
+    // A fork made by a test uses its parent's keeper. It must not take the lock, which another thread may have held
+    // during the fork.
     if (getpid() != s_owner)
     {
         return true;
@@ -87,7 +88,7 @@ SKeeperState* makeState()
     return memory == MAP_FAILED ? nullptr : new (memory) SKeeperState;
 }
 
-/// Null if no keeper can be started. Never released: the keeper needs it until it ends.
+/// Null if no keeper can be started. The state is never released, because the keeper needs it to the end.
 SKeeperState* getState()
 {
     static SKeeperState* const s_state = makeState();

@@ -18,7 +18,7 @@ namespace LbOs::Linux
 namespace
 {
 
-/// True if the kernel's description of the descriptor names another process. The description may be missing.
+/// True if the kernel's description of the descriptor names another process; false if there is no description.
 bool isOfAnother(int file, pid_t process)
 {
     const CDescriptor said(open(("/proc/self/fdinfo/" + std::to_string(file)).c_str(), O_RDONLY | O_CLOEXEC));
@@ -44,7 +44,7 @@ bool isChild(int file)
 /// The kernel's pidfd_info, which the system headers do not have yet.
 struct SProcessInfo
 {
-    std::uint64_t mask; ///< requested fields, then those that are valid
+    std::uint64_t mask; ///< before the call the requested fields, after it the valid ones
     std::uint64_t controlGroup;
     std::uint32_t process;
     std::uint32_t threadGroup;

@@ -67,8 +67,8 @@ struct SProcess
 {
     pid_t parent = 0;
     bool hasEnded = false;
-    bool isKeeper = false;     ///< only by its name, which other processes may use
-    bool isOwnersFork = false; ///< forked without an exit signal, as keepers are, and still a child of its creator
+    bool isKeeper = false;     ///< has the keeper's name, which other processes may also have
+    bool isOwnersFork = false; ///< a fork without an exit signal, like a keeper, whose creator still runs
     std::uint64_t startTicks = 0;
 };
 
@@ -136,8 +136,8 @@ SFile openProcesses()
     return {AT_FDCWD, "/proc", O_RDONLY | O_DIRECTORY};
 }
 
-/// Kills a process if its parent is in `parents`, which is sorted. True if it is still ending. With `sparesKeepers`
-/// does not kill keepers that have lost their owner: they end by themselves.
+/// Kills a process if its parent is in `parents`, which is sorted. True if the process has not ended yet. With
+/// `sparesKeepers`, keepers that have lost their owner are not killed, because they end by themselves.
 bool killIfChild(const SFile& folder, pid_t id, std::span<const pid_t> parents, bool sparesKeepers)
 {
     const SProcess process = readProcess(folder, id);
@@ -212,7 +212,8 @@ bool killIfMarked(const SFile& folder, pid_t id, std::string_view variable, bool
     {
         return false;
     }
-    // The descriptor denotes the process that is checked again, even if the system reuses the id later.
+    // The variable is checked again below, because the id may have been reused before the descriptor was opened. The
+    // descriptor keeps denoting the same process even if the id is reused later.
     const SFile process(Call(SYS_pidfd_open, id, 0));
     const bool isSpared = sparesKeepers && readProcess(folder, id).isKeeper;
     return hasVariable(folder, id, variable) &&

@@ -57,7 +57,7 @@ CTracedThreads::CTracedThreads(pid_t process, pid_t first, Deadline deadline)
 
 CTracedThreads::~CTracedThreads()
 {
-    // Only a stopped thread can be detached; otherwise it stops later, and stays so.
+    // Only a stopped thread can be detached. Any other thread would stop later and stay stopped.
     constexpr std::chrono::milliseconds c_LongestWait(100);
     awaitStops(std::chrono::steady_clock::now() + c_LongestWait);
     for (const SThread& thread : m_threads)

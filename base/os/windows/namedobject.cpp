@@ -29,7 +29,7 @@ std::vector<char> readUser()
     {
         memory.clear();
     }
-    // Not copied, because of the pointer.
+    // The caller must not copy the memory, because it contains a pointer into itself.
     return memory;
 }
 
@@ -50,7 +50,8 @@ std::wstring makeOwnAccessText()
     }
     const std::wstring user = text;
     LocalFree(text);
-    // The user is the owner, who otherwise might be a group. Not inherited; all rights for the user.
+    // Makes the user the owner, which otherwise might be a group. Grants all rights to the user only, and inherits
+    // none.
     return L"O:" + user + L"D:P(A;;GA;;;" + user + L")";
 }
 
