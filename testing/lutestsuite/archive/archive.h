@@ -22,7 +22,7 @@ struct SArchiveRun
     std::wstring dataDir;
     std::wstring outDir; ///< reports are stored in "Archive" below this folder
     LuTestSuiteRun::SParams params;
-    std::wstring callArguments; ///< arguments for modules and selection, which only the command line can name
+    std::wstring callArguments; ///< options for modules and selection, from the command line; entries cannot have them
 };
 
 /// Files of the child process, which are moved to the archive.

@@ -66,7 +66,7 @@ std::wstring getCallArguments(const LuTestSuiteSetup& setup)
     }
     if (!setup.includeConfig.empty())
     {
-        // The child runs in another folder.
+        // Makes the path absolute, because the child runs in another folder.
         const std::wstring path = LbOs::GetFullPath(setup.includeConfig);
         arguments += LbFormat(L" --include-config %s", LbCommandLine::Quote(path));
     }

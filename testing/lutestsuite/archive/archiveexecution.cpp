@@ -147,7 +147,7 @@ void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
 void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const std::wstring& timestamp)
 {
     const std::wstring archive = LuTestSuiteUtils::AddBackslash(run.outDir + L"Archive");
-    // Without this folder the reports cannot be archived; each of them prints its own error.
+    // A failure is not reported here: without the folder, each report that cannot be archived prints an error.
     LuTestSuiteUtils::AssertDirectory(archive);
     const std::wstring stem = LbFormat(L"%sReport%s.%s", archive, getSuffix(run), timestamp);
     moveReport(reports.xml, stem + L".xml");
@@ -157,7 +157,7 @@ void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const
     }
 }
 
-/// Without a readable report it is not known how many cases ran.
+/// Does not warn without a readable report, because the number of executed cases is then unknown.
 void warnOfNoCases(const std::wstring& report)
 {
     XMLDocument document;
@@ -168,7 +168,7 @@ void warnOfNoCases(const std::wstring& report)
     }
 }
 
-/// A drive keeps its separator: without it the name would mean the drive's working directory.
+/// Keeps the separator after a drive: "C:" without separator means the drive's working directory.
 std::wstring withoutSeparators(std::wstring directory)
 {
     while (directory.size() > 1 && LbPath::IsSeparator(directory.back()) && directory[directory.size() - 2] != L':')

@@ -30,8 +30,8 @@ void visitRedundant(const std::vector<LuTestSuite::SDuplicates>& results, const 
     }
 }
 
-/// True if the file was not written meanwhile: writing changes its size or its time. Does not compare the number of
-/// names, because other names of the file may have been deleted.
+/// True if the file was not written since it was examined: writing changes its size or its time. Does not compare the
+/// number of names, because other names of the file may have been deleted.
 bool isUnchanged(const SDataSet& dataSet)
 {
     const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(dataSet.path);
@@ -88,7 +88,7 @@ void CDeletion::DeleteLinks()
     {
         const std::wstring place = std::move(pending.back());
         pending.pop_back();
-        // A link on the path of another link is needed until that other link is deleted; then it is tried again.
+        // A link on the path of another link is needed. Deleting that other link makes this one pending again.
         const auto link = m_uses.Has(place) ? redundant.end() : redundant.find(place);
         if (link == redundant.end())
         {
@@ -155,8 +155,8 @@ bool CDeletion::mayGo(const SDataSet& dataSet, const SDataSet& kept)
            isUnchanged(dataSet) && isUnchanged(kept);
 }
 
-/// Empty if a folder between the data directory and the data set is a link: such files do not belong to the data
-/// directory.
+/// The place of the data set. Empty if it does not belong to the data directory: it lies outside, or a folder between
+/// the data directory and the data set is a link.
 std::wstring CDeletion::getOwnPlace(const SDataSet& dataSet) const
 {
     if (!dataSet.unitTestPath.starts_with(m_dataDirectory))

@@ -41,7 +41,7 @@ private:
     static bool mayGo(const SDataSet& dataSet, const SDataSet& kept);
 
     const std::vector<SDuplicates>& m_results;
-    std::wstring m_dataDirectory; ///< as in the paths of unit tests
+    std::wstring m_dataDirectory; ///< spelled as in the paths of unit tests, with a trailing separator
     std::wstring m_canonicalDirectory;
     bool m_areLinksKnown = true;
     std::unordered_map<std::wstring, std::vector<std::wstring>> m_chains; ///< of the existing links, by place

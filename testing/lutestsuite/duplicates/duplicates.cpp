@@ -1,4 +1,4 @@
-/// The mode that finds data sets of identical content and deletes all but the oldest of each.
+/// The mode that finds data sets of identical content, and lists them or deletes all but the oldest of each set.
 
 #include <optional>
 
@@ -105,7 +105,7 @@ void LuTestSuiteUtils::RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTe
         return;
     }
     std::optional<LuTestSuite::CDeletion> deletion;
-    // Skips the search for links if nothing is to be deleted, especially without a data directory.
+    // Skips the search for links if nothing is to be deleted, for example without a data directory.
     if (setup.duplicateMode == eDM_Delete && redundantCount > 0)
     {
         deletion.emplace(results, setup.dataDir);

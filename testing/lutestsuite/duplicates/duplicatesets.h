@@ -17,7 +17,7 @@ struct SDataSet
     std::wstring unitTestPath;
     std::wstring caseName;
     std::wstring path;
-    std::wstring modificationTime; ///< sorts as text in the order of time
+    std::wstring modificationTime; ///< a text that sorts chronologically
     LbOs::SFileStatus status;      ///< read before the checksum was computed
 };
 

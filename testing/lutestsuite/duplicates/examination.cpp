@@ -120,10 +120,10 @@ ExaminedFiles findFiles(const SUnitTest& test)
     return files;
 }
 
-/// Excludes a file without reading it, but reports it if it cannot be opened.
+/// Excludes a file without reading it, or marks it as unreadable if it cannot be opened.
 void leaveUnread(SExaminedFile& file)
 {
-    // A file of size 0 may have content, as in /proc; only reading shows it.
+    // A file of size 0 stays a candidate: it may have content, as in /proc, which only reading shows.
     if (file.status.size > 0)
     {
         const LbOs::FileHandle opened = LbOs::OpenForReading(file.GetPath());
@@ -135,7 +135,7 @@ void leaveUnread(SExaminedFile& file)
     }
 }
 
-/// A shorter file is read only once, as a whole.
+/// True if the beginning is read separately. A file that is not longer is read only once, as a whole.
 bool hasBeginning(const SExaminedFile& file)
 {
     return static_cast<std::uint64_t>(file.status.size) > CFileChecksums::sc_uiBeginning;
@@ -191,7 +191,7 @@ ExaminedFiles examineFiles(const SUnitTest& test, CFileChecksums& checksums)
     return files;
 }
 
-/// Groups by content, in the order of first appearance.
+/// Groups the candidates by content; the groups are in the order in which their contents first appear.
 std::vector<std::vector<SDataSet>> groupByChecksum(const SUnitTest& test, ExaminedFiles files)
 {
     std::vector<std::vector<SDataSet>> groups;

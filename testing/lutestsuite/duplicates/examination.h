@@ -10,10 +10,10 @@
 namespace LuTestSuite
 {
 
-/// Finds the duplicates among the data sets that the cases of a unit test name; two cases of one file are one data set.
+/// Finds the duplicates among the data sets of a unit test's cases; several cases with the same file are one data set.
 /// Sets are ordered by first appearance; inside a set the data set to keep comes first, the others follow in case
-/// order. Does not read files completely if size or first bytes distinguish them from all others. Prints a line for
-/// each file that cannot be read, in case order.
+/// order. Does not read a file completely if its size or its first bytes distinguish it from all others. Prints a line
+/// for each file that cannot be read, in case order.
 SDuplicates ExamineDataSets(const SUnitTest& test, CFileChecksums& checksums);
 
 } // namespace LuTestSuite

@@ -16,7 +16,7 @@ std::optional<LuMurmurHash3::S128> CFileChecksums::Get(const std::wstring& path)
     {
         return std::nullopt;
     }
-    // One byte more than the file's size shows whether the file has grown meanwhile.
+    // Reading one byte more than the file's size shows whether the file has grown meanwhile.
     reserve(static_cast<std::size_t>(size) + 1);
     return readAndCompute(file, static_cast<std::uint32_t>(size));
 }
@@ -51,7 +51,7 @@ LuMurmurHash3::S128 CFileChecksums::readAndCompute(LuStreamReadBinaryFile& file,
         const std::size_t piece = std::min(c_PieceSize, wanted - total);
         const std::size_t count = file.Read(m_buffer.get() + total, piece);
         total += count;
-        // Only the last piece may be short, by the byte that the file must not have.
+        // A piece may be short only at the end of the file, where the additional byte is missing.
         if (count < piece && total != size)
         {
             throw LbException();

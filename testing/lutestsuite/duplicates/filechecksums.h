@@ -1,4 +1,4 @@
-/// Checksums of whole files.
+/// Checksums of files and of their beginnings.
 #pragma once
 
 #include <cstddef>
@@ -14,12 +14,13 @@
 namespace LuTestSuite
 {
 
-/// Reads whole files, one at a time, and computes their checksums. Reuses the memory of a file for the next one. One
+/// Reads files, one at a time, and computes their checksums. Reuses the memory of a file for the next one. One
 /// thread at a time.
 class CFileChecksums : public INonCopyable
 {
 public:
-    /// Empty for a file that is too long for a checksum. Throws LbException if the file cannot be read completely.
+    /// Empty for a file that is too long for a checksum: 4 GiB or more. Throws LbException if the file cannot be read
+    /// completely.
     std::optional<LuMurmurHash3::S128> Get(const std::wstring& path);
 
     /// Size of a beginning in bytes: file systems read at least that much at once.

@@ -105,7 +105,7 @@ private:
             m_result.unreadPlaces.push_back(std::move(place));
             return;
         }
-        // A folder without access may hide links into the data directory.
+        // The target cannot be examined: it may be a folder with links into the data directory.
         if (LbOs::QueryEntry(place) == LbOs::EEntry::Missing && !LbOs::IsMissing(place))
         {
             m_result.unreadPlaces.push_back(std::move(place));

@@ -16,7 +16,7 @@ struct SLink
 
 struct SLinks
 {
-    std::vector<SLink> links;               ///< links to files; links to folders matter only through the folders' files
+    std::vector<SLink> links;               ///< links to files; links to folders are followed instead
     std::vector<std::wstring> unreadPlaces; ///< folders and links that may hide more links
 };
 

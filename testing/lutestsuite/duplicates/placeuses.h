@@ -25,10 +25,11 @@ public:
     bool Has(const std::wstring& place) const;
 
 private:
-    /// Compares names literally, although the file system may treat different names as equal.
+    /// True if the folder lists exactly this name. The file system may treat other spellings as equal.
     bool isListed(const std::wstring& folder, const std::wstring& name) const;
 
-    /// True if two names of a file with several names are hard links. The first name is spelled as its folder lists it.
+    /// True if the two places of a file are different entries (hard links), not two names of one entry. `place` is
+    /// spelled as its folder lists it.
     bool areTwoEntries(const std::wstring& place, const std::wstring& otherPlace) const;
 
     std::unordered_map<std::wstring, std::size_t> m_counts;                   ///< at least 1

@@ -33,12 +33,12 @@ public:
     CAllocationMap(const CAllocationMap&) = delete;
     CAllocationMap& operator=(const CAllocationMap&) = delete;
 
-    /// The link that holds the address's entry; the link is null if the address has no entry. Valid until the next
-    /// change.
+    /// Returns the link that points to the address's entry. If the address has no entry, returns the null link at
+    /// which InsertAt can add it. Valid until the next change.
     SEntry** Find(std::uint64_t address) noexcept;
-    /// Adds an entry at a null link that was found for this address.
+    /// Adds an entry at a null link that Find returned for this address.
     void InsertAt(SEntry** place, std::uint64_t address, const SAllocData& data) noexcept;
-    /// Removes the entry at a link that was found.
+    /// Removes the entry at a link that Find returned.
     void RemoveAt(SEntry** place) noexcept;
     void Clear() noexcept;
 
@@ -68,7 +68,7 @@ public:
         {
             hash = (hash ^ ((key >> shift) & 0xFFU)) * c_Prime;
         }
-        // The two highest bytes of an address are zero, so one multiplication covers both.
+        // The two highest bytes of an address are usually zero; then one multiplication covers both.
         const std::uint64_t seventh = (key >> c_UsualBits) & 0xFFU;
         const std::uint64_t eighth = key >> (c_UsualBits + 8U);
         return (seventh | eighth) == 0 ? hash * (c_Prime * c_Prime) : (((hash ^ seventh) * c_Prime) ^ eighth) * c_Prime;
@@ -77,7 +77,7 @@ public:
 private:
     static constexpr std::size_t sc_uiFirstBucketCount = 128;
 
-    /// Pages of entries. The first chunk begins with the map itself.
+    /// The header of pages with entries. The pages that Create allocates begin with the map instead.
     struct SChunk
     {
         SChunk* next;
@@ -91,7 +91,7 @@ private:
     void grow() noexcept;
     void releaseBuckets() noexcept;
 
-    // Declared before the members that point into them.
+    // Declared before m_buckets, whose initialiser points into it.
     std::array<SEntry*, sc_uiFirstBucketCount> m_firstBuckets = {};
     std::size_t m_count = 0;
     std::size_t m_bucketCount = sc_uiFirstBucketCount;

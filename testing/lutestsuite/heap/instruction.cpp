@@ -19,6 +19,8 @@ namespace
 //   4  the same with imm16 or imm32
 //   C  ModRM of control and debug registers, never memory
 //   S  escape to another map, VEX or EVEX
+// Only getForm returns these:
+//   W  ModRM, two bytes   D  ModRM, four bytes
 constexpr char c_OneByteMap[] = "MMMMbzxxMMMMbzxS"  // 00
                                 "MMMMbzxxMMMMbzxx"  // 10
                                 "MMMMbzpxMMMMbzpx"  // 20
@@ -202,7 +204,7 @@ private:
         case EOpcodeMap::OneByte:
             return c_OneByteMap[m_instruction.opcode];
         case EOpcodeMap::Map0F:
-            // The same codes with these prefixes are EXTRQ and INSERTQ, followed by two bytes.
+            // With one of these prefixes, 0F 78 is EXTRQ or INSERTQ, whose ModRM is followed by two bytes.
             if (m_instruction.opcode == 0x78 && (m_hasOperandSize || m_hasRepeatNotZero))
             {
                 return 'W';
@@ -222,7 +224,7 @@ private:
         switch (m_extendedMap)
         {
         case 1:
-            // VZEROUPPER and VZEROALL stand alone; branches and escapes have no extended form.
+            // Codes without M or B have no extended form, except 77: VZEROUPPER and VZEROALL, which have no operands.
             return has(c_Map0F[m_instruction.opcode], "MB") || (m_instruction.opcode == 0x77 && !m_isEvex)
                        ? c_Map0F[m_instruction.opcode]
                        : 'x';

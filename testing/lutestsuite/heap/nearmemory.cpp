@@ -11,7 +11,7 @@ namespace
 // Leaves a margin, so that every byte of the block is in reach of every byte of the function's beginning.
 constexpr std::uintptr_t c_Reach = 0x7FF00000;
 
-/// Finds the nearest place for a block whose distance to the target is greater than `tried`.
+/// Finds the place for a block that is nearest to the target, but farther away than `tried`.
 struct SSearch
 {
     const std::uintptr_t target;
@@ -32,7 +32,7 @@ struct SSearch
         const bool isAbove = gap.begin > target;
         const std::uintptr_t candidate = isAbove ? first : (gap.end - size) & mask;
         const std::uintptr_t candidateDistance = isAbove ? candidate - target : target - candidate;
-        // Address 0 means "not found"; the system never gives it out.
+        // Address 0 means "not found"; the system never allocates it.
         if (candidate != 0 && candidateDistance > tried && candidateDistance < distance)
         {
             place = candidate;
@@ -48,7 +48,7 @@ bool visit(const LbOs::SRegion& region, void* context) noexcept
     {
         search.Consider(region);
     }
-    // All places after the first one above the target are farther away.
+    // Stops after the first place above the target, since all later places are farther away.
     return search.place <= search.target;
 }
 

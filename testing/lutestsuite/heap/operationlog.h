@@ -26,7 +26,7 @@ public:
     /// Passes each operation to `function`, in order, and removes it.
     void Replay(void (*function)(const SOperation& operation) noexcept) noexcept;
 
-    /// Drops all operations without reading them, since they may be half written. The pages are lost.
+    /// Drops all operations without reading them, since they may be half written. Does not release their pages.
     void Abandon() noexcept { m_first = m_last = nullptr; }
 
 private:

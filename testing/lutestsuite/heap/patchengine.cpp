@@ -28,7 +28,8 @@ bool isExecutable(std::uintptr_t address, LbOs::SRegion& region) noexcept
     return LbOs::QueryRegion(address, region) && region.isExecutable;
 }
 
-/// Moves each thread that executes in the range; false if one of them cannot be moved.
+/// Moves each thread that executes in the range to the address that `findPlace` returns for its offset. False if one of
+/// them cannot be moved.
 template<typename F>
 bool moveThreads(LbOs::CThreadFreezer& threads, std::uintptr_t begin, std::size_t size, const F& findPlace) noexcept
 {
@@ -120,7 +121,8 @@ EPatchStatus CPatchEngine::makePatch(std::uint8_t* target, void* detour, const L
     return status;
 }
 
-/// Reuses a retired patch if its block would be the same byte for byte: a thread may still return into that block.
+/// Reuses a retired patch if its block would stay the same byte for byte. The block must not change, because a thread
+/// may still return into it.
 CPatchEngine::SPatch* CPatchEngine::takeRetired(std::span<const std::uint8_t> code, std::uintptr_t detour) noexcept
 {
     for (SPatch** place = &m_retired; *place != nullptr; place = &(*place)->next)

@@ -25,8 +25,8 @@ enum class EPatchStatus
     AlreadyDisabled = 6,
     NotExecutable = 7,  ///< target or detour
     NotMovable = 8,     ///< the target's first instructions cannot be run elsewhere
-    NoMemory = 9,       ///< in reach of the target
-    NotProtectable = 10 ///< the pages' protection could not be changed, or the other threads could not be stopped
+    NoMemory = 9,       ///< for the patch, or in reach of the target
+    NotProtectable = 10 ///< the protection of pages could not be changed, or threads could not be stopped or moved
 };
 
 /// The system calls of an engine; a null member means the system's own call. Tests inject failures here.
@@ -44,7 +44,7 @@ struct SPatchCalls
 /// Initialize calls ShutDown.
 ///
 /// Stopping the threads waits up to 2 s for a thread that does not answer, and only 0.1 s after an earlier failure.
-/// Limit: a thread in a signal handler that interrupted it inside the patched bytes is not detected.
+/// Limit: a thread is not detected while it runs a signal handler that interrupted it inside the patched bytes.
 class CPatchEngine
 {
 public:
@@ -56,14 +56,14 @@ public:
 
     /// Creates a patch without enabling it, and sets `trampoline` to the address where the detour calls the unpatched
     /// function. The variable belongs to the caller and must live as long as the patch; ShutDown sets it to the target.
-    /// Detours must jump through it in one instruction, so that no detour keeps the address of a released trampoline.
+    /// Detours must read it and jump in one instruction, so that no detour jumps to the trampoline after ShutDown.
     EPatchStatus Create(void* target, void* detour, void*& trampoline) noexcept;
 
     /// Enable and Disable stop all other threads while they change the code. On failure nothing has changed.
     EPatchStatus Enable(void* target) noexcept;
     EPatchStatus Disable(void* target) noexcept;
 
-    /// Enables all disabled patches while the threads are stopped once. On failure nothing has changed.
+    /// Enables all disabled patches; stops all other threads only once. On failure nothing has changed.
     EPatchStatus EnableAll() noexcept;
 
     /// Disables all patches and moves threads out of the trampolines. Trampolines stay in memory and stay executable,

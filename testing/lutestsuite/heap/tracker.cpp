@@ -84,7 +84,7 @@ void LuTestSuiteHeapTracker::Initialize()
     }
     if (!m_isRegistered)
     {
-        // A tracker that was dropped by a fork still has its map.
+        // A tracker that was dropped in a forked child still has its map.
         m_allocations = m_allocations == nullptr ? CAllocationMap::Create() : m_allocations;
         s_bDeactivateGlobal = true;
         link();
@@ -223,9 +223,9 @@ void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
     snapshot.Write(stream);
 }
 
-/// Held across the run-time's call and the report. Otherwise another thread could receive and report a freed block
-/// before its release is reported. Takes the heap's own lock first, in the same order as a thread that locks the heap
-/// and then allocates.
+/// Held from the call of the run-time's function until all trackers have counted it. Otherwise another thread could
+/// receive a freed block, and trackers would count its allocation before its release. Takes the heap's own lock first,
+/// in the same order as a thread that locks the heap and then allocates.
 class LuTestSuiteHeapTracker::COperationLock : public INonCopyable
 {
 public:

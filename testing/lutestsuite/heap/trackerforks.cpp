@@ -21,8 +21,8 @@ LbOs::SHeapFunctions LuTestSuiteHeapTracker::prepare()
     return LbOs::GetHeapFunctions();
 }
 
-/// Call before taking the lock. In a forked child, fork handlers of other libraries run before this library's handler,
-/// and they may allocate.
+/// Call before taking the lock. In a forked child, fork handlers of other libraries may run, and allocate, before this
+/// library's handler; then the first such call does the work of this library's handler.
 void LuTestSuiteHeapTracker::goOnInChild() noexcept
 {
     if (s_trackerState.forks.IsInChild())

@@ -9,9 +9,10 @@
 namespace LuTestSuite
 {
 
-/// The forks under way on all threads. A fork cannot hold the tracker's lock: after this library's fork handler, the
-/// fork waits for locks of the run-time, such as that of the stream list, whose owners may allocate. So while a fork is
-/// under way the trackers do not change, which gives the child consistent copies, and operations are queued here.
+/// The forks under way on all threads. A fork must not hold the tracker's lock: after this library's fork handler, it
+/// waits for locks of the run-time, such as that of the stream list, whose owners may allocate and so wait for the
+/// tracker's lock. Instead, trackers do not change while a fork is under way, and operations are queued here. So the
+/// child gets consistent copies of the trackers.
 ///
 /// Changed under the tracker's lock, or in a child that has no other thread yet.
 class CForks
@@ -54,7 +55,7 @@ struct STrackerState
     std::atomic<unsigned> activeCount = 0;
 
     /// Set when the run-time's realloc is about to call its own malloc or free. That one call is not counted; calls
-    /// that a new-handler makes inside it are. Guarded by the lock.
+    /// that a new-handler makes inside it are counted. Guarded by the lock.
     bool isInsideRealloc = false;
 
     CForks forks;

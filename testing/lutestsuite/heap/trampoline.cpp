@@ -69,8 +69,8 @@ std::optional<SPrologue> readPrologue(std::span<const std::uint8_t> code) noexce
         {
             break;
         }
-        // The patch may overwrite a short function together with the padding after it. It may not overwrite a call,
-        // which would return into the patch.
+        // The patch may overwrite a short function together with the padding after it. It may not overwrite a call and
+        // bytes after it, because the call would return into the patch.
         const std::size_t rest = c_PatchSize - prologue.size;
         if (isCall(*instruction) ||
             (endsPath(*instruction) && (code.size() < c_PatchSize || !isPadding(code.subspan(prologue.size, rest)))))
@@ -134,7 +134,7 @@ public:
 private:
     static constexpr std::size_t sc_uiPointerSize = 8;
 
-    /// A jump address in the block that must point to the copy of an instruction, which may be emitted later.
+    /// A literal that must become the address of an instruction's copy. The copy may not have been emitted yet.
     struct SInnerJump
     {
         std::size_t literal;
@@ -147,7 +147,7 @@ private:
         m_position += bytes.size();
     }
 
-    /// A thread at the next emitted instruction may continue at `resume` instead.
+    /// Records that a thread at the next emitted instruction may continue at `resume` instead.
     void mark(std::uintptr_t resume) noexcept
     {
         m_trampoline.places[m_trampoline.placeCount++] = {static_cast<std::uint8_t>(m_position), resume};
@@ -183,7 +183,7 @@ private:
         m_innerJumps[m_innerCount++] = {m_literals, offset};
     }
 
-    /// Redirects jumps between the original instructions to their copies.
+    /// Redirects each jump to an overwritten instruction to the copy of that instruction.
     void fixInnerJumps() noexcept
     {
         for (std::size_t index = 0; m_isGood && index < m_innerCount; ++index)
@@ -216,7 +216,7 @@ private:
         }
     }
 
-    /// Pushes the return address of the original call: unlike the block, the original code always stays in memory.
+    /// Pushes the return address of the original call, so that the callee returns to the function and not to the block.
     void copyCall(std::uintptr_t address, std::uintptr_t destination, std::uintptr_t returnAddress) noexcept
     {
         mark(address);

@@ -1,4 +1,4 @@
-/// The entry of the host: each call runs one mode.
+/// The function that a host calls: each call runs one mode.
 
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
@@ -17,7 +17,7 @@ struct SMode
     void (*run)(const Setup& setup, Environment& environment);
 };
 
-/// The modes in the order in which they are tested; only the first requested mode runs.
+/// The modes in order of precedence: only the first requested mode runs.
 constexpr SMode c_AuxiliaryModes[] = {
     {[](const Setup& setup) { return !setup.diffInputs.empty(); },
      [](const Setup& setup, Environment& /*environment*/) { LuTestSuiteUtils::GenerateReportDiff(setup); }},

@@ -1,4 +1,4 @@
-/// The mode that lists the selection, or the data directories used earlier.
+/// The mode that lists the selected cases or, without a data directory, the data directories used earlier.
 
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiteout.h"

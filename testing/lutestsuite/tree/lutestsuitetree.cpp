@@ -19,7 +19,7 @@ struct SEntry
     std::uint32_t testCase;
 };
 
-/// The root's name and the unit tests' paths below it, by unit test.
+/// The root's name, and for each unit test its path, which begins with the root's name.
 struct SPaths
 {
     std::wstring rootName;
@@ -65,7 +65,7 @@ SPaths getPaths(const UnitTests& tests)
     }
     for (std::wstring& path : result.paths)
     {
-        // Paths on different drives share no component, not even a leading separator.
+        // Paths on different drives share no folder, so the root's name is put in front of each whole path.
         path = last == std::wstring_view::npos ? result.rootName + LbPath::c_Separator + path
                                                : result.rootName + path.substr(last);
     }
@@ -155,7 +155,8 @@ void LuTestSuiteTree::Build(const UnitTests& tests)
     {
         throw LbException();
     }
-    // So far each case refers to its entry. Checks that the entries of a node belong to the node's unit test.
+    // So far SCase::testCase is an index of `entries`. Replaces it by the index of the case in its unit test;
+    // checks that all entries of a node belong to the node's unit test.
     const auto resolve = [&](SCase& treeCase, const LuTestSuite::SUnitTest& test) {
         treeCase.testCase = entries[treeCase.testCase].testCase;
         if (treeCase.testCase >= test.cases.size() || test.cases[treeCase.testCase].name != treeCase.name)

@@ -9,7 +9,7 @@ namespace LuTestSuite
 {
 
 /// Orders characters like UTF-16 code units, and the separator like the Windows separator, so that the tree is the same
-/// on all platforms. A backslash that is no separator sorts after a separator.
+/// on all platforms. Where a backslash is not a separator, it sorts after a separator.
 bool IsBefore(const std::wstring& a, const std::wstring& b);
 
 /// The rank of each path among all paths; equal paths have equal ranks.
