@@ -17,7 +17,7 @@ struct SResultTexts
     const wchar_t* description;
 };
 
-/// In lookup order: the first "UNKNOWN" belongs to an incomplete case.
+/// Searched by result and by name: the name "UNKNOWN" is read as an incomplete case.
 constexpr SResultTexts c_ResultTexts[] = {
     {ECaseRunResult::Unknown, L"UNKNOWN", L"Unvollständige Ausführung"},
     {ECaseRunResult::Ok, L"OK", L"Ok"},
@@ -29,7 +29,7 @@ constexpr SResultTexts c_ResultTexts[] = {
     {ECaseRunResult::TimeOut, L"TIMEOUT", L"Zeitlimit überschritten"},
 };
 
-/// Also used for NoMatchingCase and for numbers that are not results.
+/// The texts of NoMatchingCase and of numbers that are not results.
 constexpr SResultTexts c_OtherTexts = {ECaseRunResult::NoMatchingCase, L"UNKNOWN", L"Unbekannt"};
 
 const SResultTexts& getTexts(ECaseRunResult result)

@@ -18,7 +18,7 @@ struct SDiffSide
 void WriteDiffPage(const std::wstring& path, const SDiffSide& a, const SDiffSide& b, bool smallReport,
                    bool tolerateWarnings);
 
-/// As LuTestSuiteReport::GenerateHTMLDiffReport, but returns false and prints a line if the page or a file beside it
+/// Like LuTestSuiteReport::GenerateHTMLDiffReport, but returns false and prints a line if the page or a file beside it
 /// could not be written.
 bool WriteDiffWithCompanions(const std::wstring& path, const SDiffSide& a, const SDiffSide& b, bool writeCss,
                              bool writeJs, bool smallReport, bool tolerateWarnings);

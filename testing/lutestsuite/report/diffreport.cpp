@@ -36,7 +36,7 @@ const SStateTexts& getTexts(EDiffState state)
     return c_StateTexts[static_cast<std::size_t>(state)];
 }
 
-/// The two sides of a comparison, and data shared by all its tables.
+/// The two sides of a comparison, and its options.
 struct SComparison
 {
     const SData& a;

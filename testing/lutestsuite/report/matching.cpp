@@ -172,7 +172,8 @@ void compare(SCaseMatch& match, const SCase* a, const SCase* b, bool tolerateWar
         match.state = compareCases(*a, *b, tolerateWarnings);
         return;
     }
-    // The two sides treat warnings in opposite ways; readers of comparisons rely on both.
+    // For a case of only one run, a warning counts in run A unless warnings are tolerated, and in run B only if they
+    // are; readers of comparisons rely on both.
     match.state = a != nullptr ? getStateAlone(*a, !tolerateWarnings) : getStateAlone(*b, tolerateWarnings);
 }
 

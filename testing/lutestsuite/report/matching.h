@@ -43,7 +43,7 @@ std::vector<SClassMatch> MatchClasses(const LuTestSuiteReport::SReportData& a, c
                                       bool tolerateWarnings);
 
 /// One entry per class and case name, in the order of "class:case". If a run has a case several times, the worst result
-/// counts: an error, then a failure, then a warning.
+/// counts: an error is worse than a failure, and a failure is worse than a warning.
 std::vector<SCaseMatch> MatchCases(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b,
                                    bool tolerateWarnings);
 

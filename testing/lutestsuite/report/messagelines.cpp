@@ -18,7 +18,7 @@ constexpr SMark c_ErrorMark = {L"ERROR: ", true};
 /// In the order in which they are searched for.
 constexpr SMark c_Marks[] = {{L"INFO:  ", false}, c_ErrorMark};
 
-/// Removes everything up to the mark and sets the kind that it denotes; without a mark changes nothing.
+/// Removes everything up to the mark and sets the kind that it denotes; changes nothing without a mark.
 void takeMark(std::wstring_view& line, bool& isError)
 {
     for (const SMark& mark : c_Marks)
@@ -44,8 +44,8 @@ LuTestSuiteReport::SReportDump makeDump(std::wstring_view line, bool& isError)
     return {isError, LuTestSuiteUtils::LuMarkupWriter::Escape(line)};
 }
 
-/// Appends the last line about the end of the child process, if there is one. If a run that the case has started wrote
-/// such a line, it is inside an information line.
+/// Appends the last line about the end of the child process, if there is one. Such text inside another line is ignored:
+/// it comes from a run that the case has started.
 void appendProcessEnd(std::wstring_view messages, std::vector<LuTestSuiteReport::SReportDump>& dumps)
 {
     const std::wstring begin = LbFormat(L"\t\t%s%s", c_ErrorMark.text, LuTestSuite::c_ProcessEnd);

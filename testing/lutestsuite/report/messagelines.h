@@ -1,4 +1,4 @@
-/// The message lines of a case in the form of reports.
+/// The message lines of a case, as reports contain them.
 #pragma once
 
 #include <cstdint>

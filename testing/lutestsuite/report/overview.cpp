@@ -122,7 +122,7 @@ bool isKnown(const std::wstring& configuration)
                                [&](const SConfiguration& known) { return configuration == known.name; });
 }
 
-/// Sorts the newest run first; each run is compared with the one below it.
+/// The runs, newest first. The page compares neighbouring runs of the same configuration.
 std::vector<SArchivedRun> readRuns(const SArchive& archive, const std::wstring& reportPrefix)
 {
     constexpr std::wstring_view c_Ending = L".xml";
@@ -198,7 +198,7 @@ std::wstring getLinkCell(const std::wstring& path, const wchar_t* text)
     return path.empty() ? std::wstring() : LbFormat(L"<a href=\"%s\">%s</a>", toLink(path), text);
 }
 
-/// The link to the comparison, which is written if it does not exist; empty if it cannot be written.
+/// The link to the comparison. Writes the comparison if it does not exist; empty if that fails.
 std::wstring provideDiff(const SArchive& archive, const std::wstring& tag, const SArchivedRun& older,
                          const SArchivedRun& newer)
 {
@@ -287,7 +287,7 @@ void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root
                                                         const std::wstring& reportPrefix)
 {
     SArchive archive;
-    // An empty name gets no separator, which alone would be the root of the file system or of the links.
+    // Adds no separator to an empty name: a separator alone would mean the root of the file system or of the links.
     archive.root = LbPath::WithSeparator(root);
     archive.reports = LbPath::WithSeparator(archive.root + subDirectory);
     archive.diffs = archive.reports + L"Diff" + LbPath::c_Separator;
@@ -300,7 +300,7 @@ void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root
             return;
         }
     }
-    // Without this folder the comparisons cannot be written; each of them prints its own error.
+    // A failure is not reported here: without the folder, each comparison that cannot be written prints an error.
     LuTestSuiteUtils::AssertDirectory(archive.diffs);
     LuTestSuite::WorkOrReport(L"Fehler beim Erzeugen der Report-Übersicht für Verzeichnis %s", archive.root, [&] {
         const std::vector<SArchivedRun> runs = readRuns(archive, reportPrefix);

@@ -148,7 +148,7 @@ void LuTestSuiteReport::GenerateReportData(SReportData& data, const LuTestSuiteS
     {
         data.Classes.push_back(makeClass(unitTests[index], stats.unitTests[index]));
     }
-    // The statistics may come from elsewhere and name any number.
+    // Counts the cases, because the statistics come from the caller and may contain any number.
     data.Cases.reserve(static_cast<std::size_t>(std::ranges::count_if(cases, &SCaseInfo::executed)));
     // A negative maximum becomes the largest unsigned number and so means no limit.
     const auto maxLines = static_cast<std::uint32_t>(setup.messageReportMax);

@@ -19,7 +19,7 @@ struct SRunDataRow
     /// True if the record has the field; null if every record has it.
     bool (*isPresent)(const LuTestSuiteReport::SReportData& data) = nullptr;
 
-    /// Compares run B with run A; null if the values of the field are neither better nor worse.
+    /// Compares run B with run A; null if the field is not compared.
     EDiffState (*compare)(const LuTestSuiteReport::SReportData& a, const LuTestSuiteReport::SReportData& b) = nullptr;
 };
 

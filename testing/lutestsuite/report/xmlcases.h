@@ -9,10 +9,10 @@
 namespace LuTestSuite
 {
 
-/// Begins the reports that this library writes: text in ISO-8859-1.
+/// The first line of each report that this library writes. The report's text is in ISO-8859-1.
 inline constexpr std::string_view c_XmlDeclaration = "<?xml version=\"1.0\" encoding='ISO-8859-1' standalone='yes'?>";
 
-/// Begins each case.
+/// The beginning of each case.
 inline constexpr std::string_view c_CaseBegin = "<testcase id=\"";
 
 /// Reads the cases up to the end of the report, in a fraction of the time and memory of a tree. `bytes` begin with the

@@ -1,4 +1,4 @@
-/// The XML report's elements that hold one field each: one table for writing and reading.
+/// The XML report's elements that hold one field each. Writer and reader use the same tables.
 #pragma once
 
 #include <cstdint>

@@ -138,7 +138,7 @@ bool readText(std::string bytes, ReportData& data)
 /// the whole file.
 bool readOwnLayout(const std::string& bytes, ReportData& data)
 {
-    // No case is shorter.
+    // In bytes; no case is shorter.
     constexpr std::size_t c_ShortestCase = 100;
     const std::size_t start = bytes.find(LuTestSuite::c_CaseBegin);
     if (!bytes.starts_with(LuTestSuite::c_XmlDeclaration) || start == std::string::npos ||

@@ -19,10 +19,10 @@ using LuTestSuite::SSyntaxNode;
 /// standard library handles larger expressions.
 constexpr std::size_t c_MostNodes = 15'000;
 
-/// The standard library refuses expressions of more than 100,000 states; a few do not belong to the tree.
+/// The standard library refuses expressions of more than 100,000 states; a few of them do not come from the tree.
 constexpr std::size_t c_MostEngineStates = 99'000;
 
-/// Limit for the numbers stored in states and transitions. Beyond it, all states are dropped and created as needed.
+/// Limit for the numbers stored in states and transitions. Beyond it, all states are dropped and created anew.
 constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
 
 /// The states that always exist.
@@ -32,10 +32,10 @@ constexpr std::uint32_t c_Dead = 1;
 /// How the size of an expression is counted.
 struct SMeasure
 {
-    std::size_t limit;       ///< larger sizes are not told apart
+    std::size_t limit;       ///< larger sizes are reduced to this
     std::size_t group;       ///< size of each node of the tree except characters
-    std::size_t alternative; ///< size of each child of a choice, in addition
-    std::size_t copies;      ///< copies of a repeated child, in addition
+    std::size_t alternative; ///< additional size of each child of a choice
+    std::size_t copies;      ///< additional copies of a repeated child
 };
 
 /// The nodes of the automaton. An empty group counts, too, because its repetitions take time.
@@ -278,9 +278,9 @@ void CAutomaton::clearStates()
         m_first = c_Found;
         return;
     }
-    // Not in m_stateIndices, because only in this state the end of the text is also its beginning.
+    // In this state alone, the beginning of the text can also be its end, so it is not in m_stateIndices.
     m_first = appendState(true);
-    // Other states need not tell which expressions match the empty text.
+    // Reports the expressions that match the empty text once, so that the other states need not repeat them.
     appendFound(m_restart, m_states[m_first].found);
 }
 
@@ -290,8 +290,8 @@ void CAutomaton::beginClosure()
     ++m_mark;
 }
 
-/// Adds the nodes that are reached from the node without a character, except those of m_restart. True if the end of an
-/// expression is reached.
+/// Adds the nodes that can be reached from `node` without reading a character, except those of m_restart. True if the
+/// end of an expression is reached.
 bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
 {
     bool isFound = false;
@@ -325,7 +325,7 @@ bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
     return isFound;
 }
 
-/// As extendClosure, from those of the nodes that accept the characters of the class.
+/// Calls extendClosure for the successor of each of the nodes that accepts the characters of the class.
 bool CAutomaton::extendClosureOver(const NodeIndices& nodes, std::size_t characterClass)
 {
     bool isFound = false;
@@ -340,7 +340,7 @@ bool CAutomaton::extendClosureOver(const NodeIndices& nodes, std::size_t charact
     return isFound;
 }
 
-/// Computed once, since each transition over the class needs it.
+/// Computed at the first call for each class, since every transition over the class needs it.
 const CAutomaton::SRestartStep& CAutomaton::getRestartStep(std::size_t characterClass)
 {
     SRestartStep& step = m_restartSteps[characterClass];

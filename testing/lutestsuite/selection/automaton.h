@@ -12,8 +12,8 @@
 namespace LuTestSuite
 {
 
-/// A deterministic automaton whose states are created when a text first reaches them. With existing states, the time
-/// of a search is proportional to the length of the text for any expressions. For one thread at a time.
+/// A deterministic automaton whose states are created when a text first reaches them. Once the states exist, the time
+/// of a search is proportional to the length of the text, whatever the expressions are. For one thread at a time.
 class CAutomaton
 {
 public:
@@ -30,16 +30,17 @@ public:
     CAutomaton& operator=(CAutomaton&&) = default;
     ~CAutomaton() = default;
 
-    /// True when the automaton can take the expression: it is regular, and its repetition counts do not make it huge.
+    /// True if the automaton supports the expression: it is regular, and its repetition counts do not make it huge.
     static bool CanTake(const SExpressionSyntax& syntax);
 
-    /// Precondition: CanTake, and no search yet.
+    /// Adds an expression. Precondition: CanTake is true, and no search has been made.
     void Add(const SSyntaxNode& root);
 
-    /// Adds the expression of an exact text; an empty one is found in every text. Precondition: no search yet.
+    /// Adds an expression that matches exactly this text; an empty text is found in every text. Precondition: no search
+    /// has been made.
     void AddText(std::wstring_view text);
 
-    /// True when one of the expressions is found anywhere in the text. Precondition: EGoal::Any.
+    /// True if one of the expressions is found anywhere in the text. Precondition: EGoal::Any.
     bool IsFoundIn(std::wstring_view text);
 
     /// The expressions that are found anywhere in the text, ascending; 0 is the first one that was added. Valid until
@@ -71,9 +72,9 @@ private:
 
     struct SState
     {
-        NodeIndices nodes;                ///< the nodes where the text can go on, except those of m_restart; ascending
+        NodeIndices nodes;                ///< the nodes that the text can reach, except those of m_restart; ascending
         std::vector<std::uint32_t> found; ///< the expressions that end here
-        std::vector<std::uint32_t> foundAtEnd; ///< those that also end here if the text does
+        std::vector<std::uint32_t> foundAtEnd; ///< expressions that end here if the text ends here
         bool isFoundAtEnd = false;
     };
 
@@ -120,7 +121,7 @@ private:
     }
     void addFound(const std::vector<std::uint32_t>& found)
     {
-        // At most states no expression ends.
+        // In most states no expression ends.
         if (!found.empty())
         {
             m_found.insert(m_found.end(), found.begin(), found.end());
@@ -139,9 +140,9 @@ private:
 
     bool m_isPrepared = false;
     StateIndex m_first = 0;
-    NodeIndices m_restart;         ///< where expressions can begin after the text's first character: part of each state
-    NodeIndices m_restartAtEnd;    ///< those of kind TextEnd
-    std::vector<bool> m_isRestart; ///< for each node
+    NodeIndices m_restart;                    ///< where expressions can begin at any position; implied in each state
+    NodeIndices m_restartAtEnd;               ///< those of kind TextEnd
+    std::vector<bool> m_isRestart;            ///< for each node
     std::vector<SRestartStep> m_restartSteps; ///< for each class
     std::vector<SState> m_states;
     std::map<NodeIndices, StateIndex> m_stateIndices;

@@ -52,7 +52,8 @@ void collectCases(LuUnitTest& instance, SUnitTest& test)
     }
 }
 
-/// A case of a class that names or counts its cases is found at once if its index is known.
+/// For a class that names or counts its cases itself, remembers the index of each name. So a case is found later
+/// without reading all names.
 void rememberNames(const LuUnitTest& instance, const SUnitTest& test)
 {
     const LbClassFacts& facts = instance.GetRTTI().GetFacts();
@@ -64,14 +65,14 @@ void rememberNames(const LuUnitTest& instance, const SUnitTest& test)
     }
 }
 
-/// The listing that the instance has already read, so that the folder is read only once.
+/// The listing of the unit test's folder. Takes it from the instance if possible, so that the folder is read only once.
 std::shared_ptr<const LbFileListing> getFiles(const LuUnitTest& instance, const SUnitTest& test)
 {
     const bool isSame = instance.GetDataDirectory() == test.dataDirectory;
     return isSame ? instance.GetDataFileNames().GetListing() : LbFileListing::Get(test.dataDirectory);
 }
 
-/// A case is a file data set if the unit test's folder contains a file with the case's name.
+/// A case has a data set file if the unit test's folder contains a file with the case's name.
 void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
 {
     const std::shared_ptr<const LbFileListing> files = getFiles(instance, test);
@@ -90,8 +91,8 @@ void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
     }
 }
 
-/// Prevents endless recursion through links: enters the target of links once, and never if it contains the link. Links
-/// to folders of unit tests need no check, since these folders are not searched.
+/// Prevents endless recursion through links to folders: enters each target only once, and never a target that contains
+/// the link. Links to folders of unit tests need no check, since these folders are not searched.
 class CLinkedDirectories
 {
 public:
@@ -106,7 +107,7 @@ private:
     std::unordered_set<std::wstring> m_entered;
 };
 
-/// Warns if no object can be made of the class that belongs to a folder.
+/// True if objects can be created of the class that belongs to a folder; otherwise prints a warning.
 bool canBeCreated(const LbRTTI& type, const std::wstring& folderName)
 {
     if (type.IsExactly(LuUnitTest::RTTI))
@@ -171,7 +172,7 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
     }
     const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::FindCases, folderName, directory);
     const LuTestSuite::CKeptWorkingDirectory workingDirectory;
-    // A relative path refers to the present working directory.
+    // Keeps the working directory for a relative path, which refers to it.
     if (LbOs::IsAbsolutePath(directory))
     {
         LuTestSuite::EnterExecutableDirectory();

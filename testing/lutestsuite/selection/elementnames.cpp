@@ -53,8 +53,8 @@ LuTestSuite::CElementNames::CElementNames(std::vector<std::wstring> names) : m_n
     addRequiredTexts();
 }
 
-/// Many elements may share their longest text, such as a common beginning of all names. Therefore takes the text of
-/// each wildcard that the fewest wildcards have.
+/// Chooses for each wildcard its text that the fewest wildcards contain. The longest text would be a worse choice: many
+/// wildcards may share it, such as a common beginning of all names.
 void LuTestSuite::CElementNames::addRequiredTexts()
 {
     std::unordered_map<std::wstring_view, std::size_t> counts;

@@ -12,9 +12,9 @@
 namespace LuTestSuite
 {
 
-/// The names of elements, indexed so that a case's name is compared with few of them: plain names need one look-up;
-/// names with "*" and "?" are tried if the case's name contains a certain text between their wildcards, which one pass
-/// over the case's name tells for all of them; names with braces are always tried.
+/// The names of elements, indexed so that a case's name is compared with few of them. Plain names need one look-up.
+/// Names with "*" and "?" are compared only if the case's name contains a certain text from between their wildcards;
+/// one pass over the case's name finds the texts of all these names. Names with braces are always compared.
 class CElementNames
 {
 public:
@@ -24,10 +24,10 @@ public:
     CElementNames(const CElementNames&) = delete;
     CElementNames& operator=(const CElementNames&) = delete;
 
-    /// True if some names need the engine. Without Compile these match nothing.
+    /// True if some names need the standard library's engine. Without Compile these names match nothing.
     bool NeedEngine() const { return !m_forEngine.empty(); }
 
-    /// Call this operation, and Find afterwards, under RunOnExpressionStack. A name that is an invalid expression or
+    /// Call this operation, and Find afterwards, inside RunOnExpressionStack. A name that is an invalid expression or
     /// exceeds the stack adds a German message and matches nothing.
     void Compile(const CStackLimit& limit, std::vector<std::wstring>& messages);
 
@@ -63,7 +63,7 @@ private:
     const std::vector<std::wstring> m_names;
     std::unordered_map<std::wstring_view, std::vector<Index>> m_plain;
     std::vector<SWildcard> m_wildcards;
-    CAutomaton m_requiredTexts{CAutomaton::EGoal::Each}; ///< one for each of m_wildcards
+    CAutomaton m_requiredTexts{CAutomaton::EGoal::Each}; ///< one text for each of m_wildcards
     std::vector<SAutomaton> m_automata;
     std::vector<Index> m_forEngine;
     std::vector<SExpression> m_expressions;

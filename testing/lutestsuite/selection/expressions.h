@@ -11,13 +11,12 @@
 namespace LuTestSuite
 {
 
-/// Applies the engine only to expressions whose required text a name contains: one pass over the name finds these. The
-/// rules of CExpression apply.
+/// Applies the engine only to expressions whose required text a name contains; one pass over the name finds these
+/// expressions. The rules of CExpression apply.
 class CExpressions
 {
 public:
-    /// `syntax` is null if the parser does not support the expression. Throws std::regex_error, or a message like
-    /// CExpression.
+    /// `syntax` is null if the parser does not support the expression. Throws like the constructor of CExpression.
     void Add(const std::wstring& source, const SExpressionSyntax* syntax, const CStackLimit& limit);
 
     /// True if one of the expressions is found in the name; they are tried in the order of Add.
@@ -25,7 +24,7 @@ public:
 
 private:
     std::vector<CExpression> m_expressions;
-    CAutomaton m_requiredTexts{CAutomaton::EGoal::Each}; ///< one for each expression
+    CAutomaton m_requiredTexts{CAutomaton::EGoal::Each}; ///< one text for each expression
 };
 
 } // namespace LuTestSuite

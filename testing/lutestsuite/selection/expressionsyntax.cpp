@@ -346,7 +346,7 @@ std::optional<wchar_t> CParser::readEscapedCharacter()
     {
         return readCode(*character == L'x' ? 2 : 4);
     }
-    // Other rules read "\c", digits and the letters of assertions and classes. No class may end a range.
+    // Digits, "\c" and the letters of assertions and classes do not stand for a character. A class cannot end a range.
     if (std::wstring_view(L"0123456789bBcdDsSwW").find(*character) != std::wstring_view::npos)
     {
         return std::nullopt;

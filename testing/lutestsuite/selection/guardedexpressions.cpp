@@ -21,7 +21,7 @@ bool isRegular(const SSyntaxNode& node)
            std::ranges::all_of(node.children, isRegular);
 }
 
-/// "^A"
+/// The expression "^A" of "^(?!A)B".
 SSyntaxNode getGuard(const SSyntaxNode& root)
 {
     SSyntaxNode guard;
@@ -29,7 +29,7 @@ SSyntaxNode getGuard(const SSyntaxNode& root)
     return guard;
 }
 
-/// "^B"
+/// The expression "^B" of "^(?!A)B".
 SSyntaxNode getRest(const SSyntaxNode& root)
 {
     SSyntaxNode rest = root;
@@ -47,7 +47,8 @@ bool LuTestSuite::CGuardedExpressions::CanTake(const SExpressionSyntax& syntax)
     }
     const SSyntaxNode guard = getGuard(syntax.root);
     const SSyntaxNode rest = getRest(syntax.root);
-    // The standard library refuses an expression that is too large as a whole.
+    // Measures both parts together: an expression that is too large as a whole is left to the standard library, which
+    // refuses it.
     SSyntaxNode whole;
     whole.children = {guard, rest};
     return isRegular(whole) && CAutomaton::CanTake({whole, true});

@@ -9,15 +9,15 @@
 namespace LuTestSuite
 {
 
-/// Expressions of the form "^(?!A)B" are found in a name if "^B" is found in it, and "^A" is not: two automata tell
-/// this for all expressions. For one thread at a time.
+/// An expression of the form "^(?!A)B" is found in a name if "^B" is found and "^A" is not. Two automata search for the
+/// parts of all expressions. For one thread at a time.
 class CGuardedExpressions
 {
 public:
-    /// True if the expression has this form, and automata can take A and B.
+    /// True if the expression has this form, and automata support A and B.
     static bool CanTake(const SExpressionSyntax& syntax);
 
-    /// Precondition: CanTake, and no search yet.
+    /// Adds an expression. Precondition: CanTake is true, and no search has been made.
     void Add(const SSyntaxNode& root);
 
     /// True if one of the expressions is found in the name.

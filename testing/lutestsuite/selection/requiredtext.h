@@ -1,4 +1,4 @@
-/// The text that each match of an expression contains.
+/// A text that every match of an expression contains.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace LuTestSuite
 {
 
-/// A text that every match of the expression contains; empty if no such text exists or is known.
+/// The longest known text that every match of the expression contains; empty if none is known.
 std::wstring GetRequiredText(const SSyntaxNode& node);
 
 } // namespace LuTestSuite

@@ -15,8 +15,8 @@ struct CStackExhausted
 class CStackLimit
 {
 public:
-    /// For a stack of `size` bytes whose use the calling function has just started. The last `spare` bytes are reserved
-    /// for the recursion between two checks.
+    /// Construct it in the first function on a stack of `size` bytes. The last `spare` bytes are reserved for the
+    /// recursion between two checks.
     CStackLimit(std::size_t size, std::size_t spare)
         : m_lowest(static_cast<const char*>(__builtin_frame_address(0)) - (size - spare))
     {

@@ -8,8 +8,8 @@ namespace
 
 using LuTestSuite::CStackLimit;
 
-/// Only ASCII characters have a class, a letter case and a meaning as operators: the engine narrows an expression's
-/// characters, which on Windows turns many wide characters into operators.
+/// Gives only ASCII characters a class, a letter case and a meaning as operators. Otherwise the engine, which narrows
+/// the characters of an expression, would treat many wide characters as operators on Windows.
 class CAsciiCharacters : public std::ctype<wchar_t>
 {
 public:

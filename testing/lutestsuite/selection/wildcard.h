@@ -23,12 +23,12 @@ std::wstring GetWildcardExpression(std::wstring_view wildcard);
 /// The same wildcard with one star instead of several successive ones.
 std::wstring JoinStars(std::wstring_view wildcard);
 
-/// The texts between the wildcards of a name without braces, which must outlive them; none is empty. Each name that
-/// matches contains them all.
+/// The non-empty texts between the wildcards; each name that matches contains all of them. `wildcard` has no braces and
+/// must outlive the result.
 std::vector<std::wstring_view> GetTexts(std::wstring_view wildcard);
 
-/// True if the whole name matches the wildcard, which must not contain braces. Time is at most proportional to the
-/// product of the lengths, for any number of stars.
+/// True if the whole name matches the wildcard, which must not contain braces. Takes time at most proportional to the
+/// product of the two lengths, for any number of stars.
 bool MatchesWildcard(std::wstring_view name, std::wstring_view wildcard);
 
 } // namespace LuTestSuite
