@@ -1,10 +1,10 @@
-// Interactive parts of the pages. Without this script everything can be read, too.
-// - The tables of class "sortable", of classes and of cases are sorted by their header cells: click, Enter or Space. A
-//   second time turns the order around. Empty cells come last in both orders, equal ones stay in the order they had.
+// Interactive parts of the pages. The pages can also be read without this script.
+// - A click, Enter or Space on a header cell sorts a table by that column: tables of class "sortable", the classes and
+//   the cases. The second time reverses the order. Empty cells always come last, and equal cells keep their order.
 // - The columns of the cases are as wide as their texts need.
-// - A bar above the cases shows failed ones only and leads from one to the next, by button and by key. In a comparison
-//   these are the cases that got worse.
-// - Each class leads to its cases.
+// - A bar above the cases can hide those that have not failed, and moves from one failed case to the next, by button
+//   and by key. In a comparison, the cases that got worse count as failed.
+// - The name of each class links to one of its cases.
 (function () {
     'use strict';
 
@@ -22,13 +22,13 @@
 
     var collator = new Intl.Collator('de', { numeric: true });
 
-    // A reader gives the key of a text, or null for a text of another kind.
+    // Each read function returns the sort key of a text, or null for a text of another kind.
     function readNumber(text) {
         var infinity = INFINITY.exec(text);
         if (infinity) {
             return infinity[1] === '-' ? -Infinity : Infinity;
         }
-        // Numbers of the language are exact up to 2^53 only; the two kinds compare with each other.
+        // Numbers are exact only up to 2^53. BigInt values can be compared with them.
         if (LONG_INTEGER.test(text) && typeof BigInt === 'function') {
             return BigInt(text.replace('+', ''));
         }
@@ -56,7 +56,7 @@
         return a < b ? -1 : a > b ? 1 : 0;
     }
 
-    // The keys of a column when it is all of one kind; otherwise null.
+    // The keys of a column if all its texts are empty or of one kind; otherwise null.
     function readKeys(texts, read) {
         var keys = [];
         for (var index = 0; index < texts.length; ++index) {
@@ -95,8 +95,8 @@
         });
     }
 
-    // Removes everything behind the header in one step. If only the rows were removed, the white space between them
-    // would stay, and browsers would have to skip all of it on the way from row to row.
+    // Removes everything after the header in one step. If only the rows were removed, the white space between them
+    // would stay, and browsers would have to skip all of it between two rows.
     function takeOut(body, header) {
         var range = document.createRange();
         range.selectNodeContents(body);
@@ -160,11 +160,11 @@
         });
     }
 
-    // Widths are in units of the table's own size of text, so that they hold on paper, too.
+    // Widths are multiples of the table's font size, so that they are also right on paper.
     var LONGEST_WORD = 30, LONGEST_TEXT = 60, LONGEST_MESSAGE = 90, CHARACTERS = 300;
     var SPARE = 1.02, PADDING = 1.05, MARK = 1.4;
 
-    // By number of character; those that the page's encoding does not know count as wide ones.
+    // The widths of the 256 characters of the page's encoding, by code. The width of other characters counts as 1.
     function measureCharacters(cell) {
         var style = getComputedStyle(cell);
         var context = document.createElement('canvas').getContext('2d');
@@ -175,7 +175,7 @@
         });
     }
 
-    // Widens `column` to the text: its longest word, behind which lines break, and the whole.
+    // Widens `column` for the text: `word` to its longest word, after which a line can break, `text` to the whole.
     function addText(column, text, widths) {
         var whole = 0, word = 0;
         var end = Math.min(text.length, CHARACTERS);
@@ -196,7 +196,7 @@
 
     function addRow(columns, row, widths) {
         for (var index = 0, cell = row.firstElementChild; cell && columns[index]; cell = cell.nextElementSibling) {
-            // Lines of messages are texts of their own.
+            // Measures each line of a message separately.
             for (var node = cell.firstChild; node; node = node.nextSibling) {
                 if (node.nodeType === Node.TEXT_NODE) {
                     addText(columns[index], node.data, widths[index]);
@@ -249,7 +249,7 @@
         table.style.setProperty('--widest', toLength(widest));
     }
 
-    // Selectors for the failed cases, and for the case of a class that a link to the class shows.
+    // Selectors: `failed` for failed cases; `first`, in order of preference, for the case to which a class links.
     var RUN = {
         failed: 'tr.failure, tr.error', first: ['tr.failure, tr.error', 'tr.warning', 'tr'],
         filter: 'Nur fehlgeschlagene', count: ' fehlgeschlagen',
@@ -300,8 +300,8 @@
         return Array.from(table.querySelectorAll(kind.failed));
     }
 
-    // Leads from one failed case to the next in the order of the page, and from the last one to the first. After the
-    // reader has scrolled, continues from the visible place.
+    // Returns a function that moves to the next (1) or the previous (-1) failed case on the page; after the last one
+    // comes the first. If the current case is out of view, continues from the middle of the window.
     function makeStep(table, kind, status) {
         var current = null;
 
@@ -324,7 +324,8 @@
         };
     }
 
-    // The case that a reader of the table looks at: the marked one, or else the first failed one below the middle.
+    // The case that the user looks at: the current one if it is in view, otherwise the first failed one below the
+    // middle. Null if the table begins below the top of the window.
     function findAnchor(table, kind) {
         var current = table.querySelector('tr.current');
         if (table.getBoundingClientRect().top > 0) {
@@ -380,7 +381,7 @@
         return filter;
     }
 
-    // The case of each class that a link to the class shows. Few classes need the last selectors.
+    // Maps each class to the case to which it links. Skips the last selectors once every class has a case.
     function findFirstRows(table, kind, names) {
         var first = new Map();
         kind.first.forEach(function (selector) {
@@ -407,7 +408,7 @@
             return text.data.trim();
         }));
         var first = findFirstRows(table, kind, names);
-        // A class has a row for each of its folders.
+        // A class has one row for each of its folders.
         texts.forEach(function (text) {
             var name = text.data.trim();
             var row = first.get(name);
