@@ -7,8 +7,9 @@
 #include "base/lbexport.h"
 #include "base/lustream.h"
 
-/// A message stream that knows which data directory its object is given. An override of LuUnitTest::SetMessageStream or
-/// SetDataDirectory may store another stream or directory; LuUnitTest detects this by the stream's class.
+/// A message stream that also stores the data directory that the runner gives to the object. If an override of
+/// LuUnitTest::SetMessageStream or SetDataDirectory stores another stream or directory, LuUnitTest detects this by the
+/// stream's class or by comparing the directories.
 class LB_API LbGivenStream : public LuStreamWriteText
 {
 public:

@@ -1,7 +1,7 @@
-/// Objects that have an identity.
+/// A base class that forbids copying and moving.
 #pragma once
 
-/// Base of classes whose objects are neither copied nor moved.
+/// Base of classes whose objects cannot be copied or moved.
 class INonCopyable
 {
 protected:

@@ -5,7 +5,8 @@
 
 class LbRTTI;
 
-/// Base of every class that the registry can create. Derive virtually where a class may inherit it twice.
+/// Base of every class that the registry can create. Derive virtually if a class may inherit from IObject more than
+/// once.
 class LB_API IObject
 {
 public:

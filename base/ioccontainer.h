@@ -23,12 +23,12 @@ class XMLDocument;
 namespace IOC
 {
 
-/// Any thread may resolve. Singletons are destroyed with the container, in reverse order of creation.
+/// Any thread may resolve. The destructor of the container releases the singletons in reverse order of creation.
 class LB_API CContainer : public INonCopyable
 {
 public:
-    /// Null if the file or text is not a valid configuration: wrong syntax or root, a service without name or class, a
-    /// duplicate name, or an unknown lifetime.
+    /// Null if the file cannot be read, or if the file or text is not a valid configuration: wrong syntax or root, a
+    /// service without name or class, a duplicate name, or an unknown lifetime.
     static std::unique_ptr<CContainer> CreateFromFile(const std::wstring& path);
     static std::unique_ptr<CContainer> CreateFromText(const std::string& xml);
 
@@ -42,9 +42,10 @@ public:
 
     bool HasService(const std::wstring& name) const;
 
-    /// The service's object. Null if the name is unknown, the class cannot be created, or the call comes from the
-    /// service's own constructor. The class is looked up on each call, so its module may be loaded later. Exceptions of
-    /// the constructor pass through; the next call tries again.
+    /// The service's object. Null if the name is unknown, if no object of the class can be created, or if the
+    /// constructor of a singleton resolves the singleton itself. Looks the class up whenever it creates an object, so
+    /// the module of the class may be loaded after the container was created. Exceptions of the constructor pass
+    /// through; the next call tries again.
     std::shared_ptr<IObject> Resolve(const std::wstring& name);
 
     /// The same, cast to an interface; also null if the object does not implement it.

@@ -5,12 +5,13 @@
 
 #include "base/lbexport.h"
 
-/// A unit test may derive from it besides LuUnitTest. The runner calls it after SetDataDirectory and InitSubtests.
+/// A unit-test class may derive from it in addition to LuUnitTest. The runner calls it after SetDataDirectory and
+/// InitSubtests.
 class LB_API IUnitTestRecreate
 {
 public:
-    /// The host's request. The runner passes both values on unchanged; the product family defines its target systems
-    /// and the meaning of the option.
+    /// The host's request. The runner passes on both values unchanged; the product family defines its target systems
+    /// and what the option means.
     struct SRequest
     {
         std::uint32_t targetSystem = 0;

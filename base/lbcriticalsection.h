@@ -8,7 +8,7 @@
 #include "base/lbexport.h"
 #include "base/os/platform.h"
 
-/// The owning thread may enter it again and must leave it as often. Works with std::lock_guard.
+/// The owning thread may lock it again and must unlock it once for each lock. Works with std::lock_guard.
 ///
 /// Never allocates, so it may guard the heap's own functions. Its destructor does nothing, so a static object can be
 /// used until the process ends.

@@ -14,7 +14,8 @@ namespace LbDiagnostics
 /// on Linux). Callable from any thread.
 LB_API void Trace(const std::wstring& text);
 
-/// Sets the listener (empty removes it) and returns the former one. The tracing thread calls it under a lock.
+/// Sets the listener (an empty function removes it) and returns the former one. The listener is called on the thread
+/// that traces, under a lock.
 LB_API std::function<void(const std::wstring&)> SetListener(std::function<void(const std::wstring&)> listener);
 
 } // namespace LbDiagnostics

@@ -29,7 +29,7 @@ LB_API std::string ToNative(std::wstring_view text);
 /// The same, reusing the memory of `text`; for long listings.
 LB_API void FromNative(std::string_view bytes, std::wstring& result);
 
-/// Wide text as UTF-16 code units and back. Lone surrogates pass unchanged both ways.
+/// Wide text as UTF-16 code units and back. Both functions keep lone surrogates unchanged.
 LB_API std::u16string ToUtf16(std::wstring_view text);
 LB_API std::wstring FromUtf16(std::u16string_view text);
 

@@ -41,6 +41,6 @@ private:
     std::string m_what;
 };
 
-/// Call inside a handler. A readable text for the current exception: message and location of an LbException, what() of
-/// other standard exceptions, the text itself for wide or narrow texts, otherwise "Unbekannte Exception".
+/// Describes the current exception for users: message and location of an LbException, what() of other standard
+/// exceptions, a thrown text (wide or narrow) itself, otherwise "Unbekannte Exception". Call it only inside a handler.
 LB_API std::wstring LbDescribeCurrentException();

@@ -1,4 +1,4 @@
-/// Export marks of LbBase.
+/// LB_API, which exports the declarations of LbBase or imports them.
 #pragma once
 
 #include "base/os/platform.h"

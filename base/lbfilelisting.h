@@ -15,25 +15,27 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// Selects files that match a wildcard and no exclusion. "*" stands for any characters, "?" for one; everything else is
-/// exact. Refers to texts of the caller.
+/// Selects files that match one of the wildcards and none of the excluded ones. "*" stands for any characters, "?" for
+/// one; all other characters are compared exactly. Refers to texts of the caller.
 struct LbFilePattern
 {
     std::span<const std::wstring_view> wildcards;
     std::span<const std::wstring_view> excluded;
 
-    /// Takes time proportional to the name's length times that of the wildcards.
+    /// Takes time proportional to the length of the name times the total length of the wildcards.
     LB_API bool Matches(std::wstring_view name) const;
 };
 
-/// The names of the files (not directories) of a folder at one moment, ordered by code unit. Never changes; any thread.
+/// The names of the files (not directories) of a folder at one moment, ordered by code unit. Immutable; callable from
+/// any thread.
 ///
-/// The process keeps the listings of the last few folders and shares them. Each request checks identity and times of
-/// the folder, and reads it again if they have changed: a file that was added, removed or renamed before the request is
-/// never missed. The clock of a file system advances in steps, so a change that immediately follows another one may not
-/// change the times. A listing is therefore shared only if the folder had had the same times for at least a tenth of a
-/// second when it was read, or, on a file system of this machine, if its last change was at least two seconds earlier
-/// by the system's clock. Listings of folders whose times have no fractions of a second, as on FAT, are never shared.
+/// The process keeps the listings of the 1024 folders requested last and shares them. Each request checks identity and
+/// times of the folder and reads the folder again if they have changed, so a listing reflects every file that was
+/// added, removed or renamed before the request. The clock of a file system advances in steps, so a change that
+/// immediately follows another one may not change the times. A listing is therefore shared only if the process saw the
+/// same times at least a tenth of a second before it read the folder, or, on a file system of this machine, if the
+/// folder last changed at least two seconds before that by the system's clock. A listing is never shared if the change
+/// time is a multiple of 10 ms, as on FAT, because the clock of such a file system may advance in larger steps.
 ///
 /// Listings are not on the heap, so that they do not count as heap growth of the current case.
 class LB_API LbFileListing : public INonCopyable
@@ -59,12 +61,12 @@ public:
     virtual ~LbFileListing();
 };
 
-/// The names of a listing as a constant range of texts, in its order. Keeps the listing and creates each text when it
-/// is read, so its cost does not depend on the number of files.
+/// A constant range of the names of a listing, in the order of the listing. Keeps the listing and creates a text only
+/// for each name that is read, so creating or copying a range costs the same for any number of files.
 class LbFileNames
 {
 public:
-    /// Returns names by value. Valid as long as its range.
+    /// Returns names by value. Valid as long as the listing.
     class Iterator
     {
     public:
@@ -95,7 +97,7 @@ public:
         std::uint32_t m_rank = 0;
     };
 
-    /// No names, and no listing.
+    /// An empty range without a listing.
     LbFileNames() = default;
 
     explicit LbFileNames(std::shared_ptr<const LbFileListing> listing) noexcept : m_listing(std::move(listing)) {}

@@ -7,17 +7,18 @@
 ///     %s %ls %ws %lS            wide text
 ///     %S %hs %hS                narrow text, UTF-8
 ///     %c %lc %wc %lC            a character, or an int of up to 32 bits as the character with this code
-///     %C %hc %hC                a character, or an int as the byte of UTF-8 with this value
+///     %C %hc %hC                a character, or the low byte of an int, read as UTF-8
 ///     %p                        an address as 16 upper-case hexadecimal digits, without "0x"
 ///     %%                        a percent sign
 ///
-/// Flags "-", "0", "+", " " and "#", width and precision work as in C; "*" takes them from an int argument. For texts
-/// they count characters, not code units. A text at least as long as the precision needs no terminating zero. Codes
-/// that are not characters, and bytes that are not UTF-8, print as U+FFFD.
+/// Flags "-", "0", "+", " " and "#", width and precision work as in C; "*" takes width or precision from an int
+/// argument. For texts, width and precision count characters, not code units. A text at least as long as the precision
+/// needs no terminating zero. Codes outside of 0 to 0x10FFFF, and bytes that are not UTF-8, print as U+FFFD.
 ///
-/// The argument's type determines its width: %d prints all 64 bits of a 64-bit integer, %u prints a negative 32-bit
-/// integer as unsigned 32-bit, %d prints an unsigned integer as signed. The length modifiers l, ll, L, j, z, t, I, I32
-/// and I64 are ignored; h and hh print the lower 16 and 8 bits, as in C. Output is never truncated.
+/// The argument's type determines how many bits are printed: %d prints all 64 bits of a 64-bit integer, %u prints a
+/// negative 32-bit integer as unsigned 32-bit, %d prints an unsigned integer as signed. For numbers, the length
+/// modifiers l, ll, L, j, z, t, I, I32 and I64 are ignored; h and hh print the lower 16 and 8 bits, as in C. Output is
+/// never truncated.
 ///
 /// A format that does not fit its arguments does not compile. A format created at run time must be wrapped in
 /// LbRuntimeFormat and is checked when it is used.
@@ -41,7 +42,7 @@
 class LbFormatArgument
 {
 public:
-    /// Length of a null-terminated text.
+    /// The value of GetLength for a null-terminated text.
     static constexpr std::size_t sc_ZeroTerminated = static_cast<std::size_t>(-1);
 
     template<typename T>
@@ -104,7 +105,7 @@ private:
     std::size_t m_length = 0;
 };
 
-/// A format. If it can be checked only at run time, it also has the location where it was created.
+/// A format. A format that can be checked only at run time also has the location where it was created.
 class LbFormatSource
 {
 public:
@@ -140,7 +141,7 @@ private:
     LbFormatSource m_source;
 };
 
-/// Never defined: for an invalid format the compiler reports one of these names as a function that is not constexpr.
+/// These functions are never defined. For an invalid format, the compiler reports that one of them is not constexpr.
 namespace LbFormatMistake
 {
 void TheFormatHasMoreConversionsThanArguments();
@@ -220,8 +221,8 @@ LB_API std::wstring LbFormatArguments(const LbFormatSource& format, std::span<co
 /// that the compiler checked. Any thread.
 LB_API std::wstring LbDescribeFormatMistake(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
 
-/// Formats a line of output. An invalid run-time format becomes a line that describes the mistake, with "Fehler: " in
-/// front, instead of an exception. Any thread.
+/// Formats a line of output. For an invalid run-time format, returns a line with "Fehler: " and a description of the
+/// mistake instead of throwing. Any thread.
 LB_API std::wstring LbFormatLine(const LbFormatSource& format, std::span<const LbFormatArgument> arguments);
 
 template<typename... T>

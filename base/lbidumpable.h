@@ -3,7 +3,8 @@
 
 class LuStreamWriteText;
 
-/// `Version` is the version of the dump's layout. A class with several layouts derives from several of these.
+/// `Version` is the version of the dump's layout. A class that writes several layouts derives from one LbIDumpable for
+/// each.
 template<int Version>
 class LbIDumpable
 {

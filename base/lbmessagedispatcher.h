@@ -11,25 +11,25 @@
 class LB_API LbMessageDispatcher : public INonCopyable
 {
 public:
-    /// The dispatcher, created on first use. Does not start its thread.
+    /// Returns the dispatcher. Creates it on first use, but does not start its thread.
     static LbMessageDispatcher& GetInstance();
 
-    /// True if the dispatcher exists: it was created and not shut down.
+    /// True if GetInstance has been called and Shutdown has not been called since.
     static bool Exists();
 
-    /// Handles the messages posted so far, ends the thread (waiting without limit) and discards the dispatcher. Does
-    /// nothing if there is no dispatcher. Must not be called by a message.
+    /// Ends the thread after all posted messages, waiting without limit; Exists then returns false. Does nothing if the
+    /// dispatcher does not exist. Messages must not call it. The dispatcher can be started again.
     static void Shutdown();
 
-    /// Starts the thread and waits until it has begun; true if it runs afterwards.
+    /// Starts the thread if it is not running and waits until it has begun; true if it runs afterwards.
     bool Start();
     bool IsRunning() const;
 
     /// Posts a message. If the thread is not running, drops the message and returns false.
     bool Post(std::function<void()> message);
 
-    /// Waits without limit until all messages posted before are handled. Returns at once if the thread is not
-    /// running, and when called by a message, which cannot wait for itself.
+    /// Waits without limit until all messages posted before are handled. Returns at once if the thread is not running,
+    /// or if a message calls it, because a message cannot wait for itself.
     void Flush();
 
     ~LbMessageDispatcher();

@@ -38,15 +38,16 @@ void For(std::int64_t first, std::int64_t last, const F& body)
 /// Calls each of the functions once, on several threads, and waits for all.
 LB_API void Invoke(std::initializer_list<std::function<void()>> functions);
 
-/// Sum of first..last (inclusive) in a parallel loop of the OpenMP run-time, or of For if the compiler has no OpenMP.
+/// The sum of all integers from `first` to `last` (inclusive), computed by a parallel OpenMP loop, or by For if the
+/// compiler has no OpenMP.
 LB_API std::int64_t SumRange(std::int64_t first, std::int64_t last);
 
 } // namespace LbParallel
 
 /// A value per thread, combined at the end.
 ///
-/// Local() may be called by many threads at once. It takes a lock, so a short loop calls it once for a range and not
-/// for each iteration. Call Combine only after those threads have finished.
+/// Local() may be called by many threads at once. Each call takes a lock, so call Local once per range instead of once
+/// per iteration if iterations are short. Call Combine only after those threads have finished.
 template<typename T>
 class LbCombinable : public INonCopyable
 {

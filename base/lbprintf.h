@@ -1,6 +1,6 @@
-/// The grammar of wide printf, read alike by the compiler and at run time.
+/// Parses and checks formats of wide printf, at compile time and at run time.
 ///
-/// lbformat.h describes what a format means. Include that header.
+/// Include lbformat.h instead, which describes what a format means.
 #pragma once
 
 #include <concepts>
@@ -24,10 +24,10 @@ enum class EKind : std::uint8_t
     WideText,
     NarrowText,
     Pointer,
-    Other ///< nothing that can be printed
+    Other ///< cannot be printed
 };
 
-/// What a format needs to know of an argument's type.
+/// Facts about an argument's type, which determine whether and how the argument prints.
 struct SArgumentType
 {
     EKind kind = EKind::Other;
@@ -47,8 +47,8 @@ enum class EMistake : std::uint8_t
     LengthDoesNotFit,
     CountTooLarge,
     CountIsNoInteger,
-    NarrowTextNeedsHs, ///< narrow text for a conversion of wide text
-    WideTextNeedsS,    ///< the reverse
+    NarrowTextNeedsHs, ///< narrow text passed to a conversion for wide text
+    WideTextNeedsS,    ///< wide text passed to a conversion for narrow text
     ArgumentDoesNotFit
 };
 
@@ -96,7 +96,7 @@ struct SConversion
     }
 };
 
-/// Splits a format from left to right into text, conversion, text, ...
+/// Splits a format, from left to right, into alternating texts and conversions.
 class CParser
 {
 public:
@@ -112,7 +112,7 @@ public:
         return text;
     }
 
-    /// The conversion at which TakeText has stopped.
+    /// Reads the conversion at which TakeText has stopped.
     constexpr EMistake TakeConversion(SConversion& conversion)
     {
         m_rest.remove_prefix(1);
@@ -180,7 +180,7 @@ private:
         constexpr std::int64_t c_Largest = std::numeric_limits<std::int32_t>::max();
         for (; peek() >= L'0' && peek() <= L'9'; m_rest.remove_prefix(1))
         {
-            // Stops growing above the limit, so that it cannot overflow.
+            // The number stops growing above the limit, so that it cannot overflow.
             count = count > c_Largest ? count : count * 10 + (peek() - L'0');
         }
         return count <= c_Largest;
@@ -193,7 +193,7 @@ private:
             std::wstring_view text;
             ELength length;
         };
-        // Longer marks come before the marks that they begin with.
+        // A longer mark comes before each mark that it begins with.
         constexpr SMark c_Marks[] = {
             {L"hh", ELength::Char},     {L"h", ELength::Short},   {L"ll", ELength::Integer},
             {L"l", ELength::Long},      {L"w", ELength::Wide},    {L"j", ELength::Integer},
@@ -231,7 +231,7 @@ private:
     std::wstring_view m_rest;
 };
 
-/// Up to 32 bits wide, so that C promotes it to an int.
+/// True for integers of up to 32 bits, which C passes as int.
 constexpr bool IsIntOrSmaller(const SArgumentType& argument)
 {
     return (argument.kind == EKind::Signed || argument.kind == EKind::Unsigned) &&

@@ -24,8 +24,8 @@
 
 class LuUnitTest;
 
-/// Facts about a class, determined at compile time: which operations of LuUnitTest neither it nor a class between it
-/// and LuUnitTest overrides. A name that is ambiguous or inaccessible counts as overridden.
+/// Facts about a class, determined at compile time: which operations it inherits from LuUnitTest without an override in
+/// the class itself or in a base class between the two. A name that is ambiguous or inaccessible counts as overridden.
 struct LbClassFacts
 {
     const std::type_info* type = nullptr; ///< the class; null if nothing is known: all counts as overridden
@@ -67,8 +67,8 @@ public:
     using CreateFunction = std::function<std::unique_ptr<IObject>()>;
 
     /// Registers a class. `base` is null only for a root class; `create` is null for a class that cannot be created by
-    /// name. If the name is taken, Find returns the record that was registered first, until its module is unloaded.
-    /// With `facts` of the class, runs find one sub-test of its objects without creating the others.
+    /// name. If the name is taken, Find returns the record that was registered first, until its module is unloaded. If
+    /// `facts` are given, an object that the runner creates for one case can skip all other sub-tests.
     LbRTTI(const wchar_t* name, const LbRTTI* base, CreateFunction create, const LbClassFacts& facts = {});
     ~LbRTTI();
 
@@ -98,7 +98,7 @@ private:
 };
 
 /// Classes that a module can register only after all of its static objects have been created, such as classes for tests
-/// of another framework. The object is a static object of the module.
+/// of another framework. An LbLateClasses object must be a static object of the module.
 class LB_API LbLateClasses : public INonCopyable
 {
 public:
@@ -112,7 +112,7 @@ private:
     void (*m_registerClasses)();
 };
 
-/// Declares the record inside the class. Leaves the access at private.
+/// Declares the record inside the class. Members declared after the macro are private.
 #define LB_RTTI(Class)                                                                                                 \
 public:                                                                                                                \
     static const LbRTTI RTTI;                                                                                          \

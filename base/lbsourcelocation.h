@@ -10,14 +10,14 @@
 #endif
 
 /// Replaces std::source_location, which some compilers do not have. Its layout and its name in symbols are the same
-/// with every compiler, so that modules and libraries of different compilers fit together. The texts live as long as
-/// the module that they come from.
+/// with every compiler, so that modules and libraries built with different compilers work together. The texts live as
+/// long as the module that they come from.
 ///
 ///     void Fail(LbSourceLocation where = LbSourceLocation::Current());
 class LbSourceLocation
 {
 public:
-    /// No place: no line, and empty texts.
+    /// No location: line 0 and empty texts.
     constexpr LbSourceLocation() noexcept = default;
     constexpr LbSourceLocation(const char* file, const char* function, std::uint32_t line) noexcept
         : m_file(file), m_function(function), m_line(line)
@@ -54,7 +54,7 @@ public:
     {
         return m_function;
     }
-    /// From 1; 0 for no place.
+    /// The line, from 1; 0 if there is no location.
     constexpr std::uint32_t GetLine() const noexcept
     {
         return m_line;

@@ -1,5 +1,5 @@
-/// Names of files that are in a folder only while something is written there. A killed process may leave them. They are
-/// no data sets.
+/// Names of temporary files, which exist only while a program writes to their folder. A killed process may leave such
+/// files behind. They are never data sets.
 #pragma once
 
 #include <string>
@@ -10,12 +10,13 @@
 namespace LbTemporaryName
 {
 
-/// Wildcards for the names that Make returns, and for the files of a decision of a review.
+/// Wildcards for the names that Make returns, and for the files and the folder of an unfinished decision of a review.
 inline constexpr const wchar_t* c_Pattern = L"LuTestSuite-*.tmp";
 inline constexpr const wchar_t* c_ReviewPattern = L"lutestsuite-review.pending*";
 
-/// A new name, without a folder. It is short, because the name of the file that is replaced may be long. Throws
-/// LbException if the system has no random source. Any thread, as the function below.
+/// A new name, without a folder. Does not contain the name of the replaced file, because both together could exceed the
+/// length limit of the file system. Throws LbException if the system has no random source. Any thread, like the
+/// function below.
 LB_API std::wstring Make();
 
 /// True for names that match one of the wildcards.

@@ -8,7 +8,7 @@
 #include "base/lbexport.h"
 
 /// A fixed number of threads, started with the first task: one per hardware thread, or a single one if the system
-/// allows the user few processes. Usable from any thread.
+/// allows the user few processes. If the system cannot start all of them, the pool has fewer. Usable from any thread.
 class LB_API LbThreadPool : public INonCopyable
 {
 public:
@@ -17,11 +17,11 @@ public:
     {
     public:
         /// Waits without limit until the task has ended; rethrows the task's exception to each waiter. A task may wait
-        /// for another task: on a pool thread, Wait runs a task that has not started yet.
+        /// for another task: on a pool thread, Wait itself runs the awaited task if it has not started yet.
         void Wait() const;
 
-        /// Cancels a task that has not started: it never starts, Wait returns at once, and the result is true.
-        /// Otherwise has no effect and returns false.
+        /// If the task has not started, prevents its start and returns true; Wait then returns at once. Otherwise has
+        /// no effect and returns false.
         bool Cancel() const;
 
     private:
@@ -30,14 +30,14 @@ public:
         std::shared_ptr<SState> m_state;
     };
 
-    /// The pool, created on first use and again after a shut-down.
+    /// The pool, created on first use. It can also be used again after a shut-down.
     static LbThreadPool& GetInstance();
 
-    /// True if the pool exists: it was created and not shut down.
+    /// True if GetInstance has been called and Shutdown has not been called since.
     static bool Exists();
 
-    /// Runs all submitted tasks to their end, then ends the threads; waits without limit. Does nothing if there is no
-    /// pool. Must not be called by a task, nor while other threads may submit tasks.
+    /// Runs all submitted tasks to their end, then ends the threads; waits without limit. Does nothing if the pool does
+    /// not exist. Tasks must not call it, and no other thread may submit tasks during the call.
     static void Shutdown();
 
     /// Runs `function` on a pool thread. Tasks start in order of submission. The first call also waits until the
@@ -45,7 +45,7 @@ public:
     /// pool has no thread and the system cannot start one.
     CTask Run(std::function<void()> function);
 
-    /// Number of pool threads, at least 1.
+    /// The intended number of pool threads, at least 1; fewer run if the system cannot start all.
     unsigned GetThreadCount() const noexcept;
 
     ~LbThreadPool();

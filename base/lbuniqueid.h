@@ -8,8 +8,8 @@
 namespace LbUniqueId
 {
 
-/// A new random identifier (RFC 4122, version 4), 36 lower-case characters, usable as name of files and system objects.
-/// Throws LbException if the system has no random source. Callable from any thread.
+/// A new random identifier (RFC 4122, version 4), 36 lower-case characters, usable as a name of files and system
+/// objects. Throws LbException if the system has no random source. Callable from any thread.
 LB_API std::wstring Generate();
 
 } // namespace LbUniqueId

@@ -1,4 +1,4 @@
-/// UTF-8 for a process that has crashed.
+/// Conversion to UTF-8 in a process that has crashed.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@
 namespace LbEncoding
 {
 
-/// Writes UTF-16 as UTF-8 to `bytes`, using no other memory; cuts text that does not fit, but never within a character.
-/// Lone surrogates become U+FFFD. Returns the number of bytes used. Any thread.
+/// Writes UTF-16 as UTF-8 to `bytes`, without allocating memory; cuts text that does not fit, but never within a
+/// character. Lone surrogates become U+FFFD. Returns the number of bytes used. Any thread.
 LB_API std::size_t ToUtf8(std::u16string_view text, std::span<char> bytes) noexcept;
 
 } // namespace LbEncoding

@@ -25,11 +25,12 @@ public:
 
     bool IsNull() const noexcept { return std::holds_alternative<std::monostate>(m_value); }
 
-    /// Bool: itself; numbers: not zero; texts: exactly "true" or "false". Nothing for null and all other texts.
+    /// Converts bools, numbers (true unless zero), and the texts "true" and "false". Empty for null and all other
+    /// texts.
     std::optional<bool> ToBool() const;
 
-    /// Numbers within the range of the result, without a fraction; bools as 0 and 1; texts of decimal digits only,
-    /// within the range. Nothing for all else.
+    /// Converts numbers without a fraction, texts of decimal digits only, and bools (to 0 or 1). Empty for all other
+    /// values, and for values outside of the range of the result.
     std::optional<std::uint32_t> ToUInt32() const;
 
     friend bool operator==(const LbVariant&, const LbVariant&) = default;

@@ -1,4 +1,4 @@
-/// Text in which every character can be seen.
+/// Makes invisible characters of a text visible.
 #pragma once
 
 #include <string>
@@ -9,12 +9,12 @@
 namespace LbVisibleText
 {
 
-/// Replaces control characters other than the kept ones by their pictures, so that names of files and output of cases
-/// cannot steer a terminal.
+/// Replaces control characters that are not in `kept` by their Unicode symbols (U+240A for a line feed), and those from
+/// U+0080 to U+009F by U+FFFD, so that file names and output of cases cannot control a terminal.
 LB_API std::wstring ShowControls(std::wstring text, std::wstring_view kept = {});
 
-/// A text in UTF-8. Control characters become pictures, invisible characters "\u200B", and bytes that are not UTF-8
-/// "\xE4".
+/// Converts UTF-8 to wide text. Control characters below U+0080 become their Unicode symbols, invisible characters
+/// become escapes such as "\u200B", and bytes that are not UTF-8 become escapes such as "\xE4".
 LB_API std::wstring ShowBytes(std::string_view bytes);
 
 } // namespace LbVisibleText

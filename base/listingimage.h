@@ -26,7 +26,7 @@ struct SListing
 {
     LbOs::SDirectoryStamp stamp;           ///< of the folder when it was read
     std::wstring_view text;                ///< the names, one after the other
-    std::span<const std::uint32_t> begins; ///< of the names in the text, and the end of the last one
+    std::span<const std::uint32_t> begins; ///< where names begin in the text, and where the last one ends
     std::vector<SMatches> matches;
 };
 
@@ -35,10 +35,10 @@ std::wstring GetName(const LbOs::SDirectoryStamp& stamp);
 
 std::size_t GetSize(const SListing& listing);
 
-/// Fills a zeroed block of at least GetSize bytes. Other processes can read it only when it is complete.
+/// Fills a zeroed block of at least GetSize bytes. Read in another process rejects the block until it is complete.
 void Write(const SListing& listing, std::byte* block);
 
-/// Empty if the block is not complete, has another format, or refers to what it does not contain.
+/// Empty if the block is not complete or has another format, or if its names or ranks are out of range.
 std::optional<SListing> Read(std::span<const std::byte> block);
 
 } // namespace LbListingImage

@@ -11,18 +11,19 @@ enum class EListingShare
 {
     Made,
     TooEarly, ///< the folder changed a short time ago
-    None      ///< the folder is missing, has few files, is already shared by the user, or would have to be read
+    None      ///< the folder is missing, has few files, or would have to be read for a possible use; or the memory
+              ///< cannot be created, for example because another process of the user shares the folder
 };
 
 enum class EListingUse
 {
     Certain, ///< the processes need the listing
-    Possible ///< they may need it: it is shared only if that costs no reading of the folder
+    Possible ///< they may need it: shared only if the folder need not be read
 };
 
-/// Shares the listing of a folder: as long as the memory exists and the folder does not change, LbFileListing::Get in
-/// any process of the user takes the listing from it, with the matches of patterns that this process has requested.
-/// Reads the folder for a certain use unless this process keeps a listing that is certain to notice each change (see
-/// LbFileListing). Any thread.
+/// Shares the listing of a folder: as long as `memory` exists and the folder does not change, LbFileListing::Get in any
+/// process of the user takes the listing from this memory, with the matches of patterns that this process has
+/// requested. For a certain use, reads the folder unless this process keeps a current listing that may be shared (see
+/// LbFileListing) or the folder changed a short time ago. Any thread.
 LB_API EListingShare LbShareListing(const std::wstring& directory, EListingUse use,
                                     std::unique_ptr<LbOs::CSharedMemory>& memory);

@@ -6,8 +6,8 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// The default directory of debug serialisation: one for the process, and one for each thread that has its own. Any
-/// thread.
+/// The default directories of debug serialisation: one for the process, and one for each thread with a
+/// CThreadDirectory. Callable from any thread.
 class LB_API LuDebugSerializationGeneric
 {
 public:
@@ -18,7 +18,7 @@ public:
     static std::wstring GetDefaultOutputDirectory();
 
     /// Gives the calling thread a directory of its own as long as the object lives. Threads that it starts use the
-    /// process's directory. Objects of one thread must end in reverse order.
+    /// process's directory. A thread must destroy its objects in reverse order of creation.
     class LB_API CThreadDirectory : public INonCopyable
     {
     public:

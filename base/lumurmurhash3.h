@@ -7,7 +7,7 @@
 
 #include "base/lbexport.h"
 
-/// The public MurmurHash3. Pure functions, callable from any thread.
+/// The public hash function MurmurHash3. Pure functions, callable from any thread.
 class LB_API LuMurmurHash3
 {
 public:
@@ -20,12 +20,12 @@ public:
         friend bool operator==(const S128&, const S128&) = default;
     };
 
-    /// The checksum of `length` bytes by the variant for 64-bit machines. The memory needs no alignment and may be null
-    /// if `length` is 0.
+    /// The checksum of `length` bytes by the variant for 64-bit machines. `data` needs no alignment and may be null if
+    /// `length` is 0.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed);
 
-    /// The same for memory that is filled from the beginning meanwhile: `await(count)` returns when at least the first
-    /// `count` bytes are present, with their number. Its exceptions pass through.
+    /// The same for memory that another thread is still filling from its beginning: `await(count)` waits until at least
+    /// the first `count` bytes are present and returns how many are present. Its exceptions pass through.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed,
                                         const std::function<std::size_t(std::size_t count)>& await);
 };

@@ -15,7 +15,7 @@
 #include "base/lbformat.h"
 #include "base/os/files.h"
 
-/// Accepts text. The caller writes line feeds.
+/// Accepts text. Adds no line feeds.
 class LB_API LuStreamWriteText
 {
 public:
@@ -23,8 +23,8 @@ public:
 
     virtual void Write(std::wstring_view text) = 0;
 
-    /// Formats like LbFormat, then writes. Writes a line that describes the mistake instead if a run-time format is
-    /// invalid.
+    /// Formats like LbFormat, then writes. If a run-time format is invalid, writes a line that describes the mistake
+    /// instead.
     template<typename... T>
     void WriteFormat(LbFormatString<T...> format, const T&... arguments)
     {

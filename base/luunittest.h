@@ -54,8 +54,8 @@ public:
         eR_NoInput = 0,   ///< the input data could not be loaded
         eR_Passed = 1,    //
         eR_Failed = 2,    //
-        eR_Exception = 3, ///< the test caught an exception itself
-        eR_Different = 4  ///< output differs from the reference run
+        eR_Exception = 3, ///< the sub-test threw an exception, or reports one that it caught
+        eR_Different = 4  ///< output differs from a reference
     };
 
     /// The file in a unit test's folder that describes its cases; never a data set.
@@ -89,23 +89,26 @@ public:
     virtual std::wstring GetSubtestName(std::uint32_t subtest) const;
 
     /// True if the class itself disables a sub-test: its case is disabled unless a description file enables it. Called
-    /// with indices below GetSubtestCount, for objects that keep all sub-tests.
+    /// with indices below GetSubtestCount, and only on objects that keep all sub-tests.
     virtual bool IsSubtestDisabled(std::uint32_t subtest) const;
 
     /// Runs one sub-test. If it throws, the exception's text is reported as an error line and the result is
     /// eR_Exception.
     virtual EResult RunUnitTest(std::uint32_t subtest);
 
-    /// The first sub-test with exactly that name. Calls GetSubtestCount and GetSubtestName if the class overrides one
-    /// of them, beginning with the index where the name was last found; otherwise looks the name up. Passes on
+    /// The first sub-test with exactly that name. If the class overrides GetSubtestCount or GetSubtestName, calls them,
+    /// beginning with the index where the name was last found; otherwise searches the added sub-tests. Passes on
     /// exceptions of the class.
     std::optional<std::uint32_t> FindSubtest(std::wstring_view name) const;
 
-    /// For runners: called before InitSubtests, selects the only sub-test that the object is for. `likely` is the index
-    /// where another object of the class has it; it saves a search if the class names its sub-tests. Unless the class
-    /// overrides GetSubtestCount, GetSubtestName or RunUnitTest, the object then only counts other sub-tests, and looks
-    /// up only one file of the data directory, however many there are. If the class requests another sub-test, a second
-    /// object provides it.
+    /// For runners: selects the only sub-test that the object is used for. Call it after SetDataDirectory and before
+    /// InitSubtests. `likely` is the index of this sub-test in another object of the class; it saves a search if the
+    /// class overrides GetSubtestCount or GetSubtestName.
+    ///
+    /// The object then only counts all other sub-tests and looks up a single file of the data directory. If the class
+    /// requests another sub-test, a second object provides it. The object keeps all sub-tests instead if the class
+    /// overrides GetSubtestCount, GetSubtestName or RunUnitTest or has no record of its own that can create objects, or
+    /// if the stored message stream or data directory is not the one that the runner passed.
     void SelectSubtest(std::wstring_view name, std::optional<std::uint32_t> likely = {});
 
     /// True if InitSubtests has added a sub-test with the selected name. Passes on exceptions of the class.
@@ -127,7 +130,8 @@ protected:
         }
     }
 
-    /// Wildcards of file names: a text, a list in braces, or an array, vector or span of texts. Refers to the texts.
+    /// Wildcards of file names: a text, a list in braces, or an array, vector or span of texts. Does not copy the
+    /// texts.
     class Wildcards
     {
     public:
@@ -165,9 +169,10 @@ protected:
 
     /// Appends one sub-test for each file of the data directory that matches a wildcard ("*": any text, "?": one
     /// character, otherwise exact) and no excluded wildcard. Sub-tests are named after their files and ordered by name.
-    /// Never data sets: description files ("#ExtraInfo.xml"), files that CompareWithReference writes ("*.received",
-    /// "*.received.runs"), the record of a review ("lutestsuite-review.pending*"), and temporary files of this library
-    /// ("LuTestSuite-*.tmp"). `function` takes the file's full path and returns as in AddSubtest.
+    /// These are never data sets: description files ("#ExtraInfo.xml"), files that CompareWithReference writes
+    /// ("*.received", "*.received.runs"), the record of a review ("lutestsuite-review.pending*"), and temporary files
+    /// of this library ("LuTestSuite-*.tmp"). `function` takes the file's full path and returns an EResult or void, as
+    /// in AddSubtest.
     ///
     ///     AddFileSubtests({L"*.yaml", L"*.yml"}, L"*.expected.*", [this](const std::wstring& path) { ... });
     template<std::invocable<const std::wstring&> F>
@@ -190,7 +195,8 @@ protected:
 
     /// Reports an error line ("\t\tERROR: ..."); the sub-test fails unless it returns its own result. Formats like
     /// LbFormat. If a run-time format is invalid, an error line with the location of its LbRuntimeFormat replaces the
-    /// message; nothing is thrown, and the result does not change. The same applies to Info and Check.
+    /// message; nothing is thrown, and the result is the same as with a valid format. The same applies to Info and
+    /// Check.
     template<typename... T>
     void Error(LbFormatString<T...> format, const T&... arguments)
     {
@@ -224,11 +230,10 @@ protected:
     /// absolute. Narrow texts are used unchanged, wide texts as UTF-8. Line ends "\r\n" in the file or the text count
     /// as "\n".
     ///
-    /// Equal: returns GetResultByErrors and removes the files of an earlier difference. Different, or no such file:
-    /// reports the first differing line as an error line, writes the text to "<path>.received" and returns
-    /// eR_Different.
-    /// "<path>.received.runs" counts how many runs in a row have made this text (see base/lbreceivedfile.h); "review"
-    /// of LuTestSuiteRunner accepts it as the new reference.
+    /// If text and file are equal, removes the files of an earlier difference and returns GetResultByErrors. If they
+    /// differ or the file does not exist, reports the first differing line as an error line, writes the text to
+    /// "<path>.received" and returns eR_Different. "<path>.received.runs" counts how many runs in a row have produced
+    /// this text (see base/lbreceivedfile.h); "review" of LuTestSuiteRunner accepts it as the new reference.
     ///
     /// Throws LbException with a German message if a file cannot be read or written. Several cases must not compare
     /// with one reference at the same time.
@@ -259,13 +264,13 @@ private:
         FileFunction function;
     };
 
-    /// The sub-tests added by one call.
+    /// The sub-tests added by one call of AddSubtest or AddFileSubtests.
     struct SEntry
     {
         std::uint32_t first; ///< index of its first sub-test
         std::wstring name;
         Function function;
-        std::unique_ptr<SFiles> files; ///< instead of name and function
+        std::unique_ptr<SFiles> files; ///< set by AddFileSubtests, instead of name and function
     };
 
     template<typename F, typename... A>
@@ -282,7 +287,7 @@ private:
         }
     }
 
-    /// False if the object does not need the sub-test.
+    /// Counts the call. False if the object does not need the sub-test.
     bool countSubtest(std::wstring_view name) noexcept
     {
         ++m_calls;
@@ -308,7 +313,7 @@ private:
 
     LuStreamWriteText* m_messages = nullptr;
     std::wstring m_dataDirectory;
-    mutable LbFileNames m_dataFileNames; ///< without a listing until they are needed
+    mutable LbFileNames m_dataFileNames; ///< without a listing until the names are needed
     std::vector<SEntry> m_entries;
     std::uint32_t m_count = 0; ///< sub-tests of all entries
     std::uint32_t m_calls = 0; ///< number of calls of AddSubtest and AddFileSubtests
@@ -319,7 +324,7 @@ private:
     bool m_isForOne = false;                        ///< keeps only the selected sub-test
     Function m_selectedFunction;                    ///< used if m_isForOne
     std::optional<std::uint32_t> m_selectedSubtest; ///< used otherwise
-    mutable std::unique_ptr<LuUnitTest> m_complete; ///< keeps the other sub-tests
+    mutable std::unique_ptr<LuUnitTest> m_complete; ///< a second object with all sub-tests
 
     bool m_hasErrors = false;
     bool m_hasDifferences = false; ///< from references

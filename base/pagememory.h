@@ -1,4 +1,4 @@
-/// Memory for what the process remembers from case to case. Not for use outside of LbBase.
+/// Memory for data that the process keeps across cases. Not for use outside of LbBase.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 
 #include "base/os/pages.h"
 
-/// Takes pages from the system, so that a heap tracker does not count them as growth of the present case.
+/// Takes pages from the system, so that a heap tracker does not count them as heap growth of the current case.
 class CPageMemory : public std::pmr::memory_resource
 {
     void* do_allocate(std::size_t size, std::size_t /*alignment*/) override
@@ -22,7 +22,8 @@ class CPageMemory : public std::pmr::memory_resource
     bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
 };
 
-/// An object that needs no heap and is never destroyed: test cases may still use it while the process exits.
+/// A static object that is not on the heap and is never destroyed, because test cases may still use it while the
+/// process exits.
 template<typename T>
 T& GetEternal()
 {

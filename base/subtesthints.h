@@ -1,7 +1,7 @@
 /// Passes the indices of sub-tests from discovery to the processes that run them. Not for use outside of the runner.
 ///
-/// The library exports these functions instead of LbSubtestSearch, whose sources base_tests links itself; see
-/// docs/architecture/overview.md.
+/// The library exports these functions instead of LbSubtestSearch, because base_tests links the object files of
+/// LbSubtestSearch directly; see docs/architecture/overview.md.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-/// The search for sub-tests of classes that name or count them themselves. Only for this library; see subtesthints.h.
+/// Finds sub-tests of classes that override GetSubtestCount or GetSubtestName. Only for this library; see
+/// subtesthints.h.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +20,7 @@ struct SSubtests
 {
     const std::type_info& type;                          ///< of the object
     const std::wstring& directory;                       ///< its data directory
-    const std::shared_ptr<const LbFileListing>& listing; ///< the files that it has asked for; null if it has not asked
+    const std::shared_ptr<const LbFileListing>& listing; ///< its data files; null if it has not requested them
     std::uint32_t count;
     std::function<std::wstring(std::uint32_t)> getName;
     std::optional<std::uint32_t> likely; ///< the index to try if none is remembered
@@ -30,16 +31,17 @@ struct SSubtests
 void Remember(const std::type_info& type, const std::wstring& directory, std::uint32_t count,
               const std::function<const std::wstring&(std::uint32_t)>& getName);
 
-/// The first index at which the name was read last time; empty if it is not remembered. Any thread.
+/// The remembered index of the name; empty if there is none. Compares hashes only, so the sub-test at this index may
+/// have another name. Any thread.
 std::optional<std::uint32_t> FindRemembered(const std::type_info& type, const std::wstring& directory,
                                             std::wstring_view name);
 
 /// Finds the first sub-test with exactly this name. First tries the index that is remembered for this name, class and
-/// directory, or else the likely one; if the sub-test there has another name, searches all. Returns the sub-test at
-/// this index even if an earlier one has the same name. Passes on what getName throws. Any thread.
+/// directory, then the likely one; if the sub-tests there have other names, searches all. Returns a tried index even if
+/// an earlier sub-test has the same name. Passes on what getName throws. Any thread.
 ///
 /// If a search has read all names without success, later searches for unknown names fail at once, as long as the
-/// objects have the same count and have asked for the same listing: names can depend on nothing else.
+/// objects have the same count and the same listing, on the assumption that names depend on nothing else.
 std::optional<std::uint32_t> Find(const SSubtests& subtests, std::wstring_view name);
 
 } // namespace LbSubtestSearch

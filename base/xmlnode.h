@@ -1,8 +1,9 @@
 /// Reading XML: elements, attributes and text in document order.
 ///
-/// The byte order mark, else the declaration, determines the encoding (UTF-8, UTF-16, ISO-8859-1). If neither names a
-/// known encoding, the file is read as UTF-8 if it is valid UTF-8, else as ISO-8859-1. Document types are skipped and
-/// their entities never expanded: a reference to an entity stays as written. Missing elements read as empty text.
+/// Reads UTF-8, UTF-16 and ISO-8859-1. The byte order mark determines the encoding; without one, UTF-16 is recognised
+/// by the first character "<", otherwise the declaration determines it. If the encoding is still unknown, the file is
+/// read as UTF-8 if it is valid UTF-8, else as ISO-8859-1. Skips document types and never expands their entities: a
+/// reference to an entity stays as written. An empty view returns empty texts.
 #pragma once
 
 #include <cstddef>
@@ -27,7 +28,7 @@ public:
     /// of only white space counts as layout and is dropped unless it is the element's whole content.
     std::wstring GetText() const;
 
-    /// False if the element has no text at all.
+    /// True if GetText is not empty.
     bool HasText() const;
 
     bool HasAttribute(const char* name) const;
@@ -111,8 +112,8 @@ public:
     enum class EText
     {
         Resolved,  ///< references resolved, line ends as line feeds, white space of attributes as blanks
-        AsWritten, ///< each character as in the file, for writing it again; characters of CDATA sections
-                   ///< as they would be written outside
+        AsWritten, ///< each character as in the file, so that it can be written again; the text of CDATA
+                   ///< sections is escaped as it would be outside them
     };
 
     XMLDocument();
@@ -120,7 +121,7 @@ public:
     XMLDocument(XMLDocument&&) noexcept;
     XMLDocument& operator=(XMLDocument&&) noexcept;
 
-    /// Reads a file's bytes, for LoadText. Ok, Missing or Unreadable.
+    /// Reads a file's bytes, for LoadText. Returns Ok, Missing or Unreadable.
     static EResult ReadFile(const std::wstring& path, std::string& bytes);
 
     /// Reads a file whose root element must be `rootName`. Drops the former content first.
