@@ -20,10 +20,10 @@ using LbPrintf::SNumberArgument;
 struct SNumber
 {
     std::string_view sign;
-    std::string_view base; ///< "0x"
+    std::string_view base; ///< "0x", "0X" or empty
     std::size_t zeros = 0;
     std::string_view digits;
-    bool hasFinalPoint = false; ///< a point follows the digits, which have none
+    bool hasFinalPoint = false; ///< a point follows the digits, which contain no point
     std::size_t finalZeros = 0;
     std::string_view exponent;
     bool mayPadByZeros = true;
@@ -215,8 +215,8 @@ private:
         }
     }
 
-    /// Zeros that the precision demands after the digits. %g has them only in the "#" form, where the precision counts
-    /// significant digits.
+    /// The number of zeros that the precision requires after the digits. %g prints them only in the "#" form, where the
+    /// precision counts significant digits.
     template<typename T>
     std::size_t getFinalZeros(std::string_view digits) const
     {
@@ -239,7 +239,7 @@ private:
     }
 
     const SConversion& m_conversion;
-    /// Enough for all but long doubles and large precisions.
+    /// Large enough for all numbers except long doubles and numbers with a large precision.
     std::array<char, 400> m_buffer;
     std::string m_large;
 };

@@ -1,4 +1,4 @@
 #include "base/iunittestrecreate.h"
 
-// Out of line, so that all modules share one type information for their casts.
+// Out of line, so that all modules share one std::type_info, which dynamic_cast between modules needs.
 IUnitTestRecreate::~IUnitTestRecreate() = default;

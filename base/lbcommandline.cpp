@@ -15,7 +15,7 @@ std::size_t countBackslashes(std::wstring_view text)
     return std::min(text.find_first_not_of(L'\\'), text.size());
 }
 
-/// Removes the first word from the text and returns it. The text begins with that word.
+/// Removes the first word from the text and returns it. Precondition: the text does not begin with a blank.
 std::wstring takeWord(std::wstring_view& text)
 {
     std::wstring word;

@@ -13,7 +13,7 @@ namespace
 constexpr bool c_WideIsUtf16 = sizeof(wchar_t) == 2;
 constexpr char32_t c_Replacement = 0xFFFD;
 constexpr char32_t c_LastCodePoint = 0x10FFFF;
-/// FromNative maps an invalid byte to this lone surrogate plus the byte.
+/// FromNative maps an invalid byte to the lone surrogate with this code plus the byte.
 constexpr char32_t c_StrayByteBase = 0xDC00;
 
 constexpr bool isHighSurrogate(char32_t unit)
@@ -102,7 +102,8 @@ constexpr bool isScalarValue(char32_t codePoint)
     return codePoint <= c_LastCodePoint && (codePoint < 0xD800 || codePoint > 0xDFFF);
 }
 
-/// Length of the sequence that a first byte begins, and the smallest code point of that length.
+/// Facts about a UTF-8 sequence that its first byte determines: its length, the smallest code point of that length, and
+/// the bits of the code point in the first byte.
 struct SSequence
 {
     std::size_t length;
@@ -158,8 +159,8 @@ std::optional<char32_t> nextUtf8(std::string_view bytes, std::size_t& position)
     return codePoint;
 }
 
-/// Most texts are pure ASCII, and the compiler can vectorise this pass. False if there is another byte; the result is
-/// then meaningless.
+/// Converts ASCII in a loop that the compiler can vectorise, because most texts are pure ASCII. Returns false for other
+/// texts; the result is then meaningless.
 bool widenAscii(std::string_view bytes, std::wstring& result)
 {
     result.resize(bytes.size());
@@ -204,7 +205,7 @@ void decodeUtf8(std::string_view bytes, std::wstring& result, const F& replaceBy
     }
 }
 
-/// Encodes as UTF-8; `appendInvalid` handles values that are not valid code points.
+/// Encodes as UTF-8; `appendInvalid` handles lone surrogates and values above U+10FFFF.
 template<typename F>
 std::string encodeUtf8(std::wstring_view text, const F& appendInvalid)
 {
@@ -229,8 +230,8 @@ std::string encodeUtf8(std::wstring_view text, const F& appendInvalid)
     return result;
 }
 
-/// Most texts have one unit for each character in both encodings. False if there may be another character; the result
-/// is then meaningless.
+/// Copies unit by unit, because most texts have one unit for each character in both encodings. Returns false if a unit
+/// from U+D800 on may need conversion; the result is then meaningless.
 template<typename Source, typename Target>
 bool copyUnits(Source text, Target& result)
 {

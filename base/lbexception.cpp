@@ -62,7 +62,7 @@ private:
                !isWordCharacter(m_rest[sc_operator.size()]);
     }
 
-    /// The operator's name up to its arguments: "operator()", "operator<<", "operator bool", "operator
+    /// Takes the operator's name up to its arguments: "operator()", "operator<<", "operator bool", "operator
     /// std::function<void()>".
     void takeOperator()
     {
@@ -78,7 +78,7 @@ private:
         }
     }
 
-    /// Text before a space is a specifier or the result type.
+    /// Drops the text before a space, which is a specifier or the result type.
     void dropResult()
     {
         const bool isExpression = m_name == "decltype";
@@ -106,7 +106,7 @@ private:
     /// Called after the arguments: the name is complete unless a local entity follows, possibly after qualifiers.
     void skipToLocalName()
     {
-        // A constraint may contain qualified names.
+        // A constraint may contain "::" in qualified names, so only a lambda can be recognised after it.
         const std::size_t constraint = m_rest.find(" requires ");
         std::size_t local = m_rest.find("::");
         if (constraint < local)

@@ -25,10 +25,11 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds c_LongestClockStep(100);
 
-/// Much longer than a step of a clock, because the system's clock is compared with that of a file system.
+/// Much longer than a step of a clock, because isOld compares the system's clock with that of a file system.
 constexpr std::chrono::seconds c_OldAge(2);
 
-/// A unique text for the pattern: each wildcard with an end mark, then the excluded ones.
+/// A unique text for the pattern: each wildcard with an end mark, another end mark, then each excluded wildcard with an
+/// end mark.
 std::wstring getKey(const LbFilePattern& pattern)
 {
     std::wstring key;
@@ -72,11 +73,11 @@ std::size_t getCommonLength(const SNames& names)
 /// A name during sorting.
 struct SSorted
 {
-    std::uint64_t key; ///< a name that sorts before another never has the larger key
+    std::uint64_t key; ///< ascends with the names; different names may have the same key
     std::uint32_t index;
 };
 
-/// The first characters, one byte each. Ends with the first character that does not fit into a byte, stored as 0xFF.
+/// The first characters, one byte each. Ends with the first character from U+00FF on, stored as 0xFF.
 std::uint64_t getSortKey(std::wstring_view name)
 {
     constexpr char32_t c_Most = 0xFF;
@@ -91,7 +92,8 @@ std::uint64_t getSortKey(std::wstring_view name)
     return position == 0 ? 0 : key << 8U * (sizeof(key) - position);
 }
 
-/// Compares keys before names: names in one folder often begin alike, so comparing them takes several times as long.
+/// Compares keys before names, because names in one folder often begin alike, and comparing them takes several times as
+/// long.
 std::vector<SSorted> sortNames(const SNames& names)
 {
     const std::size_t common = getCommonLength(names);
@@ -143,7 +145,7 @@ public:
     std::span<const std::uint32_t> GetMatches(const LbFilePattern& pattern) const override;
 
 private:
-    /// The memory for everything that is always kept, and for the matches of one pattern.
+    /// Size in bytes of all that a listing always keeps, and of the matches of one pattern.
     static std::size_t getSize(const std::wstring& directory, const SNames& names)
     {
         constexpr std::size_t c_Other = 1024;
@@ -155,11 +157,11 @@ private:
 
     mutable std::pmr::monotonic_buffer_resource m_memory;
     std::pmr::wstring m_directory;
-    LbOs::CSharedView m_view;               ///< holds the text and beginnings of another process's listing
-    std::pmr::wstring m_ownText{&m_memory}; ///< this and m_ownBegins hold them otherwise
+    LbOs::CSharedView m_view;               ///< holds text and beginnings if another process shares them
+    std::pmr::wstring m_ownText{&m_memory}; ///< otherwise, this and m_ownBegins hold them
     std::pmr::vector<std::uint32_t> m_ownBegins{&m_memory};
     std::wstring_view m_text;
-    std::span<const std::uint32_t> m_begins; ///< one more than names
+    std::span<const std::uint32_t> m_begins; ///< of the names in the text, and the end of the last one
     mutable std::atomic<std::uint32_t> m_lastFound = 0;
     mutable LbCriticalSection m_mutex; ///< protects the matches and, after construction, the memory
     mutable std::pmr::map<std::pmr::wstring, std::span<const std::uint32_t>, std::less<>> m_matches{&m_memory};
@@ -182,7 +184,7 @@ CListing::CListing(const std::wstring& directory, const SNames& names)
     m_begins = m_ownBegins;
 }
 
-constexpr std::size_t c_FewPatterns = 4096; ///< bytes
+constexpr std::size_t c_FewPatterns = 4096; ///< bytes of memory for the matches of a few patterns
 
 CListing::CListing(const std::wstring& directory, LbOs::CSharedView view, const LbListingImage::SListing& shared)
     : m_memory(c_FewPatterns, &GetEternal<CPageMemory>()), m_directory(directory, &m_memory), m_view(std::move(view)),
@@ -285,7 +287,7 @@ SharedListing findShared(const std::wstring& directory, const LbOs::SDirectorySt
     return shared && shared->stamp == stamp ? makeListing(directory, std::move(view), *shared) : nullptr;
 }
 
-/// True if the folder last changed so long before `now` that each change since then has changed its times.
+/// True if the folder last changed so long before `now` that each later change sets different times.
 bool isOld(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp, std::chrono::system_clock::time_point now)
 {
     const std::chrono::nanoseconds changeTime(stamp.changeTime);
@@ -298,7 +300,7 @@ struct SKept
     SharedListing listing;
     LbOs::SDirectoryStamp stamp{};
     Clock::time_point seenSince; ///< when the folder was first seen with this stamp
-    bool isTrusted = false;      ///< every change of the folder changes the stamp
+    bool isTrusted = false;      ///< every later change of the folder changes the stamp
     std::uint64_t lastUse = 0;
 };
 
@@ -308,7 +310,7 @@ class CListings
 public:
     SharedListing Get(const std::wstring& directory);
 
-    /// The kept listing, which may be older than the folder; an SKept without a listing if none is kept.
+    /// The kept listing, which may be out of date; an SKept without a listing if none is kept.
     SKept Find(const std::wstring& directory);
 
 private:
@@ -317,7 +319,7 @@ private:
     void keep(SKept kept);
 
     LbCriticalSection m_readMutex; ///< one thread reads at a time: the others then find its listing
-    LbCriticalSection m_mutex;     ///< protects all below
+    LbCriticalSection m_mutex;     ///< protects the members below
     std::pmr::unsynchronized_pool_resource m_memory{&GetEternal<CPageMemory>()};
     std::pmr::unordered_map<std::wstring_view, SKept> m_kept{&m_memory}; ///< by folder; the keys refer to the listings
     std::uint64_t m_uses = 0;

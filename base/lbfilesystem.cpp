@@ -104,7 +104,7 @@ bool LbFileSystem::AssertDirectory(const std::wstring& path)
     {
         return true;
     }
-    // Other threads may create the same folders meanwhile, so only a file in the way is a failure.
+    // Gives up here only if a file has this name: other threads may create the same folders at the same time.
     return !IsFile(path) && AssertDirectory(LbPath::GetParent(path)) && LbOs::MakeDirectory(path);
 }
 
@@ -123,7 +123,7 @@ std::vector<std::wstring> LbFileSystem::GetFileNames(const std::wstring& directo
 
 bool LbFileSystem::RemoveTree(const std::wstring& directory)
 {
-    // Has no final separator, which would make the system follow a link to its target.
+    // Without the final separator, which would make the system follow a link to its target.
     const std::wstring path = LbPath::WithoutSeparator(directory);
     if (LbOs::RemoveFile(path))
     {
@@ -197,7 +197,7 @@ void LbFileSystem::WriteWhole(const std::wstring& path, const std::function<void
         write(path);
         return;
     }
-    // A unique name, because others may write the same file.
+    // A unique name, because other threads or processes may write the same file.
     const std::wstring temporary = LbPath::GetParent(target) + LbTemporaryName::Make();
     try
     {

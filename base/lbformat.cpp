@@ -57,7 +57,8 @@ std::size_t getCharacterLength(const char* text, std::size_t length)
     return count;
 }
 
-/// The first `limit` characters. A text without a known length needs no terminator if it has that many.
+/// The first `limit` characters. A text without a known length needs no terminator if it has at least `limit`
+/// characters.
 template<typename Character>
 std::basic_string_view<Character> cutToCharacters(const Character* text, std::size_t length, std::size_t limit)
 {
@@ -87,7 +88,7 @@ std::basic_string_view<Character> getText(const LbFormatArgument& argument, std:
                         : std::basic_string_view<Character>(text, argument.GetLength());
 }
 
-/// The character with this code, or U+FFFD.
+/// The character with this code; U+FFFD if the code is out of range.
 std::wstring getCharacter(std::int64_t code)
 {
     constexpr std::int64_t c_LastCode = 0x10FFFF;
@@ -125,7 +126,7 @@ LbPrintf::SNumberArgument toNumber(const LbFormatArgument& argument)
     return {argument.GetType(), argument.GetBits(), argument.GetFloating(), argument.GetAddress()};
 }
 
-/// Formats one format with matching arguments.
+/// Applies one format to arguments that match it.
 class CFormatter
 {
 public:

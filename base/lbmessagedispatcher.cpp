@@ -45,18 +45,18 @@ struct LbMessageDispatcher::SShared
     void Stop();
 
     std::mutex mutex;
-    std::condition_variable changed; ///< wakes the dispatcher thread: a new message, or the shut-down
-    std::condition_variable handled; ///< wakes threads in Flush: a message has been handled
+    std::condition_variable changed; ///< wakes the dispatcher thread on a new message or on shut-down
+    std::condition_variable handled; ///< wakes threads in Flush when a message has been handled
     std::deque<std::function<void()>> queue;
     std::uint64_t postedCount = 0;
     std::uint64_t handledCount = 0;
     std::thread thread;
-    std::condition_variable ready; ///< wakes threads in Start: the dispatcher thread has begun
+    std::condition_variable ready; ///< wakes threads in Start when the dispatcher thread has begun
     bool hasThread = false;
     bool isReady = false;
     bool isStopping = false;
 
-    std::mutex stopMutex; ///< one shut-down at a time
+    std::mutex stopMutex; ///< held during a shut-down, so that only one runs at a time
 };
 
 void LbMessageDispatcher::SShared::Work()
@@ -77,7 +77,7 @@ void LbMessageDispatcher::SShared::Work()
         queue.pop_front();
         lock.unlock();
         handle(message);
-        // Releases what the message has captured before the message counts as handled.
+        // The message counts as handled only after it has released the objects that it captured.
         message = nullptr;
         lock.lock();
         ++handledCount;
@@ -97,7 +97,7 @@ void LbMessageDispatcher::SShared::Stop()
         isStopping = true;
         changed.notify_all();
     }
-    // Not locked: no other thread touches the thread object while it exists.
+    // Without `mutex`, which the ending thread needs. No other thread uses `thread` while hasThread is true.
     thread.join();
     const std::lock_guard lock(mutex);
     hasThread = isReady = false;
@@ -110,8 +110,8 @@ LbMessageDispatcher::~LbMessageDispatcher() = default;
 
 LbMessageDispatcher& LbMessageDispatcher::GetInstance()
 {
-    // Never destroyed. If the process ends without a shut-down, waiting for the thread could hang, because the system
-    // may have ended it, and other threads may still post.
+    // Never destroyed: if the process ends without a shut-down, other threads may still post, and a destructor that
+    // waits for the thread could hang, because the system may already have ended it.
     static LbMessageDispatcher& dispatcher = *new LbMessageDispatcher;
     s_exists = true;
     return dispatcher;

@@ -77,7 +77,7 @@ void CLoop::Work() noexcept
 
 void CLoop::runRange(std::uint64_t range) const
 {
-    // Unsigned, because a loop may span more than half of all values.
+    // Unsigned, because the length of a loop may exceed the largest signed number.
     const std::uint64_t offset = range * m_rangeSize;
     const std::uint64_t size = std::min(m_rangeSize, m_count - offset);
     const std::uint64_t begin = static_cast<std::uint64_t>(m_first) + offset;
@@ -94,7 +94,7 @@ void CLoop::endEarly(std::exception_ptr failure) noexcept
     }
 }
 
-/// The pool tasks of a loop; always ends before the loop does.
+/// The pool tasks of a loop. The destructor cancels them or waits for them; it must run before the loop is destroyed.
 class CHelpers : public INonCopyable
 {
 public:
@@ -131,16 +131,16 @@ void CHelpers::Start(CLoop& loop, std::uint64_t count)
     }
     catch (const std::system_error&)
     {
-        // The system has no thread for the pool. The calling thread does all the work.
+        // The system cannot start a pool thread, so the calling thread does all the work.
     }
 }
 
 #ifdef _OPENMP
-/// Number of threads, at least 1, that the OpenMP run-time can have for the calling thread.
+/// Number of threads, at least 1, that the OpenMP run-time can use for a loop, including the calling thread.
 int getTeamSize()
 {
-    // Idle threads of the run-time spin for milliseconds and block processors, unless there are more threads than
-    // processors. Each calling thread gets its own team, so the number is kept small.
+    // One thread more than processors, because otherwise idle threads of the run-time spin for milliseconds and block
+    // processors. At most 8, because each calling thread gets its own team.
     const auto wanted = static_cast<unsigned>(std::min(omp_get_num_procs() + 1, 8));
     return LbOs::HasFewProcesses() ? 1 : static_cast<int>(1U + LbOs::CountStartableThreads(wanted - 1U));
 }

@@ -28,7 +28,7 @@ std::wstring withNativeSeparators(std::wstring_view path)
     return result;
 }
 
-/// True at the codes of characters that file names must not contain.
+/// Indexed by character code; true for characters that file names must not contain.
 constexpr auto c_UnsafeCharacters = [] {
     std::array<bool, 0xA0> areUnsafe{};
     std::fill_n(areUnsafe.begin(), 0x20, true);

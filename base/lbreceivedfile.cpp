@@ -47,7 +47,7 @@ private:
     bool m_isAtEnd = false;
 };
 
-/// A part of a line that is short enough for a message, with the first differing character in it.
+/// A part of a line that is short enough for a message and contains the first differing character.
 std::wstring quote(std::string_view line, std::size_t difference)
 {
     constexpr std::size_t c_Before = 40;
@@ -57,7 +57,7 @@ std::wstring quote(std::string_view line, std::size_t difference)
     };
     std::size_t begin = difference > c_Length - c_Before ? difference - c_Before : 0;
     std::size_t end = std::min(begin + c_Length, line.size());
-    // Characters are not split.
+    // Extends the part so that it does not split a UTF-8 character.
     while (isInside(begin))
     {
         --begin;
@@ -132,7 +132,7 @@ struct SRuns
     std::wstring last;
 };
 
-/// Returns no runs if the file is damaged or belongs to other bytes.
+/// Returns no runs if the file is missing, is damaged, or belongs to other bytes.
 SRuns readRuns(std::string_view received, const std::wstring& reference)
 {
     const std::wstring path = reference + LbReceivedFile::c_RunsSuffix;

@@ -18,7 +18,7 @@ namespace
 /// All records by name. Records with equal names are in order of registration; Find returns the first.
 struct SRegistry
 {
-    // Held only for one hash lookup, so a shared lock for readers would cost more than it saves.
+    // Usually held only for one hash lookup, so a shared lock for readers would cost more than it saves.
     std::mutex mutex;
     std::unordered_map<std::wstring, std::vector<const LbRTTI*>> records;
 };
@@ -26,10 +26,10 @@ struct SRegistry
 /// The functions of LbLateClasses that have not been called yet.
 struct SLate
 {
-    // Recursive, because a function may look classes up.
+    // Recursive, because a registering function may look classes up.
     std::recursive_mutex mutex;
     std::vector<void (*)()> pending;
-    std::atomic<bool> isPending = false; ///< until the last function has returned
+    std::atomic<bool> isPending = false; ///< true until the last function has returned
 };
 
 SRegistry& getRegistry()
@@ -42,8 +42,8 @@ SRegistry& getRegistry()
 
 SLate& getLate()
 {
-    // Never destroyed, for the same reason. Not on the heap, because the first to look a class up may be a case whose
-    // heap is tracked.
+    // Never destroyed, because LbLateClasses objects are destroyed in unknown order. Not on the heap, because a case
+    // whose heap is tracked may be the first to look up a class.
     alignas(SLate) static std::array<std::byte, sizeof(SLate)> s_memory;
     static SLate& late = *new (s_memory.data()) SLate;
     return late;

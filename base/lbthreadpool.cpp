@@ -64,7 +64,7 @@ void LbThreadPool::CTask::SState::Run()
 
 void LbThreadPool::CTask::SState::End(std::exception_ptr caught)
 {
-    // Releases what the task has captured before any waiting thread continues.
+    // Waiting threads continue only after the task has released the objects that it captured.
     function = nullptr;
 
     const std::lock_guard lock(mutex);
@@ -115,7 +115,7 @@ struct LbThreadPool::SShared
     unsigned running = 0;      ///< tasks that are running
     bool isStopping = false;
 
-    std::mutex stopMutex; ///< one shut-down at a time
+    std::mutex stopMutex; ///< held during a shut-down, so that only one runs at a time
 };
 
 /// Starts the threads if there are none and waits until all are ready. Otherwise a heap tracker could count what a
@@ -136,7 +136,7 @@ void LbThreadPool::SShared::Start(std::unique_lock<std::mutex>& lock)
     }
     catch (const std::system_error&)
     {
-        // The system is short of threads; fewer threads do the same work.
+        // The system cannot start more threads; the started ones do all the work.
         if (threads.empty())
         {
             throw;
@@ -183,7 +183,8 @@ void LbThreadPool::SShared::Stop()
         isStopping = true;
         changed.notify_all();
     }
-    // Not locked: while the list is not empty, new tasks start no threads, so nothing changes it.
+    // Without `mutex`, which the ending threads need. Run starts no threads while the list is not empty, so no other
+    // thread changes the list.
     for (std::thread& thread : threads)
     {
         thread.join();
@@ -220,8 +221,8 @@ LbThreadPool::~LbThreadPool() = default;
 
 LbThreadPool& LbThreadPool::GetInstance()
 {
-    // Never destroyed. If the process ends without a shut-down, waiting for the threads could hang, because the system
-    // may have ended them, and other threads may still use the pool.
+    // Never destroyed: if the process ends without a shut-down, other threads may still use the pool, and a destructor
+    // that waits for the threads could hang, because the system may already have ended them.
     static LbThreadPool& pool = *new LbThreadPool;
     s_exists = true;
     return pool;

@@ -39,7 +39,7 @@ std::optional<Result> parseDigits(std::wstring_view text)
 
 std::optional<Result> fromFloating(double value)
 {
-    // The first value above the range: exactly representable as a double, which the maximum itself may not be.
+    // The first value above the range. A double represents it exactly, unlike the maximum of a 64-bit type.
     const double limit = std::ldexp(1.0, std::numeric_limits<Result>::digits);
     if (!(value >= 0.0 && value < limit) || std::trunc(value) != value)
     {
@@ -48,7 +48,7 @@ std::optional<Result> fromFloating(double value)
     return static_cast<Result>(value);
 }
 
-/// Turns each alternative of a variant into an unsigned integer.
+/// Converts each alternative of a variant to an unsigned integer.
 struct SToUnsigned
 {
     std::optional<Result> operator()(std::monostate) const { return std::nullopt; }

@@ -33,7 +33,7 @@ wchar_t getPicture(wchar_t control)
                                  : c_Unknown;
 }
 
-/// Characters that look like nothing or like a blank, or that change the order of others.
+/// True for characters that look like nothing or like a blank, or that change the order of other characters.
 bool isInvisible(wchar_t character)
 {
     constexpr std::pair<wchar_t, wchar_t> c_Ranges[] = {{0x80, 0xA0},     {0xAD, 0xAD},     {0x61C, 0x61C},

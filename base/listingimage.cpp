@@ -97,7 +97,7 @@ private:
     bool m_isBroken = false;
 };
 
-/// Writes what follows the header, or nothing if `block` is null. Returns the size of the block.
+/// Writes what follows the header, or nothing if `block` is null. Returns the size of the whole block.
 std::size_t write(const SListing& listing, std::byte* block)
 {
     CWriter writer(block);
@@ -128,14 +128,14 @@ std::vector<SMatches> takeMatches(CReader& reader, std::uint64_t patterns)
     return matches;
 }
 
-/// Each name lies within the text.
+/// True if each name lies within the text.
 bool areBeginsValid(const SListing& listing)
 {
     return !listing.begins.empty() && std::ranges::is_sorted(listing.begins) &&
            listing.begins.back() == listing.text.size();
 }
 
-/// Each rank is that of a name. Precondition: areBeginsValid.
+/// True if a name exists for each rank. Precondition: areBeginsValid.
 bool areRanksValid(const SListing& listing)
 {
     return std::ranges::all_of(listing.matches, [&listing](const SMatches& matches) {

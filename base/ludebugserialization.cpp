@@ -19,7 +19,7 @@ SDirectory& getDirectory()
     return directory;
 }
 
-/// A pointer, because the destructor of a text could run before the last use at the end of a thread.
+/// A pointer, because a thread-local text could be destroyed before its last use at the end of the thread.
 thread_local const std::wstring* s_threadDirectory = nullptr;
 
 } // namespace

@@ -39,7 +39,7 @@ std::uint64_t finish(std::uint64_t word)
     return word ^ (word >> 33);
 }
 
-/// The bytes after the last whole block.
+/// Adds the bytes after the last whole block to the hashes.
 void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
 {
     if (size > c_WordSize)
@@ -52,7 +52,7 @@ void addTail(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1,
     }
 }
 
-/// The whole blocks.
+/// Adds whole blocks to the hashes.
 void addBlocks(const unsigned char* bytes, std::size_t size, std::uint64_t& hash1, std::uint64_t& hash2)
 {
     std::uint64_t state1 = hash1;

@@ -22,15 +22,15 @@ namespace
     throw LbException(LbFormat(L"Untertest %u gibt es nicht, es sind %u", subtest, count));
 }
 
-/// True if a second object can be given this stream and directory, which the first one has stored. False if the class
-/// has replaced the ones given to it: it might then replace these in turn.
+/// True if an object has stored the stream and the directory that the runner gave to it, so that a second object can
+/// get the same ones. False if the class has stored others: a second object might replace those in turn.
 bool canGiveAgain(const LuStreamWriteText* messages, const std::wstring& directory)
 {
     const auto* const given = dynamic_cast<const LbGivenStream*>(messages);
     return given != nullptr && given->GetDataDirectory() == directory;
 }
 
-/// The name of the sub-test's file. The class may give the sub-test itself another name.
+/// The name of the sub-test's file. The sub-test may have another name if the class overrides GetSubtestName.
 template<typename Entry>
 std::wstring getFileName(const Entry& entry, std::uint32_t subtest)
 {

@@ -19,7 +19,8 @@ using LbSubtestSearch::SSubtests;
 /// answer is checked.
 using Hash = std::size_t;
 
-/// Stores, for each class and directory, the names of the sub-tests that searches have read so far, from the first on.
+/// Stores, for each class and directory, the hashes of all sub-test names that have been read so far, beginning with
+/// index 0.
 class CKnownNames
 {
 public:
@@ -112,7 +113,7 @@ private:
     std::pmr::unordered_map<Hash, SOwner> m_known{&m_memory};
 };
 
-/// Passes names on in groups, so that threads seldom wait for each other.
+/// Passes hashes of names to CKnownNames in groups, so that threads seldom wait for each other.
 class CRecorder
 {
 public:

@@ -30,7 +30,7 @@ constexpr SSignature c_Signatures[] = {
     {"\xEF\xBB\xBF"sv, EEncoding::Utf8, 3},          // byte order marks
     {"\xFF\xFE"sv, EEncoding::Utf16LittleEndian, 2}, //
     {"\xFE\xFF"sv, EEncoding::Utf16BigEndian, 2},    //
-    {"<\0"sv, EEncoding::Utf16LittleEndian, 0},      // no mark: the first character
+    {"<\0"sv, EEncoding::Utf16LittleEndian, 0},      // no mark: recognised by the first character
     {"\0<"sv, EEncoding::Utf16BigEndian, 0},         //
 };
 

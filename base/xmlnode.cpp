@@ -61,8 +61,8 @@ void visitTexts(pugi::xml_node element, const F& visit)
     }
 }
 
-/// A file of nothing but tags would need many times its size in memory. Eight bytes per tag are less than any element
-/// with a name takes.
+/// A file that consists only of tags would need many times its size in memory. Elements with attributes or text usually
+/// take at least eight bytes per tag.
 bool isTooDense(std::string_view bytes)
 {
     constexpr std::size_t c_AlwaysAllowed = 1 << 20U;
