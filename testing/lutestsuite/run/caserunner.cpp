@@ -48,14 +48,14 @@ void readAnswer(const SWorkBuffer& buffer, SCaseInfo& info)
     info.messages = LoadMessages(buffer);
 }
 
-/// The case may have ended in the middle of a line.
+/// Appends lines to the messages. First ends the last message line, because a crash may have cut it off.
 void appendLines(const std::wstring& lines, std::wstring& messages)
 {
     messages += lines.empty() || messages.empty() || messages.ends_with(L'\n') ? L"" : L"\n";
     messages += lines;
 }
 
-/// The messages of a case that WriteRequest has refused.
+/// The message lines for a case that WriteRequest has refused.
 std::wstring describeRefusal(const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase)
 {
     const std::pair<const wchar_t*, const std::wstring*> names[] = {{L"Der Klassenname", &unitTest.className},
@@ -73,9 +73,9 @@ std::wstring describeRefusal(const LuTestSuite::SUnitTest& unitTest, const LuTes
     return text;
 }
 
-/// Objects of a class that overrides nothing look up the file of their case. They need the listing only if the class
-/// asks for it; then each process reads the folder once, unless it is shared. That is cheap for a process of many
-/// cases, but not for one process per case.
+/// Tells whether the child processes certainly need the listing of the case's folder. If a class overrides neither the
+/// list nor the running of sub-tests, its objects look up only the file of their case; they read the whole folder only
+/// if the class asks for it. One such read per process is cheap if a process runs many cases, but not if it runs one.
 EListingUse getListingUse(const SPlannedCase& planned)
 {
     const LbRTTI* const type = LbRTTI::Find(planned.unitTest.className);
@@ -83,7 +83,8 @@ EListingUse getListingUse(const SPlannedCase& planned)
     return isPlain && !planned.params.isolated ? EListingUse::Possible : EListingUse::Certain;
 }
 
-/// The index where discovery found the case; empty if its class neither names nor counts its cases.
+/// The index where discovery found the sub-test of the case; empty if the class uses the list of LuUnitTest or is
+/// unknown.
 std::optional<std::uint32_t> findLikelySubtest(const SPlannedCase& planned)
 {
     const LbRTTI* const type = LbRTTI::Find(planned.unitTest.className);
@@ -99,7 +100,7 @@ void refuse(const SPlannedCase& planned, SCaseEnd& end)
     planned.info.messages = describeRefusal(planned.unitTest, planned.testCase);
 }
 
-/// Counts only among the next few cases, because no more processes are started in advance.
+/// Counts the isolated cases among the next GetMost() cases; more spare children are never started.
 std::size_t countIsolated(PlannedCases toCome)
 {
     const PlannedCases next = toCome.first(std::min(toCome.size(), CSpareChildren::GetMost()));
@@ -127,7 +128,7 @@ std::uint64_t CCaseRunner::findProcess(const SPlannedCase& planned)
     }
     catch (const LbException&)
     {
-        // Ignored here: the same error occurs again when the case requests its child.
+        // Ignores the exception here: the case requests its child again and then reports the error.
     }
     return m_external.GetProcessId();
 }
@@ -176,7 +177,7 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
         const LuTestSuite::CUnderWay underWay(*m_crashThread, LuTestSuite::EActivity::RunCase, buffer->className,
                                               buffer->caseName);
         ExecuteInBuffer(*buffer);
-        // The case may have ignored SIGCHLD: then older kernels drop the exit statuses of children.
+        // If the case has made the process ignore SIGCHLD, older kernels drop the exit statuses of children.
         LbOs::CChildProcess::RestoreSignals();
     }
     end.processId = m_ownProcessId;

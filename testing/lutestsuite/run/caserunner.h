@@ -1,4 +1,5 @@
-/// Runs one planned case: writes the request into a work buffer, executes it, copies the answer into the record.
+/// Runs one planned case: writes the request into a work buffer, executes the case and copies the answer into the
+/// record.
 #pragma once
 
 #include <functional>
@@ -20,24 +21,26 @@ namespace LuTestSuiteRun
 bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase,
                   const SParams& params);
 
-/// Owned by one executing thread, together with the child processes that run its external cases.
+/// Runs the cases of one executing thread, which owns it, and owns the child process of the thread's external cases.
 class CCaseRunner : public INonCopyable
 {
 public:
     /// The arguments must outlive the runner.
     CCaseRunner(CRunEvents& events, CSpareChildren& spares) : m_events(events), m_spares(spares), m_external(spares) {}
 
-    /// Lists the next cases of all threads.
+    /// Returns the cases that no thread has taken yet, in plan order.
     using ToCome = std::function<PlannedCases()>;
 
-    /// Runs the case, fills its record and reports its events. If the case is canceled or its name is too long, the
-    /// result in its record does not change. Processes may be started meanwhile for the cases to come.
+    /// Runs the case, fills its record and reports its events. If the run is canceled before the case begins, or if a
+    /// name is too long for the request, the result in the record does not change. Meanwhile, spare children may be
+    /// started for the cases that `toCome` returns.
     void Run(const SPlannedCase& planned, const ToCome& toCome);
 
-    /// Provides what the case needs; false if no child process could be started. Throws LbException.
+    /// For an external case, prepares a child process and everything that the case needs; false if no child could be
+    /// started. Throws LbException if the objects shared with the child cannot be created.
     bool MakeReadyFor(const SPlannedCase& planned);
 
-    /// Releases what cases in child processes need.
+    /// Releases the child process and the resources that external cases need.
     void ReleaseChildren() { m_external.Release(); }
 
 private:
@@ -51,9 +54,9 @@ private:
     const std::function<bool()> m_isCanceled = [this] { return m_events.IsCanceled(); };
     CSpareChildren& m_spares;
     std::optional<CHeapWorkBuffer> m_buffer;
-    std::optional<LuTestSuite::CCrashThread> m_crashThread; ///< exists together with the buffer
+    std::optional<LuTestSuite::CCrashThread> m_crashThread; ///< created together with m_buffer
     CExternalContext m_external;
-    const LuTestSuite::SUnitTest* m_sharedFor = nullptr; ///< its listing is shared
+    const LuTestSuite::SUnitTest* m_sharedFor = nullptr; ///< the last unit test whose listing needs no more sharing
     const std::uint64_t m_ownProcessId = LbOs::GetProcessId();
 };
 

@@ -66,7 +66,7 @@ std::wstring countText(std::uint32_t count, const wchar_t* singular, const wchar
     return LbFormat(L"%d %s", count, singular) + (count == 1 ? L"" : pluralEnding);
 }
 
-/// One row of the summary: unit tests, then case runs.
+/// Prints one row of the summary: the number of unit tests, then of case runs.
 void writeRow(LbFormatString<std::wstring, std::wstring> format, std::uint32_t unitTests, std::uint32_t cases,
               LuColor color)
 {
@@ -97,7 +97,7 @@ void CCaseLines::WriteHeader(const SCaseInfo& info)
     const LuTestSuite::SUnitTest& unitTest = m_unitTests[info.unitTest];
     if (info.unitTest != m_lastUnitTest)
     {
-        // Bold without a colour, to distinguish the heading from results.
+        // The heading is bold and has no colour, to distinguish it from results.
         LuTestSuiteOut::Write(L"%s\n", unitTest.className).Bold();
         m_lastUnitTest = info.unitTest;
     }
@@ -150,7 +150,7 @@ void WriteSummary(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SS
     }
     if (stats.total.warnings != 0)
     {
-        // The first number intentionally includes failed unit tests.
+        // The number of unit tests intentionally includes failed ones.
         writeRow(L"\tMit Warnung:\t%s, %s\n", stats.unitTestsExecuted - stats.unitTestsPassedWithoutWarning,
                  stats.total.warnings, LuColor::c_GOLDENROD);
     }

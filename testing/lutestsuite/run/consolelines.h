@@ -10,11 +10,11 @@
 namespace LuTestSuiteRun
 {
 
-/// Prints headers and results, case by case. Used by the thread that owns the run's console.
+/// Prints headers and results, case by case. Only the thread that called the run uses it.
 class CCaseLines
 {
 public:
-    /// The arguments must outlive the object, which prints one list of cases.
+    /// The arguments must outlive the object.
     CCaseLines(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params)
         : m_unitTests(unitTests), m_params(params)
     {
@@ -34,7 +34,7 @@ private:
     std::int64_t m_lastUnitTest = sc_iNone;
 };
 
-/// Prints the line that replaces the cases that did not run because of a cancellation.
+/// Prints the line that says that the run was canceled.
 void WriteCanceled();
 
 void WriteSummary(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SStats& stats);

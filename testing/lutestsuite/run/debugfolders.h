@@ -1,4 +1,4 @@
-/// The folders of debug serialisation.
+/// The output folders of debug serialisation.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 namespace LuTestSuiteRun
 {
 
-/// One folder per case, below one root per process and run, which is named after the time. Cases of one name share
-/// their folder.
+/// One folder for each case name, in a root folder that is named after the time when the object was created. Cases with
+/// the same name share a folder.
 class CDebugFolders
 {
 public:

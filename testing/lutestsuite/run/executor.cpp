@@ -25,7 +25,7 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// Maps a sub-test's own result to its case's result; any other number remains "Unknown".
+/// Maps the result of a sub-test to the result of its case. A number outside the enumeration becomes Unknown.
 ECaseRunResult toCaseResult(LuUnitTest::EResult result)
 {
     switch (result)
@@ -74,7 +74,8 @@ public:
         m_isFull = m_isFull || (!IsInCopy() && !AppendMessages(m_buffer, text));
     }
 
-    /// If a test forks, the fork also reaches the end of the case. By then the buffer may belong to another case.
+    /// True in a process that the test has forked. Such a process may also reach the end of the case, but must not
+    /// write to the buffer, which may belong to another case by then.
     bool IsInCopy() const { return LbOs::GetForkMark() != m_forkMark; }
 
 private:
@@ -83,7 +84,7 @@ private:
     bool m_isFull = false;
 };
 
-/// Stores how long its scope lasted, even if an exception ends the scope.
+/// Stores the duration of its scope in nanoseconds, even if an exception ends the scope.
 class CStopwatch : public INonCopyable
 {
 public:
@@ -95,7 +96,7 @@ private:
     LbTimer m_timer{LbTimer::eR_NanoSecond};
 };
 
-/// The part of a case that may throw. The caller destroys the created unit test.
+/// Creates the unit test and runs the sub-test; exceptions pass through. The caller destroys the unit test.
 ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std::unique_ptr<LuUnitTest>& unitTest,
                           LbGivenStream& messages, std::uint64_t& time)
 {
@@ -119,7 +120,8 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
     return toCaseResult(unitTest->RunSelectedSubtest());
 }
 
-/// Runs the case and releases everything that the runner allocates for it; remaining memory is the case's leak.
+/// Runs the case and releases everything that the runner has allocated for it, so that the remaining memory is the
+/// case's leak.
 ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
 {
     CBufferStream messages(buffer);
@@ -132,7 +134,8 @@ ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
     }
     catch (...)
     {
-        // LuUnitTest reports exceptions of sub-tests. These come from other operations of the class.
+        // LuUnitTest itself reports exceptions of sub-tests; the exception here comes from another operation of the
+        // class.
         messages.WriteFormat(L"\t\tERROR: %s\n", LbDescribeCurrentException());
     }
     if (messages.IsInCopy())
@@ -143,7 +146,7 @@ ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
     return result;
 }
 
-/// Marks each line as an information line.
+/// Turns a heap dump into information lines, after a heading.
 std::wstring toInfoLines(std::wstring_view text)
 {
     std::wstring lines = L"\t\tINFO:  Dump()...\n";
@@ -158,7 +161,7 @@ std::wstring toInfoLines(std::wstring_view text)
 
 void storeHeapUse(SWorkBuffer& buffer, const SParams& params, LuTestSuiteHeapTracker& tracker)
 {
-    // Reporting the figures must not change them.
+    // Deactivates the tracker first, because reading and writing the figures must not change them.
     tracker.Deactivate();
     const std::int64_t growth = tracker.GetCurrentAlloc();
     buffer.memoryGrowth = static_cast<std::uint64_t>(growth);
@@ -195,7 +198,7 @@ ECaseRunResult runTracked(SWorkBuffer& buffer)
     }
     catch (...)
     {
-        // Memory ran out while the end of the case was recorded.
+        // The process ran out of memory while the end of the case was recorded.
         return ECaseRunResult::Exception;
     }
 }
@@ -204,7 +207,7 @@ ECaseRunResult runTracked(SWorkBuffer& buffer)
 
 void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
 {
-    // Stored last: a case that crashes its process in a destructor has no result.
+    // Stores the result last, so that a case that crashes in a destructor has no result.
     buffer.result = static_cast<std::uint32_t>(runTracked(buffer));
 }
 

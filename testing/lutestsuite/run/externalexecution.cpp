@@ -1,4 +1,4 @@
-/// The child's side of external cases: a process that executes cases for a parent run.
+/// The child process of external cases: executes cases for a parent run.
 
 #include <cstdio>
 #include <cstdlib>
@@ -64,13 +64,13 @@ bool hasMemory()
     return memory != nullptr;
 }
 
-/// At exit, ends the processes that cases have started. Test modules register their exit handlers later, so those run
-/// first.
+/// Registers an exit handler that ends the processes that cases have started. Exit handlers of test modules run before
+/// it, because the modules register them later.
 void endDescendantsAtExit()
 {
     static const std::uint64_t s_mark = LbOs::GetForkMark();
     std::atexit([] {
-        // A fork made by a case inherits this handler but must not end anything.
+        // A process that a case has forked inherits this handler, but must not end other processes.
         if (LbOs::GetForkMark() == s_mark)
         {
             LbOs::EndDescendants();
@@ -80,13 +80,14 @@ void endDescendantsAtExit()
 
 void prepareProcess()
 {
-    // Wine buffers stderr; a crash would lose output, or attribute it to a later case.
+    // Under Wine, stderr has a buffer; after a crash, its content would be lost or be attributed to a later case.
     std::setvbuf(stderr, nullptr, _IONBF, 0);
     endDescendantsAtExit();
     LbOs::EndSilentlyOnCrash();
 }
 
-/// Later cases go to another child. Exits immediately, because an orderly exit may need memory.
+/// Ends this process immediately, because an orderly exit may need memory. The parent starts another child for later
+/// cases.
 [[noreturn]] void endWithoutMemory()
 {
     LbOs::EndDescendants();
@@ -113,20 +114,22 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     LbOs::CThreadProcessors processors;
     CBriefWatch watch;
     const auto isRequested = [&buffer] { return HasRequest(*buffer.GetWriteAccess()); };
-    // If a signal came during a watch, its event stays set: the next wait returns at once, without a request.
+    // If the parent signals during Watch, the event stays set, so the next Wait returns at once although there is no
+    // new request.
     while (watch.Watch(isRequested) || request->Wait(c_LongestIdleMilliseconds) == LbOs::EEventWait::Signaled)
     {
         const CWorkBufferWriteView view = buffer.GetWriteAccess();
         if (!TakeRequest(*view))
         {
-            // A test has set the event, or its request was seen before.
+            // There is no request: a test has set the event, or Watch has already seen the request of this signal.
             continue;
         }
         if (IsLeaveRequest(*view))
         {
             return;
         }
-        // The parent may have bound this thread to its own processor. The case may use all earlier processors.
+        // The parent may have bound this thread to the parent's processor. Restores the previous processors for the
+        // case.
         processors.Restore();
         LuDebugSerializationGeneric::SetDefaultOutputDirectory(debugFolders.GetFolder(LoadName(view->caseName)));
         executeCase(*view, thread);

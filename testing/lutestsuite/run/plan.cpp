@@ -18,7 +18,7 @@ std::size_t countCases(const std::vector<LuTestSuite::SUnitTest>& unitTests)
     return count;
 }
 
-/// Reserves memory for all repetitions, because the plan keeps pointers to the records.
+/// Creates the records of all case runs. Nothing may be added later, because the plan keeps references to the records.
 std::vector<SCaseInfo> makeRecords(const std::vector<LuTestSuite::SUnitTest>& unitTests, std::uint32_t repetitions)
 {
     std::vector<SCaseInfo> cases;
@@ -76,7 +76,7 @@ SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SPara
                              : &plan.ownParams.emplace_back(GetCaseParams(params, testCase.parameters));
         }
         plan.hasExternal = plan.hasExternal || caseParams->external;
-        // Parallel only if both the run and the case allow it.
+        // A case is parallel only if both the run and the case allow it.
         const bool isParallel = params.parallel && caseParams->parallel;
         (isParallel ? plan.parallel : plan.sequential).push_back({unitTest, testCase, *caseParams, info});
     }

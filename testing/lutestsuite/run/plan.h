@@ -1,4 +1,4 @@
-/// The plan of a run: all case runs with their parameters, and which of them may run in parallel.
+/// The plan of a run: all case runs with their parameters, divided into parallel and sequential ones.
 #pragma once
 
 #include <deque>
@@ -15,7 +15,7 @@ struct SPlannedCase
 {
     const LuTestSuite::SUnitTest& unitTest;
     const LuTestSuite::STestCase& testCase;
-    const SParams& params; ///< resolved, see GetCaseParams
+    const SParams& params; ///< parameters of the case, see GetCaseParams
     SCaseInfo& info;
 };
 
@@ -23,14 +23,15 @@ using PlannedCases = std::span<const SPlannedCase>;
 
 struct SPlan
 {
-    std::vector<SPlannedCase> parallel;   ///< case runs that may run in parallel, in plan order; they come first
+    std::vector<SPlannedCase> parallel;   ///< case runs that may run in parallel, in plan order; executed first
     std::vector<SPlannedCase> sequential; ///< the others, in plan order
-    bool hasExternal = false;             ///< some cases run in child processes
+    bool hasExternal = false;             ///< true if at least one case runs in a child process
     std::deque<SParams> ownParams; ///< parameters of cases that have their own; the others share those of the run
 };
 
-/// Ordered by unit test, case and repetition. Fills `cases` with the records, in plan order. The plan keeps references
-/// to the arguments, which must outlive it and change only where executors write into the records.
+/// Makes a plan that is ordered by unit test, case and repetition. Fills `cases` with the records, in plan order. The
+/// plan keeps references to the arguments, which must outlive it. Afterwards, results may be written into the records;
+/// nothing else may change.
 SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params,
                std::vector<SCaseInfo>& cases);
 

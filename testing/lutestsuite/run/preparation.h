@@ -1,4 +1,4 @@
-/// Prepares the process for a run, and restores it.
+/// Prepares the process for a run.
 #pragma once
 
 #include <string>
@@ -11,8 +11,8 @@ struct LuTestSuiteSetup;
 namespace LuTestSuiteRun
 {
 
-/// Loads the test modules, switches assertion dialogs and changes to the executable's folder; the destructor reverts
-/// the last two.
+/// Loads the test modules, enables or disables assertion dialogs as the setup requests, and makes the executable's
+/// folder the working directory. The destructor enables the dialogs again and restores the working directory.
 class CPreparation : public INonCopyable
 {
 public:

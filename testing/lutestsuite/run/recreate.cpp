@@ -19,7 +19,8 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// Changes to the executable's folder; the destructor changes back, also after an exception of a callback.
+/// Makes the executable's folder the working directory; the destructor restores the previous one, also after an
+/// exception of a callback.
 class CExecutableDirectory : public INonCopyable
 {
 public:
@@ -34,7 +35,7 @@ private:
     LuTestSuiteEnvironment& m_environment;
 };
 
-/// Null also if the registry does not derive the object's class from LuUnitTest.
+/// Null if the class cannot be created, or if its RTTI record is not derived from that of LuUnitTest.
 std::unique_ptr<LuUnitTest> createUnitTest(const std::wstring& className)
 {
     std::unique_ptr<LuUnitTest> unitTest = LuTestSuite::CreateUnitTest(className);
@@ -61,7 +62,7 @@ bool recreateSubtest(LuUnitTest& unitTest, const std::wstring& name, const IUnit
     return true;
 }
 
-/// The part of a case that may throw.
+/// Recreates the data of one case; exceptions pass through.
 void recreateCase(const LuTestSuite::SUnitTest& unitTest, const std::wstring& caseName,
                   const IUnitTestRecreate::SRequest& request)
 {
@@ -83,7 +84,7 @@ void recreateCaseOrReport(const LuTestSuite::SUnitTest& unitTest, const std::wst
                           const IUnitTestRecreate::SRequest& request)
 {
     const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::RecreateCase, unitTest.className, caseName);
-    // The case before may have changed the working directory.
+    // The previous case may have changed the working directory.
     LuTestSuite::EnterExecutableDirectory();
     try
     {
@@ -95,7 +96,7 @@ void recreateCaseOrReport(const LuTestSuite::SUnitTest& unitTest, const std::wst
     }
 }
 
-/// False if it was canceled.
+/// False if the host canceled the operation.
 bool recreateAll(const std::vector<LuTestSuite::SUnitTest>& unitTests, const IUnitTestRecreate::SRequest& request,
                  const SCallbacks& callbacks)
 {
@@ -109,7 +110,7 @@ bool recreateAll(const std::vector<LuTestSuite::SUnitTest>& unitTests, const IUn
                 return false;
             }
             recreateCaseOrReport(unitTest, testCase.name, request);
-            // Reports progress, not a result: the console shows the outcome.
+            // Reports only progress: the result is always Ok, and the console shows the outcome.
             callbacks.caseFinished(ECaseRunResult::Ok);
         }
     }

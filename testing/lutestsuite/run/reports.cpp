@@ -25,7 +25,7 @@ struct STargets
     std::wstring html;
 };
 
-/// Path of an automatic report without its extension.
+/// Creates the folder of automatic reports and returns the path of a new report without its extension.
 std::wstring makeAutomaticName()
 {
     const std::wstring folder = LuTestSuiteUtils::AddBackslash(LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Reports");
@@ -33,8 +33,8 @@ std::wstring makeAutomaticName()
     return LbFormat(L"%sLuTestSuiteReport-%s", folder, LbDateTime::FormatNow(L"[Y-m-d]-[H-i-s]"));
 }
 
-/// Resolves the user's path; empty on failure. Without its working directory, a relative path would refer to the
-/// executable's folder.
+/// Returns the path, after restoring the working directory for a relative path. If that fails, prints an error and
+/// returns an empty text, because the path would refer to the executable's folder.
 std::wstring getTarget(const std::wstring& path, LuTestSuiteEnvironment& environment)
 {
     if (path.empty() || LbOs::IsAbsolutePath(path) || environment.RestoreWorkingDirectory())
@@ -46,7 +46,7 @@ std::wstring getTarget(const std::wstring& path, LuTestSuiteEnvironment& environ
     return {};
 }
 
-/// Automatic names replace the user's names.
+/// The user's paths; empty where an automatic name replaces the user's.
 STargets getNamedTargets(const LuTestSuiteSetup& setup)
 {
     return {setup.autoXml ? std::wstring() : setup.xmlReport, setup.autoHtml ? std::wstring() : setup.htmlReport};
@@ -116,7 +116,7 @@ void WriteReports(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environ
     }
     catch (const std::bad_alloc&)
     {
-        // The result of the run is already final.
+        // Does not throw, because the run itself has succeeded and its result must be returned.
         LuTestSuite::WriteWarning(L"Fehler: Der Speicher reicht für die Reports nicht aus.\n");
     }
 }

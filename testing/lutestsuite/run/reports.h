@@ -8,13 +8,13 @@
 namespace LuTestSuiteRun
 {
 
-/// Throws LbException if a report has a relative path and there is no working directory. Called before the run, which
-/// may take long.
+/// Throws LbException if a report has a relative path and there is no working directory. Called before the run, so that
+/// the user does not learn of this only after a long run.
 void RequireReportPlaces(const LuTestSuiteSetup& setup);
 
 /// Writes the reports that the setup requests, all from one record, and opens the page if requested. Relative paths
-/// refer to the environment's working directory; if the cases have deleted it, such a report is not written. Never
-/// throws and does not change the result: each report that cannot be written prints one line.
+/// refer to the environment's working directory; if cases have deleted it, reports with relative paths are not written.
+/// Prints one line for each report that cannot be written; neither throws nor changes the result.
 void WriteReports(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment,
                   const std::vector<LuTestSuite::SUnitTest>& unitTests, const SRunResult& result);
 

@@ -30,7 +30,8 @@ namespace
 
 using UnitTests = std::vector<LuTestSuite::SUnitTest>;
 
-/// A host's own list of unit tests is run unchanged.
+/// Returns the unit tests to run: the host's own list unchanged if there is one, otherwise the selected cases of the
+/// data directory.
 UnitTests gather(const LuTestSuiteSetup& setup, const CPreparation& preparation)
 {
     if (!setup.unitTests.empty())
@@ -78,22 +79,23 @@ void execute(const SParams& params, const SChildSettings& childSettings, const S
     executeSequentially(events, childSettings, plan.sequential);
 }
 
-/// The observers of the run, and the data that they need in addition to events.
+/// The host's observer, and the options of the run.
 struct SWatch
 {
     IRunObserver& observer;
     const SRunOptions& options;
 };
 
-/// If no code of the host runs between two cases, the result of one and the header of the next are one write.
+/// If no code of the host runs between two cases, the result of a case is written together with the header of the next
+/// case.
 LuTestSuite::EBatchEnd getResultEnd(const LuTestSuiteSetup& setup, const IRunObserver& observer)
 {
     const bool isUnwatched = typeid(observer) == typeid(IRunObserver) && LuTestSuite::HasDefaultCallbacks(setup);
     return isUnwatched ? LuTestSuite::EBatchEnd::Defer : LuTestSuite::EBatchEnd::Write;
 }
 
-/// Runs everything up to the summary. Restores the working directory when it returns, because the user's report paths
-/// refer to it.
+/// Runs everything up to and including the summary. Restores the working directory before it returns, because the
+/// user's report paths refer to it.
 SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, const SWatch& watch,
                     UnitTests& unitTests, CLeavingChildren& leaving)
 {
@@ -118,7 +120,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
         preparation.GetDataDirectory(), setup.dlls, setup.params.assertDialog, &leaving, watch.options.takeStacks,
         watch.options.dumpDirectory,    &listings};
     execute(setup.params, childSettings, plan, events, console);
-    // Cases that finished after a cancellation and were not printed do not count.
+    // After a cancellation, finished cases whose lines were not printed do not count as executed.
     CRunEvents::Withdraw(console.GetWaiting(), result.cases);
     result.stats = CountCases(result.cases, unitTests.size());
     result.stats.startTime = startTime;
@@ -140,10 +142,10 @@ SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environmen
                const SRunOptions& options)
 {
     RequireReportPlaces(setup);
-    // Before the modules are loaded, so that the modules' handlers take precedence. Threads that cases have left may
-    // crash until the end.
+    // Exists before the modules are loaded, whose initialisation may crash, and until the end, because threads that
+    // cases have left running may still crash.
     const LuTestSuite::CCrashNotes notes;
-    // At the very end the run waits for exiting children.
+    // Its destructor waits for exiting children, so that they can exit while the reports are written.
     CLeavingChildren leaving;
     UnitTests unitTests;
     SRunResult result = runCases(setup, environment, {observer, options}, unitTests, leaving);

@@ -11,12 +11,13 @@
 namespace LuTestSuiteRun
 {
 
-/// Prints a run's cases and its summary, and passes each printed result to the setup's resultCallback. All of this
-/// happens on the thread that called the run: finished cases of worker threads wait until that thread prints them.
+/// Prints a run's cases and its summary, and passes each printed result to the setup's resultCallback. Prints only on
+/// the thread that called the run: finished cases of worker threads wait until that thread prints them.
 class CRunConsole : public IRunObserver
 {
 public:
-    /// The setup and the unit tests must outlive the object. `resultEnd` applies to cases of the calling thread.
+    /// The setup and the unit tests must outlive the object. `resultEnd` determines whether the results of cases on the
+    /// calling thread are written at once or deferred.
     CRunConsole(const LuTestSuiteSetup& setup, const std::vector<LuTestSuite::SUnitTest>& unitTests,
                 LuTestSuite::EBatchEnd resultEnd);
 
@@ -30,16 +31,17 @@ public:
     /// Number of finished cases of worker threads that wait to be printed. Any thread.
     std::size_t CountWaiting();
 
-    /// Prints the case that has waited longest. Precondition: a case is waiting; on the thread that called the run.
+    /// Prints the case that has waited longest. Call it on the thread that called the run, and only while a case is
+    /// waiting.
     void PrintWaiting();
 
-    /// The plan's indices of the waiting cases. Precondition: all workers have ended.
+    /// The indices in the plan of the cases that are still waiting. Precondition: all workers have ended.
     std::vector<std::size_t> GetWaiting() const;
 
 private:
     struct SWaiting
     {
-        std::size_t index; ///< in the plan
+        std::size_t index; ///< index in the plan
         const SCaseInfo* info;
     };
 

@@ -19,7 +19,7 @@ CRunEvents::CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRun
 {
 }
 
-/// Serialises the calls of the host. The first exception fails the run.
+/// Calls code of the host, one call at a time. An exception fails the run and passes through.
 template<typename Call>
 void CRunEvents::guarded(const Call& call)
 {

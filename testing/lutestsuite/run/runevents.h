@@ -1,4 +1,4 @@
-/// The stream of a run's events.
+/// Reports the events of a run.
 #pragma once
 
 #include <cstddef>
@@ -14,12 +14,13 @@
 namespace LuTestSuiteRun
 {
 
-/// The only place that reports events of a run to observers and asks the host whether to continue. Any thread; calls
-/// are serialised.
+/// The only class that reports events of a run to observers and asks the host whether to continue. Any thread; it makes
+/// one call at a time.
 ///
-/// The first exception of an observer or of the host's callback fails the run: then neither is called again.
+/// The first exception of an observer or of a callback of the host fails the run: then no observer or callback is
+/// called again.
 ///
-/// In this library only this class writes SCaseInfo::executed.
+/// In this library, only this class sets SCaseInfo::executed.
 class CRunEvents : public INonCopyable
 {
 public:
@@ -30,35 +31,35 @@ public:
         Failed    ///< by an exception
     };
 
-    /// `isCanceled` and the observers, which are called in this order, must outlive the object. `isNeeded` as in
-    /// SRunOptions.
+    /// `isCanceled` and the observers must outlive the object. Observers are called in the order of the list. For
+    /// `isNeeded` see SRunOptions.
     CRunEvents(const std::function<bool()>& isCanceled, std::vector<IRunObserver*> observers,
                std::function<bool(std::size_t)> isNeeded = {});
 
     void Plan(const SRunPlanned& planned);
 
-    /// False if the host leaves the case out.
+    /// False if SRunOptions::isNeeded leaves the case out.
     bool IsNeeded(const SPlannedCase& planned);
 
-    /// `processId` as in SCaseStarted.
+    /// For `processId` see SCaseStarted.
     void Start(const SPlannedCase& planned, std::uint64_t processId);
 
-    /// Marks the record as executed.
+    /// Marks the record as executed, then reports the end of the case.
     void Finish(const SPlannedCase& planned, const SCaseEnd& end);
 
-    /// Marks finished cases, given by their indices in the plan, as not executed again. Precondition: all cases have
-    /// ended.
+    /// Marks finished cases, given by their indices in the plan, as not executed. Precondition: all cases have ended.
     static void Withdraw(const std::vector<std::size_t>& indices, std::vector<SCaseInfo>& cases);
 
     void End(const SRunResult& result);
 
-    /// True if the run continues. Once canceled or failed, a run stays so.
+    /// Asks the host whether to continue, unless the run is already canceled or failed, and returns the state of the
+    /// run. A canceled or failed run never continues.
     EState AskState();
 
     /// True if no case may start or continue.
     bool IsCanceled() { return AskState() != EState::Running; }
 
-    /// Fails the run for an exception thrown elsewhere.
+    /// Fails the run because of an exception thrown elsewhere.
     void Fail() noexcept;
 
 private:

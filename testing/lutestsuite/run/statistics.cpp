@@ -12,7 +12,8 @@ namespace
 
 void countCase(const SCaseInfo& info, SStats::SCounts& counts)
 {
-    // A broken child process may answer with any number: invalid results count as "Unknown", as they are printed.
+    // A broken child process may answer with any number. An invalid result counts as Unknown, and the console shows it
+    // as such.
     const auto index = static_cast<std::size_t>(info.result);
     const auto unknown = static_cast<std::size_t>(ECaseRunResult::Unknown);
     ++counts.results[index < SStats::SCounts::sc_uiResults ? index : unknown];

@@ -24,29 +24,30 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// What workers and the calling thread share.
+/// The data that the workers and the calling thread share.
 class CWork : public INonCopyable
 {
 public:
     CWork(PlannedCases planned, CRunEvents& events) : m_planned(planned), m_events(events) {}
 
-    /// The next case; null if there is none now, or if the run is canceled or has failed.
+    /// Returns the next case; null if no case is left at present, or if the run is canceled or has failed.
     const SPlannedCase* Take();
 
-    /// Returns the case to the other workers and retires this one; false if there is no other worker. After Stop it
-    /// returns true without effect.
+    /// Returns the case for another worker to take, and retires this worker, which takes no more cases. False without
+    /// effect if there is no other worker; true without effect after Stop.
     bool LeaveToOthers(const SPlannedCase& planned);
 
-    /// Retires a worker that got no case; false if cases were returned meanwhile.
+    /// Retires a worker to which Take has returned null. False without effect if other workers have returned cases
+    /// meanwhile.
     bool Leave();
 
     /// Unregisters a worker whose thread failed to start. False if cases remain and no worker is left.
     bool Abandon();
 
-    /// Cases that were not handed out; none after Stop.
+    /// The cases that Take has not returned yet; empty after Stop.
     PlannedCases GetToCome();
 
-    /// Nothing is handed out from now on.
+    /// Take returns null from now on.
     void Stop();
 
     void AddWorker();
@@ -60,7 +61,7 @@ public:
 
     SProgress GetProgress();
 
-    /// Cases that were not left out so far.
+    /// Number of all cases except those that were left out so far.
     std::size_t GetCount();
 
     const CDebugFolders& GetDebugFolders() const noexcept { return m_debugFolders; }
@@ -74,14 +75,14 @@ private:
     CRunEvents& m_events;
     const CDebugFolders m_debugFolders;
 
-    LbCriticalSection m_workLock; ///< protects all below
+    LbCriticalSection m_workLock; ///< protects the members up to m_isStopped
     std::size_t m_next = 0;
-    std::size_t m_leftOut = 0;                   ///< cases that are not needed
+    std::size_t m_leftOut = 0;                   ///< number of cases that were left out
     std::vector<const SPlannedCase*> m_leftOver; ///< returned by workers that could not run them
-    std::size_t m_takers = 0;                    ///< workers that have not left
-    bool m_isStopped = false;                    ///< no more cases are handed out
+    std::size_t m_takers = 0;                    ///< number of workers that may still take cases
+    bool m_isStopped = false;                    ///< true if Take returns no more cases
 
-    LbCriticalSection m_workersLock; ///< protects all below
+    LbCriticalSection m_workersLock; ///< protects the members below
     std::size_t m_workers = 0;
     std::exception_ptr m_failure;
 };
@@ -108,7 +109,7 @@ const SPlannedCase* CWork::Take()
     return planned;
 }
 
-/// Skips the next cases that are not needed.
+/// Skips cases that SRunOptions::isNeeded leaves out, up to the next needed case.
 void CWork::leaveOut()
 {
     for (; m_next < m_planned.size() && !m_events.IsNeeded(m_planned[m_next]); ++m_next)
@@ -205,11 +206,11 @@ void CWork::RethrowFailure() const
     }
 }
 
-/// Runs cases until none is left. The destructor waits for the thread.
+/// A thread that runs cases until no case is left. The destructor waits for the thread.
 class CWorkerThread : public INonCopyable
 {
 public:
-    /// Throws std::system_error when the system has no more threads.
+    /// Throws std::system_error if the system cannot start the thread.
     CWorkerThread(std::int32_t index, CWork& work, CSpareChildren& spares, CRunEvents& events);
     ~CWorkerThread() { m_thread.join(); }
 
@@ -219,7 +220,7 @@ private:
     void runTaken(CCaseRunner& runner);
     bool getReady(CCaseRunner& runner, const SPlannedCase& planned);
 
-    bool m_hasLeft = false; ///< true if it leaves its case and all other cases to other workers
+    bool m_hasLeft = false; ///< true if this worker leaves all cases to other workers
     std::int32_t m_index;
     CWork& m_work;
     CSpareChildren& m_spares;
@@ -269,13 +270,13 @@ void CWorkerThread::runCases()
     do
     {
         runTaken(runner);
-        // Before Leave, so that the last worker can use the resources of these children.
+        // Releases the children before Leave, so that the last worker can use their resources.
         runner.ReleaseChildren();
     }
     while (!m_hasLeft && !m_work.Leave());
 }
 
-/// Runs cases until none is available, or until this worker leaves the rest to others.
+/// Runs cases until Take returns null, or until this worker leaves the remaining cases to other workers.
 void CWorkerThread::runTaken(CCaseRunner& runner)
 {
     const CCaseRunner::ToCome toCome = [this] { return m_work.GetToCome(); };
@@ -301,13 +302,14 @@ bool CWorkerThread::getReady(CCaseRunner& runner, const SPlannedCase& planned)
     }
     catch (const LbException&)
     {
-        // If this is the last worker, the second attempt reports the error.
+        // Ignores the exception: if this is the last worker, the second attempt below throws again.
     }
     runner.ReleaseChildren();
     m_hasLeft = m_work.LeaveToOthers(planned);
     if (!m_hasLeft)
     {
-        // The other workers have released their children. If there is still no child, the case reports that.
+        // This is the last worker, so the others have released their children. If a child still cannot be started, the
+        // case reports that.
         runner.MakeReadyFor(planned);
     }
     return !m_hasLeft;
@@ -329,7 +331,7 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
 {
     try
     {
-        // Before the first thread starts: its case would seem to grow by what is allocated later.
+        // Allocates before the first thread starts, because a later allocation would count as growth of a running case.
         m_threads.reserve(count);
         while (m_threads.size() < count)
         {
@@ -339,7 +341,7 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
     }
     catch (const std::system_error&)
     {
-        // With too few threads for all workers, the started ones do the work.
+        // If the system cannot start all threads, the started workers run all cases.
         if (m_threads.empty())
         {
             throw;
@@ -347,7 +349,7 @@ CWorkers::CWorkers(std::uint32_t count, CWork& work, CSpareChildren& spares, CRu
     }
     catch (...)
     {
-        // Stops the started workers, because no thread would print their cases.
+        // Stops the started workers, because this thread cannot print their cases any more.
         m_work.Stop();
         throw;
     }
@@ -374,7 +376,7 @@ void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
         }
         if (progress.hasEnded && printed < work.GetCount())
         {
-            // Not a failure: a worker saw the cancellation before this thread did.
+            // If no worker has failed, a worker has noticed the cancellation before this thread.
             if (!progress.hasFailed)
             {
                 WriteCanceled();
@@ -384,7 +386,7 @@ void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
     }
 }
 
-/// A failure of this thread ends the workers, also those that wait for a child.
+/// Prints cases until the end of the run. An exception fails the run, which also ends workers that wait for a child.
 void printOrStop(CWork& work, CRunEvents& events, CRunConsole& console)
 {
     try
@@ -403,7 +405,8 @@ void printOrStop(CWork& work, CRunEvents& events, CRunConsole& console)
 std::uint32_t GetWorkerCount(std::uint32_t wanted)
 {
     constexpr std::uint32_t c_Most = 256;
-    // One worker needs processes for itself, its child with threads, and what a case may start.
+    // The limit counts threads, too: the worker itself, its child process with the child's threads, and what a case
+    // starts.
     constexpr std::uint64_t c_ProcessesPerWorker = 8;
     const std::uint64_t possible = std::max<std::uint64_t>(1U, LbOs::GetProcessLimit() / c_ProcessesPerWorker);
     return std::clamp(wanted, 1U, static_cast<std::uint32_t>(std::min<std::uint64_t>(possible, c_Most)));
@@ -417,7 +420,7 @@ void ExecuteInParallel(const SParams& params, const SChildSettings& childSetting
         return;
     }
     CWork work(planned, events);
-    // Threads that a case starts use this folder, which belongs to no case.
+    // Threads that a case starts use the root folder, because they cannot be assigned to a case.
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(work.GetDebugFolders().GetRoot());
     CSpareChildren spares(childSettings);
     {

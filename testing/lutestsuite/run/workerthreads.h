@@ -1,4 +1,4 @@
-/// Cases on worker threads.
+/// Runs cases on worker threads.
 #pragma once
 
 #include <cstdint>
@@ -11,11 +11,12 @@
 namespace LuTestSuiteRun
 {
 
-/// Number of workers for a wanted number of threads. Fewer where the system lets the user have few processes.
+/// The number of workers for a wanted number of threads: at least 1, at most 256, and fewer if the system allows the
+/// user only few processes.
 std::uint32_t GetWorkerCount(std::uint32_t wanted);
 
-/// Runs the cases on worker threads and prints each finished case on the calling thread. All workers have ended when it
-/// returns or throws. Rethrows a worker's first exception.
+/// Runs the cases on worker threads and prints each finished case on the calling thread. All workers have ended when
+/// the function returns or throws. Throws the first exception of a worker.
 void ExecuteInParallel(const SParams& params, const SChildSettings& childSettings, PlannedCases planned,
                        CRunEvents& events, CRunConsole& console);
 

@@ -1,4 +1,4 @@
-/// Watches briefly for a change that another process makes.
+/// Polls briefly for a change that another process makes.
 #pragma once
 
 #include <algorithm>
@@ -9,12 +9,12 @@
 namespace LuTestSuiteRun
 {
 
-/// Watches for a change for a short time before the caller sleeps: waking a sleeping thread takes longer than a short
-/// case. If changes take too long, the next waits do not watch. Used by one thread.
+/// Polls for a change for a short time before the caller sleeps, because waking a sleeping thread takes longer than a
+/// short case. If a change takes too long, the next calls return at once without polling. Used by one thread.
 class CBriefWatch
 {
 public:
-    /// True as soon as `isDone` returns true; false if that takes too long, or if this wait does not watch.
+    /// True as soon as `isDone` returns true; false if that takes too long, or if this call does not poll.
     template<typename F>
     bool Watch(const F& isDone)
     {
@@ -29,12 +29,12 @@ public:
         {
             isSeen = isDone();
         }
-        // A thread that had no processor meanwhile sees the change late.
+        // If the system suspends this thread meanwhile, it may see the change only after the limit.
         record(isSeen && timer.GetElapsed() < sc_uiLongest);
         return isSeen;
     }
 
-    static constexpr std::uint64_t sc_uiLongest = 100'000; ///< nanoseconds of a watch
+    static constexpr std::uint64_t sc_uiLongest = 100'000; ///< maximum duration of a call, nanoseconds
     static constexpr std::uint32_t sc_uiLongestPause = 255;
 
 private:
@@ -44,7 +44,8 @@ private:
         m_nextPause = isInTime ? 0 : std::min(2 * m_nextPause + 1, sc_uiLongestPause);
     }
 
-    std::uint32_t m_pause = 1; ///< next waits that do not watch; the first wait includes the start of a process
+    std::uint32_t m_pause = 1; ///< number of next calls that do not poll; 1 because the first request waits for the
+                               ///< start of a process
     std::uint32_t m_nextPause = 0;
 };
 

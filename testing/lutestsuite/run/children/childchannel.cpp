@@ -17,7 +17,7 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// Lets the caller use all processors again after the wait.
+/// Restores the processors that the thread may use at the end of a scope.
 struct SRestored
 {
     LbOs::CThreadProcessors& processors;
@@ -30,7 +30,7 @@ bool examinesCrashes(const SChildSettings& settings)
     return settings.takeStacks || !settings.dumpDirectory.empty();
 }
 
-/// The process id distinguishes the repetitions of a case.
+/// The name contains the process id, so that repetitions of a case have different names.
 std::wstring makeDumpName(const SWorkBuffer& buffer, std::uint64_t processId)
 {
     constexpr std::size_t c_Longest = 120;
@@ -67,7 +67,7 @@ bool CChildChannel::ensureNames()
 
 void CChildChannel::endChild()
 {
-    // A child that exits by itself also ends the processes that its cases have started.
+    // A child with exit status 0 has already ended the processes that its cases have started.
     if (m_child && m_child->GetExitStatus() != 0)
     {
         m_child->Terminate();
@@ -124,10 +124,10 @@ bool CChildChannel::MakeReady()
 
 bool CChildChannel::isNotTaken(EEnd end)
 {
-    // If a child that has served cases, or may be leaving, dies before it takes a request, earlier cases are to blame.
-    // A spare child may have failed for lack of resources that a running case has freed since. If the names are gone,
-    // the child may have been too late to open the objects. A child that gets no request for long exits
-    // with status 0; on a busy machine a request may come just too late.
+    // If the child ends without taking the request, another child may run the case in these situations: The child has
+    // answered cases, or may be exiting; then earlier cases are to blame. It is a spare child and may have lacked
+    // resources that a running case has freed since. It has exited with status 0 after a long idle time, and the
+    // request came too late. The names are gone, so that it may not have been able to open the objects.
     const bool isGone = end == EEnd::ChildEnded || end == EEnd::Failed;
     const bool hasLeft = end == EEnd::ChildEnded && m_child->GetExitStatus() == 0;
     const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || hasLeft || !m_objects->AreNamed();
@@ -136,7 +136,7 @@ bool CChildChannel::isNotTaken(EEnd end)
 
 void CChildChannel::replaceChild()
 {
-    // Indices count cases, so a replacement for an unused child gets the same index.
+    // A child that has not answered a case does not use up its index: the replacement gets the same one.
     const std::int32_t unused = m_hasAnswered ? sc_iNone : m_processIndex;
     startChild();
     m_processIndex = m_child ? unused : sc_iNone;
@@ -164,7 +164,7 @@ void CChildChannel::Submit()
         m_processors.ShareProcessorWith(*m_child);
     }
     m_errors.BeginCase();
-    constexpr std::uint32_t c_Doubt = 1000; // The child may begin to wait before the parent starts its timer.
+    constexpr std::uint32_t c_Doubt = 1000; // The child may start its idle time before the parent starts m_idle.
     m_mayBeLeaving = m_idle.GetElapsed() >= c_LongestIdleMilliseconds - c_Doubt;
     m_timer.Restart();
     submit();
@@ -199,7 +199,7 @@ std::int32_t CChildChannel::WaitForAnswer(std::uint32_t timeOutSec, const std::f
     describeEnd(end);
     if (end != EEnd::Answered)
     {
-        // The child must be gone, because it might still write to the buffer.
+        // Ends the child, because it could still write to the buffer.
         if (m_child)
         {
             m_child->Terminate();
@@ -226,7 +226,7 @@ SLeavingChild CChildChannel::RequestExit()
 
 bool CChildChannel::watch()
 {
-    // Watching occupies a processor that another child could use. It is pointless if parent and child share one.
+    // Does not poll if another child could use the processor, or if parent and child share a processor.
     static const std::uint32_t s_processors = LuTestSuiteUtils::GetDefaultThreadCount();
     const bool hasProcessor = !m_sharing.IsNext() && 2 * CFileQuota::CountChannels() <= s_processors;
     const CWorkBufferWriteView buffer = m_objects->buffer.GetWriteAccess();
@@ -259,7 +259,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     while (true)
     {
         const LbOs::EEventWait event = waitOnce(m_crashCode ? c_CrashSliceMilliseconds : slice);
-        // Tests may set and reset foreign events; only the buffer tells the state.
+        // Reads the state from the buffer, because tests may set and reset this event.
         if (IsAnswered(*m_objects->buffer.GetWriteAccess(), m_number))
         {
             return EEnd::Answered;
@@ -271,7 +271,8 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
         }
         if (event == LbOs::EEventWait::TimedOut)
         {
-            // A waiting child takes a request at once. A slow child can no longer take a request that was withdrawn.
+            // A child that waits takes a request at once, so this one may be exiting. After the withdrawal it cannot
+            // take the request any more, even if it is only slow.
             if (slice == c_TakingMilliseconds && withdraw())
             {
                 return EEnd::NotTaken;
@@ -303,7 +304,7 @@ void CChildChannel::remind()
     }
 }
 
-/// A crashed child waits for Release before it ends, but only for a short time.
+/// Examines a child that has crashed and lets it end. A crashed child waits for Release, but only for a short time.
 void CChildChannel::readCrash()
 {
     const auto crashed = m_crashWatch ? m_crashWatch->FindCrash() : std::nullopt;
@@ -318,7 +319,7 @@ void CChildChannel::readCrash()
 
 void CChildChannel::examine(const std::optional<LbOs::SCrashedThread>& crashed)
 {
-    // A crashed child waits for 1.5 s, and the stacks take 1.2 s at most.
+    // A crashed child waits for 1.5 s before it ends. Reading the stacks takes at most 1.2 s of the limit.
     constexpr std::chrono::milliseconds c_Longest(1900);
     const auto end = std::chrono::steady_clock::now() + c_Longest;
     if (m_settings.takeStacks)
@@ -344,7 +345,8 @@ void CChildChannel::writeDump(const std::optional<LbOs::SCrashedThread>& crashed
 std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutSec)
 {
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
-    // The system may write the memory of the crashed process to the disk first. The verdict does not wait for that.
+    // After a crash, the system may write the memory of the process to the disk before the process ends. The result of
+    // the case does not wait longer than this.
     constexpr std::uint64_t c_LongestCrashMilliseconds = 2'000;
     if (!m_crashCode)
     {
@@ -355,7 +357,8 @@ std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutS
     {
         return std::nullopt;
     }
-    // Terminate would replace the status of the crash. On Windows a dump that was given up may still stop the child.
+    // Stores the status now, because Terminate replaces it. If the child is still running, uses the status of its
+    // crash: on Windows, an abandoned dump may still hold the child.
     m_crashStatus = m_child->GetExitStatus().value_or(LbOs::GetCrashStatus(*m_crashCode));
     m_child->Terminate();
     return EEnd::ChildEnded;

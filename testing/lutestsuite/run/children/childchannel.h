@@ -27,7 +27,7 @@ namespace LuTestSuiteRun
 /// A child exits after this time without a request.
 inline constexpr std::uint32_t c_LongestIdleMilliseconds = 5000;
 
-/// A work buffer, two events and the child process at their other end. Used by one thread.
+/// A child process, with the work buffer and the two events that the run shares with it. Used by one thread.
 class CChildChannel : public INonCopyable
 {
 public:
@@ -35,14 +35,16 @@ public:
     /// the object.
     explicit CChildChannel(const SChildSettings& settings);
 
-    /// Starts a child if there is none; HasChild tells whether that succeeded. Does not notice a child that exited
-    /// while idle, since checking would cost every case time: WaitForAnswer replaces that child.
+    /// Starts a child if there is none; HasChild tells whether there is one afterwards. Does not check whether an
+    /// existing child has exited while idle, because that would take time for each case; WaitForAnswer replaces such a
+    /// child.
     void EnsureChild();
 
-    /// Marks the child as started ahead of its case: it is replaced if it ends before it takes its first request.
+    /// Marks the child as started before its case was known. WaitForAnswer replaces it if it ends before it takes its
+    /// first request.
     void MarkAsSpare() { m_isSpare = true; }
 
-    /// Ensures a child and everything that its next case needs; false if there is no child. Throws LbException.
+    /// Calls EnsureChild; false if there is no child afterwards. May throw LbException.
     bool MakeReady();
 
     /// Assigns the next process index to a child that has none.
@@ -54,16 +56,17 @@ public:
     /// Valid until EnsureChild, MakeReady or WaitForAnswer starts a child, which may replace the buffer.
     IWorkBuffer& GetBuffer() { return m_objects->buffer; }
 
-    /// Submits the request in the buffer; the time limit starts here.
+    /// Submits the request in the buffer to the child and starts the time limit.
     void Submit();
 
-    /// Waits until the child has answered, has ended, the limit in whole seconds is exceeded, or the run is canceled.
-    /// Without an answer, ends the child's processes; after the limit or a cancellation also writes that result into
-    /// the buffer. Returns the index of the process that had the request, -1 without one.
+    /// Waits until the child has answered or ended, the limit in whole seconds is exceeded, or the run is canceled. If
+    /// the child has not answered, ends it and its descendants. After the limit or a cancellation, also writes that
+    /// result into the buffer. Returns the index of the process that received the request, or -1 if there was no
+    /// process.
     std::int32_t WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
 
-    /// Asks the child to exit and passes it on. Empty without a child. Also empty if the child has run no case or has
-    /// not answered: the channel's destructor ends such a child.
+    /// Asks the child to exit and passes its ownership to the caller. Returns an empty object if there is no child, or
+    /// if the child has not answered its last request or has had none; the channel's destructor ends such a child.
     SLeavingChild RequestExit();
 
     /// How the last request ended.
@@ -88,19 +91,20 @@ private:
     /// Ends the child and all processes that its cases have started; no effect without a child.
     void endChild();
 
-    /// Replaces objects without a name, which no child could open, and keeps the request; false on failure.
+    /// If an object has lost its name, so that no child could open it, replaces all objects and copies the request;
+    /// false on failure.
     bool ensureNames();
 
-    /// True if no child took the request: the child ended by itself, was about to, or could not open the objects.
+    /// True if the child has not taken the request, can no longer take it, and another child may run the case.
     bool isNotTaken(EEnd end);
 
     /// Starts another child for a request that no child has taken.
     void replaceChild();
 
-    /// Gives the request in the buffer to the child.
+    /// Numbers the request in the buffer and signals it to the child.
     void submit();
 
-    /// True if the child answers during a watch.
+    /// Polls briefly; true if the child has answered.
     bool watch();
 
     LbOs::EEventWait waitOnce(std::uint32_t milliseconds);
@@ -108,11 +112,11 @@ private:
     static ECaseEnd toCaseEnd(EEnd end);
     void readCrash();
 
-    /// Stores stacks and dump of the child in the record of the case.
+    /// Stores the child's stacks and the path of its dump in m_end, if the settings request them.
     void examine(const std::optional<LbOs::SCrashedThread>& crashed);
     void writeDump(const std::optional<LbOs::SCrashedThread>& crashed, std::chrono::milliseconds longest);
 
-    /// Empty while the case may continue.
+    /// Returns the end of a case that has reached its time limit, or whose crashed child does not end; otherwise empty.
     std::optional<EEnd> findEnd(std::uint32_t timeOutSec);
     void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);
@@ -127,24 +131,25 @@ private:
     CFileQuota m_fileQuota;
     std::unique_ptr<SChildObjects> m_objects;
     CChildErrors m_errors;
-    std::unique_ptr<CCrashWatch> m_crashWatch; ///< of the child; null if the run does not examine crashes
+    std::unique_ptr<CCrashWatch> m_crashWatch; ///< null if the run does not examine crashes of the child
     std::unique_ptr<LbOs::CChildProcess> m_child;
     std::wstring m_startFailure; ///< why the last start failed
     SCaseEnd m_end;
     std::int32_t m_processIndex = sc_iNone;
-    std::uint32_t m_number = 0;           ///< of the last request
-    LbOs::CThreadProcessors m_processors; ///< of the thread that submits requests
+    std::uint32_t m_number = 0;           ///< number of the last request
+    LbOs::CThreadProcessors m_processors; ///< processors of the thread that submits requests
     CProcessorSharing m_sharing;
     CBriefWatch m_watch;
-    LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< since the child was started or has answered
+    LbTimer m_idle{LbTimer::eR_MilliSecond}; ///< time since the child was started or has answered
     bool m_isSpare = false;
     bool m_hasAnswered = false;
-    bool m_mayBeLeaving = false;                   ///< it had been idle for long when it got the request
+    bool m_mayBeLeaving = false;                   ///< the child may exit after a long idle time instead of taking the
+                                                   ///< request
     std::optional<std::uint32_t> m_crashCode;      ///< SCrash::code of a child that has crashed and ends by itself; the
                                                    ///< time limit of its case no longer applies
-    std::optional<std::int64_t> m_crashStatus;     ///< the exit status of a crashed child that had to be ended
-    LbTimer m_crashTimer{LbTimer::eR_MilliSecond}; ///< since the crash of the child was noticed
-    LbTimer m_timer{LbTimer::eR_NanoSecond};       ///< since the request
+    std::optional<std::int64_t> m_crashStatus;     ///< exit status of a crashed child that Terminate had to end
+    LbTimer m_crashTimer{LbTimer::eR_MilliSecond}; ///< time since the channel has noticed the child's crash
+    LbTimer m_timer{LbTimer::eR_NanoSecond};       ///< time since the request was submitted
 
     static constexpr std::int32_t sc_iNone = -1;
 };

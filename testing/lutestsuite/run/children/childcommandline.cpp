@@ -18,7 +18,8 @@ std::wstring GetHostName()
 std::wstring GetChildCommandLine(const SChildSettings& settings, const std::wstring& memoryId,
                                  const std::wstring& requestEventId, const std::wstring& responseEventId)
 {
-    // A run of a host's own list of unit tests may have no data directory; the child requires one but does not read it.
+    // A run of the host's own list of unit tests may have no data directory. The command line of the child requires a
+    // directory, but the child does not search it.
     const std::wstring dataDirectory = settings.dataDirectory.empty()
                                            ? LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable)
                                            : settings.dataDirectory;

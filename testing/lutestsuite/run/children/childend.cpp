@@ -25,7 +25,7 @@ CMemoryKills s_memoryKills(LbOs::CountMemoryKills);
 bool isLackOfMemory(std::optional<std::int64_t> exitStatus, const std::vector<std::wstring>& lastLines)
 {
     const bool isKilled = exitStatus && LbOs::MayBeMemoryKill(*exitStatus) && s_memoryKills.Take();
-    // The line that std::terminate prints for an uncaught exception.
+    // Looks for the line that std::terminate prints for an uncaught exception.
     const bool isTerminated =
         exitStatus && LbOs::MayBeAbort(*exitStatus) && std::ranges::any_of(lastLines, [](const std::wstring& line) {
             return line.find(L"std::bad_alloc") != std::wstring::npos;
@@ -43,7 +43,7 @@ std::wstring toText(std::string_view line)
     }
     for (wchar_t& character : text)
     {
-        // For example, terminal colours contain control characters.
+        // Replaces control characters, which terminal colours contain, for example.
         const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
         character = isControl && character != L'\t' ? L' ' : character;
     }
@@ -107,7 +107,8 @@ void CChildErrors::Renew()
 
 void CChildErrors::BeginCase()
 {
-    // Large enough that a case rarely loses its output to earlier output.
+    // Keeps the file small, because Bound drops its whole content at the larger limit, including lines of the running
+    // case.
     constexpr std::uint64_t c_Most = std::uint64_t{1} << 20U;
     m_begin = m_file ? m_file->GetSize() : 0;
     if (m_begin > c_Most)

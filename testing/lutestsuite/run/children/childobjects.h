@@ -1,4 +1,4 @@
-/// What a run shares with one child process by name.
+/// The named objects that a run shares with one child process.
 #pragma once
 
 #include <memory>
@@ -17,8 +17,8 @@ struct SChildObjects : public INonCopyable
     /// Throws LbException if an object cannot be created.
     SChildObjects();
 
-    /// True if a child could still open all objects. On Linux any process of the user can remove the names; a child
-    /// that has opened the objects does not need them.
+    /// True if a child could still open all objects by name. On Linux, any process of the user can remove the names. A
+    /// child that has already opened the objects does not need the names.
     bool AreNamed() const;
 
     const std::wstring requestId;

@@ -16,10 +16,10 @@ struct SChildSettings
     std::wstring dataDirectory;     ///< full path
     std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
     bool assertDialog = true;
-    CLeavingChildren* leaving = nullptr; ///< takes children whose work is done; null: such children are ended
+    CLeavingChildren* leaving = nullptr; ///< receives children that should exit; null: the run ends them
     bool takeStacks = false;             ///< read the stacks of children that crash or are ended at the time limit
     std::wstring dumpDirectory = {};     ///< receives memory dumps of such children; empty: no dumps
-    CSharedListings* listings = nullptr; ///< for the data directories of the cases; null: children read them
+    CSharedListings* listings = nullptr; ///< shares listings of data directories; null: children read the directories
 };
 
 } // namespace LuTestSuiteRun

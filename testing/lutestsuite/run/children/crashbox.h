@@ -1,4 +1,4 @@
-/// How a child that crashes informs the run that started it.
+/// Shared memory through which a child that crashes informs the run that started it.
 #pragma once
 
 #include <atomic>
@@ -17,14 +17,14 @@
 namespace LuTestSuiteRun
 {
 
-/// Shared memory beside the work buffer.
+/// Content of the shared memory, which is a separate block besides the work buffer.
 struct SCrashBox
 {
     enum EState : std::uint32_t
     {
         eS_Empty = 0,
-        eS_Crashed = 1, ///< the child waits, so that the run can read its stacks
-        eS_Read = 2     ///< the child may end
+        eS_Crashed = 1, ///< the child has crashed and waits, so that the run can read its stacks and memory
+        eS_Read = 2     ///< the run has finished; the child may end
     };
 
     std::atomic<std::uint32_t> state;
@@ -35,14 +35,14 @@ struct SCrashBox
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
 
-/// The side of the run. Used by one thread.
+/// Used by the run: notices the crash of a child. Used by one thread.
 class CCrashWatch : public INonCopyable
 {
 public:
-    /// For a child whose work buffer has this name; created before it starts. Without it the child does not wait.
+    /// Creates the shared memory for a child whose work buffer has this name. Must be created before the child starts.
     explicit CCrashWatch(const std::wstring& bufferName);
 
-    /// The thread that has crashed and waits; empty without a crash.
+    /// The thread of the child that has crashed and waits; empty if no thread has crashed.
     std::optional<LbOs::SCrashedThread> FindCrash() const;
 
     /// Lets the crashed child end.
@@ -50,22 +50,22 @@ public:
 
 private:
     std::unique_ptr<LbOs::CSharedMemory> m_memory;
-    std::shared_ptr<void> m_view; ///< null if there is no memory: then a crashed child does not wait
+    std::shared_ptr<void> m_view; ///< null if the memory could not be created; then a crashed child does not wait
 };
 
-/// The side of the child.
+/// Used by the child: reports its crash to the run.
 class CCrashReporter final : public LuTestSuite::ICrashReporter, public INonCopyable
 {
 public:
     /// `response` wakes the run; it must outlive the object.
     CCrashReporter(const std::wstring& bufferName, LbOs::CNamedEvent& response);
 
-    /// Waits until the run has read the stacks, at most 1.5 s.
+    /// Reports the crash and waits until the run has examined the child, at most 1.5 s.
     void Report(const LbOs::SCrash& crash) noexcept override;
 
 private:
     LbOs::CNamedEvent& m_response;
-    std::shared_ptr<void> m_view; ///< null if the run reads no stacks
+    std::shared_ptr<void> m_view; ///< null if the run does not examine crashes
 };
 
 } // namespace LuTestSuiteRun

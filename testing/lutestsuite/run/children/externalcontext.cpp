@@ -16,7 +16,7 @@ std::size_t CSpareChildren::GetMost()
     return LbOs::HasFewProcesses() ? 0 : LuTestSuiteUtils::GetDefaultThreadCount();
 }
 
-/// Removes spare children that have ended: they exit if they stay unused for long.
+/// Removes spare children that have ended; a child exits if it is not used for long.
 void CSpareChildren::dropEnded()
 {
     std::erase_if(m_channels, [](const std::unique_ptr<CChildChannel>& channel) { return !channel->IsChildRunning(); });
@@ -34,7 +34,7 @@ bool CSpareChildren::takePlace(const std::function<std::size_t()>& count)
     return true;
 }
 
-/// Null if the child cannot be started or gets no resources.
+/// Starts a spare child; null on failure.
 std::unique_ptr<CChildChannel> CSpareChildren::start() const
 {
     try
@@ -46,7 +46,7 @@ std::unique_ptr<CChildChannel> CSpareChildren::start() const
     }
     catch (...)
     {
-        // Not an error yet: the case that needs the child starts it again and reports the failure.
+        // Ignores the failure, because the case that needs the child tries again and reports the failure.
         return nullptr;
     }
 }

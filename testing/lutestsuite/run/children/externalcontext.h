@@ -14,17 +14,18 @@
 namespace LuTestSuiteRun
 {
 
-/// Channels with children that were started ahead, so that the isolated cases of all threads of a run need not wait for
-/// the start of a child. Any thread.
+/// Keeps channels with spare children: children that are started before their cases, so that isolated cases need not
+/// wait for the start of a child. All threads of a run share one object. Any thread.
 class CSpareChildren : public INonCopyable
 {
 public:
-    /// The settings are the caller's and outlive the object.
+    /// The caller owns the settings, which must outlive the object.
     explicit CSpareChildren(const SChildSettings& settings) : m_settings(settings) {}
 
     const SChildSettings& GetSettings() const { return m_settings; }
 
-    /// The maximum number: what the machine can start at once; 0 if the user may have few processes.
+    /// The maximum number of spare children: the number of hardware threads; 0 if the system allows the user only few
+    /// processes.
     static std::size_t GetMost();
 
     /// Starts spare children, up to the number that `count` returns and at most GetMost. Starts at most two per call,
@@ -32,10 +33,12 @@ public:
     /// lock, so that concurrent calls start no more children than cases need.
     void Start(const std::function<std::size_t()>& count);
 
-    /// An unused child. Waits if one is being started; null if there is no child.
+    /// Returns an unused child. If all unused children are still being started, waits for one. Null if there are no
+    /// unused children.
     std::unique_ptr<CChildChannel> Take();
 
-    /// Kills unused children to free resources and starts no more. False if there were no children.
+    /// Kills the unused children to free resources; afterwards Start has no effect. False if there were no unused
+    /// children.
     bool KillAll();
 
 private:
@@ -44,31 +47,34 @@ private:
     std::unique_ptr<CChildChannel> start() const;
 
     const SChildSettings& m_settings;
-    std::mutex m_mutex; ///< of all below
+    std::mutex m_mutex; ///< protects all members below
     std::condition_variable m_started;
     std::vector<std::unique_ptr<CChildChannel>> m_channels;
     std::size_t m_starting = 0;
     bool m_isClosed = false;
 };
 
-/// The channel of one executing thread.
+/// Owns the channel of one executing thread.
 class CExternalContext : public INonCopyable
 {
 public:
     explicit CExternalContext(CSpareChildren& spares) : m_spares(spares) {}
     ~CExternalContext() { Release(); }
 
-    /// Gets the next channel ready with its child; false without a child. Throws LbException.
+    /// Prepares a channel and a child for the next case; false if no child could be started. If the first attempt
+    /// fails, kills spare and exiting children to free resources and tries again. Throws LbException if the shared
+    /// objects cannot be created.
     bool MakeReady(bool isIsolated);
 
     /// The process id of the child; 0 without one.
     std::uint64_t GetProcessId() const { return m_channel ? m_channel->GetProcessId() : 0; }
 
-    /// Gives the channel back. Asks its child to exit if it has run cases.
+    /// Destroys the channel. Asks a child that has run cases to exit if SChildSettings::leaving is set; otherwise ends
+    /// the child.
     void Release();
 
-    /// The channel for the next case, with a child if one can be started. The child of an isolated case runs no other
-    /// case. Throws LbException.
+    /// Returns the channel for the next case, with a child if one can be started. The child of an isolated case runs no
+    /// other case. Throws LbException if the shared objects cannot be created.
     CChildChannel& Obtain(bool isIsolated);
 
 private:

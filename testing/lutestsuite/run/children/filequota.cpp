@@ -16,8 +16,8 @@ std::atomic<std::uint32_t> s_channelCount = 0;
 
 CFileQuota::CFileQuota()
 {
-    constexpr std::uint64_t c_FilesPerChannel = 8; // The upper limit of one channel.
-    constexpr std::uint64_t c_OtherFiles = 256;    // For cases of this process and others.
+    constexpr std::uint64_t c_FilesPerChannel = 8; // One channel opens at most this number of files.
+    constexpr std::uint64_t c_OtherFiles = 256;    // For cases that run in this process, and for other purposes.
     LbOs::EnsureOpenFiles(++s_channelCount * c_FilesPerChannel + c_OtherFiles);
 }
 

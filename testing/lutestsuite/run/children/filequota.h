@@ -1,4 +1,4 @@
-/// The open files that the channels to child processes need.
+/// Raises the process's limit of open files for the channels to child processes.
 #pragma once
 
 #include <cstdint>
@@ -8,14 +8,15 @@
 namespace LuTestSuiteRun
 {
 
-/// While it lives, counts a channel and provides the open files that the channels of all threads need.
+/// Each channel has one object. It counts the channel and raises the limit of open files to what the channels of all
+/// threads need together.
 class CFileQuota : public INonCopyable
 {
 public:
     CFileQuota();
     ~CFileQuota();
 
-    /// Of all threads.
+    /// The number of existing channels of all threads.
     static std::uint32_t CountChannels();
 };
 

@@ -95,7 +95,7 @@ void CLeavingChildren::drop(std::size_t index)
     const std::optional<std::int64_t> status = leaving.child->GetExitStatus();
     if (status != 0)
     {
-        // Also kills its descendants, because the child could not do so.
+        // Also kills the child's descendants, because the child has not ended them itself.
         leaving.child->Terminate();
     }
     if (status.value_or(0) == 0 || m_reports >= sc_uiMostReports)

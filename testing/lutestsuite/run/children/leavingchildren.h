@@ -20,28 +20,29 @@ struct SLeavingChild
 {
     std::unique_ptr<LbOs::CChildProcess> child;
     std::unique_ptr<LbOs::CChildOutput> errors; ///< its standard error; may be null
-    LbTimer time{LbTimer::eR_MilliSecond};      ///< since it was asked
+    LbTimer time{LbTimer::eR_MilliSecond};      ///< time since the child was asked to exit
 };
 
-/// Lets children run their exit handlers (profiles, leak reports) while the run goes on. A child that has not ended by
-/// itself 2 s after it was asked is ended. Any thread.
+/// Lets children run their exit handlers (which write profiles or leak reports) while the run continues. Kills a child
+/// that is still running 2 s after it was asked to exit. Any thread.
 class CLeavingChildren : public INonCopyable
 {
 public:
     CLeavingChildren();
 
-    /// Waits for the remaining children, and writes to standard error how children that failed have ended.
+    /// Waits for the remaining children. Then writes to standard error how children with an exit status other than 0
+    /// have ended.
     ~CLeavingChildren();
 
-    /// Takes over a child; ignores null. If too many are exiting, waits for the one asked first; if the one before it
-    /// had to be killed, kills it without waiting.
+    /// Takes ownership of a child; ignores an empty object. If more than GetMost children are exiting, waits for the
+    /// child that was asked first; kills that child without waiting if the previous child had to be killed.
     void Add(SLeavingChild leaving) noexcept;
 
-    /// Kills all children, to free resources that another thread needs. False if there was no child.
+    /// Kills all children to free resources that another case needs. False if there was no child.
     bool EndAll() noexcept;
 
-    /// The maximum number of children that exit at a time. 0 if the system lets the user have few processes: then the
-    /// run waits for each child.
+    /// The maximum number of children that may be exiting at the same time. 0 if the system allows the user only few
+    /// processes; then Add waits for each child.
     static std::size_t GetMost();
 
 private:
@@ -52,9 +53,9 @@ private:
     static constexpr std::uint32_t sc_uiLongestMilliseconds = 2000;
     static constexpr std::size_t sc_uiMostReports = 4;
 
-    std::mutex m_mutex; ///< guards all below
+    std::mutex m_mutex; ///< protects all members below
     std::vector<SLeavingChild> m_children;
-    bool m_hadToEnd = false;
+    bool m_hadToEnd = false; ///< true if the last removed child had to be killed
     std::wstring m_report;
     std::size_t m_reports = 0;
 };

@@ -1,4 +1,4 @@
-/// Attributes the kernel's kills for lack of memory to ended children.
+/// Finds out which children the kernel has killed for lack of memory.
 #pragma once
 
 #include <atomic>
@@ -7,17 +7,18 @@
 namespace LuTestSuiteRun
 {
 
-/// The kernel only counts the processes that it has killed. Any thread.
+/// Assigns each kill to one ended child. The kernel only counts the processes that it kills for lack of memory, and
+/// does not name them. Any thread.
 class CMemoryKills
 {
 public:
-    /// `count` returns the number of all kills so far.
+    /// `count` returns the kernel's number of kills so far.
     explicit constexpr CMemoryKills(std::uint64_t (*count)()) : m_count(count) {}
 
-    /// Ignores the kills so far.
+    /// Ignores all kills up to now.
     void Forget() { m_taken = m_count(); }
 
-    /// True if there was a kill that belongs to no child yet; it then belongs to the caller's.
+    /// True if there was a kill that is not assigned to a child yet; assigns it to the caller's child.
     bool Take();
 
 private:

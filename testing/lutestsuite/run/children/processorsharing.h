@@ -1,4 +1,4 @@
-/// When a parent and its child process share a processor.
+/// Decides when a parent and its child process share a processor.
 #pragma once
 
 #include <cstdint>
@@ -6,25 +6,26 @@
 namespace LuTestSuiteRun
 {
 
-/// Decides whether parent and child share a processor for the next request. Sharing costs some system calls, so it is
-/// used only if several short answers in a row take long because an idle processor had to wake up. From time to time
-/// requests do not share, to check that again.
+/// Decides whether parent and child share a processor for the next request. Sharing needs some system calls, so it
+/// begins only after several short cases in a row whose answers were slow because an idle processor had to wake up.
+/// After sc_uiInARow requests, sharing ends, to check whether it is still useful.
 class CProcessorSharing
 {
 public:
     bool IsNext() const { return m_left > 0; }
 
-    /// Updates the decision with the time of the last request.
+    /// Updates the decision with the duration of the last request.
     void Record(std::uint64_t nanoseconds);
 
     /// Forgets all answers, for the next child.
     void Forget() { m_left = m_slow = 0; }
 
-    static constexpr std::uint64_t sc_uiQuick = 25'000; ///< at most this long: no processor had to wake up
-    static constexpr std::uint64_t sc_uiLong = 200'000; ///< at least this long: the case itself takes long
+    static constexpr std::uint64_t sc_uiQuick = 25'000; ///< an answer within this time needed no wake-up, nanoseconds
+    static constexpr std::uint64_t sc_uiLong = 200'000; ///< after this time, the case itself takes long, nanoseconds
     static constexpr std::uint32_t sc_uiInARow = 255;
 
-    /// Slow answers in a row that start sharing. If parent and child watch, only the first answer of a child is slow.
+    /// Number of slow answers in a row after which sharing begins. If parent and child poll (CBriefWatch), only the
+    /// first answer of a child is slow.
     static constexpr std::uint32_t sc_uiSlow = 4;
 
 private:

@@ -5,7 +5,8 @@ namespace LuTestSuiteRun
 
 bool CSharedListings::Share(const std::wstring& directory, EListingUse use)
 {
-    // Each one is a shared block, of which the system has few. Cases run in the order of their directories.
+    // Each listing is a block of shared memory, which is limited. Older listings are not needed, because cases run in
+    // the order of their directories.
     constexpr std::size_t c_Most = 16;
     constexpr std::chrono::milliseconds c_Pause(100);
     const std::lock_guard lock(m_mutex);

@@ -15,13 +15,13 @@
 namespace LuTestSuiteRun
 {
 
-/// Keeps the last few listings. A directory is shared once: after a later change, each child reads it itself. Any
-/// thread.
+/// Shares listings and keeps the last few. Shares each directory only once: if it changes later, each child reads it
+/// itself. Any thread.
 class CSharedListings : public INonCopyable
 {
 public:
-    /// Shares the listing of the directory as soon as it is certain that a child would notice each change. True if
-    /// another call for this directory would do nothing.
+    /// Shares the listing of the directory, unless the directory has changed so recently that a child could miss
+    /// another change. True if another call for this directory would have no effect.
     bool Share(const std::wstring& directory, EListingUse use);
 
 private:
@@ -29,11 +29,11 @@ private:
 
     struct SDirectory
     {
-        int left = 4;                  ///< attempts to share; 0 when it is shared
-        Clock::time_point nextAttempt; ///< not before
+        int left = 4;                  ///< number of remaining attempts; 0 if the directory needs no more
+        Clock::time_point nextAttempt; ///< the next attempt is not made earlier
     };
 
-    std::mutex m_mutex; ///< guards all below
+    std::mutex m_mutex; ///< protects all members below
     std::map<std::wstring, SDirectory> m_directories;
     std::deque<std::unique_ptr<LbOs::CSharedMemory>> m_shared;
 };

@@ -17,7 +17,8 @@ bool isFirstOfPair(char16_t unit)
     return unit >= 0xD800 && unit <= 0xDBFF;
 }
 
-/// Another process may change the number at any time. Reads it once, so that the checked value is the used value.
+/// Reads a number that another process may change at any time. Reads it only once, so that the caller uses the same
+/// value that it has checked.
 std::uint32_t readOnce(const std::uint32_t& number)
 {
     return *static_cast<const volatile std::uint32_t*>(&number);
@@ -30,7 +31,7 @@ std::size_t getMessageLength(const SWorkBuffer& buffer)
 
 constexpr std::size_t c_LeadingFlags = offsetof(SParams, parallel) + 1;
 
-/// The state is in the lowest two bits of the request's field, below its number.
+/// The state of a request. Stored in the lowest two bits of SWorkBuffer::request; the other bits contain the number.
 enum ERequestState : std::uint32_t
 {
     eRS_None,
@@ -41,15 +42,15 @@ enum ERequestState : std::uint32_t
 
 constexpr std::uint32_t c_StateBits = 2;
 
-/// The place of the likely sub-test's number, which is its index plus one; 0 if there is none.
+/// The offset of four reserved bytes that contain the index of the likely sub-test plus one, or 0 if there is none.
 constexpr std::size_t c_LikelySubtest = offsetof(SWorkBuffer, params) + offsetof(SParams, testCaseMax) + 4;
 static_assert(c_LikelySubtest == 6172);
 static_assert(c_LikelySubtest + 4 == offsetof(SWorkBuffer, params) + offsetof(SParams, breakAllocId));
 
-/// Stands in place of the result in a request to exit; a request for a case has "Unknown" there.
+/// The value of SWorkBuffer::result in a request to exit. In a request for a case, the value is Unknown.
 constexpr std::uint32_t c_Leave = 0xFFFFFFFF;
 
-/// The value of the field if the parent does not number requests.
+/// The value of SWorkBuffer::request if the parent does not number requests.
 constexpr std::uint32_t c_Unnumbered = 0;
 
 using Request = std::atomic_ref<std::uint32_t>;
@@ -71,7 +72,7 @@ bool moveRequest(SWorkBuffer& buffer, std::uint32_t number, ERequestState from, 
 
 IWorkBuffer::~IWorkBuffer() = default;
 
-// Uninitialised on purpose: two megabytes of which a case uses a few hundred bytes.
+// Does not initialise the two megabytes, because a case uses only a few hundred bytes of them.
 CHeapWorkBuffer::CHeapWorkBuffer() : m_buffer(std::make_unique_for_overwrite<SWorkBuffer>()) {}
 
 CWorkBufferWriteView CHeapWorkBuffer::GetWriteAccess()
@@ -105,7 +106,7 @@ bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text)
 {
     const std::size_t length = getMessageLength(buffer);
     const std::size_t capacity = c_MessageMax - length;
-    // A character has at least one unit, so text beyond this length cannot fit and is not converted.
+    // Each character becomes at least one unit, so characters beyond `capacity` cannot fit and need no conversion.
     const std::u16string units = LbEncoding::ToUtf16(text.substr(0, capacity));
     const bool isCut = text.size() > capacity || units.size() > capacity;
     std::size_t count = std::min(units.size(), capacity);
@@ -200,7 +201,7 @@ bool IsLeaveRequest(const SWorkBuffer& buffer)
 
 SParams LoadParams(const SWorkBuffer& buffer)
 {
-    // Copies bytes: reading a bool that is neither 0 nor 1 is undefined.
+    // Copies bytes, because reading a bool that is neither 0 nor 1 is undefined behaviour.
     unsigned char bytes[sizeof(SParams)];
     std::memcpy(bytes, &buffer.params, sizeof(bytes));
     const auto normalize = [](unsigned char flag) { return static_cast<unsigned char>(flag == 0 ? 0 : 1); };

@@ -15,11 +15,11 @@
 namespace LuTestSuiteRun
 {
 
-inline constexpr std::size_t c_NameCapacity = 1024;       ///< characters of a name with its terminator
-inline constexpr std::size_t c_MessageCapacity = 1048578; ///< characters of the message field
-inline constexpr std::size_t c_MessageMax = 1048575;      ///< characters of messages that are ever stored
+inline constexpr std::size_t c_NameCapacity = 1024;       ///< units of UTF-16 of a name field, with the terminator
+inline constexpr std::size_t c_MessageCapacity = 1048578; ///< units of UTF-16 of the message field
+inline constexpr std::size_t c_MessageMax = 1048575;      ///< maximum number of units that are stored in that field
 
-/// A wire format between processes: little-endian, text in UTF-16, the same on all platforms.
+/// A binary format that processes exchange: little-endian, text in UTF-16, the same on all platforms.
 struct SWorkBuffer
 {
     char16_t className[c_NameCapacity];
@@ -27,12 +27,12 @@ struct SWorkBuffer
     char16_t dataDirectory[c_NameCapacity];
     SParams params;
     std::uint32_t result;  ///< an ECaseRunResult
-    std::uint32_t request; ///< number and state of the request, see below
+    std::uint32_t request; ///< number and state of the request; see SubmitRequest
     std::uint64_t memoryGrowth;
     std::uint64_t allocations;
     std::uint64_t peakMemory;
     std::uint64_t time;
-    std::uint32_t messageLength; ///< characters, without the terminator
+    std::uint32_t messageLength; ///< units of UTF-16, without the terminator
     char16_t messages[c_MessageCapacity];
 };
 
@@ -71,12 +71,12 @@ static_assert(offsetof(SWorkBuffer, messageLength) == 6240);
 static_assert(offsetof(SWorkBuffer, messages) == 6244);
 static_assert(sizeof(SWorkBuffer) == 2103400);
 
-/// Access to a buffer for as long as the view lives.
+/// Gives access to a buffer while the view exists.
 template<typename Buffer>
 class CWorkBufferView : public INonCopyable
 {
 public:
-    /// `release` is a handle that the view keeps until its end.
+    /// The view keeps `release`, which keeps the buffer alive. It may be null.
     CWorkBufferView(Buffer& buffer, std::shared_ptr<void> release) : m_buffer(buffer), m_release(std::move(release)) {}
 
     Buffer& operator*() const { return m_buffer; }
@@ -90,7 +90,7 @@ private:
 using CWorkBufferWriteView = CWorkBufferView<SWorkBuffer>;
 using CWorkBufferReadView = CWorkBufferView<const SWorkBuffer>;
 
-/// Where a buffer lives. Used by one thread at a time.
+/// Owns a work buffer and gives access to it. Used by one thread at a time.
 class IWorkBuffer
 {
 public:
@@ -115,24 +115,25 @@ private:
 bool StoreName(char16_t (&field)[c_NameCapacity], const std::wstring& name);
 std::wstring LoadName(const char16_t (&field)[c_NameCapacity]);
 
-/// Appends message text. Cuts off what does not fit, never inside a character, and then returns false.
+/// Appends message text. If the text does not fit, stores only whole characters that fit and returns false.
 bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
 std::wstring LoadMessages(const SWorkBuffer& buffer);
 
-/// The states of a request in the buffer. Tests may signal foreign events, so an event only prompts the receiver to
-/// read the buffer. Each operation is atomic.
+/// Submits the request in the buffer to the child; `number` is 1 to c_MostRequests. The parent calls it after it has
+/// written all other fields of the request.
 ///
-/// The parent gives the request `number` (1 to c_MostRequests) to the child: its fields are complete.
+/// This and the next operations read or change the state of a request atomically. An event alone does not prove a
+/// change, because a test may have signaled it; so each process reads the state after an event.
 void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number);
 
-/// The child takes a submitted request; false if there is none. If the parent does not number its requests, the number
-/// stays 0, and each signal is a request.
+/// Called by the child: takes a submitted request; false if there is none. If the parent does not number its requests,
+/// the number is always 0, and each signal counts as a request.
 bool TakeRequest(SWorkBuffer& buffer);
 
-/// True if a numbered request waits for a child to take it.
+/// True if a numbered request has been submitted and not been taken yet.
 bool HasRequest(SWorkBuffer& buffer);
 
-/// The child has written the answer to the request that it has taken.
+/// Called by the child: marks the taken request as answered. The answer must be complete.
 void AnswerRequest(SWorkBuffer& buffer);
 
 /// Withdraws a request that no child has taken; no child can take it afterwards. False if it was taken.
@@ -141,26 +142,26 @@ bool WithdrawRequest(SWorkBuffer& buffer, std::uint32_t number);
 bool IsSubmitted(SWorkBuffer& buffer, std::uint32_t number);
 bool IsAnswered(SWorkBuffer& buffer, std::uint32_t number);
 
-/// No request has been submitted yet.
+/// Initialises the state of a new buffer: no request has been submitted.
 void ClearRequest(SWorkBuffer& buffer);
 
 /// Copies everything before the messages. `to` has no messages afterwards.
 void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to);
 
-/// The index where the sub-test probably is. Stored in reserved bytes, so the index may be wrong if another parent has
-/// written the request.
+/// Stores or loads the index where the sub-test probably is. The index is in reserved bytes, so it may be wrong if the
+/// request comes from a parent that does not store it.
 void StoreLikelySubtest(SWorkBuffer& buffer, std::optional<std::uint32_t> subtest);
 std::optional<std::uint32_t> LoadLikelySubtest(const SWorkBuffer& buffer);
 
 inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 
-/// Asks the child to exit instead of running a case. No answer follows. A child that does not know this request answers
-/// "no matching case".
+/// Changes the request into one that asks the child to exit. The child does not answer it; a child that does not know
+/// this kind of request answers NoMatchingCase.
 void WriteLeaveRequest(SWorkBuffer& buffer);
 bool IsLeaveRequest(const SWorkBuffer& buffer);
 
-/// Sanitised parameters and result, because the other process may be broken: any non-zero flag is set, an invalid
-/// result is Unknown.
+/// Load parameters and result and correct invalid values, because the other process may be broken: any non-zero flag
+/// becomes true, an invalid result becomes Unknown.
 SParams LoadParams(const SWorkBuffer& buffer);
 ECaseRunResult LoadResult(const SWorkBuffer& buffer);
 
