@@ -34,7 +34,7 @@ std::wstring LuTestSuiteUtils::GetModuleName(const LbRTTI& type)
     std::wstring path = LbOs::GetModulePathOf(&type);
     if (path.empty() && type.GetFacts().type != nullptr)
     {
-        // The record was created at run time, outside any module.
+        // The type record was created at run time, so no module contains it.
         path = LbOs::GetModulePathOf(type.GetFacts().type);
     }
     return LbPath::GetLastComponent(path);

@@ -102,7 +102,7 @@ try
 }
 catch (const LbException& exception)
 {
-    // A missing record is better than the record of another build.
+    // Does not use the library's own record here, because the file belongs to another build.
     LbDiagnostics::Trace(L"LuTestSuite: " + exception.GetMessageText());
     return nullptr;
 }

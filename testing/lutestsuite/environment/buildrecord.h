@@ -11,15 +11,17 @@ namespace LuTestSuite
 {
 
 /// Reads a record from lines of the form "key:value". Trims the values, ignores unknown keys and lines without a colon;
-/// the last of several equal keys counts. The bytes are UTF-8, else ISO-8859-1. Null if the text is empty.
+/// of several lines with the same key, uses the last. Decodes the bytes as UTF-8, or as ISO-8859-1 if they are not
+/// valid UTF-8. Null if the text is empty.
 std::unique_ptr<LuTestSuiteUtils::SSvnInfo> ReadSvnRecord(std::string_view bytes);
 std::unique_ptr<LuTestSuiteUtils::SPscmInfo> ReadPscmRecord(std::string_view bytes);
 
-/// The file beside a host that describes the build of the tested product.
+/// A file in the host's folder that describes the build of the tested product.
 inline constexpr const wchar_t* c_BuildRecordFile = L"lutestsuite-build.txt";
 
-/// The record of the product whose hosts are in a directory (with final separator); null if its file is empty or cannot
-/// be read. Without the file, the bytes of the library's own record count.
+/// Reads the record of the product from c_BuildRecordFile in the directory of its hosts (with final separator). If the
+/// file does not exist, reads `own`, the bytes of the library's own record. Null if the file or `own` is empty, or if
+/// the file cannot be read.
 std::unique_ptr<LuTestSuiteUtils::SPscmInfo> FindPscmRecord(const std::wstring& directory, std::string_view own);
 
 } // namespace LuTestSuite

@@ -21,7 +21,7 @@ CCrashThread::SPlace s_places[c_Places];
 
 std::atomic<ICrashReporter*> s_reporter = nullptr;
 
-/// Not on the stack, which may have overflowed. One thread at a time reports a crash.
+/// A static object, because the stack may have overflowed. One thread at a time reports a crash.
 constinit CCrashText s_text;
 
 /// The calling thread's place; null if it has none.
@@ -32,7 +32,7 @@ CCrashThread::SPlace* findOwnPlace()
     return place == std::end(s_places) ? nullptr : place;
 }
 
-/// False if the thread has no activity at present.
+/// Adds `before` and the activity of a thread. False, without adding anything, if the thread has no activity.
 bool addActivity(CCrashText& text, std::string_view before, const CCrashThread::SPlace& place)
 {
     const char16_t* const className = place.className.load(std::memory_order_acquire);

@@ -1,4 +1,4 @@
-/// The lines that the process prints when test code that runs in it crashes.
+/// The lines that a process prints if test code crashes in it.
 #pragma once
 
 #include <atomic>
@@ -12,23 +12,24 @@
 namespace LuTestSuite
 {
 
-/// Receives crashes, in addition to standard error.
+/// Is informed of crashes, in addition to the lines on standard error.
 class ICrashReporter
 {
 public:
-    /// On the crashed thread: must neither allocate nor lock.
+    /// Called on the crashed thread; must neither allocate memory nor take a lock.
     virtual void Report(const LbOs::SCrash& crash) noexcept = 0;
 
 protected:
     ~ICrashReporter() = default;
 };
 
-/// While it lives, a crash of the process prints one or two lines on standard error: the kind of crash, its location,
-/// and the activities of threads with a CCrashThread. One object at a time.
+/// While an object of this class exists, a crash of the process prints one or two lines on standard error: the kind of
+/// crash, its location, and the activities of threads with a CCrashThread. One object at a time.
 class CCrashNotes : public INonCopyable
 {
 public:
-    /// `reporter` informs the run that started this process; it must outlive the object. Null if no run has started it.
+    /// `reporter` informs the run that started this process, and must outlive the object. It is null if no run has
+    /// started this process.
     explicit CCrashNotes(ICrashReporter* reporter = nullptr);
     ~CCrashNotes();
 
@@ -44,11 +45,11 @@ enum class EActivity : std::uint32_t
     FindCases
 };
 
-/// A thread that runs test code in this process. Destroyed by the same thread. A second object of a thread shares the
-/// place of the first.
+/// Registers the calling thread as one that runs test code in this process. The same thread destroys the object. A
+/// second object of a thread shares the place of the first in the table.
 ///
-/// There are places for 512 threads, twice the largest number of workers. A crash of a further thread is reported
-/// without its activity.
+/// The table has places for 512 threads, twice the largest number of workers. If it is full, the crash of a further
+/// thread is reported without its activity.
 class CCrashThread : public INonCopyable
 {
 public:
@@ -68,18 +69,18 @@ private:
     friend class CUnderWay;
 
     LbOs::CCrashStack m_stack;
-    bool m_isOuter = false; ///< this object frees the place
-    SPlace* m_place;        ///< null if all are taken
+    bool m_isOuter = false; ///< true if this object frees the place
+    SPlace* m_place;        ///< null if all places are taken
 };
 
-/// The activity of the thread while the object lives; afterwards the thread has its former activity.
+/// Sets the activity of the thread while the object exists; the destructor restores the former activity.
 class CUnderWay : public INonCopyable
 {
 public:
-    /// The largest number of characters of a text that are read, including its terminator.
+    /// Maximum number of characters that are read of a text, including its terminator.
     static constexpr std::size_t sc_uiCapacity = 1024;
 
-    /// The caller keeps the texts, which must outlive the object.
+    /// The caller owns the texts, which must outlive the object.
     CUnderWay(CCrashThread& thread, EActivity activity, const char16_t* className, const char16_t* detail) noexcept;
     ~CUnderWay();
 
@@ -92,7 +93,7 @@ private:
     const char16_t* m_formerDetail = nullptr;
 };
 
-/// The same with its own texts; the thread does not need a CCrashThread.
+/// Like CUnderWay, but copies the texts and registers the thread itself.
 class CNamedUnderWay : public INonCopyable
 {
 public:

@@ -32,7 +32,7 @@ void CCrashText::AddNumber(std::uint64_t number)
 
 void CCrashText::AddName(const char16_t* name, std::size_t capacity)
 {
-    // At most three bytes for each unit of UTF-16, and what surrounds the name.
+    // Each unit of UTF-16 becomes at most three bytes; 16 bytes are for the text after the name.
     if (sizeof(m_bytes) - m_size < 3 * capacity + 16)
     {
         Write();

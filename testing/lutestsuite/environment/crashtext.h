@@ -8,17 +8,17 @@
 namespace LuTestSuite
 {
 
-/// Builds text without using the heap.
+/// Builds and writes text without using the heap.
 class CCrashText
 {
 public:
     void Add(std::string_view text);
 
-    /// Hexadecimal.
+    /// Adds the number in hexadecimal form with "0x".
     void AddNumber(std::uint64_t number);
 
-    /// The name ends with a null or after `capacity` characters, which must be fewer than 2000. Control characters
-    /// become spaces.
+    /// Adds a name that ends with a null or after `capacity` characters; `capacity` must be less than 2000. Control
+    /// characters become spaces.
     void AddName(const char16_t* name, std::size_t capacity);
 
     /// Writes the text collected so far; a short line is written in one piece.

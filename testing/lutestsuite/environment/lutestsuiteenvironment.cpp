@@ -29,8 +29,8 @@
 namespace
 {
 
-/// A container without services, so that test modules find a container in every installation. Modules with services
-/// bring a configuration file.
+/// Describes a container without services, so that test modules find a container in every installation. Modules that
+/// need services come with a configuration file.
 constexpr const char* c_DefaultContainer = "<Container/>";
 
 std::unique_ptr<IOC::CContainer> createContainer()
@@ -53,8 +53,8 @@ void startThreadPool()
     }
     catch (const std::system_error&)
     {
-        // The system has no more threads. Parallel loops work without them; a test that needs a thread fails with its
-        // own message.
+        // The system cannot start more threads. Parallel loops work without them; a test that needs a thread fails with
+        // its own message.
     }
 }
 
@@ -65,7 +65,8 @@ void warmUpParallelLoops()
 
     LbParallel::SumRange(0, 99);
 
-    // Uses each thread, value and lock once. Counts whole ranges, because each child process waits for this.
+    // Uses each thread of the pool, its value and the lock once. Counts whole ranges instead of single numbers to be
+    // quick, because each child process waits for this at its start.
     LbCombinable<std::int64_t> counts;
     LbParallel::ForRanges(0, c_LoopLength,
                           [&counts](std::int64_t first, std::int64_t last) { counts.Local() += last - first; });
@@ -81,8 +82,8 @@ void warmUpParallelLoops()
     });
 }
 
-/// Uses file streams once, with a temporary file that it removes. If the file cannot be created, the first use of file
-/// streams in a case may count as the case's growth.
+/// Uses file streams once, with a temporary file that it removes. If the file cannot be created, memory allocated at
+/// the first use of file streams may count as growth of a case.
 void warmUpFileStreams()
 try
 {
@@ -166,7 +167,7 @@ void LuTestSuiteEnvironment::LoadDLL(const std::wstring& name, bool /*flag*/)
     {
         return;
     }
-    // Initialisation of the module may change it, and the user's relative paths refer to it.
+    // The module's initialisation may change the working directory, to which the user's relative paths refer.
     const LuTestSuite::CKeptWorkingDirectory workingDirectory;
     std::wstring reason;
     if (!LbOs::LoadModule(path, reason))

@@ -28,7 +28,7 @@ void LuTestSuiteUtils::SplitFileName(const std::wstring& path, std::wstring& fol
 {
     const std::size_t separator = path.find_last_of(LbOs::c_PathSeparators);
     const std::size_t nameStart = separator == std::wstring::npos ? 0 : separator + 1;
-    // Uses copies, because a result may be the same object as the path.
+    // Uses copies, because `folder` or `name` may be the same object as `path`.
     const std::wstring splitFolder = path.substr(0, nameStart);
     const std::wstring splitName = path.substr(nameStart);
     folder = splitFolder;

@@ -17,7 +17,7 @@
 namespace
 {
 
-/// Quotes a path that contains blanks or quotation marks. Does not change a text that names no file, because it may
+/// Quotes the path of a file if it contains blanks or quotation marks. Returns other texts unchanged, because they may
 /// already contain arguments.
 std::wstring toWord(const std::wstring& executable)
 {
@@ -44,7 +44,7 @@ void LuTestSuiteUtils::ExecuteWithTimeout(const std::wstring& executable, const 
     }
     if (child->Wait(timeoutSec * c_Second))
     {
-        // The process may have left descendants running on purpose.
+        // Lets the descendants of the process run on, because the process may have left them running intentionally.
         child->Detach();
         return;
     }
@@ -61,7 +61,7 @@ void LuTestSuiteUtils::KillAllByName(const std::wstring& exeName)
         LuTestSuite::WriteWarning(L"Warnung: Prozess Snapshot konnte nicht erstellt werden.\n");
         return;
     }
-    // Processes whose name is unknown have an empty name and must not match.
+    // A process whose name is unknown has an empty name here, and must not match.
     std::erase_if(processes, [&exeName](const LbOs::SProcess& process) {
         return process.executableName.empty() || process.executableName != exeName;
     });

@@ -9,7 +9,7 @@ std::unique_ptr<LuUnitTest> LuTestSuite::CreateUnitTest(const std::wstring& clas
     auto* const unitTest = dynamic_cast<LuUnitTest*>(object.get());
     if (unitTest != nullptr)
     {
-        // Ownership passes to the other pointer to the same object.
+        // `unitTest`, which points to the same object, takes ownership.
         static_cast<void>(object.release());
     }
     return std::unique_ptr<LuUnitTest>(unitTest);

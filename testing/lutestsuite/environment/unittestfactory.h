@@ -9,8 +9,8 @@
 namespace LuTestSuite
 {
 
-/// A new object of the class registered under `className`, owned by the caller; null when there is no such class, when
-/// it cannot be created, or when it is not a unit test. Passes on what the class's constructor throws.
+/// Creates an object of the class registered under `className`. Null if there is no such class, if it has no create
+/// function, or if it is not a unit test. Exceptions of the class's constructor pass through.
 std::unique_ptr<LuUnitTest> CreateUnitTest(const std::wstring& className);
 
 /// Like CreateUnitTest, but returns null if the constructor throws.

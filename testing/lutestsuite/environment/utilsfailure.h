@@ -1,4 +1,4 @@
-/// The exception that operations of LuTestSuiteUtils throw. They are defined in many files.
+/// The exception that operations of LuTestSuiteUtils throw.
 #pragma once
 
 #include "base/lbexception.h"
@@ -7,8 +7,8 @@
 namespace LuTestSuite
 {
 
-/// Throws an LbException without message that names the class's own file, "lutestsuiteutils", the operation, and the
-/// caller's line.
+/// Throws an LbException without message. It contains the operation, the caller's line, and always the file name
+/// "lutestsuiteutils", although many files define the operations of the class.
 [[noreturn]] inline void ThrowUtilsFailure(const wchar_t* function,
                                            LbSourceLocation where = LbSourceLocation::Current())
 {

@@ -14,7 +14,7 @@ try
 }
 catch (...)
 {
-    // If there is no memory for the path, test code keeps the present working directory.
+    // If there is no memory for the path, the working directory does not change.
 }
 
 LuTestSuite::CKeptWorkingDirectory::CKeptWorkingDirectory() : m_directory(LbOs::GetWorkingDirectory()) {}

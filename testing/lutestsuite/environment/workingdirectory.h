@@ -7,8 +7,8 @@
 namespace LuTestSuite
 {
 
-/// Makes the executable's folder the working directory, where each case starts, unless it already is. A failure is only
-/// traced. Any thread.
+/// Makes the executable's folder the working directory unless it already is, because each case starts there. A failure
+/// only writes a trace. Any thread.
 void EnterExecutableDirectory() noexcept;
 
 /// The destructor restores the working directory if test code has changed it.

@@ -6,7 +6,7 @@ namespace
 
 struct SUnit
 {
-    double limit; ///< the unit serves times below this
+    double limit; ///< the unit is used for times below this, in seconds
     double factor;
     const wchar_t* name;
 };

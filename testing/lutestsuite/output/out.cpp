@@ -16,7 +16,7 @@ namespace
 
 constexpr std::uint32_t c_Utf8CodePage = 65001;
 
-/// The console renders UTF-8 for as long as the library is loaded.
+/// Sets the code page of the console to UTF-8 while the library is loaded.
 class CConsoleCodePage
 {
 public:
@@ -33,8 +33,8 @@ const CConsoleCodePage s_CodePage;
 LbCriticalSection s_OutputLock;
 bool s_bConsoleOut = true;
 std::vector<LuTestSuiteOut::LuCustomOut*> s_CustomOuts;
-std::uint32_t s_uiBatches = 0; ///< batches in progress on the thread that holds the lock
-std::string s_Batch;           ///< the output that they have collected, and deferred batches
+std::uint32_t s_uiBatches = 0; ///< number of open batches of the thread that holds the lock
+std::string s_Batch;           ///< the output collected by open and deferred batches
 
 void writeBatch()
 {
@@ -48,14 +48,14 @@ void writeBatch()
 void writeToConsole(const std::wstring& text)
 {
     s_Batch += LbEncoding::ToUtf8(text);
-    // Custom outputs may write to the same place.
+    // With custom outputs, writes each line at once: they may write to the same console, and the order must be right.
     if (s_uiBatches == 0 || !s_CustomOuts.empty())
     {
         writeBatch();
     }
 }
 
-/// A custom output that throws costs its own line only: the destructor that emits must not throw.
+/// Ignores exceptions of the custom output, because the destructor that calls this must not throw.
 void outputTo(LuTestSuiteOut::LuCustomOut& out, const LuTestSuiteOut& line) noexcept
 {
     try
@@ -146,7 +146,7 @@ void LuTestSuiteOut::writeOut() const
     {
         writeToConsole(m_text);
     }
-    // By index: an output may add another one while it prints.
+    // Iterates by index, because an output may add another one while it prints.
     for (std::size_t index = 0; index < s_CustomOuts.size(); ++index)
     {
         outputTo(*s_CustomOuts[index], *this);

@@ -1,4 +1,4 @@
-/// Several lines of output that go to the console at once.
+/// Collects lines of output and writes them to the console together.
 #pragma once
 
 #include "base/inoncopyable.h"
@@ -6,15 +6,16 @@
 namespace LuTestSuite
 {
 
-/// What happens to a batch that is complete.
+/// What the end of a batch does.
 enum class EBatchEnd
 {
     Write,
-    Defer ///< the batch waits for the next output of any thread, or for WriteDeferredOutput
+    Defer ///< the next output of any thread, or WriteDeferredOutput, writes the batch
 };
 
-/// Collects the output of the calling thread and writes it to standard output in one piece. Until it is complete, other
-/// threads that print wait. Custom outputs receive each line immediately; if there are any, nothing is collected.
+/// Collects the output of the calling thread while the object exists, then writes it to standard output in one piece or
+/// defers it. Meanwhile, other threads that print wait. If there are custom outputs, nothing is collected: all outputs
+/// receive each line immediately.
 class COutputBatch : public INonCopyable
 {
 public:
@@ -25,7 +26,7 @@ private:
     const EBatchEnd m_end;
 };
 
-/// No effect if no batch waits. Any thread.
+/// Writes deferred batches; no effect if there are none. Any thread.
 void WriteDeferredOutput();
 
 } // namespace LuTestSuite

@@ -1,4 +1,4 @@
-/// The look of warnings and errors.
+/// Prints warnings and errors.
 #pragma once
 
 #include "testing/lutestsuite/lutestsuiteout.h"
@@ -6,7 +6,7 @@
 namespace LuTestSuite
 {
 
-/// Prints one line, bold and in goldenrod. The text includes the prefix "Warnung: " or "Fehler: ".
+/// Prints one line, bold and in goldenrod. The caller's text includes the prefix "Warnung: " or "Fehler: ".
 template<typename... T>
 void WriteWarning(LbFormatString<T...> format, const T&... arguments)
 {

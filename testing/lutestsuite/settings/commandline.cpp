@@ -17,7 +17,7 @@ using LuTestSuite::ReadInt;
 using LuTestSuite::ReadUInt64;
 using LuTestSuite::WriteWarning;
 
-/// The target of the options.
+/// The objects that the options change.
 struct STarget
 {
     LuTestSuiteSetup& setup;
@@ -63,8 +63,8 @@ std::uint32_t readCount(Text value)
     return static_cast<std::uint32_t>(ReadInt(value));
 }
 
-/// In order of registration: the first row that matches an argument applies. "--xml" is listed twice on purpose; the
-/// second row never applies.
+/// In order of registration: an argument selects the first row that matches. "--xml" is intentionally listed twice; the
+/// second row has no effect.
 constexpr SOption c_Options[] = {
     Value(L"-d --data-dir", [](Setup& setup, Text value) { setup.dataDir = value; }),
     Value(L"-i --include", [](Setup& setup, Text value) { setup.includes.push_back(value); }),
@@ -111,7 +111,7 @@ constexpr SOption c_Options[] = {
     Flag(L"--no-js", [](Setup& setup) { setup.writeJs = false; }),
     c_HelpRow,
     Value(L"--dll", [](Setup& setup, Text value) { setup.dlls.push_back(value); }),
-    // The names that a parent run hands to its child processes.
+    // A parent run passes these names to its child processes.
     Value(L"--memory-id", [](Setup& setup, Text value) { setup.memoryId = value; }),
     Value(L"--request-event-id", [](Setup& setup, Text value) { setup.requestEventId = value; }),
     Value(L"--response-event-id", [](Setup& setup, Text value) { setup.responseEventId = value; }),

@@ -30,7 +30,7 @@ void readValue(const XMLNode& node, std::uint64_t& value)
     LuTestSuiteUtils::GetUInt64(node, value);
 }
 
-/// An element and the field that it fills.
+/// The name of an element and the function that reads it into its field.
 template<typename Record>
 struct SKey
 {
@@ -38,7 +38,7 @@ struct SKey
     void (*read)(const XMLNode& node, Record& record);
 };
 
-/// The reader of one field.
+/// Reads the element of one field.
 template<auto Member, typename Record>
 void readField(const XMLNode& node, Record& record)
 {
@@ -75,7 +75,7 @@ constexpr SKey<Data> c_Settings[] = {
     {"BreakAllocSize", readField<&Data::BreakAllocSize>},
 };
 
-/// Files that serve both builds write "ExternalRelease" for "External".
+/// Files that are used for Debug and Release builds contain "ExternalRelease" instead of "External".
 constexpr SKey<Params> c_RunParameters[] = {
     {"TrackHeap", readField<&Params::trackHeap>},
     {"DumpHeap", readField<&Params::dumpHeap>},
@@ -177,7 +177,7 @@ void LuTestSuiteUtils::PreprocessDataDir(std::wstring& dataDir)
 {
     if (!LbFileSystem::Exists(dataDir))
     {
-        // Read the history only when it can matter: reading it creates the per-user folder.
+        // Reads the history only for a number, because reading it creates the per-user folder.
         if (const std::optional<std::uint32_t> index = LbVariant(dataDir).ToUInt32())
         {
             const std::vector<std::wstring> history = GetDataDirHistory();

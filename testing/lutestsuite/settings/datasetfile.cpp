@@ -21,7 +21,7 @@ LuDataSetFile::LuDataSetFile(std::shared_ptr<const LbFileListing> listing, std::
 
 LuDataSetFile::LuDataSetFile(const LuDataSetFile& other)
     : m_listing(other.m_listing), m_rank(other.m_rank),
-      // The text can be made again from the listing.
+      // Does not copy a text that can be created again from the listing.
       m_path(other.m_listing || !other.m_path ? nullptr : std::make_unique<const std::wstring>(*other.m_path))
 {
 }

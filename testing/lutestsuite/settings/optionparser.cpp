@@ -32,8 +32,8 @@ void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply() {}
 
 void LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Apply(const std::wstring& /*value*/) {}
 
-/// A value option matches by the first of its names that is a prefix of the argument. An argument of the form
-/// name=value is never split.
+/// For an option with a value, looks for the first of its names that is a prefix of the argument. The option matches
+/// only if the argument equals that name, so an argument of the form name=value never matches.
 bool LuTestSuiteUtils::LuOptionParser::SFunctionHandler::Matches(const std::wstring& argument) const
 {
     if (!takesValue)
@@ -101,7 +101,7 @@ LuTestSuiteUtils::LuOptionParser::findOption(const std::wstring& argument) const
     return **option;
 }
 
-/// Empty if the next argument is missing or is another option.
+/// The argument after `index`; empty if it is missing or is an option.
 std::wstring LuTestSuiteUtils::LuOptionParser::getValueAfter(std::size_t index) const
 {
     const bool hasValue = index + 1 < m_arguments.size() && !isOption(m_arguments[index + 1]);

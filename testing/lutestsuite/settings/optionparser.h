@@ -9,8 +9,8 @@
 
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
-/// Tries options in order of registration; the first that matches an argument applies. An option's value is the next
-/// argument, never a part of the same one.
+/// Compares each argument with the options in order of registration and applies the first that matches. The value of an
+/// option is the next argument; the form name=value is not supported.
 class LuTestSuiteUtils::LuOptionParser
 {
 public:
@@ -20,17 +20,17 @@ public:
     /// An argument that begins with one of these characters is an option.
     void SetPrefixes(std::wstring prefixes) { m_prefixes = std::move(prefixes); }
 
-    /// Receives the arguments that are neither options nor values. Must outlive the parser's use.
+    /// Sets the list that receives the arguments that are neither options nor values. The list must outlive Parse.
     void SetStrayArguments(std::vector<std::wstring>* strayArguments) { m_strayArguments = strayArguments; }
 
-    /// Registers a flag under its names, separated by blanks. `action(target)` applies it.
+    /// Registers a flag; blanks separate its names. Parse applies it by calling `action(target)`.
     template<typename Target>
     void RegisterOption(const std::wstring& names, Target& target, std::function<void(Target&)> action)
     {
         m_options.push_back(std::make_unique<SFlagHandler<Target>>(names, target, std::move(action)));
     }
 
-    /// Registers an option that takes a value. `action(target, value)` applies it.
+    /// Registers an option that takes a value. Parse applies it by calling `action(target, value)`.
     template<typename Target>
     void RegisterOptionWithValue(const std::wstring& names, Target& target,
                                  std::function<void(Target&, const std::wstring&)> action)

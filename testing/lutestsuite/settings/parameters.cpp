@@ -6,7 +6,7 @@ namespace
 /// Null if the case has no parameter of that name.
 const LbVariant* findParameter(const LuTestSuite::ParameterMap& parameters, const wchar_t* name)
 {
-    // Most cases have no parameters; this saves copying the name.
+    // Most cases have no parameters; then the name is not copied for the search.
     const auto parameter = parameters.empty() ? parameters.end() : parameters.find(name);
     return parameter == parameters.end() ? nullptr : &parameter->second;
 }

@@ -12,8 +12,8 @@ namespace LuTestSuite
 /// Sets the load factor of parameter maps.
 void InitParameters(ParameterMap& parameters);
 
-/// The value of a parameter, added if it is missing. The first parameter allocates all buckets: most cases have no
-/// parameters.
+/// The value of a parameter, added if it is missing. The first parameter of a map allocates all of its buckets; an
+/// empty map allocates nothing, because most cases have no parameters.
 LbVariant& GetParameter(ParameterMap& parameters, const std::wstring& name);
 
 /// The value of a parameter; empty if it is missing or has another type.

@@ -15,15 +15,15 @@ namespace
 
 constexpr std::wstring_view c_WhiteSpace = L" \t\n\v\f\r";
 
-/// A sign before another sign does not count.
+/// True for a plus sign before a digit or a point; "+-1" is not a number.
 bool beginsWithPlus(std::string_view number)
 {
     constexpr std::string_view c_Beginnings = ".0123456789";
     return number.size() > 1 && number[0] == '+' && c_Beginnings.find(number[1]) != std::string_view::npos;
 }
 
-/// For a number that no float can represent: true if it is too close to zero, that is, if its first non-zero digit is
-/// right of the point after applying the exponent.
+/// For a number outside the range of float: true if it is too close to zero, false if it is too large. It is too close
+/// to zero if its first non-zero digit is right of the point after applying the exponent.
 bool isTiny(const std::string& number)
 {
     const std::size_t end = std::min(number.find_first_of("eE"), number.size());

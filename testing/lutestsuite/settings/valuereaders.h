@@ -1,6 +1,6 @@
-/// Reading of values. Flags are strict; numbers are lenient: optional white space, an optional sign, decimal digits,
-/// then anything, which is ignored; 0 if there are no digits. A number out of range becomes the nearest limit. The same
-/// on all platforms, independent of the width of long.
+/// Reads values from text. A number consists of optional white space, an optional sign and decimal digits; any text
+/// after it is ignored. A text without digits is 0. A number out of range becomes the nearest limit. The results are
+/// the same on all platforms, independent of the width of long.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ std::int64_t ReadInt64(const std::wstring& text);
 std::uint32_t ReadUInt32(const std::wstring& text);
 std::uint64_t ReadUInt64(const std::wstring& text);
 
-/// Accepts a decimal point, in any locale, and an exponent. The result is always finite.
+/// Also accepts a decimal point, in any locale, and an exponent. The result is always finite.
 float ReadFloat(const std::wstring& text);
 
 } // namespace LuTestSuite
