@@ -8,10 +8,10 @@
 /// Each source file with tests becomes a class, named after the file without folder and extension; each TEST_CASE
 /// becomes a case with all of its sections and generated values. Characters that file names cannot contain become "_",
 /// and "/" becomes ".". A failure becomes an error line with file, line, sections and messages; an exception makes the
-/// result eR_Exception. A skipped test passes, with the information line "Übersprungen: " and the reason, by which
-/// LuTestSuiteRunner counts it as skipped. If modules that are loaded together have classes of the same name, only
-/// those of the first one run; the macro LUTESTSUITE_SUITE_PREFIX, defined before this header, is a literal that
-/// precedes all class names of a module.
+/// result eR_Exception. A skipped test passes, with the information line "Übersprungen: " and the reason;
+/// LuTestSuiteRunner recognises skipped tests by this line. If several loaded modules have a class of the same name,
+/// only the class of the first module runs. To avoid that, define the macro LUTESTSUITE_SUITE_PREFIX before this
+/// header: a literal that is put in front of all class names of the module.
 ///
 /// Hidden tests ("[.]") are disabled cases. "[!mayfail]" and "[!shouldfail]" keep their meaning. Other tags have no
 /// effect: -i and -e select by the names of classes and cases. Sections are not cases, because their names are known
@@ -68,7 +68,7 @@ namespace LuCatch2
 namespace
 {
 
-/// Reports what a test case asserts.
+/// Reports failed assertions, skips and messages of a test case to its unit test.
 class CReporter : public Catch::EventListenerBase
 {
 public:
@@ -134,7 +134,7 @@ private:
                 addLine(text, message.message);
             }
         }
-        // The first one is the test case itself.
+        // The first section is the test case itself.
         for (std::size_t index = 1; index < m_sections.size(); ++index)
         {
             text += index == 1 ? "\nSECTION " : " / ";
@@ -163,7 +163,7 @@ inline const Catch::Config& getConfig()
     return s_config;
 }
 
-/// The program's listeners, and the reporter.
+/// Creates the program's listeners and the reporter.
 inline Catch::IEventListenerPtr makeReporters(LuForeignTests::CUnitTest& unitTest, bool& hasException)
 {
     auto reporters = Catch::Detail::make_unique<Catch::MultiReporter>(&getConfig());
@@ -175,7 +175,7 @@ inline Catch::IEventListenerPtr makeReporters(LuForeignTests::CUnitTest& unitTes
     return reporters;
 }
 
-/// Without a session, which would compare the names of all tests of the program to find this one.
+/// Runs the test without a Catch2 session, because a session compares the names of all tests to find one.
 inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, const Catch::TestCaseHandle& test)
 {
     Catch::getCurrentMutableContext().setConfig(&getConfig());
@@ -203,8 +203,9 @@ inline std::string getFileStem(std::string_view path)
     return std::string(path.substr(0, path.rfind('.')));
 }
 
-/// Throws what a session would print instead of running tests: errors of registration, such as reserved tags, and test
-/// cases with the name and the tags of another one. The tests that these errors hide would be missing without a trace.
+/// Throws a text if Catch2 could not register a test, for example because of a reserved tag, or because another test
+/// case has the same name and tags. A Catch2 session would print this text and run no test. Without this check, the
+/// tests concerned would be missing silently.
 inline void checkRegistration()
 {
     std::vector<std::exception_ptr> exceptions = Catch::getRegistryHub().getStartupExceptionRegistry().getExceptions();
@@ -236,7 +237,7 @@ inline void checkRegistration()
 
 inline void registerSuites()
 {
-    // Creates objects of the framework that would otherwise count as memory of the first case.
+    // Creates objects of Catch2 here; otherwise their memory would count as growth of the first case.
     Catch::getCurrentMutableContext().setConfig(&getConfig());
     checkRegistration();
     std::map<std::string, LuForeignTests::SSuite> suites;
@@ -256,7 +257,7 @@ inline void registerSuites()
     }
 }
 
-// The tests of all sources are known only after all static objects have been created.
+// Registers the suites after all static objects exist, because only then all tests are known.
 const LbLateClasses s_lateClasses(&registerSuites);
 
 } // namespace

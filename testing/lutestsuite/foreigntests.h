@@ -1,5 +1,5 @@
-/// What googletest.h and catch2.h have in common: tests of another framework as unit tests. Only these two use
-/// it.
+/// Common code of googletest.h and catch2.h, which turn tests of another framework into unit tests. Do not include it
+/// elsewhere.
 #pragma once
 
 #include <algorithm>
@@ -20,8 +20,8 @@
 #include "base/luunittest.h"
 
 #ifndef LUTESTSUITE_SUITE_PREFIX
-/// A literal in front of the name of each class, such as "Parser/". A module that has suites of the same names as
-/// another one defines the macro before it includes the adapter.
+/// A literal in front of the name of each class, such as "Parser/". If another module has suites of the same names,
+/// define the macro before including the adapter.
 #define LUTESTSUITE_SUITE_PREFIX ""
 #endif
 
@@ -82,7 +82,7 @@ public:
 
     bool IsSubtestDisabled(std::uint32_t subtest) const override { return m_suite.tests[subtest].isDisabled; }
 
-    /// Waits for the lock here, so that the time of the case begins when the test begins.
+    /// Waits for the lock here, because the time of the case is measured only after this call.
     void PrepareSubtest() override
     {
         if (!m_lock.owns_lock())
@@ -91,8 +91,8 @@ public:
         }
     }
 
-    /// Reports a failure, or an information line, with its place; `line` is 0 or less if the place is unknown. The
-    /// place has the form that IDEs and build servers make a link of.
+    /// Reports a failure, or an information line, with its place; `line` is 0 or less if the place is unknown. IDEs and
+    /// build servers turn a place of this form into a link.
     void Report(bool isError, const char* file, std::int64_t line, std::string_view message)
     {
         const std::wstring place = describePlace(file, line);
@@ -100,7 +100,8 @@ public:
         isError ? Error(L"%s", text) : Info(L"%s", text);
     }
 
-    /// Reports that the test was skipped. LuTestSuiteRunner looks for the beginning of this line, so the place follows.
+    /// Reports that the test was skipped. LuTestSuiteRunner recognises a skipped test by the beginning of the first
+    /// line, so a second line shows the place.
     void ReportSkip(const char* file, std::int64_t line, std::string_view reason)
     {
         Info(L"Übersprungen: %s", LbEncoding::FromUtf8(reason));
@@ -127,8 +128,8 @@ private:
     std::unique_lock<std::recursive_mutex> m_lock{GetLock(), std::defer_lock};
 };
 
-/// The base of the classes of all suites. By its name, LuTestSuiteRunner recognises classes that need a folder but no
-/// file in it. It cannot be created, and no folder can have its name.
+/// The base class of the classes of all suites. If a class has this base, LuTestSuiteRunner knows that it needs a
+/// folder but no file in it. The base class cannot be instantiated, and no folder can have its name.
 const LbRTTI s_suiteRecord(L"LuForeignTests::CUnitTest", &LuUnitTest::RTTI, nullptr);
 
 /// A suite with the record of its class.

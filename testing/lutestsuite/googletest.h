@@ -8,9 +8,10 @@
 /// Each suite becomes a class, each test a case. "/" in names (TEST_P, TYPED_TEST) becomes ".": the case "Reads.0" of
 /// the class "Files.Parser" is the test "Files/Parser.Reads/0". Tests and suites whose names begin with "DISABLED_" are
 /// disabled cases. A failure becomes an error line with file and line; an exception makes the result eR_Exception. A
-/// skipped test passes, with the information line "Übersprungen: " and the reason, by which LuTestSuiteRunner counts it
-/// as skipped. If modules that are loaded together have suites of the same name, only those of the first one run; the
-/// macro LUTESTSUITE_SUITE_PREFIX, defined before this header, is a literal that precedes all class names of a module.
+/// skipped test passes, with the information line "Übersprungen: " and the reason; LuTestSuiteRunner recognises skipped
+/// tests by this line. If several loaded modules have a suite of the same name, only the suite of the first module
+/// runs. To avoid that, define the macro LUTESTSUITE_SUITE_PREFIX before this header: a literal that is put in front of
+/// all class names of the module.
 ///
 /// Each case sets up and tears down the global environments and its suite (SetUpTestSuite). Tests of one process run
 /// one after another, also on worker threads (-p); in child processes (-x -w 4) they run side by side. Options of
@@ -48,9 +49,9 @@ namespace
 
 using Tests = std::vector<testing::TestInfo*>;
 
-/// For each run, GoogleTest visits all tests of the program, so running each test by itself would take quadratic time.
-/// Therefore the lists of all suites are empty, except for the test that is about to run. The list is private, but an
-/// explicit instantiation may name it.
+/// Gives access to the list of tests of a suite. In each run, GoogleTest visits all listed tests of the program, so
+/// running each test by itself would take quadratic time. Therefore the lists of all suites are kept empty, except for
+/// the test that is about to run. The list is private, but an explicit instantiation may name it.
 Tests testing::TestSuite::*GetTestList();
 
 template<Tests testing::TestSuite::*List>
@@ -63,11 +64,12 @@ template struct STestList<&testing::TestSuite::test_info_list_>;
 
 #ifdef GTEST_OS_WINDOWS
 
-/// For a death test, GoogleTest would start the host instead of the test, and take any end of the host for the test's
-/// death. The name of an unknown style makes GoogleTest fail each death test.
+/// For a death test, GoogleTest would start the host instead of the test, and interpret any end of the host as the
+/// test's death. The name of an unknown style makes GoogleTest fail each death test.
 constexpr const char* c_DeathTestStyle = "Todestests gibt es nur unter Linux";
 
-/// A test may select another style. Then only the message of the last death test shows that there was one.
+/// Resets the message of the last death test. If a test selects another style, only a changed message shows that it has
+/// run a death test.
 inline void forgetDeathTests()
 {
     testing::internal::DeathTest* test = nullptr;
@@ -94,7 +96,7 @@ inline bool hasStartedDeathTest()
 
 #endif
 
-/// Moves each value behind its expression, because reports keep only the first three lines of a case:
+/// Moves each value to the line of its expression, because reports keep only the first three lines of a case:
 /// "size\n    Which is: 2" becomes "size (Which is: 2)".
 inline std::string joinValues(std::string_view message)
 {
@@ -111,7 +113,7 @@ inline std::string joinValues(std::string_view message)
     return text.append(message);
 }
 
-/// Passes the results of the running test on.
+/// Passes the results of the running test on to the unit test.
 class CListener : public testing::EmptyTestEventListener
 {
 public:
@@ -120,7 +122,7 @@ public:
     void OnTestStart(const testing::TestInfo& /*test*/) override
     {
         m_hasStarted = true;
-        // A global environment may have changed the style.
+        // Sets the style again, because a global environment may have changed it.
         GTEST_FLAG_SET(death_test_style, std::string(c_DeathTestStyle));
         forgetDeathTests();
     }
@@ -134,7 +136,7 @@ public:
         }
     }
 
-    /// GoogleTest calls it for one result at a time, including results of other threads.
+    /// GoogleTest calls this operation for one result at a time, including results of other threads.
     void OnTestPartResult(const testing::TestPartResult& part) override
     {
         const std::string_view message = part.message();
@@ -146,7 +148,7 @@ public:
         }
         else if (part.skipped())
         {
-            // A test of a skipped suite has a result without a message after that of the suite.
+            // Ignores the second result of a test of a skipped suite: it has no message and follows the suite's result.
             if (!message.empty() || m_skips.empty())
             {
                 m_skips.push_back(part);
@@ -166,7 +168,7 @@ public:
     }
 
 private:
-    /// A test may run although its suite was skipped: GoogleTest 1.12 does so. Such a test is not skipped.
+    /// GoogleTest 1.12 runs a test although its suite was skipped. Such a test does not count as skipped.
     void reportSkips() const
     {
         for (const testing::TestPartResult& skip : m_skips)
@@ -184,13 +186,13 @@ private:
     }
 
     LuForeignTests::CUnitTest& m_unitTest;
-    std::vector<testing::TestPartResult> m_skips; ///< reported at the end, when it is known whether the test was run
+    std::vector<testing::TestPartResult> m_skips; ///< reported at the end, when it is known whether the test has run
     bool m_hasStarted = false;
     bool m_isSkipped = false;
     bool m_hasException = false;
 };
 
-/// Reports the value and the type of a test's parameter, which the failure does not show.
+/// Reports the value and the type of a test's parameter, because GoogleTest's failure message does not contain them.
 inline void reportParameters(LuForeignTests::CUnitTest& unitTest, const testing::TestInfo& test)
 {
     if (test.value_param() != nullptr)
@@ -249,7 +251,7 @@ inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, testing::Tes
 /// Resets options from environment variables that would change which tests run, how they end or where results go.
 inline void resetOptions()
 {
-    // A string of its own, because GCC 12 warns about the assignment of a short literal.
+    // Creates a string explicitly, because GCC 12 warns about the assignment of a short literal.
     GTEST_FLAG_SET(filter, std::string("*"));
     GTEST_FLAG_SET(also_run_disabled_tests, true);
     GTEST_FLAG_SET(break_on_failure, false);
@@ -264,9 +266,10 @@ inline void resetOptions()
     GTEST_FLAG_SET(throw_on_failure, false);
 }
 
-/// The command that GoogleTest starts for a death test in the style "threadsafe". It cannot be the host, which expects
-/// other arguments. This command prints its fourth word and makes the test fail: it reports that the test is still
-/// alive, to the descriptor named at the end of the last argument, which GoogleTest adds.
+/// The command that GoogleTest starts for a death test in the style "threadsafe". The host cannot be used, because it
+/// expects other arguments. The command prints its fourth word and makes the test fail: it reports that the test is
+/// still alive. It writes this report to the descriptor that is named at the end of the last argument; GoogleTest adds
+/// that argument.
 inline std::vector<std::string> getDeathTestCommand()
 {
     return {"/bin/sh", "-c", "echo \"$0\" >&2; for last; do :; done; printf L >\"/proc/self/fd/${last##*|}\"",
@@ -275,12 +278,12 @@ inline std::vector<std::string> getDeathTestCommand()
 
 inline void prepare()
 {
-    // GoogleTest reads the variable for each run, and no option overrides it.
+    // Refuses the variable, because GoogleTest reads it in each run and has no option that overrides it.
     if (std::getenv("GTEST_TOTAL_SHARDS") != nullptr)
     {
         throw std::wstring(L"Die Umgebungsvariable GTEST_TOTAL_SHARDS ist gesetzt: GoogleTest würde Tests auslassen");
     }
-    // Before the initialisation, which connects to servers and installs handlers.
+    // Resets the options before InitGoogleTest, which may connect to servers and install handlers.
     resetOptions();
     std::vector<std::string> texts = getDeathTestCommand();
     std::vector<char*> arguments;
@@ -310,7 +313,7 @@ inline void registerSuites()
     const testing::UnitTest& all = *testing::UnitTest::GetInstance();
     for (int index = 0; index < all.total_test_suite_count(); ++index)
     {
-        // Only GoogleTest itself gets its suites without const.
+        // GoogleTest's public interface returns suites only as const.
         auto& suite = const_cast<testing::TestSuite&>(*all.GetTestSuite(index));
         LuForeignTests::SSuite made{suiteNames.Make(LuForeignTests::AddPrefix(suite.name())), {}};
         LuForeignTests::CNames testNames;
@@ -325,7 +328,7 @@ inline void registerSuites()
     }
 }
 
-// GoogleTest creates the tests of TEST_P when it is initialised, after all static objects.
+// Registers the suites after all static objects exist: GoogleTest creates the tests of TEST_P when it is initialised.
 const LbLateClasses s_lateClasses(&registerSuites);
 
 } // namespace

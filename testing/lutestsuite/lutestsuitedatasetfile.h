@@ -13,9 +13,9 @@
 namespace LuTestSuite
 {
 
-/// Reads like a constant std::wstring and is assigned like one. A path from the listing of a folder refers to the
-/// listing, as the other files' paths do, and becomes a text of its own only when it is read. A plain value: copied
-/// freely, used by one thread at a time.
+/// Can be read and assigned like a std::wstring. To save memory, a path from the listing of a folder refers to the
+/// shared listing; its own text is created when it is first read. A plain value, which can be copied; used by one
+/// thread at a time.
 class LUTESTSUITE_API LuDataSetFile
 {
 public:
@@ -23,7 +23,7 @@ public:
     LuDataSetFile(std::wstring path);
     LuDataSetFile(const wchar_t* path);
 
-    /// A file of a listing.
+    /// The file with this rank in the listing.
     LuDataSetFile(std::shared_ptr<const LbFileListing> listing, std::uint32_t rank) noexcept;
 
     LuDataSetFile(const LuDataSetFile& other);

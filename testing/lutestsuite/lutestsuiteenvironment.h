@@ -13,20 +13,22 @@ namespace IOC
 class CContainer;
 }
 
-/// The host creates it once before it calls the library and destroys it afterwards, on one thread. It prepares the
-/// process so that test modules can be loaded, and keeps the working directory that the process started with.
+/// The host creates one object before it calls the library and destroys it afterwards, on the same thread. The object
+/// prepares the process so that test modules can be loaded, and stores the working directory in which the process
+/// started.
 class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 {
 public:
-    /// Names the time zone in the environment (LbOs::NameTimeZone), registers the product, saves the working directory,
-    /// creates the dependency container (from "..\Sources\Development\LuTestSuite\LuTestSuite.xml", relative to the
-    /// executable's folder, if it exists, otherwise from a built-in text) and shares it (IOC::CContainer::GetCurrent),
-    /// starts the message dispatcher and warms up the C library. Throws LbException if the container or the dispatcher
-    /// cannot be created.
+    /// Names the time zone (LbOs::NameTimeZone) and the run (LbReceivedFile::NameRun) in environment variables,
+    /// registers the product, saves the working directory, creates the dependency container (from
+    /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml", relative to the executable's folder, if it exists,
+    /// otherwise from a built-in text) and shares it (IOC::CContainer::GetCurrent), starts the message dispatcher and
+    /// warms up the C library. Throws LbException if the container or the dispatcher cannot be created, or if the
+    /// system has no random source.
     LuTestSuiteEnvironment();
 
-    /// Shuts the message dispatcher and the thread pool down, waiting without limit, drops the container and restores
-    /// the heap functions that heap trackers have patched.
+    /// Shuts down the message dispatcher and the thread pool and waits for both without a time limit. Then destroys the
+    /// container and restores the heap functions that heap trackers have patched.
     ~LuTestSuiteEnvironment();
 
     /// Loads the fixed list of test modules; skips absent ones silently.
@@ -41,11 +43,13 @@ public:
     void LoadDLL(const std::wstring& name, bool flag);
 
     /// Uses each facility of the C library whose first use allocates memory, so that this memory does not count as
-    /// growth of a case. Any thread; each thread has its own data to warm up.
+    /// growth of a case. Any thread; each thread that runs cases calls it, because part of the memory belongs to the
+    /// thread.
     static void PreallocateStaticData();
 
-    /// Makes the executable's folder the working directory. No other thread may use relative paths meanwhile. A failure
-    /// is traced (LbDiagnostics) and does not change the working directory; the same holds for restoring it.
+    /// Makes the executable's folder the working directory. No other thread may use relative paths meanwhile. On
+    /// failure, this operation and RestoreWorkingDirectory write a trace (LbDiagnostics) and do not change the working
+    /// directory.
     void SetExecutableDirectoryAsWorkingDirectory();
 
     /// Restores the working directory saved by the constructor; false if it no longer exists.

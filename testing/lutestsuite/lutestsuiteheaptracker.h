@@ -24,28 +24,31 @@ struct SHeapFunctions;
 /// operator new and delete included. Any number of trackers may be active; each counts every operation.
 ///
 /// The first Initialize patches the beginnings of the three functions, all or none of them; UnhookAll restores them.
-/// Where patching is impossible, a tracker silently counts nothing, and each Initialize tries again: with a static
-/// run-time, with sanitizers, and while a thread blocks all signals. Such a thread costs a wait of 2 s the first time
-/// and of 0.1 s later.
+/// Patching is impossible with a static run-time, with sanitizers, and while a thread blocks all signals. Then a
+/// tracker silently counts nothing, and each Initialize tries again. If a thread blocks all signals, the first attempt
+/// takes 2 s and each later one 0.1 s.
 ///
-/// A tracker does not see calloc, aligned allocations, and other functions that allocate without calling the three; a
-/// free of such a block counts as an operation. Calls that the run-time's realloc makes itself do not count. A null
-/// pointer is not a block: a failed malloc counts as an operation without bytes, and a failed realloc keeps its block.
+/// A tracker does not see calloc, aligned allocations, and other functions that allocate without calling one of the
+/// three; a free of such a block counts as an operation. Calls of malloc and free inside the run-time's realloc do not
+/// count. A null pointer is not a block: a failed malloc counts as an operation without bytes, and a failed realloc
+/// keeps its block.
 ///
-/// While a tracker is active, a single lock is held from the call of the run-time's function to the end of its report.
-/// So a reused address is never reported before its release. Without an active tracker nothing is locked. The trackers'
-/// own memory comes from the system in pages, so no tracker counts the memory of another.
+/// While a tracker is active, each operation holds a single lock from the call of the run-time's function until all
+/// trackers have counted it. Therefore the allocation of a reused address is never reported before its release. Without
+/// an active tracker nothing is locked. The trackers' own memory comes from the system in pages, so no tracker counts
+/// the memory of another.
 ///
 /// A process may fork while trackers are active. The child continues with copies of the trackers that the forking
 /// thread initialised. Trackers of other threads are unregistered in the child, since they may be on stacks that the
-/// child reuses; they count again after an Initialize there. Allocations made during a fork are tracked, and
-/// trigger breakpoints, when the fork ends. All operations here wait for that, so fork handlers must not call them.
+/// child reuses; they count again after an Initialize there. Allocations made during a fork are tracked, and trigger
+/// breakpoints, when the fork ends. All operations of this class wait for the end of the fork, so fork handlers must
+/// not call them.
 ///
 /// All operations may be called from any thread. One thread constructs a tracker and one destroys it.
 class LUTESTSUITE_API LuTestSuiteHeapTracker : public INonCopyable, public LbIDumpable<1>
 {
 public:
-    /// The kinds of operations. Each kind has its own count; one sequence of numbers covers all kinds.
+    /// The kinds of operations. Each kind has its own count; operations of all kinds are numbered in one sequence.
     enum class EOperation
     {
         Malloc = 0,  ///< new bytes
@@ -53,7 +56,7 @@ public:
         Realloc = 2, ///< a free and a malloc in one
     };
 
-    /// Calls Initialize if `initialize` is true; then becomes active if `activate` is true.
+    /// Calls Initialize if `initialize` is true; then calls Activate if `activate` is true.
     explicit LuTestSuiteHeapTracker(bool activate = true, bool initialize = true);
     /// Other trackers go on counting, and the functions stay patched.
     ~LuTestSuiteHeapTracker() override;
@@ -68,8 +71,9 @@ public:
     void Deactivate();
     bool IsActive() const;
 
-    /// Stops in the debugger at the malloc or realloc with this number (operations of all three kinds are numbered,
-    /// from 0), or at each of this size in bytes. All bits set means never.
+    /// Sets a breakpoint: a debugger stops at the malloc or realloc with this number, or at each malloc or realloc of
+    /// this size in bytes. The operations of all three kinds are numbered together, from 0. A value with all bits set
+    /// means never.
     void ObserveID(std::uint64_t id);
     void ObserveSize(std::uint64_t size);
 
@@ -85,9 +89,9 @@ public:
     /// 16 upper-case hexadecimal digits on all platforms.
     void dump(LuStreamWriteText& stream) const override;
 
-    /// Restores the functions; stops all other threads for a moment to do so. Trackers stay registered and count again
-    /// after the next Initialize of one of them. Call it before the library is unloaded, while no thread allocates. It
-    /// fails silently; then nothing is counted either, and the next call tries again.
+    /// Restores the functions; stops all other threads for a moment to do so. Trackers stay registered; when one of
+    /// them calls Initialize, all count again. Call UnhookAll before the library is unloaded, while no thread
+    /// allocates. A failure is silent: the trackers still stop counting, and the next call tries again.
     static void UnhookAll();
 
 private:
@@ -105,7 +109,8 @@ private:
     static void startOverInChild() noexcept;
     static void dropTrackersOfOtherThreads() noexcept;
     static bool hookAll() noexcept;
-    /// Creates a patch; hookAll enables all patches together. Single patches cannot be undone, see UnhookAll.
+    /// Creates a patch that hookAll enables together with the others. UnhookAll removes all patches; there is no
+    /// operation that removes one.
     static bool hook(void* target, void* detour, void*& trampoline) noexcept;
 
     static void* detourMalloc(std::size_t size) noexcept;
@@ -138,7 +143,7 @@ private:
     static bool s_bIsHooked;
     static bool s_bDeactivateGlobal;
 
-    LuTestSuite::CAllocationMap* m_allocations = nullptr; ///< from registration on
+    LuTestSuite::CAllocationMap* m_allocations = nullptr; ///< null until the tracker is registered
     bool m_initializeOnConstruction;
     bool m_isRegistered = false;
     bool m_isActive = false; ///< cleared while an operation is being tracked

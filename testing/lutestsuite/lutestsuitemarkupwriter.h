@@ -46,8 +46,8 @@ public:
     void WriteElement(std::wstring_view name, std::int64_t value);
     void WriteElement(std::wstring_view name, std::uint64_t value);
 
-    /// The same with attributes in the start tag. Writes unsigned values as signed, so that the largest is "-1", as
-    /// readers of existing files expect.
+    /// Like the operations above, with attributes in the start tag. Writes unsigned values as signed, so the largest
+    /// value becomes "-1", because readers of existing files expect that.
     void WriteElement(std::wstring_view name, std::wstring_view attributes, std::wstring_view value);
     void WriteElement(std::wstring_view name, std::wstring_view attributes, std::int32_t value);
     void WriteElement(std::wstring_view name, std::wstring_view attributes, std::uint32_t value);

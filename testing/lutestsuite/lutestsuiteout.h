@@ -1,4 +1,4 @@
-/// Output lines: the one channel through which the library prints.
+/// Output lines: everything that the library prints on standard output.
 #pragma once
 
 #include <span>
@@ -14,12 +14,12 @@
 ///     LuTestSuiteOut::Write(L"%s: %d\n", name, count).Bold().Color(LuColor::c_RED);
 ///
 /// Each copy emits its line when it is destroyed. Any thread may build and emit lines; lines of different threads never
-/// interleave. The text contains its own line feeds; none is added.
+/// interleave. The caller's text contains the line feeds; the class adds no line feed.
 class LUTESTSUITE_API LuTestSuiteOut
 {
 public:
-    /// Receives finished lines, from any thread that prints, one line at a time under the output lock: it must not wait
-    /// for another thread that may print. Exceptions are dropped.
+    /// Receives finished lines. Each thread that prints calls Output, one line at a time, while it holds the output
+    /// lock. So Output must not wait for another thread that may print. Exceptions of Output are ignored.
     class LUTESTSUITE_API LuCustomOut
     {
     public:
@@ -27,8 +27,8 @@ public:
         virtual ~LuCustomOut();
     };
 
-    /// A line of formatted text (see LbFormat), neither bold nor underlined nor coloured. If a run-time format has a
-    /// mistake, the line describes it, with the place of the LbRuntimeFormat.
+    /// Makes a line of formatted text (see LbFormat), neither bold nor underlined nor coloured. If a run-time format
+    /// has a mistake, the line describes the mistake and names the source line of the LbRuntimeFormat.
     template<typename... T>
     static LuTestSuiteOut Write(LbFormatString<T...> format, const T&... arguments)
     {
@@ -38,11 +38,11 @@ public:
     LuTestSuiteOut(const LuTestSuiteOut& other);
     LuTestSuiteOut& operator=(const LuTestSuiteOut& other);
 
-    /// Emits the line: as UTF-8 to standard output, unless switched off, and to the custom outputs in the order in
-    /// which they were added.
+    /// Emits the line: writes it as UTF-8 to standard output, unless SetConsoleOut has switched that off, and passes it
+    /// to the custom outputs in the order in which they were added.
     ~LuTestSuiteOut();
 
-    /// Attributes for custom outputs; each returns the line itself.
+    /// Sets an attribute, which only custom outputs use. Returns the line itself.
     LuTestSuiteOut& Bold();
     LuTestSuiteOut& Underlined();
     LuTestSuiteOut& Color(LuColor color);
@@ -52,11 +52,11 @@ public:
     bool IsUnderlined() const { return m_isUnderlined; }
     bool HasColor() const { return m_hasColor; }
 
-    /// The colour; all bits set while none was chosen.
+    /// The colour; all its bits are set until Color is called.
     LuColor GetColor() const { return m_color; }
 
-    /// Adds a custom output, never null. The caller keeps it alive for as long as anything may print; there is no
-    /// removal. One that is added twice receives each line twice.
+    /// Adds a custom output, which must not be null. The caller owns it and keeps it alive for as long as anything may
+    /// print, because an output cannot be removed. An output that is added twice receives each line twice.
     static void AddCustomOut(LuCustomOut* out);
 
     /// Switches standard output on (the default) or off; custom outputs are not affected.

@@ -1,4 +1,4 @@
-/// Reports: the record of a finished run, its XML report written and read back, and the pages made from records.
+/// Reports: the record of a finished run, writing and reading the record as an XML report, and the HTML pages.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 
-/// Static operations only; any thread may call them. Files are 8-bit text, ISO-8859-1, see LuStreamWriteASCIIFile. If a
+/// Static operations, which any thread may call. Files are 8-bit text, ISO-8859-1, see LuStreamWriteASCIIFile. If a
 /// report cannot be written, the operation prints one line and throws nothing.
 class LUTESTSUITE_API LuTestSuiteReport
 {
@@ -46,12 +46,12 @@ public:
     struct SReportClass
     {
         std::wstring Name;
-        std::uint32_t CasesTotal = 0; ///< in case runs, like all counts
+        std::uint32_t CasesTotal = 0; ///< number of case runs; the other numbers count case runs, too
         std::uint32_t Successful = 0;
         std::uint32_t Errors = 0;
         std::uint32_t Failures = 0;
         std::uint32_t Warnings = 0;
-        std::wstring ContactName; ///< the first contact; empty without one
+        std::wstring ContactName; ///< name of the first contact; empty if there is no contact
         std::wstring ContactEMail;
     };
 
@@ -65,12 +65,12 @@ public:
         std::uint64_t Memory = 0;     ///< highest heap use, bytes
         std::int64_t MemoryDelta = 0; ///< bytes still allocated when the case ended
         LuTestSuiteRun::ECaseRunResult Result = LuTestSuiteRun::ECaseRunResult::Ok;
-        std::wstring Info; ///< German note of a leak; empty without one
+        std::wstring Info; ///< German note about a leak; empty without a leak
         bool Warning = false;
         std::vector<SReportDump> Dumps;
     };
 
-    /// All that the reports show of a run. Moved, not copied.
+    /// All data of a run that the reports show. Can be moved, but not copied.
     struct SReportData
     {
         std::wstring BuildConfiguration;
@@ -82,7 +82,7 @@ public:
         std::wstring DataDirectory;
         std::wstring ExecutionMode; ///< "Internal", "External" or "External Isolated"
         std::uint32_t ThreadCount = 0;
-        std::uint32_t TimeOut = 0; ///< seconds; LuTestSuiteRun::c_NoLimit means none
+        std::uint32_t TimeOut = 0; ///< seconds; LuTestSuiteRun::c_NoLimit: no time-out
         std::uint32_t ClassesTotal = 0;
         std::uint32_t ClassesSuccessful = 0; ///< classes whose cases are all Ok
         std::uint32_t ClassesFlagged = 0;    ///< classes with a failed case or with a warning
@@ -104,9 +104,9 @@ public:
         std::vector<SReportCase> Cases;    ///< one per executed case run, in plan order
     };
 
-    /// Fills a fresh record from a finished run. Throws LbException, and leaves the record unchanged, if the arguments
-    /// do not belong to one run: if the counts are for another number of unit tests, or if an executed case is missing
-    /// in its unit test.
+    /// Fills a new record from a finished run. Throws LbException, and leaves the record unchanged, if the arguments do
+    /// not belong to the same run: if `stats` has counts for another number of unit tests, or if an executed case is
+    /// missing in its unit test.
     static void GenerateReportData(SReportData& data, const LuTestSuiteSetup& setup,
                                    const std::vector<LuTestSuite::SUnitTest>& unitTests,
                                    const std::vector<LuTestSuiteRun::SCaseInfo>& cases,
@@ -114,21 +114,23 @@ public:
 
     // XML -------------------------------------------------------------------------------------------------------------
 
-    /// Writes the XML report. An empty path writes nothing.
+    /// Writes the XML report; nothing if the path is empty.
     static void GenerateXMLReport(const std::wstring& path, const SReportData& data);
 
-    /// Resets the record and reads an XML report into it. False if there is no such file; false with a line of output
-    /// if it cannot be read. Missing elements are read as empty text or 0.
+    /// Resets the record and reads an XML report into it. False if the file does not exist; false, after printing a
+    /// line, if it cannot be read. Missing elements are read as empty text or 0.
     static bool LoadReportDataFromXMLFile(const std::wstring& path, SReportData& data);
 
     // Pages -----------------------------------------------------------------------------------------------------------
 
-    /// Writes the page of one run. The style sheet and the script are files beside it; `smallReport` leaves out the
-    /// cases, `tolerateWarnings` does not highlight warnings. An empty path writes nothing.
+    /// Writes the page of one run, and the style sheet and the script as files beside it if `writeCss` and `writeJs`
+    /// are true. `smallReport` leaves out the cases; `tolerateWarnings` leaves warnings without highlighting. Writes
+    /// nothing if the path is empty.
     static void GenerateHTMLReport(const std::wstring& path, const SReportData& data, bool writeCss, bool writeJs,
                                    bool smallReport, bool tolerateWarnings);
 
-    /// Writes the page that compares run B with run A, the reference. The two paths are shown as their sources.
+    /// Writes the page that compares run B with run A, the reference. The page shows `pathA` and `pathB` as the
+    /// sources. Here `smallReport` leaves out only unchanged cases.
     static void GenerateHTMLDiffReport(const std::wstring& path, const std::wstring& pathA, const std::wstring& pathB,
                                        const SReportData& a, const SReportData& b, bool writeCss, bool writeJs,
                                        bool smallReport, bool tolerateWarnings);
@@ -138,7 +140,8 @@ public:
     static void GenerateReportDirectoryOverview(const std::wstring& root, const std::wstring& name,
                                                 const std::wstring& subDirectory, const std::wstring& reportPrefix);
 
-    /// Document type, the start tag of "html", and "head", which contains the style sheet if `inlineStylesheet` is set.
+    /// Writes the document type, the start tag of "html", and the element "head", which contains the style sheet if
+    /// `inlineStylesheet` is true.
     static void writeHTMLHeader(LuTestSuiteUtils::LuMarkupWriter& writer, bool inlineStylesheet);
 
     // Parts of records ------------------------------------------------------------------------------------------------
@@ -160,7 +163,8 @@ public:
     /// Converts nanoseconds to seconds.
     static float toSeconds(std::uint64_t nanoseconds);
 
-    /// Processor, clock and memory of the machine; the machine's graphics adapter, empty if it has none.
+    /// getCPUInfo returns processor, clock and memory of the machine; getGPUInfo returns its graphics adapter, or an
+    /// empty text if it has none.
     static std::wstring getCPUInfo();
     static std::wstring getGPUInfo();
 };

@@ -36,7 +36,7 @@ struct SContact
 /// One case: a sub-test of a unit test.
 struct STestCase
 {
-    LuDataSetFile dataSetFile; ///< full path when the sub-test is a file of the unit test's folder, else empty
+    LuDataSetFile dataSetFile; ///< full path if the sub-test is a file of the unit test's folder, otherwise empty
     std::wstring name;         ///< the sub-test's name
     ParameterMap parameters;
 
@@ -72,7 +72,7 @@ enum class ECaseRunResult : std::uint32_t
     NoInput = 3,
     Different = 4,
     Unknown = 5,        ///< initial value; remains if the case never reached a verdict
-    NoMatchingCase = 6, ///< no such class, or no sub-test of that name
+    NoMatchingCase = 6, ///< the class does not exist or has no sub-test of that name
     Canceled = 7,
     TimeOut = 8
 };
@@ -93,7 +93,7 @@ struct SParams
 {
     bool trackHeap = false;                   ///< track heap allocations during the case
     bool dumpHeap = false;                    ///< list the live allocations when memory grew
-    bool reportMemLeak = true;                ///< a case whose memory grew is marked with a warning
+    bool reportMemLeak = true;                ///< mark a case whose memory grew with a warning
     bool external = false;                    ///< run the case in a child process
     bool isolated = false;                    ///< one child process per case
     bool assertDialog = true;                 ///< assertion dialogs stay enabled during the run
@@ -124,9 +124,9 @@ struct SCaseInfo
     std::uint64_t time = 0;         ///< duration of the sub-test, nanoseconds
     std::wstring messages;          ///< the test's message lines, then any heap dump lines
     bool warning = false;           ///< memory grew and the case reports that
-    bool executed = false;          ///< the case was handed to an executor
-    std::int32_t threadIndex = -1;  ///< worker thread that ran it, -1 if none
-    std::int32_t processIndex = -1; ///< child process that ran it, -1 if none
+    bool executed = false;          ///< the case was started and has ended
+    std::int32_t threadIndex = -1;  ///< worker thread that ran the case; -1 if no worker did
+    std::int32_t processIndex = -1; ///< child process that ran the case; -1 if no child did
 };
 
 /// Statistics of a run.
@@ -137,7 +137,7 @@ struct SStats
     {
         static constexpr std::size_t sc_uiResults = 9;
 
-        std::uint32_t results[sc_uiResults] = {}; ///< by ECaseRunResult
+        std::uint32_t results[sc_uiResults] = {}; ///< indexed by ECaseRunResult
         std::uint32_t executed = 0;
         std::uint32_t warnings = 0;
 
@@ -145,10 +145,10 @@ struct SStats
     };
 
     SCounts total;
-    std::vector<SCounts> unitTests;                                        ///< one per unit test, same order
-    std::uint32_t unitTestsExecuted = 0;                                   ///< with at least one executed case
-    std::uint32_t unitTestsPassed = 0;                                     ///< of these, every executed case is Ok
-    std::uint32_t unitTestsPassedWithoutWarning = 0;                       ///< of these, none with a warning
+    std::vector<SCounts> unitTests;                  ///< one per unit test, same order
+    std::uint32_t unitTestsExecuted = 0;             ///< unit tests with at least one executed case
+    std::uint32_t unitTestsPassed = 0;               ///< of these, the number whose executed cases are all Ok
+    std::uint32_t unitTestsPassedWithoutWarning = 0; ///< of the passed ones, the number without a warning
     std::uint64_t caseTimeMin = std::numeric_limits<std::uint64_t>::max(); ///< nanoseconds, like all times
     std::uint64_t caseTimeMax = 0;
     std::uint64_t caseTimeSum = 0;
@@ -167,8 +167,8 @@ struct SRunResult
     SStats stats;
 };
 
-/// Callbacks for operations that take no setup (a setup has the same two as checkCallback and resultCallback). Calling
-/// an empty one throws std::bad_function_call.
+/// Callbacks for operations without a setup; in a setup they are called checkCallback and resultCallback. Calling an
+/// empty callback throws std::bad_function_call.
 struct SCallbacks
 {
     std::function<bool()> isCanceled;                 ///< returns true to stop the operation
@@ -179,27 +179,29 @@ struct SCallbacks
 /// process or in child processes: first the cases that may run on worker threads, then the others one after another.
 /// Prints a line per case and the summary, and writes the reports that the setup requests.
 ///
-/// The calling thread prints everything and calls the setup's resultCallback. All executing threads call its
-/// checkCallback, one at a time; the callback must not wait for another of these threads. While cases run, the
+/// The calling thread prints everything and calls the setup's resultCallback. All executing threads call the setup's
+/// checkCallback, one at a time; checkCallback must not wait for another of these threads. While cases run, the
 /// executable's folder is the working directory; the environment's working directory is restored before the reports are
 /// written, and when an exception leaves the run.
 ///
 /// A failure inside a case becomes the case's result; a report that cannot be written prints a line. Exceptions of
 /// discovery and selection pass through. Throws LbException if the objects shared with child processes cannot be
-/// created, and before any case if a report has a relative path and there is no working directory.
+/// created. Also throws LbException, before any case runs, if a report has a relative path and there is no working
+/// directory.
 LUTESTSUITE_API SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
 /// Serves a parent run as its child process: runs the cases that arrive through the shared objects named in the setup,
-/// until no case has arrived for five seconds. From then on a crash of the process is silent. Throws LbException if a
-/// name is missing or an object cannot be opened.
+/// until the parent asks the process to exit or no case has arrived for five seconds. From the call on, also after it
+/// returns, a crash of the process shows no dialog and dumps no memory (LbOs::EndSilentlyOnCrash). Throws LbException
+/// if a name is missing, if an object cannot be opened, or if the answer to a case cannot be signaled.
 LUTESTSUITE_API void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
 /// Re-creates the stored reference data of cases instead of checking against it: calls each unit test that implements
 /// IUnitTestRecreate, case by case, and prints each outcome. The host must have loaded the modules. Data directories
 /// must be full paths, because the executable's folder is the working directory meanwhile. Unit tests receive
-/// `targetSystem` and `option` as IUnitTestRecreate::SRequest. Both callbacks must be set; the notification always
-/// receives Ok. A failing case prints a line; exceptions of callbacks pass through. Call it on the thread that created
-/// the environment.
+/// `targetSystem` and `option` as IUnitTestRecreate::SRequest. Both callbacks must be set; caseFinished always receives
+/// Ok. If a case fails, prints a line. Exceptions of callbacks pass through. Call it on the thread that created the
+/// environment.
 LUTESTSUITE_API void Recreate(LuTestSuiteEnvironment& environment, const std::vector<LuTestSuite::SUnitTest>& unitTests,
                               ETargetSystem targetSystem, bool option, const SCallbacks& callbacks);
 

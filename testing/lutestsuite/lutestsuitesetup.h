@@ -1,4 +1,4 @@
-/// The settings of one call: what to run, how, which reports to write, which mode to enter.
+/// The settings of one call: which cases to run and how, which reports to write, which mode to use.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ enum EDuplicateMode : std::uint32_t
     eDM_Delete = 2
 };
 
-/// A plain value. A moved-from record has empty arrays and no callables; fill or assign it before using it for a run.
+/// A plain value. A moved-from object has empty arrays and no callbacks; fill or assign it before using it for a run.
 /// One thread at a time.
 struct LUTESTSUITE_API LuTestSuiteSetup
 {
@@ -31,7 +31,7 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     std::wstring dataDir;                          ///< directory searched for unit-test folders, ends in a separator
     std::vector<std::wstring> includes;            ///< patterns of cases to select
     std::vector<std::wstring> excludes;            ///< patterns of cases to leave out
-    std::vector<LuTestSuite::SUnitTest> unitTests; ///< if not empty, run unchanged instead of scanning dataDir
+    std::vector<LuTestSuite::SUnitTest> unitTests; ///< if not empty, the run executes it and does not scan dataDir
 
     LuTestSuiteRun::SParams params; ///< the run's parameters, passed on as one record
 
@@ -41,14 +41,14 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     bool autoXml = false;                 ///< write an XML report under an automatic name; set by hosts only
     bool autoHtml = false;                ///< write an HTML report under an automatic name
     bool openReports = false;             ///< open the HTML report in the browser
-    bool smallReport = false;             ///< leave the per-case results out of reports
+    bool smallReport = false;             ///< HTML reports omit the cases; comparisons omit unchanged cases
     std::vector<std::wstring> diffInputs; ///< XML reports to compare
     std::wstring diffOutput;              ///< file of the comparison, in place of the automatic name
     bool writeCss = true;                 ///< write the style sheet next to each HTML report
     bool writeJs = true;                  ///< write the script next to each HTML report
-    std::int32_t messageReportMax = 3;    ///< most message lines per case in reports
-    bool tolerateWarnings = true;         ///< warnings are not highlighted in HTML reports
-    bool queryMode = false;               ///< list, do not run
+    std::int32_t messageReportMax = 3;    ///< maximum number of message lines per case in reports
+    bool tolerateWarnings = true;         ///< HTML reports do not highlight warnings
+    bool queryMode = false;               ///< list the cases instead of running them
     std::wstring archiveRun;              ///< "file:name" of an archive run
     EDuplicateMode duplicateMode = eDM_None;
     bool listDisabled = false;      ///< list the disabled cases
@@ -56,7 +56,7 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     std::wstring memoryId;          ///< names of the objects shared with a parent run
     std::wstring requestEventId;
     std::wstring responseEventId;
-    bool noRegex = false; ///< patterns are compared as plain text with the end of names
+    bool noRegex = false; ///< a pattern is plain text that must be the end of a name
 
     /// Called before each case, and repeatedly while worker threads or child processes run cases, one call at a time,
     /// on any thread of the run. Returns true to stop the run; by default false.

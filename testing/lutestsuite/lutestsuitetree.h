@@ -10,7 +10,8 @@
 #include "testing/lutestsuite/lutestsuiteexport.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
 
-/// A plain value; it refers to the list of Build only by index. Any thread may read it.
+/// A plain value. Refers to the unit tests and cases passed to Build only by index, so the list may be destroyed. Any
+/// thread may read the tree.
 class LUTESTSUITE_API LuTestSuiteTree
 {
 public:
@@ -40,7 +41,7 @@ public:
     /// A case of a class node.
     struct SCase
     {
-        std::uint32_t kind = 0; ///< as STestCase::GetKind
+        std::uint32_t kind = 0; ///< see STestCase::GetKind
         std::wstring name;
         std::uint32_t testCase = 0; ///< index into its unit test's cases
         std::uint32_t node = 0;     ///< its class node
@@ -58,14 +59,14 @@ public:
     const SCase& GetCase(std::uint32_t index) const { return m_cases[index]; }
 
 private:
-    /// Entries from `first` up to, not including, `end`.
+    /// Entries from `first` to `end`, not including `end`.
     struct SRange
     {
         std::uint32_t first;
         std::uint32_t end;
     };
 
-    /// An entry's folders from the root on, then its case's name.
+    /// The names of an entry's folders, beginning at the root, then the name of its case.
     using Components = std::vector<std::wstring_view>;
 
     void buildRecursive(const std::vector<Components>& entries, const SRange& range, std::uint32_t depth,

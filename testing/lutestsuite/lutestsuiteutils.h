@@ -25,7 +25,7 @@ public:
 
     // Entry -----------------------------------------------------------------------------------------------------------
 
-    /// Runs the one mode that the arguments (the program's name first) select. False if the arguments were refused (the
+    /// Runs the mode that the arguments (the program's name first) select. False if the arguments were refused (the
     /// reason was printed), or if a case of a run did not end "OK". Exceptions of the mode pass through: LbException,
     /// or a German message as std::wstring. Call it on the thread that created the environment.
     static bool RunCommandLine(LuTestSuiteEnvironment& environment, int argumentCount, const wchar_t* const* arguments);
@@ -57,7 +57,7 @@ public:
 
     // Configuration files ---------------------------------------------------------------------------------------------
 
-    /// Content of a configuration file; the initial values apply to missing files and keys.
+    /// Content of a configuration file. A missing file or key leaves the initial values below.
     struct SConfigFileData
     {
         std::vector<std::wstring> dataDirHistory;
@@ -90,9 +90,9 @@ public:
     /// Accepts exactly "true" or "false"; any other or missing text leaves `value` unchanged.
     static void GetBool(const XMLNode& node, bool& value);
 
-    /// Reads decimal digits after optional white space and ignores the rest; 0 if there are no digits. Too large a
-    /// number becomes the largest value; a minus sign negates within the type ("-1" is the largest value). Missing text
-    /// leaves `value` unchanged.
+    /// Reads decimal digits after optional white space and an optional sign, and ignores the rest; 0 if there are no
+    /// digits. A number that is too large becomes the largest value; a minus sign negates within the type ("-1" is the
+    /// largest value). Missing text leaves `value` unchanged.
     static void GetUInt32(const XMLNode& node, std::uint32_t& value);
     static void GetUInt64(const XMLNode& node, std::uint64_t& value);
 
@@ -107,15 +107,15 @@ public:
 
     /// Finds the unit tests of a data directory: a folder named after a registered class derived from LuUnitTest is
     /// that class's data directory and is not searched further. Prints a warning for a folder that cannot become a unit
-    /// test. Folders are in the order of the file system; the last sub-folder of a folder is searched first. Skips
-    /// folders with ".svn" in their names, and searches linked folders once. `removeDisabled` removes cases that their
-    /// description disables, and unit tests left without cases. An empty `dataDir` has no unit tests. Throws no
-    /// exceptions of its own.
+    /// test. Keeps the order in which the file system lists folders, but searches the last sub-folder of a folder
+    /// first. Skips folders with ".svn" in their names, and searches linked folders once. If `removeDisabled` is true,
+    /// removes cases that their description disables, and unit tests that have no cases then. An empty `dataDir` has no
+    /// unit tests. Throws no exceptions of its own.
     static std::vector<LuTestSuite::SUnitTest> ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                          bool removeDisabled);
 
-    /// Normalises the user's data directory: if the path does not exist but is a number, it selects that entry of
-    /// GetDataDirHistory (0 is the first). Appends a separator.
+    /// Normalises the user's data directory: if the path does not exist but is a number, replaces it by the entry of
+    /// GetDataDirHistory with that index (from 0). Appends a separator unless there is one or the path is empty.
     static void PreprocessDataDir(std::wstring& dataDir);
 
     // Selection -------------------------------------------------------------------------------------------------------
@@ -126,8 +126,8 @@ public:
     /// characters. Excludes win over includes. Names stored in the configuration file are class name, ":", case name.
     /// Without includes and stored names all cases are included. Keeps at least one selected case, even if `maxCases`
     /// is 0. Throws a German message as std::wstring that names an invalid pattern, a pattern that needs too much
-    /// stack, or the error in the configuration file. Throws LbException if a pattern needs a thread of its own
-    /// (look-aheads, word boundaries, back-references) and the system has none.
+    /// stack, or the error in the configuration file. Throws LbException if a pattern must be searched on a thread of
+    /// its own (look-aheads, word boundaries, back-references) and the system cannot start one.
     static void FilterTestCases(std::vector<LuTestSuite::SUnitTest>& tests, const std::wstring& includeConfigPath,
                                 const std::vector<std::wstring>& includes, const std::vector<std::wstring>& excludes,
                                 std::uint32_t maxCases, bool noRegex);
@@ -139,12 +139,13 @@ public:
 
     // Paths and texts -------------------------------------------------------------------------------------------------
 
-    /// AddBackslash appends the platform's separator unless the path ends with one, also to an empty path.
-    /// RemoveBackslash removes one trailing separator. Nothing else changes.
+    /// AddBackslash appends the platform's separator unless the path already ends with one; an empty path becomes a
+    /// separator. RemoveBackslash removes one trailing separator. Both change nothing else.
     static std::wstring AddBackslash(const std::wstring& path);
     static std::wstring RemoveBackslash(const std::wstring& path);
 
-    /// The last component, also of a directory string; and the path before it, with separator.
+    /// GetFileNameOnly returns the last component of a path, which may end with a separator. GetPrunedPath returns the
+    /// path before that component, with separator.
     static std::wstring GetFileNameOnly(const std::wstring& path);
     static std::wstring GetPrunedPath(const std::wstring& path);
 
@@ -167,7 +168,7 @@ public:
 
     // Build information -----------------------------------------------------------------------------------------------
 
-    /// The version-control origin of the build's sources.
+    /// The version-control origin of the build's sources. A field is empty if the build did not know it.
     struct SSvnInfo
     {
         std::wstring Path;
@@ -180,7 +181,7 @@ public:
         std::wstring LastChangedDate;
     };
 
-    /// Where the sources of the build came from. A field is empty if the build did not know it.
+    /// Like SSvnInfo, with the fields of another version-control system.
     struct SPscmInfo
     {
         std::wstring Server;
@@ -191,7 +192,8 @@ public:
         std::wstring WorkspacePath;
     };
 
-    /// Where the build came from: a record beside the host (lutestsuite-build.txt), else the library's own; or null.
+    /// The origin of the build's sources; null if unknown. GetPscmInfo reads the file lutestsuite-build.txt beside the
+    /// host if it exists; otherwise both read a record that the build embedded in this library.
     static std::unique_ptr<SSvnInfo> GetSvnInfo();
     static std::unique_ptr<SPscmInfo> GetPscmInfo();
 
@@ -200,9 +202,9 @@ public:
 
     // Processes -------------------------------------------------------------------------------------------------------
 
-    /// Starts a process and waits for its end; after the given time ends it together with its descendants. Descendants
-    /// of a process that ended in time keep running. The arguments are one text, quoted by the caller; the exit status
-    /// is ignored. Prints a warning if the process cannot be started or had to be ended.
+    /// Starts a process and waits for its end. If the process has not ended after the given time, ends it and its
+    /// descendants; otherwise its descendants keep running. The caller quotes the arguments, which are one text. The
+    /// exit status is ignored. Prints a warning if the process cannot be started or had to be ended.
     static void ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
                                    const std::wstring& workingDir, std::uint32_t timeoutSec);
 
@@ -219,23 +221,24 @@ public:
 
     // Auxiliary modes -------------------------------------------------------------------------------------------------
 
-    /// Lists the selected unit tests and cases, without disabled cases, and their numbers. Without a data directory
-    /// lists the entries of GetDataDirHistory instead. Exceptions of the selection pass through.
+    /// Lists the selected unit tests and cases, without disabled cases, and how many there are. Without a data
+    /// directory, lists the entries of GetDataDirHistory instead. Exceptions of the selection pass through.
     static void RunQueryMode(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
     /// Lists the selected cases that their descriptions disable, by unit test. Exceptions of the selection pass
     /// through.
     static void ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-    /// Carries out the run that the setup's "file:name" names, in a child process of the configured host, for at most 8
-    /// hours. Moves its reports to the archive and updates the archive's overview. The child's exit status does not
-    /// matter. Prints a line for a name that the file does not contain and for a report that cannot be moved. Throws a
-    /// German message as std::wstring if the file is invalid or missing, or if a file or folder that it names is.
+    /// Carries out the archive run that the setup names as "file:name": starts the host that the file specifies as a
+    /// child process, and ends it after 8 hours. Moves the reports of the run to the archive and updates the archive's
+    /// overview. Ignores the child's exit status. Prints a line for a name that the file does not contain and for a
+    /// report that cannot be moved. Throws a German message as std::wstring if the file is missing or invalid, or if a
+    /// file or folder named in it is missing or invalid.
     static void RunArchiveMode(const LuTestSuiteSetup& setup);
 
     /// Finds, in each unit test, selected data sets whose files have equal contents. Depending on the setup's duplicate
     /// mode, lists them, or deletes all but the oldest of each set; eDM_None only prints the names of the unit tests.
-    /// Ignores files of 4 GiB and more. Prints a line for a file that cannot be read or deleted. Exceptions of the
+    /// Ignores files of 4 GiB or more. Prints a line for a file that cannot be read or deleted. Exceptions of the
     /// selection pass through.
     static void RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
@@ -244,8 +247,8 @@ public:
     /// Writes lines of indented markup; defined in lutestsuitemarkupwriter.h.
     class LUTESTSUITE_API LuMarkupWriter;
 
-    /// Writes a page that compares the two XML reports named in the setup, and opens it if the setup says so. If a
-    /// report is missing or unreadable, prints a line and writes nothing.
+    /// Writes a page that compares the two XML reports named in the setup, and opens the page if the setup requests
+    /// that. If a report is missing or unreadable, prints a line and writes nothing.
     static void GenerateReportDiff(const LuTestSuiteSetup& setup);
 
     // Resources -------------------------------------------------------------------------------------------------------
