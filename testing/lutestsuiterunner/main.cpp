@@ -35,7 +35,7 @@ struct SExecution
             {
                 throw;
             }
-            // The message is about the user's files, so it does not name our source line.
+            // The message concerns the user's files, so it omits our source line.
             throw std::wstring(exception.GetMessageText());
         }
     }
@@ -43,7 +43,7 @@ struct SExecution
 
 int run(const LuTestSuiteHost::Arguments& arguments)
 {
-    // The library starts this program again to run cases.
+    // The library starts this program again as a child process that runs cases.
     if (LuTestSuiteHost::IsChild(arguments))
     {
         return LuTestSuiteHost::RunLibrary(arguments);

@@ -9,7 +9,8 @@ namespace Runner
 namespace
 {
 
-/// Local to a function, because the engines register themselves while static objects are constructed.
+/// A function-local static, because engines register themselves from constructors of static objects, whose order is not
+/// defined.
 std::vector<const SEngineKind*>& getKinds()
 {
     static std::vector<const SEngineKind*> s_kinds;
@@ -26,7 +27,7 @@ CEngineRegistration::CEngineRegistration(const SEngineKind& kind)
 
 const SEngineKind& GetEngineKind(const std::wstring& name)
 {
-    // Complete: the command line accepts no other name.
+    // Always finds one, because the command line accepts only names of registered engines.
     return **std::ranges::find(getKinds(), std::wstring_view(name),
                                [](const SEngineKind* kind) { return std::wstring_view(kind->text.name); });
 }

@@ -14,14 +14,15 @@
 namespace Runner
 {
 
-/// Tasks that were submitted together. A run has one submission, and one more each time that tasks were lost.
+/// Tasks that were submitted together. A run has a first submission, and a further one each time that lost shards are
+/// submitted again.
 struct SSubmission
 {
-    std::uint32_t number = 1;          ///< among those of the run, from 1
-    std::vector<std::uint32_t> shards; ///< their numbers, ascending; each shard is one task
+    std::uint32_t number = 1;          ///< number of the submission within the run, from 1
+    std::vector<std::uint32_t> shards; ///< numbers of the shards, ascending; each shard is one task
     /// For each of these shards, the number of verdicts in its journals before the submission.
     std::vector<std::uint64_t> verdicts;
-    /// Why each of these shards was lost before, German; empty for a shard that was not submitted before.
+    /// The German reason why each of these shards was lost; empty for a shard that is submitted for the first time.
     std::vector<std::wstring> reasons = {};
 };
 
@@ -36,11 +37,12 @@ struct STask
 {
     ETaskState state = ETaskState::Over;
     std::wstring note;     ///< one line: where it runs, what it waits for, or how it ended
-    bool hasPlace = false; ///< it has been given to a machine
-    bool isStuck = false;  ///< it waits for something that only a person can do
+    bool hasPlace = false; ///< the scheduler has assigned it to a machine
+    bool isStuck = false;  ///< it waits until a user or an administrator acts
 };
 
-/// The task of each shard, by the shard's number: the one that is not over, if there is one, else the newest.
+/// One task for each shard, by the shard's number. If a shard has several tasks, it is the one that is not over,
+/// otherwise the newest one.
 using Tasks = std::map<std::uint32_t, STask>;
 
 /// One thread at a time.
@@ -49,12 +51,14 @@ class IEngine
 public:
     virtual ~IEngine() = default;
 
-    /// Submits the tasks; each is "run --planned --shard K/N --out" with the shard's folder. Throws LbException with a
-    /// German message if the scheduler refuses them. If it does not answer in time, only Poll tells whether they exist.
+    /// Submits one task for each shard; the task runs "run --planned --shard K/N --out" with the shard's folder. Throws
+    /// LbException with a German message if the scheduler refuses them. If the scheduler does not answer in time,
+    /// returns normally, and only Poll tells whether the tasks exist.
     virtual void Submit(const SSubmission& submission) = 0;
 
-    /// The states of the tasks of these submissions, some of which another process may have made. A shard whose tasks
-    /// are unknown has no entry, or is over with a note. Empty if the scheduler does not answer now.
+    /// Returns the states of the tasks of these submissions; another process may have made some of the submissions. A
+    /// shard whose tasks the scheduler does not know has no entry, or an entry that is over and has a note. Returns
+    /// nothing if the scheduler does not answer now.
     virtual std::optional<Tasks> Poll(const std::vector<SSubmission>& submissions) = 0;
 
     /// Asks the scheduler to end all tasks of these submissions. Ignores failure.
@@ -64,44 +68,45 @@ public:
     virtual std::chrono::milliseconds GetPollInterval() const = 0;
 
     /// How long the last records of a journal usually take to become visible here after its task is reported as over.
-    /// If they take longer, cases run again for nothing.
+    /// If they take longer, their cases run again unnecessarily.
     virtual std::chrono::milliseconds GetGrace() const = 0;
 
-    /// How long they take at most. Only after that is a shard given up.
+    /// The longest time that these records take to become visible. A shard is given up only after this time.
     virtual std::chrono::milliseconds GetLongestGrace() const = 0;
 };
 
-/// What engines need to know of a run.
+/// What engines need to know about a run.
 struct SEngineSettings
 {
     std::wstring folder; ///< of the run, with separator at its end
     std::string runId;
     std::uint32_t shardCount = 1;
-    std::vector<std::wstring> options; ///< of the scheduler's own command, from the user
+    std::vector<std::wstring> options; ///< options for the scheduler's submit command, given by the user
     std::uint32_t patience = 60'000;   ///< milliseconds that a command of the scheduler may take
 };
 
-/// What is known of an engine before a run uses it. The source of each engine defines one and registers it.
+/// Describes an engine before a run uses it. The source file of each engine defines one such record and registers it.
 struct SEngineKind
 {
-    SEngineText text;     ///< by which the options choose it
+    SEngineText text;     ///< its name and help on the command line
     const wchar_t* name;  ///< for messages
     bool isOfThisMachine; ///< its tasks are processes of this machine, which end with the process that submitted them
-    /// Throws LbException with a German message if this machine lacks what the engine needs, or if a run cannot have
-    /// these options of the scheduler's own command.
+    /// Throws LbException with a German message if this machine lacks what the engine needs, or if one of these options
+    /// for the scheduler's submit command is not allowed.
     void (*require)(const std::vector<std::wstring>& options);
     std::unique_ptr<IEngine> (*make)(const SEngineSettings& settings);
 };
 
-/// Makes an engine known, also to the command line. For static objects in the sources of engines.
+/// Registers an engine, also with the command line. The source file of each engine defines one object of this class as
+/// a static object.
 class CEngineRegistration
 {
 public:
-    /// The kind must outlive the object.
+    /// The kind must exist until the process ends, because the list of engines refers to it.
     explicit CEngineRegistration(const SEngineKind& kind);
 };
 
-/// `name` is that of a registered engine.
+/// Precondition: `name` is the name of a registered engine.
 const SEngineKind& GetEngineKind(const std::wstring& name);
 
 } // namespace Runner

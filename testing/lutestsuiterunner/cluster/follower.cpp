@@ -44,16 +44,17 @@ bool CFollower::Step(Time now)
     return isDone() && hasEndedTasks(now);
 }
 
-/// The hosts of the remaining tasks end soon by themselves. If a shard has two hosts, the slower one is not needed.
+/// Called when every shard has ended or was given up. Waits up to sc_EndLimit for the remaining hosts to end by
+/// themselves, then cancels their tasks: if a shard has two hosts, the slower one is not needed.
 bool CFollower::hasEndedTasks(Time now)
 {
     m_doneSince = m_doneSince ? m_doneSince : now;
-    // An earlier answer may be older than the end of the hosts.
+    // An earlier answer may show hosts as running that have ended since.
     if (isAnyTaskActive() && m_lastQuestion < *m_doneSince + sc_EndLimit)
     {
         return false;
     }
-    // The scheduler may still hold tasks of lost shards, which would never end.
+    // The scheduler may still have held tasks of lost shards. They would never end by themselves.
     if (isAnyTaskActive() || m_submissions.size() > 1)
     {
         m_engine.Cancel(m_submissions);
@@ -65,7 +66,7 @@ bool CFollower::hasEndedCanceled(Time now, bool hasAsked)
 {
     const bool isFirst = !m_canceledSince;
     m_canceledSince = m_canceledSince.value_or(now);
-    // The last answer before the cancellation may be older than the newest tasks.
+    // The last answer before the cancellation may lack the newest tasks.
     m_isEndKnown = !isFirst && (hasAsked ? m_hasAnswer && !isAnyTaskActive() : m_isEndKnown);
     if (isFirst || (hasAsked && !m_isEndKnown))
     {
@@ -225,7 +226,7 @@ void CFollower::takeAnswer(const Tasks& tasks, Time now)
     warnOfStuckTasks();
 }
 
-/// Once for each reason.
+/// Warns once for each reason.
 void CFollower::warnOfStuckTasks()
 {
     std::map<std::wstring, std::vector<std::uint32_t>> shards;
@@ -280,7 +281,7 @@ bool CFollower::isLost(std::size_t index, Time now) const
 {
     const SWatch& watch = m_watches[index];
     // In the step in which the engine reports the tasks as over (now == since), the journals were read before that
-    // report.
+    // report and may lack the last records.
     return watch.isSuspect && now > watch.since && now >= watch.since + m_engine.GetGrace();
 }
 
@@ -335,7 +336,7 @@ void CFollower::submit(std::vector<std::uint32_t> shards)
     for (const std::uint32_t shard : shards)
     {
         m_watches[shard - 1].isSuspect = false;
-        // Another process that follows the run may have been quicker.
+        // Another process that follows the run may have submitted the shard already.
         if (m_status[shard - 1].submissions == before[shard - 1].submissions)
         {
             submission.shards.push_back(shard);
@@ -363,7 +364,7 @@ void CFollower::submitClaimed(const SSubmission& submission)
     }
     catch (const LbException& exception)
     {
-        // The user learns at once that the options of the scheduler are wrong, and submits the run anew.
+        // The options for the scheduler are probably wrong: the user sees the error at once and submits the run again.
         if (submission.number == 1)
         {
             ForgetShards(m_folder);

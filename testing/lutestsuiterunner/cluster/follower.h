@@ -17,11 +17,11 @@
 namespace Runner
 {
 
-/// For the user, if a scheduler has not confirmed the end of all canceled tasks.
+/// The warning if the scheduler has not confirmed that all canceled tasks have ended.
 inline constexpr const wchar_t* c_UnconfirmedCancellation =
     L"Der Abbruch ist nicht bestätigt: Prozesse können noch laufen";
 
-/// How far a shard is.
+/// The progress of a shard.
 struct SShardStatus
 {
     std::uint32_t cases = 0;
@@ -40,7 +40,7 @@ class CFollower : public INonCopyable
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// How often in succession a lost shard is submitted again without a new verdict.
+    /// The largest number of successive resubmissions of a lost shard that bring no new verdict.
     static constexpr std::uint32_t sc_MostRepetitions = 3;
 
     /// How often a shard is submitted at most, with new verdicts or without.
@@ -52,21 +52,21 @@ public:
     /// How long the tasks of a canceled run may take to end.
     static constexpr std::chrono::seconds sc_CancelLimit{60};
 
-    /// `folder` ends in a separator. The engine outlives the object.
+    /// `folder` ends in a separator. The engine must outlive the object.
     CFollower(const std::wstring& folder, const std::vector<SShardEntry>& shards, IEngine& engine);
 
-    /// Takes all steps that are due at this time, which never goes back. True when there is nothing left to wait for.
-    /// Throws LbException with a German message if the scheduler does not take the first submission (the folder then
-    /// holds no run), if a file cannot be written, or as RequireSameRun. If the scheduler does not take a later
-    /// submission, its shards count as lost.
+    /// Does everything that is due at `now`, which must not decrease from call to call. Returns true when there is
+    /// nothing left to wait for. Throws LbException with a German message if the scheduler refuses the first submission
+    /// (the folder then holds no run), or if a file cannot be written. Also throws as RequireSameRun. If the scheduler
+    /// refuses a later submission, its shards count as lost.
     bool Step(Time now);
 
     /// Throws LbException with a German message if the folder does not contain this run any more, because another
     /// process has replaced it.
     void RequireSameRun() const;
 
-    /// German lines about tasks that do not begin by themselves, lost shards, refused submissions, and an unconfirmed
-    /// cancellation, each of them once.
+    /// Returns each new warning once: German lines about tasks that do not begin by themselves, lost shards, refused
+    /// submissions, and an unconfirmed cancellation.
     std::vector<std::wstring> TakeWarnings();
 
     /// Reads the journals and asks the scheduler, but submits no tasks. Throws as RequireSameRun.
@@ -75,8 +75,8 @@ public:
     /// Reads only the journals, while the tasks belong to another process. Throws as RequireSameRun.
     void Watch();
 
-    /// Asks the scheduler to end all tasks. From now on neither this process nor another one that follows the run
-    /// submits tasks. Throws as RequireSameRun.
+    /// Marks the run as canceled; the next Step asks the scheduler to end all tasks. From now on neither this process
+    /// nor another one that follows the run submits tasks. Throws as RequireSameRun.
     void Cancel();
 
     bool IsCanceled() const { return m_isCanceled; }
@@ -102,9 +102,9 @@ private:
     struct SWatch
     {
         bool isSuspect = false; ///< the scheduler says that its tasks are over
-        Time since;             ///< when it said so
+        Time since;             ///< when it first said so
         std::wstring refusal;   ///< why the scheduler did not take the last submission; empty if it did
-        std::wstring problem;   ///< of a shard that was given up
+        std::wstring problem;   ///< why the shard was given up, German; empty if it was not
     };
 
     void readJournals();
@@ -133,14 +133,14 @@ private:
     std::vector<SWatch> m_watches;
     std::vector<SSubmission> m_submissions;
     std::vector<std::wstring> m_warnings;
-    std::set<std::wstring> m_stuckReasons; ///< of which the user was warned
+    std::set<std::wstring> m_stuckReasons; ///< reasons of which the user has been warned
     bool m_hasAsked = false;
     Time m_lastQuestion;
     bool m_hasAnswer = true;
     bool m_isCanceled = false;
     bool m_isEndKnown = false;           ///< after the cancellation, the engine has said that all tasks are over
-    std::optional<Time> m_canceledSince; ///< the engine was told to cancel
-    std::optional<Time> m_doneSince;     ///< nothing is left but tasks that are not over yet
+    std::optional<Time> m_canceledSince; ///< when the engine was first told to cancel
+    std::optional<Time> m_doneSince;     ///< since when every shard has ended or was given up
 };
 
 } // namespace Runner

@@ -1,4 +1,4 @@
-/// What a task said before it ended.
+/// Finds the last message in the output of a task.
 #pragma once
 
 #include <cstddef>
@@ -8,11 +8,11 @@
 namespace Runner
 {
 
-/// Bytes at the end of a task's output that may hold its last error.
+/// The number of bytes at the end of a task's output in which its last error is searched.
 inline constexpr std::size_t c_ErrorTail = 4096;
 
-/// The last line that begins with "Fehler: ", without that; empty if there is none. `bytes` is UTF-8, and may begin in
-/// the middle of a line.
+/// Returns the last line that begins with "Fehler: ", without this prefix; empty if there is no such line. `bytes` is
+/// UTF-8, and may begin in the middle of a line.
 std::wstring FindLastError(std::string_view bytes);
 
 /// Returns the last line with text; returns an empty text if all lines are empty. `bytes` is UTF-8.

@@ -58,7 +58,7 @@ public:
 private:
     struct SLocalTask
     {
-        std::unique_ptr<LbOs::CChildOutput> errors; ///< null if there is no room for it
+        std::unique_ptr<LbOs::CChildOutput> errors; ///< null if the file could not be created
         std::unique_ptr<LbOs::CChildProcess> process;
         std::uint64_t id = 0;
     };
@@ -95,7 +95,7 @@ private:
     std::map<std::uint32_t, SLocalTask> m_tasks; ///< by shard
 };
 
-/// Runs all shards at once.
+/// Runs all shards at once, each in a process of this machine.
 constexpr SEngineKind c_LocalEngine = {{c_DefaultEngine, L"Prozesse dieses Rechners, Vorgabe"},
                                        L"local",
                                        /*isOfThisMachine*/ true,

@@ -10,8 +10,8 @@
 namespace Runner
 {
 
-/// Writes the file into the run's folder. State and parts come from the same reading. Throws LbException with a German
-/// message.
+/// Writes the file into the run's folder. `state` and `parts` must come from the same read of the journals. Throws
+/// LbException with a German message.
 void WriteProof(const std::wstring& folder, const CRunState& state, const std::vector<SReadPart>& parts,
                 const std::vector<SShardEntry>& shards, const CFollower& follower);
 

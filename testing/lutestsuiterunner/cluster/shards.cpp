@@ -31,7 +31,7 @@ using Cases = std::vector<std::uint32_t>;
 /// The sizes of the data files by case index; 0 for a case without one.
 std::vector<std::int64_t> getDataSizes(const SPlan& plan)
 {
-    // Each query may go to a file server, and with many cases the shards are balanced without sizes.
+    // Each query may go to a file server. With more cases than this, the shards are balanced well enough without sizes.
     constexpr std::size_t c_MostQuestions = 100'000;
     std::vector<std::int64_t> sizes(plan.cases.size(), 0);
     for (std::uint32_t index = 0; index < plan.cases.size() && plan.cases.size() <= c_MostQuestions; ++index)
@@ -62,7 +62,8 @@ Cases sortBySize(const SPlan& plan)
     return cases;
 }
 
-/// Reverses the direction after each round, so that no shard always gets the first case of a round.
+/// Returns the shard of each place. Reverses the direction after each round, so that no shard gets the first case of
+/// every round.
 std::vector<std::uint32_t> dealInTurns(std::size_t count, std::uint32_t shards)
 {
     std::vector<std::uint32_t> owners;
@@ -98,7 +99,7 @@ LuTestSuite::SUnitTest withoutCases(const LuTestSuite::SUnitTest& unitTest)
     return {unitTest.className, unitTest.dataDirectory, {}, unitTest.contacts, unitTest.moduleName};
 }
 
-/// The fields of the plan that do not depend on its cases.
+/// A plan with only those fields of `whole` that do not depend on its cases.
 SPlan makeHead(const SPlan& whole)
 {
     SPlan plan;

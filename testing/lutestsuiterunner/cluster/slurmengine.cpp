@@ -25,10 +25,11 @@ namespace Runner
 namespace
 {
 
-/// Network file systems keep attributes and listings of files for a while: NFS between 3 and 60 seconds, unless the
-/// mount says otherwise. An open asks the server again, so the records of a known journal arrive at once; a new
-/// journal's name may take up to a minute. The short time is enough for the first, and avoids waiting a minute for each
-/// lost task. If a new journal appears later, its cases run again and the second verdicts are duplicates.
+/// Network file systems cache attributes and listings of files: NFS for 3 to 60 seconds, unless mount options say
+/// otherwise. Opening a file asks the server again, so the records of a known journal are visible at once, but the name
+/// of a new journal may take up to a minute. c_Grace is long enough for known journals, and avoids waiting a minute for
+/// each lost task. If a new journal becomes visible later, its cases run again, and their second verdicts are
+/// duplicates.
 constexpr std::chrono::seconds c_Grace(2);
 constexpr std::chrono::seconds c_LongestGrace(60);
 
@@ -39,10 +40,10 @@ struct SAnswer
     std::string output; ///< standard output and standard error
 };
 
-/// Runs a command of Slurm to its end, at most for so many milliseconds.
+/// Runs a command of Slurm and waits for its end, at most `limit` milliseconds.
 SAnswer ask(const std::vector<std::wstring>& words, std::uint32_t limit)
 {
-    // These variables set options that hide the tasks, end only some of them, or wait.
+    // These variables set options that hide tasks from squeue, let scancel end only some tasks, or let sbatch wait.
     std::wstring command = L"unset SLURM_CLUSTERS SBATCH_CLUSTERS SBATCH_WAIT SQUEUE_ACCOUNT SQUEUE_LICENSES "
                            L"SQUEUE_PARTITION SQUEUE_QOS SQUEUE_USERS SCANCEL_ACCOUNT SCANCEL_BATCH "
                            L"SCANCEL_INTERACTIVE SCANCEL_PARTITION SCANCEL_QOS SCANCEL_STATE SCANCEL_USERID "
@@ -85,12 +86,12 @@ public:
     {
         std::vector<std::wstring> words = {L"sbatch", L"--requeue", L"--output=/dev/null", L"--chdir=/"};
         words.insert(words.end(), m_settings.options.begin(), m_settings.options.end());
-        // The last ones win.
+        // Placed after the user's options, because the last value of an option counts.
         words.insert(words.end(), {L"--parsable", L"--job-name=" + GetJobName(m_settings.runId, submission.number),
                                    L"--array=" + FormatNumbers(submission.shards), writeScript(),
                                    std::to_wstring(submission.number)});
         const SAnswer answer = ask(words, m_settings.patience);
-        // Slurm may have the tasks of a command that was too slow.
+        // Slurm may have accepted the tasks although the command did not end in time.
         if (!answer.isGood && !answer.isLate)
         {
             throw LbException(LbFormat(L"Slurm nimmt die Teile nicht an (sbatch): %s", getAnswerLine(answer)));
@@ -113,7 +114,7 @@ public:
     }
     catch (const LbException&)
     {
-        // This machine may be short of processes or of room for a while.
+        // This machine may temporarily lack processes or disk space.
         return std::nullopt;
     }
 
@@ -148,8 +149,8 @@ private:
 
     std::wstring getTasksFolder() const { return LbPath::WithSeparator(m_settings.folder + c_TasksFolderName); }
 
-    /// A node may have nothing but the script itself. Each start of a task writes a file of its own, because a node
-    /// that is taken for lost may still write.
+    /// A node may lack everything except the script itself, so the script reports a missing program. Each start of a
+    /// task writes to a file of its own, because a node that Slurm considers lost may still write to its file.
     std::wstring writeScript() const
     {
         const std::wstring program = QuoteForShell(LbOs::GetExecutablePath());
@@ -169,7 +170,7 @@ private:
         return path;
     }
 
-    /// The output of each shard's newest start in its newest submission, by shard.
+    /// By shard, the name of the output file of the newest start in the newest submission.
     std::map<std::uint32_t, std::wstring> findOutputs(const std::vector<SSubmission>& submissions) const
     {
         std::vector<std::wstring> files;
@@ -187,7 +188,7 @@ private:
         return names;
     }
 
-    /// What a start of a task has printed.
+    /// The last error, otherwise the last line that a start of a task has printed.
     std::wstring describeOutput(const std::wstring& name) const
     {
         const std::string bytes = LbFileSystem::ReadFile8Bit(getTasksFolder() + name);
@@ -215,8 +216,8 @@ private:
         });
     }
 
-    /// Adds to each task that is over what its newest start has printed. Slurm forgets tasks some minutes after their
-    /// end (MinJobAge); then only the output says why they ended.
+    /// Adds the output of the newest start to the note of each task that is over. Slurm forgets tasks some minutes
+    /// after their end (MinJobAge); then only the output says why they ended.
     void addErrors(Tasks& tasks, const std::vector<SSubmission>& submissions) const
     {
         if (areAllActive(tasks, submissions))

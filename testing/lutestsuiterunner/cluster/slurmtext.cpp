@@ -86,7 +86,7 @@ ETaskState getState(std::string_view state, std::string_view reason)
                                      : ETaskState::Over;
 }
 
-/// True if nothing but a person ends this reason to wait.
+/// True if the task waits for a reason that only a user or an administrator can resolve.
 bool isStuck(ETaskState state, std::string_view reason)
 {
     constexpr std::string_view c_Stuck[] = {"BadConstraints",

@@ -1,4 +1,4 @@
-/// What Slurm's commands take and say. Pure functions.
+/// Makes arguments for Slurm's commands and reads their output. Pure functions.
 #pragma once
 
 #include <cstdint>
@@ -12,22 +12,23 @@
 namespace Runner
 {
 
-/// By shard, the file to which the newest start of its task has printed. The names are
-/// "shard-SHARD-SUBMISSION-RESTART.txt", in any order; others are ignored.
+/// Returns, by shard, the name of the file with the output of the task's newest start. `names` may have any order.
+/// Names other than "shard-SHARD-SUBMISSION-RESTART.txt" are ignored.
 std::map<std::uint32_t, std::wstring> FindNewestOutputs(const std::vector<std::wstring>& names);
 
 /// The name of a submission's job, unique among all runs.
 std::wstring GetJobName(const std::string& runId, std::uint32_t submission);
 
-/// True for options of sbatch without which the engine does not find its tasks again, or waits for their end: --array,
-/// --clusters, --job-name and --wait, also short or abbreviated, and "--", which ends the options.
+/// True for options of sbatch that the user must not set, because the engine would not find its tasks again or would
+/// wait for their end: --array, --clusters, --job-name and --wait, also short or abbreviated, and "--", which ends the
+/// options.
 bool IsOwnOption(const std::wstring& option);
 
-/// One line per task: shard, state, reason, node.
+/// The format that makes squeue print one line per task: shard, state, reason, node.
 inline constexpr const wchar_t* c_QueueFormat = L"task|%K|%T|%r|%N";
 
-/// Reads lines of that format and ignores others. A task is over unless its state says that it waits or runs. If a
-/// shard has several tasks, one that is not over counts.
+/// Reads lines in c_QueueFormat and ignores others. A task is over unless its state says that it waits or runs. If a
+/// shard has several tasks, returns one that is not over if possible.
 Tasks ReadQueue(std::string_view output);
 
 } // namespace Runner

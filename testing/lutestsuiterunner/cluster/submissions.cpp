@@ -38,7 +38,7 @@ bool isFile(const std::wstring& path)
     return LbOs::QueryEntry(path) == LbOs::EEntry::File;
 }
 
-/// Has no shards if the file is incomplete.
+/// Returns a submission without shards if the file is incomplete.
 SSubmission readSubmission(const std::wstring& path, std::uint32_t number)
 {
     SSubmission submission = {number, {}, {}};
@@ -57,7 +57,7 @@ SSubmission readSubmission(const std::wstring& path, std::uint32_t number)
     return submission;
 }
 
-/// Null if the file exists.
+/// Returns null if the file exists already.
 std::unique_ptr<CAppendFile> create(const std::wstring& path)
 {
     try

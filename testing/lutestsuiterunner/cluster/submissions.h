@@ -13,21 +13,23 @@ namespace Runner
 {
 
 /// The submissions so far, by number. Here and below, `folder` is the run's folder with a separator at its end. A
-/// submission has no shards until its process has written it; if the process dies before, it never has any.
+/// submission has no shards until the process that makes it has written its file. If that process dies earlier, the
+/// submission never gets shards.
 std::vector<SSubmission> ReadSubmissions(const std::wstring& folder);
 
-/// Records a submission before it is made. False if another process has the number already. Throws LbException with a
-/// German message if the file cannot be written.
+/// Records a submission before its tasks are submitted. Returns false if another process has already used its number.
+/// Throws LbException with a German message if the file cannot be written.
 bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission);
 
 /// A German line for each reason for which shards were lost before the submission: "Teil 3 verloren (...), neu
 /// vergeben".
 std::vector<std::wstring> DescribeLosses(const SSubmission& submission);
 
-/// Ascending numbers, as users and Slurm's option --array take them: "1-3,7".
+/// Formats ascending numbers for users and for Slurm's option --array: "1-3,7".
 std::wstring FormatNumbers(const std::vector<std::uint32_t>& shards);
 
-/// From now on no process makes a submission for this run.
+/// Marks the run as canceled: from now on no process submits tasks for it. Throws LbException with a German message if
+/// the mark cannot be written.
 void MarkCanceled(const std::wstring& folder);
 bool IsMarkedCanceled(const std::wstring& folder);
 

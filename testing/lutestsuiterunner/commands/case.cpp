@@ -27,7 +27,7 @@ namespace Runner
 namespace
 {
 
-/// The status of a case that is disabled or was skipped: ctest's property SKIP_RETURN_CODE usually has it.
+/// The exit status for a case that is disabled or was skipped; the usual value of ctest's property SKIP_RETURN_CODE.
 constexpr int c_Skipped = 77;
 
 /// The status of a failed case is this number plus the number of its result. See the help of the command.
@@ -49,7 +49,7 @@ private:
     SAttempt m_attempt;
 };
 
-/// Compares the full name, or class and case.
+/// True if `name` is the full name of the case, or "class:case".
 bool isNamed(const SPlan& plan, std::uint32_t index, const std::wstring& name)
 {
     const SPlannedCase& planned = plan.cases[index];

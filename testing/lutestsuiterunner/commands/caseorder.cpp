@@ -11,7 +11,7 @@ std::vector<std::uint32_t> OrderMissingCases(const CRunState& state, const SRunO
 {
     std::vector<std::uint32_t> cases = state.FindCases([](std::uint32_t /*index*/) { return true; });
     SortCases(cases, options.order, previous, options.seed.value_or(0));
-    // Removed after sorting, so that the other cases keep the order of the first call.
+    // Finished cases are removed after sorting, so that a resumed run keeps the order of the first call.
     std::erase_if(cases, [&state](std::uint32_t index) { return state.GetVerdict(index) != EVerdict::Missing; });
     return cases;
 }

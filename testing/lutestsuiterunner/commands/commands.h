@@ -1,6 +1,6 @@
 /// The commands. Each returns the exit status.
 ///
-/// All throw a German message as std::wstring if the call is wrong, and LbException.
+/// Each throws a German message as std::wstring if the call is wrong. Each may also throw LbException.
 #pragma once
 
 #include "testing/lutestsuiterunner/settings/options.h"

@@ -9,7 +9,8 @@ namespace Runner
 namespace
 {
 
-/// CMake replaces nothing inside brackets. The brackets have more equals signs than any sequence of them in the text.
+/// Encloses the text in a bracket argument, in which CMake replaces nothing. The brackets have more equals signs than
+/// follow any "]" in the text.
 std::string quote(const std::wstring& text)
 {
     const std::string bytes = ToEscapedUtf8(text);
@@ -35,7 +36,7 @@ void append(std::string& script, const std::wstring& name, const std::wstring& c
     script += ")\n";
 }
 
-/// True if the description forbids that other cases run at the same time.
+/// True if the description of the case forbids running other cases at the same time.
 bool isSerial(const LuTestSuite::ParameterMap& parameters)
 {
     LuTestSuiteRun::SParams unless;

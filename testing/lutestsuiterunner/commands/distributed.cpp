@@ -55,7 +55,7 @@ void sayThatItEnds(const SDistributedRun& run)
     CTerminal::Get().WriteError(LbFormat(L"Der Lauf, der in %s noch läuft, wird abgebrochen.\n", run.folder));
 }
 
-/// Waits until the process that has started the shards has canceled them.
+/// Makes the process that started the shards cancel them, and waits until it has ended.
 std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
 {
     bool isHeld = false;
@@ -65,7 +65,7 @@ std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
         sayThatItEnds(run);
         MarkCanceled(run.folder);
     }
-    // That process waits for the tasks, and then writes the reports.
+    // That process first waits for its tasks, up to sc_CancelLimit, and then writes the reports.
     const Clock::time_point end = Clock::now() + 2 * CFollower::sc_CancelLimit;
     for (; isHeld; lock = TryAcquireSubmitterLock(run, isHeld))
     {
@@ -78,7 +78,7 @@ std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
     return lock;
 }
 
-/// Waits until the scheduler says that no task is left.
+/// Cancels the tasks, and waits until the scheduler confirms that none is left. Warns if it does not.
 void endTasks(const SDistributedRun& run)
 {
     MarkCanceled(run.folder);
@@ -105,7 +105,7 @@ void endTasks(const SDistributedRun& run)
     }
 }
 
-/// Empty, with a warning, if the run cannot be opened.
+/// Opens the run that is to be replaced. If that fails, prints a warning and returns nothing.
 std::optional<SDistributedRun> openReplacedRun(const std::wstring& folder)
 {
     std::wstring reason;
@@ -126,7 +126,8 @@ std::optional<SDistributedRun> openReplacedRun(const std::wstring& folder)
     return std::nullopt;
 }
 
-/// A scheduler's tasks go on without this process. Only the user knows whether they should stop.
+/// True if this process was asked to terminate while a scheduler runs the tasks. They continue without this process,
+/// and only the user knows whether they should stop.
 bool isToldToLeave(const SDistributedRun& run)
 {
     return LbOs::GetInterruption() == LbOs::EInterruption::Terminate && !run.kind->isOfThisMachine;
@@ -140,7 +141,7 @@ void warn(CFollower& follower)
     }
 }
 
-/// Returns early if the process is told to leave the run alone.
+/// Follows the run to its end. Returns early if isToldToLeave.
 void follow(const SDistributedRun& run, CFollower& follower)
 {
     CShardsLine line;
@@ -174,7 +175,7 @@ void writeEnd(const SDistributedRun& run, const CFollower& follower)
     writeLines(GetLossesPath(run.folder), follower.GetLosses());
 }
 
-/// Read before the run, so that the user learns early that the file is wrong.
+/// Called before the run is followed, so that the user learns early that the file is wrong.
 Quarantine readQuarantine(const SDistributedRun& run)
 {
     if (run.options.run.quarantine.empty())
@@ -227,7 +228,7 @@ int FollowToEnd(const SDistributedRun& run)
         return leave(run);
     }
     follower.RequireSameRun();
-    // Another process may have written it meanwhile. What hosts have written since then does not count.
+    // Another process may have written the proof meanwhile. Records that hosts have written since then do not count.
     const bool isProven = hasProof(run);
     if (!isProven)
     {

@@ -12,15 +12,16 @@ namespace Runner
 
 /// Cancels the distributed run that the folder may contain, and waits for the end of its tasks, before another run
 /// replaces it. Only warns if the run is unreadable or the scheduler does not confirm the end. `folder` ends in a
-/// separator. Returns what keeps other processes from starting local shards of the old run until the folder has its new
-/// content; may be null. Throws LbException with a German message if the process of local shards does not end.
+/// separator. Returns a lock that keeps other processes from starting local shards of the old run; hold it until the
+/// folder has its new content. Null if no lock is needed or available. Throws LbException with a German message if the
+/// process of local shards does not end.
 std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder);
 
-/// Follows the run to its end, or to the cancellation that Ctrl-C asks for; then writes reports and proof, prints the
-/// outcome, and returns the exit status. While another process runs the local shards, only waits for it to end;
-/// Ctrl-C then marks the run as canceled, which that process obeys. If the current process is asked to terminate, it
-/// leaves the tasks of a scheduler or of another process alone and writes nothing. If the run has its proof, it has
-/// ended: then writes the same reports again.
+/// Follows the run to its end; Ctrl-C cancels the run. Then writes reports and proof, prints the outcome, and returns
+/// the exit status. While another process runs the local shards, only waits for it to end; Ctrl-C then marks the run as
+/// canceled, which that process obeys. If the current process is asked to terminate, it leaves the tasks of a scheduler
+/// or of another process alone and writes nothing. If the run already has its proof, it has ended, and the same reports
+/// are written again.
 int FollowToEnd(const SDistributedRun& run);
 
 } // namespace Runner

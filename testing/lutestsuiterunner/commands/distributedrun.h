@@ -19,13 +19,13 @@ namespace Runner
 struct SDistributedRun
 {
     std::wstring folder; ///< with separator at its end
-    SPlan plan;          ///< of all shards
+    SPlan plan;          ///< plan of the whole run
     SSubmitOptions options;
     std::vector<SShardEntry> shards;
     const SEngineKind* kind = nullptr; ///< of the engine
     std::unique_ptr<IEngine> engine;
 
-    /// Between two steps that read the journals of all shards: the more shards, the longer.
+    /// The time between two steps that read the journals of all shards. It grows with the number of shards.
     std::chrono::milliseconds GetInterval() const;
 };
 

@@ -1,4 +1,4 @@
-/// The command "folders": folders in the data directory for classes that need no files.
+/// The command "folders": creates folders in the data directory for classes that need no files.
 
 #include <algorithm>
 #include <memory>

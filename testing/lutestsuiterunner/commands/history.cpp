@@ -58,7 +58,7 @@ SStepRules getRules(const SHistoryOptions& options)
     return rules;
 }
 
-/// The newest runs of each configuration, in their order.
+/// The newest runs of each configuration, at most `most`, in their order.
 std::map<std::wstring, std::vector<const SRun*>> groupRuns(const std::vector<SRun>& runs, std::size_t most)
 {
     std::map<std::wstring, std::vector<const SRun*>> groups;
@@ -94,7 +94,7 @@ void checkConfigurations(const std::vector<SRun>& runs, const std::vector<std::w
     }
 }
 
-/// Removes what belongs to other configurations than the wanted ones.
+/// Removes runs of configurations that are not wanted. Keeps all runs if `wanted` is empty.
 void selectConfigurations(SArchiveContent& content, const std::vector<std::wstring>& wanted)
 {
     if (wanted.empty())

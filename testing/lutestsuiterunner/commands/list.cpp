@@ -28,13 +28,13 @@ namespace
 
 using Json = nlohmann::ordered_json;
 
-/// Names may contain characters that JSON cannot represent.
+/// Escapes characters that JSON cannot represent; names may contain them.
 std::string toText(const std::wstring& text)
 {
     return ToEscapedUtf8(text);
 }
 
-/// The parameters of a case, sorted.
+/// The parameters of a case that the list shows, in this order.
 constexpr const wchar_t* c_Flags[] = {L"Enable", L"ReportMemLeak", L"Parallel", L"External", L"Isolated"};
 constexpr const wchar_t* c_Numbers[] = {L"TimeOutSec", L"MessageReportMax"};
 

@@ -1,4 +1,4 @@
-/// The command "merge": the shards of a run as one run.
+/// The command "merge": merges the shards of a run into one run.
 
 #include <algorithm>
 #include <numeric>
@@ -37,7 +37,7 @@ struct SPart
     std::wstring folder;
     std::unique_ptr<CRunState> state;
     std::wstring problem;              ///< why there is no state
-    std::vector<std::uint32_t> places; ///< index of each case of this part in the first part and in the merged run
+    std::vector<std::uint32_t> places; ///< by case of this part: its index in the first part and in the merged run
 };
 
 std::wstring getPartName(const SPart& part)
@@ -46,8 +46,8 @@ std::wstring getPartName(const SPart& part)
     return LbFormat(L"Teil %u von %u", shard.number, shard.count);
 }
 
-/// A folder that exists may contain no run that can be read, because its job ended early or its disk was full. Then the
-/// part has no state, but a problem.
+/// Loads the run of the part. Throws LbException if its folder is missing. If the run cannot be read, because its job
+/// ended early or its disk was full, the part gets a problem instead of a state.
 void load(SPart& part)
 {
     if (!LbFileSystem::IsDirectory(part.folder))
@@ -100,8 +100,8 @@ bool isSameRun(const SPlannedCase& one, const SPlannedCase& other)
     return one.unitTest == other.unitTest && one.testCase == other.testCase && one.repetition == other.repetition;
 }
 
-/// True if both plans have the same selection in the same order, as on machines of one kind. Needs no digest and no
-/// sorting.
+/// True if both plans have the same selection in the same order, which is usual on machines of one kind. Cheaper than
+/// computing digests and sorting.
 bool areEqual(const SPlan& one, const SPlan& other)
 {
     const auto isSameUnitTest = [&](const LuTestSuite::SUnitTest& a, const LuTestSuite::SUnitTest& b) {
@@ -114,8 +114,8 @@ bool areEqual(const SPlan& one, const SPlan& other)
            std::ranges::equal(one.cases, other.cases, isSameRun);
 }
 
-/// The plan of a distributed run has all cases, but its folder has no journal; the plan of its shard has a part of
-/// them.
+/// Throws if a part is a distributed run or one of its shards. The plan of a distributed run has all cases, but its
+/// folder has no journal; the plan of a shard has only some of the cases.
 void requireNotDistributed(const std::vector<SPart>& parts)
 {
     for (const SPart& part : parts)
@@ -143,7 +143,7 @@ void requireSameSelection(const std::vector<SPart>& parts)
     }
 }
 
-/// Both lists are the cases in the order of their names.
+/// `own` and `whole` are the cases of a part and of the first part, sorted by name.
 void findPlacesByName(const std::vector<std::uint32_t>& own, const std::vector<std::uint32_t>& whole,
                       std::vector<std::uint32_t>& places)
 {
@@ -153,11 +153,12 @@ void findPlacesByName(const std::vector<std::uint32_t>& own, const std::vector<s
     }
 }
 
-/// Compares by names, since file systems list folders in different orders. Precondition: the same selection.
+/// Compares by names, since file systems list folders in different orders. Precondition: all parts have the same
+/// selection.
 void findPlaces(std::vector<SPart>& parts)
 {
     const SPlan& first = parts.front().state->GetPlan();
-    std::vector<std::uint32_t> whole; // sorted only if a part has another order
+    std::vector<std::uint32_t> whole; // filled only if a part has another order
     for (SPart& part : parts)
     {
         const SPlan& plan = part.state->GetPlan();
@@ -175,7 +176,8 @@ void findPlaces(std::vector<SPart>& parts)
     }
 }
 
-/// The part that runs each case of the merged run; null for cases of no part.
+/// For each case of the merged run, the part that runs it; null if no part does. Throws LbException if two parts run
+/// the same case.
 std::vector<const SPart*> findOwners(const std::vector<SPart>& parts)
 {
     std::vector<const SPart*> owners(parts.front().state->GetPlan().cases.size());
@@ -260,8 +262,8 @@ void findProblems(const std::vector<SPart>& parts, const std::vector<const SPart
     }
 }
 
-/// Each journal of a part becomes a journal of the merged run, so that cases keep their processes and their order. The
-/// state receives all records as well, so that the journals need not be read again.
+/// Copies each journal of a part to a journal of its own in the merged run, so that the processes and the order of the
+/// cases are kept. Also applies all records to the state, so that the journals need not be read again.
 class CJournalCopier
 {
 public:
@@ -285,10 +287,10 @@ public:
         }
     }
 
-    /// The last journal records how the merged run has ended.
+    /// Writes the last journal, which records how the merged run has ended.
     void End(const std::wstring& time, const std::vector<std::wstring>& problems)
     {
-        // This journal has no time of its own.
+        // Not 0, because the writer replaces 0 by the real time. This journal must not add to the run's time.
         constexpr std::uint64_t c_Elapsed = 1;
         SJournalBegun begun;
         begun.time = time;
@@ -357,8 +359,8 @@ std::wstring getEndTime(const std::vector<SPart>& parts)
     return time;
 }
 
-/// True if replacing the run in the folder would remove the part. In a folder without a distributed run, the shards are
-/// runs of their own, which stay.
+/// True if replacing the run in the folder would remove the part. Subfolders are removed only if the folder contains a
+/// distributed run; otherwise they hold runs of their own.
 bool isRemovedWith(const std::wstring& folder, const SPart& part)
 {
     const bool isDistributed = LbFileSystem::IsFile(folder + c_ShardsName);

@@ -15,17 +15,18 @@ namespace Runner
 /// Throws a German message as std::wstring if options need an earlier run and there is none.
 void RequirePrevious(const SRunOptions& options);
 
-/// With --only-failed, removes the cases that did not fail in the earlier run. Returns the number of cases that the
-/// guards have to check.
+/// With --only-failed, removes the cases that did not fail in the earlier run. Returns the number of cases for
+/// --min-cases: that of the plan, or that of the selection if none of its cases had failed.
 std::size_t ApplyOnlyFailed(const SRunOptions& options, const CPrevious& previous, SPlan& plan);
 
 /// Warns if --fail-fast may end the run only after all cases have run once.
 void WarnOfLateFailures(const SRunOptions& options);
 
-/// Warns of suites that do not run because they have no folder, unless they are a problem of the run.
+/// Warns of suites that do not run because they have no folder, unless --require-all-modules makes them a problem of
+/// the run.
 void WarnOfSuitesWithoutFolder(const SRunOptions& options, const std::vector<std::wstring>& suites);
 
-/// Warns of classes whose folders contain only folders, which are not searched.
+/// Warns of class folders that have files for cases only in subfolders, which are not searched.
 void WarnOfInnerFolders(const SPlan& plan);
 
 } // namespace Runner

@@ -115,14 +115,14 @@ std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const
     std::unique_ptr<CRunState> state = load(folder);
     WriteReports(folder, *state, true);
     std::unique_ptr<CRunState> later = load(folder);
-    // The run may have written its own reports before the older ones replaced them.
+    // The run may have written its final reports meanwhile, and the older ones of this process then replaced them.
     const bool isInProgress = !later->IsEnded();
     if (!isInProgress || later->IsCanceled())
     {
         state = std::move(later);
         WriteReports(folder, *state, isInProgress);
     }
-    // A canceled run may end without a case that is still running. Its reports call that case interrupted.
+    // A canceled run may end while a case is still running. The final reports call such a case interrupted.
     bool isHeld = false;
     LbOs::CFolderLock::TryAcquire(folder, isHeld);
     if (isInProgress && !isHeld)

@@ -16,8 +16,9 @@ using LoadState = std::function<std::unique_ptr<CRunState>(const std::wstring& f
 /// Throws LbException.
 std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, const LoadState& load = LoadRun);
 
-/// The same for a run that another process executes. That process writes reports at the end of the run; they are not
-/// replaced by older ones. If it ends meanwhile, behaves like ReportRun. `load` reads the journals.
+/// As ReportRun, for a run that another process executes. That process writes reports at the end of the run; this
+/// function does not leave older ones in their place. If the run ends meanwhile, behaves like ReportRun. `load` reads
+/// the journals.
 std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const LoadState& load = LoadRun);
 
 /// As ReportRun, for a state that was read before.

@@ -21,7 +21,7 @@ bool areEqual(const R& one, const R& other, const SValueField<R> (&fields)[N])
     });
 }
 
-/// What the build was made of, without the folders of the machine that made it.
+/// The sources and the configuration of a build. Omits folders, because they depend on the machine.
 auto describeBuild(const SOrigin& origin)
 {
     const SSvnInfo svn = origin.svn.value_or(SSvnInfo());

@@ -1,4 +1,4 @@
-/// What may make the result of a case depend on the run that executes it.
+/// Differences between runs that may change the result of a case.
 #pragma once
 
 #include <string>

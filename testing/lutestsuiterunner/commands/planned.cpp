@@ -21,8 +21,8 @@ namespace Runner
 namespace
 {
 
-/// The program of child processes, which is beside this one; empty if it exists. Every shard needs it: cases that were
-/// under way in a dead host run in child processes.
+/// Returns the path of the program for child processes, beside this one, if it is missing; otherwise an empty text.
+/// Every shard needs this program: cases that were running when a host died run again in child processes.
 std::wstring findMissingProgram()
 {
     const std::wstring path =
@@ -30,7 +30,8 @@ std::wstring findMissingProgram()
     return LbFileSystem::IsFile(path) ? std::wstring() : path;
 }
 
-/// Also writes the problem to the journal, because the submitter may not see what this process prints.
+/// Throws if `missing` is not empty. Also writes the problem to the journal, because the submitter may not see what
+/// this process prints.
 void requireNothing(const std::wstring& missing, const wchar_t* kind, const std::wstring& folder, const SPlan& plan)
 {
     if (missing.empty())
@@ -52,7 +53,7 @@ void requireShard(const SPlan& plan, const SRunOptions& call, const std::wstring
     }
 }
 
-/// The times by which the shards were planned.
+/// The expected times that the plan contains.
 PreviousCases getExpected(const SPlan& plan)
 {
     PreviousCases expected(plan.cases.size());

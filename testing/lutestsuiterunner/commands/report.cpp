@@ -1,4 +1,4 @@
-/// The command "report": the reports of a run, also of one that is in progress or died.
+/// The command "report": writes the reports of a run, even if the run is in progress or its process died.
 
 #include "testing/lutestsuiterunner/commands/commands.h"
 #include "testing/lutestsuiterunner/commands/outcome.h"
@@ -13,7 +13,8 @@ int Runner::Execute(const SReportOptions& options)
     }
     MoveLibraryLinesToErrors();
     const std::wstring folder = GetRunFolder(options.directory);
-    // The process of a run holds this lock to its end. If the file system has no locks, the run may be in progress.
+    // The process of a run holds this lock until it ends. On a file system without locks, both flags are false,
+    // although the run may be in progress.
     bool isInProgress = false;
     const bool isFree = LbOs::CFolderLock::TryAcquire(folder, isInProgress) != nullptr;
     if (isInProgress)

@@ -1,4 +1,4 @@
-/// The command "resume": the rest of an interrupted run.
+/// The command "resume": executes the rest of an interrupted run.
 
 #include <algorithm>
 #include <utility>
@@ -25,7 +25,8 @@ namespace Runner
 namespace
 {
 
-/// If the earlier run is gone, or this run has replaced it, only the order and the estimate suffer.
+/// If the earlier run is gone, or this run has replaced it, returns no times and no failures: only the order of the
+/// cases and the estimate of the remaining time are then worse.
 PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder, const SPlan& plan)
 {
     const bool isOwn = LbOs::AreSameFile(options.previous, folder.GetPath());
@@ -50,7 +51,8 @@ std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestS
 {
     SRunOptions guards = options;
     const std::size_t caseCount = state.GetPlan().cases.size();
-    // If no case had failed earlier, the first call has counted the selection, which the plan does not contain.
+    // If --only-failed found no failed case, the first call checked the size of the selection, which the plan does not
+    // contain.
     guards.minCases = options.onlyFailed && caseCount == 0 ? 0 : options.minCases;
     std::vector<std::wstring> problems = state.GetProblems();
     for (std::wstring& problem : FindProblems(guards, setup, caseCount))
@@ -63,7 +65,8 @@ std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestS
     return problems;
 }
 
-/// A case of a missing class would get a final verdict that no later call repairs.
+/// Throws if a folder or a class is missing. A case of a missing class would get a final verdict, which no later call
+/// repeats.
 void requireParts(const SPlan& plan)
 {
     if (const std::wstring folder = FindMissingFolder(plan); !folder.empty())
@@ -99,7 +102,7 @@ int Execute(const SResumeOptions& resume)
     {
         throw LbFormat(L"Der Lauf in %s ist verteilt: 'wait' setzt ihn fort", path);
     }
-    // If a host ended between writing its plan and its journal, the run has not begun.
+    // Only the plan is required: a host may have ended after it wrote the plan and before it began a journal.
     if (!LbFileSystem::IsFile(path + c_PlanName))
     {
         throw LbFormat(L"Der Ordner %s enthält keinen Lauf", path);

@@ -1,4 +1,4 @@
-/// The command "review": test output that differs from its references.
+/// The command "review": shows, accepts and rejects test output that differs from its references.
 
 #include <algorithm>
 #include <iostream>
@@ -90,7 +90,8 @@ public:
 private:
     bool decides() const { return !m_options.accept.empty() || !m_options.reject.empty(); }
 
-    /// Throws a German message if the options contradict each other, or decide where nothing may be decided.
+    /// Throws a German message if the options contradict each other, or accept or reject changes where nothing may be
+    /// decided.
     void requireCompatibleOptions() const
     {
         if (m_shows && m_options.files)
@@ -112,7 +113,8 @@ private:
         }
     }
 
-    /// The next argument after an option with an optional value is taken for the folder.
+    /// The message if the folder is missing. An argument after an option with an optional value is read as the folder,
+    /// so the message then explains "=".
     std::wstring describeMissing() const
     {
         const bool lacksFile = m_shows && m_file.empty();
@@ -231,7 +233,7 @@ private:
 
     int decide() const
     {
-        // Refuses before the first change.
+        // Throws before the first file changes.
         const SReviewChoice choice = ChooseChanges(m_changes, m_options);
         reportMissing(choice);
         for (const SChange& change : choice.accepted)
@@ -250,7 +252,8 @@ private:
         return LuTestSuiteHost::c_Succeeded;
     }
 
-    /// The changes that the options do not name. A file that they name by its path is in no other chosen change.
+    /// The changes that the options do not name. Files named by path need no attention here: ChooseChanges has removed
+    /// them from all other chosen changes.
     std::vector<SChange> findUndecided(const SReviewChoice& choice) const
     {
         std::vector<SChange> undecided = m_changes;
@@ -258,7 +261,8 @@ private:
         {
             for (const SChange& change : *named)
             {
-                // A file that is named by its path has no parts, and the checksum of one of its changes.
+                // A chosen change for a file named by path has no parts. Its checksum is that of one of the file's
+                // changes, which must stay in the list.
                 std::erase_if(undecided, [&change](const SChange& other) {
                     return !change.parts.empty() && other.checksum == change.checksum;
                 });
@@ -276,8 +280,8 @@ private:
 
     const SReviewOptions& m_options;
     std::wstring m_directory;
-    bool m_shows;        ///< differences
-    std::wstring m_file; ///< the reference whose changes are shown; empty: those of all
+    bool m_shows;        ///< shows differences
+    std::wstring m_file; ///< the only reference whose changes are shown; empty: all references
     SDiffStyle m_style;
     bool m_isBuildServer = isBuildServer();
     bool m_mayAsk = false;

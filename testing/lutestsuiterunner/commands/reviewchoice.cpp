@@ -33,7 +33,7 @@ std::wstring listNames(const std::vector<const SChange*>& changes)
     return text;
 }
 
-/// Null if there is none; throws if there are several.
+/// The change whose checksum begins with these digits; null if there is none. Throws if there are several.
 const SChange* findOne(const std::vector<SChange>& changes, const std::wstring& digits)
 {
     const std::vector<const SChange*> found = FindNamed(changes, digits);

@@ -1,4 +1,4 @@
-/// What the options of "review" name.
+/// The changes that the options of "review" name.
 #pragma once
 
 #include <string>
@@ -12,21 +12,24 @@ namespace Runner
 
 struct SReviewChoice
 {
-    std::vector<SChange> accepted; ///< no file is in two changes that cover it as a whole
+    std::vector<SChange> accepted; ///< a file is in at most one change that decides on the whole file
     std::vector<SChange> rejected;
 };
 
-/// The changes that --accept and --reject name. A file that is named itself becomes a change named by its path and
-/// leaves the other changes. "all" means what neither option names. Throws a German message as std::wstring if a value
-/// names nothing, several changes or several files, or if both options name the same.
+/// Returns the changes that --accept and --reject name. A file that is named by its path becomes a change of its own
+/// with this path as its name, and is removed from the other chosen changes. "all" means everything that the other
+/// option does not name. Throws a German message as std::wstring if a value names nothing, several changes or several
+/// files, or if both options name the same.
 SReviewChoice ChooseChanges(const std::vector<SChange>& changes, const SReviewOptions& options);
 
-/// The change whose name begins like this. Throws a German message as std::wstring if there is none, or several.
+/// The change whose checksum begins with these digits, at least six. Throws a German message as std::wstring if there
+/// is none, or several.
 const SChange& FindChange(const std::vector<SChange>& changes, const std::wstring& digits);
 
-/// The changes in the file of a reference or of its received output, each reduced to this file. A relative path counts
-/// from the working directory or, as in the output, from the reviewed folder. Empty if there is no change. Throws a
-/// German message as std::wstring if the path leads to a changed file from both folders.
+/// Returns the changes of one file, each reduced to this file; empty if there are none. `path` is that of the reference
+/// or of its received file. A relative path may be relative to the working directory or, as in the output, to the
+/// reviewed folder. Throws a German message as std::wstring if it leads to different changed files from these two
+/// folders.
 std::vector<SChange> FindChangesOf(const std::vector<SChange>& changes, const std::wstring& directory,
                                    const std::wstring& path);
 

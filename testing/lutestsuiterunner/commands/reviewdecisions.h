@@ -14,23 +14,23 @@ namespace Runner
 /// Throws a German message as std::wstring if the change must not be accepted.
 void RequireAcceptable(const SChange& change, bool mayBecomeBlank);
 
-/// Carries decisions out and prints them. When changes share a file, its reference gets the parts of all accepted
-/// changes, found in the difference from the reference before the first decision. Rejecting a change removes what was
-/// received; a warning counts the undecided changes that are removed with it.
+/// Carries out decisions and prints them. If accepted changes share a file, its reference gets the parts of all of
+/// them; the parts refer to the reference as it was before the first decision. Rejecting a change removes the received
+/// file; a warning counts the undecided changes that are lost with it.
 class CReviewDecisions : public INonCopyable
 {
 public:
-    /// `directory` contains all files. `undecided` are the changes that are removed without a decision if a change that
-    /// shares a file with them is rejected; Carry removes its change from them.
+    /// `directory` contains all files. `undecided` are the changes without a decision: they are lost in each file that
+    /// they share with a rejected change. Carry removes its own change from this list.
     CReviewDecisions(std::wstring directory, std::vector<SChange> undecided)
         : m_directory(std::move(directory)), m_undecided(std::move(undecided))
     {
     }
 
-    /// The change without the files that are decided as a whole, and with the present references.
+    /// Returns the change without the files that are completely decided, and with the current checksums of references.
     SChange GetOpen(const SChange& change) const;
 
-    /// Throws as Decide.
+    /// Carries out one decision. Throws as Decide.
     void Carry(EDecision decision, const SChange& change);
 
 private:

@@ -16,8 +16,8 @@ namespace Runner
 class CReviewDialog : public INonCopyable
 {
 public:
-    /// Reads the answers from `answers`, one a line, whose end is the answer "e". The caller keeps the arguments.
-    /// `mayBecomeBlank`: does not ask whether references may become blank.
+    /// Reads one answer per line from `answers`; the end of the stream counts as the answer "e". `directory` and
+    /// `answers` must outlive the object. `mayBecomeBlank`: accepts blank references without a further question.
     CReviewDialog(const std::wstring& directory, const SDiffStyle& style, bool mayBecomeBlank, std::istream& answers);
 
     /// Ends with the last change or the answer "e". A change that cannot be decided is asked for again, with

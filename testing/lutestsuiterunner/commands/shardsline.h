@@ -1,4 +1,4 @@
-/// How far a distributed run is, on the console.
+/// The progress of a distributed run on the console.
 #pragma once
 
 #include <chrono>

@@ -1,4 +1,4 @@
-/// How far a distributed run is, as text.
+/// The progress of a distributed run as text.
 #pragma once
 
 #include <string>

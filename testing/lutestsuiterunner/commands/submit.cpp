@@ -105,7 +105,8 @@ void describe(const SPlan& plan, std::uint32_t shards)
     CTerminal::Get().WriteOutput(text + describeTimes(plan, shards) + L"\n");
 }
 
-/// Local shards end with the process that started them, so another process must stay to follow them.
+/// Starts a process that executes "wait". Local shards end with the process that started them, so a process must stay
+/// to follow them.
 void startFollower(const std::wstring& folder)
 {
     LbOs::SChildOptions options;

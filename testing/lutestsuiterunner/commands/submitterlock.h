@@ -9,13 +9,14 @@
 namespace Runner
 {
 
-/// `isHeld` receives whether another process has the lock. If not, the lock is null only on a file system without
-/// locks.
+/// Sets `isHeld` to whether another process has the lock. If no other process has it, the result is null only on a file
+/// system without locks.
 std::unique_ptr<LbOs::CFolderLock> TryAcquireSubmitterLock(const SDistributedRun& run, bool& isHeld);
 
-/// Local shards belong to the process that started them. Another process takes over only when that one has ended. Until
-/// then it shows how far the run is, and tells that process when the user cancels. If this process is asked to
-/// terminate while it waits, sets `isHeld` and returns null. On a file system without locks also returns null.
+/// Waits until the process that started the local shards has ended, and then takes over its lock. Meanwhile shows the
+/// progress of the run; if the user presses Ctrl-C, marks the run as canceled, which that process obeys. If this
+/// process is asked to terminate while it waits, sets `isHeld` and returns null. Also returns null on a file system
+/// without locks.
 std::unique_ptr<LbOs::CFolderLock> AcquireSubmitterLock(const SDistributedRun& run, bool& isHeld);
 
 /// True if another process of this machine has started the shards and has not ended.

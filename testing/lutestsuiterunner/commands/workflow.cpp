@@ -54,7 +54,7 @@ void printQuarantine(const Quarantine& quarantine)
     }
 }
 
-/// Case runs that failed at the first attempt and at all retries, without those in quarantine.
+/// The number of case runs outside the quarantine that failed at the first attempt and at all retries.
 std::uint32_t countFailed(const CRunState& state, std::uint32_t retries)
 {
     std::uint32_t count = 0;
@@ -69,8 +69,8 @@ std::uint32_t countFailed(const CRunState& state, std::uint32_t retries)
     return count;
 }
 
-/// The full path of the folder for memory dumps, which is created; empty if the run has none. A run without the folder
-/// still has all results.
+/// Creates the folder for memory dumps and returns its full path; empty if the run makes no dumps. Only warns if the
+/// folder cannot be created, because the results of the run do not depend on it.
 std::wstring prepareDumpFolder(const SRunOptions& options)
 {
     if (options.core.empty())
@@ -114,13 +114,13 @@ std::wstring describeReceived(const std::vector<std::wstring>& references, const
                        : LbFormat(L"%s und %u weitere .received-Dateien sind", names, others);
 }
 
-/// Ends the process with the reports, because a case that runs in it does not end.
+/// Writes the reports and ends the process, because a case that runs in this process does not end.
 [[noreturn]] void giveUp(CSession& session, const SWork& work)
 try
 {
     session.Abandon();
     CTerminal::Get().WriteError(L"Warnung: Der Lauf endet, obwohl ein Testfall im Prozess des Laufs noch läuft\n");
-    // The process that distributes planned cases makes their reports.
+    // The process that follows a distributed run writes its reports.
     if (!work.options.planned)
     {
         ReportRun(work.folder);
@@ -258,7 +258,8 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
             session.Note(SRunProblem{problem});
         }
         const SPlan& plan = work.state.GetPlan();
-        // Made before the first case runs, so that it notices what other hosts record meanwhile.
+        // Created before the first case runs, so that CSiblings notices everything that other hosts record from then
+        // on.
         std::optional<CSiblings> siblings;
         if (plan.part)
         {
@@ -298,7 +299,7 @@ void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, cons
     // An XML report and an archive contain no numbers of passed runs.
     const bool isRun = !previous.empty() && ContainsRun(GetRunFolder(previous));
     CountPassedRuns(quarantine, state, isRun ? GetRunFolder(previous) : folder);
-    // A canceled run counts only after it has been resumed, but it passes the numbers on.
+    // A canceled run counts only after it has been resumed, but it keeps the earlier numbers for the next run.
     const bool isComplete = state.IsEnded() && !state.IsCanceled();
     for (SQuarantineEntry& entry : quarantine)
     {

@@ -31,14 +31,14 @@ struct SWork
 /// what RequireNoReport throws.
 void RequireNoRun(const SRunOptions& options);
 
-/// Throws a German message as std::wstring if a run would replace a report that no run has written, unless it is forced
-/// to. `folder` ends in a separator.
+/// Throws a German message as std::wstring if the run would replace a report that no run has written, unless `isForced`
+/// is set. `folder` ends in a separator.
 void RequireNoReport(const std::wstring& folder, bool isForced);
 
-/// Warns if the folder is not locked, because its file system has no locks.
+/// Warns if the folder could not be locked; its file system has no locks then.
 void WarnOfMissingLock(const std::wstring& folder, bool isLocked);
 
-/// Warns of modules of --dll that are missing, unless the run is red because of them.
+/// Warns of modules of --dll that are missing, unless --require-all-modules makes the run red because of them.
 void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& setup);
 
 /// Warns if the options ask for memory dumps, but no case of the plan runs in a child process.
@@ -48,11 +48,12 @@ void WarnOfUselessDumps(const SRunOptions& options, const SPlan& plan);
 /// decisions in the directory or above it.
 void WarnOfReceived(const SPlan& plan);
 
-/// Paths of the run's options are relative to it. Throws a German message as std::wstring if the directory is gone.
+/// Makes the run's working directory the current one, because paths in its options are relative to it. Throws a German
+/// message as std::wstring if the directory is gone.
 void EnterWorkingDirectory(const SPlan& plan);
 
-/// The options with which a run began. Makes the working directory that of the run, because paths of the options are
-/// relative to it. Throws a German message as std::wstring if the run has no such options or the directory is gone.
+/// Calls EnterWorkingDirectory and returns the options with which the run began. Throws a German message as
+/// std::wstring if the run has no such options or the directory is gone.
 SRunOptions EnterRun(const SPlan& plan);
 
 /// Records the problems, records the ends of interrupted attempts, runs the cases and their repetitions, and closes the
@@ -60,8 +61,9 @@ SRunOptions EnterRun(const SPlan& plan);
 void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::wstring>& problems,
               const std::vector<std::uint32_t>& cases);
 
-/// Reads the quarantine of a run whose plan exists. The plan determines the cases in quarantine; the file only stores
-/// the numbers of passed runs. Warns and returns nothing if the file is gone. Throws as ReadQuarantine.
+/// Reads the quarantine file of a run that already has a plan. The plan determines the cases in quarantine; the file
+/// only tells for which patterns passed runs are counted. Warns and returns nothing if the file is gone. Throws as
+/// ReadQuarantine.
 Quarantine ReadQuarantineOf(const SRunOptions& options, const LuTestSuiteSetup& setup, SPlan plan);
 
 /// Counts and prints the passed runs of the quarantine's entries after a complete run. Continues the counts of

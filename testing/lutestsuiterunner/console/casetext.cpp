@@ -18,7 +18,7 @@ std::wstring indent(const std::wstring& text, std::size_t mostLines)
     for (; start < text.size() && count < mostLines; ++count)
     {
         const std::size_t end = std::min(text.find(L'\n', start), text.size());
-        // The library indents its messages, too.
+        // Removes the tabs by which the library indents its messages.
         const std::size_t first = std::min(text.find_first_not_of(L'\t', start), end);
         lines += L"    " + text.substr(first, end - first) + L"\n";
         start = end + 1;
@@ -34,7 +34,7 @@ std::wstring findOwnFrame(const std::wstring& stacks, const std::wstring& module
     return frame == std::wstring::npos ? L"" : first.substr(frame + 1, first.find(L'\n', frame) - frame - 1);
 }
 
-/// A case that has failed before.
+/// The line about a case that passed after a failed attempt.
 std::wstring describePassed(const std::wstring& name, const SAttempt& attempt)
 {
     return attempt.kind == EAttemptKind::Confirm

@@ -9,8 +9,9 @@
 namespace Runner
 {
 
-/// The lines that the user sees when an attempt ends: for a failed one name, result, data file, reason and messages;
-/// for one that passed after a failed one a single line; otherwise nothing. German, lines ended by line feeds.
+/// The lines that the user sees when an attempt ends: for a failed attempt, name, result, data file, reason and
+/// messages; for an attempt that passed after a failed one, a single line; otherwise nothing. German, lines ended by
+/// line feeds.
 std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
 
 /// Data file, reason, at most `mostLines` lines of messages and of output, and the first frame in the test's module on

@@ -29,7 +29,7 @@ std::wstring paint(const std::wstring& text, const wchar_t* colour, const SDiffS
     return style.isColoured ? colour + text + c_Plain : text;
 }
 
-/// Lines beside each other.
+/// A removed line and an added line that are shown side by side.
 struct SRow
 {
     std::optional<std::string_view> removed;
@@ -41,11 +41,11 @@ struct SPlace
 {
     std::size_t first; ///< number of the first removed line, or of the line before which lines were added
     std::vector<SRow> rows;
-    std::size_t endRemoved; ///< numbers of the lines behind the last ones
+    std::size_t endRemoved; ///< numbers of the lines after the last removed and the last added line
     std::size_t endAdded;
 };
 
-/// The text of one line of a row, the other one in its place.
+/// The text of the removed or the added line of a row, cut at the same place as the other line.
 std::wstring showLine(const SRow& row, bool isRemoved, std::size_t width)
 {
     const std::string_view line = (isRemoved ? row.removed : row.added).value();
@@ -144,7 +144,7 @@ std::vector<SPlace> toPlaces(const std::vector<SHunk>& hunks)
 struct SView
 {
     std::vector<SPlace> places; ///< in their order
-    std::size_t otherParts = 0; ///< of other changes, not accepted yet
+    std::size_t otherParts = 0; ///< number of parts of other changes that are not accepted yet
 };
 
 SView findPlaces(const SChange& change, const SReceivedFile& file, const STexts& texts)

@@ -1,5 +1,5 @@
-/// Changes as German text for the console. Control characters of names and contents are replaced by pictures, so that
-/// only colours steer a terminal.
+/// Changes as German text for the console. Control characters in names and contents are replaced by visible symbols, so
+/// that only the escape sequences for colours reach a terminal.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ struct SDiffStyle
 {
     bool isColoured = false;
     bool isSideBySide = false;
-    bool areLinesCut = false; ///< on a terminal: to the width, and in number. Bytes are always cut to the width
+    bool areLinesCut = false; ///< for a terminal: limits their width and number. Bytes are always cut to the width
     std::size_t width = 120;  ///< of the console, in characters
 };
 
@@ -24,7 +24,7 @@ std::wstring FormatFileCount(std::size_t count);
 /// One line about a change. Paths are relative to `directory`.
 std::wstring FormatTitle(const SChange& change, const std::wstring& directory);
 
-/// The names of its files, one per line, each behind `before`.
+/// The names of the change's files, one per line, each preceded by `before`.
 std::wstring FormatFiles(const SChange& change, const std::wstring& directory, const std::wstring& before);
 
 /// FormatTitle, followed by the names of the files if there are several; at most 20 if lines are cut.

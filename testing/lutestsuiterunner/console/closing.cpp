@@ -68,7 +68,7 @@ std::wstring listSlowest(const CRunState& state)
                 [&](std::uint32_t index) { return L"  " + FormatTime(getTime(index)); });
 }
 
-/// A command of this program that works for any name of the program and in any working directory.
+/// A command line with the full path of this program, so that it works in any working directory.
 std::wstring getCommand(const wchar_t* command)
 {
     return QuoteForShell(LbOs::GetExecutablePath()) + L" " + command;
@@ -86,8 +86,8 @@ std::wstring findFolderOfRepetition(const std::wstring& folder)
     return path;
 }
 
-/// The option --quarantine of the call, the last one, as words for the shell with a blank before each; empty without
-/// it.
+/// The last option --quarantine of the call as words for the shell, each after a blank; empty if the call has no such
+/// option.
 std::wstring findQuarantine(std::span<const std::wstring> own)
 {
     const std::wstring name = L"--quarantine";

@@ -8,8 +8,8 @@
 namespace Runner
 {
 
-/// Failed cases by name, unreliable ones, slowest ones, and the commands that repeat each failed case alone. A merged
-/// run has no such commands. German, lines ended by line feeds.
+/// Lists failed, unreliable and slowest cases, and the command that repeats all failed cases, each alone. A merged run
+/// has no such command. German, lines ended by line feeds.
 std::wstring DescribeClosing(const CRunState& state, const std::wstring& folder);
 
 /// The command that continues an interrupted run.

@@ -30,15 +30,15 @@ bool isInsideCharacter(std::string_view line, std::size_t place)
     return place > 0 && place < line.size() && (static_cast<unsigned char>(line[place]) & 0xC0U) == 0x80;
 }
 
-/// The part of a line that is long enough to be cut from.
+/// The part of a line that contains all text that can be shown.
 struct SWindow
 {
     std::wstring text;
-    bool hasBefore; ///< text is missing in front of it
+    bool hasBefore; ///< the line has more text before this part
     bool hasBehind;
 };
 
-/// Limits the time for very long lines. The windows of both lines begin at the same place.
+/// Limits the time for very long lines. The windows of `line` and `other` begin at the same place.
 SWindow findWindow(std::string_view line, std::string_view other, std::size_t width)
 {
     constexpr std::size_t c_MostBytes = 4; // of a character
@@ -67,7 +67,7 @@ std::size_t findBegin(const std::wstring& text, const std::wstring& other, std::
 
 constexpr wchar_t c_Ellipsis = L'…';
 
-/// Replaces the last character. Leaves no half of a surrogate pair.
+/// Replaces the last character by an ellipsis. Leaves no half of a surrogate pair.
 void markEnd(std::wstring& text)
 {
     text.back() = c_Ellipsis;
@@ -77,7 +77,7 @@ void markEnd(std::wstring& text)
     }
 }
 
-/// Replaces the first character. Leaves no half of a surrogate pair.
+/// Replaces the first character by an ellipsis. Leaves no half of a surrogate pair.
 void markBegin(std::wstring& text)
 {
     text.front() = c_Ellipsis;
@@ -87,7 +87,7 @@ void markBegin(std::wstring& text)
     }
 }
 
-/// Marks what is missing.
+/// Cuts the text to `width` characters and marks omitted text by ellipses.
 std::wstring cut(const SWindow& window, std::size_t begin, std::size_t width)
 {
     std::wstring text = window.text.substr(begin, width);

@@ -24,7 +24,7 @@ struct SProgress
     std::size_t done = 0;
     std::size_t total = 0;
     std::size_t failed = 0;
-    std::uint64_t elapsed = 0; ///< seconds, as all times
+    std::uint64_t elapsed = 0; ///< seconds, like all times in this record
     std::uint64_t left = 0;    ///< estimate; 0 while it is unknown
     /// The cases that have been running longest, and how long.
     std::vector<std::pair<std::wstring, std::uint64_t>> running;
@@ -36,13 +36,13 @@ std::wstring FormatProgress(const SProgress& progress);
 /// A duration in minutes and seconds, or with hours: "0:07", "1:02:03".
 std::wstring FormatDuration(std::uint64_t seconds);
 
-/// While it lives, shows the progress: on a terminal a line that is rewritten, else a line every 30 seconds. Failed
-/// attempts appear at once, with their messages.
+/// Shows the progress while the object exists: on a terminal as a line that is rewritten, otherwise as a new line every
+/// 30 seconds. Prints failed attempts at once, with their messages.
 class CProgressLine : public IRunListener, public INonCopyable
 {
 public:
     /// `state` tells which cases ran earlier, and `cases` are those to run; `times` contains the expected time of each
-    /// case by case index, in nanoseconds, or is empty. The plan of the state outlives the object.
+    /// case by case index, in nanoseconds, or is empty. The plan of the state must outlive the object.
     CProgressLine(const CRunState& state, std::span<const std::uint32_t> cases, std::vector<std::uint64_t> times);
     ~CProgressLine() override;
 
@@ -70,7 +70,7 @@ private:
     std::set<std::uint32_t> m_failed; ///< the cases outside the quarantine that have failed so far
     double m_doneWeight = 0;
     double m_totalWeight = 0;
-    std::map<std::uint32_t, std::uint64_t> m_running; ///< start in nanoseconds of `m_timer`
+    std::map<std::uint32_t, std::uint64_t> m_running; ///< by case index: start time on `m_timer`, in nanoseconds
     std::thread m_thread;
 };
 

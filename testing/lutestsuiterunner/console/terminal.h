@@ -9,8 +9,9 @@
 namespace Runner
 {
 
-/// Standard output and standard error of the process. Control characters reach only files and pipes, except for colours
-/// (WriteColoured). Any thread; lines of different calls never interleave.
+/// Standard output and standard error of the process. Control characters are written only to files and pipes; a
+/// terminal shows visible symbols instead, except for colours (WriteColoured). Any thread; lines of different calls
+/// never interleave.
 class CTerminal : public INonCopyable
 {
 public:
@@ -19,14 +20,15 @@ public:
     /// True if standard error is a terminal that can rewrite a line.
     bool HasStatus() const { return m_hasStatus; }
 
-    /// Shows the text in place of the last one, cut to the terminal's width. An empty text removes the status line.
+    /// Replaces the status line by the text, cut to the terminal's width. An empty text removes the status line.
     void ShowStatus(const std::wstring& text);
 
-    /// Lines, each with its line feed; the status line moves below them.
+    /// Writes lines, each with its line feed, and shows the status line below them.
     void WriteOutput(const std::wstring& lines);
     void WriteError(const std::wstring& lines);
 
-    /// As WriteOutput, but control characters reach a terminal, too: the caller replaces those of names and contents.
+    /// As WriteOutput, but also writes control characters to a terminal, so the caller must replace those in names and
+    /// contents.
     void WriteColoured(const std::wstring& lines);
 
 private:
@@ -36,7 +38,7 @@ private:
 
     std::mutex m_mutex;
     bool m_hasStatus;
-    bool m_isTerminal; ///< standard output
+    bool m_isTerminal; ///< standard output is a terminal
     std::wstring m_status;
 };
 

@@ -1,4 +1,4 @@
-/// The names of values in journals and reports that programs read. They are fixed.
+/// The names of enumeration values in journals and in reports for programs. They must not change.
 #pragma once
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 namespace Runner
 {
 
-/// By value, from 0.
+/// Indexed by value.
 inline constexpr std::string_view c_ResultNames[] = {
     "ok", "error", "exception", "no-input", "different", "unknown", "no-matching-case", "canceled", "time-out"};
 inline constexpr std::string_view c_KindNames[] = {"first", "retry", "confirm"};
@@ -37,7 +37,7 @@ inline std::span<const std::string_view> GetNames(EVerdict)
     return c_VerdictNames;
 }
 
-/// Any other result, for example from a broken child process, is "unknown".
+/// Returns "unknown" for a value without a name, for example a result from a broken child process.
 template<typename E>
 std::string_view GetName(E value)
 {

@@ -20,8 +20,8 @@ struct SPlannedCase
     std::uint32_t testCase = 0;   ///< index into that unit test's cases
     std::uint32_t repetition = 0; ///< 0-based
     bool isInShard = true;        ///< this run executes it; the other case runs belong to other shards
-    bool isQuarantined = false;   ///< run and reported, but never red
-    std::uint64_t expected = 0;   ///< time by which shards were planned, in nanoseconds; 0: they were not
+    bool isQuarantined = false;   ///< the case is run and reported, but never makes the run red
+    std::uint64_t expected = 0;   ///< expected time that balances the shards, in nanoseconds; 0: unknown
 
     bool operator==(const SPlannedCase&) const = default;
 };
@@ -46,11 +46,11 @@ struct SShard
     bool operator==(const SShard&) const = default;
 };
 
-/// The place of a plan in that of a distributed run.
+/// Relates the plan of a shard to the plan of the whole distributed run.
 struct SShardPlace
 {
     std::string wholeDigest;            ///< digest of the whole run's plan
-    std::vector<std::uint32_t> indices; ///< by index into SPlan::cases: index into those of the whole run
+    std::vector<std::uint32_t> indices; ///< for each element of SPlan::cases, its index in the whole run
 
     bool operator==(const SShardPlace&) const = default;
 };
@@ -80,15 +80,15 @@ struct SReportRules
 struct SPlan
 {
     std::string digest;                  ///< digest of the plan's file, set by ReadPlan
-    std::string runId;                   ///< random, for this run alone: see MakeRunId
+    std::string runId;                   ///< random name of this run, see MakeRunId
     std::vector<std::wstring> arguments; ///< of the host, without the program's name; for resuming
     std::wstring workingDirectory;       ///< base of relative paths in `arguments`
     std::wstring dataDirectory;
     LuTestSuiteRun::SParams params;
     SReportRules rules;
     SShard shard;
-    std::uint32_t partCount = 0;     ///< shards that run this plan in their own folders; 0: the run is not distributed
-    std::optional<SShardPlace> part; ///< only in the plan of such a shard, which contains only the shard's cases
+    std::uint32_t partCount = 0; ///< number of shards of a distributed run, each in its own folder; 0: not distributed
+    std::optional<SShardPlace> part; ///< only in the plan of such a shard; the plan contains only the shard's cases
     SOrigin origin;
     std::vector<LuTestSuite::SUnitTest> unitTests; ///< the whole selection, of all shards, in listed order
     std::vector<SPlannedCase> cases;               ///< in listed order, see PlanCases
@@ -98,7 +98,7 @@ struct SPlan
 /// A random name for a run: 32 hexadecimal digits.
 std::string MakeRunId();
 
-/// The case runs of a selection, ordered by unit test, case, and repetition. All are in the shard.
+/// The case runs of a selection, ordered by unit test, case, and repetition. `isInShard` is true for all.
 std::vector<SPlannedCase> PlanCases(const std::vector<LuTestSuite::SUnitTest>& unitTests, std::uint32_t repetitions);
 
 /// Build and machine of this process.
@@ -107,17 +107,18 @@ SOrigin DescribeOrigin();
 /// The parameters of a case run: those of the run, overridden by those of the case's description.
 LuTestSuiteRun::SParams GetParams(const SPlan& plan, std::uint32_t caseIndex);
 
-/// The folder of a unit test below the data directory, with "/" between its parts and without one at its end; the full
-/// path if it is elsewhere.
+/// The folder of a unit test below the data directory, with "/" between its parts and none at its end; the full path if
+/// the folder is not below the data directory.
 std::wstring GetRelativeFolder(const SPlan& plan, std::wstring_view dataDirectory);
 
-/// "Folder/Class": the folder of a unit test, with its class at the end.
+/// "Folder/Class": the relative folder of a unit test and its class; only the folder if that already ends with the
+/// class.
 std::wstring GetUnitTestName(const SPlan& plan, std::wstring_view dataDirectory, const std::wstring& className);
 
-/// The name of a case run; from the second repetition on with its number: " (2)".
+/// The name of a case run: the name of the case, followed by the number of the run from the second one on: " (2)".
 std::wstring GetRunName(const std::wstring& caseName, std::uint32_t repetition);
 
-/// "Folder/Class:Case"; from the second repetition on with its number: " (2)".
+/// "Folder/Class:Case", followed by the number of the run from the second one on: " (2)".
 std::wstring GetCaseName(const SPlan& plan, std::uint32_t caseIndex);
 
 /// The indices of all cases, sorted by name, so that the order does not depend on the file system.

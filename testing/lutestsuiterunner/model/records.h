@@ -1,4 +1,5 @@
-/// The events of a run, as its journal records them. The same records fill the state of a run, live and from files.
+/// The events of a run, as its journal records them. The state of a run is made from these records, during the run and
+/// from journal files.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +20,7 @@ enum class EAttemptKind : std::uint32_t
     Confirm = 2 ///< runs a case that failed in a shared process again, in its own process
 };
 
-/// How an attempt ended. The first six are those of the library's run events.
+/// How an attempt ended. The first six values are those of the library's run events.
 enum class EAttemptEnd : std::uint32_t
 {
     Returned = 0,
@@ -28,7 +29,7 @@ enum class EAttemptEnd : std::uint32_t
     TimedOut = 3,
     Canceled = 4, ///< it has no verdict; a resumed run repeats it
     Refused = 5,
-    HostEnded = 6 ///< it ended the host that ran it in its own process
+    HostEnded = 6 ///< the case ran in the host's process and ended that process
 };
 
 /// The first record of each journal.
@@ -48,7 +49,7 @@ struct SJournalBegun
 struct SCaseStarted
 {
     std::uint32_t caseIndex = 0; ///< into SPlan::cases
-    std::uint32_t attempt = 1;   ///< 1, 2, ...; an interrupted attempt is repeated under its number
+    std::uint32_t attempt = 1;   ///< 1, 2, ...; an interrupted attempt is repeated with the same number
     EAttemptKind kind = EAttemptKind::First;
     std::int32_t worker = -1;    ///< -1 for none
     std::uint64_t processId = 0; ///< process that runs it; 0 if unknown
@@ -61,7 +62,7 @@ struct SCaseEnded
     std::uint32_t caseIndex = 0;
     std::uint32_t attempt = 1;
     EAttemptEnd end = EAttemptEnd::Returned;
-    LuTestSuiteRun::SCaseInfo info; ///< unitTest, testCase and repetition are the plan's and not recorded
+    LuTestSuiteRun::SCaseInfo info; ///< unitTest, testCase and repetition come from the plan and are not recorded
     std::uint64_t processId = 0;    ///< of the process that ran it last
     std::optional<std::int64_t> exitStatus;
     std::wstring reason; ///< German, one line: why the child process or the host ended

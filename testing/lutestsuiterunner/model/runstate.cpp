@@ -78,7 +78,8 @@ void CRunState::apply(const SRecordPlace& /*place*/, const SJournalBegun& record
     m_cancelReason.clear();
     m_problems.clear();
     m_host = record.processId;
-    // In a distributed run the journals of one shard follow those of another, so a later one may have started earlier.
+    // In a distributed run the journals of one shard follow those of another, so a later journal may have started
+    // earlier.
     const bool isEarliest = !record.time.empty() && record.time < m_startTime;
     m_startTime = m_startTime.empty() || isEarliest ? record.time : m_startTime;
     m_endTime = record.time;
@@ -134,7 +135,7 @@ void CRunState::apply(const SRecordPlace& place, const SCaseEnded& record)
         m_elapsed = std::max(m_elapsed, record.elapsed);
         return;
     }
-    // A host that was wrongly taken for lost may cancel an attempt that a later host completes.
+    // A host that was wrongly considered lost may cancel an attempt that a later host completes.
     const bool isOver = !attempts.empty() && attempts.back().IsEnded() &&
                         (attempts.back().IsFinished() || attempts.back().ended.journal == place.journal);
     if (attempts.empty() || isOver || record.attempt != attempts.size())
@@ -174,16 +175,17 @@ bool CRunState::hasOwnProcess(const SAttempt& attempt) const
     return params.external ? params.isolated : m_host != 0;
 }
 
-/// The number of the process that the attempt has shared with earlier cases, or may share with later ones.
+/// The number of the process that the attempt has shared with earlier cases, or may share with later ones; 0 if it had
+/// its own process.
 std::uint32_t CRunState::findProcess(const SAttempt& attempt)
 {
     if (hasOwnProcess(attempt))
     {
         return 0;
     }
-    // The end of an attempt that ended its host is in a later journal.
+    // Uses the journal of the start, because the end of an attempt that ended its host is in a later journal.
     SLatestProcess& latest = m_latestProcesses[{attempt.started.journal, attempt.result.processId}];
-    // Child processes end with the cases of their stage.
+    // A child process ends after the cases of its stage, so attempts of different stages never share one.
     const bool isChild = attempt.result.end != EAttemptEnd::HostEnded && attempt.result.processId != m_host;
     const bool isOfLaterStage = isChild && attempt.result.attempt != latest.attempt;
     if (latest.number == 0 || latest.isOver || isOfLaterStage)

@@ -19,7 +19,7 @@ namespace Runner
 /// The place of a record. Records are ordered by journal and sequence, never by time.
 struct SRecordPlace
 {
-    std::uint32_t journal = 0;  ///< number of the journal, from 1; 0 for nowhere
+    std::uint32_t journal = 0;  ///< number of the journal, from 1; 0: no place
     std::uint64_t sequence = 0; ///< number of the record in it, from 1
 
     auto operator<=>(const SRecordPlace&) const = default;
@@ -34,7 +34,7 @@ struct SAttempt
     std::uint32_t lostHosts = 0;  ///< number of earlier hosts that died while they ran it
     std::uint32_t duplicates = 0; ///< results of other hosts for this attempt, which do not count
     std::uint32_t process = 0;    ///< number of the process that it has shared with other cases; 0 for none
-    SCaseEnded result;            ///< caseIndex and attempt are set from the start on, the rest when it has ended
+    SCaseEnded result;            ///< until the attempt has ended, only what its start record contains is set
 
     bool IsEnded() const { return ended.journal != 0; }
     /// True if the attempt has a verdict. It then never runs again.
@@ -46,9 +46,9 @@ struct SAttempt
 enum class EVerdict : std::uint32_t
 {
     Missing = 0,     ///< not run, or not finished
-    Passed = 1,      ///< at the first attempt
-    Flaky = 2,       ///< at a later one
-    Failed = 3,      ///< at all attempts
+    Passed = 1,      ///< passed at the first attempt
+    Flaky = 2,       ///< passed at a later attempt
+    Failed = 3,      ///< failed at all attempts
     FailedShared = 4 ///< it failed, but passed in a process of its own ("nur im gemeinsamen Prozess")
 };
 
@@ -61,8 +61,7 @@ struct SVerdictCounts
     std::uint32_t flaky = 0;
     std::uint32_t failed = 0; ///< EVerdict::Failed and FailedShared, without those in quarantine
     std::uint32_t failedShared = 0;
-    std::uint32_t quarantined = 0; ///< in quarantine, whatever their verdict; of the counts above, only `planned` and
-                                   ///< `missing` include them
+    std::uint32_t quarantined = 0; ///< in quarantine and not missing; of the counts above, only `planned` includes them
     std::uint32_t quarantinedFailed = 0;
 };
 
@@ -72,11 +71,11 @@ class CRunState
 public:
     explicit CRunState(SPlan plan);
 
-    /// Throws LbException with a German message, and changes nothing, if the record contradicts the earlier ones: a
-    /// case that is not in the plan or in the shard, an end without a start, a second start of a finished attempt. An
-    /// attempt that another journal has finished may start again and then ends as a duplicate, and an attempt that
-    /// another journal has canceled may end: while a scheduler wrongly takes a host for lost, two hosts may run the
-    /// same shard.
+    /// Applies a record. Throws LbException with a German message, and changes nothing, if the record contradicts the
+    /// earlier ones: a case that is not in the plan or in the shard, an end without a start, a second start of a
+    /// finished attempt. If a scheduler wrongly considers a host lost, two hosts may run the same shard. Therefore an
+    /// attempt that another journal has finished may start again, and its second result is a duplicate; an attempt that
+    /// another journal has canceled may end.
     void Apply(const SRecordPlace& place, const Record& record);
 
     const SPlan& GetPlan() const { return m_plan; }
@@ -109,7 +108,8 @@ public:
 
     SVerdictCounts CountVerdicts() const;
 
-    /// Whether the last journal records that the run was canceled, or ended. A resumed run starts without both.
+    /// True if the last journal records that the run was canceled, or that it ended. Both are false again when a run is
+    /// resumed.
     bool IsCanceled() const { return m_isCanceled; }
     bool IsEnded() const { return m_isEnded; }
     const std::wstring& GetCancelReason() const { return m_cancelReason; }
@@ -149,7 +149,7 @@ private:
         std::vector<std::uint32_t> cases;
     };
 
-    /// The latest process with an id. Systems give the id of an ended process to a new one.
+    /// The latest process with a given id. The system may reuse the id of an ended process.
     struct SLatestProcess
     {
         std::uint32_t number = 0;

@@ -11,7 +11,7 @@ namespace
 
 constexpr std::wstring_view c_Skipped = L"INFO:  Übersprungen:";
 
-/// The messages of a case are indented.
+/// Ignores the tabs by which the messages of a case are indented.
 bool isAtBeginOfLine(std::wstring_view text, std::size_t position)
 {
     while (position > 0 && text[position - 1] == L'\t')

@@ -10,8 +10,8 @@
 namespace Runner
 {
 
-/// The reason, which may be empty, if the attempt has passed with an information line that begins with "Übersprungen:".
-/// The adapters for tests of other frameworks write such a line, and any test may.
+/// Returns the reason, which may be empty, if the attempt has passed with an information line that begins with
+/// "Übersprungen:". The adapters for other test frameworks write such a line; any other test may write one, too.
 std::optional<std::wstring> FindSkipReason(const SAttempt& attempt);
 
 /// The same for a case that has passed at its first attempt.

@@ -15,7 +15,7 @@ namespace
 constexpr wchar_t c_Mark = L'\u241B';
 constexpr std::string_view c_MarkBytes = "\u241B{";
 constexpr int c_Hexadecimal = 16;
-/// Wide text is UTF-16 on one platform, where two surrogates in their order are one character.
+/// Where wide text is UTF-16, a high surrogate and a low one after it are one character.
 constexpr bool c_IsUtf16 = sizeof(wchar_t) == 2;
 
 std::uint32_t getUnit(wchar_t character)
@@ -33,7 +33,7 @@ bool isLowSurrogate(std::uint32_t unit)
     return unit >= 0xDC00U && unit <= 0xDFFFU;
 }
 
-/// Accepts surrogates; the caller checks them.
+/// False for all surrogates; the caller checks for pairs.
 bool isPlain(std::uint32_t unit)
 {
     if (unit < 0x20U)
@@ -76,7 +76,7 @@ void appendEscape(std::uint32_t unit, std::string& result)
     result += '}';
 }
 
-/// The code unit of the escape at the beginning of `bytes`, and the escape's length.
+/// Reads the escape at the beginning of `bytes`: returns its code unit and sets `length`. Empty if there is no escape.
 std::optional<std::uint32_t> readEscape(std::string_view bytes, std::size_t& length)
 {
     if (!bytes.starts_with(c_MarkBytes))

@@ -1,4 +1,5 @@
-/// The escape for characters that JSON or XML cannot represent as UTF-8; both use it. Pure functions, any thread.
+/// The escape for characters that UTF-8 in JSON or XML cannot represent. Both formats use it. Pure functions, any
+/// thread.
 ///
 /// Names of files and tests may contain any code units: control characters, lone surrogates, bytes that are not UTF-8
 /// (in wide text they are lone surrogates). Each of these becomes "␛{XXXX}": U+241B, and the code unit in hexadecimal

@@ -8,7 +8,7 @@
 namespace Runner
 {
 
-/// Without their line feeds.
+/// The lines of the text without their line feeds.
 inline std::vector<std::wstring> SplitLines(const std::wstring& text)
 {
     std::vector<std::wstring> lines;

@@ -24,7 +24,7 @@ struct SArguments
     Arguments all; ///< with the command
 };
 
-/// The command comes first.
+/// The first element of `arguments` is the command.
 SArguments split(std::span<const std::wstring> arguments)
 {
     const auto mark = std::ranges::find(arguments, L"--");
@@ -107,7 +107,7 @@ void addOptions(COptionReader& reader, SRunOptions& options)
     reader.AddSwitchOrNumber(
         {"--fail-fast", L"[=N]", L"Bricht nach N fehlgeschlagenen Testfällen ab, sonst nach einem"}, 1,
         options.failFast);
-    // Only 'submit' calls it: runs the shard that is planned in --out, or its rest.
+    // Only the tasks of 'submit' use this option: it runs the shard whose plan is in --out, or the rest of that shard.
     reader.AddHiddenSwitch("--planned", options.planned);
 }
 

@@ -10,7 +10,8 @@ namespace Runner
 namespace
 {
 
-/// Local to a function, because the engines register themselves while static objects are constructed.
+/// A function-local static, because engines register themselves from constructors of static objects, whose order is not
+/// defined.
 std::vector<SEngineText>& getTexts()
 {
     static std::vector<SEngineText> s_texts;

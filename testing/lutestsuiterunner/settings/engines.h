@@ -16,10 +16,10 @@ struct SEngineText
     const wchar_t* help; ///< German, a few words
 };
 
-/// The engine that runs the shards without --engine.
+/// The engine that is used without --engine.
 inline constexpr const wchar_t* c_DefaultEngine = L"local";
 
-/// Call it only while static objects are constructed.
+/// Registers an engine. Call this only while static objects are constructed.
 void AddEngineText(const SEngineText& text);
 
 /// Sorted by name.

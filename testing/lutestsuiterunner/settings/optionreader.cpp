@@ -45,7 +45,7 @@ private:
     bool m_takesLibraryOptions;
 };
 
-/// Throws the message as text: CLI11, which catches its own exceptions, lets it pass.
+/// Throws the message as std::wstring, which passes through CLI11: it catches only its own exceptions.
 [[noreturn]] void refuse(const char* name, const std::string& value, const std::wstring& expected)
 {
     throw LbFormat(L"Der Wert '%s' der Option '%s' ist falsch: erwartet wird %s", FromUtf8(value), FromUtf8(name),
@@ -100,7 +100,7 @@ COptionReader::COptionReader(const std::wstring& command, const std::wstring& pu
     m_app->formatter(formatter);
     m_app->option_defaults()->group("Optionen");
     m_app->set_help_flag("-h,--help", "Diese Hilfe");
-    // Remaining arguments are reported in German.
+    // Leaves unknown arguments to refuseExtras, which reports them in German.
     m_app->allow_extras();
     m_app->allow_windows_style_options(false);
 }
@@ -158,7 +158,7 @@ void COptionReader::AddValue(const SOptionText& text, const std::wstring& expect
 
 void COptionReader::AddSwitchOrNumber(const SOptionText& text, std::uint32_t plain, std::uint32_t& target)
 {
-    // A flag, so that the next argument is not taken for the number.
+    // Defined as a flag, so that CLI11 does not read the next argument as the number.
     const auto read = [name = text.name, plain, &target](const CLI::results_t& values) {
         target = values.back() == "true" ? plain : readNumber(name, values.back(), 1);
         return true;

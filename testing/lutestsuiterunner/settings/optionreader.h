@@ -25,8 +25,8 @@ struct SOptionText
     const wchar_t* help;
 };
 
-/// Add options first; then the arguments are read into the targets, which outlive the object. Of an option that is
-/// given several times, the last value counts.
+/// Add the options first, then call Read, which stores the values in the targets. The targets must outlive the object.
+/// If an option is given several times, its last value counts.
 class COptionReader : public INonCopyable
 {
 public:
@@ -47,13 +47,13 @@ public:
     using ReadValue = std::function<bool(const std::wstring& value)>;
     void AddValue(const SOptionText& text, const std::wstring& expected, const ReadValue& read);
 
-    /// A switch that may have a number ("--name" or "--name=N"); `plain` is the number without one.
+    /// A switch that may have a number ("--name" or "--name=N"); `plain` is stored if the number is missing.
     void AddSwitchOrNumber(const SOptionText& text, std::uint32_t plain, std::uint32_t& target);
 
     /// A switch that may have a text ("--name" or "--name=text").
     void AddSwitchOrText(const SOptionText& text, bool& target, std::wstring& value);
 
-    /// The arguments that are no options.
+    /// Arguments that are not options.
     void AddArgument(const SOptionText& text, std::wstring& target);
     void AddArguments(const SOptionText& text, std::vector<std::wstring>& target);
 

@@ -56,15 +56,15 @@ struct SRunOptions
     std::uint32_t shardCount = 1;
     bool confirm = false;
     std::wstring core;    ///< folder for memory dumps of child processes; empty: no dumps
-    bool planned = false; ///< runs the shard whose plan is in `out`; of the other options only `shard` counts
+    bool planned = false; ///< runs the shard whose plan is in `out`; besides, only `shard` and `shardCount` count
     LibraryOptions library;
     std::vector<std::wstring> arguments; ///< of the call, without the program's name
 };
 
 struct SSubmitOptions
 {
-    SRunOptions run;                       ///< what the shards have in common
-    std::wstring engine = c_DefaultEngine; ///< the name of one that the command line knows
+    SRunOptions run;                       ///< options that all shards share
+    std::wstring engine = c_DefaultEngine; ///< name of a registered engine
     std::uint32_t shards = 0;              ///< 0: as many as this machine has processors
     std::vector<std::wstring> sbatch;
     bool detach = false; ///< does not wait for the end
@@ -118,12 +118,12 @@ struct SHistoryOptions
     std::vector<std::wstring> gates;
     std::vector<std::wstring> cases;          ///< "class:case"; each is shown in all its runs
     std::vector<std::wstring> configurations; ///< the others are ignored; empty for all
-    std::uint32_t runs = 100;                 ///< the newest ones of a configuration
-    std::uint32_t since = 0;                  ///< findings of the newest runs only; 0 for all
+    std::uint32_t runs = 100;                 ///< number of newest runs of each configuration that are analysed
+    std::uint32_t since = 0;                  ///< only findings that began in this number of newest runs; 0: all
     std::wstring alarmRate = L"0.05";         ///< probability of a false alarm in an archive
     std::wstring smallestChange = L"3";       ///< percent
     std::uint32_t reshuffles = 20;
-    std::uint32_t seed = 1; ///< of the random orders
+    std::uint32_t seed = 1; ///< for the reshuffled archives
 };
 
 struct SFoldersOptions
@@ -131,16 +131,17 @@ struct SFoldersOptions
     LibraryOptions library;
 };
 
-/// Without a switch that decides, the command asks on a terminal, and otherwise lists the changes.
+/// If no option decides or lists, the command asks about each change, provided that it runs on a terminal. If it
+/// neither decides nor asks, it lists the changes.
 struct SReviewOptions
 {
     std::wstring directory;
     bool diff = false;                ///< shows a difference of each change
-    std::wstring diffFile;            ///< of the changes of this reference; empty: of each change's first file
-    bool sideBySide = false;          ///< the same, references on the left
+    std::wstring diffFile;            ///< only this reference; empty: the first file of each change
+    bool sideBySide = false;          ///< as `diff`, with references on the left
     std::wstring sideBySideFile;      ///< as diffFile
     bool files = false;               ///< lists the names of the references
-    std::wstring filesOf;             ///< of this change only; empty: of all changes
+    std::wstring filesOf;             ///< only of this change; empty: of all changes
     std::vector<std::wstring> accept; ///< names of changes, paths of references, or "all"
     std::vector<std::wstring> reject;
     bool acceptEmpty = false; ///< references may become empty
