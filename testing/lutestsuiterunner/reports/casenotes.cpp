@@ -42,7 +42,7 @@ void addDuplicates(const CRunState& state, std::uint32_t caseIndex, std::vector<
     }
 }
 
-/// Names the latest one first, because it is the most likely cause.
+/// Names the latest predecessor first, because it is the most likely cause.
 void addPredecessors(const CRunState& state, const SAttempt& attempt, std::vector<std::wstring>& notes)
 {
     constexpr std::size_t c_Shown = 10;
@@ -101,7 +101,7 @@ std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t cas
         addAttempts(state, caseIndex, notes);
     }
     addDuplicates(state, caseIndex, notes);
-    // The messages of a case that ended the host are lost.
+    // A case that ended the host has lost its messages, so a note gives the reason.
     if (reported != nullptr && reported->result.info.messages.find(reported->result.reason) == std::wstring::npos)
     {
         notes.push_back(L"Der Prozess endete: " + reported->result.reason);

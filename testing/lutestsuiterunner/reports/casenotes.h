@@ -10,7 +10,8 @@
 namespace Runner
 {
 
-/// German lines without line feeds: attempts, quarantine, and why a process ended.
+/// German lines without line feeds: quarantine, unreliable results, failures only in a shared process, attempts,
+/// duplicate results, why a process ended, and its memory dump.
 std::vector<std::wstring> GetCaseNotes(const CRunState& state, std::uint32_t caseIndex);
 
 /// The line that best explains why a case failed: its first error message, else why its process ended, else its result.

@@ -1,4 +1,4 @@
-/// Texts in a limited space.
+/// Divides limited space among texts.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,8 @@
 namespace Runner
 {
 
-/// The largest size that longer texts may keep so that all fit into the space together.
+/// Returns the size to which longer texts must be cut so that all texts together fit into `room`; the largest possible
+/// size if they fit uncut.
 std::size_t GetFairShare(std::vector<std::size_t> sizes, std::size_t room);
 
 } // namespace Runner

@@ -217,10 +217,10 @@ private:
     const SOpenCases& m_open;
     const CJunitSuites m_suites;
     const SJunitSuite m_runSuite = {std::wstring(c_RunSuite), {}, {}};
-    std::vector<SJunitCounts> m_counts; ///< of the suites, and at the end of the run itself
+    std::vector<SJunitCounts> m_counts; ///< one element per suite, then one for the run itself
     SJunitCounts m_total;
     CJunitBudget m_budget;
-    /// Both make the same lists: for the sizes, and then for the file.
+    /// Both make the same lists: m_learned to learn their sizes, m_written for the file.
     CJunitProperties m_learned;
     CJunitProperties m_written;
 };

@@ -9,8 +9,8 @@
 namespace Runner
 {
 
-/// Decides what fits into a file of limited size. Learns of all elements first; then decides for each, in the same
-/// order, how much of it is written.
+/// Decides what fits into a file of limited size. Call Learn for all elements and LearnFrame for all other text, then
+/// Decide, then Take for each element in the same order.
 class CJunitBudget
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     void Decide();
 
-    /// False if the element is to be omitted; cuts its text otherwise.
+    /// Returns false if the element must be omitted. Otherwise cuts its text if it is too long.
     bool Take(SJunitCase& element);
 
 private:

@@ -24,8 +24,8 @@ std::string makeAttribute(std::string_view name, std::wstring_view value)
     return std::string(" ").append(name) + "=\"" + ToXmlAttribute(value) + "\"";
 }
 
-/// Paths in the run's checkout become relative to the folder where the run was started, with "/", because build servers
-/// link such paths.
+/// Makes paths below the folder where the run was started relative to it, with "/", because build servers turn such
+/// paths into links.
 std::wstring getShownPath(const SPlan& plan, std::wstring path)
 {
     const std::wstring root = LbPath::WithSeparator(plan.workingDirectory);
@@ -44,7 +44,7 @@ std::string makeStart(std::wstring_view name, std::wstring_view suiteName, const
     return start + " time=\"" + ToXmlSeconds(time) + "\"";
 }
 
-/// The lines about an attempt during which its host ended; empty without one.
+/// The lines about an attempt that was running when its host ended; empty if there is none.
 std::wstring describeInterruption(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex)
 {
     const auto found = open.interrupted.find(caseIndex);

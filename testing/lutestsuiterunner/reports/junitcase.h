@@ -30,14 +30,14 @@ struct SJunitCase
     bool IsRed() const { return status == EJunitStatus::Failure || status == EJunitStatus::Error; }
 };
 
-/// `suiteName` is the class of the case in the report.
+/// `suiteName` becomes the attribute "classname" of the case.
 SJunitCase MakeJunitCase(const CRunState& state, const SOpenCases& open, std::uint32_t caseIndex,
                          std::wstring_view suiteName);
 
 /// A case that its description disables.
 SJunitCase MakeJunitCase(const SPlan& plan, const SDisabledCase& disabled, std::wstring_view suiteName);
 
-/// A problem of the run, not of a case. The text is `details`, or the problem itself if there are none.
+/// A problem of the run, not of a case. The text is `details`, or the problem itself if `details` is empty.
 SJunitCase MakeJunitProblem(std::wstring_view name, std::wstring_view problem, std::wstring_view suiteName,
                             std::wstring_view details = {});
 

@@ -8,7 +8,7 @@
 namespace Runner
 {
 
-/// The elements that list cases of special kinds. Their lists are cut at a part of the file's size.
+/// Makes the elements that list cases of special kinds, such as quarantined ones. Omits all names beyond `room` bytes.
 class CJunitProperties
 {
 public:
@@ -16,7 +16,7 @@ public:
 
     void Add(const char* property, const std::wstring& name);
 
-    /// The lines since the last call, and how many names are left out.
+    /// Returns the lines added since the last call, and an element with the number of omitted names.
     std::string Take();
 
 private:

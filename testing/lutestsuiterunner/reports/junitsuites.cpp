@@ -13,7 +13,7 @@ CJunitSuites::CJunitSuites(const SPlan& plan) : m_names(plan)
             get(unitTest.className, unitTest.dataDirectory).cases.push_back(index);
         }
     }
-    // The reports of all shards together contain each disabled case once.
+    // Only shard 1 lists disabled cases, so that the reports of all shards together contain each of them once.
     for (const SDisabledCase& disabled : plan.disabled)
     {
         if (plan.shard.number == 1)

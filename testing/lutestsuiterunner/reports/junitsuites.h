@@ -21,7 +21,7 @@ struct SJunitSuite
     std::vector<const SDisabledCase*> disabled;
 };
 
-/// A suite for each class and folder that have cases in the run or disabled cases.
+/// Makes a suite for each class in each folder that has cases in the run or disabled cases.
 class CJunitSuites
 {
 public:

@@ -22,8 +22,8 @@ struct SOpenCases
     bool Contains(std::uint32_t caseIndex) const;
 };
 
-/// `folder` is that of the run, with separator at its end. `isInProgress`: another process executes the run. The hosts
-/// of a distributed run may be alive on other machines until that run ends.
+/// `folder` is that of the run, with separator at its end. `isInProgress`: another process executes the run. Open cases
+/// of a distributed run count as running until the run ends, because its hosts may be alive on other machines.
 SOpenCases FindOpenCases(const CRunState& state, const std::wstring& folder, bool isInProgress);
 
 } // namespace Runner

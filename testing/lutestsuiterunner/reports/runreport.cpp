@@ -82,7 +82,7 @@ std::unique_ptr<T> toPointer(const std::optional<T>& value)
     return value ? std::make_unique<T>(*value) : nullptr;
 }
 
-/// Describes the machine and the build of the run; the report may be made elsewhere.
+/// Takes the machine and the build from the plan, because the report may be made on another machine.
 void describeOrigin(const SOrigin& origin, LuTestSuiteReport::SReportData& data)
 {
     data.BuildConfiguration = origin.buildConfiguration;

@@ -1,4 +1,4 @@
-/// The run in short, for programs: summary.json.
+/// The summary of a run for programs: summary.json.
 #pragma once
 
 #include <string>
@@ -10,7 +10,8 @@
 namespace Runner
 {
 
-/// The file in the folder of a distributed run with a line for each loss of shards that were submitted again: UTF-8.
+/// The path of the UTF-8 file in the folder of a distributed run that has a line for each loss of shards that were
+/// submitted again.
 std::wstring GetLossesPath(const std::wstring& folder);
 
 /// The text of the summary, JSON in UTF-8. `losses` are German lines.

@@ -1,4 +1,4 @@
-/// Report files of bytes.
+/// Writes whole files of bytes.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@
 namespace Runner
 {
 
-/// Gives `write` a stream into a new file, which then replaces the file at `path`. Throws LbException with a German
-/// message that names the file.
+/// Calls `write` with a stream into a new file, which then replaces the file at `path`. Throws LbException with a
+/// German message that names the file.
 template<typename F>
 void WriteWholeFile(const std::wstring& path, const F& write)
 {

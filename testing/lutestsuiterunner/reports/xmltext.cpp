@@ -14,8 +14,8 @@ struct SEntity
     std::string_view entity;
 };
 
-/// Readers of XML turn unescaped line ends and tabs of attributes into blanks, and an unescaped carriage return of a
-/// text into a line feed.
+/// Readers of XML turn unescaped line ends and tabs in attributes into blanks, and unescaped carriage returns in text
+/// into line feeds.
 constexpr SEntity c_AttributeEntities[] = {{'&', "&amp;"},  {'<', "&lt;"},   {'>', "&gt;"}, {'"', "&quot;"},
                                            {'\r', "&#13;"}, {'\n', "&#10;"}, {'\t', "&#9;"}};
 constexpr SEntity c_TextEntities[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\r', "&#13;"}};

@@ -33,13 +33,13 @@ std::wstring getChecksumOfFiles(const std::vector<SReceivedFile>& files)
     std::wstring text;
     for (const SReceivedFile& file : files)
     {
-        // Checksums have one length, so the texts of different files differ.
+        // All checksums have the same length, so different files always give different texts.
         text += file.checksum + (file.expected.empty() ? L"" : L"=" + file.expected) + L" " + file.reference + L"\n";
     }
     return getChecksumOfText(text);
 }
 
-/// Collects changes by their names: checksums of changed parts, or the places of files that are decided as a whole.
+/// Collects changes by name: the checksum of changed parts; for whole files "new" with their folder, or "blank".
 class CChanges
 {
 public:

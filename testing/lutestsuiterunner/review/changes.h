@@ -18,13 +18,13 @@ enum class EChange
 {
     Changed,
     New,  ///< there is no reference yet
-    Blank ///< the reference would have nothing but white space and a byte-order mark; perhaps there is none yet
+    Blank ///< the reference would have only white space and a byte-order mark; it may not exist yet
 };
 
 /// The parts of a file that earlier decisions of the same call have accepted.
 struct SAccepted
 {
-    std::string reference; ///< bytes before the first of these decisions; the names of parts refer to them
+    std::string reference; ///< its bytes before the first of these decisions; names of parts refer to these bytes
     PartNames parts;
 };
 
@@ -35,18 +35,18 @@ struct SReceivedFile
     std::wstring checksum;                              ///< of the received file
     std::wstring expected;                              ///< checksum of the reference; empty if there is none
     bool isRepeated;                                    ///< enough runs have made the same output
-    std::shared_ptr<const SAccepted> earlier = nullptr; ///< null: nothing
+    std::shared_ptr<const SAccepted> earlier = nullptr; ///< null: no part
 };
 
-/// One decision.
+/// Differences that are decided on together.
 struct SChange
 {
     EChange kind;
     std::wstring checksum; ///< of the changed parts; of new and blank references: of all files with their contents
-    std::wstring id;       ///< the first digits of `checksum`: at least six, more if those of others are equal
+    std::wstring id;       ///< the first digits of `checksum`: at least six, and as many as make it unique
     PartNames parts;       ///< the parts, or kinds of parts, to be decided on; empty for whole files
     std::vector<SReceivedFile> files;
-    bool areLinesEqual = true; ///< false if the changed lines differ in unchanged text, such as values of each file
+    bool areLinesEqual = true; ///< false if the changed lines are only similar, because they contain different values
 
     std::size_t CountUnrepeated() const;
 };
@@ -64,25 +64,28 @@ struct SFound
 {
     std::vector<std::wstring> references; ///< paths, ordered
     std::vector<std::wstring> unfinished; ///< folders with a decision that was interrupted, with final separator
-    std::vector<std::wstring> remains;    ///< folders with c_DecisionDraft or c_ClaimsFolder, perhaps twice
+    std::vector<std::wstring> remains; ///< folders with c_DecisionDraft or c_ClaimsFolder; twice if a folder has both
 };
 
 /// Looks for "*.received" and for interrupted decisions in a folder, its subfolders, and the folders that links in them
 /// lead to. Each folder is searched once.
 SFound FindReceived(const std::wstring& directory);
 
-/// The folders above with an interrupted decision, with final separator. `directory` is a full path.
+/// The folders above `directory` that contain an interrupted decision, with final separator. `directory` is a full
+/// path.
 std::vector<std::wstring> FindUnfinishedAbove(const std::wstring& directory);
 
-/// Reads the files and groups them, most files first. New references are one change for each folder; those that would
-/// be blank are one. The others are grouped by GroupByParts; parts of one kind count as one part if most of them
-/// are in a single file, or if there are very many of them. Throws LbException.
+/// Reads the files and groups them into changes; changes with the most files come first. The new references of a folder
+/// are one change, and all references that would be blank are one. The others are grouped by GroupByParts; parts of one
+/// kind count as one part if most of them occur in only one file, or if there are very many of them. Throws
+/// LbException.
 std::vector<SChange> GroupChanges(const std::vector<std::wstring>& references);
 
-/// Sets the names of changes with different checksums.
+/// Sets `id` of each change. The checksums must differ.
 void NameChanges(std::vector<SChange>& changes);
 
-/// The changes whose checksums begin with these digits, at least six; "a" to "f" in any case.
+/// Returns the changes whose checksums begin with `digits`, in upper or lower case; none if there are fewer than six
+/// digits.
 std::vector<const SChange*> FindNamed(const std::vector<SChange>& changes, std::wstring digits);
 
 /// The bytes of a reference or of what was received. Empty if there is no such file; throws LbException if it cannot be

@@ -14,12 +14,12 @@ namespace Runner
 /// `received` is the present path of the received file. Throws LbException if a file cannot be read.
 std::wstring FindChanged(const SReceivedFile& file, const std::wstring& received);
 
-/// Removes the folder of a decision that has used all files in it.
+/// Removes c_ClaimsFolder from `directory` if its decision has used all files in it.
 void RemoveUsedClaims(const std::wstring& directory);
 
 /// Moves "<reference>.received" of all files to a folder of the decision before the first reference changes. A run that
 /// starts after an interruption then neither replaces nor removes them, and the decision can still be finished. The
-/// caller has the lock of the folder.
+/// caller must hold the lock of the folder.
 class CClaims
 {
 public:
@@ -30,10 +30,10 @@ public:
     /// caller then releases all files. Throws LbException or a German message as std::wstring.
     std::wstring Claim() const;
 
-    /// True if all files have been moved, also by an earlier process.
+    /// True if all files have been moved, by this process or an earlier one.
     bool AreComplete() const;
 
-    /// The place of one of the files; without a file if it has been released or used.
+    /// The path of a moved file. There is no file at this path after Release, or after the decision has used it.
     std::wstring GetPath(std::size_t index) const;
 
     /// Moves a file back, unless a run has written a newer one.

@@ -70,7 +70,8 @@ public:
         m_steps.reserve(planned.files.size());
     }
 
-    /// Empty if the file stays as it is, because its reference has changed since the interruption.
+    /// Carries out the decision for one file. Empty if the file stays as it is, because its reference has changed since
+    /// the interruption.
     std::optional<SDecidedFile> Do(std::size_t index)
     {
         const SReceivedFile& file = m_planned.files[index];
@@ -120,7 +121,7 @@ private:
         std::string received;
     };
 
-    /// The parts of a file that this decision accepts.
+    /// The parts of a file that this decision and earlier ones accept.
     SAccepted getAccepted(const SStep& step, const std::string& expected) const
     {
         const SReceivedFile& file = m_planned.files[step.index];
@@ -151,7 +152,8 @@ private:
                                     [this](const SPart& part) { return IsNamed(part, m_planned.parts); });
     }
 
-    /// Keeps a reference that has changed since the decision began. Throws unless it continues an interrupted decision.
+    /// Keeps a reference that has changed since the decision began. Throws unless an interrupted decision is being
+    /// continued.
     std::optional<SDecidedFile> skip(const SStep& step, const std::wstring& checksum) const
     {
         const SReceivedFile& file = m_planned.files[step.index];
@@ -278,7 +280,7 @@ SOutcome carryOut(const SPlanned& planned, CSteps& steps)
     return outcome;
 }
 
-/// Writes the plan as a whole: if the process is killed meanwhile, there is no plan.
+/// Writes a draft and renames it: if the process is killed meanwhile, there is no incomplete plan.
 void writePlan(const std::wstring& directory, const std::string& plan)
 {
     const std::wstring path = directory + c_DecisionFile;
@@ -305,7 +307,7 @@ std::unique_ptr<LbOs::CFolderLock> lock(const std::wstring& directory)
     return folderLock;
 }
 
-/// Throws if an earlier decision is to be finished, or a file has changed since it was read.
+/// Throws if an earlier decision is unfinished, or a file has changed since it was read.
 void requireReady(const std::wstring& plan, const Files& files)
 {
     if (!LbOs::IsMissing(plan))
@@ -322,7 +324,8 @@ void requireReady(const std::wstring& plan, const Files& files)
     }
 }
 
-/// While some files are not claimed yet, no reference has changed.
+/// Finishes an interrupted decision. As long as not all files are claimed, no reference has changed, so the decision
+/// can be undone if a file has changed.
 SOutcome finish(const std::wstring& folder, const std::wstring& plan)
 {
     const SPlanned planned = ReadDecisionPlan(folder);

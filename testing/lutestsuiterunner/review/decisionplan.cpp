@@ -40,7 +40,7 @@ PartNames readParts(const nlohmann::json& names)
 
 nlohmann::json toJson(const SAccepted& accepted)
 {
-    // Keeps bytes that are not UTF-8.
+    // FromNative and the escape keep bytes that are not UTF-8.
     return {{"reference", ToEscapedUtf8(LbEncoding::FromNative(accepted.reference))},
             {"parts", toJson(accepted.parts)}};
 }
@@ -82,7 +82,7 @@ try
                         readParts(plan.at("parts")),
                         {},
                         getText(plan.at("temporary"))};
-    // The file with this name is removed.
+    // RemoveTemporaries deletes files of this name, so a damaged plan must not name any other file.
     if (!LbTemporaryName::IsTemporary(planned.temporary) ||
         LbPath::GetLastComponent(planned.temporary) != planned.temporary)
     {

@@ -1,4 +1,4 @@
-/// The file that says what a decision does, for a process that finishes it.
+/// The file that describes a decision, for a process that finishes it later.
 #pragma once
 
 #include <string>
@@ -9,13 +9,13 @@
 namespace Runner
 {
 
-/// A decision as in its file.
+/// A decision as its file describes it.
 struct SPlanned
 {
     EDecision decision;
     PartNames parts; ///< empty: the files as a whole
     std::vector<SReceivedFile> files;
-    std::wstring temporary; ///< name of the files in the references' folders that replace them
+    std::wstring temporary; ///< name of the temporary files that replace references, each in the reference's folder
 };
 
 /// The bytes of the decision's file. `directory` contains all files and has a final separator.

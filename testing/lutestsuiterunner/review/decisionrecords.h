@@ -13,7 +13,7 @@ namespace Runner
 
 enum class EDecision
 {
-    Accept, ///< the change's parts are taken over into the references, or what was received becomes the reference,
+    Accept, ///< the references get the change's parts; if it has none, the received files become the references,
             ///< except for line ends that were not shown
     Reject, ///< the received file is removed, with all of its parts
 };
@@ -25,13 +25,13 @@ struct SDecidedFile
     std::wstring expected;  ///< checksum of the reference now; empty if there is none
     bool isOpen;            ///< other parts of the file remain to be decided
     std::shared_ptr<const SAccepted> accepted =
-        nullptr; ///< for the decisions on its other parts; null if there are none
+        nullptr; ///< input of the decisions on its other parts; null if there are no such parts
 };
 
 struct SOutcome
 {
     std::vector<SDecidedFile> done;
-    std::size_t left = 0; ///< files of a finished decision whose references had changed after the interruption
+    std::size_t left = 0; ///< number of files that stay open, because their references changed after an interruption
     std::wstring changed; ///< the file because of which FinishDecision has undone the decision; otherwise empty
 };
 

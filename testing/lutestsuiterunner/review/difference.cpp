@@ -14,10 +14,10 @@ namespace
 using Lines = std::vector<std::string_view>;
 using LineSpan = std::span<const std::string_view>;
 
-/// Removed and added lines that are searched for together; their square limits the memory.
+/// The largest number of removed and added lines, counted together, that is searched for. Memory grows with its square.
 constexpr std::ptrdiff_t c_MostEdits = 1000;
 
-/// The shortest edit script by Myers' greedy algorithm. Marks lines that are not in both.
+/// Finds the shortest edit script by Myers' greedy algorithm. Marks lines that are not in both texts.
 class CEdits
 {
 public:
@@ -49,7 +49,7 @@ private:
         return diagonal == -edits || (diagonal != edits && reach(row, diagonal - 1) < reach(row, diagonal + 1));
     }
 
-    /// Searches the edit script; false if it needs too many edits.
+    /// Searches for the edit script; false if it needs too many edits.
     bool search()
     {
         const auto oldSize = static_cast<Place>(m_old.size());

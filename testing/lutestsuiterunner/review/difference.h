@@ -9,7 +9,8 @@
 namespace Runner
 {
 
-/// Neighbouring lines that differ, without their line ends; of bytes one "line" each.
+/// Neighbouring lines that differ, without their line ends. In binary data, the removed and the added bytes are one
+/// "line" each.
 struct SHunk
 {
     std::size_t firstRemoved; ///< number of the first removed line, or of the line before which lines were added
@@ -31,20 +32,20 @@ bool AreBytes(std::string_view reference, std::string_view received);
 /// with a line feed has an empty last line.
 std::vector<std::string_view> SplitLines(std::string_view text, bool dropReturns);
 
-/// The differences of two sequences of lines, or of other texts, in their order; their texts refer to the arguments'
-/// texts. Sequences with very many differences have one hunk between their first and their last one.
+/// The differences of two sequences of lines, or of other texts, in their order. The hunks refer to the texts of the
+/// arguments. If there are very many differences, one hunk extends from the first to the last one.
 std::vector<SHunk> CompareLines(const std::vector<std::string_view>& old, const std::vector<std::string_view>& fresh);
 
-/// If "\r\n" and "\n" count as equal: the line end of the reference, or of `received` if the reference has only one
-/// line. Empty if different line ends are differences, because the reference has both kinds, because nothing else
-/// differs, or because both are bytes.
+/// If "\r\n" and "\n" count as equal, returns the line end of the reference, or of `received` if the reference has only
+/// one line. Returns an empty text if they count as different, because the reference has both kinds, because nothing
+/// else differs, or because the data is binary.
 std::string_view FindIgnoredEnd(std::string_view reference, std::string_view received);
 
 /// The differences of `received` from `reference`, in their order; their texts refer to the arguments. Lines are
 /// compared by CompareLines, without their ends if FindIgnoredEnd finds one.
 SDifference FindDifference(std::string_view reference, std::string_view received);
 
-/// True if `received` has line ends other than FindIgnoredEnd.
+/// True if line ends are ignored and `received` has line ends other than FindIgnoredEnd.
 bool HasIgnoredEnds(std::string_view reference, std::string_view received);
 
 } // namespace Runner

@@ -16,7 +16,7 @@ namespace
 
 using Lines = std::vector<std::string_view>;
 
-/// The largest product of removed and added lines for which all of them are compared with each other.
+/// The largest product of the numbers of removed and added lines for which all lines are compared with each other.
 constexpr std::size_t c_MostCompared = 400;
 
 Lines cut(const Lines& lines, std::size_t begin, std::size_t end)
@@ -24,7 +24,7 @@ Lines cut(const Lines& lines, std::size_t begin, std::size_t end)
     return {lines.begin() + static_cast<std::ptrdiff_t>(begin), lines.begin() + static_cast<std::ptrdiff_t>(end)};
 }
 
-/// Words and numbers, ordered.
+/// The words and numbers of each line, sorted.
 std::vector<Pieces> findTexts(const Lines& lines)
 {
     std::vector<Pieces> texts;
@@ -38,7 +38,7 @@ std::vector<Pieces> findTexts(const Lines& lines)
     return texts;
 }
 
-/// Number of texts that two lines have in common; 0 if it is less than half of them.
+/// Number of words and numbers that two lines have in common; 0 if this is less than half of those of the longer line.
 std::size_t getLikeness(const Pieces& one, const Pieces& other)
 {
     std::size_t common = 0;
@@ -52,7 +52,7 @@ std::size_t getLikeness(const Pieces& one, const Pieces& other)
     return 2 * common >= std::max(one.size(), other.size()) ? common : 0;
 }
 
-/// Pairs lines in their order so that they have as much as possible in common.
+/// Pairs removed and added lines without changing their order, so that the pairs have as much as possible in common.
 class CPairing
 {
 public:
@@ -89,7 +89,7 @@ public:
 private:
     std::size_t m_width;
     std::vector<std::size_t> m_likeness;
-    std::vector<std::size_t> m_best; ///< what the lines from here to the end have in common
+    std::vector<std::size_t> m_best; ///< what the best pairs from here to the end have in common
 };
 
 /// Adds a pair for each changed line. A hunk also contains equal lines if there were too many differences to find.

@@ -7,7 +7,7 @@
 namespace Runner
 {
 
-/// Admits links that lead to folders which the search has not found otherwise.
+/// Admits links whose targets neither contain nor are inside a folder that the search covers already.
 class CLinkedFolders
 {
 public:

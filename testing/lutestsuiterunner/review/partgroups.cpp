@@ -15,7 +15,7 @@ namespace
 
 using Files = std::vector<std::uint32_t>;
 
-/// Sets of files that grow together, each known by its first file.
+/// Disjoint sets of files that can be merged (union-find). The first file of a set identifies it.
 class CConnections
 {
 public:
@@ -41,7 +41,7 @@ private:
     std::vector<std::uint32_t> m_parents;
 };
 
-/// Connected files and parts, by files and by parts.
+/// The connected files and parts of one set: the parts by their files, and the files by their parts.
 struct SConnected
 {
     std::map<Files, PartNames> byFiles;

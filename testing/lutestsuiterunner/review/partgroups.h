@@ -16,7 +16,7 @@ struct SPartGroup
     std::vector<std::uint32_t> files; ///< indices, ordered; each of the files has all of the parts
 };
 
-/// `files` are the parts of each file. Each part of each file is in exactly one group.
+/// `files` contains the parts of each file. Each part of each file is in exactly one group.
 ///
 /// Files that are connected by common parts are grouped in one of two ways: parts that are in the same files form a
 /// group, or files with the same parts form a group. The second way is taken if it makes fewer groups by more than a

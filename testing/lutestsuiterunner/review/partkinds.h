@@ -17,8 +17,8 @@ struct SPartNames
     std::wstring kind;
 };
 
-/// Finds the kinds of parts that are one decision although their lines differ, because they contain values of each
-/// file.
+/// Finds the kinds of which all parts are one decision although their lines differ, because the lines contain values
+/// that differ from file to file.
 class CPartKinds
 {
 public:

@@ -44,19 +44,19 @@ std::string getWholeKey(const SHunk& hunk, bool isBinary)
     return key;
 }
 
-/// The unchanged pieces that are part of the name.
+/// The unchanged pieces that become part of the key.
 enum class EContext
 {
     Nothing,
-    Labels, ///< one word for each place
+    Labels, ///< one word for each changed place
     Words,  ///< all but numbers
     All,
 };
 
-/// The kind of change of a line as a whole.
+/// Sums over all changed places of a line.
 struct SSums
 {
-    bool hasLost = false; ///< more than white space
+    bool hasLost = false; ///< a place lost text other than white space
     bool hasGained = false;
     std::ptrdiff_t lostNumbers = 0;
     std::ptrdiff_t gainedNumbers = 0;
@@ -162,7 +162,7 @@ std::string getWordsKey(const Pieces& old, const std::vector<SHunk>& edits)
     return key;
 }
 
-/// Each place with the last word before it or, if there is no word before it, with the first one behind it.
+/// Joins each changed place with the last unchanged word before it or, if there is none, with the first one after it.
 std::string getLabelsKey(const Pieces& old, const std::vector<SHunk>& edits)
 {
     Pieces staying = old;

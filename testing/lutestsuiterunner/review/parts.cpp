@@ -18,7 +18,7 @@ namespace
 
 using Texts = std::vector<std::string_view>;
 
-/// For lines that each replaced one other line: one part for each kind.
+/// Makes one part of all pairs of lines of the same kind.
 std::vector<SPart> splitKinds(const std::vector<SHunk>& pairs)
 {
     std::map<std::wstring, SHunk> lines;
@@ -63,7 +63,7 @@ std::vector<SPart> split(const SHunk& hunk, bool isBinary)
                : std::vector<SPart>{{GetPartName(hunk, false), GetPartKind(hunk, false), {hunk}}};
 }
 
-/// True if `received` contains a line of the reference that is not blank.
+/// True if a line of the reference that is not blank stays unchanged.
 bool hasCommonText(std::string_view reference, const std::vector<SHunk>& hunks)
 {
     Texts lines = SplitLines(reference, true);
@@ -80,7 +80,7 @@ bool areAllChosen(const std::vector<SPart>& parts, const PartNames& chosen)
     return std::ranges::all_of(parts, [&chosen](const SPart& part) { return IsNamed(part, chosen); });
 }
 
-/// In their order.
+/// The hunks of the chosen parts, in their order.
 std::vector<SHunk> getHunks(const std::vector<SPart>& parts, const PartNames& chosen)
 {
     std::vector<SHunk> hunks;
@@ -183,7 +183,7 @@ bool IsBlank(std::string_view bytes)
         if (bytes.starts_with(mark))
         {
             bytes.remove_prefix(mark.size());
-            // Each second byte of white space in UTF-16.
+            // Every second byte of white space in UTF-16 is 0.
             constexpr std::string_view c_WideSpace("\0 \t\r\n\v\f", 7);
             return bytes.find_first_not_of(mark.size() == 2 ? c_WideSpace : c_WideSpace.substr(1)) ==
                    std::string_view::npos;

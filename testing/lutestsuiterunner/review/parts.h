@@ -23,11 +23,11 @@ struct SPart
 using PartNames = std::set<std::wstring>;
 
 /// The parts of the difference of `received` from `reference`, in the order of their first hunks; their texts refer to
-/// the arguments. At least one, without hunks if the bytes are equal.
+/// the arguments. There is at least one part; it has no hunks if the bytes are equal.
 ///
 /// Each pair of lines that PairLines finds is a part. If there are very many parts, those of one kind are one part. The
-/// whole difference is one part if it is one of bytes, or if no line with text stays, because some of its parts alone
-/// could make the reference blank.
+/// whole difference is one part if the data is binary, or if no line with text stays unchanged, because accepting only
+/// some parts could then make the reference blank.
 std::vector<SPart> FindParts(std::string_view reference, std::string_view received);
 
 /// True if the names include the part or its kind.
@@ -39,12 +39,13 @@ std::wstring GetChecksumOf(const PartNames& parts);
 /// True if the bytes are nothing but white space and a byte-order mark.
 bool IsBlank(std::string_view bytes);
 
-/// The reference with the chosen parts changed. The result is `received` itself if all parts are chosen, and the
-/// reference if none is. If FindDifference ignores line ends, all lines get FindIgnoredEnd, because the user has not
-/// seen the new ones. If all parts are chosen then, the result differs from `received` only in line ends, and
-/// FindDifference shows such a difference.
+/// Returns the reference with the chosen parts changed: `received` itself if all parts are chosen, the reference itself
+/// if no part is. If FindDifference ignores line ends, all lines of the result get FindIgnoredEnd, because the user has
+/// not seen the new line ends. If all parts are chosen in this case, the result differs from `received` only in line
+/// ends, and the next FindDifference shows them.
 ///
-/// Several parts must be applied in one call: the result of the first may differ from `received` in other parts.
+/// Several parts must be applied in one call: after the first one, the difference from `received` may consist of other
+/// parts.
 std::string ApplyParts(std::string_view reference, std::string_view received, const PartNames& chosen);
 
 } // namespace Runner

@@ -16,7 +16,7 @@ namespace Runner
 namespace
 {
 
-/// The path of the file with the bytes. Empty for a link that leads to no file.
+/// The path of the reference, or of its target if it is a link. Empty for a link that leads to no file.
 std::wstring getPlace(const std::wstring& reference)
 {
     return LbOs::IsLink(reference) ? LbOs::GetCanonicalPath(reference) : reference;

@@ -12,11 +12,12 @@ namespace Runner
 
 std::wstring DescribeIrreplaceable(const std::wstring& reference);
 
-/// Replaces the bytes in one step. First writes a file of the name `temporary` beside the reference or its target; only
-/// that one is left if the process is killed. Throws LbException or a German message as std::wstring.
+/// Replaces the content of a reference in one step: writes a file with the name `temporary` beside the reference or its
+/// target, and renames it. If the process is killed, at most that file is left. Throws LbException or a German message
+/// as std::wstring.
 void WriteReference(const std::wstring& reference, std::string_view bytes, const std::wstring& temporary);
 
-/// Removes what a killed process has left of WriteReference.
+/// Removes the temporary files that WriteReference has left in a killed process.
 void RemoveTemporaries(const std::vector<SReceivedFile>& files, const std::wstring& temporary);
 
 /// Throws a German message as std::wstring for a link that leads to no file, and for two references that are one file
