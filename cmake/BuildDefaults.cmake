@@ -11,9 +11,9 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
-# Relative run paths let the folder be moved or copied as a whole. Built and installed files have the same run paths:
-# CMake pads a shorter path with colons, and an empty entry means the working directory. Each start of a process would
-# search for libraries there and could load a foreign one.
+# Relative run paths let the folder be moved or copied as a whole. Built and installed files have the same run paths,
+# because CMake pads a path that becomes shorter with colons. An empty entry between colons means the working directory:
+# each process would search for libraries there and could load a foreign one.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN")
 if(LUTESTSUITE_INSTALL)
@@ -21,10 +21,10 @@ if(LUTESTSUITE_INSTALL)
     list(APPEND CMAKE_INSTALL_RPATH "$ORIGIN/${libraries}")
 endif()
 
-# Exceptions name their source file relative to the repository, so that the place of the checkout does not show.
+# Exceptions name their source file relative to the repository, so that they do not show where the checkout is.
 add_compile_options("-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 
 if(WIN32)
-    # Names as on the home platform: LbBase.dll, not libLbBase.dll.
+    # Names as usual on Windows: LbBase.dll, not libLbBase.dll.
     set(CMAKE_SHARED_LIBRARY_PREFIX "")
 endif()

@@ -9,7 +9,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
-# The hosts link our own libraries, which are in no installed package.
+# The hosts link our own libraries. No installed package contains them, so dpkg-shlibdeps must search this folder.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -26,7 +26,7 @@ set(CPACK_DEBIAN_LIBRARIES_PACKAGE_RECOMMENDS libdw1)
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liblutestsuite-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-# The CMake package names the hosts, too, so that projects can copy them beside their modules.
+# The CMake package refers to the hosts, too, because projects copy them beside their modules.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} (= ${version}), lutestsuite (= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Headers, a CMake package and pkg-config files for building modules with
 data-driven unit tests, and programs that run them.")
@@ -45,7 +45,7 @@ if(NOT LUTESTSUITE_DEBIAN_PACKAGES)
     return()
 endif()
 
-# Each package brings its copyright and a changelog.
+# Each package contains its copyright and a changelog.
 find_program(LUTESTSUITE_GZIP gzip REQUIRED)
 mark_as_advanced(LUTESTSUITE_GZIP)
 string(TIMESTAMP time "%a, %d %b %Y %H:%M:%S +0000" UTC)

@@ -2,7 +2,7 @@
 
 find_package(Threads REQUIRED)
 
-# A project that contains this one may have its own.
+# A project that contains this one may have its own pugixml.
 if(NOT TARGET pugixml::pugixml)
     find_package(pugixml CONFIG QUIET)
 endif()
@@ -76,7 +76,7 @@ endif()
 function(lutestsuite_link_framework module)
     target_link_libraries(${module} PRIVATE ${ARGN})
     foreach(library IN LISTS ARGN)
-        # The library becomes a part of a shared library.
+        # The library becomes part of a shared library, so its code must be position-independent.
         get_target_property(aliased ${library} ALIASED_TARGET)
         if(aliased)
             set_target_properties(${aliased} PROPERTIES POSITION_INDEPENDENT_CODE ON)

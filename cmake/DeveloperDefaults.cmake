@@ -6,8 +6,8 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build configuration" FORCE)
 endif()
 
-# Relative paths let checkouts in different folders share the compiler cache. It caches uses of precompiled headers only
-# with this sloppiness.
+# Relative paths let checkouts in different folders share the compiler cache. ccache caches sources with precompiled
+# headers only with this sloppiness.
 if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     find_program(LUTESTSUITE_CCACHE ccache)
     if(LUTESTSUITE_CCACHE)
@@ -17,7 +17,7 @@ if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     endif()
 endif()
 
-# LLVM's linker needs a fifth of the time. Release builds are linked as distributions do it.
+# LLVM's linker takes a fifth of the time. Release builds use the default linker, as distributions do.
 if(NOT WIN32 AND (CMAKE_BUILD_TYPE STREQUAL "Debug" OR LUTESTSUITE_SANITIZERS))
     find_program(LUTESTSUITE_LLD ld.lld)
     mark_as_advanced(LUTESTSUITE_LLD)

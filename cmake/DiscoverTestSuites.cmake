@@ -14,7 +14,7 @@ if(NOT status EQUAL 0)
     return()
 endif()
 
-# The end of the output if no test has run and none has failed. Without it, a skipped suite would count as passed.
+# Matches the end of the output if all tests were skipped. Without this pattern, a skipped suite would count as passed.
 set(all_skipped "\\[  PASSED  \\] 0 tests\\.[\r\n]+(\\[  SKIPPED \\][^\r\n]*[\r\n]*)+$")
 
 # A line with a suite is not indented and ends in a dot; its tests follow indented.
@@ -29,7 +29,8 @@ foreach(suite IN LISTS suites)
         set_tests_properties("${name}.${suite}*" PROPERTIES LABELS "concurrent")
     endif()
     if(suite MATCHES "^(RunnerSlurm|RunnerSlurmCommands|HistoryStatistics|HistoryWithoutChange)\\.$")
-        # These start a cluster and wait for it, or compute much. Other suites test the same code with sanitizers.
+        # These suites take long: they start a cluster and wait for it, or compute much. Other suites test the same code
+        # with sanitizers.
         set_tests_properties("${name}.${suite}*" PROPERTIES LABELS "independent" TIMEOUT 900)
     endif()
     if(suite MATCHES "RunParallelCrashes|^RunnerSlurm\\.$")

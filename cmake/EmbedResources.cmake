@@ -2,8 +2,8 @@
 
 # lutestsuite_embed_resources(<target> (<name> <type> <file>)...)
 #
-# On Windows they are resources of the system. Elsewhere a generated source holds the bytes and one table of them, so
-# call this function once for each target. A file that changes is embedded again.
+# On Windows the files become Windows resources. Elsewhere a generated source contains the bytes and the only table of
+# them, so call this function only once for each target. A file that changes is embedded again.
 function(lutestsuite_embed_resources target)
     set(resources "${ARGN}")
     set(files "")

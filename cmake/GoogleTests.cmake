@@ -3,7 +3,7 @@
 # In linux-debug, every test is an entry of its own. Elsewhere an entry is a whole test suite, because a
 # process takes up to 0.3 s to start under Wine or a sanitizer.
 
-# Suites with one of these words in their name carry the label "concurrent", which the thread sanitizer runs.
+# Suites with one of these words in their name get the label "concurrent". With the thread sanitizer only these run.
 set(LUTESTSUITE_CONCURRENT_WORDS Concurren Thread Parallel CriticalSection LbEvent Dispatcher Combinable)
 
 # Removes from a list of sources those with other suites only. If no suite is left, the list is empty.
@@ -28,7 +28,7 @@ endfunction()
 
 # Makes the sources of a test program quick to compile, in every build type: reading the headers of GoogleTest takes
 # more time than compiling most tests, and only what is tested has to be optimised. linux-debug compiles each source
-# alone: it is the build that a changed test compiles in quickly, and it shows missing includes.
+# alone, so that a changed test compiles quickly and missing includes cause errors.
 function(lutestsuite_compile_test target)
     if(CMAKE_CROSSCOMPILING OR LUTESTSUITE_SANITIZERS OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         set_target_properties(${target} PROPERTIES UNITY_BUILD ON)
@@ -39,7 +39,7 @@ function(lutestsuite_compile_test target)
     endif()
     target_compile_options(${target} PRIVATE -O0)
     if("undefined" IN_LIST LUTESTSUITE_SANITIZERS)
-        # Only what is tested needs these checks, which make compiling tests a third slower.
+        # These checks make compiling tests a third slower, and only what is tested needs them.
         target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
     endif()
     target_precompile_headers(${target} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <atomic> <chrono>

@@ -1,6 +1,7 @@
-# The install tree: what find_package(LuTestSuite CONFIG) and pkg-config give to other projects.
+# The install tree: what find_package(LuTestSuite CONFIG) and pkg-config provide to other projects.
 #
-# Component "runtime" has what runs tests, "development" what builds them; the latter needs the former.
+# The component "runtime" contains what is needed to run tests, and "development" what is needed to build them.
+# "development" needs "runtime".
 
 include(CMakePackageConfigHelpers)
 

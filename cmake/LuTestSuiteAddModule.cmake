@@ -44,10 +44,10 @@ endfunction()
 # lutestsuite_add_module uses. The hosts look for modules beside themselves, so this makes the directory ready to run.
 # Each OUTPUT_DIRECTORY of modules needs a call; a second call for the same directory does nothing.
 #
-# Each build also writes lutestsuite-build.txt beside the hosts, from which reports and the history name the build: the
-# commit of the git checkout that tracks the CMakeLists.txt of the call; empty without one. With BUILD_RECORD it is a
-# copy of <file>, with lines "Server: ...", "Repository: ...", "Branch: ...", "Changeset: ...",
-# "ChangesetAuthor: ..." and "WorkspacePath: ...".
+# Each build also writes lutestsuite-build.txt beside the hosts, from which reports and the history read the build that
+# they name. The file describes the commit of the git checkout that tracks the CMakeLists.txt of the call; it is empty
+# if there is no such checkout. With BUILD_RECORD it is a copy of <file>, with lines "Server: ...", "Repository: ...",
+# "Branch: ...", "Changeset: ...", "ChangesetAuthor: ..." and "WorkspacePath: ...".
 function(lutestsuite_deploy_host)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "BUILD_RECORD" "")
     lutestsuite_module_directory("${arg_UNPARSED_ARGUMENTS}" directory)
@@ -86,8 +86,8 @@ function(lutestsuite_host_target directory result)
     set(${result} "lutestsuite_host_${hash}" PARENT_SCOPE)
 endfunction()
 
-# The absolute path of a directory of modules and hosts; of the default one for "". With a generator that builds several
-# configurations, each of them has its own.
+# Sets `result` to the absolute path of a directory of modules and hosts; "" means the default directory. If the
+# generator builds several configurations, each has its own directory.
 function(lutestsuite_module_directory directory result)
     if(NOT directory)
         set(directory "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")

@@ -1,4 +1,4 @@
-# Where the sources of a build came from, as a text file of "key:value" lines. As a script:
+# Writes a text file of "key: value" lines that say where the sources of a build come from. As a script:
 # cmake -D "SOURCE=<source directory>" -D "RECORD=<file>" -P LuTestSuiteBuildRecord.cmake
 
 # lutestsuite_split_remote(<url> <server variable> <repository variable>): server and path of a remote repository, for
@@ -59,7 +59,7 @@ function(lutestsuite_write_build_record source_directory file)
     endif()
 endfunction()
 
-# Empty if git is missing or fails.
+# Sets `variable` to the output of git; empty if git is missing or fails.
 function(lutestsuite_ask_git directory variable)
     find_program(LUTESTSUITE_GIT git)
     set(answer "")

@@ -3,18 +3,19 @@
 # "--"), LUTESTSUITE_IN_PROCESS, LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_DISCOVERY (the test that fails if the cases cannot
 # be listed), LUTESTSUITE_PROPERTIES, and for two of these properties LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
 
-# Called by the script that "LuTestSuiteRunner list --ctest" writes; `state` is "", SERIAL or DISABLED.
-# A data set's file follows.
+# Called by the script that "LuTestSuiteRunner list --ctest" writes; `state` is "", SERIAL or DISABLED. If the case has
+# a data file, its path is the sixth argument.
 function(lutestsuite_add_case name class folder time_limit state)
     set(test "${LUTESTSUITE_TEST_PREFIX}${name}")
     set(options "${LUTESTSUITE_OPTIONS}")
     set(properties SKIP_RETURN_CODE 77) # The exit status of "case" if the case is disabled or was skipped.
     if(time_limit GREATER 0 OR NOT LUTESTSUITE_IN_PROCESS)
-        # The host sees every end of a child process, and can end it at a limit.
+        # With -x the case runs in a child process: the host notices every way in which it ends, and can end it at a
+        # limit.
         list(APPEND options -x)
     endif()
     if(time_limit GREATER 0)
-        # CTest has to end a host that hangs.
+        # If the host itself hangs, CTest ends it 30 seconds after the case's limit.
         math(EXPR time_limit "${time_limit} + 30")
         list(APPEND properties TIMEOUT ${time_limit})
     else()
@@ -42,14 +43,14 @@ endfunction()
 
 # Lists the cases now and adds them, or a test that fails with the reason.
 function(lutestsuite_list_cases module script time_limit)
-    # Not a pipe, which a process that the module leaves behind would keep open.
+    # A file instead of a pipe, because a process that the module leaves behind would keep a pipe open.
     set(log "${script}.log")
     execute_process(COMMAND "${LUTESTSUITE_CMAKE}" -E env ${LUTESTSUITE_ENVIRONMENT}
             ${LUTESTSUITE_RUNNER} list --ctest "${script}" -- ${LUTESTSUITE_OPTIONS}
         RESULT_VARIABLE status OUTPUT_FILE "${log}" ERROR_FILE "${log}" TIMEOUT ${time_limit})
     if(status EQUAL 0)
         include("${script}")
-        # To standard error. IDEs read standard output.
+        # message() writes to standard error here. IDEs read standard output.
         file(STRINGS "${log}" warnings REGEX "^Warnung: " ENCODING UTF-8)
         foreach(warning IN LISTS warnings)
             message("${warning}")
@@ -69,7 +70,7 @@ function(lutestsuite_read_cases module script)
     endif()
 endfunction()
 
-# The test only shows the reason: if it listed the cases again, it could pass while they are missing.
+# Adds a test that fails with the reason. If the test listed the cases again, it could pass although they are missing.
 function(lutestsuite_add_failure module script reason)
     set(failure "${script}.failure")
     file(WRITE "${failure}" "message([==========[${reason}]==========])\n"

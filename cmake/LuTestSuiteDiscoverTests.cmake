@@ -9,9 +9,9 @@ include_guard(GLOBAL)
 # Makes each case of a module that lutestsuite_add_module has added a test of CTest: "<prefix><folder>/<class>:<case>",
 # labelled with class and folder, with the time limit of its description, disabled if its description disables it, and
 # run alone if its description says that "Parallel" is false. Each runs in a process of its own, a child of
-# "LuTestSuiteRunner case", so that the test fails whatever the case does to its process. With IN_PROCESS, a case
-# without time limit runs in the process of the host, which takes less time and is easy to debug, but a case that calls
-# _Exit(0) passes. OPTIONS are options of LuTestSuiteCLI, such as "-i" and a pattern or "-t 60".
+# "LuTestSuiteRunner case", so that the test also fails if the case ends its process, in whatever way. With IN_PROCESS,
+# a case without time limit runs in the process of the host, which takes less time and is easy to debug, but a case that
+# calls _Exit(0) passes. OPTIONS are options of LuTestSuiteCLI, such as "-i" and a pattern or "-t 60".
 #
 # PRE_TEST, the default, lists the cases whenever ctest starts, so that new data sets are tests at once. POST_BUILD
 # lists them after the module has been linked. Both use the variables of the property ENVIRONMENT. If the cases cannot
@@ -111,7 +111,7 @@ function(lutestsuite_include_tests tests missing)
     set(file "${tests}-${CMAKE_BUILD_TYPE}.cmake")
     if(is_multi_config)
         set(file "${tests}.cmake")
-        # CTest then says that the option -C is missing.
+        # If no file is found, CTest reports a test that is not available: the option -C is missing or wrong.
         file(WRITE "${file}"
 "include(\"${tests}-\${CTEST_CONFIGURATION_TYPE}.cmake\" OPTIONAL RESULT_VARIABLE found)
 if(NOT found)
@@ -122,7 +122,7 @@ endif()
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${file}")
 endfunction()
 
-# The host for build servers in the folder of the module, the only one from which it loads modules.
+# Sets `result` to the path of LuTestSuiteRunner in the folder of the module. It loads modules only from its own folder.
 function(lutestsuite_deployed_runner module result)
     get_target_property(directory "${module}" LUTESTSUITE_HOST_DIRECTORY)
     lutestsuite_host_target("${directory}" host)
@@ -146,7 +146,8 @@ function(lutestsuite_refuse_single_brackets argument)
     endif()
 endfunction()
 
-# CMake replaces nothing inside brackets. The brackets have more equals signs than any sequence of them in the text.
+# Encloses the text in a bracket argument, in which CMake replaces nothing. The brackets have more equals signs than
+# follow any "]" in the text.
 function(lutestsuite_in_brackets text result)
     set(mark "")
     string(FIND "${text}" "]" position)

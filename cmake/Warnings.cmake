@@ -6,7 +6,7 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         # Without OpenMP, the compiler does not know the pragmas of OpenMP.
         add_compile_options(-Wno-unknown-pragmas)
     endif()
-    # In a unity build, names of one source seem to come from a header of the next one.
+    # A unity build includes several sources in one, so names of one source seem to come from a header of the next one.
     add_compile_options($<$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>:-Wno-shadow>
         $<$<AND:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>,$<CXX_COMPILER_ID:GNU>>:-Wno-subobject-linkage>)
 endif()

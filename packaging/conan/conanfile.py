@@ -59,7 +59,7 @@ class LuTestSuiteRecipe(ConanFile):
         CMake(self).install()
 
     def package_info(self):
-        # The installed package has the targets and the commands for modules.
+        # Conan generates no files for find_package: the installed CMake package defines the targets and the commands.
         self.cpp_info.set_property("cmake_find_mode", "none")
         self.cpp_info.builddirs = [os.path.join("lib", "cmake", "LuTestSuite")]
         self.cpp_info.includedirs = ["include"]

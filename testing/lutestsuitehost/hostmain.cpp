@@ -26,7 +26,7 @@ namespace
 /// The id of this process while a CWork lives; otherwise 0.
 unsigned long s_workingProcess = 0;
 
-/// exit() does not run the destructor of CWork, so the mark shows such an end.
+/// exit() does not run the destructor of CWork, so s_workingProcess is still set if a case called exit().
 void endUnfinished()
 {
     if (s_workingProcess == LbOs::GetProcessId())
@@ -114,7 +114,7 @@ int Main(int count, const char* const* arguments, int (*run)(const Arguments& ar
     {
         const Arguments texts = LbOs::GetArguments(count, arguments);
         const int status = run(texts);
-        // Cases may have left output in the stream.
+        // Flushes output that cases may have left in the stream.
         LbOs::WriteStandardOutput("");
         if (LbOs::IsStandardOutputLost() && !IsChild(texts))
         {

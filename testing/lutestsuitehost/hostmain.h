@@ -30,8 +30,8 @@ void WriteError(std::wstring message);
 /// True if another host started this process to run cases; the other host checks how this process ends.
 bool IsChild(const Arguments& arguments);
 
-/// While it lives, exit() in this process is an error with a line on standard error and the status c_Broken: a case
-/// that calls it must not look like a success. Forked copies of the process may end in any way.
+/// While an object exists, exit() in this process prints an error line and ends with the status c_Broken, so that a
+/// case that calls exit() does not look like a success. Forked copies of the process may end in any way.
 class CWork : public INonCopyable
 {
 public:
