@@ -36,7 +36,7 @@ TEST(LbDateTime, FormatsEarlyYearsWithFourDigits)
 
 TEST(LbDateTime, FormatsTheCurrentTime)
 {
-    // Midnight may pass between two of the calls, but not between all three.
+    // Midnight may pass before or after the second call, but not both.
     const std::wstring before = LbDateTime::Format(LbOs::GetLocalTimeNow(), L"Y-m-d");
     const std::wstring now = LbDateTime::FormatNow(L"Y-m-d");
     const std::wstring after = LbDateTime::Format(LbOs::GetLocalTimeNow(), L"Y-m-d");

@@ -45,7 +45,7 @@ constexpr SSample c_Samples[] = {
     {0x10FFFF, "\xF4\x8F\xBF\xBF"},
 };
 
-/// Byte sequences of which no byte is part of valid UTF-8.
+/// Byte sequences in which every byte is invalid as UTF-8.
 constexpr std::string_view c_InvalidUtf8[] = {
     "\x80",             // continuation byte without a lead byte
     "\xC0\xAF",         // two bytes for a one-byte character

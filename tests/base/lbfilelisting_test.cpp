@@ -47,7 +47,7 @@ Names GetMatches(const LbFileListing& listing, const Wildcards& wildcards, const
     return names;
 }
 
-/// Repeats the request until the process shares a listing of the folder, which requires that the folder has not changed
+/// Repeats the request until the process shares a listing of the folder. It does so only if the folder has not changed
 /// for a while.
 Listing WaitForSharedListing(const std::wstring& folder)
 {
@@ -182,7 +182,7 @@ bool MatchesPlainly(std::wstring_view name, std::wstring_view wildcard)
     return matchesFirst && MatchesPlainly(name.substr(1), rest);
 }
 
-/// A text of up to 8 of the characters.
+/// Makes a random text of up to 8 characters from `characters`.
 std::wstring MakeText(std::mt19937& random, std::wstring_view characters)
 {
     constexpr std::uint32_t c_Most = 8;
@@ -235,7 +235,7 @@ TEST_F(FileListing, ReadsAnUnchangedFolderOnce)
 
 TEST(FileListingOfAnOldFolder, IsSharedFromItsFirstReading)
 {
-    // No test changes the folders of the sources.
+    // No test changes the source folders, so their listings are shared at once.
     const std::wstring folder = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/tests/base";
     if (!LbOs::HasTimesOfThisSystem(folder))
     {

@@ -19,10 +19,11 @@
 namespace
 {
 
-/// C libraries with UTF-32 define wide text as "%ls", so they can be the reference. The others have other definitions.
+/// C libraries with a 32-bit wchar_t print wide text with "%ls", so they can be the reference. The others define the
+/// conversions of text differently.
 constexpr bool c_HasReference = sizeof(wchar_t) == 4;
 constexpr std::size_t c_CallCount = 10'000;
-/// Large enough for the longest long double with its width.
+/// Holds the longest long double with its width.
 constexpr std::size_t c_BufferSize = 8192;
 
 /// One conversion with its width and precision.
@@ -66,7 +67,7 @@ private:
 
     std::wstring takeFloatingType() { return pick({L"f", L"F", L"e", L"E", L"g", L"G", L"a", L"A"}); }
 
-    /// Short and long numbers, positive and negative.
+    /// Makes short and long numbers, positive and negative.
     std::uint64_t takeInteger()
     {
         return (m_random() >> take(64)) * (takeOneOf(2) ? 1 : static_cast<std::uint64_t>(-1));
@@ -138,7 +139,7 @@ private:
         return sample;
     }
 
-    /// Nothing, digits, or "*".
+    /// Adds `mark` and then nothing, digits, or "*" with a count among the arguments.
     void addCount(SSample& sample, std::wstring_view mark, int smallest, int largest)
     {
         sample.format += mark;
@@ -173,7 +174,7 @@ private:
             }
             return call(sample, text.c_str());
         }
-        // The C library decodes narrow text by the locale, which is ASCII here.
+        // Only ASCII, because the C library decodes narrow text by the locale, which is "C" here.
         std::string text;
         for (std::uint64_t count = take(20); count > 0; --count)
         {

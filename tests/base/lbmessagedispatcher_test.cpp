@@ -30,7 +30,7 @@ protected:
     }
 };
 
-/// The traces caused by a message that throws.
+/// Returns the traces that a throwing message causes.
 std::wstring getTraceOf(const std::function<void()>& message)
 {
     std::mutex mutex;

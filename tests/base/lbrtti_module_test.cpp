@@ -27,7 +27,7 @@ protected:
     static std::unique_ptr<IObject> createProbe() { return LbRTTI::getCreate(L"CRegistryProbe")(); }
 };
 
-/// Runs the sub-test with that index and returns its messages.
+/// Runs the sub-test with this index, expects its result, and returns its messages.
 std::wstring getMessages(IObject& object, std::uint32_t subtest, LuUnitTest::EResult expected)
 {
     auto& test = dynamic_cast<LuUnitTest&>(object);
@@ -50,7 +50,7 @@ TEST_F(LbRTTIModule, ClassesAreFoundOnceLoaded)
 
 TEST_F(LbRTTIModule, LoadingTwiceRegistersOnce)
 {
-    // The registry traces a second record with the same name.
+    // The registry would trace a second record with the same name.
     std::wstring traces;
     const auto former = LbDiagnostics::SetListener([&traces](const std::wstring& text) { traces += text; });
     SetUp();

@@ -15,7 +15,7 @@
 namespace
 {
 
-/// Blocks all pool threads except `free` of them during a scope.
+/// Blocks all but `free` threads of the pool during a scope.
 class CBusyPool : public INonCopyable
 {
 public:
@@ -73,7 +73,7 @@ TEST(LbThreadPool, StartsTasksInOrderOfSubmission)
 {
     LbThreadPool& pool = LbThreadPool::GetInstance();
     const CBusyPool busy(1);
-    // The one free thread runs one task after another, so tasks finish in the order of their starts.
+    // Only one thread is free, so tasks run one after another and record the order in which they start.
     LbEvent goOn;
     pool.Run([&goOn] { goOn.Wait(); });
     std::vector<int> order;

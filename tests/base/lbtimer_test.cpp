@@ -23,7 +23,7 @@ void spendTwoMilliseconds()
     }
 }
 
-/// Expects that a timer counts whole units of that many nanoseconds.
+/// Expects that a timer with this resolution counts whole units of `unit` nanoseconds.
 void expectUnits(LbTimer::EResolution resolution, std::uint64_t unit)
 {
     const Clock::time_point before = Clock::now();

@@ -21,7 +21,7 @@ namespace
 
 using LbListingImage::SListing;
 
-/// "a", "bc" and an empty name, with the matches of two patterns.
+/// A listing of the names "a", "bc" and "", with the matches of two patterns.
 class ListingImage : public testing::Test
 {
 protected:
@@ -92,7 +92,7 @@ TEST_F(ListingImage, IsNotReadIfAMatchIsNoName)
     }
 }
 
-/// Whatever byte is damaged, the block is not read, or everything that is read lies within the block.
+/// Flips each bit in turn: Read either refuses the block or returns only data within it.
 TEST_F(ListingImage, CanBeUsedAfterAnyDamage)
 {
     const std::vector<std::byte> whole = Write();
@@ -121,7 +121,7 @@ TEST_F(ListingImage, CanBeUsedAfterAnyDamage)
             }
         }
     }
-    // Damaged texts and stamps are not noticed.
+    // Read cannot notice damaged texts and stamps, so it accepts some of the blocks.
     EXPECT_GT(readCount, 0U);
 }
 
@@ -175,7 +175,7 @@ TEST_F(ListingShare, IsFoundUnderAnotherPathOfTheFolder)
     const std::wstring path = LbPath::WithoutSeparator(m_folder.GetPath());
     const auto listing = LbFileListing::Get(path);
 
-    // A listing that this process has just read would not be shared yet.
+    // If this process had read the folder itself, the second call would return another listing.
     EXPECT_EQ(LbFileListing::Get(path), listing);
     EXPECT_EQ(listing->GetCount(), 100U);
     EXPECT_EQ(listing->GetName(1), L"1");
@@ -192,10 +192,11 @@ TEST_F(ListingShare, IsNotFoundAfterAChange)
 
 TEST_F(ListingShare, IsMadeForAPossibleUseOnlyWithoutReadingTheFolder)
 {
-    // The folder has just been written, so the first listing is not certain to notice each change.
+    // The process keeps no listing yet. The first one that it reads may miss a change, because the folder has just been
+    // written.
     EXPECT_EQ(LbShareListing(m_folder.GetPath(), EListingUse::Possible, m_memory), EListingShare::None);
     LbFileListing::Get(m_folder.GetPath());
-    // A listing that was read after a longer time would be certain.
+    // A listing read now would notice each change, but a possible use must not cause reading.
     std::this_thread::sleep_for(std::chrono::milliseconds(150));
     EXPECT_EQ(LbShareListing(m_folder.GetPath(), EListingUse::Possible, m_memory), EListingShare::None);
     EXPECT_EQ(m_memory, nullptr);

@@ -63,7 +63,8 @@ TEST(LuMurmurHash3, DependsOnTheLength)
     EXPECT_FALSE(hash(std::string_view("\0", 1)) == hash(std::string_view("\0\0", 2)));
 }
 
-/// The bytes arrive in memory one at a time or many at once; until then their places hold wrong values.
+/// The bytes arrive in memory one at a time or many at once. A byte that is read before it has arrived has a wrong
+/// value.
 TEST(LuMurmurHash3, WaitsForTheBytesThatItReads)
 {
     for (const std::size_t step : {1U, 7U, 16U, 100U, 5000U})

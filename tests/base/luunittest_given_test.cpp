@@ -1,4 +1,4 @@
-/// Objects created for one sub-test, of classes that replace the given stream or directory.
+/// Tests objects that are created for one sub-test and whose classes replace the given stream or directory.
 
 #include "base/luunittest.h"
 
@@ -13,7 +13,7 @@
 namespace
 {
 
-/// Has its files in a folder below the given one.
+/// Reads its files from a folder below the given one.
 class CBelowItsFolder : public LuUnitTest
 {
     LB_RTTI(CBelowItsFolder)
@@ -75,7 +75,7 @@ LB_RTTI_CLASS(CKeepsMessages, LuUnitTest)
 namespace
 {
 
-/// Calls an object as a runner does. Returns its messages, or "not found" if it lacks the sub-test.
+/// Calls an object as a runner does. Returns its messages, or "not found" if the class lacks the sub-test.
 template<typename UnitTest>
 std::wstring run(const std::wstring& name, const std::wstring& directory = L"")
 {

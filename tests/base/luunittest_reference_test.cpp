@@ -1,4 +1,4 @@
-// CompareWithReference.
+// Tests of CompareWithReference.
 
 #include <cstddef>
 #include <span>
@@ -225,7 +225,7 @@ TEST_F(CompareWithReference, LeavesNoDataSetsIfItsProcessIsKilled)
 class CountRuns : public CompareWithReference
 {
 protected:
-    /// Compares in a new run, so that the comparison does not belong to the run of earlier ones.
+    /// Compares as part of a new run, so that CountRuns counts this comparison separately.
     void CompareInNewRun(const char* received)
     {
         const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, LbUniqueId::Generate());

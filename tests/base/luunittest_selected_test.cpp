@@ -62,7 +62,7 @@ public:
     }
 };
 
-/// The class above with an override that only calls the base class.
+/// Overrides GetSubtestName, but only calls the base class.
 class CForwardsName : public CSelectable
 {
     LB_RTTI(CForwardsName)
@@ -85,13 +85,13 @@ class CForwardsRun : public CSelectable
     }
 };
 
-/// Overrides nothing itself.
+/// Inherits the override of RunUnitTest and overrides nothing itself.
 class CBelowForwardsRun : public CForwardsRun
 {
     LB_RTTI(CBelowForwardsRun)
 };
 
-/// Has no class record of its own.
+/// Overrides GetSubtestName, but has no class record of its own.
 class CUnrecorded : public CSelectable
 {
     std::wstring GetSubtestName(std::uint32_t subtest) const override
@@ -198,7 +198,7 @@ protected:
     }
     ~SelectedSubtest() override { s_record = nullptr; }
 
-    /// Calls the object as a runner does; false if it lacks the sub-test.
+    /// Calls an object as a runner does; false if the class lacks the sub-test.
     template<typename UnitTest>
     bool Run(const std::wstring& name)
     {
@@ -218,7 +218,8 @@ protected:
         return true;
     }
 
-    /// The last recorded call, which is that of the sub-test itself.
+    /// Runs the sub-test and returns the last recorded call, that of the sub-test itself; "not found" if the class
+    /// lacks it.
     template<typename UnitTest>
     std::wstring GetCall(const std::wstring& name)
     {
@@ -351,7 +352,7 @@ protected:
         return unitTest.FindSubtest(name);
     }
 
-    /// Each test has its own directory, so that no test uses what the searches of another test have found.
+    /// Each test has its own directory, so that it does not use results that the searches of other tests have stored.
     static std::wstring GetUniqueDirectory()
     {
         return LbEncoding::FromUtf8(testing::UnitTest::GetInstance()->current_test_info()->name());

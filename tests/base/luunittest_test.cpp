@@ -54,7 +54,7 @@ private:
     LuStreamWriteTextMemory m_stream;
 };
 
-/// Names of the sub-tests that a wildcard creates for the files of a folder.
+/// The names of the sub-tests that AddFileSubtests creates with this wildcard for the files of the folder.
 std::vector<std::wstring> getMatches(const ScopedFolder& folder, std::wstring_view wildcard)
 {
     CSample sample;

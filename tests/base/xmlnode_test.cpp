@@ -37,7 +37,7 @@ EResult parse(const std::string& xml)
     return document.LoadText(xml, "r");
 }
 
-/// ASCII text as UTF-16.
+/// Converts ASCII text to the bytes of UTF-16.
 std::string toUtf16(const std::string& text, bool isBigEndian)
 {
     std::string bytes;

@@ -8,8 +8,8 @@
 
 #include "tests/support/os/testaids.h"
 
-/// Forks; in the fork calls `prepare` and, if it returns true, `check`. Expectations that fail in the fork fail the
-/// test. False if nothing was checked: the platform has no fork, or `prepare` returned false.
+/// Forks, calls `prepare` in the fork and, if that returns true, `check`. Expectations that fail in the fork fail the
+/// test. False if nothing was checked, because the platform has no fork or `prepare` returned false.
 inline bool CheckApart(const std::function<bool()>& prepare, const std::function<void()>& check)
 {
     constexpr int c_Unprepared = 77;
@@ -24,7 +24,7 @@ inline bool CheckApart(const std::function<bool()>& prepare, const std::function
         }
         catch (...)
         {
-            // If an exception escaped, the fork would continue with the other tests.
+            // An exception must not escape: the fork would continue with the other tests.
             ADD_FAILURE() << "exception";
         }
         return testing::Test::HasFailure() ? 1 : 0;

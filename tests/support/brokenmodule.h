@@ -6,14 +6,14 @@
 #include "base/inoncopyable.h"
 #include "base/os/platform.h"
 
-/// A file beside the host with the name of a module, but invalid content.
+/// A file beside the host that has the name of a module but invalid content; the destructor removes it.
 class CBrokenModule : public INonCopyable
 {
 public:
     CBrokenModule();
     ~CBrokenModule();
 
-    /// The name in the form of the option.
+    /// The name as the option that loads modules expects it.
     const std::wstring& GetName() const { return m_name; }
     std::wstring GetFileName() const { return m_name + LbOs::c_ModuleSuffix; }
 

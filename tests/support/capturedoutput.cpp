@@ -11,7 +11,7 @@
 namespace
 {
 
-/// The process has one recorder, which tests switch on and off, because outputs cannot be removed.
+/// Tests switch this recorder on and off. The process has only one, because outputs cannot be removed.
 class CRecorder : public LuTestSuiteOut::LuCustomOut
 {
 public:
@@ -30,7 +30,7 @@ public:
         }
     }
 
-    /// Starts recording with no lines, or stops it. False if that is already the state.
+    /// Starts or stops recording and discards all lines. False if recording is already on or off as requested.
     bool Listen(bool on)
     {
         const std::lock_guard lock(m_mutex);
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    /// The function to call for this line, if any.
+    /// Records the line if recording is on; returns the function to call for it, if any.
     std::function<void()> record(const LuTestSuiteOut& line)
     {
         const std::lock_guard lock(m_mutex);

@@ -40,7 +40,7 @@ public:
     /// Calls the function during the next output of a line with this text, after recording it.
     void OnLine(const std::wstring& text, std::function<void()> function);
 
-    // Expected lines.
+    // These functions make expected lines.
     static SLine Plain(std::wstring text);
     static SLine Bold(std::wstring text);
     static SLine Colored(std::wstring text, LuColor color);

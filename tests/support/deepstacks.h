@@ -1,4 +1,4 @@
-/// Conditions of tests with very deep stacks.
+/// The condition for tests that need very deep stacks.
 #pragma once
 
 /// AddressSanitizer reports false errors after an exception has unwound more than 64 MiB of stack.

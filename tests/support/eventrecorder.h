@@ -8,8 +8,8 @@
 
 #include "testing/lutestsuite/lutestsuiterunevents.h"
 
-/// Each event becomes a line: "planned 2", "started Name", "finished Name 0" (the result's number), "canceled", "ended
-/// 2" (the number of executed cases).
+/// Records a line for each event: "planned 2" (the number of cases), "started Name", "finished Name 0" (the number of
+/// the result), "canceled", "ended 2" (the number of executed cases).
 class EventRecorder : public LuTestSuiteRun::IRunObserver
 {
 public:

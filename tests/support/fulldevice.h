@@ -5,8 +5,8 @@
 
 #include "tests/support/scopedfolder.h"
 
-/// Path of a device that can be opened for writing and is always full. Empty if the system has no such device: then
-/// skip the test.
+/// Path of a device that can be opened for writing and is always full. Empty if the system has no such device; the test
+/// must then be skipped.
 std::wstring GetFullDevice();
 
 /// Creates a link in the folder to that device and returns its path: a file that exists but cannot be written. Empty if

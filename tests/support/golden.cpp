@@ -69,7 +69,7 @@ void ExpectGolden(const std::string& name, const std::string& received)
 
 std::string NormalizeTimes(const std::string& text)
 {
-    // The system's clock may be too coarse to measure a short case.
+    // "0 s" occurs if the system's clock is too coarse to measure a short case.
     static const std::regex s_time(R"(\[(\d+\.\d\d(ns|µs|ms|s)|0 s)\])");
     return std::regex_replace(text, s_time, "[#.##s]");
 }
@@ -92,7 +92,7 @@ std::string NormalizeHtmlReport(const std::string& page)
         const std::size_t content = style + c_StyleStart.size();
         text.erase(content, text.find("</style>") - content);
     }
-    // A row with label and value, and the cells with a case's time and memory.
+    // One expression for rows with a label and a value, and one for the cells with a case's time and memory.
     static const std::regex s_row(
         R"(<td>(Build Configuration|PSCM [\w ]+|CPU|GPU|Machine Name|Data Directory|Begin Date|End Date|Time [\w ]+\(sec\))"
         R"(|Memory [\w ]+\(Bytes\)):</td>(\s*)<td>[^<]*</td>)");

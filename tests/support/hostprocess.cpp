@@ -19,15 +19,16 @@ namespace
 constexpr bool c_IsWindows = LbPath::c_Separator == L'\\';
 constexpr const wchar_t* c_TerminalProgram = L"/usr/bin/script";
 
-/// Starts a program as a user that only this process uses, because tests that run at the same time must not share a
-/// limit.
+/// The command that starts a program as another user. Only this process uses that user, because tests that run at the
+/// same time must not share a limit.
 std::wstring getOtherUser()
 {
     const unsigned long user = 1'000'000 + LbOs::GetProcessId();
     return LbFormat(L"setpriv --reuid %lu --regid %lu --clear-groups", user, user);
 }
 
-/// Quotes for the Windows shell, whose parts do not agree on a way to quote a quotation mark.
+/// Quotes a text for the Windows shell. Throws for quotation marks, because the parts of the shell do not agree on how
+/// to quote them, and for percent signs.
 std::wstring quoteForWindows(const std::wstring& text)
 {
     if (text.find_first_of(L"\"%") != std::wstring::npos)
@@ -89,7 +90,7 @@ std::wstring getSettings(const SHostOptions& options)
 
 std::wstring getHostCommand(const std::vector<std::wstring>& arguments, const SHostOptions& options)
 {
-    // Replaces the shell, which would report a crash on standard error.
+    // The program replaces the shell, because the shell would report a crash on standard error.
     std::wstring command = c_IsWindows ? L"" : L"exec ";
     if (options.processesLimit != 0)
     {

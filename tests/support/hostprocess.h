@@ -27,8 +27,8 @@ struct SHostRun
     std::string errors; ///< standard error
 };
 
-/// Runs the host of this build to its end. Arguments must not contain quotation marks or percent signs, which the
-/// Windows shell cannot pass on, or characters above U+00FF, which its narrow calls cannot.
+/// Runs the host of this build to its end. Arguments must not contain quotation marks or percent signs, because the
+/// Windows shell cannot pass them on, or characters above U+00FF, because narrow Windows calls cannot.
 SHostRun RunHost(const std::vector<std::wstring>& arguments, const SHostOptions& options = {});
 
 /// True if SHostOptions::onTerminal is supported.
@@ -43,5 +43,5 @@ bool CanLimitHostProcesses();
 /// Replaces line feeds by the line ends that text mode writes to standard output on this platform.
 std::string ToPlatformLines(const std::string& text);
 
-/// The reverse of that conversion.
+/// Replaces such line ends by line feeds.
 std::string FromPlatformLines(const std::string& bytes);

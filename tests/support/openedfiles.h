@@ -7,8 +7,8 @@
 #include "base/inoncopyable.h"
 #include "tests/support/scopedfolder.h"
 
-/// The folder of a substitute for the desktop's opener: it waits for permission, then writes down the file it received.
-/// Requires CanStandIn; put the folder first in the programs' search path.
+/// Has a folder with a program that replaces the desktop's opener. The program waits for Await, then records the file
+/// that it was started with. Requires CanStandIn; put the folder first in the search path.
 class OpenedFiles : public INonCopyable
 {
 public:
@@ -18,7 +18,8 @@ public:
 
     const std::wstring& GetSearchPath() const noexcept { return m_folder.GetPath(); }
 
-    /// Lets the substitutes continue and waits until one has written its file. Returns all files so far, in order.
+    /// Lets the waiting programs continue and waits until one of them has recorded its file. Returns all files so far,
+    /// in order.
     std::vector<std::wstring> Await() const;
 
 private:

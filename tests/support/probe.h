@@ -39,7 +39,8 @@ public:
 
     void Ask() { m_question->Set(); }
 
-    /// A running probe answers within microseconds, so only a dead one needs the time-out.
+    /// Asks the probe and waits for its answer. A running probe answers within microseconds, so only a dead one needs
+    /// the time-out.
     bool IsAnswered(std::uint32_t milliseconds)
     {
         Ask();
@@ -49,7 +50,7 @@ public:
     bool IsAlive() { return IsAnswered(sc_uiLong); }
     bool IsGone() { return !IsAnswered(sc_uiShort); }
 
-    /// Asks until there is no answer, for a probe that takes a moment to end.
+    /// Asks until there is no answer, because a probe may take a moment to end. False if it still answers after 30 s.
     bool WaitGone()
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(sc_uiLong);

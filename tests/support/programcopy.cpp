@@ -14,7 +14,7 @@ ProgramCopy::ProgramCopy(const std::wstring& program, const std::wstring& name)
 
 ProgramCopy::~ProgramCopy()
 {
-    // Ignores the error: some platforms cannot remove a running program.
+    // Ignores the error, because some platforms cannot remove a running program.
     std::error_code error;
     std::filesystem::remove(std::filesystem::path(m_path), error);
 }

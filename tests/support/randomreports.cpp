@@ -18,7 +18,7 @@ constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Ok,       ECaseRunResult
                                         ECaseRunResult::NoInput,  ECaseRunResult::Different, ECaseRunResult::Unknown,
                                         ECaseRunResult::Canceled, ECaseRunResult::TimeOut};
 
-/// The random content of one record.
+/// Makes random content for a record.
 class CRandom
 {
 public:
@@ -37,7 +37,7 @@ public:
 
     bool Flag() { return Below(2) == 0; }
 
-    /// A number of any magnitude that a float can have.
+    /// A number of almost any magnitude that a float can have; not negative.
     float Float()
     {
         constexpr int c_LargestExponent = 120;

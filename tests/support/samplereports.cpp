@@ -66,7 +66,7 @@ void setLeak(SCase& testCase, std::int64_t bytes)
     testCase.Warning = true;
 }
 
-/// Sets distinct values, so that tests detect exchanged fields, and two extreme ones.
+/// Sets two extreme values and otherwise distinct values, so that tests detect exchanged fields.
 void setFiguresApart(SData& data)
 {
     std::uint32_t number = 100;

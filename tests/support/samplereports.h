@@ -18,7 +18,7 @@ LuTestSuiteReport::SReportData MakeFullReport();
 /// A later run of the same product: some cases of the mixed report better, some worse, some removed, some added.
 LuTestSuiteReport::SReportData MakeLaterReport();
 
-/// A passed case.
+/// A case, which has passed by default.
 LuTestSuiteReport::SReportCase
 MakeReportCase(const std::wstring& className, const std::wstring& caseName,
                LuTestSuiteRun::ECaseRunResult result = LuTestSuiteRun::ECaseRunResult::Ok, bool warning = false);
@@ -27,5 +27,5 @@ MakeReportCase(const std::wstring& className, const std::wstring& caseName,
 LuTestSuiteReport::SReportClass MakeReportClass(const std::wstring& name, std::uint32_t total, std::uint32_t errors = 0,
                                                 std::uint32_t failures = 0, std::uint32_t warnings = 0);
 
-/// Sets a run's figures: those that follow from its classes, and arbitrary times and memory.
+/// Computes a run's figures from its classes, and sets arbitrary times and memory.
 void SetReportFigures(LuTestSuiteReport::SReportData& data);

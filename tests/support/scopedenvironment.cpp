@@ -13,7 +13,7 @@ namespace
 /// An empty value unsets the variable on all platforms.
 void setVariable(const std::wstring& name, const std::wstring& value)
 {
-    // On Linux the environment keeps the text itself, so it is never freed.
+    // On Linux the environment refers to the text, so the text is never freed.
     static std::list<std::string>& texts = *new std::list<std::string>;
     texts.push_back(LbEncoding::ToNative(name + L"=" + value));
     putenv(texts.back().data());

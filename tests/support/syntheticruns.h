@@ -29,7 +29,7 @@ enum class ENoise
     Spiky,       ///< one run of ten takes longer, by up to twenty deviations
     TwoSpeeds,   ///< each run at random on one of two machines, fifteen deviations apart
     Sluggish,    ///< each run resembles the one before it: autocorrelation 0.5
-    Mixed        ///< each case has one of the others; half of them normal noise
+    Mixed        ///< each case has one kind, but not LogNormal; half of the cases have Normal
 };
 
 class CRandomDeviates
@@ -53,7 +53,7 @@ private:
     Runner::History::CRandomNumbers m_numbers;
 };
 
-/// The noise of one case over its runs, in deviations of its normal part.
+/// The noise of one case over its runs, in standard deviations of its normal part.
 inline std::vector<double> MakeNoise(CRandomDeviates& deviates, ENoise kind, std::size_t count)
 {
     constexpr ENoise c_Kinds[] = {ENoise::Normal,      ENoise::Normal, ENoise::Normal,    ENoise::Normal,
@@ -116,8 +116,8 @@ struct SSettings
     std::size_t runs = 100;
     std::uint64_t seed = 1;
     ENoise noise = ENoise::Normal;
-    double deviation = 0.03;      ///< of a time, relative
-    double tempoDeviation = 0.05; ///< of a run as a whole
+    double deviation = 0.03;      ///< of a case's time, relative
+    double tempoDeviation = 0.05; ///< of the speed of a whole run, relative
     double tick = 0.0;            ///< times are multiples of this number of seconds; 0 for exact times
     /// The factor of a case's time in a run; empty: always 1.
     std::function<double(std::size_t testCase, std::size_t run)> factor;

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// Each component is short enough, but the whole path is too long for any system.
+/// Makes a path whose components are short enough, but which as a whole is too long for any system.
 std::wstring makeLongFolder()
 {
     constexpr int c_Levels = 4000;
@@ -47,7 +47,8 @@ private:
     std::filesystem::path m_place;
 };
 
-/// Adds `path`, a file in or equal to the protected `place`, unless the current user may write everywhere.
+/// Protects `place` and adds `path`, unless the current user may write everywhere. `path` is `place` itself or a file
+/// in it.
 void addProtected(std::vector<SUnwritablePlace>& places, const std::string& name, const std::wstring& place,
                   const std::wstring& path)
 {
@@ -75,7 +76,7 @@ std::vector<SUnwritablePlace> GetUnwritablePlaces(const ScopedFolder& folder, co
     {
         places.push_back({"full disk", device, {}});
     }
-    // This folder accepts files from no user; an administrator may write into an ordinary read-only folder.
+    // No user can create files in this folder, while an administrator can create them in an ordinary read-only folder.
     if (const std::wstring directory = L"/proc/"; LbFileSystem::IsDirectory(directory))
     {
         places.push_back({"folder that takes no files", directory + name, {}});

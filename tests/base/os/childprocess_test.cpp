@@ -27,7 +27,7 @@ namespace
 
 using LbOs::CChildProcess;
 
-/// Waits for the end of a process and gives its status; fails the test when it does not end.
+/// Waits for the end of a process and returns its status; fails the test if it does not end within a minute.
 std::optional<std::int64_t> getStatus(CChildProcess& child)
 {
     constexpr std::uint32_t c_Long = 60000;
@@ -61,7 +61,7 @@ TEST(OsChildProcess, HasAnExitStatusAfterTermination)
     EXPECT_EQ(child->GetExitStatus(), LbPath::c_Separator == L'\\' ? 0 : -9);
 }
 
-/// The status to expect. If the system discards it, there must be none: a crash could otherwise pass as a normal exit.
+/// The status to expect; empty if the system discards it. A default of 0 would let a crash pass as a normal exit.
 std::optional<std::int64_t> getStatusIfRemembered(std::int64_t status)
 {
     return LbOs::RemembersForgottenChildren() ? std::optional(status) : std::nullopt;
@@ -97,7 +97,7 @@ TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(-9));
 }
 
-/// The process may then end before anyone queries it.
+/// If the system forgets children, a process may be gone before anyone queries it.
 TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
 {
     constexpr int c_Starts = 50;
@@ -406,7 +406,7 @@ TEST(OsChildProcess, NeedsNoFurtherProcessAfterPreparation)
     EXPECT_THAT(LbOs::ListChildren(), testing::UnorderedElementsAreArray(expected));
 }
 
-/// On Windows a background process may read from the console.
+/// Skipped on Windows, where background processes may read from the console.
 TEST(OsChildProcess, ReadsNothingFromTheTerminalOfItsOwner)
 {
     if constexpr (LbPath::c_Separator == L'\\')

@@ -34,7 +34,8 @@ TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
     EXPECT_TRUE(line.IsGone());
 }
 
-/// The descendant has its own session, and its parent has ended. On Linux only its environment identifies its root.
+/// The descendant has its own session, and its parent has ended. On Linux, nothing but its environment shows which root
+/// it belongs to.
 TEST(OsChildProcessTrees, EndWhenTheirEndedRootIsTerminated)
 {
     CProbeLine line;
@@ -64,7 +65,7 @@ TEST(OsChildProcessTrees, EndByEndDescendants)
     EXPECT_TRUE(line.IsGone());
 }
 
-/// This also holds if the test itself runs in a child process, whose mark both processes inherit.
+/// Also holds if the test itself runs in a child process: then both processes inherit the mark of that child.
 TEST(OsChildProcessTrees, LeavesTheProcessesOfOthersAlone)
 {
     CProbeLine line;
@@ -148,10 +149,10 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
 
-    // The owner's child leads its own group, so this ends only the owner.
+    // The owner's child leads its own process group, so this ends only the owner.
     owner->Terminate();
 
-    // The process that watches over the owner needs a moment.
+    // The keeper process, which ends the tree after its owner, needs a moment.
     EXPECT_TRUE(line.WaitGone());
 }
 
@@ -225,7 +226,7 @@ TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
     EXPECT_TRUE(line.WaitGone());
 }
 
-/// If a process is ended from outside, the processes that watch over it still clean up after it.
+/// If a process is terminated from outside, the names of its descendants' events are still removed.
 TEST(OsChildProcessTrees, RemovesTheNamesOfItsDescendants)
 {
     CProbeLine line;

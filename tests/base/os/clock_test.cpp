@@ -43,7 +43,7 @@ TEST(OsClock, FillsAllBytesWithRandom)
             seen[index] = static_cast<unsigned char>(seen[index] | bytes[index]);
         }
     }
-    // After 32 rounds the chance that some bit has never been set is one in 500,000.
+    // A random byte is 0 in all 32 rounds with a probability of 2^-256.
     for (const unsigned char byte : seen)
     {
         EXPECT_NE(byte, 0);

@@ -28,7 +28,7 @@ struct SCrash
 {
     const wchar_t* how;
     std::int64_t windowsStatus;
-    std::int64_t linuxStatus; ///< negative: a signal
+    std::int64_t linuxStatus; ///< if negative, the negated number of a signal
 };
 
 void PrintTo(const SCrash& crash, std::ostream* stream)
@@ -60,7 +60,7 @@ TEST_P(OsCrash, ReportsTheCrashInTheExitStatus)
     EXPECT_EQ(child->GetExitStatus(), c_IsWindows ? GetParam().windowsStatus : GetParam().linuxStatus);
 }
 
-/// Crashes in the folder and returns the number of files there afterwards.
+/// Runs the probe with this command in the folder; returns the number of files there afterwards.
 std::ptrdiff_t countDumps(const std::wstring& command, const ScopedFolder& folder)
 {
     LbOs::SChildOptions options = GetProbeOptions(command);

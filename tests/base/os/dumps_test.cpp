@@ -31,7 +31,7 @@ protected:
         return LbOs::WriteDump(*m_child, std::nullopt, m_folder.GetPathOf(L"abbild"), longest);
     }
 
-    /// False if files remain for a minute.
+    /// Waits until the folder has no files; false after a minute.
     bool WaitForNoFile() const
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);

@@ -70,7 +70,7 @@ TEST(OsFileReplacement, DoesNotReplaceAReadOnlyFile)
     const std::wstring to = folder.WriteFile(L"old", "old");
     std::filesystem::permissions(std::filesystem::path(to), c_Readable);
     const auto rename = [&] { return LbOs::RenameFile(from, to) ? 1 : 0; };
-    // Drops administrator rights, for which permissions do not count.
+    // Drops administrator rights, because permissions do not restrict an administrator.
     const std::optional<int> result = LbOs::RunInFork([&] { return LbOs::GiveUpRights() ? rename() : 2; });
 
     EXPECT_EQ(result ? *result : rename(), 0);

@@ -28,14 +28,14 @@ TEST(OsFolderLockConcurrency, LetsOneThreadInAtATime)
         {
             const auto lock = CFolderLock::Acquire(path);
             ASSERT_NE(lock, nullptr);
-            // In two steps, so that some increments would be lost without the lock.
+            // Increments in two steps, so that some increments would be lost without the lock.
             const int before = count;
             std::this_thread::yield();
             count = before + 1;
         }
     };
     {
-        // Two spellings of one folder's path.
+        // The threads use two spellings of one folder's path.
         std::jthread first(work, folder.GetPath());
         std::jthread second(work, LbPath::WithoutSeparator(folder.GetPath()));
     }
@@ -60,7 +60,7 @@ TEST(OsFolderLock, IsReleasedWhenItsHolderDies)
 {
     const ScopedFolder folder;
     const std::optional<int> status = LbOs::RunInFork([&folder] {
-        // Never released.
+        // The process exits without releasing the lock.
         return CFolderLock::Acquire(folder.GetPath()).release() != nullptr ? 0 : 1;
     });
     if (!status)

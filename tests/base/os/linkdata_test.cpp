@@ -25,7 +25,8 @@ void append(std::string& bytes, std::wstring_view text)
     }
 }
 
-/// In the system's layout: tag, size, positions of both names, flags for a symbolic link, and the names.
+/// Makes the data of a link in the system's layout: tag, size, positions of both names, flags for a symbolic link, and
+/// the names.
 std::string makeLink(std::uint32_t tag, std::wstring_view target, std::wstring_view shown, std::uint32_t flags,
                      bool isShownFirst)
 {
@@ -57,7 +58,7 @@ TEST(OsLinkData, HoldsTheTargetOfASymbolicLink)
               L"\\??\\C:\\Prüfung\\a.txt");
 }
 
-/// Both names have the same length, so that the target is found only by its offset.
+/// Both names have the same length, so that only the offset distinguishes the target from the other name.
 TEST(OsLinkData, HoldsTheTargetOfARelativeSymbolicLink)
 {
     for (const bool isShownFirst : {false, true})

@@ -43,8 +43,8 @@ TEST(Machine, ReturnsTheSameValuesAgain)
     EXPECT_EQ(LbOs::GetGraphicsAdapter(), LbOs::GetGraphicsAdapter());
 }
 
-/// Calls `check` while `folder` replaces the kernel's lists of devices; false if that is impossible. Replaces the
-/// parent of "drm", because some machines have no "drm".
+/// Calls `check` while `folder` hides the kernel's lists of devices; false if that is impossible. Hides the parent
+/// folder of "drm", because some machines have no "drm".
 bool checkWithDevices(const ScopedFolder& folder, const std::function<void()>& check)
 {
     return CheckApart([&] { return LbOs::MountFolder(L"/sys/class", folder.GetPath()); }, check);
@@ -77,7 +77,7 @@ TEST(Machine, HasNoGraphicsAdapterWithoutTheKernelsList)
     }
 }
 
-/// Unknown on native Windows.
+/// True if the machine has no display; empty on native Windows, where that is unknown.
 std::optional<bool> isHeadless()
 {
     if (LbPath::c_Separator == L'/')

@@ -136,7 +136,7 @@ TEST_F(OsNamedEvent, IsAccessibleOnlyToTheOwnUser)
     EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
 }
 
-/// Any code in the process may change the umask.
+/// The umask must not matter, because any code in the process may change it.
 TEST_F(OsNamedEvent, IsAccessibleToItsUserDespiteTheUmask)
 {
     const std::wstring name = m_name + L"-m";
@@ -176,7 +176,7 @@ TEST_F(OsNamedEvent, KnowsWhetherOthersHaveRemovedItsName)
     EXPECT_EQ(m_event->IsNamed(), !isRemoved);
 }
 
-/// Output must not go into an event whose descriptor replaces a closed standard stream.
+/// Output must not go into an event that has got the descriptor number of a closed standard stream.
 TEST_F(OsNamedEvent, WorksWhenAllFilesAreClosed)
 {
     const std::optional<int> status = LbOs::RunInFork([] {
@@ -242,7 +242,7 @@ TEST_F(OsNamedEvent, NoticesTheEndOfAProcessWhoseHandleWasClosed)
     {
         GTEST_SKIP() << "a test cannot guess handles here";
     }
-    // The handle's number now belongs to another process, which is running.
+    // The next process, which keeps running, gets the number of the closed handle.
     const auto other = StartProbe(L"sleep");
     ASSERT_NE(other, nullptr);
     ASSERT_EQ(other->GetWaitHandle(), handle);
@@ -278,7 +278,7 @@ TEST_F(OsNamedEvent, DoesNotTimeOutEarly)
 
     m_event->Wait(30);
 
-    // A wait may end early by the resolution of the clock, which is coarse on one platform.
+    // A wait may end early by one tick of the clock, which takes up to 16 ms on Windows.
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(14));
 }
 

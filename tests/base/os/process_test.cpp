@@ -22,7 +22,7 @@ namespace
 constexpr std::size_t c_MegaByte = 1024 * 1024;
 constexpr std::size_t c_GigaByte = 1024 * c_MegaByte;
 
-/// Uses at least 64 KB of stack per level.
+/// Calls itself `levels` times; each level uses at least 64 KB of stack.
 std::size_t useStack(std::size_t levels)
 {
     std::array<volatile char, 65536> used;

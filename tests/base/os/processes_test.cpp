@@ -29,7 +29,7 @@ TEST(OsProcessesThreads, AreCountedUpToTheLimit)
                                           const unsigned count = LbOs::CountStartableThreads(c_Many);
                                           EXPECT_GT(count, 0U);
                                           EXPECT_LT(count, c_Many);
-                                          // The counted threads have ended, so the limit admits new ones.
+                                          // The counted threads have ended, so new threads can start within the limit.
                                           EXPECT_GT(LbOs::CountStartableThreads(c_Many), 0U);
                                       });
     if (!isChecked)

@@ -13,13 +13,13 @@
 namespace
 {
 
-/// The number of processors that caller and child may use while they share one.
+/// The number of processors that each thread may use after ShareProcessorWith, which has no effect on Windows.
 std::uint32_t getSharing()
 {
     return LbPath::c_Separator == L'\\' ? LbOs::CountOwnProcessors() : 1;
 }
 
-/// The count that a child reports after it was moved while it waited.
+/// Binds a waiting child to the caller's processor; returns the number of processors that the child then counts.
 std::optional<std::int64_t> getCountOf(const std::wstring& command)
 {
     CProbeLine line;

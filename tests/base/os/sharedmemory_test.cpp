@@ -159,7 +159,7 @@ TEST_F(OsSharedMemory, CannotBeTruncatedByOthers)
     const auto view = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
     ASSERT_NE(view, nullptr);
 
-    // Only Linux has such a path; Windows cannot truncate such memory at all.
+    // Only Linux has such a path. On Windows, shared memory cannot be truncated.
     std::error_code error;
     std::filesystem::resize_file(std::filesystem::path(L"/dev/shm/LuTestSuite-" + m_name), 0, error);
 

@@ -12,7 +12,7 @@
 namespace
 {
 
-/// Skipped with sanitizers, which delay signals.
+/// Skipped with sanitizers, because they delay signals.
 class OsThreadFreeze : public testing::Test
 {
 protected:
@@ -29,7 +29,7 @@ protected:
         m_thread.join();
     }
 
-    /// True if the other thread does nothing while frozen and continues afterwards.
+    /// Freezes the other thread for a moment and waits until it has continued. True if it did nothing while frozen.
     bool isStopped()
     {
         LbOs::CThreadFreezer threads;

@@ -11,8 +11,8 @@ namespace LbOs
 /// the system has no such limit.
 std::shared_ptr<void> LimitFileSize(std::size_t size);
 
-/// Makes locking files and folders fail, as on a file system without locks, for the rest of the calling thread, and for
-/// the threads and processes that it starts. False if that is impossible.
+/// Makes locking files and folders fail, as on a file system without locks. Affects the calling thread until it ends,
+/// and the threads and processes that it starts. False if that is impossible.
 bool ForbidLocks();
 
 } // namespace LbOs

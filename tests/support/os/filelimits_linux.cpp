@@ -14,7 +14,7 @@
 namespace
 {
 
-/// If the signal is ignored, the write itself fails.
+/// Ignores the signal that the system sends at the limit, so that the write itself fails.
 class CFileSizeLimit
 {
 public:

@@ -1,6 +1,6 @@
 #include <cstddef>
 
-// A library that tests preload: an allocator that replaces the C library's.
+// A library that tests preload. Its allocator replaces that of the C library.
 
 extern "C"
 {

@@ -1,4 +1,4 @@
-/// Counts what a function makes the system do.
+/// Counts system calls that a function causes.
 #pragma once
 
 #include <cstddef>

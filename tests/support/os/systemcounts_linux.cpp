@@ -42,7 +42,7 @@ std::optional<std::size_t> LbOs::CountWrites(const std::function<void()>& functi
 std::optional<std::size_t> LbOs::CountFolderReads(const std::wstring& folder, const std::function<void()>& function)
 {
     const int watch = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
-    // Also watches the ends of listings: the system merges equal events that follow each other.
+    // Also watches the ends of listings, because the system merges equal events that directly follow each other.
     if (inotify_add_watch(watch, LbEncoding::ToNative(folder).c_str(), IN_OPEN | IN_CLOSE_NOWRITE | IN_ONLYDIR) < 0)
     {
         close(watch);

@@ -95,25 +95,26 @@ bool IsForOwnUserOnly(const std::wstring& name);
 /// Moves the current process to its parent's process group. False if there are no groups.
 bool JoinGroupOfParent();
 
-/// Collects all ended children of the current process, like a test that expects to be the only one that starts
-/// children. False if a process can be waited for more than once.
+/// Collects all ended children of the current process, like a test that assumes that no other code starts children.
+/// False on systems where a process can be waited for more than once.
 bool WaitForEndedChildren();
 
 /// Makes the system discard ended children of the current process at once, or keep them until they are waited for.
-/// False if the system keeps them while a handle exists.
+/// False on systems that keep them as long as a handle exists.
 bool SetChildrenForgotten(bool areForgotten);
 
 /// True if the system still knows the status of a forgotten child.
 bool RemembersForgottenChildren();
 
-/// Makes the system forget children and blocks signals of the calling thread, or undoes both. False if there are no
-/// signals.
+/// Makes the system forget children and blocks signals of the calling thread, or undoes both. False on platforms
+/// without signals.
 bool SetSignalsDisturbed(bool areDisturbed);
 
 /// The signals that the process ignores and that the calling thread blocks, as text for comparisons.
 std::wstring DescribeSignals();
 
-/// Kills the process that watches over the current one, if any, and waits until it has ended.
+/// Kills the keeper, which is the process that cleans up after the current one, if there is one. Waits until it has
+/// ended.
 void EndKeeper();
 
 /// Waits until a child of the current process has ended, but does not collect its status.
@@ -126,7 +127,7 @@ std::shared_ptr<void> HoldEnd(std::uint64_t process);
 /// Makes new files of the current process have no access rights, or the default ones again. False if there is no umask.
 bool SetRightsMasked(bool areMasked);
 
-/// Closes a system handle that belongs to other code, like a test that closes all files. False on platforms where a
+/// Closes a system handle that belongs to other code, as a test that closes all files does. False on platforms where a
 /// test cannot guess handles.
 bool CloseForOthers(std::intptr_t handle);
 

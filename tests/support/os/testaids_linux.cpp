@@ -242,7 +242,8 @@ std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>
         return std::nullopt;
     }
     auto* const risen = static_cast<std::uint64_t*>(shared);
-    // Memory that the heap keeps cached would be missing from the growth.
+    // Returns free memory of the heap to the system. Otherwise the fork would reuse it, and it would be missing from
+    // the growth.
     malloc_trim(0);
     const std::optional<int> status = RunInFork([&] {
         const std::uint64_t before = getPeak();
@@ -353,7 +354,7 @@ std::shared_ptr<void> LbOs::HoldEnd(std::uint64_t process)
         siginfo_t end = {};
         const bool isHeld = ptrace(PTRACE_SEIZE, held, nullptr, nullptr) == 0 && kill(held, SIGKILL) == 0 &&
                             waitid(P_PID, static_cast<id_t>(held), &end, WEXITED | WNOWAIT) == 0;
-        // The holder stops itself to report that it is ready.
+        // The holder reports that it is ready by stopping itself.
         kill(getpid(), isHeld ? SIGSTOP : SIGKILL);
     }
     int status = 0;
@@ -385,13 +386,13 @@ bool LbOs::SetRightsMasked(bool areMasked)
 
 bool LbOs::CloseForOthers(std::intptr_t handle)
 {
-    // Not the C library's close(): a sanitizer would report the misuse.
+    // Calls the system directly, because a sanitizer would report the misuse of the C library's close().
     return syscall(SYS_close, static_cast<int>(handle)) == 0;
 }
 
 bool LbOs::FloodEvent(const std::wstring& name)
 {
-    // The largest capacity that a pipe may have without privileges.
+    // As many bytes as a pipe can hold without privileges.
     const std::vector<char> bytes(std::size_t{1} << 20U);
     const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
     const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);

@@ -8,7 +8,7 @@
 #include "base/os/process.h"
 #include "base/os/windows/api.h"
 
-// After windows.h, which it needs.
+// These headers need windows.h before them.
 #include <aclapi.h>
 #include <psapi.h>
 #include <sddl.h>
@@ -33,7 +33,7 @@ std::vector<char> getUser()
     {
         user.clear();
     }
-    // Not copied, because of the pointer.
+    // The vector must be moved and not copied, because the TOKEN_USER points into it.
     return user;
 }
 
@@ -231,7 +231,7 @@ bool LbOs::IsForOwnUserOnly(const std::wstring& name)
 
 std::shared_ptr<void> LbOs::MakeMemoryOfAnotherUser(const std::wstring& name, std::size_t size)
 {
-    // The owner is the group of administrators.
+    // Makes the group of administrators the owner.
     SECURITY_ATTRIBUTES access = {sizeof(access), nullptr, FALSE};
     if (ConvertStringSecurityDescriptorToSecurityDescriptorW(L"O:BAD:(A;;GA;;;WD)", SDDL_REVISION_1,
                                                              &access.lpSecurityDescriptor, nullptr) == FALSE)
@@ -334,7 +334,7 @@ bool LbOs::LimitMemory(std::size_t bytes)
     const bool isLimited =
         SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits)) != FALSE &&
         AssignProcessToJobObject(job, GetCurrentProcess()) != FALSE;
-    // Some systems accept the limit but do not enforce it.
+    // Checks the limit, because some systems accept but do not enforce it.
     void* const beyond = VirtualAlloc(nullptr, bytes * 2, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
     if (beyond != nullptr)
     {
