@@ -1,4 +1,4 @@
-// The records of runs.
+// Tests of the records of runs.
 
 #include "testing/lutestsuite/lutestsuiterun.h"
 

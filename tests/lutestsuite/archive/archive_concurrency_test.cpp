@@ -1,4 +1,4 @@
-// Archive runs at the same time.
+// Tests of archive runs at the same time.
 
 #include <algorithm>
 #include <filesystem>
@@ -23,7 +23,7 @@ namespace
 
 using LuTestSuite::SArchiveRun;
 
-/// Runs whose hosts are replaced by the program archivechild, which writes both reports.
+/// Archive runs that use the program archivechild, which writes both reports, in place of the host.
 class ConcurrentArchiveRuns : public testing::Test
 {
 protected:

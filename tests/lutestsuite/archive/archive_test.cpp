@@ -1,4 +1,4 @@
-// The configuration of archive runs, and runs whose host fails.
+// Tests of the configuration of archive runs, and of runs whose host fails.
 
 #include "testing/lutestsuite/archive/archive.h"
 
@@ -235,7 +235,7 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithOrWithoutTrailingSeparators)
     }
 }
 
-/// A run whose host is replaced by the program archivechild.
+/// An archive run that uses the program archivechild in place of the host.
 class ArchiveRunChild : public testing::Test
 {
 protected:
@@ -255,7 +255,7 @@ protected:
 
     std::wstring GetHost() const { return m_run.binaryDir + L"LuTestSuiteCLI" + LbOs::c_ExecutableSuffix; }
 
-    /// Libraries that the program needs beside it on platforms without another search path.
+    /// Copies the libraries that the program needs beside it on platforms without another search path.
     void CopyLibraries() const
     {
         const std::wstring bin = LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/");
@@ -282,7 +282,7 @@ protected:
         EXPECT_TRUE(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive")).empty());
     }
 
-    /// The path without extension of the archived report, for each second in which the run may begin.
+    /// The path of the archived report without extension, for each second in which the run may begin.
     std::vector<std::wstring> GetReportStems() const
     {
         std::vector<std::wstring> stems;
@@ -298,7 +298,7 @@ protected:
         return LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive"));
     }
 
-    /// Full paths of the child's files that still exist.
+    /// Full paths of the files in the temporary folder, which the child writes.
     std::vector<std::wstring> GetTemporaryFiles() const
     {
         const std::wstring folder = LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp" + LbPath::c_Separator;
@@ -307,7 +307,7 @@ protected:
         return paths;
     }
 
-    /// Expects that the page is in the archive and the child's XML report still in place, which `text` reports once.
+    /// Expects that the page is archived, the child's XML report is not, and `text` reports only that error.
     void ExpectOnlyThePage(const std::wstring& text) const
     {
         const std::vector<std::wstring> left = GetTemporaryFiles();
@@ -478,7 +478,7 @@ TEST_F(ArchiveRunChild, RequiresItsDirectories)
     {
         SArchiveRun run = m_run;
         run.*field = missing;
-        run.outDir = L""; // The first missing directory is named.
+        run.outDir = L""; // also missing: the message names the first missing directory
         EXPECT_EQ(getMessage([&run] { LuTestSuite::ExecuteArchiveRun(run, 1); }),
                   L"Verzeichnis " + missing + LbPath::c_Separator + L" existiert nicht");
         run.*field = L"";

@@ -1,4 +1,4 @@
-// The effect of links on a deletion.
+// Tests of the effect of links on a deletion.
 
 #include <filesystem>
 #include <functional>
@@ -101,7 +101,7 @@ TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepTheirTargets)
     const std::wstring link = farther.GetPathOf(L"k.txt");
     ASSERT_TRUE(LbOs::MakeLink(link, target));
     ASSERT_TRUE(LbOs::MakeLink(elsewhere.GetPathOf(L"weiter"), LbPath::WithoutSeparator(farther.GetPath())));
-    // A link back, which must not be followed endlessly.
+    // A link back to the data directory. The search must not follow it endlessly.
     ASSERT_TRUE(LbOs::MakeLink(elsewhere.GetPathOf(L"zurück"), LbPath::WithoutSeparator(m_folder.GetPath())));
     LinkAt(L"Gemeinsam", LbPath::WithoutSeparator(elsewhere.GetPath()));
 
@@ -111,7 +111,7 @@ TEST_F(DuplicateLinks, InLinkedFoldersOfLinkedFoldersKeepTheirTargets)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
 }
 
-/// The link is redundant, but it is in a folder that is not the unit test's own.
+/// The link is redundant but must stay, because it is not in the unit test's own folder.
 TEST_F(DuplicateLinks, ThatMustNotBeDeletedKeepTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
@@ -143,7 +143,7 @@ TEST_F(DuplicateLinks, InAReadOnlyFolderKeepTheirTargets)
     });
 }
 
-/// By the order of the sets alone, the file would be deleted before the link.
+/// If only the order of the sets counted, the file would be deleted before the link.
 TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheirTargets)
 {
     WriteAt(L"1/CDataSetModel/x1.txt", 200);
@@ -178,7 +178,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedWhenNoLinkPassesThroughThem)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPathOf(L"1/CDataSetModel/")), std::vector<std::wstring>{L"a.txt"});
 }
 
-/// The kept link leads to an outside link, which leads back through a linked folder.
+/// The kept link leads to a link outside the data directory, which leads back through a linked folder.
 TEST_F(DuplicateLinks, OnTheWayToAKeptFileStay)
 {
     const ScopedFolder elsewhere;
@@ -255,7 +255,7 @@ TEST_F(DuplicateLinks, ThatLeadThroughAnUnreadableFolderPreventDeletion)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
 }
 
-/// The linked folder, to which there is no access, contains a link to a copy.
+/// A linked folder without access contains a link to a copy.
 TEST_F(DuplicateLinks, ToFoldersInAnUnreadableFolderPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);

@@ -88,7 +88,7 @@ TEST_F(DuplicateDeletion, KeepsTheTargetOfAKeptLinkOfAnotherSet)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(oldest), "gut");
 }
 
-/// The link is the only data set of its unit test, or no data set at all.
+/// The link is either the only data set of its unit test ("a.txt") or not a data set ("a.dat").
 TEST_F(DuplicateDeletion, KeepsTheTargetOfALinkOutsideAllSets)
 {
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
@@ -383,7 +383,8 @@ TEST_F(DuplicateDeletion, DeletesHardLinksOfTheKeptFile)
     EXPECT_FALSE(LbFileSystem::Exists(name));
 }
 
-/// On Windows write protection prevents deletion. All hard links of a file share its write protection.
+/// On Windows write protection prevents deletion. All hard links of a file share it, so the deletion of one link must
+/// not leave the kept one without it.
 TEST_F(DuplicateDeletion, LeavesTheWriteProtectionOfTheKeptFile)
 {
     constexpr auto c_Writing = std::filesystem::perms::owner_write;
@@ -422,7 +423,8 @@ TEST_F(DuplicateDeletion, ReportsHeldFilesThatCannotBeDeletedAndContinues)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// A folder and a link to it are searched. Files found through the link are not deleted, whichever is searched first.
+/// The search covers a folder and a link to it. Files found through the link are not deleted, even if the link is
+/// searched first.
 TEST_F(DuplicateDeletion, DeletesOnlyInTheFolderOfTheUnitTest)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);

@@ -19,8 +19,8 @@ TEST_F(Duplicates, AreListedWithTheOldestFirst)
                                     L"\n  Duplikat-Set (1/1):\n    b.txt\n    a.txt\n    c.txt\n\n" + GetSummary(1, 2));
 }
 
-/// The younger data set at the beginning shows that the first of the oldest was chosen, not the first or the last of
-/// all.
+/// Two files have the same highest age, and a younger file precedes them: the first of the two must be kept, not the
+/// first or the last of all files.
 TEST_F(Duplicates, KeepTheFirstFileIfAgesAreEqual)
 {
     Write(L"a.txt", "gut", 100);
@@ -105,7 +105,7 @@ TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
     EXPECT_TRUE(Detect(eDM_List).ends_with(GetSummary(1, 0)));
 }
 
-/// A pipe without a writer.
+/// Opening a pipe without a writer would block.
 TEST_F(Duplicates, DoNotWaitForPipes)
 {
     Write(L"b.txt", "gut");
@@ -122,7 +122,7 @@ TEST_F(Duplicates, DoNotWaitForPipes)
     EXPECT_TRUE(text.ends_with(GetSummary(1, 1)));
 }
 
-/// Files that can be opened but not read: a small one, and a large one, which is read in pieces.
+/// Two files can be opened but not read: a small one, and a large one that is read in pieces.
 TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
 {
     constexpr std::uint32_t c_Large = 1 << 20;
@@ -146,8 +146,8 @@ TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
     EXPECT_TRUE(text.ends_with(L"(1/1):\n    c.txt\n    d.txt\n\n" + GetSummary(1, 1))) << LbEncoding::ToUtf8(text);
 }
 
-/// Sizes just below and above those at which files are read in another way, each with a copy and a file that differs in
-/// its last byte.
+/// Tests sizes just below and above the limits at which the way of reading changes. Each size has two equal files and
+/// one that differs in its last byte.
 TEST_F(Duplicates, AreFoundAtAnySize)
 {
     constexpr std::size_t c_Piece = 64 * 1024;
@@ -216,7 +216,8 @@ TEST_F(Duplicates, ExcludeFilesThatAreTooLong)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-/// A sparse file whose content does not fit into memory: it is either read, which fails, or skipped silently.
+/// Tests with sparse files whose content does not fit into memory: reading them fails with a message, skipping them is
+/// silent.
 class DuplicateLengths : public DuplicatesTest
 {
 protected:
@@ -280,7 +281,7 @@ TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
     EXPECT_EQ(Detect(eDM_List), GetCheck() + GetSummary(1, 0));
 }
 
-/// Each file is too large for the memory.
+/// Each file is larger than the available memory.
 TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

@@ -29,8 +29,8 @@ LuMurmurHash3::S128 GetChecksum(const std::string& content)
     return LuMurmurHash3::GetOptimizedChecksum128(content.data(), static_cast<std::uint32_t>(content.size()), 0);
 }
 
-/// Sizes around those of blocks of the checksum and of pieces that are read; each file is longer or shorter than the
-/// one before.
+/// Tests sizes around those of the checksum's blocks and of the pieces that are read. Each file is longer or shorter
+/// than the one before.
 TEST(FileChecksums, AreThoseOfTheWholeContent)
 {
     constexpr std::size_t c_Piece = 128 * 1024;
@@ -55,7 +55,7 @@ TEST(FileChecksums, OfBeginningsIgnoreTheRest)
     EXPECT_TRUE(checksums.GetOfBeginning(folder.WriteFile(L"c", "short")) == GetChecksum("short"));
 }
 
-/// The size of such a file is 0. A file that grows while it is read looks the same.
+/// A file in /proc has the size 0 but contains bytes, like a file that grows while it is read.
 TEST(FileChecksums, DoNotExistForAFileWithMoreBytesThanItsSize)
 {
     const std::wstring path = L"/proc/self/status";

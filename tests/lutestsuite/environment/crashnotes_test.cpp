@@ -51,7 +51,7 @@ protected:
 #endif
     }
 
-    /// What a fork writes to standard error while it calls the function, which crashes; empty without forks.
+    /// Returns what a fork writes to standard error while `crash` ends it; empty without forks.
     std::optional<std::string> ReadReport(const std::function<void()>& crash) const
     {
         const std::wstring path = m_folder.WriteFile(L"errors.txt", "");

@@ -53,7 +53,7 @@ TEST(PreallocateStaticData, TracesAFileThatCannotBeCreated)
 {
     const ScopedFolder folder;
     const std::wstring missing = folder.GetPathOf(L"fehlt");
-    // Each platform reads one of the two.
+    // Each platform reads one of the two variables.
     const ScopedEnvironmentVariable temporaryOnLinux(L"TMPDIR", missing);
     const ScopedEnvironmentVariable temporaryOnWindows(L"TMP", missing);
     const CTraces traces;
@@ -63,7 +63,7 @@ TEST(PreallocateStaticData, TracesAFileThatCannotBeCreated)
     EXPECT_THAT(traces.GetLines(), ElementsAre(c_WarmUpTrace, StartsWith(L"LuTestSuiteEnvironment: Datei ")));
 }
 
-/// The path of the container file in the installed tree: beside the executable's folder.
+/// The place of the container file, which is in a folder beside the executable's folder; the destructor removes it.
 class CContainerPlace : public INonCopyable
 {
 public:
@@ -88,7 +88,7 @@ private:
     }
 };
 
-/// Whether modules find a container, and in it the service "Uhr".
+/// Returns whether modules find a container, and whether it has the service "Uhr".
 std::pair<bool, bool> findContainerAndClock()
 {
     const LuTestSuiteEnvironment environment;
@@ -96,7 +96,7 @@ std::pair<bool, bool> findContainerAndClock()
     return {container != nullptr, container != nullptr && container->HasService(L"Uhr")};
 }
 
-// One test, because all processes of this program share the path.
+// A single test, because all processes of this program share the path of the file.
 TEST(LuTestSuiteEnvironment, SharesTheContainerOfItsFileOrTheDefaultContainer)
 {
     const CContainerPlace place;

@@ -158,7 +158,7 @@ TEST(PreallocateStaticData, MayBeCalledAgain)
 TEST(PreallocateStaticData, LeavesNoFile)
 {
     const ScopedFolder folder;
-    // Each platform reads one of the two.
+    // Each platform reads one of the two variables.
     const ScopedEnvironmentVariable temporaryOnLinux(L"TMPDIR", folder.GetPath());
     const ScopedEnvironmentVariable temporaryOnWindows(L"TMP", folder.GetPath());
     ASSERT_EQ(LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary), folder.GetPath());
@@ -173,7 +173,7 @@ TEST(PreallocateStaticData, LeavesNoFile)
 class LoadDLL : public testing::Test
 {
 protected:
-    /// Creates a file that is no module beside the executable, under a name that no other test uses.
+    /// Creates an invalid module in the executable's folder or below it, under a name that no other test uses.
     std::wstring WriteBrokenModule(const std::wstring& folder = {})
     {
         const std::wstring name = folder + L"BrokenModule-" + LbUniqueId::Generate();

@@ -58,7 +58,7 @@ TEST(ProcessChild, DISABLED_Waits)
     LuTestSuiteUtils::EnterDebugBreakpoint();
 }
 
-/// Starts the next disabled test, and ends before that test asks for its parent.
+/// Starts the next disabled test and ends before that test queries its parent.
 TEST(ProcessChild, DISABLED_LeavesAnOrphan)
 {
     const auto ready = LbOs::CNamedEvent::Open(LbOs::GetEnvironmentText(L"LUTESTSUITE_TEST_READY"));
@@ -247,7 +247,7 @@ TEST(KillAllByName, WarnsWhenTheSystemDoesNotListItsProcesses)
                                           LuColor::c_GOLDENROD));
 }
 
-/// On Linux a zombie has no name.
+/// Tests a child that has ended: on Linux, a zombie has no name.
 TEST(KillAllByName, DoesNotTouchProcessesWithoutName)
 {
     const auto child = StartProbe(L"exit 0");
@@ -349,7 +349,7 @@ TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
     {
         LbOs::KillProcess({id, L"anders"});
     }
-    // A process that was told to end may end slightly later.
+    // A process may end slightly after it was told to.
     EXPECT_FALSE(child->Wait(200));
     for (const unsigned long id : ids)
     {

@@ -24,7 +24,7 @@ protected:
         m_map->InsertAt(place, address, {0, 1, size});
     }
 
-    /// Whether the map visits its entries in the order of that many buckets.
+    /// True if the map visits its entries in the order of `count` buckets.
     bool isOrderedByBucketsOf(std::uint64_t count) const
     {
         std::vector<std::uint64_t> buckets;
@@ -41,7 +41,7 @@ protected:
 
 TEST_F(CAllocationMapTest, HashIsFnv1aOfTheKeysBytes)
 {
-    // Reference values of the published algorithm for eight bytes, lowest byte first.
+    // Computes the published algorithm over eight bytes, lowest byte first.
     const auto reference = [](std::uint64_t key) {
         std::uint64_t hash = 0xCBF29CE484222325;
         for (int byte = 0; byte < 8; ++byte, key >>= 8U)

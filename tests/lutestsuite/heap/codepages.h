@@ -8,7 +8,7 @@
 #include "base/inoncopyable.h"
 #include "base/os/pages.h"
 
-/// A function without parameters that returns a number, on its own pages far from this program.
+/// A function on its own pages, far from this program. It has no parameters and returns a number.
 class CodePages : public INonCopyable
 {
 public:

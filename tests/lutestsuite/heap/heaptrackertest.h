@@ -9,7 +9,7 @@
 #include "base/os/heapfunctions.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
 
-// Called through volatile pointers: the compiler removes allocations that it recognises as unused.
+// Volatile pointers, because the compiler removes allocations that it recognises as unused.
 inline void* (*volatile s_malloc)(std::size_t) = std::malloc;
 inline void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
 inline void (*volatile s_free)(void*) = std::free;

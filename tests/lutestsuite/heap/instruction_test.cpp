@@ -13,7 +13,8 @@ namespace
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Padded with one-byte instructions, so that the code is never too short.
+/// Returns the length of the first instruction; 0 if it is refused. Pads the code with one-byte instructions, so that
+/// it is never too short.
 int lengthOf(Bytes code)
 {
     code.resize(code.size() + LuTestSuite::c_InstructionMax, 0x90);

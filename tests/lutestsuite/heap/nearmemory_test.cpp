@@ -1,4 +1,4 @@
-// Memory that a jump with a 32-bit displacement reaches.
+// Tests of memory that a jump with a 32-bit displacement can reach.
 
 #include "testing/lutestsuite/heap/nearmemory.h"
 
@@ -30,7 +30,7 @@ protected:
         }
     }
 
-    /// Released at the end of the test.
+    /// Allocates memory near the target and releases it at the end of the test.
     std::uintptr_t Allocate(std::uintptr_t target)
     {
         void* const pages = AllocateNear(target, m_size);

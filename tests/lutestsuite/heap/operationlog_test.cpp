@@ -1,4 +1,4 @@
-// The queue of operations that trackers receive later.
+// Tests of the queue of operations that trackers receive later.
 
 #include "testing/lutestsuite/heap/operationlog.h"
 
@@ -12,7 +12,7 @@ namespace
 using LuTestSuite::COperationLog;
 using LuTestSuite::SOperation;
 
-/// More than the pages of one allocation hold.
+/// More operations than the pages of one allocation hold.
 constexpr std::size_t c_Many = 5000;
 
 std::vector<SOperation> s_Replayed;

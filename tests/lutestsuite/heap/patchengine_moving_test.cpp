@@ -5,7 +5,7 @@ using LuTestSuite::EPatchStatus;
 namespace
 {
 
-/// First bytes of functions.
+/// Tests which instructions at the beginning of a function can be moved.
 class CPatchEngineMoving : public CPatchEngineTest
 {
 };
@@ -56,7 +56,8 @@ TEST_F(CPatchEngineMoving, PartlyPatchedLongInstructionIsMoved)
 
 TEST_F(CPatchEngineMoving, CallBehindTheStackPointerIsMoved)
 {
-    // The start of functions in the Windows C library: sub rsp, 28h; call. The call skips add rsp, 28h and ret.
+    // The start of functions in the Windows C library: sub rsp, 28h; call. The target of the call is behind add rsp,
+    // 28h and ret.
     expectMovable(
         CodePages{0x48, 0x83, 0xEC, 0x28, 0xE8, 5, 0, 0, 0, 0x48, 0x83, 0xC4, 0x28, 0xC3, 0xB8, 22, 0, 0, 0, 0xC3}, 22);
 }

@@ -11,7 +11,7 @@ using LuTestSuite::EPatchStatus;
 namespace
 {
 
-/// Threads that execute the code to be patched.
+/// Tests with threads that execute the code to be patched.
 class CPatchEngineThreads : public CPatchEngineTest
 {
 };
@@ -83,7 +83,7 @@ TEST_F(CPatchEngineThreads, ThreadsMayStartAndEndMeanwhile)
     EXPECT_EQ(strange, 0);
 }
 
-// Windows can stop any thread.
+// Windows can stop any thread, so the changes succeed there.
 TEST_F(CPatchEngineThreads, ThreadThatCannotBeStoppedPreventsAnyChange)
 {
     const bool canStop = LbOs::c_PathSeparator == L'\\';

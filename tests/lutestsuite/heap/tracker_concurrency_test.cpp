@@ -17,7 +17,7 @@
 namespace
 {
 
-/// Works without the C library's locks, whose first use may allocate.
+/// A flag to wait for. It does not use locks of the C library, because their first use may allocate.
 class CFlag
 {
 public:
@@ -44,7 +44,7 @@ class CAllocatingThread
 public:
     explicit CAllocatingThread(unsigned seed) : m_thread([this, seed] { run(seed); }) {}
 
-    /// Number of blocks whose content was lost.
+    /// Ends the thread and returns the number of blocks whose content was lost.
     int End()
     {
         m_isDone = true;
@@ -96,7 +96,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, ManyPatchesUnderLoadLoseNoBlock)
     constexpr int c_Cycles = 2000;
     int cycles = 0;
     int hooked = 0;
-    // Stopping the threads for a patch takes up to a hundred times as long under Wine.
+    // A time limit, because stopping the threads for a patch takes up to a hundred times as long under Wine.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     for (; cycles < c_Cycles && (cycles < c_Cycles / 10 || std::chrono::steady_clock::now() < end); ++cycles)
     {

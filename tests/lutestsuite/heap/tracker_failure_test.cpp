@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Heaps that cannot be patched at first.
+/// Tests of heaps that cannot be patched at first.
 class LuTestSuiteHeapTrackerFailure : public LuTestSuiteHeapTrackerTest
 {
 };

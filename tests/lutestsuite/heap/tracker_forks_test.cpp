@@ -9,7 +9,7 @@
 namespace
 {
 
-/// Processes that fork while threads use trackers.
+/// Tests of processes that fork while threads use trackers.
 class LuTestSuiteHeapTrackerForkThreads : public LuTestSuiteHeapTrackerTest
 {
 protected:
@@ -23,7 +23,7 @@ protected:
     }
 };
 
-/// A thread that calls `function` repeatedly until it is destroyed.
+/// A thread that calls `function` repeatedly until the object is destroyed.
 template<typename F>
 class CRepeatingThread
 {
@@ -182,7 +182,8 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadsCreateAndDestroyTrackersDuringF
         return result + countOnce();
     };
     const CRepeatingThread unhooking([] { LuTestSuiteHeapTracker::UnhookAll(); });
-    // A child's first thread reuses the stack of the thread that was started last, which must have a tracker.
+    // These threads start last and use trackers, because the first thread of a child reuses the stack of the thread
+    // that was started last.
     const CRepeatingThread first(make);
     const CRepeatingThread second(make);
     for (int round = 0; round < 100; ++round)

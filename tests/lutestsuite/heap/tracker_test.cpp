@@ -56,7 +56,7 @@ TEST(LuTestSuiteHeapTrackerWithoutHeap, CountsNothingSilently)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-/// Sets a state that no sequence of successful operations produces.
+/// Brings a tracker into states that no sequence of successful operations produces.
 class LuTestSuiteHeapTrackerConsistency : public LuTestSuiteHeapTrackerTest
 {
 protected:
@@ -117,7 +117,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, DumpReportsLackOfMemoryForItsList)
         block = s_malloc(16);
     }
     tracker.Deactivate();
-    // The text uses the heap, which also has no further memory.
+    // Leaves free memory in the heap for the dump's text, because the heap cannot get more from the system either.
     s_free(s_malloc(100'000));
     if (!LbOs::SetPagesForbidden(true))
     {

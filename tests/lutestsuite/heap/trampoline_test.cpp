@@ -1,4 +1,4 @@
-// Where threads continue that have stopped before an instruction of a patched function.
+// Tests where a thread continues that was stopped at an overwritten instruction or at its copy.
 
 #include "testing/lutestsuite/heap/trampoline.h"
 
@@ -19,13 +19,13 @@ constexpr std::uintptr_t c_Target = 0x7F0000001000;
 constexpr std::uintptr_t c_Block = 0x7F0000100000;
 constexpr std::uintptr_t c_DetourAddress = 0x7F0000002000;
 
-/// The beginning of a function, and where its overwritten instructions are.
+/// The beginning of a function, and the offsets of the instructions that a patch overwrites.
 struct SPrologueCase
 {
     const char* name;
     std::vector<std::uint8_t> code;
     std::vector<std::size_t> starts;
-    std::size_t size; ///< bytes of these instructions
+    std::size_t size; ///< of these instructions, in bytes
 };
 
 class Trampoline : public testing::TestWithParam<SPrologueCase>

@@ -44,7 +44,8 @@ protected:
                         m_folder.GetPath(), classes, cases);
     }
 
-    /// Writes descriptions of cases of the passing model.
+    /// Writes a description file with these elements for the passing model; returns the folder of the model, with
+    /// trailing separator.
     std::wstring Describe(const std::string& testCases) const
     {
         m_folder.WriteFile(L"CPassedModel/#ExtraInfo.xml", "<ExtraInfo>" + testCases + "</ExtraInfo>");

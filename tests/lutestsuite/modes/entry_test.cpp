@@ -14,7 +14,7 @@
 namespace
 {
 
-/// The function that hosts call.
+/// Tests of the function that hosts call.
 class RunCommandLine : public RunTest
 {
 protected:
@@ -30,7 +30,7 @@ protected:
 
     std::string GetUtf8() const { return LbEncoding::ToUtf8(m_output.GetText()); }
 
-    /// The options that run a directory with this content.
+    /// The options that run the cases of the test's folder, followed by `more`.
     std::vector<std::wstring> GetRunOptions(std::vector<std::wstring> more = {}) const
     {
         std::vector<std::wstring> options = {L"-d",    m_folder.GetPath(), L"--dll", L"datasetmodels",

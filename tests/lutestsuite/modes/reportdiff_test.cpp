@@ -24,7 +24,7 @@ namespace
 class GenerateReportDiff : public testing::Test
 {
 protected:
-    /// Compares these files, and writes no style sheet and script beside the page.
+    /// A setup that compares these files and writes no style sheet or script beside the page.
     LuTestSuiteSetup MakeSetup(std::vector<std::wstring> inputs) const
     {
         LuTestSuiteSetup setup;
@@ -94,7 +94,7 @@ TEST_F(GenerateReportDiff, UsesTheSettingsOfThePageFromTheSetup)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"LuTestSuite.js")));
     const std::vector<SPageRow> rows = GetRows(ReadPage(setup.diffOutput), "testcases");
     EXPECT_TRUE(std::ranges::none_of(rows.begin() + 1, rows.end(), &std::string::empty, &SPageRow::rowClass));
-    // The leaking case exists only in the reference run: it is worse only if warnings count.
+    // Only the reference run contains the leaking case, which counts as worse only if warnings count.
     EXPECT_TRUE(std::ranges::any_of(rows, [](const SPageRow& row) { return row.cells.at(4) == "Leck"; }));
 }
 

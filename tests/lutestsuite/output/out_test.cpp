@@ -219,7 +219,7 @@ TEST(LuTestSuiteOut, ReachesCustomOutputsBesideTheConsole)
     EXPECT_EQ(output.GetText(), L"beide\n");
 }
 
-/// Custom outputs cannot be removed, so these exist once per process and tests switch them on.
+/// An output that tests switch on. It exists once per process, because custom outputs cannot be removed.
 class CSwitchedOut : public LuTestSuiteOut::LuCustomOut
 {
 public:
@@ -235,7 +235,7 @@ public:
         }
     }
 
-    /// Registers A, which throws, B, and A again, once per process; from now on all write to `log`.
+    /// Makes all outputs write to `log`. The first call registers them: A, which throws, then B, then A again.
     static void WriteTo(std::wstring* log)
     {
         static CSwitchedOut& first = *new CSwitchedOut(L"A", true);

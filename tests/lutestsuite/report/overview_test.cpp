@@ -24,7 +24,7 @@ using SData = LuTestSuiteReport::SReportData;
 class ReportDirectoryOverview : public testing::Test
 {
 protected:
-    /// Adds a report to the archive, by default of a run with three cases of which one failed.
+    /// Adds a report to the archive. By default, one of the three cases of its run has failed.
     void AddReport(const std::wstring& name, const std::wstring& dateBegin,
                    const std::wstring& configuration = L"Release x64", std::uint32_t successful = 2,
                    std::uint32_t total = 3)
@@ -422,7 +422,7 @@ TEST_F(ReportDirectoryOverview, PrintsOneLineWhenItCannotBeWritten)
     int count = 0;
     for (const SUnwritablePlace& place : places)
     {
-        // An overview's path cannot be chosen.
+        // The overview is always below the reports' folder, so other places cannot be tested.
         if (!place.path.starts_with(m_folder.GetPath()))
         {
             continue;

@@ -20,7 +20,7 @@ namespace
 
 using SReportData = LuTestSuiteReport::SReportData;
 
-/// The record after writing, reading and writing again.
+/// Tests that a record stays the same when it is written, read and written again.
 class XmlReportRoundTrip : public testing::Test
 {
 protected:
@@ -106,7 +106,7 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingADamagedReportOnce)
         {
             continue;
         }
-        // If markup is still damaged, the written report is unreadable.
+        // If damaged markup remains in the record, the written report is unreadable and is not compared.
         const std::string first = Write(data);
         SReportData again;
         if (Read(again))
@@ -244,7 +244,7 @@ TEST_F(XmlReportRoundTrip, ReadsItsOwnLayoutLikeAnyOther)
         std::string bytes = changeLayout(Write(MakeRandomReport(random)), random);
         bytes = seed % 4 == 0 ? damage(std::move(bytes), random) : bytes;
         const std::string result = readAgain(bytes);
-        // With a blank here, the layout is no longer the writer's, but the content is the same.
+        // A blank here changes the writer's layout but not the content.
         const std::size_t place = bytes.find(c_Declared);
         ASSERT_EQ(result, readAgain(bytes.replace(std::min(place, bytes.size()), 0, " "))) << "seed " << seed;
     }
@@ -252,7 +252,7 @@ TEST_F(XmlReportRoundTrip, ReadsItsOwnLayoutLikeAnyOther)
 
 TEST_F(XmlReportRoundTrip, DropsAnEmptyBuildRecord)
 {
-    // As in builds outside a checkout.
+    // Like the record of a build outside a checkout.
     SReportData data;
     data.PscmInfo = std::make_unique<LuTestSuiteUtils::SPscmInfo>();
     EXPECT_NE(Write(data).find("\t\t<PscmRepository></PscmRepository>\n"), std::string::npos);

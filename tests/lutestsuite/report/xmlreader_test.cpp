@@ -24,7 +24,7 @@ using SReportData = LuTestSuiteReport::SReportData;
 class XmlReportReader : public testing::Test
 {
 protected:
-    /// Reads a report whose root element has this content. The record is not empty before.
+    /// Reads a report whose root element has this content into a record that is not empty.
     SReportData Read(const std::string& content) const
     {
         SReportData data;
@@ -299,13 +299,13 @@ TEST_F(XmlReportReader, RefusesAWrongRoot)
 TEST_F(XmlReportReader, RefusesPathsThatAreNoFiles)
 {
     std::vector<std::wstring> places = {LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"))};
-    // Infinite.
+    // A device that never ends.
     const std::wstring device = L"/dev/zero";
     if (LbFileSystem::IsFile(device))
     {
         places.push_back(device);
     }
-    // A pipe without a writer.
+    // Opening a pipe without a writer would block.
     if (const std::wstring pipe = m_folder.GetPathOf(L"Leitung.xml"); LbOs::MakePipe(pipe))
     {
         places.push_back(pipe);
@@ -359,7 +359,7 @@ TEST_F(XmlReportReader, NeedsLessThanSixTimesTheFileInMemory)
         SReportData data;
         return LuTestSuiteReport::LoadReportDataFromXMLFile(path, data) && data.Cases.size() == c_ManyCases;
     });
-    // Sanitizers increase memory use.
+    // CanLimitHost is false with sanitizers, which increase memory use.
     if (!peak || !CanLimitHost())
     {
         GTEST_SKIP() << "the memory use of a fork cannot be measured here";

@@ -284,7 +284,7 @@ TEST_F(RunRecreate, DoesNotRunTheCases)
 {
     m_environment.LoadDLL(L"exceptionmodels", false);
 
-    // Each throws in an operation that only a run calls.
+    // Each model throws in an operation that only a run calls.
     Recreate({MakeUnitTest(L"CSetMessageStreamThrows", {L"Fall"}), MakeUnitTest(L"CPrepareSubtestThrows", {L"Fall"}),
               MakeUnitTest(L"CRunUnitTestThrows", {L"Fall"})});
 
@@ -391,7 +391,7 @@ TEST_F(RunRecreate, NeedsNoCallbacksWithoutCases)
     EXPECT_NO_THROW(Recreate({MakeModel({})}));
 }
 
-/// Starts in a folder other than the executable's.
+/// Tests that start in a folder other than the executable's.
 class RunRecreatePlaces : public RunRecreate
 {
 protected:

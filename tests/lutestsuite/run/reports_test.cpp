@@ -21,7 +21,7 @@ namespace
 
 using Names = std::vector<std::wstring>;
 
-/// The reports at the end of a run.
+/// Tests of the reports at the end of a run.
 class RunReports : public RunTest
 {
 protected:
@@ -30,7 +30,7 @@ protected:
     {
     }
 
-    /// Runs, and expects the verdict that reports must not change.
+    /// Runs the cases. Expects the usual verdict, which reports must not change.
     void Run()
     {
         const auto result = RunTest::Run(m_setup);
@@ -215,7 +215,7 @@ TEST_F(RunReports, AreOpenedOnTheDesktopWithoutWaitingForIt)
     m_setup.htmlReport = GetPathOf(L"Über mich & \"dich\" $x.html");
     Run();
 
-    // The opener waits until here, and the run did not wait for it. Only pages that were written are opened.
+    // The opener waits until this call, so the runs did not wait for it. Only pages that were written are opened.
     EXPECT_EQ(opened.Await(), Names{m_setup.htmlReport});
 }
 
@@ -235,7 +235,7 @@ TEST_F(RunReports, DoNotFailTheRunWithoutADesktop)
     EXPECT_TRUE(m_output.GetText().ends_with(L"1 fehlerhafte Testfälle\n"));
 }
 
-/// Reports with relative paths, whose working directory is removed.
+/// Tests of reports with relative paths whose working directory has been removed.
 class RunReportsWithoutDirectory : public testing::Test
 {
 protected:

@@ -141,7 +141,7 @@ TEST_F(RunCallbacks, RaiseBadFunctionCallWithoutANotification)
 
 TEST_F(RunCallbacks, RestoreTheWorkingDirectoryWhenTheyThrow)
 {
-    // Must differ from the executable's folder, where cases run.
+    // The working directory must differ from the executable's folder, where cases run.
     const ScopedFolder folder;
     const ScopedWorkingDirectory workingDirectory(folder.GetPath());
     const std::wstring before = LbOs::GetWorkingDirectory();

@@ -1,4 +1,4 @@
-// What the runner calls on a unit test, and when.
+// Tests what the runner calls on a unit test, and when.
 
 #include <string>
 #include <vector>

@@ -33,7 +33,7 @@ constexpr SMode c_Modes[] = {{"InTheProcess", false, false, false},
 struct SModel
 {
     const char* name;
-    bool hasIndex; ///< its cases report their index
+    bool hasIndex; ///< each case reports its index
 };
 
 const SModel c_Models[] = {{"CChangingModel", false},
@@ -61,7 +61,7 @@ protected:
 class RunChangesOfAllModels : public RunChanges, public testing::WithParamInterface<std::tuple<SModel, SMode>>
 {
 protected:
-    /// "a.txt", "b.txt" and "c.txt", of which the first case removes "b.txt" and adds "new.txt".
+    /// Writes "a.txt", "b.txt" and "c.txt". The first case removes "b.txt" and adds "new.txt".
     void MakeFiles()
     {
         const std::string name = m_model.name;

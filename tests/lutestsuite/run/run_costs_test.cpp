@@ -1,4 +1,4 @@
-// What a case costs apart from time: listings and allocations.
+// Tests what a case costs apart from time: listings of folders and allocations.
 
 #include <chrono>
 #include <cstddef>
@@ -24,7 +24,7 @@ namespace
 
 constexpr int c_Files = 50;
 
-/// Has more sub-tests than a case needs. Each function is so large that a function object must allocate memory for it.
+/// Has many more sub-tests than a case needs. Each function is so large that std::function must allocate memory for it.
 class CNamesMany : public LuUnitTest
 {
     LB_RTTI(CNamesMany)
@@ -57,7 +57,7 @@ class CRunsFiles : public LuUnitTest
 };
 LB_RTTI_CLASS(CRunsFiles, LuUnitTest)
 
-/// Allocations of the function; empty if they cannot be counted.
+/// The number of allocations that `function` makes; empty if they cannot be counted.
 template<typename F>
 std::optional<std::uint64_t> countAllocations(const F& function)
 {
@@ -76,7 +76,7 @@ std::optional<std::uint64_t> countAllocations(const F& function)
     return count;
 }
 
-/// The folder of a unit test with files that pass.
+/// Makes the folder of a unit test with `count` files that pass; returns its path.
 std::wstring makeFiles(const ScopedFolder& folder, const std::wstring& className, int count)
 {
     for (int index = 0; index < count; ++index)
@@ -95,7 +95,7 @@ void awaitSharedListing(const std::wstring& folder)
     }
 }
 
-/// Waits until the folder has not changed for more than two seconds.
+/// Waits until the last change of the folder was more than two seconds ago.
 void awaitOldAge(const std::wstring& folder)
 {
     using std::chrono::system_clock;
@@ -157,7 +157,7 @@ TEST_F(RunCostsOfNames, AreOneNameInTheProcessOfAnIsolatedCase)
     setup.includes = {L":Fall 49$", L":Fall 10$"};
     const LuTestSuiteRun::SRunResult result = Run(setup);
 
-    // The name "Fall 10" exists twice: both cases run the first sub-test, like a search of all names.
+    // The name "Fall 10" exists twice. Both cases run the first sub-test of that name, as a search of all names would.
     ASSERT_EQ(result.cases.size(), 3U);
     for (const LuTestSuiteRun::SCaseInfo& info : result.cases)
     {
@@ -211,7 +211,8 @@ TEST_F(RunCostsOfFiles, AreOneListingOfTheirFolderOnSeveralThreads)
 TEST_F(RunCostsOfFiles, AreTwoListingsOfAFolderThatHasJustChangedWithIsolatedCases)
 {
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
-    // The process reads the folder a second time as soon as the listing is certain, to share it.
+    // To share the listing, the process reads the folder a second time as soon as a listing is certain to notice each
+    // change.
     setup.params.external = setup.params.isolated = true;
     const auto reads = CountReads(setup, m_directory);
     if (!reads)
@@ -224,8 +225,8 @@ TEST_F(RunCostsOfFiles, AreTwoListingsOfAFolderThatHasJustChangedWithIsolatedCas
 
 TEST_F(RunCostsOfFiles, AreFewListingsOfAFolderThatHasJustChangedWhereIsolatedCasesAskForTheirFiles)
 {
-    // The first processes read the folder themselves. Starting all of them takes much longer than the time after which
-    // the listing is certain.
+    // The first child processes read the folder themselves, until the run can share a listing that is certain to notice
+    // each change. Starting all of them takes much longer than that.
     constexpr int c_Many = 300;
     const std::wstring directory = makeFiles(m_folder, L"inner/CAskingModel", c_Many);
     if (!LbOs::HasTimesOfThisSystem(directory))
@@ -282,7 +283,7 @@ TEST_F(RunCostsOfFiles, AreOneListingOfAnOldFolderWhereEachObjectNeedsIt)
 
 TEST_F(RunCostsOfFiles, AreNoListingsInManyChildrenWhereTheProcessKnowsTheFolderAlready)
 {
-    // Needs the index of its case in each child.
+    // This class needs the index of its case in each child.
     const std::wstring directory = makeFiles(m_folder, L"inner/CChangingIndexModel", c_Files);
     awaitSharedListing(directory + L"/");
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPathOf(L"inner"));

@@ -41,8 +41,8 @@ protected:
         return events.ends.at(1);
     }
 
-    /// Runs a case that crashes. Under Wine, a dump takes seconds, and a crashed process does not wait that long: the
-    /// test is skipped there and must return after the call.
+    /// Runs a case that crashes. On Windows, skips the test if no dump was written: under Wine a dump takes seconds,
+    /// and a crashed process does not wait that long. The caller must return if IsSkipped.
     void RunAbort()
     {
         m_end = RunFor(L"abort", m_folder.GetPath());

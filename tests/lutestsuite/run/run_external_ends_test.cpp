@@ -1,4 +1,4 @@
-// What a case's messages tell about the end of its process.
+// Tests what a case's messages tell about the end of its process.
 
 #include <algorithm>
 #include <filesystem>

@@ -71,7 +71,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessAfterAnIdleOneHasLeft)
 TEST_F(RunExternalLeaving, LosesNoCaseWhileAProcessLeaves)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
-    // An idle child exits after 5 s: at this moment it may be waiting, exiting or gone.
+    // An idle child exits after 5 s. After 5003 ms it may be waiting, exiting or gone.
     setup.resultCallback = [](ECaseRunResult) { std::this_thread::sleep_for(std::chrono::milliseconds(5003)); };
 
     const SRunResult result = Run(setup);
@@ -84,7 +84,7 @@ TEST_F(RunExternalLeaving, LosesNoCaseWhileAProcessLeaves)
         << result.cases.at(1).processIndex - first;
 }
 
-/// The parameter: whether each case has its own process.
+/// The parameter is true if each case has its own process.
 class RunExternalExitHandlers : public RunExternalLeaving, public testing::WithParamInterface<bool>
 {
 };

@@ -70,7 +70,7 @@ TEST_F(RunExternalNames, AreNewForTheNextProcess)
     EXPECT_EQ(result.cases.at(4).messages, L"\t\tINFO:  2\n");
 }
 
-/// The new process gets the request that the first one did not take.
+/// The first process has ended before it took the request, so the new process gets it.
 TEST_F(RunExternalNames, AreNewWhenAProcessHasEndedBetweenTwoCases)
 {
     LuTestSuiteSetup setup = MakeIntrusive({c_Removes, L"zählt"});

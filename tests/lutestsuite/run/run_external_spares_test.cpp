@@ -19,7 +19,7 @@ using LuTestSuiteRun::SRunResult;
 class RunExternalSpares : public ExternalRunTest
 {
 protected:
-    /// The largest number of children at the end of a case.
+    /// The largest number of children that exist at the end of a case.
     std::ptrdiff_t CountChildren(LuTestSuiteSetup setup)
     {
         std::ptrdiff_t most = 0;

@@ -138,7 +138,7 @@ TEST_F(RunExternal, ReplacesAProcessThatLeavesBeforeItsFirstCase)
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
 }
 
-/// Also when parent and child share one processor to exchange the request.
+/// Also holds after parent and child have shared one processor to exchange the request.
 TEST_F(RunExternal, LetsEachCaseUseAllProcessors)
 {
     LuTestSuiteSetup setup = MakeCrash({L"zählt Prozessoren"});
@@ -283,8 +283,9 @@ TEST_F(RunExternal, StartsAnotherProcessAfterACrash)
 
 TEST_F(RunExternal, NoticesACrashAtOnce)
 {
-    // If the run noticed crashes only by its check once a second, each crash would take at least a second. The shortest
-    // time counts, because the machine may be busy. The cases before the crashes start the processes.
+    // If the run noticed crashes only by its check once a second, each crash would take at least a second. Only the
+    // shortest time is tested, because the machine may be busy. It does not include the start of a process, because
+    // another case runs before each crash.
     constexpr std::uint64_t c_Check = 1'000'000'000;
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"abort"});
     setup.params.repetitions = 10;
@@ -358,7 +359,7 @@ TEST_F(RunExternal, NamesThreadAndProcessWhenVerbose)
     EXPECT_NE(m_output.GetText().find(L"OK [P" + process + L"]\n"), std::wstring::npos);
 }
 
-/// The empty case shows what the runner itself allocates.
+/// An empty case shows what the runner itself allocates.
 TEST_F(RunExternal, CountsTheHeapWhereTheCaseRuns)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)

@@ -22,7 +22,7 @@ using LuTestSuiteRun::SRunResult;
 class RunExternalTree : public ExternalRunTest
 {
 protected:
-    /// The case forks. The copy of the process returns from the case while the next case runs, and must then end.
+    /// Runs a case that forks. The fork returns from the case while the next case runs, and must then end.
     void ExpectCopyToEndWith(const std::wstring& caseName)
     {
         const SRunResult result = Run(MakeCrash({caseName, L"erwartet Kopie", L"nachher"}));
@@ -43,7 +43,7 @@ TEST_F(RunExternalTree, DoesNotDelayTheTimeOut)
     constexpr double c_Longest = 2.1;
     double delay = c_Longest;
     bool isStarted = false;
-    // On a busy machine the processes may need more time to start, and the end may come late.
+    // Repeats the test with longer limits, because on a busy machine the processes start and end late.
     for (const std::uint32_t timeOut : {2U, 6U, 20U})
     {
         LuTestSuiteSetup setup = MakeCrash({L"startet Prozesse"});

@@ -72,8 +72,8 @@ protected:
 
     void expectBalanced(const std::wstring& name)
     {
-        // The first run of the case also counts what the run-time and the module allocate once and keep, so the second
-        // one is checked.
+        // The first run of the case also counts memory that the run-time and the module allocate once and keep, so only
+        // the second run is checked.
         const SRunResult result = Run(makeTracked({name, name}));
         EXPECT_EQ(static_cast<std::int64_t>(result.cases.at(1).memoryGrowth), 0);
         EXPECT_FALSE(result.cases.at(1).warning);

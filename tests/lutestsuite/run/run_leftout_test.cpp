@@ -1,4 +1,4 @@
-// Cases that a host leaves out while the run is in progress.
+// Tests of cases that a host leaves out while the run is in progress.
 
 #include <algorithm>
 #include <chrono>
@@ -27,7 +27,7 @@ using testing::Not;
 class RunLeavingOut : public RunTest
 {
 protected:
-    /// Runs four cases without those at these places.
+    /// Runs four cases except those with these indices.
     SRunResult RunWithout(const std::vector<std::size_t>& indices, std::uint32_t workers = 0)
     {
         LuTestSuiteSetup setup =

@@ -1,4 +1,4 @@
-// Cases have the same outcomes in every mode.
+// Tests that cases have the same outcomes in every mode.
 
 #include <algorithm>
 #include <iterator>
@@ -91,7 +91,7 @@ TEST_P(RunParallelModes, EndAsTheTableSays)
     expectTable(Run(setup), models::c_Outcomes, GetParam());
 }
 
-/// With cases that end their process or never return.
+/// Tests with cases that end their process or never return.
 class RunParallelCrashes : public RunParallelModes
 {
 };
@@ -111,7 +111,7 @@ TEST_P(RunParallelCrashes, EndAsTheTableSays)
     expectTable(Run(setup), models::c_CrashOutcomes, GetParam());
 }
 
-/// The parallel modes except the one whose threads take seconds to start.
+/// Tests the parallel modes except the one whose threads take seconds to start.
 class RunParallelFasterModes : public RunParallelModes
 {
 };

@@ -17,7 +17,7 @@ class RunOutcomes : public RunTest, public testing::WithParamInterface<models::S
 {
 };
 
-/// A name that GoogleTest accepts.
+/// Makes a name that GoogleTest accepts.
 std::string getTestName(const testing::TestParamInfo<models::SOutcome>& info)
 {
     std::string name = std::to_string(info.index) + "_";

@@ -1,4 +1,4 @@
-// Where a run and its cases take place: directories and the assertion dialog.
+// Tests the directories and the assertion dialog of a run and its cases.
 
 #include <functional>
 #include <regex>
@@ -19,7 +19,7 @@
 namespace
 {
 
-/// The environment of the test starts in a directory of the test.
+/// The environment is created while the working directory is a folder of the test.
 class RunPlaces : public testing::Test
 {
 protected:
@@ -133,7 +133,7 @@ TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerialization)
     EXPECT_TRUE(std::regex_match(time, std::wregex(LR"(\d{4}-\d{2}-\d{2} \d{2}\.\d{2}\.\d{2})")));
 }
 
-/// In child processes, on worker threads and in both.
+/// Tests child processes, worker threads, and both together.
 TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerializationInEveryMode)
 {
     for (const auto& [external, parallel] : {std::pair(true, false), std::pair(false, true), std::pair(true, true)})

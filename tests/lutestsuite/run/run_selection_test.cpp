@@ -1,4 +1,4 @@
-// Where a run gets its unit tests from.
+// Tests where a run gets its unit tests from.
 
 #include <string>
 #include <vector>

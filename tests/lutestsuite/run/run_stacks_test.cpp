@@ -75,7 +75,7 @@ TEST_P(RunStacksOf, NameTheFunctionAtFault)
     EXPECT_TRUE(stack.isAtFault);
     EXPECT_LE(stack.frames.size(), SThreadStack::sc_uiMostFrames);
     EXPECT_TRUE(std::ranges::any_of(stack.frames, [](const SStackFrame& frame) {
-        // Symbols of functions that a module does not export are rare on Windows.
+        // On Windows, stacks rarely name functions that a module does not export, so their names are not checked.
         const bool isNamed =
             LbPath::c_Separator == L'\\' || frame.function.find(GetParam().function) != std::wstring::npos;
         return isNamed && frame.offset != 0 && frame.module.find(L"crashmodels") != std::wstring::npos;
@@ -148,7 +148,8 @@ TEST_F(RunStacks, AreReadForACrashThatIsNoticedAfterTheTimeLimit)
             timer.emplace(LbTimer::eR_MilliSecond);
         }
     };
-    // The run checks the limit before it calls this, for the first time after a second.
+    // The run calls this just after it has checked the limit, for the first time after a second. Waits until the limit
+    // has passed and then makes the case crash, so that the run notices the crash after the limit.
     setup.checkCallback = [&] {
         constexpr std::uint64_t c_Limit = 2000;
         if (timer && timer->GetElapsed() > c_Limit / 4)
@@ -173,7 +174,7 @@ TEST_F(RunStacks, AreReadForACrashThatIsNoticedAfterTheTimeLimit)
 
 TEST_F(RunStacks, AreThoseOfAllThreads)
 {
-    // A thread of the case waits for a lock that the case's own thread holds.
+    // The case starts a thread, which waits for a lock that the case's own thread holds.
     const EventRecorder::SEnd end = RunFor(L"Verklemmung");
 
     EXPECT_TRUE(std::ranges::any_of(end.end.stacks, [](const SThreadStack& stack) {

@@ -23,7 +23,7 @@ constexpr auto BoldColored = CapturedOutput::BoldColored;
 class RunConsole : public RunTest
 {
 protected:
-    /// The line that completes the header of one case.
+    /// Runs one case and returns the line that completes its header.
     CapturedOutput::SLine GetResultLine(const LuTestSuiteSetup& setup)
     {
         Run(setup);

@@ -1,4 +1,4 @@
-// What an observer of a run is told.
+// Tests which events an observer of a run receives.
 
 #include <algorithm>
 #include <atomic>
@@ -19,7 +19,7 @@
 namespace
 {
 
-/// What the model's cases do.
+/// Functions that the model's two cases call.
 std::function<void()> s_firstCase;
 std::function<void()> s_secondCase;
 
@@ -186,7 +186,7 @@ TEST_F(RunEvents, TellOnceThatTheRunWasCanceled)
 {
     LuTestSuiteSetup setup = MakeObserved(4);
     setup.params.repetitions = 50;
-    // Returns true only once: a host that has canceled is not asked again.
+    // Returns true only once, because the run must not ask again after a cancellation.
     setup.checkCallback = [isFirst = true, this]() mutable {
         return m_events.ends.size() > 10 && std::exchange(isFirst, false);
     };

@@ -18,7 +18,7 @@ using LuTestSuite::CAutomaton;
 using LuTestSuite::SExpressionSyntax;
 using Numbers = std::vector<std::uint32_t>;
 
-/// An automaton that tells which of the expressions are found.
+/// Makes an automaton that reports which of the expressions are found.
 CAutomaton MakeForEach(const Texts& expressions)
 {
     CAutomaton automaton(CAutomaton::EGoal::Each);

@@ -97,7 +97,7 @@ protected:
         return names;
     }
 
-    /// The parameters that these elements give a case.
+    /// The parameters that a case gets from these elements.
     ParameterMap ReadParameters(const std::string& parameters)
     {
         return ReadElements("<TestCase name='zwei'>" + parameters + "</TestCase>").cases.at(1).parameters;

@@ -68,7 +68,7 @@ std::wstring Unescape(std::wstring text)
     return text;
 }
 
-/// For each case the index of the last matching element, found by trying all of them in order.
+/// For each name the number of the last matching element, or 0. Tries all elements in order.
 std::vector<std::uint32_t> FindLastPlainly(const Texts& names, const Texts& wildcards)
 {
     std::vector<std::uint32_t> last(names.size());
@@ -84,7 +84,7 @@ std::vector<std::uint32_t> FindLastPlainly(const Texts& names, const Texts& wild
         }
         catch (const std::regex_error&)
         {
-            // The product ignores such an element with a warning.
+            // Discovery ignores an invalid element with a warning.
             continue;
         }
     }

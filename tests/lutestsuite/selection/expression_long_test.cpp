@@ -39,7 +39,7 @@ std::wstring MakeChoice(std::size_t count, std::size_t length)
     return choice;
 }
 
-/// The number of selected cases among these, in a class whose path names begin with "/daten/CLang:".
+/// The number of cases with these names that `include` selects. Their path names begin with "/daten/CLang:".
 std::size_t CountSelected(const std::vector<std::wstring>& names, const std::wstring& include)
 {
     LuTestSuite::SUnitTest test;
@@ -71,7 +71,7 @@ std::wstring GetMessage(const std::vector<std::wstring>& names, const std::wstri
 class LongExpression : public testing::TestWithParam<bool>
 {
 protected:
-    /// As ::CountSelected. Expects that the parameter tells what searches for the expression.
+    /// Calls ::CountSelected. Expects that the automaton takes the expression exactly if the parameter is false.
     static std::size_t CountSelected(const std::vector<std::wstring>& names, const std::wstring& expression)
     {
         const std::wstring include = (GetParam() ? c_ForEngine : L"") + expression;

@@ -60,7 +60,8 @@ std::optional<Texts> Select(const Texts& names, const Texts& includes)
     return selected;
 }
 
-/// Like Select, with the standard library only. The unit test has no directory and no class name.
+/// Does the same as Select with the standard library only. Assumes that the unit test has no directory and no class
+/// name.
 std::optional<Texts> SelectPlainly(const Texts& names, const Texts& includes)
 {
     std::vector<std::wregex> expressions;

@@ -219,7 +219,7 @@ TEST_F(FilterTestCases, AcceptsAnEmptyList)
     EXPECT_THAT(m_tests, IsEmpty());
 }
 
-// Plain text instead of expressions.
+// Patterns as plain text instead of expressions.
 
 TEST_F(FilterTestCases, ComparesPlainTextWithTheEndOfThePathName)
 {
@@ -257,7 +257,7 @@ TEST_F(FilterTestCases, ComparesPlainTextCaseSensitively)
     EXPECT_THAT(GetSelected(), IsEmpty());
 }
 
-// The same characters on all platforms.
+// Characters have the same meaning on all platforms.
 
 TEST_F(FilterTestCases, TreatsWideFormsOfOperatorsLiterally)
 {

@@ -88,7 +88,7 @@ TEST(GuardedExpressions, AgreeWithTheStandardLibrary)
             ++nameCount;
         }
     }
-    // Otherwise the test would check too little.
+    // With fewer matches or misses, the test would check too little.
     EXPECT_GT(takenCount, 1'000U);
     EXPECT_GT(foundCount, nameCount / 20);
     EXPECT_LT(foundCount, nameCount * 19 / 20);

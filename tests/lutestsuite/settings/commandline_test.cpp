@@ -54,7 +54,7 @@ TEST_P(CommandLineOption, ChangesItsFieldsOnly)
     EXPECT_THAT(GetChanges(), ElementsAreArray(GetParam().changes));
 }
 
-// In the order of registration. The data directory has its own tests, because it must exist.
+// The options are in the order of their registration. The data directory has its own tests, because it must exist.
 INSTANTIATE_TEST_SUITE_P(
     All, CommandLineOption,
     testing::Values(

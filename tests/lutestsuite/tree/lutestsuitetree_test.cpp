@@ -101,7 +101,7 @@ TEST(LuTestSuiteTree, GroupsClassesByFolders)
     EXPECT_EQ(print(tree), L"data(CC{w} base(CA{x y} text(CB{z})))");
 }
 
-/// All platforms use the order of Windows, where the separator sorts after the digits.
+/// All platforms use the order of Windows, where the separator of folders sorts after the digits.
 TEST(LuTestSuiteTree, OrdersFoldersByTheSeparatorOfWindows)
 {
     EXPECT_EQ(print(build({makeTest(L"/disk/data/CA/", {L"x"}), makeTest(L"/disk/data/CA1/", {L"x"}),

@@ -95,7 +95,7 @@ TEST(SpareChildren, AreNotKilledIfThereAreNone)
     EXPECT_FALSE(spares.KillAll());
 }
 
-/// A child that is idle for long exits.
+/// Spare children may have ended, because a child exits after it has been idle for long.
 TEST(SpareChildren, AreNotTakenWhenTheyHaveEnded)
 {
     const SChildSettings settings;
@@ -121,7 +121,7 @@ TEST(SpareChildren, AreReplacedWhenTheyHaveEnded)
     EXPECT_TRUE(channel->IsChildRunning());
 }
 
-/// A thread that needs a child waits for the one that is starting.
+/// A thread that needs a child waits for a spare child that is starting.
 TEST(SpareChildren, AreAwaitedWhileTheyStart)
 {
     const SChildSettings settings;
@@ -133,7 +133,7 @@ TEST(SpareChildren, AreAwaitedWhileTheyStart)
         {
             return 0;
         }
-        // Take waits for the lock until `count` has returned.
+        // Take waits for the lock until this callback has returned.
         taker = std::thread([&] { taken = spares.Take(); });
         return 1;
     });
@@ -185,7 +185,7 @@ std::int32_t askIsolated(
     return result == LuTestSuiteRun::ECaseRunResult::NoMatchingCase ? index : -2;
 }
 
-/// Another case may have killed a spare child. The child that replaces it takes over its index.
+/// Another case may have killed a spare child. The child that replaces it gets the same index.
 TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 {
     const SChildSettings settings;

@@ -7,7 +7,7 @@ namespace
 
 std::uint64_t s_kills = 0;
 
-/// The system has already killed three processes.
+/// Tests on a system that has already killed three processes.
 class MemoryKills : public testing::Test
 {
 protected:

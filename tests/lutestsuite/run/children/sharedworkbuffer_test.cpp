@@ -16,7 +16,7 @@ using LuTestSuiteRun::CSharedMemoryWorkBuffer;
 using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SWorkBuffer;
 
-/// The function that the LbException names; empty if none is thrown.
+/// Calls `function`; returns the function that its LbException names, or an empty text without an exception.
 std::wstring getFunction(const std::function<void()>& function)
 {
     try
@@ -63,7 +63,7 @@ TEST_F(SharedWorkBuffer, NamesTheFailedAccess)
               L"LuTestSuiteRun::CSharedMemoryWorkBuffer::GetReadAccess");
 }
 
-/// What a broken process can leave in a buffer.
+/// Tests of contents that a broken process can leave in a buffer.
 class BrokenWorkBuffer : public SharedWorkBuffer
 {
 protected:

@@ -15,7 +15,7 @@ using LuTestSuiteRun::LoadName;
 using LuTestSuiteRun::StoreName;
 using LuTestSuiteRun::SWorkBuffer;
 
-/// A character of two UTF-16 units. A string, because it is one wchar_t on Linux and two on Windows.
+/// A character of two UTF-16 units. A string, because the character is one wchar_t on Linux and two on Windows.
 const std::wstring c_Pair = L"\U0001F600";
 
 class WorkBuffer : public testing::Test
