@@ -1,7 +1,6 @@
-/// Compares the search for duplicates with a listing, which is the output of the host's -q for the same folder, and
-/// with jdupes, fdupes and rmlint, where they are installed, at several sizes: whole processes on both sides. Warm
-/// cache: each measurement is repeated. Both sides of a ratio are measured alternately, because other work on the
-/// machine changes times.
+/// Measures the search for duplicates at several sizes, as a whole process. Compares it with a listing (the host's -q
+/// for the same folder) and with jdupes, fdupes and rmlint, where they are installed. Repeats each measurement, so the
+/// cache is warm. Measures both sides of a ratio alternately, because other work on the machine changes times.
 
 #include <cstdlib>
 #include <filesystem>
@@ -32,7 +31,7 @@ void writeDifferentSizes(const std::filesystem::path& directory, int files, std:
     }
 }
 
-/// All files have one size; the first quarter has the same content, each other file its own.
+/// All files have one size. The first quarter consists of seven sets of identical files; each other file is unique.
 void writeQuarterIdentical(const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)
@@ -43,7 +42,8 @@ void writeQuarterIdentical(const std::filesystem::path& directory, int files, st
     }
 }
 
-/// As writeQuarterIdentical, but different contents differ only in eight bytes.
+/// All files have one size. The first quarter is identical; each other file differs from all others, in eight bytes at
+/// `place` only.
 void writeQuarterIdenticalButAt(std::size_t place, const std::filesystem::path& directory, int files, std::size_t size)
 {
     for (int file = 0; file < files; ++file)
@@ -69,14 +69,14 @@ bool runProgram(const std::string& command, const std::filesystem::path& folder)
     return std::system((command + " \"" + folder.string() + "\" >/dev/null 2>&1").c_str()) == 0;
 }
 
-/// The command of the host of this build; the data directory follows.
+/// The command that starts the host of this build. The caller appends the data directory.
 std::string getHostCommand(const std::string& mode)
 {
     const std::wstring folder = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
     return '"' + LbEncoding::ToNative(folder) + "LuTestSuiteCLI\" --dll DataSets " + mode + " -d";
 }
 
-/// The arguments give the number of files and their size in bytes.
+/// The arguments of the benchmark are the number of files and their size in bytes.
 void besideProgram(benchmark::State& state, Write write, const std::string& command, double limit)
 {
     const CDataFolder folder;

@@ -50,7 +50,7 @@ std::uint64_t measure(unsigned threadCount, long pairCount)
     return timer.GetElapsed();
 }
 
-/// The median of short pieces, most of which no other process interrupts.
+/// Measures short pieces and uses their median, because other processes interrupt only some of the pieces.
 double measureInPieces(unsigned threadCount, long pairCount)
 {
     constexpr std::size_t c_PieceCount = 51;

@@ -23,13 +23,13 @@ using SyntheticRuns::SSettings;
 constexpr std::size_t c_Runs = 100;
 bool s_IsMissed = false;
 
-/// A kind of noise, or of a clock that measures times.
+/// The noise of the times, the clock that measures them, and their drift.
 struct SShape
 {
     const char* name;
     ENoise noise;
-    double tick = 0.0;  ///< of the clock, seconds
-    double drift = 0.0; ///< of all cases together, from the first to the last run
+    double tick = 0.0;  ///< of the clock, in seconds; 0 for exact times
+    double drift = 0.0; ///< of all cases together, relative, from the first to the last run
 };
 
 constexpr double c_Millisecond = 0.001;
@@ -82,7 +82,7 @@ void showFalseAlarms(std::uint64_t seed, std::size_t cases, std::size_t runs)
         const SyntheticRuns::SArchive archive = MakeArchive(getSettings(shape, cases, runs, ++seed));
         const SAnalysis analysis = analyze(archive);
         const SShuffleCheck& check = analysis.steps.check;
-        // A drift of all cases counts as a change of the whole.
+        // With a drift of all cases, a change of the whole is not a false alarm.
         const std::size_t whole = shape.drift > 0.0 ? 0 : analysis.steps.whole.size();
         const std::size_t alarms = analysis.cases.size() + whole;
         std::printf("  %-14s %zu%-9s   in %zu random orders: %zu\n", shape.name, alarms, judge(alarms <= 1),
@@ -133,14 +133,15 @@ void showSlower(std::uint64_t seed, std::size_t cases, const SShape& shape, std:
     }
     const double share = static_cast<double>(found) / (static_cast<double>(cases) / 10.0);
     const double coverage = found == 0 ? 1.0 : static_cast<double>(covered) / static_cast<double>(found);
-    // After 15 runs, the threshold is higher than some of the changes.
+    // The limits apply only to changes after at least 20 runs: after 15 runs, the threshold is higher than some
+    // changes.
     const bool isPromised = shape.noise == ENoise::Normal && shape.tick == 0.0 && change >= 20;
     std::printf("  %6zu %10.3f%-9s %8.4f%-9s %6.1f %8zu\n", change, share, isPromised ? judge(share >= 0.95) : "",
                 coverage, isPromised ? judge(coverage >= 0.98) : "",
                 static_cast<double>(width) / static_cast<double>(std::max<std::size_t>(found, 1)), falseAlarms);
 }
 
-/// The levels of a case over its runs: each level begins at its run.
+/// The factor of a case's time from the run `begin` to the next level.
 struct SLevel
 {
     std::size_t begin;
@@ -174,7 +175,7 @@ double getFactor(const SHistory& history, std::size_t run)
     return factor;
 }
 
-/// One case of fifty has several changes. All steps of the found ones are judged.
+/// One case of fifty has several changes. Judges all steps of the cases that are found.
 void showHistory(std::uint64_t seed, std::size_t cases, const SHistory& history)
 {
     SSettings settings;

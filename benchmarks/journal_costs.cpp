@@ -1,8 +1,9 @@
 /// Measures the cost of a run's journal: writing a case, reading a run again, merging its shards, for 1,000, 10,000 and
 /// 100,000 cases. The results go to standard error. Ends with status 1 if a limit is exceeded.
 ///
-/// journal_costs          cases of all three numbers
-/// journal_costs COUNT    reads a journal of COUNT records, in a fresh process for its memory; 10000000 has limits
+/// journal_costs          measures all three numbers of cases
+/// journal_costs COUNT    reads a journal of COUNT records and measures the peak memory of this process, which has a
+///                        limit; the time has a limit from 10000000 records
 
 #include <chrono>
 #include <cstdio>
@@ -119,7 +120,7 @@ void measureCommands(const std::wstring& folder, std::uint32_t count)
     const double reported = measure([&] { Runner::WriteReports(whole, *state); });
     print("read again", count, read, c_CommandLimit, "s");
     print("reports", count, reported, c_CommandLimit, "s");
-    // A resumed run reads its journals before its cases and again before it writes the reports.
+    // A resumed run reads its journals twice: before its cases, and before it writes the reports.
     print("resume, without cases", count, 2 * read + reported, c_CommandLimit, "s");
 
     Runner::SMergeOptions options;
@@ -163,7 +164,7 @@ void measureReading(const std::wstring& folder, std::uint64_t count)
 
 int main(int argumentCount, char** arguments)
 {
-    // Commands print the failed and slow cases of a run.
+    // Discards standard output, because commands print the failed and slow cases of a run.
     if (std::freopen("/dev/null", "w", stdout) == nullptr)
     {
         return EXIT_FAILURE;

@@ -1,4 +1,5 @@
-/// The overview of an archive of 1,000 runs whose comparisons already exist, as on each night except the first.
+/// Measures the overview of an archive of 1,000 runs whose comparisons already exist, as they do on each night except
+/// the first.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/support/limits.h"

@@ -1,4 +1,4 @@
-/// The page of a run with 100,000 cases, and the comparison of two such runs, including reading both reports.
+/// Measures the page of a run with 100,000 cases, and the comparison of two such runs, including reading both reports.
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/support/samplereports.h"

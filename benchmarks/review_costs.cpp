@@ -22,7 +22,7 @@ namespace
 
 constexpr int c_Causes = 10;
 constexpr std::size_t c_MostDecisions = 15;
-/// The first screen of 2,800 files, at 100 lines a file, may take a second.
+/// The first screen of 2,800 files with 100 lines each may take a second.
 constexpr double c_ScreenLimitPerFile = 1.0 / 2800;
 
 bool s_isMissed = false;
@@ -43,18 +43,18 @@ void write(const std::filesystem::path& path, const std::string& bytes)
 enum class ECauses
 {
     One,       ///< each file has one cause
-    Several,   ///< up to three
-    OwnValues, ///< up to three, in lines with values that differ between files
+    Several,   ///< each file has up to three causes
+    OwnValues, ///< each file has up to three causes, in lines with values that differ between files
 };
 
-/// A line that a cause changes. The lines of two causes differ in a letter and not only in digits.
+/// Makes a line that a cause changes. The lines of two causes differ in a letter and not only in digits.
 std::string makeLine(const char* word, int cause, int number, ECauses causes)
 {
     const std::string value = causes == ECauses::OwnValues ? " of " + std::to_string(number) + ".5" : "";
     return word + std::string(" ") + static_cast<char>('A' + cause) + value + "\n";
 }
 
-/// Files that differ from each other, with three differences from their references.
+/// Makes files that differ from each other. Each has three differences from its reference.
 void makeFiles(const std::filesystem::path& folder, int count, ECauses causes)
 {
     constexpr int c_Lines = 100;

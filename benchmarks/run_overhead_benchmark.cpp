@@ -1,5 +1,6 @@
-/// The cost that a run adds to each case: 5,000 empty cases in 100 classes, run by the library and called directly.
-/// The cost that an observer of the run adds, with 1,000, 10,000 and 100,000 case runs; the limit is 1 us a case.
+/// Measures the cost that a run adds to each case: 5,000 empty cases in 100 classes, run by the library and called
+/// directly. Measures the cost that an observer of the run adds, with 1,000, 10,000 and 100,000 case runs; the limit is
+/// 1 us a case.
 ///
 /// The library prints a line per case, so redirect standard output to a file. The results go to standard error with
 ///     run_overhead_benchmark --benchmark_out=/dev/stderr > cases.txt
@@ -108,7 +109,7 @@ public:
     }
 };
 
-/// The number of case runs, a multiple of 1,000.
+/// Makes a setup with 1,000 case runs or a multiple of 5,000.
 LuTestSuiteSetup makeSetup(std::size_t caseCount)
 {
     LuTestSuiteSetup setup;

@@ -89,13 +89,13 @@ std::wstring makeChoice(std::size_t index)
     return choice + L")\\.txt$";
 }
 
-/// Only the standard library's engine can match a look-ahead. It is applied only to names that contain "set <number>".
+/// Only the standard library's engine can match a look-ahead. It runs only on names that contain "set <number>".
 std::wstring makeLookAhead(std::size_t index)
 {
     return LbFormat(L"(?!.*bak)set %06u", index * 37);
 }
 
-/// A look-ahead at the beginning, with no text that each match contains.
+/// Begins with a look-ahead. There is no text that each match must contain.
 std::wstring makeGuarded(std::size_t index)
 {
     return LbFormat(L"^(?!.*(set|%06u))", index);
@@ -169,7 +169,7 @@ std::wstring makeStarred(std::size_t index)
     return LbFormat(L"*set %06u*", index * 37);
 }
 
-/// Each name contains the "x" of these wildcards, but does not end with it: every element is tried on every name.
+/// Each name contains the "x" of these wildcards but does not end with it, so every element is tried on every name.
 std::wstring makeOneStar(std::size_t)
 {
     return L"*x";
@@ -204,7 +204,7 @@ double measureScan(const std::wstring& folder)
     });
 }
 
-/// The time that the description adds to the discovery of the same cases.
+/// Measures the time that the description adds to the discovery of the same cases.
 void describe(benchmark::State& state, MakePattern makeName, std::size_t elementCount, double limit)
 {
     getCaseCount() = state.range(0);

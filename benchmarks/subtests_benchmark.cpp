@@ -28,7 +28,7 @@ class CNamed : public LuUnitTest
 };
 LB_RTTI_CLASS(CNamed, LuUnitTest)
 
-/// Like a runner's stream, without which the object would keep all sub-tests.
+/// A stream like a runner's. Without one, the object would keep all sub-tests.
 class CGivenNowhere : public LbGivenStream
 {
     void Write(std::wstring_view /*text*/) override {}

@@ -53,7 +53,7 @@ const LbRTTI CTrivialClass<Number>::RTTI(
     GetClassName(Number).c_str(), &LuUnitTest::RTTI,
     []() -> std::unique_ptr<IObject> { return std::make_unique<CTrivialClass>(); }, LbClassFacts::Of<CTrivialClass>());
 
-/// References to the records make the classes register themselves where this function is compiled.
+/// Refers to the records, which makes the classes register themselves in the module that contains this call.
 template<std::size_t... Numbers>
 std::array<const LbRTTI*, sizeof...(Numbers)> GetRecords(std::index_sequence<Numbers...>)
 {

@@ -1,5 +1,5 @@
-/// The XML report of 100,000 cases, and one of 200 MB: writing, reading, and the reader's peak memory as a multiple of
-/// the file's size.
+/// Measures writing the XML report of 100,000 cases. Measures reading that report and one of 200 MB, and the reader's
+/// peak memory as a multiple of the file's size.
 #include <benchmark/benchmark.h>
 
 #include "base/lustream.h"
@@ -81,7 +81,7 @@ void BM_Read(benchmark::State& state)
 }
 BENCHMARK(BM_Read)->ArgName("bytes")->Arg(0)->Arg(c_LargeSize)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-/// Measures memory only: the tracker slows the reader down.
+/// Measures memory only, because the tracker slows the reader down.
 void BM_MemoryOfReading(benchmark::State& state)
 {
     const CReportFile file(state.range());

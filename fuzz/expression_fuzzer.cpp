@@ -92,7 +92,7 @@ void checkSyntax(const LuTestSuite::SExpressionSyntax& syntax, const std::option
         LuTestSuite::CAutomaton automaton;
         automaton.Add(syntax.root);
         Check(automaton.IsFoundIn(name) == isFound);
-        // Twice the same expression, because more than one can be found.
+        // Adds the same expression twice, because more than one expression can be found.
         LuTestSuite::CAutomaton each(LuTestSuite::CAutomaton::EGoal::Each);
         each.Add(syntax.root);
         each.Add(syntax.root);

@@ -36,8 +36,7 @@ inline std::string_view TakeLine(std::string_view& input)
     return line;
 }
 
-/// A file for readers that take a path. scripts/fuzz gives each fuzzer a folder of its own in memory for temporary
-/// files.
+/// A file for readers that take a path. scripts/fuzz gives each fuzzer its own folder for temporary files, in memory.
 class CInputFile : public INonCopyable
 {
 public:
@@ -56,7 +55,7 @@ public:
 
     std::wstring GetPath() const { return m_path.wstring(); }
 
-    /// With separator at its end.
+    /// The folder of the file, with trailing separator.
     std::wstring GetFolder() const { return (m_path.parent_path() / "").wstring(); }
 
 private:

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // On the heap, where a sanitizer detects reading beyond the end.
     const std::vector<std::uint8_t> code(data, data + size);
     const std::vector<std::uint8_t> most(data, data + std::min(size, LuTestSuite::c_InstructionMax));
-    // The size passed exceeds the 15 bytes that exist.
+    // Passes the size of the whole input, but at most 15 bytes exist.
     const auto instruction = LuTestSuite::DecodeInstruction({most.data(), size});
     const auto again = LuTestSuite::DecodeInstruction(most);
     Check(instruction.has_value() == again.has_value());

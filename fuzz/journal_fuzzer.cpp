@@ -15,7 +15,7 @@
 namespace
 {
 
-/// Large texts are not stored here.
+/// Throws, because the fuzzer does not store large texts.
 std::string refuseText(const Runner::STextPlace& /*place*/)
 {
     throw LbException(L"kein Text");
@@ -54,7 +54,7 @@ void checkRecord(std::string_view json, Runner::CRecordParser& parser, Runner::C
     }
     catch (const LbException&)
     {
-        // Refused with a message.
+        // The reader has refused the record with a message.
     }
 }
 

@@ -1,4 +1,4 @@
-/// Runs a fuzzer without libFuzzer: with the inputs of a folder, and with fixed variations of each.
+/// Runs a fuzzer without libFuzzer on the inputs of a folder and on fixed variations of each input.
 
 #include <algorithm>
 #include <cstdint>

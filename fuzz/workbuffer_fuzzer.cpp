@@ -59,7 +59,8 @@ private:
     std::span<const std::uint8_t> m_bytes;
 };
 
-/// Writes the good name, or bytes of the input. With 255 bytes the field is full and has no terminator.
+/// Writes `good`, or bytes of the input. With 255 bytes of input, fills the rest of the field, so that it has no
+/// terminator.
 void fillName(char16_t (&field)[LuTestSuiteRun::c_NameCapacity], std::u16string_view good, CInput& input)
 {
     const std::size_t length = input.TakeNumber();

@@ -16,7 +16,7 @@ class CDataSets : public LuUnitTest
 };
 LB_RTTI_CLASS(CDataSets, LuUnitTest)
 
-/// Needs the index of each sub-test.
+/// Overrides RunUnitTest, so that it needs the index of each sub-test.
 class CIndexedDataSets : public CDataSets
 {
     LB_RTTI(CIndexedDataSets)

@@ -19,11 +19,13 @@ double MeasureSeconds(const F& call)
 /// Adds the median as a counter with this name to a benchmark.
 void ReportMedian(benchmark::State& state, const std::string& name, std::vector<double> values);
 
-/// As ReportMedian, with a limit. If the median exceeds it, the benchmark is marked and the program fails.
+/// Does the same as ReportMedian, and checks a limit. If the median exceeds it, the benchmark is marked and the program
+/// fails.
 void HoldMedian(benchmark::State& state, const std::string& name, std::vector<double> values, double limit);
 
-/// The most reliable of several times, because other work of the machine can only add to a time. 0 without values.
+/// The least of several times; 0 without values. It is the most reliable one, because other work of the machine can
+/// only add to a time.
 double GetLeast(const std::vector<double>& values);
 
-/// HoldMedian for the least value instead of the median.
+/// Does the same as HoldMedian with the least value instead of the median.
 void HoldLeast(benchmark::State& state, const std::string& name, const std::vector<double>& values, double limit);

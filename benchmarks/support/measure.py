@@ -1,4 +1,4 @@
-"""Shared by the scripts of the folder above: builds, costs of commands, and figures with their limits."""
+"""Shared by the scripts in the parent folder: builds, costs of commands, and figures with their limits."""
 import collections
 import json
 import os
@@ -48,8 +48,8 @@ def run(command, folder, output="output.txt"):
 
 
 def get_peak_memory(command, folder):
-    """In bytes; None without GNU time. The system never reports less for a program than its parent had when it started
-    it, so the parent must be small."""
+    """The peak memory of the command in bytes; None without GNU time. The system never reports less for a program than
+    its parent used when it started the program, so the parent must be small."""
     time_program = shutil.which("time")
     if time_program is None:
         return None
@@ -60,8 +60,8 @@ def get_peak_memory(command, folder):
 
 
 def count_writes(command, folder):
-    """The number of writes to standard output, to which the child processes of the command do not write."""
-    # In this mode each read returns the bytes of one write, if these are at most a page.
+    """The number of the command's writes to standard output. Its child processes do not write there."""
+    # In this mode each read returns the bytes of one write, if that is at most one page.
     reader, writer = os.pipe2(os.O_CLOEXEC | os.O_DIRECT)
     with subprocess.Popen(command, cwd=folder, stdout=writer) as process:
         os.close(writer)
@@ -75,13 +75,13 @@ def count_writes(command, folder):
 
 
 def least(costs):
-    """The least of each figure, because other work of the machine can only add to a cost."""
+    """The least value of each figure, because other work of the machine can only add to a cost."""
     return Cost(*(min(figures) for figures in zip(*costs)))
 
 
 def run_benchmarks(program, pattern, folder):
-    """The results of a Google Benchmark program by name; empty if the build does not have the program. Its own limits
-    do not count here."""
+    """The results of a Google Benchmark program by name; empty if the build does not have the program. Ignores the
+    program's own limits."""
     if not os.path.isfile(program[-1]):
         print(f"{os.path.basename(program[-1])} is not there: not measured")
         return {}
@@ -121,6 +121,6 @@ class Figures:
         return f"{limit:8.4g}  " + ("ok" if measured <= limit else "MISSED")
 
     def finish(self):
-        """The exit status."""
+        """Prints the missed limits and returns the exit status."""
         print(f"\n{len(self.missed)} limits missed" + "".join(f"\n  {title}" for title in self.missed))
         return 1 if self.missed else 0

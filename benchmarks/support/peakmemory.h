@@ -9,7 +9,7 @@
 namespace Benchmarks
 {
 
-/// In KiB; 0 where the system does not tell.
+/// In KiB; 0 where the system does not report it.
 inline std::uint64_t GetPeakMemory()
 {
     std::ifstream status("/proc/self/status");

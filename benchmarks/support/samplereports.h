@@ -13,7 +13,7 @@
 namespace Benchmarks
 {
 
-/// Every tenth case failed with messages; `shift` selects which.
+/// Makes a report in which every tenth case has failed with messages; `shift` selects which cases.
 inline LuTestSuiteReport::SReportData MakeReport(std::uint32_t classes, std::uint32_t cases, std::uint32_t shift)
 {
     LuTestSuiteReport::SReportData data;

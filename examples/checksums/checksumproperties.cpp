@@ -13,7 +13,7 @@ uLong getCrc(const std::string& data)
     return crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size()));
 }
 
-/// Bytes in the order in which a CRC has to be appended.
+/// The bytes of a CRC in the order in which they must be appended to the data.
 std::string toLittleEndian(uLong value)
 {
     std::string bytes;
@@ -26,7 +26,7 @@ std::string toLittleEndian(uLong value)
 
 } // namespace
 
-/// Properties of the checksums of any data. The class needs no data, but the folder of its name must exist.
+/// Tests properties of the checksums of any data. The class needs no data, but a folder with its name must exist.
 class CChecksumProperties : public LuUnitTest
 {
     LB_RTTI(CChecksumProperties)
@@ -52,7 +52,7 @@ private:
         }
     }
 
-    /// The first and the last bit of a burst are flipped, and every third bit between them.
+    /// Flips the first and the last bit of each burst, and every third bit between them. The CRC must notice that.
     void checkBursts()
     {
         const std::string data = MakeNoise(64);
@@ -90,8 +90,8 @@ private:
         Check(inOrder != exchanged, L"both are %08X", inOrder);
     }
 
-    /// The lower half is 1 plus the sum of the bytes, modulo 65521. 257 bytes of 254 and one of 242 make the sum 65521,
-    /// so it is 0.
+    /// The lower half is 1 plus the sum of the bytes, modulo 65521. 257 bytes of 254 and one of 242 add up to 65520, so
+    /// the lower half is 0.
     void checkModulus()
     {
         constexpr uLong c_LowerHalf = 0xFFFF;

@@ -32,8 +32,9 @@ uLong update(const SChecksum& checksum, uLong start, std::string_view data)
 
 } // namespace
 
-/// CRC-32 and Adler-32 of known data. Vectors have the plain data and the keys "crc32" and "adler32". The known value
-/// must result from the whole data, from two parts one after the other, and from the combined checksums of two parts.
+/// Tests CRC-32 and Adler-32 of known data. Vectors have the plain data and the keys "crc32" and "adler32". The known
+/// value must result from the whole data, from two parts one after the other, and from the combined checksums of two
+/// parts.
 class CChecksumVectors : public LuUnitTest
 {
     LB_RTTI(CChecksumVectors)
@@ -58,7 +59,7 @@ private:
         }
     }
 
-    /// Long data is split at 64 places, short data everywhere.
+    /// Splits long data at about 64 places and short data everywhere.
     void checkParts(const SChecksum& checksum, std::string_view data, uLong whole)
     {
         constexpr std::size_t c_Splits = 64;

@@ -33,8 +33,8 @@ private:
         Check(message == expectedMessage, L"zlib says '%S' instead of '%S'", message, expectedMessage);
     }
 
-    /// With a flipped bit, a stream is refused or has the same data: the bit may belong to a header field that is only
-    /// information, or fill the last byte of the compressed data.
+    /// A stream with a flipped bit is either refused or yields the same data. It yields the same data if the bit
+    /// belongs to a header field that is only information, or fills the last byte of the compressed data.
     void checkFlippedBits(EContainer container)
     {
         constexpr int c_BitsPerByte = 8;

@@ -12,8 +12,8 @@ constexpr int c_Strategies[] = {Z_DEFAULT_STRATEGY, Z_FILTERED, Z_HUFFMAN_ONLY, 
 
 } // namespace
 
-/// Inflate restores the bytes that deflate has compressed: in each container, at each level, by each strategy. The
-/// bytes are those of each file of the data directory. With verbose output, the sizes are reported.
+/// Inflate restores the bytes that deflate has compressed, in each container, at each level and with each strategy. The
+/// bytes are those of each file of the data directory. With verbose output, a case reports the sizes.
 class CDeflateRoundTrip : public LuUnitTest, public IDebugging
 {
     LB_RTTI(CDeflateRoundTrip)

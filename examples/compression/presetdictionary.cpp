@@ -3,8 +3,9 @@
 #include "examples/support/bytes.h"
 #include "examples/support/zlibstreams.h"
 
-/// Compression with a preset dictionary: streams of similar data are smaller, and cannot be read without it. The
-/// dictionary is the file "dictionary.bin" of the data directory; each "*.txt" is data that resembles it.
+/// Tests compression with a preset dictionary: streams of similar data are smaller and cannot be read without the
+/// dictionary. The dictionary is the file "dictionary.bin" of the data directory; each "*.txt" is data that resembles
+/// it.
 class CPresetDictionary : public LuUnitTest
 {
     LB_RTTI(CPresetDictionary)

@@ -55,7 +55,7 @@ private:
         }
     }
 
-    /// The data is complete, but the stream must not count as complete.
+    /// Without its checksum, the stream yields the complete data but must not count as complete.
     void checkMissingChecksum()
     {
         constexpr std::size_t c_AdlerSize = 4;

@@ -5,8 +5,9 @@
 
 #include "testing/lutestsuite/lutestsuiteout.h"
 
-/// Collects output lines with their attributes, for a pane that shows rich text; here it is a page for the browser.
-/// Any thread may print, one line at a time; read the page only after the operation that prints.
+/// Collects output lines with their attributes and saves them as a page for the browser; a graphical host would show
+/// them in a pane with rich text. Any thread may print, one line at a time. Save the page only after the operation that
+/// prints.
 class CLogPage : public LuTestSuiteOut::LuCustomOut
 {
 public:

@@ -1,4 +1,4 @@
-/// A host with its own user interface: shows and offers as text what a window would.
+/// A host with its own user interface. It prints as text what a window would show and offer.
 ///
 ///     ExampleHost show|run|recreate DATA PAGE [PATTERN...]
 ///
@@ -43,7 +43,7 @@ struct SRequest
     std::vector<std::wstring> patterns;
 };
 
-/// A progress bar with a button to cancel, which the first failure presses.
+/// Replaces a progress bar with a cancel button; the first failure cancels the run.
 class CProgress
 {
 public:

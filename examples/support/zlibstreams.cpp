@@ -62,7 +62,7 @@ int pump(z_stream& stream, std::string_view input, int (*function)(z_streamp, in
     return status;
 }
 
-/// Frees zlib's stream also if an exception is thrown.
+/// Frees zlib's stream even if an exception is thrown.
 class CDeflateStream : public INonCopyable
 {
 public:
@@ -148,7 +148,7 @@ CInflater::~CInflater()
 int CInflater::Feed(std::string_view piece)
 {
     const int status = pump(m_stream, piece, inflate, Z_NO_FLUSH, m_output);
-    // Not from total_in, which does not count the bytes before a request for a dictionary.
+    // Does not use total_in, because that does not count the bytes before a request for a dictionary.
     m_consumed += piece.size() - m_stream.avail_in;
     // zlib reports Z_BUF_ERROR if the piece was used up exactly.
     return status == Z_BUF_ERROR ? Z_OK : status;

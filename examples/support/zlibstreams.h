@@ -22,7 +22,7 @@ inline constexpr EContainer c_AllContainers[] = {EContainer::Raw, EContainer::Zl
 /// "raw", "zlib" or "gzip".
 const wchar_t* GetContainerName(EContainer container);
 
-/// The reverse. Throws LbException for any other name.
+/// The container with such a name. Throws LbException for any other name.
 EContainer ParseContainer(std::wstring_view name);
 
 /// A zlib status code in words.
@@ -50,7 +50,7 @@ public:
     /// if it needs a dictionary, and an error code if it is corrupted.
     int Feed(std::string_view piece);
 
-    /// Call it after Z_NEED_DICT, then feed again what was not consumed. False if it is the wrong dictionary.
+    /// Call this after Z_NEED_DICT, then feed the bytes that were not consumed. False if the dictionary is wrong.
     bool SetDictionary(std::string_view dictionary);
 
     const std::string& GetOutput() const { return m_output; }

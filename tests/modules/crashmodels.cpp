@@ -1,4 +1,4 @@
-/// Unit tests that take their process down, or never end.
+/// Unit tests that end their process, or never end.
 
 #include <algorithm>
 #include <atomic>
@@ -25,7 +25,7 @@
 #include "base/os/namedevent.h"
 #include "tests/support/os/testaids.h"
 
-// By the run-time's own name, since its header differs between platforms.
+// Declared here, because the header of this function differs between platforms.
 extern "C" int close(int file);
 
 namespace
@@ -36,8 +36,8 @@ volatile int s_zero = 0;
 int* volatile s_nothing = nullptr;
 void (*volatile s_noFunction)() = nullptr;
 
-/// Not inlined into itself: a call with a frame of several pages would notice the overflow earlier, with more stack
-/// left for its report.
+/// Not inlined into itself: the frame of an inlined call would have several pages, so the overflow would occur earlier,
+/// with more stack left for its report.
 [[gnu::noinline, gnu::noclone]] int overflowStack(int depth)
 {
     volatile char used[4096];
@@ -45,7 +45,7 @@ void (*volatile s_noFunction)() = nullptr;
     return s_zero == 0 ? overflowStack(depth + 1) + used[0] : depth;
 }
 
-/// So that the overflow happens at another place within a page.
+/// Makes the overflow happen at another place within a page.
 template<std::size_t Shift>
 [[gnu::noinline]] int overflowShiftedStack()
 {
@@ -78,7 +78,7 @@ void closeAllFiles()
     }
 }
 
-/// More than the address space; some systems would grant half of it and spend a minute on its page tables.
+/// Requests more than the address space. Some systems would grant half of it and spend a minute on its page tables.
 void useTooMuchMemory()
 {
     constexpr std::size_t c_Block = std::size_t{1} << 47U;
@@ -87,7 +87,7 @@ void useTooMuchMemory()
     ::operator delete(block);
 }
 
-/// Uses up the memory limit, if the system enforces one.
+/// Limits the memory of the process and uses all of it. Returns NoInput if the system enforces no limit.
 LuUnitTest::EResult useAllMemory()
 {
     constexpr std::size_t c_Limit = std::size_t{64} << 20U;
@@ -113,7 +113,7 @@ void sleepLong()
     std::this_thread::sleep_for(std::chrono::seconds(60));
 }
 
-/// Starts a process that must be killed.
+/// Starts a process in the background, which the run must kill.
 void startGrandchild(const std::string& how)
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
@@ -133,7 +133,7 @@ std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& suffix)
     return LbOs::CNamedEvent::Open(LbEncoding::FromUtf8(name == nullptr ? "" : name) + suffix);
 }
 
-/// Tells a test that waits for it that the process has begun to exit.
+/// Tells the test that the process has begun to exit, if the test has passed the name of its events.
 void announceExit()
 {
     if (std::getenv("LUTESTSUITE_TEST_LINE") != nullptr)
@@ -152,7 +152,7 @@ void awaitGrandchild()
     ready->Set();
 }
 
-/// Signals an unrequested answer when the test asks for it.
+/// Signals a second answer, which the run has not requested, as soon as the test asks for it.
 void answerLater()
 {
     const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();
@@ -176,7 +176,7 @@ void crashBesideAnother()
     *s_nothing = 1;
 }
 
-/// Ends the process by a handler of the module's own.
+/// Crashes; a signal handler of the module then ends the process.
 void crashIntoOwnHandler()
 {
     constexpr int c_Own = 7;
@@ -184,7 +184,7 @@ void crashIntoOwnHandler()
     *s_nothing = 1;
 }
 
-/// An uncaught exception.
+/// Throws an exception that leaves a thread.
 void throwOutOfThread()
 {
     std::thread([] { throw std::runtime_error("aus einem Thread"); }).join();
@@ -195,7 +195,7 @@ void crashInThread()
     std::thread([] { *s_nothing = 1; }).join();
 }
 
-/// Leaves a thread that crashes when the file that the test names exists.
+/// Leaves a thread running that crashes as soon as the file exists whose path the test has passed.
 void crashLater()
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
@@ -210,7 +210,7 @@ void crashLater()
 
 std::optional<long> s_copy;
 
-/// The copy crashes, and the case continues.
+/// Forks; the fork crashes, and the case continues.
 void crashInCopy()
 {
     const std::optional<long> copy = LbOs::Fork();
@@ -221,7 +221,7 @@ void crashInCopy()
     LbOs::WaitForFork(copy.value_or(0));
 }
 
-/// True in a fork, while the next case runs.
+/// Forks. Returns false at once in the original process; returns true in the fork when the next case runs.
 bool isCopyInNextCase()
 {
     s_copy = LbOs::Fork();
@@ -240,8 +240,8 @@ void awaitCopy()
 namespace
 {
 
-/// Ends a process that loads the module, if a test requests that: each one with a failure, or the first one with status
-/// 0, which leaves the file that the test names.
+/// Ends processes that load the module, if a test sets one of the variables. LUTESTSUITE_TEST_LEAVES: the first process
+/// creates the file of that name and exits with 0. LUTESTSUITE_TEST_DIES: each process exits with a failure.
 bool comesToLife()
 {
     const char* const leaves = std::getenv("LUTESTSUITE_TEST_LEAVES");
@@ -325,7 +325,7 @@ class CCrashModel : public LuUnitTest
         addWriting();
     }
 
-    /// Cases about the exit of their process.
+    /// Adds cases that do something when their process exits.
     void addLeaving()
     {
         AddSubtest(L"schläft am Ende des Prozesses", [] {
@@ -343,7 +343,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"meldet das Ende des Prozesses", [] { std::atexit(announceExit); });
     }
 
-    /// Cases about the texts of crashes.
+    /// Adds cases for tests of the texts that describe a crash.
     void addCrashing()
     {
         AddSubtest(L"wartet auf den Absturz", [] {
@@ -372,7 +372,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"Absturz der Kopie", [] { crashInCopy(); });
     }
 
-    /// Cases about the standard error of a process that has ended.
+    /// Adds cases that write to standard error, most of which then end their process.
     void addWriting()
     {
         AddSubtest(L"schreibt Fehlerzeilen", [] { std::fputs("aus dem Fall davor\n", stderr); });
@@ -397,7 +397,7 @@ class CCrashModel : public LuUnitTest
         });
     }
 
-    /// Cases that start processes.
+    /// Adds cases that start processes.
     void addStarting()
     {
         AddSubtest(L"startet Prozesse", [] {
@@ -435,7 +435,7 @@ class CCrashModel : public LuUnitTest
 };
 LB_RTTI_CLASS(CCrashModel, LuUnitTest)
 
-/// Crashes when it is asked for its cases.
+/// Crashes in InitSubtests.
 class CSearchCrashModel : public LuUnitTest
 {
     LB_RTTI(CSearchCrashModel)
@@ -444,7 +444,7 @@ class CSearchCrashModel : public LuUnitTest
 };
 LB_RTTI_CLASS(CSearchCrashModel, LuUnitTest)
 
-/// Passes, and takes its process down when it is destroyed.
+/// Passes, and ends its process when it is destroyed.
 class CDyingModel : public LuUnitTest
 {
     LB_RTTI(CDyingModel)

@@ -1,4 +1,4 @@
-/// Unit tests with debugging options, which report the options that are set, in order.
+/// Unit tests with debugging options. They report the options in the order in which they were set.
 
 #include <vector>
 

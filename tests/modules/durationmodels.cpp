@@ -1,4 +1,4 @@
-/// Unit tests that take as long as their data says.
+/// A unit test whose cases take as long as their data states.
 
 #include <chrono>
 #include <string>
@@ -10,7 +10,8 @@
 namespace
 {
 
-/// A file holds milliseconds. They are slept, so that many cases at once need no processors.
+/// Each file contains a number of milliseconds. The case sleeps for that time, so that many cases at once need no
+/// processors.
 class CDurationModel : public LuUnitTest
 {
     LB_RTTI(CDurationModel)

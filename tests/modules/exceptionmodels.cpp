@@ -20,7 +20,7 @@ enum class EPlace
     RunUnitTest
 };
 
-/// Would pass, except that one operation throws.
+/// Would pass, but one operation throws.
 template<EPlace Place>
 class CThrowing : public LuUnitTest
 {
@@ -126,7 +126,7 @@ class CRunUnitTestThrows : public CThrowing<EPlace::RunUnitTest>
 };
 LB_RTTI_CLASS(CRunUnitTestThrows, LuUnitTest)
 
-/// Throws an object that is no standard exception, after a message.
+/// Reports a message and then throws an object that is not a standard exception.
 class CRunUnitTestThrowsNumber : public LuUnitTest
 {
     LB_RTTI(CRunUnitTestThrowsNumber)

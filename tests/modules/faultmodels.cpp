@@ -1,4 +1,4 @@
-/// One case for each kind of fault that ends or stops a process, and healthy cases beside them.
+/// One case for each kind of fault that ends or stops a process, and cases that pass.
 
 #undef NDEBUG // Keeps assert() in optimized builds.
 #include <cassert>
@@ -17,7 +17,7 @@
 // Each fault has a function with a name of its own, which the stack of the crash must show.
 #define FAULT [[gnu::noinline, gnu::noclone]]
 
-// Exported, so that stacks name them in a module without symbols, too.
+// Exported, so that stacks name these functions even if the module has no symbols.
 namespace Faults
 {
 

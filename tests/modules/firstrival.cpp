@@ -1,4 +1,4 @@
-/// A class whose name another module registers, too. Its case shows which module is used.
+/// A class whose name another module also registers. Its case shows which module is used.
 
 #include "base/luunittest.h"
 

@@ -51,7 +51,7 @@ void serve()
     await(s_mayEnd);
 }
 
-/// Blocks allocated before the script, which must not be counted.
+/// Allocates blocks before the script. They must not be counted.
 void prepare()
 {
     s_isReady = false;
@@ -64,7 +64,7 @@ void prepare()
     await(s_isReady);
 }
 
-// The comment after each line is the number of bytes allocated then.
+// The comment after each line is the number of bytes that are allocated after it.
 void runScript()
 {
     void* first = s_malloc(100);                     // 100
@@ -90,7 +90,7 @@ void cleanUp()
 
 } // namespace
 
-// The names are so short that their copies need no block: all cases cost the run the same.
+// The names are so short that copies of them need no block, so the run allocates the same for each case.
 class CHeapScript : public LuUnitTest
 {
     LB_RTTI(CHeapScript)

@@ -1,4 +1,4 @@
-/// A module that changes what its process does when memory runs out: the library then throws an unknown exception.
+/// A module whose new-handler throws an int, so that operator new throws an unknown exception when memory runs out.
 
 #include <new>
 

@@ -1,4 +1,4 @@
-/// Unit tests that report messages, few and many.
+/// Unit tests that report few or many messages.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-/// Classes and sub-tests that are found by name, or are not.
+/// Classes and sub-tests for tests of the search by name.
 
 #include <string>
 
@@ -17,7 +17,7 @@ class CNameModel : public LuUnitTest
 };
 LB_RTTI_CLASS(CNameModel, LuUnitTest)
 
-/// Can be created by name, but is no unit test.
+/// Can be created by name, but is not a unit test.
 class CNoUnitTest : public IObject
 {
     LB_RTTI(CNoUnitTest)
@@ -36,8 +36,8 @@ class CNotCreatableModel : public LuUnitTest
 };
 LB_RTTI_ABSTRACT(CNotCreatableModel, LuUnitTest)
 
-/// Names of the maximum length for a child's request, and longer ones. The last one exceeds what some regular
-/// expressions can match.
+/// Has names of the maximum length for a child's request, and longer ones. The last one is too long for some regular
+/// expressions.
 class CLongNameModel : public LuUnitTest
 {
     LB_RTTI(CLongNameModel)

@@ -63,7 +63,7 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CMessageModel", L"Fehler, doch bestanden", Ok, L"\t\tERROR: übergangen\n"},
     {L"CMessageModel", L"außerhalb der Tabelle", Ok, L"\t\tINFO:  \U0001F600 €\n"},
 
-    // Names: exact and case-sensitive, the first of equal names counts; classes that are no unit tests.
+    // Names match exactly and case-sensitively; the first of equal names counts. Some classes are not unit tests.
     {L"CNameModel", L"doppelt", Ok, L"\t\tINFO:  der erste\n"},
     {L"CNameModel", L"Groß", Ok, L""},
     {L"CNameModel", L"groß", NoMatchingCase, L""},
@@ -84,7 +84,7 @@ inline constexpr SOutcome c_Outcomes[] = {
 /// The module with the cases that only child processes can run.
 inline constexpr const wchar_t* c_CrashModule = L"crashmodels";
 
-/// The cases that would end the runner's process, between two that pass.
+/// Cases between two that pass. Most of them would end or block the runner's process.
 inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CCrashModel", L"vorher", Ok, L""},
     {L"CCrashModel", L"Zugriffsverletzung", Unknown, L"\t\tINFO:  vor dem Absturz\n"},
@@ -97,7 +97,7 @@ inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CCrashModel", L"Verklemmung", TimeOut, L""},
     {L"CCrashModel", L"geschlossene Dateien", Ok, L""},
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    // Sanitizers end the process when memory runs out.
+    // Not with sanitizers, which end the process when memory runs out.
     {L"CCrashModel", L"kein Speicher", Exception, L"\t\tERROR: std::bad_alloc\n"},
 #endif
     {L"CDyingModel", L"Zugriffsverletzung danach", Unknown, L"\t\tINFO:  bestanden\n"},
@@ -106,7 +106,7 @@ inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CCrashModel", L"nachher", Ok, L""},
 };
 
-/// How the line starts that reports the end of a case's process.
+/// The beginning of the line that reports the end of a case's process.
 inline constexpr const wchar_t* c_EndOfProcess = L"\t\tERROR: Der Prozess des Testfalls endete mit ";
 
 /// True if the case ends the process that runs it.

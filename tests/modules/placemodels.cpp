@@ -10,7 +10,7 @@
 namespace
 {
 
-/// Initialisation of the module changes the working directory, if a test requests that.
+/// Changes the working directory while the module is initialised, if a test requests that.
 bool changeDirectory()
 {
     const char* const moves = std::getenv("LUTESTSUITE_TEST_MOVES");

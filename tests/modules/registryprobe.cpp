@@ -1,4 +1,4 @@
-// A module whose classes the tests look up by name, to check registration and exceptions across modules.
+// A module whose classes tests look up by name, to check registration and exceptions across modules.
 
 #include <stdexcept>
 

@@ -31,7 +31,7 @@ class CFlakyModel : public LuUnitTest
         });
     }
 
-    /// True if it was called before with this name.
+    /// True if an earlier call in this data directory had the same name.
     bool markRun(const std::wstring& name)
     {
         const std::wstring path = GetDataDirectory() + name;
@@ -41,7 +41,7 @@ class CFlakyModel : public LuUnitTest
     }
 };
 
-/// A case that ends each process that runs it, without a message.
+/// A case without messages that ends each process that runs it.
 class CVanishingModel : public LuUnitTest
 {
     LB_RTTI(CVanishingModel)
@@ -94,7 +94,7 @@ class CInterruptingModel : public LuUnitTest
     }
 };
 
-/// Cases that see what earlier cases of their process have left.
+/// Cases that notice what earlier cases of their process have changed.
 class CSharedStateModel : public LuUnitTest
 {
     LB_RTTI(CSharedStateModel)

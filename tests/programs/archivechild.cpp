@@ -1,5 +1,6 @@
-/// A substitute for the host of an archive run: its behaviour depends on the name of its data directory, which is its
-/// second argument. With "reports" it writes each report's name into the report, otherwise nothing.
+/// A substitute for the host of an archive run. Its behaviour depends on the end of its data directory, which is its
+/// second argument: with "crash" it aborts, with "hang" it sleeps for a minute, and with "reports" it writes "xml" and
+/// "html" into the two reports. Unless it aborts, its status is 3.
 
 #include <chrono>
 #include <cstdio>

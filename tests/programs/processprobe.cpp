@@ -86,7 +86,7 @@ int answer(const std::wstring& name)
     const auto question = LbOs::CNamedEvent::Open(name + L"-q");
     const auto reply = LbOs::CNamedEvent::Open(name + L"-a");
     const auto enough = LbOs::CNamedEvent::Open(name + L"-e");
-    // Limits the time, not the number of questions: a prober that waits for the end asks often.
+    // Limits the time and not the number of questions, because a test that waits for the end of the probe asks often.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(c_Minute);
     while (question && reply && std::chrono::steady_clock::now() < end)
     {
@@ -124,7 +124,7 @@ bool startAside(const std::wstring& name, bool isRunaway, const std::wstring& st
     return std::system(LbEncoding::ToUtf8(inBackground).c_str()) == 0;
 }
 
-/// Starts a process that answers, and sets "NAME-r" when that is done.
+/// Starts a process that answers, and then sets "NAME-r". If `stays`, sleeps for a minute afterwards.
 int beParent(const std::wstring& name, bool stays, bool isRunaway, const std::wstring& started = L"answer")
 {
     if (!startAside(name, isRunaway, started) || !setReady(name))
@@ -134,7 +134,7 @@ int beParent(const std::wstring& name, bool stays, bool isRunaway, const std::ws
     return stays ? sleepLong() : 0;
 }
 
-/// Returns when the daemon has its own session.
+/// Starts a daemon and returns when it has its own session.
 int startDaemon(const std::wstring& name)
 {
     const auto settled = LbOs::CNamedEvent::Create(name + L"-d");
