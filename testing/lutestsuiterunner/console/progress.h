@@ -53,7 +53,6 @@ public:
 
 private:
     void run();
-    void show();
     void count(std::uint32_t caseIndex, const SAttempt& attempt);
     std::uint64_t getWeight(std::uint32_t caseIndex) const;
 
