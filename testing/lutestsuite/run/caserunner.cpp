@@ -188,10 +188,11 @@ void CCaseRunner::shareListing(const SPlannedCase& planned)
 {
     const LuTestSuite::SUnitTest& unitTest = planned.unitTest;
     CSharedListings* const listings = m_spares.GetSettings().listings;
-    if (listings != nullptr && m_sharedFor != &unitTest &&
+    const LuTestSuite::SUnitTest*& sharedFor = planned.params.isolated ? m_sharedForIsolated : m_sharedForOthers;
+    if (listings != nullptr && sharedFor != &unitTest &&
         listings->Share(unitTest.dataDirectory, getListingUse(planned)))
     {
-        m_sharedFor = &unitTest;
+        sharedFor = &unitTest;
     }
 }
 

@@ -56,7 +56,9 @@ private:
     std::optional<CHeapWorkBuffer> m_buffer;
     std::optional<LuTestSuite::CCrashThread> m_crashThread; ///< created together with m_buffer
     CExternalContext m_external;
-    const LuTestSuite::SUnitTest* m_sharedFor = nullptr; ///< the last unit test whose listing needs no more sharing
+    /// The last unit test whose listing needs no more sharing for its isolated cases, and for its other cases.
+    const LuTestSuite::SUnitTest* m_sharedForIsolated = nullptr;
+    const LuTestSuite::SUnitTest* m_sharedForOthers = nullptr;
     const std::uint64_t m_ownProcessId = LbOs::GetProcessId();
 };
 

@@ -244,6 +244,28 @@ TEST_F(RunCostsOfFiles, AreFewListingsOfAFolderThatHasJustChangedWhereIsolatedCa
     EXPECT_LT(*reads, static_cast<std::size_t>(c_Many / 2));
 }
 
+TEST_F(RunCostsOfFiles, AreFewListingsWhereACaseThatSharesItsProcessPrecedesIsolatedCases)
+{
+    constexpr int c_Many = 300;
+    const std::wstring directory = makeFiles(m_folder, L"inner/CAskingModel", c_Many);
+    m_folder.WriteFile(L"inner/CAskingModel/#ExtraInfo.xml",
+                       "<ExtraInfo><TestCase name='*'><Isolated>true</Isolated></TestCase>"
+                       "<TestCase name='0 *'><Isolated>false</Isolated></TestCase></ExtraInfo>");
+    if (!LbOs::HasTimesOfThisSystem(directory))
+    {
+        GTEST_SKIP() << "the temporary folder is on a server, or on an unknown file system";
+    }
+    LuTestSuiteSetup setup = MakeSetup(m_folder.GetPathOf(L"inner"));
+    setup.params.external = true;
+    const auto reads = CountReads(setup, directory, c_Many);
+    if (!reads)
+    {
+        GTEST_SKIP() << "listings cannot be counted";
+    }
+
+    EXPECT_LT(*reads, static_cast<std::size_t>(c_Many / 2));
+}
+
 TEST_F(RunCostsOfFiles, AreOneListingOfAnOldFolderWhereEachObjectNeedsIt)
 {
     struct SMode

@@ -18,6 +18,11 @@ bool CSharedListings::Share(const std::wstring& directory, EListingUse use)
     }
     std::unique_ptr<LbOs::CSharedMemory> memory;
     const EListingShare share = LbShareListing(directory, use, memory);
+    if (share == EListingShare::None && use == EListingUse::Possible)
+    {
+        // A certain use may still share it.
+        return true;
+    }
     state.left = share == EListingShare::TooEarly ? state.left - 1 : 0;
     state.nextAttempt = now + c_Pause;
     if (memory)
