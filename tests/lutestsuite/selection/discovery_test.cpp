@@ -23,6 +23,7 @@ using discoverymodels::SJournal;
 using LuTestSuite::SUnitTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 using testing::UnorderedElementsAre;
 
 class ScanDirectoryForUnitTests : public testing::Test
@@ -341,6 +342,19 @@ TEST_F(ScanDirectoryForUnitTests, GivesEachCaseItsParametersInADenseMap)
         }
     }
     EXPECT_EQ(count, 4U);
+}
+
+TEST_F(ScanDirectoryForUnitTests, GivesACaseThatItsClassDisablesAMapOf128Buckets)
+{
+    m_folder.MakeFolder(L"CScanDisables");
+
+    const std::vector<LuTestSuite::STestCase> cases = Scan(false).at(0).cases;
+
+    ASSERT_EQ(cases.size(), 2U);
+    EXPECT_THAT(cases[0].parameters, IsEmpty());
+    EXPECT_THAT(cases[1].parameters, ElementsAre(Pair(L"Enable", LbVariant(false))));
+    EXPECT_GE(cases[1].parameters.bucket_count(), 128U);
+    EXPECT_EQ(cases[1].parameters.max_load_factor(), 1.5F);
 }
 
 TEST_F(ScanDirectoryForUnitTests, AsksTheInstanceInOrderAndDestroysIt)

@@ -50,6 +50,18 @@ class CScanOwnDirectory : public LuUnitTest
     }
 };
 
+/// Disables its second case.
+class CScanDisables : public LuUnitTest
+{
+    LB_RTTI(CScanDisables)
+    void InitSubtests() override
+    {
+        AddSubtest(L"eins", [] {});
+        AddSubtest(L"zwei", [] {});
+    }
+    bool IsSubtestDisabled(std::uint32_t subtest) const override { return subtest == 1; }
+};
+
 class CScanEmpty : public LuUnitTest
 {
     LB_RTTI(CScanEmpty)
@@ -184,6 +196,7 @@ public:
 LB_RTTI_CLASS(CScanNamed, LuUnitTest)
 LB_RTTI_CLASS(CScanFiles, LuUnitTest)
 LB_RTTI_CLASS(CScanOwnDirectory, LuUnitTest)
+LB_RTTI_CLASS(CScanDisables, LuUnitTest)
 LB_RTTI_CLASS(CScanEmpty, LuUnitTest)
 LB_RTTI_CLASS(CScanMoves, LuUnitTest)
 LB_RTTI_ABSTRACT(CScanAbstract, LuUnitTest)
