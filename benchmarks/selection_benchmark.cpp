@@ -26,7 +26,7 @@ constexpr int c_Rounds = 5;
 
 constexpr double c_OneExpressionLimitSeconds = 0.1;
 constexpr double c_ExcludesLimitSeconds = 1.5;
-constexpr double c_PlainElementsLimitSeconds = 0.3;
+constexpr double c_ElementsLimitSeconds = 0.3;
 
 std::wstring getCaseName(std::size_t index)
 {
@@ -169,6 +169,12 @@ std::wstring makeStarred(std::size_t index)
     return LbFormat(L"*set %06u*", index * 37);
 }
 
+/// The longest text is the common beginning of all names. The number tells the elements apart.
+std::wstring makeCommonBeginning(std::size_t index)
+{
+    return LbFormat(L"data set *%04u?.txt", index);
+}
+
 /// Each name contains the "x" of these wildcards but does not end with it, so every element is tried on every name.
 std::wstring makeOneStar(std::size_t)
 {
@@ -178,6 +184,12 @@ std::wstring makeOneStar(std::size_t)
 std::wstring makeNineStars(std::size_t)
 {
     return L"*********x";
+}
+
+/// Each name contains the texts between the stars in this order.
+std::wstring makeNineSeparateStars(std::size_t)
+{
+    return L"*d*a*t*a*s*e*t*t*x";
 }
 
 std::wstring makeMixed(std::size_t index)
@@ -236,11 +248,14 @@ void addCases(benchmark::internal::Benchmark* benchmark)
         ->Unit(benchmark::kMillisecond);
 }
 
-BENCHMARK_CAPTURE(describe, plain, makePlain, c_Elements, c_PlainElementsLimitSeconds)->Apply(addCases);
+BENCHMARK_CAPTURE(describe, plain, makePlain, c_Elements, c_ElementsLimitSeconds)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, wildcards, makeWildcard, c_Elements, 1.0)->Apply(addCases);
-BENCHMARK_CAPTURE(describe, starred, makeStarred, c_Elements, c_PlainElementsLimitSeconds)->Apply(addCases);
+BENCHMARK_CAPTURE(describe, starred, makeStarred, c_Elements, c_ElementsLimitSeconds)->Apply(addCases);
+BENCHMARK_CAPTURE(describe, commonBeginning, makeCommonBeginning, c_Elements, c_ElementsLimitSeconds)
+    ->Apply(addCases);
 BENCHMARK_CAPTURE(describe, oneStar, makeOneStar, c_StarElements, 1.0)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, nineStars, makeNineStars, c_StarElements, 1.0)->Apply(addCases);
+BENCHMARK_CAPTURE(describe, nineSeparateStars, makeNineSeparateStars, c_StarElements, 1.0)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, mixed, makeMixed, c_Elements, 1.0)->Apply(addCases);
 
 } // namespace
