@@ -61,11 +61,11 @@ NODE = "NodeName={name} NodeHostname={host} NodeAddr=127.0.0.1 Port={port} CPUs=
 
 
 class ClusterError(Exception):
-    """A message for the user."""
+    """An error whose message is shown to the user."""
 
 
 class UnavailableError(ClusterError):
-    """This machine cannot have a Slurm."""
+    """Slurm cannot run on this machine."""
 
 
 def find_program(name):
@@ -77,19 +77,19 @@ def find_missing_programs():
 
 
 def as_munge():
-    """The words that start a program as user munge. Throws KeyError if there is no such user."""
+    """The words before a command that run it as user munge. Raises KeyError if there is no such user."""
     user = pwd.getpwnam("munge")
     return ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}", "--clear-groups"]
 
 
 def get_user_name():
-    """The user's name by the process's own id, because the environment may name another user. Throws KeyError if the id
-    has no name."""
+    """The name of this process's user id. The environment may name another user. Raises KeyError if the id has no
+    name."""
     return pwd.getpwuid(os.getuid()).pw_name
 
 
 def find_obstacle():
-    """A text that says why this machine cannot have a Slurm; None if nothing is known."""
+    """The reason why Slurm cannot run on this machine; None if there is no known reason."""
     missing = find_missing_programs()
     if missing:
         return f"{', '.join(missing)} not found; scripts/setup cluster installs Slurm"
@@ -136,7 +136,7 @@ def wait_until(condition, limit):
 
 class Cluster:
     """A Slurm whose state is in a folder. The start times of its processes are recorded there, so that a process that
-    got the id of an ended one is never signalled."""
+    got the id of an ended process is never signalled."""
 
     def __init__(self, folder):
         self.folder = folder
@@ -159,7 +159,7 @@ class Cluster:
 
     def get_processes(self):
         """Names and ids of the daemons that run."""
-        # The start time of a process that had ended before it was recorded is unknown.
+        # The start time is None if the process ended before it could be recorded.
         return {name: entry["id"] for name, entry in self._read_record().items()
                 if entry["start"] is not None and get_start_time(entry["id"]) == entry["start"]}
 
@@ -195,7 +195,7 @@ class Cluster:
         return set(self.get_processes()) >= {"munged", "slurmctld", *NODES}
 
     def start(self, node_timeout=10, message_timeout=10):
-        """Both times are seconds. The shorter they are, the earlier Slurm notices the end of a daemon."""
+        """Both timeouts are in seconds. The shorter they are, the earlier Slurm notices the end of a daemon."""
         if self.is_running():
             return False
         obstacle = find_obstacle()
@@ -226,7 +226,7 @@ class Cluster:
         raise ClusterError(f"Slurm does not start: {problem}\n{self._read_logs()}")
 
     def _read_logs(self):
-        """The last lines of each log, because a build server shows nothing else."""
+        """The last lines of each log. They are part of the error, because a build server does not show the files."""
         names = [*glob.glob(f"{self.folder}/*.out"), *glob.glob(f"{self.folder}/*.log"), f"{self.folder}/munge/log"]
         lines = []
         for name in sorted(names):
@@ -292,7 +292,7 @@ class Cluster:
     def kill_tasks(self, node):
         """Kills the node's tasks with all of their processes, as if the machine were lost."""
         mark = f"SLURMD_NODENAME={node}".encode()
-        # The processes that watch over tasks come first, because they would report how the tasks end.
+        # Kills the processes that monitor tasks first, because they would report how the tasks end.
         for process in self.find_steps():
             if f"{self.folder}/slurmd-{node}.log" in opened_files(process):
                 send_signal(process, signal.SIGKILL)
@@ -332,7 +332,7 @@ class Cluster:
             send_signal(process, signal.SIGKILL)
 
     def find_steps(self):
-        """The processes of Slurm that watch over a task, recognised by the settings that their environment names."""
+        """The processes of Slurm that monitor tasks, identified by the settings file that their environment names."""
         mark = f"SLURM_CONF={self.settings}".encode()
         return [process for process in list_processes()
                 if read_process_file(process, "comm").strip() == b"slurmstepd"

@@ -10,7 +10,7 @@ from lintchecks.sizes import functions_of
 # Linux does not compile these sources, so it cannot try their faults.
 _OTHER_PLATFORM = re.compile(r"_windows\.cpp$|^base/os/windows/")
 
-# The headers with logic of the product; the others declare, or have short functions that sources test.
+# The headers that contain logic. The others have only declarations, or short functions that tests of sources cover.
 _HEADERS = ("base/lbformat.h", "base/lbprintf.h", "base/luunittest.h", "testing/lutestsuite/catch2.h",
             "testing/lutestsuite/googletest.h")
 
@@ -36,7 +36,7 @@ _EXPRESSIONS = [
     ("choice", re.compile(r"\bstd::max\b"), ("std::min",)),
     ("jump", re.compile(r"\bcontinue(?=;)"), ("break",)),
 ]
-# Whole statements of one line that are left out.
+# Statements of one line that are removed as a whole.
 _STATEMENTS = [
     ("call", re.compile(r"^ +(?:[\w:\[\]*]+(?:\.|->))*[\w:]+\(.*\);$")),
     ("assignment", re.compile(r"^ +(?:[\w\[\]*]+(?:\.|->))*[\w\[\]*]+ (?:[-+|&]?=) .*;$")),
@@ -79,7 +79,7 @@ def draw(tree, patterns, seed):
 
 def _changes_in(tree, name):
     lines = tree.text_of(name).splitlines()
-    # The text without literals and comments: what follows them is at other columns.
+    # The text without literals and comments. The columns of the rest differ from those in `lines`.
     code = tree.code_of(name)
     in_function = {number for first, last in functions_of(code) for number in range(first + 1, last)}
     for number, (line, bare) in enumerate(zip(lines, code.splitlines()), 1):
@@ -87,7 +87,7 @@ def _changes_in(tree, name):
             continue
         visible = _mask(line)
         for kind, pattern, replacements in _EXPRESSIONS:
-            # Outside functions only constants and flags are changed, because there are only declarations.
+            # Code outside functions is only declarations, so only constants and flags are changed there.
             if number in in_function or kind in ("constant", "flag"):
                 for match in pattern.finditer(visible):
                     for replacement in replacements:
@@ -101,7 +101,7 @@ def _changes_in(tree, name):
 
 def _make(name, number, line, begin, end, replacement, kind):
     if replacement == "(!":
-        # The whole condition is negated.
+        # Negates the whole condition.
         closing = line.rindex(")")
         return Change(name, number, line, begin, closing + 1, f"(!{line[begin:closing + 1]})", kind)
     return Change(name, number, line, begin, end, replacement, kind)

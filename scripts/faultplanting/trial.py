@@ -22,19 +22,19 @@ PROGRAMS = (
     ("testing/lutestsuitehost/", "cli_tests"),
     ("testing/lutestsuiterunner/", "runner_tests"),
 )
-# Tests of a folder that lie in another one: those that start the host with a command.
+# Folders whose tests are partly in another folder: tests that start the host with a command are in cli.
 FURTHER_TESTS = {"lutestsuiterunner/commands": "lutestsuiterunner/cli"}
-# Linking takes most of the time: use a fast linker, and do not relink the users of a changed library.
+# Linking takes most of the time, so use a fast linker, and do not relink the users of a changed library.
 OPTIONS = ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
 FAST_LINKERS = (("ld.lld", "lld"), ("ld.gold", "gold"))
 CTEST = "ctest"
 TEST_NAME = re.compile(r"[\w./]+")
 # Tests of the build, not of the product.
 NOT_OF_THE_PRODUCT = "^(lint|scripts|compile|install|build_record)\\."
-# A fault may allocate or write without end.
+# Limits in bytes, because a fault may allocate memory or write files without end.
 MEMORY_LIMIT = 6 << 30
 FILE_LIMIT = 4 << 30
-# Tests may take this many times as long as without a fault, because the load of the machine changes.
+# Tests may take this many times as long as without a fault, because the load of the machine varies.
 PATIENCE = 5
 LEAST_SECONDS = 120
 
@@ -55,7 +55,7 @@ class Ground:
         self.copy = folder / "tree"
         self.build = self.copy / "build" / PRESET
         self.is_quick = is_quick
-        self.usual_seconds: dict[str, float] = {}  # by filter; CTEST for ctest
+        self.usual_seconds: dict[str, float] = {}  # by test filter; the key CTEST is for all of ctest
         self.failing: set[str] = set()  # tests that fail without a fault
 
     def prepare(self) -> None:
@@ -109,7 +109,7 @@ class Ground:
                 self.failing.add(test)
 
     def _find(self, program, filters) -> str:
-        """The test that fails; empty when all pass."""
+        """The first test that fails; empty when all pass."""
         for suites in filters:
             failed = self._run_program(program, suites)
             if failed:
@@ -169,7 +169,8 @@ class Ground:
         return failed[0] if failed else f"ctest ({'takes too long' if status is None else output[-200:]})"
 
     def _run_tests(self, command, folder, name):
-        """Runs a command and ends all that it started. Returns status (None after the time limit) and the output."""
+        """Runs a command and ends all processes that it started. Returns the status (None after the time limit) and the
+        output."""
         usual = self.usual_seconds.get(name)
         limit = None if usual is None else max(LEAST_SECONDS, PATIENCE * usual)
         log = self.copy / "build" / "tests.log"

@@ -1,4 +1,4 @@
-"""Circles in graphs of files and folders."""
+"""Cycles in graphs of files and folders."""
 
 
 def circles(edges):

@@ -36,7 +36,7 @@ _WORDS = re.compile(
     + r")(?![\w.=-]*[=\w])",
     re.IGNORECASE,
 )
-# Whole tags, and parts of tags whose attributes are put together.
+# Whole tags, and parts of tags whose attributes the code concatenates.
 _MARKUP = re.compile(r'<[^<>]*>|\n|"? [a-z-]+="|"/?>')
 _CONVERSION = re.compile(r"%(?:[-+#0]*[\d.*]*(?:I64|hh?|ll?|w|z)?[a-zA-Z])")
 
@@ -46,7 +46,7 @@ def check(tree):
     for name in tree.files:
         if name.startswith(_FOLDERS) and name.endswith((".h", ".cpp", ".js")):
             source = tree.text_of(name)
-            # Scripts quote their texts with apostrophes only.
+            # Literals in JavaScript are always in apostrophes.
             for number, text in texts_of(source.replace("'", '"') if name.endswith(".js") else source):
                 if text not in known:
                     yield f'{name}:{number}: "{text}" is missing in {TABLE}'
@@ -60,7 +60,7 @@ def _listed(table):
 
 
 def texts_of(source):
-    """Line number and text of each German literal: without markup, and with "..." where a value is put in."""
+    """Line number and text of each German literal: without markup, and with "..." for each inserted value."""
     for match in _LITERALS.finditer(source):
         if match["text"] is None:
             continue

@@ -1,6 +1,6 @@
 """Each header compiles alone, with every installed compiler of the project.
 
-The build shows it for a header that a source of the product includes first; the others are compiled here.
+The build already checks a header that a source of the product includes first. The others are compiled here.
 """
 
 import concurrent.futures
@@ -12,10 +12,10 @@ import subprocess
 
 COMPILERS = {"linux": "g++", "windows": "x86_64-w64-mingw32-g++-posix"}
 OPTIONS = ["-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-x", "c++", "-"]
-# What the build gives to every source of the library.
+# The definitions that the build passes to every source of the library.
 DEFINITIONS = ['-DLUTESTSUITE_BUILD_CONFIGURATION="Release"']
 GOOGLETEST = "/usr/src/googletest"
-# Headers that need a framework, which only the build finds, and the sources whose build shows that they compile.
+# Headers that need a framework, which only the build finds. Each is compiled with the source named here.
 ADAPTERS = {
     "benchmarks/trivialcatch2tests.h": "benchmarks/catch2_trivial.cpp",
     "testing/lutestsuite/catch2.h": "tests/foreign/catch2/adapter.cpp",
@@ -52,7 +52,7 @@ def _included_first(tree):
 
 
 def _is_for(tree, name, platform):
-    """Headers for one platform are in that platform's folder. The others differ by platform in base/os only."""
+    """Headers for one platform are in its folder. Of the other headers, only those in base/os differ by platform."""
     if ADAPTERS.get(name) in tree.files:
         return False
     if platform == "windows" and not name.startswith("base/os/"):

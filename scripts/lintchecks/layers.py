@@ -1,4 +1,4 @@
-"""Includes go down only, and no files include each other in a circle, each source together with its header.
+"""Includes go down only, and files do not include each other in a cycle. A source and its header count as one file.
 
 The table assigns a layer to each file; the first matching pattern decides.
 """
@@ -13,8 +13,8 @@ SUITE = "testing/lutestsuite/"
 RUNNER = "testing/lutestsuiterunner/"
 
 LAYERS = [
-    # Used by the platform layer itself: export marks, exceptions, source locations, text conversion, command lines, and
-    # what differs between the platforms at compile time.
+    # Files that the platform layer itself includes: export marks, exceptions, source locations, text conversion,
+    # command lines, and what differs between the platforms at compile time.
     ("base/lbexport.h", 0),
     ("base/lbexception.*", 0),
     ("base/lbsourcelocation.h", 0),
@@ -26,7 +26,7 @@ LAYERS = [
     ("base/os/linux/*", 1),
     ("base/os/windows/*", 1),
     ("base/*", 2),
-    # Public headers: records, and operations that are declared here and defined in the folder whose subject they are.
+    # Public headers: records, and declarations of operations, which are defined in the folder for their subject.
     (SUITE + "lutestsuiteexport.h", 3),
     (SUITE + "lutestsuiteout.h", 3),
     (SUITE + "lutestsuitesetup.h", 3),
@@ -94,7 +94,7 @@ def _circles_of_pairs(tree):
 
 
 def _pair(name):
-    """Source and header of one topic have the same name, which here has neither ending nor platform."""
+    """The path without extension and platform, which the header and the sources of one topic share."""
     return re.sub(r"(_linux|_windows)?\.\w+$", "", name)
 
 

@@ -1,4 +1,4 @@
-"""Calls go down only, as includes do, and no folders and no files call each other in a circle.
+"""Calls go down only, as includes do, and neither folders nor files call each other in a cycle.
 
 Includes do not show every call: LuTestSuiteUtils and LuTestSuiteReport are declared in one public header each and
 defined in many folders. The symbols of the object files show every call. The check reads one build of each platform and
@@ -13,7 +13,7 @@ import subprocess
 from .circles import circles
 from .layers import layer_of
 
-# From each row the first preset with object files is read; those of --built come first.
+# Each row is a platform. The first preset that has object files is read; presets named by --built are tried first.
 PRESETS = (
     ("linux-debug", "linux-release", "linux-asan", "linux-tsan"),
     ("mingw-release", "mingw-debug"),
@@ -27,7 +27,7 @@ TARGETS = (
     ("testing/lutestsuiterunner", "lutestsuiterunner_objects"),
     ("testing/lutestsuiterunner", "LuTestSuiteRunner"),
 )
-# Folders in the graph of folders. The text layer is in the folders of base, but below the others.
+# Nodes of the graph of folders. The text layer is a node of its own, because it is below the rest of its folders.
 TEXT = "base (text)"
 PLATFORM = "base/os"
 
@@ -73,7 +73,7 @@ def _objects_of(tree, preset):
 
 
 def _first_stale(tree, objects):
-    """A file that changed after its compilation, or a source that was never compiled."""
+    """A file that changed after its compilation, or a source that was never compiled, or None."""
     times = {}
     for source, path in objects.items():
         compiled = path.stat().st_mtime
@@ -82,7 +82,7 @@ def _first_stale(tree, objects):
                 times[name] = (tree.root / name).stat().st_mtime
             if compiled < times[name]:
                 return name
-    # Sources of the other platform have no objects here.
+    # The sources of one platform are ignored, because those of the other one have no objects here.
     sided = ("_linux.cpp", "_windows.cpp")
     for name in tree.sources():
         is_product = name.startswith(("base/", "testing/")) and name.endswith(".cpp")
@@ -114,7 +114,7 @@ def _calls_between(objects):
     calls = collections.defaultdict(dict)
     for source, symbols in needs.items():
         for symbol in sorted(symbols):
-            # Several objects define an inline function. Its header shows who calls it.
+            # Several objects may define an inline function. Its callers include its header, which layers.py checks.
             if len(definers[symbol]) == 1:
                 (callee,) = definers[symbol]
                 calls[source].setdefault(callee, symbol)
@@ -174,7 +174,7 @@ def _folder(name):
     if layer_of(name) == 0:
         return TEXT
     folder = name.rpartition("/")[0]
-    # What only one platform has is part of the platform layer.
+    # The folders for one platform are part of the platform layer.
     return PLATFORM if folder.startswith(PLATFORM + "/") else folder
 
 

@@ -1,4 +1,4 @@
-"""Operating-system code stays in base/os, and one header there includes <windows.h>.
+"""Operating-system code stays in base/os, and only one header there includes <windows.h>.
 
 Facilities that do not work correctly on one platform are used on neither.
 """

@@ -68,7 +68,7 @@ class Tree:
 
 
 def _blank(match: re.Match) -> str:
-    # Quotes stay, so that a literal still counts as something.
+    # Quotes stay, so that a literal does not vanish from the code.
     quotes = "" if match["comment"] else '""'
     return quotes + "\n" * match[0].count("\n")
 
