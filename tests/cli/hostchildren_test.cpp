@@ -71,7 +71,7 @@ class HostChildrenMode : public testing::TestWithParam<const wchar_t*>
 {
 };
 
-/// The channel between host and child does not depend on an open file.
+/// The channel between host and child needs no open file, so it survives when a case closes all files.
 TEST_P(HostChildrenMode, ServeAfterACaseOfTheHostHasClosedAllFiles)
 {
     const ScopedFolder folder;
@@ -140,7 +140,7 @@ TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
     EXPECT_EQ(countIn(m_report, "info\">64<"), 600U);
 }
 
-/// Isolated cases also have spare children, which are started in advance.
+/// For isolated cases, the host also starts spare children in advance, which need files, too.
 TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
 {
     SHostOptions options;
@@ -152,7 +152,7 @@ TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
     EXPECT_EQ(countIn(m_report, "info\">64<"), 600U);
 }
 
-/// How cases run where the user may have few processes.
+/// A run under a limit on the number of the user's processes.
 struct SFewProcesses
 {
     std::uint32_t limit;

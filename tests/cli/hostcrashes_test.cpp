@@ -73,7 +73,7 @@ protected:
         HostCrashes::SetUp();
     }
 
-    /// The last line; the C library may print something before it.
+    /// Expects the crash in the last line; the C library may print something before it.
     static void ExpectLine(const SHostRun& run)
     {
         const SHostCrash& crash = GetParam();
@@ -140,7 +140,8 @@ TEST_F(HostCrashes, NameTheCaseOfACrashedThread)
         << run.errors;
 }
 
-/// The host waits for a reader of the page, and the thread for the other report.
+/// The page is a pipe without a reader, so the host blocks while it writes reports. Meanwhile, a thread of the case
+/// waits for the XML report and crashes.
 TEST_F(HostCrashes, AreReportedUntilTheReportsAreWritten)
 {
     if (c_HasSanitizer)

@@ -160,7 +160,7 @@ TEST_F(HostErrors, NameTheFunctionWhereTheLibraryFailed)
         GTEST_SKIP() << "memory cannot be limited here";
     }
     SHostOptions hostOptions;
-    // Too little address space for the stack that a pattern with a back-reference needs.
+    // This limit leaves too little address space for the stack that a pattern with a back-reference needs.
     hostOptions.memoryLimitKilobytes = 80'000;
 
     m_folder.MakeFolder(L"CLongNameModel");

@@ -133,7 +133,7 @@ TEST_F(HostModes, DeleteDuplicates)
               (std::vector<std::wstring>{L"#ExtraInfo.xml", L"a.txt", L"d.txt", L"e.txt"}));
 }
 
-/// Prints only why a comparison failed; a written page prints nothing.
+/// The host prints only why a comparison failed. It prints nothing if it wrote the page.
 TEST_F(HostModes, ReportWhyReportsCannotBeCompared)
 {
     const std::wstring report = m_folder.WriteFile(
@@ -223,7 +223,7 @@ protected:
         return names;
     }
 
-    /// Changes the year of the only archived run: two runs in one second would have the same name.
+    /// Changes the year of the only archived run to 2001, because two runs in one second would have the same name.
     void PutBack() const
     {
         const std::wstring folder = m_folder.GetPathOf(L"Ausgabe/Archive") + LbPath::c_Separator;
@@ -323,7 +323,7 @@ TEST_F(HostArchive, WarnsOfARunWithoutCases)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-/// Creates the reports of all seconds in which the run may begin.
+/// The test creates reports for each second in which the run may begin.
 TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
 {
     const std::vector<std::wstring> stamps = GetNextTimeStamps();
@@ -366,7 +366,7 @@ TEST_F(HostArchive, RunsTheExampleOnTwoDays)
     }
     EXPECT_EQ(GetArchive(L".xml").size(), 2U);
     EXPECT_EQ(GetArchive(L".html").size(), 2U);
-    // The example's cases in one folder, the classes and the cases of both runs.
+    // The data has one class with one case. The overview shows the counts of classes and of cases for both runs.
     const std::regex passed("100\\.00% \\(1/1\\)");
     const std::string overview = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"Ausgabe/index.html"));
     EXPECT_EQ(std::distance(std::sregex_iterator(overview.begin(), overview.end(), passed), std::sregex_iterator()), 4)

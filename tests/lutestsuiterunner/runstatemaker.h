@@ -14,7 +14,7 @@ public:
     void BeginJournal(std::uint32_t number)
     {
         m_place = {number, 0};
-        // MakeStart and MakeEnd name the same process.
+        // The process id in the records of MakeStart and MakeEnd.
         constexpr std::uint64_t c_Host = 4711;
         Apply(
             Runner::SJournalBegun{"", m_state.GetPlan().cases.size(), number, {}, c_Host, {}, L"2024-01-02 03:04:05"});

@@ -84,7 +84,7 @@ Runner::SCaseEnded MakeEnd(std::uint32_t caseIndex, LuTestSuiteRun::ECaseRunResu
 
 std::string ToText(const Runner::Record& record)
 {
-    // Large texts are appended in full.
+    // The record only refers to large texts, so this appends them in full.
     std::string stored;
     std::string json;
     Runner::EncodeRecord(

@@ -8,7 +8,7 @@
 #include "testing/lutestsuiterunner/model/plan.h"
 #include "testing/lutestsuiterunner/model/records.h"
 
-/// Three unit tests, two of them of one class in different folders, with six cases in all and one that is disabled.
+/// Three unit tests with six enabled cases and one disabled case. Two of them are of one class, in different folders.
 Runner::SPlan MakeSamplePlan(std::uint32_t repetitions = 1);
 
 /// Random text with any code units: control characters, lone surrogates, quotes, markup.

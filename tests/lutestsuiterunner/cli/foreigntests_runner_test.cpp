@@ -59,7 +59,7 @@ TEST(RunnerForeignTests, CountSkippedTests)
     const std::string report = LbFileSystem::ReadFile8Bit(out + L"junit.xml");
     EXPECT_NE(report.find("<skipped message=\"no coprocessor\"/>"), std::string::npos) << report;
     EXPECT_NE(report.find("<skipped message=\"no server\"/>"), std::string::npos) << report;
-    // GoogleTest 1.12 has run this test.
+    // GoogleTest 1.12 runs the test of the skipped suite, so the test is not reported as skipped.
     EXPECT_EQ(report.find("<skipped message=\"no licence\"/>"), std::string::npos) << report;
     EXPECT_NE(LbFileSystem::ReadFile8Bit(out + L"summary.json").find("\"skipped\": 2"), std::string::npos);
 }
@@ -80,7 +80,7 @@ TEST(RunnerForeignTests, EndWithTheStatusOfASkippedTestInEachMode)
     }
 }
 
-/// A module's suites of which only one has a folder.
+/// A module with many suites. Only one of them has a folder.
 class RunnerSuitesWithoutFolder : public testing::Test
 {
 protected:

@@ -178,7 +178,7 @@ TEST_P(HostGoogleTest, HasTheReasonOfASuiteThatSkips)
     const SHostRun run = Run({L"SkippedSuite"}, GetParam());
 
     ExpectLines(run, {"Passes... OK"});
-    // Not at the beginning of the line, because the test was run.
+    // The message begins with file and line, because GoogleTest ran the test.
     ExpectMessage("Passes", "failures.cpp:43: Übersprungen: no licence");
 }
 
@@ -262,7 +262,7 @@ const std::vector<std::vector<std::wstring>> c_Modes = {{}, {L"-p", L"-w", L"4"}
 
 TEST_P(HostGoogleTest, RunsDeathTestsOnLinuxInOneStyle)
 {
-    // A fork does not contain the other threads, whose memory the leak detector would report.
+    // A forked process lacks the other threads, so the leak detector would report their memory.
     const SHostRun run = Run({L"Deaths"}, GetParam(), {{L"ASAN_OPTIONS", L"detect_leaks=0"}});
 
     const std::string expected = LbOs::c_PathSeparator == L'\\' ? c_Failed : "... OK";
@@ -365,7 +365,7 @@ class HostCatch2Children : public HostCatch2
 {
 };
 
-/// For tests without a mode.
+/// Tests that do not run in each mode.
 class HostCatch2Registration : public HostCatch2
 {
 };

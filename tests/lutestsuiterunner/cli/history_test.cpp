@@ -76,7 +76,7 @@ ECaseRunResult getResult(std::uint32_t index, std::uint32_t run)
 }
 
 /// From the middle of the archive on, everything takes longer, two cases change by more or less than the others, and
-/// two need other amounts of memory. The number of allocations changes in the newest run.
+/// two need more or less memory. The number of allocations changes in the newest run.
 void measure(std::uint32_t index, std::uint32_t run, Runner::History::CRandomNumbers& random,
              LuTestSuiteRun::SCaseInfo& info)
 {

@@ -33,7 +33,7 @@ protected:
         return cases;
     }
 
-    /// Replaces the run by one with a changed plan, of which no case has run.
+    /// Replaces the run by one that has a changed plan and has not executed any case.
     void ChangePlan(const std::function<void(Runner::SPlan&)>& change) const
     {
         Runner::SPlan plan = Runner::LoadRun(GetOut())->GetPlan();

@@ -332,7 +332,7 @@ TEST_F(RunnerReview, AsksOnATerminal)
     options.onTerminal = true;
     options.variables = {{L"TERM", L"xterm"}};
 
-    // The terminal's input is at its end.
+    // The terminal has no input, so the dialog ends after its first question.
     const SHostRun run = RunRunner({L"review", m_folder.GetPathOf(L"data")}, options);
     const SHostRun onBuildServer = RunRunner({L"review", m_folder.GetPathOf(L"data"), L"--ci"}, options);
     const SHostRun sideBySide = RunRunner({L"review", m_folder.GetPathOf(L"data"), L"--side-by-side"}, options);

@@ -21,7 +21,7 @@ class RunnerReviewKilled : public RunnerReview
 {
 protected:
     static constexpr int c_Files = 12;
-    static constexpr int c_Early = 3; ///< files that the decision has done when it is killed
+    static constexpr int c_Early = 3; ///< number of the file after which the process is killed
     static constexpr int c_Late = 8;
 
     /// How the files differ from their references, and which decision is made.
@@ -39,8 +39,8 @@ protected:
         return first + GetBody(number) + (kind.isCauseShared && number % 2 == 0 ? second : "");
     }
 
-    /// The unchanged lines of a file. The process is killed after an early and a late file; the file after each of them
-    /// is large.
+    /// The unchanged lines of a file. The files after c_Early and c_Late are large, so that the process is killed while
+    /// it handles them.
     static std::string GetBody(int number)
     {
         constexpr int c_Lines = 500;
@@ -68,9 +68,8 @@ protected:
         }
     }
 
-    /// Decides on the first change in another process, and kills that process when it has done the file of this number;
-    /// -1: when the decision is on the disk. True if the decision was interrupted, for a file's number after the files
-    /// up to this one were done.
+    /// Decides on the first change in another process. Kills the process when it has handled the file of this number,
+    /// or, for -1, when the decision is on the disk. True if the decision was interrupted.
     bool KillAt(const SKind& kind, int number) const
     {
         const std::wstring directory = m_folder.GetPathOf(L"data");
@@ -101,8 +100,8 @@ protected:
     /// Kills decisions at several places. Expects that all references begin with `first` after the next review.
     void ExpectFinished(const SKind& kind, const std::string& first, const char* summary) const
     {
-        // Only files that are done before the end of the process show that the next review does the rest. On a busy
-        // machine the process may end before it is killed.
+        // At least one process must be killed between two files, to show that the next review handles the rest. On a
+        // busy machine the process may end before it is killed, so the test tries several times.
         constexpr int c_MostKills = 12;
         constexpr int c_Numbers[] = {-1, c_Early, c_Late};
         int interruptedLater = 0;
@@ -148,7 +147,7 @@ TEST_F(RunnerReviewKilled, IsFinishedForRejectedFiles)
     ExpectFinished({false, true, L"--reject"}, "alt 1\n", "Änderungen: 0, Dateien: 0\n");
 }
 
-/// A decision that has begun to change references is finished. One that has not is undone.
+/// The next review finishes a decision that has begun to change references, and undoes one that has not begun.
 TEST_F(RunnerReviewKilled, IsCarriedOutForAllFilesOrNoneIfARunComesFirst)
 {
     const SKind kind = {false, false, L"--accept"};

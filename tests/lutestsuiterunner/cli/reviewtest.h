@@ -39,6 +39,6 @@ protected:
     bool Holds(const std::wstring& name) const { return LbFileSystem::IsFile(m_folder.GetPathOf(L"data/" + name)); }
 
 private:
-    // A build server that runs these tests may set it.
+    // Clears CI, which a build server that runs these tests may have set.
     ScopedEnvironmentVariable m_ci{L"CI", L""};
 };

@@ -55,7 +55,7 @@ TEST_F(RunnerRun, RepeatsFailedCasesAlone)
 
     const SHostRun run = Run({L"run", L"--previous", GetOut(), L"--only-failed", L"--force"}, {L"-s"});
 
-    // The case fails if another one has run in its process before, and passes alone.
+    // The case passes alone, and fails if another case has run in its process before.
     EXPECT_EQ(run.exitStatus, 0) << output;
     ExpectLine(run.output, "Fälle: 1, bestanden: 1");
 }

@@ -31,8 +31,8 @@ protected:
         WriteCommand(L"scancel", "");
     }
 
-    /// Each call appends its arguments to "<name>.txt" before it runs the text, in the folder of the commands. For
-    /// sbatch, the text finds the script in $script and its argument in $argument.
+    /// Writes a stand-in for a command. It appends its arguments to "<name>.txt", then runs the shell commands in
+    /// `text`, both in the folder of the stand-ins. For sbatch, $script is the script, and $argument is its argument.
     void WriteCommand(const std::wstring& name, const std::string& text) const
     {
         const std::string start = "#!/bin/sh\ncd '" + LbEncoding::ToUtf8(m_folder.GetPathOf(L"slurm")) +
@@ -44,7 +44,7 @@ protected:
         MakeProgram(L"slurm/" + name, start + text);
     }
 
-    /// Returns the program's path.
+    /// Writes an executable script and returns its path.
     std::wstring MakeProgram(const std::wstring& name, const std::string& text) const
     {
         std::wstring path = m_folder.WriteFile(name, text);
@@ -168,7 +168,7 @@ TEST_F(RunnerSlurmCommands, ThatCannotStartAreNoAnswer)
 {
     MakeDurations({1});
     SubmitShard({L"--detach"});
-    // The temporary folder for their output is missing, because a stand-in deletes it.
+    // The host cannot start the commands, because a stand-in deletes the temporary folder for their output.
     m_options.variables.emplace_back(L"TMPDIR", m_folder.MakeFolder(L"room"));
     MakeProgram(L"slurm/scancel", "#!/bin/sh\nrm -rf \"$TMPDIR\"\n");
     const SHostRun status = RunRunner({L"status", GetOut()}, m_options);

@@ -74,7 +74,7 @@ protected:
         waitUntil([&] { return CallQueue(L"--format=%T").find(state) != std::string::npos; });
     }
 
-    /// A line for each task of the first submission.
+    /// Returns a line for each task of the first submission.
     std::string CallQueue(const std::wstring& format) const
     {
         const std::string run = Runner::ReadPlan(GetOut() + Runner::c_PlanName).runId;
@@ -106,10 +106,10 @@ protected:
     SHostOptions m_options;
 
 private:
-    /// The status of scripts/cluster on a machine that cannot have a Slurm.
+    /// The status of scripts/cluster if Slurm cannot run on the machine.
     static constexpr int c_Unavailable = 3;
 
-    static inline SHostRun s_start; ///< of Slurm
+    static inline SHostRun s_start; ///< result of starting Slurm
 
     template<typename F>
     static void waitUntil(const F& condition)
@@ -185,7 +185,7 @@ TEST_F(RunnerSlurm, LosesNoCaseOfARequeuedTask)
     const std::wstring task = BeginLongTask();
     CallSlurm({L"scontrol", L"requeue", task});
     WaitForState("PENDING");
-    // Slurm would wait for two minutes.
+    // Otherwise, Slurm would wait for two minutes before it starts the task again.
     CallSlurm({L"scontrol", L"update", L"jobid=" + task, L"StartTime=now"});
 
     ExpectWhole(1);

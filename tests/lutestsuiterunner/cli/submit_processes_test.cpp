@@ -84,7 +84,7 @@ TEST_F(RunnerSubmitProcesses, DoNotReplaceARunInOneProcessThatIsAlive)
 {
     MakeDurations({1});
     Run({L"run"});
-    // Stands for the process of that run.
+    // The lock makes the run look alive.
     const auto lock = LbOs::CFolderLock::TryAcquire(GetOut());
     const SHostRun run = Submit({L"--shards", L"1", L"--force"});
 
@@ -122,7 +122,7 @@ TEST_F(RunnerSubmitProcesses, ShareTheCasesOfAShardThatWasStartedTwice)
     other.wait();
 
     const std::size_t verdicts = Find<Runner::SCaseEnded>(1).size() + Find<Runner::SCaseEnded>(2).size();
-    // The first host may notice the second one after a second. From then on each may repeat one case of the other.
+    // The first host may notice the second one only after a second. From then on, each may repeat a case of the other.
     EXPECT_GE(verdicts, c_Cases);
     EXPECT_LE(verdicts, c_Cases + 5);
     EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 0);
@@ -181,7 +181,7 @@ protected:
         WaitUntil([&] { return LbFileSystem::ReadFile8Bit(output).find(progress) != std::string::npos; });
     }
 
-    /// Sends the process a signal by its name.
+    /// Sends the signal of this name to the process of the command.
     void Send(const std::wstring& signal) const
     {
         std::string process = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"process"));
@@ -213,7 +213,7 @@ TEST_F(RunnerSubmitWaiting, LeavesTheReportsToTheOtherProcessAfterCtrlC)
     Begin("Teile: 0 von 1 fertig");
     Send(L"INT");
     WaitUntil([this] { return IsMarkedCanceled(); });
-    // This takes longer than writing reports: "wait" would have written them by its end.
+    // This run takes longer than writing reports, so "wait" would have written them meanwhile.
     RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", GetShard()});
     EXPECT_FALSE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
     m_lock.reset();

@@ -159,7 +159,7 @@ TEST_F(RunnerSubmit, ReportsWhatAMachineDoesNotHave)
 
     EXPECT_EQ(run.exitStatus, 2);
     ExpectLine(run.errors, "fehlt der Ordner ");
-    // The shard is complete without this host.
+    // The shard already has all verdicts, so the failed host does not matter.
     EXPECT_EQ(RunRunner({L"report", GetOut()}).exitStatus, 0);
 }
 
@@ -168,7 +168,7 @@ TEST_F(RunnerSubmit, GivesTheReasonWhenNoMachineCanRunAShard)
     MakeDurations({1, 1});
     Submit({L"--shards", L"1", L"--detach"});
     RunRunner({L"wait", GetOut()});
-    // The run has not ended, and its shard was lost.
+    // Makes the run look as if it has not ended and its shard was lost.
     LbFileSystem::RemoveTree(GetOut() + Runner::c_ProofName);
     LbFileSystem::RemoveTree(GetOut() + Runner::GetShardFolderName(1) + Runner::GetJournalName(1));
     LbFileSystem::RemoveTree(m_folder.GetPathOf(L"data"));

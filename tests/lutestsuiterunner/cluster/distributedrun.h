@@ -16,7 +16,7 @@ class CPlayedRun
 {
 public:
     static constexpr std::uint32_t sc_Shards = 2;
-    /// Later than the beginning of a journal, which is now.
+    /// Later than the beginning of each journal, which is the current time.
     static constexpr const wchar_t* sc_EndTime = L"2999-01-02 03:04:09";
 
     CPlayedRun()
@@ -30,7 +30,7 @@ public:
     const std::vector<Runner::SShardEntry>& GetShards() const { return m_shards; }
     std::wstring GetShardFolder(std::uint32_t number) const { return GetFolder() + Runner::GetShardFolderName(number); }
 
-    /// A new host for a shard.
+    /// Begins the journal of a new host for a shard.
     std::unique_ptr<Runner::CJournalWriter> Join(std::uint32_t number) const
     {
         const std::wstring folder = GetShardFolder(number);
@@ -50,7 +50,7 @@ public:
         writer.Close();
     }
 
-    /// Runs all cases of a shard; they pass.
+    /// Records a run of all cases of a shard; they pass.
     void RunShard(std::uint32_t number) const
     {
         const auto writer = Join(number);

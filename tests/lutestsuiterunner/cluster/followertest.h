@@ -49,7 +49,7 @@ public:
     Runner::Tasks tasks;
     bool isSilent = false;
     bool isRefusing = false;
-    bool isDeaf = false; ///< cancels nothing
+    bool isDeaf = false; ///< ignores requests to cancel tasks
     int questions = 0;
     int cancellations = 0;
 };
@@ -69,7 +69,7 @@ protected:
         m_engine.tasks[shard] = {Runner::ETaskState::Over, note};
     }
 
-    /// Loses the tasks of a shard, and those that replace them, until the follower submits no more.
+    /// Loses the tasks of a shard, and those that replace them, until the follower submits no further tasks.
     void LoseForGood(std::uint32_t shard, const std::wstring& note = L"NODE_FAIL auf node1")
     {
         for (int round = 0; round < 4; ++round)

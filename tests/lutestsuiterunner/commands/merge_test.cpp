@@ -86,7 +86,7 @@ protected:
     }
 
     const ScopedFolder m_folder;
-    std::wstring m_shards; ///< the beginning of the names of the shards' folders
+    std::wstring m_shards; ///< prefix of the paths of the shards' folders
 };
 
 TEST_F(RunnerMerge, CombinesShardsToTheWholeRun)

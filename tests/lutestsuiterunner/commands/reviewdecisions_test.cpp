@@ -283,7 +283,7 @@ TEST_F(ReviewDecisions, WithoutOneChangeApplyAllOthers)
     }
 }
 
-/// The difference from the reference after the first decision has other parts.
+/// After the first decision, the reference and the output differ in other parts than before.
 TEST_F(ReviewDecisions, FindTheirPartsAfterTheFirstOne)
 {
     const STexts texts = {"x 1\nx 2\n}\n\ntime 5\nb", "x 1\nx 2\n}\ntime 5\ntime 5\nb\n"};

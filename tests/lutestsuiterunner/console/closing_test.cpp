@@ -53,7 +53,7 @@ TEST(RunnerClosing, NamesTheFileWithAllCasesBeforeAFailureOfASharedProcess)
 {
     using LuTestSuiteRun::ECaseRunResult;
     CRunStateMaker run(MakeSamplePlan(2));
-    // Case 3 is the second repetition of a case whose description asks for a process of its own.
+    // Leaves out cases 2 and 3, the repetitions of a case whose description asks for a process of its own.
     for (const std::uint32_t index : {0U, 1U, 4U, 5U, 6U, 7U})
     {
         run.RunCase(index, ECaseRunResult::Ok);

@@ -35,7 +35,7 @@ protected:
         return plan;
     }
 
-    /// Records an attempt, and tells the line of it.
+    /// Records an attempt, and reports it to the progress line.
     void End(Runner::CProgressLine& line, std::uint32_t index, ECaseRunResult result, std::uint32_t attempt = 1)
     {
         m_run.RunCase(index, result, attempt, attempt == 1 ? EAttemptKind::First : EAttemptKind::Retry);
@@ -52,7 +52,7 @@ TEST_F(RunnerProgressLine, CountsACaseAsFailedUntilARetryPasses)
     Runner::CProgressLine line(m_run.Get(), cases, {});
     End(line, 0, ECaseRunResult::Error);
     End(line, 1, ECaseRunResult::Error);
-    // In quarantine.
+    // This case is in quarantine, so it does not count as failed.
     End(line, 5, ECaseRunResult::Error);
     EXPECT_EQ(line.GetProgress().failed, 2U);
     EXPECT_EQ(line.GetProgress().done, 3U);

@@ -14,7 +14,7 @@ Runner::SPlan makeShardPlan()
     return plan;
 }
 
-/// Several hosts, one after another, ended without a note while they ran these cases.
+/// A run whose hosts ended one after another without a note. `hosts` has the cases that each of them was running.
 class CLostHosts : public CRunStateMaker
 {
 public:

@@ -31,7 +31,7 @@ protected:
         LuTestSuiteReport::GenerateXMLReport(m_folder.GetPathOf(begin + L".xml"), data);
     }
 
-    /// What the archive tells about the case in a plan of this configuration.
+    /// What the archive knows about the case in a plan of this configuration.
     std::optional<Runner::SPreviousCase> find(const std::wstring& name = L"Fall",
                                               const std::wstring& configuration = L"Release x64") const
     {

@@ -18,7 +18,7 @@ using LuTestSuiteRun::ECaseRunResult;
 using Runner::CSiblings;
 using Cases = std::vector<std::uint32_t>;
 
-/// More than the shard has, so that orders differ.
+/// More cases than the sample shard has, so that the orders of the hosts differ.
 constexpr std::uint32_t c_ShardCases = 60;
 
 Cases listCases(std::uint32_t count)
@@ -31,7 +31,7 @@ Cases listCases(std::uint32_t count)
 class RunnerSiblings : public testing::Test
 {
 protected:
-    /// What the host with this journal of shard 1 knows.
+    /// What the host that writes this journal of shard 1 knows about the other hosts.
     std::unique_ptr<CSiblings> Make(std::uint32_t journal)
     {
         return std::make_unique<CSiblings>(m_run.GetShardFolder(1), journal, c_ShardCases, [this] { return m_now; });
@@ -39,7 +39,7 @@ protected:
 
     void Wait(std::chrono::milliseconds time) { m_now += time; }
 
-    /// Runs the cases; calls `onCase` with each that runs. Each takes a second.
+    /// Runs `count` cases, and returns those that were executed. Each takes a second; then `onCase` is called with it.
     Cases Run(CSiblings& siblings, std::uint32_t count, const std::function<void(std::uint32_t)>& onCase = {})
     {
         Cases executed;
@@ -299,7 +299,7 @@ private:
         m_hasChanged.wait(lock, [this, host] { return m_turn == host; });
     }
 
-    /// Gives the turn to the next host that has cases left.
+    /// Passes the turn to the next host that has cases left.
     void passOn(std::size_t host)
     {
         m_turn = (host + 1) % sc_Hosts;

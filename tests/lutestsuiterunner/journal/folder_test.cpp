@@ -221,7 +221,7 @@ TEST_F(RunnerFolder, RemovesTheShardsOfADistributedRun)
     EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"shards.json"));
     EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"tasks"));
     EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"shard-1"));
-    // This folder contains no run.
+    // The folder shard-2 stays, because it contains no run.
     EXPECT_TRUE(LbFileSystem::IsFile(m_parent.GetPathOf(L"lauf/shard-2/report.xml")));
 }
 

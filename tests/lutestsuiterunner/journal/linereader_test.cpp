@@ -17,7 +17,7 @@ std::string makeLine(std::uint64_t sequence)
     return line;
 }
 
-/// A file that another process appends to: each read returns one piece. The empty piece is the end at that moment.
+/// A file that another process appends to. Each read returns one piece; an empty piece is the current end of the file.
 class CGrowingFile
 {
 public:

@@ -223,7 +223,7 @@ class RunnerDamagedShard : public RunnerDistributedRun
 protected:
     RunnerDamagedShard() { m_run.RunShard(1); }
 
-    /// Expects a red run with the verdicts of shard 1, and returns its only problem.
+    /// Expects a red run with all verdicts of shard 1 and this number of passes in shard 2. Returns its only problem.
     std::wstring GetProblem(std::uint32_t passedInShard2 = 0) const
     {
         std::vector<Runner::SReadPart> parts;

@@ -20,7 +20,7 @@ std::string encode(const Runner::SPlan& plan)
     return bytes;
 }
 
-/// Writes a plan, reads it, and expects that the result has the same file.
+/// Writes a plan and reads it. Expects that the result has the same encoding.
 Runner::SPlan writeAndRead(const Runner::SPlan& plan)
 {
     const ScopedFolder folder;

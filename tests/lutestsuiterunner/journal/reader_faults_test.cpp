@@ -32,7 +32,7 @@ protected:
         m_bytes = LbFileSystem::ReadFile8Bit(m_folder.GetPathOf(L"journal.ndjson"));
     }
 
-    /// The records of a journal that consists of these bytes. Exceptions of the reader pass through.
+    /// The records of a journal that consists of these bytes. Passes on the exceptions of the reader.
     std::vector<std::string> Read(const std::string& bytes, std::uint64_t* tailSize = nullptr) const
     {
         m_folder.WriteFile(L"journal.ndjson", bytes);

@@ -68,7 +68,7 @@ TEST(RunnerJunit, HasASuiteForEachUnitTestNamedAfterItsClass)
     run.RunRest();
     const CReport report(run.Get());
 
-    // A class that is in two folders is named with its folder.
+    // The suite of a class that is in two folders is named with the folder.
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 0");
     EXPECT_EQ(getCounts(report.FindSuite(L"b/CFirst")), L"1 0 0 0");
     EXPECT_EQ(getCounts(report.FindSuite(L"CSecond")), L"4 0 0 1");
@@ -433,7 +433,7 @@ TEST(RunnerJunit, OmitsPassedCasesBeforeOthers)
         EXPECT_FALSE(report.FindCase(L"CSecond", L"z.dat").IsEmpty()) << limit;
         EXPECT_NE(report.FindSuite(L"CSecond").GetChild("system-out").GetText().find(L"ausgelassen"),
                   std::wstring::npos);
-        // Cases that are left out are counted.
+        // The counts include cases that are left out.
         EXPECT_EQ(getCounts(report.FindSuite(L"b/CFirst")), L"301 0 0 0");
     }
 }

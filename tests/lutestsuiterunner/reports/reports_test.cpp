@@ -110,7 +110,7 @@ TEST(RunnerSummary, NamesTheCasesUnderWay)
     EXPECT_EQ(summary["missing"].size(), 6U);
 }
 
-/// One class with this number of cases in one process. The last one fails there, and passes in a process of its own.
+/// One class with this number of cases in one process. The last case fails there, and passes in a process of its own.
 CRunStateMaker makeSharedRun(std::uint32_t count)
 {
     Runner::SPlan plan = MakeSamplePlan();

@@ -240,7 +240,7 @@ TEST_F(ReviewChanges, KnowWhetherTheirLinesAreEqual)
 {
     Write(L"a", "sum 1\nalt\nx\n", "sum 1 EUR\nneu\nx\n");
     Write(L"b", "sum 2\nx\n", "sum 2 EUR\nx\n");
-    // Both places change and no line with text stays, so this is one decision.
+    // Both lines change, and the only line between them is empty, so this is one decision.
     Write(L"c", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
     Write(L"d", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
 

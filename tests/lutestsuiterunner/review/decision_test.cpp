@@ -113,7 +113,7 @@ TEST_F(ReviewDecision, IsRefusedWhileAnotherOneIsToBeFinished)
     EXPECT_EQ(Read(L"b"), "new");
 }
 
-/// A folder cannot be replaced by a file.
+/// The reference "c" is a folder, which a file cannot replace.
 TEST_F(ReviewDecision, ChangesNoFileIfOneCannotBeReplaced)
 {
     const SReceivedFile first = Write(L"a", "old", "new");

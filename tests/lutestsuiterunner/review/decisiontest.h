@@ -53,7 +53,7 @@ protected:
         return L"";
     }
 
-    /// True if any of the decision's own files is left.
+    /// True if a file of an unfinished decision exists.
     bool HasPlan() const { return Holds(Runner::c_DecisionFile) || Holds(c_Claims); }
     bool Holds(const std::wstring& name) const { return !LbOs::IsMissing(m_folder.GetPathOf(name)); }
 
@@ -80,7 +80,7 @@ protected:
         return LbFileSystem::IsFile(path) ? LbFileSystem::ReadFile8Bit(path) : "-";
     }
 
-    /// Leaves the files of a process that was killed after it had written its decision.
+    /// Writes the files that a process leaves if it is killed after it has written its decision.
     void Interrupt(Runner::EDecision decision, const std::vector<Runner::SReceivedFile>& files,
                    const Runner::PartNames& parts = {}) const
     {
@@ -88,7 +88,7 @@ protected:
                            Runner::MakeDecisionPlan(m_folder.GetPath(), {decision, parts, files, c_Temporary}));
     }
 
-    /// Leaves the files of a process that was killed after it had moved the output of all files.
+    /// Writes the files that a process leaves if it is killed after it has moved the output of all files.
     void InterruptLate(Runner::EDecision decision, const std::vector<Runner::SReceivedFile>& files,
                        const Runner::PartNames& parts = {}) const
     {
@@ -102,7 +102,7 @@ protected:
         ASSERT_TRUE(LbOs::RenameFile(m_folder.GetPathOf(c_Claims + L"/0"), m_folder.GetPathOf(name)));
     }
 
-    const std::wstring c_Temporary = LbTemporaryName::Make(); ///< of interrupted decisions
+    const std::wstring c_Temporary = LbTemporaryName::Make(); ///< name of the temporary files of interrupted decisions
     const std::wstring c_Claims = Runner::c_ClaimsFolder;
 
     /// The parts in which files with these contents differ.

@@ -189,7 +189,7 @@ TEST(HistoryStatistics, SlowRunsAreNotChangesOfTheirCases)
     SSettings settings;
     settings.cases = 500;
     settings.seed = 44;
-    // The machine became slower.
+    // The machine is slower from run 60 on.
     settings.factor = [](std::size_t, std::size_t run) { return run >= 60 ? 1.5 : 1.0; };
     const SyntheticRuns::SArchive archive = MakeArchive(settings);
     const SAnalysis analysis = analyze(archive);

@@ -11,8 +11,8 @@ using namespace Runner::History;
 namespace
 {
 
-/// A case by a sign for each run: P passed, F failed, C canceled, B failed and passed, - absent. `builds` names the
-/// build of each run; without it each run has its own.
+/// The findings for a case. `signs` has its result in each run: P passed, F failed, C canceled, B failed and passed,
+/// - absent. `builds` has a character for the build of each run; if it is empty, each run has its own build.
 SOutcomeFindings findOutcomes(const std::string& signs, const std::string& builds = {})
 {
     const std::vector<SCaseName> names = {{L"CKlasse", L"Fall"}};
@@ -89,7 +89,7 @@ TEST(HistoryOutcomes, EachReturnOfFlakyCasesIsCounted)
 {
     const SOutcomeFindings findings = findOutcomes("PFPPFFPPPFP");
     ASSERT_TRUE(findings.flaky);
-    EXPECT_EQ(findings.flaky->returns, 4U); // three times failed, once passed between failures for two runs
+    EXPECT_EQ(findings.flaky->returns, 4U); // three short failures, and one short series of passes between failures
     EXPECT_EQ(findings.flaky->failures, 4U);
 }
 

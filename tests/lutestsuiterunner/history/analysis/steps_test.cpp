@@ -116,7 +116,7 @@ TEST(HistorySteps, ChangeBelowTheSmallestIsNotReported)
     EXPECT_TRUE(findSteps(values, 0.2).empty());
 }
 
-/// The search divides the runs before 120 at 80 first: those before 80 seem low because of those before 30.
+/// The search first divides runs 0 to 119 at run 80, because the low runs 0 to 29 lower the level before it.
 TEST(HistorySteps, StepThatIsTooSmallBetweenItsNeighboursIsDropped)
 {
     const auto getLevel = [](std::size_t run) { return run < 30 || run >= 120 ? 1.0 : run < 80 ? 1.2 : 1.22; };
@@ -128,12 +128,12 @@ TEST(HistorySteps, StepThatIsTooSmallBetweenItsNeighboursIsDropped)
     EXPECT_NEAR(steps[0].before, 1.0, 0.005);
     EXPECT_EQ(steps[1].index, 120U);
     EXPECT_NEAR(steps[1].after, 1.0, 0.005);
-    // The runs on both sides of the dropped step are one level.
+    // The runs on both sides of the dropped step have one common level.
     EXPECT_GT(steps[0].after, 1.2);
     EXPECT_LT(steps[0].after, 1.22);
     EXPECT_EQ(steps[1].before, steps[0].after);
 
-    // The step exists: it is reported if smaller changes are.
+    // The dropped step is reported if smaller changes are reported.
     EXPECT_EQ(findSteps(values, 0.01, c_LowThresholds).size(), 3U);
 }
 

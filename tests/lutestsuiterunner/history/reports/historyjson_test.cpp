@@ -18,7 +18,7 @@ class HistoryJson : public CFindingsArchive
 {
 };
 
-/// Noise in percent, about normally distributed. Each step is exact, so that each platform has the same noise.
+/// Approximately normally distributed noise in percent. Each operation is exact, so all platforms get the same noise.
 double makeNoise(CRandomNumbers& random)
 {
     constexpr int c_Parts = 8;
