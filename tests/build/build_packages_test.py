@@ -12,9 +12,9 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 CMAKE, WORK = sys.argv.pop(1), pathlib.Path(sys.argv.pop(1))
 SKIPPED = 77
-# Used if they are there: a compiler cache, and what describes the version of a checkout.
+# The build uses these only if they are installed: a compiler cache, and tools that describe the version of a checkout.
 OPTIONAL = {"ccache", "git", "subversion"}
-# Files in folders that the cache names.
+# For entries of the CMake cache that name folders: a file in the folder.
 FILES_IN = {
     "LUTESTSUITE_DIRECTORY_OF_CLI_CLI_hpp": "CLI/CLI.hpp",
     "LUTESTSUITE_DIRECTORY_OF_nlohmann_json_hpp": "nlohmann/json.hpp",
@@ -60,7 +60,7 @@ def owners_of(paths):
 
 
 def found_files():
-    """Each file that the cache names, and what it is a link to."""
+    """Each file that the CMake cache names, and the target of the file if it is a link."""
     shutil.rmtree(WORK, ignore_errors=True)
     output_of(CMAKE, "-S", ROOT, "-B", WORK, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF",
               "-DLUTESTSUITE_BUILD_EXAMPLES=OFF", "-Wno-dev")
@@ -90,7 +90,7 @@ class BuildPackages(unittest.TestCase):
 
 class TestPackages(unittest.TestCase):
     def test_are_installed_by_the_command_that_runs_the_tests(self):
-        """Installs the part for gcovr and each part that a test names when it is skipped without it."""
+        """scripts/run-tests installs the part for gcovr, and each part that a test asks for when it is skipped."""
         sources = [*(ROOT / "tests").rglob("*.py"), *(path for path in (ROOT / "scripts").iterdir() if path.is_file())]
         skipped = [re.findall(r"run:? scripts/setup ([a-z]+)", path.read_text("utf-8")) for path in sources]
         parts = re.search(r"^parts=\((.*)\)$", (ROOT / "scripts" / "run-tests").read_text("utf-8"), re.MULTILINE)

@@ -70,8 +70,8 @@ std::size_t getOwnLength(std::span<const std::uint8_t> code)
 class DecoderCapstone : public testing::Test
 {
 protected:
-    /// Compares one instruction and returns the length for the next step. Instructions newer than Capstone are not
-    /// judged.
+    /// Compares one instruction, and returns the distance to the next one. Instructions that Capstone does not know are
+    /// recorded, but not compared.
     std::size_t compare(const SCodeSection& section, std::size_t offset)
     {
         const std::span<const std::uint8_t> code = std::span(section.bytes).subspan(offset);
@@ -182,7 +182,7 @@ protected:
     CCapstone m_capstone;
     std::size_t m_count = 0;
     std::size_t m_unknownCount = 0;
-    std::map<std::uint64_t, std::size_t> m_unknown; ///< own lengths by address
+    std::map<std::uint64_t, std::size_t> m_unknown; ///< lengths found by our decoder, by address
     std::size_t m_differenceCount = 0;
 };
 

@@ -30,7 +30,7 @@ function(expect_nothing_else_in folder)
     list(SORT expected)
     expect_equal("Targets" targets expected)
 
-    # Removes our own names, and those of results of searches and checks.
+    # Ignores our own variables, and those that contain the results of searches and checks.
     list(FILTER cache EXCLUDE REGEX "^(LUTESTSUITE|LuTestSuite|OpenMP|pugixml|FIND_PACKAGE_MESSAGE_DETAILS)_")
     list(FILTER cache EXCLUDE REGEX "^CMAKE_HAVE_LIBC_PTHREAD$")
     list(FILTER variables EXCLUDE REGEX "^(lutestsuite_|__)")
@@ -99,7 +99,8 @@ list_files("${WORK}/prefix" installed)
 set(expected "bin/ContainingHost${suffix}")
 expect_equal("Installed files" installed expected)
 
-# The package of a subproject that was asked for its install rules. Its libraries are those that are already built.
+# Installs a package of the subproject, which has install rules on request, and uses it in another project. The
+# libraries are already built.
 configure(add_subdirectory "${WORK}" -DLUTESTSUITE_WARNINGS=ON -DLUTESTSUITE_INSTALL=ON "-DCMAKE_BUILD_TYPE=${CONFIG}")
 run("${CMAKE_COMMAND}" --build "${WORK}" --config "${CONFIG}")
 run("${CMAKE_COMMAND}" --install "${WORK}" --config "${CONFIG}" --prefix "${WORK}/package")

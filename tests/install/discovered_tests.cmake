@@ -1,4 +1,4 @@
-# Installs a build tree, builds the project in discovery/ against it and checks what CTest makes of its cases.
+# Installs a build tree, builds the project in discovery/ against it and checks the tests that CTest has.
 # Expects: BUILD_TREE, WORK, CONFIG, GENERATOR, TOOLCHAIN, EMULATOR, COMPILER, RUNNER.
 
 set(source "${CMAKE_CURRENT_LIST_DIR}/discovery")
@@ -87,7 +87,7 @@ run(0 "${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}")
 set(ctest "${CMAKE_CTEST_COMMAND}" --test-dir "${build}" -C "${CONFIG}")
 execute_process(COMMAND ${ctest} --show-only=json-v1 OUTPUT_VARIABLE tests COMMAND_ERROR_IS_FATAL ANY)
 
-# What IDEs see.
+# The properties of the tests, which IDEs read.
 expect_property("shapes.geometry/CShapes:round.shape" "[ \"CShapes\", \"drawn\", \"geometry\", \"quick\" ]")
 expect_property("shapes.geometry/solids/CShapes:cube.shape"
     "[ \"CShapes\", \"drawn\", \"geometry\", \"geometry/solids\", \"quick\", \"solids\" ]")
@@ -120,18 +120,18 @@ if(NOT position EQUAL -1)
     message(FATAL_ERROR "A warning without a reason")
 endif()
 
-# CTest repeats single cases. Options that repeat them are refused.
+# CTest itself can repeat single cases. The option -r, which repeats cases in the host, is refused.
 run(0 ${ctest} --repeat until-pass:2 -R "^moods.*second")
 expect("100% tests passed, 0 tests failed out of 1")
 run(8 ${ctest} --output-on-failure -R "^repeated\\.")
 expect("Fehler: Die Option '-r' gibt es hier nicht")
 
-# What a user sees: failed cases with reason and data file; names are passed on as they are.
+# The user sees the reason and the data file of each failed case. Names may contain special characters.
 run(8 ${ctest} --output-on-failure -j 2 -R "^shapes\\.")
 expect("71% tests passed, 2 tests failed out of 7")
 expect("flat.shape has no body")
 expect("Datei: ")
-# A case that hangs ends at its own limit.
+# A case that hangs is ended at its own time limit.
 expect("endless.shape has no end")
 expect("shapes.geometry/CShapes:endless.shape (Failed)")
 # Only these two of all tests run again.
@@ -155,7 +155,7 @@ if(asan_library)
     expect("100% tests passed, 0 tests failed out of 1")
 endif()
 
-# A new data set is a test at once, without a build.
+# A new data set becomes a test without another build.
 file(WRITE "${build}/data/geometry/CShapes/new.shape" "x")
 run(0 ${ctest} -R "new.shape")
 expect("100% tests passed, 0 tests failed out of 1")
@@ -173,7 +173,7 @@ expect("Fehler: Das Modul 'MissingShapes' fehlt")
 run(8 ${ctest} --output-on-failure -R "^unbuilt\\.")
 expect("unbuilt.UnbuiltShapes.discovery")
 expect("UnbuiltShapes has not been built.")
-# If the build lists the cases and cannot do so, the build fails.
+# If cases are listed at build time and that fails, the build fails.
 run(1 "${CMAKE_COMMAND}" --build "${build}" --config "${CONFIG}" --target BrokenShapes)
 expect("Fehler: ")
 

@@ -16,7 +16,8 @@ endfunction()
 # Removes the files of earlier runs.
 file(REMOVE_RECURSE "${WORK}")
 
-# Each component is a part of the whole, and the host of the component "runtime" runs without the other one.
+# The two components together are the whole installation. The host of the component "runtime" runs without the component
+# "development".
 install_into("${WORK}/first")
 install_into("${WORK}/runtime" --component runtime)
 install_into("${WORK}/development" --component development)
@@ -37,7 +38,7 @@ endif()
 run(${EMULATOR} "${WORK}/runtime/bin/${HOST}" -h)
 expect_lines("${output}" "--html")
 
-# The tree works in any place.
+# The installed tree can be moved.
 file(RENAME "${WORK}/first" "${prefix}")
 
 set(toolchain_option "")

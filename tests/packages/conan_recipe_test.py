@@ -1,6 +1,6 @@
 """Runs the Conan recipe in the order of "conan create", with stand-ins for the functions of Conan that it calls.
 
-Not a test with Conan: the libraries are those of the system, and what Conan does with the package is not checked.
+Does not run Conan: the libraries are those of the system, and what Conan does with the package is not checked.
 Arguments: CMAKE, a folder for the package.
 """
 import fnmatch
@@ -32,7 +32,7 @@ class InvalidConfiguration(Exception):
 
 
 class Settings(types.SimpleNamespace):
-    """The settings of a GCC on Linux, some of them changed."""
+    """The settings of a GCC on Linux; the arguments change some of them."""
 
     def __init__(self, compiler="gcc", arch="x86_64", standard="20"):
         super().__init__(os="Linux", arch=arch, compiler=compiler, build_type="Release", standard=standard)
@@ -89,7 +89,7 @@ class Build:
     def configure(self):
         options = {**self.recipe.cache_variables, "CMAKE_BUILD_TYPE": self.recipe.settings.build_type,
                    "CMAKE_INSTALL_PREFIX": self.recipe.package_folder}
-        # With the same warnings as the build of this test, so that the objects come from the compiler cache.
+        # Enables the same warnings as the build of this test, so that the objects come from the compiler cache.
         options["LUTESTSUITE_WARNINGS"] = True
         run(CMAKE, "-S", self.recipe.source_folder, "-B", self.recipe.build_folder, "-G", "Ninja", "-Wno-dev",
             *(f"-D{name}={value}" for name, value in options.items()))

@@ -1,4 +1,4 @@
-"""An install tree as docs/installation.md makes it, with the host and the first test of the README."""
+"""Makes an install tree as docs/installation.md does, and runs its host and the first test of the README."""
 import pathlib
 import re
 import subprocess

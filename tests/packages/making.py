@@ -1,4 +1,4 @@
-"""Makes packages with scripts/package, where scripts/setup packages has installed what it needs."""
+"""Makes packages with scripts/package. "scripts/setup packages" installs what it needs."""
 import pathlib
 import shutil
 import subprocess

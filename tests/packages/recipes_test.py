@@ -1,4 +1,4 @@
-"""Recipes for vcpkg and Conan name versions, libraries and options that the project has."""
+"""The recipes for vcpkg and Conan name only versions, libraries and options that the project has."""
 import ast
 import json
 import pathlib

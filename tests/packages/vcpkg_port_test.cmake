@@ -1,5 +1,5 @@
 # Runs the port of vcpkg with stand-ins for vcpkg's functions: configures with its options and checks that the files it
-# names will be installed. Not a test with vcpkg: nothing is built, and the libraries are those of the system.
+# names will be installed. Does not run vcpkg: nothing is built, and the libraries are those of the system.
 # Expects: SOURCE, WORK, GENERATOR.
 
 cmake_policy(VERSION 3.25)
@@ -21,7 +21,7 @@ function(vcpkg_cmake_configure)
     expect_lines("${output}" "Total Tests: 0")
 endfunction()
 
-# The rules of the project and those of its folders.
+# Searches the install rules of the project and of its folders.
 function(expect_installed)
     set(rules "")
     file(GLOB_RECURSE scripts "${WORK}/cmake_install.cmake")

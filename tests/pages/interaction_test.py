@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests finding failed cases, and layout in all window sizes. interaction_test.py PAGES CHROMIUM CHROMEDRIVER"""
+"""Tests the search for failed cases, and layout at all window sizes. interaction_test.py PAGES CHROMIUM CHROMEDRIVER"""
 
 import re
 
@@ -21,8 +21,8 @@ CURRENT = """
     var heading = document.querySelector('#testcases tr').getBoundingClientRect();
     return place && [rows.indexOf(current[0]), place.top >= heading.bottom && place.bottom <= innerHeight];
 """
-# Words that are broken across lines. Blanks and hyphens end a word. Invisible rows have no layout, so they are laid out
-# first.
+# Words that are broken across lines. Blanks and hyphens end a word. The browser does not lay out invisible rows, so the
+# script makes it do so first.
 BROKEN_WORDS = """
     document.head.appendChild(document.createElement('style')).textContent =
         '#testcases tr:nth-child(-n+60) { content-visibility: visible !important; }';

@@ -38,7 +38,8 @@ void label(SArchive& archive)
     }
 }
 
-/// One case of forty fails in the newest run, is flaky, becomes slower, or was a defect for some time.
+/// Of each forty cases, one fails in the newest run, one is flaky, one becomes slower, one is missing in the newest
+/// run, one failed for ten runs, and one becomes faster.
 SArchive makeMedium()
 {
     SyntheticRuns::SSettings settings;
@@ -66,7 +67,7 @@ SArchive makeMedium()
     return archive;
 }
 
-/// Half of the cases fail in the newest run. Their times never change, so that they need no search.
+/// Half of the cases fail in the newest run. The times of all cases never change, so no search for changes is needed.
 SArchive makeLarge(std::size_t cases)
 {
     SArchive archive;

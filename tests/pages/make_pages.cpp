@@ -118,7 +118,7 @@ SData makeLongReport()
     return data;
 }
 
-/// A file that contains every markup that our reader accepts and a page must not.
+/// Writes a page from a file with every kind of markup that our reader accepts and that a page must not contain.
 void writeHostileDiff(const std::wstring& path)
 {
     SData data;

@@ -1,4 +1,4 @@
-"""Shared by tests of pages in a browser. A test program's arguments are PAGES CHROMIUM CHROMEDRIVER."""
+"""Code that the tests of pages in a browser share. A test program's arguments are PAGES CHROMIUM CHROMEDRIVER."""
 
 import pathlib
 import sys

@@ -10,7 +10,8 @@ import unittest
 
 pages, xmllint, catalog = pathlib.Path(), "", ""
 
-# Required markup of the overview that is not valid: an anchor beside its heading, one identifier for all tables.
+# The overview must have this markup, although it is invalid: an anchor beside its heading, and the same identifier for
+# all tables.
 KNOWN_IN_OVERVIEWS = re.compile(r"Element body content does not follow the DTD|ID overview already defined")
 
 

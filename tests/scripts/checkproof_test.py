@@ -14,7 +14,7 @@ import tempfile
 import unittest
 
 SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "check-proof"
-# The script runs with the Python for which Debian's packages are installed.
+# Debian's packages are installed for this Python, so the script must run with it.
 PYTHON = "/usr/bin/python3"
 XXHASH = subprocess.run([PYTHON, "-c", "import xxhash"], capture_output=True, check=False)
 HOST = sys.argv.pop(1) if len(sys.argv) > 1 else None
@@ -98,7 +98,7 @@ class CompleteRuns(CheckProof):
         self.journal = self.folder / "shard-1" / "journal.ndjson"
 
     def change(self, path, edit):
-        """Changes the list of a file's records. The lines get correct numbers and checksums."""
+        """Lets `edit` change the list of a file's records. The new lines have correct numbers and checksums."""
         records = read_records(path)
         edit(records)
         write_records(path, records)
@@ -118,7 +118,7 @@ class CompleteRuns(CheckProof):
         self.assertEqual(original, self.journal.read_bytes())
 
     def test_with_records_after_the_reports(self):
-        """A host that counts as lost may still write when the reports are made."""
+        """A host that counts as lost may still write records after the reports are made."""
         self.change(self.journal, lambda records: records.extend(records[1:]))
         shutil.copy(self.journal, self.folder / "shard-1" / "journal-2.ndjson")
         self.check(0)

@@ -1,4 +1,4 @@
-"""What scripts/cluster and the example on a cluster refuse, and their status: nothing here starts a Slurm."""
+"""What scripts/cluster and the example on a cluster refuse, and their exit status. No test starts Slurm."""
 
 import os
 import pathlib
@@ -33,8 +33,8 @@ class Cluster(unittest.TestCase):
         return result.returncode, result.stdout + result.stderr
 
     def replace_programs(self, names, script):
-        """Returns a search path with which the programs of these names are a script."""
-        # The user munge reads them, too.
+        """Writes a script under each of these names. Returns a search path that finds the scripts first."""
+        # The user munge must be able to run them, too.
         self.work.chmod(0o755)
         programs = self.work / "programs"
         programs.mkdir()

@@ -23,7 +23,7 @@ class Tree:
                        capture_output=True)
 
     def name_release_hosts(self, folder):
-        """Gives the hosts of a Debug build the names of release builds, which the documents use."""
+        """Adds links to the hosts of a Debug build with the names of release builds, which the documents use."""
         for host in folder.glob("*D") if self.config == "Debug" else ():
             link = folder / host.name.removesuffix("D")
             if not link.exists():
@@ -39,7 +39,7 @@ class Folder:
         self.exports = ""
         self.variables = {}
         self.ctest = "build"
-        # False: the commands themselves remove the folder of an earlier run.
+        # If False, the commands of the document remove the folder of an earlier run themselves.
         self.removes_runs = True
         path.mkdir()
 
@@ -49,7 +49,7 @@ class Folder:
         file.write_text(content, encoding="utf-8")
 
     def write_readme_project(self, source=None, module=None):
-        """The project of the README, with another source or other lines for its module."""
+        """Writes the project of the README. `source` replaces its source, `module` the lines of its module."""
         readme = (ROOT / "README.md").read_text(encoding="utf-8")
         project = parts.snippets_of(readme, "cmake")[0]
         if module:
@@ -70,7 +70,7 @@ class Folder:
         (self.path / "build").symlink_to(other.path / "build")
 
     def run(self, command, expected):
-        """The output of a command. Raises an error if the status is not the expected one."""
+        """Runs a command and returns its output. Raises AssertionError if the status is not the expected one."""
         line = self._translate(command)
         if line.startswith("export "):
             self.exports += line + "\n"
@@ -105,10 +105,10 @@ class Folder:
 
     def _environment(self):
         programs = [self.path / "build/bin", self.path / "build/linux-release/bin", self.tree.cmake.parent]
-        # With CI, "review" decides nothing.
+        # CI must be empty, because "review" makes no decisions if it is set.
         variables = {"LC_ALL": "C.UTF-8", "CI": "", "PATH": ":".join([*map(str, programs), os.environ["PATH"]])}
         if shutil.which("ccache"):
-            # Folders have other names in each run of this test, which the compiler cache must ignore.
+            # The folders' names differ between runs of this test, so the compiler cache must ignore them.
             variables |= {"CMAKE_CXX_COMPILER_LAUNCHER": "ccache", "CCACHE_NOHASHDIR": "1",
                           "CCACHE_BASEDIR": str(self.tree.prefix.parent)}
         return variables

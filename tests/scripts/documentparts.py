@@ -6,7 +6,7 @@ import pipelines
 
 _CODE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 SHELLS = ("sh", "bash", "console")
-# Programs whose calls in the running text are commands if they have arguments.
+# Calls of programs in the running text that count as commands; most of them need arguments to count.
 _IN_TEXT = re.compile(r"(?:build/bin/)?LuTestSuite(?:CLI|Runner)D?(?: .*)? (?:(?:-d|resume) |-h$)"
                       r"|cmake --install |find build |addr2line -e |gdb -p |pacman |Get-CimInstance "
                       r"|scripts/fuzz .*\w|ctest .*\w\w|review --"
@@ -53,7 +53,7 @@ def consoles_of(text):
 
 
 def commands_of(text):
-    """Commands in code blocks and indented ones, then calls in the text and in tables; each once."""
+    """The commands in code blocks and indented blocks, then those in the text and in tables, without duplicates."""
     prose = without_code(text)
     shells = "\n".join(code for language, code in _CODE.findall(text) if language in SHELLS)
     found = [line.removeprefix("$ ") for line in shells.splitlines() if line and not line.startswith("#")]
@@ -71,7 +71,8 @@ def commands_of(text):
 
 
 def debugger_sessions_of(text):
-    """Pairs of a command with a program for gdb and the lines that the user then types, if the document shows them."""
+    """Pairs of a command that starts a program in gdb, and the lines that the user then types, if the document shows
+    them."""
     for command, lines in re.findall(r"^    (gdb --args .*)\n(?:\n```\n((?:\(gdb\) .*\n)+)```$)?", text, re.MULTILINE):
         yield command, re.findall(r"^\(gdb\) (.*)$", lines, re.MULTILINE)
 

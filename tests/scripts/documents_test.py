@@ -28,7 +28,7 @@ ADOPTED = "docs/from-an-empty-folder.md"
 BUILDERS = ["docs/user-guide.md", "README.md", "docs/debugging.md"]
 ORDER = [*BUILDERS, *(name for name in TEXTS if name not in (*BUILDERS, ADOPTED))]
 
-# Commands that are not run here as they stand, with the reason. Each is compared as a whole.
+# Commands that this test does not run, and the reasons. Each key is a whole command.
 NOT_RUN = {
     "scripts/run-tests": "builds and tests everything",
     "scripts/run-tests --quick": "builds and tests everything",
@@ -104,7 +104,7 @@ NOT_BUILT = {
 # Languages of code blocks. A Dockerfile would need Docker; the tests test_have_an_image_... check its commands.
 # The test packages.windows runs commands for Windows (bat).
 LANGUAGES = ("", "cpp", "cmake", "yaml", "groovy", "dockerfile", "bat", "xml", "json", "mermaid")
-# The first pattern that matches a command gives the status that the documents promise; without a match it is 0.
+# The exit status that the documents promise for a command: that of the first pattern that matches, or 0.
 STATUS = {
     r" -q | history |--diff-in": 0,
     r'case "CFirstTest:no end': 11,
@@ -113,7 +113,8 @@ STATUS = {
     r"--dll FirstTests": 1,
     r"-i COutcomeDemonstration": 1,
 }
-# For each option of review: what else the call needs, the status, the output, the last lines of the references.
+# For each option of review: further options that the call needs, the status, the output, and the last characters of the
+# references.
 REVIEWS = {
     "--diff": ("", 0, r"(?s)-Summe: 11\n *\+Summe: 12.*-Zahl: 3\n *\+Zahl: 2", "113"),
     "--diff=data/CInvoice/a.txt.expected": ("", 0, r"(?s)^(?!.*Zahl).*-Summe: 11\n *\+Summe: 12", "113"),
@@ -222,7 +223,7 @@ class Commands(unittest.TestCase):
             commands = []
             for command in parts.commands_of(TEXTS[document]):
                 if re.match(r"(build/linux-debug/bin/)?LuTestSuite\w+D ", command) and self.tree.config != "Debug":
-                    # Only the test of a Debug build has these hosts.
+                    # These hosts exist only in a Debug build.
                     continue
                 if command in NOT_RUN:
                     excused.add(command)
@@ -280,7 +281,7 @@ class Commands(unittest.TestCase):
         self.add_first_tests(folder)
 
     def prepare_product(self, folder):
-        """The modules and data of the guide and of the README, and reports of earlier runs."""
+        """Adds the modules and data of the guide and of the README, and reports of earlier runs."""
         folder.write_readme_project()
         folder.use_modules_of(self.folders["README.md"])
         more = folder.path / "build/bin/Components"
@@ -295,7 +296,7 @@ class Commands(unittest.TestCase):
 
     def prepare_history(self, folder):
         self.prepare_product(folder)
-        # What a shell on Linux makes of the path of a folder on Windows.
+        # A shell on Linux removes the backslashes of a path on Windows, so the command finds this folder.
         shutil.copytree(folder.path / "archive", folder.path / "D:Archiv")
 
     def prepare_reference(self, folder):
@@ -309,7 +310,7 @@ class Commands(unittest.TestCase):
         (folder.path / "build/bin").symlink_to(self.folders["README.md"].path / "build/bin")
 
     def prepare_examples(self, folder):
-        """A checkout in which the release preset is built."""
+        """Makes the folder look like a checkout in which the release preset is built."""
         programs = folder.path / "build/linux-release/bin"
         programs.mkdir(parents=True)
         for program in (self.tree.path / "bin").iterdir():
@@ -333,7 +334,7 @@ class Commands(unittest.TestCase):
         folder.write("data/suppliers/CImport/invoice.xml", "<invoice/>")
 
     def prepare_reference_data(self, folder):
-        """Three runs have made output that differs from two references."""
+        """Makes three runs whose output differs from two references."""
         folder.use_modules_of(self.folders["docs/debugging.md"])
         for name, received, expected in (("a", "Summe: 12", "Summe: 11"), ("b", "Zahl: 2", "Zahl: 3")):
             folder.write(f"data/CInvoice/{name}.txt", f"Kopf\n{received}\n")
@@ -386,7 +387,7 @@ class Commands(unittest.TestCase):
             self.compare_summaries(folder, next(recipe for recipe in recipes if "jq " in recipe))
         tests = Folder(folder.path / "ctest", self.tree)
         tests.write_readme_project()
-        # The test install.documented_tests builds the project whose parts begin with this name.
+        # These snippets belong to the project that the test install.documented_tests builds.
         snippets = [snippet for snippet in parts.snippets_of(TEXTS["docs/runner.md"], "cmake")
                     if not snippet.startswith("# CMakeLists.txt")]
         tests.write("CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\nproject(MyTests LANGUAGES CXX)\n"
@@ -400,7 +401,7 @@ class Commands(unittest.TestCase):
         self.assertIn("100% tests passed, 0 tests failed out of 2", output)
 
     def compare_summaries(self, folder, recipe):
-        """A failed case is in the summary with its messages, unless it is in quarantine."""
+        """Expects a failed case in the summary, with its messages, unless it is in quarantine."""
         shutil.copy(self.folders["docs/user-guide.md"].path / "build/bin/FirstTests.so", folder.path / "build/bin")
         folder.write("quarantine.txt", ":no end\n")
         for own, counts in (("", "1 failed, 0 failed in quarantine"),
@@ -437,7 +438,7 @@ class Commands(unittest.TestCase):
         self.compare_case(next(text for text in guide if "Datei: " in text))
 
     def compare_coverage(self):
-        """Compares the line about the source, which has the counts of the run."""
+        """Compares the line of the source file, which has the line counts of the run."""
         if not shutil.which("gcovr"):
             return
         folder = self.folders["docs/coverage.md"]
@@ -448,7 +449,7 @@ class Commands(unittest.TestCase):
         self.assertIn(expected.split(), [line.split() for line in output.splitlines()])
 
     def compare_case(self, shown):
-        """Compares the texts without times and folders."""
+        """Compares the output of a case with the text in the guide, except times and folders."""
         output = self.folders["docs/user-guide.md"].run(
             'build/bin/LuTestSuiteRunner case "CFirstTest:no end.txt" -- -d data --dll FirstTests', 11)
         expected, real = (re.sub(r"\([\d.]+\S*\)|/\S*(?=/data/)", "...", text) for text in (shown, output))
@@ -484,7 +485,7 @@ class Commands(unittest.TestCase):
                 self.assertEqual(real, references)
 
     def find_archive(self):
-        """The archive run of the reference has left its reports."""
+        """Expects the reports of the archive run that docs/reference.md shows."""
         if self.tree.config != "Debug":
             return
         archive = self.folders["docs/reference.md"].path / "build/archive"
@@ -505,7 +506,7 @@ class Commands(unittest.TestCase):
         self.assertRegex(faults[0], r"^(base|testing)/\S+:\d+: ")
 
     def stress_in_small(self):
-        """Runs scripts/stress with the programs of this build if it is that of a preset."""
+        """Runs scripts/stress with the programs of this build if it is the build of a preset."""
         if self.tree.path.parent != ROOT / "build":
             self.skipTest("the build tree is not that of a preset")
         stress = f"scripts/stress --preset {self.tree.path.name}"
@@ -519,7 +520,7 @@ class Commands(unittest.TestCase):
             self.assertIn("1 rounds of 12 kinds of faults in 4 modes: 0 wrong", output)
 
     def find_test_programs(self):
-        """The call of one test finds the program, which accepts the option."""
+        """Expects that the calls of single tests name existing programs, which accept the option."""
         calls = [command for command in parts.commands_of(TEXTS["CONTRIBUTING.md"]) if "--gtest_filter" in command]
         self.assertEqual(len(calls), 2)
         for call in calls:
@@ -558,7 +559,7 @@ class Commands(unittest.TestCase):
         return leaks[0]
 
     def debug_dump(self):
-        """Debugs the dump that the document's run has left, with the line that the document shows below the command."""
+        """Debugs the dump that the document's run has left, with the gdb command that the document shows."""
         folder = self.folders["docs/debugging.md"]
         text = TEXTS["docs/debugging.md"]
         command, shown, line = re.search(
@@ -573,7 +574,7 @@ class Commands(unittest.TestCase):
         self.assertRegex(output, r"(?s)Thread 1 .*CMyTest::InitSubtests")
 
     def debug_hang(self):
-        """Attaches to the child of a case that hangs, as in another terminal."""
+        """Attaches gdb to the child process of a case that hangs, as the document does from another terminal."""
         if not shutil.which("gdb"):
             self.skipTest("gdb is missing; scripts/setup checks installs it")
         folder = self.folders["docs/debugging.md"]
@@ -581,7 +582,7 @@ class Commands(unittest.TestCase):
         (hang,) = (command for command in commands if command.startswith("LuTestSuiteRunner case"))
         (attach,) = (command for command in commands if command.startswith("gdb -p $("))
         with folder.start(re.sub(r" -t \d+", " -t 300", hang)) as process:
-            # Finds children of other tests on this machine otherwise.
+            # Restricts the search, which would also find child processes of other tests on this machine.
             attach = attach.replace("pgrep", f"pgrep -s {process.pid}", 1)
             attach = attach.replace("gdb", "gdb -nx -batch -ex 'thread apply all backtrace'", 1)
             try:

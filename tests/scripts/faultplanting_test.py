@@ -1,4 +1,4 @@
-"""Which faults scripts/plant-faults draws from a small checkout, and which tests it tries first."""
+"""Which faults scripts/plant-faults draws from a small checkout, and which tests it runs first."""
 
 import pathlib
 import sys

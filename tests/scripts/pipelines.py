@@ -1,10 +1,10 @@
-"""Pipeline files of GitLab and GitHub, as these read them. Needs python3-yaml."""
+"""Reads pipeline files as GitLab and GitHub do. Needs python3-yaml."""
 
 import dataclasses
 
 import yaml
 
-# What the recipes may contain. A name that is not here is a mistake, or new and to be checked by a person.
+# The keys that the recipes may contain. Another key is a mistake, or it is new and a person must check it.
 _GITLAB_KEYS = {"image", "stages"}
 _GITLAB_JOB = {"stage", "parallel", "when", "cache", "script", "after_script", "artifacts"}
 _GITLAB_CACHE = {"key", "paths", "when"}
@@ -55,7 +55,7 @@ def _texts(value, place):
 
 
 def jobs_of(text):
-    """The jobs of a pipeline file in its order. Raises ValueError or yaml.YAMLError unless it is a valid one."""
+    """The jobs of a pipeline file in their order. Raises ValueError or yaml.YAMLError if the file is invalid."""
     document = yaml.load(text, _Loader)
     _require(isinstance(document, dict), f"no mapping: {document}")
     return list(_github_jobs(document) if "jobs" in document else _gitlab_jobs(document))

@@ -12,7 +12,8 @@ struct SPlaces
     std::wstring work; ///< folder of this run, with trailing separator
 };
 
-/// Records the library's output and keeps it off the console during its lifetime. One object at a time.
+/// Records the library's output during its lifetime, and keeps that output off the console. Only one object may exist
+/// at a time.
 class CRecordedText
 {
 public:

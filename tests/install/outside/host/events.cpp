@@ -6,7 +6,7 @@
 namespace
 {
 
-/// Counts the events, and passes each to the operation that does nothing.
+/// Counts the events, and passes each to the operation of the base class, which does nothing.
 class CCounter : public LuTestSuiteRun::IRunObserver
 {
 public:

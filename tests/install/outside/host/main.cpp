@@ -1,4 +1,4 @@
-/// OutsideHost DATA WORK: makes all calls and prints what failed; then exits with 1.
+/// OutsideHost DATA WORK: makes all calls and prints what failed. The exit status is 1 if something failed.
 
 #include <iostream>
 #include <vector>

@@ -103,7 +103,7 @@ void CallOutput()
         const LuTestSuiteOut copy = line;
         line = LuTestSuiteOut::Write(L"vier");
     }
-    // Each is printed by its destructor, the last one first.
+    // The destructor of each copy prints it, so the last copy is printed first.
     Expect(output.Take() == L"vierdreivier", "copies of LuTestSuiteOut");
 }
 
@@ -115,7 +115,7 @@ void CallHeapTracker()
     tracker.ObserveSize(~std::uint64_t{0});
     tracker.Activate();
     Expect(tracker.IsActive(), "LuTestSuiteHeapTracker::Activate");
-    // Volatile, so that the compiler keeps the unused block.
+    // The pointer is volatile, so that the compiler keeps the unused block.
     void* volatile block = std::malloc(24);
     block = std::realloc(block, 40);
     tracker.Deactivate();

@@ -75,7 +75,7 @@ void callExternalRun(LuTestSuiteEnvironment& environment, const SPlaces& places)
     bool isRefused = false;
     try
     {
-        // Without names of shared objects.
+        // Fails, because the setup does not name the shared objects.
         LuTestSuiteRun::RunExternalExecution(LuTestSuiteSetup(), environment);
     }
     catch (const LbException&)
