@@ -21,8 +21,10 @@ MESSAGE_TIMEOUT = 5
 # For rounds that lose a node or start a shard twice: the shards take about 30 seconds. Each further host of a shard may
 # cause MOST_DUPLICATES duplicates: when it meets the other host, each of them repeats the case that the other one runs,
 # and before that, the other host may repeat one case, because it has not yet noticed the further host.
+# Few further hosts cause that many, so over all rounds they may cause only MEAN_DUPLICATES on average.
 LASTING_MEAN_MS = 1000
 MOST_DUPLICATES = 3
+MEAN_DUPLICATES = 1
 # Together the nodes have at least six processors, so two are free for the tasks of a lost node.
 SHARDS = 4
 # Seconds between the time when Slurm notices the loss of a node and the new start of its daemon.
@@ -395,6 +397,16 @@ def start_nodes(cluster):
         time.sleep(0.2)
 
 
+def check_duplicates(duplicates, further_hosts):
+    """Returns 1 if all rounds together have too many duplicates, else 0."""
+    limit = MEAN_DUPLICATES * further_hosts
+    if duplicates <= limit:
+        return 0
+    print(f"{duplicates} results came twice over all rounds, allowed with {further_hosts} further hosts: {limit}",
+          flush=True)
+    return 1
+
+
 def check(host, cluster, folder, rounds):
     """Returns the number of rounds with faults, of reports that differ, and of exceeded limits."""
     data = [os.path.join(folder, name) for name in ("data", "lasting")]
@@ -416,4 +428,5 @@ def check(host, cluster, folder, rounds):
                   f"{totals['duplicates']} results came twice and did not count, {totals['submissions']} shards "
                   f"submitted again, {totals['hosts'] - SHARDS * (number + 1)} further hosts, {totals['lost']} cases "
                   f"left open by hosts, {totals['repeated']} cases ran again after their verdict", flush=True)
-    return totals["faulty"] + differences + uneven
+    excess = check_duplicates(totals["duplicates"], totals["hosts"] - SHARDS * rounds)
+    return totals["faulty"] + differences + uneven + excess
