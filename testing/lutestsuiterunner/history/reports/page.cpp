@@ -38,28 +38,28 @@ std::string makeTiles(const SAnalysis& analysis, std::size_t newest, const std::
     return text == "<ul class=\"tiles\">" ? "<p>In diesen Läufen hat sich nichts bewegt.</p>\n" : text + "</ul>\n";
 }
 
-/// Why no gate holds; empty if the gates judge the newest run.
-std::string makeUnreadable(const std::vector<std::wstring>& unreadable)
+/// That the newest run may be missing, and what this means for the gates; empty if all runs could be read that may be
+/// the newest.
+std::string makeUnreadable(const SGateResults& gates)
 {
-    if (unreadable.empty())
-    {
-        return {};
-    }
     std::string names;
-    for (const std::wstring& name : unreadable)
+    for (const std::wstring& name : gates.unreadable)
     {
         names += (names.empty() ? "" : ", ") + ToMarkup(name);
     }
-    return "<p>Keine Bedingung ist erfüllt, denn der neueste Lauf ist vielleicht nicht lesbar: " + names + ".</p>\n";
+    const std::string text = gates.results.empty()
+                                 ? "Hier fehlt vielleicht der neueste Lauf. Nicht lesbar: "
+                                 : "Keine Bedingung ist erfüllt, denn der neueste Lauf ist vielleicht nicht lesbar: ";
+    return names.empty() ? std::string() : "<p>" + text + names + ".</p>\n";
 }
 
 std::string makeGates(const SGateResults& gates)
 {
     if (gates.results.empty())
     {
-        return {};
+        return makeUnreadable(gates);
     }
-    std::string text = "<h2>Bedingungen</h2>\n" + makeUnreadable(gates.unreadable) +
+    std::string text = "<h2>Bedingungen</h2>\n" + makeUnreadable(gates) +
                        "<table class=\"gates\"><thead><tr><th>Bedingung</th><th>gezählt</th>"
                        "<th>erfüllt</th></tr></thead><tbody>\n";
     for (const SGateResult& gate : gates.results)

@@ -56,6 +56,16 @@ TEST_F(HistoryPage, SaysWhyNoGateHolds)
     EXPECT_EQ(readable.find("nicht lesbar"), std::string::npos);
 }
 
+TEST_F(HistoryPage, SaysWithoutGatesThatTheNewestRunMayBeMissing)
+{
+    const std::string page = MakePage(m_analyses, CheckGates({}, m_analyses, 0, {L"a&b.xml", L"c.xml"}), 0);
+    EXPECT_NE(page.find("<p>Hier fehlt vielleicht der neueste Lauf. Nicht lesbar: a&amp;b.xml, c.xml.</p>"),
+              std::string::npos);
+    EXPECT_EQ(page.find("Bedingung"), std::string::npos);
+
+    EXPECT_FALSE(hasPagePart("Nicht lesbar"));
+}
+
 TEST_F(HistoryPage, ShowsAnArchiveOfOneRun)
 {
     SyntheticRuns::SSettings settings;
