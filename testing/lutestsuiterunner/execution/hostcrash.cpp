@@ -117,10 +117,17 @@ CCrashNote::~CCrashNote()
 namespace
 {
 
-/// Number of hosts that ended while they ran the case.
+/// True if the host that ran the case last recorded its cancellation.
+bool wasHostCanceled(const CRunState& state, std::uint32_t index)
+{
+    return state.WasHostCanceled(state.GetAttempts(index).back().started.journal);
+}
+
+/// Number of hosts that were lost without a cancellation while they ran the case, including the last one.
 std::uint32_t countLostHosts(const CRunState& state, std::uint32_t index)
 {
-    return state.GetAttempts(index).back().lostHosts + 1;
+    const SAttempt& attempt = state.GetAttempts(index).back();
+    return attempt.lostHosts - attempt.canceledHosts + 1;
 }
 
 /// True if the last host that ran the case was running no other case.
@@ -132,13 +139,17 @@ bool wasAlone(const CRunState& state, const std::vector<std::uint32_t>& open, st
            }) == 1;
 }
 
-/// Moves the cases during which hosts of the shard have ended repeatedly from `open` to `underWay`.
+/// Moves the cases during which hosts of the shard were lost repeatedly from `open` to `underWay`.
 void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnderWay& underWay)
 {
     constexpr std::uint32_t c_Repeated = 2;
     constexpr std::uint32_t c_TooOften = 3;
     const std::vector<std::uint32_t> all = open;
     std::erase_if(open, [&](std::uint32_t index) {
+        if (wasHostCanceled(state, index))
+        {
+            return false;
+        }
         const std::uint32_t hosts = countLostHosts(state, index);
         if (hosts >= c_TooOften && wasAlone(state, all, index))
         {

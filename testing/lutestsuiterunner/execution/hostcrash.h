@@ -32,13 +32,13 @@ struct SUnderWay
     std::vector<SCaseEnded> crashed;     ///< their host has left a note: the end of the attempt, to be recorded
     std::vector<std::uint32_t> suspects; ///< their host left no note, so they run in processes of their own
     std::vector<std::uint32_t> others;   ///< they ran in child processes
-    std::vector<std::uint32_t> repeated; ///< two hosts of a shard ended while they ran them; each runs alone first
+    std::vector<std::uint32_t> repeated; ///< two hosts of a shard were lost while they ran them; each runs alone first
 };
 
 /// Classifies the cases that were under way when hosts ended. A case in the host's own process crashed if the note
 /// names it and no other case of that name ran there, or if the note names no case and no other case ran there. A
-/// scheduler may end a shard's host without a note; in a shard, a case also crashed if three hosts ended during it and
-/// the last of them ran only this case.
+/// shard's host may be lost without a note; in a shard, a case also crashed if three hosts were lost during it and the
+/// last of them ran only this case. A host that recorded its cancellation is not lost: its case was only too long.
 SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder);
 
 } // namespace Runner

@@ -119,7 +119,10 @@ void CRunState::apply(const SRecordPlace& place, const SCaseStarted& record)
     attempt.result.info.threadIndex = record.worker;
     if (isRepeated)
     {
-        attempt.lostHosts = attempts.back().lostHosts + (attempts.back().IsEnded() ? 0 : 1);
+        const SAttempt& last = attempts.back();
+        const bool isCanceled = !last.IsEnded() && WasHostCanceled(last.started.journal);
+        attempt.lostHosts = last.lostHosts + (last.IsEnded() ? 0 : 1);
+        attempt.canceledHosts = last.canceledHosts + (isCanceled ? 1 : 0);
         attempts.pop_back();
     }
     attempts.push_back(std::move(attempt));
@@ -198,8 +201,9 @@ std::uint32_t CRunState::findProcess(const SAttempt& attempt)
     return latest.number;
 }
 
-void CRunState::apply(const SRecordPlace& /*place*/, const SRunCanceled& record)
+void CRunState::apply(const SRecordPlace& place, const SRunCanceled& record)
 {
+    m_canceledJournals.insert(place.journal);
     m_isCanceled = true;
     m_cancelReason = record.reason;
     m_elapsed = std::max(m_elapsed, record.elapsed);

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <span>
 #include <string>
 #include <utility>
@@ -30,11 +31,12 @@ struct SAttempt
 {
     EAttemptKind kind = EAttemptKind::First;
     SRecordPlace started;
-    SRecordPlace ended;           ///< no place while it runs, and also if its host died
-    std::uint32_t lostHosts = 0;  ///< number of earlier hosts that died while they ran it
-    std::uint32_t duplicates = 0; ///< results of other hosts for this attempt, which do not count
-    std::uint32_t process = 0;    ///< number of the process that it has shared with other cases; 0 for none
-    SCaseEnded result;            ///< until the attempt has ended, only what its start record contains is set
+    SRecordPlace ended;              ///< no place while it runs, and also if its host died
+    std::uint32_t lostHosts = 0;     ///< number of earlier hosts that died while they ran it
+    std::uint32_t canceledHosts = 0; ///< how many of these had recorded that the run was canceled
+    std::uint32_t duplicates = 0;    ///< results of other hosts for this attempt, which do not count
+    std::uint32_t process = 0;       ///< number of the process that it has shared with other cases; 0 for none
+    SCaseEnded result;               ///< until the attempt has ended, only what its start record contains is set
 
     bool IsEnded() const { return ended.journal != 0; }
     /// True if the attempt has a verdict. It then never runs again.
@@ -114,6 +116,9 @@ public:
     bool IsEnded() const { return m_isEnded; }
     const std::wstring& GetCancelReason() const { return m_cancelReason; }
 
+    /// True if the host of this journal has recorded that the run was canceled. It may have left attempts open.
+    bool WasHostCanceled(std::uint32_t journal) const { return m_canceledJournals.contains(journal); }
+
     /// The problems in the last journal.
     const std::vector<std::wstring>& GetProblems() const { return m_problems; }
 
@@ -164,6 +169,7 @@ private:
     std::map<std::pair<std::uint32_t, std::uint64_t>, SLatestProcess> m_latestProcesses;
     std::uint64_t m_host = 0; ///< process id of the last journal's host
     SRecordPlace m_last;
+    std::set<std::uint32_t> m_canceledJournals;
     bool m_isCanceled = false;
     bool m_isEnded = false;
     std::wstring m_cancelReason;

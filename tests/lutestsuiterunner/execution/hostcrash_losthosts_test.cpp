@@ -84,4 +84,70 @@ TEST(RunnerLostHosts, CondemnNothingInARunOfOneMachine)
     EXPECT_TRUE(underWay.repeated.empty());
 }
 
+/// Hosts of a shard, one after another, that ran cases when they recorded their cancellation.
+class RunnerCanceledHosts : public testing::Test, protected CRunStateMaker
+{
+protected:
+    RunnerCanceledHosts() : CRunStateMaker(makeShardPlan()) {}
+
+    /// A host that leaves the case open.
+    void LeaveOpen(std::uint32_t index)
+    {
+        BeginJournal(++m_journal);
+        Apply(MakeStart(index));
+        Apply(Runner::SRunCanceled{L"Ende verlangt", 3});
+    }
+
+    /// A host that ends without any record.
+    void Lose(std::uint32_t index)
+    {
+        BeginJournal(++m_journal);
+        Apply(MakeStart(index));
+    }
+
+    Runner::SUnderWay Find() const { return Runner::FindUnderWay(Get(), m_folder.GetPath()); }
+
+    const ScopedFolder m_folder;
+
+private:
+    std::uint32_t m_journal = 1;
+};
+
+TEST_F(RunnerCanceledHosts, AreNoFaultOfTheirCase)
+{
+    for (int host = 0; host < 4; ++host)
+    {
+        LeaveOpen(2);
+    }
+    const Runner::SUnderWay underWay = Find();
+
+    EXPECT_TRUE(underWay.crashed.empty());
+    EXPECT_TRUE(underWay.repeated.empty());
+    EXPECT_EQ(underWay.suspects, Cases{2});
+    EXPECT_EQ(Get().GetAttempts(2).back().lostHosts, 3U);
+    EXPECT_EQ(Get().GetAttempts(2).back().canceledHosts, 3U);
+}
+
+TEST_F(RunnerCanceledHosts, DoNotCountBesideLostOnes)
+{
+    Lose(2);
+    LeaveOpen(2);
+    Lose(2);
+    EXPECT_EQ(Find().repeated, Cases{2});
+    LeaveOpen(2);
+    EXPECT_EQ(Find().suspects, Cases{2});
+    Lose(2);
+
+    ASSERT_EQ(Find().crashed.size(), 1U);
+    EXPECT_TRUE(Find().crashed[0].reason.starts_with(L"3 Prozesse, "));
+}
+
+TEST_F(RunnerCanceledHosts, MayHaveCrashedBeforeTheyEnded)
+{
+    LeaveOpen(2);
+    m_folder.WriteFile(L"output/crash-2.txt", "Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
+
+    EXPECT_EQ(Find().crashed.size(), 1U);
+}
+
 } // namespace
