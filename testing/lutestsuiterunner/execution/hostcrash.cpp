@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/execution/hostcrash.h"
 
 #include <algorithm>
+#include <span>
 
 #include "base/lbexception.h"
 #include "base/lbfilesystem.h"
@@ -198,6 +199,21 @@ SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder)
     }
     findCrashed(state, folder, underWay);
     return underWay;
+}
+
+std::vector<std::uint32_t> FindCanceled(const CRunState& state)
+{
+    if (!state.GetPlan().part)
+    {
+        return {};
+    }
+    std::vector<std::uint32_t> cases = state.FindCases([&state](std::uint32_t index) {
+        const std::span<const SAttempt> attempts = state.GetAttempts(index);
+        return !attempts.empty() && !attempts.back().IsFinished() &&
+               (attempts.back().IsEnded() || wasHostCanceled(state, index));
+    });
+    std::ranges::sort(cases, {}, [&state](std::uint32_t index) { return state.GetAttempts(index).back().started; });
+    return cases;
 }
 
 } // namespace Runner

@@ -41,4 +41,8 @@ struct SUnderWay
 /// last of them ran only this case. A host that recorded its cancellation is not lost: its case was only too long.
 SUnderWay FindUnderWay(const CRunState& state, const std::wstring& folder);
 
+/// The cases of a shard that were running when their host was canceled, the earliest started first. They may be longer
+/// than the scheduler lets a host run. Empty for other runs.
+std::vector<std::uint32_t> FindCanceled(const CRunState& state);
+
 } // namespace Runner

@@ -17,7 +17,7 @@ namespace Runner
 /// twice and their second verdicts are duplicates. One thread at a time.
 ///
 /// A host counts as at work if it has recorded something since the object was made. Until sc_Silence has passed, each
-/// host whose end is not recorded counts as at work, too.
+/// host that has recorded neither its end nor a cancellation counts as at work, too.
 class CSiblings : public INonCopyable
 {
 public:

@@ -95,14 +95,27 @@ bool hasFinished(const CRunState& state, std::uint32_t index)
     return !attempts.empty() && attempts.back().IsFinished();
 }
 
+bool contains(const Cases& cases, std::uint32_t index)
+{
+    return std::ranges::find(cases, index) != cases.end();
+}
+
 /// Runs first attempts, each suspect in its own process.
 void runFirst(CSession& session, const Cases& suspects, Cases cases, const IsNeeded& isNeeded)
 {
-    const auto others = std::stable_partition(cases.begin(), cases.end(), [&suspects](std::uint32_t index) {
-        return std::ranges::find(suspects, index) != suspects.end();
-    });
+    const auto others = std::stable_partition(cases.begin(), cases.end(),
+                                              [&suspects](std::uint32_t index) { return contains(suspects, index); });
     session.Run({cases.begin(), others}, EAttemptKind::First, EProcess::Own, isNeeded);
     session.Run({others, cases.end()}, EAttemptKind::First, EProcess::AsPlanned, isNeeded);
+}
+
+/// Removes from `cases` those that were canceled with an earlier host, and returns them in the order in which they run.
+Cases takeCanceled(const CRunState& state, Cases& cases)
+{
+    Cases canceled = FindCanceled(state);
+    std::erase_if(canceled, [&cases](std::uint32_t index) { return !contains(cases, index); });
+    std::erase_if(cases, [&canceled](std::uint32_t index) { return contains(canceled, index); });
+    return canceled;
 }
 
 } // namespace
@@ -132,12 +145,16 @@ void RunStages(CSession& session, const CRunState& state, const SFirstAttempts& 
 {
     Cases cases = first.suspects;
     std::ranges::copy_if(first.cases, std::back_inserter(cases), [&](std::uint32_t index) {
-        return !hasFinished(state, index) && std::ranges::find(first.suspects, index) == first.suspects.end();
+        return !hasFinished(state, index) && !contains(first.suspects, index);
     });
     if (siblings != nullptr)
     {
-        RunBesideSiblings(cases, *siblings, [&](const Cases& some, const IsNeeded& isNeeded) {
+        Cases canceled = takeCanceled(state, cases);
+        RunBesideSiblings(std::move(cases), *siblings, [&](const Cases& some, const IsNeeded& isNeeded) {
             runFirst(session, first.suspects, some, isNeeded);
+        });
+        RunBesideSiblings(std::move(canceled), *siblings, [&](const Cases& some, const IsNeeded& isNeeded) {
+            session.Run(some, EAttemptKind::First, EProcess::Own, isNeeded);
         });
     }
     else

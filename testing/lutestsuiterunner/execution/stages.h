@@ -19,7 +19,7 @@ struct SStages
 /// What to do first.
 struct SFirstAttempts
 {
-    std::vector<std::uint32_t> suspects; ///< run in processes of their own, before other cases
+    std::vector<std::uint32_t> suspects; ///< run in processes of their own, before other cases (but see RunStages)
     std::vector<std::uint32_t> cases;    ///< those that have finished or are suspects are left out
 };
 
@@ -33,7 +33,8 @@ std::vector<std::uint32_t> FinishUnderWay(CSession& session, const CRunState& st
 /// Runs the first attempts, then repeats all failed cases as often as demanded. Cases that failed in a shared process
 /// then run once more, each in its own process. Ends early when the session is canceled; if cases are left then,
 /// records that. `siblings` may be null; otherwise the hosts of the shard share the first attempts (see
-/// RunBesideSiblings).
+/// RunBesideSiblings). The cases that were canceled with an earlier host (see FindCanceled) then run after the others,
+/// in processes of their own, so that the others get a verdict even if the scheduler ends each host during such a case.
 void RunStages(CSession& session, const CRunState& state, const SFirstAttempts& first, const SStages& stages,
                CSiblings* siblings = nullptr);
 

@@ -49,8 +49,12 @@ public:
     /// The number of records that were read of a journal. `number` is at most GetJournalCount().
     std::uint64_t CountRecords(std::uint32_t number) const { return m_journals[number - 1].sequence; }
 
-    /// True if the host of this journal has recorded its end. `number` is at most GetJournalCount().
-    bool IsOver(std::uint32_t number) const { return m_journals[number - 1].isEnded; }
+    /// True if the host of this journal has recorded its end or that the run was canceled: it starts no further case.
+    /// `number` is at most GetJournalCount().
+    bool IsOver(std::uint32_t number) const
+    {
+        return m_journals[number - 1].isEnded || m_journals[number - 1].isCanceled;
+    }
 
     std::uint32_t GetJournalCount() const { return static_cast<std::uint32_t>(m_journals.size()); }
 

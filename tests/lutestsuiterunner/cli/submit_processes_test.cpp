@@ -148,6 +148,87 @@ TEST_F(RunnerSubmitProcesses, PutOffTheCaseThatAnotherHostRuns)
     EXPECT_NE(again[3].processId, again[0].processId);
 }
 
+/// A shard whose first host was canceled while it ran the first case.
+class RunnerSubmitCanceled : public RunnerSubmitProcesses
+{
+protected:
+    /// Makes a shard of four cases with a journal that contains the start of the first case and these records.
+    void MakeCanceled(const std::vector<Runner::Record>& records, const std::vector<std::wstring>& library) const
+    {
+        MakeDurations({0, 0, 0, 0});
+        Submit({L"--shards", L"1"}, library);
+        LbOs::RemoveFile(GetOut() + Runner::c_ProofName);
+        // The cases have no times, so a host runs them in the listed order.
+        ASSERT_EQ(GetStarted(1), (std::vector<std::uint32_t>{0, 1, 2, 3}));
+        LbOs::RemoveFile(GetShard() + Runner::GetJournalName(1));
+        const auto other = Runner::JoinRun(GetShard(), Runner::ReadPlan(GetShard() + Runner::c_PlanName));
+        other->Write(Runner::SCaseStarted{});
+        for (const Runner::Record& record : records)
+        {
+            other->Write(record);
+        }
+    }
+
+    /// The records of a host that has ended its first case.
+    static std::vector<Runner::Record> GetCanceledEnd()
+    {
+        Runner::SCaseEnded ended;
+        ended.end = Runner::EAttemptEnd::Canceled;
+        ended.info.result = LuTestSuiteRun::ECaseRunResult::Canceled;
+        return {ended, Runner::SRunCanceled{L"Ende verlangt", 3}, Runner::SRunFinished{L"", 4}};
+    }
+
+    /// The next host runs the first case after all others.
+    void ExpectFirstCaseLast() const
+    {
+        RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", GetShard()});
+        EXPECT_EQ(GetStarted(2), (std::vector<std::uint32_t>{1, 2, 3, 0}));
+        EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 0);
+        ExpectProof(GetOut());
+    }
+
+    /// That host ran the first case in a child process, the others in its own.
+    void ExpectOwnProcess() const
+    {
+        const auto again = Find<Runner::SCaseStarted>(2);
+        ASSERT_EQ(again.size(), 4U);
+        EXPECT_EQ(again[0].processId, again[2].processId);
+        EXPECT_NE(again[3].processId, again[0].processId);
+    }
+
+private:
+    /// The cases in the order in which the host with this journal started them.
+    std::vector<std::uint32_t> GetStarted(std::uint32_t journal) const
+    {
+        std::vector<std::uint32_t> cases;
+        for (const Runner::SCaseStarted& started : Find<Runner::SCaseStarted>(journal))
+        {
+            cases.push_back(started.caseIndex);
+        }
+        return cases;
+    }
+};
+
+TEST_F(RunnerSubmitCanceled, RunTheCaseThatWasOpenAfterTheOthers)
+{
+    ASSERT_NO_FATAL_FAILURE(MakeCanceled({Runner::SRunCanceled{L"Ende verlangt", 3}}, {}));
+    ExpectFirstCaseLast();
+    ExpectOwnProcess();
+}
+
+TEST_F(RunnerSubmitCanceled, RunTheCaseWhoseChildProcessWasEndedAfterTheOthers)
+{
+    ASSERT_NO_FATAL_FAILURE(MakeCanceled(GetCanceledEnd(), {L"-x"}));
+    ExpectFirstCaseLast();
+}
+
+TEST_F(RunnerSubmitCanceled, RunTheCaseThatWasEndedInAChildProcessAgain)
+{
+    ASSERT_NO_FATAL_FAILURE(MakeCanceled(GetCanceledEnd(), {}));
+    ExpectFirstCaseLast();
+    ExpectOwnProcess();
+}
+
 /// The command "wait" on a terminal, while this process owns the run.
 class RunnerSubmitWaiting : public RunnerSubmitProcesses
 {

@@ -98,6 +98,17 @@ protected:
         Apply(Runner::SRunCanceled{L"Ende verlangt", 3});
     }
 
+    /// A host that ends with the case, or ends the case in its child process.
+    void EndCanceled(std::uint32_t index)
+    {
+        BeginJournal(++m_journal);
+        Runner::SCaseEnded ended = MakeEnd(index, LuTestSuiteRun::ECaseRunResult::Canceled);
+        ended.end = Runner::EAttemptEnd::Canceled;
+        RunCase(ended);
+        Apply(Runner::SRunCanceled{L"Ende verlangt", 3});
+        Apply(Runner::SRunFinished{L"2024-01-02 03:04:09", 4});
+    }
+
     /// A host that ends without any record.
     void Lose(std::uint32_t index)
     {
@@ -148,6 +159,38 @@ TEST_F(RunnerCanceledHosts, MayHaveCrashedBeforeTheyEnded)
     m_folder.WriteFile(L"output/crash-2.txt", "Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
 
     EXPECT_EQ(Find().crashed.size(), 1U);
+}
+
+TEST_F(RunnerCanceledHosts, LeaveTheirCasesForTheEndOfTheNext)
+{
+    LeaveOpen(4);
+    EndCanceled(2);
+    LeaveOpen(0);
+    Lose(3);
+    EXPECT_EQ(Runner::FindCanceled(Get()), (Cases{4, 2, 0}));
+    LeaveOpen(4);
+
+    EXPECT_EQ(Runner::FindCanceled(Get()), (Cases{2, 0, 4}));
+}
+
+TEST_F(RunnerCanceledHosts, LeaveNoCaseThatAnotherHostHasFinished)
+{
+    LeaveOpen(2);
+    EndCanceled(0);
+    BeginJournal(4);
+    RunCase(2, LuTestSuiteRun::ECaseRunResult::Ok);
+    RunCase(0, LuTestSuiteRun::ECaseRunResult::Error);
+
+    EXPECT_TRUE(Runner::FindCanceled(Get()).empty());
+}
+
+TEST(RunnerCanceledHost, OfAnotherRunThanAShardLeavesTheOrderAlone)
+{
+    CRunStateMaker run;
+    run.Apply(MakeStart(2));
+    run.Apply(Runner::SRunCanceled{L"Ende verlangt", 3});
+
+    EXPECT_TRUE(Runner::FindCanceled(run.Get()).empty());
 }
 
 } // namespace

@@ -118,6 +118,16 @@ TEST_F(RunnerSiblings, CountAsAtWorkInTheBeginningUnlessTheyHaveEnded)
     EXPECT_TRUE(Make(3)->IsUnderWay(0));
 }
 
+TEST_F(RunnerSiblings, AreNotAtWorkAfterTheirCancellation)
+{
+    const auto other = m_run.Join(1);
+    other->Write(MakeStart(0));
+    other->Write(Runner::SRunCanceled{L"Ende verlangt", 3});
+
+    EXPECT_EQ(Make(2)->CountEarlier(), 0U);
+    EXPECT_FALSE(Make(2)->IsUnderWay(0));
+}
+
 TEST_F(RunnerSiblings, AreReadSeldomWhileTheyRecordNothing)
 {
     const auto own = m_run.Join(1);
