@@ -251,8 +251,7 @@ void addCases(benchmark::internal::Benchmark* benchmark)
 BENCHMARK_CAPTURE(describe, plain, makePlain, c_Elements, c_ElementsLimitSeconds)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, wildcards, makeWildcard, c_Elements, 1.0)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, starred, makeStarred, c_Elements, c_ElementsLimitSeconds)->Apply(addCases);
-BENCHMARK_CAPTURE(describe, commonBeginning, makeCommonBeginning, c_Elements, c_ElementsLimitSeconds)
-    ->Apply(addCases);
+BENCHMARK_CAPTURE(describe, commonBeginning, makeCommonBeginning, c_Elements, c_ElementsLimitSeconds)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, oneStar, makeOneStar, c_StarElements, 1.0)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, nineStars, makeNineStars, c_StarElements, 1.0)->Apply(addCases);
 BENCHMARK_CAPTURE(describe, nineSeparateStars, makeNineSeparateStars, c_StarElements, 1.0)->Apply(addCases);

@@ -1,7 +1,7 @@
 /// The machine that executed a run.
 
-#include "base/os/machine.h"
 #include "base/lbformat.h"
+#include "base/os/machine.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
 
 std::wstring LuTestSuiteReport::getCPUInfo()
