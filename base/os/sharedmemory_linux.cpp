@@ -46,7 +46,8 @@ std::shared_ptr<void> attach(int segment, int flags, std::size_t size)
 int makeSegment(const char* path, std::size_t size, std::shared_ptr<void>& block)
 {
     constexpr int c_New = IPC_CREAT | IPC_EXCL | S_IRUSR | S_IWUSR;
-    // The key lets the keeper find the segment if this process is killed before IPC_RMID.
+    // If this process is killed before IPC_RMID, the keeper process (keeper.h) finds the segment by this key and
+    // removes it. If another segment has the key, this one gets none.
     int segment = shmget(Linux::ToMemoryKey(path), size, c_New);
     if (segment < 0 && errno == EEXIST)
     {

@@ -11,7 +11,7 @@
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "tests/support/capturedoutput.h"
 
-/// A unit test for an explicit list, with cases of these names.
+/// A unit test with cases of these names, to be passed to MakeSetup.
 LuTestSuite::SUnitTest MakeUnitTest(const std::wstring& className, const std::vector<std::wstring>& caseNames);
 
 /// A setup that loads the model modules and runs these unit tests.

@@ -141,7 +141,7 @@ bool hasBeginning(const SExaminedFile& file)
     return static_cast<std::uint64_t>(file.status.size) > CFileChecksums::sc_uiBeginning;
 }
 
-/// Excludes a file whose beginning was read, or that leaveUnread excludes.
+/// Excludes a file after its beginning was compared. If the whole file is only this beginning, leaveUnread decides.
 void leaveRead(SExaminedFile& file)
 {
     if (hasBeginning(file))

@@ -9,10 +9,10 @@
 namespace LuTestSuite
 {
 
-/// The forks under way on all threads. A fork must not hold the tracker's lock: after this library's fork handler, it
-/// waits for locks of the run-time, such as that of the stream list, whose owners may allocate and so wait for the
-/// tracker's lock. Instead, trackers do not change while a fork is under way, and operations are queued here. So the
-/// child gets consistent copies of the trackers.
+/// The forks under way on all threads. A thread that forks must not hold the tracker's lock. It also waits for locks of
+/// the run-time, such as that of the stream list. Another thread may have such a lock, allocate, and wait for the
+/// tracker's lock: a deadlock. Instead, trackers do not change while a fork is under way, and operations are queued
+/// here. So the child gets consistent copies of the trackers.
 ///
 /// Changed under the tracker's lock, or in a child that has no other thread yet.
 class CForks

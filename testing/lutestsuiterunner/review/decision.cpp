@@ -70,8 +70,8 @@ public:
         m_steps.reserve(planned.files.size());
     }
 
-    /// Carries out the decision for one file. Empty if the file stays as it is, because its reference has changed since
-    /// the interruption.
+    /// Carries out the decision for one file. If somebody has changed the reference since the decision began, a new
+    /// decision throws; one that is continued keeps this reference and returns empty.
     std::optional<SDecidedFile> Do(std::size_t index)
     {
         const SReceivedFile& file = m_planned.files[index];
@@ -324,8 +324,8 @@ void requireReady(const std::wstring& plan, const Files& files)
     }
 }
 
-/// Finishes an interrupted decision. As long as not all files are claimed, no reference has changed, so the decision
-/// can be undone if a file has changed.
+/// Finishes an interrupted decision. If it had not yet claimed all files, it has written no reference; then it is
+/// undone if somebody has changed a file since.
 SOutcome finish(const std::wstring& folder, const std::wstring& plan)
 {
     const SPlanned planned = ReadDecisionPlan(folder);

@@ -392,7 +392,7 @@ TEST_F(RunRecreate, NeedsNoCallbacksWithoutCases)
 }
 
 /// Tests that start in a folder other than the executable's.
-class RunRecreatePlaces : public RunRecreate
+class RunRecreateWorkingDirectory : public RunRecreate
 {
 protected:
     ScopedFolder m_folder;
@@ -401,7 +401,7 @@ protected:
     LuTestSuiteEnvironment m_startedHere;
 };
 
-TEST_F(RunRecreatePlaces, AreTheExecutablesFolderDuringAndTheFormerFolderAfterwards)
+TEST_F(RunRecreateWorkingDirectory, IsTheExecutablesFolderDuringAndTheFormerFolderAfterwards)
 {
     std::wstring meanwhile;
     m_callbacks.caseFinished = [&](ECaseRunResult) { meanwhile = LbOs::GetWorkingDirectory(); };
@@ -412,7 +412,7 @@ TEST_F(RunRecreatePlaces, AreTheExecutablesFolderDuringAndTheFormerFolderAfterwa
     EXPECT_EQ(LbOs::GetWorkingDirectory(), m_before);
 }
 
-TEST_F(RunRecreatePlaces, AreTheExecutablesFolderAfterACaseThatChangesIt)
+TEST_F(RunRecreateWorkingDirectory, IsTheExecutablesFolderAfterACaseThatChangesIt)
 {
     LuTestSuiteRun::Recreate(m_startedHere, {MakeModel({L"Umzug", L"Umzug"})}, ETargetSystem(), false, m_callbacks);
 
@@ -421,7 +421,7 @@ TEST_F(RunRecreatePlaces, AreTheExecutablesFolderAfterACaseThatChangesIt)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), m_before);
 }
 
-TEST_F(RunRecreatePlaces, AreRestoredWhenACallbackThrows)
+TEST_F(RunRecreateWorkingDirectory, IsRestoredWhenACallbackThrows)
 {
     m_callbacks.caseFinished = [](ECaseRunResult) { throw 42; };
 
@@ -432,7 +432,7 @@ TEST_F(RunRecreatePlaces, AreRestoredWhenACallbackThrows)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), m_before);
 }
 
-TEST_F(RunRecreatePlaces, AreRestoredWhenCanceled)
+TEST_F(RunRecreateWorkingDirectory, IsRestoredWhenCanceled)
 {
     m_callbacks.isCanceled = [] { return true; };
 

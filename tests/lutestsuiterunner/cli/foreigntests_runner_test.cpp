@@ -136,7 +136,7 @@ TEST_F(RunnerSuitesWithoutFolder, AreNoneOnceTheFoldersAreMade)
     EXPECT_EQ(Run({L"list"}).errors, "");
 }
 
-TEST_F(RunnerSuitesWithoutFolder, AreNotClassesOfOtherKinds)
+TEST_F(RunnerSuitesWithoutFolder, AreNotReportedForOtherUnitTests)
 {
     EXPECT_EQ(Run({L"list"}, L"resultmodels").errors, "");
 }

@@ -265,7 +265,7 @@ TEST_F(RunnerSlurmCommands, ShowThatAShardIsGivenUp)
     ExpectLine(output, ", 4 mal vergeben\nTeile: 0 von 1 fertig, 0 laufen, 1 aufgegeben, Fälle: 0/1");
 }
 
-TEST_F(RunnerSlurmCommands, AreToldToCancelARunThatAnotherOneReplaces)
+TEST_F(RunnerSlurmCommands, CancelADistributedRunThatAnotherOneReplaces)
 {
     MakeDurations({1});
     WriteCommand(L"squeue", "test -e scancel.txt || echo 'task|1|RUNNING|None|node1'\n");
@@ -278,7 +278,7 @@ TEST_F(RunnerSlurmCommands, AreToldToCancelARunThatAnotherOneReplaces)
     EXPECT_NE(Runner::ReadPlan(GetOut() + Runner::c_PlanName).runId, id);
 }
 
-TEST_F(RunnerSlurmCommands, AreToldToCancelARunThatARunInOneProcessReplaces)
+TEST_F(RunnerSlurmCommands, CancelADistributedRunThatARunInOneProcessReplaces)
 {
     MakeDurations({1});
     SubmitShard({L"--detach"});

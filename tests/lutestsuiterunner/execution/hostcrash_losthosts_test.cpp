@@ -14,7 +14,8 @@ Runner::SPlan makeShardPlan()
     return plan;
 }
 
-/// A run whose hosts ended one after another without a note. `hosts` has the cases that each of them was running.
+/// A run whose hosts ended one after another and left no crash note. `hosts` has the cases that each of them was
+/// running.
 class CLostHosts : public CRunStateMaker
 {
 public:

@@ -259,7 +259,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
     while (true)
     {
         const LbOs::EEventWait event = waitOnce(m_crashCode ? c_CrashSliceMilliseconds : slice);
-        // Reads the state from the buffer, because tests may set and reset this event.
+        // Reads the state from the buffer, because the case in the child may set or reset this event.
         if (IsAnswered(*m_objects->buffer.GetWriteAccess(), m_number))
         {
             return EEnd::Answered;

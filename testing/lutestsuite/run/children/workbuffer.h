@@ -148,8 +148,8 @@ void ClearRequest(SWorkBuffer& buffer);
 /// Copies everything before the messages. `to` has no messages afterwards.
 void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to);
 
-/// Stores or loads the index where the sub-test probably is. The index is in reserved bytes, so it may be wrong if the
-/// request comes from a parent that does not store it.
+/// Stores or loads the index that discovery found for the sub-test among those of its object. It is only a hint: it is
+/// in reserved bytes, and parents of other builds may not store it.
 void StoreLikelySubtest(SWorkBuffer& buffer, std::optional<std::uint32_t> subtest);
 std::optional<std::uint32_t> LoadLikelySubtest(const SWorkBuffer& buffer);
 

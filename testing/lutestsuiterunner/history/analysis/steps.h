@@ -115,7 +115,7 @@ private:
     CRankTails m_tails;
     std::vector<std::vector<SPlace>> m_places; ///< by length
     // Buffers for the current series; members so that their memory is reused.
-    std::vector<std::uint16_t> m_allRanks; ///< of its values, in the order of the search
+    std::vector<std::uint16_t> m_allRanks; ///< of all values of the series, in the order of its view
     std::vector<std::uint16_t> m_ranks;    ///< of the values in the window, among themselves
     std::vector<std::uint16_t> m_counts;   ///< of the values in the window, up to each rank of m_allRanks
     std::vector<SCandidate> m_candidates;
