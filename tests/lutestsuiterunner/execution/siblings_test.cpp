@@ -330,7 +330,7 @@ private:
     Cases m_started;
 };
 
-TEST(RunnerConcurrentHosts, RepeatOnlyTheLastCasesOfEachOther)
+TEST(RunnerHostsOfOneShard, RepeatOnlyTheLastCasesOfEachOther)
 {
     CThreeHosts hosts;
     hosts.Run();
