@@ -49,21 +49,9 @@ private:
 
 struct SHeldLock
 {
-    /// Keeps the folder open, so that the file system does not give its number to another folder if it is deleted. The
-    /// number is part of the mutex's name.
-    Windows::Handle folder;
     std::wstring name;
     Windows::Handle mutex;
 };
-
-/// Null if the folder cannot be opened. Other processes can still write into it, rename and delete it.
-Windows::Handle openFolder(const std::wstring& path)
-{
-    const HANDLE opened = CreateFileW(Windows::ToSystemPath(path).c_str(), FILE_READ_ATTRIBUTES,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    return Windows::Handle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
-}
 
 /// Creates or opens the mutex. Opens another user's mutex with only the rights that the lock needs.
 HANDLE openMutex(const std::wstring& name)
@@ -77,9 +65,8 @@ HANDLE openMutex(const std::wstring& name)
 std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bool mayWait, bool& isHeld)
 {
     isHeld = false;
-    Windows::Handle opened = openFolder(folder);
     const std::optional<SFileStatus> status = GetFileStatus(folder);
-    if (opened == nullptr || !status)
+    if (!status)
     {
         return nullptr;
     }
@@ -99,7 +86,7 @@ std::unique_ptr<CFolderLock> CFolderLock::acquire(const std::wstring& folder, bo
         return nullptr;
     }
     CHeldMutexes::Get().Add(name);
-    auto held = std::make_unique<SHeldLock>(SHeldLock{std::move(opened), std::move(name), std::move(mutex)});
+    auto held = std::make_unique<SHeldLock>(SHeldLock{std::move(name), std::move(mutex)});
     return std::unique_ptr<CFolderLock>(new CFolderLock(reinterpret_cast<std::intptr_t>(held.release())));
 }
 

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
 #include "base/lbpath.h"
 #include "tests/support/os/testaids.h"
@@ -134,22 +133,6 @@ TEST(OsFolderLock, IsRefusedWithoutWaitingToTheThreadThatHasIt)
 
     EXPECT_EQ(CFolderLock::TryAcquire(folder.GetPath(), isHeld), nullptr);
     EXPECT_TRUE(isHeld);
-}
-
-TEST(OsFolderLock, OfADeletedFolderDoesNotLockANewFolder)
-{
-    const ScopedFolder folder;
-    const std::wstring deleted = folder.GetPathOf(L"alt");
-    LbFileSystem::AssertDirectory(deleted);
-    const auto lock = CFolderLock::Acquire(deleted);
-    LbFileSystem::RemoveTree(deleted);
-
-    for (const std::wstring& path :
-         {folder.GetPathOf(L"neu 1"), folder.GetPathOf(L"neu 2"), folder.GetPathOf(L"neu 3")})
-    {
-        ASSERT_TRUE(LbFileSystem::AssertDirectory(path));
-        EXPECT_NE(CFolderLock::TryAcquire(path), nullptr) << LbEncoding::ToUtf8(path);
-    }
 }
 
 TEST(OsFolderLock, NeedsAFolder)
