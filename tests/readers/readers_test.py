@@ -13,6 +13,8 @@ import sys
 import unittest
 import xml.parsers.expat
 
+from readers import need_modules, run, run_tests
+
 CASES = 12000
 # Text in a data set's file, and thus in a message of the failing cases.
 CONTENTS = ("gut", "schlecht <a href=\"x\">'&'</a> ]]> größer \x02\x1b[31m\u0085 € \U0001F600", "anders", "")
@@ -35,13 +37,6 @@ cases = list(JUnitXml.fromfile(sys.argv[1]))
 count = lambda kind: sum(1 for case in cases if any(isinstance(one, kind) for one in case.result))
 print(len(cases), count(Failure), count(Error))
 """
-
-
-def run(*command):
-    done = subprocess.run([str(part) for part in command], capture_output=True, text=True, timeout=900)
-    if done.returncode != 0:
-        raise AssertionError(f"{command[0]} ended with {done.returncode}: {done.stdout[-2000:]}{done.stderr[-2000:]}")
-    return done.stdout
 
 
 def count_with_expat(path):
@@ -87,20 +82,22 @@ class Readers:
         self.assertEqual(tuple(map(int, counted.split())), self.expected)
 
     def test_junit_report_merger(self):
+        need_modules(self, Tools.modules)
         merged = self.folder / "Merged.xml"
         merged.unlink(missing_ok=True)
-        run(Tools.node, Tools.node_folder / "node_modules/junit-report-merger/cli.js", merged, self.report)
+        run(Tools.node, Tools.modules / "junit-report-merger/cli.js", merged, self.report)
         counts, attributes = count_with_expat(merged)
         self.assertEqual(counts, self.expected)
         self.assertEqual([int(attributes[name]) for name in ("tests", "failures", "errors")], list(self.expected))
 
     def test_junit2json_and_xunit_viewer(self):
+        need_modules(self, Tools.modules)
         # Node searches for modules beside the script.
         script = self.folder / "count_cases.mjs"
         shutil.copy(pathlib.Path(__file__).with_name(script.name), script)
         modules = self.folder / "node_modules"
         modules.unlink(missing_ok=True)
-        modules.symlink_to(Tools.node_folder / "node_modules")
+        modules.symlink_to(Tools.modules)
         seen = [json.loads(line) for line in run(Tools.node, script, self.report).splitlines()]
         self.assertEqual([one["reader"] for one in seen], ["junit2json", "xunit-viewer"])
         for one in seen:
@@ -138,5 +135,5 @@ class HostReport(Readers, unittest.TestCase):
 if __name__ == "__main__":
     Tools.make_report, Tools.host, folder, Tools.xmllint, Tools.node, node_folder, Tools.system_python = sys.argv[1:8]
     Tools.folder = pathlib.Path(folder)
-    Tools.node_folder = pathlib.Path(node_folder)
-    unittest.main(argv=sys.argv[:1])
+    Tools.modules = pathlib.Path(node_folder) / "node_modules"
+    run_tests()
