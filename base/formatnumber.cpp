@@ -107,7 +107,7 @@ private:
         return number;
     }
 
-    /// The number of bits to print of an integer of `size` bytes. C widens smaller arguments to 32 bits.
+    /// How many bits of an integer of `size` bytes are printed. C widens smaller arguments to 32 bits.
     unsigned getBitCount(std::size_t size) const
     {
         switch (m_conversion.length)
@@ -176,7 +176,7 @@ private:
     static constexpr std::int64_t sc_MostDigits =
         std::numeric_limits<T>::digits - std::numeric_limits<T>::min_exponent + 1;
 
-    /// Digits with point and exponent. Omits digits beyond sc_MostDigits after the point, which are all 0.
+    /// The digits, with point and exponent. At most sc_MostDigits of them follow the point; all others would be 0.
     template<typename T>
     std::string_view writeFiniteDigits(T value)
     {
@@ -215,7 +215,7 @@ private:
         }
     }
 
-    /// The number of zeros that the precision requires after the digits. %g prints them only in the "#" form, where the
+    /// The number of zeros that the precision requires after the digits. %g prints such zeros only in the "#" form; its
     /// precision counts significant digits.
     template<typename T>
     std::size_t getFinalZeros(std::string_view digits) const

@@ -18,8 +18,8 @@ struct SNumberArgument
     const void* address = nullptr;
 };
 
-/// Appends a number or an address. Precondition: the conversion accepts it, is one of "diouxXeEfFgGaAp", and already
-/// contains the values of "*" as width and precision.
+/// Appends a number or an address. Precondition: the conversion is one of "diouxXeEfFgGaAp", accepts the argument, and
+/// already contains the values of "*" as width and precision.
 void AppendNumber(std::wstring& result, const SConversion& conversion, const SNumberArgument& argument);
 
 } // namespace LbPrintf

@@ -5,8 +5,8 @@
 
 #include "base/lbexport.h"
 
-/// A unit-test class may derive from it in addition to LuUnitTest. The runner queries and sets the options before each
-/// case, on the case's thread.
+/// A unit-test class may derive from this interface in addition to LuUnitTest. The runner queries and sets the options
+/// before each case, on the case's thread.
 class LB_API IDebugging
 {
 public:

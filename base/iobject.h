@@ -5,8 +5,8 @@
 
 class LbRTTI;
 
-/// Base of every class that the registry can create. Derive virtually if a class may inherit from IObject more than
-/// once.
+/// Base of every class whose objects the class registry (LbRTTI) can create. Derive virtually if a class may inherit
+/// from IObject more than once.
 class LB_API IObject
 {
 public:

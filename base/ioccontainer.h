@@ -37,7 +37,8 @@ public:
     /// The container that the program shares with its modules; null if none is set. Callable from any thread.
     static CContainer* GetCurrent() noexcept;
 
-    /// Sets the shared container; null unsets it. The caller keeps ownership and must not destroy it while it is set.
+    /// Sets the shared container; null unsets it. The caller keeps ownership and must not destroy the container while
+    /// it is set.
     static void SetCurrent(CContainer* container) noexcept;
 
     bool HasService(const std::wstring& name) const;

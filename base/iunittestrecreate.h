@@ -5,8 +5,8 @@
 
 #include "base/lbexport.h"
 
-/// A unit-test class may derive from it in addition to LuUnitTest. The runner calls it after SetDataDirectory and
-/// InitSubtests.
+/// A unit-test class may derive from this interface in addition to LuUnitTest. The runner calls its operations after
+/// SetDataDirectory and InitSubtests.
 class LB_API IUnitTestRecreate
 {
 public:

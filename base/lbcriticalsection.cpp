@@ -4,7 +4,7 @@
 
 void LbCriticalSection::waitAndLock() noexcept
 {
-    // Most sections are a few instructions long, so a few polls cost less than sleeping and being woken.
+    // Most callers hold the lock for a few instructions only, so polling costs less than sleeping and being woken.
     constexpr int c_SpinCount = 40;
     for (int count = 0; count < c_SpinCount; ++count)
     {

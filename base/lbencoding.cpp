@@ -13,7 +13,7 @@ namespace
 constexpr bool c_WideIsUtf16 = sizeof(wchar_t) == 2;
 constexpr char32_t c_Replacement = 0xFFFD;
 constexpr char32_t c_LastCodePoint = 0x10FFFF;
-/// FromNative maps an invalid byte to the lone surrogate with this code plus the byte.
+/// FromNative maps an invalid byte to a lone surrogate: this code plus the byte.
 constexpr char32_t c_StrayByteBase = 0xDC00;
 
 constexpr bool isHighSurrogate(char32_t unit)
@@ -230,8 +230,8 @@ std::string encodeUtf8(std::wstring_view text, const F& appendInvalid)
     return result;
 }
 
-/// Copies unit by unit, because most texts have one unit for each character in both encodings. Returns false if a unit
-/// from U+D800 on may need conversion; the result is then meaningless.
+/// Copies unit by unit, because most texts have one unit for each character in both encodings. Returns false if the
+/// text contains a unit from U+D800 on, because that unit may need conversion; the result is then meaningless.
 template<typename Source, typename Target>
 bool copyUnits(Source text, Target& result)
 {

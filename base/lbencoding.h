@@ -26,15 +26,16 @@ LB_API bool IsUtf8(std::string_view bytes);
 LB_API std::wstring FromNative(std::string_view bytes);
 LB_API std::string ToNative(std::wstring_view text);
 
-/// The same, reusing the memory of `text`; for long listings.
+/// FromNative into `result`, whose memory it reuses; for long listings.
 LB_API void FromNative(std::string_view bytes, std::wstring& result);
 
 /// Wide text as UTF-16 code units and back. Both functions keep lone surrogates unchanged.
 LB_API std::u16string ToUtf16(std::wstring_view text);
 LB_API std::wstring FromUtf16(std::u16string_view text);
 
-/// ISO-8859-1, one byte per character. Characters above U+00FF become "?" (a surrogate pair becomes one "?"), and so do
-/// control characters (below U+0020, U+007F to U+009F) except tab, line feed and carriage return.
+/// Wide text as ISO-8859-1, one byte per character, and back. Characters above U+00FF become "?" (a surrogate pair
+/// becomes one "?"), and so do control characters (below U+0020, U+007F to U+009F) except tab, line feed and carriage
+/// return.
 LB_API std::string ToLatin1(std::wstring_view text);
 LB_API std::wstring FromLatin1(std::string_view bytes);
 

@@ -4,7 +4,7 @@
 
 void LbEvent::Set()
 {
-    // Notifies under the lock, because a waiter may destroy the event as soon as it is released.
+    // Notifies under the lock, because a waiting thread may destroy the event as soon as it continues.
     const std::lock_guard lock(m_mutex);
     m_isSet = true;
     m_changed.notify_one();

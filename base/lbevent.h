@@ -8,7 +8,8 @@
 #include "base/inoncopyable.h"
 #include "base/lbexport.h"
 
-/// Set releases one waiting thread, now or later; setting a set event has no effect. Callable from any thread.
+/// Set releases one thread: one that is waiting, or the next one that waits. Setting an event that is set has no
+/// effect. Callable from any thread.
 class LB_API LbEvent : public INonCopyable
 {
 public:
@@ -17,7 +18,7 @@ public:
     void Set();
     void Reset();
 
-    /// Waits for up to `milliseconds`. Resets the event and returns true if it was set; false on time-out.
+    /// Waits for up to `milliseconds` until the event is set, then resets it and returns true; false on time-out.
     bool Wait(std::uint32_t milliseconds = sc_uiInfinite);
 
 private:

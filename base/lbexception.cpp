@@ -78,7 +78,7 @@ private:
         }
     }
 
-    /// Drops the text before a space, which is a specifier or the result type.
+    /// Drops the text before a space: a specifier or the result type.
     void dropResult()
     {
         const bool isExpression = m_name == "decltype";

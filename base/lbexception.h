@@ -8,9 +8,9 @@
 #include "base/lbexport.h"
 #include "base/lbsourcelocation.h"
 
-/// Contains the location where it was thrown: source file (name without folder and extension), line, and function
-/// ("LuTestSuiteTree::Build": qualified, without result and arguments; "Build" if the compiler has no
-/// std::source_location), and an optional message for the user.
+/// Contains an optional message for the user, and the location where it was thrown: source file (name without folder
+/// and extension), line, and function. The function is qualified, without result and arguments
+/// ("LuTestSuiteTree::Build"); if the compiler has no std::source_location, it is the bare name ("Build").
 class LB_API LbException : public std::exception
 {
 public:

@@ -73,7 +73,7 @@ std::size_t getCommonLength(const SNames& names)
 /// A name during sorting.
 struct SSorted
 {
-    std::uint64_t key; ///< ascends with the names; different names may have the same key
+    std::uint64_t key; ///< in the order of the names; different names may have equal keys
     std::uint32_t index;
 };
 
@@ -92,8 +92,8 @@ std::uint64_t getSortKey(std::wstring_view name)
     return position == 0 ? 0 : key << 8U * (sizeof(key) - position);
 }
 
-/// Compares keys before names, because names in one folder often begin alike, and comparing them takes several times as
-/// long.
+/// Compares keys before names: names in one folder often begin alike, and comparing two such names takes several times
+/// as long as comparing their keys.
 std::vector<SSorted> sortNames(const SNames& names)
 {
     const std::size_t common = getCommonLength(names);
@@ -126,7 +126,7 @@ class CListing final : public LbFileListing
 public:
     CListing(const std::wstring& directory, const SNames& names);
 
-    /// Keeps the view, to which the listing refers.
+    /// Takes over the view, to whose memory the listing refers.
     CListing(const std::wstring& directory, LbOs::CSharedView view, const LbListingImage::SListing& shared);
 
     /// The result refers to this object.
@@ -161,7 +161,7 @@ private:
     std::pmr::wstring m_ownText{&m_memory}; ///< otherwise, this and m_ownBegins hold them
     std::pmr::vector<std::uint32_t> m_ownBegins{&m_memory};
     std::wstring_view m_text;
-    std::span<const std::uint32_t> m_begins; ///< of the names in the text, and the end of the last one
+    std::span<const std::uint32_t> m_begins; ///< where each name begins, then where the last one ends
     mutable std::atomic<std::uint32_t> m_lastFound = 0;
     mutable LbCriticalSection m_mutex; ///< protects the matches and, after construction, the memory
     mutable std::pmr::map<std::pmr::wstring, std::span<const std::uint32_t>, std::less<>> m_matches{&m_memory};
@@ -287,7 +287,8 @@ SharedListing findShared(const std::wstring& directory, const LbOs::SDirectorySt
     return shared && shared->stamp == stamp ? makeListing(directory, std::move(view), *shared) : nullptr;
 }
 
-/// True if the folder last changed so long before `now` that each later change sets different times.
+/// True if, by this system's clock, the folder last changed so long before `now` that each later change sets different
+/// times.
 bool isOld(const std::wstring& directory, const LbOs::SDirectoryStamp& stamp, std::chrono::system_clock::time_point now)
 {
     const std::chrono::nanoseconds changeTime(stamp.changeTime);
@@ -393,7 +394,7 @@ void CListings::keep(SKept kept)
 {
     constexpr std::size_t c_Most = 1024;
     const std::lock_guard lock(m_mutex);
-    // The key refers to its listing, so the old entry is erased instead of assigned.
+    // The key is a view into the entry's listing, so the old entry is erased instead of assigned to.
     m_kept.erase(kept.listing->GetDirectory());
     if (m_kept.size() >= c_Most)
     {

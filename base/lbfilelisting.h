@@ -32,10 +32,11 @@ struct LbFilePattern
 /// The process keeps the listings of the 1024 folders requested last and shares them. Each request checks identity and
 /// times of the folder and reads the folder again if they have changed, so a listing reflects every file that was
 /// added, removed or renamed before the request. The clock of a file system advances in steps, so a change that
-/// immediately follows another one may not change the times. A listing is therefore shared only if the process saw the
-/// same times at least a tenth of a second before it read the folder, or, on a file system of this machine, if the
-/// folder last changed at least two seconds before that by the system's clock. A listing is never shared if the change
-/// time is a multiple of 10 ms, as on FAT, because the clock of such a file system may advance in larger steps.
+/// immediately follows another one may not change the times. A listing is therefore shared in only two cases: the
+/// process saw the same times at least a tenth of a second before it read the folder; or the folder is on a file system
+/// of this machine and, by the system's clock, last changed at least two seconds before it was read. A listing is never
+/// shared if the change time is a multiple of 10 ms, as on FAT, because the clock of such a file system may advance in
+/// larger steps.
 ///
 /// Listings are not on the heap, so that they do not count as heap growth of the current case.
 class LB_API LbFileListing : public INonCopyable

@@ -30,8 +30,8 @@ std::wstring findDirectory(LbFileSystem::EDirectoryKind kind)
     return {};
 }
 
-/// Callers remove the entries after the visit, because systems differ in whether they list entries that are removed
-/// during it.
+/// Callers remove the entries after the visit, because systems differ in whether a visit lists entries that are removed
+/// meanwhile.
 std::vector<std::wstring> getEntryNames(const std::wstring& directory)
 {
     std::vector<std::wstring> names;
@@ -104,7 +104,7 @@ bool LbFileSystem::AssertDirectory(const std::wstring& path)
     {
         return true;
     }
-    // Gives up here only if a file has this name: other threads may create the same folders at the same time.
+    // Tries again unless a file has this name, because other threads may create the same folders at the same time.
     return !IsFile(path) && AssertDirectory(LbPath::GetParent(path)) && LbOs::MakeDirectory(path);
 }
 

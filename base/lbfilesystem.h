@@ -43,11 +43,11 @@ LB_API bool CopyContent(const std::wstring& source, const std::wstring& target);
 /// True if both files can be read and have the same bytes.
 LB_API bool HaveSameContent(const std::wstring& path, const std::wstring& otherPath);
 
-/// Writes a file as a whole: `write` gets the path of a new file in the same folder, writes and closes it; that file
-/// then replaces the one at `path` in one step. If `write` throws, as on a full disk, or the file cannot be replaced,
-/// the old file stays unchanged, the new one is removed, and the exception passes through (LbException for a file that
-/// cannot be replaced). A link at `path` stays and leads to the new file; other names of the old file (hard links) keep
-/// the old content. Permissions: see LbOs::RenameFile.
+/// Writes a file as a whole: `write` gets the path of a new file in the same folder, writes and closes that file; the
+/// new file then replaces the one at `path` in one step. If `write` throws, as on a full disk, or the file cannot be
+/// replaced, the old file stays unchanged, the new file is removed, and the exception passes through (LbException for a
+/// file that cannot be replaced). A link at `path` stays and leads to the new file; other names of the old file (hard
+/// links) keep the old content. Permissions: see LbOs::RenameFile.
 ///
 /// If `path` is a device or a pipe, or if the user may not create files in the folder, `write` gets `path` itself; a
 /// failure may then leave part of the output.

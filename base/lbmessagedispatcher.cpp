@@ -97,7 +97,8 @@ void LbMessageDispatcher::SShared::Stop()
         isStopping = true;
         changed.notify_all();
     }
-    // Without `mutex`, which the ending thread needs. No other thread uses `thread` while hasThread is true.
+    // Joins without holding `mutex`, which the ending thread needs. No other thread uses `thread` while hasThread is
+    // true.
     thread.join();
     const std::lock_guard lock(mutex);
     hasThread = isReady = false;
@@ -111,7 +112,7 @@ LbMessageDispatcher::~LbMessageDispatcher() = default;
 LbMessageDispatcher& LbMessageDispatcher::GetInstance()
 {
     // Never destroyed: if the process ends without a shut-down, other threads may still post, and a destructor that
-    // waits for the thread could hang, because the system may already have ended it.
+    // waits for the thread could hang, because the system may already have ended that thread.
     static LbMessageDispatcher& dispatcher = *new LbMessageDispatcher;
     s_exists = true;
     return dispatcher;

@@ -17,8 +17,8 @@ public:
     /// True if GetInstance has been called and Shutdown has not been called since.
     static bool Exists();
 
-    /// Ends the thread after all posted messages, waiting without limit; Exists then returns false. Does nothing if the
-    /// dispatcher does not exist. Messages must not call it. The dispatcher can be started again.
+    /// Waits without limit until the thread has handled all posted messages and ended; Exists then returns false. Does
+    /// nothing if the dispatcher does not exist. Messages must not call it. The dispatcher can be started again.
     static void Shutdown();
 
     /// Starts the thread if it is not running and waits until it has begun; true if it runs afterwards.

@@ -1,7 +1,7 @@
 /// Paths as text. Pure functions that never access the disk.
 ///
-/// Results use the platform's separator, "\" on Windows and "/" on Linux; Windows also accepts "/". A directory string
-/// ends with a separator.
+/// Results use the platform's separator, "\" on Windows and "/" on Linux; Windows also accepts "/". By convention, the
+/// path of a directory ends with a separator.
 #pragma once
 
 #include <string>

@@ -193,7 +193,7 @@ private:
             std::wstring_view text;
             ELength length;
         };
-        // A longer mark comes before each mark that it begins with.
+        // The first match wins, so a longer mark comes before each mark with which it begins.
         constexpr SMark c_Marks[] = {
             {L"hh", ELength::Char},     {L"h", ELength::Short},   {L"ll", ELength::Integer},
             {L"l", ELength::Long},      {L"w", ELength::Wide},    {L"j", ELength::Integer},

@@ -39,9 +39,9 @@ LB_API void NameRun();
 LB_API bool IsLeft(std::wstring_view name) noexcept;
 
 /// Compares bytes with the reference at an absolute path and updates the two files: removes them if there is no
-/// difference, otherwise writes each as a whole. With `isText`, line ends "\r\n" count as "\n" in both. Returns a
-/// German description of the first difference, in one line; empty if there is none. Throws LbException with a German
-/// message if a file cannot be read or written.
+/// difference, otherwise writes each as a whole. With `isText`, "\r\n" counts as "\n" in the bytes and in the
+/// reference. Returns a German description of the first difference, in one line; empty if there is none. Throws
+/// LbException with a German message if a file cannot be read or written.
 LB_API std::wstring Compare(std::string_view received, const std::wstring& reference, bool isText);
 
 /// The checksum of the bytes, as stored in "<name>.received.runs".

@@ -23,7 +23,7 @@ struct SRegistry
     std::unordered_map<std::wstring, std::vector<const LbRTTI*>> records;
 };
 
-/// The functions of LbLateClasses that have not been called yet.
+/// The functions of LbLateClasses objects that have not been called yet.
 struct SLate
 {
     // Recursive, because a registering function may look classes up.

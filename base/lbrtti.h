@@ -1,7 +1,7 @@
 /// The run-time class registry.
 ///
-/// Each class has one record, a static object in the class's own module. It is registered while the module is loaded.
-/// Two macros declare and define it:
+/// Each class has one record, a static object in the class's own module. The record is registered while the module is
+/// loaded. Two macros declare and define the record:
 ///
 ///     class CMyTest : public LuUnitTest
 ///     {
@@ -25,10 +25,11 @@
 class LuUnitTest;
 
 /// Facts about a class, determined at compile time: which operations it inherits from LuUnitTest without an override in
-/// the class itself or in a base class between the two. A name that is ambiguous or inaccessible counts as overridden.
+/// the class itself or in a class between it and LuUnitTest. An operation whose name is ambiguous or inaccessible
+/// counts as overridden.
 struct LbClassFacts
 {
-    const std::type_info* type = nullptr; ///< the class; null if nothing is known: all counts as overridden
+    const std::type_info* type = nullptr; ///< the class; null: nothing is known, all counts as overridden
     bool hasPlainList = false;            ///< GetSubtestCount and GetSubtestName are LuUnitTest's
     bool hasPlainRun = false;             ///< RunUnitTest is LuUnitTest's
 
@@ -103,8 +104,8 @@ class LB_API LbLateClasses : public INonCopyable
 {
 public:
     /// Find, GetDerived and getCreate of LbRTTI call `registerClasses` once, on the thread that calls one of them
-    /// first; other threads wait. The function creates records, which must live no longer than the module. Its
-    /// exceptions pass through to that first caller.
+    /// first; other threads wait. `registerClasses` creates records that must not outlive the module. Its exceptions
+    /// pass through to that first caller.
     explicit LbLateClasses(void (*registerClasses)());
     ~LbLateClasses();
 
@@ -123,11 +124,11 @@ public:                                                                         
                                                                                                                        \
 private:
 
-/// Defines the record of a class that can be created by name, at namespace scope of one source file. The class needs a
-/// constructor without arguments.
+/// Defines the record of a class that can be created by name. Use it at namespace scope in one source file. The class
+/// needs a constructor without arguments.
 #define LB_RTTI_CLASS(Class, Base) LB_RTTI_NAMED_CLASS(Class, Base, #Class)
 
-/// The same with an explicit name, for example with a namespace.
+/// The same with an explicit name, for example one that contains a namespace.
 #define LB_RTTI_NAMED_CLASS(Class, Base, Name)                                                                         \
     const LbRTTI Class::RTTI(                                                                                          \
         L"" Name, &Base::RTTI, []() -> std::unique_ptr<IObject> { return std::make_unique<Class>(); },                 \

@@ -10,13 +10,14 @@
 namespace LbTemporaryName
 {
 
-/// Wildcards for the names that Make returns, and for the files and the folder of an unfinished decision of a review.
+/// Wildcards: the first for the names that Make returns, the second for the files and the folder of an unfinished
+/// decision of a review.
 inline constexpr const wchar_t* c_Pattern = L"LuTestSuite-*.tmp";
 inline constexpr const wchar_t* c_ReviewPattern = L"lutestsuite-review.pending*";
 
-/// A new name, without a folder. Does not contain the name of the replaced file, because both together could exceed the
-/// length limit of the file system. Throws LbException if the system has no random source. Any thread, like the
-/// function below.
+/// A new name, without a folder. Does not contain the name of the file that the temporary one will replace, because
+/// both names together could exceed the length limit of the file system. Throws LbException if the system has no random
+/// source. Any thread, like the function below.
 LB_API std::wstring Make();
 
 /// True for names that match one of the wildcards.

@@ -118,8 +118,8 @@ struct LbThreadPool::SShared
     std::mutex stopMutex; ///< held during a shut-down, so that only one runs at a time
 };
 
-/// Starts the threads if there are none and waits until all are ready. Otherwise a heap tracker could count what a
-/// thread allocates at its start.
+/// Starts the threads if there are none and waits until all are ready. Without this wait, a heap tracker could count
+/// what a thread allocates at its start.
 void LbThreadPool::SShared::Start(std::unique_lock<std::mutex>& lock)
 {
     if (!threads.empty())
@@ -183,8 +183,8 @@ void LbThreadPool::SShared::Stop()
         isStopping = true;
         changed.notify_all();
     }
-    // Without `mutex`, which the ending threads need. Run starts no threads while the list is not empty, so no other
-    // thread changes the list.
+    // Joins without holding `mutex`, which the ending threads need. No other thread changes the list meanwhile: Run
+    // starts threads only if the list is empty.
     for (std::thread& thread : threads)
     {
         thread.join();
@@ -222,7 +222,7 @@ LbThreadPool::~LbThreadPool() = default;
 LbThreadPool& LbThreadPool::GetInstance()
 {
     // Never destroyed: if the process ends without a shut-down, other threads may still use the pool, and a destructor
-    // that waits for the threads could hang, because the system may already have ended them.
+    // that waits for the threads could hang, because the system may already have ended those threads.
     static LbThreadPool& pool = *new LbThreadPool;
     s_exists = true;
     return pool;

@@ -39,7 +39,7 @@ std::optional<Result> parseDigits(std::wstring_view text)
 
 std::optional<Result> fromFloating(double value)
 {
-    // The first value above the range. A double represents it exactly, unlike the maximum of a 64-bit type.
+    // The first value above the range, which a double represents exactly.
     const double limit = std::ldexp(1.0, std::numeric_limits<Result>::digits);
     if (!(value >= 0.0 && value < limit) || std::trunc(value) != value)
     {

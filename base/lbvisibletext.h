@@ -9,8 +9,8 @@
 namespace LbVisibleText
 {
 
-/// Replaces control characters that are not in `kept` by their Unicode symbols (U+240A for a line feed), and those from
-/// U+0080 to U+009F by U+FFFD, so that file names and output of cases cannot control a terminal.
+/// Replaces each control character that is not in `kept` by its Unicode symbol (U+240A for a line feed) or, from U+0080
+/// to U+009F, by U+FFFD, so that file names and output of cases cannot control a terminal.
 LB_API std::wstring ShowControls(std::wstring text, std::wstring_view kept = {});
 
 /// Converts UTF-8 to wide text. Control characters below U+0080 become their Unicode symbols, invisible characters

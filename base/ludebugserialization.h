@@ -11,14 +11,15 @@
 class LB_API LuDebugSerializationGeneric
 {
 public:
-    /// Sets the process's directory (without separator at its end). Does not create it: code that writes there does.
+    /// Sets the process's directory (without separator at its end). Does not create the directory: code that writes to
+    /// it does.
     static void SetDefaultOutputDirectory(const std::wstring& directory);
 
     /// The directory of the calling thread or, if it has none, of the process; empty if none was set.
     static std::wstring GetDefaultOutputDirectory();
 
-    /// Gives the calling thread a directory of its own as long as the object lives. Threads that it starts use the
-    /// process's directory. A thread must destroy its objects in reverse order of creation.
+    /// Gives the calling thread a directory of its own as long as this object lives. Threads started by that thread use
+    /// the process's directory. A thread must destroy its CThreadDirectory objects in reverse order of creation.
     class LB_API CThreadDirectory : public INonCopyable
     {
     public:

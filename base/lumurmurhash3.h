@@ -25,7 +25,7 @@ public:
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed);
 
     /// The same for memory that another thread is still filling from its beginning: `await(count)` waits until at least
-    /// the first `count` bytes are present and returns how many are present. Its exceptions pass through.
+    /// the first `count` bytes are present and returns how many are present. Exceptions of `await` pass through.
     static S128 GetOptimizedChecksum128(const void* data, std::uint32_t length, std::uint32_t seed,
                                         const std::function<std::size_t(std::size_t count)>& await);
 };

@@ -1,7 +1,7 @@
 /// Streams: text into memory or 8-bit files, bytes into and out of files.
 ///
-/// A stream is used by one thread at a time. File streams close in their destructor, where failures are lost: callers
-/// that care call Close. Failures throw LbException with a German message naming the file.
+/// A stream is used by one thread at a time. The destructor of a file stream closes the file and ignores failures; call
+/// Close to notice them. Failures throw LbException with a German message naming the file.
 #pragma once
 
 #include <cstddef>

@@ -23,7 +23,7 @@ namespace
 }
 
 /// True if an object has stored the stream and the directory that the runner gave to it, so that a second object can
-/// get the same ones. False if the class has stored others: a second object might replace those in turn.
+/// get the same ones. False if the class has replaced one of them, because it might do so again in a second object.
 bool canGiveAgain(const LuStreamWriteText* messages, const std::wstring& directory)
 {
     const auto* const given = dynamic_cast<const LbGivenStream*>(messages);
@@ -309,7 +309,7 @@ void LuUnitTest::writeMessageLine(bool isError, std::wstring_view text)
     {
         std::wstring line = isError ? L"\t\tERROR: " : L"\t\tINFO:  ";
         line += text;
-        // Ends the text with exactly one line feed; find_last_not_of always succeeds because the tag has other
+        // Ends the text with exactly one line feed; find_last_not_of always succeeds because the line begins with other
         // characters.
         line.resize(line.find_last_not_of(L'\n') + 1);
         line += L'\n';

@@ -41,9 +41,9 @@
 /// order: SetMessageStream, SetDataDirectory, InitSubtests, PrepareSubtest, RunUnitTest for one sub-test. Objects for
 /// several cases may be used on several threads at once.
 ///
-/// An object created for one case keeps only that sub-test (see SelectSubtest). InitSubtests sees the current files of
-/// the data directory: a case whose file was removed since the run began has no sub-test, and added files are not cases
-/// of this run.
+/// An object created for one case keeps only the sub-test of that case (see SelectSubtest). InitSubtests sees the
+/// current files of the data directory: a case whose file was removed since the run began has no sub-test, and added
+/// files are not cases of this run.
 class LB_API LuUnitTest : public virtual IObject
 {
     LB_RTTI(LuUnitTest)
@@ -73,7 +73,7 @@ public:
 
     /// Names of the files in the data directory, ordered by code unit, read when this object first needs them after
     /// SetDataDirectory. The process reads a folder again only if it has changed, and all objects share the names.
-    /// Valid until SetDataDirectory is called.
+    /// Valid until SetDataDirectory is called again.
     const LbFileNames& GetDataFileNames() const;
 
     /// Fills the list of sub-tests with AddSubtest and AddFileSubtests. Called once per object.
@@ -114,7 +114,8 @@ public:
     /// True if InitSubtests has added a sub-test with the selected name. Passes on exceptions of the class.
     bool HasSelectedSubtest();
 
-    /// Runs the first sub-test with that name like RunUnitTest. Precondition: HasSelectedSubtest has returned true.
+    /// Runs the first sub-test with the selected name, like RunUnitTest. Precondition: HasSelectedSubtest has returned
+    /// true.
     EResult RunSelectedSubtest();
 
 protected:
@@ -193,9 +194,9 @@ protected:
         AddFileSubtests(wildcards, {}, std::move(function));
     }
 
-    /// Reports an error line ("\t\tERROR: ..."); the sub-test fails unless it returns its own result. Formats like
-    /// LbFormat. If a run-time format is invalid, an error line with the location of its LbRuntimeFormat replaces the
-    /// message; nothing is thrown, and the result is the same as with a valid format. The same applies to Info and
+    /// Reports an error line ("\t\tERROR: ..."); the sub-test fails unless its function returns an EResult. Formats
+    /// like LbFormat. If a run-time format is invalid, an error line with the location of its LbRuntimeFormat replaces
+    /// the message; nothing is thrown, and the result is the same as with a valid format. The same applies to Info and
     /// Check.
     template<typename... T>
     void Error(LbFormatString<T...> format, const T&... arguments)
@@ -233,7 +234,8 @@ protected:
     /// If text and file are equal, removes the files of an earlier difference and returns GetResultByErrors. If they
     /// differ or the file does not exist, reports the first differing line as an error line, writes the text to
     /// "<path>.received" and returns eR_Different. "<path>.received.runs" counts how many runs in a row have produced
-    /// this text (see base/lbreceivedfile.h); "review" of LuTestSuiteRunner accepts it as the new reference.
+    /// this text (see base/lbreceivedfile.h); the command "review" of LuTestSuiteRunner accepts the text as the new
+    /// reference.
     ///
     /// Throws LbException with a German message if a file cannot be read or written. Several cases must not compare
     /// with one reference at the same time.
@@ -323,7 +325,7 @@ private:
     std::optional<std::uint32_t> m_likely;          ///< where the selected sub-test is searched first
     bool m_isForOne = false;                        ///< keeps only the selected sub-test
     Function m_selectedFunction;                    ///< used if m_isForOne
-    std::optional<std::uint32_t> m_selectedSubtest; ///< used otherwise
+    std::optional<std::uint32_t> m_selectedSubtest; ///< used if not m_isForOne
     mutable std::unique_ptr<LuUnitTest> m_complete; ///< a second object with all sub-tests
 
     bool m_hasErrors = false;

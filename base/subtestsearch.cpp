@@ -28,7 +28,7 @@ public:
     {
         std::optional<std::uint32_t> subtest;
         std::uint32_t count = 0; ///< number of known names
-        bool areAll = false;     ///< true if listing and count of the object show that it has no other names
+        bool areAll = false;     ///< true if the object's listing and count show that the object has no other names
     };
 
     SAnswer Find(Hash owner, Hash name, const SSubtests& subtests) const

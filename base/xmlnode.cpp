@@ -260,8 +260,8 @@ XMLDocument::EResult XMLDocument::LoadText(std::string bytes, const char* rootNa
     {
         return EResult::Syntax;
     }
-    // The parser overwrites the last byte with a terminator, which would lose a single character after the root. So it
-    // gets the string's own terminator as last byte.
+    // The parser overwrites the last byte with a terminator, which would lose a single character after the root. So the
+    // buffer includes the string's own terminator as its last byte.
     const bool isToEscape = text == EText::AsWritten && content->bytes.find("<![CDATA[") != std::string::npos;
     const unsigned options = c_ParseOptions | (text == EText::Resolved ? c_ResolveOptions : 0U);
     const pugi::xml_parse_result parsed = content->document.load_buffer_inplace(

@@ -9,8 +9,8 @@
 namespace LbOs
 {
 
-/// Returns when another thread wakes the address, at once if the number is not `expected`, and sometimes spuriously:
-/// the caller must check again. Callable from any thread; allocates nothing.
+/// Waits until another thread calls WakeOne for the same number; returns at once if the number is not `expected`. May
+/// also return without reason, so the caller must check again. Callable from any thread; allocates nothing.
 LB_API void WaitOnNumber(const std::atomic<std::uint32_t>& number, std::uint32_t expected) noexcept;
 
 /// Wakes one waiting thread, if there is one.

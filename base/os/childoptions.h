@@ -13,8 +13,8 @@ struct SChildOptions
     /// The executable's full path; empty: the first word of the command line, looked up as the system does.
     std::wstring program;
 
-    /// The first word is the program's name. Words must be quoted as LbCommandLine does: Windows passes the text on
-    /// unchanged; on Linux this library splits it.
+    /// The first word is the program's name. Words must be quoted as by LbCommandLine::Quote: Windows passes the text
+    /// on unchanged; on Linux this library splits it.
     std::wstring commandLine;
 
     /// Empty: the caller's own.
@@ -24,8 +24,8 @@ struct SChildOptions
     /// caller's streams, but on Linux no input, because reading from a terminal would stop a process in the background.
     bool isSilent = false;
 
-    /// Receives what a silent child writes to standard error; null: the text is lost. Must exist until the start
-    /// returns.
+    /// Receives what a silent child writes to standard error; null: the text is lost. Must exist until
+    /// CChildProcess::Start returns.
     const CChildOutput* errors = nullptr;
 
     /// True: the child starts with the blocked and ignored signals that PrepareStarts recorded. False, or without a
@@ -33,8 +33,8 @@ struct SChildOptions
     bool hasPreparedSignals = false;
 
     /// True: the child and the processes that it started are ended when its CChildProcess is destroyed and when the
-    /// current process ends, even if the current process is killed. False: they may outlive both, and only Terminate
-    /// ends them.
+    /// current process ends, even if the current process is killed. False: they may outlive that object and the current
+    /// process, and only Terminate ends them.
     bool endsWithOwner = true;
 };
 

@@ -15,8 +15,8 @@ namespace LbOs
 class LB_API CChildOutput
 {
 public:
-    /// Creates an empty file that only the current user can read. It is removed with the object, or when the current
-    /// process ends in any way. `name` is the file's name without a folder. Null on failure. Any thread.
+    /// Creates an empty file that only the current user can read. The file is removed by the destructor, or when the
+    /// current process ends in any way. `name` is the file's name without a folder. Null on failure. Any thread.
     static std::unique_ptr<CChildOutput> Create(const std::wstring& name);
 
     ~CChildOutput();

@@ -24,8 +24,8 @@ struct CChildOutput::SState
     dev_t device = 0;
     ino_t node = 0;
 
-    /// True if `status` describes this file. A test may close all descriptors; the number may then belong to another
-    /// file.
+    /// True if `status` describes this file. A test may close all descriptors; the number of this one may then belong
+    /// to another file.
     bool IsOwn(const struct stat& status) const { return status.st_dev == device && status.st_ino == node; }
 };
 

@@ -24,8 +24,8 @@ public:
     static constexpr std::uint32_t sc_uiInfinite = 0xFFFFFFFFU;
 
     /// Prepares all starts; otherwise the first start does so. On Linux a fork of the process watches over children
-    /// with endsWithOwner and keeps the memory that the process has at that time: call it while the process is small.
-    /// Also records which signals the calling thread blocks and the process ignores. Any thread.
+    /// with endsWithOwner and keeps the memory that the process has at that time, so call PrepareStarts while the
+    /// process is small. Also records which signals the calling thread blocks and the process ignores. Any thread.
     static void PrepareStarts();
 
     /// After PrepareStarts, undoes changes that other code has made since then: the system keeps the exit statuses of
@@ -48,16 +48,16 @@ public:
 
     bool IsRunning() const { return !Wait(0); }
 
-    /// Kills the process and its descendants and waits until it has ended, at most 10 s. The exit status of a process
-    /// that was running is then 0 on Windows, -9 on Linux. On Linux with endsWithOwner it also searches for descendants
-    /// outside the process's group, which takes 1 to 2 ms, up to 3 s if some cannot be killed. If the process has
-    /// already ended, descendants are recognised by a variable in their environment. Those that lack the variable or
-    /// belong to other users keep running.
+    /// Kills the process and its descendants and waits until the process has ended, at most 10 s. The exit status of a
+    /// process that was running is then 0 on Windows, -9 on Linux. On Linux with endsWithOwner, the call also searches
+    /// for descendants outside the process's group, which takes 1 to 2 ms, up to 3 s if some cannot be killed. If the
+    /// process has already ended, descendants are recognised by a variable in their environment. Those that lack the
+    /// variable or belong to other users keep running.
     void Terminate();
 
     /// The exit status of an ended process; on Linux the negative number of the signal that ended it. Empty while the
-    /// process runs. If other code in this process has waited for the child or ignores SIGCHLD, the status is empty
-    /// before Linux 6.15, and only Terminate ends the descendants, since the process id may have been reused.
+    /// process runs. If other code in this process has waited for the child or ignores SIGCHLD, the process id may have
+    /// been reused: only Terminate ends the descendants then, and before Linux 6.15 the status is empty.
     std::optional<std::int64_t> GetExitStatus();
 
     /// Afterwards the process and its descendants may outlive this object and the current process.
@@ -67,7 +67,8 @@ public:
     std::uint64_t GetId() const noexcept;
 
     /// The system's handle to wait for the end of the process, owned by the object. Only for the platform layer. On
-    /// Linux, if other code has closed it, it is -1 or belongs to another file; the next Wait opens a new one.
+    /// Linux, if other code has closed the handle, the result is -1 or belongs to another file; the next Wait opens a
+    /// new handle.
     std::intptr_t GetWaitHandle() const noexcept;
 
 private:

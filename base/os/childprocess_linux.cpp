@@ -24,15 +24,15 @@ struct CChildProcess::SState
 {
     pid_t process = -1;
     Linux::CProcessFile file;
-    Linux::SKeptGroup* group = nullptr; ///< null if no keeper watches it
+    Linux::SKeptGroup* group = nullptr; ///< null if no keeper watches the process
     bool endsWithOwner = true;
     std::string mark; ///< in the environments of its descendants
     bool isTerminated = false;
     bool isReaped = false;
     std::optional<std::int64_t> exitStatus;
 
-    /// The end of the process; with WNOHANG, its si_pid is 0 while the process runs. Empty if other code has waited for
-    /// the process or the system has discarded its exit status. The id may be reused then.
+    /// Describes the end of the process; with WNOHANG, si_pid is 0 while the process runs. Empty if other code has
+    /// waited for the process or the system has discarded its exit status. The id may be reused then.
     std::optional<siginfo_t> Poll(int options);
 
     /// Also true if the status is unknown.
@@ -210,7 +210,7 @@ std::unique_ptr<CChildProcess> CChildProcess::Start(const SChildOptions& options
         Linux::ReleaseKeptGroup(start.group);
         return nullptr;
     }
-    // The process may have ended already, and there may be no descriptor for it.
+    // Tries to open a descriptor if the start provided none. The process may have ended already.
     state->file.Ensure(state->process);
     return std::unique_ptr<CChildProcess>(new CChildProcess(std::move(state)));
 }

@@ -30,8 +30,8 @@ LB_API SLocalTime GetLocalTimeNow();
 LB_API void WarmUpCalendar();
 
 /// Names the system's time zone in the environment (TZ) unless the environment names one. On Linux the C library
-/// otherwise copies the zone's path on every request for local time, which would count as growth of the calling case.
-/// Local times do not change. No other thread may use the environment during the call. No effect on Windows.
+/// otherwise copies the zone's path on every request for local time, which would count as heap growth of the calling
+/// case. Local times do not change. No other thread may use the environment during the call. No effect on Windows.
 LB_API void NameTimeZone();
 
 /// Local time of the last change of a file's content; follows links. Empty if the file does not exist. Callable from

@@ -16,14 +16,14 @@ LB_API std::uint32_t GetConsoleCodePage();
 /// Sets the output code page. Ignores failure, because only a terminal needs the code page. 0 has no effect.
 LB_API void SetConsoleCodePage(std::uint32_t codePage);
 
-/// Writes bytes to the run-time's standard output or error stream, after everything that stdio functions wrote there,
-/// and flushes. In text mode line feeds become the platform's line ends. Bytes that cannot be written (closed stream,
-/// full disk) are dropped. Callers serialise calls that must not interleave.
+/// Writes bytes to the run-time's standard output or error stream, after everything that stdio functions wrote there.
+/// Flushes the stream. In text mode line feeds become the platform's line ends. Bytes that cannot be written (closed
+/// stream, full disk) are dropped. Callers serialise calls that must not interleave.
 LB_API void WriteStandardOutput(std::string_view bytes);
 LB_API void WriteStandardError(std::string_view bytes);
 
-/// True if bytes for standard output were dropped in this process, except by a closed stream. Also counts bytes from
-/// other stdio functions that WriteStandardOutput could not flush. Callable from any thread.
+/// True if this process has dropped bytes for standard output for any reason other than a closed stream. Also true if
+/// WriteStandardOutput could not flush bytes that stdio functions had written. Callable from any thread.
 LB_API bool IsStandardOutputLost() noexcept;
 
 /// Makes the run-time allocate the buffer of standard output now rather than with the first output. No other thread may

@@ -35,7 +35,8 @@ public:
     CPipeSignalBlock(const CPipeSignalBlock&) = delete;
     CPipeSignalBlock& operator=(const CPipeSignalBlock&) = delete;
 
-    /// Consumes a signal that arrived meanwhile, unless the caller had it blocked and may be waiting for it.
+    /// Consumes a signal that arrived meanwhile, unless the caller had already blocked SIGPIPE and may be waiting for
+    /// it.
     void Discard() const
     {
         if (sigismember(&m_former, SIGPIPE) == 0)
@@ -107,13 +108,13 @@ bool writeStream(std::FILE* stream, std::string_view bytes)
     {
         block.emplace();
     }
-    // Flushes what others wrote into the stream, then bypasses it: a stream that was used for wide text accepts no
-    // bytes, and a stream that was used for bytes accepts no wide text.
+    // Flushes what others wrote into the stream, then bypasses the stream: a stream that was used for wide text accepts
+    // no bytes, and a stream that was used for bytes accepts no wide text.
     const bool isFlushed = std::fflush(stream) == 0;
     bool isWritten = isFlushed || errno == EBADF;
     if (!isFlushed)
     {
-        // Otherwise the stream would keep the bytes and retry them with each later call.
+        // Otherwise the stream would keep the bytes and try to write them again with each later call.
         __fpurge(stream);
         std::clearerr(stream);
     }

@@ -57,8 +57,8 @@ bool isConsole(std::FILE* stream)
     return GetConsoleMode(getHandle(stream), &mode) != FALSE;
 }
 
-/// Writes text to a console independently of its code page; the run-time would pass it on byte by byte. False if bytes
-/// were dropped.
+/// Writes text to a console independently of the console's code page; the run-time would pass the text on byte by byte.
+/// False if bytes were dropped.
 bool writeToConsole(std::FILE* stream, std::string_view bytes)
 {
     // Some systems accept at most 64 KiB per call.

@@ -32,8 +32,8 @@ LB_API std::wstring DescribeExitStatus(std::int64_t exitStatus);
 /// The exit status of a process that ends by a crash with this SCrash::code. Any thread.
 LB_API std::int64_t GetCrashStatus(std::uint32_t code) noexcept;
 
-/// True if a process with this exit status has ended itself by abort(), as std::terminate() does, or, on Windows, has
-/// returned the same status. Any thread.
+/// True if this is the exit status of a process that ended itself by abort(), as std::terminate() does. On Windows a
+/// process may also have returned this status. Any thread.
 LB_API bool MayBeAbort(std::int64_t exitStatus) noexcept;
 
 /// True if the system may have ended a process with this exit status for lack of memory. Any thread.
@@ -76,7 +76,7 @@ public:
     CCrashHandler& operator=(const CCrashHandler&) = delete;
 };
 
-/// During its lifetime, the calling thread can report an overflow of its stack. Destroyed by the same thread.
+/// During its lifetime, the calling thread can report an overflow of its stack. Must be destroyed by the same thread.
 class LB_API CCrashStack
 {
 public:

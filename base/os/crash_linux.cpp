@@ -138,7 +138,7 @@ void takeSignals()
         }
         action.sa_sigaction = &onSignal;
         action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-        // With its signal blocked, a crash within the handler ends the process.
+        // Blocks all signals during the handler, so that a crash in it ends the process.
         sigfillset(&action.sa_mask);
         sigaction(signal.number, &action, nullptr);
     }
@@ -191,7 +191,7 @@ void writeAll(int file, std::string_view text) noexcept
 void LbOs::EndSilentlyOnCrash()
 {
     // The system ends a crashed process by itself, but writing a dump may take long. A limit of 1 byte is too small for
-    // any file. Any other limit would let the system pass the dump to a program.
+    // any file. With any other limit, the system might pass the dump to a program.
     rlimit limit = {};
     getrlimit(RLIMIT_CORE, &limit);
     limit.rlim_cur = limit.rlim_max == 0 ? 0 : 1;

@@ -92,8 +92,8 @@ void findPlace(SCrash& crash)
     crash.offset = crash.address - reinterpret_cast<std::uintptr_t>(pages.AllocationBase);
 }
 
-/// If another thread crashes during the report, it waits for the end of the process. A crash within the report ends the
-/// process.
+/// A thread that crashes during another thread's report waits for the end of the process. A crash within the report
+/// itself ends the process.
 void report(SCrash& crash, EXCEPTION_POINTERS& exception)
 {
     const CrashReport report = s_report.load();
@@ -118,7 +118,7 @@ LONG CALLBACK endWithCode(EXCEPTION_POINTERS* exception)
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
     const LPTOP_LEVEL_EXCEPTION_FILTER former = s_former.load();
     // The run-time's own filter passes C++ exceptions to std::terminate and calls the handlers set by std::signal.
-    // After a stack overflow there is hardly any stack left for it.
+    // After a stack overflow there is hardly any stack left for that filter.
     if (former != nullptr && record.ExceptionCode != EXCEPTION_STACK_OVERFLOW &&
         former(exception) == EXCEPTION_CONTINUE_EXECUTION)
     {
@@ -244,7 +244,7 @@ void LbOs::EndSilentlyOnCrash()
 
 std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
 {
-    // The system's failure codes have these upper bits. -1 is different: it has all four bits.
+    // The four highest bits of the system's failure codes are 1100. A status of -1 is none of these codes: it has 1111.
     constexpr std::int64_t c_Severity = 0xF0000000;
     constexpr std::int64_t c_Failure = 0xC0000000;
     const SCrashKind* const kind = findKind(exitStatus);

@@ -15,8 +15,8 @@ void LbOs::OpenOnDesktop(const std::wstring& path)
     {
         file.insert(0, "./");
     }
-    // The shell ends at once and leaves the opener running, perhaps for as long as the program that it starts. A
-    // session of its own keeps the opener alive when the terminal closes.
+    // The shell ends at once and leaves xdg-open running, perhaps for as long as the program that xdg-open starts. A
+    // session of its own keeps xdg-open alive when the terminal closes.
     const char* const command = "xdg-open \"$1\" </dev/null >/dev/null 2>&1 &";
     const char* const arguments[] = {"sh", "-c", command, "sh", file.c_str(), nullptr};
     posix_spawnattr_t attributes;

@@ -74,6 +74,6 @@ bool LbOs::HoldsFile(const std::wstring& directory, const std::wstring& name)
     std::string path = LbEncoding::ToNative(directory);
     path.append(1, '/').append(bytes);
     struct stat status = {};
-    // Several texts can be converted to the same bytes; only one of them appears in a listing.
+    // Several texts can be converted to the same bytes; only one of these texts appears in a listing.
     return lstat(path.c_str(), &status) == 0 && !isDirectory(path, status) && LbEncoding::FromNative(bytes) == name;
 }

@@ -9,7 +9,7 @@ namespace
 
 using LbOs::Windows::ToSystemPath;
 
-/// Converts the system's steps since 1601 to nanoseconds since 1970; nanoseconds since 1601 would overflow.
+/// Converts the system's steps of 100 ns since 1601 to nanoseconds since 1970; nanoseconds since 1601 would overflow.
 std::int64_t toNanoseconds(const LARGE_INTEGER& steps)
 {
     constexpr std::int64_t c_StepsUntil1970 = 116'444'736'000'000'000;

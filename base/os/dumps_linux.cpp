@@ -61,7 +61,7 @@ struct SSegment
     std::uint64_t offset = 0; ///< in the core
 };
 
-/// A core of a process whose threads are stopped. Each function returns 0 or the system's error.
+/// A core of a process whose threads are stopped. Functions that return int return 0 or the system's error number.
 class CCore
 {
 public:
@@ -85,13 +85,13 @@ public:
         {
             error = error != 0 ? error : writeMemory(segment);
         }
-        // The file's end may be a hole.
+        // If the core ends with a hole, no write has extended the file to its full size.
         return error == 0 && ftruncate(m_file, static_cast<off_t>(end)) != 0 ? errno : error;
     }
 
 private:
-    /// Debuggers read unchanged parts of a mapped file from the file, so the core contains only its first page, by
-    /// which they recognise the file.
+    /// Debuggers read unchanged parts of a mapped file from the file, so the core contains only the file's first page,
+    /// by which debuggers recognise the file.
     SSegment choose(const SMemoryRange& range) const
     {
         const bool isHidden = !range.isReadable || (range.isShared && !range.path.empty());

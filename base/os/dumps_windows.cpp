@@ -32,7 +32,7 @@ struct SJob
     Deadline deadline;
 };
 
-/// The result of that thread; ignored once the caller has given up.
+/// The result of the thread that writes a dump; ignored once the caller has given up.
 class CResult
 {
 public:
@@ -71,7 +71,7 @@ Windows::Handle create(const std::wstring& path)
     return Windows::Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
-/// Sets whether the file is deleted when it is closed, including at the end of this process.
+/// Sets whether the file is deleted when it is closed, which happens at the end of this process at the latest.
 bool setTemporary(HANDLE file, bool isTemporary)
 {
     FILE_DISPOSITION_INFO info = {};
@@ -124,7 +124,7 @@ std::wstring write(const SJob& job, HANDLE file)
                                                                       : describe(error);
 }
 
-/// The file is deleted when it is closed, unless it is complete and the caller still waits.
+/// Writes a dump. The file is deleted when it is closed, unless it is complete and the caller still waits.
 void carryOut(const SJob& job, CResult& result)
 {
     const auto lock = Windows::LockDebugHelp(job.deadline);
@@ -162,7 +162,8 @@ try
     const auto job = std::make_shared<SJob>(SJob{duplicate(reinterpret_cast<HANDLE>(child.GetWaitHandle())),
                                                  static_cast<DWORD>(child.GetId()), crashed, path + L".dmp", deadline});
     const auto result = std::make_shared<CResult>();
-    // MiniDumpWriteDump cannot be stopped, so another thread calls it and goes on alone after the deadline.
+    // MiniDumpWriteDump cannot be stopped, so another thread calls it and continues without the caller after the
+    // deadline.
     std::thread([job, result] { carryOut(*job, *result); }).detach();
     std::wstring failure = result->Wait(deadline);
     return failure.empty() ? SDump{job->file, L""} : SDump{L"", std::move(failure)};

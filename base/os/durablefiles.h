@@ -17,8 +17,8 @@ LB_API FileHandle CreateForAppending(const std::wstring& path);
 /// Opens a file for reading from the byte at `offset` on. c_InvalidFile on failure.
 LB_API FileHandle OpenForReadingFrom(const std::wstring& path, std::uint64_t offset);
 
-/// Flushes all written bytes to the disk, and waits for that. False on failure: earlier bytes may then be lost, even if
-/// a repeated call succeeds.
+/// Flushes all written bytes to the disk and waits until they are there. False on failure: earlier bytes may then be
+/// lost, even if a repeated call succeeds.
 LB_API bool SynchroniseFile(FileHandle file);
 
 /// The same for a directory: names that were created, changed or removed in it. False on failure. On Windows, which

@@ -26,7 +26,7 @@ enum class EEntry
 struct SDirectoryEntry
 {
     const std::wstring& name;
-    bool isDirectory; ///< for a link: whether its target is one
+    bool isDirectory; ///< for a link: whether its target is a directory
     bool isLink;      ///< as returned by IsLink
 };
 
@@ -49,7 +49,8 @@ struct SFileStatus
     bool hasSeveralNames;          ///< has hard links
 };
 
-/// True if the path depends neither on the working directory nor on that of a drive. Does not access the file system.
+/// True if the path depends neither on the process's working directory nor on a drive's working directory. Does not
+/// access the file system.
 LB_API bool IsAbsolutePath(std::wstring_view path) noexcept;
 
 /// The kind of the entry at `path`, following links. Missing also if the path cannot be examined, as for a broken link.
@@ -98,9 +99,9 @@ LB_API std::wstring GetWorkingDirectory();
 LB_API bool SetWorkingDirectory(const std::wstring& path);
 
 /// The absolute path, based on the current working directory, without "." and "..". Keeps names, including links; ".."
-/// is resolved as the platform does: on Linux, after a link, to the parent of its target; on Windows textually. Keeps a
-/// trailing separator; an empty path stays empty. The path need not exist. Throws LbException for a relative path if
-/// the working directory is unknown.
+/// is resolved as the platform does: on Linux, after a link, to the parent of the link's target; on Windows textually.
+/// Keeps a trailing separator; an empty path stays empty. The path need not exist. Throws LbException for a relative
+/// path if the working directory is unknown.
 LB_API std::wstring GetFullPath(const std::wstring& path);
 
 /// The unique name of an existing file or directory, with all links resolved, without trailing separator; empty on

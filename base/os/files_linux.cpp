@@ -107,7 +107,7 @@ std::wstring readText(const F& read)
     }
 }
 
-/// Throws without a working directory: otherwise relative paths would refer to the root.
+/// Throws if the working directory is unknown: otherwise relative paths would refer to the root.
 std::wstring getStart(const std::wstring& path)
 {
     const std::wstring directory = LbOs::GetWorkingDirectory();
@@ -305,7 +305,7 @@ std::wstring LbOs::GetCanonicalPlace(const std::wstring& path)
 
 std::wstring LbOs::GetExecutablePath()
 {
-    // Read once: if a build replaces the file, the system's name gets the suffix " (deleted)".
+    // Read once: if a build replaces the file, the name that the system returns gets the suffix " (deleted)".
     static const std::wstring& s_path = *new std::wstring(readText([](char* buffer, std::size_t size) {
         const ssize_t length = readlink("/proc/self/exe", buffer, size);
         return length < 0 ? 0 : static_cast<std::size_t>(length);

@@ -18,7 +18,7 @@ namespace
 using LbOs::Windows::ReadText;
 using LbOs::Windows::ToSystemPath;
 
-/// Folders must be 12 characters shorter than MAX_PATH, to leave room for a short file name.
+/// Paths of folders must be 12 characters shorter than MAX_PATH, to leave room for a short file name.
 constexpr std::size_t c_LongestPlainPath = MAX_PATH - 13;
 
 bool isSeparator(wchar_t character)
@@ -102,8 +102,8 @@ std::wstring getFinalPath(const OwnedHandle& opened)
     });
 }
 
-/// Cloud files, deduplicated files and others have the attribute, too, but are not links. For a linked folder, Wine
-/// sets the attribute without a tag.
+/// True for a link. Cloud files, deduplicated files and others have the reparse attribute, too, but other tags. For a
+/// linked folder, Wine sets the attribute without a tag.
 bool isLinkOf(DWORD attributes, DWORD tag)
 {
     return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
@@ -132,8 +132,8 @@ std::wstring completeTarget(const std::wstring& path, const std::wstring& target
     return start.empty() ? start : LbOs::GetFullPath(start + target);
 }
 
-/// Removes a write-protected file, which only Windows refuses to delete. The protection belongs to the file, so it is
-/// restored for the file's other names.
+/// Removes a write-protected file, which Windows, unlike Linux, refuses to delete. The protection applies to all names
+/// of the file, so it is restored for the other names.
 bool removeProtected(const std::wstring& name, DWORD attributes)
 {
     if (SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) == FALSE)

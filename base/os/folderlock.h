@@ -10,9 +10,10 @@
 namespace LbOs
 {
 
-/// One holder at a time among all threads and processes that lock the folder, by any path. Writes nothing into the
-/// folder, and does not affect code that does not lock it. The lock is released with the object, which the thread that
-/// acquired it must destroy, or when the process ends in any way. A thread must not wait for a lock that it holds.
+/// Among all threads and processes that lock a folder, by any path to it, only one holds the lock at a time. Writes
+/// nothing into the folder, and does not affect code that does not lock it. The destructor releases the lock; only the
+/// thread that acquired the lock may destroy the object. The lock is also released when the process ends in any way. A
+/// thread must not wait for a lock that it holds.
 ///
 /// On Linux the lock is a flock of the folder: on network file systems it may be limited to one machine or unsupported.
 /// On Windows it is limited to one machine.
@@ -26,7 +27,7 @@ public:
         return acquire(folder, true, isHeld);
     }
 
-    /// As Acquire, but never waits: also null if another thread or process, or the calling thread itself, holds the
+    /// Like Acquire, but never waits: also null if another thread or process, or the calling thread itself, holds the
     /// lock. `isHeld` receives true in this case, otherwise false.
     static std::unique_ptr<CFolderLock> TryAcquire(const std::wstring& folder, bool& isHeld)
     {

@@ -14,7 +14,8 @@ namespace LbOs
 namespace
 {
 
-/// The names of the mutexes that this process holds: Windows lets a thread acquire a mutex again that it already holds.
+/// The names of the mutexes that this process holds. Needed because Windows lets a thread acquire a mutex that it
+/// already holds.
 class CHeldMutexes
 {
 public:

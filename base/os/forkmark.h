@@ -8,8 +8,8 @@
 namespace LbOs
 {
 
-/// A number that is constant in this process and different in its forks and in their forks. Usually needs no system
-/// call. Any thread.
+/// A number that stays the same in this process and differs from the numbers in its forks and in their forks. Usually
+/// needs no system call. Any thread.
 LB_API std::uint64_t GetForkMark() noexcept;
 
 } // namespace LbOs

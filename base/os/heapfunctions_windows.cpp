@@ -20,7 +20,7 @@ HMODULE findModule(const void* address) noexcept
 }
 
 /// Follows an imported address to the function itself: the address is either the function or a jump through the import
-/// table. Works for any name of the run-time. Null if the function belongs to this library.
+/// table. Works for any name of the run-time library. Null if the function belongs to this library.
 template<typename F>
 void* findImported(F* function) noexcept
 {

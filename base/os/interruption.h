@@ -14,7 +14,7 @@ enum class EInterruption
 };
 
 /// From now on and for the life of the process, the first request is remembered and does nothing else; a second one
-/// ends the process at once, with the status of that request. Child processes keep the system's own handling. Any
+/// ends the process at once, with the status of the second request. Child processes keep the system's own handling. Any
 /// thread.
 LB_API void CatchInterruptions();
 

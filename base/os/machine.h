@@ -1,5 +1,5 @@
-/// The machine. Unavailable values are empty or 0; obtaining them never blocks or shows a dialog. Callable from any
-/// thread.
+/// Facts about the machine. Unavailable values are empty or 0; obtaining them never blocks or shows a dialog. Callable
+/// from any thread.
 #pragma once
 
 #include <cstdint>

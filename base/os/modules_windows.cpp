@@ -19,7 +19,7 @@ private:
     DWORD m_former = 0;
 };
 
-/// The system's message for an error, in one line; `subject` replaces its placeholder.
+/// The system's message for an error, in one line; `subject` replaces the placeholder in it.
 std::wstring describeError(DWORD error, const std::wstring& subject)
 {
     wchar_t* buffer = nullptr;

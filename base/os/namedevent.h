@@ -19,13 +19,13 @@ enum class EEventWait
     Failed
 };
 
-/// Each Set releases one wait, current or future; setting a set event has no effect. Only processes of the same user
-/// can open an event. A name consists of letters, digits and "-". Any thread may set it; one thread at a time may wait.
+/// Each Set releases one Wait, current or future; setting a set event has no effect. Any thread may set an event; one
+/// thread at a time may wait. Only processes of the same user can open it. A name consists of letters, digits and "-".
 class LB_API CNamedEvent
 {
 public:
-    /// Creates an event. Null if the name exists, or on another failure; then `failure` describes the failed system
-    /// call. The name is removed with the object, or when the current process ends in any way.
+    /// Creates an event. Null on failure, also if the name exists; then `failure`, if not null, receives the reason.
+    /// The name is removed with the object, or when the current process ends in any way.
     static std::unique_ptr<CNamedEvent> Create(const std::wstring& name, std::wstring* failure = nullptr);
 
     /// Opens an event created by another object. Null if no such event exists or access is denied.

@@ -29,7 +29,7 @@ struct CNamedEvent::SState
     bool Drain();
 
     std::string path;
-    Linux::CNamedFile file; ///< only in the object that created the event
+    Linux::CNamedFile file; ///< empty if the event was only opened
     Linux::CDescriptor pipe;
     dev_t device = 0;
     ino_t node = 0;
@@ -59,8 +59,8 @@ bool CNamedEvent::SState::Open()
     return true;
 }
 
-/// Releases the descriptor if a test has closed it. Its number may belong to another file by now, which must not be
-/// closed.
+/// If a test has closed the descriptor, gives it up without closing it again, because its number may now belong to
+/// another file. True if it was closed.
 bool CNamedEvent::SState::releaseLost()
 {
     struct stat status = {};
@@ -171,9 +171,9 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
         const auto time = static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, c_PollInterval));
         const int ready = Linux::WaitReadable({pipe, childFile}, time);
-        // Asks the process, because a test may have closed the descriptor. The query then opens a new one.
+        // Asks the child itself, because a test may have closed its descriptor. The query then opens a new descriptor.
         const bool hasEnded = ready != 0 && child != nullptr && child->Wait(0);
-        // The event takes precedence over the child's end, because the child may have set it just before.
+        // The event takes precedence over the child's end, because the child may have set it just before it ended.
         if (m_state->Drain())
         {
             return EEventWait::Signaled;

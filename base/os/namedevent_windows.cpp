@@ -73,7 +73,7 @@ EEventWait CNamedEvent::Wait(std::uint32_t milliseconds, const CChildProcess* ch
     case WAIT_OBJECT_0:
         return EEventWait::Signaled;
     case WAIT_OBJECT_0 + 1:
-        // The child may have set the event just before its end, after this wait checked it.
+        // The child may have set the event just before its end, but after this wait had checked the event.
         return Reset() ? EEventWait::Signaled : EEventWait::ChildEnded;
     case WAIT_TIMEOUT:
         return EEventWait::TimedOut;

@@ -8,8 +8,8 @@
 namespace LbOs
 {
 
-/// Raises the process's limit of open files to `count`, or to the system's maximum. No effect on systems without such a
-/// limit. Child processes start with the original limit. Callable from any thread.
+/// Raises the process's limit of open files to `count`, or to the system's maximum if that is lower. No effect on
+/// systems without such a limit. Child processes start with the original limit. Callable from any thread.
 LB_API void EnsureOpenFiles(std::uint64_t count);
 
 } // namespace LbOs

@@ -20,8 +20,8 @@ inline constexpr const wchar_t* c_PathSeparators = L"\\/";
 inline constexpr const wchar_t* c_ModuleSuffix = L".dll";
 inline constexpr const wchar_t* c_ExecutableSuffix = L".exe";
 
-/// An id, never 0, that is unique among the running threads; a later thread may get the id of an ended one. Inline, and
-/// read from the thread's own register, since thread-local variables of shared libraries cost a function call.
+/// An id, never 0, that is unique among the running threads; a later thread may get the id of an ended one. The
+/// function is inline and reads a register, because thread-local variables of shared libraries cost a function call.
 inline std::uintptr_t GetThreadKey() noexcept
 {
     std::uintptr_t key;

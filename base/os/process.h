@@ -11,8 +11,8 @@
 namespace LbOs
 {
 
-/// The argument vector as wide text, beginning with the program's name. Takes the arguments of main(), which Linux
-/// needs; Windows asks the system instead, because main()'s bytes have lost characters there.
+/// The argument vector as wide text, beginning with the program's name. Pass the parameters of main(). On Linux they
+/// are converted. On Windows they are ignored, because characters are lost in them, and the system is asked instead.
 LB_API std::vector<std::wstring> GetArguments(int count, const char* const* arguments);
 
 /// Runs `function` on a thread with a stack of `stackSize` bytes, waits for its end and passes its exception on.
@@ -43,7 +43,7 @@ LB_API void BreakIntoDebugger();
 /// Functions that are called around each fork of the process, on the forking thread.
 struct SForkHandlers
 {
-    void (*before)() noexcept; ///< must not keep a lock that a thread may take while it holds a lock of the C library
+    void (*before)() noexcept; ///< must not return with a lock that others take while holding a lock of the C library
     void (*afterInParent)() noexcept; ///< also called when the fork failed
     void (*afterInChild)() noexcept;  ///< called after the handlers that were registered earlier
 };

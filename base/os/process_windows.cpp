@@ -24,7 +24,7 @@ unsigned __stdcall runCall(void* argument)
 struct SProgramName
 {
     std::wstring text;
-    std::size_t end = 0; ///< the position in the line after the name
+    std::size_t end = 0; ///< the position in the command line, just after the name
 };
 
 /// The first word of a command line has no escapes: each quotation mark begins or ends a part that may contain blanks.

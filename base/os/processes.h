@@ -33,13 +33,13 @@ LB_API std::wstring GetProcessExecutableName(unsigned long id);
 /// end it. Callable from any thread.
 LB_API void KillProcess(const SProcess& process);
 
-/// How many processes and threads the system allows the user or, on Linux, the control group (version 2); a very large
-/// number if there is no limit, as on Windows. Callable from any thread.
+/// The limit of processes and threads: the user's or, if smaller, that of the control group (version 2, only on Linux).
+/// A very large number if there is no limit, as on Windows. Callable from any thread.
 LB_API std::uint64_t GetProcessLimit() noexcept;
 
-/// True if the system allows the user so few more processes and threads (fewer than 1024 on Linux) that optional ones
-/// could keep necessary ones from starting. Counts the existing ones only once. False on Windows. Callable from any
-/// thread.
+/// True if the user may start so few more processes and threads (fewer than 1024 on Linux) that optional ones could
+/// keep necessary ones from starting. Counts existing processes and threads at most once, in the first call. False on
+/// Windows. Callable from any thread.
 LB_API bool HasFewProcesses() noexcept;
 
 /// How many of `wanted` threads can be started now: starts them and ends them again. Callable from any thread.

@@ -47,7 +47,7 @@ std::atomic<pid_t> s_firstParent = [] {
     return getppid();
 }();
 
-/// How many processes and threads the user and the control group may have in addition; 0 if memory is exhausted.
+/// How many more processes and threads the user and the control group may have; 0 if memory is exhausted.
 std::uint64_t countFreeProcesses() noexcept
 try
 {
@@ -168,7 +168,8 @@ bool LbOs::HasFewProcesses() noexcept
     const std::uint64_t limit = GetProcessLimit();
     if (limit < c_Few || limit >= c_Many)
     {
-        // Counts only if the limit is between the two: counting may take milliseconds, and usual limits are larger.
+        // Counts only if the limit is between c_Few and c_Many, because counting may take milliseconds. Usual limits
+        // are larger.
         return limit < c_Few;
     }
     static const std::uint64_t s_free = countFreeProcesses();

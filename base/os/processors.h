@@ -9,9 +9,9 @@
 namespace LbOs
 {
 
-/// Temporarily restricts the processors that a thread may use. Two processes that alternate in short turns need a fifth
-/// of the time on one processor, because the system need not wake another processor for each turn. Has no effect on
-/// Windows, where this would gain nothing, or on failure.
+/// Temporarily restricts the processors that a thread may use. Two processes that alternate in short turns need only a
+/// fifth of the time if they share a processor, because the system need not wake another processor for each turn. Has
+/// no effect on failure, or on Windows, where sharing would gain nothing.
 class LB_API CThreadProcessors
 {
 public:
@@ -24,8 +24,8 @@ public:
     /// Stores the processors that the calling thread may use now.
     void Read();
 
-    /// Binds the calling thread and the main thread of `child`, which should be asleep, to the caller's current
-    /// processor. Each of the two threads calls Restore for itself.
+    /// Binds the calling thread and the main thread of `child` to the caller's current processor. The child's thread
+    /// should be asleep. Each of the two threads calls Restore for itself.
     void ShareProcessorWith(const CChildProcess& child);
 
     /// Restores the stored processors of the calling thread. No effect without a Read since the last Restore.

@@ -12,7 +12,7 @@ namespace
 
 constexpr pid_t c_CallingThread = 0;
 
-/// Empty if the set cannot represent the thread's processor.
+/// The processor that runs the calling thread; empty if a cpu_set_t cannot represent it.
 std::optional<cpu_set_t> getPresentProcessor()
 {
     const int processor = sched_getcpu();
@@ -40,7 +40,7 @@ CThreadProcessors::~CThreadProcessors() = default;
 
 void CThreadProcessors::Read()
 {
-    // If an earlier Restore failed, the thread is still bound, and its current set is not its own.
+    // If an earlier Restore failed, the thread is still bound, and its current set is not the original one.
     Restore();
     m_state->isRead = sched_getaffinity(c_CallingThread, sizeof(m_state->processors), &m_state->processors) == 0;
 }

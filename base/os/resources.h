@@ -9,9 +9,9 @@
 namespace LbOs
 {
 
-/// The bytes of the resource of this name and type, both in capitals, in the shared library or program that
-/// contains `address`; they live as long as it is loaded. Empty when it has no such resource, or when no library and no
-/// program contains `address`. Any thread.
+/// The bytes of the resource of this name and type, both in capitals, in the module (shared library or program) that
+/// contains `address`; valid as long as the module is loaded. Empty if the module has no such resource, or if no module
+/// contains `address`. Any thread.
 LB_API std::string_view FindEmbeddedResource(const void* address, const std::wstring& name, const std::wstring& type);
 
 } // namespace LbOs

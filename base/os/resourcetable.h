@@ -1,5 +1,5 @@
-/// The table of a module's resources, for systems without resources in executables. Internal to base/os and to the
-/// sources that lutestsuite_embed_resources generates.
+/// The table of a module's resources, for systems whose executables cannot contain resources. Internal to base/os and
+/// to the sources that lutestsuite_embed_resources generates.
 #pragma once
 
 #include "base/os/platform.h"

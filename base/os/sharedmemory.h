@@ -22,15 +22,16 @@ enum class EMemoryAccess
 class LB_API CSharedMemory
 {
 public:
-    /// Creates a block. Null if the name exists, or on another failure; then `failure` describes the failed system
-    /// call. The name is removed with the object, or when the current process ends in any way; existing views of the
-    /// block stay valid.
+    /// Creates a block. Null on failure, also if the name exists; then `failure`, if not null, receives the reason. The
+    /// name is removed with the object, or when the current process ends in any way; existing views of the block stay
+    /// valid.
     static std::unique_ptr<CSharedMemory> Create(const std::wstring& name, std::size_t size,
                                                  std::wstring* failure = nullptr);
 
     ~CSharedMemory();
 
-    /// The whole block, valid as long as a copy of the pointer exists; does not need the name. Null on failure.
+    /// The whole block, valid as long as a copy of the pointer exists. Works even if the block has lost its name. Null
+    /// on failure.
     std::shared_ptr<void> Map(EMemoryAccess access) const;
 
     /// True if the block still has its name. On Linux a name is a file, which the user's processes can remove.
@@ -47,7 +48,7 @@ private:
 };
 
 /// The first `size` bytes of the named block, valid as long as a copy of the pointer exists. Null if the current user
-/// has no such block, it is smaller, or access is denied. Any thread.
+/// has no such block, if the block is smaller, or if access is denied. Any thread.
 LB_API std::shared_ptr<void> MapSharedMemory(const std::wstring& name, std::size_t size, EMemoryAccess access);
 
 /// A view of a whole named block, for reading. Keeps the block alive without heap memory; forks of the process inherit

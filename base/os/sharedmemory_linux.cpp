@@ -15,8 +15,8 @@
 namespace LbOs
 {
 
-/// A System V segment. It has no descriptor that a test could close, and no process can shrink it, which would crash
-/// its users.
+/// A System V segment. It has no descriptor that a test could close, and no process can shrink it and thereby crash its
+/// users.
 struct CSharedMemory::SState
 {
     std::string path;
@@ -75,8 +75,8 @@ struct SPlace
     bool operator==(const SPlace&) const = default;
 };
 
-/// Reads the link; returns no segment unless the current user owns the link. The link also contains the id of the
-/// process that created the segment, because the system reuses the ids of segments.
+/// Reads the link. If another user owns it, the result has no segment. The link also contains the id of the process
+/// that created the segment, because the system reuses the ids of segments.
 SPlace readOwnLink(const std::string& path)
 {
     char target[64] = {};

@@ -12,7 +12,7 @@ namespace LbOs
 /// Unknown fields are empty or 0.
 struct SStackFrame
 {
-    std::uint64_t address = 0; ///< of the next instruction: in all frames but the innermost the one after the call
+    std::uint64_t address = 0; ///< of the next instruction: the one after the call, except in the innermost frame
     std::wstring module;       ///< file name without folder
     std::uint64_t offset = 0;  ///< of the address from the start of the loaded module
     std::wstring function;     ///< readable, with parameters

@@ -80,7 +80,8 @@ private:
         {
             return;
         }
-        // The crashed thread is the first one. Without a crash, the process began with the oldest.
+        // After a crash, the first thread is the crashed one. Otherwise the oldest thread is the one at fault, because
+        // the process began with it.
         const auto faulty = m_crashed ? stopped.GetThreads().begin()
                                       : std::ranges::min_element(stopped.GetThreads(), {}, &SStoppedThread::creation);
         // Loaded only after the threads have stopped, because a crashed process waits only for a short time.
@@ -131,9 +132,9 @@ private:
     }
 
     /// If the instruction has no unwind table, returns the registers of the caller. This concerns addresses without
-    /// code, such as null; functions that call no other; and the compiler's stack probe, where a stack overflows and
-    /// which has saved two registers on the stack. Otherwise, or if no caller is found, returns the registers
-    /// unchanged.
+    /// code, such as null; functions that call no other; and the compiler's stack probe, in which a stack overflow
+    /// crashes the thread. The probe has saved two registers on the stack. Otherwise, or if no caller is found, returns
+    /// the registers unchanged.
     CONTEXT findCaller(CONTEXT registers)
     {
         constexpr std::size_t c_MostSaved = 2;

@@ -15,8 +15,8 @@ namespace LbOs
 /// While threads are frozen the caller must not allocate from the heap, use stdio, or take a lock that a frozen thread
 /// may hold. The object itself follows this rule.
 ///
-/// A thread that is stopped inside a signal or exception handler may later return to the interrupted instruction, which
-/// its instruction pointer does not show. So code that threads may have executed must not be freed.
+/// A thread that is stopped inside a signal or exception handler may later return to the interrupted instruction, whose
+/// address its instruction pointer does not show. So code that threads may have executed must not be freed.
 ///
 /// On Linux, the first use reserves a free real-time signal for the life of the process, if possible one that no thread
 /// blocks. After a time-out, or if other code installs a handler for it, another signal is reserved. System calls that
@@ -29,10 +29,11 @@ public:
     CThreadFreezer(const CThreadFreezer&) = delete;
     CThreadFreezer& operator=(const CThreadFreezer&) = delete;
 
-    /// Stops all other threads, including threads that start meanwhile. False, with all threads running again, if for
-    /// this time no thread stopped although some were left (they block all signals, or the signal queue is full); if
-    /// threads kept starting for this time and 16 enumerations (Windows); if there are more than 8192 threads; if no
-    /// signal is free (Linux); or if the threads cannot be listed (no "/proc" of this process id namespace).
+    /// Stops all other threads, including threads that start meanwhile. False on failure; then all threads run again.
+    /// Fails if some threads still run and none has stopped for `timeoutMs` (they block all signals, or the signal
+    /// queue is full); if threads keep starting for `timeoutMs` and 16 enumerations (Windows); if there are more than
+    /// 8192 threads; if no signal is free (Linux); or if the threads cannot be listed (no "/proc" of this process id
+    /// namespace).
     bool Freeze(unsigned timeoutMs) noexcept;
 
     /// Lets the threads run again. No effect if they are running.

@@ -14,8 +14,8 @@
 #include "base/os/linux/cancellation.h"
 #include "base/os/linux/ownthreads.h"
 
-// Each frozen thread waits in the handler of a real-time signal until the generation changes. A signal carries the
-// generation and the thread's slot, so that a signal that arrives after its freeze was abandoned does nothing.
+// Each frozen thread waits in the handler of a real-time signal until Thaw increments the generation. A signal carries
+// the generation and the thread's slot, so that it does nothing if it arrives after its freeze was abandoned.
 
 namespace
 {
@@ -116,7 +116,7 @@ bool isOurs(const struct sigaction& action) noexcept
     return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == stopHere;
 }
 
-/// Reserves an unused signal that is not in this set. The handler stays installed, because a late signal would
+/// Reserves an unused signal that is not in `blocked`. The handler stays installed, because a late signal would
 /// otherwise end the process.
 bool takeSignalExcept(std::uint64_t blocked) noexcept
 {
@@ -316,7 +316,7 @@ bool LbOs::CThreadFreezer::Freeze(unsigned timeoutMs) noexcept
     if (!isGood)
     {
         Thaw();
-        // A thread may block this signal but not another one.
+        // The next freeze reserves another signal, because a thread may block only this one.
         s_signal = 0;
     }
     return isGood;

@@ -49,8 +49,8 @@ SSystemCalls findSystemCalls() noexcept
     return calls;
 }
 
-// Looked up when the library is loaded: the lookup takes the loader's lock, which a thread may later hold while it
-// waits for a lock of the caller.
+// Looked up when the library is loaded: the lookup takes the loader's lock, which another thread may later hold while
+// it waits for a lock that the caller of Freeze holds.
 const SSystemCalls s_calls = findSystemCalls();
 
 // Static, because the heap cannot be used; a process has one freeze at a time.
@@ -83,7 +83,8 @@ bool readContext(HANDLE thread, CONTEXT& context) noexcept
     return GetThreadContext(thread, &context) != FALSE;
 }
 
-/// A thread that is ending refuses calls some time before its handle is signaled, so this waits for the handle.
+/// A thread that is ending refuses calls some time before its handle is signaled, so this function waits for the
+/// handle.
 bool isEnding(HANDLE thread, unsigned timeoutMs) noexcept
 {
     return WaitForSingleObject(thread, timeoutMs) == WAIT_OBJECT_0;

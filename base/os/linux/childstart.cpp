@@ -91,7 +91,8 @@ std::atomic<bool> s_areRecorded = false;
 std::atomic<std::uint64_t> s_blocked = 0;
 std::atomic<std::uint64_t> s_ignored = 0;
 
-/// Resets the caller's signal handlers, which must not run while child and caller share their memory.
+/// Resets the handlers that the child inherited from the caller: they must not run while child and caller share their
+/// memory.
 void resetSignals(const SStart& start)
 {
     for (int signal = 1; signal < NSIG; ++signal)
@@ -166,7 +167,7 @@ int becomeProgram(void* argument)
     return c_CannotStart;
 }
 
-/// Stores the step that failed in the child, and the system's reason.
+/// Stores in `failure` which step of the child failed, and the system's reason.
 void describeChildFailure(const SStart& start, std::wstring* failure)
 {
     if (start.failedStep == eS_EnterGroup)
@@ -251,7 +252,7 @@ SStart PrepareStart(const SChildOptions& options)
     {
         start.prepared = SSignals{s_blocked, s_ignored};
     }
-    // execvpe needs stack to search the program and to build a script's arguments.
+    // execvpe needs stack to search for the program and to build a script's arguments.
     constexpr std::size_t c_StackSize = 65536;
     start.stackSize = c_StackSize + 2 * start.arguments.size() * sizeof(char*);
     start.stack.reset(new char[start.stackSize]);

@@ -23,7 +23,7 @@ struct SSignals
     std::uint64_t ignored = 0;
 };
 
-/// A step of the child before its program runs, which may fail.
+/// A step that may fail in the child before the program runs.
 enum EStep : int
 {
     eS_None,
@@ -38,7 +38,7 @@ struct SStart
 {
     std::string program;
     std::vector<std::string> words;
-    std::vector<char*> arguments;   ///< `words` in the form of execve
+    std::vector<char*> arguments;   ///< `words` in the form that execve takes
     std::string mark;               ///< an environment variable that all descendants inherit; empty: none
     std::vector<char*> environment; ///< the caller's variables and the mark
     std::string workingDirectory;
@@ -61,7 +61,7 @@ SStart PrepareStart(const SChildOptions& options);
 /// is null. Stores the descriptor of the process in `file` if the system provides one.
 pid_t StartProcess(SStart& start, CProcessFile& file, std::wstring* failure);
 
-/// Records the signals that the calling thread blocks and that the process ignores, for `prepared`. Any thread.
+/// Records the signals that the calling thread blocks and that the process ignores, for SStart::prepared. Any thread.
 void RecordSignals() noexcept;
 
 /// Makes the system keep the statuses of ended children again, and blocks the recorded signals in the calling thread.

@@ -28,7 +28,7 @@ SMapping ParseMapping(std::string_view line) noexcept
 namespace
 {
 
-/// Reads lines through its own buffer.
+/// Reads lines through its own buffer, so it allocates no memory.
 class CLines
 {
 public:

@@ -20,7 +20,8 @@ struct SMapping
 SMapping ParseMapping(std::string_view line) noexcept;
 
 /// Finds the module of an instruction: its bare name, cut to the size of `module` and ended with a null, and the offset
-/// of the instruction in it. Leaves both unchanged if the address belongs to no mapping. Makes only system calls.
+/// of the instruction in it. Leaves `module` and `offset` unchanged if the address belongs to no mapping. Makes only
+/// system calls.
 void FindCrashPlace(std::uintptr_t address, std::span<char> module, std::uintptr_t& offset) noexcept;
 
 } // namespace LbOs::Linux

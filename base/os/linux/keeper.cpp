@@ -25,8 +25,8 @@ namespace
 /// For waitid, which takes an int.
 constexpr int c_WaitForClone = static_cast<int>(__WCLONE);
 
-/// True if the keeper is running; removes the zombie of one that has ended. An ordinary wait() of the process does not
-/// see the keeper.
+/// True if the keeper is running; removes the zombie of one that has ended. An ordinary wait() in this process does not
+/// report the keeper.
 bool isKeeperThere(pid_t keeper)
 {
     siginfo_t end = {};

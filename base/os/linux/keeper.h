@@ -1,9 +1,9 @@
 /// The keeper: a small process that ends and removes what must not outlive the current process. Internal to the Linux
 /// side.
 ///
-/// A killed process cannot clean up. The keeper is a fork that waits for the end of this process and then ends the
-/// process trees and removes the files listed in its state. It is started by EnsureKeeper or with the first entry, and
-/// again with the next entry if it was killed; it ends with this process. Any thread.
+/// A killed process cannot clean up. The keeper is a fork that waits for the end of this process, then removes the
+/// files and ends the process trees listed in its state, and then ends itself. EnsureKeeper or the first entry starts
+/// it; if it was killed, the next entry starts it again. Any thread.
 #pragma once
 
 #include "base/os/linux/keptentries.h"
@@ -11,7 +11,7 @@
 namespace LbOs::Linux
 {
 
-/// Starts the keeper if none is running. Being a fork, it keeps the memory that the process has at that time.
+/// Starts the keeper if none is running. Being a fork, the keeper keeps the memory that the process has at that time.
 void EnsureKeeper();
 
 /// Takes a free entry; null if all are taken or no keeper runs. If a child that uses the entry has run its program, the

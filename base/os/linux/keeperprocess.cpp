@@ -73,8 +73,8 @@ void endGroups(const SKeeperState& state)
     pollfd waiting = {static_cast<int>(Call(SYS_pidfd_open, owner, 0)), POLLIN, 0};
     state.isReady.store(1);
     Call(SYS_futex, &state.isReady, FUTEX_WAKE, 1, 0, 0, 0);
-    // Waits until the parent's id changes, not only until the descriptor is readable: from then on, each new child of
-    // the owner sees in its own parent's id that the owner has ended, and runs no program.
+    // Waits until the parent's id changes; a readable descriptor is not enough. Once it has changed, each new child of
+    // the owner sees by its own parent's id that the owner has ended, and runs no program.
     while (Call(SYS_getppid) == owner)
     {
         Call(SYS_poll, &waiting, 1, waiting.fd < 0 ? c_PollInterval : c_PollInterval * 10);

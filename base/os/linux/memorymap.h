@@ -31,7 +31,7 @@ struct SMemoryRange
 /// In ascending order.
 std::vector<SMemoryRange> ReadMemoryRanges(pid_t process);
 
-/// Finds pages that differ from those of a file, or from zeros. Used by one thread.
+/// Finds pages that differ from the mapped file or, in memory without a file, from zeros. Used by one thread.
 class CPageStates
 {
 public:

@@ -9,13 +9,14 @@
 namespace LbOs::Linux
 {
 
-/// The path of the file for a name; empty for an invalid name.
+/// The path of the file that represents the object with this name; empty for an invalid name.
 std::string ToObjectPath(const std::wstring& name);
 
 /// Stores the failed step and the system's error text in `failure`, unless that is null.
 void DescribeFailure(std::wstring* failure, const char* step);
 
-/// The same for a missing keeper, without which a killed process would leave the file behind.
+/// Stores in `failure`, unless that is null, that no keeper runs or has a free entry. Without an entry, a killed
+/// process would leave the file behind.
 void DescribeMissingKeeper(std::wstring* failure);
 
 /// A file that is removed by the destructor or, when the process is killed, by the keeper.
@@ -25,7 +26,7 @@ public:
     CNamedFile() = default;
 
     /// Runs `make(path)`, which must create a new file, return whether it succeeded, and store the reason of a failure.
-    /// Without a keeper, stores the reason in `failure`.
+    /// If no keeper takes the entry, does not run `make` and stores the reason in `failure`.
     template<typename F>
     CNamedFile(const std::string& path, std::wstring* failure, const F& make);
     CNamedFile(CNamedFile&& other) noexcept : m_kept(std::exchange(other.m_kept, nullptr)) {}

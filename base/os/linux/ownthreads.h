@@ -10,7 +10,7 @@ namespace LbOs::Linux
 {
 
 /// Calls `function(context, thread)` for all other threads until it returns false. Returns false in that case, and if
-/// there is no usable list of threads: a list without the calling thread belongs to another process id name space.
+/// there is no usable list of threads: a list without the calling thread belongs to another process namespace.
 bool ForOtherThreads(bool (*function)(void* context, pid_t thread), void* context) noexcept;
 
 template<typename F>

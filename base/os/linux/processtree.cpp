@@ -68,7 +68,7 @@ struct SProcess
     pid_t parent = 0;
     bool hasEnded = false;
     bool isKeeper = false;     ///< has the keeper's name, which other processes may also have
-    bool isOwnersFork = false; ///< a fork without an exit signal, like a keeper, whose creator still runs
+    bool isOwnersFork = false; ///< a fork without an exit signal whose creator still runs, like a keeper
     std::uint64_t startTicks = 0;
 };
 
@@ -146,7 +146,7 @@ bool killIfChild(const SFile& folder, pid_t id, std::span<const pid_t> parents, 
     {
         return false;
     }
-    // The parents' own keepers end after their owners.
+    // The keepers of these parents end by themselves after their owners.
     if (!std::ranges::binary_search(parents, process.parent) || (process.isKeeper && process.isOwnersFork))
     {
         return false;
@@ -229,7 +229,7 @@ void killUntilGone(const F& kill)
     // Limits the wait for processes that the system cannot end, for example inside a driver.
     constexpr std::int64_t c_Longest = 3000 * c_Millisecond;
     // Keepers of killed owners need a moment to end the processes that their owners left. The wait is short because any
-    // process may use their name.
+    // process may use the keepers' name.
     constexpr std::int64_t c_LongestForKeepers = 500 * c_Millisecond;
     constexpr timespec c_Pause = {0, c_Millisecond};
     const std::int64_t begin = GetNanoseconds(CLOCK_MONOTONIC);
@@ -299,7 +299,7 @@ bool HasStartedAfter(pid_t process, std::int64_t time) noexcept
 void EndProcessTrees(std::span<pid_t> processes) noexcept
 {
     std::ranges::sort(processes);
-    // As targets of kill, these numbers mean all processes, the caller's group and the first process.
+    // As targets of kill, -1 means all processes, 0 the caller's group, and 1 the first process.
     while (!processes.empty() && processes.front() <= 1)
     {
         processes = processes.subspan(1);

@@ -11,7 +11,7 @@ namespace LbOs::Linux
 {
 
 /// Makes the calling process a subreaper: its descendants stay below it even if the processes in between have ended.
-/// The process calls it before it runs its program. Makes only system calls.
+/// Called before the process runs its program. Makes only system calls.
 void KeepDescendants() noexcept;
 
 /// True if a process with this id exists and started after `time`, in nanoseconds since boot: then the process that had

@@ -1,7 +1,7 @@
 /// System calls for forks of a threaded process, and for children that share its memory. Internal to the Linux side.
 ///
-/// The C library's functions may be intercepted by a sanitizer and then wait for locks of threads that the fork does
-/// not have. The files that use this header are built without sanitizers for the same reason.
+/// A sanitizer may intercept the C library's functions and then wait for locks of threads that the fork does not have.
+/// The files that use this header are built without sanitizers for the same reason.
 #pragma once
 
 #include <csignal>

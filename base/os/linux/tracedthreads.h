@@ -20,8 +20,7 @@ inline constexpr std::size_t c_InstructionRegister = 16;
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// The threads of a process, stopped for as long as the object lives, at most 64. Created, used and destroyed by one
-/// thread.
+/// At most 64 threads of a process, stopped for as long as the object lives. Created, used and destroyed by one thread.
 class CTracedThreads
 {
 public:

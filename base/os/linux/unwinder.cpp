@@ -69,7 +69,7 @@ const SLibrary* getLibrary()
     return s_isThere ? &s_functions : nullptr;
 }
 
-/// Never searches for debug information outside the module, because it may be on a server.
+/// Never searches for debug information outside the module, because such information may be on a server.
 int findNoDebugFile(Dwfl_Module*, void**, const char*, Dwarf_Addr, const char*, const char*, GElf_Word, char**)
 {
     return -1;

@@ -28,7 +28,7 @@ namespace LbOs::Windows
 {
 
 /// Calls `read(buffer, size)` with growing buffers until the text fits. Like the system's calls, `read` returns the
-/// text's length, the required size, or 0 on failure. Empty on failure.
+/// text's length, the required size if the buffer is too small, or 0 on failure. Empty on failure.
 template<typename F>
 std::wstring ReadText(const F& read)
 {
@@ -56,8 +56,9 @@ inline HMODULE FindModuleOf(const void* address)
     return isFound ? module : nullptr;
 }
 
-/// A function of a system library, which then stays loaded; null if it does not exist. For rarely needed libraries:
-/// linking them slows down each process start, which takes twice as long with the window and shell libraries.
+/// A function of a system library; null if the library or the function does not exist. The library stays loaded. For
+/// rarely needed libraries: linking them slows down each process start, and the window and shell libraries double its
+/// time.
 template<typename Function>
 Function* FindSystemFunction(const wchar_t* library, const char* name)
 {

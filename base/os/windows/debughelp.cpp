@@ -122,7 +122,7 @@ bool CDebugHelp::ensureSymbols(const SRemoteModule& module)
     if (!m_hasSession)
     {
         library.setOptions(SYMOPT_LOAD_LINES | SYMOPT_UNDNAME | SYMOPT_FAIL_CRITICAL_ERRORS | SYMOPT_NO_PROMPTS);
-        // Gives a search path, because the user's path may name a server.
+        // Passes a search path of its own, because the user's may name a server.
         m_hasSession = library.begin(getSession(), L".", FALSE) != FALSE;
     }
     if (m_hasSession && m_named.insert(module.start).second)

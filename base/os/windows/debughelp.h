@@ -1,4 +1,4 @@
-/// Call stacks of another process by the system's library dbghelp.dll. Internal to the Windows side.
+/// Call stacks of another process, read with the system's library dbghelp.dll. Internal to the Windows side.
 #pragma once
 
 #include <chrono>
@@ -18,14 +18,15 @@ namespace LbOs::Windows
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// Locks the library, which serves one thread at a time. The result owns no lock if others use it until the deadline.
+/// Locks the library, which serves one thread at a time. The result owns no lock if other threads use the library until
+/// the deadline.
 std::unique_lock<std::timed_mutex> LockDebugHelp(Deadline deadline);
 
 /// Finds callers by the modules' unwind tables, and names by their symbols. Used by one thread.
 class CDebugHelp
 {
 public:
-    /// Null without the library, or if others use it until the deadline. The tables must outlive the object.
+    /// Null without the library, or if other threads use it until the deadline. The tables must outlive the object.
     static std::unique_ptr<CDebugHelp> Create(HANDLE process, CFunctionTables& tables, Deadline deadline);
 
     ~CDebugHelp();
@@ -49,7 +50,7 @@ private:
     std::wstring findName(std::uint64_t address) const;
     std::wstring findNameAt(std::uint64_t address, bool isStart) const;
 
-    /// The library's name for the session. If it were the process handle, the library would examine that process.
+    /// Identifies the session to the library. With the process handle instead, the library would examine that process.
     HANDLE getSession() const { return const_cast<CDebugHelp*>(this); }
 
     std::unique_lock<std::timed_mutex> m_lock;

@@ -50,8 +50,8 @@ std::wstring makeOwnAccessText()
     }
     const std::wstring user = text;
     LocalFree(text);
-    // Makes the user the owner, which otherwise might be a group. Grants all rights to the user only, and inherits
-    // none.
+    // Makes the user the owner; otherwise a group might own the object. Grants all rights to the user only, and
+    // inherits none.
     return L"O:" + user + L"D:P(A;;GA;;;" + user + L")";
 }
 

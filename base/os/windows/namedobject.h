@@ -14,7 +14,7 @@ std::wstring ToObjectName(const std::wstring& name);
 /// True if the current user owns the object. The handle needs the right READ_CONTROL.
 bool IsOwn(HANDLE object);
 
-/// Access for the current user only, who owns the object.
+/// Security attributes for a new object that the current user owns and only this user may access.
 class COwnAccess
 {
 public:
@@ -31,7 +31,7 @@ private:
     SECURITY_ATTRIBUTES m_attributes = {};
 };
 
-/// Runs `create(attributes)`, which returns a handle, and accepts only an object that did not exist before.
+/// Calls `create(attributes)`, which returns a handle. Null on failure, or if the object existed before.
 template<typename F>
 Handle CreateNew(const F& create)
 {

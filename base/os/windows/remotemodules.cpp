@@ -50,7 +50,7 @@ std::vector<SRemoteModule> ListModules(HANDLE process)
            ReadValue(process, link - offsetof(LDR_DATA_TABLE_ENTRY, InMemoryOrderLinks), entry))
     {
         const auto start = reinterpret_cast<std::uint64_t>(entry.DllBase);
-        // The member after the entry point, which the system's header does not name: the size of the image.
+        // The size of the image. The system's header has no name for this member, which follows the entry point.
         const auto size = static_cast<std::uint32_t>(reinterpret_cast<std::uint64_t>(entry.Reserved3[1]));
         modules.push_back({start, start + size, readText(process, entry.FullDllName)});
         link = reinterpret_cast<const char*>(entry.InMemoryOrderLinks.Flink);

@@ -1,4 +1,4 @@
-/// Threads of another process under the control of this one. Internal to the Windows side.
+/// Threads of another process that this process suspends. Internal to the Windows side.
 #pragma once
 
 #include <optional>
