@@ -175,7 +175,7 @@ inline Catch::IEventListenerPtr makeReporters(LuForeignTests::CUnitTest& unitTes
     return reporters;
 }
 
-/// Runs the test without a Catch2 session, because a session compares the names of all tests to find one.
+/// Runs the test without a Catch2 session: to find the test, a session would compare the names of all tests.
 inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, const Catch::TestCaseHandle& test)
 {
     Catch::getCurrentMutableContext().setConfig(&getConfig());
@@ -196,7 +196,7 @@ inline LuUnitTest::EResult run(LuForeignTests::CUnitTest& unitTest, const Catch:
     return hasException ? LuUnitTest::eR_Exception : unitTest.GetResultByErrors();
 }
 
-/// "vectors" of "tests/vectors.cpp", on any platform.
+/// Returns "vectors" for "tests/vectors.cpp"; accepts "/" and "\" on any platform.
 inline std::string getFileStem(std::string_view path)
 {
     path.remove_prefix(std::min(path.find_last_of("/\\") + 1, path.size()));

@@ -30,9 +30,8 @@ namespace LuForeignTests
 {
 
 /// Held while a test runs, because the frameworks run one test at a time. On Linux, modules with default visibility
-/// share this lock, as they share the inline variables of the framework. On Windows, and with hidden visibility, each
-/// module has its own lock and its own variables. Recursive, because a unit test may run a sub-test through a second
-/// object.
+/// share this lock and the inline variables of the framework. On Windows, and with hidden visibility, each module has
+/// its own lock and its own variables. Recursive, because a unit test may run a sub-test through a second object.
 inline std::recursive_mutex& GetLock()
 {
     static std::recursive_mutex s_lock;
@@ -128,8 +127,8 @@ private:
     std::unique_lock<std::recursive_mutex> m_lock{GetLock(), std::defer_lock};
 };
 
-/// The base class of the classes of all suites. If a class has this base, LuTestSuiteRunner knows that it needs a
-/// folder but no file in it. The base class cannot be instantiated, and no folder can have its name.
+/// The base class of the classes of all suites. It tells LuTestSuiteRunner that a class needs a folder but no file in
+/// that folder. The base class cannot be instantiated, and no folder can have its name.
 const LbRTTI s_suiteRecord(L"LuForeignTests::CUnitTest", &LuUnitTest::RTTI, nullptr);
 
 /// A suite with the record of its class.

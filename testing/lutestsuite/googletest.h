@@ -88,7 +88,7 @@ constexpr const char* c_DeathTestStyle = "fast";
 
 inline void forgetDeathTests() {}
 
-/// getDeathTestCommand makes death tests of another style fail.
+/// Always false, because getDeathTestCommand already makes death tests of another style fail.
 inline bool hasStartedDeathTest()
 {
     return false;
@@ -224,7 +224,7 @@ class COwnedTest : public INonCopyable
 {
 public:
     COwnedTest(testing::TestSuite& suite, testing::TestInfo* test) : m_list(suite.*GetTestList()), m_test(test) {}
-    /// If the process ends while the test runs, the suite's list contains it, and the suite would delete it again.
+    /// If the process ends while the test runs, the suite's list still contains the test, so the suite would delete it.
     ~COwnedTest() { m_list.clear(); }
 
 private:
@@ -267,9 +267,8 @@ inline void resetOptions()
 }
 
 /// The command that GoogleTest starts for a death test in the style "threadsafe". The host cannot be used, because it
-/// expects other arguments. The command prints its fourth word and makes the test fail: it reports that the test is
-/// still alive. It writes this report to the descriptor that is named at the end of the last argument; GoogleTest adds
-/// that argument.
+/// expects other arguments. The command prints its fourth word. It makes the death test fail by reporting that the
+/// tested code did not die: it writes "L" to the descriptor at the end of the last argument, which GoogleTest adds.
 inline std::vector<std::string> getDeathTestCommand()
 {
     return {"/bin/sh", "-c", "echo \"$0\" >&2; for last; do :; done; printf L >\"/proc/self/fd/${last##*|}\"",

@@ -20,11 +20,11 @@ class LUTESTSUITE_API LuTestSuiteEnvironment : public INonCopyable
 {
 public:
     /// Names the time zone (LbOs::NameTimeZone) and the run (LbReceivedFile::NameRun) in environment variables,
-    /// registers the product, saves the working directory, creates the dependency container (from
-    /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml", relative to the executable's folder, if it exists,
-    /// otherwise from a built-in text) and shares it (IOC::CContainer::GetCurrent), starts the message dispatcher and
-    /// warms up the C library. Throws LbException if the container or the dispatcher cannot be created, or if the
-    /// system has no random source.
+    /// registers the product, and saves the working directory. Creates the dependency container and shares it
+    /// (IOC::CContainer::GetCurrent). The container is described by the file
+    /// "..\Sources\Development\LuTestSuite\LuTestSuite.xml", relative to the executable's folder, or by a built-in text
+    /// if there is no such file. Starts the message dispatcher, and warms up the C library. Throws LbException if the
+    /// container or the dispatcher cannot be created, or if the system has no random source.
     LuTestSuiteEnvironment();
 
     /// Shuts down the message dispatcher and the thread pool and waits for both without a time limit. Then destroys the

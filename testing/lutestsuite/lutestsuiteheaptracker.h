@@ -28,7 +28,7 @@ struct SHeapFunctions;
 /// tracker silently counts nothing, and each Initialize tries again. If a thread blocks all signals, the first attempt
 /// takes 2 s and each later one 0.1 s.
 ///
-/// A tracker does not see calloc, aligned allocations, and other functions that allocate without calling one of the
+/// A tracker does not see calloc, aligned allocations, or other functions that allocate without calling one of the
 /// three; a free of such a block counts as an operation. Calls of malloc and free inside the run-time's realloc do not
 /// count. A null pointer is not a block: a failed malloc counts as an operation without bytes, and a failed realloc
 /// keeps its block.

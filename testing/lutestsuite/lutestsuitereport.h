@@ -123,9 +123,9 @@ public:
 
     // Pages -----------------------------------------------------------------------------------------------------------
 
-    /// Writes the page of one run, and the style sheet and the script as files beside it if `writeCss` and `writeJs`
-    /// are true. `smallReport` leaves out the cases; `tolerateWarnings` leaves warnings without highlighting. Writes
-    /// nothing if the path is empty.
+    /// Writes the page of one run. Beside it, also writes the style sheet if `writeCss` is true, and the script if
+    /// `writeJs` is true. `smallReport` leaves out the cases; `tolerateWarnings` leaves warnings without highlighting.
+    /// Writes nothing if the path is empty.
     static void GenerateHTMLReport(const std::wstring& path, const SReportData& data, bool writeCss, bool writeJs,
                                    bool smallReport, bool tolerateWarnings);
 
@@ -136,7 +136,8 @@ public:
                                        bool smallReport, bool tolerateWarnings);
 
     /// Writes "<name>.html" in `root`: a list of the reports in `root`'s folder `subDirectory` whose names begin with
-    /// `reportPrefix`, with links to each and to its comparison with the next older one. Writes missing comparisons.
+    /// `reportPrefix`, with links to each report and to its comparison with the next older report. Writes comparisons
+    /// that are missing.
     static void GenerateReportDirectoryOverview(const std::wstring& root, const std::wstring& name,
                                                 const std::wstring& subDirectory, const std::wstring& reportPrefix);
 

@@ -54,7 +54,7 @@ struct LUTESTSUITE_API SUnitTest
     std::wstring moduleName; ///< file name of the module that holds the class; empty when unknown
 
     /// The data-set files: full paths of the cases that are files in the unit test's folder, in case order. Computed
-    /// from the cases, so that the two always agree.
+    /// from the cases, so that files and cases always agree.
     std::vector<std::wstring> GetDataSetFiles() const;
 };
 

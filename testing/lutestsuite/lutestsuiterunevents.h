@@ -60,7 +60,7 @@ struct SCaseEnd
                                             ///< has written to standard error
     std::vector<LbOs::SThreadStack> stacks; ///< for TimedOut, and for ChildEnded after a crash: the call stacks, see
                                             ///< SRunOptions; the stack of the thread at fault is the first
-    std::wstring dumpFile;                  ///< in the same cases: full path of the child's memory dump; empty if
+    std::wstring dumpFile;                  ///< for the same kinds: full path of the child's memory dump; empty if
                                             ///< there is none
     std::wstring dumpFailure;               ///< why the requested dump was not written, in German, without a full
                                             ///< stop; empty otherwise
@@ -119,9 +119,10 @@ struct SRunOptions
                                ///< (LbOs::ReadStacks), for SCaseEnd and as information lines of the case's messages.
                                ///< That delays the case's end by less than 2 s. A child that ends in another way, by
                                ///< exit or by a handler of a test module, has no stacks
-    std::wstring dumpDirectory = {}; ///< full path of an existing folder for memory dumps (LbOs::WriteDump), named
-                                     ///< after the case, of children that crash or are ended at the time limit; empty:
-                                     ///< no dumps. Stacks and dump together delay the case's end by less than 2 s
+    std::wstring dumpDirectory = {}; ///< full path of an existing folder for memory dumps (LbOs::WriteDump) of
+                                     ///< children that crash or are ended at the time limit; empty: no dumps. A dump is
+                                     ///< named after its case. Stacks and dump together delay the case's end by less
+                                     ///< than 2 s
     /// Called before each case run would start, with its index in the plan, under the lock of the observer's calls. If
     /// it returns false, the case run is left out: it has no events, no console lines and no result. If empty, every
     /// case runs. An exception ends the run, as an exception of the observer does.

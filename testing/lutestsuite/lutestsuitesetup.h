@@ -31,7 +31,7 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     std::wstring dataDir;                          ///< directory searched for unit-test folders, ends in a separator
     std::vector<std::wstring> includes;            ///< patterns of cases to select
     std::vector<std::wstring> excludes;            ///< patterns of cases to leave out
-    std::vector<LuTestSuite::SUnitTest> unitTests; ///< if not empty, the run executes it and does not scan dataDir
+    std::vector<LuTestSuite::SUnitTest> unitTests; ///< if not empty, the run executes these and does not scan dataDir
 
     LuTestSuiteRun::SParams params; ///< the run's parameters, passed on as one record
 
@@ -53,16 +53,16 @@ struct LUTESTSUITE_API LuTestSuiteSetup
     EDuplicateMode duplicateMode = eDM_None;
     bool listDisabled = false;      ///< list the disabled cases
     std::vector<std::wstring> dlls; ///< test modules to load besides the fixed list, without extension
-    std::wstring memoryId;          ///< names of the objects shared with a parent run
+    std::wstring memoryId;          ///< this and the next two: names of the objects shared with a parent run
     std::wstring requestEventId;
     std::wstring responseEventId;
     bool noRegex = false; ///< a pattern is plain text that must be the end of a name
 
-    /// Called before each case, and repeatedly while worker threads or child processes run cases, one call at a time,
-    /// on any thread of the run. Returns true to stop the run; by default false.
+    /// Called before each case, and repeatedly while worker threads or child processes run cases. The calls come from
+    /// any thread of the run, but never two at a time. Returns true to stop the run; by default returns false.
     std::function<bool()> checkCallback;
 
-    /// Receives the result of each executed case when its line has been printed, on the thread that called Run. Does
-    /// nothing by default.
+    /// Called with the result of each executed case after the line of the case was printed. All calls come from the
+    /// thread that called Run. Does nothing by default.
     std::function<void(LuTestSuiteRun::ECaseRunResult)> resultCallback;
 };

@@ -10,13 +10,13 @@
 #include "testing/lutestsuite/lutestsuiteexport.h"
 #include "testing/lutestsuite/lutestsuiterun.h"
 
-/// A plain value. Refers to the unit tests and cases passed to Build only by index, so the list may be destroyed. Any
-/// thread may read the tree.
+/// A plain value. Refers to unit tests and cases by their indices in the list passed to Build, so that list may be
+/// destroyed. Any thread may read the tree.
 class LUTESTSUITE_API LuTestSuiteTree
 {
 public:
-    /// "No such index." Not constexpr, because that implies inline, and a Windows library does not export an inline
-    /// object that it does not use itself.
+    /// "No such index." Not constexpr, because constexpr implies inline, and a Windows library exports an inline object
+    /// only if the library itself uses it.
     static const std::uint32_t sc_uiInvalid = std::numeric_limits<std::uint32_t>::max();
 
     enum EKind : std::uint32_t
@@ -29,7 +29,7 @@ public:
     struct SNode
     {
         EKind kind = eK_Group;
-        std::wstring name;                     ///< name of one folder; for the root the common folder's name, or "-"
+        std::wstring name;                     ///< name of one folder; root: last folder that all paths share, or "-"
         std::uint32_t unitTest = sc_uiInvalid; ///< class nodes: index into the unit tests of Build
         std::uint32_t parent = sc_uiInvalid;   ///< sc_uiInvalid for the root
         std::uint32_t firstChild = sc_uiInvalid;
@@ -66,7 +66,7 @@ private:
         std::uint32_t end;
     };
 
-    /// The names of an entry's folders, beginning at the root, then the name of its case.
+    /// The names of the folders of a case, beginning at the root, then the name of the case.
     using Components = std::vector<std::wstring_view>;
 
     void buildRecursive(const std::vector<Components>& entries, const SRange& range, std::uint32_t depth,

@@ -82,9 +82,10 @@ public:
         std::uint64_t BreakAllocSize = LuTestSuiteRun::c_NoBreak;
     };
 
-    /// Reads a configuration file into `data`. Missing keys leave their fields unchanged, a missing file leaves all
-    /// fields unchanged; history and selection are appended. Throws a German message as std::wstring: "XML-Syntax
-    /// Fehler" if the file is not a configuration, otherwise that it cannot be read.
+    /// Reads a configuration file into `data`. Missing keys leave their fields unchanged, and a missing file leaves all
+    /// fields unchanged. History and selection of the file are added to those in `data`. Throws a German message as
+    /// std::wstring: "XML-Syntax Fehler" if the file is not a configuration, another message if the file cannot be
+    /// read.
     static void ReadConfigXML(const std::wstring& path, SConfigFileData& data);
 
     /// Accepts exactly "true" or "false"; any other or missing text leaves `value` unchanged.
@@ -107,10 +108,10 @@ public:
 
     /// Finds the unit tests of a data directory: a folder named after a registered class derived from LuUnitTest is
     /// that class's data directory and is not searched further. Prints a warning for a folder that cannot become a unit
-    /// test. Keeps the order in which the file system lists folders, but searches the last sub-folder of a folder
-    /// first. Skips folders with ".svn" in their names, and searches linked folders once. If `removeDisabled` is true,
-    /// removes cases that their description disables, and unit tests that have no cases then. An empty `dataDir` has no
-    /// unit tests. Throws no exceptions of its own.
+    /// test. Keeps the order in which the file system lists the entries of a folder, but then searches its sub-folders
+    /// from the last to the first. Skips folders with ".svn" in their names, and searches linked folders once. If
+    /// `removeDisabled` is true, removes cases that their description disables, and unit tests that have no cases then.
+    /// An empty `dataDir` has no unit tests. Throws no exceptions of its own.
     static std::vector<LuTestSuite::SUnitTest> ScanDirectoryForUnitTests(const std::wstring& dataDir,
                                                                          bool removeDisabled);
 
@@ -120,14 +121,14 @@ public:
 
     // Selection -------------------------------------------------------------------------------------------------------
 
-    /// Keeps only the selected cases, in their order, and removes unit tests without cases. Patterns are ECMAScript
-    /// expressions that are searched in the path name: directory and class name with "/" as separator, ":", case name.
-    /// With `noRegex` a pattern is a literal suffix of the path name. Character classes such as "\w" contain only ASCII
-    /// characters. Excludes win over includes. Names stored in the configuration file are class name, ":", case name.
-    /// Without includes and stored names all cases are included. Keeps at least one selected case, even if `maxCases`
-    /// is 0. Throws a German message as std::wstring that names an invalid pattern, a pattern that needs too much
-    /// stack, or the error in the configuration file. Throws LbException if a pattern must be searched on a thread of
-    /// its own (look-aheads, word boundaries, back-references) and the system cannot start one.
+    /// Keeps only the selected cases, in their order; of these only the first `maxCases`, but at least one. Removes
+    /// unit tests without cases. Patterns are ECMAScript expressions that are searched in the path name: directory and
+    /// class name with "/" as separator, ":", case name. With `noRegex` a pattern is a literal suffix of the path name.
+    /// Character classes such as "\w" contain only ASCII characters. Excludes win over includes. Names stored in the
+    /// configuration file are class name, ":", case name. Without includes and stored names all cases are included.
+    /// Throws a German message as std::wstring that names an invalid pattern, a pattern that needs too much stack, or
+    /// the error in the configuration file. Throws LbException if a pattern must be searched on a thread of its own
+    /// (look-aheads, word boundaries, back-references) and the system cannot start one.
     static void FilterTestCases(std::vector<LuTestSuite::SUnitTest>& tests, const std::wstring& includeConfigPath,
                                 const std::vector<std::wstring>& includes, const std::vector<std::wstring>& excludes,
                                 std::uint32_t maxCases, bool noRegex);
@@ -144,8 +145,8 @@ public:
     static std::wstring AddBackslash(const std::wstring& path);
     static std::wstring RemoveBackslash(const std::wstring& path);
 
-    /// GetFileNameOnly returns the last component of a path, which may end with a separator. GetPrunedPath returns the
-    /// path before that component, with separator.
+    /// GetFileNameOnly returns the last component of a path, even if the path ends with a separator. GetPrunedPath
+    /// returns the path before that component, with separator.
     static std::wstring GetFileNameOnly(const std::wstring& path);
     static std::wstring GetPrunedPath(const std::wstring& path);
 
@@ -192,8 +193,9 @@ public:
         std::wstring WorkspacePath;
     };
 
-    /// The origin of the build's sources; null if unknown. GetPscmInfo reads the file lutestsuite-build.txt beside the
-    /// host if it exists; otherwise both read a record that the build embedded in this library.
+    /// The origin of the build's sources; null if unknown. Both read a record that the build embedded in this library;
+    /// only GetPscmInfo first looks for a file lutestsuite-build.txt beside the host and, if there is one, reads that
+    /// file instead.
     static std::unique_ptr<SSvnInfo> GetSvnInfo();
     static std::unique_ptr<SPscmInfo> GetPscmInfo();
 
@@ -203,8 +205,9 @@ public:
     // Processes -------------------------------------------------------------------------------------------------------
 
     /// Starts a process and waits for its end. If the process has not ended after the given time, ends it and its
-    /// descendants; otherwise its descendants keep running. The caller quotes the arguments, which are one text. The
-    /// exit status is ignored. Prints a warning if the process cannot be started or had to be ended.
+    /// descendants; otherwise its descendants keep running. `arguments` is one text, in which the caller has quoted
+    /// each argument that needs it. The exit status is ignored. Prints a warning if the process cannot be started or
+    /// had to be ended.
     static void ExecuteWithTimeout(const std::wstring& executable, const std::wstring& arguments,
                                    const std::wstring& workingDir, std::uint32_t timeoutSec);
 
@@ -221,25 +224,26 @@ public:
 
     // Auxiliary modes -------------------------------------------------------------------------------------------------
 
-    /// Lists the selected unit tests and cases, without disabled cases, and how many there are. Without a data
-    /// directory, lists the entries of GetDataDirHistory instead. Exceptions of the selection pass through.
+    /// Lists the selected unit tests and cases, except disabled cases, and prints how many were selected and found.
+    /// Without a data directory, lists the entries of GetDataDirHistory instead. Exceptions of the selection pass
+    /// through.
     static void RunQueryMode(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-    /// Lists the selected cases that their descriptions disable, by unit test. Exceptions of the selection pass
+    /// Lists, for each unit test, the selected cases that their descriptions disable. Exceptions of the selection pass
     /// through.
     static void ListDisabledTestCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-    /// Carries out the archive run that the setup names as "file:name": starts the host that the file specifies as a
-    /// child process, and ends it after 8 hours. Moves the reports of the run to the archive and updates the archive's
-    /// overview. Ignores the child's exit status. Prints a line for a name that the file does not contain and for a
-    /// report that cannot be moved. Throws a German message as std::wstring if the file is missing or invalid, or if a
-    /// file or folder named in it is missing or invalid.
+    /// Carries out the archive run that the setup names as "file:name": starts a child process, the host that the file
+    /// specifies, and ends it if it still runs after 8 hours. Moves the reports of the run to the archive and updates
+    /// the archive's overview. Ignores the child's exit status. Prints a line for a name that the file does not contain
+    /// and for a report that cannot be moved. Throws a German message as std::wstring if the file is missing or
+    /// invalid, or if a file or folder named in it is missing or invalid.
     static void RunArchiveMode(const LuTestSuiteSetup& setup);
 
-    /// Finds, in each unit test, selected data sets whose files have equal contents. Depending on the setup's duplicate
-    /// mode, lists them, or deletes all but the oldest of each set; eDM_None only prints the names of the unit tests.
-    /// Ignores files of 4 GiB or more. Prints a line for a file that cannot be read or deleted. Exceptions of the
-    /// selection pass through.
+    /// Finds, in each unit test, groups of selected data sets whose files have equal contents. Depending on the setup's
+    /// duplicate mode, lists the groups, or deletes all but the oldest data set of each group; eDM_None only prints the
+    /// names of the unit tests. Ignores files of 4 GiB or more. Prints a line for a file that cannot be read or
+    /// deleted. Exceptions of the selection pass through.
     static void RunDuplicateDetection(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
     // Reports ---------------------------------------------------------------------------------------------------------

@@ -11,14 +11,14 @@ namespace LuTestSuiteHost
 
 /// The exit status of all hosts.
 constexpr int c_Succeeded = 0;
-constexpr int c_Failed = 1; ///< cases failed
-constexpr int c_Broken = 2; ///< an exception left the library, a case ended the process, or standard output was lost
+constexpr int c_Failed = 1; ///< cases or checks failed, or the library refused the arguments
+constexpr int c_Broken = 2; ///< an exception reached Main, a case ended the process, or standard output was lost
 
-/// The program's name first.
+/// The arguments of a program, its name first.
 using Arguments = std::vector<std::wstring>;
 
-/// Returns what `run` returns for the arguments of main(). An exception of `run` becomes one German line on standard
-/// error and the status c_Broken: an LbException, a message as std::wstring, or any other.
+/// Returns what `run` returns for the arguments of main(). Any exception of `run` (LbException, a message as
+/// std::wstring, or another) becomes one German line on standard error and the status c_Broken.
 int Main(int count, const char* const* arguments, int (*run)(const Arguments& arguments));
 
 /// A terminal shows the library's lines in colour unless NO_COLOR is set and not empty; files and pipes get plain text.
@@ -30,8 +30,8 @@ void WriteError(std::wstring message);
 /// True if another host started this process to run cases; the other host checks how this process ends.
 bool IsChild(const Arguments& arguments);
 
-/// While an object exists, exit() in this process prints an error line and ends with the status c_Broken, so that a
-/// case that calls exit() does not look like a success. Forked copies of the process may end in any way.
+/// While an object exists, exit() in this process prints an error line and ends the process with the status c_Broken,
+/// so that a case that calls exit() does not look like a success. Forked copies of the process may end in any way.
 class CWork : public INonCopyable
 {
 public:

@@ -25,7 +25,7 @@ struct SArchiveRun
     std::wstring callArguments; ///< options for modules and selection, from the command line; entries cannot have them
 };
 
-/// Files of the child process, which are moved to the archive.
+/// Report files that the child process writes; afterwards they are moved to the archive.
 struct STemporaryReports
 {
     std::wstring xml;
@@ -33,7 +33,7 @@ struct STemporaryReports
 };
 
 /// All entries of a file, in file order; the setup provides values that an entry omits. Throws a German message as
-/// std::wstring if the file is missing, is not such a configuration, or has an entry for an unknown build.
+/// std::wstring if the file is missing or no such configuration, or if an entry has an unknown `config` or `platform`.
 std::vector<SArchiveRun> ReadArchiveRuns(const std::wstring& path, const LuTestSuiteSetup& setup);
 
 /// The child's arguments as one text.

@@ -87,8 +87,8 @@ std::wstring getSuffix(const SArchiveRun& run)
                     run.config == L"Debug" ? L"debug" : L"release");
 }
 
-/// Archives the complete report or nothing. A report that cannot be archived stays in the child's folder. If the child
-/// wrote no report, nothing is archived.
+/// Archives the complete report or nothing; true if it is archived. A report that cannot be archived stays in the
+/// temporary folder. If the child wrote no report, nothing is archived.
 bool moveReport(const std::wstring& report, const std::wstring& target)
 {
     if (!LbFileSystem::IsFile(report))
@@ -120,8 +120,8 @@ bool hasPages(const std::wstring& folder)
                                [](const std::wstring& name) { return name.ends_with(c_PageSuffix); });
 }
 
-/// Writes new copies of the style sheet and the script that the page links to, instead of moving the child's copies,
-/// which other runs may delete at any time. Keeps the child's copies while another page may need them.
+/// Writes new copies of the style sheet and the script for the archived page. Does not move the child's copies, because
+/// other runs may delete them at any time. Deletes them unless another page in the temporary folder may need them.
 void moveCompanions(const std::wstring& page, const std::wstring& archivedPage)
 {
     try
@@ -157,7 +157,7 @@ void moveReports(const SArchiveRun& run, const STemporaryReports& reports, const
     }
 }
 
-/// Does not warn without a readable report, because the number of executed cases is then unknown.
+/// Warns if the run executed no case. Does not warn without a readable report: the number of cases is then unknown.
 void warnOfNoCases(const std::wstring& report)
 {
     XMLDocument document;

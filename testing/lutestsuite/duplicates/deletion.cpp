@@ -31,7 +31,7 @@ void visitRedundant(const std::vector<LuTestSuite::SDuplicates>& results, const 
 }
 
 /// True if the file was not written since it was examined: writing changes its size or its time. Does not compare the
-/// number of names, because other names of the file may have been deleted.
+/// number of names (hard links), because other names of the file may have been deleted.
 bool isUnchanged(const SDataSet& dataSet)
 {
     const std::optional<LbOs::SFileStatus> status = LbOs::GetFileStatus(dataSet.path);
@@ -131,7 +131,7 @@ bool CDeletion::Delete(const SDataSet& dataSet, const SDataSet& kept)
     return true;
 }
 
-/// Locks one folder at a time, so that two deletions never deadlock.
+/// Locks at most one folder at a time, so that two deletions never deadlock.
 void CDeletion::lock(const std::wstring& folder)
 {
     if (m_lockedFolder == folder)

@@ -15,12 +15,12 @@
 namespace LuTestSuite
 {
 
-/// Deletes only redundant data sets. Never deletes a file that is kept, a place on the path of an existing link, a file
-/// that has changed since it was compared, or a file that differs in any byte from the kept one. Deletes nothing if
-/// some links may be unknown.
+/// Deletes only redundant data sets. Never deletes a file that is kept, a place (see links.h) on the path of an
+/// existing link, a file that has changed since it was compared, or a file that differs in any byte from the kept one.
+/// Deletes nothing if some links may be unknown.
 ///
 /// Checks and deletes each file under a lock of its unit test's folder: otherwise two concurrent deletions that keep
-/// different files of a set would delete both. A folder that cannot be locked causes a warning.
+/// different files of a set could delete all files of the set. A folder that cannot be locked causes a warning.
 class CDeletion
 {
 public:
@@ -32,7 +32,7 @@ public:
     /// Deletes the redundant links, so that they no longer protect the places on their paths. Call before Delete.
     void DeleteLinks();
 
-    /// Deletes a data set, file or link. True if it no longer exists; false if deletion failed or is forbidden.
+    /// Deletes a data set: a file or a link. True if it no longer exists; false if deletion failed or is forbidden.
     bool Delete(const SDataSet& dataSet, const SDataSet& kept);
 
 private:

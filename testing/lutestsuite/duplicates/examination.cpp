@@ -82,7 +82,7 @@ void examineEach(ExaminedFiles& files, const F& examine)
     }
 }
 
-/// Calls `leave` for each candidate whose size and checksum no other candidate has.
+/// Calls `leave` for each candidate that differs from every other candidate in size or checksum.
 template<typename F>
 void leaveOutDifferent(ExaminedFiles& files, const F& leave)
 {
@@ -123,7 +123,7 @@ ExaminedFiles findFiles(const SUnitTest& test)
 /// Excludes a file without reading it, or marks it as unreadable if it cannot be opened.
 void leaveUnread(SExaminedFile& file)
 {
-    // A file of size 0 stays a candidate: it may have content, as in /proc, which only reading shows.
+    // A file of size 0 stays a candidate: like files in /proc, it may have content that only reading shows.
     if (file.status.size > 0)
     {
         const LbOs::FileHandle opened = LbOs::OpenForReading(file.GetPath());
@@ -135,7 +135,7 @@ void leaveUnread(SExaminedFile& file)
     }
 }
 
-/// True if the beginning is read separately. A file that is not longer is read only once, as a whole.
+/// True if the file is longer than a beginning, which is then read separately. Others are read only once, as a whole.
 bool hasBeginning(const SExaminedFile& file)
 {
     return static_cast<std::uint64_t>(file.status.size) > CFileChecksums::sc_uiBeginning;

@@ -26,7 +26,7 @@ public:
     /// Size of a beginning in bytes: file systems read at least that much at once.
     static constexpr std::size_t sc_uiBeginning = 4096;
 
-    /// The checksum of the first bytes, or of a whole shorter file. Throws LbException if they cannot be read.
+    /// The checksum of the beginning, or of the whole file if it is shorter. Throws LbException if reading fails.
     LuMurmurHash3::S128 GetOfBeginning(const std::wstring& path);
 
 private:

@@ -11,10 +11,10 @@ namespace
 
 using LuTestSuite::SLinks;
 
-/// More links than any system follows.
+/// More links than any system follows in one path.
 constexpr std::size_t c_LongestChain = 64;
 
-/// The places on the path of a link to `target`.
+/// The places on the path of `link`, which leads to `target`.
 std::vector<std::wstring> getChain(const std::wstring& link, std::wstring target)
 {
     std::vector<std::wstring> chain;
@@ -28,7 +28,7 @@ std::vector<std::wstring> getChain(const std::wstring& link, std::wstring target
         target = LbOs::GetLinkTarget(place);
         chain.push_back(std::move(place));
     }
-    // If the system resolves the path differently, its result counts too.
+    // If the system resolves the path differently, the system's result counts too.
     std::wstring file = LbOs::GetCanonicalPath(link);
     if (!file.empty() && (chain.empty() || file != chain.back()))
     {

@@ -11,7 +11,7 @@ namespace LuTestSuite
 struct SLink
 {
     std::wstring place;
-    std::vector<std::wstring> chain; ///< the places on its path, the file's place last; may contain duplicates
+    std::vector<std::wstring> chain; ///< the places on the link's path, the file's place last; may contain duplicates
 };
 
 struct SLinks

@@ -45,7 +45,7 @@ enum class EActivity : std::uint32_t
     FindCases
 };
 
-/// Registers the calling thread as one that runs test code in this process. The same thread destroys the object. A
+/// Registers the calling thread as one that runs test code in this process. The same thread must destroy the object. A
 /// second object of a thread shares the place of the first in the table.
 ///
 /// The table has places for 512 threads, twice the largest number of workers. If it is full, the crash of a further

@@ -65,8 +65,8 @@ void warmUpParallelLoops()
 
     LbParallel::SumRange(0, 99);
 
-    // Uses each thread of the pool, its value and the lock once. Counts whole ranges instead of single numbers to be
-    // quick, because each child process waits for this at its start.
+    // Uses each thread of the pool, the thread's value and the lock once. Counts whole ranges instead of single numbers
+    // to be quick, because each child process waits for this at its start.
     LbCombinable<std::int64_t> counts;
     LbParallel::ForRanges(0, c_LoopLength,
                           [&counts](std::int64_t first, std::int64_t last) { counts.Local() += last - first; });

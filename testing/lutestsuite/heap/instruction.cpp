@@ -15,7 +15,7 @@ namespace
 //   w  imm16              z  imm16 or imm32        Z  ModRM, imm16 or imm32
 //   e  imm16, imm8        v  imm16, 32 or 64       o  address of 64 or 32 bits
 //   j  rel8               J  rel32                 R  REX
-//   3  ModRM, imm8 when its middle field is 0 or 1 (TEST)
+//   3  ModRM, and imm8 if the middle field of ModRM is 0 or 1 (TEST)
 //   4  the same with imm16 or imm32
 //   C  ModRM of control and debug registers, never memory
 //   S  escape to another map, VEX or EVEX

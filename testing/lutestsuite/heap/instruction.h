@@ -43,7 +43,7 @@ struct SInstruction
     bool isRipRelative = false; ///< the displacement counts from the instruction's end
     std::uint8_t displacementOffset = 0;
     std::uint8_t displacementSize = 0;
-    std::uint8_t immediateOffset = 0; ///< a relative branch's displacement is its immediate
+    std::uint8_t immediateOffset = 0; ///< in a relative branch, the immediate is the displacement
     std::uint8_t immediateSize = 0;
     ERelative relative = ERelative::None;
 };

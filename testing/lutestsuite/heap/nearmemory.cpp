@@ -48,7 +48,7 @@ bool visit(const LbOs::SRegion& region, void* context) noexcept
     {
         search.Consider(region);
     }
-    // Stops after the first place above the target, since all later places are farther away.
+    // Ends the visit after the first place above the target, since all later places are farther away.
     return search.place <= search.target;
 }
 

@@ -28,8 +28,8 @@ bool isExecutable(std::uintptr_t address, LbOs::SRegion& region) noexcept
     return LbOs::QueryRegion(address, region) && region.isExecutable;
 }
 
-/// Moves each thread that executes in the range to the address that `findPlace` returns for its offset. False if one of
-/// them cannot be moved.
+/// Moves each thread that executes in the range to the address that `findPlace` returns for the thread's offset. False
+/// if a thread cannot be moved.
 template<typename F>
 bool moveThreads(LbOs::CThreadFreezer& threads, std::uintptr_t begin, std::size_t size, const F& findPlace) noexcept
 {
@@ -270,7 +270,7 @@ EPatchStatus CPatchEngine::ShutDown() noexcept
     return EPatchStatus::Success;
 }
 
-/// Requires frozen threads. Disables all patches, moves threads out of trampolines, redirects detours to the targets.
+/// Requires frozen threads. Disables all patches, moves threads out of trampolines, and lets detours call the targets.
 bool CPatchEngine::leaveAll(LbOs::CThreadFreezer& threads) noexcept
 {
     for (SPatch* patch = m_first; patch != nullptr; patch = patch->next)

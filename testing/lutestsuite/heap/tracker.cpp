@@ -223,9 +223,9 @@ void LuTestSuiteHeapTracker::dump(LuStreamWriteText& stream) const
     snapshot.Write(stream);
 }
 
-/// Held from the call of the run-time's function until all trackers have counted it. Otherwise another thread could
-/// receive a freed block, and trackers would count its allocation before its release. Takes the heap's own lock first,
-/// in the same order as a thread that locks the heap and then allocates.
+/// Held from the call of the run-time's function until all trackers have counted the operation. Otherwise another
+/// thread could receive a freed block, and trackers would count its allocation before its release. Takes the heap's own
+/// lock first, like a thread that locks the heap and then allocates: the same order prevents a deadlock.
 class LuTestSuiteHeapTracker::COperationLock : public INonCopyable
 {
 public:

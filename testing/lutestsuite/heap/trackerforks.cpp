@@ -22,7 +22,7 @@ LbOs::SHeapFunctions LuTestSuiteHeapTracker::prepare()
 }
 
 /// Call before taking the lock. In a forked child, fork handlers of other libraries may run, and allocate, before this
-/// library's handler; then the first such call does the work of this library's handler.
+/// library's handler; then the first call of this function does the work of this library's handler.
 void LuTestSuiteHeapTracker::goOnInChild() noexcept
 {
     if (s_trackerState.forks.IsInChild())

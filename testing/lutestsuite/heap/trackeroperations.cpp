@@ -44,7 +44,7 @@ void LuTestSuiteHeapTracker::dispatchOrDefer(const SOperation& operation) noexce
 
 void LuTestSuiteHeapTracker::dispatch(const SOperation& operation) noexcept
 {
-    // After an UnhookAll that failed midway some of the three patches are missing, so counts would be wrong.
+    // If an UnhookAll failed midway, some of the three patches are missing, so counts would be wrong.
     if (s_bDeactivateGlobal || !s_bIsHooked)
     {
         return;

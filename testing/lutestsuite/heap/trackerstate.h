@@ -9,10 +9,10 @@
 namespace LuTestSuite
 {
 
-/// The forks under way on all threads. A thread that forks must not hold the tracker's lock. It also waits for locks of
-/// the run-time, such as that of the stream list. Another thread may have such a lock, allocate, and wait for the
-/// tracker's lock: a deadlock. Instead, trackers do not change while a fork is under way, and operations are queued
-/// here. So the child gets consistent copies of the trackers.
+/// The forks under way on all threads. A thread that forks must not hold the tracker's lock, because the fork waits for
+/// locks of the run-time, such as that of the stream list. If another thread held such a lock, allocated, and waited
+/// for the tracker's lock, there would be a deadlock. Instead, trackers do not change while a fork is under way, and
+/// operations are queued here. So the child gets consistent copies of the trackers.
 ///
 /// Changed under the tracker's lock, or in a child that has no other thread yet.
 class CForks
@@ -20,8 +20,8 @@ class CForks
 public:
     bool AreUnderWay() const noexcept { return m_count.load(std::memory_order_relaxed) != 0; }
 
-    /// True in a child that has not called StartOver. Compares process ids, so it misses a child in another process id
-    /// name space that has its parent's id.
+    /// True in a child that has not called StartOver. Compares process ids, so it misses a child that is in another
+    /// name space of process ids and has the same id as its parent.
     bool IsInChild() const noexcept { return AreUnderWay() && LbOs::GetProcessId() != m_process; }
 
     void Begin() noexcept

@@ -183,7 +183,7 @@ private:
         m_innerJumps[m_innerCount++] = {m_literals, offset};
     }
 
-    /// Redirects each jump to an overwritten instruction to the copy of that instruction.
+    /// If a jump leads to an overwritten instruction, lets it lead to the copy of that instruction instead.
     void fixInnerJumps() noexcept
     {
         for (std::size_t index = 0; m_isGood && index < m_innerCount; ++index)

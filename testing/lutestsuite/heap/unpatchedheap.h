@@ -6,7 +6,7 @@
 namespace LuTestSuite
 {
 
-// Addresses of the unpatched functions. The assembly jumps refer to them by these names.
+// Addresses of the unpatched functions. The jumps in assembly refer to these variables by the quoted names.
 extern void* s_mallocTrampoline asm("LuTestSuiteHeapTracker_malloc");
 extern void* s_freeTrampoline asm("LuTestSuiteHeapTracker_free");
 extern void* s_reallocTrampoline asm("LuTestSuiteHeapTracker_realloc");

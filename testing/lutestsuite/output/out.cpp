@@ -48,7 +48,8 @@ void writeBatch()
 void writeToConsole(const std::wstring& text)
 {
     s_Batch += LbEncoding::ToUtf8(text);
-    // With custom outputs, writes each line at once: they may write to the same console, and the order must be right.
+    // If there are custom outputs, writes each line at once: custom outputs may write to the same console, and the
+    // lines must keep their order.
     if (s_uiBatches == 0 || !s_CustomOuts.empty())
     {
         writeBatch();

@@ -14,8 +14,8 @@ enum class EBatchEnd
 };
 
 /// Collects the output of the calling thread while the object exists, then writes it to standard output in one piece or
-/// defers it. Meanwhile, other threads that print wait. If there are custom outputs, nothing is collected: all outputs
-/// receive each line immediately.
+/// defers it. Other threads that print wait until the object is destroyed. If there are custom outputs, nothing is
+/// collected: all outputs receive each line immediately.
 class COutputBatch : public INonCopyable
 {
 public:

@@ -17,7 +17,7 @@ struct SResultTexts
     const wchar_t* description;
 };
 
-/// Searched by result and by name: the name "UNKNOWN" is read as an incomplete case.
+/// Searched by result and by name. The name "UNKNOWN", which c_OtherTexts has as well, is read as an incomplete case.
 constexpr SResultTexts c_ResultTexts[] = {
     {ECaseRunResult::Unknown, L"UNKNOWN", L"Unvollständige Ausführung"},
     {ECaseRunResult::Ok, L"OK", L"Ok"},

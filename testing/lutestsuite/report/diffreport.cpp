@@ -91,7 +91,7 @@ std::wstring getCell(const T* side, const F& get)
     return side == nullptr ? std::wstring() : get(*side);
 }
 
-/// The class's name with a link to its contact, taken from run B, else from run A.
+/// The class's name and a link to its contact; each is taken from run A only if run B lacks it.
 std::wstring getClassCell(const SClass* a, const SClass* b)
 {
     std::wstring link = b == nullptr ? std::wstring() : LuTestSuite::GetContactLink(*b);

@@ -156,7 +156,7 @@ std::wstring LuTestSuiteUtils::LuMarkupWriter::Unescape(std::wstring_view text)
 {
     std::wstring result;
     result.reserve(text.size());
-    // Most texts contain no entity.
+    // Copies the text before each '&' in one piece, because most texts contain no entity.
     for (std::size_t start = text.find(L'&'); start != std::wstring_view::npos; start = text.find(L'&'))
     {
         result.append(text.substr(0, start));

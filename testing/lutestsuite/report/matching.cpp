@@ -41,7 +41,7 @@ void addKeys(std::vector<SKeyed<Entry>>& keyed, const std::vector<Entry>& entrie
     }
 }
 
-/// The values that decide the comparison, so entries of equal rank are interchangeable.
+/// All values on which the state of a match depends, so entries of equal rank are interchangeable.
 auto getRank(const SClass& testClass)
 {
     const std::int64_t unsuccessful = std::int64_t{testClass.CasesTotal} - testClass.Successful;
@@ -98,7 +98,7 @@ std::vector<Match> matchKeys(const std::vector<Entry>& a, const std::vector<Entr
     return matches;
 }
 
-/// Growth is worse.
+/// Growth counts as worse.
 EDiffState compareGrowth(std::int64_t growth)
 {
     if (growth == 0)
@@ -172,8 +172,8 @@ void compare(SCaseMatch& match, const SCase* a, const SCase* b, bool tolerateWar
         match.state = compareCases(*a, *b, tolerateWarnings);
         return;
     }
-    // For a case of only one run, a warning counts in run A unless warnings are tolerated, and in run B only if they
-    // are; readers of comparisons rely on both.
+    // For a case that only one run has: in run A, a warning counts if warnings are not tolerated; in run B, it counts
+    // if they are tolerated. Readers of comparisons rely on both rules.
     match.state = a != nullptr ? getStateAlone(*a, !tolerateWarnings) : getStateAlone(*b, tolerateWarnings);
 }
 

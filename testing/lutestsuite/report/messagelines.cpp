@@ -18,7 +18,8 @@ constexpr SMark c_ErrorMark = {L"ERROR: ", true};
 /// In the order in which they are searched for.
 constexpr SMark c_Marks[] = {{L"INFO:  ", false}, c_ErrorMark};
 
-/// Removes everything up to the mark and sets the kind that it denotes; changes nothing without a mark.
+/// Removes everything up to the end of the mark, and sets the kind that the mark denotes. Changes nothing if the line
+/// has no mark.
 void takeMark(std::wstring_view& line, bool& isError)
 {
     for (const SMark& mark : c_Marks)

@@ -92,8 +92,8 @@ SRate readRate(const XMLNode& node, const char* totalName)
     return rate;
 }
 
-/// Reads only what the page shows, since archives grow and reports are large. Keeps texts as written, because they are
-/// written to the page unchanged. False if the report cannot be read.
+/// Reads only what the page shows, because archives grow and reports are large. Keeps texts as written, because they
+/// are written to the page unchanged. False if the report cannot be read.
 bool readRun(const std::wstring& path, SArchivedRun& run)
 try
 {
@@ -172,8 +172,8 @@ void writeDiff(const SArchive& archive, const std::wstring& path, const SArchive
     }
 }
 
-/// True for characters that are not allowed in links or have a special meaning there. A backslash is kept where it
-/// separates folders: file links accept it. A text before a colon could be read as a protocol.
+/// True for characters that are not allowed in links or have a special meaning there. A backslash is kept on platforms
+/// where it separates folders: file links accept it. A text before a colon could be read as a protocol.
 bool breaksLink(char character)
 {
     const bool isPlain = character > ' ' && character < '\x7F';
@@ -287,7 +287,8 @@ void LuTestSuiteReport::GenerateReportDirectoryOverview(const std::wstring& root
                                                         const std::wstring& reportPrefix)
 {
     SArchive archive;
-    // Adds no separator to an empty name: a separator alone would mean the root of the file system or of the links.
+    // WithSeparator adds no separator to an empty name: a separator alone would mean the root of the file system or of
+    // the links.
     archive.root = LbPath::WithSeparator(root);
     archive.reports = LbPath::WithSeparator(archive.root + subDirectory);
     archive.diffs = archive.reports + L"Diff" + LbPath::c_Separator;

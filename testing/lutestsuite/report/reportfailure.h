@@ -9,7 +9,7 @@
 namespace LuTestSuite
 {
 
-/// Prints the line that names the report; `format` takes its path and has no line feed.
+/// Prints the line that names the report; `format` takes the report's path and has no line feed.
 inline void WriteReportFailure(LbFormatString<std::wstring> format, const std::wstring& path)
 {
     LuTestSuiteOut::Write(L"%s\n", LbFormat(format, path));

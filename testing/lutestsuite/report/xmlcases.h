@@ -15,9 +15,10 @@ inline constexpr std::string_view c_XmlDeclaration = "<?xml version=\"1.0\" enco
 /// The beginning of each case.
 inline constexpr std::string_view c_CaseBegin = "<testcase id=\"";
 
-/// Reads the cases up to the end of the report, in a fraction of the time and memory of a tree. `bytes` begin with the
-/// first case and contain no null character. False, with some of the cases added, if anything deviates from the
-/// elements and attributes that the writer writes, in their order; white space between elements does not matter.
+/// Reads the cases up to the end of the report, in a fraction of the time and memory that building a tree takes.
+/// `bytes` begin with the first case and contain no null character. False, with some of the cases added, if the
+/// elements or attributes, or their order, differ from those that the writer writes; white space between elements does
+/// not matter.
 bool ReadXmlCases(std::string_view bytes, std::vector<LuTestSuiteReport::SReportCase>& cases);
 
 } // namespace LuTestSuite

@@ -150,7 +150,7 @@ bool readOwnLayout(const std::string& bytes, ReportData& data)
     return LuTestSuite::ReadXmlCases(std::string_view(bytes).substr(start), data.Cases);
 }
 
-/// False if the file does not exist. Throws the reason if it cannot be read.
+/// False if the file does not exist. Throws the reason if the file cannot be read.
 bool readFile(const std::wstring& path, ReportData& data)
 {
     std::string bytes;

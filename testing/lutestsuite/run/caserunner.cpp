@@ -73,9 +73,10 @@ std::wstring describeRefusal(const LuTestSuite::SUnitTest& unitTest, const LuTes
     return text;
 }
 
-/// Tells whether the child processes certainly need the listing of the case's folder. If a class overrides neither the
-/// list nor the running of sub-tests, its objects look up only the file of their case; they read the whole folder only
-/// if the class asks for it. One such read per process is cheap if a process runs many cases, but not if it runs one.
+/// Tells whether the child processes certainly need the listing of the case's folder. Objects of a class that overrides
+/// neither the list nor the running of sub-tests look up only the file of their case, and read the whole folder only if
+/// the class asks for it. One read of the folder per process is cheap if a process runs many cases, but not if it runs
+/// one.
 EListingUse getListingUse(const SPlannedCase& planned)
 {
     const LbRTTI* const type = LbRTTI::Find(planned.unitTest.className);

@@ -21,7 +21,8 @@ namespace LuTestSuiteRun
 bool WriteRequest(SWorkBuffer& buffer, const LuTestSuite::SUnitTest& unitTest, const LuTestSuite::STestCase& testCase,
                   const SParams& params);
 
-/// Runs the cases of one executing thread, which owns it, and owns the child process of the thread's external cases.
+/// Runs the cases of one executing thread. The thread owns the runner; the runner owns the child process in which the
+/// thread's external cases run.
 class CCaseRunner : public INonCopyable
 {
 public:
@@ -32,8 +33,8 @@ public:
     using ToCome = std::function<PlannedCases()>;
 
     /// Runs the case, fills its record and reports its events. If the run is canceled before the case begins, or if a
-    /// name is too long for the request, the result in the record does not change. Meanwhile, spare children may be
-    /// started for the cases that `toCome` returns.
+    /// name is too long for the request, the result in the record does not change. While the case runs, spare children
+    /// may be started for the cases that `toCome` returns.
     void Run(const SPlannedCase& planned, const ToCome& toCome);
 
     /// For an external case, prepares a child process and everything that the case needs; false if no child could be
@@ -56,7 +57,8 @@ private:
     std::optional<CHeapWorkBuffer> m_buffer;
     std::optional<LuTestSuite::CCrashThread> m_crashThread; ///< created together with m_buffer
     CExternalContext m_external;
-    /// The last unit test whose listing needs no more sharing for its isolated cases, and for its other cases.
+    /// The last unit tests for which the directory listing need not be shared again: for isolated cases, and for other
+    /// cases.
     const LuTestSuite::SUnitTest* m_sharedForIsolated = nullptr;
     const LuTestSuite::SUnitTest* m_sharedForOthers = nullptr;
     const std::uint64_t m_ownProcessId = LbOs::GetProcessId();

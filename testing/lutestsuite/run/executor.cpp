@@ -120,8 +120,8 @@ ECaseRunResult runSubtest(const SWorkBuffer& buffer, const SParams& params, std:
     return toCaseResult(unitTest->RunSelectedSubtest());
 }
 
-/// Runs the case and releases everything that the runner has allocated for it, so that the remaining memory is the
-/// case's leak.
+/// Runs the case and releases everything that the runner has allocated for it, so that memory that is still allocated
+/// afterwards is the case's leak.
 ECaseRunResult runCase(SWorkBuffer& buffer, const SParams& params)
 {
     CBufferStream messages(buffer);

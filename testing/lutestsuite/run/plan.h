@@ -30,8 +30,8 @@ struct SPlan
 };
 
 /// Makes a plan that is ordered by unit test, case and repetition. Fills `cases` with the records, in plan order. The
-/// plan keeps references to the arguments, which must outlive it. Afterwards, results may be written into the records;
-/// nothing else may change.
+/// plan keeps references to the arguments, which must outlive it. Afterwards, only the results in the records may
+/// change.
 SPlan MakePlan(const std::vector<LuTestSuite::SUnitTest>& unitTests, const SParams& params,
                std::vector<SCaseInfo>& cases);
 

@@ -19,7 +19,7 @@ public:
     CPreparation(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
     ~CPreparation();
 
-    /// The user's paths, resolved against the working directory before the run changes it.
+    /// The user's paths as full paths, determined before the run changed the working directory.
     const std::wstring& GetDataDirectory() const { return m_dataDirectory; }
     const std::wstring& GetIncludeConfig() const { return m_includeConfig; }
 

@@ -42,7 +42,7 @@ std::unique_ptr<LuUnitTest> createUnitTest(const std::wstring& className)
     return unitTest && unitTest->IsKindOf(LuUnitTest::RTTI) ? std::move(unitTest) : nullptr;
 }
 
-/// False if the sub-test has no reference data.
+/// False if there is no such sub-test, or if its data cannot be recreated.
 bool recreateSubtest(LuUnitTest& unitTest, const std::wstring& name, const IUnitTestRecreate::SRequest& request)
 {
     const std::optional<std::uint32_t> subtest = unitTest.FindSubtest(name);

@@ -33,8 +33,8 @@ std::wstring makeAutomaticName()
     return LbFormat(L"%sLuTestSuiteReport-%s", folder, LbDateTime::FormatNow(L"[Y-m-d]-[H-i-s]"));
 }
 
-/// Returns the path, after restoring the working directory for a relative path. If that fails, prints an error and
-/// returns an empty text, because the path would refer to the executable's folder.
+/// Returns the path; for a relative path, first restores the working directory. If that fails, prints an error and
+/// returns an empty text, because the path would then refer to the executable's folder.
 std::wstring getTarget(const std::wstring& path, LuTestSuiteEnvironment& environment)
 {
     if (path.empty() || LbOs::IsAbsolutePath(path) || environment.RestoreWorkingDirectory())
@@ -46,7 +46,7 @@ std::wstring getTarget(const std::wstring& path, LuTestSuiteEnvironment& environ
     return {};
 }
 
-/// The user's paths; empty where an automatic name replaces the user's.
+/// The user's paths; empty where an automatic name replaces the user's path.
 STargets getNamedTargets(const LuTestSuiteSetup& setup)
 {
     return {setup.autoXml ? std::wstring() : setup.xmlReport, setup.autoHtml ? std::wstring() : setup.htmlReport};

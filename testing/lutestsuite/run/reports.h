@@ -9,7 +9,7 @@ namespace LuTestSuiteRun
 {
 
 /// Throws LbException if a report has a relative path and there is no working directory. Called before the run, so that
-/// the user does not learn of this only after a long run.
+/// the user learns of this at once.
 void RequireReportPlaces(const LuTestSuiteSetup& setup);
 
 /// Writes the reports that the setup requests, all from one record, and opens the page if requested. Relative paths

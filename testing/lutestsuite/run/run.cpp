@@ -94,8 +94,8 @@ LuTestSuite::EBatchEnd getResultEnd(const LuTestSuiteSetup& setup, const IRunObs
     return isUnwatched ? LuTestSuite::EBatchEnd::Defer : LuTestSuite::EBatchEnd::Write;
 }
 
-/// Runs everything up to and including the summary. Restores the working directory before it returns, because the
-/// user's report paths refer to it.
+/// Runs everything up to and including the summary. Restores the user's working directory before it returns, because
+/// the user's report paths refer to that directory.
 SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment, const SWatch& watch,
                     UnitTests& unitTests, CLeavingChildren& leaving)
 {
@@ -142,10 +142,10 @@ SRunResult Run(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environmen
                const SRunOptions& options)
 {
     RequireReportPlaces(setup);
-    // Exists before the modules are loaded, whose initialisation may crash, and until the end, because threads that
-    // cases have left running may still crash.
+    // Created before the modules are loaded, because their initialisation may crash. Kept until the end, because
+    // threads that cases have left running may still crash.
     const LuTestSuite::CCrashNotes notes;
-    // Its destructor waits for exiting children, so that they can exit while the reports are written.
+    // Waits for exiting children only in its destructor, so that they can exit while the reports are written.
     CLeavingChildren leaving;
     UnitTests unitTests;
     SRunResult result = runCases(setup, environment, {observer, options}, unitTests, leaving);

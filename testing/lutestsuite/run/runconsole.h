@@ -35,7 +35,7 @@ public:
     /// waiting.
     void PrintWaiting();
 
-    /// The indices in the plan of the cases that are still waiting. Precondition: all workers have ended.
+    /// The plan indices of the cases that are still waiting. Precondition: all workers have ended.
     std::vector<std::size_t> GetWaiting() const;
 
 private:

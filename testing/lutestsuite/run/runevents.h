@@ -14,8 +14,8 @@
 namespace LuTestSuiteRun
 {
 
-/// The only class that reports events of a run to observers and asks the host whether to continue. Any thread; it makes
-/// one call at a time.
+/// The only class that reports events of a run to observers and asks the host whether to continue. Any thread; the
+/// object makes one call at a time.
 ///
 /// The first exception of an observer or of a callback of the host fails the run: then no observer or callback is
 /// called again.

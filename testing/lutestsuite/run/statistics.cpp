@@ -13,7 +13,7 @@ namespace
 void countCase(const SCaseInfo& info, SStats::SCounts& counts)
 {
     // A broken child process may answer with any number. An invalid result counts as Unknown, and the console shows it
-    // as such.
+    // as Unknown.
     const auto index = static_cast<std::size_t>(info.result);
     const auto unknown = static_cast<std::size_t>(ECaseRunResult::Unknown);
     ++counts.results[index < SStats::SCounts::sc_uiResults ? index : unknown];

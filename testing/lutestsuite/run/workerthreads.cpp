@@ -33,12 +33,12 @@ public:
     /// Returns the next case; null if no case is left at present, or if the run is canceled or has failed.
     const SPlannedCase* Take();
 
-    /// Returns the case for another worker to take, and retires this worker, which takes no more cases. False without
-    /// effect if there is no other worker; true without effect after Stop.
+    /// Gives the case back, so that another worker takes it, and retires this worker: it takes no more cases. If there
+    /// is no other worker, only returns false; after Stop, only returns true.
     bool LeaveToOthers(const SPlannedCase& planned);
 
-    /// Retires a worker to which Take has returned null. False without effect if other workers have returned cases
-    /// meanwhile.
+    /// Retires a worker to which Take has returned null. If other workers have given cases back meanwhile, only returns
+    /// false.
     bool Leave();
 
     /// Unregisters a worker whose thread failed to start. False if cases remain and no worker is left.
@@ -78,7 +78,7 @@ private:
     LbCriticalSection m_workLock; ///< protects the members up to m_isStopped
     std::size_t m_next = 0;
     std::size_t m_leftOut = 0;                   ///< number of cases that were left out
-    std::vector<const SPlannedCase*> m_leftOver; ///< returned by workers that could not run them
+    std::vector<const SPlannedCase*> m_leftOver; ///< given back by workers that could not run them
     std::size_t m_takers = 0;                    ///< number of workers that may still take cases
     bool m_isStopped = false;                    ///< true if Take returns no more cases
 
@@ -386,7 +386,7 @@ void printFinished(CWork& work, CRunEvents& events, CRunConsole& console)
     }
 }
 
-/// Prints cases until the end of the run. An exception fails the run, which also ends workers that wait for a child.
+/// Prints cases until the end of the run. An exception fails the run; workers that wait for a child then stop waiting.
 void printOrStop(CWork& work, CRunEvents& events, CRunConsole& console)
 {
     try
@@ -405,8 +405,8 @@ void printOrStop(CWork& work, CRunEvents& events, CRunConsole& console)
 std::uint32_t GetWorkerCount(std::uint32_t wanted)
 {
     constexpr std::uint32_t c_Most = 256;
-    // The limit counts threads, too: the worker itself, its child process with the child's threads, and what a case
-    // starts.
+    // The system's limit counts processes and threads: the worker itself, its child process with the child's threads,
+    // and what a case starts.
     constexpr std::uint64_t c_ProcessesPerWorker = 8;
     const std::uint64_t possible = std::max<std::uint64_t>(1U, LbOs::GetProcessLimit() / c_ProcessesPerWorker);
     return std::clamp(wanted, 1U, static_cast<std::uint32_t>(std::min<std::uint64_t>(possible, c_Most)));

@@ -19,10 +19,12 @@ using LuTestSuite::SSyntaxNode;
 /// standard library handles larger expressions.
 constexpr std::size_t c_MostNodes = 15'000;
 
-/// The standard library refuses expressions of more than 100,000 states; a few of them do not come from the tree.
+/// The standard library refuses expressions of more than 100,000 states; a few of these states do not come from the
+/// syntax tree.
 constexpr std::size_t c_MostEngineStates = 99'000;
 
-/// Limit for the numbers stored in states and transitions. Beyond it, all states are dropped and created anew.
+/// How many numbers the states and transitions may store together. If they store more, all states are dropped and
+/// created again.
 constexpr std::size_t c_MostNumbers = std::size_t{8} << 20U;
 
 /// The states that always exist.
@@ -38,7 +40,7 @@ struct SMeasure
     std::size_t copies;      ///< additional copies of a repeated child
 };
 
-/// The nodes of the automaton. An empty group counts, too, because its repetitions take time.
+/// Counts the nodes of the automaton. An empty group counts, too, because its repetitions take time.
 constexpr SMeasure c_Nodes = {c_MostNodes + 1, 1, 1, 0};
 
 /// An upper bound of the states that the standard library creates.
@@ -278,9 +280,11 @@ void CAutomaton::clearStates()
         m_first = c_Found;
         return;
     }
-    // In this state alone, the beginning of the text can also be its end, so it is not in m_stateIndices.
+    // The first state is not in m_stateIndices, because it differs from a later state with the same nodes: the
+    // beginning of the text can also be its end.
     m_first = appendState(true);
-    // Reports the expressions that match the empty text once, so that the other states need not repeat them.
+    // Adds the expressions that match the empty text to the first state only, so that the other states need not repeat
+    // them.
     appendFound(m_restart, m_states[m_first].found);
 }
 
@@ -325,7 +329,7 @@ bool CAutomaton::extendClosure(NodeIndex node, bool isBegin, bool isEnd)
     return isFound;
 }
 
-/// Calls extendClosure for the successor of each of the nodes that accepts the characters of the class.
+/// For each of the nodes that accepts the characters of the class, calls extendClosure with the node's successor.
 bool CAutomaton::extendClosureOver(const NodeIndices& nodes, std::size_t characterClass)
 {
     bool isFound = false;
@@ -340,7 +344,7 @@ bool CAutomaton::extendClosureOver(const NodeIndices& nodes, std::size_t charact
     return isFound;
 }
 
-/// Computed at the first call for each class, since every transition over the class needs it.
+/// Computes the step at the first call for a class and keeps it, because every transition over the class needs it.
 const CAutomaton::SRestartStep& CAutomaton::getRestartStep(std::size_t characterClass)
 {
     SRestartStep& step = m_restartSteps[characterClass];

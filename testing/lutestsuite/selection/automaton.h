@@ -43,8 +43,8 @@ public:
     /// True if one of the expressions is found anywhere in the text. Precondition: EGoal::Any.
     bool IsFoundIn(std::wstring_view text);
 
-    /// The expressions that are found anywhere in the text, ascending; 0 is the first one that was added. Valid until
-    /// the next search. Precondition: EGoal::Each.
+    /// The numbers of the expressions that are found anywhere in the text, ascending; the expression that was added
+    /// first has number 0. Valid until the next search. Precondition: EGoal::Each.
     const std::vector<std::uint32_t>& FindEach(std::wstring_view text);
 
 private:
@@ -140,7 +140,7 @@ private:
 
     bool m_isPrepared = false;
     StateIndex m_first = 0;
-    NodeIndices m_restart;                    ///< where expressions can begin at any position; implied in each state
+    NodeIndices m_restart;                    ///< where expressions can begin at any position; each state implies them
     NodeIndices m_restartAtEnd;               ///< those of kind TextEnd
     std::vector<bool> m_isRestart;            ///< for each node
     std::vector<SRestartStep> m_restartSteps; ///< for each class

@@ -1,4 +1,4 @@
-/// Sets of characters of an expression, by their code units.
+/// Sets of characters in an expression, stored as ranges of code units.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,8 @@ public:
     CCharacterSet() = default;
     explicit CCharacterSet(wchar_t character) { Add(character, character); }
 
-    /// The ASCII characters of a class as named in "[[:alpha:]]". Empty optional for an unknown name.
+    /// The ASCII characters of the class with this name, such as "alpha" in "[[:alpha:]]". Empty optional for an
+    /// unknown name.
     static std::optional<CCharacterSet> FromClassName(std::wstring_view name);
 
     /// The set of ".": all characters except the four line terminators.

@@ -25,7 +25,7 @@ void setFlagOrNull(const XMLNode& node, ParameterMap& parameters)
     LuTestSuite::GetParameter(parameters, node.GetName()) = flag ? LbVariant(*flag) : LbVariant();
 }
 
-/// An invalid text does not change the parameter, whether absent or set by an earlier element.
+/// An invalid text changes nothing: the parameter stays absent, or keeps the value of an earlier element.
 void setFlag(const XMLNode& node, ParameterMap& parameters)
 {
     if (const std::optional<bool> flag = LuTestSuite::ReadBool(node.GetText()))

@@ -92,7 +92,7 @@ void assignDataSetFiles(const LuUnitTest& instance, SUnitTest& test)
 }
 
 /// Prevents endless recursion through links to folders: enters each target only once, and never a target that contains
-/// the link. Links to folders of unit tests need no check, since these folders are not searched.
+/// the link. Links to folders of unit tests need no check, because these folders are not searched.
 class CLinkedDirectories
 {
 public:
@@ -107,7 +107,7 @@ private:
     std::unordered_set<std::wstring> m_entered;
 };
 
-/// True if objects can be created of the class that belongs to a folder; otherwise prints a warning.
+/// True if objects of the class that belongs to a folder can be created; otherwise prints a warning.
 bool canBeCreated(const LbRTTI& type, const std::wstring& folderName)
 {
     if (type.IsExactly(LuUnitTest::RTTI))
@@ -172,7 +172,7 @@ void LuTestSuiteUtils::processDir(const std::wstring& directory, const std::wstr
     }
     const LuTestSuite::CNamedUnderWay underWay(LuTestSuite::EActivity::FindCases, folderName, directory);
     const LuTestSuite::CKeptWorkingDirectory workingDirectory;
-    // Keeps the working directory for a relative path, which refers to it.
+    // If the path is relative, does not change the working directory, because the path refers to it.
     if (LbOs::IsAbsolutePath(directory))
     {
         LuTestSuite::EnterExecutableDirectory();

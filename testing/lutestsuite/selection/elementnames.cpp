@@ -53,8 +53,8 @@ LuTestSuite::CElementNames::CElementNames(std::vector<std::wstring> names) : m_n
     addRequiredTexts();
 }
 
-/// Chooses for each wildcard its text that the fewest wildcards contain. The longest text would be a worse choice: many
-/// wildcards may share it, such as a common beginning of all names.
+/// For each wildcard name, chooses that one of its texts that the fewest wildcard names contain. The longest text would
+/// be a worse choice: it may be a beginning that all names share.
 void LuTestSuite::CElementNames::addRequiredTexts()
 {
     std::unordered_map<std::wstring_view, std::size_t> counts;

@@ -13,8 +13,8 @@ namespace LuTestSuite
 {
 
 /// The names of elements, indexed so that a case's name is compared with few of them. Plain names need one look-up.
-/// Names with "*" and "?" are compared only if the case's name contains a certain text from between their wildcards;
-/// one pass over the case's name finds the texts of all these names. Names with braces are always compared.
+/// Names with "*" or "?" are compared only if the case's name contains a certain text from between their wildcards; one
+/// pass over the case's name finds the texts of all these names. Names with braces are always compared.
 class CElementNames
 {
 public:
@@ -27,8 +27,8 @@ public:
     /// True if some names need the standard library's engine. Without Compile these names match nothing.
     bool NeedEngine() const { return !m_forEngine.empty(); }
 
-    /// Call this operation, and Find afterwards, inside RunOnExpressionStack. A name that is an invalid expression or
-    /// exceeds the stack adds a German message and matches nothing.
+    /// Call Compile, and Find after it, inside RunOnExpressionStack. If a name is an invalid expression or exceeds the
+    /// stack, adds a German message; the name then matches nothing.
     void Compile(const CStackLimit& limit, std::vector<std::wstring>& messages);
 
     /// Indices of the elements that apply to the case, ascending. An expression that exceeds the stack adds a message,

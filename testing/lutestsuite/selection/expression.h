@@ -18,13 +18,13 @@ namespace LuTestSuite
 /// the thread cannot be started; then `function` was not called.
 void RunOnExpressionStack(const std::function<void(const CStackLimit&)>& function);
 
-/// The message about an expression that the engine refuses: it is invalid, or exceeds a limit of the engine. Begins
-/// with `invalid` in the first case; `text` names the expression.
+/// The message about an expression that the engine refuses, because it is invalid or exceeds a limit of the engine. The
+/// message about an invalid expression begins with `invalid`. `text` names the expression.
 std::wstring DescribeRefusal(const std::regex_error& error, std::wstring_view invalid, const std::wstring& text);
 
-/// A compiled expression. Use it only inside RunOnExpressionStack and with the limit of that call, to which it keeps a
-/// reference. Each operation throws a German message as std::wstring that names the expression if the stack is
-/// exhausted.
+/// A compiled expression. Use it only inside RunOnExpressionStack, with the limit of that call; it keeps a reference to
+/// the limit. If the stack is exhausted, each operation throws a German message as std::wstring, which names the
+/// expression.
 class CExpression
 {
 public:

@@ -11,8 +11,8 @@
 namespace LuTestSuite
 {
 
-/// Applies the engine only to expressions whose required text a name contains; one pass over the name finds these
-/// expressions. The rules of CExpression apply.
+/// For each name, applies the engine only to the expressions whose required text the name contains; one pass over the
+/// name finds these expressions. The rules of CExpression apply.
 class CExpressions
 {
 public:

@@ -179,7 +179,7 @@ OptionalNode CParser::readGroup(int depth)
 
 OptionalNode CParser::readLookAhead(bool isNegative, int depth)
 {
-    // A quantifier cannot begin the content; readGroup would accept "?:".
+    // A quantifier cannot begin the content. Checks for "?" here, because readGroup would accept "?:".
     OptionalNode content = isNext(L'?') ? std::nullopt : readGroup(depth);
     if (!content)
     {

@@ -42,7 +42,7 @@ struct SExpressionSyntax
     bool isRegular = true; ///< contains no node of kind NotAhead or Unmodelled
 };
 
-/// Empty for an expression that the parser does not support. Its recursion depth is bounded.
+/// Empty for an expression that the parser does not support. The parser's recursion depth is bounded.
 std::optional<SExpressionSyntax> ParseExpression(std::wstring_view source);
 
 } // namespace LuTestSuite

@@ -14,7 +14,7 @@ namespace LuTestSuite
 /// Loads the fixed list of test modules and those that the setup names.
 void LoadTestModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-/// The unit tests of the setup's data directory, with full paths, against which patterns are matched.
+/// The unit tests of the setup's data directory, with full paths, because patterns are matched against full paths.
 std::vector<SUnitTest> FindUnitTests(const LuTestSuiteSetup& setup, bool removeDisabled);
 
 /// Keeps the cases that the setup selects. Throws like FilterTestCases.

@@ -1,4 +1,4 @@
-/// Checks that recursion in foreign code does not exceed its stack.
+/// Checks that recursion in foreign code does not exceed the stack.
 #pragma once
 
 #include <cstddef>

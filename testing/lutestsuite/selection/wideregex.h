@@ -10,8 +10,8 @@ namespace LuTestSuite
 {
 
 /// Compiles an ECMAScript expression, case-sensitive. Character classes contain only ASCII, and only ASCII characters
-/// are operators, on all platforms and in all locales. Throws std::regex_error, or CStackExhausted if the compilation
-/// exceeds the limit, to which the expression keeps a reference.
+/// are operators, on all platforms and in all locales. The expression keeps a reference to the limit. Throws
+/// std::regex_error, or CStackExhausted if the compilation exceeds the limit.
 std::wregex MakeWideRegex(const std::wstring& source, const CStackLimit* limit = nullptr);
 
 } // namespace LuTestSuite

@@ -28,7 +28,7 @@ struct STarget
 using Setup = LuTestSuiteSetup;
 using Text = const std::wstring&;
 
-/// A row of the option table; exactly one of the two actions is set.
+/// A row of the option table. Each row except c_HelpRow sets exactly one of the two actions.
 struct SOption
 {
     const wchar_t* names;

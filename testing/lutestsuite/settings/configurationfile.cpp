@@ -30,7 +30,7 @@ void readValue(const XMLNode& node, std::uint64_t& value)
     LuTestSuiteUtils::GetUInt64(node, value);
 }
 
-/// The name of an element and the function that reads it into its field.
+/// The name of an element, and the function that reads the element into its field.
 template<typename Record>
 struct SKey
 {
@@ -177,7 +177,7 @@ void LuTestSuiteUtils::PreprocessDataDir(std::wstring& dataDir)
 {
     if (!LbFileSystem::Exists(dataDir))
     {
-        // Reads the history only for a number, because reading it creates the per-user folder.
+        // Reads the history only if the text is a number, because reading the history creates the per-user folder.
         if (const std::optional<std::uint32_t> index = LbVariant(dataDir).ToUInt32())
         {
             const std::vector<std::wstring> history = GetDataDirHistory();

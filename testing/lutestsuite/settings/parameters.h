@@ -12,7 +12,7 @@ namespace LuTestSuite
 /// Sets the load factor of parameter maps.
 void InitParameters(ParameterMap& parameters);
 
-/// The value of a parameter, added if it is missing. The first parameter of a map allocates all of its buckets; an
+/// The value of a parameter, added if it is missing. The first parameter of a map allocates all buckets of the map; an
 /// empty map allocates nothing, because most cases have no parameters.
 LbVariant& GetParameter(ParameterMap& parameters, const std::wstring& name);
 

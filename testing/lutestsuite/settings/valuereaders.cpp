@@ -23,7 +23,7 @@ bool beginsWithPlus(std::string_view number)
 }
 
 /// For a number outside the range of float: true if it is too close to zero, false if it is too large. It is too close
-/// to zero if its first non-zero digit is right of the point after applying the exponent.
+/// to zero if, after the exponent is applied, its first non-zero digit is right of the point.
 bool isTiny(const std::string& number)
 {
     const std::size_t end = std::min(number.find_first_of("eE"), number.size());

@@ -155,7 +155,7 @@ void LuTestSuiteTree::Build(const UnitTests& tests)
     {
         throw LbException();
     }
-    // So far SCase::testCase is an index of `entries`. Replaces it by the index of the case in its unit test;
+    // So far SCase::testCase is an index into `entries`. Replaces it by the index of the case in its unit test, and
     // checks that all entries of a node belong to the node's unit test.
     const auto resolve = [&](SCase& treeCase, const LuTestSuite::SUnitTest& test) {
         treeCase.testCase = entries[treeCase.testCase].testCase;

@@ -29,7 +29,7 @@ public:
         {
             isSeen = isDone();
         }
-        // If the system suspends this thread meanwhile, it may see the change only after the limit.
+        // If the system has suspended this thread meanwhile, the thread may see the change only after the limit.
         record(isSeen && timer.GetElapsed() < sc_uiLongest);
         return isSeen;
     }

@@ -17,7 +17,7 @@ namespace LuTestSuiteRun
 namespace
 {
 
-/// Restores the processors that the thread may use at the end of a scope.
+/// At the end of a scope, restores the processors that the thread may use.
 struct SRestored
 {
     LbOs::CThreadProcessors& processors;
@@ -124,10 +124,11 @@ bool CChildChannel::MakeReady()
 
 bool CChildChannel::isNotTaken(EEnd end)
 {
-    // If the child ends without taking the request, another child may run the case in these situations: The child has
-    // answered cases, or may be exiting; then earlier cases are to blame. It is a spare child and may have lacked
-    // resources that a running case has freed since. It has exited with status 0 after a long idle time, and the
-    // request came too late. The names are gone, so that it may not have been able to open the objects.
+    // If the child ends without taking the request, another child may run the case in these situations:
+    // - The child has answered cases, or may be exiting. Then earlier cases are to blame.
+    // - It is a spare child, and may have lacked resources that a running case has freed since.
+    // - It has exited with status 0 after a long idle time, so the request came too late.
+    // - The names are gone, so it may have been unable to open the objects.
     const bool isGone = end == EEnd::ChildEnded || end == EEnd::Failed;
     const bool hasLeft = end == EEnd::ChildEnded && m_child->GetExitStatus() == 0;
     const bool mayHaveFailed = m_mayBeLeaving || m_isSpare || m_hasAnswered || hasLeft || !m_objects->AreNamed();
@@ -271,7 +272,7 @@ CChildChannel::EEnd CChildChannel::wait(std::uint32_t timeOutSec, const std::fun
         }
         if (event == LbOs::EEventWait::TimedOut)
         {
-            // A child that waits takes a request at once, so this one may be exiting. After the withdrawal it cannot
+            // A waiting child takes a request at once, so this child may be exiting. After the withdrawal it cannot
             // take the request any more, even if it is only slow.
             if (slice == c_TakingMilliseconds && withdraw())
             {
@@ -319,7 +320,8 @@ void CChildChannel::readCrash()
 
 void CChildChannel::examine(const std::optional<LbOs::SCrashedThread>& crashed)
 {
-    // A crashed child waits for 1.5 s before it ends. Reading the stacks takes at most 1.2 s of the limit.
+    // A crashed child waits for 1.5 s before it ends. Reading the stacks takes at most 1.2 s; the dump may take the
+    // rest of the limit.
     constexpr std::chrono::milliseconds c_Longest(1900);
     const auto end = std::chrono::steady_clock::now() + c_Longest;
     if (m_settings.takeStacks)
@@ -346,7 +348,7 @@ std::optional<CChildChannel::EEnd> CChildChannel::findEnd(std::uint32_t timeOutS
 {
     constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000U;
     // After a crash, the system may write the memory of the process to the disk before the process ends. The result of
-    // the case does not wait longer than this.
+    // the case waits for that at most this long.
     constexpr std::uint64_t c_LongestCrashMilliseconds = 2'000;
     if (!m_crashCode)
     {

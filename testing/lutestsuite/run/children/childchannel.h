@@ -36,12 +36,12 @@ public:
     explicit CChildChannel(const SChildSettings& settings);
 
     /// Starts a child if there is none; HasChild tells whether there is one afterwards. Does not check whether an
-    /// existing child has exited while idle, because that would take time for each case; WaitForAnswer replaces such a
-    /// child.
+    /// existing child has exited while idle, because the check would take time for each case; WaitForAnswer replaces a
+    /// child that has exited.
     void EnsureChild();
 
-    /// Marks the child as started before its case was known. WaitForAnswer replaces it if it ends before it takes its
-    /// first request.
+    /// Marks the child as started before its case was known. WaitForAnswer replaces such a child if it ends before it
+    /// takes its first request.
     void MarkAsSpare() { m_isSpare = true; }
 
     /// Calls EnsureChild; false if there is no child afterwards. May throw LbException.
@@ -53,20 +53,22 @@ public:
     bool HasChild() const { return m_child != nullptr; }
     bool IsChildRunning() const { return m_child && m_child->IsRunning(); }
 
-    /// Valid until EnsureChild, MakeReady or WaitForAnswer starts a child, which may replace the buffer.
+    /// The reference is valid until EnsureChild, MakeReady or WaitForAnswer starts a child: the start may replace the
+    /// buffer.
     IWorkBuffer& GetBuffer() { return m_objects->buffer; }
 
     /// Submits the request in the buffer to the child and starts the time limit.
     void Submit();
 
     /// Waits until the child has answered or ended, the limit in whole seconds is exceeded, or the run is canceled. If
-    /// the child has not answered, ends it and its descendants. After the limit or a cancellation, also writes that
-    /// result into the buffer. Returns the index of the process that received the request, or -1 if there was no
-    /// process.
+    /// the child has not answered, ends it and its descendants. After the limit or a cancellation, also writes TimeOut
+    /// or Canceled into the buffer as the result. Returns the index of the process that received the request, or -1 if
+    /// there was no process.
     std::int32_t WaitForAnswer(std::uint32_t timeOutSec, const std::function<bool()>& isCanceled);
 
-    /// Asks the child to exit and passes its ownership to the caller. Returns an empty object if there is no child, or
-    /// if the child has not answered its last request or has had none; the channel's destructor ends such a child.
+    /// Asks the child to exit and passes its ownership to the caller. Returns an empty object if there is no child, if
+    /// the child has received no request, or if it has not answered its last request; the channel's destructor then
+    /// ends the child.
     SLeavingChild RequestExit();
 
     /// How the last request ended.
@@ -116,7 +118,8 @@ private:
     void examine(const std::optional<LbOs::SCrashedThread>& crashed);
     void writeDump(const std::optional<LbOs::SCrashedThread>& crashed, std::chrono::milliseconds longest);
 
-    /// Returns the end of a case that has reached its time limit, or whose crashed child does not end; otherwise empty.
+    /// If the case has reached its time limit, or its crashed child does not end, returns how the case ended; otherwise
+    /// empty.
     std::optional<EEnd> findEnd(std::uint32_t timeOutSec);
     void describeEnd(EEnd end);
     void writeResult(ECaseRunResult result);

@@ -107,8 +107,7 @@ void CChildErrors::Renew()
 
 void CChildErrors::BeginCase()
 {
-    // Keeps the file small, because Bound drops its whole content at the larger limit, including lines of the running
-    // case.
+    // Clears the file at a lower limit than Bound, because Bound also drops lines of the running case.
     constexpr std::uint64_t c_Most = std::uint64_t{1} << 20U;
     m_begin = m_file ? m_file->GetSize() : 0;
     if (m_begin > c_Most)

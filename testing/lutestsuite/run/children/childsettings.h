@@ -14,7 +14,7 @@ namespace LuTestSuiteRun
 struct SChildSettings
 {
     std::wstring dataDirectory;     ///< full path
-    std::vector<std::wstring> dlls; ///< test modules to load beside the fixed list
+    std::vector<std::wstring> dlls; ///< test modules to load besides the fixed list
     bool assertDialog = true;
     CLeavingChildren* leaving = nullptr; ///< receives children that should exit; null: the run ends them
     bool takeStacks = false;             ///< read the stacks of children that crash or are ended at the time limit

@@ -35,7 +35,7 @@ struct SCrashBox
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
 
-/// Used by the run: notices the crash of a child. Used by one thread.
+/// The run's side: notices the crash of a child. Used by one thread.
 class CCrashWatch : public INonCopyable
 {
 public:
@@ -53,7 +53,7 @@ private:
     std::shared_ptr<void> m_view; ///< null if the memory could not be created; then a crashed child does not wait
 };
 
-/// Used by the child: reports its crash to the run.
+/// The child's side: reports its crash to the run.
 class CCrashReporter final : public LuTestSuite::ICrashReporter, public INonCopyable
 {
 public:

@@ -117,7 +117,7 @@ void CExternalContext::Release()
     CLeavingChildren* const leaving = m_spares.GetSettings().leaving;
     if (m_channel && leaving != nullptr)
     {
-        // This may wait for children that exit slowly.
+        // Prints before Add, because Add may wait for children that exit slowly.
         LuTestSuite::WriteDeferredOutput();
         leaving->Add(m_channel->RequestExit());
     }

@@ -8,7 +8,7 @@
 namespace LuTestSuiteRun
 {
 
-/// Each channel has one object. It counts the channel and raises the limit of open files to what the channels of all
+/// Each channel has one object, which counts the channel and raises the limit of open files to what the channels of all
 /// threads need together.
 class CFileQuota : public INonCopyable
 {

@@ -5,8 +5,8 @@ namespace LuTestSuiteRun
 
 bool CSharedListings::Share(const std::wstring& directory, EListingUse use)
 {
-    // Each listing is a block of shared memory, which is limited. Older listings are not needed, because cases run in
-    // the order of their directories.
+    // Each listing needs a block of shared memory, and shared memory is limited. Older listings are not needed, because
+    // cases run in the order of their directories.
     constexpr std::size_t c_Most = 16;
     constexpr std::chrono::milliseconds c_Pause(100);
     const std::lock_guard lock(m_mutex);
@@ -20,7 +20,7 @@ bool CSharedListings::Share(const std::wstring& directory, EListingUse use)
     const EListingShare share = LbShareListing(directory, use, memory);
     if (share == EListingShare::None && use == EListingUse::Possible)
     {
-        // A certain use may still share it.
+        // A later call with EListingUse::Certain may still share the listing.
         return true;
     }
     state.left = share == EListingShare::TooEarly ? state.left - 1 : 0;

@@ -21,7 +21,7 @@ class CSharedListings : public INonCopyable
 {
 public:
     /// Shares the listing of the directory, unless the directory has changed so recently that a child could miss
-    /// another change. True if another call for this directory with the same use is not necessary.
+    /// another change. True if no further call for this directory with the same use is necessary.
     bool Share(const std::wstring& directory, EListingUse use);
 
 private:

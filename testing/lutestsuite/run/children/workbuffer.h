@@ -76,7 +76,7 @@ template<typename Buffer>
 class CWorkBufferView : public INonCopyable
 {
 public:
-    /// The view keeps `release`, which keeps the buffer alive. It may be null.
+    /// The view keeps `release`, which keeps the buffer alive and may be null.
     CWorkBufferView(Buffer& buffer, std::shared_ptr<void> release) : m_buffer(buffer), m_release(std::move(release)) {}
 
     Buffer& operator*() const { return m_buffer; }
@@ -119,8 +119,8 @@ std::wstring LoadName(const char16_t (&field)[c_NameCapacity]);
 bool AppendMessages(SWorkBuffer& buffer, std::wstring_view text);
 std::wstring LoadMessages(const SWorkBuffer& buffer);
 
-/// Submits the request in the buffer to the child; `number` is 1 to c_MostRequests. The parent calls it after it has
-/// written all other fields of the request.
+/// Submits the request in the buffer to the child; `number` is 1 to c_MostRequests. The parent calls it after writing
+/// all other fields of the request.
 ///
 /// This and the next operations read or change the state of a request atomically. An event alone does not prove a
 /// change, because a test may have signaled it; so each process reads the state after an event.
@@ -130,7 +130,7 @@ void SubmitRequest(SWorkBuffer& buffer, std::uint32_t number);
 /// the number is always 0, and each signal counts as a request.
 bool TakeRequest(SWorkBuffer& buffer);
 
-/// True if a numbered request has been submitted and not been taken yet.
+/// True if a numbered request has been submitted and not yet taken.
 bool HasRequest(SWorkBuffer& buffer);
 
 /// Called by the child: marks the taken request as answered. The answer must be complete.
@@ -148,8 +148,8 @@ void ClearRequest(SWorkBuffer& buffer);
 /// Copies everything before the messages. `to` has no messages afterwards.
 void CopyRequest(const SWorkBuffer& from, SWorkBuffer& to);
 
-/// Stores or loads the index that discovery found for the sub-test among those of its object. It is only a hint: it is
-/// in reserved bytes, and parents of other builds may not store it.
+/// Stores or loads the index of the sub-test in its object, as discovery found it. The index is only a hint: it is in
+/// reserved bytes, and a parent of another build possibly stores none.
 void StoreLikelySubtest(SWorkBuffer& buffer, std::optional<std::uint32_t> subtest);
 std::optional<std::uint32_t> LoadLikelySubtest(const SWorkBuffer& buffer);
 
@@ -160,8 +160,8 @@ inline constexpr std::uint32_t c_MostRequests = (1U << 30U) - 1U;
 void WriteLeaveRequest(SWorkBuffer& buffer);
 bool IsLeaveRequest(const SWorkBuffer& buffer);
 
-/// Load parameters and result and correct invalid values, because the other process may be broken: any non-zero flag
-/// becomes true, an invalid result becomes Unknown.
+/// LoadParams and LoadResult correct invalid values, because the other process may be broken: any non-zero flag becomes
+/// true, and an invalid result becomes Unknown.
 SParams LoadParams(const SWorkBuffer& buffer);
 ECaseRunResult LoadResult(const SWorkBuffer& buffer);
 
