@@ -1,7 +1,8 @@
 /// The command-line host.
 ///
 /// Exit status: 0 if the call succeeded, 1 if cases failed or the arguments were refused, 2 if an exception left the
-/// library, a case ended the process, or standard output was lost; one line on standard error then says what happened.
+/// library, a case ended the process, or standard output was lost. With status 2, one line on standard error says what
+/// happened.
 
 #include "testing/lutestsuitehost/hostmain.h"
 

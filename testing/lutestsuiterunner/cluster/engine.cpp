@@ -27,7 +27,7 @@ CEngineRegistration::CEngineRegistration(const SEngineKind& kind)
 
 const SEngineKind& GetEngineKind(const std::wstring& name)
 {
-    // Always finds one, because the command line accepts only names of registered engines.
+    // Always finds a kind, because the command line accepts only names of registered engines.
     return **std::ranges::find(getKinds(), std::wstring_view(name),
                                [](const SEngineKind* kind) { return std::wstring_view(kind->text.name); });
 }

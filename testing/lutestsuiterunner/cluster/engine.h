@@ -41,8 +41,8 @@ struct STask
     bool isStuck = false;  ///< it waits until a user or an administrator acts
 };
 
-/// One task for each shard, by the shard's number. If a shard has several tasks, it is the one that is not over,
-/// otherwise the newest one.
+/// One task for each shard, by the shard's number. If a shard has several tasks, its entry is the one that is not over,
+/// or the newest one if all are over.
 using Tasks = std::map<std::uint32_t, STask>;
 
 /// One thread at a time.
@@ -58,7 +58,7 @@ public:
 
     /// Returns the states of the tasks of these submissions; another process may have made some of the submissions. A
     /// shard whose tasks the scheduler does not know has no entry, or an entry that is over and has a note. Returns
-    /// nothing if the scheduler does not answer now.
+    /// std::nullopt if the scheduler does not answer now.
     virtual std::optional<Tasks> Poll(const std::vector<SSubmission>& submissions) = 0;
 
     /// Asks the scheduler to end all tasks of these submissions. Ignores failure.
@@ -90,15 +90,15 @@ struct SEngineKind
 {
     SEngineText text;     ///< its name and help on the command line
     const wchar_t* name;  ///< for messages
-    bool isOfThisMachine; ///< its tasks are processes of this machine, which end with the process that submitted them
+    bool isOfThisMachine; ///< its tasks are processes of this machine, and end with the process that submitted them
     /// Throws LbException with a German message if this machine lacks what the engine needs, or if one of these options
     /// for the scheduler's submit command is not allowed.
     void (*require)(const std::vector<std::wstring>& options);
     std::unique_ptr<IEngine> (*make)(const SEngineSettings& settings);
 };
 
-/// Registers an engine, also with the command line. The source file of each engine defines one object of this class as
-/// a static object.
+/// Registers an engine for runs and for the command line. The source file of each engine defines one object of this
+/// class as a static object.
 class CEngineRegistration
 {
 public:

@@ -49,12 +49,12 @@ bool CFollower::Step(Time now)
 bool CFollower::hasEndedTasks(Time now)
 {
     m_doneSince = m_doneSince ? m_doneSince : now;
-    // An earlier answer may show hosts as running that have ended since.
+    // An earlier answer may show hosts as running although they have ended since.
     if (isAnyTaskActive() && m_lastQuestion < *m_doneSince + sc_EndLimit)
     {
         return false;
     }
-    // The scheduler may still have held tasks of lost shards. They would never end by themselves.
+    // The scheduler may still keep tasks of lost shards on hold. These tasks would never end by themselves.
     if (isAnyTaskActive() || m_submissions.size() > 1)
     {
         m_engine.Cancel(m_submissions);
@@ -114,7 +114,7 @@ void CFollower::Poll()
     ask({});
     for (std::uint32_t index = 0; index < m_status.size(); ++index)
     {
-        // The process that follows the run may wait up to a minute longer before it gives the shard up.
+        // The process that follows the run may wait up to a minute longer before it gives up the shard.
         if (!m_status[index].isEnded && m_watches[index].isSuspect && isLastSubmission(index))
         {
             giveUp(index);

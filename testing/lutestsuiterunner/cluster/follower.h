@@ -40,7 +40,7 @@ class CFollower : public INonCopyable
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// The largest number of successive resubmissions of a lost shard that bring no new verdict.
+    /// A lost shard that brings no new verdict is submitted again at most this often in a row.
     static constexpr std::uint32_t sc_MostRepetitions = 3;
 
     /// How often a shard is submitted at most, with new verdicts or without.

@@ -112,8 +112,8 @@ SPlan makeHead(const SPlan& whole)
     return plan;
 }
 
-/// Copies the unit tests and cases of these case runs into `plan`. Returns the index of each case's first run in the
-/// whole plan.
+/// Copies the unit tests and cases of these case runs into `plan`. For each of these cases, returns the index of its
+/// first run in the whole plan.
 std::vector<std::uint32_t> copyCases(const SPlan& whole, const std::vector<std::uint32_t>& cases, SPlan& plan)
 {
     std::vector<std::uint32_t> firstRuns;

@@ -188,7 +188,7 @@ private:
         return names;
     }
 
-    /// The last error, otherwise the last line that a start of a task has printed.
+    /// The last error that a start of a task has printed; if there is no error, the last line.
     std::wstring describeOutput(const std::wstring& name) const
     {
         const std::string bytes = LbFileSystem::ReadFile8Bit(getTasksFolder() + name);

@@ -21,8 +21,7 @@ std::vector<SSubmission> ReadSubmissions(const std::wstring& folder);
 /// Throws LbException with a German message if the file cannot be written.
 bool ClaimSubmission(const std::wstring& folder, const SSubmission& submission);
 
-/// A German line for each reason for which shards were lost before the submission: "Teil 3 verloren (...), neu
-/// vergeben".
+/// One German line for each reason why shards were lost before this submission: "Teil 3 verloren (...), neu vergeben".
 std::vector<std::wstring> DescribeLosses(const SSubmission& submission);
 
 /// Formats ascending numbers for users and for Slurm's option --array: "1-3,7".

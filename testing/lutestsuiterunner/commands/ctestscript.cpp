@@ -10,7 +10,7 @@ namespace
 {
 
 /// Encloses the text in a bracket argument, in which CMake replaces nothing. The brackets have more equals signs than
-/// follow any "]" in the text.
+/// follow any "]" in the text, so the text cannot end the argument.
 std::string quote(const std::wstring& text)
 {
     const std::string bytes = ToEscapedUtf8(text);

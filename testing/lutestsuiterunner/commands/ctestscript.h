@@ -8,9 +8,9 @@
 namespace Runner
 {
 
-/// One call of the CMake command lutestsuite_add_case (LuTestSuiteCases.cmake) for each case, disabled cases last:
-/// name, class, folder below the data directory, time limit in seconds (0: none), "", "SERIAL" or "DISABLED", and the
-/// data file if the case has one.
+/// One call of the CMake command lutestsuite_add_case (LuTestSuiteCases.cmake) for each case, disabled cases last. The
+/// arguments are: name, class, folder below the data directory, time limit in seconds (0: none), one of "", "SERIAL"
+/// and "DISABLED", and the data file if the case has one.
 std::string MakeCTestScript(const SPlan& plan);
 
 } // namespace Runner

@@ -55,7 +55,7 @@ void sayThatItEnds(const SDistributedRun& run)
     CTerminal::Get().WriteError(LbFormat(L"Der Lauf, der in %s noch läuft, wird abgebrochen.\n", run.folder));
 }
 
-/// Makes the process that started the shards cancel them, and waits until it has ended.
+/// Makes the process that started the shards cancel them, and waits until that process has ended.
 std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
 {
     bool isHeld = false;
@@ -78,7 +78,8 @@ std::unique_ptr<LbOs::CFolderLock> endLocalTasks(const SDistributedRun& run)
     return lock;
 }
 
-/// Cancels the tasks, and waits until the scheduler confirms that none is left. Warns if it does not.
+/// Cancels the tasks, and waits until the scheduler confirms that none is left. Warns if the scheduler does not confirm
+/// that in time.
 void endTasks(const SDistributedRun& run)
 {
     MarkCanceled(run.folder);
@@ -141,7 +142,7 @@ void warn(CFollower& follower)
     }
 }
 
-/// Follows the run to its end. Returns early if isToldToLeave.
+/// Follows the run to its end. Returns earlier if isToldToLeave returns true.
 void follow(const SDistributedRun& run, CFollower& follower)
 {
     CShardsLine line;
@@ -175,7 +176,7 @@ void writeEnd(const SDistributedRun& run, const CFollower& follower)
     writeLines(GetLossesPath(run.folder), follower.GetLosses());
 }
 
-/// Called before the run is followed, so that the user learns early that the file is wrong.
+/// Called before the run is followed, so that the user learns early of an error in the file.
 Quarantine readQuarantine(const SDistributedRun& run)
 {
     if (run.options.run.quarantine.empty())

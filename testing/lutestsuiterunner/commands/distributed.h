@@ -19,9 +19,9 @@ std::unique_ptr<LbOs::CFolderLock> EndReplacedRun(const std::wstring& folder);
 
 /// Follows the run to its end; Ctrl-C cancels the run. Then writes reports and proof, prints the outcome, and returns
 /// the exit status. While another process runs the local shards, only waits for it to end; Ctrl-C then marks the run as
-/// canceled, which that process obeys. If the current process is asked to terminate, it leaves the tasks of a scheduler
-/// or of another process alone and writes nothing. If the run already has its proof, it has ended, and the same reports
-/// are written again.
+/// canceled, and that process obeys the mark. If the current process is asked to terminate, it leaves the tasks of a
+/// scheduler or of another process alone and writes nothing. If the run already has its proof, it has ended, and the
+/// same reports are written again.
 int FollowToEnd(const SDistributedRun& run);
 
 } // namespace Runner

@@ -58,7 +58,7 @@ SStepRules getRules(const SHistoryOptions& options)
     return rules;
 }
 
-/// The newest runs of each configuration, at most `most`, in their order.
+/// For each configuration, its newest runs in their order, at most `most` runs.
 std::map<std::wstring, std::vector<const SRun*>> groupRuns(const std::vector<SRun>& runs, std::size_t most)
 {
     std::map<std::wstring, std::vector<const SRun*>> groups;
@@ -74,7 +74,7 @@ std::map<std::wstring, std::vector<const SRun*>> groupRuns(const std::vector<SRu
     return groups;
 }
 
-/// Throws a German message if no run of the archive has one of the configurations.
+/// Throws a German message if one of the wanted configurations occurs in no run of the archive.
 void checkConfigurations(const std::vector<SRun>& runs, const std::vector<std::wstring>& wanted)
 {
     std::set<std::wstring> known;

@@ -36,8 +36,9 @@ struct SPart
 {
     std::wstring folder;
     std::unique_ptr<CRunState> state;
-    std::wstring problem;              ///< why there is no state
-    std::vector<std::uint32_t> places; ///< by case of this part: its index in the first part and in the merged run
+    std::wstring problem; ///< why there is no state
+    /// For each case of this part, its index in the first part, which is also its index in the merged run.
+    std::vector<std::uint32_t> places;
 };
 
 std::wstring getPartName(const SPart& part)
@@ -100,8 +101,8 @@ bool isSameRun(const SPlannedCase& one, const SPlannedCase& other)
     return one.unitTest == other.unitTest && one.testCase == other.testCase && one.repetition == other.repetition;
 }
 
-/// True if both plans have the same selection in the same order, which is usual on machines of one kind. Cheaper than
-/// computing digests and sorting.
+/// True if both plans have the same selection in the same order, as is usual on machines of one kind. This check is
+/// cheaper than computing digests and sorting.
 bool areEqual(const SPlan& one, const SPlan& other)
 {
     const auto isSameUnitTest = [&](const LuTestSuite::SUnitTest& a, const LuTestSuite::SUnitTest& b) {
@@ -153,7 +154,7 @@ void findPlacesByName(const std::vector<std::uint32_t>& own, const std::vector<s
     }
 }
 
-/// Compares by names, since file systems list folders in different orders. Precondition: all parts have the same
+/// Compares by names, because file systems list folders in different orders. Precondition: all parts have the same
 /// selection.
 void findPlaces(std::vector<SPart>& parts)
 {

@@ -12,11 +12,11 @@
 namespace Runner
 {
 
-/// Throws a German message as std::wstring if options need an earlier run and there is none.
+/// Throws a German message as std::wstring if another option needs --previous and --previous is missing.
 void RequirePrevious(const SRunOptions& options);
 
-/// With --only-failed, removes the cases that did not fail in the earlier run. Returns the number of cases for
-/// --min-cases: that of the plan, or that of the selection if none of its cases had failed.
+/// With --only-failed, removes the cases that did not fail in the earlier run. Returns the number of cases that
+/// --min-cases checks: that of the plan, or that of the selection if none of its cases had failed.
 std::size_t ApplyOnlyFailed(const SRunOptions& options, const CPrevious& previous, SPlan& plan);
 
 /// Warns if --fail-fast may end the run only after all cases have run once.

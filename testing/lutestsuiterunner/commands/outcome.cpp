@@ -20,7 +20,7 @@ namespace
 
 constexpr std::size_t c_CasesShown = 20;
 
-/// A line with the title for each of the first cases, and one with the number of the others.
+/// One line with the title for each of the first cases, and one line with the number of the others.
 std::wstring listCases(const std::wstring& title, const SPlan& plan, const std::vector<std::uint32_t>& cases)
 {
     std::wstring text;
@@ -115,7 +115,7 @@ std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const
     std::unique_ptr<CRunState> state = load(folder);
     WriteReports(folder, *state, true);
     std::unique_ptr<CRunState> later = load(folder);
-    // The run may have written its final reports meanwhile, and the older ones of this process then replaced them.
+    // If the run has written its final reports meanwhile, the older reports of this process have replaced them.
     const bool isInProgress = !later->IsEnded();
     if (!isInProgress || later->IsCanceled())
     {

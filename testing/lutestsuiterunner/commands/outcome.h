@@ -17,8 +17,8 @@ using LoadState = std::function<std::unique_ptr<CRunState>(const std::wstring& f
 std::unique_ptr<CRunState> ReportRun(const std::wstring& folder, const LoadState& load = LoadRun);
 
 /// As ReportRun, for a run that another process executes. That process writes reports at the end of the run; this
-/// function does not leave older ones in their place. If the run ends meanwhile, behaves like ReportRun. `load` reads
-/// the journals.
+/// function does not leave older reports in their place. If the run ends meanwhile, behaves like ReportRun. `load`
+/// reads the journals.
 std::unique_ptr<CRunState> ReportRunInProgress(const std::wstring& folder, const LoadState& load = LoadRun);
 
 /// As ReportRun, for a state that was read before.

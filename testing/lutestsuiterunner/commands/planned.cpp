@@ -21,8 +21,8 @@ namespace Runner
 namespace
 {
 
-/// Returns the path of the program for child processes, beside this one, if it is missing; otherwise an empty text.
-/// Every shard needs this program: cases that were running when a host died run again in child processes.
+/// If the program for child processes is missing beside this program, returns the missing path; otherwise an empty
+/// text. Every shard needs this program: cases that were running when a host died run again in child processes.
 std::wstring findMissingProgram()
 {
     const std::wstring path =

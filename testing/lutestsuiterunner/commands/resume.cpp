@@ -44,15 +44,15 @@ PreviousCases findPrevious(const SRunOptions& options, const CRunFolder& folder,
     return PreviousCases(plan.cases.size());
 }
 
-/// Reasons that make the whole run red. The plan lacks the cases of a module that was missing when it was made, so the
-/// problems of the interrupted run remain.
+/// Reasons that make the whole run red. The plan lacks the cases of a module that was missing when the plan was made,
+/// so the problems of the interrupted run remain.
 std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestSuiteSetup& setup,
                                        const CRunState& state)
 {
     SRunOptions guards = options;
     const std::size_t caseCount = state.GetPlan().cases.size();
-    // If --only-failed found no failed case, the first call checked the size of the selection, which the plan does not
-    // contain.
+    // If --only-failed found no failed case, the first call checked the size of the selection, and the plan does not
+    // contain that size.
     guards.minCases = options.onlyFailed && caseCount == 0 ? 0 : options.minCases;
     std::vector<std::wstring> problems = state.GetProblems();
     for (std::wstring& problem : FindProblems(guards, setup, caseCount))
@@ -65,8 +65,8 @@ std::vector<std::wstring> findProblems(const SRunOptions& options, const LuTestS
     return problems;
 }
 
-/// Throws if a folder or a class is missing. A case of a missing class would get a final verdict, which no later call
-/// repeats.
+/// Throws if a folder or a class is missing. A case of a missing class would get a final verdict, and no later call
+/// would run the case again.
 void requireParts(const SPlan& plan)
 {
     if (const std::wstring folder = FindMissingFolder(plan); !folder.empty())

@@ -113,8 +113,8 @@ private:
         }
     }
 
-    /// The message if the folder is missing. An argument after an option with an optional value is read as the folder,
-    /// so the message then explains "=".
+    /// The message if the folder is missing. The argument after an option with an optional value is read as the folder,
+    /// even if the user meant it as the value. The message then explains "=".
     std::wstring describeMissing() const
     {
         const bool lacksFile = m_shows && m_file.empty();
@@ -233,7 +233,7 @@ private:
 
     int decide() const
     {
-        // Throws before the first file changes.
+        // This may throw, so it comes before the first change to a file.
         const SReviewChoice choice = ChooseChanges(m_changes, m_options);
         reportMissing(choice);
         for (const SChange& change : choice.accepted)

@@ -19,7 +19,7 @@ struct SReviewChoice
 /// Returns the changes that --accept and --reject name. A file that is named by its path becomes a change of its own
 /// with this path as its name, and is removed from the other chosen changes. "all" means everything that the other
 /// option does not name. Throws a German message as std::wstring if a value names nothing, several changes or several
-/// files, or if both options name the same.
+/// files, or if both options name the same change or file.
 SReviewChoice ChooseChanges(const std::vector<SChange>& changes, const SReviewOptions& options);
 
 /// The change whose checksum begins with these digits, at least six. Throws a German message as std::wstring if there
@@ -28,8 +28,8 @@ const SChange& FindChange(const std::vector<SChange>& changes, const std::wstrin
 
 /// Returns the changes of one file, each reduced to this file; empty if there are none. `path` is that of the reference
 /// or of its received file. A relative path may be relative to the working directory or, as in the output, to the
-/// reviewed folder. Throws a German message as std::wstring if it leads to different changed files from these two
-/// folders.
+/// reviewed folder. Throws a German message as std::wstring if the path leads to a changed file from each of these two
+/// folders, and the files differ.
 std::vector<SChange> FindChangesOf(const std::vector<SChange>& changes, const std::wstring& directory,
                                    const std::wstring& path);
 

@@ -57,13 +57,14 @@ void CReviewDecisions::Carry(EDecision decision, const SChange& change)
     {
         m_decided.insert_or_assign(file.reference, file);
     }
-    // An earlier decision of this call may have decided some of these files as a whole, with the same result.
+    // Also counts the files that earlier decisions of this call have decided as a whole, because the result is the
+    // same.
     const std::size_t count = outcome.done.size() + (change.files.size() - open.files.size());
     CTerminal::Get().WriteOutput(decision == EDecision::Accept ? LbFormat(L"Übernommen: %s (%u)\n", change.id, count)
                                                                : LbFormat(L"Verworfen: %s (%u)\n", change.id, count));
     if (change.parts.empty())
     {
-        // Whole files: no part of them is left to decide.
+        // The change consists of whole files, so no part of them is left to decide.
         return;
     }
     std::erase_if(m_undecided, [&change](const SChange& other) { return other.checksum == change.checksum; });

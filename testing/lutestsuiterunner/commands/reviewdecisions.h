@@ -21,7 +21,7 @@ class CReviewDecisions : public INonCopyable
 {
 public:
     /// `directory` contains all files. `undecided` are the changes without a decision: they are lost in each file that
-    /// they share with a rejected change. Carry removes its own change from this list.
+    /// they share with a rejected change. Carry removes the change that it decides from this list.
     CReviewDecisions(std::wstring directory, std::vector<SChange> undecided)
         : m_directory(std::move(directory)), m_undecided(std::move(undecided))
     {
@@ -30,7 +30,7 @@ public:
     /// Returns the change without the files that are completely decided, and with the current checksums of references.
     SChange GetOpen(const SChange& change) const;
 
-    /// Carries out one decision. Throws as Decide.
+    /// Carries out one decision. Throws what Decide throws.
     void Carry(EDecision decision, const SChange& change);
 
 private:

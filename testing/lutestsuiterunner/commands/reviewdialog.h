@@ -20,8 +20,8 @@ public:
     /// `answers` must outlive the object. `mayBecomeBlank`: accepts blank references without a further question.
     CReviewDialog(const std::wstring& directory, const SDiffStyle& style, bool mayBecomeBlank, std::istream& answers);
 
-    /// Ends with the last change or the answer "e". A change that cannot be decided is asked for again, with
-    /// an error line. Throws LbException if a file cannot be read or written.
+    /// Ends after the last change, or with the answer "e". If a decision cannot be carried out, prints an error line
+    /// and asks again. Throws LbException if a file cannot be read or written.
     void Ask(const std::vector<SChange>& changes, CReviewDecisions& decisions) const;
 
 private:

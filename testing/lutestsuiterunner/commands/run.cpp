@@ -42,7 +42,7 @@ void chooseSeed(SRunOptions& options)
     options.seed = options.seed ? *options.seed : makeSeed();
     const std::wstring order = LbFormat(L"random:%d", *options.seed);
     CTerminal::Get().WriteOutput(LbFormat(L"Reihenfolge: --order %s\n", order));
-    // Placed after the user's own --order, because the last one counts.
+    // Placed after the user's own --order, because the last --order counts.
     const auto mark = std::ranges::find(options.arguments, L"--");
     options.arguments.insert(mark, L"--order=" + order);
 }
@@ -60,7 +60,7 @@ int Execute(const SRunOptions& given)
     RequireNoRun(options);
     MoveLibraryLinesToErrors();
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.library);
-    // Read before the earlier run in the folder is replaced.
+    // Read first, because the new run may replace this earlier run.
     const CPrevious previous = options.previous.empty() ? CPrevious() : CPrevious(options.previous);
 
     LuTestSuiteEnvironment environment;
@@ -91,7 +91,7 @@ int Execute(const SRunOptions& given)
     auto state = std::make_unique<CRunState>(std::move(plan));
     CarryOut({options, setup, environment, folder.GetPath(), *state, previousCases}, *writer, problems,
              OrderMissingCases(*state, options, previousCases));
-    state.reset(); // because Conclude reads the journal again
+    state.reset(); // to free its memory: Conclude reads the journal again
     return Conclude(folder.GetPath(), options.previous, std::move(quarantine));
 }
 

@@ -28,7 +28,7 @@ namespace Runner
 namespace
 {
 
-/// A scheduler needs an explicit number, because the processors of this machine do not matter to it.
+/// A scheduler needs an explicit number of shards, because the tasks do not run on the processors of this machine.
 std::uint32_t chooseShardCount(const SSubmitOptions& options, const SEngineKind& engine)
 {
     if (options.shards == 0 && !engine.isOfThisMachine)
@@ -56,7 +56,7 @@ std::vector<std::wstring> getTaskOptions(const SRunOptions& options)
     return words;
 }
 
-/// The plan, and the problems that make the run red apart from its cases.
+/// The plan, and the problems that make the run red even if all its cases pass.
 std::pair<SPlan, std::vector<std::wstring>> makePlan(const SSubmitOptions& options)
 {
     const LuTestSuiteSetup setup = ReadLibraryOptions(options.run.library);
@@ -105,8 +105,8 @@ void describe(const SPlan& plan, std::uint32_t shards)
     CTerminal::Get().WriteOutput(text + describeTimes(plan, shards) + L"\n");
 }
 
-/// Starts a process that executes "wait". Local shards end with the process that started them, so a process must stay
-/// to follow them.
+/// Starts a process that executes "wait". That process starts the shards and stays to the end of the run, because local
+/// shards end with the process that started them.
 void startFollower(const std::wstring& folder)
 {
     LbOs::SChildOptions options;

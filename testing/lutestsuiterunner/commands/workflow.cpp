@@ -299,7 +299,7 @@ void ConcludeQuarantine(const CRunState& state, const std::wstring& folder, cons
     // An XML report and an archive contain no numbers of passed runs.
     const bool isRun = !previous.empty() && ContainsRun(GetRunFolder(previous));
     CountPassedRuns(quarantine, state, isRun ? GetRunFolder(previous) : folder);
-    // A canceled run counts only after it has been resumed, but it keeps the earlier numbers for the next run.
+    // A canceled run does not count until it is resumed and complete. It keeps the earlier numbers for the next run.
     const bool isComplete = state.IsEnded() && !state.IsCanceled();
     for (SQuarantineEntry& entry : quarantine)
     {

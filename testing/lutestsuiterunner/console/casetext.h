@@ -14,8 +14,8 @@ namespace Runner
 /// line feeds.
 std::wstring DescribeAttempt(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt);
 
-/// Data file, reason, at most `mostLines` lines of messages and of output, and the first frame in the test's module on
-/// the stack of the thread at fault; indented.
+/// Data file, reason, messages and output (at most `mostLines` lines of each), and, from the stack of the thread at
+/// fault, the first frame in the test's module; indented.
 std::wstring DescribeFailure(const SPlan& plan, std::uint32_t caseIndex, const SAttempt& attempt,
                              std::size_t mostLines);
 

@@ -143,8 +143,8 @@ std::vector<SPlace> toPlaces(const std::vector<SHunk>& hunks)
 /// A change as it appears in one file.
 struct SView
 {
-    std::vector<SPlace> places; ///< in their order
-    std::size_t otherParts = 0; ///< number of parts of other changes that are not accepted yet
+    std::vector<SPlace> places; ///< in ascending order
+    std::size_t otherParts = 0; ///< number of parts that belong to other changes and are not accepted yet
 };
 
 SView findPlaces(const SChange& change, const SReceivedFile& file, const STexts& texts)

@@ -14,7 +14,7 @@ struct SDiffStyle
 {
     bool isColoured = false;
     bool isSideBySide = false;
-    bool areLinesCut = false; ///< for a terminal: limits their width and number. Bytes are always cut to the width
+    bool areLinesCut = false; ///< for a terminal: limits width and number of lines. Bytes are cut in any case
     std::size_t width = 120;  ///< of the console, in characters
 };
 
@@ -27,11 +27,11 @@ std::wstring FormatTitle(const SChange& change, const std::wstring& directory);
 /// The names of the change's files, one per line, each preceded by `before`.
 std::wstring FormatFiles(const SChange& change, const std::wstring& directory, const std::wstring& before);
 
-/// FormatTitle, followed by the names of the files if there are several; at most 20 if lines are cut.
+/// FormatTitle, followed by the names of the files if there are several; at most 20 names if `style` cuts lines.
 std::wstring FormatHeading(const SChange& change, const std::wstring& directory, const SDiffStyle& style);
 
-/// FormatTitle, the first lines of the first place in the first file that the change concerns, cut to the width, and
-/// the number of further places in this file.
+/// FormatTitle; for a changed reference also the first difference in the change's first file, at most one removed and
+/// one added line cut to the width, and the number of further differences in this file.
 std::wstring DescribeChange(const SChange& change, const std::wstring& directory, const SDiffStyle& style);
 
 /// The differences of the change in one of its files, and the number of other changes in this file. Throws LbException

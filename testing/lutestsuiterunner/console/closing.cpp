@@ -37,7 +37,7 @@ std::wstring list(const std::wstring& title, const CRunState& state, const Cases
     return text;
 }
 
-/// Names the cases that ran in the same process before the case, which fails only after them.
+/// For a case that fails only in a shared process, names the cases that ran before it in that process.
 std::wstring describeShared(const CRunState& state, std::uint32_t index, const std::wstring& folder)
 {
     if (state.GetVerdict(index) != EVerdict::FailedShared)

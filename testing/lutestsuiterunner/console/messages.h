@@ -8,7 +8,8 @@ namespace Runner
 /// the command prints.
 void MoveLibraryLinesToErrors();
 
-/// For the rest of the process, the library prints only warnings and errors: the host itself prints lines about cases.
+/// For the rest of the process, the library prints only warnings and errors, because the host itself prints the lines
+/// about cases.
 void ShowOnlyWarnings();
 
 } // namespace Runner

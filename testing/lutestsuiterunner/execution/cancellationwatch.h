@@ -16,8 +16,8 @@ namespace Runner
 class CCancellationWatch : public INonCopyable
 {
 public:
-    /// Calls `giveUp` on a thread of its own if the object still exists five seconds after an interruption. It must end
-    /// the process.
+    /// Calls `giveUp` on a thread of its own if the object still exists five seconds after an interruption. `giveUp`
+    /// must end the process.
     explicit CCancellationWatch(std::function<void()> giveUp);
     ~CCancellationWatch();
 

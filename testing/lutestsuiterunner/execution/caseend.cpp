@@ -19,7 +19,8 @@ std::wstring join(const std::wstring& prefix, const std::vector<std::wstring>& l
     return text;
 }
 
-/// Removes information lines that the run has appended at the end of the messages. False if they are not at the end.
+/// Removes these information lines, which the run has appended, from the end of the messages. False if they are not
+/// there.
 bool removeLastLines(const std::vector<std::wstring>& lines, std::wstring& messages)
 {
     const std::wstring tail = join(L"\t\tINFO:  ", lines);
@@ -44,7 +45,7 @@ SCaseEnded MakeCaseEnd(const LuTestSuiteRun::SCaseFinished& finished)
     record.processId = finished.end.processId;
     record.exitStatus = finished.end.exitStatus;
     record.reason = finished.end.reason;
-    // If there is a reason, the last lines stay in the messages, below it.
+    // If there is a reason, the child's last lines of output stay in the messages, below the reason.
     const std::vector<std::wstring>& lines = finished.end.lastLines;
     const bool isMoved = record.reason.empty() && removeLastLines(lines, record.info.messages);
     record.output = isMoved ? join(L"", lines) : L"";

@@ -25,9 +25,9 @@ std::wstring DescribeWithoutFolder(const std::vector<std::wstring>& suites);
 /// Throws if the setup repeats cases. For commands that run each case once.
 void RefuseRepetitions(const LuTestSuiteSetup& setup);
 
-/// Problems that make the run red, apart from its cases: fewer case runs than demanded, and, if demanded, those of
-/// FindModuleProblems, modules of the fixed list that exist but could not be loaded, and suites without a folder.
-/// German, one line each.
+/// Problems that make the run red even if all its cases pass: fewer case runs than demanded; if all modules are
+/// demanded, also the problems of FindModuleProblems, modules of the fixed list that exist but could not be loaded, and
+/// suites without a folder. German, one line each.
 std::vector<std::wstring> FindProblems(const SRunOptions& options, const LuTestSuiteSetup& setup, std::size_t caseCount,
                                        const std::vector<std::wstring>& suitesWithoutFolder = {});
 

@@ -24,7 +24,7 @@ const LuTestSuite::STestCase& getCase(const SPlan& plan, std::uint32_t index)
     return plan.unitTests[plan.cases[index].unitTest].cases[plan.cases[index].testCase];
 }
 
-/// The name of the case as the note spells it.
+/// The name of the case as a crash note spells it.
 std::wstring getCrashName(const SPlan& plan, std::uint32_t index)
 {
     std::wstring name =
@@ -42,8 +42,8 @@ std::wstring getFirstLine(std::wstring_view text)
 /// The cases that ran in a host's own process when it ended.
 using Suspects = std::vector<std::uint32_t>;
 
-/// True if another case with the same name in notes ran in the same host: the same case of another folder, or another
-/// repetition.
+/// True if another case that has the same name in crash notes ran in the same host: a case of the same name in another
+/// folder, or another repetition.
 bool hasNamesake(const CRunState& state, const Suspects& suspects, std::uint32_t index)
 {
     const std::wstring name = getCrashName(state.GetPlan(), index);
@@ -54,7 +54,7 @@ bool hasNamesake(const CRunState& state, const Suspects& suspects, std::uint32_t
     });
 }
 
-/// Why the host ended; empty if the note does not blame the case, or blames others, too.
+/// Why the host ended; empty if the note does not blame the case, or may mean another case.
 std::wstring findReason(const std::wstring& note, const CRunState& state, const Suspects& suspects, std::uint32_t index)
 {
     const bool isOnlyOne = suspects.size() == 1;
@@ -118,13 +118,13 @@ CCrashNote::~CCrashNote()
 namespace
 {
 
-/// True if the host that ran the case last recorded its cancellation.
+/// True if the last host that ran the case recorded that it was canceled.
 bool wasHostCanceled(const CRunState& state, std::uint32_t index)
 {
     return state.WasHostCanceled(state.GetAttempts(index).back().started.journal);
 }
 
-/// Number of hosts that were lost without a cancellation while they ran the case, including the last one.
+/// Number of hosts that were lost, not canceled, while they ran the case, including the last host.
 std::uint32_t countLostHosts(const CRunState& state, std::uint32_t index)
 {
     const SAttempt& attempt = state.GetAttempts(index).back();
@@ -140,7 +140,7 @@ bool wasAlone(const CRunState& state, const std::vector<std::uint32_t>& open, st
            }) == 1;
 }
 
-/// Moves the cases during which hosts of the shard were lost repeatedly from `open` to `underWay`.
+/// Moves each case during which at least two hosts of the shard were lost from `open` to `underWay`.
 void findRepeated(const CRunState& state, std::vector<std::uint32_t>& open, SUnderWay& underWay)
 {
     constexpr std::uint32_t c_Repeated = 2;

@@ -9,7 +9,7 @@
 namespace Runner
 {
 
-/// A folder of a class without a file for a case, and a folder inside it with a file for a case. Both are paths with a
+/// A class's folder that contains no file for a case, and a folder inside it that contains one. Both are paths with a
 /// separator at the end.
 struct SInnerFolder
 {

@@ -18,7 +18,7 @@ int getRank(const std::optional<SPreviousCase>& previous)
     return !previous ? 1 : previous->hasFailed ? 0 : 2;
 }
 
-/// A case without a time may have hung.
+/// A case without a time counts as the longest, because it may have hung.
 bool isLonger(const std::optional<SPreviousCase>& a, const std::optional<SPreviousCase>& b)
 {
     return IsMeasured(a) && IsMeasured(b) ? a->time > b->time : !IsMeasured(a) && IsMeasured(b);
@@ -34,7 +34,7 @@ void shuffle(Cases& cases, std::uint64_t seed)
     }
 }
 
-/// The mean time of the cases that have one; 1 without such a case.
+/// The mean of the known times; 1 if no time is known.
 std::uint64_t getMeanTime(const PreviousCases& previous)
 {
     std::uint64_t sum = 0;

@@ -19,7 +19,7 @@ namespace
 
 using History::SRun;
 
-/// What the newest runs tell about their cases, by the name of a case.
+/// Summarizes the newest runs of each case, by the case's name.
 std::unordered_map<std::wstring, SPreviousCase> summarize(const std::vector<const SRun*>& runs,
                                                           const std::vector<History::SCaseName>& names)
 {
@@ -44,7 +44,7 @@ std::unordered_map<std::wstring, SPreviousCase> summarize(const std::vector<cons
     {
         if (!times[index].empty())
         {
-            // Reports round short times to 0, but a time of 0 means an unknown one.
+            // Reports round short times to 0, but a time of 0 means an unknown time.
             const double median = History::TakeMedian(times[index]) * c_NanosecondsPerSecond;
             cases[names[index].className + L":" + names[index].caseName].time =
                 std::max<std::uint64_t>(1, static_cast<std::uint64_t>(median));

@@ -26,12 +26,12 @@ public:
     CPrevious() = default;
 
     /// Reads the folder of a run, an archive of runs, or an XML report. A case of an archive has the median of its
-    /// newest times, and has failed if it did in its newest run. On failure throws LbException with a German message,
-    /// or that message as std::wstring.
+    /// newest times, and has failed if it failed in its newest run. On failure throws LbException with a German
+    /// message, or that message as std::wstring.
     explicit CPrevious(const std::wstring& path);
 
     /// Finds a case by folder, class, case and repetition; in an XML report and in an archive, which have no folders,
-    /// by class and case. In an archive, the runs of the plan's build configuration count if there are any.
+    /// by class and case. In an archive, only the runs of the plan's build configuration count, if there are any.
     std::optional<SPreviousCase> Find(const SPlan& plan, std::uint32_t caseIndex) const;
 
 private:

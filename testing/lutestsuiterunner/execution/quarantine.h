@@ -15,7 +15,7 @@ namespace Runner
 struct SQuarantineEntry
 {
     std::wstring pattern;
-    std::vector<std::uint32_t> cases; ///< case runs of the plan that it matches; ascending
+    std::vector<std::uint32_t> cases; ///< case runs of the plan that the pattern matches; ascending
     std::uint32_t passedRuns = 0;     ///< in a row, see CountPassedRuns
     std::uint32_t earlierRuns = 0;    ///< passedRuns before this run
 };

@@ -18,19 +18,21 @@ struct SSelection
     std::vector<LuTestSuite::SUnitTest> enabled;
     std::vector<LuTestSuite::SUnitTest> disabled; ///< the selected cases that their descriptions disable
 
-    /// Suites of other frameworks' tests that have no folder in the data directory, by name. They need no files, so the
-    /// folder has been forgotten. Other classes may have their data elsewhere. Empty if patterns select the cases.
+    /// The names of suites of other frameworks' tests that have no folder in the data directory. Such suites need no
+    /// files, so somebody has forgotten to create the folder. Classes of unit tests are not listed, because their data
+    /// may be elsewhere. Empty if patterns select the cases.
     std::vector<std::wstring> withoutFolder;
 };
 
-/// Reads the options behind "--". Throws a German message as std::wstring if they select no data directory, or a mode
-/// that is not a run, or reports; the library prints a line for options that it refuses.
+/// Reads the options behind "--". Throws a German message as std::wstring if the options select no data directory, if
+/// they select reports or a mode that is not a run, or if the library refuses an option; in the last case the library
+/// prints a line.
 LuTestSuiteSetup ReadLibraryOptions(const LibraryOptions& options);
 
 /// Loads the fixed list of test modules and those of the setup.
 void LoadModules(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& environment);
 
-/// What a run of the setup would run. Throws what FilterTestCases throws.
+/// The cases that a run with this setup would run. Throws what FilterTestCases throws.
 SSelection SelectCases(const LuTestSuiteSetup& setup);
 
 } // namespace Runner

@@ -23,8 +23,8 @@ std::wstring describeFailures(std::uint32_t count)
                       : LbFormat(L"nach %u fehlgeschlagenen Testfällen (--fail-fast)", count);
 }
 
-/// True if a signal asked the case's child process to end. A signal to a group of processes often reaches the child
-/// before this process.
+/// True if a signal asked this process and the case's child process to end. Waits for 200 ms at most, because a signal
+/// to a group of processes often reaches the child first.
 bool isEndedFromOutside(const SCaseEnded& record)
 {
     // Negated numbers of SIGHUP, SIGINT and SIGTERM; no process of Windows has such a status.

@@ -28,7 +28,7 @@ struct SSessionParts
     CJournalWriter& writer;
     LuTestSuiteEnvironment& environment;
     IRunListener& listener;
-    std::uint32_t journal;           ///< number of the writer's
+    std::uint32_t journal;           ///< number of the writer's journal
     std::wstring dumpDirectory = {}; ///< full path, see LuTestSuiteRun::SRunOptions
 };
 
@@ -44,7 +44,7 @@ struct SSessionLimits
 {
     std::uint32_t retries = 0;
     std::uint32_t failFast = 0;     ///< number of failed cases that ends the run; 0: no limit
-    std::uint32_t failedBefore = 0; ///< failed cases of earlier sessions, which count as well
+    std::uint32_t failedBefore = 0; ///< failed cases of earlier sessions, which also count for `failFast`
 };
 
 class CSession : public INonCopyable
@@ -56,21 +56,21 @@ public:
     /// Writes the record, then applies it to the state. Any thread.
     void Note(const Record& record);
 
-    /// Records that the run is canceled. From then on a thread that records something else waits forever: the process
-    /// must end. Any thread.
+    /// Records that the run is canceled. From then on any other thread that records something waits forever, so the
+    /// caller must end the process. Any thread.
     void Abandon();
 
     /// Records the end of the open attempt at a case, adds the attempt's number to the record, and tells the listener.
     void End(SCaseEnded record);
 
-    /// Runs the cases in this order. An interrupted case runs again under the same attempt number. Records that the run
-    /// is canceled if that is requested from outside. Throws LbException if recording fails; then no further case
-    /// starts. Confirmations also run after enough failed cases, because they explain these failures. Calls `isNeeded`
+    /// Runs the cases in this order. An interrupted case runs again under the same attempt number. If a request from
+    /// outside cancels the run, records that. Throws LbException if recording fails; then no further case starts.
+    /// Confirmations run even after `failFast` failed cases, because they explain these failures. Calls `isNeeded`
     /// before a case would start, and leaves the case out if it returns false; calls come one at a time, on any thread.
     void Run(std::span<const std::uint32_t> cases, EAttemptKind kind, EProcess process,
              const std::function<bool(std::uint32_t)>& isNeeded = {});
 
-    /// True if no more cases are to be run: a request from outside, or enough failed cases.
+    /// True if no more cases may start, because of a request from outside or of `failFast` failed cases.
     bool IsCanceled() const;
 
     /// Records once that the run is canceled.

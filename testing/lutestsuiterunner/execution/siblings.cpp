@@ -13,8 +13,8 @@ namespace
 
 using Cases = std::vector<std::uint32_t>;
 
-/// Hosts that take the cases in one order would stay side by side. Two hosts work from opposite ends and meet once.
-/// Further hosts take a random order, in which they seldom meet another one.
+/// Hosts that take the cases in the same order would meet at every case. Therefore two hosts work from opposite ends
+/// and meet once. Further hosts take a random order, in which they seldom meet another host.
 Cases arrange(Cases cases, std::uint32_t earlierHosts)
 {
     if (earlierHosts == 1)

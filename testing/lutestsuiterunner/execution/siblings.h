@@ -13,32 +13,33 @@
 namespace Runner
 {
 
-/// Reads what the other hosts of a shard record, without locks. A network file system may show it late; then cases run
-/// twice and their second verdicts are duplicates. One thread at a time.
+/// Reads, without locks, what the other hosts of a shard record. If a network file system shows a record late, a case
+/// may run twice; its second verdict is a duplicate. One thread at a time.
 ///
-/// A host counts as at work if it has recorded something since the object was made. Until sc_Silence has passed, each
-/// host that has recorded neither its end nor a cancellation counts as at work, too.
+/// A host counts as at work if it has recorded something since this object was created. For the first sc_Silence after
+/// that, each host that has recorded neither its end nor a cancellation counts as at work, too.
 class CSiblings : public INonCopyable
 {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-    /// For this time after its last record, another host is expected to record something more.
+    /// For this time after another host's last record, more records are expected.
     static constexpr std::chrono::seconds sc_Silence{10};
-    /// The shortest times between two polls for new records: while some host is expected to record more, and otherwise.
+    /// The shortest times between two polls for new records: the short one while more records are expected, otherwise
+    /// the long one.
     static constexpr std::chrono::milliseconds sc_ShortInterval{20};
     static constexpr std::chrono::seconds sc_LongInterval{1};
 
     /// `folder` is that of the shard, with a separator at its end; `journal` is the number of this host's journal,
-    /// `caseCount` that of the plan.
+    /// `caseCount` is the plan's number of cases.
     CSiblings(const std::wstring& folder, std::uint32_t journal, std::size_t caseCount,
               Clock clock = std::chrono::steady_clock::now);
 
-    /// True if the case has passed in another host. A case that failed there may still be repeated by that host, but
-    /// that host may also end before it does so.
+    /// True if the case has passed in another host. A failure there does not count: that host may still repeat the
+    /// case, or may end before it does.
     bool HasPassed(std::uint32_t caseIndex);
 
-    /// True if another host that is at work runs the case.
+    /// True if another host that is at work is running the case.
     bool IsUnderWay(std::uint32_t caseIndex);
 
     /// The number of hosts at work that have an earlier journal.
@@ -52,10 +53,10 @@ private:
     const Clock m_clock;
     const std::uint32_t m_journal;
     const std::chrono::steady_clock::time_point m_begin;
-    CRunTail m_tail;                      ///< of the others
-    std::vector<std::uint64_t> m_earlier; ///< number of records at the beginning, by number - 1 of the journal
-    std::uint64_t m_records = 0;          ///< of all others
-    bool m_isExpecting = false;           ///< true until sc_Silence after m_lastRecord
+    CRunTail m_tail;                      ///< of the other hosts' journals
+    std::vector<std::uint64_t> m_earlier; ///< number of records when the object was created, by journal number - 1
+    std::uint64_t m_records = 0;          ///< number of records of all other hosts
+    bool m_isExpecting = false;           ///< more records are expected until sc_Silence after m_lastRecord
     std::chrono::steady_clock::time_point m_lastRecord;
     std::chrono::steady_clock::time_point m_lastPoll;
 };
@@ -63,13 +64,13 @@ private:
 /// True if a case is still needed; called immediately before the case would start.
 using IsNeeded = std::function<bool(std::uint32_t)>;
 
-/// Runs the cases that are needed in the given order.
+/// Runs, in the given order, those of the cases that are still needed.
 using RunCases = std::function<void(const std::vector<std::uint32_t>& cases, const IsNeeded& isNeeded)>;
 
-/// Calls `run` until it has been offered each case as often as necessary. Leaves out cases that have passed in another
-/// host. Puts off cases that another host runs until no other case is left, because that host may end before the case
-/// does. If hosts with earlier journals are at work, takes the cases in another order than they do. May call `run`
-/// again after a cancellation; it then must not start any case.
+/// Calls `run` with the cases, several times if necessary. Leaves out cases that have passed in another host. Puts off
+/// a case that another host is running until only such cases are left; then runs it here, too, because that host may
+/// end before the case does. If hosts with earlier journals are at work, takes the cases in another order than those
+/// hosts. After a cancellation `run` may be called again; it then must not start any case.
 void RunBesideSiblings(std::vector<std::uint32_t> cases, CSiblings& siblings, const RunCases& run);
 
 } // namespace Runner

@@ -28,7 +28,8 @@ bool isDueForAttempt(const CRunState& state, std::uint32_t index, std::size_t at
 }
 
 /// True if an earlier host has ended while it ran the case, so that the case might end this host, too. If that host
-/// left no note, the attempt was repeated in a child process and has its end; then only `lostHosts` shows the loss.
+/// left no note, the attempt was repeated in a child process and describes how it ended there; then only `lostHosts`
+/// shows that a host was lost.
 bool hasEndedHost(const CRunState& state, std::uint32_t index)
 {
     return std::ranges::any_of(state.GetAttempts(index), [](const SAttempt& attempt) {
@@ -109,7 +110,8 @@ void runFirst(CSession& session, const Cases& suspects, Cases cases, const IsNee
     session.Run({others, cases.end()}, EAttemptKind::First, EProcess::AsPlanned, isNeeded);
 }
 
-/// Removes from `cases` those that were canceled with an earlier host, and returns them in the order in which they run.
+/// Removes from `cases` those that were running when an earlier host was canceled. Returns them in the order in which
+/// they will run.
 Cases takeCanceled(const CRunState& state, Cases& cases)
 {
     Cases canceled = FindCanceled(state);
@@ -170,7 +172,7 @@ void RunStages(CSession& session, const CRunState& state, const SFirstAttempts& 
     {
         session.Run(findCasesToConfirm(state, stages.retries), EAttemptKind::Confirm, EProcess::Own);
     }
-    // Enough failed cases cancel the run only if they have kept others from running.
+    // The run counts as canceled only if cases are left to run.
     if (session.IsCanceled() && !isNothingLeft(state, stages))
     {
         session.NoteCancellation();

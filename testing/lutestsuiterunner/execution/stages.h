@@ -20,7 +20,7 @@ struct SStages
 struct SFirstAttempts
 {
     std::vector<std::uint32_t> suspects; ///< run in processes of their own, before other cases (but see RunStages)
-    std::vector<std::uint32_t> cases;    ///< those that have finished or are suspects are left out
+    std::vector<std::uint32_t> cases;    ///< finished cases and suspects are left out
 };
 
 /// True if the run has ended without a cancellation and no stage has a case left to run.
@@ -30,11 +30,12 @@ bool IsComplete(const CRunState& state, const SStages& stages);
 /// cases, and returns the suspects.
 std::vector<std::uint32_t> FinishUnderWay(CSession& session, const CRunState& state, const std::wstring& folder);
 
-/// Runs the first attempts, then repeats all failed cases as often as demanded. Cases that failed in a shared process
-/// then run once more, each in its own process. Ends early when the session is canceled; if cases are left then,
-/// records that. `siblings` may be null; otherwise the hosts of the shard share the first attempts (see
-/// RunBesideSiblings). The cases that were canceled with an earlier host (see FindCanceled) then run after the others,
-/// in processes of their own, so that the others get a verdict even if the scheduler ends each host during such a case.
+/// Runs the first attempts, then repeats all failed cases as often as demanded. If confirmations are demanded, cases
+/// that failed in a shared process then run once more, each in its own process. Ends early when the session is
+/// canceled; if cases are left then, records the cancellation. `siblings` may be null; otherwise the hosts of the shard
+/// share the first attempts (see RunBesideSiblings), and the cases that were running when an earlier host was canceled
+/// (see FindCanceled) run after the others, each in its own process. Thus the other cases get a verdict even if the
+/// scheduler ends each host during such a case.
 void RunStages(CSession& session, const CRunState& state, const SFirstAttempts& first, const SStages& stages,
                CSiblings* siblings = nullptr);
 

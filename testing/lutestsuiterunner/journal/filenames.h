@@ -10,7 +10,7 @@ namespace Runner
 {
 
 inline constexpr const wchar_t* c_PlanName = L"plan.ndjson";
-/// The problems of a distributed run as a whole that its submitter has found: lines of UTF-8.
+/// The file for problems of a distributed run as a whole, found by its submitter: lines of UTF-8.
 inline constexpr const wchar_t* c_ProblemsName = L"problems.txt";
 /// The list of a distributed run's shards, and the folder with the files of their tasks.
 inline constexpr const wchar_t* c_ShardsName = L"shards.json";

@@ -16,8 +16,8 @@ namespace Runner
 /// directory changes.
 std::wstring GetRunFolder(const std::wstring& directory);
 
-/// Begins the next journal of a shard's run, with this host and the present time. Other hosts may do so at the same
-/// time on any machine: the exclusive creation of the file decides, since network file systems may not have locks.
+/// Begins the next journal of a shard's run, with this host and the present time. Other hosts on any machine may do so
+/// at the same time. Each host creates its journal exclusively, because a network file system may have no locks.
 /// `folder` ends in a separator. Throws LbException with a German message.
 std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan& plan);
 
@@ -25,18 +25,18 @@ std::unique_ptr<CJournalWriter> JoinRun(const std::wstring& folder, const SPlan&
 /// digest. Creates the folder if needed. Throws LbException with a German message.
 std::string BeginPlan(const std::wstring& directory, const SPlan& plan);
 
-/// Keeps runs of one process out of the folder while a distributed run replaces its content. Creates the folder if
-/// needed. Null if the folder's file system has no locks. Throws LbException with a German message if a run writes into
-/// the folder, or the folder cannot be made.
+/// Keeps runs that are not distributed out of the folder while a distributed run replaces the folder's content. Creates
+/// the folder if needed. Null if the folder's file system has no locks. Throws LbException with a German message if a
+/// run writes into the folder, or the folder cannot be created.
 std::unique_ptr<LbOs::CFolderLock> LockRunFolder(const std::wstring& directory);
 
 /// The right to write into a run's folder, held by one process if the folder's file system has locks. On Windows the
-/// thread that took it must release it.
+/// thread that creates the object must also destroy it.
 class CRunFolder
 {
 public:
     /// Creates the folder if needed and takes the right. Throws LbException with a German message if another process
-    /// has it, or the folder cannot be made.
+    /// has it, or the folder cannot be created.
     explicit CRunFolder(const std::wstring& directory);
 
     /// False if the folder's file system has no locks. Then other processes may write into the folder, too.
@@ -45,7 +45,7 @@ public:
     /// The folder's path, with separator at its end.
     const std::wstring& GetPath() const { return m_path; }
 
-    /// As BeginPlan. Like the operations below, throws LbException with a German message.
+    /// Calls BeginPlan for the folder. Like the operations below, throws LbException with a German message.
     std::string ReplacePlan(const SPlan& plan);
 
     /// Begins a journal of the folder's plan.

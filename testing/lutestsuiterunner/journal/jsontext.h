@@ -1,4 +1,4 @@
-/// Writes the JSON of records. It is written by hand, because recording must cost very little; nlohmann-json reads it.
+/// Writes the JSON of records without a library, because recording must cost very little; nlohmann-json reads it.
 #pragma once
 
 #include <concepts>
@@ -10,13 +10,13 @@
 namespace Runner
 {
 
-/// A JSON string with its quotes. `utf8` has no control characters but tab, line feed and carriage return.
+/// Appends a JSON string with its quotes. The only control characters in `utf8` are tab, line feed and carriage return.
 void AppendJsonString(std::string_view utf8, std::string& json);
 
 /// The same for any wide text: see ToEscapedUtf8.
 void AppendJsonString(std::wstring_view text, std::string& json);
 
-/// The string of any wide text.
+/// Returns the JSON string of any wide text.
 std::string ToJsonString(std::wstring_view text);
 
 /// Appends one object to `json`, member by member.

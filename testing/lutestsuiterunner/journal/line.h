@@ -28,7 +28,7 @@ struct SLine
     std::string_view record; ///< a part of the text
 };
 
-/// Parses the line at the beginning of `text`. If it is good, it is the whole text.
+/// Parses the line at the beginning of `text`. It is good only if it is the whole text.
 SLine ReadLine(std::string_view text);
 
 } // namespace Runner

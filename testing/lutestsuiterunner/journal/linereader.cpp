@@ -61,7 +61,7 @@ bool CLineReader::Next(std::string_view& record)
     return endInTail();
 }
 
-/// Reads until there is a whole line; false if the end, or the limit of lines, comes first.
+/// Reads until there is a whole line; false if the file ends or the line becomes too long before that.
 bool CLineReader::findLineEnd(std::size_t& size)
 {
     std::size_t searched = 0;

@@ -57,7 +57,7 @@ private:
     ReadBytes m_read;
     std::size_t m_longestLine;
     std::string m_buffer;
-    std::size_t m_start = 0; ///< of what is not yet read
+    std::size_t m_start = 0; ///< of the bytes in m_buffer that are not used yet
     std::size_t m_end = 0;
     bool m_isAtEnd = false;         ///< no more calls of m_read
     std::uint64_t m_nextOffset = 0; ///< of m_start in the file

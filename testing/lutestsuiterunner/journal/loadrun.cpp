@@ -35,8 +35,8 @@ void requireSamePlan(const Record& record, const SPlan& plan)
 /// For each journal of a folder, the number of its first records that are used; by the journal's number - 1.
 using Counts = std::vector<std::uint64_t>;
 
-/// Calls `take` for the first `count` records of a journal. Adds the place to exceptions. Returns what
-/// CJournalReader::DescribeBadLastLine returns.
+/// Calls `take` for the first `count` records of a journal. Adds file and line to the messages of exceptions. Returns
+/// what CJournalReader::DescribeBadLastLine returns.
 template<typename F>
 std::wstring readJournal(const std::wstring& folder, std::uint32_t number, std::uint64_t count, const SPlan& plan,
                          const F& take)

@@ -1,4 +1,4 @@
-/// Numbers as text, without memory of their own on the heap.
+/// Numbers as text, made without temporary texts on the heap.
 #pragma once
 
 #include <array>

@@ -241,7 +241,7 @@ private:
 
     void readEnd(const Json& record)
     {
-        // Checked before the case runs are created, because the number may come from a forged file.
+        // Checked before the case runs are created, because a forged file may demand very many of them.
         require(record.at("unitTests") == m_plan.unitTests.size());
         planCases();
         require(record.at("cases") == m_plan.cases.size());
@@ -276,7 +276,8 @@ class CPlanReader
 public:
     explicit CPlanReader(const std::wstring& path)
         : m_path(path), m_file(path),
-          // Only a single long name makes a group longer than usual, and no name is longer than the file.
+          // Records have no limit here: a single long name may make one longer than usual, but no name is longer than
+          // the file.
           m_lines([this](char* buffer, std::size_t size) { return m_file.Read(buffer, size); },
                   std::numeric_limits<std::uint32_t>::max())
     {
@@ -319,7 +320,7 @@ public:
     }
 
 private:
-    /// The digest covers the file's bytes. All other parts of a good line follow from its record.
+    /// Adds a line of the file to the digest. Makes the line again from its record, from which all other parts follow.
     void add(std::string_view record, CDigest& digest)
     {
         MakeLine(m_lines.GetSequence(), record, m_line);

@@ -17,8 +17,8 @@ namespace Runner
 namespace
 {
 
-/// A group is closed when it reaches this size. It then stays below the limit of a record unless a single name is very
-/// long.
+/// A record with a list gets no further elements once it has this size. It then stays below the limit of a record
+/// unless a single name is very long.
 constexpr std::size_t c_GroupSize = 32768;
 
 template<typename R>
@@ -188,7 +188,7 @@ public:
         write("disabled", [&](CJsonObject& object) { addTexts<SDisabledCase>(object, c_DisabledFields, disabled); });
     }
 
-    /// The cases that have a property.
+    /// Writes the indices of the cases whose `mark` has this value.
     void EncodeMarks(const char* type, const std::vector<SPlannedCase>& cases, bool SPlannedCase::*mark, bool value)
     {
         std::vector<std::uint32_t> marked;
@@ -335,7 +335,7 @@ std::string DigestSelection(const SPlan& plan)
         std::vector<std::string> cases;
         for (LuTestSuite::STestCase testCase : unitTest.cases)
         {
-            // The digest contains only whether the case is a file.
+            // The digest contains only whether the case has a file, not its path.
             testCase.dataSetFile = testCase.dataSetFile.empty() ? std::wstring() : testCase.name;
             appendCase(testCase, {}, cases.emplace_back());
         }

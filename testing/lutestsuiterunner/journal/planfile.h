@@ -10,7 +10,7 @@
 namespace Runner
 {
 
-/// Passes on the lines of a plan's file one after another, with their line feeds, and returns the digest.
+/// Passes the lines of a plan's file to `write` one after another, with their line feeds. Returns the digest.
 std::string EncodePlan(const SPlan& plan, const std::function<void(std::string_view line)>& write);
 
 /// Writes a temporary file, flushes it to the disk and renames it. Returns the digest. Throws LbException with a German

@@ -9,7 +9,7 @@
 namespace Runner
 {
 
-/// How many records of each journal count. Indexed by the number of the shard - 1, then by that of the journal - 1.
+/// How many records of each journal count. Indexed by shard number - 1, then by journal number - 1.
 using RecordCounts = std::vector<std::vector<std::uint64_t>>;
 
 /// The records on which the reports of the run in the folder are based. Empty if the folder has no proof of the plan

@@ -65,7 +65,7 @@ private:
         return true;
     }
 
-    /// Fails unless this type belongs to the first record, and only to it.
+    /// Fails unless the first record, and no other, is the SJournalBegun of this journal.
     void requireBegin(const Record& record) const
     {
         const auto* const begun = std::get_if<SJournalBegun>(&record);

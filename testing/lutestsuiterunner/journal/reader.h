@@ -46,8 +46,9 @@ private:
 
 /// Reads plan and journals of a run, even while it is in progress. `folder` ends in a separator. Throws LbException
 /// with a German message if the folder contains no run, or if a file in it is damaged, missing, or belongs to another
-/// run. For a distributed run this applies only to the plan of the whole: unreadable data of a shard is a problem of
-/// the run, and all records before it count. Once its proof.json exists, only the records that it lists are used.
+/// run. For a distributed run, only an unreadable plan of the whole run throws. Unreadable data of a shard is a problem
+/// of the run; all records before such data count. Once the run has a proof.json, only the records counted there are
+/// used.
 std::unique_ptr<CRunState> LoadRun(const std::wstring& folder);
 
 /// As LoadRun, for a run that no process executes. If the last journal ends in a bad line with a line end, a warning of
@@ -58,8 +59,8 @@ std::unique_ptr<CRunState> LoadRunWithoutHost(const std::wstring& folder);
 /// The numbers of a folder's journals, ascending. `folder` ends in a separator.
 std::vector<std::uint32_t> FindJournals(const std::wstring& folder);
 
-/// FindJournals for a given listing of the folder. Looks up the names that the listing lacks, up to the first missing
-/// one: the listing of a network folder may be out of date.
+/// FindJournals for a given listing of the folder. Also looks for the journals that the listing lacks, up to the first
+/// number without a file, because the listing of a network folder may be out of date.
 std::vector<std::uint32_t> CompleteJournals(const std::wstring& folder, std::vector<std::uint32_t> listed);
 
 } // namespace Runner

@@ -64,7 +64,7 @@ struct SMembers
     std::bitset<eF_Count> given;
     std::array<std::int64_t, eF_Count> numbers{};
     std::array<std::string, eF_Count> texts;
-    std::array<STextPlace, eF_Count> places; ///< of texts; one of size 0 is not used
+    std::array<STextPlace, eF_Count> places; ///< of large texts; a place of size 0 is not used
 };
 
 /// Thrown when a record has wrong members.

@@ -23,8 +23,8 @@ struct STextPlace
 /// Stores a large text beside the journal.
 using StoreText = std::function<STextPlace(const std::string& utf8)>;
 
-/// Appends the JSON of a record, at most c_LargestRecord bytes. Writes `elapsed` if the record's own value is 0. Passes
-/// on exceptions of `store`.
+/// Appends the JSON of a record, at most c_LargestRecord bytes. Writes `elapsed` if the record's own `elapsed` is 0.
+/// Passes on exceptions of `store`.
 void EncodeRecord(const Record& record, std::uint64_t elapsed, const StoreText& store, std::string& json);
 
 } // namespace Runner

@@ -74,8 +74,8 @@ void removeIn(const std::wstring& folder, std::span<const std::wstring_view> pat
     LbOs::RemoveEmptyDirectory(folder);
 }
 
-/// Removes the shards of a distributed run. If there is no such run, folders of these names contain other runs and
-/// stay.
+/// Removes the shards of a distributed run. Called only if there is one, because otherwise folders of these names
+/// contain other runs.
 void removeShards(const std::wstring& folder)
 {
     for (std::uint32_t number = 1; LbFileSystem::IsDirectory(folder + GetShardFolderName(number)); ++number)

@@ -30,7 +30,7 @@ public:
     bool IsOpen() const { return m_file != LbOs::c_InvalidFile; }
 
     /// True if the file has bytes from this offset on. Asks the open file, because a network file system updates what
-    /// it knows about a file when it is opened.
+    /// it knows about a file when the file is opened.
     bool IsLongerThan(std::uint64_t offset) const
     {
         return LbOs::GetFileSize(m_file) > static_cast<std::int64_t>(offset);

@@ -15,12 +15,13 @@ namespace Runner
 class CRunTail
 {
 public:
-    /// `folder` ends in a separator; `caseCount` is the plan's. Does not read the journal with the number `own`.
+    /// `folder` ends in a separator; `caseCount` is the plan's number of cases. Does not read the journal with the
+    /// number `own`.
     CRunTail(const std::wstring& folder, std::size_t caseCount, std::uint32_t own = 0);
 
     /// Reads what was written since the last call. Skips records that cannot be read now, because a host is writing
     /// them or the file system does not answer; a later call reads them. Without new records it only looks for a
-    /// further journal and opens those whose hosts have not recorded their end.
+    /// further journal, and opens the journals whose hosts have not recorded their end.
     void Poll();
 
     /// Number of cases with a verdict. A retry may still turn a failure into a success.

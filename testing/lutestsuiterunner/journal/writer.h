@@ -16,7 +16,7 @@ namespace Runner
 class CJournalWriter
 {
 public:
-    /// Creates the journal with the number that `begun` contains in a run's folder, and writes its first record. Throws
+    /// Creates a journal in a run's folder, with the number in `begun`, and writes its first record. Throws
     /// CNameTakenException if the file exists, else LbException with a German message if it cannot be written.
     CJournalWriter(const std::wstring& folder, const SJournalBegun& begun);
 

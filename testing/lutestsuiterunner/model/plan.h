@@ -107,18 +107,18 @@ SOrigin DescribeOrigin();
 /// The parameters of a case run: those of the run, overridden by those of the case's description.
 LuTestSuiteRun::SParams GetParams(const SPlan& plan, std::uint32_t caseIndex);
 
-/// The folder of a unit test below the data directory, with "/" between its parts and none at its end; the full path if
-/// the folder is not below the data directory.
+/// The folder of a unit test below the data directory, with "/" between its parts and no "/" at its end; the full path
+/// if the folder is not below the data directory.
 std::wstring GetRelativeFolder(const SPlan& plan, std::wstring_view dataDirectory);
 
 /// "Folder/Class": the relative folder of a unit test and its class; only the folder if that already ends with the
 /// class.
 std::wstring GetUnitTestName(const SPlan& plan, std::wstring_view dataDirectory, const std::wstring& className);
 
-/// The name of a case run: the name of the case, followed by the number of the run from the second one on: " (2)".
+/// The name of a case run: the name of the case; from the second run on, followed by the number of the run: " (2)".
 std::wstring GetRunName(const std::wstring& caseName, std::uint32_t repetition);
 
-/// "Folder/Class:Case", followed by the number of the run from the second one on: " (2)".
+/// "Folder/Class:Case"; from the second run on, followed by the number of the run: " (2)".
 std::wstring GetCaseName(const SPlan& plan, std::uint32_t caseIndex);
 
 /// The indices of all cases, sorted by name, so that the order does not depend on the file system.

@@ -1,5 +1,5 @@
-/// The events of a run, as its journal records them. The state of a run is made from these records, during the run and
-/// from journal files.
+/// The events of a run, as its journal records them. The state of a run is made from these records, both during the run
+/// and when journal files are read.
 #pragma once
 
 #include <cstdint>

@@ -186,7 +186,7 @@ std::uint32_t CRunState::findProcess(const SAttempt& attempt)
     {
         return 0;
     }
-    // Uses the journal of the start, because the end of an attempt that ended its host is in a later journal.
+    // Uses the journal of the start: if the attempt ended its host, a later journal records the attempt's end.
     SLatestProcess& latest = m_latestProcesses[{attempt.started.journal, attempt.result.processId}];
     // A child process ends after the cases of its stage, so attempts of different stages never share one.
     const bool isChild = attempt.result.end != EAttemptEnd::HostEnded && attempt.result.processId != m_host;

@@ -87,7 +87,7 @@ public:
 
     EVerdict GetVerdict(std::uint32_t caseIndex) const;
 
-    /// The attempt that reports show: the one that passed, else the first that failed (before a confirmation), else a
+    /// The attempt that reports show: the one that passed and is not a confirmation, else the first that failed, else a
     /// canceled one; null if no attempt has ended.
     const SAttempt* GetReported(std::uint32_t caseIndex) const;
 
@@ -100,18 +100,18 @@ public:
     /// The cases in the shard without a finished attempt; ascending. A resumed run runs these.
     std::vector<std::uint32_t> GetMissingCases() const;
 
-    /// The cases that ended earlier than the attempt in the same process, in their order; empty for an attempt in a
-    /// process of its own. Valid until the next record.
+    /// The cases that ended in the same process before the attempt, in the order of their ends; empty for an attempt in
+    /// a process of its own. Valid until the next record.
     std::span<const std::uint32_t> GetPredecessors(const SAttempt& attempt) const;
 
-    /// The cases that ended in the process with this number (see SAttempt), in their order. Valid until the next
-    /// record.
+    /// The cases that ended in the process with this number (see SAttempt), in the order of their ends. Valid until the
+    /// next record.
     std::span<const std::uint32_t> GetCasesOfProcess(std::uint32_t process) const;
 
     SVerdictCounts CountVerdicts() const;
 
-    /// True if the last journal records that the run was canceled, or that it ended. Both are false again when a run is
-    /// resumed.
+    /// Whether the last journal records that the run was canceled, and whether it records that the run ended. Both are
+    /// false again when the run is resumed.
     bool IsCanceled() const { return m_isCanceled; }
     bool IsEnded() const { return m_isEnded; }
     const std::wstring& GetCancelReason() const { return m_cancelReason; }

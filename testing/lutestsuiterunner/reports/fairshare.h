@@ -7,8 +7,8 @@
 namespace Runner
 {
 
-/// Returns the size to which longer texts must be cut so that all texts together fit into `room`; the largest possible
-/// size if they fit uncut.
+/// Returns the size to which longer texts must be cut so that all texts together fit into `room`; the largest
+/// std::size_t if they fit uncut.
 std::size_t GetFairShare(std::vector<std::size_t> sizes, std::size_t room);
 
 } // namespace Runner

@@ -24,8 +24,8 @@ std::string makeAttribute(std::string_view name, std::wstring_view value)
     return std::string(" ").append(name) + "=\"" + ToXmlAttribute(value) + "\"";
 }
 
-/// Makes paths below the folder where the run was started relative to it, with "/", because build servers turn such
-/// paths into links.
+/// If the path is below the run's working directory, makes it relative to that, with "/", because build servers turn
+/// such paths into links.
 std::wstring getShownPath(const SPlan& plan, std::wstring path)
 {
     const std::wstring root = LbPath::WithSeparator(plan.workingDirectory);

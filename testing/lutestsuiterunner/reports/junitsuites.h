@@ -21,7 +21,7 @@ struct SJunitSuite
     std::vector<const SDisabledCase*> disabled;
 };
 
-/// Makes a suite for each class in each folder that has cases in the run or disabled cases.
+/// Makes a suite for each pair of a class and a folder that has cases in the run, or disabled cases.
 class CJunitSuites
 {
 public:

@@ -17,9 +17,9 @@ inline constexpr std::size_t c_MostEarlierCases = 5;
 std::wstring GetProcessListName(std::uint32_t process);
 
 /// Writes a list for each process in which a case failed only because the process was shared, if more than
-/// `c_MostEarlierCases` cases ran before it. A list is UTF-8 and has a line per case, in the order in which they ended,
-/// so that the cases before a failure are the first lines. `folder` ends in a separator. Throws LbException with a
-/// German message.
+/// `c_MostEarlierCases` cases ran before that case. A list is UTF-8 and has a line per case, in the order in which they
+/// ended, so that the cases before a failure are the first lines. `folder` ends in a separator. Throws LbException with
+/// a German message.
 void WriteProcessLists(const std::wstring& folder, const CRunState& state);
 
 } // namespace Runner

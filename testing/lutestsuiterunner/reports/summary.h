@@ -10,8 +10,8 @@
 namespace Runner
 {
 
-/// The path of the UTF-8 file in the folder of a distributed run that has a line for each loss of shards that were
-/// submitted again.
+/// The path of a file in the folder of a distributed run: in UTF-8, a line for each loss of shards that were submitted
+/// again.
 std::wstring GetLossesPath(const std::wstring& folder);
 
 /// The text of the summary, JSON in UTF-8. `losses` are German lines.

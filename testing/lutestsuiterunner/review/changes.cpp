@@ -39,7 +39,8 @@ std::wstring getChecksumOfFiles(const std::vector<SReceivedFile>& files)
     return getChecksumOfText(text);
 }
 
-/// Collects changes by name: the checksum of changed parts; for whole files "new" with their folder, or "blank".
+/// Collects changes by name. The name is the checksum of the changed parts; for whole files it is "new" with their
+/// folder, or "blank".
 class CChanges
 {
 public:

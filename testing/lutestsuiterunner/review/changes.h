@@ -35,14 +35,14 @@ struct SReceivedFile
     std::wstring checksum;                              ///< of the received file
     std::wstring expected;                              ///< checksum of the reference; empty if there is none
     bool isRepeated;                                    ///< enough runs have made the same output
-    std::shared_ptr<const SAccepted> earlier = nullptr; ///< null: no part
+    std::shared_ptr<const SAccepted> earlier = nullptr; ///< null if no part was accepted
 };
 
 /// Differences that are decided on together.
 struct SChange
 {
     EChange kind;
-    std::wstring checksum; ///< of the changed parts; of new and blank references: of all files with their contents
+    std::wstring checksum; ///< of the changed parts; for new and blank references, of all files and their contents
     std::wstring id;       ///< the first digits of `checksum`: at least six, and as many as make it unique
     PartNames parts;       ///< the parts, or kinds of parts, to be decided on; empty for whole files
     std::vector<SReceivedFile> files;

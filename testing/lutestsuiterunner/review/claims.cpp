@@ -18,7 +18,7 @@ namespace Runner
 namespace
 {
 
-/// Exists when all files have been moved.
+/// The name of a file that exists once all received files have been moved.
 constexpr const wchar_t* c_CompleteName = L"complete";
 
 std::wstring getReceived(const SReceivedFile& file)

@@ -71,7 +71,8 @@ public:
     }
 
     /// Carries out the decision for one file. If somebody has changed the reference since the decision began, a new
-    /// decision throws; one that is continued keeps this reference and returns empty.
+    /// decision throws; one that is continued keeps this reference, and returns empty if the reference lacks the
+    /// accepted parts.
     std::optional<SDecidedFile> Do(std::size_t index)
     {
         const SReceivedFile& file = m_planned.files[index];
@@ -324,8 +325,8 @@ void requireReady(const std::wstring& plan, const Files& files)
     }
 }
 
-/// Finishes an interrupted decision. If it had not yet claimed all files, it has written no reference; then it is
-/// undone if somebody has changed a file since.
+/// Finishes an interrupted decision. If the decision had not yet claimed all files, it has changed no reference; in
+/// that case it is undone if somebody has changed a file since.
 SOutcome finish(const std::wstring& folder, const std::wstring& plan)
 {
     const SPlanned planned = ReadDecisionPlan(folder);

@@ -13,7 +13,7 @@ namespace Runner
 
 enum class EDecision
 {
-    Accept, ///< the references get the change's parts; if it has none, the received files become the references,
+    Accept, ///< the references get the change's parts; if it has no parts, the received files become the references,
             ///< except for line ends that were not shown
     Reject, ///< the received file is removed, with all of its parts
 };

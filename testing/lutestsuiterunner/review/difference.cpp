@@ -49,7 +49,7 @@ private:
         return diagonal == -edits || (diagonal != edits && reach(row, diagonal - 1) < reach(row, diagonal + 1));
     }
 
-    /// Searches for the edit script; false if it needs too many edits.
+    /// Searches for the edit script; false if the script needs too many edits.
     bool search()
     {
         const auto oldSize = static_cast<Place>(m_old.size());

@@ -37,15 +37,15 @@ std::vector<std::string_view> SplitLines(std::string_view text, bool dropReturns
 std::vector<SHunk> CompareLines(const std::vector<std::string_view>& old, const std::vector<std::string_view>& fresh);
 
 /// If "\r\n" and "\n" count as equal, returns the line end of the reference, or of `received` if the reference has only
-/// one line. Returns an empty text if they count as different, because the reference has both kinds, because nothing
-/// else differs, or because the data is binary.
+/// one line. They count as different, and the result is empty, if the reference has both kinds, if nothing but line
+/// ends differs, or if the data is binary.
 std::string_view FindIgnoredEnd(std::string_view reference, std::string_view received);
 
 /// The differences of `received` from `reference`, in their order; their texts refer to the arguments. Lines are
 /// compared by CompareLines, without their ends if FindIgnoredEnd finds one.
 SDifference FindDifference(std::string_view reference, std::string_view received);
 
-/// True if line ends are ignored and `received` has line ends other than FindIgnoredEnd.
+/// True if line ends are ignored and `received` has line ends other than the result of FindIgnoredEnd.
 bool HasIgnoredEnds(std::string_view reference, std::string_view received);
 
 } // namespace Runner

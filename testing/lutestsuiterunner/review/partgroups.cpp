@@ -15,7 +15,7 @@ namespace
 
 using Files = std::vector<std::uint32_t>;
 
-/// Disjoint sets of files that can be merged (union-find). The first file of a set identifies it.
+/// Disjoint sets of files (union-find), two of which can be merged. The first file of a set identifies the set.
 class CConnections
 {
 public:
@@ -41,7 +41,8 @@ private:
     std::vector<std::uint32_t> m_parents;
 };
 
-/// The connected files and parts of one set: the parts by their files, and the files by their parts.
+/// One set of connected files with their parts, grouped in both ways: parts in the same files, files with the same
+/// parts.
 struct SConnected
 {
     std::map<Files, PartNames> byFiles;

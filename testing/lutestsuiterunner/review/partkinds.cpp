@@ -12,8 +12,8 @@ void CPartKinds::Add(const SPartNames& part)
 
 bool CPartKinds::AreOne(const std::wstring& kind) const
 {
-    // More variants would need too many decisions on one cause. If there are fewer variants, and each occurs in several
-    // files, the variants may have different causes.
+    // With more variants, the user would have to make too many decisions on one cause. If there are fewer variants, and
+    // each occurs in several files, the variants may have different causes.
     constexpr std::size_t c_MostVariants = 15;
     const auto found = m_kinds.find(kind);
     if (found == m_kinds.end())

@@ -17,8 +17,8 @@ struct SPartNames
     std::wstring kind;
 };
 
-/// Finds the kinds of which all parts are one decision although their lines differ, because the lines contain values
-/// that differ from file to file.
+/// Finds the kinds whose parts all get one decision. The lines of these parts differ, because they contain values that
+/// differ from file to file.
 class CPartKinds
 {
 public:

@@ -18,7 +18,7 @@ namespace
 
 using Texts = std::vector<std::string_view>;
 
-/// Appends the text after its length, so that the key tells where it ends.
+/// Appends the length of the text and the text, so that texts that are appended one after another stay distinct.
 void append(std::string& key, char kind, std::string_view text)
 {
     key += kind + std::to_string(text.size()) + ":";
@@ -93,14 +93,14 @@ EContext chooseContext(const SSums& sums)
     return haveNumbersChanged || (sums.hasLost && sums.hasGained) ? EContext::Words : EContext::Labels;
 }
 
-/// The first piece other than white space; empty if there is no other.
+/// The first piece that is not white space; empty if all pieces are white space.
 std::string_view getFirstText(std::span<const std::string_view> pieces)
 {
     const auto first = std::ranges::find_if_not(pieces, IsSpace);
     return first == pieces.end() ? std::string_view() : *first;
 }
 
-/// As getFirstText, from the end.
+/// The last piece that is not white space; empty if all pieces are white space.
 std::string_view getLastText(std::span<const std::string_view> pieces)
 {
     const auto last = std::find_if_not(pieces.rbegin(), pieces.rend(), IsSpace);
@@ -115,7 +115,7 @@ struct SRun
     const SHunk* after;  ///< null at its end
 };
 
-/// True if only white space is between this piece and a number that was removed or added: both may be one value.
+/// True if only white space is between this piece and a number that was removed or added: they may form one value.
 bool isBesideNumber(const SRun& run, std::string_view piece)
 {
     const bool isFirst = piece.data() == getFirstText(run.pieces).data();
@@ -195,7 +195,7 @@ std::string getSpaceKey(const std::vector<SHunk>& edits)
 
 std::string getKindKey(const SHunk& hunk, bool isBinary)
 {
-    /// Limits the time for lines without any likeness.
+    /// Limits the time that the comparison of two very different lines takes.
     constexpr std::size_t c_LongestLine = 1000;
     if (isBinary || hunk.removed.size() != 1 || hunk.added.size() != 1 ||
         std::max(hunk.removed.front().size(), hunk.added.front().size()) > c_LongestLine)

@@ -18,7 +18,7 @@ namespace
 
 using Texts = std::vector<std::string_view>;
 
-/// Makes one part of all pairs of lines of the same kind.
+/// Joins all pairs of lines of the same kind into one part.
 std::vector<SPart> splitKinds(const std::vector<SHunk>& pairs)
 {
     std::map<std::wstring, SHunk> lines;
@@ -43,7 +43,7 @@ std::vector<SPart> splitKinds(const std::vector<SHunk>& pairs)
 /// The parts of a hunk; each can be accepted or rejected alone.
 std::vector<SPart> split(const SHunk& hunk, bool isBinary)
 {
-    /// Limits the number of parts of files that have changed throughout.
+    /// Limits the number of parts of a hunk in which very many lines have changed.
     constexpr std::size_t c_MostParts = 100;
     const std::vector<SHunk> pairs = isBinary ? std::vector<SHunk>{hunk} : PairLines(hunk);
     std::vector<SPart> parts;
@@ -63,7 +63,7 @@ std::vector<SPart> split(const SHunk& hunk, bool isBinary)
                : std::vector<SPart>{{GetPartName(hunk, false), GetPartKind(hunk, false), {hunk}}};
 }
 
-/// True if a line of the reference that is not blank stays unchanged.
+/// True if at least one line of the reference that is not blank stays unchanged.
 bool hasCommonText(std::string_view reference, const std::vector<SHunk>& hunks)
 {
     Texts lines = SplitLines(reference, true);
@@ -80,7 +80,7 @@ bool areAllChosen(const std::vector<SPart>& parts, const PartNames& chosen)
     return std::ranges::all_of(parts, [&chosen](const SPart& part) { return IsNamed(part, chosen); });
 }
 
-/// The hunks of the chosen parts, in their order.
+/// The hunks of the chosen parts, in the order of their lines.
 std::vector<SHunk> getHunks(const std::vector<SPart>& parts, const PartNames& chosen)
 {
     std::vector<SHunk> hunks;
@@ -120,7 +120,7 @@ std::string replaceLines(std::string_view reference, std::string_view received, 
         text += one;
         text += end;
     }
-    // The last line has no end of its own.
+    // Removes the line end that the loop has appended to the last line.
     text.resize(text.size() - end.size());
     return text;
 }

@@ -69,7 +69,7 @@ std::size_t findEnd(std::string_view line, std::size_t begin)
     return end;
 }
 
-/// Length of the unit that follows a number at the end of the text.
+/// Length of the unit at the end of a number, such as "ms" in "12.5ms"; 0 if the number has no unit.
 std::size_t getUnitSize(std::string_view text)
 {
     const std::size_t begin =

@@ -7,7 +7,7 @@
 namespace Runner
 {
 
-/// White space, a word, a number, or one other character.
+/// Each piece is white space, a word, a number, or one other character.
 using Pieces = std::vector<std::string_view>;
 
 /// A word is a sequence of letters, "_" and non-ASCII characters. A sequence with a digit is a number, such as

@@ -79,7 +79,7 @@ void RequireOwnFiles(const std::vector<SReceivedFile>& files)
     {
         return;
     }
-    std::map<std::wstring, std::wstring> references; // by place
+    std::map<std::wstring, std::wstring> references; // keys: paths with links resolved
     for (const SReceivedFile& file : files)
     {
         const std::wstring place = LbOs::GetCanonicalPath(file.reference);

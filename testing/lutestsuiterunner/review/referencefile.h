@@ -17,7 +17,7 @@ std::wstring DescribeIrreplaceable(const std::wstring& reference);
 /// as std::wstring.
 void WriteReference(const std::wstring& reference, std::string_view bytes, const std::wstring& temporary);
 
-/// Removes the temporary files that WriteReference has left in a killed process.
+/// Removes the temporary files of calls of WriteReference whose process was killed.
 void RemoveTemporaries(const std::vector<SReceivedFile>& files, const std::wstring& temporary);
 
 /// Throws a German message as std::wstring for a link that leads to no file, and for two references that are one file

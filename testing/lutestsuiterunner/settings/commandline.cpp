@@ -33,7 +33,7 @@ SArguments split(std::span<const std::wstring> arguments)
             Arguments(arguments.begin(), arguments.end())};
 }
 
-/// "listed", "random:7".
+/// Reads a value such as "listed" or "random:7".
 bool readOrder(const std::wstring& value, SRunOptions& options)
 {
     constexpr std::pair<const wchar_t*, EOrder> c_Orders[] = {{L"listed", EOrder::Listed},
@@ -56,7 +56,7 @@ bool readOrder(const std::wstring& value, SRunOptions& options)
     return options.seed && options.order == EOrder::Random;
 }
 
-/// "2/5".
+/// Reads a value such as "2/5".
 bool readShard(const std::wstring& value, SRunOptions& options)
 {
     const std::size_t mark = std::min(value.find(L'/'), value.size());

@@ -34,7 +34,7 @@ public:
         return usage + (m_takesLibraryOptions ? " -- [Optionen von LuTestSuiteCLI]\n" : "\n");
     }
 
-    /// No blank before the value if only "=" can introduce it.
+    /// Omits the blank before the value if only "=" can introduce the value.
     std::string make_option_opts(const CLI::Option* option) const override
     {
         const std::string text = CLI::Formatter::make_option_opts(option);
@@ -45,7 +45,7 @@ private:
     bool m_takesLibraryOptions;
 };
 
-/// Throws the message as std::wstring, which passes through CLI11: it catches only its own exceptions.
+/// Throws the message as std::wstring. CLI11 lets the message pass, because it catches only its own exceptions.
 [[noreturn]] void refuse(const char* name, const std::string& value, const std::wstring& expected)
 {
     throw LbFormat(L"Der Wert '%s' der Option '%s' ist falsch: erwartet wird %s", FromUtf8(value), FromUtf8(name),
@@ -71,7 +71,7 @@ auto getAppender(std::vector<std::wstring>& target)
     };
 }
 
-/// The option at the beginning of a message of CLI11.
+/// The name of the option at the beginning of a message of CLI11.
 std::wstring getOptionOf(const CLI::Error& error)
 {
     const std::string text = error.what();

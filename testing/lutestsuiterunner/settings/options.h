@@ -56,7 +56,7 @@ struct SRunOptions
     std::uint32_t shardCount = 1;
     bool confirm = false;
     std::wstring core;    ///< folder for memory dumps of child processes; empty: no dumps
-    bool planned = false; ///< runs the shard whose plan is in `out`; besides, only `shard` and `shardCount` count
+    bool planned = false; ///< runs the shard whose plan is in `out`; ignores all options but `shard` and `shardCount`
     LibraryOptions library;
     std::vector<std::wstring> arguments; ///< of the call, without the program's name
 };
@@ -118,8 +118,8 @@ struct SHistoryOptions
     std::vector<std::wstring> gates;
     std::vector<std::wstring> cases;          ///< "class:case"; each is shown in all its runs
     std::vector<std::wstring> configurations; ///< the others are ignored; empty for all
-    std::uint32_t runs = 100;                 ///< number of newest runs of each configuration that are analysed
-    std::uint32_t since = 0;                  ///< only findings that began in this number of newest runs; 0: all
+    std::uint32_t runs = 100;                 ///< how many of the newest runs of each configuration are analysed
+    std::uint32_t since = 0;                  ///< shows only findings that began in the newest `since` runs; 0: all
     std::wstring alarmRate = L"0.05";         ///< probability of a false alarm in an archive
     std::wstring smallestChange = L"3";       ///< percent
     std::uint32_t reshuffles = 20;
@@ -131,21 +131,21 @@ struct SFoldersOptions
     LibraryOptions library;
 };
 
-/// If no option decides or lists, the command asks about each change, provided that it runs on a terminal. If it
-/// neither decides nor asks, it lists the changes.
+/// If no option decides or lists, the command asks about each change, provided that the command runs on a terminal. If
+/// the command neither decides nor asks, it lists the changes.
 struct SReviewOptions
 {
     std::wstring directory;
-    bool diff = false;                ///< shows a difference of each change
-    std::wstring diffFile;            ///< only this reference; empty: the first file of each change
-    bool sideBySide = false;          ///< as `diff`, with references on the left
+    bool diff = false;                ///< shows, for each change, the differences of one file
+    std::wstring diffFile;            ///< shows all differences of this reference instead, unless it is empty
+    bool sideBySide = false;          ///< as `diff`, but side by side, with references on the left
     std::wstring sideBySideFile;      ///< as diffFile
     bool files = false;               ///< lists the names of the references
     std::wstring filesOf;             ///< only of this change; empty: of all changes
     std::vector<std::wstring> accept; ///< names of changes, paths of references, or "all"
     std::vector<std::wstring> reject;
     bool acceptEmpty = false; ///< references may become empty
-    bool ci = false;          ///< refuses to decide
+    bool ci = false;          ///< neither decides nor asks; the command fails if there are changes
 };
 
 using Command = std::variant<SHelp, SSubmitOptions, SStatusOptions, SWaitOptions, SCancelOptions, SRunOptions,

@@ -17,8 +17,8 @@ struct SCountChange
 };
 
 /// The newest change of a stable count, if the newest value still differs from the one before the change. A count is
-/// stable if at least five values in a row are equal, and more of them than there were earlier changes after fewer than
-/// five equal values.
+/// stable after at least five equal values in a row. If it has already changed N times after fewer than five equal
+/// values, more than N equal values are needed.
 std::optional<SCountChange> FindCountChange(std::span<const std::uint64_t> counts);
 
 } // namespace Runner::History

@@ -17,7 +17,7 @@
 namespace Runner::History
 {
 
-/// A case with findings. All indices are those of runs.
+/// A case with findings. All indices in the findings are those of runs.
 struct SCaseFindings
 {
     std::uint32_t caseIndex = 0;
@@ -39,9 +39,9 @@ struct SStepAnalysis
     StepsOfCases times;
     StepsOfCases memory;
     SThresholds thresholds;
-    std::uint64_t seriesCount = 0; ///< that were searched
+    std::uint64_t seriesCount = 0; ///< of the series that were searched
     std::uint64_t testCount = 0;
-    std::uint64_t shuffleCount = 0; ///< that made the threshold
+    std::uint64_t shuffleCount = 0; ///< of the shuffled orders that determined the threshold
     SShuffleCheck check;
 };
 
@@ -57,7 +57,7 @@ struct SAnalysis
     std::vector<SCaseFindings> cases; ///< in the order of the table
 };
 
-/// The build configuration for readers; a German text if the reports contain no configuration.
+/// The name of the build configuration for readers; a German text if the reports contain no configuration.
 std::wstring GetConfigurationName(const std::wstring& configuration);
 std::wstring GetConfigurationName(const SAnalysis& analysis);
 

@@ -93,7 +93,7 @@ double getLargest(const std::vector<Found>& all, const std::set<std::size_t>& ch
     return largest;
 }
 
-/// The c_OrdersBeyond-th largest of the orders' largest steps.
+/// Takes the largest step of each order, and returns the c_OrdersBeyond-th largest of these.
 template<typename Found>
 double getThreshold(const std::vector<std::vector<Found>>& shuffled, const std::set<std::size_t>& changed)
 {
@@ -112,7 +112,7 @@ double getThreshold(const std::vector<std::vector<Found>>& shuffled, const std::
 CCalibration::CCalibration(const std::vector<SMeasure>& measures, std::size_t runCount, const SStepRules& rules)
     : m_measures(measures), m_runCount(runCount), m_rules(rules)
 {
-    // Each of the two measures of a step gets half of the rate.
+    // Each of the two thresholds, in bits and in deviations, gets half of the rate.
     const double rate = rules.alarmRate / 2.0;
     CStepFinder finder(rules.smallestChange, {});
     for (const SMeasure& measure : measures)
@@ -186,8 +186,8 @@ void CCalibration::levelSeries(const std::vector<SFound>& own)
     }
 }
 
-/// Even without its step, a series with a step scatters more than the others. Once its step is found, it is left out,
-/// which lowers the threshold for the rest: the step-down method.
+/// Even without its step, a series with a step scatters more than the others. Once its step is found, the series is
+/// left out, which lowers the threshold for the others: the step-down method.
 void CCalibration::stepDown(const std::vector<SFound>& own, const std::vector<std::vector<SFound>>& shuffled)
 {
     for (std::size_t known = 1; known != m_changed.size();)

@@ -1,5 +1,5 @@
-/// Determines how large a step must be to be reported: with no more than the probability that the user accepts, chance
-/// alone causes such a step.
+/// Determines how large a step must be to be reported: so large that chance alone causes such a step with at most the
+/// probability that the user accepts.
 #pragma once
 
 #include <cstddef>
@@ -41,11 +41,11 @@ public:
     std::size_t GetTestCount() const { return m_testCount; }
     std::size_t GetShuffleCount() const { return m_shuffleCount; }
 
-    /// The noise that the series of a measure have in common when the runs are in their own order.
+    /// The noise that the series of a measure have in common when the runs are in their true order.
     SCommonNoise GetNoise(const SMeasure& measure) const;
 
-    /// Counts the alarms of orders that were not used to compute the thresholds. The thresholds are those of findings.
-    /// Leaves out the series with a step, because they contain a change in any order.
+    /// Counts the alarms in shuffled orders that were not used to compute the thresholds. The same thresholds apply to
+    /// findings. Leaves out the series with a step, because their values scatter too much in any order.
     SShuffleCheck Check() const;
 
 private:

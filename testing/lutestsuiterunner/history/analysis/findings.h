@@ -31,7 +31,7 @@ struct SFinding
     SBeginning beginning;
 };
 
-/// The cases of a kind that may have begun in the newest `newest` runs; in any run if that is 0.
+/// The findings of a kind that may have begun in one of the newest `newest` runs; in any run if `newest` is 0.
 std::vector<SFinding> GetFindings(const SAnalysis& analysis, const SFindingKind& kind, std::size_t newest);
 
 } // namespace Runner::History

@@ -43,8 +43,8 @@ SGateResult CheckGate(const SGate& gate, const std::vector<SAnalysis>& analyses,
 struct SGateResults
 {
     std::vector<SGateResult> results;
-    /// Names of runs that cannot be read and may be the newest. With one of them no gate holds, because the gates would
-    /// judge the run before it.
+    /// Names of runs that cannot be read and may be the newest. If there is such a run, no gate holds, because the
+    /// gates would judge the run before it.
     std::vector<std::wstring> unreadable;
 };
 

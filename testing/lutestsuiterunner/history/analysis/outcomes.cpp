@@ -10,7 +10,7 @@ namespace Runner::History
 namespace
 {
 
-/// A case is flaky if its outcome changes for at most this number of runs. If it changes for longer, this was a defect
+/// A case is flaky if its outcome changes for at most this number of runs. A change for more runs counts as a defect
 /// that was fixed.
 constexpr std::size_t c_LongestDeparture = 2;
 
@@ -146,7 +146,7 @@ bool isKnownFlaky(const CTable& table, std::size_t testCase, std::span<const SVe
     return proof.hasBoth || proof.hasReturned;
 }
 
-/// True unless the case was known to be flaky before the streak and fails this long by chance.
+/// True unless the case was known to be flaky before the streak and chance explains the length of the streak.
 bool isLasting(const CTable& table, std::size_t testCase, const std::vector<SVerdict>& verdicts,
                const std::vector<SStreak>& streaks, std::size_t number)
 {

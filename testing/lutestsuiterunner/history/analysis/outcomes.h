@@ -11,8 +11,8 @@
 namespace Runner::History
 {
 
-/// The beginning of a finding: the run `index`. If the case was not run before it, the finding may have begun at any
-/// run from `first` on.
+/// The beginning of a finding: the run `index`. If that is uncertain, for example because the case did not run before,
+/// the finding may have begun at any run from `first` to `last`.
 struct SBeginning
 {
     std::size_t index = 0;

@@ -43,8 +43,8 @@ private:
     std::uint64_t m_state;
 };
 
-/// True for one index of `step`, chosen at random. A sample at regular distances would consist of
-/// equal cases if, for example, every tenth case is of one kind.
+/// True for about one in `step` indices, chosen at random. A sample at regular distances would consist of equal cases
+/// if, for example, every tenth case is of one kind.
 constexpr bool IsInSample(std::uint64_t index, std::uint64_t step)
 {
     return MixBits(index + 1) % step == 0;

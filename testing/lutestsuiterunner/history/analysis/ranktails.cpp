@@ -30,9 +30,9 @@ double GetLog2(double number)
 namespace
 {
 
-/// Counts, for each number of inversions up to half of the pairs, the orders of the two groups that have it. These are
-/// the coefficients of the Gaussian binomial polynomial, the product of (1 - q^(larger + i)) / (1 - q^i) for i from 1
-/// to `smaller`. A coefficient depends only on lower ones, so none loses its relative precision.
+/// For each number of inversions up to half of the pairs, counts the orders of the two groups with that number. These
+/// are the coefficients of the Gaussian binomial polynomial, the product of (1 - q^(larger + i)) / (1 - q^i) for i from
+/// 1 to `smaller`. A coefficient depends only on lower ones, so none loses its relative precision.
 std::vector<double> countOrders(std::size_t smaller, std::size_t larger)
 {
     std::vector<double> counts(smaller * larger / 2 + 1, 0.0);

@@ -23,11 +23,11 @@ class CRankTails
 {
 public:
     /// Evidence that the values of the second group are higher, in bits: -log2 of the probability that `inversions` or
-    /// fewer of the pairs (one value of each group) are in the wrong order when all orders are equally likely. 0 if at
-    /// least half of the pairs are.
+    /// fewer of the pairs (one value of each group) are in the wrong order when all orders are equally likely. 0 if
+    /// `inversions` is more than half of the pairs.
     double GetBits(std::size_t firstSize, std::size_t secondSize, std::size_t inversions);
 
-    /// The largest number of inversions with at least that much evidence; -1 if no number has it.
+    /// The largest number of inversions with at least `bits` of evidence; -1 if there is no such number.
     std::int64_t GetLimit(std::size_t firstSize, std::size_t secondSize, double bits);
 
 private:

@@ -56,8 +56,8 @@ double GetScatter(std::span<const double> values)
 
 std::vector<double> Winsorize(std::span<const double> values)
 {
-    // If more than half of the values are equal, the scatter counts as a hundredth of the level, so that a step stays
-    // visible.
+    // The distance is at least a hundredth of the level. Otherwise it would be 0 if more than half of the values are
+    // equal, and a step would disappear.
     constexpr double c_SmallestPart = 0.01;
     const double median = GetMedian(values);
     const double distance = std::max(c_WinsorizedScatters * getScatter(values, median), c_SmallestPart * median);
@@ -109,7 +109,7 @@ double GetCorrelation(std::span<const std::uint16_t> ranks)
 namespace
 {
 
-/// The mean square of the differences of values `distance` apart, winsorized.
+/// The mean square of the winsorized differences between values that are `distance` apart.
 double getMeanSquare(std::span<const double> values, std::size_t distance)
 {
     std::vector<double> differences;
@@ -141,7 +141,7 @@ double GetCertainCorrelation(std::span<const double> values)
     {
         return 0.0;
     }
-    // The expected values are 1 - r and 1 - r * r, if r is the correlation.
+    // If r is the correlation, the two mean squares are expected to be proportional to 1 - r and 1 - r * r.
     const double ratio = getMeanSquare(values, 2) / neighbours;
     return std::clamp(ratio - 1.0 - std::sqrt(2.0 / static_cast<double>(values.size())), 0.0, 1.0);
 }

@@ -44,7 +44,8 @@ public:
         }
     }
 
-    /// Uses a smaller adjustment only if the values then scatter clearly less: by two standard errors of a scatter.
+    /// Divides the values by the tempo. Uses a smaller power only if the values then scatter clearly less: by two
+    /// standard errors of a scatter.
     void Adjust(SRow& row) const
     {
         const double clearly = 1.0 - 2.0 / std::sqrt(static_cast<double>(row.values.size()));
@@ -89,8 +90,8 @@ CSeriesBlock makeBlock(const CTable& table, std::size_t first, const FillRow& fi
     return block;
 }
 
-/// The part of the differences between the scatters that chance explains, 0 to 1. The scatter of normal values is
-/// uncertain by the root of 1.4 / count, relative to itself.
+/// The part of the differences between the scatters that chance explains, 0 to 1. The relative standard error of the
+/// scatter of normal values is the root of 1.4 / count.
 double getSimilarity(std::vector<double>& scatters, std::vector<double>& counts)
 {
     constexpr double c_VarianceByCount = 1.4;

@@ -32,8 +32,8 @@ std::size_t getShorterWindow(std::size_t size)
     return size * 4 / 5;
 }
 
-/// Computes from the sum of the ranks after the place how many pairs, of a value before the place and a value after it,
-/// are in the wrong order.
+/// Computes how many pairs of a value before the place and a value after it are in the wrong order. `rankSum` is the
+/// sum of the ranks after the place.
 std::size_t countInversions(std::size_t behind, std::size_t length, std::uint64_t rankSum, bool isUp)
 {
     const std::uint64_t lowest = behind * (behind - 1) / 2;
@@ -41,7 +41,7 @@ std::size_t countInversions(std::size_t behind, std::size_t length, std::uint64_
     return static_cast<std::size_t>(isUp ? highest - rankSum : rankSum - lowest);
 }
 
-/// Relative to the lower level.
+/// The change relative to the lower level.
 double getChange(double before, double after)
 {
     const auto [lower, higher] = std::minmax(before, after);
@@ -82,7 +82,7 @@ SPart getPart(const std::vector<SStep>& steps, std::size_t number, std::size_t l
     return {number == 0 ? 0 : steps[number - 1].index, number + 1 == steps.size() ? length : steps[number + 1].index};
 }
 
-/// The medians between the neighbours of each step.
+/// Sets the levels of each step: the medians of the runs between the step and its neighbours.
 void setLevels(std::span<const double> values, std::vector<SStep>& steps)
 {
     for (std::size_t number = 0; number < steps.size(); ++number)
@@ -159,7 +159,7 @@ void CStepFinder::setRanks(const SSeriesView& series)
     m_ranks = m_allRanks;
 }
 
-/// The window now begins at `start`. Its ranks follow from those of the series, without another search.
+/// Makes the window begin at `start`. Derives its ranks from those of the series, without sorting again.
 void CStepFinder::shortenWindow(std::size_t start)
 {
     const std::span<const std::uint16_t> window = std::span(m_allRanks).subspan(start);
@@ -206,7 +206,7 @@ void CStepFinder::compareCandidates(std::span<const double> all, std::size_t sta
     SCommonNoise noise = m_noise;
     if (start > 0)
     {
-        // A window has too few runs to show how much its runs resemble their neighbours.
+        // A window has too few runs to show how much its runs resemble their neighbours, so the whole series tells.
         noise.correlation = std::max(noise.correlation, GetCertainCorrelation(all));
     }
     const std::vector<double> winsorized = Winsorize(values);
@@ -313,8 +313,8 @@ CStepFinder::SCandidate CStepFinder::findPlace(std::span<const double> values, s
     return best;
 }
 
-/// A step was found in runs that may contain other steps, so its place is approximate. Describes each step again
-/// between its neighbours, but keeps the evidence of the search.
+/// A step was found in runs that may contain other steps, so its place is approximate. Finds the place and the levels
+/// of each step again from the runs between its neighbours, but keeps the evidence of the search.
 void CStepFinder::describeBetweenNeighbours(std::span<const double> values, std::uint64_t seed,
                                             std::vector<SStep>& steps)
 {
@@ -377,8 +377,8 @@ bool CStepFinder::isOneLevel(std::span<const double> values, std::uint64_t seed,
 }
 
 /// A run belongs to the interval if neither the runs before it nor the runs from it on, tested by themselves, show a
-/// step in the same direction. If the step is at that run, neither part contains it. Compares only the runs in [start,
-/// end), because the other runs may contain another step, which a part would show.
+/// step in the same direction. The reason: if the step is at that run, neither part contains it. Compares only the runs
+/// in [start, end), because the other runs may contain another step, which a part would show.
 void CStepFinder::findInterval(std::span<const double> values, std::size_t start, std::size_t end, std::uint64_t seed,
                                SStep& step)
 {

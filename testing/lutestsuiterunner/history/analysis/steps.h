@@ -21,15 +21,16 @@ struct SStep
     double before = 0.0; ///< medians between the steps
     double after = 0.0;
     double bits = 0.0;       ///< of evidence by ranks, corrected by the inflation
-    double deviations = 0.0; ///< as SStepSize
+    double deviations = 0.0; ///< see SStepSize
 
     bool IsUp() const { return after > before; }
 };
 
-/// The strongest steps of a series by both measures, and where they are. 0 if there is no step of interest.
+/// The strongest step of a series by `bits` and the strongest by `deviations`, with their places. 0 if there is no
+/// step.
 struct SStrongest
 {
-    /// The runs from `start` on were compared with each other, those before and those from `index` on.
+    /// Of the runs from `start` on, those before `index` were compared with those from `index` on.
     struct SPlace
     {
         std::size_t start = 0;
@@ -60,8 +61,8 @@ struct SSeriesView
 };
 
 /// Looks for steps with rank-sum tests over a grid of places, in the whole series and in shorter windows that end with
-/// it: a slow period that ended earlier does not hide a later step in a window that begins after it. Keeps tables; an
-/// object belongs to one thread.
+/// it. A slow period can hide a later step, but not in a window that begins after the period. Keeps tables; an object
+/// belongs to one thread.
 class CStepFinder
 {
 public:
@@ -72,9 +73,9 @@ public:
 
     SStrongest FindStrongest(const SSeriesView& series);
 
-    /// All steps beyond a threshold, in the order of the runs: the strongest one, then those in the parts before and
-    /// after it. Place, levels and interval of a step follow from the runs between its neighbours; steps that are too
-    /// small there are dropped. `seed` orders equal values.
+    /// All steps beyond a threshold, in the order of the runs. Finds the strongest step first, then those in the parts
+    /// before and after it. Place, levels and interval of a step follow from the runs between its neighbours; steps
+    /// that are too small there are dropped. `seed` orders equal values.
     std::vector<SStep> FindSteps(std::span<const double> values, std::uint64_t seed, const SThresholds& thresholds);
 
     /// The number of tests that FindStrongest makes with a series of that length.

@@ -49,9 +49,8 @@ double getInflation(double correlation, double length, double commonCorrelation)
     return (1.0 + used) / (1.0 - used);
 }
 
-/// The scatter is never taken as less than the usual one. If the scatters of the series are similar, the usual one also
-/// replaces a larger one that differs by less than two standard errors: the number of values is then too small to know
-/// more.
+/// Returns at least the usual scatter. If the scatters of the series are similar, the usual scatter also replaces one
+/// that is larger by less than two standard errors, because so few values cannot prove that the scatter is larger.
 double getUsedScatter(double variance, double freedom, double usual, double similarity)
 {
     constexpr double c_StandardErrors = 2.0;

@@ -11,18 +11,18 @@ namespace Runner::History
 struct SCommonNoise
 {
     double scatter = 0.0;     ///< the usual one of a series, relative to its level
-    double similarity = 0.0;  ///< 1 if the scatters of the series differ only as chance explains, 0 if much more
+    double similarity = 0.0;  ///< 1 if chance explains the differences between the scatters, 0 if they are far greater
     double correlation = 0.0; ///< of neighbouring runs, 0 to below 1
 };
 
 struct SStepSize
 {
     double deviations = 0.0; ///< size of the step in standard errors of a normal distribution
-    double inflation = 1.0;  ///< at least 1; as many runs count as one, because neighbours resemble each other
+    double inflation = 1.0;  ///< at least 1; this number of runs counts as one, because neighbours resemble each other
 };
 
-/// Compares the values before `place` with the values from `place` on. The values are winsorized. Each part has at
-/// least one value, and both together have at least three.
+/// Compares the values before `place` with the values from `place` on. The values must be winsorized. Each part must
+/// have at least one value, and both together at least three.
 SStepSize MeasureStep(std::span<const double> values, std::size_t place, const SCommonNoise& noise);
 
 } // namespace Runner::History

@@ -1,5 +1,5 @@
-/// Stores the results of step analyses in a file beside the archive, because reading a result takes less time than the
-/// search.
+/// Stores the results of step analyses in a file in the archive's folder, because reading a result takes less time than
+/// the search.
 #pragma once
 
 #include <set>

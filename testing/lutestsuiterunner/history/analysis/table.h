@@ -30,7 +30,8 @@ public:
     std::size_t GetRunCount() const { return m_runs.size(); }
     const SRun& GetRun(std::size_t run) const { return *m_runs[run]; }
 
-    /// The cases of all runs of the archive; those of other configurations have empty rows.
+    /// The number of cases in all runs of the archive. Cases that only other configurations have are absent from each
+    /// run.
     std::size_t GetCaseCount() const { return m_names->size(); }
     const SCaseName& GetName(std::size_t testCase) const { return (*m_names)[testCase]; }
 

@@ -57,8 +57,8 @@ std::vector<double> getFactors(const std::vector<SRow>& sample, std::span<const 
     return factors;
 }
 
-/// Leaves out the rows that have a step at this tempo, if chance causes such a step in few cases. Keeps all rows if
-/// fewer than a fifth would remain: then the cases have nothing in common.
+/// Leaves out the rows that, at this tempo, have a step so large that chance seldom causes it. Keeps all rows if fewer
+/// than a fifth would remain, because the cases then have nothing in common.
 std::vector<SRow> takeSteady(const std::vector<SRow>& sample, std::span<const double> tempo, double smallestChange)
 {
     CStepFinder finder(smallestChange, {});

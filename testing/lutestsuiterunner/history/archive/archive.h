@@ -53,8 +53,8 @@ public:
     /// The names must differ.
     explicit CArchive(std::vector<SCaseName> names = {}) : m_names(std::move(names)) {}
 
-    /// Entries with the same name are repetitions of a case, or cases that a report writes alike. Their worst result,
-    /// highest memory and mean time count.
+    /// Entries with the same name are repetitions of a case, or cases that a report does not distinguish. Their worst
+    /// result, highest memory and mean time count.
     SRun MakeRun(const SRecordedRun& recorded);
 
     const std::vector<SCaseName>& GetNames() const { return m_names; }

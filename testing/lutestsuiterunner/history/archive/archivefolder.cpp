@@ -64,14 +64,14 @@ std::int64_t getTime(const SIndexedRun& run)
     return run.stamps.empty() ? 0 : std::ranges::max(run.stamps, {}, &SFileStamp::time).time;
 }
 
-/// True if the run's files are those of the index. If a file was changed when the index was written, or later, its time
-/// proves nothing, because a second change may leave the same time. Then the content decides, as it does if the time of
-/// a file is another one.
+/// True if the run's files are still those that were indexed. Unchanged times prove that only if all of them are
+/// earlier than the index: otherwise a second change may have left the same time. The content decides in that case, and
+/// also if the time of a file has changed.
 bool isCurrent(const std::wstring& folder, const SRunSource& source, const SIndex& index, SIndexedRun& indexed)
 {
     std::vector<SFileStamp> stamps = getStamps(folder, source);
     const bool isOlder = std::ranges::all_of(stamps, [&](const SFileStamp& stamp) { return stamp.time < index.time; });
-    // An empty digest means that a file could not be opened. It may be readable now, with the same time.
+    // An empty digest means that a file could not be opened. The file may be readable now, with the same time.
     if (stamps == indexed.stamps && isOlder && !indexed.digest.empty())
     {
         return true;
@@ -159,7 +159,7 @@ std::vector<SRunSource> CArchiveReader::takeIndexed()
         (indexed->second.isReadable ? m_runs : m_unreadable).push_back(std::move(indexed->second));
         m_index.runs.erase(indexed);
     }
-    // Removes runs that no longer exist.
+    // Runs that are left in m_index no longer exist, so the index is written again without them.
     m_isChanged = m_isChanged || !m_index.runs.empty() || !rest.empty();
     return rest;
 }
@@ -195,7 +195,7 @@ void CArchiveReader::readFiles(const std::vector<SRunSource>& sources)
     }
 }
 
-/// So that results do not depend on the order of reading.
+/// Makes the results independent of the order in which the runs were read.
 void CArchiveReader::sortNames()
 {
     std::vector<SCaseName> names = m_archive.TakeNames();

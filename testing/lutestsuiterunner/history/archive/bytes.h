@@ -25,7 +25,7 @@ public:
         m_bytes.append(reinterpret_cast<const char*>(&value), sizeof(value));
     }
 
-    /// Writes the values without their number.
+    /// Writes the values without their count.
     template<typename T>
     void WriteAll(const std::vector<T>& values)
     {

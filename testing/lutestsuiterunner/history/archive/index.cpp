@@ -18,7 +18,7 @@ namespace Runner::History
 namespace
 {
 
-/// Contains the version of the format. The runs of an index of another version are read again.
+/// Contains the version of the format. If an index has another version, the runs are read from their own files again.
 constexpr std::string_view c_Begin = "LuTestSuite history index 4\n";
 
 template<typename T, typename Get>

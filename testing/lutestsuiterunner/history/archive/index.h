@@ -1,4 +1,4 @@
-/// The index of an archive: a file beside it with what was read earlier.
+/// The index of an archive: a file in its folder with the runs that were read earlier.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,7 @@ struct SIndex
     std::string digest;                       ///< of the whole index; empty if there is no index
 };
 
-/// An empty index if there is no file, or it is of another version, or damaged.
+/// Returns an empty index if the file is missing, damaged or of another version.
 SIndex ReadIndex(const std::wstring& path);
 
 /// Returns the digest of what was written; empty if the file cannot be written.

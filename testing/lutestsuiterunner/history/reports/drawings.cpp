@@ -16,13 +16,13 @@ constexpr std::size_t c_LineWidth = 200;
 constexpr std::size_t c_LineHeight = 28;
 constexpr std::size_t c_TrendHeight = 120;
 
-/// The width of a run in a strip. A strip of many runs fits beside the names.
+/// The width of a run in a strip: small if there are many runs, so that the strip fits beside the names.
 std::size_t getRunWidth(std::size_t runCount)
 {
     return runCount <= 25 ? 8 : runCount <= 50 ? 5 : runCount <= 100 ? 3 : 2;
 }
 
-/// The width of a run in the trend. A trend of few runs is about as wide as one of twenty.
+/// The width of a run in the trend: large if there are few runs, so that the trend does not become too narrow.
 std::size_t getTrendRunWidth(std::size_t runCount)
 {
     constexpr std::size_t c_Wanted = 280;
@@ -34,7 +34,7 @@ std::string number(std::size_t value)
     return std::to_string(value);
 }
 
-/// With one decimal and without sign of zero; the same on all platforms.
+/// With one decimal. Zero has no sign. The text is the same on all platforms.
 std::string number(double value)
 {
     const auto tenths = static_cast<std::int64_t>(std::floor(value * 10.0 + 0.5));
@@ -73,7 +73,7 @@ std::string getPath(const char* style, const std::string& path)
     return path.empty() ? std::string() : std::string("<path class=\"") + style + "\" d=\"" + path + "\"/>";
 }
 
-/// Places values from the lowest to the highest in a height.
+/// Converts values to vertical positions: `highest` is at 0, the top, and `lowest` is at `height`.
 class CScale
 {
 public:

@@ -16,8 +16,8 @@ namespace Runner::History
 /// absent. Screen readers get the counts as text.
 std::string DrawOutcomes(std::span<const EOutcome> outcomes);
 
-/// A line through the values, without gaps. `marks` are the runs at which the level changed; the change is somewhere in
-/// its interval.
+/// A line through the values, without gaps. `marks` are the runs at which the level changed; the last change is
+/// somewhere in the interval.
 struct SLine
 {
     std::span<const std::optional<double>> values; ///< of each run

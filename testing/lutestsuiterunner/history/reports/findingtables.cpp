@@ -13,8 +13,8 @@ namespace Runner::History
 namespace
 {
 
-/// The rows of a table that have drawings. A drawing takes several times the space of a row's texts, so a page with
-/// drawings of a hundred thousand rows would be too large.
+/// The number of rows of a table that have drawings. A drawing takes several times the space of a row's texts, so a
+/// page with drawings of a hundred thousand rows would be too large.
 constexpr std::size_t c_MostDrawn = 500;
 
 using Messages = std::unordered_map<std::uint32_t, const std::wstring*>;

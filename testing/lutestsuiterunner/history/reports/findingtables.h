@@ -8,7 +8,8 @@
 namespace Runner::History
 {
 
-/// All kinds that have findings, each a section with a heading. `prefix` makes their marks unique in the page.
+/// All kinds that have findings, each a section with a heading. `prefix` makes the sections' identifiers unique in the
+/// page.
 std::string MakeFindingTables(const SAnalysis& analysis, std::size_t newest, const std::string& prefix);
 
 /// The name of a run in the page: its start, or its name if the start is unknown. Markup.

@@ -12,8 +12,8 @@
 namespace Runner::History
 {
 
-/// UTF-8, indented, ended by a line feed. `newest` as for GetFindings. The cases with the indices `shown` are shown in
-/// all runs.
+/// UTF-8, indented, ended by a line feed. `newest` as for GetFindings. For the cases with the indices `shown`, also
+/// contains the values of all runs.
 std::string MakeJson(const std::vector<SAnalysis>& analyses, const SGateResults& gates, std::size_t newest,
                      const std::vector<std::uint32_t>& shown = {});
 

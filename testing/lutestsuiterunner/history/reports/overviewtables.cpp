@@ -86,7 +86,7 @@ SClasses getClasses(const CTable& table)
     return classes;
 }
 
-/// Classes that no run of the table contains have no times.
+/// Leaves out classes that have no case in any run of the table.
 std::vector<SClassTimes> getClassTimes(const CTable& table)
 {
     SClasses classes = getClasses(table);

@@ -38,8 +38,8 @@ std::string makeTiles(const SAnalysis& analysis, std::size_t newest, const std::
     return text == "<ul class=\"tiles\">" ? "<p>In diesen Läufen hat sich nichts bewegt.</p>\n" : text + "</ul>\n";
 }
 
-/// That the newest run may be missing, and what this means for the gates; empty if all runs could be read that may be
-/// the newest.
+/// Says that the newest run may be missing, and what this means for the gates. Empty if each run that may be the newest
+/// could be read.
 std::string makeUnreadable(const SGateResults& gates)
 {
     std::string names;
