@@ -15,7 +15,7 @@ TEST(LbCommandLine, QuotesBlanks)
     EXPECT_EQ(LbCommandLine::Quote(L"a b"), L"\"a b\"");
 }
 
-TEST(LbCommandLine, QuotesNothing)
+TEST(LbCommandLine, QuotesAnEmptyText)
 {
     EXPECT_EQ(LbCommandLine::Quote(L""), L"\"\"");
 }
@@ -25,7 +25,7 @@ TEST(LbCommandLine, DoublesABackslashBeforeTheClosingMark)
     EXPECT_EQ(LbCommandLine::Quote(L"D:\\Größen und Maße\\"), L"\"D:\\Größen und Maße\\\\\"");
 }
 
-TEST(LbCommandLine, QuotesRoots)
+TEST(LbCommandLine, DoublesTheBackslashAtTheEndOfARoot)
 {
     EXPECT_EQ(LbCommandLine::Quote(L"C:\\"), L"\"C:\\\\\"");
     EXPECT_EQ(LbCommandLine::Quote(L"\\\\Rechner\\"), L"\"\\\\Rechner\\\\\"");

@@ -208,13 +208,13 @@ TEST(LbDescribeCurrentException, ReturnsTheTextOfStandardExceptions)
               L"größer");
 }
 
-TEST(LbDescribeCurrentException, GivesWideTexts)
+TEST(LbDescribeCurrentException, ReturnsWideTexts)
 {
     EXPECT_EQ(describe(std::wstring(L"größer")), L"größer");
     EXPECT_EQ(describe<const wchar_t*>(L"größer"), L"größer");
 }
 
-TEST(LbDescribeCurrentException, GivesNarrowTexts)
+TEST(LbDescribeCurrentException, ReturnsNarrowTexts)
 {
     EXPECT_EQ(describe(std::string("gr\xC3\xB6\xC3\x9F"
                                    "er")),

@@ -47,8 +47,8 @@ Names GetMatches(const LbFileListing& listing, const Wildcards& wildcards, const
     return names;
 }
 
-/// Repeats the request until the process shares a listing of the folder. It does so only if the folder has not changed
-/// for a while.
+/// Repeats the request until the process shares a listing of the folder. The process does so only if the folder has not
+/// changed for a while.
 Listing WaitForSharedListing(const std::wstring& folder)
 {
     Listing listing = LbFileListing::Get(folder);
@@ -191,7 +191,7 @@ std::wstring MakeText(std::mt19937& random, std::wstring_view characters)
     return text;
 }
 
-TEST(FilePattern, MatchesLikeThePlainWay)
+TEST(FilePattern, MatchesLikeTheReferenceImplementation)
 {
     constexpr int c_Rounds = 20000;
     std::mt19937 random(1);

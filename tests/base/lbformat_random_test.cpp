@@ -1,4 +1,5 @@
-/// Compares random conversions with those of the C library, where both are defined equally, and between platforms.
+/// Compares random conversions with those of the C library, if both define them equally, and with those of other
+/// platforms.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -19,11 +20,11 @@
 namespace
 {
 
-/// C libraries with a 32-bit wchar_t print wide text with "%ls", so they can be the reference. The others define the
-/// conversions of text differently.
+/// C libraries with a 32-bit wchar_t print wide text with "%ls", so they can be the reference. Other C libraries define
+/// the conversions of text differently.
 constexpr bool c_HasReference = sizeof(wchar_t) == 4;
 constexpr std::size_t c_CallCount = 10'000;
-/// Holds the longest long double with its width.
+/// Large enough for the longest long double, padded to its width.
 constexpr std::size_t c_BufferSize = 8192;
 
 /// One conversion with its width and precision.
@@ -139,7 +140,7 @@ private:
         return sample;
     }
 
-    /// Adds `mark` and then nothing, digits, or "*" with a count among the arguments.
+    /// Adds `mark`, and then nothing, or digits, or "*" for a count that is passed as an argument.
     void addCount(SSample& sample, std::wstring_view mark, int smallest, int largest)
     {
         sample.format += mark;

@@ -124,7 +124,7 @@ TEST(LbFormat, PrintsCharacters)
     EXPECT_EQ(LbFormat(L"%C%hc%hC|%3C|%-3hc|", 'a', 'b', 'c', 'd', 'e'), L"abc|  d|e  |");
 }
 
-TEST(LbFormat, PrintsCharactersAsWhatTheyAre)
+TEST(LbFormat, PrintsCharactersByTheTypeOfTheArgument)
 {
     EXPECT_EQ(LbFormat(L"%c %C %hc", 'x', L'ß', L'€'), L"x ß €");
     EXPECT_EQ(LbFormat(L"%c %C", '\xE4', '\xE4'), L"\xFFFD \xFFFD");

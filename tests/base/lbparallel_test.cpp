@@ -288,7 +288,7 @@ TEST(LbCombinable, SeparatesManyThreads)
         for (int i = 0; i < threadCount; ++i)
         {
             threads.emplace_back([i, &started, &values] {
-                // All threads exist at the same time, so that no thread reuses another's value.
+                // Keeps all threads alive at the same time, because a new thread could reuse the value of an ended one.
                 started.ArriveAndWait();
                 values.Local() += i;
                 values.Local() += 1000;

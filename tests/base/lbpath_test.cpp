@@ -7,7 +7,7 @@
 namespace
 {
 
-/// An expected path, written with "/".
+/// Converts an expected path, which is written with "/".
 std::wstring native(std::wstring_view path)
 {
     return LbPath::ToNative(path);

@@ -101,7 +101,7 @@ TEST_F(LbRTTIModule, ExceptionOfAConstructorReachesTheCreator)
     EXPECT_THROW(LbRTTI::getCreate(L"CRegistryProbeThrowing")(), LbException);
 }
 
-TEST_F(LbRTTIModule, InterfaceOfAModuleThrowsAcross)
+TEST_F(LbRTTIModule, ExceptionOfAModulesInterfaceReachesTheCaller)
 {
     const std::unique_ptr<IObject> object = createProbe();
     EXPECT_THROW(dynamic_cast<IUnitTestRecreate&>(*object).Recreate(0), LbException);

@@ -148,7 +148,7 @@ class CNamesFiles : public LuUnitTest
     }
 };
 
-/// Uses the current count to form its names.
+/// Forms the names of its sub-tests from the current number of sub-tests.
 class CNumbers : public LuUnitTest
 {
     LB_RTTI(CNumbers)

@@ -35,7 +35,7 @@ protected:
         return m_questions;
     }
 
-    /// Searches twice; after that it is known that the name is missing.
+    /// Searches twice; after that, the search knows that the name is missing.
     void Miss(std::wstring_view name)
     {
         EXPECT_EQ(Find(name), std::nullopt);

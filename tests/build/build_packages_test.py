@@ -14,7 +14,7 @@ CMAKE, WORK = sys.argv.pop(1), pathlib.Path(sys.argv.pop(1))
 SKIPPED = 77
 # The build uses these only if they are installed: a compiler cache, and tools that describe the version of a checkout.
 OPTIONAL = {"ccache", "git", "subversion"}
-# For entries of the CMake cache that name folders: a file in the folder.
+# For each entry of the CMake cache that names a folder: a file in that folder.
 FILES_IN = {
     "LUTESTSUITE_DIRECTORY_OF_CLI_CLI_hpp": "CLI/CLI.hpp",
     "LUTESTSUITE_DIRECTORY_OF_nlohmann_json_hpp": "nlohmann/json.hpp",
@@ -90,7 +90,7 @@ class BuildPackages(unittest.TestCase):
 
 class TestPackages(unittest.TestCase):
     def test_are_installed_by_the_command_that_runs_the_tests(self):
-        """scripts/run-tests installs the part for gcovr, and each part that a test asks for when it is skipped."""
+        """scripts/run-tests installs the part of scripts/setup for gcovr, and each part that skipped tests ask for."""
         sources = [*(ROOT / "tests").rglob("*.py"), *(path for path in (ROOT / "scripts").iterdir() if path.is_file())]
         skipped = [re.findall(r"run:? scripts/setup ([a-z]+)", path.read_text("utf-8")) for path in sources]
         parts = re.search(r"^parts=\((.*)\)$", (ROOT / "scripts" / "run-tests").read_text("utf-8"), re.MULTILINE)

@@ -16,12 +16,12 @@
 namespace
 {
 
-/// Copies the host under another name, with its libraries, into a folder that contains no other host. Returns its path.
+/// Copies the host under another name, with its libraries, into a folder without another host. Returns the copy's path.
 std::wstring copyHost(const ScopedFolder& folder)
 {
     for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(GetBinaryFolder())))
     {
-        // On Linux, the suffix may be followed by the version in the name by which programs load a library.
+        // On Linux, the name by which programs load a library may have a version after the suffix.
         if (entry.path().filename().wstring().find(LbOs::c_ModuleSuffix) != std::wstring::npos)
         {
             std::filesystem::copy_file(entry.path(), folder.GetPathOf(entry.path().filename().wstring()));
@@ -91,7 +91,7 @@ TEST_P(HostChildrenMode, ServeAfterACaseOfTheHostHasClosedAllFiles)
 
 INSTANTIATE_TEST_SUITE_P(Options, HostChildrenMode, testing::Values(L"-x", L"-s"));
 
-/// Runs with many workers. Each of them has files open for its child.
+/// Runs with many workers. Each worker has files open for its child.
 class HostChildrenParallel : public testing::Test
 {
 protected:
@@ -164,7 +164,7 @@ class HostChildrenLimited : public testing::TestWithParam<SFewProcesses>
 {
 };
 
-TEST_P(HostChildrenLimited, LeaveOthersToTheirCases)
+TEST_P(HostChildrenLimited, LeaveEnoughProcessesToTheirCases)
 {
     if (!CanLimitHostProcesses())
     {

@@ -115,7 +115,7 @@ TEST_F(HostHeap, TwentyTrackedRunsOfTheExamplesGiveNoFalseWarning)
     }
 }
 
-// Parallel cases in one process see each other's blocks, so this omits the class whose cases never run in child
+// Parallel cases in one process see each other's blocks, so the test omits the class whose cases never run in child
 // processes.
 TEST_F(HostHeap, TrackedParallelChildProcessesGiveNoFalseWarning)
 {

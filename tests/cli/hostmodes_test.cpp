@@ -63,7 +63,7 @@ protected:
         return std::regex_replace(text, std::regex("Temp-[-0-9a-f]{36}"), "Temp-ID");
     }
 
-    /// One unit test per level, because the order inside a directory depends on the file system.
+    /// Writes one unit test per level of folders, because the order inside a directory depends on the file system.
     void WriteData() const
     {
         m_folder.WriteFile(L"Daten/CPassedModel/#ExtraInfo.xml",
@@ -237,7 +237,7 @@ protected:
         }
     }
 
-    /// Writes the example's configuration and returns the option's value for its run of this build.
+    /// Writes the example's configuration, and returns the value of --archive-run that selects its run for this build.
     std::wstring WriteExample() const
     {
         const bool isWindows = LbPath::c_Separator == L'\\';
@@ -350,7 +350,7 @@ TEST_F(HostArchive, OverwritesTheReportsOfTheSameSecond)
     }
 }
 
-/// Uses the shipped configuration with the folders of this build and this test, and its run for this platform.
+/// Uses the run for this platform in the shipped configuration, with the folders of this build and of this test.
 TEST_F(HostArchive, RunsTheExampleOnTwoDays)
 {
     const std::wstring value = WriteExample();

@@ -33,7 +33,7 @@ protected:
         return RunHost(arguments, m_options);
     }
 
-    /// One class per level, because the order inside a directory depends on the file system.
+    /// Writes one class per level of folders, because the order inside a directory depends on the file system.
     void WriteManyOutcomes() const
     {
         m_data.MakeFolder(L"CResultModel");

@@ -56,7 +56,7 @@ protected:
         return RunHost(arguments, hostOptions);
     }
 
-    /// One unit test per level, because the order inside a directory depends on the file system.
+    /// Writes one unit test per level of folders, because the order inside a directory depends on the file system.
     void WriteManyOutcomes() const
     {
         m_folder.MakeFolder(L"CResultModel");

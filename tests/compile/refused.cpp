@@ -1,4 +1,4 @@
-/// A unit test with one call, defined by the build as CALL, which the compiler must refuse.
+/// A unit test with one call that the compiler must refuse. The build defines the call as CALL.
 #include <string>
 
 #include "base/luunittest.h"

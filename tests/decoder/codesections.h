@@ -13,7 +13,7 @@ struct SFunction
     std::size_t end = 0;
 };
 
-/// The bytes of a file that the processor executes.
+/// An executable section of a file.
 struct SCodeSection
 {
     std::uint64_t address = 0;

@@ -138,8 +138,9 @@ protected:
         }
     }
 
-    /// For instructions unknown to Capstone, objdump lists the start of each instruction. An instruction unknown to
-    /// objdump too is listed as bad; an address where objdump starts no instruction is not judged.
+    /// Compares the lengths of instructions unknown to Capstone with the list of objdump, which shows where each
+    /// instruction begins. objdump lists an instruction unknown to it as bad. Addresses where objdump begins no
+    /// instruction are not compared.
     void compareUnknownWithObjdump(const std::string& path)
     {
         const ScopedFolder folder;

@@ -2,7 +2,7 @@
 # else. Builds the project and runs its tests, also as tests of CTest. Expects: SOURCE, WORK, CONFIG, GENERATOR,
 # TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
 
-# A script has no project that sets policies.
+# A script has no project that sets the policies, so this line sets them.
 cmake_policy(VERSION 3.25)
 
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")

@@ -22,7 +22,7 @@ function(expect text)
     endif()
 endfunction()
 
-# Sets `result` to a member of the description of a test, "properties" or "command".
+# Sets `result` to the member "properties" or "command" of the description of a test.
 function(find_member test member result)
     set(found NOTFOUND)
     string(JSON count LENGTH "${tests}" tests)
@@ -141,11 +141,11 @@ expect("shapes.geometry/CShapes:flat.shape (Failed)")
 run(0 ${ctest} -R "ball .2..x")
 expect("100% tests passed, 0 tests failed out of 1")
 
-# Cases found after the build, restricted by options.
+# Cases that the build has found, restricted by options.
 run(0 ${ctest} -R "^built\\.")
 expect("100% tests passed, 0 tests failed out of 1")
 
-# Modules in the folder of another directory.
+# Modules of another directory, which are not in the default folder.
 run(0 ${ctest} -R "^other\\.")
 expect("100% tests passed, 0 tests failed out of 1")
 

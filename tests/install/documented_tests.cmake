@@ -3,7 +3,7 @@
 
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
-# All blocks whose first line names the file.
+# Writes all blocks of the document whose first line names the file.
 function(write_blocks comment file)
     set(rest "${document}")
     set(text "")

@@ -1,17 +1,17 @@
 # Compares the symbols that a library exports with those that a program imports from it. Expects: NM, OBJDUMP.
 
-# A script has no project that sets policies.
+# A script has no project that sets the policies, so this line sets them.
 cmake_policy(VERSION 3.25)
 
-# The public classes and functions. Private operations begin in lower case, except those of the reports. The option
-# parser and two constructors of LuTestSuiteOut (without arguments, and from text) are also private.
+# The public classes and functions. Operations whose names begin in lower case are private, except those of the reports.
+# The option parser and two constructors of LuTestSuiteOut (without arguments, and from text) are also private.
 set(public_names "LuTestSuite(Utils|Report|Tree|Out|HeapTracker|Setup|Environment|Run)::")
 set(private_names "LuOptionParser|^LuTestSuiteOut::LuTestSuiteOut\\((\\)|std::)|^LuTestSuite(Utils|Tree|Out)::[a-z]")
 # All operations of the heap tracker except "dump".
 string(APPEND private_names "|^LuTestSuiteHeapTracker::([a-ce-z]|d[^u])")
 
 # The symbol tables of stripped Windows files contain only exports and imports. A library does not import its own
-# exports, and a program exports nothing, so the two need not be distinguished.
+# exports, and a program exports nothing, so exports need not be distinguished from imports.
 function(dump_windows_symbols file result)
     execute_process(COMMAND "${OBJDUMP}" -p "${file}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
     string(REGEX MATCHALL "_Z[A-Za-z0-9_.]+" symbols "${output}")
@@ -36,7 +36,7 @@ endfunction()
 
 function(list_symbols file kind result)
     dump_symbols("${file}" ${kind} output)
-    # CMake does not split a list inside brackets.
+    # Removes brackets, because CMake does not split a list inside them.
     string(REGEX REPLACE "[][]" "" output "${output}")
     string(REPLACE "\n" ";" lines "${output}")
     list(TRANSFORM lines REPLACE "^[0-9a-f ]+ [TU] " "")

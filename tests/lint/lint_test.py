@@ -14,7 +14,7 @@ SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "lint"
 
 class Lint(unittest.TestCase):
     def breaches(self, check, files):
-        """The lines that the check prints for a tree of these files; without them the status must be 0."""
+        """The lines that the check prints for a tree of these files; if it prints no line, the status must be 0."""
         with tempfile.TemporaryDirectory() as folder:
             for name, content in files.items():
                 path = pathlib.Path(folder, name)

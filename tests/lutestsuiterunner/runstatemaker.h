@@ -38,7 +38,7 @@ public:
         RunCase(MakeEnd(caseIndex, result, attempt), kind);
     }
 
-    /// Records a run of all cases that have not run, and the end of the run.
+    /// Records that each case without a verdict passes, and that the run ends.
     void RunRest()
     {
         for (const std::uint32_t index : m_state.GetMissingCases())

@@ -84,7 +84,7 @@ Runner::SCaseEnded MakeEnd(std::uint32_t caseIndex, LuTestSuiteRun::ECaseRunResu
 
 std::string ToText(const Runner::Record& record)
 {
-    // The record only refers to large texts, so this appends them in full.
+    // The encoded record only refers to large texts, so they are appended in full.
     std::string stored;
     std::string json;
     Runner::EncodeRecord(

@@ -8,10 +8,11 @@
 #include "testing/lutestsuiterunner/model/plan.h"
 #include "testing/lutestsuiterunner/model/records.h"
 
-/// Three unit tests with six enabled cases and one disabled case. Two of them are of one class, in different folders.
+/// Three unit tests with six enabled cases and one disabled case. Two of the unit tests have the same class, in
+/// different folders.
 Runner::SPlan MakeSamplePlan(std::uint32_t repetitions = 1);
 
-/// Random text with any code units: control characters, lone surrogates, quotes, markup.
+/// Random text of at most `longest` code units of any kind: control characters, lone surrogates, quotes, markup.
 std::wstring MakeRandomText(std::mt19937& random, std::size_t longest);
 
 Runner::SCaseStarted MakeStart(std::uint32_t caseIndex, std::uint32_t attempt = 1,
@@ -19,5 +20,5 @@ Runner::SCaseStarted MakeStart(std::uint32_t caseIndex, std::uint32_t attempt = 
 
 Runner::SCaseEnded MakeEnd(std::uint32_t caseIndex, LuTestSuiteRun::ECaseRunResult result, std::uint32_t attempt = 1);
 
-/// A record with every field as text, for comparisons.
+/// All fields of a record as text, for comparisons.
 std::string ToText(const Runner::Record& record);

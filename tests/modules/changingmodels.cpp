@@ -7,7 +7,7 @@
 namespace
 {
 
-/// The case "a.txt" deletes "b.txt" and creates "new.txt"; all others report that they ran.
+/// Each case reports that it ran. The case "a.txt" also deletes "b.txt" and creates "new.txt".
 class CChangingModel : public LuUnitTest
 {
     LB_RTTI(CChangingModel)
@@ -29,7 +29,7 @@ protected:
     }
 };
 
-/// The same for a class whose cases are found by index.
+/// The same for a class that overrides RunUnitTest; each case also reports its index.
 class CChangingIndexModel : public CChangingModel
 {
     LB_RTTI(CChangingIndexModel)
@@ -41,7 +41,7 @@ class CChangingIndexModel : public CChangingModel
     }
 };
 
-/// The same for classes that name their cases themselves.
+/// The same for a class that overrides GetSubtestName.
 class CChangingNameModel : public CChangingModel
 {
     LB_RTTI(CChangingNameModel)
@@ -52,6 +52,7 @@ class CChangingNameModel : public CChangingModel
     }
 };
 
+/// The same for a class that overrides GetSubtestCount.
 class CChangingCountModel : public CChangingModel
 {
     LB_RTTI(CChangingCountModel)

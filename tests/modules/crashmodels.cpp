@@ -36,8 +36,8 @@ volatile int s_zero = 0;
 int* volatile s_nothing = nullptr;
 void (*volatile s_noFunction)() = nullptr;
 
-/// Not inlined into itself: the frame of an inlined call would have several pages, so the overflow would occur earlier,
-/// with more stack left for its report.
+/// Must not be inlined into itself. Otherwise a frame would have several pages, so the overflow would occur earlier and
+/// leave more stack for its report.
 [[gnu::noinline, gnu::noclone]] int overflowStack(int depth)
 {
     volatile char used[4096];
@@ -45,7 +45,7 @@ void (*volatile s_noFunction)() = nullptr;
     return s_zero == 0 ? overflowStack(depth + 1) + used[0] : depth;
 }
 
-/// Makes the overflow happen at another place within a page.
+/// Shifts the frames, so that the stack overflows at another offset within a page.
 template<std::size_t Shift>
 [[gnu::noinline]] int overflowShiftedStack()
 {
@@ -78,7 +78,8 @@ void closeAllFiles()
     }
 }
 
-/// Requests more than the address space. Some systems would grant half of it and spend a minute on its page tables.
+/// Requests a block larger than the address space, which the system refuses. Some systems would grant half of that size
+/// and spend a minute on the page tables.
 void useTooMuchMemory()
 {
     constexpr std::size_t c_Block = std::size_t{1} << 47U;
@@ -87,7 +88,8 @@ void useTooMuchMemory()
     ::operator delete(block);
 }
 
-/// Limits the memory of the process and uses all of it. Returns NoInput if the system enforces no limit.
+/// Limits the memory of the process, uses all of it and throws std::bad_alloc. Returns NoInput if the system enforces
+/// no limit.
 LuUnitTest::EResult useAllMemory()
 {
     constexpr std::size_t c_Limit = std::size_t{64} << 20U;
@@ -113,7 +115,7 @@ void sleepLong()
     std::this_thread::sleep_for(std::chrono::seconds(60));
 }
 
-/// Starts a process in the background, which the run must kill.
+/// Starts a background process that the run must kill.
 void startGrandchild(const std::string& how)
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
@@ -126,14 +128,15 @@ void startGrandchild(const std::string& how)
     static_cast<void>(status);
 }
 
-/// An event of the test that runs the case. The test passes the beginning of its name.
+/// Opens an event of the test that runs the case. The test has passed the beginning of the event's name; `suffix` is
+/// the rest.
 std::unique_ptr<LbOs::CNamedEvent> openEvent(const std::wstring& suffix)
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
     return LbOs::CNamedEvent::Open(LbEncoding::FromUtf8(name == nullptr ? "" : name) + suffix);
 }
 
-/// Tells the test that the process has begun to exit, if the test has passed the name of its events.
+/// If the test has passed the name of its events, tells it that the process has begun to exit.
 void announceExit()
 {
     if (std::getenv("LUTESTSUITE_TEST_LINE") != nullptr)
@@ -184,7 +187,7 @@ void crashIntoOwnHandler()
     *s_nothing = 1;
 }
 
-/// Throws an exception that leaves a thread.
+/// Throws an exception out of the function of a thread.
 void throwOutOfThread()
 {
     std::thread([] { throw std::runtime_error("aus einem Thread"); }).join();
@@ -195,7 +198,7 @@ void crashInThread()
     std::thread([] { *s_nothing = 1; }).join();
 }
 
-/// Leaves a thread running that crashes as soon as the file exists whose path the test has passed.
+/// Leaves a thread running. It crashes as soon as a file exists at the path that the test has passed.
 void crashLater()
 {
     const char* const name = std::getenv("LUTESTSUITE_TEST_LINE");
@@ -240,8 +243,8 @@ void awaitCopy()
 namespace
 {
 
-/// Ends processes that load the module, if a test sets one of the variables. LUTESTSUITE_TEST_LEAVES: the first process
-/// creates the file of that name and exits with 0. LUTESTSUITE_TEST_DIES: each process exits with a failure.
+/// Ends processes that load the module if a test sets one of two variables. LUTESTSUITE_TEST_LEAVES names a file: the
+/// first process creates the file and exits with 0. LUTESTSUITE_TEST_DIES: each process exits with a failure.
 bool comesToLife()
 {
     const char* const leaves = std::getenv("LUTESTSUITE_TEST_LEAVES");
@@ -372,7 +375,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"Absturz der Kopie", [] { crashInCopy(); });
     }
 
-    /// Adds cases that write to standard error, most of which then end their process.
+    /// Adds cases that write to standard error. Most of these cases then end their process.
     void addWriting()
     {
         AddSubtest(L"schreibt Fehlerzeilen", [] { std::fputs("aus dem Fall davor\n", stderr); });
@@ -444,7 +447,7 @@ class CSearchCrashModel : public LuUnitTest
 };
 LB_RTTI_CLASS(CSearchCrashModel, LuUnitTest)
 
-/// Passes, and ends its process when it is destroyed.
+/// Its cases pass; its destructor then ends the process.
 class CDyingModel : public LuUnitTest
 {
     LB_RTTI(CDyingModel)

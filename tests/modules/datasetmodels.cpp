@@ -33,7 +33,7 @@ private:
 };
 LB_RTTI_CLASS(CDataSetModel, LuUnitTest)
 
-/// Overrides only InitSubtests, but each case requests the files of its folder.
+/// Overrides only InitSubtests, but each case asks for the names of the files in the data directory.
 class CAskingModel : public LuUnitTest
 {
     LB_RTTI(CAskingModel)

@@ -1,4 +1,4 @@
-/// Unit tests with debugging options. They report the options in the order in which they were set.
+/// Unit tests that have debugging options. They report the options in the order in which the runner has set them.
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-/// A unit test whose cases take as long as their data states.
+/// A unit test whose cases take the time that their data files state.
 
 #include <chrono>
 #include <string>
@@ -10,8 +10,8 @@
 namespace
 {
 
-/// Each file contains a number of milliseconds. The case sleeps for that time, so that many cases at once need no
-/// processors.
+/// Each file contains a number of milliseconds. The case sleeps for that time, so many cases can run at once without
+/// using processors.
 class CDurationModel : public LuUnitTest
 {
     LB_RTTI(CDurationModel)

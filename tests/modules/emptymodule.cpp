@@ -1,4 +1,4 @@
-/// A module without classes, which can be unloaded.
+/// A module without classes. It can be unloaded.
 
 extern "C" int GetNumberOfEmptyModule();
 

@@ -20,7 +20,7 @@ enum class EPlace
     RunUnitTest
 };
 
-/// Would pass, but one operation throws.
+/// Its case would pass, but the operation `Place` throws.
 template<EPlace Place>
 class CThrowing : public LuUnitTest
 {

@@ -14,7 +14,7 @@
 #include "base/os/pages.h"
 #include "tests/support/os/testaids.h"
 
-// Each fault has a function with a name of its own, which the stack of the crash must show.
+// Each fault has its own function, whose name the stack of the crash must show.
 #define FAULT [[gnu::noinline, gnu::noclone]]
 
 // Exported, so that stacks name these functions even if the module has no symbols.
@@ -49,7 +49,7 @@ LB_OS_EXPORT FAULT void ThrowInThread()
 
 LB_OS_EXPORT FAULT void FreeTwice()
 {
-    // Larger than the blocks that the run-time caches without checking them.
+    // Larger than the blocks that the C library caches without checking them.
     constexpr std::size_t c_Size = 100000;
     void* volatile const block = std::malloc(c_Size);
     void* volatile const fence = std::malloc(c_Size);

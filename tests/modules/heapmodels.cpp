@@ -1,4 +1,4 @@
-/// Unit tests that leak memory, and some that do not.
+/// Cases that leak memory, and cases that do not.
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +17,7 @@
 namespace
 {
 
-/// Volatile: the compiler removes allocations that it recognises as unused.
+/// Volatile, because the compiler removes allocations that it recognises as unused.
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void* s_kept = nullptr;
 std::time_t s_begin = 0;

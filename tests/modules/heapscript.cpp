@@ -1,4 +1,4 @@
-/// A known sequence of heap operations with expected figures.
+/// A sequence of heap operations with a known effect on the heap, see heapscript.h.
 
 #include <atomic>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 namespace
 {
 
-// Volatile: the compiler removes allocations that it recognises as unused.
+// Volatile, because the compiler removes allocations that it recognises as unused.
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void* (*volatile s_realloc)(void*, std::size_t) = std::realloc;
 void (*volatile s_free)(void*) = std::free;
@@ -34,8 +34,8 @@ void await(const std::atomic<bool>& condition)
     }
 }
 
-/// What the C library does at the end of a thread depends on the order of threads, so threads end only after the
-/// script.
+/// What the C library does on the heap when a thread ends depends on the order of the threads. This thread therefore
+/// ends only after the script.
 void serve()
 {
     s_free(s_malloc(600));
@@ -51,7 +51,7 @@ void serve()
     await(s_mayEnd);
 }
 
-/// Allocates blocks before the script. They must not be counted.
+/// Allocates blocks before the script. The figures of the script must not include these blocks.
 void prepare()
 {
     s_isReady = false;
@@ -64,7 +64,7 @@ void prepare()
     await(s_isReady);
 }
 
-// The comment after each line is the number of bytes that are allocated after it.
+// The comment on each line is the number of allocated bytes once the line has run.
 void runScript()
 {
     void* first = s_malloc(100);                     // 100
@@ -74,7 +74,7 @@ void runScript()
     void* const grown = s_realloc(s_resized, 900);   // 960
     s_free(s_freed);                                 // 960
     s_free(nullptr);                                 // 960
-    s_delete(s_new(heapscript::c_ScriptPeak - 960)); // c_ScriptPeak, 960
+    s_delete(s_new(heapscript::c_ScriptPeak - 960)); // c_ScriptPeak, then 960
     s_handedOver = second;
     await(s_isDone); // 926
     s_free(first);   // 916
@@ -90,7 +90,8 @@ void cleanUp()
 
 } // namespace
 
-// The names are so short that copies of them need no block, so the run allocates the same for each case.
+// The names of the cases are so short that a copy needs no block on the heap, so the run allocates the same
+// amount for each case.
 class CHeapScript : public LuUnitTest
 {
     LB_RTTI(CHeapScript)

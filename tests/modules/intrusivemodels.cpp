@@ -18,7 +18,7 @@
 namespace
 {
 
-/// An event of the run. This process is a child of the run, and `option` has passed the event's name to it.
+/// Opens an event of the run. This process is a child of the run and got the event's name as the value of `option`.
 std::unique_ptr<LbOs::CNamedEvent> openRunEvent(const std::wstring& option)
 {
     const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();

@@ -36,8 +36,8 @@ class CNotCreatableModel : public LuUnitTest
 };
 LB_RTTI_ABSTRACT(CNotCreatableModel, LuUnitTest)
 
-/// Has names of the maximum length for a child's request, and longer ones. The last one is too long for some regular
-/// expressions.
+/// The first case has a name of the maximum length for a request to a child. The other two names are longer, and the
+/// last one is too long for some regular expressions.
 class CLongNameModel : public LuUnitTest
 {
     LB_RTTI(CLongNameModel)

@@ -8,7 +8,7 @@
 namespace models
 {
 
-/// One case. The path of the unit test's data directory is not part of it: no model in the table uses it.
+/// One case. Has no path of the unit test's data directory, because no model in the table uses that directory.
 struct SOutcome
 {
     const wchar_t* className;
@@ -76,7 +76,7 @@ inline constexpr SOutcome c_Outcomes[] = {
     {L"CNoUnitTest", L"Fall", NoMatchingCase, L""},
     {L"CNotCreatableModel", L"Fall", NoMatchingCase, L""},
 
-    // Debugging options of a run that requests none: the supported options are set, in this order.
+    // The run requests no debugging option, so the runner sets each supported option to false, in this order.
     {L"CDebuggingModel", L"Optionen", Ok, L"\t\tINFO:  1=0\n\t\tINFO:  2=0\n\t\tINFO:  0=0\n"},
     {L"CPartlyDebuggingModel", L"Optionen", Ok, L"\t\tINFO:  2=0\n"},
 };
@@ -84,7 +84,7 @@ inline constexpr SOutcome c_Outcomes[] = {
 /// The module with the cases that only child processes can run.
 inline constexpr const wchar_t* c_CrashModule = L"crashmodels";
 
-/// Cases between two that pass. Most of them would end or block the runner's process.
+/// The first and the last case pass. Most of the cases between them would end or block the runner's process.
 inline constexpr SOutcome c_CrashOutcomes[] = {
     {L"CCrashModel", L"vorher", Ok, L""},
     {L"CCrashModel", L"Zugriffsverletzung", Unknown, L"\t\tINFO:  vor dem Absturz\n"},

@@ -10,7 +10,7 @@
 namespace
 {
 
-/// Changes the working directory while the module is initialised, if a test requests that.
+/// If a test requests it, changes the working directory while the module is initialised.
 bool changeDirectory()
 {
     const char* const moves = std::getenv("LUTESTSUITE_TEST_MOVES");

@@ -1,4 +1,4 @@
-// A module whose classes tests look up by name, to check registration and exceptions across modules.
+// Tests look up the classes of this module by name, to check registration and exceptions across modules.
 
 #include <stdexcept>
 

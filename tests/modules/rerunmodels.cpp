@@ -41,7 +41,7 @@ class CFlakyModel : public LuUnitTest
     }
 };
 
-/// A case without messages that ends each process that runs it.
+/// The first case reports no message and ends each process that runs it.
 class CVanishingModel : public LuUnitTest
 {
     LB_RTTI(CVanishingModel)
@@ -53,7 +53,7 @@ class CVanishingModel : public LuUnitTest
     }
 };
 
-/// Compares files with references beside them, twice in each case.
+/// Each case compares a file twice with the reference beside it.
 class CReferenceModel : public LuUnitTest
 {
     LB_RTTI(CReferenceModel)

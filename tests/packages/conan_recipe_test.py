@@ -1,4 +1,4 @@
-"""Runs the Conan recipe in the order of "conan create", with stand-ins for the functions of Conan that it calls.
+"""Runs the steps of the Conan recipe as "conan create" does, with stand-ins for the functions of Conan that it calls.
 
 Does not run Conan: the libraries are those of the system, and what Conan does with the package is not checked.
 Arguments: CMAKE, a folder for the package.
@@ -152,7 +152,7 @@ class ConanRecipe(unittest.TestCase):
         self.assertEqual(described.properties, {"cmake_find_mode": "none"})
 
     def build_module(self, recipe):
-        """Conan's toolchain for consumers searches the folders that the package names."""
+        """Builds and runs a module. CMake searches the folders that the package names, as with Conan's toolchain."""
         project = WORK / "consumer"
         (project / "data" / "CMyTest").mkdir(parents=True)
         (project / "data" / "CMyTest" / "hello.txt").touch()

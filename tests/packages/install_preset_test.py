@@ -1,4 +1,4 @@
-"""Makes an install tree as docs/installation.md does, and runs its host and the first test of the README."""
+"""Makes an install tree as docs/installation.md describes, and runs its host and the first test of the README."""
 import pathlib
 import re
 import subprocess
@@ -41,7 +41,7 @@ class InstallPreset(unittest.TestCase):
             raise AssertionError(f"{command}: status {finished.returncode}\n{finished.stdout[-4000:]}")
         return finished.stdout
 
-    def test_is_that_of_the_readme(self):
+    def test_commands_are_those_of_the_readme(self):
         shown = re.findall(r"^    (cmake .*linux-install.*)$", text_of("README.md"), re.MULTILINE)
         self.assertEqual(shown, self.commands)
 

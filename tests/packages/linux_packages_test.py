@@ -27,7 +27,7 @@ class DebianPackages(unittest.TestCase):
         tree = self.trees[package]
         return {str(path.relative_to(tree)) for path in tree.rglob("*") if not path.is_dir()}
 
-    def test_there_are_three(self):
+    def test_there_are_three_packages(self):
         self.assertEqual(set(self.packages), {"liblutestsuite1", "liblutestsuite-dev", "lutestsuite"})
 
     def test_they_need_each_other_in_the_same_version(self):

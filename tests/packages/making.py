@@ -1,4 +1,4 @@
-"""Makes packages with scripts/package. "scripts/setup packages" installs what it needs."""
+"""Makes packages with scripts/package. "scripts/setup packages" installs what that script needs."""
 import pathlib
 import shutil
 import subprocess
@@ -15,7 +15,7 @@ def require_setup():
 
 
 def make(platform):
-    """Paths of the packages."""
+    """Makes the packages of a platform and returns their paths."""
     command = [ROOT / "scripts" / "package", "--no-setup", platform]
     lines = subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
     return [ROOT / line for line in lines if line.endswith((".deb", ".zip"))]

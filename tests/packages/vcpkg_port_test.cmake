@@ -1,5 +1,6 @@
-# Runs the port of vcpkg with stand-ins for vcpkg's functions: configures with its options and checks that the files it
-# names will be installed. Does not run vcpkg: nothing is built, and the libraries are those of the system.
+# Runs the vcpkg port with stand-ins for vcpkg's functions. Configures the project with the port's options, and checks
+# that the project installs the files that the port names. Does not run vcpkg: nothing is built, and the libraries are
+# those of the system.
 # Expects: SOURCE, WORK, GENERATOR.
 
 cmake_policy(VERSION 3.25)
@@ -21,7 +22,7 @@ function(vcpkg_cmake_configure)
     expect_lines("${output}" "Total Tests: 0")
 endfunction()
 
-# Searches the install rules of the project and of its folders.
+# Expects the arguments in the install rules of the project and of its folders.
 function(expect_installed)
     set(rules "")
     file(GLOB_RECURSE scripts "${WORK}/cmake_install.cmake")

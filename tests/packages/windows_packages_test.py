@@ -54,7 +54,7 @@ class WindowsPackage(unittest.TestCase):
             self.assertTrue((self.tree / name).exists(), name)
 
     def test_the_first_test_of_the_readme_is_built_and_run(self):
-        """Runs the commands of docs/installation.md, and expects that the text in the package has them, too."""
+        """Runs the commands of docs/installation.md, and expects them in PREREQUISITES.txt of the package, too."""
         (commands,) = parts.snippets_of((making.ROOT / "docs/installation.md").read_text("utf-8"), "bat")
         text = (self.tree / "PREREQUISITES.txt").read_text("utf-8")
         readme = (making.ROOT / "README.md").read_text("utf-8")

@@ -11,7 +11,8 @@ SORTS = """
     return Array.from(document.querySelectorAll('#testcases th'), function (cell) {
         return cell.getAttribute('aria-sort'); });
 """
-# For a table with these rows under one sortable heading: the texts after a click, and after a second click.
+# Replaces the rows of the table by rows with the given texts. Returns the texts after a click on the heading and after
+# a second click.
 SORT_TEXTS = """
     var table = document.getElementById('testcases');
     var rows = table.tBodies[0];
@@ -48,7 +49,7 @@ class Sorting(Pages):
         self.browser.click("#testcases th:nth-child(5)")
         self.assertEqual("TH", self.browser.run("return document.querySelector('#testcases tr').cells[0].tagName"))
 
-    def test_keys_sort(self):
+    def test_enter_and_space_sort(self):
         self.open("diff.html")
         before = self.column(6)
         self.browser.run("document.querySelectorAll('#testcases th')[5].focus()")
@@ -78,7 +79,7 @@ class Sorting(Pages):
         self.browser.click("#testcases th:nth-child(5)")
         self.assertEqual(["none"] * 4 + ["ascending"] + ["none"] * 10, self.browser.run(SORTS))
 
-    def test_class_table_is_sorted_apart(self):
+    def test_sorting_the_classes_keeps_the_order_of_the_cases(self):
         self.open("diff.html")
         before = self.column(4)
         self.browser.click("#testclasses th:nth-child(2)")
@@ -227,7 +228,7 @@ class Appearance(Pages):
         """)
         self.assertEqual(lefts[0], lefts[1][:4] + lefts[1][5:])
 
-    def test_texts_stand_out_in_both_schemes(self):
+    def test_texts_have_enough_contrast_in_both_schemes(self):
         for page in ("run.html", "diff.html", "overview.html"):
             for scheme in ("light", "dark"):
                 self.open(page, scheme)
@@ -241,19 +242,19 @@ class Appearance(Pages):
         """)
         self.assertEqual(4, len(set(colors)))
 
-    def test_scheme_follows_the_reader(self):
+    def test_colors_follow_the_preferred_scheme(self):
         backgrounds = []
         for scheme in ("light", "dark"):
             self.open("run.html", scheme)
             backgrounds.append(self.browser.run("return getComputedStyle(document.body).backgroundColor"))
         self.assertNotEqual(*backgrounds)
 
-    def test_paper_is_white(self):
+    def test_printed_pages_are_white(self):
         self.open("run.html", "dark", "print")
         self.assertEqual("rgb(255, 255, 255)",
                          self.browser.run("return getComputedStyle(document.body).backgroundColor"))
 
-    def test_pages_have_pictures(self):
+    def test_pictures_are_saved(self):
         for page in ("run", "diff", "overview", "large"):
             for scheme in ("light", "dark"):
                 self.open(f"{page}.html", scheme)

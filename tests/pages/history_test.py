@@ -119,7 +119,7 @@ class History(Pages):
         for target in targets:
             self.assertEqual(*target.split())
 
-    def test_all_that_moved_is_listed(self):
+    def test_all_findings_are_listed(self):
         self.open("history_large.html")
         rows, strips, text = self.browser.run("""
             var section = document.getElementById('k1-new-failures');
@@ -175,12 +175,12 @@ class History(Pages):
         self.open("history_large.html", size=(420, 900))
         self.assertLessEqual(self.browser.run(WIDE), 0)
 
-    def test_texts_stand_out_in_both_schemes(self):
+    def test_texts_have_enough_contrast_in_both_schemes(self):
         for scheme in ("light", "dark"):
             self.open("history.html", scheme)
             self.assertEqual([], self.browser.run(CONTRAST), scheme)
 
-    def test_scheme_follows_the_reader(self):
+    def test_colors_follow_the_preferred_scheme(self):
         colors = []
         for scheme in ("light", "dark"):
             self.open("history.html", scheme)
@@ -202,7 +202,7 @@ class History(Pages):
         self.browser.save_print(self.pages / "history.pdf")
         self.assertGreater((self.pages / "history.pdf").stat().st_size, 20000)
 
-    def test_pictures(self):
+    def test_pictures_are_saved(self):
         for name, scheme, size in (("light", "light", (1400, 1000)), ("dark", "dark", (1400, 1000)),
                                    ("420", "light", (420, 900))):
             self.open("history.html", scheme, size=size)

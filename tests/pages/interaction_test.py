@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests the search for failed cases, and layout at all window sizes. interaction_test.py PAGES CHROMIUM CHROMEDRIVER"""
+"""Tests the bar for failed cases, and layout at all window sizes. interaction_test.py PAGES CHROMIUM CHROMEDRIVER"""
 
 import re
 
@@ -22,7 +22,7 @@ CURRENT = """
     return place && [rows.indexOf(current[0]), place.top >= heading.bottom && place.bottom <= innerHeight];
 """
 # Words that are broken across lines. Blanks and hyphens end a word. The browser does not lay out invisible rows, so the
-# script makes it do so first.
+# script first makes the rows visible.
 BROKEN_WORDS = """
     document.head.appendChild(document.createElement('style')).textContent =
         '#testcases tr:nth-child(-n+60) { content-visibility: visible !important; }';
@@ -90,7 +90,7 @@ class FailedCases(Pages):
             action()
             self.assertEqual([expected, True], self.current())
 
-    def test_walk_goes_round(self):
+    def test_after_the_last_failed_case_comes_the_first(self):
         self.open("medium.html")
         self.browser.press("n")
         self.browser.press("v")
@@ -122,7 +122,7 @@ class FailedCases(Pages):
         self.assertEqual(max(times), float(self.browser.run(
             "return document.querySelector('tr.current').cells[3].textContent")))
 
-    def test_place_is_told(self):
+    def test_status_shows_the_place_among_the_failed_cases(self):
         self.open("run.html")
         status = "return document.querySelector('#testcases [role=status]').textContent"
         self.assertEqual("8 fehlgeschlagen", self.browser.run(status))

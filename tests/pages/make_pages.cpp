@@ -38,7 +38,7 @@ std::uint32_t scatter(std::uint32_t number)
     return number * 2654435761U / 7919 % 1000;
 }
 
-/// About 2 % of the cases fail in every run, and another 1 % only in this one.
+/// About 2 % of the cases fail in every run. About another 1 % fail only in the run with this number.
 ECaseRunResult getLargeResult(std::uint32_t index, std::uint32_t run)
 {
     constexpr ECaseRunResult c_Results[] = {ECaseRunResult::Error, ECaseRunResult::Different, ECaseRunResult::TimeOut,
@@ -78,7 +78,7 @@ LuTestSuiteReport::SReportCase makeLargeCase(std::uint32_t index, std::uint32_t 
     return testCase;
 }
 
-/// Ordered by class, as in a run.
+/// The cases are ordered by class, as in a run.
 SData makeLargeReport(std::uint32_t caseCount, std::uint32_t run)
 {
     constexpr std::uint32_t c_Classes = 40;
@@ -118,7 +118,7 @@ SData makeLongReport()
     return data;
 }
 
-/// Writes a page from a file with every kind of markup that our reader accepts and that a page must not contain.
+/// Writes a page from a report file that has every kind of markup that our reader accepts but a page must not contain.
 void writeHostileDiff(const std::wstring& path)
 {
     SData data;

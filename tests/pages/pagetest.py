@@ -11,7 +11,7 @@ COLUMN = """
     return Array.from(document.querySelectorAll('#testcases tr')).slice(1, arguments[1])
         .map(function (row) { return row.cells[column].textContent; });
 """
-# Contrast between an element's text and its background, by the WCAG formula.
+# The elements whose text and background have a contrast below 4.5, by the WCAG formula.
 CONTRAST = """
     function luminance(color) {
         var parts = color.match(/[\\d.]+/g).slice(0, 3).map(function (part) {

@@ -83,7 +83,7 @@ class Browser:
                 time.sleep(0.1)
 
     def emulate(self, scheme="light", media=""):
-        """Sets the colour scheme and the CSS medium. By default, that is "screen", and "print" for printed pages."""
+        """Sets the colour scheme and the CSS medium. An empty medium means "screen", and "print" for printed pages."""
         features = [{"name": "prefers-color-scheme", "value": scheme}]
         self.command("Emulation.setEmulatedMedia", media=media, features=features)
 

@@ -1,6 +1,6 @@
-/// A substitute for the host of an archive run. Its behaviour depends on the end of its data directory, which is its
-/// second argument: with "crash" it aborts, with "hang" it sleeps for a minute, and with "reports" it writes "xml" and
-/// "html" into the two reports. Unless it aborts, its status is 3.
+/// A substitute for the host of an archive run. Its second argument is the path of its data directory. If the path ends
+/// in "crash", the program aborts; if it ends in "hang", the program sleeps for a minute; if it ends in "reports", the
+/// program writes "xml" and "html" into the two reports. Unless the program aborts, its status is 3.
 
 #include <chrono>
 #include <cstdio>

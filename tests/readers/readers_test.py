@@ -16,11 +16,11 @@ import xml.parsers.expat
 from readers import need_modules, run, run_tests
 
 CASES = 12000
-# Text in a data set's file, and thus in a message of the failing cases.
+# Contents of the data sets' files. Cases whose files begin with "schlecht" report the content in a message.
 CONTENTS = ("gut", "schlecht <a href=\"x\">'&'</a> ]]> größer \x02\x1b[31m\u0085 € \U0001F600", "anders", "")
 FILES_IN_A_FOLDER = 100
 MODULES = ("resultmodels", "exceptionmodels", "messagemodels", "datasetmodels")
-# Cases, failures and errors of the modules' other classes.
+# Numbers of cases, failures and errors of the modules' other classes.
 OTHER_CLASSES = {
     "CResultModel": (7, 4, 1),
     "CPassedModel": (2, 0, 0),
@@ -55,7 +55,7 @@ def count_with_expat(path):
 
 
 class Tools:
-    """Set from the command line."""
+    """The programs and folders; set from the command line."""
 
 
 class Readers:
@@ -108,7 +108,7 @@ class MadeReport(Readers, unittest.TestCase):
     @classmethod
     def make(cls):
         run(Tools.make_report, cls.report, CASES)
-        # The result depends on the remainder of a case's number: 0 to 8, then 0 and 1 again.
+        # The results repeat after eleven cases: 0 to 8, then 0 and 1 again.
         results = [index % 11 % 9 for index in range(CASES)]
         return CASES, sum(result in (1, 2, 3, 4) for result in results), sum(result > 4 for result in results)
 

@@ -52,7 +52,7 @@ class Adoption(unittest.TestCase):
         cls.folder.run("git add . && git -c user.name=Erika -c user.email=erika@example.org commit -q -m Complete", 0)
         clone = Folder(path, cls.folder.tree)
         clone.run(f"git clone -q {cls.folder.path} .", 0)
-        # The image of the recipes sets this variable, too.
+        # The Docker image that the recipes use sets this variable, too.
         clone.variables["CMAKE_PREFIX_PATH"] = str(cls.folder.tree.prefix)
         clone.write("quarantine.txt", "# nothing yet\n")
         clone.variables["GITHUB_STEP_SUMMARY"] = str(path / "summary.md")
@@ -98,7 +98,7 @@ class Adoption(unittest.TestCase):
         self.check_files(job, self.folder)
         self.assertIn("order-007.xml", (self.folder.path / job.reports[0]).read_text(encoding="utf-8"))
 
-    def test_is_named_by_its_reports(self):
+    def test_reports_name_the_built_commit(self):
         self.folder.run("build/bin/LuTestSuiteCLI -d data --dll ParserTests --xml run.xml", 0)
         report = (self.folder.path / "run.xml").read_text(encoding="iso-8859-1")
         self.assertIn(f"<PscmChangeset>{self.built_commit}</PscmChangeset>", report)

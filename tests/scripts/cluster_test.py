@@ -1,4 +1,4 @@
-"""What scripts/cluster and the example on a cluster refuse, and their exit status. No test starts Slurm."""
+"""Refusals of scripts/cluster and of "scripts/run-example --cluster", and their exit status. No test starts Slurm."""
 
 import os
 import pathlib
@@ -34,7 +34,7 @@ class Cluster(unittest.TestCase):
 
     def replace_programs(self, names, script):
         """Writes a script under each of these names. Returns a search path that finds the scripts first."""
-        # The user munge must be able to run them, too.
+        # The user munge must be able to run the scripts, too.
         self.work.chmod(0o755)
         programs = self.work / "programs"
         programs.mkdir()

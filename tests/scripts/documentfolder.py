@@ -23,7 +23,7 @@ class Tree:
                        capture_output=True)
 
     def name_release_hosts(self, folder):
-        """Adds links to the hosts of a Debug build with the names of release builds, which the documents use."""
+        """In a Debug build, adds links to the hosts under the names of release hosts, which the documents use."""
         for host in folder.glob("*D") if self.config == "Debug" else ():
             link = folder / host.name.removesuffix("D")
             if not link.exists():
@@ -31,7 +31,7 @@ class Tree:
 
 
 class Folder:
-    """Where the commands of one document run."""
+    """The folder in which the commands of one document run."""
 
     def __init__(self, path, tree):
         self.path = path
@@ -39,7 +39,7 @@ class Folder:
         self.exports = ""
         self.variables = {}
         self.ctest = "build"
-        # If False, the commands of the document remove the folder of an earlier run themselves.
+        # True: `run` removes the folder of an earlier run. False: the commands of the document do that themselves.
         self.removes_runs = True
         path.mkdir()
 

@@ -6,7 +6,7 @@ import pipelines
 
 _CODE = re.compile(r"^```(\w*)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 SHELLS = ("sh", "bash", "console")
-# Calls of programs in the running text that count as commands; most of them need arguments to count.
+# Calls of programs within sentences that count as commands. Most calls count only if they have arguments.
 _IN_TEXT = re.compile(r"(?:build/bin/)?LuTestSuite(?:CLI|Runner)D?(?: .*)? (?:(?:-d|resume) |-h$)"
                       r"|cmake --install |find build |addr2line -e |gdb -p |pacman |Get-CimInstance "
                       r"|scripts/fuzz .*\w|ctest .*\w\w|review --"
@@ -46,7 +46,7 @@ def _indented_blocks(prose):
 
 
 def consoles_of(text):
-    """Pairs of a command behind "$ " and the output that the document shows below it."""
+    """Pairs of the command after "$ " and the output that the document shows below the command."""
     for block in _indented_blocks(without_code(text)):
         if block[0].startswith("$ "):
             yield block[0][2:], "\n".join(block[1:]).strip("\n") + "\n"
@@ -94,7 +94,7 @@ def pipelines_of(text):
 
 
 def recipes_of(text):
-    """The commands of pipelines: GitLab's, GitHub's and Jenkins's `sh`, in the order of the text."""
+    """The commands of the pipelines for GitLab, GitHub and Jenkins (`sh`), in the order of the text."""
     for language, code in _CODE.findall(text):
         if language == "yaml":
             yield from (command for job in pipelines.jobs_of(code) for command in job.commands)

@@ -1,7 +1,7 @@
 """Commands, recipes, snippets, links and pictures of the documents. Arguments: BUILD_TREE CONFIG CMAKE.
 
-Runs each command of each document, in a folder that has what the document says: its sources, data and modules, built
-against an install tree by the document's own commands.
+Runs each command of each document in a folder with the sources, data and modules that the document describes. The
+document's own commands build the modules, against an install tree.
 """
 # long because most of it is tables of what the documents contain, and the checks share the folders of one run.
 
@@ -101,8 +101,8 @@ BUILT = ("README.md", "docs/user-guide.md", "docs/migration.md", "docs/runner.md
 NOT_BUILT = {
     "FetchContent_Declare": "needs a server; tests of a containing project and a fetched GoogleTest have local sources",
 }
-# Languages of code blocks. A Dockerfile would need Docker; the tests test_have_an_image_... check its commands.
-# The test packages.windows runs commands for Windows (bat).
+# Languages of code blocks. No test builds the Dockerfile, which needs Docker; test_have_an_image_... check its
+# commands. The test packages.windows runs commands for Windows (bat).
 LANGUAGES = ("", "cpp", "cmake", "yaml", "groovy", "dockerfile", "bat", "xml", "json", "mermaid")
 # The exit status that the documents promise for a command: that of the first pattern that matches, or 0.
 STATUS = {
@@ -113,8 +113,8 @@ STATUS = {
     r"--dll FirstTests": 1,
     r"-i COutcomeDemonstration": 1,
 }
-# For each option of review: further options that the call needs, the status, the output, and the last characters of the
-# references.
+# For each option of review: further options that the call needs, the status, a pattern for the output, and the last
+# words of the references after the call, without blanks between them.
 REVIEWS = {
     "--diff": ("", 0, r"(?s)-Summe: 11\n *\+Summe: 12.*-Zahl: 3\n *\+Zahl: 2", "113"),
     "--diff=data/CInvoice/a.txt.expected": ("", 0, r"(?s)^(?!.*Zahl).*-Summe: 11\n *\+Summe: 12", "113"),
@@ -296,7 +296,7 @@ class Commands(unittest.TestCase):
 
     def prepare_history(self, folder):
         self.prepare_product(folder)
-        # A shell on Linux removes the backslashes of a path on Windows, so the command finds this folder.
+        # A shell on Linux removes the backslashes of the Windows path in the command, so the command finds this folder.
         shutil.copytree(folder.path / "archive", folder.path / "D:Archiv")
 
     def prepare_reference(self, folder):
@@ -369,7 +369,7 @@ class Commands(unittest.TestCase):
         folder.write("lexer_test.cpp", PARSER_TEST.replace("Parser", "Lexer"))
 
     def prepare_runner(self, folder):
-        """Runs the recipes, each in a fresh state, then configures the snippets for CTest."""
+        """Runs the recipes. Then builds a project from the snippets for CTest and runs its tests."""
         folder.write_readme_project()
         folder.variables |= {"CMAKE_PREFIX_PATH": str(self.tree.prefix), "CI_NODE_TOTAL": "4",
                              "GITHUB_STEP_SUMMARY": f"{folder.path}/summary.md"}
@@ -387,7 +387,7 @@ class Commands(unittest.TestCase):
             self.compare_summaries(folder, next(recipe for recipe in recipes if "jq " in recipe))
         tests = Folder(folder.path / "ctest", self.tree)
         tests.write_readme_project()
-        # These snippets belong to the project that the test install.documented_tests builds.
+        # Snippets that begin with "# CMakeLists.txt" belong to the project of the test install.documented_tests.
         snippets = [snippet for snippet in parts.snippets_of(TEXTS["docs/runner.md"], "cmake")
                     if not snippet.startswith("# CMakeLists.txt")]
         tests.write("CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\nproject(MyTests LANGUAGES CXX)\n"
@@ -401,7 +401,7 @@ class Commands(unittest.TestCase):
         self.assertIn("100% tests passed, 0 tests failed out of 2", output)
 
     def compare_summaries(self, folder, recipe):
-        """Expects a failed case in the summary, with its messages, unless it is in quarantine."""
+        """Expects that the summary shows a failed case with its messages unless the case is in quarantine."""
         shutil.copy(self.folders["docs/user-guide.md"].path / "build/bin/FirstTests.so", folder.path / "build/bin")
         folder.write("quarantine.txt", ":no end\n")
         for own, counts in (("", "1 failed, 0 failed in quarantine"),
@@ -425,7 +425,7 @@ class Commands(unittest.TestCase):
             folder.run(f"build/bin/LuTestSuiteCLI -d data --dll FirstTests --xml {report}", 1)
 
     def compare_consoles(self):
-        """Expects that each output below a command is the real one, with tabs of eight columns."""
+        """Expects that the output shown below each command is its real output, with tabs of eight columns."""
         folder = self.folders["README.md"]
         shown = parts.consoles_of(TEXTS["README.md"])
         guide = parts.snippets_of(TEXTS["docs/user-guide.md"], "")
@@ -438,7 +438,7 @@ class Commands(unittest.TestCase):
         self.compare_case(next(text for text in guide if "Datei: " in text))
 
     def compare_coverage(self):
-        """Compares the line of the source file, which has the line counts of the run."""
+        """Expects gcovr's line for the source file, which has the line counts, as the document shows it."""
         if not shutil.which("gcovr"):
             return
         folder = self.folders["docs/coverage.md"]
@@ -582,7 +582,7 @@ class Commands(unittest.TestCase):
         (hang,) = (command for command in commands if command.startswith("LuTestSuiteRunner case"))
         (attach,) = (command for command in commands if command.startswith("gdb -p $("))
         with folder.start(re.sub(r" -t \d+", " -t 300", hang)) as process:
-            # Restricts the search, which would also find child processes of other tests on this machine.
+            # Searches only the session of `process`, because other tests also have such child processes.
             attach = attach.replace("pgrep", f"pgrep -s {process.pid}", 1)
             attach = attach.replace("gdb", "gdb -nx -batch -ex 'thread apply all backtrace'", 1)
             try:
@@ -594,7 +594,7 @@ class Commands(unittest.TestCase):
                 process.terminate()
 
     def test_have_snippets_that_compile(self):
-        """Compiles the snippets of other documents. Those of BUILT are compiled where their commands run."""
+        """Compiles the C++ snippets of documents outside BUILT. The commands of the other documents compile theirs."""
         for name, text in TEXTS.items():
             for snippet in parts.snippets_of(text, "cpp") if name not in BUILT else ():
                 if "#include" in snippet:

@@ -31,7 +31,7 @@ class Draw(unittest.TestCase):
         self.write(f"void f()\n{{\n    {statement}\n}}\n")
         return sorted(change.changed_line().strip() for change in self.draw())
 
-    def test_turns_comparisons_and_conditions(self):
+    def test_inverts_comparisons_and_conditions(self):
         self.assertEqual(self.changed("if (a == b)"), ["if (!(a == b))", "if (a != b)"])
         self.assertEqual(self.changed("return a < b;"), ["return a <= b;", "return a >= b;"])
 

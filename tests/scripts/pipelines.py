@@ -20,7 +20,7 @@ class Job:
     commands: list
     parallel: int = 1
     artifacts: list = dataclasses.field(default_factory=list)  # patterns of files that the job keeps
-    reports: list = dataclasses.field(default_factory=list)  # patterns of its files for JUnit
+    reports: list = dataclasses.field(default_factory=list)  # patterns of the job's JUnit reports
 
 
 class _Loader(yaml.SafeLoader):

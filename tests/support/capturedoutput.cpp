@@ -11,7 +11,7 @@
 namespace
 {
 
-/// Tests switch this recorder on and off. The process has only one, because outputs cannot be removed.
+/// Tests switch this recorder on and off. The process has only one recorder, because an added output cannot be removed.
 class CRecorder : public LuTestSuiteOut::LuCustomOut
 {
 public:

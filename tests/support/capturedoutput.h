@@ -37,7 +37,7 @@ public:
 
     void Clear();
 
-    /// Calls the function during the next output of a line with this text, after recording it.
+    /// Calls the function during the next output of a line with this text, once the line is recorded.
     void OnLine(const std::wstring& text, std::function<void()> function);
 
     // These functions make expected lines.

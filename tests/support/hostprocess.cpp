@@ -27,8 +27,8 @@ std::wstring getOtherUser()
     return LbFormat(L"setpriv --reuid %lu --regid %lu --clear-groups", user, user);
 }
 
-/// Quotes a text for the Windows shell. Throws for quotation marks, because the parts of the shell do not agree on how
-/// to quote them, and for percent signs.
+/// Quotes a text for the Windows shell. Throws for percent signs, and for quotation marks, because the parts of the
+/// shell do not agree on how to quote those.
 std::wstring quoteForWindows(const std::wstring& text)
 {
     if (text.find_first_of(L"\"%") != std::wstring::npos)

@@ -27,14 +27,14 @@ struct SHostRun
     std::string errors; ///< standard error
 };
 
-/// Runs the host of this build to its end. Arguments must not contain quotation marks or percent signs, because the
-/// Windows shell cannot pass them on, or characters above U+00FF, because narrow Windows calls cannot.
+/// Runs the host of this build to its end. Arguments must not contain quotation marks or percent signs, which the
+/// Windows shell cannot pass on, nor characters above U+00FF, which narrow Windows calls cannot pass on.
 SHostRun RunHost(const std::vector<std::wstring>& arguments, const SHostOptions& options = {});
 
 /// True if SHostOptions::onTerminal is supported.
 bool CanRunHostOnTerminal();
 
-/// True if the limits are supported.
+/// True if the limits of memory and of open files are supported.
 bool CanLimitHost();
 
 /// True if SHostOptions::processesLimit works: the test needs the right to become another user.

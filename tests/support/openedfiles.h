@@ -7,8 +7,8 @@
 #include "base/inoncopyable.h"
 #include "tests/support/scopedfolder.h"
 
-/// Has a folder with a program that replaces the desktop's opener. The program waits for Await, then records the file
-/// that it was started with. Requires CanStandIn; put the folder first in the search path.
+/// Has a folder with a program that replaces the desktop's opener. The program waits until Await is called, then
+/// records the file that it was asked to open. Requires CanStandIn; put the folder first in the search path.
 class OpenedFiles : public INonCopyable
 {
 public:

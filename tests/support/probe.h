@@ -31,7 +31,7 @@ class CProbeLine
 public:
     const std::wstring& GetName() const { return m_name; }
 
-    /// Waits until the probe has set its ready event.
+    /// Waits until the probe has set its ready event. False after 30 s.
     bool WaitReady() { return m_ready->Wait(sc_uiLong) == LbOs::EEventWait::Signaled; }
 
     /// True if the probe has set its ready event since the last check.

@@ -1,12 +1,12 @@
-/// A copy of a test program under its own name.
+/// A copy of a test program under another name.
 #pragma once
 
 #include <string>
 
 #include "base/inoncopyable.h"
 
-/// Copies a program of the build within its folder, where it finds its libraries; the destructor removes the copy.
-/// Names have no extension and consist of ASCII characters.
+/// Copies a program of the build within the program's folder, where the copy finds its libraries. The destructor
+/// removes the copy. Names have no extension and consist of ASCII characters.
 class ProgramCopy : public INonCopyable
 {
 public:

@@ -20,7 +20,7 @@ LuTestSuiteSetup MakeSetup(std::vector<LuTestSuite::SUnitTest> unitTests);
 /// A setup that loads the model modules and runs the unit tests found in the directory.
 LuTestSuiteSetup MakeSetup(const std::wstring& dataDir);
 
-/// Runs in its own environment and records the output.
+/// Each test has its own environment, and its output is recorded.
 class RunTest : public testing::Test
 {
 protected:

@@ -22,7 +22,7 @@ public:
     /// Creates a folder with its parents. Returns its full path, with trailing separator.
     std::wstring MakeFolder(std::wstring_view name) const;
 
-    /// Full path of a name in the folder, which need not exist.
+    /// Full path of a file or folder with this name in the folder; it need not exist.
     std::wstring GetPathOf(std::wstring_view name) const;
 
 private:

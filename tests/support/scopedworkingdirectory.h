@@ -8,7 +8,7 @@
 #include "base/inoncopyable.h"
 #include "base/os/files.h"
 
-/// Changes the working directory; the destructor restores it.
+/// Changes the working directory; the destructor restores the former one.
 class ScopedWorkingDirectory : public INonCopyable
 {
 public:

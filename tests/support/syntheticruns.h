@@ -29,7 +29,7 @@ enum class ENoise
     Spiky,       ///< one run of ten takes longer, by up to twenty deviations
     TwoSpeeds,   ///< each run at random on one of two machines, fifteen deviations apart
     Sluggish,    ///< each run resembles the one before it: autocorrelation 0.5
-    Mixed        ///< each case has one kind, but not LogNormal; half of the cases have Normal
+    Mixed        ///< each case has one of the other kinds except LogNormal, half of the cases Normal
 };
 
 class CRandomDeviates

@@ -47,8 +47,8 @@ private:
     std::filesystem::path m_place;
 };
 
-/// Protects `place` and adds `path`, unless the current user may write everywhere. `path` is `place` itself or a file
-/// in it.
+/// Protects `place`. Adds `path`, which is `place` itself or a file in it, unless the current user may write
+/// everywhere.
 void addProtected(std::vector<SUnwritablePlace>& places, const std::string& name, const std::wstring& place,
                   const std::wstring& path)
 {

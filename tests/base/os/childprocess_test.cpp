@@ -61,7 +61,7 @@ TEST(OsChildProcess, HasAnExitStatusAfterTermination)
     EXPECT_EQ(child->GetExitStatus(), LbPath::c_Separator == L'\\' ? 0 : -9);
 }
 
-/// The status to expect; empty if the system discards it. A default of 0 would let a crash pass as a normal exit.
+/// The status to expect; empty if the system discards the status. With 0 instead, a crash could pass as a normal exit.
 std::optional<std::int64_t> getStatusIfRemembered(std::int64_t status)
 {
     return LbOs::RemembersForgottenChildren() ? std::optional(status) : std::nullopt;

@@ -34,8 +34,8 @@ TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
     EXPECT_TRUE(line.IsGone());
 }
 
-/// The descendant has its own session, and its parent has ended. On Linux, nothing but its environment shows which root
-/// it belongs to.
+/// The descendant has its own session, and its parent has ended. On Linux, only the environment of the descendant shows
+/// to which root process it belongs.
 TEST(OsChildProcessTrees, EndWhenTheirEndedRootIsTerminated)
 {
     CProbeLine line;
@@ -51,7 +51,7 @@ TEST(OsChildProcessTrees, EndWhenTheirEndedRootIsTerminated)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcessTrees, EndByEndDescendants)
+TEST(OsChildProcessTrees, EndsDescendantsOfAnEndedProcessWithItsObject)
 {
     CProbeLine line;
     auto child = StartProbe(L"orderly " + line.GetName());
@@ -149,7 +149,7 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerIsKilled)
     ASSERT_TRUE(line.WaitReady());
     ASSERT_TRUE(line.IsAlive());
 
-    // The owner's child leads its own process group, so this ends only the owner.
+    // The owner's child leads its own process group, so Terminate ends only the owner.
     owner->Terminate();
 
     // The keeper process, which ends the tree after its owner, needs a moment.

@@ -82,7 +82,7 @@ TEST(OsFiles, ReportsTheStatusOfALinkItself)
     EXPECT_NE(LbOs::GetPlaceStatus(link)->identity, LbOs::GetFileStatus(file)->identity);
 }
 
-TEST(OsFiles, KnowsWhatIsMissing)
+TEST(OsFiles, DistinguishesMissingFromExistingPaths)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Datei", "x");

@@ -5,7 +5,7 @@
 namespace
 {
 
-TEST(Interruption, HasTheStatusThatShellsTell)
+TEST(Interruption, HasTheExitStatusThatShellsReport)
 {
     EXPECT_EQ(LbOs::GetExitStatus(LbOs::EInterruption::None), 0);
     EXPECT_EQ(LbOs::GetExitStatus(LbOs::EInterruption::User), 130);

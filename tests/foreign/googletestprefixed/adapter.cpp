@@ -1,4 +1,4 @@
-// A second module with suites of the same names.
+// A second module whose suites have the same names as those of the first one.
 #define LUTESTSUITE_SUITE_PREFIX "Second/"
 #include "testing/lutestsuite/googletest.h"
 

@@ -255,7 +255,7 @@ protected:
 
     std::wstring GetHost() const { return m_run.binaryDir + L"LuTestSuiteCLI" + LbOs::c_ExecutableSuffix; }
 
-    /// Copies the libraries that the program needs beside it on platforms without another search path.
+    /// Copies the program's libraries beside it if the platform searches for them only there.
     void CopyLibraries() const
     {
         const std::wstring bin = LbPath::ToNative(L"" LUTESTSUITE_BIN_DIR "/");
@@ -298,7 +298,7 @@ protected:
         return LbFileSystem::GetFileNames(m_folder.GetPathOf(L"neu/Ausgabe/Archive"));
     }
 
-    /// Full paths of the files in the temporary folder, which the child writes.
+    /// Full paths of the files that the child has written to the temporary folder.
     std::vector<std::wstring> GetTemporaryFiles() const
     {
         const std::wstring folder = LuTestSuiteUtils::GetLocalTestSuiteDir() + L"Temp" + LbPath::c_Separator;

@@ -255,7 +255,7 @@ TEST_F(DuplicateLinks, ThatLeadThroughAnUnreadableFolderPreventDeletion)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(link), "gut");
 }
 
-/// A linked folder without access contains a link to a copy.
+/// The linked folder is in a folder without access, and contains a link to a copy.
 TEST_F(DuplicateLinks, ToFoldersInAnUnreadableFolderPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);

@@ -331,7 +331,7 @@ TEST_F(DuplicateDeletion, KeepsFilesOfWhichOnlyTheBytesChanged)
     EXPECT_FALSE(LbFileSystem::Exists(copy));
 }
 
-/// Another deletion, which keeps the other file, has locked the folder when this one begins.
+/// When this deletion begins, another one has locked the folder. The other one deletes the file that this one keeps.
 TEST_F(DuplicateDeletion, WaitsForAnotherDeletionInTheFolder)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
@@ -355,7 +355,7 @@ TEST_F(DuplicateDeletion, WaitsForAnotherDeletionInTheFolder)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(copy), "gut");
 }
 
-/// While the first line of the set is printed, all other files of this content are deleted.
+/// While the first line of the set is printed, the only other file of this content gets another content.
 TEST_F(DuplicateDeletion, KeepsTheLastFileOfAContent)
 {
     Write(L"a.txt", "gut", 200);
@@ -383,8 +383,8 @@ TEST_F(DuplicateDeletion, DeletesHardLinksOfTheKeptFile)
     EXPECT_FALSE(LbFileSystem::Exists(name));
 }
 
-/// On Windows write protection prevents deletion. All hard links of a file share it, so the deletion of one link must
-/// not leave the kept one without it.
+/// On Windows, write protection prevents deletion, and all hard links of a file share the protection. After one link is
+/// deleted, the kept one must still be protected.
 TEST_F(DuplicateDeletion, LeavesTheWriteProtectionOfTheKeptFile)
 {
     constexpr auto c_Writing = std::filesystem::perms::owner_write;

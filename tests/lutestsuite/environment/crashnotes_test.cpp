@@ -116,7 +116,7 @@ TEST_F(CrashNotes, NameTheOuterActivityOnceTheInnerOneHasEnded)
     EXPECT_EQ(report->find("CInner"), std::string::npos) << *report;
 }
 
-/// Occupies `count` places by starting threads that run until the process ends.
+/// Occupies `count` places in the table of threads: starts threads that run until the process ends.
 void occupyPlaces(std::size_t count)
 {
     for (std::size_t index = 0; index < count; ++index)

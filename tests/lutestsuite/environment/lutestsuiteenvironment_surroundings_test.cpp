@@ -63,7 +63,7 @@ TEST(PreallocateStaticData, TracesAFileThatCannotBeCreated)
     EXPECT_THAT(traces.GetLines(), ElementsAre(c_WarmUpTrace, StartsWith(L"LuTestSuiteEnvironment: Datei ")));
 }
 
-/// The place of the container file, which is in a folder beside the executable's folder; the destructor removes it.
+/// Writes the container file to a folder beside the executable's folder. The destructor removes that folder.
 class CContainerPlace : public INonCopyable
 {
 public:

@@ -334,7 +334,7 @@ TEST(OsProcesses, ContainTheCurrentProcess)
     EXPECT_EQ(LbOs::GetProcessExecutableName(own->id), own->executableName);
 }
 
-/// The process id may have been reused after the listing.
+/// After the listing, another process may have got the id, so the name is compared, too.
 TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
 {
     if (LbPath::c_Separator == L'\\')

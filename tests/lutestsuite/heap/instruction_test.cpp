@@ -150,7 +150,7 @@ TEST(Instruction, TruncatedInstructionsAreRefused)
     }
 }
 
-TEST(Instruction, AnyBytesStayWithinTheirBounds)
+TEST(Instruction, DecodedLengthNeverExceedsTheBytes)
 {
     std::mt19937 random(12345);
     for (int round = 0; round < 200'000; ++round)

@@ -98,7 +98,7 @@ TEST_F(CPatchEngineMoving, JumpAmongTheReplacedInstructionsStaysAmongTheirCopies
 
 TEST_F(CPatchEngineMoving, CallIsMovedAndReturnsToTheOriginal)
 {
-    // call over the function's end; inc eax; ret
+    // call of code behind the function; inc eax; ret
     expectMovable(CodePages{0xE8, 6, 0, 0, 0, 0xFF, 0xC0, 0xC3, 0xCC, 0xCC, 0xCC, 0xB8, 16, 0, 0, 0, 0xC3}, 17);
 }
 

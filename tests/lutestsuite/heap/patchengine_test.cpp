@@ -70,8 +70,8 @@ bool protectSeldom(void* address, std::size_t size, std::uint32_t protection) no
     return s_goodProtections-- > 0 && LbOs::ProtectPages(address, size, protection);
 }
 
-/// Has two functions, and an engine for which ProtectPages fails after `s_goodProtections` calls. Freezes threads like
-/// CPatchEngineTest.
+/// Has two functions, and an engine for which ProtectPages fails after `s_goodProtections` calls. The engine stops
+/// threads, so builds with sanitizers skip these tests, as they skip those of CPatchEngineTest.
 class CPatchEngineProtection : public testing::Test
 {
 protected:

@@ -42,7 +42,7 @@ bool isThreadIn(const void* begin, std::size_t size)
 
 TEST_F(CPatchEngineThreads, ThreadInsideTheReplacedBytesIsMovedToTheTrampolineAndBack)
 {
-    // nop; pause; jump back to pause: loops until the jump is replaced by two nops
+    // nop; pause; jump back to pause: loops until the test changes the destination of the jump
     const CodePages code{0x90, 0xF3, 0x90, 0xEB, 0xFC, 0xB8, 1, 0, 0, 0, 0xC3};
     std::atomic<int> result = 0;
     std::thread thread([&code, &result] { result = code.Call(); });

@@ -1,4 +1,4 @@
-// Tests where a thread continues that was stopped at an overwritten instruction or at its copy.
+// Tests where a thread continues if it was stopped at an overwritten instruction or at the copy of one.
 
 #include "testing/lutestsuite/heap/trampoline.h"
 

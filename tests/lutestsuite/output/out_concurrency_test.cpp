@@ -17,7 +17,7 @@ namespace
 constexpr int c_Threads = 8;
 constexpr int c_LinesPerThread = 200;
 
-/// Prints from all threads at once, each its own letter, one line at a time.
+/// Prints from all threads at once. Each thread prints its own letter, one line at a time.
 void printFromAllThreads()
 {
     std::vector<std::jthread> threads;
@@ -33,7 +33,7 @@ void printFromAllThreads()
     }
 }
 
-/// Detects a second call during another one. Registered for the rest of the process.
+/// Detects calls of Output that overlap. Stays registered until the process ends.
 class COverlapDetector : public LuTestSuiteOut::LuCustomOut
 {
 public:

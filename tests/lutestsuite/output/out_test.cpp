@@ -219,7 +219,7 @@ TEST(LuTestSuiteOut, ReachesCustomOutputsBesideTheConsole)
     EXPECT_EQ(output.GetText(), L"beide\n");
 }
 
-/// An output that tests switch on. It exists once per process, because custom outputs cannot be removed.
+/// An output that tests switch on. Its objects exist until the process ends, because custom outputs cannot be removed.
 class CSwitchedOut : public LuTestSuiteOut::LuCustomOut
 {
 public:

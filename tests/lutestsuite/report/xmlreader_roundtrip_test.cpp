@@ -138,7 +138,7 @@ std::vector<std::size_t> findTexts(const std::string& bytes)
     return places;
 }
 
-/// Adds texts to a report that the writer never produces but any reader must accept.
+/// Adds texts to a report. The writer never produces these texts, but any reader must accept them.
 std::string addForeign(std::string bytes, std::mt19937& random)
 {
     static constexpr const char* c_Pieces[] = {"<!-- <x> -->",
@@ -177,7 +177,7 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingAReportWithForeignTextsOnce)
     }
 }
 
-/// Damages the layout of a report without breaking its markup, or nearly so.
+/// Damages the layout of a report, in most cases without breaking its markup.
 std::string changeLayout(std::string bytes, std::mt19937& random)
 {
     static constexpr std::pair<std::string_view, std::string_view> c_Changes[] = {

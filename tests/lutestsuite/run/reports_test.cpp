@@ -235,7 +235,7 @@ TEST_F(RunReports, DoNotFailTheRunWithoutADesktop)
     EXPECT_TRUE(m_output.GetText().ends_with(L"1 fehlerhafte Testfälle\n"));
 }
 
-/// Tests of reports with relative paths whose working directory has been removed.
+/// Tests of runs whose working directory is removed. Unless a test changes them, the paths of the reports are relative.
 class RunReportsWithoutDirectory : public testing::Test
 {
 protected:

@@ -226,7 +226,7 @@ TEST_F(RunCostsOfFiles, AreTwoListingsOfAFolderThatHasJustChangedWithIsolatedCas
 TEST_F(RunCostsOfFiles, AreFewListingsOfAFolderThatHasJustChangedWhereIsolatedCasesAskForTheirFiles)
 {
     // The first child processes read the folder themselves, until the run can share a listing that is certain to notice
-    // each change. Starting all of them takes much longer than that.
+    // each change. Starting all children takes much longer, so most of them use that listing.
     constexpr int c_Many = 300;
     const std::wstring directory = makeFiles(m_folder, L"inner/CAskingModel", c_Many);
     if (!LbOs::HasTimesOfThisSystem(directory))

@@ -164,7 +164,7 @@ TEST_P(RunExternalTreeOf, EndsWhenBusyWorkersAreCanceled)
     EXPECT_GE(canceled, 1);
     EXPECT_LE(canceled, 3);
     EXPECT_EQ(std::ranges::count(result.cases, ECaseRunResult::Unknown, &SCaseInfo::result), 9 - canceled);
-    // All processes share the line, so any that is left would answer.
+    // All processes share the line, so any process that is left would answer.
     EXPECT_TRUE(m_line.IsGone());
 }
 

@@ -15,7 +15,8 @@
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SRunResult;
 
-/// Allocates in the program itself, not in a module. Short names, because copies of longer ones would allocate.
+/// Allocates in the program itself, not in a module. Its names are short, because copies of longer names would
+/// allocate.
 class CHostHeap : public LuUnitTest
 {
     LB_RTTI(CHostHeap)

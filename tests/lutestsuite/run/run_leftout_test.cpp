@@ -89,7 +89,7 @@ TEST_F(RunLeavingOut, FailsIfThePredicateThrows)
     EXPECT_THAT(m_recorder.lines, ElementsAre(L"planned 2", L"started bestanden", L"finished bestanden 0"));
 }
 
-/// Asks, in another thread, whether the case is needed, while the run's lock is held.
+/// Asks in another thread whether the case is needed. Meanwhile the calling thread holds the run's lock.
 class CAskingObserver : public LuTestSuiteRun::IRunObserver
 {
 public:

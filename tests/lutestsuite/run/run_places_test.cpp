@@ -36,7 +36,7 @@ protected:
         return GetInfo(LuTestSuiteRun::Run(setup, m_environment).cases.at(0));
     }
 
-    /// A case changes the working directory; the next one must start at home.
+    /// Runs a case that changes the working directory. Expects that the next case starts in the executable's folder.
     void ExpectThatCasesStartAtHome(bool isExternal, bool isParallel)
     {
         LuTestSuiteSetup setup = MakePlaceSetup({L"Umzug", L"Arbeitsverzeichnis"});

@@ -34,7 +34,7 @@ protected:
 #endif
     }
 
-    /// Runs the case in a child that has run another case; returns its end.
+    /// Runs the case in a child that has run another case; returns how the case ended.
     EventRecorder::SEnd RunFor(const std::wstring& caseName, bool takeStacks = true)
     {
         LuTestSuiteSetup setup = MakeCrash({L"vorher", caseName});
@@ -48,7 +48,7 @@ protected:
     EventRecorder m_events;
 };
 
-/// A case, how it ends, and a function on the stack at fault.
+/// A case, how it ends, and a function on the stack of the thread at fault.
 struct SFault
 {
     const wchar_t* caseName;
@@ -148,8 +148,8 @@ TEST_F(RunStacks, AreReadForACrashThatIsNoticedAfterTheTimeLimit)
             timer.emplace(LbTimer::eR_MilliSecond);
         }
     };
-    // The run calls this just after it has checked the limit, for the first time after a second. Waits until the limit
-    // has passed and then makes the case crash, so that the run notices the crash after the limit.
+    // The run calls this function just after it has checked the limit, for the first time after a second. The function
+    // waits until the limit has passed and then makes the case crash, so the run notices the crash after the limit.
     setup.checkCallback = [&] {
         constexpr std::uint64_t c_Limit = 2000;
         if (timer && timer->GetElapsed() > c_Limit / 4)

@@ -28,7 +28,7 @@ protected:
              MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"}), MakeUnitTest(L"CFailedModel", {L"allein"})}));
     }
 
-    /// Stops before the second case of the first of two unit tests.
+    /// Runs two unit tests, and cancels the run before the second case of the first one.
     SRunResult RunCanceledAfterOneCase()
     {
         LuTestSuiteSetup setup = MakeSetup(

@@ -82,7 +82,7 @@ protected:
         return Read("<ExtraInfo>" + elements + "</ExtraInfo>");
     }
 
-    /// The names of the cases with parameters.
+    /// The names of the cases that get parameters because they match an element with these attributes.
     std::vector<std::wstring> GetMatchedCases(const std::string& testCaseAttributes)
     {
         std::vector<std::wstring> names;

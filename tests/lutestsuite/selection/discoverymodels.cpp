@@ -178,7 +178,7 @@ class CScanJournal : public LuUnitTest
 
     static void note(const std::wstring& call)
     {
-        // The count may be requested more than once.
+        // Records equal calls in a row only once, because the count may be requested more than once.
         std::vector<std::wstring>& calls = SJournal::GetInstance().calls;
         if (calls.empty() || calls.back() != call)
         {

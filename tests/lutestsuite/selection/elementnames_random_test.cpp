@@ -68,7 +68,7 @@ std::wstring Unescape(std::wstring text)
     return text;
 }
 
-/// For each name the number of the last matching element, or 0. Tries all elements in order.
+/// Returns, for each name, the number of the last element that matches it, or 0. Tries all elements in order.
 std::vector<std::uint32_t> FindLastPlainly(const Texts& names, const Texts& wildcards)
 {
     std::vector<std::uint32_t> last(names.size());

@@ -71,7 +71,7 @@ std::wstring GetMessage(const std::vector<std::wstring>& names, const std::wstri
 class LongExpression : public testing::TestWithParam<bool>
 {
 protected:
-    /// Calls ::CountSelected. Expects that the automaton takes the expression exactly if the parameter is false.
+    /// Calls ::CountSelected. Expects that the automaton takes the expression if and only if the parameter is false.
     static std::size_t CountSelected(const std::vector<std::wstring>& names, const std::wstring& expression)
     {
         const std::wstring include = (GetParam() ? c_ForEngine : L"") + expression;

@@ -101,7 +101,7 @@ TEST(RandomExpressions, AgreeWithTheStandardLibrary)
         validCount += selected ? 1U : 0U;
         selectedCount += selected ? selected->size() : 0;
     }
-    // Otherwise the test would check too little.
+    // With fewer valid expressions, matches or misses, the test would check too little.
     EXPECT_GT(validCount, 2'000U);
     EXPECT_GT(selectedCount, 10'000U);
     EXPECT_LT(selectedCount, validCount * 15);
@@ -171,7 +171,7 @@ TEST(RandomExpressions, WithLookAheadsSelectTheSameTogetherAndAlone)
         ASSERT_EQ(selected, SelectPlainly(names, includes)) << testing::PrintToString(includes);
         selectedCount += selected->size();
     }
-    // Otherwise the test would check too little.
+    // With fewer matches or misses, the test would check too little.
     EXPECT_GT(selectedCount, c_Rounds * c_Names / 10);
     EXPECT_LT(selectedCount, c_Rounds * c_Names * 9 / 10);
 }

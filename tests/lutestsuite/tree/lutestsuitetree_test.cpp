@@ -28,7 +28,7 @@ LuTestSuiteTree build(const UnitTests& tests)
     return tree;
 }
 
-/// A node with its subtree: "name(child child)", cases as "name{case case}".
+/// A node with its subtree, as "name(child child)"; a class with its cases, as "name{case case}".
 std::wstring print(const LuTestSuiteTree& tree, std::uint32_t index = 0)
 {
     const LuTestSuiteTree::SNode& node = tree.GetNode(index);
@@ -254,7 +254,7 @@ TEST(LuTestSuiteTree, ThrowsWhenTwoUnitTestsShareAPath)
               L"LuTestSuiteTree::Build::<lambda>");
 }
 
-/// "B" is a case of one unit test and, after the doubled separator, a folder of another one.
+/// "B" is a case of the first unit test, after a doubled separator, and a folder of the second one.
 TEST(LuTestSuiteTree, ThrowsWhenAPathIsTooShortForItsFolder)
 {
     EXPECT_EQ(getThrowingFunction({makeTest(L"/d/CA//", {L"B"}), makeTest(L"/d/CA/B/CX/", {L"x"})}),

@@ -298,7 +298,7 @@ TEST(HostGoogleTestReports, ShowBothValuesInThreeLines)
     }
 }
 
-/// Only a child process may crash.
+/// The case crashes its process, so it must run in a child process.
 TEST(HostGoogleTestChildren, SurviveACrash)
 {
     const ScopedFolder folder;
@@ -360,7 +360,7 @@ protected:
     HostCatch2() { m_module = L"catch2tests"; }
 };
 
-/// Only a child process may crash.
+/// A case that crashes its process must run in a child process.
 class HostCatch2Children : public HostCatch2
 {
 };

@@ -75,8 +75,9 @@ ECaseRunResult getResult(std::uint32_t index, std::uint32_t run)
     return hasFailed ? ECaseRunResult::Different : ECaseRunResult::Ok;
 }
 
-/// From the middle of the archive on, everything takes longer, two cases change by more or less than the others, and
-/// two need more or less memory. The number of allocations changes in the newest run.
+/// From the middle of the archive on, all times grow by half. In addition, the time of eC_Slower doubles and that of
+/// eC_Faster halves, the memory of eC_Hungrier doubles and that of eC_Leaner halves. In the newest run,
+/// eC_MoreAllocations makes one allocation more, and eC_FewerAllocations one less.
 void measure(std::uint32_t index, std::uint32_t run, Runner::History::CRandomNumbers& random,
              LuTestSuiteRun::SCaseInfo& info)
 {
@@ -112,7 +113,7 @@ void writeRun(const std::wstring& folder, std::uint32_t run)
 struct SRule
 {
     const char* name;
-    const char* line; ///< the case that a broken gate names
+    const char* line; ///< names the case; printed if the gate does not hold
 };
 
 constexpr SRule c_Rules[] = {

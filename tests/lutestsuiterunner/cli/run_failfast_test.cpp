@@ -63,7 +63,8 @@ TEST_F(RunnerFailFast, KeepsFailuresThatAreStillToBeRetriedFromBeingConfirmed)
 
     Run({L"run", L"--fail-fast", L"--retries", L"1", L"--confirm"});
 
-    // The first retry that fails ends the run; the other cases that have failed are still to be repeated.
+    // The first retry that fails ends the run. The other failed cases still have retries left, so they are not
+    // confirmed.
     EXPECT_EQ(CountRecords("cancel", 1), 1U);
     EXPECT_EQ(CountConfirmations(), 1);
 }

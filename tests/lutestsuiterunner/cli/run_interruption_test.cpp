@@ -11,7 +11,7 @@
 namespace
 {
 
-/// Windows has no signals that a process could send to itself as the console does.
+/// Skipped on Windows, where a process cannot send itself the events of the console.
 class RunnerInterruption : public RunnerTest
 {
 protected:

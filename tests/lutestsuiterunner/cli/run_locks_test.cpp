@@ -13,7 +13,8 @@ namespace
 class RunnerWithoutLocks : public DistributedTest
 {
 protected:
-    /// Calls the function on a thread whose processes cannot lock folders; skips the test if there is no such thread.
+    /// Calls the function on a new thread. Locking folders fails there and in the processes that the thread starts.
+    /// Skips the test if the system cannot forbid locks.
     static void CallWithoutLocks(const std::function<void()>& function)
     {
         bool areForbidden = false;

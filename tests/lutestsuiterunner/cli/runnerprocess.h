@@ -1,4 +1,4 @@
-/// The second host as a child process.
+/// LuTestSuiteRunner as a child process.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 #include "tests/support/hostprocess.h"
 
-/// As RunHost, with the second host of this build.
+/// As RunHost, with the LuTestSuiteRunner of this build.
 SHostRun RunRunner(const std::vector<std::wstring>& arguments, SHostOptions options = {});
 
-/// What this host says about a module that is missing beside it.
+/// What LuTestSuiteRunner prints about a module that is missing beside it.
 std::string DescribeMissingModule(const std::wstring& name);

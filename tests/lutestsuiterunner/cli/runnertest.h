@@ -1,4 +1,4 @@
-/// What tests of the second host share.
+/// What tests of LuTestSuiteRunner share.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 #include "tests/lutestsuiterunner/cli/runnerprocess.h"
 #include "tests/support/scopedfolder.h"
 
-/// Runs the host over the folder "data", with the modules of the models loaded, and into the folder "out".
+/// Runs LuTestSuiteRunner over the folder "data", with the modules of the models loaded, and into the folder "out".
 class RunnerTest : public testing::Test
 {
 protected:

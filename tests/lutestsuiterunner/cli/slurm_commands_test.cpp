@@ -31,8 +31,9 @@ protected:
         WriteCommand(L"scancel", "");
     }
 
-    /// Writes a stand-in for a command. It appends its arguments to "<name>.txt", then runs the shell commands in
-    /// `text`, both in the folder of the stand-ins. For sbatch, $script is the script, and $argument is its argument.
+    /// Writes a stand-in for a command. The stand-in appends its arguments to "<name>.txt", then runs the shell
+    /// commands in `text`, both in the folder of the stand-ins. For sbatch, $script is the script, and $argument is its
+    /// argument.
     void WriteCommand(const std::wstring& name, const std::string& text) const
     {
         const std::string start = "#!/bin/sh\ncd '" + LbEncoding::ToUtf8(m_folder.GetPathOf(L"slurm")) +
@@ -64,7 +65,7 @@ protected:
         return Submit(arguments, {}, m_options);
     }
 
-    /// The submitter receives the signal while it submits its shard.
+    /// Runs a submitter, which receives the signal while it submits its shard.
     SHostRun SubmitAndReceive(const std::string& signal)
     {
         WriteCommand(L"sbatch", "kill -" + signal + " $(cat process)\n");

@@ -121,7 +121,8 @@ private:
         }
     }
 
-    /// Each process has its own Slurm. Its folder is a temporary one, because munge's user must be able to enter it.
+    /// Each test process has its own Slurm, in a temporary folder, because munge's user must be able to enter the
+    /// folder.
     static SHostRun callCluster(const std::vector<std::wstring>& words)
     {
         SHostOptions options;

@@ -169,7 +169,7 @@ protected:
         }
     }
 
-    /// The records of a host that has ended its first case.
+    /// The records of a canceled host that has ended its first case.
     static std::vector<Runner::Record> GetCanceledEnd()
     {
         Runner::SCaseEnded ended;
@@ -178,7 +178,7 @@ protected:
         return {ended, Runner::SRunCanceled{L"Ende verlangt", 3}, Runner::SRunFinished{L"", 4}};
     }
 
-    /// The next host runs the first case after all others.
+    /// Runs another host of the shard, and expects that it runs the first case after all others.
     void ExpectFirstCaseLast() const
     {
         RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", GetShard()});
@@ -187,7 +187,7 @@ protected:
         ExpectProof(GetOut());
     }
 
-    /// That host ran the first case in a child process, the others in its own.
+    /// Expects that the other host ran the first case in a child process, and the other cases in its own process.
     void ExpectOwnProcess() const
     {
         const auto again = Find<Runner::SCaseStarted>(2);
@@ -294,7 +294,7 @@ TEST_F(RunnerSubmitWaiting, LeavesTheReportsToTheOtherProcessAfterCtrlC)
     Begin("Teile: 0 von 1 fertig");
     Send(L"INT");
     WaitUntil([this] { return IsMarkedCanceled(); });
-    // This run takes longer than writing reports, so "wait" would have written them meanwhile.
+    // Running the shard takes longer than writing reports. If "wait" wrote the reports, they would exist by then.
     RunRunner({L"run", L"--planned", L"--shard", L"1/1", L"--out", GetShard()});
     EXPECT_FALSE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
     m_lock.reset();

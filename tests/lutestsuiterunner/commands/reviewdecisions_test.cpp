@@ -206,7 +206,7 @@ protected:
         EXPECT_EQ(refusal, L"");
     }
 
-    /// How often each line is in a reference after all changes except `leftOut`.
+    /// How often each line is in a reference after all changes except `leftOut` have been accepted.
     LineCounts CountWithout(const SChange& leftOut, const std::wstring& reference)
     {
         const auto& [expected, received] = m_texts[reference];
@@ -236,7 +236,7 @@ protected:
     }
 
     ScopedFolder m_folder;
-    std::map<std::wstring, STexts> m_texts; ///< by reference
+    std::map<std::wstring, STexts> m_texts; ///< keys: paths of the references
 };
 
 TEST_F(ReviewDecisions, OnSinglePartsMakeWhatWasReceivedTheReferences)

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// Two changes: of the files "a" and "b", and of "c".
+/// Two changes: one of the files "a" and "b", and one of the file "c".
 class ReviewDialog : public testing::Test
 {
 protected:
@@ -98,7 +98,7 @@ TEST_F(ReviewDialog, EndsWithItsInput)
     EXPECT_TRUE(IsOpen(L"a") && IsOpen(L"c"));
 }
 
-TEST_F(ReviewDialog, AsksAgainAfterTheSidesAndOtherAnswers)
+TEST_F(ReviewDialog, AsksAgainAfterShowingBothSidesAndAfterUnknownAnswers)
 {
     const std::string output = Answer("n\nx\nj\ne\n");
 

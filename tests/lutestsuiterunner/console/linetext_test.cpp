@@ -44,7 +44,7 @@ TEST(ShowLine, ShowsTheBeginningIfTheDifferenceIsThere)
     EXPECT_EQ(ShowLine("0123456789abcdef", "0123456789abcdef", 12), L"0123456789a…") << "no difference";
 }
 
-/// Wherever two lines differ, the difference is shown, in at most as many characters as there is room for.
+/// Wherever two lines differ, the shown text contains the difference and has at most `width` characters.
 TEST(ShowLine, ShowsTheDifferenceOfAnyLines)
 {
     std::mt19937 random(7);

@@ -14,8 +14,8 @@ Runner::SPlan makeShardPlan()
     return plan;
 }
 
-/// A run whose hosts ended one after another and left no crash note. `hosts` has the cases that each of them was
-/// running.
+/// A run whose hosts ended one after another and left no crash note. `hosts` contains, for each host, the cases that it
+/// was running.
 class CLostHosts : public CRunStateMaker
 {
 public:
@@ -85,13 +85,13 @@ TEST(RunnerLostHosts, CondemnNothingInARunOfOneMachine)
     EXPECT_TRUE(underWay.repeated.empty());
 }
 
-/// Hosts of a shard, one after another, that ran cases when they recorded their cancellation.
+/// Hosts that run a shard one after another. A canceled host records the cancellation while it runs a case.
 class RunnerCanceledHosts : public testing::Test, protected CRunStateMaker
 {
 protected:
     RunnerCanceledHosts() : CRunStateMaker(makeShardPlan()) {}
 
-    /// A host that leaves the case open.
+    /// Adds a canceled host that leaves the case open.
     void LeaveOpen(std::uint32_t index)
     {
         BeginJournal(++m_journal);
@@ -99,7 +99,7 @@ protected:
         Apply(Runner::SRunCanceled{L"Ende verlangt", 3});
     }
 
-    /// A host that ends with the case, or ends the case in its child process.
+    /// Adds a canceled host that ends with the case, or ends the case in its child process.
     void EndCanceled(std::uint32_t index)
     {
         BeginJournal(++m_journal);
@@ -110,7 +110,7 @@ protected:
         Apply(Runner::SRunFinished{L"2024-01-02 03:04:09", 4});
     }
 
-    /// A host that ends without any record.
+    /// Adds a host that runs the case and leaves no record of its end.
     void Lose(std::uint32_t index)
     {
         BeginJournal(++m_journal);

@@ -39,7 +39,8 @@ protected:
 
     void Wait(std::chrono::milliseconds time) { m_now += time; }
 
-    /// Runs `count` cases, and returns those that were executed. Each takes a second; then `onCase` is called with it.
+    /// Runs `count` cases, and returns those that were executed. Each case takes a second and is then passed to
+    /// `onCase`.
     Cases Run(CSiblings& siblings, std::uint32_t count, const std::function<void(std::uint32_t)>& onCase = {})
     {
         Cases executed;

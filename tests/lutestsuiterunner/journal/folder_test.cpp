@@ -243,7 +243,7 @@ TEST_F(RunnerFolder, RemovesNothingFromAFolderWithoutARun)
     }
 }
 
-TEST_F(RunnerFolder, RefusesAFolderWithTextsOfNoRun)
+TEST_F(RunnerFolder, RefusesAFolderWhoseOutputBelongsToNoRun)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"output/1.txt", "x");

@@ -9,7 +9,7 @@
 #include "testing/lutestsuiterunner/journal/writer.h"
 #include "tests/lutestsuiterunner/samplerun.h"
 
-/// The records of journal 1 in a folder as texts, see ToText. Passes on the exceptions of the reader.
+/// Reads journal 1 in `folder` and returns its records as texts, see ToText. Passes on the exceptions of the reader.
 inline std::vector<std::string> ReadJournal(const std::wstring& folder, std::uint64_t* tailSize = nullptr)
 {
     Runner::CJournalReader reader(folder, 1);
@@ -25,7 +25,7 @@ inline std::vector<std::string> ReadJournal(const std::wstring& folder, std::uin
     return texts;
 }
 
-/// Writes journal 1: its first record, then these. Returns the texts of all records.
+/// Writes journal 1: the record that begins each journal, then `records`. Returns the texts of all records.
 inline std::vector<std::string> WriteJournal(const std::wstring& folder, const std::vector<Runner::Record>& records)
 {
     const Runner::SJournalBegun begun = {"plan", 6, 1, L"1.0", 1, L"Rechner", L"2024-01-02 03:04:05"};

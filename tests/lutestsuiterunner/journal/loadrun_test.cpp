@@ -126,11 +126,11 @@ TEST_F(RunnerDistributedRun, CountsHostsThatDiedDuringACase)
     EXPECT_EQ(Load()->GetAttempts(GetWhole(1, 0))[0].lostHosts, 2U);
 }
 
-/// A run that has ended: each shard has one journal.
+/// A run with a proof: a file that tells how many records of each journal count.
 class RunnerProvenRun : public RunnerDistributedRun
 {
 protected:
-    /// Writes the proof that counts the records that the journals have now.
+    /// Writes a proof with the number of records that each journal has now.
     void Prove() const
     {
         std::vector<Runner::SReadPart> parts;
@@ -208,7 +208,7 @@ TEST_F(RunnerProvenRun, IsRedIfItsProofIsDamaged)
               std::vector<std::wstring>{L"Die Datei " + m_run.GetFolder() + L"proof.json ist beschädigt"});
 }
 
-TEST_F(RunnerProvenRun, HasItsOwnProof)
+TEST_F(RunnerProvenRun, IgnoresTheProofOfAnotherPlan)
 {
     WriteProof(R"({"plan":"00000000000000000000000000000000","shards":[{"journals":[0]},{"journals":[0]}]})");
     m_run.RunShard(1);
@@ -259,7 +259,7 @@ protected:
     }
 };
 
-TEST_F(RunnerDamagedShard, MayHaveThePlanOfAnotherRun)
+TEST_F(RunnerDamagedShard, IsRedIfItHasThePlanOfAnotherRun)
 {
     m_run.RunShard(2);
     const CPlayedRun other;
@@ -269,14 +269,14 @@ TEST_F(RunnerDamagedShard, MayHaveThePlanOfAnotherRun)
     ExpectProblem(L"gehört nicht zu dem in");
 }
 
-TEST_F(RunnerDamagedShard, MayHaveNoPlan)
+TEST_F(RunnerDamagedShard, IsRedIfItsPlanIsMissing)
 {
     LbFileSystem::RemoveTree(m_run.GetShardFolder(2) + Runner::c_PlanName);
 
     ExpectProblem(L"plan.ndjson");
 }
 
-TEST_F(RunnerDamagedShard, MayHaveRecordsOfACaseThatItDoesNotHave)
+TEST_F(RunnerDamagedShard, IsRedIfARecordNamesACaseThatItDoesNotHave)
 {
     const auto writer = m_run.Join(2);
     CPlayedRun::RunCase(*writer, 0);

@@ -15,7 +15,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using Runner::Record;
 
-/// A small journal with all kinds of records: its bytes and its records.
+/// Has the bytes of a small journal with all kinds of records, and its records as texts.
 class RunnerJournalFaults : public testing::Test
 {
 protected:

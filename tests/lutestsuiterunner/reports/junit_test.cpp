@@ -68,7 +68,7 @@ TEST(RunnerJunit, HasASuiteForEachUnitTestNamedAfterItsClass)
     run.RunRest();
     const CReport report(run.Get());
 
-    // The suite of a class that is in two folders is named with the folder.
+    // If a class is in two folders, the name of each of its suites contains the folder.
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 0");
     EXPECT_EQ(getCounts(report.FindSuite(L"b/CFirst")), L"1 0 0 0");
     EXPECT_EQ(getCounts(report.FindSuite(L"CSecond")), L"4 0 0 1");
@@ -267,7 +267,7 @@ TEST(RunnerJunit, SkipsPassedCasesThatSayThatTheyWereSkipped)
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 1");
 }
 
-TEST(RunnerJunit, FailsCasesThatSayThatTheyWereSkipped)
+TEST(RunnerJunit, ShowsFailedCasesThatSayThatTheyWereSkippedAsFailures)
 {
     CRunStateMaker run;
     Runner::SCaseEnded failed = MakeEnd(0, ECaseRunResult::Error);

@@ -27,7 +27,7 @@ TEST(RunnerOpenCases, HaveTheNotesOfTheirHosts)
     EXPECT_TRUE(open.running.empty());
 }
 
-TEST(RunnerOpenCases, RunWhileTheRunIsInProgress)
+TEST(RunnerOpenCases, AreRunningWhileTheRunIsInProgress)
 {
     const ScopedFolder folder;
     CRunStateMaker run;

@@ -15,7 +15,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using nlohmann::json;
 
-/// A run with one case of each kind.
+/// A run with a flaky, a failed, a missing and a passed case, a failure in quarantine, and a case outside the shard.
 CRunStateMaker makeMixedRun()
 {
     Runner::SPlan plan = MakeSamplePlan();

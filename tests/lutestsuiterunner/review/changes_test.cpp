@@ -47,7 +47,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-/// Files with one, two or three of ten causes; each cause changes three lines, two of them neighbours.
+/// One to three of ten causes affect each file. Each cause changes two neighbouring lines and adds a line elsewhere.
 class ReviewOfOverlappingCauses : public ReviewChanges
 {
 protected:
@@ -113,8 +113,8 @@ TEST_F(ReviewOfOverlappingCauses, AreAcceptedOneAfterTheOther)
     EXPECT_TRUE(Runner::FindReceived(m_folder.GetPath()).references.empty());
 }
 
-/// Ten causes that change lines with values that differ between files. Each file has one to three of them, in
-/// neighbouring lines, and one cause adds a line beside them.
+/// Each of ten causes changes a line whose value is different in each file. One to three causes affect neighbouring
+/// lines of each file. The first cause also adds a line below the line that it changes.
 class ReviewOfOwnValues : public ReviewChanges
 {
 protected:
@@ -240,7 +240,7 @@ TEST_F(ReviewChanges, KnowWhetherTheirLinesAreEqual)
 {
     Write(L"a", "sum 1\nalt\nx\n", "sum 1 EUR\nneu\nx\n");
     Write(L"b", "sum 2\nx\n", "sum 2 EUR\nx\n");
-    // Both lines change, and the only line between them is empty, so this is one decision.
+    // Only an empty line is between the two changed lines, so both changes are one decision.
     Write(L"c", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
     Write(L"d", "alt\n\nalt 2\n", "neu\n\nneu 2\n");
 

@@ -226,7 +226,7 @@ TEST_F(ReviewDecision, IsFinishedIfItWasInterruptedAtItsBeginning)
     EXPECT_FALSE(HasPlan());
 }
 
-/// A run has written the output of "b" and "c" again, that of "c" as before.
+/// After the interruption, a run writes other output of "b" and the same output of "c".
 TEST_F(ReviewDecision, IsFinishedWithTheSameOutputAfterAnotherRun)
 {
     InterruptLate(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "old", "new"), Write(L"c", "old", "new")});
@@ -256,7 +256,7 @@ TEST_F(ReviewDecision, RejectsAfterAnotherRunWhatWasRejected)
     EXPECT_EQ(Read(L"a") + Read(L"b"), "oldold");
 }
 
-TEST_F(ReviewDecision, LeavesAReferenceAloneThatHasChangedAfterAnInterruption)
+TEST_F(ReviewDecision, KeepsAReferenceThatChangedAfterAnInterruption)
 {
     InterruptLate(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "old", "new")});
     AcceptFirst(L"a");
@@ -268,7 +268,7 @@ TEST_F(ReviewDecision, LeavesAReferenceAloneThatHasChangedAfterAnInterruption)
     EXPECT_FALSE(HasPlan());
 }
 
-TEST_F(ReviewDecision, IsPutBackIfItsBeginningMeetsLaterOutput)
+TEST_F(ReviewDecision, IsUndoneIfOutputChangedAfterAnEarlyInterruption)
 {
     const SReceivedFile first = Write(L"a", "old", "new");
     const SReceivedFile changed = Write(L"b", "old", "new");
@@ -318,7 +318,7 @@ TEST_F(ReviewDecision, AcceptsPartsAndKeepsWhatWasReceived)
     EXPECT_FALSE(outcome.done[1].isOpen);
 }
 
-TEST_F(ReviewDecision, IsRefusedAsAWholeIfAFileHasNoPartOfIt)
+TEST_F(ReviewDecision, IsRefusedAsAWholeIfAFileHasNoPartOfTheChange)
 {
     const SReceivedFile first = Write(L"a", "old 1\nx\n", "new 1\nx\n");
     const SReceivedFile other = Write(L"b", "old 2\nx\n", "new 2\nx\n");
@@ -358,7 +358,7 @@ TEST_F(ReviewDecision, AboutPartsIsUndoneIfAFileCannotBeReplaced)
     EXPECT_EQ(Read(L"a.received"), "new 1\nx\nnew 2\n");
 }
 
-/// A file with a part that an earlier decision has accepted, and bytes that are not UTF-8.
+/// The file has bytes that are not UTF-8, and an earlier decision has accepted one of its parts.
 class ReviewDecisionAfterAnother : public ReviewDecision
 {
 protected:
@@ -391,7 +391,7 @@ TEST_F(ReviewDecisionAfterAnother, KnowsWhatItHasDoneBeforeAnInterruption)
     EXPECT_EQ(Finish().value().left, 0U);
 }
 
-TEST_F(ReviewDecisionAfterAnother, LeavesAReferenceAloneThatHasChangedAfterAnInterruption)
+TEST_F(ReviewDecisionAfterAnother, KeepsAReferenceThatChangedAfterAnInterruption)
 {
     InterruptLate(EDecision::Accept, {WriteAccepted()}, c_Parts);
     m_folder.WriteFile(L"a", "somebody else's\nx\nnew 2\ny\nold 3\n");

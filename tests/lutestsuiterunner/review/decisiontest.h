@@ -38,7 +38,7 @@ protected:
         return Runner::Decide(m_folder.GetPath(), decision, {Runner::EChange::Changed, {}, {}, parts, files});
     }
 
-    /// The message with which the decision is refused.
+    /// The message with which Decide refuses the decision; empty if the decision is made.
     std::wstring GetRefusal(Runner::EDecision decision, const std::vector<Runner::SReceivedFile>& files,
                             const Runner::PartNames& parts = {}) const
     {
@@ -53,7 +53,7 @@ protected:
         return L"";
     }
 
-    /// True if a file of an unfinished decision exists.
+    /// True if the file or the folder of an unfinished decision exists.
     bool HasPlan() const { return Holds(Runner::c_DecisionFile) || Holds(c_Claims); }
     bool Holds(const std::wstring& name) const { return !LbOs::IsMissing(m_folder.GetPathOf(name)); }
 
@@ -88,7 +88,7 @@ protected:
                            Runner::MakeDecisionPlan(m_folder.GetPath(), {decision, parts, files, c_Temporary}));
     }
 
-    /// Writes the files that a process leaves if it is killed after it has moved the output of all files.
+    /// Writes the files that a process leaves if it is killed after it has moved the output of all files to c_Claims.
     void InterruptLate(Runner::EDecision decision, const std::vector<Runner::SReceivedFile>& files,
                        const Runner::PartNames& parts = {}) const
     {

@@ -11,7 +11,7 @@ namespace
 
 using Runner::FindDifference;
 
-/// Removes and adds the lines of all hunks.
+/// The reference after all hunks of the difference are applied to it.
 std::string applyHunks(const std::string& reference, const Runner::SDifference& difference)
 {
     std::vector<std::string> lines(1);
@@ -106,7 +106,7 @@ TEST(FindDifference, ComparesLineEndsIfTheReferenceHasBoth)
     EXPECT_EQ(difference.hunks[1].added, std::vector<std::string_view>{"C"});
 }
 
-TEST(FindIgnoredEnd, IsThatOfTheReference)
+TEST(FindIgnoredEnd, IsTheLineEndOfTheReference)
 {
     EXPECT_EQ(Runner::FindIgnoredEnd("a\r\nb\r\n", "a\nc\r\n"), "\r\n");
     EXPECT_EQ(Runner::FindIgnoredEnd("a\nb\n", "a\r\nc\r\n"), "\n");
@@ -122,7 +122,7 @@ TEST(FindIgnoredEnd, IsEmptyIfLineEndsCount)
     EXPECT_EQ(Runner::FindIgnoredEnd(std::string_view("a\n\0", 3), "a\n"), "") << "bytes";
 }
 
-TEST(HasIgnoredEnds, IsTrueIfSomeOtherLineEndsWereReceived)
+TEST(HasIgnoredEnds, IsTrueIfSomeReceivedLineEndsDifferFromTheReference)
 {
     EXPECT_TRUE(Runner::HasIgnoredEnds("a\nb\n", "a\r\nc\r\n"));
     EXPECT_TRUE(Runner::HasIgnoredEnds("a\r\nb\r\n", "a\r\nc\n"));

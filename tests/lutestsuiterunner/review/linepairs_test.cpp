@@ -32,7 +32,7 @@ std::vector<std::string> pair(const Texts& removed, const Texts& added)
 
 using Pairs = std::vector<std::string>;
 
-TEST(PairLines, TakesAsManyLinesInTheirOrder)
+TEST(PairLines, PairsEqualNumbersOfLinesInOrder)
 {
     EXPECT_EQ(pair({"a", "b"}, {"A", "B"}), (Pairs{"a>A", "b>B"}));
     EXPECT_EQ(pair({"a", "same", "b"}, {"A", "same", "B"}), (Pairs{"a>A", "b>B"}));

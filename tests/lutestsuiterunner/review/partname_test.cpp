@@ -8,7 +8,7 @@
 namespace
 {
 
-/// The kind of a change of one line.
+/// The kind of a part in which one line replaces another.
 std::wstring getKind(std::string_view removed, std::string_view added)
 {
     return Runner::GetPartKind({1, 1, {removed}, {added}}, false);
@@ -95,7 +95,7 @@ TEST(PartKind, IgnoresTheWidthOfWhiteSpaceThatStays)
     EXPECT_EQ(getKind("Summe   5", "Total   5"), getKind("Summe 500", "Total 500"));
 }
 
-TEST(PartKind, TellsOtherLikeChangesApart)
+TEST(PartKind, DiffersForSimilarChanges)
 {
     EXPECT_NE(getKind("a", "a b"), getKind("a b", "a"));
     EXPECT_NE(getKind("a x", "b x"), getKind("a x", "c x"));

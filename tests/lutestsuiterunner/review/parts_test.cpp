@@ -61,7 +61,7 @@ TEST(FindParts, SeparatesALineThatChangedFromAnAddedNeighbour)
     EXPECT_TRUE(both.contains(*getNames("y\n", "y\nunit ms\n").begin()));
 }
 
-TEST(FindParts, KnowTheKindOfAChangeOfLinesWithOtherValues)
+TEST(FindParts, GivesChangesThatDifferOnlyInValuesTheSameKind)
 {
     EXPECT_NE(getNames("x\ntime 1\n", "x\ntime 1 ms\n"), getNames("x\ntime 2\n", "x\ntime 2 ms\n"));
     EXPECT_EQ(getOnlyKind("x\ntime 1\n", "x\ntime 1 ms\n"), getOnlyKind("x\ntime 2\n", "x\ntime 2 ms\n"));
@@ -69,7 +69,7 @@ TEST(FindParts, KnowTheKindOfAChangeOfLinesWithOtherValues)
         << "no line with text stays";
 }
 
-TEST(FindParts, AreOneForEachKindOfManyLines)
+TEST(FindParts, JoinsManyLinesOfTheSameKind)
 {
     std::string reference = "x\n";
     std::string received = "x\n";
@@ -110,7 +110,7 @@ TEST(FindParts, DoesNotSeparateBytes)
     EXPECT_EQ(getNames(std::string_view("a\nx\nb\n\0", 7), std::string_view("A\nx\nB\n\0", 7)).size(), 1U);
 }
 
-TEST(FindParts, HasOneForEqualBytes)
+TEST(FindParts, ReturnsOnePartWithoutHunksForEqualTexts)
 {
     ASSERT_EQ(FindParts("a\n", "a\n").size(), 1U);
     EXPECT_TRUE(FindParts("a\n", "a\n").front().hunks.empty());

@@ -46,7 +46,7 @@ TEST(SplitPieces, EndsNumbersBeforeTheNextField)
     EXPECT_EQ(SplitPieces("\"a\":1,"), (Pieces{"\"", "a", "\"", ":", "1", ","}));
 }
 
-TEST(SplitPieces, KnowsWhatPiecesAre)
+TEST(SplitPieces, TellsWordsSpaceAndNumbersApart)
 {
     EXPECT_TRUE(Runner::IsWord("ab"));
     EXPECT_FALSE(Runner::IsWord("a1"));

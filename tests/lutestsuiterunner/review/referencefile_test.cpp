@@ -60,7 +60,7 @@ TEST_F(ReviewDecisionOnALink, AcceptsPartsIntoItsTarget)
     EXPECT_EQ(Read(L"a.received"), "new 1\nx\nnew 2\n");
 }
 
-TEST_F(ReviewDecisionOnALink, PutsItsTargetBackIfAnotherFileHasNoPartOfIt)
+TEST_F(ReviewDecisionOnALink, KeepsItsTargetIfAnotherFileHasNoPartOfTheChange)
 {
     const SReceivedFile link = WriteLink("old 1\nx\n", "new 1\nx\n");
     const SReceivedFile other = Write(L"b", "old 2\nx\n", "new 2\nx\n");

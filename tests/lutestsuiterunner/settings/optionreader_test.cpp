@@ -129,7 +129,7 @@ TEST(OptionReaderOfACommandWithLibraryOptions, ExplainsWhereTheyStand)
     EXPECT_EQ(getError({L"data"}), L"Unbekannte Argumente: 'data'");
 }
 
-TEST_F(OptionReader, TakesOneValueForEachOption)
+TEST_F(OptionReader, TakesOneValuePerOccurrenceOfAnOption)
 {
     EXPECT_TRUE(m_reader.Read({L"--sbatch", L"eins", L"zwei", L"--sbatch", L"drei"}));
     EXPECT_EQ(m_texts, (std::vector<std::wstring>{L"eins", L"drei"}));

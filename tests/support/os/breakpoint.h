@@ -6,10 +6,10 @@ namespace LbOs
 
 using FBreakpointHandler = void (*)();
 
-/// From now on, each breakpoint instruction outside a debugger calls `handler` on its thread, which then continues
-/// after the instruction; null restores the default, which ends the process. The handler must be safe in any context.
-/// With `blocksSignals` the thread receives no signals during the handler, on platforms that have them. Any thread, one
-/// at a time.
+/// From now on, a thread that executes a breakpoint instruction outside a debugger calls `handler` and then continues
+/// after the instruction. Null restores the default, which ends the process. The handler must be safe in any context.
+/// With `blocksSignals`, the thread receives no signals during the handler, on platforms that have signals. Any thread,
+/// one at a time.
 void SetBreakpointHandler(FBreakpointHandler handler, bool blocksSignals = true) noexcept;
 
 } // namespace LbOs

@@ -4,7 +4,7 @@
 
 extern "C"
 {
-    // Other names of the C library's functions, which it declares in no header.
+    // Further names of the C library's functions. No header declares these names.
     void* __libc_malloc(std::size_t size); // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
     void __libc_free(void* block);         // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
     void* __libc_realloc(void* block,

@@ -25,8 +25,8 @@ bool MakePipe(const std::wstring& path);
 /// False if that is impossible.
 bool MakeLink(const std::wstring& path, const std::wstring& target);
 
-/// Forks; the child calls `function` and exits with its result, without running destructors, or by a signal after 60 s.
-/// Returns the child's exit status, -1 for a signal; empty on platforms without fork.
+/// Forks; the child calls `function` and exits with its result, without running destructors. After 60 s a signal
+/// ends the child. Returns the child's exit status, -1 for a signal; empty on platforms without fork.
 std::optional<int> RunInFork(const std::function<int()>& function);
 
 /// Like RunInFork, but the child has the same process id as its parent: each is the first process of its own namespace.
@@ -37,12 +37,12 @@ std::optional<int> RunInForkWithSameId(const std::function<int()>& function);
 /// rights cannot be dropped.
 bool GiveUpRights();
 
-/// Mounts `folder` on the folder `place`, whose contents it hides, for the rest of the current process and visible only
-/// to it. Call it in a fork. False if that is impossible.
+/// Mounts `folder` on the folder `place` and so hides the contents of `place`. Only the current process sees the mount,
+/// until it ends, so call this in a fork. False if that is impossible.
 bool MountFolder(const std::wstring& place, const std::wstring& folder);
 
-/// Calls `function` on a thread with pending cancellation. True if it returned. False if the platform has no
-/// cancellation.
+/// Calls `function` on a thread with pending cancellation. True if `function` returned. False if the platform has
+/// no cancellation.
 bool CallCanceled(const std::function<void()>& function);
 
 /// Forks and returns in both processes: 0 in the fork, which a signal ends after 60 s, and the fork's process id in the
@@ -95,8 +95,8 @@ bool IsForOwnUserOnly(const std::wstring& name);
 /// Moves the current process to its parent's process group. False if there are no groups.
 bool JoinGroupOfParent();
 
-/// Collects all ended children of the current process, like a test that assumes that no other code starts children.
-/// False on systems where a process can be waited for more than once.
+/// Collects the status of all ended children of the current process, like a test that assumes that no other code starts
+/// children. False on systems where a process can be waited for more than once.
 bool WaitForEndedChildren();
 
 /// Makes the system discard ended children of the current process at once, or keep them until they are waited for.
@@ -113,8 +113,8 @@ bool SetSignalsDisturbed(bool areDisturbed);
 /// The signals that the process ignores and that the calling thread blocks, as text for comparisons.
 std::wstring DescribeSignals();
 
-/// Kills the keeper, which is the process that cleans up after the current one, if there is one. Waits until it has
-/// ended.
+/// If the current process has a keeper, which is the process that cleans up after it, kills the keeper and waits until
+/// the keeper has ended.
 void EndKeeper();
 
 /// Waits until a child of the current process has ended, but does not collect its status.
@@ -124,7 +124,7 @@ void WaitForEnd(unsigned long process);
 /// impossible.
 std::shared_ptr<void> HoldEnd(std::uint64_t process);
 
-/// Makes new files of the current process have no access rights, or the default ones again. False if there is no umask.
+/// Gives new files of the current process no access rights, or the former ones again. False if there is no umask.
 bool SetRightsMasked(bool areMasked);
 
 /// Closes a system handle that belongs to other code, as a test that closes all files does. False on platforms where a
@@ -159,8 +159,8 @@ bool SetOpenFileLimit(std::uint64_t count);
 /// The command line of the current process, for code without access to main's arguments.
 std::vector<std::wstring> GetOwnArguments();
 
-/// Removes the names of the events and of the memory in the command line of a run's child process. False if the system
-/// keeps the names of existing objects.
+/// Removes the names of the events and the shared memory that a run has passed to its child `process` as arguments.
+/// False if the system keeps the names of existing objects.
 bool RemoveObjectNames(unsigned long process);
 
 /// The number of processors that the calling thread may use, at least 1.

@@ -83,7 +83,7 @@ std::optional<int> LbOs::RunInForkWithSameId(const std::function<int()>& functio
 {
     constexpr int c_Refused = 77;
     const auto runFirst = [&function] {
-        // The first process of a namespace ignores its own alarm, so it ends with its parent, which has one.
+        // The first process of a namespace ignores its own alarm, so it must end when the alarm ends its parent.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         return unshare(CLONE_NEWPID) == 0 ? *RunInFork(function) : c_Refused;
     };
@@ -242,8 +242,8 @@ std::optional<std::uint64_t> LbOs::MeasurePeakMemory(const std::function<bool()>
         return std::nullopt;
     }
     auto* const risen = static_cast<std::uint64_t*>(shared);
-    // Returns free memory of the heap to the system. Otherwise the fork would reuse it, and it would be missing from
-    // the growth.
+    // Returns free memory of the heap to the system. Otherwise the fork would reuse this memory, and the measured
+    // growth would be too small.
     malloc_trim(0);
     const std::optional<int> status = RunInFork([&] {
         const std::uint64_t before = getPeak();
@@ -392,7 +392,7 @@ bool LbOs::CloseForOthers(std::intptr_t handle)
 
 bool LbOs::FloodEvent(const std::wstring& name)
 {
-    // As many bytes as a pipe can hold without privileges.
+    // The most bytes that a pipe can hold without privileges.
     const std::vector<char> bytes(std::size_t{1} << 20U);
     const std::string path = "/dev/shm/LuTestSuite-" + LbEncoding::ToNative(name);
     const int pipe = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);

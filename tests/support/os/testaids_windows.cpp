@@ -37,7 +37,7 @@ std::vector<char> getUser()
     return user;
 }
 
-/// An access list that contains only the user's entry.
+/// True if the access list has a single entry, and that entry allows the user access.
 bool isOnlyFor(ACL* list, SID* user)
 {
     void* entry = nullptr;
@@ -49,7 +49,7 @@ bool isOnlyFor(ACL* list, SID* user)
     return allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && EqualSid(&allowed->SidStart, user) != FALSE;
 }
 
-/// Wine accepts byte-range locks but does not enforce them for reading.
+/// True if the bytes up to `offset` can be read. Wine accepts byte-range locks but does not enforce them for reading.
 bool canRead(const std::wstring& path, std::uint32_t offset)
 {
     const LbOs::FileHandle file = LbOs::OpenForReading(path);

@@ -5,7 +5,7 @@
 
 #include "base/luunittest.h"
 
-/// Its cases pass, fail, vanish or are skipped.
+/// Its cases end the process, are skipped, or pass only at the second try.
 class CMoods : public LuUnitTest
 {
     LB_RTTI(CMoods)

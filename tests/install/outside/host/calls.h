@@ -32,8 +32,8 @@ bool HasFailed();
 
 void WriteFile(const std::wstring& path, const std::string& bytes);
 
-/// The task of a second process that this program has started: "park" writes a file and waits until it is killed, "ask"
-/// writes the answer about its parent.
+/// Does the task of a second process that this program has started: "park" writes a file and waits until the process is
+/// killed; "ask" writes the answer about its parent.
 int WorkAsChild(const std::wstring& task, const std::wstring& answer);
 
 void CallEnvironment(LuTestSuiteEnvironment& environment);

@@ -103,7 +103,7 @@ void CallOutput()
         const LuTestSuiteOut copy = line;
         line = LuTestSuiteOut::Write(L"vier");
     }
-    // The destructor of each copy prints it, so the last copy is printed first.
+    // The destructor of each copy prints that copy, so the last copy is printed first.
     Expect(output.Take() == L"vierdreivier", "copies of LuTestSuiteOut");
 }
 

@@ -44,7 +44,7 @@ void awaitFile(const std::wstring& path)
     }
 }
 
-/// Starts a copy of this program under a unique name, which runs until a call ends it by that name.
+/// Starts a copy of this program under a unique name. The copy runs until KillAllByName ends it.
 void callKillAllByName(const std::wstring& program, const SPlaces& places, CRecordedText& output)
 {
     const std::wstring name = L"OutsideHost-" + LbUniqueId::Generate() + LbOs::c_ExecutableSuffix;

@@ -61,7 +61,7 @@ void callTree(const std::vector<LuTestSuite::SUnitTest>& unitTests)
     Expect(tree.GetNodeCount() != 0 && tree.GetNode(0).parent == LuTestSuiteTree::sc_uiInvalid, "its root");
 }
 
-/// Runs cases in a child process of the deployed host, which must load the module itself.
+/// Runs cases in a child process. The child is the deployed host, which must load the module itself.
 void callExternalRun(LuTestSuiteEnvironment& environment, const SPlaces& places)
 {
     LuTestSuiteSetup setup;

@@ -27,7 +27,6 @@ SAnalysis analyzeOne(const std::wstring& configuration, const SyntheticRuns::SAr
     return Analyze(configuration, archive.GetTable(), {}, AnalyzeSteps(archive.GetTable(), {}));
 }
 
-/// The first two of ten cases fail in the newest run, the third since the fourth run from the end.
 std::vector<SAnalysis> analyzeAll(const SyntheticRuns::SArchive& archive)
 {
     std::vector<SAnalysis> analyses;
@@ -35,6 +34,7 @@ std::vector<SAnalysis> analyzeAll(const SyntheticRuns::SArchive& archive)
     return analyses;
 }
 
+/// Ten cases in twelve runs: two cases fail only in the newest run, a third one fails in the last four runs.
 SyntheticRuns::SArchive makeArchive()
 {
     SyntheticRuns::SSettings settings;
@@ -61,7 +61,7 @@ TEST(HistoryGates, RuleHasNameComparisonAndNumber)
     EXPECT_FALSE(ReadGate(L"missing=0").Holds(1));
 }
 
-TEST(HistoryGates, MistakesAreNamed)
+TEST(HistoryGates, MessageNamesTheMistakeInARule)
 {
     EXPECT_NE(getMistake(L"slower>5").find(L"hat nicht die Form"), std::wstring::npos);
     EXPECT_NE(getMistake(L"slower").find(L"hat nicht die Form"), std::wstring::npos);
@@ -82,7 +82,7 @@ TEST(HistoryGates, FailedGateNamesItsCases)
     EXPECT_EQ(result.cases[2], L"CKlasse:Fall 000002 (seit Lauf 009)");
 }
 
-TEST(HistoryGates, NewestRunsOnlyWhenAskedFor)
+TEST(HistoryGates, LimitToNewestRunsLeavesOutOlderFindings)
 {
     const SyntheticRuns::SArchive archive = makeArchive();
     EXPECT_EQ(CheckGate(ReadGate(L"new-failures=2"), analyzeAll(archive), 1).count, 2U);
@@ -100,7 +100,7 @@ TEST(HistoryGates, CountsOfAllConfigurationsAreAdded)
     EXPECT_EQ(result.cases[5], L"CKlasse:Fall 000002 (seit Lauf 009, Debug x64)");
 }
 
-TEST(HistoryGates, NoneHoldsIfTheNewestRunMayBeUnreadable)
+TEST(HistoryGates, NoGateHoldsIfTheNewestRunMayBeUnreadable)
 {
     const SyntheticRuns::SArchive archive = makeArchive();
     const std::vector<SGate> gates = {ReadGate(L"missing=0"), ReadGate(L"new-failures<9")};

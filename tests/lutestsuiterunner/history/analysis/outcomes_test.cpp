@@ -11,8 +11,9 @@ using namespace Runner::History;
 namespace
 {
 
-/// The findings for a case. `signs` has its result in each run: P passed, F failed, C canceled, B failed and passed,
-/// - absent. `builds` has a character for the build of each run; if it is empty, each run has its own build.
+/// The findings for one case. Each character of `signs` is the result of the case in one run: P passed, F failed,
+/// C canceled, B failed and passed, - absent. Each character of `builds` names the build of one run; if `builds` is
+/// empty, each run has its own build.
 SOutcomeFindings findOutcomes(const std::string& signs, const std::string& builds = {})
 {
     const std::vector<SCaseName> names = {{L"CKlasse", L"Fall"}};

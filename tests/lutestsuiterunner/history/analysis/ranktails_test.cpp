@@ -9,7 +9,7 @@
 
 using namespace Runner::History;
 
-TEST(HistoryRankTails, LogarithmIsThatOfTheLibrary)
+TEST(HistoryRankTails, Log2MatchesTheStandardLibrary)
 {
     for (const double number : {1e-300, 0.1, 0.5, 0.7071, 1.0, 1.5, 2.0, 3.0, 1e10, 9.05e58})
     {
@@ -17,7 +17,7 @@ TEST(HistoryRankTails, LogarithmIsThatOfTheLibrary)
     }
 }
 
-TEST(HistoryRankTails, SeparatedGroupsAreOneOfAllOrders)
+TEST(HistoryRankTails, SeparatedGroupsHaveTheProbabilityOfOneOrder)
 {
     CRankTails tails;
     EXPECT_NEAR(tails.GetBits(2, 2, 0), std::log2(6.0), 1e-12);
@@ -25,7 +25,7 @@ TEST(HistoryRankTails, SeparatedGroupsAreOneOfAllOrders)
     EXPECT_NEAR(tails.GetBits(8, 92, 0), std::log2(186087894300.0), 1e-9);
 }
 
-/// All orders of the two groups, counted one by one.
+/// Goes through all orders of two groups and counts the inversions of each.
 TEST(HistoryRankTails, ProbabilitiesAreThoseOfCountedOrders)
 {
     constexpr std::size_t c_First = 5;

@@ -13,7 +13,7 @@ constexpr SThresholds c_Thresholds{24.0, 6.0};
 constexpr SThresholds c_LowThresholds{12.0, 6.0};
 constexpr SCommonNoise c_Noise{0.03, 0.0, 0.0};
 
-/// Normal noise, times a level for each run.
+/// One value for each run: its level, with normally distributed noise relative to the level.
 template<typename GetLevel>
 std::vector<double> makeSeries(std::size_t length, std::uint64_t seed, const GetLevel& getLevel, double noise = 0.03)
 {
@@ -116,7 +116,7 @@ TEST(HistorySteps, ChangeBelowTheSmallestIsNotReported)
     EXPECT_TRUE(findSteps(values, 0.2).empty());
 }
 
-/// The search first divides runs 0 to 119 at run 80, because the low runs 0 to 29 lower the level before it.
+/// The search first divides runs 0 to 119 at run 80, because the low runs 0 to 29 lower the level before run 80.
 TEST(HistorySteps, StepThatIsTooSmallBetweenItsNeighboursIsDropped)
 {
     const auto getLevel = [](std::size_t run) { return run < 30 || run >= 120 ? 1.0 : run < 80 ? 1.2 : 1.22; };

@@ -20,7 +20,7 @@ protected:
         return get(m_archive, digest, rules);
     }
 
-    /// Makes a store of its own, as a separate call of the host does.
+    /// Makes a new store each time, as each call of the host does.
     SStepAnalysis get(const SyntheticRuns::SArchive& archive, const std::string& digest, const SStepRules& rules) const
     {
         CStepStore store(m_folder.GetPath(), digest);
@@ -32,7 +32,7 @@ protected:
     /// Stores the analysis of the archive with three steps.
     void store(std::uint64_t seed) const { get(m_archive, "digest", getRules(seed)); }
 
-    /// True if the file has the analysis. Otherwise, the store searches the steady archive, which has no steps.
+    /// True if the file contains the analysis. If not, the store analyzes the steady archive, which has no steps.
     bool isStored(std::uint64_t seed) const
     {
         CStepStore store(m_folder.GetPath(), "digest");

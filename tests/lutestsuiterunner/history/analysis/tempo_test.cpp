@@ -15,7 +15,8 @@ constexpr std::size_t c_Runs = 60;
 constexpr std::size_t c_Change = 40;
 constexpr double c_SmallestChange = 0.03;
 
-/// The tempo from run 40 on, relative to the runs before, if this many of ten cases take 10 % longer from run 40 on.
+/// Makes `slowerOfTen` of each ten cases 10 % slower from run 40 on. Returns the tempo of these runs, relative to that
+/// of the earlier runs.
 double getLateTempo(std::size_t slowerOfTen)
 {
     SyntheticRuns::SSettings settings;
@@ -34,7 +35,7 @@ double getLateTempo(std::size_t slowerOfTen)
 
 } // namespace
 
-TEST(HistoryTempo, CasesThatChangedByThemselvesAreNoPartOfIt)
+TEST(HistoryTempo, ChangeOfAMinorityOfCasesDoesNotChangeTheTempo)
 {
     EXPECT_NEAR(getLateTempo(0), 1.0, 0.004);
     EXPECT_NEAR(getLateTempo(1), 1.0, 0.004);
@@ -42,13 +43,13 @@ TEST(HistoryTempo, CasesThatChangedByThemselvesAreNoPartOfIt)
     EXPECT_NEAR(getLateTempo(4), 1.0, 0.004);
 }
 
-TEST(HistoryTempo, ChangeOfMostCasesIsAChangeOfTheWhole)
+TEST(HistoryTempo, ChangeOfMostCasesChangesTheTempo)
 {
     EXPECT_NEAR(getLateTempo(8), 1.1, 0.004);
     EXPECT_NEAR(getLateTempo(10), 1.1, 0.004);
 }
 
-TEST(HistoryTempo, FewCasesHaveNoTempo)
+TEST(HistoryTempo, TempoOfFewCasesIsOne)
 {
     SyntheticRuns::SSettings settings;
     settings.cases = 7;

@@ -66,7 +66,7 @@ protected:
 
     SArchiveContent read() const { return ReadArchive(m_folder.GetPath()); }
 
-    /// The measurements of the case of this name in the first run; a default if there is no such case.
+    /// The measurements of the case with this name in the first run. If there is no such case, the test fails.
     static SMeasured findMeasured(const SArchiveContent& content, const std::wstring& name)
     {
         const auto cell = std::ranges::find_if(

@@ -125,7 +125,7 @@ TEST_F(HistoryJson, ShowsAnArchiveOfOneRun)
     EXPECT_EQ(nlohmann::json::parse(MakeJson(analyses, {}, 0))["configurations"][0]["runs"].size(), 1U);
 }
 
-TEST_F(HistoryJson, NamesTheUnreadableRunsThatNoGateHoldsWith)
+TEST_F(HistoryJson, NamesTheUnreadableRunsThatMakeAllGatesFail)
 {
     const SGateResults gates = CheckGates({ReadGate(L"missing<9")}, m_analyses, 0, {L"größer.xml", L"."});
     const nlohmann::json json = nlohmann::json::parse(MakeJson(m_analyses, gates, 0));
