@@ -1,4 +1,4 @@
-/// Measures the tree and the lists of 100,000 cases.
+/// Measures building the tree of 100,000 cases, and listing them with the query mode and the list of disabled cases.
 
 #include <fstream>
 #include <string>
@@ -52,7 +52,7 @@ void buildTree(benchmark::State& state)
 }
 BENCHMARK(buildTree)->Unit(benchmark::kMillisecond);
 
-/// A data directory of 100,000 files. Created once, because writing them takes longer than the measurements.
+/// A data directory of 100,000 files. Created once, because writing the files takes longer than the measurements.
 class CManyCases : public CDataFolder
 {
 public:
@@ -77,7 +77,7 @@ const CManyCases& getManyCases()
     return s_ManyCases;
 }
 
-/// Measures the time of the mode minus that of the discovery that it includes.
+/// Measures the time of a mode without the discovery that it includes.
 template<auto Operation>
 void listCases(benchmark::State& state)
 {

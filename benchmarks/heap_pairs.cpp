@@ -1,9 +1,9 @@
 /// Prints the cost of a malloc and free pair in nanoseconds: heap_pairs MODE THREADS PAIRS
 ///
 /// MODE is "untracked", "installed" (the functions are patched, no tracker is active) or "tracked". PAIRS is the number
-/// of pairs per thread. They are measured in pieces; a piece ends when all threads have finished it. The result is the
-/// median of the pieces divided by the pairs of one thread. benchmarks/compare-heap runs this program in all modes and
-/// compares it with other tools.
+/// of pairs per thread. The pairs are measured in pieces; a piece ends when all threads have finished it. The result is
+/// the median time of a piece, divided by the number of its pairs per thread. benchmarks/compare-heap runs this program
+/// in all modes and compares it with other tools.
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -21,7 +21,7 @@ namespace
 
 constexpr std::size_t c_BlockSize = 64;
 
-// Volatile: the compiler removes allocations that it recognises as unused.
+// Volatile, because otherwise the compiler removes allocations that it recognises as unused.
 void* (*volatile s_malloc)(std::size_t) = std::malloc;
 void (*volatile s_free)(void*) = std::free;
 

@@ -2,7 +2,8 @@
 ///
 ///     history_simulation [SEED] [CASES] [PART]
 ///
-/// Prints tables: all, or PART: alarms, flakes, slower, several. Status 1 if a limit is missed.
+/// Prints all tables, or only PART, which is alarms, flakes, slower or several. Ends with status 1 if a limit is
+/// missed.
 
 #include <algorithm>
 #include <cstdio>
@@ -82,7 +83,7 @@ void showFalseAlarms(std::uint64_t seed, std::size_t cases, std::size_t runs)
         const SyntheticRuns::SArchive archive = MakeArchive(getSettings(shape, cases, runs, ++seed));
         const SAnalysis analysis = analyze(archive);
         const SShuffleCheck& check = analysis.steps.check;
-        // With a drift of all cases, a change of the whole is not a false alarm.
+        // If all cases drift, a step that all cases have in common is not a false alarm.
         const std::size_t whole = shape.drift > 0.0 ? 0 : analysis.steps.whole.size();
         const std::size_t alarms = analysis.cases.size() + whole;
         std::printf("  %-14s %zu%-9s   in %zu random orders: %zu\n", shape.name, alarms, judge(alarms <= 1),
@@ -106,7 +107,7 @@ void showFlakes(std::uint64_t seed, std::size_t cases)
     std::printf("Flake rate of 5 %% found within 60 runs (limit: 0.9): %.3f%s\n", share, judge(share >= 0.9));
 }
 
-/// One case of ten becomes slower at the run `change`; the archive ends eight runs later.
+/// One case in ten becomes slower at the run `change`; the archive ends eight runs later.
 void showSlower(std::uint64_t seed, std::size_t cases, const SShape& shape, std::size_t change)
 {
     SSettings settings = getSettings(shape, cases, change + 8, seed);
@@ -133,8 +134,8 @@ void showSlower(std::uint64_t seed, std::size_t cases, const SShape& shape, std:
     }
     const double share = static_cast<double>(found) / (static_cast<double>(cases) / 10.0);
     const double coverage = found == 0 ? 1.0 : static_cast<double>(covered) / static_cast<double>(found);
-    // The limits apply only to changes after at least 20 runs: after 15 runs, the threshold is higher than some
-    // changes.
+    // The limits apply only to changes that follow at least 20 runs: with 15 runs before the change, the threshold is
+    // higher than some changes.
     const bool isPromised = shape.noise == ENoise::Normal && shape.tick == 0.0 && change >= 20;
     std::printf("  %6zu %10.3f%-9s %8.4f%-9s %6.1f %8zu\n", change, share, isPromised ? judge(share >= 0.95) : "",
                 coverage, isPromised ? judge(coverage >= 0.98) : "",
@@ -175,7 +176,7 @@ double getFactor(const SHistory& history, std::size_t run)
     return factor;
 }
 
-/// One case of fifty has several changes. Judges all steps of the cases that are found.
+/// One case in fifty has several changes. The coverage counts only cases with as many steps found as they have changes.
 void showHistory(std::uint64_t seed, std::size_t cases, const SHistory& history)
 {
     SSettings settings;

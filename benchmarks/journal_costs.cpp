@@ -3,7 +3,7 @@
 ///
 /// journal_costs          measures all three numbers of cases
 /// journal_costs COUNT    reads a journal of COUNT records and measures the peak memory of this process, which has a
-///                        limit; the time has a limit from 10000000 records
+///                        limit; the time has a limit only if COUNT is at least 10000000
 
 #include <chrono>
 #include <cstdio>

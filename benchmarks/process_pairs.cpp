@@ -64,7 +64,7 @@ double measurePairs(int count)
     const auto ask = [&] {
         return question->Set() && reply->Wait(c_LongestWait, child.get()) == LbOs::EEventWait::Signaled;
     };
-    // The first request includes the start of the child.
+    // The first request includes the start of the child and is not measured.
     return question && reply && child && ask() ? measure(count, ask) : -1;
 }
 

@@ -89,7 +89,8 @@ std::wstring makeChoice(std::size_t index)
     return choice + L")\\.txt$";
 }
 
-/// Only the standard library's engine can match a look-ahead. It runs only on names that contain "set <number>".
+/// Only the standard library's engine can match a look-ahead. That engine runs only on names that contain
+/// "set <number>".
 std::wstring makeLookAhead(std::size_t index)
 {
     return LbFormat(L"(?!.*bak)set %06u", index * 37);
@@ -169,7 +170,8 @@ std::wstring makeStarred(std::size_t index)
     return LbFormat(L"*set %06u*", index * 37);
 }
 
-/// The longest text is the common beginning of all names. The number tells the elements apart.
+/// The longest text between wildcard characters is the common beginning of all names. The number tells the elements
+/// apart.
 std::wstring makeCommonBeginning(std::size_t index)
 {
     return LbFormat(L"data set *%04u?.txt", index);

@@ -1,4 +1,4 @@
-# Settings that every target of the project needs, also in the build of another project.
+# Settings that every target of the project needs, also if another project contains this one.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)

@@ -1,4 +1,4 @@
-# Three Debian packages: the shared libraries, what builds test modules, and the hosts.
+# Three Debian packages: the shared libraries, the files for building test modules, and the hosts.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)

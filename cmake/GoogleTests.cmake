@@ -6,7 +6,8 @@
 # Suites with one of these words in their name get the label "concurrent". With the thread sanitizer only these run.
 set(LUTESTSUITE_CONCURRENT_WORDS Concurren Thread Parallel CriticalSection LbEvent Dispatcher Combinable)
 
-# Removes from a list of sources those with other suites only. If no suite is left, the list is empty.
+# Removes from a list of sources those that have suites, but none of these. Keeps sources without suites unless no other
+# source is left; then the list is empty.
 function(lutestsuite_keep_concurrent_tests list)
     list(JOIN LUTESTSUITE_CONCURRENT_WORDS "|" words)
     set(kept "")

@@ -5,9 +5,9 @@ include_guard(GLOBAL)
 # lutestsuite_add_module(<name> [FOLDER <folder>] [OUTPUT_DIRECTORY <directory>] <source>...)
 #
 # Builds a test module: a shared library "<name>.dll" or "<name>.so" (nothing in front of the name) that links LbBase.
-# It is put into OUTPUT_DIRECTORY, by default CMAKE_LIBRARY_OUTPUT_DIRECTORY or else ${CMAKE_BINARY_DIR}/bin, and there
-# into a folder of the configuration if the generator builds several. With FOLDER it is put into that sub-folder and
-# loaded as "<folder>/<name>".
+# The module is put into OUTPUT_DIRECTORY. The default is CMAKE_LIBRARY_OUTPUT_DIRECTORY or, if this variable is empty,
+# ${CMAKE_BINARY_DIR}/bin. If the generator builds several configurations, each has a folder there. With FOLDER the
+# module is put into that sub-folder and loaded as "<folder>/<name>".
 function(lutestsuite_add_module name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;OUTPUT_DIRECTORY" "")
 
@@ -44,9 +44,9 @@ endfunction()
 # lutestsuite_add_module uses. The hosts look for modules beside themselves, so this makes the directory ready to run.
 # Each OUTPUT_DIRECTORY of modules needs a call; a second call for the same directory does nothing.
 #
-# Each build also writes lutestsuite-build.txt beside the hosts, from which reports and the history read the build that
-# they name. The file describes the commit of the git checkout that tracks the CMakeLists.txt of the call; it is empty
-# if there is no such checkout. With BUILD_RECORD it is a copy of <file>, with lines "Server: ...", "Repository: ...",
+# Each build also writes lutestsuite-build.txt beside the hosts. Reports and the history take from this file the build
+# that they name. It describes the commit of the git checkout that tracks the CMakeLists.txt of the call; it is empty if
+# there is no such checkout. With BUILD_RECORD it is a copy of <file>, with lines "Server: ...", "Repository: ...",
 # "Branch: ...", "Changeset: ...", "ChangesetAuthor: ..." and "WorkspacePath: ...".
 function(lutestsuite_deploy_host)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "BUILD_RECORD" "")

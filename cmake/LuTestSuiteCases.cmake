@@ -1,17 +1,18 @@
 # Adds the cases of one module as tests. CTest reads a script that lutestsuite_discover_tests has written; the script
-# includes this file and sets: LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (behind
+# includes this file and sets: LUTESTSUITE_CMAKE (program), LUTESTSUITE_RUNNER (command), LUTESTSUITE_OPTIONS (after
 # "--"), LUTESTSUITE_IN_PROCESS, LUTESTSUITE_TEST_PREFIX, LUTESTSUITE_DISCOVERY (the test that fails if the cases cannot
-# be listed), LUTESTSUITE_PROPERTIES, and for two of these properties LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
+# be listed), LUTESTSUITE_PROPERTIES (names and values), and the values of two of these properties again as
+# LUTESTSUITE_ENVIRONMENT and LUTESTSUITE_LABELS.
 
 # Called by the script that "LuTestSuiteRunner list --ctest" writes; `state` is "", SERIAL or DISABLED. If the case has
 # a data file, its path is the sixth argument.
 function(lutestsuite_add_case name class folder time_limit state)
     set(test "${LUTESTSUITE_TEST_PREFIX}${name}")
     set(options "${LUTESTSUITE_OPTIONS}")
-    set(properties SKIP_RETURN_CODE 77) # The exit status of "case" if the case is disabled or was skipped.
+    set(properties SKIP_RETURN_CODE 77) # The exit status of the command "case" if the case is disabled or was skipped.
     if(time_limit GREATER 0 OR NOT LUTESTSUITE_IN_PROCESS)
-        # With -x the case runs in a child process: the host notices every way in which it ends, and can end it at a
-        # limit.
+        # With -x the case runs in a child process: the host notices every way in which that process ends, and can end
+        # the process at a time limit.
         list(APPEND options -x)
     endif()
     if(time_limit GREATER 0)
@@ -37,7 +38,8 @@ function(lutestsuite_add_case name class folder time_limit state)
     string(REPLACE "/" ";" folders "${folder}")
     set(labels "${class}" ${folders} ${folder})
     list(REMOVE_DUPLICATES labels)
-    # CTest adds labels to the existing ones. All properties are set in one call, because each call searches all tests.
+    # If the last properties contain labels, CTest adds them to those of the case. All properties are set in one call,
+    # because each call searches all tests.
     set_tests_properties("${test}" PROPERTIES LABELS "${labels}" ${properties} ${LUTESTSUITE_PROPERTIES})
 endfunction()
 
@@ -50,7 +52,7 @@ function(lutestsuite_list_cases module script time_limit)
         RESULT_VARIABLE status OUTPUT_FILE "${log}" ERROR_FILE "${log}" TIMEOUT ${time_limit})
     if(status EQUAL 0)
         include("${script}")
-        # message() writes to standard error here. IDEs read standard output.
+        # message() writes to standard error here, so warnings do not disturb IDEs, which read standard output.
         file(STRINGS "${log}" warnings REGEX "^Warnung: " ENCODING UTF-8)
         foreach(warning IN LISTS warnings)
             message("${warning}")

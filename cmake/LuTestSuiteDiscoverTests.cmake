@@ -6,20 +6,20 @@ include_guard(GLOBAL)
 #     [OPTIONS <option>...] [TEST_PREFIX <prefix>] [PROPERTIES <name> <value>...]
 #     [DISCOVERY_MODE PRE_TEST|POST_BUILD] [DISCOVERY_TIMEOUT <seconds>])
 #
-# Makes each case of a module that lutestsuite_add_module has added a test of CTest: "<prefix><folder>/<class>:<case>",
-# labelled with class and folder, with the time limit of its description, disabled if its description disables it, and
-# run alone if its description says that "Parallel" is false. Each runs in a process of its own, a child of
-# "LuTestSuiteRunner case", so that the test also fails if the case ends its process, in whatever way. With IN_PROCESS,
-# a case without time limit runs in the process of the host, which takes less time and is easy to debug, but a case that
+# Adds one test to CTest for each case of the module, a target of lutestsuite_add_module. The test has the name
+# "<prefix><folder>/<class>:<case>", and class and folder as labels. The description of the case can give the test a
+# time limit, disable it, or make it run alone ("Parallel" is false). Each case runs in a process of its own, a child of
+# "LuTestSuiteRunner case", so that the test also fails if the case ends that process, in whatever way. With IN_PROCESS,
+# a case without time limit runs in the process of the host: this takes less time and is easy to debug, but a case that
 # calls _Exit(0) passes. OPTIONS are options of LuTestSuiteCLI, such as "-i" and a pattern or "-t 60".
 #
 # PRE_TEST, the default, lists the cases whenever ctest starts, so that new data sets are tests at once. POST_BUILD
 # lists them after the module has been linked. Both use the variables of the property ENVIRONMENT. If the cases cannot
-# be listed, with PRE_TEST a test "<prefix><module>.discovery" fails with the reason, and with POST_BUILD the build.
-# DISCOVERY_TIMEOUT limits PRE_TEST (default 60); the build has no limit.
+# be listed, PRE_TEST adds a test "<prefix><module>.discovery" that fails with the reason, and POST_BUILD fails the
+# build. DISCOVERY_TIMEOUT limits PRE_TEST (default 60); POST_BUILD has no limit.
 #
-# A module can be listed several times, with other OPTIONS and PROPERTIES for some of its classes, or with other data.
-# The names of the tests must differ. The second call's test for failures is "<prefix><module>-2.discovery".
+# Several calls can list one module, with other OPTIONS and PROPERTIES for some of its classes, or with other data.
+# The names of the tests must differ. In the second call, the test that fails is "<prefix><module>-2.discovery".
 #
 # Call lutestsuite_deploy_host for the module's directory first.
 function(lutestsuite_discover_tests module)
@@ -111,7 +111,7 @@ function(lutestsuite_include_tests tests missing)
     set(file "${tests}-${CMAKE_BUILD_TYPE}.cmake")
     if(is_multi_config)
         set(file "${tests}.cmake")
-        # If no file is found, CTest reports a test that is not available: the option -C is missing or wrong.
+        # If the option -C is missing or wrong, no file is found, and CTest reports a test that is not available.
         file(WRITE "${file}"
 "include(\"${tests}-\${CTEST_CONFIGURATION_TYPE}.cmake\" OPTIONAL RESULT_VARIABLE found)
 if(NOT found)
@@ -122,7 +122,8 @@ endif()
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${file}")
 endfunction()
 
-# Sets `result` to the path of LuTestSuiteRunner in the folder of the module. It loads modules only from its own folder.
+# Sets `result` to the path of LuTestSuiteRunner in the folder of the module, because LuTestSuiteRunner loads modules
+# only from its own folder.
 function(lutestsuite_deployed_runner module result)
     get_target_property(directory "${module}" LUTESTSUITE_HOST_DIRECTORY)
     lutestsuite_host_target("${directory}" host)
@@ -134,7 +135,7 @@ function(lutestsuite_deployed_runner module result)
     set(${result} "${directory}/$<TARGET_FILE_NAME:LuTestSuite::LuTestSuiteRunner>" PARENT_SCOPE)
 endfunction()
 
-# CMake does not split a list inside brackets, so an option such as "\[x" would swallow the options behind it.
+# CMake does not split a list inside brackets, so an option such as "\[x" would swallow the options after it.
 function(lutestsuite_refuse_single_brackets argument)
     string(REGEX REPLACE "[^[]" "" opening "${argument}")
     string(REGEX REPLACE "[^]]" "" closing "${argument}")

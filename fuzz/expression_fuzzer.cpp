@@ -52,7 +52,7 @@ std::optional<std::wregex> compile(const std::wstring& source)
     }
 }
 
-/// Expressions that the automaton does not take are searched by the standard library, on a large stack.
+/// For expressions that the automaton does not take: CExpression uses the standard library, on a large stack.
 void checkSearch(const std::wstring& source, const std::wstring& name)
 {
     LuTestSuite::RunOnExpressionStack([&](const LuTestSuite::CStackLimit& limit) {

@@ -1,5 +1,5 @@
-/// Checks for any text as a format, with any arguments, that the check and the formatter agree, that no text is read
-/// beyond its end, and that numbers print as the C library prints them.
+/// Takes any text as a format, with any arguments. Checks that the format check and the formatter agree, that no text
+/// is read beyond its end, and that numbers print as the C library prints them.
 ///
 /// The input is text: the format in the first line, then a line for each argument. The first character of such a line
 /// is the type of the argument (see takeArgument), the rest is its value.
@@ -143,7 +143,7 @@ std::wstring printByLibrary(const SPiece& piece, T value)
     return s_buffer.substr(0, static_cast<std::size_t>(length));
 }
 
-/// True if the format has the length that C requires for an argument of this type.
+/// True if the conversion has the length modifier that C requires for an argument of this type.
 template<typename T>
 bool hasLengthOf(const LbPrintf::SConversion& conversion, std::wstring_view format)
 {

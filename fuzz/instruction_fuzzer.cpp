@@ -1,4 +1,4 @@
-/// Checks for any bytes that the decoder stays within 15 bytes, and that a trampoline can be built or is refused.
+/// Checks for any bytes that the decoder reads at most 15 bytes, and that a trampoline can be built or is refused.
 #include <algorithm>
 #include <cstdlib>
 #include <vector>

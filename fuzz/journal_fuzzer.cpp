@@ -1,5 +1,5 @@
-/// Reads any bytes as the lines of a journal, as records, and as JSON of one record. Checks that the reader refuses
-/// them, or that each record is the same after writing and reading it again.
+/// Reads any bytes as JSON of one record, and as the lines of a journal, with a record in each line. Checks that the
+/// reader refuses them, or that each record is the same after it was written and read again.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -33,7 +33,7 @@ std::string encode(const Runner::Record& record)
     return json;
 }
 
-/// A record that was read must give the same record again after it was written.
+/// Reads a record; the record must be the same after it was written and read again.
 void checkRecord(std::string_view json, Runner::CRecordParser& parser, Runner::CRunState& state, std::uint64_t sequence)
 {
     Runner::Record record;

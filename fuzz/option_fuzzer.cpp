@@ -1,4 +1,5 @@
-/// Checks for any arguments that they are accepted, or refused with an error line, and that no value is invented.
+/// Checks for any arguments that they are accepted, or refused with an error line, and that each value in the setup is
+/// one of the arguments.
 ///
 /// The input is text with an argument in each line.
 #include <algorithm>
@@ -36,7 +37,7 @@ Texts getArguments(std::string_view input)
     Texts arguments = {L"LuTestSuiteCLI"};
     while (!input.empty())
     {
-        // An argument from the system ends at its first zero.
+        // An argument from the system ends at its first null character.
         const std::wstring line = LbEncoding::FromUtf8(Fuzzing::TakeLine(input));
         arguments.emplace_back(line.c_str());
     }

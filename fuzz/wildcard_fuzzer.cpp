@@ -1,4 +1,4 @@
-/// Checks for any wildcard and name that the matcher agrees with the expression.
+/// Checks for any wildcard and name that the matcher agrees with the regular expression for the wildcard.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>

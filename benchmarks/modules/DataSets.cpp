@@ -16,7 +16,7 @@ class CDataSets : public LuUnitTest
 };
 LB_RTTI_CLASS(CDataSets, LuUnitTest)
 
-/// Overrides RunUnitTest, so that it needs the index of each sub-test.
+/// Overrides RunUnitTest, so that the index of a case's sub-test must be found.
 class CIndexedDataSets : public CDataSets
 {
     LB_RTTI(CIndexedDataSets)

@@ -23,8 +23,8 @@ void ReportMedian(benchmark::State& state, const std::string& name, std::vector<
 /// fails.
 void HoldMedian(benchmark::State& state, const std::string& name, std::vector<double> values, double limit);
 
-/// The least of several times; 0 without values. It is the most reliable one, because other work of the machine can
-/// only add to a time.
+/// The least of several times; 0 without values. The least time is the most reliable one, because other work of the
+/// machine can only add to a time.
 double GetLeast(const std::vector<double>& values);
 
 /// Does the same as HoldMedian with the least value instead of the median.

@@ -3,8 +3,8 @@
 #include "examples/support/bytes.h"
 #include "examples/support/zlibstreams.h"
 
-/// A stream that is cut at any byte is neither complete nor corrupted. It yields the beginning of the data, and the
-/// missing rest completes it. Each file of the data directory is compressed and cut at every byte.
+/// A stream that is cut at any byte is neither complete nor corrupted. It yields the beginning of the data; if the
+/// missing rest follows, it yields all data. Each file of the data directory is compressed and cut at every byte.
 class CTruncatedStreams : public LuUnitTest
 {
     LB_RTTI(CTruncatedStreams)

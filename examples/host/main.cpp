@@ -2,8 +2,9 @@
 ///
 ///     ExampleHost show|run|recreate DATA PAGE [PATTERN...]
 ///
-/// "show" draws the tree of all cases, checks the selected ones and lists them; "run" runs them and stops at the first
-/// failure; "recreate" creates their reference data again. PAGE receives the output of the runner with its colours.
+/// "show" draws the tree of all cases, ticks the boxes of the selected ones and lists them. "run" runs the selected
+/// cases and stops at the first failure. "recreate" creates their reference data again. PAGE receives the output of the
+/// runner with its colours.
 ///
 /// Exit status: 0 on success, 1 if a case of "run" failed or nothing was selected, 2 for wrong arguments or exceptions.
 
@@ -43,7 +44,8 @@ struct SRequest
     std::vector<std::wstring> patterns;
 };
 
-/// Replaces a progress bar with a cancel button; the first failure cancels the run.
+/// Stands in for a window with a progress bar and a cancel button: prints the progress, and the first failure cancels
+/// the run.
 class CProgress
 {
 public:

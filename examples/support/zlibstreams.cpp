@@ -43,8 +43,8 @@ void require(int status, const wchar_t* operation)
     }
 }
 
-/// Calls `function` (deflate or inflate) until it has taken all of `input` or stops, and appends its output. Returns
-/// the last status.
+/// Calls `function` (deflate or inflate) until the function has taken all of `input` or stops. Appends the bytes that
+/// it produces to `output`. Returns the last status.
 int pump(z_stream& stream, std::string_view input, int (*function)(z_streamp, int), int flush, std::string& output)
 {
     std::array<char, 16 * 1024> buffer;

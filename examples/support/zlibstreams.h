@@ -13,8 +13,8 @@
 enum class EContainer
 {
     Raw,  ///< nothing
-    Zlib, ///< two bytes before, Adler-32 after it
-    Gzip, ///< at least ten bytes before, CRC-32 and length after it
+    Zlib, ///< two bytes before the data, Adler-32 after it
+    Gzip, ///< at least ten bytes before the data, CRC-32 and length after it
 };
 
 inline constexpr EContainer c_AllContainers[] = {EContainer::Raw, EContainer::Zlib, EContainer::Gzip};
@@ -22,7 +22,7 @@ inline constexpr EContainer c_AllContainers[] = {EContainer::Raw, EContainer::Zl
 /// "raw", "zlib" or "gzip".
 const wchar_t* GetContainerName(EContainer container);
 
-/// The container with such a name. Throws LbException for any other name.
+/// The container with one of these names. Throws LbException for any other name.
 EContainer ParseContainer(std::wstring_view name);
 
 /// A zlib status code in words.

@@ -1,4 +1,4 @@
-"""Recipe for Conan 2: conan create packaging/conan. It builds the checkout that contains it."""
+"""Recipe for Conan 2: conan create packaging/conan. Builds the checkout that contains this file."""
 import os
 import re
 

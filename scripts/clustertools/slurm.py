@@ -216,7 +216,7 @@ class Cluster:
         return True
 
     def _wait_for_start(self, condition, limit):
-        """Stops waiting when a daemon has ended."""
+        """Waits for the condition. Raises ClusterError after `limit` seconds, or as soon as a daemon has ended."""
         def ended():
             return sorted(set(self._read_record()) - set(self.get_processes()))
 
@@ -265,7 +265,8 @@ class Cluster:
                                        message_timeout=message_timeout))
 
     def _start_munge(self):
-        """Starts munged, for root as user munge, because munged refuses to read the files of other users."""
+        """Starts munged. If this process is root, munged runs as user munge, who gets its files, because munged refuses
+        to read the files of other users."""
         folder = os.path.join(self.folder, "munge")
         key = os.path.join(folder, "key")
         with open(key, "wb") as file:
@@ -292,7 +293,7 @@ class Cluster:
     def kill_tasks(self, node):
         """Kills the node's tasks with all of their processes, as if the machine were lost."""
         mark = f"SLURMD_NODENAME={node}".encode()
-        # Kills the processes that monitor tasks first, because they would report how the tasks end.
+        # First kills the processes that monitor tasks, because they would report how the tasks end.
         for process in self.find_steps():
             if f"{self.folder}/slurmd-{node}.log" in opened_files(process):
                 send_signal(process, signal.SIGKILL)

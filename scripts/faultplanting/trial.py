@@ -136,7 +136,7 @@ class Ground:
                 shutil.copy(source, target)
 
     def _suites_near(self, name):
-        """Filters for the tests of the file, and for those of its folder."""
+        """Filters for the tests of the file, and for the other tests of its folder."""
         folder = pathlib.PurePosixPath(name).parent.as_posix().removeprefix("testing/")
         stem = re.sub(r"_linux$", "", pathlib.PurePosixPath(name).stem)
         folders = [self.copy / "tests" / each for each in (folder, FURTHER_TESTS.get(folder)) if each]

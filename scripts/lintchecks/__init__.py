@@ -1,1 +1,1 @@
-"""The rules of the project, one module per subject. Each has check(tree), which yields a line for each breach."""
+"""The rules of the project: a module per subject, with check(tree) that yields a line per breach; and two helpers."""

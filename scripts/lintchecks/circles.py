@@ -2,7 +2,7 @@
 
 
 def circles(edges):
-    """Strongly connected components of more than one node, found by reachability, since the graphs are small."""
+    """Yields strongly connected components of more than one node. Searches from every node: the graphs are small."""
     reached = {node: _reachable(edges, node) for node in edges}
     left = set(edges)
     while left:

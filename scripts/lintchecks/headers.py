@@ -1,6 +1,6 @@
 """Each header compiles alone, with every installed compiler of the project.
 
-The build already checks a header that a source of the product includes first. The others are compiled here.
+If a header is the first #include of a source of the product, the build already checks it. Others are compiled here.
 """
 
 import concurrent.futures
@@ -15,7 +15,7 @@ OPTIONS = ["-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Wpedantic", "-We
 # The definitions that the build passes to every source of the library.
 DEFINITIONS = ['-DLUTESTSUITE_BUILD_CONFIGURATION="Release"']
 GOOGLETEST = "/usr/src/googletest"
-# Headers that need a framework, which only the build finds. Each is compiled with the source named here.
+# Headers that need a framework that only the build finds: the build compiles each with the source named here.
 ADAPTERS = {
     "benchmarks/trivialcatch2tests.h": "benchmarks/catch2_trivial.cpp",
     "testing/lutestsuite/catch2.h": "tests/foreign/catch2/adapter.cpp",
@@ -52,7 +52,8 @@ def _included_first(tree):
 
 
 def _is_for(tree, name, platform):
-    """Headers for one platform are in its folder. Of the other headers, only those in base/os differ by platform."""
+    """True if the header is compiled for the platform: for Windows only headers of base/os, since no others differ by
+    platform. Headers for one platform are in its folder."""
     if ADAPTERS.get(name) in tree.files:
         return False
     if platform == "windows" and not name.startswith("base/os/"):

@@ -73,7 +73,7 @@ def layer_of(name):
     return None
 
 
-# Each object knows the record of its class, and the record creates objects.
+# These may include each other: each object knows the record of its class, and the record creates objects.
 ALLOWED_PAIRS = {"base/iobject", "base/lbrtti"}
 
 

@@ -27,7 +27,7 @@ TARGETS = (
     ("testing/lutestsuiterunner", "lutestsuiterunner_objects"),
     ("testing/lutestsuiterunner", "LuTestSuiteRunner"),
 )
-# Nodes of the graph of folders. The text layer is a node of its own, because it is below the rest of its folders.
+# Nodes of the graph of folders. The text layer (layer 0) is its own node: it is below the other files of its folders.
 TEXT = "base (text)"
 PLATFORM = "base/os"
 
@@ -61,7 +61,7 @@ def _check_platform(tree, presets):
 
 
 def _objects_of(tree, preset):
-    """Source and object file of each part of the product."""
+    """Maps each compiled source of the product to its object file."""
     objects = {}
     for folder, target in TARGETS:
         root = tree.root / "build" / preset / folder / "CMakeFiles" / f"{target}.dir"
@@ -82,7 +82,7 @@ def _first_stale(tree, objects):
                 times[name] = (tree.root / name).stat().st_mtime
             if compiled < times[name]:
                 return name
-    # The sources of one platform are ignored, because those of the other one have no objects here.
+    # Ignores sources for only one platform, because those for the other platform have no objects in this build.
     sided = ("_linux.cpp", "_windows.cpp")
     for name in tree.sources():
         is_product = name.startswith(("base/", "testing/")) and name.endswith(".cpp")

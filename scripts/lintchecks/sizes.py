@@ -1,4 +1,4 @@
-"""Files under 500 lines, functions of at most 60, lines of at most 120 characters (clang-format limits those of C++).
+"""Files have fewer than 500 lines, functions at most 60; lines have at most 120 characters (clang-format limits C++).
 
 A longer file or function gives the reason in a comment that begins with "long because".
 """
@@ -54,7 +54,7 @@ def functions_of(code):
         if match[0] == "{":
             in_function = any(kind == "function" for kind, _ in kinds)
             head = code[head_start:match.start()]
-            # A constructor's "m_a{1}" is followed by the next member or the body.
+            # A constructor's "m_a{1}" looks like a body; the next member or the real body follows.
             goes_on = closed == "function" and (not head.strip() or head.lstrip().startswith(","))
             is_function = not in_function and (goes_on or _FUNCTION_HEAD.search(head))
             kinds.append(("function" if is_function else "other", line))

@@ -6,7 +6,7 @@ import pathlib
 import re
 import subprocess
 
-# Input of tests, or compared byte for byte by tests.
+# Files that are input of tests, or that tests compare byte for byte.
 DATA = ("examples/data/", "fuzz/corpus/", "tests/data/", "tests/golden/", "tests/install/outside/data/")
 
 _NOISE = re.compile(
@@ -19,7 +19,7 @@ _NOISE = re.compile(
 
 
 class Tree:
-    """A checkout, or any folder: the files that git would commit, or all files without git."""
+    """The files of a checkout that git would commit, or all files of a folder that has no git repository."""
 
     def __init__(self, root: pathlib.Path, built=()) -> None:
         self.root = root.resolve()

@@ -1,5 +1,5 @@
-"""Distributed runs over a Slurm of this machine that lose nodes, tasks and their submitter: the result is complete
-each time, and nothing counts twice."""
+"""Distributed runs, on a Slurm of this machine, that lose nodes, tasks and their submitter. Each time, the result must
+be complete, and nothing may count twice."""
 import collections
 import itertools
 import json
@@ -15,19 +15,19 @@ from stresschecks import reports
 
 CASES = 120
 MEAN_MS = 120
-# With these limits, in seconds, Slurm notices the end of a node's daemon after about 16 seconds.
+# With these limits, in seconds, Slurm notices after about 16 seconds that a node's daemon has ended.
 NODE_TIMEOUT = 5
 MESSAGE_TIMEOUT = 5
-# For rounds that lose a node or start a shard twice: the shards take about 30 seconds. Each further host of a shard may
-# cause MOST_DUPLICATES duplicates: when it meets the other host, each of them repeats the case that the other one runs,
-# and before that, the other host may repeat one case, because it has not yet noticed the further host.
-# Few further hosts cause that many, so over all rounds they may cause only MEAN_DUPLICATES on average.
+# For rounds that lose a node or start a shard twice: the shards take about 30 seconds. A second host of a shard (a
+# further host) may cause MOST_DUPLICATES duplicates, that is, cases that run twice: each of the two hosts repeats the
+# case that the other one is running, and before the first host has noticed the second, it may repeat one more case.
+# Most further hosts cause fewer, so the limit of the average over all rounds is MEAN_DUPLICATES.
 LASTING_MEAN_MS = 1000
 MOST_DUPLICATES = 3
 MEAN_DUPLICATES = 1
 # Together the nodes have at least six processors, so two are free for the tasks of a lost node.
 SHARDS = 4
-# Seconds between the time when Slurm notices the loss of a node and the new start of its daemon.
+# A node's daemon starts again this many seconds after Slurm has noticed the loss of the node.
 DOWN = 8.0
 LIMIT = 400.0
 NODE_LIMIT = 60.0
@@ -35,12 +35,12 @@ BALANCE_CASES = 2000
 BALANCE_MEAN_MS = 60
 BALANCE_SHARDS = 12
 BALANCE_SEEDS = (1, 2, 3)
-# At most this many seconds pass between reading the shard's journals and the start of the host's own journal, which is
-# stored in whole seconds.
+# A host reads the shard's journals, and begins its own journal at most this many seconds later. Journals store the time
+# of their begin in whole seconds.
 STARTING = 6.0
-# How often a round is repeated whose events found no task.
+# The number of attempts at a round if its events find no task or have no effect.
 ATTEMPTS = 5
-# Limits of the time of the slowest shard, divided by the mean time.
+# Limits of the slowest shard's time divided by the mean time, without and with known times of the cases.
 BALANCE_UNKNOWN = 1.15
 BALANCE_KNOWN = 1.05
 EQUAL_CASES = 100_000
@@ -54,7 +54,7 @@ class Round:
         self.host, self.cluster, self.data, self.out, self.lasts = host, cluster, data, out, lasts
         self.process = None
         self.extra = []
-        # The nodes that were killed, and when Slurm noticed.
+        # The nodes that were killed, each with the time when Slurm noticed; None before that.
         self.killed = {}
         self.proof = None
         # What was done, and a function that tells whether it had an effect.
@@ -71,7 +71,7 @@ class Round:
                     "-d", self.data, "--dll", "durationmodels"])
 
     def tasks(self, state="RUNNING"):
-        """The current jobs: for each the id that scontrol takes, the shard, and the node."""
+        """The jobs in this state: for each the id that scontrol takes, the shard, and the node."""
         output = self.cluster.call(["squeue", "--array", "--noheader", f"--states={state}", "--format=%F_%K|%K|%N"])
         return [line.split("|") for line in (output or "").split()]
 
@@ -84,7 +84,7 @@ class Round:
         return f"{self.out}/shard-{shard}"
 
     def note(self, text, shards):
-        """The event has an effect if one of the shards gets another host, which runs cases."""
+        """Notes an event. It has an effect if one of the shards gets another host and that host finishes a case."""
         counts = {shard: count_journals(self.folder(shard)) for shard in shards}
         self.effects.append((text, lambda: any(self.has_verdicts_behind(*one) for one in counts.items())))
 
@@ -139,9 +139,9 @@ class Round:
             self.effects.append(("submitter killed", lambda: True))
 
     EVENTS = [kill_node, lose_machine, requeue, cancel, start_twice, kill_submitter]
-    # After these events, a shard's next host begins when the last one has ended by itself.
+    # After these events, a shard's next host begins only after the previous one has ended by itself.
     GENTLE = [requeue, cancel, kill_submitter]
-    # Slurm notices the first two late. After the first and the last, two hosts run one shard.
+    # These need longer cases. Slurm notices the first two late. After the first and the last, two hosts run one shard.
     LASTING = [kill_node, lose_machine, start_twice]
 
     @classmethod
@@ -149,7 +149,7 @@ class Round:
         return [cls.EVENTS[number % len(cls.EVENTS)], random.choice(cls.EVENTS)]
 
     def run(self, events):
-        """Returns what happened, and what is wrong. Nothing happened if an event found no task or had no effect."""
+        """Returns the events that happened, or an empty list if one found no task or had no effect; and the faults."""
         shutil.rmtree(self.out, ignore_errors=True)
         self.submit()
         while self.process.poll() is None and not self.a_task():
@@ -168,17 +168,17 @@ class Round:
         return sum(count_journals(self.folder(shard)) for shard in range(1, SHARDS + 1))
 
     def count_duplicates(self, shard):
-        """The cases of a shard that have a verdict in more than one journal, once for each further journal. Counts only
-        the records on which the reports are based."""
+        """The number of repeated verdicts: a case with verdicts in three journals counts twice. Counts only the records
+        on which the reports are based."""
         counts = self.proof["shards"][int(shard) - 1]["journals"] if self.proof else []
         verdicts = [case for name, count in zip(sorted_journals(self.folder(shard)), counts)
                     for case in read_journal(os.path.join(self.folder(shard), name), count)[1]]
         return len(verdicts) - len(set(verdicts))
 
     def wait(self):
-        """Waits for the end of the run. Starts the daemon of a node again some time after Slurm has noticed that it is
-        gone: it then ends the hosts that still run there. Starts requeued tasks at once, which Slurm would delay by two
-        minutes."""
+        """Waits for the end of the run. Some time after Slurm has noticed that a node's daemon is gone, starts the
+        daemon again, which then ends the hosts that still run on its node. Starts requeued tasks at once; Slurm would
+        delay them by two minutes."""
         end = time.monotonic() + LIMIT
         while time.monotonic() < end:
             try:
@@ -211,8 +211,8 @@ class Round:
         return found + self.wrong_duplicates() + self.losses() + self.repetitions(gentle)
 
     def wrong_duplicates(self):
-        """Reads proof.json. Compares its number of duplicates with the journals, and the cases of the summary with the
-        data."""
+        """Reads proof.json, and compares its number of duplicates with the journals. Checks the duplicates of each
+        shard against the limit, and the cases of the summary against the data."""
         try:
             with open(os.path.join(self.out, "proof.json"), encoding="utf-8") as file:
                 self.proof = json.load(file)
@@ -235,7 +235,7 @@ class Round:
 
     def repetitions(self, gentle):
         """Counts the cases that a host started although an earlier journal had their verdict. If two hosts may run the
-        same shard at the same time, only verdicts count that are clearly older than the second host."""
+        same shard at the same time, counts only verdicts clearly older than the second host's start."""
         found = []
         limit, margin = (0, None) if gentle else (1, STARTING)
         for shard in range(1, SHARDS + 1):
@@ -252,7 +252,7 @@ class Round:
         return found
 
     def losses(self):
-        """Counts the cases that hosts left open, so that other hosts had to repeat them. Each host has one worker."""
+        """Counts the cases that hosts started but did not finish. A host has one worker, so it may leave one open."""
         found = []
         for shard in range(1, SHARDS + 1):
             folder = f"{self.out}/shard-{shard}"
@@ -278,7 +278,7 @@ def read_journal(path, count=None):
     started, ended = set(), set()
     with open(path, "rb") as file:
         for line in itertools.islice(file, count):
-            # A record whose line end is missing does not count either.
+            # A record without a line end is incomplete, so it does not count.
             if not line.endswith(b"\n"):
                 break
             try:
@@ -311,8 +311,8 @@ def read_times(path):
 
 
 def make_data(folder, cases, mean, digits=0, seed=1):
-    """Makes files with exponentially distributed times. With enough digits all files have the same size. Without, the
-    plan sees the power of ten of the time from the size."""
+    """Makes files with exponentially distributed times. With enough digits, all files have the same size. Otherwise,
+    the size of a file tells the plan the number of digits of the time."""
     os.makedirs(os.path.join(folder, "CDurationModel"))
     randomness = random.Random(seed)
     for number in range(cases):
@@ -331,8 +331,8 @@ def longest_over_mean(out, shards):
 
 def measure_balance(host, cluster, folder):
     """Runs cases of exponentially distributed length three times for each seed: with files of equal sizes, with files
-    whose sizes show the power of ten of the length, and with the times of the first run. Returns how many limits are
-    exceeded. In the first kind of run the balance is a matter of chance, so its limit applies to the mean of all
+    whose sizes show the number of digits of the length, and with the times of the first run. Returns how many limits
+    are exceeded. In the first of these runs the balance is a matter of chance, so its limit applies to the mean of all
     seeds."""
     samples = []
     for seed in BALANCE_SEEDS:
@@ -375,8 +375,8 @@ def compare_reports(host, cluster, folder):
 
 
 def make_round(host, cluster, data, out, number):
-    """Repeats a round whose events had no effect, unless it has shown a fault. `data` has two folders, for short and
-    for lasting runs."""
+    """Makes a round; repeats it if its events had no effect and it showed no fault. `data` has two folders, for runs
+    with short and with lasting cases."""
     for _ in range(ATTEMPTS):
         start_nodes(cluster)
         events = Round.choose(number)
@@ -389,7 +389,7 @@ def make_round(host, cluster, data, out, number):
 
 
 def start_nodes(cluster):
-    """Waits until Slurm knows that all nodes are back."""
+    """Starts the daemons of all nodes, and waits until Slurm knows that they are back."""
     for name in cluster.nodes():
         cluster.start_node(name)
     end = time.monotonic() + NODE_LIMIT
@@ -408,7 +408,7 @@ def check_duplicates(duplicates, further_hosts):
 
 
 def check(host, cluster, folder, rounds):
-    """Returns the number of rounds with faults, of reports that differ, and of exceeded limits."""
+    """Returns the total number of rounds with faults, reports that differ, and exceeded limits."""
     data = [os.path.join(folder, name) for name in ("data", "lasting")]
     for name, mean in zip(data, (MEAN_MS, LASTING_MEAN_MS)):
         make_data(name, CASES, mean)

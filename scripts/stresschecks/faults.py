@@ -1,5 +1,5 @@
-"""Cases that crash, hang or end their process in all ways: each time only the right case is blamed, with the right
-reason and a stack that names the function at fault."""
+"""Cases that crash, hang or end their process in different ways. Each time, only the case at fault must be blamed, with
+the right reason and a stack that names the function at fault."""
 import collections
 import json
 import os
@@ -29,7 +29,7 @@ WINDOWS = {
     "UseAllMemory": "Speichermangel", "CallPureVirtual": "0xC0000005", "BreakAssertion": "Status 3",
     "WriteBehindPage": "0xC0000005",
 }
-# What the process said itself, which tells apart faults with the same reason.
+# A text that the process itself printed. It tells apart faults with the same reason.
 LINUX_TEXTS = {
     "ThrowInThread": "terminate called", "FreeTwice": "double free", "UseAllMemory": "bad_alloc",
     "CallPureVirtual": "pure virtual", "BreakAssertion": "s_zero == 1",
@@ -115,8 +115,9 @@ def describe(name, count, has_stacks):
 
 
 def count_faults(name, count, has_stacks, is_windows):
-    """Each wrong reason is a fault, and so is a function that fewer than 95 of 100 stacks name. Under Wine on a busy
-    machine, reading the first frames may leave no time for the names."""
+    """Counts each wrong reason, and adds one if fewer than 95 of 100 stacks name the function at fault, and one if a
+    verdict came too late. Not all stacks need the name, because under Wine, on a busy machine, reading the first frames
+    may leave no time for it."""
     limit = WINE_VERDICT_LIMIT if is_windows else VERDICT_LIMIT
     limit += TIME_LIMIT if name in ("LockTwice", "LoopForever") else 0
     return (count.runs - count.right + (has_stacks and count.named < 0.95 * count.runs)

@@ -4,12 +4,12 @@ import os
 import re
 
 NAMES = ["junit.xml", "report.xml", "report.html", "summary.json"]
-# Dates, seconds in the pages and the XML report, in junit.xml and in summary.json.
+# Dates; seconds in the pages and the XML report; seconds in junit.xml; seconds in summary.json.
 TIMES = re.compile(rb'\d{4}-\d\d-\d\d[ T]\d\d:\d\d:\d\d|\d+\.\d{6}|time="[0-9.]+"|"seconds": [-+.0-9e]+')
 
 
 def read_without_times(path):
-    """The lines of a report. Which cases of the summary are the slowest depends on times."""
+    """The lines of a report. Times decide which cases of summary.json are the slowest, so only their number is kept."""
     with open(path, "rb") as file:
         content = file.read()
     if path.endswith(".json"):

@@ -1,5 +1,5 @@
-"""Runs of LuTestSuiteRunner that are killed at random instants, or whose disk fills up, and that are then resumed:
-nothing is lost, nothing runs twice."""
+"""Kills runs of LuTestSuiteRunner at random instants, or lets their disk become full, and resumes them. Nothing may be
+lost, and nothing may run twice."""
 import json
 import os
 import random
@@ -13,17 +13,17 @@ import xml.etree.ElementTree as ElementTree
 from stresschecks import reports
 
 QUARANTINE = "CResultModel:abweichend\nCSubtestExceptionModel\nCPassedModel\n"
-# In the modes, stands for the path of the file with this text.
+# Stands in MODES for the path of a file with the text QUARANTINE.
 QUARANTINE_FILE = "QUARANTINE-FILE"
-# Options of the host, "--", options of the library. With repetitions, so that a good part of each run's time belongs to
-# cases. Without -x, a failed case is always confirmed; with it, that depends on the cases that have shared its process.
+# Options of the host, "--", options of the library. Repetitions make cases take a good part of each run's time. The
+# mode with --confirm has no -x: with -x, a failed case is confirmed only if other cases have shared its process.
 MODES = [[*mode, "-r", repetitions] for mode, repetitions in (
     (["--"], "50"), (["--", "-x"], "10"), (["--", "-s"], "4"), (["--", "-w", "4"], "50"),
     (["--", "-w", "4", "-x"], "10"), (["--", "-w", "4", "-s"], "4"),
     (["--retries", "2", "--confirm", "--", "-w", "4"], "20"),
     (["--shard", "1/2", "--order", "random:7", "--quarantine", QUARANTINE_FILE, "--", "-w", "4", "-x"], "10"))]
 LIMIT = 6.0
-# The maximum number of times that a resumed run is killed, too.
+# The maximum number of kills of one run, including kills after it was resumed.
 KILLS_A_RUN = 3
 # The approximate share of a run's time in which its first cases run.
 SHARE_OF_CASES = 0.2
@@ -61,7 +61,7 @@ def journals(folder):
         records = []
         with open(os.path.join(folder, name), "rb") as file:
             for line in file:
-                # A record whose line end is missing does not count either.
+                # A record without a line end is incomplete, so it does not count.
                 if not line.endswith(b"\n"):
                     break
                 try:
@@ -120,7 +120,7 @@ def verdicts(folder):
 
 
 def passed_runs(folder):
-    """The counts of the quarantine; null without one."""
+    """The entries of the quarantine with their counts; None without a quarantine."""
     path = os.path.join(folder, "quarantine.json")
     if not os.path.exists(path):
         return None
@@ -137,8 +137,8 @@ def count_journals(out):
 
 
 def kill_at_random(process, longest, out):
-    """False if the process had ended before. About half of the processes are killed soon after they have begun a
-    journal, since much of their time passes before and after the cases."""
+    """Kills the process; returns False if it ended before that. About half of the processes are killed soon after they
+    have begun a journal, because much of their time passes before and after the cases."""
     before = count_journals(out)
     if random.random() < 0.5:
         while process.poll() is None and count_journals(out) == before:

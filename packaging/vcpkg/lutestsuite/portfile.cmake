@@ -1,5 +1,5 @@
-# An overlay port: vcpkg install lutestsuite --classic --overlay-ports=packaging/vcpkg. It builds the checkout that
-# contains it.
+# An overlay port: vcpkg install lutestsuite --classic --overlay-ports=packaging/vcpkg. Builds the checkout that
+# contains this file.
 
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY)
 # One configuration suffices: a debug build has the same interface, and its hosts would have other names.
