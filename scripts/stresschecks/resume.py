@@ -153,14 +153,20 @@ def kill_at_random(process, longest, out):
         return True
 
 
-def wait_for_processes(runner):
+def remaining_processes(runner):
+    """The processes that are left after at most LIMIT seconds."""
     end = time.monotonic() + LIMIT
-    while running := runner.processes_of(runner.data):
-        if time.monotonic() > end:
-            runner.end_unbegun(runner.data)
-            running = [process for process in running if process in runner.processes_of(runner.data)]
-            return [f"processes {running} are left"] if running else []
+    while (running := runner.processes_of(runner.data)) and time.monotonic() < end:
         time.sleep(0.02)
+    return running
+
+
+def wait_for_processes(runner):
+    if remaining_processes(runner):
+        runner.end_unbegun(runner.data)
+        # A killed process may take some time to end.
+        if running := remaining_processes(runner):
+            return [f"processes {running} are left"]
     return []
 
 
