@@ -19,7 +19,8 @@ include_guard(GLOBAL)
 # build. DISCOVERY_TIMEOUT limits PRE_TEST (default 60); POST_BUILD has no limit.
 #
 # Several calls can list one module, with other OPTIONS and PROPERTIES for some of its classes, or with other data.
-# The names of the tests must differ. In the second call, the test that fails is "<prefix><module>-2.discovery".
+# The names of the tests must differ. If the second of these calls cannot list its cases, its failing test is
+# "<prefix><module>-2.discovery", that of the third call "<prefix><module>-3.discovery".
 #
 # Call lutestsuite_deploy_host for the module's directory first.
 function(lutestsuite_discover_tests module)

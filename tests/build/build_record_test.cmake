@@ -37,7 +37,7 @@ endfunction()
 file(REMOVE_RECURSE "${folder}")
 file(WRITE "${folder}/source/CMakeLists.txt" "")
 
-# The folder is outside any checkout, or in a checkout that does not track the sources in the folder.
+# Git does not track the sources: the folder is outside any checkout, or in a checkout that does not contain them.
 lutestsuite_write_build_record("${folder}/source" "${folder}/none.txt")
 file(READ "${folder}/none.txt" none)
 if(NOT none STREQUAL "")

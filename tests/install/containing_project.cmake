@@ -1,4 +1,4 @@
-# Configures a project that contains this one and checks that this one adds everything that was requested and nothing
+# Configures a project that contains LuTestSuite. Checks that LuTestSuite adds what the project requests, and nothing
 # else. Builds the project and runs its tests, also as tests of CTest. Expects: SOURCE, WORK, CONFIG, GENERATOR,
 # TOOLCHAIN, EMULATOR, LAUNCHER, HOST.
 

@@ -88,7 +88,7 @@ TEST_F(DuplicateDeletion, KeepsTheTargetOfAKeptLinkOfAnotherSet)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(oldest), "gut");
 }
 
-/// The link is either the only data set of its unit test ("a.txt") or not a data set ("a.dat").
+/// The link has no duplicate: "a.txt" is the only data set of its unit test, and "a.dat" is not a data set.
 TEST_F(DuplicateDeletion, KeepsTheTargetOfALinkOutsideAllSets)
 {
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");

@@ -79,7 +79,8 @@ std::optional<SCountChange> findCountChange(const CTable& table, std::size_t tes
     return change;
 }
 
-/// Finds the steps of the tempo, which is a single series and therefore gets the whole alarm rate.
+/// Finds the steps of the tempo, the common pace of all cases of a run. The tempo is a single series with an alarm rate
+/// of its own; the series of the cases share one.
 std::vector<SStep> findWholeSteps(std::span<const double> tempo, const SStepRules& rules)
 {
     CStepFinder finder(rules.smallestChange, {});

@@ -16,7 +16,7 @@ namespace Runner::History
 namespace
 {
 
-/// A planned case that did not run has no outcome, but it is not missing.
+/// The record of a planned case that did not run: a canceled case, so that it does not look like an unplanned one.
 SRecordedCase makeCanceled(const SPlan& plan, std::uint32_t index)
 {
     const LuTestSuite::SUnitTest& unitTest = plan.unitTests[plan.cases[index].unitTest];
