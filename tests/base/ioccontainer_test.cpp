@@ -121,7 +121,7 @@ TEST(CContainer, IsNotCreatedFromAMissingFile)
     EXPECT_EQ(CContainer::CreateFromFile(folder.GetPathOf(L"missing.xml")), nullptr);
 }
 
-TEST(CContainer, MayHaveNoServices)
+TEST(CContainer, IsCreatedWithoutServices)
 {
     const auto container = make("");
     ASSERT_NE(container, nullptr);
@@ -187,7 +187,7 @@ TEST(CContainer, CreatesObjectsOnFirstUse)
     EXPECT_EQ(s_aliveCount, before + 1);
 }
 
-TEST(CContainer, CastsToAnInterface)
+TEST(CContainer, CastsObjectsToAnInterface)
 {
     const auto container = make("<Service name='Greeter' class='CGreeter'/><Service name='P' class='CPlain'/>");
     const auto greeting = container->Resolve<IGreeting>(L"Greeter");
@@ -221,7 +221,7 @@ TEST(CContainer, PassesOnAConstructorsExceptionAndRetriesLater)
     EXPECT_NE(container->Resolve(L"F"), nullptr);
 }
 
-TEST(CContainer, ConstructorMayResolveOtherServicesButNotItsOwn)
+TEST(CContainer, LetsAConstructorResolveOtherServicesButNotItsOwn)
 {
     const auto container =
         make("<Service name='Dependent' class='CDependent'/><Service name='Greeter' class='CGreeter'/>");
@@ -243,7 +243,7 @@ TEST(CContainer, DestroysObjectsInReverseOrderOfCreation)
     EXPECT_EQ(s_ended, (std::vector<std::string>{"plain", "greeter"}));
 }
 
-TEST(CContainer, ObjectLivesAsLongAsItIsReferenced)
+TEST(CContainer, LeavesReferencedObjectsAliveOnDestruction)
 {
     auto container = make("<Service name='Greeter' class='CGreeter'/>");
     const auto greeting = container->Resolve<IGreeting>(L"Greeter");
@@ -251,7 +251,7 @@ TEST(CContainer, ObjectLivesAsLongAsItIsReferenced)
     EXPECT_EQ(greeting->Greet(), L"Grüß Gott");
 }
 
-TEST(CContainerConcurrency, ManyThreadsShareOneObject)
+TEST(CContainerConcurrency, SharesOneObjectBetweenManyThreads)
 {
     const int before = s_aliveCount;
     const auto container = make("<Service name='Greeter' class='CGreeter'/>");

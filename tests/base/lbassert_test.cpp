@@ -34,7 +34,7 @@ private:
     bool m_wasEnabled;
 };
 
-TEST_F(LbAssertTest, SwitchesTheDialog)
+TEST_F(LbAssertTest, EnablesAndDisablesTheDialog)
 {
     EXPECT_FALSE(LbAssert::IsDialogEnabled());
     LbAssert::SetDialogEnabled(true);
@@ -43,7 +43,7 @@ TEST_F(LbAssertTest, SwitchesTheDialog)
     EXPECT_FALSE(LbAssert::IsDialogEnabled());
 }
 
-TEST_F(LbAssertTest, TracesConditionFileAndLine)
+TEST_F(LbAssertTest, TracesTheConditionFileAndLineOfAFailure)
 {
     LbAssert::Fail("count > 0", "/folder/base/größer.cpp", 42);
     LbAssert::Fail("count > 0", "C:\\folder\\file.cpp", 7);
@@ -66,7 +66,7 @@ TEST_F(LbAssertTest, ChecksInDebugBuildsOnly)
     EXPECT_EQ(m_lines.size(), c_Checks);
 }
 
-TEST_F(LbAssertTest, IsSilentWhenTheConditionHolds)
+TEST_F(LbAssertTest, TracesNothingIfTheConditionHolds)
 {
     const int value = 1;
     LB_ASSERT(value == 1);

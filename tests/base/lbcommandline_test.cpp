@@ -10,7 +10,7 @@ namespace
 
 using Words = std::vector<std::wstring>;
 
-TEST(LbCommandLine, QuotesBlanks)
+TEST(LbCommandLine, QuotesTextWithBlanks)
 {
     EXPECT_EQ(LbCommandLine::Quote(L"a b"), L"\"a b\"");
 }
@@ -20,12 +20,12 @@ TEST(LbCommandLine, QuotesAnEmptyText)
     EXPECT_EQ(LbCommandLine::Quote(L""), L"\"\"");
 }
 
-TEST(LbCommandLine, DoublesABackslashBeforeTheClosingMark)
+TEST(LbCommandLine, DoublesABackslashBeforeTheClosingQuotationMark)
 {
     EXPECT_EQ(LbCommandLine::Quote(L"D:\\Größen und Maße\\"), L"\"D:\\Größen und Maße\\\\\"");
 }
 
-TEST(LbCommandLine, DoublesTheBackslashAtTheEndOfARoot)
+TEST(LbCommandLine, DoublesTheBackslashAtTheEndOfARootFolder)
 {
     EXPECT_EQ(LbCommandLine::Quote(L"C:\\"), L"\"C:\\\\\"");
     EXPECT_EQ(LbCommandLine::Quote(L"\\\\Rechner\\"), L"\"\\\\Rechner\\\\\"");
@@ -54,22 +54,22 @@ TEST(LbCommandLine, KeepsBlanksBetweenQuotationMarks)
     EXPECT_EQ(LbCommandLine::Split(L"-i \"a b\" c\" \"d"), (Words{L"-i", L"a b", L"c d"}));
 }
 
-TEST(LbCommandLine, KeepsEmptyWordsBetweenMarks)
+TEST(LbCommandLine, KeepsEmptyWordsBetweenQuotationMarks)
 {
     EXPECT_EQ(LbCommandLine::Split(L"a \"\" b"), (Words{L"a", L"", L"b"}));
 }
 
-TEST(LbCommandLine, ReadsToTheEndWithoutAClosingMark)
+TEST(LbCommandLine, ReadsAWordToTheEndWithoutAClosingQuotationMark)
 {
     EXPECT_EQ(LbCommandLine::Split(L"a \"b c"), (Words{L"a", L"b c"}));
 }
 
-TEST(LbCommandLine, ReadsTwoMarksInsideMarksAsOne)
+TEST(LbCommandLine, ReadsTwoQuotationMarksInQuotedTextAsOne)
 {
     EXPECT_EQ(LbCommandLine::Split(L"\"a\"\"b c\" \"\"\"\" \"\"d"), (Words{L"a\"b c", L"\"", L"d"}));
 }
 
-TEST(LbCommandLine, KeepsBackslashesThatPrecedeNoQuotationMark)
+TEST(LbCommandLine, KeepsBackslashesNotFollowedByAQuotationMark)
 {
     EXPECT_EQ(LbCommandLine::Split(L"a\\\\b \\c\\ d"), (Words{L"a\\\\b", L"\\c\\", L"d"}));
 }

@@ -37,7 +37,7 @@ TEST(LbCriticalSection, ExcludesOtherThreads)
     EXPECT_FALSE(isFree(section));
 }
 
-TEST(LbCriticalSection, MayBeEnteredAgainByItsOwner)
+TEST(LbCriticalSection, CanBeEnteredAgainByItsOwner)
 {
     LbCriticalSection section;
     const LbCriticalSectionLock outer(section);

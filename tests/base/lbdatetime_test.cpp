@@ -18,13 +18,13 @@ TEST(LbDateTime, FormatsEachFieldWithLeadingZeros)
     EXPECT_EQ(LbDateTime::Format(c_Morning, L"s"), L"05");
 }
 
-TEST(LbDateTime, KeepsAllOtherCharacters)
+TEST(LbDateTime, CopiesCharactersThatDenoteNoField)
 {
     EXPECT_EQ(LbDateTime::Format(c_Evening, L"[Y-m-d]-[H-i-s]"), L"[1999-12-31]-[23-58-59]");
     EXPECT_EQ(LbDateTime::Format(c_Evening, L"d.m.Y, H:i:s %D M"), L"31.12.1999, 23:58:59 %D M");
 }
 
-TEST(LbDateTime, FormatsAnEmptyFormatAsEmptyText)
+TEST(LbDateTime, ReturnsEmptyTextForAnEmptyFormat)
 {
     EXPECT_EQ(LbDateTime::Format(c_Morning, L""), L"");
 }

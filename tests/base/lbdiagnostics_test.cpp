@@ -55,7 +55,7 @@ TEST_F(LbDiagnosticsTest, DoesNotCallAListenerForItsOwnTraces)
     EXPECT_EQ(m_lines, (Lines{L"outer", L"again"}));
 }
 
-TEST_F(LbDiagnosticsTest, ListenerMayReplaceItself)
+TEST_F(LbDiagnosticsTest, LetsAListenerReplaceItself)
 {
     LbDiagnostics::SetListener([this](const std::wstring& text) {
         LbDiagnostics::SetListener({});
@@ -83,7 +83,7 @@ TEST_F(LbDiagnosticsTest, CallsTheListenerAgainAfterItsException)
 
 using LbDiagnosticsConcurrencyTest = LbDiagnosticsTest;
 
-TEST_F(LbDiagnosticsConcurrencyTest, CallsTheListenerOneThreadAtATime)
+TEST_F(LbDiagnosticsConcurrencyTest, CallsTheListenerFromOneThreadAtATime)
 {
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread)

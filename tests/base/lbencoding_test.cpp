@@ -58,7 +58,7 @@ constexpr std::string_view c_InvalidUtf8[] = {
     "\xE2\x82", // truncated
 };
 
-TEST(LbEncoding, EncodesEveryLengthAsUtf8)
+TEST(LbEncoding, EncodesUtf8SequencesOfEveryLength)
 {
     for (const SSample& sample : c_Samples)
     {
@@ -67,7 +67,7 @@ TEST(LbEncoding, EncodesEveryLengthAsUtf8)
     }
 }
 
-TEST(LbEncoding, DecodesEveryLengthOfUtf8)
+TEST(LbEncoding, DecodesUtf8SequencesOfEveryLength)
 {
     for (const SSample& sample : c_Samples)
     {
@@ -76,7 +76,7 @@ TEST(LbEncoding, DecodesEveryLengthOfUtf8)
     }
 }
 
-TEST(LbEncoding, KeepsTextsAroundNonAsciiCharacters)
+TEST(LbEncoding, ConvertsNonAsciiCharactersWithinText)
 {
     EXPECT_EQ(LbEncoding::ToUtf8(L"Prüfung: 5 €"), "Pr\xC3\xBC"
                                                    "fung: 5 \xE2\x82\xAC");
@@ -121,7 +121,7 @@ TEST(LbEncoding, RecognisesValidUtf8)
     }
 }
 
-TEST(LbEncoding, KeepsEveryNativeByteSequence)
+TEST(LbEncoding, KeepsInvalidByteSequencesOfNativeText)
 {
     for (const std::string_view bytes : c_InvalidUtf8)
     {
@@ -136,7 +136,7 @@ TEST(LbEncoding, MapsInvalidNativeBytesToLoneSurrogates)
     EXPECT_EQ(LbEncoding::FromNative("\x80z"), wide(0xDC80) + L"z");
 }
 
-TEST(LbEncoding, ReplacesOtherLoneSurrogatesInNativeText)
+TEST(LbEncoding, ReplacesLoneSurrogatesThatStandForNoNativeByte)
 {
     EXPECT_EQ(LbEncoding::ToNative(wide(0xD800)), "\xEF\xBF\xBD");
     EXPECT_EQ(LbEncoding::ToNative(wide(0xDC7F)), "\xEF\xBF\xBD");
@@ -158,7 +158,7 @@ TEST(LbEncoding, ConvertsUtf16BothWays)
     EXPECT_EQ(LbEncoding::FromUtf16(u"ä\U0001F600"), L"ä" + wide(0x1F600));
 }
 
-TEST(LbEncoding, PassesLoneSurrogatesThroughUtf16)
+TEST(LbEncoding, KeepsLoneSurrogatesInUtf16)
 {
     const std::u16string units = {u'a', char16_t{0xDC00}, char16_t{0xD800}, u'b'};
     const std::wstring text = L"a" + wide(0xDC00) + wide(0xD800) + L"b";

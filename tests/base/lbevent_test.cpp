@@ -28,7 +28,7 @@ TEST(LbEvent, WaitResetsTheEvent)
     EXPECT_FALSE(event.Wait(0));
 }
 
-TEST(LbEvent, SettingASetEventChangesNothing)
+TEST(LbEvent, ReleasesOneWaitIfSetTwice)
 {
     LbEvent event;
     event.Set();
@@ -37,7 +37,7 @@ TEST(LbEvent, SettingASetEventChangesNothing)
     EXPECT_FALSE(event.Wait(0));
 }
 
-TEST(LbEvent, ResetClearsIt)
+TEST(LbEvent, IsNotSetAfterReset)
 {
     LbEvent event;
     event.Set();
@@ -86,7 +86,7 @@ TEST(LbEvent, EachSetReleasesOneOfManyThreads)
     }
 }
 
-TEST(LbEvent, WaiterMayDestroyItOnceReleased)
+TEST(LbEvent, CanBeDestroyedByAReleasedWaiter)
 {
     for (int i = 0; i < 200; ++i)
     {

@@ -139,7 +139,7 @@ TEST(LbException, AcceptsAFunctionNameFromTheCaller)
     EXPECT_EQ(exception.GetSourceFile(), L"lbexception_test");
 }
 
-TEST(LbException, KnowsFileAndLine)
+TEST(LbException, ReturnsItsFileAndLine)
 {
     const auto here = LbSourceLocation::Current();
     const LbException exception;
@@ -147,7 +147,7 @@ TEST(LbException, KnowsFileAndLine)
     EXPECT_EQ(exception.GetLine(), here.GetLine() + 1);
 }
 
-TEST(LbException, CarriesTheMessage)
+TEST(LbException, ReturnsItsMessage)
 {
     EXPECT_EQ(LbException(L"größer").GetMessageText(), L"größer");
     EXPECT_EQ(LbException().GetMessageText(), L"");

@@ -68,7 +68,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(FileListing, HoldsFilesInOrderAndNoFolders)
+TEST_F(FileListing, ListsFilesInOrderAndNoFolders)
 {
     m_folder.WriteFile(L"b.txt", "");
     m_folder.WriteFile(L"a.txt", "");
@@ -98,7 +98,7 @@ TEST_F(FileListing, OrdersNamesThatBeginAlikeByCodeUnit)
     EXPECT_EQ(GetPresentNames(), names);
 }
 
-TEST_F(FileListing, ShowsItsNamesAsARange)
+TEST_F(FileListing, OffersItsNamesAsARange)
 {
     m_folder.WriteFile(L"b", "");
     m_folder.WriteFile(L"a", "");
@@ -133,7 +133,7 @@ TEST_F(FileListing, IsEmptyForAMissingFolder)
     EXPECT_EQ(LbFileListing::Get(L"")->GetCount(), 0U);
 }
 
-TEST_F(FileListing, FindsEachNameAndNoOther)
+TEST_F(FileListing, FindsExactlyTheNamesThatItHolds)
 {
     for (int number = 0; number < 50; number += 2)
     {
@@ -316,7 +316,7 @@ TEST(FileListingThreads, SeeAllFilesCreatedBeforeTheirCall)
             if (listing->GetCount() < static_cast<std::uint32_t>(present) ||
                 listing->GetMatches({all, {}}).size() != listing->GetCount())
             {
-                ADD_FAILURE() << listing->GetCount() << " files of " << present;
+                ADD_FAILURE() << listing->GetCount() << " files, expected at least " << present;
                 return;
             }
         }

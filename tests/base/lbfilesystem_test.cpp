@@ -75,7 +75,7 @@ TEST(LbFileSystem, WritesWholeFilesThroughLinks)
     const std::wstring toNothing = folder.GetPathOf(L"neu.txt");
     if (!LbOs::MakeLink(link, target) || !LbOs::MakeLink(toNothing, folder.GetPathOf(L"Ziel/neu.txt")))
     {
-        GTEST_SKIP() << "no links can be made here";
+        GTEST_SKIP() << "links cannot be made here";
     }
     writeWhole(link, "text");
     writeWhole(toNothing, "new");
@@ -98,7 +98,7 @@ TEST(LbFileSystem, WritesWholeFilesWithoutChangingTheirHardLinks)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(path + L".alt"), "former");
 }
 
-TEST(LbFileSystem, WritesDevicesAndPipesDirectly)
+TEST(LbFileSystem, WritesToDevicesDirectly)
 {
     const std::wstring device = LbPath::c_Separator == L'\\' ? L"NUL" : L"/dev/null";
     std::wstring written;
@@ -107,7 +107,7 @@ TEST(LbFileSystem, WritesDevicesAndPipesDirectly)
     EXPECT_EQ(written, device);
 }
 
-TEST(LbFileSystem, WritesDirectlyInReadOnlyFolders)
+TEST(LbFileSystem, WritesToTheFileItselfInAReadOnlyFolder)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"Datei.txt", "former");
@@ -136,7 +136,7 @@ TEST(LbFileSystem, WritesDirectlyInReadOnlyFolders)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "text");
 }
 
-TEST(LbFileSystem, KnowsTheFolderOfTheExecutable)
+TEST(LbFileSystem, FindsTheFolderOfTheExecutable)
 {
     const std::wstring directory = LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable);
     EXPECT_TRUE(LbOs::IsAbsolutePath(directory));
@@ -144,21 +144,21 @@ TEST(LbFileSystem, KnowsTheFolderOfTheExecutable)
     EXPECT_TRUE(LbFileSystem::IsFile(directory + LbPath::GetLastComponent(LbOs::GetExecutablePath())));
 }
 
-TEST(LbFileSystem, KnowsTheFolderOfTemporaryFiles)
+TEST(LbFileSystem, FindsTheFolderForTemporaryFiles)
 {
     const std::wstring directory = LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary);
     EXPECT_EQ(directory.back(), LbPath::c_Separator);
     EXPECT_TRUE(LbFileSystem::IsDirectory(directory));
 }
 
-TEST(LbFileSystem, KnowsTheFolderOfTheUsersData)
+TEST(LbFileSystem, FindsTheFolderForTheUsersData)
 {
     const std::wstring directory = LbFileSystem::GetDirectory(LbFileSystem::eDK_UserData);
     EXPECT_TRUE(LbOs::IsAbsolutePath(directory));
     EXPECT_EQ(directory.back(), LbPath::c_Separator);
 }
 
-TEST(LbFileSystem, KeepsDebugOutputInTheTemporaryFiles)
+TEST(LbFileSystem, PlacesDebugOutputInTheFolderForTemporaryFiles)
 {
     EXPECT_EQ(LbFileSystem::GetDirectory(LbFileSystem::eDK_DebugOutput),
               LbFileSystem::GetDirectory(LbFileSystem::eDK_Temporary) + L"LuDebugOutput" + LbPath::c_Separator);
@@ -181,7 +181,7 @@ TEST(LbFileSystem, DistinguishesFilesFromDirectories)
     EXPECT_TRUE(LbFileSystem::IsDirectory(folder.GetPath()));
 }
 
-TEST(LbFileSystem, ReportsMissingPathsAsMissing)
+TEST(LbFileSystem, DoesNotFindMissingPaths)
 {
     const ScopedFolder folder;
     for (const std::wstring& path : {folder.GetPathOf(L"missing"), folder.GetPathOf(L"no/where"), std::wstring()})
@@ -213,7 +213,7 @@ TEST(LbFileSystem, AcceptsAnExistingDirectory)
     EXPECT_TRUE(LbFileSystem::AssertDirectory(LbPath::WithoutSeparator(folder.GetPath())));
 }
 
-TEST(LbFileSystem, DoesNotReplaceAFileByADirectory)
+TEST(LbFileSystem, DoesNotReplaceAFileWithADirectory)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"file", "x");
@@ -243,7 +243,7 @@ TEST(LbFileSystemConcurrency, CreatesOneDirectoryFromManyThreads)
     }
 }
 
-TEST(LbFileSystem, ListsFilesByName)
+TEST(LbFileSystem, ListsFilesInOrderOfTheirNames)
 {
     const ScopedFolder folder;
     for (const wchar_t* name : {L"b.txt", L"C.txt", L"a", L"ä", L"10", L"9", L".hidden"})
@@ -276,7 +276,7 @@ TEST(LbFileSystem, RemovesATree)
     EXPECT_TRUE(LbFileSystem::Exists(folder.GetPath()));
 }
 
-TEST(LbFileSystem, SucceedsForAMissingTree)
+TEST(LbFileSystem, SucceedsInRemovingAMissingTree)
 {
     const ScopedFolder folder;
     EXPECT_TRUE(LbFileSystem::RemoveTree(folder.GetPathOf(L"missing")));
@@ -326,7 +326,7 @@ TEST(LbFileSystem, NamesTheFileThatCannotBeRead)
     }
 }
 
-TEST(LbFileSystem, HandlesPathsBeyondTheClassicLimit)
+TEST(LbFileSystem, HandlesPathsOfMoreThan400Characters)
 {
     const ScopedFolder folder;
     std::wstring name = L"start";

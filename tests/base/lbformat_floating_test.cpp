@@ -8,7 +8,7 @@
 namespace
 {
 
-TEST(LbFormatFloating, PrintsFixedFloating)
+TEST(LbFormatFloating, PrintsNumbersInFixedNotation)
 {
     EXPECT_EQ(LbFormat(L"%f %f %f", 0.0, 3.14159265, -2.5), L"0.000000 3.141593 -2.500000");
     EXPECT_EQ(LbFormat(L"%.0f %.1f %.3f %#.0f", 2.0, 2.0, 2.0, 2.0), L"2 2.0 2.000 2.");
@@ -36,21 +36,21 @@ TEST(LbFormatFloating, PrintsLargestAndSmallestDoubles)
     EXPECT_EQ(LbFormat(L"%.1000f", 1.0), L"1." + std::wstring(1000, L'0'));
 }
 
-TEST(LbFormatFloating, PrintsScientificFloating)
+TEST(LbFormatFloating, PrintsNumbersInScientificNotation)
 {
     EXPECT_EQ(LbFormat(L"%e %.2e %.0e %e %e", 12345.678, 0.00012, 5e9, 0.0, 1e100),
               L"1.234568e+04 1.20e-04 5e+09 0.000000e+00 1.000000e+100");
     EXPECT_EQ(LbFormat(L"%#.0e|%012.1e", 5e9, -1.5), L"5.e+09|-00001.5e+00");
 }
 
-TEST(LbFormatFloating, PrintsShortestOfFixedAndScientific)
+TEST(LbFormatFloating, PrintsTheShorterOfFixedAndScientificNotation)
 {
     EXPECT_EQ(LbFormat(L"%g %g %g %g %g", 100000.0, 1000000.0, 0.0001, 0.00001, 0.5), L"100000 1e+06 0.0001 1e-05 0.5");
     EXPECT_EQ(LbFormat(L"%.3g %.0g %.10g", 1234.5, 1234.5, 1.0 / 3.0), L"1.23e+03 1e+03 0.3333333333");
     EXPECT_EQ(LbFormat(L"%#g %#.3g %#g %#.2g", 1.0, 0.5, 0.0, 1e10), L"1.00000 0.500 0.00000 1.0e+10");
 }
 
-TEST(LbFormatFloating, PrintsNonFiniteFloatingWithoutZeros)
+TEST(LbFormatFloating, PrintsNonFiniteNumbersWithoutPaddingZeros)
 {
     const double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(LbFormat(L"%f %e %g", infinity, -infinity, infinity), L"inf -inf inf");
@@ -63,7 +63,7 @@ TEST(LbFormatFloating, KeepsTheSignOfZero)
     EXPECT_EQ(LbFormat(L"%f %.0f %g", -0.0, -0.25, -0.0), L"-0.000000 -0 -0");
 }
 
-TEST(LbFormatFloating, PrintsInUpperCase)
+TEST(LbFormatFloating, PrintsNumbersInUpperCase)
 {
     const double infinity = std::numeric_limits<double>::infinity();
     EXPECT_EQ(LbFormat(L"%F %E %G %G %A", 1.5, 12345.678, 1e-10, 0.5, 171.0),
@@ -72,7 +72,7 @@ TEST(LbFormatFloating, PrintsInUpperCase)
               L"INF -INF INF NAN");
 }
 
-TEST(LbFormatFloating, PrintsHexadecimalFloating)
+TEST(LbFormatFloating, PrintsNumbersInHexadecimalNotation)
 {
     EXPECT_EQ(LbFormat(L"%a %a %a %a", 1.0, -0.5, 0.0, 3.141592653589793),
               L"0x1p+0 -0x1p-1 0x0p+0 0x1.921fb54442d18p+1");
@@ -111,7 +111,7 @@ TEST(LbFormatFloating, PrintsEveryDigitOfTheSmallestNumbers)
     EXPECT_EQ(LbFormat(L"%.16447Lf", std::numeric_limits<long double>::denorm_min()), longDigits + L"00");
 }
 
-TEST(LbFormatFloating, PrintsPrecisionsOfAnySize)
+TEST(LbFormatFloating, AcceptsPrecisionsOfAnySize)
 {
     EXPECT_EQ(LbFormat(L"%.3000000f", 0.5), L"0.5" + std::wstring(2'999'999, L'0'));
     EXPECT_EQ(LbFormat(L"%.20000Le", 5.0L), L"5." + std::wstring(20'000, L'0') + L"e+00");

@@ -28,7 +28,7 @@ std::wstring getMistake(std::wstring_view format, const T&... arguments)
     return L"no exception";
 }
 
-TEST(LbRuntimeFormat, FormatsAsConstantsDo)
+TEST(LbRuntimeFormat, FormatsLikeAConstantFormat)
 {
     const std::wstring format = L"%s has %*d%%";
     EXPECT_EQ(LbFormat(LbRuntimeFormat(format), L"it", 4, 50), L"it has   50%");
@@ -98,7 +98,7 @@ TEST(LbRuntimeFormat, RefusesUnknownConversions)
     }
 }
 
-TEST(LbRuntimeFormat, RefusesLengthsThatDoNotFit)
+TEST(LbRuntimeFormat, RefusesLengthModifiersThatDoNotFitTheConversion)
 {
     EXPECT_EQ(getMistake(L"%zs", L"text"), L"unpassende Längenangabe");
     EXPECT_EQ(getMistake(L"%hhc", L'c'), L"unpassende Längenangabe");
@@ -115,7 +115,7 @@ TEST(LbRuntimeFormat, RefusesWidthsBeyondTheRangeOfInt)
     EXPECT_EQ(getMistake(L"%99999999999.2f", 1.0), L"unzulässige Breite");
 }
 
-TEST(LbRuntimeFormat, RefusesWidthsOfOtherTypes)
+TEST(LbRuntimeFormat, RefusesWidthArgumentsOfWrongTypes)
 {
     EXPECT_EQ(getMistake(L"%*d", L"5", 1), L"Breite ohne ganzzahliges Argument");
     EXPECT_EQ(getMistake(L"%*d", 5.0, 1), L"Breite ohne ganzzahliges Argument");

@@ -230,7 +230,7 @@ private:
     std::mt19937_64 m_random{20'240'503};
 };
 
-TEST(LbFormatRandom, PrintsWhatTheCLibraryPrints)
+TEST(LbFormatRandom, PrintsTheSameTextAsTheCLibrary)
 {
     if (!c_HasReference)
     {
@@ -244,7 +244,7 @@ TEST(LbFormatRandom, PrintsWhatTheCLibraryPrints)
     }
 }
 
-TEST(LbFormatRandom, PrintsTheSameOnAllPlatforms)
+TEST(LbFormatRandom, PrintsTheSameTextOnAllPlatforms)
 {
     constexpr std::uint64_t c_Prime = 0x100000001B3;
     std::uint64_t checksum = 0xCBF29CE484222325;

@@ -26,7 +26,7 @@ TEST(LbFormat, PrintsPercentSigns)
     EXPECT_EQ(LbFormat(L"%4.2f%%", 12.345), L"12.35%");
 }
 
-TEST(LbFormat, BuildsFormatsForFormats)
+TEST(LbFormat, BuildsAFormatForAnotherCall)
 {
     EXPECT_EQ(LbFormat(L"%%.%df", 2), L"%.2f");
     EXPECT_EQ(LbFormat(LbRuntimeFormat(LbFormat(L"%%.%df", 2)), 1.0), L"1.00");
@@ -45,7 +45,7 @@ TEST(LbFormat, PrintsTextOfAnyLength)
     EXPECT_EQ(LbFormat(L"<%s>", text), L"<" + text + L">");
 }
 
-TEST(LbFormat, PrintsZeroCharactersInsideOfText)
+TEST(LbFormat, PrintsNullCharactersInsideText)
 {
     const std::wstring text(L"a\0b", 3);
     EXPECT_EQ(LbFormat(L"%s", text), text);
@@ -59,7 +59,7 @@ TEST(LbFormat, PrintsNarrowTextAsUtf8)
     EXPECT_EQ(LbFormat(L"%S|%5S|", std::string("a"), "b"), L"a|    b|");
 }
 
-TEST(LbFormat, LengthsDecideWhetherTextIsWide)
+TEST(LbFormat, DistinguishesWideFromNarrowTextByTheLengthModifier)
 {
     EXPECT_EQ(LbFormat(L"%s %ls %ws %lS %wS", L"a", L"b", L"c", L"d", L"e"), L"a b c d e");
     EXPECT_EQ(LbFormat(L"%S %hs %hS", "a", "b", "\xC3\xA4"), L"a b ä");
@@ -75,27 +75,27 @@ TEST(LbFormat, ReplacesInvalidUtf8)
               L"b|\xFFFD\xFFFD|\xFFFD\xFFFDx");
 }
 
-TEST(LbFormat, PrintsNullTexts)
+TEST(LbFormat, PrintsAPlaceholderForNullTexts)
 {
     const wchar_t* wide = nullptr;
     const char* narrow = nullptr;
     EXPECT_EQ(LbFormat(L"%s %S", wide, narrow), L"(null) (null)");
 }
 
-TEST(LbFormat, PadsAndCutsText)
+TEST(LbFormat, PadsAndTruncatesText)
 {
     EXPECT_EQ(LbFormat(L"|%5s|%-5s|", L"ab", L"cd"), L"|   ab|cd   |");
     EXPECT_EQ(LbFormat(L"|%.2s|%5.1s|%-3.0s|", L"abc", L"xyz", L"abc"), L"|ab|    x|   |");
     EXPECT_EQ(LbFormat(L"|%1s|%.9s|", L"abc", L"abc"), L"|abc|abc|");
 }
 
-TEST(LbFormat, CountsCharactersNotCodeUnits)
+TEST(LbFormat, CountsCharactersInsteadOfCodeUnits)
 {
     EXPECT_EQ(LbFormat(L"|%3s|%-3s|", L"\U0001F600", L"\U0001F600"), L"|  \U0001F600|\U0001F600  |");
     EXPECT_EQ(LbFormat(L"|%.1s|%.2s|", L"\U0001F600x", L"\U0001F600xy"), L"|\U0001F600|\U0001F600x|");
 }
 
-TEST(LbFormat, ReadsNoTextBeyondThePrecision)
+TEST(LbFormat, DoesNotReadTextBeyondThePrecision)
 {
     // On the heap, where a sanitizer detects reads beyond the end.
     const std::vector<wchar_t> wide = {L'a', L'b', L'\xD83D'};
@@ -109,7 +109,7 @@ TEST(LbFormat, StopsAtANullCharacterBeforeThePrecision)
     EXPECT_EQ(LbFormat(L"%.9s|%.9S|%.*s", L"ab", "\xC3\xA4", 5, L""), L"ab|ä|");
 }
 
-TEST(LbFormat, CutsNarrowTextToCharacters)
+TEST(LbFormat, TruncatesNarrowTextAfterAWholeCharacter)
 {
     EXPECT_EQ(LbFormat(L"%.2S|%.1S|%.2S", "\xC3\xA4\xC3\xB6\xC3\xBC", std::string("\xF0\x9F\x98\x80x"),
                        "\xE2\x82\xAC"
@@ -130,7 +130,7 @@ TEST(LbFormat, PrintsCharactersByTheTypeOfTheArgument)
     EXPECT_EQ(LbFormat(L"%c %C", '\xE4', '\xE4'), L"\xFFFD \xFFFD");
 }
 
-TEST(LbFormat, PrintsIntegersAsCharactersOfTheirCode)
+TEST(LbFormat, PrintsIntegersAsCharacters)
 {
     EXPECT_EQ(LbFormat(L"%c%lc%c%C%hc", 65, 0x20ACU, static_cast<short>(97), 66, 67), L"A€aBC");
     EXPECT_EQ(LbFormat(L"|%3c|", 0x1F600), L"|  \U0001F600|");
@@ -150,7 +150,7 @@ TEST(LbFormat, PrintsUnsignedIntegers)
     EXPECT_EQ(LbFormat(L"%u", static_cast<unsigned char>(200)), L"200");
 }
 
-TEST(LbFormat, Prints64BitsWithEveryLengthModifier)
+TEST(LbFormat, Prints64BitIntegersWithEach64BitLengthModifier)
 {
     EXPECT_EQ(LbFormat(L"%I64u %I64i %I64d", c_MaxUInt64, c_MinInt64, std::int64_t{5}),
               L"18446744073709551615 -9223372036854775808 5");
@@ -158,7 +158,7 @@ TEST(LbFormat, Prints64BitsWithEveryLengthModifier)
               L"18446744073709551615 -9223372036854775808 1 2 3");
 }
 
-TEST(LbFormat, Prints64BitsWithoutLengthModifier)
+TEST(LbFormat, Prints64BitIntegersWithoutLengthModifier)
 {
     EXPECT_EQ(LbFormat(L"%d %u", c_MinInt64, c_MaxUInt64), L"-9223372036854775808 18446744073709551615");
 }
@@ -176,7 +176,7 @@ TEST(LbFormat, PrintsTheLowerBitsForShortLengthModifiers)
     EXPECT_EQ(LbFormat(L"%hd %hhd %hd", 0x8000, 0x80, std::int64_t{0x100018000}), L"-32768 -128 -32768");
 }
 
-TEST(LbFormat, UsesTheArgumentsWidthForNegativeNumbers)
+TEST(LbFormat, ConvertsBetweenSignedAndUnsignedAtTheArgumentsSize)
 {
     EXPECT_EQ(LbFormat(L"%u", -1), L"4294967295");
     EXPECT_EQ(LbFormat(L"%d", 4294967295U), L"-1");
@@ -190,7 +190,7 @@ TEST(LbFormat, PromotesShortIntegersAsCDoes)
     EXPECT_EQ(LbFormat(L"%d", static_cast<unsigned short>(65535)), L"65535");
 }
 
-TEST(LbFormat, PrintsHexadecimal)
+TEST(LbFormat, PrintsHexadecimalIntegers)
 {
     EXPECT_EQ(LbFormat(L"%x %X %08x %#x %#X %#x", 0xBEEFU, 0xBEEFU, 0xBEEFU, 0xBEEFU, 0xBEEFU, 0),
               L"beef BEEF 0000beef 0xbeef 0XBEEF 0");
@@ -204,7 +204,7 @@ TEST(LbFormat, PadsHexadecimalWithZerosAfterThePrefix)
     EXPECT_EQ(LbFormat(L"|%-#8x|%#.0x|%#05x|", 0xAB, 0, 0), L"|0xab    ||00000|");
 }
 
-TEST(LbFormat, PrintsOctal)
+TEST(LbFormat, PrintsOctalIntegers)
 {
     EXPECT_EQ(LbFormat(L"%o %o %5o %-5o|%05o %.3o", 8, 0, 8, 8, 8, 8), L"10 0    10 10   |00010 010");
     EXPECT_EQ(LbFormat(L"%o %llo", -1, c_MaxUInt64), L"37777777777 1777777777777777777777");
@@ -225,12 +225,12 @@ TEST(LbFormat, IgnoresNegativePrecisions)
     EXPECT_EQ(LbFormat(L"|%0*.*d|", 4, -1, 7), L"|0007|");
 }
 
-TEST(LbFormat, TakesWidthsFromAllSmallIntegers)
+TEST(LbFormat, AcceptsWidthsOfSmallAndUnsignedIntegerTypes)
 {
     EXPECT_EQ(LbFormat(L"%*d%*d%*d", static_cast<short>(2), 1, 2U, 1, std::uint8_t{2}, 1), L" 1 1 1");
 }
 
-TEST(LbFormat, TakesFlagsInAnyOrderAndTwice)
+TEST(LbFormat, AcceptsFlagsInAnyOrderAndRepeatedly)
 {
     EXPECT_EQ(LbFormat(L"|%0+6d|%+06d|%-+-6d|%0-6d|%#0+8x|", 42, 42, 42, 42, 42),
               L"|+00042|+00042|+42   |42    |0x00002a|");
@@ -249,14 +249,14 @@ TEST(LbFormat, PrintsEnumerationsAndCharacterCodes)
     EXPECT_EQ(LbFormat(L"%u %d %04x", eP_Last, EScoped::First, L'ß'), L"4294967295 -3 00df");
 }
 
-TEST(LbFormat, AppliesIntegerFlags)
+TEST(LbFormat, AppliesFlagsToIntegers)
 {
     EXPECT_EQ(LbFormat(L"|%5d|%-5d|%05d|%+d|% d|", 42, 42, 42, 42, 42), L"|   42|42   |00042|+42| 42|");
     EXPECT_EQ(LbFormat(L"|%05d|%+05d|%-05d|%+ d|", -42, 42, 42, 42), L"|-0042|+0042|42   |+42|");
     EXPECT_EQ(LbFormat(L"|%+u|% u|", 1U, 1U), L"|1|1|");
 }
 
-TEST(LbFormat, AppliesIntegerPrecision)
+TEST(LbFormat, AppliesThePrecisionToIntegers)
 {
     EXPECT_EQ(LbFormat(L"|%.3d|%6.3d|%-6.3d|%.3d|", 7, 7, 7, -7), L"|007|   007|007   |-007|");
     EXPECT_EQ(LbFormat(L"|%.0d|%.d|%.0d|%03.0d|", 0, 0, 5, 0), L"|||5|   |");
@@ -271,7 +271,7 @@ TEST(LbFormat, PrintsPointersAs16Digits)
     EXPECT_EQ(LbFormat(L"%p", static_cast<const void*>(nullptr)), L"0000000000000000");
 }
 
-TEST(LbFormat, PrintsAddressesOfAnything)
+TEST(LbFormat, PrintsPointersOfAnyType)
 {
     const int number = 0;
     const auto* text = reinterpret_cast<const wchar_t*>(std::uintptr_t{0x10});
@@ -279,7 +279,7 @@ TEST(LbFormat, PrintsAddressesOfAnything)
     EXPECT_EQ(LbFormat(L"%p", &number), LbFormat(L"%016llX", reinterpret_cast<std::uintptr_t>(&number)));
 }
 
-TEST(LbFormat, PrintsTextsOfClassesThatConvertToThem)
+TEST(LbFormat, PrintsObjectsThatConvertToText)
 {
     struct SWide
     {
@@ -292,7 +292,7 @@ TEST(LbFormat, PrintsTextsOfClassesThatConvertToThem)
     EXPECT_EQ(LbFormat(L"%s %S", SWide(), SNarrow()), L"wide narrow");
 }
 
-TEST(LbFormat, TakesFormatsFromConstants)
+TEST(LbFormat, AcceptsConstantsAsFormats)
 {
     static constexpr const wchar_t* c_Pointer = L"<%d>";
     static constexpr std::wstring_view c_View = L"<%d>";

@@ -48,7 +48,7 @@ std::wstring getTraceOf(const std::function<void()>& message)
 
 } // namespace
 
-TEST_F(LbMessageDispatcherTest, FirstUseDoesNotStartTheThread)
+TEST_F(LbMessageDispatcherTest, DoesNotStartItsThreadOnFirstUse)
 {
     EXPECT_FALSE(LbMessageDispatcher::GetInstance().IsRunning());
     EXPECT_TRUE(LbMessageDispatcher::Exists());
@@ -59,7 +59,7 @@ TEST_F(LbMessageDispatcherTest, RunsAfterStart)
     EXPECT_TRUE(start().IsRunning());
 }
 
-TEST_F(LbMessageDispatcherTest, StartingTwiceKeepsOneThread)
+TEST_F(LbMessageDispatcherTest, KeepsOneThreadIfStartedTwice)
 {
     std::vector<std::thread::id> threads;
     LbMessageDispatcher& dispatcher = start();
@@ -100,7 +100,7 @@ TEST_F(LbMessageDispatcherTest, FlushReturnsAtOnceWhenNotRunning)
     EXPECT_FALSE(LbMessageDispatcher::GetInstance().IsRunning());
 }
 
-TEST_F(LbMessageDispatcherTest, FlushByAMessageReturnsAtOnce)
+TEST_F(LbMessageDispatcherTest, FlushInsideAMessageReturnsAtOnce)
 {
     LbMessageDispatcher& dispatcher = start();
     bool hasReturned = false;
@@ -112,7 +112,7 @@ TEST_F(LbMessageDispatcherTest, FlushByAMessageReturnsAtOnce)
     EXPECT_TRUE(hasReturned);
 }
 
-TEST_F(LbMessageDispatcherTest, MessageMayPostAMessage)
+TEST_F(LbMessageDispatcherTest, LetsAMessagePostAnother)
 {
     LbMessageDispatcher& dispatcher = start();
     LbEvent handled;
@@ -133,7 +133,7 @@ TEST_F(LbMessageDispatcherTest, TracesAnUnknownException)
     EXPECT_FALSE(getTraceOf([] { throw 1; }).empty());
 }
 
-TEST_F(LbMessageDispatcherTest, GoesOnAfterAnException)
+TEST_F(LbMessageDispatcherTest, HandlesFurtherMessagesAfterAnException)
 {
     LbMessageDispatcher& dispatcher = start();
     bool isHandled = false;
@@ -143,7 +143,7 @@ TEST_F(LbMessageDispatcherTest, GoesOnAfterAnException)
     EXPECT_TRUE(isHandled);
 }
 
-TEST_F(LbMessageDispatcherTest, ReleasesWhatAMessageHasCaptured)
+TEST_F(LbMessageDispatcherTest, ReleasesTheCapturesOfAHandledMessage)
 {
     auto captured = std::make_shared<int>(1);
     LbMessageDispatcher& dispatcher = start();
@@ -152,7 +152,7 @@ TEST_F(LbMessageDispatcherTest, ReleasesWhatAMessageHasCaptured)
     EXPECT_EQ(captured.use_count(), 1);
 }
 
-TEST_F(LbMessageDispatcherTest, ShutdownHandlesWhatWasPosted)
+TEST_F(LbMessageDispatcherTest, ShutdownHandlesAllPostedMessages)
 {
     LbMessageDispatcher& dispatcher = start();
     int handledCount = 0;
@@ -204,7 +204,7 @@ TEST_F(LbMessageDispatcherTest, AcceptsMessagesFromManyThreadsDuringShutdown)
     EXPECT_EQ(handledCount, takenCount);
 }
 
-TEST(LbMessageDispatcherDeathTest, ProcessEndsWithoutDispatcherShutdown)
+TEST(LbMessageDispatcherDeathTest, ProcessExitsWhileAMessageIsHandled)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_EXIT(

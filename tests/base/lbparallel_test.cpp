@@ -30,7 +30,7 @@ TEST(LbParallel, CallsTheBodyOncePerIndex)
     EXPECT_EQ(std::ranges::count(calls, 1), 100'000);
 }
 
-TEST(LbParallel, CountsFromTheFirstIndexUpToButNotIncludingTheLast)
+TEST(LbParallel, IncludesTheFirstIndexAndExcludesTheLast)
 {
     LbCombinable<std::vector<std::int64_t>> indices;
     LbParallel::For(-3, 4, [&indices](std::int64_t index) { indices.Local().push_back(index); });
@@ -116,7 +116,7 @@ TEST(LbParallel, RunsAgainAfterAnException)
     EXPECT_EQ(sums.Combine(add), 4950);
 }
 
-TEST(LbParallel, LoopsMayBeNested)
+TEST(LbParallel, RunsNestedLoops)
 {
     LbCombinable<std::int64_t> calls;
     LbParallel::For(0, 20, [&calls](std::int64_t) {
@@ -126,7 +126,7 @@ TEST(LbParallel, LoopsMayBeNested)
     EXPECT_EQ(calls.Combine(add), 20 * 20 * 20);
 }
 
-TEST(LbParallel, LoopsMayRunOnAllPoolThreadsAtOnce)
+TEST(LbParallel, RunsLoopsOnAllPoolThreadsAtOnce)
 {
     LbThreadPool& pool = LbThreadPool::GetInstance();
     const unsigned count = pool.GetThreadCount();
@@ -192,7 +192,7 @@ TEST(LbParallel, LoopsOfManyThreadsDoNotDisturbEachOther)
     EXPECT_EQ(rightCount, 100);
 }
 
-TEST(LbParallel, BodiesMayEnterACriticalSection)
+TEST(LbParallel, LetsBodiesEnterACriticalSection)
 {
     LbCriticalSection criticalSection;
     std::int64_t count = 0;
@@ -258,7 +258,7 @@ TEST(LbCombinable, KeepsAThreadsValueBetweenCalls)
     EXPECT_EQ(values.Local(), 5);
 }
 
-TEST(LbCombinable, SeparatesSeveralCombinablesOfOneThread)
+TEST(LbCombinable, SeparatesTheValuesOfSeveralCombinables)
 {
     LbCombinable<int> first;
     LbCombinable<int> second;
@@ -268,7 +268,7 @@ TEST(LbCombinable, SeparatesSeveralCombinablesOfOneThread)
     EXPECT_EQ(second.Local(), 2);
 }
 
-TEST(LbCombinable, StartsFreshAtAReusedAddress)
+TEST(LbCombinable, StartsWithTheInitialValueAtAReusedAddress)
 {
     for (int i = 0; i < 3; ++i)
     {
@@ -278,7 +278,7 @@ TEST(LbCombinable, StartsFreshAtAReusedAddress)
     }
 }
 
-TEST(LbCombinable, SeparatesManyThreads)
+TEST(LbCombinable, SeparatesTheValuesOfManyThreads)
 {
     constexpr int threadCount = 150;
     LbCombinable<std::int64_t> values;

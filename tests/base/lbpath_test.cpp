@@ -13,7 +13,7 @@ std::wstring native(std::wstring_view path)
     return LbPath::ToNative(path);
 }
 
-TEST(LbPath, KnowsThePlatformsSeparator)
+TEST(LbPath, RecognisesThePlatformsSeparators)
 {
     EXPECT_TRUE(LbPath::IsSeparator(LbPath::c_Separator));
     EXPECT_TRUE(LbPath::IsSeparator(L'/'));
@@ -22,7 +22,7 @@ TEST(LbPath, KnowsThePlatformsSeparator)
     EXPECT_FALSE(LbPath::IsSeparator(L'\0'));
 }
 
-TEST(LbPath, PutsASeparatorAtTheEnd)
+TEST(LbPath, AppendsAMissingSeparator)
 {
     EXPECT_EQ(LbPath::WithSeparator(L"x/a"), native(L"x/a/"));
     EXPECT_EQ(LbPath::WithSeparator(L"x/a/"), native(L"x/a/"));
@@ -68,7 +68,7 @@ TEST(LbPath, FindsThePathBeforeTheLastComponent)
     EXPECT_EQ(LbPath::GetParent(L"/"), L"");
 }
 
-TEST(LbPath, ReadsBackslashesAsThePlatformDoes)
+TEST(LbPath, TreatsBackslashesLikeThePlatform)
 {
     const bool isSeparator = LbPath::IsSeparator(L'\\');
     EXPECT_EQ(LbPath::GetLastComponent(L"x\\a"), isSeparator ? L"a" : L"x\\a");
@@ -76,7 +76,7 @@ TEST(LbPath, ReadsBackslashesAsThePlatformDoes)
     EXPECT_EQ(LbPath::WithoutSeparator(L"x\\"), isSeparator ? L"x" : L"x\\");
 }
 
-TEST(LbPath, TurnsBothSeparatorsIntoThePlatforms)
+TEST(LbPath, ConvertsSlashesAndBackslashesToThePlatformsSeparator)
 {
     const std::wstring separator(1, LbPath::c_Separator);
     EXPECT_EQ(LbPath::ToNative(L"a/b\\c"), L"a" + separator + L"b" + separator + L"c");

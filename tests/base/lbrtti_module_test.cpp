@@ -41,14 +41,14 @@ std::wstring getMessages(IObject& object, std::uint32_t subtest, LuUnitTest::ERe
 
 } // namespace
 
-TEST_F(LbRTTIModule, ClassesAreFoundOnceLoaded)
+TEST_F(LbRTTIModule, RegistersItsClassesWhenLoaded)
 {
     const LbRTTI* const record = LbRTTI::Find(L"CRegistryProbe");
     ASSERT_NE(record, nullptr);
     EXPECT_EQ(record->GetBase(), &LuUnitTest::RTTI);
 }
 
-TEST_F(LbRTTIModule, LoadingTwiceRegistersOnce)
+TEST_F(LbRTTIModule, RegistersItsClassesOnceIfLoadedTwice)
 {
     // The registry would trace a second record with the same name.
     std::wstring traces;
@@ -58,7 +58,7 @@ TEST_F(LbRTTIModule, LoadingTwiceRegistersOnce)
     EXPECT_EQ(traces, L"");
 }
 
-TEST_F(LbRTTIModule, CreatedObjectIsCastToUnitTestAndInterfaces)
+TEST_F(LbRTTIModule, CreatesObjectsThatCastToUnitTestAndInterfaces)
 {
     const std::unique_ptr<IObject> object = createProbe();
     EXPECT_NE(dynamic_cast<LuUnitTest*>(object.get()), nullptr);
@@ -67,7 +67,7 @@ TEST_F(LbRTTIModule, CreatedObjectIsCastToUnitTestAndInterfaces)
     EXPECT_TRUE(object->IsKindOf(LuUnitTest::RTTI));
 }
 
-TEST_F(LbRTTIModule, ObjectThatIsNoUnitTestIsRecognised)
+TEST_F(LbRTTIModule, CreatesObjectsThatAreNotUnitTests)
 {
     const std::unique_ptr<IObject> object = LbRTTI::getCreate(L"CRegistryProbeService")();
     ASSERT_NE(object, nullptr);
@@ -75,33 +75,33 @@ TEST_F(LbRTTIModule, ObjectThatIsNoUnitTestIsRecognised)
     EXPECT_FALSE(object->IsKindOf(LuUnitTest::RTTI));
 }
 
-TEST_F(LbRTTIModule, SubtestOfAModuleRuns)
+TEST_F(LbRTTIModule, RunsItsSubtests)
 {
     EXPECT_EQ(getMessages(*createProbe(), 0, LuUnitTest::eR_Passed), L"");
 }
 
-TEST_F(LbRTTIModule, StandardExceptionOfAModuleIsCaughtByType)
+TEST_F(LbRTTIModule, ThrowsStandardExceptionsThatAreCaughtByType)
 {
     EXPECT_EQ(getMessages(*createProbe(), 1, LuUnitTest::eR_Exception), L"\t\tERROR: from the module\n");
 }
 
-TEST_F(LbRTTIModule, ExceptionOfAModuleKeepsItsPlace)
+TEST_F(LbRTTIModule, ThrowsExceptionsThatKeepTheirSourceLocation)
 {
     const std::wstring messages = getMessages(*createProbe(), 2, LuUnitTest::eR_Exception);
     EXPECT_EQ(messages.find(L"\t\tERROR: aus dem Modul (registryprobe("), 0U) << testing::PrintToString(messages);
 }
 
-TEST_F(LbRTTIModule, WideTextOfAModuleIsCaughtByType)
+TEST_F(LbRTTIModule, ThrowsWideTextThatIsCaughtByType)
 {
     EXPECT_EQ(getMessages(*createProbe(), 3, LuUnitTest::eR_Exception), L"\t\tERROR: Größe fehlt\n");
 }
 
-TEST_F(LbRTTIModule, ExceptionOfAConstructorReachesTheCreator)
+TEST_F(LbRTTIModule, PassesExceptionsOfConstructorsToTheCaller)
 {
     EXPECT_THROW(LbRTTI::getCreate(L"CRegistryProbeThrowing")(), LbException);
 }
 
-TEST_F(LbRTTIModule, ExceptionOfAModulesInterfaceReachesTheCaller)
+TEST_F(LbRTTIModule, PassesExceptionsOfInterfacesToTheCaller)
 {
     const std::unique_ptr<IObject> object = createProbe();
     EXPECT_THROW(dynamic_cast<IUnitTestRecreate&>(*object).Recreate(0), LbException);

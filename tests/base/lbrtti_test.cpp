@@ -86,7 +86,7 @@ TEST(LbLateClasses, AreRegisteredOnceWhenAClassIsLookedUp)
     s_late.reset();
 }
 
-TEST(LbLateClasses, AreNotRegisteredAfterTheirObject)
+TEST(LbLateClasses, AreNotRegisteredOnceTheirObjectIsDestroyed)
 {
     s_lateCalls = 0;
     {
@@ -98,7 +98,7 @@ TEST(LbLateClasses, AreNotRegisteredAfterTheirObject)
     EXPECT_EQ(s_lateCalls, 0);
 }
 
-TEST(LbLateClasses, MayLookClassesUp)
+TEST(LbLateClasses, CanLookUpClassesDuringTheirRegistration)
 {
     const LbLateClasses late([] { s_lateCalls = LbRTTI::Find(L"CNowhere") == nullptr ? 7 : 8; });
 
@@ -136,14 +136,14 @@ TEST(LbRTTI, ComparesNamesExactly)
     EXPECT_EQ(LbRTTI::Find(L"CDog "), nullptr);
 }
 
-TEST(LbRTTI, FindsClassUnderAnExplicitName)
+TEST(LbRTTI, FindsAClassByAnExplicitName)
 {
     EXPECT_EQ(LbRTTI::Find(L"Zoo::CNamed"), &CNamed::RTTI);
     EXPECT_EQ(LbRTTI::Find(L"CNamed"), nullptr);
     EXPECT_EQ(CNamed::RTTI.GetName(), L"Zoo::CNamed");
 }
 
-TEST(LbRTTI, KnowsItsBase)
+TEST(LbRTTI, ReturnsItsBase)
 {
     EXPECT_EQ(CDog::RTTI.GetBase(), &CAnimal::RTTI);
 }
@@ -161,7 +161,7 @@ TEST(LbRTTI, IsNotDerivedFromSiblingOrDerivedClass)
     EXPECT_FALSE(CAnimal::RTTI.IsDerivedFrom(CDog::RTTI));
 }
 
-TEST(LbRTTI, IsExactlyOnlyItself)
+TEST(LbRTTI, IsExactlyItsOwnClassAndNoBase)
 {
     EXPECT_TRUE(CDog::RTTI.IsExactly(CDog::RTTI));
     EXPECT_FALSE(CDog::RTTI.IsExactly(CAnimal::RTTI));
@@ -175,20 +175,20 @@ TEST(LbRTTI, CreatesObjectByName)
     EXPECT_EQ(dog->m_legs, 4);
 }
 
-TEST(LbRTTI, CreatesAFreshObjectEachTime)
+TEST(LbRTTI, CreatesANewObjectEachTime)
 {
     const LbRTTI::CreateFunction create = LbRTTI::getCreate(L"CDog");
     EXPECT_NE(create(), create());
 }
 
-TEST(LbRTTI, GivesNoFactoryForUnknownNameOrAbstractClass)
+TEST(LbRTTI, ReturnsNoFactoryForAnUnknownNameOrAnAbstractClass)
 {
     EXPECT_EQ(LbRTTI::getCreate(L"CUnicorn"), nullptr);
     EXPECT_EQ(LbRTTI::getCreate(L"CAnimal"), nullptr);
     EXPECT_NE(LbRTTI::Find(L"CAnimal"), nullptr);
 }
 
-TEST(LbRTTI, RecordIsUnregisteredWithItsModule)
+TEST(LbRTTI, IsUnregisteredByItsDestructor)
 {
     std::optional<LbRTTI> record(std::in_place, L"CPassing", &CAnimal::RTTI, &createDog);
     ASSERT_EQ(LbRTTI::Find(L"CPassing"), &*record);
@@ -197,7 +197,7 @@ TEST(LbRTTI, RecordIsUnregisteredWithItsModule)
     EXPECT_EQ(LbRTTI::getCreate(L"CPassing"), nullptr);
 }
 
-TEST(LbRTTI, FirstRecordOfANameIsFound)
+TEST(LbRTTI, FindsTheFirstRecordOfAName)
 {
     const LbRTTI first(L"CTwice", &CAnimal::RTTI, &createDog);
     const LbRTTI second(L"CTwice", &CAnimal::RTTI, &createNamed);
@@ -205,7 +205,7 @@ TEST(LbRTTI, FirstRecordOfANameIsFound)
     EXPECT_NE(dynamic_cast<CDog*>(LbRTTI::getCreate(L"CTwice")().get()), nullptr);
 }
 
-TEST(LbRTTI, NextRecordOfANameIsFoundAfterTheFirstIsUnregistered)
+TEST(LbRTTI, FindsTheNextRecordOfANameAfterTheFirstIsUnregistered)
 {
     std::optional<LbRTTI> first(std::in_place, L"CTwice", &CAnimal::RTTI, &createDog);
     const LbRTTI second(L"CTwice", &CAnimal::RTTI, &createNamed);
@@ -213,7 +213,7 @@ TEST(LbRTTI, NextRecordOfANameIsFoundAfterTheFirstIsUnregistered)
     EXPECT_EQ(LbRTTI::Find(L"CTwice"), &second);
 }
 
-TEST(LbRTTI, FirstRecordIsStillFoundAfterTheSecondIsUnregistered)
+TEST(LbRTTI, StillFindsTheFirstRecordAfterTheSecondIsUnregistered)
 {
     const LbRTTI first(L"CTwice", &CAnimal::RTTI, &createDog);
     std::optional<LbRTTI> second(std::in_place, L"CTwice", &CAnimal::RTTI, &createNamed);
@@ -221,7 +221,7 @@ TEST(LbRTTI, FirstRecordIsStillFoundAfterTheSecondIsUnregistered)
     EXPECT_EQ(LbRTTI::Find(L"CTwice"), &first);
 }
 
-TEST(LbRTTI, SecondRecordOfANameIsTraced)
+TEST(LbRTTI, TracesASecondRecordOfAName)
 {
     const CTraces traces;
     const LbRTTI first(L"CTwice", &CAnimal::RTTI, &createDog);
@@ -242,7 +242,7 @@ TEST(LbRTTI, DistinguishesThousandsOfClasses)
         records, [](const auto& record) { return LbRTTI::Find(record->GetName()) == record.get(); }));
 }
 
-TEST(LbRTTIConcurrency, ClassesAreFoundWhileOthersRegisterAndUnregister)
+TEST(LbRTTIConcurrency, FindsClassesWhileAnotherThreadRegistersAndUnregisters)
 {
     std::jthread modules([](const std::stop_token& stop) {
         for (int i = 0; !stop.stop_requested(); ++i)

@@ -16,7 +16,7 @@ TEST(LbTemporaryName, MakesDistinctNamesThatItRecognises)
     EXPECT_NE(LbTemporaryName::Make(), LbTemporaryName::Make());
 }
 
-TEST(LbTemporaryName, KnowsFilesOfReviews)
+TEST(LbTemporaryName, RecognisesFilesOfReviews)
 {
     for (const wchar_t* name :
          {L"lutestsuite-review.pending", L"lutestsuite-review.pending.tmp", L"lutestsuite-review.pending.files"})
@@ -25,7 +25,7 @@ TEST(LbTemporaryName, KnowsFilesOfReviews)
     }
 }
 
-TEST(LbTemporaryName, IsNotThatOfOtherFiles)
+TEST(LbTemporaryName, DoesNotRecogniseOtherFiles)
 {
     for (const wchar_t* name : {L"", L"a.tmp", L"LuTestSuite-a", L"LuTestSuite.tmp", L"lutestsuite-review"})
     {
@@ -33,7 +33,7 @@ TEST(LbTemporaryName, IsNotThatOfOtherFiles)
     }
 }
 
-TEST(LbTemporaryName, IsThatOfFilesThatReplaceOthers)
+TEST(LbTemporaryName, RecognisesFilesThatWillReplaceOthers)
 {
     const ScopedFolder folder;
     std::wstring name;

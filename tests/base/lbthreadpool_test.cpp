@@ -49,7 +49,7 @@ private:
 
 } // namespace
 
-TEST(LbThreadPool, HasAtLeastOneThread)
+TEST(LbThreadPool, HasAtLeastOneThreadPerProcessor)
 {
     EXPECT_GE(LbThreadPool::GetInstance().GetThreadCount(), 1U);
     EXPECT_GE(LbThreadPool::GetInstance().GetThreadCount(), std::thread::hardware_concurrency());
@@ -97,7 +97,7 @@ TEST(LbThreadPool, PassesATasksExceptionToEachWaiter)
     EXPECT_THROW(copy.Wait(), std::runtime_error);
 }
 
-TEST(LbThreadPool, GoesOnAfterAnException)
+TEST(LbThreadPool, RunsFurtherTasksAfterAnException)
 {
     EXPECT_THROW(LbThreadPool::GetInstance().Run([] { throw 1; }).Wait(), int);
     bool hasRun = false;
@@ -105,7 +105,7 @@ TEST(LbThreadPool, GoesOnAfterAnException)
     EXPECT_TRUE(hasRun);
 }
 
-TEST(LbThreadPool, ReleasesATasksCapturesBeforeItCountsAsEnded)
+TEST(LbThreadPool, ReleasesATasksCapturesBeforeWaitReturns)
 {
     auto captured = std::make_shared<int>(1);
     const LbThreadPool::CTask task = LbThreadPool::GetInstance().Run([captured] { static_cast<void>(captured); });
@@ -120,7 +120,7 @@ TEST(LbThreadPool, WaitReturnsAtOnceWithoutATask)
     EXPECT_FALSE(task.Cancel());
 }
 
-TEST(LbThreadPool, TaskMayWaitForATaskThoughAllThreadsAreBusy)
+TEST(LbThreadPool, LetsATaskWaitForAnotherWhileAllThreadsAreBusy)
 {
     LbThreadPool& pool = LbThreadPool::GetInstance();
     const unsigned count = pool.GetThreadCount();
@@ -141,7 +141,7 @@ TEST(LbThreadPool, TaskMayWaitForATaskThoughAllThreadsAreBusy)
     EXPECT_EQ(innerCount, count);
 }
 
-TEST(LbThreadPool, CancelledTaskNeverRuns)
+TEST(LbThreadPool, NeverRunsACancelledTask)
 {
     bool hasRun = false;
     {
@@ -155,7 +155,7 @@ TEST(LbThreadPool, CancelledTaskNeverRuns)
     EXPECT_FALSE(hasRun);
 }
 
-TEST(LbThreadPool, StartedTaskCannotBeCancelled)
+TEST(LbThreadPool, DoesNotCancelAStartedTask)
 {
     LbEvent started;
     LbEvent goOn;
@@ -187,7 +187,7 @@ TEST(LbThreadPool, ShutdownDoesNotCreateAPool)
     EXPECT_FALSE(LbThreadPool::Exists());
 }
 
-TEST(LbThreadPool, ShutdownRunsAllTasksToTheirEnd)
+TEST(LbThreadPool, ShutdownCompletesAllTasks)
 {
     constexpr int taskCount = 500;
     std::atomic<int> endedCount = 0;
@@ -246,7 +246,7 @@ TEST(LbThreadPool, AcceptsTasksFromManyThreads)
     EXPECT_EQ(endedCount, 400);
 }
 
-TEST(LbThreadPoolDeathTest, ProcessEndsWithoutPoolShutdown)
+TEST(LbThreadPoolDeathTest, ProcessExitsWhileTasksRun)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_EXIT(

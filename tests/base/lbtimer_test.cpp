@@ -52,7 +52,7 @@ TEST(LbTimer, CountsSeconds)
     expectUnits(LbTimer::eR_Second, 1'000'000'000);
 }
 
-TEST(LbTimer, NeverGoesBack)
+TEST(LbTimer, NeverRunsBackwards)
 {
     const LbTimer timer(LbTimer::eR_NanoSecond);
     std::uint64_t former = 0;
@@ -64,7 +64,7 @@ TEST(LbTimer, NeverGoesBack)
     }
 }
 
-TEST(LbTimer, StartsAgain)
+TEST(LbTimer, RestartsAtZero)
 {
     LbTimer timer(LbTimer::eR_NanoSecond);
     spendTwoMilliseconds();

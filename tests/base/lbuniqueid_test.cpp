@@ -9,7 +9,7 @@
 namespace
 {
 
-TEST(LbUniqueId, HasTheFormOfARandomIdentifier)
+TEST(LbUniqueId, ConsistsOfHexadecimalDigitsInFiveGroups)
 {
     for (int round = 0; round < 100; ++round)
     {
@@ -24,7 +24,7 @@ TEST(LbUniqueId, HasTheFormOfARandomIdentifier)
     }
 }
 
-TEST(LbUniqueId, NamesVersionAndVariant)
+TEST(LbUniqueId, ContainsItsVersionAndVariant)
 {
     for (int round = 0; round < 100; ++round)
     {

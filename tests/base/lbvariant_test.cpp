@@ -19,7 +19,7 @@ TEST(LbVariant, IsNullByDefault)
     EXPECT_FALSE(LbVariant(L"").IsNull());
 }
 
-TEST(LbVariant, NullConvertsToNothing)
+TEST(LbVariant, NullDoesNotConvert)
 {
     EXPECT_EQ(LbVariant().ToBool(), std::nullopt);
     EXPECT_EQ(LbVariant().ToUInt32(), std::nullopt);
@@ -63,7 +63,7 @@ TEST(LbVariant, IntegerWithinTheRangeConverts)
     EXPECT_EQ(LbVariant(c_Max32).ToUInt32(), c_Max32);
 }
 
-TEST(LbVariant, IntegerOutsideTheRangeDoesNot)
+TEST(LbVariant, IntegerOutsideTheRangeDoesNotConvert)
 {
     EXPECT_EQ(LbVariant(std::int32_t{-1}).ToUInt32(), std::nullopt);
     EXPECT_EQ(LbVariant(std::int64_t{-1}).ToUInt32(), std::nullopt);
@@ -76,7 +76,7 @@ TEST(LbVariant, DoubleWithinTheRangeConverts)
     EXPECT_EQ(LbVariant(4294967295.0).ToUInt32(), c_Max32);
 }
 
-TEST(LbVariant, DoubleWithFractionOrOutsideTheRangeDoesNot)
+TEST(LbVariant, DoubleWithFractionOrOutsideTheRangeDoesNotConvert)
 {
     EXPECT_EQ(LbVariant(1.5).ToUInt32(), std::nullopt);
     EXPECT_EQ(LbVariant(-1.0).ToUInt32(), std::nullopt);
@@ -92,13 +92,13 @@ TEST(LbVariant, TextOfDigitsConverts)
     EXPECT_EQ(LbVariant(L"4294967295").ToUInt32(), c_Max32);
 }
 
-TEST(LbVariant, TextOutsideTheRangeDoesNot)
+TEST(LbVariant, TextWithANumberOutsideTheRangeDoesNotConvert)
 {
     EXPECT_EQ(LbVariant(L"4294967296").ToUInt32(), std::nullopt);
     EXPECT_EQ(LbVariant(L"99999999999").ToUInt32(), std::nullopt);
 }
 
-TEST(LbVariant, TextOfOtherCharactersDoesNot)
+TEST(LbVariant, TextWithOtherCharactersThanDigitsDoesNotConvert)
 {
     for (const wchar_t* const text : {L"", L" 1", L"1 ", L"-1", L"+1", L"1.0", L"0x1", L"1e3", L"true", L"\u0661"})
     {

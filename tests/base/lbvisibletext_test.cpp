@@ -15,17 +15,17 @@ TEST(VisibleText, ReplacesControlCharactersWithoutAPicture)
     EXPECT_EQ(LbVisibleText::ShowControls(L"\u009b2J"), L"\ufffd2J");
 }
 
-TEST(VisibleText, KeepsLinesWhereTheyAreWanted)
+TEST(VisibleText, KeepsTheControlCharactersThatTheCallerAllows)
 {
     EXPECT_EQ(LbVisibleText::ShowControls(L"\tä\n\x1b", L"\n\t"), L"\tä\n\u241b");
 }
 
-TEST(VisibleText, ShowsBytesThatAreNotUtf8ByTheirNumbers)
+TEST(VisibleText, ShowsInvalidUtf8BytesAsHexadecimalNumbers)
 {
     EXPECT_EQ(LbVisibleText::ShowBytes("a\xE4\tb"), L"a\\xE4\u2409b");
 }
 
-TEST(VisibleText, ShowsInvisibleCharactersByTheirNumbers)
+TEST(VisibleText, ShowsInvisibleCharactersAsCodePoints)
 {
     EXPECT_EQ(LbVisibleText::ShowBytes("1\xC2\xA0"
                                        "000\xE2\x80\x8B"),

@@ -55,7 +55,7 @@ TEST_F(ListingImage, IsReadAsItWasWritten)
     EXPECT_TRUE(read->matches[1].ranks.empty());
 }
 
-TEST_F(ListingImage, IsNotReadFromAShorterBlock)
+TEST_F(ListingImage, IsNotReadFromATruncatedBlock)
 {
     const std::vector<std::byte> block = Write();
     for (std::size_t size = 0; size < block.size(); ++size)
@@ -72,7 +72,7 @@ TEST_F(ListingImage, IsNotReadBeforeItIsComplete)
     EXPECT_FALSE(LbListingImage::Read(block));
 }
 
-TEST_F(ListingImage, IsNotReadIfANameLiesOutsideOfTheText)
+TEST_F(ListingImage, IsNotReadIfANameLiesOutsideTheText)
 {
     for (const std::vector<std::uint32_t>& begins : {std::vector<std::uint32_t>{0, 4, 3, 3}, {2, 1, 3, 3}, {0, 3, 2}})
     {
@@ -82,7 +82,7 @@ TEST_F(ListingImage, IsNotReadIfANameLiesOutsideOfTheText)
     }
 }
 
-TEST_F(ListingImage, IsNotReadIfAMatchIsNoName)
+TEST_F(ListingImage, IsNotReadIfAMatchRefersToNoName)
 {
     for (const std::vector<std::uint32_t>& ranks : {std::vector<std::uint32_t>{0, 3}, {3, 1}, {0xFFFF'FFFF}})
     {
@@ -93,7 +93,7 @@ TEST_F(ListingImage, IsNotReadIfAMatchIsNoName)
 }
 
 /// Flips each bit in turn: Read either refuses the block or returns only data within it.
-TEST_F(ListingImage, CanBeUsedAfterAnyDamage)
+TEST_F(ListingImage, IsRefusedOrSafeToUseAfterAnyDamage)
 {
     const std::vector<std::byte> whole = Write();
     std::size_t readCount = 0;
@@ -182,7 +182,7 @@ TEST_F(ListingShare, IsFoundUnderAnotherPathOfTheFolder)
     EXPECT_EQ(listing->Find(L"99"), 99U);
 }
 
-TEST_F(ListingShare, IsNotFoundAfterAChange)
+TEST_F(ListingShare, IsNotUsedAfterTheFolderHasChanged)
 {
     ASSERT_EQ(Share(), EListingShare::Made);
     m_folder.WriteFile(L"new", "");
@@ -190,7 +190,7 @@ TEST_F(ListingShare, IsNotFoundAfterAChange)
     EXPECT_EQ(LbFileListing::Get(LbPath::WithoutSeparator(m_folder.GetPath()))->GetCount(), 101U);
 }
 
-TEST_F(ListingShare, IsMadeForAPossibleUseOnlyWithoutReadingTheFolder)
+TEST_F(ListingShare, IsMadeForAPossibleUseOnlyIfTheProcessKeepsAListing)
 {
     // The process keeps no listing yet. The first one that it reads may miss a change, because the folder has just been
     // written.

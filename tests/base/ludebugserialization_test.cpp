@@ -27,14 +27,14 @@ TEST_F(LuDebugSerializationGenericTest, ReturnsTheDirectoryThatWasSet)
     EXPECT_EQ(LuDebugSerializationGeneric::GetDefaultOutputDirectory(), L"größer");
 }
 
-TEST_F(LuDebugSerializationGenericTest, CanBeSetToNothing)
+TEST_F(LuDebugSerializationGenericTest, AcceptsAnEmptyDirectory)
 {
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"directory");
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"");
     EXPECT_EQ(LuDebugSerializationGeneric::GetDefaultOutputDirectory(), L"");
 }
 
-TEST_F(LuDebugSerializationGenericTest, ThreadsDirectoryLastsAsLongAsItsScope)
+TEST_F(LuDebugSerializationGenericTest, KeepsAThreadsDirectoryUntilTheEndOfItsScope)
 {
     const auto get = [] { return LuDebugSerializationGeneric::GetDefaultOutputDirectory(); };
     LuDebugSerializationGeneric::SetDefaultOutputDirectory(L"process");

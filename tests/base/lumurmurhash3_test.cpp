@@ -35,7 +35,7 @@ TEST(LuMurmurHash3, ReturnsZeroForEmptyInput)
 
 /// The published verification of the algorithm: hashes keys of 0 to 255 bytes, each with its own seed, then hashes all
 /// results.
-TEST(LuMurmurHash3, PassesTheVerificationOfTheAlgorithm)
+TEST(LuMurmurHash3, PassesThePublishedVerificationOfTheAlgorithm)
 {
     constexpr std::uint32_t c_Keys = 256;
     std::array<unsigned char, c_Keys> key = {};
@@ -93,7 +93,7 @@ TEST(LuMurmurHash3, WaitsForTheBytesThatItReads)
     }
 }
 
-TEST(LuMurmurHash3, PassesOnTheExceptionForBytesThatNeverArrive)
+TEST(LuMurmurHash3, PassesOnAnExceptionThrownWhileItWaitsForBytes)
 {
     const std::string text(100, 'x');
     const auto await = [](std::size_t count) -> std::size_t {

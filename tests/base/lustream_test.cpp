@@ -65,7 +65,7 @@ TEST(LuStreamWriteTextMemory, FormatsThroughItsBase)
     EXPECT_EQ(memory.GetText(), L"Anzahl: 3\n%");
 }
 
-TEST(LuStreamWriteTextMemory, ReceivesTheMistakeOfARuntimeFormatAsALine)
+TEST(LuStreamWriteTextMemory, WritesAMistakeInARuntimeFormatAsALine)
 {
     LuStreamWriteTextMemory memory;
     memory.WriteFormat(LbRuntimeFormat(L"%d"));
@@ -233,7 +233,7 @@ TEST(LuStreamReadBinaryFile, RefusesReadsAfterClose)
     EXPECT_EQ(getFailure([&file, &byte] { file.Read(&byte, 1); }), L"Datei " + path + L" konnte nicht gelesen werden");
 }
 
-TEST(LuStreamReadBinaryFile, FileCanBeRemovedAfterClose)
+TEST(LuStreamReadBinaryFile, LetsItsFileBeRemovedAfterDestruction)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"file", "x");

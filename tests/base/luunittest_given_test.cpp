@@ -94,7 +94,7 @@ std::wstring run(const std::wstring& name, const std::wstring& directory = L"")
     return messages.GetText();
 }
 
-TEST(SelectedSubtestOfAReplacingClass, IsOneOfThoseInTheFolderThatTheClassChooses)
+TEST(SelectedSubtestOfAReplacingClass, IsFoundOnlyInTheFolderThatTheClassChooses)
 {
     const ScopedFolder folder;
     for (const wchar_t* const name : {L"a.txt", L"sub/x.txt", L"sub/y.txt", L"sub/sub/another.txt"})
@@ -107,12 +107,12 @@ TEST(SelectedSubtestOfAReplacingClass, IsOneOfThoseInTheFolderThatTheClassChoose
     EXPECT_EQ(run<CBelowItsFolder>(L"a.txt", folder.GetPath()), L"not found");
 }
 
-TEST(SelectedSubtestOfAReplacingClass, MayRunAnotherWhoseMessagesTheClassChanges)
+TEST(SelectedSubtestOfAReplacingClass, RunsAnotherSubtestWithTheStreamThatTheClassSets)
 {
     EXPECT_EQ(run<CMarksMessages>(L"runs another"), L"marked:\t\tINFO:  text\n");
 }
 
-TEST(SelectedSubtestOfAReplacingClass, MayRunAnotherWhereTheClassKeepsTheStream)
+TEST(SelectedSubtestOfAReplacingClass, RunsAnotherSubtestIfTheClassKeepsTheStream)
 {
     EXPECT_EQ(run<CKeepsMessages>(L"runs another"), L"text");
 }

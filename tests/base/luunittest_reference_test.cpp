@@ -80,7 +80,7 @@ TEST_F(CompareWithReference, PassesForEqualTexts)
     EXPECT_FALSE(Holds(L"a.expected.received"));
 }
 
-TEST_F(CompareWithReference, TakesBothLineEndsForTheSame)
+TEST_F(CompareWithReference, TreatsBothLineEndsAsEqual)
 {
     m_folder.WriteFile(L"a.expected", "eins\r\nzwei\n");
 
@@ -98,7 +98,7 @@ TEST_F(CompareWithReference, ReportsTheFirstDifferingLine)
     EXPECT_EQ(Read(L"a.expected.received"), "eins\nzwölf\nvier\n");
 }
 
-TEST_F(CompareWithReference, ShowsHowLinesDifferThatLookAlike)
+TEST_F(CompareWithReference, ShowsTheDifferenceBetweenLinesThatLookAlike)
 {
     m_folder.WriteFile(L"a.expected", "1\xC2\xA0"
                                       "000\n");
@@ -148,7 +148,7 @@ TEST_F(CompareWithReference, ReportsTheFirstDifferingByte)
                                     L"\t\tERROR: a.expected.received: 2 Bytes statt 4\n");
 }
 
-TEST_F(CompareWithReference, DoesNotTakeBytesForText)
+TEST_F(CompareWithReference, DistinguishesLineEndsWhenItComparesBytes)
 {
     m_folder.WriteFile(L"a.expected", "a\r\n");
     const std::string received = "a\n";
@@ -158,7 +158,7 @@ TEST_F(CompareWithReference, DoesNotTakeBytesForText)
         LuUnitTest::eR_Different);
 }
 
-TEST_F(CompareWithReference, WritesWhatWasReceivedIfThereIsNoReference)
+TEST_F(CompareWithReference, WritesTheReceivedTextIfTheReferenceIsMissing)
 {
     EXPECT_EQ(m_test.Compare("eins"), LuUnitTest::eR_Different);
 
@@ -166,7 +166,7 @@ TEST_F(CompareWithReference, WritesWhatWasReceivedIfThereIsNoReference)
     EXPECT_EQ(Read(L"a.expected.received"), "eins");
 }
 
-TEST_F(CompareWithReference, RemovesWhatWasReceivedWhenEqualAgain)
+TEST_F(CompareWithReference, RemovesTheReceivedFileOnceTheTextsAreEqual)
 {
     m_folder.WriteFile(L"a.expected", "eins");
     m_test.Compare("zwei");
@@ -177,7 +177,7 @@ TEST_F(CompareWithReference, RemovesWhatWasReceivedWhenEqualAgain)
     EXPECT_FALSE(Holds(L"a.expected.received.runs"));
 }
 
-TEST_F(CompareWithReference, DecidesTheResultOfASubtestThatReturnsNone)
+TEST_F(CompareWithReference, DecidesTheResultOfASubtestWithoutAReturnValue)
 {
     m_folder.WriteFile(L"a.expected", "eins");
 
@@ -197,7 +197,7 @@ TEST_F(CompareWithReference, ThrowsForAReferenceThatCannotBeRead)
     EXPECT_EQ(m_test.Compare("eins"), LuUnitTest::eR_Exception);
 }
 
-TEST_F(CompareWithReference, LeavesNoDataSets)
+TEST_F(CompareWithReference, DoesNotAddItsFilesToTheDataSets)
 {
     m_folder.WriteFile(L"a", "eins");
     m_test.Run([&] { return m_test.CompareWithReference("zwei", L"a"); });
@@ -209,7 +209,7 @@ TEST_F(CompareWithReference, LeavesNoDataSets)
     EXPECT_EQ(other.GetSubtestName(0), L"a");
 }
 
-TEST_F(CompareWithReference, LeavesNoDataSetsIfItsProcessIsKilled)
+TEST_F(CompareWithReference, DoesNotAddLeftoversOfAKilledProcessToTheDataSets)
 {
     m_folder.WriteFile(L"a", "eins");
     m_folder.WriteFile(LbTemporaryName::Make(), "zw");
@@ -238,7 +238,7 @@ protected:
     }
 };
 
-TEST_F(CountRuns, CountsThoseInARowWithTheSameBytes)
+TEST_F(CountRuns, CountsConsecutiveRunsWithTheSameBytes)
 {
     m_folder.WriteFile(L"a.expected", "eins");
 
@@ -267,7 +267,7 @@ TEST_F(CountRuns, CountsComparisonsOfOneRunOnce)
     EXPECT_EQ(Count("zwei"), 1U);
 }
 
-TEST_F(CountRuns, CountsComparisonsOfAProcessWithoutARunOnce)
+TEST_F(CountRuns, CountsComparisonsOutsideARunOncePerProcess)
 {
     const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"");
 
@@ -277,7 +277,7 @@ TEST_F(CountRuns, CountsComparisonsOfAProcessWithoutARunOnce)
     EXPECT_EQ(Count("zwei"), 1U);
 }
 
-TEST_F(CountRuns, BeginsAgainIfARunMakesOtherBytesBetween)
+TEST_F(CountRuns, RestartsIfARunProducesOtherBytesInBetween)
 {
     CompareInNewRun("zwei");
     const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"eins");
@@ -288,7 +288,7 @@ TEST_F(CountRuns, BeginsAgainIfARunMakesOtherBytesBetween)
     EXPECT_EQ(Count("zwei"), 1U);
 }
 
-TEST(NameRun, KeepsANameThatIsSet)
+TEST(NameRun, KeepsAnExistingName)
 {
     const ScopedEnvironmentVariable run(LbReceivedFile::c_RunVariable, L"eins");
 
@@ -306,7 +306,7 @@ TEST(NameRun, NamesTheRunIfItHasNoName)
     EXPECT_NE(LbOs::GetEnvironmentText(LbReceivedFile::c_RunVariable), L"");
 }
 
-TEST_F(CountRuns, KnowsNothingOfOtherBytes)
+TEST_F(CountRuns, ReturnsZeroForBytesThatNoRunHasProduced)
 {
     m_folder.WriteFile(L"a.expected", "eins");
     m_test.Compare("zwei");
@@ -314,7 +314,7 @@ TEST_F(CountRuns, KnowsNothingOfOtherBytes)
     EXPECT_EQ(Count("drei"), 0U);
 }
 
-TEST_F(CountRuns, DoesNotTrustADamagedFile)
+TEST_F(CountRuns, ReturnsZeroForADamagedFile)
 {
     m_test.Compare("zwei");
     const std::string runs = Read(L"a.expected.received.runs");

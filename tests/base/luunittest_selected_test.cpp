@@ -234,14 +234,14 @@ protected:
 };
 
 template<typename UnitTest>
-class SelectedSubtestOfAll : public SelectedSubtest
+class SelectedSubtestOfEachClass : public SelectedSubtest
 {
 };
 
 using AllClasses = testing::Types<CSelectable, CForwardsName, CForwardsCount, CForwardsRun, CBelowForwardsRun>;
-TYPED_TEST_SUITE(SelectedSubtestOfAll, AllClasses);
+TYPED_TEST_SUITE(SelectedSubtestOfEachClass, AllClasses);
 
-TYPED_TEST(SelectedSubtestOfAll, IsTheFirstOfItsName)
+TYPED_TEST(SelectedSubtestOfEachClass, IsTheFirstSubtestWithItsName)
 {
     EXPECT_EQ(this->template GetCall<TypeParam>(L"first"), L"first");
     EXPECT_EQ(this->template GetCall<TypeParam>(L"twice"), L"twice, first");
@@ -251,7 +251,7 @@ TYPED_TEST(SelectedSubtestOfAll, IsTheFirstOfItsName)
     EXPECT_EQ(this->template GetCall<TypeParam>(L"last"), L"last of 14, before it fails with another");
 }
 
-TYPED_TEST(SelectedSubtestOfAll, IsNotFoundWhereThereIsNone)
+TYPED_TEST(SelectedSubtestOfEachClass, IsNotFoundIfNoSubtestHasTheName)
 {
     for (const wchar_t* const name : {L"", L"First", L"other.dat", L"d.txt", L"A.txt", L"#ExtraInfo.xml", L"*.txt"})
     {
@@ -259,7 +259,7 @@ TYPED_TEST(SelectedSubtestOfAll, IsNotFoundWhereThereIsNone)
     }
 }
 
-TYPED_TEST(SelectedSubtestOfAll, FollowsTheFolderWhenFilesComeAndGo)
+TYPED_TEST(SelectedSubtestOfEachClass, IsFoundOnlyWhileItsFileExists)
 {
     for (int count = 0; count < 20; ++count)
     {
@@ -270,25 +270,25 @@ TYPED_TEST(SelectedSubtestOfAll, FollowsTheFolderWhenFilesComeAndGo)
     }
 }
 
-TYPED_TEST(SelectedSubtestOfAll, SeesFilesThatInitSubtestsWrites)
+TYPED_TEST(SelectedSubtestOfEachClass, IsFoundForAFileThatInitSubtestsWrites)
 {
     this->m_record.beforeFiles = [this] { this->m_folder.WriteFile(L"written.txt", ""); };
 
     EXPECT_EQ(this->template GetCall<TypeParam>(L"written.txt"), L"file " + this->GetPathOf(L"written.txt"));
 }
 
-TYPED_TEST(SelectedSubtestOfAll, MayRunAnother)
+TYPED_TEST(SelectedSubtestOfEachClass, CanRunAnotherSubtest)
 {
     EXPECT_EQ(this->template GetCall<TypeParam>(L"runs another"), L"first");
 }
 
-TYPED_TEST(SelectedSubtestOfAll, HasTheErrorsOfAnother)
+TYPED_TEST(SelectedSubtestOfEachClass, FailsWithTheErrorsOfASubtestThatItRuns)
 {
     EXPECT_TRUE(this->template Run<TypeParam>(L"fails with another"));
     EXPECT_EQ(this->m_result, LuUnitTest::eR_Failed);
 }
 
-TEST_F(SelectedSubtest, IsInitialisedOnce)
+TEST_F(SelectedSubtest, RunsAfterOneCallOfInitSubtests)
 {
     EXPECT_TRUE(Run<CSelectable>(L"c.txt"));
     EXPECT_EQ(m_record.calls, (Calls{L"InitSubtests", L"file " + GetPathOf(L"c.txt")}));
@@ -296,7 +296,7 @@ TEST_F(SelectedSubtest, IsInitialisedOnce)
     EXPECT_EQ(m_record.calls, (Calls{L"InitSubtests", L"first"}));
 }
 
-TEST_F(SelectedSubtest, IsPassedToAnOverrideOfRunUnitTestWithItsIndex)
+TEST_F(SelectedSubtest, PassesItsIndexToAnOverrideOfRunUnitTest)
 {
     EXPECT_TRUE(Run<CForwardsRun>(L"c.txt"));
     EXPECT_EQ(m_record.calls, (Calls{L"InitSubtests", L"runs 4 c.txt", L"file " + GetPathOf(L"c.txt")}));
@@ -304,7 +304,7 @@ TEST_F(SelectedSubtest, IsPassedToAnOverrideOfRunUnitTestWithItsIndex)
     EXPECT_EQ(m_record.calls, (Calls{L"InitSubtests", L"runs 7 not.txt", L"another file"}));
 }
 
-TEST_F(SelectedSubtest, IsFoundByTheNamesThatTheClassGivesItsSubtests)
+TEST_F(SelectedSubtest, IsFoundByTheNameThatAnOverrideReturns)
 {
     EXPECT_EQ(GetCall<CRenames>(L"0"), L"zero");
     EXPECT_EQ(GetCall<CRenames>(L"1"), L"one");
@@ -312,13 +312,13 @@ TEST_F(SelectedSubtest, IsFoundByTheNamesThatTheClassGivesItsSubtests)
     EXPECT_EQ(GetCall<CRenames>(L""), L"not found");
 }
 
-TEST_F(SelectedSubtest, IsFoundThroughOverridesOfAClassWithoutARecord)
+TEST_F(SelectedSubtest, IsFoundByTheOverriddenNameOfAClassWithoutARecord)
 {
     EXPECT_EQ(GetCall<CUnrecorded>(L"my first"), L"first");
     EXPECT_EQ(GetCall<CUnrecorded>(L"first"), L"not found");
 }
 
-TEST_F(SelectedSubtest, IsFoundByANameFormedFromTheCurrentCount)
+TEST_F(SelectedSubtest, IsFoundByANameThatContainsTheSubtestCount)
 {
     EXPECT_EQ(GetCall<CNumbers>(L"number 0"), L"0");
     EXPECT_EQ(GetCall<CNumbers>(L"number 6"), L"6");
@@ -326,7 +326,7 @@ TEST_F(SelectedSubtest, IsFoundByANameFormedFromTheCurrentCount)
     EXPECT_EQ(GetCall<CNumbers>(L"number 2"), L"not found");
 }
 
-TEST_F(SelectedSubtest, HasNoFilesWithoutADataDirectory)
+TEST_F(SelectedSubtest, IsNoFileSubtestWithoutADataDirectory)
 {
     GivenMessages messages(L"");
     CSelectable unitTest;
@@ -341,7 +341,7 @@ TEST_F(SelectedSubtest, HasNoFilesWithoutADataDirectory)
 }
 
 /// Searches for names in a class that overrides GetSubtestName. Each search uses a new object.
-class NamedByTheClass : public SelectedSubtest
+class SubtestNamedByItsClass : public SelectedSubtest
 {
 protected:
     static std::optional<std::uint32_t> Find(const std::wstring& name, const std::wstring& directory = L"")
@@ -359,7 +359,7 @@ protected:
     }
 };
 
-TEST_F(NamedByTheClass, IsFoundByOneQueryAtItsFormerIndex)
+TEST_F(SubtestNamedByItsClass, IsFoundByOneQueryAtItsFormerIndex)
 {
     CAsked::s_names = std::vector<std::wstring>(200, L"x");
     CAsked::s_names[150] = L"wanted";
@@ -370,7 +370,7 @@ TEST_F(NamedByTheClass, IsFoundByOneQueryAtItsFormerIndex)
     EXPECT_EQ(CAsked::s_questions, 1U);
 }
 
-TEST_F(NamedByTheClass, IsFoundByOneQueryAfterThePreviousSubtest)
+TEST_F(SubtestNamedByItsClass, IsFoundByOneQueryAfterASearchForItsPredecessor)
 {
     CAsked::s_names.clear();
     for (int number = 0; number < 200; ++number)
@@ -385,7 +385,7 @@ TEST_F(NamedByTheClass, IsFoundByOneQueryAfterThePreviousSubtest)
     }
 }
 
-TEST_F(NamedByTheClass, IsTheFirstOfEqualNames)
+TEST_F(SubtestNamedByItsClass, IsTheFirstSubtestOfSeveralWithItsName)
 {
     CAsked::s_names = {L"a", L"twice", L"b", L"twice"};
 
@@ -395,7 +395,7 @@ TEST_F(NamedByTheClass, IsTheFirstOfEqualNames)
     EXPECT_EQ(Find(L"twice"), 1U);
 }
 
-TEST_F(NamedByTheClass, IsFoundWhereItHasMovedTo)
+TEST_F(SubtestNamedByItsClass, IsFoundAfterItsIndexHasChanged)
 {
     CAsked::s_names = {L"a", L"b", L"c"};
     EXPECT_EQ(Find(L"c"), 2U);
@@ -407,7 +407,7 @@ TEST_F(NamedByTheClass, IsFoundWhereItHasMovedTo)
     EXPECT_EQ(Find(L"a"), std::nullopt);
 }
 
-TEST_F(NamedByTheClass, IsSearchedInItsOwnDirectory)
+TEST_F(SubtestNamedByItsClass, IsSearchedForSeparatelyInEachDirectory)
 {
     CAsked::s_names = {L"a", L"b"};
     EXPECT_EQ(Find(L"b", L"one/"), 1U);
@@ -415,7 +415,7 @@ TEST_F(NamedByTheClass, IsSearchedInItsOwnDirectory)
     EXPECT_EQ(CAsked::s_questions, 2U);
 }
 
-TEST(ClassFacts, SayWhatIsOverridden)
+TEST(ClassFacts, ShowWhichFunctionsAreOverridden)
 {
     EXPECT_TRUE(CSelectable::RTTI.GetFacts().hasPlainList);
     EXPECT_TRUE(CSelectable::RTTI.GetFacts().hasPlainRun);

@@ -65,7 +65,7 @@ std::vector<std::wstring> getMatches(const ScopedFolder& folder, std::wstring_vi
 
 using Names = std::vector<std::wstring>;
 
-TEST(LuUnitTestFiles, AreThoseOfTheLastDataDirectory)
+TEST(LuUnitTestFiles, ComeFromTheLastDataDirectory)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"first/b", "");
@@ -91,7 +91,7 @@ TEST(LuUnitTest, CannotBeCreatedByName)
     EXPECT_EQ(LbRTTI::getCreate(L"LuUnitTest"), nullptr);
 }
 
-TEST(LuUnitTest, IsFoundAmongTheUnitTests)
+TEST(LuUnitTest, IsTheBaseOfAnObjectCreatedByName)
 {
     const std::unique_ptr<IObject> object = LbRTTI::getCreate(L"CSample")();
     EXPECT_NE(dynamic_cast<LuUnitTest*>(object.get()), nullptr);
@@ -121,7 +121,7 @@ TEST(LuUnitTest, ThrowsForAnIndexOutOfRange)
     EXPECT_THROW(sample.RunUnitTest(0xFFFFFFFFU), LbException);
 }
 
-TEST(LuUnitTest, RunsTheSubtestOfTheIndex)
+TEST(LuUnitTest, RunsTheSubtestAtTheIndex)
 {
     CSample sample;
     int run = 0;
@@ -151,7 +151,7 @@ TEST(LuUnitTest, ReturnsTheSubtestsOwnResult)
     EXPECT_EQ(sample.Run([] { return static_cast<LuUnitTest::EResult>(77); }), 77U);
 }
 
-TEST(LuUnitTest, OwnResultOverridesErrorLines)
+TEST(LuUnitTest, SubtestsOwnResultOverridesErrorLines)
 {
     CSample sample;
     const auto result = sample.Run([&sample] {
@@ -170,7 +170,7 @@ TEST(LuUnitTest, ErrorsOfOneRunDoNotAffectTheNext)
     EXPECT_FALSE(sample.HasErrors());
 }
 
-TEST(LuUnitTest, WritesTaggedLines)
+TEST(LuUnitTest, WritesErrorsAndInfosAsTaggedLines)
 {
     CSample sample;
     sample.Run([&sample] {
@@ -205,7 +205,7 @@ TEST(LuUnitTest, DropsMessagesWithoutAStream)
     EXPECT_EQ(sample.RunUnitTest(0), LuUnitTest::eR_Failed);
 }
 
-TEST(LuUnitTest, CheckReportsAFalseConditionOnly)
+TEST(LuUnitTest, CheckReportsOnlyAFalseCondition)
 {
     CSample sample;
     bool results[2] = {};
@@ -248,7 +248,7 @@ std::wstring getMistakeLine(std::uint32_t line, const std::wstring& mistake)
            L"\n";
 }
 
-TEST(LuUnitTest, ReportsAMistakeOfARuntimeFormatWithItsPlace)
+TEST(LuUnitTest, ReportsAMistakeInARuntimeFormatWithItsLocation)
 {
     CSample sample;
     const std::wstring format = L"50% fertig";
@@ -256,7 +256,7 @@ TEST(LuUnitTest, ReportsAMistakeOfARuntimeFormatWithItsPlace)
     EXPECT_EQ(sample.GetMessages(), getMistakeLine(__LINE__ - 1, L"zu wenige Argumente): \"50% fertig\""));
 }
 
-TEST(LuUnitTest, MistakesOfRuntimeFormatsChangeNoResult)
+TEST(LuUnitTest, KeepsTheResultDespiteAMistakeInARuntimeFormat)
 {
     const std::wstring format = L"%s";
     const auto run = [&](const auto& report) {
@@ -271,7 +271,7 @@ TEST(LuUnitTest, MistakesOfRuntimeFormatsChangeNoResult)
     EXPECT_EQ(run([&](CSample& sample) { sample.Error(LbRuntimeFormat(format), 1); }), LuUnitTest::eR_Failed);
 }
 
-TEST(LuUnitTest, ChecksRuntimeFormatsWhenTheConditionIsTrue)
+TEST(LuUnitTest, ChecksARuntimeFormatEvenIfTheConditionIsTrue)
 {
     CSample sample;
     bool isTrue = false;
@@ -281,7 +281,7 @@ TEST(LuUnitTest, ChecksRuntimeFormatsWhenTheConditionIsTrue)
     EXPECT_TRUE(isTrue);
 }
 
-TEST(LuUnitTest, PrintsByRuntimeFormats)
+TEST(LuUnitTest, FormatsMessagesWithRuntimeFormats)
 {
     CSample sample;
     const std::wstring format = L"%o";
@@ -301,7 +301,7 @@ TEST(LuUnitTest, ReportsAStandardExceptionByItsText)
     EXPECT_TRUE(sample.HasErrors());
 }
 
-TEST(LuUnitTest, ReportsAnLbExceptionByItsTextAndPlace)
+TEST(LuUnitTest, ReportsAnLbExceptionByItsTextAndLocation)
 {
     CSample sample;
     const std::uint32_t line = __LINE__ + 1;
@@ -342,7 +342,7 @@ TEST(LuUnitTest, MakesASubtestOfEachMatchingFileInOrder)
     EXPECT_EQ(getMatches(folder, L"*.txt"), (Names{L"a.txt", L"b.txt"}));
 }
 
-TEST(LuUnitTest, TakesWildcardsInEachForm)
+TEST(LuUnitTest, AcceptsWildcardsOfEachArgumentType)
 {
     const ScopedFolder folder;
     for (const wchar_t* const name : {L"a.yaml", L"a.expected.yaml", L"b.yml"})
@@ -381,7 +381,7 @@ TEST(LuUnitTest, TakesWildcardsInEachForm)
     EXPECT_EQ(getNames([&](auto& test, auto run) { test.AddFileSubtests(L"*", texts, run); }), Names{});
 }
 
-TEST(LuUnitTest, GivesAFileSubtestItsFullPath)
+TEST(LuUnitTest, PassesTheFullPathToAFileSubtest)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"a.txt", "");
@@ -396,7 +396,7 @@ TEST(LuUnitTest, GivesAFileSubtestItsFullPath)
     EXPECT_EQ(given, path);
 }
 
-TEST(LuUnitTest, LeavesDescriptionFilesOut)
+TEST(LuUnitTest, MakesNoSubtestsOfDescriptionFiles)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"#ExtraInfo.xml", "");
@@ -437,7 +437,7 @@ TEST(LuUnitTest, QuestionMarkMatchesOneCharacter)
     EXPECT_EQ(getMatches(folder, L"?*2"), (Names{L"a12"}));
 }
 
-TEST(LuUnitTest, OtherWildcardCharactersMatchExactly)
+TEST(LuUnitTest, OtherCharactersOfWildcardsMatchExactly)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"a.b", "");

@@ -49,14 +49,14 @@ protected:
     std::size_t m_questions = 0;
 };
 
-TEST_F(SubtestSearch, AsksForOneNameWhereTheNameIsKnown)
+TEST_F(SubtestSearch, RequestsOneNameIfTheIndexIsKnown)
 {
     EXPECT_EQ(Find(L"c"), 2U);
 
     EXPECT_EQ(CountQuestionsFor(L"b"), 1U);
 }
 
-TEST_F(SubtestSearch, AsksForOneNameWhereTheLikelyIndexHasTheName)
+TEST_F(SubtestSearch, RequestsOneNameIfTheLikelyIndexIsRight)
 {
     m_likely = 2;
 
@@ -96,7 +96,7 @@ TEST_F(SubtestSearch, RemembersTheFirstIndexOfEachNameThatItIsGiven)
     EXPECT_EQ(find(L"b"), std::nullopt);
 }
 
-TEST_F(SubtestSearch, AsksForNoNameAfterAnotherOneWasMissing)
+TEST_F(SubtestSearch, RequestsNoNameOnceAllNamesAreKnown)
 {
     Miss(L"x");
 
@@ -114,7 +114,7 @@ TEST_F(SubtestSearch, ReadsAllNamesAgainAfterTheFolderHasChanged)
     EXPECT_EQ(Find(L"x"), 2U);
 }
 
-TEST_F(SubtestSearch, ReadsAllNamesAgainWhereTheirNumberDiffers)
+TEST_F(SubtestSearch, ReadsAllNamesAgainAfterTheirNumberHasChanged)
 {
     Miss(L"x");
     m_names = {L"a", L"x"};
@@ -122,7 +122,7 @@ TEST_F(SubtestSearch, ReadsAllNamesAgainWhereTheirNumberDiffers)
     EXPECT_EQ(Find(L"x"), 1U);
 }
 
-TEST_F(SubtestSearch, ReadsAllNamesAgainWithoutAListingSinceTheyMayDependOnAnything)
+TEST_F(SubtestSearch, ReadsAllNamesAgainWithoutAListing)
 {
     m_listing.reset();
     Miss(L"x");
@@ -131,7 +131,7 @@ TEST_F(SubtestSearch, ReadsAllNamesAgainWithoutAListingSinceTheyMayDependOnAnyth
     EXPECT_EQ(Find(L"x"), 0U);
 }
 
-TEST_F(SubtestSearch, KnowsOnlyTheNamesOfTheListingThatItHasReadInFull)
+TEST_F(SubtestSearch, DoesNotUseTheNamesOfAnotherListing)
 {
     Miss(L"x");
     const auto first = m_listing;

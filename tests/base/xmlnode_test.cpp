@@ -50,7 +50,7 @@ std::string toUtf16(const std::string& text, bool isBigEndian)
 
 } // namespace
 
-TEST(XMLNode, EmptyViewReadsAsEmptyText)
+TEST(XMLNode, ReturnsEmptyValuesIfItIsEmpty)
 {
     const XMLNode node;
     EXPECT_TRUE(node.IsEmpty());
@@ -77,14 +77,14 @@ TEST(XMLNode, KeepsTheWhiteSpaceOfText)
     EXPECT_EQ(getRootText("<r> a \t b\n </r>"), L" a \t b\n ");
 }
 
-TEST(XMLNode, TextMayConsistOfWhiteSpace)
+TEST(XMLNode, KeepsTextOfOnlyWhiteSpace)
 {
     const CParsed parsed("<r>   </r>");
     EXPECT_EQ(parsed.GetRoot().GetText(), L"   ");
     EXPECT_TRUE(parsed.GetRoot().HasText());
 }
 
-TEST(XMLNode, WhiteSpaceBetweenElementsIsLayout)
+TEST(XMLNode, DropsWhiteSpaceBetweenElements)
 {
     const CParsed parsed("<r>\n  <a/>\n  <b/>\n</r>");
     EXPECT_EQ(parsed.GetRoot().GetText(), L"");
@@ -96,7 +96,7 @@ TEST(XMLNode, NormalisesLineEnds)
     EXPECT_EQ(getRootText("<r>a\r\nb\rc</r>"), L"a\nb\nc");
 }
 
-TEST(XMLNode, JoinsItsOwnTextNodes)
+TEST(XMLNode, LeavesTheTextOfChildrenOut)
 {
     EXPECT_EQ(getRootText("<r>one <b>not this</b>two<![CDATA[ <three> ]]>four</r>"), L"one two <three> four");
 }
@@ -109,7 +109,7 @@ TEST(XMLNode, HasNoTextWithoutTextNodes)
     EXPECT_FALSE(CParsed("<r><![CDATA[]]></r>").GetRoot().HasText());
 }
 
-TEST(XMLNode, CommentsAndInstructionsAreNotText)
+TEST(XMLNode, LeavesCommentsAndInstructionsOutOfText)
 {
     EXPECT_EQ(getRootText("<r>a<!-- comment -->b<?instruction x?>c</r>"), L"abc");
 }
@@ -141,7 +141,7 @@ TEST(XMLNode, DistinguishesAnEmptyAttributeFromAMissingOne)
     EXPECT_EQ(parsed.GetRoot().GetAttribute("b"), L"");
 }
 
-TEST(XMLNode, NamesOfAttributesAreExact)
+TEST(XMLNode, ComparesAttributeNamesExactly)
 {
     EXPECT_FALSE(CParsed("<r Name='x'/>").GetRoot().HasAttribute("name"));
 }
@@ -159,7 +159,7 @@ TEST(XMLNode, DoesNotFindGrandchildren)
     EXPECT_TRUE(CParsed("<r><a><b/></a></r>").GetRoot().GetChild("b").IsEmpty());
 }
 
-TEST(XMLNode, SkipsNodesThatAreNoElements)
+TEST(XMLNode, SkipsNodesThatAreNotElements)
 {
     const CParsed parsed("<r>text<!-- c --><a/>more<?i x?><b/><![CDATA[x]]></r>");
     const XMLNode first = parsed.GetRoot().GetFirstChild();
@@ -192,7 +192,7 @@ TEST(XMLDocument, LoadsAFile)
     EXPECT_EQ(document.GetRoot().GetChild("a").GetText(), L"x");
 }
 
-TEST(XMLDocument, MissingFileIsMissing)
+TEST(XMLDocument, ReportsAMissingFile)
 {
     const ScopedFolder folder;
     XMLDocument document;
@@ -200,7 +200,7 @@ TEST(XMLDocument, MissingFileIsMissing)
     EXPECT_EQ(document.Load(L"", "r"), EResult::Missing);
 }
 
-TEST(XMLDocument, DirectoryInPlaceOfTheFileIsUnreadable)
+TEST(XMLDocument, ReportsADirectoryAsUnreadable)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"folder.xml");
@@ -215,7 +215,7 @@ TEST(XMLDocument, EmptyFileIsASyntaxError)
     EXPECT_EQ(document.Load(folder.WriteFile(L"empty.xml", ""), "r"), EResult::Syntax);
 }
 
-TEST(XMLDocument, DropsFormerContentWithAFailedLoad)
+TEST(XMLDocument, DropsItsFormerContentIfALoadFails)
 {
     XMLDocument document;
     ASSERT_EQ(document.LoadText("<r/>", "r"), EResult::Ok);
@@ -227,7 +227,7 @@ TEST(XMLDocument, DropsFormerContentWithAFailedLoad)
     EXPECT_TRUE(document.GetRoot().IsEmpty());
 }
 
-TEST(XMLDocument, MovesWithItsNodes)
+TEST(XMLDocument, KeepsItsNodesValidWhenMoved)
 {
     XMLDocument first;
     ASSERT_EQ(first.LoadText("<r a='1'/>", "r"), EResult::Ok);
@@ -237,7 +237,7 @@ TEST(XMLDocument, MovesWithItsNodes)
     EXPECT_EQ(second.GetRoot().GetAttribute("a"), L"1");
 }
 
-TEST(XMLDocument, OtherRootIsASyntaxError)
+TEST(XMLDocument, UnexpectedRootElementIsASyntaxError)
 {
     EXPECT_EQ(parse("<R/>"), EResult::Syntax);
     EXPECT_EQ(parse("<other><r/></other>"), EResult::Syntax);
@@ -282,7 +282,7 @@ TEST(XMLDocument, NullCharacterIsASyntaxError)
     EXPECT_EQ(parse("<r>\0</r>"s), EResult::Syntax);
 }
 
-TEST(XMLDocument, DeclarationOrTypeInTheWrongPlaceIsASyntaxError)
+TEST(XMLDocument, MisplacedDeclarationOrDocumentTypeIsASyntaxError)
 {
     EXPECT_EQ(parse("<r/><?xml version='1.0'?>"), EResult::Syntax);
     EXPECT_EQ(parse("<r/><!DOCTYPE r>"), EResult::Syntax);
@@ -323,14 +323,14 @@ TEST(XMLDocument, AcceptsDeepNesting)
     EXPECT_EQ(seen, depth);
 }
 
-TEST(XMLDocument, DecodesByTheDeclaration)
+TEST(XMLDocument, DecodesByTheDeclaredEncoding)
 {
     // The UTF-8 bytes of "ä" are two characters in ISO-8859-1.
     EXPECT_EQ(getRootText("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>\xC3\xA4</r>"), L"Ã¤");
     EXPECT_EQ(getRootText("<?xml version=\"1.0\" encoding=\"UTF-8\"?><r>\xC3\xA4</r>"), L"ä");
 }
 
-TEST(XMLDocument, EncodingNamesMayHaveAnyCaseAndEitherQuotes)
+TEST(XMLDocument, AcceptsEncodingNamesInAnyCaseAndEitherQuotes)
 {
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding='iso-8859-1'?><r>\xC3\xA4</r>"), L"Ã¤");
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding = \"Iso-8859-1\" ?><r>\xC3\xA4</r>"), L"Ã¤");
@@ -352,7 +352,7 @@ TEST(XMLDocument, DecodesLatin1WithoutADeclarationIfUtf8IsInvalid)
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding='x-unknown'?><r>\xE4</r>"), L"ä");
 }
 
-TEST(XMLDocument, ReplacesBrokenBytesOfDeclaredUtf8)
+TEST(XMLDocument, ReplacesInvalidBytesOfDeclaredUtf8)
 {
     EXPECT_EQ(getRootText("<?xml version='1.0' encoding='utf-8'?><r>a\xE4z</r>"), L"a\uFFFDz");
 }
@@ -375,7 +375,7 @@ TEST(XMLDocument, DecodesUtf16WithoutAByteOrderMark)
     EXPECT_EQ(getRootText(toUtf16("<r>x</r>", true)), L"x");
 }
 
-TEST(XMLDocument, DecodesCharactersOfUtf16)
+TEST(XMLDocument, DecodesNonAsciiCharactersOfUtf16)
 {
     // "ä" and the surrogate pair of U+1F600.
     EXPECT_EQ(getRootText("\xFF\xFE"s + toUtf16("<r>", false) + "\xE4\x00\x3D\xD8\x00\xDE"s + toUtf16("</r>", false)),
@@ -407,7 +407,7 @@ TEST(XMLNode, JoinsAllItsTextNodes)
     EXPECT_EQ(getRootText("<r><![CDATA[ ]]>a</r>"), L" a");
 }
 
-TEST(XMLNode, IgnoresLayoutBehindItsText)
+TEST(XMLNode, DropsWhiteSpaceAfterACommentOrAChild)
 {
     EXPECT_EQ(getRootText("<r>a<!-- no -->  </r>"), L"a");
     EXPECT_EQ(getRootText("<r>a<x/>\n</r>"), L"a");
@@ -415,7 +415,7 @@ TEST(XMLNode, IgnoresLayoutBehindItsText)
     EXPECT_EQ(getRootText("<r>  </r>"), L"  ");
 }
 
-TEST(XMLDocument, KeepsRawTextsOnRequest)
+TEST(XMLDocument, ReturnsTextsAsWrittenOnRequest)
 {
     const std::string text = "<r n='a&amp;\t\r\n&#65;'> &lt;\r\n&x;\r</r>";
     XMLDocument document;

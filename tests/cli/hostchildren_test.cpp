@@ -44,7 +44,7 @@ std::size_t countIn(const std::wstring& path, const std::string& text)
     return count;
 }
 
-TEST(HostChildren, EndAsUnknownErrorsWithoutAHostBesideTheProgram)
+TEST(HostChildren, FailWithUnknownErrorsIfNoHostIsBesideTheProgram)
 {
     const ScopedFolder folder;
     const ScopedFolder data;
@@ -72,7 +72,7 @@ class HostChildrenMode : public testing::TestWithParam<const wchar_t*>
 };
 
 /// The channel between host and child needs no open file, so it survives when a case closes all files.
-TEST_P(HostChildrenMode, ServeAfterACaseOfTheHostHasClosedAllFiles)
+TEST_P(HostChildrenMode, WorkAfterACaseInTheHostHasClosedAllFiles)
 {
     const ScopedFolder folder;
     const ScopedFolder data;
@@ -117,7 +117,7 @@ protected:
     const std::wstring m_report = m_folder.GetPathOf(L"Bericht.xml");
 };
 
-TEST_F(HostChildrenParallel, AreAllStartedUnderALowSoftLimitOfOpenFiles)
+TEST_F(HostChildrenParallel, RunAllCasesUnderALowSoftLimitOfOpenFiles)
 {
     SHostOptions options;
     options.openFilesLimit = 1024;
@@ -129,7 +129,7 @@ TEST_F(HostChildrenParallel, AreAllStartedUnderALowSoftLimitOfOpenFiles)
     EXPECT_EQ(countIn(m_report, "info\">1024<"), 600U);
 }
 
-TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
+TEST_F(HostChildrenParallel, RunAllCasesUnderALowHardLimitOfOpenFiles)
 {
     SHostOptions options;
     options.openFilesHardLimit = 64;
@@ -141,7 +141,7 @@ TEST_F(HostChildrenParallel, AreFewerWhenNoMoreFilesMayBeOpen)
 }
 
 /// For isolated cases, the host also starts spare children in advance, which need files, too.
-TEST_F(HostChildrenParallel, AreFewerIsolatedOnesWhenNoMoreFilesMayBeOpen)
+TEST_F(HostChildrenParallel, RunAllIsolatedCasesUnderALowHardLimitOfOpenFiles)
 {
     SHostOptions options;
     options.openFilesHardLimit = 64;
@@ -164,7 +164,7 @@ class HostChildrenLimited : public testing::TestWithParam<SFewProcesses>
 {
 };
 
-TEST_P(HostChildrenLimited, LeaveEnoughProcessesToTheirCases)
+TEST_P(HostChildrenLimited, LeaveEnoughProcessesForTheirCases)
 {
     if (!CanLimitHostProcesses())
     {

@@ -69,12 +69,12 @@ TEST(HostCommandLine, RefusesAnUnknownOptionBesideARequestForHelp)
     ExpectAnswer({L"-h", L"-Z"}, "Fehler: Unbekannte Option -Z\n", 1);
 }
 
-TEST(HostCommandLine, RefusesAValueInTheSameArgument)
+TEST(HostCommandLine, RefusesAnOptionAndItsValueInOneArgument)
 {
     ExpectAnswer({L"--xml=Report.xml"}, "Fehler: Unbekannte Option --xml=Report.xml\n", 1);
 }
 
-TEST(HostCommandLine, RefusesTheOptionThatOnlyTheHelpKnows)
+TEST(HostCommandLine, RefusesTheOptionThatOnlyTheHelpMentions)
 {
     ExpectAnswer({L"--message-output-max", L"3"}, "Fehler: Unbekannte Option --message-output-max\n", 1);
 }

@@ -39,7 +39,7 @@ class HostCosts : public testing::TestWithParam<const wchar_t*>
 {
 };
 
-TEST_P(HostCosts, AreAtMostOneWriteOfOutputForACase)
+TEST_P(HostCosts, IncludeAtMostOneWriteOfOutputPerCase)
 {
     constexpr std::size_t c_Few = 10;
     constexpr std::size_t c_Many = 60;

@@ -56,7 +56,7 @@ private:
     }
 };
 
-TEST_P(HostCoverage, EqualsThatOfARunInOneProcess)
+TEST_P(HostCoverage, IsTheSameWithAndWithoutChildProcesses)
 {
     const double inProcess = Measure({});
 
@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Options, HostCoverage, testing::Values(L"-x", L"-s"));
 
 #else
 
-TEST(HostCoverage, EqualsThatOfARunInOneProcess)
+TEST(HostCoverage, IsTheSameWithAndWithoutChildProcesses)
 {
     GTEST_SKIP() << "this build does not count lines, or gcov is missing";
 }

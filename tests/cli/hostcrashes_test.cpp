@@ -128,7 +128,7 @@ TEST_F(HostCrashes, NameTheCaseOfACrashedThread)
 {
     if (c_HasSanitizer)
     {
-        GTEST_SKIP() << "sanitizers end what crashes";
+        GTEST_SKIP() << "sanitizers handle crashes themselves";
     }
     const SHostRun run = Run(L"Zugriffsverletzung im Thread$");
 
@@ -146,7 +146,7 @@ TEST_F(HostCrashes, AreReportedUntilTheReportsAreWritten)
 {
     if (c_HasSanitizer)
     {
-        GTEST_SKIP() << "sanitizers end what crashes";
+        GTEST_SKIP() << "sanitizers handle crashes themselves";
     }
     const ScopedFolder reports;
     const std::wstring xml = reports.GetPathOf(L"Bericht.xml");
@@ -173,7 +173,7 @@ TEST_P(HostCrashesDuringTheSearch, NameClassAndFolder)
 {
     if (c_HasSanitizer)
     {
-        GTEST_SKIP() << "sanitizers end what crashes";
+        GTEST_SKIP() << "sanitizers handle crashes themselves";
     }
     const std::wstring folder = m_folder.MakeFolder(L"CSearchCrashModel");
     const SHostRun run = Run(L"vorher$", GetParam());
@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, HostCrashesDuringTheSearch,
                                          std::vector<std::wstring>{L"--list-disabled"},
                                          std::vector<std::wstring>{L"--list-duplicates"}));
 
-TEST_F(HostCrashes, LeaveACrashToTheHandlerOfAModule)
+TEST_F(HostCrashes, AreLeftToTheHandlerOfAModule)
 {
     if (c_HasSanitizer)
     {
@@ -211,7 +211,7 @@ TEST_F(HostCrashes, ShowTheTextOfAnUncaughtException)
     EXPECT_NE(run.errors.find("Fehler: In Arbeit: 'CCrashModel:Exception im Thread'"), std::string::npos) << run.errors;
 }
 
-TEST_F(HostCrashes, IgnoreCrashesOfForks)
+TEST_F(HostCrashes, AreNotReportedForForks)
 {
     if (c_HasSanitizer)
     {
@@ -228,7 +228,7 @@ TEST_F(HostCrashes, IgnoreCrashesOfForks)
 }
 
 #if defined(__SANITIZE_ADDRESS__)
-TEST_F(HostCrashes, NameTheCaseBehindTheReportOfASanitizer)
+TEST_F(HostCrashes, NameTheCaseAfterTheReportOfASanitizer)
 {
     const SHostRun run = Run(L"Stapelüberlauf$");
 

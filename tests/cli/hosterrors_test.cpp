@@ -73,7 +73,7 @@ TEST_F(HostErrors, ReportLostOutput)
     }
 }
 
-TEST_F(HostErrors, DoNotAriseWhenACaseEndsItsChild)
+TEST_F(HostErrors, DoNotOccurWhenACaseEndsItsChild)
 {
     m_folder.MakeFolder(L"CCrashModel");
 
@@ -98,7 +98,7 @@ TEST_F(HostErrors, NameAnInvalidPatternThatIsComparedAsPlainText)
     ExpectOneLine(Run({L"--no-regex", L"-i", L"*.txt"}), "Fehler: Ungültiger regulärer Ausdruck '*.txt'\n");
 }
 
-TEST_F(HostErrors, NameABrokenConfigurationFile)
+TEST_F(HostErrors, ReportABrokenConfigurationFile)
 {
     const ScopedFolder other;
     const std::wstring file = other.WriteFile(L"Auswahl.xml", "<Config><Tests></Config>");
@@ -106,7 +106,7 @@ TEST_F(HostErrors, NameABrokenConfigurationFile)
     ExpectOneLine(Run({L"--include-config", file}), "Fehler in Config-File: XML-Syntax Fehler\n");
 }
 
-TEST_F(HostErrors, NameAConfigurationFileOfAnotherKind)
+TEST_F(HostErrors, ReportAConfigurationFileOfAnotherKind)
 {
     const ScopedFolder other;
     const std::wstring file = other.WriteFile(L"Auswahl.xml", "<ArchiveRun/>");
@@ -123,7 +123,7 @@ TEST_F(HostErrors, NameAConfigurationFileThatIsADirectory)
                   "Fehler in Config-File: Datei " + LbEncoding::ToUtf8(folder) + " konnte nicht gelesen werden\n");
 }
 
-TEST_F(HostErrors, DoNotAriseFromAMissingConfigurationFile)
+TEST_F(HostErrors, DoNotOccurForAMissingConfigurationFile)
 {
     const SHostRun run = Run({L"--include-config", m_folder.GetPathOf(L"gibt es nicht.xml")});
 
@@ -131,7 +131,7 @@ TEST_F(HostErrors, DoNotAriseFromAMissingConfigurationFile)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostErrors, DoNotAriseFromALongNameWithinThePatternLimit)
+TEST_F(HostErrors, DoNotOccurForALongNameWithinThePatternLimit)
 {
     m_folder.MakeFolder(L"CLongNameModel");
 

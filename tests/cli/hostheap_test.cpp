@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, HostHeapFirstCase,
                                          L"druckt eine", L"schreibt in", L"rechnet Ortszeit", L"rechnet Sekunden",
                                          L"schreibt Ortszeit", L"nennt einen", L"ruft einmal", L"wartet auf"));
 
-TEST_F(HostHeap, GrowthIsNoFailure)
+TEST_F(HostHeap, ReportsGrowthAsAWarningAndNotAsAFailure)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"CHeapModel");
@@ -79,7 +79,7 @@ TEST_F(HostHeap, GrowthIsNoFailure)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostHeap, PreloadedAllocatorIsNotPatchedAndNothingIsCounted)
+TEST_F(HostHeap, DoesNotTrackAPreloadedAllocator)
 {
     const std::wstring allocator = LbEncoding::FromUtf8(LUTESTSUITE_BIN_DIR "/preloadedallocator.so");
     if (!LbFileSystem::IsFile(allocator))
@@ -103,7 +103,7 @@ TEST_F(HostHeap, PreloadedAllocatorIsNotPatchedAndNothingIsCounted)
     EXPECT_EQ(preloaded.errors, plain.errors);
 }
 
-TEST_F(HostHeap, TwentyTrackedRunsOfTheExamplesGiveNoFalseWarning)
+TEST_F(HostHeap, GivesNoFalseWarningInTwentyRunsOfTheExamples)
 {
     const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";
     for (int round = 0; round < 20; ++round)
@@ -117,7 +117,7 @@ TEST_F(HostHeap, TwentyTrackedRunsOfTheExamplesGiveNoFalseWarning)
 
 // Parallel cases in one process see each other's blocks, so the test omits the class whose cases never run in child
 // processes.
-TEST_F(HostHeap, TrackedParallelChildProcessesGiveNoFalseWarning)
+TEST_F(HostHeap, GivesNoFalseWarningInParallelChildProcesses)
 {
     const std::wstring data = LbEncoding::FromUtf8(LUTESTSUITE_SOURCE_DIR) + L"/examples/data";
     for (int round = 0; round < 3; ++round)

@@ -429,7 +429,7 @@ TEST_F(HostArchive, ReportsAFailureInOneLine)
     }
 }
 
-TEST_F(HostArchive, RunsDespiteOtherModes)
+TEST_F(HostArchive, RunsEvenIfAnotherModeIsGiven)
 {
     const SHostRun run = RunPlain({L"--list-duplicates", L"--archive-run", Configure()});
 

@@ -34,7 +34,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(HostModules, DoNotFindAClassWithoutItsModule)
+TEST_F(HostModules, AreRequiredToFindTheirClasses)
 {
     const SHostRun run = Run({});
 
@@ -79,7 +79,7 @@ TEST_F(HostModules, AreLoadedInTheOrderOfTheirOptions)
     EXPECT_NE(secondFirst.find("\tZweiter... OK"), std::string::npos) << secondFirst;
 }
 
-TEST_F(HostModules, MayBeAbsent)
+TEST_F(HostModules, AreIgnoredIfTheyAreMissing)
 {
     const SHostRun run = Run({L"--dll", L"gibt es nicht"});
 
@@ -88,7 +88,7 @@ TEST_F(HostModules, MayBeAbsent)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheyCannotBeLoaded)
+TEST_F(HostModules, CauseAWarningWithAReasonIfTheyCannotBeLoaded)
 {
     const CBrokenModule broken;
 
@@ -101,7 +101,7 @@ TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheyCannotBeLoaded)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheirStaticObjectsThrow)
+TEST_F(HostModules, CauseAWarningWithAReasonIfTheirStaticObjectsThrow)
 {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "exceptions cannot pass the sanitizer's dlopen";
@@ -116,7 +116,7 @@ TEST_F(HostModules, PrintAWarningAndItsReasonWhenTheirStaticObjectsThrow)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(HostModules, MayPrintWideText)
+TEST_F(HostModules, CanPrintWideText)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"CWideOutputModel");

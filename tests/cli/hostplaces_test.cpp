@@ -99,7 +99,7 @@ TEST_F(HostPlaces, AcceptTheFolderOfAClassAsWorkingDirectory)
     ExpectTheCase(Run(L".", m_folder.GetPathOf(L"Daten/CDataSetModel")));
 }
 
-TEST_F(HostPlaces, NameCasesByAbsolutePathsForPatterns)
+TEST_F(HostPlaces, MatchPatternsAgainstAbsolutePaths)
 {
     ExpectTheCase(Run(L"Daten", m_folder.GetPath(), {L"--no-regex", L"-i", GetCasePath()}));
 }

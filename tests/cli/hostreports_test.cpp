@@ -90,7 +90,7 @@ TEST_F(HostReports, FollowTheirOptions)
     EXPECT_EQ(xml.find("<dump type=\"error\">dritte</dump>"), std::string::npos);
 }
 
-TEST_F(HostReports, DoNotChangeTheVerdict)
+TEST_F(HostReports, DoNotChangeTheExitStatusIfTheyCannotBeWritten)
 {
     m_data.MakeFolder(L"CPassedModel");
 
@@ -103,7 +103,7 @@ TEST_F(HostReports, DoNotChangeTheVerdict)
         << run.output;
 }
 
-TEST_F(HostReports, CanBeComparedAfterReading)
+TEST_F(HostReports, CanBeComparedWithEachOther)
 {
     WriteManyOutcomes();
     Run({L"--xml", L"alt.xml"});

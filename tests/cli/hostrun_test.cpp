@@ -87,7 +87,7 @@ TEST_F(HostRun, PrintsEveryCaseAndASummary)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(HostRun, PrintsCountersTimesAndBlanksOnRequest)
+TEST_F(HostRun, PrintsRepetitionsAndTimesOnRequest)
 {
     WriteManyOutcomes();
 
@@ -121,7 +121,7 @@ TEST_F(HostRun, FailsWhenACaseFailed)
     EXPECT_EQ(Run({}).exitStatus, 1);
 }
 
-TEST_F(HostRun, FailsWhenACaseTookTooLong)
+TEST_F(HostRun, FailsWhenACaseExceedsItsTimeLimit)
 {
     // The other cases must not reach the time limit on a busy machine.
     m_folder.WriteFile(L"CCrashModel/#ExtraInfo.xml",
@@ -176,7 +176,7 @@ TEST_F(HostRun, AcceptsPatternsWithUmlautsAndBlanks)
     EXPECT_NE(run.output.find("\tErfolgreich:\t1 Klasse, 1 Test"), std::string::npos) << run.output;
 }
 
-TEST_F(HostRun, ComparesPlainTextWithoutExpressions)
+TEST_F(HostRun, MatchesPatternsAsPlainTextOnRequest)
 {
     m_folder.WriteFile(L"CDataSetModel/a+b (1).txt", "gut");
     m_folder.WriteFile(L"CDataSetModel/a+b (1).txt.txt", "schlecht");

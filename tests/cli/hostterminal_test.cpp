@@ -40,7 +40,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(HostTerminal, ShowsColoursAndBold)
+TEST_F(HostTerminal, ShowsColoursAndBoldText)
 {
     ExpectGolden("cli/terminal.txt", Show(L"xterm-256color", L""));
 }

@@ -189,7 +189,7 @@ protected:
 
 } // namespace
 
-TEST_F(DecoderCapstone, AgreesOnTheRunTime)
+TEST_F(DecoderCapstone, AgreesOnTheCLibrary)
 {
     compareAll(c_SystemLibraries + "libc.so.6");
     expectCompared(300'000);
@@ -209,7 +209,7 @@ TEST_F(DecoderCapstone, AgreesOnTheProjectsLibraries)
     expectCompared(10'000);
 }
 
-TEST_F(DecoderCapstone, AgreesOnWinesRunTime)
+TEST_F(DecoderCapstone, AgreesOnWinesLibraries)
 {
     if (!std::ifstream(c_WineLibraries + "msvcrt.dll"))
     {

@@ -39,12 +39,12 @@ class Lint(unittest.TestCase):
 
 
 class Platform(Lint):
-    def test_platform_switch_above_the_platform_layer(self):
+    def test_platform_switch_above_the_platform_layer_is_a_breach(self):
         self.assert_breach("platform", {"base/a.cpp": "\n#ifdef _WIN32\n#endif\n"}, "base/a.cpp:2", "_WIN32")
         self.assert_breach("platform", {"testing/a.cpp": "#if defined(__linux__)\n#endif\n"}, "__linux__")
         self.assert_breach("platform", {"tests/a.cpp": "#ifdef __MINGW32__\n#endif\n"}, "__MINGW32__")
 
-    def test_platform_header_above_the_platform_layer(self):
+    def test_platform_header_above_the_platform_layer_is_a_breach(self):
         for header in ("windows.h", "Windows.h", "unistd.h", "sys/stat.h", "dlfcn.h", "pthread.h", "tlhelp32.h"):
             self.assert_breach("platform", {"base/a.cpp": f"#include <{header}>\n"}, header)
 
@@ -54,18 +54,18 @@ class Platform(Lint):
     def test_words_in_comments_and_texts_are_clean(self):
         self.assert_clean("platform", {"base/a.cpp": '// not _WIN32\n/* __linux__\n */ auto a = "_WIN32";\n'})
 
-    def test_one_header_includes_windows(self):
+    def test_only_one_header_may_include_windows_h(self):
         header = "#include <windows.h>\n"
         self.assert_clean("platform", {"base/os/a.h": header})
         self.assert_breach("platform", {"base/os/a.h": header, "base/os/b.h": header}, "more than one")
         self.assert_breach("platform", {"base/os/a_windows.cpp": header}, "a_windows.cpp:1")
 
-    def test_waits_that_one_platform_gets_wrong(self):
+    def test_latch_of_the_standard_library_is_a_breach(self):
         self.assert_breach("platform", {"tests/a.cpp": "std::latch end(1);\n"}, "std::latch")
 
 
 class Layers(Lint):
-    def test_upward_include(self):
+    def test_upward_include_is_a_breach(self):
         pairs = [
             ("base/a.cpp", "testing/lutestsuite/lutestsuiteout.h"),
             ("base/os/a.h", "base/b.h"),
@@ -82,7 +82,7 @@ class Layers(Lint):
                 self.assert_breach("layers", files, upper, lower)
                 self.assert_clean("layers", {lower: f'#include "{upper}"\n', upper: "#pragma once\n"})
 
-    def test_circle_of_sources_with_their_headers(self):
+    def test_circle_of_sources_with_their_headers_is_a_breach(self):
         files = {
             "base/a.h": "#pragma once\n",
             "base/a_linux.cpp": '#include "base/a.h"\n#include "base/b.h"\n',
@@ -91,13 +91,13 @@ class Layers(Lint):
         self.assert_breach("layers", files, "base/a, base/b", "in a circle")
         self.assert_clean("layers", {**files, "base/b.h": "#pragma once\n"})
 
-    def test_include_of_tests(self):
+    def test_include_of_tests_is_a_breach(self):
         self.assert_breach("layers", {"base/a.cpp": '#include "tests/b.h"\n'}, "tests/b.h")
 
-    def test_missing_header(self):
+    def test_missing_header_is_a_breach(self):
         self.assert_breach("layers", {"base/a.cpp": '#include "base/b.h"\n'}, "does not exist")
 
-    def test_unknown_folder(self):
+    def test_unknown_folder_is_a_breach(self):
         self.assert_breach("layers", {"testing/lutestsuite/cellar/a.h": "#pragma once\n"}, "no layer")
 
 
@@ -147,7 +147,7 @@ class Links(Lint):
     def calls(own, other):
         return f"void {other}();\nvoid {own}() {{ {other}(); }}\n"
 
-    def test_upward_call_without_an_include(self):
+    def test_upward_call_without_an_include_is_a_breach(self):
         files = {
             "testing/lutestsuite/settings/a.cpp": self.calls("a", "b"),
             "testing/lutestsuite/run/b.cpp": "void b() {}\n",
@@ -161,7 +161,7 @@ class Links(Lint):
         }
         self.assert_links(files)
 
-    def test_folders_of_one_layer_in_a_circle(self):
+    def test_circle_of_folders_of_one_layer_is_a_breach(self):
         files = {
             "testing/lutestsuite/settings/a.cpp": self.calls("a", "b") + "void c() {}\n",
             "testing/lutestsuite/heap/b.cpp": "void b() {}\n",
@@ -169,7 +169,7 @@ class Links(Lint):
         }
         self.assert_links(files, ("folders in a circle", "heap", "settings"))
 
-    def test_circle_of_an_include_and_a_call(self):
+    def test_circle_of_an_include_and_a_call_is_a_breach(self):
         files = {
             "testing/lutestsuite/settings/a.cpp": self.calls("a", "b"),
             "testing/lutestsuite/settings/a.h": "#pragma once\n",
@@ -177,7 +177,7 @@ class Links(Lint):
         }
         self.assert_links(files, ("folders in a circle", "heap", "settings"))
 
-    def test_files_of_one_folder_in_a_circle(self):
+    def test_circle_of_files_of_one_folder_is_a_breach(self):
         files = {
             "testing/lutestsuite/heap/a.cpp": self.calls("a", "b"),
             "testing/lutestsuite/heap/b.cpp": self.calls("b", "c"),
@@ -185,11 +185,11 @@ class Links(Lint):
         }
         self.assert_links(files, ("files that call each other", "heap/a.cpp", "heap/b.cpp", "heap/c.cpp"))
 
-    def test_files_of_base_in_a_circle(self):
+    def test_circle_of_files_of_base_is_a_breach(self):
         files = {"base/a.cpp": self.calls("a", "b"), "base/b.cpp": self.calls("b", "a")}
         self.assert_links(files, ("files that call each other", "base/a.cpp", "base/b.cpp"))
 
-    def test_call_of_the_platform_layer_by_the_text_layer(self):
+    def test_call_of_the_platform_layer_by_the_text_layer_is_a_breach(self):
         files = {"base/lbencoding.cpp": self.calls("a", "b"), "base/os/files_linux.cpp": "void b() {}\n"}
         self.assert_links(files, ("base/lbencoding.cpp", "calls b()", "base/os/files_linux.cpp"))
 
@@ -202,26 +202,26 @@ class Links(Lint):
         }
         self.assert_links(files)
 
-    def test_inline_functions_of_many_objects_are_no_calls(self):
+    def test_inline_functions_of_many_objects_are_not_calls(self):
         files = {
             "testing/lutestsuite/settings/a.cpp": "inline int b() { return 1; }\nint a() { return b(); }\n",
             "testing/lutestsuite/run/b.cpp": "inline int b() { return 1; }\nint c() { return b(); }\n",
         }
         self.assert_links(files)
 
-    def test_missing_build_is_said(self):
+    def test_missing_build_is_noted(self):
         source = "testing/lutestsuite/settings/a.cpp"
         breaches, notes = self.lint({source: "void a() {}\n"}, uncompiled=[source])
         self.assertEqual([], breaches)
         self.assertIn("skipped, nothing is built", notes[0])
 
-    def test_build_older_than_a_source_is_said(self):
+    def test_build_older_than_a_source_is_noted(self):
         source = "testing/lutestsuite/settings/a.cpp"
         breaches, notes = self.lint({source: "void a() {}\n"}, touched=[source])
         self.assertEqual([], breaches)
         self.assertIn("older than " + source, notes[0])
 
-    def test_build_older_than_a_header_is_said(self):
+    def test_build_older_than_a_header_is_noted(self):
         inner = "testing/lutestsuite/settings/b.h"
         files = {
             inner: "",
@@ -231,7 +231,7 @@ class Links(Lint):
         _, notes = self.lint(files, touched=[inner])
         self.assertIn("older than " + inner, notes[0])
 
-    def test_build_older_than_a_source_is_a_breach_if_it_must_be_current(self):
+    def test_outdated_build_is_a_breach_if_it_must_be_current(self):
         source = "testing/lutestsuite/settings/a.cpp"
         files = {source: "void a() {}\n"}
         breaches, _ = self.lint(files, touched=[source], options=["--built=linux-debug"])
@@ -240,7 +240,7 @@ class Links(Lint):
         self.assertEqual([], breaches)
         self.assertIn("older than " + source, notes[0])
 
-    def test_source_that_was_not_compiled_is_said(self):
+    def test_source_that_was_not_compiled_is_noted(self):
         files = {name: "" for name in ("testing/lutestsuite/settings/a.cpp", "testing/lutestsuite/settings/b.cpp")}
         _, notes = self.lint(files, uncompiled=["testing/lutestsuite/settings/b.cpp"])
         self.assertIn("older than testing/lutestsuite/settings/b.cpp", notes[0])
@@ -251,12 +251,12 @@ class Sizes(Lint):
     def function(lines, head="int f()"):
         return head + "\n{\n" + "    g();\n" * (lines - 2) + "}\n"
 
-    def test_file_length(self):
+    def test_file_length_is_limited(self):
         self.assert_clean("sizes", {"base/a.h": "//\n" * 499})
         self.assert_breach("sizes", {"base/a.h": "//\n" * 500}, "500 lines")
         self.assert_clean("sizes", {"base/a.h": "// long because it is one table\n" + "//\n" * 500})
 
-    def test_function_length(self):
+    def test_function_length_is_limited(self):
         heads = [
             "int f()",
             "auto C::f(int a) const noexcept -> std::vector<int>",
@@ -269,11 +269,11 @@ class Sizes(Lint):
                 self.assert_clean("sizes", {"base/a.cpp": self.function(60, head)})
                 self.assert_breach("sizes", {"base/a.cpp": self.function(61, head)}, "function of 61 lines")
 
-    def test_function_with_a_reason(self):
+    def test_long_function_with_a_reason_is_clean(self):
         reason = "// long because the steps share all of their state\n"
         self.assert_clean("sizes", {"base/a.cpp": reason + self.function(80)})
 
-    def test_tables_and_types_are_no_functions(self):
+    def test_tables_and_types_are_not_functions(self):
         self.assert_clean("sizes", {"base/a.cpp": "const S c_Table[] = {\n" + "    {f(1), 2},\n" * 80 + "};\n"})
         self.assert_clean("sizes", {"base/a.h": "class C\n{\n" + "    void f();\n" * 80 + "};\n"})
 
@@ -281,34 +281,34 @@ class Sizes(Lint):
         body = 'int f()\n{\n    g("}", \'{\', R"(}})");\n#define A {\n' + "    g();\n" * 70 + "}\n"
         self.assert_breach("sizes", {"base/a.cpp": body}, "function of 74 lines")
 
-    def test_line_length(self):
+    def test_line_length_is_limited(self):
         self.assert_clean("sizes", {"scripts/a": "# " + "a" * 118 + "\n", "base/a.h": "//" + "a" * 130 + "\n"})
         self.assert_breach("sizes", {"scripts/a": "# " + "a" * 119 + "\n"}, "121 characters")
 
 
 class Text(Lint):
-    def test_encoding(self):
+    def test_encoding_must_be_utf8_without_byte_order_mark(self):
         self.assert_clean("text", {"base/a.h": "// äöü\n"})
         self.assert_breach("text", {"base/a.h": b"// \xe4\n"}, "not UTF-8")
         self.assert_breach("text", {"base/a.h": b"\xef\xbb\xbf//\n"}, "byte order mark")
 
-    def test_blanks_and_line_ends(self):
+    def test_wrong_blanks_and_line_ends_are_breaches(self):
         self.assert_breach("text", {"base/a.h": "//\r\n"}, "carriage return")
         self.assert_breach("text", {"base/a.h": "// \n"}, "blanks")
         self.assert_breach("text", {"base/a.h": "\t//\n"}, "tab")
         self.assert_breach("text", {"base/a.h": "//"}, "line feed")
         self.assert_breach("text", {"base/a.h": "//\n\n"}, "line feed")
 
-    def test_line_ends_of_embedded_texts(self):
+    def test_wrong_line_ends_of_embedded_texts_are_breaches(self):
         style = "testing/lutestsuite/resources/a.css"
         self.assert_clean("text", {style: "a\r\nb\r\n"})
         self.assert_breach("text", {style: "a\r\nb\n"}, style, "carriage return and line feed")
         self.assert_breach("text", {style: "a\r\rb\r\n"}, style, "carriage return and line feed")
 
-    def test_data_is_left_alone(self):
+    def test_data_files_are_not_checked(self):
         self.assert_clean("text", {"tests/golden/a.txt": b"\t\xe4 \r\n\n", "examples/data/C/a.txt": b"\xe4"})
 
-    def test_words(self):
+    def test_forbidden_words_are_breaches(self):
         # Split, so that this file does not contain the words itself.
         for text in ("see /home/me/a", "as the specifi" "cation says", "Part " "3.1", "// TO" "DO"):
             with self.subTest(text):
@@ -319,24 +319,24 @@ class Text(Lint):
 class German(Lint):
     TABLE = "docs/german-texts.md"
 
-    def test_text_that_the_table_lacks(self):
+    def test_text_that_the_table_lacks_is_a_breach(self):
         self.assert_breach("german", {"base/a.cpp": 'auto a = L"Fehler: kein Platz";\n'}, "base/a.cpp:1", "kein Platz")
         table = {self.TABLE: "| `Fehler: kein Ort` | no place |\nFehler: kein Platz\n"}
         self.assert_breach("german", table | {"testing/a.cpp": '\nf(L"Fehler: kein Platz\\n");\n'}, "testing/a.cpp:2")
 
-    def test_listed_text_with_values_in_parts(self):
+    def test_listed_text_with_values_in_parts_is_clean(self):
         table = "| `Datei ... ist zu groß, ... Bytes` | too large |\n"
         source = 'f(L"\\tDatei %s ist "\n  L"zu groß, %5.2f Bytes\\n", a);\n'
         self.assert_clean("german", {self.TABLE: table, "base/a.cpp": source})
 
-    def test_text_in_markup_and_in_scripts(self):
+    def test_text_in_markup_and_in_scripts_is_checked(self):
         table = "| `Läufe`, `Nächster` | runs, next |\n"
         files = {self.TABLE: table, "testing/a.cpp": 'f("<th id=\\"a\\">Läufe</th>");\n',
                  "testing/a.js": "var a = 'N\\u00E4chster';\n"}
         self.assert_clean("german", files)
         self.assertEqual(2, len(self.breaches("german", files | {self.TABLE: "no row\n"})))
 
-    def test_texts_of_one_german_word(self):
+    def test_texts_of_one_german_word_are_checked(self):
         for text in ("Fortsetzen:", "%u. Versuch%s: %s", "... (%u Zeilen)", "<th>Tempo</th>"):
             self.assert_breach("german", {"testing/a.cpp": f'f("{text}");\n'}, "testing/a.cpp:1")
 
@@ -345,7 +345,7 @@ class German(Lint):
 
 
 class Headers(Lint):
-    def test_header_that_needs_another_first(self):
+    def test_header_that_needs_another_first_is_a_breach(self):
         header = {"base/a.h": "#pragma once\ninline std::string f() { return {}; }\n"}
         lines = self.breaches("headers", header)
         self.assertTrue(lines)
@@ -355,13 +355,13 @@ class Headers(Lint):
     def test_header_that_a_source_includes_first_is_left_to_the_build(self):
         self.assert_clean("headers", {"base/a.h": "#pragma once\nnonsense\n", "base/a.cpp": '#include "base/a.h"\n'})
 
-    def test_header_without_guard(self):
+    def test_header_without_guard_is_a_breach(self):
         self.assertTrue(self.breaches("headers", {"base/a.h": "struct S\n{\n};\n"}))
 
-    def test_header_with_all_it_needs(self):
+    def test_header_that_compiles_alone_is_clean(self):
         self.assert_clean("headers", {"base/a.h": "#pragma once\n#include <string>\nstruct S\n{\n};\n"})
 
-    def test_header_of_another_framework_that_the_build_compiles_alone(self):
+    def test_header_of_another_framework_is_left_to_the_build(self):
         header = {"testing/lutestsuite/catch2.h": "#pragma once\n#include <missing>\n"}
         self.assertTrue(self.breaches("headers", header))
         self.assert_clean("headers", {**header, "tests/foreign/catch2/adapter.cpp": "\n"})

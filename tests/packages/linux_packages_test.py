@@ -30,13 +30,13 @@ class DebianPackages(unittest.TestCase):
     def test_there_are_three_packages(self):
         self.assertEqual(set(self.packages), {"liblutestsuite1", "liblutestsuite-dev", "lutestsuite"})
 
-    def test_they_need_each_other_in_the_same_version(self):
+    def test_depend_on_each_other_in_the_same_version(self):
         version = self.field("lutestsuite", "Version")
         self.assertIn(f"liblutestsuite1 (= {version})", self.field("lutestsuite", "Depends"))
         for name in ("liblutestsuite1", "lutestsuite"):
             self.assertIn(f"{name} (= {version})", self.field("liblutestsuite-dev", "Depends"))
 
-    def test_libraries_name_what_they_link(self):
+    def test_libraries_depend_on_the_libraries_that_they_link(self):
         self.assertIn("libpugixml1v5", self.field("liblutestsuite1", "Depends"))
         self.assertEqual(self.field("liblutestsuite1", "Recommends"), "libdw1")
 
@@ -51,7 +51,7 @@ class DebianPackages(unittest.TestCase):
         for ending in ("/libLuTestSuite.so", "/LuTestSuiteConfig.cmake", "/LbBase.pc"):
             self.assertTrue(any(name.endswith(ending) for name in development), ending)
 
-    def test_programs_search_no_folder_of_their_own(self):
+    def test_programs_have_no_search_path_for_libraries(self):
         dynamic = making.output_of("readelf", "-d", self.trees["lutestsuite"] / "usr/bin/LuTestSuiteCLI")
         self.assertIn("libLuTestSuite.so.1", dynamic)
         self.assertNotIn("RUNPATH", dynamic)

@@ -33,11 +33,11 @@ class Recipes(unittest.TestCase):
         needed = [name for name in self.port["dependencies"] if isinstance(name, str)]
         self.assertEqual(sorted(needed), sorted(self.manifest["dependencies"]))
 
-    def test_the_recipe_needs_as_many_libraries(self):
+    def test_the_recipe_needs_the_libraries_of_the_manifest(self):
         needed = {re.sub("[^a-z]", "", name) for name in re.findall(r'requires\("([^/]+)/[0-9.]+"\)', self.recipe)}
         self.assertEqual(needed, {re.sub("[^a-z]", "", name) for name in self.manifest["dependencies"]})
 
-    def test_options_exist(self):
+    def test_options_exist_in_the_project(self):
         options = re.findall(r"-D([A-Z_]+)=", (PORT / "portfile.cmake").read_text("utf-8"))
         options += re.findall(r'cache_variables\["([A-Z_]+)"\]', self.recipe)
         self.assertGreaterEqual(len(options), 6)

@@ -25,21 +25,21 @@ class WindowsPackage(unittest.TestCase):
     def imports(self, path):
         return set(re.findall(r"DLL Name: (\S+)", making.output_of("x86_64-w64-mingw32-objdump", "-p", path)))
 
-    def test_every_library_is_in_it_or_belongs_to_windows(self):
+    def test_contains_every_library_that_does_not_belong_to_windows(self):
         own = {path.name for path in (self.tree / "bin").glob("*.dll")}
         system = re.compile(r"(?i)(kernel32|msvcrt|advapi32|user32|api-ms-win-[a-z0-9-]+)\.dll")
         for program in (self.tree / "bin").iterdir():
             for name in self.imports(program) - own:
                 self.assertRegex(name, system, program.name)
 
-    def test_the_text_names_each_library_of_the_compiler(self):
+    def test_prerequisites_name_each_library_of_the_compiler(self):
         text = (self.tree / "PREREQUISITES.txt").read_text("utf-8")
         named = set(re.findall(r"^ +bin/(\S+)$", text, re.MULTILINE))
         files = {path.name for path in (self.tree / "bin").glob("*.dll")}
         self.assertEqual(named, files - {"LbBase.dll", "LuTestSuite.dll"})
         self.assertIn("libstdc++-6.dll", named)
 
-    def test_it_has_the_licenses_of_the_software_in_its_binaries(self):
+    def test_has_the_licenses_of_the_software_in_its_binaries(self):
         packages = ("gcc-mingw-w64-base", "mingw-w64-common", "libpugixml-dev", "libcli11-dev", "nlohmann-json3-dev",
                     "libxxhash-dev")
         files = {path.name: path.read_text("utf-8") for path in (self.tree / "licenses").iterdir()}
@@ -48,7 +48,7 @@ class WindowsPackage(unittest.TestCase):
             self.assertRegex(text, r"(?i)copyright", name)
             self.assertRegex(text, r"(?i)licen[cs]e", name)
 
-    def test_it_has_what_builds_modules(self):
+    def test_has_the_files_that_build_modules(self):
         for name in ("include/base/luunittest.h", "lib/cmake/LuTestSuite/LuTestSuiteConfig.cmake",
                      "lib/libLbBase.dll.a"):
             self.assertTrue((self.tree / name).exists(), name)

@@ -31,7 +31,7 @@ class Sorting(Pages):
         self.open("diff.html")
         return self.browser.run(SORT_TEXTS, texts)
 
-    def test_click_sorts_and_a_second_one_turns_the_order_around(self):
+    def test_click_sorts_and_second_click_reverses_the_order(self):
         self.open("diff.html")
         before = self.column(4)
 
@@ -72,7 +72,7 @@ class Sorting(Pages):
         self.browser.press("x")
         self.assertEqual(before, self.column(6))
 
-    def test_order_is_told_to_screen_readers(self):
+    def test_order_is_announced_to_screen_readers(self):
         self.open("diff.html")
         self.assertEqual({"none"}, set(self.browser.run(SORTS)))
         self.browser.click("#testcases th:nth-child(3)")
@@ -98,7 +98,7 @@ class Sorting(Pages):
                          self.sort_texts(["100.00% (3/3)", "9.00% (1/9)", "75.00%"])[0])
         self.assertEqual(["-inf", "7", "inf"], self.sort_texts(["7", "inf", "-inf"])[0])
 
-    def test_large_numbers_are_exact(self):
+    def test_large_numbers_are_compared_exactly(self):
         texts = ["18446744073709551615", "18446744073709551614", "5"]
         self.assertEqual(texts[::-1], self.sort_texts(texts)[0])
 
@@ -110,7 +110,7 @@ class Sorting(Pages):
         self.assertEqual(["[2024-05-03]-[09-00-00]", "[2024-05-03]-[10-00-00]"],
                          self.sort_texts(["[2024-05-03]-[10-00-00]", "[2024-05-03]-[09-00-00]"])[0])
 
-    def test_texts_are_sorted_as_germans_do(self):
+    def test_texts_are_sorted_by_german_rules(self):
         self.assertEqual(["Datei 2", "Datei 10", "Ökonomie", "Zebra"],
                          self.sort_texts(["Zebra", "Datei 10", "Ökonomie", "Datei 2"])[0])
 
@@ -127,7 +127,7 @@ class Sorting(Pages):
                                  [name for text, name in after if text == result])
             before = after
 
-    def test_other_tables_are_left_alone(self):
+    def test_other_tables_cannot_be_sorted(self):
         for page in ("run.html", "diff.html", "overview.html"):
             self.open(page)
             self.assertEqual(0, self.browser.run("""
@@ -201,7 +201,7 @@ class Appearance(Pages):
             self.browser.do("url", {"url": link})
             self.assertEqual("LuTestSuite Report", self.browser.run("return document.title"), link)
 
-    def test_hostile_reports_stay_texts(self):
+    def test_markup_in_hostile_reports_is_shown_as_text(self):
         self.open("hostile.html")
         # Injected scripts would have run by now; injected handlers would be attributes of an element.
         self.assertEqual("LuTestSuite Report", self.browser.run("return document.title"))

@@ -72,7 +72,7 @@ class History(Pages):
         self.assertEqual(sorted(names)[::-1], [row[1] for row in self.rows("#k1-slower .findings")])
         self.browser.save_screenshot(self.pages / "history_420_sorted.png")
 
-    def test_arrow_of_the_order_is_in_its_heading(self):
+    def test_sort_arrow_is_inside_its_heading(self):
         self.open("history.html")
         self.assertEqual({"relative"}, set(self.browser.run("""
             return Array.from(document.querySelectorAll('th[aria-sort]'),
@@ -89,7 +89,7 @@ class History(Pages):
         self.assertEqual(sorted(keys), keys)
         self.assertGreater(len(keys), 3)
 
-    def test_search_leaves_the_rows_with_all_words(self):
+    def test_search_shows_only_rows_with_all_words(self):
         self.open("history.html")
         self.assertEqual("2 von 70", self.browser.run(SEARCH, "00041 GRUNDRISS"))
         self.assertEqual(["Grundriss 00041 Obergeschoss.dat"] * 2, [row[1] for row in self.rows(".findings")])
@@ -103,7 +103,7 @@ class History(Pages):
         self.assertTrue(self.browser.run(VISIBLE, "#k1-new-failures"))
         self.assertFalse(self.browser.run(VISIBLE, "#k1-slower"))
 
-    def test_messages_stay_texts(self):
+    def test_markup_in_messages_is_shown_as_text(self):
         self.open("history.html")
         self.assertEqual(1, self.browser.run("return document.scripts.length"))
         self.assertIn("<script>weg()</script>", self.rows("#k1-new-failures .findings")[0][5])
@@ -191,7 +191,7 @@ class History(Pages):
         for light, dark in zip(*colors):
             self.assertNotEqual(light, dark)
 
-    def test_paper_shows_all_and_no_search(self):
+    def test_printed_page_shows_all_runs_and_no_search(self):
         self.open("history.html", "dark", "print")
         self.assertFalse(self.browser.run(VISIBLE, ".search"))
         self.assertTrue(self.browser.run("return document.querySelector('.runs').checkVisibility("

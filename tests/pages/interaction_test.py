@@ -55,24 +55,24 @@ class FailedCases(Pages):
     def current(self, failed="#testcases tr.failure, #testcases tr.error"):
         return self.browser.run(CURRENT, failed)
 
-    def test_failed_ones_can_be_shown_alone(self):
+    def test_filter_shows_only_failed_cases(self):
         self.open("run.html")
         rows = "return document.querySelector('#testcases tbody').innerHTML"
         before, markup = self.browser.run(VISIBLE_CLASSES), self.browser.run(rows)
         self.browser.click(FILTER)
         self.assertEqual(["failure"] * 4 + ["error"] * 4, self.browser.run(VISIBLE_CLASSES))
-        self.assertEqual(markup, self.browser.run(rows), "thousands of rows cannot be touched one by one")
+        self.assertEqual(markup, self.browser.run(rows), "the filter must not change single rows")
         self.assertEqual("true", self.browser.run("return document.querySelector(arguments[0]).ariaPressed", FILTER))
         self.browser.press("f")
         self.assertEqual(before, self.browser.run(VISIBLE_CLASSES))
         self.assertEqual("false", self.browser.run("return document.querySelector(arguments[0]).ariaPressed", FILTER))
 
-    def test_comparisons_show_worse_ones_alone(self):
+    def test_filter_of_comparisons_shows_only_worse_cases(self):
         self.open("diff.html")
         self.browser.press("f")
         self.assertEqual(["worse"] * 5, self.browser.run(VISIBLE_CLASSES))
 
-    def test_case_in_sight_stays_in_sight_when_others_come_and_go(self):
+    def test_filter_keeps_the_current_case_in_sight(self):
         self.open("medium.html")
         self.browser.run("document.querySelectorAll('#testcases :is(tr.failure, tr.error)')[29].scrollIntoView()")
         self.browser.press("n")
@@ -82,7 +82,7 @@ class FailedCases(Pages):
             self.assertEqual(before, self.current())
         self.assertEqual([30, True], before)
 
-    def test_buttons_and_keys_lead_from_one_to_the_next(self):
+    def test_buttons_and_keys_step_through_failed_cases(self):
         self.open("medium.html")
         for action, expected in ((lambda: self.browser.click(NEXT), 0), (lambda: self.browser.press("n"), 1),
                                  (lambda: self.browser.click(NEXT), 2), (lambda: self.browser.click(PREVIOUS), 1),
@@ -99,7 +99,7 @@ class FailedCases(Pages):
         self.browser.press("n")
         self.assertEqual([0, True], self.current())
 
-    def test_walk_goes_on_from_where_the_reader_is(self):
+    def test_walk_continues_from_the_scroll_position(self):
         self.open("medium.html")
         self.browser.press("n")
         self.browser.run("document.querySelectorAll('#testcases tr.failure')[20].scrollIntoView({ block: 'end' })")
@@ -135,7 +135,7 @@ class FailedCases(Pages):
         self.browser.press("n")
         self.assertEqual([1, True], self.current("#testcases tr.worse"))
 
-    def test_keys_are_told_and_belong_to_the_buttons(self):
+    def test_keys_are_shown_and_assigned_to_the_buttons(self):
         self.open("run.html")
         self.assertEqual("Tasten: N n\u00e4chster V vorheriger F nur fehlgeschlagene", self.browser.run(
             "return document.querySelector('#testcases caption small').textContent"))
@@ -144,7 +144,7 @@ class FailedCases(Pages):
                 function (button) { return button.getAttribute('aria-keyshortcuts'); });
         """))
 
-    def test_keys_with_modifiers_belong_to_the_browser(self):
+    def test_keys_with_modifiers_are_left_to_the_browser(self):
         self.open("run.html")
         self.browser.run("""
             ['ctrlKey', 'altKey', 'metaKey'].forEach(function (name) {
@@ -231,7 +231,7 @@ class Outcomes(Pages):
 
 
 class Layout(Pages):
-    def test_long_messages_scroll_inside(self):
+    def test_long_messages_scroll_inside_their_cells(self):
         self.open("long.html")
         self.assertLess(self.browser.run("return document.documentElement.scrollHeight"), 3000)
         cells = self.browser.run("""
@@ -245,7 +245,7 @@ class Layout(Pages):
             self.assertGreater(content, 5000)
             self.assertEqual(100, place)
 
-    def test_paper_shows_whole_messages(self):
+    def test_printed_pages_show_whole_messages(self):
         self.open("long.html", media="print")
         self.assertEqual([0, 0], self.browser.run("""
             return Array.from(document.querySelectorAll('#testcases td:nth-child(8)')).slice(3, 5).map(
@@ -264,7 +264,7 @@ class Layout(Pages):
             self.assertLessEqual(result[2], size[0])
             self.assertLessEqual(result[3], size[1])
 
-    def test_comparisons_have_their_result_on_the_first_screen_of_smaller_windows(self):
+    def test_result_of_comparisons_is_on_the_first_screen_at_1280_pixels(self):
         self.open("diff.html", size=(1280, 1000))
         build, setup, result = self.browser.run(TABLES)
         self.assertLess(max(build[2], setup[2]), result[0])

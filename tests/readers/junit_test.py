@@ -67,7 +67,7 @@ class JunitReport(unittest.TestCase):
         file.write_text(schema, encoding="utf-8")
         run(Tools.xmllint, "--noout", "--schema", file, self.report)
 
-    def test_junitparser(self):
+    def test_junitparser_finds_counts_times_and_messages(self):
         cases = [json.loads(line) for line in run(
             Tools.system_python, "-c", LIST_WITH_JUNITPARSER, self.report).splitlines()]
         self.assertEqual(len(cases), CASES + OTHERS)
@@ -79,13 +79,13 @@ class JunitReport(unittest.TestCase):
         self.assertEqual(cases[1][1], MESSAGE)
         self.assertEqual({case[-1] for case in cases}, {"CFirst", "CSecond"})
 
-    def test_junit_report_merger(self):
+    def test_junit_report_merger_counts_all_cases(self):
         need_modules(self, Tools.modules)
         merged = self.folder / "Merged.xml"
         run(Tools.node, Tools.modules / "junit-report-merger/cli.js", merged, self.report)
         self.assertIn(f'tests="{CASES + OTHERS}"', merged.read_text(encoding="utf-8"))
 
-    def test_readers_of_node(self):
+    def test_readers_of_node_find_counts_times_and_messages(self):
         need_modules(self, Tools.modules)
         # Node searches for modules beside the script.
         script = self.folder / "count_junit.mjs"

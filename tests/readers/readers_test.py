@@ -67,21 +67,21 @@ class Readers:
         cls.report = cls.folder / "Report.xml"
         cls.expected = cls.make()
 
-    def test_xmllint(self):
+    def test_xmllint_counts_the_cases(self):
         run(Tools.xmllint, "--noout", self.report)
         for number, path in zip(self.expected, ("//testcase", "//testcase/failure", "//testcase/error")):
             self.assertEqual(float(run(Tools.xmllint, "--xpath", f"count({path})", self.report)), number)
 
-    def test_expat(self):
+    def test_expat_counts_the_cases(self):
         counts, attributes = count_with_expat(self.report)
         self.assertEqual(counts, self.expected)
         self.assertEqual([int(attributes[name]) for name in ("tests", "failures", "errors")], list(self.expected))
 
-    def test_junitparser(self):
+    def test_junitparser_counts_the_cases(self):
         counted = run(Tools.system_python, "-c", COUNT_WITH_JUNITPARSER, self.report)
         self.assertEqual(tuple(map(int, counted.split())), self.expected)
 
-    def test_junit_report_merger(self):
+    def test_junit_report_merger_keeps_the_counts(self):
         need_modules(self, Tools.modules)
         merged = self.folder / "Merged.xml"
         merged.unlink(missing_ok=True)
@@ -90,7 +90,7 @@ class Readers:
         self.assertEqual(counts, self.expected)
         self.assertEqual([int(attributes[name]) for name in ("tests", "failures", "errors")], list(self.expected))
 
-    def test_junit2json_and_xunit_viewer(self):
+    def test_junit2json_and_xunit_viewer_count_the_cases(self):
         need_modules(self, Tools.modules)
         # Node searches for modules beside the script.
         script = self.folder / "count_cases.mjs"

@@ -86,7 +86,7 @@ class Adoption(unittest.TestCase):
         page = (self.folder.path / "run.html").read_text(encoding="utf-8")
         self.assertIn("order-299.xml", page)
 
-    def test_is_told_if_a_case_fails(self):
+    def test_pipeline_reports_a_failed_case(self):
         file = self.folder.path / "data/COrderTest/order-007.xml"
         content = file.read_text(encoding="utf-8")
         self.addCleanup(file.write_text, content, encoding="utf-8")
@@ -150,7 +150,7 @@ class Adoption(unittest.TestCase):
         self.check_run()
         for command in commands[:2] + commands[4:]:
             self.clone.run(command, 0)
-        self.assertFalse((self.clone.path / "results").exists(), "the results of an earlier build")
+        self.assertFalse((self.clone.path / "results").exists(), "results of an earlier build are left")
 
 
 if __name__ == "__main__":

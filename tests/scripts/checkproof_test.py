@@ -44,12 +44,12 @@ class IncompleteRuns(CheckProof):
     def test_fails_without_a_proof(self):
         self.assert_fails(f"{self.folder}: proof.json is missing; submit and wait write it when a distributed run ends")
 
-    def test_fails_without_another_file(self):
+    def test_fails_without_a_summary(self):
         self.folder.mkdir()
         (self.folder / "proof.json").write_text("{}", encoding="utf-8")
         self.assert_fails(f"No such file or directory: '{self.folder / 'summary.json'}'")
 
-    def test_fails_with_a_proof_of_another_form(self):
+    def test_fails_with_a_proof_without_a_plan(self):
         self.folder.mkdir()
         for name in ("proof.json", "summary.json"):
             (self.folder / name).write_text("{}", encoding="utf-8")
@@ -112,7 +112,7 @@ class CompleteRuns(CheckProof):
     def test_unchanged_run_is_proven(self):
         self.assertEqual(f"{CASES} cases in 2 shards, a verdict for each, 0 duplicates: proven\n", self.check(0))
 
-    def test_rewritten_without_a_change(self):
+    def test_rewritten_journal_equals_the_original(self):
         original = self.journal.read_bytes()
         self.change(self.journal, lambda records: None)
         self.assertEqual(original, self.journal.read_bytes())
@@ -139,14 +139,14 @@ class CompleteRuns(CheckProof):
         self.change_proof(lambda proof: proof["shards"][0]["journals"].append(proof["shards"][0]["journals"].pop() + 1))
         self.assert_fails("1 duplicates instead of 0")
 
-    def test_fails_with_a_foreign_case(self):
+    def test_fails_with_a_verdict_of_an_unknown_case(self):
         def rename(records):
             index = find(records, "end")
             records[index] = re.sub(rb'"case":\d+', b'"case":99', records[index], count=1)
         self.change(self.journal, rename)
         self.assert_fails("has a verdict of a case that it does not have")
 
-    def test_fails_with_another_plan(self):
+    def test_fails_with_a_changed_plan(self):
         for name in ("plan.ndjson", "shard-2/plan.ndjson"):
             with self.subTest(name):
                 path = self.folder / name
@@ -161,15 +161,15 @@ class CompleteRuns(CheckProof):
         self.change_proof(lambda proof: proof["shards"].__setitem__(1, {**proof["shards"][0], "number": 2}))
         self.assert_fails("not each case belongs to exactly one shard")
 
-    def test_fails_without_one_shard_in_the_proof(self):
+    def test_fails_if_the_proof_lacks_a_shard(self):
         self.change_proof(lambda proof: proof["shards"].pop())
         self.assert_fails("proof.json lists other shards than the plan")
 
-    def test_fails_with_another_number_of_verdicts_in_a_shard(self):
+    def test_fails_with_a_wrong_number_of_verdicts_in_a_shard(self):
         self.change_proof(lambda proof: proof["shards"][0].update(verdicts=CASES))
         self.assert_fails("cases, unlike proof.json")
 
-    def test_fails_with_another_colour_in_the_summary(self):
+    def test_fails_if_only_the_summary_is_green(self):
         self.change_proof(lambda proof: proof.update(green=False))
         self.assert_fails("proof.json and summary.json differ in whether the run is green")
 
@@ -197,7 +197,7 @@ class CompleteRuns(CheckProof):
         path.write_bytes(re.sub(rb"\t\t<testcase .*\n", note, path.read_bytes(), count=1))
         self.check(0)
 
-    def test_fails_with_another_number_of_cases_in_the_summary(self):
+    def test_fails_with_a_wrong_number_of_cases_in_the_summary(self):
         path = self.folder / "summary.json"
         path.write_text(path.read_text("utf-8").replace('"missing": 0', '"missing": 1'), encoding="utf-8")
         self.assert_fails("the numbers of cases in the plan, proof.json and summary.json differ")

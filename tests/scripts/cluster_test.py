@@ -46,7 +46,7 @@ class Cluster(unittest.TestCase):
     def call_start_with(self, names, script):
         return self.call("start", self.replace_programs(names, script))
 
-    def test_leaves_a_folder_alone_that_it_has_not_made(self):
+    def test_does_not_touch_a_folder_that_it_has_not_made(self):
         self.folder.mkdir()
         (self.folder / "thesis.txt").write_text("text", encoding="ascii")
         commands = ["stop"] if find_missing_programs() else ["stop", "start"]
@@ -62,7 +62,7 @@ class Cluster(unittest.TestCase):
         self.assertEqual(self.call("stop"), (0, "does not run\n"))
         self.assertFalse(self.folder.exists())
 
-    def test_tells_that_slurm_is_not_installed(self):
+    def test_reports_that_slurm_is_not_installed(self):
         status, output = self.call("start", self.work)
         self.assertEqual(status, UNAVAILABLE)
         self.assertIn("scripts/setup cluster", output)
@@ -74,7 +74,7 @@ class Cluster(unittest.TestCase):
         self.assertEqual(output.splitlines()[-1], "run-example: the packages of Slurm cannot be installed")
 
     @unittest.skipIf(find_missing_programs(), "Slurm is missing; scripts/setup cluster installs it")
-    def test_tells_that_an_installed_slurm_does_not_start(self):
+    def test_reports_that_an_installed_slurm_does_not_start(self):
         status, output = self.call_start_with(PROGRAMS, "echo 'no key'\nexit 1")
         self.assertEqual(status, FAILED, output)
         self.assertIn("Slurm does not start: munged ended at once", output)
@@ -82,7 +82,7 @@ class Cluster(unittest.TestCase):
 
     @unittest.skipIf(find_missing_programs(), "Slurm is missing; scripts/setup cluster installs it")
     @unittest.skipIf(os.getuid() != 0, "only root starts munged as another user")
-    def test_tells_that_root_has_no_rights(self):
+    def test_reports_that_root_has_no_rights(self):
         status, output = self.call_start_with(["setpriv"], "echo 'not permitted' >&2\nexit 1")
         self.assertEqual(status, UNAVAILABLE, output)
         self.assertIn("root cannot become another user: not permitted", output)

@@ -67,7 +67,7 @@ class Draw(unittest.TestCase):
         self.assertEqual({change.name for change in self.draw()}, {"base/a.cpp", "testing/b.cpp"})
         self.assertEqual({change.name for change in self.draw(["testing/*"])}, {"testing/b.cpp"})
 
-    def test_takes_the_headers_with_logic(self):
+    def test_takes_only_headers_with_logic(self):
         for name in ("base/lbformat.h", "testing/lutestsuite/googletest.h", "base/other.h"):
             self.write("class C\n{\n    bool f()\n    {\n        return true;\n    }\n};\n", name)
         self.assertEqual({change.name for change in self.draw()},
@@ -99,7 +99,7 @@ class NearTests(unittest.TestCase):
         self.write("base/files_test.cpp", "Others")
         self.assertEqual(self.find("base/os/files_linux.cpp"), ["Files.*:*/Files.*", "Clock.*:*/Clock.*"])
 
-    def test_of_commands_are_also_those_that_start_the_host(self):
+    def test_of_commands_include_those_that_start_the_host(self):
         self.write("lutestsuiterunner/commands/merge_test.cpp", "Merge")
         self.write("lutestsuiterunner/cli/list_test.cpp", "List")
         self.assertEqual(self.find("testing/lutestsuiterunner/commands/list.cpp"),

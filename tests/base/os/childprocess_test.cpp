@@ -35,7 +35,7 @@ std::optional<std::int64_t> getStatus(CChildProcess& child)
     return child.GetExitStatus();
 }
 
-TEST(OsChildProcess, GivesTheExitStatus)
+TEST(OsChildProcess, ReturnsItsExitStatus)
 {
     const auto child = StartProbe(L"exit 7");
     ASSERT_NE(child, nullptr);
@@ -67,7 +67,7 @@ std::optional<std::int64_t> getStatusIfRemembered(std::int64_t status)
     return LbOs::RemembersForgottenChildren() ? std::optional(status) : std::nullopt;
 }
 
-TEST(OsChildProcess, HasItsExitStatusAlsoWhenOthersHaveWaitedForIt)
+TEST(OsChildProcess, KeepsItsExitStatusIfOtherCodeHasWaitedForIt)
 {
     const auto child = StartProbe(L"exit 7");
     ASSERT_NE(child, nullptr);
@@ -83,7 +83,7 @@ TEST(OsChildProcess, HasItsExitStatusAlsoWhenOthersHaveWaitedForIt)
     EXPECT_EQ(child->GetExitStatus(), getStatusIfRemembered(7));
 }
 
-TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
+TEST(OsChildProcess, KeepsTheSignalThatEndedItIfOtherCodeHasWaitedForIt)
 {
     const auto child = StartProbe(L"sleep");
     ASSERT_NE(child, nullptr);
@@ -98,7 +98,7 @@ TEST(OsChildProcess, HasTheSignalThatEndedItAlsoWhenOthersHaveWaitedForIt)
 }
 
 /// If the system forgets children, a process may be gone before anyone queries it.
-TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
+TEST(OsChildProcess, StartsEvenIfTheSystemDiscardsEndedChildren)
 {
     constexpr int c_Starts = 50;
     if (!LbOs::SetChildrenForgotten(true))
@@ -122,7 +122,7 @@ TEST(OsChildProcess, StartsEvenIfTheSystemForgetsItsChildren)
     EXPECT_EQ(known, LbOs::RemembersForgottenChildren() ? c_Starts : 0);
 }
 
-TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)
+TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemDiscardsEndedChildren)
 {
     CProbeLine line;
     LbOs::SetChildrenForgotten(true);
@@ -137,7 +137,7 @@ TEST(OsChildProcess, CanBeTerminatedEvenIfTheSystemForgetsItsChildren)
 }
 
 /// A case on another worker may close files of this process.
-TEST(OsChildProcess, StartsWhileOthersCloseFiles)
+TEST(OsChildProcess, StartsWhileAnotherThreadClosesFiles)
 {
     const std::optional<int> status = LbOs::RunInFork([] {
         constexpr int c_Starts = 30;
@@ -259,7 +259,7 @@ TEST(OsChildProcess, DoesNotStartFromADeletedFolder)
     EXPECT_EQ(CChildProcess::Start(options), nullptr);
 }
 
-TEST(OsChildProcess, SearchesForAProgramThatOnlyTheCommandLineNames)
+TEST(OsChildProcess, FindsAProgramNamedOnlyInTheCommandLine)
 {
     LbOs::SChildOptions options = GetProbeOptions(L"");
     options.commandLine = LbCommandLine::Quote(options.program) + L" exit 5";
@@ -294,7 +294,7 @@ protected:
         ASSERT_TRUE(m_line.IsAlive());
         if (!LbOs::CloseForOthers(m_child->GetWaitHandle()))
         {
-            GTEST_SKIP() << "a test cannot guess handles here";
+            GTEST_SKIP() << "the handle cannot be closed here";
         }
     }
 
@@ -302,14 +302,14 @@ protected:
     std::unique_ptr<CChildProcess> m_child;
 };
 
-TEST_F(OsChildProcessWithoutHandle, KeepsRunning)
+TEST_F(OsChildProcessWithoutHandle, IsReportedAsRunning)
 {
     EXPECT_FALSE(m_child->Wait(1));
     EXPECT_TRUE(m_child->IsRunning());
     EXPECT_EQ(m_child->GetExitStatus(), std::nullopt);
 }
 
-TEST_F(OsChildProcessWithoutHandle, KeepsRunningWhenNoFileCanBeOpened)
+TEST_F(OsChildProcessWithoutHandle, IsWaitedForWhenNoFileCanBeOpened)
 {
     LbOs::SetFilesForbidden(true);
     const bool isWaitedFor = m_child->Wait(1);
@@ -324,14 +324,14 @@ TEST_F(OsChildProcessWithoutHandle, KeepsRunningWhenNoFileCanBeOpened)
     EXPECT_EQ(m_child->GetExitStatus(), 0);
 }
 
-TEST_F(OsChildProcessWithoutHandle, EndsByItself)
+TEST_F(OsChildProcessWithoutHandle, ReturnsItsExitStatusWhenItEnds)
 {
     m_line.End();
 
     EXPECT_EQ(getStatus(*m_child), 0);
 }
 
-TEST_F(OsChildProcessWithoutHandle, IsTerminated)
+TEST_F(OsChildProcessWithoutHandle, CanBeTerminated)
 {
     m_child->Terminate();
 
@@ -351,7 +351,7 @@ TEST_F(OsChildProcessWithoutHandle, EndsWithItsObject)
     EXPECT_EQ(std::ranges::count(LbOs::ListChildren(), id), 0);
 }
 
-TEST_F(OsChildProcessWithoutHandle, IsNotConfusedWithTheHandlesNextOwner)
+TEST_F(OsChildProcessWithoutHandle, IsNotConfusedWithTheNextOwnerOfItsHandle)
 {
     const auto handle = m_child->GetWaitHandle();
     const auto other = StartProbe(L"exit 3");
@@ -366,7 +366,7 @@ TEST_F(OsChildProcessWithoutHandle, IsNotConfusedWithTheHandlesNextOwner)
     EXPECT_EQ(other->GetExitStatus(), 3);
 }
 
-TEST_F(OsChildProcessWithoutHandle, DoesNotCloseTheHandleOfItsNextOwner)
+TEST_F(OsChildProcessWithoutHandle, DoesNotCloseItsHandleOnceAnotherChildOwnsIt)
 {
     const auto handle = m_child->GetWaitHandle();
     const auto other = StartProbe(L"sleep");
@@ -393,7 +393,7 @@ TEST(OsChildProcess, EndsWhenTheDebuggerReleasesIt)
     EXPECT_EQ(getStatus(*child), -9);
 }
 
-TEST(OsChildProcess, NeedsNoFurtherProcessAfterPreparation)
+TEST(OsChildProcess, StartsNoHelperProcessAfterPreparation)
 {
     LbOs::EndKeeper();
     CChildProcess::PrepareStarts();

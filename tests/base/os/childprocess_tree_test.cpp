@@ -21,7 +21,7 @@ using LbOs::CChildProcess;
 
 constexpr std::uint32_t c_Long = 60000;
 
-TEST(OsChildProcessTrees, EndsWithItsDescendantsWhenItsObjectIsDestroyed)
+TEST(OsChildProcessTrees, EndWhenTheObjectOfTheirRootIsDestroyed)
 {
     CProbeLine line;
     auto child = StartProbe(L"parent " + line.GetName());
@@ -51,7 +51,7 @@ TEST(OsChildProcessTrees, EndWhenTheirEndedRootIsTerminated)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST(OsChildProcessTrees, EndsDescendantsOfAnEndedProcessWithItsObject)
+TEST(OsChildProcessTrees, EndWhenTheObjectOfTheirEndedRootIsDestroyed)
 {
     CProbeLine line;
     auto child = StartProbe(L"orderly " + line.GetName());
@@ -66,7 +66,7 @@ TEST(OsChildProcessTrees, EndsDescendantsOfAnEndedProcessWithItsObject)
 }
 
 /// Also holds if the test itself runs in a child process: then both processes inherit the mark of that child.
-TEST(OsChildProcessTrees, LeavesTheProcessesOfOthersAlone)
+TEST(OsChildProcessTrees, LeaveOtherTreesRunningWhenTerminated)
 {
     CProbeLine line;
     const auto other = StartProbe(L"answer " + line.GetName());
@@ -100,7 +100,7 @@ class OsChildProcessTree : public testing::TestWithParam<const wchar_t*>
 {
 };
 
-TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminated)
+TEST_P(OsChildProcessTree, EndsWhenItsRootIsTerminated)
 {
     CProbeLine line;
     const auto child = StartProbe(GetParam() + (L" " + line.GetName()));
@@ -113,7 +113,7 @@ TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminated)
     EXPECT_TRUE(line.IsGone());
 }
 
-TEST_P(OsChildProcessTree, EndsWhenTheProcessIsTerminatedWithoutFreeFiles)
+TEST_P(OsChildProcessTree, EndsWhenItsRootIsTerminatedWithoutFreeFileDescriptors)
 {
     constexpr std::uint64_t c_Limit = 64;
     CProbeLine line;
@@ -191,7 +191,7 @@ TEST_P(OsChildProcessTree, EndsWhenItsOwnerEndsAbruptly)
 }
 
 /// Each child has a tree of its own, and all trees end at once.
-TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
+TEST(OsChildProcessTrees, EndAllAtOnceWhenTheirOwnerIsKilled)
 {
     using Clock = std::chrono::steady_clock;
     CProbeLine line;
@@ -211,7 +211,7 @@ TEST(OsChildProcessTrees, EndsWithManyOthersWhenTheirOwnerIsKilled)
 }
 
 /// The keeper may be killed together with all processes of its name, or by the out-of-memory killer.
-TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
+TEST(OsChildProcessTrees, EndWithTheirOwnerEvenIfItsKeeperWasKilled)
 {
     CProbeLine line;
     LbOs::SChildOptions options = GetProbeOptions(L"neglected " + line.GetName());
@@ -227,7 +227,7 @@ TEST(OsChildProcessTrees, EndsWithItsOwnerEvenIfTheOwnersKeeperWasKilled)
 }
 
 /// If a process is terminated from outside, the names of its descendants' events are still removed.
-TEST(OsChildProcessTrees, RemovesTheNamesOfItsDescendants)
+TEST(OsChildProcessTrees, RemoveTheEventNamesOfTheirProcesses)
 {
     CProbeLine line;
     const auto child = StartProbe(L"owner " + line.GetName() + L" holder");

@@ -31,7 +31,7 @@ TEST(OsClock, AgreesWithTheRunTimesClock)
     EXPECT_LE(now, after);
 }
 
-TEST(OsClock, FillsAllBytesWithRandom)
+TEST(OsClock, FillsAllBytesWithRandomValues)
 {
     std::array<unsigned char, 1000> seen{};
     for (int round = 0; round < 32; ++round)

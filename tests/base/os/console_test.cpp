@@ -15,7 +15,7 @@
 namespace
 {
 
-TEST(OsConsole, WritesInOrderWithTheRunTime)
+TEST(OsConsole, WritesInOrderWithPrintf)
 {
     testing::internal::CaptureStdout();
     std::printf("first ");
@@ -24,7 +24,7 @@ TEST(OsConsole, WritesInOrderWithTheRunTime)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "first second third");
 }
 
-TEST(OsConsole, WritesBytesAboveAscii)
+TEST(OsConsole, WritesNonAsciiBytesUnchanged)
 {
     testing::internal::CaptureStdout();
     LbOs::WriteStandardOutput("gr\xC3\xB6\xC3\x9F"
@@ -69,7 +69,7 @@ TEST(OsConsole, WritesErrorsToTheErrorStream)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST(OsConsole, SeesNoTerminalInAFile)
+TEST(OsConsole, DoesNotTreatAFileAsATerminal)
 {
     testing::internal::CaptureStdout();
     const bool isTerminal = LbOs::EnableTerminalSequences();
@@ -77,7 +77,7 @@ TEST(OsConsole, SeesNoTerminalInAFile)
     EXPECT_FALSE(isTerminal);
 }
 
-TEST(OsConsole, ReadsTheEnvironment)
+TEST(OsConsole, ReadsEnvironmentVariables)
 {
     EXPECT_NE(LbOs::GetEnvironmentText(L"PATH"), L"");
     EXPECT_EQ(LbOs::GetEnvironmentText(L"LUTESTSUITE_NEVER_SET"), L"");

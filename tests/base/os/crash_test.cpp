@@ -76,7 +76,7 @@ TEST_P(OsCrash, WritesNoDumpWhenDumpsAreOff)
     const std::wstring how = GetParam().how;
     if (countDumps(L"dump " + how, ScopedFolder()) == 0)
     {
-        GTEST_SKIP() << "the system writes no dump into the working directory";
+        GTEST_SKIP() << "the system does not write dumps to the working directory";
     }
 
     EXPECT_EQ(countDumps(L"silence " + how, ScopedFolder()), 0);
@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, OsCrash,
                                          SCrash{L"terminate", 3, -6}),
                          [](const auto& way) { return LbEncoding::ToUtf8(way.param.how); });
 
-TEST(OsCrashStatus, FollowsFromTheCode)
+TEST(OsCrashStatus, IsDerivedFromTheCrashCode)
 {
     constexpr std::uint32_t c_AccessViolation = c_IsWindows ? 0xC0000005 : 11;
     constexpr std::int64_t c_Status = c_IsWindows ? std::int64_t{0xC0000005} : -11;

@@ -69,7 +69,7 @@ TEST_F(HoldsFile, IsFalseOnceTheFileIsGone)
     EXPECT_FALSE(LbOs::HoldsFile(m_folder.GetPathOf(L"missing"), L"a.txt"));
 }
 
-TEST(DirectoryStamp, IsTheSameForADirectoryThatDoesNotChange)
+TEST(DirectoryStamp, StaysTheSameForAnUnchangedDirectory)
 {
     const ScopedFolder folder;
 

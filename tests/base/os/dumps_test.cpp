@@ -51,7 +51,7 @@ protected:
     std::unique_ptr<LbOs::CChildProcess> m_child;
 };
 
-TEST_F(OsDumps, AreComplete)
+TEST_F(OsDumps, AreWrittenWhileTheProcessKeepsRunning)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the process has terabytes of shadow memory";
@@ -65,7 +65,7 @@ TEST_F(OsDumps, AreComplete)
     EXPECT_TRUE(m_line.IsAlive());
 }
 
-TEST_F(OsDumps, EndAtTheTimeLimitWithoutAFile)
+TEST_F(OsDumps, LeaveNoFileAtTheTimeLimit)
 {
     const LbOs::SDump dump = WriteDump(milliseconds(0));
 
@@ -77,7 +77,7 @@ TEST_F(OsDumps, EndAtTheTimeLimitWithoutAFile)
 }
 
 /// The time limit of a case ends its process while the dump is still being written.
-TEST_F(OsDumps, LeaveNoFileIfTheProcessEndsMeanwhile)
+TEST_F(OsDumps, LeaveNoFileIfTheProcessEndsWhileTheyAreWritten)
 {
     WriteDump(milliseconds(0));
     m_child->Terminate();

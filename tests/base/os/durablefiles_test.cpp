@@ -15,7 +15,7 @@ bool append(LbOs::FileHandle file, std::string_view bytes)
     return LbOs::WriteFileBytes(file, bytes.data(), bytes.size());
 }
 
-TEST(OsDurableFiles, GrowByWhatIsAppended)
+TEST(OsDurableFiles, GrowByTheAppendedBytes)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.GetPathOf(L"Prüfung");
@@ -31,7 +31,7 @@ TEST(OsDurableFiles, GrowByWhatIsAppended)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "einszwei");
 }
 
-TEST(OsDurableFiles, AreNeverOpenedASecondTime)
+TEST(OsDurableFiles, AreNeverCreatedOverExistingFiles)
 {
     const ScopedFolder folder;
     const std::wstring path = folder.WriteFile(L"da", "x");
@@ -41,7 +41,7 @@ TEST(OsDurableFiles, AreNeverOpenedASecondTime)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(path), "x");
 }
 
-TEST(OsDurableFiles, SynchroniseDirectories)
+TEST(OsDurableFiles, SynchroniseTheirDirectory)
 {
     const ScopedFolder folder;
 
@@ -49,7 +49,7 @@ TEST(OsDurableFiles, SynchroniseDirectories)
     EXPECT_FALSE(LbOs::SynchroniseDirectory(folder.GetPathOf(L"fehlt")));
 }
 
-TEST(OsDurableFiles, SayWhenTheyCannotBeSynchronised)
+TEST(OsDurableFiles, ReportThatTheyCannotBeSynchronised)
 {
     EXPECT_FALSE(LbOs::SynchroniseFile(LbOs::c_InvalidFile));
 }

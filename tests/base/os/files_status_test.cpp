@@ -17,7 +17,7 @@
 namespace
 {
 
-TEST(OsFiles, KnowsAFileByEachOfItsNames)
+TEST(OsFiles, RecognisesAFileByDifferentPaths)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Ordner/größer.txt", "x");
@@ -30,7 +30,7 @@ TEST(OsFiles, KnowsAFileByEachOfItsNames)
     EXPECT_FALSE(LbOs::AreSameFile(folder.GetPath(), folder.GetPathOf(L"Ordner")));
 }
 
-TEST(OsFiles, KnowsAFileThatHasSeveralNames)
+TEST(OsFiles, RecognisesAFileByItsHardLink)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Datei", "x");
@@ -123,7 +123,7 @@ TEST(OsFiles, DoesNotTreatFilesInAnUnreadableFolderAsMissing)
     }
 }
 
-TEST(OsFiles, FollowsLinksToAFile)
+TEST(OsFiles, RecognisesAFileThroughALink)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Datei", "x");
@@ -137,7 +137,7 @@ TEST(OsFiles, FollowsLinksToAFile)
     EXPECT_TRUE(LbOs::AreSameFile(file, link));
 }
 
-TEST(OsFiles, MissingFilesHaveNoIdentity)
+TEST(OsFiles, DoesNotTreatMissingFilesAsTheSameFile)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Datei", "x");

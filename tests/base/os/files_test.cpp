@@ -172,7 +172,7 @@ TEST(OsFiles, DistinguishesLinksFromTheirTargets)
     EXPECT_EQ(LbPath::GetLastComponent(LbOs::GetLinkTarget(directory)), L"Ordner");
 }
 
-TEST(OsFiles, RecognisesNothingElseAsALink)
+TEST(OsFiles, DoesNotTreatFilesAndFoldersAsLinks)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(L"Ordner/Datei", "x");
@@ -203,7 +203,7 @@ TEST(OsFiles, KeepsNamesThatAreInvalidText)
     EXPECT_TRUE(LbOs::RemoveFile(path));
 }
 
-TEST(OsFiles, MakesOneLevelOfDirectories)
+TEST(OsFiles, MakesDirectoriesOnlyInExistingParents)
 {
     const ScopedFolder folder;
     EXPECT_TRUE(LbOs::MakeDirectory(folder.GetPathOf(L"new")));
@@ -285,7 +285,7 @@ TEST(OsFiles, KeepsTheWorkingDirectoryOnFailure)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), former);
 }
 
-TEST(OsFiles, KnowsItsOwnExecutable)
+TEST(OsFiles, FindsItsOwnExecutable)
 {
     const std::wstring path = LbOs::GetExecutablePath();
     EXPECT_TRUE(LbOs::IsAbsolutePath(path));

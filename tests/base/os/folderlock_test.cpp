@@ -17,7 +17,7 @@ namespace
 
 using LbOs::CFolderLock;
 
-TEST(OsFolderLockConcurrency, LetsOneThreadInAtATime)
+TEST(OsFolderLockConcurrency, AdmitsOneThreadAtATime)
 {
     constexpr int c_Rounds = 200;
     const ScopedFolder folder;
@@ -92,7 +92,7 @@ TEST(OsFolderLock, AddsNoFileAndDoesNotPreventWriting)
     EXPECT_EQ(LbFileSystem::GetFileNames(folder.GetPath()), std::vector<std::wstring>{L"Datei"});
 }
 
-TEST(OsFolderLock, IsRefusedWithoutWaitingWhileAnotherThreadHasIt)
+TEST(OsFolderLock, IsRefusedAtOnceWhileAnotherThreadHoldsIt)
 {
     const ScopedFolder folder;
     const auto tryInThread = [&folder] {
@@ -108,7 +108,7 @@ TEST(OsFolderLock, IsRefusedWithoutWaitingWhileAnotherThreadHasIt)
     EXPECT_TRUE(tryInThread());
 }
 
-TEST(OsFolderLock, TellsWhetherAnotherThreadHasIt)
+TEST(OsFolderLock, ReportsWhetherAnotherThreadHoldsIt)
 {
     const ScopedFolder folder;
     const auto isHeldElsewhere = [](const std::wstring& path) {
@@ -125,7 +125,7 @@ TEST(OsFolderLock, TellsWhetherAnotherThreadHasIt)
     EXPECT_FALSE(isHeldElsewhere(folder.GetPathOf(L"fehlt")));
 }
 
-TEST(OsFolderLock, IsRefusedWithoutWaitingToTheThreadThatHasIt)
+TEST(OsFolderLock, IsRefusedAtOnceToTheThreadThatHoldsIt)
 {
     const ScopedFolder folder;
     const auto lock = CFolderLock::Acquire(folder.GetPath());
@@ -135,7 +135,7 @@ TEST(OsFolderLock, IsRefusedWithoutWaitingToTheThreadThatHasIt)
     EXPECT_TRUE(isHeld);
 }
 
-TEST(OsFolderLock, NeedsAFolder)
+TEST(OsFolderLock, CannotBeAcquiredForAMissingFolder)
 {
     const ScopedFolder folder;
 

@@ -17,7 +17,7 @@ TEST(ForkMark, StaysTheSameInAProcess)
     EXPECT_EQ(LbOs::GetForkMark(), mark);
 }
 
-TEST(ForkMark, DiffersInAForkAndInItsFork)
+TEST(ForkMark, DiffersInAForkAndInAForkOfTheFork)
 {
     const std::uint64_t mark = LbOs::GetForkMark();
     const std::optional<int> status = LbOs::RunInFork([mark] {

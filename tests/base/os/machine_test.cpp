@@ -36,7 +36,7 @@ TEST(Machine, HasAName)
     EXPECT_EQ(LbOs::GetMachineName().find(L'\0'), std::wstring::npos);
 }
 
-TEST(Machine, ReturnsTheSameValuesAgain)
+TEST(Machine, ReturnsTheSameValuesOnEachCall)
 {
     EXPECT_EQ(LbOs::QueryProcessor().model, LbOs::QueryProcessor().model);
     EXPECT_EQ(LbOs::GetPhysicalMemory(), LbOs::GetPhysicalMemory());

@@ -28,7 +28,7 @@ TEST(OsModules, FindsTheModuleOfAnAddress)
     EXPECT_EQ(LbOs::QueryEntry(path), LbOs::EEntry::File);
 }
 
-TEST(OsModules, FindsNoModuleOfOtherAddresses)
+TEST(OsModules, FindsNoModuleForAddressesOutsideModules)
 {
     const int onTheStack = 0;
     EXPECT_EQ(LbOs::GetModulePathOf(&onTheStack), L"");

@@ -44,7 +44,7 @@ TEST_F(OsNamedEvent, ReleasesOneWaitForEachSet)
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
 }
 
-TEST_F(OsNamedEvent, DoesNotCount)
+TEST_F(OsNamedEvent, DoesNotCountSets)
 {
     for (int count = 0; count < 200; ++count)
     {
@@ -55,7 +55,7 @@ TEST_F(OsNamedEvent, DoesNotCount)
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
 }
 
-TEST_F(OsNamedEvent, IsNeverTooFullToBeSet)
+TEST_F(OsNamedEvent, CanBeSetAnyNumberOfTimes)
 {
     bool isSet = true;
     for (int count = 0; count < 70000; ++count)
@@ -68,7 +68,7 @@ TEST_F(OsNamedEvent, IsNeverTooFullToBeSet)
     EXPECT_EQ(m_event->Wait(0), EEventWait::TimedOut);
 }
 
-TEST_F(OsNamedEvent, StaysOneSignalHoweverOftenSet)
+TEST_F(OsNamedEvent, TreatsAnyNumberOfStoredSignalsAsOne)
 {
     if (!LbOs::FloodEvent(m_name))
     {
@@ -122,7 +122,7 @@ TEST_F(OsNamedEvent, ReportsThatTheKeeperHasNoFreeEntry)
     }
     if (failure.empty() || failure.starts_with(L"open"))
     {
-        GTEST_SKIP() << "any number of events, or fewer files, may be open";
+        GTEST_SKIP() << "the number of events is unlimited, or the limit of open files is lower";
     }
 
     EXPECT_EQ(failure, L"der Prozess LuKeeper fehlt oder führt schon zu viele Einträge");
@@ -130,7 +130,7 @@ TEST_F(OsNamedEvent, ReportsThatTheKeeperHasNoFreeEntry)
     EXPECT_GT(events.size(), 4000U);
 }
 
-TEST_F(OsNamedEvent, IsAccessibleOnlyToTheOwnUser)
+TEST_F(OsNamedEvent, IsAccessibleOnlyToItsUser)
 {
     EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));
     EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
@@ -160,7 +160,7 @@ TEST_F(OsNamedEvent, RemovesItsNameOnDestruction)
     EXPECT_NE(CNamedEvent::Create(m_name), nullptr);
 }
 
-TEST_F(OsNamedEvent, KnowsWhetherOthersHaveRemovedItsName)
+TEST_F(OsNamedEvent, ReportsWhetherOthersHaveRemovedItsName)
 {
     EXPECT_TRUE(m_event->IsNamed());
 
@@ -240,7 +240,7 @@ TEST_F(OsNamedEvent, NoticesTheEndOfAProcessWhoseHandleWasClosed)
     const auto handle = child->GetWaitHandle();
     if (!LbOs::CloseForOthers(handle))
     {
-        GTEST_SKIP() << "a test cannot guess handles here";
+        GTEST_SKIP() << "the handle cannot be closed here";
     }
     // The next process, which keeps running, gets the number of the closed handle.
     const auto other = StartProbe(L"sleep");

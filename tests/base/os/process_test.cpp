@@ -31,7 +31,7 @@ std::size_t useStack(std::size_t levels)
     return below + static_cast<std::size_t>(used[levels % used.size()]);
 }
 
-TEST(OsProcess, KnowsTheProgramAmongItsArguments)
+TEST(OsProcess, ReturnsTheProgramAsTheFirstArgument)
 {
     const std::string program = testing::internal::GetArgvs().front();
     const char* const arguments[] = {program.c_str()};
@@ -40,7 +40,7 @@ TEST(OsProcess, KnowsTheProgramAmongItsArguments)
     EXPECT_TRUE(LbPath::GetLastComponent(LbOs::GetExecutablePath()).starts_with(LbPath::GetLastComponent(result[0])));
 }
 
-TEST(OsProcess, KnowsTheProgramWhoseNameIsPartlyQuoted)
+TEST(OsProcess, ReadsAPartlyQuotedProgramName)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.GetPathOf(L"Datei");
@@ -80,7 +80,7 @@ TEST(OsProcess, RunsOnAStackOfOneGigaByte)
     EXPECT_EQ(levels, 201U);
 }
 
-TEST(OsProcess, AcceptsAnySmallStackSize)
+TEST(OsProcess, AcceptsAStackSizeOfOneByte)
 {
     bool hasRun = false;
     LbOs::RunOnStack(1, [&hasRun] { hasRun = true; });
@@ -114,7 +114,7 @@ TEST(OsProcess, HasAnId)
     EXPECT_EQ(LbOs::GetProcessId(), LbOs::GetProcessId());
 }
 
-TEST(OsProcessDeathTest, EndsWithoutADebugger)
+TEST(OsProcessDeathTest, BreakIntoDebuggerEndsTheProcessWithoutADebugger)
 {
     EXPECT_DEATH(LbOs::BreakIntoDebugger(), "");
 }

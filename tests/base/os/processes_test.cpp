@@ -13,7 +13,7 @@ namespace
 constexpr unsigned c_Many = 1000;
 constexpr std::size_t c_RoomForSomeStacks = std::size_t{100} << 20U;
 
-TEST(OsProcessesThreads, CanAllBeStartedWhereNothingLimitsThem)
+TEST(OsProcessesThreads, CanAllBeStartedWithoutALimit)
 {
     EXPECT_EQ(LbOs::CountStartableThreads(3), 3U);
     EXPECT_EQ(LbOs::CountStartableThreads(0), 0U);

@@ -80,7 +80,7 @@ TEST(OsThreadProcessors, AreRestoredOnce)
     all.Restore();
 }
 
-TEST(OsThreadProcessors, ChangeNothingWhenNothingIsRead)
+TEST(OsThreadProcessors, ChangeNothingIfTheyWereNotRead)
 {
     const std::uint32_t all = LbOs::CountOwnProcessors();
     const auto child = StartProbe(L"sleep");

@@ -14,7 +14,7 @@ TEST(FindEmbeddedResource, FindsNothingInALibraryWithoutResources)
     EXPECT_TRUE(LbOs::FindEmbeddedResource(address, L"IDR_HTML_REPORT_CSS", L"CSSFILE").empty());
 }
 
-TEST(FindEmbeddedResource, FindsNothingOutsideOfModules)
+TEST(FindEmbeddedResource, FindsNothingAtAnAddressOutsideModules)
 {
     int local = 0;
 

@@ -40,7 +40,7 @@ TEST_F(OsSharedMemory, IsZeroAtFirst)
     EXPECT_EQ(std::count(bytes, bytes + c_Size, '\0'), static_cast<std::ptrdiff_t>(c_Size));
 }
 
-TEST_F(OsSharedMemory, IsSharedByAllViews)
+TEST_F(OsSharedMemory, IsSharedByAllViewsMappedByName)
 {
     const auto written = MapSharedMemory(m_name, c_Size, EMemoryAccess::Write);
     const auto read = MapSharedMemory(m_name, c_Size, EMemoryAccess::Read);
@@ -72,13 +72,13 @@ TEST_F(OsSharedMemory, ReportsWhyItCannotBeCreated)
     EXPECT_NE(exists, isTooLarge);
 }
 
-TEST_F(OsSharedMemory, IsAccessibleOnlyToTheOwnUser)
+TEST_F(OsSharedMemory, IsAccessibleOnlyToItsUser)
 {
     EXPECT_TRUE(LbOs::IsForOwnUserOnly(m_name));
     EXPECT_FALSE(LbOs::IsForOwnUserOnly(m_name + L"-a"));
 }
 
-TEST_F(OsSharedMemory, IsViewedAsAWhole)
+TEST_F(OsSharedMemory, IsViewedInFullByItsName)
 {
     std::memset(m_memory->Map(EMemoryAccess::Write).get(), 1, c_Size);
     const LbOs::CSharedView view(m_name);
@@ -94,7 +94,7 @@ TEST_F(OsSharedMemory, IsNotMappedIfItBelongsToAnotherUser)
     const std::shared_ptr<void> memory = LbOs::MakeMemoryOfAnotherUser(name, c_Size);
     if (!memory)
     {
-        GTEST_SKIP() << "this user cannot create objects of another one";
+        GTEST_SKIP() << "this user cannot create objects of another user";
     }
 
     EXPECT_TRUE(LbOs::CSharedView(name).GetBytes().empty());
@@ -109,7 +109,7 @@ TEST_F(OsSharedMemory, RemovesItsNameOnDestruction)
     EXPECT_NE(CSharedMemory::Create(m_name, c_Size), nullptr);
 }
 
-TEST_F(OsSharedMemory, StaysMappedWithoutItsName)
+TEST_F(OsSharedMemory, StaysMappedAfterItsNameIsRemoved)
 {
     const auto view = MapSharedMemory(m_name, c_Size, EMemoryAccess::Write);
     ASSERT_NE(view, nullptr);
@@ -119,7 +119,7 @@ TEST_F(OsSharedMemory, StaysMappedWithoutItsName)
     EXPECT_EQ(static_cast<const char*>(view.get())[c_Size - 1], 1);
 }
 
-TEST_F(OsSharedMemory, HasTheSameContentInAllViews)
+TEST_F(OsSharedMemory, HasTheSameContentInItsOwnAndInNamedViews)
 {
     const auto written = m_memory->Map(EMemoryAccess::Write);
     const auto read = m_memory->Map(EMemoryAccess::Read);
@@ -132,7 +132,7 @@ TEST_F(OsSharedMemory, HasTheSameContentInAllViews)
     EXPECT_STREQ(static_cast<const char*>(named.get()), "Text");
 }
 
-TEST_F(OsSharedMemory, KnowsWhetherOthersHaveRemovedItsName)
+TEST_F(OsSharedMemory, ReportsWhetherOthersHaveRemovedItsName)
 {
     EXPECT_TRUE(m_memory->IsNamed());
 

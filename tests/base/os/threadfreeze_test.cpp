@@ -67,7 +67,7 @@ TEST_F(OsThreadFreeze, StopsAndReleasesAnotherThread)
     EXPECT_TRUE(isStopped());
 }
 
-TEST_F(OsThreadFreeze, ReportsPersistentRefusalAndFreezesLater)
+TEST_F(OsThreadFreeze, FailsWhileSignalsAreForbiddenAndSucceedsLater)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {
@@ -92,7 +92,7 @@ TEST_F(OsThreadFreeze, ChoosesAnotherSignalIfItsOwnIsTaken)
     EXPECT_TRUE(isStopped());
 }
 
-TEST_F(OsThreadFreeze, InterruptionsDoNotShortenItsTimeOut)
+TEST_F(OsThreadFreeze, KeepsItsTimeOutDespiteInterruptions)
 {
     if (!LbOs::SetSignalsForbidden(true))
     {

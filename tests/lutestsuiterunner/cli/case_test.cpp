@@ -7,7 +7,7 @@ namespace
 
 using RunnerCase = RunnerTest;
 
-TEST_F(RunnerCase, HasAStatusForEachOutcome)
+TEST_F(RunnerCase, ReturnsAnExitStatusForEachOutcome)
 {
     m_folder.MakeFolder(L"data/unten/CResultModel");
 
@@ -19,7 +19,7 @@ TEST_F(RunnerCase, HasAStatusForEachOutcome)
     EXPECT_EQ(Run({L"case", L"CResultModel:unbekannter Wert"}).exitStatus, 15);
 }
 
-TEST_F(RunnerCase, PrintsTheMessages)
+TEST_F(RunnerCase, PrintsTheMessagesOfTheCase)
 {
     m_folder.MakeFolder(L"data/CMessageModel");
 
@@ -29,14 +29,14 @@ TEST_F(RunnerCase, PrintsTheMessages)
     ExpectLine(run.output, "ERROR: 3 statt 4\n");
 }
 
-TEST_F(RunnerCase, PrintsAllLinesOfTheMessages)
+TEST_F(RunnerCase, PrintsAllLinesOfLongMessages)
 {
     m_folder.MakeFolder(L"data/CTalkingModel");
 
     ExpectLine(Run({L"case", L"CTalkingModel:viele Zeilen"}).output, "INFO:  Zeile 99\n");
 }
 
-TEST_F(RunnerCase, HasTheStatusOfACrashInAChild)
+TEST_F(RunnerCase, ReturnsTheStatusOfAnUnknownErrorIfAChildCrashes)
 {
     m_folder.MakeFolder(L"data/CCrashModel");
 
@@ -54,7 +54,7 @@ TEST_F(RunnerCase, SkipsDisabledCases)
     ExpectLine(run.output, "CPassedModel:eins: deaktiviert\n");
 }
 
-TEST_F(RunnerCase, HasAStatusForUnknownNames)
+TEST_F(RunnerCase, FailsIfNoCaseHasTheGivenName)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
 
@@ -64,7 +64,7 @@ TEST_F(RunnerCase, HasAStatusForUnknownNames)
     ExpectLine(run.errors, "Fehler: Die Auswahl enthält keinen Testfall 'CPassedModel:drei'");
 }
 
-TEST_F(RunnerCase, RefusesToRepeat)
+TEST_F(RunnerCase, RefusesToRepeatTheCase)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
 
@@ -86,7 +86,7 @@ TEST_F(RunnerCase, NamesAMissingModuleIfItDoesNotFindTheCase)
     EXPECT_EQ(Run({L"case", L"CPassedModel:eins"}, {L"--dll", L"gibtesnicht"}).exitStatus, 0);
 }
 
-TEST_F(RunnerCase, RefusesNamesOfSeveralCases)
+TEST_F(RunnerCase, RefusesAnAmbiguousCaseName)
 {
     m_folder.MakeFolder(L"data/a/CPassedModel");
     m_folder.MakeFolder(L"data/b/CPassedModel");

@@ -13,7 +13,7 @@
 namespace
 {
 
-TEST(RunnerFolders, MakesThoseThatClassesWithoutFilesNeed)
+TEST(RunnerFolders, CreatesMissingFoldersForClassesWithoutFiles)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"unten/Buffer");
@@ -42,7 +42,7 @@ TEST(RunnerFolders, RefusesAMissingModule)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
-TEST(RunnerForeignTests, CountSkippedTests)
+TEST(RunnerForeignTests, CountAsPassedAndAsSkippedIfTheySkip)
 {
     const ScopedFolder folder;
     for (const wchar_t* const name : {L"Arithmetic", L"Refused", L"SkippedSuite"})
@@ -64,7 +64,7 @@ TEST(RunnerForeignTests, CountSkippedTests)
     EXPECT_NE(LbFileSystem::ReadFile8Bit(out + L"summary.json").find("\"skipped\": 2"), std::string::npos);
 }
 
-TEST(RunnerForeignTests, EndWithTheStatusOfASkippedTestInEachMode)
+TEST(RunnerForeignTests, ReturnStatus77InEachModeIfTheySkip)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"Arithmetic");
@@ -98,7 +98,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(RunnerSuitesWithoutFolder, AreNamedByListAndRun)
+TEST_F(RunnerSuitesWithoutFolder, AreNamedInWarningsOfListAndRun)
 {
     const std::wstring out = m_folder.GetPathOf(L"out");
     const std::vector<std::vector<std::wstring>> commands = {
@@ -112,7 +112,7 @@ TEST_F(RunnerSuitesWithoutFolder, AreNamedByListAndRun)
     }
 }
 
-TEST_F(RunnerSuitesWithoutFolder, AreNotMissedByASelection)
+TEST_F(RunnerSuitesWithoutFolder, AreNotReportedIfTheSelectionLeavesThemOut)
 {
     const SHostRun run = RunRunner(
         {L"list", L"--", L"-d", m_folder.GetPathOf(L"data"), L"--dll", L"googletesttests", L"-i", L"/Arithmetic:"});
@@ -120,7 +120,7 @@ TEST_F(RunnerSuitesWithoutFolder, AreNotMissedByASelection)
     EXPECT_EQ(run.errors, "");
 }
 
-TEST_F(RunnerSuitesWithoutFolder, MakeARunRedOnDemand)
+TEST_F(RunnerSuitesWithoutFolder, MakeARunRedIfAllModulesAreRequired)
 {
     const SHostRun run = Run({L"run", L"--require-all-modules", L"--out", m_folder.GetPathOf(L"out")});
 
@@ -129,19 +129,19 @@ TEST_F(RunnerSuitesWithoutFolder, MakeARunRedOnDemand)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_F(RunnerSuitesWithoutFolder, AreNoneOnceTheFoldersAreMade)
+TEST_F(RunnerSuitesWithoutFolder, AreNotReportedAfterTheirFoldersWereCreated)
 {
     RunRunner({L"folders", L"--", L"-d", m_folder.GetPathOf(L"data"), L"--dll", L"googletesttests"});
 
     EXPECT_EQ(Run({L"list"}).errors, "");
 }
 
-TEST_F(RunnerSuitesWithoutFolder, AreNotReportedForOtherUnitTests)
+TEST_F(RunnerSuitesWithoutFolder, AreNotReportedForOrdinaryUnitTests)
 {
     EXPECT_EQ(Run({L"list"}, L"resultmodels").errors, "");
 }
 
-TEST_F(RunnerSuitesWithoutFolder, AreNamedAlone)
+TEST_F(RunnerSuitesWithoutFolder, AreNamedInTheSingularIfThereIsOnlyOne)
 {
     const SHostRun run = Run({L"list"}, L"googletestprefixedtests");
 

@@ -86,7 +86,7 @@ class HostGoogleTest : public HostForeignTests
 {
 };
 
-TEST_P(HostGoogleTest, HasTheResultOfEachTest)
+TEST_P(HostGoogleTest, ReportsTheResultOfEachTest)
 {
     const SHostRun run = Run({L"Arithmetic", L"DISABLED_Roots"}, GetParam());
 
@@ -95,7 +95,7 @@ TEST_P(HostGoogleTest, HasTheResultOfEachTest)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_P(HostGoogleTest, ReportsFailuresWithTheirPlace)
+TEST_P(HostGoogleTest, ReportsFailuresWithTheirSourceLine)
 {
     Run({L"Arithmetic"}, GetParam());
 
@@ -119,7 +119,7 @@ TEST_P(HostGoogleTest, SetsUpFixturesSuitesAndEnvironmentsForEachCase)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_P(HostGoogleTest, NamesParametersAndTypes)
+TEST_P(HostGoogleTest, NamesCasesAfterParametersAndTypes)
 {
     const SHostRun run = Run({L"Small.Numbers", L"Named.Numbers", L"Typed.a_b_", L"Typed.a_b_~2"}, GetParam());
 
@@ -147,7 +147,7 @@ TEST_P(HostGoogleTest, RepeatsATest)
     EXPECT_NE(FromPlatformLines(run.output).find("3 Tests"), std::string::npos) << run.output;
 }
 
-TEST_P(HostGoogleTest, ReportsFailuresOfThreads)
+TEST_P(HostGoogleTest, ReportsFailuresInOtherThreads)
 {
     const SHostRun run = Run({L"Threads"}, GetParam());
 
@@ -155,7 +155,7 @@ TEST_P(HostGoogleTest, ReportsFailuresOfThreads)
     ExpectMessage("Fail", "in a thread");
 }
 
-TEST_P(HostGoogleTest, FailsEachCaseOfASuiteThatFails)
+TEST_P(HostGoogleTest, FailsEachCaseIfSetUpOrTearDownOfItsSuiteFails)
 {
     const SHostRun run = Run({L"FailedSuite", L"LeavingSuite"}, GetParam());
 
@@ -165,7 +165,7 @@ TEST_P(HostGoogleTest, FailsEachCaseOfASuiteThatFails)
     EXPECT_EQ(FindCase("IsNotRun").find("was run"), std::string::npos);
 }
 
-TEST_P(HostGoogleTest, HasTheResultExceptionIfASuiteThrows)
+TEST_P(HostGoogleTest, ReportsAnExceptionIfTheSetUpOfASuiteThrows)
 {
     const SHostRun run = Run({L"ThrowingSuite"}, GetParam());
 
@@ -173,7 +173,7 @@ TEST_P(HostGoogleTest, HasTheResultExceptionIfASuiteThrows)
     ExpectMessage("IsNotRun", "broken suite");
 }
 
-TEST_P(HostGoogleTest, HasTheReasonOfASuiteThatSkips)
+TEST_P(HostGoogleTest, ReportsTheReasonIfASuiteSkips)
 {
     const SHostRun run = Run({L"SkippedSuite"}, GetParam());
 
@@ -198,7 +198,7 @@ TEST_P(HostGoogleTest, SkipsACaseIfAnEnvironmentSkips)
     ExpectMessage("Fail", "Übersprungen: no display");
 }
 
-TEST_P(HostGoogleTest, HasPatternsOfTypes)
+TEST_P(HostGoogleTest, RunsTypeParameterizedTests)
 {
     const SHostRun run = Run({L"My.Pattern.0", L"My.Pattern.1"}, GetParam());
 
@@ -212,7 +212,7 @@ TEST_P(HostGoogleTest, FailsATestThatIsNotInstantiated)
     ExpectLines(run, {std::string("UninstantiatedParameterizedTestSuite_Forgotten_") + c_Failed});
 }
 
-TEST_P(HostGoogleTest, ReportsCallsThatAMockMisses)
+TEST_P(HostGoogleTest, ReportsExpectedCallsThatAMockMisses)
 {
     const SHostRun run = Run({L"Mocks"}, GetParam());
 
@@ -225,7 +225,7 @@ TEST_P(HostGoogleTest, CallsListenersOfTheProgram)
     ExpectLines(Run({L"Listeners"}, GetParam()), {"AreCalled... OK"});
 }
 
-TEST_P(HostGoogleTest, IgnoresOptionsInTheEnvironment)
+TEST_P(HostGoogleTest, IgnoresGoogleTestOptionsInTheEnvironment)
 {
     const std::wstring file = m_folder.GetPathOf(L"framework.xml");
 
@@ -248,7 +248,7 @@ TEST_P(HostGoogleTest, IgnoresOptionsInTheEnvironment)
     EXPECT_FALSE(LbFileSystem::IsFile(file));
 }
 
-TEST_P(HostGoogleTest, RefusesShardsOfTheFramework)
+TEST_P(HostGoogleTest, RefusesShardingByGoogleTest)
 {
     const SHostRun run =
         Run({L"Arithmetic"}, GetParam(), {{L"GTEST_TOTAL_SHARDS", L"2"}, {L"GTEST_SHARD_INDEX", L"0"}});
@@ -260,7 +260,7 @@ TEST_P(HostGoogleTest, RefusesShardsOfTheFramework)
 
 const std::vector<std::vector<std::wstring>> c_Modes = {{}, {L"-p", L"-w", L"4"}, {L"-s"}, {L"-x", L"-w", L"4"}};
 
-TEST_P(HostGoogleTest, RunsDeathTestsOnLinuxInOneStyle)
+TEST_P(HostGoogleTest, RunsDeathTestsOnlyOnLinuxAndOnlyInTheDefaultStyle)
 {
     // A forked process lacks the other threads, so the leak detector would report their memory.
     const SHostRun run = Run({L"Deaths"}, GetParam(), {{L"ASAN_OPTIONS", L"detect_leaks=0"}});
@@ -280,7 +280,7 @@ TEST_P(HostGoogleTest, RunsDeathTestsOnLinuxInOneStyle)
 INSTANTIATE_TEST_SUITE_P(Modes, HostGoogleTest, testing::ValuesIn(c_Modes));
 
 /// Reports keep only three lines of a case unless an option says otherwise.
-TEST(HostGoogleTestReports, ShowBothValuesInThreeLines)
+TEST(HostGoogleTestReports, ShowBothComparedValuesWithinThreeLines)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"data/Arithmetic");
@@ -299,7 +299,7 @@ TEST(HostGoogleTestReports, ShowBothValuesInThreeLines)
 }
 
 /// The case crashes its process, so it must run in a child process.
-TEST(HostGoogleTestChildren, SurviveACrash)
+TEST(HostGoogleTestChildren, DoNotStopOtherCasesIfTheyCrash)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"Crashes");
@@ -311,7 +311,7 @@ TEST(HostGoogleTestChildren, SurviveACrash)
     EXPECT_NE(run.output.find("IsSetUp... OK"), std::string::npos) << run.output;
 }
 
-TEST(HostGoogleTestCases, AreDisabledAsTheirTests)
+TEST(HostGoogleTestCases, AreDisabledLikeTheirTests)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"Arithmetic");
@@ -328,7 +328,7 @@ TEST(HostGoogleTestCases, AreDisabledAsTheirTests)
     EXPECT_EQ(run.output.find("Adds"), std::string::npos) << run.output;
 }
 
-TEST(HostGoogleTestCases, RunIfADescriptionEnablesThem)
+TEST(HostGoogleTestCases, RunDisabledTestsIfADescriptionEnablesThem)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"Arithmetic/#ExtraInfo.xml",
@@ -339,7 +339,7 @@ TEST(HostGoogleTestCases, RunIfADescriptionEnablesThem)
     EXPECT_NE(run.output.find(std::string("DISABLED_Divides") + c_Failed), std::string::npos) << run.output;
 }
 
-TEST(HostGoogleTestModules, OfEqualNamesRunTogetherIfOneHasAPrefix)
+TEST(HostGoogleTestModules, RunTogetherDespiteEqualSuiteNamesIfOneHasAPrefix)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"Arithmetic");
@@ -365,12 +365,12 @@ class HostCatch2Children : public HostCatch2
 {
 };
 
-/// Tests that do not run in each mode.
-class HostCatch2Registration : public HostCatch2
+/// Runs tests of Catch2 with the host for build servers.
+class RunnerCatch2 : public HostCatch2
 {
 };
 
-TEST_P(HostCatch2, HasTheResultOfEachTestCase)
+TEST_P(HostCatch2, ReportsTheResultOfEachTestCase)
 {
     std::vector<std::wstring> options = GetParam();
     options.insert(options.end(), {L"-e", L":aborts$"});
@@ -386,7 +386,7 @@ TEST_P(HostCatch2, HasTheResultOfEachTestCase)
     EXPECT_EQ(run.exitStatus, 1);
 }
 
-TEST_P(HostCatch2, ReportsFailuresWithPlaceAndSection)
+TEST_P(HostCatch2, ReportsFailuresWithSourceLineAndSection)
 {
     std::vector<std::wstring> options = GetParam();
     options.insert(options.end(), {L"-i", L":(vectors grow|skips)$"});
@@ -402,7 +402,7 @@ TEST_P(HostCatch2, ReportsFailuresWithPlaceAndSection)
     EXPECT_NE(FindCase("skips").find(">Übersprungen: no coprocessor<"), std::string::npos);
 }
 
-TEST_P(HostCatch2, ReportsGeneratedValuesAndKnownExceptions)
+TEST_P(HostCatch2, ReportsGeneratedValuesAndToleratedExceptions)
 {
     std::vector<std::wstring> options = GetParam();
     options.insert(options.end(), {L"-i", L":(generated values fail|may throw)$"});
@@ -414,7 +414,7 @@ TEST_P(HostCatch2, ReportsGeneratedValuesAndKnownExceptions)
     ExpectMessage("may throw", "known defect");
 }
 
-TEST_P(HostCatch2, EndsWithAnErrorIfTestsAreNotRegistered)
+TEST_P(HostCatch2, FailsIfNotAllTestsCanBeRegistered)
 {
     m_module = L"catch2refusedtests";
 
@@ -427,7 +427,7 @@ TEST_P(HostCatch2, EndsWithAnErrorIfTestsAreNotRegistered)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
-TEST_F(HostCatch2Registration, EndsTheRunnerWithAnErrorIfItFails)
+TEST_F(RunnerCatch2, FailsIfNotAllTestsCanBeRegistered)
 {
     m_folder.MakeFolder(L"data/adapter");
 
@@ -438,7 +438,7 @@ TEST_F(HostCatch2Registration, EndsTheRunnerWithAnErrorIfItFails)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
-TEST_P(HostCatch2Children, SurviveACrash)
+TEST_P(HostCatch2Children, DoNotStopOtherCasesIfTheyCrash)
 {
     std::vector<std::wstring> options = GetParam();
     options.insert(options.end(), {L"-i", L":(aborts|buffers are set up)$"});
@@ -453,7 +453,7 @@ const std::vector<std::vector<std::wstring>> c_ChildModes = {{L"-s"}, {L"-x", L"
 
 INSTANTIATE_TEST_SUITE_P(Modes, HostCatch2Children, testing::ValuesIn(c_ChildModes));
 
-TEST_F(HostCatch2Registration, CountsSkippedTestCases)
+TEST_F(RunnerCatch2, ReturnsStatus77IfTheTestCaseSkips)
 {
     m_folder.MakeFolder(L"data/vectors");
 

@@ -195,7 +195,7 @@ protected:
     }
 };
 
-TEST_F(RunnerHistory, GateThatDoesNotHoldNamesItsCase)
+TEST_F(RunnerHistory, PrintsTheCaseOfEachFailedGate)
 {
     writeArchive();
     const SHostRun run = history(makeGates(L"=0"));
@@ -207,7 +207,7 @@ TEST_F(RunnerHistory, GateThatDoesNotHoldNamesItsCase)
     }
 }
 
-TEST_F(RunnerHistory, GatesThatHoldLeaveTheStatusZero)
+TEST_F(RunnerHistory, ReturnsStatusZeroIfAllGatesHold)
 {
     writeArchive();
     const SHostRun run = history(makeGates(L"<2"));
@@ -219,7 +219,7 @@ TEST_F(RunnerHistory, GatesThatHoldLeaveTheStatusZero)
     }
 }
 
-TEST_F(RunnerHistory, OneGateThatDoesNotHoldIsEnough)
+TEST_F(RunnerHistory, FailsIfOneOfSeveralGatesFails)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"});
     writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"});
@@ -229,7 +229,7 @@ TEST_F(RunnerHistory, OneGateThatDoesNotHoldIsEnough)
     ExpectLine(run.output, "missing=0: nicht erfüllt (gezählt: 1)\n  CKlasse:y (seit b.xml)\n");
 }
 
-TEST_F(RunnerHistory, WrongRuleEndsWithStatusTwo)
+TEST_F(RunnerHistory, RefusesInvalidGates)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
     for (const wchar_t* const rule : {L"slower>5", L"slower", L"slower=", L"slower=x", L"uglier=0", L"=0", L""})
@@ -240,7 +240,7 @@ TEST_F(RunnerHistory, WrongRuleEndsWithStatusTwo)
     }
 }
 
-TEST_F(RunnerHistory, FolderWithoutRunsEndsWithStatusTwo)
+TEST_F(RunnerHistory, RefusesAFolderThatIsEmptyOrMissing)
 {
     m_folder.MakeFolder(L"archiv");
     const SHostRun empty = history();
@@ -252,7 +252,7 @@ TEST_F(RunnerHistory, FolderWithoutRunsEndsWithStatusTwo)
     ExpectLine(missing.errors, "existiert nicht");
 }
 
-TEST_F(RunnerHistory, DamagedReportIsNamedAndNothingElseIsLost)
+TEST_F(RunnerHistory, WarnsOfADamagedReportAndEvaluatesTheOtherReports)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"});
     writeReport(L"c.xml", L"2026-01-03 00:00:00", {L"x"});
@@ -265,7 +265,7 @@ TEST_F(RunnerHistory, DamagedReportIsNamedAndNothingElseIsLost)
     ExpectLine(run.output, "Release x64: 2 Läufe, im neuesten 1 Fall\n  Fehlende Fälle: 1\n");
 }
 
-TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportIsDamaged)
+TEST_F(RunnerHistory, FailsAllGatesIfTheNewestReportIsDamaged)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
     setAge(L"a.xml", std::chrono::hours(1));
@@ -284,7 +284,7 @@ TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportIsDamaged)
     EXPECT_EQ(history().exitStatus, 0);
 }
 
-TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportOfOneConfigurationMayBeDamaged)
+TEST_F(RunnerHistory, FailsAllGatesIfADamagedReportMayBeTheNewestOfAConfiguration)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
     writeReport(L"c.xml", L"2026-01-03 00:00:00", {L"x"}, L"Debug x64");
@@ -295,7 +295,7 @@ TEST_F(RunnerHistory, NoGateHoldsIfTheNewestReportOfOneConfigurationMayBeDamaged
     EXPECT_EQ(history({L"--gate", L"missing=0"}).exitStatus, 1);
 }
 
-TEST_F(RunnerHistory, OnlyTheNamedConfigurationsCount)
+TEST_F(RunnerHistory, EvaluatesOnlyTheNamedConfigurations)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"}, L"Debug x64");
     writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"}, L"Debug x64");
@@ -317,7 +317,7 @@ TEST_F(RunnerHistory, OnlyTheNamedConfigurationsCount)
     ExpectLine(both.output, "missing=0: nicht erfüllt (gezählt: 1)\n  CKlasse:y (seit b.xml, Debug x64)\n");
 }
 
-TEST_F(RunnerHistory, UnknownConfigurationIsAnErrorThatListsTheKnownOnes)
+TEST_F(RunnerHistory, ListsTheKnownConfigurationsIfTheGivenOneIsUnknown)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
     writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"}, L"Debug x64");
@@ -328,7 +328,7 @@ TEST_F(RunnerHistory, UnknownConfigurationIsAnErrorThatListsTheKnownOnes)
                            "bekannt sind 'Debug x64', 'Release x64'\n");
 }
 
-TEST_F(RunnerHistory, GateCountsCasesThatTheNewestRunDidNotRun)
+TEST_F(RunnerHistory, CountsCasesThatTheNewestRunDidNotExecute)
 {
     writeArchive();
     const Runner::SPlan plan = makePlan(c_Runs);
@@ -342,7 +342,7 @@ TEST_F(RunnerHistory, GateCountsCasesThatTheNewestRunDidNotRun)
     ExpectLine(run.output, "not-run=0: nicht erfüllt (gezählt: 23)\n  CKlasse:01 (seit Lauf 99)\n");
 }
 
-TEST_F(RunnerHistory, ShowsACaseInAllRuns)
+TEST_F(RunnerHistory, ShowsTheOutcomesOfACaseInAllRuns)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x", L"y"});
     writeReport(L"b.xml", L"2026-01-02 00:00:00", {L"x"});
@@ -355,7 +355,7 @@ TEST_F(RunnerHistory, ShowsACaseInAllRuns)
     EXPECT_EQ(nlohmann::json::parse(json).at("configurations")[0].at("cases")[0].at("outcomes"), "P-");
 }
 
-TEST_F(RunnerHistory, RefusesACaseThatNoRunHas)
+TEST_F(RunnerHistory, RefusesACaseThatNoRunContains)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
     const SHostRun run = history({L"--case", L"CKlasse:z"});
@@ -364,7 +364,7 @@ TEST_F(RunnerHistory, RefusesACaseThatNoRunHas)
     ExpectLine(run.errors, "Kein Lauf des Archivs enthält den Testfall 'CKlasse:z'");
 }
 
-TEST_F(RunnerHistory, FileThatCannotBeWrittenEndsWithStatusTwo)
+TEST_F(RunnerHistory, FailsIfAnOutputFileCannotBeWritten)
 {
     writeReport(L"a.xml", L"2026-01-01 00:00:00", {L"x"});
     for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"verlauf.html"))

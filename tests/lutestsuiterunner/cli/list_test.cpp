@@ -115,7 +115,7 @@ TEST_F(RunnerList, WritesNoScriptForCTestIfAModuleIsMissing)
     EXPECT_FALSE(LbFileSystem::IsFile(script));
 }
 
-TEST_F(RunnerList, WritesNoScriptForCTestOfRepetitions)
+TEST_F(RunnerList, WritesNoScriptForCTestIfRepetitionsAreRequested)
 {
     WriteDataSets();
     const std::wstring script = m_folder.GetPathOf(L"cases.cmake");
@@ -153,7 +153,7 @@ TEST_F(RunnerList, KeepsWarningsOfTheLibraryOutOfStandardOutput)
     EXPECT_EQ(run.exitStatus, 2);
 }
 
-TEST_F(RunnerList, RefusesOtherModes)
+TEST_F(RunnerList, RefusesTheQueryModeOfLuTestSuiteCLI)
 {
     const SHostRun run = RunRunner({L"list", L"--", L"-d", m_folder.GetPath(), L"-q"});
 
@@ -168,7 +168,7 @@ TEST_F(RunnerList, NeedsADataDirectory)
               "Fehler: Hinter '--' fehlen die Optionen der Auswahl, zumindest '-d DATENVERZEICHNIS'\n");
 }
 
-TEST_F(RunnerList, PrintsHelpWithoutArguments)
+TEST(RunnerHelp, IsPrintedIfNoArgumentIsGiven)
 {
     const SHostRun run = RunRunner({});
 

@@ -76,7 +76,7 @@ TEST_F(RunnerReportFiles, HaveTheSameBytesAfterRunAndReport)
     ExpectEqual(ReadReports(), ofRun);
 }
 
-TEST_F(RunnerReportFiles, DifferOnlyInTimesAfterAnInterruption)
+TEST_F(RunnerReportFiles, DifferOnlyInTimesIfTheRunWasResumed)
 {
     for (const std::vector<std::wstring>& mode : std::vector<std::vector<std::wstring>>{{}, {L"-x"}})
     {

@@ -69,7 +69,7 @@ TEST_F(RunnerResume, ContinuesAfterACaseThatCrashesTheHost)
     EXPECT_NE(LbFileSystem::ReadFile8Bit(GetOut() + L"junit.xml").find("Absturz des Prozesses"), std::string::npos);
 }
 
-TEST_F(RunnerResume, FollowsAReportThatNamesTheCaseUnderWay)
+TEST_F(RunnerResume, WorksAfterAReportThatNamesTheInterruptedCase)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers handle crashes themselves";
@@ -92,7 +92,7 @@ TEST_F(RunnerResume, FollowsAReportThatNamesTheCaseUnderWay)
     EXPECT_EQ(Resume().exitStatus, 1);
 }
 
-TEST_F(RunnerResume, DoesNotCallACaseInterruptedWhileTheRunIsInProgress)
+TEST_F(RunnerResume, ReportsNoInterruptedCaseWhileTheRunIsInProgress)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
     Run({L"run"}, {L"-i", L"beendet den Prozess"});
@@ -108,7 +108,7 @@ TEST_F(RunnerResume, DoesNotCallACaseInterruptedWhileTheRunIsInProgress)
                "<skipped message=\"Begonnen, noch nicht beendet\"/>");
 }
 
-TEST_F(RunnerResume, RefusesToRunWithoutAClassOrAFolder)
+TEST_F(RunnerResume, RefusesToRunIfAClassOrFolderIsMissing)
 {
     m_folder.MakeFolder(L"data/CResultModel");
     m_folder.MakeFolder(L"data/CPassedModel");
@@ -139,7 +139,7 @@ TEST_F(RunnerResume, WarnsOfAMissingModule)
     ExpectLine(Resume().errors, "Warnung: " + DescribeMissingModule(L"gibtesnicht") + "\n");
 }
 
-TEST_F(RunnerResume, WarnsOfAnotherBuild)
+TEST_F(RunnerResume, WarnsIfTheBuildHasChanged)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     Run({L"run"});
@@ -154,7 +154,7 @@ TEST_F(RunnerResume, WarnsOfAnotherBuild)
     ExpectLine(run.errors, warning);
 }
 
-TEST_F(RunnerResume, RunsACaseThatEndsTheHostSilentlyInItsOwnProcess)
+TEST_F(RunnerResume, RunsACaseInItsOwnProcessIfItEndedTheHostSilently)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
     const std::vector<std::wstring> selection = {L"-i", L"beendet den Prozess"};
@@ -167,7 +167,7 @@ TEST_F(RunnerResume, RunsACaseThatEndsTheHostSilentlyInItsOwnProcess)
     EXPECT_EQ(CountRecords("start", 2), 1U);
 }
 
-TEST_F(RunnerResume, RetriesACaseThatEndsTheHostSilentlyInItsOwnProcess)
+TEST_F(RunnerResume, RetriesACaseInItsOwnProcessIfItEndedTheHostSilently)
 {
     m_folder.MakeFolder(L"data/CVanishingModel");
     Run({L"run", L"--retries", L"2"});
@@ -202,7 +202,7 @@ TEST_F(RunnerResume, RunsTheRemainingCasesOfAnAbortedRun)
     ExpectLine(run.output, "Fälle: 7, bestanden: 2, unzuverlässig: 0, fehlgeschlagen: 5");
 }
 
-TEST_F(RunnerResume, KeepsTheLimitOfFailuresUntilItIsReached)
+TEST_F(RunnerResume, KeepsTheFailureLimitUntilItIsReached)
 {
     m_folder.MakeFolder(L"data/CCrashModel");
     Run({L"run", L"--fail-fast=2"}, {L"-i", L":abort$", L"-i", L":exit$", L"-i", L":nachher$"});
@@ -229,7 +229,7 @@ TEST_F(RunnerResume, KeepsTheProblemsOfTheRun)
     EXPECT_EQ(CountRecords("problem", 2), 2U);
 }
 
-TEST_F(RunnerResume, WarnsOfADamagedLineThatDoesNotCount)
+TEST_F(RunnerResume, WarnsIfTheLastLineOfTheJournalIsDamaged)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     Run({L"run"});
@@ -283,7 +283,7 @@ TEST_F(RunnerResume, ConfirmsFailuresOnRequest)
     ExpectLine(run.output, "NUR IM GEMEINSAMEN PROZESS CSharedStateModel:braucht einen frischen Prozess");
 }
 
-TEST_F(RunnerResume, KeepsTheOrder)
+TEST_F(RunnerResume, KeepsTheRandomOrderOfTheRun)
 {
     m_folder.MakeFolder(L"data/CResultModel");
     Run({L"run", L"--order", L"random:3"});
@@ -299,7 +299,7 @@ TEST_F(RunnerResume, KeepsTheOrder)
     EXPECT_FALSE(std::ranges::is_sorted(rest));
 }
 
-TEST_F(RunnerResume, KeepsARandomSeed)
+TEST_F(RunnerResume, FindsThePrintedRandomSeedInThePlan)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     const std::string output = Run({L"run", L"--order", L"random"}).output;
@@ -310,7 +310,7 @@ TEST_F(RunnerResume, KeepsARandomSeed)
     ExpectLine(output, "--order random:" + plan.substr(seed + 15, plan.find('"', seed) - seed - 15) + "\n");
 }
 
-TEST_F(RunnerResume, CountsOnlyFailuresAfterAllRetriesForTheLimit)
+TEST_F(RunnerResume, CountsACaseForTheFailureLimitOnlyAfterItsRetries)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
     m_folder.MakeFolder(L"data/CInterruptingModel");
@@ -326,7 +326,7 @@ TEST_F(RunnerResume, CountsOnlyFailuresAfterAllRetriesForTheLimit)
     EXPECT_EQ(run.output.find("--fail-fast"), std::string::npos) << run.output;
 }
 
-TEST_F(RunnerResume, KeepsTheQuarantineWithoutItsFile)
+TEST_F(RunnerResume, KeepsTheQuarantineIfItsFileIsMissing)
 {
     m_folder.MakeFolder(L"data/CFailedModel");
     m_folder.MakeFolder(L"data/CCrashModel");
@@ -341,7 +341,7 @@ TEST_F(RunnerResume, KeepsTheQuarantineWithoutItsFile)
     ExpectLine(run.output, "in Quarantäne: 2,");
 }
 
-TEST_F(RunnerResume, BeginsARunThatHasOnlyItsPlan)
+TEST_F(RunnerResume, StartsARunThatHasAPlanButNoJournal)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     Run({L"run"});

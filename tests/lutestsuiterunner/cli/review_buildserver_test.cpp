@@ -7,7 +7,7 @@
 namespace
 {
 
-TEST_F(RunnerReview, DecidesNothingOnABuildServer)
+TEST_F(RunnerReview, DecidesNothingWithTheOptionCI)
 {
     Write(L"a", "alt");
     Receive(L"a", "neu");
@@ -22,7 +22,7 @@ TEST_F(RunnerReview, DecidesNothingOnABuildServer)
     EXPECT_EQ(Review({L"--ci"}).exitStatus, 0);
 }
 
-TEST_F(RunnerReview, DecidesNothingWhereABuildServerIsTheCaller)
+TEST_F(RunnerReview, DecidesNothingIfTheVariableCIIsTrue)
 {
     Write(L"a", "alt");
     Receive(L"a", "neu");

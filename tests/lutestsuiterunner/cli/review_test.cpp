@@ -13,7 +13,7 @@
 namespace
 {
 
-TEST_F(RunnerReview, HasNothingToShowWithoutDifferences)
+TEST_F(RunnerReview, ShowsNoChangesWithoutDifferences)
 {
     const SHostRun run = Review();
 
@@ -39,7 +39,7 @@ TEST_F(RunnerReview, ShowsEqualChangesOnce)
     EXPECT_EQ(run.output.find('\x1b'), std::string::npos);
 }
 
-TEST_F(RunnerReview, DecidesOnceOnLinesWithValuesOfEachFile)
+TEST_F(RunnerReview, TreatsLinesThatDifferOnlyInValuesAsOneChange)
 {
     for (const std::string name : {"a", "b", "c"})
     {
@@ -57,11 +57,11 @@ TEST_F(RunnerReview, DecidesOnceOnLinesWithValuesOfEachFile)
               "Summe 679 EUR\nEnde\nSumme 686 EUR\nEnde\nSumme 693 EUR\nEnde\n");
 }
 
-TEST_F(RunnerReview, ShowsSidesInTheWidthOfItsTerminal)
+TEST_F(RunnerReview, FitsBothSidesToTheWidthOfTheTerminal)
 {
     if (!CanRunHostOnTerminal())
     {
-        GTEST_SKIP() << "programs cannot run on a terminal here (needs script of util-linux)";
+        GTEST_SKIP() << "programs cannot run on a terminal here (install the script command of util-linux)";
     }
     Write(L"a", "x\nalt\n");
     Receive(L"a", "x\nneu\n");
@@ -77,7 +77,7 @@ TEST_F(RunnerReview, ShowsSidesInTheWidthOfItsTerminal)
     EXPECT_NE(run.output.find("\nalt" + std::string(27, ' ') + " | neu"), std::string::npos) << run.output;
 }
 
-TEST_F(RunnerReview, ShowsDifferences)
+TEST_F(RunnerReview, ShowsDifferencesAsDiffAndSideBySide)
 {
     Write(L"a", "eins\nalt\n");
     Receive(L"a", "eins\nneu\n");
@@ -102,7 +102,7 @@ TEST_F(RunnerReview, ShowsTheDifferencesOfANamedFile)
     ExpectLine(Review({L"--diff=b", L"--side-by-side=a"}).errors, "nennen verschiedene Dateien");
 }
 
-TEST_F(RunnerReview, ShowsCausesThatOverlapOnce)
+TEST_F(RunnerReview, ShowsChangesThatShareAFileOnce)
 {
     Write(L"a", "eins\nx\n");
     Receive(L"a", "EINS\nx\n");
@@ -134,7 +134,7 @@ TEST_F(RunnerReview, AcceptsAllChanges)
     ExpectLine(Review().output, "Änderungen: 0, Dateien: 0\n");
 }
 
-TEST_F(RunnerReview, AcceptsNewLineEndsOnlyOnceItShowsThem)
+TEST_F(RunnerReview, AcceptsNewLineEndsOnlyAfterShowingThem)
 {
     Write(L"a", "Summe alt\nEnde\n");
     Receive(L"a", "Summe neu\r\nEnde\r\n");
@@ -220,7 +220,7 @@ TEST_F(RunnerReview, RefusesUnknownNames)
     ExpectLine(run.errors, "Fehler: 'fehlt' ist weder 'all'");
 }
 
-TEST_F(RunnerReview, AcceptsOnlyWhatThreeRunsRepeat)
+TEST_F(RunnerReview, AcceptsOutputOnlyIfThreeRunsProducedIt)
 {
     Write(L"a", "alt");
     Receive(L"a", "neu", 2);
@@ -249,7 +249,7 @@ TEST_F(RunnerReview, CountsRunsAndNotTheirRepetitions)
     };
 
     EXPECT_EQ(run({}), 1U);
-    EXPECT_EQ(run({L"-x", L"-r", L"3"}), 2U) << "child processes";
+    EXPECT_EQ(run({L"-x", L"-r", L"3"}), 2U) << "child processes do not count as runs";
     EXPECT_EQ(run({L"-r", L"3"}), 3U);
 }
 
@@ -267,7 +267,7 @@ TEST_F(RunnerReview, EmptiesReferencesOnlyIfConfirmed)
     EXPECT_EQ(Read(L"a"), "");
 }
 
-TEST_F(RunnerReview, MakesEmptyReferencesOnlyIfConfirmed)
+TEST_F(RunnerReview, CreatesEmptyReferencesOnlyIfConfirmed)
 {
     Receive(L"a", "\n");
 
@@ -280,7 +280,7 @@ TEST_F(RunnerReview, MakesEmptyReferencesOnlyIfConfirmed)
     EXPECT_EQ(Read(L"a"), "\n");
 }
 
-TEST_F(RunnerReview, ShowsWholeLinesOutsideOfATerminal)
+TEST_F(RunnerReview, ShowsWholeLinesOutsideATerminal)
 {
     const std::string begin(200, 'a');
     Write(L"a", "x\n" + begin + "alt\n");
@@ -290,7 +290,7 @@ TEST_F(RunnerReview, ShowsWholeLinesOutsideOfATerminal)
     ExpectLine(Review({L"--side-by-side"}).output, begin + "alt | " + begin + "neu\n");
 }
 
-TEST_F(RunnerReview, SaysHowToSeeFurtherPlaces)
+TEST_F(RunnerReview, NamesTheOptionThatShowsFurtherPlaces)
 {
     Write(L"a", "alt\nx\nalt\nx\nalt\n");
     Receive(L"a", "neu\nx\nneu\nx\nneu\n");
@@ -298,16 +298,16 @@ TEST_F(RunnerReview, SaysHowToSeeFurtherPlaces)
     ExpectLine(Review().output, "    +neu\n    weitere Stellen in dieser Datei: 2 ('--diff' zeigt sie)\n");
 }
 
-TEST_F(RunnerReview, TellsThatThereIsNothingToDecide)
+TEST_F(RunnerReview, ReportsThatThereIsNothingToDecide)
 {
     const SHostRun run = Review({L"--accept", L"all", L"--reject", L"all"});
-    EXPECT_EQ(run.exitStatus, 2) << "both options name the same";
+    EXPECT_EQ(run.exitStatus, 2) << "both options name the same changes";
 
     ExpectLine(Review({L"--accept", L"all"}).output, "Nichts zu übernehmen\n");
     ExpectLine(Review({L"--reject", L"all"}).output, "Nichts zu verwerfen\n");
 }
 
-TEST_F(RunnerReview, RefusesABlankBeforeTheValueOfDiff)
+TEST_F(RunnerReview, RefusesASpaceBeforeTheValueOfDiff)
 {
     const std::wstring file = m_folder.GetPathOf(L"data/a");
     Write(L"a", "alt");
@@ -320,11 +320,11 @@ TEST_F(RunnerReview, RefusesABlankBeforeTheValueOfDiff)
     }
 }
 
-TEST_F(RunnerReview, AsksOnATerminal)
+TEST_F(RunnerReview, AsksForDecisionsOnATerminal)
 {
     if (!CanRunHostOnTerminal())
     {
-        GTEST_SKIP() << "programs cannot run on a terminal here (needs script of util-linux)";
+        GTEST_SKIP() << "programs cannot run on a terminal here (install the script command of util-linux)";
     }
     Write(L"a", "alt");
     Receive(L"a", "neu");
@@ -346,7 +346,7 @@ TEST_F(RunnerReview, AsksOnATerminal)
     EXPECT_NE(sideBySide.output.find("Änderungen: 1, Dateien: 1"), std::string::npos) << sideBySide.output;
 }
 
-TEST_F(RunnerReview, CountsUndecidedChangesOfRejectedFiles)
+TEST_F(RunnerReview, WarnsOfUndecidedChangesInRejectedFiles)
 {
     const auto receiveAll = [this] {
         for (const wchar_t* const name : {L"a", L"b", L"c"})
@@ -400,7 +400,7 @@ TEST_F(RunnerReview, FinishesAnInterruptedDecisionExceptOnABuildServer)
     EXPECT_EQ(Read(L"CFall/a"), "neu");
 }
 
-TEST_F(RunnerReview, RemovesWhatADecisionLeftExceptOnABuildServer)
+TEST_F(RunnerReview, RemovesLeftoversOfADecisionExceptOnABuildServer)
 {
     Write(L"CFall/lutestsuite-review.pending.tmp", "{");
 
@@ -410,7 +410,7 @@ TEST_F(RunnerReview, RemovesWhatADecisionLeftExceptOnABuildServer)
     EXPECT_FALSE(Holds(L"CFall/lutestsuite-review.pending.tmp"));
 }
 
-TEST_F(RunnerReview, IsRecommendedByARunForAnInterruptedDecision)
+TEST_F(RunnerReview, IsRecommendedByARunIfADecisionWasInterrupted)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     Write(L"CPassedModel/lutestsuite-review.pending", "");
@@ -421,7 +421,7 @@ TEST_F(RunnerReview, IsRecommendedByARunForAnInterruptedDecision)
     ExpectLine(run.errors, "ist eine Entscheidung unvollendet: LuTestSuiteRunner review ");
 }
 
-TEST_F(RunnerReview, NamesAFolderThatDoesNotExist)
+TEST_F(RunnerReview, RefusesAFolderThatDoesNotExist)
 {
     const SHostRun run = RunRunner({L"review", m_folder.GetPathOf(L"fehlt")});
 
@@ -449,14 +449,14 @@ TEST_F(RunnerReview, IsRecommendedByARunWithUndecidedDifferences)
     ExpectLine(Run({L"run", L"--force"}).errors, "d.received und 2 weitere .received-Dateien sind nicht geprüft");
 }
 
-TEST_F(RunnerReview, IsRecommendedByTheRunThatLeavesTheDifference)
+TEST_F(RunnerReview, IsRecommendedByTheRunThatFindsTheDifference)
 {
     Write(L"CReferenceModel/a.txt", "neu");
 
     ExpectLine(Run({L"run"}).errors, "a.txt.expected.received ist nicht geprüft");
 }
 
-TEST_F(RunnerReview, TakesAllForWhatIsNotNamed)
+TEST_F(RunnerReview, AppliesAllToFilesThatAreNotNamed)
 {
     Write(L"a", "alt");
     Receive(L"a", "neu");

@@ -127,28 +127,28 @@ protected:
     static constexpr const wchar_t* c_DecisionName = L"lutestsuite-review.pending";
 };
 
-TEST_F(RunnerReviewKilled, IsFinishedByTheNextReview)
+TEST_F(RunnerReviewKilled, IsFinishedByTheNextReviewForPartsOfFiles)
 {
     ExpectFinished({false, true, L"--accept"}, "neu 1\n", "Änderungen: 1, Dateien: 6\n");
 }
 
-TEST_F(RunnerReviewKilled, IsFinishedForWholeFiles)
+TEST_F(RunnerReviewKilled, IsFinishedByTheNextReviewForWholeFiles)
 {
     ExpectFinished({false, false, L"--accept"}, "neu 1\n", "Änderungen: 0, Dateien: 0\n");
 }
 
-TEST_F(RunnerReviewKilled, IsFinishedForNewReferences)
+TEST_F(RunnerReviewKilled, IsFinishedByTheNextReviewForNewReferences)
 {
     ExpectFinished({true, false, L"--accept"}, "neu 1\n", "Änderungen: 0, Dateien: 0\n");
 }
 
-TEST_F(RunnerReviewKilled, IsFinishedForRejectedFiles)
+TEST_F(RunnerReviewKilled, IsFinishedByTheNextReviewForRejectedFiles)
 {
     ExpectFinished({false, true, L"--reject"}, "alt 1\n", "Änderungen: 0, Dateien: 0\n");
 }
 
 /// The next review finishes a decision that has begun to change references, and undoes one that has not begun.
-TEST_F(RunnerReviewKilled, IsCarriedOutForAllFilesOrNoneIfARunComesFirst)
+TEST_F(RunnerReviewKilled, IsAppliedToAllFilesOrNoneIfANewRunFollows)
 {
     const SKind kind = {false, false, L"--accept"};
     int interruptedLater = 0;

@@ -32,7 +32,7 @@ TEST_F(RunnerFailFast, EndsTheRunAtTheFirstFailure)
     ExpectLine(run.output, "--fail-fast");
 }
 
-TEST_F(RunnerFailFast, IsNoCancellationAtTheLastCase)
+TEST_F(RunnerFailFast, DoesNotCancelTheRunIfTheLastCaseFails)
 {
     m_folder.MakeFolder(L"data/CResultModel");
 
@@ -44,7 +44,7 @@ TEST_F(RunnerFailFast, IsNoCancellationAtTheLastCase)
     EXPECT_EQ(CountRecords("cancel", 1), 0U);
 }
 
-TEST_F(RunnerFailFast, AllowsToConfirmTheFailuresThatEndTheRun)
+TEST_F(RunnerFailFast, ConfirmsTheFailureThatEndsTheRun)
 {
     m_folder.MakeFolder(L"data/CSharedStateModel");
     m_folder.MakeFolder(L"data/CResultModel");
@@ -57,7 +57,7 @@ TEST_F(RunnerFailFast, AllowsToConfirmTheFailuresThatEndTheRun)
     EXPECT_EQ(CountConfirmations(), 1);
 }
 
-TEST_F(RunnerFailFast, KeepsFailuresThatAreStillToBeRetriedFromBeingConfirmed)
+TEST_F(RunnerFailFast, DoesNotConfirmFailuresWithRemainingRetries)
 {
     m_folder.MakeFolder(L"data/CResultModel");
 

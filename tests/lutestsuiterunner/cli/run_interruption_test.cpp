@@ -36,12 +36,12 @@ TEST_F(RunnerInterruption, EndsTheRunWithReportsAndTheStatusOfTheSignal)
     EXPECT_EQ(RunRunner({L"resume", GetOut()}).exitStatus, 0);
 }
 
-TEST_F(RunnerInterruption, EndsTheRunWhenTheSystemDemandsIt)
+TEST_F(RunnerInterruption, EndsTheRunAfterATerminationSignal)
 {
     EXPECT_EQ(Run({L"run"}, {L"-i", L":Ende verlangt$", L"-i", L":danach$"}).exitStatus, 143);
 }
 
-TEST_F(RunnerInterruption, EndsTheRunWithReportsThoughACaseDoesNotEnd)
+TEST_F(RunnerInterruption, EndsTheRunWithReportsEvenIfACaseDoesNotReturn)
 {
     const SHostRun run = Run({L"run"}, {L"-i", L":Strg-C ohne Ende$", L"-i", L":danach$"});
 
@@ -61,7 +61,7 @@ TEST_F(RunnerInterruption, GivesNoVerdictToACaseWhoseProcessEndsWithTheHost)
     ExpectLine(run.output, "fehlgeschlagen: 0, in Quarantäne: 0, nicht ausgeführt: 1");
 }
 
-TEST_F(RunnerInterruption, PassesTheNumbersOfTheQuarantineOn)
+TEST_F(RunnerInterruption, KeepsThePassedRunsOfTheQuarantine)
 {
     const std::wstring file = m_folder.WriteFile(L"quarantaene.txt", "CInterruptingModel:danach\n");
     const std::wstring second = m_folder.GetPathOf(L"zweiter");
@@ -74,7 +74,7 @@ TEST_F(RunnerInterruption, PassesTheNumbersOfTheQuarantineOn)
     EXPECT_NE(numbers.find("\"passedRuns\": 1,"), std::string::npos) << numbers;
 }
 
-TEST_F(RunnerInterruption, EndsAtOnceAtTheSecondRequest)
+TEST_F(RunnerInterruption, EndsTheRunWithoutReportsAtTheSecondRequest)
 {
     const SHostRun run = Run({L"run"}, {L"-i", L":zweimal Strg-C$", L"-i", L":danach$"});
 

@@ -76,7 +76,7 @@ TEST_F(RunnerWithoutLocks, SubmitsToThisMachineWithAWarning)
     });
 }
 
-TEST_F(RunnerWithoutLocks, ReportsARunThatIsNotInProgress)
+TEST_F(RunnerWithoutLocks, SuggestsResumingARunThatEndedEarly)
 {
     m_folder.MakeFolder(L"data/CResultModel");
     CallWithoutLocks([this] {

@@ -35,7 +35,7 @@ TEST_F(RunnerRun, IsGreenWhenEveryCasePassed)
     }
 }
 
-TEST_F(RunnerRun, PrintsFailedCasesWithFileMessagesAndCommand)
+TEST_F(RunnerRun, PrintsFailedCasesWithTheirFileAndARepeatCommand)
 {
     m_folder.WriteFile(L"data/CDataSetModel/schlecht.txt", "schlecht");
 
@@ -48,7 +48,7 @@ TEST_F(RunnerRun, PrintsFailedCasesWithFileMessagesAndCommand)
     ExpectLine(run.output, " run --previous ");
 }
 
-TEST_F(RunnerRun, RepeatsFailedCasesAlone)
+TEST_F(RunnerRun, RepeatsOnlyFailedCasesEachInItsOwnProcess)
 {
     m_folder.MakeFolder(L"data/CSharedStateModel");
     const std::string output = Run({L"run"}).output;
@@ -60,11 +60,11 @@ TEST_F(RunnerRun, RepeatsFailedCasesAlone)
     ExpectLine(run.output, "Fälle: 1, bestanden: 1");
 }
 
-TEST_F(RunnerRun, PrintsACommandThatRepeatsFailedCasesAlone)
+TEST_F(RunnerRun, PrintsACommandThatRepeatsEachFailedCaseAlone)
 {
     if (LbPath::c_Separator == L'\\')
     {
-        GTEST_SKIP() << "needs a shell";
+        GTEST_SKIP() << "the command needs a POSIX shell";
     }
     m_folder.MakeFolder(L"data/CSharedStateModel");
     const std::string output = Run({L"run"}).output;
@@ -91,7 +91,7 @@ TEST_F(RunnerRun, IsGreenWhenThereIsNothingToRepeat)
     ExpectLine(run.output, "ist kein Testfall der Auswahl fehlgeschlagen\n");
 }
 
-TEST_F(RunnerRun, ChecksTheMinimumNumberOfFailedCases)
+TEST_F(RunnerRun, CountsOnlyFailedCasesForTheMinimumNumber)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     m_folder.MakeFolder(L"data/CFailedModel");
@@ -101,7 +101,7 @@ TEST_F(RunnerRun, ChecksTheMinimumNumberOfFailedCases)
                "Die Auswahl trifft 1 Testfall, verlangt sind mindestens 2");
 }
 
-TEST_F(RunnerRun, RefusesToReplaceARun)
+TEST_F(RunnerRun, ReplacesARunOnlyIfForced)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     Run({L"run"});
@@ -113,7 +113,7 @@ TEST_F(RunnerRun, RefusesToReplaceARun)
     EXPECT_EQ(Run({L"run", L"--force"}).exitStatus, 0);
 }
 
-TEST_F(RunnerRun, RefusesToReplaceAReportThatNoRunHasWritten)
+TEST_F(RunnerRun, ReplacesAReportOfNoRunOnlyIfForced)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
     const std::wstring report = m_folder.WriteFile(L"out/report.xml", "x");
@@ -175,7 +175,7 @@ TEST_F(RunnerRun, IsRedWhenTheSelectionHasTooFewCases)
     ExpectLine(run.output, "Die Auswahl trifft 2 Testfälle, verlangt sind mindestens 3");
 }
 
-TEST_F(RunnerRun, WarnsOfFilesInsideAFolderOfTheirClass)
+TEST_F(RunnerRun, WarnsOfCaseFilesInASubfolderOfAClassFolder)
 {
     m_folder.WriteFile(L"data/CReferenceModel/notes.md", "no case");
     m_folder.WriteFile(L"data/CReferenceModel/deep/er/a.txt", "text");
@@ -188,7 +188,7 @@ TEST_F(RunnerRun, WarnsOfFilesInsideAFolderOfTheirClass)
                                ": Ordner im Ordner einer Klasse werden nicht durchsucht\n");
 }
 
-TEST_F(RunnerRun, DoesNotWarnOfOtherFoldersInsideAFolderOfAClass)
+TEST_F(RunnerRun, DoesNotWarnOfOtherSubfoldersOfAClassFolder)
 {
     m_folder.WriteFile(L"data/CReferenceModel/a.txt", "text");
     m_folder.WriteFile(L"data/CReferenceModel/kept/a.txt", "text");
@@ -201,7 +201,7 @@ TEST_F(RunnerRun, DoesNotWarnOfOtherFoldersInsideAFolderOfAClass)
     }
 }
 
-TEST_F(RunnerRun, IsRedWhenADemandedModuleIsMissing)
+TEST_F(RunnerRun, IsRedWhenARequiredModuleIsMissing)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
 
@@ -241,7 +241,7 @@ TEST_F(RunnerRun, AllowsFlakyCasesOnRequest)
     EXPECT_EQ(Run({L"run", L"--retries", L"1", L"--allow-flaky"}, {L"-i", L"zweiten Mal"}).exitStatus, 0);
 }
 
-TEST_F(RunnerRun, RepeatsCasesTheGivenNumberOfTimes)
+TEST_F(RunnerRun, RetriesFailedCasesTheGivenNumberOfTimes)
 {
     m_folder.MakeFolder(L"data/CFlakyModel");
 
@@ -252,7 +252,7 @@ TEST_F(RunnerRun, RepeatsCasesTheGivenNumberOfTimes)
     EXPECT_EQ(run.output.find("Versuch 5)"), std::string::npos);
 }
 
-TEST_F(RunnerRun, IsNotRedForCasesInQuarantine)
+TEST_F(RunnerRun, IsGreenIfOnlyQuarantinedCasesFail)
 {
     m_folder.MakeFolder(L"data/CFailedModel");
     m_folder.MakeFolder(L"data/CPassedModel");
@@ -265,7 +265,7 @@ TEST_F(RunnerRun, IsNotRedForCasesInQuarantine)
     ExpectLine(run.output, "Quarantäne: 'CNochNie' trifft keinen Testfall");
 }
 
-TEST_F(RunnerRun, FindsCasesThatFailInTheSharedProcessOnly)
+TEST_F(RunnerRun, FindsCasesThatFailOnlyInTheSharedProcess)
 {
     m_folder.MakeFolder(L"data/CSharedStateModel");
 
@@ -296,7 +296,7 @@ TEST_F(RunnerRun, PrintsTheSeedOfARandomOrder)
     ExpectLine(Run({L"run", L"--order", L"random", L"--force"}).output, "Reihenfolge: --order random:");
 }
 
-TEST_F(RunnerRun, MergesItsShardsToTheWholeSelection)
+TEST_F(RunnerRun, CoversTheWholeSelectionAfterItsShardsAreMerged)
 {
     m_folder.MakeFolder(L"data/CResultModel");
     const std::wstring first = m_folder.GetPathOf(L"teil1");
@@ -348,7 +348,7 @@ TEST_F(RunnerRun, KeepsAMemoryDumpOfEachCaseThatCrashes)
     const std::vector<std::wstring> files = LbFileSystem::GetFileNames(dumps);
     if (LbPath::c_Separator == L'\\' && files.size() < 2)
     {
-        GTEST_SKIP() << "Wine takes longer for a dump than a crashed process waits: " << run.output;
+        GTEST_SKIP() << "Wine needs longer to write a dump than the crashed process waits: " << run.output;
     }
     ASSERT_EQ(files.size(), 2U);
     for (const std::wstring& file : files)
@@ -399,7 +399,7 @@ TEST_F(RunnerRun, WarnsIfNoCaseCanHaveAMemoryDump)
     EXPECT_FALSE(run({}));
 }
 
-TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatExceedsItsLimit)
+TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatExceedsItsTimeLimit)
 {
     m_folder.MakeFolder(L"data/CCrashModel");
 
@@ -409,7 +409,7 @@ TEST_F(RunnerRun, MeasuresTheTimeOfACaseThatExceedsItsLimit)
     EXPECT_GE(FindRecord("end").at("ns").get<std::uint64_t>(), 500'000'000U);
 }
 
-TEST_F(RunnerRun, RefusesReportsOfTheOtherHost)
+TEST_F(RunnerRun, RefusesReportOptionsOfLuTestSuiteCLI)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
 
@@ -419,7 +419,7 @@ TEST_F(RunnerRun, RefusesReportsOfTheOtherHost)
     ExpectLine(run.errors, "Die Option '--xml' gibt es hier nicht");
 }
 
-TEST_F(RunnerRun, NeedsAnEarlierRunForItsOrder)
+TEST_F(RunnerRun, RequiresAnEarlierRunToFindFailedCases)
 {
     EXPECT_EQ(Run({L"run", L"--order", L"failed-first"}).exitStatus, 2);
     EXPECT_EQ(Run({L"run", L"--only-failed"}).exitStatus, 2);

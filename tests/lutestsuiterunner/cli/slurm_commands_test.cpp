@@ -80,7 +80,7 @@ protected:
     SHostOptions m_options;
 };
 
-TEST_F(RunnerSlurmCommands, AreToldToCancelByCtrlC)
+TEST_F(RunnerSlurmCommands, CancelTheTasksAfterCtrlC)
 {
     MakeDurations({1});
     const SHostRun run = SubmitAndReceive("INT");
@@ -90,7 +90,7 @@ TEST_F(RunnerSlurmCommands, AreToldToCancelByCtrlC)
     ExpectLine(ReadCalls(L"scancel"), "--name=lutestsuite-");
 }
 
-TEST_F(RunnerSlurmCommands, AreNotToldToCancelWhenTheSubmitterIsTerminated)
+TEST_F(RunnerSlurmCommands, DoNotCancelTheTasksIfTheSubmitterIsTerminated)
 {
     MakeDurations({1});
     const SHostRun run = SubmitAndReceive("TERM");
@@ -101,7 +101,7 @@ TEST_F(RunnerSlurmCommands, AreNotToldToCancelWhenTheSubmitterIsTerminated)
     EXPECT_FALSE(LbFileSystem::IsFile(GetOut() + L"tasks/canceled"));
 }
 
-TEST_F(RunnerSlurmCommands, GetTheOptionsOfTheUserBeforeTheNameOfTheJob)
+TEST_F(RunnerSlurmCommands, GetUserOptionsBeforeOptionsOfTheEngine)
 {
     MakeDurations({1});
     SubmitShard({L"--detach", L"--sbatch=--time=5"});
@@ -111,7 +111,7 @@ TEST_F(RunnerSlurmCommands, GetTheOptionsOfTheUserBeforeTheNameOfTheJob)
     EXPECT_LT(call.find("--time=5"), call.find("--array=1 ")) << call;
 }
 
-TEST_F(RunnerSlurmCommands, DoNotSeeVariablesThatHideTheTasks)
+TEST_F(RunnerSlurmCommands, DoNotInheritVariablesThatHideTasks)
 {
     MakeDurations({1});
     for (const wchar_t* const name : {L"SBATCH_CLUSTERS", L"SLURM_CLUSTERS", L"SBATCH_WAIT", L"SQUEUE_USERS",
@@ -130,7 +130,7 @@ TEST_F(RunnerSlurmCommands, DoNotSeeVariablesThatHideTheTasks)
     }
 }
 
-TEST_F(RunnerSlurmCommands, RefuseOptionsThatHideTheTasks)
+TEST_F(RunnerSlurmCommands, DoNotAcceptOptionsThatHideTasks)
 {
     MakeDurations({1});
     const SHostRun run = SubmitShard({L"--detach", L"--sbatch=--job-name=x"});
@@ -140,7 +140,7 @@ TEST_F(RunnerSlurmCommands, RefuseOptionsThatHideTheTasks)
     EXPECT_FALSE(LbFileSystem::Exists(GetOut() + L"plan.ndjson"));
 }
 
-TEST_F(RunnerSlurmCommands, AreAllNeeded)
+TEST_F(RunnerSlurmCommands, MustAllBeAvailableForASubmission)
 {
     MakeDurations({1});
     m_folder.WriteFile(L"slurm/scancel", "#!/bin/sh\nexit 1\n");
@@ -150,7 +150,7 @@ TEST_F(RunnerSlurmCommands, AreAllNeeded)
     ExpectLine(run.errors, "der Befehl scancel kann nicht gestartet werden");
 }
 
-TEST_F(RunnerSlurmCommands, AreAskedAgainForWhatSbatchRefused)
+TEST_F(RunnerSlurmCommands, SubmitShardsAgainThatSbatchRefused)
 {
     MakeDurations({1, 1});
     SubmitShard({L"--detach"});
@@ -165,7 +165,7 @@ TEST_F(RunnerSlurmCommands, AreAskedAgainForWhatSbatchRefused)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSlurmCommands, ThatCannotStartAreNoAnswer)
+TEST_F(RunnerSlurmCommands, GiveNoAnswerIfTheyCannotBeStarted)
 {
     MakeDurations({1});
     SubmitShard({L"--detach"});
@@ -181,7 +181,7 @@ TEST_F(RunnerSlurmCommands, ThatCannotStartAreNoAnswer)
     EXPECT_EQ(cancel.exitStatus, 0) << cancel.errors;
 }
 
-TEST_F(RunnerSlurmCommands, GiveEachStartOfATaskAnOutputOfItsOwn)
+TEST_F(RunnerSlurmCommands, GiveEachStartOfATaskItsOwnOutputFile)
 {
     MakeDurations({1});
     WriteCommand(L"sbatch", "export SLURM_ARRAY_TASK_ID=1\n"
@@ -193,7 +193,7 @@ TEST_F(RunnerSlurmCommands, GiveEachStartOfATaskAnOutputOfItsOwn)
     EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + L"tasks/shard-1-1-1.txt"));
 }
 
-TEST_F(RunnerSlurmCommands, ShowThatANodeDoesNotHaveTheProgram)
+TEST_F(RunnerSlurmCommands, ShowThatTheProgramIsMissingOnANode)
 {
     MakeDurations({1});
     WriteCommand(L"sbatch", "sed 's|test -x |test -x /fehlt|' \"$script\" >node\n"
@@ -208,7 +208,7 @@ TEST_F(RunnerSlurmCommands, ShowThatANodeDoesNotHaveTheProgram)
     ExpectLine(run.output, " fehlt das Programm ");
 }
 
-TEST_F(RunnerSlurmCommands, MayRefuseARunThatIsThenSubmittedAnew)
+TEST_F(RunnerSlurmCommands, AcceptARunThatTheyRefusedBefore)
 {
     MakeDurations({1});
     WriteCommand(L"sbatch", "exit 1\n");
@@ -219,7 +219,7 @@ TEST_F(RunnerSlurmCommands, MayRefuseARunThatIsThenSubmittedAnew)
     EXPECT_EQ(run.exitStatus, 0) << run.errors;
 }
 
-TEST_F(RunnerSlurmCommands, ThatAreTooSlowRefuseNothing)
+TEST_F(RunnerSlurmCommands, DoNotRefuseASubmissionIfTheyAreTooSlow)
 {
     WriteCommand(L"sbatch", "exec sleep 600\n");
     m_folder.MakeFolder(L"out/tasks");
@@ -239,7 +239,7 @@ TEST_F(RunnerSlurmCommands, ShowWhyTasksWait)
                "Teile: 0 von 1 fertig, 0 laufen, 1 warten (Resources), Fälle: 0/1");
 }
 
-TEST_F(RunnerSlurmCommands, ShowThatANodeMayNotHaveTheFolder)
+TEST_F(RunnerSlurmCommands, SuggestThatTheFolderIsMissingOnANode)
 {
     MakeDurations({1});
     WriteCommand(L"squeue", "echo 'task|1|FAILED|NonZeroExitCode|node1'\n");
@@ -266,7 +266,7 @@ TEST_F(RunnerSlurmCommands, ShowThatAShardIsGivenUp)
     ExpectLine(output, ", 4 mal vergeben\nTeile: 0 von 1 fertig, 0 laufen, 1 aufgegeben, Fälle: 0/1");
 }
 
-TEST_F(RunnerSlurmCommands, CancelADistributedRunThatAnotherOneReplaces)
+TEST_F(RunnerSlurmCommands, CancelARunThatIsReplacedByAnotherDistributedRun)
 {
     MakeDurations({1});
     WriteCommand(L"squeue", "test -e scancel.txt || echo 'task|1|RUNNING|None|node1'\n");
@@ -279,7 +279,7 @@ TEST_F(RunnerSlurmCommands, CancelADistributedRunThatAnotherOneReplaces)
     EXPECT_NE(Runner::ReadPlan(GetOut() + Runner::c_PlanName).runId, id);
 }
 
-TEST_F(RunnerSlurmCommands, CancelADistributedRunThatARunInOneProcessReplaces)
+TEST_F(RunnerSlurmCommands, CancelARunThatIsReplacedByARunInOneProcess)
 {
     MakeDurations({1});
     SubmitShard({L"--detach"});
@@ -298,7 +298,7 @@ TEST_F(RunnerSlurmCommands, AreNotNeededToReplaceARun)
     EXPECT_EQ(run.exitStatus, 0) << run.output << run.errors;
 }
 
-TEST_F(RunnerSlurmCommands, ShowTheOutputOfTheNewestSubmissionOnly)
+TEST_F(RunnerSlurmCommands, ShowOnlyTheOutputOfTheNewestSubmission)
 {
     MakeDurations({1});
     WriteCommand(L"sbatch", "echo Fehler: alt >\"$(dirname $script)/shard-1-1-0.txt\"\n");
@@ -318,7 +318,7 @@ TEST_F(RunnerSlurmCommands, ShowTheErrorOfATaskThatSlurmHasForgotten)
     ExpectLine(RunRunner({L"status", GetOut()}, m_options).output, "ohne Prozess (kein Modul)\n");
 }
 
-TEST_F(RunnerSlurmCommands, SayNothingOfATaskThatSlurmHasNotListedYet)
+TEST_F(RunnerSlurmCommands, GiveNoReasonForATaskThatSlurmDoesNotListYet)
 {
     MakeDurations({1});
     SubmitShard({L"--detach"});

@@ -41,7 +41,7 @@ protected:
         }
         if (s_start.exitStatus == c_Unavailable)
         {
-            GTEST_SKIP() << "There is no Slurm: " << s_start.errors;
+            GTEST_SKIP() << "Slurm cannot run here: " << s_start.errors;
         }
         ASSERT_EQ(s_start.exitStatus, 0) << s_start.output << s_start.errors;
         std::wstring settings = LbEncoding::FromUtf8(callCluster({L"settings"}).output);
@@ -133,7 +133,7 @@ private:
     }
 };
 
-TEST_F(RunnerSlurm, GivesTheReportsOfARunInOneProcess)
+TEST_F(RunnerSlurm, WritesTheSameReportsAsARunInOneProcess)
 {
     MakeMixedData();
     const SHostRun run = Submit({L"--engine", L"slurm", L"--shards", L"3"}, {}, m_options);
@@ -144,7 +144,7 @@ TEST_F(RunnerSlurm, GivesTheReportsOfARunInOneProcess)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSlurm, GivesTheReportsOfARunOfTheExamplesInOneProcess)
+TEST_F(RunnerSlurm, WritesTheSameReportsOfTheExamplesAsARunInOneProcess)
 {
     const SHostRun run =
         RunExamples({L"submit", L"--engine", L"slurm", L"--shards", L"4", L"--out", GetOut()}, m_options);
@@ -156,7 +156,7 @@ TEST_F(RunnerSlurm, GivesTheReportsOfARunOfTheExamplesInOneProcess)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSlurm, EndsTheTasksOfARunThatAnotherOneReplaces)
+TEST_F(RunnerSlurm, CancelsTheTasksOfARunThatIsReplaced)
 {
     BeginLongTask();
     const std::wstring plan = GetOut() + Runner::c_PlanName;
@@ -169,7 +169,7 @@ TEST_F(RunnerSlurm, EndsTheTasksOfARunThatAnotherOneReplaces)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSlurm, FindsItsTasksAgain)
+TEST_F(RunnerSlurm, FindsTheTasksOfADetachedRun)
 {
     MakeDurations({1000, 1000, 1000, 1000});
     const SHostRun run = Submit({L"--engine", L"slurm", L"--shards", L"2", L"--detach"}, {}, m_options);
@@ -221,7 +221,7 @@ TEST_F(RunnerSlurm, CancelsItsTasks)
     EXPECT_EQ(CallSlurm({L"squeue", L"--noheader", L"--name=" + Runner::GetJobName(id, 1)}), "");
 }
 
-TEST_F(RunnerSlurm, PassesOnWhatSlurmRefuses)
+TEST_F(RunnerSlurm, ReportsThatSlurmRefusesTheShards)
 {
     MakeDurations({1});
     const SHostRun run =

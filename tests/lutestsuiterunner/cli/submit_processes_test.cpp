@@ -61,7 +61,7 @@ protected:
     }
 };
 
-TEST_F(RunnerSubmitProcesses, CancelTheRunThatAnotherOneReplaces)
+TEST_F(RunnerSubmitProcesses, CancelARunThatIsReplacedByAnotherDistributedRun)
 {
     BeginLongRun();
     const SHostRun run = Submit({L"--shards", L"2", L"--force"}, SelectShortCase());
@@ -71,7 +71,7 @@ TEST_F(RunnerSubmitProcesses, CancelTheRunThatAnotherOneReplaces)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSubmitProcesses, CancelTheRunThatARunInOneProcessReplaces)
+TEST_F(RunnerSubmitProcesses, CancelARunThatIsReplacedByARunInOneProcess)
 {
     BeginLongRun();
     const SHostRun run = Run({L"run", L"--force"}, SelectShortCase());
@@ -80,7 +80,7 @@ TEST_F(RunnerSubmitProcesses, CancelTheRunThatARunInOneProcessReplaces)
     ExpectLine(run.errors, " noch läuft, wird abgebrochen.\n");
 }
 
-TEST_F(RunnerSubmitProcesses, DoNotReplaceARunInOneProcessThatIsAlive)
+TEST_F(RunnerSubmitProcesses, DoNotReplaceARunInOneProcessThatIsInProgress)
 {
     MakeDurations({1});
     Run({L"run"});
@@ -129,7 +129,7 @@ TEST_F(RunnerSubmitProcesses, ShareTheCasesOfAShardThatWasStartedTwice)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSubmitProcesses, PutOffTheCaseThatAnotherHostRuns)
+TEST_F(RunnerSubmitProcesses, PostponeACaseThatAnotherHostRuns)
 {
     MakeDurations({0, 0, 0, 0});
     Submit({L"--shards", L"1"});
@@ -209,20 +209,20 @@ private:
     }
 };
 
-TEST_F(RunnerSubmitCanceled, RunTheCaseThatWasOpenAfterTheOthers)
+TEST_F(RunnerSubmitCanceled, RunsTheOpenCaseLastAndInItsOwnProcess)
 {
     ASSERT_NO_FATAL_FAILURE(MakeCanceled({Runner::SRunCanceled{L"Ende verlangt", 3}}, {}));
     ExpectFirstCaseLast();
     ExpectOwnProcess();
 }
 
-TEST_F(RunnerSubmitCanceled, RunTheCaseWhoseChildProcessWasEndedAfterTheOthers)
+TEST_F(RunnerSubmitCanceled, RunsTheCaseLastIfItsChildProcessWasEnded)
 {
     ASSERT_NO_FATAL_FAILURE(MakeCanceled(GetCanceledEnd(), {L"-x"}));
     ExpectFirstCaseLast();
 }
 
-TEST_F(RunnerSubmitCanceled, RunTheCaseThatWasEndedInAChildProcessAgain)
+TEST_F(RunnerSubmitCanceled, RunsTheCanceledCaseLastAndInItsOwnProcess)
 {
     ASSERT_NO_FATAL_FAILURE(MakeCanceled(GetCanceledEnd(), {}));
     ExpectFirstCaseLast();
@@ -237,7 +237,7 @@ protected:
     {
         if (!CanRunHostOnTerminal())
         {
-            GTEST_SKIP() << "there is no terminal";
+            GTEST_SKIP() << "programs cannot run on a terminal here";
         }
         MakeDurations({1});
         Submit({L"--shards", L"1"});
@@ -287,7 +287,7 @@ TEST_F(RunnerSubmitWaiting, ShowsTheProgressOfTheRun)
     EXPECT_EQ(m_run.get().exitStatus, 0);
 }
 
-TEST_F(RunnerSubmitWaiting, LeavesTheReportsToTheOtherProcessAfterCtrlC)
+TEST_F(RunnerSubmitWaiting, LeavesTheReportsToTheOwnerOfTheRunAfterCtrlC)
 {
     LbOs::RemoveFile(GetShard() + Runner::GetJournalName(1));
     LbOs::RemoveFile(GetOut() + Runner::c_XmlReportName);
@@ -303,7 +303,7 @@ TEST_F(RunnerSubmitWaiting, LeavesTheReportsToTheOtherProcessAfterCtrlC)
     EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
 }
 
-TEST_F(RunnerSubmitWaiting, EndsWhenItIsTerminated)
+TEST_F(RunnerSubmitWaiting, EndsWithoutCancelingTheRunIfItIsTerminated)
 {
     Begin("Teile: 1 von 1 fertig");
     Send(L"TERM");

@@ -19,7 +19,7 @@ class RunnerSubmit : public DistributedTest
 {
 };
 
-TEST_F(RunnerSubmit, GivesTheReportsOfARunInOneProcess)
+TEST_F(RunnerSubmit, WritesTheSameReportsAsARunInOneProcess)
 {
     MakeMixedData();
     EXPECT_EQ(Submit({L"--shards", L"3", L"--retries", L"1"}).exitStatus, 1);
@@ -29,7 +29,7 @@ TEST_F(RunnerSubmit, GivesTheReportsOfARunInOneProcess)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSubmit, GivesTheReportsOfARunOfTheExamplesInOneProcess)
+TEST_F(RunnerSubmit, WritesTheSameReportsOfTheExamplesAsARunInOneProcess)
 {
     const SHostRun whole = RunExamples({L"run", L"--out", GetOther()});
     EXPECT_EQ(whole.exitStatus, 1) << whole.errors;
@@ -40,7 +40,7 @@ TEST_F(RunnerSubmit, GivesTheReportsOfARunOfTheExamplesInOneProcess)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSubmit, ReportsTheClassThatAMachineDoesNotHave)
+TEST_F(RunnerSubmit, ReportsAClassThatIsMissingOnAMachine)
 {
     MakeDurations({1});
     Submit({L"--shards", L"1"});
@@ -56,11 +56,11 @@ TEST_F(RunnerSubmit, ReportsTheClassThatAMachineDoesNotHave)
     ExpectLine(run.errors, " fehlt die Klasse CFehlt aus dem Modul fehlende\n");
 }
 
-TEST_F(RunnerSubmit, ReportsTheProgramOfChildProcessesThatAMachineDoesNotHave)
+TEST_F(RunnerSubmit, ReportsThatTheProgramOfChildProcessesIsMissingOnAMachine)
 {
     if (LbPath::c_Separator != L'/')
     {
-        GTEST_SKIP() << "a copy of the host needs libraries of the compiler";
+        GTEST_SKIP() << "a copy of the host would need the libraries of the compiler";
     }
     MakeDurations({1});
     Submit({L"--shards", L"1"});
@@ -105,7 +105,7 @@ TEST_F(RunnerSubmit, ContinuesAfterACaseThatEndsItsHost)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSubmit, ContinuesAfterMoreCasesThatEndTheirHostsThanLossesAreAllowed)
+TEST_F(RunnerSubmit, ContinuesIfCrashesExceedTheAllowedLosses)
 {
     m_folder.MakeFolder(L"data/CCrashModel");
     const SHostRun run =
@@ -118,7 +118,7 @@ TEST_F(RunnerSubmit, ContinuesAfterMoreCasesThatEndTheirHostsThanLossesAreAllowe
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSubmit, PlansByTheTimesOfAnEarlierRun)
+TEST_F(RunnerSubmit, PlansShardsByTheTimesOfAnEarlierRun)
 {
     MakeDurations({300, 1, 1, 1, 1, 1});
     Run({L"run", L"--out", GetOther()});
@@ -148,7 +148,7 @@ TEST_F(RunnerSubmit, WarnsIfNoCaseCanHaveAMemoryDump)
                "Warnung: '--core' bewirkt nichts: ");
 }
 
-TEST_F(RunnerSubmit, ReportsWhatAMachineDoesNotHave)
+TEST_F(RunnerSubmit, ReportsADataFolderThatIsMissingOnAMachine)
 {
     MakeDurations({1, 1, 1, 1});
     Submit({L"--shards", L"2", L"--detach"});
@@ -180,7 +180,7 @@ TEST_F(RunnerSubmit, GivesTheReasonWhenNoMachineCanRunAShard)
     ExpectLine(run.output, "Nicht ausgeführt: CDurationModel:0.ms\n");
 }
 
-TEST_F(RunnerSubmit, KeepsReportsAndProofWhateverHostsWriteAfterItsEnd)
+TEST_F(RunnerSubmit, KeepsReportsAndProofIfHostsWriteAfterItsEnd)
 {
     MakeDurations({1, 1});
     Submit({L"--shards", L"1"});
@@ -207,7 +207,7 @@ TEST_F(RunnerSubmit, KeepsReportsAndProofWhateverHostsWriteAfterItsEnd)
     ExpectProof(GetOut());
 }
 
-TEST_F(RunnerSubmit, IsNotContinuedAfterItsEnd)
+TEST_F(RunnerSubmit, IsNotContinuedByWaitAfterItsEnd)
 {
     MakeDurations({60000, 60000});
     Submit({L"--shards", L"2", L"--detach"});
@@ -221,7 +221,7 @@ TEST_F(RunnerSubmit, IsNotContinuedAfterItsEnd)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(GetOut() + Runner::c_ProofName), proof);
 }
 
-TEST_F(RunnerSubmit, RefusesTheShardOfAnotherNumber)
+TEST_F(RunnerSubmit, RefusesAShardFolderWithAnotherNumber)
 {
     MakeDurations({1, 1});
     Submit({L"--shards", L"2"});
@@ -246,7 +246,7 @@ TEST_F(RunnerSubmit, GoesOnInTheBackgroundAndCanBeWaitedFor)
     ExpectLine(RunRunner({L"status", GetOut()}).output, "Teile: 2 von 2 fertig, 0 laufen, Fälle: 4/4");
 }
 
-TEST_F(RunnerSubmit, IsCanceledFromOutside)
+TEST_F(RunnerSubmit, IsCanceledByTheCommandCancel)
 {
     MakeDurations({60000, 60000});
     Submit({L"--shards", L"2", L"--detach"});
@@ -269,7 +269,7 @@ TEST_F(RunnerSubmit, StaysGreenIfItIsCanceledAfterItsEnd)
     EXPECT_EQ(RunRunner({L"wait", GetOut()}).exitStatus, 0);
 }
 
-TEST_F(RunnerSubmit, DoesNotReplaceARunUnasked)
+TEST_F(RunnerSubmit, ReplacesARunOnlyIfForced)
 {
     MakeDurations({1});
     EXPECT_EQ(Submit({L"--shards", L"1"}).exitStatus, 0);
@@ -296,7 +296,7 @@ TEST_F(RunnerSubmit, CountsThePassedRunsOfTheQuarantine)
     ExpectLine(numbers.dump(), R"("passedRuns":2,"pattern":"CPassedModel")");
 }
 
-TEST_F(RunnerSubmit, RefusesSlurmWhereThereIsNone)
+TEST_F(RunnerSubmit, RefusesSlurmIfItIsNotInstalled)
 {
     MakeDurations({1});
     SHostOptions options;
@@ -309,7 +309,7 @@ TEST_F(RunnerSubmit, RefusesSlurmWhereThereIsNone)
     EXPECT_FALSE(LbFileSystem::Exists(GetOut() + Runner::c_PlanName));
 }
 
-TEST_F(RunnerSubmit, KeepsMemoryDumpsInTheFolderOfTheCall)
+TEST_F(RunnerSubmit, KeepsMemoryDumpsRelativeToTheWorkingDirectory)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers handle crashes themselves";
@@ -323,7 +323,7 @@ TEST_F(RunnerSubmit, KeepsMemoryDumpsInTheFolderOfTheCall)
     const auto dumps = LbFileSystem::GetFileNames(m_folder.GetPathOf(LbPath::WithSeparator(L"Abbilder")));
     if (LbPath::c_Separator == L'\\' && dumps.empty())
     {
-        GTEST_SKIP() << "Wine takes longer for a dump than a crashed process waits: " << run.output;
+        GTEST_SKIP() << "Wine needs longer to write a dump than the crashed process waits: " << run.output;
     }
     EXPECT_EQ(dumps.size(), 1U);
 }
@@ -360,7 +360,7 @@ TEST_F(RunnerSubmit, WritesRedReportsIfARequiredModuleIsMissing)
     EXPECT_TRUE(LbFileSystem::IsFile(GetOut() + Runner::c_XmlReportName));
 }
 
-TEST_F(RunnerSubmit, CountsTheCasesThatFailedBeforeForTheLeastNumber)
+TEST_F(RunnerSubmit, CountsOnlyFailedCasesForTheMinimumNumber)
 {
     m_folder.MakeFolder(L"data/CFailedModel");
     MakeDurations({1, 1, 1});
@@ -370,7 +370,7 @@ TEST_F(RunnerSubmit, CountsTheCasesThatFailedBeforeForTheLeastNumber)
     ExpectLine(run.output, "verlangt sind mindestens 3\n");
 }
 
-TEST_F(RunnerSubmit, IsGreenIfNothingFailedBefore)
+TEST_F(RunnerSubmit, IsGreenIfNoCaseFailedInTheEarlierRun)
 {
     MakeDurations({1, 1});
     EXPECT_EQ(Run({L"run", L"--out", GetOther()}).exitStatus, 0);
@@ -380,13 +380,13 @@ TEST_F(RunnerSubmit, IsGreenIfNothingFailedBefore)
     ExpectLine(run.output, "ist kein Testfall der Auswahl fehlgeschlagen\n");
 }
 
-TEST_F(RunnerSubmit, WarnsOfInnerFolders)
+TEST_F(RunnerSubmit, WarnsOfCaseFilesInASubfolderOfAClassFolder)
 {
     m_folder.WriteFile(L"data/CDurationModel/innen/0.ms", "1");
     ExpectLine(Submit({L"--shards", L"1"}).errors, ": Ordner im Ordner einer Klasse werden nicht durchsucht\n");
 }
 
-TEST_F(RunnerSubmit, ReportsMistakesInTheCall)
+TEST_F(RunnerSubmit, ReportsInvalidArguments)
 {
     MakeDurations({1});
     ExpectLine(Submit({L"--engine", L"pbs"}).errors, "erwartet wird local oder slurm");

@@ -5,7 +5,7 @@
 namespace
 {
 
-TEST(RunnerExpectedTimes, TakeAnUnknownCaseForALongOne)
+TEST(RunnerExpectedTimes, AreLongForUnknownCases)
 {
     Runner::SPlan plan;
     plan.cases.resize(21);
@@ -20,7 +20,7 @@ TEST(RunnerExpectedTimes, TakeAnUnknownCaseForALongOne)
     EXPECT_EQ(plan.cases[20].expected, 195U);
 }
 
-TEST(RunnerExpectedTimes, AreUnknownWithoutHistory)
+TEST(RunnerExpectedTimes, AreZeroWithoutEarlierRuns)
 {
     Runner::SPlan plan;
     plan.cases.resize(2);

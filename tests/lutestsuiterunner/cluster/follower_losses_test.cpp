@@ -7,7 +7,7 @@ namespace
 
 using namespace std::chrono_literals;
 
-TEST_F(RunnerFollower, SaysOnceThatALostShardWasSubmittedAgain)
+TEST_F(RunnerFollower, WarnsOnceThatALostShardWasSubmittedAgain)
 {
     const std::vector<std::wstring> expected = {L"Teil 2 verloren (NODE_FAIL auf node1), neu vergeben"};
     StepAfter(0s);
@@ -21,7 +21,7 @@ TEST_F(RunnerFollower, SaysOnceThatALostShardWasSubmittedAgain)
     EXPECT_EQ(Runner::CFollower(m_run.GetFolder(), m_run.GetShards(), m_engine).GetLosses(), expected);
 }
 
-TEST_F(RunnerFollower, SubmitsAShardWithNewVerdictsNotWithoutEnd)
+TEST_F(RunnerFollower, LimitsTheSubmissionsOfAShardDespiteNewVerdicts)
 {
     StepAfter(0s);
     m_run.RunShard(1);

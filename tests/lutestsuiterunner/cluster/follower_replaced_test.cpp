@@ -31,7 +31,7 @@ TEST_F(RunnerFollowerReplaced, StopsWhenItAsksTheScheduler)
     EXPECT_THROW(StepAfter(15s), LbException);
 }
 
-TEST_F(RunnerFollowerReplaced, SubmitsNothing)
+TEST_F(RunnerFollowerReplaced, SubmitsNoLostShards)
 {
     StepAfter(0s);
     Lose(2);
@@ -43,7 +43,7 @@ TEST_F(RunnerFollowerReplaced, SubmitsNothing)
     EXPECT_TRUE(Runner::ReadSubmissions(m_run.GetFolder()).empty());
 }
 
-TEST_F(RunnerFollowerReplaced, DoesNotCancelTheOtherRun)
+TEST_F(RunnerFollowerReplaced, DoesNotCancelTheNewRun)
 {
     StepAfter(0s);
     Replace();
@@ -52,14 +52,14 @@ TEST_F(RunnerFollowerReplaced, DoesNotCancelTheOtherRun)
     EXPECT_FALSE(Runner::IsMarkedCanceled(m_run.GetFolder()));
 }
 
-TEST_F(RunnerFollowerReplaced, StopsWhileTheOtherRunIsWritten)
+TEST_F(RunnerFollowerReplaced, StopsWhileTheNewRunIsBeingWritten)
 {
     LbOs::RemoveFile(m_run.GetFolder() + Runner::c_ShardsName);
 
     EXPECT_THROW(m_follower.Watch(), LbException);
 }
 
-TEST_F(RunnerFollowerReplaced, NamesTheFolder)
+TEST_F(RunnerFollowerReplaced, NamesTheFolderOfTheReplacedRun)
 {
     Replace();
     try

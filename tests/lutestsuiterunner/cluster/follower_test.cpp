@@ -32,7 +32,7 @@ TEST_F(RunnerFollower, SubmitsAllShardsAtOnceAndWaitsForTheirJournals)
     EXPECT_EQ(m_engine.cancellations, 0);
 }
 
-TEST_F(RunnerFollower, AsksTheSchedulerSeldom)
+TEST_F(RunnerFollower, AsksTheSchedulerOncePerPollInterval)
 {
     StepAfter(0s);
     for (int second = 0; second < 60; ++second)
@@ -43,7 +43,7 @@ TEST_F(RunnerFollower, AsksTheSchedulerSeldom)
     EXPECT_EQ(m_engine.questions, 4);
 }
 
-TEST_F(RunnerFollower, AsksTheSchedulerSeldomAtTheEnd)
+TEST_F(RunnerFollower, AsksTheSchedulerOncePerPollIntervalAtTheEnd)
 {
     StepAfter(0s);
     StepAfter(15s);
@@ -75,7 +75,7 @@ TEST_F(RunnerFollower, SubmitsLostShardsAgain)
     EXPECT_EQ(m_follower.GetShards()[1].submissions, 2U);
 }
 
-TEST_F(RunnerFollower, AcceptsAJournalThatArrivesLate)
+TEST_F(RunnerFollower, DoesNotSubmitAShardAgainIfItsJournalArrivesLate)
 {
     StepAfter(0s);
     Lose(1, L"COMPLETED");
@@ -114,7 +114,7 @@ TEST_F(RunnerFollower, KeepsTheReasonOfALossWhileOtherShardsRun)
                   L"Teil 2 ging 4-mal hintereinander ohne neues Ergebnis verloren, zuletzt: NODE_FAIL auf node1"});
 }
 
-TEST_F(RunnerFollower, GivesUpNoShardWhoseLastJournalArrivesLate)
+TEST_F(RunnerFollower, DoesNotGiveUpAShardIfItsLastJournalArrivesLate)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -127,7 +127,7 @@ TEST_F(RunnerFollower, GivesUpNoShardWhoseLastJournalArrivesLate)
     EXPECT_TRUE(m_follower.GetProblems().empty());
 }
 
-TEST_F(RunnerFollower, ContinuesAShardAsLongAsItsTasksBringVerdicts)
+TEST_F(RunnerFollower, SubmitsAShardAgainAsLongAsItBringsNewVerdicts)
 {
     StepAfter(0s);
     const std::uint32_t cases = m_run.GetShards()[1].cases;
@@ -144,7 +144,7 @@ TEST_F(RunnerFollower, ContinuesAShardAsLongAsItsTasksBringVerdicts)
     EXPECT_TRUE(m_follower.GetShards()[1].isGivenUp);
 }
 
-TEST_F(RunnerFollower, TakesARetryForANewVerdict)
+TEST_F(RunnerFollower, CountsARetryAsANewVerdict)
 {
     StepAfter(0s);
     CPlayedRun::RunCase(*m_run.Join(2), 0, LuTestSuiteRun::ECaseRunResult::Error);
@@ -160,7 +160,7 @@ TEST_F(RunnerFollower, TakesARetryForANewVerdict)
     EXPECT_EQ(m_engine.submitted.size(), 6U);
 }
 
-TEST_F(RunnerFollower, TakesADuplicateForNoNewVerdict)
+TEST_F(RunnerFollower, DoesNotCountADuplicateAsANewVerdict)
 {
     StepAfter(0s);
     for (int round = 0; round < 5; ++round)
@@ -172,7 +172,7 @@ TEST_F(RunnerFollower, TakesADuplicateForNoNewVerdict)
     EXPECT_EQ(m_engine.submitted.size(), 5U);
 }
 
-TEST_F(RunnerFollower, CountsVerdictsFromTheSubmissionsOfAnotherProcess)
+TEST_F(RunnerFollower, CountsLostSubmissionsOfAnotherProcess)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -192,7 +192,7 @@ TEST_F(RunnerFollower, ThrowsIfTheSchedulerRefusesTheRun)
     EXPECT_THROW(StepAfter(0s), LbException);
 }
 
-TEST_F(RunnerFollower, SubmitsAgainWhatTheSchedulerRefused)
+TEST_F(RunnerFollower, SubmitsShardsAgainThatTheSchedulerRefused)
 {
     StepAfter(0s);
     m_engine.isRefusing = true;
@@ -213,7 +213,7 @@ TEST_F(RunnerFollower, SubmitsAgainWhatTheSchedulerRefused)
     EXPECT_EQ(m_engine.submitted[1].shards, std::vector<std::uint32_t>{2});
 }
 
-TEST_F(RunnerFollower, WarnsOnceOfTasksThatDoNotBeginByThemselves)
+TEST_F(RunnerFollower, WarnsOnceOfTasksThatNeedAnIntervention)
 {
     StepAfter(0s);
     m_engine.tasks[1] = {ETaskState::Waiting, L"JobHeldUser", false, /*isStuck*/ true};
@@ -238,7 +238,7 @@ TEST_F(RunnerFollower, ReportsThatTheSchedulerRefusedAShard)
     EXPECT_TRUE(m_follower.GetProblems()[0].ends_with(L"zuletzt: Kein Platz"));
 }
 
-TEST_F(RunnerFollower, ReportsWhatTheHostMissed)
+TEST_F(RunnerFollower, ReportsTheProblemThatTheLostHostRecorded)
 {
     StepAfter(0s);
     const auto writer = m_run.Join(2);
@@ -267,7 +267,7 @@ TEST_F(RunnerFollower, WaitsWhileTheSchedulerDoesNotAnswer)
     EXPECT_EQ(m_engine.submitted.size(), 2U);
 }
 
-TEST_F(RunnerFollower, ContinuesWhereAnotherProcessEnded)
+TEST_F(RunnerFollower, DoesNotRepeatTheSubmissionOfAnotherProcess)
 {
     Runner::CFollower(m_run.GetFolder(), m_run.GetShards(), m_engine).Step(m_now);
     EXPECT_FALSE(Runner::CFollower(m_run.GetFolder(), m_run.GetShards(), m_engine).Step(m_now));
@@ -275,7 +275,7 @@ TEST_F(RunnerFollower, ContinuesWhereAnotherProcessEnded)
     EXPECT_EQ(m_engine.submitted.size(), 1U);
 }
 
-TEST_F(RunnerFollower, LeavesASubmissionToAQuickerProcess)
+TEST_F(RunnerFollower, DoesNotSubmitAShardThatAnotherProcessClaimed)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -288,7 +288,7 @@ TEST_F(RunnerFollower, LeavesASubmissionToAQuickerProcess)
     EXPECT_EQ(m_follower.GetShards()[1].submissions, 2U);
 }
 
-TEST_F(RunnerFollower, SubmitsOnceWhatADeadProcessOnlyRecorded)
+TEST_F(RunnerFollower, SubmitsRecordedShardsOnceIfTheirProcessDied)
 {
     EXPECT_TRUE(Runner::ClaimSubmission(m_run.GetFolder(), {1, {1, 2}, {0, 0}}));
     Runner::CFollower follower(m_run.GetFolder(), m_run.GetShards(), m_engine);
@@ -304,7 +304,7 @@ TEST_F(RunnerFollower, SubmitsOnceWhatADeadProcessOnlyRecorded)
     EXPECT_EQ(follower.GetShards()[0].submissions, 2U);
 }
 
-TEST_F(RunnerFollower, LeavesASubmissionToTheProcessThatIsRecordingIt)
+TEST_F(RunnerFollower, DoesNotSubmitShardsThatAnotherProcessIsRecording)
 {
     Runner::CAppendFile file(m_run.GetFolder() + LbPath::ToNative(L"tasks/submission-1.json"));
     Runner::CFollower follower(m_run.GetFolder(), m_run.GetShards(), m_engine);
@@ -316,7 +316,7 @@ TEST_F(RunnerFollower, LeavesASubmissionToTheProcessThatIsRecordingIt)
     EXPECT_EQ(follower.GetShards()[1].submissions, 1U);
 }
 
-TEST_F(RunnerFollower, SubmitsWhatADeadProcessDidNotRecord)
+TEST_F(RunnerFollower, SubmitsShardsIfADeadProcessLeftAnIncompleteRecord)
 {
     Runner::CAppendFile(m_run.GetFolder() + LbPath::ToNative(L"tasks/submission-1.json")).Append("{\"sha");
     Runner::CFollower follower(m_run.GetFolder(), m_run.GetShards(), m_engine);
@@ -327,7 +327,7 @@ TEST_F(RunnerFollower, SubmitsWhatADeadProcessDidNotRecord)
     EXPECT_EQ(m_engine.submitted[0].number, 2U);
 }
 
-TEST_F(RunnerFollower, CancelsForAllProcesses)
+TEST_F(RunnerFollower, CancelsTheTasksIfAnotherProcessCanceledTheRun)
 {
     StepAfter(0s);
     Runner::MarkCanceled(m_run.GetFolder());
@@ -339,7 +339,7 @@ TEST_F(RunnerFollower, CancelsForAllProcesses)
     EXPECT_EQ(m_follower.GetProblems(), std::vector<std::wstring>{L"Der verteilte Lauf wurde abgebrochen"});
 }
 
-TEST_F(RunnerFollower, RepeatsACancellationThatDoesNotWork)
+TEST_F(RunnerFollower, RepeatsACancellationThatHasNoEffect)
 {
     StepAfter(0s);
     m_engine.isDeaf = true;
@@ -357,7 +357,7 @@ TEST_F(RunnerFollower, RepeatsACancellationThatDoesNotWork)
     EXPECT_TRUE(m_follower.TakeWarnings().empty());
 }
 
-TEST_F(RunnerFollower, WarnsOfACancellationThatNothingConfirms)
+TEST_F(RunnerFollower, WarnsIfACancellationIsNotConfirmed)
 {
     StepAfter(0s);
     m_engine.isDeaf = true;
@@ -369,7 +369,7 @@ TEST_F(RunnerFollower, WarnsOfACancellationThatNothingConfirms)
               std::vector<std::wstring>{L"Der Abbruch ist nicht bestätigt: Prozesse können noch laufen"});
 }
 
-TEST_F(RunnerFollower, DoesNotEndHostsThatEndedSinceTheLastAnswer)
+TEST_F(RunnerFollower, DoesNotCancelTasksThatEndedSinceTheLastAnswer)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -381,7 +381,7 @@ TEST_F(RunnerFollower, DoesNotEndHostsThatEndedSinceTheLastAnswer)
     EXPECT_EQ(m_engine.cancellations, 0);
 }
 
-TEST_F(RunnerFollower, IsNotCanceledWhenItIsComplete)
+TEST_F(RunnerFollower, IgnoresACancellationIfTheRunIsComplete)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -393,7 +393,7 @@ TEST_F(RunnerFollower, IsNotCanceledWhenItIsComplete)
     EXPECT_EQ(m_follower.GetProblems(), std::vector<std::wstring>());
 }
 
-TEST_F(RunnerFollower, EndsAHostThatIsSuperfluous)
+TEST_F(RunnerFollower, CancelsTasksThatRunAfterAllShardsEnded)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -405,7 +405,7 @@ TEST_F(RunnerFollower, EndsAHostThatIsSuperfluous)
     EXPECT_EQ(m_engine.cancellations, 1);
 }
 
-TEST_F(RunnerFollower, EndsTasksThatTheSchedulerMayHoldForALostShard)
+TEST_F(RunnerFollower, CancelsTasksThatTheSchedulerMayHoldForALostShard)
 {
     StepAfter(0s);
     m_run.RunShard(1);
@@ -440,7 +440,7 @@ TEST_F(RunnerFollower, ShowsInTheStatusThatAShardIsGivenUp)
     EXPECT_TRUE(other.GetShards()[1].isGivenUp);
 }
 
-TEST_F(RunnerFollower, DoesNotGiveUpAShardInTheStatusWhoseLastTaskRuns)
+TEST_F(RunnerFollower, DoesNotShowAShardAsGivenUpWhileItsLastTaskRuns)
 {
     StepAfter(0s);
     LoseAndNotice(2);

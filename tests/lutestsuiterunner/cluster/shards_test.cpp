@@ -56,7 +56,7 @@ double GetImbalance(const std::vector<Cases>& shards, const std::vector<std::uin
     return static_cast<double>(longest * shards.size()) / static_cast<double>(sum);
 }
 
-TEST(RunnerShards, GiveEachCaseToOneShard)
+TEST(RunnerShards, ContainEachCaseExactlyOnce)
 {
     constexpr std::uint32_t c_Cases = 23;
     for (const std::uint32_t count : {1U, 2U, 5U, 23U, 30U})
@@ -74,7 +74,7 @@ TEST(RunnerShards, GiveEachCaseToOneShard)
     }
 }
 
-TEST(RunnerShards, TakeEquallyLongEvenIfLengthsAreSkewed)
+TEST(RunnerShards, TakeEquallyLongEvenIfCaseTimesAreSkewed)
 {
     constexpr double c_Mean = 1e8;
     std::mt19937 random(1);
@@ -88,7 +88,7 @@ TEST(RunnerShards, TakeEquallyLongEvenIfLengthsAreSkewed)
     EXPECT_LT(GetImbalance(Runner::DealOut(MakeTimedPlan(times), 12), times), 1.001);
 }
 
-TEST(RunnerShards, CannotBeShorterThanTheLongestCase)
+TEST(RunnerShards, GiveTheLongestCaseAShardOfItsOwn)
 {
     const auto shards = Runner::DealOut(MakeTimedPlan({1, 1, 100, 1, 1}), 3);
 
@@ -96,7 +96,7 @@ TEST(RunnerShards, CannotBeShorterThanTheLongestCase)
     EXPECT_EQ(shards[1].size() + shards[2].size(), 4U);
 }
 
-TEST(RunnerShards, GetLargeAndSmallDataAlikeWithoutTimes)
+TEST(RunnerShards, BalanceFileSizesIfTimesAreUnknown)
 {
     constexpr std::size_t c_Cases = 12;
     const ScopedFolder folder;
@@ -115,7 +115,7 @@ TEST(RunnerShards, GetLargeAndSmallDataAlikeWithoutTimes)
     EXPECT_LT(GetImbalance(Runner::DealOut(plan, 2), sizes), 1.01);
 }
 
-TEST(RunnerShards, HavePlansOfTheirCasesAlone)
+TEST(RunnerShards, HavePlansWithOnlyTheirOwnCases)
 {
     Runner::SPlan whole = MakeSamplePlan(2);
     whole.digest = "ganz";
@@ -137,7 +137,7 @@ TEST(RunnerShards, HavePlansOfTheirCasesAlone)
     EXPECT_TRUE(plan.disabled.empty());
 }
 
-TEST(RunnerShards, AreFrozenInFilesThatReadBack)
+TEST(RunnerShards, AreReadBackAsWritten)
 {
     const ScopedFolder folder;
     Runner::SPlan plan = MakeSamplePlan();
@@ -159,7 +159,7 @@ TEST(RunnerShards, AreFrozenInFilesThatReadBack)
     EXPECT_EQ(cases.size(), plan.cases.size());
 }
 
-TEST(RunnerShards, ReplaceThoseOfAnEarlierRun)
+TEST(RunnerShards, ReplaceTheShardsOfAnEarlierRun)
 {
     const ScopedFolder folder;
     Runner::SPlan plan = MakeSamplePlan();
@@ -171,7 +171,7 @@ TEST(RunnerShards, ReplaceThoseOfAnEarlierRun)
     EXPECT_FALSE(LbFileSystem::Exists(folder.GetPathOf(L"proof.json")));
 }
 
-TEST(RunnerShards, NeedAList)
+TEST(RunnerShards, CannotBeReadWithoutAValidList)
 {
     const ScopedFolder folder;
     EXPECT_THROW(Runner::ReadShards(folder.GetPath()), LbException);

@@ -29,12 +29,12 @@ TEST(RunnerSlurmText, ReadsTheStatesOfTasks)
     EXPECT_EQ(tasks.at(4).state, ETaskState::Over);
 }
 
-TEST(RunnerSlurmText, TakesATaskThatSlurmHoldsForOver)
+TEST(RunnerSlurmText, TreatsATaskThatSlurmHoldsAsOver)
 {
     EXPECT_EQ(Runner::ReadQueue("task|1|PENDING|JobHoldMaxRequeue|\n").at(1).state, ETaskState::Over);
 }
 
-TEST(RunnerSlurmText, RecognisesTasksThatDoNotBeginByThemselves)
+TEST(RunnerSlurmText, RecognisesTasksThatNeedAnIntervention)
 {
     const Runner::Tasks tasks = Runner::ReadQueue("task|1|PENDING|BadConstraints|\n"
                                                   "task|2|PENDING|Resources|\n"
@@ -49,7 +49,7 @@ TEST(RunnerSlurmText, RecognisesTasksThatDoNotBeginByThemselves)
     }
 }
 
-TEST(RunnerSlurmText, TakesTheTaskThatIsNotOver)
+TEST(RunnerSlurmText, PrefersTheRunningTaskOfAShard)
 {
     const Runner::Tasks tasks = Runner::ReadQueue("task|1|FAILED|None|node1\ntask|1|RUNNING|None|node2\n"
                                                   "task|2|RUNNING|None|node3\ntask|2|TIMEOUT|None|node1\n");
@@ -82,12 +82,12 @@ TEST(RunnerSlurmText, RecognisesOptionsThatTheEngineSets)
     }
 }
 
-TEST(RunnerSlurmText, NamesEachSubmissionOnce)
+TEST(RunnerSlurmText, BuildsTheJobNameFromRunAndSubmission)
 {
     EXPECT_EQ(Runner::GetJobName("abc", 2), L"lutestsuite-abc-2");
 }
 
-TEST(RunnerLastError, IsFoundWithTheLastLine)
+TEST(RunnerLastError, FindsTheLastLineWithText)
 {
     EXPECT_EQ(Runner::FindLastLine("eins\nzwei \r\n\n"), L"zwei");
     EXPECT_EQ(Runner::FindLastLine("eins"), L"eins");
@@ -95,7 +95,7 @@ TEST(RunnerLastError, IsFoundWithTheLastLine)
     EXPECT_EQ(Runner::FindLastLine(""), L"");
 }
 
-TEST(RunnerLastError, IsTheLastErrorLine)
+TEST(RunnerLastError, FindsTheLastErrorLine)
 {
     EXPECT_EQ(Runner::FindLastError("Fehler: eins\r\nFehler: zwei\r\nkein Fehler: drei\n"), L"zwei");
     EXPECT_EQ(Runner::FindLastError("ein Fehler: nein"), L"");

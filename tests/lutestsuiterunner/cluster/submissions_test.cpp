@@ -16,7 +16,7 @@ TEST(RunnerSubmissions, ListShardsAsRanges)
     EXPECT_EQ(Runner::FormatNumbers({4}), L"4");
 }
 
-TEST(RunnerSubmissions, AreClaimedOnce)
+TEST(RunnerSubmissions, CanBeClaimedOnlyOnce)
 {
     const CPlayedRun run;
     EXPECT_TRUE(Runner::ReadSubmissions(run.GetFolder()).empty());
@@ -29,7 +29,7 @@ TEST(RunnerSubmissions, AreClaimedOnce)
     EXPECT_EQ(submissions[0].verdicts, (std::vector<std::uint64_t>{0, 7}));
 }
 
-TEST(RunnerSubmissions, DescribeLossesByReason)
+TEST(RunnerSubmissions, GroupLossesByReason)
 {
     const CPlayedRun run;
     EXPECT_TRUE(Runner::ClaimSubmission(
@@ -41,7 +41,7 @@ TEST(RunnerSubmissions, DescribeLossesByReason)
                                          L"Teil 5 verloren (größer), neu vergeben"}));
 }
 
-TEST(RunnerSubmissions, WithoutContentHaveNoShards)
+TEST(RunnerSubmissions, HaveNoShardsIfTheirFileIsIncomplete)
 {
     const CPlayedRun run;
     Runner::CAppendFile(run.GetFolder() + LbPath::ToNative(L"tasks/submission-1.json")).Append("{\"sha");
@@ -50,7 +50,7 @@ TEST(RunnerSubmissions, WithoutContentHaveNoShards)
     EXPECT_TRUE(Runner::ReadSubmissions(run.GetFolder())[0].shards.empty());
 }
 
-TEST(RunnerSubmissions, NeedTheirFolder)
+TEST(RunnerSubmissions, FailIfTheFolderOfTheRunIsMissing)
 {
     EXPECT_THROW(Runner::ClaimSubmission(LbPath::ToNative(L"/gibt es nicht/"), {1, {1}, {0}}), LbException);
     EXPECT_THROW(Runner::MarkCanceled(LbPath::ToNative(L"/gibt es nicht/")), LbException);

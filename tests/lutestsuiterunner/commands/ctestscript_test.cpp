@@ -52,7 +52,7 @@ TEST(CTestScript, KeepsABracketAtTheEndOfAName)
               "lutestsuite_add_case([=[parts/CShapes:a]]=] [[CShapes]] [[parts]] 0 \"\")\n");
 }
 
-TEST(CTestScript, PrefersTheTimeLimitOfTheCaseToThatOfTheRun)
+TEST(CTestScript, PrefersTheTimeLimitOfTheCase)
 {
     Runner::SPlan plan = makePlan(L"round", {{L"TimeOutSec", LbVariant(std::uint32_t{5})}});
     plan.params.timeOutSec = 60;
@@ -66,7 +66,7 @@ TEST(CTestScript, MarksCasesThatMustNotRunInParallel)
     EXPECT_TRUE(makeCases(makePlan(L"round", {{L"Parallel", LbVariant(true)}})).ends_with(" 0 \"\")\n"));
 }
 
-TEST(CTestScript, EndsWithDisabledCases)
+TEST(CTestScript, ListsDisabledCasesLast)
 {
     Runner::SPlan plan = makePlan(L"round");
     plan.disabled.push_back({L"CShapes", L"/data/parts/CShapes/", L"off", {}});

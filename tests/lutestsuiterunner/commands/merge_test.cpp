@@ -89,7 +89,7 @@ protected:
     std::wstring m_shards; ///< prefix of the paths of the shards' folders
 };
 
-TEST_F(RunnerMerge, CombinesShardsToTheWholeRun)
+TEST_F(RunnerMerge, CombinesShardsIntoTheWholeRun)
 {
     RunShard(1);
     RunShard(2);
@@ -105,7 +105,7 @@ TEST_F(RunnerMerge, CombinesShardsToTheWholeRun)
     EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"ganz/junit.xml")));
 }
 
-TEST_F(RunnerMerge, GivesTheSameReportsInAnyOrder)
+TEST_F(RunnerMerge, WritesTheSameReportsForAnyOrderOfShards)
 {
     RunShard(1);
     RunShard(2);
@@ -150,7 +150,7 @@ TEST_F(RunnerMerge, RefusesAFolderThatIsMissing)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"ganz")));
 }
 
-TEST_F(RunnerMerge, IsRedWhenAShardDied)
+TEST_F(RunnerMerge, IsRedIfTheHostOfAShardDied)
 {
     RunShard(1);
     {
@@ -167,7 +167,7 @@ TEST_F(RunnerMerge, IsRedWhenAShardDied)
     EXPECT_EQ(state->GetProblems()[0], L"Teil 2 von 2 ist nicht beendet");
 }
 
-TEST_F(RunnerMerge, KeepsWhatAShardsHostPrintedWhenItCrashed)
+TEST_F(RunnerMerge, KeepsTheCrashMessageOfAShardsHost)
 {
     RunShard(1);
     {
@@ -212,7 +212,7 @@ TEST_F(RunnerMerge, KeepsAttemptsTextsAndJournalsOfAResumedShard)
     EXPECT_EQ(state->GetReported(5)->ended.journal, 3U);
 }
 
-TEST_F(RunnerMerge, TakesOverTheProblemsOfAShard)
+TEST_F(RunnerMerge, ReportsTheProblemsOfAShard)
 {
     RunShard(1);
     {
@@ -228,7 +228,7 @@ TEST_F(RunnerMerge, TakesOverTheProblemsOfAShard)
     EXPECT_FALSE(state->IsCanceled());
 }
 
-TEST_F(RunnerMerge, RefusesACaseOfTwoShards)
+TEST_F(RunnerMerge, RefusesShardsThatShareACase)
 {
     RunShard(1);
 
@@ -236,7 +236,7 @@ TEST_F(RunnerMerge, RefusesACaseOfTwoShards)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"ganz")));
 }
 
-TEST_F(RunnerMerge, AcceptsShardsOfMachinesThatListFoldersInAnotherOrder)
+TEST_F(RunnerMerge, AcceptsShardsThatListTheCasesInAnotherOrder)
 {
     RunShard(1);
     Runner::SPlan other = MakeSamplePlan();
@@ -264,7 +264,7 @@ TEST_F(RunnerMerge, AcceptsShardsOfMachinesThatListFoldersInAnotherOrder)
     EXPECT_EQ(state->CountVerdicts().quarantinedFailed, 1U);
 }
 
-TEST_F(RunnerMerge, RefusesARunOfOtherCases)
+TEST_F(RunnerMerge, RefusesARunWithAnotherSelection)
 {
     RunShard(1);
     Runner::SPlan other = MakeSamplePlan();
@@ -336,7 +336,7 @@ TEST_F(RunnerMerge, NeverReplacesARunThatIsInProgress)
     EXPECT_EQ(LoadMerged()->CountVerdicts().passed, 1U);
 }
 
-TEST_F(RunnerMerge, KeepsShardsInTheFolderOfTheWholeRun)
+TEST_F(RunnerMerge, KeepsShardsInsideTheOutputFolder)
 {
     m_shards = L"ganz/shard-";
     RunShard(1);
@@ -358,7 +358,7 @@ TEST_F(RunnerMerge, NeverReplacesTheDistributedRunOfItsShards)
     EXPECT_EQ(Runner::LoadRun(GetShardFolder(1) + L"/")->CountVerdicts().passed, 3U);
 }
 
-TEST_F(RunnerMerge, WarnsOfShardsWithOtherOptionsOrBuilds)
+TEST_F(RunnerMerge, WarnsIfShardsHaveDifferentOptionsOrBuilds)
 {
     const auto mergeWith = [this](const Runner::SPlan& plan) {
         RunShard(1);
@@ -378,7 +378,7 @@ TEST_F(RunnerMerge, WarnsOfShardsWithOtherOptionsOrBuilds)
     EXPECT_NE(mergeWith(plan).find("haben verschiedene Builds\n"), std::string::npos);
 }
 
-TEST_F(RunnerMerge, NeedsFolders)
+TEST_F(RunnerMerge, RequiresAtLeastOneExistingFolder)
 {
     EXPECT_THROW(Merge({}), std::wstring);
     EXPECT_THROW(Merge({7}), LbException);
@@ -388,7 +388,7 @@ class RunnerReport : public RunnerMerge
 {
 };
 
-TEST_F(RunnerReport, SuggestsToResumeOnlyARunThatIsNotInProgress)
+TEST_F(RunnerReport, SuggestsResumingOnlyARunThatIsNotInProgress)
 {
     Runner::SReportOptions options;
     options.directory = m_folder.GetPathOf(L"lauf");
@@ -409,7 +409,7 @@ TEST_F(RunnerReport, SuggestsToResumeOnlyARunThatIsNotInProgress)
     EXPECT_NE(report().find(" resume "), std::string::npos);
 }
 
-TEST_F(RunnerReport, GivesTheStatusOfTheRun)
+TEST_F(RunnerReport, ReturnsTheStatusOfTheRun)
 {
     Runner::SReportOptions options;
     EXPECT_THROW(Runner::Execute(options), std::wstring);

@@ -53,7 +53,7 @@ TEST_F(RunnerOutcomeInProgress, ShowsTheCasesUnderWay)
               std::string::npos);
 }
 
-TEST_F(RunnerOutcomeInProgress, IsThatOfTheEndIfTheRunEndsMeanwhile)
+TEST_F(RunnerOutcomeInProgress, IsFinalIfTheRunEndsMeanwhile)
 {
     std::string atEnd;
     const auto state = Runner::ReportRunInProgress(m_path, [&](const std::wstring& folder) {
@@ -70,7 +70,7 @@ TEST_F(RunnerOutcomeInProgress, IsThatOfTheEndIfTheRunEndsMeanwhile)
     EXPECT_EQ(ReadSummary(), atEnd);
 }
 
-TEST_F(RunnerOutcomeInProgress, IsThatOfTheEndIfACanceledRunEndsMeanwhileWithoutACase)
+TEST_F(RunnerOutcomeInProgress, IsFinalIfACanceledRunEndsMeanwhileWithAnOpenCase)
 {
     m_writer->Write(Runner::SRunCanceled{L"SIGTERM", 1});
     std::string atEnd;

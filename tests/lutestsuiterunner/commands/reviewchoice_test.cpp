@@ -73,19 +73,19 @@ protected:
                                             makeChange(L"ABCDEF0223", {L"b", L"c"}), makeChange(L"1234560000", {L"d"})};
 };
 
-TEST_F(ReviewChoice, TakesAChangeByItsName)
+TEST_F(ReviewChoice, ChoosesAChangeByItsName)
 {
     EXPECT_EQ(getTexts(Choose({L"123456"}).accepted), std::vector{L"12345600 " + getPath(L"d")});
     EXPECT_EQ(Choose({L"ABCDEF02"}).accepted.size(), 1U);
-    EXPECT_EQ(Choose({L"ABCDEF02", L"abcdef022"}).accepted.size(), 1U) << "the same twice";
+    EXPECT_EQ(Choose({L"ABCDEF02", L"abcdef022"}).accepted.size(), 1U) << "both names mean the same change";
 }
 
-TEST_F(ReviewChoice, RefusesANameOfSeveralChanges)
+TEST_F(ReviewChoice, RefusesAnAmbiguousName)
 {
     EXPECT_EQ(GetRefusal({L"ABCDEF"}), L"'ABCDEF' ist mehrdeutig: ABCDEF01, ABCDEF02");
 }
 
-TEST_F(ReviewChoice, TakesANamedFileAsAWhole)
+TEST_F(ReviewChoice, ChoosesANamedFileAsAWhole)
 {
     const SReviewChoice choice = Choose({L"b", L"ABCDEF01"});
 
@@ -94,7 +94,7 @@ TEST_F(ReviewChoice, TakesANamedFileAsAWhole)
     EXPECT_TRUE(choice.accepted.front().parts.empty());
 }
 
-TEST_F(ReviewChoice, TakesAllThatIsNotNamed)
+TEST_F(ReviewChoice, AppliesAllToChangesThatAreNotNamed)
 {
     const SReviewChoice choice = Choose({L"all"}, {L"ABCDEF01", L"d"});
 
@@ -102,17 +102,17 @@ TEST_F(ReviewChoice, TakesAllThatIsNotNamed)
     EXPECT_EQ(choice.rejected.size(), 2U);
 }
 
-TEST_F(ReviewChoice, RefusesContradictions)
+TEST_F(ReviewChoice, RefusesToAcceptAndRejectTheSameChange)
 {
     EXPECT_EQ(GetRefusal({L"ABCDEF01"}, {L"ABCDEF012"}), L"'--accept' und '--reject' nennen dasselbe: ABCDEF01");
     EXPECT_EQ(GetRefusal({L"ABCDEF01"}, {L"a"}), L"'--accept' und '--reject' nennen dasselbe: ABCDEF01");
     EXPECT_EQ(GetRefusal({L"a"}, {L"ABCDEF01"}), L"'--accept' und '--reject' nennen dasselbe: ABCDEF01");
     EXPECT_EQ(GetRefusal({L"a"}, {L"a"}), L"'--accept' und '--reject' nennen dasselbe: " + getPath(L"a"));
     EXPECT_EQ(GetRefusal({L"all"}, {L"all"}), L"'--accept' und '--reject' nennen dasselbe: all");
-    EXPECT_EQ(GetRefusal({L"ABCDEF01"}, {L"ABCDEF02"}), L"") << "parts of the same files";
+    EXPECT_EQ(GetRefusal({L"ABCDEF01"}, {L"ABCDEF02"}), L"") << "the changes are different parts of the same file";
 }
 
-TEST_F(ReviewChoice, FindsAFileFromTheReviewedFolder)
+TEST_F(ReviewChoice, FindsAFileByItsPathInTheReviewedFolder)
 {
     const std::vector<SChange> changes = {makeChange(L"1234560000", {L"data/CTest/a"})};
 
@@ -121,15 +121,15 @@ TEST_F(ReviewChoice, FindsAFileFromTheReviewedFolder)
     EXPECT_TRUE(FindChangesOf(changes, L"data", L"a").empty());
 }
 
-TEST_F(ReviewChoice, RefusesAPathThatMeansTwoFiles)
+TEST_F(ReviewChoice, RefusesAPathThatFitsTwoFiles)
 {
     const std::vector<SChange> changes = {makeChange(L"1234560000", {L"CTest/a", L"data/CTest/a"})};
 
     EXPECT_THROW(FindChangesOf(changes, L"data", L"CTest/a"), std::wstring);
-    EXPECT_EQ(FindChangesOf(changes, L".", L"CTest/a").size(), 1U) << "one place";
+    EXPECT_EQ(FindChangesOf(changes, L".", L"CTest/a").size(), 1U) << "both paths mean the same file";
 }
 
-TEST_F(ReviewChoice, RefusesWhatIsUnknown)
+TEST_F(ReviewChoice, RefusesUnknownNames)
 {
     EXPECT_NE(GetRefusal({L"fehlt"}), L"");
     EXPECT_NE(GetRefusal({L"ABCDE"}), L"");

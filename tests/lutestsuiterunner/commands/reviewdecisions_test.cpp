@@ -239,7 +239,7 @@ protected:
     std::map<std::wstring, STexts> m_texts; ///< keys: paths of the references
 };
 
-TEST_F(ReviewDecisions, OnSinglePartsMakeWhatWasReceivedTheReferences)
+TEST_F(ReviewDecisions, MakesTheOutputTheReferenceIfAllPartsAreAccepted)
 {
     CRandomFolders folders;
     for (int round = 0; round < 100; ++round)
@@ -251,13 +251,14 @@ TEST_F(ReviewDecisions, OnSinglePartsMakeWhatWasReceivedTheReferences)
 
         for (const auto& [reference, texts] : m_texts)
         {
-            EXPECT_EQ(LbFileSystem::ReadFile8Bit(reference), texts.received) << "round " << round << texts.expected;
+            EXPECT_EQ(LbFileSystem::ReadFile8Bit(reference), texts.received) << "round " << round << "\n"
+                                                                             << texts.expected;
             EXPECT_FALSE(LbFileSystem::IsFile(reference + LbReceivedFile::c_Suffix)) << "round " << round;
         }
     }
 }
 
-TEST_F(ReviewDecisions, WithoutOneChangeApplyAllOthers)
+TEST_F(ReviewDecisions, AppliesAllOtherChangesIfOneIsLeftOut)
 {
     CRandomFolders folders;
     for (int round = 0; round < 100; ++round)
@@ -284,7 +285,7 @@ TEST_F(ReviewDecisions, WithoutOneChangeApplyAllOthers)
 }
 
 /// After the first decision, the reference and the output differ in other parts than before.
-TEST_F(ReviewDecisions, FindTheirPartsAfterTheFirstOne)
+TEST_F(ReviewDecisions, FindsPartsAfterAnEarlierDecision)
 {
     const STexts texts = {"x 1\nx 2\n}\n\ntime 5\nb", "x 1\nx 2\n}\ntime 5\ntime 5\nb\n"};
     for (const bool isReversed : {false, true})

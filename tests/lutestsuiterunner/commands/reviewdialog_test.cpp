@@ -68,7 +68,7 @@ bool contains(const std::string& text, const char* part)
     return text.find(part) != std::string::npos;
 }
 
-TEST_F(ReviewDialog, AcceptsAndRejects)
+TEST_F(ReviewDialog, AcceptsAndRejectsChanges)
 {
     const std::string output = Answer("j\nv\n");
 
@@ -78,7 +78,7 @@ TEST_F(ReviewDialog, AcceptsAndRejects)
     EXPECT_TRUE(contains(output, "Keine weiteren")) << output;
 }
 
-TEST_F(ReviewDialog, GoesOnWithoutADecision)
+TEST_F(ReviewDialog, SkipsAChangeWithoutADecision)
 {
     Answer("w\nj\n");
 
@@ -86,13 +86,13 @@ TEST_F(ReviewDialog, GoesOnWithoutADecision)
     EXPECT_TRUE(IsOpen(L"a"));
 }
 
-TEST_F(ReviewDialog, EndsWhenAskedTo)
+TEST_F(ReviewDialog, EndsOnRequest)
 {
     EXPECT_FALSE(contains(Answer("e\nj\n"), "[2/2]"));
     EXPECT_EQ(Read(L"a") + Read(L"c"), "alt\nalt\n");
 }
 
-TEST_F(ReviewDialog, EndsWithItsInput)
+TEST_F(ReviewDialog, EndsAtTheEndOfItsInput)
 {
     EXPECT_FALSE(contains(Answer(""), "[2/2]"));
     EXPECT_TRUE(IsOpen(L"a") && IsOpen(L"c"));
@@ -124,7 +124,7 @@ TEST_F(ReviewDialog, AsksBeforeReferencesBecomeBlank)
     EXPECT_EQ(Read(L"a"), "\n");
 }
 
-TEST_F(ReviewDialog, AsksBeforeNewReferencesAreBlank)
+TEST_F(ReviewDialog, AsksBeforeCreatingBlankReferences)
 {
     Receive(L"d", "", "\n", 3);
     LbOs::RemoveFile(m_folder.GetPathOf(L"d"));
@@ -144,7 +144,7 @@ TEST_F(ReviewDialog, ShowsAChangeOnce)
     EXPECT_EQ(output.find("+neu"), output.rfind("+neu")) << output;
 }
 
-TEST_F(ReviewDialog, DoesNotAskIfReferencesMayBecomeBlank)
+TEST_F(ReviewDialog, DoesNotAskIfBlankReferencesAreAllowed)
 {
     Receive(L"a", "alt\n", "", 3);
     Receive(L"b", "alt\n", "", 3);
@@ -162,7 +162,7 @@ TEST_F(ReviewDialog, AsksAgainIfAChangeMustNotBeAccepted)
     EXPECT_TRUE(IsOpen(L"a"));
 }
 
-TEST_F(ReviewDialog, DropsFilesThatAnEarlierAnswerHasRejected)
+TEST_F(ReviewDialog, SkipsFilesThatAnEarlierAnswerRejected)
 {
     Receive(L"a", "eins\nx\n", "EINS\nx\n", 3);
     Receive(L"b", "eins\nzwei\nx\n", "EINS\nZWEI\nx\n", 3);
@@ -189,7 +189,7 @@ TEST_F(ReviewDialog, DoesNotWarnOfRejectedFilesWhoseOtherChangesAreDecided)
     EXPECT_FALSE(contains(output, "Warnung: ")) << output;
 }
 
-TEST_F(ReviewDialog, AcceptsBothCausesOfAFile)
+TEST_F(ReviewDialog, AcceptsBothChangesOfAFile)
 {
     Receive(L"a", "eins\nx\n", "EINS\nx\n", 3);
     Receive(L"b", "eins\nzwei\nx\n", "EINS\nZWEI\nx\n", 3);

@@ -28,14 +28,14 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(RunnerChangeText, ShowsControlCharactersOfContentsAsPictures)
+TEST_F(RunnerChangeText, ShowsControlCharactersInContentsAsSymbols)
 {
     const SChange change = Change("alt\n", "\x1b[2J\n");
 
     EXPECT_NE(DescribeChange(change, m_folder.GetPath(), SDiffStyle()).find(L"+\u241b[2J\n"), std::wstring::npos);
 }
 
-TEST_F(RunnerChangeText, ShowsControlCharactersOfNamesAsPictures)
+TEST_F(RunnerChangeText, ShowsControlCharactersInFileNamesAsSymbols)
 {
     const SChange change = {EChange::New, {}, L"4C21F0", {}, {{L"/data/a\x1b[2J.txt", L"", L"", true}}};
 
@@ -119,10 +119,11 @@ TEST_F(RunnerChangeText, CutsTheListOfFilesOnlyOnATerminal)
     EXPECT_EQ(FormatHeading(change, L"/data/", style),
               FormatTitle(change, L"/data/") + names.substr(0, names.find(L"  30.txt")));
     change.files.erase(change.files.begin() + 1, change.files.end());
-    EXPECT_EQ(FormatHeading(change, L"/data/", style), FormatTitle(change, L"/data/")) << "one file";
+    EXPECT_EQ(FormatHeading(change, L"/data/", style), FormatTitle(change, L"/data/"))
+        << "the title names the only file";
 }
 
-TEST_F(RunnerChangeText, CutsLinesOfTheListing)
+TEST_F(RunnerChangeText, CutsLongLinesInTheListOfChanges)
 {
     const std::string begin(300, 'a');
     const SChange change = Change("x\n" + begin + "1\n", "x\n" + begin + "2\n");
@@ -133,7 +134,7 @@ TEST_F(RunnerChangeText, CutsLinesOfTheListing)
     EXPECT_NE(text.find(L"    +…" + std::wstring(113, L'a') + L"2\n"), std::wstring::npos) << text.size();
 }
 
-TEST_F(RunnerChangeText, CutsBytes)
+TEST_F(RunnerChangeText, CutsLongBinaryDifferences)
 {
     const std::string bytes = std::string(1, '\0') + std::string(300, 'a');
     const SChange change = Change("1" + bytes, "2" + std::string(300, 'b'));
@@ -144,7 +145,7 @@ TEST_F(RunnerChangeText, CutsBytes)
                         L"…\n");
 }
 
-TEST_F(RunnerChangeText, ShowsALineBesideTheOneInItsPlace)
+TEST_F(RunnerChangeText, ShowsALineBesideTheLineThatReplacesIt)
 {
     const SChange change = Change("x\nsum of all 1\n", "x\nfirst\nsum of all 2\n");
     SDiffStyle style;
@@ -155,7 +156,7 @@ TEST_F(RunnerChangeText, ShowsALineBesideTheOneInItsPlace)
               L"a.txt:\n  ab Zeile 2\n             | first\nsum of all 1 | sum of all 2\n");
 }
 
-TEST_F(RunnerChangeText, CountsFurtherPlaces)
+TEST_F(RunnerChangeText, CountsFurtherDifferencesInAFile)
 {
     const SChange change = Change("a\nb\nx\nc\nx\nd\n", "A\nB\nx\nC\nx\nD\n");
 
@@ -164,7 +165,7 @@ TEST_F(RunnerChangeText, CountsFurtherPlaces)
               L"    weitere Stellen in dieser Datei: 2 ('--diff' zeigt sie)\n");
 }
 
-TEST_F(RunnerChangeText, TellsThatLineEndsDifferToo)
+TEST_F(RunnerChangeText, NotesThatLineEndsDifferToo)
 {
     constexpr const wchar_t* c_Note = L"  auch die Zeilenenden sind verschieden";
     const auto show = [this](const std::string& expected, const std::string& received) {
@@ -175,10 +176,10 @@ TEST_F(RunnerChangeText, TellsThatLineEndsDifferToo)
     EXPECT_NE(show("alt\nx\n", "neu\r\nx\r\n").find(c_Note), std::wstring::npos);
     EXPECT_EQ(show("alt\nx\n", "neu\nx\n").find(c_Note), std::wstring::npos);
     EXPECT_EQ(show("alt\nx\r\n", "neu\nx\n"), L"a.txt:\n  ab Zeile 1\n    -alt\n    -x␍\n    +neu\n    +x\n")
-        << "both line ends in the reference";
+        << "the reference has both line ends";
 }
 
-TEST_F(RunnerChangeText, TellsThatLinesHaveOtherValues)
+TEST_F(RunnerChangeText, NotesThatLinesHaveDifferentValues)
 {
     SChange change = Change("sum 1\n", "sum 1 EUR\n");
     change.areLinesEqual = false;
@@ -195,11 +196,11 @@ TEST_F(RunnerChangeText, ColoursRemovedAndAddedLines)
 
     const std::wstring text = ShowDifference(change, change.files.front(), m_folder.GetPath(), style);
 
-    EXPECT_NE(text.find(L"\x1b[31m-alt\x1b[0m\n"), std::wstring::npos) << "removed";
-    EXPECT_NE(text.find(L"\x1b[32m+neu\x1b[0m\n"), std::wstring::npos) << "added";
+    EXPECT_NE(text.find(L"\x1b[31m-alt\x1b[0m\n"), std::wstring::npos) << "removed line";
+    EXPECT_NE(text.find(L"\x1b[32m+neu\x1b[0m\n"), std::wstring::npos) << "added line";
 }
 
-TEST_F(RunnerChangeText, ShowsOnlyTheChangesOwnPartsOfAFile)
+TEST_F(RunnerChangeText, ShowsOnlyThePartsThatBelongToTheChange)
 {
     SChange change = Change("a\nb\nbleibt\nc\n", "A\nB\nbleibt\nC\n");
     const auto parts = Runner::FindParts("a\nb\nbleibt\nc\n", "A\nB\nbleibt\nC\n");

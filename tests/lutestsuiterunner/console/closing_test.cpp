@@ -35,7 +35,7 @@ std::wstring GetRepetition(const std::wstring& folder, const std::vector<std::ws
     return text.substr(text.find(L" run --previous "));
 }
 
-TEST(RunnerClosing, KeepsTheQuarantineInTheRepeatingCommand)
+TEST(RunnerClosing, KeepsTheQuarantineInTheRepeatCommand)
 {
     const ScopedFolder folder;
     const auto contains = [&folder](const std::vector<std::wstring>& arguments, const std::wstring& words) {
@@ -49,7 +49,7 @@ TEST(RunnerClosing, KeepsTheQuarantineInTheRepeatingCommand)
     EXPECT_TRUE(contains({L"run", L"--", L"-d", L"Daten"}, L" --force -- -d Daten -s\n"));
 }
 
-TEST(RunnerClosing, NamesTheFileWithAllCasesBeforeAFailureOfASharedProcess)
+TEST(RunnerClosing, NamesTheFileThatListsAllCasesBeforeASharedFailure)
 {
     using LuTestSuiteRun::ECaseRunResult;
     CRunStateMaker run(MakeSamplePlan(2));
@@ -69,7 +69,7 @@ TEST(RunnerClosing, NamesTheFileWithAllCasesBeforeAFailureOfASharedProcess)
         << text.size();
 }
 
-TEST(RunnerClosing, RepeatsIntoAFolderThatDoesNotExist)
+TEST(RunnerClosing, RepeatsFailedCasesIntoANewFolder)
 {
     const ScopedFolder folder;
     const std::vector<std::wstring> arguments = {L"run", L"--", L"-d", L"Daten"};

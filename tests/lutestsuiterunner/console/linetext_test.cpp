@@ -25,7 +25,7 @@ TEST(ShowLine, CutsBothLinesAroundTheFirstDifference)
     EXPECT_EQ(ShowLine(begin + "2" + end, begin + "1" + end, 12), L"…aa2zzzzzzz…");
 }
 
-TEST(ShowLine, CutsALineWhereALongerOneIsCut)
+TEST(ShowLine, CutsALineWhereItsLongerCounterpartIsCut)
 {
     const std::string begin(500, 'a');
 
@@ -69,19 +69,19 @@ TEST(ShowLine, ShowsTheDifferenceOfAnyLines)
     }
 }
 
-TEST(ShowLine, ShowsBytesThatAreNoUtf8)
+TEST(ShowLine, ShowsInvalidUtf8AsBytes)
 {
     EXPECT_EQ(ShowLine("gr\xFC\xDF", "gr\xFC\xDE", 20), L"gr\\xFC\\xDF");
     EXPECT_EQ(ShowLine("\xE4", "\xC3\xA4", c_AnyWidth), L"\\xE4");
     EXPECT_EQ(ShowLine("\xC3\xA4", "\xE4", c_AnyWidth), L"ä");
 }
 
-TEST(ShowLine, KeepsCharactersBeyondTheFirstPlane)
+TEST(ShowLine, KeepsCharactersBeyondTheBasicPlane)
 {
     EXPECT_EQ(ShowLine("\xF0\x9F\x98\x80", "x", 20), L"\U0001F600");
 }
 
-TEST(ShowLine, ShowsWhatWouldBeInvisible)
+TEST(ShowLine, ShowsInvisibleCharacters)
 {
     EXPECT_EQ(ShowLine("\xEF\xBB\xBF"
                        "a\xC2\xA0"

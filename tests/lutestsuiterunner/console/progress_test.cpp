@@ -12,7 +12,7 @@ namespace
 using LuTestSuiteRun::ECaseRunResult;
 using Runner::EAttemptKind;
 
-TEST(RunnerProgress, ShowsHowFarTheRunIs)
+TEST(RunnerProgress, ShowsCountsTimesAndRunningCases)
 {
     const Runner::SProgress progress = {12, 700, 3, 61, 3600, {{L"a/CFoo:bär.txt", 7}, {L"CBar:x", 0}}};
 
@@ -20,7 +20,7 @@ TEST(RunnerProgress, ShowsHowFarTheRunIs)
               L"12/700, fehlgeschlagen: 3, Zeit: 1:01, noch etwa 1:00:00, a/CFoo:bär.txt (0:07), CBar:x (0:00)");
 }
 
-TEST(RunnerProgress, EstimatesNothingBeforeTheFirstCase)
+TEST(RunnerProgress, EstimatesNoTimeBeforeTheFirstCaseEnds)
 {
     EXPECT_EQ(Runner::FormatProgress({0, 5, 0, 2, 0, {}}), L"0/5, fehlgeschlagen: 0, Zeit: 0:02");
 }
@@ -63,7 +63,7 @@ TEST_F(RunnerProgressLine, CountsACaseAsFailedUntilARetryPasses)
     EXPECT_EQ(line.GetProgress().done, 3U);
 }
 
-TEST_F(RunnerProgressLine, CountsTheCasesBeforeAnInterruption)
+TEST_F(RunnerProgressLine, CountsCasesFromBeforeAnInterruption)
 {
     m_run.RunCase(0, ECaseRunResult::Ok);
     m_run.RunCase(1, ECaseRunResult::Error);

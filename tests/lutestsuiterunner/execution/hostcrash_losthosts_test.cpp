@@ -40,7 +40,7 @@ private:
 
 using Cases = std::vector<std::uint32_t>;
 
-TEST(RunnerLostHosts, ChangeNothingAfterTheFirst)
+TEST(RunnerLostHosts, MakeTheirCasesSuspectsAfterTheFirstLoss)
 {
     const Runner::SUnderWay underWay = CLostHosts({{0, 2}}).Find();
 
@@ -48,7 +48,7 @@ TEST(RunnerLostHosts, ChangeNothingAfterTheFirst)
     EXPECT_TRUE(underWay.repeated.empty());
 }
 
-TEST(RunnerLostHosts, LetTheirCasesRunAloneAfterTheSecond)
+TEST(RunnerLostHosts, LetTheirCasesRunAloneAfterTheSecondLoss)
 {
     const Runner::SUnderWay underWay = CLostHosts({{0, 2}, {0, 2, 3}}).Find();
 
@@ -57,7 +57,7 @@ TEST(RunnerLostHosts, LetTheirCasesRunAloneAfterTheSecond)
     EXPECT_TRUE(underWay.crashed.empty());
 }
 
-TEST(RunnerLostHosts, CondemnTheCaseThatWasAloneInTheThird)
+TEST(RunnerLostHosts, BlameTheCaseThatRanAloneAtTheThirdLoss)
 {
     const Runner::SUnderWay underWay = CLostHosts({{0, 2}, {0, 2}, {2}}).Find();
 
@@ -69,7 +69,7 @@ TEST(RunnerLostHosts, CondemnTheCaseThatWasAloneInTheThird)
     EXPECT_EQ(underWay.repeated, Cases{0});
 }
 
-TEST(RunnerLostHosts, CondemnNoCaseThatRanBesideAnother)
+TEST(RunnerLostHosts, BlameNoCaseThatRanBesideAnother)
 {
     const Runner::SUnderWay underWay = CLostHosts({{0, 2}, {0, 2}, {0, 2}}).Find();
 
@@ -77,7 +77,7 @@ TEST(RunnerLostHosts, CondemnNoCaseThatRanBesideAnother)
     EXPECT_EQ(underWay.repeated, (Cases{0, 2}));
 }
 
-TEST(RunnerLostHosts, CondemnNothingInARunOfOneMachine)
+TEST(RunnerLostHosts, BlameNoCaseOutsideADistributedRun)
 {
     const Runner::SUnderWay underWay = CLostHosts({{2}, {2}, {2}}, MakeSamplePlan()).Find();
 
@@ -125,7 +125,7 @@ private:
     std::uint32_t m_journal = 1;
 };
 
-TEST_F(RunnerCanceledHosts, AreNoFaultOfTheirCase)
+TEST_F(RunnerCanceledHosts, DoNotBlameTheirCase)
 {
     for (int host = 0; host < 4; ++host)
     {
@@ -140,7 +140,7 @@ TEST_F(RunnerCanceledHosts, AreNoFaultOfTheirCase)
     EXPECT_EQ(Get().GetAttempts(2).back().canceledHosts, 3U);
 }
 
-TEST_F(RunnerCanceledHosts, DoNotCountBesideLostOnes)
+TEST_F(RunnerCanceledHosts, DoNotCountAsLostHosts)
 {
     Lose(2);
     LeaveOpen(2);
@@ -154,7 +154,7 @@ TEST_F(RunnerCanceledHosts, DoNotCountBesideLostOnes)
     EXPECT_TRUE(Find().crashed[0].reason.starts_with(L"3 Prozesse, "));
 }
 
-TEST_F(RunnerCanceledHosts, MayHaveCrashedBeforeTheyEnded)
+TEST_F(RunnerCanceledHosts, BlameTheirCaseIfTheyLeftACrashNote)
 {
     LeaveOpen(2);
     m_folder.WriteFile(L"output/crash-2.txt", "Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
@@ -162,7 +162,7 @@ TEST_F(RunnerCanceledHosts, MayHaveCrashedBeforeTheyEnded)
     EXPECT_EQ(Find().crashed.size(), 1U);
 }
 
-TEST_F(RunnerCanceledHosts, LeaveTheirCasesForTheEndOfTheNext)
+TEST_F(RunnerCanceledHosts, LetTheNextHostRunTheirCasesLast)
 {
     LeaveOpen(4);
     EndCanceled(2);
@@ -174,7 +174,7 @@ TEST_F(RunnerCanceledHosts, LeaveTheirCasesForTheEndOfTheNext)
     EXPECT_EQ(Runner::FindCanceled(Get()), (Cases{2, 0, 4}));
 }
 
-TEST_F(RunnerCanceledHosts, LeaveNoCaseThatAnotherHostHasFinished)
+TEST_F(RunnerCanceledHosts, DoNotPostponeCasesThatAnotherHostFinished)
 {
     LeaveOpen(2);
     EndCanceled(0);
@@ -185,7 +185,7 @@ TEST_F(RunnerCanceledHosts, LeaveNoCaseThatAnotherHostHasFinished)
     EXPECT_TRUE(Runner::FindCanceled(Get()).empty());
 }
 
-TEST(RunnerCanceledHost, OfAnotherRunThanAShardLeavesTheOrderAlone)
+TEST(RunnerCanceledHost, PostponesNoCaseOutsideADistributedRun)
 {
     CRunStateMaker run;
     run.Apply(MakeStart(2));

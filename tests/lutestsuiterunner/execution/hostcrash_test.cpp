@@ -43,7 +43,7 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(RunnerHostCrash, SuspectsTheCasesOfTheHostsProcessWithoutANote)
+TEST_F(RunnerHostCrash, SuspectsTheCasesInTheHostIfThereIsNoCrashNote)
 {
     const Runner::SUnderWay underWay = Find({0, 1, 2});
 
@@ -52,7 +52,7 @@ TEST_F(RunnerHostCrash, SuspectsTheCasesOfTheHostsProcessWithoutANote)
     EXPECT_EQ(underWay.others, (Cases{2}));
 }
 
-TEST_F(RunnerHostCrash, BlamesTheCaseThatTheNoteNames)
+TEST_F(RunnerHostCrash, BlamesTheCaseThatTheCrashNoteNames)
 {
     WriteNote("Fehler: Absturz in 'CModel:zwei': SIGSEGV (Zugriff)\nFehler: Zugleich in Arbeit: 'CModel:eins'\n");
 
@@ -65,7 +65,7 @@ TEST_F(RunnerHostCrash, BlamesTheCaseThatTheNoteNames)
     EXPECT_EQ(underWay.suspects, (Cases{0}));
 }
 
-TEST_F(RunnerHostCrash, SuspectsAllRunningCasesOfTheNameInTheNote)
+TEST_F(RunnerHostCrash, SuspectsAllRunningCasesIfTheNamedCaseRunsTwice)
 {
     WriteNote("Fehler: Absturz in 'CModel:zwei': SIGSEGV (Zugriff)\n");
 
@@ -77,7 +77,7 @@ TEST_F(RunnerHostCrash, SuspectsAllRunningCasesOfTheNameInTheNote)
     EXPECT_EQ(Find({0, 3}, 2).crashed.size(), 1U);
 }
 
-TEST_F(RunnerHostCrash, BlamesTheOnlyCaseIfTheNoteNamesNoCase)
+TEST_F(RunnerHostCrash, BlamesTheOnlyRunningCaseIfTheNoteNamesNoCase)
 {
     WriteNote("Fehler: Der Prozess wurde mitten im Aufruf beendet\r\n");
 
@@ -88,21 +88,21 @@ TEST_F(RunnerHostCrash, BlamesTheOnlyCaseIfTheNoteNamesNoCase)
               L"Ende des Prozesses, der den Lauf ausführte: Der Prozess wurde mitten im Aufruf beendet");
 }
 
-TEST_F(RunnerHostCrash, SuspectsAllCasesIfTheNoteNamesNoCase)
+TEST_F(RunnerHostCrash, SuspectsAllRunningCasesIfTheNoteNamesNoCase)
 {
     WriteNote("Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
 
     EXPECT_EQ(Find({0, 1}).suspects, (Cases{0, 1}));
 }
 
-TEST_F(RunnerHostCrash, BlamesNoCaseForTheCrashOfAnother)
+TEST_F(RunnerHostCrash, BlamesNoCaseIfTheNoteNamesAnotherCase)
 {
     WriteNote("Fehler: Absturz in 'CModel:drei': SIGSEGV (Zugriff)\n");
 
     EXPECT_EQ(Find({0}).suspects, (Cases{0}));
 }
 
-TEST_F(RunnerHostCrash, KeepsTheProcessesLinesAboutItsCrash)
+TEST_F(RunnerHostCrash, ReadsTheCrashTextThatTheProcessWrote)
 {
     {
         const Runner::CCrashNote note(m_folder.GetPath(), 1);
@@ -112,7 +112,7 @@ TEST_F(RunnerHostCrash, KeepsTheProcessesLinesAboutItsCrash)
     EXPECT_EQ(Find({0}).crashed.size(), 1U);
 }
 
-TEST_F(RunnerHostCrash, LeavesNoNoteOfARunThatDidNotCrash)
+TEST_F(RunnerHostCrash, LeavesNoCrashNoteIfTheRunDoesNotCrash)
 {
     {
         const Runner::CCrashNote note(m_folder.GetPath(), 1);

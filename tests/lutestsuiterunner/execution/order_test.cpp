@@ -63,24 +63,24 @@ Runner::SPreviousCase Took(std::uint64_t time)
     return {time, false};
 }
 
-TEST(RunnerOrder, PutsFailedCasesFirstAndNewOnesSecond)
+TEST(RunnerOrder, PutsFailedCasesFirstAndNewCasesSecond)
 {
     EXPECT_EQ(Sort(EOrder::FailedFirst,
                    {Took(1), std::nullopt, Runner::SPreviousCase{1, true}, Took(5), Runner::SPreviousCase{9, true}}),
               (Cases{2, 4, 1, 0, 3}));
 }
 
-TEST(RunnerOrder, PutsUnknownAndLongCasesFirst)
+TEST(RunnerOrder, PutsUnknownCasesFirstAndLongCasesSecond)
 {
     EXPECT_EQ(Sort(EOrder::LongestFirst, {Took(1), std::nullopt, Took(7), Took(7), Took(9)}), (Cases{1, 4, 2, 3, 0}));
 }
 
-TEST(RunnerOrder, TreatsACaseWithoutATimeAsALongOne)
+TEST(RunnerOrder, PutsACaseWithoutATimeBeforeLongCases)
 {
     EXPECT_EQ(Sort(EOrder::LongestFirst, {Took(3), Runner::SPreviousCase{0, true}, Took(7)}), (Cases{1, 2, 0}));
 }
 
-TEST(RunnerOrder, GivesACaseWithoutATimeTheWeightOfTheMean)
+TEST(RunnerOrder, GivesACaseWithoutATimeTheMeanWeight)
 {
     const auto shards = Partition(MakePlan(3), {Took(10), Runner::SPreviousCase{0, true}, Took(20)}, 2);
 
@@ -88,7 +88,7 @@ TEST(RunnerOrder, GivesACaseWithoutATimeTheWeightOfTheMean)
     EXPECT_EQ(shards[1].size(), 2U);
 }
 
-TEST(RunnerOrder, ShufflesBySeedAlone)
+TEST(RunnerOrder, ShufflesCasesTheSameWayForTheSameSeed)
 {
     const Runner::PreviousCases previous(100);
 
@@ -100,7 +100,7 @@ TEST(RunnerOrder, ShufflesBySeedAlone)
     EXPECT_EQ(cases, Sort(EOrder::Listed, previous));
 }
 
-TEST(RunnerOrder, PartitionsByNameAmongAnyNumberOfShards)
+TEST(RunnerOrder, AssignsEachCaseToOneOfAnyNumberOfShards)
 {
     constexpr std::uint32_t c_Cases = 23;
     for (const std::uint32_t count : {1U, 2U, 5U, 23U, 30U})
@@ -118,7 +118,7 @@ TEST(RunnerOrder, PartitionsByNameAmongAnyNumberOfShards)
     }
 }
 
-TEST(RunnerOrder, PartitionsIndependentlyOfOrderAndPlaceOfTheData)
+TEST(RunnerOrder, AssignsCasesIndependentlyOfOrderAndFolderOfTheData)
 {
     Runner::SPlan other = MakePlan(23, L"/anderswo/");
     std::ranges::reverse(other.unitTests[0].cases);

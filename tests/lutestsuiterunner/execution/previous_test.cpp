@@ -48,7 +48,7 @@ protected:
     const ScopedFolder m_folder;
 };
 
-TEST_F(RunnerPrevious, ArchiveGivesTheMedianOfTheTimes)
+TEST_F(RunnerPrevious, UsesTheMedianTimeInAnArchive)
 {
     write(L"1", 1.0F);
     write(L"2", 50.0F);
@@ -60,7 +60,7 @@ TEST_F(RunnerPrevious, ArchiveGivesTheMedianOfTheTimes)
     EXPECT_FALSE(find(L"anderer Fall"));
 }
 
-TEST_F(RunnerPrevious, OnlyTheNewestRunsOfAnArchiveCount)
+TEST_F(RunnerPrevious, UsesOnlyTheNewestRunsOfAnArchive)
 {
     for (const wchar_t* const old : {L"01", L"02", L"03", L"04", L"05", L"06", L"07", L"08", L"09", L"10", L"11"})
     {
@@ -75,7 +75,7 @@ TEST_F(RunnerPrevious, OnlyTheNewestRunsOfAnArchiveCount)
     EXPECT_EQ(find()->time, 4 * c_Second);
 }
 
-TEST_F(RunnerPrevious, TheNewestRunOfAnArchiveTellsWhetherACaseFailed)
+TEST_F(RunnerPrevious, FindsFailuresInTheNewestRunOfAnArchive)
 {
     write(L"1", 1.0F, ECaseRunResult::Error);
     write(L"2", 1.0F);
@@ -84,7 +84,7 @@ TEST_F(RunnerPrevious, TheNewestRunOfAnArchiveTellsWhetherACaseFailed)
     EXPECT_TRUE(find()->hasFailed);
 }
 
-TEST_F(RunnerPrevious, CaseWithoutAnOutcomeHasFailedAndKeepsItsTime)
+TEST_F(RunnerPrevious, TreatsACaseWithoutAnOutcomeAsFailedAndKeepsItsTime)
 {
     write(L"1", 3.0F);
     write(L"2", 0.0F, ECaseRunResult::Canceled);
@@ -94,7 +94,7 @@ TEST_F(RunnerPrevious, CaseWithoutAnOutcomeHasFailedAndKeepsItsTime)
     EXPECT_TRUE(find()->hasFailed);
 }
 
-TEST_F(RunnerPrevious, RunsOfThePlansConfigurationTakePrecedence)
+TEST_F(RunnerPrevious, PrefersRunsOfThePlansConfiguration)
 {
     write(L"1", 1.0F);
     write(L"2", 9.0F, ECaseRunResult::Error, L"Debug x64");
@@ -105,7 +105,7 @@ TEST_F(RunnerPrevious, RunsOfThePlansConfigurationTakePrecedence)
     EXPECT_EQ(find(L"Fall", L"Profile x64")->time, 5 * c_Second);
 }
 
-TEST_F(RunnerPrevious, FolderWithoutRunsIsRefused)
+TEST_F(RunnerPrevious, RefusesAFolderWithoutRuns)
 {
     EXPECT_THROW(find(), std::wstring);
 }

@@ -71,7 +71,7 @@ protected:
 
 using enum LuTestSuiteRun::ECaseRunResult;
 
-TEST_F(RunnerQuarantine, MatchesPatternsLikeTheOptionForSelections)
+TEST_F(RunnerQuarantine, MatchesPatternsLikeTheSelectionOption)
 {
     Read("# Kommentar\r\n\r\n  /CFirst:zwei$  \n:drei$\n");
 
@@ -85,7 +85,7 @@ TEST_F(RunnerQuarantine, NamesEntriesThatMatchNoCase)
     EXPECT_EQ(Runner::FindIdleEntries(quarantine), (std::vector<std::wstring>{L"CThird"}));
 }
 
-TEST_F(RunnerQuarantine, RefusesWrongPatterns)
+TEST_F(RunnerQuarantine, RefusesInvalidPatterns)
 {
     EXPECT_THROW(Read("(\n"), std::wstring);
 }
@@ -95,7 +95,7 @@ TEST_F(RunnerQuarantine, RefusesAMissingFile)
     EXPECT_THROW(Runner::ReadQuarantine(m_folder.GetPathOf(L"fehlt"), {}, m_plan), LbException);
 }
 
-TEST_F(RunnerQuarantine, CountsRunsThatPassedInARow)
+TEST_F(RunnerQuarantine, CountsConsecutivePassedRuns)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     for (std::uint32_t run = 1; run <= 3; ++run)
@@ -122,7 +122,7 @@ TEST_F(RunnerQuarantine, CountsAResumedRunOnce)
     EXPECT_EQ(quarantine[0].passedRuns, 0U);
 }
 
-TEST_F(RunnerQuarantine, StartsCountingAgainAfterAFailure)
+TEST_F(RunnerQuarantine, StartsCountingAgainAfterAFlakyRun)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
@@ -134,7 +134,7 @@ TEST_F(RunnerQuarantine, StartsCountingAgainAfterAFailure)
     EXPECT_EQ(quarantine[0].passedRuns, 0U);
 }
 
-TEST_F(RunnerQuarantine, KeepsTheNumberOfCasesThatDidNotRun)
+TEST_F(RunnerQuarantine, KeepsTheCountIfTheCaseDidNotRun)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     Runner::CountPassedRuns(quarantine, MakeState(1, {Ok}), m_folder.GetPath());
@@ -145,7 +145,7 @@ TEST_F(RunnerQuarantine, KeepsTheNumberOfCasesThatDidNotRun)
     EXPECT_EQ(quarantine[0].passedRuns, 1U);
 }
 
-TEST_F(RunnerQuarantine, RefusesDamagedNumbers)
+TEST_F(RunnerQuarantine, RefusesADamagedFileOfCounts)
 {
     Runner::Quarantine quarantine = Read("CFirst:zwei\n");
     m_folder.WriteFile(L"quarantine.json", "{\"entries\": ");

@@ -64,7 +64,7 @@ private:
     std::chrono::steady_clock::time_point m_now;
 };
 
-TEST_F(RunnerSiblings, ShowWhatHasPassedElsewhere)
+TEST_F(RunnerSiblings, ShowCasesThatPassedOnAnotherHost)
 {
     const auto other = m_run.Join(1);
     const auto siblings = Make(2);
@@ -76,7 +76,7 @@ TEST_F(RunnerSiblings, ShowWhatHasPassedElsewhere)
     EXPECT_FALSE(siblings->HasPassed(1));
 }
 
-TEST_F(RunnerSiblings, MayBeginLater)
+TEST_F(RunnerSiblings, AreNoticedIfTheyBeginLater)
 {
     const auto own = m_run.Join(1);
     const auto siblings = Make(1);
@@ -87,14 +87,14 @@ TEST_F(RunnerSiblings, MayBeginLater)
     EXPECT_EQ(siblings->CountEarlier(), 0U);
 }
 
-TEST_F(RunnerSiblings, DoNotTakeOverFailedCases)
+TEST_F(RunnerSiblings, DoNotShowFailedCasesAsPassed)
 {
     CPlayedRun::RunCase(*m_run.Join(1), 0, ECaseRunResult::Error);
 
     EXPECT_FALSE(Make(2)->HasPassed(0));
 }
 
-TEST_F(RunnerSiblings, AreAtWorkOnlyIfTheyRecordSomething)
+TEST_F(RunnerSiblings, AreAtWorkOnlyWhileTheyWriteRecords)
 {
     const auto other = m_run.Join(1);
     other->Write(MakeStart(0));
@@ -109,7 +109,7 @@ TEST_F(RunnerSiblings, AreAtWorkOnlyIfTheyRecordSomething)
     EXPECT_TRUE(siblings->IsUnderWay(0));
 }
 
-TEST_F(RunnerSiblings, CountAsAtWorkInTheBeginningUnlessTheyHaveEnded)
+TEST_F(RunnerSiblings, CountAsAtWorkAtFirstUnlessTheyHaveEnded)
 {
     m_run.RunShard(1);
     EXPECT_EQ(Make(2)->CountEarlier(), 0U);
@@ -141,7 +141,7 @@ TEST_F(RunnerSiblings, AreReadSeldomWhileTheyRecordNothing)
     EXPECT_TRUE(siblings->HasPassed(0));
 }
 
-TEST_F(RunnerSiblings, AreReadOftenSoonAfterARecord)
+TEST_F(RunnerSiblings, AreReadOftenSoonAfterANewRecord)
 {
     const auto own = m_run.Join(1);
     const auto siblings = Make(1);
@@ -160,7 +160,7 @@ TEST_F(RunnerSiblings, AreReadOftenSoonAfterARecord)
     EXPECT_FALSE(siblings->HasPassed(1));
 }
 
-TEST_F(RunnerSiblings, AreReadOftenInTheBeginningIfTheirEndIsNotRecorded)
+TEST_F(RunnerSiblings, AreReadOftenAtFirstUnlessTheyHaveEnded)
 {
     const auto other = m_run.Join(1);
     const auto siblings = Make(2);
@@ -170,7 +170,7 @@ TEST_F(RunnerSiblings, AreReadOftenInTheBeginningIfTheirEndIsNotRecorded)
     EXPECT_TRUE(siblings->HasPassed(0));
 }
 
-TEST_F(RunnerSiblings, GetTheirCasesTakenOverIfTheyDoNotFinishThem)
+TEST_F(RunnerSiblings, HaveTheirUnfinishedCasesTakenOverLast)
 {
     const auto own = m_run.Join(1);
     const auto siblings = Make(1);
@@ -199,7 +199,7 @@ TEST_F(RunnerSiblings, KeepTheirCasesIfTheyFinishThem)
     EXPECT_EQ(Run(*siblings, 3, finish), (Cases{1, 2}));
 }
 
-TEST_F(RunnerSiblings, LoseTheirCasesIfTheyHaveEnded)
+TEST_F(RunnerSiblings, HaveTheirUnfinishedCasesTakenOverAtOnceIfTheyEnded)
 {
     const auto own = m_run.Join(1);
     const auto siblings = Make(1);
@@ -211,7 +211,7 @@ TEST_F(RunnerSiblings, LoseTheirCasesIfTheyHaveEnded)
     EXPECT_EQ(Run(*siblings, 3), (Cases{0, 1, 2}));
 }
 
-TEST_F(RunnerSiblings, LeaveTheBeginningToAnEarlierHost)
+TEST_F(RunnerSiblings, RunCasesInReverseBesideAnEarlierHost)
 {
     const auto other = m_run.Join(1);
     other->Write(MakeStart(0));
@@ -224,7 +224,7 @@ TEST_F(RunnerSiblings, LeaveTheBeginningToAnEarlierHost)
     EXPECT_EQ(Run(*siblings, 9, record), (Cases{8, 7, 6, 5, 4}));
 }
 
-TEST_F(RunnerSiblings, GetTheirCasesTakenOverInOrderOnceTheyAreSilent)
+TEST_F(RunnerSiblings, HaveTheirCasesTakenOverInOrderOnceTheyAreSilent)
 {
     m_run.Join(1)->Write(MakeStart(0));
     const auto siblings = Make(2);
@@ -239,7 +239,7 @@ TEST_F(RunnerSiblings, GetTheirCasesTakenOverInOrderOnceTheyAreSilent)
     EXPECT_EQ(Run(*siblings, c_ShardCases), expected);
 }
 
-TEST_F(RunnerSiblings, OfWhichTwoAreEarlierGetARandomOrderBesideThem)
+TEST_F(RunnerSiblings, MakeAThirdHostUseARandomOrder)
 {
     m_run.Join(1)->Write(MakeStart(0));
     m_run.Join(1)->Write(MakeStart(8));
@@ -331,7 +331,7 @@ private:
     Cases m_started;
 };
 
-TEST(RunnerHostsOfOneShard, RepeatOnlyTheLastCasesOfEachOther)
+TEST(RunnerHostsOfOneShard, RepeatOnlyAFewCasesOfEachOther)
 {
     CThreeHosts hosts;
     hosts.Run();

@@ -55,7 +55,7 @@ protected:
     Runner::CRunFolder m_run{m_parent.GetPathOf(L"lauf")};
 };
 
-TEST_F(RunnerFolder, GivesTheStateOfARunThatDied)
+TEST_F(RunnerFolder, LoadsTheStateOfARunThatDied)
 {
     const auto state = Runner::LoadRun(GetPath());
 
@@ -64,7 +64,7 @@ TEST_F(RunnerFolder, GivesTheStateOfARunThatDied)
     EXPECT_FALSE(state->IsEnded());
 }
 
-TEST_F(RunnerFolder, ContinuesARunInAJournalOfItsOwn)
+TEST_F(RunnerFolder, ContinuesARunInANewJournal)
 {
     const std::string first = LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson");
     {
@@ -97,7 +97,7 @@ TEST_F(RunnerFolder, WarnsOfADamagedLastLineOfAnEarlierJournal)
     EXPECT_EQ(Runner::LoadRun(GetPath())->GetWarnings(), expected);
 }
 
-TEST_F(RunnerFolder, WarnsOfADamagedLastLineOfTheLastJournalOnceItsHostIsGone)
+TEST_F(RunnerFolder, WarnsOfADamagedLastLineOfTheLastJournalIfItsHostIsGone)
 {
     std::string journal = LbFileSystem::ReadFile8Bit(GetPath() + L"journal.ndjson");
     journal[journal.size() - 4] = '#';
@@ -119,7 +119,7 @@ TEST_F(RunnerFolder, DoesNotWarnOfAnIncompleteLastLine)
     EXPECT_TRUE(Runner::LoadRun(GetPath())->GetWarnings().empty());
 }
 
-TEST_F(RunnerFolder, ContinuesAfterAJournalWithoutRecords)
+TEST_F(RunnerFolder, ContinuesARunAfterAJournalWithoutRecords)
 {
     LbFileSystem::WriteWhole(GetPath() + L"journal-2.ndjson",
                              [](const std::wstring& place) { LuStreamWriteBinaryFile(place).Write("{\"n\":1", 6); });
@@ -175,7 +175,7 @@ TEST_F(RunnerFolder, NamesTheLineOfAContradictoryRecord)
     EXPECT_NE(getMessage(GetPath()).find(L"journal-2.ndjson"), std::wstring::npos);
 }
 
-TEST_F(RunnerFolder, RemovesTheEarlierRun)
+TEST_F(RunnerFolder, RemovesTheFilesOfTheEarlierRun)
 {
     m_run.ContinueRun(Runner::LoadRun(GetPath())->GetPlan());
     m_parent.WriteFile(L"lauf/output/1.txt", "x");
@@ -188,7 +188,7 @@ TEST_F(RunnerFolder, RemovesTheEarlierRun)
     EXPECT_FALSE(LbFileSystem::Exists(GetPath() + L"output"));
 }
 
-TEST_F(RunnerFolder, KeepsForeignFilesBesideThoseOfTheEarlierRun)
+TEST_F(RunnerFolder, KeepsForeignFilesWhenItRemovesTheEarlierRun)
 {
     m_parent.WriteFile(L"lauf/output/1.txt", "x");
     m_parent.WriteFile(L"lauf/output/crash-1.txt", "x");
@@ -316,7 +316,7 @@ TEST_F(RunnerFolder, FailsOnAFullDiskAndKeepsAllWrittenRecords)
             const auto limit = LbOs::LimitFileSize(size);
             if (!limit)
             {
-                GTEST_SKIP() << "files have no limit here";
+                GTEST_SKIP() << "the system cannot limit file sizes";
             }
             written = runUntilFull(m_run, plan);
         }
@@ -331,7 +331,7 @@ TEST_F(RunnerFolder, BeginsNoFurtherJournalOnAFullDisk)
         const auto limit = LbOs::LimitFileSize(10);
         if (!limit)
         {
-            GTEST_SKIP() << "files have no limit here";
+            GTEST_SKIP() << "the system cannot limit file sizes";
         }
         EXPECT_THROW(Runner::JoinRun(GetPath(), plan), LbException);
     }
@@ -339,7 +339,7 @@ TEST_F(RunnerFolder, BeginsNoFurtherJournalOnAFullDisk)
     EXPECT_EQ(Runner::FindJournals(GetPath()), (std::vector<std::uint32_t>{1, 2}));
 }
 
-TEST_F(RunnerFolder, TellsATakenNameFromAFolderThatIsMissing)
+TEST_F(RunnerFolder, DistinguishesATakenNameFromAMissingFolder)
 {
     const Runner::SJournalBegun begun = {"plan", 6, 1, {}, 1, {}, {}};
 

@@ -84,7 +84,7 @@ TEST(RunnerLineReader, FindsDamageBeforeTheEnd)
     EXPECT_EQ(countRecords({damaged + makeLine(2)}), -1);
 }
 
-TEST(RunnerLineReader, TakesADamagedLastLineForAnIncompleteWrite)
+TEST(RunnerLineReader, TreatsADamagedLastLineAsAnIncompleteWrite)
 {
     std::string damaged = makeLine(2);
     damaged[damaged.size() / 2] = '#';

@@ -40,7 +40,7 @@ TEST_F(RunnerDistributedRun, CombinesItsShards)
     EXPECT_EQ(state->GetTotalTime(), 10U);
 }
 
-TEST_F(RunnerDistributedRun, GivesVerdictsToTheCasesOfTheWhole)
+TEST_F(RunnerDistributedRun, MapsVerdictsOfShardsToCasesOfTheWholeRun)
 {
     const auto writer = m_run.Join(2);
     CPlayedRun::RunCase(*writer, 0, ECaseRunResult::Error);
@@ -51,7 +51,7 @@ TEST_F(RunnerDistributedRun, GivesVerdictsToTheCasesOfTheWhole)
     EXPECT_EQ(state->CountVerdicts().missing, 5U);
 }
 
-TEST_F(RunnerDistributedRun, IsNotEndedWithoutAShard)
+TEST_F(RunnerDistributedRun, IsNotEndedUntilAllShardsHaveEnded)
 {
     m_run.RunShard(1);
     const auto state = Load();
@@ -83,7 +83,7 @@ TEST_F(RunnerDistributedRun, ForgetsProblemsThatALaterHostHasSolved)
     EXPECT_TRUE(Load()->IsGreen());
 }
 
-TEST_F(RunnerDistributedRun, IsEndedThoughAnotherHostHasBegunAnEndedShard)
+TEST_F(RunnerDistributedRun, StaysGreenIfAnotherHostBeginsAnEndedShard)
 {
     m_run.RunShard(1);
     m_run.RunShard(2);
@@ -92,7 +92,7 @@ TEST_F(RunnerDistributedRun, IsEndedThoughAnotherHostHasBegunAnEndedShard)
     EXPECT_TRUE(Load()->IsGreen());
 }
 
-TEST_F(RunnerDistributedRun, CountsTheFirstOfTwoResults)
+TEST_F(RunnerDistributedRun, CountsTheResultInTheFirstOfTwoJournals)
 {
     m_run.RunShard(1);
     const auto slow = m_run.Join(2);
@@ -154,7 +154,7 @@ protected:
     }
 };
 
-TEST_F(RunnerProvenRun, IgnoresWhatHostsWriteLater)
+TEST_F(RunnerProvenRun, IgnoresRecordsThatHostsWriteLater)
 {
     m_run.RunShard(1);
     const auto slow = m_run.Join(2);
@@ -175,7 +175,7 @@ TEST_F(RunnerProvenRun, IgnoresWhatHostsWriteLater)
     EXPECT_EQ(Load()->GetVerdict(both), Runner::EVerdict::Passed);
 }
 
-TEST_F(RunnerProvenRun, StaysRedIfItsLastVerdictsCameTooLate)
+TEST_F(RunnerProvenRun, StaysRedIfItsLastVerdictsFollowTheProof)
 {
     m_run.RunShard(1);
     Prove();
@@ -276,7 +276,7 @@ TEST_F(RunnerDamagedShard, IsRedIfItsPlanIsMissing)
     ExpectProblem(L"plan.ndjson");
 }
 
-TEST_F(RunnerDamagedShard, IsRedIfARecordNamesACaseThatItDoesNotHave)
+TEST_F(RunnerDamagedShard, IsRedIfARecordNamesAnUnknownCase)
 {
     const auto writer = m_run.Join(2);
     CPlayedRun::RunCase(*writer, 0);
@@ -364,7 +364,7 @@ TEST_F(RunnerTail, HasEndedWhenOneHostHasFinishedTheRun)
     EXPECT_TRUE(m_tail.HasEnded());
 }
 
-TEST_F(RunnerTail, KnowsWhichCasesAHostRuns)
+TEST_F(RunnerTail, FindsTheCasesThatAHostRuns)
 {
     const auto first = m_run.Join(1);
     first->Write(MakeStart(0));
@@ -381,7 +381,7 @@ TEST_F(RunnerTail, KnowsWhichCasesAHostRuns)
     EXPECT_FALSE(m_tail.IsUnderWay(1, 1));
 }
 
-TEST_F(RunnerTail, LeavesOutTheOwnJournal)
+TEST_F(RunnerTail, SkipsTheJournalOfItsOwnHost)
 {
     CPlayedRun::RunCase(*m_run.Join(1), 0);
     CPlayedRun::RunCase(*m_run.Join(1), 1);

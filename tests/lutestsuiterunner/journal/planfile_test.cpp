@@ -31,7 +31,7 @@ Runner::SPlan writeAndRead(const Runner::SPlan& plan)
     return read;
 }
 
-TEST(RunnerPlanFile, GivesBackWhatWasWritten)
+TEST(RunnerPlanFile, ReadsBackAPlanAsWritten)
 {
     Runner::SPlan plan = MakeSamplePlan(2);
     plan.params.timeOutSec = 12;
@@ -74,7 +74,7 @@ TEST(RunnerPlanFile, KeepsCasesAndTheirParameters)
     }
 }
 
-TEST(RunnerPlanFile, KeepsNamesOfAnyCodeUnits)
+TEST(RunnerPlanFile, KeepsNamesWithAnyCodeUnits)
 {
     std::mt19937 random(4);
     for (int round = 0; round < 100; ++round)
@@ -126,7 +126,7 @@ TEST(RunnerPlanFile, KeepsThePlaceOfAShardAndExpectedTimes)
     EXPECT_EQ(writeAndRead(plan).partCount, 12U);
 }
 
-TEST(RunnerPlanFile, RefusesAShardWithoutThePlacesOfItsCases)
+TEST(RunnerPlanFile, RefusesAShardWithTooFewPlacesForItsCases)
 {
     Runner::SPlan plan = MakeSamplePlan();
     plan.part = Runner::SShardPlace{"ganz", {3, 4}};
@@ -175,14 +175,14 @@ TEST(RunnerPlanFile, RefusesContradictoryRecords)
     }
 }
 
-TEST(RunnerPlanFile, LeavesNothingWhenTheDiskIsFull)
+TEST(RunnerPlanFile, LeavesNoFileWhenTheDiskIsFull)
 {
     const ScopedFolder folder;
     {
         const auto limit = LbOs::LimitFileSize(100);
         if (!limit)
         {
-            GTEST_SKIP() << "files have no limit here";
+            GTEST_SKIP() << "the system cannot limit file sizes";
         }
         EXPECT_THROW(Runner::WritePlan(folder.GetPathOf(L"plan.ndjson"), MakeSamplePlan()), LbException);
     }
@@ -190,7 +190,7 @@ TEST(RunnerPlanFile, LeavesNothingWhenTheDiskIsFull)
     EXPECT_TRUE(LbFileSystem::GetFileNames(folder.GetPath()).empty());
 }
 
-TEST(RunnerSelectionDigest, IsTheSameInAnotherPlace)
+TEST(RunnerSelectionDigest, IsIndependentOfDataFolderAndShard)
 {
     const Runner::SPlan plan = MakeSamplePlan();
     Runner::SPlan other = MakeSamplePlan();
@@ -205,7 +205,7 @@ TEST(RunnerSelectionDigest, IsTheSameInAnotherPlace)
     EXPECT_EQ(Runner::DigestSelection(other), Runner::DigestSelection(plan));
 }
 
-TEST(RunnerSelectionDigest, IsTheSameInAnotherOrder)
+TEST(RunnerSelectionDigest, IsIndependentOfTheOrderOfCases)
 {
     Runner::SPlan other = MakeSamplePlan();
     std::swap(other.unitTests[0], other.unitTests[1]);
@@ -214,7 +214,7 @@ TEST(RunnerSelectionDigest, IsTheSameInAnotherOrder)
     EXPECT_EQ(Runner::DigestSelection(other), Runner::DigestSelection(MakeSamplePlan()));
 }
 
-TEST(RunnerSelectionDigest, DiffersByCasesParametersAndRepetitions)
+TEST(RunnerSelectionDigest, DependsOnCasesParametersAndRepetitions)
 {
     const std::string digest = Runner::DigestSelection(MakeSamplePlan());
     Runner::SPlan renamed = MakeSamplePlan();

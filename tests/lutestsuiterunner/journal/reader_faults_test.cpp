@@ -72,7 +72,7 @@ protected:
     std::string m_bytes;
 };
 
-TEST_F(RunnerJournalFaults, EachPrefixGivesItsCompleteRecords)
+TEST_F(RunnerJournalFaults, ReadsTheCompleteRecordsOfEachPrefix)
 {
     for (std::size_t size = 0; size <= m_bytes.size(); ++size)
     {
@@ -85,7 +85,7 @@ TEST_F(RunnerJournalFaults, EachPrefixGivesItsCompleteRecords)
     }
 }
 
-TEST_F(RunnerJournalFaults, EachFlippedBitIsFoundOrInTheTail)
+TEST_F(RunnerJournalFaults, FindsEachFlippedBitBeforeTheLastLine)
 {
     const std::size_t lastLine = GetOffset(m_texts.size());
     for (std::size_t position = 0; position < m_bytes.size(); ++position)
@@ -111,7 +111,7 @@ TEST_F(RunnerJournalFaults, EachFlippedBitIsFoundOrInTheTail)
     }
 }
 
-TEST_F(RunnerJournalFaults, NamesFileLineAndByte)
+TEST_F(RunnerJournalFaults, NamesFileLineAndByteOfTheDamage)
 {
     std::string damaged = m_bytes;
     damaged[GetOffset(4) + 60] = '#';
@@ -121,7 +121,7 @@ TEST_F(RunnerJournalFaults, NamesFileLineAndByte)
     EXPECT_NE(message.find(L"Zeile 4, Byte " + std::to_wstring(GetOffset(4)) + L":"), std::wstring::npos) << message;
 }
 
-TEST_F(RunnerJournalFaults, FindsLinesThatAreMissingOrDoubled)
+TEST_F(RunnerJournalFaults, FindsMissingAndDuplicateLines)
 {
     std::string shortened = m_bytes;
     shortened.erase(GetOffset(3), GetOffset(4) - GetOffset(3));
@@ -166,7 +166,7 @@ TEST_F(RunnerJournalFaults, SkipsMembersOfLaterVersions)
     EXPECT_EQ(Read(m_bytes + line), texts);
 }
 
-TEST_F(RunnerJournalFaults, RefusesTheJournalOfAnotherNumber)
+TEST_F(RunnerJournalFaults, RefusesAJournalWithAnotherNumber)
 {
     m_folder.WriteFile(L"journal-2.ndjson", m_bytes);
     Runner::CJournalReader reader(m_folder.GetPath(), 2);

@@ -43,7 +43,7 @@ Runner::SCaseEnded makeRandomEnd(std::mt19937& random)
     return ended;
 }
 
-TEST(RunnerJournal, GivesBackWhatWasWritten)
+TEST(RunnerJournal, ReadsBackRecordsAsWritten)
 {
     const ScopedFolder folder;
     std::mt19937 random(2);
@@ -64,7 +64,7 @@ TEST(RunnerJournal, GivesBackWhatWasWritten)
     EXPECT_EQ(tailSize, 0U);
 }
 
-TEST(RunnerJournal, KeepsWideTextsAsTheyWere)
+TEST(RunnerJournal, ReadsBackWideTextsAsWritten)
 {
     const ScopedFolder folder;
     std::mt19937 random(3);
@@ -125,7 +125,7 @@ std::vector<std::wstring> readMessages(const std::wstring& folder)
     return messages;
 }
 
-TEST(RunnerJournal, ReplacesTextsThatACrashOfTheMachineHasLost)
+TEST(RunnerJournal, ReplacesTextsThatAMachineCrashLost)
 {
     const ScopedFolder folder;
     std::vector<Record> records;
@@ -150,7 +150,7 @@ TEST(RunnerJournal, ReplacesTextsThatACrashOfTheMachineHasLost)
     EXPECT_EQ(readMessages(folder.GetPath()), (std::vector<std::wstring>{lost, lost, lost}));
 }
 
-TEST(RunnerJournal, IsReadWhileItIsWritten)
+TEST(RunnerJournal, CanBeReadWhileItIsWritten)
 {
     const ScopedFolder folder;
     Runner::CJournalWriter writer(folder.GetPath(), {"plan", 6, 1, {}, 1, {}, {}});

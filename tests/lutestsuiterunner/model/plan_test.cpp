@@ -5,7 +5,7 @@
 namespace
 {
 
-TEST(RunnerPlan, ParametersOfACaseOverrideThoseOfTheRun)
+TEST(RunnerPlan, OverridesParametersOfTheRunWithParametersOfTheCase)
 {
     Runner::SPlan plan;
     plan.params.timeOutSec = 5;

@@ -33,7 +33,7 @@ TEST_F(RunnerRunState, IsGreenWhenEveryCaseHasPassedAndTheRunHasEnded)
     EXPECT_EQ(m_state.GetTotalTime(), 4'000'000'000U);
 }
 
-TEST_F(RunnerRunState, KeepsAPassAtTheFirstAttempt)
+TEST_F(RunnerRunState, KeepsThePassOfTheFirstAttempt)
 {
     RunRest();
     BeginJournal(2);
@@ -43,7 +43,7 @@ TEST_F(RunnerRunState, KeepsAPassAtTheFirstAttempt)
     EXPECT_EQ(m_state.GetVerdict(1), EVerdict::Passed);
 }
 
-TEST_F(RunnerRunState, ShowsTheAttemptThatPassed)
+TEST_F(RunnerRunState, ReportsTheAttemptThatPassed)
 {
     RunCase(1, ECaseRunResult::Error);
     RunCase(1, ECaseRunResult::Different, 2, EAttemptKind::Retry);
@@ -69,7 +69,7 @@ TEST_F(RunnerRunState, KeepsTheFailureOfACaseThatPassesAlone)
     EXPECT_EQ(m_state.CountVerdicts().failed, 1U);
 }
 
-TEST_F(RunnerRunState, FindsTheCasesBeforeTheOneThatEndedTheHost)
+TEST_F(RunnerRunState, FindsTheCasesBeforeTheCaseThatEndedTheHost)
 {
     RunCase(4, ECaseRunResult::Ok);
     Apply(MakeStart(2));
@@ -126,7 +126,7 @@ protected:
     RunnerRunStateOfIsolatedCases() : RunnerRunStateOfChildren(/*isIsolated*/ true) {}
 };
 
-TEST_F(RunnerRunStateOfIsolatedCases, FindsNoCasesBeforeThem)
+TEST_F(RunnerRunStateOfIsolatedCases, FindsNoEarlierCasesInTheirProcess)
 {
     RunInChild(2, EAttemptEnd::Returned);
     RunInChild(4, EAttemptEnd::Returned);
@@ -134,7 +134,7 @@ TEST_F(RunnerRunStateOfIsolatedCases, FindsNoCasesBeforeThem)
     EXPECT_TRUE(m_state.GetPredecessors(m_state.GetAttempts(4)[0]).empty());
 }
 
-TEST_F(RunnerRunState, FindsNoCasesBeforeOneThatRanOutsideItsHost)
+TEST_F(RunnerRunState, FindsNoCasesBeforeACaseOutsideItsHost)
 {
     constexpr std::uint64_t c_Child = 4712;
     for (const std::uint32_t index : {2U, 4U})
@@ -147,7 +147,7 @@ TEST_F(RunnerRunState, FindsNoCasesBeforeOneThatRanOutsideItsHost)
     EXPECT_TRUE(m_state.GetPredecessors(m_state.GetAttempts(4)[0]).empty());
 }
 
-TEST_F(RunnerRunState, ListsRunningCases)
+TEST_F(RunnerRunState, ListsRunningAndMissingCases)
 {
     Apply(MakeStart(3));
     RunCase(0, ECaseRunResult::Ok);
@@ -156,7 +156,7 @@ TEST_F(RunnerRunState, ListsRunningCases)
     EXPECT_EQ(m_state.GetMissingCases(), (std::vector<std::uint32_t>{1, 2, 3, 4, 5}));
 }
 
-TEST_F(RunnerRunState, RepeatsAnInterruptedAttemptUnderItsNumber)
+TEST_F(RunnerRunState, AllowsALaterJournalToRepeatAnInterruptedAttempt)
 {
     Apply(MakeStart(3));
     EXPECT_THROW(Apply(MakeStart(3)), LbException);
@@ -167,7 +167,7 @@ TEST_F(RunnerRunState, RepeatsAnInterruptedAttemptUnderItsNumber)
     EXPECT_TRUE(m_state.GetOpenCases().empty());
 }
 
-TEST_F(RunnerRunState, CountsTheVerdictOfTheFirstOfTwoHosts)
+TEST_F(RunnerRunState, KeepsTheVerdictOfTheFirstOfTwoHosts)
 {
     RunCase(3, ECaseRunResult::Ok);
     BeginJournal(2);
@@ -189,7 +189,7 @@ TEST_F(RunnerRunState, KeepsTheVerdictOfACaseWhoseHostCrashesLater)
     EXPECT_EQ(m_state.GetVerdict(3), EVerdict::Passed);
 }
 
-TEST_F(RunnerRunState, LetsALaterJournalEndTheAttemptThatEndedTheHost)
+TEST_F(RunnerRunState, AllowsALaterJournalToEndTheAttemptThatEndedTheHost)
 {
     Apply(MakeStart(3));
     BeginJournal(2);
@@ -216,7 +216,7 @@ TEST_F(RunnerRunState, AcceptsTheEndOfACanceledAttemptFromALaterJournal)
     EXPECT_EQ(m_state.GetAttempts(3)[0].ended.journal, 2U);
 }
 
-TEST_F(RunnerRunState, HasTheEarliestStartOfItsJournals)
+TEST_F(RunnerRunState, UsesTheEarliestStartTimeOfItsJournals)
 {
     const auto begin = [this](std::uint32_t journal, const wchar_t* time) {
         return std::pair(Runner::SRecordPlace{journal, 1},
@@ -257,7 +257,7 @@ TEST_F(RunnerRunState, RefusesContradictingRecords)
     EXPECT_TRUE(m_state.GetAttempts(1).empty());
 }
 
-TEST(RunnerRunStateOrder, FollowsJournalsAndTheirRecords)
+TEST(RunnerRunStateOrder, RequiresAscendingJournalsAndRecords)
 {
     Runner::CRunState state(MakeSamplePlan());
     state.Apply({2, 5}, MakeStart(0));
@@ -268,7 +268,7 @@ TEST(RunnerRunStateOrder, FollowsJournalsAndTheirRecords)
     EXPECT_EQ(state.GetAttempts(1).size(), 1U);
 }
 
-TEST_F(RunnerRunState, IsRedByAProblemOrACancellation)
+TEST_F(RunnerRunState, IsRedIfTheLastJournalHasAProblemOrCancellation)
 {
     Apply(Runner::SRunProblem{L"Das Modul fehlt"});
     RunRest();
@@ -300,7 +300,7 @@ protected:
     RunnerRunStateWithMarks() : RunnerRunState(makePlanWithMarks()) {}
 };
 
-TEST_F(RunnerRunStateWithMarks, IsNotRedByQuarantineOrAllowedFlakyCases)
+TEST_F(RunnerRunStateWithMarks, IsGreenDespiteQuarantinedAndAllowedFlakyCases)
 {
     EXPECT_THROW(Apply(MakeStart(0)), LbException);
     RunCase(1, ECaseRunResult::Error);

@@ -25,7 +25,7 @@ TEST(RunnerTextEscape, EscapesCharactersThatXmlForbids)
     EXPECT_EQ(FromEscapedUtf8("a␛{0000}b␛{001B}␛{FFFE}"), L"a\0b\x1b\xfffe"s);
 }
 
-TEST(RunnerTextEscape, EscapesLoneSurrogatesAndItself)
+TEST(RunnerTextEscape, EscapesLoneSurrogatesAndTheEscapeCharacter)
 {
     const std::wstring text = {L'\xD83D', L'x', L'\xDC80', L'\x241B'};
 
@@ -39,7 +39,7 @@ TEST(RunnerTextEscape, KeepsCharactersBeyondTheBasicPlane)
     EXPECT_EQ(FromEscapedUtf8("\U0001F600"), L"\U0001F600");
 }
 
-TEST(RunnerTextEscape, KeepsTextThatIsNoEscape)
+TEST(RunnerTextEscape, KeepsTextThatOnlyResemblesAnEscape)
 {
     for (const char* const text : {"␛", "␛{", "␛{12}", "␛{00G0}", "␛{0000", "␛{123456789}", "␛␛{}"})
     {

@@ -62,7 +62,7 @@ std::wstring getCounts(const XMLNode& node)
            L" " + node.GetAttribute("skipped");
 }
 
-TEST(RunnerJunit, HasASuiteForEachUnitTestNamedAfterItsClass)
+TEST(RunnerJunit, HasASuiteNamedAfterTheClassOfEachUnitTest)
 {
     CRunStateMaker run;
     run.RunRest();
@@ -116,7 +116,7 @@ TEST(RunnerJunit, ShowsWhyACaseFailed)
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 1 1 0");
 }
 
-TEST(RunnerJunit, SkipsDisabledCasesOnceForAllShards)
+TEST(RunnerJunit, ShowsDisabledCasesAsSkippedButNotInTheSecondShard)
 {
     Runner::SPlan plan = MakeSamplePlan();
     plan.shard = {2, 2};
@@ -150,7 +150,7 @@ TEST(RunnerJunit, MarksFlakyCases)
     EXPECT_EQ(property.GetAttribute("value"), L"eins.txt");
 }
 
-TEST(RunnerJunit, HasAnErrorWithTheFlakyCasesThatMakeTheRunRed)
+TEST(RunnerJunit, ListsFlakyCasesThatMakeTheRunRedInAnError)
 {
     Runner::SPlan plan = MakeSamplePlan();
     plan.cases[3].isQuarantined = true;
@@ -178,7 +178,7 @@ TEST(RunnerJunit, HasAnErrorWithTheFlakyCasesThatMakeTheRunRed)
     EXPECT_TRUE(findError(green).IsEmpty());
 }
 
-TEST(RunnerJunit, ShowsCasesThatWereUnderWayWhenTheirHostEnded)
+TEST(RunnerJunit, ShowsInterruptedCasesAsErrorsAndRunningCasesAsSkipped)
 {
     CRunStateMaker run;
     for (const std::uint32_t index : {0U, 1U, 2U})
@@ -203,7 +203,7 @@ TEST(RunnerJunit, ShowsCasesThatWereUnderWayWhenTheirHostEnded)
     EXPECT_EQ(getSkipped(L"CSecond", L"x.dat"), L"Nicht ausgeführt");
 }
 
-TEST(RunnerJunit, KeepsAFailureWhoseRetryWasUnderWay)
+TEST(RunnerJunit, KeepsTheFailureOfACaseWhoseRetryWasInterrupted)
 {
     CRunStateMaker run;
     run.RunCase(0, ECaseRunResult::Different);
@@ -218,7 +218,7 @@ TEST(RunnerJunit, KeepsAFailureWhoseRetryWasUnderWay)
         << failure.GetText().size();
 }
 
-TEST(RunnerJunit, NamesTheCasesBeforeAFailureOfASharedProcess)
+TEST(RunnerJunit, ListsTheCasesThatRanBeforeAFailureInASharedProcess)
 {
     CRunStateMaker run;
     run.RunCase(3, ECaseRunResult::Ok);
@@ -232,7 +232,7 @@ TEST(RunnerJunit, NamesTheCasesBeforeAFailureOfASharedProcess)
     EXPECT_NE(text.find(L"davor ein Testfall:\n  b/CSecond:x.dat\n"), std::wstring::npos) << text;
 }
 
-TEST(RunnerJunit, TellsThatNoCaseRanBeforeAFailureOfASharedProcess)
+TEST(RunnerJunit, SaysThatNoCaseRanBeforeAFailureInASharedProcess)
 {
     CRunStateMaker run;
     run.RunCase(0, ECaseRunResult::Error);
@@ -244,7 +244,7 @@ TEST(RunnerJunit, TellsThatNoCaseRanBeforeAFailureOfASharedProcess)
     EXPECT_NE(text.find(L"\nIm selben Prozess endete davor kein anderer Testfall\n"), std::wstring::npos) << text;
 }
 
-TEST(RunnerJunit, SkipsPassedCasesThatSayThatTheyWereSkipped)
+TEST(RunnerJunit, ShowsPassedCasesWithASkipMessageAsSkipped)
 {
     CRunStateMaker run;
     const auto pass = [&run](std::uint32_t caseIndex, const std::wstring& messages) {
@@ -267,7 +267,7 @@ TEST(RunnerJunit, SkipsPassedCasesThatSayThatTheyWereSkipped)
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 1");
 }
 
-TEST(RunnerJunit, ShowsFailedCasesThatSayThatTheyWereSkippedAsFailures)
+TEST(RunnerJunit, ShowsFailedCasesWithASkipMessageAsFailures)
 {
     CRunStateMaker run;
     Runner::SCaseEnded failed = MakeEnd(0, ECaseRunResult::Error);
@@ -280,7 +280,7 @@ TEST(RunnerJunit, ShowsFailedCasesThatSayThatTheyWereSkippedAsFailures)
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 1 0 0");
 }
 
-TEST(RunnerJunit, SkipsFailuresInQuarantine)
+TEST(RunnerJunit, ShowsFailuresInQuarantineAsSkipped)
 {
     Runner::SPlan plan = MakeSamplePlan();
     plan.cases[0].isQuarantined = true;
@@ -295,7 +295,7 @@ TEST(RunnerJunit, SkipsFailuresInQuarantine)
     EXPECT_EQ(getCounts(report.FindSuite(L"a/CFirst")), L"2 0 0 1");
 }
 
-TEST(RunnerJunit, ShowsMissingCasesOfAnEndedRunAsErrorsElseAsSkipped)
+TEST(RunnerJunit, ShowsMissingCasesAsSkippedUntilTheRunEndsThenAsErrors)
 {
     CRunStateMaker run;
     EXPECT_EQ(getCounts(CReport(run.Get()).FindSuite(L"b/CFirst")), L"1 0 0 1");
@@ -304,7 +304,7 @@ TEST(RunnerJunit, ShowsMissingCasesOfAnEndedRunAsErrorsElseAsSkipped)
     EXPECT_EQ(getCounts(CReport(run.Get()).FindSuite(L"b/CFirst")), L"1 0 1 0");
 }
 
-TEST(RunnerJunit, ShowsProblemsOfTheRunAsErrors)
+TEST(RunnerJunit, ShowsProblemsAndCancellationOfTheRunAsErrors)
 {
     CRunStateMaker run;
     run.Apply(Runner::SRunProblem{L"Das Modul fehlt"});
@@ -317,7 +317,7 @@ TEST(RunnerJunit, ShowsProblemsOfTheRunAsErrors)
     EXPECT_EQ(getCounts(report.GetRoot()), L"9 0 2 ");
 }
 
-TEST(RunnerJunit, ShowsARunThatDiedAsAnError)
+TEST(RunnerJunit, ShowsAnErrorIfTheRunHasNotEnded)
 {
     CRunStateMaker run;
     run.RunCase(0, ECaseRunResult::Ok);
@@ -328,7 +328,7 @@ TEST(RunnerJunit, ShowsARunThatDiedAsAnError)
     EXPECT_EQ(getCounts(report.FindSuite(L"LuTestSuiteRunner")), L"1 0 1 0");
 }
 
-TEST(RunnerJunit, KeepsTheIdentityOfAnyName)
+TEST(RunnerJunit, EscapesAnyNameAndMessageReversibly)
 {
     std::mt19937 random(5);
     for (int round = 0; round < 50; ++round)
@@ -372,7 +372,7 @@ TEST(RunnerJunit, CutsTheLongestTextsOfALargeReport)
     EXPECT_EQ(text.substr(text.find_first_not_of(L'&')), L"\n[... gekürzt, vollständig im Journal]\n");
 }
 
-TEST(RunnerJunit, CutsTheListOfCasesInQuarantine)
+TEST(RunnerJunit, CutsALongListOfQuarantinedCasesAndCountsTheRest)
 {
     Runner::SPlan plan = MakeSamplePlan();
     for (int index = 0; index < 1000; ++index)
@@ -412,7 +412,7 @@ std::size_t countCases(const XMLNode& root)
     return count;
 }
 
-TEST(RunnerJunit, OmitsPassedCasesBeforeOthers)
+TEST(RunnerJunit, OmitsPassedCasesBeforeFailedOnesIfTheReportIsTooLarge)
 {
     Runner::SPlan plan = MakeSamplePlan();
     for (int index = 0; index < 300; ++index)
@@ -430,7 +430,7 @@ TEST(RunnerJunit, OmitsPassedCasesBeforeOthers)
 
         EXPECT_LE(report.GetBytes().size(), limit);
         EXPECT_LT(countCases(report.GetRoot()), countCases(whole.GetRoot()));
-        EXPECT_FALSE(report.FindCase(L"CSecond", L"z.dat").IsEmpty()) << limit;
+        EXPECT_FALSE(report.FindCase(L"CSecond", L"z.dat").IsEmpty()) << "limit of " << limit << " bytes";
         EXPECT_NE(report.FindSuite(L"CSecond").GetChild("system-out").GetText().find(L"ausgelassen"),
                   std::wstring::npos);
         // The counts include cases that are left out.
@@ -438,7 +438,7 @@ TEST(RunnerJunit, OmitsPassedCasesBeforeOthers)
     }
 }
 
-TEST(RunnerXmlText, IsCutBetweenCharacters)
+TEST(RunnerXmlText, IsCutOnlyBetweenCharactersAndEntities)
 {
     const std::string text = Runner::ToXmlText(L"a&ü€\U0001F600b");
     for (std::size_t size = 0; size <= text.size(); ++size)
@@ -452,7 +452,7 @@ TEST(RunnerXmlText, IsCutBetweenCharacters)
     }
 }
 
-TEST(RunnerXmlText, HasSecondsWithThreeDecimals)
+TEST(RunnerXmlText, WritesSecondsWithThreeDecimals)
 {
     EXPECT_EQ(Runner::ToXmlSeconds(0), "0.000");
     EXPECT_EQ(Runner::ToXmlSeconds(499'999), "0.000");

@@ -11,7 +11,7 @@ namespace
 using Interrupted = std::map<std::uint32_t, std::wstring>;
 using Cases = std::vector<std::uint32_t>;
 
-TEST(RunnerOpenCases, HaveTheNotesOfTheirHosts)
+TEST(RunnerOpenCases, HaveTheMessagesThatTheirHostPrintedWhenItCrashed)
 {
     const ScopedFolder folder;
     folder.WriteFile(L"output/crash-2.txt", "Fehler: nur ein Test\n");
@@ -41,7 +41,7 @@ TEST(RunnerOpenCases, AreRunningWhileTheRunIsInProgress)
     EXPECT_FALSE(open.Contains(1));
 }
 
-TEST(RunnerOpenCases, MayRunOnOtherMachinesUntilADistributedRunEnds)
+TEST(RunnerOpenCases, CountAsRunningUntilADistributedRunEnds)
 {
     const ScopedFolder folder;
     Runner::SPlan plan = MakeSamplePlan();

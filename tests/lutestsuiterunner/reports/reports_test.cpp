@@ -30,7 +30,7 @@ CRunStateMaker makeMixedRun()
     return run;
 }
 
-TEST(RunnerSummary, CountsAndNamesTheCasesThatDidNotSimplyPass)
+TEST(RunnerSummary, ListsFlakyFailedQuarantinedAndMissingCases)
 {
     const CRunStateMaker run = makeMixedRun();
     const json summary = json::parse(Runner::MakeSummary(run.Get()));
@@ -52,7 +52,7 @@ TEST(RunnerSummary, CountsAndNamesTheCasesThatDidNotSimplyPass)
     EXPECT_EQ(summary["slowest"].size(), 4U);
 }
 
-TEST(RunnerSummary, CountsPassedCasesThatWereSkipped)
+TEST(RunnerSummary, CountsPassedCasesWithASkipMessage)
 {
     Runner::SPlan plan = MakeSamplePlan();
     plan.cases[1].isQuarantined = true;
@@ -88,7 +88,7 @@ TEST(RunnerSummary, ShowsHowTheRunEnded)
     EXPECT_EQ(canceled["cancelReason"], "SIGTERM");
 }
 
-TEST(RunnerSummary, NamesTheCasesUnderWay)
+TEST(RunnerSummary, ListsRunningAndInterruptedCases)
 {
     CRunStateMaker run;
     run.Apply(MakeStart(0));
@@ -132,7 +132,7 @@ CRunStateMaker makeSharedRun(std::uint32_t count)
     return run;
 }
 
-TEST(RunnerReports, ListAllCasesBeforeAFailureOfASharedProcess)
+TEST(RunnerReports, ListAllCasesBeforeAFailureInASharedProcess)
 {
     const CRunStateMaker run = makeSharedRun(13);
     const ScopedFolder folder;
@@ -151,7 +151,7 @@ TEST(RunnerReports, ListAllCasesBeforeAFailureOfASharedProcess)
     EXPECT_EQ(summary["cases"][0]["predecessors"], json::parse(R"({"count": 12, "file": "output/process-1.txt"})"));
 }
 
-TEST(RunnerReports, HaveNoListIfTextsNameAllCasesBeforeAFailure)
+TEST(RunnerReports, HaveNoFileOfEarlierCasesIfTheTextsNameAllOfThem)
 {
     const CRunStateMaker run = makeSharedRun(6);
     const ScopedFolder folder;
@@ -162,7 +162,7 @@ TEST(RunnerReports, HaveNoListIfTextsNameAllCasesBeforeAFailure)
     EXPECT_EQ(summary["cases"][0]["predecessors"], json::parse(R"({"count": 5})"));
 }
 
-TEST(RunnerRunReport, EqualsTheReportOfTheLibraryForTheShard)
+TEST(RunnerRunReport, ContainsTheClassesAndExecutedCasesOfTheShard)
 {
     const CRunStateMaker run = makeMixedRun();
     const LuTestSuiteReport::SReportData data = Runner::MakeReportData(run.Get());
@@ -179,7 +179,7 @@ TEST(RunnerRunReport, EqualsTheReportOfTheLibraryForTheShard)
     EXPECT_EQ(data.Cases[2].Id, 3U);
 }
 
-TEST(RunnerRunReport, ShowsNotesAsLinesOfInformation)
+TEST(RunnerRunReport, AddsNotesToFlakyAndQuarantinedCases)
 {
     const CRunStateMaker run = makeMixedRun();
     const LuTestSuiteReport::SReportData data = Runner::MakeReportData(run.Get());
@@ -192,7 +192,7 @@ TEST(RunnerRunReport, ShowsNotesAsLinesOfInformation)
     EXPECT_EQ(data.Cases[3].Dumps[2].Text, L"In Quarantäne");
 }
 
-TEST(RunnerReports, HaveTheSameBytesWheneverTheyAreMade)
+TEST(RunnerReports, HaveTheSameBytesWhenTheyAreMadeAgain)
 {
     const CRunStateMaker run = makeMixedRun();
     const ScopedFolder folder;

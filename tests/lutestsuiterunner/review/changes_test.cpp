@@ -87,7 +87,7 @@ protected:
     }
 };
 
-TEST_F(ReviewOfOverlappingCauses, AreADecisionEach)
+TEST_F(ReviewOfOverlappingCauses, MakesOneDecisionForEachCause)
 {
     WriteFiles(2800);
 
@@ -100,7 +100,7 @@ TEST_F(ReviewOfOverlappingCauses, AreADecisionEach)
     }
 }
 
-TEST_F(ReviewOfOverlappingCauses, AreAcceptedOneAfterTheOther)
+TEST_F(ReviewOfOverlappingCauses, AcceptsOneCauseAfterTheOther)
 {
     WriteFiles(280);
     for (std::size_t left = c_Causes; left > 0; --left)
@@ -115,7 +115,7 @@ TEST_F(ReviewOfOverlappingCauses, AreAcceptedOneAfterTheOther)
 
 /// Each of ten causes changes a line whose value is different in each file. One to three causes affect neighbouring
 /// lines of each file. The first cause also adds a line below the line that it changes.
-class ReviewOfOwnValues : public ReviewChanges
+class ReviewOfValuesThatDifferInEachFile : public ReviewChanges
 {
 protected:
     static constexpr int c_Causes = 10;
@@ -146,7 +146,7 @@ protected:
     }
 };
 
-TEST_F(ReviewOfOwnValues, AreADecisionForEachCause)
+TEST_F(ReviewOfValuesThatDifferInEachFile, MakesOneDecisionForEachCause)
 {
     WriteFiles(2800);
 
@@ -156,7 +156,7 @@ TEST_F(ReviewOfOwnValues, AreADecisionForEachCause)
     EXPECT_TRUE(std::ranges::none_of(changes, &SChange::areLinesEqual));
 }
 
-TEST_F(ReviewOfOwnValues, AreAcceptedOneAfterTheOther)
+TEST_F(ReviewOfValuesThatDifferInEachFile, AcceptsOneCauseAfterTheOther)
 {
     WriteFiles(210);
     for (std::size_t left = Group().size(); left > 0; --left)
@@ -168,7 +168,7 @@ TEST_F(ReviewOfOwnValues, AreAcceptedOneAfterTheOther)
     EXPECT_TRUE(Runner::FindReceived(m_folder.GetPath()).references.empty());
 }
 
-TEST_F(ReviewChanges, AreAlsoFoundInLinkedFolders)
+TEST_F(ReviewChanges, AreFoundOnceInLinkedFolders)
 {
     const ScopedFolder elsewhere;
     elsewhere.WriteFile(L"a.txt", "one\n");
@@ -187,7 +187,7 @@ TEST_F(ReviewChanges, AreAlsoFoundInLinkedFolders)
     EXPECT_TRUE(references.front().ends_with(L"a.txt"));
 }
 
-TEST_F(ReviewChanges, OfSomeCausesWithNumbersStayApart)
+TEST_F(ReviewChanges, StaySeparateIfSeveralFilesShareEachValue)
 {
     for (int number = 0; number < 20; ++number)
     {
@@ -198,7 +198,7 @@ TEST_F(ReviewChanges, OfSomeCausesWithNumbersStayApart)
     EXPECT_EQ(Group().size(), 10U);
 }
 
-TEST_F(ReviewChanges, OfVeryManyValuesAreOneDecisionAlsoIfFilesShareThem)
+TEST_F(ReviewChanges, AreOneDecisionForVeryManyValuesEvenIfFilesShareThem)
 {
     for (int number = 0; number < 32; ++number)
     {
@@ -209,7 +209,7 @@ TEST_F(ReviewChanges, OfVeryManyValuesAreOneDecisionAlsoIfFilesShareThem)
     EXPECT_EQ(Group().size(), 1U);
 }
 
-TEST_F(ReviewChanges, OfValuesAreADecisionForEachFile)
+TEST_F(ReviewChanges, AreOneDecisionForEachFileIfTheValueItselfChanges)
 {
     for (int number = 0; number < 20; ++number)
     {
@@ -220,7 +220,7 @@ TEST_F(ReviewChanges, OfValuesAreADecisionForEachFile)
     EXPECT_EQ(Group().size(), 20U);
 }
 
-TEST_F(ReviewChanges, KeepACauseApartFromANoisyLineOfEachFile)
+TEST_F(ReviewChanges, SeparateACommonCauseFromANoisyLineOfEachFile)
 {
     for (int number = 0; number < 20; ++number)
     {
@@ -236,7 +236,7 @@ TEST_F(ReviewChanges, KeepACauseApartFromANoisyLineOfEachFile)
     EXPECT_EQ(changes[1].files.size(), 1U);
 }
 
-TEST_F(ReviewChanges, KnowWhetherTheirLinesAreEqual)
+TEST_F(ReviewChanges, AreMarkedIfTheirLinesAreOnlySimilar)
 {
     Write(L"a", "sum 1\nalt\nx\n", "sum 1 EUR\nneu\nx\n");
     Write(L"b", "sum 2\nx\n", "sum 2 EUR\nx\n");
@@ -250,11 +250,11 @@ TEST_F(ReviewChanges, KnowWhetherTheirLinesAreEqual)
     for (const SChange& change : changes)
     {
         const bool isSum = change.files.back().reference == m_folder.GetPathOf(L"b");
-        EXPECT_EQ(change.areLinesEqual, !isSum) << change.files.size();
+        EXPECT_EQ(change.areLinesEqual, !isSum) << change.files.size() << " files";
     }
 }
 
-TEST_F(ReviewChanges, KeepTheirNamesWhenOthersAreDecided)
+TEST_F(ReviewChanges, KeepTheirIdsWhenOtherChangesAreAccepted)
 {
     Write(L"a", "a\nx\n", "A\nx\n");
     Write(L"b", "b\nx\n", "B\nx\n");
@@ -270,7 +270,7 @@ TEST_F(ReviewChanges, KeepTheirNamesWhenOthersAreDecided)
     EXPECT_EQ(after.front().files.size(), 2U);
 }
 
-TEST_F(ReviewChanges, TakeNewReferencesOfAFolderTogether)
+TEST_F(ReviewChanges, GroupNewReferencesByFolder)
 {
     Write(L"COne/a", "", "eins");
     Write(L"COne/b", "", "zwei");
@@ -284,21 +284,21 @@ TEST_F(ReviewChanges, TakeNewReferencesOfAFolderTogether)
     EXPECT_EQ(changes[1].files.size(), 1U);
 }
 
-TEST_F(ReviewChanges, NameNewReferencesByTheirContents)
+TEST_F(ReviewChanges, IdentifyNewReferencesByTheirFilesAndContents)
 {
     Write(L"CTest/a", "", "eins");
     const std::wstring name = Group().front().checksum;
     EXPECT_EQ(Group().front().checksum, name);
 
     Write(L"CTest/a", "", "zwei");
-    EXPECT_NE(Group().front().checksum, name) << "another content";
+    EXPECT_NE(Group().front().checksum, name) << "other contents";
     Write(L"CTest/a", "", "eins");
     EXPECT_EQ(Group().front().checksum, name);
     Write(L"CTest/b", "", "eins");
     EXPECT_NE(Group().front().checksum, name) << "one more file";
 }
 
-TEST_F(ReviewChanges, NameBlankReferencesByWhatTheyLose)
+TEST_F(ReviewChanges, IdentifyBlankReferencesByTheirOldContents)
 {
     Write(L"a", "alt", "");
     const std::wstring name = Group().front().checksum;
@@ -307,7 +307,7 @@ TEST_F(ReviewChanges, NameBlankReferencesByWhatTheyLose)
     EXPECT_NE(Group().front().checksum, name);
 }
 
-TEST_F(ReviewChanges, KnowReferencesThatWouldBecomeBlank)
+TEST_F(ReviewChanges, AreBlankIfAReferenceWouldLoseAllItsText)
 {
     EXPECT_EQ(GetKind("alt\n", ""), EChange::Blank);
     EXPECT_EQ(GetKind("alt\n", " \r\n\t"), EChange::Blank);
@@ -316,7 +316,7 @@ TEST_F(ReviewChanges, KnowReferencesThatWouldBecomeBlank)
     EXPECT_EQ(GetKind("\n", " \n"), EChange::Changed);
 }
 
-TEST_F(ReviewChanges, KnowNewReferencesThatWouldBeBlank)
+TEST_F(ReviewChanges, AreBlankIfANewReferenceWouldHaveNoText)
 {
     for (const char* const received : {"", "\r\n", "\xEF\xBB\xBF"})
     {
@@ -325,7 +325,7 @@ TEST_F(ReviewChanges, KnowNewReferencesThatWouldBeBlank)
     EXPECT_EQ(GetKind("", "a"), EChange::New);
 }
 
-TEST(NameChanges, TakesSixDigitsIfTheyDiffer)
+TEST(NameChanges, UsesSixDigitsIfTheyAreUnique)
 {
     std::vector<SChange> changes = {{EChange::New, L"ABCDEF01", {}, {}, {}}, {EChange::New, L"ABCDEE01", {}, {}, {}}};
 
@@ -335,7 +335,7 @@ TEST(NameChanges, TakesSixDigitsIfTheyDiffer)
     EXPECT_EQ(changes[1].id, L"ABCDEE");
 }
 
-TEST(NameChanges, TakesMoreDigitsUntilTheyDiffer)
+TEST(NameChanges, AddsDigitsUntilEachIdIsUnique)
 {
     std::vector<SChange> changes = {{EChange::New, L"ABCDEF0123", {}, {}, {}},
                                     {EChange::New, L"1234567890", {}, {}, {}},
@@ -350,7 +350,7 @@ TEST(NameChanges, TakesMoreDigitsUntilTheyDiffer)
     EXPECT_EQ(changes[3].id, L"ABCDEF022A");
 }
 
-TEST(FindNamed, FindsAllThatBeginWithTheDigits)
+TEST(FindNamed, FindsAllChangesWhoseChecksumBeginsWithTheDigits)
 {
     const std::vector<SChange> changes = {{EChange::New, L"ABCDEF0123", {}, {}, {}},
                                           {EChange::New, L"ABCDEF0223", {}, {}, {}}};
@@ -361,7 +361,7 @@ TEST(FindNamed, FindsAllThatBeginWithTheDigits)
     EXPECT_EQ(Runner::FindNamed(changes, L"ABCDEF03").size(), 0U);
 }
 
-TEST_F(ReviewChanges, AreFoundWithInterruptedDecisions)
+TEST_F(ReviewChanges, AreFoundTogetherWithInterruptedDecisions)
 {
     Write(L"COne/a", "alt", "neu");
     m_folder.WriteFile(std::wstring(L"COne/") + Runner::c_DecisionFile, "");

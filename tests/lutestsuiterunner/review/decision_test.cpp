@@ -21,7 +21,7 @@ using Runner::EDecision;
 using Runner::SOutcome;
 using Runner::SReceivedFile;
 
-TEST_F(ReviewDecision, AcceptsWhatWasReceived)
+TEST_F(ReviewDecision, ReplacesReferencesWithAcceptedOutput)
 {
     const SReceivedFile changed = Write(L"a", "old", "new");
     const SReceivedFile added = Write(L"b", "", "fresh");
@@ -37,7 +37,7 @@ TEST_F(ReviewDecision, AcceptsWhatWasReceived)
     EXPECT_EQ(Read(Runner::c_DecisionFile), "-");
 }
 
-TEST_F(ReviewDecision, AboutAWholeFileKeepsLineEndsThatWereNotShown)
+TEST_F(ReviewDecision, AcceptsAWholeFileWithoutLineEndsThatWereNotShown)
 {
     const SOutcome outcome = Decide(EDecision::Accept, {Write(L"a", "old\nx\n", "new\r\nx\r\n")});
 
@@ -49,7 +49,7 @@ TEST_F(ReviewDecision, AboutAWholeFileKeepsLineEndsThatWereNotShown)
     EXPECT_EQ(Read(L"a.received"), "-");
 }
 
-TEST_F(ReviewDecision, AboutAWholeFileKnowsWhatItHasDoneBeforeAnInterruption)
+TEST_F(ReviewDecision, RecognizesAWholeFileThatItReplacedBeforeAnInterruption)
 {
     InterruptLate(EDecision::Accept, {Write(L"a", "old\nx\n", "new\r\nx\r\n")});
     m_folder.WriteFile(L"a", "new\nx\n");
@@ -61,7 +61,7 @@ TEST_F(ReviewDecision, AboutAWholeFileKnowsWhatItHasDoneBeforeAnInterruption)
     EXPECT_EQ(Read(L"a.received"), "new\r\nx\r\n");
 }
 
-TEST_F(ReviewDecision, RejectsWhatWasReceived)
+TEST_F(ReviewDecision, RemovesRejectedOutputAndKeepsTheReference)
 {
     Decide(EDecision::Reject, {Write(L"a", "old", "new")});
 
@@ -100,7 +100,7 @@ TEST_F(ReviewDecision, IsRefusedAsAWholeIfAReferenceHasChangedMeanwhile)
     EXPECT_FALSE(HasPlan());
 }
 
-TEST_F(ReviewDecision, IsRefusedWhileAnotherOneIsToBeFinished)
+TEST_F(ReviewDecision, IsRefusedWhileAnotherDecisionIsUnfinished)
 {
     const SReceivedFile file = Write(L"a", "old", "new");
     const SReceivedFile other = Write(L"b", "old", "new");
@@ -114,7 +114,7 @@ TEST_F(ReviewDecision, IsRefusedWhileAnotherOneIsToBeFinished)
 }
 
 /// The reference "c" is a folder, which a file cannot replace.
-TEST_F(ReviewDecision, ChangesNoFileIfOneCannotBeReplaced)
+TEST_F(ReviewDecision, ChangesNoFileIfAReferenceCannotBeReplaced)
 {
     const SReceivedFile first = Write(L"a", "old", "new");
     const SReceivedFile added = Write(L"b", "", "fresh");
@@ -151,7 +151,7 @@ TEST_F(ReviewDecision, IsFinishedAfterAnInterruption)
     EXPECT_FALSE(Finish());
 }
 
-TEST_F(ReviewDecision, RemovesWhatAnInterruptionLeft)
+TEST_F(ReviewDecision, RemovesOnlyItsOwnTemporaryFilesAfterAnInterruption)
 {
     InterruptLate(EDecision::Accept, {Write(L"COne/a", "old", "new"), Write(L"b", "old", "new")});
     m_folder.WriteFile(L"COne/" + c_Temporary, "ne");
@@ -175,7 +175,7 @@ TEST_F(ReviewDecision, RemovesTheDraftOfADecisionThatWasNotMade)
     EXPECT_EQ(Read(Runner::c_DecisionDraft), "-");
 }
 
-TEST_F(ReviewDecision, RemovesItsFolderIfItWasInterruptedAtItsEnd)
+TEST_F(ReviewDecision, RemovesTheRemainingFolderOfACompleteDecision)
 {
     m_folder.WriteFile(c_Claims + L"/complete", "");
     EXPECT_EQ(Runner::FindReceived(m_folder.GetPath()).remains, std::vector{m_folder.GetPath()});
@@ -185,7 +185,7 @@ TEST_F(ReviewDecision, RemovesItsFolderIfItWasInterruptedAtItsEnd)
     EXPECT_FALSE(HasPlan());
 }
 
-TEST_F(ReviewDecision, KeepsReceivedFilesInItsFolder)
+TEST_F(ReviewDecision, KeepsReceivedFilesInTheFolderOfAnIncompleteDecision)
 {
     m_folder.WriteFile(c_Claims + L"/0", "new");
 
@@ -204,17 +204,18 @@ TEST_F(ReviewDecision, KeepsTheDraftOfAnotherProcess)
     EXPECT_EQ(Read(Runner::c_DecisionDraft), "{");
 }
 
-TEST_F(ReviewDecision, IsDamagedIfItWouldRemoveAnotherFile)
+TEST_F(ReviewDecision, IsReportedAsDamagedIfItsTemporaryNameIsInvalid)
 {
     for (const std::wstring name : {L"a", L"../LuTestSuite-a.tmp", L""})
     {
         m_folder.WriteFile(Runner::c_DecisionFile,
                            Runner::MakeDecisionPlan(m_folder.GetPath(), {EDecision::Accept, {}, {}, name}));
-        EXPECT_NE(GetFailure().find(L"beschädigt"), std::wstring::npos) << name.size();
+        EXPECT_NE(GetFailure().find(L"beschädigt"), std::wstring::npos)
+            << "temporary name with " << name.size() << " characters";
     }
 }
 
-TEST_F(ReviewDecision, IsFinishedIfItWasInterruptedAtItsBeginning)
+TEST_F(ReviewDecision, IsFinishedAfterAnInterruptionWhileMovingReceivedFiles)
 {
     Interrupt(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "", "fresh")});
     LbOs::MakeDirectory(m_folder.GetPathOf(c_Claims));
@@ -227,7 +228,7 @@ TEST_F(ReviewDecision, IsFinishedIfItWasInterruptedAtItsBeginning)
 }
 
 /// After the interruption, a run writes other output of "b" and the same output of "c".
-TEST_F(ReviewDecision, IsFinishedWithTheSameOutputAfterAnotherRun)
+TEST_F(ReviewDecision, AcceptsTheDecidedOutputAfterAnotherRun)
 {
     InterruptLate(EDecision::Accept, {Write(L"a", "old", "new"), Write(L"b", "old", "new"), Write(L"c", "old", "new")});
     AcceptFirst(L"a");
@@ -243,7 +244,7 @@ TEST_F(ReviewDecision, IsFinishedWithTheSameOutputAfterAnotherRun)
     EXPECT_EQ(Read(L"c.received"), "-");
 }
 
-TEST_F(ReviewDecision, RejectsAfterAnotherRunWhatWasRejected)
+TEST_F(ReviewDecision, RejectsOnlyTheDecidedOutputAfterAnotherRun)
 {
     InterruptLate(EDecision::Reject, {Write(L"a", "old", "new"), Write(L"b", "old", "new")});
     m_folder.WriteFile(L"a.received", "new");
@@ -282,7 +283,7 @@ TEST_F(ReviewDecision, IsUndoneIfOutputChangedAfterAnEarlyInterruption)
     EXPECT_FALSE(HasPlan());
 }
 
-TEST_F(ReviewDecision, RemainsToBeFinishedIfAFileCannotBeReplaced)
+TEST_F(ReviewDecision, StaysUnfinishedIfAReferenceCannotBeReplaced)
 {
     const SReceivedFile blocked = Write(L"c", "", "new");
     m_folder.WriteFile(L"c/file", "x");
@@ -293,14 +294,14 @@ TEST_F(ReviewDecision, RemainsToBeFinishedIfAFileCannotBeReplaced)
     EXPECT_NE(Read(Runner::c_DecisionFile), "-");
 }
 
-TEST_F(ReviewDecision, IsRefusedIfItsFileIsDamaged)
+TEST_F(ReviewDecision, CannotBeFinishedIfItsFileIsDamaged)
 {
     m_folder.WriteFile(Runner::c_DecisionFile, "{\"accept\":tr");
 
     EXPECT_NE(GetFailure().find(L"beschädigt; wird die Datei "), std::wstring::npos) << GetFailure();
 }
 
-TEST_F(ReviewDecision, AcceptsPartsAndKeepsWhatWasReceived)
+TEST_F(ReviewDecision, AcceptsPartsAndKeepsReceivedFilesWithOpenParts)
 {
     const SReceivedFile file = Write(L"a", "old 1\nx\nold 2\n", "new 1\nx\nnew 2\n");
     const SReceivedFile whole = Write(L"b", "old 1\ny\n", "new 1\ny\n");
@@ -331,7 +332,7 @@ TEST_F(ReviewDecision, IsRefusedAsAWholeIfAFileHasNoPartOfTheChange)
     EXPECT_FALSE(HasPlan());
 }
 
-TEST_F(ReviewDecision, AboutPartsIsFinishedAfterAnInterruption)
+TEST_F(ReviewDecision, FinishesAcceptedPartsAfterAnInterruption)
 {
     const SReceivedFile done = Write(L"a", "old 1\nx\nold 2\n", "new 1\nx\nnew 2\n");
     const SReceivedFile open = Write(L"b", "old 1\ny\nold 2\n", "new 1\ny\nnew 2\n");
@@ -346,7 +347,7 @@ TEST_F(ReviewDecision, AboutPartsIsFinishedAfterAnInterruption)
     EXPECT_EQ(Read(L"b"), "new 1\ny\nold 2\n");
 }
 
-TEST_F(ReviewDecision, AboutPartsIsUndoneIfAFileCannotBeReplaced)
+TEST_F(ReviewDecision, UndoesAcceptedPartsIfAReferenceCannotBeReplaced)
 {
     const SReceivedFile first = Write(L"a", "old 1\nx\nold 2\n", "new 1\nx\nnew 2\n");
     const SReceivedFile blocked = Write(L"c", "", "new");
@@ -383,7 +384,7 @@ TEST_F(ReviewDecisionAfterAnother, IsFinishedAfterAnInterruption)
     EXPECT_EQ(Read(L"a.received"), "new \xE4\nx\nnew 2\ny\nnew 3\n");
 }
 
-TEST_F(ReviewDecisionAfterAnother, KnowsWhatItHasDoneBeforeAnInterruption)
+TEST_F(ReviewDecisionAfterAnother, RecognizesAReferenceThatItReplacedBeforeAnInterruption)
 {
     InterruptLate(EDecision::Accept, {WriteAccepted()}, c_Parts);
     m_folder.WriteFile(L"a", "new \xE4\nx\nnew 2\ny\nold 3\n");

@@ -52,7 +52,7 @@ TEST(FindDifference, SeparatesHunksByEqualLines)
     EXPECT_EQ(difference.hunks[1].added, std::vector<std::string_view>{"e"});
 }
 
-TEST(FindDifference, TurnsOneTextIntoTheOther)
+TEST(FindDifference, FindsHunksThatTurnTheReferenceIntoTheReceivedText)
 {
     std::mt19937 random(7);
     for (int round = 0; round < 500; ++round)
@@ -74,7 +74,7 @@ TEST(FindDifference, TurnsOneTextIntoTheOther)
     }
 }
 
-TEST(FindDifference, TakesTextsWithTooManyDifferencesAsAWhole)
+TEST(FindDifference, MakesOneHunkOfTooManyDifferences)
 {
     std::string reference = "begin\n";
     std::string received = "begin\n";
@@ -89,14 +89,14 @@ TEST(FindDifference, TakesTextsWithTooManyDifferencesAsAWhole)
     EXPECT_EQ(difference.hunks[0].removed.size(), 3000U);
 }
 
-TEST(FindDifference, IgnoresLineEndsUnlessNothingElseDiffers)
+TEST(FindDifference, IgnoresLineEndsUnlessOnlyTheyDiffer)
 {
     EXPECT_EQ(FindDifference("a\r\nb\r\n", "a\nc\n").hunks.size(), 1U);
     EXPECT_EQ(FindDifference("a\r\nb\r\n", "a\nc\n").hunks[0].removed.size(), 1U);
     EXPECT_FALSE(FindDifference("a\r\n", "a\n").hunks.empty());
 }
 
-TEST(FindDifference, ComparesLineEndsIfTheReferenceHasBoth)
+TEST(FindDifference, ComparesLineEndsIfTheReferenceHasBothKinds)
 {
     const Runner::SDifference difference = FindDifference("a\r\nb\nc\n", "a\nb\nC\n");
 
@@ -106,7 +106,7 @@ TEST(FindDifference, ComparesLineEndsIfTheReferenceHasBoth)
     EXPECT_EQ(difference.hunks[1].added, std::vector<std::string_view>{"C"});
 }
 
-TEST(FindIgnoredEnd, IsTheLineEndOfTheReference)
+TEST(FindIgnoredEnd, ReturnsTheLineEndOfTheReference)
 {
     EXPECT_EQ(Runner::FindIgnoredEnd("a\r\nb\r\n", "a\nc\r\n"), "\r\n");
     EXPECT_EQ(Runner::FindIgnoredEnd("a\nb\n", "a\r\nc\r\n"), "\n");
@@ -114,12 +114,12 @@ TEST(FindIgnoredEnd, IsTheLineEndOfTheReference)
     EXPECT_EQ(Runner::FindIgnoredEnd("a", "b\r\nc\r\n"), "\r\n") << "a reference without line ends";
 }
 
-TEST(FindIgnoredEnd, IsEmptyIfLineEndsCount)
+TEST(FindIgnoredEnd, ReturnsNothingIfLineEndsAreCompared)
 {
-    EXPECT_EQ(Runner::FindIgnoredEnd("a\nb\r\n", "c\nb\n"), "") << "both in the reference";
-    EXPECT_EQ(Runner::FindIgnoredEnd("a", "b\nc\r\n"), "") << "both in what was received";
+    EXPECT_EQ(Runner::FindIgnoredEnd("a\nb\r\n", "c\nb\n"), "") << "both kinds in the reference";
+    EXPECT_EQ(Runner::FindIgnoredEnd("a", "b\nc\r\n"), "") << "both kinds in the received text";
     EXPECT_EQ(Runner::FindIgnoredEnd("a\n", "a\r\n"), "") << "nothing else differs";
-    EXPECT_EQ(Runner::FindIgnoredEnd(std::string_view("a\n\0", 3), "a\n"), "") << "bytes";
+    EXPECT_EQ(Runner::FindIgnoredEnd(std::string_view("a\n\0", 3), "a\n"), "") << "binary data";
 }
 
 TEST(HasIgnoredEnds, IsTrueIfSomeReceivedLineEndsDifferFromTheReference)
@@ -128,10 +128,10 @@ TEST(HasIgnoredEnds, IsTrueIfSomeReceivedLineEndsDifferFromTheReference)
     EXPECT_TRUE(Runner::HasIgnoredEnds("a\r\nb\r\n", "a\r\nc\n"));
     EXPECT_FALSE(Runner::HasIgnoredEnds("a\r\nb\r\n", "a\r\nc\r\n"));
     EXPECT_FALSE(Runner::HasIgnoredEnds("a\nb\n", "c"));
-    EXPECT_FALSE(Runner::HasIgnoredEnds("a\n", "a\r\n")) << "shown";
+    EXPECT_FALSE(Runner::HasIgnoredEnds("a\n", "a\r\n")) << "the difference shows the line ends";
 }
 
-TEST(FindDifference, ComparesBytesIfThereIsAZero)
+TEST(FindDifference, ComparesBytesIfATextHasAZeroByte)
 {
     const Runner::SDifference difference = FindDifference(std::string_view("ab\0cd", 5), std::string_view("ab\0xd", 5));
 

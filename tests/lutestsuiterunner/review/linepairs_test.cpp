@@ -32,13 +32,13 @@ std::vector<std::string> pair(const Texts& removed, const Texts& added)
 
 using Pairs = std::vector<std::string>;
 
-TEST(PairLines, PairsEqualNumbersOfLinesInOrder)
+TEST(PairLines, PairsLinesInOrderIfAsManyAreAddedAsRemoved)
 {
     EXPECT_EQ(pair({"a", "b"}, {"A", "B"}), (Pairs{"a>A", "b>B"}));
     EXPECT_EQ(pair({"a", "same", "b"}, {"A", "same", "B"}), (Pairs{"a>A", "b>B"}));
 }
 
-TEST(PairLines, FindsLinesThatAreAlikeBesideAddedAndRemovedOnes)
+TEST(PairLines, PairsSimilarLinesBesideAddedAndRemovedLines)
 {
     EXPECT_EQ(pair({"time 12"}, {"time 12 ms", "unit ms"}), (Pairs{"time 12>time 12 ms", ">unit ms"}));
     EXPECT_EQ(pair({"time 12"}, {"first", "time 12 ms"}), (Pairs{">first", "time 12>time 12 ms"}));
@@ -47,7 +47,7 @@ TEST(PairLines, FindsLinesThatAreAlikeBesideAddedAndRemovedOnes)
               (Pairs{"old line>", "time 12>time 12 ms", "x>y"}));
 }
 
-TEST(PairLines, KeepsLinesTogetherThatAreNotAlike)
+TEST(PairLines, DoesNotSplitAHunkWithoutSimilarLines)
 {
     EXPECT_EQ(pair({"a"}, {"b", "c"}), Pairs{"a>b|c"});
     EXPECT_EQ(pair({}, {"b", "c"}), Pairs{">b|c"});
@@ -55,7 +55,7 @@ TEST(PairLines, KeepsLinesTogetherThatAreNotAlike)
     EXPECT_EQ(pair({""}, {"b", ""}), Pairs{">b|"});
 }
 
-TEST(PairLines, CountsLines)
+TEST(PairLines, GivesEachHunkItsLineNumbers)
 {
     const std::vector<Runner::SHunk> hunks = Runner::PairLines({10, 20, {"time 12"}, {"a", "b", "time 12 ms", "c"}});
 
@@ -68,7 +68,7 @@ TEST(PairLines, CountsLines)
     EXPECT_EQ(hunks[2].firstAdded, 23U);
 }
 
-TEST(PairLines, DoesNotCompareVeryManyLines)
+TEST(PairLines, DoesNotSplitAHunkWithVeryManyLines)
 {
     const Texts many(401, "time 12 ms");
 

@@ -23,7 +23,7 @@ std::vector<std::vector<std::uint32_t>> getFiles(const std::vector<SPartGroup>& 
     return files;
 }
 
-TEST(GroupByParts, TakesFilesWithTheSamePartsTogether)
+TEST(GroupByParts, GroupsFilesWithTheSameParts)
 {
     const std::vector<SPartGroup> groups = GroupByParts({{L"a", L"b"}, {L"c"}, {L"a", L"b"}});
 
@@ -32,7 +32,7 @@ TEST(GroupByParts, TakesFilesWithTheSamePartsTogether)
     EXPECT_EQ(groups[0].parts, (PartNames{L"a", L"b"}));
 }
 
-TEST(GroupByParts, SeparatesCausesThatOverlap)
+TEST(GroupByParts, SeparatesPartsThatOccurTogetherInSomeFiles)
 {
     const std::vector<SPartGroup> groups = GroupByParts({{L"a"}, {L"b"}, {L"a", L"b"}});
 
@@ -51,7 +51,7 @@ TEST(GroupByParts, JoinsPartsThatAlwaysOccurTogether)
     EXPECT_EQ(groups.size(), 3U);
 }
 
-TEST(GroupByParts, KeepsACommonPartApartFromThoseThatEachFileHasOfItsOwn)
+TEST(GroupByParts, SeparatesCommonPartsFromPartsOfSingleFiles)
 {
     std::vector<PartNames> files;
     for (int file = 0; file < 100; ++file)
@@ -65,7 +65,7 @@ TEST(GroupByParts, KeepsACommonPartApartFromThoseThatEachFileHasOfItsOwn)
     EXPECT_EQ(std::ranges::count_if(groups, [](const SPartGroup& group) { return group.files.size() == 50; }), 2);
 }
 
-TEST(GroupByParts, MakesNoMoreGroupsThanThereAreFiles)
+TEST(GroupByParts, GroupsByWholeFilesIfThisMakesFewerGroups)
 {
     EXPECT_EQ(GroupByParts({{L"a", L"b", L"c"}, {L"b", L"c", L"d"}}).size(), 2U);
     EXPECT_EQ(GroupByParts({}).size(), 0U);

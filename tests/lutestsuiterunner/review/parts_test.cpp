@@ -30,20 +30,20 @@ std::wstring getOnlyKind(std::string_view reference, std::string_view received)
     return FindParts(reference, received).front().kind;
 }
 
-TEST(FindParts, NamesTheSameChangeAlikeInAnyFile)
+TEST(FindParts, GivesTheSameChangeTheSameNameInAnyFile)
 {
     EXPECT_EQ(getNames("a\nold\n", "a\nnew\n"), getNames("x\ny\nold\nz\n", "x\ny\nnew\nz\n"));
     EXPECT_EQ(getNames("old\na\nold\n", "new\na\nnew\n"), getNames("b\nold\n", "b\nnew\n"));
 }
 
-TEST(FindParts, NamesOtherChangesDifferently)
+TEST(FindParts, GivesDifferentChangesDifferentNames)
 {
     EXPECT_NE(getNames("x\nold\n", "x\nnew\n"), getNames("x\nnew\n", "x\nold\n"));
     EXPECT_NE(getNames("x\na\n", "x\na\n-b\n"), getNames("x\na\n-b\n", "x\na\n"));
     EXPECT_NE(getNames("x\nold\n", "x\nnew\n"), getNames(std::string_view("x\0old\n", 6), "x\nnew\n"));
 }
 
-TEST(FindParts, SeparatesNeighbouringLinesThatReplaceOthers)
+TEST(FindParts, SeparatesNeighbouringReplacedLines)
 {
     const PartNames both = getNames("x\nold 1\nold 2\n", "x\nnew 1\nnew 2\n");
 
@@ -52,7 +52,7 @@ TEST(FindParts, SeparatesNeighbouringLinesThatReplaceOthers)
     EXPECT_TRUE(both.contains(*getNames("x\nold 2\n", "x\nnew 2\n").begin()));
 }
 
-TEST(FindParts, SeparatesALineThatChangedFromAnAddedNeighbour)
+TEST(FindParts, SeparatesAChangedLineFromAnAddedNeighbour)
 {
     const PartNames both = getNames("x\ntime 12\n", "x\ntime 12 ms\nunit ms\n");
 
@@ -66,10 +66,10 @@ TEST(FindParts, GivesChangesThatDifferOnlyInValuesTheSameKind)
     EXPECT_NE(getNames("x\ntime 1\n", "x\ntime 1 ms\n"), getNames("x\ntime 2\n", "x\ntime 2 ms\n"));
     EXPECT_EQ(getOnlyKind("x\ntime 1\n", "x\ntime 1 ms\n"), getOnlyKind("x\ntime 2\n", "x\ntime 2 ms\n"));
     EXPECT_EQ(getOnlyKind("sum 1\n\n1 x\n", "sum 1 EUR\n\n1 y\n"), getOnlyKind("sum 2\n\n2 x\n", "sum 2 EUR\n\n2 y\n"))
-        << "no line with text stays";
+        << "no line with text is unchanged";
 }
 
-TEST(FindParts, JoinsManyLinesOfTheSameKind)
+TEST(FindParts, JoinsVeryManyLinesOfTheSameKind)
 {
     std::string reference = "x\n";
     std::string received = "x\n";
@@ -86,7 +86,7 @@ TEST(FindParts, JoinsManyLinesOfTheSameKind)
     EXPECT_EQ(parts.front().kind, getOnlyKind("y\ntime 5\n", "y\ntime 5 ms\n"));
 }
 
-TEST(FindParts, DoesNotSeparateVeryManyUnlikeLines)
+TEST(FindParts, DoesNotSeparateVeryManyLinesOfDifferentKinds)
 {
     std::string reference = "x\n";
     std::string received = "x\n";
@@ -99,13 +99,13 @@ TEST(FindParts, DoesNotSeparateVeryManyUnlikeLines)
     EXPECT_EQ(FindParts(reference, received).size(), 1U);
 }
 
-TEST(FindParts, DoesNotSeparateIfNoLineWithTextStays)
+TEST(FindParts, MakesOnePartIfNoLineWithTextIsUnchanged)
 {
     EXPECT_EQ(getNames("a\n\nb\n", "\nB\n").size(), 1U);
     EXPECT_EQ(getNames("a\nx\nb\n", "x\nB\n").size(), 2U);
 }
 
-TEST(FindParts, DoesNotSeparateBytes)
+TEST(FindParts, MakesOnePartOfBinaryData)
 {
     EXPECT_EQ(getNames(std::string_view("a\nx\nb\n\0", 7), std::string_view("A\nx\nB\n\0", 7)).size(), 1U);
 }
@@ -151,16 +151,16 @@ TEST(ApplyParts, ChangesALineWithoutItsAddedNeighbour)
     EXPECT_EQ(ApplyParts(reference, received, getNames("x\n", "x\nfirst\n")), "x\nfirst\ntime 12\n");
 }
 
-TEST(ApplyParts, KeepsLineEnds)
+TEST(ApplyParts, KeepsLineEndsOfTheReference)
 {
     EXPECT_EQ(ApplyParts("a\r\nb\r\nc\r\n", "A\nb\nC\n", getNames("a\nx", "A\nx")), "A\r\nb\r\nc\r\n");
-    EXPECT_EQ(ApplyParts("a\nb\n", "A\r\nb\r\n", getNames("a\nx", "A\nx")), "A\nb\n") << "all parts";
+    EXPECT_EQ(ApplyParts("a\nb\n", "A\r\nb\r\n", getNames("a\nx", "A\nx")), "A\nb\n") << "all parts are chosen";
     EXPECT_EQ(ApplyParts("a\r\nb", "a\r\nb\r\nc", getNames("b", "b\nc")), "a\r\nb\r\nc");
     EXPECT_EQ(ApplyParts("a\nb\nc", "A\nb\nc\n", getNames("a\nx", "A\nx")), "A\nb\nc");
     EXPECT_EQ(ApplyParts("a\nb\nc", "A\nb\nc\nd", getNames("b\nc", "b\nc\nd")), "a\nb\nc\nd");
 }
 
-TEST(ApplyParts, ChangesLineEndsOfAReferenceWithBothOnlyAsShown)
+TEST(ApplyParts, ChangesMixedLineEndsOfAReferenceOnlyInChosenParts)
 {
     const std::string reference = "a\r\nb\nold\n";
     const std::string received = "a\nb\nnew\n";
@@ -170,7 +170,7 @@ TEST(ApplyParts, ChangesLineEndsOfAReferenceWithBothOnlyAsShown)
     EXPECT_EQ(ApplyParts(reference, received, getNames(reference, received)), received);
 }
 
-TEST(ApplyParts, LeadsToWhatWasReceivedInAnyOrder)
+TEST(ApplyParts, ProducesTheReceivedTextInAnyOrderOfTheParts)
 {
     std::mt19937 random(7);
     const auto makeText = [&random] {

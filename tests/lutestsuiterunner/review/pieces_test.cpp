@@ -8,7 +8,7 @@ namespace
 using Runner::Pieces;
 using Runner::SplitPieces;
 
-TEST(SplitPieces, SeparatesWordsSpaceAndOtherCharacters)
+TEST(SplitPieces, SeparatesWordsWhiteSpaceAndOtherCharacters)
 {
     EXPECT_EQ(SplitPieces("<a  b_c=\"x\">"), (Pieces{"<", "a", "  ", "b_c", "=", "\"", "x", "\"", ">"}));
     EXPECT_EQ(SplitPieces("Größe: groß\r"), (Pieces{"Größe", ":", " ", "groß", "\r"}));
@@ -33,20 +33,20 @@ TEST(SplitPieces, SeparatesUnitsFromNumbers)
     EXPECT_EQ(SplitPieces("5%"), (Pieces{"5", "%"}));
 }
 
-TEST(SplitPieces, TakesASignOnlyAtTheBeginOfANumber)
+TEST(SplitPieces, TakesOnlyALeadingSignAsPartOfANumber)
 {
     EXPECT_EQ(SplitPieces("x-5"), (Pieces{"x", "-", "5"}));
     EXPECT_EQ(SplitPieces("x=-5"), (Pieces{"x", "=", "-5"}));
     EXPECT_EQ(SplitPieces("- 5-"), (Pieces{"-", " ", "5", "-"}));
 }
 
-TEST(SplitPieces, EndsNumbersBeforeTheNextField)
+TEST(SplitPieces, EndsNumbersAtFieldSeparators)
 {
     EXPECT_EQ(SplitPieces("17,abc,3."), (Pieces{"17", ",", "abc", ",", "3", "."}));
     EXPECT_EQ(SplitPieces("\"a\":1,"), (Pieces{"\"", "a", "\"", ":", "1", ","}));
 }
 
-TEST(SplitPieces, TellsWordsSpaceAndNumbersApart)
+TEST(SplitPieces, DistinguishesWordsWhiteSpaceAndNumbers)
 {
     EXPECT_TRUE(Runner::IsWord("ab"));
     EXPECT_FALSE(Runner::IsWord("a1"));

@@ -40,7 +40,7 @@ protected:
     bool IsLink(const std::wstring& name) const { return LbOs::IsLink(m_folder.GetPathOf(name)); }
 };
 
-TEST_F(ReviewDecisionOnALink, ReplacesItsTarget)
+TEST_F(ReviewDecisionOnALink, ReplacesTheTargetAndKeepsTheLink)
 {
     Decide(EDecision::Accept, {WriteLink("old", "new")});
 
@@ -51,7 +51,7 @@ TEST_F(ReviewDecisionOnALink, ReplacesItsTarget)
     EXPECT_FALSE(HasPlan());
 }
 
-TEST_F(ReviewDecisionOnALink, AcceptsPartsIntoItsTarget)
+TEST_F(ReviewDecisionOnALink, WritesAcceptedPartsToTheTarget)
 {
     Decide(EDecision::Accept, {WriteLink("old 1\nx\nold 2\n", "new 1\nx\nnew 2\n")}, GetParts("old 1\nx", "new 1\nx"));
 
@@ -60,7 +60,7 @@ TEST_F(ReviewDecisionOnALink, AcceptsPartsIntoItsTarget)
     EXPECT_EQ(Read(L"a.received"), "new 1\nx\nnew 2\n");
 }
 
-TEST_F(ReviewDecisionOnALink, KeepsItsTargetIfAnotherFileHasNoPartOfTheChange)
+TEST_F(ReviewDecisionOnALink, KeepsTheTargetIfAnotherFileHasNoPartOfTheChange)
 {
     const SReceivedFile link = WriteLink("old 1\nx\n", "new 1\nx\n");
     const SReceivedFile other = Write(L"b", "old 2\nx\n", "new 2\nx\n");
@@ -72,7 +72,7 @@ TEST_F(ReviewDecisionOnALink, KeepsItsTargetIfAnotherFileHasNoPartOfTheChange)
     EXPECT_EQ(Read(L"a.received"), "new 1\nx\n");
 }
 
-TEST_F(ReviewDecisionOnALink, IsFinishedAfterItsTargetWasReplaced)
+TEST_F(ReviewDecisionOnALink, IsFinishedIfInterruptedAfterTheTargetWasReplaced)
 {
     InterruptLate(EDecision::Accept, {WriteLink("old", "new")});
     m_folder.WriteFile(L"other/target", "new");
@@ -86,7 +86,7 @@ TEST_F(ReviewDecisionOnALink, IsFinishedAfterItsTargetWasReplaced)
     EXPECT_FALSE(HasPlan());
 }
 
-TEST_F(ReviewDecisionOnALink, IsRefusedIfItLeadsNowhere)
+TEST_F(ReviewDecisionOnALink, AllowsOnlyARejectionIfTheLinkIsBroken)
 {
     SReceivedFile file = Write(L"b", "old", "new");
     SReceivedFile broken = WriteLink("", "new");
@@ -102,7 +102,7 @@ TEST_F(ReviewDecisionOnALink, IsRefusedIfItLeadsNowhere)
     EXPECT_EQ(Read(L"a.received"), "-");
 }
 
-TEST_F(ReviewDecisionOnALink, IsRefusedIfItLeadsToAnotherReference)
+TEST_F(ReviewDecisionOnALink, IsRefusedIfTheLinkLeadsToAnotherReference)
 {
     const SReceivedFile link = WriteLink("old", "new");
     const SReceivedFile target = Write(L"other/target", "old", "new");

@@ -26,7 +26,7 @@ std::wstring GetError(const std::vector<std::wstring>& arguments)
     return L"(none)";
 }
 
-TEST(RunnerCommandLine, ShowsTheCommandsWithoutArguments)
+TEST(RunnerCommandLine, ListsTheCommandsIfNoArgumentIsGiven)
 {
     const auto help = std::get<Runner::SHelp>(Read({}));
 
@@ -34,7 +34,7 @@ TEST(RunnerCommandLine, ShowsTheCommandsWithoutArguments)
     EXPECT_NE(help.text.find(L"\n  list "), std::wstring::npos);
 }
 
-TEST(RunnerCommandLine, HidesTheSwitchOfShards)
+TEST(RunnerCommandLine, HidesTheInternalSwitchPlannedFromTheHelp)
 {
     const auto help = std::get<Runner::SHelp>(Read({L"run", L"-h"}));
 
@@ -56,7 +56,7 @@ TEST(RunnerCommandLine, ShowsTheOptionsOfACommandInGerman)
                          L"lutestsuite_discover_tests\n\n");
 }
 
-TEST(RunnerCommandLine, PassesArgumentsAfterTheMarkToTheLibrary)
+TEST(RunnerCommandLine, PassesArgumentsAfterTheDoubleDashToTheLibrary)
 {
     const auto options =
         std::get<Runner::SListOptions>(Read({L"list", L"--json", L"--", L"-d", L"Größen", L"--", L"-x"}));
@@ -90,7 +90,7 @@ TEST(RunnerCommandLine, NamesUnknownArguments)
               L"Unbekannte Argumente: '-d', 'Maß'; Optionen von LuTestSuiteCLI stehen hinter '--'");
 }
 
-TEST(RunnerCommandLine, RefusesTheValueOfASwitch)
+TEST(RunnerCommandLine, RefusesAValueForASwitch)
 {
     EXPECT_EQ(GetError({L"list", L"--json=ja"}), L"Die Option '--json' hat keinen Wert");
 }

@@ -47,7 +47,7 @@ TEST_F(OptionReader, ReadsTextsOfAnyScript)
     EXPECT_EQ(m_text, L"Größe Ωμ");
 }
 
-TEST_F(OptionReader, TakesTheLastValue)
+TEST_F(OptionReader, UsesTheLastValueOfARepeatedOption)
 {
     EXPECT_TRUE(m_reader.Read({L"--out", L"a", L"--out=b"}));
     EXPECT_EQ(m_text, L"b");
@@ -88,7 +88,7 @@ TEST_F(OptionReader, ReadsTheTextOfASwitch)
     EXPECT_EQ(m_switchText, L"größer");
 }
 
-TEST_F(OptionReader, ExplainsWhereTheValueOfASwitchStands)
+TEST_F(OptionReader, ExplainsWhereTheValueOfASwitchBelongs)
 {
     Runner::COptionReader reader(L"review", L"Zweck.", false);
     reader.AddSwitchOrText({"--diff", L"[=DATEI]", L"Unterschiede"}, m_isSet, m_switchText);
@@ -109,7 +109,7 @@ TEST_F(OptionReader, ExplainsWhereTheValueOfASwitchStands)
     EXPECT_EQ(getError({L"b"}), L"Unbekannte Argumente: 'b'");
 }
 
-TEST(OptionReaderOfACommandWithLibraryOptions, ExplainsWhereTheyStand)
+TEST(OptionReaderOfACommandWithLibraryOptions, ExplainsWhereLibraryOptionsBelong)
 {
     Runner::COptionReader reader(L"run", L"Zweck.", true);
     const auto getError = [&reader](const std::vector<std::wstring>& arguments) {
@@ -129,22 +129,23 @@ TEST(OptionReaderOfACommandWithLibraryOptions, ExplainsWhereTheyStand)
     EXPECT_EQ(getError({L"data"}), L"Unbekannte Argumente: 'data'");
 }
 
-TEST_F(OptionReader, TakesOneValuePerOccurrenceOfAnOption)
+TEST_F(OptionReader, ReadsOneValuePerOccurrenceOfAnOption)
 {
     EXPECT_TRUE(m_reader.Read({L"--sbatch", L"eins", L"zwei", L"--sbatch", L"drei"}));
     EXPECT_EQ(m_texts, (std::vector<std::wstring>{L"eins", L"drei"}));
     EXPECT_EQ(m_arguments, (std::vector<std::wstring>{L"zwei"}));
-    EXPECT_NE(m_reader.GetHelp().find(L"--sbatch OPTION  "), std::wstring::npos) << "no \"...\" behind the value";
+    EXPECT_NE(m_reader.GetHelp().find(L"--sbatch OPTION  "), std::wstring::npos)
+        << "the help shows \"...\" after the value";
 }
 
-TEST_F(OptionReader, KeepsTheValuesOfAbsentOptions)
+TEST_F(OptionReader, KeepsTheDefaultsOfAbsentOptions)
 {
     m_number = 5;
     EXPECT_TRUE(m_reader.Read({}));
     EXPECT_EQ(m_number, 5U);
 }
 
-TEST_F(OptionReader, AsksForHelp)
+TEST_F(OptionReader, OffersTheHelpIfItIsRequested)
 {
     EXPECT_FALSE(m_reader.Read({L"--help"}));
     EXPECT_NE(m_reader.GetHelp().find(L"Aufruf: LuTestSuiteRunner run [Optionen] DIR...\n"), std::wstring::npos)
@@ -153,7 +154,7 @@ TEST_F(OptionReader, AsksForHelp)
     EXPECT_NE(m_reader.GetHelp().find(L"Argumente:\n"), std::wstring::npos);
 }
 
-TEST_F(OptionReader, RefusesTextsThatAreNotNumbers)
+TEST_F(OptionReader, RefusesTextsThatAreNotPositiveNumbers)
 {
     for (const wchar_t* value : {L"0", L"-1", L"3x", L"x", L"4294967296"})
     {

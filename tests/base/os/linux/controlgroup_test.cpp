@@ -40,7 +40,7 @@ TEST_F(OsControlGroup, HasTheLimitOfItsFile)
     EXPECT_EQ(ReadLimit("5:pids:/x\n1:name=systemd:/y\n0::/a/b"), 77U);
 }
 
-TEST_F(OsControlGroup, HasTheSmallestLimitOfTheGroupsAroundIt)
+TEST_F(OsControlGroup, HasTheSmallestLimitOfItselfAndItsParents)
 {
     m_folder.WriteFile(L"pids.max", "300\n");
     m_folder.WriteFile(L"a/pids.max", "20\n");
@@ -51,7 +51,7 @@ TEST_F(OsControlGroup, HasTheSmallestLimitOfTheGroupsAroundIt)
     EXPECT_EQ(ReadLimit("0::/\n"), 300U);
 }
 
-TEST_F(OsControlGroup, HasFreeProcessesBelowEachLimit)
+TEST_F(OsControlGroup, HasTheFewestFreeProcessesOfItselfAndItsParents)
 {
     m_folder.WriteFile(L"a/pids.max", "300\n");
     m_folder.WriteFile(L"a/pids.current", "290\n");
@@ -66,7 +66,7 @@ TEST_F(OsControlGroup, HasFreeProcessesBelowEachLimit)
     EXPECT_EQ(ReadFree("0::/other\n"), std::nullopt);
 }
 
-TEST_F(OsControlGroup, HasNoLimitWhereNoFileNamesOne)
+TEST_F(OsControlGroup, HasNoLimitIfNoFileContainsALimit)
 {
     m_folder.WriteFile(L"a/pids.max", "max\n");
 

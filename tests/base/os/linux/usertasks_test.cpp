@@ -21,7 +21,7 @@ TEST(OsUserTasks, AreTheThreadsOfTheUsersProcesses)
     EXPECT_EQ(LbOs::Linux::CountUserTasks(root + "missing"), 0U);
 }
 
-TEST(OsUserTasks, AreCountedInTheSystem)
+TEST(OsUserTasks, AreCountedInProc)
 {
     EXPECT_GE(LbOs::Linux::CountUserTasks("/proc"), 1U);
 }

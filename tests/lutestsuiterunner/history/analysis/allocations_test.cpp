@@ -16,7 +16,7 @@ std::optional<SCountChange> find(const std::vector<std::uint64_t>& counts)
 
 } // namespace
 
-TEST(HistoryAllocations, OneMoreInAStableCaseIsFoundAtTheNextRun)
+TEST(HistoryAllocations, OneMoreAllocationInAStableCaseIsFoundInTheNextRun)
 {
     const std::optional<SCountChange> change = find({120, 120, 120, 120, 120, 121});
     ASSERT_TRUE(change);
@@ -44,17 +44,17 @@ TEST(HistoryAllocations, EarlierChangesDoNotHideAChangeOfAStableCount)
     EXPECT_TRUE(find({5, 5, 5, 5, 5, 6, 6, 6, 6, 6, 7, 7, 7, 7, 7, 8}));
 }
 
-TEST(HistoryAllocations, UnstableCountThatBecameStableIsStable)
+TEST(HistoryAllocations, ChangeIsFoundAfterAnUnstableCountBecameStable)
 {
     EXPECT_TRUE(find({1, 2, 1, 2, 1, 2, 2, 2, 2, 2, 2, 3}));
 }
 
-TEST(HistoryAllocations, CountThatCameBackHasNoChange)
+TEST(HistoryAllocations, CountThatReturnedToItsOldValueHasNoChange)
 {
     EXPECT_FALSE(find({7, 7, 7, 7, 7, 9, 7}));
 }
 
-TEST(HistoryAllocations, NewestChangeCounts)
+TEST(HistoryAllocations, NewestOfSeveralChangesIsReported)
 {
     const std::optional<SCountChange> change = find({5, 5, 5, 5, 5, 6, 6, 6, 6, 6, 6, 4});
     ASSERT_TRUE(change);

@@ -59,7 +59,7 @@ class HistoryWithoutChange : public testing::TestWithParam<ENoise>
 {
 };
 
-TEST_P(HistoryWithoutChange, AlarmsAtMostOnce)
+TEST_P(HistoryWithoutChange, CausesAtMostOneFalseAlarm)
 {
     SSettings settings;
     settings.cases = 500;
@@ -68,7 +68,7 @@ TEST_P(HistoryWithoutChange, AlarmsAtMostOnce)
     for (const std::size_t runs : {20, 30, 100})
     {
         settings.runs = runs;
-        EXPECT_LE(countStepped(analyze(MakeArchive(settings))), 1U) << runs;
+        EXPECT_LE(countStepped(analyze(MakeArchive(settings))), 1U) << runs << " runs";
     }
 }
 
@@ -141,7 +141,7 @@ TEST(HistoryStatistics, TenPercentMoreTimeIsFoundLongAfterASlowPeriod)
     EXPECT_LE(alarms, 1U);
 }
 
-TEST(HistoryStatistics, IntervalsContainTheRunsOfTwoChanges)
+TEST(HistoryStatistics, TwoChangesLieWithinTheIntervalsFoundForThem)
 {
     constexpr std::size_t c_Changed = 100;
     SSettings settings;
@@ -184,7 +184,7 @@ TEST(HistoryStatistics, FlakeRateOfFivePercentIsFoundWithinSixtyRuns)
     EXPECT_GE(GetFindings(analysis, *flaky, 0).size(), 900U);
 }
 
-TEST(HistoryStatistics, SlowRunsAreNotChangesOfTheirCases)
+TEST(HistoryStatistics, SlowerMachineChangesTheTempoButNoSingleCase)
 {
     SSettings settings;
     settings.cases = 500;
@@ -198,7 +198,7 @@ TEST(HistoryStatistics, SlowRunsAreNotChangesOfTheirCases)
     EXPECT_NEAR(analysis.steps.whole[0].after / analysis.steps.whole[0].before, 1.5, 0.1);
 }
 
-TEST(HistoryStatistics, CasesThatIgnoreTheTempoAreNotAdjusted)
+TEST(HistoryStatistics, CasesThatOnlyWaitHaveNoStepOnASlowerMachine)
 {
     constexpr std::size_t c_Waiting = 20;
     SSettings settings;
@@ -212,7 +212,7 @@ TEST(HistoryStatistics, CasesThatIgnoreTheTempoAreNotAdjusted)
     EXPECT_EQ(countStepped(analyze(MakeArchive(settings))), 0U);
 }
 
-TEST(HistoryStatistics, ShuffledRunsAlarmAsRarelyAsTheRateAllows)
+TEST(HistoryStatistics, ShuffledRunsCauseNoMoreAlarmsThanTheRateAllows)
 {
     SSettings settings;
     settings.cases = 1000;
@@ -246,7 +246,7 @@ TEST(HistoryStatistics, SeriesWithAStepCauseNoAlarmInRandomOrders)
     EXPECT_EQ(analysis.steps.check.alarms, 0U);
 }
 
-TEST(HistoryStatistics, SmallerRateRaisesTheThresholds)
+TEST(HistoryStatistics, SmallerAlarmRateRaisesTheThresholds)
 {
     SSettings settings;
     settings.cases = 300;

@@ -48,7 +48,7 @@ SyntheticRuns::SArchive makeArchive()
 
 } // namespace
 
-TEST(HistoryGates, RuleHasNameComparisonAndNumber)
+TEST(HistoryGates, RuleConsistsOfNameComparisonAndNumber)
 {
     const SGate gate = ReadGate(L"slower<=12");
     EXPECT_EQ(gate.kind, "slower");

@@ -57,7 +57,7 @@ TEST(HistoryOutcomes, FailureAfterPassesIsNew)
     EXPECT_FALSE(findings.flaky);
 }
 
-TEST(HistoryOutcomes, RunsWithoutTheCaseWidenTheInterval)
+TEST(HistoryOutcomes, RunsWithoutAnOutcomeWidenTheIntervalOfANewFailure)
 {
     const SOutcomeFindings findings = findOutcomes("PP-CFF");
     ASSERT_TRUE(findings.newFailure);
@@ -65,7 +65,7 @@ TEST(HistoryOutcomes, RunsWithoutTheCaseWidenTheInterval)
     EXPECT_EQ(findings.newFailure->last, 4U);
 }
 
-TEST(HistoryOutcomes, PassAfterLongFailureIsFixed)
+TEST(HistoryOutcomes, CaseThatPassesAfterALongOrInitialFailureIsFixed)
 {
     const SOutcomeFindings findings = findOutcomes("PFFFFPP");
     ASSERT_TRUE(findings.fixed);
@@ -86,7 +86,7 @@ TEST(HistoryOutcomes, ShortFailureThatDisappearsIsFlaky)
     EXPECT_FALSE(findings.fixed);
 }
 
-TEST(HistoryOutcomes, EachReturnOfFlakyCasesIsCounted)
+TEST(HistoryOutcomes, EachReturnToTheEarlierOutcomeIsCounted)
 {
     const SOutcomeFindings findings = findOutcomes("PFPPFFPPPFP");
     ASSERT_TRUE(findings.flaky);
@@ -94,18 +94,18 @@ TEST(HistoryOutcomes, EachReturnOfFlakyCasesIsCounted)
     EXPECT_EQ(findings.flaky->failures, 4U);
 }
 
-TEST(HistoryOutcomes, SingleFailureOfFlakyCaseIsNotNew)
+TEST(HistoryOutcomes, SingleFailureOfAFlakyCaseIsNotANewFailure)
 {
     EXPECT_FALSE(findOutcomes("PPPPFPPPPFPPPPF").newFailure);
     EXPECT_FALSE(findOutcomes("FFFPFFFFPFFFFPF").newFailure);
 }
 
-TEST(HistoryOutcomes, SingleFailureAfterProofOfOneBuildIsNotNew)
+TEST(HistoryOutcomes, SingleFailureAfterProofOfFlakinessIsNotANewFailure)
 {
     EXPECT_FALSE(findOutcomes("PPPPFPPPPPPPPPF", "abcddefghijklmn").newFailure);
 }
 
-TEST(HistoryOutcomes, OneEarlierShortFailureDoesNotHideANewOne)
+TEST(HistoryOutcomes, OneEarlierShortFailureDoesNotHideANewFailure)
 {
     const SOutcomeFindings findings = findOutcomes("PPPPFPPPPPPPPPF");
     ASSERT_TRUE(findings.newFailure);
@@ -113,7 +113,7 @@ TEST(HistoryOutcomes, OneEarlierShortFailureDoesNotHideANewOne)
     EXPECT_TRUE(findOutcomes("PPPPFPF").newFailure);
 }
 
-TEST(HistoryOutcomes, FailureOnTheBuildOfAPassIsNew)
+TEST(HistoryOutcomes, FailureOfABuildThatPassedBeforeIsNew)
 {
     EXPECT_TRUE(findOutcomes("PPPPPF", "abcdee").newFailure);
 }
@@ -128,7 +128,7 @@ TEST(HistoryOutcomes, NewCaseThatFailsIsANewFailure)
     EXPECT_FALSE(findOutcomes("FFFF").newFailure);
 }
 
-TEST(HistoryOutcomes, FirstVerdictAfterCanceledRunsIsANewFailure)
+TEST(HistoryOutcomes, FailureIsNewIfAllEarlierRunsWereCanceled)
 {
     const SOutcomeFindings findings = findOutcomes("CCF");
     ASSERT_TRUE(findings.newFailure);
@@ -138,7 +138,7 @@ TEST(HistoryOutcomes, FirstVerdictAfterCanceledRunsIsANewFailure)
     EXPECT_FALSE(findOutcomes("CCP").newFailure);
 }
 
-TEST(HistoryOutcomes, LongFailureOfFlakyCaseIsNew)
+TEST(HistoryOutcomes, LongFailureOfAFlakyCaseIsNew)
 {
     const SOutcomeFindings findings = findOutcomes("PPPPFPPPPFPPPPFFFFF");
     ASSERT_TRUE(findings.newFailure);
@@ -146,14 +146,14 @@ TEST(HistoryOutcomes, LongFailureOfFlakyCaseIsNew)
     EXPECT_TRUE(findings.flaky);
 }
 
-TEST(HistoryOutcomes, PassAndFailureOfOneBuildAreProof)
+TEST(HistoryOutcomes, PassAndFailureOfOneBuildProveThatACaseIsFlaky)
 {
     const SOutcomeFindings findings = findOutcomes("PPPFPPP", "aabbccd");
     ASSERT_TRUE(findings.flaky);
     EXPECT_TRUE(findings.flaky->isProven);
 }
 
-TEST(HistoryOutcomes, UnknownBuildsProveNothing)
+TEST(HistoryOutcomes, UnknownBuildsDoNotProveThatACaseIsFlaky)
 {
     const SOutcomeFindings findings = [] {
         const std::vector<SCaseName> names = {{L"CKlasse", L"Fall"}};
@@ -170,21 +170,21 @@ TEST(HistoryOutcomes, UnknownBuildsProveNothing)
     EXPECT_FALSE(findings.flaky->isProven);
 }
 
-TEST(HistoryOutcomes, FailureThatStaysOnOneBuildIsNotFlaky)
+TEST(HistoryOutcomes, LastingFailureIsNotFlakyDespitePassesOfTheSameBuild)
 {
     const SOutcomeFindings findings = findOutcomes("PPPPFFFF", "aaaaaaaa");
     EXPECT_TRUE(findings.newFailure);
     EXPECT_FALSE(findings.flaky);
 }
 
-TEST(HistoryOutcomes, PassAtAnotherAttemptIsProof)
+TEST(HistoryOutcomes, FailureAndPassInOneRunProveThatACaseIsFlaky)
 {
     const SOutcomeFindings findings = findOutcomes("PPPPB");
     ASSERT_TRUE(findings.flaky);
     EXPECT_TRUE(findings.flaky->isProven);
 }
 
-TEST(HistoryOutcomes, CaseOfEarlierRunsOnlyIsMissing)
+TEST(HistoryOutcomes, CaseThatIsNotInTheNewestRunIsMissing)
 {
     const SOutcomeFindings findings = findOutcomes("PPPP--");
     ASSERT_TRUE(findings.missing);
@@ -192,7 +192,7 @@ TEST(HistoryOutcomes, CaseOfEarlierRunsOnlyIsMissing)
     EXPECT_FALSE(findOutcomes("PP--PP").missing);
 }
 
-TEST(HistoryOutcomes, MissingCaseIsNoNewFailure)
+TEST(HistoryOutcomes, MissingCaseIsNotANewFailure)
 {
     const SOutcomeFindings findings = findOutcomes("PPPF--");
     EXPECT_TRUE(findings.missing);
@@ -204,7 +204,7 @@ TEST(HistoryOutcomes, CanceledCaseIsNotMissing)
     EXPECT_FALSE(findOutcomes("PPPPC").missing);
 }
 
-TEST(HistoryOutcomes, CaseWithoutOutcomeInTheNewestRunIsNotRun)
+TEST(HistoryOutcomes, CaseWithoutOutcomeInTheNewestRunCountsAsNotRun)
 {
     const SOutcomeFindings findings = findOutcomes("PPPCC");
     ASSERT_TRUE(findings.notRun);
@@ -215,7 +215,7 @@ TEST(HistoryOutcomes, CaseWithoutOutcomeInTheNewestRunIsNotRun)
     EXPECT_FALSE(findOutcomes("PPCC-").notRun);
 }
 
-TEST(HistoryOutcomes, CaseOfLaterRunsOnlyIsNew)
+TEST(HistoryOutcomes, CaseThatAppearsAfterTheFirstRunsIsNew)
 {
     const SOutcomeFindings findings = findOutcomes("---PPP");
     ASSERT_TRUE(findings.added);

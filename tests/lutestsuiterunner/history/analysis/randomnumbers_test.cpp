@@ -4,7 +4,7 @@
 
 using namespace Runner::History;
 
-TEST(HistoryRandomNumbers, SampleDoesNotFollowRegularDistances)
+TEST(HistoryRandomNumbers, SampleIsNotTakenAtRegularIntervals)
 {
     constexpr std::uint64_t c_Step = 10;
     std::size_t chosen = 0;
@@ -19,7 +19,7 @@ TEST(HistoryRandomNumbers, SampleDoesNotFollowRegularDistances)
     EXPECT_NEAR(static_cast<double>(chosenTenths), 100.0, 30.0);
 }
 
-TEST(HistoryRandomNumbers, SampleWithStepOneIsWhole)
+TEST(HistoryRandomNumbers, SampleWithStepOneContainsEveryIndex)
 {
     for (std::uint64_t index = 0; index < 100; ++index)
     {

@@ -17,7 +17,7 @@ TEST(HistoryRankTails, Log2MatchesTheStandardLibrary)
     }
 }
 
-TEST(HistoryRankTails, SeparatedGroupsHaveTheProbabilityOfOneOrder)
+TEST(HistoryRankTails, ProbabilityWithoutInversionsIsOneOutOfAllOrders)
 {
     CRankTails tails;
     EXPECT_NEAR(tails.GetBits(2, 2, 0), std::log2(6.0), 1e-12);
@@ -26,7 +26,7 @@ TEST(HistoryRankTails, SeparatedGroupsHaveTheProbabilityOfOneOrder)
 }
 
 /// Goes through all orders of two groups and counts the inversions of each.
-TEST(HistoryRankTails, ProbabilitiesAreThoseOfCountedOrders)
+TEST(HistoryRankTails, ProbabilitiesMatchAnEnumerationOfAllOrders)
 {
     constexpr std::size_t c_First = 5;
     constexpr std::size_t c_Second = 4;
@@ -52,18 +52,19 @@ TEST(HistoryRankTails, ProbabilitiesAreThoseOfCountedOrders)
     for (std::size_t inversions = 0; inversions <= c_First * c_Second / 2; ++inversions)
     {
         sum += counts[inversions];
-        EXPECT_NEAR(tails.GetBits(c_First, c_Second, inversions), -std::log2(sum / total), 1e-12) << inversions;
+        EXPECT_NEAR(tails.GetBits(c_First, c_Second, inversions), -std::log2(sum / total), 1e-12)
+            << inversions << " inversions";
     }
 }
 
-TEST(HistoryRankTails, HalfOfTheOrdersOfLargeGroupsHasOneBit)
+TEST(HistoryRankTails, InversionsOfHalfThePairsGiveOneBitAndMoreGiveZero)
 {
     CRankTails tails;
     EXPECT_NEAR(tails.GetBits(100, 100, 5000), 1.0, 0.01);
     EXPECT_EQ(tails.GetBits(100, 100, 5001), 0.0);
 }
 
-TEST(HistoryRankTails, LimitIsTheLastNumberWithTheEvidence)
+TEST(HistoryRankTails, LimitIsTheLargestNumberOfInversionsWithTheEvidence)
 {
     CRankTails tails;
     const std::int64_t limit = tails.GetLimit(40, 10, 14.0);

@@ -1,5 +1,8 @@
 #include "testing/lutestsuiterunner/history/analysis/steps.h"
 
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/syntheticruns.h"
@@ -57,7 +60,7 @@ TEST(HistorySteps, StepUpIsFoundWithItsLevelsAndInterval)
     EXPECT_NEAR(steps[0].after, 1.2, 0.02);
 }
 
-TEST(HistorySteps, LevelsThatRiseTwiceAreTwoSteps)
+TEST(HistorySteps, LevelThatRisesTwiceHasTwoSteps)
 {
     const std::vector<SStep> steps = findSteps(makeSeries(90, 3, [](std::size_t run) {
         return run < 30 ? 1.0 : run < 60 ? 1.3 : 1.7;
@@ -69,7 +72,7 @@ TEST(HistorySteps, LevelsThatRiseTwiceAreTwoSteps)
     EXPECT_NEAR(steps[1].after, 1.7, 0.02);
 }
 
-TEST(HistorySteps, LevelThatReturnsInTheMiddleIsTwoSteps)
+TEST(HistorySteps, LevelThatRisesAndReturnsHasTwoSteps)
 {
     const std::vector<SStep> steps =
         findSteps(makeSeries(90, 3, [](std::size_t run) { return run >= 30 && run < 60 ? 1.3 : 1.0; }));
@@ -96,20 +99,21 @@ TEST(HistorySteps, IntervalOfAStepEndsBeforeTheNextStep)
 {
     for (const double second : {1.25, 3.0})
     {
+        SCOPED_TRACE("level from run 60 on: " + std::to_string(second));
         const std::vector<SStep> steps = findSteps(makeSeries(90, 8, [second](std::size_t run) {
             return run < 30 ? 1.0 : run < 60 ? 1.1 : second;
         }));
-        ASSERT_EQ(steps.size(), 2U) << second;
-        EXPECT_LT(steps[0].first, 30U) << second;
-        EXPECT_GE(steps[0].last, 30U) << second;
-        EXPECT_LE(steps[0].last, 40U) << second;
-        EXPECT_LE(steps[1].first, 60U) << second;
-        EXPECT_GE(steps[1].last, 60U) << second;
-        EXPECT_GE(steps[1].first, 50U) << second;
+        ASSERT_EQ(steps.size(), 2U);
+        EXPECT_LT(steps[0].first, 30U);
+        EXPECT_GE(steps[0].last, 30U);
+        EXPECT_LE(steps[0].last, 40U);
+        EXPECT_LE(steps[1].first, 60U);
+        EXPECT_GE(steps[1].last, 60U);
+        EXPECT_GE(steps[1].first, 50U);
     }
 }
 
-TEST(HistorySteps, ChangeBelowTheSmallestIsNotReported)
+TEST(HistorySteps, StepBelowTheSmallestChangeIsNotReported)
 {
     const std::vector<double> values = makeSeries(100, 4, [](std::size_t run) { return run < 50 ? 1.0 : 1.1; });
     EXPECT_EQ(findSteps(values).size(), 1U);
@@ -149,7 +153,7 @@ TEST(HistorySteps, DroppedStepEnlargesItsNeighbourInTheSameDirection)
     EXPECT_EQ(steps[1].index, 80U);
 }
 
-TEST(HistorySteps, StepOfConstantValuesIsFound)
+TEST(HistorySteps, StepBetweenConstantValuesIsFound)
 {
     std::vector<double> values(40, 1000.0);
     std::fill(values.begin() + 32, values.end(), 1100.0);
@@ -158,7 +162,7 @@ TEST(HistorySteps, StepOfConstantValuesIsFound)
     EXPECT_EQ(steps[0].index, 32U);
 }
 
-TEST(HistorySteps, SingleOutliersAreNoStep)
+TEST(HistorySteps, SingleOutliersAreNotSteps)
 {
     std::vector<double> values = makeSeries(60, 5, [](std::size_t) { return 1.0; });
     values[20] = 50.0;
@@ -183,7 +187,7 @@ TEST(HistorySteps, ScaleOfTheValuesDoesNotMatter)
     EXPECT_EQ(steps[0].bits, scaledSteps[0].bits);
 }
 
-TEST(HistorySteps, RunsThatResembleTheirNeighboursCountLess)
+TEST(HistorySteps, RunsThatResembleTheirNeighboursAreWeakerEvidence)
 {
     std::vector<double> alternating;
     std::vector<double> sluggish;

@@ -67,7 +67,7 @@ protected:
 
 } // namespace
 
-TEST_F(HistoryStepStore, StoredAnalysisIsTheSame)
+TEST_F(HistoryStepStore, StoredAnalysisEqualsTheOriginal)
 {
     const SStepAnalysis made = get("digest");
     const std::string file = getFile();
@@ -86,7 +86,7 @@ TEST_F(HistoryStepStore, StoredAnalysisIsTheSame)
     EXPECT_EQ(stored.times[0].second.back().after, made.times[0].second.back().after);
 }
 
-TEST_F(HistoryStepStore, OtherArchiveOrOtherRulesAreSearchedAgain)
+TEST_F(HistoryStepStore, ChangedArchiveOrChangedRulesCauseANewSearch)
 {
     get("digest");
     const std::string file = getFile();
@@ -97,13 +97,13 @@ TEST_F(HistoryStepStore, OtherArchiveOrOtherRulesAreSearchedAgain)
     EXPECT_EQ(get("other digest", rules).shuffleCount, 19U);
 }
 
-TEST_F(HistoryStepStore, NothingIsStoredWithoutDigest)
+TEST_F(HistoryStepStore, NothingIsStoredWithoutADigest)
 {
     get("");
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(c_StepStoreName)));
 }
 
-TEST_F(HistoryStepStore, DamagedFileIsIgnored)
+TEST_F(HistoryStepStore, DamagedFileIsIgnoredAndReplaced)
 {
     const SStepAnalysis made = get("digest");
     std::string bytes = getFile();
@@ -115,19 +115,19 @@ TEST_F(HistoryStepStore, DamagedFileIsIgnored)
     EXPECT_NE(getFile(), bytes);
 }
 
-TEST_F(HistoryStepStore, OptionsThatAlternateAreFoundAgain)
+TEST_F(HistoryStepStore, AnalysesWithAlternatingRulesStayStored)
 {
     for (int round = 0; round < 2; ++round)
     {
         for (const std::uint64_t seed : {1, 2, 3})
         {
-            EXPECT_EQ(isStored(seed), round > 0) << seed;
+            EXPECT_EQ(isStored(seed), round > 0) << "seed " << seed;
             store(seed);
         }
     }
 }
 
-TEST_F(HistoryStepStore, SeventeenthEntryReplacesTheOneThatWasUsedLongestAgo)
+TEST_F(HistoryStepStore, SeventeenthEntryReplacesTheLeastRecentlyUsedEntry)
 {
     for (std::uint64_t seed = 1; seed <= 16; ++seed)
     {
@@ -138,11 +138,11 @@ TEST_F(HistoryStepStore, SeventeenthEntryReplacesTheOneThatWasUsedLongestAgo)
     EXPECT_FALSE(isStored(2));
     for (const std::uint64_t seed : {1, 3, 4, 16, 17})
     {
-        EXPECT_TRUE(isStored(seed)) << seed;
+        EXPECT_TRUE(isStored(seed)) << "seed " << seed;
     }
 }
 
-TEST_F(HistoryStepStore, AllConfigurationsOfACallAreStored)
+TEST_F(HistoryStepStore, AllConfigurationsOfOneCallAreStored)
 {
     constexpr std::size_t c_Configurations = 18;
     const auto getAll = [this](const SyntheticRuns::SArchive& archive) {

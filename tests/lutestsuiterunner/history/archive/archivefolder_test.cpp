@@ -80,7 +80,7 @@ protected:
 
 } // namespace
 
-TEST_F(HistoryArchive, RunsAreInTheOrderOfTheirStart)
+TEST_F(HistoryArchive, RunsAreSortedByStartTime)
 {
     write(L"b.xml", makeReport(L"2026-03-01 02:00:00", {L"x"}));
     write(L"a.xml", makeReport(L"2026-03-02 02:00:00", {L"x"}));
@@ -93,7 +93,7 @@ TEST_F(HistoryArchive, RunsAreInTheOrderOfTheirStart)
     EXPECT_EQ(content.runs[1].label.begin, L"2026-03-02 02:00:00");
 }
 
-TEST_F(HistoryArchive, ReportsOfArchiveRunsAndOfRunFoldersAreFound)
+TEST_F(HistoryArchive, OnlyReportsOfArchivesAndOfRunFoldersAreFound)
 {
     LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Archive"));
     LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Lauf 1"));
@@ -103,7 +103,7 @@ TEST_F(HistoryArchive, ReportsOfArchiveRunsAndOfRunFoldersAreFound)
     EXPECT_EQ(read().runs.size(), 2U);
 }
 
-TEST_F(HistoryArchive, JournalsTakePrecedenceOverTheirReport)
+TEST_F(HistoryArchive, JournalsTakePrecedenceOverTheReportOfTheirRun)
 {
     const std::wstring folder = m_folder.GetPathOf(L"Lauf 1");
     Runner::SPlan plan = MakeSamplePlan();
@@ -134,7 +134,7 @@ TEST_F(HistoryArchive, JournalsTakePrecedenceOverTheirReport)
     EXPECT_EQ(measured.allocations, 7U);
 }
 
-TEST_F(HistoryArchive, CaseThatFailsOnlyInTheSharedProcessHasNoSecondOutcome)
+TEST_F(HistoryArchive, CaseThatFailsOnlyInTheSharedProcessCountsOnlyAsFailed)
 {
     const auto writer = Runner::CRunFolder(m_folder.GetPathOf(L"Lauf 1")).BeginRun(MakeSamplePlan());
     writer->Write(MakeStart(0));
@@ -149,7 +149,7 @@ TEST_F(HistoryArchive, CaseThatFailsOnlyInTheSharedProcessHasNoSecondOutcome)
     EXPECT_FALSE(measured.hasBoth);
 }
 
-TEST_F(HistoryArchive, PlannedCasesThatDidNotRunAreCanceled)
+TEST_F(HistoryArchive, PlannedCasesThatDidNotRunCountAsCanceled)
 {
     const auto writer = Runner::CRunFolder(m_folder.GetPathOf(L"Lauf 1")).BeginRun(MakeSamplePlan());
     writer->Write(MakeStart(3));
@@ -163,7 +163,7 @@ TEST_F(HistoryArchive, PlannedCasesThatDidNotRunAreCanceled)
     EXPECT_EQ(findMeasured(content, L"y.dat").result, ECaseRunResult::Canceled);
 }
 
-TEST_F(HistoryArchive, CanceledRepetitionsDoNotCount)
+TEST_F(HistoryArchive, CanceledRepetitionsAreIgnored)
 {
     SReportData data = makeReport(L"1", {L"x", L"x", L"x"});
     data.Cases[0].Result = ECaseRunResult::Canceled;
@@ -208,7 +208,7 @@ TEST_F(HistoryArchive, NewResultOfAShardIsRead)
         std::ranges::all_of(content.runs[0].cells, [](const SCell& cell) { return cell.measured.HasPassed(); }));
 }
 
-TEST_F(HistoryArchive, VerdictsThatCameTooLateForTheProofDoNotCount)
+TEST_F(HistoryArchive, VerdictsThatTheSubmitterDidNotSeeDoNotCount)
 {
     const CPlayedRun played;
     played.RunShard(1);
@@ -229,13 +229,13 @@ TEST_F(HistoryArchive, VerdictsThatCameTooLateForTheProofDoNotCount)
     EXPECT_EQ(countPassed(), 3);
 }
 
-TEST_F(HistoryArchive, DistributedRunThatHasNotBegunIsNoRun)
+TEST_F(HistoryArchive, DistributedRunThatHasNotBegunIsIgnored)
 {
     const CPlayedRun played;
     EXPECT_TRUE(ReadArchive(played.GetFolder()).runs.empty());
 }
 
-TEST_F(HistoryArchive, DistributedRunThatEndedBeforeItBeganMayBeTheNewestRun)
+TEST_F(HistoryArchive, DistributedRunThatEndedBeforeItBeganIsListedAsUnreadable)
 {
     const CPlayedRun played;
     LuTestSuiteReport::GenerateXMLReport(played.GetFolder() + L"alt.xml", makeReport(L"1", {L"x"}));
@@ -254,7 +254,7 @@ TEST_F(HistoryArchive, DistributedRunThatEndedBeforeItBeganMayBeTheNewestRun)
     EXPECT_EQ(content.unreadable[0].configurations.size(), 1U);
 }
 
-TEST_F(HistoryArchive, RunsOfDamagedJournalsAreIgnored)
+TEST_F(HistoryArchive, RunsWithDamagedJournalsAreIgnored)
 {
     LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Lauf 1"));
     writeText(std::wstring(L"Lauf 1") + LbPath::c_Separator + L"journal.ndjson", "{");
@@ -263,7 +263,7 @@ TEST_F(HistoryArchive, RunsOfDamagedJournalsAreIgnored)
     EXPECT_EQ(read().runs.size(), 1U);
 }
 
-TEST_F(HistoryArchive, ReportReplacesDamagedJournals)
+TEST_F(HistoryArchive, ReportIsReadInsteadOfDamagedJournals)
 {
     const std::wstring folder = std::wstring(L"Lauf 1") + LbPath::c_Separator;
     LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Lauf 1"));
@@ -275,7 +275,7 @@ TEST_F(HistoryArchive, ReportReplacesDamagedJournals)
     EXPECT_NE(output.GetText().find(L"Warnung: "), std::wstring::npos);
 }
 
-TEST_F(HistoryArchive, NamesAndCellsAreSortedInAnyOrderOfTheRuns)
+TEST_F(HistoryArchive, NamesAndCellsAreSortedByCaseName)
 {
     write(L"a.xml", makeReport(L"1", {L"z", L"b"}));
     write(L"b.xml", makeReport(L"2", {L"a", L"z"}));
@@ -288,7 +288,7 @@ TEST_F(HistoryArchive, NamesAndCellsAreSortedInAnyOrderOfTheRuns)
     EXPECT_EQ(content.names[content.runs[1].cells[1].caseIndex].caseName, L"z");
 }
 
-TEST_F(HistoryArchive, WorstOfEqualNamesCounts)
+TEST_F(HistoryArchive, CasesWithTheSameNameCountOnceWithTheWorstResult)
 {
     SReportData data = makeReport(L"1", {L"x", L"x", L"x"});
     data.Cases[1].Result = LuTestSuiteRun::ECaseRunResult::Different;
@@ -307,7 +307,7 @@ TEST_F(HistoryArchive, WorstOfEqualNamesCounts)
     EXPECT_EQ(content.runs[0].messages[0].text, L"Wert < 5");
 }
 
-TEST_F(HistoryArchive, ChangedWorkingCopiesAreUnknownBuilds)
+TEST_F(HistoryArchive, ModifiedOrMixedWorkingCopiesAreUnknownBuilds)
 {
     LuTestSuiteUtils::SSvnInfo svn;
     svn.URL = L"svn://server/trunk";
@@ -325,7 +325,7 @@ TEST_F(HistoryArchive, MissingFolderIsAnError)
     EXPECT_THROW(ReadArchive(m_folder.GetPathOf(L"away")), LbException);
 }
 
-TEST_F(HistoryArchive, UnreadableReportPrintsALineAndIsIgnored)
+TEST_F(HistoryArchive, UnreadableReportIsIgnoredWithAWarning)
 {
     write(L"a.xml", makeReport(L"1", {L"x"}));
     writeText(L"b.xml", "<testsuite><unfinished");
@@ -334,7 +334,7 @@ TEST_F(HistoryArchive, UnreadableReportPrintsALineAndIsIgnored)
     EXPECT_NE(output.GetText().find(L"b.xml wurde nicht gelesen"), std::wstring::npos);
 }
 
-TEST_F(HistoryArchive, UnreadableReportDoesNotChangeTheIndexAgain)
+TEST_F(HistoryArchive, SecondReadingOfAnUnreadableReportDoesNotWriteTheIndex)
 {
     write(L"a.xml", makeReport(L"1", {L"x"}));
     writeText(L"b.xml", "<testsuite><unfinished");
@@ -365,7 +365,7 @@ TEST_F(HistoryArchive, RepairedReportIsRead)
     EXPECT_TRUE(read().unreadable.empty());
 }
 
-TEST_F(HistoryArchive, LaterReportReplacesDamagedJournals)
+TEST_F(HistoryArchive, ReportWrittenLaterIsReadInsteadOfDamagedJournals)
 {
     const std::wstring folder = std::wstring(L"Lauf 1") + LbPath::c_Separator;
     LbFileSystem::AssertDirectory(m_folder.GetPathOf(L"Lauf 1"));
@@ -395,7 +395,7 @@ TEST_F(HistoryArchive, SecondReadingUsesOnlyTheIndex)
     }
 }
 
-TEST_F(HistoryArchive, OnlyNewRunsAreRead)
+TEST_F(HistoryArchive, SecondReadingReadsOnlyNewRuns)
 {
     write(L"a.xml", makeReport(L"1", {L"x"}));
     read();
@@ -417,7 +417,7 @@ TEST_F(HistoryArchive, ChangedRunIsReadAgain)
     EXPECT_EQ(content.names[content.runs[0].cells[0].caseIndex].caseName, L"y");
 }
 
-TEST_F(HistoryArchive, RemovedRunIsGone)
+TEST_F(HistoryArchive, RemovedRunIsNoLongerListed)
 {
     write(L"a.xml", makeReport(L"1", {L"x"}));
     write(L"b.xml", makeReport(L"2", {L"x"}));
@@ -440,8 +440,8 @@ TEST_F(HistoryArchive, DamagedIndexIsWrittenAgain)
         damaged[place] = static_cast<char>(damaged[place] ^ 0x20);
         writeText(c_IndexName, damaged);
         const SArchiveContent content = read();
-        EXPECT_EQ(content.readCount, 1U) << place;
-        EXPECT_EQ(content.runs.size(), 1U) << place;
+        EXPECT_EQ(content.readCount, 1U) << "damaged at byte " << place;
+        EXPECT_EQ(content.runs.size(), 1U) << "damaged at byte " << place;
     }
     writeText(c_IndexName, bytes.substr(0, bytes.size() / 2));
     EXPECT_EQ(read().readCount, 1U);

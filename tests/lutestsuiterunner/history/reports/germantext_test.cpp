@@ -4,7 +4,7 @@
 
 using namespace Runner::History;
 
-TEST(HistoryGermanText, NumbersHaveCommaAndPoints)
+TEST(HistoryGermanText, WritesNumbersWithDecimalCommasAndThousandsPoints)
 {
     EXPECT_EQ(FormatCount(0), "0");
     EXPECT_EQ(FormatCount(999), "999");
@@ -19,7 +19,7 @@ TEST(HistoryGermanText, NumbersHaveCommaAndPoints)
     EXPECT_EQ(FormatChange(0.0, 1.0), "neu");
 }
 
-TEST(HistoryGermanText, MarkupHasOnlyCharactersOfXml)
+TEST(HistoryGermanText, EscapesMarkupAndReplacesCharactersThatXmlForbids)
 {
     EXPECT_EQ(ToMarkup(L"a<\x01>&\"ß"), "a&lt;\uFFFD&gt;&amp;&quot;ß");
 }

@@ -62,7 +62,7 @@ SyntheticRuns::SArchive makeExactArchive(std::size_t cases, std::size_t runs)
     return archive;
 }
 
-TEST_F(HistoryJson, HasEachFinding)
+TEST_F(HistoryJson, ListsFindingsByKind)
 {
     const nlohmann::json json = nlohmann::json::parse(MakeJson(m_analyses, {}, 0));
     const nlohmann::json& findings = json["configurations"][0]["findings"];
@@ -83,14 +83,14 @@ TEST_F(HistoryJson, HasEachFinding)
     EXPECT_EQ(json["configurations"][0]["reshuffled"]["archives"], 20);
 }
 
-TEST_F(HistoryJson, ShowsTheOutcomesOfEachRun)
+TEST_F(HistoryJson, ListsTheOutcomesOfAllRunsInAFinding)
 {
     const nlohmann::json json = nlohmann::json::parse(MakeJson(m_analyses, {}, 0));
     const std::string outcomes = json["configurations"][0]["findings"]["new"][0]["outcomes"];
     EXPECT_EQ(outcomes, std::string(10, '-') + std::string(50, 'P'));
 }
 
-TEST_F(HistoryJson, ShowsACaseInAllRuns)
+TEST_F(HistoryJson, ListsOutcomesAndMeasurementsOfARequestedCaseInAllRuns)
 {
     SyntheticRuns::SSettings settings;
     settings.cases = 2;
@@ -114,7 +114,7 @@ TEST_F(HistoryJson, ShowsACaseInAllRuns)
     EXPECT_TRUE(series[0]["memory"][1].is_null());
 }
 
-TEST_F(HistoryJson, ShowsAnArchiveOfOneRun)
+TEST_F(HistoryJson, ShowsAnArchiveWithOneRun)
 {
     SyntheticRuns::SSettings settings;
     settings.cases = 3;

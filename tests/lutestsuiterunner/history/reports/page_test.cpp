@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(HistoryPage, NamesFindingsAndEscapesTexts)
+TEST_F(HistoryPage, ShowsFindingsAndEscapesTheirTexts)
 {
     EXPECT_TRUE(hasPagePart("&lt;b&gt;größer &amp; &quot;mehr&quot;&lt;/b&gt;"));
     EXPECT_FALSE(hasPagePart("<b>größer"));
@@ -29,7 +29,7 @@ TEST_F(HistoryPage, NamesFindingsAndEscapesTexts)
     EXPECT_TRUE(hasPagePart("3-mal hin und zurück, 3 von 60 fehlgeschlagen; auch mit demselben Build"));
 }
 
-TEST_F(HistoryPage, NeedsNoOtherFile)
+TEST_F(HistoryPage, DoesNotReferToOtherFilesOrServers)
 {
     const std::string page = MakePage(m_analyses, {}, 0);
     EXPECT_EQ(page.find("src="), std::string::npos);
@@ -38,12 +38,12 @@ TEST_F(HistoryPage, NeedsNoOtherFile)
     EXPECT_EQ(page.find("https:"), std::string::npos);
 }
 
-TEST_F(HistoryPage, ShowsTheAlarmsOfShuffledRuns)
+TEST_F(HistoryPage, ShowsHowOftenTheRunsWereShuffled)
 {
     EXPECT_TRUE(hasPagePart("20-mal in anderen zufälligen Reihenfolgen"));
 }
 
-TEST_F(HistoryPage, SaysWhyNoGateHolds)
+TEST_F(HistoryPage, SaysThatNoGateHoldsBecauseOfUnreadableRuns)
 {
     const std::vector<SGate> rules = {ReadGate(L"missing<9")};
     const std::string page = MakePage(m_analyses, CheckGates(rules, m_analyses, 0, {L"a&b.xml", L"c.xml"}), 0);
@@ -56,7 +56,7 @@ TEST_F(HistoryPage, SaysWhyNoGateHolds)
     EXPECT_EQ(readable.find("nicht lesbar"), std::string::npos);
 }
 
-TEST_F(HistoryPage, SaysWithoutGatesThatTheNewestRunMayBeMissing)
+TEST_F(HistoryPage, WarnsOfUnreadableRunsEvenWithoutGates)
 {
     const std::string page = MakePage(m_analyses, CheckGates({}, m_analyses, 0, {L"a&b.xml", L"c.xml"}), 0);
     EXPECT_NE(page.find("<p>Hier fehlt vielleicht der neueste Lauf. Nicht lesbar: a&amp;b.xml, c.xml.</p>"),
@@ -66,7 +66,7 @@ TEST_F(HistoryPage, SaysWithoutGatesThatTheNewestRunMayBeMissing)
     EXPECT_FALSE(hasPagePart("Nicht lesbar"));
 }
 
-TEST_F(HistoryPage, ShowsAnArchiveOfOneRun)
+TEST_F(HistoryPage, SaysThatNothingChangedInAnArchiveWithOneRun)
 {
     SyntheticRuns::SSettings settings;
     settings.cases = 3;
