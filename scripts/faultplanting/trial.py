@@ -161,11 +161,13 @@ class Ground:
 
     def _run_ctest(self) -> str:
         left_out = "|".join([NOT_OF_THE_PRODUCT, *(f"^{re.escape(name)}$" for name in sorted(self.failing))])
-        command = ["ctest", "--preset", PRESET, "--stop-on-failure", "-j", str(os.cpu_count()), "-E", left_out]
+        command = ["ctest", "--preset", PRESET, "--stop-on-failure", "-j", str(4 * os.cpu_count()), "-E", left_out]
         status, output = self._run_tests(command, self.copy, CTEST)
         if status == 0:
             return ""
-        failed = re.findall(r"^\s*\d+ - (\S+)(?: .*)? \((?!Not Run|Disabled)", output, re.MULTILINE)
+        # A test may itself print the closing lines of another ctest, so only the last ones count.
+        closing = output.rpartition("The following tests FAILED:")[2]
+        failed = re.findall(r"^\s*\d+ - (\S+)(?: .*)? \((?!Not Run|Disabled)", closing, re.MULTILINE)
         return failed[0] if failed else f"ctest ({'takes too long' if status is None else output[-200:]})"
 
     def _run_tests(self, command, folder, name):
