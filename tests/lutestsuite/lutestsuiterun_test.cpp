@@ -122,7 +122,7 @@ TEST(SStats, StartsWithTheLargestMinimaAndNoSums)
     EXPECT_EQ(stats.endTime, L"");
 }
 
-TEST(SCounts, CountsNineResults)
+TEST(SCounts, HasACountForEachOfNineResults)
 {
     SStats::SCounts counts;
     counts.results[8] = 3;
@@ -140,7 +140,7 @@ TEST(SCallbacks, StartsEmpty)
     EXPECT_THROW(callbacks.caseFinished(ECaseRunResult::Ok), std::bad_function_call);
 }
 
-TEST(STestCase, IsOfKindOneWithADataSetFile)
+TEST(STestCase, HasKindOneWithADataSetFile)
 {
     LuTestSuite::STestCase testCase;
     testCase.dataSetFile = L"a.txt";
@@ -148,7 +148,7 @@ TEST(STestCase, IsOfKindOneWithADataSetFile)
     EXPECT_EQ(testCase.GetKind(), 1U);
 }
 
-TEST(STestCase, IsOfKindZeroWithoutADataSetFile)
+TEST(STestCase, HasKindZeroWithoutADataSetFile)
 {
     LuTestSuite::STestCase testCase;
     testCase.name = L"benannt";

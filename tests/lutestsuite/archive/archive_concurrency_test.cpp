@@ -74,7 +74,7 @@ private:
     const std::wstring m_binaryDir;
 };
 
-TEST_F(ConcurrentArchiveRuns, KeepTheReportsOfEachOther)
+TEST_F(ConcurrentArchiveRuns, KeepEachOthersReports)
 {
     const CapturedOutput output;
     std::vector<std::thread> runs;

@@ -10,7 +10,7 @@
 namespace
 {
 
-TEST(ArchiveSelection, IsTheOneOfTheCommandLine)
+TEST(ArchiveSelection, IsTakenFromTheCommandLine)
 {
     const ScopedFolder folder;
     const std::wstring file = folder.WriteFile(

@@ -83,7 +83,7 @@ TEST_F(ArchiveRuns, AreReadInFileOrder)
     EXPECT_EQ(runs[1].name, L"c");
 }
 
-TEST_F(ArchiveRuns, HaveOwnDefaults)
+TEST_F(ArchiveRuns, UseTheirOwnDefaultsForMissingElements)
 {
     const LuTestSuiteRun::SParams params = ReadParams("");
 
@@ -99,7 +99,7 @@ TEST_F(ArchiveRuns, HaveOwnDefaults)
     EXPECT_EQ(params.testCaseMax, LuTestSuiteRun::c_NoLimit);
 }
 
-TEST_F(ArchiveRuns, HaveOtherDefaultsFromTheSetup)
+TEST_F(ArchiveRuns, TakeTheRemainingDefaultsFromTheSetup)
 {
     LuTestSuiteSetup setup;
     setup.params.isolated = true;
@@ -153,7 +153,7 @@ TEST_F(ArchiveRuns, NameTheFileThatIsMissingOrCannotBeRead)
               L"Datei " + none + L" konnte nicht gelesen werden");
 }
 
-TEST_F(ArchiveRuns, RefuseWrongRootsAndBrokenFiles)
+TEST_F(ArchiveRuns, RefuseWrongRootElementsAndBrokenFiles)
 {
     for (const char* const text : {"<Config/>", "<ArchiveRun>", ""})
     {
@@ -162,7 +162,7 @@ TEST_F(ArchiveRuns, RefuseWrongRootsAndBrokenFiles)
     }
 }
 
-TEST_F(ArchiveRuns, RefuseUnknownBuildsOfAnyEntry)
+TEST_F(ArchiveRuns, RefuseAFileIfAnyEntryNamesAnUnknownBuild)
 {
     const std::string good = "<Run name=\"a\">" + std::string(c_Build) + "</Run>";
 
@@ -173,7 +173,7 @@ TEST_F(ArchiveRuns, RefuseUnknownBuildsOfAnyEntry)
     EXPECT_EQ(getMessage([&] { Read(good + "<Run/>"); }), L"Ungültige Konfiguration");
 }
 
-TEST_F(ArchiveRuns, BecomeArgumentsWithTheModulesOfTheCommandLine)
+TEST_F(ArchiveRuns, PassOnTheModulesOfTheCommandLine)
 {
     LuTestSuiteSetup setup;
     setup.dlls = {L"Eigene Tests", L"b"};
@@ -183,7 +183,7 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithTheModulesOfTheCommandLine)
                                L" -t 300 -c 4294967295 --dll \"Eigene Tests\" --dll \"b\"");
 }
 
-TEST_F(ArchiveRuns, BecomeArgumentsWithEverythingSet)
+TEST_F(ArchiveRuns, BecomeArgumentsIfAllParametersAreSet)
 {
     SArchiveRun run;
     run.dataDir = L"d//";
@@ -199,7 +199,7 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithEverythingSet)
               L" -d \"d\" --xml \"x.xml\" --html \"h.html\" -x -s -w 3 --track-heap -v -r 2 -t 5 -c 6");
 }
 
-TEST_F(ArchiveRuns, BecomeArgumentsWithNothingSet)
+TEST_F(ArchiveRuns, BecomeArgumentsIfNoFlagIsSet)
 {
     SArchiveRun run;
     run.dataDir = L"d";
@@ -211,7 +211,7 @@ TEST_F(ArchiveRuns, BecomeArgumentsWithNothingSet)
 }
 
 /// Only a root keeps its separator; a backslash must not escape the closing quotation mark.
-TEST_F(ArchiveRuns, BecomeArgumentsWithOrWithoutTrailingSeparators)
+TEST_F(ArchiveRuns, PassOnTheDataDirectoryWithoutTrailingSeparatorUnlessItIsARoot)
 {
     const bool isWindows = LbPath::c_Separator == L'\\';
     const std::vector<std::pair<std::wstring, std::wstring>> rows =
@@ -329,7 +329,7 @@ protected:
     SArchiveRun m_run;
 };
 
-TEST_F(ArchiveRunChild, MayWriteNoReports)
+TEST_F(ArchiveRunChild, LeavesTheArchiveEmptyIfItWritesNoReports)
 {
     const std::wstring text = Execute();
 
@@ -338,7 +338,7 @@ TEST_F(ArchiveRunChild, MayWriteNoReports)
     ExpectEmptyArchive();
 }
 
-TEST_F(ArchiveRunChild, MayCrash)
+TEST_F(ArchiveRunChild, LeavesTheArchiveEmptyIfItCrashes)
 {
     m_run.dataDir = m_folder.MakeFolder(L"crash");
     Execute();
@@ -377,7 +377,7 @@ TEST_F(ArchiveRunChild, HasItsReportsArchived)
     EXPECT_TRUE(GetTemporaryFiles().empty());
 }
 
-TEST_F(ArchiveRunChild, KeepsAReportThatExistsInTheArchive)
+TEST_F(ArchiveRunChild, KeepsItsTemporaryReportIfItsNameExistsInTheArchive)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");
     for (const std::wstring& stem : GetReportStems())
@@ -388,7 +388,7 @@ TEST_F(ArchiveRunChild, KeepsAReportThatExistsInTheArchive)
     ExpectOnlyThePage(Execute());
 }
 
-TEST_F(ArchiveRunChild, KeepsAReportWhenTheDiskIsFull)
+TEST_F(ArchiveRunChild, KeepsItsTemporaryReportWhenTheDiskIsFull)
 {
     const std::wstring device = GetFullDevice();
     if (device.empty())
@@ -413,7 +413,7 @@ TEST_F(ArchiveRunChild, KeepsAReportWhenTheDiskIsFull)
         << LbEncoding::ToUtf8(text);
 }
 
-TEST_F(ArchiveRunChild, KeepsTheStylesheetForPagesThatCouldNotBeArchived)
+TEST_F(ArchiveRunChild, KeepsTheTemporaryStylesheetForPagesThatCouldNotBeArchived)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");
     const std::wstring archive = m_folder.WriteFile(L"neu/Ausgabe/Archive", "");
@@ -432,7 +432,7 @@ TEST_F(ArchiveRunChild, KeepsTheStylesheetForPagesThatCouldNotBeArchived)
     EXPECT_EQ(left[1], folder + L"LuTestSuite.js");
 }
 
-TEST_F(ArchiveRunChild, KeepsItsReportsWithoutAnArchive)
+TEST_F(ArchiveRunChild, KeepsItsTemporaryReportsIfTheArchiveCannotBeMade)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");
     const std::wstring archive = m_folder.WriteFile(L"neu/Ausgabe/Archive", "");
@@ -447,7 +447,7 @@ TEST_F(ArchiveRunChild, KeepsItsReportsWithoutAnArchive)
         << LbEncoding::ToUtf8(text);
 }
 
-TEST_F(ArchiveRunChild, HasItsReportsArchivedWithoutStylesheetWhenThatCannotBeWritten)
+TEST_F(ArchiveRunChild, HasItsReportsArchivedIfTheStylesheetCannotBeWritten)
 {
     m_run.dataDir = m_folder.MakeFolder(L"reports");
     const std::wstring folder = m_folder.MakeFolder(L"neu/Ausgabe/Archive/LuTestSuite.css");
@@ -488,7 +488,7 @@ TEST_F(ArchiveRunChild, RequiresItsDirectories)
     EXPECT_EQ(getMessage([this] { Execute(); }), L"Verzeichnis " + file + LbPath::c_Separator + L" existiert nicht");
 }
 
-TEST_F(ArchiveRunChild, RemovesAFileInPlaceOfTheOverview)
+TEST_F(ArchiveRunChild, RemovesAFileNamedIndexFromTheOutputDirectory)
 {
     m_folder.WriteFile(L"neu/Ausgabe/index", "alt");
     Execute();

@@ -164,7 +164,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheirTargets)
 }
 
 /// Each link leads through another one, whose name sorts before or after its own.
-TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedWhenNoLinkPassesThroughThem)
+TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedBeforeTheLinksOnTheirPaths)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     WriteAt(L"1/CDataSetModel/d.txt", 100);
@@ -179,7 +179,7 @@ TEST_F(DuplicateLinks, ThatAreRedundantAreDeletedWhenNoLinkPassesThroughThem)
 }
 
 /// The kept link leads to a link outside the data directory, which leads back through a linked folder.
-TEST_F(DuplicateLinks, OnTheWayToAKeptFileStay)
+TEST_F(DuplicateLinks, OnThePathOfAKeptLinkAreKept)
 {
     const ScopedFolder elsewhere;
     const std::wstring file = elsewhere.WriteFile(L"x.txt", "gut");
@@ -212,7 +212,7 @@ TEST_F(DuplicateLinks, ThatAreBrokenDoNotPreventDeletion)
 }
 
 /// The name has the maximum length, so that no longer temporary name is possible.
-TEST_F(DuplicateLinks, OfTheLongestNameAreDeleted)
+TEST_F(DuplicateLinks, WithTheLongestPossibleNameAreDeleted)
 {
     const std::wstring file = WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring link = LinkAt(L"1/CDataSetModel/" + std::wstring(251, L'x') + L".txt", file);
@@ -225,7 +225,7 @@ TEST_F(DuplicateLinks, OfTheLongestNameAreDeleted)
 }
 
 /// A folder without access may contain links.
-TEST_F(DuplicateLinks, ThatCannotBeFoundPreventDeletion)
+TEST_F(DuplicateLinks, ThatMayBeInAnUnreadableFolderPreventDeletion)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
     const std::wstring copy = WriteAt(L"1/CDataSetModel/b.txt", 100);
@@ -272,7 +272,7 @@ TEST_F(DuplicateLinks, ToFoldersInAnUnreadableFolderPreventDeletion)
     EXPECT_EQ(LbFileSystem::ReadFile8Bit(inside + L"m.txt"), "gut");
 }
 
-TEST_F(DuplicateLinks, AreNotSearchedWhenNothingIsToBeDeleted)
+TEST_F(DuplicateLinks, AreNotSearchedIfThereIsNothingToDelete)
 {
     WriteAt(L"1/CDataSetModel/a.txt", 300);
 

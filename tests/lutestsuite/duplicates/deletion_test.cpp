@@ -11,7 +11,7 @@ namespace
 
 using DuplicateDeletion = DuplicatesTest;
 
-TEST_F(DuplicateDeletion, KeepsTheOldestOnly)
+TEST_F(DuplicateDeletion, KeepsOnlyTheOldestFile)
 {
     const std::wstring a = Write(L"a.txt", "gut", 100);
     const std::wstring b = Write(L"b.txt", "gut", 200);
@@ -45,7 +45,7 @@ TEST_F(DuplicateDeletion, DeletesLinksButNotTheirTargets)
     EXPECT_FALSE(LbOs::IsLink(m_folder.GetPathOf(L"CDataSetModel/b.txt")));
 }
 
-TEST_F(DuplicateDeletion, KeepsTheTargetOfALinkThatIsKept)
+TEST_F(DuplicateDeletion, KeepsTheTargetOfAKeptLink)
 {
     const std::wstring target = Write(L"b.txt", "gut", 200);
     const std::wstring copy = Write(L"c.txt", "gut", 100);
@@ -65,7 +65,7 @@ TEST_F(DuplicateDeletion, KeepsTheTargetOfALinkThatIsKept)
 }
 
 /// The oldest data set of one set is a link to a redundant data set of another set.
-TEST_F(DuplicateDeletion, KeepsTheTargetOfAKeptLinkOfAnotherSet)
+TEST_F(DuplicateDeletion, KeepsTheTargetOfAKeptLinkInAnotherSet)
 {
     const std::wstring copy = m_folder.WriteFile(L"1/CDataSetModel/c.txt", "gut");
     const std::wstring oldest = m_folder.WriteFile(L"2/CDataSetModel/x.txt", "gut");
@@ -278,7 +278,7 @@ TEST_F(DuplicateDeletion, ReportsFilesThatCannotBeDeletedAndContinues)
 }
 
 /// While the first line of the set is printed, files that are to be deleted change.
-TEST_F(DuplicateDeletion, KeepsFilesChangedMeanwhile)
+TEST_F(DuplicateDeletion, KeepsFilesChangedDuringTheDeletion)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring changed = Write(L"b.txt", "gut");
@@ -307,7 +307,7 @@ TEST_F(DuplicateDeletion, KeepsFilesChangedMeanwhile)
 }
 
 /// While the first line of the set is printed, only the bytes of a file change.
-TEST_F(DuplicateDeletion, KeepsFilesOfWhichOnlyTheBytesChanged)
+TEST_F(DuplicateDeletion, KeepsFilesWhoseBytesAloneChangedDuringTheDeletion)
 {
     const std::string content(100'000, 'x');
     Write(L"a.txt", content, 200);
@@ -332,7 +332,7 @@ TEST_F(DuplicateDeletion, KeepsFilesOfWhichOnlyTheBytesChanged)
 }
 
 /// When this deletion begins, another one has locked the folder. The other one deletes the file that this one keeps.
-TEST_F(DuplicateDeletion, WaitsForAnotherDeletionInTheFolder)
+TEST_F(DuplicateDeletion, WaitsForAnotherDeletionInTheSameFolder)
 {
     const std::wstring kept = Write(L"a.txt", "gut", 200);
     const std::wstring copy = Write(L"b.txt", "gut");
@@ -356,7 +356,7 @@ TEST_F(DuplicateDeletion, WaitsForAnotherDeletionInTheFolder)
 }
 
 /// While the first line of the set is printed, the only other file of this content gets another content.
-TEST_F(DuplicateDeletion, KeepsTheLastFileOfAContent)
+TEST_F(DuplicateDeletion, KeepsACopyIfTheKeptFileHasChanged)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring copy = Write(L"b.txt", "gut");
@@ -385,7 +385,7 @@ TEST_F(DuplicateDeletion, DeletesHardLinksOfTheKeptFile)
 
 /// On Windows, write protection prevents deletion, and all hard links of a file share the protection. After one link is
 /// deleted, the kept one must still be protected.
-TEST_F(DuplicateDeletion, LeavesTheWriteProtectionOfTheKeptFile)
+TEST_F(DuplicateDeletion, PreservesTheWriteProtectionOfTheKeptFile)
 {
     constexpr auto c_Writing = std::filesystem::perms::owner_write;
     const std::filesystem::path kept = Write(L"a.txt", "gut");
@@ -402,7 +402,7 @@ TEST_F(DuplicateDeletion, LeavesTheWriteProtectionOfTheKeptFile)
 }
 
 /// While the first line of the set is printed, another program opens a file that is to be deleted.
-TEST_F(DuplicateDeletion, ReportsHeldFilesThatCannotBeDeletedAndContinues)
+TEST_F(DuplicateDeletion, ReportsFilesThatAreHeldOpenAndContinues)
 {
     Write(L"a.txt", "gut", 200);
     const std::wstring held = Write(L"b.txt", "gut");

@@ -21,7 +21,7 @@ TEST_F(Duplicates, AreListedWithTheOldestFirst)
 
 /// Two files have the same highest age, and a younger file precedes them: the first of the two must be kept, not the
 /// first or the last of all files.
-TEST_F(Duplicates, KeepTheFirstFileIfAgesAreEqual)
+TEST_F(Duplicates, ListTheFirstOfEquallyOldFilesFirst)
 {
     Write(L"a.txt", "gut", 100);
     Write(L"b.txt", "gut", 200);
@@ -30,7 +30,7 @@ TEST_F(Duplicates, KeepTheFirstFileIfAgesAreEqual)
     EXPECT_NE(Detect(eDM_List).find(L"    b.txt\n    a.txt\n    c.txt\n"), std::wstring::npos);
 }
 
-TEST_F(Duplicates, AreOrderedBySetsOfFirstAppearance)
+TEST_F(Duplicates, AreListedInSetsOrderedByTheirFirstFiles)
 {
     Write(L"a.txt", "gut 1");
     Write(L"b.txt", "gut 2");
@@ -46,7 +46,7 @@ TEST_F(Duplicates, AreOrderedBySetsOfFirstAppearance)
     EXPECT_TRUE(text.ends_with(GetSummary(1, 2)));
 }
 
-TEST_F(Duplicates, AreOnlyListedInTheListMode)
+TEST_F(Duplicates, AreNotDeletedInTheListMode)
 {
     const std::wstring a = Write(L"a.txt", "gut");
     const std::wstring b = Write(L"b.txt", "gut");
@@ -56,7 +56,7 @@ TEST_F(Duplicates, AreOnlyListedInTheListMode)
     EXPECT_TRUE(LbFileSystem::IsFile(b));
 }
 
-TEST_F(Duplicates, AreOnlySearchedInTheModeNone)
+TEST_F(Duplicates, AreNotListedInTheModeNone)
 {
     Write(L"a.txt", "gut");
     Write(L"b.txt", "gut");
@@ -72,7 +72,7 @@ TEST_F(Duplicates, DoNotSpanUnitTests)
     EXPECT_TRUE(Detect(eDM_List).ends_with(L"\n\n" + GetSummary(2, 0)));
 }
 
-TEST_F(Duplicates, MayBeEmptyFiles)
+TEST_F(Duplicates, IncludeEmptyFiles)
 {
     Write(L"a.txt", "");
     Write(L"b.txt", "");
@@ -85,7 +85,7 @@ TEST_F(Duplicates, DoNotExistWithoutUnitTests)
     EXPECT_EQ(Detect(eDM_List), L"\n" + GetSummary(0, 0));
 }
 
-TEST_F(Duplicates, AreSearchedInTheSelection)
+TEST_F(Duplicates, AreSearchedInSelectedCasesOnly)
 {
     Write(L"a.txt", "gut");
     Write(L"b.txt", "gut");
@@ -96,7 +96,7 @@ TEST_F(Duplicates, AreSearchedInTheSelection)
     EXPECT_EQ(Detect(setup), GetCheck() + GetSummary(1, 0));
 }
 
-TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
+TEST_F(Duplicates, ExcludeAFileThatIsTheBeginningOfAnother)
 {
     Write(L"a.txt", std::string(100, 'x'));
     Write(L"b.txt", std::string(99, 'x'));
@@ -106,7 +106,7 @@ TEST_F(Duplicates, DifferWhenOneIsTheBeginningOfTheOther)
 }
 
 /// Opening a pipe without a writer would block.
-TEST_F(Duplicates, DoNotWaitForPipes)
+TEST_F(Duplicates, AreSearchedWithoutWaitingForPipes)
 {
     Write(L"b.txt", "gut");
     Write(L"c.txt", "gut");
@@ -123,7 +123,7 @@ TEST_F(Duplicates, DoNotWaitForPipes)
 }
 
 /// Two files can be opened but not read: a small one, and a large one that is read in pieces.
-TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
+TEST_F(Duplicates, AreFoundDespiteFilesWithLockedBytes)
 {
     constexpr std::uint32_t c_Large = 1 << 20;
     const std::wstring small = Write(L"a.txt", "gut");
@@ -148,7 +148,7 @@ TEST_F(Duplicates, ReportHeldBytesThatCannotBeReadAndGoOn)
 
 /// Tests sizes just below and above the limits at which the way of reading changes. Each size has two equal files and
 /// one that differs in its last byte.
-TEST_F(Duplicates, AreFoundAtAnySize)
+TEST_F(Duplicates, AreFoundInFilesOfAnySize)
 {
     constexpr std::size_t c_Piece = 64 * 1024;
     int sets = 0;
@@ -178,7 +178,7 @@ TEST_F(Duplicates, AreFoundAtAnySize)
     EXPECT_TRUE(text.ends_with(GetSummary(1, sets))) << LbEncoding::ToUtf8(text);
 }
 
-TEST_F(Duplicates, ReportWhatCannotBeReadAndGoOn)
+TEST_F(Duplicates, AreFoundDespiteUnreadableFiles)
 {
     const std::wstring memory = L"/proc/self/mem";
     Write(L"b.txt", "gut");
@@ -204,7 +204,7 @@ TEST_F(Duplicates, DoNotExistAmongNamedCases)
     EXPECT_TRUE(Detect(eDM_Delete).ends_with(L"\n\n" + GetSummary(1, 0)));
 }
 
-TEST_F(Duplicates, ExcludeFilesThatAreTooLong)
+TEST_F(Duplicates, ExcludeFilesOfFourGigabytes)
 {
     const std::wstring a = Write(L"a.txt", "gut");
     const std::wstring b = Write(L"b.txt", "gut");
@@ -265,7 +265,7 @@ TEST_F(DuplicateLengths, AreLimitedTo32Bits)
 }
 
 /// Unreadable files cause a line only if they are read.
-TEST_F(Duplicates, AreNotReadIfSizeOrBeginningDiffer)
+TEST_F(Duplicates, AreSearchedWithoutReadingFilesOfDifferentSizeOrBeginning)
 {
     constexpr std::uint32_t c_Large = 1 << 20;
     const std::wstring alone = Write(L"a.txt", "allein");
@@ -311,7 +311,7 @@ TEST_F(Duplicates, NeedNoMemoryForFilesThatAreNotRead)
 }
 
 /// Lines have the order of the cases, not the order in which files fail.
-TEST_F(Duplicates, ReportWhatCannotBeReadInTheOrderOfCases)
+TEST_F(Duplicates, ReportUnreadableFilesInTheOrderOfCases)
 {
     const std::wstring memory = L"/proc/self/mem";
     Write(L"c.txt", "gut");
@@ -356,7 +356,7 @@ TEST_F(Duplicates, NeedMemoryForTheLongestFileOnly)
 }
 
 /// Without a working directory, relative paths have no meaning.
-TEST_F(Duplicates, DoNotExistInADeletedWorkingDirectory)
+TEST_F(Duplicates, RefuseRelativePathsInADeletedWorkingDirectory)
 {
     const ScopedFolder parent;
     const std::wstring gone = LbPath::WithoutSeparator(parent.MakeFolder(L"weg"));
@@ -386,7 +386,7 @@ TEST_F(Duplicates, DoNotExistInADeletedWorkingDirectory)
 }
 
 /// An empty path with a separator would be the root directory.
-TEST_F(Duplicates, DoNotExistWithoutADirectory)
+TEST_F(Duplicates, AreNotSearchedWithoutADataDirectory)
 {
     LuTestSuiteSetup setup = MakeSetup(L"");
     setup.duplicateMode = eDM_Delete;
@@ -396,7 +396,7 @@ TEST_F(Duplicates, DoNotExistWithoutADirectory)
                              L"Redundante Datensätze darin: 0\n");
 }
 
-TEST_F(Duplicates, ReportHeldFilesThatCannotBeReadAndGoOn)
+TEST_F(Duplicates, AreFoundDespiteFilesThatAreHeldOpen)
 {
     const std::shared_ptr<void> hold = LbOs::HoldFile(Write(L"a.txt", "gut"));
     Write(L"b.txt", "gut");

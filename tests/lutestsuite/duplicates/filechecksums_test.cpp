@@ -31,7 +31,7 @@ LuMurmurHash3::S128 GetChecksum(const std::string& content)
 
 /// Tests sizes around those of the checksum's blocks and of the pieces that are read. Each file is longer or shorter
 /// than the one before.
-TEST(FileChecksums, AreThoseOfTheWholeContent)
+TEST(FileChecksums, CoverTheWholeContent)
 {
     constexpr std::size_t c_Piece = 128 * 1024;
     const ScopedFolder folder;
@@ -44,7 +44,7 @@ TEST(FileChecksums, AreThoseOfTheWholeContent)
     }
 }
 
-TEST(FileChecksums, OfBeginningsIgnoreTheRest)
+TEST(FileChecksums, OfBeginningsIgnoreTheRestOfTheFile)
 {
     const ScopedFolder folder;
     CFileChecksums checksums;
@@ -56,7 +56,7 @@ TEST(FileChecksums, OfBeginningsIgnoreTheRest)
 }
 
 /// A file in /proc has the size 0 but contains bytes, like a file that grows while it is read.
-TEST(FileChecksums, DoNotExistForAFileWithMoreBytesThanItsSize)
+TEST(FileChecksums, FailForAFileWithMoreBytesThanItsSize)
 {
     const std::wstring path = L"/proc/self/status";
     if (!LbFileSystem::IsFile(path))

@@ -62,7 +62,7 @@ protected:
 
 } // namespace
 
-TEST_F(Links, LeadToTheirFileOnce)
+TEST_F(Links, LeadToTheirFile)
 {
     const std::wstring target = m_folder.WriteFile(L"Ziel.txt", "");
     Link(L"a.txt", target);
@@ -70,7 +70,7 @@ TEST_F(Links, LeadToTheirFileOnce)
     EXPECT_THAT(FindChain(L"a.txt"), ElementsAre(GetPlaceOf(L"Ziel.txt")));
 }
 
-TEST_F(Links, LeadThroughOtherLinks)
+TEST_F(Links, LeadThroughOtherLinksToTheirFile)
 {
     Link(L"b.txt", m_folder.WriteFile(L"Ziel.txt", ""));
     Link(L"a.txt", m_folder.GetPathOf(L"b.txt"));
@@ -78,7 +78,7 @@ TEST_F(Links, LeadThroughOtherLinks)
     EXPECT_THAT(FindChain(L"a.txt"), ElementsAre(GetPlaceOf(L"b.txt"), GetPlaceOf(L"Ziel.txt")));
 }
 
-TEST_F(Links, ToNothingLeadNowhere)
+TEST_F(Links, WithoutATargetHaveAnEmptyChain)
 {
     Link(L"a.txt", m_folder.GetPathOf(L"fehlt.txt"));
     Link(L"b.txt", m_folder.GetPathOf(std::wstring(L"fehlt") + LbPath::c_Separator + L"Ziel.txt"));
@@ -91,7 +91,7 @@ TEST_F(Links, ToNothingLeadNowhere)
     EXPECT_THAT(links.unreadPlaces, IsEmpty());
 }
 
-TEST_F(Links, ThroughALinkToNothingLeadToThatLink)
+TEST_F(Links, ToABrokenLinkEndAtThatLink)
 {
     Link(L"b.txt", m_folder.GetPathOf(L"fehlt.txt"));
     Link(L"a.txt", m_folder.GetPathOf(L"b.txt"));

@@ -64,7 +64,7 @@ TEST_F(PlaceUses, OfAFileDoNotProtectItsHardLinks)
 }
 
 /// Tests a file with one name and a file with several names.
-TEST_F(PlaceUses, MatchEntriesInOtherLetterCase)
+TEST_F(PlaceUses, MatchFileNamesInOtherLetterCase)
 {
     const std::wstring a = Write(L"a.txt");
     const std::wstring other = LbPath::GetParent(a) + L"A.TXT";
@@ -79,7 +79,7 @@ TEST_F(PlaceUses, MatchEntriesInOtherLetterCase)
     EXPECT_TRUE(m_uses.Has(a));
 }
 
-TEST_F(PlaceUses, MatchEntriesInAFolderWithTwoNames)
+TEST_F(PlaceUses, MatchFilesInAFolderWithTwoPaths)
 {
     const std::wstring a = Write(L"1/a.txt");
     const std::wstring alias = m_folder.MakeFolder(L"auch");

@@ -72,14 +72,14 @@ TEST(BuildRecord, ReadsUtf8AndLatin1)
     EXPECT_EQ(ReadPscmRecord("ChangesetAuthor: J\xF6rg")->ChangesetAuthor, L"Jörg");
 }
 
-TEST(BuildRecord, OfThisBuildIsPscmOnly)
+TEST(BuildRecord, OfThisBuildIsAPscmRecord)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetSvnInfo(), nullptr);
     EXPECT_NE(LuTestSuiteUtils::GetPscmInfo(), nullptr);
     EXPECT_TRUE(LuTestSuiteUtils::LoadResourceToString(L"IDR_PSCMINFO", L"PSCMINFOFILE").starts_with("WorkspacePath:"));
 }
 
-TEST(BuildRecord, OfAProductIsBesideItsHosts)
+TEST(BuildRecord, OfAProductIsReadFromTheFileBesideItsHosts)
 {
     const ScopedFolder folder;
     EXPECT_EQ(FindPscmRecord(folder.GetPath(), "Branch: own")->Branch, L"own");
@@ -88,7 +88,7 @@ TEST(BuildRecord, OfAProductIsBesideItsHosts)
     EXPECT_EQ(FindPscmRecord(folder.GetPath(), "Branch: own")->Branch, L"product");
 }
 
-TEST(BuildRecord, OfAnUnknownProductIsAbsent)
+TEST(BuildRecord, OfAProductWithAnEmptyFileIsAbsent)
 {
     const ScopedFolder folder;
     folder.WriteFile(LuTestSuite::c_BuildRecordFile, "");

@@ -47,7 +47,7 @@ protected:
     void SetUp() override
     {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        GTEST_SKIP() << "sanitizers end what crashes";
+        GTEST_SKIP() << "sanitizers handle crashes themselves";
 #endif
     }
 
@@ -76,7 +76,7 @@ protected:
     const ScopedFolder m_folder;
 };
 
-TEST_F(CrashNotes, NameTheCaseThatIsRecreated)
+TEST_F(CrashNotes, NameACaseThatCrashesWhileItIsRecreated)
 {
     const auto report = ReadReport([] {
         LuTestSuite::SUnitTest unitTest;
@@ -90,7 +90,7 @@ TEST_F(CrashNotes, NameTheCaseThatIsRecreated)
     });
     if (!report)
     {
-        GTEST_SKIP() << "processes do not fork";
+        GTEST_SKIP() << "processes do not fork here";
     }
 
     EXPECT_TRUE(report->starts_with("Fehler: Absturz beim Neuerzeugen von 'CrashingRecreateModel:Fall': SIGSEGV"))
@@ -109,7 +109,7 @@ TEST_F(CrashNotes, NameTheOuterActivityOnceTheInnerOneHasEnded)
     });
     if (!report)
     {
-        GTEST_SKIP() << "processes do not fork";
+        GTEST_SKIP() << "processes do not fork here";
     }
 
     EXPECT_TRUE(report->starts_with("Fehler: Absturz in 'COuter:außen': SIGSEGV")) << *report;
@@ -132,7 +132,7 @@ void occupyPlaces(std::size_t count)
     }
 }
 
-TEST_F(CrashNotes, ReportACrashWithoutItsCaseWhereTooManyThreadsRunCases)
+TEST_F(CrashNotes, OmitTheCaseOfACrashIfTooManyThreadsRunCases)
 {
     constexpr std::size_t c_Places = 512;
     const auto report = ReadReport([] {
@@ -143,7 +143,7 @@ TEST_F(CrashNotes, ReportACrashWithoutItsCaseWhereTooManyThreadsRunCases)
     });
     if (!report)
     {
-        GTEST_SKIP() << "processes do not fork";
+        GTEST_SKIP() << "processes do not fork here";
     }
 
     EXPECT_TRUE(report->starts_with("Fehler: Absturz: SIGSEGV")) << *report;
@@ -153,7 +153,7 @@ TEST_F(CrashNotes, ReportACrashWithoutItsCaseWhereTooManyThreadsRunCases)
     EXPECT_EQ(std::count(report->begin() + static_cast<std::ptrdiff_t>(others), report->end(), ':'), 1 + c_Places);
 }
 
-TEST_F(CrashNotes, NameTheCaseOfAThreadThatGotThePlaceOfAnEndedOne)
+TEST_F(CrashNotes, NameTheCaseOfAThreadThatReusesThePlaceOfAnEndedThread)
 {
     constexpr std::size_t c_Threads = 600;
     const auto report = ReadReport([] {
@@ -167,7 +167,7 @@ TEST_F(CrashNotes, NameTheCaseOfAThreadThatGotThePlaceOfAnEndedOne)
     });
     if (!report)
     {
-        GTEST_SKIP() << "processes do not fork";
+        GTEST_SKIP() << "processes do not fork here";
     }
 
     EXPECT_TRUE(report->starts_with("Fehler: Absturz in 'CLate:rechtzeitig': SIGSEGV")) << *report;

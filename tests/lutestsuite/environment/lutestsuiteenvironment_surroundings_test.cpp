@@ -97,7 +97,7 @@ std::pair<bool, bool> findContainerAndClock()
 }
 
 // A single test, because all processes of this program share the path of the file.
-TEST(LuTestSuiteEnvironment, SharesTheContainerOfItsFileOrTheDefaultContainer)
+TEST(LuTestSuiteEnvironment, ProvidesTheContainerOfItsFileOrADefaultContainer)
 {
     const CContainerPlace place;
     ASSERT_TRUE(place.IsEmpty());

@@ -52,7 +52,7 @@ TEST(LuTestSuiteEnvironment, StartsTheMessageDispatcher)
     EXPECT_TRUE(LbMessageDispatcher::GetInstance().IsRunning());
 }
 
-TEST(LuTestSuiteEnvironment, LeavesARunningMessageDispatcherAlone)
+TEST(LuTestSuiteEnvironment, KeepsARunningMessageDispatcher)
 {
     ASSERT_TRUE(LbMessageDispatcher::GetInstance().Start());
     bool isHandled = false;
@@ -88,7 +88,7 @@ TEST(LuTestSuiteEnvironment, WaitsForPostedMessagesAndTasksAtItsEnd)
     EXPECT_TRUE(isDone);
 }
 
-TEST(LuTestSuiteEnvironment, EndsWithoutDispatcherAndPool)
+TEST(LuTestSuiteEnvironment, EndsAfterDispatcherAndPoolHaveBeenShutDown)
 {
     const LuTestSuiteEnvironment environment;
 
@@ -121,7 +121,7 @@ TEST(LuTestSuiteEnvironment, PrintsNothing)
     EXPECT_EQ(output.GetText(), L"");
 }
 
-TEST(LuTestSuiteEnvironment, MovesTheWorkingDirectoryToTheExecutable)
+TEST(LuTestSuiteEnvironment, SetsTheWorkingDirectoryToTheFolderOfTheExecutable)
 {
     const ScopedFolder folder;
     const ScopedWorkingDirectory workingDirectory(folder.GetPath());
@@ -133,7 +133,7 @@ TEST(LuTestSuiteEnvironment, MovesTheWorkingDirectoryToTheExecutable)
     EXPECT_EQ(GetWorkingDirectoryString(), LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
 }
 
-TEST(LuTestSuiteEnvironment, RestoresTheWorkingDirectoryOfItsConstruction)
+TEST(LuTestSuiteEnvironment, RestoresTheWorkingDirectoryThatItStartedWith)
 {
     const ScopedFolder folder;
     const std::wstring later = folder.MakeFolder(L"später");
@@ -216,7 +216,7 @@ TEST_F(LoadDLL, RegistersTheClassesOfAModule)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(LoadDLL, KeepsModulesLoadedAfterTheEnvironment)
+TEST_F(LoadDLL, KeepsModulesLoadedAfterTheEnvironmentIsDestroyed)
 {
     {
         LuTestSuiteEnvironment environment;
@@ -286,7 +286,7 @@ TEST_F(LoadDLL, LooksBesideTheExecutableOnly)
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(LoadDLL, IsSilentForTheFixedList)
+TEST_F(LoadDLL, IsSilentForTheFixedListOfTestModules)
 {
     m_environment.LoadTestDLLs();
 

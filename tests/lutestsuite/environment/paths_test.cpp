@@ -21,19 +21,19 @@ std::wstring Native(std::wstring path)
     return path;
 }
 
-TEST(AddBackslash, AppendsOneUnlessThereIsOne)
+TEST(AddBackslash, AppendsASeparatorUnlessThereIsOne)
 {
     EXPECT_EQ(LuTestSuiteUtils::AddBackslash(Native(L"a/b")), Native(L"a/b/"));
     EXPECT_EQ(LuTestSuiteUtils::AddBackslash(Native(L"a/b/")), Native(L"a/b/"));
 }
 
-TEST(RemoveBackslash, RemovesOne)
+TEST(RemoveBackslash, RemovesOneTrailingSeparator)
 {
     EXPECT_EQ(LuTestSuiteUtils::RemoveBackslash(Native(L"a/b/")), Native(L"a/b"));
     EXPECT_EQ(LuTestSuiteUtils::RemoveBackslash(Native(L"a/b//")), Native(L"a/b/"));
 }
 
-TEST(RemoveBackslash, LeavesAPathWithoutOne)
+TEST(RemoveBackslash, LeavesAPathWithoutTrailingSeparatorUnchanged)
 {
     EXPECT_EQ(LuTestSuiteUtils::RemoveBackslash(Native(L"a/b")), Native(L"a/b"));
     EXPECT_EQ(LuTestSuiteUtils::RemoveBackslash(L""), L"");
@@ -46,7 +46,7 @@ TEST(GetFileNameOnly, ReturnsTheLastComponent)
     EXPECT_EQ(LuTestSuiteUtils::GetFileNameOnly(L""), L"");
 }
 
-TEST(GetFileNameOnly, ReturnsTheFolderOfADirectoryString)
+TEST(GetFileNameOnly, ReturnsTheLastFolderOfADirectoryString)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetFileNameOnly(Native(L"a/CTest/")), L"CTest");
 }
@@ -57,7 +57,7 @@ TEST(GetPrunedPath, ReturnsThePathWithoutItsLastComponent)
     EXPECT_EQ(LuTestSuiteUtils::GetPrunedPath(Native(L"a/b/")), Native(L"a/"));
 }
 
-TEST(GetPrunedPath, ReturnsAnEmptyPathForOneComponent)
+TEST(GetPrunedPath, ReturnsAnEmptyPathForASingleComponent)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetPrunedPath(L"datei.txt"), L"");
 }
@@ -95,7 +95,7 @@ TEST_F(SplitFileName, ReturnsNoNameForADirectoryString)
     EXPECT_EQ(m_name, L"");
 }
 
-TEST_F(SplitFileName, AcceptsOneOfItsResultsAsThePath)
+TEST_F(SplitFileName, AcceptsTheSameVariableForPathAndResult)
 {
     m_folder = Native(L"a/b");
     LuTestSuiteUtils::SplitFileName(m_folder, m_folder, m_name);
@@ -121,7 +121,7 @@ TEST(AssertDirectory, AcceptsAnExistingDirectory)
     EXPECT_TRUE(LuTestSuiteUtils::AssertDirectory(folder.GetPath()));
 }
 
-TEST(AssertDirectory, FailsIfAFileExistsThere)
+TEST(AssertDirectory, FailsIfThePathIsAFile)
 {
     const ScopedFolder folder;
 
@@ -135,7 +135,7 @@ TEST(GetLocalTestSuiteDir, LiesInThePerUserFolder)
     EXPECT_EQ(LuTestSuiteUtils::GetLocalTestSuiteDir(), user.GetPath() + Native(L"LuTestSuite/Orvell/"));
 }
 
-TEST(GetLocalTestSuiteDir, CreatesBothLevels)
+TEST(GetLocalTestSuiteDir, CreatesMissingFolders)
 {
     const ScopedUserFolder user;
     ASSERT_FALSE(LbFileSystem::Exists(user.GetPath() + L"LuTestSuite"));

@@ -100,7 +100,7 @@ TEST(ExecuteWithTimeout, IsSilentWhenTheProcessEndsInTime)
     EXPECT_EQ(output.GetText(), L"");
 }
 
-TEST(ExecuteWithTimeout, TerminatesTheProcessAndWarns)
+TEST(ExecuteWithTimeout, TerminatesTheProcessAfterTheTimeoutAndWarns)
 {
     const CapturedOutput output;
     LuTestSuiteUtils::ExecuteWithTimeout(getProbe(), L"sleep", L"", 1);
@@ -191,7 +191,7 @@ TEST(ExecuteWithTimeout, WarnsWhenTheProcessCannotBeStarted)
     EXPECT_EQ(output.GetLines()[2], CapturedOutput::Plain(L"         Working Directory: dort\n"));
 }
 
-TEST(KillAllByName, EndsAllProcessesOfTheName)
+TEST(KillAllByName, EndsAllProcessesWithTheName)
 {
     const ProgramCopy program(L"processprobe", L"Probe-" + LbUniqueId::Generate());
     LbOs::SChildOptions options;
@@ -269,7 +269,7 @@ TEST(CheckForSameParentProcess, IsTrueForAChildOfTheSameExecutable)
     EXPECT_EQ(child->GetExitStatus(), 0);
 }
 
-TEST(CheckForSameParentProcess, FailsWhenTheParentHasEnded)
+TEST(CheckForSameParentProcess, ThrowsWhenTheParentHasEnded)
 {
     const std::wstring name = LbUniqueId::Generate();
     const ScopedEnvironmentVariable variable(L"LUTESTSUITE_TEST_READY", name);
@@ -335,7 +335,7 @@ TEST(OsProcesses, ContainTheCurrentProcess)
 }
 
 /// After the listing, another process may have got the id, so the name is compared, too.
-TEST(OsProcesses, AreKilledUnderTheirOwnNameOnly)
+TEST(OsProcesses, AreKilledOnlyIfTheirNameMatches)
 {
     if (LbPath::c_Separator == L'\\')
     {

@@ -30,7 +30,7 @@ TEST(LoadResourceToString, IsEmptyForAnUnknownName)
     EXPECT_EQ(LuTestSuiteUtils::LoadResourceToString(L"", L""), "");
 }
 
-TEST(LoadResourceToString, IsEmptyForAnotherType)
+TEST(LoadResourceToString, IsEmptyForTheWrongType)
 {
     EXPECT_EQ(LuTestSuiteUtils::LoadResourceToString(L"IDR_HTML_REPORT_CSS", L"JSFILE"), "");
 }
@@ -40,7 +40,7 @@ TEST(DefaultStylesheet, IsTheEmbeddedFile)
     EXPECT_TRUE(LuTestSuiteUtils::GetDefaultStylesheet() == readSource(L"htmlreport.css"));
 }
 
-TEST(DefaultStylesheet, HasEveryClassOfThePages)
+TEST(DefaultStylesheet, StylesEveryClassOfThePages)
 {
     const std::string text = LuTestSuiteUtils::GetDefaultStylesheet();
     for (const char* selector : {"tr.ok", "tr.failure", "tr.error", "tr.warning", "tr.diff", "tr.better", "tr.worse",
@@ -50,7 +50,7 @@ TEST(DefaultStylesheet, HasEveryClassOfThePages)
     }
 }
 
-TEST(DefaultStylesheet, FitsIntoAnyPage)
+TEST(DefaultStylesheet, ContainsOnlyAsciiWithoutMarkup)
 {
     // Only ASCII, which is the same in every encoding, and no markup characters.
     EXPECT_TRUE(std::ranges::all_of(LuTestSuiteUtils::GetDefaultStylesheet(), [](char character) {

@@ -63,7 +63,7 @@ TEST_F(CAllocationMapTest, StartsEmpty)
     EXPECT_EQ(m_map->GetCount(), 0U);
 }
 
-TEST_F(CAllocationMapTest, DoublesIts128BucketsAtThreeQuarters)
+TEST_F(CAllocationMapTest, DoublesIts128BucketsWhenTheyAreThreeQuartersFull)
 {
     for (std::uint64_t address = 1; address < 96; ++address)
     {
@@ -108,7 +108,7 @@ TEST_F(CAllocationMapTest, AgreesWithAStandardMap)
     EXPECT_EQ(found, expected);
 }
 
-TEST_F(CAllocationMapTest, IsEmptyAfterClearAndTakesEntriesAgain)
+TEST_F(CAllocationMapTest, IsEmptyAfterClearAndAcceptsEntriesAgain)
 {
     for (std::uint64_t address = 1; address <= 10'000; ++address)
     {

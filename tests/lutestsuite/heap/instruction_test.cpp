@@ -30,7 +30,7 @@ ERelative relativeOf(const Bytes& code)
 
 } // namespace
 
-TEST(Instruction, OneByteCodesHaveTheirOperands)
+TEST(Instruction, OneByteOpcodesIncludeTheirOperands)
 {
     EXPECT_EQ(lengthOf({0x90}), 1);                         // nop
     EXPECT_EQ(lengthOf({0xC2, 0x08, 0x00}), 3);             // ret 8
@@ -52,7 +52,7 @@ TEST(Instruction, PrefixesChangeSizesOfOperands)
     EXPECT_EQ(lengthOf({0x48, 0x66, 0xB8, 1, 2}), 5);              // REX in the wrong place does not count
 }
 
-TEST(Instruction, ModRMTellsTheDisplacement)
+TEST(Instruction, ModRMDeterminesTheDisplacement)
 {
     EXPECT_EQ(lengthOf({0x8B, 0xC1}), 2);                   // mov eax, ecx
     EXPECT_EQ(lengthOf({0x8B, 0x01}), 2);                   // mov eax, [rcx]
@@ -65,7 +65,7 @@ TEST(Instruction, ModRMTellsTheDisplacement)
     EXPECT_EQ(lengthOf({0x0F, 0x20, 0x05}), 3);             // mov rbp, cr0: never memory
 }
 
-TEST(Instruction, RipRelativeOperandsAreSeen)
+TEST(Instruction, RipRelativeOperandsAreRecognised)
 {
     const auto instruction = DecodeInstruction(Bytes{0x48, 0x8B, 0x05, 0x10, 0x00, 0x00, 0x00});
     ASSERT_TRUE(instruction);
@@ -75,7 +75,7 @@ TEST(Instruction, RipRelativeOperandsAreSeen)
     EXPECT_FALSE(DecodeInstruction(Bytes{0x8B, 0x04, 0x25, 1, 2, 3, 4})->isRipRelative);
 }
 
-TEST(Instruction, TestHasAnImmediateUnlikeItsNeighbours)
+TEST(Instruction, TestInstructionHasAnImmediateUnlikeNotAndNeg)
 {
     EXPECT_EQ(lengthOf({0xF6, 0xC0, 1}), 3);          // test al, 1
     EXPECT_EQ(lengthOf({0xF6, 0xD0}), 2);             // not al
@@ -83,7 +83,7 @@ TEST(Instruction, TestHasAnImmediateUnlikeItsNeighbours)
     EXPECT_EQ(lengthOf({0xF7, 0xD8}), 2);             // neg eax
 }
 
-TEST(Instruction, VectorPrefixesLeadToTheirMaps)
+TEST(Instruction, VectorPrefixesSelectTheirOpcodeMaps)
 {
     EXPECT_EQ(lengthOf({0xC5, 0xF8, 0x77}), 3);                         // vzeroupper
     EXPECT_EQ(lengthOf({0xC5, 0xF9, 0x70, 0xC0, 1}), 5);                // vpshufd xmm0, xmm0, 1
@@ -111,7 +111,7 @@ TEST(Instruction, RelativeBranchesAreRecognised)
     EXPECT_EQ(relativeOf({0xFF, 0xE0}), ERelative::None);
 }
 
-TEST(Instruction, DestinationsCountFromTheInstructionsEnd)
+TEST(Instruction, DestinationsAreRelativeToTheEndOfTheInstruction)
 {
     const Bytes backward = {0xEB, 0xFE};
     EXPECT_EQ(LuTestSuite::GetRelativeDestination(*DecodeInstruction(backward), backward.data(), 0x1000), 0x1000U);
@@ -150,7 +150,7 @@ TEST(Instruction, TruncatedInstructionsAreRefused)
     }
 }
 
-TEST(Instruction, DecodedLengthNeverExceedsTheBytes)
+TEST(Instruction, DecodedLengthNeverExceedsTheGivenBytes)
 {
     std::mt19937 random(12345);
     for (int round = 0; round < 200'000; ++round)

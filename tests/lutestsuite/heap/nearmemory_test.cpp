@@ -68,7 +68,7 @@ TEST_F(NearMemory, IsInReachOfAFunctionAndWritable)
     std::memset(reinterpret_cast<void*>(place), 1, m_size);
 }
 
-TEST_F(NearMemory, IsNeverGivenOutTwice)
+TEST_F(NearMemory, IsNeverAllocatedTwice)
 {
     const std::uintptr_t first = Allocate(c_Target);
     const std::uintptr_t second = Allocate(c_Target);

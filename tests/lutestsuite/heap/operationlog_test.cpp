@@ -75,7 +75,7 @@ TEST_F(OperationLog, ReplaysEachOperationOnce)
     EXPECT_EQ(s_Replayed.size(), 2U);
 }
 
-TEST_F(OperationLog, TakesOperationsAfterAReplay)
+TEST_F(OperationLog, AcceptsOperationsAfterAReplay)
 {
     Append(1);
     Replay();
@@ -85,7 +85,7 @@ TEST_F(OperationLog, TakesOperationsAfterAReplay)
     EXPECT_EQ(s_Replayed.size(), 4U);
 }
 
-TEST_F(OperationLog, ForgetsAbandonedOperations)
+TEST_F(OperationLog, DropsAbandonedOperations)
 {
     Append(2);
     m_log.Abandon();

@@ -28,7 +28,7 @@ TEST_F(CPatchEngineMoving, ShortConditionalJumpIsMoved)
     expectMovable(CodePages{0x31, 0xC0, 0x74, 1, 0xCC, 0xB8, 9, 0, 0, 0, 0xC3}, 9);
 }
 
-TEST_F(CPatchEngineMoving, ShortConditionalJumpNotTakenIsMoved)
+TEST_F(CPatchEngineMoving, UntakenShortConditionalJumpIsMoved)
 {
     // xor eax, eax; jnz to int3; jumps on
     expectMovable(CodePages{0x31, 0xC0, 0x75, 6, 0x90, 0xB8, 9, 0, 0, 0, 0xC3, 0xCC}, 9);
@@ -41,7 +41,7 @@ TEST_F(CPatchEngineMoving, NearConditionalJumpInTheFirstNineBytesIsMoved)
                   10);
 }
 
-TEST_F(CPatchEngineMoving, PushesAndStackPointerAreMoved)
+TEST_F(CPatchEngineMoving, PushesAndAStackAdjustmentAreMoved)
 {
     // The start of malloc in Wine's C library: push rsi; push rbx; sub rsp, 28h; later the reverse.
     expectMovable(
@@ -54,7 +54,7 @@ TEST_F(CPatchEngineMoving, PartlyPatchedLongInstructionIsMoved)
     expectMovable(CodePages{0x48, 0x8D, 0xA4, 0x24, 0, 0, 0, 0, 0xB8, 21, 0, 0, 0, 0xC3}, 21);
 }
 
-TEST_F(CPatchEngineMoving, CallBehindTheStackPointerIsMoved)
+TEST_F(CPatchEngineMoving, CallAfterAStackAdjustmentIsMoved)
 {
     // The start of functions in the Windows C library: sub rsp, 28h; call. The target of the call is behind add rsp,
     // 28h and ret.
@@ -62,7 +62,7 @@ TEST_F(CPatchEngineMoving, CallBehindTheStackPointerIsMoved)
         CodePages{0x48, 0x83, 0xEC, 0x28, 0xE8, 5, 0, 0, 0, 0x48, 0x83, 0xC4, 0x28, 0xC3, 0xB8, 22, 0, 0, 0, 0xC3}, 22);
 }
 
-TEST_F(CPatchEngineMoving, FunctionsOfTheHeapCanBeMoved)
+TEST_F(CPatchEngineMoving, HeapFunctionsCanBePatched)
 {
     const LbOs::SHeapFunctions functions = LbOs::GetHeapFunctions();
     for (void* const target : {functions.malloc, functions.free, functions.realloc})
@@ -79,7 +79,7 @@ TEST_F(CPatchEngineMoving, LoopIsMoved)
     expectMovable(CodePages{0x6A, 2, 0x59, 0xE2, 6, 0xB8, 11, 0, 0, 0, 0xC3, 0xB8, 12, 0, 0, 0, 0xC3}, 12);
 }
 
-TEST_F(CPatchEngineMoving, LoopNotTakenIsMoved)
+TEST_F(CPatchEngineMoving, UntakenLoopIsMoved)
 {
     expectMovable(CodePages{0x6A, 1, 0x59, 0xE2, 6, 0xB8, 11, 0, 0, 0, 0xC3, 0xB8, 12, 0, 0, 0, 0xC3}, 11);
 }
@@ -126,7 +126,7 @@ TEST_F(CPatchEngineMoving, ShortFunctionInFrontOfAnotherIsRefused)
     EXPECT_EQ(static_cast<int>(EPatchStatus::NotMovable), 8);
 }
 
-TEST_F(CPatchEngineMoving, JumpFromBehindIntoTheReplacedBytesIsRefused)
+TEST_F(CPatchEngineMoving, JumpBackIntoTheReplacedBytesIsRefused)
 {
     const CodePages code{0x90, 0x90, 0x90, 0x90, 0x90, 0xB8, 1, 0, 0, 0, 0xEB, 0xF5};
     EXPECT_EQ(patch(code.Get()), EPatchStatus::NotMovable);

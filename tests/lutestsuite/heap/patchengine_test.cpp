@@ -12,7 +12,7 @@ TEST_F(CPatchEngineTest, SecondInitializationIsRefused)
     EXPECT_EQ(static_cast<int>(EPatchStatus::AlreadyInitialized), 1);
 }
 
-TEST_F(CPatchEngineTest, NothingWorksBeforeInitialization)
+TEST_F(CPatchEngineTest, NothingWorksWithoutInitialization)
 {
     EXPECT_EQ(m_engine.ShutDown(), EPatchStatus::Success);
     EXPECT_EQ(m_engine.Create(m_returnsOne.Get(), c_Detour, m_trampoline), EPatchStatus::NotInitialized);
@@ -23,7 +23,7 @@ TEST_F(CPatchEngineTest, NothingWorksBeforeInitialization)
     EXPECT_EQ(static_cast<int>(EPatchStatus::NotInitialized), 2);
 }
 
-TEST_F(CPatchEngineTest, OneTargetHasOnePatch)
+TEST_F(CPatchEngineTest, TargetCannotBePatchedTwice)
 {
     EXPECT_EQ(m_engine.Create(m_returnsOne.Get(), c_Detour, m_trampoline), EPatchStatus::Success);
     EXPECT_EQ(m_engine.Create(m_returnsOne.Get(), c_Detour, m_trampoline), EPatchStatus::AlreadyCreated);
@@ -37,7 +37,7 @@ TEST_F(CPatchEngineTest, UnknownTargetsAreReported)
     EXPECT_EQ(static_cast<int>(EPatchStatus::NotCreated), 4);
 }
 
-TEST_F(CPatchEngineTest, PatchesAreEnabledAndDisabledOnce)
+TEST_F(CPatchEngineTest, PatchesCannotBeEnabledOrDisabledTwice)
 {
     ASSERT_EQ(m_engine.Create(m_returnsOne.Get(), c_Detour, m_trampoline), EPatchStatus::Success);
     EXPECT_EQ(m_engine.Disable(m_returnsOne.Get()), EPatchStatus::AlreadyDisabled);
@@ -49,7 +49,7 @@ TEST_F(CPatchEngineTest, PatchesAreEnabledAndDisabledOnce)
     EXPECT_EQ(static_cast<int>(EPatchStatus::AlreadyDisabled), 6);
 }
 
-TEST_F(CPatchEngineTest, DataIsNeitherTargetNorDetour)
+TEST_F(CPatchEngineTest, DataIsRefusedAsTargetAndAsDetour)
 {
     int data = 0;
     EXPECT_EQ(m_engine.Create(&data, c_Detour, m_trampoline), EPatchStatus::NotExecutable);
@@ -121,7 +121,7 @@ TEST_F(CPatchEngineProtection, PatchIsUndoneWhenTheProtectionCannotBeRestored)
     EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
 }
 
-TEST_F(CPatchEngineProtection, AllAreEnabledOrNone)
+TEST_F(CPatchEngineProtection, EnableAllEnablesAllPatchesOrNone)
 {
     // Changing the protection works twice for the first patch, fails for the second, and works twice again to undo the
     // first.
@@ -136,7 +136,7 @@ TEST_F(CPatchEngineProtection, AllAreEnabledOrNone)
     EXPECT_EQ(engine.EnableAll(), EPatchStatus::NotProtectable);
     EXPECT_EQ(m_returnsOne.Call(), 1);
     EXPECT_EQ(m_returnsTwo.Call(), 2);
-    EXPECT_EQ(engine.EnableAll(), EPatchStatus::Success) << "tried again";
+    EXPECT_EQ(engine.EnableAll(), EPatchStatus::Success) << "the second attempt succeeds";
     EXPECT_EQ(m_returnsOne.Call(), c_Detoured);
     EXPECT_EQ(m_returnsTwo.Call(), c_Detoured);
     EXPECT_EQ(engine.ShutDown(), EPatchStatus::Success);
@@ -158,7 +158,7 @@ TEST_F(CPatchEngineProtection, ShutDownThatFailsMidwayCanBeRepeated)
     EXPECT_EQ(m_returnsOne.Call() + m_returnsTwo.Call(), 3);
 }
 
-TEST_F(CPatchEngineProtection, PagesGetBackTheirProtectionAtPatchTime)
+TEST_F(CPatchEngineProtection, PagesGetBackTheProtectionThatTheyHadBeforeThePatch)
 {
     s_goodProtections = 4;
     ASSERT_TRUE(LbOs::ProtectPages(m_returnsOne.Get(), 1, LbOs::c_ProtectionReadExecute));

@@ -59,7 +59,7 @@ TEST_F(CPatchEngineThreads, ThreadInsideTheReplacedBytesIsMovedToTheTrampolineAn
     EXPECT_EQ(result, 1);
 }
 
-TEST_F(CPatchEngineThreads, ThreadsMayStartAndEndMeanwhile)
+TEST_F(CPatchEngineThreads, ThreadsMayStartAndEndWhilePatchesChange)
 {
     std::atomic<bool> isDone = false;
     std::atomic<int> strange = 0;
@@ -129,7 +129,7 @@ TEST_F(CPatchEngineThreads, ThreadMayReturnIntoARetiredTrampoline)
     EXPECT_EQ(s_interruptedResult, 5);
 }
 
-TEST_F(CPatchEngineThreads, SameFunctionGetsItsTrampolineBack)
+TEST_F(CPatchEngineThreads, FunctionThatIsPatchedAgainReusesItsTrampoline)
 {
     ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
     const void* const first = m_trampoline;
@@ -141,7 +141,7 @@ TEST_F(CPatchEngineThreads, SameFunctionGetsItsTrampolineBack)
     EXPECT_EQ(CodePages::Call(m_trampoline), 1);
 }
 
-TEST_F(CPatchEngineThreads, OtherCodeAtTheSamePlaceGetsAnotherTrampoline)
+TEST_F(CPatchEngineThreads, ChangedCodeAtTheSameAddressGetsANewTrampoline)
 {
     ASSERT_EQ(patch(m_returnsOne.Get()), EPatchStatus::Success);
     ASSERT_EQ(m_engine.ShutDown(), EPatchStatus::Success);

@@ -77,7 +77,7 @@ private:
 
 } // namespace
 
-TEST_F(LuTestSuiteHeapTrackerThreads, ManyPatchesUnderLoadLoseNoBlock)
+TEST_F(LuTestSuiteHeapTrackerThreads, RepeatedPatchingUnderLoadCorruptsNoBlock)
 {
     std::atomic<bool> isDone = false;
     std::atomic<bool> isLoaded = true;
@@ -233,7 +233,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, NoOperationIsLostDuringForks)
     s_free(kept);
 }
 
-TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)
+TEST_F(LuTestSuiteHeapTrackerThreads, ThreadsThatFreeTheirBlocksLeaveNoBytes)
 {
     constexpr int c_ThreadCount = 4;
     constexpr int c_Rounds = 20'000;
@@ -279,7 +279,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, BalancedThreadsLeaveNothing)
     EXPECT_EQ(tracker.GetCurrentAlloc(), 0);
 }
 
-TEST_F(LuTestSuiteHeapTrackerThreads, BlockFreedByAnotherThreadIsFreed)
+TEST_F(LuTestSuiteHeapTrackerThreads, BlockFreedByAnotherThreadIsCountedAsFreed)
 {
     std::atomic<void*> block = nullptr;
     CFlag handedOver;
@@ -308,7 +308,7 @@ TEST_F(LuTestSuiteHeapTrackerThreads, BlockFreedByAnotherThreadIsFreed)
     EXPECT_EQ(tracker.GetFreeCount(), 1U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerThreads, ThreadThatEndsLeavesOnlyItsLeak)
+TEST_F(LuTestSuiteHeapTrackerThreads, EndedThreadLeavesOnlyItsLeak)
 {
     const auto leak = [](void*& block) { block = s_malloc(16); };
     void* block = nullptr;

@@ -55,7 +55,7 @@ TEST_F(LuTestSuiteHeapTrackerFailure, NothingIsCountedWhenOneFunctionCannotBePat
     tracker.Activate();
     s_free(s_realloc(s_malloc(100), 200));
     tracker.Deactivate();
-    EXPECT_EQ(getOperationCount(tracker), 3U) << "tried again";
+    EXPECT_EQ(getOperationCount(tracker), 3U) << "the second attempt succeeds";
 }
 
 TEST_F(LuTestSuiteHeapTrackerFailure, ThreadThatCannotBeStoppedDelaysTracking)

@@ -208,7 +208,7 @@ TEST_F(LuTestSuiteHeapTrackerForkThreads, ChildMayHaveTheProcessIdOfItsParent)
     tracker.Deactivate();
 }
 
-TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadWhoseCancellationIsPendingMayMakeTheFirstTracker)
+TEST_F(LuTestSuiteHeapTrackerForkThreads, ThreadWhoseCancellationIsPendingMayCreateTheFirstTracker)
 {
     LuTestSuiteHeapTracker::UnhookAll();
     const auto process = [] {

@@ -80,7 +80,7 @@ TEST_F(LuTestSuiteHeapTrackerConsistency, SomethingAllocatedWithAnEmptyMapIsInco
     EXPECT_FALSE(isConsistent());
 }
 
-TEST_F(LuTestSuiteHeapTrackerConsistency, SizesOfTheMapMustAddUp)
+TEST_F(LuTestSuiteHeapTrackerConsistency, SizesOfTheMapMustAddUpToTheAllocatedBytes)
 {
     m_tracker.Activate();
     void* const first = s_malloc(100);
@@ -168,7 +168,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, CountsNothingWithoutInitialization)
     EXPECT_EQ(getOperationCount(tracker), 2U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, KnownScriptIsExactToTheByte)
+TEST_F(LuTestSuiteHeapTrackerTest, KnownScriptIsCountedToTheByte)
 {
     void* const untracked = s_malloc(700);
     void* const untrackedToo = s_malloc(800);
@@ -211,7 +211,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, ReallocToNothingFreesTheBlock)
     EXPECT_EQ(getOperationCount(tracker), 2U) << "calls by the run-time itself do not count";
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, FailedAllocationsChangeNoBytes)
+TEST_F(LuTestSuiteHeapTrackerTest, FailedAllocationsDoNotChangeTheAllocatedBytes)
 {
     constexpr std::size_t c_TooMuch = std::numeric_limits<std::size_t>::max() / 2;
     LuTestSuiteHeapTracker tracker;
@@ -228,7 +228,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, FailedAllocationsChangeNoBytes)
     EXPECT_EQ(getOperationCount(tracker), 4U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, OperatorsNewAndDeleteAreSeen)
+TEST_F(LuTestSuiteHeapTrackerTest, OperatorsNewAndDeleteAreTracked)
 {
     LuTestSuiteHeapTracker tracker;
     auto* const numbers = new std::vector<std::uint64_t>(1000);
@@ -241,7 +241,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, OperatorsNewAndDeleteAreSeen)
     EXPECT_EQ(tracker.GetMallocCount(), 2U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, FreeOfAnEarlierBlockCountsTheOperationOnly)
+TEST_F(LuTestSuiteHeapTrackerTest, FreeOfAnUntrackedBlockCountsOnlyTheOperation)
 {
     void* const block = s_malloc(100);
     LuTestSuiteHeapTracker tracker;
@@ -310,7 +310,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, NestedTrackersCountIndependently)
     s_free(third);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, ManyBlocksOfOneTrackerAreInvisibleToAnother)
+TEST_F(LuTestSuiteHeapTrackerTest, MemoryOfOneTrackerIsInvisibleToAnother)
 {
     constexpr std::size_t c_Count = 20'000;
     std::vector<void*> blocks(c_Count);
@@ -362,7 +362,7 @@ TEST_F(LuTestSuiteHeapTrackerTest, TrackersMayEndInAnyOrder)
     EXPECT_EQ(trackers[1]->GetFreeCount(), 3U);
 }
 
-TEST_F(LuTestSuiteHeapTrackerTest, SecondInitializationOnlyResets)
+TEST_F(LuTestSuiteHeapTrackerTest, SecondInitializationOnlyResetsTheCounts)
 {
     LuTestSuiteHeapTracker tracker;
     void* const block = s_malloc(100);

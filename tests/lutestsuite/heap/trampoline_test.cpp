@@ -47,7 +47,7 @@ protected:
 
 } // namespace
 
-TEST_P(Trampoline, TakesThreadsInFrontOfEachOverwrittenInstruction)
+TEST_P(Trampoline, FindsACopyForThreadsAtEachOverwrittenInstruction)
 {
     std::size_t last = STrampoline::sc_uiEntry;
     for (const std::size_t start : GetParam().starts)
@@ -59,7 +59,7 @@ TEST_P(Trampoline, TakesThreadsInFrontOfEachOverwrittenInstruction)
     EXPECT_EQ(GetCopy(0), STrampoline::sc_uiEntry);
 }
 
-TEST_P(Trampoline, SendsThreadsInFrontOfEachCopyBackToTheOriginal)
+TEST_P(Trampoline, SendsThreadsAtEachCopyBackToTheOriginal)
 {
     for (const std::size_t start : GetParam().starts)
     {
@@ -67,7 +67,7 @@ TEST_P(Trampoline, SendsThreadsInFrontOfEachCopyBackToTheOriginal)
     }
 }
 
-TEST_P(Trampoline, HasNoPlaceForThreadsWithinAnInstruction)
+TEST_P(Trampoline, FindsNoCopyForThreadsWithinAnInstruction)
 {
     for (std::size_t offset = 0; offset < GetParam().size; ++offset)
     {
@@ -78,7 +78,7 @@ TEST_P(Trampoline, HasNoPlaceForThreadsWithinAnInstruction)
     EXPECT_FALSE(m_trampoline->FindCopy(c_Block, GetParam().size));
 }
 
-TEST_P(Trampoline, SendsThreadsInTheRelayToTheDetourAndAtItsEndBehindThePatch)
+TEST_P(Trampoline, SendsThreadsFromTheRelayToTheDetourAndFromTheEndBehindThePatch)
 {
     EXPECT_EQ(m_trampoline->FindResume(STrampoline::sc_uiRelay), c_DetourAddress);
     const STrampoline::SPlace& end = m_trampoline->places[m_trampoline->placeCount - 1];
@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(Prologues, Trampoline,
                              return std::string(each.param.name);
                          });
 
-TEST(TrampolineBranch, SendsThreadsInFrontOfItsLongJumpsToBothDestinations)
+TEST(TrampolineBranch, SendsThreadsAtItsLongJumpsToBothDestinations)
 {
     // xor eax, eax; jz +1; int3
     const std::vector<std::uint8_t> code{0x31, 0xC0, 0x74, 1, 0xCC, 0xC3};
@@ -118,7 +118,7 @@ TEST(TrampolineBranch, SendsThreadsInFrontOfItsLongJumpsToBothDestinations)
     EXPECT_EQ(trampoline->FindResume(branch + 4), c_Target + 5);
 }
 
-TEST(TrampolineJump, SendsThreadsInFrontOfItToItsDestination)
+TEST(TrampolineJump, SendsThreadsAtTheJumpToItsDestination)
 {
     // jmp, which the patch overwrites as a whole
     const std::vector<std::uint8_t> code{0xE9, 0, 1, 0, 0};

@@ -13,14 +13,14 @@ constexpr std::time_t c_Time = 1'700'000'000; // in 2023
 
 } // namespace
 
-TEST(WarmUpThread, DoesNotChangeTimesOfAnotherThread)
+TEST(WarmUpThread, DoesNotChangeTheLocalTimeOfAnotherThread)
 {
     const std::tm* const time = std::localtime(&c_Time);
     std::thread(LuTestSuite::WarmUpThread).join();
     EXPECT_EQ(time->tm_year, 123);
 }
 
-TEST(WarmUpThread, DoesNotChangeTimeTextsOfAnotherThread)
+TEST(WarmUpThread, DoesNotChangeTheTimeTextOfAnotherThread)
 {
     const char* const text = std::ctime(&c_Time);
     const std::string before = text;

@@ -63,7 +63,7 @@ TEST_F(DisabledCases, AreListedWithTheModuleOfTheirClass)
                           GetSummary(L"1 von 1", L"1 von 2"));
 }
 
-TEST_F(DisabledCases, AreListedWithoutModuleIfTheClassHasNone)
+TEST_F(DisabledCases, AreListedWithAnUnknownModuleIfTheClassHasNone)
 {
     const auto record =
         std::make_unique<LbRTTI>(L"CModelOnTheHeap", &LuUnitTest::RTTI, LbRTTI::getCreate(L"CHomelessModel"));
@@ -74,7 +74,7 @@ TEST_F(DisabledCases, AreListedWithoutModuleIfTheClassHasNone)
     EXPECT_EQ(List(), directory + L" (Unbekannt):\n    (1/1) eins\n\n" + GetSummary(L"1 von 1", L"1 von 1"));
 }
 
-TEST_F(DisabledCases, AreNumbered)
+TEST_F(DisabledCases, AreNumberedInTheList)
 {
     const std::wstring text = (Describe("<TestCase name=\"*\"><Enable>false</Enable></TestCase>"), List());
 
@@ -83,14 +83,14 @@ TEST_F(DisabledCases, AreNumbered)
     EXPECT_TRUE(text.ends_with(GetSummary(L"1 von 1", L"2 von 2")));
 }
 
-TEST_F(DisabledCases, MayBeAbsent)
+TEST_F(DisabledCases, AreCountedAsZeroIfNoneExist)
 {
     m_folder.MakeFolder(L"CPassedModel");
 
     EXPECT_EQ(List(), GetSummary(L"0 von 1", L"0 von 2"));
 }
 
-TEST_F(DisabledCases, OmitClassesWithoutDisabledCasesOnlyFromTheList)
+TEST_F(DisabledCases, CountClassesWithoutDisabledCasesButDoNotListThem)
 {
     Describe("<TestCase name=\"eins\"><Enable>false</Enable></TestCase>");
     m_folder.WriteFile(L"CDataSetModel/a.txt", "gut");

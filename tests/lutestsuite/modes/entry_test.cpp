@@ -77,7 +77,7 @@ TEST_F(RunCommandLine, IsFalseWhenACaseTookTooLong)
 }
 
 /// One case leaks memory; nothing else is wrong.
-TEST_F(RunCommandLine, IsTrueWhenTheHeapGrew)
+TEST_F(RunCommandLine, IsTrueWhenACaseLeakedMemory)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)
     {
@@ -98,7 +98,7 @@ TEST_F(RunCommandLine, IsTrueWhenNothingRan)
     EXPECT_EQ(GetUtf8(), "");
 }
 
-TEST_F(RunCommandLine, IsTrueWhenNothingIsRepeated)
+TEST_F(RunCommandLine, IsTrueForZeroRepetitions)
 {
     m_folder.MakeFolder(L"CFailedModel");
 

@@ -89,7 +89,7 @@ TEST_F(QueryMode, ReportsAnEmptySelection)
     EXPECT_EQ(Query(setup), GetSummary(m_folder.GetPath(), L"0/1", L"0/2"));
 }
 
-TEST_F(QueryMode, ReportsThatNothingIsFound)
+TEST_F(QueryMode, ReportsADirectoryWithoutUnitTests)
 {
     EXPECT_EQ(Query(), GetSummary(m_folder.GetPath(), L"0/0", L"0/0"));
 }
@@ -106,7 +106,7 @@ TEST_F(QueryMode, DoesNotCountDisabledCases)
     EXPECT_TRUE(text.ends_with(GetSummary(m_folder.GetPath(), L"1/1", L"1/1")));
 }
 
-TEST_F(QueryMode, ShowsTheDataDirectoryAsGivenAndUnitTestsInFull)
+TEST_F(QueryMode, ShowsTheDataDirectoryAsGivenAndFullPathsOfUnitTests)
 {
     const std::wstring directory = m_folder.MakeFolder(L"daten/CFailedModel");
     const ScopedWorkingDirectory here(m_folder.GetPath());
@@ -127,7 +127,7 @@ TEST_F(QueryMode, DoesNotChangeTheWorkingDirectory)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
 }
 
-TEST_F(QueryMode, PassesOnTheErrorOfAPattern)
+TEST_F(QueryMode, PassesOnTheExceptionOfAnInvalidPattern)
 {
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
     m_folder.MakeFolder(L"CPassedModel");
@@ -144,12 +144,12 @@ TEST_F(QueryMode, ListsRememberedDirectoriesIfNoneIsGiven)
     EXPECT_EQ(Query(MakeSetup(L"")), L"Datenverzeichnisse in LastConfig.xml:\n    0: neu\n    1: mit Lücke\n");
 }
 
-TEST_F(QueryMode, PrintsNothingWithoutAnyDataDirectory)
+TEST_F(QueryMode, PrintsNothingWithoutADataDirectoryAndAHistory)
 {
     EXPECT_EQ(Query(MakeSetup(L"")), L"");
 }
 
-TEST_F(QueryMode, IsSilentWhenNoDataDirectoryIsRemembered)
+TEST_F(QueryMode, PrintsNothingForAnEmptyHistory)
 {
     m_user.WriteLastConfig("<Config><DataDirHistory/></Config>");
 

@@ -69,7 +69,7 @@ TEST_F(GenerateReportDiff, RemovesOnlyTheLastExtensionFromNames)
     EXPECT_TRUE(LbFileSystem::IsFile(m_folder.GetPathOf(L"Diff-[alt][neu.1].html")));
 }
 
-TEST_F(GenerateReportDiff, WritesThePageThatTheSetupNames)
+TEST_F(GenerateReportDiff, WritesThePageToThePathInTheSetup)
 {
     LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
     setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
@@ -80,7 +80,7 @@ TEST_F(GenerateReportDiff, WritesThePageThatTheSetupNames)
               (std::vector<std::wstring>{L"alt.xml", L"neu.1.xml", L"vergleich.html"}));
 }
 
-TEST_F(GenerateReportDiff, UsesTheSettingsOfThePageFromTheSetup)
+TEST_F(GenerateReportDiff, AppliesThePageSettingsOfTheSetup)
 {
     LuTestSuiteSetup setup = MakeSetup({m_a, m_b});
     setup.diffOutput = m_folder.GetPathOf(L"vergleich.html");
@@ -98,7 +98,7 @@ TEST_F(GenerateReportDiff, UsesTheSettingsOfThePageFromTheSetup)
     EXPECT_TRUE(std::ranges::any_of(rows, [](const SPageRow& row) { return row.cells.at(4) == "Leck"; }));
 }
 
-TEST_F(GenerateReportDiff, NeedsTwoFiles)
+TEST_F(GenerateReportDiff, RequiresExactlyTwoFiles)
 {
     for (const std::vector<std::wstring>& inputs :
          {std::vector<std::wstring>{m_a}, std::vector<std::wstring>{m_a, m_b, m_a}})
@@ -110,7 +110,7 @@ TEST_F(GenerateReportDiff, NeedsTwoFiles)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()).size(), 2U);
 }
 
-TEST_F(GenerateReportDiff, NamesTheFirstFileThatIsMissing)
+TEST_F(GenerateReportDiff, NamesTheFirstMissingFile)
 {
     const std::wstring missing = m_folder.GetPathOf(L"fehlt.xml");
 
@@ -147,7 +147,7 @@ TEST_F(GenerateReportDiff, PrintsOneLineWhenThePageCannotBeWritten)
     EXPECT_EQ(m_output.GetText(), L"HTML-Report " + setup.diffOutput + L" konnte nicht erzeugt werden.\n");
 }
 
-TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFiles)
+TEST_F(GenerateReportDiff, NeverReplacesAComparedFile)
 {
     const std::string before = LbFileSystem::ReadFile8Bit(m_b);
     m_folder.MakeFolder(L"anderswo");
@@ -163,7 +163,7 @@ TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFiles)
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()), (std::vector<std::wstring>{L"alt.xml", L"neu.1.xml"}));
 }
 
-TEST_F(GenerateReportDiff, NeverReplacesOneOfItsFilesUnderAnotherName)
+TEST_F(GenerateReportDiff, NeverReplacesAComparedFileUnderAnotherName)
 {
     const std::string before = LbFileSystem::ReadFile8Bit(m_b);
     LuTestSuiteSetup setup = MakeSetup({m_a, m_b});

@@ -12,7 +12,7 @@ std::wstring Format(double seconds, std::uint32_t decimals)
     return LuTestSuiteUtils::FormatTime(seconds, decimals);
 }
 
-TEST(FormatTime, FormatsZeroSpecially)
+TEST(FormatTime, FormatsZeroInSecondsWithoutDecimals)
 {
     EXPECT_EQ(Format(0.0, 3), L"0 s");
     EXPECT_EQ(Format(0.0, 0), L"0 s");

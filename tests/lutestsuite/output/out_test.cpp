@@ -33,7 +33,7 @@ TEST(LuTestSuiteOut, FormatsWideText)
     EXPECT_EQ(output.GetText(), L"größer/schmal: -3 von 7, 12.50%\n");
 }
 
-TEST(LuTestSuiteOut, FormatsByRuntimeFormats)
+TEST(LuTestSuiteOut, AcceptsRuntimeFormats)
 {
     const CapturedOutput output;
     const std::wstring format = L"%*d\n";
@@ -54,7 +54,7 @@ TEST(LuTestSuiteOut, NamesThePlaceOfAMistakeInARuntimeFormat)
                                     L": Formattext mit Fehler (zu wenige Argumente): \"50% fertig\"\n");
 }
 
-TEST(LuTestSuiteOut, StartsPlain)
+TEST(LuTestSuiteOut, HasNoAttributesAtFirst)
 {
     const CapturedOutput output;
 
@@ -81,7 +81,7 @@ TEST(LuTestSuiteOut, ChainsItsAttributes)
     EXPECT_EQ(line.GetColor(), LuColor::c_RED);
 }
 
-TEST(LuTestSuiteOut, SetsEachAttributeAlone)
+TEST(LuTestSuiteOut, SetsEachAttributeIndependently)
 {
     CapturedOutput output;
 
@@ -284,7 +284,7 @@ TEST(LuTestSuiteOut, ContinuesAfterACustomOutputThrows)
     EXPECT_EQ(log, L"A!B!A!");
 }
 
-TEST(LuColor, HasTheColoursOfTheOutput)
+TEST(LuColor, DefinesTheColoursOfTheOutput)
 {
     EXPECT_EQ(LuColor::c_GRAY, LuColor(128, 128, 128));
     EXPECT_EQ(LuColor::c_RED, LuColor(255, 0, 0));

@@ -18,7 +18,7 @@ TEST(GetTrimmedLines, KeepsAllLinesWhenThereAreFewer)
     EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"", 5), L"");
 }
 
-TEST(GetTrimmedLines, KeepsNothingForNoLines)
+TEST(GetTrimmedLines, KeepsNothingForAMaximumOfZero)
 {
     EXPECT_EQ(LuTestSuiteUtils::GetTrimmedLines(L"a\nb", 0), L"");
 }

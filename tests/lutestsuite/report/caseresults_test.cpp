@@ -54,13 +54,13 @@ TEST(LuTestSuiteReportResults, AreFoundByTheirNames)
     }
 }
 
-TEST(LuTestSuiteReportResults, WithoutAnOwnNameAreReadAsUnknown)
+TEST(LuTestSuiteReportResults, WithoutANameOfTheirOwnAreReadAsUnknown)
 {
     EXPECT_EQ(Report::resultStringToType(Report::toResultString(ECaseRunResult::NoMatchingCase)),
               ECaseRunResult::Unknown);
 }
 
-TEST(LuTestSuiteReportResults, HaveExactNames)
+TEST(LuTestSuiteReportResults, AreFoundByExactNamesOnly)
 {
     for (const wchar_t* name : {L"", L"ok", L"Ok", L" OK", L"OK ", L"ERRORS", L"Fehler", L"6"})
     {
@@ -83,7 +83,7 @@ TEST(LuTestSuiteReportCounts, AreSummedByResultClass)
     EXPECT_EQ(reportCounts.counts[Report::eRR_Error], 0b111100000U);
 }
 
-TEST(LuTestSuiteReportSeconds, AreNanosecondsAsFloat)
+TEST(LuTestSuiteReportSeconds, AreConvertedFromNanoseconds)
 {
     EXPECT_EQ(Report::toSeconds(0), 0.0F);
     EXPECT_EQ(Report::toSeconds(1), 1e-9F);

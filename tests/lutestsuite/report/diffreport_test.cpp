@@ -84,7 +84,7 @@ protected:
     std::wstring m_path = m_folder.GetPathOf(L"diff.html");
 };
 
-TEST_F(HTMLDiffReport, ShowsTwoRuns)
+TEST_F(HTMLDiffReport, ComparesTwoRuns)
 {
     ExpectGolden("report/diff.html", GetPage(MakeMixedReport(), MakeLaterReport()));
     EXPECT_EQ(m_output.GetText(), L"");
@@ -96,7 +96,7 @@ TEST_F(HTMLDiffReport, OmitsPlainRowsWhenItIsSmall)
                  GetPage(MakeMixedReport(), MakeLaterReport(), {.smallReport = true, .tolerateWarnings = true}));
 }
 
-TEST_F(HTMLDiffReport, HasPlainRowsOnlyForTheSameRun)
+TEST_F(HTMLDiffReport, HasOnlyPlainRowsIfARunIsComparedWithItself)
 {
     const std::string page = GetPage(MakeMixedReport(), MakeMixedReport());
 
@@ -136,7 +136,7 @@ TEST_F(HTMLDiffReport, ShowsRatesAsBetterOrWorse)
               (SPageRow{"worse", {"Successful Cases / Total Cases:", "2/3 = 66.67%", "1/3 = 33.33%"}}));
 }
 
-TEST_F(HTMLDiffReport, ShowsOtherTimesAsDifferent)
+TEST_F(HTMLDiffReport, ShowsChangedTimesAsDifferent)
 {
     SData a;
     SData b;
@@ -152,7 +152,7 @@ TEST_F(HTMLDiffReport, ShowsOtherTimesAsDifferent)
     EXPECT_EQ(GetRow(page, "result", "Time per case min (sec):").rowClass, "");
 }
 
-TEST_F(HTMLDiffReport, LeavesCellsEmptyForBuildInformationOfOneSide)
+TEST_F(HTMLDiffReport, LeavesTheCellEmptyIfOneSideHasNoBuildInformation)
 {
     EXPECT_EQ(GetRow(GetPage(SData(), MakeMixedReport()), "build", "PSCM Branch:").cells,
               (std::vector<std::string>{"PSCM Branch:", "", "main"}));
@@ -175,7 +175,7 @@ TEST_F(HTMLDiffReport, ComparesClassesByTheirWarningsUnlessTheyAreTolerated)
     EXPECT_EQ(GetClassState(without, with, true), "");
 }
 
-TEST_F(HTMLDiffReport, ShowsClassesWithOtherNumbersOfCasesAsDifferent)
+TEST_F(HTMLDiffReport, ShowsAClassWithAnotherNumberOfCasesAsDifferent)
 {
     EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3), MakeReportClass(L"C", 4)), "diff");
     EXPECT_EQ(GetClassState(MakeReportClass(L"C", 3), MakeReportClass(L"C", 4, 0, 0, 1), true), "diff");
@@ -222,7 +222,7 @@ TEST_F(HTMLDiffReport, ShowsAFailedCaseThatPassedBeforeAsWorse)
     EXPECT_EQ(rows.at(0).cells.at(0), "Worse");
 }
 
-TEST_F(HTMLDiffReport, ShowsAnotherFailureAsDifferent)
+TEST_F(HTMLDiffReport, ShowsAFailureOfAnotherKindAsDifferent)
 {
     const std::vector<SPageRow> rows =
         GetCaseRows({MakeCase(ECaseRunResult::Error, true)}, {MakeCase(ECaseRunResult::TimeOut)});
@@ -245,7 +245,7 @@ TEST_F(HTMLDiffReport, ShowsANewWarningAsWorseUnlessTolerated)
     EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {MakeCase(ECaseRunResult::Ok, true)}), "");
 }
 
-TEST_F(HTMLDiffReport, ShowsAnImprovedCaseAsImprovedWhateverItsWarning)
+TEST_F(HTMLDiffReport, ShowsAFixedCaseAsImprovedDespiteANewWarning)
 {
     EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Error)}, {MakeCase(ECaseRunResult::Ok, true)}), "better");
 }
@@ -258,19 +258,19 @@ TEST_F(HTMLDiffReport, ShowsAFailedCaseOfOneSideAsWorse)
     EXPECT_EQ(GetState({}, {MakeCase()}), "");
 }
 
-TEST_F(HTMLDiffReport, ShowsAWarningOfReferenceDataOnlyAsWorseUnlessTolerated)
+TEST_F(HTMLDiffReport, ShowsAWarnedCaseMissingInTestDataAsWorseUnlessTolerated)
 {
     EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {}), "worse");
     EXPECT_EQ(GetState({MakeCase(ECaseRunResult::Ok, true)}, {}, true), "");
 }
 
-TEST_F(HTMLDiffReport, ShowsAWarningOfTestDataOnlyAsWorseOnlyWhenTolerated)
+TEST_F(HTMLDiffReport, ShowsAWarnedCaseMissingInReferenceDataAsWorseOnlyIfTolerated)
 {
     EXPECT_EQ(GetState({}, {MakeCase(ECaseRunResult::Ok, true)}, true), "worse");
     EXPECT_EQ(GetState({}, {MakeCase(ECaseRunResult::Ok, true)}), "");
 }
 
-TEST_F(HTMLDiffReport, ShowsBothSidesOfACase)
+TEST_F(HTMLDiffReport, ShowsTheValuesOfBothSidesOfACase)
 {
     SCase a = MakeReportCase(L"CTest<int>", L"a<b", ECaseRunResult::Ok);
     SCase b = a;
@@ -286,7 +286,7 @@ TEST_F(HTMLDiffReport, ShowsBothSidesOfACase)
                                                               "", "Speicherleck von 8 Bytes detektiert."}}}));
 }
 
-TEST_F(HTMLDiffReport, EscapesItsSources)
+TEST_F(HTMLDiffReport, EscapesTheNamesOfItsSources)
 {
     LuTestSuiteReport::GenerateHTMLDiffReport(m_path, L"Report R&D <1>.xml", L"&amp;.xml", SData(), SData(), false,
                                               false, false, false);
@@ -295,7 +295,7 @@ TEST_F(HTMLDiffReport, EscapesItsSources)
               (std::vector<std::string>{"Data Source", "Report R&amp;D &lt;1&gt;.xml", "&amp;amp;.xml"}));
 }
 
-TEST_F(HTMLDiffReport, EscapesInvalidTextOfReportsButNoReferences)
+TEST_F(HTMLDiffReport, EscapesInvalidTextOfReportsButKeepsValidReferences)
 {
     const std::wstring script = L"<script>\"'</script>";
     SClass a = MakeReportClass(L"C" + script, 1);
@@ -326,7 +326,7 @@ TEST_F(HTMLDiffReport, LeavesTheCellsOfAMissingSideEmpty)
         (std::vector<SPageRow>{{"", {"", "", "0", "C", "a", "", "0.500000", "", "", "2048", "", "", "Ok", "", ""}}}));
 }
 
-TEST_F(HTMLDiffReport, HasARatioOfZeroForZeroInReferenceData)
+TEST_F(HTMLDiffReport, ShowsARatioOfZeroIfTheReferenceIsZero)
 {
     SCase a = MakeCase();
     a.Time = 0.0F;

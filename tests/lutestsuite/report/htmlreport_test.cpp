@@ -108,7 +108,7 @@ TEST_F(HTMLReport, ShowsAClassWithErrorsAndFailuresAsError)
     EXPECT_EQ(GetRow(GetPage(data), "testclasses", "CDruck"), (SPageRow{"error", {"CDruck", "3", "2", "1", ""}}));
 }
 
-TEST_F(HTMLReport, EndsBeforeTheCasesWhenItIsSmall)
+TEST_F(HTMLReport, OmitsTheCasesWhenItIsSmall)
 {
     EXPECT_EQ(GetHeadings(GetPage(MakeMixedReport(), {.smallReport = true})),
               (std::vector<std::string>{"Build Version", "Test Setup", "Result", "Class Summary"}));
@@ -116,7 +116,7 @@ TEST_F(HTMLReport, EndsBeforeTheCasesWhenItIsSmall)
               (std::vector<std::string>{"Build Version", "Test Setup", "Result"}));
 }
 
-TEST_F(HTMLReport, ShowsAMissingTimeOutAsADash)
+TEST_F(HTMLReport, ShowsAnUnlimitedTimeOutAsADash)
 {
     SData data = MakePassedReport();
     data.TimeOut = LuTestSuiteRun::c_NoLimit;
@@ -126,7 +126,7 @@ TEST_F(HTMLReport, ShowsAMissingTimeOutAsADash)
     EXPECT_EQ(GetRow(GetPage(data), "setup", "Testcase Time Out (sec.):").cells.at(1), "-2");
 }
 
-TEST_F(HTMLReport, ShowsZeroPercentWithoutClasses)
+TEST_F(HTMLReport, ShowsZeroPercentWithoutClassesAndCases)
 {
     const std::string page = GetPage(SData());
 
@@ -192,7 +192,7 @@ TEST_F(HTMLReport, NumbersCasesByTheirPositionInTheRecord)
     EXPECT_EQ(rows.at(2).cells.at(0), "1");
 }
 
-TEST_F(HTMLReport, ShowsAWarningOfAPassedCaseOnlyWhenItIsNotTolerated)
+TEST_F(HTMLReport, ShowsAWarningOfAPassedCaseUnlessTolerated)
 {
     SData data;
     data.Cases = {MakeReportCase(L"C", L"a", ECaseRunResult::Ok, true),
@@ -223,14 +223,14 @@ TEST_F(HTMLReport, WritesStyleSheetAndScriptByteForByte)
               LuTestSuiteUtils::GetJavascriptSource());
 }
 
-TEST_F(HTMLReport, WritesOnlyThePageWhenNothingElseIsWanted)
+TEST_F(HTMLReport, WritesNeitherStyleSheetNorScriptUnlessRequested)
 {
     Generate(m_path, SData());
 
     EXPECT_EQ(LbFileSystem::GetFileNames(m_folder.GetPath()), std::vector<std::wstring>{L"report.html"});
 }
 
-TEST_F(HTMLReport, WritesIntoTheWorkingDirectoryWithoutAFolderInThePath)
+TEST_F(HTMLReport, WritesIntoTheWorkingDirectoryIfThePathHasNoFolder)
 {
     const ScopedWorkingDirectory directory(m_folder.GetPath());
 
@@ -272,7 +272,7 @@ TEST_F(HTMLReport, IsWrittenEvenIfItsStyleSheetCannotBeWritten)
     EXPECT_FALSE(LbFileSystem::Exists(m_folder.GetPathOf(L"LuTestSuite.js")));
 }
 
-TEST_F(HTMLReport, HoldsTheStyleSheetLineByLine)
+TEST_F(HTMLReport, EmbedsTheIndentedStyleSheet)
 {
     Generate(m_path, SData());
 
@@ -291,7 +291,7 @@ TEST_F(HTMLReport, HoldsTheStyleSheetLineByLine)
     EXPECT_NE(LbFileSystem::ReadFile8Bit(m_path).find(expected + "\n\t\t</style>\n"), std::string::npos);
 }
 
-TEST_F(HTMLReport, HeaderKeepsAnEmptyStyleElementWithoutStyleSheet)
+TEST_F(HTMLReport, KeepsAnEmptyStyleElementWithoutStyleSheet)
 {
     LuStreamWriteASCIIFile file(m_path);
     LuTestSuiteUtils::LuMarkupWriter writer(file);

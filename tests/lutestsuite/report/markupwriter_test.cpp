@@ -55,7 +55,7 @@ TEST_F(LuMarkupWriterTest, BuildsALineFromParts)
     EXPECT_EQ(text, "<a>text</a>\n");
 }
 
-TEST_F(LuMarkupWriterTest, IndentsAClosingPartByTheLevelItReturnsTo)
+TEST_F(LuMarkupWriterTest, IndentsAClosingPartLikeItsOpeningPart)
 {
     const std::string text = Write([](LuMarkupWriter& writer) {
         writer.WriteLineOpen(L"<a>");
@@ -94,7 +94,7 @@ TEST_F(LuMarkupWriterTest, WritesAnElementAsOneLine)
     EXPECT_EQ(text, "<table>\n\t<td>Wert & \"Text\"</td>\n\t<td class=\"ok\">Wert</td>\n\t<td></td>\n");
 }
 
-TEST_F(LuMarkupWriterTest, WritesNumbersByTheirType)
+TEST_F(LuMarkupWriterTest, FormatsNumbersByTheirType)
 {
     const std::string text = Write([](LuMarkupWriter& writer) {
         writer.WriteElement(L"n", std::int32_t{-1});
@@ -151,12 +151,12 @@ TEST_F(LuMarkupWriterTest, EscapesEachOccurrenceAndNoOtherCharacter)
     EXPECT_EQ(LuMarkupWriter::Escape(L"if (a < b && c) \"ä\"\n"), L"if (a &lt; b &amp;&amp; c) &quot;ä&quot;\n");
 }
 
-TEST_F(LuMarkupWriterTest, EscapesEmptyTextToEmptyText)
+TEST_F(LuMarkupWriterTest, KeepsEmptyTextEmpty)
 {
     EXPECT_EQ(LuMarkupWriter::Escape(L""), L"");
 }
 
-TEST_F(LuMarkupWriterTest, UnescapesWhatItEscaped)
+TEST_F(LuMarkupWriterTest, RestoresEscapedText)
 {
     const std::wstring text = L"\"&'<> &amp; &amp;amp; &lt";
     EXPECT_EQ(LuMarkupWriter::Unescape(LuMarkupWriter::Escape(text)), text);

@@ -114,7 +114,7 @@ TEST_F(ReportDirectoryOverview, ShowsTheNewestRunFirst)
     EXPECT_EQ(rows[2].cells.at(1), "2024-05-01 10:00:00");
 }
 
-TEST_F(ReportDirectoryOverview, ComparesEachRunWithTheNextNewerOne)
+TEST_F(ReportDirectoryOverview, ComparesEachRunWithTheNextNewerRun)
 {
     AddReport(c_First, L"2024-05-01 10:00:00");
     AddReport(c_Second, L"2024-05-02 10:00:00");
@@ -233,7 +233,7 @@ TEST_F(ReportDirectoryOverview, DistinguishesRunsWithEqualTimeStamps)
     }
 }
 
-TEST_F(ReportDirectoryOverview, CountsOnlyReportsWithThePrefix)
+TEST_F(ReportDirectoryOverview, ShowsOnlyReportsWithThePrefix)
 {
     AddReport(L"Alt [2024-05-01]-[10-00-00]", L"2024-05-01 10:00:00");
     m_folder.WriteFile(L"Archive/Report.txt", "kein Report");
@@ -260,7 +260,7 @@ TEST_F(ReportDirectoryOverview, OmitsReportsOfUnknownConfigurations)
                                       L" hat die unbekannte Konfiguration 'Release ARM'.\n");
 }
 
-TEST_F(ReportDirectoryOverview, IsWrittenWithoutDiffsThatCannotBeWritten)
+TEST_F(ReportDirectoryOverview, OmitsLinksToDiffsThatCannotBeWritten)
 {
     AddReport(c_First, L"2024-05-01 10:00:00");
     AddReport(c_Second, L"2024-05-02 10:00:00");
@@ -275,7 +275,7 @@ TEST_F(ReportDirectoryOverview, IsWrittenWithoutDiffsThatCannotBeWritten)
                   L" konnte nicht erzeugt werden.\n");
 }
 
-TEST_F(ReportDirectoryOverview, LinksNoDiffThatWasNotFinished)
+TEST_F(ReportDirectoryOverview, DoesNotLinkAnUnfinishedDiff)
 {
     AddReport(c_First, L"2024-05-01 10:00:00");
     AddReport(c_Second, L"2024-05-02 10:00:00");
@@ -318,7 +318,7 @@ TEST_F(ReportDirectoryOverview, EncodesCharactersThatWouldBreakALink)
               "Report</a>");
 }
 
-TEST_F(ReportDirectoryOverview, ShowsTextsOfReportsAsTheyAreWritten)
+TEST_F(ReportDirectoryOverview, ShowsEscapedTextsOfReportsUnchanged)
 {
     AddReport(c_First, L"1. Mai &lt;früh&gt;");
 
@@ -368,7 +368,7 @@ TEST_F(ReportDirectoryOverview, EscapesInvalidMarkupOfReports)
     EXPECT_EQ(GetRunRows().at(0).cells.at(1), "A &amp; B &amp; C");
 }
 
-TEST_F(ReportDirectoryOverview, RefusesARootWithoutName)
+TEST_F(ReportDirectoryOverview, RefusesAnEmptyRoot)
 {
     const ScopedWorkingDirectory directory(m_folder.GetPath());
 
@@ -395,7 +395,7 @@ TEST_F(ReportDirectoryOverview, FindsReportsInTheRootItself)
     EXPECT_TRUE(LbFileSystem::IsDirectory(GetReportPath(L"Diff")));
 }
 
-TEST_F(ReportDirectoryOverview, RefusesAnImpossibleRoot)
+TEST_F(ReportDirectoryOverview, RefusesAFileAsRoot)
 {
     const std::wstring root = m_folder.WriteFile(L"Datei", "") + LbPath::c_Separator;
 
@@ -404,7 +404,7 @@ TEST_F(ReportDirectoryOverview, RefusesAnImpossibleRoot)
     EXPECT_EQ(m_output.GetText(), L"Fehler: Ungültiges Verzeichnis " + root + L"\n");
 }
 
-TEST_F(ReportDirectoryOverview, RefusesAnImpossibleReportDirectory)
+TEST_F(ReportDirectoryOverview, RefusesAFileAsReportDirectory)
 {
     const std::wstring directory = m_folder.WriteFile(L"Archive", "") + LbPath::c_Separator;
 

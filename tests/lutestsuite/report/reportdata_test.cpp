@@ -73,7 +73,7 @@ TEST_F(LuTestSuiteReportData, DescribesTheBuild)
     }
 }
 
-TEST_F(LuTestSuiteReportData, RefusesCountsOfOtherUnitTests)
+TEST_F(LuTestSuiteReportData, RefusesStatisticsOfAnotherNumberOfUnitTests)
 {
     for (const std::size_t count : {std::size_t{0}, std::size_t{1}, std::size_t{3}})
     {
@@ -82,7 +82,7 @@ TEST_F(LuTestSuiteReportData, RefusesCountsOfOtherUnitTests)
     }
 }
 
-TEST_F(LuTestSuiteReportData, RefusesCasesThatNoUnitTestHas)
+TEST_F(LuTestSuiteReportData, RefusesExecutedCasesThatNoUnitTestHas)
 {
     for (const auto& [unitTest, testCase] : {std::pair(2U, 0U), std::pair(1U, 1U), std::pair(~0U, ~0U)})
     {
@@ -162,7 +162,7 @@ TEST_F(LuTestSuiteReportData, ComputesSuccessfulCasesFromTheTotal)
     EXPECT_EQ(Generate().Successful, 97U);
 }
 
-TEST_F(LuTestSuiteReportData, CountsClasses)
+TEST_F(LuTestSuiteReportData, CountsAllSuccessfulAndFlaggedClasses)
 {
     m_stats.unitTestsExecuted = 9;
     m_stats.unitTestsPassed = 7;
@@ -201,7 +201,7 @@ TEST_F(LuTestSuiteReportData, CopiesDatesTimesAndMemory)
     EXPECT_EQ(data.MemoryMin, 1U);
 }
 
-TEST_F(LuTestSuiteReportData, HasMeansOfZeroWithoutCases)
+TEST_F(LuTestSuiteReportData, HasAveragesOfZeroWithoutCases)
 {
     const SReportData data = Generate();
 
@@ -286,7 +286,7 @@ TEST_F(LuTestSuiteReportData, OmitsUnexecutedCasesAndKeepsThePositionsOfTheOther
     EXPECT_EQ(data.Cases[1].ClassName, L"CZweite");
 }
 
-TEST_F(LuTestSuiteReportData, NotesShrunkenMemory)
+TEST_F(LuTestSuiteReportData, NotesShrunkenMemoryAsANegativeLeak)
 {
     m_cases.resize(2);
     m_cases[0].executed = m_cases[1].executed = true;
@@ -299,7 +299,7 @@ TEST_F(LuTestSuiteReportData, NotesShrunkenMemory)
     EXPECT_EQ(data.Cases[1].Info, L"");
 }
 
-TEST_F(LuTestSuiteReportData, ReservesNoMemoryForCasesThatOnlyTheStatisticsName)
+TEST_F(LuTestSuiteReportData, ReservesNoMemoryForCasesThatOnlyTheStatisticsCount)
 {
     m_stats.total.executed = std::numeric_limits<std::uint32_t>::max();
     m_cases.resize(1);
@@ -345,7 +345,7 @@ TEST_F(LuTestSuiteReportData, EscapesLines)
     EXPECT_EQ(GetLines(L"ERROR: <a> & \"b\" 'c'\n"), Lines{L"E:&lt;a&gt; &amp; &quot;b&quot; &apos;c&apos;"});
 }
 
-TEST_F(LuTestSuiteReportData, EndsInAnEllipsisWhenThereAreMoreLines)
+TEST_F(LuTestSuiteReportData, EndsInAnEllipsisBeyondTheMaximumOfLines)
 {
     const std::wstring five = L"ERROR: 1\nERROR: 2\nERROR: 3\nERROR: 4\nERROR: 5\n";
     EXPECT_EQ(GetLines(five), (Lines{L"E:1", L"E:2", L"E:3", L"I:..."}));
@@ -367,7 +367,7 @@ TEST_F(LuTestSuiteReportData, KeepsEveryLineForANegativeMaximum)
     EXPECT_EQ(GetLines(std::wstring(1000, L'x') + L"\n" + L"a\nb\nc\nd\ne\n").size(), 6U);
 }
 
-TEST_F(LuTestSuiteReportData, PrefersTheMaximumOfTheCase)
+TEST_F(LuTestSuiteReportData, PrefersTheLineMaximumOfTheCase)
 {
     m_unitTests[0].cases[0].parameters[L"MessageReportMax"] = std::uint32_t{1};
     EXPECT_EQ(GetLines(L"ERROR: 1\nERROR: 2\n"), (Lines{L"E:1", L"I:..."}));
@@ -386,7 +386,7 @@ TEST_F(LuTestSuiteReportData, KeepsTheReasonForTheEndOfAChildBeyondTheMaximum)
     EXPECT_EQ(GetLines(end), (Lines{L"I:...", reason}));
 }
 
-TEST_F(LuTestSuiteReportData, KeepsNoLineOfOtherProcessesBeyondTheMaximum)
+TEST_F(LuTestSuiteReportData, DropsAQuotedReasonBeyondTheMaximum)
 {
     m_setup.messageReportMax = 0;
     EXPECT_EQ(GetLines(L"\t\tINFO:  \t\tERROR: Der Prozess des Testfalls endete mit Status 3\n"), Lines{L"I:..."});

@@ -228,7 +228,7 @@ std::string changeLayout(std::string bytes, std::mt19937& random)
     return places.empty() ? bytes : bytes.replace(places[random() % places.size()], from.size(), to);
 }
 
-TEST_F(XmlReportRoundTrip, ReadsItsOwnLayoutLikeAnyOther)
+TEST_F(XmlReportRoundTrip, ReadsItsOwnLayoutLikeAnyOtherLayout)
 {
     constexpr unsigned c_Reports = 500;
     constexpr std::string_view c_Declared = "standalone='yes'";
@@ -262,7 +262,7 @@ TEST_F(XmlReportRoundTrip, DropsAnEmptyBuildRecord)
     EXPECT_EQ(Write(data).find("Pscm"), std::string::npos);
 }
 
-TEST_F(XmlReportRoundTrip, DropsAResultWithoutAnOwnName)
+TEST_F(XmlReportRoundTrip, ReadsAResultWithoutANameAsUnknown)
 {
     SReportData data;
     data.Cases.resize(1);

@@ -96,7 +96,7 @@ TEST_F(XmlReportReader, ResetsTheRecordFirst)
     EXPECT_TRUE(data.Cases.empty());
 }
 
-TEST_F(XmlReportReader, AcceptsAMissingFileSilently)
+TEST_F(XmlReportReader, FailsSilentlyForAMissingFile)
 {
     const CapturedOutput output;
     SReportData data;
@@ -123,7 +123,7 @@ TEST_F(XmlReportReader, ReadsMissingElementsAsEmptyOrZero)
     EXPECT_EQ(data.Cases[0].Result, ECaseRunResult::Unknown);
 }
 
-TEST_F(XmlReportReader, ReadsTheBuildRecordThatItsFieldNames)
+TEST_F(XmlReportReader, ReadsABuildRecordOnlyIfItsKeyFieldExists)
 {
     EXPECT_EQ(Read("<BuildInfo><SvnRevision>1</SvnRevision></BuildInfo>").SvnInfo, nullptr);
     EXPECT_EQ(Read("<BuildInfo><PscmServer>s</PscmServer></BuildInfo>").PscmInfo, nullptr);
@@ -196,7 +196,7 @@ TEST_F(XmlReportReader, ReadsCdataSectionsAsText)
     EXPECT_EQ(dumps[1].Text, L"");
 }
 
-TEST_F(XmlReportReader, IgnoresUnknownElementsAndUsesTheFirstOfEqualOnes)
+TEST_F(XmlReportReader, IgnoresUnknownElementsAndUsesTheFirstOfEqualElements)
 {
     const SReportData data = Read("<x/>text<testcase name='1'/><y><testcase name='2'/></y>"
                                   "<SystemInfo><GPU>a</GPU><GPU>b</GPU></SystemInfo><testcase name='3'/>");
@@ -290,13 +290,13 @@ TEST_F(XmlReportReader, RefusesBrokenMarkup)
     ExpectBroken(std::string("<testsuite>\0</testsuite>", 24));
 }
 
-TEST_F(XmlReportReader, RefusesAWrongRoot)
+TEST_F(XmlReportReader, RefusesAWrongRootElement)
 {
     ExpectBroken("<testsuites><testsuite/></testsuites>");
     ExpectBroken("<Testsuite/>");
 }
 
-TEST_F(XmlReportReader, RefusesPathsThatAreNoFiles)
+TEST_F(XmlReportReader, RefusesPathsThatAreNotFiles)
 {
     std::vector<std::wstring> places = {LbPath::WithoutSeparator(m_folder.MakeFolder(L"Ordner.xml"))};
     // A device that never ends.
@@ -336,7 +336,7 @@ TEST_F(XmlReportReader, NeverExpandsEntitiesOfADocumentType)
     EXPECT_EQ(data.GPU, L"&p;");
 }
 
-TEST_F(XmlReportReader, AcceptsTenThousandLevels)
+TEST_F(XmlReportReader, AcceptsTenThousandNestedElements)
 {
     std::string open;
     std::string close;
@@ -350,7 +350,7 @@ TEST_F(XmlReportReader, AcceptsTenThousandLevels)
     ExpectBroken("<testsuite>" + open);
 }
 
-TEST_F(XmlReportReader, NeedsLessThanSixTimesTheFileInMemory)
+TEST_F(XmlReportReader, NeedsLessMemoryThanSixTimesTheFileSize)
 {
     const std::wstring path = m_folder.GetPathOf(L"Report.xml");
     LuTestSuiteReport::GenerateXMLReport(path, makeLargeReport());
@@ -370,7 +370,7 @@ TEST_F(XmlReportReader, NeedsLessThanSixTimesTheFileInMemory)
     EXPECT_GT(ratio, 1.0) << "the measurement does not even include the file";
 }
 
-TEST_F(XmlReportReader, RefusesTwoHundredMegabytesOfSomethingElse)
+TEST_F(XmlReportReader, RefusesTwoHundredMegabytesOfUnclosedText)
 {
     constexpr std::size_t c_Block = 1 << 20U;
     const std::wstring path = m_folder.GetPathOf(L"Report.xml");

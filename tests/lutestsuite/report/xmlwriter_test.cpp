@@ -101,7 +101,7 @@ TEST_F(XmlReportWriter, WritesAQuestionMarkForCharactersOutsideLatin1)
     EXPECT_NE(WriteCase(testCase).find("name=\"? ? ??\xFF\t\""), std::string::npos);
 }
 
-TEST_F(XmlReportWriter, WritesLargeNumbersAsTheyAreRead)
+TEST_F(XmlReportWriter, WritesLargeTimeOutsAsNegativeNumbers)
 {
     SReportData data;
     data.TimeOut = 4294967295U;
@@ -122,7 +122,7 @@ TEST_F(XmlReportWriter, OmitsAbsentBuildRecords)
               std::string::npos);
 }
 
-TEST_F(XmlReportWriter, PrintsOneLineWhereNoReportCanBeWritten)
+TEST_F(XmlReportWriter, PrintsOneLineWhenNoReportCanBeWritten)
 {
     for (const SUnwritablePlace& place : GetUnwritablePlaces(m_folder, L"Report.xml"))
     {

@@ -31,7 +31,7 @@ using LuTestSuiteRun::ECaseRunResult;
 using LuTestSuiteRun::SCaseInfo;
 using LuTestSuiteRun::SParams;
 
-TEST(WriteRequest, SetsTheResultForAClassNameThatDoesNotFit)
+TEST(WriteRequest, SetsNoMatchingCaseForAClassNameThatDoesNotFit)
 {
     const auto buffer = std::make_unique<LuTestSuiteRun::SWorkBuffer>();
     LuTestSuite::SUnitTest unitTest;
@@ -41,7 +41,7 @@ TEST(WriteRequest, SetsTheResultForAClassNameThatDoesNotFit)
     EXPECT_EQ(buffer->result, 6U);
 }
 
-TEST(WriteRequest, IsUnknownUntilAnswered)
+TEST(WriteRequest, SetsTheResultToUnknown)
 {
     const auto buffer = std::make_unique<LuTestSuiteRun::SWorkBuffer>();
     LuTestSuite::SUnitTest unitTest;
@@ -75,7 +75,7 @@ protected:
     SParams m_params;
 };
 
-TEST_F(CaseRunner, FillsTheRecord)
+TEST_F(CaseRunner, FillsTheRecordOfTheCase)
 {
     const SCaseInfo info = Run(L"Fall");
 

@@ -92,7 +92,7 @@ TEST_F(CaseLines, ShowShrunkenMemoryWithItsSign)
               L"WARNUNG (Ein Speicheranstieg von -8 Bytes wurde entdeckt)");
 }
 
-TEST_F(CaseLines, ShowTheErrorOfACaseThatAlsoGrew)
+TEST_F(CaseLines, ShowTheErrorOfACaseRatherThanItsGrowth)
 {
     SCaseInfo info = MakeWarning(16);
     info.result = ECaseRunResult::Different;
@@ -138,7 +138,7 @@ TEST_F(CaseLines, ShowThreadAndProcessWhenVerbose)
     EXPECT_EQ(Write(info).text, L"OK [P0]");
 }
 
-TEST_F(CaseLines, HideThreadAndProcessOtherwise)
+TEST_F(CaseLines, HideThreadAndProcessUnlessVerbose)
 {
     SCaseInfo info = MakeInfo(ECaseRunResult::Ok);
     info.threadIndex = info.processIndex = 1;
@@ -159,7 +159,7 @@ TEST_F(CaseLines, CountWarningsInTheSummary)
               CapturedOutput::Colored(L"\tMit Warnung:\t1 Klasse, 2 Tests\n", LuColor::c_GOLDENROD));
 }
 
-TEST_F(CaseLines, CountFailedUnitTestsAmongThoseWithWarnings)
+TEST_F(CaseLines, CountFailedUnitTestsAsUnitTestsWithWarnings)
 {
     EXPECT_EQ(WriteSummary({MakeExecuted(0, ECaseRunResult::Error, false), MakeExecuted(1, ECaseRunResult::Ok, true)}),
               L"\n"

@@ -116,7 +116,7 @@ TEST(MakePlan, GivesEachRepetitionTheParametersOfItsCase)
     EXPECT_THAT(timeOuts, ElementsAre(3U, 3U, 7U, 7U, 3U, 3U, 3U, 3U));
 }
 
-TEST(MakePlan, PlansNothingForNoRepetitions)
+TEST(MakePlan, PlansNothingForZeroRepetitions)
 {
     const std::vector<LuTestSuite::SUnitTest> unitTests = MakeUnitTests();
     SParams params;
@@ -129,7 +129,7 @@ TEST(MakePlan, PlansNothingForNoRepetitions)
     EXPECT_THAT(GetIndices(plan.sequential), IsEmpty());
 }
 
-TEST(GetCaseParams, AreTheRunsParametersForACaseWithoutParameters)
+TEST(GetCaseParams, ReturnsTheParametersOfTheRunForACaseWithoutParameters)
 {
     SParams run;
     run.reportMemLeak = false;
@@ -145,7 +145,7 @@ TEST(GetCaseParams, AreTheRunsParametersForACaseWithoutParameters)
     EXPECT_EQ(params.timeOutSec, 7U);
 }
 
-TEST(GetCaseParams, AreOverriddenByTheCase)
+TEST(GetCaseParams, PrefersTheParametersOfTheCase)
 {
     const SParams params = GetCaseParams(SParams(), {{L"ReportMemLeak", LbVariant(false)},
                                                      {L"TimeOutSec", LbVariant(std::uint32_t{12})},
@@ -160,7 +160,7 @@ TEST(GetCaseParams, AreOverriddenByTheCase)
     EXPECT_TRUE(params.parallel);
 }
 
-TEST(GetCaseParams, LetACaseDisableAFlagOfTheRun)
+TEST(GetCaseParams, LetsACaseDisableAFlagOfTheRun)
 {
     SParams run;
     run.external = run.isolated = run.parallel = true;
@@ -173,7 +173,7 @@ TEST(GetCaseParams, LetACaseDisableAFlagOfTheRun)
     EXPECT_FALSE(params.parallel);
 }
 
-TEST(GetCaseParams, KeepTheRunsValueForANullParameter)
+TEST(GetCaseParams, KeepsReportMemLeakOfTheRunForANullParameter)
 {
     SParams run;
     run.reportMemLeak = false;
@@ -182,7 +182,7 @@ TEST(GetCaseParams, KeepTheRunsValueForANullParameter)
     EXPECT_TRUE(GetCaseParams(SParams(), {{L"ReportMemLeak", LbVariant()}}).reportMemLeak);
 }
 
-TEST(GetCaseParams, DoNotTouchTheOtherParameters)
+TEST(GetCaseParams, KeepsParametersOfTheRunThatACaseCannotSet)
 {
     SParams run;
     run.verbose = true;
@@ -194,7 +194,7 @@ TEST(GetCaseParams, DoNotTouchTheOtherParameters)
     EXPECT_EQ(params.repetitions, 4U);
 }
 
-TEST(GetCaseParams, TreatANullParallelParameterAsFalse)
+TEST(GetCaseParams, TreatsANullParallelParameterAsFalse)
 {
     SParams run;
     run.parallel = true;

@@ -179,14 +179,14 @@ TEST_F(RunRecreate, PassesTheTargetSystemAndTheOptionToTheUnitTest)
     EXPECT_THAT(s_Calls, testing::Contains(L"Recreate 1 for 7, 1"));
 }
 
-TEST_F(RunRecreate, UsesTheFirstOfTwoSubtestsOfOneName)
+TEST_F(RunRecreate, UsesTheFirstOfTwoSubtestsWithTheSameName)
 {
     Recreate({MakeModel({L"erneuerbar", L"erneuerbar"})});
 
     EXPECT_THAT(s_Calls, testing::Not(testing::Contains(L"IsRecreatable 4")));
 }
 
-TEST_F(RunRecreate, RenewsNothingIfTheUnitTestHasNoData)
+TEST_F(RunRecreate, RenewsNothingIfTheCaseHasNoRenewableData)
 {
     Recreate({MakeModel({L"ohne Daten"})});
 
@@ -205,7 +205,7 @@ TEST_F(RunRecreate, RenewsNothingForAnUnknownSubtest)
                             Warned(L"\tSubtest 'Erneuerbar' hat keine erneuerbaren Daten.\n"), Ended()));
 }
 
-TEST_F(RunRecreate, RenewsNothingInAUnitTestWithoutTheInterface)
+TEST_F(RunRecreate, RenewsNothingInAUnitTestWithoutTheRecreateInterface)
 {
     m_environment.LoadDLL(L"resultmodels", false);
 
@@ -234,7 +234,7 @@ TEST_F(RunRecreate, ReportsClassesThatCannotBeCreated)
                             Ended()));
 }
 
-TEST_F(RunRecreate, ReportsAClassThatIsNoUnitTestByItsRecord)
+TEST_F(RunRecreate, ReportsAClassWhoseRecordDeclaresNoUnitTest)
 {
     Recreate({MakeUnitTest(L"CUndeclaredModel", {L"erneuerbar"})});
 
@@ -245,7 +245,7 @@ TEST_F(RunRecreate, ReportsAClassThatIsNoUnitTestByItsRecord)
     EXPECT_TRUE(s_Calls.empty());
 }
 
-TEST_F(RunRecreate, GoesOnAfterAnExceptionOfTheRenewal)
+TEST_F(RunRecreate, GoesOnAfterAnExceptionOfRecreate)
 {
     Recreate({MakeModel({L"wirft", L"erneuerbar"})});
 
@@ -255,7 +255,7 @@ TEST_F(RunRecreate, GoesOnAfterAnExceptionOfTheRenewal)
     EXPECT_EQ(std::ranges::count(s_Calls, L"destroy"), 2);
 }
 
-TEST_F(RunRecreate, GoesOnAfterAnExceptionOfTheQuery)
+TEST_F(RunRecreate, GoesOnAfterAnExceptionOfIsRecreatable)
 {
     Recreate({MakeModel({L"Abfrage wirft", L"erneuerbar"})});
 
@@ -316,7 +316,7 @@ TEST_F(RunRecreate, MakesAFreshUnitTestForEachCase)
     EXPECT_EQ(std::ranges::count(s_Calls, L"destroy"), 2);
 }
 
-TEST_F(RunRecreate, CanceledBeforeTheFirstCasePrintsTheFirstHeadingOnly)
+TEST_F(RunRecreate, PrintsOnlyTheFirstHeadingIfCanceledBeforeTheFirstCase)
 {
     m_callbacks.isCanceled = [] { return true; };
 
@@ -327,7 +327,7 @@ TEST_F(RunRecreate, CanceledBeforeTheFirstCasePrintsTheFirstHeadingOnly)
     EXPECT_TRUE(s_Calls.empty());
 }
 
-TEST_F(RunRecreate, CanceledLaterKeepsCompletedCases)
+TEST_F(RunRecreate, KeepsCompletedCasesWhenCanceled)
 {
     m_callbacks.isCanceled = [this] { return m_results.size() == 1; };
 
@@ -401,7 +401,7 @@ protected:
     LuTestSuiteEnvironment m_startedHere;
 };
 
-TEST_F(RunRecreateWorkingDirectory, IsTheExecutablesFolderDuringAndTheFormerFolderAfterwards)
+TEST_F(RunRecreateWorkingDirectory, IsTheExecutablesFolderUntilTheFormerOneIsRestored)
 {
     std::wstring meanwhile;
     m_callbacks.caseFinished = [&](ECaseRunResult) { meanwhile = LbOs::GetWorkingDirectory(); };

@@ -169,7 +169,7 @@ TEST_F(RunReports, HaveAutomaticNamesInThePerUserFolder)
     EXPECT_EQ(names[2].substr(0, 41), names[3].substr(0, 41));
 }
 
-TEST_F(RunReports, PreferAutomaticNames)
+TEST_F(RunReports, PreferAutomaticNamesToGivenNames)
 {
     const ScopedUserFolder user;
     m_setup.xmlReport = GetPathOf(L"Report.xml");
@@ -181,7 +181,7 @@ TEST_F(RunReports, PreferAutomaticNames)
     EXPECT_EQ(GetFileNames(), Names{L"Report.xml"});
 }
 
-TEST_F(RunReports, UseTheirOwnNamesWithoutAPerUserFolder)
+TEST_F(RunReports, CannotHaveAutomaticNamesWithoutAPerUserFolder)
 {
     const ScopedEnvironmentVariable linux1(L"XDG_DATA_HOME", L"");
     const ScopedEnvironmentVariable linux2(L"HOME", L"");
@@ -261,7 +261,7 @@ protected:
     LuTestSuiteEnvironment m_environment;
 };
 
-TEST_F(RunReportsWithoutDirectory, ReportAFailureIfTheRunRemovesIt)
+TEST_F(RunReportsWithoutDirectory, FailIfTheRunRemovesTheWorkingDirectory)
 {
     const std::wstring absolute = m_folder.GetPathOf(L"absolut.xml");
     m_setup.xmlReport = absolute;

@@ -73,7 +73,7 @@ TEST_F(RunCallbacks, AreAskedBeforeTheHeadingIsPrinted)
     EXPECT_EQ(textAtQuestion, L"");
 }
 
-TEST_F(RunCallbacks, CancelBeforeTheThirdOfFiveCases)
+TEST_F(RunCallbacks, CancelARunBeforeItsThirdCase)
 {
     LuTestSuiteSetup setup = MakeFiveCases();
     CancelAfter(setup, 2);
@@ -90,7 +90,7 @@ TEST_F(RunCallbacks, CancelBeforeTheThirdOfFiveCases)
     EXPECT_EQ(result.stats.total.executed, 2U);
 }
 
-TEST_F(RunCallbacks, CancelWithALineInPlaceOfTheOtherCases)
+TEST_F(RunCallbacks, PrintACancellationInPlaceOfTheOtherCases)
 {
     LuTestSuiteSetup setup = MakeFiveCases();
     CancelAfter(setup, 2);

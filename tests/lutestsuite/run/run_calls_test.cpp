@@ -110,7 +110,7 @@ TEST_F(RunCalls, AreMadeInOrder)
                                      L"GetSubtestName 1", L"RunUnitTest 1", L"destroy"));
 }
 
-TEST_F(RunCalls, SetTheDebuggingOptionsThatTheRunAsksFor)
+TEST_F(RunCalls, SetVerboseOutputByItsOwnParameter)
 {
     LuTestSuiteSetup setup = MakeRecordedSetup({L"gut"});
     setup.params.deVerboseOutput = true;

@@ -80,7 +80,7 @@ protected:
     const SMode m_mode = std::get<1>(GetParam());
 };
 
-TEST_P(RunChangesOfAllModels, LeaveEachCaseItsOwnFile)
+TEST_P(RunChangesOfAllModels, DoNotChangeTheFilesOfLaterCases)
 {
     MakeFiles();
     const std::vector<SCaseInfo> cases = Run(MakeChangingSetup(m_folder, m_mode)).cases;

@@ -122,7 +122,7 @@ TEST(RunCosts, IncludeNoAllocationForOtherSubtests)
     EXPECT_EQ(*count, 0U);
 }
 
-TEST(RunCosts, AreTheSameForFewAndForManyFiles)
+TEST(RunCosts, IncludeAsManyAllocationsForFewFilesAsForManyFiles)
 {
     const ScopedFolder folder;
     std::optional<std::uint64_t> counts[2];
@@ -147,7 +147,7 @@ class RunCostsOfNames : public RunTest
 {
 };
 
-TEST_F(RunCostsOfNames, AreOneNameInTheProcessOfAnIsolatedCase)
+TEST_F(RunCostsOfNames, IncludeOnlyOneNamePerIsolatedCase)
 {
     const ScopedFolder folder;
     folder.MakeFolder(L"CFormedNameModel");
@@ -208,7 +208,7 @@ TEST_F(RunCostsOfFiles, AreOneListingOfTheirFolderOnSeveralThreads)
     EXPECT_EQ(*reads, 1U);
 }
 
-TEST_F(RunCostsOfFiles, AreTwoListingsOfAFolderThatHasJustChangedWithIsolatedCases)
+TEST_F(RunCostsOfFiles, AreAtMostTwoListingsOfARecentlyChangedFolderForIsolatedCases)
 {
     LuTestSuiteSetup setup = MakeSetup(m_folder.GetPath());
     // To share the listing, the process reads the folder a second time as soon as a listing is certain to notice each
@@ -223,7 +223,7 @@ TEST_F(RunCostsOfFiles, AreTwoListingsOfAFolderThatHasJustChangedWithIsolatedCas
     EXPECT_LE(*reads, 2U);
 }
 
-TEST_F(RunCostsOfFiles, AreFewListingsOfAFolderThatHasJustChangedWhereIsolatedCasesAskForTheirFiles)
+TEST_F(RunCostsOfFiles, AreFewListingsEvenIfEachIsolatedCaseAsksForItsFiles)
 {
     // The first child processes read the folder themselves, until the run can share a listing that is certain to notice
     // each change. Starting all children takes much longer, so most of them use that listing.
@@ -244,7 +244,7 @@ TEST_F(RunCostsOfFiles, AreFewListingsOfAFolderThatHasJustChangedWhereIsolatedCa
     EXPECT_LT(*reads, static_cast<std::size_t>(c_Many / 2));
 }
 
-TEST_F(RunCostsOfFiles, AreFewListingsWhereACaseThatSharesItsProcessPrecedesIsolatedCases)
+TEST_F(RunCostsOfFiles, AreFewListingsIfACaseInASharedProcessPrecedesIsolatedCases)
 {
     constexpr int c_Many = 300;
     const std::wstring directory = makeFiles(m_folder, L"inner/CAskingModel", c_Many);
@@ -266,7 +266,7 @@ TEST_F(RunCostsOfFiles, AreFewListingsWhereACaseThatSharesItsProcessPrecedesIsol
     EXPECT_LT(*reads, static_cast<std::size_t>(c_Many / 2));
 }
 
-TEST_F(RunCostsOfFiles, AreOneListingOfAnOldFolderWhereEachObjectNeedsIt)
+TEST_F(RunCostsOfFiles, AreOneListingOfAnOldFolderEvenIfEachObjectNeedsIt)
 {
     struct SMode
     {
@@ -303,7 +303,7 @@ TEST_F(RunCostsOfFiles, AreOneListingOfAnOldFolderWhereEachObjectNeedsIt)
     }
 }
 
-TEST_F(RunCostsOfFiles, AreNoListingsInManyChildrenWhereTheProcessKnowsTheFolderAlready)
+TEST_F(RunCostsOfFiles, AreNoListingsInChildrenIfTheRunAlreadyKnowsTheFolder)
 {
     // This class needs the index of its case in each child.
     const std::wstring directory = makeFiles(m_folder, L"inner/CChangingIndexModel", c_Files);
@@ -321,7 +321,7 @@ TEST_F(RunCostsOfFiles, AreNoListingsInManyChildrenWhereTheProcessKnowsTheFolder
     EXPECT_EQ(*reads, 0U);
 }
 
-TEST_F(RunCostsOfFiles, AreNoListingWhereTheProcessKnowsTheFolderAlready)
+TEST_F(RunCostsOfFiles, AreNoListingsInTheProcessIfItAlreadyKnowsTheFolder)
 {
     const std::wstring directory = makeFiles(m_folder, L"inner/CRunsFiles", c_Files);
     awaitSharedListing(directory + L"/");

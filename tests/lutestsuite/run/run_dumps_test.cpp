@@ -73,7 +73,7 @@ TEST_F(RunDumps, AreNamedAfterTheCase)
     EXPECT_TRUE(LbFileSystem::IsFile(m_end.end.dumpFile));
 }
 
-TEST_F(RunDumps, AreFilesOfThePlatformsKind)
+TEST_F(RunDumps, HaveTheFormatOfThePlatform)
 {
     RunAbort();
     if (IsSkipped())
@@ -98,7 +98,7 @@ TEST_F(RunDumps, AreNamedInTheMessagesBeforeTheStacks)
     EXPECT_LT(line, messages.find(L"Stapel von Thread")) << LbEncoding::ToUtf8(messages);
 }
 
-TEST_F(RunDumps, AreNotWrittenUnlessARunAsksForThem)
+TEST_F(RunDumps, AreNotWrittenUnlessRequested)
 {
     const EventRecorder::SEnd end = RunFor(L"abort", L"");
 

@@ -64,7 +64,7 @@ class RunExternalEndsOf : public RunExternalEnds, public testing::WithParamInter
 {
 };
 
-TEST_P(RunExternalEndsOf, NameTheReason)
+TEST_P(RunExternalEndsOf, NameTheSignalOrStatusOfTheProcess)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers handle crashes themselves";
@@ -135,7 +135,7 @@ TEST_F(RunExternalEnds, DoNotShowOutputOfOtherCases)
     EXPECT_EQ(RunForMessages(L"exit").find(L"aus dem Fall davor"), std::wstring::npos);
 }
 
-TEST_F(RunExternalEnds, CutLongLines)
+TEST_F(RunExternalEnds, CutLongLinesOfStandardError)
 {
     EXPECT_TRUE(RunForMessages(L"schreibt lange Zeilen und endet")
                     .ends_with(L"\t\tINFO:  " + std::wstring(1000, L'x') + L"...\n"));

@@ -52,7 +52,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessWhenACaseHasUsedAllMemory)
     EXPECT_EQ(result.cases.at(3).processIndex, result.cases.at(2).processIndex);
 }
 
-TEST_F(RunExternalLeaving, StartsAnotherProcessAfterAnIdleOneHasLeft)
+TEST_F(RunExternalLeaving, StartsAnotherProcessAfterAnIdleProcessHasExited)
 {
     CProbeLine line;
     const ScopedEnvironmentVariable environment(L"LUTESTSUITE_TEST_LINE", line.GetName());
@@ -68,7 +68,7 @@ TEST_F(RunExternalLeaving, StartsAnotherProcessAfterAnIdleOneHasLeft)
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex + 1);
 }
 
-TEST_F(RunExternalLeaving, LosesNoCaseWhileAProcessLeaves)
+TEST_F(RunExternalLeaving, LosesNoCaseWhileAnIdleProcessExits)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
     // An idle child exits after 5 s. After 5003 ms it may be waiting, exiting or gone.

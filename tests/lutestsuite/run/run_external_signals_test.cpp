@@ -64,7 +64,7 @@ TEST_F(RunExternalSignals, DoNotDelayTheTimeOut)
 }
 
 /// Once a second the run checks the buffer and repeats the signal of a request that was not taken.
-TEST_F(RunExternalSignals, AreNotMissedWhenACaseTakesThem)
+TEST_F(RunExternalSignals, AreRepeatedWhenACaseTakesThem)
 {
     const std::vector<std::wstring> others(3, L"zählt");
     for (const wchar_t* const thief : {L"nimmt fremde Anfragen", L"nimmt fremde Antworten"})

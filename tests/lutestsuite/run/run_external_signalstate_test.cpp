@@ -46,7 +46,7 @@ TEST_F(RunExternalSignalState, IsUnchangedInLaterProcesses)
     EXPECT_EQ(result.cases.at(1).messages, expected);
 }
 
-TEST_F(RunExternalSignalState, IsRestoredAfterEachCaseOfTheRunsOwnProcess)
+TEST_F(RunExternalSignalState, IsRestoredAfterEachCaseInTheRunsOwnProcess)
 {
     const std::wstring before = LbOs::DescribeSignals();
 
@@ -54,19 +54,19 @@ TEST_F(RunExternalSignalState, IsRestoredAfterEachCaseOfTheRunsOwnProcess)
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "there are no signals";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     EXPECT_EQ(result.cases.at(0).result, ECaseRunResult::Ok);
     EXPECT_EQ(LbOs::DescribeSignals(), before);
 }
 
-TEST_F(RunExternalSignalState, HidesNoExitStatus)
+TEST_F(RunExternalSignalState, DoesNotHideExitStatuses)
 {
     const SRunResult result = RunDisturbed(MakeUnitTest(L"CCrashModel", {L"schreibt viel und endet", L"nachher"}));
 
     if (result.cases.at(0).result == ECaseRunResult::NoInput)
     {
-        GTEST_SKIP() << "there are no signals";
+        GTEST_SKIP() << "signals exist only on Linux";
     }
     EXPECT_EQ(result.cases.at(1).result, ECaseRunResult::Unknown);
     EXPECT_NE(result.cases.at(1).messages.find(models::c_EndOfProcess + std::wstring(L"Status 3\n")),
@@ -74,7 +74,7 @@ TEST_F(RunExternalSignalState, HidesNoExitStatus)
     EXPECT_EQ(result.cases.at(2).result, ECaseRunResult::Ok);
 }
 
-TEST_F(RunExternalSignalState, RunsTheNextCaseInAnotherProcessWhenMemoryHasRunOut)
+TEST_F(RunExternalSignalState, DoesNotPreventANewProcessAfterMemoryHasRunOut)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers end the process when there is no memory";

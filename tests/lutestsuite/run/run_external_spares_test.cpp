@@ -40,7 +40,7 @@ protected:
     }
 };
 
-TEST_F(RunExternalSpares, AreForIsolatedCasesOnly)
+TEST_F(RunExternalSpares, AreStartedForIsolatedCasesOnly)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"vorher", L"nachher", L"nachher"});
     SetAll(setup, L"External", false);
@@ -50,7 +50,7 @@ TEST_F(RunExternalSpares, AreForIsolatedCasesOnly)
     EXPECT_EQ(CountChildren(setup), 1);
 }
 
-TEST_F(RunExternalSpares, AreNotForTheLastCase)
+TEST_F(RunExternalSpares, AreNotStartedDuringTheLastCase)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher"});
     setup.params.isolated = true;
@@ -58,7 +58,7 @@ TEST_F(RunExternalSpares, AreNotForTheLastCase)
     EXPECT_EQ(CountChildren(setup), 1);
 }
 
-TEST_F(RunExternalSpares, ExistBeforeTheNextCase)
+TEST_F(RunExternalSpares, AreStartedBeforeTheNextCase)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
     setup.params.isolated = true;
@@ -67,7 +67,7 @@ TEST_F(RunExternalSpares, ExistBeforeTheNextCase)
 }
 
 /// Three cases need at most three children, even with eight workers.
-TEST_F(RunExternalSpares, AreNoMoreThanCasesOnManyWorkers)
+TEST_F(RunExternalSpares, AreLimitedToTheNumberOfCasesOnManyWorkers)
 {
     LuTestSuiteSetup setup = MakeCrash({L"schläft kurz"});
     setup.params.isolated = true;

@@ -116,7 +116,7 @@ TEST_F(RunExternal, DoesNotReplaceProcessesThatDieAtStart)
     }
 }
 
-TEST_F(RunExternal, ReplacesAProcessThatLeavesBeforeItsFirstCase)
+TEST_F(RunExternal, ReplacesAProcessThatExitsBeforeItsFirstCase)
 {
     const ScopedFolder folder;
     const std::wstring mark = folder.GetPathOf(L"mark");
@@ -152,7 +152,7 @@ TEST_F(RunExternal, LetsEachCaseUseAllProcessors)
     EXPECT_EQ(std::to_wstring(LbOs::CountOwnProcessors()), all);
 }
 
-TEST_F(RunExternal, RunsCasesInThisProcessOnTheirRequest)
+TEST_F(RunExternal, RunsCasesInThisProcessIfTheyRequestIt)
 {
     LuTestSuiteSetup setup = MakeExternal({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
     setup.unitTests[0].cases[0].parameters[L"External"] = false;
@@ -163,7 +163,7 @@ TEST_F(RunExternal, RunsCasesInThisProcessOnTheirRequest)
     EXPECT_GE(result.cases.at(1).processIndex, 0);
 }
 
-TEST_F(RunExternal, RunsCasesInAChildOnTheirRequest)
+TEST_F(RunExternal, RunsCasesInAChildIfTheyRequestIt)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"})});
     setup.unitTests[0].cases[1].parameters[L"External"] = true;
@@ -205,7 +205,7 @@ TEST_F(RunExternal, SurvivesAnAccessViolation)
     EXPECT_GE(info.processIndex, 0);
 }
 
-TEST_F(RunExternal, KeepsWhatACaseWroteBeforeItCrashed)
+TEST_F(RunExternal, KeepsTheMessagesOfACaseThatCrashes)
 {
     EXPECT_TRUE(RunCrash(L"Zugriffsverletzung").messages.starts_with(L"\t\tINFO:  vor dem Absturz\n\t\tERROR: "));
 }
@@ -317,7 +317,7 @@ TEST_F(RunExternal, IgnoresAnAnswerToAnEarlierRequest)
     EXPECT_EQ(result.cases.at(1).processIndex, result.cases.at(0).processIndex);
 }
 
-TEST_F(RunExternal, GivesUpAfterMoreThanTheTimeOutInWholeSeconds)
+TEST_F(RunExternal, AllowsOneSecondMoreThanTheTimeOut)
 {
     LuTestSuiteSetup setup = MakeCrash({L"schläft", L"nachher"});
     setup.params.timeOutSec = 4;
@@ -360,7 +360,7 @@ TEST_F(RunExternal, NamesThreadAndProcessWhenVerbose)
 }
 
 /// An empty case shows what the runner itself allocates.
-TEST_F(RunExternal, CountsTheHeapWhereTheCaseRuns)
+TEST_F(RunExternal, TracksTheHeapOfTheChild)
 {
     if (LbOs::GetHeapFunctions().malloc == nullptr)
     {
@@ -396,7 +396,7 @@ protected:
     }
 };
 
-TEST_F(RunExternalExecution, NeedsThreeNames)
+TEST_F(RunExternalExecution, NeedsTheNamesOfAllSharedObjects)
 {
     for (std::wstring LuTestSuiteSetup::*missing :
          {&LuTestSuiteSetup::memoryId, &LuTestSuiteSetup::requestEventId, &LuTestSuiteSetup::responseEventId})
@@ -408,7 +408,7 @@ TEST_F(RunExternalExecution, NeedsThreeNames)
     }
 }
 
-TEST_F(RunExternalExecution, NeedsTheEvents)
+TEST_F(RunExternalExecution, NeedsExistingEvents)
 {
     LuTestSuiteSetup setup;
     setup.memoryId = setup.requestEventId = setup.responseEventId = LbUniqueId::Generate();

@@ -96,7 +96,7 @@ TEST_F(RunHeap, GrowthIsShownInGoldenrodAndTheCasePasses)
     EXPECT_EQ(result.cases.at(1).memoryGrowth, 0U) << "the block belongs to another case";
 }
 
-TEST_F(RunHeap, GrowthIsNoWarningWithoutTheFlag)
+TEST_F(RunHeap, GrowthIsNoWarningUnlessLeaksAreReported)
 {
     LuTestSuiteSetup setup = makeTracked({L"wächst um 16 Bytes", L"gibt 16 Bytes zurück"});
     setup.params.reportMemLeak = false;
@@ -108,7 +108,7 @@ TEST_F(RunHeap, GrowthIsNoWarningWithoutTheFlag)
     EXPECT_EQ(m_output.GetText().find(L"WARNUNG"), std::wstring::npos);
 }
 
-TEST_F(RunHeap, UntrackedCaseHasNoFigures)
+TEST_F(RunHeap, UntrackedCaseHasNoHeapFigures)
 {
     LuTestSuiteSetup setup = makeTracked({L"wächst um 16 Bytes", L"gibt 16 Bytes zurück"});
     setup.params.trackHeap = false;
@@ -129,22 +129,22 @@ TEST_F(RunHeap, FirstTrackedCaseShowsNoGrowthOfTheRunTime)
     EXPECT_GE(info.peakMemory, 100'000U);
 }
 
-TEST_F(RunHeap, MessagesAreNoGrowth)
+TEST_F(RunHeap, MessagesDoNotCountAsGrowth)
 {
     expectBalanced(L"meldet viel");
 }
 
-TEST_F(RunHeap, CaughtExceptionIsNoGrowth)
+TEST_F(RunHeap, CaughtExceptionDoesNotCountAsGrowth)
 {
     expectBalanced(L"wirft eine Ausnahme");
 }
 
-TEST_F(RunHeap, EndedThreadIsNoGrowth)
+TEST_F(RunHeap, EndedThreadDoesNotCountAsGrowth)
 {
     expectBalanced(L"startet einen Thread");
 }
 
-TEST_F(RunHeap, DumpListsWhatIsLeft)
+TEST_F(RunHeap, DumpListsTheBlocksThatAreLeft)
 {
     LuTestSuiteSetup setup = makeTracked({L"wächst um 16 Bytes", L"gibt 16 Bytes zurück"});
     setup.params.dumpHeap = true;
@@ -165,7 +165,7 @@ TEST_F(RunHeap, NothingIsDumpedWithoutGrowth)
     EXPECT_EQ(Run(setup).cases.at(0).messages, L"");
 }
 
-TEST_F(RunHeap, KnownScriptOfAnotherModuleIsExact)
+TEST_F(RunHeap, KnownScriptOfAnotherModuleIsCountedExactly)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CHeapScript", {L"pre", L"nil", L"cmp", L"run", L"end"})});
     setup.dlls = {L"heapscript"};
@@ -183,7 +183,7 @@ TEST_F(RunHeap, KnownScriptOfAnotherModuleIsExact)
     EXPECT_EQ(compared.peakMemory - script.peakMemory, heapscript::c_ComparedPeak - heapscript::c_ScriptPeak);
 }
 
-TEST_F(RunHeap, OperatorNewOfTheHostIsExact)
+TEST_F(RunHeap, OperatorNewOfTheHostIsCountedExactly)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CHostHeap", {L"nil", L"run", L"end"})});
     setup.dlls.clear();

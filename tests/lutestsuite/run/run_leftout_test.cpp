@@ -45,7 +45,7 @@ protected:
     EventRecorder m_recorder;
 };
 
-TEST_F(RunLeavingOut, AsksBeforeEachCaseStarts)
+TEST_F(RunLeavingOut, AsksForEachCaseBeforeItStarts)
 {
     const SRunResult result = RunWithout({1, 2});
 
@@ -56,7 +56,7 @@ TEST_F(RunLeavingOut, AsksBeforeEachCaseStarts)
     EXPECT_EQ(result.stats.total.executed, 2U);
 }
 
-TEST_F(RunLeavingOut, EndsWorkersWithoutACancellation)
+TEST_F(RunLeavingOut, DoesNotReportACancellationOnWorkers)
 {
     const SRunResult result = RunWithout({0, 3}, /*workers*/ 2);
 

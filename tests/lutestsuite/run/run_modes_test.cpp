@@ -83,7 +83,7 @@ class RunParallelModes : public RunTest, public testing::WithParamInterface<SMod
 {
 };
 
-TEST_P(RunParallelModes, EndAsTheTableSays)
+TEST_P(RunParallelModes, MatchTheTableOfOutcomes)
 {
     LuTestSuiteSetup setup = MakeSetup(makeTable(models::c_Outcomes));
     setMode(GetParam(), setup);
@@ -96,7 +96,7 @@ class RunParallelCrashes : public RunParallelModes
 {
 };
 
-TEST_P(RunParallelCrashes, EndAsTheTableSays)
+TEST_P(RunParallelCrashes, MatchTheTableOfOutcomes)
 {
     LuTestSuiteSetup setup = MakeSetup(makeTable(models::c_CrashOutcomes));
     setup.dlls.emplace_back(models::c_CrashModule);
@@ -130,7 +130,7 @@ TEST_P(RunParallelFasterModes, CallBackOnceForEachCase)
     EXPECT_EQ(counts, (std::map<ECaseRunResult, int>{{ECaseRunResult::Ok, 5}, {ECaseRunResult::Error, 5}}));
 }
 
-TEST_P(RunParallelFasterModes, KeepTheRecordOfACaseWithTooLongAName)
+TEST_P(RunParallelFasterModes, DoNotRunACaseWhoseNameIsTooLong)
 {
     LuTestSuiteSetup setup =
         MakeSetup({MakeUnitTest(std::wstring(1024, L'K'), {L"Fall"}), MakeUnitTest(L"CPassedModel", {L"eins"})});

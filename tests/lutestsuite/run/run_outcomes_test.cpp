@@ -28,7 +28,7 @@ std::string getTestName(const testing::TestParamInfo<models::SOutcome>& info)
     return name;
 }
 
-TEST_P(RunOutcomes, EndAsTheTableSays)
+TEST_P(RunOutcomes, MatchTheTableOfOutcomes)
 {
     const models::SOutcome& expected = GetParam();
 
@@ -78,12 +78,12 @@ TEST_F(Run, TimesACaseWhoseClassThrows)
     EXPECT_GT(RunCase(L"CRunUnitTestThrows", L"Fall").time, 0U);
 }
 
-TEST_F(Run, KeepsTheTimeOfACaseThatNeverRanAtZero)
+TEST_F(Run, RecordsNoTimeForACaseThatNeverRan)
 {
     EXPECT_EQ(RunCase(L"CUnknownModel", L"Fall").time, 0U);
 }
 
-TEST_F(Run, GivesEachCaseItsOwnStream)
+TEST_F(Run, GivesEachCaseItsOwnMessageStream)
 {
     const auto result = RunTest::Run(MakeSetup({MakeUnitTest(L"CMessageModel", {L"Fehler", L"Information"})}));
 

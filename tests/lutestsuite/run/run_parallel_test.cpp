@@ -38,7 +38,7 @@ protected:
     }
 };
 
-TEST_F(RunParallel, PrintsEveryCaseOnceBehindItsHeader)
+TEST_F(RunParallel, PrintsEachResultOnceBehindItsHeader)
 {
     Run(MakeParallel(4, 10));
 
@@ -71,7 +71,7 @@ TEST_F(RunParallel, UsesAtMost256Workers)
     }
 }
 
-TEST_F(RunParallel, RunsSequentialCasesAfterwardsOnTheCallingThread)
+TEST_F(RunParallel, RunsSequentialCasesLastOnTheCallingThread)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 1);
     setup.unitTests = {MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"}),
@@ -87,7 +87,7 @@ TEST_F(RunParallel, RunsSequentialCasesAfterwardsOnTheCallingThread)
     EXPECT_EQ(result.stats.total.executed, 3U);
 }
 
-TEST_F(RunParallel, PrintsAndCallsBackOnTheCallingThread)
+TEST_F(RunParallel, CallsBackOnTheCallingThread)
 {
     LuTestSuiteSetup setup = MakeParallel(4, 20);
     const std::thread::id here = std::this_thread::get_id();
@@ -117,7 +117,7 @@ TEST_F(RunParallel, AsksForCancellationOneThreadAtATime)
     EXPECT_EQ(together, 0);
 }
 
-TEST_F(RunParallel, StopsWhenCanceledAndPrintsItOnce)
+TEST_F(RunParallel, StopsWhenCanceledAndPrintsTheCancellationOnce)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 500);
     std::atomic<int> questions = 0;
@@ -141,7 +141,7 @@ TEST_F(RunParallel, PrintsACancellationBeforeTheFirstCase)
     EXPECT_EQ(result.stats.total.executed, 0U);
 }
 
-TEST_F(RunParallel, EndsWhenOnlyTheWorkersSawTheCancellation)
+TEST_F(RunParallel, EndsWhenOnlyWorkersNoticeTheCancellation)
 {
     LuTestSuiteSetup setup = MakeParallel(2, 50);
     const std::thread::id here = std::this_thread::get_id();

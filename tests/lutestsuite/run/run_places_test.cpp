@@ -67,22 +67,22 @@ TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutable)
     EXPECT_EQ(LbPath::WithSeparator(directory), LbFileSystem::GetDirectory(LbFileSystem::eDK_Executable));
 }
 
-TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutableAfterAnotherChangedIt)
+TEST_F(RunPlaces, CasesRunInTheFolderOfTheExecutableAfterACaseLeftIt)
 {
     ExpectThatCasesStartAtHome(false, false);
 }
 
-TEST_F(RunPlaces, CasesOnAWorkerRunInTheFolderOfTheExecutableAfterAnotherChangedIt)
+TEST_F(RunPlaces, CasesOnAWorkerRunInTheFolderOfTheExecutableAfterACaseLeftIt)
 {
     ExpectThatCasesStartAtHome(false, true);
 }
 
-TEST_F(RunPlaces, CasesInAChildRunInTheFolderOfTheExecutableAfterAnotherChangedIt)
+TEST_F(RunPlaces, CasesInAChildRunInTheFolderOfTheExecutableAfterACaseLeftIt)
 {
     ExpectThatCasesStartAtHome(true, false);
 }
 
-TEST_F(RunPlaces, TheWorkingDirectoryIsRestored)
+TEST_F(RunPlaces, TheWorkingDirectoryIsRestoredAfterARun)
 {
     const std::wstring before = LbOs::GetWorkingDirectory();
 
@@ -91,7 +91,7 @@ TEST_F(RunPlaces, TheWorkingDirectoryIsRestored)
     EXPECT_EQ(LbOs::GetWorkingDirectory(), before);
 }
 
-TEST_F(RunPlaces, TheWorkingDirectoryIsTheOneInWhichTheEnvironmentWasCreated)
+TEST_F(RunPlaces, TheWorkingDirectoryOfTheEnvironmentIsRestoredAfterARun)
 {
     const std::wstring before = LbOs::GetWorkingDirectory();
     const ScopedFolder other;
@@ -154,7 +154,7 @@ TEST_F(RunPlaces, EachCaseHasADirectoryForDebugSerializationInEveryMode)
     }
 }
 
-TEST_F(RunPlaces, DebugSerializationTurnsNamesIntoSafeOnes)
+TEST_F(RunPlaces, DebugSerializationReplacesCharactersThatAreUnsafeInPaths)
 {
     const std::wstring directory = GetInfo(MakePlaceSetup({L"a/b\\c:d*e?f\"g<h>i|j\tk"}));
 

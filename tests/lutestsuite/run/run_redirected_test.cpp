@@ -34,7 +34,7 @@ class RunRedirected : public RunTest
 {
 };
 
-TEST_F(RunRedirected, KnowsTheOtherCasesOfItsFolder)
+TEST_F(RunRedirected, ListsTheCasesOfTheFolderThatItReads)
 {
     const ScopedFolder folder;
     for (const wchar_t* const name : {L"inner/a.txt", L"inner/b.txt", L"inner/inner/c.txt"})

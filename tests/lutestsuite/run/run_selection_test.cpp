@@ -151,7 +151,7 @@ TEST_F(RunSelection, RunsDisabledCasesOfAListOfUnitTests)
     EXPECT_THAT(GetResults(Run(setup)), ElementsAre(ECaseRunResult::Ok));
 }
 
-TEST_F(RunSelection, RunsSequentialCasesAfterTheOthers)
+TEST_F(RunSelection, RunsSequentialCasesAfterParallelCases)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins", L"zwei mit Lücke"}),
                                         MakeUnitTest(L"CResultModel", {L"bestanden", L"ohne Antwort"})});

@@ -119,7 +119,7 @@ TEST_F(RunStacks, FollowTheReasonInTheMessages)
     EXPECT_NE(stack, std::wstring::npos) << LbEncoding::ToUtf8(messages);
 }
 
-TEST_F(RunStacks, AreNotReadUnlessARunAsksForThem)
+TEST_F(RunStacks, AreNotReadUnlessRequested)
 {
     const EventRecorder::SEnd end = RunFor(L"Zugriffsverletzung", false);
 
@@ -127,7 +127,7 @@ TEST_F(RunStacks, AreNotReadUnlessARunAsksForThem)
     EXPECT_EQ(end.info.messages.find(L"Stapel von"), std::wstring::npos);
 }
 
-TEST_F(RunStacks, LeaveTheReasonAsItIs)
+TEST_F(RunStacks, DoNotChangeTheReason)
 {
     const std::wstring without = RunFor(L"abort", false).end.reason;
     m_events.ends.clear();
@@ -172,7 +172,7 @@ TEST_F(RunStacks, AreReadForACrashThatIsNoticedAfterTheTimeLimit)
     EXPECT_TRUE(LbOs::MayBeAbort(end.end.exitStatus.value_or(0))) << LbEncoding::ToUtf8(end.end.reason);
 }
 
-TEST_F(RunStacks, AreThoseOfAllThreads)
+TEST_F(RunStacks, IncludeAllThreads)
 {
     // The case starts a thread, which waits for a lock that the case's own thread holds.
     const EventRecorder::SEnd end = RunFor(L"Verklemmung");

@@ -57,7 +57,7 @@ TEST_F(RunStatistics, CountEachResult)
     EXPECT_EQ(total.warnings, 0U);
 }
 
-TEST_F(RunStatistics, CountByUnitTestInTheirOrder)
+TEST_F(RunStatistics, CountTheResultsOfEachUnitTest)
 {
     const SStats stats = RunMixed().stats;
 
@@ -102,7 +102,7 @@ TEST_F(RunStatistics, FindTheShortestAndTheLongestCase)
     EXPECT_EQ(result.stats.caseTimeMax, longest->time);
 }
 
-TEST_F(RunStatistics, SummarizePeakMemoryOfExecutedCases)
+TEST_F(RunStatistics, ContainNoPeakMemoryWithoutHeapTracking)
 {
     const SStats stats = RunMixed().stats;
 
@@ -174,7 +174,7 @@ TEST_F(RunStatistics, CountEachRepetitionAsACase)
     EXPECT_EQ(stats.unitTestsExecuted, 1U);
 }
 
-TEST(SStats, StartEmpty)
+TEST(SStats, StartsEmpty)
 {
     const SStats stats;
 

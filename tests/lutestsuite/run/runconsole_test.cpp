@@ -87,13 +87,13 @@ TEST_F(RunConsole, ShowsUnknownErrors)
               BoldColored(L"FEHLER (Unbekannter Fehler)", LuColor::c_RED));
 }
 
-TEST_F(RunConsole, ShowsCasesThatMatchNothing)
+TEST_F(RunConsole, ShowsCasesOfUnknownClasses)
 {
     EXPECT_EQ(GetResultLine(L"CUnknownModel", L"Fall"),
               BoldColored(L"FEHLER (Keinen passenden Testfall gefunden.)", LuColor::c_RED));
 }
 
-TEST_F(RunConsole, ShowsTooLongANameAsUnknownError)
+TEST_F(RunConsole, ShowsACaseWithTooLongANameAsUnknownError)
 {
     EXPECT_EQ(GetResultLine(L"CLongNameModel", std::wstring(1024, L'n')),
               BoldColored(L"FEHLER (Unbekannter Fehler)", LuColor::c_RED));
@@ -126,7 +126,7 @@ TEST_F(RunConsole, ShowsNoCounterForOneRepetition)
     EXPECT_EQ(m_output.GetLines().at(1), Plain(L"\teins... "));
 }
 
-TEST_F(RunConsole, ShowsAnEmptySummaryForNoRepetitions)
+TEST_F(RunConsole, ShowsAnEmptySummaryForZeroRepetitions)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})});
     setup.params.repetitions = 0;
@@ -140,7 +140,7 @@ TEST_F(RunConsole, ShowsAnEmptySummaryForNoRepetitions)
                                   L"\tErfolgreich:\t0 Klassen, 0 Tests\n");
 }
 
-TEST_F(RunConsole, RepeatsTheHeadingWhenAUnitTestContinues)
+TEST_F(RunConsole, RepeatsTheHeadingForASecondUnitTestOfAClass)
 {
     Run(MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"}), MakeUnitTest(L"CPassedModel", {L"eins"})}));
 
@@ -148,7 +148,7 @@ TEST_F(RunConsole, RepeatsTheHeadingWhenAUnitTestContinues)
     EXPECT_EQ(text.substr(0, text.find(L"\n\n")), L"CPassedModel\n\teins... OK\nCPassedModel\n\teins... OK");
 }
 
-TEST_F(RunConsole, AppendsTheTimeWhenAsked)
+TEST_F(RunConsole, AppendsTheTimeIfRepetitionsAreGiven)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CPassedModel", {L"eins"})});
     setup.params.repetitionsGiven = true;
@@ -175,7 +175,7 @@ TEST_F(RunConsole, AppendsABlankWhenVerboseWithoutThreadAndProcess)
     EXPECT_EQ(GetResultLine(setup), BoldColored(L"OK ", LuColor::c_GREEN));
 }
 
-TEST_F(RunConsole, AppendsTheBlankBehindTheTime)
+TEST_F(RunConsole, AppendsTheBlankOfVerboseLinesBehindTheTime)
 {
     LuTestSuiteSetup setup = MakeSetup({MakeUnitTest(L"CUnknownModel", {L"Fall"})});
     setup.params.repetitionsGiven = true;

@@ -81,7 +81,7 @@ TEST_F(RunEvents, ComeInTheOrderOfTheCases)
                                             L"finished allein 1", L"ended 2"));
 }
 
-TEST_F(RunEvents, EncloseWhatTheCaseDoes)
+TEST_F(RunEvents, EncloseTheExecutionOfTheCase)
 {
     s_firstCase = [this] { m_events.lines.emplace_back(L"runs"); };
 
@@ -91,7 +91,7 @@ TEST_F(RunEvents, EncloseWhatTheCaseDoes)
                                             L"finished zwei 0", L"ended 2"));
 }
 
-TEST_F(RunEvents, TellOfARunWithoutCases)
+TEST_F(RunEvents, ReportARunWithoutCases)
 {
     LuTestSuiteSetup setup = MakeSetup(std::wstring());
     setup.includes = {L"gibt es nicht"};
@@ -101,7 +101,7 @@ TEST_F(RunEvents, TellOfARunWithoutCases)
     EXPECT_THAT(m_events.lines, ElementsAre(L"planned 0", L"ended 0"));
 }
 
-TEST_F(RunEvents, TellTheRecordThatTheRunReturns)
+TEST_F(RunEvents, CarryTheRecordThatTheRunReturns)
 {
     s_firstCase = [] { throw 42; };
 
@@ -115,7 +115,7 @@ TEST_F(RunEvents, TellTheRecordThatTheRunReturns)
     EXPECT_TRUE(info.executed);
 }
 
-TEST_F(RunEvents, TellTheNumberOfTheAttempt)
+TEST_F(RunEvents, CarryTheNumberOfTheAttempt)
 {
     struct Attempts : LuTestSuiteRun::IRunObserver
     {
@@ -129,7 +129,7 @@ TEST_F(RunEvents, TellTheNumberOfTheAttempt)
     EXPECT_EQ(attempts.attempt, 3U);
 }
 
-TEST_F(RunEvents, ComeFromTheWorkerWhileOthersAreBusy)
+TEST_F(RunEvents, ComeFromAWorkerWhileAnotherIsBusy)
 {
     Latch otherHasFinished(1);
     std::atomic<bool> isHere = false;
@@ -171,7 +171,7 @@ TEST_F(RunEvents, ComeOneAtATimeAndNeverDuringTheCancellationQuery)
     EXPECT_EQ(m_events.ends.size(), 200U);
 }
 
-TEST_F(RunEvents, TellThatTheRunWasCanceled)
+TEST_F(RunEvents, ReportACancellation)
 {
     LuTestSuiteSetup setup = MakeObserved();
     setup.checkCallback = [this] { return m_events.ends.size() == 1; };
@@ -182,7 +182,7 @@ TEST_F(RunEvents, TellThatTheRunWasCanceled)
                 ElementsAre(L"planned 2", L"started eins", L"finished eins 0", L"canceled", L"ended 1"));
 }
 
-TEST_F(RunEvents, TellOnceThatTheRunWasCanceled)
+TEST_F(RunEvents, ReportACancellationOnlyOnce)
 {
     LuTestSuiteSetup setup = MakeObserved(4);
     setup.params.repetitions = 50;
@@ -197,7 +197,7 @@ TEST_F(RunEvents, TellOnceThatTheRunWasCanceled)
     EXPECT_LT(m_events.ends.size(), 20U);
 }
 
-TEST_F(RunEvents, TellOfACaseThatWasCanceledBeforeItBegan)
+TEST_F(RunEvents, ReportACaseThatWasCanceledBeforeItBegan)
 {
     LuTestSuiteSetup setup = MakeObserved();
     setup.checkCallback = [this] { return m_events.lines.size() == 2; };
@@ -209,7 +209,7 @@ TEST_F(RunEvents, TellOfACaseThatWasCanceledBeforeItBegan)
     EXPECT_EQ(m_events.ends.at(0).end.kind, ECaseEnd::Canceled);
 }
 
-TEST_F(RunEvents, TellOfACaseThatIsCanceledInItsChild)
+TEST_F(RunEvents, ReportACaseThatIsCanceledInItsChild)
 {
     LuTestSuiteSetup setup = MakeCrash({L"Endlosschleife", L"nachher"});
     setup.checkCallback = [this, questions = 0]() mutable { return m_events.lines.size() == 2 && ++questions > 1; };
@@ -236,7 +236,7 @@ TEST_F(RunEvents, NameTheProcessOfACase)
     EXPECT_EQ(m_events.ends[1].end.processId, own);
 }
 
-TEST_F(RunEvents, NameAnotherProcessForEachIsolatedCase)
+TEST_F(RunEvents, NameADifferentProcessForEachIsolatedCase)
 {
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"nachher"});
     setup.params.isolated = true;
@@ -247,7 +247,7 @@ TEST_F(RunEvents, NameAnotherProcessForEachIsolatedCase)
     EXPECT_NE(m_events.processes[0], m_events.processes[1]);
 }
 
-TEST_F(RunEvents, TellHowAChildHasEnded)
+TEST_F(RunEvents, CarryTheExitStatusAndLastLinesOfAChild)
 {
     Watch(MakeCrash({L"schreibt viel und endet"}));
 
@@ -259,7 +259,7 @@ TEST_F(RunEvents, TellHowAChildHasEnded)
     EXPECT_EQ(end.lastLines.back(), L"Zeile 200");
 }
 
-TEST_F(RunEvents, TellWhatACaseHadWrittenAtItsTimeLimit)
+TEST_F(RunEvents, CarryTheLastLinesOfACaseThatExceedsItsTimeLimit)
 {
     // The first case starts the child, so that the limit of 0 s does not include its start.
     LuTestSuiteSetup setup = MakeCrash({L"vorher", L"schreibt und hängt"});
@@ -274,7 +274,7 @@ TEST_F(RunEvents, TellWhatACaseHadWrittenAtItsTimeLimit)
     EXPECT_EQ(end.info.messages, L"\t\tINFO:  vor der Endlosschleife\n");
 }
 
-TEST_F(RunEvents, TellOfACaseWhoseNameIsTooLong)
+TEST_F(RunEvents, ReportACaseWhoseNameIsTooLong)
 {
     Watch(MakeSetup({MakeUnitTest(L"CObservedModel", {std::wstring(1024, L'n')})}));
 
@@ -287,7 +287,7 @@ class RunEventsFailing : public RunEvents, public testing::WithParamInterface<st
 {
 };
 
-TEST_P(RunEventsFailing, EndTheRunWithTheException)
+TEST_P(RunEventsFailing, EndTheRunWithTheExceptionOfTheObserver)
 {
     LuTestSuiteSetup setup = MakeObserved();
     setup.checkCallback = [this] { return m_events.ends.size() == 1; };
@@ -333,7 +333,7 @@ TEST_F(RunEventsBusy, EndTheOtherCasesWhenAnObserverThrows)
     EXPECT_EQ(m_events.lines.back(), L"finished nachher 0");
 }
 
-TEST_F(RunEventsBusy, EndTheOtherCasesWhenTheNotificationThrows)
+TEST_F(RunEventsBusy, EndTheOtherCasesWhenTheResultCallbackThrows)
 {
     LuTestSuiteSetup setup = MakeBusy();
     setup.resultCallback = [](ECaseRunResult) { throw std::wstring(L"kaputt"); };

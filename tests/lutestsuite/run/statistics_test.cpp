@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Results, CountCasesFailure,
                                          ECaseRunResult::NoMatchingCase, ECaseRunResult::Canceled,
                                          ECaseRunResult::TimeOut));
 
-TEST(CountCases, CountsCanceledCasesAndThoseThatTookTooLong)
+TEST(CountCases, CountsCanceledAndTimedOutCases)
 {
     const SStats stats =
         Count({MakeCase(0, ECaseRunResult::Canceled, false), MakeCase(0, ECaseRunResult::TimeOut, false)}, 1);
@@ -102,7 +102,7 @@ TEST(CountCases, OmitsUnexecutedCases)
     EXPECT_EQ(stats.unitTestsExecuted, 0U);
 }
 
-TEST(CountCases, KeepsTheRangeOfMemoryPeaks)
+TEST(CountCases, FindsTheRangeAndTheSumOfMemoryPeaks)
 {
     std::vector<SCaseInfo> cases(3, MakeCase(0, ECaseRunResult::Ok, false));
     cases[0].peakMemory = 20;

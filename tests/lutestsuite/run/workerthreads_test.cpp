@@ -7,7 +7,7 @@ namespace
 
 using LuTestSuiteRun::GetWorkerCount;
 
-TEST(GetWorkerCount, IsOneForZero)
+TEST(GetWorkerCount, IsAtLeastOne)
 {
     EXPECT_EQ(GetWorkerCount(0), 1U);
     EXPECT_EQ(GetWorkerCount(1), 1U);
@@ -19,7 +19,7 @@ TEST(GetWorkerCount, IsTheRequestedNumberUpTo256)
     EXPECT_EQ(GetWorkerCount(256), 256U);
 }
 
-TEST(GetWorkerCount, Is256ForMore)
+TEST(GetWorkerCount, Is256ForLargerRequests)
 {
     EXPECT_EQ(GetWorkerCount(257), 256U);
     EXPECT_EQ(GetWorkerCount(1000), 256U);

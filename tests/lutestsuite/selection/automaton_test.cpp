@@ -67,7 +67,7 @@ TEST(Automaton, FindsNothingWithoutExpressions)
     EXPECT_FALSE(CAutomaton().IsFoundIn(L""));
 }
 
-TEST(Automaton, FindsThousandsOfTextsLikeSearchesForEach)
+TEST(Automaton, FindsThousandsOfTextsLikeSeparateSearches)
 {
     CRandom random(1);
     Texts texts;
@@ -99,7 +99,7 @@ TEST(Automaton, FindsThousandsOfTextsLikeSearchesForEach)
     }
 }
 
-TEST(Automaton, FindsThousandsOfExpressionsTogetherAsAlone)
+TEST(Automaton, FindsThousandsOfExpressionsLikeSeparateSearches)
 {
     CRandom random(2);
     CRandomExpression expressions(random);

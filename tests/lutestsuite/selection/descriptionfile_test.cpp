@@ -190,7 +190,7 @@ TEST_F(DescriptionFile, MatchesNoCaseWithoutAName)
     EXPECT_THAT(GetMatchedCases(""), IsEmpty());
 }
 
-TEST_F(DescriptionFile, WarnsOfANameThatIsNoExpression)
+TEST_F(DescriptionFile, WarnsOfANameThatIsNoValidExpression)
 {
     EXPECT_THAT(GetMatchedCases("name='a{x}'"), IsEmpty());
     ExpectWarning(L"Warnung XML '", L"': Ungültiger Name 'a{x}'.\n");
@@ -277,7 +277,7 @@ TEST_F(DescriptionFile, DisablesCasesWithTheExactTextFalse)
                 ElementsAre(L"zwei", L"a+b", L"aab", L"level\uFF08\u65E7\uFF09.txt"));
 }
 
-TEST_F(DescriptionFile, EnablesACaseAgain)
+TEST_F(DescriptionFile, LetsALaterElementEnableACaseAgain)
 {
     EXPECT_THAT(GetEnabledCases("<TestCase name='*'><Enable>false</Enable></TestCase>"
                                 "<TestCase name='zwei'><Enable>true</Enable></TestCase>"),
@@ -292,7 +292,7 @@ TEST_F(DescriptionFile, MatchesWideFormsOfOperators)
     EXPECT_EQ(GetMatchedCases("name='level（旧）{1}.txt'"), expected);
 }
 
-TEST_F(DescriptionFile, WarnsOfASyntaxErrorAndChangesNothing)
+TEST_F(DescriptionFile, WarnsOfASyntaxErrorAndIsIgnored)
 {
     const auto test = Read("<ExtraInfo><Contact/><TestCase name='*'><Enable>false</Enable></TestCase>");
 
@@ -301,7 +301,7 @@ TEST_F(DescriptionFile, WarnsOfASyntaxErrorAndChangesNothing)
     EXPECT_THAT(test.cases.at(0).parameters, IsEmpty());
 }
 
-TEST_F(DescriptionFile, WarnsOfADirectoryInItsPlaceAndKeepsTheRecord)
+TEST_F(DescriptionFile, WarnsOfADirectoryInItsPlaceAndKeepsTheUnitTest)
 {
     const std::wstring file = LbPath::WithoutSeparator(m_folder.MakeFolder(L"CScanDescribed/#ExtraInfo.xml"));
 
@@ -352,14 +352,14 @@ std::string Repeat(const std::string& text, std::size_t count)
     return repeated;
 }
 
-TEST_F(DescriptionFileLongNames, MatchWildcardsOfManyStars)
+TEST_F(DescriptionFileLongNames, MatchWildcardsWithManyStars)
 {
     EXPECT_THAT(GetEnabledCases(MakeElement(Repeat("*a", 750)) + MakeElement(Repeat("*a", 20) + "*x")),
                 ElementsAre(L"kurz"));
     EXPECT_EQ(m_output.GetText(), L"");
 }
 
-TEST_F(DescriptionFileLongNames, AnOverlongElementIsIgnoredAlone)
+TEST_F(DescriptionFileLongNames, AnOverlongElementDoesNotAffectOtherElements)
 {
     const std::string overlong = Repeat("a{2}{2}", 200'000);
 

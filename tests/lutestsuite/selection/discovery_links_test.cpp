@@ -52,7 +52,7 @@ protected:
     ScopedFolder m_target;
 };
 
-TEST_F(ScanLinkedFolders, FindsTwoClassesWithOneFolder)
+TEST_F(ScanLinkedFolders, FindsTwoClassesThatLinkToOneFolder)
 {
     ASSERT_TRUE(Link(L"CScanNamed", m_target.GetPath()));
     ASSERT_TRUE(Link(L"CScanFiles", m_target.GetPath()));
@@ -60,7 +60,7 @@ TEST_F(ScanLinkedFolders, FindsTwoClassesWithOneFolder)
     EXPECT_THAT(Scan(), UnorderedElementsAre(L"CScanNamed/", L"CScanFiles/"));
 }
 
-TEST_F(ScanLinkedFolders, FindsOneClassTwiceWithOneFolder)
+TEST_F(ScanLinkedFolders, FindsAClassTwiceIfTwoLinksLeadToOneFolder)
 {
     m_folder.MakeFolder(L"a");
     m_folder.MakeFolder(L"b");
@@ -70,7 +70,7 @@ TEST_F(ScanLinkedFolders, FindsOneClassTwiceWithOneFolder)
     EXPECT_THAT(Scan(), UnorderedElementsAre(L"a/CScanNamed/", L"b/CScanNamed/"));
 }
 
-TEST_F(ScanLinkedFolders, FollowsNoLinkToAFolderAbove)
+TEST_F(ScanLinkedFolders, FollowsNoLinkToAParentFolder)
 {
     m_folder.MakeFolder(L"a/b/CScanNamed");
     ASSERT_TRUE(Link(L"a/b/oben", m_folder.GetPath()));

@@ -149,7 +149,7 @@ TEST_F(ScanDirectoryForUnitTests, SearchesFoldersWithSimilarNames)
     EXPECT_EQ(ScanForDirectories().size(), 3U);
 }
 
-TEST_F(ScanDirectoryForUnitTests, DoesNotTestTheDataDirectoryItselfForVersionControl)
+TEST_F(ScanDirectoryForUnitTests, DoesNotTakeTheDataDirectoryForAFolderOfVersionControl)
 {
     const std::wstring directory = m_folder.MakeFolder(L"kopie.svn");
     m_folder.MakeFolder(L"kopie.svn/CScanNamed");
@@ -326,7 +326,7 @@ TEST_F(ScanDirectoryForUnitTests, StartsCasesWithoutParameters)
     EXPECT_THAT(Scan().at(0).cases.at(0).parameters, IsEmpty());
 }
 
-TEST_F(ScanDirectoryForUnitTests, GivesEachCaseItsParametersInADenseMap)
+TEST_F(ScanDirectoryForUnitTests, GivesEachCaseAParameterMapWithALoadFactorOfOneAndAHalf)
 {
     m_folder.WriteFile(L"CScanFiles/a.txt", "");
     m_folder.WriteFile(L"CScanNamed/#ExtraInfo.xml",
@@ -344,7 +344,7 @@ TEST_F(ScanDirectoryForUnitTests, GivesEachCaseItsParametersInADenseMap)
     EXPECT_EQ(count, 4U);
 }
 
-TEST_F(ScanDirectoryForUnitTests, GivesACaseThatItsClassDisablesAMapOf128Buckets)
+TEST_F(ScanDirectoryForUnitTests, GivesACaseDisabledByItsClassAMapOf128Buckets)
 {
     m_folder.MakeFolder(L"CScanDisables");
 
@@ -357,7 +357,7 @@ TEST_F(ScanDirectoryForUnitTests, GivesACaseThatItsClassDisablesAMapOf128Buckets
     EXPECT_EQ(cases[1].parameters.max_load_factor(), 1.5F);
 }
 
-TEST_F(ScanDirectoryForUnitTests, AsksTheInstanceInOrderAndDestroysIt)
+TEST_F(ScanDirectoryForUnitTests, CallsTheUnitTestInOrderAndDestroysIt)
 {
     SJournal& journal = SJournal::GetInstance();
     journal.calls.clear();

@@ -119,14 +119,14 @@ TEST_P(LongExpression, MayHaveThousandsOfAlternatives)
 
 INSTANTIATE_TEST_SUITE_P(WithAutomatonAndEngine, LongExpression, testing::Bool());
 
-TEST(LongExpressionAlone, OfTooManyNestedGroupsIsTooLargeWithoutCases)
+TEST(LongExpressionAlone, WithTooManyNestedGroupsIsRefusedEvenWithoutCases)
 {
     const std::wstring nested = Repeat(L"(", 60'000) + Repeat(L")", 60'000);
 
     EXPECT_EQ(GetMessage({}, nested), L"Regulärer Ausdruck '" + std::wstring(80, L'(') + L"...' ist zu groß");
 }
 
-TEST(LongExpressionAlone, ThatIsInvalidIsNamedByItsBegin)
+TEST(LongExpressionAlone, ThatIsInvalidIsQuotedUpTo80Characters)
 {
     EXPECT_EQ(GetMessage({}, Repeat(L"a", 80) + L"["),
               L"Ungültiger regulärer Ausdruck '" + std::wstring(80, L'a') + L"...'");
@@ -134,7 +134,7 @@ TEST(LongExpressionAlone, ThatIsInvalidIsNamedByItsBegin)
               L"Ungültiger regulärer Ausdruck '" + std::wstring(79, L'a') + L"['");
 }
 
-TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamed)
+TEST(LongExpressionAlone, ThatExhaustsTheStackIsReported)
 {
     if (!c_AllowsDeepStacks)
     {
@@ -145,7 +145,7 @@ TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamed)
     EXPECT_EQ(message, L"Regulärer Ausdruck ':(x)*\\1z?y$' braucht mehr Stack, als es gibt");
 }
 
-TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamedByItsBegin)
+TEST(LongExpressionAlone, ThatExhaustsTheStackIsQuotedUpTo80Characters)
 {
     if (!c_AllowsDeepStacks)
     {
@@ -157,7 +157,7 @@ TEST(LongExpressionAlone, ThatExhaustsTheStackIsNamedByItsBegin)
               L"Regulärer Ausdruck '" + expression.substr(0, 80) + L"...' braucht mehr Stack, als es gibt");
 }
 
-TEST(LongExpressionAlone, IsSearchedWhereTheAddressSpaceIsLimited)
+TEST(LongExpressionAlone, IsSearchedInALimitedAddressSpace)
 {
     if (!c_AllowsDeepStacks)
     {
@@ -178,7 +178,7 @@ TEST(LongExpressionAlone, IsSearchedWhereTheAddressSpaceIsLimited)
     }
 }
 
-TEST(LongExpressionAlone, ThatExhaustsTheSmallestStackIsNamed)
+TEST(LongExpressionAlone, ThatExhaustsTheSmallestStackIsReported)
 {
     if (!c_AllowsDeepStacks)
     {
@@ -197,7 +197,7 @@ TEST(LongExpressionAlone, ThatExhaustsTheSmallestStackIsNamed)
     }
 }
 
-TEST(LongExpressionAlone, ThatIsPlainTextIsSearchedInNamesOfMillionsOfCharacters)
+TEST(LongExpressionAlone, WithoutGroupsIsSearchedInNamesOfMillionsOfCharacters)
 {
     EXPECT_EQ(CountSelected({std::wstring(5'000'000, L'x'), L"y"}, L"^.*y$"), 1U);
 }

@@ -107,7 +107,7 @@ TEST(RandomExpressions, AgreeWithTheStandardLibrary)
     EXPECT_LT(selectedCount, validCount * 15);
 }
 
-TEST(RandomExpressions, SelectTheSameTogetherAndAlone)
+TEST(RandomExpressions, SelectTheSameCasesTogetherAsAlone)
 {
     CRandom random(2);
     CRandomExpression expressions(random);
@@ -148,7 +148,7 @@ std::wstring MakeRareLookAhead(CRandom& random)
     return expression.replace(expression.find(L"%s"), 2, literal);
 }
 
-TEST(RandomExpressions, WithLookAheadsSelectTheSameTogetherAndAlone)
+TEST(RandomExpressions, WithLookAheadsSelectTheSameCasesTogetherAsAlone)
 {
     CRandom random(3);
     std::size_t selectedCount = 0;

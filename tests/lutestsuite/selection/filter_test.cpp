@@ -87,7 +87,7 @@ TEST_F(FilterTestCases, SearchesPlainLettersAnywhereInThePathName)
                 ElementsAre(L"CErster:eins", L"CZweiter:eins", L"CZweiter:eins.txt", L"CZweiter:kleineins"));
 }
 
-TEST_F(FilterTestCases, SearchesDirectoryAndClassToo)
+TEST_F(FilterTestCases, SearchesDirectoryAndClassAsWell)
 {
     Filter({L"alpha", L"CZweiter:k"});
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:eins", L"CErster:zwei", L"CErster:drei", L"CZweiter:kleineins"));
@@ -130,13 +130,13 @@ TEST_F(FilterTestCases, ReadsPatternsAsEcmaScript)
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CZweiter:eins.txt"));
 }
 
-TEST_F(FilterTestCases, ExcludesFromEverythingWithoutIncludes)
+TEST_F(FilterTestCases, ExcludesFromAllCasesWithoutIncludePatterns)
 {
     Filter({}, {L"eins", L"drei"});
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei"));
 }
 
-TEST_F(FilterTestCases, PrefersExcludingToIncluding)
+TEST_F(FilterTestCases, PrefersExcludePatternsToIncludePatterns)
 {
     Filter({L":eins$", L":zwei$"}, {L"CErster:eins"});
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:zwei", L"CZweiter:eins"));
@@ -150,7 +150,7 @@ TEST_F(FilterTestCases, DropsUnitTestsWithoutSelectedCases)
     EXPECT_EQ(m_tests[0].cases.size(), 1U);
 }
 
-TEST_F(FilterTestCases, KeepsAllOtherDataOfTestsAndCases)
+TEST_F(FilterTestCases, KeepsAllDataOfSelectedTestsAndCases)
 {
     SUnitTest& test = m_tests[1];
     test.contacts = {{L"Anna", L"anna@example.org", L"Autorin"}};
@@ -171,7 +171,7 @@ TEST_F(FilterTestCases, KeepsAllOtherDataOfTestsAndCases)
     EXPECT_EQ(left.cases[0].parameters.at(L"TimeOutSec"), LbVariant(5U));
 }
 
-TEST_F(FilterTestCases, DistinguishesTestsOfOneName)
+TEST_F(FilterTestCases, DistinguishesUnitTestsOfTheSameClass)
 {
     m_tests[1].className = L"CErster";
     Filter({L"eins$"});
@@ -180,14 +180,14 @@ TEST_F(FilterTestCases, DistinguishesTestsOfOneName)
     EXPECT_EQ(m_tests[1].dataDirectory, L"/daten/beta/CZweiter/");
 }
 
-TEST_F(FilterTestCases, StopsAtTheMaximum)
+TEST_F(FilterTestCases, StopsAtTheMaximumOfCases)
 {
     m_maxCases = 4;
     Filter({});
     EXPECT_THAT(GetSelected(), ElementsAre(L"CErster:eins", L"CErster:zwei", L"CErster:drei", L"CZweiter:eins"));
 }
 
-TEST_F(FilterTestCases, StopsBetweenUnitTests)
+TEST_F(FilterTestCases, StopsBetweenUnitTestsIfTheMaximumIsReached)
 {
     m_maxCases = 3;
     Filter({});
@@ -205,7 +205,7 @@ TEST_F(FilterTestCases, KeepsOneCaseForAMaximumOfOneOrZero)
     }
 }
 
-TEST_F(FilterTestCases, CountsSelectedCasesOnly)
+TEST_F(FilterTestCases, CountsOnlySelectedCasesTowardsTheMaximum)
 {
     m_maxCases = 2;
     Filter({}, {L"eins$"});
@@ -332,7 +332,7 @@ TEST_P(FilterTestCasesInvalid, ExcludePatternIsNamed)
     EXPECT_THAT(FilterAndGetMessage({}, {L"[a"}), HasSubstr(L"'[a'"));
 }
 
-TEST_P(FilterTestCasesInvalid, IncludePatternIsNamedFirst)
+TEST_P(FilterTestCasesInvalid, IncludePatternIsNamedBeforeExcludePattern)
 {
     EXPECT_THAT(FilterAndGetMessage({L"*"}, {L"[a"}), HasSubstr(L"'*'"));
 }
@@ -407,7 +407,7 @@ TEST_F(FilterTestCasesStored, AreComparedLiterally)
     EXPECT_THAT(GetSelected(), IsEmpty());
 }
 
-TEST_F(FilterTestCasesStored, SelectEverythingWhenThereAreNone)
+TEST_F(FilterTestCasesStored, SelectEverythingIfTheFileHasNone)
 {
     Store("<Config><Tests/></Config>");
     Filter({});

@@ -34,7 +34,7 @@ bool IsFound(const Texts& sources, const std::wstring& name)
     return expressions.IsFoundIn(name);
 }
 
-TEST(GuardedExpressions, AreNegativeLookAheadsAtTheBeginning)
+TEST(GuardedExpressions, BeginWithANegativeLookAhead)
 {
     EXPECT_TRUE(CanTake(L"^(?!.*slow)"));
     EXPECT_TRUE(CanTake(L"^(?!.*slow|.*(?:old|bad)$).*\\.txt$"));
@@ -52,7 +52,7 @@ TEST(GuardedExpressions, AreNegativeLookAheadsAtTheBeginning)
     EXPECT_FALSE(CanTake(L"^(?!" + std::wstring(20'000, L'a') + L")"));
 }
 
-TEST(GuardedExpressions, AreFoundWhereTheirGuardIsNot)
+TEST(GuardedExpressions, AreFoundOnlyIfTheirGuardIsNot)
 {
     EXPECT_TRUE(IsFound({L"^(?!.*slow)"}, L"fast"));
     EXPECT_TRUE(IsFound({L"^(?!.*slow)"}, L""));

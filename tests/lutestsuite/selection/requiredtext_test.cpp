@@ -15,7 +15,7 @@ std::wstring GetTextOf(const std::wstring& expression)
     return syntax ? LuTestSuite::GetRequiredText(syntax->root) : L"no syntax";
 }
 
-TEST(RequiredText, IsAPlainTextItself)
+TEST(RequiredText, IsTheWholeOfAPlainText)
 {
     EXPECT_EQ(GetTextOf(L"data set"), L"data set");
     EXPECT_EQ(GetTextOf(L"\\.txt"), L".txt");
@@ -23,7 +23,7 @@ TEST(RequiredText, IsAPlainTextItself)
     EXPECT_EQ(GetTextOf(L""), L"");
 }
 
-TEST(RequiredText, IsTheLongestOfSeveral)
+TEST(RequiredText, IsTheLongestOfSeveralTexts)
 {
     EXPECT_EQ(GetTextOf(L"ab.*cde.fg"), L"cde");
     EXPECT_EQ(GetTextOf(L"abc[de]fgh"), L"abc");
@@ -38,7 +38,7 @@ TEST(RequiredText, IgnoresAssertions)
     EXPECT_EQ(GetTextOf(L"ab(?=longer)cd"), L"ab");
 }
 
-TEST(RequiredText, IgnoresWhatMayBeMissing)
+TEST(RequiredText, IgnoresOptionalParts)
 {
     EXPECT_EQ(GetTextOf(L"(?:abc)*d"), L"d");
     EXPECT_EQ(GetTextOf(L"(?:abc)?d"), L"d");
@@ -47,14 +47,14 @@ TEST(RequiredText, IgnoresWhatMayBeMissing)
     EXPECT_EQ(GetTextOf(L"(abc|def)g"), L"g");
 }
 
-TEST(RequiredText, IncludesWhatIsRepeatedAtLeastOnce)
+TEST(RequiredText, IncludesPartsRepeatedAtLeastOnce)
 {
     EXPECT_EQ(GetTextOf(L"(?:abc)+d"), L"abc");
     EXPECT_EQ(GetTextOf(L"(?:abc){2,}d"), L"abc");
     EXPECT_EQ(GetTextOf(L"a+"), L"a");
 }
 
-TEST(RequiredText, DoesNotJoinWhatARepetitionSeparates)
+TEST(RequiredText, DoesNotJoinTextsThatARepetitionSeparates)
 {
     EXPECT_EQ(GetTextOf(L"ab+cd"), L"cd");
     EXPECT_EQ(GetTextOf(L"ab*cd"), L"cd");

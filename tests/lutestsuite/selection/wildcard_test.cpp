@@ -55,13 +55,13 @@ TEST(GenerateWildcardRegex, CombinesAWordAndAllWildcards)
     EXPECT_FALSE(Matches(L"wort?.*", L"wort1-txt"));
 }
 
-TEST(JoinStars, LeavesSingleStarsAndOtherCharacters)
+TEST(JoinStars, JoinsOnlyConsecutiveStars)
 {
     EXPECT_EQ(LuTestSuite::JoinStars(L"***a**bb??*?*"), L"*a*bb??*?*");
     EXPECT_EQ(LuTestSuite::JoinStars(L""), L"");
 }
 
-TEST(GetTexts, AreTheTextsBetweenWildcards)
+TEST(GetTexts, ReturnsTheTextsBetweenWildcards)
 {
     using Texts = std::vector<std::wstring_view>;
     EXPECT_EQ(LuTestSuite::GetTexts(L"*ab?cde*fgh?"), (Texts{L"ab", L"cde", L"fgh"}));
@@ -111,7 +111,7 @@ TEST(GenerateWildcardRegex, DoesNotMatchLineEndsByWildcards)
     }
 }
 
-TEST(GenerateWildcardRegex, KeepsBackslashesInFrontOfWildcards)
+TEST(GenerateWildcardRegex, TreatsABackslashLiterally)
 {
     EXPECT_TRUE(Matches(L"a\\*", L"a\\bc"));
     EXPECT_FALSE(Matches(L"a\\*", L"a*"));
@@ -133,7 +133,7 @@ TEST(GenerateWildcardRegex, ThrowsForAnInvalidRepetitionCount)
     EXPECT_THROW(LuTestSuiteUtils::GenerateWildcardRegex(L"a{x}"), std::regex_error);
 }
 
-TEST(GenerateWildcardRegex, ReturnsAnEmptyNameForAnEmptyWildcard)
+TEST(GenerateWildcardRegex, MatchesOnlyAnEmptyNameForAnEmptyWildcard)
 {
     EXPECT_TRUE(Matches(L"", L""));
     EXPECT_FALSE(Matches(L"", L"a"));

@@ -107,7 +107,7 @@ TEST_F(CommandLineErrors, KeepTheOptionsBeforeThem)
     EXPECT_THAT(GetChangedFields(m_setup), ElementsAre("includes[]=muster", "verbose=true"));
 }
 
-TEST_F(CommandLineErrors, StopAtTheFirst)
+TEST_F(CommandLineErrors, EndParsingAtTheFirstError)
 {
     Refuse({L"--erste", L"--zweite", L"-d"});
 
@@ -151,7 +151,7 @@ TEST_F(CommandLineErrors, TakePrecedenceOverTheRequestForHelp)
     EXPECT_EQ(m_output.GetText(), L"Fehler: Unbekannte Option --unbekannt\n");
 }
 
-TEST_F(CommandLineErrors, NameAMissingDataDirectoryNormalised)
+TEST_F(CommandLineErrors, NameAMissingDataDirectoryWithSeparator)
 {
     const ScopedFolder folder;
     const std::wstring missing = folder.GetPathOf(L"gibt es nicht");
@@ -185,7 +185,7 @@ TEST_F(CommandLineErrors, RefuseAFileAsDataDirectory)
     EXPECT_TRUE(m_output.GetText().starts_with(L"Fehler: Datenverzeichnis '" + file));
 }
 
-TEST_F(CommandLineErrors, CheckTheDataDirectoryInEveryMode)
+TEST_F(CommandLineErrors, ReportAMissingDataDirectoryInQueryMode)
 {
     const ScopedFolder folder;
     const std::wstring missing = folder.GetPathOf(L"gibt es nicht");

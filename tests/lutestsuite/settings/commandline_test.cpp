@@ -121,7 +121,7 @@ TEST_F(CommandLine, PutsASeparatorBehindTheDataDirectory)
     EXPECT_EQ(m_setup.dataDir, folder.GetPath());
 }
 
-TEST_F(CommandLine, SetsToleranceOfWarningsAgain)
+TEST_F(CommandLine, EnablesToleranceOfWarnings)
 {
     m_setup.tolerateWarnings = false;
 
@@ -141,7 +141,7 @@ TEST_F(CommandLine, CollectsEveryOccurrenceOfListOptions)
     EXPECT_THAT(m_setup.dlls, ElementsAre(L"m1", L"m2"));
 }
 
-TEST_F(CommandLine, UsesTheLastOccurrenceOfASingleOption)
+TEST_F(CommandLine, UsesTheLastOccurrenceOfAnOptionWithASingleValue)
 {
     Process({L"--xml", L"a.xml", L"-r", L"2", L"--delete-duplicates", L"--xml", L"b.xml", L"--repetitions", L"3",
              L"--list-duplicates"});
@@ -183,7 +183,7 @@ TEST_F(CommandLine, ReplacesAThreadCountOfZeroBeforeParallel)
     EXPECT_EQ(m_setup.params.workerThreads, LuTestSuiteUtils::GetDefaultThreadCount());
 }
 
-TEST_F(CommandLine, KeepsAThreadCountOfZeroAlone)
+TEST_F(CommandLine, KeepsAThreadCountOfZeroWithoutParallel)
 {
     Process({L"-w", L"0"});
 

@@ -101,7 +101,7 @@ TEST(ReadConfigXML, KeepsABoolWhoseTextIsInCapitals)
     EXPECT_THAT(GetChangedFields(data), IsEmpty());
 }
 
-TEST(ReadConfigXML, ReadsTheDigitsOfANumber)
+TEST(ReadConfigXML, ReadsTheLeadingDigitsOfANumber)
 {
     const SConfigFileData data =
         ReadConfig("<Config><ThreadCount>12abc</ThreadCount><RepetitionCount>abc</RepetitionCount></Config>");
@@ -145,7 +145,7 @@ TEST(ReadConfigXML, AcceptsElementsInAnyOrder)
     EXPECT_EQ(GetChangedFields(data), (Fields{"dataDirHistory[]=p", "tests[]=C:f", "Isolated=true", "BreakAllocID=1"}));
 }
 
-TEST(ReadConfigXML, ReadsEightBitText)
+TEST(ReadConfigXML, ReadsLatin1Text)
 {
     const std::string declared = "<?xml version='1.0' encoding='ISO-8859-1'?>";
     const std::string content = "<Config><DataDirHistory><D path='Gr\xF6\xDF"

@@ -80,7 +80,7 @@ TEST(LuTestSuiteSetup, NeverStopsARunByDefault)
     EXPECT_FALSE(LuTestSuiteSetup().checkCallback());
 }
 
-TEST(LuTestSuiteSetup, DropsResultsByDefault)
+TEST(LuTestSuiteSetup, IgnoresResultsByDefault)
 {
     LuTestSuiteSetup setup;
     const Fields before = GetFields(setup);
@@ -90,7 +90,7 @@ TEST(LuTestSuiteSetup, DropsResultsByDefault)
     EXPECT_EQ(GetFields(setup), before);
 }
 
-TEST(LuTestSuiteSetup, FillsEveryFieldOfTheTestRecord)
+TEST(LuTestSuiteSetup, DiffersInEveryFieldFromTheFilledRecord)
 {
     // The tests below rely on this: no field of the filled record equals its default.
     const Fields defaults = GetFields(LuTestSuiteSetup());
@@ -279,7 +279,7 @@ TEST(LuTestSuiteSetup, ReleasesItsCallables)
     EXPECT_EQ(owned.use_count(), 1);
 }
 
-TEST(LuTestSuiteSetup, IsAPlainValue)
+TEST(LuTestSuiteSetup, IsNotPolymorphic)
 {
     EXPECT_FALSE(std::is_polymorphic_v<LuTestSuiteSetup>);
 }

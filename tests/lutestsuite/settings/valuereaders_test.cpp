@@ -86,7 +86,7 @@ TEST(GetUInt32, ReadsDecimalNumbers)
     EXPECT_EQ(ReadUInt32("4294967295"), 4294967295U);
 }
 
-TEST(GetUInt32, SkipsWhiteSpaceInFront)
+TEST(GetUInt32, SkipsLeadingWhiteSpace)
 {
     EXPECT_EQ(ReadUInt32(" \t\n 42"), 42U);
 }
@@ -125,7 +125,7 @@ TEST(GetUInt64, ReadsDecimalNumbers)
     EXPECT_EQ(ReadUInt64("18446744073709551615"), std::numeric_limits<std::uint64_t>::max());
 }
 
-TEST(GetUInt64, IsAsLenientAsGetUInt32)
+TEST(GetUInt64, ReadsNumbersLenientlyLikeGetUInt32)
 {
     EXPECT_EQ(ReadUInt64("\n 42abc"), 42U);
     EXPECT_EQ(ReadUInt64("viele"), 0U);
@@ -214,7 +214,7 @@ TEST(GetRunParamOfANode, ChangesNothingWithoutANode)
     EXPECT_EQ(GetFields(params), GetFields(LuTestSuiteRun::SParams()));
 }
 
-TEST(GetRunParamOfANode, IgnoresBreaksAndShowTime)
+TEST(GetRunParamOfANode, IgnoresBreakNumbersAndRepetitionsGiven)
 {
     LuTestSuiteRun::SParams params;
 

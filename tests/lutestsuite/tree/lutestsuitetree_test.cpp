@@ -152,7 +152,7 @@ TEST(LuTestSuiteTree, SkipsDoubledSeparators)
     EXPECT_EQ(print(build({makeTest(L"/d/a//CA/", {L"x"}), makeTest(L"/d/b/CB//", {L"y"})})), L"d(a(CA{x}) b(CB{y}))");
 }
 
-TEST(LuTestSuiteTree, OrdersByCharacterValues)
+TEST(LuTestSuiteTree, OrdersNamesByCharacterValues)
 {
     const LuTestSuiteTree tree = build({makeTest(L"/d/Cb/", {L"ä", L"b", L"B", L"a 2", L"a 10"}),
                                         makeTest(L"/d/CZ/", {L"x"}), makeTest(L"/d/CÄ/", {L"x"})});
@@ -160,7 +160,7 @@ TEST(LuTestSuiteTree, OrdersByCharacterValues)
     EXPECT_EQ(print(tree), L"d(CZ{x} Cb{B a 10 a 2 b ä} CÄ{x})");
 }
 
-TEST(LuTestSuiteTree, DoesNotSplitAFolderWhoseNameStartsAnother)
+TEST(LuTestSuiteTree, DoesNotSplitAFolderIfAnotherNameStartsWithItsName)
 {
     // A blank sorts before a separator.
     const LuTestSuiteTree tree =
@@ -261,7 +261,7 @@ TEST(LuTestSuiteTree, ThrowsWhenAPathIsTooShortForItsFolder)
               L"LuTestSuiteTree::buildRecursive");
 }
 
-TEST(LuTestSuiteTree, ThrowsWhenTheOtherUnitTestOfAPathHasMoreCases)
+TEST(LuTestSuiteTree, ThrowsWhenASecondUnitTestOfAPathHasMoreCases)
 {
     EXPECT_EQ(getThrowingFunction({makeTest(L"/d/CA/", {L"a"}), makeTest(L"/d/CA/", {L"x", L"y"})}),
               L"LuTestSuiteTree::Build::<lambda>");
@@ -283,7 +283,7 @@ TEST(LuTestSuiteTree, IsReplacedByTheNextBuild)
     EXPECT_EQ(print(tree), L"CC{z}");
 }
 
-TEST(LuTestSuiteTree, IsAValue)
+TEST(LuTestSuiteTree, CanBeCopiedAndMoved)
 {
     LuTestSuiteTree tree = build({makeTest(L"/d/CA/", {L"x"}), makeTest(L"/d/CB/", {L"y"})});
     const LuTestSuiteTree copy = tree;

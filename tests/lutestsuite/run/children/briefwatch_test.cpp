@@ -28,7 +28,7 @@ std::uint32_t CountPause(CBriefWatch& watch)
     return pause;
 }
 
-TEST(BriefWatch, LeavesOutTheFirstWait)
+TEST(BriefWatch, SkipsTheFirstWait)
 {
     CBriefWatch watch;
 
@@ -81,7 +81,7 @@ TEST(BriefWatch, PausesLongerAfterEachLateChangeUpToALimit)
     EXPECT_EQ(CountPause(watch), CBriefWatch::sc_uiLongestPause);
 }
 
-TEST(BriefWatch, ForgetsLateChangesWithAQuickOne)
+TEST(BriefWatch, ForgetsLateChangesAfterAQuickOne)
 {
     CBriefWatch watch;
     CountPause(watch);

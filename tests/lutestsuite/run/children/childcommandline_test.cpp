@@ -26,7 +26,7 @@ TEST(GetChildCommandLine, NamesTheDataDirectoryAndTheSharedObjects)
               getHost() + L" -d \"/Größen und Maße/\" -x --memory-id m --request-event-id q --response-event-id a");
 }
 
-TEST(GetChildCommandLine, KeepsASeparatorBeforeTheClosingMark)
+TEST(GetChildCommandLine, KeepsASeparatorBeforeTheClosingQuotationMark)
 {
     const auto words =
         LbCommandLine::Split(GetChildCommandLine({L"D:\\Daten mit Lücke\\", {}, true}, L"m", L"q", L"a"));

@@ -30,17 +30,17 @@ std::wstring FindReason(std::optional<std::int64_t> exitStatus, std::vector<std:
 const std::vector<std::wstring> c_Terminated = {L"terminate called after throwing an instance of 'std::bad_alloc'",
                                                 L"  what():  std::bad_alloc"};
 
-TEST(ChildEnd, IsALackOfMemoryWhereAnUncaughtExceptionSaysSo)
+TEST(ChildEnd, IsALackOfMemoryAfterAnUncaughtBadAlloc)
 {
     EXPECT_TRUE(FindReason(c_Abort, c_Terminated).ends_with(c_LackOfMemory));
 }
 
-TEST(ChildEnd, IsNoLackOfMemoryWithoutThatException)
+TEST(ChildEnd, IsNoLackOfMemoryWithoutAnUncaughtBadAlloc)
 {
     EXPECT_EQ(FindReason(c_Abort, {L"what(): Speicher"}).find(c_LackOfMemory), std::wstring::npos);
 }
 
-TEST(ChildEnd, IsNoLackOfMemoryWhereTheProcessEndedInAnotherWay)
+TEST(ChildEnd, IsNoLackOfMemoryUnlessTheProcessAborted)
 {
     for (const std::int64_t status : {std::int64_t{0}, std::int64_t{1}, c_AccessViolation})
     {
@@ -48,7 +48,7 @@ TEST(ChildEnd, IsNoLackOfMemoryWhereTheProcessEndedInAnotherWay)
     }
 }
 
-TEST(ChildEnd, OfUnknownStatusIsNoLackOfMemory)
+TEST(ChildEnd, WithUnknownStatusIsNoLackOfMemory)
 {
     EXPECT_EQ(FindReason(std::nullopt, c_Terminated), L"Der Prozess des Testfalls endete mit unbekanntem Status");
 }

@@ -60,7 +60,7 @@ TEST(SpareChildren, AreStartedTwoAtATime)
     EXPECT_EQ(CountHostChildren(), std::min<std::ptrdiff_t>(2, static_cast<std::ptrdiff_t>(CSpareChildren::GetMost())));
 }
 
-TEST(SpareChildren, AreTakenOnce)
+TEST(SpareChildren, AreTakenOnlyOnce)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -87,7 +87,7 @@ TEST(SpareChildren, AreNotStartedAgainAfterAllAreKilled)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-TEST(SpareChildren, AreNotKilledIfThereAreNone)
+TEST(SpareChildren, CannotBeKilledIfNoneExist)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -156,7 +156,7 @@ TEST(ExternalContext, UsesSparesForIsolatedCases)
     EXPECT_EQ(spares.Take(), nullptr);
 }
 
-TEST(ExternalContext, DoesNotUseSparesForOtherCases)
+TEST(ExternalContext, DoesNotUseSparesForCasesThatAreNotIsolated)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);
@@ -201,7 +201,7 @@ TEST(ExternalContext, ReplacesSparesThatEndBeforeTheirCase)
 }
 
 /// A case may remove the names of the shared objects before the child has opened them.
-TEST(ExternalContext, ReplacesAChildWhoseObjectsLostTheirNames)
+TEST(ExternalContext, ReplacesAChildThatCannotOpenTheSharedObjects)
 {
     const SChildSettings settings;
     CSpareChildren spares(settings);

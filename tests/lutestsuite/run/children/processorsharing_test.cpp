@@ -27,7 +27,7 @@ TEST(ProcessorSharing, IsUsedForShortCasesWithSlowAnswers)
     EXPECT_TRUE(sharing.IsNext());
 }
 
-TEST(ProcessorSharing, NeedsSlowAnswersInARow)
+TEST(ProcessorSharing, NeedsSeveralSlowAnswersInARow)
 {
     for (const std::uint64_t other : {CProcessorSharing::sc_uiQuick, CProcessorSharing::sc_uiLong})
     {

@@ -37,7 +37,7 @@ protected:
     CSharedMemoryWorkBuffer m_buffer{m_name, CSharedMemoryWorkBuffer::eO_Create};
 };
 
-TEST_F(SharedWorkBuffer, IsTheSameForBothSides)
+TEST_F(SharedWorkBuffer, IsSharedByBothSides)
 {
     CSharedMemoryWorkBuffer other(m_name, CSharedMemoryWorkBuffer::eO_Open);
     m_buffer.GetWriteAccess()->result = 3;
@@ -47,13 +47,13 @@ TEST_F(SharedWorkBuffer, IsTheSameForBothSides)
     EXPECT_EQ(LuTestSuiteRun::LoadMessages(*m_buffer.GetReadAccess()), L"Größe");
 }
 
-TEST_F(SharedWorkBuffer, IsNotCreatedTwice)
+TEST_F(SharedWorkBuffer, CannotBeCreatedTwiceUnderOneName)
 {
     EXPECT_EQ(getFunction([this] { CSharedMemoryWorkBuffer(m_name, CSharedMemoryWorkBuffer::eO_Create); }),
               L"LuTestSuiteRun::CSharedMemoryWorkBuffer::CSharedMemoryWorkBuffer");
 }
 
-TEST_F(SharedWorkBuffer, NamesTheFailedAccess)
+TEST_F(SharedWorkBuffer, NamesTheFailedAccessIfTheMemoryIsMissing)
 {
     CSharedMemoryWorkBuffer missing(LbUniqueId::Generate(), CSharedMemoryWorkBuffer::eO_Open);
 
@@ -90,7 +90,7 @@ TEST_F(BrokenWorkBuffer, LimitsTheMessageLengthToTheField)
     EXPECT_EQ(GetBuffer().messageLength, LuTestSuiteRun::c_MessageMax);
 }
 
-TEST_F(BrokenWorkBuffer, HasTerminatedNames)
+TEST_F(BrokenWorkBuffer, LimitsNamesToTheField)
 {
     std::memset(GetBuffer().className, 'a', sizeof(GetBuffer().className));
 

@@ -106,7 +106,7 @@ TEST_F(WorkBuffer, OmitsASurrogatePairThatFitsOnlyHalfAfterOtherMessages)
     EXPECT_EQ(LoadMessages(*m_buffer), std::wstring(c_MessageMax - 3, L'a') + c_Pair);
 }
 
-TEST_F(WorkBuffer, KeepsAPairThatEndsAtTheLimit)
+TEST_F(WorkBuffer, KeepsASurrogatePairThatEndsAtTheLimit)
 {
     const std::wstring text = std::wstring(c_MessageMax - 2, L'a') + c_Pair;
 
@@ -130,7 +130,7 @@ protected:
     static constexpr std::uint32_t sc_uiNumber = 7;
 };
 
-TEST_F(WorkBufferRequest, IsTakenOnce)
+TEST_F(WorkBufferRequest, IsTakenOnlyOnce)
 {
     LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
 
@@ -158,7 +158,7 @@ TEST_F(WorkBufferRequest, IsAnsweredOnlyUnderItsNumber)
     EXPECT_FALSE(LuTestSuiteRun::TakeRequest(*m_buffer));
 }
 
-TEST_F(WorkBufferRequest, IsTakenOrWithdrawn)
+TEST_F(WorkBufferRequest, IsEitherTakenOrWithdrawn)
 {
     LuTestSuiteRun::SubmitRequest(*m_buffer, sc_uiNumber);
     EXPECT_TRUE(LuTestSuiteRun::WithdrawRequest(*m_buffer, sc_uiNumber));
@@ -184,7 +184,7 @@ TEST_F(WorkBufferRequest, IsVisibleUntilItIsTaken)
     EXPECT_FALSE(LuTestSuiteRun::HasRequest(*m_buffer));
 }
 
-TEST_F(WorkBufferRequest, HasA30BitNumber)
+TEST_F(WorkBufferRequest, KeepsA30BitNumber)
 {
     LuTestSuiteRun::SubmitRequest(*m_buffer, LuTestSuiteRun::c_MostRequests);
 
@@ -193,7 +193,7 @@ TEST_F(WorkBufferRequest, HasA30BitNumber)
 }
 
 /// A parent that does not number its requests leaves 0 in the field.
-TEST_F(WorkBufferRequest, MayHaveNoNumber)
+TEST_F(WorkBufferRequest, IsTakenWithoutANumber)
 {
     EXPECT_TRUE(LuTestSuiteRun::TakeRequest(*m_buffer));
     LuTestSuiteRun::AnswerRequest(*m_buffer);
