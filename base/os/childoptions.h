@@ -28,7 +28,7 @@ struct SChildOptions
     /// CChildProcess::Start returns.
     const CChildOutput* errors = nullptr;
 
-    /// True: the child starts with the blocked and ignored signals that PrepareStarts recorded. False, or without a
+    /// True: the child starts with the blocked and ignored signals that RecordSignals recorded. False, or without a
     /// record: with those of the caller. No effect on Windows.
     bool hasPreparedSignals = false;
 

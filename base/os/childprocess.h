@@ -25,13 +25,8 @@ public:
 
     /// Prepares all starts; otherwise the first start does so. On Linux a fork of the process watches over children
     /// with endsWithOwner and keeps the memory that the process has at that time, so call PrepareStarts while the
-    /// process is small. Also records which signals the calling thread blocks and the process ignores. Any thread.
+    /// process is small. Any thread.
     static void PrepareStarts();
-
-    /// After PrepareStarts, undoes changes that other code has made since then: the system keeps the exit statuses of
-    /// children again, and the calling thread blocks the recorded signals. Does not change handlers. No effect before
-    /// PrepareStarts and on Windows. Two system calls; any thread.
-    static void RestoreSignals() noexcept;
 
     /// Starts a process; it inherits the handles that are inheritable. Null on failure; then `failure` describes the
     /// failed system call. Any thread.

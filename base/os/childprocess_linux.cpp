@@ -261,13 +261,7 @@ void EndDescendants() noexcept
 
 void CChildProcess::PrepareStarts()
 {
-    Linux::RecordSignals();
     Linux::EnsureKeeper();
-}
-
-void CChildProcess::RestoreSignals() noexcept
-{
-    Linux::RestoreSignals();
 }
 
 std::uint64_t CChildProcess::GetId() const noexcept

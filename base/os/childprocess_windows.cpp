@@ -185,8 +185,6 @@ void CChildProcess::Detach()
     m_state->endsWithOwner = false;
 }
 
-void CChildProcess::RestoreSignals() noexcept {}
-
 std::uint64_t CChildProcess::GetId() const noexcept
 {
     return GetProcessId(m_state->process.get());

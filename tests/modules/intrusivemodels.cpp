@@ -2,6 +2,8 @@
 /// code.
 
 #include <algorithm>
+#include <atomic>
+#include <cfenv>
 #include <chrono>
 #include <cstdlib>
 #include <memory>
@@ -72,6 +74,9 @@ bool canFork(std::size_t count)
 
 int s_count = 0;
 
+std::atomic<bool> s_areTimersHeld = false;
+std::atomic<bool> s_isOtherDone = false;
+
 } // namespace
 
 class CIntrusiveModel : public LuUnitTest
@@ -89,6 +94,7 @@ class CIntrusiveModel : public LuUnitTest
         AddSubtest(L"stört Signale",
                    [] { return LbOs::SetSignalsDisturbed(true) ? LuUnitTest::eR_Passed : LuUnitTest::eR_NoInput; });
         AddSubtest(L"nennt Signale", [this] { Info(L"%s", LbOs::DescribeSignals()); });
+        addStates();
         AddSubtest(L"braucht vier Prozesse", [] { return canFork(4) ? LuUnitTest::eR_Passed : LuUnitTest::eR_Failed; });
         AddSubtest(L"endet", [] { LbOs::EndProcess(EXIT_SUCCESS); });
         AddSubtest(L"zählt", [this] { Info(L"%d", ++s_count); });
@@ -97,6 +103,46 @@ class CIntrusiveModel : public LuUnitTest
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             Info(L"zu Ende");
         });
+    }
+
+    /// Adds cases that change or show what the run restores.
+    void addStates()
+    {
+        AddSubtest(L"wartet auf ein Kind", [] { return std::system("exit 0") == 0 ? eR_Passed : eR_Failed; });
+        AddSubtest(L"stellt Wecker", [] { return LbOs::SetTimersArmed(true) ? eR_Passed : eR_NoInput; });
+        AddSubtest(L"stellt einen Wecker", [] { LbOs::SetAlarm(); });
+        AddSubtest(L"nennt Wecker", [this] { Info(L"%d", LbOs::CountArmedTimers()); });
+        AddSubtest(L"hält Wecker", [this] {
+            LbOs::SetTimersArmed(true);
+            s_areTimersHeld = true;
+            while (!s_isOtherDone)
+            {
+                std::this_thread::yield();
+            }
+            Info(L"%d", LbOs::CountArmedTimers());
+        });
+        AddSubtest(L"läuft neben einem Wecker", [] {
+            while (!s_areTimersHeld)
+            {
+                std::this_thread::yield();
+            }
+        });
+        AddSubtest(L"läuft danach", [] { s_isOtherDone = true; });
+        AddSubtest(L"rundet auf", [] { return std::fesetround(FE_UPWARD) == 0 ? eR_Passed : eR_Failed; });
+        AddSubtest(L"teilt durch null", [this] {
+            volatile double zero = 0;
+            volatile long double longZero = 0;
+            Info(L"%f %f", 1 / zero, 1 / longZero);
+        });
+        AddSubtest(L"benutzt MMX", [] {
+            // Uses all registers, as code without the final "emms" does.
+            __asm__ volatile("movd %%eax, %%mm0" : : : "mm0");
+        });
+        AddSubtest(L"rechnet lang", [this] {
+            volatile long double half = 0.5L;
+            Info(L"%.1f", static_cast<double>(half + 1));
+        });
+        AddSubtest(L"nennt Rundung", [this] { Info(L"%d %d", std::fegetround(), std::fetestexcept(FE_DIVBYZERO)); });
     }
 };
 LB_RTTI_CLASS(CIntrusiveModel, LuUnitTest)

@@ -72,25 +72,6 @@ void redirectErrors(const std::string& path)
     }
 }
 
-/// The kernel's record of a signal action.
-struct SAction
-{
-    void (*handler)(int);
-    std::uint64_t flags;
-    void (*restorer)();
-    std::uint64_t blocked;
-};
-
-constexpr std::uint64_t toBit(int signal)
-{
-    return std::uint64_t{1} << static_cast<unsigned>(signal - 1);
-}
-
-/// The result of RecordSignals. Atomic and without a mutex, which another thread could hold during a fork.
-std::atomic<bool> s_areRecorded = false;
-std::atomic<std::uint64_t> s_blocked = 0;
-std::atomic<std::uint64_t> s_ignored = 0;
-
 /// Resets the handlers that the child inherited from the caller: they must not run while child and caller share their
 /// memory.
 void resetSignals(const SStart& start)
@@ -103,7 +84,7 @@ void resetSignals(const SStart& start)
             continue;
         }
         const bool isIgnored =
-            start.prepared ? (start.prepared->ignored & toBit(signal)) != 0 : action.handler == SIG_IGN;
+            start.prepared ? (start.prepared->ignored & ToSignalBit(signal)) != 0 : action.handler == SIG_IGN;
         const auto wanted = isIgnored ? SIG_IGN : SIG_DFL;
         if (action.handler != wanted)
         {
@@ -248,9 +229,9 @@ SStart PrepareStart(const SChildOptions& options)
     start.mark = options.endsWithOwner ? makeMark() : std::string();
     fillEnvironment(start);
     start.owner = getpid();
-    if (options.hasPreparedSignals && s_areRecorded)
+    if (options.hasPreparedSignals)
     {
-        start.prepared = SSignals{s_blocked, s_ignored};
+        start.prepared = GetRecordedSignals();
     }
     // execvpe needs stack to search for the program and to build a script's arguments.
     constexpr std::size_t c_StackSize = 65536;
@@ -287,45 +268,6 @@ pid_t StartProcess(SStart& start, CProcessFile& file, std::wstring* failure)
         return -1;
     }
     return process;
-}
-
-void RecordSignals() noexcept
-{
-    std::uint64_t blocked = 0;
-    std::uint64_t ignored = 0;
-    Call(SYS_rt_sigprocmask, SIG_SETMASK, 0, &blocked, c_SignalSetSize);
-    for (int signal = 1; signal < NSIG; ++signal)
-    {
-        SAction action = {};
-        const bool isKnown = Call(SYS_rt_sigaction, signal, 0, &action, c_SignalSetSize) == 0;
-        ignored |= isKnown && action.handler == SIG_IGN ? toBit(signal) : 0;
-    }
-    s_blocked = blocked;
-    s_ignored = ignored;
-    s_areRecorded = true;
-}
-
-void RestoreSignals() noexcept
-{
-    if (!s_areRecorded)
-    {
-        return;
-    }
-    SAction action = {};
-    std::uint64_t blocked = 0;
-    Call(SYS_rt_sigaction, SIGCHLD, 0, &action, c_SignalSetSize);
-    Call(SYS_rt_sigprocmask, SIG_SETMASK, 0, &blocked, c_SignalSetSize);
-    const bool isIgnored = action.handler == SIG_IGN && (s_ignored & toBit(SIGCHLD)) == 0;
-    if (isIgnored || (action.flags & SA_NOCLDWAIT) != 0)
-    {
-        action.handler = isIgnored ? SIG_DFL : action.handler;
-        action.flags &= ~std::uint64_t{SA_NOCLDWAIT};
-        Call(SYS_rt_sigaction, SIGCHLD, &action, 0, c_SignalSetSize);
-    }
-    if (const std::uint64_t wanted = s_blocked; blocked != wanted)
-    {
-        Call(SYS_rt_sigprocmask, SIG_SETMASK, &wanted, 0, c_SignalSetSize);
-    }
 }
 
 } // namespace LbOs::Linux

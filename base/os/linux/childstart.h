@@ -12,16 +12,10 @@
 #include "base/os/childoptions.h"
 #include "base/os/linux/keeper.h"
 #include "base/os/linux/processfile.h"
+#include "base/os/linux/recordedsignals.h"
 
 namespace LbOs::Linux
 {
-
-/// The signal state at the start of a program, as kernel sets: bit 0 is signal 1.
-struct SSignals
-{
-    std::uint64_t blocked = 0;
-    std::uint64_t ignored = 0;
-};
 
 /// A step that may fail in the child before the program runs.
 enum EStep : int
@@ -60,12 +54,5 @@ SStart PrepareStart(const SChildOptions& options);
 /// Returns the id of the process once it runs its program; -1 on failure, which is described in `failure` unless that
 /// is null. Stores the descriptor of the process in `file` if the system provides one.
 pid_t StartProcess(SStart& start, CProcessFile& file, std::wstring* failure);
-
-/// Records the signals that the calling thread blocks and that the process ignores, for SStart::prepared. Any thread.
-void RecordSignals() noexcept;
-
-/// Makes the system keep the statuses of ended children again, and blocks the recorded signals in the calling thread.
-/// No effect before RecordSignals. Any thread.
-void RestoreSignals() noexcept;
 
 } // namespace LbOs::Linux

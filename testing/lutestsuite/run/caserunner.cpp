@@ -8,7 +8,6 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/lbrtti.h"
-#include "base/os/childprocess.h"
 #include "base/subtesthints.h"
 #include "testing/lutestsuite/run/executor.h"
 
@@ -178,8 +177,6 @@ void CCaseRunner::runHere(const SPlannedCase& planned, SCaseEnd& end)
         const LuTestSuite::CUnderWay underWay(*m_crashThread, LuTestSuite::EActivity::RunCase, buffer->className,
                                               buffer->caseName);
         ExecuteInBuffer(*buffer);
-        // If the case has made the process ignore SIGCHLD, older kernels drop the exit statuses of children.
-        LbOs::CChildProcess::RestoreSignals();
     }
     end.processId = m_ownProcessId;
     readAnswer(*m_buffer->GetReadAccess(), planned.info);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <string_view>
 
@@ -14,10 +16,12 @@
 #include "base/luunittest.h"
 #include "base/os/forkmark.h"
 #include "base/os/process.h"
+#include "base/os/signalstate.h"
 #include "testing/lutestsuite/environment/unittestfactory.h"
 #include "testing/lutestsuite/environment/workingdirectory.h"
 #include "testing/lutestsuite/heap/warmup.h"
 #include "testing/lutestsuite/lutestsuiteheaptracker.h"
+#include "testing/lutestsuite/run/floatingpoint.h"
 
 namespace LuTestSuiteRun
 {
@@ -203,12 +207,42 @@ ECaseRunResult runTracked(SWorkBuffer& buffer)
     }
 }
 
+/// Restores the signal state of the thread and the process after a case, for the next one.
+class CProcessState : public INonCopyable
+{
+public:
+    CProcessState() : m_lock(s_running) {}
+
+    ~CProcessState()
+    {
+        LbOs::RestoreSignals();
+        m_lock.unlock();
+        // Timers belong to the process: while other cases run, they may be theirs.
+        if (const std::unique_lock alone(s_running, std::try_to_lock); alone)
+        {
+            LbOs::DisarmTimers();
+        }
+    }
+
+private:
+    static inline std::shared_mutex s_running; ///< shared by the cases that run in this process
+
+    std::shared_lock<std::shared_mutex> m_lock;
+};
+
+ECaseRunResult runAndRestore(SWorkBuffer& buffer)
+{
+    const CProcessState process;
+    const CFloatingPointState floatingPoint;
+    return runTracked(buffer);
+}
+
 } // namespace
 
 void ExecuteInBuffer(SWorkBuffer& buffer) noexcept
 {
-    // Stores the result last, so that a case that crashes in a destructor has no result.
-    buffer.result = static_cast<std::uint32_t>(runTracked(buffer));
+    // Stores the result last: a case that crashes in a destructor, or by a signal that it has blocked, has no result.
+    buffer.result = static_cast<std::uint32_t>(runAndRestore(buffer));
 }
 
 } // namespace LuTestSuiteRun

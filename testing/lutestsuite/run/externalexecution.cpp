@@ -12,6 +12,7 @@
 #include "base/os/namedevent.h"
 #include "base/os/process.h"
 #include "base/os/processors.h"
+#include "base/os/signalstate.h"
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
 #include "testing/lutestsuite/run/children/briefwatch.h"
@@ -111,6 +112,7 @@ void RunExternalExecution(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment&
     LuTestSuite::CCrashThread thread;
     const CPreparation preparation(setup, environment);
     const CDebugFolders debugFolders;
+    LbOs::RecordSignals();
     LbOs::CThreadProcessors processors;
     CBriefWatch watch;
     const auto isRequested = [&buffer] { return HasRequest(*buffer.GetWriteAccess()); };

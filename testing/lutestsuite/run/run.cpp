@@ -6,6 +6,7 @@
 #include "base/lbtimer.h"
 #include "base/ludebugserialization.h"
 #include "base/os/childprocess.h"
+#include "base/os/signalstate.h"
 #include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuite/lutestsuitesetup.h"
@@ -109,6 +110,7 @@ SRunResult runCases(const LuTestSuiteSetup& setup, LuTestSuiteEnvironment& envir
     const LbTimer timer(LbTimer::eR_NanoSecond);
     const std::wstring startTime = LbDateTime::FormatNow(c_TimeFormat);
     const SPlan plan = MakePlan(unitTests, setup.params, result.cases);
+    LbOs::RecordSignals();
     if (plan.hasExternal)
     {
         // Forks the keeper before the run allocates much memory, because the keeper is a copy of this process.

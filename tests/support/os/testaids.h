@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace LbOs
@@ -113,6 +114,25 @@ bool SetSignalsDisturbed(bool areDisturbed);
 /// The signals that the process ignores and that the calling thread blocks, as text for comparisons.
 std::wstring DescribeSignals();
 
+/// Arms all timers of setitimer() for an hour, or disarms them. False if there are no such timers.
+bool SetTimersArmed(bool areArmed);
+
+/// Arms the timer of alarm() for an hour.
+void SetAlarm();
+
+/// The number of armed timers of setitimer().
+int CountArmedTimers();
+
+/// Causes the signal with this name (like "SIGPIPE") in the way in which tests usually cause it, with its default
+/// action or a handler. Returns false without effect if the system has no such signal.
+bool CauseSignal(const std::wstring& name);
+
+/// Number and name of each signal that ends a process by default; empty on platforms without signals.
+std::vector<std::pair<int, std::string>> ListEndingSignals();
+
+/// Raises an exception of the system with a code that belongs to the program. Returns on platforms without them.
+void RaiseOwnException();
+
 /// If the current process has a keeper, which is the process that cleans up after it, kills the keeper and waits until
 /// the keeper has ended.
 void EndKeeper();
@@ -139,6 +159,9 @@ unsigned long GetOwnThreadId();
 
 /// True if the thread of the current process with this id has ended.
 bool HasThreadEnded(unsigned long id);
+
+/// Ends the process with std::quick_exit(0), or std::exit(0) on platforms that lack it.
+[[noreturn]] void ExitQuickly();
 
 /// Ends the calling thread, possibly the first one; the process continues with its other threads.
 [[noreturn]] void LeaveThread();

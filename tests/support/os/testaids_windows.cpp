@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdlib>
 #include <vector>
 
 #include "base/os/files.h"
@@ -284,6 +285,34 @@ bool LbOs::SetChildrenForgotten(bool /*areForgotten*/)
     return false;
 }
 
+bool LbOs::SetTimersArmed(bool /*areArmed*/)
+{
+    return false;
+}
+
+void LbOs::SetAlarm() {}
+
+int LbOs::CountArmedTimers()
+{
+    return 0;
+}
+
+bool LbOs::CauseSignal(const std::wstring& /*name*/)
+{
+    return false;
+}
+
+std::vector<std::pair<int, std::string>> LbOs::ListEndingSignals()
+{
+    return {};
+}
+
+void LbOs::RaiseOwnException()
+{
+    constexpr DWORD c_Code = 0xE0000001;
+    RaiseException(c_Code, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+}
+
 void LbOs::EndKeeper() {}
 
 bool LbOs::SetRightsMasked(bool /*areMasked*/)
@@ -310,6 +339,11 @@ bool LbOs::HasThreadEnded(unsigned long id)
 {
     const Windows::Handle thread(OpenThread(SYNCHRONIZE, FALSE, id));
     return !thread || WaitForSingleObject(thread.get(), 0) == WAIT_OBJECT_0;
+}
+
+void LbOs::ExitQuickly()
+{
+    std::exit(0);
 }
 
 void LbOs::LeaveThread()

@@ -1,0 +1,7 @@
+#include "base/os/signalstate.h"
+
+void LbOs::RecordSignals() noexcept {}
+
+void LbOs::RestoreSignals() noexcept {}
+
+void LbOs::DisarmTimers() noexcept {}
