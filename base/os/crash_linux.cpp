@@ -22,32 +22,46 @@ namespace
 
 using namespace LbOs;
 
+/// Which arrivals of a signal CCrashHandler reports.
+enum class EReported
+{
+    Always,
+    FromInside, ///< if the process itself or its timer or access has caused the signal
+    Never
+};
+
 struct SSignal
 {
     int number;
     SCrashKind kind;
-    bool isCrash; ///< caused by the process itself
+    EReported reported;
 };
 
+/// All signals that end a process by default, except the real-time signals.
 constexpr SSignal c_Signals[] = {
-    {SIGSEGV, {"SIGSEGV", "unzulässiger Speicherzugriff"}, true},
-    {SIGBUS, {"SIGBUS", "Zugriff auf Speicher, hinter dem nichts steht"}, true},
-    {SIGFPE, {"SIGFPE", "unzulässige Rechenoperation"}, true},
-    {SIGILL, {"SIGILL", "unzulässiger Befehl"}, true},
-    {SIGABRT, {"SIGABRT", "Abbruch durch das Programm selbst"}, true},
-    {SIGTRAP, {"SIGTRAP", "Haltepunkt"}, true},
-    {SIGSYS, {"SIGSYS", "unzulässiger Systemaufruf"}, true},
-    {SIGKILL, {"SIGKILL", "von außen beendet"}, false},
-    {SIGTERM, {"SIGTERM", "Aufforderung, sich zu beenden"}, false},
-    {SIGINT, {"SIGINT", "Unterbrechung"}, false},
-    {SIGQUIT, {"SIGQUIT", "Unterbrechung"}, false},
-    {SIGHUP, {"SIGHUP", "Ende der Sitzung"}, false},
-    {SIGPIPE, {"SIGPIPE", "Schreiben ohne Leser"}, false},
-    {SIGALRM, {"SIGALRM", "abgelaufener Wecker"}, false},
-    {SIGXCPU, {"SIGXCPU", "Grenze der Rechenzeit"}, false},
-    {SIGXFSZ, {"SIGXFSZ", "Grenze der Dateigröße"}, false},
-    {SIGUSR1, {"SIGUSR1", "von einem Programm gesendet"}, false},
-    {SIGUSR2, {"SIGUSR2", "von einem Programm gesendet"}, false},
+    {SIGSEGV, {"SIGSEGV", "unzulässiger Speicherzugriff"}, EReported::Always},
+    {SIGBUS, {"SIGBUS", "Zugriff auf Speicher, hinter dem nichts steht"}, EReported::Always},
+    {SIGFPE, {"SIGFPE", "unzulässige Rechenoperation"}, EReported::Always},
+    {SIGILL, {"SIGILL", "unzulässiger Befehl"}, EReported::Always},
+    {SIGABRT, {"SIGABRT", "Abbruch durch das Programm selbst"}, EReported::Always},
+    {SIGTRAP, {"SIGTRAP", "Haltepunkt"}, EReported::Always},
+    {SIGSYS, {"SIGSYS", "unzulässiger Systemaufruf"}, EReported::Always},
+    {SIGKILL, {"SIGKILL", "von außen beendet"}, EReported::Never},
+    {SIGTERM, {"SIGTERM", "Aufforderung, sich zu beenden"}, EReported::Never},
+    {SIGINT, {"SIGINT", "Unterbrechung"}, EReported::Never},
+    {SIGQUIT, {"SIGQUIT", "Unterbrechung"}, EReported::Never},
+    {SIGHUP, {"SIGHUP", "Ende der Sitzung"}, EReported::Never},
+    {SIGPIPE, {"SIGPIPE", "Schreiben ohne Leser"}, EReported::FromInside},
+    {SIGALRM, {"SIGALRM", "abgelaufener Wecker"}, EReported::FromInside},
+    {SIGVTALRM, {"SIGVTALRM", "abgelaufener Wecker"}, EReported::FromInside},
+    {SIGPROF, {"SIGPROF", "abgelaufener Wecker"}, EReported::FromInside},
+    {SIGXCPU, {"SIGXCPU", "Grenze der Rechenzeit"}, EReported::FromInside},
+    {SIGXFSZ, {"SIGXFSZ", "Grenze der Dateigröße"}, EReported::FromInside},
+    {SIGUSR1, {"SIGUSR1", "von einem Programm gesendet"}, EReported::FromInside},
+    {SIGUSR2, {"SIGUSR2", "von einem Programm gesendet"}, EReported::FromInside},
+    {SIGIO, {"SIGIO", "bereite Datei"}, EReported::FromInside},
+    {SIGSTKFLT, {"SIGSTKFLT", "von einem Programm gesendet"}, EReported::FromInside},
+    {SIGPWR, {"SIGPWR", "Ausfall der Stromversorgung"}, EReported::Never},
 };
 
 const SSignal* findSignal(std::int64_t number)
@@ -60,6 +74,22 @@ const SSignal* findSignal(std::int64_t number)
         }
     }
     return nullptr;
+}
+
+/// Name and meaning; empty for an unknown signal.
+std::string nameSignal(std::int64_t number)
+{
+    if (const SSignal* const signal = findSignal(number))
+    {
+        return std::string(signal->kind.name) + ", " + signal->kind.meaning;
+    }
+    // The number of the first real-time signal depends on the C library.
+    const std::int64_t index = number - SIGRTMIN;
+    if (index < 0 || number > SIGRTMAX)
+    {
+        return {};
+    }
+    return "SIGRTMIN" + (index == 0 ? "" : "+" + std::to_string(index)) + ", " + "von einem Programm gesendet";
 }
 
 std::atomic<CrashReport> s_report = nullptr;
@@ -104,20 +134,43 @@ SCrash describe(const SSignal& signal, const siginfo_t& info, const ucontext_t& 
     return crash;
 }
 
-void onSignal(int signal, siginfo_t* info, void* context)
+/// True if the current process has caused the signal: by sending it, by its timer, or by a system call.
+bool isFromInside(const siginfo_t& info)
+{
+    // For SIGPIPE and SIGXFSZ, the kernel names the process that made the call as the sender.
+    const bool hasSender = info.si_code == SI_USER || info.si_code == SI_TKILL || info.si_code == SI_QUEUE;
+    return hasSender ? info.si_pid == Linux::Call(SYS_getpid) : info.si_code > 0 || info.si_code == SI_TIMER;
+}
+
+/// Makes it possible to write the report to a file.
+void liftFileSizeLimit()
+{
+    rlimit limit = {};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+void onSignal(int number, siginfo_t* info, void* context)
 {
     const int error = errno;
     const CrashReport report = s_report.load();
-    if (report != nullptr && Linux::Call(SYS_getpid) == s_owner.load())
+    const SSignal& signal = *findSignal(number);
+    const bool isReported = signal.reported == EReported::Always || isFromInside(*info);
+    if (report != nullptr && isReported && Linux::Call(SYS_getpid) == s_owner.load())
     {
         while (s_isReporting.exchange(true))
         {
             // Another thread is already reporting a crash and will end the process.
             Linux::Call(SYS_pause);
         }
-        report(describe(*findSignal(signal), *info, *static_cast<const ucontext_t*>(context)));
+        if (number == SIGXFSZ)
+        {
+            liftFileSizeLimit();
+        }
+        report(describe(signal, *info, *static_cast<const ucontext_t*>(context)));
     }
-    endBySignal(signal);
+    endBySignal(number);
     errno = error;
 }
 
@@ -131,8 +184,9 @@ void takeSignals()
     for (const SSignal& signal : c_Signals)
     {
         struct sigaction action = {};
-        if (!signal.isCrash || sigaction(signal.number, nullptr, &action) != 0 || (action.sa_flags & SA_SIGINFO) != 0 ||
-            action.sa_handler != SIG_DFL)
+        // Signals that the program that started this process has set to be ignored stay ignored.
+        if (signal.reported == EReported::Never || sigaction(signal.number, nullptr, &action) != 0 ||
+            (action.sa_flags & SA_SIGINFO) != 0 || action.sa_handler != SIG_DFL)
         {
             continue;
         }
@@ -204,12 +258,8 @@ std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
     {
         return L"Status " + std::to_wstring(exitStatus);
     }
-    std::wstring text = L"Signal " + std::to_wstring(-exitStatus);
-    if (const SSignal* const signal = findSignal(-exitStatus))
-    {
-        text += LbEncoding::FromUtf8(std::string(" (") + signal->kind.name + ", " + signal->kind.meaning + ")");
-    }
-    return text;
+    const std::string name = nameSignal(-exitStatus);
+    return L"Signal " + std::to_wstring(-exitStatus) + LbEncoding::FromUtf8(name.empty() ? name : " (" + name + ")");
 }
 
 std::int64_t LbOs::GetCrashStatus(std::uint32_t code) noexcept

@@ -29,6 +29,14 @@ constexpr DWORD c_CommitmentLimit = 0xC000012D;
 constexpr DWORD c_MissingLibrary = 0xC0000135;
 constexpr DWORD c_MissingFunction = 0xC0000139;
 constexpr DWORD c_FailedInitialization = 0xC0000142;
+constexpr DWORD c_InvalidImage = 0xC000007B;
+constexpr DWORD c_MissingOrdinal = 0xC0000138;
+constexpr DWORD c_BadStack = 0xC0000028;
+constexpr DWORD c_InvalidUnwindTarget = 0xC0000029;
+constexpr DWORD c_Deadlock = 0xC0000194;
+constexpr DWORD c_InvalidHandler = 0xC00001A5;
+constexpr DWORD c_CallbackException = 0xC000041D;
+constexpr DWORD c_CppException = 0xE06D7363; ///< of compilers that throw exceptions of C++ as exceptions of the system
 
 constexpr SException c_Exceptions[] = {
     {STATUS_ACCESS_VIOLATION, {"STATUS_ACCESS_VIOLATION", "unzulässiger Speicherzugriff"}},
@@ -37,11 +45,32 @@ constexpr SException c_Exceptions[] = {
     {STATUS_INTEGER_OVERFLOW, {"STATUS_INTEGER_OVERFLOW", "unzulässige Rechenoperation"}},
     {STATUS_FLOAT_DIVIDE_BY_ZERO, {"STATUS_FLOAT_DIVIDE_BY_ZERO", "Division durch null"}},
     {STATUS_FLOAT_INVALID_OPERATION, {"STATUS_FLOAT_INVALID_OPERATION", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_OVERFLOW, {"STATUS_FLOAT_OVERFLOW", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_UNDERFLOW, {"STATUS_FLOAT_UNDERFLOW", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_INEXACT_RESULT, {"STATUS_FLOAT_INEXACT_RESULT", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_DENORMAL_OPERAND, {"STATUS_FLOAT_DENORMAL_OPERAND", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_STACK_CHECK, {"STATUS_FLOAT_STACK_CHECK", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_MULTIPLE_FAULTS, {"STATUS_FLOAT_MULTIPLE_FAULTS", "unzulässige Rechenoperation"}},
+    {STATUS_FLOAT_MULTIPLE_TRAPS, {"STATUS_FLOAT_MULTIPLE_TRAPS", "unzulässige Rechenoperation"}},
     {STATUS_ILLEGAL_INSTRUCTION, {"STATUS_ILLEGAL_INSTRUCTION", "unzulässiger Befehl"}},
     {STATUS_PRIVILEGED_INSTRUCTION, {"STATUS_PRIVILEGED_INSTRUCTION", "unzulässiger Befehl"}},
     {STATUS_IN_PAGE_ERROR, {"STATUS_IN_PAGE_ERROR", "Zugriff auf Speicher, hinter dem nichts steht"}},
     {STATUS_GUARD_PAGE_VIOLATION, {"STATUS_GUARD_PAGE_VIOLATION", "Zugriff auf eine Wächterseite"}},
     {STATUS_DATATYPE_MISALIGNMENT, {"STATUS_DATATYPE_MISALIGNMENT", "schlecht ausgerichteter Speicherzugriff"}},
+    {STATUS_ARRAY_BOUNDS_EXCEEDED, {"STATUS_ARRAY_BOUNDS_EXCEEDED", "Zugriff hinter ein Feld"}},
+    {STATUS_INVALID_HANDLE, {"STATUS_INVALID_HANDLE", "ungültiges Handle"}},
+    {STATUS_INVALID_PARAMETER, {"STATUS_INVALID_PARAMETER", "unzulässiges Argument"}},
+    {STATUS_INVALID_CRUNTIME_PARAMETER, {"STATUS_INVALID_CRUNTIME_PARAMETER", "unzulässiges Argument"}},
+    {STATUS_NONCONTINUABLE_EXCEPTION, {"STATUS_NONCONTINUABLE_EXCEPTION", "Fortsetzung nach einem Abbruch"}},
+    {STATUS_INVALID_DISPOSITION, {"STATUS_INVALID_DISPOSITION", "gescheiterte Behandlung einer Ausnahme"}},
+    {c_InvalidHandler, {"STATUS_INVALID_EXCEPTION_HANDLER", "gescheiterte Behandlung einer Ausnahme"}},
+    {c_CallbackException, {"STATUS_FATAL_USER_CALLBACK_EXCEPTION", "Ausnahme in einer Rückruffunktion"}},
+    {c_BadStack, {"STATUS_BAD_STACK", "zerstörter Stapel"}},
+    {c_InvalidUnwindTarget, {"STATUS_INVALID_UNWIND_TARGET", "zerstörter Stapel"}},
+    {c_Deadlock, {"STATUS_POSSIBLE_DEADLOCK", "Verklemmung"}},
+    {STATUS_ASSERTION_FAILURE, {"STATUS_ASSERTION_FAILURE", "verletzte Zusicherung"}},
+    {STATUS_FATAL_APP_EXIT, {"STATUS_FATAL_APP_EXIT", "Abbruch durch das Programm selbst"}},
+    {c_CppException, {"C++", "nicht gefangene Exception"}},
     {STATUS_BREAKPOINT, {"STATUS_BREAKPOINT", "Haltepunkt"}},
     {STATUS_SINGLE_STEP, {"STATUS_SINGLE_STEP", "Haltepunkt"}},
     {STATUS_NO_MEMORY, {"STATUS_NO_MEMORY", "Speichermangel"}},
@@ -51,6 +80,8 @@ constexpr SException c_Exceptions[] = {
     {c_StackBufferOverrun, {"STATUS_STACK_BUFFER_OVERRUN", "sofortiger Abbruch durch das Programm selbst"}},
     {c_MissingLibrary, {"STATUS_DLL_NOT_FOUND", "fehlendes Modul"}},
     {c_MissingFunction, {"STATUS_ENTRYPOINT_NOT_FOUND", "fehlende Funktion eines Moduls"}},
+    {c_MissingOrdinal, {"STATUS_ORDINAL_NOT_FOUND", "fehlende Funktion eines Moduls"}},
+    {c_InvalidImage, {"STATUS_INVALID_IMAGE_FORMAT", "unbrauchbares Modul"}},
     {c_FailedInitialization, {"STATUS_DLL_INIT_FAILED", "gescheiterter Start eines Moduls"}},
 };
 
@@ -59,6 +90,16 @@ const SCrashKind* findKind(std::int64_t code)
 {
     const auto* const found = std::ranges::find(c_Exceptions, code, &SException::code);
     return found == std::end(c_Exceptions) ? nullptr : &found->kind;
+}
+
+/// True if a process with this exit status, whose meaning is unknown, has probably ended by an exception: the code of
+/// an error, or one of a program. RaiseException clears bit 28, which -1 and other small negative statuses have. A
+/// status of 0x8nnnnnnn is rather a COM result that the program has returned.
+constexpr bool mayBeException(std::int64_t status)
+{
+    constexpr unsigned c_FirstBit = 28;
+    const std::int64_t kind = status >> c_FirstBit;
+    return kind == 0xA || kind == 0xC || kind == 0xE;
 }
 
 /// The exit status of the run-time's own abort().
@@ -244,11 +285,8 @@ void LbOs::EndSilentlyOnCrash()
 
 std::wstring LbOs::DescribeExitStatus(std::int64_t exitStatus)
 {
-    // The four highest bits of the system's failure codes are 1100. A status of -1 is none of these codes: it has 1111.
-    constexpr std::int64_t c_Severity = 0xF0000000;
-    constexpr std::int64_t c_Failure = 0xC0000000;
     const SCrashKind* const kind = findKind(exitStatus);
-    if (kind == nullptr && (exitStatus & c_Severity) != c_Failure)
+    if (kind == nullptr && !mayBeException(exitStatus))
     {
         return L"Status " + std::to_wstring(exitStatus);
     }

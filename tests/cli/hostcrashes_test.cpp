@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -109,6 +110,68 @@ INSTANTIATE_TEST_SUITE_P(
                     SHostCrash{L"abort", "SIGABRT", 6, "abort", 3, false},
                     SHostCrash{L"terminate", "SIGABRT", 6, "abort", 3, false}));
 
+class HostCrashesBySignals : public HostCrashes, public testing::WithParamInterface<std::pair<const wchar_t*, int>>
+{
+};
+
+TEST_P(HostCrashesBySignals, NameTheCaseAndTheSignal)
+{
+    if (c_IsWindows)
+    {
+        GTEST_SKIP() << "there are no such signals";
+    }
+    const auto& [name, signal] = GetParam();
+    const SHostRun run = Run(name + std::wstring(L"$"));
+
+    const std::string narrow = LbEncoding::ToUtf8(name);
+    EXPECT_TRUE(run.errors.starts_with("Fehler: Absturz in 'CCrashModel:" + narrow + "': " + narrow + " ("))
+        << run.errors;
+    EXPECT_EQ(std::ranges::count(run.errors, '\n'), 1) << run.errors;
+    EXPECT_TRUE(isEndBy(signal, run.exitStatus)) << run.exitStatus;
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, HostCrashesBySignals,
+                         testing::Values(std::pair(L"SIGPIPE", 13), std::pair(L"SIGALRM", 14),
+                                         std::pair(L"SIGVTALRM", 26), std::pair(L"SIGPROF", 27),
+                                         std::pair(L"SIGXCPU", 24), std::pair(L"SIGXFSZ", 25),
+                                         std::pair(L"SIGUSR1", 10), std::pair(L"SIGUSR2", 12)),
+                         [](const auto& signal) { return LbEncoding::ToUtf8(signal.param.first); });
+
+TEST_F(HostCrashes, LeaveOtherSignalsToTheSystem)
+{
+    if (c_IsWindows)
+    {
+        GTEST_SKIP() << "there are no such signals";
+    }
+    const SHostRun outside = Run(L"SIGUSR1 von außen$");
+    const SHostRun request = Run(L"SIGTERM$");
+
+    EXPECT_EQ(outside.errors, "");
+    EXPECT_TRUE(isEndBy(10, outside.exitStatus)) << outside.exitStatus;
+    EXPECT_EQ(request.errors, "");
+    EXPECT_TRUE(isEndBy(15, request.exitStatus)) << request.exitStatus;
+}
+
+TEST_F(HostCrashes, LeaveIgnoredSignalsIgnored)
+{
+    if (c_IsWindows)
+    {
+        GTEST_SKIP() << "there are no such signals";
+    }
+    SHostOptions options;
+    options.ignoredSignal = L"PIPE";
+
+    for (const std::vector<std::wstring>& modes : {std::vector<std::wstring>{}, {L"-x"}})
+    {
+        std::vector<std::wstring> arguments = modes;
+        arguments.insert(arguments.end(), {L"-d", m_folder.GetPath(), L"--dll", L"crashmodels", L"-i", L":SIGPIPE$"});
+        const SHostRun run = RunHost(arguments, options);
+
+        EXPECT_EQ(run.errors, "");
+        EXPECT_EQ(run.exitStatus, 0);
+    }
+}
+
 TEST_F(HostCrashes, NameAllRunningCases)
 {
     if (c_HasSanitizer)
@@ -139,6 +202,29 @@ TEST_F(HostCrashes, NameTheCaseOfACrashedThread)
         run.errors.ends_with(ToPlatformLines("\nFehler: In Arbeit: 'CCrashModel:Zugriffsverletzung im Thread'\n")))
         << run.errors;
 }
+
+class HostCrashesOfThreads : public HostCrashes, public testing::WithParamInterface<const wchar_t*>
+{
+};
+
+TEST_P(HostCrashesOfThreads, NameAStackOverflow)
+{
+    if (c_HasSanitizer)
+    {
+        GTEST_SKIP() << "sanitizers end what crashes";
+    }
+    const SHostRun run = Run(GetParam() + std::wstring(L"$"));
+
+    EXPECT_TRUE(
+        run.errors.starts_with(std::string("Fehler: Absturz: ") + (c_IsWindows ? "STATUS_STACK_OVERFLOW" : "SIGSEGV")))
+        << run.errors;
+    EXPECT_TRUE(run.errors.ends_with(
+        ToPlatformLines("\nFehler: In Arbeit: 'CCrashModel:" + LbEncoding::ToUtf8(GetParam()) + "'\n")))
+        << run.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(OfLbBase, HostCrashesOfThreads,
+                         testing::Values(L"Stapelüberlauf im Vorrat", L"Stapelüberlauf in einer Nachricht"));
 
 /// The page is a pipe without a reader, so the host blocks while it writes reports. Meanwhile, a thread of the case
 /// waits for the XML report and crashes.

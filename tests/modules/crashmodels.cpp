@@ -20,7 +20,9 @@
 #include "base/lbcommandline.h"
 #include "base/lbencoding.h"
 #include "base/lbfilesystem.h"
+#include "base/lbmessagedispatcher.h"
 #include "base/lbpath.h"
+#include "base/lbthreadpool.h"
 #include "base/luunittest.h"
 #include "base/os/namedevent.h"
 #include "tests/support/os/testaids.h"
@@ -30,6 +32,9 @@ extern "C" int close(int file);
 
 namespace
 {
+
+/// In milliseconds.
+constexpr std::uint32_t c_Long = 30000;
 
 // Volatile, so that the compiler cannot predict the crash.
 volatile int s_zero = 0;
@@ -149,7 +154,6 @@ void announceExit()
 /// ended or never ran.
 void awaitGrandchild()
 {
-    constexpr std::uint32_t c_Long = 30000;
     const auto ready = openEvent(L"-r");
     ready->Wait(c_Long);
     ready->Set();
@@ -161,7 +165,6 @@ void answerLater()
     const std::vector<std::wstring> arguments = LbOs::GetOwnArguments();
     const auto option = std::ranges::find(arguments, L"--response-event-id");
     std::thread([response = LbOs::CNamedEvent::Open(option[1]), question = openEvent(L"-q"), done = openEvent(L"-a")] {
-        constexpr std::uint32_t c_Long = 30000;
         question->Wait(c_Long);
         response->Set();
         done->Set();
@@ -170,13 +173,12 @@ void answerLater()
 
 std::atomic<bool> s_isOtherUnderWay = false;
 
-void crashBesideAnother()
+void awaitOther()
 {
     while (!s_isOtherUnderWay)
     {
         std::this_thread::yield();
     }
-    *s_nothing = 1;
 }
 
 /// Crashes; a signal handler of the module then ends the process.
@@ -185,17 +187,6 @@ void crashIntoOwnHandler()
     constexpr int c_Own = 7;
     std::signal(SIGSEGV, [](int) { std::_Exit(c_Own); });
     *s_nothing = 1;
-}
-
-/// Throws an exception out of the function of a thread.
-void throwOutOfThread()
-{
-    std::thread([] { throw std::runtime_error("aus einem Thread"); }).join();
-}
-
-void crashInThread()
-{
-    std::thread([] { *s_nothing = 1; }).join();
 }
 
 /// Leaves a thread running. It crashes as soon as a file exists at the path that the test has passed.
@@ -228,7 +219,6 @@ void crashInCopy()
 bool isCopyInNextCase()
 {
     s_copy = LbOs::Fork();
-    constexpr std::uint32_t c_Long = 30000;
     return s_copy == 0 && openEvent(L"-q")->Wait(c_Long) == LbOs::EEventWait::Signaled;
 }
 
@@ -284,6 +274,7 @@ class CCrashModel : public LuUnitTest
         AddSubtest(L"abort", [] { std::abort(); });
         AddSubtest(L"terminate", [] { std::terminate(); });
         AddSubtest(L"exit", [] { std::exit(0); });
+        AddSubtest(L"quick_exit", [] { LbOs::ExitQuickly(); });
         AddSubtest(L"Division durch null", [this] { Info(L"%d", 100 / s_zero); });
         AddSubtest(L"Aufruf von null", [this] {
             s_noFunction();
@@ -354,16 +345,30 @@ class CCrashModel : public LuUnitTest
             sleepLong();
         });
         AddSubtest(L"Absturz auf Verlangen", [] {
-            constexpr std::uint32_t c_Long = 30000;
             openEvent(L"-q")->Wait(c_Long);
             std::abort();
         });
-        AddSubtest(L"Absturz neben einem anderen", [] { crashBesideAnother(); });
+        AddSubtest(L"Absturz neben einem anderen", [] {
+            awaitOther();
+            *s_nothing = 1;
+        });
         AddSubtest(L"eigene Behandlung", [] { crashIntoOwnHandler(); });
-        AddSubtest(L"Exception im Thread", [] { throwOutOfThread(); });
-        AddSubtest(L"Zugriffsverletzung im Thread", [] { crashInThread(); });
+        AddSubtest(L"Exception im Thread",
+                   [] { std::thread([] { throw std::runtime_error("aus einem Thread"); }).join(); });
+        AddSubtest(L"Zugriffsverletzung im Thread", [] { std::thread([] { *s_nothing = 1; }).join(); });
         AddSubtest(L"Zugriffsverletzung nach dem Lauf", [] { crashLater(); });
         AddSubtest(L"Stapelüberlauf im Thread", [] { std::thread([] { overflowStack(0); }).join(); });
+        AddSubtest(L"Stapelüberlauf im Vorrat",
+                   [] { LbThreadPool::GetInstance().Run([] { overflowStack(0); }).Wait(); });
+        AddSubtest(L"Stapelüberlauf in einer Nachricht", [] {
+            LbMessageDispatcher::GetInstance().Start();
+            LbMessageDispatcher::GetInstance().Post([] { overflowStack(0); });
+            LbMessageDispatcher::GetInstance().Flush();
+        });
+        AddSubtest(L"Ende neben einem anderen", [] {
+            awaitOther();
+            std::exit(0);
+        });
         AddSubtest(L"Stapelüberlauf ab 1024", [this] { Info(L"%d", overflowShiftedStack<1024>()); });
         AddSubtest(L"Stapelüberlauf ab 2048", [this] { Info(L"%d", overflowShiftedStack<2048>()); });
         AddSubtest(L"Stapelüberlauf ab 3072", [this] { Info(L"%d", overflowShiftedStack<3072>()); });
@@ -373,6 +378,15 @@ class CCrashModel : public LuUnitTest
             std::_Exit(4);
         });
         AddSubtest(L"Absturz der Kopie", [] { crashInCopy(); });
+        for (const wchar_t* const signal : {L"SIGPIPE", L"SIGALRM", L"SIGVTALRM", L"SIGPROF", L"SIGXCPU", L"SIGXFSZ",
+                                            L"SIGUSR1", L"SIGUSR2", L"SIGTERM"})
+        {
+            AddSubtest(signal, [signal] { return LbOs::CauseSignal(signal) ? eR_Passed : eR_NoInput; });
+        }
+        AddSubtest(L"SIGUSR1 von außen", [] {
+            static_cast<void>(std::system("kill -s USR1 $PPID"));
+            sleepLong();
+        });
     }
 
     /// Adds cases that write to standard error. Most of these cases then end their process.

@@ -289,6 +289,10 @@ int crash(const std::wstring& how)
     {
         return 100 / s_zero;
     }
+    if (how == L"exception")
+    {
+        LbOs::RaiseOwnException();
+    }
     if (how == L"terminate")
     {
         std::terminate();

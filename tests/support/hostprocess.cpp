@@ -73,6 +73,10 @@ std::wstring getSettings(const SHostOptions& options)
             settings += value.empty() ? LbFormat(L"unset %s&&", name) : LbFormat(L"export %s=%s&&", name, quote(value));
         }
     }
+    if (!options.ignoredSignal.empty())
+    {
+        settings += LbFormat(L"trap '' %s&&", options.ignoredSignal);
+    }
     if (options.memoryLimitKilobytes != 0)
     {
         settings += LbFormat(L"ulimit -v %u&&", options.memoryLimitKilobytes);

@@ -16,6 +16,7 @@ struct SHostOptions
     std::uint32_t openFilesLimit = 0;                             ///< soft limit; 0: the test's own; Linux only
     std::uint32_t openFilesHardLimit = 0;                         ///< hard limit; 0: the test's own; Linux only
     std::uint32_t processesLimit = 0; ///< runs as another user with this limit; 0: unlimited
+    std::wstring ignoredSignal;       ///< a signal that the host ignores from its start, without "SIG"; Linux only
     std::wstring outputDevice;        ///< receives standard output; empty: it is recorded
     bool onTerminal = false;          ///< standard output is a terminal; Linux only
 };
