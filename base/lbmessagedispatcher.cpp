@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/lbdiagnostics.h"
+#include "base/os/crash.h"
 #include "base/os/process.h"
 
 namespace
@@ -63,6 +64,7 @@ void LbMessageDispatcher::SShared::Work()
 {
     t_isDispatcherThread = true;
     LbOs::SetCurrentThreadName(L"LbMessages");
+    const LbOs::CCrashStack crashStack;
     std::unique_lock lock(mutex);
     isReady = true;
     ready.notify_all();

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/os/crash.h"
 #include "base/os/process.h"
 #include "base/os/processes.h"
 
@@ -149,6 +150,7 @@ void LbThreadPool::SShared::Work()
 {
     t_isPoolThread = true;
     LbOs::SetCurrentThreadName(L"LbThreadPool");
+    const LbOs::CCrashStack crashStack;
     std::unique_lock lock(mutex);
     ++arrivedCount;
     arrived.notify_all();
