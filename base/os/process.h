@@ -54,6 +54,9 @@ LB_API void CallAroundForks(const SForkHandlers& handlers);
 /// Id of the current process.
 LB_API unsigned long GetProcessId();
 
+/// Calls the function when the process is ended by std::quick_exit(). No effect on Windows, whose run-time lacks it.
+LB_API void CallAtQuickExit(void (*function)());
+
 /// Ends the process at once: runs no destructors and exit handlers and flushes no streams. Callable from any thread.
 [[noreturn]] LB_API void EndProcess(int status);
 

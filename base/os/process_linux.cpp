@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 
 #include <pthread.h>
 #include <syslog.h>
@@ -100,6 +101,11 @@ void LbOs::CallAroundForks(const SForkHandlers& handlers)
 unsigned long LbOs::GetProcessId()
 {
     return static_cast<unsigned long>(getpid());
+}
+
+void LbOs::CallAtQuickExit(void (*function)())
+{
+    std::at_quick_exit(function);
 }
 
 void LbOs::EndProcess(int status)

@@ -146,6 +146,8 @@ unsigned long LbOs::GetProcessId()
     return GetCurrentProcessId();
 }
 
+void LbOs::CallAtQuickExit(void (* /*function*/)()) {}
+
 void LbOs::EndProcess(int status)
 {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));

@@ -11,8 +11,8 @@
 #include "base/lbexception.h"
 #include "base/lbformat.h"
 #include "base/os/console.h"
-#include "base/os/crash.h"
 #include "base/os/process.h"
+#include "testing/lutestsuite/environment/crashnotes.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
 #include "testing/lutestsuitehost/consoleout.h"
@@ -26,13 +26,13 @@ namespace
 /// The id of this process while a CWork lives; otherwise 0.
 unsigned long s_workingProcess = 0;
 
-/// exit() does not run the destructor of CWork, so s_workingProcess is still set if a case called exit().
+/// exit() and quick_exit() do not run the destructor of CWork, so s_workingProcess is still set if a case called them.
 void endUnfinished()
 {
     if (s_workingProcess == LbOs::GetProcessId())
     {
         std::fflush(nullptr);
-        LbOs::WriteCrashText("Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
+        LuTestSuite::WriteUnfinishedEnd();
         LbOs::EndProcess(c_Broken);
     }
 }
@@ -110,6 +110,7 @@ int RunLibrary(const Arguments& arguments)
 int Main(int count, const char* const* arguments, int (*run)(const Arguments& arguments))
 {
     std::atexit(&endUnfinished);
+    LbOs::CallAtQuickExit(&endUnfinished);
     try
     {
         const Arguments texts = LbOs::GetArguments(count, arguments);

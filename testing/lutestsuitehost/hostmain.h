@@ -30,8 +30,9 @@ void WriteError(std::wstring message);
 /// True if another host started this process to run cases; the other host checks how this process ends.
 bool IsChild(const Arguments& arguments);
 
-/// While an object exists, exit() in this process prints an error line and ends the process with the status c_Broken,
-/// so that a case that calls exit() does not look like a success. Forked copies of the process may end in any way.
+/// While an object exists, exit() and quick_exit() in this process print an error line that names the case, and end
+/// the process with the status c_Broken, so that a case that calls them does not look like a success. Forked copies of the process
+/// may end in any way.
 class CWork : public INonCopyable
 {
 public:

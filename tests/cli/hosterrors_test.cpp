@@ -44,13 +44,29 @@ protected:
     ScopedFolder m_folder;
 };
 
-TEST_F(HostErrors, ReportThatACaseEndedTheProcess)
+TEST_F(HostErrors, NameTheCaseThatEndedTheProcess)
+{
+    m_folder.MakeFolder(L"CCrashModel");
+    for (const std::string name : {"exit", "quick_exit"})
+    {
+        const SHostRun run = Run({L"--dll", L"crashmodels", L"-i", L":" + LbEncoding::FromUtf8(name) + L"$"});
+
+        EXPECT_EQ(run.errors,
+                  ToPlatformLines("Fehler: Der Prozess wurde mitten im Aufruf beendet: 'CCrashModel:" + name + "'\n"));
+        EXPECT_EQ(run.exitStatus, 2);
+    }
+}
+
+TEST_F(HostErrors, NameOtherCasesThatRanWhenACaseEndedTheProcess)
 {
     m_folder.MakeFolder(L"CCrashModel");
 
-    const SHostRun run = Run({L"--dll", L"crashmodels", L"-i", L":exit$"});
+    const SHostRun run = Run({L"--dll", L"crashmodels", L"-i", L":wartet auf den Absturz$", L"-i",
+                              L":Ende neben einem anderen$", L"-w", L"2"});
 
-    EXPECT_EQ(run.errors, ToPlatformLines("Fehler: Der Prozess wurde mitten im Aufruf beendet\n"));
+    EXPECT_EQ(run.errors, ToPlatformLines("Fehler: Der Prozess wurde mitten im Aufruf beendet: "
+                                          "'CCrashModel:Ende neben einem anderen'\n"
+                                          "Fehler: Zugleich in Arbeit: 'CCrashModel:wartet auf den Absturz'\n"));
     EXPECT_EQ(run.exitStatus, 2);
 }
 

@@ -207,4 +207,15 @@ CNamedUnderWay::CNamedUnderWay(EActivity activity, const std::wstring& className
 {
 }
 
+void WriteUnfinishedEnd() noexcept
+{
+    const CCrashThread::SPlace* const own = findOwnPlace();
+    CCrashText& text = s_text;
+    text.Add("Fehler: Der Prozess wurde mitten im Aufruf beendet");
+    const bool isKnown = own != nullptr && addActivity(text, ": ", *own);
+    text.Add("\n");
+    addOtherActivities(text, own, isKnown);
+    text.Write();
+}
+
 } // namespace LuTestSuite

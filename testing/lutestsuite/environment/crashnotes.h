@@ -8,6 +8,7 @@
 
 #include "base/inoncopyable.h"
 #include "base/os/crash.h"
+#include "testing/lutestsuite/lutestsuiteexport.h"
 
 namespace LuTestSuite
 {
@@ -105,5 +106,9 @@ private:
     CCrashThread m_thread;
     CUnderWay m_underWay;
 };
+
+/// Prints that the process ends although its work is not finished, with the activity of the calling thread and, in a
+/// second line, those of others. For handlers of exit(): neither allocates memory nor takes a lock.
+LUTESTSUITE_API void WriteUnfinishedEnd() noexcept;
 
 } // namespace LuTestSuite

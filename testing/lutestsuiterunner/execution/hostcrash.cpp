@@ -17,6 +17,7 @@ namespace
 {
 
 constexpr std::wstring_view c_CrashStart = L"Fehler: Absturz in ";
+constexpr std::wstring_view c_EndStart = L"Fehler: Der Prozess wurde mitten im Aufruf beendet: ";
 constexpr std::wstring_view c_ErrorStart = L"Fehler: ";
 
 const LuTestSuite::STestCase& getCase(const SPlan& plan, std::uint32_t index)
@@ -39,6 +40,14 @@ std::wstring getFirstLine(std::wstring_view text)
     return std::wstring(text.substr(0, text.find_first_of(L"\r\n")));
 }
 
+/// An error line without the prefix of errors, and without the name at its end.
+std::wstring withoutName(const std::wstring& line, const std::wstring& name)
+{
+    constexpr std::wstring_view c_Between = L": ";
+    const std::size_t length = line.size() - c_ErrorStart.size() - c_Between.size() - name.size();
+    return line.substr(c_ErrorStart.size(), length);
+}
+
 /// The cases that ran in a host's own process when it ended.
 using Suspects = std::vector<std::uint32_t>;
 
@@ -58,12 +67,16 @@ bool hasNamesake(const CRunState& state, const Suspects& suspects, std::uint32_t
 std::wstring findReason(const std::wstring& note, const CRunState& state, const Suspects& suspects, std::uint32_t index)
 {
     const bool isOnlyOne = suspects.size() == 1;
-    const std::wstring named = std::wstring(c_CrashStart) + getCrashName(state.GetPlan(), index) + L": ";
-    if (note.starts_with(named) && !hasNamesake(state, suspects, index))
+    const std::wstring name = getCrashName(state.GetPlan(), index);
+    const std::wstring named = std::wstring(c_CrashStart) + name + L": ";
+    const bool isNamed = note.starts_with(named) || getFirstLine(note) == std::wstring(c_EndStart) + name;
+    if (isNamed && !hasNamesake(state, suspects, index))
     {
-        return L"Absturz des Prozesses, der den Lauf ausführte: " + getFirstLine(note.substr(named.size()));
+        return note.starts_with(named)
+                   ? L"Absturz des Prozesses, der den Lauf ausführte: " + getFirstLine(note.substr(named.size()))
+                   : L"Ende des Prozesses, der den Lauf ausführte: " + withoutName(getFirstLine(note), name);
     }
-    const bool isOfAnother = note.starts_with(c_CrashStart);
+    const bool isOfAnother = note.starts_with(c_CrashStart) || note.starts_with(c_EndStart);
     if (!isOnlyOne || isOfAnother || !note.starts_with(c_ErrorStart))
     {
         return L"";

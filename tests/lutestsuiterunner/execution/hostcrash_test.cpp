@@ -88,6 +88,20 @@ TEST_F(RunnerHostCrash, BlamesTheOnlyRunningCaseIfTheNoteNamesNoCase)
               L"Ende des Prozesses, der den Lauf ausführte: Der Prozess wurde mitten im Aufruf beendet");
 }
 
+TEST_F(RunnerHostCrash, BlamesTheCaseThatEndedTheProcess)
+{
+    WriteNote("Fehler: Der Prozess wurde mitten im Aufruf beendet: 'CModel:zwei'\n"
+              "Fehler: Zugleich in Arbeit: 'CModel:eins'\n");
+
+    const Runner::SUnderWay underWay = Find({0, 1});
+
+    ASSERT_EQ(underWay.crashed.size(), 1U);
+    EXPECT_EQ(underWay.crashed[0].caseIndex, 1U);
+    EXPECT_EQ(underWay.crashed[0].reason,
+              L"Ende des Prozesses, der den Lauf ausführte: Der Prozess wurde mitten im Aufruf beendet");
+    EXPECT_EQ(underWay.suspects, (Cases{0}));
+}
+
 TEST_F(RunnerHostCrash, SuspectsAllRunningCasesIfTheNoteNamesNoCase)
 {
     WriteNote("Fehler: Der Prozess wurde mitten im Aufruf beendet\n");
