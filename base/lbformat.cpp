@@ -158,11 +158,16 @@ private:
         {
             const std::int64_t width = takeCount();
             conversion.left = conversion.left || width < 0;
-            conversion.width = std::abs(width);
+            conversion.width = std::min(std::abs(width), LbPrintf::c_LargestCount);
         }
         if (conversion.hasPrecisionArgument)
         {
             conversion.precision = std::max(takeCount(), SConversion::sc_NoPrecision);
+            // The precision of a text only shortens it.
+            if (!conversion.IsOneOf(L"sS"))
+            {
+                conversion.precision = std::min(conversion.precision, LbPrintf::c_LargestCount);
+            }
         }
     }
 

@@ -12,8 +12,10 @@
 ///     %%                        a percent sign
 ///
 /// Flags "-", "0", "+", " " and "#", width and precision work as in C; "*" takes width or precision from an int
-/// argument. For texts, width and precision count characters, not code units. A text that has at least `precision`
-/// characters needs no terminating zero. Codes outside of 0 to 0x10FFFF, and bytes that are not UTF-8, print as U+FFFD.
+/// argument. They are at most 1,048,575: a larger constant is a mistake, a larger argument counts as that number,
+/// except as the precision of a text. For texts, width and precision count characters, not code units. A text that
+/// has at least `precision` characters needs no terminating zero. Codes outside of 0 to 0x10FFFF, and bytes that are
+/// not UTF-8, print as U+FFFD.
 ///
 /// The argument's type determines how many bits are printed: %d prints all 64 bits of a 64-bit integer, %u prints a
 /// negative 32-bit integer as unsigned 32-bit, %d prints an unsigned integer as signed. For numbers, the length

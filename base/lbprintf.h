@@ -6,7 +6,6 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -62,6 +61,9 @@ enum class ELength : std::uint8_t
     LongDouble, ///< L
     Integer     ///< ll, j, z, t, I, I32, I64: the argument's type determines the width
 };
+
+/// The largest width and precision. The messages of a case hold no longer line.
+inline constexpr std::int64_t c_LargestCount = 1'048'575;
 
 /// One conversion of a format, from its percent sign to its letter.
 struct SConversion
@@ -174,16 +176,15 @@ private:
         return isNext;
     }
 
-    /// Returns false if the number does not fit into an int.
+    /// Returns false if the number is larger than c_LargestCount.
     constexpr bool takeCount(std::int64_t& count)
     {
-        constexpr std::int64_t c_Largest = std::numeric_limits<std::int32_t>::max();
         for (; peek() >= L'0' && peek() <= L'9'; m_rest.remove_prefix(1))
         {
             // The number stops growing above the limit, so that it cannot overflow.
-            count = count > c_Largest ? count : count * 10 + (peek() - L'0');
+            count = count > c_LargestCount ? count : count * 10 + (peek() - L'0');
         }
-        return count <= c_Largest;
+        return count <= c_LargestCount;
     }
 
     constexpr ELength takeLength()

@@ -31,8 +31,8 @@ void WriteError(std::wstring message);
 bool IsChild(const Arguments& arguments);
 
 /// While an object exists, exit() and quick_exit() in this process print an error line that names the case, and end
-/// the process with the status c_Broken, so that a case that calls them does not look like a success. Forked copies of the process
-/// may end in any way.
+/// the process with the status c_Broken, so that a case that calls them does not look like a success. Forked copies of
+/// the process may end in any way.
 class CWork : public INonCopyable
 {
 public:

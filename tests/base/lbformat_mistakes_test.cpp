@@ -107,6 +107,14 @@ TEST(LbRuntimeFormat, RefusesLengthModifiersThatDoNotFitTheConversion)
     EXPECT_EQ(getMistake(L"%lp", nullptr), L"unpassende Längenangabe");
 }
 
+TEST(LbRuntimeFormat, RefusesWidthsAndPrecisionsLongerThanALine)
+{
+    EXPECT_EQ(getMistake(L"%1048576d", 1), L"unzulässige Breite");
+    EXPECT_EQ(getMistake(L"%.1048576d", 1), L"unzulässige Breite");
+    EXPECT_EQ(getMistake(L"%.1048576s", L"text"), L"unzulässige Breite");
+    EXPECT_EQ(getMistake(L"%1048575.1048575d", 1), L"no exception");
+}
+
 TEST(LbRuntimeFormat, RefusesWidthsBeyondTheRangeOfInt)
 {
     EXPECT_EQ(getMistake(L"%99999999999999999999999d", 1), L"unzulässige Breite");

@@ -299,4 +299,25 @@ TEST(LbFormat, AcceptsConstantsAsFormats)
     EXPECT_EQ(LbFormat(c_Pointer, 1) + LbFormat(c_View, 2), L"<1><2>");
 }
 
+TEST(LbFormat, LimitsWidthsAndPrecisionsOfArguments)
+{
+    constexpr int c_Huge = 2'000'000'000;
+    constexpr std::size_t c_Longest = 1'048'575;
+
+    EXPECT_EQ(LbFormat(L"%*d", c_Huge, 1).size(), c_Longest);
+    EXPECT_EQ(LbFormat(L"%-*s", c_Huge, L"text").size(), c_Longest);
+    EXPECT_EQ(LbFormat(L"%*c", -c_Huge, L'c').size(), c_Longest);
+    EXPECT_EQ(LbFormat(L"%*d", std::numeric_limits<int>::min(), 1).size(), c_Longest);
+    EXPECT_EQ(LbFormat(L"%.*d", c_Huge, 1).size(), c_Longest);
+    EXPECT_EQ(LbFormat(L"%.*f", c_Huge, 1.0).size(), c_Longest + 2);
+}
+
+TEST(LbFormat, PrintsLongTextsWhosePrecisionAnArgumentLimits)
+{
+    constexpr int c_Huge = 2'000'000'000;
+    const std::wstring text(1'500'000, L'x');
+
+    EXPECT_EQ(LbFormat(L"%.*s", c_Huge, text), text);
+}
+
 } // namespace
