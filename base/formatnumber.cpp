@@ -5,8 +5,12 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <span>
 #include <string_view>
+#include <type_traits>
+
+#include "base/os/numberlocale.h"
 
 namespace
 {
@@ -195,6 +199,12 @@ private:
         char* begin = buffer.data();
         char* limit = begin + buffer.size();
         const bool isExact = getLowerType() == L'a' && !hasPrecision;
+        // The standard library passes long doubles with a precision on to the C library.
+        std::optional<LbOs::CPlainNumbers> plainNumbers;
+        if constexpr (std::is_same_v<T, long double>)
+        {
+            plainNumbers.emplace();
+        }
         char* end = isExact ? std::to_chars(begin, limit, value, std::chars_format::hex).ptr
                             : std::to_chars(begin, limit, value, getCharsFormat(), digits).ptr;
         return finish(begin, end, isUpperCase());

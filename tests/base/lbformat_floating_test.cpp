@@ -1,9 +1,16 @@
 #include "base/lbformat.h"
 
+#include <clocale>
+#include <cstdlib>
 #include <limits>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
+
+#include "base/lbencoding.h"
+#include "tests/support/scopedenvironment.h"
+#include "tests/support/scopedfolder.h"
 
 namespace
 {
@@ -118,6 +125,53 @@ TEST(LbFormatFloating, AcceptsPrecisionsOfAnySize)
     EXPECT_EQ(LbFormat(L"%.2000a", 1.0), L"0x1." + std::wstring(2000, L'0') + L"p+0");
     EXPECT_EQ(LbFormat(L"%.2000g|%#.2000g", 0.5, 0.5), L"0.5|0.5" + std::wstring(1999, L'0'));
     EXPECT_EQ(LbFormat(L"%2000.0f", 1.0), std::wstring(1999, L' ') + L"1");
+}
+
+/// Sets a locale with a decimal comma for the life of the object, if there is one.
+class ScopedDecimalComma
+{
+public:
+    ScopedDecimalComma()
+    {
+        for (const char* const name : {"de_DE.UTF-8", "fr_FR.UTF-8", "German_Germany.1252", "de-DE"})
+        {
+            if (IsSet() || std::setlocale(LC_NUMERIC, name) != nullptr)
+            {
+                return;
+            }
+        }
+        const std::string folder = LbEncoding::ToUtf8(m_folder.GetPath());
+        const int status = std::system(("localedef -i de_DE -f UTF-8 '" + folder + "lu_DE.UTF-8' >&2").c_str());
+        if (status == 0)
+        {
+            std::setlocale(LC_NUMERIC, "lu_DE.UTF-8");
+        }
+    }
+
+    ~ScopedDecimalComma() { std::setlocale(LC_NUMERIC, "C"); }
+    ScopedDecimalComma(const ScopedDecimalComma&) = delete;
+    ScopedDecimalComma& operator=(const ScopedDecimalComma&) = delete;
+
+    static bool IsSet() { return std::string_view(std::localeconv()->decimal_point) == ","; }
+
+private:
+    ScopedFolder m_folder;
+    ScopedEnvironmentVariable m_path{L"LOCPATH", m_folder.GetPath()};
+};
+
+TEST(LbFormatFloating, HasADecimalPointInAnyLocale)
+{
+    const ScopedDecimalComma comma;
+    if (!ScopedDecimalComma::IsSet())
+    {
+        GTEST_SKIP() << "no locale with a decimal comma";
+    }
+    EXPECT_EQ(LbFormat(L"%Lf %.1Lf %#.0Lf", 0.5L, 2.25L, 1.0L), L"0.500000 2.2 1.");
+    EXPECT_EQ(LbFormat(L"%Le %.1Le %#.0Le", 0.5L, 2.25L, 1.0L), L"5.000000e-01 2.2e+00 1.e+00");
+    EXPECT_EQ(LbFormat(L"%Lg %#Lg %La %.1La", 0.5L, 0.5L, 1.5L, 1.5L), L"0.5 0.500000 0xcp-3 0xc.0p-3");
+    EXPECT_EQ(LbFormat(L"%f %e %g %.1a", 0.5, 0.5, 0.5, 1.5), L"0.500000 5.000000e-01 0.5 0x1.8p+0");
+    // The caller's locale is in effect again.
+    EXPECT_TRUE(ScopedDecimalComma::IsSet());
 }
 
 } // namespace
