@@ -1,5 +1,5 @@
-/// Checks for any expression and name that the search, the parser, the automaton and the required text agree with the
-/// standard library.
+/// Checks for any expression and name that the search, the parser, the automaton, the guarded expressions and the
+/// required text agree with the standard library.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -9,6 +9,7 @@
 #include "fuzz/fuzzing.h"
 #include "testing/lutestsuite/selection/automaton.h"
 #include "testing/lutestsuite/selection/expression.h"
+#include "testing/lutestsuite/selection/guardedexpressions.h"
 #include "testing/lutestsuite/selection/requiredtext.h"
 #include "testing/lutestsuite/selection/wideregex.h"
 
@@ -79,14 +80,26 @@ void checkSyntax(const LuTestSuite::SExpressionSyntax& syntax, const std::option
                  const std::wstring& name)
 {
     const bool canTake = LuTestSuite::CAutomaton::CanTake(syntax);
+    const bool isGuarded = LuTestSuite::CGuardedExpressions::CanTake(syntax);
     if (!expression)
     {
         // Only the standard library detects back-references to missing groups.
-        Check(!canTake);
+        Check(!canTake && !isGuarded);
         return;
     }
     const bool isFound = std::regex_search(name, *expression);
     Check(!isFound || name.find(LuTestSuite::GetRequiredText(syntax.root)) != std::wstring::npos);
+    if (isGuarded)
+    {
+        LuTestSuite::CGuardedExpressions guarded;
+        guarded.Add(syntax.root);
+        Check(guarded.IsFoundIn(name) == isFound);
+        // The first expression finds nothing.
+        LuTestSuite::CGuardedExpressions several;
+        several.Add(LuTestSuite::ParseExpression(L"^(?!x)x")->root);
+        several.Add(syntax.root);
+        Check(several.IsFoundIn(name) == isFound);
+    }
     if (canTake)
     {
         LuTestSuite::CAutomaton automaton;
