@@ -152,6 +152,15 @@ class FailedCases(Pages):
         """)
         self.assertIsNone(self.current())
 
+    def test_events_without_a_key_do_nothing(self):
+        self.open("run.html")
+        self.assertEqual([], self.browser.run("""
+            var errors = [];
+            window.addEventListener('error', function (event) { errors.push(event.message); });
+            document.dispatchEvent(new Event('keydown'));
+            return errors;
+        """))
+
     def test_runs_without_failures_have_no_bar(self):
         self.open("passed.html")
         self.assertEqual(0, self.browser.run("return document.querySelectorAll('caption, button').length"))

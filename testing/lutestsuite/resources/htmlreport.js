@@ -346,7 +346,8 @@
 
     function addKeys(buttons) {
         document.addEventListener('keydown', function (event) {
-            var button = buttons[event.key.toUpperCase()];
+            // Browsers that fill in a form send events without a key.
+            var button = event.key && buttons[event.key.toUpperCase()];
             if (button && !event.ctrlKey && !event.altKey && !event.metaKey) {
                 button.click();
             }
