@@ -10,6 +10,7 @@
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/model/skips.h"
 #include "testing/lutestsuiterunner/reports/opencases.h"
+#include "testing/lutestsuiterunner/reports/redreasons.h"
 #include "testing/lutestsuiterunner/reports/reports.h"
 
 namespace Runner
@@ -67,6 +68,10 @@ std::wstring describeOutcome(const CRunState& state, const std::wstring& folder,
     for (const std::wstring& problem : state.GetProblems())
     {
         text += LbFormat(L"Fehler: %s\n", problem);
+    }
+    if (const std::size_t flaky = FindRedFlakyCases(state).size(); flaky > 0)
+    {
+        text += LbFormat(L"Fehler: %s\n", DescribeRedFlakyCases(flaky));
     }
     if (state.IsCanceled())
     {

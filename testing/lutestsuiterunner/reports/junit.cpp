@@ -9,6 +9,7 @@
 #include "testing/lutestsuiterunner/reports/junitcounts.h"
 #include "testing/lutestsuiterunner/reports/junitproperties.h"
 #include "testing/lutestsuiterunner/reports/junitsuites.h"
+#include "testing/lutestsuiterunner/reports/redreasons.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 #include "testing/lutestsuiterunner/reports/xmltext.h"
 
@@ -34,25 +35,10 @@ void visitCases(const CRunState& state, const SOpenCases& open, const SJunitSuit
     }
 }
 
-/// The flaky cases that make the run red.
-std::vector<std::uint32_t> findRedFlakyCases(const CRunState& state)
-{
-    std::vector<std::uint32_t> cases;
-    const SPlan& plan = state.GetPlan();
-    for (std::uint32_t index = 0; index < plan.cases.size() && !plan.rules.isFlakyAllowed; ++index)
-    {
-        if (!plan.cases[index].isQuarantined && state.GetVerdict(index) == EVerdict::Flaky)
-        {
-            cases.push_back(index);
-        }
-    }
-    return cases;
-}
-
 /// Flaky cases have passed, so without this element a red run could have a green junit.xml.
 void visitFlakyCases(const CRunState& state, const UseCase& use)
 {
-    const std::vector<std::uint32_t> cases = findRedFlakyCases(state);
+    const std::vector<std::uint32_t> cases = FindRedFlakyCases(state);
     if (cases.empty())
     {
         return;
@@ -62,11 +48,7 @@ void visitFlakyCases(const CRunState& state, const UseCase& use)
     {
         names += GetCaseName(state.GetPlan(), index) + L"\n";
     }
-    const std::wstring problem =
-        cases.size() == 1
-            ? std::wstring(L"Ein Testfall ist unzuverlässig; ohne '--allow-flaky' ist der Lauf rot")
-            : LbFormat(L"%u Testfälle sind unzuverlässig; ohne '--allow-flaky' ist der Lauf rot", cases.size());
-    use(MakeJunitProblem(L"Unzuverlässige Testfälle", problem, c_RunSuite, names));
+    use(MakeJunitProblem(L"Unzuverlässige Testfälle", DescribeRedFlakyCases(cases.size()), c_RunSuite, names));
 }
 
 void visitProblems(const CRunState& state, const UseCase& use)

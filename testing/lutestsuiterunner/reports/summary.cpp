@@ -14,6 +14,7 @@
 #include "testing/lutestsuiterunner/model/textlines.h"
 #include "testing/lutestsuiterunner/reports/casenotes.h"
 #include "testing/lutestsuiterunner/reports/processlists.h"
+#include "testing/lutestsuiterunner/reports/redreasons.h"
 #include "testing/lutestsuiterunner/reports/wholefile.h"
 
 namespace Runner
@@ -218,9 +219,9 @@ std::string MakeSummary(const CRunState& state, const std::vector<std::wstring>&
         json["cancelReason"] = toJson(state.GetCancelReason());
     }
     json["problems"] = Json::array();
-    for (const std::wstring& problem : state.GetProblems())
+    for (const std::wstring& reason : FindRedReasons(state))
     {
-        json["problems"].push_back(toJson(problem));
+        json["problems"].push_back(toJson(reason));
     }
     for (const std::wstring& loss : losses)
     {

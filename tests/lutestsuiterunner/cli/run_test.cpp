@@ -231,6 +231,7 @@ TEST_F(RunnerRun, FindsFlakyCasesByRetries)
 
     EXPECT_EQ(run.exitStatus, 1);
     ExpectLine(run.output, "UNZUVERLÄSSIG CFlakyModel:besteht beim zweiten Mal (im Versuch 2 bestanden)");
+    ExpectLine(run.output, "Fehler: Ein Testfall ist unzuverlässig; ohne '--allow-flaky' ist der Lauf rot\n");
     ExpectLine(run.output, "unzuverlässig: 1, fehlgeschlagen: 0");
 }
 

@@ -88,6 +88,50 @@ TEST(RunnerSummary, ShowsHowTheRunEnded)
     EXPECT_EQ(canceled["cancelReason"], "SIGTERM");
 }
 
+TEST(RunnerSummary, NamesTheReasonOfARedRunInTheProblems)
+{
+    const auto getProblems = [](const CRunStateMaker& run) {
+        return json::parse(Runner::MakeSummary(run.Get()))["problems"];
+    };
+    CRunStateMaker run;
+    EXPECT_EQ(getProblems(run), json({"Der Lauf ist nicht beendet"}));
+    run.Apply(Runner::SRunProblem{L"Das Modul fehlt"});
+    run.Apply(Runner::SRunCanceled{L"SIGTERM", 1});
+    EXPECT_EQ(getProblems(run), json({"Der Lauf wurde abgebrochen: SIGTERM", "Das Modul fehlt"}));
+    run.BeginJournal(2);
+    run.Apply(Runner::SRunFinished{L"2024-01-02 03:04:09", 4});
+    EXPECT_EQ(getProblems(run), json({"6 Testfälle haben kein Ergebnis"}));
+
+    run.BeginJournal(3);
+    run.RunCase(0, ECaseRunResult::Error);
+    run.RunCase(0, ECaseRunResult::Ok, 2, Runner::EAttemptKind::Retry);
+    run.RunRest();
+    EXPECT_EQ(getProblems(run), json({"Ein Testfall ist unzuverlässig; ohne '--allow-flaky' ist der Lauf rot"}));
+    CRunStateMaker green;
+    green.RunRest();
+    EXPECT_EQ(getProblems(green), json::array());
+}
+
+TEST(RunnerSummary, ListsACaseThatRanUntilTheCancellation)
+{
+    CRunStateMaker run;
+    Runner::SCaseEnded ended = MakeEnd(0, ECaseRunResult::Error);
+    ended.end = Runner::EAttemptEnd::Canceled;
+    ended.info.time = 4'000'000'000;
+    run.RunCase(ended);
+    Runner::SOpenCases open;
+    open.canceled = {0};
+
+    const json summary = json::parse(Runner::MakeSummary(run.Get(), {}, open));
+
+    ASSERT_EQ(summary["open"].size(), 1U);
+    EXPECT_EQ(summary["open"][0]["name"], "eins.txt");
+    EXPECT_EQ(summary["open"][0]["interrupted"], true);
+    EXPECT_EQ(summary["open"][0]["canceled"], true);
+    EXPECT_EQ(summary["open"][0]["seconds"], 4.0);
+    EXPECT_EQ(summary["missing"].size(), 6U);
+}
+
 TEST(RunnerSummary, ListsRunningAndInterruptedCases)
 {
     CRunStateMaker run;
