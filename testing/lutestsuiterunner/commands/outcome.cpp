@@ -1,11 +1,13 @@
 #include "testing/lutestsuiterunner/commands/outcome.h"
 
+#include <functional>
 #include <set>
 #include <utility>
 
 #include "base/lbformat.h"
 #include "base/os/folderlock.h"
 #include "testing/lutestsuitehost/hostmain.h"
+#include "testing/lutestsuiterunner/console/casetext.h"
 #include "testing/lutestsuiterunner/console/closing.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 #include "testing/lutestsuiterunner/model/skips.h"
@@ -22,15 +24,25 @@ namespace
 constexpr std::size_t c_CasesShown = 20;
 
 /// One line with the title for each of the first cases, and one line with the number of the others.
-std::wstring listCases(const std::wstring& title, const SPlan& plan, const std::vector<std::uint32_t>& cases)
+std::wstring listCases(
+    const std::wstring& title, const SPlan& plan, const std::vector<std::uint32_t>& cases,
+    const std::function<std::wstring(std::uint32_t)>& getNote = [](std::uint32_t /*index*/) { return std::wstring(); })
 {
     std::wstring text;
     for (std::size_t index = 0; index < cases.size() && index < c_CasesShown; ++index)
     {
-        text += LbFormat(L"%s: %s\n", title, GetCaseName(plan, cases[index]));
+        text += LbFormat(L"%s: %s%s\n", title, GetCaseName(plan, cases[index]), getNote(cases[index]));
     }
     return cases.size() <= c_CasesShown ? text
                                         : text + LbFormat(L"%s: %u weitere\n", title, cases.size() - c_CasesShown);
+}
+
+/// The cases that ran until the run was canceled, each with its time.
+std::wstring describeCanceled(const CRunState& state, const std::vector<std::uint32_t>& cases)
+{
+    return listCases(L"Lief beim Abbruch", state.GetPlan(), cases, [&state](std::uint32_t index) {
+        return LbFormat(L" (%s)", FormatTime(state.GetAttempts(index).back().result.info.time));
+    });
 }
 
 /// The cases that were under way when hosts ended, and what these hosts printed.
@@ -57,7 +69,8 @@ std::wstring describeMissing(const CRunState& state, const SOpenCases& open)
     std::vector<std::uint32_t> missing = state.GetMissingCases();
     std::erase_if(missing, [&open](std::uint32_t index) { return open.Contains(index); });
     return listCases(L"Nicht ausgeführt", state.GetPlan(), missing) +
-           listCases(L"Noch in Arbeit", state.GetPlan(), open.running) + describeInterrupted(state, open);
+           listCases(L"Noch in Arbeit", state.GetPlan(), open.running) + describeCanceled(state, open.canceled) +
+           describeInterrupted(state, open);
 }
 
 /// The counts of verdicts, the problems of the whole run, the first missing cases, and the paths of the reports.

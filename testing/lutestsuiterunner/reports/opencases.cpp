@@ -1,6 +1,7 @@
 #include "testing/lutestsuiterunner/reports/opencases.h"
 
 #include <algorithm>
+#include <span>
 
 #include "testing/lutestsuiterunner/journal/crashnotes.h"
 
@@ -9,7 +10,8 @@ namespace Runner
 
 bool SOpenCases::Contains(std::uint32_t caseIndex) const
 {
-    return interrupted.contains(caseIndex) || std::ranges::binary_search(running, caseIndex);
+    return interrupted.contains(caseIndex) || std::ranges::binary_search(running, caseIndex) ||
+           std::ranges::binary_search(canceled, caseIndex);
 }
 
 SOpenCases FindOpenCases(const CRunState& state, const std::wstring& folder, bool isInProgress)
@@ -26,6 +28,13 @@ SOpenCases FindOpenCases(const CRunState& state, const std::wstring& folder, boo
         }
         const std::uint32_t journal = state.GetAttempts(index).back().started.journal;
         open.interrupted.emplace(index, ReadCrashNote(folder, journal));
+    }
+    if (!isInProgress)
+    {
+        open.canceled = state.FindCases([&state](std::uint32_t index) {
+            const std::span<const SAttempt> attempts = state.GetAttempts(index);
+            return !attempts.empty() && attempts.back().IsEnded() && !attempts.back().IsFinished();
+        });
     }
     return open;
 }

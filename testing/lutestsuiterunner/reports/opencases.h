@@ -1,4 +1,4 @@
-/// Cases with an attempt that has not ended.
+/// Cases with an attempt that has not ended, or that the cancellation of the run has ended.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +18,8 @@ struct SOpenCases
     std::map<std::uint32_t, std::wstring> interrupted;
     /// Cases that a host still runs, as far as the journals show; ascending.
     std::vector<std::uint32_t> running;
+    /// Cases that ran in a child process until the run was canceled; ascending. Empty while a run is in progress.
+    std::vector<std::uint32_t> canceled;
 
     bool Contains(std::uint32_t caseIndex) const;
 };

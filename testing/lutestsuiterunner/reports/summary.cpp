@@ -155,6 +155,14 @@ Json describeOpen(const CRunState& state, const SOpenCases& open)
         }
         list.push_back(std::move(json));
     }
+    for (const std::uint32_t index : open.canceled)
+    {
+        const std::uint64_t time = state.GetAttempts(index).back().result.info.time;
+        Json json = describeOpen(state, index, /*isInterrupted*/ true);
+        json["canceled"] = true;
+        json["seconds"] = static_cast<double>(time) * c_SecondsPerNanosecond;
+        list.push_back(std::move(json));
+    }
     for (const std::uint32_t index : open.running)
     {
         list.push_back(describeOpen(state, index, /*isInterrupted*/ false));

@@ -59,6 +59,8 @@ TEST_F(RunnerInterruption, GivesNoVerdictToACaseWhoseProcessEndsWithTheHost)
 
     EXPECT_EQ(run.exitStatus, 143) << run.errors;
     ExpectLine(run.output, "fehlgeschlagen: 0, in Quarantäne: 0, nicht ausgeführt: 1");
+    ExpectLine(run.output, "Lief beim Abbruch: CInterruptingModel:Ende für alle (");
+    EXPECT_EQ(run.output.find("Nicht ausgeführt:"), std::string::npos) << run.output;
 }
 
 TEST_F(RunnerInterruption, KeepsThePassedRunsOfTheQuarantine)

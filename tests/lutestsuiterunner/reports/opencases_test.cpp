@@ -41,6 +41,25 @@ TEST(RunnerOpenCases, AreRunningWhileTheRunIsInProgress)
     EXPECT_FALSE(open.Contains(1));
 }
 
+TEST(RunnerOpenCases, IncludeThoseThatTheCancellationEnded)
+{
+    const ScopedFolder folder;
+    CRunStateMaker run;
+    Runner::SCaseEnded canceled = MakeEnd(2, LuTestSuiteRun::ECaseRunResult::Error);
+    canceled.end = Runner::EAttemptEnd::Canceled;
+    run.RunCase(0, LuTestSuiteRun::ECaseRunResult::Ok);
+    run.RunCase(canceled);
+    run.Apply(Runner::SRunCanceled{L"SIGTERM", 1});
+
+    const Runner::SOpenCases open = Runner::FindOpenCases(run.Get(), folder.GetPath(), false);
+
+    EXPECT_EQ(open.canceled, (Cases{2}));
+    EXPECT_TRUE(open.Contains(2));
+    EXPECT_TRUE(open.interrupted.empty());
+    // The case is going to run again.
+    EXPECT_EQ(Runner::FindOpenCases(run.Get(), folder.GetPath(), true).canceled, Cases());
+}
+
 TEST(RunnerOpenCases, CountAsRunningUntilADistributedRunEnds)
 {
     const ScopedFolder folder;
