@@ -5,6 +5,7 @@
 
 #include "base/lbencoding.h"
 #include "base/lbformat.h"
+#include "base/lbtimer.h"
 #include "base/os/interruption.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuitereport.h"
@@ -37,15 +38,24 @@ constexpr int c_FirstFailure = 10;
 class CCaseObserver : public LuTestSuiteRun::IRunObserver
 {
 public:
+    void OnCaseStarted(const LuTestSuiteRun::SCaseStarted& /*started*/) override { m_start = m_timer.GetElapsed(); }
+
     void OnCaseFinished(const LuTestSuiteRun::SCaseFinished& finished) override
     {
         m_attempt.result = MakeCaseEnd(finished);
+        // The library measures no time for a case whose child process did not answer.
+        if (m_attempt.result.info.time == 0)
+        {
+            m_attempt.result.info.time = m_timer.GetElapsed() - m_start;
+        }
         m_attempt.ended = {1, 1};
     }
 
     const SAttempt& GetAttempt() const { return m_attempt; }
 
 private:
+    const LbTimer m_timer{LbTimer::eR_NanoSecond};
+    std::uint64_t m_start = 0;
     SAttempt m_attempt;
 };
 

@@ -1,3 +1,5 @@
+#include <regex>
+
 #include <gtest/gtest.h>
 
 #include "tests/lutestsuiterunner/cli/runnertest.h"
@@ -41,6 +43,17 @@ TEST_F(RunnerCase, ReturnsTheStatusOfAnUnknownErrorIfAChildCrashes)
     m_folder.MakeFolder(L"data/CCrashModel");
 
     EXPECT_EQ(Run({L"case", L"CCrashModel:abort"}, {L"-x"}).exitStatus, 15);
+}
+
+TEST_F(RunnerCase, PrintsTheTimeUntilTheTimeLimit)
+{
+    m_folder.WriteFile(L"data/CDurationModel/long.ms", "60000");
+
+    const SHostRun run = Run({L"case", L"CDurationModel:long.ms"}, {L"-x", L"-t", L"1"});
+
+    EXPECT_EQ(run.exitStatus, 18);
+    EXPECT_TRUE(std::regex_search(run.output, std::regex("^CDurationModel:long.ms: .* \\([1-9][0-9]*\\.[0-9]s\\)")))
+        << run.output;
 }
 
 TEST_F(RunnerCase, SkipsDisabledCases)
