@@ -128,7 +128,7 @@ int Execute(const SResumeOptions& resume)
     requireParts(state->GetPlan());
     warnOfOtherBuild(state->GetPlan(), path);
     const std::vector<std::wstring> problems = findProblems(options, setup, *state);
-    WarnOfUselessDumps(options, state->GetPlan());
+    WarnOfUselessOptions(options, state->GetPlan());
     const PreviousCases previous = findPrevious(options, folder, state->GetPlan());
     const std::vector<std::uint32_t> cases = OrderMissingCases(*state, options, previous);
     const std::unique_ptr<CJournalWriter> writer = folder.ContinueRun(state->GetPlan());

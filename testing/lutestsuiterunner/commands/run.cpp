@@ -73,7 +73,7 @@ int Execute(const SRunOptions& given)
     WarnOfSuitesWithoutFolder(options, withoutFolder);
     SPlan plan = MakePlan(options, setup, std::move(selection));
     WarnOfInnerFolders(plan);
-    WarnOfUselessDumps(options, plan);
+    WarnOfUselessOptions(options, plan);
     const std::size_t caseCount = ApplyOnlyFailed(options, previous, plan);
     const std::vector<std::wstring> problems = FindProblems(options, setup, caseCount, withoutFolder);
     const PreviousCases previousCases = FindPrevious(plan, previous);

@@ -154,7 +154,7 @@ int Execute(const SSubmitOptions& options)
         const std::unique_ptr<LbOs::CFolderLock> lock = LockRunFolder(folder);
         WriteShards(folder, plan, shards, getTaskOptions(options.run), problems);
     }
-    WarnOfUselessDumps(options.run, plan);
+    WarnOfUselessOptions(options.run, plan);
     describe(plan, shards);
     const SDistributedRun run = OpenDistributedRun(folder);
     return options.detach ? detach(run) : FollowToEnd(run);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "base/lbdatetime.h"
 #include "base/lbfilesystem.h"
@@ -182,10 +183,11 @@ void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& se
     }
 }
 
-void WarnOfUselessDumps(const SRunOptions& options, const SPlan& plan)
+void WarnOfUselessOptions(const SRunOptions& options, const SPlan& plan)
 {
     // --confirm repeats a failed case in a child process.
-    if (options.core.empty() || options.confirm || plan.cases.empty())
+    const bool hasLimit = plan.params.timeOutSec != LuTestSuiteRun::c_NoLimit;
+    if ((options.core.empty() && !hasLimit) || options.confirm || plan.cases.empty())
     {
         return;
     }
@@ -196,8 +198,15 @@ void WarnOfUselessDumps(const SRunOptions& options, const SPlan& plan)
             return;
         }
     }
-    CTerminal::Get().WriteError(
-        L"Warnung: '--core' bewirkt nichts: kein Testfall läuft in einem Kindprozess (-x oder -s)\n");
+    const std::pair<const wchar_t*, bool> given[] = {{L"--core", !options.core.empty()}, {L"-t", hasLimit}};
+    for (const auto& [option, isGiven] : given)
+    {
+        if (isGiven)
+        {
+            CTerminal::Get().WriteError(LbFormat(
+                L"Warnung: '%s' bewirkt nichts: kein Testfall läuft in einem Kindprozess (-x oder -s)\n", option));
+        }
+    }
 }
 
 void WarnOfReceived(const SPlan& plan)

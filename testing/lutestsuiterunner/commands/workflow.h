@@ -41,8 +41,8 @@ void WarnOfMissingLock(const std::wstring& folder, bool isLocked);
 /// Warns of modules of --dll that are missing, unless --require-all-modules makes the run red because of them.
 void WarnOfMissingModules(const SRunOptions& options, const LuTestSuiteSetup& setup);
 
-/// Warns if the options ask for memory dumps, but no case of the plan runs in a child process.
-void WarnOfUselessDumps(const SRunOptions& options, const SPlan& plan);
+/// Warns if the options ask for memory dumps or for a time limit, but no case of the plan runs in a child process.
+void WarnOfUselessOptions(const SRunOptions& options, const SPlan& plan);
 
 /// Warns of undecided differences from references anywhere in the data directory, and of interrupted decisions in this
 /// directory or above it.

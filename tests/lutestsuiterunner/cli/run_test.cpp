@@ -380,6 +380,40 @@ TEST_F(RunnerRun, WarnsIfMemoryDumpsCannotBeWritten)
     EXPECT_TRUE(FindRecord("end").contains("result"));
 }
 
+TEST_F(RunnerRun, WarnsIfNoCaseCanHaveATimeLimit)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    const std::string warning = "Warnung: '-t' bewirkt nichts: kein Testfall läuft in einem Kindprozess (-x oder -s)\n";
+    const auto run = [&](const std::vector<std::wstring>& library) {
+        const SHostRun result = Run({L"run", L"--force"}, library);
+        EXPECT_EQ(result.exitStatus, 0) << result.errors;
+        return FromPlatformLines(result.errors).find(warning) != std::string::npos;
+    };
+
+    EXPECT_TRUE(run({L"-t", L"60"}));
+    EXPECT_FALSE(run({L"-t", L"60", L"-s"}));
+    EXPECT_FALSE(run({}));
+}
+
+TEST_F(RunnerRun, RefusesWrongLibraryOptionsInOneLine)
+{
+    const auto getErrors = [](std::vector<std::wstring> library) {
+        library.insert(library.begin(), {L"run", L"--"});
+        const SHostRun run = RunRunner(library);
+        EXPECT_EQ(run.exitStatus, 2);
+        EXPECT_EQ(run.output, "");
+        return FromPlatformLines(run.errors);
+    };
+
+    EXPECT_EQ(getErrors({L"--dll", L"x"}), "Fehler: Hinter '--' fehlt das Datenverzeichnis (-d)\n");
+    EXPECT_EQ(getErrors({L"-d", L"fehlt"}),
+              std::string("Fehler: Falsche Optionen hinter '--': Datenverzeichnis 'fehlt") +
+                  static_cast<char>(LbPath::c_Separator) + "' konnte nicht gefunden werden\n");
+    EXPECT_EQ(getErrors({L"--gibtesnicht"}), "Fehler: Falsche Optionen hinter '--': Unbekannte Option --gibtesnicht\n");
+    EXPECT_EQ(getErrors({L"-d", L".", L"a", L"b"}),
+              "Fehler: Falsche Optionen hinter '--': Unbekannte Argumente: a, b\n");
+}
+
 TEST_F(RunnerRun, WarnsIfNoCaseCanHaveAMemoryDump)
 {
     m_folder.MakeFolder(L"data/CPassedModel");
