@@ -4,6 +4,7 @@
 
 #include "testing/lutestsuite/lutestsuiteout.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
+#include "testing/lutestsuiterunner/execution/heldlines.h"
 
 namespace Runner
 {
@@ -23,6 +24,10 @@ class CErrorOut : public LuTestSuiteOut::LuCustomOut
 public:
     void Output(const LuTestSuiteOut& line) override
     {
+        if (CHeldLines::Hold(line.GetText()))
+        {
+            return;
+        }
         if (!s_onlyWarnings || isWarning(line.GetText()))
         {
             CTerminal::Get().WriteError(line.GetText());

@@ -1,7 +1,9 @@
 #include "testing/lutestsuiterunner/execution/selection.h"
 
 #include <functional>
+#include <string_view>
 #include <unordered_set>
+#include <utility>
 
 #include "base/lbformat.h"
 #include "base/lbrtti.h"
@@ -9,6 +11,8 @@
 #include "base/os/files.h"
 #include "testing/lutestsuite/lutestsuiteenvironment.h"
 #include "testing/lutestsuite/lutestsuiteutils.h"
+#include "testing/lutestsuiterunner/execution/heldlines.h"
+#include "testing/lutestsuiterunner/model/textlines.h"
 
 namespace Runner
 {
@@ -85,6 +89,26 @@ std::vector<std::wstring> findSuitesWithoutFolder(const UnitTests& unitTests)
     return missing;
 }
 
+/// What the library has printed about wrong options, as one line.
+std::wstring describeWrongOptions(const std::wstring& printed)
+{
+    std::wstring reason;
+    const wchar_t* separator = L"";
+    const wchar_t* nextSeparator = L": ";
+    for (std::wstring line : SplitLines(printed))
+    {
+        for (const std::wstring_view mark : {L"Warnung: ", L"Fehler: "})
+        {
+            line.erase(0, line.starts_with(mark) ? mark.size() : 0);
+        }
+        line.erase(0, line.find_first_not_of(L' '));
+        reason += separator + line;
+        separator = std::exchange(nextSeparator, L", ");
+    }
+    return reason.empty() ? std::wstring(L"Die Optionen hinter '--' sind falsch")
+                          : LbFormat(L"Falsche Optionen hinter '--': %s", reason);
+}
+
 bool isDisabled(const LuTestSuite::STestCase& testCase)
 {
     const auto parameter = testCase.parameters.find(L"Enable");
@@ -114,14 +138,17 @@ LuTestSuiteSetup ReadLibraryOptions(const LibraryOptions& options)
         vector.push_back(option.c_str());
     }
     LuTestSuiteSetup setup;
+    CHeldLines lines;
     if (!LuTestSuiteUtils::ProcessCommandLine(setup, static_cast<int>(vector.size()), vector.data()))
     {
-        throw std::wstring(L"Die Optionen hinter '--' sind falsch");
+        throw describeWrongOptions(lines.Take());
     }
     refuseOtherModes(setup);
     refuseReports(setup);
     if (setup.dataDir.empty())
     {
+        // The help of LuTestSuiteCLI
+        lines.Take();
         throw std::wstring(L"Hinter '--' fehlt das Datenverzeichnis (-d)");
     }
     return setup;

@@ -149,7 +149,7 @@ TEST_F(RunnerList, KeepsWarningsOfTheLibraryOutOfStandardOutput)
 
     EXPECT_EQ(run.output, "");
     EXPECT_NE(run.errors.find("konnte nicht gefunden werden"), std::string::npos) << run.errors;
-    EXPECT_NE(run.errors.find("Fehler: Die Optionen hinter '--' sind falsch"), std::string::npos) << run.errors;
+    EXPECT_NE(run.errors.find("Fehler: Falsche Optionen hinter '--': "), std::string::npos) << run.errors;
     EXPECT_EQ(run.exitStatus, 2);
 }
 
