@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -32,9 +33,16 @@ std::wstring trim(std::wstring line)
     return line;
 }
 
-std::vector<std::wstring> readPatterns(const std::wstring& path)
+struct SPatternLine
 {
-    std::vector<std::wstring> patterns;
+    std::wstring pattern;
+    std::uint32_t number; ///< of the line, from 1
+};
+
+std::vector<SPatternLine> readPatterns(const std::wstring& path)
+{
+    std::vector<SPatternLine> patterns;
+    std::uint32_t number = 0;
     std::wstring text = LbEncoding::FromUtf8(LbFileSystem::ReadFile8Bit(path)) + L"\n";
     if (text.starts_with(L'\xFEFF'))
     {
@@ -42,10 +50,11 @@ std::vector<std::wstring> readPatterns(const std::wstring& path)
     }
     for (std::size_t start = 0, end = 0; (end = text.find(L'\n', start)) != std::wstring::npos; start = end + 1)
     {
+        ++number;
         std::wstring line = trim(text.substr(start, end - start));
         if (!line.empty() && !line.starts_with(L'#'))
         {
-            patterns.push_back(line);
+            patterns.push_back({std::move(line), number});
         }
     }
     return patterns;
@@ -146,10 +155,17 @@ std::optional<bool> havePassed(const std::vector<std::uint32_t>& cases, const CR
 Quarantine ReadQuarantine(const std::wstring& path, const LuTestSuiteSetup& setup, SPlan& plan)
 {
     Quarantine quarantine;
-    for (const std::wstring& pattern : readPatterns(path))
+    for (const auto& [pattern, number] : readPatterns(path))
     {
         SQuarantineEntry& entry = quarantine.emplace_back(SQuarantineEntry{pattern, {}});
-        entry.cases = findCases(plan, {pattern}, setup.noRegex);
+        try
+        {
+            entry.cases = findCases(plan, {pattern}, setup.noRegex);
+        }
+        catch (const std::wstring& problem)
+        {
+            throw LbFormat(L"%s, Zeile %u: %s", path, number, problem);
+        }
         for (const std::uint32_t index : entry.cases)
         {
             plan.cases[index].isQuarantined = true;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/lbencoding.h"
 #include "base/lbexception.h"
 #include "tests/support/scopedfolder.h"
 
@@ -87,7 +88,17 @@ TEST_F(RunnerQuarantine, NamesEntriesThatMatchNoCase)
 
 TEST_F(RunnerQuarantine, RefusesInvalidPatterns)
 {
-    EXPECT_THROW(Read("(\n"), std::wstring);
+    try
+    {
+        Read("# Kommentar\nCFirst\n([\n");
+        ADD_FAILURE() << "no exception";
+    }
+    catch (const std::wstring& message)
+    {
+        EXPECT_TRUE(message.starts_with(m_folder.GetPathOf(L"quarantaene.txt") +
+                                        L", Zeile 3: Ungültiger regulärer Ausdruck '(['"))
+            << LbEncoding::ToUtf8(message);
+    }
 }
 
 TEST_F(RunnerQuarantine, RefusesAMissingFile)
