@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <span>
+#include <string>
 #include <utility>
 #include <variant>
 
@@ -249,6 +251,44 @@ void addProblems(const SPart& part, std::vector<std::wstring>& problems)
     }
 }
 
+std::wstring join(const std::vector<std::wstring>& words)
+{
+    std::wstring text;
+    for (std::size_t index = 0; index < words.size(); ++index)
+    {
+        text += (index == 0 ? L"" : index + 1 == words.size() ? L" und " : L", ") + words[index];
+    }
+    return text;
+}
+
+/// Names the shards that are not among the parts; empty if they are unknown, because the parts have different numbers
+/// of shards.
+std::wstring describeMissingShards(const std::vector<SPart>& parts)
+{
+    const std::uint32_t count = parts.front().state->GetPlan().shard.count;
+    std::set<std::uint32_t> numbers;
+    for (const SPart& part : parts)
+    {
+        const SShard& shard = part.state->GetPlan().shard;
+        if (shard.count != count)
+        {
+            return {};
+        }
+        numbers.insert(shard.number);
+    }
+    std::vector<std::wstring> missing;
+    for (std::uint32_t number = 1; number <= count; ++number)
+    {
+        if (!numbers.contains(number))
+        {
+            missing.push_back(std::to_wstring(number));
+        }
+    }
+    return missing.empty()       ? std::wstring()
+           : missing.size() == 1 ? LbFormat(L"Teil %s von %u fehlt", missing.front(), count)
+                                 : LbFormat(L"Teil %s von %u fehlen", join(missing), count);
+}
+
 void findProblems(const std::vector<SPart>& parts, const std::vector<const SPart*>& owners,
                   std::vector<std::wstring>& problems)
 {
@@ -258,6 +298,10 @@ void findProblems(const std::vector<SPart>& parts, const std::vector<const SPart
     }
     if (const auto count = std::ranges::count(owners, nullptr); count > 0)
     {
+        if (std::wstring shards = describeMissingShards(parts); !shards.empty())
+        {
+            problems.push_back(std::move(shards));
+        }
         problems.push_back(count == 1 ? std::wstring(L"1 Testfall gehört zu keinem der Läufe")
                                       : LbFormat(L"%d Testfälle gehören zu keinem der Läufe", count));
     }

@@ -125,8 +125,27 @@ TEST_F(RunnerMerge, IsRedAndListsTheCasesOfAMissingShard)
     EXPECT_EQ(Merge({2}), 1);
     const auto state = LoadMerged();
     EXPECT_EQ(state->GetMissingCases(), (std::vector<std::uint32_t>{0, 2, 4}));
-    ASSERT_EQ(state->GetProblems().size(), 1U);
-    EXPECT_EQ(state->GetProblems()[0], L"3 Testfälle gehören zu keinem der Läufe");
+    EXPECT_EQ(state->GetProblems(),
+              (std::vector<std::wstring>{L"Teil 1 von 2 fehlt", L"3 Testfälle gehören zu keinem der Läufe"}));
+}
+
+TEST_F(RunnerMerge, NamesAllMissingShards)
+{
+    Runner::SPlan plan = MakeSamplePlan();
+    for (const std::uint32_t number : {2U, 4U})
+    {
+        plan.shard = {number, 5};
+        for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
+        {
+            plan.cases[index].isInShard = index == number;
+        }
+        const auto writer = Runner::CRunFolder(GetShardFolder(number)).BeginRun(plan);
+        Run(*writer, number);
+        writer->Write(Runner::SRunFinished{L"2024-01-02 03:04:09", 5});
+    }
+
+    EXPECT_EQ(Merge({4, 2}), 1);
+    EXPECT_EQ(LoadMerged()->GetProblems().front(), L"Teil 1, 3 und 5 von 5 fehlen");
 }
 
 TEST_F(RunnerMerge, KeepsTheOtherShardsIfOneCannotBeRead)
@@ -137,7 +156,7 @@ TEST_F(RunnerMerge, KeepsTheOtherShardsIfOneCannotBeRead)
     EXPECT_EQ(Merge({1, 2}), 1);
     const auto state = LoadMerged();
     EXPECT_EQ(state->GetMissingCases(), (std::vector<std::uint32_t>{0, 2, 4}));
-    ASSERT_EQ(state->GetProblems().size(), 2U);
+    ASSERT_EQ(state->GetProblems().size(), 3U);
     EXPECT_EQ(state->GetProblems()[0],
               L"Der Ordner " + GetShardFolder(1) + LbPath::c_Separator + L" enthält keinen Lauf");
 }
