@@ -87,23 +87,26 @@ std::wstring findFolderOfRepetition(const std::wstring& folder)
 }
 
 /// The last option --quarantine of the call as words for the shell, each after a blank; empty if the call has no such
-/// option.
+/// option, or its file does not exist.
 std::wstring findQuarantine(std::span<const std::wstring> own)
 {
     const std::wstring name = L"--quarantine";
     std::wstring words;
+    std::wstring file;
     for (std::size_t index = 0; index < own.size(); ++index)
     {
         if (own[index].starts_with(name + L"="))
         {
             words = L" " + QuoteForShell(own[index]);
+            file = own[index].substr(name.size() + 1);
         }
         else if (own[index] == name && index + 1 < own.size())
         {
             words = L" " + name + L" " + QuoteForShell(own[index + 1]);
+            file = own[index + 1];
         }
     }
-    return words;
+    return LbFileSystem::IsFile(file) ? words : std::wstring();
 }
 
 std::wstring describeRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments)

@@ -42,10 +42,17 @@ TEST(RunnerClosing, KeepsTheQuarantineInTheRepeatCommand)
         return GetRepetition(folder.GetPathOf(L"out/"), arguments).find(words) != std::wstring::npos;
     };
 
-    EXPECT_TRUE(contains({L"run", L"--quarantine", L"alt.txt", L"--quarantine", L"q.txt", L"--", L"-d", L"Daten"},
-                         L" --force --quarantine q.txt -- -d Daten -s\n"));
-    EXPECT_TRUE(contains({L"run", L"--quarantine=q.txt", L"--", L"-d", L"Daten"},
-                         L" --force --quarantine=q.txt -- -d Daten -s\n"));
+    const std::wstring file = folder.WriteFile(L"q.txt", "");
+    const std::wstring quoted = Runner::QuoteForShell(file);
+
+    EXPECT_TRUE(contains({L"run", L"--quarantine", L"alt.txt", L"--quarantine", file, L"--", L"-d", L"Daten"},
+                         L" --force --quarantine " + quoted + L" -- -d Daten -s\n"));
+    EXPECT_TRUE(contains({L"run", L"--quarantine=" + file, L"--", L"-d", L"Daten"},
+                         L" --force " + Runner::QuoteForShell(L"--quarantine=" + file) + L" -- -d Daten -s\n"));
+    // The repeat command would fail with a file that is gone.
+    EXPECT_TRUE(
+        contains({L"run", L"--quarantine", file, L"--quarantine", folder.GetPathOf(L"weg.txt"), L"--", L"-d", L"Daten"},
+                 L" --force -- -d Daten -s\n"));
     EXPECT_TRUE(contains({L"run", L"--", L"-d", L"Daten"}, L" --force -- -d Daten -s\n"));
 }
 
