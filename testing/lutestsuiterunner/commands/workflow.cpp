@@ -115,6 +115,13 @@ std::wstring describeReceived(const std::vector<std::wstring>& references, const
                        : LbFormat(L"%s und %u weitere .received-Dateien sind", names, others);
 }
 
+void announceCancellation()
+{
+    const bool isUser = LbOs::GetInterruption() == LbOs::EInterruption::User;
+    CTerminal::Get().WriteError(isUser ? L"Abbruch angefordert; noch einmal Strg-C beendet sofort\n"
+                                       : L"Abbruch angefordert\n");
+}
+
 /// Writes the reports and ends the process, because a case that runs in this process does not end.
 [[noreturn]] void giveUp(CSession& session, const SWork& work)
 try
@@ -261,7 +268,7 @@ void CarryOut(const SWork& work, CJournalWriter& writer, const std::vector<std::
         const SSessionParts parts = {work.state, writer,  work.environment,
                                      progress,   journal, prepareDumpFolder(work.options)};
         CSession session(parts, work.setup, getLimits(work));
-        const CCancellationWatch watch([&session, &work] { giveUp(session, work); });
+        const CCancellationWatch watch(&announceCancellation, [&session, &work] { giveUp(session, work); });
         for (const std::wstring& problem : problems)
         {
             session.Note(SRunProblem{problem});

@@ -7,8 +7,8 @@
 namespace Runner
 {
 
-CCancellationWatch::CCancellationWatch(std::function<void()> giveUp)
-    : m_giveUp(std::move(giveUp)), m_thread([this] { watch(); })
+CCancellationWatch::CCancellationWatch(std::function<void()> announce, std::function<void()> giveUp)
+    : m_announce(std::move(announce)), m_giveUp(std::move(giveUp)), m_thread([this] { watch(); })
 {
 }
 
@@ -33,7 +33,13 @@ void CCancellationWatch::watch()
             return;
         }
     }
-    if (!waitForEnd(c_Grace))
+    // A run whose cases end at once needs no announcement.
+    if (waitForEnd(c_Interval))
+    {
+        return;
+    }
+    m_announce();
+    if (!waitForEnd(c_Grace - c_Interval))
     {
         m_giveUp();
     }

@@ -16,15 +16,16 @@ namespace Runner
 class CCancellationWatch : public INonCopyable
 {
 public:
-    /// Calls `giveUp` on a thread of its own if the object still exists five seconds after an interruption. `giveUp`
-    /// must end the process.
-    explicit CCancellationWatch(std::function<void()> giveUp);
+    /// Calls the functions on a thread of its own: `announce` if the object still exists shortly after an interruption,
+    /// `giveUp` if it still exists five seconds after it. `giveUp` must end the process.
+    CCancellationWatch(std::function<void()> announce, std::function<void()> giveUp);
     ~CCancellationWatch();
 
 private:
     void watch();
     bool waitForEnd(std::chrono::milliseconds time);
 
+    std::function<void()> m_announce;
     std::function<void()> m_giveUp;
     std::mutex m_mutex;
     std::condition_variable m_ending;

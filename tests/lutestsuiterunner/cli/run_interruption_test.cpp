@@ -46,6 +46,7 @@ TEST_F(RunnerInterruption, EndsTheRunWithReportsEvenIfACaseDoesNotReturn)
     const SHostRun run = Run({L"run"}, {L"-i", L":Strg-C ohne Ende$", L"-i", L":danach$"});
 
     EXPECT_EQ(run.exitStatus, 130) << run.errors;
+    ExpectLine(run.errors, "Abbruch angefordert; noch einmal Strg-C beendet sofort\n");
     ExpectLine(run.errors, "Warnung: Der Lauf endet, obwohl ein Testfall im Prozess des Laufs noch läuft\n");
     ExpectLine(run.output, "Der Lauf wurde abgebrochen: durch den Benutzer (Strg-C)");
     const std::string junit = LbFileSystem::ReadFile8Bit(GetOut() + L"junit.xml");
