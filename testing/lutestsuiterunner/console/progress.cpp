@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string_view>
 
 #include "base/lbformat.h"
+#include "base/os/console.h"
 #include "testing/lutestsuiterunner/console/casetext.h"
 #include "testing/lutestsuiterunner/console/terminal.h"
 
@@ -15,6 +17,20 @@ namespace
 
 constexpr std::uint64_t c_NanosecondsPerSecond = 1'000'000'000;
 constexpr std::size_t c_RunningShown = 3;
+constexpr std::wstring_view c_Comma = L", ";
+
+/// The end of the name, which tells the case, after an ellipsis; empty if there is no space for that.
+std::wstring shorten(const std::wstring& name, std::size_t space)
+{
+    constexpr std::wstring_view c_Ellipsis = L"...";
+    constexpr std::size_t c_Shortest = 8;
+    if (name.size() <= space)
+    {
+        return name;
+    }
+    return space < c_Shortest ? std::wstring()
+                              : std::wstring(c_Ellipsis) + name.substr(name.size() - space + c_Ellipsis.size());
+}
 
 } // namespace
 
@@ -27,7 +43,7 @@ std::wstring FormatDuration(std::uint64_t seconds)
                : LbFormat(L"%d:%02d:%02d", seconds / c_Hour, seconds % c_Hour / c_Minute, seconds % c_Minute);
 }
 
-std::wstring FormatProgress(const SProgress& progress)
+std::wstring FormatProgress(const SProgress& progress, std::size_t width)
 {
     std::wstring text = LbFormat(L"%d/%d, fehlgeschlagen: %d, Zeit: %s", progress.done, progress.total, progress.failed,
                                  FormatDuration(progress.elapsed));
@@ -37,7 +53,14 @@ std::wstring FormatProgress(const SProgress& progress)
     }
     for (const auto& [name, seconds] : progress.running)
     {
-        text += LbFormat(L", %s (%s)", name, FormatDuration(seconds));
+        const std::wstring time = LbFormat(L" (%s)", FormatDuration(seconds));
+        const std::size_t used = text.size() + c_Comma.size() + time.size();
+        const std::wstring shown = width == 0 ? name : shorten(name, width - std::min(width, used));
+        if (shown.empty())
+        {
+            break;
+        }
+        text.append(c_Comma).append(shown).append(time);
     }
     return text;
 }
@@ -116,14 +139,15 @@ void CProgressLine::run()
     while (!m_ended.wait_for(lock, interval, [this] { return m_hasEnded; }))
     {
         lock.unlock();
-        const std::wstring text = FormatProgress(GetProgress());
         if (CTerminal::Get().HasStatus())
         {
-            CTerminal::Get().ShowStatus(text);
+            // The terminal shows one character less than its width.
+            const std::size_t width = std::max<std::size_t>(LbOs::GetErrorTerminalWidth(), 2) - 1;
+            CTerminal::Get().ShowStatus(FormatProgress(GetProgress(), width));
         }
         else
         {
-            CTerminal::Get().WriteError(text + L"\n");
+            CTerminal::Get().WriteError(FormatProgress(GetProgress()) + L"\n");
         }
         lock.lock();
     }

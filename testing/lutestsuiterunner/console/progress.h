@@ -30,8 +30,9 @@ struct SProgress
     std::vector<std::pair<std::wstring, std::uint64_t>> running;
 };
 
-/// One line, without line feed.
-std::wstring FormatProgress(const SProgress& progress);
+/// One line, without line feed. Shortens the names of the running cases, or leaves cases out, so that the line has at
+/// most `width` characters; 0: no limit.
+std::wstring FormatProgress(const SProgress& progress, std::size_t width = 0);
 
 /// A duration in minutes and seconds, or with hours: "0:07", "1:02:03".
 std::wstring FormatDuration(std::uint64_t seconds);

@@ -25,6 +25,19 @@ TEST(RunnerProgress, EstimatesNoTimeBeforeTheFirstCaseEnds)
     EXPECT_EQ(Runner::FormatProgress({0, 5, 0, 2, 0, {}}), L"0/5, fehlgeschlagen: 0, Zeit: 0:02");
 }
 
+TEST(RunnerProgress, ShortensNamesButNotTheirTimesToTheWidth)
+{
+    const Runner::SProgress progress = {12, 700, 3, 61, 0, {{L"folder/CFoo:long name.txt", 754}, {L"CBar:x", 0}}};
+    const std::wstring start = L"12/700, fehlgeschlagen: 3, Zeit: 1:01";
+    const std::wstring whole = start + L", folder/CFoo:long name.txt (12:34), CBar:x (0:00)";
+
+    EXPECT_EQ(Runner::FormatProgress(progress, whole.size()), whole);
+    EXPECT_EQ(Runner::FormatProgress(progress, whole.size() - 1), start + L", folder/CFoo:long name.txt (12:34)");
+    EXPECT_EQ(Runner::FormatProgress(progress, start.size() + 23), start + L", ...g name.txt (12:34)");
+    EXPECT_EQ(Runner::FormatProgress(progress, start.size() + 12), start);
+    EXPECT_EQ(Runner::FormatProgress(progress, 1), start);
+}
+
 class RunnerProgressLine : public testing::Test
 {
 protected:
