@@ -23,6 +23,15 @@ std::wstring describeFailures(std::uint32_t count)
                       : LbFormat(L"nach %u fehlgeschlagenen Testfällen (--fail-fast)", count);
 }
 
+/// `retriable`: the number of further cases that have failed, but have retries left.
+std::wstring describeFailures(std::uint32_t count, std::uint32_t retriable)
+{
+    const std::wstring text = describeFailures(count);
+    return retriable == 0   ? text
+           : retriable == 1 ? text + L"; ein weiterer wurde nicht mehr wiederholt"
+                            : text + LbFormat(L"; %u weitere wurden nicht mehr wiederholt", retriable);
+}
+
 /// True if a signal asked this process and the case's child process to end. Waits for 200 ms at most, because a signal
 /// to a group of processes often reaches the child first.
 bool isEndedFromOutside(const SCaseEnded& record)
@@ -199,11 +208,14 @@ void CSession::NoteCancellation()
     }
     m_isCancellationNoted = true;
     const LbOs::EInterruption interruption = LbOs::GetInterruption();
+    // `m_failed` counts only cases without remaining retries.
+    const std::uint32_t failed = m_parts.state.CountVerdicts().failed;
+    const std::uint32_t final = m_failed;
     SRunCanceled record;
     record.reason = interruption == LbOs::EInterruption::User ? std::wstring(L"durch den Benutzer (Strg-C)")
                     : interruption == LbOs::EInterruption::Terminate
                         ? std::wstring(L"durch eine Aufforderung des Systems, den Prozess zu beenden")
-                        : describeFailures(m_failed);
+                        : describeFailures(final, failed - std::min(failed, final));
     Note(record);
 }
 

@@ -32,6 +32,18 @@ TEST_F(RunnerFailFast, EndsTheRunAtTheFirstFailure)
     ExpectLine(run.output, "--fail-fast");
 }
 
+TEST_F(RunnerFailFast, TellsHowManyFailedCasesHaveRetriesLeft)
+{
+    m_folder.MakeFolder(L"data/CResultModel");
+
+    const SHostRun run = Run({L"run", L"--fail-fast", L"--retries", L"1"},
+                             {L"-i", L":fehlgeschlagen$", L"-i", L":abweichend$", L"-i", L":eigene Ausnahme$"});
+
+    ExpectLine(run.output, "abgebrochen: nach einem fehlgeschlagenen Testfall (--fail-fast); 2 weitere wurden nicht "
+                           "mehr wiederholt\n");
+    ExpectLine(run.output, "fehlgeschlagen: 3,");
+}
+
 TEST_F(RunnerFailFast, DoesNotCancelTheRunIfTheLastCaseFails)
 {
     m_folder.MakeFolder(L"data/CResultModel");
