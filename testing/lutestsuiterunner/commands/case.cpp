@@ -59,26 +59,25 @@ private:
     SAttempt m_attempt;
 };
 
-/// True if `name` is the full name of the case, or "class:case".
-bool isNamed(const SPlan& plan, std::uint32_t index, const std::wstring& name)
-{
-    const SPlannedCase& planned = plan.cases[index];
-    const LuTestSuite::SUnitTest& unitTest = plan.unitTests[planned.unitTest];
-    return name == GetCaseName(plan, index) ||
-           name == unitTest.className + L":" + unitTest.cases[planned.testCase].name;
-}
-
+/// The cases with this full name. Without any, those whose class and case have this name, in whichever folder.
 std::vector<std::uint32_t> findNamed(const SPlan& plan, const std::wstring& name)
 {
-    std::vector<std::uint32_t> found;
+    std::vector<std::uint32_t> full;
+    std::vector<std::uint32_t> withoutFolder;
     for (std::uint32_t index = 0; index < plan.cases.size(); ++index)
     {
-        if (isNamed(plan, index, name))
+        const SPlannedCase& planned = plan.cases[index];
+        const LuTestSuite::SUnitTest& unitTest = plan.unitTests[planned.unitTest];
+        if (name == GetCaseName(plan, index))
         {
-            found.push_back(index);
+            full.push_back(index);
+        }
+        else if (name == unitTest.className + L":" + unitTest.cases[planned.testCase].name)
+        {
+            withoutFolder.push_back(index);
         }
     }
-    return found;
+    return full.empty() ? withoutFolder : full;
 }
 
 bool isDisabled(const SPlan& plan, const std::wstring& name)

@@ -111,4 +111,16 @@ TEST_F(RunnerCase, RefusesAnAmbiguousCaseName)
     EXPECT_EQ(Run({L"case", L"b/CPassedModel:eins"}).exitStatus, 0);
 }
 
+TEST_F(RunnerCase, PrefersAFullNameToTheNameWithoutFolder)
+{
+    m_folder.MakeFolder(L"data/CPassedModel");
+    m_folder.MakeFolder(L"data/a/CPassedModel");
+
+    const SHostRun run = Run({L"case", L"CPassedModel:eins"});
+
+    EXPECT_EQ(run.exitStatus, 0);
+    ExpectLine(run.output, "CPassedModel:eins: ");
+    EXPECT_EQ(run.output.find("a/CPassedModel"), std::string::npos) << run.output;
+}
+
 } // namespace
