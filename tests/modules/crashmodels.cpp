@@ -33,8 +33,7 @@ extern "C" int close(int file);
 namespace
 {
 
-/// In milliseconds.
-constexpr std::uint32_t c_Long = 30000;
+constexpr std::uint32_t c_Long = 30000; // in milliseconds
 
 // Volatile, so that the compiler cannot predict the crash.
 volatile int s_zero = 0;
@@ -187,6 +186,11 @@ void crashIntoOwnHandler()
     constexpr int c_Own = 7;
     std::signal(SIGSEGV, [](int) { std::_Exit(c_Own); });
     *s_nothing = 1;
+}
+
+void throwOutOfThread()
+{
+    std::thread([] { throw std::runtime_error("aus einem Thread"); }).join();
 }
 
 /// Leaves a thread running. It crashes as soon as a file exists at the path that the test has passed.
@@ -353,8 +357,7 @@ class CCrashModel : public LuUnitTest
             *s_nothing = 1;
         });
         AddSubtest(L"eigene Behandlung", [] { crashIntoOwnHandler(); });
-        AddSubtest(L"Exception im Thread",
-                   [] { std::thread([] { throw std::runtime_error("aus einem Thread"); }).join(); });
+        AddSubtest(L"Exception im Thread", [] { throwOutOfThread(); });
         AddSubtest(L"Zugriffsverletzung im Thread", [] { std::thread([] { *s_nothing = 1; }).join(); });
         AddSubtest(L"Zugriffsverletzung nach dem Lauf", [] { crashLater(); });
         AddSubtest(L"Stapelüberlauf im Thread", [] { std::thread([] { overflowStack(0); }).join(); });
