@@ -29,14 +29,15 @@ struct LbFilePattern
 /// The names of the files (not directories) of a folder at one moment, ordered by code unit. Immutable; callable from
 /// any thread.
 ///
-/// The process keeps the listings of the 1024 folders requested last and shares them. Each request checks identity and
-/// times of the folder and reads the folder again if they have changed, so a listing reflects every file that was
-/// added, removed or renamed before the request. The clock of a file system advances in steps, so a change that
-/// immediately follows another one may not change the times. A listing is therefore shared in only two cases: the
-/// process saw the same times at least a tenth of a second before it read the folder; or the folder is on a file system
-/// of this machine and, by the system's clock, last changed at least two seconds before it was read. A listing is never
-/// shared if the change time is a multiple of 10 ms, as on FAT, because the clock of such a file system may advance in
-/// larger steps.
+/// The process keeps the listings of the 1024 folders requested last. A later request gets a kept listing if the
+/// identity and the times of the folder are unchanged; otherwise it reads the folder again. So a listing reflects every
+/// file that was added, removed or renamed before the request.
+///
+/// The clock of a file system advances in steps, so a change that immediately follows another one may leave the times
+/// as they are. Therefore a listing is kept in only two cases. Either the folder already had these times a tenth of a
+/// second before it was read. Or the folder is on a file system of this machine and, by the system's clock, last changed
+/// at least two seconds before it was read. A listing is never kept if the change time is a multiple of 10 ms, as on
+/// FAT, because the clock of such a file system may advance in larger steps.
 ///
 /// Listings are not on the heap, so that they do not count as heap growth of the current case.
 class LB_API LbFileListing : public INonCopyable

@@ -137,7 +137,7 @@ struct SReviewOptions
 {
     std::wstring directory;
     bool diff = false;                ///< shows, for each change, the differences of one file
-    std::wstring diffFile;            ///< shows all differences of this reference instead, unless it is empty
+    std::wstring diffFile;            ///< shows all differences of only this reference; empty: of none
     bool sideBySide = false;          ///< as `diff`, but side by side, with references on the left
     std::wstring sideBySideFile;      ///< as diffFile
     bool files = false;               ///< lists the names of the references

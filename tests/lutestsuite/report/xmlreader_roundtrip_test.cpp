@@ -106,7 +106,7 @@ TEST_F(XmlReportRoundTrip, IsStableAfterReadingADamagedReportOnce)
         {
             continue;
         }
-        // If damaged markup remains in the record, the written report is unreadable and is not compared.
+        // A text that was read may contain damaged markup. The report that it is written to can then be unreadable.
         const std::string first = Write(data);
         SReportData again;
         if (Read(again))

@@ -99,7 +99,7 @@ TEST(FindParts, DoesNotSeparateVeryManyLinesOfDifferentKinds)
     EXPECT_EQ(FindParts(reference, received).size(), 1U);
 }
 
-TEST(FindParts, MakesOnePartIfNoLineWithTextIsUnchanged)
+TEST(FindParts, MakesOnePartIfOnlyEmptyLinesAreUnchanged)
 {
     EXPECT_EQ(getNames("a\n\nb\n", "\nB\n").size(), 1U);
     EXPECT_EQ(getNames("a\nx\nb\n", "x\nB\n").size(), 2U);
