@@ -29,9 +29,6 @@ std::atomic<std::uint64_t> s_blocked = 0;
 std::atomic<std::uint64_t> s_ignored = 0;
 std::array<std::atomic<bool>, c_Timers.size()> s_areArmed = {};
 
-/// The time of the last call that disarmed all timers.
-std::atomic<std::int64_t> s_lastOfAll = 0;
-
 void restoreChildStatuses()
 {
     SAction action = {};
@@ -43,14 +40,6 @@ void restoreChildStatuses()
         action.flags &= ~std::uint64_t{SA_NOCLDWAIT};
         Call(SYS_rt_sigaction, SIGCHLD, &action, 0, c_SignalSetSize);
     }
-}
-
-/// Without a system call, unlike Linux::GetNanoseconds.
-std::int64_t getTime()
-{
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * Linux::c_NanosecondsPerSecond + now.tv_nsec;
 }
 
 } // namespace
@@ -88,20 +77,15 @@ void RestoreSignals() noexcept
     Call(SYS_rt_sigprocmask, SIG_SETMASK, &blocked, 0, c_SignalSetSize);
 }
 
-// A timer that was armed before the run is a watchdog of the program that has started the run. The system checks timers
-// of processor time at its ticks, every 1 to 10 ms, so a timer that expires within 0.1 ms is hardly ever used.
+// A timer that was armed before the run is a watchdog of the program that has started the run.
 void DisarmTimers() noexcept
 {
-    constexpr std::int64_t c_Pause = 100'000;
     if (!s_areRecorded)
     {
         return;
     }
-    const std::int64_t now = getTime();
-    const bool areAllDue = now - s_lastOfAll >= c_Pause;
-    s_lastOfAll = areAllDue ? now : s_lastOfAll.load();
     const itimerval none = {};
-    for (std::size_t index = 0; index < (areAllDue ? c_Timers.size() : 1); ++index)
+    for (std::size_t index = 0; index < c_Timers.size(); ++index)
     {
         if (!s_areArmed[index])
         {

@@ -8,8 +8,9 @@
 namespace LuTestSuiteRun
 {
 
-/// Records rounding, exceptions and flags of the calling thread; the destructor restores them. A few nanoseconds,
-/// unlike fegetenv() and fesetenv(), which also leave registers of MMX in use.
+/// Records rounding, enabled exceptions and flags of the calling thread; the destructor restores them, but clears the
+/// flags of the x87 unit. Takes a few nanoseconds, unlike fegetenv() and fesetenv(), which also leave registers of MMX
+/// in use.
 class CFloatingPointState : public INonCopyable
 {
 public:
