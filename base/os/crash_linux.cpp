@@ -89,7 +89,12 @@ std::string nameSignal(std::int64_t number)
     {
         return {};
     }
-    return "SIGRTMIN" + (index == 0 ? "" : "+" + std::to_string(index)) + ", " + "von einem Programm gesendet";
+    std::string name = "SIGRTMIN";
+    if (index != 0)
+    {
+        name.append("+").append(std::to_string(index));
+    }
+    return name.append(", von einem Programm gesendet");
 }
 
 std::atomic<CrashReport> s_report = nullptr;
