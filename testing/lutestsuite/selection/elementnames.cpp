@@ -13,7 +13,7 @@ namespace
 
 using LuTestSuite::SSyntaxNode;
 
-SSyntaxNode makeNode(SSyntaxNode::EKind kind)
+SSyntaxNode makeNodeOfKind(SSyntaxNode::EKind kind)
 {
     SSyntaxNode node;
     node.kind = kind;
@@ -24,9 +24,9 @@ SSyntaxNode makeNode(SSyntaxNode::EKind kind)
 SSyntaxNode anchor(SSyntaxNode root)
 {
     SSyntaxNode whole;
-    whole.children.push_back(makeNode(SSyntaxNode::EKind::TextBegin));
+    whole.children.push_back(makeNodeOfKind(SSyntaxNode::EKind::TextBegin));
     whole.children.push_back(std::move(root));
-    whole.children.push_back(makeNode(SSyntaxNode::EKind::TextEnd));
+    whole.children.push_back(makeNodeOfKind(SSyntaxNode::EKind::TextEnd));
     return whole;
 }
 
