@@ -87,8 +87,8 @@ std::wstring findFolderOfRepetition(const std::wstring& folder)
 }
 
 /// The last option --quarantine of the call as words for the shell, each after a blank; empty if the call has no such
-/// option, or its file does not exist.
-std::wstring findQuarantine(std::span<const std::wstring> own)
+/// option, or its file does not exist. A relative path refers to `workingDirectory`.
+std::wstring findQuarantine(std::span<const std::wstring> own, const std::wstring& workingDirectory)
 {
     const std::wstring name = L"--quarantine";
     std::wstring words;
@@ -106,11 +106,14 @@ std::wstring findQuarantine(std::span<const std::wstring> own)
             file = own[index + 1];
         }
     }
-    return LbFileSystem::IsFile(file) ? words : std::wstring();
+    const std::wstring path =
+        LbOs::IsAbsolutePath(file) ? file : LbPath::WithSeparator(workingDirectory) + LbPath::ToNative(file);
+    return LbFileSystem::IsFile(path) ? words : std::wstring();
 }
 
-std::wstring describeRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments)
+std::wstring describeRepetition(const std::wstring& folder, const SPlan& plan)
 {
+    const std::vector<std::wstring>& arguments = plan.arguments;
     if (arguments.empty())
     {
         return L"";
@@ -118,7 +121,7 @@ std::wstring describeRepetition(const std::wstring& folder, const std::vector<st
     const auto library = std::ranges::find(arguments, L"--");
     std::wstring line = getCommand(L"run --previous ") + QuoteForShell(LbPath::WithoutSeparator(folder)) +
                         L" --only-failed --out " + QuoteForShell(findFolderOfRepetition(folder)) + L" --force" +
-                        findQuarantine({arguments.begin(), library});
+                        findQuarantine({arguments.begin(), library}, plan.workingDirectory);
     for (auto option = library; option != arguments.end(); ++option)
     {
         line += L" " + QuoteForShell(*option);
@@ -171,7 +174,7 @@ std::wstring DescribeClosing(const CRunState& state, const std::wstring& folder)
                         list(L"Fehlgeschlagen, in Quarantäne:", state, quarantined, nothing) +
                         list(L"Unzuverlässig (erst bei einer Wiederholung bestanden):", state, flaky, nothing) +
                         listSlowest(state);
-    return failed.empty() ? text : text + describeRepetition(folder, state.GetPlan().arguments);
+    return failed.empty() ? text : text + describeRepetition(folder, state.GetPlan());
 }
 
 } // namespace Runner

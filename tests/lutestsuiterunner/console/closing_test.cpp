@@ -25,10 +25,12 @@ TEST(RunnerClosing, QuotesArgumentsForTheShellOfThePlatform)
 }
 
 /// The command that repeats the failed cases of a run with these arguments.
-std::wstring GetRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments)
+std::wstring GetRepetition(const std::wstring& folder, const std::vector<std::wstring>& arguments,
+                           const std::wstring& workingDirectory = L"/arbeit/")
 {
     Runner::SPlan plan = MakeSamplePlan();
     plan.arguments = arguments;
+    plan.workingDirectory = workingDirectory;
     CRunStateMaker run(plan);
     run.RunCase(0, LuTestSuiteRun::ECaseRunResult::Error);
     const std::wstring text = Runner::DescribeClosing(run.Get(), folder);
@@ -54,6 +56,17 @@ TEST(RunnerClosing, KeepsTheQuarantineInTheRepeatCommand)
         contains({L"run", L"--quarantine", file, L"--quarantine", folder.GetPathOf(L"weg.txt"), L"--", L"-d", L"Daten"},
                  L" --force -- -d Daten -s\n"));
     EXPECT_TRUE(contains({L"run", L"--", L"-d", L"Daten"}, L" --force -- -d Daten -s\n"));
+}
+
+TEST(RunnerClosing, SearchesTheQuarantineInTheWorkingDirectoryOfTheRun)
+{
+    const ScopedFolder folder;
+    folder.WriteFile(L"listen/q.txt", "");
+    const std::vector<std::wstring> arguments = {L"run", L"--quarantine", L"listen/q.txt", L"--", L"-d", L"Daten"};
+    const std::wstring words = L" --quarantine listen/q.txt ";
+
+    EXPECT_NE(GetRepetition(L"/out/", arguments, folder.GetPath()).find(words), std::wstring::npos);
+    EXPECT_EQ(GetRepetition(L"/out/", arguments).find(words), std::wstring::npos);
 }
 
 TEST(RunnerClosing, NamesTheFileThatListsAllCasesBeforeASharedFailure)
