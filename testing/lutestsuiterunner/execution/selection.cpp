@@ -149,7 +149,7 @@ LuTestSuiteSetup ReadLibraryOptions(const LibraryOptions& options)
     {
         // The help of LuTestSuiteCLI
         lines.Take();
-        throw std::wstring(L"Hinter '--' fehlt das Datenverzeichnis (-d)");
+        throw std::wstring(L"Hinter '--' fehlt das Datenverzeichnis (-d); 'LuTestSuiteCLI -h' nennt alle Optionen");
     }
     return setup;
 }

@@ -405,7 +405,8 @@ TEST_F(RunnerRun, RefusesWrongLibraryOptionsInOneLine)
         return FromPlatformLines(run.errors);
     };
 
-    EXPECT_EQ(getErrors({L"--dll", L"x"}), "Fehler: Hinter '--' fehlt das Datenverzeichnis (-d)\n");
+    EXPECT_EQ(getErrors({L"--dll", L"x"}),
+              "Fehler: Hinter '--' fehlt das Datenverzeichnis (-d); 'LuTestSuiteCLI -h' nennt alle Optionen\n");
     EXPECT_EQ(getErrors({L"-d", L"fehlt"}),
               std::string("Fehler: Falsche Optionen hinter '--': Datenverzeichnis 'fehlt") +
                   static_cast<char>(LbPath::c_Separator) + "' konnte nicht gefunden werden\n");
