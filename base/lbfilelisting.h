@@ -35,9 +35,9 @@ struct LbFilePattern
 ///
 /// The clock of a file system advances in steps, so a change that immediately follows another one may leave the times
 /// as they are. Therefore a listing is kept in only two cases. Either the folder already had these times a tenth of a
-/// second before it was read. Or the folder is on a file system of this machine and, by the system's clock, last changed
-/// at least two seconds before it was read. A listing is never kept if the change time is a multiple of 10 ms, as on
-/// FAT, because the clock of such a file system may advance in larger steps.
+/// second before it was read. Or the folder is on a file system of this machine and, by the system's clock, last
+/// changed at least two seconds before it was read. A listing is never kept if the change time is a multiple of 10 ms,
+/// as on FAT, because the clock of such a file system may advance in larger steps.
 ///
 /// Listings are not on the heap, so that they do not count as heap growth of the current case.
 class LB_API LbFileListing : public INonCopyable
