@@ -94,7 +94,7 @@ std::string nameSignal(std::int64_t number)
     {
         name.append("+").append(std::to_string(index));
     }
-    return name.append(", von einem Programm gesendet");
+    return name.append(", ").append("von einem Programm gesendet");
 }
 
 std::atomic<CrashReport> s_report = nullptr;
